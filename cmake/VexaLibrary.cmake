@@ -1,0 +1,31 @@
+# How every target of the project is compiled, and the one-library-per-folder rule.
+
+add_library(vexa_options INTERFACE)
+target_compile_options(vexa_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow=local -Wfloat-conversion -Wnon-virtual-dtor -Woverloaded-virtual
+    # A render is the same on every machine: no fused multiply-add behind the formulas' back.
+    -ffp-contract=off)
+if(VEXA_WERROR)
+    target_compile_options(vexa_options INTERFACE -Werror)
+endif()
+if(VEXA_SANITIZE)
+    target_compile_options(vexa_options INTERFACE
+        -fsanitize=${VEXA_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(vexa_options INTERFACE -fsanitize=${VEXA_SANITIZE})
+endif()
+target_include_directories(vexa_options INTERFACE ${CMAKE_SOURCE_DIR}/src)
+
+# vexa_library(NAME [DEPENDS LIBRARY...] [BACKENDS PKG...])
+#
+# The static library of the current folder, made of its .cpp files. DEPENDS are libraries of ours,
+# BACKENDS pkg-config modules that only this folder's .cpp files may include.
+function(vexa_library name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "DEPENDS;BACKENDS")
+    file(GLOB sources CONFIGURE_DEPENDS *.cpp backends/*.cpp)
+    add_library(${name} STATIC ${sources})
+    target_link_libraries(${name} PUBLIC vexa_options ${arg_DEPENDS})
+    foreach(module IN LISTS arg_BACKENDS)
+        pkg_check_modules(${module} REQUIRED IMPORTED_TARGET ${module})
+        target_link_libraries(${name} PRIVATE PkgConfig::${module})
+    endforeach()
+endfunction()

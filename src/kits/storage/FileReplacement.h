@@ -1,0 +1,47 @@
+// Writing a file so that it is either whole or was never touched.
+#pragma once
+
+#include "kits/support/Result.h"
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace kits {
+
+/// A new content for a file. It is written beside the file under a name of its own and takes the
+/// file's place in one step; destroyed before that, it leaves nothing behind and the file as it
+/// was. A link is followed, so the file that it names is replaced; permissions of an existing file
+/// stay.
+class FileReplacement {
+  public:
+    /// Creates the file beside `path`. The error names the path and the system's reason.
+    static Result<FileReplacement> Create(const std::filesystem::path& path);
+
+    FileReplacement(FileReplacement&& other) noexcept;
+    FileReplacement& operator=(FileReplacement&&) = delete;
+    ~FileReplacement();
+
+    /// Open for reading and writing; stays the replacement's.
+    int Descriptor() const { return descriptor; }
+    /// Where the content lies until Commit.
+    const std::filesystem::path& TemporaryPath() const { return temporary; }
+
+    Result<void> Write(std::string_view bytes);
+
+    /// Brings the content to the disk and puts it in the file's place.
+    Result<void> Commit();
+
+  private:
+    FileReplacement() = default;
+    Error Failure(int number) const;
+
+    std::filesystem::path target;
+    std::filesystem::path temporary;
+    int descriptor = -1;
+};
+
+/// The whole of `bytes` as the new content of the file at `path`.
+Result<void> ReplaceFile(const std::filesystem::path& path, std::string_view bytes);
+
+} // namespace kits

@@ -1,0 +1,50 @@
+// A value, or the reason in words why there is none.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace kits {
+
+/// What went wrong, written for the person who has to act on it: it names the file and the fault.
+struct Error {
+    std::string text;
+};
+
+/// Either a T or an Error. Converts to true when it holds a T.
+template<class T>
+class [[nodiscard]] Result {
+  public:
+    Result(T held) : value(std::move(held)) {}
+    Result(Error fault) : error(std::move(fault)) {}
+
+    explicit operator bool() const { return value.has_value(); }
+    T& operator*() & { return *value; }
+    T&& operator*() && { return std::move(*value); }
+    const T& operator*() const& { return *value; }
+    T* operator->() { return &*value; }
+    const T* operator->() const { return &*value; }
+    /// Only where there is no value.
+    const Error& Fault() const { return error; }
+
+  private:
+    std::optional<T> value;
+    Error error;
+};
+
+/// Success without a value, or an Error.
+template<>
+class [[nodiscard]] Result<void> {
+  public:
+    Result() = default;
+    Result(Error fault) : error(std::move(fault)) {}
+
+    explicit operator bool() const { return !error; }
+    const Error& Fault() const { return *error; }
+
+  private:
+    std::optional<Error> error;
+};
+
+} // namespace kits

@@ -1,0 +1,52 @@
+// An envelope: the points that the user edits, and the curve made of them that is heard.
+#pragma once
+
+#include "kits/support/Published.h"
+#include "synth/EnvelopeCurve.h"
+
+#include <vector>
+
+namespace vexa {
+
+/// The points belong to the window thread. What it does to them is heard from the next
+/// ProduceCalcPts() on; until then the other threads go on with the curve before.
+class Envelope {
+  public:
+    /// Values from minimum to maximum over timeRange seconds, the first two thirds of them with the
+    /// key down. Starts with one key-down point at time 0, of value 0 or, if 0 is outside the
+    /// range, of the minimum.
+    Envelope(float minimum, float maximum, float timeRange);
+
+    float Minimum() const { return minimum; }
+    float Maximum() const { return maximum; }
+    float TimeRange() const { return timeRange; }
+    /// Seconds of the key-down part; the release part has the rest of the time range.
+    float Split() const { return split; }
+
+    /// The points as edited: key-down points first, each kind in increasing time. Window thread.
+    std::vector<EnvPoint>& Points() { return points; }
+    const std::vector<EnvPoint>& Points() const { return points; }
+
+    /// Publishes the points as the curve that is heard. Window thread; readers never wait.
+    void ProduceCalcPts();
+
+    /// The published curve; see Published::Get for how long it lives. Any thread.
+    const EnvelopeCurve& Curve() const noexcept { return curve.Get(); }
+
+    /// Curve().Value: the window thread as it likes, other threads inside a Reader::Section.
+    float Value(float t, bool released, float level) const noexcept {
+        return Curve().Value(t, released, level);
+    }
+
+  private:
+    float InitialValue() const { return minimum <= 0 && 0 <= maximum ? 0.0F : minimum; }
+
+    float minimum;
+    float maximum;
+    float timeRange;
+    float split;
+    std::vector<EnvPoint> points;
+    kits::Published<EnvelopeCurve> curve;
+};
+
+} // namespace vexa

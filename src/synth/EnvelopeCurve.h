@@ -1,0 +1,42 @@
+// An envelope as the audio and MIDI threads see it: points that never change.
+#pragma once
+
+#include <vector>
+
+namespace vexa {
+
+/// One point of an envelope.
+struct EnvPoint {
+    /// Seconds since note-on (key-down point) or since note-off (release point).
+    float t = 0;
+    /// True for a release point.
+    bool fku = false;
+    float val = 0;
+
+    bool operator==(const EnvPoint&) const = default;
+};
+
+/// A piecewise linear function of time: a part that is followed while the key is down and held at
+/// its end, and a part that leads on from wherever the key was released. Points are expected in
+/// order, key-down points first, each kind in increasing time; any other list is evaluated by the
+/// same rule without fault. Immutable, so any thread may read it.
+class EnvelopeCurve {
+  public:
+    /// `empty` is the value of a curve without points.
+    EnvelopeCurve(std::vector<EnvPoint> points, float empty);
+
+    /// The value at t seconds since note-on (released false) or since note-off (released true).
+    /// `level` is the value at note-off, from which the release part starts; ignored before it.
+    float Value(float t, bool released, float level) const noexcept;
+
+  private:
+    float HeldValue(float t) const noexcept;
+    float ReleasedValue(float t, float level) const noexcept;
+    /// The straight line through points i - 1 and i, at t.
+    float Line(std::size_t i, float t) const noexcept;
+
+    std::vector<EnvPoint> points;
+    float empty;
+};
+
+} // namespace vexa

@@ -1,0 +1,32 @@
+// What the program's own file tells about the program.
+#pragma once
+
+#include "kits/support/Bitmap.h"
+
+#include <filesystem>
+
+/// What is known of a running program.
+struct app_info {
+    /// The file that it was started from.
+    std::filesystem::path file;
+};
+
+/// Fills in what is known of this program; B_ENTRY_NOT_FOUND where its file cannot be found out.
+status_t GetAppInfo(app_info* info);
+
+/// Edge of an icon in pixels.
+enum icon_size { B_LARGE_ICON = 32, B_MINI_ICON = 16 };
+
+/// The icons of a program, which lie beside its file as <program>-32.icon and <program>-16.icon:
+/// the bits of a B_CMAP8 bitmap of that size and nothing else.
+class BAppFileInfo {
+  public:
+    explicit BAppFileInfo(std::filesystem::path program);
+
+    /// Copies the icon into a valid B_CMAP8 bitmap of its size (else B_BAD_VALUE). Where there is
+    /// no whole icon the bitmap stays as it is and the answer is B_ENTRY_NOT_FOUND.
+    status_t GetIcon(BBitmap* icon, icon_size size) const;
+
+  private:
+    std::filesystem::path program;
+};

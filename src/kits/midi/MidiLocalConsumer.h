@@ -1,0 +1,50 @@
+// The receiving end of MIDI connections, as a program of ours implements it.
+#pragma once
+
+#include "kits/support/Message.h"
+#include "kits/support/SupportDefs.h"
+
+#include <string>
+
+/// One end of a MIDI connection.
+class BMidiEndpoint {
+  public:
+    virtual ~BMidiEndpoint() = default;
+    BMidiEndpoint(const BMidiEndpoint&) = delete;
+    BMidiEndpoint& operator=(const BMidiEndpoint&) = delete;
+
+    const std::string& Name() const { return name; }
+
+    /// What the endpoint tells of itself besides its name, such as icons. Window thread.
+    status_t GetProperties(BMessage* into) const;
+    status_t SetProperties(const BMessage* next);
+
+  protected:
+    explicit BMidiEndpoint(std::string name);
+
+  private:
+    std::string name;
+    BMessage properties;
+};
+
+/// A consumer in this program. Its hooks are called by one thread, the MIDI thread, one event after
+/// the other, for whatever is connected; all do nothing unless overridden. Channels are 0..15, data
+/// bytes 0..127, `time` is the moment at which the event should take effect.
+class BMidiLocalConsumer : public BMidiEndpoint {
+  public:
+    explicit BMidiLocalConsumer(std::string name) : BMidiEndpoint(std::move(name)) {}
+
+    virtual void NoteOff(uchar channel, uchar note, uchar velocity, bigtime_t time);
+    virtual void NoteOn(uchar channel, uchar note, uchar velocity, bigtime_t time);
+    virtual void KeyPressure(uchar channel, uchar note, uchar pressure, bigtime_t time);
+    virtual void ControlChange(uchar channel, uchar controller, uchar value, bigtime_t time);
+    virtual void ProgramChange(uchar channel, uchar program, bigtime_t time);
+    virtual void ChannelPressure(uchar channel, uchar pressure, bigtime_t time);
+    virtual void PitchBend(uchar channel, uchar lsb, uchar msb, bigtime_t time);
+    virtual void SystemExclusive(const void* data, std::size_t length, bigtime_t time);
+    virtual void SystemCommon(uchar status, uchar data1, uchar data2, bigtime_t time);
+    virtual void SystemRealTime(uchar status, bigtime_t time);
+    virtual void TempoChange(int32 beatsPerMinute, bigtime_t time);
+    /// justChannel: the message was for one channel only.
+    virtual void AllNotesOff(bool justChannel, bigtime_t time);
+};

@@ -1,0 +1,36 @@
+// A picture in memory. Knows nothing of windows, so that code without one can handle pictures.
+#pragma once
+
+#include "kits/support/Geometry.h"
+
+#include <vector>
+
+enum color_space : uint32 {
+    /// One byte per pixel, an index into the system's colours.
+    B_CMAP8 = 0x0004,
+    /// Four bytes per pixel: blue, green, red, and one that does not count.
+    B_RGB32 = 0x0008,
+};
+
+/// Pixels in rows from the top, each row padded to a multiple of four bytes. Starts as zeroes.
+class BBitmap {
+  public:
+    /// `bounds` has a pixel for every whole coordinate in it, edges included. Where it is empty or
+    /// the memory is lacking the bitmap is not valid and has no bits.
+    BBitmap(BRect bounds, color_space space);
+
+    bool IsValid() const { return !bits.empty(); }
+    BRect Bounds() const { return bounds; }
+    color_space ColorSpace() const { return space; }
+    int32 BytesPerRow() const { return bytesPerRow; }
+    void* Bits() { return bits.data(); }
+    const void* Bits() const { return bits.data(); }
+    /// Bytes of all rows.
+    int64 BitsLength() const { return static_cast<int64>(bits.size()); }
+
+  private:
+    BRect bounds;
+    color_space space;
+    int32 bytesPerRow = 0;
+    std::vector<uint8> bits;
+};

@@ -1,0 +1,164 @@
+#include "midi/MidiConsumer.h"
+
+#include "kits/application/AppFileInfo.h"
+#include "synth/Coefficients.h"
+#include "synth/Envelope.h"
+#include "synth/ParameterTable.h"
+
+#include <cmath>
+#include <numbers>
+
+namespace vexa {
+
+namespace {
+
+float Normalised(uchar value) {
+    return static_cast<float>(value / 127.0);
+}
+
+/// Equal temperament, note 69 at 440 Hz.
+float Frequency(uchar note) {
+    const auto semitone = static_cast<float>(std::log(2.0) / 12.0);
+    return std::exp(semitone * static_cast<float>(note - 69)) * 440.0F;
+}
+
+/// Where the orbit's centre starts in one direction.
+float StartOf(const CoefficientGroup& group, const sound_param& p,
+              const ControllerTable& controllers, float vel, float key) {
+    const Weights weights = group.For(p, controllers, vel, key);
+    return static_cast<float>(weights.c0 + weights.rest);
+}
+
+void PutIcon(BMessage* message, const char* name, type_code type, const BBitmap& icon) {
+    const auto size = static_cast<std::size_t>(icon.BitsLength());
+    if (message->ReplaceData(name, type, 0, icon.Bits(), size) != B_OK)
+        message->AddData(name, type, icon.Bits(), size);
+}
+
+} // namespace
+
+VexaMidiConsumer::VexaMidiConsumer(const char* name, ControllerTable& controllers,
+                                   const sound_param& parameters, VoiceTable& voices)
+    : BMidiLocalConsumer(name), controllers(controllers), parameters(parameters), voices(voices) {
+    PublishIcons();
+}
+
+void VexaMidiConsumer::NoteOn(uchar from, uchar note, uchar velocity, bigtime_t) {
+    if (!Accepts(from))
+        return;
+    const kits::Reader::Section reading(reader);
+    const float vel = Normalised(velocity);
+    const float key = Normalised(note);
+    const float freq = Frequency(note);
+    const auto k = static_cast<float>(std::numbers::ln2 * freq / filterRate);
+
+    const float cx = StartOf(kCx0, parameters, controllers, vel, key);
+    const float cy = StartOf(kCy0, parameters, controllers, vel, key);
+
+    const auto hpa = static_cast<float>(std::exp(-double(k)));
+    const auto hpb = static_cast<float>(std::exp(-2.0 * k));
+    const auto hpgain = static_cast<float>((1.0 - hpa) * (1.0 - hpb) / (double(hpa) - double(hpb)));
+    const auto x = static_cast<float>(double(parameters.EnvAx->Value(0, false, 0)) + cx);
+    const float start = function.Get()(x, cy);
+
+    const int index = ChooseSlot(key);
+    if (index < 0)
+        return;
+    voice& slot = voices[index];
+    const VoiceState::Seen before = slot.state.BeginChange();
+    slot.vel = vel;
+    slot.key = key;
+    slot.freq = freq;
+    slot.startcx = cx;
+    slot.startcy = cy;
+    slot.hpa = hpa;
+    slot.hpb = hpb;
+    slot.hpgain = hpgain;
+    slot.start = std::isfinite(start) ? start : 0.0F;
+    slot.continues = before.Active();
+    slot.released = false;
+    slot.notes = slot.notes + 1;
+    slot.state.EndChange(true);
+}
+
+/// The slot for a new note: the one that plays the same key, else a free one, else a stolen one;
+/// -1 with a voice limit below 1.
+int VexaMidiConsumer::ChooseSlot(float key) {
+    for (int i = 0; i < kVoiceSlots; i++) {
+        if (voices[i].state.Look().Active() && !voices[i].released && voices[i].key == key)
+            return i;
+    }
+    if (CountVox() < voiceLimit) {
+        for (int i = 0; i < kVoiceSlots; i++) {
+            if (!voices[i].state.Look().Active())
+                return i;
+        }
+    }
+    const int longest = LongestVoice(voices).slot;
+    if (longest >= 0)
+        stolen = stolen + 1;
+    return longest;
+}
+
+void VexaMidiConsumer::NoteOff(uchar from, uchar note, uchar, bigtime_t) {
+    if (!Accepts(from))
+        return;
+    const kits::Reader::Section reading(reader);
+    const float key = Normalised(note);
+    for (voice& slot : voices) {
+        if (!slot.state.Look().Active() || slot.released || slot.key != key)
+            continue;
+        const VoiceState::Seen before = slot.state.BeginChange();
+        const auto held = static_cast<float>(Seconds(slot, before));
+        const auto places = EnvelopePlaces();
+        for (std::size_t i = 0; i < places.size(); i++)
+            slot.rellevel[i] = (parameters.*places[i].target)->Value(held, false, 0);
+        slot.heldfor = held;
+        slot.released = true;
+        slot.state.EndChange(before.Active());
+    }
+}
+
+void VexaMidiConsumer::ControlChange(uchar from, uchar controller, uchar value, bigtime_t) {
+    if (Accepts(from))
+        controllers[controller & 127] = Normalised(value);
+}
+
+void VexaMidiConsumer::AllNotesOff(bool, bigtime_t) {
+    for (voice& slot : voices)
+        slot.state.Silence();
+}
+
+void VexaMidiConsumer::ReduceToMaxVox(int32 limit) {
+    // First, so that a note that comes in meanwhile already keeps to it.
+    voiceLimit = limit;
+    while (CountVox() > limit && ReduceVoicesByOne(voices)) {
+    }
+}
+
+void VexaMidiConsumer::PublishIcons() {
+    BBitmap large(BRect{0, 0, 31, 31}, B_CMAP8);
+    BBitmap mini(BRect{0, 0, 15, 15}, B_CMAP8);
+    GetIcons(&large, &mini);
+    BMessage properties;
+    if (GetProperties(&properties) != B_OK)
+        return;
+    AddIcons(&properties, large, mini);
+    SetProperties(&properties);
+}
+
+void VexaMidiConsumer::GetIcons(BBitmap* large, BBitmap* mini) {
+    app_info info;
+    if (GetAppInfo(&info) != B_OK)
+        return;
+    const BAppFileInfo file(info.file);
+    file.GetIcon(large, B_LARGE_ICON);
+    file.GetIcon(mini, B_MINI_ICON);
+}
+
+void VexaMidiConsumer::AddIcons(BMessage* message, const BBitmap& large, const BBitmap& mini) {
+    PutIcon(message, "be:large_icon", FourCC("ICON"), large);
+    PutIcon(message, "be:mini_icon", FourCC("MICN"), mini);
+}
+
+} // namespace vexa

@@ -1,0 +1,73 @@
+// Notes in: turns MIDI events into changes of the voice and controller tables.
+#pragma once
+
+#include "kits/midi/MidiLocalConsumer.h"
+#include "kits/support/Bitmap.h"
+#include "kits/support/Published.h"
+#include "synth/PlaneFunction.h"
+#include "synth/SoundParam.h"
+#include "synth/Voice.h"
+
+namespace vexa {
+
+/// The program's MIDI input. It decides which note takes which voice slot and computes what a voice
+/// starts with; the renderer plays what it has set up. An event takes effect when its hook runs,
+/// its time argument is not looked at.
+class VexaMidiConsumer : public BMidiLocalConsumer {
+  public:
+    /// The records are shared and outlive the consumer. Starts with all channels, a voice limit of
+    /// 1 and dummyfunction. Window thread.
+    VexaMidiConsumer(const char* name, ControllerTable& controllers, const sound_param& parameters,
+                     VoiceTable& voices);
+
+    /// MIDI thread. A velocity of 0 is a velocity like others: only NoteOff releases.
+    void NoteOff(uchar channel, uchar note, uchar velocity, bigtime_t time) override;
+    void NoteOn(uchar channel, uchar note, uchar velocity, bigtime_t time) override;
+    void ControlChange(uchar channel, uchar controller, uchar value, bigtime_t time) override;
+    /// Silences every slot at once, whatever the channel.
+    void AllNotesOff(bool justChannel, bigtime_t time) override;
+
+    /// The channel that is listened to, 0..15, or -1 for all. Any thread.
+    int32 Channel() const { return channel; }
+    void SetChannel(int32 next) { channel = next; }
+
+    /// The function that new voices are charged with; as VoiceRenderer::SetFunction. Window thread.
+    void SetFunction(const PlaneFunction& next) { function.Publish(next); }
+
+    /// Silences voices until at most `limit` sound, which then is the voice limit. Window thread.
+    void ReduceToMaxVox(int32 limit);
+    /// Voices that sound. Any thread.
+    int32 CountVox() const { return CountActive(voices); }
+    /// Silences the voice that the next stolen note would take. Any thread.
+    void ReduceVoxByOne() { ReduceVoicesByOne(voices); }
+    /// Notes since the start that took the slot of another. Any thread.
+    int64 StolenVox() const { return stolen; }
+
+    /// The rate, in samples per second, that the low-cut filter's constant is computed for. Its
+    /// corner lies at ln 2 / 2 pi of a note's frequency when that is the rate of rendering; 44100
+    /// unless set, whatever the rate is. Not while events come in.
+    void SetFilterRate(double rate) { filterRate = rate; }
+
+    /// Copies the program's own icons into 32 x 32 and 16 x 16 B_CMAP8 bitmaps; they stay as they
+    /// are where it has none.
+    static void GetIcons(BBitmap* large, BBitmap* mini);
+    /// Puts the icons into an endpoint's properties, in place of those that are there.
+    static void AddIcons(BMessage* message, const BBitmap& large, const BBitmap& mini);
+
+  private:
+    bool Accepts(uchar from) const { return channel == -1 || channel == from; }
+    int ChooseSlot(float key);
+    void PublishIcons();
+
+    ControllerTable& controllers;
+    const sound_param& parameters;
+    VoiceTable& voices;
+    kits::Shared<int32> channel{-1};
+    kits::Published<PlaneFunction> function{{dummyfunction}};
+    kits::Shared<int32> voiceLimit{1};
+    kits::Shared<int64> stolen{0};
+    double filterRate = 44100;
+    kits::Reader reader;
+};
+
+} // namespace vexa

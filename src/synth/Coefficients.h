@@ -1,0 +1,46 @@
+// The weighted sums of the orbit formulas.
+#pragma once
+
+#include "synth/SoundParam.h"
+
+namespace vexa {
+
+/// What a sum c0 e + c1 Vel + c2 Key + c3 Ctl(c4) comes to for one note, where e is an envelope's
+/// value or 1.
+struct Weights {
+    double c0;
+    /// c1 Vel + c2 Key + c3 Ctl(c4)
+    double rest;
+};
+
+/// Where the coefficients of one sum stand in a sound_param.
+struct CoefficientGroup {
+    kits::Shared<float> sound_param::*c0;
+    kits::Shared<float> sound_param::*c1;
+    kits::Shared<float> sound_param::*c2;
+    kits::Shared<float> sound_param::*c3;
+    kits::Shared<int32> sound_param::*c4;
+
+    /// With the note's Vel and Key and the present controllers. Any thread.
+    Weights For(const sound_param& p, const ControllerTable& controllers, float vel,
+                float key) const noexcept {
+        const float control = controllers[p.*c4 & 127];
+        return {p.*c0, double(p.*c1) * vel + double(p.*c2) * key + double(p.*c3) * control};
+    }
+};
+
+/// Drift speed of the orbit's centre, its radii, and the centre at note-on.
+inline constexpr CoefficientGroup kDcxdt{&sound_param::Cx0, &sound_param::Cx1, &sound_param::Cx2,
+                                         &sound_param::Cx3, &sound_param::Cx4};
+inline constexpr CoefficientGroup kDcydt{&sound_param::Cy0, &sound_param::Cy1, &sound_param::Cy2,
+                                         &sound_param::Cy3, &sound_param::Cy4};
+inline constexpr CoefficientGroup kAx{&sound_param::Ax0, &sound_param::Ax1, &sound_param::Ax2,
+                                      &sound_param::Ax3, &sound_param::Ax4};
+inline constexpr CoefficientGroup kAy{&sound_param::Ay0, &sound_param::Ay1, &sound_param::Ay2,
+                                      &sound_param::Ay3, &sound_param::Ay4};
+inline constexpr CoefficientGroup kCx0{&sound_param::C0x0, &sound_param::C0x1, &sound_param::C0x2,
+                                       &sound_param::C0x3, &sound_param::C0x4};
+inline constexpr CoefficientGroup kCy0{&sound_param::C0y0, &sound_param::C0y1, &sound_param::C0y2,
+                                       &sound_param::C0y3, &sound_param::C0y4};
+
+} // namespace vexa

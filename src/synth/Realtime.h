@@ -1,0 +1,64 @@
+// What surrounds code that runs in the media thread.
+#pragma once
+
+#include <cstdint>
+
+#if defined(__SSE__)
+#include <xmmintrin.h>
+#endif
+
+namespace vexa {
+
+/// Marks its lifetime as a stretch of the media thread's work: no allocation, no lock, no system
+/// call but the clock's. It only counts; the test build watches the counter and fails a test that
+/// allocates or locks inside.
+class RealtimeSection {
+  public:
+    RealtimeSection() noexcept { depth++; }
+    ~RealtimeSection() { depth--; }
+    RealtimeSection(const RealtimeSection&) = delete;
+    RealtimeSection& operator=(const RealtimeSection&) = delete;
+
+    /// The calling thread is inside a section.
+    static bool Inside() noexcept { return depth > 0; }
+
+  private:
+    static inline thread_local int depth = 0;
+};
+
+/// Treats denormal numbers as 0 while it lives: a filter that dies away would otherwise become a
+/// hundred times slower on its last way to 0.
+class FlushDenormals {
+  public:
+#if defined(__SSE__)
+    // Bit 15 flushes results to zero, bit 6 takes denormal operands as zero.
+    FlushDenormals() noexcept : before(_mm_getcsr()) {
+        _mm_setcsr(before | 0x8040U);
+    }
+    ~FlushDenormals() {
+        _mm_setcsr(before);
+    }
+#elif defined(__aarch64__)
+    // Bit 24 of FPCR (FZ) does both.
+    FlushDenormals() noexcept {
+        asm volatile("mrs %0, fpcr" : "=r"(before));
+        asm volatile("msr fpcr, %0" ::"r"(before | (1U << 24)));
+    }
+    ~FlushDenormals() {
+        asm volatile("msr fpcr, %0" ::"r"(before));
+    }
+#else
+    FlushDenormals() noexcept = default;
+#endif
+    FlushDenormals(const FlushDenormals&) = delete;
+    FlushDenormals& operator=(const FlushDenormals&) = delete;
+
+  private:
+#if defined(__SSE__)
+    unsigned before;
+#elif defined(__aarch64__)
+    std::uint64_t before;
+#endif
+};
+
+} // namespace vexa

@@ -1,0 +1,71 @@
+#include "synth/Voice.h"
+
+#include <algorithm>
+
+namespace vexa {
+
+double Seconds(const voice& slot, VoiceState::Seen seen) {
+    // `rendered` is read first: the media thread writes it last, so a match vouches for t.
+    return slot.rendered == seen.Changes() ? double(slot.t) : 0.0;
+}
+
+VoiceView Look(const voice& slot) {
+    const bool rendered = slot.rendered == slot.state.Look().Changes();
+    VoiceView view{};
+    view.released = slot.released;
+    // A release restarts the time; the orbit goes on from where it is.
+    view.t = rendered ? double(slot.t) : 0.0;
+    if (rendered || view.released) {
+        view.phasex = slot.phasex;
+        view.phasey = slot.phasey;
+        view.cx = slot.cx;
+        view.cy = slot.cy;
+    } else {
+        view.cx = slot.startcx;
+        view.cy = slot.startcy;
+    }
+    view.freq = slot.freq;
+    view.vel = slot.vel;
+    view.key = slot.key;
+    std::copy(slot.rellevel.begin(), slot.rellevel.end(), view.rellevel.begin());
+    return view;
+}
+
+int CountActive(const VoiceTable& voices) {
+    return static_cast<int>(std::count_if(voices.begin(), voices.end(), [](const voice& slot) {
+        return slot.state.Look().Active();
+    }));
+}
+
+Choice LongestVoice(const VoiceTable& voices) {
+    for (const bool released : {true, false}) {
+        Choice choice{-1, VoiceState::Seen(0)};
+        float longest = 0;
+        for (int i = 0; i < kVoiceSlots; i++) {
+            const VoiceState::Seen seen = voices[i].state.Look();
+            if (!seen.Active() || voices[i].released != released)
+                continue;
+            const double seconds = Seconds(voices[i], seen);
+            if (seconds >= longest) {
+                longest = static_cast<float>(seconds);
+                choice = {i, seen};
+            }
+        }
+        if (choice.slot >= 0)
+            return choice;
+    }
+    return {-1, VoiceState::Seen(0)};
+}
+
+bool ReduceVoicesByOne(VoiceTable& voices) {
+    for (int attempt = 0; attempt < kVoiceSlots; attempt++) {
+        const Choice choice = LongestVoice(voices);
+        if (choice.slot < 0)
+            return false;
+        if (voices[choice.slot].state.Silence(choice.seen))
+            return true;
+    }
+    return false;
+}
+
+} // namespace vexa

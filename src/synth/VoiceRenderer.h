@@ -1,0 +1,77 @@
+// Turns the voice table into samples.
+#pragma once
+
+#include "kits/support/Published.h"
+#include "kits/support/Shared.h"
+#include "synth/PlaneFunction.h"
+#include "synth/SoundParam.h"
+#include "synth/Voice.h"
+
+#include <array>
+#include <cstddef>
+
+namespace vexa {
+
+/// Moves each sounding voice's point along its orbit, reads the plane function there, passes it
+/// through the voice's low-cut filter and sums the voices.
+///
+/// It keeps the running state of every voice to itself and shows it in the voice table after each
+/// Render; notes, releases and coefficients that other threads write are taken up at the start of
+/// each block of kBlock samples. Whoever must have an event at its exact sample ends a Render
+/// there.
+class VoiceRenderer {
+  public:
+    /// Samples that are computed in one go.
+    static constexpr std::size_t kBlock = 64;
+
+    /// The records are shared and outlive the renderer. Starts with gain 0, dummyfunction and
+    /// 44100 samples per second.
+    VoiceRenderer(const ControllerTable& controllers, const sound_param& parameters,
+                  VoiceTable& voices);
+
+    /// Writes the next `count` samples of the sum of all voices, times the gain, unclipped.
+    /// Media thread: no allocation, lock, wait or system call.
+    void Render(float* buffer, std::size_t count) noexcept;
+
+    /// The factor on the sum, 0..1; anything else is ignored. Any thread.
+    void SetGain(float next) noexcept;
+
+    /// The function from the next sample on. Both forms of f must be callable until no Render that
+    /// may have begun before this call is running (kits::Retire tells). Window thread.
+    void SetFunction(const PlaneFunction& next) { function.Publish(next); }
+
+    /// Samples per second. Not while rendering.
+    void SetSampleRate(double rate) { sampleRate = rate; }
+
+  private:
+    /// A note as the media thread plays it.
+    struct RunningVoice {
+        uint32 changes = 0;
+        uint32 notes = 0;
+        bool sounds = false;
+        bool released = false;
+        float hpa = 0, hpb = 0, hpgain = 0;
+        float hpsum0 = 0, hpsum1 = 0;
+        std::array<float, 4> rellevel{};
+        float vel = 0, key = 0, freq = 0;
+        double t = 0, phasex = 0, phasey = 0, cx = 0, cy = 0;
+        float out = 0;
+    };
+    struct Block;
+
+    void TakeUpChange(RunningVoice& running, const voice& slot) noexcept;
+    void RenderVoice(RunningVoice& running, const PlaneFunction& f, Block& block,
+                     std::size_t count) noexcept;
+    void ShowProgress() noexcept;
+
+    const ControllerTable& controllers;
+    const sound_param& parameters;
+    VoiceTable& voices;
+    kits::Shared<float> gain{0};
+    kits::Published<PlaneFunction> function{{dummyfunction}};
+    double sampleRate = 44100;
+    std::array<RunningVoice, kVoiceSlots> running;
+    kits::Reader reader;
+};
+
+} // namespace vexa

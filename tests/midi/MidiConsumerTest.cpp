@@ -1,0 +1,204 @@
+#include "kits/support/Message.h"
+#include "support/Sounds.h"
+
+#include <limits>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using test::Render;
+using vexa::Instrument;
+
+class MidiConsumer : public testing::Test {
+  protected:
+    MidiConsumer() { test::MakeSine(instrument); }
+
+    void On(uchar note, uchar velocity = 100, uchar channel = 0) {
+        instrument.consumer.NoteOn(channel, note, velocity, 0);
+    }
+    void Off(uchar note, uchar channel = 0) { instrument.consumer.NoteOff(channel, note, 0, 0); }
+    void Limit(int voices) { instrument.consumer.ReduceToMaxVox(voices); }
+    void Play(std::size_t samples = 441) { Render(instrument, samples); }
+
+    /// The note that a slot plays: its number, negative once released, 0 if it is silent.
+    int Note(int slot) const {
+        const vexa::voice& v = instrument.voices[std::size_t(slot)];
+        if (!v.state.Look().Active())
+            return 0;
+        const int note = static_cast<int>(std::lround(v.key * 127));
+        return v.released ? -note : note;
+    }
+    std::vector<int> Notes() const {
+        std::vector<int> notes;
+        for (int i = 0; i < vexa::kVoiceSlots; i++) {
+            if (Note(i) != 0)
+                notes.push_back(Note(i));
+        }
+        return notes;
+    }
+    using Are = std::vector<int>;
+
+    Instrument instrument;
+};
+
+TEST_F(MidiConsumer, FrequenciesAreEqualTemperament) {
+    Limit(20);
+    const std::pair<uchar, double> notes[] = {
+        {69, 440.0}, {81, 880.0}, {60, 261.6256}, {0, 8.175799}, {127, 12543.85}};
+    for (const auto& [note, hertz] : notes) {
+        On(note);
+        const auto slot = static_cast<std::size_t>(instrument.consumer.CountVox() - 1);
+        EXPECT_NEAR(1200 * std::log2(instrument.voices[slot].freq / hertz), 0, 0.01) << int(note);
+    }
+}
+
+TEST_F(MidiConsumer, StartsWithAllChannelsAndOneVoice) {
+    Instrument fresh;
+    EXPECT_EQ(fresh.consumer.Channel(), -1);
+    EXPECT_EQ(fresh.consumer.Name(), "Vexa midi in");
+    fresh.consumer.NoteOn(3, 60, 100, 0);
+    fresh.consumer.NoteOn(15, 64, 0, 0); // a velocity like others
+    EXPECT_EQ(fresh.consumer.CountVox(), 1);
+    EXPECT_NEAR(fresh.voices[0].key, 64 / 127.0, 1e-7);
+    EXPECT_EQ(fresh.voices[0].vel, 0);
+    EXPECT_EQ(fresh.consumer.StolenVox(), 1);
+}
+
+TEST_F(MidiConsumer, ListensToItsChannelAlone) {
+    instrument.consumer.SetChannel(9);
+    On(60, 100, 8);
+    instrument.consumer.ControlChange(8, 1, 127, 0);
+    EXPECT_EQ(Notes(), Are{});
+    EXPECT_EQ(instrument.controllers[1], 0);
+    On(60, 100, 9);
+    instrument.consumer.ControlChange(9, 1, 127, 0);
+    Off(60, 8);
+    EXPECT_EQ(Notes(), Are{60});
+    EXPECT_EQ(instrument.controllers[1], 1);
+    Off(60, 9);
+    EXPECT_EQ(Notes(), Are{-60});
+    instrument.consumer.AllNotesOff(true, 0);
+    EXPECT_EQ(Notes(), Are{}) << "whatever the channel";
+}
+
+TEST_F(MidiConsumer, TheSameKeyRetriggersItsSlotWhileItIsHeld) {
+    On(60);
+    On(62);
+    Play();
+    On(60);
+    EXPECT_EQ(Notes(), (Are{60, 62}));
+    EXPECT_EQ(vexa::Look(instrument.voices[0]).t, 0);
+    Off(60);
+    On(60);
+    EXPECT_EQ(Notes(), (Are{-60, 62, 60})) << "a released key is another voice";
+    EXPECT_EQ(instrument.consumer.StolenVox(), 0);
+}
+
+TEST_F(MidiConsumer, StealsTheLongestReleasedThenTheLongestHeld) {
+    Limit(3);
+    On(60);
+    Play();
+    On(61);
+    Play();
+    On(62);
+    Off(61);
+    Play();
+    On(70); // takes the released one
+    EXPECT_EQ(Notes(), (Are{60, 70, 62}));
+    Play();
+    On(71); // takes the one held longest
+    EXPECT_EQ(Notes(), (Are{71, 70, 62}));
+    EXPECT_EQ(instrument.consumer.StolenVox(), 2);
+}
+
+TEST_F(MidiConsumer, NotesAtOneMomentStealTheHighestSlot) {
+    Limit(2);
+    On(60);
+    On(61);
+    On(62);
+    EXPECT_EQ(Notes(), (Are{60, 62}));
+}
+
+TEST_F(MidiConsumer, TheVoiceLimitSilencesReleasedVoicesFirst) {
+    for (uchar note = 60; note < 65; note++) {
+        On(note);
+        Play();
+    }
+    Off(63);
+    Play();
+    Off(61);
+    Play();
+    Limit(2);
+    EXPECT_EQ(Notes(), (Are{62, 64})) << "63 and 61 by release, then 60 as held longest";
+    Limit(0);
+    On(80);
+    EXPECT_EQ(Notes(), Are{}) << "no voice is allowed";
+}
+
+TEST_F(MidiConsumer, AFullTableOfHeldNotesIsReleasedNoteByNote) {
+    for (uchar note = 40; note < 60; note++)
+        On(note);
+    EXPECT_EQ(instrument.consumer.CountVox(), 20);
+    Off(99);
+    EXPECT_EQ(Notes().front(), 40) << "a key that does not sound changes nothing";
+    for (uchar note = 40; note < 60; note++)
+        Off(note);
+    EXPECT_EQ(instrument.consumer.CountVox(), 20) << "voices never end by themselves";
+    for (const int note : Notes())
+        EXPECT_LT(note, 0);
+}
+
+TEST_F(MidiConsumer, ReleaseBeginsAtTheLevelsOfNoteOff) {
+    test::MakeRich(instrument);
+    On(60);
+    Play(22050);
+    Off(60);
+    const vexa::VoiceView view = vexa::Look(instrument.voices[0]);
+    EXPECT_TRUE(view.released);
+    EXPECT_EQ(view.t, 0);
+    for (std::size_t i = 0; i < 4; i++)
+        EXPECT_EQ(view.rellevel[i], instrument.envelopes[i].Value(0.5F, false, 0)) << i;
+}
+
+TEST_F(MidiConsumer, TheCentreStartsAtItsWeightedSum) {
+    vexa::sound_param& p = instrument.parameters;
+    p.C0x0 = 0.5F;
+    p.C0x1 = 2;
+    p.C0x2 = -1;
+    p.C0x3 = 4;
+    p.C0x4 = 7;
+    instrument.consumer.ControlChange(0, 7, 64, 0);
+    On(60, 32);
+    EXPECT_FLOAT_EQ(static_cast<float>(vexa::Look(instrument.voices[0]).cx),
+                    static_cast<float>(0.5 + 2 * 32 / 127.0 - 60 / 127.0 + 4 * 64 / 127.0));
+    EXPECT_EQ(vexa::Look(instrument.voices[0]).cy, 0);
+}
+
+TEST_F(MidiConsumer, AFunctionThatIsNotFiniteAtTheStartDoesNotSilenceTheNote) {
+    instrument.consumer.SetFunction(
+        {[](float, float) { return std::numeric_limits<float>::infinity(); }});
+    On(69);
+    Play(4410);
+    EXPECT_NEAR(test::Peak(Render(instrument, 441)), 1, 0.1);
+}
+
+TEST_F(MidiConsumer, IconsReplaceThoseThatAreThere) {
+    BMessage properties;
+    ASSERT_EQ(instrument.consumer.GetProperties(&properties), B_OK);
+    EXPECT_TRUE(properties.HasData("be:large_icon", FourCC("ICON")));
+    EXPECT_TRUE(properties.HasData("be:mini_icon", FourCC("MICN")));
+
+    BBitmap large({0, 0, 31, 31}, B_CMAP8);
+    BBitmap mini({0, 0, 15, 15}, B_CMAP8);
+    static_cast<uchar*>(large.Bits())[5] = 77;
+    vexa::VexaMidiConsumer::AddIcons(&properties, large, mini);
+    const void* data = nullptr;
+    std::size_t size = 0;
+    ASSERT_EQ(properties.FindData("be:large_icon", FourCC("ICON"), 0, &data, &size), B_OK);
+    EXPECT_EQ(size, 1024U);
+    EXPECT_EQ(static_cast<const uchar*>(data)[5], 77);
+    EXPECT_FALSE(properties.HasData("be:large_icon", FourCC("ICON"), 1));
+}
+
+} // namespace

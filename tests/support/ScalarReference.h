@@ -1,0 +1,152 @@
+// The instrument once more, in its plainest form: one sample after the other, one voice after the
+// other, each line a line of the formulas. What is fast is checked against what can be read.
+#pragma once
+
+#include "synth/Envelope.h"
+#include "synth/PlaneFunction.h"
+#include "synth/SoundParam.h"
+
+#include <array>
+#include <cmath>
+#include <cstddef>
+
+namespace test {
+
+class ScalarReference {
+  public:
+    ScalarReference(const vexa::sound_param& parameters, vexa::PointFunction f)
+        : p(parameters), f(f) {}
+
+    double sampleRate = 44100;
+    float gain = 0.25F;
+    int voiceLimit = 20;
+    std::array<float, 128> ctl{};
+
+    void NoteOn(int note, int velocity) {
+        const auto vel = float(velocity / 127.0);
+        const auto key = float(note / 127.0);
+        const float freq = std::exp(float(std::log(2.0) / 12.0) * float(note - 69)) * 440.0F;
+        const auto k = float(std::log(2.0) * freq / 44100.0);
+        const auto cx = float(p.C0x0 + p.C0x1 * vel + p.C0x2 * key + p.C0x3 * ctl[p.C0x4]);
+        const auto cy = float(p.C0y0 + p.C0y1 * vel + p.C0y2 * key + p.C0y3 * ctl[p.C0y4]);
+        const auto hpa = float(std::exp(double(-k)));
+        const auto hpb = float(std::exp(-2.0 * k));
+        const float s0 = f(p.EnvAx->Value(0, false, 0) + cx, cy);
+        Voice* v = Choose(key);
+        if (!v)
+            return;
+        const float d = v->active ? s0 - v->out : s0;
+        v->vel = vel;
+        v->key = key;
+        v->cx = cx;
+        v->cy = cy;
+        v->released = false;
+        v->freq = freq;
+        v->phasex = v->phasey = v->t = 0;
+        v->hpa = hpa;
+        v->hpb = hpb;
+        v->hpgain = float((1.0 - hpa) * (1.0 - hpb) / (double(hpa) - hpb));
+        v->hpsum0 = d * (1 / (1 - hpa));
+        v->hpsum1 = d * (1 / (1 - hpb));
+        v->active = true;
+    }
+
+    void NoteOff(int note) {
+        for (Voice& v : voices) {
+            if (!v.active || v.released || v.key != float(note / 127.0))
+                continue;
+            const auto t = float(v.t);
+            v.rellevel = {p.EnvCx->Value(t, false, 0), p.EnvCy->Value(t, false, 0),
+                          p.EnvAx->Value(t, false, 0), p.EnvAy->Value(t, false, 0)};
+            v.t = 0;
+            v.released = true;
+        }
+    }
+
+    void Fill(float* buffer, std::size_t count) {
+        for (std::size_t i = 0; i < count; i++) {
+            float sum = 0;
+            for (Voice& v : voices) {
+                if (v.active)
+                    sum += Sample(v);
+            }
+            buffer[i] = sum * gain;
+        }
+    }
+
+  private:
+    struct Voice {
+        float hpa, hpb, hpgain, hpsum0, hpsum1;
+        std::array<float, 4> rellevel;
+        bool active;
+        double t;
+        bool released;
+        double phasex, phasey;
+        float freq;
+        double cx, cy;
+        float vel, key, out;
+    };
+
+    float Sample(Voice& v) const {
+        const double dt = 1.0 / sampleRate;
+        const auto t = float(v.t);
+        const double dCx = double(p.EnvCx->Value(t, v.released, v.rellevel[0])) * p.Cx0 +
+                           double(p.Cx1) * v.vel + double(p.Cx2) * v.key +
+                           double(p.Cx3) * ctl[p.Cx4];
+        const double dCy = double(p.EnvCy->Value(t, v.released, v.rellevel[1])) * p.Cy0 +
+                           double(p.Cy1) * v.vel + double(p.Cy2) * v.key +
+                           double(p.Cy3) * ctl[p.Cy4];
+        const double Ax = p.EnvAx->Value(t, v.released, v.rellevel[2]) *
+                          (double(p.Ax0) + double(p.Ax1) * v.vel + double(p.Ax2) * v.key +
+                           double(p.Ax3) * ctl[p.Ax4]);
+        const double Ay = p.EnvAy->Value(t, v.released, v.rellevel[3]) *
+                          (double(p.Ay0) + double(p.Ay1) * v.vel + double(p.Ay2) * v.key +
+                           double(p.Ay3) * ctl[p.Ay4]);
+        const auto x = float(Ax * std::cos(v.phasex) + v.cx);
+        const auto y = float(Ay * std::sin(v.phasey) + v.cy);
+        const float s = f(x, y);
+        const double w0 = double(v.hpa) * v.hpsum0 + s;
+        const double w1 = double(v.hpb) * v.hpsum1 + s;
+        v.hpsum0 = float(w0);
+        v.hpsum1 = float(w1);
+        v.out = float(s - v.hpgain * (w0 - w1));
+        v.t += dt;
+        v.cx += dt * dCx;
+        v.cy += dt * dCy;
+        v.phasex += 6.28318530718 * p.Fx * v.freq * dt;
+        v.phasey += 6.28318530718 * p.Fy * v.freq * dt;
+        return v.out;
+    }
+
+    Voice* Choose(float key) {
+        int sounding = 0;
+        for (Voice& v : voices) {
+            if (v.active && !v.released && v.key == key)
+                return &v;
+            sounding += v.active;
+        }
+        for (Voice& v : voices) {
+            if (sounding < voiceLimit && !v.active)
+                return &v;
+        }
+        for (const bool released : {true, false}) {
+            Voice* longest = nullptr;
+            float best = 0;
+            for (Voice& v : voices) {
+                if (v.active && v.released == released && v.t >= best) {
+                    best = float(v.t);
+                    longest = &v;
+                }
+            }
+            if (longest)
+                return longest;
+        }
+        return nullptr;
+    }
+
+    const vexa::sound_param& p;
+    vexa::PointFunction f;
+    std::array<Voice, 21> voices{};
+};
+
+} // namespace test

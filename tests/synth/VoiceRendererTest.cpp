@@ -1,0 +1,232 @@
+#include "support/RealtimeWatch.h"
+#include "support/ScalarReference.h"
+#include "support/Sounds.h"
+
+#include <limits>
+#include <random>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using test::Peak;
+using test::Render;
+using vexa::Instrument;
+
+struct Event {
+    std::size_t at;
+    int note;
+    /// 0 releases the note; a controller change where note is negative.
+    int value;
+};
+
+/// A seeded piece of `samples` samples that keeps about 20 voices sounding, with retriggers,
+/// steals, releases and controllers at any sample.
+std::vector<Event> Piece(std::size_t samples, unsigned seed) {
+    std::mt19937 random(seed);
+    const auto below = [&random](int n) { return static_cast<int>(random() % unsigned(n)); };
+    std::vector<Event> events;
+    for (int i = 0; i < 20; i++)
+        events.push_back({0, 40 + 2 * i, 60 + i});
+    for (std::size_t at = 1; at < samples; at += 1 + std::size_t(below(4000))) {
+        const int kind = below(10);
+        if (kind < 5)
+            events.push_back({at, 30 + below(60), 1 + below(127)});
+        else if (kind < 8)
+            events.push_back({at, 30 + below(60), 0});
+        else
+            events.push_back({at, -1 - below(2), below(128)});
+    }
+    return events;
+}
+
+/// The greatest difference between product and reference over a piece.
+float Difference(const std::vector<Event>& events, std::size_t samples, double rate,
+                 std::size_t blockLimit) {
+    Instrument instrument;
+    test::MakeRich(instrument);
+    test::ScalarReference reference(instrument.parameters, vexa::dummyfunction);
+    instrument.renderer.SetSampleRate(rate);
+    reference.sampleRate = rate;
+
+    std::vector<float> is(samples);
+    std::vector<float> should(samples);
+    std::size_t done = 0;
+    const auto playTo = [&](std::size_t end) {
+        while (done < end) {
+            const std::size_t n = std::min(blockLimit, end - done);
+            instrument.renderer.Render(&is[done], n);
+            reference.Fill(&should[done], n);
+            done += n;
+        }
+    };
+    for (const Event& event : events) {
+        playTo(event.at);
+        const auto value = static_cast<uchar>(event.value);
+        if (event.note < 0) {
+            instrument.consumer.ControlChange(0, uchar(-event.note), value, 0);
+            reference.ctl[std::size_t(-event.note)] = float(event.value / 127.0);
+        } else if (event.value > 0) {
+            instrument.consumer.NoteOn(0, uchar(event.note), value, 0);
+            reference.NoteOn(event.note, event.value);
+        } else {
+            instrument.consumer.NoteOff(0, uchar(event.note), 0, 0);
+            reference.NoteOff(event.note);
+        }
+    }
+    playTo(samples);
+    EXPECT_GT(Peak(should), 0.1F) << "a silent piece compares nothing";
+    float difference = 0;
+    for (std::size_t i = 0; i < samples; i++)
+        difference = std::max(difference, std::abs(is[i] - should[i]));
+    return difference;
+}
+
+TEST(VoiceRenderer, IsTheScalarReferenceOverTenSecondsOfTwentyVoices) {
+    const std::size_t samples = 441000;
+    const std::vector<Event> events = Piece(samples, 1);
+    EXPECT_LE(Difference(events, samples, 44100, samples), 1e-6F);
+    EXPECT_LE(Difference(events, samples, 48000, 37), 1e-6F);
+}
+
+TEST(VoiceRenderer, PlaysNote69At440HertzForTenMinutes) {
+    Instrument instrument;
+    test::MakeSine(instrument);
+    instrument.consumer.NoteOn(0, 69, 127, 0);
+    // The moments of the first and of the last upward crossing of zero, after the attack.
+    const std::size_t minutes10 = 600 * 44100;
+    double first = 0;
+    double last = 0;
+    int crossings = 0;
+    float before = 1;
+    for (std::size_t done = 0; done < minutes10; done += 44100) {
+        const std::vector<float> samples = Render(instrument, 44100);
+        for (std::size_t i = 0; i < samples.size(); i++) {
+            if (done > 0 && before < 0 && samples[i] >= 0) {
+                last = double(done + i) - samples[i] / (double(samples[i]) - before);
+                if (crossings++ == 0)
+                    first = last;
+            }
+            before = samples[i];
+        }
+    }
+    const double hertz = 44100.0 * (crossings - 1) / (last - first);
+    EXPECT_NEAR(1200 * std::log2(hertz / 440.0), 0, 0.01) << hertz;
+}
+
+TEST(VoiceRenderer, TakesTheSampleRateThatItIsTold) {
+    Instrument instrument;
+    test::MakeSine(instrument);
+    instrument.renderer.SetSampleRate(48000);
+    instrument.consumer.NoteOn(0, 81, 127, 0);
+    const std::vector<float> samples = Render(instrument, 48000);
+    int crossings = 0;
+    for (std::size_t i = 1; i < samples.size(); i++)
+        crossings += samples[i - 1] < 0 && samples[i] >= 0;
+    EXPECT_NEAR(crossings, 880, 1);
+}
+
+TEST(VoiceRenderer, RemovesTheConstantPartWhateverItIs) {
+    Instrument instrument;
+    test::MakeSine(instrument);
+    instrument.SetFunction({[](float, float) { return 0.9F; }});
+    instrument.consumer.NoteOn(0, 60, 100, 0);
+    EXPECT_LT(Peak(Render(instrument, 44100)), 2e-5F) << "charged to begin at 0, and stays there";
+
+    // Another constant from now on: a step, which the filter forgets.
+    instrument.SetFunction({[](float, float) { return -0.9F; }});
+    EXPECT_GT(Peak(Render(instrument, 10)), 0.9F);
+    Render(instrument, 44100);
+    EXPECT_LT(Peak(Render(instrument, 1000)), 2e-5F);
+}
+
+TEST(VoiceRenderer, SilenceIsExactAndTheGainKeepsItsBounds) {
+    Instrument instrument;
+    EXPECT_EQ(Peak(Render(instrument, 100)), 0);
+    test::MakeSine(instrument);
+    instrument.consumer.NoteOn(0, 69, 127, 0);
+    for (const float refused : {1.5F, -0.1F, std::numeric_limits<float>::quiet_NaN()})
+        instrument.renderer.SetGain(refused);
+    Render(instrument, 2000);
+    EXPECT_NEAR(Peak(Render(instrument, 2000)), 1, 0.15);
+    instrument.renderer.SetGain(0);
+    const double before = vexa::Look(instrument.voices[0]).t;
+    EXPECT_EQ(Peak(Render(instrument, 441)), 0);
+    EXPECT_NEAR(vexa::Look(instrument.voices[0]).t - before, 0.01, 1e-9) << "voices go on";
+}
+
+TEST(VoiceRenderer, DoesNotClip) {
+    Instrument instrument;
+    test::MakeSine(instrument);
+    for (uchar note = 60; note < 65; note++)
+        instrument.consumer.NoteOn(0, note, 127, 0);
+    EXPECT_GT(Peak(Render(instrument, 44100)), 3.0F);
+}
+
+TEST(VoiceRenderer, ValuesThatAreNotFiniteSoundAsZeroAndDoNotStay) {
+    Instrument instrument;
+    test::MakeSine(instrument);
+    instrument.SetFunction({[](float x, float) { return 1.0F / (x - x); }});
+    instrument.consumer.NoteOn(0, 69, 127, 0);
+    EXPECT_EQ(Peak(Render(instrument, 1000)), 0);
+    instrument.SetFunction(
+        {[](float x, float) { return x > 0 ? std::numeric_limits<float>::quiet_NaN() : x; }});
+    EXPECT_LT(Peak(Render(instrument, 1000)), 3);
+    instrument.SetFunction({test::PlaneOfX});
+    Render(instrument, 4410);
+    EXPECT_NEAR(Peak(Render(instrument, 441)), 1, 0.15);
+}
+
+TEST(VoiceRenderer, NotesBeginReleaseAndChangeHandsWithoutAClick) {
+    Instrument instrument;
+    test::MakeSine(instrument);
+    instrument.consumer.ReduceToMaxVox(1);
+    std::vector<float> samples;
+    const auto play = [&](std::size_t count) {
+        const std::vector<float> more = Render(instrument, count);
+        samples.insert(samples.end(), more.begin(), more.end());
+    };
+    instrument.consumer.NoteOn(0, 69, 127, 0);
+    play(3011);
+    instrument.consumer.NoteOn(0, 69, 127, 0); // retriggered
+    play(3017);
+    instrument.consumer.NoteOn(0, 64, 127, 0); // stolen
+    play(3023);
+    instrument.consumer.NoteOff(0, 64, 0, 0);
+    play(6000);
+    // A sine of 440 Hz moves by 2 pi 440 / 44100 a sample at most; the attack and the filter's own
+    // answer to the taken-over level add a little. A click would be a step of the order of 1.
+    EXPECT_LT(test::LargestStep(samples), 1.5 * 2 * M_PI * 440 / 44100);
+    EXPECT_LT(std::abs(samples[0]), 0.01);
+    EXPECT_LT(Peak({samples.end() - 1000, samples.end()}), 1e-3F) << "released to silence";
+}
+
+TEST(VoiceRenderer, UsesTheBlockFormWhereThereIsOne) {
+    Instrument instrument;
+    test::MakeSine(instrument);
+    instrument.SetFunction({vexa::nullfunc, [](const float* x, const float*, float* v,
+                                               std::size_t n) { std::copy_n(x, n, v); }});
+    instrument.consumer.NoteOn(0, 69, 127, 0);
+    Render(instrument, 4410);
+    EXPECT_NEAR(Peak(Render(instrument, 441)), 1, 0.1);
+}
+
+TEST(VoiceRenderer, NeitherAllocatesNorLocks) {
+    Instrument instrument;
+    test::MakeRich(instrument);
+    for (uchar note = 40; note < 60; note++)
+        instrument.consumer.NoteOn(0, note, 100, 0);
+    std::vector<float> samples(1000);
+    test::RealtimeWatch watch;
+    instrument.renderer.Render(samples.data(), samples.size());
+    instrument.consumer.NoteOff(0, 45, 0, 0);
+    instrument.renderer.Render(samples.data(), samples.size());
+    EXPECT_EQ(watch.Faults(), 0);
+
+    instrument.SetFunction(
+        {[](float x, float) { return static_cast<float>(*std::vector<float>(1, x).data()); }});
+    instrument.renderer.Render(samples.data(), 1);
+    EXPECT_GT(watch.Faults(), 0) << "the watch itself must see an allocation";
+}
+
+} // namespace

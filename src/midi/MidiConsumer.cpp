@@ -79,6 +79,14 @@ void VexaMidiConsumer::NoteOn(uchar from, uchar note, uchar velocity, bigtime_t)
     slot.released = false;
     slot.notes = slot.notes + 1;
     slot.state.EndChange(true);
+    KeepToLimit();
+}
+
+/// Silences what is too much. Both who starts a voice and who sets the limit look afterwards, so
+/// that of two who do it at the same time at least one sees the other.
+void VexaMidiConsumer::KeepToLimit() {
+    while (CountVox() > voiceLimit && ReduceVoicesByOne(voices)) {
+    }
 }
 
 /// The slot for a new note: the one that plays the same key, else a free one, else a stolen one;
@@ -130,10 +138,8 @@ void VexaMidiConsumer::AllNotesOff(bool, bigtime_t) {
 }
 
 void VexaMidiConsumer::ReduceToMaxVox(int32 limit) {
-    // First, so that a note that comes in meanwhile already keeps to it.
     voiceLimit = limit;
-    while (CountVox() > limit && ReduceVoicesByOne(voices)) {
-    }
+    KeepToLimit();
 }
 
 void VexaMidiConsumer::PublishIcons() {

@@ -8,6 +8,8 @@
 #include "synth/SoundParam.h"
 #include "synth/Voice.h"
 
+#include <atomic>
+
 namespace vexa {
 
 /// The program's MIDI input. It decides which note takes which voice slot and computes what a voice
@@ -19,6 +21,7 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     /// 1 and dummyfunction. Window thread.
     VexaMidiConsumer(const char* name, ControllerTable& controllers, const sound_param& parameters,
                      VoiceTable& voices);
+    ~VexaMidiConsumer() override { Unregister(); }
 
     /// MIDI thread. A velocity of 0 is a velocity like others: only NoteOff releases.
     void NoteOff(uchar channel, uchar note, uchar velocity, bigtime_t time) override;
@@ -57,6 +60,7 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
   private:
     bool Accepts(uchar from) const { return channel == -1 || channel == from; }
     int ChooseSlot(float key);
+    void KeepToLimit();
     void PublishIcons();
 
     ControllerTable& controllers;
@@ -64,7 +68,7 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     VoiceTable& voices;
     kits::Shared<int32> channel{-1};
     kits::Published<PlaneFunction> function{{dummyfunction}};
-    kits::Shared<int32> voiceLimit{1};
+    std::atomic<int32> voiceLimit{1};
     kits::Shared<int64> stolen{0};
     double filterRate = 44100;
     kits::Reader reader;

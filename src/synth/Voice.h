@@ -34,8 +34,8 @@ class VoiceState {
         uint32 word;
     };
 
-    /// Any thread.
-    Seen Look() const noexcept { return Seen(word.load(std::memory_order_acquire)); }
+    /// Any thread. Sequentially consistent with every change.
+    Seen Look() const noexcept { return Seen(word.load()); }
 
     /// Ends the note that was seen, at once. False, and nothing happens, if the slot has changed
     /// since or is changing now. Any thread.

@@ -1,6 +1,38 @@
 #include "kits/midi/MidiLocalConsumer.h"
 
+#include "kits/midi/MidiSystems.h"
+
 #include <utility>
+
+namespace kits {
+
+/// A registered consumer's ports and thread. Taken down in the opposite order: first nothing comes
+/// in any more, then what came in is delivered.
+class MidiConnection {
+  public:
+    explicit MidiConnection(BMidiLocalConsumer& consumer) : thread(consumer) {}
+    ~MidiConnection() {
+        if (systems)
+            systems->Unregister();
+    }
+
+    status_t Open(const std::string& name) {
+        auto opened = MidiSystems::Open();
+        if (!opened)
+            return B_ERROR;
+        systems = *opened;
+        const status_t status = systems->Register(name, thread);
+        thread.Start();
+        return status;
+    }
+    status_t Connect(int32 source, bool connected) { return systems->Connect(source, connected); }
+
+  private:
+    std::shared_ptr<MidiSystems> systems;
+    MidiThread thread;
+};
+
+} // namespace kits
 
 BMidiEndpoint::BMidiEndpoint(std::string name) : name(std::move(name)) {}
 
@@ -16,6 +48,29 @@ status_t BMidiEndpoint::SetProperties(const BMessage* next) {
         return B_BAD_VALUE;
     properties = *next;
     return B_OK;
+}
+
+BMidiLocalConsumer::BMidiLocalConsumer(std::string name) : BMidiEndpoint(std::move(name)) {}
+
+BMidiLocalConsumer::~BMidiLocalConsumer() = default;
+
+status_t BMidiLocalConsumer::Register() {
+    if (connection)
+        return B_OK;
+    auto opened = std::make_unique<kits::MidiConnection>(*this);
+    const status_t status = opened->Open(Name());
+    if (status == B_OK)
+        connection = std::move(opened);
+    return status;
+}
+
+status_t BMidiLocalConsumer::Unregister() {
+    connection.reset();
+    return B_OK;
+}
+
+status_t BMidiLocalConsumer::ConnectSource(int32 source, bool connected) {
+    return connection ? connection->Connect(source, connected) : B_NO_INIT;
 }
 
 void BMidiLocalConsumer::NoteOff(uchar, uchar, uchar, bigtime_t) {}

@@ -4,7 +4,12 @@
 #include "kits/support/Message.h"
 #include "kits/support/SupportDefs.h"
 
+#include <memory>
 #include <string>
+
+namespace kits {
+class MidiConnection;
+}
 
 /// One end of a MIDI connection.
 class BMidiEndpoint {
@@ -32,7 +37,15 @@ class BMidiEndpoint {
 /// bytes 0..127, `time` is the moment at which the event should take effect.
 class BMidiLocalConsumer : public BMidiEndpoint {
   public:
-    explicit BMidiLocalConsumer(std::string name) : BMidiEndpoint(std::move(name)) {}
+    explicit BMidiLocalConsumer(std::string name);
+    /// A registered consumer unregisters itself first: hooks must not run in what is half gone.
+    ~BMidiLocalConsumer() override;
+
+    /// Starts the MIDI thread and makes ports of the endpoint's name, to which other programs can
+    /// connect their sources. B_ERROR where no MIDI system has one. Window thread.
+    status_t Register();
+    /// Takes the ports away and ends the MIDI thread: no hook runs any more when it returns.
+    status_t Unregister();
 
     virtual void NoteOff(uchar channel, uchar note, uchar velocity, bigtime_t time);
     virtual void NoteOn(uchar channel, uchar note, uchar velocity, bigtime_t time);
@@ -47,4 +60,10 @@ class BMidiLocalConsumer : public BMidiEndpoint {
     virtual void TempoChange(int32 beatsPerMinute, bigtime_t time);
     /// justChannel: the message was for one channel only.
     virtual void AllNotesOff(bool justChannel, bigtime_t time);
+
+  private:
+    friend class BMidiProducer;
+    status_t ConnectSource(int32 source, bool connected);
+
+    std::unique_ptr<kits::MidiConnection> connection;
 };

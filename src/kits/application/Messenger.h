@@ -1,0 +1,38 @@
+// Where messages can be sent to, from any thread.
+#pragma once
+
+#include "kits/support/Message.h"
+
+#include <memory>
+#include <utility>
+
+namespace kits {
+
+/// Something that takes messages in.
+class MessageTarget {
+  public:
+    virtual ~MessageTarget() = default;
+    /// Takes a copy, to be handled later in the target's own thread. Any thread.
+    virtual void Post(const BMessage& message) = 0;
+};
+
+} // namespace kits
+
+/// A handle on a target, which may go before the handle. A value type; any thread.
+class BMessenger {
+  public:
+    BMessenger() = default;
+    explicit BMessenger(std::weak_ptr<kits::MessageTarget> target) : target(std::move(target)) {}
+
+    /// B_OK, or B_NO_INIT when there is no target any more.
+    status_t SendMessage(const BMessage& message) const {
+        const std::shared_ptr<kits::MessageTarget> alive = target.lock();
+        if (!alive)
+            return B_NO_INIT;
+        alive->Post(message);
+        return B_OK;
+    }
+
+  private:
+    std::weak_ptr<kits::MessageTarget> target;
+};

@@ -1,0 +1,63 @@
+// The MIDI endpoints of the system.
+#pragma once
+
+#include "kits/application/Messenger.h"
+#include "kits/midi/MidiLocalConsumer.h"
+#include "kits/support/Result.h"
+
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+/// What a watcher is sent when endpoints have come or gone.
+constexpr uint32 B_MIDI_EVENT = FourCC("MIDI");
+
+namespace kits {
+class MidiSystems;
+}
+
+/// A source of another program. Counts its references: who gets one releases it. Window thread.
+class BMidiProducer : public BMidiEndpoint {
+  public:
+    /// The same as long as the source is there; never that of another.
+    int32 ID() const { return id; }
+
+    /// Connects the source to a registered consumer, or undoes it.
+    status_t Connect(BMidiLocalConsumer* consumer);
+    status_t Disconnect(BMidiLocalConsumer* consumer);
+
+    void Acquire() { references++; }
+    /// With the last reference the object goes.
+    void Release();
+
+  private:
+    friend class BMidiRoster;
+    BMidiProducer(std::string name, int32 id) : BMidiEndpoint(std::move(name)), id(id) {}
+    ~BMidiProducer() override = default;
+
+    int32 id;
+    int references = 1;
+};
+
+/// The sources that JACK and the ALSA sequencer show, whichever of the two there is.
+class BMidiRoster {
+  public:
+    /// Null where there is no MIDI system; `reason` then says why. Window thread.
+    static BMidiRoster* MidiRoster(std::string* reason = nullptr);
+
+    /// Sends a B_MIDI_EVENT whenever sources have come or gone, until the target goes.
+    void StartWatching(const BMessenger& messenger);
+
+    /// The producer with the lowest id above *id, which becomes its id; null after the last.
+    BMidiProducer* NextProducer(int32* id);
+    /// Null if there is none.
+    BMidiProducer* FindProducer(int32 id);
+    BMidiProducer* FindProducer(const std::string& name);
+
+  private:
+    explicit BMidiRoster(std::shared_ptr<kits::MidiSystems> systems)
+        : systems(std::move(systems)) {}
+
+    std::shared_ptr<kits::MidiSystems> systems;
+};

@@ -1,0 +1,96 @@
+#include "kits/midi/MidiThread.h"
+
+#include "kits/support/RealtimePriority.h"
+#include "kits/support/Trace.h"
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+
+namespace kits {
+
+namespace {
+
+/// Below the audio servers' threads (10 and more with JACK's defaults are above it by the server's
+/// choice), above ordinary work.
+constexpr int kPriority = 5;
+
+} // namespace
+
+MidiThread::Inlet::Inlet(MidiThread& thread, BMidiLocalConsumer& consumer)
+    : thread(thread), decoder(consumer) {
+    piece.reserve(4096);
+}
+
+void MidiThread::Inlet::Put(std::span<const uint8> bytes, bigtime_t time) noexcept {
+    const Header header{time, static_cast<uint32>(bytes.size())};
+    std::array<uint8, sizeof header> head;
+    std::memcpy(head.data(), &header, sizeof header);
+    // Header and bytes go in together or not at all.
+    if (ring.Writable() < head.size() + bytes.size()) {
+        lost = true;
+    } else {
+        ring.Write(head.data(), head.size());
+        ring.Write(bytes.data(), bytes.size());
+    }
+    ::sem_post(&thread.arrived);
+}
+
+void MidiThread::Inlet::EndNotes() noexcept {
+    lost = true;
+    ::sem_post(&thread.arrived);
+}
+
+void MidiThread::Inlet::Drain(BMidiLocalConsumer& consumer) {
+    Header header{};
+    std::array<uint8, sizeof header> head;
+    while (ring.Readable() >= head.size()) {
+        ring.Read(head.data(), head.size());
+        std::memcpy(&header, head.data(), sizeof header);
+        // The header may be there a moment before its bytes.
+        while (ring.Readable() < header.size)
+            std::this_thread::yield();
+        piece.resize(header.size);
+        ring.Read(piece.data(), piece.size());
+        decoder.Decode(piece, header.time);
+    }
+    if (lost.exchange(false))
+        consumer.AllNotesOff(false, header.time);
+}
+
+MidiThread::MidiThread(BMidiLocalConsumer& consumer) : consumer(consumer) {
+    ::sem_init(&arrived, 0, 0);
+}
+
+MidiThread::~MidiThread() {
+    quitting = true;
+    ::sem_post(&arrived);
+    if (thread.joinable())
+        thread.join();
+    ::sem_destroy(&arrived);
+}
+
+MidiThread::Inlet& MidiThread::NewInlet() {
+    return inlets.emplace_back(*this, consumer);
+}
+
+void MidiThread::Start() {
+    thread = std::thread([this] { Run(); });
+}
+
+void MidiThread::Run() {
+    if (!TakeRealtimePriority(kPriority))
+        FPRINTF(stderr, "MidiThread: no real-time priority\n");
+    while (true) {
+        while (::sem_wait(&arrived) != 0 && errno == EINTR) {
+        }
+        // Read before draining, so that what came before the end is delivered.
+        const bool last = quitting;
+        for (Inlet& inlet : inlets)
+            inlet.Drain(consumer);
+        if (last)
+            return;
+    }
+}
+
+} // namespace kits

@@ -1,0 +1,68 @@
+// The thread in which the hooks of a local consumer run.
+#pragma once
+
+#include "kits/midi/WireDecoder.h"
+#include "kits/support/Ring.h"
+
+#include <atomic>
+#include <list>
+#include <span>
+#include <thread>
+
+#include <semaphore.h>
+
+namespace kits {
+
+/// Takes the bytes of several sources, each written by a thread of its own, and calls the
+/// consumer's hooks one after the other. Runs at real-time priority where the system grants it.
+class MidiThread {
+  public:
+    /// Where one source's bytes go in.
+    class Inlet {
+      public:
+        explicit Inlet(MidiThread& thread, BMidiLocalConsumer& consumer);
+
+        /// A piece of the stream. Wait-free and without allocation: for a server's real-time
+        /// thread. When more comes in than the MIDI thread gets done, pieces are lost and the notes
+        /// that might hang are ended. One writing thread per inlet.
+        void Put(std::span<const uint8> bytes, bigtime_t time) noexcept;
+
+        /// Ends all notes, as when the source has vanished. Any thread.
+        void EndNotes() noexcept;
+
+      private:
+        friend class MidiThread;
+        struct Header {
+            bigtime_t time;
+            uint32 size;
+        };
+        void Drain(BMidiLocalConsumer& consumer);
+
+        MidiThread& thread;
+        WireDecoder decoder;
+        Ring<uint8> ring{1U << 20};
+        std::vector<uint8> piece;
+        std::atomic<bool> lost{false};
+    };
+
+    explicit MidiThread(BMidiLocalConsumer& consumer);
+    /// Ends the thread; what has been put in is delivered first. No inlet may be written any more.
+    ~MidiThread();
+    MidiThread(const MidiThread&) = delete;
+    MidiThread& operator=(const MidiThread&) = delete;
+
+    /// Lives as long as the thread. Before Start.
+    Inlet& NewInlet();
+    void Start();
+
+  private:
+    void Run();
+
+    BMidiLocalConsumer& consumer;
+    std::list<Inlet> inlets;
+    sem_t arrived;
+    std::atomic<bool> quitting{false};
+    std::thread thread;
+};
+
+} // namespace kits

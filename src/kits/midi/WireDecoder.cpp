@@ -1,0 +1,118 @@
+#include "kits/midi/WireDecoder.h"
+
+namespace kits {
+
+namespace {
+
+constexpr uint8 kSysex = 0xF0;
+constexpr uint8 kSysexEnd = 0xF7;
+constexpr uint8 kFirstRealTime = 0xF8;
+constexpr uint8 kAllSoundOff = 120;
+constexpr uint8 kAllNotesOff = 123; // and the mode messages up to 127, which imply it
+
+/// Data bytes after a status; -1 for a status without a meaning.
+int DataBytes(uint8 status) {
+    if (status < 0xF0)
+        return (status & 0xE0) == 0xC0 ? 1 : 2;
+    switch (status) {
+    case 0xF1: // time code quarter frame
+    case 0xF3: // song select
+        return 1;
+    case 0xF2: // song position
+        return 2;
+    case 0xF6: // tune request
+        return 0;
+    default:
+        return -1;
+    }
+}
+
+} // namespace
+
+void WireDecoder::Decode(std::span<const uint8> bytes, bigtime_t time) {
+    for (const uint8 byte : bytes) {
+        if (byte >= kFirstRealTime)
+            consumer.SystemRealTime(byte, time);
+        else if (byte & 0x80)
+            Status(byte, time);
+        else
+            Data(byte, time);
+    }
+}
+
+void WireDecoder::Status(uint8 byte, bigtime_t time) {
+    if (status == kSysex && byte == kSysexEnd)
+        EndSysex(time);
+    have = 0;
+    need = DataBytes(byte);
+    status = 0;
+    if (byte == kSysex) {
+        status = kSysex;
+        sysex.clear();
+        sysexFits = true;
+    } else if (need == 0) {
+        consumer.SystemCommon(byte, 0, 0, time);
+    } else if (need > 0) {
+        status = byte;
+    }
+}
+
+void WireDecoder::Data(uint8 byte, bigtime_t time) {
+    if (status == 0)
+        return;
+    if (status == kSysex) {
+        sysexFits = sysexFits && sysex.size() < kLongestSysex;
+        if (sysexFits)
+            sysex.push_back(byte);
+        return;
+    }
+    data[have++] = byte;
+    if (have < need)
+        return;
+    have = 0;
+    if (status < 0xF0) {
+        ChannelMessage(time);
+        return;
+    }
+    consumer.SystemCommon(status, data[0], need > 1 ? data[1] : uint8(0), time);
+    status = 0; // system common messages have no running status
+}
+
+void WireDecoder::ChannelMessage(bigtime_t time) {
+    const uint8 channel = status & 0x0F;
+    switch (status & 0xF0) {
+    case 0x80:
+        consumer.NoteOff(channel, data[0], data[1], time);
+        break;
+    case 0x90:
+        if (data[1] == 0)
+            consumer.NoteOff(channel, data[0], 0, time);
+        else
+            consumer.NoteOn(channel, data[0], data[1], time);
+        break;
+    case 0xA0:
+        consumer.KeyPressure(channel, data[0], data[1], time);
+        break;
+    case 0xB0:
+        if (data[0] == kAllSoundOff || data[0] >= kAllNotesOff)
+            consumer.AllNotesOff(true, time);
+        else
+            consumer.ControlChange(channel, data[0], data[1], time);
+        break;
+    case 0xC0:
+        consumer.ProgramChange(channel, data[0], time);
+        break;
+    case 0xD0:
+        consumer.ChannelPressure(channel, data[0], time);
+        break;
+    default:
+        consumer.PitchBend(channel, data[0], data[1], time);
+    }
+}
+
+void WireDecoder::EndSysex(bigtime_t time) {
+    if (sysexFits)
+        consumer.SystemExclusive(sysex.data(), sysex.size(), time);
+}
+
+} // namespace kits

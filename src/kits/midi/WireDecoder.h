@@ -1,0 +1,40 @@
+// From the bytes of a MIDI connection to the hooks of a consumer.
+#pragma once
+
+#include "kits/midi/MidiLocalConsumer.h"
+
+#include <span>
+#include <vector>
+
+namespace kits {
+
+/// Decodes one source's stream of bytes, in pieces of any length, by the MIDI 1.0 standard: running
+/// status, real-time bytes inside of other messages, system exclusive data of up to kLongestSysex
+/// bytes (longer ones are passed over). A note-on with velocity 0 is a NoteOff; the controllers 120
+/// and 123 to 127 are AllNotesOff. Data that belong to no status, undefined statuses and messages
+/// that are cut short call nothing. MIDI thread.
+class WireDecoder {
+  public:
+    static constexpr std::size_t kLongestSysex = 65536;
+
+    explicit WireDecoder(BMidiLocalConsumer& consumer) : consumer(consumer) {}
+
+    void Decode(std::span<const uint8> bytes, bigtime_t time);
+
+  private:
+    void Status(uint8 status, bigtime_t time);
+    void Data(uint8 data, bigtime_t time);
+    void ChannelMessage(bigtime_t time);
+    void EndSysex(bigtime_t time);
+
+    BMidiLocalConsumer& consumer;
+    /// The status that data belong to; 0 for none, 0xF0 inside of system exclusive data.
+    uint8 status = 0;
+    uint8 data[2] = {};
+    int have = 0;
+    int need = 0;
+    std::vector<uint8> sysex;
+    bool sysexFits = true;
+};
+
+} // namespace kits

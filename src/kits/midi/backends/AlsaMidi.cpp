@@ -1,0 +1,102 @@
+#include "kits/midi/backends/MidiBackend.h"
+
+#include <map>
+#include <mutex>
+
+#include <rtmidi/RtMidi.h>
+
+namespace kits {
+
+namespace {
+
+constexpr const char* kClient = "Vexa";
+
+/// RtMidi tells its faults by exceptions; a warning is none.
+void Ignore(RtMidiError::Type, const std::string&, void*) {}
+
+std::unique_ptr<RtMidiIn> OpenClient() {
+    auto midi = std::make_unique<RtMidiIn>(RtMidi::LINUX_ALSA, kClient);
+    // System exclusive data and real-time bytes too: the decoder knows what to do with them.
+    midi->ignoreTypes(false, false, false);
+    return midi;
+}
+
+/// Bytes come in RtMidi's own thread, one per client; all clients share the inlet under a lock that
+/// only these threads take.
+class AlsaMidi : public MidiBackend {
+  public:
+    AlsaMidi() : input(OpenClient()) { input->setErrorCallback(Ignore); }
+    ~AlsaMidi() override { CloseInput(); }
+
+    std::vector<std::string> Sources() override {
+        std::vector<std::string> names;
+        for (unsigned i = 0; i < input->getPortCount(); i++)
+            names.push_back(input->getPortName(i));
+        std::erase_if(names, [](const std::string& name) {
+            return name.starts_with(std::string(kClient) + ":");
+        });
+        return names;
+    }
+
+    Result<void> OpenInput(const std::string& name, MidiThread::Inlet& into) override {
+        inlet = &into;
+        try {
+            input->setCallback(Receive, this);
+            input->openVirtualPort(name);
+        } catch (const RtMidiError& fault) {
+            return Error{"ALSA has no port for \"" + name + "\": " + fault.getMessage()};
+        }
+        return {};
+    }
+
+    void CloseInput() override {
+        connections.clear();
+        input->closePort();
+        inlet = nullptr;
+    }
+
+    /// RtMidi connects a port of its own to a source, so each connection is a client.
+    Result<void> Connect(const std::string& source) override {
+        try {
+            auto connection = OpenClient();
+            for (unsigned i = 0; i < connection->getPortCount(); i++) {
+                if (connection->getPortName(i) != source)
+                    continue;
+                connection->setCallback(Receive, this);
+                connection->openPort(i, source);
+                connections[source] = std::move(connection);
+                return {};
+            }
+        } catch (const RtMidiError& fault) {
+            return Error{"could not connect the MIDI source \"" + source +
+                         "\": " + fault.getMessage()};
+        }
+        return Error{"could not connect the MIDI source \"" + source + "\""};
+    }
+
+    void Disconnect(const std::string& source) override { connections.erase(source); }
+
+  private:
+    static void Receive(double, std::vector<unsigned char>* bytes, void* self) {
+        auto& midi = *static_cast<AlsaMidi*>(self);
+        const std::lock_guard lock(midi.writing);
+        midi.inlet->Put(*bytes, 0);
+    }
+
+    std::unique_ptr<RtMidiIn> input;
+    std::map<std::string, std::unique_ptr<RtMidiIn>> connections;
+    MidiThread::Inlet* inlet = nullptr;
+    std::mutex writing;
+};
+
+} // namespace
+
+Result<std::unique_ptr<MidiBackend>> OpenAlsaMidi(std::function<void()>) {
+    try {
+        return {std::make_unique<AlsaMidi>()};
+    } catch (const RtMidiError& fault) {
+        return Error{"no ALSA sequencer: " + fault.getMessage()};
+    }
+}
+
+} // namespace kits

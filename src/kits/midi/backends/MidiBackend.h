@@ -1,0 +1,38 @@
+// What a MIDI system does for us: one input port, and the other programs' sources.
+#pragma once
+
+#include "kits/midi/MidiThread.h"
+#include "kits/support/Result.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace kits {
+
+/// A connection to one MIDI system. All calls in the window thread, but where `changed` runs is the
+/// system's choice: it must only take note.
+class MidiBackend {
+  public:
+    virtual ~MidiBackend() = default;
+
+    /// Names of the sources of other programs, as the system shows them.
+    virtual std::vector<std::string> Sources() = 0;
+
+    /// Makes a port of this name whose bytes go into the inlet. At most one port.
+    virtual Result<void> OpenInput(const std::string& name, MidiThread::Inlet& inlet) = 0;
+    /// When it returns nothing more is put into the inlet.
+    virtual void CloseInput() = 0;
+
+    /// Between the input and a source of that name; the error names the source.
+    virtual Result<void> Connect(const std::string& source) = 0;
+    virtual void Disconnect(const std::string& source) = 0;
+};
+
+/// The error says why there is no such system. `changed` is called when sources have come or gone,
+/// where the system tells; otherwise the sources must be asked for now and then.
+Result<std::unique_ptr<MidiBackend>> OpenJackMidi(std::function<void()> changed);
+Result<std::unique_ptr<MidiBackend>> OpenAlsaMidi(std::function<void()> changed);
+
+} // namespace kits

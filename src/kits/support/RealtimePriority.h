@@ -1,0 +1,10 @@
+// The priority of threads that must not be late.
+#pragma once
+
+namespace kits {
+
+/// Gives the calling thread the real-time priority `priority` (1..99; SCHED_FIFO) where the system
+/// grants it; false where it does not.
+bool TakeRealtimePriority(int priority);
+
+} // namespace kits

@@ -1,0 +1,77 @@
+// A queue between two threads that never makes either wait.
+#pragma once
+
+#include <algorithm>
+#include <atomic>
+#include <bit>
+#include <cstddef>
+#include <cstring>
+#include <type_traits>
+#include <vector>
+
+namespace kits {
+
+/// First in, first out, from one writing thread to one reading thread. Wait-free; allocates only in
+/// its constructor. Lamport's queue: each index has one writing thread.
+template<class T>
+class Ring {
+    static_assert(std::is_trivially_copyable_v<T>);
+
+  public:
+    /// Room for at least `capacity` items.
+    explicit Ring(std::size_t capacity)
+        : items(std::bit_ceil(std::max<std::size_t>(capacity, 1))) {}
+
+    /// Items that can be read. Exact for the reader, a lower bound for the writer's progress.
+    std::size_t Readable() const noexcept { return written.load() - read.load(); }
+    /// Items that can be written. Exact for the writer.
+    std::size_t Writable() const noexcept { return items.size() - Readable(); }
+
+    /// Writing thread: all of them, or none and false.
+    bool Write(const T* from, std::size_t count) noexcept {
+        if (Writable() < count)
+            return false;
+        const std::size_t at = written.load(std::memory_order_relaxed);
+        Copy(count, at, [&](std::size_t index, std::size_t done, std::size_t n) {
+            std::memcpy(&items[index], from + done, n * sizeof(T));
+        });
+        written.store(at + count);
+        return true;
+    }
+
+    /// Reading thread: up to `count` of them; returns how many.
+    std::size_t Read(T* into, std::size_t count) noexcept {
+        count = std::min(count, Readable());
+        const std::size_t at = read.load(std::memory_order_relaxed);
+        Copy(count, at, [&](std::size_t index, std::size_t done, std::size_t n) {
+            std::memcpy(into + done, &items[index], n * sizeof(T));
+        });
+        read.store(at + count);
+        return count;
+    }
+
+    /// Reading thread: passes over up to `count` items; returns how many.
+    std::size_t Skip(std::size_t count) noexcept {
+        count = std::min(count, Readable());
+        read.store(read.load(std::memory_order_relaxed) + count);
+        return count;
+    }
+
+  private:
+    /// Calls `part` for the one or two stretches that `count` items from `at` on lie in.
+    template<class Part>
+    void Copy(std::size_t count, std::size_t at, const Part& part) noexcept {
+        const std::size_t index = at & (items.size() - 1);
+        const std::size_t first = std::min(count, items.size() - index);
+        part(index, 0, first);
+        if (first < count)
+            part(0, first, count - first);
+    }
+
+    std::vector<T> items;
+    /// Counts that only grow; an item's place is its count modulo the size, a power of two.
+    std::atomic<std::size_t> written{0};
+    std::atomic<std::size_t> read{0};
+};
+
+} // namespace kits

@@ -1,0 +1,18 @@
+// Lines for whoever wants to know what the program is doing.
+#pragma once
+
+#include <cstdio>
+
+namespace kits {
+
+/// Whether trace lines are written: the environment variable VEXA_TRACE is set, and not to 0.
+bool TraceIsOn();
+
+} // namespace kits
+
+/// As fprintf, but writes only when the trace is on. Not for the media thread while it renders.
+#define FPRINTF(...)                                                                               \
+    do {                                                                                           \
+        if (kits::TraceIsOn())                                                                     \
+            std::fprintf(__VA_ARGS__);                                                             \
+    } while (false)

@@ -1,0 +1,116 @@
+#include "kits/support/backends/JackClient.h"
+
+#include <jack/jack.h>
+
+namespace kits {
+
+namespace {
+
+std::string Reason(jack_status_t status) {
+    if (status & (JackServerFailed | JackServerError))
+        return "no JACK server is running";
+    if (status & JackVersionError)
+        return "the JACK server speaks another version of the protocol";
+    return "the JACK server refused the client";
+}
+
+/// The library reports to standard error on its own; what matters is in our messages.
+void Quiet(const char*) {}
+
+} // namespace
+
+Result<std::shared_ptr<JackClient>> JackClient::Open() {
+    static std::weak_ptr<JackClient> opened;
+    if (std::shared_ptr<JackClient> client = opened.lock(); client && !client->IsDead())
+        return client;
+    jack_set_error_function(Quiet);
+    jack_set_info_function(Quiet);
+    jack_status_t status{};
+    jack_client_t* handle = jack_client_open("Vexa", JackNoStartServer, &status);
+    if (!handle)
+        return Error{Reason(status)};
+    std::shared_ptr<JackClient> client(new JackClient(handle));
+    if (jack_activate(handle) != 0)
+        return Error{"the JACK server did not activate the client"};
+    opened = client;
+    return client;
+}
+
+JackClient::JackClient(_jack_client* client) : client(client) {
+    jack_set_process_callback(client, Process, this);
+    jack_on_shutdown(client, Shutdown, this);
+    jack_set_port_registration_callback(
+        client, [](jack_port_id_t, int, void* self) { static_cast<JackClient*>(self)->Notify(); },
+        this);
+    jack_set_port_connect_callback(
+        client,
+        [](jack_port_id_t, jack_port_id_t, int, void* self) {
+            static_cast<JackClient*>(self)->Notify();
+        },
+        this);
+    jack_set_port_rename_callback(
+        client,
+        [](jack_port_id_t, const char*, const char*, void* self) {
+            static_cast<JackClient*>(self)->Notify();
+        },
+        this);
+}
+
+JackClient::~JackClient() {
+    jack_client_close(client);
+}
+
+bool JackClient::Add(JackProcessor& processor) {
+    for (std::atomic<JackProcessor*>& slot : processors) {
+        JackProcessor* empty = nullptr;
+        if (slot.compare_exchange_strong(empty, &processor))
+            return true;
+    }
+    return false;
+}
+
+void JackClient::Remove(JackProcessor& processor) {
+    for (std::atomic<JackProcessor*>& slot : processors) {
+        JackProcessor* expected = &processor;
+        slot.compare_exchange_strong(expected, nullptr);
+    }
+    // The period in which it was called last is over when the readers have passed.
+    std::atomic<bool> passed{false};
+    Retire([&passed] { passed = true; });
+    while (!passed)
+        WaitForReaders(std::chrono::milliseconds(100));
+}
+
+void JackClient::Listen(const void* owner, std::function<void()> listener) {
+    const std::lock_guard lock(listenersMutex);
+    listeners[owner] = std::move(listener);
+}
+
+void JackClient::Unlisten(const void* owner) {
+    const std::lock_guard lock(listenersMutex);
+    listeners.erase(owner);
+}
+
+int JackClient::Process(uint32 frames, void* self) noexcept {
+    auto& client = *static_cast<JackClient*>(self);
+    const Reader::Section section(client.reader);
+    for (std::atomic<JackProcessor*>& slot : client.processors) {
+        if (JackProcessor* processor = slot.load())
+            processor->Process(frames);
+    }
+    return 0;
+}
+
+void JackClient::Shutdown(void* self) {
+    auto& client = *static_cast<JackClient*>(self);
+    client.dead = true;
+    client.Notify();
+}
+
+void JackClient::Notify() {
+    const std::lock_guard lock(listenersMutex);
+    for (const auto& [owner, listener] : listeners)
+        listener();
+}
+
+} // namespace kits

@@ -1,0 +1,70 @@
+// The program's one client of a JACK server, which its audio and its MIDI ports share.
+#pragma once
+
+#include "kits/support/Published.h"
+#include "kits/support/Result.h"
+#include "kits/support/SupportDefs.h"
+
+#include <array>
+#include <atomic>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+
+struct _jack_client;
+
+namespace kits {
+
+/// What a port's owner does in each of the server's periods.
+class JackProcessor {
+  public:
+    virtual ~JackProcessor() = default;
+    /// The server's real-time thread: no wait, lock or allocation.
+    virtual void Process(uint32 frames) noexcept = 0;
+};
+
+/// Open as long as somebody holds it. When the server ends, or throws the client out, the client is
+/// dead for good; a later Open makes another.
+class JackClient {
+  public:
+    /// The open client, or a new one named "Vexa" (the server numbers further instances). Never
+    /// starts a server. The error says why there is none. Window thread.
+    static Result<std::shared_ptr<JackClient>> Open();
+
+    ~JackClient();
+    JackClient(const JackClient&) = delete;
+    JackClient& operator=(const JackClient&) = delete;
+
+    _jack_client* Handle() const { return client; }
+    /// The server has gone. Any thread.
+    bool IsDead() const { return dead; }
+
+    /// The processor is called from the next period on. At most kMostProcessors. Window thread.
+    bool Add(JackProcessor& processor);
+    /// When it returns the processor is not being called and will not be again. Window thread.
+    void Remove(JackProcessor& processor);
+
+    /// `listener` is called, in a thread of the JACK library, when the server goes or when ports
+    /// come, go, are renamed, connected or disconnected. It may not call the server. Window thread.
+    void Listen(const void* owner, std::function<void()> listener);
+    /// When it returns the owner's listener is not being called and will not be again.
+    void Unlisten(const void* owner);
+
+  private:
+    explicit JackClient(_jack_client* client);
+    static int Process(uint32 frames, void* self) noexcept;
+    static void Shutdown(void* self);
+    void Notify();
+
+    static constexpr std::size_t kMostProcessors = 4;
+    _jack_client* client;
+    std::atomic<bool> dead{false};
+    std::array<std::atomic<JackProcessor*>, kMostProcessors> processors{};
+    Reader reader;
+    std::mutex listenersMutex;
+    std::map<const void*, std::function<void()>> listeners;
+};
+
+} // namespace kits

@@ -24,19 +24,17 @@ using bigtime_t = int64;
 /// The type of a datum in a message or attribute, four characters.
 using type_code = uint32;
 
-enum : status_t {
-    B_OK = 0,
-    B_ERROR = -1,
-    B_ENTRY_NOT_FOUND = -ENOENT,
-    B_IO_ERROR = -EIO,
-    B_NO_MEMORY = -ENOMEM,
-    B_BAD_VALUE = -EINVAL,
-    B_PERMISSION_DENIED = -EACCES,
-    B_BAD_INDEX = -ERANGE,
-    B_NAME_NOT_FOUND = -ENOKEY,
-    B_BAD_TYPE = -EBADMSG,
-    B_NO_INIT = -ENXIO,
-};
+constexpr status_t B_OK = 0;
+constexpr status_t B_ERROR = -1;
+constexpr status_t B_ENTRY_NOT_FOUND = -ENOENT;
+constexpr status_t B_IO_ERROR = -EIO;
+constexpr status_t B_NO_MEMORY = -ENOMEM;
+constexpr status_t B_BAD_VALUE = -EINVAL;
+constexpr status_t B_PERMISSION_DENIED = -EACCES;
+constexpr status_t B_BAD_INDEX = -ERANGE;
+constexpr status_t B_NAME_NOT_FOUND = -ENOKEY;
+constexpr status_t B_BAD_TYPE = -EBADMSG;
+constexpr status_t B_NO_INIT = -ENXIO;
 
 /// Four characters as the 32-bit code that the platform writes as 'abcd', most significant first.
 constexpr uint32 FourCC(const char (&text)[5]) {

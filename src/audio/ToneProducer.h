@@ -1,0 +1,93 @@
+// Sound out: the node that renders a buffer each time one is due.
+#pragma once
+
+#include "kits/media/MediaEventLooper.h"
+#include "synth/VoiceRenderer.h"
+
+#include <memory>
+
+namespace vexa {
+
+/// The program's audio source in the media graph, with one output of mono floats. Unless noted a
+/// method is a hook that runs in the node's own thread, the media thread; each tells the trace that
+/// it ran.
+class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
+  public:
+    /// The records are shared and outlive the node. Window thread.
+    VexaToneProducer(const ControllerTable& controllers, const sound_param& parameters,
+                     VoiceTable& voices);
+
+    /// As those of VoiceRenderer. Any thread; window thread.
+    void SetGain(float gain) { renderer.SetGain(gain); }
+    void SetFunction(const PlaneFunction& f) { renderer.SetFunction(f); }
+
+    /// Renders, then drops a voice if that took 80 % of the time that the samples play. Media
+    /// thread.
+    void FillSineBuffer(float* buffer, std::size_t count) noexcept;
+    void ReduceVoxByOne() noexcept;
+    /// Voices dropped because rendering took too long. Any thread.
+    int64 DroppedVoices() const { return dropped; }
+
+    void* AddOn(int32* id) const override;
+    void SetRunMode(run_mode mode) override;
+    status_t HandleMessage(int32 message, const void* data, std::size_t size) override;
+    void NodeRegistered() override;
+
+    status_t FormatSuggestionRequested(media_type type, int32 quality,
+                                       media_format* format) override;
+    status_t FormatProposal(const media_source& source, media_format* format) override;
+    status_t FormatChangeRequested(const media_source& source, const media_destination& destination,
+                                   media_format* format, int32* deprecated) override;
+    status_t GetNextOutput(int32* cookie, media_output* into) override;
+    status_t DisposeOutputCookie(int32 cookie) override;
+    status_t SetBufferGroup(const media_source& source, BBufferGroup* group) override;
+    status_t GetLatency(bigtime_t* latency) override;
+    status_t PrepareToConnect(const media_source& what, const media_destination& where,
+                              media_format* format, media_source* source, char* name) override;
+    void Connect(status_t error, const media_source& source, const media_destination& destination,
+                 const media_format& format, char* name) override;
+    void Disconnect(const media_source& what, const media_destination& where) override;
+    void LateNoticeReceived(const media_source& what, bigtime_t howMuch,
+                            bigtime_t performanceTime) override;
+    void EnableOutput(const media_source& what, bool enabled, int32* deprecated) override;
+    status_t SetPlayRate(int32 numerator, int32 denominator) override;
+    void AdditionalBufferRequested(const media_source& source, media_buffer_id buffer,
+                                   bigtime_t time, const media_seek_tag* tag) override;
+    void LatencyChanged(const media_source& source, const media_destination& destination,
+                        bigtime_t latency, uint32 flags) override;
+    void HandleEvent(const media_timed_event* event, bigtime_t lateness,
+                     bool realTimeEvent) override;
+
+    /// Buffers in the group; 0 without one.
+    int32 CountBuffers() const { return buffers ? buffers->CountBuffers() : 0; }
+
+  protected:
+    ~VexaToneProducer() override;
+
+  private:
+    void AllocateBuffers();
+    int32 BuffersNeeded() const;
+    BBuffer* FillNextBuffer(bigtime_t eventTime);
+    void HandleBuffer(bigtime_t eventTime);
+    void BeUnconnected();
+
+    std::size_t FramesPerBuffer() const;
+    float FrameRate() const { return output.format.u.raw_audio.frame_rate; }
+    /// Performance time of the frame after those sent so far.
+    bigtime_t TimeOfNextFrame() const;
+
+    std::unique_ptr<BBufferGroup> buffers;
+    bigtime_t downstreamLatency = 0;
+    bigtime_t internalLatency = 0;
+    media_output output;
+    bool outputEnabled = true;
+    media_format preferred;
+    uint64 framesSent = 0;
+    bigtime_t startTime = 0;
+
+    VoiceTable& voices;
+    VoiceRenderer renderer;
+    kits::Shared<int64> dropped{0};
+};
+
+} // namespace vexa

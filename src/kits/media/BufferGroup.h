@@ -1,0 +1,62 @@
+// The memory that media data travel in.
+#pragma once
+
+#include "kits/media/MediaDefs.h"
+
+#include <atomic>
+#include <memory>
+#include <vector>
+
+#include <semaphore.h>
+
+enum { B_ANY_ADDRESS = 0, B_NO_LOCK = 0, B_FULL_LOCK = 2 };
+
+class BBufferGroup;
+
+/// A piece of memory with a header. Belongs to whoever requested it until Recycle.
+class BBuffer {
+  public:
+    void* Data() { return data.get(); }
+    /// Bytes.
+    std::size_t SizeAvailable() const { return size; }
+    media_header* Header() { return &header; }
+
+    /// Gives the buffer back to its group. Wait-free; any thread.
+    void Recycle() noexcept;
+
+  private:
+    friend class BBufferGroup;
+    BBufferGroup* group = nullptr;
+    std::unique_ptr<std::byte[]> data;
+    std::size_t size = 0;
+    media_header header;
+    std::atomic<bool> inUse{false};
+};
+
+/// Buffers of one size, made at once and used over and over.
+class BBufferGroup {
+  public:
+    /// `count` buffers of `size` bytes. `lock` B_FULL_LOCK keeps them in memory where the system
+    /// allows it; the placement is always B_ANY_ADDRESS.
+    BBufferGroup(std::size_t size, int32 count, uint32 placement = B_ANY_ADDRESS,
+                 uint32 lock = B_NO_LOCK);
+    /// All buffers must have come back.
+    ~BBufferGroup();
+    BBufferGroup(const BBufferGroup&) = delete;
+    BBufferGroup& operator=(const BBufferGroup&) = delete;
+
+    int32 CountBuffers() const { return static_cast<int32>(buffers.size()); }
+
+    /// A buffer of at least `size` bytes; waits for one at most `timeout` microseconds, then null.
+    /// Media thread.
+    BBuffer* RequestBuffer(std::size_t size, bigtime_t timeout);
+
+  private:
+    friend class BBuffer;
+    BBuffer* Take(std::size_t size) noexcept;
+
+    std::vector<std::unique_ptr<BBuffer>> buffers;
+    bool locked;
+    /// Posted when a buffer has come back.
+    sem_t returned;
+};

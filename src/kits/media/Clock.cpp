@@ -1,0 +1,25 @@
+#include "kits/media/Clock.h"
+
+#include <cerrno>
+#include <ctime>
+
+namespace kits {
+
+bigtime_t MonotonicTime() noexcept {
+    timespec now{};
+    ::clock_gettime(CLOCK_MONOTONIC, &now);
+    return bigtime_t(now.tv_sec) * 1000000 + now.tv_nsec / 1000;
+}
+
+bool WaitUntil(sem_t& semaphore, bigtime_t moment) noexcept {
+    timespec when{};
+    when.tv_sec = moment / 1000000;
+    when.tv_nsec = moment % 1000000 * 1000;
+    while (::sem_clockwait(&semaphore, CLOCK_MONOTONIC, &when) != 0) {
+        if (errno != EINTR)
+            return false;
+    }
+    return true;
+}
+
+} // namespace kits

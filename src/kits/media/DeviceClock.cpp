@@ -1,0 +1,49 @@
+#include "kits/media/DeviceClock.h"
+
+#include <cmath>
+
+namespace kits {
+
+namespace {
+
+/// Share of the deviation from the expected moment that is taken over in each period: the thread
+/// wakes late now and then, the device's clock is steady.
+constexpr double kSmoothing = 0.05;
+/// Microseconds of deviation that are no jitter any more: the device has paused or lost a period.
+constexpr double kJump = 20000;
+
+} // namespace
+
+void DeviceClock::Period(int64 frame, bigtime_t realTime) noexcept {
+    const Moment& before = Latest();
+    double moment = static_cast<double>(realTime);
+    if (running) {
+        const double expected =
+            before.realTime + static_cast<double>(frame - before.frame) * 1e6 / rate;
+        const double deviation = moment - expected;
+        if (std::abs(deviation) < kJump)
+            moment = expected + kSmoothing * deviation;
+    }
+    running = true;
+    const uint32 next = (latest + 1) % moments.size();
+    moments[next].frame = frame;
+    moments[next].realTime = moment;
+    latest = next;
+}
+
+bigtime_t DeviceClock::PerformanceTimeFor(bigtime_t realTime) const noexcept {
+    const Moment& moment = Latest();
+    return TimeOf(moment.frame) +
+           static_cast<bigtime_t>(static_cast<double>(realTime) - moment.realTime);
+}
+
+bigtime_t DeviceClock::RealTimeFor(bigtime_t performanceTime) const noexcept {
+    const Moment& moment = Latest();
+    return static_cast<bigtime_t>(moment.realTime) + performanceTime - TimeOf(moment.frame);
+}
+
+int64 DeviceClock::FrameAt(bigtime_t performanceTime) const noexcept {
+    return std::llround(static_cast<double>(performanceTime) * rate / 1e6);
+}
+
+} // namespace kits

@@ -1,0 +1,49 @@
+// The clock of an audio device: how many frames it has played, told between its periods.
+#pragma once
+
+#include "kits/support/Shared.h"
+#include "kits/support/SupportDefs.h"
+
+#include <array>
+
+namespace kits {
+
+/// Performance time is the device's frames as microseconds: it runs at the device's speed, not at
+/// that of the system's clock. Between two periods it is told from the last one's beginning.
+class DeviceClock {
+  public:
+    explicit DeviceClock(double rate) : rate(rate) {}
+
+    /// The device's thread: a period begins with the device's frame `frame`, at that real time.
+    void Period(int64 frame, bigtime_t realTime) noexcept;
+
+    /// The first frame of the present period. Any thread.
+    int64 Frame() const noexcept { return Latest().frame; }
+    /// Microseconds; wait-free, any thread.
+    bigtime_t PerformanceTimeFor(bigtime_t realTime) const noexcept;
+    bigtime_t RealTimeFor(bigtime_t performanceTime) const noexcept;
+
+    bigtime_t TimeOf(int64 frame) const noexcept {
+        return static_cast<bigtime_t>(static_cast<double>(frame) * 1e6 / rate);
+    }
+    int64 FrameAt(bigtime_t performanceTime) const noexcept;
+    double Rate() const { return rate; }
+
+  private:
+    struct Moment {
+        Shared<int64> frame{0};
+        /// Microseconds, smoothed.
+        Shared<double> realTime{0};
+    };
+    const Moment& Latest() const noexcept { return moments[latest]; }
+
+    double rate;
+    /// The latest is complete, and is not written again for as many periods as there are places:
+    /// no reader has to try twice.
+    std::array<Moment, 8> moments;
+    Shared<uint32> latest{0};
+    /// The device's thread only: whether a period has been seen.
+    bool running = false;
+};
+
+} // namespace kits

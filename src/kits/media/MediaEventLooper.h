@@ -1,0 +1,101 @@
+// A node with a thread of its own that does things at their time.
+#pragma once
+
+#include "kits/media/MediaNode.h"
+
+#include <atomic>
+#include <functional>
+#include <thread>
+#include <vector>
+
+#include <semaphore.h>
+
+constexpr int32 B_REAL_TIME_PRIORITY = 120;
+
+/// Something to be done at a performance time.
+struct media_timed_event {
+    enum event_type : int32 { B_START = 1, B_STOP, B_HANDLE_BUFFER };
+    bigtime_t event_time = 0;
+    event_type type = B_START;
+};
+
+/// Events in the order of their times; those of one time in the order added. Its room is made at
+/// once. Belongs to the looper's thread.
+class BTimedEventQueue {
+  public:
+    BTimedEventQueue() { events.reserve(kRoom); }
+    /// False when there is no room, which means that the node queues more than it handles.
+    bool AddEvent(const media_timed_event& event);
+    /// Removes the events of a type.
+    void FlushEvents(media_timed_event::event_type type);
+    const media_timed_event* FirstEvent() const { return events.empty() ? nullptr : &events[0]; }
+    void RemoveFirstEvent() { events.erase(events.begin()); }
+    std::size_t EventCount() const { return events.size(); }
+
+  private:
+    static constexpr std::size_t kRoom = 64;
+    std::vector<media_timed_event> events;
+};
+
+/// The event loop wakes early by the event latency plus the scheduling latency and calls
+/// HandleEvent. In between it runs the hooks that others ask for.
+class BMediaEventLooper : public virtual BMediaNode {
+  public:
+    enum run_state : int32 { B_UNREGISTERED, B_STOPPED, B_STARTED, B_QUITTING };
+
+    void Call(const std::function<void()>& work) override;
+    /// Queues a B_START or a B_STOP; an immediate stop is handled at once.
+    void Start(bigtime_t performanceTime) override;
+    void Stop(bigtime_t performanceTime, bool immediate) override;
+
+    /// Any thread.
+    run_state RunState() const { return state; }
+    bigtime_t EventLatency() const { return eventLatency; }
+    bigtime_t SchedulingLatency() const { return schedulingLatency; }
+    bigtime_t BufferDuration() const { return bufferDuration; }
+
+  protected:
+    explicit BMediaEventLooper(uint32 apiVersion);
+    ~BMediaEventLooper() override;
+
+    /// In the looper's thread. `lateness` is how many microseconds after its due moment the event
+    /// is handled.
+    virtual void HandleEvent(const media_timed_event* event, bigtime_t lateness,
+                             bool realTimeEvent) = 0;
+
+    /// Before Run: the thread's priority, B_REAL_TIME_PRIORITY for the highest there is.
+    void SetPriority(int32 next) { priority = next; }
+    /// Starts the loop.
+    void Run();
+    /// Ends it; what is queued is dropped. A derived class calls it in its destructor, as hooks
+    /// must not run in what is half gone.
+    void Quit();
+
+    /// The looper's thread.
+    BTimedEventQueue* EventQueue() { return &queue; }
+    void SetEventLatency(bigtime_t next) { eventLatency = next; }
+    void SetBufferDuration(bigtime_t next) { bufferDuration = next; }
+
+  private:
+    /// Work that another thread waits for, in that thread's stack.
+    struct Request {
+        const std::function<void()>* work;
+        sem_t done;
+        Request* next;
+    };
+
+    void Loop();
+    void ServeRequests();
+    void HandleFirst(bigtime_t lateness);
+
+    int32 priority = 0;
+    std::thread thread;
+    std::atomic<run_state> state{B_UNREGISTERED};
+    BTimedEventQueue queue;
+    std::atomic<bigtime_t> eventLatency{0};
+    std::atomic<bigtime_t> schedulingLatency{0};
+    std::atomic<bigtime_t> bufferDuration{0};
+    /// The newest request first.
+    std::atomic<Request*> requests{nullptr};
+    sem_t wake;
+};

@@ -1,0 +1,58 @@
+// All nodes and connections of the process.
+#pragma once
+
+#include "kits/media/MediaNode.h"
+
+#include <memory>
+
+/// Brings nodes together: it keeps the references, drives the negotiation of a connection in its
+/// order (the producer's proposal, the consumer's acceptance, PrepareToConnect, Connect, Connected)
+/// and starts and stops. Every hook is called in its node's own thread. Window thread, but for
+/// ConsumerOf.
+class BMediaRoster {
+  public:
+    static BMediaRoster* Roster();
+
+    /// The node is the roster's from now on. Nobody has a reference yet.
+    status_t RegisterNode(BMediaNode* node);
+    /// What is known of a registered node; counts as a reference.
+    status_t GetNodeFor(media_node_id id, media_node* node);
+    /// With the last reference the node is deleted.
+    status_t ReleaseNode(const media_node& node);
+
+    /// The node that mixes what it gets into the audio device; counts as a reference.
+    /// B_NAME_NOT_FOUND where there is no device.
+    status_t GetAudioMixer(media_node* mixer);
+    /// The mixer's clock, or without one the system's.
+    status_t GetTimeSource(media_node* timeSource);
+    status_t SetTimeSourceFor(media_node_id node, media_node_id timeSource);
+    /// Null for an unknown node; the caller releases it.
+    BTimeSource* MakeTimeSourceFor(const media_node& node);
+
+    status_t GetFreeOutputsFor(const media_node& producer, media_output* outputs, int32 room,
+                               int32* count, media_type type = B_MEDIA_UNKNOWN_TYPE);
+    status_t GetFreeInputsFor(const media_node& consumer, media_input* inputs, int32 room,
+                              int32* count, media_type type = B_MEDIA_UNKNOWN_TYPE);
+
+    /// On success the format is the one agreed on, and output and input are filled in.
+    status_t Connect(const media_source& from, const media_destination& to, media_format* format,
+                     media_output* output, media_input* input);
+    status_t Disconnect(media_node_id producer, const media_source& source, media_node_id consumer,
+                        const media_destination& destination);
+
+    status_t SetRunModeNode(const media_node& node, run_mode mode);
+    /// Of a producer, in microseconds.
+    status_t GetLatencyFor(const media_node& node, bigtime_t* latency);
+    status_t StartNode(const media_node& node, bigtime_t performanceTime);
+    status_t StopNode(const media_node& node, bigtime_t performanceTime, bool immediate);
+
+    /// The node that a destination belongs to. Media thread, wait-free.
+    static BBufferConsumer* ConsumerOf(const media_destination& destination) noexcept;
+
+    struct Records;
+
+  private:
+    explicit BMediaRoster(std::unique_ptr<Records> records);
+    ~BMediaRoster();
+    std::unique_ptr<Records> records;
+};

@@ -1,0 +1,89 @@
+// One producer's way into the mix: converted to the device's rate, and kept until it is played.
+#pragma once
+
+#include "kits/media/DeviceClock.h"
+#include "kits/media/MediaDefs.h"
+#include "kits/support/Ring.h"
+
+#include <atomic>
+#include <memory>
+#include <span>
+#include <vector>
+
+namespace kits {
+
+/// What the mixer has noticed of one input since it was connected.
+struct MixerCounts {
+    /// Buffers of which something came when its moment was over.
+    int64 late = 0;
+    /// Periods in which there was nothing, or not enough, to play.
+    int64 missing = 0;
+};
+
+/// Mono floats. Written by the producer's media thread, read by the device's thread; neither waits
+/// or allocates.
+class MixerInput {
+  public:
+    /// `rate` is the producer's; `longest` the most frames in one of its buffers.
+    MixerInput(const DeviceClock& clock, double rate, std::size_t longest);
+    ~MixerInput();
+    MixerInput(const MixerInput&) = delete;
+    MixerInput& operator=(const MixerInput&) = delete;
+
+    /// The producer's thread: frames to be heard from a performance time on. Values that are not
+    /// finite become 0. Answers by how many microseconds they came after the device had fetched
+    /// what it played at that time, 0 if in time.
+    bigtime_t Write(std::span<const float> frames, bigtime_t start) noexcept;
+
+    /// The device's thread: adds what belongs to the frames from `frame` on.
+    void AddTo(std::span<float> mix, int64 frame) noexcept;
+
+    /// The producer has stopped: that nothing comes is not counted, until it writes again.
+    void Stopped() noexcept { playing = false; }
+
+    /// Microseconds that the conversion needs to look ahead.
+    bigtime_t Lookahead() const { return lookahead; }
+    /// Any thread.
+    MixerCounts Counts() const noexcept { return {late, missing}; }
+
+  private:
+    struct Converter;
+    /// Frames in a row that the ring holds: `count` of them, from the device's `frame` on.
+    struct Stretch {
+        int64 frame;
+        uint32 count;
+    };
+
+    std::span<const float> Convert(std::span<const float> frames) noexcept;
+    bool NextStretch() noexcept;
+    void DropBefore(int64 frame) noexcept;
+
+    const DeviceClock& clock;
+    double rate;
+    std::unique_ptr<Converter> converter;
+    bigtime_t lookahead = 0;
+
+    // The producer's thread.
+    std::vector<float> finite;
+    std::vector<float> converted;
+    /// Performance time at which the next buffer begins if nothing is left out, and the device's
+    /// frame that the next converted frame is.
+    double expected = -1;
+    int64 nextFrame = 0;
+
+    Ring<float> samples;
+    Ring<Stretch> stretches;
+
+    // The device's thread.
+    Stretch stretch{0, 0};
+    std::vector<float> piece;
+    bool lateCounted = false;
+
+    /// The frame up to which the device has fetched.
+    std::atomic<int64> fetched{0};
+    std::atomic<bool> playing{false};
+    std::atomic<int64> late{0};
+    std::atomic<int64> missing{0};
+};
+
+} // namespace kits

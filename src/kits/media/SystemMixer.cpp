@@ -1,0 +1,220 @@
+#include "kits/media/SystemMixer.h"
+
+#include "kits/media/Clock.h"
+#include "kits/support/Trace.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+
+namespace kits {
+
+namespace {
+
+std::optional<AudioSystem> chosen;
+std::string lastFault;
+
+/// Microseconds by which a buffer is to be there before the device's thread looks for it: what a
+/// producer's thread of real-time priority may be late without harm.
+constexpr bigtime_t kMargin = 1000;
+
+/// Frames of a producer's buffer, where the producer leaves it to us.
+constexpr uint32 kShortestBuffer = 16;
+constexpr uint32 kLongestBuffer = 512;
+
+Result<std::unique_ptr<AudioDevice>> OpenDevice(AudioSystem system) {
+    if (system == AudioSystem::None)
+        return Error{"no audio system was asked for"};
+    return system == AudioSystem::Jack ? OpenJackDevice() : OpenRtAudioDevice(system);
+}
+
+} // namespace
+
+void ChooseAudioSystem(std::optional<AudioSystem> system) {
+    chosen = system;
+}
+
+const std::string& SystemMixer::LastFault() {
+    return lastFault;
+}
+
+SystemMixer* SystemMixer::Open() {
+    lastFault.clear();
+    std::vector<AudioSystem> systems{AudioSystem::Jack, AudioSystem::Pulse, AudioSystem::Alsa};
+    if (chosen)
+        systems = {*chosen};
+    for (const AudioSystem system : systems) {
+        auto device = OpenDevice(system);
+        std::string fault;
+        if (device) {
+            auto* mixer = new SystemMixer(*std::move(device));
+            const Result<void> started = mixer->StartDevice();
+            if (started)
+                return mixer;
+            delete mixer;
+            fault = started.Fault().text;
+        } else {
+            fault = device.Fault().text;
+        }
+        lastFault += (lastFault.empty() ? "" : "; ") + fault;
+    }
+    return nullptr;
+}
+
+SystemMixer::Input::Input(const DeviceClock& clock, const media_format& format,
+                          BBufferProducer* producer, const media_source& source)
+    : mix(clock, double(format.u.raw_audio.frame_rate),
+          format.u.raw_audio.buffer_size / sizeof(float)),
+      producer(producer),
+      source(source) {}
+
+SystemMixer::SystemMixer(std::unique_ptr<AudioDevice> opened)
+    : BMediaNode("System mixer"), device(std::move(opened)), clock(device->SampleRate()) {}
+
+SystemMixer::~SystemMixer() {
+    // First the thread that reads the inputs.
+    device.reset();
+    for (std::atomic<Input*>& input : inputs)
+        delete input.load();
+}
+
+uint32 SystemMixer::Kinds() const {
+    return B_BUFFER_CONSUMER | B_TIME_SOURCE | B_SYSTEM_MIXER;
+}
+
+Result<void> SystemMixer::StartDevice() {
+    clock.Period(0, MonotonicTime());
+    return device->Start(*this, [this] { gone = true; });
+}
+
+void SystemMixer::Play(float* samples, uint32 frames, bigtime_t now) noexcept {
+    const Reader::Section section(reader);
+    clock.Period(frame, now);
+    const std::span<float> mix(samples, frames);
+    std::fill(mix.begin(), mix.end(), 0.0F);
+    for (std::atomic<Input*>& slot : inputs) {
+        if (Input* input = slot.load())
+            input->mix.AddTo(mix, frame);
+    }
+    for (float& sample : mix)
+        sample = std::clamp(sample, -1.0F, 1.0F);
+    frame += frames;
+}
+
+status_t SystemMixer::AcceptFormat(const media_destination& destination, media_format* format) {
+    if (!Slot(destination))
+        return B_MEDIA_BAD_DESTINATION;
+    media_raw_audio_format& raw = format->u.raw_audio;
+    if (format->type == B_MEDIA_UNKNOWN_TYPE)
+        format->type = B_MEDIA_RAW_AUDIO;
+    if (raw.frame_rate == 0)
+        raw.frame_rate = static_cast<float>(clock.Rate());
+    if (raw.format == 0)
+        raw.format = B_AUDIO_FLOAT;
+    if (raw.channel_count == 0)
+        raw.channel_count = 1;
+    if (format->type != B_MEDIA_RAW_AUDIO || raw.format != B_AUDIO_FLOAT || raw.channel_count != 1)
+        return B_MEDIA_BAD_FORMAT;
+    if (raw.buffer_size == 0) {
+        // The largest power of two that is no longer than the device's period.
+        const double frames = device->Period() * double(raw.frame_rate) / clock.Rate();
+        raw.buffer_size = sizeof(float) * std::clamp(std::bit_floor(static_cast<uint32>(frames)),
+                                                     kShortestBuffer, kLongestBuffer);
+    }
+    return B_OK;
+}
+
+status_t SystemMixer::GetNextInput(int32* cookie, media_input* input) {
+    for (; *cookie < static_cast<int32>(kMostInputs); (*cookie)++) {
+        if (inputs[static_cast<std::size_t>(*cookie)].load())
+            continue;
+        *input = media_input{};
+        input->node = Node();
+        input->destination = {ControlPort(), *cookie};
+        input->format.type = B_MEDIA_RAW_AUDIO;
+        (*cookie)++;
+        return B_OK;
+    }
+    return B_BAD_INDEX;
+}
+
+std::atomic<SystemMixer::Input*>* SystemMixer::Slot(const media_destination& destination) {
+    const bool ours = destination.port == ControlPort() && destination.id >= 0 &&
+                      destination.id < static_cast<int32>(kMostInputs);
+    return ours ? &inputs[static_cast<std::size_t>(destination.id)] : nullptr;
+}
+
+status_t SystemMixer::Connected(BBufferProducer* producer, const media_source& source,
+                                const media_destination& destination, const media_format& format) {
+    std::atomic<Input*>* slot = Slot(destination);
+    if (!slot)
+        return B_MEDIA_BAD_DESTINATION;
+    if (slot->load())
+        return B_MEDIA_ALREADY_CONNECTED;
+    *slot = new Input(clock, format, producer, source);
+    return B_OK;
+}
+
+void SystemMixer::Disconnected(const media_source&, const media_destination& destination) {
+    std::atomic<Input*>* slot = Slot(destination);
+    Input* input = slot ? slot->exchange(nullptr) : nullptr;
+    if (!input)
+        return;
+    past.late += input->mix.Counts().late;
+    past.missing += input->mix.Counts().missing;
+    Retire([input] { delete input; });
+}
+
+void SystemMixer::BufferReceived(BBuffer* buffer, const media_destination& destination) noexcept {
+    std::atomic<Input*>* slot = Slot(destination);
+    // The input stays while we are here: the producer forgets its destination, in this thread,
+    // before the input is taken away.
+    if (Input* input = slot ? slot->load() : nullptr) {
+        const auto* frames = static_cast<const float*>(buffer->Data());
+        const bigtime_t start = buffer->Header()->start_time;
+        const bigtime_t behind =
+            input->mix.Write({frames, buffer->Header()->size_used / sizeof(float)}, start);
+        if (behind > 0)
+            input->producer->LateNoticeReceived(input->source, behind, start);
+    }
+    buffer->Recycle();
+}
+
+void SystemMixer::ProducerStopped(const media_destination& destination) {
+    std::atomic<Input*>* slot = Slot(destination);
+    if (Input* input = slot ? slot->load() : nullptr)
+        input->mix.Stopped();
+}
+
+status_t SystemMixer::GetLatencyFor(const media_destination& destination, bigtime_t* latency,
+                                    media_node_id* timeSource) {
+    std::atomic<Input*>* slot = Slot(destination);
+    const Input* input = slot ? slot->load() : nullptr;
+    if (!input)
+        return B_MEDIA_BAD_DESTINATION;
+    const double period = device->Period() * 1e6 / clock.Rate();
+    *latency = static_cast<bigtime_t>(std::ceil(period)) + input->mix.Lookahead() + kMargin;
+    *timeSource = ID();
+    return B_OK;
+}
+
+MixerCounts SystemMixer::Counts() const {
+    MixerCounts sum = past;
+    for (const std::atomic<Input*>& slot : inputs) {
+        if (const Input* input = slot.load()) {
+            sum.late += input->mix.Counts().late;
+            sum.missing += input->mix.Counts().missing;
+        }
+    }
+    return sum;
+}
+
+bigtime_t SystemMixer::PerformanceTimeFor(bigtime_t realTime) const noexcept {
+    return clock.PerformanceTimeFor(realTime);
+}
+
+bigtime_t SystemMixer::RealTimeFor(bigtime_t performanceTime, bigtime_t latency) const noexcept {
+    return clock.RealTimeFor(performanceTime - latency);
+}
+
+} // namespace kits

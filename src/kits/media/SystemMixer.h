@@ -1,0 +1,85 @@
+// The last node of the graph: mixes what it gets into the audio device, whose clock it shows.
+#pragma once
+
+#include "kits/media/DeviceClock.h"
+#include "kits/media/MediaNode.h"
+#include "kits/media/MixerInput.h"
+#include "kits/media/backends/AudioDevice.h"
+#include "kits/support/Published.h"
+
+#include <array>
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace kits {
+
+/// Which system the mixer is to play through; without a value the first that has a device, JACK,
+/// then PulseAudio, then ALSA. Before the mixer is first asked for.
+void ChooseAudioSystem(std::optional<AudioSystem> system);
+
+/// Takes any number of mono float producers up to kMostInputs, of any rate. Converts each to the
+/// device's rate in the producer's media thread; the device's thread sums them and limits the sum
+/// to -1..1. Both go through rings without waiting for each other.
+class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSource {
+  public:
+    static constexpr std::size_t kMostInputs = 8;
+
+    /// The mixer of the chosen device; null where there is none, and `LastFault` says why.
+    static SystemMixer* Open();
+    static const std::string& LastFault();
+
+    explicit SystemMixer(std::unique_ptr<AudioDevice> device);
+    ~SystemMixer() override;
+    /// Begins to play.
+    Result<void> StartDevice();
+
+    /// Of all inputs that there are and were. Window thread.
+    MixerCounts Counts() const;
+    std::string DeviceName() const { return device->Name(); }
+    double DeviceRate() const { return clock.Rate(); }
+    /// The device has disappeared while it was playing. Any thread.
+    bool DeviceHasGone() const { return gone; }
+
+    uint32 Kinds() const override;
+    void* AddOn(int32*) const override { return nullptr; }
+
+    status_t AcceptFormat(const media_destination& destination, media_format* format) override;
+    status_t GetNextInput(int32* cookie, media_input* input) override;
+    status_t Connected(BBufferProducer* producer, const media_source& source,
+                       const media_destination& destination, const media_format& format) override;
+    void Disconnected(const media_source& source, const media_destination& destination) override;
+    void BufferReceived(BBuffer* buffer, const media_destination& destination) noexcept override;
+    void ProducerStopped(const media_destination& destination) override;
+    status_t GetLatencyFor(const media_destination& destination, bigtime_t* latency,
+                           media_node_id* timeSource) override;
+
+    bigtime_t PerformanceTimeFor(bigtime_t realTime) const noexcept override;
+    bigtime_t RealTimeFor(bigtime_t performanceTime, bigtime_t latency) const noexcept override;
+
+  private:
+    struct Input {
+        Input(const DeviceClock& clock, const media_format& format, BBufferProducer* producer,
+              const media_source& source);
+        MixerInput mix;
+        BBufferProducer* producer;
+        media_source source;
+    };
+
+    void Play(float* samples, uint32 frames, bigtime_t now) noexcept override;
+    std::atomic<Input*>* Slot(const media_destination& destination);
+
+    std::unique_ptr<AudioDevice> device;
+    DeviceClock clock;
+    std::array<std::atomic<Input*>, kMostInputs> inputs{};
+    /// The device's thread: frames played so far.
+    int64 frame = 0;
+    Reader reader;
+    std::atomic<bool> gone{false};
+    /// Of inputs that are no longer connected.
+    MixerCounts past;
+};
+
+} // namespace kits

@@ -1,0 +1,49 @@
+// What an audio device does for the system mixer.
+#pragma once
+
+#include "kits/support/Result.h"
+#include "kits/support/SupportDefs.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace kits {
+
+/// Whoever computes what a device plays.
+class AudioSource {
+  public:
+    virtual ~AudioSource() = default;
+    /// The next `frames` samples for every channel, within -1..1. `now` is the real time, in
+    /// microseconds, at which the stretch begins as far as the device can tell. The device's
+    /// real-time thread: no wait, lock or allocation.
+    virtual void Play(float* samples, uint32 frames, bigtime_t now) noexcept = 0;
+};
+
+/// One output. All calls in the window thread unless noted.
+class AudioDevice {
+  public:
+    virtual ~AudioDevice() = default;
+    /// For a person: "JACK", "PulseAudio: Built-in Audio".
+    virtual std::string Name() const = 0;
+    /// Frames per second.
+    virtual double SampleRate() const = 0;
+    /// The most frames that are asked for at a time. May change while playing; any thread.
+    virtual uint32 Period() const = 0;
+    /// From now on the source is asked, until the device is destroyed or `gone` has been called:
+    /// once, from any thread, when the device has disappeared.
+    virtual Result<void> Start(AudioSource& source, std::function<void()> gone) = 0;
+};
+
+/// The systems in the order in which they are tried. "none" has no devices.
+enum class AudioSystem { Jack, Pulse, Alsa, None };
+
+/// The error says why there is no such device.
+Result<std::unique_ptr<AudioDevice>> OpenJackDevice();
+Result<std::unique_ptr<AudioDevice>> OpenRtAudioDevice(AudioSystem system);
+
+/// Names of the devices of a system, for a person.
+std::vector<std::string> RtAudioDevices(AudioSystem system);
+
+} // namespace kits

@@ -1,0 +1,88 @@
+#include "kits/media/Clock.h"
+#include "kits/media/backends/AudioDevice.h"
+#include "kits/support/backends/JackClient.h"
+
+#include <atomic>
+
+#include <jack/jack.h>
+
+namespace kits {
+
+namespace {
+
+constexpr const char* kPort = "Vexa audio out";
+/// The one port goes to the left and to the right loudspeaker.
+constexpr int kLoudspeakers = 2;
+
+class JackDevice : public AudioDevice, private JackProcessor {
+  public:
+    explicit JackDevice(std::shared_ptr<JackClient> opened) : client(std::move(opened)) {}
+
+    ~JackDevice() override {
+        client->Unlisten(this);
+        if (!port)
+            return;
+        client->Remove(*this);
+        if (!client->IsDead())
+            jack_port_unregister(client->Handle(), port);
+    }
+
+    std::string Name() const override { return "JACK"; }
+    double SampleRate() const override { return jack_get_sample_rate(client->Handle()); }
+    uint32 Period() const override { return jack_get_buffer_size(client->Handle()); }
+
+    Result<void> Start(AudioSource& from, std::function<void()> gone) override {
+        port = jack_port_register(client->Handle(), kPort, JACK_DEFAULT_AUDIO_TYPE,
+                                  JackPortIsOutput, 0);
+        if (!port)
+            return Error{std::string("JACK has no port for \"") + kPort + '"'};
+        source = &from;
+        client->Listen(this, [this, gone = std::move(gone)] {
+            if (client->IsDead() && !told.exchange(true))
+                gone();
+        });
+        if (!client->Add(*this))
+            return Error{"the JACK client has no room for the audio output"};
+        ConnectToLoudspeakers();
+        return {};
+    }
+
+  private:
+    void ConnectToLoudspeakers() {
+        const char** ports = jack_get_ports(client->Handle(), nullptr, JACK_DEFAULT_AUDIO_TYPE,
+                                            JackPortIsPhysical | JackPortIsInput);
+        for (int i = 0; ports && ports[i] && i < kLoudspeakers; i++)
+            jack_connect(client->Handle(), jack_port_name(port), ports[i]);
+        jack_free(ports);
+    }
+
+    void Process(uint32 frames) noexcept override {
+        auto* samples = static_cast<float*>(jack_port_get_buffer(port, frames));
+        jack_nframes_t frame = 0;
+        jack_time_t now = 0;
+        jack_time_t next = 0;
+        float period = 0;
+        // The server may count its time by another clock than ours: only its distance to now
+        // counts.
+        bigtime_t ago = 0;
+        if (jack_get_cycle_times(client->Handle(), &frame, &now, &next, &period) == 0)
+            ago = static_cast<bigtime_t>(jack_get_time() - now);
+        source->Play(samples, frames, MonotonicTime() - ago);
+    }
+
+    std::shared_ptr<JackClient> client;
+    jack_port_t* port = nullptr;
+    AudioSource* source = nullptr;
+    std::atomic<bool> told{false};
+};
+
+} // namespace
+
+Result<std::unique_ptr<AudioDevice>> OpenJackDevice() {
+    auto client = JackClient::Open();
+    if (!client)
+        return client.Fault();
+    return {std::make_unique<JackDevice>(*client)};
+}
+
+} // namespace kits

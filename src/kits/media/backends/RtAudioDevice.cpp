@@ -1,0 +1,124 @@
+#include "kits/media/Clock.h"
+#include "kits/media/backends/AudioDevice.h"
+
+#include <algorithm>
+
+#include <rtaudio/RtAudio.h>
+
+namespace kits {
+
+namespace {
+
+constexpr unsigned kPreferredPeriod = 256;
+constexpr unsigned kMostChannels = 8;
+
+RtAudio::Api ApiOf(AudioSystem system) {
+    return system == AudioSystem::Pulse ? RtAudio::LINUX_PULSE : RtAudio::LINUX_ALSA;
+}
+
+std::string SystemName(AudioSystem system) {
+    return system == AudioSystem::Pulse ? "PulseAudio" : "ALSA";
+}
+
+class RtAudioDevice : public AudioDevice {
+  public:
+    /// Throws RtAudioError.
+    explicit RtAudioDevice(AudioSystem system) : audio(ApiOf(system)) {
+        audio.showWarnings(false);
+        const unsigned number = audio.getDeviceCount() > 0 ? audio.getDefaultOutputDevice() : 0;
+        const RtAudio::DeviceInfo info = audio.getDeviceInfo(number);
+        if (!info.probed || info.outputChannels == 0)
+            throw RtAudioError("no output device", RtAudioError::NO_DEVICES_FOUND);
+        name = SystemName(system) + ": " + info.name;
+        channels = std::min(info.outputChannels, kMostChannels);
+        rate = info.preferredSampleRate > 0 ? info.preferredSampleRate : 48000;
+
+        RtAudio::StreamParameters output;
+        output.deviceId = number;
+        output.nChannels = channels;
+        RtAudio::StreamOptions options;
+        options.flags = RTAUDIO_SCHEDULE_REALTIME | RTAUDIO_MINIMIZE_LATENCY;
+        options.streamName = "Vexa";
+        audio.openStream(&output, nullptr, RTAUDIO_FLOAT32, rate, &period, Callback, this, &options,
+                         [](RtAudioError::Type, const std::string&) {});
+        mono.resize(period);
+    }
+
+    ~RtAudioDevice() override {
+        try {
+            if (audio.isStreamRunning())
+                audio.abortStream();
+        } catch (const RtAudioError&) {
+            // The device has gone before us.
+        }
+        if (audio.isStreamOpen())
+            audio.closeStream();
+    }
+
+    std::string Name() const override { return name; }
+    double SampleRate() const override { return rate; }
+    uint32 Period() const override { return period; }
+
+    Result<void> Start(AudioSource& from, std::function<void()>) override {
+        source = &from;
+        try {
+            audio.startStream();
+        } catch (const RtAudioError& fault) {
+            return Error{name + ": " + fault.getMessage()};
+        }
+        return {};
+    }
+
+  private:
+    static int Callback(void* output, void*, unsigned frames, double, RtAudioStreamStatus,
+                        void* self) {
+        static_cast<RtAudioDevice*>(self)->Fill(static_cast<float*>(output), frames);
+        return 0;
+    }
+
+    void Fill(float* output, unsigned frames) noexcept {
+        for (unsigned done = 0; done < frames;) {
+            const unsigned n = std::min(frames - done, period);
+            source->Play(mono.data(), n, MonotonicTime());
+            for (unsigned i = 0; i < n; i++)
+                output = std::fill_n(output, channels, mono[i]);
+            done += n;
+        }
+    }
+
+    RtAudio audio;
+    std::string name;
+    unsigned channels = 0;
+    unsigned rate = 0;
+    unsigned period = kPreferredPeriod;
+    std::vector<float> mono;
+    AudioSource* source = nullptr;
+};
+
+} // namespace
+
+Result<std::unique_ptr<AudioDevice>> OpenRtAudioDevice(AudioSystem system) {
+    try {
+        return {std::make_unique<RtAudioDevice>(system)};
+    } catch (const RtAudioError& fault) {
+        return Error{SystemName(system) + ": " + fault.getMessage()};
+    }
+}
+
+std::vector<std::string> RtAudioDevices(AudioSystem system) {
+    std::vector<std::string> names;
+    try {
+        RtAudio audio(ApiOf(system));
+        audio.showWarnings(false);
+        for (unsigned i = 0; i < audio.getDeviceCount(); i++) {
+            const RtAudio::DeviceInfo info = audio.getDeviceInfo(i);
+            if (info.probed && info.outputChannels > 0)
+                names.push_back(SystemName(system) + ": " + info.name);
+        }
+    } catch (const RtAudioError&) {
+        // A system that is not there has no devices.
+    }
+    return names;
+}
+
+} // namespace kits

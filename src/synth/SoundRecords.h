@@ -1,0 +1,35 @@
+// All that a sound's notes, its renderer and its views share.
+#pragma once
+
+#include "synth/Envelope.h"
+#include "synth/ParameterTable.h"
+#include "synth/SoundParam.h"
+#include "synth/Voice.h"
+
+namespace vexa {
+
+/// The shared records with envelopes of their own, for programs without a window; a window keeps
+/// the records among its members and has its envelope editors for the envelopes.
+struct SoundRecords {
+    SoundRecords() {
+        for (std::size_t i = 0; i < envelopes.size(); i++)
+            parameters.*EnvelopePlaces()[i].target = &envelopes[i];
+    }
+    SoundRecords(const SoundRecords&) = delete;
+    SoundRecords& operator=(const SoundRecords&) = delete;
+
+    ControllerTable controllers;
+    /// In the order of EnvelopePlaces().
+    std::array<Envelope, 4> envelopes{NewEnvelope(0), NewEnvelope(1), NewEnvelope(2),
+                                      NewEnvelope(3)};
+    sound_param parameters;
+    VoiceTable voices;
+
+  private:
+    static Envelope NewEnvelope(std::size_t place) {
+        const EnvelopePlace& row = EnvelopePlaces()[place];
+        return {row.minimum, row.maximum, kEnvelopeTimeRange};
+    }
+};
+
+} // namespace vexa

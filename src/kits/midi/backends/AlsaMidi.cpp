@@ -4,6 +4,7 @@
 #include <mutex>
 
 #include <rtmidi/RtMidi.h>
+#include <unistd.h>
 
 namespace kits {
 
@@ -92,6 +93,9 @@ class AlsaMidi : public MidiBackend {
 } // namespace
 
 Result<std::unique_ptr<MidiBackend>> OpenAlsaMidi(std::function<void()>) {
+    // Both libraries write to standard error when there is none, before they fail.
+    if (::access("/dev/snd/seq", R_OK | W_OK) != 0)
+        return Error{"no ALSA sequencer"};
     try {
         return {std::make_unique<AlsaMidi>()};
     } catch (const RtMidiError& fault) {

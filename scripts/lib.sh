@@ -1,4 +1,5 @@
 # Shell functions that ./run and ./test share. To be sourced with `root` set to the tree's folder.
+# shellcheck shell=bash disable=SC2154
 
 # Ends the script with a message.
 fail() {

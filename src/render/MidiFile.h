@@ -41,8 +41,8 @@ struct MidiFile {
     std::vector<std::string> warnings;
 };
 
-/// A file above this many bytes is refused: it is no music, and it would need some twenty times its
-/// size in memory.
+/// A file above this many bytes is refused: it is no music, and it would need some fifteen times
+/// its size in memory.
 constexpr std::size_t kMaxMidiFileSize = 64U << 20;
 
 /// A file that lasts longer, in seconds, is refused.

@@ -106,7 +106,8 @@ void MixerInput::AddTo(std::span<float> mix, int64 frame) noexcept {
         at += static_cast<int64>(n);
     }
     fetched = end;
-    // With a stretch to come later the silence is meant: the stream begins there, or left out a part.
+    // With a stretch to come later the silence is meant: the stream begins there or left a part
+    // out.
     if (at < end && playing && !NextStretch())
         missing++;
 }

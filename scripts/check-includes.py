@@ -1,0 +1,192 @@
+#!/usr/bin/env python3
+"""Checks who includes whom: check-includes.py [--self-test] [SOURCE_FOLDER]
+
+Below src/ a folder uses what the table allows and nothing else, a quoted include names a file that
+is there, and third-party headers stay inside the kits. Each wrong include is printed with its place
+and the rule; the exit code is 1 then.
+"""
+
+import pathlib
+import re
+import sys
+import tempfile
+
+# Kits that know no windows: all that the engine may use of them.
+ENGINE_KITS = ["kits/support", "kits/storage", "kits/application", "kits/kernel", "kits/media",
+               "kits/midi"]
+ALL_KITS = ENGINE_KITS + ["kits/interface", "kits/translation"]
+ENGINE = ["synth", "midi", "audio", "functions", "xml", "documents"]
+
+# Each folder below src/ and the folders that it may use besides itself.
+ALLOWED = {
+    "kits/support": [],
+    "kits/storage": ["kits/support"],
+    "kits/application": ["kits/support", "kits/storage"],
+    "kits/kernel": ["kits/support", "kits/storage"],
+    "kits/media": ["kits/support", "kits/storage", "kits/application", "kits/kernel"],
+    "kits/midi": ["kits/support", "kits/storage", "kits/application", "kits/kernel"],
+    "kits/interface": ["kits/support", "kits/storage", "kits/application", "kits/kernel"],
+    "kits/translation": ["kits/support", "kits/storage", "kits/application", "kits/kernel",
+                         "kits/interface"],
+    "synth": ENGINE_KITS,
+    "xml": ENGINE_KITS,
+    "midi": ENGINE_KITS + ["synth"],
+    # The audio graph is set up as a whole: notes in and sound out.
+    "audio": ENGINE_KITS + ["synth", "midi"],
+    "functions": ENGINE_KITS + ["synth"],
+    "documents": ENGINE_KITS + ["synth", "midi", "audio", "functions", "xml"],
+    "render": ENGINE_KITS + ENGINE,
+    "lv2": ENGINE_KITS + ENGINE,
+    "views": ALL_KITS + ENGINE,
+    "app": ALL_KITS + ENGINE + ["views"],
+}
+
+# Headers in angle brackets that every file may include.
+CPP = set("""
+    algorithm any array atomic barrier bit bitset charconv chrono codecvt compare complex concepts
+    condition_variable coroutine deque exception execution filesystem format forward_list fstream
+    functional future initializer_list iomanip ios iosfwd iostream istream iterator latch limits
+    list locale map memory memory_resource mutex new numbers numeric optional ostream queue random
+    ranges ratio regex scoped_allocator semaphore set shared_mutex source_location span sstream stack
+    stdexcept stop_token streambuf string string_view strstream syncstream system_error thread tuple
+    type_traits typeindex typeinfo unordered_map unordered_set utility valarray variant vector version
+    cassert cctype cerrno cfenv cfloat cinttypes climits clocale cmath csetjmp csignal cstdarg cstddef
+    cstdint cstdio cstdlib cstring ctime cuchar cwchar cwctype
+    """.split())
+C_AND_POSIX = set("""
+    aio alloca arpa/inet assert complex cpio ctype dirent dlfcn elf endian err errno execinfo fcntl
+    features fenv float fmtmsg fnmatch ftw getopt glob grp iconv ifaddrs inttypes iso646 langinfo
+    libgen limits link locale malloc math monetary mqueue net/if netdb netinet/in netinet/tcp nl_types
+    paths poll pthread pty pwd regex sched search semaphore setjmp signal spawn stdalign stdarg
+    stdatomic stdbool stddef stdint stdio stdlib stdnoreturn string strings sysexits syslog tar termios
+    tgmath threads time uchar ucontext ulimit unistd utime utmpx wchar wctype wordexp
+    """.split())
+SYSTEM = re.compile(r"(sys|linux|asm)/[\w/.-]+\.h")
+# What the compiler brings for the processor.
+PROCESSOR = {"cpuid.h", "immintrin.h", "xmmintrin.h", "emmintrin.h", "pmmintrin.h", "x86intrin.h",
+             "arm_neon.h"}
+
+INCLUDE = re.compile(r"\s*#\s*include\b\s*(.*)")
+TARGET = re.compile(r'(?:"([^"]+)"|<([^>]+)>)')
+
+
+def is_standard(header):
+    return (header in CPP or header in PROCESSOR or SYSTEM.fullmatch(header) is not None
+            or header.endswith(".h") and header[:-2] in C_AND_POSIX)
+
+
+def folder_of(path):
+    """The row of the table that a path relative to src/ belongs to: the longest that holds it."""
+    rows = [row for row in ALLOWED if path.startswith(row + "/")]
+    return max(rows, key=len, default=None)
+
+
+def may_name_libraries(path):
+    parts = path.split("/")
+    return parts[0] == "kits" and (path.endswith(".cpp") or "backends" in parts[:-1])
+
+
+def fault_of(source, path, target):
+    """What is wrong with the include in the file at `path` (relative to src/), or None."""
+    match = TARGET.match(target)
+    if not match:
+        return "names no file, so it cannot be checked"
+    quoted, system = match.groups()
+    if system:
+        if is_standard(system) or may_name_libraries(path):
+            return None
+        return f"<{system}>: third-party headers only in .cpp files and backends/ folders of src/kits"
+    if ".." in quoted.split("/"):
+        return f'"{quoted}": paths start at src/'
+    if not (source / quoted).is_file():
+        return f'"{quoted}": no such file below src/'
+    user, used = folder_of(path), folder_of(quoted)
+    if used is None:
+        return f'"{quoted}": its folder is not in the table of {pathlib.Path(__file__).name}'
+    if used != user and used not in ALLOWED[user]:
+        return f'"{quoted}": {user} must not use {used}'
+    return None
+
+
+def check(source):
+    """The faults of a whole tree, as lines to print, and the number of includes."""
+    faults, count = [], 0
+    for file in sorted(source.rglob("*")):
+        if file.suffix not in (".h", ".cpp"):
+            continue
+        path = file.relative_to(source).as_posix()
+        if folder_of(path) is None:
+            faults.append(f"{file}:1: its folder is not in the table of "
+                          f"{pathlib.Path(__file__).name}")
+            continue
+        for number, line in enumerate(file.read_text("utf-8").splitlines(), 1):
+            if include := INCLUDE.match(line):
+                count += 1
+                if fault := fault_of(source, path, include.group(1)):
+                    faults.append(f"{file}:{number}: {fault}")
+    return faults, count
+
+
+# A tree with every fault once; the comment behind a line is what has to be said about it.
+FAULTY = {
+    "kits/support/A.h": '#include <vector>\n#include <sndfile.h> //! third-party\n',
+    "kits/support/B.cpp": '#include <sndfile.h>\n#include "kits/support/A.h"\n'
+                          '#include "kits/storage/A.h" //! kits/support must not use kits/storage\n'
+                          '#include "synth/A.h" //! kits/support must not use synth\n',
+    "kits/media/backends/A.h": '#include <jack/jack.h>\n#include "kits/support/A.h"\n',
+    "kits/storage/A.h": '#include "kits/support/A.h"\n#  include <sys/stat.h>\n',
+    "kits/interface/A.h": '#include "kits/midi/A.h" //! kits/interface must not use kits/midi\n',
+    "kits/midi/A.h": '#include <alsa/asoundlib.h> //! third-party\n',
+    "synth/A.h": '#include <xmmintrin.h>\n#include "kits/storage/A.h"\n'
+                 '#include "kits/interface/A.h" //! synth must not use kits/interface\n'
+                 '#include "midi/A.h" //! synth must not use midi\n',
+    "midi/A.h": '#include "synth/A.h"\n#include "kits/midi/A.h"\n#include HEADER //! cannot be\n',
+    "xml/A.cpp": '#include "synth/A.h" //! xml must not use synth\n',
+    "views/A.cpp": '#include "kits/interface/A.h"\n#include <QWidget> //! third-party\n'
+                   '#include "app/A.h" //! views must not use app\n',
+    "app/A.h": '#include "A.h" //! no such file\n#include "app/../synth/A.h" //! start at src/\n',
+    "render/A.cpp": '#include "midi/A.h"\n#include "kits/translation/A.h" //! no such file\n'
+                    '#include "views/A.h" //! render must not use views\n',
+    "views/A.h": "",
+    "new/A.h": "//! not in the table\n",
+}
+
+
+def self_test():
+    with tempfile.TemporaryDirectory() as folder:
+        source = pathlib.Path(folder)
+        expected = []
+        for name, text in FAULTY.items():
+            (source / name).parent.mkdir(parents=True, exist_ok=True)
+            (source / name).write_text(text)
+            expected += [(f"{source / name}:{number}:", line.split("//! ")[1])
+                         for number, line in enumerate(text.splitlines(), 1) if "//! " in line]
+        faults, _ = check(source)
+        wrong = [f"not found: {place} {text}" for place, text in expected
+                 if not any(fault.startswith(place) and text in fault for fault in faults)]
+        wrong += [f"found without reason: {fault}" for fault in faults
+                  if not any(fault.startswith(place) for place, _ in expected)]
+        return wrong
+
+
+def main():
+    arguments = sys.argv[1:]
+    if arguments == ["--self-test"]:
+        faults, done = self_test(), "the check finds what it has to find"
+    elif len(arguments) <= 1 and not any(argument.startswith("-") for argument in arguments):
+        default = pathlib.Path(__file__).resolve().parent.parent / "src"
+        faults, count = check(pathlib.Path(arguments[0]) if arguments else default)
+        done = f"{count} includes, all allowed"
+        if count == 0:
+            faults.append("no include was found: is this the source folder?")
+    else:
+        sys.exit(__doc__)
+    for fault in faults:
+        print(fault)
+    if faults:
+        sys.exit(1)
+    print(done)
+
+
+if __name__ == "__main__":
+    main()

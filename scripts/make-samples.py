@@ -1,0 +1,101 @@
+#!/usr/bin/env python3
+"""Writes the samples that come with the program: make-samples.py FOLDER
+
+pluck.wav is a plucked string, voice.wav a sung vowel that moves from "ah" to "ee"; both are tones of
+220 Hz, so that is their sample frequency. The same bytes on every run.
+"""
+
+import math
+import pathlib
+import random
+import sys
+import wave
+
+RATE = 44100
+PITCH = 220.0
+SECONDS = 1.5
+FRAMES = int(RATE * SECONDS)
+
+
+def pluck():
+    """A string after Karplus and Strong: a burst of noise goes round a loop of one period, and every
+    round takes more from its high partials than from its low ones."""
+    damping = 0.997
+    # The averaging delays by half a frame, the all-pass by what is left to the exact period: 0.1 to
+    # 1.1 frames, since its delay is the same for all partials only well above 0.
+    delay = int(RATE / PITCH - 0.5 - 0.1)
+    rest = RATE / PITCH - 0.5 - delay
+    allpass = (1 - rest) / (1 + rest)
+
+    noise = random.Random(220)
+    line = [noise.uniform(-1, 1) for _ in range(delay)]
+    # Struck with something soft: the noise loses its hiss before it enters the loop.
+    for i in range(1, delay):
+        line[i] = 0.5 * line[i] + 0.5 * line[i - 1]
+    mean = sum(line) / delay
+    line = [value - mean for value in line]
+
+    samples = []
+    last_out = last_average = last_tuned = 0.0
+    for i in range(FRAMES):
+        out = line[i % delay]
+        average = damping * 0.5 * (out + last_out)
+        tuned = allpass * (average - last_tuned) + last_average
+        line[i % delay] = tuned
+        last_out, last_average, last_tuned = out, average, tuned
+        samples.append(out)
+    return samples
+
+
+# Frequency, bandwidth (Hz) and level of a vowel's resonances.
+AH = ((730, 90, 1.0), (1090, 110, 0.5), (2440, 170, 0.2), (3400, 250, 0.08))
+EE = ((270, 60, 1.0), (2290, 110, 0.35), (3010, 170, 0.25), (3600, 250, 0.1))
+
+
+def resonance(vowel, frequency):
+    return sum(level / (1 + ((frequency - centre) / width) ** 2) for centre, width, level in vowel)
+
+
+def voice():
+    """Partials of a constant pitch, each as loud as the moving resonances let it be."""
+    samples = [0.0] * FRAMES
+    for partial in range(1, int(5000 / PITCH) + 1):
+        frequency = partial * PITCH
+        # The glottis gives less to higher partials; the resonances do not close altogether.
+        first, last = ((resonance(vowel, frequency) + 0.02) / partial ** 0.5 for vowel in (AH, EE))
+        for i in range(FRAMES):
+            way = i / FRAMES
+            level = first + (last - first) * way * way * (3 - 2 * way)
+            samples[i] += level * math.sin(2 * math.pi * frequency * i / RATE)
+    return samples
+
+
+def finish(samples):
+    """Fades both ends in and out, so that neither clicks, and scales to a peak of 0.9."""
+    fade_in, fade_out = RATE // 500, RATE // 10
+    peak = max(abs(value) for value in samples)
+    count = len(samples)
+    return [0.9 / peak * value * min(1, i / fade_in, (count - 1 - i) / fade_out)
+            for i, value in enumerate(samples)]
+
+
+def write(path, samples):
+    with wave.open(str(path), "wb") as file:
+        file.setnchannels(1)
+        file.setsampwidth(2)
+        file.setframerate(RATE)
+        file.writeframes(b"".join(round(32767 * value).to_bytes(2, "little", signed=True)
+                                  for value in finish(samples)))
+
+
+def main():
+    if len(sys.argv) != 2:
+        sys.exit(__doc__)
+    folder = pathlib.Path(sys.argv[1])
+    folder.mkdir(parents=True, exist_ok=True)
+    write(folder / "pluck.wav", pluck())
+    write(folder / "voice.wav", voice())
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,44 @@
+#include "render/Interrupt.h"
+
+#include <atomic>
+#include <iterator>
+#include <type_traits>
+
+namespace vexa {
+
+namespace {
+
+std::atomic<int> received{0};
+static_assert(std::atomic<int>::is_always_lock_free, "a signal handler must not wait");
+
+extern "C" void NoteSignal(int number) {
+    received.store(number);
+}
+
+} // namespace
+
+Interrupt::Interrupt() {
+    static_assert(std::size(kSignals) == std::extent_v<decltype(before)>);
+    received.store(0);
+    struct sigaction noting {};
+    noting.sa_handler = NoteSignal;
+    // System calls of libraries that do not expect to be interrupted go on.
+    noting.sa_flags = SA_RESTART;
+    ::sigemptyset(&noting.sa_mask);
+    for (std::size_t i = 0; i < std::size(kSignals); i++) {
+        ::sigaction(kSignals[i], nullptr, &before[i]);
+        if (before[i].sa_handler != SIG_IGN)
+            ::sigaction(kSignals[i], &noting, nullptr);
+    }
+}
+
+Interrupt::~Interrupt() {
+    for (std::size_t i = 0; i < std::size(kSignals); i++)
+        ::sigaction(kSignals[i], &before[i], nullptr);
+}
+
+int Interrupt::Signal() const {
+    return received.load();
+}
+
+} // namespace vexa

@@ -1,0 +1,412 @@
+#include "render/MidiFile.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <optional>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace vexa {
+
+namespace {
+
+// The format's constants.
+constexpr std::size_t kChunkHeader = 8;  // four characters and a 32-bit length
+constexpr uint32 kHeaderLength = 6;      // type, number of tracks, division, 16 bits each
+constexpr int kMaxLengthBytes = 4;       // of a variable-length quantity, 7 bits each
+constexpr uint32 kDefaultTempo = 500000; // microseconds per quarter note
+
+enum : uint8 {
+    kNoteOff = 0x80,
+    kNoteOn = 0x90,
+    kControlChange = 0xB0,
+    kProgramChange = 0xC0,
+    kChannelPressure = 0xD0,
+    kSystemExclusive = 0xF0,
+    kEscape = 0xF7,
+    kMeta = 0xFF,
+};
+enum : uint8 { kEndOfTrack = 0x2F, kSetTempo = 0x51 };
+
+bool SilencesAll(uint8 controller) {
+    return controller == 120 || controller >= 123;
+}
+
+/// An event at a tick, before the tempo map has told its time.
+struct TimedEvent {
+    /// The first four are those of MidiEvent.
+    enum class Kind : uint8 { NoteOff, NoteOn, ControlChange, AllNotesOff, Tempo, TrackEnd };
+
+    uint64 tick;
+    /// Where in the file the event begins.
+    uint32 position;
+    Kind kind;
+    /// Channel, number and value, or the 24 bits of a tempo, most significant first.
+    uint8 data[3];
+};
+
+/// How ticks become time: a tick lasts `tempo` units, a second has `unitsPerSecond`. Both are
+/// integers for every division, so times add up without rounding.
+struct TimeBase {
+    uint32 tempo = kDefaultTempo;
+    uint64 unitsPerSecond = 0;
+    bool followsTempo = true;
+};
+
+/// Reads a file front to back. The first fault stays, and after it there is nothing left to read:
+/// reads give 0 and every loop over the rest ends.
+class Parser {
+  public:
+    explicit Parser(std::span<const uint8> bytes) : bytes(bytes), end(bytes.size()) {}
+
+    kits::Result<MidiFile> Parse(std::string_view name);
+
+  private:
+    void Unwrap();
+    void ParseHeader();
+    void ParseTracks();
+    void ParseTrack();
+    void ParseMeta(uint64 tick, std::size_t start, bool& ended);
+    void ParseChannelEvent(uint8 status, uint64 tick, std::size_t start);
+    void PlaceInTime();
+
+    std::size_t Left() const { return end - position; }
+    bool NextIs(std::string_view id) const {
+        return Left() >= id.size() && std::memcmp(&bytes[position], id.data(), id.size()) == 0;
+    }
+    uint8 Byte();
+    uint8 DataByte();
+    uint32 BigEndian(int count);
+    uint32 VariableLength();
+    void Skip(uint32 count, const char* what);
+    void Add(TimedEvent::Kind kind, uint64 tick, std::size_t start, uint8 a, uint8 b, uint8 c) {
+        events.push_back({tick, static_cast<uint32>(start), kind, {a, b, c}});
+    }
+    void Fail(std::string text, std::size_t where) {
+        if (!fault)
+            fault = std::move(text) + ", at byte " + std::to_string(where);
+        position = end;
+    }
+    void WarnIf(std::size_t count, const char* text) {
+        if (count > 0)
+            file.warnings.push_back(std::to_string(count) + text);
+    }
+
+    std::span<const uint8> bytes;
+    std::size_t position = 0;
+    /// Of the part being read: a track, or the whole file.
+    std::size_t end;
+    const char* part = "file";
+    std::optional<std::string> fault;
+
+    uint32 type = 0;
+    uint32 declaredTracks = 0;
+    uint32 tracks = 0;
+    TimeBase base;
+    std::vector<TimedEvent> events;
+    std::size_t tracksWithoutEnd = 0;
+    std::size_t tracksWithRest = 0;
+    MidiFile file;
+};
+
+uint8 Parser::Byte() {
+    if (Left() == 0) {
+        Fail(std::string("the ") + part + " ends inside an event", end);
+        return 0;
+    }
+    return bytes[position++];
+}
+
+uint8 Parser::DataByte() {
+    const uint8 byte = Byte();
+    if (byte > 127)
+        Fail("a status byte where a data byte is expected", position - 1);
+    return byte;
+}
+
+uint32 Parser::BigEndian(int count) {
+    uint32 value = 0;
+    for (int i = 0; i < count; i++)
+        value = value << 8 | Byte();
+    return value;
+}
+
+uint32 Parser::VariableLength() {
+    const std::size_t start = position;
+    uint32 value = 0;
+    for (int i = 0; i < kMaxLengthBytes; i++) {
+        const uint8 byte = Byte();
+        value = value << 7 | (byte & 0x7F);
+        if (byte <= 127)
+            return value;
+    }
+    Fail("a number of more than four bytes", start);
+    return 0;
+}
+
+void Parser::Skip(uint32 count, const char* what) {
+    if (count > Left())
+        Fail(std::string(what) + " of " + std::to_string(count) +
+                 " bytes goes on after the end of the " + part,
+             position);
+    else
+        position += count;
+}
+
+kits::Result<MidiFile> Parser::Parse(std::string_view name) {
+    Unwrap();
+    ParseHeader();
+    ParseTracks();
+    PlaceInTime();
+    if (fault)
+        return kits::Error{"could not read " + std::string(name) + ": " + *fault};
+    return std::move(file);
+}
+
+/// Moves into the data chunk of a RIFF wrapper, where there is one.
+void Parser::Unwrap() {
+    if (bytes.empty())
+        return Fail("the file is empty", 0);
+    if (!NextIs("RIFF"))
+        return;
+    position += std::min<std::size_t>(kChunkHeader, Left());
+    if (!NextIs("RMID"))
+        return Fail("not a MIDI file", 0);
+    position += 4;
+    while (Left() >= kChunkHeader) {
+        const bool isData = NextIs("data");
+        const std::size_t start = position;
+        position += 4;
+        uint64 length = 0;
+        for (int shift = 0; shift < 32; shift += 8)
+            length |= uint64(Byte()) << shift;
+        if (length > Left())
+            return Fail("a chunk is longer than the file", start);
+        if (isData) {
+            end = position + length;
+            return;
+        }
+        // Chunks begin at even places.
+        position += std::min<std::size_t>(length + length % 2, Left());
+    }
+    Fail("the RIFF wrapper holds no MIDI data", position);
+}
+
+void Parser::ParseHeader() {
+    if (fault)
+        return;
+    const std::size_t start = position;
+    if (!NextIs("MThd"))
+        return Fail("not a MIDI file", start);
+    if (Left() < kChunkHeader + kHeaderLength)
+        return Fail("the file ends in its header", end);
+    position += 4;
+    const uint32 length = BigEndian(4);
+    if (length < kHeaderLength)
+        return Fail("a header of " + std::to_string(length) + " bytes, at least 6 are needed",
+                    start);
+    type = BigEndian(2);
+    declaredTracks = BigEndian(2);
+    const uint32 division = BigEndian(2);
+    if (type > 2)
+        return Fail("a MIDI file of the unknown type " + std::to_string(type), start + 8);
+
+    // Above 32767 the division is minus the frames per second, and the ticks in a frame.
+    const uint32 frames = division > 0x7FFF ? 256 - (division >> 8) : 0;
+    const uint32 ticks = frames > 0 ? division & 0xFF : division;
+    if (ticks == 0)
+        return Fail("a time division of 0", start + 12);
+    if (frames == 0)
+        base = {kDefaultTempo, uint64(1000000) * ticks, true};
+    else if (frames == 29) // 30000/1001 frames per second
+        base = {1001, uint64(30000) * ticks, false};
+    else if (frames == 24 || frames == 25 || frames == 30)
+        base = {1, uint64(frames) * ticks, false};
+    else
+        return Fail("a time division of " + std::to_string(frames) + " frames per second",
+                    start + 12);
+    Skip(length - kHeaderLength, "a header");
+}
+
+void Parser::ParseTracks() {
+    const std::size_t fileEnd = end;
+    while (Left() > 0) {
+        const std::size_t start = position;
+        const bool isTrack = NextIs("MTrk");
+        if (!isTrack && tracks >= declaredTracks) {
+            WarnIf(Left(), " bytes after the last track are left out");
+            break;
+        }
+        if (Left() < kChunkHeader)
+            return Fail("the file ends inside the header of a track", end);
+        position += 4;
+        const uint32 length = BigEndian(4);
+        if (length > Left())
+            return Fail(std::string(isTrack ? "a track" : "a chunk") + " of " +
+                            std::to_string(length) + " bytes is longer than the rest of the file",
+                        start);
+        if (!isTrack) {
+            position += length;
+            continue;
+        }
+        tracks++;
+        end = position + length;
+        part = "track";
+        ParseTrack();
+        position = end;
+        end = fault ? position : fileEnd;
+        part = "file";
+        if (type == 2 && declaredTracks > 1) {
+            WarnIf(declaredTracks, " independent tracks (type 2), only the first is read");
+            declaredTracks = tracks;
+            break;
+        }
+    }
+    if (tracks != declaredTracks)
+        file.warnings.push_back("the header counts " + std::to_string(declaredTracks) +
+                                " tracks, there are " + std::to_string(tracks));
+    WarnIf(tracksWithoutEnd, " tracks have no end-of-track event");
+    WarnIf(tracksWithRest, " tracks go on after their end-of-track event, which is left out");
+}
+
+void Parser::ParseTrack() {
+    uint64 tick = 0;
+    // System exclusive and meta events cancel the running status; files that go on with it all the
+    // same mean the one before, so it stays.
+    uint8 running = 0;
+    bool ended = false;
+    while (Left() > 0 && !ended) {
+        const std::size_t start = position;
+        tick += VariableLength();
+        const std::size_t statusPosition = position;
+        const uint8 status = Byte();
+        if (fault)
+            return;
+        if (status == kMeta) {
+            ParseMeta(tick, start, ended);
+        } else if (status == kSystemExclusive || status == kEscape) {
+            Skip(VariableLength(), "a system exclusive event");
+        } else if (status > kSystemExclusive) {
+            Fail("a status byte that MIDI files do not have", statusPosition);
+        } else if (status > 127) {
+            running = status;
+            ParseChannelEvent(running, tick, start);
+        } else if (running == 0) {
+            Fail("a data byte where a status byte is expected", statusPosition);
+        } else {
+            position = statusPosition;
+            ParseChannelEvent(running, tick, start);
+        }
+    }
+    if (!ended) {
+        Add(TimedEvent::Kind::TrackEnd, tick, position, 0, 0, 0);
+        tracksWithoutEnd++;
+    }
+    if (Left() > 0)
+        tracksWithRest++;
+}
+
+void Parser::ParseMeta(uint64 tick, std::size_t start, bool& ended) {
+    const uint8 kind = Byte();
+    const uint32 length = VariableLength();
+    const std::size_t data = position;
+    Skip(length, "a meta event");
+    if (fault)
+        return;
+    if (kind == kEndOfTrack) {
+        ended = true;
+        Add(TimedEvent::Kind::TrackEnd, tick, start, 0, 0, 0);
+    } else if (kind == kSetTempo) {
+        if (length < 3)
+            return Fail("a tempo of less than three bytes", data);
+        Add(TimedEvent::Kind::Tempo, tick, start, bytes[data], bytes[data + 1], bytes[data + 2]);
+    }
+}
+
+void Parser::ParseChannelEvent(uint8 status, uint64 tick, std::size_t start) {
+    using enum TimedEvent::Kind;
+    const uint8 kind = status & 0xF0;
+    const uint8 channel = status & 0x0F;
+    const uint8 number = DataByte();
+    if (kind == kProgramChange || kind == kChannelPressure)
+        return;
+    const uint8 value = DataByte();
+    if (kind == kNoteOn && value > 0) {
+        Add(NoteOn, tick, start, channel, number, value);
+        file.notes++;
+    } else if (kind == kNoteOn || kind == kNoteOff) {
+        Add(NoteOff, tick, start, channel, number, value);
+    } else if (kind == kControlChange) {
+        Add(SilencesAll(number) ? AllNotesOff : ControlChange, tick, start, channel, number, value);
+    }
+}
+
+/// Brings the events of all tracks into order and gives each its time.
+void Parser::PlaceInTime() {
+    std::stable_sort(events.begin(), events.end(),
+                     [](const TimedEvent& a, const TimedEvent& b) { return a.tick < b.tick; });
+    const uint64 limit = base.unitsPerSecond * kMaxMidiSeconds;
+    uint64 units = 0;
+    uint64 tick = 0;
+    std::size_t stopped = 0;
+    for (const TimedEvent& event : events) {
+        const uint64 ticks = event.tick - tick;
+        if (base.tempo > 0 && ticks > (limit - units) / base.tempo)
+            return Fail("the music lasts longer than 24 hours", event.position);
+        units += ticks * base.tempo;
+        tick = event.tick;
+        const double seconds =
+            static_cast<double>(units) / static_cast<double>(base.unitsPerSecond);
+        const auto [a, b, c] = event.data;
+        if (event.kind == TimedEvent::Kind::Tempo) {
+            const uint32 tempo = uint32(a) << 16 | uint32(b) << 8 | c;
+            if (tempo == 0)
+                stopped++;
+            else if (base.followsTempo)
+                base.tempo = tempo;
+        } else if (event.kind != TimedEvent::Kind::TrackEnd) {
+            file.events.push_back({seconds, static_cast<MidiEvent::Kind>(event.kind), a, b, c});
+        }
+        file.duration = seconds;
+    }
+    WarnIf(stopped, " tempo events of 0 microseconds are left out");
+    if (file.notes == 0)
+        file.warnings.emplace_back("there is no note");
+}
+
+} // namespace
+
+kits::Result<MidiFile> ReadMidiFile(std::span<const uint8> bytes, std::string_view name) {
+    if (bytes.size() > kMaxMidiFileSize)
+        return kits::Error{"could not read " + std::string(name) + ": larger than 64 MB"};
+    return Parser(bytes).Parse(name);
+}
+
+kits::Result<MidiFile> ReadMidiFile(const std::filesystem::path& path) {
+    const auto failure = [&path](int number) {
+        return kits::Error{"could not read " + path.string() + ": " + std::strerror(number)};
+    };
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0)
+        return failure(errno);
+    // One byte more than allowed shows that there is too much, even of a pipe without a size.
+    std::vector<uint8> bytes;
+    std::size_t filled = 0;
+    ssize_t count = 0;
+    do {
+        if (filled == bytes.size())
+            bytes.resize(
+                std::min(std::max<std::size_t>(2 * filled, 1 << 16), kMaxMidiFileSize + 1));
+        count = ::read(descriptor, bytes.data() + filled, bytes.size() - filled);
+        filled += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+    } while (filled <= kMaxMidiFileSize && (count > 0 || (count < 0 && errno == EINTR)));
+    const int fault = count < 0 ? errno : 0;
+    ::close(descriptor);
+    if (fault != 0)
+        return failure(fault);
+    return ReadMidiFile(std::span(bytes).first(filled), path.string());
+}
+
+} // namespace vexa

@@ -1,0 +1,60 @@
+// Standard MIDI Files: their notes and controllers, each with its moment.
+#pragma once
+
+#include "kits/support/Result.h"
+#include "kits/support/SupportDefs.h"
+
+#include <filesystem>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vexa {
+
+/// One event that a synthesizer acts on.
+struct MidiEvent {
+    /// A note-on with velocity 0 is a NoteOff; the controllers 120 and 123..127 are AllNotesOff.
+    enum class Kind : uint8 { NoteOff, NoteOn, ControlChange, AllNotesOff };
+
+    /// Since the start of the file. Rounded once from an exact count, so no drift accumulates.
+    double seconds;
+    Kind kind;
+    /// 0..15.
+    uint8 channel;
+    /// The note or the controller, 0..127.
+    uint8 number;
+    /// The velocity or the controller's value, 0..127.
+    uint8 value;
+
+    bool operator==(const MidiEvent&) const = default;
+};
+
+struct MidiFile {
+    /// By time; events of the same moment in the order of their tracks.
+    std::vector<MidiEvent> events;
+    /// Seconds from the start to the last event of any kind, the tracks' ends included.
+    double duration = 0;
+    /// How many of the events are note-ons.
+    std::size_t notes = 0;
+    /// What is wrong with the file although it can be played, for a person to read.
+    std::vector<std::string> warnings;
+};
+
+/// A file above this many bytes is refused: it is no music, and it would need some fifteen times
+/// its size in memory.
+constexpr std::size_t kMaxMidiFileSize = 64U << 20;
+
+/// A file that lasts longer, in seconds, is refused.
+constexpr int kMaxMidiSeconds = 24 * 60 * 60;
+
+/// Reads types 0 and 1 and the first track of type 2, plain or in a RIFF wrapper (RMID). Slight
+/// faults that other programs leave are read over with a warning; an error names the file, the
+/// fault and the byte where it lies. Memory is bounded by the size of the file, whatever its length
+/// fields say. Any thread but the media thread.
+kits::Result<MidiFile> ReadMidiFile(const std::filesystem::path& path);
+
+/// The same for the content of a file, which messages call `name`.
+kits::Result<MidiFile> ReadMidiFile(std::span<const uint8> bytes, std::string_view name);
+
+} // namespace vexa

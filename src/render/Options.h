@@ -1,0 +1,63 @@
+// The command line of vexa-render.
+#pragma once
+
+#include "kits/support/Result.h"
+
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace vexa {
+
+/// What a command line asks for. Texts are never empty; numbers are in the ranges that the help
+/// names.
+struct Options {
+    enum class Action { Render, Help, Version };
+    Action action = Action::Render;
+
+    std::filesystem::path midi;
+    std::filesystem::path output;
+
+    /// Without a value: sounds/default.xml of the program folder.
+    std::optional<std::filesystem::path> sound;
+    /// These replace the sound's function; at most one of the first two has a value. A frequency
+    /// (Hz) without a sample is for the sample that the sound brings, if it does.
+    std::optional<std::string> function;
+    std::optional<std::filesystem::path> sample;
+    std::optional<double> sampleFrequency;
+
+    /// Most voices at once.
+    int voices = 20;
+    /// The MIDI channel to play, 0..15, or -1 for all.
+    int channel = -1;
+    /// Frames per second of the file.
+    int rate = 44100;
+    /// The engine runs at this multiple of the rate.
+    int oversample = 1;
+    double gain = 0.25;
+    /// Seconds rendered after the last event.
+    double tail = 3;
+    /// Frames rendered at a time: how exactly events meet their moment.
+    int block = 512;
+    /// Scales the whole to a peak of 1.
+    bool normalize = false;
+    bool quiet = false;
+};
+
+/// What goes to standard error after a wrong command line's fault.
+constexpr const char* kUsageHint =
+    "Usage: vexa-render MIDI OUTPUT [options]; vexa-render --help names the options.";
+
+/// Exit code after a wrong command line.
+constexpr int kUsageExitCode = 2;
+
+/// Reads the arguments after the program's name; the locale has no say in how numbers are read. The
+/// error names the option and what it allows. Not to be called by two threads at once.
+kits::Result<Options> ParseOptions(std::span<const std::string> arguments);
+
+/// What --help and --version print, with a newline at the end.
+std::string HelpText();
+std::string VersionText();
+
+} // namespace vexa

@@ -1,0 +1,53 @@
+#include "render/Performance.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace vexa {
+
+Performance::Performance(Instrument& instrument, const MidiFile& file, double rate, double tail)
+    : instrument(instrument), file(file), rate(rate), length(SampleOf(file.duration + tail)) {
+    instrument.renderer.SetSampleRate(rate);
+}
+
+int64 Performance::SampleOf(double seconds) const {
+    return std::llround(seconds * rate);
+}
+
+std::size_t Performance::Render(float* buffer, std::size_t count) {
+    const int64 end = std::min(length, position + static_cast<int64>(count));
+    const int64 begin = position;
+    while (position < end) {
+        while (nextEvent < file.events.size() &&
+               SampleOf(file.events[nextEvent].seconds) <= position)
+            Play(file.events[nextEvent++]);
+        int64 next = end;
+        if (nextEvent < file.events.size())
+            next = std::min(next, SampleOf(file.events[nextEvent].seconds));
+        instrument.renderer.Render(buffer + (position - begin),
+                                   static_cast<std::size_t>(next - position));
+        position = next;
+    }
+    return static_cast<std::size_t>(end - begin);
+}
+
+void Performance::Play(const MidiEvent& event) {
+    VexaMidiConsumer& consumer = instrument.consumer;
+    switch (event.kind) {
+    case MidiEvent::Kind::NoteOff:
+        consumer.NoteOff(event.channel, event.number, event.value, 0);
+        break;
+    case MidiEvent::Kind::NoteOn:
+        consumer.NoteOn(event.channel, event.number, event.value, 0);
+        mostVoices = std::max(mostVoices, consumer.CountVox());
+        break;
+    case MidiEvent::Kind::ControlChange:
+        consumer.ControlChange(event.channel, event.number, event.value, 0);
+        break;
+    case MidiEvent::Kind::AllNotesOff:
+        consumer.AllNotesOff(true, 0);
+        break;
+    }
+}
+
+} // namespace vexa

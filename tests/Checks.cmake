@@ -1,0 +1,21 @@
+# Checks of the tree itself, which run with the tests.
+
+find_package(Python3 REQUIRED COMPONENTS Interpreter)
+
+# Who includes whom, and that the check would notice.
+set(check_includes ${CMAKE_SOURCE_DIR}/scripts/check-includes.py)
+add_test(NAME includes COMMAND ${Python3_EXECUTABLE} ${check_includes} ${CMAKE_SOURCE_DIR}/src)
+add_test(NAME includes_self_test COMMAND ${Python3_EXECUTABLE} ${check_includes} --self-test)
+
+# The layout of the code is clang-format's.
+find_program(CLANG_FORMAT clang-format REQUIRED)
+file(GLOB_RECURSE formatted CONFIGURE_DEPENDS
+    ${CMAKE_SOURCE_DIR}/src/*.h ${CMAKE_SOURCE_DIR}/src/*.cpp
+    ${CMAKE_SOURCE_DIR}/tests/*.h ${CMAKE_SOURCE_DIR}/tests/*.cpp
+    ${CMAKE_SOURCE_DIR}/benchmarks/*.h ${CMAKE_SOURCE_DIR}/benchmarks/*.cpp)
+add_test(NAME format COMMAND ${CLANG_FORMAT} --dry-run -Werror ${formatted})
+
+# The demo tune in the tree is the one that its script writes.
+add_test(NAME demo_tune COMMAND sh -c
+    "\"$0\" \"$1/scripts/make-demo-tune.py\" demo.mid && cmp demo.mid \"$1/data/demo.mid\""
+    ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR})

@@ -1,0 +1,44 @@
+#include "render/Interrupt.h"
+
+#include <csignal>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+int earlier = 0;
+
+void Earlier(int number) {
+    earlier = number;
+}
+
+TEST(Interrupt, NotesASignalAndGivesTheHandlersBack) {
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        std::signal(number, Earlier);
+        earlier = 0;
+        {
+            const vexa::Interrupt interrupt;
+            EXPECT_FALSE(interrupt.Requested()) << "the signal of the round before is forgotten";
+            std::raise(number);
+            EXPECT_TRUE(interrupt.Requested());
+            EXPECT_EQ(interrupt.Signal(), number);
+            EXPECT_EQ(interrupt.ExitCode(), 128 + number);
+            EXPECT_EQ(earlier, 0);
+        }
+        std::raise(number);
+        EXPECT_EQ(earlier, number);
+        std::signal(number, SIG_DFL);
+    }
+}
+
+TEST(Interrupt, LeavesAnIgnoredSignalIgnored) {
+    std::signal(SIGHUP, SIG_IGN);
+    {
+        const vexa::Interrupt interrupt;
+        std::raise(SIGHUP);
+        EXPECT_FALSE(interrupt.Requested());
+    }
+    EXPECT_EQ(std::signal(SIGHUP, SIG_DFL), SIG_IGN);
+}
+
+} // namespace

@@ -1,0 +1,144 @@
+#include "render/Options.h"
+
+#include <clocale>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using testing::HasSubstr;
+using vexa::Options;
+
+kits::Result<Options> Parse(std::vector<std::string> arguments) {
+    return vexa::ParseOptions(arguments);
+}
+
+/// The message for "in.mid out.wav" with these options.
+std::string FaultOf(std::vector<std::string> arguments) {
+    arguments.insert(arguments.end(), {"in.mid", "out.wav"});
+    const auto options = Parse(arguments);
+    return options ? "none" : options.Fault().text;
+}
+
+TEST(Options, ReadsEveryOptionWhereverItStands) {
+    const auto options = Parse({"--sound",
+                                "a.xml",
+                                "in.mid",
+                                "--function=x*y",
+                                "--voices",
+                                "3",
+                                "--channel",
+                                "16",
+                                "--rate=48000",
+                                "--oversample",
+                                "4",
+                                "out.wav",
+                                "--gain",
+                                "0.5",
+                                "--tail",
+                                "1e1",
+                                "--block",
+                                "64",
+                                "--normalize",
+                                "--quiet"});
+    ASSERT_TRUE(options) << options.Fault().text;
+    EXPECT_EQ(options->action, Options::Action::Render);
+    EXPECT_EQ(options->midi, "in.mid");
+    EXPECT_EQ(options->output, "out.wav");
+    EXPECT_EQ(options->sound, "a.xml");
+    EXPECT_EQ(options->function, "x*y");
+    EXPECT_EQ(options->voices, 3);
+    EXPECT_EQ(options->channel, 15) << "channel 1 is 0";
+    EXPECT_EQ(options->rate, 48000);
+    EXPECT_EQ(options->oversample, 4);
+    EXPECT_EQ(options->gain, 0.5);
+    EXPECT_EQ(options->tail, 10);
+    EXPECT_EQ(options->block, 64);
+    EXPECT_TRUE(options->normalize);
+    EXPECT_TRUE(options->quiet);
+
+    const auto sample = Parse({"--sample", "a.wav", "--sample-frequency", "220.5", "--channel",
+                               "all", "--", "--in.mid", "-out"});
+    ASSERT_TRUE(sample) << sample.Fault().text;
+    EXPECT_EQ(sample->sample, "a.wav");
+    EXPECT_EQ(sample->sampleFrequency, 220.5);
+    EXPECT_EQ(sample->channel, -1);
+    EXPECT_EQ(sample->midi, "--in.mid");
+    EXPECT_FALSE(sample->quiet) << "nothing is left of the command line before";
+}
+
+TEST(Options, RefusesValuesOutsideTheirRange) {
+    const struct {
+        const char* option;
+        std::vector<const char*> bad;
+        std::vector<const char*> good;
+        const char* allowed;
+    } rows[] = {
+        {"--voices",
+         {"0", "21", "-1", "2.5", "", "x", "3 ", "99999999999"},
+         {"1", "20"},
+         "1 to 20"},
+        {"--channel", {"0", "17", "ALL", ""}, {"1", "16", "all"}, "1 to 16 or \"all\""},
+        {"--rate", {"7999", "768001", "44100.5", "nan"}, {"8000", "768000"}, "8000 to 768000"},
+        {"--oversample", {"0", "3", "32", "2x"}, {"1", "2", "4", "8", "16"}, "1, 2, 4, 8 or 16"},
+        {"--gain", {"-0.1", "1.01", "nan", "inf", "0,5", "1e999"}, {"0", "1", ".5"}, "0 to 1"},
+        {"--tail", {"-1", "3601", "nan", "-nan"}, {"0", "3600"}, "0 to 3600"},
+        {"--block", {"0", "65537"}, {"1", "65536"}, "1 to 65536"},
+        {"--sample-frequency", {"0", "-1", "inf", "nan"}, {"440", "0.001"}, "0.001 to 1000000"},
+    };
+    for (const auto& row : rows) {
+        for (const char* value : row.bad) {
+            const std::string fault = FaultOf({row.option, value});
+            EXPECT_THAT(fault, HasSubstr(row.option)) << value;
+            EXPECT_THAT(fault, HasSubstr(row.allowed)) << value;
+            EXPECT_THAT(fault, HasSubstr('"' + std::string(value) + '"'));
+        }
+        for (const char* value : row.good)
+            EXPECT_EQ(FaultOf({row.option, value}), "none") << row.option << ' ' << value;
+    }
+}
+
+TEST(Options, RefusesWrongUsage) {
+    EXPECT_EQ(FaultOf({"--loud"}), "unknown or ambiguous option --loud");
+    EXPECT_EQ(FaultOf({"--sam", "a"}), "unknown or ambiguous option --sam");
+    EXPECT_EQ(FaultOf({"-vx"}), "unknown option -v");
+    EXPECT_EQ(FaultOf({"--quiet=1"}), "--quiet takes no value");
+    EXPECT_EQ(FaultOf({"--sound", ""}), "--sound needs a value");
+    EXPECT_EQ(FaultOf({"more.mid"}), "\"out.wav\" is one file too many");
+    EXPECT_THAT(FaultOf({"--function", "x", "--sample", "a.wav"}), HasSubstr("exclude each other"));
+    EXPECT_THAT(FaultOf({"--function", "x", "--sample-frequency", "9"}), HasSubstr("exclude"));
+    EXPECT_EQ(Parse({}).Fault().text, "no MIDI file is named");
+    EXPECT_EQ(Parse({"in.mid"}).Fault().text, "no output is named");
+    EXPECT_EQ(Parse({"in.mid", ""}).Fault().text, "a file name is empty");
+    EXPECT_EQ(Parse({"in.mid", "out.wav", "--rate"}).Fault().text, "--rate needs a value");
+}
+
+TEST(Options, ReadsNumbersTheSameInEveryLocale) {
+    const std::string before = std::setlocale(LC_ALL, nullptr);
+    for (const char* locale : {"de_DE.UTF-8", "fr_FR.UTF-8"})
+        std::setlocale(LC_ALL, locale); // where it is installed
+    EXPECT_EQ(FaultOf({"--gain", "0.5"}), "none");
+    std::setlocale(LC_ALL, before.c_str());
+}
+
+TEST(Options, HelpNeedsNoFilesAndNamesEveryOption) {
+    const auto help = Parse({"--help"});
+    ASSERT_TRUE(help);
+    EXPECT_EQ(help->action, Options::Action::Help);
+    const auto version = Parse({"--version"});
+    ASSERT_TRUE(version);
+    EXPECT_EQ(version->action, Options::Action::Version);
+
+    const std::string text = vexa::HelpText();
+    EXPECT_THAT(text, HasSubstr("--oversample N"));
+    EXPECT_THAT(text, HasSubstr("; a whole number from 8000 to 768000\n"));
+    std::size_t start = 0;
+    for (std::size_t end = 0; (end = text.find('\n', start)) != std::string::npos; start = end + 1)
+        EXPECT_LE(end - start, 100U) << text.substr(start, end - start);
+    EXPECT_THAT(vexa::VersionText(),
+                testing::MatchesRegex("vexa-render [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+}
+
+} // namespace

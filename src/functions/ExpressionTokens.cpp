@@ -1,0 +1,297 @@
+#include "functions/ExpressionTokens.h"
+
+#include "kits/support/Quoted.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <vector>
+
+namespace vexa {
+
+namespace {
+
+// The classes of the C locale, whatever locale the program runs in.
+constexpr std::string_view kOctal = "01234567";
+constexpr std::string_view kDecimal = "0123456789";
+constexpr std::string_view kHexadecimal = "0123456789abcdefABCDEF";
+constexpr std::string_view kLetters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ_";
+
+bool IsIn(char character, std::string_view set) {
+    return set.find(character) != std::string_view::npos;
+}
+
+struct Punctuator {
+    std::string_view text;
+    /// Null if expressions may contain it.
+    const char* reason;
+};
+
+/// Bytes of a token that a message repeats.
+
+constexpr const char* kAssignment = "nothing can be assigned in an expression";
+constexpr const char* kPreprocessor = "the preprocessor cannot be used in an expression";
+constexpr const char* kComment = "an expression has no comments";
+constexpr const char* kBracket = "brackets and braces have no place in an expression";
+constexpr const char* kText = "an expression has no texts or characters";
+
+/// Those that begin with others stand before them.
+constexpr auto kPunctuators = std::to_array<Punctuator>({
+    {"<<=", kAssignment},
+    {">>=", kAssignment},
+    {"++", "nothing can be counted up in an expression (to add a signed term, set a blank: + +)"},
+    {"--", "nothing can be counted down in an expression (to subtract a negative term, set a "
+           "blank: - -)"},
+    {"->", "an expression has no structures"},
+    {"<<", nullptr},
+    {">>", nullptr},
+    {"<=", nullptr},
+    {">=", nullptr},
+    {"==", nullptr},
+    {"!=", nullptr},
+    {"&&", nullptr},
+    {"||", nullptr},
+    {"+=", kAssignment},
+    {"-=", kAssignment},
+    {"*=", kAssignment},
+    {"/=", kAssignment},
+    {"%=", kAssignment},
+    {"&=", kAssignment},
+    {"|=", kAssignment},
+    {"^=", kAssignment},
+    {"//", kComment},
+    {"/*", kComment},
+    {"<:", kBracket},
+    {":>", kBracket},
+    {"<%", kBracket},
+    {"%>", kBracket},
+    {"%:", kPreprocessor},
+    {"=", kAssignment},
+    {"#", kPreprocessor},
+    {"[", kBracket},
+    {"]", kBracket},
+    {"{", kBracket},
+    {"}", kBracket},
+    {"\"", kText},
+    {"'", kText},
+    {"\\", "a backslash has no place in an expression"},
+    {";", "an expression has no statements"},
+    {"+", nullptr},
+    {"-", nullptr},
+    {"*", nullptr},
+    {"/", nullptr},
+    {"%", nullptr},
+    {"<", nullptr},
+    {">", nullptr},
+    {"!", nullptr},
+    {"~", nullptr},
+    {"&", nullptr},
+    {"|", nullptr},
+    {"^", nullptr},
+    {"?", nullptr},
+    {":", nullptr},
+    {"(", nullptr},
+    {")", nullptr},
+    {",", nullptr},
+});
+
+/// Takes a number apart from left to right.
+class NumberText {
+  public:
+    explicit NumberText(std::string_view rest) : rest(rest) {}
+
+    std::string_view Run(std::string_view set) {
+        const std::string_view run = rest.substr(0, rest.find_first_not_of(set));
+        rest.remove_prefix(run.size());
+        return run;
+    }
+    bool AcceptOneOf(std::string_view set) {
+        const bool accepted = !rest.empty() && IsIn(rest.front(), set);
+        rest.remove_prefix(accepted ? 1 : 0);
+        return accepted;
+    }
+    std::string_view Rest() const { return rest; }
+
+  private:
+    std::string_view rest;
+};
+
+/// Accepts what may follow the digits of a whole number.
+bool IsIntegerSuffix(std::string_view text) {
+    constexpr auto kLong = std::to_array<std::string_view>({"l", "L", "ll", "LL", ""});
+    if (text.starts_with('u') || text.starts_with('U'))
+        text.remove_prefix(1);
+    else if (text.ends_with('u') || text.ends_with('U'))
+        text.remove_suffix(1);
+    return std::find(kLong.begin(), kLong.end(), text) != kLong.end();
+}
+
+/// Fills in what kind of number the token is; false if C has no such number. Imaginary and binary
+/// numbers, which compilers add to C, are not numbers here.
+bool ReadNumber(Token& token) {
+    NumberText number(token.text);
+    const bool hexadecimal = token.text.starts_with("0x") || token.text.starts_with("0X");
+    if (hexadecimal)
+        number = NumberText(token.text.substr(2));
+    const std::string_view set = hexadecimal ? kHexadecimal : kDecimal;
+
+    const std::string_view whole = number.Run(set);
+    const bool point = number.AcceptOneOf(".");
+    const std::string_view fraction = point ? number.Run(set) : std::string_view();
+    if (whole.empty() && fraction.empty())
+        return false;
+    const bool exponent = number.AcceptOneOf(hexadecimal ? "pP" : "eE");
+    if (exponent) {
+        number.AcceptOneOf("+-");
+        if (number.Run(kDecimal).empty())
+            return false;
+    }
+    if (point || exponent) {
+        number.AcceptOneOf("fFlL");
+        return number.Rest().empty() && (exponent || !hexadecimal);
+    }
+
+    const bool octal = !hexadecimal && whole.starts_with('0');
+    if (octal && whole.find_first_not_of(kOctal) != std::string_view::npos)
+        return false;
+    token.integer = true;
+    unsigned long long value = 0;
+    const auto read = std::from_chars(whole.data(), whole.data() + whole.size(), value,
+                                      hexadecimal ? 16
+                                      : octal     ? 8
+                                                  : 10);
+    if (read.ec == std::errc())
+        token.written = value;
+    return IsIntegerSuffix(number.Rest());
+}
+
+/// The length of what C takes for a number at the start of `text`, well-formed or not: "0x1e+5" is
+/// one token and no number.
+std::size_t NumberLength(std::string_view text) {
+    std::size_t length = 1;
+    while (length < text.size()) {
+        const char character = text[length];
+        const bool sign = IsIn(character, "+-") && IsIn(text[length - 1], "eEpP");
+        if (!sign && character != '.' && !IsIn(character, kDecimal) && !IsIn(character, kLetters))
+            break;
+        length++;
+    }
+    return length;
+}
+
+std::string DescribeByte(char character) {
+    const auto byte = static_cast<unsigned char>(character);
+    if (byte == '\n' || byte == '\r')
+        return "an expression has one line";
+    if (byte < ' ' || byte == 0x7f)
+        return "control characters have no place in an expression";
+    if (byte >= 0x80)
+        return "an expression consists of ASCII characters";
+    return kits::Quoted({&character, 1}) + " has no place in an expression";
+}
+
+} // namespace
+
+Token ExpressionTokens::Next() {
+    position = std::min(text.find_first_not_of(" \t", position), text.size());
+    const std::string_view rest = text.substr(position);
+    Token token;
+    token.position = position;
+    if (rest.empty())
+        return token;
+
+    const auto take = [&](Token::Kind kind, std::size_t length) {
+        token.kind = kind;
+        token.text = rest.substr(0, length);
+        position += length;
+    };
+    if (IsIn(rest[0], kDecimal) || (rest[0] == '.' && rest.size() > 1 && IsIn(rest[1], kDecimal))) {
+        take(Token::Kind::number, NumberLength(rest));
+        if (!ReadNumber(token)) {
+            token.kind = Token::Kind::refused;
+            token.reason = kits::Quoted(token.text) + " is not a number";
+        }
+        return token;
+    }
+    if (IsIn(rest[0], kLetters)) {
+        const auto end = std::find_if(rest.begin(), rest.end(), [](char character) {
+            return !IsIn(character, kLetters) && !IsIn(character, kDecimal);
+        });
+        take(Token::Kind::word, static_cast<std::size_t>(end - rest.begin()));
+        return token;
+    }
+    const auto found =
+        std::find_if(kPunctuators.begin(), kPunctuators.end(),
+                     [rest](const Punctuator& row) { return rest.starts_with(row.text); });
+    if (found == kPunctuators.end()) {
+        take(Token::Kind::refused, 1);
+        token.reason = DescribeByte(rest[0]);
+    } else if (found->reason) {
+        take(Token::Kind::refused, found->text.size());
+        token.reason = found->reason;
+    } else {
+        take(Token::Kind::punctuator, found->text.size());
+    }
+    return token;
+}
+
+bool IsTypeWord(std::string_view word) {
+    constexpr auto kWords = std::to_array<std::string_view>(
+        {"char", "short", "int", "long", "signed", "unsigned", "float", "double", "_Bool"});
+    return std::find(kWords.begin(), kWords.end(), word) != kWords.end();
+}
+
+std::optional<bool> IsIntegerType(std::span<const std::string_view> words) {
+    struct Type {
+        /// The words in alphabetical order; C takes them in any.
+        std::string_view words;
+        bool integer;
+    };
+    constexpr auto kTypes = std::to_array<Type>({
+        {"_Bool", true},
+        {"char", true},
+        {"char signed", true},
+        {"char unsigned", true},
+        {"short", true},
+        {"short signed", true},
+        {"int short", true},
+        {"int short signed", true},
+        {"short unsigned", true},
+        {"int short unsigned", true},
+        {"int", true},
+        {"signed", true},
+        {"int signed", true},
+        {"unsigned", true},
+        {"int unsigned", true},
+        {"long", true},
+        {"long signed", true},
+        {"int long", true},
+        {"int long signed", true},
+        {"long unsigned", true},
+        {"int long unsigned", true},
+        {"long long", true},
+        {"long long signed", true},
+        {"int long long", true},
+        {"int long long signed", true},
+        {"long long unsigned", true},
+        {"int long long unsigned", true},
+        {"float", false},
+        {"double", false},
+        {"double long", false},
+    });
+    std::vector<std::string_view> sorted(words.begin(), words.end());
+    std::sort(sorted.begin(), sorted.end());
+    std::string name;
+    for (const std::string_view word : sorted) {
+        if (!name.empty())
+            name += ' ';
+        name += word;
+    }
+    const auto found = std::find_if(kTypes.begin(), kTypes.end(),
+                                    [&name](const Type& row) { return row.words == name; });
+    if (found == kTypes.end())
+        return std::nullopt;
+    return found->integer;
+}
+
+} // namespace vexa

@@ -1,0 +1,48 @@
+// An expression cut into the tokens of C.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace vexa {
+
+struct Token {
+    enum class Kind { end, number, word, punctuator, refused };
+    Kind kind = Kind::end;
+    /// As it stands in the expression, and the byte at which it begins.
+    std::string_view text;
+    std::size_t position = 0;
+    /// Of a number: it is a whole number in C, and its value if that fits.
+    bool integer = false;
+    std::optional<unsigned long long> written;
+    /// Why no expression may contain it.
+    std::string reason;
+};
+
+/// Reads an expression from left to right. Each token is the longest that C would take there, so
+/// what the checker sees is what the compiler sees. Tokens of C that have no place in an expression
+/// of numbers are refused, as is every other byte.
+class ExpressionTokens {
+  public:
+    /// `text` outlives this and all tokens.
+    explicit ExpressionTokens(std::string_view text) : text(text) {}
+
+    /// The next token; at the end of the text, and from then on, Kind::end.
+    Token Next();
+
+  private:
+    std::string_view text;
+    std::size_t position = 0;
+};
+
+/// Whether a word is one of those that make up the name of an arithmetic type.
+bool IsTypeWord(std::string_view word);
+
+/// Whether the words, in any order that C allows, name an integer type; nothing if they name no
+/// arithmetic type.
+std::optional<bool> IsIntegerType(std::span<const std::string_view> words);
+
+} // namespace vexa

@@ -1,0 +1,210 @@
+#include "functions/FunctionCompiler.h"
+
+#include "functions/ExpressionCheck.h"
+#include "kits/storage/FileReplacement.h"
+#include "kits/storage/ReadFile.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <initializer_list>
+#include <utility>
+
+namespace vexa {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// What a compilation calls its files, in its private folder and above it.
+constexpr const char* kSource = "recent.c";
+constexpr const char* kAddon = "recent";
+
+constexpr const char* kNoTemplate = "The template file \n%s \nis missing.";
+constexpr const char* kNotOpened = "The temporary file %s could not be opened.";
+constexpr const char* kNoSource = "Could not create source file \n%s";
+constexpr const char* kNotCopied = "There was an error while trying to copy\n%s \nto \n%s.c";
+constexpr const char* kNotCompiled =
+    "There was an error while trying to compile \n%s \nto \n%s \nwith gcc";
+constexpr const char* kNotLoaded = "The addon \n%s \ncould not be loaded";
+constexpr const char* kNoFunction = "The function r2rfun could not be found in addon \n%s";
+constexpr const char* kNoText = "The function r2rfunstr could not be found in addon \n%s";
+
+/// The alert with a path in place of each %s.
+std::string Alert(std::string text, std::initializer_list<fs::path> paths) {
+    std::size_t position = 0;
+    for (const fs::path& path : paths) {
+        position = text.find("%s", position);
+        text.replace(position, 2, path.string());
+        position += path.string().size();
+    }
+    return text;
+}
+
+CompileReport Failure(status_t status, std::string alert, std::string details) {
+    return {status, {std::move(alert)}, std::move(details)};
+}
+
+/// A folder that nobody else can use, for as long as this lives.
+class PrivateFolder {
+  public:
+    /// Created below `parent`; without success Path() is empty and errno tells why.
+    explicit PrivateFolder(const fs::path& parent) {
+        std::string pattern = (parent / ".compile-XXXXXX").string();
+        if (::mkdtemp(pattern.data()))
+            path = pattern;
+    }
+    ~PrivateFolder() {
+        std::error_code ignored;
+        if (!path.empty())
+            fs::remove_all(path, ignored);
+    }
+    PrivateFolder(const PrivateFolder&) = delete;
+    PrivateFolder& operator=(const PrivateFolder&) = delete;
+
+    const fs::path& Path() const { return path; }
+
+  private:
+    fs::path path;
+};
+
+/// The compiler's command. The options after -O3 let it use the vector instructions of this machine
+/// and leave every result as C defines it: no fused operations, no reordering; what is given up is
+/// errno and the floating-point exception flags, which nobody reads. -fwrapv defines the overflow
+/// of integers.
+std::vector<std::string> CompilerArguments() {
+    return {"gcc",
+            "-shared",
+            "-fPIC",
+            "-O3",
+            "-march=native",
+            "-ffp-contract=off",
+            "-fno-math-errno",
+            "-fno-trapping-math",
+            "-fwrapv",
+            "-o",
+            kAddon,
+            kSource,
+            "-lm"};
+}
+
+/// Why the compiler gave no add-on.
+std::string Describe(const kits::ChildResult& result, const kits::ChildLimits& limits) {
+    using End = kits::ChildResult::End;
+    switch (result.end) {
+    case End::notFound:
+        return "gcc was not found; install it with: sudo apt install gcc libc6-dev";
+    case End::notStarted:
+        return std::string("gcc could not be started: ") + std::strerror(result.number);
+    case End::timedOut:
+        return "gcc was stopped, because it took longer than " +
+               std::to_string(limits.time.count()) + " ms\n" + result.standardError;
+    case End::signalled:
+        return std::string("gcc was stopped: ") + ::strsignal(result.number) + "\n" +
+               result.standardError;
+    case End::exited:
+        break;
+    }
+    return result.standardError;
+}
+
+} // namespace
+
+FunctionCompiler::FunctionCompiler(fs::path programFolder, kits::ChildLimits childLimits)
+    : functions(std::move(programFolder) / "functions"),
+      addonPath(functions / kAddon),
+      limits(childLimits) {}
+
+CompileOutcome FunctionCompiler::Compile(std::string_view expression) const {
+    if (const auto fault = CheckExpression(expression))
+        return {CompilerFailure(SourcePath(), "character " + std::to_string(fault->position + 1) +
+                                                  ": " + fault->reason),
+                {}};
+    std::string source;
+    if (CompileReport made = MakeSource(expression, SourcePath(), source); !made) {
+        made.alerts.push_back(Alert(kNoSource, {SourcePath()}));
+        return {std::move(made), {}};
+    }
+    return Build(source, SourcePath());
+}
+
+CompileReport FunctionCompiler::MakeSourceFile(std::string_view expression,
+                                               const fs::path& sourcePath) const {
+    std::string source;
+    return MakeSource(expression, sourcePath, source);
+}
+
+CompileReport FunctionCompiler::MakeSource(std::string_view expression, const fs::path& sourcePath,
+                                           std::string& source) const {
+    const fs::path templatePath = functions / "addon.c";
+    const kits::Result<std::string> body = kits::ReadFile(templatePath);
+    if (!body)
+        return Failure(B_ENTRY_NOT_FOUND, Alert(kNoTemplate, {templatePath}), body.Fault().text);
+    source.append("#define EXPRESSION\t  ").append(expression).append("\n");
+    source.append("#define EXPRESSION_STR \"").append(expression).append("\"\n\n");
+    source.append(*body);
+    if (const kits::Result<void> written = kits::ReplaceFile(sourcePath, source); !written)
+        return Failure(B_IO_ERROR, Alert(kNotOpened, {sourcePath}), written.Fault().text);
+    return {};
+}
+
+CompileOutcome FunctionCompiler::IncludeFunction(const fs::path& sourcePath) const {
+    const kits::Result<std::string> source = kits::ReadFile(sourcePath);
+    std::string fault = source ? "" : source.Fault().text;
+    if (source && sourcePath.native() != SourcePath().native()) {
+        if (const auto copied = kits::ReplaceFile(SourcePath(), *source); !copied)
+            fault = copied.Fault().text;
+    }
+    if (!fault.empty())
+        return {Failure(B_IO_ERROR, Alert(kNotCopied, {sourcePath, addonPath}), std::move(fault)),
+                {}};
+    return Build(*source, sourcePath);
+}
+
+/// `source` is the content of the file at `sourcePath`, which may have been replaced since.
+CompileOutcome FunctionCompiler::Build(std::string_view source, const fs::path& sourcePath) const {
+    const PrivateFolder folder(functions);
+    if (folder.Path().empty())
+        return {CompilerFailure(sourcePath, "could not create a folder in " + functions.string() +
+                                                ": " + std::strerror(errno)),
+                {}};
+    if (const auto written = kits::ReplaceFile(folder.Path() / kSource, source); !written)
+        return {CompilerFailure(sourcePath, written.Fault().text), {}};
+    CompileReport compiled = RunCompiler(folder.Path(), sourcePath);
+    if (!compiled)
+        return {std::move(compiled), {}};
+
+    // Loaded before the file moves to where another program might replace it.
+    const image_id image = load_add_on((folder.Path() / kAddon).c_str());
+    std::optional<FunctionAddon> addon;
+    if (image > 0)
+        addon.emplace(image);
+    std::error_code error;
+    fs::rename(folder.Path() / kAddon, addonPath, error);
+    if (!addon)
+        return {Failure(B_ERROR, Alert(kNotLoaded, {addonPath}), kits::AddOnFault()), {}};
+    if (error)
+        return {CompilerFailure(sourcePath,
+                                "could not write " + addonPath.string() + ": " + error.message()),
+                {}};
+    if (!addon->Function().point)
+        return {Failure(B_NAME_NOT_FOUND, Alert(kNoFunction, {addonPath}), {}), {}};
+    if (!addon->Expression())
+        return {Failure(B_NAME_NOT_FOUND, Alert(kNoText, {addonPath}), {}), {}};
+    return {std::move(compiled), std::move(addon)};
+}
+
+CompileReport FunctionCompiler::RunCompiler(const fs::path& folder,
+                                            const fs::path& sourcePath) const {
+    const kits::ChildResult result = kits::RunProgram({CompilerArguments(), folder, limits});
+    if (!result.Succeeded())
+        return CompilerFailure(sourcePath, Describe(result, limits));
+    return {B_OK, {}, result.standardError};
+}
+
+CompileReport FunctionCompiler::CompilerFailure(const fs::path& sourcePath,
+                                                std::string details) const {
+    return Failure(B_ERROR, Alert(kNotCompiled, {sourcePath, addonPath}), std::move(details));
+}
+
+} // namespace vexa

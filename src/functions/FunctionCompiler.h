@@ -1,0 +1,75 @@
+// From an expression to a loaded function.
+#pragma once
+
+#include "functions/FunctionAddon.h"
+#include "kits/kernel/ChildProcess.h"
+#include "kits/support/SupportDefs.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vexa {
+
+/// How a step went. Converts to true if it did what it should.
+struct CompileReport {
+    status_t status = B_OK;
+    /// The alerts that tell the user about the failure, in the order in which they are shown.
+    std::vector<std::string> alerts;
+    /// What the alerts do not say, for standard error and the expression field's tool tip: the
+    /// compiler's diagnostics, or why and where the expression was refused. After a success, the
+    /// compiler's warnings.
+    std::string details;
+
+    explicit operator bool() const { return status == B_OK; }
+};
+
+/// A report and, after a success, the add-on, which has its point function and its expression.
+struct CompileOutcome : CompileReport {
+    std::optional<FunctionAddon> addon;
+};
+
+/// Compiles expressions with the system's C compiler. In the folder "functions" below the program
+/// folder lie the template "addon.c", and after a compilation its source "recent.c" and the add-on
+/// "recent"; nothing else is left there. Each compilation takes place in a private folder below
+/// "functions", so several at a time, in one program or in several, never get each other's
+/// function. All calls wait for the compiler: the window thread, or any other that may wait.
+class FunctionCompiler {
+  public:
+    explicit FunctionCompiler(std::filesystem::path programFolder,
+                              kits::ChildLimits limits = kits::ChildLimits());
+
+    /// Checks the expression, makes the source file and includes its function. Only an expression
+    /// that CheckExpression accepts reaches a file or the compiler.
+    CompileOutcome Compile(std::string_view expression) const;
+
+    /// Writes the source for an expression, which is not checked: two macro definitions with the
+    /// expression as it stands, and the template. B_ENTRY_NOT_FOUND: there is no template.
+    CompileReport MakeSourceFile(std::string_view expression,
+                                 const std::filesystem::path& sourcePath) const;
+
+    /// Compiles a C source, whose author is trusted, and loads the add-on. A source that is not
+    /// "functions/recent.c" is copied there first.
+    CompileOutcome IncludeFunction(const std::filesystem::path& sourcePath) const;
+
+    /// "functions/recent.c"
+    std::filesystem::path SourcePath() const { return functions / "recent.c"; }
+
+  private:
+    CompileReport MakeSource(std::string_view expression, const std::filesystem::path& sourcePath,
+                             std::string& source) const;
+    CompileOutcome Build(std::string_view source, const std::filesystem::path& sourcePath) const;
+    CompileReport RunCompiler(const std::filesystem::path& folder,
+                              const std::filesystem::path& sourcePath) const;
+    CompileReport CompilerFailure(const std::filesystem::path& sourcePath,
+                                  std::string details) const;
+
+    std::filesystem::path functions;
+    /// "functions/recent"
+    std::filesystem::path addonPath;
+    kits::ChildLimits limits;
+};
+
+} // namespace vexa

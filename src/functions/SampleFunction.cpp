@@ -1,0 +1,177 @@
+#include "functions/SampleFunction.h"
+
+#include "kits/media/MediaFile.h"
+#include "kits/storage/Entry.h"
+#include "kits/storage/Path.h"
+#include "kits/support/Published.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace vexa {
+
+namespace {
+
+/// The radius at which the sample ends.
+constexpr float kRadius = 5.0F;
+
+/// Never destroyed: a thread that plays may outlive every static object.
+kits::Published<SampleSpiral>& Spiral() {
+    static auto* spiral = new kits::Published<SampleSpiral>({});
+    return *spiral;
+}
+
+/// A spiral's numbers side by side, for the loop over a block.
+struct Turns {
+    explicit Turns(const SampleSpiral& spiral)
+        : sample(spiral.sample ? spiral.sample->data() : nullptr),
+          last(spiral.samplelength - 1),
+          T(spiral.T),
+          alphap(spiral.alphap) {}
+
+    /// `index`, a whole number or NaN, limited to the sample.
+    float At(float index) const {
+        if (!(index > 0))
+            return sample[0];
+        return sample[index < static_cast<float>(last) ? static_cast<int32>(index) : last];
+    }
+
+    float Interpolate(float p) const {
+        const float i = std::floor(p);
+        const float f = p - i;
+        return (1 - f) * At(i) + f * At(i + 1);
+    }
+
+    float operator()(float x, float y) const {
+        const auto phi = static_cast<float>(std::atan2(-y, -x) / 6.28318530718 + 0.5);
+        const float r = std::sqrt(x * x + y * y);
+        const float u = r / alphap - phi;
+        const float n = std::floor(u);
+        const float w = u - n;
+        const float p0 = (n + phi) * T;
+        // So far out the turns are all the same, and w has lost its digits or is not a number.
+        if (p0 >= static_cast<float>(last))
+            return sample[last];
+        const float p1 = p0 + T;
+        return (1 - w) * Interpolate(p0) + w * Interpolate(p1);
+    }
+
+    const float* sample;
+    int32 last;
+    float T;
+    float alphap;
+};
+
+void SampleBlock(const float* x, const float* y, float* values, std::size_t count) {
+    const SampleSpiral& spiral = CurrentSpiral();
+    if (spiral.samplelength < 1) {
+        std::fill_n(values, count, 0.0F);
+        return;
+    }
+    const Turns turns(spiral);
+    for (std::size_t i = 0; i < count; i++)
+        values[i] = turns(x[i], y[i]);
+}
+
+/// The frames of the track, which delivers floats of one channel, as long as there are not too
+/// many.
+std::vector<float> ReadTrack(BMediaTrack& track, const media_format& format) {
+    std::vector<float> frames;
+    const int64 announced = std::max<int64>(track.CountFrames(), 0);
+    frames.reserve(std::min<std::size_t>(static_cast<std::size_t>(announced), kLongestSample));
+    std::vector<float> buffer(format.u.raw_audio.buffer_size / sizeof(float));
+    int64 count = 0;
+    while (frames.size() <= kLongestSample && track.ReadFrames(buffer.data(), &count) == B_OK)
+        frames.insert(frames.end(), buffer.begin(), buffer.begin() + count);
+    return frames;
+}
+
+/// Scales to a peak of 1; silence stays.
+void Normalise(std::vector<float>& frames) {
+    float peak = 0;
+    for (const float value : frames)
+        peak = std::max(peak, std::abs(value));
+    if (peak == 0)
+        return;
+    for (float& value : frames)
+        value /= peak;
+}
+
+} // namespace
+
+const SampleSpiral& CurrentSpiral() {
+    return Spiral().Get();
+}
+
+float sampler2rfun(float x, float y) {
+    float value = 0;
+    SampleBlock(&x, &y, &value, 1);
+    return value;
+}
+
+PlaneFunction SampleFunction() {
+    return {sampler2rfun, SampleBlock};
+}
+
+kits::Result<LoadedSample> LoadSample(const std::filesystem::path& path) {
+    const auto failure = [&path](const std::string& reason) {
+        return kits::Error{"could not load sample " + path.string() + ": " + reason};
+    };
+    const BEntry entry(path.c_str(), false);
+    BPath fullPath;
+    entry_ref ref;
+    if (entry.GetPath(&fullPath) != B_OK || entry.GetRef(&ref) != B_OK)
+        return failure("there is no such folder");
+    BMediaFile file(&ref);
+    if (file.InitCheck() != B_OK)
+        return failure(file.Fault());
+    BMediaTrack* const track = file.TrackAt(0);
+
+    LoadedSample loaded{{}, fullPath.Path()};
+    loaded.format.type = B_MEDIA_RAW_AUDIO;
+    loaded.format.u.raw_audio = media_raw_audio_format::wildcard;
+    loaded.format.u.raw_audio.channel_count = 1;
+    loaded.format.u.raw_audio.format = B_AUDIO_FLOAT;
+    loaded.format.u.raw_audio.byte_order = B_MEDIA_LITTLE_ENDIAN;
+    track->DecodedFormat(&loaded.format);
+    std::vector<float> frames = ReadTrack(*track, loaded.format);
+    file.ReleaseAllTracks();
+    if (frames.empty())
+        return failure("it contains no sound");
+    if (frames.size() > kLongestSample)
+        return failure("it is longer than " + std::to_string(kLongestSample) + " frames");
+
+    Normalise(frames);
+    SampleSpiral next = CurrentSpiral();
+    next.samplelength = static_cast<int32>(frames.size());
+    next.sample = std::make_shared<const std::vector<float>>(std::move(frames));
+    Spiral().Publish(std::move(next));
+    return loaded;
+}
+
+bool SetSampleFrequency(float frameRate, double frequency) {
+    SampleSpiral next = CurrentSpiral();
+    if (!(frequency > 0) || next.samplelength < 1)
+        return false;
+    next.T = static_cast<float>(frameRate / frequency);
+    next.alphap = next.T * kRadius / static_cast<float>(next.samplelength);
+    if (!std::isnormal(next.T) || !std::isnormal(next.alphap) || next.T < 0)
+        return false;
+    Spiral().Publish(std::move(next));
+    return true;
+}
+
+std::string SampleFileName(const std::string& path, const std::filesystem::path& programFolder) {
+    const BEntry entry(path.c_str());
+    const BEntry samples((programFolder / "samples").c_str(), true);
+    BPath file;
+    BPath folder;
+    BPath samplesFolder;
+    if (entry.GetPath(&file) != B_OK || file.GetParent(&folder) != B_OK)
+        return path;
+    if (samples.GetPath(&samplesFolder) == B_OK && folder == samplesFolder)
+        return file.Leaf();
+    return file.Path();
+}
+
+} // namespace vexa

@@ -1,0 +1,261 @@
+#include "kits/kernel/ChildProcess.h"
+
+#include "kits/support/Descriptor.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <string_view>
+
+#include <fcntl.h>
+#include <linux/close_range.h>
+#include <poll.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+extern char** environ;
+
+namespace kits {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+bool IsProgram(const std::string& path) {
+    struct stat status {};
+    return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+           ::access(path.c_str(), X_OK) == 0;
+}
+
+/// The path of the program called `name`; empty if there is none.
+std::string FindProgram(const std::string& name) {
+    if (name.find('/') != std::string::npos)
+        return IsProgram(name) ? name : std::string();
+    const char* variable = std::getenv("PATH");
+    std::string_view folders = variable ? variable : "/usr/local/bin:/usr/bin:/bin";
+    while (!folders.empty()) {
+        const std::string_view folder = folders.substr(0, folders.find(':'));
+        folders.remove_prefix(std::min(folders.size(), folder.size() + 1));
+        std::string path = std::string(folder) + "/" + name;
+        if (folder.starts_with('/') && IsProgram(path))
+            return path;
+    }
+    return {};
+}
+
+/// The caller's environment, with TMPDIR set to `folder`.
+std::vector<std::string> Environment(const std::filesystem::path& folder) {
+    constexpr std::string_view kTemporary = "TMPDIR=";
+    std::vector<std::string> variables;
+    for (char** variable = environ; *variable; variable++) {
+        if (folder.empty() || !std::string_view(*variable).starts_with(kTemporary))
+            variables.emplace_back(*variable);
+    }
+    if (!folder.empty())
+        variables.push_back(std::string(kTemporary) + std::filesystem::absolute(folder).string());
+    return variables;
+}
+
+std::vector<char*> Pointers(std::vector<std::string>& strings) {
+    std::vector<char*> pointers;
+    for (std::string& string : strings)
+        pointers.push_back(string.data());
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+struct Pipe {
+    Descriptor out;
+    Descriptor in;
+};
+
+/// A pipe above the three standard descriptors, which the caller may have closed. Reading from it
+/// does not wait.
+Pipe MakePipe() {
+    std::array<int, 2> ends{-1, -1};
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0)
+        return {Descriptor(), Descriptor()};
+    const Descriptor out(ends[0]);
+    const Descriptor in(ends[1]);
+    ::fcntl(ends[0], F_SETFL, O_NONBLOCK);
+    return {Descriptor(::fcntl(out.Number(), F_DUPFD_CLOEXEC, 3)),
+            Descriptor(::fcntl(in.Number(), F_DUPFD_CLOEXEC, 3))};
+}
+
+/// All that the child needs between its birth and the program's start.
+struct Start {
+    const char* path;
+    char* const* arguments;
+    char* const* environment;
+    /// Null: stay.
+    const char* folder;
+    int standardError;
+    /// Takes the errno of what failed; closed by the program's start.
+    int failure;
+    std::array<std::pair<int, rlim_t>, 4> limits;
+};
+
+/// The child's part. It shares the memory of the process that waits for it, so it makes system
+/// calls and nothing else.
+[[noreturn]] void BecomeProgram(const Start& start) {
+    // The program gets every signal as a program expects it; all are blocked until then, because
+    // the parent's handlers must not run here.
+    struct sigaction initial {};
+    initial.sa_handler = SIG_DFL;
+    for (int number = 1; number < NSIG; number++)
+        ::sigaction(number, &initial, nullptr);
+    sigset_t none;
+    ::sigemptyset(&none);
+    ::sigprocmask(SIG_SETMASK, &none, nullptr);
+
+    bool ready = ::setpgid(0, 0) == 0;
+    // This may itself become one of the standard descriptors, so it stays open.
+    const int nothing = ::open("/dev/null", O_RDWR);
+    ready = ready && ::dup2(nothing, STDIN_FILENO) >= 0 && ::dup2(nothing, STDOUT_FILENO) >= 0 &&
+            ::dup2(start.standardError, STDERR_FILENO) >= 0;
+    // A kernel without this call leaves what other libraries opened without O_CLOEXEC.
+    ::syscall(SYS_close_range, 3U, ~0U, CLOSE_RANGE_CLOEXEC);
+    for (const auto& [resource, most] : start.limits) {
+        rlimit limit{};
+        ready = ready && ::getrlimit(static_cast<__rlimit_resource>(resource), &limit) == 0;
+        limit.rlim_max = std::min(limit.rlim_max, most);
+        limit.rlim_cur = limit.rlim_max;
+        ready = ready && ::setrlimit(static_cast<__rlimit_resource>(resource), &limit) == 0;
+    }
+    ready = ready && (!start.folder || ::chdir(start.folder) == 0);
+    if (ready)
+        ::execve(start.path, start.arguments, start.environment);
+    const int number = errno;
+    // If even this fails, the exit status tells.
+    [[maybe_unused]] const ssize_t written = ::write(start.failure, &number, sizeof number);
+    ::_exit(127);
+}
+
+/// Starts the child; -1 with errno if there is none. It does not see a copy of the memory but the
+/// memory itself while this thread waits, as in posix_spawn, which cannot set limits.
+pid_t StartChild(const Start& start) {
+    sigset_t all;
+    sigset_t before;
+    ::sigfillset(&all);
+    ::pthread_sigmask(SIG_SETMASK, &all, &before);
+    const pid_t child = ::vfork(); // NOLINT(clang-analyzer-security.insecureAPI.vfork)
+    if (child == 0)
+        BecomeProgram(start);
+    const int number = errno;
+    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    errno = number;
+    return child;
+}
+
+/// Appends what the pipe has to offer to `text`, as far as `most` allows; false at its end. Returns
+/// even if the writer never pauses.
+bool ReadAvailable(int pipe, std::string& text, std::size_t most) {
+    std::array<char, 16384> buffer;
+    for (int turn = 0; turn < 16; turn++) {
+        const ssize_t count = ::read(pipe, buffer.data(), buffer.size());
+        if (count > 0)
+            text.append(buffer.data(),
+                        std::min(static_cast<std::size_t>(count), most - text.size()));
+        else if (count == 0)
+            return false;
+        else if (errno != EINTR)
+            return errno == EAGAIN;
+    }
+    return true;
+}
+
+/// Reads the child's standard error until the child has ended; false if it has not by `end`.
+bool WaitForEnd(pid_t child, int pipe, std::string& text, std::size_t most, Clock::time_point end) {
+    const Descriptor process(static_cast<int>(::syscall(SYS_pidfd_open, child, 0)));
+    std::array<pollfd, 2> waits{{{process.Number(), POLLIN, 0}, {pipe, POLLIN, 0}}};
+    while (true) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
+        if (left <= 0)
+            return false;
+        // Without a descriptor for the process (an old kernel), it is asked every now and then.
+        const auto pause = process ? left : std::min<decltype(left)>(left, 10);
+        if (::poll(waits.data(), waits.size(), static_cast<int>(pause)) < 0 && errno != EINTR)
+            return false;
+        if (waits[1].revents && !ReadAvailable(pipe, text, most))
+            waits[1].fd = -1;
+        siginfo_t info{};
+        if (::waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WNOHANG | WNOWAIT) != 0 ||
+            info.si_pid == child)
+            return true;
+    }
+}
+
+} // namespace
+
+ChildResult RunProgram(const ChildProgram& program) {
+    ChildResult result;
+    std::vector<std::string> arguments = program.arguments;
+    const std::string path = arguments.empty() ? std::string() : FindProgram(arguments.front());
+    if (path.empty()) {
+        result.end = ChildResult::End::notFound;
+        return result;
+    }
+    std::vector<std::string> environment = Environment(program.folder);
+    const std::vector<char*> argumentPointers = Pointers(arguments);
+    const std::vector<char*> environmentPointers = Pointers(environment);
+    Pipe standardError = MakePipe();
+    Pipe failure = MakePipe();
+    if (!standardError.in || !failure.in) {
+        result.number = errno;
+        return result;
+    }
+
+    const ChildLimits& limits = program.limits;
+    const auto end = Clock::now() + limits.time;
+    const pid_t child =
+        StartChild({path.c_str(),
+                    argumentPointers.data(),
+                    environmentPointers.data(),
+                    program.folder.empty() ? nullptr : program.folder.c_str(),
+                    standardError.in.Number(),
+                    failure.in.Number(),
+                    {{{RLIMIT_CPU, static_cast<rlim_t>(limits.processorTime.count())},
+                      {RLIMIT_AS, limits.memory},
+                      {RLIMIT_FSIZE, limits.fileSize},
+                      {RLIMIT_CORE, 0}}}});
+    if (child < 0) {
+        result.number = errno;
+        return result;
+    }
+    standardError.in.Close();
+    failure.in.Close();
+
+    const bool ended = WaitForEnd(child, standardError.out.Number(), result.standardError,
+                                  limits.standardError, end);
+    // The child's number, and with it the group's, stays taken until waitpid.
+    ::kill(-child, SIGKILL);
+    int status = 0;
+    pid_t waited;
+    do
+        waited = ::waitpid(child, &status, 0);
+    while (waited < 0 && errno == EINTR);
+    ReadAvailable(standardError.out.Number(), result.standardError, limits.standardError);
+
+    int number = 0;
+    if (waited < 0) {
+        result.number = errno;
+    } else if (::read(failure.out.Number(), &number, sizeof number) == sizeof number) {
+        result.number = number;
+    } else if (!ended) {
+        result.end = ChildResult::End::timedOut;
+    } else if (WIFSIGNALED(status)) {
+        result.end = ChildResult::End::signalled;
+        result.number = WTERMSIG(status);
+    } else {
+        result.end = ChildResult::End::exited;
+        result.number = WEXITSTATUS(status);
+    }
+    return result;
+}
+
+} // namespace kits

@@ -1,0 +1,35 @@
+// Add-ons: shared objects that are loaded and unloaded while the program runs.
+#pragma once
+
+#include "kits/support/SupportDefs.h"
+
+#include <string>
+
+/// An add-on that is loaded; never 0 or negative.
+using image_id = int32;
+
+/// What a name in an add-on stands for.
+enum : int32 {
+    B_SYMBOL_TYPE_DATA = 1,
+    B_SYMBOL_TYPE_TEXT = 2,
+    B_SYMBOL_TYPE_ANY = 5,
+};
+
+/// Loads the shared object at `path` as the file is now, whatever was loaded from that path before,
+/// with all its undefined names resolved at once. Returns a negative status on failure. Any thread
+/// but the media thread, as all below.
+image_id load_add_on(const char* path);
+
+/// The address of a function or variable that the add-on exports. B_BAD_VALUE for an image that is
+/// not loaded, B_NAME_NOT_FOUND for an unknown name.
+status_t get_image_symbol(image_id image, const char* name, int32 type, void** address);
+
+/// Takes the add-on's code and data out of memory: nothing may be executing or use it.
+status_t unload_add_on(image_id image);
+
+namespace kits {
+
+/// The loader's own words about the failure of the calling thread's last load_add_on.
+const std::string& AddOnFault();
+
+} // namespace kits

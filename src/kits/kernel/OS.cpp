@@ -1,0 +1,8 @@
+#include "kits/kernel/OS.h"
+
+#include <chrono>
+
+bigtime_t system_time() {
+    using namespace std::chrono;
+    return duration_cast<microseconds>(steady_clock::now().time_since_epoch()).count();
+}

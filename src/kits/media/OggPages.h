@@ -1,0 +1,13 @@
+// The pages of an Ogg file.
+#pragma once
+
+#include "kits/support/Result.h"
+
+namespace kits {
+
+/// Gives all pages of a file that holds one Ogg stream the serial number `serial`, and checksums
+/// that fit. Encoders choose the number at random, so files of the same sound would differ.
+/// `descriptor` is open for reading and writing. The error is the reason only.
+Result<void> SetOggSerial(int descriptor, int serial);
+
+} // namespace kits

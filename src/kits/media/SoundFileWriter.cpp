@@ -1,0 +1,140 @@
+#include "kits/media/SoundFileWriter.h"
+
+#include "kits/media/OggPages.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <sndfile.h>
+
+namespace kits {
+
+namespace {
+
+/// Of the variable bit rate, 0..1: about 190 kbit/s for two channels at 44.1 kHz.
+constexpr double kOggQuality = 0.6;
+constexpr int kOggSerial = 0x56657861;
+/// Frames that go to the library at a time: its Vorbis encoder buffers a whole call.
+constexpr std::size_t kFramesPerWrite = 4096;
+/// A WAV file counts its bytes, the header's among them, in 32 bits.
+constexpr std::uint64_t kMostWavBytes = 0xffffffff - 4096;
+
+struct Format {
+    std::string_view ending;
+    SoundFileFormat format;
+    int libraryFormat;
+};
+
+constexpr auto kFormats = std::to_array<Format>({
+    {".wav", SoundFileFormat::wav, SF_FORMAT_WAV | SF_FORMAT_FLOAT},
+    {".flac", SoundFileFormat::flac, SF_FORMAT_FLAC | SF_FORMAT_PCM_24},
+    {".ogg", SoundFileFormat::ogg, SF_FORMAT_OGG | SF_FORMAT_VORBIS},
+});
+
+struct CloseSoundFile {
+    void operator()(SNDFILE* file) const { sf_close(file); }
+};
+
+} // namespace
+
+Result<SoundFileFormat> SoundFileFormatOf(const std::filesystem::path& path) {
+    std::string ending = path.extension().string();
+    for (char& character : ending) {
+        if (character >= 'A' && character <= 'Z')
+            character = static_cast<char>(character - 'A' + 'a');
+    }
+    std::string supported;
+    for (const Format& row : kFormats) {
+        if (row.ending == ending)
+            return row.format;
+        supported.append(supported.empty() ? "" : ", ").append(row.ending);
+    }
+    return Error{path.string() + ": the name of a sound file ends in one of " + supported};
+}
+
+struct SoundFileWriter::State {
+    int descriptor;
+    SoundFileFormat format;
+    std::string name;
+    std::size_t channels;
+    std::uint64_t written = 0;
+    std::unique_ptr<SNDFILE, CloseSoundFile> file;
+    std::vector<float> block;
+
+    Error Failure(const std::string& reason) const {
+        return {"could not write " + name + ": " + reason};
+    }
+};
+
+SoundFileWriter::SoundFileWriter(std::unique_ptr<State> opened) : state(std::move(opened)) {}
+SoundFileWriter::SoundFileWriter(SoundFileWriter&&) noexcept = default;
+SoundFileWriter::~SoundFileWriter() = default;
+
+Result<SoundFileWriter> SoundFileWriter::Create(int descriptor, SoundFileFormat format,
+                                                const std::filesystem::path& name, int frameRate,
+                                                int channels) {
+    const auto row = std::find_if(kFormats.begin(), kFormats.end(),
+                                  [format](const Format& each) { return each.format == format; });
+    auto state = std::make_unique<State>();
+    state->descriptor = descriptor;
+    state->format = format;
+    state->name = name.string();
+    state->channels = static_cast<std::size_t>(channels);
+
+    SF_INFO info{};
+    info.samplerate = frameRate;
+    info.channels = channels;
+    info.format = row->libraryFormat;
+    if (!sf_format_check(&info))
+        return state->Failure("the format has no " + std::to_string(channels) + " channels at " +
+                              std::to_string(frameRate) + " Hz");
+    state->file.reset(sf_open_fd(descriptor, SFM_WRITE, &info, SF_FALSE));
+    SNDFILE* const file = state->file.get();
+    if (!file)
+        return state->Failure(sf_strerror(nullptr));
+    // The chunk with the peaks carries the time of writing.
+    sf_command(file, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
+    sf_command(file, SFC_SET_CLIPPING, nullptr, SF_TRUE);
+    double quality = kOggQuality;
+    sf_command(file, SFC_SET_VBR_ENCODING_QUALITY, &quality, sizeof quality);
+    return SoundFileWriter(std::move(state));
+}
+
+Result<void> SoundFileWriter::Write(const float* frames, std::size_t count) {
+    State& s = *state;
+    s.written += count * s.channels * sizeof(float);
+    if (s.format == SoundFileFormat::wav && s.written > kMostWavBytes)
+        return s.Failure("a WAV file cannot be longer than 4 GiB; .flac can");
+    while (count > 0) {
+        const std::size_t now = std::min(count, kFramesPerWrite);
+        s.block.assign(frames, frames + now * s.channels);
+        for (float& value : s.block) {
+            if (!std::isfinite(value))
+                value = 0;
+        }
+        if (sf_writef_float(s.file.get(), s.block.data(), static_cast<sf_count_t>(now)) !=
+            static_cast<sf_count_t>(now))
+            return s.Failure(sf_strerror(s.file.get()));
+        frames += now * s.channels;
+        count -= now;
+    }
+    return {};
+}
+
+Result<void> SoundFileWriter::Finish() {
+    if (const int error = sf_close(state->file.release()); error != SF_ERR_NO_ERROR)
+        return state->Failure(sf_error_number(error));
+    if (state->format == SoundFileFormat::ogg) {
+        if (const Result<void> set = SetOggSerial(state->descriptor, kOggSerial); !set)
+            return state->Failure(set.Fault().text);
+    }
+    return {};
+}
+
+} // namespace kits

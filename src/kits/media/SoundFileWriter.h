@@ -1,0 +1,52 @@
+// Writing sound files that are the same, byte for byte, whenever the same sound is written.
+#pragma once
+
+#include "kits/support/Result.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <memory>
+
+namespace kits {
+
+enum class SoundFileFormat {
+    /// 32-bit float, so nothing is clipped or rounded; 4 GiB at most.
+    wav,
+    /// 24 bit; values beyond -1..1 are clipped.
+    flac,
+    /// Ogg Vorbis of variable bit rate.
+    ogg,
+};
+
+/// The format that a file's name asks for: .wav, .flac or .ogg, in any case. The error names these.
+Result<SoundFileFormat> SoundFileFormatOf(const std::filesystem::path& path);
+
+/// One sound file being written. A value that is not finite is written as 0. For one thread at a
+/// time that may wait for the disk.
+class SoundFileWriter {
+  public:
+    /// Writes to an open descriptor of an empty file, which stays the caller's and is open for
+    /// reading too. `name` is the file's name in errors; `frameRate` in frames per second.
+    static Result<SoundFileWriter> Create(int descriptor, SoundFileFormat format,
+                                          const std::filesystem::path& name, int frameRate,
+                                          int channels = 1);
+
+    SoundFileWriter(SoundFileWriter&&) noexcept;
+    SoundFileWriter& operator=(SoundFileWriter&&) = delete;
+    /// Without Finish, the file is of no use.
+    ~SoundFileWriter();
+
+    /// Appends `count` frames, one value per channel each.
+    Result<void> Write(const float* frames, std::size_t count);
+
+    /// Completes the file: the last call.
+    Result<void> Finish();
+
+  private:
+    struct State;
+    explicit SoundFileWriter(std::unique_ptr<State> state);
+
+    std::unique_ptr<State> state;
+};
+
+} // namespace kits

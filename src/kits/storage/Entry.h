@@ -1,0 +1,37 @@
+// A place in the file system where something may be.
+#pragma once
+
+#include "kits/storage/Path.h"
+#include "kits/support/SupportDefs.h"
+
+#include <string>
+
+/// Names an entry of a folder in messages and to other kits.
+struct entry_ref {
+    /// The absolute path of the folder.
+    std::string directory;
+    std::string name;
+
+    bool operator==(const entry_ref&) const = default;
+};
+
+/// An entry of a folder that exists; the entry itself need not. Any thread.
+class BEntry {
+  public:
+    BEntry() = default;
+    explicit BEntry(const char* path, bool traverse = false) { SetTo(path, traverse); }
+    explicit BEntry(const entry_ref* ref, bool traverse = false);
+
+    /// Links in the path to the folder are followed, so that each entry has one path; a link that
+    /// is itself the entry only with `traverse`. B_ENTRY_NOT_FOUND if there is no such folder.
+    status_t SetTo(const char* path, bool traverse = false);
+    status_t InitCheck() const { return path.InitCheck(); }
+    bool Exists() const;
+
+    status_t GetPath(BPath* result) const;
+    status_t GetRef(entry_ref* ref) const;
+    status_t GetParent(BEntry* parent) const;
+
+  private:
+    BPath path;
+};

@@ -1,0 +1,223 @@
+#include "functions/SampleFunction.h"
+
+#include "kits/support/Published.h"
+#include "support/Environment.h"
+#include "support/SoundFiles.h"
+#include "support/TemporaryFolder.h"
+
+#include <atomic>
+#include <cmath>
+#include <numbers>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using test::TemporaryFolder;
+using vexa::CurrentSpiral;
+using vexa::LoadSample;
+using vexa::sampler2rfun;
+
+/// Loads the values as a sample of 1000 Hz.
+void Load(const std::vector<float>& values) {
+    const TemporaryFolder folder;
+    ASSERT_TRUE(test::WriteSound(folder.Path() / "a.wav", values, 1000));
+    const auto loaded = LoadSample(folder.Path() / "a.wav");
+    ASSERT_TRUE(loaded) << loaded.Fault().text;
+    EXPECT_EQ(loaded->format.u.raw_audio.frame_rate, 1000);
+}
+
+/// 0, 1/n, 2/n, ... 1
+std::vector<float> Ramp(std::size_t n) {
+    std::vector<float> values(n + 1);
+    for (std::size_t i = 0; i <= n; i++)
+        values[i] = static_cast<float>(i) / static_cast<float>(n);
+    return values;
+}
+
+/// The spiral in double precision, for points within the sample.
+double Reference(const vexa::SampleSpiral& spiral, double x, double y) {
+    const double phi = std::atan2(-y, -x) / (2 * std::numbers::pi) + 0.5;
+    const double u = std::hypot(x, y) / spiral.alphap - phi;
+    const double n = std::floor(u);
+    const auto at = [&spiral](double p) {
+        const auto& sample = *spiral.sample;
+        const double last = spiral.samplelength - 1;
+        const double i = std::floor(p);
+        const double low = sample[static_cast<std::size_t>(std::clamp(i, 0.0, last))];
+        const double high = sample[static_cast<std::size_t>(std::clamp(i + 1, 0.0, last))];
+        return low + (p - i) * (high - low);
+    };
+    const double p = (n + phi) * spiral.T;
+    return at(p) + (u - n) * (at(p + spiral.T) - at(p));
+}
+
+TEST(SampleFunction, IsZeroBeforeASampleIsLoaded) {
+    // This test runs in a process of its own.
+    if (CurrentSpiral().samplelength > 0)
+        GTEST_SKIP();
+    EXPECT_EQ(sampler2rfun(1, 2), 0);
+    EXPECT_EQ(CurrentSpiral().T, 100);
+    EXPECT_FLOAT_EQ(CurrentSpiral().alphap, 0.1F);
+    EXPECT_FALSE(vexa::SetSampleFrequency(44100, 440));
+}
+
+TEST(SampleFunction, WindsTheSampleRoundTheOrigin) {
+    std::vector<float> values = Ramp(4999);
+    for (std::size_t i = 0; i < values.size(); i++)
+        values[i] = 0.5F * values[i] - 0.9F + 0.1F * std::sin(0.05F * static_cast<float>(i));
+    values[0] = 1;
+    Load(values);
+    ASSERT_TRUE(vexa::SetSampleFrequency(1000, 20));
+    EXPECT_EQ(CurrentSpiral().T, 50);
+    EXPECT_EQ(CurrentSpiral().alphap, 0.05F) << "so that the sample ends at radius 5";
+
+    EXPECT_NEAR(sampler2rfun(0, 0), 1, 1e-6);
+    double worst = 0;
+    for (int i = 0; i < 4000; i++) {
+        const auto angle = static_cast<float>(0.1 + i * 0.7);
+        const float r = 0.06F + 0.00122F * static_cast<float>(i);
+        const float x = r * std::cos(angle);
+        const float y = r * std::sin(angle);
+        worst = std::max(worst, std::abs(sampler2rfun(x, y) - Reference(CurrentSpiral(), x, y)));
+    }
+    // Positions of up to 5000 have a resolution of 1/2048 frame.
+    EXPECT_LT(worst, 1e-4);
+
+    // One turn of an orbit is one period, counter-clockwise; a step of alphap outwards is T frames.
+    const float r = 40.5F * CurrentSpiral().alphap;
+    const auto frame = [r](double turn) {
+        const double angle = 2 * std::numbers::pi * turn;
+        return sampler2rfun(static_cast<float>(r * std::cos(angle)),
+                            static_cast<float>(r * std::sin(angle)));
+    };
+    const auto ramp = Ramp(4999);
+    Load(ramp);
+    EXPECT_NEAR((frame(0.75) - frame(0.25)) * 4999, 0, 0.01) << "radius alone tells the place";
+    EXPECT_NEAR((sampler2rfun(3.05F, 0.1F) - sampler2rfun(3.0F, 0.1F)) * 4999, 50, 0.1);
+}
+
+TEST(SampleFunction, HoldsTheLastValueOutside) {
+    Load({0.25F, 0.5F, -1.0F, 0.75F});
+    ASSERT_TRUE(vexa::SetSampleFrequency(1000, 400));
+    EXPECT_NEAR(sampler2rfun(0, 0), 0.25, 1e-6);
+    for (const float far : {12.0F, 1e4F, 1e18F, 1e30F}) {
+        EXPECT_EQ(sampler2rfun(far, 0), 0.75F) << far;
+        EXPECT_EQ(sampler2rfun(-far, far), 0.75F) << far;
+    }
+    // Neither these points nor the next frequencies lead out of the table.
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const float infinity = std::numeric_limits<float>::infinity();
+    for (const float x : {nan, infinity, -infinity, 1e-40F}) {
+        sampler2rfun(x, 0.1F);
+        sampler2rfun(0.1F, x);
+    }
+    const vexa::SampleSpiral before = CurrentSpiral();
+    for (const double frequency : {0.0, -1.0, double(nan), double(infinity), 1e-300, 1e300})
+        EXPECT_FALSE(vexa::SetSampleFrequency(1000, frequency)) << frequency;
+    EXPECT_EQ(CurrentSpiral().T, before.T);
+    EXPECT_EQ(CurrentSpiral().alphap, before.alphap);
+}
+
+TEST(SampleFunction, HasABlockFormOfTheSameValues) {
+    Load(Ramp(300));
+    ASSERT_TRUE(vexa::SetSampleFrequency(1000, 30));
+    std::vector<float> x;
+    std::vector<float> y;
+    for (int i = -50; i < 50; i++) {
+        x.push_back(static_cast<float>(i) * 0.13F);
+        y.push_back(static_cast<float>(i * i % 37) * 0.2F - 3);
+    }
+    std::vector<float> values(x.size());
+    vexa::SampleFunction().Evaluate(x.data(), y.data(), values.data(), x.size());
+    for (std::size_t i = 0; i < x.size(); i++)
+        EXPECT_EQ(values[i], sampler2rfun(x[i], y[i]));
+}
+
+TEST(LoadSample, NormalisesToAPeakOfOne) {
+    const TemporaryFolder folder;
+    folder.Write("short.wav", test::ShortWav({0, 8192, -16384, 4096}, 8000, 1));
+    ASSERT_TRUE(LoadSample(folder.Path() / "short.wav"));
+    EXPECT_EQ(*CurrentSpiral().sample, (std::vector<float>{0, 0.5F, -1, 0.25F}));
+    EXPECT_EQ(CurrentSpiral().samplelength, 4);
+    Load({0, 0, 0});
+    EXPECT_EQ(*CurrentSpiral().sample, (std::vector<float>{0, 0, 0})) << "silence is not scaled";
+    std::vector<float> opposite{0.5F, -0.5F, 0.5F, 0.25F};
+    ASSERT_TRUE(test::WriteSound(folder.Path() / "two.flac", opposite, 8000, 2));
+    ASSERT_TRUE(LoadSample(folder.Path() / "two.flac"));
+    EXPECT_EQ(*CurrentSpiral().sample, (std::vector<float>{0, 1})) << "the mean of the channels";
+}
+
+TEST(LoadSample, KeepsTheSampleWhenThereIsNoOther) {
+    const TemporaryFolder folder;
+    Load({1, 0.5F});
+    const auto refuse = [&](const char* name, const char* reason) {
+        const auto loaded = LoadSample(folder.Path() / name);
+        ASSERT_FALSE(loaded) << name;
+        EXPECT_NE(loaded.Fault().text.find(name), std::string::npos) << loaded.Fault().text;
+        EXPECT_NE(loaded.Fault().text.find(reason), std::string::npos) << loaded.Fault().text;
+        EXPECT_EQ(*CurrentSpiral().sample, (std::vector<float>{1, 0.5F}));
+    };
+    folder.Write("text.txt", "This is a text.");
+    folder.Write("empty.wav", "");
+    folder.Write("headed.wav", test::ShortWav({}, 44100, 1));
+    refuse("text.txt", "");
+    refuse("empty.wav", "");
+    refuse("headed.wav", "no sound");
+    refuse("missing.wav", "No such file");
+    refuse("none/missing.wav", "no such folder");
+    refuse("", "");
+
+    // A header that promises more than the file holds gives what there is.
+    std::string cut = test::ShortWav(std::vector<int>(1000, 16384), 44100, 1);
+    cut.resize(44 + 200);
+    ASSERT_TRUE(LoadSample(folder.Write("cut.wav", cut)));
+    EXPECT_EQ(CurrentSpiral().samplelength, 100);
+}
+
+TEST(LoadSample, MayHappenWhileAnotherThreadPlays) {
+    std::atomic<bool> stop = false;
+    std::atomic<int> faults = 0;
+    Load(std::vector<float>(100, 1.0F));
+    std::thread player([&] {
+        kits::Reader reader;
+        while (!stop) {
+            const kits::Reader::Section section(reader);
+            const vexa::SampleSpiral& spiral = CurrentSpiral();
+            if (spiral.sample->size() != static_cast<std::size_t>(spiral.samplelength) ||
+                std::abs(sampler2rfun(0.3F, 0.4F) - 1) > 1e-6F)
+                faults++;
+        }
+    });
+    for (std::size_t i = 1; i < 40; i++) {
+        Load(std::vector<float>(i * 500 % 3001 + 1, 0.5F));
+        vexa::SetSampleFrequency(1000, static_cast<double>(i));
+    }
+    stop = true;
+    player.join();
+    EXPECT_EQ(faults, 0);
+    EXPECT_EQ(kits::CollectRetired(), 0U);
+}
+
+TEST(SampleFileName, IsTheLeafInTheSamplesFolderOnly) {
+    const TemporaryFolder folder;
+    const fs::path program = fs::canonical(folder.Path());
+    folder.Write("samples/a.wav", "");
+    folder.Write("samples/more/a.wav", "");
+    const auto name = [&](const char* path) {
+        return vexa::SampleFileName((program / path).string(), program);
+    };
+    EXPECT_EQ(name("samples/a.wav"), "a.wav");
+    EXPECT_EQ(name("samples//a.wav"), "a.wav");
+    EXPECT_EQ(name("samples/more/../a.wav"), "a.wav");
+    EXPECT_EQ(name("samples/more/a.wav"), (program / "samples/more/a.wav").string());
+    EXPECT_EQ(name("a.wav"), (program / "a.wav").string());
+    EXPECT_EQ(vexa::SampleFileName("/usr/a.wav", program / "none"), "/usr/a.wav");
+    const test::CurrentFolder current(program);
+    EXPECT_EQ(vexa::SampleFileName("samples/a.wav", "."), "a.wav");
+    EXPECT_EQ(vexa::SampleFileName("b.wav", "."), (program / "b.wav").string());
+}
+
+} // namespace

@@ -1,0 +1,71 @@
+#include "kits/storage/Entry.h"
+
+#include "kits/storage/ReadFile.h"
+#include "support/Environment.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using test::TemporaryFolder;
+
+TEST(Path, IsAbsoluteAndInOneForm) {
+    EXPECT_STREQ(BPath("/a//b/./c/../").Path(), "/a/b");
+    EXPECT_STREQ(BPath("/a", "b/c").Path(), "/a/b/c");
+    EXPECT_STREQ(BPath("/a/b").Leaf(), "b");
+    EXPECT_STREQ(BPath("/").Path(), "/");
+    EXPECT_STREQ(BPath("/").Leaf(), "");
+    EXPECT_EQ(BPath().InitCheck(), B_NO_INIT);
+    EXPECT_EQ(BPath("").InitCheck(), B_NO_INIT);
+    EXPECT_EQ(BPath("/a", "/b").InitCheck(), B_NO_INIT) << "an absolute leaf";
+    const test::CurrentFolder current("/usr");
+    EXPECT_EQ(BPath("bin/"), BPath("/usr/bin"));
+
+    BPath path("/a/b");
+    EXPECT_EQ(path.GetParent(&path), B_OK);
+    EXPECT_STREQ(path.Path(), "/a");
+    EXPECT_EQ(path.GetParent(&path), B_OK);
+    EXPECT_EQ(path.GetParent(&path), B_ENTRY_NOT_FOUND);
+}
+
+TEST(Entry, HasOnePathAndFollowsItsOwnLinkOnRequest) {
+    const TemporaryFolder folder;
+    const fs::path real = fs::canonical(folder.Path());
+    folder.Write("real/file", "");
+    fs::create_directory_symlink("real", real / "link");
+    fs::create_symlink("file", real / "real/alias");
+
+    const BEntry alias((real / "link/alias").c_str());
+    BPath path;
+    EXPECT_EQ(alias.GetPath(&path), B_OK);
+    EXPECT_EQ(path.Path(), (real / "real/alias").string());
+    entry_ref ref;
+    EXPECT_EQ(alias.GetRef(&ref), B_OK);
+    EXPECT_EQ(ref, (entry_ref{(real / "real").string(), "alias"}));
+    EXPECT_EQ(BEntry(&ref, true).GetPath(&path), B_OK);
+    EXPECT_EQ(path.Path(), (real / "real/file").string());
+
+    BEntry parent;
+    EXPECT_EQ(alias.GetParent(&parent), B_OK);
+    EXPECT_TRUE(parent.Exists());
+    EXPECT_FALSE(BEntry((real / "none").c_str()).Exists());
+    EXPECT_EQ(BEntry((real / "none").c_str()).InitCheck(), B_OK);
+    EXPECT_NE(BEntry((real / "none/file").c_str()).InitCheck(), B_OK);
+}
+
+TEST(ReadFile, GivesAllBytesOrTheReason) {
+    const TemporaryFolder folder;
+    const std::string content = std::string(200'000, 'a') + '\0' + "\r\n\n";
+    EXPECT_EQ(*kits::ReadFile(folder.Write("file", content)), content);
+    EXPECT_NE(kits::ReadFile(folder.Path() / "none").Fault().text.find("none: No such file"),
+              std::string::npos);
+    EXPECT_FALSE(kits::ReadFile(folder.Path()));
+    EXPECT_FALSE(kits::ReadFile("/dev/zero"));
+    ASSERT_EQ(::mkfifo((folder.Path() / "fifo").c_str(), 0600), 0);
+    EXPECT_FALSE(kits::ReadFile(folder.Path() / "fifo")) << "does not wait for a writer";
+}
+
+} // namespace

@@ -1,0 +1,173 @@
+#include "kits/media/MediaFile.h"
+#include "kits/media/SoundFileWriter.h"
+#include "support/SoundFiles.h"
+#include "support/TemporaryFolder.h"
+
+#include <cmath>
+#include <limits>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using test::Contents;
+using test::ReadSound;
+using test::TemporaryFolder;
+using test::WriteSound;
+
+std::vector<float> Tone(std::size_t frames) {
+    std::vector<float> values(frames);
+    for (std::size_t i = 0; i < frames; i++)
+        values[i] = 0.7F * static_cast<float>(std::sin(0.05 * static_cast<double>(i)));
+    return values;
+}
+
+TEST(SoundFileWriter, WritesWhatIsReadBack) {
+    struct Case {
+        const char* name;
+        float tolerance;
+    };
+    const TemporaryFolder folder;
+    const std::vector<float> tone = Tone(50'000);
+    for (const Case& c : {Case{"a.wav", 0}, Case{"a.FLAC", 1.2e-7F}, Case{"a.Ogg", 0.05F}}) {
+        const auto written = WriteSound(folder.Path() / c.name, tone, 44100);
+        ASSERT_TRUE(written) << written.Fault().text;
+        const test::DecodedSound sound = ReadSound(folder.Path() / c.name, 1);
+        EXPECT_EQ(sound.frameRate, 44100) << c.name;
+        ASSERT_EQ(sound.values.size(), tone.size()) << c.name;
+        float worst = 0;
+        for (std::size_t i = 0; i < tone.size(); i++)
+            worst = std::max(worst, std::abs(sound.values[i] - tone[i]));
+        EXPECT_LE(worst, c.tolerance) << c.name;
+    }
+    ASSERT_TRUE(WriteSound(folder.Path() / "two.wav", {0.5F, -0.25F, 1.0F, 0.0F}, 48000, 2));
+    const test::DecodedSound stereo = ReadSound(folder.Path() / "two.wav", 0);
+    EXPECT_EQ(stereo.channels, 2U);
+    EXPECT_EQ(stereo.values, (std::vector<float>{0.5F, -0.25F, 1.0F, 0.0F}));
+}
+
+TEST(SoundFileWriter, WritesTheSameBytesEveryTime) {
+    const TemporaryFolder folder;
+    for (const char* name : {"a.wav", "a.flac", "a.ogg"}) {
+        const fs::path file = folder.Path() / name;
+        ASSERT_TRUE(WriteSound(file, Tone(100'000), 44100));
+        const std::string first = Contents(file);
+        ASSERT_TRUE(WriteSound(file, Tone(100'000), 44100));
+        EXPECT_EQ(first, Contents(file)) << name;
+        EXPECT_EQ(first.find("PEAK"), std::string::npos);
+    }
+    EXPECT_EQ(Contents(folder.Path() / "a.ogg").substr(14, 4), "axeV") << "the serial number";
+}
+
+TEST(SoundFileWriter, ClipsWhereTheFormatDoesAndSilencesWhatIsNoNumber) {
+    const TemporaryFolder folder;
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const float infinity = std::numeric_limits<float>::infinity();
+    const std::vector<float> values{2.0F, -2.0F, nan, infinity, -infinity, 0.5F, -1e30F};
+    ASSERT_TRUE(WriteSound(folder.Path() / "a.wav", values, 44100));
+    EXPECT_EQ(ReadSound(folder.Path() / "a.wav", 1).values,
+              (std::vector<float>{2.0F, -2.0F, 0, 0, 0, 0.5F, -1e30F}));
+    ASSERT_TRUE(WriteSound(folder.Path() / "a.flac", values, 44100));
+    const float most = 1 - 0x1p-23F;
+    EXPECT_EQ(ReadSound(folder.Path() / "a.flac", 1).values,
+              (std::vector<float>{most, -1, 0, 0, 0, 0.5F, -1}));
+    EXPECT_TRUE(WriteSound(folder.Path() / "a.ogg", values, 44100));
+}
+
+TEST(SoundFileWriter, ReportsWhatCannotBeWritten) {
+    const TemporaryFolder folder;
+    const auto unknown = kits::SoundFileFormatOf("tune.mp4");
+    ASSERT_FALSE(unknown);
+    EXPECT_EQ(unknown.Fault().text,
+              "tune.mp4: the name of a sound file ends in one of .wav, .flac, .ogg");
+    EXPECT_FALSE(kits::SoundFileFormatOf("wav"));
+    const auto channels = WriteSound(folder.Path() / "a.flac", {}, 44100, 9);
+    ASSERT_FALSE(channels);
+    EXPECT_NE(channels.Fault().text.find("a.flac: the format has no 9 channels"),
+              std::string::npos);
+
+    std::vector<float> noise(400'000);
+    unsigned state = 1;
+    for (float& value : noise)
+        value = static_cast<float>(state = state * 1664525 + 1013904223) * 0x1p-32F;
+    for (const char* name : {"a.wav", "a.flac", "a.ogg"}) {
+        kits::Result<void> written;
+        test::WithFileSizeLimit(50'000,
+                                [&] { written = WriteSound(folder.Path() / name, noise, 44100); });
+        ASSERT_FALSE(written) << name;
+        EXPECT_NE(written.Fault().text.find(name), std::string::npos) << written.Fault().text;
+    }
+    EXPECT_EQ(folder.Count(), 0U) << "no file is left half written";
+}
+
+TEST(MediaFile, MixesAnyNumberOfChannelsAndTakesAnySampleType) {
+    const TemporaryFolder folder;
+    std::vector<float> seven;
+    for (int frame = 0; frame < 5000; frame++) {
+        for (int channel = 0; channel < 7; channel++)
+            seven.push_back(static_cast<float>(frame % 100 + channel) / 128);
+    }
+    ASSERT_TRUE(WriteSound(folder.Path() / "seven.wav", seven, 22050, 7));
+    const test::DecodedSound mixed = ReadSound(folder.Path() / "seven.wav", 1);
+    ASSERT_EQ(mixed.values.size(), 5000U);
+    EXPECT_EQ(mixed.channels, 1U);
+    for (std::size_t i = 0; i < mixed.values.size(); i++)
+        ASSERT_FLOAT_EQ(mixed.values[i], static_cast<float>(i % 100 + 3) / 128);
+
+    folder.Write("short.wav", test::ShortWav({16384, -32768, 0, -8192}, 8000, 2));
+    EXPECT_EQ(ReadSound(folder.Path() / "short.wav", 1).values,
+              (std::vector<float>{-0.25F, -0.125F}));
+
+    // AIFF: most significant byte first; 8000 Hz as an 80-bit float; 8 bits per value.
+    const std::string aiff("FORM\0\0\0\x32"
+                           "AIFFCOMM\0\0\0\x12\0\1\0\0\0\4\0\x08\x40\x0b\xfa\0\0\0\0\0\0\0"
+                           "SSND\0\0\0\x0c\0\0\0\0\0\0\0\0\x40\xc0\0\x20",
+                           58);
+    folder.Write("byte.aiff", aiff);
+    const test::DecodedSound bytes = ReadSound(folder.Path() / "byte.aiff", 1);
+    EXPECT_EQ(bytes.frameRate, 8000);
+    EXPECT_EQ(bytes.values, (std::vector<float>{0.5F, -0.5F, 0, 0.25F}));
+
+    // MPEG 1 layer 3, 128 kbit/s, 44.1 kHz, one channel: frames of 417 bytes that hold silence.
+    std::string mp3;
+    for (int i = 0; i < 20; i++)
+        mp3 += "\xff\xfb\x90\xc4" + std::string(413, '\0');
+    folder.Write("silent.mp3", mp3);
+    const test::DecodedSound silent = ReadSound(folder.Path() / "silent.mp3", 1);
+    EXPECT_EQ(silent.frameRate, 44100);
+    EXPECT_GT(silent.values.size(), 15U * 1152U);
+}
+
+TEST(MediaFile, CountsValuesThatAreNotFiniteAsZero) {
+    const TemporaryFolder folder;
+    ASSERT_TRUE(WriteSound(folder.Path() / "a.wav", {1, 1, 1, 0.5F}, 44100, 2));
+    // The last eight bytes are one frame; its first value becomes a NaN, then an infinity.
+    for (const char* bytes : {"\0\0\xc0\x7f", "\0\0\x80\xff"}) {
+        std::string content = Contents(folder.Path() / "a.wav");
+        content.replace(content.size() - 8, 4, std::string(bytes, 4));
+        EXPECT_EQ(ReadSound(folder.Write("b.wav", content), 1).values,
+                  (std::vector<float>{1, 0.25F}));
+    }
+}
+
+TEST(MediaFile, SaysWhyItIsNotRead) {
+    const TemporaryFolder folder;
+    const auto check = [&](const char* name, status_t status, const char* reason) {
+        const entry_ref ref{folder.Path().string(), name};
+        BMediaFile file(&ref);
+        EXPECT_EQ(file.InitCheck(), status) << name;
+        EXPECT_EQ(file.TrackAt(0), nullptr);
+        EXPECT_NE(file.Fault().find(std::string(name) + ": " + reason), std::string::npos)
+            << file.Fault();
+    };
+    folder.Write("text", "Words are not a sound, however many of them there are.");
+    folder.Write("folder/file", "");
+    folder.Write("empty.wav", "");
+    check("text", B_BAD_TYPE, "");
+    check("empty.wav", B_BAD_TYPE, "");
+    check("folder", B_BAD_TYPE, "not a file");
+    check("none", B_ENTRY_NOT_FOUND, "No such file");
+}
+
+} // namespace

@@ -16,8 +16,7 @@ MXFragment::MXFragment(long type, MXString name, MXString attributeText)
 
 MXFragment::MXFragment(MXString name, MXString attributeText, MXString text)
     : MXFragment(MX_ELEMENT, std::move(name), std::move(attributeText)) {
-    if (Add(std::move(text)) != 0)
-        throw std::bad_alloc();
+    Adopt(std::make_unique<MXFragment>(MX_TEXT, std::move(text)));
 }
 
 int32 MXFragment::ParseString(MXString& text) {
@@ -29,11 +28,9 @@ int32 MXFragment::ParseString(MXString& text) {
     auto next = std::make_unique<MXFragment>(MX_UNPARSED);
     while (!open.empty()) {
         if (next->ParseHead(text) == MX_OK) {
-            MXFragment* child = next.get();
-            if (open.back()->Add(std::move(next)) != 0)
-                throw std::bad_alloc();
-            if (child->type == MX_ELEMENT)
-                open.push_back(child);
+            MXFragment& child = open.back()->Adopt(std::move(next));
+            if (child.type == MX_ELEMENT)
+                open.push_back(&child);
             next = std::make_unique<MXFragment>(MX_UNPARSED);
         } else {
             // The end tag, or whatever stands where none of the children can be read.
@@ -216,18 +213,21 @@ void MXFragment::CollectInto(MXFragmentList& found, long mask, const MXString& w
 }
 
 int32 MXFragment::Add(MXString text) {
-    return Add(std::make_unique<MXFragment>(MX_TEXT, std::move(text)));
+    auto child = std::make_unique<MXFragment>(MX_TEXT, std::move(text));
+    if (Add(child.get()) != 0)
+        return -1;
+    static_cast<void>(child.release());
+    return 0;
 }
 
 int32 MXFragment::Add(MXFragment* child) {
     return child && children.AddItem(child) ? 0 : -1;
 }
 
-int32 MXFragment::Add(std::unique_ptr<MXFragment> child) {
+MXFragment& MXFragment::Adopt(std::unique_ptr<MXFragment> child) {
     if (Add(child.get()) != 0)
-        return -1;
-    static_cast<void>(child.release());
-    return 0;
+        throw std::bad_alloc();
+    return *child.release();
 }
 
 MXString MXFragment::GetContainedText() const {

@@ -63,7 +63,8 @@ class MXFragment {
     /// children.
     int32 Add(MXString text);
     int32 Add(MXFragment* child);
-    int32 Add(std::unique_ptr<MXFragment> child);
+    /// The same for building trees: returns the child, throws bad_alloc if the list cannot grow.
+    MXFragment& Adopt(std::unique_ptr<MXFragment> child);
 
     /// The texts of this subtree, without those in comments and CDATA sections.
     MXString GetContainedText() const;

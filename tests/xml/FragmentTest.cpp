@@ -145,7 +145,7 @@ class RandomTree {
             // Two texts side by side would be read as one.
             const unsigned kind = Below(afterText ? 5 : 6);
             afterText = kind == 5;
-            element->Add(Child(kind, depth));
+            element->Adopt(Child(kind, depth));
         }
         return element;
     }

@@ -7,10 +7,10 @@
 
 namespace vexa {
 
-static_assert(sizeof(MXFragment) <= 112, "a document in memory is mostly made of fragments");
+static_assert(sizeof(MXFragment) <= 104, "a document in memory is mostly made of fragments");
 
 MXFragment::MXFragment(long type, MXString name, MXString attributeText)
-    : name(std::move(name)), type(type) {
+    : type(static_cast<int32>(type)), name(std::move(name)) {
     attributes.ParseString(attributeText);
 }
 
@@ -75,7 +75,7 @@ int32 MXFragment::ParseHead(MXString& text) {
 
 /// A fragment that is kept as it stands between its marks.
 int32 MXFragment::ParseEnclosed(MXString& text, const char* opening, const char* closing,
-                                long enclosed, int32 unclosed) {
+                                int32 enclosed, int32 unclosed) {
     text.Remove(0, static_cast<int64>(std::string_view(opening).size()));
     name = text.SplitOffAtFirst(closing);
     if (text.Length() == 0)

@@ -24,12 +24,12 @@ enum : long {
 /// tag is not looked at; and a fault inside an element ends the element instead of the reading.
 ///
 /// A tree may be of any depth and size: no operation recurses, and each takes time in proportion to
-/// the text or the tree. A fragment is 112 bytes plus its entry among its siblings, plus a name of
+/// the text or the tree. A fragment is 104 bytes plus its entry among its siblings, plus a name of
 /// more than 15 bytes; an attribute is 80 bytes plus the texts beyond 15 bytes.
 class MXFragment {
   public:
-    explicit MXFragment(long type) : type(type) {}
-    MXFragment(long type, MXString name) : name(std::move(name)), type(type) {}
+    explicit MXFragment(long type) : type(static_cast<int32>(type)) {}
+    MXFragment(long type, MXString name) : type(static_cast<int32>(type)), name(std::move(name)) {}
     /// Attributes are read from `attributeText` as far as they are valid.
     MXFragment(long type, MXString name, MXString attributeText);
     /// An element that holds a text.
@@ -71,7 +71,13 @@ class MXFragment {
 
     long Type() const { return type; }
 
-    MXAttributeList attributes;
+    /// Ends in four unused bytes, which the type fits into.
+    [[no_unique_address]] MXAttributeList attributes;
+
+  private:
+    int32 type;
+
+  public:
     MXFragmentList children;
     /// Of a text, a comment and a CDATA section their text instead.
     MXString name;
@@ -80,15 +86,13 @@ class MXFragment {
     friend class MXFragmentList;
     void CollectInto(MXFragmentList& found, long mask, const MXString& wanted);
     int32 ParseHead(MXString& text);
-    int32 ParseEnclosed(MXString& text, const char* opening, const char* closing, long enclosed,
+    int32 ParseEnclosed(MXString& text, const char* opening, const char* closing, int32 enclosed,
                         int32 unclosed);
     int32 ParseInstruction(MXString& text);
     int32 ParseTag(MXString& text);
     void AppendOpening(MXString& text) const;
     void AppendClosing(MXString& text) const;
     bool IsOneLine() const;
-
-    long type;
 };
 
 } // namespace vexa

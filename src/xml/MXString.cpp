@@ -1,10 +1,21 @@
 #include "xml/MXString.h"
 
+#include <algorithm>
+
 namespace vexa {
 
 namespace {
 
-constexpr std::string_view kBlanks = " \t\n\r";
+constexpr bool IsBlank(char byte) {
+    return byte == ' ' || byte == '\t' || byte == '\n' || byte == '\r';
+}
+
+/// How many bytes of the text are blanks before the first other one.
+std::size_t LeadingBlanks(std::string_view text) {
+    return static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), IsBlank) -
+                                    text.begin());
+}
+
 /// The single bytes that end a name. "%" does so only in a pair.
 constexpr std::string_view kNameSeparators = " \t\n\r/?\"$#;[%";
 
@@ -35,20 +46,18 @@ MXString MXString::SplitOffAtFirstNonNameChar() {
 
 bool MXString::BeginsWithLt() const {
     const std::string_view text = *this;
-    const std::size_t first = text.find_first_not_of(kBlanks);
-    return first != text.npos && text[first] == '<';
+    return text.substr(LeadingBlanks(text)).starts_with('<');
 }
 
 MXString& MXString::RemoveLeadingSpace() {
-    const std::size_t first = std::string_view(*this).find_first_not_of(kBlanks);
-    Remove(0, first == std::string_view::npos ? Length() : static_cast<int64>(first));
+    Remove(0, static_cast<int64>(LeadingBlanks(*this)));
     return *this;
 }
 
 MXString& MXString::RemoveTrailingSpace() {
-    const std::size_t last = std::string_view(*this).find_last_not_of(kBlanks);
-    const int64 kept = last == std::string_view::npos ? 0 : static_cast<int64>(last) + 1;
-    Remove(kept, Length() - kept);
+    const std::string_view text = *this;
+    const auto blanks = std::find_if_not(text.rbegin(), text.rend(), IsBlank) - text.rbegin();
+    Remove(Length() - blanks, blanks);
     return *this;
 }
 

@@ -206,6 +206,38 @@ TEST(SoundDocument, WithoutAFunctionNothingIsTaken) {
     EXPECT_EQ(sound, RandomSound(2));
 }
 
+TEST(SoundDocument, AFileThatWasCutOffGivesWhatIsInIt) {
+    const Sound written = RandomSound(4);
+    const Sound before = RandomSound(5);
+    const std::string text(
+        std::string_view(ConstructSoundElement(written)->AssembleString("", "  ")));
+    int taken = 0;
+    for (std::size_t length = 0; length < text.size(); length++) {
+        MXString given(std::string_view(text).substr(0, length));
+        const MXDocument document(given);
+        Sound sound = before;
+        Warnings warnings;
+        if (!document.root || !InterpretSound(*document.root, sound, warnings)) {
+            EXPECT_EQ(sound, before);
+            continue;
+        }
+        taken++;
+        for (std::size_t i = 0; i < sound.texts.size(); i++) {
+            // The escaped characters at a text's end may be cut in the middle.
+            const std::string& got = sound.texts[i];
+            ASSERT_TRUE(got == before.texts[i] || written.texts[i].starts_with(got.substr(
+                                                      0, got.find_first_not_of("0123456789"))))
+                << length << ": " << got;
+        }
+        for (std::size_t i = 0; i < sound.envelopes.size(); i++)
+            ASSERT_TRUE(sound.envelopes[i] == before.envelopes[i] ||
+                        sound.envelopes[i].size() <= written.envelopes[i].size());
+        // Until the last element has begun, something is missing.
+        EXPECT_EQ(warnings.empty(), length >= text.find("<fy>") + 4) << length;
+    }
+    EXPECT_GT(taken, 1000);
+}
+
 TEST(SoundDocument, AFunctionDocumentIsASoundThatLacksTheRest) {
     const TemporaryFolder folder;
     const auto path = folder.Path() / "f";

@@ -1,0 +1,31 @@
+// From a sound's texts and points to what is heard.
+#pragma once
+
+#include "documents/Sound.h"
+#include "synth/ParameterTable.h"
+
+namespace vexa {
+
+/// Why a field's text was not taken.
+enum class TextFault {
+    None,
+    /// A float field whose text is a NaN.
+    NotANumber,
+    /// A controller field whose number is not 0..127; kInvalidController is the alert for it.
+    ControllerNumber,
+};
+
+constexpr const char* kInvalidController = "Controller number must be between 0 and 127.";
+
+/// Sets the parameter that the row is of to what the text means, or leaves it as it is if there is
+/// a fault. A text that is no number means 0. The same in every locale. Window thread.
+TextFault ApplyText(const Parameter& row, const std::string& text, sound_param& target);
+
+/// ApplyText for all of the sound's texts. Returns the faults in words, each with its field, its
+/// element and the text. Window thread.
+std::vector<std::string> ApplyParameters(const Sound& sound, sound_param& target);
+
+/// Replaces and publishes the points of the target's envelopes. Window thread.
+void ApplyEnvelopes(const Sound& sound, sound_param& target);
+
+} // namespace vexa

@@ -1,0 +1,41 @@
+// A plane function as a document holds it: the texts of the window's fields.
+#pragma once
+
+#include <string>
+
+namespace vexa {
+
+enum class FunctionKind { Expression, Sample };
+
+/// The author of what was edited since it was loaded.
+constexpr const char* kDefaultAuthor = "Beta User";
+
+/// Where the plane function comes from and how the plane view shows it. The texts are as they were
+/// typed, and none of them is known to be valid. The values here are those of a fresh window.
+struct Function {
+    /// The texts of a point's two fields.
+    struct Point {
+        std::string x;
+        std::string y;
+        bool operator==(const Point&) const = default;
+    };
+
+    FunctionKind kind = FunctionKind::Expression;
+    std::string author = kDefaultAuthor;
+    /// In x and y; of the kind Expression.
+    std::string expression = "(5*(x*y*y-y*x*x)-3*(x-y))/((1+x*x+y*y)*(1+x*x+y*y))";
+    /// The name of a file in the samples folder, or a path from "/"; of the kind Sample, as is the
+    /// frequency (Hz).
+    std::string sampleFile;
+    std::string frequency = "440";
+    /// Width of the part of the plane that is shown.
+    std::string width = "15";
+    /// The point of the plane that is shown at the point of the view, which is relative to the
+    /// view's size (0..1).
+    Point linkFunction{"0", "0"};
+    Point linkScreen{"0.5", "0.5"};
+
+    bool operator==(const Function&) const = default;
+};
+
+} // namespace vexa

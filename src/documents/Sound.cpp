@@ -1,0 +1,13 @@
+#include "documents/Sound.h"
+
+#include "synth/ParameterTable.h"
+
+namespace vexa {
+
+Sound::Sound() {
+    for (const Parameter& row : Parameters())
+        texts.emplace_back(row.initialText);
+    envelopes.fill({EnvPoint{}});
+}
+
+} // namespace vexa

@@ -1,0 +1,26 @@
+// A file as the holder of attributes.
+#pragma once
+
+#include "kits/support/String.h"
+#include "kits/support/SupportDefs.h"
+
+/// An existing file or folder. Attributes are the file system's extended attributes of the user's
+/// name space: the attribute "a" is "user.a". Any thread.
+class BNode {
+  public:
+    explicit BNode(const char* path);
+    ~BNode();
+    BNode(const BNode&) = delete;
+    BNode& operator=(const BNode&) = delete;
+
+    /// B_OK, or why the file could not be opened.
+    status_t InitCheck() const { return status; }
+
+    status_t WriteAttrString(const char* name, const BString* data);
+    /// B_ENTRY_NOT_FOUND if there is no such attribute.
+    status_t ReadAttrString(const char* name, BString* result) const;
+
+  private:
+    int descriptor = -1;
+    status_t status = B_OK;
+};

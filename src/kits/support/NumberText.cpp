@@ -1,0 +1,22 @@
+#include "kits/support/NumberText.h"
+
+#include <charconv>
+#include <cstdlib>
+
+#include <locale.h>
+
+namespace kits {
+
+double NumberOf(const std::string& text) {
+    static const locale_t cLocale = ::newlocale(LC_ALL_MASK, "C", nullptr);
+    return ::strtod_l(text.c_str(), nullptr, cLocale);
+}
+
+std::string FixedText(double number) {
+    // 309 digits before the point, six after it, sign and point.
+    char text[320];
+    const auto end = std::to_chars(text, text + sizeof text, number, std::chars_format::fixed, 6);
+    return {text, end.ptr};
+}
+
+} // namespace kits

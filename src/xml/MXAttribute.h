@@ -1,0 +1,23 @@
+// A name and a value inside a tag.
+#pragma once
+
+#include "xml/MXString.h"
+
+namespace vexa {
+
+/// Both texts are as they stand in the document: nothing in them is escaped or resolved, so a value
+/// with a double quote in it cannot be read back.
+class MXAttribute {
+  public:
+    MXAttribute() = default;
+    MXAttribute(MXString name, MXString value) : name(std::move(name)), value(std::move(value)) {}
+
+    MXString AssembleString() const;
+    /// The same, appended to `text`.
+    void AppendTo(MXString& text) const;
+
+    MXString name;
+    MXString value;
+};
+
+} // namespace vexa

@@ -1,0 +1,62 @@
+#include "xml/MXAttributeList.h"
+
+#include "xml/MXStatus.h"
+
+#include <memory>
+#include <new>
+
+namespace vexa {
+
+int32 MXAttributeList::ParseString(MXString& text) {
+    MakeEmpty();
+    text.RemoveLeadingSpace();
+    while (text.Length() > 0) {
+        MXString name = text.SplitOffAtFirst("=");
+        if (text.Length() == 0)
+            return MX_BAD_ATTRIBUTE;
+        text.Remove(0, 1);
+        text.RemoveLeadingSpace();
+        if (text[0] != '"')
+            return MX_BAD_ATTRIBUTE;
+        text.Remove(0, 1);
+        MXString value = text.SplitOffAtFirst("\"");
+        if (text[0] != '"')
+            return MX_BAD_ATTRIBUTE;
+        text.Remove(0, 1);
+        text.RemoveLeadingSpace();
+        auto attribute = std::make_unique<MXAttribute>(std::move(name), std::move(value));
+        if (!AddItem(attribute.get()))
+            throw std::bad_alloc();
+        static_cast<void>(attribute.release());
+    }
+    return MX_OK;
+}
+
+MXString MXAttributeList::AssembleString() const {
+    MXString text;
+    AppendTo(text);
+    return text;
+}
+
+void MXAttributeList::AppendTo(MXString& text) const {
+    for (int32 i = 0; i < CountItems(); i++) {
+        text.Append(" ");
+        ItemAt(i)->AppendTo(text);
+    }
+}
+
+MXString MXAttributeList::GetValue(MXString name) const {
+    for (int32 i = 0; i < CountItems(); i++) {
+        if (ItemAt(i)->name == name)
+            return ItemAt(i)->value;
+    }
+    return {};
+}
+
+void MXAttributeList::MakeEmpty() {
+    for (int32 i = 0; i < CountItems(); i++)
+        delete ItemAt(i);
+    BList::MakeEmpty();
+}
+
+} // namespace vexa

@@ -1,0 +1,243 @@
+#include "xml/MXFragment.h"
+
+#include "xml/FragmentWalk.h"
+#include "xml/MXStatus.h"
+
+#include <new>
+
+namespace vexa {
+
+static_assert(sizeof(MXFragment) <= 104, "a document in memory is mostly made of fragments");
+
+MXFragment::MXFragment(long type, MXString name, MXString attributeText)
+    : type(static_cast<int32>(type)), name(std::move(name)) {
+    attributes.ParseString(attributeText);
+}
+
+MXFragment::MXFragment(MXString name, MXString attributeText, MXString text)
+    : MXFragment(MX_ELEMENT, std::move(name), std::move(attributeText)) {
+    Adopt(std::make_unique<MXFragment>(MX_TEXT, std::move(text)));
+}
+
+int32 MXFragment::ParseString(MXString& text) {
+    const int32 status = ParseHead(text);
+    if (status != MX_OK || type != MX_ELEMENT)
+        return status;
+    // The elements whose end is still to come, the innermost last.
+    std::vector<MXFragment*> open{this};
+    auto next = std::make_unique<MXFragment>(MX_UNPARSED);
+    while (!open.empty()) {
+        if (next->ParseHead(text) == MX_OK) {
+            MXFragment& child = open.back()->Adopt(std::move(next));
+            if (child.type == MX_ELEMENT)
+                open.push_back(&child);
+            next = std::make_unique<MXFragment>(MX_UNPARSED);
+        } else {
+            // The end tag, or whatever stands where none of the children can be read.
+            text.RemovePastFirst(">");
+            open.pop_back();
+        }
+    }
+    return MX_OK;
+}
+
+/// Reads all but an element's children and end tag.
+int32 MXFragment::ParseHead(MXString& text) {
+    type = MX_UNPARSED;
+    attributes.MakeEmpty();
+    children.MakeEmpty();
+    const bool isMarkup = text.BeginsWithLt();
+    text.RemoveLeadingSpace();
+    if (!isMarkup) {
+        MXString content = text.SplitOffAtFirst("<");
+        content.ResolveLtAmpRef().RemoveTrailingSpace();
+        if (content.Length() == 0)
+            return MX_NOTHING;
+        name = std::move(content);
+        type = MX_TEXT;
+        return MX_OK;
+    }
+    switch (text[1]) {
+    case '/':
+        return MX_END_TAG;
+    case '?':
+        return ParseInstruction(text);
+    case '!':
+        if (text.BeginsWith("<!--"))
+            return ParseEnclosed(text, "<!--", "-->", MX_COMMENT, MX_OPEN_COMMENT);
+        if (text.BeginsWith("<![CDATA["))
+            return ParseEnclosed(text, "<![CDATA[", "]]>", MX_CDATA, MX_OPEN_CDATA);
+        return MX_DECLARATION;
+    default:
+        return ParseTag(text);
+    }
+}
+
+/// A fragment that is kept as it stands between its marks.
+int32 MXFragment::ParseEnclosed(MXString& text, const char* opening, const char* closing,
+                                int32 enclosed, int32 unclosed) {
+    text.Remove(0, static_cast<int64>(std::string_view(opening).size()));
+    name = text.SplitOffAtFirst(closing);
+    if (text.Length() == 0)
+        return unclosed;
+    text.Remove(0, static_cast<int64>(std::string_view(closing).size()));
+    type = enclosed;
+    return MX_OK;
+}
+
+int32 MXFragment::ParseInstruction(MXString& text) {
+    text.Remove(0, 2);
+    name = text.SplitOffAtFirstNonNameChar();
+    MXString attributeText = text.SplitOffAtFirst("?>");
+    attributes.ParseString(attributeText);
+    if (text.Length() == 0)
+        return MX_OPEN_INSTRUCTION;
+    text.Remove(0, 2);
+    type = MX_PROCESSING_INSTRUCTION;
+    return MX_OK;
+}
+
+int32 MXFragment::ParseTag(MXString& text) {
+    MXString tag = text.SplitOffAtFirst(">");
+    if (text.Length() == 0)
+        return MX_OPEN_TAG;
+    text.Remove(0, 1);
+    tag.Remove(0, 1);
+    name = tag.SplitOffAtFirstNonNameChar();
+    type = MX_ELEMENT;
+    if (tag[tag.Length() - 1] == '/') {
+        type = MX_EMPTY_ELEMENT;
+        tag.Remove(tag.Length() - 1, 1);
+    }
+    attributes.ParseString(tag);
+    return MX_OK;
+}
+
+MXString MXFragment::AssembleString() const {
+    MXString text;
+    AppendTo(text);
+    return text;
+}
+
+MXString MXFragment::AssembleString(MXString indent, MXString unit) const {
+    MXString text;
+    AppendTo(text, indent, unit);
+    return text;
+}
+
+void MXFragment::AppendTo(MXString& text) const {
+    WalkFragments(
+        *this,
+        [&text](const MXFragment& fragment) {
+            fragment.AppendOpening(text);
+            return fragment.type == MX_ELEMENT ? WalkStep::Into : WalkStep::Past;
+        },
+        [&text](const MXFragment& element) { element.AppendClosing(text); });
+}
+
+void MXFragment::AppendTo(MXString& text, const MXString& indent, const MXString& unit) const {
+    MXString begin = indent;
+    WalkFragments(
+        *this,
+        [&](const MXFragment& fragment) {
+            text.Append(begin);
+            if (fragment.IsOneLine()) {
+                fragment.AppendTo(text);
+                text.Append("\n");
+                return WalkStep::Past;
+            }
+            fragment.AppendOpening(text);
+            text.Append("\n");
+            begin.Append(unit);
+            return WalkStep::Into;
+        },
+        [&](const MXFragment& element) {
+            begin.Remove(begin.Length() - unit.Length(), unit.Length());
+            text.Append(begin);
+            element.AppendClosing(text);
+            text.Append("\n");
+        });
+}
+
+/// Whether the indented form is the compact one.
+bool MXFragment::IsOneLine() const {
+    if (type != MX_ELEMENT || children.IsEmpty())
+        return true;
+    return children.CountItems() == 1 && children.ItemAt(0)->type != MX_ELEMENT;
+}
+
+/// The start tag of an element, all of any other fragment.
+void MXFragment::AppendOpening(MXString& text) const {
+    switch (type) {
+    case MX_ELEMENT:
+    case MX_EMPTY_ELEMENT:
+        text.Append("<").Append(name);
+        attributes.AppendTo(text);
+        text.Append(type == MX_ELEMENT ? ">" : "/>");
+        break;
+    case MX_PROCESSING_INSTRUCTION:
+        text.Append("<?").Append(name);
+        attributes.AppendTo(text);
+        text.Append("?>");
+        break;
+    case MX_COMMENT:
+        text.Append("<!--").Append(name).Append("-->");
+        break;
+    case MX_TEXT:
+        text.Append(MXString(name).MakeLtAmpRef());
+        break;
+    case MX_CDATA:
+        text.Append("<![CDATA[").Append(name).Append("]]>");
+        break;
+    default:
+        text.Append("!!!!DEFAULT IN MXFragment::AssembleString()!!!!");
+    }
+}
+
+void MXFragment::AppendClosing(MXString& text) const {
+    text.Append("</").Append(name).Append(">");
+}
+
+MXFragmentList MXFragment::FindFragment(long mask, MXString wanted) {
+    MXFragmentList found = MXFragmentList::Borrowing();
+    CollectInto(found, mask, wanted);
+    return found;
+}
+
+void MXFragment::CollectInto(MXFragmentList& found, long mask, const MXString& wanted) {
+    WalkFragments(*this, [&](MXFragment& fragment) {
+        if ((fragment.type & mask) != 0 && fragment.name == wanted && !found.AddItem(&fragment))
+            throw std::bad_alloc();
+        return WalkStep::Into;
+    });
+}
+
+int32 MXFragment::Add(MXString text) {
+    auto child = std::make_unique<MXFragment>(MX_TEXT, std::move(text));
+    if (Add(child.get()) != 0)
+        return -1;
+    static_cast<void>(child.release());
+    return 0;
+}
+
+int32 MXFragment::Add(MXFragment* child) {
+    return child && children.AddItem(child) ? 0 : -1;
+}
+
+MXFragment& MXFragment::Adopt(std::unique_ptr<MXFragment> child) {
+    if (Add(child.get()) != 0)
+        throw std::bad_alloc();
+    return *child.release();
+}
+
+MXString MXFragment::GetContainedText() const {
+    MXString text;
+    WalkFragments(*this, [&text](const MXFragment& fragment) {
+        if (fragment.type == MX_TEXT)
+            text.Append(fragment.name);
+        return fragment.type == MX_ELEMENT ? WalkStep::Into : WalkStep::Past;
+    });
+    return text;
+}
+
+} // namespace vexa

@@ -1,0 +1,98 @@
+// One node of a document's tree, with everything below it.
+#pragma once
+
+#include "xml/MXAttributeList.h"
+#include "xml/MXFragmentList.h"
+
+#include <memory>
+
+namespace vexa {
+
+/// The kinds of fragments; a search takes several of them in one mask.
+enum : long {
+    MX_UNPARSED = -1,
+    MX_ELEMENT = 1,
+    MX_EMPTY_ELEMENT = 2,
+    MX_PROCESSING_INSTRUCTION = 4,
+    MX_COMMENT = 8,
+    MX_TEXT = 16,
+    MX_CDATA = 32,
+};
+
+/// The dialect that is read: a tag ends at its first ">"; attributes stand in double quotes; blanks
+/// around a text are not kept; a comment and a CDATA section are as they stand; the name of an end
+/// tag is not looked at; and a fault inside an element ends the element instead of the reading.
+///
+/// A tree may be of any depth and size: no operation recurses, and each takes time in proportion to
+/// the text or the tree. A fragment is 104 bytes plus its entry among its siblings, plus a name of
+/// more than 15 bytes; an attribute is 80 bytes plus the texts beyond 15 bytes.
+class MXFragment {
+  public:
+    explicit MXFragment(long type) : type(static_cast<int32>(type)) {}
+    MXFragment(long type, MXString name) : type(static_cast<int32>(type)), name(std::move(name)) {}
+    /// Attributes are read from `attributeText` as far as they are valid.
+    MXFragment(long type, MXString name, MXString attributeText);
+    /// An element that holds a text.
+    MXFragment(MXString name, MXString attributeText, MXString text);
+    MXFragment(MXString name, MXString text) : MXFragment(std::move(name), {}, std::move(text)) {}
+    /// As ParseString; without success the type is MX_UNPARSED.
+    explicit MXFragment(MXString& text) : type(MX_UNPARSED) { ParseString(text); }
+    MXFragment(const MXFragment&) = delete;
+    MXFragment& operator=(const MXFragment&) = delete;
+
+    /// Becomes the fragment that it takes from the front of the text. MX_OK, or
+    /// - MX_END_TAG, MX_DECLARATION: only blanks were taken,
+    /// - MX_NOTHING, MX_OPEN_...: all was taken.
+    int32 ParseString(MXString& text);
+
+    /// The compact form, on one line unless a text has several.
+    MXString AssembleString() const;
+    /// One line, beginning with `indent`, for each tag; an element with at most one child, and that
+    /// no element, on one line of its own. Each level begins with one `unit` more.
+    MXString AssembleString(MXString indent, MXString unit) const;
+    /// The same, appended to `text`.
+    void AppendTo(MXString& text) const;
+    void AppendTo(MXString& text, const MXString& indent, const MXString& unit) const;
+
+    /// The fragments of this subtree, this one included, whose type is in `mask` and whose name is
+    /// `name`, in document order.
+    MXFragmentList FindFragment(long mask, MXString name);
+
+    /// Appends a child, which becomes this fragment's; 0, or -1 (and a fragment given by pointer
+    /// stays the caller's) if the list cannot grow. The type stays, and only an element writes its
+    /// children.
+    int32 Add(MXString text);
+    int32 Add(MXFragment* child);
+    /// The same for building trees: returns the child, throws bad_alloc if the list cannot grow.
+    MXFragment& Adopt(std::unique_ptr<MXFragment> child);
+
+    /// The texts of this subtree, without those in comments and CDATA sections.
+    MXString GetContainedText() const;
+
+    long Type() const { return type; }
+
+    /// Ends in four unused bytes, which the type fits into.
+    [[no_unique_address]] MXAttributeList attributes;
+
+  private:
+    int32 type;
+
+  public:
+    MXFragmentList children;
+    /// Of a text, a comment and a CDATA section their text instead.
+    MXString name;
+
+  private:
+    friend class MXFragmentList;
+    void CollectInto(MXFragmentList& found, long mask, const MXString& wanted);
+    int32 ParseHead(MXString& text);
+    int32 ParseEnclosed(MXString& text, const char* opening, const char* closing, int32 enclosed,
+                        int32 unclosed);
+    int32 ParseInstruction(MXString& text);
+    int32 ParseTag(MXString& text);
+    void AppendOpening(MXString& text) const;
+    void AppendClosing(MXString& text) const;
+    bool IsOneLine() const;
+};
+
+} // namespace vexa

@@ -1,0 +1,77 @@
+#include "xml/MXString.h"
+
+#include <algorithm>
+
+namespace vexa {
+
+namespace {
+
+constexpr bool IsBlank(char byte) {
+    return byte == ' ' || byte == '\t' || byte == '\n' || byte == '\r';
+}
+
+/// How many bytes of the text are blanks before the first other one.
+std::size_t LeadingBlanks(std::string_view text) {
+    return static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), IsBlank) -
+                                    text.begin());
+}
+
+/// The single bytes that end a name. "%" does so only in a pair.
+constexpr std::string_view kNameSeparators = " \t\n\r/?\"$#;[%";
+
+} // namespace
+
+MXString MXString::SplitOffAtFirst(MXString separator) {
+    const int64 position = FindFirst(separator);
+    MXString piece;
+    MoveInto(piece, 0, position < 0 ? Length() : position);
+    return piece;
+}
+
+void MXString::RemovePastFirst(const char* separator) {
+    const int64 position = FindFirst(separator);
+    const auto width = static_cast<int64>(std::string_view(separator).size());
+    Remove(0, position < 0 ? Length() : position + width);
+}
+
+MXString MXString::SplitOffAtFirstNonNameChar() {
+    const std::string_view text = *this;
+    std::size_t end = text.find_first_of(kNameSeparators);
+    while (end != text.npos && text[end] == '%' && !text.substr(end).starts_with("%%"))
+        end = text.find_first_of(kNameSeparators, end + 1);
+    MXString piece;
+    MoveInto(piece, 0, end == text.npos ? Length() : static_cast<int64>(end));
+    return piece;
+}
+
+bool MXString::BeginsWithLt() const {
+    const std::string_view text = *this;
+    return text.substr(LeadingBlanks(text)).starts_with('<');
+}
+
+MXString& MXString::RemoveLeadingSpace() {
+    Remove(0, static_cast<int64>(LeadingBlanks(*this)));
+    return *this;
+}
+
+MXString& MXString::RemoveTrailingSpace() {
+    const std::string_view text = *this;
+    const auto blanks = std::find_if_not(text.rbegin(), text.rend(), IsBlank) - text.rbegin();
+    Remove(Length() - blanks, blanks);
+    return *this;
+}
+
+MXString& MXString::ResolveLtAmpRef() {
+    ReplaceAll("&lt;", "<");
+    // Last, so that "&amp;lt;" becomes "&lt;".
+    ReplaceAll("&amp;", "&");
+    return *this;
+}
+
+MXString& MXString::MakeLtAmpRef() {
+    ReplaceAll("&", "&amp;");
+    ReplaceAll("<", "&lt;");
+    return *this;
+}
+
+} // namespace vexa

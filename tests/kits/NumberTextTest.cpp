@@ -1,0 +1,35 @@
+#include "kits/support/NumberText.h"
+
+#include <clocale>
+#include <cmath>
+#include <limits>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(NumberText, ReadsAsStrtodAndWritesAsPrintf) {
+    EXPECT_EQ(kits::NumberOf(" \n+0.5e1rest"), 5.0);
+    EXPECT_EQ(kits::NumberOf("0x10"), 16.0);
+    EXPECT_EQ(kits::NumberOf("x"), 0.0);
+    EXPECT_TRUE(std::isnan(kits::NumberOf("nan")));
+    EXPECT_EQ(kits::FixedText(1.0 / 3), "0.333333");
+    EXPECT_EQ(kits::FixedText(-0.0), "-0.000000");
+    EXPECT_EQ(kits::FixedText(-std::numeric_limits<double>::infinity()), "-inf");
+    EXPECT_EQ(kits::FixedText(std::numeric_limits<double>::max()).size(), 309U + 7);
+}
+
+TEST(NumberText, DoesNotFollowTheLocale) {
+    const std::string before = std::setlocale(LC_ALL, nullptr);
+    bool comma = false;
+    for (const char* name : {"de_DE.UTF-8", "de_DE", "fr_FR.UTF-8", "nl_NL.UTF-8"})
+        comma = comma || std::setlocale(LC_ALL, name);
+    if (!comma)
+        GTEST_SKIP() << "no locale with a decimal comma on this system";
+    EXPECT_EQ(kits::NumberOf("0.5"), 0.5);
+    EXPECT_EQ(kits::NumberOf("0,5"), 0.0);
+    EXPECT_EQ(kits::FixedText(0.5), "0.500000");
+    std::setlocale(LC_ALL, before.c_str());
+}
+
+} // namespace

@@ -17,15 +17,25 @@ target_include_directories(vexa_options INTERFACE ${CMAKE_SOURCE_DIR}/src)
 
 # vexa_library(NAME [DEPENDS LIBRARY...] [BACKENDS PKG...])
 #
-# The static library of the current folder, made of its .cpp files. DEPENDS are libraries of ours,
+# The static library of the current folder, made of its .cpp files but main.cpp. DEPENDS are libraries of ours,
 # BACKENDS pkg-config modules that only this folder's .cpp files may include.
 function(vexa_library name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "DEPENDS;BACKENDS")
     file(GLOB sources CONFIGURE_DEPENDS *.cpp backends/*.cpp)
+    list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
     add_library(${name} STATIC ${sources})
     target_link_libraries(${name} PUBLIC vexa_options ${arg_DEPENDS})
     foreach(module IN LISTS arg_BACKENDS)
         pkg_check_modules(${module} REQUIRED IMPORTED_TARGET ${module})
         target_link_libraries(${name} PRIVATE PkgConfig::${module})
     endforeach()
+endfunction()
+
+# vexa_program(NAME DEPENDS LIBRARY...): the current folder's main.cpp as a program in the program
+# folder.
+function(vexa_program name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "DEPENDS")
+    add_executable(${name} main.cpp)
+    target_link_libraries(${name} PRIVATE ${arg_DEPENDS})
+    set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${VEXA_PROGRAM_FOLDER})
 endfunction()

@@ -38,7 +38,7 @@ struct Options {
     double gain = 0.25;
     /// Seconds rendered after the last event.
     double tail = 3;
-    /// Frames rendered at a time: how exactly events meet their moment.
+    /// Frames rendered at a time; the result does not depend on it.
     int block = 512;
     /// Scales the whole to a peak of 1.
     bool normalize = false;

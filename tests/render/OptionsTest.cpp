@@ -1,6 +1,7 @@
 #include "render/Options.h"
 
-#include <clocale>
+#include "support/DecimalComma.h"
+
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -116,11 +117,8 @@ TEST(Options, RefusesWrongUsage) {
 }
 
 TEST(Options, ReadsNumbersTheSameInEveryLocale) {
-    const std::string before = std::setlocale(LC_ALL, nullptr);
-    for (const char* locale : {"de_DE.UTF-8", "fr_FR.UTF-8"})
-        std::setlocale(LC_ALL, locale); // where it is installed
+    const test::DecimalComma comma;
     EXPECT_EQ(FaultOf({"--gain", "0.5"}), "none");
-    std::setlocale(LC_ALL, before.c_str());
 }
 
 TEST(Options, HelpNeedsNoFilesAndNamesEveryOption) {

@@ -1,0 +1,229 @@
+#include "render/RenderJob.h"
+
+#include "documents/ApplySound.h"
+#include "documents/FunctionSource.h"
+#include "documents/SoundDocument.h"
+#include "kits/media/Decimator.h"
+#include "kits/media/SoundFileWriter.h"
+#include "kits/storage/FileReplacement.h"
+#include "render/FloatStore.h"
+#include "render/Interrupt.h"
+#include "render/Performance.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <optional>
+
+#include <unistd.h>
+
+namespace vexa {
+
+namespace {
+
+using kits::Error;
+using kits::Result;
+
+/// The rate that the low-cut filter's constant is made for, whatever the rate of rendering. With
+/// oversampling it grows likewise, so that the corner stays where it is without.
+constexpr double kFilterRate = 44100;
+
+constexpr int kFailed = 1;
+
+class RenderJob {
+  public:
+    RenderJob(const Options& options, const std::filesystem::path& programFolder)
+        : options(options),
+          programFolder(programFolder),
+          fullRate(double(options.rate) * options.oversample) {
+        receivers.AddReceiver([this](const PlaneFunction& f) { instrument.SetFunction(f); });
+    }
+
+    RenderOutcome Run() {
+        if (const Result<void> done = Render(); !done) {
+            outcome.exitCode = std::max(outcome.exitCode, kFailed);
+            outcome.fault = done.Fault().text;
+        }
+        return std::move(outcome);
+    }
+
+  private:
+    Result<void> Render();
+    Result<Sound> ChosenSound();
+    Result<void> SetUpInstrument();
+    Result<void> Write(Performance& performance, kits::SoundFileWriter& writer,
+                       kits::SoundFileFormat format);
+    Result<double> RenderInto(Performance& performance, const FloatStore::Sink& sink);
+
+    /// The reason for ending with an exit code that is not that of a failure.
+    Error EndWith(int exitCode, std::string text) {
+        outcome.exitCode = exitCode;
+        return {std::move(text)};
+    }
+    void Warn(std::vector<std::string> more) {
+        outcome.warnings.insert(outcome.warnings.end(), std::make_move_iterator(more.begin()),
+                                std::make_move_iterator(more.end()));
+    }
+
+    const Options& options;
+    const std::filesystem::path& programFolder;
+    /// Samples per second that the engine computes.
+    double fullRate;
+    RenderOutcome outcome;
+    std::optional<Interrupt> interrupt;
+    Instrument instrument;
+    // Goes before the instrument, which does not play any more then.
+    FunctionSwitch receivers;
+};
+
+Result<void> RenderJob::Render() {
+    const Result<kits::SoundFileFormat> format = kits::SoundFileFormatOf(options.output);
+    if (!format)
+        return EndWith(kUsageExitCode, format.Fault().text);
+    Result<MidiFile> midi = ReadMidiFile(options.midi);
+    if (!midi)
+        return midi.Fault();
+    Warn(std::move(midi->warnings));
+    // Not before: a read of a pipe that never ends must end with the program.
+    interrupt.emplace();
+    if (Result<void> ready = SetUpInstrument(); !ready)
+        return ready;
+
+    Result<kits::FileReplacement> file = kits::FileReplacement::Create(options.output);
+    if (!file)
+        return file.Fault();
+    Result<kits::SoundFileWriter> writer =
+        kits::SoundFileWriter::Create(file->Descriptor(), *format, options.output, options.rate);
+    if (!writer)
+        return writer.Fault();
+    Performance performance(instrument, *midi, fullRate, options.tail);
+    if (Result<void> written = Write(performance, *writer, *format); !written)
+        return written;
+    if (Result<void> finished = writer->Finish(); !finished)
+        return finished;
+
+    outcome.summary.seconds = static_cast<double>(performance.Length()) / fullRate;
+    outcome.summary.notes = midi->notes;
+    outcome.summary.mostVoices = static_cast<std::size_t>(performance.MostVoices());
+    outcome.summary.stolenVoices = static_cast<std::size_t>(instrument.consumer.StolenVox());
+    return file->Commit();
+}
+
+/// The sound document that the options name, with the function that they put in its place.
+Result<Sound> RenderJob::ChosenSound() {
+    const std::filesystem::path path =
+        options.sound.value_or(programFolder / "sounds" / "default.xml");
+    ReadReport report;
+    Result<Sound> sound = ReadSound(path, Sound(), report);
+    if (!sound)
+        return Error{report.reason};
+    Warn(std::move(report.warnings));
+    Function& function = sound->function;
+    if (options.function) {
+        function.kind = FunctionKind::Expression;
+        function.expression = *options.function;
+    }
+    if (options.sample) {
+        function.kind = FunctionKind::Sample;
+        function.sampleFile = std::filesystem::absolute(*options.sample).string();
+        function.frequency = Function().frequency;
+    }
+    if (options.sampleFrequency) {
+        if (function.kind != FunctionKind::Sample)
+            return EndWith(kUsageExitCode, "--sample-frequency is for a sound from a sample, and " +
+                                               path.string() + " is none");
+        function.frequency = std::to_string(*options.sampleFrequency);
+    }
+    return sound;
+}
+
+Result<void> RenderJob::SetUpInstrument() {
+    const Result<Sound> sound = ChosenSound();
+    if (!sound)
+        return sound.Fault();
+    if (Result<void> installed = InstallFunction(sound->function, programFolder, receivers);
+        !installed)
+        return installed;
+    Warn(ApplyParameters(*sound, instrument.parameters));
+    ApplyEnvelopes(*sound, instrument.parameters);
+    instrument.renderer.SetGain(static_cast<float>(options.gain));
+    instrument.consumer.ReduceToMaxVox(options.voices);
+    instrument.consumer.SetChannel(options.channel);
+    instrument.consumer.SetFilterRate(kFilterRate * options.oversample);
+    return {};
+}
+
+/// Renders the whole, and scales it where that is asked for.
+Result<void> RenderJob::Write(Performance& performance, kits::SoundFileWriter& writer,
+                              kits::SoundFileFormat format) {
+    const auto write = [&writer](std::span<const float> samples) {
+        return writer.Write(samples.data(), samples.size());
+    };
+    double& peak = outcome.summary.peak;
+    if (!options.normalize) {
+        const Result<double> rendered = RenderInto(performance, write);
+        if (!rendered)
+            return rendered.Fault();
+        peak = *rendered;
+        if (peak > 1 && format != kits::SoundFileFormat::wav)
+            outcome.warnings.push_back(options.output.string() +
+                                       ": what goes beyond full volume is clipped; --normalize or "
+                                       "a lower --gain avoids it");
+        return {};
+    }
+
+    // The scale is known when all is rendered.
+    Result<FloatStore> store = FloatStore::Create(options.output);
+    if (!store)
+        return store.Fault();
+    const Result<double> rendered =
+        RenderInto(performance, [&store](std::span<const float> s) { return store->Append(s); });
+    if (!rendered)
+        return rendered.Fault();
+    // Silence stays silence.
+    peak = *rendered > 0 ? 1 : 0;
+    const auto scale = static_cast<float>(*rendered > 0 ? 1 / *rendered : 1);
+    std::vector<float> scaled;
+    return store->Replay([&](std::span<const float> samples) {
+        scaled.assign(samples.begin(), samples.end());
+        for (float& sample : scaled)
+            sample *= scale;
+        return write(scaled);
+    });
+}
+
+/// Renders the whole into the sink; returns the peak.
+Result<double> RenderJob::RenderInto(Performance& performance, const FloatStore::Sink& sink) {
+    Progress progress(options.quiet ? -1 : STDERR_FILENO,
+                      static_cast<double>(performance.Length()) / fullRate);
+    kits::Decimator decimator(options.oversample);
+    std::vector<float> block(static_cast<std::size_t>(options.block));
+    std::vector<float> output;
+    float peak = 0;
+    for (bool more = true; more;) {
+        if (interrupt->Requested())
+            return EndWith(interrupt->ExitCode(),
+                           "interrupted; " + options.output.string() + " was not written");
+        const std::size_t count = performance.Render(block.data(), block.size());
+        more = count > 0;
+        output.clear();
+        if (more)
+            decimator.Process(block.data(), count, output);
+        else
+            decimator.Finish(output);
+        for (const float sample : output)
+            peak = std::max(peak, std::abs(sample));
+        if (const Result<void> taken = sink(output); !taken)
+            return taken.Fault();
+        progress.Update(static_cast<double>(performance.Position()) / fullRate);
+    }
+    return double(peak);
+}
+
+} // namespace
+
+RenderOutcome RunRender(const Options& options, const std::filesystem::path& programFolder) {
+    return RenderJob(options, programFolder).Run();
+}
+
+} // namespace vexa

@@ -1,0 +1,31 @@
+// One run of vexa-render, from the parsed command line to the finished file.
+#pragma once
+
+#include "kits/support/Result.h"
+#include "render/Options.h"
+#include "render/Progress.h"
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace vexa {
+
+/// How a run ended.
+struct RenderOutcome {
+    /// The exit code: 0, 1 for a failure, 2 for options that do not fit the sound, 128 and more for
+    /// a signal.
+    int exitCode = 0;
+    /// Why, if it failed.
+    std::string fault;
+    RenderSummary summary;
+    /// What is not as it should be although the file was written.
+    std::vector<std::string> warnings;
+};
+
+/// Does what the options ask for; `programFolder` has sounds/ and functions/. On any failure, and
+/// on SIGINT, SIGTERM or SIGHUP, the output is as it was and nothing is left beside it. One thread,
+/// which plays the parts of all three.
+RenderOutcome RunRender(const Options& options, const std::filesystem::path& programFolder);
+
+} // namespace vexa

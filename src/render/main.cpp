@@ -1,0 +1,44 @@
+// vexa-render: plays a MIDI file through a sound into a sound file.
+#include "kits/storage/ProgramFolder.h"
+#include "render/Options.h"
+#include "render/RenderJob.h"
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace {
+
+void Say(const std::string& text) {
+    std::fprintf(stderr, "vexa-render: %s\n", text.c_str());
+}
+
+int Fail(const std::string& text, int exitCode) {
+    Say(text);
+    return exitCode;
+}
+
+} // namespace
+
+int main(int count, char** arguments) {
+    const std::vector<std::string> texts(arguments + 1, arguments + count);
+    const auto options = vexa::ParseOptions(texts);
+    if (!options)
+        return Fail(options.Fault().text + "\n" + vexa::kUsageHint, vexa::kUsageExitCode);
+    if (options->action == vexa::Options::Action::Help)
+        return std::fputs(vexa::HelpText().c_str(), stdout) < 0;
+    if (options->action == vexa::Options::Action::Version)
+        return std::fputs(vexa::VersionText().c_str(), stdout) < 0;
+
+    const auto folder = kits::ProgramFolder("vexa");
+    if (!folder)
+        return Fail(folder.Fault().text, 1);
+    const vexa::RenderOutcome outcome = vexa::RunRender(*options, *folder);
+    for (const std::string& warning : outcome.warnings)
+        Say("warning: " + warning);
+    if (outcome.exitCode != 0)
+        return Fail(outcome.fault, outcome.exitCode);
+    if (!options->quiet)
+        std::printf("%s\n", vexa::SummaryLine(outcome.summary).c_str());
+    return 0;
+}

@@ -1,0 +1,135 @@
+// The sounds, functions and samples that come with the program, by what they sound like.
+#include "documents/ApplySound.h"
+#include "documents/FunctionDocument.h"
+#include "documents/FunctionSource.h"
+#include "documents/SoundDocument.h"
+#include "functions/FunctionCompiler.h"
+#include "midi/Instrument.h"
+#include "support/Sounds.h"
+#include "support/Spectrum.h"
+#include "support/TemporaryFolder.h"
+
+#include <numeric>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using vexa::Sound;
+
+const fs::path kFolder = VEXA_PROGRAM_FOLDER;
+constexpr double kRate = 44100;
+
+std::vector<fs::path> Documents(const char* folder) {
+    std::vector<fs::path> paths;
+    for (const auto& entry : fs::directory_iterator(kFolder / folder)) {
+        if (entry.path().extension() == ".xml")
+            paths.push_back(entry.path());
+    }
+    std::sort(paths.begin(), paths.end());
+    return paths;
+}
+
+/// Two seconds of note 57 (220 Hz), then its release, at the gain that a user starts with.
+std::vector<float> PlayOneNote(const Sound& sound) {
+    vexa::Instrument instrument;
+    vexa::FunctionSwitch receivers;
+    receivers.AddReceiver([&](const vexa::PlaneFunction& f) { instrument.SetFunction(f); });
+    const auto installed = vexa::InstallFunction(sound.function, kFolder, receivers);
+    EXPECT_TRUE(installed) << installed.Fault().text;
+    EXPECT_TRUE(vexa::ApplyParameters(sound, instrument.parameters).empty());
+    vexa::ApplyEnvelopes(sound, instrument.parameters);
+    instrument.renderer.SetGain(0.25F);
+    instrument.consumer.NoteOn(0, 57, 100, 0);
+    std::vector<float> samples = test::Render(instrument, 88200);
+    instrument.consumer.NoteOff(0, 57, 0, 0);
+    const std::vector<float> release = test::Render(instrument, 4 * 44100);
+    samples.insert(samples.end(), release.begin(), release.end());
+    return samples;
+}
+
+/// Levels of the first 24 harmonics and of what lies between them, in decibels above -60 of the
+/// loudest.
+std::vector<double> Timbre(const std::vector<float>& samples) {
+    const std::span<const float> held(samples.data() + 11025, 22050);
+    std::vector<double> levels;
+    for (int half = 1; half <= 48; half++)
+        levels.push_back(test::Amplitude(held, 110.0 * half, kRate));
+    const double loudest = *std::max_element(levels.begin(), levels.end());
+    for (double& level : levels)
+        level = std::max(0.0, 60 + 20 * std::log10(level / loudest));
+    return levels;
+}
+
+/// Decibels by which two timbres differ on an average.
+double Difference(const std::vector<double>& a, const std::vector<double>& b) {
+    return std::transform_reduce(a.begin(), a.end(), b.begin(), 0.0, std::plus<>(),
+                                 [](double x, double y) { return std::abs(x - y); }) /
+           double(a.size());
+}
+
+TEST(Content, EverySoundIsHeardCleanEndsAndIsItself) {
+    std::vector<std::pair<std::string, std::vector<double>>> timbres;
+    for (const fs::path& path : Documents("sounds")) {
+        SCOPED_TRACE(path.filename());
+        vexa::ReadReport report;
+        const auto sound = vexa::ReadSound(path, Sound(), report);
+        ASSERT_TRUE(sound) << report.reason;
+        EXPECT_TRUE(report.warnings.empty());
+        const std::vector<float> samples = PlayOneNote(*sound);
+        const float peak = test::Peak(samples);
+        EXPECT_GT(peak, 0.03F);
+        EXPECT_LT(peak, 0.6F) << "leaves room for a chord";
+        const double mean =
+            std::accumulate(samples.begin(), samples.end(), 0.0) / double(samples.size());
+        EXPECT_LT(std::abs(mean), 0.01 * peak) << "a constant part";
+        EXPECT_LT(test::Peak({samples.end() - 4410, samples.end()}), 0.01F * peak);
+
+        const std::vector<double> timbre = Timbre(samples);
+        for (const auto& [name, other] : timbres) {
+            EXPECT_GT(Difference(timbre, other), 3) << "sounds like " << name;
+        }
+        timbres.emplace_back(path.filename(), timbre);
+    }
+    EXPECT_GE(timbres.size(), 9U);
+}
+
+TEST(Content, EveryDocumentIsAsTheProgramWouldSaveIt) {
+    const test::TemporaryFolder folder;
+    const fs::path copy = folder.Path() / "copy.xml";
+    vexa::ReadReport report;
+    for (const fs::path& path : Documents("sounds")) {
+        ASSERT_TRUE(vexa::WriteSound(copy, *vexa::ReadSound(path, Sound(), report)));
+        EXPECT_TRUE(test::Contents(copy) == test::Contents(path)) << path;
+    }
+    for (const fs::path& path : Documents("functions")) {
+        ASSERT_TRUE(vexa::WriteFunction(copy, *vexa::ReadFunction(path, vexa::Function(), report)));
+        EXPECT_TRUE(test::Contents(copy) == test::Contents(path)) << path;
+    }
+}
+
+TEST(Content, EveryFunctionCompilesAndIsFinite) {
+    const std::vector<fs::path> paths = Documents("functions");
+    EXPECT_GE(paths.size(), 6U);
+    for (const fs::path& path : paths) {
+        SCOPED_TRACE(path.filename());
+        vexa::ReadReport report;
+        const auto function = vexa::ReadFunction(path, vexa::Function(), report);
+        ASSERT_TRUE(function) << report.reason;
+        const auto outcome = vexa::FunctionCompiler(kFolder).Compile(function->expression);
+        ASSERT_TRUE(outcome) << outcome.details;
+        const vexa::PlaneFunction& f = outcome.addon->Function();
+        float highest = 0;
+        for (float x = -8; x <= 8; x += 0.25F) {
+            for (float y = -8; y <= 8; y += 0.25F) {
+                ASSERT_TRUE(std::isfinite(f(x, y))) << x << ' ' << y;
+                highest = std::max(highest, std::abs(f(x, y)));
+            }
+        }
+        EXPECT_GT(highest, 0.2F);
+        EXPECT_LT(highest, 3.0F);
+    }
+}
+
+} // namespace

@@ -1,0 +1,232 @@
+// vexa-render as a user runs it.
+#include "kits/support/SupportDefs.h"
+#include "support/Command.h"
+#include "support/Spectrum.h"
+#include "support/TemporaryFolder.h"
+
+#include <cmath>
+#include <cstring>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using test::CommandResult;
+using test::Contents;
+using testing::HasSubstr;
+
+const std::string kProgram = VEXA_PROGRAM_FOLDER "/vexa-render";
+const std::string kDemo = VEXA_PROGRAM_FOLDER "/demo.mid";
+
+class RenderProgram : public testing::Test {
+  protected:
+    CommandResult Run(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), kProgram);
+        return test::RunCommand(std::move(arguments));
+    }
+    std::string Path(const std::string& name) const { return (folder.Path() / name).string(); }
+
+    /// A MIDI file of one note of 120 ticks (an eighth of a second) on channel 1.
+    std::string OneNote(uchar note = 69) const {
+        const char bytes[] = {
+            'M',  'T',        'h',        'd', 0,          0,          0,          6,   0,
+            0,    0,          1,          1,   char(0xE0), 'M',        'T',        'r', 'k',
+            0,    0,          0,          13,  0,          char(0x90), char(note), 100, char(0x81),
+            0x70, char(0x80), char(note), 0,   0,          char(0xFF), 0x2F,       0};
+        return folder.Write("note.mid", {bytes, sizeof bytes}).string();
+    }
+    /// The samples of a file in the WAV format that we write: 32-bit floats in the data chunk.
+    std::vector<float> Samples(const std::string& path) const {
+        const std::string bytes = Contents(path);
+        const std::size_t data = bytes.find("data");
+        std::vector<float> samples((bytes.size() - data - 8) / sizeof(float));
+        std::memcpy(samples.data(), bytes.data() + data + 8, samples.size() * sizeof(float));
+        return samples;
+    }
+    /// Expects a failure that says so and leaves no output and nothing else.
+    void ExpectFailure(const std::vector<std::string>& arguments, const std::string& text,
+                       int exitCode = 1) {
+        const std::size_t before = folder.Count();
+        const CommandResult result = Run(arguments);
+        EXPECT_EQ(result.exitCode, exitCode) << result.text;
+        EXPECT_THAT(result.text, HasSubstr(text));
+        EXPECT_EQ(folder.Count(), before) << "something was left behind";
+    }
+
+    test::TemporaryFolder folder;
+};
+
+TEST_F(RenderProgram, RendersTheDemoTuneInLittleMemory) {
+    const CommandResult result = Run({kDemo, Path("demo.flac")});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_THAT(result.text, HasSubstr("750 notes"));
+    EXPECT_EQ(folder.Count(), 1U);
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+    EXPECT_LT(result.memory, 40'000'000);
+#endif
+}
+
+TEST_F(RenderProgram, IsTheSameBytesOnEveryRunAndForEveryBlock) {
+    for (const char* ending : {"wav", "flac", "ogg"}) {
+        const std::string a = Path(std::string("a.") + ending);
+        const std::string b = Path(std::string("b.") + ending);
+        ASSERT_EQ(Run({OneNote(), a, "--quiet", "--tail", "1"}).exitCode, 0);
+        ASSERT_EQ(Run({OneNote(), b, "--quiet", "--tail", "1", "--block", "77"}).exitCode, 0);
+        EXPECT_TRUE(Contents(a) == Contents(b)) << ending;
+        EXPECT_GT(Contents(a).size(), 1000U);
+    }
+}
+
+TEST_F(RenderProgram, PlaysTheNoteOfTheFileAtItsPitchAndRate) {
+    const CommandResult result = Run({OneNote(69), Path("a.wav"), "--function", "x", "--rate",
+                                      "48000", "--tail", "0.5", "--gain", "1"});
+    ASSERT_EQ(result.exitCode, 0) << result.text;
+    EXPECT_THAT(result.text, HasSubstr("1 note,"));
+    const std::vector<float> samples = Samples(Path("a.wav"));
+    EXPECT_EQ(samples.size(), 30000U);
+    const std::span<const float> held(samples.data(), 6000);
+    const double level = test::Amplitude(held, 440, 48000);
+    EXPECT_GT(level, 0.1);
+    EXPECT_LT(test::Amplitude(held, 660, 48000), level / 50);
+    EXPECT_LT(std::abs(samples.back()), 0.001) << "released";
+}
+
+TEST_F(RenderProgram, ChannelVoicesAndNormalizeDoWhatTheySay) {
+    ASSERT_EQ(Run({OneNote(), Path("a.wav"), "--channel", "2", "--tail", "0"}).exitCode, 0);
+    for (const float sample : Samples(Path("a.wav")))
+        ASSERT_EQ(sample, 0) << "the note is on channel 1";
+
+    const CommandResult normalized =
+        Run({OneNote(), Path("b.wav"), "--gain", "0.01", "--normalize", "--tail", "0.2"});
+    EXPECT_THAT(normalized.text, HasSubstr("peak 1.000"));
+    float peak = 0;
+    for (const float sample : Samples(Path("b.wav")))
+        peak = std::max(peak, std::abs(sample));
+    EXPECT_NEAR(peak, 1, 1e-6);
+    EXPECT_EQ(folder.Count(), 3U) << "and leaves no temporary file";
+
+    const CommandResult one = Run({kDemo, Path("c.wav"), "--voices", "1", "--tail", "0"});
+    EXPECT_THAT(one.text, HasSubstr("at most 1 voice at once"));
+    EXPECT_THAT(one.text, testing::Not(HasSubstr(" 0 stolen")));
+}
+
+TEST_F(RenderProgram, OversamplingTakesTheAliasesAwayAndLeavesTheRest) {
+    // A step of the plane: harmonics without end. Note 108 is 4186.009 Hz; its 7th harmonic lies at
+    // 29302 Hz and folds to 14798 Hz.
+    const double note = 4186.009;
+    double level[2];
+    double alias[2];
+    int i = 0;
+    for (const char* factor : {"1", "16"}) {
+        ASSERT_EQ(Run({OneNote(108), Path("a.wav"), "--function", "x<0?-0.9:0.9", "--tail", "0",
+                       "--gain", "1", "--oversample", factor})
+                      .exitCode,
+                  0);
+        const std::vector<float> samples = Samples(Path("a.wav"));
+        const std::span<const float> held(samples.data() + 1000, 4000);
+        level[i] = test::Amplitude(held, note, 44100);
+        alias[i++] = test::Amplitude(held, 44100 - 7 * note, 44100);
+    }
+    EXPECT_NEAR(level[1] / level[0], 1, 0.03);
+    EXPECT_GT(alias[0], 0.05 * level[0]);
+    EXPECT_LT(alias[1], 0.01 * level[1]);
+}
+
+TEST_F(RenderProgram, ASampleCanReplaceTheFunction) {
+    const std::string sample = VEXA_PROGRAM_FOLDER "/samples/voice.wav";
+    const CommandResult result =
+        Run({OneNote(), Path("a.wav"), "--sample", sample, "--sample-frequency", "220"});
+    EXPECT_EQ(result.exitCode, 0) << result.text;
+    EXPECT_THAT(result.text, testing::Not(HasSubstr("silence")));
+    ExpectFailure({OneNote(), Path("b.wav"), "--sample-frequency", "220"}, "--sample-frequency", 2);
+}
+
+TEST_F(RenderProgram, BadInputIsNamedAndNothingIsLost) {
+    const std::string out = Path("out.wav");
+    const std::string good = OneNote();
+    ExpectFailure({Path("none.mid"), out}, "none.mid: No such file or directory");
+    ExpectFailure({folder.Path().string(), out}, "Is a directory");
+    const std::string cut =
+        folder.Write("cut.mid", Contents(good).substr(0, Contents(good).size() - 6)).string();
+    ExpectFailure({cut, out}, "cut.mid");
+    ExpectFailure({good, Path("out.mp3")}, "out.mp3", 2);
+    ExpectFailure({good, "/none/out.wav"}, "/none/out.wav");
+    ExpectFailure({good, out, "--sound", Path("none.xml")}, "none.xml");
+    const std::string empty = folder.Write("empty.xml", "").string();
+    ExpectFailure({good, out, "--sound", empty}, "empty.xml");
+    const std::string foo = folder.Write("foo.xml", "<foo><a/></foo>").string();
+    ExpectFailure({good, out, "--sound", foo}, "This is not a valid function.");
+    ExpectFailure({good, out, "--function", "x % 2.5"},
+                  "There was an error while trying to compile");
+    ExpectFailure({good, out, "--function", "system(1)"}, "system");
+    ExpectFailure({good, out, "--sample", good}, "note.mid");
+    ExpectFailure({good, out, "--voices", "21"}, "--voices", 2);
+    ExpectFailure({good}, "no output", 2);
+
+    const fs::path old = folder.Write("old.wav", "precious");
+    ExpectFailure({good, old.string(), "--function", "x+"}, "gcc");
+    EXPECT_EQ(Contents(old), "precious");
+}
+
+TEST_F(RenderProgram, ADocumentWithoutSomeGroupsPlaysWithWarnings) {
+    const std::string sound =
+        folder
+            .Write("some.xml", "<vexasound><vexafunction><expression>x</expression></vexafunction>"
+                               "<ax><env>nan</env><ctlnum>128</ctlnum><envdata>"
+                               "<envpoint t=\"2\" val=\"1\"/><envpoint t=\"1\" val=\"nan\"/>"
+                               "</envdata></ax></vexasound>")
+            .string();
+    const CommandResult result = Run({OneNote(), Path("a.wav"), "--sound", sound});
+    EXPECT_EQ(result.exitCode, 0) << result.text;
+    for (const char* what : {"dcxdt", "some.xml", "Ax0", "127"})
+        EXPECT_THAT(result.text, HasSubstr(what));
+}
+
+TEST_F(RenderProgram, AnInterruptLeavesNothingBehind) {
+    const fs::path old = folder.Write("out.wav", "precious");
+    // As long as it takes until the render has begun to write beside its output.
+    const auto interrupt = [this](pid_t child) {
+        while (folder.Count() < 2) {
+        }
+        ::kill(child, SIGINT);
+    };
+    const CommandResult result = test::RunCommand(
+        {kProgram, kDemo, old.string(), "--oversample", "16", "--tail", "3600"}, interrupt);
+    EXPECT_EQ(result.exitCode, 128 + SIGINT) << result.text;
+    EXPECT_THAT(result.text, HasSubstr("interrupted"));
+    EXPECT_EQ(folder.Count(), 1U);
+    EXPECT_EQ(Contents(old), "precious");
+}
+
+TEST_F(RenderProgram, AFullDiskIsReported) {
+    const fs::path old = folder.Write("out.wav", "precious");
+    const std::string note = OneNote();
+    test::WithFileSizeLimit(1 << 16, [&] {
+        ExpectFailure({note, old.string()}, "out.wav");
+        ExpectFailure({note, old.string(), "--normalize"}, "out.wav");
+    });
+    EXPECT_EQ(Contents(old), "precious");
+}
+
+TEST_F(RenderProgram, WithoutTemplateOrCompilerItSaysSo) {
+    const fs::path copy = folder.Path() / "program";
+    fs::create_directory(copy);
+    fs::copy(kProgram, copy / "vexa-render");
+    fs::copy(VEXA_PROGRAM_FOLDER "/sounds", copy / "sounds");
+    fs::create_directory(copy / "functions");
+    const std::string note = OneNote();
+    const CommandResult missing =
+        test::RunCommand({(copy / "vexa-render").string(), note, Path("a.wav")});
+    EXPECT_EQ(missing.exitCode, 1);
+    EXPECT_THAT(missing.text, HasSubstr("The template file \n" + copy.string()));
+
+    const CommandResult bare =
+        test::RunCommand({"/usr/bin/env", "PATH=/none", kProgram, note, Path("a.wav")});
+    EXPECT_EQ(bare.exitCode, 1);
+    EXPECT_THAT(bare.text, HasSubstr("gcc"));
+    EXPECT_FALSE(fs::exists(Path("a.wav")));
+}
+
+} // namespace

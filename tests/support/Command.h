@@ -1,0 +1,62 @@
+// Running a program of ours as a user does.
+#pragma once
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace test {
+
+struct CommandResult {
+    /// The exit code, or 128 plus the signal that ended it.
+    int exitCode = -1;
+    /// Standard output and standard error.
+    std::string text;
+    /// Largest resident memory in bytes.
+    long memory = 0;
+};
+
+/// Runs a program with arguments, no terminal, and `meanwhile` while it runs.
+inline CommandResult RunCommand(std::vector<std::string> arguments,
+                                const std::function<void(pid_t)>& meanwhile = {}) {
+    int ends[2];
+    if (::pipe(ends) != 0)
+        std::abort();
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::dup2(ends[1], STDOUT_FILENO);
+        ::dup2(ends[1], STDERR_FILENO);
+        ::close(ends[0]);
+        ::close(ends[1]);
+        std::vector<char*> argv;
+        for (std::string& argument : arguments)
+            argv.push_back(argument.data());
+        argv.push_back(nullptr);
+        ::execvp(argv[0], argv.data());
+        ::_exit(127);
+    }
+    ::close(ends[1]);
+    if (meanwhile)
+        meanwhile(child);
+    CommandResult result;
+    char buffer[4096];
+    ssize_t count = 0;
+    while ((count = ::read(ends[0], buffer, sizeof buffer)) > 0)
+        result.text.append(buffer, static_cast<std::size_t>(count));
+    ::close(ends[0]);
+    int status = 0;
+    rusage usage{};
+    ::wait4(child, &status, 0, &usage);
+    result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    result.memory = usage.ru_maxrss * 1024;
+    return result;
+}
+
+} // namespace test

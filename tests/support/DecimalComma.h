@@ -1,0 +1,37 @@
+// A locale whose numbers have a decimal comma, wherever the tests run.
+#pragma once
+
+#include "support/TemporaryFolder.h"
+
+#include <clocale>
+#include <cstdlib>
+#include <string>
+
+namespace test {
+
+/// Sets a German locale, made by localedef (package locales), while it lives. Throws where that
+/// cannot be done: a test of the decimal comma without one would test nothing.
+class DecimalComma {
+  public:
+    DecimalComma() : before(std::setlocale(LC_ALL, nullptr)) {
+        const std::string locale = (folder.Path() / "de_DE.UTF-8").string();
+        // It warns, and exits with 1, about what the source leaves to other locales.
+        if (std::system(("localedef -i de_DE -f UTF-8 " + locale + " >/dev/null 2>&1").c_str()) < 0)
+            throw std::runtime_error("localedef cannot be run");
+        ::setenv("LOCPATH", folder.Path().c_str(), 1);
+        if (!std::setlocale(LC_ALL, "de_DE.UTF-8") || *std::localeconv()->decimal_point != ',')
+            throw std::runtime_error("no German locale: is the package locales installed?");
+    }
+    ~DecimalComma() {
+        std::setlocale(LC_ALL, before.c_str());
+        ::unsetenv("LOCPATH");
+    }
+    DecimalComma(const DecimalComma&) = delete;
+    DecimalComma& operator=(const DecimalComma&) = delete;
+
+  private:
+    TemporaryFolder folder;
+    std::string before;
+};
+
+} // namespace test

@@ -1,0 +1,23 @@
+// How much of a frequency there is in a stretch of samples.
+#pragma once
+
+#include <cmath>
+#include <complex>
+#include <span>
+
+namespace test {
+
+/// Amplitude of the sine of `hertz` in the samples, by a sum weighted with a Hann window.
+inline double Amplitude(std::span<const float> samples, double hertz, double rate) {
+    std::complex<double> sum = 0;
+    double weights = 0;
+    const double step = 2 * M_PI * hertz / rate;
+    for (std::size_t i = 0; i < samples.size(); i++) {
+        const double weight = 0.5 - 0.5 * std::cos(2 * M_PI * double(i) / double(samples.size()));
+        weights += weight;
+        sum += weight * samples[i] * std::polar(1.0, -step * double(i));
+    }
+    return 2 * std::abs(sum) / weights;
+}
+
+} // namespace test

@@ -110,10 +110,8 @@ std::string Describe(const kits::ChildResult& result, const kits::ChildLimits& l
 
 } // namespace
 
-FunctionCompiler::FunctionCompiler(fs::path programFolder, kits::ChildLimits childLimits)
-    : functions(std::move(programFolder) / "functions"),
-      addonPath(functions / kAddon),
-      limits(childLimits) {}
+FunctionCompiler::FunctionCompiler(const fs::path& programFolder, kits::ChildLimits childLimits)
+    : functions(programFolder / "functions"), addonPath(functions / kAddon), limits(childLimits) {}
 
 CompileOutcome FunctionCompiler::Compile(std::string_view expression) const {
     if (const auto fault = CheckExpression(expression))

@@ -38,7 +38,7 @@ struct CompileOutcome : CompileReport {
 /// function. All calls wait for the compiler: the window thread, or any other that may wait.
 class FunctionCompiler {
   public:
-    explicit FunctionCompiler(std::filesystem::path programFolder,
+    explicit FunctionCompiler(const std::filesystem::path& programFolder,
                               kits::ChildLimits limits = kits::ChildLimits());
 
     /// Checks the expression, makes the source file and includes its function. Only an expression

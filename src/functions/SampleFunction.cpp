@@ -124,7 +124,7 @@ kits::Result<LoadedSample> LoadSample(const std::filesystem::path& path) {
         return failure("there is no such folder");
     BMediaFile file(&ref);
     if (file.InitCheck() != B_OK)
-        return failure(file.Fault());
+        return kits::Error{file.Fault()};
     BMediaTrack* const track = file.TrackAt(0);
 
     LoadedSample loaded{{}, fullPath.Path()};

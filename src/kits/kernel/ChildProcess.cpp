@@ -18,8 +18,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-extern char** environ;
-
 namespace kits {
 
 namespace {
@@ -63,6 +61,7 @@ std::vector<std::string> Environment(const std::filesystem::path& folder) {
 
 std::vector<char*> Pointers(std::vector<std::string>& strings) {
     std::vector<char*> pointers;
+    pointers.reserve(strings.size() + 1);
     for (std::string& string : strings)
         pointers.push_back(string.data());
     pointers.push_back(nullptr);

@@ -67,7 +67,10 @@ def voice():
             way = i / FRAMES
             level = first + (last - first) * way * way * (3 - 2 * way)
             samples[i] += level * math.sin(2 * math.pi * frequency * i / RATE)
-    return samples
+    # It swells: an orbit that grows over the spiral gets louder, and a chord in its middle still
+    # has room.
+    return [value * (0.25 + 0.75 * (i / FRAMES) ** 3)
+            for i, value in enumerate(samples)]
 
 
 def finish(samples):

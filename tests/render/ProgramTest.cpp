@@ -28,7 +28,7 @@ class RenderProgram : public testing::Test {
     }
     std::string Path(const std::string& name) const { return (folder.Path() / name).string(); }
 
-    /// A MIDI file of one note of 120 ticks (an eighth of a second) on channel 1.
+    /// A MIDI file of one note of a quarter of a second on channel 1.
     std::string OneNote(uchar note = 69) const {
         const char bytes[] = {
             'M',  'T',        'h',        'd', 0,          0,          0,          6,   0,
@@ -85,7 +85,7 @@ TEST_F(RenderProgram, PlaysTheNoteOfTheFileAtItsPitchAndRate) {
     ASSERT_EQ(result.exitCode, 0) << result.text;
     EXPECT_THAT(result.text, HasSubstr("1 note,"));
     const std::vector<float> samples = Samples(Path("a.wav"));
-    EXPECT_EQ(samples.size(), 30000U);
+    EXPECT_EQ(samples.size(), 36000U);
     const std::span<const float> held(samples.data(), 6000);
     const double level = test::Amplitude(held, 440, 48000);
     EXPECT_GT(level, 0.1);

@@ -6,6 +6,7 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -20,7 +21,8 @@ namespace {
 /// Of the variable bit rate, 0..1: about 190 kbit/s for two channels at 44.1 kHz.
 constexpr double kOggQuality = 0.6;
 constexpr int kOggSerial = 0x56657861;
-/// Frames that go to the library at a time: its Vorbis encoder buffers a whole call.
+/// Frames that go to the library at a time, always: the Vorbis encoder buffers a whole call, and
+/// what it writes depends on how the frames are cut into calls.
 constexpr std::size_t kFramesPerWrite = 4096;
 /// A WAV file counts its bytes, the header's among them, in 32 bits.
 constexpr std::uint64_t kMostWavBytes = 0xffffffff - 4096;
@@ -65,8 +67,10 @@ struct SoundFileWriter::State {
     std::size_t channels;
     std::uint64_t written = 0;
     std::unique_ptr<SNDFILE, CloseSoundFile> file;
+    /// What does not fill a call to the library yet.
     std::vector<float> block;
 
+    Result<void> Flush();
     Error Failure(const std::string& reason) const {
         return {"could not write " + name + ": " + reason};
     }
@@ -112,22 +116,31 @@ Result<void> SoundFileWriter::Write(const float* frames, std::size_t count) {
     if (s.format == SoundFileFormat::wav && s.written > kMostWavBytes)
         return s.Failure("a WAV file cannot be longer than 4 GiB; .flac can");
     while (count > 0) {
-        const std::size_t now = std::min(count, kFramesPerWrite);
-        s.block.assign(frames, frames + now * s.channels);
-        for (float& value : s.block) {
-            if (!std::isfinite(value))
-                value = 0;
-        }
-        if (sf_writef_float(s.file.get(), s.block.data(), static_cast<sf_count_t>(now)) !=
-            static_cast<sf_count_t>(now))
-            return s.Failure(sf_strerror(s.file.get()));
+        const std::size_t room = kFramesPerWrite - s.block.size() / s.channels;
+        const std::size_t now = std::min(count, room);
+        std::transform(frames, frames + now * s.channels, std::back_inserter(s.block),
+                       [](float value) { return std::isfinite(value) ? value : 0.0F; });
         frames += now * s.channels;
         count -= now;
+        if (now < room)
+            break;
+        if (Result<void> flushed = s.Flush(); !flushed)
+            return flushed;
     }
     return {};
 }
 
+Result<void> SoundFileWriter::State::Flush() {
+    const auto frames = static_cast<sf_count_t>(block.size() / channels);
+    if (sf_writef_float(file.get(), block.data(), frames) != frames)
+        return Failure(sf_strerror(file.get()));
+    block.clear();
+    return {};
+}
+
 Result<void> SoundFileWriter::Finish() {
+    if (Result<void> flushed = state->Flush(); !flushed)
+        return flushed;
     if (const int error = sf_close(state->file.release()); error != SF_ERR_NO_ERROR)
         return state->Failure(sf_error_number(error));
     if (state->format == SoundFileFormat::ogg) {

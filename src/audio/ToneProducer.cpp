@@ -5,7 +5,7 @@
 #include "synth/Realtime.h"
 
 #include <algorithm>
-#include <cstring>
+#include <cstdio>
 
 namespace vexa {
 
@@ -35,8 +35,7 @@ media_format PreferredFormat() {
 }
 
 void CopyName(char* into, const char* name) {
-    std::strncpy(into, name, B_MEDIA_NAME_LENGTH - 1);
-    into[B_MEDIA_NAME_LENGTH - 1] = 0;
+    std::snprintf(into, B_MEDIA_NAME_LENGTH, "%s", name);
 }
 
 } // namespace

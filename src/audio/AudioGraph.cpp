@@ -69,6 +69,25 @@ const char* AudioGraph::Connect() {
     return nullptr;
 }
 
+const kits::SystemMixer* AudioGraph::Mixer() const {
+    return dynamic_cast<const kits::SystemMixer*>(BMediaRoster::ConsumerOf(connection.destination));
+}
+
+kits::MixerCounts AudioGraph::Counts() const {
+    const kits::SystemMixer* mixer = Mixer();
+    return mixer ? mixer->Counts() : kits::MixerCounts();
+}
+
+std::string AudioGraph::DeviceName() const {
+    const kits::SystemMixer* mixer = Mixer();
+    return mixer ? mixer->DeviceName() : std::string();
+}
+
+bool AudioGraph::DeviceHasGone() const {
+    const kits::SystemMixer* mixer = Mixer();
+    return mixer && mixer->DeviceHasGone();
+}
+
 AudioGraph::~AudioGraph() {
     consumer.Unregister();
     if (connected)

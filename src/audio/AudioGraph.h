@@ -3,6 +3,7 @@
 
 #include "audio/ToneProducer.h"
 #include "kits/media/MediaRoster.h"
+#include "kits/media/SystemMixer.h"
 #include "midi/MidiConsumer.h"
 #include "synth/SoundRecords.h"
 
@@ -33,8 +34,15 @@ class AudioGraph {
 
     /// Alive as long as the graph.
     VexaToneProducer& Producer() { return *producer; }
+    const VexaToneProducer& Producer() const { return *producer; }
     VexaMidiConsumer& Consumer() { return consumer; }
     bool IsConnected() const { return connected; }
+
+    /// What the mixer has noticed of our buffers, its device for a person, and whether that has
+    /// disappeared; nothing while there is no connection.
+    kits::MixerCounts Counts() const;
+    std::string DeviceName() const;
+    bool DeviceHasGone() const;
 
     /// The plane function of both endpoints.
     void SetFunction(const PlaneFunction& f) {
@@ -52,6 +60,7 @@ class AudioGraph {
     };
 
     const char* Connect();
+    const kits::SystemMixer* Mixer() const;
 
     Alert alert;
     BMediaRoster& roster;

@@ -3,11 +3,11 @@
 #include "documents/ApplySound.h"
 #include "documents/FunctionSource.h"
 #include "documents/SoundDocument.h"
+#include "kits/application/Interrupt.h"
 #include "kits/media/Decimator.h"
 #include "kits/media/SoundFileWriter.h"
 #include "kits/storage/FileReplacement.h"
 #include "render/FloatStore.h"
-#include "render/Interrupt.h"
 #include "render/Performance.h"
 
 #include <algorithm>
@@ -70,7 +70,7 @@ class RenderJob {
     /// Samples per second that the engine computes.
     double fullRate;
     RenderOutcome outcome;
-    std::optional<Interrupt> interrupt;
+    std::optional<kits::Interrupt> interrupt;
     Instrument instrument;
     // Goes before the instrument, which does not play any more then.
     FunctionSwitch receivers;

@@ -86,11 +86,18 @@ void* operator new(std::size_t size) {
         return block;
     throw std::bad_alloc();
 }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    Note();
+    return std::malloc(size);
+}
 void operator delete(void* block) noexcept {
     Note();
     std::free(block);
 }
 void operator delete(void* block, std::size_t) noexcept {
+    operator delete(block);
+}
+void operator delete(void* block, const std::nothrow_t&) noexcept {
     operator delete(block);
 }
 

@@ -16,10 +16,6 @@
 
 namespace kits {
 
-/// Which system the mixer is to play through; without a value the first that has a device, JACK,
-/// then PulseAudio, then ALSA. Before the mixer is first asked for.
-void ChooseAudioSystem(std::optional<AudioSystem> system);
-
 /// Takes any number of mono float producers up to kMostInputs, of any rate. Converts each to the
 /// device's rate in the producer's media thread; the device's thread sums them and limits the sum
 /// to -1..1. Both go through rings without waiting for each other.

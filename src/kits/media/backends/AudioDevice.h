@@ -1,6 +1,7 @@
 // What an audio device does for the system mixer.
 #pragma once
 
+#include "kits/media/AudioSystem.h"
 #include "kits/support/Result.h"
 #include "kits/support/SupportDefs.h"
 
@@ -35,9 +36,6 @@ class AudioDevice {
     /// once, from any thread, when the device has disappeared.
     virtual Result<void> Start(AudioSource& source, std::function<void()> gone) = 0;
 };
-
-/// The systems in the order in which they are tried. "none" has no devices.
-enum class AudioSystem { Jack, Pulse, Alsa, None };
 
 /// The error says why there is no such device.
 Result<std::unique_ptr<AudioDevice>> OpenJackDevice();

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include <alsa/asoundlib.h>
 #include <rtaudio/RtAudio.h>
 
 namespace kits {
@@ -20,10 +21,18 @@ std::string SystemName(AudioSystem system) {
     return system == AudioSystem::Pulse ? "PulseAudio" : "ALSA";
 }
 
+/// ALSA's library writes each of its attempts to standard error; what matters is in our messages.
+void Quiet(const char*, int, const char*, int, const char*, ...) {}
+
+RtAudio::Api QuietApiOf(AudioSystem system) {
+    ::snd_lib_error_set_handler(Quiet);
+    return ApiOf(system);
+}
+
 class RtAudioDevice : public AudioDevice {
   public:
     /// Throws RtAudioError.
-    explicit RtAudioDevice(AudioSystem system) : audio(ApiOf(system)) {
+    explicit RtAudioDevice(AudioSystem system) : audio(QuietApiOf(system)) {
         audio.showWarnings(false);
         const unsigned number = audio.getDeviceCount() > 0 ? audio.getDefaultOutputDevice() : 0;
         const RtAudio::DeviceInfo info = audio.getDeviceInfo(number);
@@ -108,7 +117,7 @@ Result<std::unique_ptr<AudioDevice>> OpenRtAudioDevice(AudioSystem system) {
 std::vector<std::string> RtAudioDevices(AudioSystem system) {
     std::vector<std::string> names;
     try {
-        RtAudio audio(ApiOf(system));
+        RtAudio audio(QuietApiOf(system));
         audio.showWarnings(false);
         for (unsigned i = 0; i < audio.getDeviceCount(); i++) {
             const RtAudio::DeviceInfo info = audio.getDeviceInfo(i);

@@ -1,4 +1,4 @@
-#include "render/Interrupt.h"
+#include "kits/application/Interrupt.h"
 
 #include <csignal>
 
@@ -17,7 +17,7 @@ TEST(Interrupt, NotesASignalAndGivesTheHandlersBack) {
         std::signal(number, Earlier);
         earlier = 0;
         {
-            const vexa::Interrupt interrupt;
+            const kits::Interrupt interrupt;
             EXPECT_FALSE(interrupt.Requested()) << "the signal of the round before is forgotten";
             std::raise(number);
             EXPECT_TRUE(interrupt.Requested());
@@ -34,7 +34,7 @@ TEST(Interrupt, NotesASignalAndGivesTheHandlersBack) {
 TEST(Interrupt, LeavesAnIgnoredSignalIgnored) {
     std::signal(SIGHUP, SIG_IGN);
     {
-        const vexa::Interrupt interrupt;
+        const kits::Interrupt interrupt;
         std::raise(SIGHUP);
         EXPECT_FALSE(interrupt.Requested());
     }

@@ -3,7 +3,7 @@
 
 #include <csignal>
 
-namespace vexa {
+namespace kits {
 
 /// While one lives, SIGINT, SIGTERM and SIGHUP no longer end the program but are noted, so that its
 /// work can stop in an orderly way. A signal that was ignored before stays ignored, as nohup wants
@@ -28,4 +28,4 @@ class Interrupt {
     struct sigaction before[3];
 };
 
-} // namespace vexa
+} // namespace kits

@@ -1,10 +1,10 @@
-#include "render/Interrupt.h"
+#include "kits/application/Interrupt.h"
 
 #include <atomic>
 #include <iterator>
 #include <type_traits>
 
-namespace vexa {
+namespace kits {
 
 namespace {
 
@@ -41,4 +41,4 @@ int Interrupt::Signal() const {
     return received.load();
 }
 
-} // namespace vexa
+} // namespace kits

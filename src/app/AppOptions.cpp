@@ -1,0 +1,63 @@
+#include "app/AppOptions.h"
+
+#include "kits/application/CommandLine.h"
+
+namespace vexa {
+
+namespace {
+
+using kits::SetNumber;
+using kits::SetText;
+
+bool SetAudio(AppOptions& options, std::string_view text) {
+    options.audio = kits::AudioSystemNamed(text);
+    return options.audio.has_value();
+}
+
+// The columns are easier to compare than to wrap.
+// clang-format off
+constexpr kits::OptionRow<AppOptions> kRows[] = {
+    {"no-window", nullptr, nullptr, "play until interrupted, without a window",
+     [](AppOptions& o, std::string_view) { return o.noWindow = true; }},
+    {"sound", "FILE", nullptr, "the sound document (sounds/default.xml)",
+     [](AppOptions& o, std::string_view text) { return SetText(o.sound.emplace(), text); }},
+    {"voices", "N", "a whole number from 1 to 20", "most voices at once (20)",
+     [](AppOptions& o, std::string_view text) { return SetNumber(o.voices, text, 1, 20); }},
+    {"channel", "N", "a whole number from 1 to 16 or \"all\"", "the MIDI channel to listen to (all)",
+     [](AppOptions& o, std::string_view text) { return kits::SetChannel(o.channel, text); }},
+    {"audio", "SYSTEM", "jack, pulse, alsa or none", "play through it (the first that is there)",
+     SetAudio},
+    {"midi", "PORT", nullptr, "connect this MIDI source, whenever it is there",
+     [](AppOptions& o, std::string_view text) { return SetText(o.midi.emplace(), text); }},
+    {"list", nullptr, nullptr, "list the audio devices and MIDI sources",
+     [](AppOptions& o, std::string_view) { o.action = AppOptions::Action::List; return true; }},
+    {"help", nullptr, nullptr, "show this",
+     [](AppOptions& o, std::string_view) { o.action = AppOptions::Action::Help; return true; }},
+    {"version", nullptr, nullptr, "show the version",
+     [](AppOptions& o, std::string_view) { o.action = AppOptions::Action::Version; return true; }},
+};
+// clang-format on
+
+} // namespace
+
+kits::Result<AppOptions> ParseAppOptions(std::span<const std::string> arguments) {
+    AppOptions options;
+    const auto operands = kits::ParseCommandLine<AppOptions>(kRows, arguments, options);
+    if (!operands)
+        return operands.Fault();
+    if (!operands->empty())
+        return kits::Error{'"' + operands->front() + "\" is no option"};
+    return options;
+}
+
+std::string AppHelpText() {
+    return "Usage: vexa --no-window [options]\n\n"
+           "Plays a sound from MIDI. Set VEXA_TRACE=1 for trace lines on standard error.\n\n" +
+           kits::OptionHelp<AppOptions>(kRows);
+}
+
+std::string AppVersionText() {
+    return "vexa " VEXA_VERSION "\n";
+}
+
+} // namespace vexa

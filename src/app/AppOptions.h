@@ -1,0 +1,45 @@
+// The command line of vexa.
+#pragma once
+
+#include "kits/media/AudioSystem.h"
+#include "kits/support/Result.h"
+
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace vexa {
+
+/// What a command line asks for.
+struct AppOptions {
+    enum class Action { Play, List, Help, Version };
+    Action action = Action::Play;
+
+    bool noWindow = false;
+    /// Without a value: sounds/default.xml of the program folder.
+    std::optional<std::filesystem::path> sound;
+    /// Most voices at once.
+    int voices = 20;
+    /// The MIDI channel to listen to, 0..15, or -1 for all.
+    int channel = -1;
+    /// Without a value: the first system that has a device.
+    std::optional<kits::AudioSystem> audio;
+    /// The MIDI source to connect, by its name in --list.
+    std::optional<std::string> midi;
+};
+
+/// What goes to standard error after a wrong command line's fault.
+constexpr const char* kAppUsageHint = "Usage: vexa [options]; vexa --help names the options.";
+/// Exit code after a wrong command line.
+constexpr int kAppUsageExitCode = 2;
+
+/// Reads the arguments after the program's name. The error names the option and what it allows. Not
+/// to be called by two threads at once.
+kits::Result<AppOptions> ParseAppOptions(std::span<const std::string> arguments);
+
+/// What --help and --version print, with a newline at the end.
+std::string AppHelpText();
+std::string AppVersionText();
+
+} // namespace vexa

@@ -1,0 +1,18 @@
+// vexa --no-window: plays what MIDI brings until it is told to end.
+#pragma once
+
+#include "app/AppOptions.h"
+
+#include <filesystem>
+
+namespace vexa {
+
+/// Sets up the sound and the audio graph, runs until SIGINT, SIGTERM or SIGHUP, and says on
+/// standard output how it went; faults go to standard error. Returns the program's exit code: 0, or
+/// 1 when a sound that was asked for cannot be played. The calling thread is the window thread.
+int PlayWithoutWindow(const AppOptions& options, const std::filesystem::path& programFolder);
+
+/// Prints the audio devices and MIDI sources; the exit code.
+int ListDevices();
+
+} // namespace vexa

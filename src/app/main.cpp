@@ -1,0 +1,41 @@
+// vexa: the synthesizer, played live.
+#include "app/AppOptions.h"
+#include "app/HeadlessPlayer.h"
+#include "kits/storage/ProgramFolder.h"
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace {
+
+int Fail(const std::string& text, int exitCode) {
+    std::fprintf(stderr, "vexa: %s\n", text.c_str());
+    return exitCode;
+}
+
+} // namespace
+
+int main(int count, char** arguments) {
+    const std::vector<std::string> texts(arguments + 1, arguments + count);
+    const auto options = vexa::ParseAppOptions(texts);
+    if (!options)
+        return Fail(options.Fault().text + "\n" + vexa::kAppUsageHint, vexa::kAppUsageExitCode);
+    kits::ChooseAudioSystem(options->audio);
+    switch (options->action) {
+    case vexa::AppOptions::Action::Help:
+        return std::fputs(vexa::AppHelpText().c_str(), stdout) < 0;
+    case vexa::AppOptions::Action::Version:
+        return std::fputs(vexa::AppVersionText().c_str(), stdout) < 0;
+    case vexa::AppOptions::Action::List:
+        return vexa::ListDevices();
+    case vexa::AppOptions::Action::Play:
+        break;
+    }
+    if (!options->noWindow)
+        return Fail("there is no window yet: start it with --no-window", 1);
+    const auto folder = kits::ProgramFolder("vexa");
+    if (!folder)
+        return Fail(folder.Fault().text, 1);
+    return vexa::PlayWithoutWindow(*options, *folder);
+}

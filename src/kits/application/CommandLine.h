@@ -1,0 +1,80 @@
+// Options of a command line, driven by a table from which the help is made too.
+#pragma once
+
+#include "kits/support/Result.h"
+
+#include <charconv>
+#include <functional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kits {
+
+/// What is known of an option besides what it does.
+struct OptionText {
+    const char* name;
+    /// What stands for the value in the help; an option without a value has none.
+    const char* value;
+    /// What the value may be, for the help and the message when it is something else; any text that
+    /// is not empty if this is missing.
+    const char* allowed;
+    const char* help;
+};
+
+/// One row per option.
+template<class Options>
+struct OptionRow : OptionText {
+    /// Takes the value over into the options; false if it is not allowed.
+    bool (*set)(Options& options, std::string_view text);
+};
+
+/// The whole of `text` as a number within the limits, which no NaN is; in every locale the same.
+template<class Number>
+bool SetNumber(Number& target, std::string_view text, Number minimum, Number maximum) {
+    Number number{};
+    const char* end = text.data() + text.size();
+    const auto [stop, fault] = std::from_chars(text.data(), end, number);
+    if (fault != std::errc() || stop != end || !(number >= minimum && number <= maximum))
+        return false;
+    target = number;
+    return true;
+}
+
+/// Any text but an empty one.
+template<class Target>
+bool SetText(Target& target, std::string_view text) {
+    target = text;
+    return !text.empty();
+}
+
+/// A MIDI channel, "1" to "16" as 0 to 15, or "all" as -1.
+bool SetChannel(int& channel, std::string_view text);
+
+/// Calls `set` for each option in `arguments` (the program's name is not among them) with the row's
+/// index and the value, and returns the operands. The error names the option and what it allows.
+/// Not to be called by two threads at once.
+Result<std::vector<std::string>>
+ParseCommandLine(std::span<const OptionText> rows, std::span<const std::string> arguments,
+                 const std::function<bool(std::size_t row, std::string_view value)>& set);
+
+/// The rows as lines of a help text.
+std::string OptionHelp(std::span<const OptionText> rows);
+
+/// Both for rows that know how to set.
+template<class Options>
+Result<std::vector<std::string>> ParseCommandLine(std::span<const OptionRow<Options>> rows,
+                                                  std::span<const std::string> arguments,
+                                                  Options& options) {
+    const std::vector<OptionText> texts(rows.begin(), rows.end());
+    return ParseCommandLine(texts, arguments, [&](std::size_t row, std::string_view value) {
+        return rows[row].set(options, value);
+    });
+}
+template<class Options>
+std::string OptionHelp(std::span<const OptionRow<Options>> rows) {
+    return OptionHelp(std::vector<OptionText>(rows.begin(), rows.end()));
+}
+
+} // namespace kits

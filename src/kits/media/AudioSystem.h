@@ -1,0 +1,24 @@
+// The audio systems that the program can play through.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kits {
+
+/// In the order in which they are tried. None has no devices.
+enum class AudioSystem { Jack, Pulse, Alsa, None };
+
+/// "jack", "pulse", "alsa" or "none"; nothing for another name.
+std::optional<AudioSystem> AudioSystemNamed(std::string_view name);
+
+/// The system that the mixer is to play through; without a value the first that has a device. To be
+/// called before the mixer is first asked for. Window thread.
+void ChooseAudioSystem(std::optional<AudioSystem> system);
+
+/// The output devices of all systems, for a person. Window thread.
+std::vector<std::string> AudioDeviceNames();
+
+} // namespace kits

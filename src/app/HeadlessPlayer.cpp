@@ -55,9 +55,9 @@ class HeadlessPlayer {
     const AppOptions& options;
     const std::filesystem::path& programFolder;
     SoundRecords records;
-    AudioGraph graph{records.controllers, records.parameters, records.voices, Say};
-    // Goes before the graph, whose threads may call an add-on's function till then.
+    // Outlives the graph, whose threads call an add-on's function to their end.
     FunctionSwitch receivers;
+    AudioGraph graph{records.controllers, records.parameters, records.voices, Say};
     std::shared_ptr<SourceWatch> watch = std::make_shared<SourceWatch>();
     bool sourceWasThere = false;
 };

@@ -71,9 +71,9 @@ class RenderJob {
     double fullRate;
     RenderOutcome outcome;
     std::optional<kits::Interrupt> interrupt;
-    Instrument instrument;
-    // Goes before the instrument, which does not play any more then.
+    // Outlives the instrument, which calls an add-on's function.
     FunctionSwitch receivers;
+    Instrument instrument;
 };
 
 Result<void> RenderJob::Render() {

@@ -1,0 +1,210 @@
+// A JACK server of a test's own with a player and a listener, both real clients of it.
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <jack/jack.h>
+#include <jack/midiport.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace test {
+
+/// A program that runs beside the test and is ended with it.
+class Companion {
+  public:
+    explicit Companion(std::vector<std::string> arguments, const std::string& output = "/dev/null")
+        : child(::fork()) {
+        if (child != 0)
+            return;
+        if (!std::freopen(output.c_str(), "w", stdout) || !::dup2(1, 2))
+            ::_exit(126);
+        std::vector<char*> argv;
+        for (std::string& argument : arguments)
+            argv.push_back(argument.data());
+        argv.push_back(nullptr);
+        ::execvp(argv[0], argv.data());
+        ::_exit(127);
+    }
+    ~Companion() { End(SIGKILL); }
+    Companion(const Companion&) = delete;
+    Companion& operator=(const Companion&) = delete;
+
+    pid_t Process() const { return child; }
+    /// Sends the signal and waits; the exit code, or 128 plus the signal that ended it.
+    int End(int signal) {
+        if (child <= 0)
+            return 0;
+        ::kill(child, signal);
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        child = -1;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    }
+
+  private:
+    pid_t child;
+};
+
+/// Looks at a condition until it holds; throws after ten seconds.
+inline void WaitFor(const char* what, const std::function<bool()>& condition) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > end)
+            throw std::runtime_error(std::string("waited in vain for ") + what);
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+}
+
+/// jackd with the dummy device. JACK_DEFAULT_SERVER names it for every client that is started
+/// later.
+class JackServer {
+  public:
+    explicit JackServer(int period, int rate = 48000)
+        : name("vexa-test-" + std::to_string(::getpid())),
+          server({"jackd", "-r", "-n", name, "-d", "dummy", "-r", std::to_string(rate), "-p",
+                  std::to_string(period)}) {
+        ::setenv("JACK_DEFAULT_SERVER", name.c_str(), 1);
+        ::setenv("JACK_NO_START_SERVER", "1", 1);
+        jack_set_error_function([](const char*) {});
+        jack_set_info_function([](const char*) {});
+        WaitFor("jackd", [] {
+            jack_client_t* client = jack_client_open("probe", JackNoStartServer, nullptr);
+            if (client)
+                jack_client_close(client);
+            return client != nullptr;
+        });
+    }
+    Companion& Process() { return server; }
+
+  private:
+    std::string name;
+    Companion server;
+};
+
+/// One JACK client with one port.
+class JackPort {
+  public:
+    JackPort(const char* client, const char* port, const char* type, unsigned long direction)
+        : handle(jack_client_open(client, JackNoStartServer, nullptr)) {
+        if (!handle)
+            throw std::runtime_error("no JACK client");
+        own = jack_port_register(handle, port, type, direction, 0);
+    }
+    virtual ~JackPort() { jack_client_close(handle); }
+    JackPort(const JackPort&) = delete;
+    JackPort& operator=(const JackPort&) = delete;
+
+    std::string Name() const { return jack_port_name(own); }
+    void Connect(const std::string& from, const std::string& to) {
+        WaitFor(to.c_str(), [&] {
+            const int status = jack_connect(handle, from.c_str(), to.c_str());
+            return status == 0 || status == EEXIST;
+        });
+    }
+
+  protected:
+    void Activate() {
+        jack_set_process_callback(
+            handle,
+            [](jack_nframes_t frames, void* self) {
+                static_cast<JackPort*>(self)->Process(frames);
+                return 0;
+            },
+            this);
+        jack_activate(handle);
+    }
+    virtual void Process(jack_nframes_t frames) = 0;
+
+    jack_client_t* handle;
+    jack_port_t* own;
+};
+
+/// Records all that arrives, with the server's frame of its first sample.
+class Ear : public JackPort {
+  public:
+    explicit Ear(std::size_t mostFrames)
+        : JackPort("ear", "in", JACK_DEFAULT_AUDIO_TYPE, JackPortIsInput), samples(mostFrames) {
+        Activate();
+    }
+    ~Ear() override { jack_deactivate(handle); }
+    std::size_t Count() const { return count; }
+    const std::vector<float>& Samples() const { return samples; }
+    std::uint32_t FirstFrame() const { return first; }
+
+  private:
+    void Process(jack_nframes_t frames) override {
+        const auto* in = static_cast<const float*>(jack_port_get_buffer(own, frames));
+        const std::size_t at = count;
+        if (at == 0)
+            first = jack_last_frame_time(handle);
+        if (at + frames > samples.size())
+            return;
+        std::copy(in, in + frames, samples.begin() + std::ptrdiff_t(at));
+        count = at + frames;
+    }
+
+    std::vector<float> samples;
+    std::atomic<std::size_t> count{0};
+    std::atomic<std::uint32_t> first{0};
+};
+
+/// Sends a script of MIDI messages, each at its frame after the script began.
+class Player : public JackPort {
+  public:
+    struct Message {
+        std::uint32_t frame;
+        std::vector<jack_midi_data_t> bytes;
+    };
+
+    Player() : JackPort("player", "out", JACK_DEFAULT_MIDI_TYPE, JackPortIsOutput) { Activate(); }
+    ~Player() override { jack_deactivate(handle); }
+
+    /// Returns when the last message has been sent.
+    void Play(std::vector<Message> next) {
+        script = std::move(next);
+        position = 0;
+        started = false;
+        playing = true;
+        while (playing)
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    /// The server's frame at which the script began.
+    std::uint32_t StartFrame() const { return start; }
+
+  private:
+    void Process(jack_nframes_t frames) override {
+        void* buffer = jack_port_get_buffer(own, frames);
+        jack_midi_clear_buffer(buffer);
+        if (!playing)
+            return;
+        const std::uint32_t now = jack_last_frame_time(handle);
+        if (!started)
+            start = now;
+        started = true;
+        for (; position < script.size(); position++) {
+            const Message& message = script[position];
+            const std::uint32_t at = start + message.frame;
+            if (at >= now + frames)
+                return;
+            jack_midi_event_write(buffer, at - now, message.bytes.data(), message.bytes.size());
+        }
+        playing = false;
+    }
+
+    std::vector<Message> script;
+    std::size_t position = 0;
+    bool started = false;
+    std::atomic<bool> playing{false};
+    std::atomic<std::uint32_t> start{0};
+};
+
+} // namespace test

@@ -1,0 +1,87 @@
+// vexa --no-window on a stage: what it plays when a script is played to it.
+#pragma once
+
+#include "live/JackStage.h"
+#include "support/TemporaryFolder.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+
+namespace test {
+
+/// The plane f = x with circles of radius 1 that are there at once and last until 20 ms after
+/// note-off: a note is a sine from its second sample on.
+constexpr const char* kSineSound =
+    "<vexasound><vexafunction><expression>x</expression></vexafunction>"
+    "<dcxdt><env>0</env></dcxdt><dcydt><env>0</env></dcydt>"
+    "<ax><env>1</env><envdata><envpoint t=\"0\" val=\"1\" fku=\"false\"/>"
+    "<envpoint t=\"0.02\" val=\"0\" fku=\"true\"/></envdata></ax>"
+    "<ay><env>0</env></ay></vexasound>";
+
+class LivePlay {
+  public:
+    /// `frames` is how much can be recorded.
+    LivePlay(int period, std::size_t frames, const std::string& sound = kSineSound)
+        : server(period),
+          log((folder.Path() / "log").string()),
+          vexa({VEXA_PROGRAM_FOLDER "/vexa", "--no-window", "--sound",
+                folder.Write("sound.xml", sound).string()},
+               log),
+          ear(frames) {
+        ear.Connect("Vexa:Vexa audio out", ear.Name());
+        player.Connect(player.Name(), "Vexa:Vexa midi in");
+        WaitFor("sound", [this] { return Log().find("playing through") != std::string::npos; });
+    }
+
+    void Play(std::vector<Player::Message> script) { player.Play(std::move(script)); }
+    /// Waits until so many more frames have been recorded.
+    void Listen(std::size_t frames) {
+        const std::size_t end = ear.Count() + frames;
+        WaitFor("the recording", [this, end] { return ear.Count() >= end; });
+    }
+    /// Sample of the recording at a frame after the script began.
+    std::size_t At(std::uint32_t frame) const {
+        return std::size_t(player.StartFrame() + frame - ear.FirstFrame());
+    }
+    const std::vector<float>& Samples() const { return ear.Samples(); }
+    std::string Log() const { return Contents(log); }
+    Companion& Vexa() { return vexa; }
+    JackServer& Server() { return server; }
+
+    /// Frames from each note-on of a script to the first sample that is not silent.
+    std::vector<int> Latencies(const std::vector<std::uint32_t>& noteOns, int limit) const {
+        std::vector<int> latencies;
+        for (const std::uint32_t frame : noteOns) {
+            int latency = 0;
+            while (latency < limit &&
+                   std::abs(ear.Samples()[At(frame) + std::size_t(latency)]) < 1e-4F)
+                latency++;
+            latencies.push_back(latency);
+        }
+        return latencies;
+    }
+
+  private:
+    TemporaryFolder folder;
+    JackServer server;
+    std::string log;
+    Companion vexa;
+    Ear ear;
+    Player player;
+};
+
+/// `count` short notes, each silenced before the next, at frames that fall anywhere in a period.
+inline std::vector<Player::Message> ShortNotes(int count, std::vector<std::uint32_t>& noteOns) {
+    std::vector<Player::Message> script;
+    std::uint32_t frame = 1000;
+    for (int i = 0; i < count; i++) {
+        noteOns.push_back(frame);
+        script.push_back({frame, {0x90, 69, 100}});
+        script.push_back({frame + 1200, {0xB0, 123, 0}});
+        frame += 3000 + std::uint32_t(i * 37 % 128);
+    }
+    return script;
+}
+
+} // namespace test

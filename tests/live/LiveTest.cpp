@@ -2,6 +2,8 @@
 #include "live/LivePlay.h"
 #include "support/Spectrum.h"
 
+#include <random>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -58,6 +60,50 @@ TEST(Live, ANoteIsHeardWithinThreePeriodsAndABuffer) {
     // machine the server itself loses periods.
     EXPECT_LE(latencies[50], 3 * 128 + 70);
     EXPECT_GT(latencies[0], 0);
+}
+
+TEST(Live, AFloodOfMidiLeavesNoNoteBehind) {
+    LivePlay play(128, 48000 * 8);
+    std::mt19937 random(7);
+    std::vector<test::Player::Message> script;
+    for (std::uint32_t i = 0; i < 100000; i++) {
+        const auto status = std::uint8_t(0x80 + random() % 0x80);
+        const auto data = [&random] { return std::uint8_t(random() % 0x80); };
+        // Whole messages, as JACK wants them: of one byte from F4 on, of three below F0.
+        std::vector<std::uint8_t> bytes{status};
+        if (status < 0xF0)
+            bytes.insert(bytes.end(), {data(), data()});
+        if (status < 0xF0 || status > 0xF3)
+            script.push_back({i * 48 / 100, bytes});
+    }
+    script.push_back({48100, {0xB0, 123, 0}});
+    script.push_back({72000, {0x90, 69, 100}});
+    play.Play(std::move(script));
+    play.Listen(9600);
+    const std::span<const float> all(play.Samples());
+    const auto loudest = [&](std::size_t from, std::size_t count) {
+        float peak = 0;
+        for (const float sample : all.subspan(from, count))
+            peak = std::max(peak, std::abs(sample));
+        return peak;
+    };
+    EXPECT_GT(loudest(play.At(0), 48000), 0.05F);
+    EXPECT_EQ(loudest(play.At(60000), 11000), 0.0F);
+    EXPECT_GT(loudest(play.At(73000), 4800), 0.1F);
+    EXPECT_EQ(play.Vexa().End(SIGTERM), 0);
+}
+
+TEST(Live, ASecondInstanceHasPortsOfItsOwn) {
+    LivePlay play(128, 48000);
+    test::Companion second({VEXA_PROGRAM_FOLDER "/vexa", "--no-window"});
+    jack_client_t* probe = jack_client_open("probe", JackNoStartServer, nullptr);
+    test::WaitFor("the second instance", [probe] {
+        return jack_port_by_name(probe, "Vexa-01:Vexa audio out") &&
+               jack_port_by_name(probe, "Vexa-01:Vexa midi in");
+    });
+    jack_client_close(probe);
+    EXPECT_EQ(second.End(SIGTERM), 0);
+    EXPECT_EQ(play.Vexa().End(SIGTERM), 0);
 }
 
 TEST(Live, TheEndOfTheServerIsToldOnceAndSurvived) {

@@ -1,0 +1,75 @@
+// vexa as a user starts it, without any server.
+#include "support/Command.h"
+#include "support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using test::CommandResult;
+using testing::HasSubstr;
+
+CommandResult Vexa(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), VEXA_PROGRAM_FOLDER "/vexa");
+    // No server is found under this name.
+    ::setenv("JACK_DEFAULT_SERVER", "vexa-test-none", 1);
+    ::setenv("JACK_NO_START_SERVER", "1", 1);
+    return test::RunCommand(std::move(arguments));
+}
+
+TEST(VexaProgram, SaysWhatIsWrongWithItsCommandLine) {
+    const std::pair<std::vector<std::string>, const char*> cases[] = {
+        {{"--voices", "0"}, "--voices takes a whole number from 1 to 20"},
+        {{"--channel", "17"}, "--channel"},
+        {{"--audio", "oss"}, "jack, pulse, alsa or none"},
+        {{"--midi", ""}, "--midi needs a value"},
+        {{"song.mid"}, "\"song.mid\" is no option"},
+        {{"--frobnicate"}, "--frobnicate"},
+    };
+    for (const auto& [arguments, text] : cases) {
+        const CommandResult result = Vexa(arguments);
+        EXPECT_EQ(result.exitCode, 2) << text;
+        EXPECT_THAT(result.text, HasSubstr(text));
+    }
+    EXPECT_THAT(Vexa({"--help"}).text, HasSubstr("--no-window"));
+    EXPECT_EQ(Vexa({"--version"}).exitCode, 0);
+}
+
+TEST(VexaProgram, WithoutAWindowItNamesTheWayToPlay) {
+    const CommandResult result = Vexa({});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.text, HasSubstr("--no-window"));
+}
+
+TEST(VexaProgram, ASoundThatWasAskedForMustBeThere) {
+    const CommandResult result =
+        Vexa({"--no-window", "--audio", "none", "--sound", "/none/sound.xml"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.text, HasSubstr("/none/sound.xml"));
+}
+
+TEST(VexaProgram, WithoutAnyDeviceItLivesAndEndsByItsSignal) {
+    const test::TemporaryFolder folder;
+    const auto terminate = [](pid_t child) {
+        // Not before it handles the signal: the handler shows in the process's status.
+        const std::string status = "/proc/" + std::to_string(child) + "/status";
+        while (true) {
+            const std::string text = test::Contents(status);
+            const std::size_t caught = text.find("SigCgt:");
+            if (caught == std::string::npos)
+                break;
+            if (std::stoull(text.substr(caught + 7), nullptr, 16) & (1ULL << (SIGTERM - 1)))
+                break;
+        }
+        ::kill(child, SIGTERM);
+    };
+    ::setenv("JACK_DEFAULT_SERVER", "vexa-test-none", 1);
+    const CommandResult result = test::RunCommand(
+        {VEXA_PROGRAM_FOLDER "/vexa", "--no-window", "--audio", "none"}, terminate);
+    EXPECT_EQ(result.exitCode, 0) << result.text;
+    EXPECT_THAT(result.text, HasSubstr("unable to get the system mixer"));
+    EXPECT_THAT(result.text, HasSubstr("played "));
+}
+
+} // namespace

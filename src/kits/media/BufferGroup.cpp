@@ -2,16 +2,18 @@
 
 #include "kits/media/Clock.h"
 
+#include <algorithm>
+
 #include <sys/mman.h>
 
 void BBuffer::Recycle() noexcept {
     inUse = false;
-    ::sem_post(&group->returned);
+    ::sem_post(&group->available);
 }
 
 BBufferGroup::BBufferGroup(std::size_t size, int32 count, uint32, uint32 lock)
-    : locked(lock == B_FULL_LOCK) {
-    ::sem_init(&returned, 0, 0);
+    : size(size), locked(lock == B_FULL_LOCK) {
+    ::sem_init(&available, 0, static_cast<unsigned>(std::max(count, 0)));
     for (int32 i = 0; i < count; i++) {
         BBuffer& buffer = *buffers.emplace_back(std::make_unique<BBuffer>());
         buffer.group = this;
@@ -28,22 +30,17 @@ BBufferGroup::~BBufferGroup() {
         if (locked)
             ::munlock(buffer->data.get(), buffer->size);
     }
-    ::sem_destroy(&returned);
+    ::sem_destroy(&available);
 }
 
-BBuffer* BBufferGroup::RequestBuffer(std::size_t size, bigtime_t timeout) {
-    const bigtime_t limit = kits::MonotonicTime() + timeout;
-    do {
-        if (BBuffer* buffer = Take(size))
-            return buffer;
-    } while (kits::WaitUntil(returned, limit));
-    return Take(size);
-}
-
-BBuffer* BBufferGroup::Take(std::size_t size) noexcept {
-    for (const std::unique_ptr<BBuffer>& buffer : buffers) {
-        if (buffer->size >= size && !buffer->inUse.exchange(true))
-            return buffer.get();
+BBuffer* BBufferGroup::RequestBuffer(std::size_t wanted, bigtime_t timeout) {
+    if (wanted > size || !kits::WaitUntil(available, kits::MonotonicTime() + timeout))
+        return nullptr;
+    // There is one for us, but others may take the one that we look at.
+    while (true) {
+        for (const std::unique_ptr<BBuffer>& buffer : buffers) {
+            if (!buffer->inUse.exchange(true))
+                return buffer.get();
+        }
     }
-    return nullptr;
 }

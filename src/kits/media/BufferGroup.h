@@ -53,10 +53,9 @@ class BBufferGroup {
 
   private:
     friend class BBuffer;
-    BBuffer* Take(std::size_t size) noexcept;
-
     std::vector<std::unique_ptr<BBuffer>> buffers;
+    std::size_t size;
     bool locked;
-    /// Posted when a buffer has come back.
-    sem_t returned;
+    /// Counts the buffers that are not in use.
+    sem_t available;
 };

@@ -66,10 +66,11 @@ bigtime_t MixerInput::Write(std::span<const float> frames, bigtime_t start) noex
     const std::span<const float> output = Convert(frames);
     const Stretch written{nextFrame, static_cast<uint32>(output.size())};
     nextFrame += written.count;
-    playing = true;
     if (samples.Writable() >= output.size() && stretches.Writable() > 0 && !output.empty()) {
         samples.Write(output.data(), output.size());
         stretches.Write(&written, 1);
+        // Only now: nothing is missing while the first frames are still on their way.
+        playing = true;
     }
     return std::max<bigtime_t>(clock.TimeOf(fetched) - clock.TimeOf(written.frame), 0);
 }
@@ -92,8 +93,8 @@ std::span<const float> MixerInput::Convert(std::span<const float> frames) noexce
 
 void MixerInput::AddTo(std::span<float> mix, int64 frame) noexcept {
     const int64 end = frame + static_cast<int64>(mix.size());
-    DropBefore(frame);
     int64 at = frame;
+    DropBefore(at);
     while (at < end && NextStretch() && stretch.frame < end) {
         at = stretch.frame;
         const auto wanted = static_cast<std::size_t>(
@@ -104,6 +105,8 @@ void MixerInput::AddTo(std::span<float> mix, int64 frame) noexcept {
         stretch.frame += static_cast<int64>(n);
         stretch.count -= static_cast<uint32>(n);
         at += static_cast<int64>(n);
+        // A stream that goes back in time may bring what has just been played.
+        DropBefore(at);
     }
     fetched = end;
     // With a stretch to come later the silence is meant: the stream begins there or left a part

@@ -23,13 +23,15 @@ MidiThread::Inlet::Inlet(MidiThread& thread, BMidiLocalConsumer& consumer)
 }
 
 void MidiThread::Inlet::Put(std::span<const uint8> bytes, bigtime_t time) noexcept {
-    const Header header{time, static_cast<uint32>(bytes.size())};
+    const Header header{time, static_cast<uint32>(bytes.size()), gap};
     std::array<uint8, sizeof header> head;
     std::memcpy(head.data(), &header, sizeof header);
     // Header and bytes go in together or not at all.
     if (ring.Writable() < head.size() + bytes.size()) {
+        gap = true;
         lost = true;
     } else {
+        gap = false;
         ring.Write(head.data(), head.size());
         ring.Write(bytes.data(), bytes.size());
     }
@@ -42,6 +44,8 @@ void MidiThread::Inlet::EndNotes() noexcept {
 }
 
 void MidiThread::Inlet::Drain(BMidiLocalConsumer& consumer) {
+    // Asked before draining, so that the notes that came in before the loss are ended too.
+    const bool endNotes = lost.exchange(false);
     Header header{};
     std::array<uint8, sizeof header> head;
     while (ring.Readable() >= head.size()) {
@@ -52,9 +56,11 @@ void MidiThread::Inlet::Drain(BMidiLocalConsumer& consumer) {
             std::this_thread::yield();
         piece.resize(header.size);
         ring.Read(piece.data(), piece.size());
+        if (header.gap)
+            decoder.Reset();
         decoder.Decode(piece, header.time);
     }
-    if (lost.exchange(false))
+    if (endNotes)
         consumer.AllNotesOff(false, header.time);
 }
 

@@ -35,6 +35,8 @@ class MidiThread {
         struct Header {
             bigtime_t time;
             uint32 size;
+            /// Pieces before this one are lost.
+            bool gap;
         };
         void Drain(BMidiLocalConsumer& consumer);
 
@@ -42,6 +44,8 @@ class MidiThread {
         WireDecoder decoder;
         Ring<uint8> ring{1U << 20};
         std::vector<uint8> piece;
+        /// The writing thread's: the latest pieces are lost.
+        bool gap = false;
         std::atomic<bool> lost{false};
     };
 

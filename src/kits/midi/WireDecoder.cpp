@@ -31,6 +31,8 @@ int DataBytes(uint8 status) {
 
 void WireDecoder::Decode(std::span<const uint8> bytes, bigtime_t time) {
     for (const uint8 byte : bytes) {
+        if (byte == 0xF9 || byte == 0xFD) // real time, but without a meaning
+            continue;
         if (byte >= kFirstRealTime)
             consumer.SystemRealTime(byte, time);
         else if (byte & 0x80)

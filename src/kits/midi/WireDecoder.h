@@ -21,6 +21,9 @@ class WireDecoder {
 
     void Decode(std::span<const uint8> bytes, bigtime_t time);
 
+    /// Forgets the message begun and the running status: part of the stream is missing.
+    void Reset() { status = 0; }
+
   private:
     void Status(uint8 status, bigtime_t time);
     void Data(uint8 data, bigtime_t time);

@@ -1,0 +1,47 @@
+#include "kits/media/DeviceClock.h"
+
+#include <random>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(DeviceClock, FramesAndTimesBelongTogether) {
+    const kits::DeviceClock clock(44100);
+    EXPECT_EQ(clock.TimeOf(44100), 1000000);
+    for (int64 frame = 0; frame < 40000000000; frame = frame * 3 + 1)
+        EXPECT_EQ(clock.FrameAt(clock.TimeOf(frame)), frame);
+}
+
+TEST(DeviceClock, SmoothsTheJitterOfItsThread) {
+    // A device 50 millionths faster than its rate says, and a thread that wakes up to 2 ms late.
+    kits::DeviceClock clock(48000);
+    std::mt19937 random(3);
+    const auto trueTime = [](int64 frame) { return 7e6 + double(frame) * 1e6 / 48002.4; };
+    bigtime_t before = 0;
+    for (int64 frame = 0; frame < 480 * 2000; frame += 480) {
+        const double jitter = std::uniform_real_distribution<>(0, 2000)(random);
+        clock.Period(frame, static_cast<bigtime_t>(trueTime(frame) + jitter));
+        ASSERT_EQ(clock.Frame(), frame);
+        const auto now = static_cast<bigtime_t>(trueTime(frame + 240));
+        const bigtime_t told = clock.PerformanceTimeFor(now);
+        EXPECT_GT(told, before);
+        before = told;
+        if (frame > 480 * 200) {
+            EXPECT_NEAR(double(told), double(clock.TimeOf(frame + 240)) - 1000, 600);
+        }
+        EXPECT_NEAR(double(clock.RealTimeFor(told)), double(now), 2) << "the way back";
+    }
+}
+
+TEST(DeviceClock, FollowsAJumpAtOnce) {
+    kits::DeviceClock clock(48000);
+    clock.Period(0, 1000000);
+    clock.Period(480, 1010000);
+    EXPECT_EQ(clock.PerformanceTimeFor(1010000), 10000);
+    clock.Period(960, 1520000); // it paused for half a second
+    EXPECT_EQ(clock.PerformanceTimeFor(1525000), 25000);
+    EXPECT_EQ(clock.RealTimeFor(25000), 1525000);
+}
+
+} // namespace

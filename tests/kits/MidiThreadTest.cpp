@@ -1,0 +1,125 @@
+#include "kits/midi/MidiThread.h"
+
+#include "support/MidiLog.h"
+
+#include <chrono>
+#include <memory>
+#include <semaphore>
+#include <set>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace std::chrono_literals;
+using Bytes = std::vector<uint8>;
+constexpr auto kLimit = 60s;
+
+/// Remembers its threads; can be held up at its first call.
+class Slow : public test::MidiLog {
+  public:
+    std::set<std::thread::id> threads;
+    std::binary_semaphore entered{0};
+    std::binary_semaphore goOn{0};
+    bool holdUp = false;
+    bool timedOut = false;
+
+  private:
+    void Added() override {
+        threads.insert(std::this_thread::get_id());
+        if (holdUp && calls.size() == 1) {
+            entered.release();
+            timedOut = !goOn.try_acquire_for(kLimit);
+        }
+    }
+};
+
+TEST(MidiThread, DeliversEachInletInOrderByOneThread) {
+    constexpr int kInlets = 4;
+    constexpr int kNotes = 5000;
+    Slow log;
+    auto thread = std::make_unique<kits::MidiThread>(log);
+    std::vector<kits::MidiThread::Inlet*> inlets;
+    for (int i = 0; i < kInlets; i++)
+        inlets.push_back(&thread->NewInlet());
+    thread->Start();
+    std::vector<std::thread> writers;
+    for (int i = 0; i < kInlets; i++) {
+        writers.emplace_back([&inlet = *inlets[std::size_t(i)], i] {
+            inlet.Put(Bytes{uint8(0x90 + i)}, 0);
+            for (int n = 0; n < kNotes; n++) { // numbered, by the status that ran before
+                inlet.Put(Bytes{uint8(n & 127)}, n);
+                inlet.Put(Bytes{uint8(1 + (n >> 7))}, n);
+            }
+        });
+    }
+    for (std::thread& writer : writers)
+        writer.join();
+    thread.reset(); // delivers what is left
+
+    std::array<int, kInlets> next{};
+    for (std::size_t k = 0; k < log.calls.size(); k++) {
+        const auto inlet = static_cast<std::size_t>(log.calls[k][3] - '0');
+        const int n = next[inlet]++;
+        ASSERT_EQ(log.calls[k], "on " + std::to_string(inlet) + ' ' + std::to_string(n & 127) +
+                                    ' ' + std::to_string(1 + (n >> 7)));
+        ASSERT_EQ(log.times[k], n);
+    }
+    EXPECT_THAT(next, testing::Each(kNotes));
+    EXPECT_EQ(log.threads.size(), 1U);
+    EXPECT_FALSE(log.threads.contains(std::this_thread::get_id()));
+}
+
+TEST(MidiThread, AFloodEndsTheNotesInsteadOfLeavingThemOn) {
+    Slow log;
+    log.holdUp = true;
+    auto thread = std::make_unique<kits::MidiThread>(log);
+    kits::MidiThread::Inlet& inlet = thread->NewInlet();
+    thread->Start();
+    inlet.Put(Bytes{0x90, 60, 100}, 1);
+    ASSERT_TRUE(log.entered.try_acquire_for(kLimit));
+    for (uint8 i = 0; i < 100; i++) // two million bytes while the thread hangs
+        inlet.Put(Bytes(20000, 0xFE), 2);
+    inlet.Put(Bytes(20000, 0x80), 3);
+    log.goOn.release();
+    thread.reset();
+    EXPECT_FALSE(log.timedOut);
+    EXPECT_EQ(log.calls.front(), "on 0 60 100");
+    EXPECT_EQ(log.calls.back(), "alloff 0");
+    EXPECT_EQ(std::count(log.calls.begin(), log.calls.end(), "alloff 0"), 1);
+    const auto kept = std::count(log.calls.begin(), log.calls.end(), "realtime 254");
+    EXPECT_GT(kept, 1000000) << "what there was room for";
+    EXPECT_LT(kept, 2000000);
+    EXPECT_EQ(kept % 20000, 0) << "pieces are whole or not there";
+}
+
+TEST(MidiThread, NoMessageIsJoinedAcrossALostPiece) {
+    Slow log;
+    log.holdUp = true;
+    auto thread = std::make_unique<kits::MidiThread>(log);
+    kits::MidiThread::Inlet& inlet = thread->NewInlet();
+    thread->Start();
+    inlet.Put(Bytes{0xFE}, 1);
+    ASSERT_TRUE(log.entered.try_acquire_for(kLimit));
+    inlet.Put(Bytes{0x90, 60}, 1);
+    inlet.Put(Bytes(2000000, 0xFE), 1); // never fits
+    inlet.Put(Bytes{5, 0x80, 61, 9}, 1);
+    log.goOn.release();
+    thread.reset();
+    EXPECT_EQ(log.calls, (std::vector<std::string>{"realtime 254", "off 0 61 9", "alloff 0"}));
+}
+
+TEST(MidiThread, AVanishedSourceEndsItsNotes) {
+    Slow log;
+    auto thread = std::make_unique<kits::MidiThread>(log);
+    kits::MidiThread::Inlet& inlet = thread->NewInlet();
+    thread->Start();
+    inlet.Put(Bytes{0x90, 60, 100}, 1);
+    inlet.EndNotes();
+    thread.reset();
+    EXPECT_EQ(log.calls.front(), "on 0 60 100");
+    EXPECT_EQ(log.calls.back(), "alloff 0");
+}
+
+} // namespace

@@ -1,0 +1,175 @@
+#include "kits/media/MixerInput.h"
+
+#include <cmath>
+#include <complex>
+#include <limits>
+#include <numbers>
+#include <numeric>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using Frames = std::vector<float>;
+constexpr double kTurn = 2 * std::numbers::pi;
+
+class MixerInput : public testing::Test {
+  protected:
+    /// `count` frames 1, 2, 3.. from the device's frame `frame` on.
+    bigtime_t Put(int64 frame, std::size_t count) {
+        Frames frames(count);
+        std::iota(frames.begin(), frames.end(), 1.0F);
+        return input.Write(frames, clock.TimeOf(frame));
+    }
+    Frames Period(int64 frame, std::size_t count) {
+        Frames mix(count, 0);
+        input.AddTo(mix, frame);
+        return mix;
+    }
+    int64 Late() const { return input.Counts().late; }
+    int64 Missing() const { return input.Counts().missing; }
+
+    kits::DeviceClock clock{48000};
+    kits::MixerInput input{clock, 48000, 256};
+};
+
+TEST_F(MixerInput, PlaysFramesExactlyAtTheirPlace) {
+    EXPECT_EQ(Put(1003, 4), 0);
+    EXPECT_EQ(Put(1007, 2), 0);
+    EXPECT_EQ(Period(1000, 5), (Frames{0, 0, 0, 1, 2})) << "the stream begins";
+    Frames mix(4, 10.0F);
+    input.AddTo(mix, 1005);
+    EXPECT_EQ(mix, (Frames{13, 14, 11, 12})) << "added to what others play";
+    EXPECT_EQ(Late() + Missing(), 0);
+}
+
+TEST_F(MixerInput, StartTimesInWholeMicrosecondsAreNoGaps) {
+    // 256 frames are 5333.3 us.
+    std::size_t played = 0;
+    for (int64 frame = 0; frame < 256 * 400; frame += 256) {
+        Put(frame, 256);
+        for (const float sample : Period(frame, 256))
+            ASSERT_EQ(sample, float(played++ % 256 + 1));
+    }
+    EXPECT_EQ(Late() + Missing(), 0);
+}
+
+TEST_F(MixerInput, LateFramesAreCountedAndSkipped) {
+    Period(0, 100);
+    EXPECT_EQ(Put(95, 3), clock.TimeOf(100) - clock.TimeOf(95));
+    Put(98, 4);
+    EXPECT_EQ(Put(102, 2), 0);
+    EXPECT_EQ(Period(100, 6), (Frames{3, 4, 1, 2, 0, 0}));
+    EXPECT_EQ(Late(), 2) << "one wholly, one in part";
+}
+
+TEST_F(MixerInput, AGapIsMeantAndAnEmptyRingIsNot) {
+    Put(0, 4);
+    Put(12, 2);
+    EXPECT_EQ(Period(0, 10), (Frames{1, 2, 3, 4, 0, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(Missing(), 0) << "something comes later";
+    EXPECT_EQ(Period(10, 5), (Frames{0, 0, 1, 2, 0}));
+    EXPECT_EQ(Missing(), 1) << "a frame too few";
+    Period(15, 5);
+    EXPECT_EQ(Missing(), 2);
+    input.Stopped();
+    Period(20, 5);
+    EXPECT_EQ(Missing(), 2);
+}
+
+TEST_F(MixerInput, AStreamThatGoesBackStaysInsideOfThePeriod) {
+    Put(1000, 100);
+    Put(500, 200); // long past when the period at 1000 begins
+    Put(1050, 60); // its first half has been played
+    Frames mix(1000, 0);
+    input.AddTo(std::span(mix).subspan(600, 200), 1000);
+    Frames expected(1000, 0);
+    std::iota(expected.begin() + 600, expected.begin() + 700, 1.0F);
+    std::iota(expected.begin() + 700, expected.begin() + 710, 51.0F);
+    EXPECT_EQ(mix, expected);
+    EXPECT_EQ(Late(), 2);
+}
+
+TEST_F(MixerInput, WhatIsNotFiniteBecomesSilence) {
+    constexpr float kInf = std::numeric_limits<float>::infinity();
+    input.Write(Frames{0.5F, std::nanf(""), kInf, -kInf, 0.25F}, 0);
+    EXPECT_EQ(Period(0, 5), (Frames{0.5F, 0, 0, 0, 0.25F}));
+}
+
+TEST_F(MixerInput, AFullRingLosesBuffersButNotThePlace) {
+    for (int64 frame = 0; frame < 256 * 300; frame += 256)
+        Put(frame, 256);
+    EXPECT_EQ(Period(0, 65536).back(), 256);
+    EXPECT_EQ(Period(65536, 256), Frames(256, 0));
+    Put(256 * 300, 2);
+    EXPECT_EQ(Period(256 * 300 - 1, 4), (Frames{0, 1, 2, 0}));
+}
+
+TEST(MixerInputConverts, NothingIsMissingBeforeTheFirstFrameIsThere) {
+    const kits::DeviceClock clock(48000);
+    kits::MixerInput input(clock, 44100, 16);
+    Frames mix(480, 0);
+    EXPECT_EQ(input.Write(Frames(16, 1.0F), 20000), 0); // less than the filter is long
+    input.AddTo(mix, 0);
+    EXPECT_EQ(input.Counts().missing, 0);
+}
+
+/// The sine of a frequency that the frames hold, relative to sin(2 pi f t) with t = 0 at frame 0.
+std::complex<double> SineIn(std::span<const float> frames, std::size_t from, double frequency,
+                            double rate) {
+    std::complex<double> sum = 0;
+    double weights = 0;
+    for (std::size_t i = from; i < frames.size(); i++) {
+        const double window = 1 - std::cos(kTurn * double(i - from) / double(frames.size() - from));
+        sum += window * double(frames[i]) * std::polar(1.0, -kTurn * frequency * double(i) / rate);
+        weights += window;
+    }
+    return std::complex<double>(0, 2) * sum / weights;
+}
+
+TEST(MixerInputConverts, ASineKeepsItsFrequencyLevelAndPlace) {
+    constexpr double kRate = 44100;
+    const kits::DeviceClock clock(48000);
+    for (const double frequency : {100.0, 1000.0, 15000.0}) {
+        kits::MixerInput input(clock, kRate, 256);
+        EXPECT_GT(input.Lookahead(), 0);
+        Frames frames(256);
+        Frames played;
+        int64 sent = 0;
+        // A second, five buffers (29 ms) left out, and another second.
+        const int64 gap = 256 * 172;
+        for (int buffer = 0; buffer < 350; buffer++) {
+            if (sent == gap)
+                sent += 5 * 256;
+            for (std::size_t i = 0; i < 256; i++)
+                frames[i] = static_cast<float>(
+                    0.5 * std::sin(kTurn * frequency * double(sent + int64(i)) / kRate));
+            const double seconds = double(sent) / kRate;
+            EXPECT_EQ(input.Write(frames, static_cast<bigtime_t>(seconds * 1e6)), 0);
+            sent += 256;
+            // The device fetches as much as must be there by now.
+            const auto end = static_cast<int64>((seconds + 256 / kRate) * 48000) -
+                             static_cast<int64>(double(input.Lookahead()) * 0.048) - 2;
+            while (int64(played.size()) + 64 <= end) {
+                Frames mix(64, 0);
+                input.AddTo(mix, static_cast<int64>(played.size()));
+                played.insert(played.end(), mix.begin(), mix.end());
+            }
+        }
+        EXPECT_EQ(input.Counts().late, 0);
+        EXPECT_EQ(input.Counts().missing, 0) << frequency;
+        const std::span all(played);
+        const auto afterGap = static_cast<std::size_t>(double(gap + 5 * 256) / kRate * 48000);
+        for (const auto& part : {all.first(47000), all}) {
+            const std::size_t from = part.size() == 47000 ? 0 : afterGap;
+            const auto sine = SineIn(part, from + 200, frequency, 48000);
+            EXPECT_NEAR(20 * std::log10(std::abs(sine) / 0.5), 0, 0.1) << frequency;
+            // Half a frame from rounding the start to a frame.
+            const double frameError = std::arg(sine) / kTurn / frequency * 48000;
+            EXPECT_LE(std::abs(frameError), 0.55) << frequency << " from " << from;
+        }
+    }
+}
+
+} // namespace

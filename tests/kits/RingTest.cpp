@@ -1,0 +1,63 @@
+#include "kits/support/Ring.h"
+
+#include <array>
+#include <cstdint>
+#include <numeric>
+#include <random>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(Ring, WritesAllOrNothingAcrossItsEnd) {
+    kits::Ring<int> ring(5); // rounded up
+    ASSERT_EQ(ring.Writable(), 8U);
+    std::array<int, 9> items{};
+    std::iota(items.begin(), items.end(), 0);
+    EXPECT_FALSE(ring.Write(items.data(), 9));
+    EXPECT_EQ(ring.Readable(), 0U);
+    EXPECT_TRUE(ring.Write(items.data(), 6));
+    EXPECT_FALSE(ring.Write(items.data(), 3));
+    EXPECT_EQ(ring.Skip(4), 4U);
+    EXPECT_TRUE(ring.Write(items.data(), 6)) << "two to the end, four from the beginning";
+    EXPECT_EQ(ring.Writable(), 0U);
+
+    std::array<int, 9> read{};
+    EXPECT_EQ(ring.Read(read.data(), 9), 8U);
+    EXPECT_EQ(read, (std::array<int, 9>{4, 5, 0, 1, 2, 3, 4, 5, 0}));
+    EXPECT_EQ(ring.Skip(1), 0U);
+}
+
+TEST(Ring, OneWriterAndOneReaderKeepTheOrder) {
+    constexpr std::uint32_t kItems = 300000;
+    kits::Ring<std::uint32_t> ring(64);
+    std::thread writer([&ring] {
+        std::mt19937 random(1);
+        std::array<std::uint32_t, 70> items{};
+        for (std::uint32_t next = 0; next < kItems;) {
+            const std::uint32_t count = std::min<std::uint32_t>(random() % 70, kItems - next);
+            std::iota(items.begin(), items.begin() + count, next);
+            if (ring.Write(items.data(), count)) // more than the ring holds is refused
+                next += count;
+            else
+                std::this_thread::yield();
+        }
+    });
+    std::mt19937 random(2);
+    std::array<std::uint32_t, 100> items{};
+    std::uint32_t expected = 0;
+    std::uint32_t faults = 0;
+    while (expected < kItems) {
+        const std::size_t count = ring.Read(items.data(), random() % items.size());
+        for (std::size_t i = 0; i < count; i++)
+            faults += items[i] != expected++;
+        if (count == 0)
+            std::this_thread::yield();
+    }
+    writer.join();
+    EXPECT_EQ(faults, 0U);
+    EXPECT_EQ(ring.Readable(), 0U);
+}
+
+} // namespace

@@ -6,7 +6,7 @@
 #include <memory>
 
 /// Brings nodes together: it keeps the references, drives the negotiation of a connection in its
-/// order (the producer's proposal, the consumer's acceptance, PrepareToConnect, Connect, Connected)
+/// order (the producer's proposal, the consumer's acceptance, PrepareToConnect, Connected, Connect)
 /// and starts and stops. Every hook is called in its node's own thread. Window thread, but for
 /// ConsumerOf.
 class BMediaRoster {

@@ -68,10 +68,8 @@ inline void WaitFor(const char* what, const std::function<bool()>& condition) {
 /// later.
 class JackServer {
   public:
-    explicit JackServer(int period, int rate = 48000)
-        : name("vexa-test-" + std::to_string(::getpid())),
-          server({"jackd", "-r", "-n", name, "-d", "dummy", "-r", std::to_string(rate), "-p",
-                  std::to_string(period)}) {
+    explicit JackServer(int period)
+        : name("vexa-test-" + std::to_string(::getpid())), server(Command(period)) {
         ::setenv("JACK_DEFAULT_SERVER", name.c_str(), 1);
         ::setenv("JACK_NO_START_SERVER", "1", 1);
         jack_set_error_function([](const char*) {});
@@ -83,9 +81,29 @@ class JackServer {
             return client != nullptr;
         });
     }
-    Companion& Process() { return server; }
+    /// In its orderly way: what a killed server leaves behind would keep others from starting.
+    ~JackServer() { server.End(SIGTERM); }
+
+    /// The server is gone from one moment to the next.
+    void Kill() {
+        server.End(SIGKILL);
+        // A successor of the same name tidies up after it.
+        Companion successor(Command(1024));
+        jack_client_t* client = nullptr;
+        WaitFor("jackd", [&client] {
+            client = jack_client_open("probe", JackNoStartServer, nullptr);
+            return client != nullptr;
+        });
+        jack_client_close(client);
+        successor.End(SIGTERM);
+    }
 
   private:
+    std::vector<std::string> Command(int period) const {
+        return {"jackd", "-r", "-n",    name, "-d",
+                "dummy", "-r", "48000", "-p", std::to_string(period)};
+    }
+
     std::string name;
     Companion server;
 };

@@ -109,7 +109,7 @@ TEST(Live, ASecondInstanceHasPortsOfItsOwn) {
 TEST(Live, TheEndOfTheServerIsToldOnceAndSurvived) {
     LivePlay play(128, 48000 * 4);
     play.Play({{1000, {0x90, 69, 100}}});
-    play.Server().Process().End(SIGKILL);
+    play.Server().Kill();
     test::WaitFor("the message", [&] {
         return play.Log().find("the audio device has disappeared") != std::string::npos;
     });

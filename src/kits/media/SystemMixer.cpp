@@ -96,8 +96,9 @@ void SystemMixer::Play(float* samples, uint32 frames, bigtime_t now) noexcept {
         if (Input* input = slot.load())
             input->mix.AddTo(mix, frame);
     }
+    // Inputs are finite, but what a filter makes of the largest floats need not be.
     for (float& sample : mix)
-        sample = std::clamp(sample, -1.0F, 1.0F);
+        sample = std::isfinite(sample) ? std::clamp(sample, -1.0F, 1.0F) : 0.0F;
     frame += frames;
 }
 

@@ -44,6 +44,9 @@ class Companion {
         if (child <= 0)
             return 0;
         ::kill(child, signal);
+        return Wait();
+    }
+    int Wait() {
         int status = 0;
         ::waitpid(child, &status, 0);
         child = -1;
@@ -81,21 +84,22 @@ class JackServer {
             return client != nullptr;
         });
     }
-    /// In its orderly way: what a killed server leaves behind would keep others from starting.
-    ~JackServer() { server.End(SIGTERM); }
+    ~JackServer() {
+        if (!killed) {
+            server.End(SIGTERM);
+            return;
+        }
+        // What a killed server leaves behind would keep others from starting in the end; a
+        // successor of the same name takes it away.
+        std::vector<std::string> brief = Command(1024);
+        brief.insert(brief.begin(), {"timeout", "-s", "TERM", "1"});
+        Companion(std::move(brief)).Wait();
+    }
 
     /// The server is gone from one moment to the next.
     void Kill() {
+        killed = true;
         server.End(SIGKILL);
-        // A successor of the same name tidies up after it.
-        Companion successor(Command(1024));
-        jack_client_t* client = nullptr;
-        WaitFor("jackd", [&client] {
-            client = jack_client_open("probe", JackNoStartServer, nullptr);
-            return client != nullptr;
-        });
-        jack_client_close(client);
-        successor.End(SIGTERM);
     }
 
   private:
@@ -106,6 +110,7 @@ class JackServer {
 
     std::string name;
     Companion server;
+    bool killed = false;
 };
 
 /// One JACK client with one port.
@@ -146,7 +151,7 @@ class JackPort {
     jack_port_t* own;
 };
 
-/// Records all that arrives, with the server's frame of its first sample.
+/// Records all that arrives, each sample at its frame after the first.
 class Ear : public JackPort {
   public:
     explicit Ear(std::size_t mostFrames)
@@ -161,9 +166,11 @@ class Ear : public JackPort {
   private:
     void Process(jack_nframes_t frames) override {
         const auto* in = static_cast<const float*>(jack_port_get_buffer(own, frames));
-        const std::size_t at = count;
-        if (at == 0)
-            first = jack_last_frame_time(handle);
+        // By the server's clock, which goes on over periods that are lost.
+        const jack_nframes_t now = jack_last_frame_time(handle);
+        if (count == 0)
+            first = now;
+        const std::size_t at = now - first;
         if (at + frames > samples.size())
             return;
         std::copy(in, in + frames, samples.begin() + std::ptrdiff_t(at));

@@ -1,6 +1,6 @@
 #include "audio/ToneProducer.h"
 
-#include "kits/media/Clock.h"
+#include "kits/kernel/OS.h"
 #include "kits/support/Trace.h"
 #include "synth/Realtime.h"
 
@@ -328,9 +328,9 @@ bigtime_t VexaToneProducer::TimeOfNextFrame() const {
 }
 
 void VexaToneProducer::FillSineBuffer(float* buffer, std::size_t count) noexcept {
-    const bigtime_t start = kits::MonotonicTime();
+    const bigtime_t start = system_time();
     renderer.Render(buffer, count);
-    const bigtime_t elapsed = kits::MonotonicTime() - start;
+    const bigtime_t elapsed = system_time() - start;
     const bigtime_t budget =
         static_cast<bigtime_t>(kOverload / FrameRate()) * static_cast<bigtime_t>(count);
     if (elapsed >= budget)

@@ -1,6 +1,8 @@
 // A JACK server of a test's own with a player and a listener, both real clients of it.
 #pragma once
 
+#include "support/Command.h"
+
 #include <atomic>
 #include <chrono>
 #include <cstdint>
@@ -27,12 +29,7 @@ class Companion {
             return;
         if (!std::freopen(output.c_str(), "w", stdout) || !::dup2(1, 2))
             ::_exit(126);
-        std::vector<char*> argv;
-        for (std::string& argument : arguments)
-            argv.push_back(argument.data());
-        argv.push_back(nullptr);
-        ::execvp(argv[0], argv.data());
-        ::_exit(127);
+        Execute(std::move(arguments));
     }
     ~Companion() { End(SIGKILL); }
     Companion(const Companion&) = delete;
@@ -50,16 +47,16 @@ class Companion {
         int status = 0;
         ::waitpid(child, &status, 0);
         child = -1;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+        return ExitCode(status);
     }
 
   private:
     pid_t child;
 };
 
-/// Looks at a condition until it holds; throws after ten seconds.
+/// Looks at a condition until it holds; throws after thirty seconds.
 inline void WaitFor(const char* what, const std::function<bool()>& condition) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
     while (!condition()) {
         if (std::chrono::steady_clock::now() > end)
             throw std::runtime_error(std::string("waited in vain for ") + what);
@@ -156,12 +153,21 @@ class Ear : public JackPort {
   public:
     explicit Ear(std::size_t mostFrames)
         : JackPort("ear", "in", JACK_DEFAULT_AUDIO_TYPE, JackPortIsInput), samples(mostFrames) {
+        jack_set_xrun_callback(
+            handle,
+            [](void* self) {
+                static_cast<Ear*>(self)->lost++;
+                return 0;
+            },
+            this);
         Activate();
     }
     ~Ear() override { jack_deactivate(handle); }
     std::size_t Count() const { return count; }
     const std::vector<float>& Samples() const { return samples; }
     std::uint32_t FirstFrame() const { return first; }
+    /// Periods that the server has lost.
+    int Lost() const { return lost; }
 
   private:
     void Process(jack_nframes_t frames) override {
@@ -180,6 +186,7 @@ class Ear : public JackPort {
     std::vector<float> samples;
     std::atomic<std::size_t> count{0};
     std::atomic<std::uint32_t> first{0};
+    std::atomic<int> lost{0};
 };
 
 /// Sends a script of MIDI messages, each at its frame after the script began.

@@ -45,6 +45,8 @@ class LivePlay {
         return std::size_t(player.StartFrame() + frame - ear.FirstFrame());
     }
     const std::vector<float>& Samples() const { return ear.Samples(); }
+    /// Periods that the server has lost.
+    int Lost() const { return ear.Lost(); }
     std::string Log() const { return Contents(log); }
     Companion& Vexa() { return vexa; }
     JackServer& Server() { return server; }

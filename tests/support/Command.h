@@ -23,6 +23,21 @@ struct CommandResult {
     long memory = 0;
 };
 
+/// Becomes the program; for a child that has been forked. 127 if there is none.
+[[noreturn]] inline void Execute(std::vector<std::string> arguments) {
+    std::vector<char*> argv;
+    for (std::string& argument : arguments)
+        argv.push_back(argument.data());
+    argv.push_back(nullptr);
+    ::execvp(argv[0], argv.data());
+    ::_exit(127);
+}
+
+/// The exit code of a status from wait, or 128 plus the signal that ended the program.
+inline int ExitCode(int status) {
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
 /// Runs a program with arguments, no terminal, and `meanwhile` while it runs.
 inline CommandResult RunCommand(std::vector<std::string> arguments,
                                 const std::function<void(pid_t)>& meanwhile = {}) {
@@ -35,12 +50,7 @@ inline CommandResult RunCommand(std::vector<std::string> arguments,
         ::dup2(ends[1], STDERR_FILENO);
         ::close(ends[0]);
         ::close(ends[1]);
-        std::vector<char*> argv;
-        for (std::string& argument : arguments)
-            argv.push_back(argument.data());
-        argv.push_back(nullptr);
-        ::execvp(argv[0], argv.data());
-        ::_exit(127);
+        Execute(std::move(arguments));
     }
     ::close(ends[1]);
     if (meanwhile)
@@ -54,7 +64,7 @@ inline CommandResult RunCommand(std::vector<std::string> arguments,
     int status = 0;
     rusage usage{};
     ::wait4(child, &status, 0, &usage);
-    result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    result.exitCode = ExitCode(status);
     result.memory = usage.ru_maxrss * 1024;
     return result;
 }

@@ -1,5 +1,6 @@
 #include "kits/media/BufferGroup.h"
 
+#include "kits/kernel/OS.h"
 #include "kits/media/Clock.h"
 
 #include <algorithm>
@@ -34,7 +35,7 @@ BBufferGroup::~BBufferGroup() {
 }
 
 BBuffer* BBufferGroup::RequestBuffer(std::size_t wanted, bigtime_t timeout) {
-    if (wanted > size || !kits::WaitUntil(available, kits::MonotonicTime() + timeout))
+    if (wanted > size || !kits::WaitUntil(available, system_time() + timeout))
         return nullptr;
     // There is one for us, but others may take the one that we look at.
     while (true) {

@@ -5,12 +5,6 @@
 
 namespace kits {
 
-bigtime_t MonotonicTime() noexcept {
-    timespec now{};
-    ::clock_gettime(CLOCK_MONOTONIC, &now);
-    return bigtime_t(now.tv_sec) * 1000000 + now.tv_nsec / 1000;
-}
-
 bool WaitUntil(sem_t& semaphore, bigtime_t moment) noexcept {
     timespec when{};
     when.tv_sec = moment / 1000000;

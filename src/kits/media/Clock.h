@@ -1,4 +1,4 @@
-// The system's clock, and waiting by it.
+// Waiting by the system's clock.
 #pragma once
 
 #include "kits/support/SupportDefs.h"
@@ -7,10 +7,8 @@
 
 namespace kits {
 
-/// Microseconds of the clock that never jumps: the "real time" of the media kit. Any thread.
-bigtime_t MonotonicTime() noexcept;
-
-/// Waits until the semaphore is posted, which it then takes (true), or until the moment (false).
+/// Waits until the semaphore is posted, which it then takes (true), or until the moment of
+/// system_time() (false). Any thread.
 bool WaitUntil(sem_t& semaphore, bigtime_t moment) noexcept;
 
 } // namespace kits

@@ -1,5 +1,6 @@
 #include "kits/media/MediaEventLooper.h"
 
+#include "kits/kernel/OS.h"
 #include "kits/media/Clock.h"
 #include "kits/support/RealtimePriority.h"
 #include "kits/support/Trace.h"
@@ -99,7 +100,7 @@ void BMediaEventLooper::Loop() {
                                   ? 0
                                   : TimeSource()->RealTimeFor(first->event_time,
                                                               EventLatency() + SchedulingLatency());
-        const bigtime_t lateness = kits::MonotonicTime() - due;
+        const bigtime_t lateness = system_time() - due;
         if (lateness >= 0)
             HandleFirst(lateness);
         else

@@ -1,6 +1,6 @@
 #include "kits/media/MediaNode.h"
 
-#include "kits/media/Clock.h"
+#include "kits/kernel/OS.h"
 #include "kits/media/MediaRoster.h"
 
 namespace {
@@ -50,7 +50,7 @@ status_t BBufferProducer::FindLatencyFor(const media_destination& destination, b
 }
 
 bigtime_t BTimeSource::Now() const noexcept {
-    return PerformanceTimeFor(kits::MonotonicTime());
+    return PerformanceTimeFor(system_time());
 }
 
 BTimeSource* BTimeSource::System() {

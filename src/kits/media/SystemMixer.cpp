@@ -1,6 +1,6 @@
 #include "kits/media/SystemMixer.h"
 
-#include "kits/media/Clock.h"
+#include "kits/kernel/OS.h"
 #include "kits/support/Trace.h"
 
 #include <algorithm>
@@ -83,7 +83,7 @@ uint32 SystemMixer::Kinds() const {
 }
 
 Result<void> SystemMixer::StartDevice() {
-    clock.Period(0, MonotonicTime());
+    clock.Period(0, system_time());
     return device->Start(*this, [this] { gone = true; });
 }
 

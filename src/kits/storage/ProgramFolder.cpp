@@ -13,7 +13,7 @@ namespace {
 constexpr const char* kFolders[] = {"functions", "sounds", "samples"};
 
 Result<fs::path> UserDataFolder() {
-    // An empty or relative $XDG_DATA_HOME does not count (XDG Base Directory Specification 0.8).
+    // An empty or relative $XDG_DATA_HOME does not count (XDG Base Directory, version 0.8).
     if (const char* data = std::getenv("XDG_DATA_HOME"); data && fs::path(data).is_absolute())
         return fs::path(data);
     if (const char* home = std::getenv("HOME"); home && *home)

@@ -1,4 +1,4 @@
-#include "kits/media/Clock.h"
+#include "kits/kernel/OS.h"
 #include "kits/media/backends/AudioDevice.h"
 #include "kits/support/backends/JackClient.h"
 
@@ -67,7 +67,7 @@ class JackDevice : public AudioDevice, private JackProcessor {
         bigtime_t ago = 0;
         if (jack_get_cycle_times(client->Handle(), &frame, &now, &next, &period) == 0)
             ago = static_cast<bigtime_t>(jack_get_time() - now);
-        source->Play(samples, frames, MonotonicTime() - ago);
+        source->Play(samples, frames, system_time() - ago);
     }
 
     std::shared_ptr<JackClient> client;

@@ -1,4 +1,4 @@
-#include "kits/media/Clock.h"
+#include "kits/kernel/OS.h"
 #include "kits/media/backends/AudioDevice.h"
 
 #include <algorithm>
@@ -88,7 +88,7 @@ class RtAudioDevice : public AudioDevice {
     void Fill(float* output, unsigned frames) noexcept {
         for (unsigned done = 0; done < frames;) {
             const unsigned n = std::min(frames - done, period);
-            source->Play(mono.data(), n, MonotonicTime());
+            source->Play(mono.data(), n, system_time());
             for (unsigned i = 0; i < n; i++)
                 output = std::fill_n(output, channels, mono[i]);
             done += n;

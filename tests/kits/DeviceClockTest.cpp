@@ -44,4 +44,14 @@ TEST(DeviceClock, FollowsAJumpAtOnce) {
     EXPECT_EQ(clock.RealTimeFor(25000), 1525000);
 }
 
+TEST(DeviceClock, FollowsSteadyMomentsAtOnce) {
+    kits::DeviceClock clock(48000, 1);
+    clock.Period(0, 1000000);
+    clock.Period(480, 1010000);
+    // A period was lost: the device goes on 10 ms later than expected.
+    clock.Period(960, 1030000);
+    EXPECT_EQ(clock.PerformanceTimeFor(1030000), 20000);
+    EXPECT_EQ(clock.RealTimeFor(20000), 1030000);
+}
+
 } // namespace

@@ -6,9 +6,6 @@ namespace kits {
 
 namespace {
 
-/// Share of the deviation from the expected moment that is taken over in each period: the thread
-/// wakes late now and then, the device's clock is steady.
-constexpr double kSmoothing = 0.05;
 /// Microseconds of deviation that are no jitter any more: the device has paused or lost a period.
 constexpr double kJump = 20000;
 
@@ -22,7 +19,7 @@ void DeviceClock::Period(int64 frame, bigtime_t realTime) noexcept {
             before.realTime + static_cast<double>(frame - before.frame) * 1e6 / rate;
         const double deviation = moment - expected;
         if (std::abs(deviation) < kJump)
-            moment = expected + kSmoothing * deviation;
+            moment = expected + smoothing * deviation;
     }
     running = true;
     const uint32 next = (latest + 1) % moments.size();

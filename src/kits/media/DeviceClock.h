@@ -12,7 +12,10 @@ namespace kits {
 /// that of the system's clock. Between two periods it is told from the last one's beginning.
 class DeviceClock {
   public:
-    explicit DeviceClock(double rate) : rate(rate) {}
+    /// `smoothing` is the share of the deviation from the expected moment that is taken over in
+    /// each period: 1 where the moments are steady, less where they are those at which a thread
+    /// woke up.
+    explicit DeviceClock(double rate, double smoothing = 0.05) : rate(rate), smoothing(smoothing) {}
 
     /// The device's thread: a period begins with the device's frame `frame`, at that real time.
     void Period(int64 frame, bigtime_t realTime) noexcept;
@@ -38,6 +41,7 @@ class DeviceClock {
     const Moment& Latest() const noexcept { return moments[latest]; }
 
     double rate;
+    double smoothing;
     /// The latest is complete, and is not written again for as many periods as there are places:
     /// no reader has to try twice.
     std::array<Moment, 8> moments;

@@ -69,7 +69,9 @@ SystemMixer::Input::Input(const DeviceClock& clock, const media_format& format,
       source(source) {}
 
 SystemMixer::SystemMixer(std::unique_ptr<AudioDevice> opened)
-    : BMediaNode("System mixer"), device(std::move(opened)), clock(device->SampleRate()) {}
+    : BMediaNode("System mixer"),
+      device(std::move(opened)),
+      clock(device->SampleRate(), device->Smoothing()) {}
 
 SystemMixer::~SystemMixer() {
     // First the thread that reads the inputs.

@@ -32,6 +32,8 @@ class AudioDevice {
     virtual double SampleRate() const = 0;
     /// The most frames that are asked for at a time. May change while playing; any thread.
     virtual uint32 Period() const = 0;
+    /// How much the moments that the source is told need to be smoothed, as DeviceClock takes it.
+    virtual double Smoothing() const = 0;
     /// From now on the source is asked, until the device is destroyed or `gone` has been called:
     /// once, from any thread, when the device has disappeared.
     virtual Result<void> Start(AudioSource& source, std::function<void()> gone) = 0;

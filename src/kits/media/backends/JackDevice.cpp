@@ -31,6 +31,9 @@ class JackDevice : public AudioDevice, private JackProcessor {
     double SampleRate() const override { return jack_get_sample_rate(client->Handle()); }
     uint32 Period() const override { return jack_get_buffer_size(client->Handle()); }
 
+    /// The server has smoothed its periods' times, and knows when it has lost some.
+    double Smoothing() const override { return 1; }
+
     Result<void> Start(AudioSource& from, std::function<void()> gone) override {
         port = jack_port_register(client->Handle(), kPort, JACK_DEFAULT_AUDIO_TYPE,
                                   JackPortIsOutput, 0);

@@ -68,6 +68,9 @@ class RtAudioDevice : public AudioDevice {
     double SampleRate() const override { return rate; }
     uint32 Period() const override { return period; }
 
+    /// The moments are those at which a thread woke up.
+    double Smoothing() const override { return 0.05; }
+
     Result<void> Start(AudioSource& from, std::function<void()>) override {
         source = &from;
         try {

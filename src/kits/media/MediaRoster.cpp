@@ -268,6 +268,9 @@ status_t BMediaRoster::StopNode(const media_node& node, bigtime_t performanceTim
     if (!found)
         return B_MEDIA_BAD_NODE;
     found->Call([&] { found->Stop(performanceTime, immediate); });
+    // What a producer still sends until a later stop is missed if it does not come.
+    if (!immediate)
+        return B_OK;
     for (const Records::Connection& connection : records->connections) {
         if (connection.source.port == found->ControlPort()) {
             if (BBufferConsumer* consumer = ConsumerOf(connection.destination))

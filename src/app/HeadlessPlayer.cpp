@@ -73,7 +73,9 @@ int HeadlessPlayer::Run() {
         roster->StartWatching(BMessenger(watch));
     else
         Say("Where is the MIDI roster?!?");
-    if (sounds)
+    if (!sounds)
+        Say("there is no sound: " + kits::SystemMixer::LastFault());
+    else
         std::printf("playing through %s\n", graph.DeviceName().c_str());
     std::fflush(stdout);
     ConnectSource();

@@ -69,6 +69,7 @@ TEST(VexaProgram, WithoutAnyDeviceItLivesAndEndsByItsSignal) {
         {VEXA_PROGRAM_FOLDER "/vexa", "--no-window", "--audio", "none"}, terminate);
     EXPECT_EQ(result.exitCode, 0) << result.text;
     EXPECT_THAT(result.text, HasSubstr("unable to get the system mixer"));
+    EXPECT_THAT(result.text, HasSubstr("there is no sound: no audio system was asked for"));
     EXPECT_THAT(result.text, HasSubstr("played "));
 }
 

@@ -30,7 +30,6 @@ class BTimedEventQueue {
     void FlushEvents(media_timed_event::event_type type);
     const media_timed_event* FirstEvent() const { return events.empty() ? nullptr : &events[0]; }
     void RemoveFirstEvent() { events.erase(events.begin()); }
-    std::size_t EventCount() const { return events.size(); }
 
   private:
     static constexpr std::size_t kRoom = 64;

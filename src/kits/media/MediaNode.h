@@ -93,7 +93,7 @@ class BBufferProducer : public virtual BMediaNode {
                                 bigtime_t latency, uint32 flags) = 0;
 
   protected:
-    explicit BBufferProducer(media_type type) : producedType(type) { AddKind(B_BUFFER_PRODUCER); }
+    explicit BBufferProducer(media_type) { AddKind(B_BUFFER_PRODUCER); }
 
     /// Hands the buffer over. B_MEDIA_BAD_DESTINATION where nobody takes it; then it stays the
     /// caller's. Media thread: no wait, lock or allocation.
@@ -101,9 +101,6 @@ class BBufferProducer : public virtual BMediaNode {
     /// Microseconds from the moment a buffer is sent until it must be heard.
     status_t FindLatencyFor(const media_destination& destination, bigtime_t* latency,
                             media_node_id* timeSource);
-
-  private:
-    media_type producedType;
 };
 
 /// A node that takes buffers.

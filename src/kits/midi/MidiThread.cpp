@@ -11,8 +11,8 @@ namespace kits {
 
 namespace {
 
-/// Below the audio servers' threads (10 and more with JACK's defaults are above it by the server's
-/// choice), above ordinary work.
+/// That of a JACK client's own thread by the server's defaults, above the media thread: a note is
+/// short work, and the next buffer is to have it.
 constexpr int kPriority = 5;
 
 } // namespace

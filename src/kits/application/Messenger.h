@@ -18,12 +18,18 @@ class MessageTarget {
 
 } // namespace kits
 
+class BHandler;
+
 /// A handle on a target, which may go before the handle. A value type; any thread.
 class BMessenger {
   public:
     BMessenger() = default;
     explicit BMessenger(std::weak_ptr<kits::MessageTarget> target) : target(std::move(target)) {}
 
+    /// Null for a messenger without a target.
+    explicit BMessenger(const BHandler* handler);
+
+    bool IsValid() const { return !target.expired(); }
     /// B_OK, or B_NO_INIT when there is no target any more.
     status_t SendMessage(const BMessage& message) const {
         const std::shared_ptr<kits::MessageTarget> alive = target.lock();

@@ -3,6 +3,8 @@
 
 #include "kits/support/Geometry.h"
 
+#include <memory>
+#include <utility>
 #include <vector>
 
 enum color_space : uint32 {
@@ -10,6 +12,8 @@ enum color_space : uint32 {
     B_CMAP8 = 0x0004,
     /// Four bytes per pixel: blue, green, red, and one that does not count.
     B_RGB32 = 0x0008,
+    /// Four bytes per pixel: blue, green, red, alpha.
+    B_RGBA32 = 0x2008,
 };
 
 /// Pixels in rows from the top, each row padded to a multiple of four bytes. Starts as zeroes.
@@ -28,9 +32,14 @@ class BBitmap {
     /// Bytes of all rows.
     int64 BitsLength() const { return static_cast<int64>(bits.size()); }
 
+    /// The same picture at twice the resolution, for dense screens; null where there is none.
+    const BBitmap* Dense() const { return dense.get(); }
+    void SetDense(std::shared_ptr<const BBitmap> next) { dense = std::move(next); }
+
   private:
     BRect bounds;
     color_space space;
     int32 bytesPerRow = 0;
     std::vector<uint8> bits;
+    std::shared_ptr<const BBitmap> dense;
 };

@@ -1,5 +1,7 @@
 #include "kits/support/Message.h"
 
+#include <cstring>
+
 namespace {
 
 std::string Bytes(const void* data, std::size_t size) {
@@ -47,4 +49,30 @@ status_t BMessage::FindData(std::string_view name, type_code type, int32 index, 
     *data = item.data();
     *size = item.size();
     return B_OK;
+}
+
+status_t BMessage::AddInt32(std::string_view name, int32 value) {
+    return AddData(name, B_INT32_TYPE, &value, sizeof value);
+}
+
+status_t BMessage::FindInt32(std::string_view name, int32* value) const {
+    const void* data = nullptr;
+    std::size_t size = 0;
+    const status_t status = FindData(name, B_INT32_TYPE, 0, &data, &size);
+    if (status == B_OK && size == sizeof *value)
+        std::memcpy(value, data, size);
+    return status;
+}
+
+status_t BMessage::AddString(std::string_view name, std::string_view text) {
+    return AddData(name, B_STRING_TYPE, text.data(), text.size());
+}
+
+status_t BMessage::FindString(std::string_view name, std::string* text) const {
+    const void* data = nullptr;
+    std::size_t size = 0;
+    const status_t status = FindData(name, B_STRING_TYPE, 0, &data, &size);
+    if (status == B_OK)
+        *text = Bytes(data, size);
+    return status;
 }

@@ -8,6 +8,10 @@
 #include <string_view>
 #include <vector>
 
+constexpr type_code B_RAW_TYPE = FourCC("RAWT");
+constexpr type_code B_INT32_TYPE = FourCC("LONG");
+constexpr type_code B_STRING_TYPE = FourCC("CSTR");
+
 /// A value type; a field holds one or more items of one type, in the order added. Operations answer
 /// B_OK, B_NAME_NOT_FOUND (no such field), B_BAD_INDEX (no such item), B_BAD_TYPE (another type).
 class BMessage {
@@ -24,6 +28,13 @@ class BMessage {
     /// The item stays the message's; valid until the message changes.
     status_t FindData(std::string_view name, type_code type, int32 index, const void** data,
                       std::size_t* size) const;
+
+    // The same for the types in use; a text is stored with its length, so it may hold any byte.
+
+    status_t AddInt32(std::string_view name, int32 value);
+    status_t FindInt32(std::string_view name, int32* value) const;
+    status_t AddString(std::string_view name, std::string_view text);
+    status_t FindString(std::string_view name, std::string* text) const;
 
   private:
     struct Field {

@@ -1,0 +1,32 @@
+// What sends a message when it is used.
+#pragma once
+
+#include "kits/application/Messenger.h"
+
+#include <memory>
+
+class BHandler;
+
+/// Holds a message and where it goes. Window thread.
+class BInvoker {
+  public:
+    /// Takes the message, which may be null.
+    explicit BInvoker(BMessage* message) : message(message) {}
+    virtual ~BInvoker() = default;
+
+    BMessage* Message() const { return message.get(); }
+    /// Takes the message.
+    void SetMessage(BMessage* next) { message.reset(next); }
+
+    /// The handler may go before the invoker.
+    virtual void SetTarget(const BHandler* handler) { target = BMessenger(handler); }
+    void SetTarget(const BMessenger& messenger) { target = messenger; }
+    const BMessenger& Target() const { return target; }
+
+    /// Sends a copy of the message. B_BAD_VALUE when there is none, B_NO_INIT without a target.
+    status_t Invoke() const { return message ? target.SendMessage(*message) : B_BAD_VALUE; }
+
+  private:
+    std::unique_ptr<BMessage> message;
+    BMessenger target;
+};

@@ -1,0 +1,60 @@
+#include "kits/interface/Alert.h"
+
+#include "kits/interface/backends/ViewWidget.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QPushButton>
+#include <memory>
+#include <utility>
+
+namespace {
+
+BAlert::Responder& CurrentResponder() {
+    static BAlert::Responder responder;
+    return responder;
+}
+
+constexpr QMessageBox::Icon kIcons[] = {QMessageBox::Information, QMessageBox::Warning,
+                                        QMessageBox::Critical};
+
+} // namespace
+
+BAlert::BAlert(const char* title, const char* text, const char* button1, const char* button2,
+               const char* button3, button_width, alert_type type)
+    : title(title ? title : ""), text(text), type(type) {
+    for (const char* button : {button1, button2, button3}) {
+        if (button)
+            buttons.emplace_back(button);
+    }
+}
+
+void BAlert::SetResponder(Responder responder) {
+    CurrentResponder() = std::move(responder);
+}
+
+int32 BAlert::Go() {
+    const std::unique_ptr<BAlert> self(this);
+    if (const Responder& responder = CurrentResponder())
+        return responder(*this);
+    QMessageBox box(QApplication::activeWindow());
+    box.setWindowTitle(kits::ToQt(title));
+    box.setIcon(kIcons[type]);
+    // What a compiler or a file says is not markup.
+    box.setTextFormat(Qt::PlainText);
+    box.setText(kits::ToQt(text).trimmed());
+    box.setTextInteractionFlags(Qt::TextSelectableByMouse);
+    std::vector<QPushButton*> choices;
+    for (const std::string& button : buttons) {
+        choices.push_back(box.addButton(kits::ToQt(button), QMessageBox::AcceptRole));
+        choices.back()->setMinimumSize(75, 25);
+    }
+    box.setDefaultButton(choices.back());
+    box.setEscapeButton(choices.front());
+    box.exec();
+    for (std::size_t i = 0; i < choices.size(); i++) {
+        if (box.clickedButton() == choices[i])
+            return static_cast<int32>(i);
+    }
+    return 0;
+}

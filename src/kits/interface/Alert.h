@@ -1,0 +1,39 @@
+// A question or a message that waits for a person.
+#pragma once
+
+#include "kits/support/SupportDefs.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+enum button_width { B_WIDTH_AS_USUAL };
+enum alert_type { B_INFO_ALERT, B_WARNING_ALERT, B_STOP_ALERT };
+
+/// Made by new; Go deletes it. Window thread.
+class BAlert {
+  public:
+    /// Up to three buttons; the last is what Enter presses.
+    BAlert(const char* title, const char* text, const char* button1, const char* button2 = nullptr,
+           const char* button3 = nullptr, button_width width = B_WIDTH_AS_USUAL,
+           alert_type type = B_INFO_ALERT);
+
+    const std::string& Title() const { return title; }
+    const std::string& Text() const { return text; }
+    const std::vector<std::string>& Buttons() const { return buttons; }
+    alert_type Type() const { return type; }
+
+    /// Shows the alert, waits for an answer and returns the index of the button. Meanwhile no
+    /// message is handled; drawing and pulses go on.
+    int32 Go();
+
+    /// Answers alerts in a person's stead, from now on; an empty function gives them back.
+    using Responder = std::function<int32(const BAlert&)>;
+    static void SetResponder(Responder responder);
+
+  private:
+    std::string title;
+    std::string text;
+    std::vector<std::string> buttons;
+    alert_type type;
+};

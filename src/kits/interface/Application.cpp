@@ -1,0 +1,138 @@
+#include "kits/interface/Application.h"
+
+#include "kits/application/Interrupt.h"
+#include "kits/application/MessageQueue.h"
+#include "kits/interface/Window.h"
+#include "kits/interface/backends/Appearance.h"
+#include "kits/interface/backends/WindowWidget.h"
+
+#include <QApplication>
+#include <QTimer>
+#include <cstdlib>
+#include <string>
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+#include <xcb/xcb.h>
+
+BApplication* be_app = nullptr;
+
+namespace kits {
+
+namespace {
+
+/// How often the event loop looks whether a signal has come.
+constexpr int kSignalInterval = 100;
+
+std::string Environment(const char* name) {
+    const char* value = std::getenv(name);
+    return value ? value : "";
+}
+
+bool WaylandAnswers() {
+    std::string path = Environment("WAYLAND_DISPLAY");
+    if (path.empty())
+        return false;
+    if (!path.starts_with('/'))
+        path = Environment("XDG_RUNTIME_DIR") + '/' + path;
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (path.size() >= sizeof address.sun_path)
+        return false;
+    path.copy(address.sun_path, path.size());
+    const int connection = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const bool answers =
+        ::connect(connection, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+    ::close(connection);
+    return answers;
+}
+
+bool XAnswers() {
+    xcb_connection_t* connection = ::xcb_connect(nullptr, nullptr);
+    const bool answers = ::xcb_connection_has_error(connection) == 0;
+    ::xcb_disconnect(connection);
+    return answers;
+}
+
+} // namespace
+
+Result<void> FindDisplay() {
+    const std::string platform = Environment("QT_QPA_PLATFORM");
+    if (platform == "offscreen" || platform == "minimal")
+        return {};
+    const std::string display = Environment("DISPLAY");
+    if (WaylandAnswers() || (!display.empty() && XAnswers()))
+        return {};
+    if (display.empty() && Environment("WAYLAND_DISPLAY").empty())
+        return Error{"there is no display (neither DISPLAY nor WAYLAND_DISPLAY is set)"};
+    return Error{"the display does not answer (DISPLAY=" + display +
+                 ", WAYLAND_DISPLAY=" + Environment("WAYLAND_DISPLAY") + ")"};
+}
+
+/// The toolkit, for as long as the application lives.
+class Toolkit {
+  public:
+    Toolkit() : application(count, arguments) {
+        application.setQuitOnLastWindowClosed(false);
+        SetAppearance(application);
+    }
+    ~Toolkit() {
+        MessageQueue::Instance().SetWake(nullptr);
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
+            if (auto* window = dynamic_cast<WindowWidget*>(widget))
+                delete &window->Window();
+        }
+    }
+
+    void Run() {
+        const Interrupt interrupt;
+        QTimer poll;
+        QObject::connect(&poll, &QTimer::timeout, [&] {
+            if (interrupt.Requested())
+                application.quit();
+        });
+        poll.start(kSignalInterval);
+        const auto deliver = [] { MessageQueue::Instance().Deliver(); };
+        MessageQueue::Instance().SetWake([this, deliver] {
+            QMetaObject::invokeMethod(&application, deliver, Qt::QueuedConnection);
+        });
+        // What was posted before there was a loop.
+        QMetaObject::invokeMethod(&application, deliver, Qt::QueuedConnection);
+        QApplication::exec();
+        MessageQueue::Instance().SetWake(nullptr);
+    }
+
+  private:
+    int count = 1;
+    char name[5] = "vexa";
+    char* arguments[2] = {name, nullptr};
+    QApplication application;
+};
+
+} // namespace kits
+
+BApplication::BApplication(const char* signature)
+    : BLooper(signature), toolkit(std::make_unique<kits::Toolkit>()) {
+    be_app = this;
+    // The part behind the vendor is the program's name.
+    const std::string name(signature);
+    QApplication::setApplicationName(
+        QString::fromStdString(name.substr(name.find_last_of("-/") + 1)));
+}
+
+BApplication::~BApplication() {
+    toolkit.reset();
+    be_app = nullptr;
+}
+
+void BApplication::Run() {
+    toolkit->Run();
+}
+
+void BApplication::MessageReceived(BMessage* message) {
+    if (message->what == B_QUIT_REQUESTED)
+        QApplication::quit();
+    else
+        BLooper::MessageReceived(message);
+}

@@ -1,0 +1,40 @@
+// The program as the desktop sees it, and its event loop.
+#pragma once
+
+#include "kits/application/Handler.h"
+#include "kits/support/Result.h"
+
+#include <memory>
+
+namespace kits {
+class Toolkit;
+
+/// Whether there is a display to show windows on; the error says why not. To be asked before the
+/// application is made, which without one cannot go on. Main thread.
+Result<void> FindDisplay();
+
+} // namespace kits
+
+/// There is one; the thread that makes it is the window thread.
+class BApplication : public BLooper {
+  public:
+    /// The signature is the application's MIME type, "application/x-vnd.<vendor>-<name>".
+    explicit BApplication(const char* signature);
+    /// Windows that are still open go.
+    ~BApplication() override;
+
+    /// Delivers events and messages until B_QUIT_REQUESTED is posted. A signal that asks the
+    /// program to end (SIGINT, SIGTERM, SIGHUP) does the same.
+    void Run();
+
+    /// B_QUIT_REQUESTED ends Run.
+    void MessageReceived(BMessage* message) override;
+
+    const char* Signature() const { return Name(); }
+
+  private:
+    std::unique_ptr<kits::Toolkit> toolkit;
+};
+
+/// The running application, null where there is none.
+extern BApplication* be_app;

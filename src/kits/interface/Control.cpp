@@ -1,0 +1,172 @@
+#include "kits/interface/Control.h"
+
+#include "kits/interface/Window.h"
+#include "kits/interface/backends/ViewWidget.h"
+
+#include <QApplication>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QStyle>
+#include <cmath>
+
+namespace {
+
+/// The frame of a text field and of a button, in pixels.
+constexpr float kBorder = 1;
+
+class Line : public QLineEdit {
+  public:
+    /// What Escape goes back to.
+    const std::string* confirmed = nullptr;
+
+  protected:
+    void keyPressEvent(QKeyEvent* event) override {
+        if (event->key() == Qt::Key_Escape) {
+            setText(QString::fromStdString(*confirmed));
+            clearFocus();
+        } else {
+            QLineEdit::keyPressEvent(event);
+        }
+    }
+};
+
+} // namespace
+
+namespace kits {
+
+float FittingFontSize(std::string_view label, float width) {
+    BFont font = *be_plain_font();
+    while (font.Size() > 8 && font.StringWidth(label) > width)
+        font.SetSize(font.Size() - 1);
+    return font.Size();
+}
+
+} // namespace kits
+
+BControl::BControl(BRect frame, const char* name, const char* label, BMessage* message,
+                   uint32 resizingMode, uint32 flags)
+    : BView(frame, name, resizingMode, flags), BInvoker(message), label(label ? label : "") {}
+
+void BControl::AttachedToWindow() {
+    if (!Target().IsValid())
+        SetTarget(Window());
+}
+
+void BControl::SetContent(QWidget* content) {
+    const bool navigable = Flags() & B_NAVIGABLE;
+    content->setFocusPolicy(navigable ? Qt::StrongFocus : Qt::ClickFocus);
+    content->setAccessibleName(kits::ToQt(label.empty() ? Name() : Label()));
+    content->setFont(kits::ToQt(*be_plain_font()));
+    Widget().SetContent(content);
+}
+
+void BControl::SetEnabled(bool enabled) {
+    Widget().Content()->setEnabled(enabled);
+}
+
+bool BControl::IsEnabled() const {
+    return Widget().Content()->isEnabled();
+}
+
+BButton::BButton(BRect frame, const char* name, const char* label, BMessage* message,
+                 uint32 resizingMode, uint32 flags)
+    : BControl(frame, name, label, message, resizingMode, flags),
+      button(new QPushButton(kits::ToQt(Label()))) {
+    button->setAutoDefault(true);
+    QObject::connect(button, &QPushButton::clicked, button, [this] { Invoke(); });
+    SetContent(button);
+    const float room = frame.Width() - 2 * kBorder - 4;
+    SetFontSize(kits::FittingFontSize(Label(), room));
+}
+
+void BButton::SetFontSize(float size) {
+    BFont font = *be_plain_font();
+    font.SetSize(size);
+    button->setFont(kits::ToQt(font));
+}
+
+void BButton::Press() {
+    button->click();
+}
+
+BTextControl::BTextControl(BRect frame, const char* name, const char* label, const char* initial,
+                           BMessage* message, uint32 resizingMode, uint32 flags)
+    : BControl(frame, name, label, message, resizingMode, flags), confirmed(initial) {
+    auto* editor = new Line;
+    line = editor;
+    editor->confirmed = &confirmed;
+    line->setText(kits::ToQt(confirmed));
+    line->setCursorPosition(0);
+    QObject::connect(line, &QLineEdit::returnPressed, line, [this] { Confirm(); });
+    QObject::connect(line, &QLineEdit::editingFinished, line, [this] {
+        if (Text() != confirmed)
+            Confirm();
+    });
+    if (*Label()) {
+        auto* both = new QWidget;
+        auto* layout = new QHBoxLayout(both);
+        layout->setContentsMargins(0, 0, 0, 0);
+        layout->setSpacing(7);
+        auto* caption = new QLabel(kits::ToQt(Label()));
+        caption->setFont(kits::ToQt(*be_plain_font()));
+        caption->setBuddy(line);
+        layout->addWidget(caption);
+        layout->addWidget(line, 1);
+        SetContent(both);
+        both->setFocusProxy(line);
+        line->setAccessibleName(kits::ToQt(Label()));
+        line->setFont(kits::ToQt(*be_plain_font()));
+    } else {
+        SetContent(line);
+    }
+    ResizeTo(frame.Width(), PreferredHeight());
+}
+
+const char* BTextControl::Text() const {
+    text = line->text().toStdString();
+    return text.c_str();
+}
+
+void BTextControl::SetText(const char* next) {
+    confirmed = next;
+    line->setText(kits::ToQt(confirmed));
+    line->setCursorPosition(0);
+}
+
+void BTextControl::Type(const char* next) {
+    line->setText(kits::ToQt(next));
+}
+
+void BTextControl::Confirm() {
+    confirmed = Text();
+    Invoke();
+}
+
+void BTextControl::SetEnabled(bool enabled) {
+    line->setEnabled(enabled);
+}
+
+bool BTextControl::IsFocus() const {
+    return line->hasFocus();
+}
+
+void BTextControl::MarkWrong(bool wrong) {
+    line->setProperty("wrong", wrong);
+    line->style()->unpolish(line);
+    line->style()->polish(line);
+}
+
+float BTextControl::PreferredHeight() {
+    font_height height;
+    be_plain_font()->GetHeight(&height);
+    return std::ceil(height.ascent + height.descent) + 2 * kBorder;
+}
+
+float BTextControl::BaselineOffset() {
+    font_height height;
+    be_plain_font()->GetHeight(&height);
+    return kBorder + height.ascent;
+}

@@ -1,0 +1,89 @@
+// Controls: views that send a message when they are used.
+#pragma once
+
+#include "kits/application/Invoker.h"
+#include "kits/interface/View.h"
+
+#include <string>
+
+class QLineEdit;
+class QWidget;
+class QPushButton;
+
+/// Its target is the window that it is in, until another one is set.
+class BControl : public BView, public BInvoker {
+  public:
+    BControl(BRect frame, const char* name, const char* label, BMessage* message,
+             uint32 resizingMode, uint32 flags);
+
+    void AttachedToWindow() override;
+
+    const char* Label() const { return label.c_str(); }
+    virtual void SetEnabled(bool enabled);
+    bool IsEnabled() const;
+
+  protected:
+    /// Puts the toolkit's control into the view.
+    void SetContent(QWidget* content);
+
+  private:
+    std::string label;
+};
+
+/// A push button; sends its message when pressed by mouse or keyboard.
+class BButton : public BControl {
+  public:
+    BButton(BRect frame, const char* name, const char* label, BMessage* message,
+            uint32 resizingMode = B_FOLLOW_LEFT | B_FOLLOW_TOP,
+            uint32 flags = B_WILL_DRAW | B_NAVIGABLE);
+
+    /// Pixels; 12 at first.
+    void SetFontSize(float size);
+    /// As if it had been pressed.
+    void Press();
+
+  private:
+    QPushButton* button;
+};
+
+/// A line of text that can be edited. Sends its message when the user confirms the text: with
+/// Enter, or by leaving the field after a change. Escape takes back what was not confirmed.
+class BTextControl : public BControl {
+  public:
+    /// The height follows from the font, whatever the frame says. An empty or missing label takes
+    /// no room.
+    BTextControl(BRect frame, const char* name, const char* label, const char* text,
+                 BMessage* message, uint32 resizingMode = B_FOLLOW_LEFT | B_FOLLOW_TOP,
+                 uint32 flags = B_WILL_DRAW | B_NAVIGABLE);
+
+    /// What the field shows, confirmed or not.
+    const char* Text() const;
+    /// Counts as confirmed, and sends nothing.
+    void SetText(const char* text);
+    /// As if the user had replaced the text, without confirming it.
+    void Type(const char* text);
+    /// As if the user had pressed Enter.
+    void Confirm();
+
+    void SetEnabled(bool enabled) override;
+    bool IsFocus() const override;
+    /// Shows that the text is not valid.
+    void MarkWrong(bool wrong);
+
+    /// Height of all text fields, as BRect::Height counts it.
+    static float PreferredHeight();
+    /// From the top of a text field to the baseline of its text.
+    static float BaselineOffset();
+
+  private:
+    QLineEdit* line;
+    std::string confirmed;
+    mutable std::string text;
+};
+
+namespace kits {
+
+/// The largest font size, at most 12 and at least 8 pixels, at which the label fits the width.
+float FittingFontSize(std::string_view label, float width);
+
+} // namespace kits

@@ -1,0 +1,59 @@
+// Fonts and their measures.
+#pragma once
+
+#include "kits/support/SupportDefs.h"
+
+#include <string>
+#include <string_view>
+
+constexpr uint16 B_REGULAR_FACE = 0;
+constexpr uint16 B_ITALIC_FACE = 1;
+
+/// Distances from the baseline in pixels, all positive.
+struct font_height {
+    float ascent = 0;
+    float descent = 0;
+    /// Between the descent of one line and the ascent of the next.
+    float leading = 0;
+};
+
+/// Which fields of a font a view takes over.
+constexpr uint32 B_FONT_ALL = 0xFF;
+
+/// A font of the system. A value type; window thread.
+class BFont {
+  public:
+    /// The plain font, of size 12.
+    BFont();
+
+    void SetFace(uint16 next) { face = next; }
+    uint16 Face() const { return face; }
+    /// Pixels.
+    void SetSize(float next) { size = next; }
+    float Size() const { return size; }
+    /// Empty: the family that the desktop has chosen.
+    const std::string& Family() const { return family; }
+    void SetFamily(std::string_view name) { family = name; }
+
+    void GetHeight(font_height* height) const;
+    /// Pixels from the start of the text to where the next one would start.
+    float StringWidth(std::string_view text) const;
+
+    bool operator==(const BFont&) const = default;
+
+  private:
+    std::string family;
+    float size = 12;
+    uint16 face = B_REGULAR_FACE;
+};
+
+/// The font that controls and labels use.
+const BFont* be_plain_font();
+
+namespace kits {
+
+/// From now on the plain font is of this family, which need not be the desktop's; before the first
+/// view is made. Window thread.
+void SetPlainFontFamily(std::string_view family);
+
+} // namespace kits

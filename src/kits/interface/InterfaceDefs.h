@@ -1,0 +1,59 @@
+// The colours, modes and codes that views and windows share.
+#pragma once
+
+#include "kits/support/SupportDefs.h"
+
+struct rgb_color {
+    uint8 red = 0;
+    uint8 green = 0;
+    uint8 blue = 0;
+    uint8 alpha = 255;
+    bool operator==(const rgb_color&) const = default;
+};
+
+/// As a view's colour: nothing is painted behind what the view draws itself.
+constexpr rgb_color B_TRANSPARENT_COLOR = {119, 116, 119, 0};
+
+/// Which colour a drawing operation takes.
+enum pattern { B_SOLID_HIGH, B_SOLID_LOW };
+
+// How a view follows its parent when that is resized: one value for each direction, added up.
+
+constexpr uint32 B_FOLLOW_NONE = 0;
+constexpr uint32 B_FOLLOW_LEFT = 0x0000;
+constexpr uint32 B_FOLLOW_RIGHT = 0x0001;
+constexpr uint32 B_FOLLOW_LEFT_RIGHT = 0x0002;
+constexpr uint32 B_FOLLOW_TOP = 0x0000;
+constexpr uint32 B_FOLLOW_BOTTOM = 0x0010;
+constexpr uint32 B_FOLLOW_TOP_BOTTOM = 0x0020;
+constexpr uint32 B_FOLLOW_ALL_SIDES = B_FOLLOW_LEFT_RIGHT | B_FOLLOW_TOP_BOTTOM;
+
+// What a view wants, added up.
+
+/// Its Draw is called.
+constexpr uint32 B_WILL_DRAW = 1U << 0;
+/// Its FrameResized is called.
+constexpr uint32 B_FRAME_EVENTS = 1U << 1;
+/// Its Pulse is called.
+constexpr uint32 B_PULSE_NEEDED = 1U << 2;
+/// The keyboard can reach it.
+constexpr uint32 B_NAVIGABLE = 1U << 3;
+
+// Mouse buttons, added up.
+
+constexpr uint32 B_PRIMARY_MOUSE_BUTTON = 1;
+constexpr uint32 B_SECONDARY_MOUSE_BUTTON = 2;
+constexpr uint32 B_TERTIARY_MOUSE_BUTTON = 4;
+
+/// Where the pointer has come from, in MouseMoved.
+enum : uint32 { B_ENTERED_VIEW, B_INSIDE_VIEW, B_EXITED_VIEW };
+
+/// Ends a looper or the application.
+constexpr uint32 B_QUIT_REQUESTED = FourCC("_QRQ");
+/// A key that no text field wanted, with int32 "key" (the key's place on the keyboard, as the X
+/// keyboard extension counts: 24 is the Q of an English one) and int32 "be:key_repeat" (above 0
+/// when it is only held). They go to the window that has the focus.
+constexpr uint32 B_KEY_DOWN = FourCC("_KYD");
+constexpr uint32 B_KEY_UP = FourCC("_KYU");
+/// The window lost or got the focus: int32 "active" is 0 or 1.
+constexpr uint32 B_WINDOW_ACTIVATED = FourCC("_ACT");

@@ -1,0 +1,238 @@
+#include "kits/interface/Menu.h"
+
+#include "kits/interface/Control.h"
+#include "kits/interface/Window.h"
+#include "kits/interface/backends/ViewWidget.h"
+
+#include <QLabel>
+#include <QMenu>
+#include <QPainter>
+#include <QStyleOption>
+#include <QToolButton>
+#include <cmath>
+
+namespace {
+
+/// Room for the arrow and the frame, in pixels.
+constexpr float kArrowWidth = 13;
+constexpr float kLeftMargin = 4;
+
+/// Title at the left, arrow at the right.
+class Opener : public QToolButton {
+  protected:
+    void paintEvent(QPaintEvent*) override {
+        QStyleOptionToolButton option;
+        initStyleOption(&option);
+        option.text.clear();
+        QPainter painter(this);
+        style()->drawComplexControl(QStyle::CC_ToolButton, &option, &painter, this);
+        painter.setPen(palette().color(QPalette::ButtonText));
+        painter.setFont(font());
+        const QRectF room = QRectF(rect()).adjusted(kLeftMargin, 0, -kArrowWidth, 0);
+        painter.drawText(room, Qt::AlignVCenter | Qt::AlignLeft, text());
+        const QPointF middle(width() - kArrowWidth / 2.0, height() / 2.0 + 0.5);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(QColor(80, 80, 80));
+        painter.drawPolygon(QPolygonF(
+            {middle + QPointF(-3.5, -2), middle + QPointF(3.5, -2), middle + QPointF(0, 2.5)}));
+    }
+};
+
+} // namespace
+
+BMenuItem::BMenuItem(const char* label, BMessage* message, char)
+    : BInvoker(message), label(label) {}
+
+void BMenuItem::SetMarked(bool mark) {
+    if (mark && menu && menu->IsRadioMode()) {
+        for (const std::unique_ptr<BMenuItem>& item : menu->items)
+            item->marked = false;
+    }
+    marked = mark;
+    if (menu)
+        menu->Changed();
+}
+
+void BMenuItem::Choose() {
+    if (menu && menu->IsRadioMode())
+        SetMarked(true);
+    Invoke();
+}
+
+BMenu::BMenu(const char* name, menu_layout) : name(name) {}
+
+BMenu::~BMenu() = default;
+
+void BMenu::AddItem(BMenuItem* item) {
+    item->menu = this;
+    items.emplace_back(item);
+}
+
+BMenuItem* BMenu::RemoveItem(std::size_t index) {
+    if (index >= items.size())
+        return nullptr;
+    BMenuItem* item = items[index].release();
+    items.erase(items.begin() + static_cast<std::ptrdiff_t>(index));
+    item->menu = nullptr;
+    Changed();
+    return item;
+}
+
+void BMenu::RemoveAll() {
+    items.clear();
+    Changed();
+}
+
+BMenuItem* BMenu::ItemAt(std::size_t index) const {
+    return index < items.size() ? items[index].get() : nullptr;
+}
+
+BMenuItem* BMenu::FindItem(std::string_view label) const {
+    for (const std::unique_ptr<BMenuItem>& item : items) {
+        if (item->Label() == label)
+            return item.get();
+    }
+    return nullptr;
+}
+
+BMenuItem* BMenu::FindItem(uint32 command) const {
+    for (const std::unique_ptr<BMenuItem>& item : items) {
+        if (item->Message() && item->Message()->what == command)
+            return item.get();
+    }
+    return nullptr;
+}
+
+BMenuItem* BMenu::FindMarked() const {
+    for (const std::unique_ptr<BMenuItem>& item : items) {
+        if (item->IsMarked())
+            return item.get();
+    }
+    return nullptr;
+}
+
+void BMenu::SetTargetForItems(const BHandler* handler) {
+    SetTargetForItems(BMessenger(handler));
+}
+
+void BMenu::SetTargetForItems(const BMessenger& messenger) {
+    for (const std::unique_ptr<BMenuItem>& item : items)
+        item->SetTarget(messenger);
+}
+
+std::string BMenu::Title() const {
+    const BMenuItem* item = labelFromMarked ? FindMarked() : nullptr;
+    return item ? item->Label() : name;
+}
+
+void BMenu::Changed() const {
+    if (observer)
+        observer();
+}
+
+void BMenu::Fill(QMenu& toolkit) {
+    toolkit.clear();
+    for (const std::unique_ptr<BMenuItem>& item : items) {
+        if (dynamic_cast<const BSeparatorItem*>(item.get())) {
+            toolkit.addSeparator();
+            continue;
+        }
+        // A single & would be taken for the mark of a shortcut.
+        QAction* action = toolkit.addAction(kits::ToQt(item->Label()).replace("&", "&&"));
+        action->setCheckable(radio || item->IsMarked());
+        action->setChecked(item->IsMarked());
+        QObject::connect(action, &QAction::triggered, action,
+                         [chosen = item.get()] { chosen->Choose(); });
+    }
+}
+
+BPopUpMenu::BPopUpMenu(const char* name, bool radioMode, bool autoRename, menu_layout layout)
+    : BMenu(name, layout) {
+    SetRadioMode(radioMode);
+    SetLabelFromMarked(autoRename);
+}
+
+BMenuField::BMenuField(BRect frame, const char* name, const char* label, BMenu* menu,
+                       uint32 resizingMode, uint32 flags)
+    : BView(frame, name, resizingMode, flags | B_FRAME_EVENTS),
+      menu(menu),
+      label(label ? label : ""),
+      button(new Opener) {
+    auto* both = new QWidget;
+    button->setParent(both);
+    button->setPopupMode(QToolButton::InstantPopup);
+    button->setFocusPolicy(flags & B_NAVIGABLE ? Qt::StrongFocus : Qt::NoFocus);
+    auto* toolkit = new QMenu(button);
+    toolkit->setFont(kits::ToQt(*be_plain_font()));
+    QObject::connect(toolkit, &QMenu::aboutToShow, toolkit,
+                     [this, toolkit] { this->menu->Fill(*toolkit); });
+    button->setMenu(toolkit);
+    button->setAccessibleName(kits::ToQt(this->label.empty() ? Name() : this->label));
+    Widget().SetContent(both);
+    both->setFocusProxy(button);
+    if (!this->label.empty()) {
+        auto* caption = new QLabel(kits::ToQt(this->label), both);
+        caption->setFont(kits::ToQt(*be_plain_font()));
+        caption->setBuddy(button);
+        caption->move(0, static_cast<int>((PreferredHeight() - caption->sizeHint().height()) / 2));
+        divider = be_plain_font()->StringWidth(this->label) + 7;
+    }
+    menu->SetObserver([this] { ShowTitle(); });
+    ResizeTo(frame.Width(), PreferredHeight());
+    SetDivider(divider);
+}
+
+BMenuField::~BMenuField() = default;
+
+void BMenuField::SetDivider(float position) {
+    divider = position;
+    const BRect bounds = Bounds();
+    button->setGeometry(kits::ToQt(BRect{divider, 0, bounds.right, bounds.bottom}));
+    ShowTitle();
+}
+
+float BMenuField::PreferredHeight() {
+    font_height height;
+    be_plain_font()->GetHeight(&height);
+    return std::ceil(height.ascent + height.descent) + 5;
+}
+
+// Items without a target go to the window, as other controls do.
+void BMenuField::AttachedToWindow() {
+    for (std::size_t i = 0; BMenuItem* item = menu->ItemAt(i); i++) {
+        if (!item->Target().IsValid())
+            item->SetTarget(Window());
+    }
+}
+
+void BMenuField::FrameResized(float, float) {
+    SetDivider(divider);
+}
+
+void BMenuField::ShowTitle() {
+    const std::string title = menu->Title();
+    const float room = Bounds().Width() - divider - kArrowWidth - kLeftMargin;
+    BFont font = *be_plain_font();
+    font.SetSize(kits::FittingFontSize(title, room));
+    button->setFont(kits::ToQt(font));
+    const QString text = kits::ToQt(title);
+    button->setText(QFontMetrics(button->font()).elidedText(text, Qt::ElideRight, int(room) + 1));
+    button->setToolTip(font.StringWidth(title) > room ? text : QString());
+}
+
+BMenuBar::BMenuBar(BRect frame, const char* name, uint32 resizingMode, menu_layout, bool)
+    : BView(frame, name, resizingMode, B_WILL_DRAW) {
+    ResizeTo(frame.Width(), BMenuField::PreferredHeight());
+}
+
+void BMenuBar::AddItem(BMenu* menu) {
+    auto* field = new BMenuField({0, 0, 10, 10}, menu->Name(), nullptr, menu);
+    fields.push_back(field);
+    const float each = (Bounds().Width() + 1) / float(fields.size());
+    for (std::size_t i = 0; i < fields.size(); i++) {
+        fields[i]->MoveTo(each * float(i), 0);
+        fields[i]->ResizeTo(each - 1, Bounds().Height());
+    }
+    AddChild(field);
+}

@@ -1,0 +1,236 @@
+#include "kits/interface/View.h"
+
+#include "kits/interface/Window.h"
+#include "kits/interface/backends/ViewWidget.h"
+
+#include <cmath>
+
+BView::BView(BRect frame, const char* name, uint32 resizingMode, uint32 flags)
+    : BHandler(name),
+      frame(frame),
+      resizingMode(resizingMode),
+      flags(flags),
+      widget(std::make_unique<kits::ViewWidget>(*this)) {
+    widget->setObjectName(kits::ToQt(Name()));
+    widget->setGeometry(kits::ToQt(frame));
+}
+
+BView::~BView() {
+    while (!children.empty())
+        delete children.back();
+    if (parent)
+        parent->RemoveChild(this);
+    else if (window)
+        window->RemoveChild(this);
+}
+
+void BView::Draw(BRect) {}
+void BView::MouseDown(BPoint) {}
+void BView::MouseUp(BPoint) {}
+void BView::MouseMoved(BPoint, uint32, const BMessage*) {}
+void BView::FrameResized(float, float) {}
+
+void BView::AddChild(BView* child) {
+    children.push_back(child);
+    child->parent = this;
+    child->widget->setParent(widget.get());
+    child->widget->setVisible(!child->hidden);
+    if (window)
+        child->SetWindow(window);
+}
+
+bool BView::RemoveChild(BView* child) {
+    if (std::erase(children, child) == 0)
+        return false;
+    child->parent = nullptr;
+    child->SetWindow(nullptr);
+    child->widget->setParent(nullptr);
+    return true;
+}
+
+void BView::SetWindow(BWindow* next) {
+    window = next;
+    if (next)
+        next->AddHandler(this);
+    else if (Looper())
+        Looper()->RemoveHandler(this);
+    if (next)
+        AttachedToWindow();
+    // A hook may have added children, which then have their window already.
+    for (BView* child : std::vector<BView*>(children)) {
+        if (child->window != next)
+            child->SetWindow(next);
+    }
+}
+
+BView* BView::ChildAt(std::size_t index) const {
+    return index < children.size() ? children[index] : nullptr;
+}
+
+BView* BView::FindView(std::string_view wanted) {
+    if (Name() == wanted)
+        return this;
+    for (BView* child : children) {
+        if (BView* found = child->FindView(wanted))
+            return found;
+    }
+    return nullptr;
+}
+
+BRect BView::ConvertFromParent(BRect rect) const {
+    return rect.OffsetByCopy(-frame.left, -frame.top);
+}
+
+void BView::Place(BRect next) {
+    const float dx = next.Width() - frame.Width();
+    const float dy = next.Height() - frame.Height();
+    frame = next;
+    widget->setGeometry(kits::ToQt(frame));
+    if (dx == 0 && dy == 0)
+        return;
+    for (BView* child : children)
+        child->FollowParent(dx, dy);
+    if (flags & B_FRAME_EVENTS)
+        FrameResized(frame.Width(), frame.Height());
+}
+
+void BView::FollowParent(float dx, float dy) {
+    BRect next = frame;
+    if (resizingMode & (B_FOLLOW_RIGHT | B_FOLLOW_LEFT_RIGHT))
+        next.right += dx;
+    if (resizingMode & B_FOLLOW_RIGHT)
+        next.left += dx;
+    if (resizingMode & (B_FOLLOW_BOTTOM | B_FOLLOW_TOP_BOTTOM))
+        next.bottom += dy;
+    if (resizingMode & B_FOLLOW_BOTTOM)
+        next.top += dy;
+    if (next != frame)
+        Place(next);
+}
+
+void BView::ResizeTo(float width, float height) {
+    Place({frame.left, frame.top, frame.left + width, frame.top + height});
+}
+
+void BView::ResizeBy(float x, float y) {
+    ResizeTo(frame.Width() + x, frame.Height() + y);
+}
+
+void BView::MoveTo(float x, float y) {
+    Place(frame.OffsetToCopy(x, y));
+}
+
+void BView::MoveBy(float x, float y) {
+    Place(frame.OffsetByCopy(x, y));
+}
+
+void BView::Hide() {
+    hidden = true;
+    widget->hide();
+}
+
+void BView::Show() {
+    hidden = false;
+    widget->show();
+}
+
+void BView::SetViewColor(rgb_color color) {
+    viewColor = color;
+    Invalidate();
+}
+
+void BView::SetFont(const BFont* next, uint32 mask) {
+    if (mask == B_FONT_ALL)
+        font = *next;
+}
+
+void BView::DrawString(std::string_view text) {
+    const BPoint start = pen;
+    pen.x += StringWidth(text);
+    if (QPainter* painter = widget->Painter()) {
+        painter->setFont(kits::ToQt(font));
+        painter->setPen(kits::ToQt(highColor));
+        painter->drawText(QPointF(start.x, start.y), kits::ToQt(text));
+    }
+}
+
+void BView::DrawString(std::string_view text, BPoint baseline) {
+    pen = baseline;
+    DrawString(text);
+}
+
+void BView::StrokeLine(BPoint from, BPoint to, pattern which) {
+    pen = to;
+    QPainter* painter = widget->Painter();
+    if (!painter)
+        return;
+    // Level and upright lines are kept sharp, all others are smoothed. Coordinates are those of
+    // pixels' centres.
+    const bool straight = from.x == to.x || from.y == to.y;
+    painter->save();
+    painter->setRenderHint(QPainter::Antialiasing, !straight);
+    painter->setPen(QPen(kits::ToQt(Color(which)), 1, Qt::SolidLine, Qt::SquareCap));
+    if (straight) {
+        painter->drawLine(QPointF(from.x, from.y).toPoint(), QPointF(to.x, to.y).toPoint());
+    } else {
+        painter->translate(0.5, 0.5);
+        painter->drawLine(QPointF(from.x, from.y), QPointF(to.x, to.y));
+    }
+    painter->restore();
+}
+
+void BView::StrokeLine(BPoint to, pattern which) {
+    StrokeLine(pen, to, which);
+}
+
+void BView::FillRect(BRect rect, pattern which) {
+    if (QPainter* painter = widget->Painter())
+        painter->fillRect(kits::ToQt(rect), kits::ToQt(Color(which)));
+}
+
+void BView::DrawBitmap(const BBitmap* bitmap, BRect destination) {
+    QPainter* painter = widget->Painter();
+    if (!painter || !bitmap || !bitmap->IsValid())
+        return;
+    const bool dense = widget->devicePixelRatioF() > 1 && bitmap->Dense();
+    const QImage image = kits::ToQt(dense ? *bitmap->Dense() : *bitmap);
+    const QRect place = kits::ToQt(destination);
+    painter->setRenderHint(QPainter::SmoothPixmapTransform, place.size() != image.size());
+    painter->drawImage(place, image);
+}
+
+void BView::Invalidate() {
+    widget->update();
+}
+
+void BView::Invalidate(BRect rect) {
+    // Whatever a fraction of is inside; a view far beyond the screen is drawn no further than this.
+    const auto whole = [](float edge) {
+        return static_cast<int>(std::clamp(edge, -32000.0F, 32000.0F));
+    };
+    widget->update(QRect(QPoint(whole(std::floor(rect.left)), whole(std::floor(rect.top))),
+                         QPoint(whole(std::ceil(rect.right)), whole(std::ceil(rect.bottom)))));
+}
+
+void BView::GetMouse(BPoint* where, uint32* buttons, bool) const {
+    *where = widget->Pointer();
+    *buttons = widget->Buttons();
+}
+
+void BView::MakeFocus(bool focused) {
+    if (focused)
+        widget->setFocus();
+    else
+        widget->clearFocus();
+}
+
+bool BView::IsFocus() const {
+    return widget->hasFocus();
+}
+
+void BView::SetToolTip(const char* text) {
+    toolTip = text ? text : "";
+    widget->setToolTip(kits::ToQt(toolTip));
+    if (QWidget* content = widget->Content())
+        content->setAccessibleDescription(kits::ToQt(toolTip));
+}

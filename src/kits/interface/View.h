@@ -1,0 +1,149 @@
+// A rectangle of a window that draws itself and reacts to the mouse.
+#pragma once
+
+#include "kits/application/Handler.h"
+#include "kits/interface/Font.h"
+#include "kits/interface/InterfaceDefs.h"
+#include "kits/support/Bitmap.h"
+
+#include <memory>
+#include <string_view>
+#include <vector>
+
+class BWindow;
+
+namespace kits {
+class ViewWidget;
+}
+
+/// Coordinates are pixels (of a screen of usual density; a denser one has several per pixel), x to
+/// the right and y down, (0, 0) at the view's own left-top corner; a frame is in the parent's
+/// coordinates and its edges belong to it. A view owns its children. Window thread.
+class BView : public BHandler {
+  public:
+    BView(BRect frame, const char* name, uint32 resizingMode, uint32 flags);
+    /// Deletes the children, and leaves the parent.
+    ~BView() override;
+
+    // Hooks.
+
+    /// The view has become part of a window.
+    virtual void AttachedToWindow() {}
+    /// Paints what is inside `update`, or more: the system clips it. Drawing operations have an
+    /// effect only while it runs.
+    virtual void Draw(BRect update);
+    virtual void MouseDown(BPoint where);
+    /// A button was released inside the view.
+    virtual void MouseUp(BPoint where);
+    /// The pointer has moved inside the view, into it or out of it. `transit` says which; there is
+    /// never a `dragged` message.
+    virtual void MouseMoved(BPoint where, uint32 transit, const BMessage* dragged);
+    /// As often as the window says, while it is shown; with B_PULSE_NEEDED.
+    virtual void Pulse() {}
+    /// With B_FRAME_EVENTS.
+    virtual void FrameResized(float width, float height);
+
+    // The tree of views.
+
+    /// Takes the view over, behind its present children in the order of the Tab key.
+    void AddChild(BView* child);
+    /// Gives the child back to the caller; false if it is none.
+    bool RemoveChild(BView* child);
+    const std::vector<BView*>& Children() const { return children; }
+    BView* ChildAt(std::size_t index) const;
+    BView* Parent() const { return parent; }
+    /// The view of that name here or below, null if there is none.
+    BView* FindView(std::string_view name);
+    /// Null before the view is attached.
+    BWindow* Window() const { return window; }
+
+    // Place.
+
+    BRect Frame() const { return frame; }
+    BRect Bounds() const { return frame.OffsetToCopy(0, 0); }
+    BRect ConvertFromParent(BRect rect) const;
+    virtual void ResizeTo(float width, float height);
+    void ResizeBy(float x, float y);
+    void MoveTo(float x, float y);
+    void MoveBy(float x, float y);
+    uint32 ResizingMode() const { return resizingMode; }
+    uint32 Flags() const { return flags; }
+    void Hide();
+    void Show();
+    bool IsHidden() const { return hidden; }
+
+    // Drawing state. Text and lines are in the high colour unless a pattern says otherwise.
+
+    /// What is behind all that the view draws.
+    void SetViewColor(rgb_color color);
+    rgb_color ViewColor() const { return viewColor; }
+    void SetHighColor(rgb_color color) { highColor = color; }
+    rgb_color HighColor() const { return highColor; }
+    void SetLowColor(rgb_color color) { lowColor = color; }
+    rgb_color LowColor() const { return lowColor; }
+    void SetFont(const BFont* font, uint32 mask = B_FONT_ALL);
+    void GetFont(BFont* result) const { *result = font; }
+    void GetFontHeight(font_height* height) const { font.GetHeight(height); }
+    float StringWidth(std::string_view text) const { return font.StringWidth(text); }
+    void MovePenTo(BPoint point) { pen = point; }
+    BPoint PenLocation() const { return pen; }
+
+    // Drawing operations.
+
+    /// Starts at the pen, the baseline's left end, and leaves the pen where a next one would start.
+    void DrawString(std::string_view text);
+    void DrawString(std::string_view text, BPoint baseline);
+    /// Both end pixels belong to the line; the pen is left at the end.
+    void StrokeLine(BPoint from, BPoint to, pattern which = B_SOLID_HIGH);
+    /// From the pen.
+    void StrokeLine(BPoint to, pattern which = B_SOLID_HIGH);
+    void FillRect(BRect rect, pattern which = B_SOLID_HIGH);
+    /// Scaled to the rectangle.
+    void DrawBitmap(const BBitmap* bitmap, BRect destination);
+
+    void Invalidate();
+    /// That part will be drawn soon.
+    void Invalidate(BRect rect);
+
+    // Input.
+
+    /// Where the pointer was and which buttons were down at the event that is being handled, or at
+    /// the last one. `checkQueue` is for compatibility.
+    void GetMouse(BPoint* where, uint32* buttons, bool checkQueue = true) const;
+    virtual void MakeFocus(bool focused = true);
+    virtual bool IsFocus() const;
+    /// Shown when the pointer rests on the view; also read out to those who cannot see it. Empty or
+    /// null for none.
+    virtual void SetToolTip(const char* text);
+    const char* ToolTip() const { return toolTip.c_str(); }
+
+  private:
+    friend class BWindow;
+    friend class kits::ViewWidget;
+
+    void SetWindow(BWindow* next);
+    void Place(BRect next);
+    void FollowParent(float dx, float dy);
+    rgb_color Color(pattern which) const { return which == B_SOLID_LOW ? lowColor : highColor; }
+
+    BRect frame;
+    uint32 resizingMode;
+    uint32 flags;
+    bool hidden = false;
+    BView* parent = nullptr;
+    BWindow* window = nullptr;
+    std::vector<BView*> children;
+
+    rgb_color viewColor = {255, 255, 255};
+    rgb_color highColor = {0, 0, 0};
+    rgb_color lowColor = {255, 255, 255};
+    BFont font = *be_plain_font();
+    BPoint pen;
+    std::string toolTip;
+
+    std::unique_ptr<kits::ViewWidget> widget;
+
+  public:
+    /// For the kits, which put toolkit widgets inside.
+    kits::ViewWidget& Widget() const { return *widget; }
+};

@@ -1,0 +1,207 @@
+#include "kits/interface/Window.h"
+
+#include "kits/interface/backends/ViewWidget.h"
+#include "kits/interface/backends/WindowWidget.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QWindow>
+#include <algorithm>
+#include <cmath>
+
+namespace kits {
+
+namespace {
+
+void PulseTree(BView& view) {
+    if (view.Flags() & B_PULSE_NEEDED)
+        view.Pulse();
+    for (BView* child : view.Children())
+        PulseTree(*child);
+}
+
+} // namespace
+
+WindowWidget::WindowWidget(BWindow& window, Qt::WindowFlags flags)
+    : QWidget(nullptr, flags), window(window) {
+    setFocusPolicy(Qt::StrongFocus);
+    connect(&pulse, &QTimer::timeout, this, [this] { Pulse(); });
+    pulse.setTimerType(Qt::PreciseTimer);
+    pulse.start(500);
+}
+
+// Nobody sees the views of a window that is hidden or minimized.
+void WindowWidget::Pulse() {
+    if (!isVisible() || isMinimized())
+        return;
+    for (std::size_t i = 0; BView* child = window.ChildAt(i); i++)
+        PulseTree(*child);
+}
+
+void WindowWidget::closeEvent(QCloseEvent* event) {
+    event->ignore();
+    window.PostMessage(B_QUIT_REQUESTED);
+}
+
+void WindowWidget::resizeEvent(QResizeEvent* event) {
+    window.Resized(float(event->size().width() - 1), float(event->size().height() - 1));
+}
+
+void WindowWidget::moveEvent(QMoveEvent* event) {
+    window.frame = window.frame.OffsetToCopy(float(event->pos().x()), float(event->pos().y()));
+}
+
+void WindowWidget::SendKey(uint32 what, const QKeyEvent& event) {
+    BMessage message(what);
+    message.AddInt32("key", static_cast<int32>(event.nativeScanCode()));
+    message.AddInt32("be:key_repeat", event.isAutoRepeat());
+    window.PostMessage(message);
+}
+
+void WindowWidget::keyPressEvent(QKeyEvent* event) {
+    if (event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))
+        event->ignore();
+    else
+        SendKey(B_KEY_DOWN, *event);
+}
+
+void WindowWidget::keyReleaseEvent(QKeyEvent* event) {
+    SendKey(B_KEY_UP, *event);
+}
+
+void WindowWidget::changeEvent(QEvent* event) {
+    if (event->type() != QEvent::ActivationChange)
+        return;
+    BMessage message(B_WINDOW_ACTIVATED);
+    message.AddInt32("active", isActiveWindow());
+    window.PostMessage(message);
+}
+
+} // namespace kits
+
+BWindow::BWindow(BRect frame, const char* title, window_type type, uint32 flags, uint32)
+    : BLooper(title), frame(frame), title(title), flags(flags) {
+    Qt::WindowFlags hints = Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
+                            Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint;
+    if (!(flags & B_NOT_ZOOMABLE))
+        hints |= Qt::WindowMaximizeButtonHint;
+    widget = std::make_unique<kits::WindowWidget>(*this, hints);
+    widget->setWindowTitle(kits::ToQt(this->title));
+    if (type == B_MODAL_WINDOW)
+        widget->setWindowModality(Qt::ApplicationModal);
+    SetSizeLimits(0, 16000, 0, 16000);
+    widget->setGeometry(kits::ToQt(frame));
+}
+
+BWindow::~BWindow() {
+    while (!children.empty())
+        delete children.back();
+}
+
+void BWindow::Quit() {
+    Hide();
+    // Not now: the call may come out of a hook of one of its own views.
+    QMetaObject::invokeMethod(
+        qApp, [this] { delete this; }, Qt::QueuedConnection);
+}
+
+void BWindow::MessageReceived(BMessage* message) {
+    if (message->what == B_QUIT_REQUESTED) {
+        if (QuitRequested())
+            Quit();
+    } else {
+        BLooper::MessageReceived(message);
+    }
+}
+
+void BWindow::AddChild(BView* child) {
+    children.push_back(child);
+    child->Widget().setParent(widget.get());
+    child->Widget().setVisible(!child->IsHidden());
+    child->SetWindow(this);
+}
+
+bool BWindow::RemoveChild(BView* child) {
+    if (std::erase(children, child) == 0)
+        return false;
+    child->SetWindow(nullptr);
+    child->Widget().setParent(nullptr);
+    return true;
+}
+
+BView* BWindow::ChildAt(std::size_t index) const {
+    return index < children.size() ? children[index] : nullptr;
+}
+
+BView* BWindow::FindView(std::string_view name) const {
+    for (BView* child : children) {
+        if (BView* found = child->FindView(name))
+            return found;
+    }
+    return nullptr;
+}
+
+void BWindow::Show() {
+    widget->show();
+    // No field has the keyboard until the user chooses one.
+    widget->setFocus();
+}
+
+void BWindow::Hide() {
+    widget->hide();
+}
+
+bool BWindow::IsHidden() const {
+    return !widget->isVisible();
+}
+
+void BWindow::Activate() {
+    widget->raise();
+    widget->activateWindow();
+}
+
+void BWindow::SetTitle(const char* next) {
+    title = next;
+    widget->setWindowTitle(kits::ToQt(title));
+}
+
+void BWindow::ResizeTo(float width, float height) {
+    widget->resize(int(std::ceil(width)) + 1, int(std::ceil(height)) + 1);
+}
+
+void BWindow::MoveTo(float x, float y) {
+    widget->move(int(x), int(y));
+}
+
+void BWindow::SetSizeLimits(float minWidth, float maxWidth, float minHeight, float maxHeight) {
+    if (flags & (B_NOT_RESIZABLE | B_NOT_V_RESIZABLE))
+        minHeight = maxHeight = frame.Height();
+    if (flags & B_NOT_RESIZABLE)
+        minWidth = maxWidth = frame.Width();
+    widget->setMinimumSize(int(std::ceil(minWidth)) + 1, int(std::ceil(minHeight)) + 1);
+    widget->setMaximumSize(int(std::ceil(maxWidth)) + 1, int(std::ceil(maxHeight)) + 1);
+}
+
+void BWindow::SetWorkspaces(uint32) {
+    if (IsHidden())
+        return;
+    // Showing a window anew brings it to where the user is.
+    widget->hide();
+    widget->show();
+}
+
+void BWindow::SetPulseRate(bigtime_t rate) {
+    widget->PulseTimer().start(static_cast<int>(std::max<bigtime_t>(rate, 1000) / 1000));
+}
+
+void BWindow::Resized(float width, float height) {
+    const float dx = width - frame.Width();
+    const float dy = height - frame.Height();
+    if (dx == 0 && dy == 0)
+        return;
+    frame.right += dx;
+    frame.bottom += dy;
+    for (BView* child : children)
+        child->FollowParent(dx, dy);
+    FrameResized(width, height);
+}

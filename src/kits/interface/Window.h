@@ -1,0 +1,82 @@
+// A window of the desktop, which holds views.
+#pragma once
+
+#include "kits/application/Handler.h"
+#include "kits/interface/View.h"
+
+#include <memory>
+#include <string_view>
+#include <vector>
+
+namespace kits {
+class WindowWidget;
+}
+
+enum window_type { B_TITLED_WINDOW, B_MODAL_WINDOW };
+
+constexpr uint32 B_NOT_RESIZABLE = 1U << 1;
+constexpr uint32 B_NOT_V_RESIZABLE = 1U << 2;
+constexpr uint32 B_NOT_ZOOMABLE = 1U << 6;
+constexpr uint32 B_CURRENT_WORKSPACE = 0;
+
+/// Made hidden, by new; deletes itself when it quits. Its views are in the coordinates of its
+/// content area. Window thread.
+class BWindow : public BLooper {
+  public:
+    /// The frame, on the screen, is that of the content area, edges included.
+    BWindow(BRect frame, const char* title, window_type type, uint32 flags,
+            uint32 workspaces = B_CURRENT_WORKSPACE);
+    /// Deletes the views.
+    ~BWindow() override;
+
+    // Hooks.
+
+    /// Whether the window may close; asked when the user closes it.
+    virtual bool QuitRequested() { return true; }
+    /// The content area has changed its size; the views have followed.
+    virtual void FrameResized(float /*width*/, float /*height*/) {}
+
+    /// Hides the window now, and deletes it as soon as nothing of it is running.
+    virtual void Quit();
+
+    /// B_QUIT_REQUESTED asks QuitRequested and quits.
+    void MessageReceived(BMessage* message) override;
+
+    void AddChild(BView* child);
+    bool RemoveChild(BView* child);
+    BView* ChildAt(std::size_t index) const;
+    BView* FindView(std::string_view name) const;
+
+    void Show();
+    void Hide();
+    bool IsHidden() const;
+    void Activate();
+    const char* Title() const { return title.c_str(); }
+    void SetTitle(const char* next);
+
+    /// On the screen.
+    BRect Frame() const { return frame; }
+    BRect Bounds() const { return frame.OffsetToCopy(0, 0); }
+    void ResizeTo(float width, float height);
+    void MoveTo(float x, float y);
+    /// Of width and height, as BRect::Width counts them.
+    void SetSizeLimits(float minWidth, float maxWidth, float minHeight, float maxHeight);
+    /// The window comes to the desktop that the user looks at.
+    void SetWorkspaces(uint32 workspaces);
+
+    /// Microseconds between the pulses of the views, at least 1000. 500000 at first.
+    void SetPulseRate(bigtime_t rate);
+
+    /// For the kits.
+    kits::WindowWidget& Widget() const { return *widget; }
+
+  private:
+    friend class kits::WindowWidget;
+    void Resized(float width, float height);
+
+    BRect frame;
+    std::string title;
+    uint32 flags;
+    std::vector<BView*> children;
+    std::unique_ptr<kits::WindowWidget> widget;
+};

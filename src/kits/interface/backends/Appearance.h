@@ -1,0 +1,11 @@
+// How everything looks: one light palette and compact controls, on every desktop.
+#pragma once
+
+class QApplication;
+
+namespace kits {
+
+/// The colours around the plane and the envelopes are fixed, so those of the controls are as well.
+void SetAppearance(QApplication& application);
+
+} // namespace kits

@@ -1,0 +1,68 @@
+// The toolkit's side of a view.
+#pragma once
+
+#include "kits/interface/View.h"
+
+#include <QPainter>
+#include <QWidget>
+
+namespace kits {
+
+inline QColor ToQt(rgb_color color) {
+    return {color.red, color.green, color.blue, color.alpha};
+}
+
+inline QString ToQt(std::string_view text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+/// The pixels that a rectangle with inclusive edges covers.
+inline QRect ToQt(BRect rect) {
+    const QPointF leftTop(rect.left, rect.top);
+    return {leftTop.toPoint(),
+            QPointF(double(rect.right) + 1, double(rect.bottom) + 1).toPoint() - QPoint(1, 1)};
+}
+
+QFont ToQt(const BFont& font);
+
+/// The bits are shared, so the bitmap must outlive the image.
+QImage ToQt(const BBitmap& bitmap);
+
+/// Forwards the toolkit's events to the view's hooks.
+class ViewWidget : public QWidget {
+  public:
+    explicit ViewWidget(BView& view);
+
+    BView& View() { return view; }
+    /// Valid while the view draws.
+    QPainter* Painter() { return painter; }
+    BPoint Pointer() const { return pointer; }
+    uint32 Buttons() const { return buttons; }
+    /// The toolkit widget that fills a control, which then has the focus in the view's stead.
+    void SetContent(QWidget* next);
+    QWidget* Content() const { return content; }
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override { mousePressEvent(event); }
+    void leaveEvent(QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+  private:
+    void Note(const QMouseEvent& event);
+    bool Contains(BPoint point) const;
+    void Leave();
+
+    BView& view;
+    QWidget* content = nullptr;
+    QPainter* painter = nullptr;
+    BPoint pointer;
+    uint32 buttons = 0;
+    /// The pointer was inside at the last event.
+    bool inside = false;
+};
+
+} // namespace kits

@@ -1,0 +1,35 @@
+// The toolkit's side of a window.
+#pragma once
+
+#include "kits/interface/Window.h"
+
+#include <QTimer>
+#include <QWidget>
+
+namespace kits {
+
+/// Forwards the toolkit's events to the window.
+class WindowWidget : public QWidget {
+  public:
+    WindowWidget(BWindow& window, Qt::WindowFlags flags);
+
+    BWindow& Window() { return window; }
+    QTimer& PulseTimer() { return pulse; }
+
+  protected:
+    void closeEvent(QCloseEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void moveEvent(QMoveEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void keyReleaseEvent(QKeyEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+  private:
+    void SendKey(uint32 what, const QKeyEvent& event);
+    void Pulse();
+
+    BWindow& window;
+    QTimer pulse;
+};
+
+} // namespace kits

@@ -1,0 +1,12 @@
+// Images of the program.
+#pragma once
+
+#include "kits/support/Bitmap.h"
+
+class BTranslationUtils {
+  public:
+    /// The image file of that name beside the program, in any format that can be read; null where
+    /// there is none. "NAME@2x.EXT" beside it becomes its Dense(). The caller owns the bitmap.
+    /// Window thread.
+    static BBitmap* GetBitmap(const char* name);
+};

@@ -1,0 +1,38 @@
+#include "views/BitmapBarView.h"
+
+namespace vexa {
+
+namespace {
+
+float WidthOf(const std::unique_ptr<BBitmap>& bitmap) {
+    return bitmap ? bitmap->Bounds().Width() : 0;
+}
+
+} // namespace
+
+BitmapBarView::BitmapBarView(BBitmap* left, BBitmap* middle, BBitmap* right, BRect frame,
+                             const char* name, uint32 resizingMode, uint32 flags)
+    : BView(frame, name, resizingMode, flags),
+      leftBitmap(left),
+      middleBitmap(middle),
+      rightBitmap(right) {
+    SetViewColor(B_TRANSPARENT_COLOR);
+}
+
+void BitmapBarView::Draw(BRect) {
+    const BRect bounds = ConvertFromParent(Frame());
+    const float leftWidth = WidthOf(leftBitmap);
+    const float rightWidth = WidthOf(rightBitmap);
+    DrawBitmap(leftBitmap.get(), {bounds.left, bounds.top, leftWidth, bounds.bottom});
+    DrawBitmap(middleBitmap.get(),
+               {leftWidth, bounds.top, bounds.right - rightWidth + 1, bounds.bottom});
+    // Last, so that it covers the middle image's last column.
+    DrawBitmap(rightBitmap.get(),
+               {bounds.right - rightWidth, bounds.top, bounds.right, bounds.bottom});
+}
+
+void BitmapBarView::FrameResized(float, float) {
+    Invalidate();
+}
+
+} // namespace vexa

@@ -1,0 +1,26 @@
+// A bar of three images, the middle one stretched between the others.
+#pragma once
+
+#include "kits/interface/View.h"
+
+#include <memory>
+
+namespace vexa {
+
+/// Takes the images over, each of which may be missing; a missing one has the width 0. Window
+/// thread.
+class BitmapBarView : public BView {
+  public:
+    BitmapBarView(BBitmap* left, BBitmap* middle, BBitmap* right, BRect frame, const char* name,
+                  uint32 resizingMode, uint32 flags);
+
+    void Draw(BRect update) override;
+    void FrameResized(float width, float height) override;
+
+  private:
+    std::unique_ptr<BBitmap> leftBitmap;
+    std::unique_ptr<BBitmap> middleBitmap;
+    std::unique_ptr<BBitmap> rightBitmap;
+};
+
+} // namespace vexa

@@ -1,0 +1,252 @@
+#include "views/R2RFView.h"
+
+#include "synth/Coefficients.h"
+#include "synth/Envelope.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace vexa {
+
+namespace {
+
+/// Radians between the marks of an orbit: 51 of them in a revolution.
+constexpr float kMarkStep = 0.1231997087597847F;
+constexpr double kRevolution = 6.28318530718;
+constexpr uint8 kMarkGreen = 200;
+constexpr rgb_color kOrbitColor = {0, 200, 0, 255};
+constexpr std::size_t kPixelBytes = 4;
+/// Of the green byte within a pixel.
+constexpr std::size_t kGreenByte = 1;
+
+/// The word of a pixel that shows the value.
+uint32 Pixel(float value) {
+    constexpr float kMost = 2147483520.0F; // the largest float below 2^31
+    const float scaled = value * 255.0F;
+    if (!std::isfinite(value))
+        return 0;
+    const auto v = static_cast<int32>(std::clamp(scaled, -kMost, kMost));
+    return v > 0 ? static_cast<uint32>(v) : static_cast<uint32>(-v) << 16;
+}
+
+} // namespace
+
+R2RFView::R2RFView(BRect frame, const char* name, BPoint linkFunction, BPoint linkScreen,
+                   float scale, uint32 resizingMode)
+    : BView(frame, name, resizingMode, B_WILL_DRAW | B_FRAME_EVENTS | B_PULSE_NEEDED),
+      linkFunctionX(linkFunction.x),
+      linkFunctionY(linkFunction.y),
+      linkScreenX(linkScreen.x),
+      linkScreenY(linkScreen.y),
+      scale(scale) {
+    marks.reserve(kMostMarks);
+    SetViewColor(B_TRANSPARENT_COLOR);
+    SetupBitmap();
+}
+
+void R2RFView::SetFunction(const PlaneFunction& next) {
+    function = next;
+    Change();
+}
+
+void R2RFView::SetScale(float next) {
+    scale = next;
+    Change();
+}
+
+void R2RFView::SetLinkFunctionX(float x) {
+    linkFunctionX = x;
+    Change();
+}
+
+void R2RFView::SetLinkFunctionY(float y) {
+    linkFunctionY = y;
+    Change();
+}
+
+void R2RFView::SetLinkScreenX(float x) {
+    linkScreenX = x;
+    Change();
+}
+
+void R2RFView::SetLinkScreenY(float y) {
+    linkScreenY = y;
+    Change();
+}
+
+void R2RFView::Change() {
+    SetupBitmap();
+    Invalidate();
+}
+
+void R2RFView::SetupBitmap() {
+    bitmap = MakeBitmap(Frame(), scale);
+    marks.clear();
+}
+
+void R2RFView::SetSoundParam(const ControllerTable* controllers, const sound_param* parameters,
+                             const VoiceTable* table) {
+    ctlvalue = controllers;
+    soundParam = parameters;
+    voices = table;
+    hasSoundParam = true;
+}
+
+std::unique_ptr<BBitmap> R2RFView::MakeBitmap(BRect rect, float s) const {
+    auto picture = std::make_unique<BBitmap>(rect, B_RGB32);
+    if (!picture->IsValid())
+        return picture;
+    const auto columns = static_cast<std::size_t>(picture->BytesPerRow()) / kPixelBytes;
+    const auto rows = static_cast<std::size_t>(rect.IntegerHeight()) + 1;
+    const float left = linkScreenX * float(columns) * s;
+    const float top = (1 - linkScreenY) * float(rows) * s;
+    std::vector<float> x(columns), y(columns), values(columns);
+    for (std::size_t c = 0; c < columns; c++)
+        x[c] = linkFunctionX + float(c) * s - left;
+    auto* row = static_cast<uint8*>(picture->Bits());
+    for (std::size_t r = 0; r < rows; r++, row += picture->BytesPerRow()) {
+        std::fill(y.begin(), y.end(), linkFunctionY - float(r) * s + top);
+        function.Evaluate(x.data(), y.data(), values.data(), columns);
+        std::transform(values.begin(), values.end(), reinterpret_cast<uint32*>(row), Pixel);
+    }
+    return picture;
+}
+
+void R2RFView::Draw(BRect) {
+    DrawBitmap(bitmap.get(), Bounds());
+}
+
+void R2RFView::FrameResized(float, float) {
+    Change();
+}
+
+BPoint R2RFView::ToView(float x, float y) const {
+    const BRect frame = Frame();
+    return {(x - linkFunctionX) / scale + frame.Width() * linkScreenX,
+            (linkFunctionY - y) / scale + frame.Height() * (1 - linkScreenY)};
+}
+
+/// The extent of no point: any point widens it to itself.
+BRect R2RFView::EmptyRect() const {
+    return {float(bitmap->BytesPerRow()), float(bitmap->Bounds().IntegerHeight() + 1), 0, 0};
+}
+
+void R2RFView::EraseMarks() {
+    auto* bits = static_cast<uint8*>(bitmap->Bits());
+    while (!marks.empty()) {
+        bits[marks.back()] = 0;
+        marks.pop_back();
+    }
+}
+
+void R2RFView::Pulse() {
+    EraseMarks();
+    prevDirty = dirty;
+    dirty = EmptyRect();
+    if (hasSoundParam) {
+        for (int32 slot = 0; slot < kVoiceSlots; slot++) {
+            if ((*voices)[static_cast<std::size_t>(slot)].state.Look().Active())
+                DrawSoundPath(slot, kMarkStep);
+        }
+    }
+    const BRect both = {std::min(prevDirty.left, dirty.left), std::min(prevDirty.top, dirty.top),
+                        std::max(prevDirty.right, dirty.right),
+                        std::max(prevDirty.bottom, dirty.bottom)};
+    if (both.right > both.left && both.bottom > both.top)
+        Invalidate(both.InsetByCopy(-1, -1));
+}
+
+void R2RFView::MarkPixel(BPoint point) {
+    dirty = {std::min(dirty.left, point.x), std::min(dirty.top, point.y),
+             std::max(dirty.right, point.x), std::max(dirty.bottom, point.y)};
+    // Truncated toward zero, so what is less than a pixel outside counts as inside. Points that are
+    // no numbers fail every comparison.
+    const auto columns = static_cast<float>(bitmap->BytesPerRow() / int32(kPixelBytes));
+    const auto rows = static_cast<float>(bitmap->Bounds().IntegerHeight() + 1);
+    if (!(point.x > -1 && point.x < columns && point.y > -1 && point.y < rows) ||
+        marks.size() == kMostMarks)
+        return;
+    const auto offset = static_cast<std::size_t>(int32(point.y) * bitmap->BytesPerRow()) +
+                        static_cast<std::size_t>(int32(point.x)) * kPixelBytes + kGreenByte;
+    static_cast<uint8*>(bitmap->Bits())[offset] = kMarkGreen;
+    marks.push_back(offset);
+}
+
+void R2RFView::DrawSoundPath(int32 slot, float step) {
+    const VoiceView v = Look((*voices)[static_cast<std::size_t>(slot)]);
+    const sound_param& p = *soundParam;
+    const float dt = step * (1 / v.freq);
+    auto cx = static_cast<float>(v.cx);
+    auto cy = static_cast<float>(v.cy);
+    auto phasex = static_cast<float>(v.phasex);
+    auto phasey = static_cast<float>(v.phasey);
+    auto t = static_cast<float>(v.t);
+    const auto envelope = [&](const Envelope& curve, std::size_t i) {
+        return curve.Value(t, v.released, v.rellevel[i]);
+    };
+    const auto weights = [&](const CoefficientGroup& group) {
+        return group.For(p, *ctlvalue, v.vel, v.key);
+    };
+    const Weights wcx = weights(kDcxdt);
+    const Weights wcy = weights(kDcydt);
+    const Weights wax = weights(kAx);
+    const Weights way = weights(kAy);
+    for (float a = 0; double(a) <= kRevolution; a += step) {
+        t += dt;
+        const double dCx = envelope(*p.EnvCx, 0) * wcx.c0 + wcx.rest;
+        const double dCy = envelope(*p.EnvCy, 1) * wcy.c0 + wcy.rest;
+        const double Ax = envelope(*p.EnvAx, 2) * (wax.c0 + wax.rest);
+        const double Ay = envelope(*p.EnvAy, 3) * (way.c0 + way.rest);
+        const auto x = static_cast<float>(cx + Ax * std::cos(double(phasex)));
+        const auto y = static_cast<float>(cy + Ay * std::sin(double(phasey)));
+        MarkPixel(ToView(x, y));
+        cx += dt * static_cast<float>(dCx);
+        cy += dt * static_cast<float>(dCy);
+        phasex += step * p.Fx;
+        phasey += step * p.Fy;
+    }
+}
+
+void R2RFView::DrawSoundPath(int32 slot, float from, float to, float step) {
+    const VoiceView v = Look((*voices)[static_cast<std::size_t>(slot)]);
+    const sound_param& p = *soundParam;
+    const auto radius = [&](const Envelope& curve, std::size_t i, const CoefficientGroup& group) {
+        const Weights w = group.For(p, *ctlvalue, v.vel, v.key);
+        return curve.Value(static_cast<float>(v.t), v.released, v.rellevel[i]) * (w.c0 + w.rest);
+    };
+    const double Ax = radius(*p.EnvAx, 2, kAx);
+    const double Ay = radius(*p.EnvAy, 3, kAy);
+    SetHighColor(kOrbitColor);
+    for (float time = from; time <= to; time += step) {
+        const double angle = kRevolution * double(v.freq) * double(time);
+        const BPoint point = ToView(static_cast<float>(v.cx + Ax * std::cos(angle * double(p.Fx))),
+                                    static_cast<float>(v.cy + Ay * std::sin(angle * double(p.Fy))));
+        if (time == from)
+            MovePenTo(point);
+        else
+            StrokeLine(point);
+    }
+}
+
+void R2RFView::DrawLissajous(float startPhaseX, float startPhaseY, float centerX, float centerY,
+                             float ratioX, float ratioY, float radiusX, float radiusY) {
+    constexpr int kStrokes = 100;
+    constexpr float kStep = 0.062831F;
+    SetHighColor(kOrbitColor);
+    for (int k = 0; k <= kStrokes; k++) {
+        const float angle = kStep * float(k);
+        const BPoint point = ToView(centerX + radiusX * std::cos(startPhaseX + angle * ratioX),
+                                    centerY + radiusY * std::sin(startPhaseY + angle * ratioY));
+        if (k == 0)
+            MovePenTo(point);
+        else
+            StrokeLine(point);
+    }
+}
+
+float R2RFView::f(float x, float y) {
+    return std::clamp((x * x * y + x * y * y - x * y) / (x * x + y * y + 1), -1.0F, 1.0F);
+}
+
+} // namespace vexa

@@ -1,0 +1,101 @@
+// The picture of the plane function, with the coming orbits of the sounding notes over it.
+#pragma once
+
+#include "kits/interface/View.h"
+#include "synth/PlaneFunction.h"
+#include "synth/SoundParam.h"
+#include "synth/Voice.h"
+
+#include <memory>
+#include <vector>
+
+namespace vexa {
+
+/// Shows a function from R^2 to R as a picture of a rectangle of the plane: blue where it is
+/// positive, red where it is negative. The picture is computed when what it shows changes; orbits
+/// are poked into its green bytes at each pulse and taken out at the next. Window thread.
+class R2RFView : public BView {
+  public:
+    /// The plane's point `linkFunction` is shown at the point `linkScreen` of the view, which is in
+    /// fractions of its width from the left and of its height from the bottom. `scale` is plane
+    /// units per pixel. Starts with nullfunc.
+    R2RFView(BRect frame, const char* name, BPoint linkFunction, BPoint linkScreen, float scale,
+             uint32 resizingMode);
+
+    // Each computes the picture anew.
+
+    void SetFunction(const PlaneFunction& next);
+    void SetScale(float next);
+    void SetLinkFunctionX(float x);
+    void SetLinkFunctionY(float y);
+    void SetLinkScreenX(float x);
+    void SetLinkScreenY(float y);
+    /// Computes the picture for the present frame, without marks.
+    void SetupBitmap();
+
+    float Scale() const { return scale; }
+    BPoint LinkFunction() const { return {linkFunctionX, linkFunctionY}; }
+    BPoint LinkScreen() const { return {linkScreenX, linkScreenY}; }
+
+    /// From now on pulses show orbits. The records are shared and outlive the view's last pulse.
+    void SetSoundParam(const ControllerTable* ctlvalue, const sound_param* soundParam,
+                       const VoiceTable* voices);
+
+    /// A new B_RGB32 picture of the size of `rect`, round the same link. The pixel in column c and
+    /// row r shows f at x = linkFunctionX + c s - linkScreenX Nc s and
+    /// y = linkFunctionY - r s + (1 - linkScreenY) Nr s, with Nc and Nr the columns and rows and
+    /// s the scale. Its word is v = f 255 without fraction where v > 0, else -v in the red byte;
+    /// values beyond +-1 carry into the next byte. A value that is not finite is shown as 0. Not
+    /// valid where `rect` is too large.
+    std::unique_ptr<BBitmap> MakeBitmap(BRect rect, float scale) const;
+
+    const BBitmap& Picture() const { return *bitmap; }
+
+    /// Marks the next revolution of a voice's orbit in the picture, in steps of `step` radians. The
+    /// drift and the envelopes run 2 pi times faster along the path than in the sound.
+    void DrawSoundPath(int32 voice, float step);
+    /// Strokes an orbit of one voice, with centre and radii as they are now, over the times from
+    /// `from` to `to` (seconds). Inside Draw.
+    void DrawSoundPath(int32 voice, float from, float to, float step);
+    /// Strokes a closed figure. Inside Draw.
+    void DrawLissajous(float startPhaseX, float startPhaseY, float centerX, float centerY,
+                       float ratioX, float ratioY, float radiusX, float radiusY);
+    /// A surface to try the view with.
+    static float f(float x, float y);
+
+    /// What the coming pulse has to repaint at least, in view pixels; empty (right < left) when no
+    /// orbit has been computed.
+    BRect DirtyRect() const { return dirty; }
+
+    void Draw(BRect update) override;
+    void Pulse() override;
+    void FrameResized(float width, float height) override;
+
+  private:
+    /// 51 for each voice that a pulse can show.
+    static constexpr std::size_t kMostMarks = 1050;
+
+    void Change();
+    BPoint ToView(float x, float y) const;
+    BRect EmptyRect() const;
+    void EraseMarks();
+    void MarkPixel(BPoint point);
+
+    PlaneFunction function{nullfunc};
+    float linkFunctionX, linkFunctionY;
+    float linkScreenX, linkScreenY;
+    float scale;
+    std::unique_ptr<BBitmap> bitmap;
+
+    bool hasSoundParam = false;
+    const ControllerTable* ctlvalue = nullptr;
+    const sound_param* soundParam = nullptr;
+    const VoiceTable* voices = nullptr;
+
+    /// Offsets in the picture of the green bytes that are set. Never more than kMostMarks.
+    std::vector<std::size_t> marks;
+    BRect dirty;
+    BRect prevDirty;
+};
+
+} // namespace vexa

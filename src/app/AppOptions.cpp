@@ -21,10 +21,10 @@ constexpr kits::OptionRow<AppOptions> kRows[] = {
      [](AppOptions& o, std::string_view) { return o.noWindow = true; }},
     {"sound", "FILE", nullptr, "the sound document (sounds/default.xml)",
      [](AppOptions& o, std::string_view text) { return SetText(o.sound.emplace(), text); }},
-    {"voices", "N", "a whole number from 1 to 20", "most voices at once (20)",
-     [](AppOptions& o, std::string_view text) { return SetNumber(o.voices, text, 1, 20); }},
+    {"voices", "N", "a whole number from 1 to 20", "most voices at once (20; with a window 1)",
+     [](AppOptions& o, std::string_view text) { return SetNumber(o.voices.emplace(), text, 1, 20); }},
     {"channel", "N", "a whole number from 1 to 16 or \"all\"", "the MIDI channel to listen to (all)",
-     [](AppOptions& o, std::string_view text) { return kits::SetChannel(o.channel, text); }},
+     [](AppOptions& o, std::string_view text) { return kits::SetChannel(o.channel.emplace(), text); }},
     {"audio", "SYSTEM", "jack, pulse, alsa or none", "play through it (the first that is there)",
      SetAudio},
     {"midi", "PORT", nullptr, "connect this MIDI source, whenever it is there",
@@ -51,8 +51,9 @@ kits::Result<AppOptions> ParseAppOptions(std::span<const std::string> arguments)
 }
 
 std::string AppHelpText() {
-    return "Usage: vexa --no-window [options]\n\n"
-           "Plays a sound from MIDI. Set VEXA_TRACE=1 for trace lines on standard error.\n\n" +
+    return "Usage: vexa [options]\n\n"
+           "Opens the synthesizer's window, or plays without one. Set VEXA_TRACE=1 for trace lines "
+           "on standard error.\n\n" +
            kits::OptionHelp<AppOptions>(kRows);
 }
 

@@ -19,10 +19,10 @@ struct AppOptions {
     bool noWindow = false;
     /// Without a value: sounds/default.xml of the program folder.
     std::optional<std::filesystem::path> sound;
-    /// Most voices at once.
-    int voices = 20;
-    /// The MIDI channel to listen to, 0..15, or -1 for all.
-    int channel = -1;
+    /// Most voices at once. Without a value: 20 without a window, and with one what its menu says.
+    std::optional<int> voices;
+    /// The MIDI channel to listen to, 0..15, or -1 for all. Without a value: all.
+    std::optional<int> channel;
     /// Without a value: the first system that has a device.
     std::optional<kits::AudioSystem> audio;
     /// The MIDI source to connect, by its name in --list.

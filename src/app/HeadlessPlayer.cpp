@@ -66,8 +66,8 @@ int HeadlessPlayer::Run() {
     const kits::Interrupt interrupt;
     if (!LoadSound())
         return 1;
-    graph.Consumer().ReduceToMaxVox(options.voices);
-    graph.Consumer().SetChannel(options.channel);
+    graph.Consumer().ReduceToMaxVox(options.voices.value_or(kMostVoices));
+    graph.Consumer().SetChannel(options.channel.value_or(-1));
     const bool sounds = graph.Start();
     if (BMidiRoster* roster = BMidiRoster::MidiRoster())
         roster->StartWatching(BMessenger(watch));

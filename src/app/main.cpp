@@ -1,6 +1,7 @@
 // vexa: the synthesizer, played live.
 #include "app/AppOptions.h"
 #include "app/HeadlessPlayer.h"
+#include "app/VexaApplication.h"
 #include "kits/storage/ProgramFolder.h"
 
 #include <cstdio>
@@ -32,10 +33,10 @@ int main(int count, char** arguments) {
     case vexa::AppOptions::Action::Play:
         break;
     }
-    if (!options->noWindow)
-        return Fail("there is no window yet: start it with --no-window", 1);
     const auto folder = kits::ProgramFolder("vexa");
     if (!folder)
         return Fail(folder.Fault().text, 1);
-    return vexa::PlayWithoutWindow(*options, *folder);
+    if (options->noWindow)
+        return vexa::PlayWithoutWindow(*options, *folder);
+    return vexa::RunWindow(*options, *folder);
 }

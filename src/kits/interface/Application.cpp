@@ -5,8 +5,10 @@
 #include "kits/interface/Window.h"
 #include "kits/interface/backends/Appearance.h"
 #include "kits/interface/backends/WindowWidget.h"
+#include "kits/storage/ProgramFolder.h"
 
 #include <QApplication>
+#include <QIcon>
 #include <QTimer>
 #include <cstdlib>
 #include <string>
@@ -76,6 +78,8 @@ class Toolkit {
     Toolkit() : application(count, arguments) {
         application.setQuitOnLastWindowClosed(false);
         SetAppearance(application);
+        QApplication::setWindowIcon(
+            QIcon(QString::fromStdString(ProgramFile().replace_extension().string() + "-icon.png")));
     }
     ~Toolkit() {
         MessageQueue::Instance().SetWake(nullptr);

@@ -1,6 +1,7 @@
 #include "kits/midi/MidiSystems.h"
 
 #include "kits/midi/MidiRoster.h"
+#include "kits/midi/backends/LocalMidi.h"
 
 #include <algorithm>
 #include <ctime>
@@ -23,6 +24,8 @@ Result<std::shared_ptr<MidiSystems>> MidiSystems::Open() {
     const auto changed = [raw = systems.get()] { ::sem_post(&raw->changed); };
     systems->Open(OpenJackMidi(changed), reasons);
     systems->Open(OpenAlsaMidi(changed), reasons);
+    if (!LocalSources::Instance().Empty())
+        systems->systems.push_back(OpenLocalMidi());
     if (systems->systems.empty())
         return Error{"no MIDI system: " + reasons};
     systems->Rescan();

@@ -1,0 +1,39 @@
+// The computer's keyboard as a piano.
+#pragma once
+
+#include "kits/interface/InterfaceDefs.h"
+#include "kits/midi/MidiLocalProducer.h"
+#include "kits/support/Message.h"
+
+#include <map>
+#include <optional>
+
+namespace vexa {
+
+/// Two rows of keys: the lowest row of letters is the white keys from C3 on, with the black ones in
+/// the row above it; the row below the digits starts at C4, with the black keys among the digits.
+/// Keys go by their place, so every layout has the same piano. A source in the MIDI roster. Window
+/// thread.
+class ComputerKeyboard {
+  public:
+    static constexpr const char* kName = "Computer keyboard";
+
+    ComputerKeyboard();
+    ~ComputerKeyboard();
+
+    /// Takes a B_KEY_DOWN, B_KEY_UP or B_WINDOW_ACTIVATED message. True if it was about a key of
+    /// the piano.
+    bool Take(const BMessage& message);
+    /// Lets go of all keys that are held.
+    void ReleaseAll();
+
+    /// MIDI note number of a key, by its place as B_KEY_DOWN counts.
+    static std::optional<uchar> NoteOf(int32 key);
+
+  private:
+    BMidiLocalProducer producer{kName};
+    /// Notes that sound, by the key that is held.
+    std::map<int32, uchar> held;
+};
+
+} // namespace vexa

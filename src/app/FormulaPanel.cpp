@@ -1,0 +1,207 @@
+#include "app/FormulaPanel.h"
+
+#include "kits/interface/Control.h"
+#include "kits/interface/View.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace vexa {
+
+namespace {
+
+constexpr rgb_color kTextColor = {80, 80, 80};
+
+constexpr EnvelopeRow kEnvelopeRows[4] = {
+    {10, {128, 0, 0}},
+    {112, {0, 0, 128}},
+    {218, {192, 64, 64}},
+    {320, {64, 64, 192}},
+};
+
+/// Left edges of the plane view's column and of the formulas'.
+constexpr float kPlaneColumn = 10;
+constexpr float kFormulaColumn = 320;
+
+// Room for a field, in pixels.
+constexpr float kCoefficient = 30;
+constexpr float kRatio = 40;
+constexpr float kFrequency = 60;
+
+/// Space between lines of a block.
+constexpr float kLineSpace = 6;
+
+// Baselines, counted from the font's ascent.
+constexpr float kOrbitTop = 422;
+constexpr float kWidthTop = 345;
+constexpr float kLinkTop = 348;
+/// From the link row to the sample's frequency.
+constexpr float kFrequencyBelowLink = 51;
+
+} // namespace
+
+std::span<const EnvelopeRow, 4> EnvelopeRows() {
+    return kEnvelopeRows;
+}
+
+FormulaPanel::FormulaPanel(const BFont& base) : font(base) {
+    font.SetFace(B_ITALIC_FACE);
+    font.SetSize(12);
+    font.GetHeight(&height);
+    lineHeight = height.ascent + height.descent + height.leading;
+    pitch = lineHeight + kLineSpace;
+
+    PutDriftBlock('x', kEnvelopeRows[0]);
+    PutDriftBlock('y', kEnvelopeRows[1]);
+    PutRadiusBlock('x', kEnvelopeRows[2]);
+    PutRadiusBlock('y', kEnvelopeRows[3]);
+    PutOrbitLine('x', "cos", height.ascent + kOrbitTop);
+    PutOrbitLine('y', "sin", height.ascent + kOrbitTop + pitch);
+    PutPlaneControls();
+}
+
+void FormulaPanel::Put(std::string_view text, float x, float baseline, rgb_color color) {
+    texts.push_back({std::string(text), {x, baseline}, color});
+    right = std::max(right, x + Width(text));
+}
+
+void FormulaPanel::Put(std::string_view text, float x, float baseline) {
+    Put(text, x, baseline, kTextColor);
+}
+
+void FormulaPanel::PutGap(std::string_view field, float x, float baseline, float width) {
+    gaps.push_back({std::string(field), {x, baseline}, width});
+    right = std::max(right, x + width);
+}
+
+/// dCx / dt = [Cx0] * Env + [Cx1] * Vel + [Cx2] * Key + [Cx3] * Ctl [Cx4]
+void FormulaPanel::PutDriftBlock(char axis, const EnvelopeRow& row) {
+    const std::string group = std::string("C") + axis;
+    const std::string name = "d" + group;
+    const float first = height.ascent + row.top;
+    const float middle = first + lineHeight / 2;
+    const float end = kFormulaColumn + Width(name);
+    Put(name, kFormulaColumn, first);
+    bars.push_back({{kFormulaColumn, first + 2}, {end, first + 2}});
+    Put("dt", kFormulaColumn, first + lineHeight);
+    Put(" = ", end, middle);
+    const float field = end + Width(" = ");
+    PutGap(group + "0", field, middle, kCoefficient);
+    Put(" * ", field + kCoefficient, middle);
+    Put("Env", field + kCoefficient + Width(" * "), middle, row.color);
+    PutSum(group, row.top, false);
+}
+
+/// Ax = Env * ([Ax0] + [Ax1] * Vel + [Ax2] * Key + [Ax3] * Ctl [Ax4])
+void FormulaPanel::PutRadiusBlock(char axis, const EnvelopeRow& row) {
+    const std::string group = std::string("A") + axis;
+    const std::string name = group + " = ";
+    const float middle = height.ascent + row.top + lineHeight / 2;
+    const float env = kFormulaColumn + Width(name);
+    const float open = env + Width("Env");
+    Put(name, kFormulaColumn, middle);
+    Put("Env", env, middle, row.color);
+    Put(" * (", open, middle);
+    PutGap(group + "0", open + Width(" * ("), middle, kCoefficient);
+    PutSum(group, row.top, true);
+}
+
+/// The lines of a block below its first: + [1] * Vel, + [2] * Key, + [3] * Ctl [4].
+void FormulaPanel::PutSum(std::string_view group, float top, bool closed) {
+    constexpr std::string_view kFactors[] = {"* Vel", "* Key", "* Ctl"};
+    const float field = kFormulaColumn + Width(" + ");
+    const float factor = field + kCoefficient;
+    float baseline = height.ascent + top - 7 + pitch;
+    for (std::size_t i = 0; i < std::size(kFactors); i++) {
+        baseline += pitch;
+        Put("+", kFormulaColumn, baseline);
+        PutGap(std::string(group) + char('1' + i), field, baseline, kCoefficient);
+        Put(kFactors[i], factor, baseline);
+    }
+    PutGap(std::string(group) + "4", factor + Width("* Ctl "), baseline, kCoefficient);
+    if (closed)
+        Put(")", factor + Width(" * Ctl ") + kCoefficient, baseline);
+}
+
+/// x(t) = Cx(t) + Ax(t) * cos(2*pi* [Fx] *f*t)  Cx(0) = [C0x0] + [C0x1] * Vel + ...
+/// Both lines are placed by the widths of the one in x, so that their columns align.
+void FormulaPanel::PutOrbitLine(char axis, std::string_view function, float baseline) {
+    const std::string ratio = std::string("F") + axis;
+    const std::string start = std::string("C0") + axis;
+    const std::string orbit = std::string(1, axis) + "(t) = C" + axis + "(t) + A" + axis +
+                              "(t) * " + std::string(function) + "(2*pi*";
+    const std::string p1 = "x(t) = Cx(t) + Ax(t) * cos(2*pi* ";
+    const std::string p2 = p1 + "*f*t)  ";
+    const std::string p3 = p2 + "Cx(0) =";
+    const std::string p4 = p3 + "  + ";
+    const std::string p5 = p4 + " * Vel + ";
+    const std::string p6 = p5 + " * Key + ";
+    Put(orbit, kFormulaColumn, baseline);
+    PutGap(ratio, kFormulaColumn + Width(p1), baseline, kRatio);
+    Put("*f*t)", Width(p1) + 360, baseline);
+    Put(std::string("C") + axis + "(0) = ", Width(p2) + 380, baseline);
+    PutGap(start + "0", Width(p2) + 380 + Width("Cx(0) = "), baseline, kCoefficient);
+    Put(" +", Width(p3) + 410, baseline);
+    PutGap(start + "1", Width(p3) + 410 + Width(" + "), baseline, kCoefficient);
+    Put(" * Vel +", Width(p4) + 440, baseline);
+    PutGap(start + "2", Width(p4) + 440 + Width(" * Vel + "), baseline, kCoefficient);
+    Put(" * Key +", Width(p5) + 470, baseline);
+    PutGap(start + "3", Width(p5) + 470 + Width(" * Key + "), baseline, kCoefficient);
+    Put(" * Ctl", Width(p6) + 500, baseline);
+    PutGap(start + "4", Width(p6) + 500 + Width(" * Ctl "), baseline, kCoefficient);
+}
+
+/// displaywidth = [Sc], link ([LFx], [LFy]) to ([LSx], [LSy]), frequency: [SFreq] Hz
+void FormulaPanel::PutPlaneControls() {
+    const float width = height.ascent + kWidthTop;
+    link = height.ascent + pitch + kLinkTop;
+    const float frequency = link + kFrequencyBelowLink;
+    Put("displaywidth =", kPlaneColumn, width);
+    // Each text, and the field behind it.
+    constexpr std::string_view kPieces[] = {"link (", ",", ") to (", ",", ")"};
+    constexpr std::string_view kFields[] = {"LFx", "LFy", "LSx", "LSy"};
+    std::string before;
+    for (std::size_t i = 0; i < std::size(kPieces); i++) {
+        const float x = kPlaneColumn + kCoefficient * float(i);
+        Put(kPieces[i], x + Width(before), width + pitch + 3);
+        before += kPieces[i];
+        if (i < std::size(kFields))
+            PutGap(kFields[i], x + Width(before), link, kCoefficient);
+        before += ' ';
+    }
+    const float field = kPlaneColumn + Width("frequency: ");
+    Put("frequency: ", kPlaneColumn, frequency);
+    PutGap("SFreq", field, frequency, kFrequency);
+    Put("Hz", field + kFrequency, frequency);
+}
+
+const FormulaPanel::Gap* FormulaPanel::FindGap(std::string_view field) const {
+    const auto gap = std::find_if(gaps.begin(), gaps.end(),
+                                  [&](const Gap& candidate) { return candidate.field == field; });
+    return gap == gaps.end() ? nullptr : &*gap;
+}
+
+BRect FormulaPanel::FieldFrame(std::string_view field) const {
+    const Gap* gap = FindGap(field);
+    if (!gap)
+        return {};
+    // A pixel free at each side.
+    const float left = std::ceil(gap->baseline.x);
+    const float last = std::floor(gap->baseline.x + gap->width) - 2;
+    const float top = std::round(gap->baseline.y - BTextControl::BaselineOffset());
+    return {left, top, last, top + BTextControl::PreferredHeight()};
+}
+
+void FormulaPanel::Draw(BView& view) const {
+    view.SetFont(&font, B_FONT_ALL);
+    view.SetLowColor(view.ViewColor());
+    for (const Text& piece : texts) {
+        view.SetHighColor(piece.color);
+        view.DrawString(piece.text, piece.baseline);
+    }
+    view.SetHighColor(kTextColor);
+    for (const Bar& bar : bars)
+        view.StrokeLine(bar.from, bar.to);
+}
+
+} // namespace vexa

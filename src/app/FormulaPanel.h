@@ -1,0 +1,93 @@
+// Where the formulas of the main view stand, and the gaps in them for the fields.
+#pragma once
+
+#include "kits/interface/Font.h"
+#include "kits/interface/InterfaceDefs.h"
+#include "kits/support/Geometry.h"
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+class BView;
+
+namespace vexa {
+
+/// Tops of the blocks of dCx/dt, dCy/dt, Ax and Ay, which are those of their envelopes' editors,
+/// and the colours of the envelopes' lines.
+struct EnvelopeRow {
+    float top;
+    rgb_color color;
+};
+std::span<const EnvelopeRow, 4> EnvelopeRows();
+
+/// The fixed text of the main view, placed by the measures of the panel font. Positions are in view
+/// coordinates. A value type; window thread.
+class FormulaPanel {
+  public:
+    /// `base` gives the family; face and size are the panel's own.
+    explicit FormulaPanel(const BFont& base);
+
+    struct Text {
+        std::string text;
+        /// The left end of the baseline.
+        BPoint baseline;
+        rgb_color color;
+    };
+    /// A fraction bar.
+    struct Bar {
+        BPoint from;
+        BPoint to;
+    };
+    /// Room for the text field of that name.
+    struct Gap {
+        std::string field;
+        BPoint baseline;
+        /// In pixels.
+        float width;
+    };
+
+    const BFont& Font() const { return font; }
+    const std::vector<Text>& Texts() const { return texts; }
+    const std::vector<Bar>& Bars() const { return bars; }
+    const std::vector<Gap>& Gaps() const { return gaps; }
+    /// Null if there is none.
+    const Gap* FindGap(std::string_view field) const;
+    /// The frame of a text field whose text stands on the gap's baseline.
+    BRect FieldFrame(std::string_view field) const;
+
+    /// Where the widest line ends, with its last field.
+    float Right() const { return right; }
+    /// Baseline of the row "link (".
+    float LinkBaseline() const { return link; }
+    /// From a baseline to the lowest pixel below it.
+    float Descent() const { return height.descent; }
+
+    /// Paints texts and bars. Inside the view's Draw.
+    void Draw(BView& view) const;
+
+  private:
+    float Width(std::string_view text) const { return font.StringWidth(text); }
+    void Put(std::string_view text, float x, float baseline, rgb_color color);
+    void Put(std::string_view text, float x, float baseline);
+    void PutGap(std::string_view field, float x, float baseline, float width);
+    void PutDriftBlock(char axis, const EnvelopeRow& row);
+    void PutRadiusBlock(char axis, const EnvelopeRow& row);
+    void PutSum(std::string_view group, float top, bool closed);
+    void PutOrbitLine(char axis, std::string_view function, float baseline);
+    void PutPlaneControls();
+
+    BFont font;
+    font_height height;
+    /// Of a line, and from one line of a block to the next.
+    float lineHeight;
+    float pitch;
+    float link = 0;
+    float right = 0;
+    std::vector<Text> texts;
+    std::vector<Bar> bars;
+    std::vector<Gap> gaps;
+};
+
+} // namespace vexa

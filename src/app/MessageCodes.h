@@ -1,0 +1,55 @@
+// The messages of the main view's controls. Those of the coefficients stand in Parameters().
+#pragma once
+
+#include "kits/support/SupportDefs.h"
+
+namespace vexa {
+
+constexpr uint32 kExpressionCode = FourCC("Fxy_");
+constexpr uint32 kSampleFrequencyCode = FourCC("SFRQ");
+constexpr uint32 kScaleCode = FourCC("SCAL");
+constexpr uint32 kLinkFunctionXCode = FourCC("LFx_");
+constexpr uint32 kLinkFunctionYCode = FourCC("LFy_");
+constexpr uint32 kLinkScreenXCode = FourCC("LSx_");
+constexpr uint32 kLinkScreenYCode = FourCC("LSy_");
+
+// Buttons, which show a file panel, and what the panels send.
+
+constexpr uint32 kLoadFunctionCode = FourCC("FUNL");
+constexpr uint32 kSaveFunctionCode = FourCC("FUNS");
+constexpr uint32 kLoadSoundCode = FourCC("SNDL");
+constexpr uint32 kSaveSoundCode = FourCC("SNDS");
+constexpr uint32 kLoadSampleCode = FourCC("SAML");
+constexpr uint32 kFunctionLoadedCode = FourCC("FLMS");
+constexpr uint32 kFunctionSavedCode = FourCC("FSMS");
+constexpr uint32 kSoundLoadedCode = FourCC("SLMS");
+constexpr uint32 kSoundSavedCode = FourCC("SSMS");
+constexpr uint32 kSampleLoadedCode = FourCC("SMPL");
+
+// Menus.
+
+constexpr uint32 kAllChannelsCode = FourCC("MC_A");
+/// No MIDI source, and the first of the sources: its number is added.
+constexpr uint32 kNoSourceCode = FourCC("MidO");
+constexpr uint32 kFirstSourceCode = FourCC("MD00");
+
+/// A code of four characters that ends in a number of one or two digits: `one` has a place for the
+/// last digit of 1..9, `two` for those of 10..20.
+constexpr uint32 NumberedCode(const char (&one)[5], const char (&two)[5], int32 number) {
+    if (number < 10)
+        return FourCC(one) + uint32(number);
+    return FourCC(two) + uint32(number / 10) * 256 + uint32(number % 10);
+}
+/// 'VOX1'..'VOX9', 'VO10'..'VO20'
+constexpr uint32 VoicesCode(int32 most) {
+    return NumberedCode("VOX0", "VO00", most);
+}
+/// 'MC_1'..'MC_9', 'MC10'..'MC16' for the channels 1..16
+constexpr uint32 ChannelCode(int32 channel) {
+    return NumberedCode("MC_0", "MC00", channel);
+}
+
+static_assert(VoicesCode(1) == FourCC("VOX1") && VoicesCode(20) == FourCC("VO20"));
+static_assert(ChannelCode(9) == FourCC("MC_9") && ChannelCode(16) == FourCC("MC16"));
+
+} // namespace vexa

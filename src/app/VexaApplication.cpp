@@ -1,0 +1,57 @@
+#include "app/VexaApplication.h"
+
+#include "app/MessageCodes.h"
+#include "app/VexaView.h"
+#include "app/VexaWindow.h"
+#include "kits/interface/Menu.h"
+
+#include <cstdio>
+
+namespace vexa {
+
+namespace {
+
+constexpr const char* kSignature = "application/x-vnd.orvo-Vexa";
+
+/// Chooses the item of a menu whose message has that code.
+void Choose(BMenu& menu, uint32 code) {
+    if (BMenuItem* item = menu.FindItem(code))
+        item->Choose();
+}
+
+} // namespace
+
+VexaApplication::VexaApplication(const AppOptions& options,
+                                 const std::filesystem::path& programFolder)
+    : BApplication(kSignature),
+      window(new VexaWindow(BRect{64, 100, 999, 610}, programFolder, !options.sound)) {
+    VexaView& view = window->MainView();
+    window->Show();
+    if (options.sound)
+        view.LoadSound(*options.sound);
+    if (options.voices)
+        Choose(view.VoicesMenu(), VoicesCode(*options.voices));
+    if (options.channel)
+        Choose(view.ChannelMenu(),
+               *options.channel < 0 ? kAllChannelsCode : ChannelCode(*options.channel + 1));
+    // Without any gear a newcomer plays on the keys before him.
+    view.ChooseSource(options.midi.value_or(ComputerKeyboard::kName));
+}
+
+void VexaApplication::MessageReceived(BMessage* message) {
+    BApplication::MessageReceived(message);
+}
+
+int RunWindow(const AppOptions& options, const std::filesystem::path& programFolder) {
+    if (const auto display = kits::FindDisplay(); !display) {
+        std::fprintf(stderr,
+                     "vexa: %s; vexa --no-window plays without one, vexa-render renders a MIDI "
+                     "file to a sound file\n",
+                     display.Fault().text.c_str());
+        return 1;
+    }
+    VexaApplication(options, programFolder).Run();
+    return 0;
+}
+
+} // namespace vexa

@@ -1,0 +1,30 @@
+// The program with its window.
+#pragma once
+
+#include "app/AppOptions.h"
+#include "kits/interface/Application.h"
+
+#include <filesystem>
+
+namespace vexa {
+
+class VexaWindow;
+
+/// Opens the main window. Window thread.
+class VexaApplication : public BApplication {
+  public:
+    /// What the options ask for is done once the window is there, with alerts where it fails.
+    VexaApplication(const AppOptions& options, const std::filesystem::path& programFolder);
+
+    void MessageReceived(BMessage* message) override;
+
+  private:
+    /// Deletes itself when it is closed.
+    VexaWindow* window;
+};
+
+/// Runs the window until it is closed; the program's exit code. 1, with a message, where there is
+/// no display.
+int RunWindow(const AppOptions& options, const std::filesystem::path& programFolder);
+
+} // namespace vexa

@@ -1,0 +1,225 @@
+#include "app/VexaView.h"
+
+#include "app/MessageCodes.h"
+#include "functions/SampleFunction.h"
+#include "kits/interface/Alert.h"
+#include "kits/interface/Control.h"
+#include "kits/interface/Menu.h"
+#include "kits/midi/MidiRoster.h"
+#include "kits/support/Published.h"
+#include "views/EnvView.h"
+#include "views/R2RFView.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+namespace vexa {
+
+namespace {
+
+constexpr rgb_color kViewColor = {204, 204, 204};
+constexpr rgb_color kEditorColor = {180, 180, 180};
+constexpr uint32 kLeftTop = B_FOLLOW_LEFT | B_FOLLOW_TOP;
+
+constexpr float kPlaneUnitsPerPixel = 0.05F;
+/// Of the envelope editors.
+constexpr float kEditorLeft = 440;
+constexpr float kEditorHeight = 92;
+/// Between the view's edges and what it holds.
+constexpr float kMargin = 10;
+
+struct FieldRow {
+    const char* name;
+    uint32 code;
+    /// Where its text comes from in a fresh window.
+    std::string Function::*text;
+};
+
+} // namespace
+
+void VexaView::ErrorAlert(const char* text) {
+    (new BAlert("Error", text, "Ok", nullptr, nullptr, B_WIDTH_AS_USUAL, B_STOP_ALERT))->Go();
+}
+
+VexaView::VexaView(BRect frame, const char* name, const std::filesystem::path& programFolder)
+    : BView(frame, name, B_FOLLOW_ALL_SIDES, B_WILL_DRAW | B_PULSE_NEEDED),
+      programFolder(programFolder),
+      appPath((programFolder / "vexa").c_str()),
+      soundAuthor(kDefaultAuthor),
+      functionAuthor(kDefaultAuthor),
+      formulas(*be_plain_font()) {
+    SetViewColor(kViewColor);
+    AddPlaneControls();
+    AddFileButtons();
+    AddMenus();
+    AddEnvelopes();
+    StartGraph();
+}
+
+VexaView::~VexaView() {
+    keyboard.ReleaseAll();
+}
+
+BTextControl* VexaView::AddField(const char* name, const char* text, uint32 code, BRect frame) {
+    auto* field = new BTextControl(frame, name, nullptr, text, new BMessage(code), kLeftTop);
+    fields.push_back(field);
+    AddChild(field);
+    return field;
+}
+
+void VexaView::AddPlaneControls() {
+    const Function initial;
+    plane = new R2RFView({10, 10, 310, 310}, "R2RFView", {0, 0}, {0.5F, 0.5F}, kPlaneUnitsPerPixel,
+                         B_FOLLOW_NONE);
+    AddChild(plane);
+    functions.AddReceiver([this](const PlaneFunction& f) { plane->SetFunction(f); });
+
+    AddField("Fxy", initial.expression.c_str(), kExpressionCode, {6, 317, 310, 327});
+    const float width = kMargin + formulas.Font().StringWidth("displaywidth =");
+    AddField("Sc", initial.width.c_str(), kScaleCode, {std::ceil(width), 345, 230, 355});
+    const struct {
+        const char* name;
+        uint32 code;
+        const std::string& text;
+    } links[] = {{"LFx", kLinkFunctionXCode, initial.linkFunction.x},
+                 {"LFy", kLinkFunctionYCode, initial.linkFunction.y},
+                 {"LSx", kLinkScreenXCode, initial.linkScreen.x},
+                 {"LSy", kLinkScreenYCode, initial.linkScreen.y}};
+    for (const auto& link : links)
+        AddField(link.name, link.text.c_str(), link.code, formulas.FieldFrame(link.name));
+}
+
+void VexaView::AddFileButtons() {
+    const struct {
+        const char* label;
+        uint32 code;
+    } buttons[] = {{"Save f(x,y)", kSaveFunctionCode},
+                   {"Load f(x,y)", kLoadFunctionCode},
+                   {"Save Sound", kSaveSoundCode},
+                   {"Load Sound", kLoadSoundCode}};
+    BRect frame = {240, 345, 310, 370};
+    // All in the size that the widest needs.
+    float size = be_plain_font()->Size();
+    for (const auto& row : buttons)
+        size = std::min(size, kits::FittingFontSize(row.label, frame.Width() - 6));
+    for (const auto& row : buttons) {
+        auto* button = new BButton(frame, row.label, row.label, new BMessage(row.code), kLeftTop);
+        button->SetFontSize(size);
+        AddChild(button);
+        frame = frame.OffsetByCopy(0, 30);
+    }
+    const float top = std::ceil(formulas.LinkBaseline() + formulas.Descent()) + 4;
+    auto* sample = new BButton({kMargin, top, kMargin + 90, top + 25}, "Load Sample", "Load Sample",
+                               new BMessage(kLoadSampleCode), kLeftTop);
+    sample->SetFontSize(size);
+    AddChild(sample);
+    AddField("SFreq", Function().frequency.c_str(), kSampleFrequencyCode,
+             formulas.FieldFrame("SFreq"))
+        ->SetEnabled(false);
+}
+
+void VexaView::AddMenus() {
+    auto* voicesPopUp = new BPopUpMenu("voices");
+    voicesMenu = voicesPopUp;
+    for (int32 n = 1; n <= kMostVoices; n++) {
+        const std::string label = "max. " + std::to_string(n) + (n == 1 ? " voice" : " voices");
+        voicesMenu->AddItem(new BMenuItem(label.c_str(), new BMessage(VoicesCode(n))));
+    }
+    channelMenu = new BPopUpMenu("midi channel");
+    channelMenu->AddItem(new BMenuItem("all channels", new BMessage(kAllChannelsCode)));
+    channelMenu->AddItem(new BSeparatorItem);
+    for (int32 n = 1; n <= 16; n++) {
+        const std::string label = "channel " + std::to_string(n);
+        channelMenu->AddItem(new BMenuItem(label.c_str(), new BMessage(ChannelCode(n))));
+    }
+    channelMenu->SetTargetForItems(this);
+    deviceMenu = new BPopUpMenu("midi source");
+
+    const BRect frequency = formulas.FieldFrame("SFreq");
+    const float top = frequency.bottom + 5;
+    const struct {
+        const char* name;
+        BMenu* menu;
+        BRect frame;
+    } bars[] = {
+        // In the free place beside the sample's button, above the channel.
+        {"Midi Source", deviceMenu, {108, frequency.top - 31, 230, frequency.top}},
+        {"Midi Device", voicesMenu, {10, top, 110, top}},
+        {"Midi Channel", channelMenu, {120, top, 220, top}},
+    };
+    for (const auto& row : bars) {
+        auto* bar = new BMenuBar(row.frame, row.name, kLeftTop, B_ITEMS_IN_ROW, false);
+        bar->SetViewColor(kViewColor);
+        AddChild(bar);
+        bar->AddItem(row.menu);
+    }
+
+    if (BMidiRoster* roster = BMidiRoster::MidiRoster())
+        roster->StartWatching(BMessenger(this));
+    SetupMidiMenu();
+}
+
+void VexaView::AddEnvelopes() {
+    for (std::size_t i = 0; i < envelopes.size(); i++) {
+        const EnvelopePlace& place = EnvelopePlaces()[i];
+        const EnvelopeRow& row = EnvelopeRows()[i];
+        const BRect frame = {kEditorLeft, row.top, Bounds().right - kMargin,
+                             row.top + kEditorHeight};
+        envelopes[i] =
+            new EnvView(frame, "EnvView", place.minimum, place.maximum, kEnvelopeTimeRange,
+                        B_FOLLOW_LEFT_RIGHT, kEditorColor, row.color);
+        soundParam.*place.target = envelopes[i];
+        AddCoefficients(place.group);
+        AddChild(envelopes[i]);
+    }
+    AddCoefficients("fx");
+    AddCoefficients("cx0");
+    AddCoefficients("fy");
+    AddCoefficients("cy0");
+}
+
+void VexaView::AddCoefficients(std::string_view group) {
+    for (const Parameter& row : ParametersOf(group)) {
+        const std::string name(row.field);
+        AddField(name.c_str(), std::string(row.initialText).c_str(), row.code,
+                 formulas.FieldFrame(name));
+    }
+}
+
+void VexaView::StartGraph() {
+    graph = std::make_unique<AudioGraph>(ctlvalue, soundParam, voices, ErrorAlert);
+    functions.AddReceiver([this](const PlaneFunction& f) { graph->SetFunction(f); });
+    deviceWasThere = graph->Start();
+    if (deviceWasThere)
+        plane->SetSoundParam(&ctlvalue, &soundParam, &voices);
+    else
+        std::fprintf(stderr, "vexa: there is no sound: %s\n",
+                     kits::SystemMixer::LastFault().c_str());
+    ConnectChosenSource();
+}
+
+float VexaView::PreferredWidth() const {
+    return std::ceil(formulas.Right()) + kMargin;
+}
+
+BTextControl* VexaView::Field(std::string_view name) const {
+    const auto field = std::find_if(fields.begin(), fields.end(), [&](const BTextControl* f) {
+        return std::string_view(f->Name()) == name;
+    });
+    return field == fields.end() ? nullptr : *field;
+}
+
+void VexaView::Draw(BRect) {
+    formulas.Draw(*this);
+}
+
+void VexaView::Pulse() {
+    kits::CollectRetired();
+    if (deviceWasThere && graph->DeviceHasGone()) {
+        deviceWasThere = false;
+        ErrorAlert("The audio device has disappeared; there is no sound any more.");
+    }
+}
+
+} // namespace vexa

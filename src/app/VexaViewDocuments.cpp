@@ -1,0 +1,132 @@
+// Function and sound documents into the main view, and out of it.
+#include "app/MessageCodes.h"
+#include "app/VexaView.h"
+#include "documents/FunctionDocument.h"
+#include "documents/FunctionSource.h"
+#include "documents/SoundDocument.h"
+#include "kits/interface/Control.h"
+#include "views/EnvView.h"
+#include "views/R2RFView.h"
+
+#include <cstdio>
+
+namespace vexa {
+
+namespace {
+
+void Print(const ReadReport& report) {
+    for (const std::string& warning : report.warnings)
+        std::fprintf(stderr, "vexa: warning: %s\n", warning.c_str());
+    if (!report.reason.empty())
+        std::fprintf(stderr, "vexa: %s\n", report.reason.c_str());
+}
+
+} // namespace
+
+std::string VexaView::TextOf(std::string_view field) const {
+    return Field(field)->Text();
+}
+
+/// As if the user had put the text into the field and confirmed it: it takes effect when the
+/// message is handled.
+void VexaView::SetAndInvoke(std::string_view field, const std::string& text) {
+    BTextControl* control = Field(field);
+    control->SetText(text.c_str());
+    control->Invoke();
+}
+
+Function VexaView::ConstructFunction() const {
+    Function function;
+    function.kind = sampleMode ? FunctionKind::Sample : FunctionKind::Expression;
+    function.author = functionAuthor;
+    function.expression = TextOf("Fxy");
+    function.sampleFile = sampleFile;
+    function.frequency = TextOf("SFreq");
+    function.width = TextOf("Sc");
+    function.linkFunction = {TextOf("LFx"), TextOf("LFy")};
+    function.linkScreen = {TextOf("LSx"), TextOf("LSy")};
+    return function;
+}
+
+Sound VexaView::ConstructSound() const {
+    Sound sound;
+    sound.author = soundAuthor;
+    sound.function = ConstructFunction();
+    for (std::size_t i = 0; i < Parameters().size(); i++)
+        sound.texts[i] = TextOf(Parameters()[i].field);
+    for (std::size_t i = 0; i < envelopes.size(); i++)
+        sound.envelopes[i] = envelopes[i]->Points();
+    return sound;
+}
+
+void VexaView::InterpretFunction(const Function& function) {
+    if (function.kind == FunctionKind::Expression) {
+        Field("Fxy")->SetText(function.expression.c_str());
+        Compile(function.expression.c_str());
+        Field("SFreq")->SetEnabled(false);
+        sampleMode = false;
+    } else {
+        SetAndInvoke("SFreq", function.frequency);
+        LoadSample(SamplePath(function, programFolder).c_str());
+    }
+    functionAuthor = function.author;
+    SetAndInvoke("Sc", function.width);
+    SetAndInvoke("LFx", function.linkFunction.x);
+    SetAndInvoke("LFy", function.linkFunction.y);
+    SetAndInvoke("LSx", function.linkScreen.x);
+    SetAndInvoke("LSy", function.linkScreen.y);
+}
+
+void VexaView::InterpretSound(const Sound& sound) {
+    InterpretFunction(sound.function);
+    for (std::size_t i = 0; i < Parameters().size(); i++)
+        SetAndInvoke(Parameters()[i].field, sound.texts[i]);
+    for (std::size_t i = 0; i < envelopes.size(); i++)
+        envelopes[i]->SetPoints(sound.envelopes[i]);
+    soundAuthor = sound.author;
+}
+
+bool VexaView::LoadFunction(const std::filesystem::path& path) {
+    ReadReport report;
+    const auto function = ReadFunction(path, ConstructFunction(), report);
+    Print(report);
+    if (function)
+        InterpretFunction(*function);
+    else
+        ErrorAlert(function.Fault().text.c_str());
+    return bool(function);
+}
+
+bool VexaView::LoadSound(const std::filesystem::path& path) {
+    ReadReport report;
+    const auto sound = ReadSound(path, ConstructSound(), report);
+    Print(report);
+    if (sound)
+        InterpretSound(*sound);
+    else
+        ErrorAlert(sound.Fault().text.c_str());
+    return bool(sound);
+}
+
+void VexaView::LoadDefaultSound() {
+    ReadReport report;
+    const auto sound =
+        ReadSound(programFolder / "sounds" / "default.xml", ConstructSound(), report);
+    Print(report);
+    if (sound)
+        InterpretSound(*sound);
+}
+
+void VexaView::SaveFunction(const std::string& name) {
+    const auto saved = WriteFunction(programFolder / "functions" / name, ConstructFunction());
+    if (!saved)
+        ErrorAlert(saved.Fault().text.c_str());
+}
+
+void VexaView::SaveSound(const std::string& name) {
+    const auto saved = WriteSound(programFolder / "sounds" / name, ConstructSound());
+    if (!saved)
+        ErrorAlert(saved.Fault().text.c_str());
+}
+
+} // namespace vexa

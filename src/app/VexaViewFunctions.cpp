@@ -1,0 +1,59 @@
+// Where the main view's plane function comes from: an expression or a sample.
+#include "app/MessageCodes.h"
+#include "app/VexaView.h"
+#include "functions/SampleFunction.h"
+#include "kits/interface/Control.h"
+#include "views/R2RFView.h"
+
+#include <cstdio>
+
+namespace vexa {
+
+void VexaView::Compile(const char* expression) {
+    BTextControl* field = Field("Fxy");
+    const bool focused = field->IsFocus();
+    field->SetEnabled(false);
+    CompileOutcome outcome = FunctionCompiler(programFolder).Compile(expression);
+    if (outcome) {
+        field->SetText(outcome.addon->Expression()->c_str());
+        field->SetToolTip(nullptr);
+        functions.Install(*std::move(outcome.addon));
+    }
+    field->MarkWrong(!outcome);
+    if (!outcome)
+        ShowFailure(outcome);
+    field->SetEnabled(true);
+    if (focused)
+        field->MakeFocus();
+}
+
+/// What went wrong, in alerts; why and where, on standard error and in the field's tool tip.
+void VexaView::ShowFailure(const CompileReport& report) {
+    if (!report.details.empty())
+        std::fprintf(stderr, "vexa: %s\n", report.details.c_str());
+    Field("Fxy")->SetToolTip(report.details.c_str());
+    for (const std::string& alert : report.alerts)
+        ErrorAlert(alert.c_str());
+}
+
+void VexaView::LoadSample(const char* path) {
+    const kits::Result<LoadedSample> sample = vexa::LoadSample(path);
+    if (!sample) {
+        std::fprintf(stderr, "vexa: %s\n", sample.Fault().text.c_str());
+        ErrorAlert(kSampleAlert);
+        return;
+    }
+    sampleFormat = sample->format;
+    sampleFile = SampleFileName(sample->path, programFolder);
+    functions.Install(SampleFunction());
+    sampleMode = true;
+    BTextControl* expression = Field("Fxy");
+    expression->SetText("");
+    expression->SetToolTip(nullptr);
+    expression->MarkWrong(false);
+    BTextControl* frequency = Field("SFreq");
+    frequency->SetEnabled(true);
+    frequency->Invoke();
+}
+
+} // namespace vexa

@@ -1,0 +1,119 @@
+// What each message of the main view does.
+#include "app/MessageCodes.h"
+#include "app/VexaView.h"
+#include "documents/ApplySound.h"
+#include "functions/SampleFunction.h"
+#include "kits/interface/Control.h"
+#include "kits/midi/MidiRoster.h"
+#include "kits/support/NumberText.h"
+#include "views/R2RFView.h"
+
+#include <cmath>
+#include <limits>
+#include <optional>
+
+namespace vexa {
+
+namespace {
+
+/// Pixels of the plane view that the display width is the width of.
+constexpr float kPlaneWidth = 300.0F;
+
+/// What the text of a float field means; nothing if it is no number at all (a NaN).
+std::optional<float> NumberIn(const std::string& text) {
+    const auto number = static_cast<float>(kits::NumberOf(text));
+    if (std::isnan(number))
+        return std::nullopt;
+    return number;
+}
+
+} // namespace
+
+void VexaView::MessageReceived(BMessage* message) {
+    const uint32 code = message->what;
+    if (TakeParameter(code) || TakePlaneControl(code) || TakeMenuChoice(code) ||
+        TakePanelCommand(*message) || TakeSource(code))
+        return;
+    switch (code) {
+    case kExpressionCode:
+        Compile(TextOf("Fxy").c_str());
+        Field("SFreq")->SetEnabled(false);
+        sampleMode = false;
+        functionAuthor = kDefaultAuthor;
+        break;
+    case kSampleFrequencyCode:
+        TakeSampleFrequency();
+        functionAuthor = kDefaultAuthor;
+        break;
+    case B_MIDI_EVENT:
+        SetupMidiMenu();
+        break;
+    default:
+        BView::MessageReceived(message);
+    }
+}
+
+bool VexaView::TakeParameter(uint32 code) {
+    for (const Parameter& row : Parameters()) {
+        if (row.code != code)
+            continue;
+        if (ApplyText(row, TextOf(row.field), soundParam) == TextFault::ControllerNumber)
+            ErrorAlert(kInvalidController);
+        soundAuthor = kDefaultAuthor;
+        return true;
+    }
+    return false;
+}
+
+bool VexaView::TakePlaneControl(uint32 code) {
+    static constexpr struct {
+        uint32 code;
+        const char* field;
+        void (R2RFView::*set)(float);
+    } kControls[] = {
+        {kLinkFunctionXCode, "LFx", &R2RFView::SetLinkFunctionX},
+        {kLinkFunctionYCode, "LFy", &R2RFView::SetLinkFunctionY},
+        {kLinkScreenXCode, "LSx", &R2RFView::SetLinkScreenX},
+        {kLinkScreenYCode, "LSy", &R2RFView::SetLinkScreenY},
+    };
+    for (const auto& control : kControls) {
+        if (control.code != code)
+            continue;
+        if (const auto number = NumberIn(TextOf(control.field)))
+            (plane->*control.set)(*number);
+        return true;
+    }
+    if (code != kScaleCode)
+        return false;
+    if (const auto width = NumberIn(TextOf("Sc")); width && *width > 0)
+        plane->SetScale(*width / kPlaneWidth);
+    return true;
+}
+
+bool VexaView::TakeMenuChoice(uint32 code) {
+    for (int32 n = 1; n <= kMostVoices; n++) {
+        if (code == VoicesCode(n)) {
+            graph->Consumer().ReduceToMaxVox(n);
+            return true;
+        }
+    }
+    for (int32 n = 1; n <= 16; n++) {
+        if (code == ChannelCode(n)) {
+            graph->Consumer().SetChannel(n - 1);
+            return true;
+        }
+    }
+    if (code != kAllChannelsCode)
+        return false;
+    graph->Consumer().SetChannel(-1);
+    return true;
+}
+
+void VexaView::TakeSampleFrequency() {
+    // A text that is no frequency leaves the spiral as it is; the picture is shown all the same.
+    SetSampleFrequency(sampleFormat.u.raw_audio.frame_rate, kits::NumberOf(TextOf("SFreq")));
+    plane->SetupBitmap();
+    plane->Invalidate();
+}
+
+} // namespace vexa

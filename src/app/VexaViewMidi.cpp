@@ -1,0 +1,78 @@
+// The menu of MIDI sources, and the one that is connected.
+#include "app/MessageCodes.h"
+#include "app/VexaView.h"
+#include "kits/interface/Menu.h"
+#include "kits/midi/MidiRoster.h"
+
+#include <cstdio>
+
+namespace vexa {
+
+void VexaView::SetupMidiMenu() {
+    deviceMenu->RemoveAll();
+    deviceMenu->AddItem(new BMenuItem("none", new BMessage(kNoSourceCode)));
+    BMidiRoster* roster = BMidiRoster::MidiRoster();
+    if (!roster) {
+        ErrorAlert("Where is the MIDI roster?!?");
+        return;
+    }
+    int32 id = 0;
+    while (BMidiProducer* source = roster->NextProducer(&id)) {
+        auto* message = new BMessage(kFirstSourceCode + static_cast<uint32>(id));
+        deviceMenu->AddItem(new BMenuItem(source->Name().c_str(), message));
+        source->Release();
+    }
+    deviceMenu->SetTargetForItems(this);
+    ConnectChosenSource();
+}
+
+void VexaView::ChooseSource(const std::string& name) {
+    chosenSource = name;
+    ConnectChosenSource();
+}
+
+bool VexaView::TakeSource(uint32 code) {
+    if (code == kNoSourceCode) {
+        ChooseSource("");
+        return true;
+    }
+    // Numbers are small; what lies far above is another message.
+    constexpr uint32 kMostSources = 1U << 16;
+    if (code <= kFirstSourceCode || code - kFirstSourceCode > kMostSources)
+        return false;
+    const BMenuItem* item = deviceMenu->FindItem(code);
+    if (item)
+        ChooseSource(item->Label());
+    return item != nullptr;
+}
+
+/// Connects the chosen source if it is there, disconnects another one, and marks what is so.
+void VexaView::ConnectChosenSource() {
+    BMidiRoster* roster = BMidiRoster::MidiRoster();
+    if (!roster || !graph)
+        return;
+    BMidiProducer* chosen = chosenSource.empty() ? nullptr : roster->FindProducer(chosenSource);
+    const int32 wanted = chosen ? chosen->ID() : 0;
+    if (wanted != connectedSource) {
+        keyboard.ReleaseAll();
+        if (BMidiProducer* before =
+                connectedSource ? roster->FindProducer(connectedSource) : nullptr) {
+            before->Disconnect(&graph->Consumer());
+            before->Release();
+        }
+        connectedSource = wanted;
+        if (chosen && chosen->Connect(&graph->Consumer()) != B_OK) {
+            connectedSource = 0;
+            ErrorAlert(("Could not connect the MIDI source\n" + chosenSource).c_str());
+            chosenSource.clear();
+        }
+    }
+    if (chosen)
+        chosen->Release();
+    const uint32 code =
+        connectedSource ? kFirstSourceCode + static_cast<uint32>(connectedSource) : kNoSourceCode;
+    if (BMenuItem* item = deviceMenu->FindItem(code))
+        item->SetMarked(true);
+}
+
+} // namespace vexa

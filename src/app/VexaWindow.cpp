@@ -1,0 +1,86 @@
+#include "app/VexaWindow.h"
+
+#include "app/MessageCodes.h"
+#include "app/VexaView.h"
+#include "kits/interface/Application.h"
+#include "kits/translation/TranslationUtils.h"
+#include "synth/ParameterTable.h"
+#include "views/BitmapBarView.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace vexa {
+
+namespace {
+
+/// Ten pulses a second move the orbits.
+constexpr bigtime_t kPulseRate = 100000;
+constexpr float kWidest = 10000;
+
+/// Whether the code is one of a control of the main view.
+bool IsCommand(uint32 code) {
+    static constexpr uint32 kCommands[] = {
+        kExpressionCode,    kLoadFunctionCode,  kSaveFunctionCode,    kLoadSoundCode,
+        kSaveSoundCode,     kLoadSampleCode,    kSampleFrequencyCode, kScaleCode,
+        kLinkFunctionXCode, kLinkFunctionYCode, kLinkScreenXCode,     kLinkScreenYCode,
+        kAllChannelsCode,
+    };
+    const auto between = [code](uint32 first, uint32 last) {
+        return first <= code && code <= last;
+    };
+    return std::find(std::begin(kCommands), std::end(kCommands), code) != std::end(kCommands) ||
+           between(ChannelCode(1), ChannelCode(9)) || between(ChannelCode(10), ChannelCode(16)) ||
+           between(VoicesCode(1), VoicesCode(9)) || between(VoicesCode(10), VoicesCode(20)) ||
+           std::any_of(Parameters().begin(), Parameters().end(),
+                       [code](const Parameter& row) { return row.code == code; });
+}
+
+} // namespace
+
+VexaWindow::VexaWindow(BRect frame, const std::filesystem::path& programFolder,
+                       bool withDefaultSound)
+    : BWindow(frame, "Vexa", B_TITLED_WINDOW, B_NOT_ZOOMABLE | B_NOT_V_RESIZABLE,
+              B_CURRENT_WORKSPACE) {
+    SetPulseRate(kPulseRate);
+    BBitmap* left = BTranslationUtils::GetBitmap("orvo.png");
+    BBitmap* middle = BTranslationUtils::GetBitmap("orvobar.png");
+    BBitmap* right = BTranslationUtils::GetBitmap("vexa.png");
+    BRect bar = Bounds();
+    bar.top = -2;
+    bar.bottom = 45;
+    logoBar = new BitmapBarView(left, middle, right, bar, "orvo logo", B_FOLLOW_LEFT_RIGHT,
+                                B_WILL_DRAW | B_FRAME_EVENTS);
+    AddChild(logoBar);
+    BRect rest = Bounds();
+    rest.top = 41;
+    mainView = new VexaView(rest, "VexaView", programFolder);
+    AddChild(mainView);
+    const float needed = mainView->PreferredWidth();
+    SetSizeLimits(needed, kWidest, frame.Height(), frame.Height());
+    ResizeTo(std::max(frame.Width(), needed), frame.Height());
+    if (withDefaultSound)
+        mainView->LoadDefaultSound();
+}
+
+void VexaWindow::MessageReceived(BMessage* message) {
+    switch (message->what) {
+    case B_KEY_DOWN:
+    case B_KEY_UP:
+    case B_WINDOW_ACTIVATED:
+        mainView->Keyboard().Take(*message);
+        break;
+    default:
+        if (IsCommand(message->what))
+            mainView->MessageReceived(message);
+        else
+            BWindow::MessageReceived(message);
+    }
+}
+
+bool VexaWindow::QuitRequested() {
+    be_app->PostMessage(B_QUIT_REQUESTED);
+    return true;
+}
+
+} // namespace vexa

@@ -1,0 +1,27 @@
+// A source of MIDI in this program, such as the computer's keyboard.
+#pragma once
+
+#include "kits/midi/MidiLocalConsumer.h"
+
+#include <initializer_list>
+
+/// While registered it stands in the roster among the sources of other programs, and can be
+/// connected to the consumers of this one. Window thread.
+class BMidiLocalProducer : public BMidiEndpoint {
+  public:
+    explicit BMidiLocalProducer(std::string name);
+    /// Unregisters.
+    ~BMidiLocalProducer() override;
+
+    /// To be called before the roster is asked for the first time.
+    status_t Register();
+    status_t Unregister();
+
+    /// Sends to all that are connected. Channels are 0..15, data bytes 0..127; the event takes
+    /// effect at once.
+    void SprayNoteOn(uchar channel, uchar note, uchar velocity) const;
+    void SprayNoteOff(uchar channel, uchar note, uchar velocity) const;
+
+  private:
+    void Spray(std::initializer_list<uint8> bytes) const;
+};

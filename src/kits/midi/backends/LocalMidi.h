@@ -1,0 +1,40 @@
+// The sources inside this program, as one more MIDI system.
+#pragma once
+
+#include "kits/midi/backends/MidiBackend.h"
+
+#include <mutex>
+#include <set>
+#include <span>
+#include <string>
+
+namespace kits {
+
+/// All sources of this program by name, and the inlet that the connected ones write to. Any thread.
+class LocalSources {
+  public:
+    static LocalSources& Instance();
+
+    void Add(const std::string& name);
+    void Remove(const std::string& name);
+    bool Empty();
+    std::vector<std::string> Names();
+
+    /// Null: there is no consumer any more.
+    void SetInlet(MidiThread::Inlet* next);
+    /// False for an unknown source.
+    bool SetConnected(const std::string& name, bool connected);
+    /// Nothing happens unless the source is connected.
+    void Put(const std::string& name, std::span<const uint8> bytes);
+
+  private:
+    std::mutex mutex;
+    std::set<std::string> names;
+    std::set<std::string> connected;
+    MidiThread::Inlet* inlet = nullptr;
+};
+
+/// LocalSources as a system beside JACK and ALSA.
+std::unique_ptr<MidiBackend> OpenLocalMidi();
+
+} // namespace kits

@@ -12,6 +12,7 @@
 #include <QTimer>
 #include <cstdlib>
 #include <string>
+#include <vector>
 
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -83,10 +84,14 @@ class Toolkit {
     }
     ~Toolkit() {
         MessageQueue::Instance().SetWake(nullptr);
+        // Collected first, as menus are top-level widgets too and go with their windows.
+        std::vector<BWindow*> windows;
         for (QWidget* widget : QApplication::topLevelWidgets()) {
             if (auto* window = dynamic_cast<WindowWidget*>(widget))
-                delete &window->Window();
+                windows.push_back(&window->Window());
         }
+        for (BWindow* window : windows)
+            delete window;
     }
 
     void Run() {

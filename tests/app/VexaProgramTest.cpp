@@ -15,6 +15,9 @@ CommandResult Vexa(std::vector<std::string> arguments) {
     // No server is found under this name.
     ::setenv("JACK_DEFAULT_SERVER", "vexa-test-none", 1);
     ::setenv("JACK_NO_START_SERVER", "1", 1);
+    ::unsetenv("DISPLAY");
+    ::unsetenv("WAYLAND_DISPLAY");
+    ::unsetenv("QT_QPA_PLATFORM");
     return test::RunCommand(std::move(arguments));
 }
 
@@ -36,10 +39,12 @@ TEST(VexaProgram, SaysWhatIsWrongWithItsCommandLine) {
     EXPECT_EQ(Vexa({"--version"}).exitCode, 0);
 }
 
-TEST(VexaProgram, WithoutAWindowItNamesTheWayToPlay) {
+TEST(VexaProgram, WithoutADisplayItNamesTheWaysToPlay) {
     const CommandResult result = Vexa({});
     EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.text, HasSubstr("there is no display"));
     EXPECT_THAT(result.text, HasSubstr("--no-window"));
+    EXPECT_THAT(result.text, HasSubstr("vexa-render"));
 }
 
 TEST(VexaProgram, ASoundThatWasAskedForMustBeThere) {

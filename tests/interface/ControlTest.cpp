@@ -1,0 +1,117 @@
+#include "kits/interface/Control.h"
+
+#include "kits/interface/Menu.h"
+#include "support/WindowStage.h"
+
+#include <QKeyEvent>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using testing::ElementsAre;
+
+class Listener : public BHandler {
+  public:
+    void MessageReceived(BMessage* message) override { codes.push_back(message->what); }
+    std::vector<uint32> codes;
+};
+
+/// Two text fields and a button, whose messages are 1, 2 and 3.
+class ControlTest : public testing::Test {
+  protected:
+    ControlTest() {
+        for (BControl* control : {static_cast<BControl*>(first), static_cast<BControl*>(second),
+                                  static_cast<BControl*>(button)}) {
+            panel->AddChild(control);
+            control->SetTarget(&listener);
+        }
+        first->MakeFocus();
+        test::Settle();
+    }
+
+    Listener listener;
+    BView* panel = new BView({0, 0, 199, 99}, "panel", B_FOLLOW_NONE, B_WILL_DRAW);
+    test::Stage stage{panel};
+    BTextControl* first = new BTextControl({0, 0, 49, 9}, "first", nullptr, "one", new BMessage(1));
+    BTextControl* second =
+        new BTextControl({60, 0, 99, 9}, "second", nullptr, "two", new BMessage(2));
+    BButton* button = new BButton({0, 50, 49, 74}, "button", "Button", new BMessage(3));
+};
+
+TEST_F(ControlTest, EnterConfirmsEveryTimeLeavingOnlyAChange) {
+    test::TypeKey(stage.Window(), Qt::Key_Return);
+    test::TypeKey(stage.Window(), Qt::Key_Return);
+    EXPECT_THAT(listener.codes, ElementsAre(1, 1));
+    test::Type(stage.Window(), "x");
+    EXPECT_STREQ(first->Text(), "xone");
+    EXPECT_THAT(listener.codes, ElementsAre(1, 1));
+    test::TypeKey(stage.Window(), Qt::Key_Tab);
+    EXPECT_TRUE(second->IsFocus());
+    EXPECT_THAT(listener.codes, ElementsAre(1, 1, 1));
+    test::TypeKey(stage.Window(), Qt::Key_Tab);
+    EXPECT_TRUE(button->IsFocus());
+    EXPECT_THAT(listener.codes, ElementsAre(1, 1, 1));
+    test::TypeKey(stage.Window(), Qt::Key_Space);
+    test::TypeKey(stage.Window(), Qt::Key_Return);
+    EXPECT_THAT(listener.codes, ElementsAre(1, 1, 1, 3, 3));
+}
+
+TEST_F(ControlTest, EscapeTakesBackWhatWasNotConfirmed) {
+    test::Type(stage.Window(), "x");
+    test::TypeKey(stage.Window(), Qt::Key_Escape);
+    EXPECT_STREQ(first->Text(), "one");
+    EXPECT_FALSE(first->IsFocus());
+    EXPECT_THAT(listener.codes, ElementsAre());
+}
+
+TEST_F(ControlTest, AProgramThatSetsATextSendsNothing) {
+    first->SetText("three");
+    second->MakeFocus();
+    test::Settle();
+    EXPECT_THAT(listener.codes, ElementsAre());
+}
+
+TEST_F(ControlTest, WhatIsDisabledCannotBeUsed) {
+    first->SetEnabled(false);
+    button->SetEnabled(false);
+    button->Press();
+    test::Settle();
+    EXPECT_FALSE(first->IsEnabled());
+    EXPECT_FALSE(first->IsFocus());
+    EXPECT_THAT(listener.codes, ElementsAre());
+}
+
+TEST_F(ControlTest, TheWindowIsTheTargetOfWhatHasNone) {
+    auto* orphan = new BButton({0, 75, 49, 95}, "orphan", "Orphan", new BMessage(4));
+    panel->AddChild(orphan);
+    EXPECT_TRUE(orphan->Target().IsValid());
+}
+
+// A press beside the fields gives the keyboard to the window, where its keys are music.
+TEST_F(ControlTest, APressBesideAFieldLeavesIt) {
+    test::Press(*panel, {150, 90});
+    EXPECT_FALSE(first->IsFocus());
+}
+
+TEST(Menu, InRadioModeOneItemIsMarkedAndGivesTheTitle) {
+    Listener listener;
+    BPopUpMenu menu("nothing chosen");
+    for (uint32 code : {10U, 11U, 12U})
+        menu.AddItem(new BMenuItem(std::to_string(code).c_str(), new BMessage(code)));
+    menu.SetTargetForItems(&listener);
+    EXPECT_EQ(menu.Title(), "nothing chosen");
+    menu.FindItem(11)->Choose();
+    menu.FindItem(12)->Choose();
+    test::Settle();
+    EXPECT_EQ(menu.Title(), "12");
+    EXPECT_FALSE(menu.FindItem(11)->IsMarked());
+    EXPECT_THAT(listener.codes, ElementsAre(11, 12));
+    menu.RemoveAll();
+    EXPECT_EQ(menu.CountItems(), 0U);
+    EXPECT_EQ(menu.Title(), "nothing chosen");
+}
+
+} // namespace

@@ -1,0 +1,48 @@
+#include "kits/application/Handler.h"
+#include "kits/application/MessageQueue.h"
+
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using testing::ElementsAre;
+
+class Listener : public BHandler {
+  public:
+    void MessageReceived(BMessage* message) override {
+        codes.push_back(message->what);
+        if (message->what != 1)
+            return;
+        // As an alert does that waits for a person.
+        kits::MessageQueue::Instance().Deliver();
+        codes.push_back(100);
+    }
+    std::vector<uint32> codes;
+};
+
+TEST(MessageQueue, DeliversOneMessageAtATimeInOrder) {
+    Listener listener;
+    const BMessenger messenger(&listener);
+    messenger.SendMessage(BMessage(1));
+    std::thread([&] { messenger.SendMessage(BMessage(2)); }).join();
+    EXPECT_THAT(listener.codes, ElementsAre());
+    kits::MessageQueue::Instance().Deliver();
+    EXPECT_THAT(listener.codes, ElementsAre(1, 100, 2));
+}
+
+TEST(MessageQueue, WhatIsForAHandlerThatHasGoneIsDropped) {
+    auto listener = std::make_unique<Listener>();
+    const BMessenger messenger(listener.get());
+    EXPECT_EQ(messenger.SendMessage(BMessage(2)), B_OK);
+    listener.reset();
+    kits::MessageQueue::Instance().Deliver();
+    EXPECT_EQ(messenger.SendMessage(BMessage(2)), B_NO_INIT);
+    EXPECT_FALSE(messenger.IsValid());
+}
+
+} // namespace

@@ -1,0 +1,150 @@
+#include "kits/interface/View.h"
+
+#include "support/WindowStage.h"
+
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using testing::ElementsAre;
+
+/// Notes what happens to it.
+class Witness : public BView {
+  public:
+    explicit Witness(BRect frame, uint32 mode = B_FOLLOW_NONE)
+        : BView(frame, "witness", mode, B_WILL_DRAW | B_FRAME_EVENTS | B_PULSE_NEEDED) {}
+
+    void Draw(BRect) override { draws++; }
+    void MouseDown(BPoint where) override { Note("down", where); }
+    void MouseUp(BPoint where) override { Note("up", where); }
+    void MouseMoved(BPoint where, uint32 transit, const BMessage*) override {
+        static constexpr const char* kNames[] = {"entered", "inside", "exited"};
+        Note(kNames[transit], where);
+    }
+    void Pulse() override { pulses++; }
+    void FrameResized(float width, float height) override { Note("resized", {width, height}); }
+
+    std::vector<std::string> events;
+    uint32 buttons = 0;
+    int draws = 0;
+    int pulses = 0;
+
+  private:
+    void Note(const std::string& what, BPoint where) {
+        BPoint pointer;
+        GetMouse(&pointer, &buttons);
+        events.push_back(what + ' ' + std::to_string(int(where.x)) + ' ' +
+                         std::to_string(int(where.y)));
+    }
+};
+
+TEST(View, FollowsItsParentByItsModes) {
+    auto* parent = new BView({10, 20, 109, 69}, "parent", B_FOLLOW_ALL_SIDES, B_WILL_DRAW);
+    struct Case {
+        uint32 mode;
+        BRect after;
+    };
+    const Case cases[] = {
+        {B_FOLLOW_NONE, {10, 10, 30, 20}},
+        {B_FOLLOW_RIGHT, {60, 10, 80, 20}},
+        {B_FOLLOW_LEFT_RIGHT, {10, 10, 80, 20}},
+        {B_FOLLOW_BOTTOM, {10, 40, 30, 50}},
+        {B_FOLLOW_RIGHT | B_FOLLOW_BOTTOM, {60, 40, 80, 50}},
+        {B_FOLLOW_ALL_SIDES, {10, 10, 80, 50}},
+    };
+    std::vector<Witness*> views;
+    for (const Case& row : cases) {
+        views.push_back(new Witness({10, 10, 30, 20}, row.mode));
+        parent->AddChild(views.back());
+    }
+    test::Stage stage(parent, 200, 100);
+    stage.Window().ResizeTo(249, 129);
+    test::Settle();
+    EXPECT_EQ(parent->Frame(), (BRect{10, 20, 159, 99}));
+    for (std::size_t i = 0; i < std::size(cases); i++)
+        EXPECT_EQ(views[i]->Frame(), cases[i].after) << i;
+    EXPECT_THAT(views[2]->events, ElementsAre("resized 70 10"));
+    EXPECT_THAT(views[1]->events, ElementsAre());
+}
+
+TEST(View, PointerEndsItsVisitWhenItLeavesEvenWithAButtonDown) {
+    auto* view = new Witness({0, 0, 99, 49});
+    test::Stage stage(view);
+    view->events.clear();
+    test::Press(*view, {5, 6});
+    EXPECT_EQ(view->buttons, B_PRIMARY_MOUSE_BUTTON);
+    test::Drag(*view, {99, 49});
+    test::Drag(*view, {101, 49});
+    test::Drag(*view, {120, 49});
+    test::Drag(*view, {50, 40});
+    test::Drag(*view, {50, 60});
+    test::Release(*view, {50, 60});
+    EXPECT_THAT(view->events, ElementsAre("down 5 6", "inside 99 49", "exited 101 49",
+                                          "entered 50 40", "exited 50 60"));
+    test::PressChord(*view, {1, 1});
+    EXPECT_EQ(view->buttons, B_PRIMARY_MOUSE_BUTTON | B_SECONDARY_MOUSE_BUTTON);
+}
+
+/// Draws a figure whose pixels are known.
+class Figure : public BView {
+  public:
+    Figure()
+        : BView({0, 0, 19, 19}, "figure", B_FOLLOW_NONE, B_WILL_DRAW),
+          bitmap({0, 0, 3, 3}, B_RGB32) {
+        SetViewColor({10, 20, 30});
+        for (int i = 0; i < 16; i++)
+            static_cast<uint32*>(bitmap.Bits())[i] = 0x00a0b0c0;
+    }
+    void Draw(BRect) override {
+        SetHighColor({255, 0, 0});
+        FillRect({2, 2, 4, 4});
+        SetLowColor({0, 255, 0});
+        StrokeLine({0, 10}, {8, 10}, B_SOLID_LOW);
+        StrokeLine({8, 14}, B_SOLID_LOW);
+        DrawBitmap(&bitmap, {12, 12, 15, 15});
+    }
+
+  private:
+    BBitmap bitmap;
+};
+
+TEST(View, DrawsByPixelsWhoseEdgesBelongToThem) {
+    auto* view = new Figure;
+    test::Stage stage(view);
+    const QImage picture = test::Picture(*view);
+    const auto pixel = [&](int x, int y) { return picture.pixel(x, y) & 0xffffffU; };
+    constexpr unsigned kBack = 0x0a141e, kRed = 0xff0000, kGreen = 0x00ff00;
+    EXPECT_EQ(pixel(1, 2), kBack);
+    EXPECT_EQ(pixel(2, 2), kRed);
+    EXPECT_EQ(pixel(4, 4), kRed);
+    EXPECT_EQ(pixel(5, 4), kBack);
+    EXPECT_EQ(pixel(0, 10), kGreen);
+    EXPECT_EQ(pixel(8, 10), kGreen);
+    EXPECT_EQ(pixel(9, 10), kBack);
+    EXPECT_EQ(pixel(8, 14), kGreen);
+    EXPECT_EQ(pixel(8, 15), kBack);
+    EXPECT_EQ(pixel(11, 12), kBack);
+    EXPECT_EQ(pixel(12, 12), 0xa0b0c0U);
+    EXPECT_EQ(pixel(15, 15), 0xa0b0c0U);
+    EXPECT_EQ(pixel(16, 15), kBack);
+}
+
+TEST(View, IsFoundByNameUntilItIsRemoved) {
+    auto* parent = new BView({0, 0, 99, 99}, "parent", B_FOLLOW_NONE, 0);
+    auto* child = new Witness({0, 0, 9, 9});
+    parent->AddChild(child);
+    test::Stage stage(parent);
+    EXPECT_EQ(stage.Window().FindView("witness"), child);
+    EXPECT_EQ(child->Window(), &stage.Window());
+    EXPECT_TRUE(parent->RemoveChild(child));
+    EXPECT_EQ(stage.Window().FindView("witness"), nullptr);
+    EXPECT_EQ(child->Window(), nullptr);
+    EXPECT_EQ(child->Looper(), nullptr);
+    delete child;
+}
+
+} // namespace

@@ -185,9 +185,9 @@ BRect FormulaPanel::FieldFrame(std::string_view field) const {
     const Gap* gap = FindGap(field);
     if (!gap)
         return {};
-    // A pixel free at each side.
-    const float left = std::ceil(gap->baseline.x);
-    const float last = std::floor(gap->baseline.x + gap->width) - 2;
+    // Slanted letters reach over their ends, a parenthesis by up to two pixels.
+    const float left = std::ceil(gap->baseline.x) + 2;
+    const float last = std::floor(gap->baseline.x + gap->width) - 1;
     const float top = std::round(gap->baseline.y - BTextControl::BaselineOffset());
     return {left, top, last, top + BTextControl::PreferredHeight()};
 }

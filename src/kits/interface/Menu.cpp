@@ -192,6 +192,10 @@ void BMenuField::SetDivider(float position) {
     ShowTitle();
 }
 
+std::string BMenuField::ShownTitle() const {
+    return button->text().toStdString();
+}
+
 float BMenuField::PreferredHeight() {
     font_height height;
     be_plain_font()->GetHeight(&height);

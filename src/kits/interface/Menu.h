@@ -111,6 +111,9 @@ class BMenuField : public BView {
     void SetDivider(float position);
     float Divider() const { return divider; }
 
+    /// What is shown of the menu's title: all of it, unless there is no room.
+    std::string ShownTitle() const;
+
     /// Height of what opens a menu, as BRect::Height counts it.
     static float PreferredHeight();
 

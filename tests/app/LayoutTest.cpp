@@ -1,0 +1,131 @@
+// Nothing covers or cuts anything, whatever the font.
+#include "app/MainViewStage.h"
+#include "views/EnvView.h"
+#include "views/R2RFView.h"
+
+#include <QFontInfo>
+#include <QFontMetricsF>
+#include <QRegularExpression>
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace {
+
+struct Piece {
+    std::string what;
+    QRectF area;
+};
+
+QRectF AreaOf(BRect rect) {
+    return {rect.left, rect.top, rect.Width() + 1.0, rect.Height() + 1.0};
+}
+
+/// A narrow font, a wide one and a tall one.
+class LayoutTest : public test::MainViewTest, public testing::WithParamInterface<const char*> {
+  protected:
+    LayoutTest() {
+        kits::SetPlainFontFamily(GetParam());
+        Open(false);
+    }
+    ~LayoutTest() override { kits::SetPlainFontFamily(""); }
+
+    QFont PanelFont() const {
+        QFont font{QString::fromUtf8(GetParam())};
+        font.setPixelSize(12);
+        font.setItalic(true);
+        return font;
+    }
+
+    std::vector<Piece> Controls() const {
+        std::vector<Piece> pieces;
+        for (const BView* child : view->Children())
+            pieces.push_back({child->Name(), AreaOf(child->Frame())});
+        return pieces;
+    }
+
+    /// The ink of the formulas' texts.
+    std::vector<Piece> Texts() const {
+        const QFontMetricsF metrics(PanelFont());
+        std::vector<Piece> pieces;
+        for (const auto& text : view->Formulas().Texts()) {
+            // Blanks at the ends have no ink.
+            const QString whole = QString::fromStdString(text.text);
+            const QString blanks(whole.indexOf(QRegularExpression("\\S")), ' ');
+            const QRectF ink = metrics.tightBoundingRect(whole.trimmed());
+            pieces.push_back(
+                {text.text, ink.translated(text.baseline.x + metrics.horizontalAdvance(blanks),
+                                           text.baseline.y)});
+        }
+        return pieces;
+    }
+};
+
+TEST_P(LayoutTest, TheFontIsThere) {
+    EXPECT_EQ(QFontInfo(PanelFont()).family().toStdString(), GetParam());
+}
+
+TEST_P(LayoutTest, NothingCoversAnything) {
+    std::vector<Piece> pieces = Controls();
+    const std::size_t controls = pieces.size();
+    EXPECT_EQ(controls, 1U + 7 + 5 + 3 + 4 + 32);
+    const std::vector<Piece> texts = Texts();
+    pieces.insert(pieces.end(), texts.begin(), texts.end());
+    const QRectF bounds = AreaOf(view->Bounds());
+    for (std::size_t i = 0; i < pieces.size(); i++) {
+        EXPECT_TRUE(bounds.contains(pieces[i].area)) << pieces[i].what;
+        for (std::size_t j = 0; j < i; j++) {
+            const QRectF common = pieces[i].area.intersected(pieces[j].area);
+            // Neighbours may share the anti-aliased edge of a letter.
+            const bool apart = common.width() < 0.75 || common.height() < 0.75;
+            EXPECT_TRUE(apart) << pieces[j].what << " and " << pieces[i].what << " share "
+                               << common.x() << ' ' << common.y() << ' ' << common.width() << ' '
+                               << common.height();
+        }
+    }
+}
+
+TEST_P(LayoutTest, EveryFieldStandsInItsGapOnTheBaselineOfItsFormula) {
+    for (const auto& gap : view->Formulas().Gaps()) {
+        const BTextControl* field = view->Field(gap.field);
+        ASSERT_NE(field, nullptr) << gap.field;
+        const BRect frame = field->Frame();
+        EXPECT_GE(frame.left, gap.baseline.x) << gap.field;
+        EXPECT_LE(frame.right, gap.baseline.x + gap.width) << gap.field;
+        EXPECT_GE(frame.Width(), gap.width - 5) << gap.field;
+        EXPECT_NEAR(frame.top + BTextControl::BaselineOffset(), gap.baseline.y, 0.51) << gap.field;
+    }
+}
+
+TEST_P(LayoutTest, NoMenuTitleIsCut) {
+    for (BMenu* menu : {&view->VoicesMenu(), &view->ChannelMenu()}) {
+        menu->ItemAt(menu->CountItems() - 1)->SetMarked(true);
+        bool shown = false;
+        for (const BView* child : view->Children()) {
+            for (const BView* field : child->Children()) {
+                const auto* menuField = dynamic_cast<const BMenuField*>(field);
+                shown = shown || (menuField && menuField->Menu() == menu &&
+                                  menuField->ShownTitle() == menu->Title());
+            }
+        }
+        EXPECT_TRUE(shown) << menu->Title();
+    }
+}
+
+TEST_P(LayoutTest, AWiderWindowWidensTheEnvelopesOnly) {
+    const BRect before = view->EnvelopeEditor(2).Frame();
+    const BRect field = view->Field("C0y4")->Frame();
+    const float width = window->Bounds().Width();
+    window->ResizeTo(width + 400, window->Bounds().Height() + 100);
+    test::Settle();
+    EXPECT_EQ(window->Bounds().Height(), 510);
+    EXPECT_EQ(view->EnvelopeEditor(2).Frame().right, before.right + 400);
+    EXPECT_EQ(view->EnvelopeEditor(2).Frame().Height(), 92);
+    EXPECT_EQ(view->Field("C0y4")->Frame(), field);
+    EXPECT_EQ(view->Plane().Frame(), (BRect{10, 10, 310, 310}));
+}
+
+INSTANTIATE_TEST_SUITE_P(Fonts, LayoutTest,
+                         testing::Values("Liberation Sans", "DejaVu Sans", "Open Sans"));
+
+} // namespace

@@ -1,0 +1,261 @@
+// Every control of the main view, through its message.
+#include "app/MainViewStage.h"
+#include "app/MessageCodes.h"
+#include "documents/SoundDocument.h"
+#include "kits/midi/MidiRoster.h"
+#include "synth/Envelope.h"
+#include "views/EnvView.h"
+#include "views/R2RFView.h"
+
+#include <cmath>
+#include <fstream>
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using VexaViewTest = test::MainViewTest;
+
+uint32 PixelOf(const BBitmap& picture, int column, int row) {
+    const auto* bits = static_cast<const uint8*>(picture.Bits());
+    return *reinterpret_cast<const uint32*>(bits + row * picture.BytesPerRow() + column * 4);
+}
+
+TEST_F(VexaViewTest, StartsWithTheTextsThatItsParametersHave) {
+    Open(false);
+    EXPECT_EQ(Text("Fxy"), "(5*(x*y*y-y*x*x)-3*(x-y))/((1+x*x+y*y)*(1+x*x+y*y))");
+    EXPECT_EQ(Text("Sc"), "15");
+    EXPECT_FLOAT_EQ(view->Plane().Scale(), 0.05F);
+    for (const auto& [field, text] :
+         {std::pair{"LFx", "0"}, {"LFy", "0"}, {"LSx", "0.5"}, {"LSy", "0.5"}, {"SFreq", "440"}})
+        EXPECT_EQ(Text(field), text) << field;
+    EXPECT_FALSE(view->Field("SFreq")->IsEnabled());
+    for (const vexa::Parameter& row : vexa::Parameters()) {
+        const std::string field(row.field);
+        const bool isFirst = field == "Cx0" || field == "Cy0" || field == "Ax0" || field == "Ay0" ||
+                             field == "Fx" || field == "Fy";
+        EXPECT_EQ(Text(field.c_str()), isFirst ? "1" : "0") << field;
+        const float value = row.value ? float(view->SoundParam().*row.value)
+                                      : float(view->SoundParam().*row.controller);
+        EXPECT_EQ(value, isFirst ? 1 : 0) << field;
+    }
+    EXPECT_EQ(view->VoicesMenu().Title(), "voices");
+    EXPECT_EQ(view->ChannelMenu().Title(), "midi channel");
+    EXPECT_STREQ(window->Title(), "Vexa");
+}
+
+TEST_F(VexaViewTest, EveryCoefficientFieldSetsItsParameterAndMarksTheSound) {
+    Open(false);
+    float number = 2;
+    for (const vexa::Parameter& row : vexa::Parameters()) {
+        number += 1;
+        Enter(std::string(row.field).c_str(), std::to_string(int(number)).c_str());
+        const float value = row.value ? float(view->SoundParam().*row.value)
+                                      : float(view->SoundParam().*row.controller);
+        EXPECT_EQ(value, number) << row.field;
+    }
+    Enter("Ax1", "abc");
+    EXPECT_EQ(view->SoundParam().Ax1, 0);
+    Enter("Ax1", "0.25");
+    Enter("Ax1", "nan");
+    EXPECT_EQ(view->SoundParam().Ax1, 0.25F);
+    Enter("Cx4", "127");
+    EXPECT_TRUE(alerts.texts.empty());
+    for (const char* wrong : {"-1", "128"}) {
+        Enter("Cx4", wrong);
+        EXPECT_EQ(view->SoundParam().Cx4, 127);
+    }
+    const std::string alert = "Controller number must be between 0 and 127.";
+    EXPECT_THAT(alerts.texts, ElementsAre(alert, alert));
+}
+
+TEST_F(VexaViewTest, PlaneControlsMoveThePicture) {
+    Open(false);
+    Enter("LFx", "1.5");
+    Enter("LFy", "-2");
+    Enter("LSx", "0.25");
+    Enter("LSy", "1");
+    EXPECT_EQ(view->Plane().LinkFunction(), (BPoint{1.5F, -2}));
+    EXPECT_EQ(view->Plane().LinkScreen(), (BPoint{0.25F, 1}));
+    Enter("Sc", "6");
+    EXPECT_FLOAT_EQ(view->Plane().Scale(), 0.02F);
+    for (const char* ignored : {"0", "-3", "nan", "wide"}) {
+        Enter("Sc", ignored);
+        EXPECT_FLOAT_EQ(view->Plane().Scale(), 0.02F) << ignored;
+    }
+}
+
+TEST_F(VexaViewTest, AnExpressionIsCompiledAndShown) {
+    Open(false);
+    Enter("Fxy", "0.5");
+    EXPECT_THAT(alerts.texts, ElementsAre());
+    EXPECT_EQ(PixelOf(view->Plane().Picture(), 10, 10), 127U);
+    EXPECT_EQ(Text("Fxy"), "0.5");
+    EXPECT_TRUE(view->Field("Fxy")->IsEnabled());
+    // After a failure the function before stays, with the text that is wrong.
+    Enter("Fxy", "0.5 + fopen(x)");
+    ASSERT_EQ(alerts.texts.size(), 1U);
+    EXPECT_THAT(alerts.texts[0], HasSubstr("There was an error while trying to compile"));
+    EXPECT_EQ(PixelOf(view->Plane().Picture(), 10, 10), 127U);
+    EXPECT_EQ(Text("Fxy"), "0.5 + fopen(x)");
+    EXPECT_THAT(view->Field("Fxy")->ToolTip(), HasSubstr("fopen"));
+    EXPECT_TRUE(view->Field("Fxy")->IsEnabled());
+    Enter("Fxy", "-1.0");
+    EXPECT_STREQ(view->Field("Fxy")->ToolTip(), "");
+    EXPECT_EQ(PixelOf(view->Plane().Picture(), 10, 10), 0xff0000U);
+}
+
+TEST_F(VexaViewTest, ASampleTakesTheExpressionsPlaceAndGivesItBack) {
+    Open(false);
+    const BBitmap before = view->Plane().Picture();
+    view->LoadSample((folder.Path() / "samples/pluck.wav").c_str());
+    test::Settle();
+    EXPECT_TRUE(view->SampleMode());
+    EXPECT_EQ(Text("Fxy"), "");
+    EXPECT_TRUE(view->Field("SFreq")->IsEnabled());
+    const BBitmap spiral = view->Plane().Picture();
+    EXPECT_NE(PixelOf(spiral, 170, 160), PixelOf(before, 170, 160));
+    Enter("SFreq", "220");
+    EXPECT_NE(PixelOf(spiral, 170, 160), PixelOf(view->Plane().Picture(), 170, 160));
+    const vexa::Function function = view->ConstructFunction();
+    EXPECT_EQ(function.kind, vexa::FunctionKind::Sample);
+    EXPECT_EQ(function.sampleFile, "pluck.wav");
+    EXPECT_EQ(function.frequency, "220");
+    view->LoadSample("/none/such.wav");
+    EXPECT_THAT(alerts.texts, ElementsAre("Could not load sample"));
+    EXPECT_TRUE(view->SampleMode());
+    Enter("Fxy", "0.5");
+    EXPECT_FALSE(view->SampleMode());
+    EXPECT_FALSE(view->Field("SFreq")->IsEnabled());
+    EXPECT_EQ(PixelOf(view->Plane().Picture(), 170, 160), 127U);
+}
+
+TEST_F(VexaViewTest, MenusSetVoicesAndChannel) {
+    Open(false);
+    vexa::VexaMidiConsumer& consumer = view->Graph().Consumer();
+    const auto play = [&](int notes) {
+        consumer.AllNotesOff(false, 0);
+        for (int i = 0; i < notes; i++)
+            consumer.NoteOn(3, static_cast<uchar>(40 + i), 100, 0);
+        return consumer.CountVox();
+    };
+    EXPECT_EQ(play(5), 1);
+    for (const int32 limit : {20, 7, 10, 1}) {
+        view->VoicesMenu().FindItem(vexa::VoicesCode(limit))->Choose();
+        test::Settle();
+        EXPECT_EQ(play(30), limit);
+    }
+    EXPECT_EQ(view->VoicesMenu().Title(), "max. 1 voice");
+    BMenu& channels = view->ChannelMenu();
+    for (const int32 channel : {1, 9, 10, 16}) {
+        channels.FindItem(("channel " + std::to_string(channel)).c_str())->Choose();
+        test::Settle();
+        EXPECT_EQ(view->Graph().Consumer().Channel(), channel - 1);
+    }
+    channels.FindItem("all channels")->Choose();
+    test::Settle();
+    EXPECT_EQ(view->Graph().Consumer().Channel(), -1);
+}
+
+TEST_F(VexaViewTest, TheSourceMenuListsEachSourceOnceAndConnectsTheChosenOne) {
+    Open(false);
+    BMessenger(view).SendMessage(BMessage(B_MIDI_EVENT));
+    BMessenger(view).SendMessage(BMessage(B_MIDI_EVENT));
+    test::Settle();
+    ASSERT_EQ(view->DeviceMenu().CountItems(), 2U);
+    EXPECT_EQ(view->DeviceMenu().Title(), "none");
+    BMessage press(B_KEY_DOWN);
+    press.AddInt32("key", 24);
+    const auto sounds = [&] {
+        // Unregistering ends the MIDI thread when all that was sent has been handled.
+        view->Graph().Consumer().Unregister();
+        return view->Graph().Consumer().CountVox();
+    };
+    view->DeviceMenu().FindItem(vexa::ComputerKeyboard::kName)->Choose();
+    test::Settle();
+    EXPECT_EQ(view->DeviceMenu().Title(), vexa::ComputerKeyboard::kName);
+    BMessenger(window).SendMessage(press);
+    test::Settle();
+    EXPECT_EQ(sounds(), 1);
+}
+
+TEST_F(VexaViewTest, WithoutASourceKeysAreSilent) {
+    Open(false);
+    view->DeviceMenu().FindItem(vexa::ComputerKeyboard::kName)->Choose();
+    test::Settle();
+    view->DeviceMenu().FindItem("none")->Choose();
+    test::Settle();
+    BMessage press(B_KEY_DOWN);
+    press.AddInt32("key", 24);
+    BMessenger(window).SendMessage(press);
+    test::Settle();
+    view->Graph().Consumer().Unregister();
+    EXPECT_EQ(view->Graph().Consumer().CountVox(), 0);
+}
+
+TEST_F(VexaViewTest, WhatIsSavedIsLoadedAgain) {
+    Open();
+    Enter("Fxy", "0.25*sin(x)");
+    Enter("Cy3", "0.125");
+    Enter("Sc", "15.0");
+    view->EnvelopeEditor(3).SetPoints({{0, false, 0.5F}, {1, true, 0.25F}});
+    const vexa::Sound sound = view->ConstructSound();
+    const uint32 pixel = PixelOf(view->Plane().Picture(), 77, 99);
+    view->SaveSound("mine.xml");
+    view->SaveFunction("mine.xml");
+    EXPECT_THAT(alerts.texts, ElementsAre());
+    view->LoadSound(folder.Path() / "sounds/default.xml");
+    test::Settle();
+    EXPECT_NE(view->ConstructSound(), sound);
+    EXPECT_TRUE(view->LoadSound(folder.Path() / "sounds/mine.xml"));
+    test::Settle();
+    vexa::Sound again = view->ConstructSound();
+    EXPECT_EQ(again.texts, sound.texts);
+    EXPECT_EQ(again.envelopes, sound.envelopes);
+    EXPECT_EQ(again.function, sound.function);
+    EXPECT_EQ(PixelOf(view->Plane().Picture(), 77, 99), pixel);
+    EXPECT_EQ(view->SoundParam().Cy3, 0.125F);
+    Enter("Fxy", "1.0");
+    EXPECT_TRUE(view->LoadFunction(folder.Path() / "functions/mine.xml"));
+    EXPECT_EQ(PixelOf(view->Plane().Picture(), 77, 99), pixel);
+}
+
+TEST_F(VexaViewTest, TheAuthorIsTheDocumentsUntilSomethingIsEdited) {
+    Open(false);
+    vexa::Sound sound = view->ConstructSound();
+    sound.author = "Anna";
+    sound.function.author = "Bert";
+    const auto path = folder.Path() / "sounds/authors.xml";
+    ASSERT_TRUE(vexa::WriteSound(path, sound));
+    view->LoadSound(path);
+    EXPECT_EQ(view->SoundAuthor(), "Anna");
+    // The coefficients' messages, which loading has posted, are edits of the sound.
+    test::Settle();
+    EXPECT_EQ(view->SoundAuthor(), "Beta User");
+    EXPECT_EQ(view->FunctionAuthor(), "Bert");
+    Enter("Sc", "10");
+    EXPECT_EQ(view->FunctionAuthor(), "Bert");
+    Enter("Fxy", "x");
+    EXPECT_EQ(view->FunctionAuthor(), "Beta User");
+}
+
+TEST_F(VexaViewTest, WhatCannotBeLoadedChangesNothing) {
+    Open();
+    const vexa::Sound before = view->ConstructSound();
+    const auto write = [&](const char* name, const char* text) {
+        std::ofstream(folder.Path() / name) << text;
+        return folder.Path() / name;
+    };
+    EXPECT_FALSE(view->LoadSound(folder.Path() / "none.xml"));
+    EXPECT_FALSE(view->LoadSound(write("empty.xml", "")));
+    EXPECT_FALSE(view->LoadFunction(write("other.xml", "<foo></foo>")));
+    test::Settle();
+    ASSERT_EQ(alerts.texts.size(), 3U);
+    EXPECT_EQ(alerts.texts[0], "Could not load \n" + (folder.Path() / "none.xml").string());
+    EXPECT_EQ(alerts.texts[2], "This is not a valid function.");
+    EXPECT_EQ(view->ConstructSound(), before);
+}
+
+} // namespace

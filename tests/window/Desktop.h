@@ -1,0 +1,95 @@
+// A display of a test's own with a window manager, a mouse and a keyboard.
+#pragma once
+
+#include "live/JackStage.h"
+#include "support/Command.h"
+#include "support/TemporaryFolder.h"
+
+#include <QImage>
+#include <cstdlib>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace test {
+
+/// Xvfb with openbox. DISPLAY names it for every program that is started later.
+class Desktop {
+  public:
+    explicit Desktop(int width = 1600, int height = 900)
+        : number(folder.Path() / "display"),
+          server({"sh", "-c",
+                  "exec Xvfb -displayfd 3 -screen 0 " + std::to_string(width) + 'x' +
+                      std::to_string(height) + "x24 -nolisten tcp 3>" + number.string()}) {
+        std::string display;
+        WaitFor("Xvfb", [&] {
+            std::ifstream(number) >> display;
+            return !display.empty();
+        });
+        ::setenv("DISPLAY", (':' + display).c_str(), 1);
+        ::unsetenv("WAYLAND_DISPLAY");
+        ::unsetenv("QT_QPA_PLATFORM");
+        manager = std::make_unique<Companion>(std::vector<std::string>{"openbox"});
+    }
+    ~Desktop() {
+        manager.reset();
+        server.End(SIGTERM);
+    }
+
+    /// Waits for a visible window whose title is that, and makes it the one that Do works on.
+    void UseWindow(const std::string& title) {
+        window.clear();
+        WaitFor(title.c_str(), [&] {
+            window = Run({"search", "--onlyvisible", "--name", '^' + title + '$'});
+            window = window.substr(0, window.find('\n'));
+            return !window.empty();
+        });
+        Do({"windowactivate", "--sync", window});
+    }
+    bool HasWindow(const std::string& title) const {
+        return !Run({"search", "--onlyvisible", "--name", '^' + title + '$'}).empty();
+    }
+
+    /// An xdotool command.
+    void Do(std::vector<std::string> command) const { Run(std::move(command)); }
+    void Move(int x, int y) const {
+        Do({"mousemove", "--window", window, std::to_string(x), std::to_string(y)});
+    }
+    void Click(int x, int y, const char* button = "1") const {
+        Move(x, y);
+        Do({"click", button});
+    }
+    void Drag(int fromX, int fromY, int toX, int toY) const {
+        Move(fromX, fromY);
+        Do({"mousedown", "1"});
+        // A drag of several moves, as a hand makes it.
+        Move((fromX + toX) / 2, (fromY + toY) / 2);
+        Move(toX, toY);
+    }
+    void Drop() const { Do({"mouseup", "1"}); }
+    void Type(const std::string& text) const { Do({"type", "--delay", "5", text}); }
+    void Key(const std::string& name) const { Do({"key", name}); }
+    /// As the user closes a window: by the window manager.
+    void Close() const { Do({"key", "alt+F4"}); }
+
+    /// What the window looks like.
+    QImage Picture() const {
+        const std::string path = (folder.Path() / "picture.png").string();
+        RunCommand({"import", "-window", window, path});
+        return QImage(QString::fromStdString(path));
+    }
+
+  private:
+    static std::string Run(std::vector<std::string> command) {
+        command.insert(command.begin(), "xdotool");
+        return RunCommand(std::move(command)).text;
+    }
+
+    TemporaryFolder folder;
+    std::filesystem::path number;
+    Companion server;
+    std::unique_ptr<Companion> manager;
+    std::string window;
+};
+
+} // namespace test

@@ -1,0 +1,184 @@
+// The window as a person uses it: a real display, mouse and keyboard, on a real JACK server.
+#include "live/LivePlay.h"
+#include "window/Desktop.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using test::Player;
+using test::WaitFor;
+
+constexpr std::size_t kSecond = 48000;
+
+/// A copy of the program folder, so that what a test saves goes with it.
+class ProgramCopy {
+  public:
+    ProgramCopy() {
+        using std::filesystem::copy_options;
+        for (const char* name : {"vexa", "functions", "sounds", "samples", "orvo.png",
+                                 "orvobar.png", "vexa.png", "vexa-icon.png"})
+            std::filesystem::copy(std::filesystem::path(VEXA_PROGRAM_FOLDER) / name,
+                                  folder.Path() / name, copy_options::recursive);
+    }
+    std::string Path(const char* name) const { return (folder.Path() / name).string(); }
+    const test::TemporaryFolder& Folder() const { return folder; }
+
+  private:
+    test::TemporaryFolder folder;
+};
+
+/// Positions in the window: those of the main view, which begins at y = 41.
+constexpr int kTop = 41;
+/// Of the editor of EnvAx; its curve goes from y = 3 (1) to y = 83 (0) and begins at x = 9.
+constexpr int kEditorX = 440;
+constexpr int kEditorY = kTop + 218;
+constexpr int kPlane = 10;
+constexpr int kPlaneSize = 301;
+
+class MainWindow : public testing::Test {
+  protected:
+    void Start(std::vector<std::string> options = {}) {
+        options.insert(options.begin(), program.Path("vexa"));
+        vexa = std::make_unique<test::Companion>(options, log);
+        desktop.UseWindow("Vexa");
+        ear.Connect("Vexa:Vexa audio out", ear.Name());
+        player.Connect(player.Name(), "Vexa:Vexa midi in");
+    }
+    void StartWithSine() {
+        Start({"--sound", program.Folder().Write("sine.xml", test::kSineSound).string(), "--voices",
+               "20"});
+    }
+    std::string Log() const { return test::Contents(log); }
+
+    /// The largest sample of the coming stretch.
+    float Peak(std::size_t frames = kSecond / 4) {
+        // What is on its way to the ear is not what is heard from now on.
+        Listen(kSecond / 10);
+        const std::size_t from = ear.Count();
+        Listen(frames);
+        float peak = 0;
+        for (std::size_t i = from; i < ear.Count(); i++)
+            peak = std::max(peak, std::abs(ear.Samples()[i]));
+        return peak;
+    }
+    void Listen(std::size_t frames) {
+        const std::size_t end = ear.Count() + frames;
+        WaitFor("the recording", [&] { return ear.Count() >= end; });
+    }
+    void WaitForPeak(float low, float high) {
+        float peak = 0;
+        WaitFor("a level", [&] {
+            peak = Peak(kSecond / 20);
+            return low <= peak && peak <= high;
+        });
+    }
+
+    /// Pixels of the plane view that an orbit's mark is on.
+    int OrbitMarks() const {
+        const QImage picture = desktop.Picture();
+        int marks = 0;
+        for (int y = kPlane; y < kPlane + kPlaneSize; y++) {
+            for (int x = kPlane; x < kPlane + kPlaneSize; x++)
+                marks += picture.pixelColor(x, kTop + y).green() == 200;
+        }
+        return marks;
+    }
+
+    ProgramCopy program;
+    std::string log = program.Path("log");
+    test::Desktop desktop;
+    test::JackServer server{512};
+    test::Ear ear{kSecond * 60};
+    Player player;
+    std::unique_ptr<test::Companion> vexa;
+};
+
+TEST_F(MainWindow, AnEnvelopeDrawnWithTheMouseIsHeardAfterTheRelease) {
+    StartWithSine();
+    player.Play({{0, {0x90, 69, 100}}});
+    WaitForPeak(0.24F, 0.26F);
+    // The first point from 1 down to a half.
+    desktop.Drag(kEditorX + 9, kEditorY + 3, kEditorX + 9, kEditorY + 43);
+    EXPECT_NEAR(Peak(), 0.25, 0.01);
+    desktop.Drop();
+    WaitForPeak(0.12F, 0.13F);
+    // A new point at the end of the held part, dragged to the top after another press on it.
+    desktop.Click(kEditorX + 100, kEditorY + 43);
+    desktop.Drag(kEditorX + 100, kEditorY + 43, kEditorX + 11, kEditorY + 3);
+    EXPECT_NEAR(Peak(), 0.125, 0.01);
+    desktop.Drop();
+    WaitForPeak(0.24F, 0.26F);
+    desktop.Click(kEditorX + 11, kEditorY + 3, "3");
+    WaitForPeak(0.12F, 0.13F);
+    desktop.Close();
+    EXPECT_EQ(vexa->Wait(), 0);
+    EXPECT_EQ(Log().find("Error"), std::string::npos) << Log();
+}
+
+TEST_F(MainWindow, ANoteDrawsItsOrbitWhichIsErasedAfterwards) {
+    Start();
+    EXPECT_EQ(OrbitMarks(), 0);
+    player.Play({{0, {0x90, 69, 100}}});
+    WaitFor("an orbit", [&] { return OrbitMarks() > 20; });
+    player.Play({{0, {0xB0, 123, 0}}});
+    WaitFor("its end", [&] { return OrbitMarks() == 0; });
+    desktop.Close();
+    EXPECT_EQ(vexa->Wait(), 0);
+}
+
+TEST_F(MainWindow, FieldsAreReachedAndConfirmedByTheKeyboard) {
+    StartWithSine();
+    player.Play({{0, {0x90, 69, 100}}});
+    WaitForPeak(0.24F, 0.26F);
+    // Into the expression and back out of it, in reading order: the display width comes next.
+    desktop.Click(100, kTop + 325);
+    desktop.Key("ctrl+a");
+    desktop.Type("x/2");
+    EXPECT_NEAR(Peak(), 0.25, 0.01);
+    desktop.Key("Return");
+    WaitForPeak(0.12F, 0.13F);
+    desktop.Key("Tab");
+    const QImage before = desktop.Picture();
+    desktop.Key("ctrl+a");
+    desktop.Type("3");
+    desktop.Key("Return");
+    const auto changed = [&] {
+        const QImage after = desktop.Picture();
+        return after.pixelColor(kPlane + 200, kTop + 100) !=
+               before.pixelColor(kPlane + 200, kTop + 100);
+    };
+    WaitFor("a nearer view", changed);
+    // A wrong expression is said and changes nothing that is heard.
+    desktop.Click(100, kTop + 325);
+    desktop.Key("ctrl+a");
+    desktop.Type("x/");
+    desktop.Key("Return");
+    WaitFor("the alert", [&] { return desktop.HasWindow("Error"); });
+    EXPECT_NEAR(Peak(), 0.125, 0.01);
+    desktop.Key("Return");
+    WaitFor("its end", [&] { return !desktop.HasWindow("Error"); });
+    EXPECT_NEAR(Peak(), 0.125, 0.01);
+    desktop.Close();
+    EXPECT_EQ(vexa->Wait(), 0);
+}
+
+TEST_F(MainWindow, TheComputersKeysPlayAndFallSilent) {
+    StartWithSine();
+    desktop.Do({"keydown", "q"});
+    WaitForPeak(0.2F, 0.3F);
+    desktop.Do({"keydown", "e"});
+    WaitForPeak(0.4F, 0.6F);
+    desktop.Do({"keyup", "q"});
+    desktop.Do({"keyup", "e"});
+    WaitForPeak(0, 0.01F);
+    // In a text field a key is a letter.
+    desktop.Click(100, kTop + 325);
+    desktop.Do({"keydown", "q"});
+    EXPECT_LT(Peak(), 0.01);
+    desktop.Do({"keyup", "q"});
+    EXPECT_EQ(vexa->End(SIGTERM), 0);
+}
+
+} // namespace

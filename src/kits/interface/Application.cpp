@@ -79,8 +79,8 @@ class Toolkit {
     Toolkit() : application(count, arguments) {
         application.setQuitOnLastWindowClosed(false);
         SetAppearance(application);
-        QApplication::setWindowIcon(
-            QIcon(QString::fromStdString(ProgramFile().replace_extension().string() + "-icon.png")));
+        QApplication::setWindowIcon(QIcon(
+            QString::fromStdString(ProgramFile().replace_extension().string() + "-icon.png")));
     }
     ~Toolkit() {
         MessageQueue::Instance().SetWake(nullptr);

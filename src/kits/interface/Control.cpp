@@ -125,6 +125,11 @@ BTextControl::BTextControl(BRect frame, const char* name, const char* label, con
     ResizeTo(frame.Width(), PreferredHeight());
 }
 
+// The line, on its way out, gives the focus up, which must not count as leaving the field.
+BTextControl::~BTextControl() {
+    line->blockSignals(true);
+}
+
 const char* BTextControl::Text() const {
     text = line->text().toStdString();
     return text.c_str();

@@ -1,0 +1,47 @@
+#!/usr/bin/env bash
+# Takes the pictures of the window in docs/figures: at the usual size, at twice the density, and
+# wide, with two notes sounding. Needs a build in build/release and the packages of packages.txt.
+set -euo pipefail
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+programs=$root/build/release/bin
+figures=$root/docs/figures
+work=$(mktemp -d)
+export JACK_DEFAULT_SERVER=vexa-figures JACK_NO_START_SERVER=1 XDG_RUNTIME_DIR=$work
+chmod 700 "$work"
+children=()
+trap 'kill "${children[@]}" 2>/dev/null || true; wait; rm -rf "$work"' EXIT
+
+jackd -r -n "$JACK_DEFAULT_SERVER" -d dummy -r 48000 -p 256 >/dev/null 2>&1 &
+children+=($!)
+mkfifo "$work/display"
+Xvfb -displayfd 3 -screen 0 2900x1200x24 -nolisten tcp 3>"$work/display" >/dev/null 2>&1 &
+children+=($!)
+read -r number <"$work/display"
+export DISPLAY=:$number
+openbox &
+children+=($!)
+sleep 1
+
+# shot NAME WIDTH: a picture of the running window, of the given width unless that is empty.
+shot() {
+    local window
+    window=$(timeout 20 xdotool search --sync --onlyvisible --name '^Vexa$' | head -1)
+    xdotool windowactivate --sync "$window"
+    [[ -z $2 ]] || xdotool windowsize "$window" "$2" 511
+    sleep 1
+    xdotool keydown q keydown t
+    sleep 0.7
+    import -window "$window" "$figures/$1.png"
+    xdotool keyup q keyup t
+}
+
+mkdir -p "$figures"
+for row in "window 1 " "window-2x 2 " "window-wide 1 1400"; do
+    read -r name scale width <<<"$row"
+    QT_SCALE_FACTOR=$scale "$programs/vexa" --voices 20 2>/dev/null &
+    vexa=$!
+    shot "$name" "$width"
+    kill -TERM "$vexa"
+    wait "$vexa"
+done

@@ -7,6 +7,7 @@
 #include "documents/Sound.h"
 #include "functions/FunctionCompiler.h"
 #include "functions/FunctionSwitch.h"
+#include "kits/interface/FilePanel.h"
 #include "kits/interface/View.h"
 #include "kits/media/MediaFormats.h"
 #include "kits/storage/Path.h"
@@ -17,6 +18,7 @@
 
 #include <array>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -121,12 +123,25 @@ class VexaView : public BView {
     bool TakeMenuChoice(uint32 code);
     bool TakePanelCommand(const BMessage& message);
     bool TakeSource(uint32 code);
+
+    // File panels.
+    void ShowPanel(file_panel_mode mode, uint32 result, const char* folder);
+    void RemovePanel(const BMessage& message);
+    static std::string ChosenPath(const BMessage& message);
+    bool MayReplace(const BMessage& message, const char* folder, const std::string& name);
+    void OpenFunction(const std::string& path) { LoadFunction(path); }
+    void OpenSound(const std::string& path) { LoadSound(path); }
+    void OpenSample(const std::string& path);
+
+    // Functions.
     void ShowFailure(const CompileReport& report);
     void TakeSampleFrequency();
 
     // Documents.
     void InterpretFunction(const Function& function);
     void InterpretSound(const Sound& sound);
+    using Writer = std::function<kits::Result<void>(const std::filesystem::path&)>;
+    void Save(const std::string& name, const char* folder, const Writer& write);
     void SetAndInvoke(std::string_view field, const std::string& text);
     std::string TextOf(std::string_view field) const;
     void ConnectChosenSource();
@@ -146,6 +161,8 @@ class VexaView : public BView {
     sound_param soundParam;
 
     FormulaPanel formulas;
+
+    // Views, which go with this one.
     R2RFView* plane = nullptr;
     std::array<EnvView*, 4> envelopes{};
     std::vector<BTextControl*> fields;
@@ -162,6 +179,8 @@ class VexaView : public BView {
     FunctionSwitch functions;
     std::unique_ptr<AudioGraph> graph;
     bool deviceWasThere = false;
+
+    std::vector<std::unique_ptr<BFilePanel>> panels;
 };
 
 } // namespace vexa

@@ -5,6 +5,7 @@
 #include "documents/FunctionSource.h"
 #include "documents/SoundDocument.h"
 #include "kits/interface/Control.h"
+#include "kits/storage/FileName.h"
 #include "views/EnvView.h"
 #include "views/R2RFView.h"
 
@@ -118,15 +119,27 @@ void VexaView::LoadDefaultSound() {
 }
 
 void VexaView::SaveFunction(const std::string& name) {
-    const auto saved = WriteFunction(programFolder / "functions" / name, ConstructFunction());
-    if (!saved)
-        ErrorAlert(saved.Fault().text.c_str());
+    Save(name, "functions", [this](const std::filesystem::path& path) {
+        return WriteFunction(path, ConstructFunction());
+    });
 }
 
 void VexaView::SaveSound(const std::string& name) {
-    const auto saved = WriteSound(programFolder / "sounds" / name, ConstructSound());
-    if (!saved)
-        ErrorAlert(saved.Fault().text.c_str());
+    Save(name, "sounds",
+         [this](const std::filesystem::path& path) { return WriteSound(path, ConstructSound()); });
+}
+
+void VexaView::Save(const std::string& name, const char* folder, const Writer& write) {
+    if (const auto fault = kits::FileNameFault(name)) {
+        ErrorAlert(fault->c_str());
+        return;
+    }
+    const std::filesystem::path path = programFolder / folder / name;
+    const kits::Result<void> saved = write(path);
+    if (saved)
+        return;
+    std::fprintf(stderr, "vexa: %s\n", saved.Fault().text.c_str());
+    ErrorAlert(("Could not save \n" + path.string()).c_str());
 }
 
 } // namespace vexa

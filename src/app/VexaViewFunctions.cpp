@@ -56,4 +56,9 @@ void VexaView::LoadSample(const char* path) {
     frequency->Invoke();
 }
 
+void VexaView::OpenSample(const std::string& path) {
+    LoadSample(path.c_str());
+    functionAuthor = kDefaultAuthor;
+}
+
 } // namespace vexa

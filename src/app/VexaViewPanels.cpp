@@ -1,10 +1,104 @@
-// The main view's file panels.
+// The main view's file panels, and what they choose.
+#include "app/MessageCodes.h"
 #include "app/VexaView.h"
+#include "kits/interface/Alert.h"
+#include "kits/interface/FilePanel.h"
+#include "kits/storage/Entry.h"
+
+#include <filesystem>
 
 namespace vexa {
 
-bool VexaView::TakePanelCommand(const BMessage&) {
+namespace {
+
+/// A button, the panel that it shows, and what the panel's result does.
+struct PanelCommand {
+    uint32 button;
+    file_panel_mode mode;
+    uint32 result;
+    /// In the program folder.
+    const char* folder;
+    void (VexaView::*open)(const std::string& path);
+    void (VexaView::*save)(const std::string& name);
+};
+
+} // namespace
+
+/// Shows a panel, or takes the result of one; false for any other message.
+bool VexaView::TakePanelCommand(const BMessage& message) {
+    static const PanelCommand kCommands[] = {
+        {kLoadFunctionCode, B_OPEN_PANEL, kFunctionLoadedCode, "functions", &VexaView::OpenFunction,
+         nullptr},
+        {kSaveFunctionCode, B_SAVE_PANEL, kFunctionSavedCode, "functions", nullptr,
+         &VexaView::SaveFunction},
+        {kLoadSoundCode, B_OPEN_PANEL, kSoundLoadedCode, "sounds", &VexaView::OpenSound, nullptr},
+        {kSaveSoundCode, B_SAVE_PANEL, kSoundSavedCode, "sounds", nullptr, &VexaView::SaveSound},
+        {kLoadSampleCode, B_OPEN_PANEL, kSampleLoadedCode, "samples", &VexaView::OpenSample,
+         nullptr},
+    };
+    for (const PanelCommand& command : kCommands) {
+        if (message.what == command.button) {
+            ShowPanel(command.mode, command.result, command.folder);
+            return true;
+        }
+        if (message.what != command.result)
+            continue;
+        if (command.open) {
+            if (const std::string path = ChosenPath(message); !path.empty())
+                (this->*command.open)(path);
+        } else {
+            std::string name;
+            message.FindString("name", &name);
+            if (MayReplace(message, command.folder, name))
+                (this->*command.save)(name);
+        }
+        RemovePanel(message);
+        return true;
+    }
     return false;
+}
+
+void VexaView::ShowPanel(file_panel_mode mode, uint32 result, const char* folder) {
+    // Those that were cancelled are of no more use.
+    std::erase_if(panels, [](const auto& panel) { return !panel->IsShowing(); });
+    const BMessenger self(this);
+    auto panel = std::make_unique<BFilePanel>(mode, &self, nullptr, B_FILE_NODE, false,
+                                              new BMessage(result), nullptr, false, true);
+    panel->SetPanelDirectory((programFolder / folder).c_str());
+    panel->Show();
+    panels.push_back(std::move(panel));
+}
+
+void VexaView::RemovePanel(const BMessage& message) {
+    const BFilePanel* sender = BFilePanel::SenderOf(message);
+    std::erase_if(panels, [sender](const auto& panel) { return panel.get() == sender; });
+}
+
+/// The first entry that an open panel's message names; empty if there is none.
+std::string VexaView::ChosenPath(const BMessage& message) {
+    entry_ref ref;
+    BPath path;
+    if (message.FindRef("refs", &ref) != B_OK || BEntry(&ref, false).GetPath(&path) != B_OK)
+        return "";
+    return path.Path();
+}
+
+/// Documents go into their folder, whichever the panel showed. It has asked about a file that is
+/// there in the folder that it showed; for another one the person is asked here.
+bool VexaView::MayReplace(const BMessage& message, const char* folder, const std::string& name) {
+    entry_ref shown;
+    message.FindRef("directory", &shown);
+    const std::filesystem::path home = programFolder / folder;
+    std::error_code ignored;
+    const std::filesystem::path chosen = std::filesystem::path(shown.directory) / shown.name;
+    if (std::filesystem::equivalent(chosen, home, ignored) ||
+        !std::filesystem::exists(home / name, ignored))
+        return true;
+    const std::string question = "The file \"" + name + "\" will be saved in the folder\n" +
+                                 home.string() + ",\nwhere there is one already. Replace it?";
+    auto* alert = new BAlert("Save", question.c_str(), "Cancel", "Replace", nullptr,
+                             B_WIDTH_AS_USUAL, B_WARNING_ALERT);
+    return alert->Go() == 1;
 }
 
 } // namespace vexa

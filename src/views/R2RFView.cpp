@@ -1,7 +1,10 @@
 #include "views/R2RFView.h"
 
+#include "kits/interface/Window.h"
 #include "synth/Coefficients.h"
 #include "synth/Envelope.h"
+#include "views/ImageExport.h"
+#include "views/R2RFVTranslatorSavePanel.h"
 
 #include <algorithm>
 #include <cmath>
@@ -10,6 +13,9 @@
 namespace vexa {
 
 namespace {
+
+/// The export panel's result.
+constexpr uint32 kSaveImage = FourCC("SIMG");
 
 /// Radians between the marks of an orbit: 51 of them in a revolution.
 constexpr float kMarkStep = 0.1231997087597847F;
@@ -43,6 +49,41 @@ R2RFView::R2RFView(BRect frame, const char* name, BPoint linkFunction, BPoint li
     marks.reserve(kMostMarks);
     SetViewColor(B_TRANSPARENT_COLOR);
     SetupBitmap();
+    BMessenger self(this);
+    savePanel = std::make_unique<R2RFVTranslatorSavePanel>(
+        "TranslatorSavePanel", &self, nullptr, B_FILE_NODE, false, new BMessage(kSaveImage),
+        nullptr, false, true);
+}
+
+R2RFView::~R2RFView() = default;
+
+void R2RFView::MessageReceived(BMessage* message) {
+    if (message->what == kSaveImage)
+        SaveImage(*message);
+    else
+        BView::MessageReceived(message);
+}
+
+void R2RFView::MouseDown(BPoint where) {
+    uint32 buttons = 0;
+    GetMouse(&where, &buttons, true);
+    if (buttons != B_SECONDARY_MOUSE_BUTTON)
+        return;
+    savePanel->SetTarget(BMessenger(this));
+    savePanel->Window()->SetWorkspaces(B_CURRENT_WORKSPACE);
+    savePanel->Show();
+}
+
+void R2RFView::SaveImage(const BMessage& message) {
+    const std::optional<ImageRequest> request = ReadImageRequest(message);
+    if (!request)
+        return;
+    ExportImage(*request, [this](int32 size) {
+        const auto n = static_cast<float>(size);
+        const float shown = std::max(Frame().Width(), Frame().Height()) * scale;
+        // A picture of one pixel shows all of it.
+        return MakeBitmap({0, 0, n, n}, shown / std::max(n, 1.0F));
+    });
 }
 
 void R2RFView::SetFunction(const PlaneFunction& next) {

@@ -11,6 +11,8 @@
 
 namespace vexa {
 
+class R2RFVTranslatorSavePanel;
+
 /// Shows a function from R^2 to R as a picture of a rectangle of the plane: blue where it is
 /// positive, red where it is negative. The picture is computed when what it shows changes; orbits
 /// are poked into its green bytes at each pulse and taken out at the next. Window thread.
@@ -21,6 +23,7 @@ class R2RFView : public BView {
     /// units per pixel. Starts with nullfunc.
     R2RFView(BRect frame, const char* name, BPoint linkFunction, BPoint linkScreen, float scale,
              uint32 resizingMode);
+    ~R2RFView() override;
 
     // Each computes the picture anew.
 
@@ -60,6 +63,12 @@ class R2RFView : public BView {
     /// Strokes a closed figure. Inside Draw.
     void DrawLissajous(float startPhaseX, float startPhaseY, float centerX, float centerY,
                        float ratioX, float ratioY, float radiusX, float radiusY);
+
+    /// Writes what the export panel's message asks for: the picture of what the larger side of the
+    /// view shows, without orbits, as a square. A message that lacks a field does nothing.
+    void SaveImage(const BMessage& message);
+    R2RFVTranslatorSavePanel& SavePanel() { return *savePanel; }
+
     /// A surface to try the view with.
     static float f(float x, float y);
 
@@ -67,7 +76,10 @@ class R2RFView : public BView {
     /// orbit has been computed.
     BRect DirtyRect() const { return dirty; }
 
+    void MessageReceived(BMessage* message) override;
     void Draw(BRect update) override;
+    /// The secondary button alone shows the export panel.
+    void MouseDown(BPoint where) override;
     void Pulse() override;
     void FrameResized(float width, float height) override;
 
@@ -96,6 +108,7 @@ class R2RFView : public BView {
     std::vector<std::size_t> marks;
     BRect dirty;
     BRect prevDirty;
+    std::unique_ptr<R2RFVTranslatorSavePanel> savePanel;
 };
 
 } // namespace vexa

@@ -92,6 +92,10 @@ void BButton::Press() {
     button->click();
 }
 
+void BButton::MakeDefault() {
+    button->setDefault(true);
+}
+
 BTextControl::BTextControl(BRect frame, const char* name, const char* label, const char* initial,
                            BMessage* message, uint32 resizingMode, uint32 flags)
     : BControl(frame, name, label, message, resizingMode, flags), confirmed(initial) {

@@ -41,6 +41,8 @@ class BButton : public BControl {
     void SetFontSize(float size);
     /// As if it had been pressed.
     void Press();
+    /// Shows that Enter has the button's effect; what the key does is the window's affair.
+    void MakeDefault();
 
   private:
     QPushButton* button;

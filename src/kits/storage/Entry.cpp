@@ -5,7 +5,7 @@
 namespace fs = std::filesystem;
 
 BEntry::BEntry(const entry_ref* ref, bool traverse) {
-    SetTo((ref->directory + "/" + ref->name).c_str(), traverse);
+    SetTo(BPath(ref).Path(), traverse);
 }
 
 status_t BEntry::SetTo(const char* newPath, bool traverse) {
@@ -46,4 +46,15 @@ status_t BEntry::GetParent(BEntry* parent) const {
     if (const status_t status = path.GetParent(&folder); status != B_OK)
         return status;
     return parent->SetTo(folder.Path());
+}
+
+status_t get_ref_for_path(const char* path, entry_ref* ref) {
+    const BPath whole(path);
+    if (whole.InitCheck() != B_OK)
+        return B_BAD_VALUE;
+    BPath folder = whole;
+    // The root is in no folder but itself.
+    whole.GetParent(&folder);
+    *ref = {folder.Path(), whole.Leaf()};
+    return B_OK;
 }

@@ -2,18 +2,8 @@
 #pragma once
 
 #include "kits/storage/Path.h"
+#include "kits/support/EntryRef.h"
 #include "kits/support/SupportDefs.h"
-
-#include <string>
-
-/// Names an entry of a folder in messages and to other kits.
-struct entry_ref {
-    /// The absolute path of the folder.
-    std::string directory;
-    std::string name;
-
-    bool operator==(const entry_ref&) const = default;
-};
 
 /// An entry of a folder that exists; the entry itself need not. Any thread.
 class BEntry {
@@ -35,3 +25,7 @@ class BEntry {
   private:
     BPath path;
 };
+
+/// The ref of the entry at an absolute path, which need not exist; links are not followed.
+/// B_BAD_VALUE for an empty path.
+status_t get_ref_for_path(const char* path, entry_ref* ref);

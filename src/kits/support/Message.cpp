@@ -76,3 +76,23 @@ status_t BMessage::FindString(std::string_view name, std::string* text) const {
         *text = Bytes(data, size);
     return status;
 }
+
+// Neither part of a ref can hold a zero, so a zero parts them.
+
+status_t BMessage::AddRef(std::string_view name, const entry_ref* ref) {
+    const std::string both = ref->directory + '\0' + ref->name;
+    return AddData(name, B_REF_TYPE, both.data(), both.size());
+}
+
+status_t BMessage::FindRef(std::string_view name, int32 index, entry_ref* ref) const {
+    const void* data = nullptr;
+    std::size_t size = 0;
+    if (const status_t status = FindData(name, B_REF_TYPE, index, &data, &size); status != B_OK)
+        return status;
+    const std::string both = Bytes(data, size);
+    const std::size_t end = both.find('\0');
+    if (end == std::string::npos)
+        return B_BAD_VALUE;
+    *ref = {both.substr(0, end), both.substr(end + 1)};
+    return B_OK;
+}

@@ -1,6 +1,7 @@
 // A message: a code and named fields of typed data.
 #pragma once
 
+#include "kits/support/EntryRef.h"
 #include "kits/support/SupportDefs.h"
 
 #include <map>
@@ -10,6 +11,7 @@
 
 constexpr type_code B_RAW_TYPE = FourCC("RAWT");
 constexpr type_code B_INT32_TYPE = FourCC("LONG");
+constexpr type_code B_REF_TYPE = FourCC("RREF");
 constexpr type_code B_STRING_TYPE = FourCC("CSTR");
 
 /// A value type; a field holds one or more items of one type, in the order added. Operations answer
@@ -35,6 +37,9 @@ class BMessage {
     status_t FindInt32(std::string_view name, int32* value) const;
     status_t AddString(std::string_view name, std::string_view text);
     status_t FindString(std::string_view name, std::string* text) const;
+    status_t AddRef(std::string_view name, const entry_ref* ref);
+    status_t FindRef(std::string_view name, entry_ref* ref) const { return FindRef(name, 0, ref); }
+    status_t FindRef(std::string_view name, int32 index, entry_ref* ref) const;
 
   private:
     struct Field {

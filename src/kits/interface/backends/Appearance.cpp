@@ -28,6 +28,7 @@ QPushButton, QToolButton {
 QPushButton:hover, QToolButton:hover { border: 1px solid #5c5c5c; background: #f8f8f8; }
 QPushButton:focus, QToolButton:focus { border: 1px solid #2a609e; }
 QPushButton:pressed, QToolButton:pressed, QToolButton:open { background: #c6ccd4; }
+QPushButton:default { border: 2px solid #5a6f88; }
 QPushButton:disabled, QToolButton:disabled { color: #8c8c8c; }
 QToolButton::menu-indicator { image: none; }
 )";

@@ -1,0 +1,114 @@
+// The dialog in which a person chooses files to open, or where to save one.
+#pragma once
+
+#include "kits/application/Messenger.h"
+#include "kits/support/EntryRef.h"
+
+#include <memory>
+#include <string_view>
+#include <vector>
+
+struct stat;
+class BWindow;
+
+namespace kits {
+class FilePanelWindow;
+}
+
+enum file_panel_mode { B_OPEN_PANEL, B_SAVE_PANEL };
+
+// Kinds of entries, added up.
+
+constexpr uint32 B_FILE_NODE = 1;
+constexpr uint32 B_DIRECTORY_NODE = 4;
+
+/// What a panel without a message of its own sends.
+constexpr uint32 B_REFS_RECEIVED = FourCC("RRCV");
+constexpr uint32 B_SAVE_REQUESTED = FourCC("SAVE");
+
+/// Says which files a panel lists.
+class BRefFilter {
+  public:
+    virtual ~BRefFilter() = default;
+    /// Folders are not asked about. `status` is that of what a link points to.
+    virtual bool Filter(const entry_ref* ref, const struct stat* status) = 0;
+};
+
+/// What a person has confirmed goes to the target, as a copy of the panel's message with
+///
+/// - open mode: "refs", an entry_ref for each selected entry,
+/// - save mode: "directory" (entry_ref) and "name" (string), once the name is one that a file can
+///   have and the person agrees to replace a file that exists,
+/// - always: "panel" (int32), the Id() of the panel.
+///
+/// The window is there from the start, hidden; its first child holds the views "PoseView" (the
+/// list), "HScrollBar", "VScrollBar", "CountVw" (how many entries are listed), "cancel button",
+/// "default button" and, in save mode, "text view" (the file name). Window thread.
+class BFilePanel {
+  public:
+    /// A null target is the application, a null directory the person's home folder, no flavours
+    /// are files. With B_DIRECTORY_NODE a selected folder can be the result. Takes the message,
+    /// which may be null; the target is copied, the filter must outlive the panel. After a result
+    /// the panel hides itself if `hideWhenDone`.
+    explicit BFilePanel(file_panel_mode mode = B_OPEN_PANEL, const BMessenger* target = nullptr,
+                        const entry_ref* directory = nullptr, uint32 nodeFlavors = 0,
+                        bool multipleSelection = true, BMessage* message = nullptr,
+                        BRefFilter* filter = nullptr, bool modal = false, bool hideWhenDone = true);
+    virtual ~BFilePanel();
+    BFilePanel(const BFilePanel&) = delete;
+    BFilePanel& operator=(const BFilePanel&) = delete;
+
+    // Hooks.
+
+    /// The panel has been hidden, after a result or because the person has cancelled it.
+    virtual void WasHidden() {}
+    /// Another entry has been selected, or none.
+    virtual void SelectionChanged() {}
+    /// Sends the result; `message` is a copy that may be changed.
+    virtual void SendMessage(const BMessenger* to, BMessage* message);
+
+    /// Null once the application has gone.
+    BWindow* Window() const;
+    file_panel_mode PanelMode() const { return mode; }
+    /// Differs from that of every other panel of this run.
+    int32 Id() const { return id; }
+    /// The panel that has sent the message; null if it has gone, or if no panel sent it.
+    static BFilePanel* SenderOf(const BMessage& message);
+
+    /// The messenger is copied.
+    void SetTarget(const BMessenger& next) { target = next; }
+    const BMessenger& Target() const { return target; }
+    /// The message is copied.
+    void SetMessage(const BMessage* next) { message = *next; }
+    const BMessage& Message() const { return message; }
+
+    /// A folder that cannot be read is reported when the panel is next on the screen, and the
+    /// nearest one above it that can be read is shown.
+    void SetPanelDirectory(const char* path);
+    void SetPanelDirectory(const entry_ref* ref);
+    void GetPanelDirectory(entry_ref* ref) const;
+    /// Save mode: the name in the text field.
+    void SetSaveText(std::string_view name);
+
+    /// On the current desktop, with the folder read anew.
+    void Show();
+    void Hide();
+    bool IsShowing() const;
+
+    /// GetNextSelectedRef starts anew, with what is selected now.
+    void Rewind();
+    /// B_ENTRY_NOT_FOUND when all have been given.
+    status_t GetNextSelectedRef(entry_ref* ref);
+
+  private:
+    friend class kits::FilePanelWindow;
+
+    file_panel_mode mode;
+    int32 id;
+    BMessenger target;
+    BMessage message;
+    bool hideWhenDone;
+    kits::FilePanelWindow* window;
+    std::vector<entry_ref> refs;
+    std::size_t next = 0;
+};

@@ -1,0 +1,25 @@
+// A slider for a whole number.
+#pragma once
+
+#include "kits/interface/Control.h"
+
+class QSlider;
+
+/// Shows its label and number above the slider. While the user moves it, by mouse or keyboard, it
+/// sends its message with the number as int32 "be:value". Window thread.
+class BSlider : public BControl {
+  public:
+    BSlider(BRect frame, const char* name, const char* label, BMessage* message, int32 minimum,
+            int32 maximum, uint32 resizingMode = B_FOLLOW_LEFT | B_FOLLOW_TOP,
+            uint32 flags = B_WILL_DRAW | B_NAVIGABLE);
+
+    int32 Value() const;
+    /// Sends nothing.
+    void SetValue(int32 value);
+    /// As if the user had moved it.
+    void Move(int32 value);
+
+  private:
+    QSlider* slider;
+    bool silent = false;
+};

@@ -1,0 +1,45 @@
+// The list of a folder's entries in a file panel.
+#pragma once
+
+#include "kits/interface/backends/FolderModel.h"
+
+#include <QTreeView>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace kits {
+
+/// Keeps what is selected when the list is sorted, filtered or read anew.
+class FileList : public QTreeView {
+  public:
+    /// The model must outlive the list.
+    FileList(FolderModel& model, bool multipleSelection);
+
+    /// Enter, or a double click.
+    std::function<void()> onActivated;
+    /// Backspace.
+    std::function<void()> onParent;
+    std::function<void()> onSelection;
+
+    /// In the order of the list.
+    std::vector<const FolderModel::Entry*> Selected() const;
+    /// That entry alone, and brings it into view; where it is not listed, none is selected and the
+    /// first has the keyboard.
+    void Select(const std::string& name);
+
+  protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+
+  private:
+    void Remember();
+    void Restore();
+
+    FolderModel& model;
+    std::vector<std::string> names;
+    std::string current;
+    bool restoring = false;
+};
+
+} // namespace kits

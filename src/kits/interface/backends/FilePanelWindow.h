@@ -1,0 +1,84 @@
+// The window of a file panel: its views, and what they do.
+#pragma once
+
+#include "kits/interface/FilePanel.h"
+#include "kits/interface/Window.h"
+#include "kits/interface/backends/FolderModel.h"
+
+#include <QFileSystemWatcher>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+class BButton;
+
+namespace kits {
+
+class CompletingField;
+class FileList;
+class TextView;
+
+/// Lives until its panel goes; closing it hides it.
+class FilePanelWindow : public BWindow {
+  public:
+    FilePanelWindow(BFilePanel& panel, uint32 nodeFlavors, bool multipleSelection,
+                    BRefFilter* filter, bool modal);
+    ~FilePanelWindow() override;
+
+    bool QuitRequested() override;
+    void MessageReceived(BMessage* message) override;
+
+    /// The panel is being deleted.
+    void Abandon();
+
+    /// What to list; read at once where the window is shown, else when it will be.
+    void SetFolder(const std::filesystem::path& next);
+    const std::filesystem::path& Folder() const { return folder; }
+    void SetName(const QString& name);
+    std::vector<entry_ref> SelectedRefs() const;
+
+    void Present();
+    /// Hides the window and tells the panel.
+    void Dismiss();
+
+  private:
+    bool SaveMode() const { return name != nullptr; }
+    void AddNavigation(BView& background);
+    void AddList(BView& background);
+    void AddChoices(BView& background, file_panel_mode mode);
+    void AddShortcuts();
+
+    /// Lists the folder, or reports why not and answers false.
+    bool Enter(const std::filesystem::path& next, const std::string& select = "");
+    void EnterParent();
+    void Reload();
+    void ToggleHidden();
+    void EditPath();
+    void GoToTypedPath();
+    QStringList FoldersLike(const QString& text) const;
+    QStringList NamesListed() const;
+
+    void ListActivated();
+    void SelectionChanged();
+    void ShowState();
+    /// The default button.
+    void Confirm();
+    void ConfirmName();
+    void Send(BMessage message);
+    void Complain(const std::string& text);
+
+    BFilePanel* panel;
+    uint32 flavors;
+    std::filesystem::path folder;
+    FolderModel model;
+    FileList* list = nullptr;
+    CompletingField* path = nullptr;
+    /// Null in open mode.
+    CompletingField* name = nullptr;
+    BButton* parentButton = nullptr;
+    BButton* defaultButton = nullptr;
+    TextView* count = nullptr;
+    QFileSystemWatcher watcher;
+};
+
+} // namespace kits

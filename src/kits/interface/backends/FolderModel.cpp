@@ -1,0 +1,152 @@
+#include "kits/interface/backends/FolderModel.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QLocale>
+#include <QStyle>
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <memory>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+namespace kits {
+
+namespace {
+
+constexpr const char* kTitles[FolderModel::kColumns] = {"Name", "Size", "Changed"};
+
+struct CloseFolder {
+    void operator()(DIR* folder) const { ::closedir(folder); }
+};
+
+} // namespace
+
+FolderModel::FolderModel(Filter filter) : filter(std::move(filter)) {
+    // "take 9" comes before "take 10".
+    collator.setNumericMode(true);
+    collator.setCaseSensitivity(Qt::CaseInsensitive);
+}
+
+Result<void> FolderModel::Read(const std::filesystem::path& next) {
+    const std::unique_ptr<DIR, CloseFolder> open(::opendir(next.c_str()));
+    if (!open)
+        return Error{std::strerror(errno)};
+    std::vector<Entry> found;
+    errno = 0;
+    while (const dirent* item = ::readdir(open.get())) {
+        const std::string name = item->d_name;
+        if (name == "." || name == "..")
+            continue;
+        struct stat status {};
+        // A link that leads nowhere is listed as what it is.
+        if (::fstatat(::dirfd(open.get()), item->d_name, &status, 0) != 0 &&
+            ::fstatat(::dirfd(open.get()), item->d_name, &status, AT_SYMLINK_NOFOLLOW) != 0)
+            continue;
+        const bool isFolder = S_ISDIR(status.st_mode);
+        if (isFolder || filter(name, status))
+            found.push_back({name, QFile::decodeName(name.c_str()), isFolder, status.st_size,
+                             QDateTime::fromSecsSinceEpoch(status.st_mtime)});
+        errno = 0;
+    }
+    if (errno != 0)
+        return Error{std::strerror(errno)};
+    beginResetModel();
+    folder = next;
+    entries = std::move(found);
+    Arrange();
+    endResetModel();
+    return {};
+}
+
+void FolderModel::ShowHidden(bool show) {
+    beginResetModel();
+    showsHidden = show;
+    Arrange();
+    endResetModel();
+}
+
+void FolderModel::sort(int column, Qt::SortOrder order) {
+    beginResetModel();
+    sortColumn = column;
+    sortOrder = order;
+    Arrange();
+    endResetModel();
+}
+
+void FolderModel::Arrange() {
+    rows.clear();
+    for (std::size_t i = 0; i < entries.size(); i++) {
+        if (showsHidden || !entries[i].name.starts_with('.'))
+            rows.push_back(i);
+    }
+    std::sort(rows.begin(), rows.end(),
+              [this](std::size_t a, std::size_t b) { return Before(entries[a], entries[b]); });
+}
+
+bool FolderModel::Before(const Entry& a, const Entry& b) const {
+    if (a.folder != b.folder)
+        return a.folder;
+    const bool down = sortOrder == Qt::DescendingOrder;
+    if (sortColumn == kSize && !a.folder && a.size != b.size)
+        return (a.size < b.size) != down;
+    if (sortColumn == kDate && a.changed != b.changed)
+        return (a.changed < b.changed) != down;
+    // Among equals the order of the names stays the usual one.
+    const bool namesDown = down && sortColumn == kName;
+    if (const int order = collator.compare(a.label, b.label); order != 0)
+        return (order < 0) != namesDown;
+    return a.name != b.name && (a.name < b.name) != namesDown;
+}
+
+QModelIndex FolderModel::Find(const std::string& name) const {
+    for (std::size_t i = 0; i < rows.size(); i++) {
+        if (entries[rows[i]].name == name)
+            return index(static_cast<int>(i), kName);
+    }
+    return {};
+}
+
+int FolderModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : static_cast<int>(rows.size());
+}
+
+int FolderModel::columnCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : static_cast<int>(kColumns);
+}
+
+QVariant FolderModel::data(const QModelIndex& index, int role) const {
+    const Entry& entry = At(index.row());
+    if (role == Qt::DecorationRole && index.column() == kName)
+        return QApplication::style()->standardIcon(entry.folder ? QStyle::SP_DirIcon
+                                                                : QStyle::SP_FileIcon);
+    if (role == Qt::TextAlignmentRole && index.column() == kSize)
+        return QVariant(Qt::AlignRight | Qt::AlignVCenter);
+    if (role == Qt::ToolTipRole)
+        return entry.label;
+    if (role != Qt::DisplayRole)
+        return {};
+    switch (index.column()) {
+    case kName:
+        return entry.label;
+    case kSize:
+        return entry.folder ? QString() : QLocale().formattedDataSize(entry.size);
+    default:
+        return entry.changed.toString("yyyy-MM-dd hh:mm");
+    }
+}
+
+QVariant FolderModel::headerData(int section, Qt::Orientation orientation, int role) const {
+    if (orientation != Qt::Horizontal)
+        return {};
+    if (role == Qt::DisplayRole)
+        return kTitles[section];
+    if (role == Qt::TextAlignmentRole)
+        return QVariant((section == kSize ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
+    return {};
+}
+
+} // namespace kits

@@ -1,0 +1,68 @@
+// The content of a folder as the toolkit's lists show it.
+#pragma once
+
+#include "kits/support/Result.h"
+
+#include <QAbstractTableModel>
+#include <QCollator>
+#include <QDateTime>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+struct stat;
+
+namespace kits {
+
+/// One row per entry, folders first; columns are name, size and date of the last change.
+class FolderModel : public QAbstractTableModel {
+  public:
+    enum Column { kName, kSize, kDate, kColumns };
+
+    struct Entry {
+        /// As the file system has it; a name need not be text.
+        std::string name;
+        QString label;
+        bool folder;
+        qint64 size;
+        QDateTime changed;
+    };
+    /// Whether a file is listed.
+    using Filter = std::function<bool(const std::string& name, const struct stat& status)>;
+
+    explicit FolderModel(Filter filter);
+
+    /// Lists that folder. The error gives the system's reason; the list stays as it was then.
+    Result<void> Read(const std::filesystem::path& folder);
+    const std::filesystem::path& Folder() const { return folder; }
+
+    void ShowHidden(bool show);
+    bool ShowsHidden() const { return showsHidden; }
+
+    const Entry& At(int row) const { return entries[rows[static_cast<std::size_t>(row)]]; }
+    /// Null if it is not listed.
+    QModelIndex Find(const std::string& name) const;
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    int columnCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+    void sort(int column, Qt::SortOrder order) override;
+
+  private:
+    void Arrange();
+    bool Before(const Entry& a, const Entry& b) const;
+
+    Filter filter;
+    std::filesystem::path folder;
+    std::vector<Entry> entries;
+    /// Indices of the entries that are listed, in their order.
+    std::vector<std::size_t> rows;
+    bool showsHidden = false;
+    int sortColumn = kName;
+    Qt::SortOrder sortOrder = Qt::AscendingOrder;
+    QCollator collator;
+};
+
+} // namespace kits

@@ -1,0 +1,22 @@
+// A folder in which files are made.
+#pragma once
+
+#include "kits/storage/Entry.h"
+
+/// An existing folder. Any thread.
+class BDirectory {
+  public:
+    explicit BDirectory(const char* path) { SetTo(path); }
+    explicit BDirectory(const entry_ref* ref) { SetTo(BPath(ref).Path()); }
+
+    /// B_ENTRY_NOT_FOUND if there is nothing, B_BAD_TYPE if it is not a folder.
+    status_t SetTo(const char* path);
+    status_t InitCheck() const { return status; }
+
+    /// Absolute.
+    const BPath& Path() const { return path; }
+
+  private:
+    BPath path;
+    status_t status = B_NO_INIT;
+};

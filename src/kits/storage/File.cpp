@@ -1,0 +1,66 @@
+#include "kits/storage/File.h"
+
+#include "kits/storage/FileName.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+BFile::BFile(const BDirectory* directory, const char* name, uint32 mode) {
+    if (kits::FileNameFault(name))
+        status = B_BAD_VALUE;
+    else if (directory->InitCheck() != B_OK)
+        status = directory->InitCheck();
+    else
+        SetTo(BPath(directory->Path().Path(), name).Path(), mode);
+}
+
+BFile::~BFile() {
+    if (descriptor >= 0)
+        ::close(descriptor);
+}
+
+status_t BFile::SetTo(const char* path, uint32 mode) {
+    if (descriptor >= 0)
+        ::close(descriptor);
+    descriptor = -1;
+    replacement.reset();
+    if (mode == B_READ_ONLY) {
+        descriptor = ::open(path, O_RDONLY | O_CLOEXEC);
+        return status = descriptor < 0 ? -errno : B_OK;
+    }
+    if (mode != (B_WRITE_ONLY | B_CREATE_FILE | B_ERASE_FILE))
+        return status = B_BAD_VALUE;
+    kits::Result<kits::FileReplacement> created = kits::FileReplacement::Create(path);
+    if (!created)
+        return status = B_IO_ERROR;
+    replacement.emplace(*std::move(created));
+    return status = B_OK;
+}
+
+ssize_t BFile::Write(const void* data, std::size_t size) {
+    if (!replacement)
+        return B_NO_INIT;
+    if (!replacement->Write({static_cast<const char*>(data), size}))
+        return B_IO_ERROR;
+    return static_cast<ssize_t>(size);
+}
+
+ssize_t BFile::Read(void* data, std::size_t size) {
+    if (descriptor < 0)
+        return B_NO_INIT;
+    while (true) {
+        const ssize_t count = ::read(descriptor, data, size);
+        if (count >= 0)
+            return count;
+        if (errno != EINTR)
+            return -errno;
+    }
+}
+
+status_t BFile::Commit() {
+    if (!replacement)
+        return B_NO_INIT;
+    const bool done = static_cast<bool>(replacement->Commit());
+    replacement.reset();
+    return done ? B_OK : B_IO_ERROR;
+}

@@ -1,0 +1,43 @@
+// A file as bytes that are read, or written anew.
+#pragma once
+
+#include "kits/storage/Directory.h"
+#include "kits/storage/FileReplacement.h"
+#include "kits/support/DataIO.h"
+
+#include <optional>
+
+// How a file is opened: B_READ_ONLY, or all of the others added up.
+
+constexpr uint32 B_READ_ONLY = 0;
+constexpr uint32 B_WRITE_ONLY = 1;
+constexpr uint32 B_CREATE_FILE = 0x0200;
+constexpr uint32 B_ERASE_FILE = 0x0400;
+
+/// A file that is written has its new content only from Commit on; destroyed before that, it leaves
+/// nothing behind and an old file as it was. Any thread.
+class BFile : public BDataIO {
+  public:
+    BFile(const char* path, uint32 mode) { SetTo(path, mode); }
+    /// B_BAD_VALUE for a name that no file can have.
+    BFile(const BDirectory* directory, const char* name, uint32 mode);
+    ~BFile() override;
+    BFile(const BFile&) = delete;
+    BFile& operator=(const BFile&) = delete;
+
+    status_t SetTo(const char* path, uint32 mode);
+    /// B_OK, or why the file could not be opened.
+    status_t InitCheck() const { return status; }
+
+    ssize_t Write(const void* data, std::size_t size) override;
+    /// The number of bytes, 0 at the end, or a negative status.
+    ssize_t Read(void* data, std::size_t size);
+
+    /// Brings what was written to the disk and puts it in the file's place; the file is closed.
+    status_t Commit();
+
+  private:
+    int descriptor = -1;
+    std::optional<kits::FileReplacement> replacement;
+    status_t status = B_NO_INIT;
+};

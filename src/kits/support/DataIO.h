@@ -1,0 +1,14 @@
+// What bytes can be written to.
+#pragma once
+
+#include <cstddef>
+
+#include <sys/types.h>
+
+/// A destination of bytes.
+class BDataIO {
+  public:
+    virtual ~BDataIO() = default;
+    /// Writes all of it and returns the size, or a negative status.
+    virtual ssize_t Write(const void* data, std::size_t size) = 0;
+};

@@ -1,0 +1,14 @@
+// The name of an entry in the file system, as messages carry it.
+#pragma once
+
+#include <string>
+
+/// Names an entry of a folder in messages and to other kits.
+struct entry_ref {
+    /// The absolute path of the folder.
+    std::string directory;
+    /// Empty where the entry is the root folder.
+    std::string name;
+
+    bool operator==(const entry_ref&) const = default;
+};

@@ -1,0 +1,23 @@
+// A bitmap as the source of a translation.
+#pragma once
+
+#include "kits/support/Bitmap.h"
+
+#include <memory>
+
+/// Owns the bitmap until it is detached. Window thread.
+class BBitmapStream {
+  public:
+    explicit BBitmapStream(BBitmap* bitmap) : bitmap(bitmap) {}
+
+    /// Null once it has been detached.
+    const BBitmap* Bitmap() const { return bitmap.get(); }
+    /// Gives the bitmap to the caller. B_NO_INIT if there is none.
+    status_t DetachBitmap(BBitmap** result) {
+        *result = bitmap.release();
+        return *result ? B_OK : B_NO_INIT;
+    }
+
+  private:
+    std::unique_ptr<BBitmap> bitmap;
+};

@@ -1,0 +1,58 @@
+#include "views/ImageExport.h"
+
+#include "kits/interface/Alert.h"
+#include "kits/storage/File.h"
+#include "kits/translation/BitmapStream.h"
+#include "kits/translation/TranslatorRoster.h"
+
+#include <cstring>
+
+namespace vexa {
+
+namespace {
+
+/// Beyond it no picture is made: the largest coordinate that the toolkit's painting knows.
+constexpr int32 kLargestSize = 32767;
+
+void Tell(const char* text) {
+    (new BAlert("", text, "OK"))->Go();
+}
+
+} // namespace
+
+std::optional<ImageRequest> ReadImageRequest(const BMessage& message) {
+    ImageRequest request;
+    const void* id = nullptr;
+    std::size_t length = 0;
+    int32 format = 0;
+    if (message.FindData("translator_id", B_RAW_TYPE, 0, &id, &length) != B_OK ||
+        length < sizeof request.translator ||
+        message.FindInt32("translator_format", &format) != B_OK ||
+        message.FindInt32("size", &request.size) != B_OK ||
+        message.FindRef("directory", &request.directory) != B_OK ||
+        message.FindString("name", &request.name) != B_OK)
+        return std::nullopt;
+    std::memcpy(&request.translator, id, sizeof request.translator);
+    request.format = static_cast<uint32>(format);
+    return request;
+}
+
+void ExportImage(const ImageRequest& request,
+                 const std::function<std::unique_ptr<BBitmap>(int32 size)>& makeBitmap) {
+    const BDirectory directory(&request.directory);
+    BFile file(&directory, request.name.c_str(), B_WRITE_ONLY | B_CREATE_FILE | B_ERASE_FILE);
+    if (file.InitCheck() != B_OK)
+        return Tell("Could not create file.");
+    std::unique_ptr<BBitmap> bitmap;
+    if (request.size >= 0 && request.size <= kLargestSize)
+        bitmap = makeBitmap(request.size);
+    BBitmapStream stream(bitmap.release());
+    status_t status = BTranslatorRoster::Default()->Translate(request.translator, &stream, nullptr,
+                                                              &file, request.format);
+    if (status == B_OK)
+        status = file.Commit();
+    if (status != B_OK)
+        Tell("Could not save the image.");
+}
+
+} // namespace vexa

@@ -1,0 +1,28 @@
+// The file panel that saves pictures of the plane, of any size.
+#pragma once
+
+#include "views/TranslatorSavePanel.h"
+
+class BTextControl;
+
+namespace vexa {
+
+/// Its result has "size" (int32) too: the edge of the picture as BRect counts it, one less than its
+/// pixels. It is what the person has last confirmed in the field, and 0 for a text that is no
+/// number. Window thread.
+class R2RFVTranslatorSavePanel : public TranslatorSavePanel {
+  public:
+    R2RFVTranslatorSavePanel(const char* name, BMessenger* target, entry_ref* directory,
+                             uint32 nodeFlavors, bool multipleSelection, BMessage* message,
+                             BRefFilter* filter, bool modal, bool hideWhenDone);
+
+    void MessageReceived(BMessage* message) override;
+
+  protected:
+    void AddFields(BMessage& message) const override;
+
+  private:
+    BTextControl* sizeControl = nullptr;
+};
+
+} // namespace vexa

@@ -1,0 +1,21 @@
+// A line of the menu of picture formats.
+#pragma once
+
+#include "kits/interface/Menu.h"
+#include "kits/translation/TranslationDefs.h"
+
+namespace vexa {
+
+/// Window thread.
+class TranslatorMenuItem : public BMenuItem {
+  public:
+    TranslatorMenuItem(const char* label, BMessage* message, uint32 translatorId, uint32 outputType)
+        : BMenuItem(label, message), translatorId(translatorId), outputType(outputType) {}
+
+    /// Who writes the format.
+    translator_id translatorId;
+    /// The format's type code.
+    uint32 outputType;
+};
+
+} // namespace vexa

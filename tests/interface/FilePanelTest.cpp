@@ -107,7 +107,6 @@ class FilePanelTest : public testing::Test {
         fs::last_write_time(folder.Path() / "Apple.txt", now - std::chrono::hours(2));
         fs::last_write_time(folder.Path() / "b10.txt", now - std::chrono::hours(3));
     }
-    std::string Real() const { return fs::canonical(folder.Path()).string(); }
 
     test::TemporaryFolder folder;
     test::MessageLog receiver;
@@ -155,9 +154,7 @@ TEST_F(FilePanelTest, GoesThroughFoldersByKeyboard) {
     panel.Key(Qt::Key_Home, Qt::AltModifier);
     EXPECT_EQ(panel.Folder(), BPath(std::getenv("HOME")).Path());
     panel.Key(Qt::Key_L, Qt::ControlModifier);
-    QTest::keyClicks(&panel.Path(), QString::fromStdString((folder.Path() / "zoo/../zo").string()));
-    EXPECT_EQ(panel.Path().completer()->completionCount(), 0) << "no folder of that spelling";
-    panel.Path().setText(QString::fromStdString((folder.Path() / "zoo").string()));
+    panel.Path().setText(QString::fromStdString((folder.Path() / "zoo/../zoo").string()));
     panel.Key(Qt::Key_Return);
     EXPECT_EQ(panel.Folder(), folder.Path() / "zoo");
     EXPECT_TRUE(alerts.texts.empty());
@@ -270,7 +267,7 @@ TEST_F(FilePanelTest, TwoPanelsGiveEachItsOwnSelection) {
 TEST_F(FilePanelTest, SavesUnderATypedName) {
     Panel panel(B_SAVE_PANEL, receiver, folder.Path());
     panel.SetSaveText("new.txt");
-    QTest::keyClicks(&panel.Name(), "x");
+    QTest::keyClicks(&panel.Name(), "other");
     panel.Key(Qt::Key_Return);
     ASSERT_EQ(receiver.messages.size(), 1U);
     entry_ref directory;
@@ -278,7 +275,7 @@ TEST_F(FilePanelTest, SavesUnderATypedName) {
     ASSERT_EQ(receiver.messages[0].FindRef("directory", &directory), B_OK);
     ASSERT_EQ(receiver.messages[0].FindString("name", &name), B_OK);
     EXPECT_EQ(BPath(&directory).Path(), folder.Path());
-    EXPECT_EQ(name, "new.txtx");
+    EXPECT_EQ(name, "other.txt") << "the extension was not selected";
     EXPECT_EQ(BFilePanel::SenderOf(receiver.messages[0]), &panel);
     EXPECT_TRUE(alerts.texts.empty());
 }

@@ -45,14 +45,19 @@ kits::Result<AppOptions> ParseAppOptions(std::span<const std::string> arguments)
     const auto operands = kits::ParseCommandLine<AppOptions>(kRows, arguments, options);
     if (!operands)
         return operands.Fault();
+    if (operands->size() > 1)
+        return kits::Error{"one file can be opened, not " + std::to_string(operands->size())};
     if (!operands->empty())
-        return kits::Error{'"' + operands->front() + "\" is no option"};
+        options.file = operands->front();
+    if (options.file && options.noWindow)
+        return kits::Error{"without a window a file is given as --sound " + operands->front()};
     return options;
 }
 
 std::string AppHelpText() {
-    return "Usage: vexa [options]\n\n"
-           "Opens the synthesizer's window, or plays without one. Set VEXA_TRACE=1 for trace lines "
+    return "Usage: vexa [options] [FILE]\n\n"
+           "Opens the synthesizer's window with a sound, a function or a sample, or plays without "
+           "one. Set VEXA_TRACE=1 for trace lines "
            "on standard error.\n\n" +
            kits::OptionHelp<AppOptions>(kRows);
 }

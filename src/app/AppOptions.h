@@ -17,6 +17,8 @@ struct AppOptions {
     Action action = Action::Play;
 
     bool noWindow = false;
+    /// A sound, a function or a sample to start with.
+    std::optional<std::filesystem::path> file;
     /// Without a value: sounds/default.xml of the program folder.
     std::optional<std::filesystem::path> sound;
     /// Most voices at once. Without a value: 20 without a window, and with one what its menu says.
@@ -30,7 +32,8 @@ struct AppOptions {
 };
 
 /// What goes to standard error after a wrong command line's fault.
-constexpr const char* kAppUsageHint = "Usage: vexa [options]; vexa --help names the options.";
+constexpr const char* kAppUsageHint =
+    "Usage: vexa [options] [FILE]; vexa --help names the options.";
 /// Exit code after a wrong command line.
 constexpr int kAppUsageExitCode = 2;
 

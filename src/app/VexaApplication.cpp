@@ -29,6 +29,8 @@ VexaApplication::VexaApplication(const AppOptions& options,
     window->Show();
     if (options.sound)
         view.LoadSound(*options.sound);
+    if (options.file)
+        view.Open(*options.file);
     if (options.voices)
         Choose(view.VoicesMenu(), VoicesCode(*options.voices));
     if (options.channel)

@@ -59,6 +59,8 @@ class VexaView : public BView {
     /// "sounds/default.xml"; what is wrong with it goes to standard error only.
     void LoadDefaultSound();
     bool LoadSound(const std::filesystem::path& path);
+    /// Loads a sound, a function or a sample, whichever the file is.
+    void Open(const std::filesystem::path& path);
     bool LoadFunction(const std::filesystem::path& path);
     /// Into the folder sounds or functions, under a plain file name.
     void SaveSound(const std::string& name);
@@ -125,7 +127,7 @@ class VexaView : public BView {
     bool TakeSource(uint32 code);
 
     // File panels.
-    void ShowPanel(file_panel_mode mode, uint32 result, const char* folder);
+    void ShowPanel(file_panel_mode mode, uint32 result, const char* folder, const char* title);
     void RemovePanel(const BMessage& message);
     static std::string ChosenPath(const BMessage& message);
     bool MayReplace(const BMessage& message, const char* folder, const std::string& name);

@@ -1,6 +1,7 @@
 // Function and sound documents into the main view, and out of it.
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
+#include "documents/DocumentKind.h"
 #include "documents/FunctionDocument.h"
 #include "documents/FunctionSource.h"
 #include "documents/SoundDocument.h"
@@ -107,6 +108,20 @@ bool VexaView::LoadSound(const std::filesystem::path& path) {
     else
         ErrorAlert(sound.Fault().text.c_str());
     return bool(sound);
+}
+
+void VexaView::Open(const std::filesystem::path& path) {
+    switch (KindOf(path)) {
+    case DocumentKind::Sound:
+        LoadSound(path);
+        break;
+    case DocumentKind::Function:
+        LoadFunction(path);
+        break;
+    case DocumentKind::Sample:
+        OpenSample(path);
+        break;
+    }
 }
 
 void VexaView::LoadDefaultSound() {

@@ -3,6 +3,7 @@
 #include "app/VexaView.h"
 #include "kits/interface/Alert.h"
 #include "kits/interface/FilePanel.h"
+#include "kits/interface/Window.h"
 #include "kits/storage/Entry.h"
 
 #include <filesystem>
@@ -18,6 +19,7 @@ struct PanelCommand {
     uint32 result;
     /// In the program folder.
     const char* folder;
+    const char* title;
     void (VexaView::*open)(const std::string& path);
     void (VexaView::*save)(const std::string& name);
 };
@@ -27,18 +29,20 @@ struct PanelCommand {
 /// Shows a panel, or takes the result of one; false for any other message.
 bool VexaView::TakePanelCommand(const BMessage& message) {
     static const PanelCommand kCommands[] = {
-        {kLoadFunctionCode, B_OPEN_PANEL, kFunctionLoadedCode, "functions", &VexaView::OpenFunction,
-         nullptr},
-        {kSaveFunctionCode, B_SAVE_PANEL, kFunctionSavedCode, "functions", nullptr,
+        {kLoadFunctionCode, B_OPEN_PANEL, kFunctionLoadedCode, "functions", "Load f(x,y)",
+         &VexaView::OpenFunction, nullptr},
+        {kSaveFunctionCode, B_SAVE_PANEL, kFunctionSavedCode, "functions", "Save f(x,y)", nullptr,
          &VexaView::SaveFunction},
-        {kLoadSoundCode, B_OPEN_PANEL, kSoundLoadedCode, "sounds", &VexaView::OpenSound, nullptr},
-        {kSaveSoundCode, B_SAVE_PANEL, kSoundSavedCode, "sounds", nullptr, &VexaView::SaveSound},
-        {kLoadSampleCode, B_OPEN_PANEL, kSampleLoadedCode, "samples", &VexaView::OpenSample,
-         nullptr},
+        {kLoadSoundCode, B_OPEN_PANEL, kSoundLoadedCode, "sounds", "Load Sound",
+         &VexaView::OpenSound, nullptr},
+        {kSaveSoundCode, B_SAVE_PANEL, kSoundSavedCode, "sounds", "Save Sound", nullptr,
+         &VexaView::SaveSound},
+        {kLoadSampleCode, B_OPEN_PANEL, kSampleLoadedCode, "samples", "Load Sample",
+         &VexaView::OpenSample, nullptr},
     };
     for (const PanelCommand& command : kCommands) {
         if (message.what == command.button) {
-            ShowPanel(command.mode, command.result, command.folder);
+            ShowPanel(command.mode, command.result, command.folder, command.title);
             return true;
         }
         if (message.what != command.result)
@@ -58,13 +62,15 @@ bool VexaView::TakePanelCommand(const BMessage& message) {
     return false;
 }
 
-void VexaView::ShowPanel(file_panel_mode mode, uint32 result, const char* folder) {
+void VexaView::ShowPanel(file_panel_mode mode, uint32 result, const char* folder,
+                         const char* title) {
     // Those that were cancelled are of no more use.
     std::erase_if(panels, [](const auto& panel) { return !panel->IsShowing(); });
     const BMessenger self(this);
     auto panel = std::make_unique<BFilePanel>(mode, &self, nullptr, B_FILE_NODE, false,
                                               new BMessage(result), nullptr, false, true);
     panel->SetPanelDirectory((programFolder / folder).c_str());
+    panel->Window()->SetTitle(title);
     panel->Show();
     panels.push_back(std::move(panel));
 }

@@ -1,10 +1,10 @@
 #include "documents/FunctionDocument.h"
 
+#include "documents/DocumentKind.h"
+
 namespace vexa {
 
 namespace {
-
-constexpr const char* kFileType = "text/orvo-Vexa-function";
 
 std::unique_ptr<MXFragment> ConstructPoint(const char* name, const Function::Point& point) {
     auto element = std::make_unique<MXFragment>(MX_ELEMENT, name);
@@ -72,7 +72,7 @@ kits::Result<Function> ReadFunction(const std::filesystem::path& path, const Fun
 kits::Result<void> WriteFunction(const std::filesystem::path& path, const Function& function) {
     MXDocument document = ConstructDocumentTemplate(RootName(function));
     document.root = ConstructFunctionElement(function);
-    return SaveDocument(path, document, kFileType);
+    return SaveDocument(path, document, kFunctionFileType);
 }
 
 } // namespace vexa

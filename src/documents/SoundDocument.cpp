@@ -1,5 +1,6 @@
 #include "documents/SoundDocument.h"
 
+#include "documents/DocumentKind.h"
 #include "documents/FunctionDocument.h"
 #include "kits/support/NumberText.h"
 #include "kits/support/Quoted.h"
@@ -13,7 +14,6 @@ namespace vexa {
 
 namespace {
 
-constexpr const char* kFileType = "text/orvo-Vexa-sound";
 constexpr const char* kRootName = "vexasound";
 constexpr const char* kPoint = "envpoint";
 constexpr const char* kPoints = "envdata";
@@ -153,7 +153,7 @@ kits::Result<Sound> ReadSound(const std::filesystem::path& path, const Sound& st
 kits::Result<void> WriteSound(const std::filesystem::path& path, const Sound& sound) {
     MXDocument document = ConstructDocumentTemplate(kRootName);
     document.root = ConstructSoundElement(sound);
-    return SaveDocument(path, document, kFileType);
+    return SaveDocument(path, document, kSoundFileType);
 }
 
 } // namespace vexa

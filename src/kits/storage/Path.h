@@ -12,7 +12,7 @@ class BPath {
   public:
     BPath() = default;
     explicit BPath(const char* path, const char* leaf = nullptr) { SetTo(path, leaf); }
-    explicit BPath(const entry_ref* ref) { SetTo((ref->directory + "/" + ref->name).c_str()); }
+    explicit BPath(const entry_ref* ref) { SetTo(ref->directory.c_str(), ref->name.c_str()); }
 
     /// `leaf`, a relative path, is appended. B_BAD_VALUE for an empty path or an absolute leaf.
     status_t SetTo(const char* path, const char* leaf = nullptr);

@@ -25,7 +25,11 @@ struct CloseFolder {
 
 } // namespace
 
-FolderModel::FolderModel(Filter filter) : filter(std::move(filter)) {
+// Where the system names no language there are no rules for numbers either, so English ones are
+// used.
+FolderModel::FolderModel(Filter filter)
+    : filter(std::move(filter)),
+      collator(QLocale().language() == QLocale::C ? QLocale(QLocale::English) : QLocale()) {
     // "take 9" comes before "take 10".
     collator.setNumericMode(true);
     collator.setCaseSensitivity(Qt::CaseInsensitive);

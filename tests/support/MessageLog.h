@@ -1,0 +1,16 @@
+// A handler that keeps what it is sent.
+#pragma once
+
+#include "kits/application/Handler.h"
+
+#include <vector>
+
+namespace test {
+
+class MessageLog : public BHandler {
+  public:
+    void MessageReceived(BMessage* message) override { messages.push_back(*message); }
+    std::vector<BMessage> messages;
+};
+
+} // namespace test

@@ -27,7 +27,8 @@ TEST(VexaProgram, SaysWhatIsWrongWithItsCommandLine) {
         {{"--channel", "17"}, "--channel"},
         {{"--audio", "oss"}, "jack, pulse, alsa or none"},
         {{"--midi", ""}, "--midi needs a value"},
-        {{"song.mid"}, "\"song.mid\" is no option"},
+        {{"a.xml", "b.xml"}, "one file can be opened, not 2"},
+        {{"--no-window", "a.xml"}, "without a window a file is given as --sound a.xml"},
         {{"--frobnicate"}, "--frobnicate"},
     };
     for (const auto& [arguments, text] : cases) {

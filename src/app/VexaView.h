@@ -103,7 +103,8 @@ class VexaView : public BView {
     BMenu& DeviceMenu() { return *deviceMenu; }
     AudioGraph& Graph() { return *graph; }
     const sound_param& SoundParam() const { return soundParam; }
-    const VoiceTable& Voices() const { return voices; }
+    VoiceTable& Voices() { return voices; }
+    const ControllerTable& Controllers() const { return ctlvalue; }
     const FormulaPanel& Formulas() const { return formulas; }
     bool SampleMode() const { return sampleMode; }
     const std::string& SoundAuthor() const { return soundAuthor; }

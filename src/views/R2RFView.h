@@ -36,6 +36,7 @@ class R2RFView : public BView {
     /// Computes the picture for the present frame, without marks.
     void SetupBitmap();
 
+    const PlaneFunction& Function() const { return function; }
     float Scale() const { return scale; }
     BPoint LinkFunction() const { return {linkFunctionX, linkFunctionY}; }
     BPoint LinkScreen() const { return {linkScreenX, linkScreenY}; }

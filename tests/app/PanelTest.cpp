@@ -1,0 +1,243 @@
+// The main view's file panels: what they show, and what their results do.
+#include "app/MainViewStage.h"
+#include "app/MessageCodes.h"
+#include "kits/interface/FilePanel.h"
+#include "kits/storage/NodeInfo.h"
+#include "views/R2RFVTranslatorSavePanel.h"
+#include "views/R2RFView.h"
+
+#include <QApplication>
+#include <QWidget>
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class PanelTest : public test::MainViewTest {
+  protected:
+    PanelTest() { Open(false); }
+
+    std::filesystem::path In(const char* name) const { return folder.Path() / name; }
+
+    /// What an open panel sends when a file has been chosen.
+    void Choose(uint32 result, const std::filesystem::path& path) {
+        BMessage message(result);
+        const entry_ref ref{path.parent_path().string(), path.filename().string()};
+        message.AddRef("refs", &ref);
+        Send(message);
+    }
+    /// What a save panel sends that showed `shown`.
+    void SaveAs(uint32 result, const std::string& name, const std::filesystem::path& shown) {
+        BMessage message(result);
+        const entry_ref ref{shown.parent_path().string(), shown.filename().string()};
+        message.AddRef("directory", &ref);
+        message.AddString("name", name);
+        Send(message);
+    }
+    void Send(const BMessage& message) {
+        BMessenger(view).SendMessage(message);
+        test::Settle();
+    }
+    /// As a user closes them.
+    static void ClosePanels() {
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
+            if (widget->isVisible() && widget->windowTitle() != "Vexa")
+                widget->close();
+        }
+        test::Settle();
+    }
+    static std::vector<std::string> OpenTitles() {
+        std::vector<std::string> titles;
+        for (const QWidget* widget : QApplication::topLevelWidgets()) {
+            if (widget->isVisible() && widget->windowTitle() != "Vexa")
+                titles.push_back(widget->windowTitle().toStdString());
+        }
+        return titles;
+    }
+};
+
+TEST_F(PanelTest, EveryButtonShowsItsPanel) {
+    for (const char* label :
+         {"Load f(x,y)", "Save f(x,y)", "Load Sound", "Save Sound", "Load Sample"}) {
+        auto* button = dynamic_cast<BButton*>(window->FindView(label));
+        ASSERT_NE(button, nullptr) << label;
+        button->Press();
+        test::Settle();
+    }
+    EXPECT_THAT(OpenTitles(),
+                testing::UnorderedElementsAre("Load f(x,y)", "Save f(x,y)", "Load Sound",
+                                              "Save Sound", "Load Sample"));
+    EXPECT_THAT(alerts.texts, ElementsAre());
+}
+
+TEST_F(PanelTest, WhatAnOpenPanelNamesIsLoaded) {
+    Choose(vexa::kSoundLoadedCode, In("sounds/bell.xml"));
+    EXPECT_EQ(Text("Fy"), "3.5");
+    EXPECT_EQ(view->SoundParam().Fy, 3.5F);
+    Choose(vexa::kSampleLoadedCode, In("samples/voice.wav"));
+    EXPECT_TRUE(view->SampleMode());
+    EXPECT_EQ(view->ConstructFunction().sampleFile, "voice.wav");
+    for (const auto& entry : std::filesystem::directory_iterator(In("functions"))) {
+        if (entry.path().extension() != ".xml")
+            continue;
+        Choose(vexa::kFunctionLoadedCode, entry.path());
+        EXPECT_FALSE(view->SampleMode()) << entry.path();
+        EXPECT_NE(Text("Fxy"), "") << entry.path();
+    }
+    EXPECT_THAT(alerts.texts, ElementsAre());
+    EXPECT_EQ(view->SoundParam().Fy, 3.5F);
+}
+
+TEST_F(PanelTest, DocumentsLandInTheirFolderWithTheirTypeWhereverThePanelWas) {
+    Enter("Fxy", "x+1");
+    SaveAs(vexa::kFunctionSavedCode, "mine", folder.Path());
+    SaveAs(vexa::kSoundSavedCode, "mine", In("sounds"));
+    EXPECT_FALSE(std::filesystem::exists(In("mine")));
+    for (const auto& [name, type] : {std::pair{"functions/mine", "text/orvo-Vexa-function"},
+                                     {"sounds/mine", "text/orvo-Vexa-sound"}}) {
+        EXPECT_THAT(test::Contents(In(name)), HasSubstr("<expression>x+1</expression>"));
+        BNode node(In(name).c_str());
+        char found[B_MIME_TYPE_LENGTH] = "";
+        // A file system may keep no types.
+        if (BNodeInfo(&node).GetType(found) == B_OK) {
+            EXPECT_STREQ(found, type);
+        }
+    }
+    EXPECT_THAT(alerts.texts, ElementsAre());
+}
+
+TEST_F(PanelTest, AFileThatThePanelDidNotShowIsReplacedOnlyWithConsent) {
+    const std::string before = test::Contents(In("sounds/bell.xml"));
+    alerts.answer = 0;
+    SaveAs(vexa::kSoundSavedCode, "bell.xml", folder.Path());
+    ASSERT_EQ(alerts.texts.size(), 1U);
+    EXPECT_THAT(alerts.texts[0], HasSubstr(In("sounds").string()));
+    EXPECT_EQ(test::Contents(In("sounds/bell.xml")), before);
+    alerts.answer = 1;
+    SaveAs(vexa::kSoundSavedCode, "bell.xml", folder.Path());
+    EXPECT_NE(test::Contents(In("sounds/bell.xml")), before);
+    // The panel itself has asked about what it showed.
+    SaveAs(vexa::kSoundSavedCode, "bell.xml", In("sounds"));
+    EXPECT_EQ(alerts.texts.size(), 2U);
+}
+
+TEST_F(PanelTest, NoNameLeavesTheFolder) {
+    for (const char* name : {"", "..", "../out.xml", "/tmp/out.xml", "a\nb"})
+        SaveAs(vexa::kSoundSavedCode, name, In("sounds"));
+    EXPECT_EQ(alerts.texts.size(), 5U);
+    EXPECT_FALSE(std::filesystem::exists(In("out.xml")));
+}
+
+TEST_F(PanelTest, AFolderThatIsGoneIsReportedAndNothingIsLeftBehind) {
+    std::filesystem::remove_all(In("sounds"));
+    SaveAs(vexa::kSoundSavedCode, "mine.xml", folder.Path());
+    EXPECT_THAT(alerts.texts, ElementsAre("Could not save \n" + In("sounds/mine.xml").string()));
+    EXPECT_FALSE(std::filesystem::exists(In("sounds")));
+}
+
+TEST_F(PanelTest, BadDocumentsAreReportedAndChangeNothing) {
+    const vexa::Sound before = view->ConstructSound();
+    const std::pair<const char*, std::string> cases[] = {
+        {"empty", ""},
+        {"text", "no XML at all"},
+        {"cut", "<vexasound><vexafunction><expression>x"},
+        {"other", "<?xml version=\"1.0\"?><html></html>"},
+        {"binary", std::string("\0\1\2\xff<", 5)},
+        {"hostile", "<vexasound><vexafunction><expression>system(\"true\")</expression>"
+                    "</vexafunction></vexasound>"},
+    };
+    for (const auto& [name, text] : cases) {
+        const auto path = folder.Write(name, text);
+        alerts.texts.clear();
+        Choose(vexa::kSoundLoadedCode, path);
+        // What was cut off has its function, and the rest is as it was.
+        EXPECT_EQ(alerts.texts.empty(), std::string_view(name) == "cut") << name;
+        EXPECT_EQ(view->ConstructSound().envelopes, before.envelopes) << name;
+        EXPECT_EQ(view->ConstructSound().texts, before.texts) << name;
+    }
+}
+
+TEST_F(PanelTest, AFileIsOpenedAsWhatItIs) {
+    view->Open(In("sounds/bell.xml"));
+    test::Settle();
+    EXPECT_EQ(Text("Fy"), "3.5");
+    view->Open(In("samples/pluck.wav"));
+    test::Settle();
+    EXPECT_TRUE(view->SampleMode());
+    // Without its type it goes by its root element.
+    const auto function =
+        folder.Write("f", "\xEF\xBB\xBF <vexafunction><expression>0.5</expression></vexafunction>");
+    view->Open(function);
+    test::Settle();
+    EXPECT_EQ(Text("Fxy"), "0.5");
+    EXPECT_THAT(alerts.texts, ElementsAre());
+    view->Open("/none/such");
+    EXPECT_EQ(alerts.texts.size(), 1U);
+}
+
+/// Numbers of things that a process has.
+struct Holdings {
+    long threads, files, addOns;
+    bool operator==(const Holdings&) const = default;
+};
+
+long Entries(const char* folder) {
+    const std::filesystem::directory_iterator all(folder);
+    return std::distance(begin(all), end(all));
+}
+
+Holdings Count() {
+    long addOns = 0;
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);)
+        addOns +=
+            line.find("r-xp") != std::string::npos && line.find("recent") != std::string::npos;
+    return {Entries("/proc/self/task"), Entries("/proc/self/fd"), addOns};
+}
+
+std::size_t ResidentPages() {
+    std::size_t all = 0;
+    std::size_t resident = 0;
+    std::ifstream("/proc/self/statm") >> all >> resident;
+    return resident;
+}
+
+TEST_F(PanelTest, NothingLeaksOverManyLoadsCompilesAndExports) {
+    const auto useAll = [&](int round) {
+        Choose(vexa::kSoundLoadedCode, In("sounds/bell.xml"));
+        Choose(vexa::kSampleLoadedCode, In("samples/pluck.wav"));
+        Enter("Fxy", ("x+" + std::to_string(round)).c_str());
+        if (round % 4 == 0) {
+            view->Plane().SavePanel().Show();
+            BMessage message = view->Plane().SavePanel().Message();
+            const entry_ref ref{folder.Path().parent_path().string(),
+                                folder.Path().filename().string()};
+            message.AddRef("directory", &ref);
+            message.AddString("name", "picture");
+            BMessenger(&view->Plane()).SendMessage(message);
+            test::Settle();
+            view->Plane().SavePanel().Hide();
+        }
+        dynamic_cast<BButton*>(window->FindView("Load Sound"))->Press();
+        test::Settle();
+        ClosePanels();
+    };
+    for (int round = 0; round < 8; round++)
+        useAll(round);
+    const Holdings before = Count();
+    const std::size_t memory = ResidentPages();
+    for (int round = 0; round < 40; round++)
+        useAll(round);
+    EXPECT_EQ(Count().threads, before.threads);
+    EXPECT_EQ(Count().files, before.files);
+    EXPECT_EQ(Count().addOns, 1);
+    // What the allocator keeps may vary; a leaked sample or picture would be many times that.
+    EXPECT_LT(ResidentPages(), memory + 2048);
+    EXPECT_THAT(alerts.texts, ElementsAre());
+    EXPECT_TRUE(std::filesystem::exists(In("picture")));
+}
+
+} // namespace

@@ -1,0 +1,91 @@
+// A sound that the window has saved is the sound that the window plays.
+#include "app/MainViewStage.h"
+#include "kits/media/MediaFile.h"
+#include "render/MidiFile.h"
+#include "support/Command.h"
+#include "synth/VoiceRenderer.h"
+#include "views/EnvView.h"
+#include "views/R2RFView.h"
+
+#include <cmath>
+
+namespace {
+
+/// Plays a MIDI file on the window's own records, each event at its sample.
+std::vector<float> Play(vexa::VexaView& view, const vexa::MidiFile& file, std::size_t length) {
+    vexa::VexaMidiConsumer& consumer = view.Graph().Consumer();
+    // The producer's own would drop voices when a few samples take longer than they play.
+    vexa::VoiceRenderer renderer(view.Controllers(), view.SoundParam(), view.Voices());
+    renderer.SetFunction(view.Plane().Function());
+    renderer.SetGain(0.25F);
+    std::vector<float> samples(length);
+    std::size_t position = 0;
+    for (const vexa::MidiEvent& event : file.events) {
+        const auto at =
+            std::min(length, static_cast<std::size_t>(std::llround(event.seconds * 44100)));
+        renderer.Render(samples.data() + position, at - position);
+        position = at;
+        using Kind = vexa::MidiEvent::Kind;
+        if (event.kind == Kind::NoteOn)
+            consumer.NoteOn(event.channel, event.number, event.value, 0);
+        else if (event.kind == Kind::NoteOff)
+            consumer.NoteOff(event.channel, event.number, event.value, 0);
+        else if (event.kind == Kind::ControlChange)
+            consumer.ControlChange(event.channel, event.number, event.value, 0);
+    }
+    renderer.Render(samples.data() + position, length - position);
+    return samples;
+}
+
+using SavedSoundTest = test::MainViewTest;
+
+TEST_F(SavedSoundTest, IsRenderedAsTheWindowPlaysIt) {
+    Open();
+    Enter("Fxy", "0.5*sin(2*x)*cos(y)");
+    Enter("Cy1", "0.25");
+    Enter("Fy", "1.5");
+    Enter("Ax3", "0.75");
+    Enter("Ax4", "7");
+    view->EnvelopeEditor(2).SetPoints({{0, false, 0}, {0.1F, false, 1}, {0.4F, true, 0}});
+    // Numbers that take all of a document's six digits.
+    view->EnvelopeEditor(0).SetPoints({{0, false, 0.123456F}, {1, false, -0.654321F}});
+    view->SaveSound("mine.xml");
+    ASSERT_TRUE(alerts.texts.empty());
+
+    const auto tune = std::filesystem::path(VEXA_PROGRAM_FOLDER) / "demo.mid";
+    const auto wav = folder.Path() / "out.wav";
+    const auto rendered = test::RunCommand({VEXA_PROGRAM_FOLDER "/vexa-render", tune.string(),
+                                            wav.string(), "--quiet", "--voices", "1", "--sound",
+                                            (folder.Path() / "sounds/mine.xml").string()});
+    ASSERT_EQ(rendered.exitCode, 0) << rendered.text;
+
+    const auto file = vexa::ReadMidiFile(tune);
+    ASSERT_TRUE(file);
+    const entry_ref ref{folder.Path().string(), "out.wav"};
+    BMediaFile media(&ref);
+    BMediaTrack* track = media.TrackAt(0);
+    media_format format;
+    track->DecodedFormat(&format);
+    std::vector<float> expected(static_cast<std::size_t>(track->CountFrames()));
+    int64 frames = 0;
+    for (std::size_t at = 0; at < expected.size(); at += std::size_t(frames)) {
+        std::vector<float> piece(1U << 16);
+        if (track->ReadFrames(piece.data(), &frames, nullptr) != B_OK || frames == 0)
+            break;
+        std::copy_n(piece.begin(), std::min(std::size_t(frames), expected.size() - at),
+                    expected.begin() + std::ptrdiff_t(at));
+    }
+    // Twenty seconds say it all.
+    expected.resize(20 * 44100);
+    const std::vector<float> played = Play(*view, *file, expected.size());
+    float difference = 0;
+    float peak = 0;
+    for (std::size_t i = 0; i < played.size(); i++) {
+        difference = std::max(difference, std::abs(played[i] - expected[i]));
+        peak = std::max(peak, std::abs(expected[i]));
+    }
+    EXPECT_LE(difference, 1e-6);
+    EXPECT_GT(peak, 0.05);
+}
+
+} // namespace

@@ -1,0 +1,25 @@
+// What the fuzzers share.
+#pragma once
+
+#include "kits/support/SupportDefs.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+namespace fuzz {
+
+/// Ends the program, which makes the fuzzer keep the input, if a promise is broken.
+inline void Require(bool kept, std::string_view promise) {
+    if (kept)
+        return;
+    std::fprintf(stderr, "broken: %.*s\n", static_cast<int>(promise.size()), promise.data());
+    std::abort();
+}
+
+inline std::string_view Text(const uint8* data, std::size_t size) {
+    return {reinterpret_cast<const char*>(data), size};
+}
+
+} // namespace fuzz

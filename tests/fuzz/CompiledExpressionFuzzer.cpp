@@ -14,7 +14,6 @@
 #include <dlfcn.h>
 #include <elf.h>
 #include <link.h>
-#include <unistd.h>
 
 namespace {
 
@@ -60,26 +59,13 @@ void CheckSymbols(const std::string& object) {
     }
 }
 
-struct WorkFolder {
-    WorkFolder() {
-        std::string pattern = (fs::temp_directory_path() / "vexa-fuzz-XXXXXX").string();
-        fuzz::Require(::mkdtemp(pattern.data()) != nullptr, "there is a temporary folder");
-        path = pattern;
-    }
-    ~WorkFolder() {
-        std::error_code ignored;
-        fs::remove_all(path, ignored);
-    }
-    fs::path path;
-};
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8* data, std::size_t size) {
     const std::string_view expression = fuzz::Text(data, size);
     if (vexa::CheckExpression(expression))
         return 0;
-    static const WorkFolder work;
+    static const fuzz::WorkFolder work;
     const fs::path& folder = work.path;
     static const auto body = kits::ReadFile(VEXA_SOURCE_FOLDER "/data/functions/addon.c");
     fuzz::Require(bool(body), "the template can be read");

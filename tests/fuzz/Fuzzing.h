@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -21,5 +22,20 @@ inline void Require(bool kept, std::string_view promise) {
 inline std::string_view Text(const uint8* data, std::size_t size) {
     return {reinterpret_cast<const char*>(data), size};
 }
+
+/// A folder for the files of a fuzzer.
+struct WorkFolder {
+    WorkFolder() {
+        std::string pattern =
+            (std::filesystem::temp_directory_path() / "vexa-fuzz-XXXXXX").string();
+        Require(::mkdtemp(pattern.data()) != nullptr, "there is a temporary folder");
+        path = pattern;
+    }
+    ~WorkFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path, ignored);
+    }
+    std::filesystem::path path;
+};
 
 } // namespace fuzz

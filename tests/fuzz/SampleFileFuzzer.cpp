@@ -4,16 +4,12 @@
 #include "fuzz/Fuzzing.h"
 
 #include <cmath>
-
-#include <sys/mman.h>
-#include <unistd.h>
+#include <fstream>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8* data, std::size_t size) {
-    static const int file = ::memfd_create("sample", MFD_CLOEXEC);
-    static const std::string path = "/proc/self/fd/" + std::to_string(file);
-    fuzz::Require(::ftruncate(file, 0) == 0 &&
-                      ::pwrite(file, data, size, 0) == static_cast<ssize_t>(size),
-                  "the input can be put into a file");
+    static const fuzz::WorkFolder work;
+    const std::string path = (work.path / "sample").string();
+    std::ofstream(path, std::ios::binary) << fuzz::Text(data, size);
     const auto loaded = vexa::LoadSample(path);
     if (!loaded) {
         fuzz::Require(loaded.Fault().text.find(path) != std::string::npos,

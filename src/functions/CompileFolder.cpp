@@ -77,11 +77,15 @@ kits::Result<CompileFolder> CompileFolder::Create(const fs::path& parent) {
         if (!::mkdtemp(pattern.data()))
             return failure(std::strerror(errno));
         kits::Descriptor lock = Lock(pattern);
+        const int fault = errno;
         struct stat locked {};
         struct stat there {};
         if (lock && ::fstat(lock.Number(), &locked) == 0 && ::stat(pattern.c_str(), &there) == 0 &&
             locked.st_ino == there.st_ino)
             return CompileFolder(pattern, std::move(lock));
+        // Where folders cannot be locked (network file systems) nobody takes it for a left-over.
+        if (!lock && fault != EWOULDBLOCK && fault != ENOENT)
+            return CompileFolder(pattern, kits::Descriptor());
         std::error_code ignored;
         fs::remove_all(pattern, ignored);
     }

@@ -138,18 +138,21 @@ TEST(Live, ASourceThatVanishesEndsItsOwnNotesOnly) {
     }
 }
 
-/// Nothing is played while the server stands still, and all goes on afterwards.
+/// Nothing is rendered while the server stands still, and soon afterwards notes are heard at once
+/// again.
 TEST(Live, AServerThatStallsForSecondsIsSurvived) {
     LivePlay play(128, 48000 * 20);
     play.Play({{1000, {0x90, 69, 100}}, {5800, {0x80, 69, 0}}});
     play.Server().Stall(5000);
-    play.Listen(9600);
+    play.Listen(96000);
     play.Play({{1000, {0x90, 69, 100}}});
-    play.Listen(14400);
-    if (play.Log().find("disappeared") == std::string::npos) {
-        const auto held = std::span(play.Samples()).subspan(play.Count() - 4800, 4800);
-        EXPECT_GT(test::Amplitude(held, 440, 48000), 0.1) << play.Log();
-    }
+    play.Listen(28800);
+    // The best of several looks, as the server itself may lose periods when it goes on.
+    double best = 0;
+    for (std::size_t from = play.Count() - 24000; from + 4800 <= play.Count(); from += 2400)
+        best = std::max(best,
+                        test::Amplitude(std::span(play.Samples()).subspan(from, 4800), 440, 48000));
+    EXPECT_NEAR(best, 0.25, 0.05) << play.Log();
     EXPECT_EQ(play.Vexa().End(SIGTERM), 0);
 }
 

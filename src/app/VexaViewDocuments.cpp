@@ -145,8 +145,8 @@ void VexaView::SaveSound(const std::string& name) {
 }
 
 void VexaView::Save(const std::string& name, const char* folder, const Writer& write) {
-    if (const auto fault = kits::FileNameFault(name)) {
-        ErrorAlert(fault->c_str());
+    if (const auto checked = kits::CheckFileName(name); !checked) {
+        ErrorAlert(checked.Fault().text.c_str());
         return;
     }
     const std::filesystem::path path = programFolder / folder / name;

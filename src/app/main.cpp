@@ -2,8 +2,10 @@
 #include "app/AppOptions.h"
 #include "app/HeadlessPlayer.h"
 #include "app/VexaApplication.h"
+#include "kits/application/GuardedMain.h"
 #include "kits/storage/ProgramFolder.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -15,10 +17,7 @@ int Fail(const std::string& text, int exitCode) {
     return exitCode;
 }
 
-} // namespace
-
-int main(int count, char** arguments) {
-    const std::vector<std::string> texts(arguments + 1, arguments + count);
+int Run(const std::vector<std::string>& texts) {
     const auto options = vexa::ParseAppOptions(texts);
     if (!options)
         return Fail(options.Fault().text + "\n" + vexa::kAppUsageHint, vexa::kAppUsageExitCode);
@@ -39,4 +38,12 @@ int main(int count, char** arguments) {
     if (options->noWindow)
         return vexa::PlayWithoutWindow(*options, *folder);
     return vexa::RunWindow(*options, *folder);
+}
+
+} // namespace
+
+int main(int count, char** arguments) {
+    return kits::GuardedMain("vexa", [&] {
+        return Run({arguments + std::min(count, 1), arguments + count});
+    });
 }

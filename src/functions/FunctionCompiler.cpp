@@ -1,11 +1,10 @@
 #include "functions/FunctionCompiler.h"
 
+#include "functions/CompileFolder.h"
 #include "functions/ExpressionCheck.h"
 #include "kits/storage/FileReplacement.h"
 #include "kits/storage/ReadFile.h"
 
-#include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <initializer_list>
 #include <utility>
@@ -44,29 +43,6 @@ std::string Alert(std::string text, std::initializer_list<fs::path> paths) {
 CompileReport Failure(status_t status, std::string alert, std::string details) {
     return {status, {std::move(alert)}, std::move(details)};
 }
-
-/// A folder that nobody else can use, for as long as this lives.
-class PrivateFolder {
-  public:
-    /// Created below `parent`; without success Path() is empty and errno tells why.
-    explicit PrivateFolder(const fs::path& parent) {
-        std::string pattern = (parent / ".compile-XXXXXX").string();
-        if (::mkdtemp(pattern.data()))
-            path = pattern;
-    }
-    ~PrivateFolder() {
-        std::error_code ignored;
-        if (!path.empty())
-            fs::remove_all(path, ignored);
-    }
-    PrivateFolder(const PrivateFolder&) = delete;
-    PrivateFolder& operator=(const PrivateFolder&) = delete;
-
-    const fs::path& Path() const { return path; }
-
-  private:
-    fs::path path;
-};
 
 /// The compiler's command. The options after -O3 let it use the vector instructions of this machine
 /// and leave every result as C defines it: no fused operations, no reordering; what is given up is
@@ -161,24 +137,23 @@ CompileOutcome FunctionCompiler::IncludeFunction(const fs::path& sourcePath) con
 
 /// `source` is the content of the file at `sourcePath`, which may have been replaced since.
 CompileOutcome FunctionCompiler::Build(std::string_view source, const fs::path& sourcePath) const {
-    const PrivateFolder folder(functions);
-    if (folder.Path().empty())
-        return {CompilerFailure(sourcePath, "could not create a folder in " + functions.string() +
-                                                ": " + std::strerror(errno)),
-                {}};
-    if (const auto written = kits::ReplaceFile(folder.Path() / kSource, source); !written)
+    const kits::Result<CompileFolder> created = CompileFolder::Create(functions);
+    if (!created)
+        return {CompilerFailure(sourcePath, created.Fault().text), {}};
+    const fs::path& folder = created->Path();
+    if (const auto written = kits::ReplaceFile(folder / kSource, source); !written)
         return {CompilerFailure(sourcePath, written.Fault().text), {}};
-    CompileReport compiled = RunCompiler(folder.Path(), sourcePath);
+    CompileReport compiled = RunCompiler(folder, sourcePath);
     if (!compiled)
         return {std::move(compiled), {}};
 
     // Loaded before the file moves to where another program might replace it.
-    const image_id image = load_add_on((folder.Path() / kAddon).c_str());
+    const image_id image = load_add_on((folder / kAddon).c_str());
     std::optional<FunctionAddon> addon;
     if (image > 0)
         addon.emplace(image);
     std::error_code error;
-    fs::rename(folder.Path() / kAddon, addonPath, error);
+    fs::rename(folder / kAddon, addonPath, error);
     if (!addon)
         return {Failure(B_ERROR, Alert(kNotLoaded, {addonPath}), kits::AddOnFault()), {}};
     if (error)

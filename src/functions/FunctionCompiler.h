@@ -34,8 +34,9 @@ struct CompileOutcome : CompileReport {
 /// Compiles expressions with the system's C compiler. In the folder "functions" below the program
 /// folder lie the template "addon.c", and after a compilation its source "recent.c" and the add-on
 /// "recent"; nothing else is left there. Each compilation takes place in a private folder below
-/// "functions", so several at a time, in one program or in several, never get each other's
-/// function. All calls wait for the compiler: the window thread, or any other that may wait.
+/// "functions" (CompileFolder), so several at a time, in one program or in several, never get each
+/// other's function. All calls wait for the compiler: the window thread, or any other that may
+/// wait.
 class FunctionCompiler {
   public:
     explicit FunctionCompiler(const std::filesystem::path& programFolder,

@@ -1,8 +1,10 @@
 // vexa-render: plays a MIDI file through a sound into a sound file.
+#include "kits/application/GuardedMain.h"
 #include "kits/storage/ProgramFolder.h"
 #include "render/Options.h"
 #include "render/RenderJob.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -18,10 +20,7 @@ int Fail(const std::string& text, int exitCode) {
     return exitCode;
 }
 
-} // namespace
-
-int main(int count, char** arguments) {
-    const std::vector<std::string> texts(arguments + 1, arguments + count);
+int Run(const std::vector<std::string>& texts) {
     const auto options = vexa::ParseOptions(texts);
     if (!options)
         return Fail(options.Fault().text + "\n" + vexa::kUsageHint, vexa::kUsageExitCode);
@@ -41,4 +40,12 @@ int main(int count, char** arguments) {
     if (!options->quiet)
         std::printf("%s\n", vexa::SummaryLine(outcome.summary).c_str());
     return 0;
+}
+
+} // namespace
+
+int main(int count, char** arguments) {
+    return kits::GuardedMain("vexa-render", [&] {
+        return Run({arguments + std::min(count, 1), arguments + count});
+    });
 }

@@ -204,6 +204,52 @@ TEST(FunctionCompiler, ReportsACompilerThatIsMissingOrStopped) {
     EXPECT_EQ(folder.Files(), (Files{"addon.c", "recent.c"}));
 }
 
+TEST(FunctionCompiler, ReportsACompilerThatIsKilled) {
+    const Folder folder;
+    folder.WriteTemplate(Folder::OriginalTemplate());
+    const fs::path compiler = folder.Path() / "path/gcc";
+    fs::create_directories(compiler.parent_path());
+    std::ofstream(compiler) << "#!/bin/sh\n: > recent\nkill -9 $$\n";
+    fs::permissions(compiler, fs::perms::owner_all);
+    {
+        const test::EnvironmentVariable path("PATH", compiler.parent_path().c_str());
+        const CompileOutcome outcome = FunctionCompiler(folder.Path()).Compile("x");
+        EXPECT_THAT(outcome.alerts, ElementsAre(CompilerAlert(folder)));
+        EXPECT_THAT(outcome.details, HasSubstr("gcc was stopped: Killed"));
+    }
+    EXPECT_EQ(folder.Files(), (Files{"addon.c", "recent.c"}));
+    EXPECT_TRUE(FunctionCompiler(folder.Path()).Compile("x"));
+}
+
+TEST(FunctionCompiler, ReportsATemplateThatMisbehaves) {
+    const Folder folder;
+    kits::ChildLimits limits;
+    limits.time = 5s;
+    const FunctionCompiler compiler(folder.Path(), limits);
+    for (const char* text : {
+             "#error no\n",
+             "#include \"recent.c\"\n",     // itself, without end
+             "#include \"/dev/zero\"\n",    // no file of text
+             "char big[1L << 28] = {1};\n", // more than a file may hold
+             "char huge[1L << 62];\n",      // more than there is
+             "#define A x x x x x x x x x x\n#define B A A A A A A A A A A\n"
+             "#define C B B B B B B B B B B\n#define D C C C C C C C C C C\n"
+             "#define E D D D D D D D D D D\n#define F E E E E E E E E E E\n"
+             "#define G F F F F F F F F F F\nG G G G G G G G G G\n", // text without end
+             "\xff\xfe no C",
+         }) {
+        folder.WriteTemplate(text);
+        const CompileOutcome outcome = compiler.Compile("x");
+        EXPECT_FALSE(outcome) << text;
+        EXPECT_THAT(outcome.alerts, testing::SizeIs(1)) << text;
+        EXPECT_FALSE(outcome.details.empty()) << text;
+        EXPECT_LE(outcome.details.size(), limits.standardError + 1000) << text;
+    }
+    EXPECT_EQ(test::LoadedAddOns(), 0);
+    folder.WriteTemplate(Folder::OriginalTemplate());
+    EXPECT_TRUE(compiler.Compile("x"));
+}
+
 TEST(FunctionCompiler, WorksInAnyFolder) {
     for (const char* name : {"a b", "it's \"here\"; `id`", "$HOME", "-o", "\xc3\xa4\n%s"}) {
         const Folder folder(name);

@@ -330,9 +330,9 @@ TEST_F(FilePanelTest, RefusesNamesThatNoFileCanHave) {
         panel.Key(Qt::Key_Return);
     }
     EXPECT_THAT(alerts.texts,
-                ElementsAre(HasSubstr("enter a file name"), HasSubstr("slash"),
-                            HasSubstr("stands for a folder"), HasSubstr("stands for a folder"),
-                            HasSubstr("256 bytes")));
+                ElementsAre(HasSubstr("needs a name"), HasSubstr("slash"),
+                            HasSubstr("name of a folder"), HasSubstr("name of a folder"),
+                            HasSubstr("longer than 255 bytes")));
     EXPECT_TRUE(receiver.messages.empty());
     panel.SetSaveText(std::string(255, 'n'));
     panel.Key(Qt::Key_Return);

@@ -34,6 +34,16 @@ TEST(DeviceClock, SmoothsTheJitterOfItsThread) {
     }
 }
 
+TEST(DeviceClock, StandsStillWithoutPeriods) {
+    kits::DeviceClock clock(48000);
+    clock.Period(0, 1000000);
+    EXPECT_TRUE(clock.IsRunning(1000000));
+    EXPECT_TRUE(clock.IsRunning(1400000)) << "the longest period of a server";
+    EXPECT_FALSE(clock.IsRunning(6000000));
+    clock.Period(480, 6000000);
+    EXPECT_TRUE(clock.IsRunning(6010000));
+}
+
 TEST(DeviceClock, FollowsAJumpAtOnce) {
     kits::DeviceClock clock(48000);
     clock.Period(0, 1000000);

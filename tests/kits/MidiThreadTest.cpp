@@ -86,8 +86,8 @@ TEST(MidiThread, AFloodEndsTheNotesInsteadOfLeavingThemOn) {
     thread.reset();
     EXPECT_FALSE(log.timedOut);
     EXPECT_EQ(log.calls.front(), "on 0 60 100");
-    EXPECT_EQ(log.calls.back(), "alloff 0");
-    EXPECT_EQ(std::count(log.calls.begin(), log.calls.end(), "alloff 0"), 1);
+    EXPECT_EQ(log.calls.back(), "off 0 60 64");
+    EXPECT_EQ(std::count(log.calls.begin(), log.calls.end(), "off 0 60 64"), 1);
     const auto kept = std::count(log.calls.begin(), log.calls.end(), "realtime 254");
     EXPECT_GT(kept, 1000000) << "what there was room for";
     EXPECT_LT(kept, 2000000);
@@ -107,19 +107,28 @@ TEST(MidiThread, NoMessageIsJoinedAcrossALostPiece) {
     inlet.Put(Bytes{5, 0x80, 61, 9}, 1);
     log.goOn.release();
     thread.reset();
-    EXPECT_EQ(log.calls, (std::vector<std::string>{"realtime 254", "off 0 61 9", "alloff 0"}));
+    EXPECT_EQ(log.calls, (std::vector<std::string>{"realtime 254", "off 0 61 9"}));
 }
 
-TEST(MidiThread, AVanishedSourceEndsItsNotes) {
+TEST(MidiThread, AVanishedSourceEndsItsOwnNotesOnly) {
     Slow log;
     auto thread = std::make_unique<kits::MidiThread>(log);
-    kits::MidiThread::Inlet& inlet = thread->NewInlet();
+    kits::MidiThread::Inlet& vanishes = thread->NewInlet();
+    kits::MidiThread::Inlet& stays = thread->NewInlet();
     thread->Start();
-    inlet.Put(Bytes{0x90, 60, 100}, 1);
-    inlet.EndNotes();
+    stays.Put(Bytes{0x90, 50, 100}, 1);
+    // Held: 60 and 64 on channel 0, and 60 on channel 15.
+    vanishes.Put(Bytes{0x90, 60, 100, 61, 100, 62, 100, 64, 100, 61, 0, 0x80, 62, 9}, 1);
+    vanishes.Put(Bytes{0x91, 70, 1, 0xB1, 123, 0, 0x9F, 60, 100}, 1);
+    vanishes.EndNotes();
+    vanishes.EndNotes();
     thread.reset();
-    EXPECT_EQ(log.calls.front(), "on 0 60 100");
-    EXPECT_EQ(log.calls.back(), "alloff 0");
+    std::vector<std::string> ended;
+    for (const std::string& call : log.calls) {
+        if (call.ends_with(" 64"))
+            ended.push_back(call);
+    }
+    EXPECT_THAT(ended, testing::ElementsAre("off 0 60 64", "off 0 64 64", "off 15 60 64"));
 }
 
 } // namespace

@@ -99,6 +99,13 @@ class JackServer {
         server.End(SIGKILL);
     }
 
+    /// The server stands still for so long.
+    void Stall(int milliseconds) {
+        ::kill(server.Process(), SIGSTOP);
+        std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+        ::kill(server.Process(), SIGCONT);
+    }
+
   private:
     std::vector<std::string> Command(int period) const {
         return {"jackd", "-r", "-n",    name, "-d",
@@ -124,6 +131,7 @@ class JackPort {
     JackPort& operator=(const JackPort&) = delete;
 
     std::string Name() const { return jack_port_name(own); }
+    void SetPeriod(unsigned frames) { jack_set_buffer_size(handle, frames); }
     void Connect(const std::string& from, const std::string& to) {
         WaitFor(to.c_str(), [&] {
             const int status = jack_connect(handle, from.c_str(), to.c_str());

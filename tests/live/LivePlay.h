@@ -22,19 +22,19 @@ constexpr const char* kSineSound =
 class LivePlay {
   public:
     /// `frames` is how much can be recorded.
-    LivePlay(int period, std::size_t frames, const std::string& sound = kSineSound)
+    LivePlay(int period, std::size_t frames, const std::string& sound = kSineSound,
+             const std::vector<std::string>& options = {})
         : server(period),
           log((folder.Path() / "log").string()),
-          vexa({VEXA_PROGRAM_FOLDER "/vexa", "--no-window", "--sound",
-                folder.Write("sound.xml", sound).string()},
-               log),
-          ear(frames) {
+          vexa(Arguments(folder.Write("sound.xml", sound), options), log),
+          ear(frames),
+          player(std::make_unique<Player>()) {
         ear.Connect("Vexa:Vexa audio out", ear.Name());
-        player.Connect(player.Name(), "Vexa:Vexa midi in");
+        player->Connect(player->Name(), "Vexa:Vexa midi in");
         WaitFor("sound", [this] { return Log().find("playing through") != std::string::npos; });
     }
 
-    void Play(std::vector<Player::Message> script) { player.Play(std::move(script)); }
+    void Play(std::vector<Player::Message> script) { player->Play(std::move(script)); }
     /// Waits until so many more frames have been recorded.
     void Listen(std::size_t frames) {
         const std::size_t end = ear.Count() + frames;
@@ -42,8 +42,12 @@ class LivePlay {
     }
     /// Sample of the recording at a frame after the script began.
     std::size_t At(std::uint32_t frame) const {
-        return std::size_t(player.StartFrame() + frame - ear.FirstFrame());
+        return std::size_t(player->StartFrame() + frame - ear.FirstFrame());
     }
+    /// Frames recorded so far.
+    std::size_t Count() const { return ear.Count(); }
+    void TakePlayerAway() { player.reset(); }
+    void SetPeriod(unsigned frames) { ear.SetPeriod(frames); }
     const std::vector<float>& Samples() const { return ear.Samples(); }
     /// Periods that the server has lost.
     int Lost() const { return ear.Lost(); }
@@ -65,12 +69,20 @@ class LivePlay {
     }
 
   private:
+    static std::vector<std::string> Arguments(const std::filesystem::path& sound,
+                                              const std::vector<std::string>& options) {
+        std::vector<std::string> arguments{VEXA_PROGRAM_FOLDER "/vexa", "--no-window", "--sound",
+                                           sound.string()};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        return arguments;
+    }
+
     TemporaryFolder folder;
     JackServer server;
     std::string log;
     Companion vexa;
     Ear ear;
-    Player player;
+    std::unique_ptr<Player> player;
 };
 
 /// `count` short notes, each silenced before the next, at frames that fall anywhere in a period.

@@ -9,6 +9,9 @@ namespace {
 /// Microseconds of deviation that are no jitter any more: the device has paused or lost a period.
 constexpr double kJump = 20000;
 
+/// Microseconds without a period after which the device stands still: several of the longest.
+constexpr double kStandstill = 500000;
+
 } // namespace
 
 void DeviceClock::Period(int64 frame, bigtime_t realTime) noexcept {
@@ -37,6 +40,10 @@ bigtime_t DeviceClock::PerformanceTimeFor(bigtime_t realTime) const noexcept {
 bigtime_t DeviceClock::RealTimeFor(bigtime_t performanceTime) const noexcept {
     const Moment& moment = Latest();
     return static_cast<bigtime_t>(moment.realTime) + performanceTime - TimeOf(moment.frame);
+}
+
+bool DeviceClock::IsRunning(bigtime_t realTime) const noexcept {
+    return static_cast<double>(realTime) - Latest().realTime < kStandstill;
 }
 
 int64 DeviceClock::FrameAt(bigtime_t performanceTime) const noexcept {

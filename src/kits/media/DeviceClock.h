@@ -26,6 +26,9 @@ class DeviceClock {
     bigtime_t PerformanceTimeFor(bigtime_t realTime) const noexcept;
     bigtime_t RealTimeFor(bigtime_t performanceTime) const noexcept;
 
+    /// Whether the device has begun a period in the last half second. Any thread.
+    bool IsRunning(bigtime_t realTime) const noexcept;
+
     bigtime_t TimeOf(int64 frame) const noexcept {
         return static_cast<bigtime_t>(static_cast<double>(frame) * 1e6 / rate);
     }

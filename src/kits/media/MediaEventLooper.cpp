@@ -17,6 +17,9 @@ constexpr int kRealTimePriority = 4;
 constexpr bigtime_t kRealTimeJitter = 200;
 constexpr bigtime_t kOrdinaryJitter = 1000;
 
+/// Microseconds between two looks at a time source that stands still.
+constexpr bigtime_t kStandstillPause = 10000;
+
 } // namespace
 
 bool BTimedEventQueue::AddEvent(const media_timed_event& event) {
@@ -100,8 +103,12 @@ void BMediaEventLooper::Loop() {
                                   ? 0
                                   : TimeSource()->RealTimeFor(first->event_time,
                                                               EventLatency() + SchedulingLatency());
-        const bigtime_t lateness = system_time() - due;
-        if (lateness >= 0)
+        const bigtime_t now = system_time();
+        const bigtime_t lateness = now - due;
+        // What were computed for a time that does not come would be heard late, and for long.
+        if (due != 0 && !TimeSource()->IsRunning(now))
+            kits::WaitUntil(wake, now + kStandstillPause);
+        else if (lateness >= 0)
             HandleFirst(lateness);
         else
             kits::WaitUntil(wake, due);

@@ -131,6 +131,9 @@ class BTimeSource : public virtual BMediaNode {
     virtual bigtime_t PerformanceTimeFor(bigtime_t realTime) const noexcept = 0;
     /// The moment at which to act so that it is heard at the performance time.
     virtual bigtime_t RealTimeFor(bigtime_t performanceTime, bigtime_t latency) const noexcept = 0;
+    /// False while the source's time stands still, as that of a device whose server hangs: what is
+    /// due then waits.
+    virtual bool IsRunning(bigtime_t /*realTime*/) const noexcept { return true; }
     bigtime_t Now() const noexcept;
     /// Gives back what BMediaRoster::MakeTimeSourceFor returned.
     void Release() {}

@@ -54,6 +54,7 @@ class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSou
 
     bigtime_t PerformanceTimeFor(bigtime_t realTime) const noexcept override;
     bigtime_t RealTimeFor(bigtime_t performanceTime, bigtime_t latency) const noexcept override;
+    bool IsRunning(bigtime_t realTime) const noexcept override { return clock.IsRunning(realTime); }
 
   private:
     struct Input {

@@ -106,7 +106,7 @@ status_t MidiSystems::Register(const std::string& name, MidiThread& midi) {
     const std::lock_guard lock(mutex);
     status_t status = B_ERROR;
     for (const std::unique_ptr<MidiBackend>& system : systems) {
-        if (system->OpenInput(name, midi.NewInlet()))
+        if (system->OpenInput(name, midi.NewInlet(), midi.NewInlet()))
             status = B_OK;
     }
     return status;

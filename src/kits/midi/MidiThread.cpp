@@ -43,7 +43,7 @@ void MidiThread::Inlet::EndNotes() noexcept {
     ::sem_post(&thread.arrived);
 }
 
-void MidiThread::Inlet::Drain(BMidiLocalConsumer& consumer) {
+void MidiThread::Inlet::Drain() {
     // Asked before draining, so that the notes that came in before the loss are ended too.
     const bool endNotes = lost.exchange(false);
     Header header{};
@@ -61,7 +61,7 @@ void MidiThread::Inlet::Drain(BMidiLocalConsumer& consumer) {
         decoder.Decode(piece, header.time);
     }
     if (endNotes)
-        consumer.AllNotesOff(false, header.time);
+        decoder.EndNotes(header.time);
 }
 
 MidiThread::MidiThread(BMidiLocalConsumer& consumer) : consumer(consumer) {
@@ -93,7 +93,7 @@ void MidiThread::Run() {
         // Read before draining, so that what came before the end is delivered.
         const bool last = quitting;
         for (Inlet& inlet : inlets)
-            inlet.Drain(consumer);
+            inlet.Drain();
         if (last)
             return;
     }

@@ -23,11 +23,12 @@ class MidiThread {
         explicit Inlet(MidiThread& thread, BMidiLocalConsumer& consumer);
 
         /// A piece of the stream. Wait-free and without allocation: for a server's real-time
-        /// thread. When more comes in than the MIDI thread gets done, pieces are lost and the notes
-        /// that might hang are ended. One writing thread per inlet.
+        /// thread. When more comes in than the MIDI thread gets done, pieces are lost and the
+        /// inlet's notes, which might hang, are ended. One writing thread per inlet.
         void Put(std::span<const uint8> bytes, bigtime_t time) noexcept;
 
-        /// Ends all notes, as when the source has vanished. Any thread.
+        /// Ends the notes that came in here, as when the source has vanished; those of other inlets
+        /// stay. Any thread.
         void EndNotes() noexcept;
 
       private:
@@ -38,7 +39,7 @@ class MidiThread {
             /// Pieces before this one are lost.
             bool gap;
         };
-        void Drain(BMidiLocalConsumer& consumer);
+        void Drain();
 
         MidiThread& thread;
         WireDecoder decoder;

@@ -8,6 +8,7 @@ constexpr uint8 kSysex = 0xF0;
 constexpr uint8 kSysexEnd = 0xF7;
 constexpr uint8 kFirstRealTime = 0xF8;
 constexpr uint8 kAllSoundOff = 120;
+constexpr uint8 kEndVelocity = 64;  // the standard's where there is none
 constexpr uint8 kAllNotesOff = 123; // and the mode messages up to 127, which imply it
 
 /// Data bytes after a status; -1 for a status without a meaning.
@@ -84,9 +85,11 @@ void WireDecoder::ChannelMessage(bigtime_t time) {
     const uint8 channel = status & 0x0F;
     switch (status & 0xF0) {
     case 0x80:
+        held[channel].reset(data[0]);
         consumer.NoteOff(channel, data[0], data[1], time);
         break;
     case 0x90:
+        held[channel].set(data[0], data[1] != 0);
         if (data[1] == 0)
             consumer.NoteOff(channel, data[0], 0, time);
         else
@@ -96,10 +99,12 @@ void WireDecoder::ChannelMessage(bigtime_t time) {
         consumer.KeyPressure(channel, data[0], data[1], time);
         break;
     case 0xB0:
-        if (data[0] == kAllSoundOff || data[0] >= kAllNotesOff)
+        if (data[0] == kAllSoundOff || data[0] >= kAllNotesOff) {
+            held[channel].reset();
             consumer.AllNotesOff(true, time);
-        else
+        } else {
             consumer.ControlChange(channel, data[0], data[1], time);
+        }
         break;
     case 0xC0:
         consumer.ProgramChange(channel, data[0], time);
@@ -109,6 +114,17 @@ void WireDecoder::ChannelMessage(bigtime_t time) {
         break;
     default:
         consumer.PitchBend(channel, data[0], data[1], time);
+    }
+}
+
+void WireDecoder::EndNotes(bigtime_t time) {
+    for (std::size_t channel = 0; channel < held.size(); channel++) {
+        for (std::size_t note = 0; held[channel].any() && note < held[channel].size(); note++) {
+            if (held[channel][note])
+                consumer.NoteOff(static_cast<uchar>(channel), static_cast<uchar>(note),
+                                 kEndVelocity, time);
+        }
+        held[channel].reset();
     }
 }
 

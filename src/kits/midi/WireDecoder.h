@@ -3,6 +3,8 @@
 
 #include "kits/midi/MidiLocalConsumer.h"
 
+#include <array>
+#include <bitset>
 #include <span>
 #include <vector>
 
@@ -21,6 +23,9 @@ class WireDecoder {
 
     void Decode(std::span<const uint8> bytes, bigtime_t time);
 
+    /// Calls NoteOff for the notes of this stream that are on.
+    void EndNotes(bigtime_t time);
+
     /// Forgets the message begun and the running status: part of the stream is missing.
     void Reset() { status = 0; }
 
@@ -36,6 +41,8 @@ class WireDecoder {
     uint8 data[2] = {};
     int have = 0;
     int need = 0;
+    /// The notes that are on, of each channel.
+    std::array<std::bitset<128>, 16> held;
     std::vector<uint8> sysex;
     bool sysexFits = true;
 };

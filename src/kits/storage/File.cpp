@@ -6,7 +6,7 @@
 #include <unistd.h>
 
 BFile::BFile(const BDirectory* directory, const char* name, uint32 mode) {
-    if (kits::FileNameFault(name))
+    if (!kits::CheckFileName(name))
         status = B_BAD_VALUE;
     else if (directory->InitCheck() != B_OK)
         status = directory->InitCheck();

@@ -1,14 +1,19 @@
-// Which texts can be the name of a file.
+// Which names a file may be given.
 #pragma once
 
-#include <optional>
-#include <string>
+#include "kits/support/Result.h"
+
 #include <string_view>
 
 namespace kits {
 
-/// Why no file can have that name, as a sentence for the person who chose it; none where one can.
-/// Any thread.
-std::optional<std::string> FileNameFault(std::string_view name);
+/// Longest name, in bytes: what file systems take.
+constexpr std::size_t kLongestFileName = 255;
+
+/// Whether a file can be created under `name`, which is to be one step of a path. Refused are an
+/// empty name, "." and "..", a slash, control characters (a line feed among them), which would
+/// break the lines of lists and messages, text that is not UTF-8, and what is longer than
+/// kLongestFileName. The error says why, for the user. Nothing is touched. Any thread.
+Result<void> CheckFileName(std::string_view name);
 
 } // namespace kits

@@ -455,8 +455,8 @@ void FilePanelWindow::Confirm() {
 
 void FilePanelWindow::ConfirmName() {
     const std::string chosen = QFile::encodeName(name->Line().text()).toStdString();
-    if (const auto fault = FileNameFault(chosen))
-        return Complain(*fault);
+    if (const Result<void> checked = CheckFileName(chosen); !checked)
+        return Complain(checked.Fault().text);
     std::error_code ignored;
     const fs::path file = folder / chosen;
     if (fs::is_directory(file, ignored)) {

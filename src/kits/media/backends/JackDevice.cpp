@@ -3,6 +3,7 @@
 #include "kits/support/backends/JackClient.h"
 
 #include <atomic>
+#include <cstdlib>
 
 #include <jack/jack.h>
 
@@ -13,6 +14,8 @@ namespace {
 constexpr const char* kPort = "Vexa audio out";
 /// The one port goes to the left and to the right loudspeaker.
 constexpr int kLoudspeakers = 2;
+/// Microseconds, besides two periods, that a period's beginning can lie back in earnest.
+constexpr bigtime_t kMostAgo = 10000;
 
 class JackDevice : public AudioDevice, private JackProcessor {
   public:
@@ -70,6 +73,10 @@ class JackDevice : public AudioDevice, private JackProcessor {
         bigtime_t ago = 0;
         if (jack_get_cycle_times(client->Handle(), &frame, &now, &next, &period) == 0)
             ago = static_cast<bigtime_t>(jack_get_time() - now);
+        // After the server has stood still its smoothed time is off by as much as that, and comes
+        // back over many seconds.
+        if (std::abs(ago) > kMostAgo + 2 * static_cast<bigtime_t>(period))
+            ago = 0;
         source->Play(samples, frames, system_time() - ago);
     }
 

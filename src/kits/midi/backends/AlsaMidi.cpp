@@ -22,8 +22,8 @@ std::unique_ptr<RtMidiIn> OpenClient() {
     return midi;
 }
 
-/// Bytes come in RtMidi's own thread, one per client; all clients share the inlet under a lock that
-/// only these threads take.
+/// Bytes come in RtMidi's own thread, one per client; the clients that share an inlet write it
+/// under a lock that only these threads take.
 class AlsaMidi : public MidiBackend {
   public:
     AlsaMidi() : input(OpenClient()) { input->setErrorCallback(Ignore); }
@@ -39,10 +39,12 @@ class AlsaMidi : public MidiBackend {
         return names;
     }
 
-    Result<void> OpenInput(const std::string& name, MidiThread::Inlet& into) override {
-        inlet = &into;
+    Result<void> OpenInput(const std::string& name, MidiThread::Inlet& shared,
+                           MidiThread::Inlet& chosen) override {
+        port.inlet = &shared;
+        sources.inlet = &chosen;
         try {
-            input->setCallback(Receive, this);
+            input->setCallback(Receive, &port);
             input->openVirtualPort(name);
         } catch (const RtMidiError& fault) {
             return Error{"ALSA has no port for \"" + name + "\": " + fault.getMessage()};
@@ -53,7 +55,6 @@ class AlsaMidi : public MidiBackend {
     void CloseInput() override {
         connections.clear();
         input->closePort();
-        inlet = nullptr;
     }
 
     /// RtMidi connects a port of its own to a source, so each connection is a client.
@@ -63,7 +64,7 @@ class AlsaMidi : public MidiBackend {
             for (unsigned i = 0; i < connection->getPortCount(); i++) {
                 if (connection->getPortName(i) != source)
                     continue;
-                connection->setCallback(Receive, this);
+                connection->setCallback(Receive, &sources);
                 connection->openPort(i, source);
                 connections[source] = std::move(connection);
                 return {};
@@ -75,19 +76,28 @@ class AlsaMidi : public MidiBackend {
         return Error{"could not connect the MIDI source \"" + source + "\""};
     }
 
-    void Disconnect(const std::string& source) override { connections.erase(source); }
-
-  private:
-    static void Receive(double, std::vector<unsigned char>* bytes, void* self) {
-        auto& midi = *static_cast<AlsaMidi*>(self);
-        const std::lock_guard lock(midi.writing);
-        midi.inlet->Put(*bytes, 0);
+    void Disconnect(const std::string& source) override {
+        if (connections.erase(source) != 0)
+            sources.inlet->EndNotes();
     }
 
+  private:
+    /// An inlet that several threads write, one after the other.
+    struct Entrance {
+        MidiThread::Inlet* inlet = nullptr;
+        std::mutex writing;
+    };
+
+    static void Receive(double, std::vector<unsigned char>* bytes, void* self) {
+        auto& entrance = *static_cast<Entrance*>(self);
+        const std::lock_guard lock(entrance.writing);
+        entrance.inlet->Put(*bytes, 0);
+    }
+
+    Entrance port;
+    Entrance sources;
     std::unique_ptr<RtMidiIn> input;
     std::map<std::string, std::unique_ptr<RtMidiIn>> connections;
-    MidiThread::Inlet* inlet = nullptr;
-    std::mutex writing;
 };
 
 } // namespace

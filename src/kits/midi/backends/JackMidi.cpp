@@ -1,8 +1,9 @@
 #include "kits/midi/backends/MidiBackend.h"
 #include "kits/support/backends/JackClient.h"
 
+#include <atomic>
+#include <cerrno>
 #include <mutex>
-#include <utility>
 
 #include <jack/jack.h>
 #include <jack/midiport.h>
@@ -38,78 +39,111 @@ class JackMidi : public MidiBackend, private JackProcessor {
         return names;
     }
 
-    Result<void> OpenInput(const std::string& name, MidiThread::Inlet& into) override {
-        jack_port_t* opened = jack_port_register(client->Handle(), name.c_str(),
-                                                 JACK_DEFAULT_MIDI_TYPE, JackPortIsInput, 0);
+    Result<void> OpenInput(const std::string& name, MidiThread::Inlet& into,
+                           MidiThread::Inlet& intoChosen) override {
+        const auto opened = OpenPort(shared, name, into);
         if (!opened)
-            return Error{"JACK has no port for \"" + name + "\""};
-        {
-            const std::lock_guard lock(portMutex);
-            port = opened;
-            inlet = &into;
-        }
+            return opened;
+        chosenName = name + " (chosen)";
+        chosenInlet = &intoChosen;
         client->Add(*this);
         return {};
     }
 
     void CloseInput() override {
-        if (!port)
+        if (!shared.port)
             return;
         client->Remove(*this);
-        jack_port_t* closed = nullptr;
-        {
-            const std::lock_guard lock(portMutex);
-            closed = std::exchange(port, nullptr);
-            inlet = nullptr;
+        for (Input* input : {&shared, &chosen}) {
+            jack_port_t* const closed = input->port.exchange(nullptr);
+            // Waits for NoteLosses, which may have seen the port.
+            { const std::lock_guard lock(lossMutex); }
+            if (closed && !client->IsDead())
+                jack_port_unregister(client->Handle(), closed);
+            input->connected = 0;
         }
-        if (!client->IsDead())
-            jack_port_unregister(client->Handle(), closed);
     }
 
+    /// The server mixes what comes to one port, so the source gets a port that is not the one to
+    /// which others connect theirs.
     Result<void> Connect(const std::string& source) override {
+        const Error fault{"could not connect the MIDI source \"" + source + "\""};
+        if (!shared.port || client->IsDead())
+            return fault;
+        if (!chosen.port) {
+            if (const auto opened = OpenPort(chosen, chosenName, *chosenInlet); !opened)
+                return opened;
+        }
         const int status =
-            port && !client->IsDead()
-                ? jack_connect(client->Handle(), source.c_str(), jack_port_name(port))
-                : -1;
+            jack_connect(client->Handle(), source.c_str(), jack_port_name(chosen.port));
         if (status != 0 && status != EEXIST)
-            return Error{"could not connect the MIDI source \"" + source + "\""};
+            return fault;
         return {};
     }
 
     void Disconnect(const std::string& source) override {
-        if (port && !client->IsDead())
-            jack_disconnect(client->Handle(), source.c_str(), jack_port_name(port));
+        if (chosen.port && !client->IsDead())
+            jack_disconnect(client->Handle(), source.c_str(), jack_port_name(chosen.port));
     }
 
   private:
+    struct Input {
+        /// Set last and taken away first; read by the server's threads.
+        std::atomic<jack_port_t*> port{nullptr};
+        MidiThread::Inlet* inlet = nullptr;
+        /// NoteLosses' own.
+        int connected = 0;
+    };
+
+    Result<void> OpenPort(Input& input, const std::string& name, MidiThread::Inlet& inlet) {
+        jack_port_t* const opened = jack_port_register(client->Handle(), name.c_str(),
+                                                       JACK_DEFAULT_MIDI_TYPE, JackPortIsInput, 0);
+        if (!opened)
+            return Error{"JACK has no port for \"" + name + "\""};
+        input.inlet = &inlet;
+        input.port = opened;
+        return {};
+    }
+
     void Process(uint32 frames) noexcept override {
-        void* buffer = jack_port_get_buffer(port, frames);
-        const uint32 count = jack_midi_get_event_count(buffer);
-        for (uint32 i = 0; i < count; i++) {
-            jack_midi_event_t event;
-            if (jack_midi_event_get(&event, buffer, i) == 0)
-                inlet->Put({event.buffer, event.size}, 0);
+        for (Input* input : {&shared, &chosen}) {
+            jack_port_t* const port = input->port;
+            if (!port)
+                continue;
+            void* buffer = jack_port_get_buffer(port, frames);
+            const uint32 count = jack_midi_get_event_count(buffer);
+            for (uint32 i = 0; i < count; i++) {
+                jack_midi_event_t event;
+                if (jack_midi_event_get(&event, buffer, i) == 0)
+                    input->inlet->Put({event.buffer, event.size}, 0);
+            }
         }
     }
 
     /// Notes of a source that is no longer connected, or of a server that has gone, would never be
     /// released. Runs in a thread of the JACK library.
     void NoteLosses() {
-        const std::lock_guard lock(portMutex);
-        if (!port)
-            return;
-        const int now = client->IsDead() ? 0 : jack_port_connected(port);
-        if (now < connected || client->IsDead())
-            inlet->EndNotes();
-        connected = now;
+        const std::lock_guard lock(lossMutex);
+        for (Input* input : {&shared, &chosen}) {
+            jack_port_t* const port = input->port;
+            if (!port)
+                continue;
+            const int now = client->IsDead() ? 0 : jack_port_connected(port);
+            if (now < input->connected || client->IsDead())
+                input->inlet->EndNotes();
+            input->connected = now;
+        }
     }
 
     std::shared_ptr<JackClient> client;
-    /// Guards the port against being closed while NoteLosses looks at it.
-    std::mutex portMutex;
-    int connected = 0;
-    jack_port_t* port = nullptr;
-    MidiThread::Inlet* inlet = nullptr;
+    /// Guards the ports against being closed while NoteLosses looks at them.
+    std::mutex lossMutex;
+    /// To which other programs connect sources.
+    Input shared;
+    /// For sources that this program connects; there from the first of them on.
+    Input chosen;
+    std::string chosenName;
+    MidiThread::Inlet* chosenInlet = nullptr;
 };
 
 } // namespace

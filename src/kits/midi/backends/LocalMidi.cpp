@@ -43,8 +43,8 @@ bool LocalSources::SetConnected(const std::string& name, bool wanted) {
         return false;
     if (wanted)
         connected.insert(name);
-    else
-        connected.erase(name);
+    else if (connected.erase(name) > 0 && inlet)
+        inlet->EndNotes();
     return true;
 }
 
@@ -62,8 +62,9 @@ class LocalMidi : public MidiBackend {
 
     std::vector<std::string> Sources() override { return LocalSources::Instance().Names(); }
 
-    Result<void> OpenInput(const std::string&, MidiThread::Inlet& inlet) override {
-        LocalSources::Instance().SetInlet(&inlet);
+    Result<void> OpenInput(const std::string&, MidiThread::Inlet&,
+                           MidiThread::Inlet& chosen) override {
+        LocalSources::Instance().SetInlet(&chosen);
         return {};
     }
     void CloseInput() override { LocalSources::Instance().SetInlet(nullptr); }

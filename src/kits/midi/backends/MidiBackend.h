@@ -20,9 +20,12 @@ class MidiBackend {
     /// Names of the sources of other programs, as the system shows them.
     virtual std::vector<std::string> Sources() = 0;
 
-    /// Makes a port of this name whose bytes go into the inlet. At most one port.
-    virtual Result<void> OpenInput(const std::string& name, MidiThread::Inlet& inlet) = 0;
-    /// When it returns nothing more is put into the inlet.
+    /// Makes a port of this name, to which other programs may connect sources, whose bytes go into
+    /// the inlet `shared`. Those of the sources that Connect connects go into `chosen`, so that
+    /// each vanishes with its own notes. At most one port.
+    virtual Result<void> OpenInput(const std::string& name, MidiThread::Inlet& shared,
+                                   MidiThread::Inlet& chosen) = 0;
+    /// When it returns nothing more is put into the inlets.
     virtual void CloseInput() = 0;
 
     /// Between the input and a source of that name; the error names the source.

@@ -1,0 +1,107 @@
+#include "functions/CompileFolder.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <optional>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace vexa {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* kPrefix = ".compile-";
+
+/// The folder's lock, if the folder is one of this user's and no process has it.
+kits::Descriptor Lock(const fs::path& folder) {
+    kits::Descriptor descriptor(
+        ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    struct stat status {};
+    if (!descriptor || ::fstat(descriptor.Number(), &status) != 0 || status.st_uid != ::geteuid() ||
+        ::flock(descriptor.Number(), LOCK_EX | LOCK_NB) != 0)
+        return kits::Descriptor();
+    return descriptor;
+}
+
+/// Removes the folders that no process has locked. One that was created this moment and is not
+/// locked yet may be among them: its creator notices.
+void RemoveLeftOvers(const fs::path& parent) {
+    std::error_code error;
+    for (fs::directory_iterator entry(parent, error), end; !error && entry != end;
+         entry.increment(error)) {
+        if (!entry->path().filename().string().starts_with(kPrefix))
+            continue;
+        if (const kits::Descriptor lock = Lock(entry->path()); lock) {
+            std::error_code ignored;
+            fs::remove_all(entry->path(), ignored);
+        }
+    }
+}
+
+/// Why somebody else could put files into the folder, or replace those that are there. To root all
+/// folders belong.
+std::optional<std::string> SharedWithOthers(const fs::path& folder) {
+    struct stat status {};
+    if (::stat(folder.c_str(), &status) != 0)
+        return std::string(std::strerror(errno));
+    const uid_t user = ::geteuid();
+    if (user != 0 && status.st_uid != user && status.st_uid != 0)
+        return "it belongs to another user, who could replace what is compiled there";
+    const bool group = (status.st_mode & S_IWGRP) != 0 && status.st_gid != ::getegid();
+    if (group || (status.st_mode & S_IWOTH) != 0)
+        return "other users can write to it and could replace what is compiled there; change that "
+               "with: chmod go-w " +
+               folder.string();
+    return std::nullopt;
+}
+
+} // namespace
+
+kits::Result<CompileFolder> CompileFolder::Create(const fs::path& parent) {
+    const auto failure = [&parent](const std::string& reason) {
+        return kits::Error{"could not create a folder in " + parent.string() + ": " + reason};
+    };
+    if (const auto reason = SharedWithOthers(parent))
+        return failure(*reason);
+    RemoveLeftOvers(parent);
+    // More than once only if another program takes the folder for a left-over each time.
+    for (int attempt = 0; attempt < 100; attempt++) {
+        std::string pattern = (parent / (std::string(kPrefix) + "XXXXXX")).string();
+        if (!::mkdtemp(pattern.data()))
+            return failure(std::strerror(errno));
+        kits::Descriptor lock = Lock(pattern);
+        const int fault = errno;
+        struct stat locked {};
+        struct stat there {};
+        if (lock && ::fstat(lock.Number(), &locked) == 0 && ::stat(pattern.c_str(), &there) == 0 &&
+            locked.st_ino == there.st_ino)
+            return CompileFolder(pattern, std::move(lock));
+        // Where folders cannot be locked (network file systems) nobody takes it for a left-over.
+        if (!lock && fault != EWOULDBLOCK && fault != ENOENT)
+            return CompileFolder(pattern, kits::Descriptor());
+        std::error_code ignored;
+        fs::remove_all(pattern, ignored);
+    }
+    return failure("it cannot be locked");
+}
+
+CompileFolder::CompileFolder(fs::path path, kits::Descriptor lock)
+    : path(std::move(path)), lock(std::move(lock)) {}
+
+CompileFolder::CompileFolder(CompileFolder&& other) noexcept
+    : path(std::exchange(other.path, {})), lock(std::move(other.lock)) {}
+
+CompileFolder::~CompileFolder() {
+    std::error_code ignored;
+    if (!path.empty())
+        fs::remove_all(path, ignored);
+}
+
+} // namespace vexa

@@ -1,0 +1,39 @@
+// Any command line of either program gives options in range or a message. Arguments end at line
+// feeds.
+
+#include "app/AppOptions.h"
+#include "fuzz/Fuzzing.h"
+#include "render/Options.h"
+
+#include <algorithm>
+#include <vector>
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8* data, std::size_t size) {
+    std::vector<std::string> arguments;
+    std::string_view rest = fuzz::Text(data, size);
+    while (!rest.empty()) {
+        const std::string_view argument =
+            rest.substr(0, rest.find_first_of(std::string_view("\n\0", 2)));
+        arguments.emplace_back(argument);
+        rest.remove_prefix(std::min(rest.size(), argument.size() + 1));
+    }
+    const auto render = vexa::ParseOptions(arguments);
+    fuzz::Require(render || !render.Fault().text.empty(), "a refusal says why");
+    if (render) {
+        fuzz::Require(render->voices >= 1 && render->voices <= 20 && render->channel >= -1 &&
+                          render->channel < 16 && render->rate >= 8000 && render->rate <= 768000 &&
+                          render->gain >= 0 && render->gain <= 1 && render->tail >= 0 &&
+                          render->tail <= 3600 && render->block >= 1,
+                      "the numbers are in range");
+        fuzz::Require(render->action != vexa::Options::Action::Render ||
+                          (!render->midi.empty() && !render->output.empty()),
+                      "the files are named");
+    }
+    const auto app = vexa::ParseAppOptions(arguments);
+    fuzz::Require(app || !app.Fault().text.empty(), "a refusal says why");
+    if (app)
+        fuzz::Require(app->voices >= 1 && app->voices <= 20 && app->channel >= -1 &&
+                          app->channel < 16,
+                      "the numbers are in range");
+    return 0;
+}

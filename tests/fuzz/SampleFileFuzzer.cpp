@@ -1,0 +1,25 @@
+// Any file gives a sample that is finite everywhere, or a reason.
+
+#include "functions/SampleFunction.h"
+#include "fuzz/Fuzzing.h"
+
+#include <cmath>
+#include <fstream>
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8* data, std::size_t size) {
+    static const fuzz::WorkFolder work;
+    const std::string path = (work.path / "sample").string();
+    std::ofstream(path, std::ios::binary) << fuzz::Text(data, size);
+    const auto loaded = vexa::LoadSample(path);
+    if (!loaded) {
+        fuzz::Require(loaded.Fault().text.find(path) != std::string::npos,
+                      "a fault names the file");
+        return 0;
+    }
+    vexa::SetSampleFrequency(loaded->format.u.raw_audio.frame_rate, 440);
+    for (const float at : {0.0F, 0.01F, -1.7F, 4.9F, 1e9F}) {
+        const float value = vexa::sampler2rfun(at, -at / 2);
+        fuzz::Require(std::isfinite(value) && std::abs(value) <= 1.001F, "a sample is in range");
+    }
+    return 0;
+}

@@ -1,0 +1,35 @@
+// Any document gives a sound that can be applied, and that is the same when it was saved and read.
+
+#include "documents/ApplySound.h"
+#include "documents/SoundDocument.h"
+#include "fuzz/Fuzzing.h"
+#include "synth/SoundRecords.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8* data, std::size_t size) {
+    vexa::MXString text(fuzz::Text(data, size));
+    const vexa::MXDocument document(text);
+    vexa::Sound sound;
+    vexa::Warnings warnings;
+    if (!document.root || !vexa::InterpretSound(*document.root, sound, warnings))
+        return 0;
+
+    static vexa::SoundRecords records;
+    vexa::ApplyParameters(sound, records.parameters);
+    vexa::ApplyEnvelopes(sound, records.parameters);
+
+    // Texts and numbers reach their written form with the first save.
+    const auto saved = [](const vexa::Sound& value) {
+        vexa::MXDocument copy = vexa::ConstructDocumentTemplate("vexasound");
+        copy.root = vexa::ConstructSoundElement(value);
+        vexa::MXString bytes = copy.AssembleString("\t");
+        const vexa::MXDocument again(bytes);
+        vexa::Sound read;
+        vexa::Warnings ignored;
+        fuzz::Require(again.root && vexa::InterpretSound(*again.root, read, ignored),
+                      "a saved sound can be read");
+        return read;
+    };
+    const vexa::Sound once = saved(sound);
+    fuzz::Require(saved(once) == once, "a saved sound reads the same");
+    return 0;
+}

@@ -1,0 +1,15 @@
+// Any text is read without a fault of ours, and so is whatever is written of it. Texts that are no
+// XML need not come back the same.
+
+#include "fuzz/Fuzzing.h"
+#include "xml/MXDocument.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8* data, std::size_t size) {
+    vexa::MXString text(fuzz::Text(data, size));
+    const vexa::MXDocument read(text);
+    vexa::MXString written = read.AssembleString("  ");
+    const vexa::MXDocument again(written);
+    fuzz::Require(!read.root || again.root || again.Status() != 0,
+                  "a root that is written is read, or a fault is told");
+    return 0;
+}

@@ -291,6 +291,9 @@ TEST_F(FilePanelTest, CompletesNamesWhileTheyAreTyped) {
     QTest::keyClick(completer.popup(), Qt::Key_Return);
     test::Settle();
     EXPECT_EQ(panel.Name().text(), "b10.txt");
+    EXPECT_FALSE(completer.popup()->isVisible());
+    EXPECT_TRUE(alerts.texts.empty()) << "what was completed is not yet confirmed";
+    EXPECT_TRUE(receiver.messages.empty());
 
     panel.Path().setFocus();
     panel.Path().clear();

@@ -41,7 +41,7 @@ constexpr float kCountWidth = 90;
 constexpr float kChoicesTop = kBottom - 40;
 constexpr float kNameTop = kBottom - 35;
 constexpr float kNameRight = 248;
-constexpr float kNameLabelWidth = 50;
+constexpr float kNameLabelWidth = 53;
 constexpr float kMinimumWidth = 460;
 constexpr float kMinimumHeight = 250;
 

@@ -212,6 +212,9 @@ TEST_F(FilePanelTest, ReportsAFolderThatCannotBeRead) {
                                           "/Apple.txt\": Not a directory."));
     EXPECT_EQ(panel.Folder(), folder.Path());
     EXPECT_EQ(panel.Names().size(), 4U);
+    EXPECT_EQ(panel.Path().text(), "Apple.txt") << "to be corrected";
+    panel.List().setFocus();
+    EXPECT_EQ(panel.Path().text().toStdString(), folder.Path().string());
     if (::geteuid() == 0)
         return;
     ::chmod((folder.Path() / "zoo").c_str(), 0);
@@ -295,6 +298,16 @@ TEST_F(FilePanelTest, CompletesNamesWhileTheyAreTyped) {
     EXPECT_TRUE(alerts.texts.empty()) << "what was completed is not yet confirmed";
     EXPECT_TRUE(receiver.messages.empty());
 
+    panel.Name().clear();
+    QTest::keyClicks(&panel.Name(), "b");
+    ASSERT_TRUE(completer.popup()->isVisible());
+    panel.Key(Qt::Key_Escape);
+    EXPECT_FALSE(completer.popup()->isVisible());
+    EXPECT_TRUE(panel.IsShowing()) << "Escape closes the completions first";
+    panel.Key(Qt::Key_Escape);
+    EXPECT_FALSE(panel.IsShowing());
+
+    panel.Show();
     panel.Path().setFocus();
     panel.Path().clear();
     QTest::keyClicks(&panel.Path(), QString::fromStdString((folder.Path() / "zo").string()));

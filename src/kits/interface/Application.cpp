@@ -5,11 +5,14 @@
 #include "kits/interface/Window.h"
 #include "kits/interface/backends/Appearance.h"
 #include "kits/interface/backends/WindowWidget.h"
+#include "kits/storage/ProgramFolder.h"
 
 #include <QApplication>
+#include <QIcon>
 #include <QTimer>
 #include <cstdlib>
 #include <string>
+#include <vector>
 
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -76,13 +79,19 @@ class Toolkit {
     Toolkit() : application(count, arguments) {
         application.setQuitOnLastWindowClosed(false);
         SetAppearance(application);
+        QApplication::setWindowIcon(QIcon(
+            QString::fromStdString(ProgramFile().replace_extension().string() + "-icon.png")));
     }
     ~Toolkit() {
         MessageQueue::Instance().SetWake(nullptr);
+        // Collected first, as menus are top-level widgets too and go with their windows.
+        std::vector<BWindow*> windows;
         for (QWidget* widget : QApplication::topLevelWidgets()) {
             if (auto* window = dynamic_cast<WindowWidget*>(widget))
-                delete &window->Window();
+                windows.push_back(&window->Window());
         }
+        for (BWindow* window : windows)
+            delete window;
     }
 
     void Run() {

@@ -179,6 +179,11 @@ void FilePanelWindow::AddNavigation(BView& background) {
                                "Folder", 0, B_FOLLOW_LEFT_RIGHT | B_FOLLOW_TOP);
     path->SetToolTip("The folder that is listed; another one can be typed here (Ctrl+L)");
     path->onConfirmed = [this] { PostMessage(kGoToPath); };
+    // A path that was typed in vain stays to be corrected, until the field is left.
+    QObject::connect(&path->Line(), &QLineEdit::editingFinished, list, [this] {
+        if (!path->Line().hasFocus())
+            path->SetText(TextOf(folder));
+    });
     path->completions = [this](const QString& text) { return FoldersLike(text); };
     background.AddChild(path);
     background.AddChild(hidden);
@@ -229,8 +234,14 @@ void FilePanelWindow::AddShortcuts() {
     };
     for (const auto& [keys, what] : shortcuts) {
         auto* shortcut = new QShortcut(keys, &Widget());
-        QObject::connect(shortcut, &QShortcut::activated, list,
-                         [this, what = what] { PostMessage(what); });
+        QObject::connect(shortcut, &QShortcut::activated, list, [this, what = what] {
+            // Escape closes the completions first.
+            QWidget* popup = QApplication::activePopupWidget();
+            if (what == kCancel && popup)
+                popup->hide();
+            else
+                PostMessage(what);
+        });
     }
 }
 

@@ -205,15 +205,15 @@ TEST_F(FilePanelTest, ShowsWhatHasHappenedToTheFolder) {
 TEST_F(FilePanelTest, ReportsAFolderThatCannotBeRead) {
     Panel panel(B_OPEN_PANEL, receiver, folder.Path());
     // A file stands for a folder without rights, which would not stop root.
-    panel.Path().setText("Apple.txt");
-    panel.Path().setFocus();
+    panel.Key(Qt::Key_L, Qt::ControlModifier);
+    QTest::keyClicks(&panel.Path(), "Apple.txt");
     panel.Key(Qt::Key_Return);
     EXPECT_THAT(alerts.texts, ElementsAre("Could not read the folder \"" + folder.Path().string() +
                                           "/Apple.txt\": Not a directory."));
     EXPECT_EQ(panel.Folder(), folder.Path());
     EXPECT_EQ(panel.Names().size(), 4U);
     EXPECT_EQ(panel.Path().text(), "Apple.txt") << "to be corrected";
-    panel.List().setFocus();
+    panel.Key(Qt::Key_Tab);
     EXPECT_EQ(panel.Path().text().toStdString(), folder.Path().string());
     if (::geteuid() == 0)
         return;

@@ -153,6 +153,7 @@ FilePanelWindow::FilePanelWindow(BFilePanel& panel, uint32 nodeFlavors, bool mul
 FilePanelWindow::~FilePanelWindow() {
     if (panel)
         panel->window = nullptr;
+    path = nullptr;
     while (BView* child = ChildAt(0))
         delete child;
 }
@@ -180,10 +181,11 @@ void FilePanelWindow::AddNavigation(BView& background) {
     path->SetToolTip("The folder that is listed; another one can be typed here (Ctrl+L)");
     path->onConfirmed = [this] { PostMessage(kGoToPath); };
     // A path that was typed in vain stays to be corrected, until the field is left.
-    QObject::connect(&path->Line(), &QLineEdit::editingFinished, list, [this] {
-        if (!path->Line().hasFocus())
-            path->SetText(TextOf(folder));
-    });
+    QObject::connect(qApp, &QApplication::focusChanged, list,
+                     [this](const QWidget* from, const QWidget* to) {
+                         if (path && from == &path->Line() && to && to->window() == &Widget())
+                             path->SetText(TextOf(folder));
+                     });
     path->completions = [this](const QString& text) { return FoldersLike(text); };
     background.AddChild(path);
     background.AddChild(hidden);

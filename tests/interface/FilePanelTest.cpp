@@ -205,13 +205,16 @@ TEST_F(FilePanelTest, ShowsWhatHasHappenedToTheFolder) {
 TEST_F(FilePanelTest, ReportsAFolderThatCannotBeRead) {
     Panel panel(B_OPEN_PANEL, receiver, folder.Path());
     // A file stands for a folder without rights, which would not stop root.
-    panel.Path().setText("Apple.txt");
-    panel.Path().setFocus();
+    panel.Key(Qt::Key_L, Qt::ControlModifier);
+    QTest::keyClicks(&panel.Path(), "Apple.txt");
     panel.Key(Qt::Key_Return);
     EXPECT_THAT(alerts.texts, ElementsAre("Could not read the folder \"" + folder.Path().string() +
                                           "/Apple.txt\": Not a directory."));
     EXPECT_EQ(panel.Folder(), folder.Path());
     EXPECT_EQ(panel.Names().size(), 4U);
+    EXPECT_EQ(panel.Path().text(), "Apple.txt") << "to be corrected";
+    panel.Key(Qt::Key_Tab);
+    EXPECT_EQ(panel.Path().text().toStdString(), folder.Path().string());
     if (::geteuid() == 0)
         return;
     ::chmod((folder.Path() / "zoo").c_str(), 0);
@@ -291,7 +294,20 @@ TEST_F(FilePanelTest, CompletesNamesWhileTheyAreTyped) {
     QTest::keyClick(completer.popup(), Qt::Key_Return);
     test::Settle();
     EXPECT_EQ(panel.Name().text(), "b10.txt");
+    EXPECT_FALSE(completer.popup()->isVisible());
+    EXPECT_TRUE(alerts.texts.empty()) << "what was completed is not yet confirmed";
+    EXPECT_TRUE(receiver.messages.empty());
 
+    panel.Name().clear();
+    QTest::keyClicks(&panel.Name(), "b");
+    ASSERT_TRUE(completer.popup()->isVisible());
+    panel.Key(Qt::Key_Escape);
+    EXPECT_FALSE(completer.popup()->isVisible());
+    EXPECT_TRUE(panel.IsShowing()) << "Escape closes the completions first";
+    panel.Key(Qt::Key_Escape);
+    EXPECT_FALSE(panel.IsShowing());
+
+    panel.Show();
     panel.Path().setFocus();
     panel.Path().clear();
     QTest::keyClicks(&panel.Path(), QString::fromStdString((folder.Path() / "zo").string()));

@@ -1,6 +1,7 @@
 #include "kits/storage/Entry.h"
 
 #include "kits/storage/ReadFile.h"
+#include "kits/support/Message.h"
 #include "support/Environment.h"
 #include "support/TemporaryFolder.h"
 
@@ -54,6 +55,28 @@ TEST(Entry, HasOnePathAndFollowsItsOwnLinkOnRequest) {
     EXPECT_FALSE(BEntry((real / "none").c_str()).Exists());
     EXPECT_EQ(BEntry((real / "none").c_str()).InitCheck(), B_OK);
     EXPECT_NE(BEntry((real / "none/file").c_str()).InitCheck(), B_OK);
+}
+
+TEST(EntryRef, TravelsInMessages) {
+    BMessage message(1);
+    const char* const paths[] = {"/", "/a", "/a/b c/\xC3\xA4\xFF"};
+    for (const char* path : paths) {
+        entry_ref ref;
+        ASSERT_EQ(get_ref_for_path(path, &ref), B_OK);
+        EXPECT_STREQ(BPath(&ref).Path(), path);
+        EXPECT_EQ(message.AddRef("refs", &ref), B_OK);
+    }
+    const BMessage copy = message;
+    entry_ref ref;
+    for (int32 i = 0; i < 3; i++) {
+        EXPECT_EQ(copy.FindRef("refs", i, &ref), B_OK);
+        EXPECT_STREQ(BPath(&ref).Path(), paths[i]);
+    }
+    EXPECT_EQ(copy.FindRef("refs", 3, &ref), B_BAD_INDEX);
+    EXPECT_EQ(copy.FindRef("none", &ref), B_NAME_NOT_FOUND);
+    message.AddData("damaged", B_REF_TYPE, "/a", 2);
+    EXPECT_EQ(message.FindRef("damaged", &ref), B_BAD_VALUE);
+    EXPECT_EQ(get_ref_for_path("", &ref), B_BAD_VALUE);
 }
 
 TEST(ReadFile, GivesAllBytesOrTheReason) {

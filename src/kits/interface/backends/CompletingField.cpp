@@ -48,7 +48,10 @@ CompletingField::CompletingField(BRect frame, const char* name, const char* labe
             words->setStringList(completions(text));
     });
     QObject::connect(line, &QLineEdit::returnPressed, line, [this] {
-        if (onConfirmed)
+        // The key that takes a completion does no more than that.
+        const QAbstractItemView& popup = *completer->popup();
+        const bool completes = popup.isVisible() && popup.currentIndex().isValid();
+        if (onConfirmed && !completes)
             onConfirmed();
     });
 }

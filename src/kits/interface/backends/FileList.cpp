@@ -1,5 +1,7 @@
 #include "kits/interface/backends/FileList.h"
 
+#include "kits/interface/backends/ViewWidget.h"
+
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QScrollBar>
@@ -11,7 +13,16 @@ namespace {
 
 /// Pixels of the columns for size and date.
 constexpr int kSizeWidth = 84;
-constexpr int kDateWidth = 124;
+constexpr int kDateWidth = 130;
+
+constexpr const char* kLook = R"(
+QTreeView { border: 1px solid #8c8c8c; background: white; alternate-background-color: #f2f4f7; }
+QTreeView::item { padding: 1px 4px; }
+QHeaderView::section {
+    padding: 2px 6px; border: none; border-right: 1px solid #b4b4b4;
+    border-bottom: 1px solid #8c8c8c; background: #e4e4e4;
+}
+)";
 
 constexpr auto kWholeRow = QItemSelectionModel::Select | QItemSelectionModel::Rows;
 
@@ -32,11 +43,13 @@ FileList::FileList(FolderModel& model, bool multipleSelection) : model(model) {
     setAllColumnsShowFocus(true);
     setAlternatingRowColors(true);
     setTabKeyNavigation(false);
-    setFrameShape(QFrame::NoFrame);
+    setStyleSheet(kLook);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setSelectionMode(multipleSelection ? ExtendedSelection : SingleSelection);
     setAccessibleName("Files");
+    setFont(ToQt(*be_plain_font()));
+    header()->setFont(font());
     header()->setStretchLastSection(false);
     header()->setSectionsMovable(false);
     header()->setSectionResizeMode(FolderModel::kName, QHeaderView::Stretch);

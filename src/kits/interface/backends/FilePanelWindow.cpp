@@ -41,7 +41,7 @@ constexpr float kCountWidth = 90;
 constexpr float kChoicesTop = kBottom - 40;
 constexpr float kNameTop = kBottom - 35;
 constexpr float kNameRight = 248;
-constexpr float kNameLabelWidth = 50;
+constexpr float kNameLabelWidth = 53;
 constexpr float kMinimumWidth = 460;
 constexpr float kMinimumHeight = 250;
 
@@ -153,6 +153,7 @@ FilePanelWindow::FilePanelWindow(BFilePanel& panel, uint32 nodeFlavors, bool mul
 FilePanelWindow::~FilePanelWindow() {
     if (panel)
         panel->window = nullptr;
+    path = nullptr;
     while (BView* child = ChildAt(0))
         delete child;
 }
@@ -179,6 +180,12 @@ void FilePanelWindow::AddNavigation(BView& background) {
                                "Folder", 0, B_FOLLOW_LEFT_RIGHT | B_FOLLOW_TOP);
     path->SetToolTip("The folder that is listed; another one can be typed here (Ctrl+L)");
     path->onConfirmed = [this] { PostMessage(kGoToPath); };
+    // A path that was typed in vain stays to be corrected, until the field is left.
+    QObject::connect(qApp, &QApplication::focusChanged, list,
+                     [this](const QWidget* from, const QWidget* to) {
+                         if (path && from == &path->Line() && to && to->window() == &Widget())
+                             path->SetText(TextOf(folder));
+                     });
     path->completions = [this](const QString& text) { return FoldersLike(text); };
     background.AddChild(path);
     background.AddChild(hidden);
@@ -229,8 +236,14 @@ void FilePanelWindow::AddShortcuts() {
     };
     for (const auto& [keys, what] : shortcuts) {
         auto* shortcut = new QShortcut(keys, &Widget());
-        QObject::connect(shortcut, &QShortcut::activated, list,
-                         [this, what = what] { PostMessage(what); });
+        QObject::connect(shortcut, &QShortcut::activated, list, [this, what = what] {
+            // Escape closes the completions first.
+            QWidget* popup = QApplication::activePopupWidget();
+            if (what == kCancel && popup)
+                popup->hide();
+            else
+                PostMessage(what);
+        });
     }
 }
 

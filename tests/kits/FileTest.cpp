@@ -1,6 +1,5 @@
 #include "kits/storage/File.h"
 
-#include "kits/storage/FileName.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -57,16 +56,6 @@ TEST(File, SaysWhyItCannotBeOpened) {
         const std::string bytes(100, 'x');
         EXPECT_EQ(full.Write(bytes.data(), bytes.size()), B_IO_ERROR);
     });
-}
-
-TEST(FileName, IsWhatTheFileSystemTakes) {
-    using std::string_view_literals::operator""sv;
-    for (const std::string_view good : {"a"sv, "..."sv, ".a"sv, "a b\n\xC3\xA4"sv})
-        EXPECT_FALSE(kits::FileNameFault(good)) << good;
-    EXPECT_FALSE(kits::FileNameFault(std::string(255, 'a')));
-    for (const std::string_view bad : {""sv, "."sv, ".."sv, "a/b"sv, "/"sv, "a\0b"sv})
-        EXPECT_TRUE(kits::FileNameFault(bad)) << bad;
-    EXPECT_TRUE(kits::FileNameFault(std::string(256, 'a')));
 }
 
 } // namespace

@@ -40,7 +40,7 @@ std::optional<ImageRequest> ReadImageRequest(const BMessage& message) {
 void ExportImage(const ImageRequest& request,
                  const std::function<std::unique_ptr<BBitmap>(int32 size)>& makeBitmap) {
     const BDirectory directory(&request.directory);
-    BFile file(&directory, request.name.c_str(), B_WRITE_ONLY | B_CREATE_FILE | B_ERASE_FILE);
+    BFile file(&directory, request.name, B_WRITE_ONLY | B_CREATE_FILE | B_ERASE_FILE);
     if (file.InitCheck() != B_OK)
         return Tell("Could not create file.");
     std::unique_ptr<BBitmap> bitmap;

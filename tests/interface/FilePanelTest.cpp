@@ -270,6 +270,12 @@ TEST_F(FilePanelTest, TwoPanelsGiveEachItsOwnSelection) {
 TEST_F(FilePanelTest, SavesUnderATypedName) {
     Panel panel(B_SAVE_PANEL, receiver, folder.Path());
     panel.SetSaveText("new.txt");
+    panel.Key(Qt::Key_H, Qt::ControlModifier);
+    EXPECT_EQ(panel.Names().back(), "b10.txt");
+    EXPECT_THAT(panel.Names(), testing::Contains(".secret")) << "keys work in the field as well";
+    panel.Key(Qt::Key_Up, Qt::AltModifier);
+    EXPECT_EQ(panel.Folder(), folder.Path().parent_path());
+    panel.SetPanelDirectory(folder.Path().c_str());
     QTest::keyClicks(&panel.Name(), "other");
     panel.Key(Qt::Key_Return);
     ASSERT_EQ(receiver.messages.size(), 1U);

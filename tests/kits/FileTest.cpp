@@ -43,6 +43,7 @@ TEST(File, SaysWhyItCannotBeOpened) {
     const TemporaryFolder folder;
     const BDirectory directory(folder.Path().c_str());
     EXPECT_EQ(BFile(&directory, "../a", kNew).InitCheck(), B_BAD_VALUE);
+    EXPECT_EQ(BFile(&directory, std::string("a\0b", 3), kNew).InitCheck(), B_BAD_VALUE);
     EXPECT_EQ(BFile(&directory, "", kNew).InitCheck(), B_BAD_VALUE);
     EXPECT_EQ(BFile(&directory, "a", B_WRITE_ONLY).InitCheck(), B_BAD_VALUE);
     EXPECT_EQ(BFile(&directory, "a", B_READ_ONLY).InitCheck(), B_ENTRY_NOT_FOUND);

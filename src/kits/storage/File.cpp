@@ -5,13 +5,13 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-BFile::BFile(const BDirectory* directory, const char* name, uint32 mode) {
+BFile::BFile(const BDirectory* directory, const std::string& name, uint32 mode) {
     if (!kits::CheckFileName(name))
         status = B_BAD_VALUE;
     else if (directory->InitCheck() != B_OK)
         status = directory->InitCheck();
     else
-        SetTo(BPath(directory->Path().Path(), name).Path(), mode);
+        SetTo(BPath(directory->Path().Path(), name.c_str()).Path(), mode);
 }
 
 BFile::~BFile() {

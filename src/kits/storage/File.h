@@ -6,6 +6,7 @@
 #include "kits/support/DataIO.h"
 
 #include <optional>
+#include <string>
 
 // How a file is opened: B_READ_ONLY, or all of the others added up.
 
@@ -20,7 +21,7 @@ class BFile : public BDataIO {
   public:
     BFile(const char* path, uint32 mode) { SetTo(path, mode); }
     /// B_BAD_VALUE for a name that no file can have.
-    BFile(const BDirectory* directory, const char* name, uint32 mode);
+    BFile(const BDirectory* directory, const std::string& name, uint32 mode);
     ~BFile() override;
     BFile(const BFile&) = delete;
     BFile& operator=(const BFile&) = delete;

@@ -6,6 +6,7 @@
 #include "support/TemporaryFolder.h"
 
 #include <QImage>
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <string>
@@ -40,15 +41,12 @@ class Desktop {
     void UseWindow(const std::string& title) {
         window.clear();
         WaitFor(title.c_str(), [&] {
-            window = Run({"search", "--onlyvisible", "--name", '^' + title + '$'});
-            window = window.substr(0, window.find('\n'));
+            window = WindowOf(title);
             return !window.empty();
         });
         Do({"windowactivate", "--sync", window});
     }
-    bool HasWindow(const std::string& title) const {
-        return !Run({"search", "--onlyvisible", "--name", '^' + title + '$'}).empty();
-    }
+    bool HasWindow(const std::string& title) const { return !WindowOf(title).empty(); }
 
     /// An xdotool command.
     void Do(std::vector<std::string> command) const { Run(std::move(command)); }
@@ -80,6 +78,17 @@ class Desktop {
     }
 
   private:
+    /// The number of a visible window of that title; empty if there is none.
+    static std::string WindowOf(const std::string& title) {
+        // A window that goes during the search is an error of it, as text.
+        std::string pattern = '^' + title + '$';
+        std::replace_if(
+            pattern.begin(), pattern.end(), [](char c) { return c == '(' || c == ')'; }, '.');
+        std::string found = Run({"search", "--onlyvisible", "--name", pattern});
+        found = found.substr(0, found.find('\n'));
+        const bool number = found.find_first_not_of("0123456789") == std::string::npos;
+        return number ? found : std::string();
+    }
     static std::string Run(std::vector<std::string> command) {
         command.insert(command.begin(), "xdotool");
         return RunCommand(std::move(command)).text;

@@ -1,5 +1,6 @@
 // The window as a person uses it: a real display, mouse and keyboard, on a real JACK server.
 #include "live/LivePlay.h"
+#include "support/Environment.h"
 #include "window/Desktop.h"
 
 #include <gmock/gmock.h>
@@ -73,6 +74,37 @@ class MainWindow : public testing::Test {
             peak = Peak(kSecond / 20);
             return low <= peak && peak <= high;
         });
+    }
+
+    /// Replaces the text of the field there and confirms it.
+    void Replace(int x, int y, const std::string& text) const {
+        desktop.Click(x, y);
+        desktop.Key("ctrl+a");
+        desktop.Type(text);
+        desktop.Key("Return");
+    }
+    /// Presses the button at that height, and saves under the name.
+    void SaveAs(int y, const std::string& title, const std::string& name) {
+        desktop.Click(275, y);
+        desktop.UseWindow(title);
+        desktop.Type(name);
+        desktop.Key("Return");
+        WaitFor("the panel's end", [&] { return !desktop.HasWindow(title); });
+        desktop.UseWindow("Vexa");
+    }
+    /// The picture of the plane as it is on the screen.
+    QImage Plane() const {
+        return desktop.Picture()
+            .copy(kPlane, kTop + 10, kPlaneSize, kPlaneSize)
+            .convertToFormat(QImage::Format_RGB32);
+    }
+    /// How loud a second of a note is that begins now.
+    float PeakOfNote() {
+        player.Play({{0, {0x90, 57, 100}}});
+        const float peak = Peak(kSecond);
+        player.Play({{0, {0xB0, 123, 0}}});
+        WaitForPeak(0, 0.001F);
+        return peak;
     }
 
     /// Pixels of the plane view that an orbit's mark is on.
@@ -179,6 +211,77 @@ TEST_F(MainWindow, TheComputersKeysPlayAndFallSilent) {
     EXPECT_LT(Peak(), 0.01);
     desktop.Do({"keyup", "q"});
     EXPECT_EQ(vexa->End(SIGTERM), 0);
+}
+
+TEST_F(MainWindow, ASessionIsSavedAndFoundAgain) {
+    Start();
+    // A sample by its name, and its frequency.
+    desktop.Click(55, kTop + 398);
+    desktop.UseWindow("Load Sample");
+    desktop.Type("pluck.wav");
+    desktop.Key("Return");
+    WaitFor("the panel's end", [&] { return !desktop.HasWindow("Load Sample"); });
+    desktop.UseWindow("Vexa");
+    Replace(105, kTop + 426, "220");
+    // Coefficients, an envelope, voices and channel.
+    Replace(352, kTop + 258, "0.75");
+    Replace(352, kTop + 278, "0.5");
+    desktop.Drag(kEditorX + 11, kEditorY + 3, kEditorX + 60, kEditorY + 20);
+    desktop.Drop();
+    desktop.Click(60, kTop + 449);
+    desktop.Key("Down");
+    desktop.Key("Down");
+    desktop.Key("Down");
+    desktop.Key("Return");
+    const QImage saved = Plane();
+    const float level = PeakOfNote();
+    EXPECT_GT(level, 0.01F);
+
+    SaveAs(kTop + 418, "Save Sound", "mine.xml");
+    SaveAs(kTop + 358, "Save f(x,y)", "mine.xml");
+    desktop.Close();
+    ASSERT_EQ(vexa->Wait(), 0);
+    EXPECT_THAT(test::Contents(program.Path("sounds/mine.xml")),
+                testing::AllOf(testing::HasSubstr("<samplefile>pluck.wav"),
+                               testing::HasSubstr("<frequency>220"),
+                               testing::HasSubstr("<vel>0.75"), testing::HasSubstr("<key>0.5")));
+    EXPECT_THAT(test::Contents(program.Path("functions/mine.xml")),
+                testing::HasSubstr("<samplefile>pluck.wav"));
+
+    Start();
+    EXPECT_NE(Plane(), saved);
+    desktop.Click(275, kTop + 448);
+    desktop.UseWindow("Load Sound");
+    desktop.Type("mine.xml");
+    desktop.Key("Return");
+    WaitFor("the panel's end", [&] { return !desktop.HasWindow("Load Sound"); });
+    desktop.UseWindow("Vexa");
+    WaitFor("the saved picture", [&] { return Plane() == saved; });
+    EXPECT_NEAR(PeakOfNote() / level, 1, 0.05);
+    desktop.Close();
+    EXPECT_EQ(vexa->Wait(), 0);
+    EXPECT_EQ(Log().find("Error"), std::string::npos) << Log();
+}
+
+TEST_F(MainWindow, ThePictureIsExported) {
+    // Where the panel begins.
+    const test::EnvironmentVariable home("HOME", program.Folder().Path().c_str());
+    Start();
+    desktop.Click(kPlane + 150, kTop + 160, "3");
+    desktop.UseWindow("Save Image");
+    const std::string path = program.Path("picture.png");
+    desktop.Type("picture.png");
+    desktop.Key("Return");
+    WaitFor("the file", [&] { return std::filesystem::exists(path); });
+    WaitFor("the panel's end", [&] { return !desktop.HasWindow("Save Image"); });
+    desktop.UseWindow("Vexa");
+    const QImage picture(QString::fromStdString(path));
+    EXPECT_EQ(picture.size(), QSize(kPlaneSize, kPlaneSize));
+    // What the panel has covered is drawn anew.
+    WaitFor("the same picture",
+            [&] { return picture.convertToFormat(QImage::Format_RGB32) == Plane(); });
+    desktop.Close();
+    EXPECT_EQ(vexa->Wait(), 0);
 }
 
 } // namespace

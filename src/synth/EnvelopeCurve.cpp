@@ -1,11 +1,31 @@
 #include "synth/EnvelopeCurve.h"
 
+#include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace vexa {
 
-EnvelopeCurve::EnvelopeCurve(std::vector<EnvPoint> points, float empty)
-    : points(std::move(points)), empty(empty) {}
+namespace {
+
+/// By kind, then by time.
+bool Before(const EnvPoint& a, const EnvPoint& b) {
+    return a.fku != b.fku ? b.fku : a.t < b.t;
+}
+
+constexpr float kForEver = std::numeric_limits<float>::infinity();
+
+} // namespace
+
+EnvelopeCurve::EnvelopeCurve(std::vector<EnvPoint> given, float empty)
+    : points(std::move(given)),
+      empty(empty),
+      keyDown(static_cast<std::size_t>(
+          std::count_if(points.begin(), points.end(), [](const EnvPoint& p) { return !p.fku; }))),
+      ordered(!points.empty() && !points[0].fku && points[0].t == 0 &&
+              std::is_sorted(points.begin(), points.end(), Before) &&
+              std::none_of(points.begin(), points.end(),
+                           [](const EnvPoint& p) { return !(p.t >= 0); })) {}
 
 float EnvelopeCurve::Value(float t, bool released, float level) const noexcept {
     if (points.empty())
@@ -13,6 +33,57 @@ float EnvelopeCurve::Value(float t, bool released, float level) const noexcept {
     if (points.size() == 1)
         return points.front().val;
     return released ? ReleasedValue(t, level) : HeldValue(t);
+}
+
+bool EnvelopeCurve::Values(const float* t, bool released, float level, float* values,
+                           std::size_t count) const noexcept {
+    if (points.size() <= 1) {
+        std::fill_n(values, count, Value(0, released, level));
+        return true;
+    }
+    if (!ordered) {
+        for (std::size_t i = 0; i < count; i++)
+            values[i] = Value(t[i], released, level);
+        return false;
+    }
+    const float* const end = t + count;
+    for (const float* from = t; from < end;) {
+        const Piece piece = PieceAt(*from, released, level);
+        const float* const to =
+            end[-1] <= piece.until ? end : std::upper_bound(from, end, piece.until);
+        const auto n = static_cast<std::size_t>(to - from);
+        if (piece.constant)
+            std::fill_n(values + (from - t), n, static_cast<float>(piece.line.base));
+        else
+            Loops().Line(piece.line, from, values + (from - t), n);
+        if (n == count)
+            return piece.constant;
+        from = to;
+    }
+    return false;
+}
+
+EnvelopeCurve::Piece EnvelopeCurve::PieceAt(float t, bool released, float level) const noexcept {
+    const auto constant = [](float value, float until) {
+        return Piece{{value, 0, 0, 1}, true, until};
+    };
+    const auto first = points.begin() + (released ? static_cast<std::ptrdiff_t>(keyDown) : 1);
+    const auto last =
+        released ? points.end() : points.begin() + static_cast<std::ptrdiff_t>(keyDown);
+    // The lowest segment that contains t ends at the first point that is not before t.
+    const auto b =
+        std::lower_bound(first, last, t, [](const EnvPoint& p, float time) { return p.t < time; });
+    if (b >= last)
+        return constant(released && keyDown == points.size() ? level : last[-1].val, kForEver);
+    if (released && b == first) {
+        if (b->t == 0)
+            return constant(b->val, b->t);
+        return {{level, 0, double(b->val) - level, b->t}, b->val == level, b->t};
+    }
+    const auto a = b - 1;
+    if (a->t == b->t)
+        return constant(b->val, b->t);
+    return {{b->val, b->t, double(a->val) - b->val, double(a->t) - b->t}, a->val == b->val, b->t};
 }
 
 float EnvelopeCurve::HeldValue(float t) const noexcept {

@@ -1,6 +1,9 @@
 // An envelope as the audio and MIDI threads see it: points that never change.
 #pragma once
 
+#include "synth/BlockLoops.h"
+
+#include <cstddef>
 #include <vector>
 
 namespace vexa {
@@ -29,7 +32,23 @@ class EnvelopeCurve {
     /// `level` is the value at note-off, from which the release part starts; ignored before it.
     float Value(float t, bool released, float level) const noexcept;
 
+    /// values[i] = Value(t[i], released, level) for 0 <= i < count, where t never falls. Answers
+    /// whether all the values are the same piece's constant. The cost hardly grows with the number
+    /// of points: the piece is searched for once per block and wherever it ends.
+    bool Values(const float* t, bool released, float level, float* values,
+                std::size_t count) const noexcept;
+
   private:
+    /// A stretch of time in which the value is one line, or constant.
+    struct Piece {
+        EnvelopeLine line;
+        bool constant;
+        /// The last moment of the stretch; infinite if it has no end.
+        float until;
+    };
+    /// The piece at t. Only for points in order.
+    Piece PieceAt(float t, bool released, float level) const noexcept;
+
     float HeldValue(float t) const noexcept;
     float ReleasedValue(float t, float level) const noexcept;
     /// The straight line through points i - 1 and i, at t.
@@ -37,6 +56,10 @@ class EnvelopeCurve {
 
     std::vector<EnvPoint> points;
     float empty;
+    /// The first points[keyDown] are key-down points, the others release points.
+    std::size_t keyDown;
+    /// Key-down points first, beginning at 0, each kind in increasing time.
+    bool ordered;
 };
 
 } // namespace vexa

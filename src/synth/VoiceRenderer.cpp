@@ -1,12 +1,13 @@
 #include "synth/VoiceRenderer.h"
 
+#include "synth/BlockLoops.h"
 #include "synth/Coefficients.h"
 #include "synth/Envelope.h"
 #include "synth/ParameterTable.h"
 #include "synth/Realtime.h"
 
 #include <algorithm>
-#include <cmath>
+#include <span>
 
 namespace vexa {
 
@@ -16,9 +17,19 @@ constexpr double kTwoPi = 6.28318530718;
 
 } // namespace
 
-/// The work space of one block.
+/// The work space of one block. Positions and values of all the voices stand one voice after the
+/// other, so that the plane function is called once.
 struct VoiceRenderer::Block {
-    std::array<float, kBlock> x, y, s;
+    static constexpr std::size_t kPoints = kVoiceSlots * kBlock;
+
+    // Of one voice.
+    alignas(64) std::array<double, kBlock> seconds, phase, cx, cy;
+    alignas(64) std::array<float, kBlock> t, envCx, envCy, envAx, envAy;
+    // Of all voices.
+    alignas(64) std::array<float, kPoints> x, y, s;
+    /// One moment of all voices after the other, as the filters run.
+    alignas(64) std::array<float, LowCutLanes::kMost * kBlock> moments;
+    LowCutLanes filters{};
 };
 
 VoiceRenderer::VoiceRenderer(const ControllerTable& controllers, const sound_param& parameters,
@@ -36,22 +47,37 @@ void VoiceRenderer::Render(float* buffer, std::size_t count) noexcept {
     const kits::Reader::Section reading(reader);
     const PlaneFunction& f = function.Get();
     Block block;
-    for (std::size_t done = 0; done < count; done += kBlock) {
-        const std::size_t n = std::min(kBlock, count - done);
-        std::fill_n(buffer + done, n, 0.0F);
-        for (int i = 0; i < kVoiceSlots; i++) {
-            TakeUpChange(running[i], voices[i]);
-            if (!running[i].sounds)
-                continue;
-            RenderVoice(running[i], f, block, n);
-            for (std::size_t k = 0; k < n; k++)
-                buffer[done + k] += block.s[k];
-        }
-        const float factor = gain;
-        for (std::size_t k = 0; k < n; k++)
-            buffer[done + k] *= factor;
-    }
+    for (std::size_t done = 0; done < count; done += kBlock)
+        RenderBlock(f, block, buffer + done, std::min(kBlock, count - done));
     ShowProgress();
+}
+
+void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* buffer,
+                                std::size_t count) noexcept {
+    std::array<RunningVoice*, kVoiceSlots> sounding;
+    std::size_t voiceCount = 0;
+    for (std::size_t i = 0; i < kVoiceSlots; i++) {
+        TakeUpChange(running[i], voices[i]);
+        if (running[i].sounds)
+            sounding[voiceCount++] = &running[i];
+    }
+    std::fill_n(buffer, count, 0.0F);
+    if (voiceCount == 0)
+        return;
+    const auto line = [count](auto& all, std::size_t k) { return all.data() + k * count; };
+    for (std::size_t k = 0; k < voiceCount; k++)
+        Move(*sounding[k], block, line(block.x, k), line(block.y, k), count);
+    f.Evaluate(block.x.data(), block.y.data(), block.s.data(), voiceCount * count);
+    CutLow({sounding.data(), voiceCount}, block, count);
+    const float factor = gain;
+    for (std::size_t k = 0; k < voiceCount; k++) {
+        const float* const s = line(block.s, k);
+        sounding[k]->out = s[count - 1];
+        for (std::size_t i = 0; i < count; i++)
+            buffer[i] += s[i];
+    }
+    for (std::size_t i = 0; i < count; i++)
+        buffer[i] *= factor;
 }
 
 /// Begins the slot's new note, or its release, if there is one. A note that is being rewritten at
@@ -105,8 +131,9 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot) noexcept {
         v = next;
 }
 
-void VoiceRenderer::RenderVoice(RunningVoice& v, const PlaneFunction& f, Block& block,
-                                std::size_t count) noexcept {
+/// Moves a voice's point over the block: writes its places and advances the voice.
+void VoiceRenderer::Move(RunningVoice& v, Block& block, float* x, float* y,
+                         std::size_t count) noexcept {
     const sound_param& p = parameters;
     const EnvelopeCurve& envCx = p.EnvCx->Curve();
     const EnvelopeCurve& envCy = p.EnvCy->Curve();
@@ -126,30 +153,60 @@ void VoiceRenderer::RenderVoice(RunningVoice& v, const PlaneFunction& f, Block& 
     const double turnx = kTwoPi * p.Fx * v.freq * dt;
     const double turny = kTwoPi * p.Fy * v.freq * dt;
 
-    for (std::size_t i = 0; i < count; i++) {
-        const auto t = static_cast<float>(v.t);
-        const double rx = envAx.Value(t, v.released, v.rellevel[2]) * radiusx;
-        const double ry = envAy.Value(t, v.released, v.rellevel[3]) * radiusy;
-        block.x[i] = static_cast<float>(rx * std::cos(v.phasex) + v.cx);
-        block.y[i] = static_cast<float>(ry * std::sin(v.phasey) + v.cy);
-        v.cx += dt * (envCx.Value(t, v.released, v.rellevel[0]) * dcx.c0 + dcx.rest);
-        v.cy += dt * (envCy.Value(t, v.released, v.rellevel[1]) * dcy.c0 + dcy.rest);
-        v.phasex += turnx;
-        v.phasey += turny;
-        v.t += dt;
-    }
-    f.Evaluate(block.x.data(), block.y.data(), block.s.data(), count);
+    const BlockLoops& loops = Loops();
+    v.t = loops.Accumulate(v.t, dt, block.seconds.data(), count);
+    loops.Narrow(block.seconds.data(), block.t.data(), count);
+    const auto envelope = [&](const EnvelopeCurve& curve, std::size_t level, auto& values) {
+        return curve.Values(block.t.data(), v.released, v.rellevel[level], values.data(), count);
+    };
+    const auto drift = [&](bool steady, const auto& values, const Weights& speed, double& c,
+                           auto& centres) {
+        if (steady || speed.c0 == 0) {
+            c = loops.Accumulate(c, dt * (values[0] * speed.c0 + speed.rest), centres.data(),
+                                 count);
+            return;
+        }
+        for (std::size_t i = 0; i < count; i++) {
+            centres[i] = c;
+            c += dt * (values[i] * speed.c0 + speed.rest);
+        }
+    };
+    drift(envelope(envCx, 0, block.envCx), block.envCx, dcx, v.cx, block.cx);
+    drift(envelope(envCy, 1, block.envCy), block.envCy, dcy, v.cy, block.cy);
+    envelope(envAx, 2, block.envAx);
+    envelope(envAy, 3, block.envAy);
 
-    for (std::size_t i = 0; i < count; i++) {
-        // One value that is not finite would stay in the accumulators for ever.
-        const float s = std::isfinite(block.s[i]) ? block.s[i] : 0.0F;
-        const double w0 = double(v.hpa) * v.hpsum0 + s;
-        const double w1 = double(v.hpb) * v.hpsum1 + s;
-        v.hpsum0 = static_cast<float>(w0);
-        v.hpsum1 = static_cast<float>(w1);
-        block.s[i] = static_cast<float>(s - v.hpgain * (w0 - w1));
+    v.phasex = loops.Accumulate(v.phasex, turnx, block.phase.data(), count);
+    loops.CosinePlaces(block.phase.data(), block.envAx.data(), radiusx, block.cx.data(), x, count);
+    v.phasey = loops.Accumulate(v.phasey, turny, block.phase.data(), count);
+    loops.SinePlaces(block.phase.data(), block.envAy.data(), radiusy, block.cy.data(), y, count);
+}
+
+/// Runs the filters of the sounding voices over the block, side by side: each is a recurrence in
+/// time, but none needs another.
+void VoiceRenderer::CutLow(std::span<RunningVoice* const> sounding, Block& block,
+                           std::size_t count) noexcept {
+    const std::size_t lanes = (sounding.size() + LowCutLanes::kLaneStep - 1) /
+                              LowCutLanes::kLaneStep * LowCutLanes::kLaneStep;
+    for (std::size_t k = 0; k < lanes; k++) {
+        // Lanes without a voice run the first one's filter on silence.
+        const RunningVoice& v = *sounding[k < sounding.size() ? k : 0];
+        const bool used = k < sounding.size();
+        block.filters.hpa[k] = v.hpa;
+        block.filters.hpb[k] = v.hpb;
+        block.filters.hpgain[k] = v.hpgain;
+        block.filters.hpsum0[k] = used ? v.hpsum0 : 0;
+        block.filters.hpsum1[k] = used ? v.hpsum1 : 0;
+        for (std::size_t i = 0; i < count; i++)
+            block.moments[i * lanes + k] = used ? block.s[k * count + i] : 0;
     }
-    v.out = block.s[count - 1];
+    Loops().LowCut(block.filters, block.moments.data(), lanes, count);
+    for (std::size_t k = 0; k < sounding.size(); k++) {
+        sounding[k]->hpsum0 = block.filters.hpsum0[k];
+        sounding[k]->hpsum1 = block.filters.hpsum1[k];
+        for (std::size_t i = 0; i < count; i++)
+            block.s[k * count + i] = block.moments[i * lanes + k];
+    }
 }
 
 void VoiceRenderer::ShowProgress() noexcept {

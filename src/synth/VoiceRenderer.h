@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cstddef>
+#include <span>
 
 namespace vexa {
 
@@ -60,8 +61,11 @@ class VoiceRenderer {
     struct Block;
 
     void TakeUpChange(RunningVoice& running, const voice& slot) noexcept;
-    void RenderVoice(RunningVoice& running, const PlaneFunction& f, Block& block,
+    void RenderBlock(const PlaneFunction& f, Block& block, float* buffer,
                      std::size_t count) noexcept;
+    void Move(RunningVoice& running, Block& block, float* x, float* y, std::size_t count) noexcept;
+    static void CutLow(std::span<RunningVoice* const> sounding, Block& block,
+                       std::size_t count) noexcept;
     void ShowProgress() noexcept;
 
     const ControllerTable& controllers;

@@ -86,4 +86,29 @@ TEST(EnvelopeCurve, AnyListOfPointsHasAValue) {
     }
 }
 
+TEST(EnvelopeCurve, ABlockHasTheValuesOfItsMoments) {
+    const std::vector<std::vector<vexa::EnvPoint>> lists{
+        {{0, false, 0}, {1, false, 0.2F}, {1, false, 0.9F}, {2, false, 0}},
+        {{0, false, 0.3F}, {0.5F, true, 1}, {0.5F, true, 0.7F}, {1.5F, true, 0}},
+        {{0, false, 0.1F}, {0.7F, false, 1}, {0, true, 0.4F}, {1, true, 0.4F}},
+        {{0, true, 1}, {1, true, 2}},
+        {{0, false, 0}, {2, false, 1}, {1, false, 3}, {1, true, 0}},
+        {{0.5F, false, 1}, {1, false, 2}}};
+    std::vector<float> t;
+    for (int i = 0; i <= 300; i++)
+        t.push_back(float(i) * 0.01F);
+    t[100] = 1;
+    for (const auto& points : lists) {
+        const vexa::EnvelopeCurve curve(points, 0);
+        for (const bool released : {false, true}) {
+            for (std::size_t n = 1; n <= t.size(); n += 7) {
+                std::vector<float> values(n);
+                curve.Values(&t[t.size() - n], released, 0.6F, values.data(), n);
+                for (std::size_t i = 0; i < n; i++)
+                    ASSERT_EQ(values[i], curve.Value(t[t.size() - n + i], released, 0.6F)) << i;
+            }
+        }
+    }
+}
+
 } // namespace

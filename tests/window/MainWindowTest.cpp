@@ -3,6 +3,8 @@
 #include "support/Environment.h"
 #include "window/Desktop.h"
 
+#include <QColorSpace>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -94,9 +96,13 @@ class MainWindow : public testing::Test {
     }
     /// The picture of the plane as it is on the screen.
     QImage Plane() const {
-        return desktop.Picture()
-            .copy(kPlane, kTop + 10, kPlaneSize, kPlaneSize)
-            .convertToFormat(QImage::Format_RGB32);
+        return Pixels(desktop.Picture().copy(kPlane, kTop + 10, kPlaneSize, kPlaneSize));
+    }
+    /// Without what else a file may say of an image.
+    static QImage Pixels(QImage image) {
+        image.convertTo(QImage::Format_RGB32);
+        image.setColorSpace({});
+        return image;
     }
     /// How loud a second of a note is that begins now.
     float PeakOfNote() {
@@ -278,8 +284,7 @@ TEST_F(MainWindow, ThePictureIsExported) {
     const QImage picture(QString::fromStdString(path));
     EXPECT_EQ(picture.size(), QSize(kPlaneSize, kPlaneSize));
     // What the panel has covered is drawn anew.
-    WaitFor("the same picture",
-            [&] { return picture.convertToFormat(QImage::Format_RGB32) == Plane(); });
+    WaitFor("the same picture", [&] { return Pixels(picture) == Plane(); });
     desktop.Close();
     EXPECT_EQ(vexa->Wait(), 0);
 }

@@ -2,11 +2,14 @@
 #pragma once
 
 #include "live/JackStage.h"
+#include "support/Spectrum.h"
 #include "support/TemporaryFolder.h"
 
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <span>
+#include <utility>
 
 namespace test {
 
@@ -54,6 +57,17 @@ class LivePlay {
     std::string Log() const { return Contents(log); }
     Companion& Vexa() { return vexa; }
     JackServer& Server() { return server; }
+
+    /// The amplitudes of 440 Hz and 880 Hz in that tenth of the last 0.4 seconds in which 440 Hz is
+    /// the loudest: what the server loses is not judged.
+    std::pair<double, double> Levels() const {
+        std::pair<double, double> best;
+        for (std::size_t from = Count() - 19200; from + 4800 <= Count(); from += 2400) {
+            const auto part = std::span(Samples()).subspan(from, 4800);
+            best = std::max(best, {Amplitude(part, 440, 48000), Amplitude(part, 880, 48000)});
+        }
+        return best;
+    }
 
     /// Frames from each note-on of a script to the first sample that is not silent.
     std::vector<int> Latencies(const std::vector<std::uint32_t>& noteOns, int limit) const {

@@ -2,7 +2,7 @@
 
 add_library(vexa_options INTERFACE)
 target_compile_options(vexa_options INTERFACE
-    -Wall -Wextra -Wpedantic -Wshadow=local -Wfloat-conversion -Wnon-virtual-dtor -Woverloaded-virtual
+    -Wall -Wextra -Wpedantic $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local> -Wfloat-conversion -Wnon-virtual-dtor -Woverloaded-virtual
     # A render is the same on every machine: no fused multiply-add behind the formulas' back.
     -ffp-contract=off)
 if(VEXA_WERROR)

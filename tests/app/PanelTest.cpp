@@ -229,7 +229,7 @@ TEST_F(PanelTest, NothingLeaksOverManyLoadsCompilesAndExports) {
         useAll(round);
     const Holdings before = Count();
     const std::size_t memory = ResidentPages();
-    for (int round = 0; round < 40; round++)
+    for (int round = 0; round < 200; round++)
         useAll(round);
     EXPECT_EQ(Count().threads, before.threads);
     EXPECT_EQ(Count().files, before.files);

@@ -32,8 +32,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8* data, std::size_t size) {
     const auto app = vexa::ParseAppOptions(arguments);
     fuzz::Require(app || !app.Fault().text.empty(), "a refusal says why");
     if (app)
-        fuzz::Require(app->voices >= 1 && app->voices <= 20 && app->channel >= -1 &&
-                          app->channel < 16,
+        fuzz::Require(app->voices.value_or(1) >= 1 && app->voices.value_or(1) <= 20 &&
+                          app->channel.value_or(0) >= -1 && app->channel.value_or(0) < 16,
                       "the numbers are in range");
     return 0;
 }

@@ -72,6 +72,7 @@ void VexaView::AddPlaneControls() {
     const Function initial;
     plane = new R2RFView({10, 10, 310, 310}, "R2RFView", {0, 0}, {0.5F, 0.5F}, kPlaneUnitsPerPixel,
                          B_FOLLOW_NONE);
+    plane->SetToolTip("Blue is positive, red negative. Right button: save the picture.");
     AddChild(plane);
     functions.AddReceiver([this](const PlaneFunction& f) { plane->SetFunction(f); });
 

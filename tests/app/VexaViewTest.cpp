@@ -7,6 +7,7 @@
 #include "views/EnvView.h"
 #include "views/R2RFView.h"
 
+#include <QKeyEvent>
 #include <cmath>
 #include <fstream>
 
@@ -44,6 +45,26 @@ TEST_F(VexaViewTest, StartsWithTheTextsThatItsParametersHave) {
     EXPECT_EQ(view->VoicesMenu().Title(), "voices");
     EXPECT_EQ(view->ChannelMenu().Title(), "midi channel");
     EXPECT_STREQ(window->Title(), "Vexa");
+}
+
+TEST_F(VexaViewTest, TabWalksTheFieldsInReadingOrder) {
+    Open(false);
+    std::vector<std::string> expected{"Fxy", "Sc", "LFx", "LFy", "LSx", "LSy"};
+    for (const char* group : {"dcxdt", "dcydt", "ax", "ay", "fx", "cx0", "fy", "cy0"}) {
+        for (const vexa::Parameter& row : vexa::ParametersOf(group))
+            expected.emplace_back(row.field);
+    }
+    view->Field("Fxy")->MakeFocus();
+    std::vector<std::string> walked{"Fxy"};
+    // Buttons and menus lie between.
+    for (int key = 0; key < 60 && walked.size() < expected.size(); key++) {
+        test::TypeKey(*window, Qt::Key_Tab);
+        for (const std::string& name : expected) {
+            if (view->Field(name)->IsFocus())
+                walked.push_back(name);
+        }
+    }
+    EXPECT_EQ(walked, expected);
 }
 
 TEST_F(VexaViewTest, EveryCoefficientFieldSetsItsParameterAndMarksTheSound) {

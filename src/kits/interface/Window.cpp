@@ -60,7 +60,9 @@ void WindowWidget::SendKey(uint32 what, const QKeyEvent& event) {
 }
 
 void WindowWidget::keyPressEvent(QKeyEvent* event) {
-    if (event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))
+    if (event->matches(QKeySequence::Quit) || event->matches(QKeySequence::Close))
+        window.PostMessage(B_QUIT_REQUESTED);
+    else if (event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))
         event->ignore();
     else
         SendKey(B_KEY_DOWN, *event);

@@ -19,8 +19,8 @@ constexpr uint32 B_NOT_V_RESIZABLE = 1U << 2;
 constexpr uint32 B_NOT_ZOOMABLE = 1U << 6;
 constexpr uint32 B_CURRENT_WORKSPACE = 0;
 
-/// Made hidden, by new; deletes itself when it quits. Its views are in the coordinates of its
-/// content area. Window thread.
+/// Made hidden, by new; deletes itself when it quits. Ctrl+Q and Ctrl+W close it as its button
+/// does. Its views are in the coordinates of its content area. Window thread.
 class BWindow : public BLooper {
   public:
     /// The frame, on the screen, is that of the content area, edges included.

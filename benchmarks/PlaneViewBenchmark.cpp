@@ -7,6 +7,7 @@
 #include <memory>
 
 #include <benchmark/benchmark.h>
+#include <sys/resource.h>
 
 namespace {
 
@@ -39,6 +40,24 @@ void Picture(benchmark::State& state, vexa::PlaneFunction function) {
 BENCHMARK_CAPTURE(Picture, byPoint, vexa::PlaneFunction{Point})->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(Picture, byBlock, vexa::PlaneFunction{Point, Block})
     ->Unit(benchmark::kMillisecond);
+
+/// The picture of an export, besides writing it; `peak` is the most memory that the process has
+/// had, in sizes of the picture.
+void Export(benchmark::State& state) {
+    Application();
+    vexa::R2RFView view(kFrame, "view", {0, 0}, {0.5F, 0.5F}, 0.05F, B_FOLLOW_NONE);
+    view.SetFunction({Point, Block});
+    const auto edge = static_cast<float>(state.range(0) - 1);
+    double size = 0;
+    for (auto _ : state) {
+        const auto picture = view.MakeBitmap({0, 0, edge, edge}, 15 / edge);
+        size = static_cast<double>(picture->BitsLength());
+    }
+    rusage usage{};
+    ::getrusage(RUSAGE_SELF, &usage);
+    state.counters["peak"] = static_cast<double>(usage.ru_maxrss) * 1024 / size;
+}
+BENCHMARK(Export)->Arg(8001)->Unit(benchmark::kMillisecond);
 
 /// A pulse with so many voices; with none it only asks.
 void Pulse(benchmark::State& state) {

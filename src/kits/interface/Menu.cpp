@@ -4,6 +4,7 @@
 #include "kits/interface/Window.h"
 #include "kits/interface/backends/ViewWidget.h"
 
+#include <QActionGroup>
 #include <QLabel>
 #include <QMenu>
 #include <QPainter>
@@ -133,6 +134,9 @@ void BMenu::Changed() const {
 
 void BMenu::Fill(QMenu& toolkit) {
     toolkit.clear();
+    // Of a group, so that the mark looks like one of many.
+    delete toolkit.findChild<QActionGroup*>();
+    auto* group = radio ? new QActionGroup(&toolkit) : nullptr;
     for (const std::unique_ptr<BMenuItem>& item : items) {
         if (dynamic_cast<const BSeparatorItem*>(item.get())) {
             toolkit.addSeparator();
@@ -141,6 +145,7 @@ void BMenu::Fill(QMenu& toolkit) {
         // A single & would be taken for the mark of a shortcut.
         QAction* action = toolkit.addAction(kits::ToQt(item->Label()).replace("&", "&&"));
         action->setCheckable(radio || item->IsMarked());
+        action->setActionGroup(group);
         action->setChecked(item->IsMarked());
         QObject::connect(action, &QAction::triggered, action,
                          [chosen = item.get()] { chosen->Choose(); });

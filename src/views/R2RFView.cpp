@@ -203,7 +203,8 @@ void R2RFView::MarkPixel(BPoint point) {
              std::max(dirty.right, point.x), std::max(dirty.bottom, point.y)};
     // Truncated toward zero, so what is less than a pixel outside counts as inside. Points that are
     // no numbers fail every comparison.
-    const auto columns = static_cast<float>(bitmap->BytesPerRow() / int32(kPixelBytes));
+    const int32 pixels = bitmap->BytesPerRow() / int32(kPixelBytes);
+    const auto columns = static_cast<float>(pixels);
     const auto rows = static_cast<float>(bitmap->Bounds().IntegerHeight() + 1);
     if (!(point.x > -1 && point.x < columns && point.y > -1 && point.y < rows) ||
         marks.size() == kMostMarks)
@@ -259,11 +260,13 @@ void R2RFView::DrawSoundPath(int32 slot, float from, float to, float step) {
     const double Ax = radius(*p.EnvAx, 2, kAx);
     const double Ay = radius(*p.EnvAy, 3, kAy);
     SetHighColor(kOrbitColor);
-    for (float time = from; time <= to; time += step) {
+    const auto steps = static_cast<int32>((to - from) / step);
+    for (int32 k = 0; k <= steps; k++) {
+        const float time = from + float(k) * step;
         const double angle = kRevolution * double(v.freq) * double(time);
         const BPoint point = ToView(static_cast<float>(v.cx + Ax * std::cos(angle * double(p.Fx))),
                                     static_cast<float>(v.cy + Ay * std::sin(angle * double(p.Fy))));
-        if (time == from)
+        if (k == 0)
             MovePenTo(point);
         else
             StrokeLine(point);

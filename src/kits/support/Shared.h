@@ -14,7 +14,10 @@ class Shared {
     Shared() = default;
     Shared(T initial) : value(initial) {}
     Shared(const Shared& other) : value(T(other)) {}
-    Shared& operator=(const Shared& other) { return *this = T(other); }
+    Shared& operator=(const Shared& other) {
+        *this = T(other);
+        return *this;
+    }
 
     Shared& operator=(T next) noexcept {
         value.store(next, std::memory_order_release);

@@ -157,6 +157,7 @@ void FormulaPanel::PutPlaneControls() {
     link = height.ascent + pitch + kLinkTop;
     const float frequency = link + kFrequencyBelowLink;
     Put("displaywidth =", kPlaneColumn, width);
+    widthEnd = {kPlaneColumn + Width("displaywidth ="), width};
     // Each text, and the field behind it.
     constexpr std::string_view kPieces[] = {"link (", ",", ") to (", ",", ")"};
     constexpr std::string_view kFields[] = {"LFx", "LFy", "LSx", "LSy"};
@@ -181,12 +182,20 @@ const FormulaPanel::Gap* FormulaPanel::FindGap(std::string_view field) const {
     return gap == gaps.end() ? nullptr : &*gap;
 }
 
+float FormulaPanel::ClearOf(BPoint baseline) const {
+    float clear = baseline.x;
+    for (const Text& text : texts) {
+        if (text.baseline.y == baseline.y && text.baseline.x < baseline.x)
+            clear = std::max(clear, text.baseline.x + font.InkWidth(text.text));
+    }
+    return std::ceil(clear) + 1;
+}
+
 BRect FormulaPanel::FieldFrame(std::string_view field) const {
     const Gap* gap = FindGap(field);
     if (!gap)
         return {};
-    // Slanted letters reach over their ends, a parenthesis by up to two pixels.
-    const float left = std::ceil(gap->baseline.x) + 2;
+    const float left = ClearOf(gap->baseline);
     const float last = std::floor(gap->baseline.x + gap->width) - 1;
     const float top = std::round(gap->baseline.y - BTextControl::BaselineOffset());
     return {left, top, last, top + BTextControl::PreferredHeight()};

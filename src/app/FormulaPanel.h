@@ -54,11 +54,18 @@ class FormulaPanel {
     const std::vector<Gap>& Gaps() const { return gaps; }
     /// Null if there is none.
     const Gap* FindGap(std::string_view field) const;
-    /// The frame of a text field whose text stands on the gap's baseline.
+    /// The frame of a text field that stands in the gap with its text on the gap's baseline, clear
+    /// of the letters before it.
     BRect FieldFrame(std::string_view field) const;
+
+    /// The first whole pixel at or right of the point that no text before it on the baseline
+    /// reaches.
+    float ClearOf(BPoint baseline) const;
 
     /// Where the widest line ends, with its last field.
     float Right() const { return right; }
+    /// Where the text "displaywidth =" ends.
+    BPoint WidthEnd() const { return widthEnd; }
     /// Baseline of the row "link (".
     float LinkBaseline() const { return link; }
     /// From a baseline to the lowest pixel below it.
@@ -83,6 +90,7 @@ class FormulaPanel {
     /// Of a line, and from one line of a block to the next.
     float lineHeight;
     float pitch;
+    BPoint widthEnd;
     float link = 0;
     float right = 0;
     std::vector<Text> texts;

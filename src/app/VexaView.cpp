@@ -77,8 +77,8 @@ void VexaView::AddPlaneControls() {
     functions.AddReceiver([this](const PlaneFunction& f) { plane->SetFunction(f); });
 
     AddField("Fxy", initial.expression.c_str(), kExpressionCode, {6, 317, 310, 327});
-    const float width = kMargin + formulas.Font().StringWidth("displaywidth =");
-    AddField("Sc", initial.width.c_str(), kScaleCode, {std::ceil(width), 345, 230, 355});
+    AddField("Sc", initial.width.c_str(), kScaleCode,
+             {formulas.ClearOf(formulas.WidthEnd()), 345, 230, 355});
     const struct {
         const char* name;
         uint32 code;

@@ -46,6 +46,11 @@ void BFont::GetHeight(font_height* height) const {
     height->leading = static_cast<float>(metrics.leading());
 }
 
+float BFont::InkWidth(std::string_view text) const {
+    const QFontMetricsF metrics(kits::ToQt(*this));
+    return static_cast<float>(metrics.tightBoundingRect(kits::ToQt(text)).right());
+}
+
 float BFont::StringWidth(std::string_view text) const {
     const QFontMetricsF metrics(kits::ToQt(*this));
     return static_cast<float>(metrics.horizontalAdvance(kits::ToQt(text)));

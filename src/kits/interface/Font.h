@@ -38,6 +38,9 @@ class BFont {
     void GetHeight(font_height* height) const;
     /// Pixels from the start of the text to where the next one would start.
     float StringWidth(std::string_view text) const;
+    /// Pixels from the start of the text to the right end of its ink: slanted letters reach beyond
+    /// the width.
+    float InkWidth(std::string_view text) const;
 
     bool operator==(const BFont&) const = default;
 

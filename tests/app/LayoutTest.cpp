@@ -92,7 +92,7 @@ TEST_P(LayoutTest, EveryFieldStandsInItsGapOnTheBaselineOfItsFormula) {
         const BRect frame = field->Frame();
         EXPECT_GE(frame.left, gap.baseline.x) << gap.field;
         EXPECT_LE(frame.right, gap.baseline.x + gap.width) << gap.field;
-        EXPECT_GE(frame.Width(), gap.width - 6) << gap.field;
+        EXPECT_GE(frame.Width(), gap.width - 7) << gap.field;
         EXPECT_NEAR(frame.top + BTextControl::BaselineOffset(), gap.baseline.y, 0.51) << gap.field;
     }
 }

@@ -61,8 +61,10 @@ FileList::FileList(FolderModel& model, bool multipleSelection) : model(model) {
 }
 
 std::vector<const FolderModel::Entry*> FileList::Selected() const {
+    const QModelIndexList selected = selectionModel()->selectedRows();
     std::vector<int> rows;
-    for (const QModelIndex& index : selectionModel()->selectedRows())
+    rows.reserve(static_cast<std::size_t>(selected.size()));
+    for (const QModelIndex& index : selected)
         rows.push_back(index.row());
     std::sort(rows.begin(), rows.end());
     std::vector<const FolderModel::Entry*> entries;

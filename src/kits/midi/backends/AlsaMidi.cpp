@@ -24,7 +24,7 @@ std::unique_ptr<RtMidiIn> OpenClient() {
 
 /// Bytes come in RtMidi's own thread, one per client; the clients that share an inlet write it
 /// under a lock that only these threads take.
-class AlsaMidi : public MidiBackend {
+class AlsaMidi final : public MidiBackend {
   public:
     AlsaMidi() : input(OpenClient()) { input->setErrorCallback(Ignore); }
     ~AlsaMidi() override { CloseInput(); }

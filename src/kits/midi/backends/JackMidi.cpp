@@ -12,7 +12,7 @@ namespace kits {
 
 namespace {
 
-class JackMidi : public MidiBackend, private JackProcessor {
+class JackMidi final : public MidiBackend, private JackProcessor {
   public:
     JackMidi(std::shared_ptr<JackClient> opened, std::function<void()> changed)
         : client(std::move(opened)) {
@@ -41,7 +41,7 @@ class JackMidi : public MidiBackend, private JackProcessor {
 
     Result<void> OpenInput(const std::string& name, MidiThread::Inlet& into,
                            MidiThread::Inlet& intoChosen) override {
-        const auto opened = OpenPort(shared, name, into);
+        auto opened = OpenPort(shared, name, into);
         if (!opened)
             return opened;
         chosenName = name + " (chosen)";
@@ -71,7 +71,7 @@ class JackMidi : public MidiBackend, private JackProcessor {
         if (!shared.port || client->IsDead())
             return fault;
         if (!chosen.port) {
-            if (const auto opened = OpenPort(chosen, chosenName, *chosenInlet); !opened)
+            if (auto opened = OpenPort(chosen, chosenName, *chosenInlet); !opened)
                 return opened;
         }
         const int status =

@@ -56,7 +56,7 @@ void LocalSources::Put(const std::string& name, std::span<const uint8> bytes) {
 
 namespace {
 
-class LocalMidi : public MidiBackend {
+class LocalMidi final : public MidiBackend {
   public:
     ~LocalMidi() override { LocalMidi::CloseInput(); }
 

@@ -13,7 +13,7 @@
 #include <mutex>
 #include <string>
 
-struct _jack_client;
+struct _jack_client; // NOLINT(bugprone-reserved-identifier): the library's name
 
 namespace kits {
 

@@ -7,7 +7,9 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
+#include <sstream>
 
 namespace {
 
@@ -30,18 +32,48 @@ class Idle : public test::JackPort {
     std::atomic<int> late{0};
 };
 
-/// Resident memory of a process in kilobytes.
-long Memory(pid_t process) {
-    std::ifstream file("/proc/" + std::to_string(process) + "/status");
-    std::string word;
-    while (file >> word) {
+/// What a process holds and has used.
+struct Holdings {
+    /// Resident, in kilobytes.
+    long memory = 0;
+    long threads = 0;
+    long descriptors = 0;
+    /// Seconds of a processor, of all threads.
+    double processor = 0;
+};
+
+long Entries(const std::string& folder) {
+    const std::filesystem::directory_iterator all(folder);
+    return std::distance(begin(all), end(all));
+}
+
+Holdings Look(pid_t process) {
+    const std::string folder = "/proc/" + std::to_string(process);
+    Holdings holdings;
+    std::ifstream status(folder + "/status");
+    for (std::string word; status >> word;) {
         if (word == "VmRSS:")
-            file >> word;
-        else
-            continue;
-        return std::atol(word.c_str());
+            status >> holdings.memory;
     }
-    return 0;
+    holdings.threads = Entries(folder + "/task");
+    holdings.descriptors = Entries(folder + "/fd");
+    // The numbers behind the name, which is in parentheses; user and system time are the 12th and
+    // 13th of them.
+    const std::string stat = test::Contents(folder + "/stat");
+    std::istringstream fields(stat.substr(stat.rfind(')') + 1));
+    std::string skipped;
+    for (int i = 0; i < 11; i++)
+        fields >> skipped;
+    long user = 0;
+    long system = 0;
+    fields >> user >> system;
+    holdings.processor = double(user + system) / double(::sysconf(_SC_CLK_TCK));
+    return holdings;
+}
+
+void Print(const char* when, const Holdings& holdings) {
+    std::printf("%s: %ld kB, %ld threads, %ld descriptors\n", when, holdings.memory,
+                holdings.threads, holdings.descriptors);
 }
 
 } // namespace
@@ -66,13 +98,14 @@ int main(int count, char** arguments) {
     }
     play.Play({script.begin(), script.begin() + 20});
     play.Play({{0, {0xB0, 1, 0}}, {96000, {0xB0, 1, 1}}});
-    const long before = Memory(play.Vexa().Process());
+    const Holdings before = Look(play.Vexa().Process());
     play.Play(std::move(script));
-    const long after = Memory(play.Vexa().Process());
+    const Holdings after = Look(play.Vexa().Process());
     play.Vexa().End(SIGTERM);
-    std::printf(
-        "%u s at %d frames: %d late periods of the idle client; memory %ld kB, then %ld kB\n",
-        seconds, period, idle.Late(), before, after);
+    std::printf("%u s at %d frames: %d late periods of the idle client; %.2f %% of a core\n",
+                seconds, period, idle.Late(), 100 * (after.processor - before.processor) / seconds);
+    Print("before", before);
+    Print("after", after);
     const std::string log = play.Log();
     std::printf("%s", log.substr(log.rfind("played")).c_str());
 }

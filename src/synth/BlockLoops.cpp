@@ -14,10 +14,11 @@ namespace {
 const BlockLoops& Choose() {
 #if defined(__x86_64__)
     __builtin_cpu_init();
-    if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") &&
+    const bool fused = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
+    if (fused && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") &&
         __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512bw"))
         return kAvx512Loops;
-    if (__builtin_cpu_supports("avx2"))
+    if (fused)
         return kAvx2Loops;
 #endif
     return kBaselineLoops;

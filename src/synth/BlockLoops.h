@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 
 namespace vexa {
 
@@ -49,7 +50,9 @@ struct BlockLoops {
     const char* name;
 };
 
-/// For the machine that this runs on.
+/// Those that this machine can run, the fastest last.
+std::span<const BlockLoops* const> RunnableLoops();
+/// The fastest for the machine that this runs on.
 const BlockLoops& Loops();
 
 } // namespace vexa

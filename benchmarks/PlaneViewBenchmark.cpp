@@ -1,4 +1,4 @@
-// How long the plane view takes for its picture and for a pulse, against computing point by point.
+// How long does the plane view take for a pulse?
 #include "kits/interface/Application.h"
 #include "midi/Instrument.h"
 #include "views/R2RFView.h"
@@ -17,28 +17,6 @@ BApplication& Application() {
     static BApplication application("application/x-vnd.orvo-Benchmark");
     return application;
 }
-
-/// The initial expression, as the compiler makes it.
-float Point(float x, float y) {
-    return (5 * (x * y * y - y * x * x) - 3 * (x - y)) /
-           ((1 + x * x + y * y) * (1 + x * x + y * y));
-}
-
-void Block(const float* x, const float* y, float* values, std::size_t count) {
-    for (std::size_t i = 0; i < count; i++)
-        values[i] = Point(x[i], y[i]);
-}
-
-void Picture(benchmark::State& state, vexa::PlaneFunction function) {
-    Application();
-    vexa::R2RFView view(kFrame, "view", {0, 0}, {0.5F, 0.5F}, 0.05F, B_FOLLOW_NONE);
-    view.SetFunction(function);
-    for (auto _ : state)
-        view.SetupBitmap();
-}
-BENCHMARK_CAPTURE(Picture, byPoint, vexa::PlaneFunction{Point})->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Picture, byBlock, vexa::PlaneFunction{Point, Block})
-    ->Unit(benchmark::kMillisecond);
 
 /// A pulse with so many voices; with none it only asks.
 void Pulse(benchmark::State& state) {

@@ -46,6 +46,8 @@ struct BlockLoops {
                    std::size_t count);
     /// to[i] = from[i], rounded.
     void (*Narrow)(const double* from, float* to, std::size_t count);
+    /// words[i] = values[i] as the word of a pixel (DrawPlane).
+    void (*Words)(const float* values, unsigned* words, std::size_t count);
     /// Of the instruction set.
     const char* name;
 };

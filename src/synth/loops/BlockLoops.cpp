@@ -108,6 +108,17 @@ void Narrow(const double* __restrict from, float* __restrict to, std::size_t cou
         to[i] = static_cast<float>(from[i]);
 }
 
+void Words(const float* __restrict values, unsigned* __restrict words, std::size_t count) {
+    constexpr float kMost = 2147483520.0F; // the largest float below 2^31
+    for (std::size_t i = 0; i < count; i++) {
+        const float value = __builtin_fabsf(values[i]) <= 0x1.fffffep127F ? values[i] : 0.0F;
+        const float scaled = value * 255.0F;
+        const float low = scaled < kMost ? scaled : kMost;
+        const int v = static_cast<int>(low > -kMost ? low : -kMost);
+        words[i] = v > 0 ? unsigned(v) : unsigned(-v) << 16;
+    }
+}
+
 /// a b + c, rounded once.
 inline float Fused(float a, float b, float c) {
 #if defined(__FMA__)
@@ -186,7 +197,7 @@ void LowCut(LowCutFilter* const* filters, float* __restrict samples, std::size_t
 
 } // namespace
 
-const BlockLoops VEXA_LOOPS_TABLE = {Accumulate, Places<true>, Places<false>,  Line,
-                                     LowCut,     Narrow,       VEXA_LOOPS_NAME};
+const BlockLoops VEXA_LOOPS_TABLE = {Accumulate, Places<true>, Places<false>, Line,
+                                     LowCut,     Narrow,       Words,         VEXA_LOOPS_NAME};
 
 } // namespace vexa

@@ -1,4 +1,4 @@
-// How long the plane view takes for its picture and for a pulse, against computing point by point.
+// How long does the plane view take for a pulse, and for the picture of an export?
 #include "kits/interface/Application.h"
 #include "midi/Instrument.h"
 #include "views/R2RFView.h"
@@ -29,17 +29,6 @@ void Block(const float* x, const float* y, float* values, std::size_t count) {
     for (std::size_t i = 0; i < count; i++)
         values[i] = Point(x[i], y[i]);
 }
-
-void Picture(benchmark::State& state, vexa::PlaneFunction function) {
-    Application();
-    vexa::R2RFView view(kFrame, "view", {0, 0}, {0.5F, 0.5F}, 0.05F, B_FOLLOW_NONE);
-    view.SetFunction(function);
-    for (auto _ : state)
-        view.SetupBitmap();
-}
-BENCHMARK_CAPTURE(Picture, byPoint, vexa::PlaneFunction{Point})->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(Picture, byBlock, vexa::PlaneFunction{Point, Block})
-    ->Unit(benchmark::kMillisecond);
 
 /// The picture of an export, besides writing it; `peak` is the most memory that the process has
 /// had, in sizes of the picture.

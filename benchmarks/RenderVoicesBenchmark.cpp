@@ -1,6 +1,13 @@
 // What does a voice cost per sample, in the product and in the plain reference?
+//
+// Both compute the same compiled add-on, the reference by its point function.
+#include "Expressions.h"
 #include "support/ScalarReference.h"
 #include "support/Sounds.h"
+
+#include <array>
+#include <functional>
+#include <string>
 
 #include <benchmark/benchmark.h>
 
@@ -14,39 +21,53 @@ void StrikeChord(int voices, const std::function<void(int note)>& strike) {
 }
 
 /// Time per voice and sample, as an inverted rate.
-void Report(benchmark::State& state) {
+void Report(benchmark::State& state, int voices) {
     state.counters["per_voice_sample"] =
-        benchmark::Counter(double(state.iterations()) * kBlock * double(state.range(0)),
+        benchmark::Counter(double(state.iterations()) * kBlock * voices,
                            benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 
-void Product(benchmark::State& state) {
+void Product(benchmark::State& state, const vexa::PlaneFunction& function, int voices) {
     vexa::Instrument instrument;
     test::MakeRich(instrument);
-    StrikeChord(int(state.range(0)),
-                [&](int note) { instrument.consumer.NoteOn(0, uchar(note), 100, 0); });
+    instrument.SetFunction(function);
+    StrikeChord(voices, [&](int note) { instrument.consumer.NoteOn(0, uchar(note), 100, 0); });
     std::array<float, kBlock> buffer;
     for (auto _ : state) {
         instrument.renderer.Render(buffer.data(), kBlock);
         benchmark::DoNotOptimize(buffer);
     }
-    Report(state);
+    Report(state, voices);
 }
 
-void Reference(benchmark::State& state) {
+void Reference(benchmark::State& state, const vexa::PlaneFunction& function, int voices) {
     vexa::Instrument instrument;
     test::MakeRich(instrument);
-    test::ScalarReference reference(instrument.parameters, vexa::dummyfunction);
-    StrikeChord(int(state.range(0)), [&](int note) { reference.NoteOn(note, 100); });
+    test::ScalarReference reference(instrument.parameters, function.point);
+    StrikeChord(voices, [&](int note) { reference.NoteOn(note, 100); });
     std::array<float, kBlock> buffer;
     for (auto _ : state) {
         reference.Fill(buffer.data(), kBlock);
         benchmark::DoNotOptimize(buffer);
     }
-    Report(state);
+    Report(state, voices);
 }
 
-BENCHMARK(Reference)->Arg(1)->Arg(5)->Arg(20);
-BENCHMARK(Product)->Arg(1)->Arg(5)->Arg(20);
+/// Reference and product in turns, so that both meet the same machine.
+void Compare(const std::string& name, const vexa::PlaneFunction& function) {
+    for (const int voices : {1, 5, 20}) {
+        const std::string ending = "/" + name + "/" + std::to_string(voices);
+        benchmark::RegisterBenchmark(("Reference" + ending).c_str(), Reference, function, voices);
+        benchmark::RegisterBenchmark(("Product" + ending).c_str(), Product, function, voices);
+    }
+}
+
+[[maybe_unused]] const bool registered = [] {
+    Compare("default", bench::Compiled(bench::kDefault));
+    Compare("transcendental", bench::Compiled(bench::kTranscendental));
+    Compare("branches", bench::Compiled(bench::kBranches));
+    Compare("sample", bench::LoadedSample());
+    return true;
+}();
 
 } // namespace

@@ -34,6 +34,27 @@ function(vexa_library name)
     endforeach()
 endfunction()
 
+# vexa_loops(LIBRARY NAME): loops/NAME.cpp of the current folder, compiled into the library once per instruction set of
+# synth/InstructionSet.h. It defines VEXA_LOOPS_TABLE, which is k<set><NAME>, and may ask for VEXA_LOOPS_NAME.
+function(vexa_loops library name)
+    set(Baseline_flags)
+    set(Avx2_flags -mavx2 -mfma)
+    set(Avx512_flags ${Avx2_flags} -mavx512f -mavx512dq -mavx512vl -mavx512bw -mprefer-vector-width=512)
+    set(sets Baseline)
+    if(CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
+        list(APPEND sets Avx2 Avx512)
+    endif()
+    foreach(set IN LISTS sets)
+        set(target ${library}_${name}_${set})
+        add_library(${target} OBJECT loops/${name}.cpp)
+        target_link_libraries(${target} PRIVATE vexa_options)
+        target_compile_definitions(${target} PRIVATE VEXA_LOOPS_TABLE=k${set}${name} VEXA_LOOPS_NAME="${set}")
+        # What is given up is errno and the floating-point exception flags, which nobody reads.
+        target_compile_options(${target} PRIVATE -fno-math-errno -fno-trapping-math ${${set}_flags})
+        target_sources(${library} PRIVATE $<TARGET_OBJECTS:${target}>)
+    endforeach()
+endfunction()
+
 # vexa_program(NAME DEPENDS LIBRARY...): the current folder's main.cpp as a program in the program
 # folder.
 function(vexa_program name)

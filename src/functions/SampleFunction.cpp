@@ -1,5 +1,6 @@
 #include "functions/SampleFunction.h"
 
+#include "functions/SpiralLoops.h"
 #include "kits/media/MediaFile.h"
 #include "kits/storage/Entry.h"
 #include "kits/storage/Path.h"
@@ -21,56 +22,32 @@ kits::Published<SampleSpiral>& Spiral() {
     return *spiral;
 }
 
-/// A spiral's numbers side by side, for the loop over a block.
-struct Turns {
-    explicit Turns(const SampleSpiral& spiral)
-        : sample(spiral.sample ? spiral.sample->data() : nullptr),
-          last(spiral.samplelength - 1),
-          T(spiral.T),
-          alphap(spiral.alphap) {}
+const SpiralLoops& loops = *RunnableSpiralLoops().back();
 
-    /// `index`, a whole number or NaN, limited to the sample.
-    float At(float index) const {
-        if (!(index > 0))
-            return sample[0];
-        return sample[index < static_cast<float>(last) ? static_cast<int32>(index) : last];
-    }
+SpiralTurns Turns(const SampleSpiral& spiral) {
+    return {spiral.sample->data(), spiral.samplelength - 1, spiral.T, spiral.alphap};
+}
 
-    float Interpolate(float p) const {
-        const float i = std::floor(p);
-        const float f = p - i;
-        return (1 - f) * At(i) + f * At(i + 1);
-    }
+/// The sample at `index`, a whole number or NaN, limited to the sample.
+float At(const SpiralTurns& turns, float index) {
+    if (!(index > 0))
+        return turns.sample[0];
+    return turns
+        .sample[index < static_cast<float>(turns.last) ? static_cast<int32>(index) : turns.last];
+}
 
-    float operator()(float x, float y) const {
-        const auto phi = static_cast<float>(std::atan2(-y, -x) / 6.28318530718 + 0.5);
-        const float r = std::sqrt(x * x + y * y);
-        const float u = r / alphap - phi;
-        const float n = std::floor(u);
-        const float w = u - n;
-        const float p0 = (n + phi) * T;
-        // So far out the turns are all the same, and w has lost its digits or is not a number.
-        if (p0 >= static_cast<float>(last))
-            return sample[last];
-        const float p1 = p0 + T;
-        return (1 - w) * Interpolate(p0) + w * Interpolate(p1);
-    }
-
-    const float* sample;
-    int32 last;
-    float T;
-    float alphap;
-};
+float Interpolate(const SpiralTurns& turns, float p) {
+    const float i = std::floor(p);
+    const float f = p - i;
+    return (1 - f) * At(turns, i) + f * At(turns, i + 1);
+}
 
 void SampleBlock(const float* x, const float* y, float* values, std::size_t count) {
     const SampleSpiral& spiral = CurrentSpiral();
-    if (spiral.samplelength < 1) {
+    if (spiral.samplelength < 1)
         std::fill_n(values, count, 0.0F);
-        return;
-    }
-    const Turns turns(spiral);
-    for (std::size_t i = 0; i < count; i++)
-        values[i] = turns(x[i], y[i]);
+    else
+        loops.Values(Turns(spiral), x, y, values, count);
 }
 
 /// The frames of the track, which delivers floats of one channel, as long as there are not too
@@ -104,9 +81,24 @@ const SampleSpiral& CurrentSpiral() {
 }
 
 float sampler2rfun(float x, float y) {
-    float value = 0;
-    SampleBlock(&x, &y, &value, 1);
-    return value;
+    const SampleSpiral& spiral = CurrentSpiral();
+    if (spiral.samplelength < 1)
+        return 0;
+    const SpiralTurns turns = Turns(spiral);
+    // Rounded from double precision, which the block form can do alike; atan2f is not always
+    // rounded to the nearest.
+    const auto angle = static_cast<float>(std::atan2(double(-y), double(-x)));
+    const auto phi = static_cast<float>(angle / 6.28318530718 + 0.5);
+    const float r = std::sqrt(x * x + y * y);
+    const float u = r / turns.alphap - phi;
+    const float n = std::floor(u);
+    const float w = u - n;
+    const float p0 = (n + phi) * turns.T;
+    // So far out the turns are all the same, and w has lost its digits or is not a number.
+    if (p0 >= static_cast<float>(turns.last))
+        return turns.sample[turns.last];
+    const float p1 = p0 + turns.T;
+    return (1 - w) * Interpolate(turns, p0) + w * Interpolate(turns, p1);
 }
 
 PlaneFunction SampleFunction() {

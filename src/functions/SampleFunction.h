@@ -35,7 +35,7 @@ const SampleSpiral& CurrentSpiral();
 /// or on the window thread.
 float sampler2rfun(float x, float y);
 
-/// sampler2rfun in both its forms.
+/// sampler2rfun in both its forms; SpiralLoops tells how far they agree.
 PlaneFunction SampleFunction();
 
 /// A sample that was loaded.

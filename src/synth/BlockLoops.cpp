@@ -1,31 +1,33 @@
 #include "synth/BlockLoops.h"
 
+#include "synth/InstructionSet.h"
+
 namespace vexa {
 
 // One table per compilation of loops/BlockLoops.cpp.
-extern const BlockLoops kBaselineLoops;
+extern const BlockLoops kBaselineBlockLoops;
 #if defined(__x86_64__)
-extern const BlockLoops kAvx2Loops;
-extern const BlockLoops kAvx512Loops;
+extern const BlockLoops kAvx2BlockLoops;
+extern const BlockLoops kAvx512BlockLoops;
 #endif
 
 namespace {
 
-const BlockLoops& Choose() {
+constexpr const BlockLoops* kAll[] = {
+    &kBaselineBlockLoops,
 #if defined(__x86_64__)
-    __builtin_cpu_init();
-    if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") &&
-        __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512bw"))
-        return kAvx512Loops;
-    if (__builtin_cpu_supports("avx2"))
-        return kAvx2Loops;
+    &kAvx2BlockLoops,
+    &kAvx512BlockLoops,
 #endif
-    return kBaselineLoops;
-}
+};
 
-const BlockLoops& chosen = Choose();
+const BlockLoops& chosen = *RunnableLoops().back();
 
 } // namespace
+
+std::span<const BlockLoops* const> RunnableLoops() {
+    return Runnable<BlockLoops>(kAll);
+}
 
 const BlockLoops& Loops() {
     return chosen;

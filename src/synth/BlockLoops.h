@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 
 namespace vexa {
 
@@ -13,14 +14,16 @@ struct EnvelopeLine {
     double base, origin, rise, run;
 };
 
-/// The low-cut filters of several voices side by side.
-struct LowCutLanes {
-    /// A multiple of kLaneStep that holds every slot of the voice table.
-    static constexpr std::size_t kMost = 24;
-    static constexpr std::size_t kLaneStep = 8;
+/// Samples that the loops compute in one go at most.
+constexpr std::size_t kMostSamples = 64;
 
-    float hpa[kMost], hpb[kMost], hpgain[kMost];
-    float hpsum0[kMost], hpsum1[kMost];
+/// A voice's low-cut filter: the difference of two decaying sums.
+struct LowCutFilter {
+    /// How much of a sum is left after one sample.
+    float hpa = 0, hpb = 0;
+    /// Of the sums' difference, so that the response at frequency 0 is exactly 0.
+    float hpgain = 0;
+    float hpsum0 = 0, hpsum1 = 0;
 };
 
 /// Loops for one instruction set. Arrays do not overlap. Any thread, real-time safe.
@@ -36,17 +39,22 @@ struct BlockLoops {
                        const double* centre, float* place, std::size_t count);
     /// values[i] = the line at t[i].
     void (*Line)(const EnvelopeLine& line, const float* t, float* values, std::size_t count);
-    /// Runs `lanes` filters, a multiple of kLaneStep, over `count` moments. samples[i * lanes + k]
-    /// is the input of filter k at moment i and becomes its output. Input that is not finite
-    /// counts as 0: it would stay in the accumulators for ever.
-    void (*LowCut)(LowCutLanes& filters, float* samples, std::size_t lanes, std::size_t count);
+    /// Runs `voices` filters over their input, samples[k * count + i] for filter k at moment i,
+    /// which becomes their output. Input that is not finite counts as 0: it would stay in the sums
+    /// for ever. count <= kMostSamples.
+    void (*LowCut)(LowCutFilter* const* filters, float* samples, std::size_t voices,
+                   std::size_t count);
     /// to[i] = from[i], rounded.
     void (*Narrow)(const double* from, float* to, std::size_t count);
+    /// words[i] = values[i] as the word of a pixel (DrawPlane).
+    void (*Words)(const float* values, unsigned* words, std::size_t count);
     /// Of the instruction set.
     const char* name;
 };
 
-/// For the machine that this runs on.
+/// Those that this machine can run, the fastest last.
+std::span<const BlockLoops* const> RunnableLoops();
+/// The fastest for the machine that this runs on.
 const BlockLoops& Loops();
 
 } // namespace vexa

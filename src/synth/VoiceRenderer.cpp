@@ -7,7 +7,6 @@
 #include "synth/Realtime.h"
 
 #include <algorithm>
-#include <span>
 
 namespace vexa {
 
@@ -27,9 +26,6 @@ struct VoiceRenderer::Block {
     alignas(64) std::array<float, kBlock> t, envCx, envCy, envAx, envAy;
     // Of all voices.
     alignas(64) std::array<float, kPoints> x, y, s;
-    /// One moment of all voices after the other, as the filters run.
-    alignas(64) std::array<float, LowCutLanes::kMost * kBlock> moments;
-    LowCutLanes filters{};
 };
 
 VoiceRenderer::VoiceRenderer(const ControllerTable& controllers, const sound_param& parameters,
@@ -55,11 +51,14 @@ void VoiceRenderer::Render(float* buffer, std::size_t count) noexcept {
 void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* buffer,
                                 std::size_t count) noexcept {
     std::array<RunningVoice*, kVoiceSlots> sounding;
+    std::array<LowCutFilter*, kVoiceSlots> filters;
     std::size_t voiceCount = 0;
     for (std::size_t i = 0; i < kVoiceSlots; i++) {
         TakeUpChange(running[i], voices[i]);
-        if (running[i].sounds)
-            sounding[voiceCount++] = &running[i];
+        if (!running[i].sounds)
+            continue;
+        filters[voiceCount] = &running[i].filter;
+        sounding[voiceCount++] = &running[i];
     }
     std::fill_n(buffer, count, 0.0F);
     if (voiceCount == 0)
@@ -68,7 +67,7 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* buf
     for (std::size_t k = 0; k < voiceCount; k++)
         Move(*sounding[k], block, line(block.x, k), line(block.y, k), count);
     f.Evaluate(block.x.data(), block.y.data(), block.s.data(), voiceCount * count);
-    CutLow({sounding.data(), voiceCount}, block, count);
+    Loops().LowCut(filters.data(), block.s.data(), voiceCount, count);
     const float factor = gain;
     for (std::size_t k = 0; k < voiceCount; k++) {
         const float* const s = line(block.s, k);
@@ -98,9 +97,6 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot) noexcept {
     if (!v.sounds || notes != v.notes) {
         next.notes = notes;
         next.released = false;
-        next.hpa = slot.hpa;
-        next.hpb = slot.hpb;
-        next.hpgain = slot.hpgain;
         next.vel = slot.vel;
         next.key = slot.key;
         next.freq = slot.freq;
@@ -110,8 +106,9 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot) noexcept {
         next.cy = slot.startcy;
         // Charged so that the first sample is what the slot's last one was, without a click.
         const float d = slot.continues && v.sounds ? slot.start - v.out : float(slot.start);
-        next.hpsum0 = d * (1.0F / (1.0F - next.hpa));
-        next.hpsum1 = d * (1.0F / (1.0F - next.hpb));
+        const float hpa = slot.hpa;
+        const float hpb = slot.hpb;
+        next.filter = {hpa, hpb, slot.hpgain, d * (1.0F / (1.0F - hpa)), d * (1.0F / (1.0F - hpb))};
         next.out = slot.continues && v.sounds ? v.out : 0.0F;
     }
     if (slot.released && !next.released) {
@@ -180,33 +177,6 @@ void VoiceRenderer::Move(RunningVoice& v, Block& block, float* x, float* y,
     loops.CosinePlaces(block.phase.data(), block.envAx.data(), radiusx, block.cx.data(), x, count);
     v.phasey = loops.Accumulate(v.phasey, turny, block.phase.data(), count);
     loops.SinePlaces(block.phase.data(), block.envAy.data(), radiusy, block.cy.data(), y, count);
-}
-
-/// Runs the filters of the sounding voices over the block, side by side: each is a recurrence in
-/// time, but none needs another.
-void VoiceRenderer::CutLow(std::span<RunningVoice* const> sounding, Block& block,
-                           std::size_t count) noexcept {
-    const std::size_t lanes = (sounding.size() + LowCutLanes::kLaneStep - 1) /
-                              LowCutLanes::kLaneStep * LowCutLanes::kLaneStep;
-    for (std::size_t k = 0; k < lanes; k++) {
-        // Lanes without a voice run the first one's filter on silence.
-        const RunningVoice& v = *sounding[k < sounding.size() ? k : 0];
-        const bool used = k < sounding.size();
-        block.filters.hpa[k] = v.hpa;
-        block.filters.hpb[k] = v.hpb;
-        block.filters.hpgain[k] = v.hpgain;
-        block.filters.hpsum0[k] = used ? v.hpsum0 : 0;
-        block.filters.hpsum1[k] = used ? v.hpsum1 : 0;
-        for (std::size_t i = 0; i < count; i++)
-            block.moments[i * lanes + k] = used ? block.s[k * count + i] : 0;
-    }
-    Loops().LowCut(block.filters, block.moments.data(), lanes, count);
-    for (std::size_t k = 0; k < sounding.size(); k++) {
-        sounding[k]->hpsum0 = block.filters.hpsum0[k];
-        sounding[k]->hpsum1 = block.filters.hpsum1[k];
-        for (std::size_t i = 0; i < count; i++)
-            block.s[k * count + i] = block.moments[i * lanes + k];
-    }
 }
 
 void VoiceRenderer::ShowProgress() noexcept {

@@ -3,13 +3,13 @@
 
 #include "kits/support/Published.h"
 #include "kits/support/Shared.h"
+#include "synth/BlockLoops.h"
 #include "synth/PlaneFunction.h"
 #include "synth/SoundParam.h"
 #include "synth/Voice.h"
 
 #include <array>
 #include <cstddef>
-#include <span>
 
 namespace vexa {
 
@@ -23,7 +23,7 @@ namespace vexa {
 class VoiceRenderer {
   public:
     /// Samples that are computed in one go.
-    static constexpr std::size_t kBlock = 64;
+    static constexpr std::size_t kBlock = kMostSamples;
 
     /// The records are shared and outlive the renderer. Starts with gain 0, dummyfunction and
     /// 44100 samples per second.
@@ -51,8 +51,7 @@ class VoiceRenderer {
         uint32 notes = 0;
         bool sounds = false;
         bool released = false;
-        float hpa = 0, hpb = 0, hpgain = 0;
-        float hpsum0 = 0, hpsum1 = 0;
+        LowCutFilter filter;
         std::array<float, 4> rellevel{};
         float vel = 0, key = 0, freq = 0;
         double t = 0, phasex = 0, phasey = 0, cx = 0, cy = 0;
@@ -64,8 +63,6 @@ class VoiceRenderer {
     void RenderBlock(const PlaneFunction& f, Block& block, float* buffer,
                      std::size_t count) noexcept;
     void Move(RunningVoice& running, Block& block, float* x, float* y, std::size_t count) noexcept;
-    static void CutLow(std::span<RunningVoice* const> sounding, Block& block,
-                       std::size_t count) noexcept;
     void ShowProgress() noexcept;
 
     const ControllerTable& controllers;

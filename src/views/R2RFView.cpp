@@ -3,6 +3,7 @@
 #include "kits/interface/Window.h"
 #include "synth/Coefficients.h"
 #include "synth/Envelope.h"
+#include "synth/PlanePicture.h"
 #include "views/ImageExport.h"
 #include "views/R2RFVTranslatorSavePanel.h"
 
@@ -25,16 +26,6 @@ constexpr rgb_color kOrbitColor = {0, 200, 0, 255};
 constexpr std::size_t kPixelBytes = 4;
 /// Of the green byte within a pixel.
 constexpr std::size_t kGreenByte = 1;
-
-/// The word of a pixel that shows the value.
-uint32 Pixel(float value) {
-    constexpr float kMost = 2147483520.0F; // the largest float below 2^31
-    const float scaled = value * 255.0F;
-    if (!std::isfinite(value))
-        return 0;
-    const auto v = static_cast<int32>(std::clamp(scaled, -kMost, kMost));
-    return v > 0 ? static_cast<uint32>(v) : static_cast<uint32>(-v) << 16;
-}
 
 } // namespace
 
@@ -140,17 +131,8 @@ std::unique_ptr<BBitmap> R2RFView::MakeBitmap(BRect rect, float s) const {
         return picture;
     const auto columns = static_cast<std::size_t>(picture->BytesPerRow()) / kPixelBytes;
     const auto rows = static_cast<std::size_t>(rect.IntegerHeight()) + 1;
-    const float left = linkScreenX * float(columns) * s;
-    const float top = (1 - linkScreenY) * float(rows) * s;
-    std::vector<float> x(columns), y(columns), values(columns);
-    for (std::size_t c = 0; c < columns; c++)
-        x[c] = linkFunctionX + float(c) * s - left;
-    auto* row = static_cast<uint8*>(picture->Bits());
-    for (std::size_t r = 0; r < rows; r++, row += picture->BytesPerRow()) {
-        std::fill(y.begin(), y.end(), linkFunctionY - float(r) * s + top);
-        function.Evaluate(x.data(), y.data(), values.data(), columns);
-        std::transform(values.begin(), values.end(), reinterpret_cast<uint32*>(row), Pixel);
-    }
+    DrawPlane(function, {linkFunctionX, linkFunctionY, linkScreenX, linkScreenY, s, columns, rows},
+              static_cast<uint32*>(picture->Bits()));
     return picture;
 }
 

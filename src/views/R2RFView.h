@@ -45,12 +45,8 @@ class R2RFView : public BView {
     void SetSoundParam(const ControllerTable* ctlvalue, const sound_param* soundParam,
                        const VoiceTable* voices);
 
-    /// A new B_RGB32 picture of the size of `rect`, round the same link. The pixel in column c and
-    /// row r shows f at x = linkFunctionX + c s - linkScreenX Nc s and
-    /// y = linkFunctionY - r s + (1 - linkScreenY) Nr s, with Nc and Nr the columns and rows and
-    /// s the scale. Its word is v = f 255 without fraction where v > 0, else -v in the red byte;
-    /// values beyond +-1 carry into the next byte. A value that is not finite is shown as 0. Not
-    /// valid where `rect` is too large.
+    /// A new B_RGB32 picture of the size of `rect`, round the same link, as DrawPlane computes it.
+    /// Not valid where `rect` is too large.
     std::unique_ptr<BBitmap> MakeBitmap(BRect rect, float scale) const;
 
     const BBitmap& Picture() const { return *bitmap; }

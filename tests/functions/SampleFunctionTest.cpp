@@ -1,13 +1,16 @@
 #include "functions/SampleFunction.h"
 
+#include "functions/SpiralLoops.h"
 #include "kits/support/Published.h"
 #include "support/Environment.h"
 #include "support/SoundFiles.h"
 #include "support/TemporaryFolder.h"
 
+#include <array>
 #include <atomic>
 #include <cmath>
 #include <numbers>
+#include <random>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -122,18 +125,43 @@ TEST(SampleFunction, HoldsTheLastValueOutside) {
 }
 
 TEST(SampleFunction, HasABlockFormOfTheSameValues) {
-    Load(Ramp(300));
-    ASSERT_TRUE(vexa::SetSampleFrequency(1000, 30));
+    std::vector<float> noise(44100);
+    std::mt19937 random(1);
+    for (float& value : noise)
+        value = static_cast<float>(random()) / 2147483648.0F - 1;
+    Load(noise);
+    ASSERT_TRUE(vexa::SetSampleFrequency(44100, 220));
     std::vector<float> x;
     std::vector<float> y;
-    for (int i = -50; i < 50; i++) {
-        x.push_back(static_cast<float>(i) * 0.13F);
-        y.push_back(static_cast<float>(i * i % 37) * 0.2F - 3);
+    const float infinity = std::numeric_limits<float>::infinity();
+    const auto special = std::to_array<float>(
+        {0.0F, -0.0F, 1.0F, -1.0F, 1e-40F, 1e-20F, -1e30F, infinity, -infinity, 3.4e38F, NAN});
+    for (const float first : special) {
+        for (const float second : special) {
+            x.push_back(first);
+            y.push_back(second);
+        }
     }
+    for (int i = 0; i < 200000; i++) {
+        x.push_back(static_cast<float>(random()) / 4e8F - 5.4F);
+        y.push_back(static_cast<float>(random()) / 4e8F - 5.4F);
+    }
+    const vexa::SampleSpiral& spiral = CurrentSpiral();
+    const vexa::SpiralTurns turns{spiral.sample->data(), spiral.samplelength - 1, spiral.T,
+                                  spiral.alphap};
     std::vector<float> values(x.size());
-    vexa::SampleFunction().Evaluate(x.data(), y.data(), values.data(), x.size());
-    for (std::size_t i = 0; i < x.size(); i++)
-        EXPECT_EQ(values[i], sampler2rfun(x[i], y[i]));
+    for (const vexa::SpiralLoops* loops : vexa::RunnableSpiralLoops()) {
+        loops->Values(turns, x.data(), y.data(), values.data(), x.size());
+        for (std::size_t i = 0; i < x.size(); i++) {
+            const float expected = sampler2rfun(x[i], y[i]);
+            ASSERT_TRUE(values[i] == expected || (std::isnan(values[i]) && std::isnan(expected)))
+                << loops->name << " at " << x[i] << ", " << y[i] << ": " << values[i]
+                << " instead of " << expected;
+        }
+    }
+    float value = 0;
+    vexa::SampleFunction().block(&x.back(), &y.back(), &value, 1);
+    EXPECT_EQ(value, sampler2rfun(x.back(), y.back()));
 }
 
 TEST(LoadSample, NormalisesToAPeakOfOne) {

@@ -65,16 +65,15 @@ inline double Wave(double phase) {
     const double whole = shifted - kRounder;
     const double turns = cosine ? whole + 0.5 : whole;
     const double r = ((phase - turns * kPi1) - turns * kPi2) - turns * kPi3;
-    // The Taylor series to r^17, whose remainder is below 1e-13 up to pi / 2 ... 1.58.
+    // An odd polynomial that interpolates the sine at Chebyshev's points up to pi / 2; its error is
+    // 3.2e-13.
     const double q = r * r;
-    double sum = 1.0 / 355687428096000;
-    sum = sum * q - 1.0 / 1307674368000;
-    sum = sum * q + 1.0 / 6227020800;
-    sum = sum * q - 1.0 / 39916800;
-    sum = sum * q + 1.0 / 362880;
-    sum = sum * q - 1.0 / 5040;
-    sum = sum * q + 1.0 / 120;
-    sum = sum * q - 1.0 / 6;
+    double sum = 1.5502436806172772e-10;
+    sum = sum * q - 2.5036740997648383e-08;
+    sum = sum * q + 2.7557123097373394e-06;
+    sum = sum * q - 0.00019841268708462154;
+    sum = sum * q + 0.008333333330938794;
+    sum = sum * q - 0.1666666666665846;
     const double sine = r + r * q * sum;
     const Bits sign = (BitsOf(shifted) + (cosine ? 1 : 0)) << 63;
     return __builtin_bit_cast(double, BitsOf(sine) ^ sign);
@@ -109,49 +108,96 @@ void Narrow(const double* __restrict from, float* __restrict to, std::size_t cou
         to[i] = static_cast<float>(from[i]);
 }
 
-template<std::size_t lanes>
-void LowCutOf(LowCutLanes& filters, float* __restrict samples, std::size_t count) {
-    float hpsum0[lanes];
-    float hpsum1[lanes];
-    double hpa[lanes];
-    double hpb[lanes];
-    double hpgain[lanes];
-    for (std::size_t k = 0; k < lanes; k++) {
-        hpsum0[k] = filters.hpsum0[k];
-        hpsum1[k] = filters.hpsum1[k];
-        hpa[k] = filters.hpa[k];
-        hpb[k] = filters.hpb[k];
-        hpgain[k] = filters.hpgain[k];
-    }
+void Words(const float* __restrict values, unsigned* __restrict words, std::size_t count) {
+    constexpr float kMost = 2147483520.0F; // the largest float below 2^31
     for (std::size_t i = 0; i < count; i++) {
-        float* __restrict now = samples + i * lanes;
-        for (std::size_t k = 0; k < lanes; k++) {
-            const float s = __builtin_fabsf(now[k]) <= 0x1.fffffep127F ? now[k] : 0.0F;
-            const double w0 = hpa[k] * hpsum0[k] + s;
-            const double w1 = hpb[k] * hpsum1[k] + s;
-            hpsum0[k] = static_cast<float>(w0);
-            hpsum1[k] = static_cast<float>(w1);
-            now[k] = static_cast<float>(s - hpgain[k] * (w0 - w1));
-        }
-    }
-    for (std::size_t k = 0; k < lanes; k++) {
-        filters.hpsum0[k] = hpsum0[k];
-        filters.hpsum1[k] = hpsum1[k];
+        const float value = __builtin_fabsf(values[i]) <= 0x1.fffffep127F ? values[i] : 0.0F;
+        const float scaled = value * 255.0F;
+        const float low = scaled < kMost ? scaled : kMost;
+        const int v = static_cast<int>(low > -kMost ? low : -kMost);
+        words[i] = v > 0 ? unsigned(v) : unsigned(-v) << 16;
     }
 }
 
-void LowCut(LowCutLanes& filters, float* samples, std::size_t lanes, std::size_t count) {
-    if (lanes == 8)
-        LowCutOf<8>(filters, samples, count);
-    else if (lanes == 16)
-        LowCutOf<16>(filters, samples, count);
-    else
-        LowCutOf<24>(filters, samples, count);
+/// a b + c, rounded once.
+inline float Fused(float a, float b, float c) {
+#if defined(__FMA__)
+    return __builtin_fmaf(a, b, c);
+#else
+    // The product is exact in double precision. If the sum is not, its last bit is set so that it
+    // lies on the right side of every middle between two floats.
+    const double product = double(a) * b;
+    const double sum = product + c;
+    const double part = sum - product;
+    const double error = (product - (sum - part)) + (c - part);
+    const Bits bits = BitsOf(sum);
+    const bool away = (error > 0) == (sum > 0);
+    const Bits odd = (bits & 1) != 0 || !(error < 0 || error > 0) ? bits
+                     : away                                       ? bits + 1
+                                                                  : bits - 1;
+    return static_cast<float>(__builtin_bit_cast(double, odd));
+#endif
+}
+
+/// The formula is
+///
+///     w0 = hpa hpsum0 + s,  hpsum0 = w0 rounded to float, the same for 1 and b,
+///     output = s - hpgain (w0 - w1).
+///
+/// Only the sums depend on what came before, so only they are computed in the order of time, with
+/// one operation from sample to sample, and for several voices at a time: while one waits for its
+/// sum, the others go on. (A fused operation rounds once where the formula rounds to double and
+/// then to float. The two differ about once in 2^29 samples, by the last bit of a sum.)
+template<std::size_t side>
+void LowCutOf(LowCutFilter* const* filters, float* __restrict samples, std::size_t count) {
+    float sums0[side][kMostSamples];
+    float sums1[side][kMostSamples];
+    float hpa[side], hpb[side], hpsum0[side], hpsum1[side];
+    for (std::size_t k = 0; k < side; k++) {
+        hpa[k] = filters[k]->hpa;
+        hpb[k] = filters[k]->hpb;
+        hpsum0[k] = filters[k]->hpsum0;
+        hpsum1[k] = filters[k]->hpsum1;
+    }
+    for (std::size_t i = 0; i < count; i++) {
+        for (std::size_t k = 0; k < side; k++) {
+            const float s = samples[k * count + i];
+            sums0[k][i] = hpsum0[k];
+            sums1[k][i] = hpsum1[k];
+            hpsum0[k] = Fused(hpa[k], hpsum0[k], s);
+            hpsum1[k] = Fused(hpb[k], hpsum1[k], s);
+        }
+    }
+    for (std::size_t k = 0; k < side; k++) {
+        filters[k]->hpsum0 = hpsum0[k];
+        filters[k]->hpsum1 = hpsum1[k];
+        float* __restrict line = samples + k * count;
+        const double a = hpa[k];
+        const double b = hpb[k];
+        const double gain = filters[k]->hpgain;
+        for (std::size_t i = 0; i < count; i++) {
+            const float s = line[i];
+            const double w0 = a * sums0[k][i] + s;
+            const double w1 = b * sums1[k][i] + s;
+            line[i] = static_cast<float>(s - gain * (w0 - w1));
+        }
+    }
+}
+
+void LowCut(LowCutFilter* const* filters, float* __restrict samples, std::size_t voices,
+            std::size_t count) {
+    for (std::size_t i = 0; i < voices * count; i++)
+        samples[i] = __builtin_fabsf(samples[i]) <= 0x1.fffffep127F ? samples[i] : 0.0F;
+    std::size_t k = 0;
+    for (; k + 4 <= voices; k += 4)
+        LowCutOf<4>(filters + k, samples + k * count, count);
+    for (; k < voices; k++)
+        LowCutOf<1>(filters + k, samples + k * count, count);
 }
 
 } // namespace
 
-const BlockLoops VEXA_LOOPS_TABLE = {Accumulate, Places<true>, Places<false>,  Line,
-                                     LowCut,     Narrow,       VEXA_LOOPS_NAME};
+const BlockLoops VEXA_LOOPS_TABLE = {Accumulate, Places<true>, Places<false>, Line,
+                                     LowCut,     Narrow,       Words,         VEXA_LOOPS_NAME};
 
 } // namespace vexa

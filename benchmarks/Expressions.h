@@ -1,0 +1,46 @@
+// The plane functions that benchmarks compare with, as the program makes them.
+#pragma once
+
+#include "functions/ProgramFolder.h"
+#include "functions/SampleFunction.h"
+#include "kits/support/Published.h"
+#include "support/SoundFiles.h"
+
+#include <cmath>
+#include <stdexcept>
+
+namespace bench {
+
+/// Rational, the one that the program starts with.
+inline constexpr const char* kDefault = "(5*(x*y*y-y*x*x)-3*(x-y))/((1+x*x+y*y)*(1+x*x+y*y))";
+inline constexpr const char* kTranscendental = "sin(3*x)*cos(2*y)+exp(-x*x-y*y)";
+inline constexpr const char* kBranches = "x>y ? sin(x)*y : (x<-1 ? x*x : y-x)";
+
+/// The function of an expression, compiled by the product's compiler and loaded until the program
+/// ends.
+inline vexa::PlaneFunction Compiled(const char* expression) {
+    static const test::ProgramFolder folder;
+    static std::vector<vexa::FunctionAddon> addons;
+    vexa::CompileOutcome outcome = vexa::FunctionCompiler(folder.Path()).Compile(expression);
+    if (!outcome)
+        throw std::runtime_error(outcome.details);
+    return addons.emplace_back(std::move(*outcome.addon)).Function();
+}
+
+/// The sample function of ten seconds of a tone of 220 Hz with partials.
+inline vexa::PlaneFunction LoadedSample() {
+    constexpr int kRate = 44100;
+    std::vector<float> tone(10 * kRate);
+    for (std::size_t i = 0; i < tone.size(); i++) {
+        const double turn = 2 * M_PI * 220 * double(i) / kRate;
+        tone[i] = static_cast<float>(std::sin(turn) + 0.5 * std::sin(2.01 * turn) +
+                                     0.2 * std::sin(7 * turn));
+    }
+    const test::TemporaryFolder folder;
+    if (!test::WriteSound(folder.Path() / "tone.wav", tone, kRate) ||
+        !vexa::LoadSample(folder.Path() / "tone.wav") || !vexa::SetSampleFrequency(kRate, 220))
+        throw std::runtime_error("no sample");
+    return vexa::SampleFunction();
+}
+
+} // namespace bench

@@ -1,0 +1,30 @@
+#include "functions/SpiralLoops.h"
+
+#include "synth/InstructionSet.h"
+
+namespace vexa {
+
+// One table per compilation of loops/SpiralLoops.cpp.
+extern const SpiralLoops kBaselineSpiralLoops;
+#if defined(__x86_64__)
+extern const SpiralLoops kAvx2SpiralLoops;
+extern const SpiralLoops kAvx512SpiralLoops;
+#endif
+
+namespace {
+
+constexpr const SpiralLoops* kAll[] = {
+    &kBaselineSpiralLoops,
+#if defined(__x86_64__)
+    &kAvx2SpiralLoops,
+    &kAvx512SpiralLoops,
+#endif
+};
+
+} // namespace
+
+std::span<const SpiralLoops* const> RunnableSpiralLoops() {
+    return Runnable<SpiralLoops>(kAll);
+}
+
+} // namespace vexa

@@ -1,0 +1,34 @@
+// The sample function over a block of points, compiled once per instruction set.
+#pragma once
+
+#include <cstddef>
+#include <span>
+
+namespace vexa {
+
+/// A spiral's numbers side by side. `sample` has last + 1 values.
+struct SpiralTurns {
+    const float* sample;
+    int last;
+    /// Frames per turn.
+    float T;
+    /// Distance of neighbouring turns.
+    float alphap;
+};
+
+/// Loops for one instruction set. Any thread, real-time safe.
+struct SpiralLoops {
+    /// values[i] = what sampler2rfun gives at (x[i], y[i]). The arrays do not overlap. The angle is
+    /// computed in double precision with an error below 1e-15 before it is rounded to float, so
+    /// that the values are the same bits but about once in 10^8 points, where the angle lies so
+    /// near the middle of two floats that it is rounded to the other one.
+    void (*Values)(const SpiralTurns& turns, const float* x, const float* y, float* values,
+                   std::size_t count);
+    /// Of the instruction set.
+    const char* name;
+};
+
+/// Those that this machine can run, the fastest last.
+std::span<const SpiralLoops* const> RunnableSpiralLoops();
+
+} // namespace vexa

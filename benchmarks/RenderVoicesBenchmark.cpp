@@ -53,6 +53,45 @@ void Reference(benchmark::State& state, const vexa::PlaneFunction& function, int
     Report(state, voices);
 }
 
+/// 20 voices whose four envelopes have so many points, over ten minutes that no run reaches.
+void EnvelopePoints(benchmark::State& state) {
+    static const vexa::PlaneFunction function = bench::Compiled(bench::kDefault);
+    vexa::Instrument instrument;
+    test::MakeRich(instrument);
+    test::Points points;
+    for (int i = 0; i < state.range(0); i++)
+        points.push_back({600 * float(i) / float(state.range(0) - 1), false, float(1 + i % 2) / 2});
+    for (vexa::Envelope& envelope : instrument.envelopes)
+        test::SetEnvelope(envelope, points);
+    instrument.SetFunction(function);
+    StrikeChord(20, [&](int note) { instrument.consumer.NoteOn(0, uchar(note), 100, 0); });
+    std::array<float, kBlock> buffer;
+    for (auto _ : state) {
+        instrument.renderer.Render(buffer.data(), kBlock);
+        benchmark::DoNotOptimize(buffer);
+    }
+    Report(state, 20);
+}
+BENCHMARK(EnvelopePoints)->Arg(2)->Arg(8)->Arg(64);
+
+/// 20 voices, so many samples at a time.
+void BlockLength(benchmark::State& state) {
+    static const vexa::PlaneFunction function = bench::Compiled(bench::kDefault);
+    vexa::Instrument instrument;
+    test::MakeRich(instrument);
+    instrument.SetFunction(function);
+    StrikeChord(20, [&](int note) { instrument.consumer.NoteOn(0, uchar(note), 100, 0); });
+    std::vector<float> buffer(static_cast<std::size_t>(state.range(0)));
+    for (auto _ : state) {
+        instrument.renderer.Render(buffer.data(), buffer.size());
+        benchmark::DoNotOptimize(buffer.data());
+    }
+    state.counters["per_voice_sample"] =
+        benchmark::Counter(double(state.iterations()) * double(state.range(0)) * 20,
+                           benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+}
+BENCHMARK(BlockLength)->RangeMultiplier(4)->Range(16, 1024);
+
 /// Reference and product in turns, so that both meet the same machine.
 void Compare(const std::string& name, const vexa::PlaneFunction& function) {
     for (const int voices : {1, 5, 20}) {

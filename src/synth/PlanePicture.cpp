@@ -17,10 +17,11 @@ using Clock = std::chrono::steady_clock;
 
 /// Points that are computed in one go: their places, values and words fit the first cache.
 constexpr std::size_t kPiece = 2048;
-/// How long one core computes before it looks whether the others are worth their start, which takes
-/// about 30 microseconds each.
+/// How long one core computes before it looks whether the others are worth their start. That takes
+/// about 30 microseconds on an idle machine, but hundreds where the other cores are busy, and the
+/// picture has to wait for them.
 constexpr auto kTrial = std::chrono::microseconds(20);
-constexpr auto kWorthThreads = std::chrono::microseconds(60);
+constexpr auto kWorthThreads = std::chrono::microseconds(500);
 
 /// The rows of a picture in bands, which several threads take one after the other.
 class Bands {

@@ -1,0 +1,91 @@
+#!/usr/bin/env python3
+"""Compares the whole vexa-render with Csound's opcode wterrain on the same 20 notes of 60 seconds.
+
+compare-csound.py [VEXA-RENDER]: build/release/bin/vexa-render if not given; csound must be
+installed. Both read their score from a file and write floats of 44100 Hz to another; Csound works in
+blocks of 64 (ksmps). Its instrument has what a note of the default sound has: four envelopes, an
+orbit on a terrain, a filter against the constant part. Prints the medians of five runs in turns, as
+processor time, which other programs disturb least: with the C compiler that vexa-render starts.
+"""
+import pathlib
+import resource
+import statistics
+import struct
+import subprocess
+import sys
+import tempfile
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+NOTES = range(40, 80, 2)
+SECONDS = 60
+
+ORCHESTRA = """sr = 44100
+ksmps = 64
+nchnls = 1
+0dbfs = 1
+giX ftgen 1, 0, 8192, 10, 1, 0.3, 0.2
+giY ftgen 2, 0, 8192, 10, 1, 0.5, 0.1
+instr 1
+  kx linseg 0, 20, 1, 40, 0.2
+  ky linseg 0.5, 30, 0, 30, 1
+  krx linseg 0, 0.02, 1, 0.5, 0.6, 60, 0.6
+  kry linseg 0.2, 0.7, 0.9, 60, 0.9
+  aout wterrain 0.03, p4, kx, ky, krx, kry, giX, giY
+  ahigh dcblock2 aout
+  out ahigh
+endin
+"""
+
+
+def midi():
+    """A format 0 file at 1000 ticks a second: all notes on at 0, off at the end."""
+    track = b"\x00\xff\x51\x03" + (1000000).to_bytes(3, "big")
+    for note in NOTES:
+        track += bytes([0, 0x90, note, 100])
+    first = True
+    for note in NOTES:
+        ticks = SECONDS * 1000 if first else 0
+        delta = bytes([0x80 | ticks >> 14, 0x80 | ticks >> 7 & 127, ticks & 127]) if ticks else b"\0"
+        track += delta + bytes([0x80, note, 0])
+        first = False
+    track += b"\x00\xff\x2f\x00"
+    return (b"MThd" + struct.pack(">IHHH", 6, 0, 1, 1000)
+            + b"MTrk" + struct.pack(">I", len(track)) + track)
+
+
+def children():
+    """Seconds of processor time of the programs that were run so far."""
+    usage = resource.getrusage(resource.RUSAGE_CHILDREN)
+    return usage.ru_utime + usage.ru_stime
+
+
+def run(command):
+    start = children()
+    subprocess.run(command, check=True, timeout=300, stdout=subprocess.DEVNULL,
+                   stderr=subprocess.DEVNULL)
+    return children() - start
+
+
+def main():
+    program = sys.argv[1] if len(sys.argv) > 1 else ROOT / "build/release/bin/vexa-render"
+    with tempfile.TemporaryDirectory() as name:
+        folder = pathlib.Path(name)
+        (folder / "notes.mid").write_bytes(midi())
+        (folder / "terrain.orc").write_text(ORCHESTRA)
+        (folder / "notes.sco").write_text("".join(
+            f"i1 0 {SECONDS} {440 * 2 ** ((note - 69) / 12):.4f}\n" for note in NOTES))
+        ours, theirs = [], []
+        for _ in range(5):
+            ours.append(run([program, folder / "notes.mid", folder / "vexa.wav"]))
+            theirs.append(run(["csound", "-d", "-m0", "-W", "-f", "-o", folder / "csound.wav",
+                               folder / "terrain.orc", folder / "notes.sco"]))
+        for file in ("vexa.wav", "csound.wav"):
+            size = (folder / file).stat().st_size
+            if size < 4 * 44100 * SECONDS:
+                sys.exit(f"{file} has only {size} bytes")
+    vexa, csound = statistics.median(ours), statistics.median(theirs)
+    print(f"vexa-render {vexa:.2f} s, csound {csound:.2f} s, ratio {csound / vexa:.1f}")
+
+
+if __name__ == "__main__":
+    main()

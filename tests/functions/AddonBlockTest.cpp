@@ -1,0 +1,52 @@
+// The block form of a compiled add-on, against its point form.
+#include "functions/ProgramFolder.h"
+
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+/// How many floats lie between two numbers; both not numbers count as equal.
+long Distance(float a, float b) {
+    if (std::isnan(a) || std::isnan(b))
+        return std::isnan(a) && std::isnan(b) ? 0 : 1000000;
+    const auto place = [](float value) {
+        std::int32_t bits;
+        std::memcpy(&bits, &value, sizeof bits);
+        return bits < 0 ? -long(bits & 0x7fffffff) : long(bits);
+    };
+    return std::labs(place(a) - place(b));
+}
+
+TEST(AddonBlock, IsThePointFormWithinFourLastDigits) {
+    std::vector<float> x;
+    std::vector<float> y;
+    for (int i = -60; i <= 60; i++) {
+        for (int k = -60; k <= 60; k++) {
+            x.push_back(0.0837F * float(i));
+            y.push_back(0.0791F * float(k));
+        }
+    }
+    const test::ProgramFolder folder;
+    const vexa::FunctionCompiler compiler(folder.Path());
+    for (const char* expression :
+         {"sin(x)", "cos(y)", "tan(x)", "exp(x)", "log(x)", "pow(x,y)", "tanh(x)", "atan(y)",
+          "atan2(y,x)", "hypot(x,y)", "sqrt(x)", "x>y ? sin(x)*y : (x<-1 ? x*x : y-x)"}) {
+        const auto outcome = compiler.Compile(expression);
+        ASSERT_TRUE(outcome) << outcome.details;
+        const vexa::PlaneFunction& f = outcome.addon->Function();
+        ASSERT_TRUE(f.block);
+        std::vector<float> values(x.size());
+        f.block(x.data(), y.data(), values.data(), x.size());
+        long worst = 0;
+        for (std::size_t i = 0; i < x.size(); i++)
+            worst = std::max(worst, Distance(values[i], f.point(x[i], y[i])));
+        EXPECT_LE(worst, 4) << expression;
+    }
+}
+
+} // namespace

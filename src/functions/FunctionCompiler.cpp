@@ -44,26 +44,6 @@ CompileReport Failure(status_t status, std::string alert, std::string details) {
     return {status, {std::move(alert)}, std::move(details)};
 }
 
-/// The compiler's command. The options after -O3 let it use the vector instructions of this machine
-/// and leave every result as C defines it: no fused operations, no reordering; what is given up is
-/// errno and the floating-point exception flags, which nobody reads. -fwrapv defines the overflow
-/// of integers.
-std::vector<std::string> CompilerArguments() {
-    return {"gcc",
-            "-shared",
-            "-fPIC",
-            "-O3",
-            "-march=native",
-            "-ffp-contract=off",
-            "-fno-math-errno",
-            "-fno-trapping-math",
-            "-fwrapv",
-            "-o",
-            kAddon,
-            kSource,
-            "-lm"};
-}
-
 /// Why the compiler gave no add-on.
 std::string Describe(const kits::ChildResult& result, const kits::ChildLimits& limits) {
     using End = kits::ChildResult::End;
@@ -85,6 +65,25 @@ std::string Describe(const kits::ChildResult& result, const kits::ChildLimits& l
 }
 
 } // namespace
+
+// The options after -O3 let the compiler use the vector instructions of this machine and leave
+// every result as C defines it: no fused operations, no reordering; what is given up is errno and
+// the floating-point exception flags, which nobody reads. -fwrapv defines the overflow of integers.
+std::vector<std::string> FunctionCompiler::Command(const char* source, const char* addon) {
+    return {"gcc",
+            "-shared",
+            "-fPIC",
+            "-O3",
+            "-march=native",
+            "-ffp-contract=off",
+            "-fno-math-errno",
+            "-fno-trapping-math",
+            "-fwrapv",
+            "-o",
+            addon,
+            source,
+            "-lm"};
+}
 
 FunctionCompiler::FunctionCompiler(const fs::path& programFolder, kits::ChildLimits childLimits)
     : functions(programFolder / "functions"), addonPath(functions / kAddon), limits(childLimits) {}
@@ -169,7 +168,7 @@ CompileOutcome FunctionCompiler::Build(std::string_view source, const fs::path& 
 
 CompileReport FunctionCompiler::RunCompiler(const fs::path& folder,
                                             const fs::path& sourcePath) const {
-    const kits::ChildResult result = kits::RunProgram({CompilerArguments(), folder, limits});
+    const kits::ChildResult result = kits::RunProgram({Command(kSource, kAddon), folder, limits});
     if (!result.Succeeded())
         return CompilerFailure(sourcePath, Describe(result, limits));
     return {B_OK, {}, result.standardError};

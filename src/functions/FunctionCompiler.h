@@ -55,6 +55,10 @@ class FunctionCompiler {
     /// "functions/recent.c" is copied there first.
     CompileOutcome IncludeFunction(const std::filesystem::path& sourcePath) const;
 
+    /// The compiler and its arguments, for a source and an add-on in the folder that it runs in.
+    /// Any thread.
+    static std::vector<std::string> Command(const char* source, const char* addon);
+
     /// "functions/recent.c"
     std::filesystem::path SourcePath() const { return functions / "recent.c"; }
 

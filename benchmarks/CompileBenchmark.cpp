@@ -1,0 +1,42 @@
+// How long does an expression take until it is installed, against the compiler's run alone?
+#include "Expressions.h"
+#include "functions/FunctionSwitch.h"
+#include "kits/kernel/ChildProcess.h"
+
+#include <benchmark/benchmark.h>
+
+namespace {
+
+/// As FunctionCompiler runs it, on the source that it makes.
+void BareCompiler(benchmark::State& state) {
+    const test::ProgramFolder folder;
+    const vexa::FunctionCompiler compiler(folder.Path());
+    compiler.MakeSourceFile(bench::kDefault, compiler.SourcePath());
+    const kits::ChildProgram program{
+        vexa::FunctionCompiler::Command("recent.c", "bare"), folder.Path() / "functions", {}};
+    for (auto _ : state) {
+        if (!kits::RunProgram(program).Succeeded())
+            state.SkipWithError("the compiler failed");
+    }
+}
+BENCHMARK(BareCompiler)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+/// Checked, compiled, loaded and installed.
+void Installed(benchmark::State& state) {
+    const test::ProgramFolder folder;
+    vexa::FunctionSwitch functions;
+    vexa::PlaneFunction installed;
+    functions.AddReceiver([&](const vexa::PlaneFunction& next) { installed = next; });
+    for (auto _ : state) {
+        vexa::CompileOutcome outcome =
+            vexa::FunctionCompiler(folder.Path()).Compile(bench::kDefault);
+        if (!outcome)
+            state.SkipWithError("the expression failed");
+        else
+            functions.Install(*std::move(outcome.addon));
+    }
+    benchmark::DoNotOptimize(installed);
+}
+BENCHMARK(Installed)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+} // namespace

@@ -1,0 +1,37 @@
+// What does a note-on cost, with a free voice and where it has to steal one?
+#include "midi/Instrument.h"
+
+#include <benchmark/benchmark.h>
+
+namespace {
+
+/// Notes that a table of 20 voices has room for.
+void FreeVoice(benchmark::State& state) {
+    vexa::Instrument instrument;
+    instrument.consumer.ReduceToMaxVox(vexa::kMostVoices);
+    uchar note = 0;
+    for (auto _ : state) {
+        instrument.consumer.NoteOn(0, static_cast<uchar>(40 + note), 100, 0);
+        if (++note == vexa::kMostVoices) {
+            note = 0;
+            instrument.consumer.AllNotesOff(false, 0);
+        }
+    }
+}
+BENCHMARK(FreeVoice);
+
+/// Every note takes the voice of another.
+void StolenVoice(benchmark::State& state) {
+    vexa::Instrument instrument;
+    instrument.consumer.ReduceToMaxVox(vexa::kMostVoices);
+    for (uchar note = 0; note < vexa::kMostVoices; note++)
+        instrument.consumer.NoteOn(0, note, 100, 0);
+    uchar note = 40;
+    for (auto _ : state) {
+        instrument.consumer.NoteOn(0, note, 100, 0);
+        note = note == 120 ? 40 : static_cast<uchar>(note + 1);
+    }
+}
+BENCHMARK(StolenVoice);
+
+} // namespace

@@ -5,6 +5,10 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <stop_token>
 #include <system_error>
 #include <thread>
 #include <vector>
@@ -17,11 +21,10 @@ using Clock = std::chrono::steady_clock;
 
 /// Points that are computed in one go: their places, values and words fit the first cache.
 constexpr std::size_t kPiece = 2048;
-/// How long one core computes before it looks whether the others are worth their start. That takes
-/// about 30 microseconds on an idle machine, but hundreds where the other cores are busy, and the
-/// picture has to wait for them.
-constexpr auto kTrial = std::chrono::microseconds(20);
-constexpr auto kWorthThreads = std::chrono::microseconds(500);
+/// How long one core computes before it looks whether the others are worth waking, which takes some
+/// microseconds.
+constexpr auto kTrial = std::chrono::microseconds(10);
+constexpr auto kWorthHelp = std::chrono::microseconds(40);
 
 /// The rows of a picture in bands, which several threads take one after the other.
 class Bands {
@@ -43,6 +46,13 @@ class Bands {
     void DrawAll() {
         while (DrawNext()) {
         }
+    }
+
+    /// Waits for the bands that other threads have taken. Whoever comes later finds none, and
+    /// touches neither the function nor the words.
+    void WaitForAll() const {
+        for (std::size_t done = finished; done < bands; done = finished)
+            finished.wait(done);
     }
 
     /// Computes bands until kTrial is over; how long the others will take at that pace.
@@ -73,11 +83,13 @@ class Bands {
             f.Evaluate(&x[i], y, values, count);
             Loops().Words(values, words + first * area.columns + i, count);
         }
+        finished.fetch_add(1);
+        finished.notify_all();
         return true;
     }
 
-    const PlaneFunction& f;
-    const PlaneArea& area;
+    const PlaneFunction f;
+    const PlaneArea area;
     uint32* const words;
     const std::size_t rowsPerBand;
     const std::size_t bands;
@@ -85,22 +97,64 @@ class Bands {
     /// Of the points of a band.
     std::vector<float> x;
     std::atomic<std::size_t> next{0};
+    std::atomic<std::size_t> finished{0};
+};
+
+/// One sleeping thread for each further core, from the first picture that wants them to the end of
+/// the program.
+class Helpers {
+  public:
+    static Helpers& Instance() {
+        static Helpers helpers;
+        return helpers;
+    }
+
+    /// Has all helpers draw what is left; those that are late for one picture take the next.
+    void Offer(std::shared_ptr<Bands> bands) {
+        const std::lock_guard lock(mutex);
+        offered = std::move(bands);
+        offers++;
+        changed.notify_all();
+    }
+
+  private:
+    Helpers() {
+        try {
+            for (unsigned core = 1; core < std::thread::hardware_concurrency(); core++)
+                threads.emplace_back([this](const std::stop_token& stop) { Run(stop); });
+        } catch (const std::system_error&) {
+            // There are no more threads to be had: fewer help.
+        }
+    }
+
+    void Run(const std::stop_token& stop) {
+        std::unique_lock lock(mutex);
+        std::size_t seen = 0;
+        while (changed.wait(lock, stop, [&] { return offers != seen; })) {
+            seen = offers;
+            const std::shared_ptr<Bands> bands = offered;
+            lock.unlock();
+            bands->DrawAll();
+            lock.lock();
+        }
+    }
+
+    std::mutex mutex;
+    std::condition_variable_any changed;
+    std::shared_ptr<Bands> offered;
+    std::size_t offers = 0;
+    // Last, so that they end before what they use.
+    std::vector<std::jthread> threads;
 };
 
 } // namespace
 
 void DrawPlane(const PlaneFunction& f, const PlaneArea& area, uint32* words) {
-    Bands bands(f, area, words);
-    std::vector<std::jthread> helpers;
-    if (bands.Try() > kWorthThreads) {
-        try {
-            for (unsigned core = 1; core < std::thread::hardware_concurrency(); core++)
-                helpers.emplace_back([&bands] { bands.DrawAll(); });
-        } catch (const std::system_error&) {
-            // There are no more threads to be had: fewer compute it.
-        }
-    }
-    bands.DrawAll();
+    const auto bands = std::make_shared<Bands>(f, area, words);
+    if (bands->Try() > kWorthHelp)
+        Helpers::Instance().Offer(bands);
+    bands->DrawAll();
+    bands->WaitForAll();
 }
 
 } // namespace vexa

@@ -27,8 +27,8 @@ struct PlaneArea {
 /// end at the largest float below 2^31. A value that is not finite is shown as 0.
 ///
 /// Where the first rows say that it takes long, all cores compute the rest. f is then called in
-/// threads of this function's own that end before it does, so what the caller may call, they may.
-/// Not the media thread.
+/// threads of this function's own, but not after it has returned, so what the caller may call, they
+/// may. Not the media thread.
 void DrawPlane(const PlaneFunction& f, const PlaneArea& area, uint32* words);
 
 } // namespace vexa

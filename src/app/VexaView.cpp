@@ -1,7 +1,6 @@
 #include "app/VexaView.h"
 
 #include "app/MessageCodes.h"
-#include "functions/SampleFunction.h"
 #include "kits/interface/Alert.h"
 #include "kits/interface/Control.h"
 #include "kits/interface/Menu.h"
@@ -29,13 +28,6 @@ constexpr float kEditorHeight = 92;
 /// Between the view's edges and what it holds.
 constexpr float kMargin = 10;
 
-struct FieldRow {
-    const char* name;
-    uint32 code;
-    /// Where its text comes from in a fresh window.
-    std::string Function::*text;
-};
-
 } // namespace
 
 void VexaView::ErrorAlert(const char* text) {
@@ -45,7 +37,6 @@ void VexaView::ErrorAlert(const char* text) {
 VexaView::VexaView(BRect frame, const char* name, const std::filesystem::path& programFolder)
     : BView(frame, name, B_FOLLOW_ALL_SIDES, B_WILL_DRAW | B_PULSE_NEEDED),
       programFolder(programFolder),
-      appPath((programFolder / "vexa").c_str()),
       soundAuthor(kDefaultAuthor),
       functionAuthor(kDefaultAuthor),
       formulas(*be_plain_font()) {

@@ -10,8 +10,6 @@
 #include "kits/interface/FilePanel.h"
 #include "kits/interface/View.h"
 #include "kits/media/MediaFormats.h"
-#include "kits/storage/Path.h"
-#include "kits/support/String.h"
 #include "synth/ParameterTable.h"
 #include "synth/SoundParam.h"
 #include "synth/Voice.h"
@@ -150,8 +148,6 @@ class VexaView : public BView {
     void ConnectChosenSource();
 
     std::filesystem::path programFolder;
-    /// The program's file as the folders lie beside it.
-    BPath appPath;
     std::string soundAuthor;
     std::string functionAuthor;
     /// The sample as a function document names it.

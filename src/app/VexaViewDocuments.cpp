@@ -1,5 +1,4 @@
 // Function and sound documents into the main view, and out of it.
-#include "app/MessageCodes.h"
 #include "app/VexaView.h"
 #include "documents/DocumentKind.h"
 #include "documents/FunctionDocument.h"

@@ -1,5 +1,4 @@
 // Where the main view's plane function comes from: an expression or a sample.
-#include "app/MessageCodes.h"
 #include "app/VexaView.h"
 #include "functions/SampleFunction.h"
 #include "kits/interface/Control.h"

@@ -9,7 +9,6 @@
 #include "views/R2RFView.h"
 
 #include <cmath>
-#include <limits>
 #include <optional>
 
 namespace vexa {

@@ -4,8 +4,6 @@
 #include "kits/interface/Menu.h"
 #include "kits/midi/MidiRoster.h"
 
-#include <cstdio>
-
 namespace vexa {
 
 void VexaView::SetupMidiMenu() {

@@ -76,7 +76,8 @@ def main():
             f"i1 0 {SECONDS} {440 * 2 ** ((note - 69) / 12):.4f}\n" for note in NOTES))
         ours, theirs = [], []
         for _ in range(5):
-            ours.append(run([program, folder / "notes.mid", folder / "vexa.wav"]))
+            ours.append(run([program, folder / "notes.mid", folder / "vexa.wav",
+                             "--tail", "0"]))
             theirs.append(run(["csound", "-d", "-m0", "-W", "-f", "-o", folder / "csound.wav",
                                folder / "terrain.orc", folder / "notes.sco"]))
         for file in ("vexa.wav", "csound.wav"):

@@ -16,6 +16,34 @@ struct EnvelopeLine {
 
 /// Samples that the loops compute in one go at most.
 constexpr std::size_t kMostSamples = 64;
+/// Every array of a block has room for so many more: the loops go on to a multiple of it, so that
+/// they consist of whole vectors, and what stands there afterwards means nothing.
+constexpr std::size_t kSlack = 16;
+constexpr std::size_t kRoom = kMostSamples + kSlack;
+
+/// One coordinate of an orbit over a block: radius[i] wave[i] + centre[i].
+struct Coordinate {
+    /// wave[i] = a cosines[i] + b sines[i]
+    double a, b;
+    const double* cosines;
+    const double* sines;
+    /// radius[i] = envelope[i] radius, or just radius where there is no envelope.
+    double radius;
+    const float* envelope;
+    /// centre[i] = centre + i drift, or centres[i] where there are some.
+    double centre, drift;
+    const double* centres;
+};
+
+/// A centre that drifts at a changing speed.
+struct Drift {
+    /// The speed at moment i is envelope[i] weight + rest, per sample of dt seconds.
+    const float* envelope;
+    double weight, rest, dt;
+    /// The centre, which goes on to the next block, and where it is written for each moment.
+    double* centre;
+    double* centres;
+};
 
 /// A voice's low-cut filter: the difference of two decaying sums.
 struct LowCutFilter {
@@ -24,29 +52,34 @@ struct LowCutFilter {
     /// Of the sums' difference, so that the response at frequency 0 is exactly 0.
     float hpgain = 0;
     float hpsum0 = 0, hpsum1 = 0;
+    /// The last output.
+    float out = 0;
 };
 
-/// Loops for one instruction set. Arrays do not overlap. Any thread, real-time safe.
+/// Loops for one instruction set. Arrays do not overlap; count <= kMostSamples, unless they say
+/// otherwise. Any thread, real-time safe.
 struct BlockLoops {
     /// sums[i] is `start` after i additions of `step`, each rounded; returns the sum after `count`.
     double (*Accumulate)(double start, double step, double* sums, std::size_t count);
-    /// place[i] = envelope[i] radius cos(phase[i]) + centre[i]. The cosine's error is below 1e-12
-    /// for phases up to 1e10; beyond, it is the C library's.
-    void (*CosinePlaces)(const double* phase, const float* envelope, double radius,
-                         const double* centre, float* place, std::size_t count);
-    /// The same with the sine.
-    void (*SinePlaces)(const double* phase, const float* envelope, double radius,
-                       const double* centre, float* place, std::size_t count);
-    /// values[i] = the line at t[i].
+    /// The sines and cosines of `count` phases <= kRoom. Their error is below 1e-15 for phases up
+    /// to 1e10, plus what rounding the phase's multiple of pi leaves; beyond, they are the C
+    /// library's.
+    void (*Waves)(const double* phase, double* sines, double* cosines, std::size_t count);
+    /// place[i] = the coordinate, rounded.
+    void (*Places)(const Coordinate& coordinate, float* place, std::size_t count);
+    /// Lets `number` centres drift, each addition rounded; several in turns, as each waits for its
+    /// last sum.
+    void (*Drifts)(const Drift* drifts, std::size_t number, std::size_t count);
+    /// values[i] = the line at t[i]. No slack, any count.
     void (*Line)(const EnvelopeLine& line, const float* t, float* values, std::size_t count);
-    /// Runs `voices` filters over their input, samples[k * count + i] for filter k at moment i,
-    /// which becomes their output. Input that is not finite counts as 0: it would stay in the sums
-    /// for ever. count <= kMostSamples.
-    void (*LowCut)(LowCutFilter* const* filters, float* samples, std::size_t voices,
-                   std::size_t count);
+    /// Runs `voices` filters over their input, samples[k * count + i] for filter k at moment i, and
+    /// adds their output to sum[i], filter after filter. Input that is not finite counts as 0: it
+    /// would stay in the sums for ever.
+    void (*LowCut)(LowCutFilter* const* filters, const float* samples, std::size_t voices,
+                   std::size_t count, float* sum);
     /// to[i] = from[i], rounded.
     void (*Narrow)(const double* from, float* to, std::size_t count);
-    /// words[i] = values[i] as the word of a pixel (DrawPlane).
+    /// words[i] = values[i] as the word of a pixel (DrawPlane). No slack, any count.
     void (*Words)(const float* values, unsigned* words, std::size_t count);
     /// Of the instruction set.
     const char* name;

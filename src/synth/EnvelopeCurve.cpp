@@ -1,6 +1,7 @@
 #include "synth/EnvelopeCurve.h"
 
 #include <algorithm>
+#include <atomic>
 #include <limits>
 #include <utility>
 
@@ -15,10 +16,16 @@ bool Before(const EnvPoint& a, const EnvPoint& b) {
 
 constexpr float kForEver = std::numeric_limits<float>::infinity();
 
+std::uint64_t NextNumber() {
+    static std::atomic<std::uint64_t> last{0};
+    return ++last;
+}
+
 } // namespace
 
 EnvelopeCurve::EnvelopeCurve(std::vector<EnvPoint> given, float empty)
-    : points(std::move(given)),
+    : number(NextNumber()),
+      points(std::move(given)),
       empty(empty),
       keyDown(static_cast<std::size_t>(
           std::count_if(points.begin(), points.end(), [](const EnvPoint& p) { return !p.fku; }))),
@@ -35,38 +42,31 @@ float EnvelopeCurve::Value(float t, bool released, float level) const noexcept {
     return released ? ReleasedValue(t, level) : HeldValue(t);
 }
 
-bool EnvelopeCurve::Values(const float* t, bool released, float level, float* values,
+void EnvelopeCurve::Values(const float* t, bool released, float level, float* values,
                            std::size_t count) const noexcept {
-    if (points.size() <= 1) {
-        std::fill_n(values, count, Value(0, released, level));
-        return true;
-    }
-    if (!ordered) {
-        for (std::size_t i = 0; i < count; i++)
-            values[i] = Value(t[i], released, level);
-        return false;
-    }
     const float* const end = t + count;
     for (const float* from = t; from < end;) {
         const Piece piece = PieceAt(*from, released, level);
+        if (piece.until < *from) {
+            for (; from < end; from++)
+                values[from - t] = Value(*from, released, level);
+            return;
+        }
         const float* const to =
             end[-1] <= piece.until ? end : std::upper_bound(from, end, piece.until);
-        const auto n = static_cast<std::size_t>(to - from);
-        if (piece.constant)
-            std::fill_n(values + (from - t), n, static_cast<float>(piece.line.base));
-        else
-            Loops().Line(piece.line, from, values + (from - t), n);
-        if (n == count)
-            return piece.constant;
+        Loops().Line(piece.line, from, values + (from - t), static_cast<std::size_t>(to - from));
         from = to;
     }
-    return false;
 }
 
 EnvelopeCurve::Piece EnvelopeCurve::PieceAt(float t, bool released, float level) const noexcept {
     const auto constant = [](float value, float until) {
         return Piece{{value, 0, 0, 1}, true, until};
     };
+    if (points.size() <= 1)
+        return constant(Value(t, released, level), kForEver);
+    if (!ordered)
+        return {{0, 0, 0, 1}, false, -kForEver};
     const auto first = points.begin() + (released ? static_cast<std::ptrdiff_t>(keyDown) : 1);
     const auto last =
         released ? points.end() : points.begin() + static_cast<std::ptrdiff_t>(keyDown);

@@ -4,6 +4,7 @@
 #include "synth/BlockLoops.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 namespace vexa {
@@ -32,13 +33,11 @@ class EnvelopeCurve {
     /// `level` is the value at note-off, from which the release part starts; ignored before it.
     float Value(float t, bool released, float level) const noexcept;
 
-    /// values[i] = Value(t[i], released, level) for 0 <= i < count, where t never falls. Answers
-    /// whether all the values are the same piece's constant. The cost hardly grows with the number
-    /// of points: the piece is searched for once per block and wherever it ends.
-    bool Values(const float* t, bool released, float level, float* values,
+    /// values[i] = Value(t[i], released, level) for 0 <= i < count, where t never falls. The cost
+    /// hardly grows with the number of points: a piece is searched for once and wherever it ends.
+    void Values(const float* t, bool released, float level, float* values,
                 std::size_t count) const noexcept;
 
-  private:
     /// A stretch of time in which the value is one line, or constant.
     struct Piece {
         EnvelopeLine line;
@@ -46,14 +45,20 @@ class EnvelopeCurve {
         /// The last moment of the stretch; infinite if it has no end.
         float until;
     };
-    /// The piece at t. Only for points in order.
+    /// The piece at t. A list out of order has none: it is answered with one that has ended before
+    /// all times.
     Piece PieceAt(float t, bool released, float level) const noexcept;
 
+    /// Another one for each list of points; never 0.
+    std::uint64_t Number() const noexcept { return number; }
+
+  private:
     float HeldValue(float t) const noexcept;
     float ReleasedValue(float t, float level) const noexcept;
     /// The straight line through points i - 1 and i, at t.
     float Line(std::size_t i, float t) const noexcept;
 
+    std::uint64_t number;
     std::vector<EnvPoint> points;
     float empty;
     /// The first points[keyDown] are key-down points, the others release points.

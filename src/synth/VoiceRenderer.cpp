@@ -1,31 +1,21 @@
 #include "synth/VoiceRenderer.h"
 
-#include "synth/BlockLoops.h"
-#include "synth/Coefficients.h"
 #include "synth/Envelope.h"
 #include "synth/ParameterTable.h"
 #include "synth/Realtime.h"
+#include "synth/VoiceMotion.h"
 
 #include <algorithm>
 
 namespace vexa {
 
-namespace {
-
-constexpr double kTwoPi = 6.28318530718;
-
-} // namespace
-
 /// The work space of one block. Positions and values of all the voices stand one voice after the
 /// other, so that the plane function is called once.
 struct VoiceRenderer::Block {
-    static constexpr std::size_t kPoints = kVoiceSlots * kBlock;
+    static constexpr std::size_t kPoints = kVoiceSlots * kBlock + kSlack;
 
-    // Of one voice.
-    alignas(64) std::array<double, kBlock> seconds, phase, cx, cy;
-    alignas(64) std::array<float, kBlock> t, envCx, envCy, envAx, envAy;
-    // Of all voices.
     alignas(64) std::array<float, kPoints> x, y, s;
+    alignas(64) std::array<float, kRoom> sum;
 };
 
 VoiceRenderer::VoiceRenderer(const ControllerTable& controllers, const sound_param& parameters,
@@ -43,8 +33,12 @@ void VoiceRenderer::Render(float* buffer, std::size_t count) noexcept {
     const kits::Reader::Section reading(reader);
     const PlaneFunction& f = function.Get();
     Block block;
-    for (std::size_t done = 0; done < count; done += kBlock)
-        RenderBlock(f, block, buffer + done, std::min(kBlock, count - done));
+    for (std::size_t done = 0; done < count;) {
+        const std::size_t n = std::min(kBlock - offset, count - done);
+        RenderBlock(f, block, buffer + done, n);
+        done += n;
+        offset = (offset + n) % kBlock;
+    }
     ShowProgress();
 }
 
@@ -60,23 +54,20 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* buf
         filters[voiceCount] = &running[i].filter;
         sounding[voiceCount++] = &running[i];
     }
-    std::fill_n(buffer, count, 0.0F);
-    if (voiceCount == 0)
+    if (voiceCount == 0) {
+        std::fill_n(buffer, count, 0.0F);
         return;
-    const auto line = [count](auto& all, std::size_t k) { return all.data() + k * count; };
-    for (std::size_t k = 0; k < voiceCount; k++)
-        Move(*sounding[k], block, line(block.x, k), line(block.y, k), count);
-    f.Evaluate(block.x.data(), block.y.data(), block.s.data(), voiceCount * count);
-    Loops().LowCut(filters.data(), block.s.data(), voiceCount, count);
-    const float factor = gain;
-    for (std::size_t k = 0; k < voiceCount; k++) {
-        const float* const s = line(block.s, k);
-        sounding[k]->out = s[count - 1];
-        for (std::size_t i = 0; i < count; i++)
-            buffer[i] += s[i];
     }
+    const MotionBlock motion{parameters, controllers, 1.0 / sampleRate, offset, count};
+    for (std::size_t k = 0; k < voiceCount; k += kMovedTogether)
+        Move({&sounding[k], std::min(kMovedTogether, voiceCount - k)}, motion, &block.x[k * count],
+             &block.y[k * count]);
+    f.Evaluate(block.x.data(), block.y.data(), block.s.data(), voiceCount * count);
+    block.sum.fill(0);
+    Loops().LowCut(filters.data(), block.s.data(), voiceCount, count, block.sum.data());
+    const float factor = gain;
     for (std::size_t i = 0; i < count; i++)
-        buffer[i] *= factor;
+        buffer[i] = block.sum[i] * factor;
 }
 
 /// Begins the slot's new note, or its release, if there is one. A note that is being rewritten at
@@ -90,93 +81,51 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot) noexcept {
     if (seen.Changing() || (v.sounds && seen.Changes() == v.changes))
         return;
 
+    // All is read before anything changes, in case that the slot is rewritten meanwhile.
     const uint32 notes = slot.notes;
-    RunningVoice next = v;
-    next.changes = seen.Changes();
-    next.sounds = true;
+    const bool released = slot.released;
+    const bool continues = slot.continues && v.sounds;
+    const float vel = slot.vel, key = slot.key, freq = slot.freq;
+    const float startcx = slot.startcx, startcy = slot.startcy, start = slot.start;
+    const float hpa = slot.hpa, hpb = slot.hpb, hpgain = slot.hpgain;
+    const float heldFor = slot.heldfor;
+    std::array<float, 4> rellevel;
+    std::copy(slot.rellevel.begin(), slot.rellevel.end(), rellevel.begin());
+    if (slot.state.Look() != seen)
+        return;
+
     if (!v.sounds || notes != v.notes) {
-        next.notes = notes;
-        next.released = false;
-        next.vel = slot.vel;
-        next.key = slot.key;
-        next.freq = slot.freq;
-        next.t = 0;
-        next.phasex = next.phasey = 0;
-        next.cx = slot.startcx;
-        next.cy = slot.startcy;
+        v.notes = notes;
+        v.released = false;
+        v.vel = vel;
+        v.key = key;
+        v.freq = freq;
+        v.t = 0;
+        v.cx = startcx;
+        v.cy = startcy;
+        v.x.Restart();
+        v.y.Restart();
         // Charged so that the first sample is what the slot's last one was, without a click.
-        const float d = slot.continues && v.sounds ? slot.start - v.out : float(slot.start);
-        const float hpa = slot.hpa;
-        const float hpb = slot.hpb;
-        next.filter = {hpa, hpb, slot.hpgain, d * (1.0F / (1.0F - hpa)), d * (1.0F / (1.0F - hpb))};
-        next.out = slot.continues && v.sounds ? v.out : 0.0F;
+        const float out = continues ? v.filter.out : 0.0F;
+        const float d = start - out;
+        v.filter = {hpa, hpb, hpgain, d * (1.0F / (1.0F - hpa)), d * (1.0F / (1.0F - hpb)), out};
     }
-    if (slot.released && !next.released) {
-        const float heldFor = slot.heldfor;
+    if (released && !v.released) {
         const auto places = EnvelopePlaces();
         for (std::size_t i = 0; i < places.size(); i++) {
             // A note-off that came while a buffer was rendered took the levels of an earlier time
             // than the voice has reached: taken again, so that nothing jumps.
             const Envelope& envelope = *(parameters.*places[i].target);
-            const auto t = static_cast<float>(next.t);
-            next.rellevel[i] = t == heldFor ? float(slot.rellevel[i]) : envelope.Value(t, false, 0);
+            const auto t = static_cast<float>(v.t);
+            v.rellevel[i] = t == heldFor ? rellevel[i] : envelope.Value(t, false, 0);
         }
-        next.t = 0;
-        next.released = true;
+        v.t = 0;
+        v.released = true;
     }
-    if (slot.state.Look() == seen)
-        v = next;
-}
-
-/// Moves a voice's point over the block: writes its places and advances the voice.
-void VoiceRenderer::Move(RunningVoice& v, Block& block, float* x, float* y,
-                         std::size_t count) noexcept {
-    const sound_param& p = parameters;
-    const EnvelopeCurve& envCx = p.EnvCx->Curve();
-    const EnvelopeCurve& envCy = p.EnvCy->Curve();
-    const EnvelopeCurve& envAx = p.EnvAx->Curve();
-    const EnvelopeCurve& envAy = p.EnvAy->Curve();
-    const auto weights = [this, &v](const CoefficientGroup& group) {
-        return group.For(parameters, controllers, v.vel, v.key);
-    };
-    const Weights dcx = weights(kDcxdt);
-    const Weights dcy = weights(kDcydt);
-    const Weights ax = weights(kAx);
-    const Weights ay = weights(kAy);
-
-    const double dt = 1.0 / sampleRate;
-    const double radiusx = ax.c0 + ax.rest;
-    const double radiusy = ay.c0 + ay.rest;
-    const double turnx = kTwoPi * p.Fx * v.freq * dt;
-    const double turny = kTwoPi * p.Fy * v.freq * dt;
-
-    const BlockLoops& loops = Loops();
-    v.t = loops.Accumulate(v.t, dt, block.seconds.data(), count);
-    loops.Narrow(block.seconds.data(), block.t.data(), count);
-    const auto envelope = [&](const EnvelopeCurve& curve, std::size_t level, auto& values) {
-        return curve.Values(block.t.data(), v.released, v.rellevel[level], values.data(), count);
-    };
-    const auto drift = [&](bool steady, const auto& values, const Weights& speed, double& c,
-                           auto& centres) {
-        if (steady || speed.c0 == 0) {
-            c = loops.Accumulate(c, dt * (values[0] * speed.c0 + speed.rest), centres.data(),
-                                 count);
-            return;
-        }
-        for (std::size_t i = 0; i < count; i++) {
-            centres[i] = c;
-            c += dt * (values[i] * speed.c0 + speed.rest);
-        }
-    };
-    drift(envelope(envCx, 0, block.envCx), block.envCx, dcx, v.cx, block.cx);
-    drift(envelope(envCy, 1, block.envCy), block.envCy, dcy, v.cy, block.cy);
-    envelope(envAx, 2, block.envAx);
-    envelope(envAy, 3, block.envAy);
-
-    v.phasex = loops.Accumulate(v.phasex, turnx, block.phase.data(), count);
-    loops.CosinePlaces(block.phase.data(), block.envAx.data(), radiusx, block.cx.data(), x, count);
-    v.phasey = loops.Accumulate(v.phasey, turny, block.phase.data(), count);
-    loops.SinePlaces(block.phase.data(), block.envAy.data(), radiusy, block.cy.data(), y, count);
+    for (EnvelopeTrack& envelope : v.envelopes)
+        envelope.Restart();
+    v.sounds = true;
+    v.changes = seen.Changes();
 }
 
 void VoiceRenderer::ShowProgress() noexcept {
@@ -186,11 +135,11 @@ void VoiceRenderer::ShowProgress() noexcept {
             continue;
         voice& slot = voices[i];
         slot.t = v.t;
-        slot.phasex = v.phasex;
-        slot.phasey = v.phasey;
+        slot.phasex = v.x.Phase();
+        slot.phasey = v.y.Phase();
         slot.cx = v.cx;
         slot.cy = v.cy;
-        slot.out = v.out;
+        slot.out = v.filter.out;
         slot.rendered = v.changes;
     }
 }

@@ -3,8 +3,8 @@
 
 #include "kits/support/Published.h"
 #include "kits/support/Shared.h"
-#include "synth/BlockLoops.h"
 #include "synth/PlaneFunction.h"
+#include "synth/RunningVoice.h"
 #include "synth/SoundParam.h"
 #include "synth/Voice.h"
 
@@ -45,24 +45,11 @@ class VoiceRenderer {
     void SetSampleRate(double rate) { sampleRate = rate; }
 
   private:
-    /// A note as the media thread plays it.
-    struct RunningVoice {
-        uint32 changes = 0;
-        uint32 notes = 0;
-        bool sounds = false;
-        bool released = false;
-        LowCutFilter filter;
-        std::array<float, 4> rellevel{};
-        float vel = 0, key = 0, freq = 0;
-        double t = 0, phasex = 0, phasey = 0, cx = 0, cy = 0;
-        float out = 0;
-    };
     struct Block;
 
     void TakeUpChange(RunningVoice& running, const voice& slot) noexcept;
     void RenderBlock(const PlaneFunction& f, Block& block, float* buffer,
                      std::size_t count) noexcept;
-    void Move(RunningVoice& running, Block& block, float* x, float* y, std::size_t count) noexcept;
     void ShowProgress() noexcept;
 
     const ControllerTable& controllers;
@@ -72,6 +59,8 @@ class VoiceRenderer {
     kits::Published<PlaneFunction> function{{dummyfunction}};
     double sampleRate = 44100;
     std::array<RunningVoice, kVoiceSlots> running;
+    /// Samples rendered since the beginning of the present cell (Oscillator).
+    std::size_t offset = 0;
     kits::Reader reader;
 };
 

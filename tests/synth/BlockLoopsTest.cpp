@@ -11,6 +11,7 @@ namespace {
 
 using vexa::BlockLoops;
 using vexa::kMostSamples;
+using vexa::kRoom;
 
 /// Each test runs for every instruction set that this machine has.
 class Loops : public testing::TestWithParam<const BlockLoops*> {};
@@ -52,67 +53,114 @@ TEST_P(Loops, AccumulateGivesTheBitsOfOneAdditionAfterTheOther) {
 
 TEST_P(Loops, SineAndCosineAreExactToTheTwelfthDigit) {
     std::mt19937_64 random(1);
-    const std::array<float, kMostSamples> ones = [] {
-        std::array<float, kMostSamples> values;
-        values.fill(1);
-        return values;
-    }();
-    // A large radius shows more digits of the sine than a float of size 1 has; the centre takes
-    // the leading ones away.
-    constexpr double kRadius = 1e9;
     for (const double range : {1.6, 100.0, 1e6, 9.9e9, 1e15}) {
         double worst = 0;
         for (int repeat = 0; repeat < 200; repeat++) {
-            std::array<double, kMostSamples> phase, sines, cosines;
-            std::array<float, kMostSamples> x, y;
-            for (std::size_t i = 0; i < phase.size(); i++) {
-                phase[i] = (double(random() >> 11) * 0x1p-52 - 1) * range;
-                cosines[i] = -kRadius * std::cos(phase[i]);
-                sines[i] = -kRadius * std::sin(phase[i]);
-            }
-            GetParam()->CosinePlaces(phase.data(), ones.data(), kRadius, cosines.data(), x.data(),
-                                     phase.size());
-            GetParam()->SinePlaces(phase.data(), ones.data(), kRadius, sines.data(), y.data(),
-                                   phase.size());
+            std::array<double, kRoom> phase, sines, cosines;
+            for (double& p : phase)
+                p = (double(random() >> 11) * 0x1p-52 - 1) * range;
+            GetParam()->Waves(phase.data(), sines.data(), cosines.data(), phase.size());
             for (std::size_t i = 0; i < phase.size(); i++)
-                worst = std::max({worst, std::abs(x[i] / kRadius), std::abs(y[i] / kRadius)});
+                worst = std::max({worst, std::abs(sines[i] - std::sin(phase[i])),
+                                  std::abs(cosines[i] - std::cos(phase[i]))});
         }
         EXPECT_LT(worst, 1e-12) << "for phases up to " << range;
     }
 }
 
-TEST_P(Loops, LowCutIsTheFormulaAndTheSameOnAllMachines) {
-    constexpr std::size_t kVoices = 7;
-    std::mt19937 random(1);
-    std::array<vexa::LowCutFilter, kVoices> is, should, best;
-    std::array<vexa::LowCutFilter*, kVoices> filters, bestFilters;
-    for (std::size_t k = 0; k < kVoices; k++) {
-        const float decay = std::exp2(-0.001F * float(1 << k));
-        is[k] = {decay, decay * decay, (1 - decay * decay) / decay, 3, -2};
-        should[k] = best[k] = is[k];
-        filters[k] = &is[k];
-        bestFilters[k] = &best[k];
+/// Each way to have a radius and a centre, over blocks of any length.
+TEST_P(Loops, PlacesAreRadiusTimesWavePlusCentre) {
+    std::array<double, kRoom> cosines, sines, centres;
+    std::array<float, kRoom> envelope;
+    for (std::size_t i = 0; i < kRoom; i++) {
+        cosines[i] = std::cos(double(i));
+        sines[i] = std::sin(double(i));
+        centres[i] = double(i * i) / 7;
+        envelope[i] = float(i) / 11;
     }
-    for (int block = 0; block < 100; block++) {
-        const std::size_t count = 1 + random() % kMostSamples;
-        std::vector<float> input(kVoices * count);
-        for (float& s : input)
-            s = random() % 100 == 0 ? INFINITY : float(random()) / 2147483648.0F - 1;
-        std::vector<float> output = input;
-        std::vector<float> bestOutput = input;
-        GetParam()->LowCut(filters.data(), output.data(), kVoices, count);
-        vexa::Loops().LowCut(bestFilters.data(), bestOutput.data(), kVoices, count);
-        EXPECT_EQ(output, bestOutput);
-        for (std::size_t k = 0; k < kVoices; k++) {
-            for (std::size_t i = 0; i < count; i++) {
-                vexa::LowCutFilter& f = should[k];
-                const float s = std::isfinite(input[k * count + i]) ? input[k * count + i] : 0;
-                const double w0 = double(f.hpa) * f.hpsum0 + s;
-                const double w1 = double(f.hpb) * f.hpsum1 + s;
-                f.hpsum0 = float(w0);
-                f.hpsum1 = float(w1);
-                ASSERT_NEAR(output[k * count + i], float(s - f.hpgain * (w0 - w1)), 1e-7);
+    for (const std::size_t count : {std::size_t{1}, std::size_t{17}, kMostSamples}) {
+        for (const bool enveloped : {false, true}) {
+            for (const bool drifting : {false, true}) {
+                const vexa::Coordinate c{0.6,          0.8,  cosines.data(),
+                                         sines.data(), 1.7,  enveloped ? envelope.data() : nullptr,
+                                         -3,           0.01, drifting ? centres.data() : nullptr};
+                std::array<float, kRoom> place;
+                GetParam()->Places(c, place.data(), count);
+                for (std::size_t i = 0; i < count; i++) {
+                    const double radius = enveloped ? envelope[i] * 1.7 : 1.7;
+                    const double centre = drifting ? centres[i] : -3 + double(i) * 0.01;
+                    ASSERT_EQ(place[i],
+                              float(radius * (0.6 * cosines[i] + 0.8 * sines[i]) + centre));
+                }
             }
+        }
+    }
+}
+
+TEST_P(Loops, DriftsAddTheirSpeedsOneAfterTheOther) {
+    constexpr std::size_t kMost = 8;
+    std::array<std::array<float, kRoom>, kMost> envelopes;
+    std::array<std::array<double, kRoom>, kMost> centres;
+    for (std::size_t number = 1; number <= kMost; number++) {
+        std::array<double, kMost> is, should;
+        std::vector<vexa::Drift> drifts;
+        for (std::size_t k = 0; k < number; k++) {
+            for (std::size_t i = 0; i < kRoom; i++)
+                envelopes[k][i] = float(std::sin(double(i + 9 * k)));
+            is[k] = should[k] = double(k);
+            drifts.push_back({envelopes[k].data(), 0.3 * double(k), 0.1, 1.0 / 44100, &is[k],
+                              centres[k].data()});
+        }
+        GetParam()->Drifts(drifts.data(), number, 50);
+        for (std::size_t k = 0; k < number; k++) {
+            for (std::size_t i = 0; i < 50; i++) {
+                ASSERT_EQ(centres[k][i], should[k]);
+                should[k] += 1.0 / 44100 * (envelopes[k][i] * (0.3 * double(k)) + 0.1);
+            }
+            EXPECT_EQ(is[k], should[k]);
+        }
+    }
+}
+
+TEST_P(Loops, LowCutIsTheFormulaAndTheSameOnAllMachines) {
+    for (const std::size_t voices : {1, 3, 4, 6, 13, 21}) {
+        std::mt19937 random(1);
+        std::vector<vexa::LowCutFilter> is, should, best;
+        std::vector<vexa::LowCutFilter*> filters, bestFilters;
+        for (std::size_t k = 0; k < voices; k++) {
+            const float decay = std::exp2(-0.001F * float(1 + k * k));
+            is.push_back({decay, decay * decay, (1 - decay * decay) / decay, 3, -2, 0});
+        }
+        should = best = is;
+        for (std::size_t k = 0; k < voices; k++) {
+            filters.push_back(&is[k]);
+            bestFilters.push_back(&best[k]);
+        }
+        for (int block = 0; block < 100; block++) {
+            const std::size_t count = 1 + random() % kMostSamples;
+            std::vector<float> input(voices * count + vexa::kSlack);
+            for (float& s : input)
+                s = random() % 100 == 0 ? INFINITY : float(random()) / 2147483648.0F - 1;
+            std::array<float, kRoom> sum{}, bestSum{};
+            GetParam()->LowCut(filters.data(), input.data(), voices, count, sum.data());
+            vexa::Loops().LowCut(bestFilters.data(), input.data(), voices, count, bestSum.data());
+            for (std::size_t i = 0; i < count; i++) {
+                double shouldSum = 0;
+                for (std::size_t k = 0; k < voices; k++) {
+                    vexa::LowCutFilter& f = should[k];
+                    const float s = std::isfinite(input[k * count + i]) ? input[k * count + i] : 0;
+                    const double w0 = double(f.hpa) * f.hpsum0 + s;
+                    const double w1 = double(f.hpb) * f.hpsum1 + s;
+                    f.hpsum0 = float(w0);
+                    f.hpsum1 = float(w1);
+                    f.out = float(s - f.hpgain * (w0 - w1));
+                    shouldSum += f.out;
+                }
+                ASSERT_EQ(sum[i], bestSum[i]);
+                ASSERT_NEAR(sum[i], shouldSum, 1e-7 * double(voices));
+            }
+            for (std::size_t k = 0; k < voices; k++)
+                ASSERT_NEAR(is[k].out, should[k].out, 1e-7);
         }
     }
 }

@@ -1,0 +1,32 @@
+// A note as the media thread plays it.
+#pragma once
+
+#include "synth/BlockLoops.h"
+#include "synth/EnvelopeTrack.h"
+#include "synth/Oscillator.h"
+#include "synth/ParameterTable.h"
+
+#include <array>
+
+namespace vexa {
+
+/// The running state of one voice; its slot in the voice table shows what others may know of it.
+struct RunningVoice {
+    /// Of the slot's state and of its notes, as they were taken up.
+    uint32 changes = 0;
+    uint32 notes = 0;
+    bool sounds = false;
+    bool released = false;
+    float vel = 0, key = 0, freq = 0;
+    /// Seconds since note-on or, once released, since note-off.
+    double t = 0;
+    /// The orbit's centre.
+    double cx = 0, cy = 0;
+    Oscillator x, y;
+    /// The four envelopes (EnvelopePlaces), and their values at note-off.
+    std::array<EnvelopeTrack, 4> envelopes;
+    std::array<float, 4> rellevel{};
+    LowCutFilter filter;
+};
+
+} // namespace vexa

@@ -69,6 +69,8 @@ std::string Describe(const kits::ChildResult& result, const kits::ChildLimits& l
 // The options after -O3 let the compiler use the vector instructions of this machine and leave
 // every result as C defines it: no fused operations, no reordering; what is given up is errno and
 // the floating-point exception flags, which nobody reads. -fwrapv defines the overflow of integers.
+// An add-on has nothing to set up and calls nothing but the maths library, and left without all
+// else, and without the plugin for link-time optimisation, it is linked in half the time.
 std::vector<std::string> FunctionCompiler::Command(const char* source, const char* addon) {
     return {"gcc",
             "-shared",
@@ -79,10 +81,13 @@ std::vector<std::string> FunctionCompiler::Command(const char* source, const cha
             "-fno-math-errno",
             "-fno-trapping-math",
             "-fwrapv",
+            "-nostdlib",
+            "-fno-use-linker-plugin",
             "-o",
             addon,
             source,
-            "-lm"};
+            "-lm",
+            "-lgcc"};
 }
 
 FunctionCompiler::FunctionCompiler(const fs::path& programFolder, kits::ChildLimits childLimits)

@@ -21,9 +21,9 @@ void StrikeChord(int voices, const std::function<void(int note)>& strike) {
 }
 
 /// Time per voice and sample, as an inverted rate.
-void Report(benchmark::State& state, int voices) {
+void Report(benchmark::State& state, int voices, std::size_t count = kBlock) {
     state.counters["per_voice_sample"] =
-        benchmark::Counter(double(state.iterations()) * kBlock * voices,
+        benchmark::Counter(double(state.iterations()) * double(count) * voices,
                            benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 
@@ -53,44 +53,56 @@ void Reference(benchmark::State& state, const vexa::PlaneFunction& function, int
     Report(state, voices);
 }
 
-/// 20 voices whose four envelopes have so many points, over ten minutes that no run reaches.
-void EnvelopePoints(benchmark::State& state) {
-    static const vexa::PlaneFunction function = bench::Compiled(bench::kDefault);
-    vexa::Instrument instrument;
-    test::MakeRich(instrument);
-    test::Points points;
-    for (int i = 0; i < state.range(0); i++)
-        points.push_back({600 * float(i) / float(state.range(0) - 1), false, float(1 + i % 2) / 2});
-    for (vexa::Envelope& envelope : instrument.envelopes)
-        test::SetEnvelope(envelope, points);
-    instrument.SetFunction(function);
-    StrikeChord(20, [&](int note) { instrument.consumer.NoteOn(0, uchar(note), 100, 0); });
-    std::array<float, kBlock> buffer;
-    for (auto _ : state) {
-        instrument.renderer.Render(buffer.data(), kBlock);
-        benchmark::DoNotOptimize(buffer);
-    }
-    Report(state, 20);
-}
-BENCHMARK(EnvelopePoints)->Arg(2)->Arg(8)->Arg(64);
-
-/// 20 voices, so many samples at a time.
-void BlockLength(benchmark::State& state) {
+/// 20 voices of the default expression, `count` samples at a time, prepared by `prepare` once they
+/// are struck.
+void Render20(
+    benchmark::State& state, std::size_t count,
+    const std::function<void(vexa::Instrument&)>& prepare = [](auto&) {}) {
     static const vexa::PlaneFunction function = bench::Compiled(bench::kDefault);
     vexa::Instrument instrument;
     test::MakeRich(instrument);
     instrument.SetFunction(function);
     StrikeChord(20, [&](int note) { instrument.consumer.NoteOn(0, uchar(note), 100, 0); });
-    std::vector<float> buffer(static_cast<std::size_t>(state.range(0)));
+    prepare(instrument);
+    std::vector<float> buffer(count);
     for (auto _ : state) {
         instrument.renderer.Render(buffer.data(), buffer.size());
         benchmark::DoNotOptimize(buffer.data());
     }
-    state.counters["per_voice_sample"] =
-        benchmark::Counter(double(state.iterations()) * double(state.range(0)) * 20,
-                           benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+    Report(state, 20, count);
+}
+
+/// Four envelopes of so many points, over ten minutes that no run reaches.
+void EnvelopePoints(benchmark::State& state) {
+    Render20(state, kBlock, [&state](vexa::Instrument& instrument) {
+        test::Points points;
+        for (int i = 0; i < state.range(0); i++)
+            points.push_back(
+                {600 * float(i) / float(state.range(0) - 1), false, float(1 + i % 2) / 2});
+        for (vexa::Envelope& envelope : instrument.envelopes)
+            test::SetEnvelope(envelope, points);
+    });
+}
+BENCHMARK(EnvelopePoints)->Arg(2)->Arg(8)->Arg(64);
+
+/// So many samples at a time.
+void BlockLength(benchmark::State& state) {
+    Render20(state, static_cast<std::size_t>(state.range(0)));
 }
 BENCHMARK(BlockLength)->RangeMultiplier(4)->Range(16, 1024);
+
+/// Notes that have sounded for so many hours, which pass in one block.
+void NoteHours(benchmark::State& state) {
+    Render20(state, kBlock, [&state](vexa::Instrument& instrument) {
+        if (state.range(0) == 0)
+            return;
+        std::array<float, kBlock> skipped;
+        instrument.renderer.SetSampleRate(kBlock / (3600.0 * double(state.range(0))));
+        instrument.renderer.Render(skipped.data(), skipped.size());
+        instrument.renderer.SetSampleRate(44100);
+    });
+}
+BENCHMARK(NoteHours)->Arg(0)->Arg(10);
 
 /// Reference and product in turns, so that both meet the same machine.
 void Compare(const std::string& name, const vexa::PlaneFunction& function) {

@@ -62,6 +62,7 @@ def main():
         "voices": compared(voices, ["function", "voices"], 1e9, 2),
         "envelopes": row(voices, "EnvelopePoints", "points"),
         "blocks": row(voices, "BlockLength", "samples"),
+        "hours": row(voices, "NoteHours", "hours"),
         "pictures": compared(pictures, ["function", "side"], 1, 0),
     }
     text = PAGE.read_text()

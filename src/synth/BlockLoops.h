@@ -21,18 +21,28 @@ constexpr std::size_t kMostSamples = 64;
 constexpr std::size_t kSlack = 16;
 constexpr std::size_t kRoom = kMostSamples + kSlack;
 
-/// One coordinate of an orbit over a block: radius[i] wave[i] + centre[i].
+/// Sines and cosines of the multiples of a phase's step: of 0 to 7 steps, and of 0 to 7 times
+/// eight.
+struct StepWaves {
+    alignas(64) double sines[8], cosines[8], eightSines[8], eightCosines[8];
+};
+
+/// One coordinate of an orbit over a block: place[i] = radius[i] wave[i] + centre[i].
 struct Coordinate {
-    /// wave[i] = a cosines[i] + b sines[i]
-    double a, b;
-    const double* cosines;
-    const double* sines;
+    /// Where there are steps, wave[i] is the sine after offset + i of them, or any other wave of
+    /// that phase, whose value at the beginning is `value` and whose derivative by the phase is
+    /// `slope` there; offset + count <= kMostSamples. Otherwise the waves are given.
+    const StepWaves* steps;
+    double value, slope;
+    std::size_t offset;
+    const double* waves;
     /// radius[i] = envelope[i] radius, or just radius where there is no envelope.
     double radius;
     const float* envelope;
-    /// centre[i] = centre + i drift, or centres[i] where there are some.
+    /// centre[i] = centre + i drift, or centres[i] where these are given.
     double centre, drift;
     const double* centres;
+    float* place;
 };
 
 /// A centre that drifts at a changing speed.
@@ -65,8 +75,8 @@ struct BlockLoops {
     /// to 1e10, plus what rounding the phase's multiple of pi leaves; beyond, they are the C
     /// library's.
     void (*Waves)(const double* phase, double* sines, double* cosines, std::size_t count);
-    /// place[i] = the coordinate, rounded.
-    void (*Places)(const Coordinate& coordinate, float* place, std::size_t count);
+    /// Writes the places of `number` coordinates, one after the other, each rounded.
+    void (*Places)(const Coordinate* coordinates, std::size_t number, std::size_t count);
     /// Lets `number` centres drift, each addition rounded; several in turns, as each waits for its
     /// last sum.
     void (*Drifts)(const Drift* drifts, std::size_t number, std::size_t count);

@@ -13,6 +13,16 @@ struct Weights {
     double rest;
 };
 
+/// The coefficients of one sum at one moment, with the controller.
+struct Coefficients {
+    double c0, c1, c2, c3;
+    double control;
+
+    Weights For(float vel, float key) const noexcept {
+        return {c0, c1 * vel + c2 * key + c3 * control};
+    }
+};
+
 /// Where the coefficients of one sum stand in a sound_param.
 struct CoefficientGroup {
     kits::Shared<float> sound_param::*c0;
@@ -21,11 +31,14 @@ struct CoefficientGroup {
     kits::Shared<float> sound_param::*c3;
     kits::Shared<int32> sound_param::*c4;
 
-    /// With the note's Vel and Key and the present controllers. Any thread.
+    /// As they are now. Any thread.
+    Coefficients Now(const sound_param& p, const ControllerTable& controllers) const noexcept {
+        return {p.*c0, p.*c1, p.*c2, p.*c3, controllers[p.*c4 & 127]};
+    }
+    /// The sum as it is now. Any thread.
     Weights For(const sound_param& p, const ControllerTable& controllers, float vel,
                 float key) const noexcept {
-        const float control = controllers[p.*c4 & 127];
-        return {p.*c0, double(p.*c1) * vel + double(p.*c2) * key + double(p.*c3) * control};
+        return Now(p, controllers).For(vel, key);
     }
 };
 

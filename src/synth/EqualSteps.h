@@ -16,7 +16,8 @@ static inline double RoundedStep(double start, double step) noexcept {
 ///
 /// As long as a sum stays in one binade, the doubles there are a grid, and adding `step` always
 /// adds the same multiple `rounded` of the grid's width. Not so if step lies in the middle of two
-/// multiples, where the rounding depends on the sum, nor at a binade's edge.
+/// multiples, where the rounding depends on the sum, nor for a sum that comes down to the binade's
+/// edge.
 static inline bool AddsTheSame(double start, double step, double rounded, double last) noexcept {
     if (step == 0)
         return true;
@@ -24,11 +25,10 @@ static inline bool AddsTheSame(double start, double step, double rounded, double
     constexpr Bits kMantissa = (Bits{1} << 52) - 1;
     const Bits bits = __builtin_bit_cast(Bits, start);
     const Bits lastBits = __builtin_bit_cast(Bits, last);
-    if ((bits & ~kMantissa) != (lastBits & ~kMantissa) || (bits & kMantissa) == 0 ||
-        (lastBits & kMantissa) == 0)
+    if ((bits & ~kMantissa) != (lastBits & ~kMantissa) || (lastBits & kMantissa) == 0)
         return false;
-    const double below = __builtin_bit_cast(double, bits - 1);
-    return 2 * __builtin_fabs(step - rounded) < __builtin_fabs(start - below);
+    const double next = __builtin_bit_cast(double, bits + 1);
+    return 2 * __builtin_fabs(step - rounded) < __builtin_fabs(next - start);
 }
 
 } // namespace vexa

@@ -1,34 +1,39 @@
 #include "synth/Oscillator.h"
 
-#include "synth/EqualSteps.h"
+#include <algorithm>
 
 namespace vexa {
 
-double Oscillator::Begin(double newTurn, std::size_t newOffset) noexcept {
-    turn = newTurn;
-    offset = newOffset;
-    step = RoundedStep(phase, turn);
-    // Exact where the steps are even.
-    const double begin = phase - static_cast<double>(offset) * step;
-    even = AddsTheSame(begin, turn, step, begin + static_cast<double>(kMostSamples) * step);
-    return begin;
-}
-
-Oscillator::Waves Oscillator::Advance(double sine, double cosine, std::size_t count,
-                                      Space& space) noexcept {
+void Oscillator::Advance(Wave wave, double sine, double cosine, std::size_t count, double* space,
+                         Coordinate& coordinate) noexcept {
     if (!even) {
-        phase = Loops().Accumulate(phase, turn, space.phase.data(), count);
-        Loops().Waves(space.phase.data(), space.sines.data(), space.cosines.data(), count);
-        return {0, 1, space.sines.data(), space.cosines.data()};
+        AdvanceUnevenly(wave, count, space);
+        coordinate.steps = nullptr;
+        coordinate.waves = space;
+        return;
     }
     phase += static_cast<double>(count) * step;
     if (step != keptStep) {
-        for (std::size_t i = 0; i < kRoom; i++)
-            space.phase[i] = static_cast<double>(i) * step;
-        Loops().Waves(space.phase.data(), sines.data(), cosines.data(), kRoom);
+        std::array<double, 8> phases, eightPhases;
+        for (std::size_t i = 0; i < 8; i++) {
+            phases[i] = static_cast<double>(i) * step;
+            eightPhases[i] = 8 * phases[i];
+        }
+        Loops().Waves(phases.data(), waves.sines, waves.cosines, 8);
+        Loops().Waves(eightPhases.data(), waves.eightSines, waves.eightCosines, 8);
         keptStep = step;
     }
-    return {sine, cosine, sines.data() + offset, cosines.data() + offset};
+    coordinate.steps = &waves;
+    coordinate.offset = offset;
+    coordinate.value = wave == Wave::sine ? sine : cosine;
+    coordinate.slope = wave == Wave::sine ? cosine : -sine;
+}
+
+void Oscillator::AdvanceUnevenly(Wave wave, std::size_t count, double* result) noexcept {
+    std::array<double, kRoom> phases, sines, cosines;
+    phase = Loops().Accumulate(phase, turn, phases.data(), count);
+    Loops().Waves(phases.data(), sines.data(), cosines.data(), count);
+    std::copy_n((wave == Wave::sine ? sines : cosines).data(), count, result);
 }
 
 } // namespace vexa

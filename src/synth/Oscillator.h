@@ -2,8 +2,8 @@
 #pragma once
 
 #include "synth/BlockLoops.h"
+#include "synth/EqualSteps.h"
 
-#include <array>
 #include <cstddef>
 #include <limits>
 
@@ -13,8 +13,8 @@ namespace vexa {
 ///
 /// Where the rounded steps are equal too, sine and cosine come from the angle addition theorem:
 /// from those of the phase at the beginning of the cell, which is the stretch of kMostSamples
-/// samples that the block lies in, and from those of 0, 1, 2... steps, which are kept. So few sines
-/// are computed, and none depends on where in a cell blocks are cut. Media thread.
+/// samples that the block lies in, and from those of some steps, which are kept. So few sines are
+/// computed, and none depends on where in a cell blocks are cut. Media thread.
 class Oscillator {
   public:
     /// Radians, never wrapped.
@@ -22,34 +22,37 @@ class Oscillator {
     void Restart() { phase = 0; }
 
     /// Begins a block `offset` samples after its cell; `turn` is the phase's step. Answers the
-    /// phase at the beginning of the cell, whose waves Advance needs.
-    double Begin(double turn, std::size_t offset) noexcept;
+    /// phase at the beginning of the cell, whose sine and cosine Advance needs.
+    double Begin(double newTurn, std::size_t newOffset) noexcept {
+        turn = newTurn;
+        offset = newOffset;
+        step = RoundedStep(phase, turn);
+        // Exact where the steps are even.
+        const double begin = phase - static_cast<double>(offset) * step;
+        even = AddsTheSame(begin, turn, step, begin + static_cast<double>(kMostSamples) * step);
+        return begin;
+    }
 
-    /// The waves of a block: sin(phase) as cosine sines[i] + sine cosines[i], cos(phase) as
-    /// cosine cosines[i] - sine sines[i].
-    struct Waves {
-        double sine, cosine;
-        const double* sines;
-        const double* cosines;
-    };
-    /// Where the waves of a block whose steps are not equal stand.
-    struct Space {
-        alignas(64) std::array<double, kRoom> phase, sines, cosines;
-    };
-    /// The waves of the next `count` samples, with the sine and the cosine of what Begin answered.
-    /// They stand until `space` is used again.
-    Waves Advance(double sine, double cosine, std::size_t count, Space& space) noexcept;
+    /// Which wave of the phase is wanted.
+    enum class Wave { sine, cosine };
+    /// Fills in the waves of a coordinate for the next `count` samples, with the sine and the
+    /// cosine of what Begin answered. What is written to `space`, of kRoom values, must stand as
+    /// long as the coordinate is used.
+    void Advance(Wave wave, double sine, double cosine, std::size_t count, double* space,
+                 Coordinate& coordinate) noexcept;
 
   private:
+    void AdvanceUnevenly(Wave wave, std::size_t count, double* waves) noexcept;
+
     double phase = 0;
     double turn = 0;
     std::size_t offset = 0;
     /// What adding `turn` adds in this cell, and whether it always does.
     double step = 0;
     bool even = false;
-    /// Of the multiples of keptStep.
+    /// What `waves` is of.
     double keptStep = std::numeric_limits<double>::quiet_NaN();
-    alignas(64) std::array<double, kRoom> sines, cosines;
+    StepWaves waves;
 };
 
 } // namespace vexa

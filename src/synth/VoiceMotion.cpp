@@ -1,6 +1,5 @@
 #include "synth/VoiceMotion.h"
 
-#include "synth/Coefficients.h"
 #include "synth/Envelope.h"
 #include "synth/EqualSteps.h"
 
@@ -10,166 +9,155 @@ namespace {
 
 constexpr double kTwoPi = 6.28318530718;
 
-template<class T>
-using Line = std::array<T, kRoom>;
+} // namespace
 
-/// The work space of one voice.
-struct VoiceSpace {
-    alignas(64) Line<double> seconds;
-    alignas(64) Line<float> t;
-    alignas(64) std::array<Line<float>, 4> envelopes;
-    alignas(64) std::array<Line<double>, 2> centres;
-    /// The two coordinates; their waves come last.
-    std::array<Coordinate, 2> coordinates;
+/// Work space of one coordinate of one voice.
+struct VoiceMotion::Space {
+    alignas(64) std::array<double, kRoom> waves, centres;
+    alignas(64) std::array<float, kRoom> driftEnvelope, radiusEnvelope;
 };
 
-/// The envelopes of one voice over a block.
-class Envelopes {
+/// The times of one voice over the block; written only where an envelope asks for them.
+class VoiceMotion::Times {
   public:
-    Envelopes(RunningVoice& v, const MotionBlock& block, VoiceSpace& space)
-        : v(v), block(block), space(space), begin(v.t) {
-        const double dt = block.dt;
-        const double step = RoundedStep(v.t, dt);
-        const double end = v.t + static_cast<double>(block.count) * step;
-        first = static_cast<float>(v.t);
-        last = static_cast<float>(end + dt);
-        if (AddsTheSame(v.t, dt, step, end))
+    Times(RunningVoice& v, double dt, std::size_t count) : v(v), dt(dt), count(count), begin(v.t) {
+        const double step = RoundedStep(begin, dt);
+        const double end = begin + static_cast<double>(count) * step;
+        if (AddsTheSame(begin, dt, step, end))
             v.t = end;
         else
-            TellTimes();
+            Tell();
+        first = static_cast<float>(begin);
+        last = static_cast<float>(v.t);
     }
 
-    /// Null where envelope `number` keeps its value, which is written to `value`; otherwise its
-    /// values.
-    const float* Follow(const Envelope* envelope, std::size_t number, float& value) {
-        const EnvelopeCurve& curve = envelope->Curve();
+    /// Null where the envelope keeps its value, which is written to `value`; otherwise its values,
+    /// which are in `space`.
+    const float* Follow(const Axis::NumberedCurve& envelope, float* space, float& value) {
+        const auto& [curve, number] = envelope;
         EnvelopeTrack& track = v.envelopes[number];
         const float level = v.rellevel[number];
         if (track.Holds(curve, first, last, v.released, level)) {
             value = track.Value();
             return nullptr;
         }
-        if (!timesTold)
-            TellTimes();
-        float* const values = space.envelopes[number].data();
-        track.Values(curve, space.t.data(), v.released, level, values, block.count);
-        return values;
+        if (!told)
+            Tell();
+        track.Values(curve, t.data(), v.released, level, space, count);
+        return space;
     }
 
   private:
-    void TellTimes() {
-        v.t = Loops().Accumulate(begin, block.dt, space.seconds.data(), block.count);
-        Loops().Narrow(space.seconds.data(), space.t.data(), block.count);
-        timesTold = true;
+    void Tell() {
+        v.t = Loops().Accumulate(begin, dt, seconds.data(), count);
+        Loops().Narrow(seconds.data(), t.data(), count);
+        told = true;
     }
 
     RunningVoice& v;
-    const MotionBlock& block;
-    VoiceSpace& space;
+    double dt;
+    std::size_t count;
     double begin;
     /// The times are between these.
     float first, last;
-    bool timesTold = false;
-};
-
-/// Radii and centres of one voice. A centre that drifts at a changing speed is added to `drifts`.
-class Course {
-  public:
-    Course(RunningVoice& v, const MotionBlock& block, VoiceSpace& space)
-        : v(v), block(block), space(space), envelopes(v, block, space) {}
-
-    void Radius(std::size_t coordinate, const Envelope* envelope, std::size_t number,
-                const CoefficientGroup& group) {
-        Coordinate& c = space.coordinates[coordinate];
-        const Weights weights = WeightsOf(group);
-        c.radius = weights.c0 + weights.rest;
-        float value = 0;
-        c.envelope = envelopes.Follow(envelope, number, value);
-        if (!c.envelope)
-            c.radius *= value;
-    }
-
-    void Centre(std::size_t coordinate, const Envelope* envelope, std::size_t number,
-                const CoefficientGroup& group, double& centre, auto& drifts) {
-        Coordinate& c = space.coordinates[coordinate];
-        const Weights weights = WeightsOf(group);
-        float value = 0;
-        const float* const values =
-            weights.c0 == 0 ? nullptr : envelopes.Follow(envelope, number, value);
-        double* const centres = space.centres[coordinate].data();
-        c.centres = centres;
-        if (values) {
-            drifts.Add({values, weights.c0, weights.rest, block.dt, &centre, centres});
-            return;
-        }
-        const double step = block.dt * (value * weights.c0 + weights.rest);
-        c.centre = centre;
-        c.drift = RoundedStep(centre, step);
-        const double end = centre + static_cast<double>(block.count) * c.drift;
-        if (AddsTheSame(centre, step, c.drift, end)) {
-            c.centres = nullptr;
-            centre = end;
-        } else {
-            centre = Loops().Accumulate(centre, step, centres, block.count);
-        }
-    }
-
-  private:
-    Weights WeightsOf(const CoefficientGroup& group) const {
-        return group.For(block.parameters, block.controllers, v.vel, v.key);
-    }
-
-    RunningVoice& v;
-    const MotionBlock& block;
-    VoiceSpace& space;
-    Envelopes envelopes;
+    bool told = false;
+    alignas(64) std::array<double, kRoom> seconds;
+    alignas(64) std::array<float, kRoom> t;
 };
 
 /// The centres that drift at changing speeds.
-struct Drifts {
-    std::array<Drift, 2 * kMovedTogether> all;
-    std::size_t count = 0;
+class VoiceMotion::Drifts {
+  public:
+    void Add(const Drift& drift) { drifts[number++] = drift; }
+    void Run(std::size_t count) const { Loops().Drifts(drifts.data(), number, count); }
 
-    void Add(const Drift& drift) { all[count++] = drift; }
+  private:
+    std::array<Drift, 2 * kTogether> drifts;
+    std::size_t number = 0;
 };
 
-} // namespace
+VoiceMotion::VoiceMotion(const sound_param& p, const ControllerTable& controllers, double dt,
+                         std::size_t offset, std::size_t count) noexcept
+    : dt(dt),
+      offset(offset),
+      count(count),
+      x{kDcxdt.Now(p, controllers),
+        kAx.Now(p, controllers),
+        {p.EnvCx->Curve(), 0},
+        {p.EnvAx->Curve(), 2},
+        kTwoPi * p.Fx},
+      y{kDcydt.Now(p, controllers),
+        kAy.Now(p, controllers),
+        {p.EnvCy->Curve(), 1},
+        {p.EnvAy->Curve(), 3},
+        kTwoPi * p.Fy} {}
 
-void Move(std::span<RunningVoice* const> voices, const MotionBlock& block, float* x,
-          float* y) noexcept {
-    const sound_param& p = block.parameters;
-    const BlockLoops& loops = Loops();
-    std::array<VoiceSpace, kMovedTogether> spaces;
+void VoiceMotion::PutRadius(const Axis& axis, const RunningVoice& v, Times& times, Space& space,
+                            Coordinate& c) const noexcept {
+    const Weights weights = axis.radius.For(v.vel, v.key);
+    c.radius = weights.c0 + weights.rest;
+    float value = 0;
+    c.envelope = times.Follow(axis.radiusEnvelope, space.radiusEnvelope.data(), value);
+    if (!c.envelope)
+        c.radius *= value;
+}
+
+void VoiceMotion::PutCentre(const Axis& axis, const RunningVoice& v, double& centre, Times& times,
+                            Drifts& drifts, Space& space, Coordinate& c) const noexcept {
+    const Weights weights = axis.drift.For(v.vel, v.key);
+    float value = 0;
+    const float* const values =
+        weights.c0 == 0 ? nullptr
+                        : times.Follow(axis.driftEnvelope, space.driftEnvelope.data(), value);
+    double* const centres = space.centres.data();
+    c.centres = centres;
+    if (values) {
+        drifts.Add({values, weights.c0, weights.rest, dt, &centre, centres});
+        return;
+    }
+    const double step = dt * (value * weights.c0 + weights.rest);
+    c.centre = centre;
+    c.drift = RoundedStep(centre, step);
+    const double end = centre + static_cast<double>(count) * c.drift;
+    if (AddsTheSame(centre, step, c.drift, end)) {
+        c.centres = nullptr;
+        centre = end;
+    } else {
+        centre = Loops().Accumulate(centre, step, centres, count);
+    }
+}
+
+void VoiceMotion::Move(std::span<RunningVoice* const> voices, float* placesx,
+                       float* placesy) const noexcept {
+    // Of x and y by turns.
+    constexpr std::size_t kMost = 2 * kTogether;
+    std::array<Space, kMost> spaces;
+    std::array<Coordinate, kMost> coordinates;
+    std::array<double, kMost> phases, sines, cosines;
     Drifts drifts;
-    alignas(64) std::array<double, 2 * kMovedTogether> phases, sines, cosines;
     for (std::size_t k = 0; k < voices.size(); k++) {
         RunningVoice& v = *voices[k];
-        Course course(v, block, spaces[k]);
-        course.Centre(0, p.EnvCx, 0, kDcxdt, v.cx, drifts);
-        course.Centre(1, p.EnvCy, 1, kDcydt, v.cy, drifts);
-        course.Radius(0, p.EnvAx, 2, kAx);
-        course.Radius(1, p.EnvAy, 3, kAy);
-        phases[2 * k] = v.x.Begin(kTwoPi * p.Fx * v.freq * block.dt, block.offset);
-        phases[2 * k + 1] = v.y.Begin(kTwoPi * p.Fy * v.freq * block.dt, block.offset);
+        Times times(v, dt, count);
+        PutCentre(x, v, v.cx, times, drifts, spaces[2 * k], coordinates[2 * k]);
+        PutCentre(y, v, v.cy, times, drifts, spaces[2 * k + 1], coordinates[2 * k + 1]);
+        PutRadius(x, v, times, spaces[2 * k], coordinates[2 * k]);
+        PutRadius(y, v, times, spaces[2 * k + 1], coordinates[2 * k + 1]);
+        phases[2 * k] = v.x.Begin(x.turn * v.freq * dt, offset);
+        phases[2 * k + 1] = v.y.Begin(y.turn * v.freq * dt, offset);
+        coordinates[2 * k].place = placesx + k * count;
+        coordinates[2 * k + 1].place = placesy + k * count;
     }
-    loops.Drifts(drifts.all.data(), drifts.count, block.count);
+    drifts.Run(count);
+    const BlockLoops& loops = Loops();
     loops.Waves(phases.data(), sines.data(), cosines.data(), 2 * voices.size());
-    Oscillator::Space space;
-    for (std::size_t k = 0; k < voices.size(); k++) {
-        const auto place = [&](std::size_t coordinate, Oscillator& oscillator, float* places) {
-            const std::size_t i = 2 * k + coordinate;
-            const Oscillator::Waves w =
-                oscillator.Advance(sines[i], cosines[i], block.count, space);
-            Coordinate& c = spaces[k].coordinates[coordinate];
-            c.a = coordinate == 0 ? w.cosine : w.sine;
-            c.b = coordinate == 0 ? -w.sine : w.cosine;
-            c.cosines = w.cosines;
-            c.sines = w.sines;
-            loops.Places(c, places + k * block.count, block.count);
-        };
-        place(0, voices[k]->x, x);
-        place(1, voices[k]->y, y);
+    for (std::size_t i = 0; i < 2 * voices.size(); i++) {
+        RunningVoice& v = *voices[i / 2];
+        const bool isX = i % 2 == 0;
+        (isX ? v.x : v.y)
+            .Advance(isX ? Oscillator::Wave::cosine : Oscillator::Wave::sine, sines[i], cosines[i],
+                     count, spaces[i].waves.data(), coordinates[i]);
     }
+    loops.Places(coordinates.data(), 2 * voices.size(), count);
 }
 
 } // namespace vexa

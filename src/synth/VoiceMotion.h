@@ -1,32 +1,57 @@
 // Moves the voices' points along their orbits.
 #pragma once
 
+#include "synth/Coefficients.h"
 #include "synth/RunningVoice.h"
 #include "synth/SoundParam.h"
 
+#include <array>
 #include <cstddef>
 #include <span>
 
 namespace vexa {
 
-/// What the motion of a block depends on.
-struct MotionBlock {
-    const sound_param& parameters;
-    const ControllerTable& controllers;
-    /// Seconds per sample.
+/// The motion of all voices over one block, with the coefficients, controllers and envelopes that
+/// there are when it is made. Media thread, inside a section of a reader of the envelopes.
+class VoiceMotion {
+  public:
+    /// Voices that are moved at a time, side by side.
+    static constexpr std::size_t kTogether = 4;
+
+    /// A block of `count` samples, `dt` seconds each, that begins `offset` samples after its cell
+    /// (Oscillator).
+    VoiceMotion(const sound_param& p, const ControllerTable& controllers, double dt,
+                std::size_t offset, std::size_t count) noexcept;
+
+    /// Moves up to kTogether voices: writes the places of voice k to x[k * count + i] and
+    /// y[k * count + i], and up to kSlack floats beyond, and advances the voices.
+    void Move(std::span<RunningVoice* const> voices, float* x, float* y) const noexcept;
+
+  private:
+    /// One coordinate's part of the sound.
+    struct Axis {
+        /// An envelope and its number (EnvelopePlaces).
+        struct NumberedCurve {
+            const EnvelopeCurve& curve;
+            std::size_t number;
+        };
+        Coefficients drift, radius;
+        NumberedCurve driftEnvelope, radiusEnvelope;
+        /// Radians per second of a note of 1 Hz.
+        double turn;
+    };
+    struct Space;
+    class Times;
+    class Drifts;
+
+    void PutRadius(const Axis& axis, const RunningVoice& v, Times& times, Space& space,
+                   Coordinate& coordinate) const noexcept;
+    void PutCentre(const Axis& axis, const RunningVoice& v, double& centre, Times& times,
+                   Drifts& drifts, Space& space, Coordinate& coordinate) const noexcept;
+
     double dt;
-    /// Samples since the beginning of the cell (Oscillator) in which the block lies, and samples
-    /// that it has; offset + count <= kMostSamples.
     std::size_t offset, count;
+    Axis x, y;
 };
-
-/// Voices that are moved at a time, side by side.
-constexpr std::size_t kMovedTogether = 4;
-
-/// Moves up to kMovedTogether voices: writes the places of voice k to x[k * count + i] and
-/// y[k * count + i], and up to kSlack floats beyond, and advances the voices. Media thread, inside
-/// a section of a reader of the envelopes.
-void Move(std::span<RunningVoice* const> voices, const MotionBlock& block, float* x,
-          float* y) noexcept;
 
 } // namespace vexa

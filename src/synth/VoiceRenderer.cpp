@@ -58,10 +58,11 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* buf
         std::fill_n(buffer, count, 0.0F);
         return;
     }
-    const MotionBlock motion{parameters, controllers, 1.0 / sampleRate, offset, count};
-    for (std::size_t k = 0; k < voiceCount; k += kMovedTogether)
-        Move({&sounding[k], std::min(kMovedTogether, voiceCount - k)}, motion, &block.x[k * count],
-             &block.y[k * count]);
+    const VoiceMotion motion(parameters, controllers, 1.0 / sampleRate, offset, count);
+    constexpr std::size_t kTogether = VoiceMotion::kTogether;
+    for (std::size_t k = 0; k < voiceCount; k += kTogether)
+        motion.Move({&sounding[k], std::min(kTogether, voiceCount - k)}, &block.x[k * count],
+                    &block.y[k * count]);
     f.Evaluate(block.x.data(), block.y.data(), block.s.data(), voiceCount * count);
     block.sum.fill(0);
     Loops().LowCut(filters.data(), block.s.data(), voiceCount, count, block.sum.data());

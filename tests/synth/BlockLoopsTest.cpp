@@ -68,30 +68,46 @@ TEST_P(Loops, SineAndCosineAreExactToTheTwelfthDigit) {
     }
 }
 
-/// Each way to have a radius and a centre, over blocks of any length.
+/// Each way to have a wave, a radius and a centre, over blocks of any length.
 TEST_P(Loops, PlacesAreRadiusTimesWavePlusCentre) {
-    std::array<double, kRoom> cosines, sines, centres;
-    std::array<float, kRoom> envelope;
+    constexpr double kStep = 0.0627;
+    constexpr double kBegin = 0.5;
+    vexa::StepWaves steps;
+    std::array<double, kRoom> waves, centres;
+    std::array<float, kRoom> envelope, place;
+    for (std::size_t i = 0; i < 8; i++) {
+        steps.sines[i] = std::sin(double(i) * kStep);
+        steps.cosines[i] = std::cos(double(i) * kStep);
+        steps.eightSines[i] = std::sin(double(8 * i) * kStep);
+        steps.eightCosines[i] = std::cos(double(8 * i) * kStep);
+    }
     for (std::size_t i = 0; i < kRoom; i++) {
-        cosines[i] = std::cos(double(i));
-        sines[i] = std::sin(double(i));
+        waves[i] = std::cos(double(i));
         centres[i] = double(i * i) / 7;
         envelope[i] = float(i) / 11;
     }
-    for (const std::size_t count : {std::size_t{1}, std::size_t{17}, kMostSamples}) {
-        for (const bool enveloped : {false, true}) {
-            for (const bool drifting : {false, true}) {
-                const vexa::Coordinate c{0.6,          0.8,  cosines.data(),
-                                         sines.data(), 1.7,  enveloped ? envelope.data() : nullptr,
-                                         -3,           0.01, drifting ? centres.data() : nullptr};
-                std::array<float, kRoom> place;
-                GetParam()->Places(c, place.data(), count);
-                for (std::size_t i = 0; i < count; i++) {
-                    const double radius = enveloped ? envelope[i] * 1.7 : 1.7;
-                    const double centre = drifting ? centres[i] : -3 + double(i) * 0.01;
-                    ASSERT_EQ(place[i],
-                              float(radius * (0.6 * cosines[i] + 0.8 * sines[i]) + centre));
-                }
+    for (const auto& [offset, count] : {std::pair(0, 64), {8, 56}, {8, 17}, {3, 61}, {63, 1}}) {
+        for (int ways = 0; ways < 8; ways++) {
+            vexa::Coordinate c{};
+            c.steps = ways & 1 ? &steps : nullptr;
+            c.value = std::cos(kBegin);
+            c.slope = -std::sin(kBegin);
+            c.offset = std::size_t(offset);
+            c.waves = waves.data();
+            c.radius = 1.7;
+            c.envelope = ways & 2 ? envelope.data() : nullptr;
+            c.centre = -3;
+            c.drift = 0.01;
+            c.centres = ways & 4 ? centres.data() : nullptr;
+            c.place = place.data();
+            GetParam()->Places(&c, 1, std::size_t(count));
+            for (std::size_t i = 0; i < std::size_t(count); i++) {
+                const double wave =
+                    c.steps ? std::cos(kBegin + double(std::size_t(offset) + i) * kStep) : waves[i];
+                const double radius = c.envelope ? envelope[i] * 1.7 : 1.7;
+                const double centre = c.centres ? centres[i] : -3 + double(i) * 0.01;
+                ASSERT_NEAR(place[i], radius * wave + centre, 1e-7 * (1 + std::abs(place[i])))
+                    << offset << ' ' << ways << ' ' << i;
             }
         }
     }

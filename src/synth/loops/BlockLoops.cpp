@@ -96,24 +96,52 @@ void Waves(const double* __restrict phase, double* __restrict sines, double* __r
     }
 }
 
-template<bool enveloped, bool drifting>
-void PlacesOf(const Coordinate& coordinate, float* __restrict place, std::size_t count) {
-    const Coordinate c = coordinate;
-    const double* __restrict const cosines = c.cosines;
-    const double* __restrict const sines = c.sines;
-    for (std::size_t i = 0; i < Whole(count); i++) {
-        const double wave = c.a * cosines[i] + c.b * sines[i];
-        const double radius = enveloped ? c.envelope[i] * c.radius : c.radius;
-        const double centre = drifting ? c.centres[i] : c.centre + Count(i) * c.drift;
-        place[i] = static_cast<float>(radius * wave + centre);
+/// The waves of a cell as far as the block needs them, by the angle addition theorem: value and
+/// slope after each eight steps, and from there on after 0 to 7 more.
+void SteppedWaves(const Coordinate& c, double* waves, std::size_t count) {
+    using Eight = double __attribute__((vector_size(8 * sizeof(double))));
+    const auto load = [](const double* from, Eight& to) { __builtin_memcpy(&to, from, sizeof to); };
+    Eight sines, cosines, eightSines, eightCosines;
+    load(c.steps->sines, sines);
+    load(c.steps->cosines, cosines);
+    load(c.steps->eightSines, eightSines);
+    load(c.steps->eightCosines, eightCosines);
+    alignas(64) double values[8], slopes[8];
+    const Eight eightValues = c.value * eightCosines + c.slope * eightSines;
+    const Eight eightSlopes = c.slope * eightCosines - c.value * eightSines;
+    __builtin_memcpy(values, &eightValues, sizeof values);
+    __builtin_memcpy(slopes, &eightSlopes, sizeof slopes);
+    for (std::size_t g = c.offset / 8; 8 * g < c.offset + count; g++) {
+        const Eight wave = values[g] * cosines + slopes[g] * sines;
+        __builtin_memcpy(waves + 8 * g, &wave, sizeof wave);
     }
 }
 
-void Places(const Coordinate& c, float* __restrict place, std::size_t count) {
-    if (c.envelope)
-        (c.centres ? PlacesOf<true, true> : PlacesOf<true, false>)(c, place, count);
-    else
-        (c.centres ? PlacesOf<false, true> : PlacesOf<false, false>)(c, place, count);
+template<bool enveloped, bool drifting>
+void PlacesOf(const Coordinate& coordinate, const double* __restrict waves, std::size_t count) {
+    const Coordinate c = coordinate;
+    float* __restrict const place = c.place;
+    for (std::size_t i = 0; i < Whole(count); i++) {
+        const double radius = enveloped ? c.envelope[i] * c.radius : c.radius;
+        const double centre = drifting ? c.centres[i] : c.centre + Count(i) * c.drift;
+        place[i] = static_cast<float>(radius * waves[i] + centre);
+    }
+}
+
+void Places(const Coordinate* coordinates, std::size_t number, std::size_t count) {
+    for (std::size_t k = 0; k < number; k++) {
+        const Coordinate& c = coordinates[k];
+        alignas(64) double cell[kRoom];
+        const double* waves = c.waves;
+        if (c.steps) {
+            SteppedWaves(c, cell, count);
+            waves = cell + c.offset;
+        }
+        if (c.envelope)
+            (c.centres ? PlacesOf<true, true> : PlacesOf<true, false>)(c, waves, count);
+        else
+            (c.centres ? PlacesOf<false, true> : PlacesOf<false, false>)(c, waves, count);
+    }
 }
 
 template<std::size_t side>

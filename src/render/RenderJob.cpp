@@ -11,7 +11,7 @@
 #include "render/Performance.h"
 
 #include <algorithm>
-#include <cmath>
+#include <bit>
 #include <iterator>
 #include <optional>
 
@@ -29,6 +29,15 @@ using kits::Result;
 constexpr double kFilterRate = 44100;
 
 constexpr int kFailed = 1;
+
+/// The greatest magnitude, of `least` and the samples, none of which is NaN. Magnitudes are in the
+/// order of their bits, which compilers compare in vectors.
+float Peak(float least, std::span<const float> samples) {
+    auto most = std::bit_cast<int32>(least);
+    for (const float sample : samples)
+        most = std::max(most, std::bit_cast<int32>(sample) & INT32_MAX);
+    return std::bit_cast<float>(most);
+}
 
 class RenderJob {
   public:
@@ -211,8 +220,7 @@ Result<double> RenderJob::RenderInto(Performance& performance, const FloatStore:
             decimator.Process(block.data(), count, output);
         else
             decimator.Finish(output);
-        for (const float sample : output)
-            peak = std::max(peak, std::abs(sample));
+        peak = Peak(peak, output);
         if (const Result<void> taken = sink(output); !taken)
             return taken.Fault();
         progress.Update(static_cast<double>(performance.Position()) / fullRate);

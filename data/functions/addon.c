@@ -11,18 +11,14 @@
 
 #if defined(__x86_64__) && defined(__GLIBC_PREREQ)
 #if __GLIBC_PREREQ(2, 35)
-/* The C library has these for whole vectors too, within 4 ulp of a double. */
+/* The C library has these for whole vectors too, within 4 ulp. */
 #define VECTOR __attribute__((simd("notinbranch")))
-double sin(double) VECTOR;
-double cos(double) VECTOR;
-double tan(double) VECTOR;
-double exp(double) VECTOR;
-double log(double) VECTOR;
-double pow(double, double) VECTOR;
-double tanh(double) VECTOR;
-double atan(double) VECTOR;
-double atan2(double, double) VECTOR;
-double hypot(double, double) VECTOR;
+#define OF_ONE(name) double name(double) VECTOR; float name##f(float) VECTOR;
+#define OF_TWO(name) double name(double, double) VECTOR; float name##f(float, float) VECTOR;
+OF_ONE(acos) OF_ONE(acosh) OF_ONE(asin) OF_ONE(asinh) OF_ONE(atan) OF_ONE(atanh) OF_ONE(cbrt)
+OF_ONE(cos) OF_ONE(cosh) OF_ONE(erf) OF_ONE(erfc) OF_ONE(exp) OF_ONE(exp2) OF_ONE(expm1)
+OF_ONE(log) OF_ONE(log10) OF_ONE(log1p) OF_ONE(log2) OF_ONE(sin) OF_ONE(sinh) OF_ONE(tan)
+OF_ONE(tanh) OF_TWO(atan2) OF_TWO(hypot) OF_TWO(pow)
 #endif
 #endif
 

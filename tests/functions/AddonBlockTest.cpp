@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -31,11 +32,17 @@ TEST(AddonBlock, IsThePointFormWithinFourLastDigits) {
             y.push_back(0.0791F * float(k));
         }
     }
+    std::vector<std::string> expressions{"sqrt(x)", "x>y ? sin(x)*y : (x<-1 ? x*x : y-x)"};
+    for (const std::string name :
+         {"acos",  "acosh", "asin", "asinh", "atan", "atanh", "cbrt", "cos",
+          "cosh",  "erf",   "erfc", "exp",   "exp2", "expm1", "log",  "log10",
+          "log1p", "log2",  "sin",  "sinh",  "tan",  "tanh"})
+        expressions.insert(expressions.end(), {name + "(x)", name + "f(x)"});
+    for (const std::string name : {"atan2", "hypot", "pow"})
+        expressions.insert(expressions.end(), {name + "(x,y)", name + "f(x,y)"});
     const test::ProgramFolder folder;
     const vexa::FunctionCompiler compiler(folder.Path());
-    for (const char* expression :
-         {"sin(x)", "cos(y)", "tan(x)", "exp(x)", "log(x)", "pow(x,y)", "tanh(x)", "atan(y)",
-          "atan2(y,x)", "hypot(x,y)", "sqrt(x)", "x>y ? sin(x)*y : (x<-1 ? x*x : y-x)"}) {
+    for (const std::string& expression : expressions) {
         const auto outcome = compiler.Compile(expression);
         ASSERT_TRUE(outcome) << outcome.details;
         const vexa::PlaneFunction& f = outcome.addon->Function();

@@ -132,7 +132,7 @@ void VoiceMotion::Move(std::span<RunningVoice* const> voices, float* placesx,
     // Of x and y by turns.
     constexpr std::size_t kMost = 2 * kTogether;
     std::array<Space, kMost> spaces;
-    std::array<Coordinate, kMost> coordinates;
+    std::array<Coordinate, kMost> coordinates{};
     std::array<double, kMost> phases, sines, cosines;
     Drifts drifts;
     for (std::size_t k = 0; k < voices.size(); k++) {

@@ -117,6 +117,7 @@ class VexaView : public BView {
     void AddCoefficients(std::string_view group);
     BTextControl* AddField(const char* name, const char* text, uint32 code, BRect frame);
     void StartGraph();
+    void ShowSound();
 
     // Messages.
     bool TakeParameter(uint32 code);
@@ -177,7 +178,6 @@ class VexaView : public BView {
     // Outlives the graph, whose threads call an add-on's function to their end.
     FunctionSwitch functions;
     std::unique_ptr<AudioGraph> graph;
-    bool deviceWasThere = false;
 
     std::vector<std::unique_ptr<BFilePanel>> panels;
 };

@@ -5,7 +5,6 @@
 #include "kits/support/Result.h"
 #include "kits/support/SupportDefs.h"
 
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -22,7 +21,8 @@ class AudioSource {
     virtual void Play(float* samples, uint32 frames, bigtime_t now) noexcept = 0;
 };
 
-/// One output. All calls in the window thread unless noted.
+/// One output. It is opened and started in any one thread, after which all calls are in the window
+/// thread unless noted.
 class AudioDevice {
   public:
     virtual ~AudioDevice() = default;
@@ -34,12 +34,14 @@ class AudioDevice {
     virtual uint32 Period() const = 0;
     /// How much the moments that the source is told need to be smoothed, as DeviceClock takes it.
     virtual double Smoothing() const = 0;
-    /// From now on the source is asked, until the device is destroyed or `gone` has been called:
-    /// once, from any thread, when the device has disappeared.
-    virtual Result<void> Start(AudioSource& source, std::function<void()> gone) = 0;
+    /// From now on the source is asked, until the device is destroyed or has gone.
+    virtual Result<void> Start(AudioSource& source) = 0;
+    /// The device has disappeared, or has another rate than it had: for good, so that it is to be
+    /// opened anew. Any thread.
+    virtual bool HasGone() const = 0;
 };
 
-/// The error says why there is no such device.
+/// The error says why there is no such device. Wait for as long as the system takes to answer.
 Result<std::unique_ptr<AudioDevice>> OpenJackDevice();
 Result<std::unique_ptr<AudioDevice>> OpenRtAudioDevice(AudioSystem system);
 

@@ -2,7 +2,6 @@
 #include "kits/media/backends/AudioDevice.h"
 #include "kits/support/backends/JackClient.h"
 
-#include <atomic>
 #include <cstdlib>
 
 #include <jack/jack.h>
@@ -19,10 +18,10 @@ constexpr bigtime_t kMostAgo = 10000;
 
 class JackDevice : public AudioDevice, private JackProcessor {
   public:
-    explicit JackDevice(std::shared_ptr<JackClient> opened) : client(std::move(opened)) {}
+    explicit JackDevice(std::shared_ptr<JackClient> opened)
+        : client(std::move(opened)), rate(jack_get_sample_rate(client->Handle())) {}
 
     ~JackDevice() override {
-        client->Unlisten(this);
         if (!port)
             return;
         client->Remove(*this);
@@ -31,26 +30,27 @@ class JackDevice : public AudioDevice, private JackProcessor {
     }
 
     std::string Name() const override { return "JACK"; }
-    double SampleRate() const override { return jack_get_sample_rate(client->Handle()); }
+    double SampleRate() const override { return rate; }
     uint32 Period() const override { return jack_get_buffer_size(client->Handle()); }
 
     /// The server has smoothed its periods' times, and knows when it has lost some.
     double Smoothing() const override { return 1; }
 
-    Result<void> Start(AudioSource& from, std::function<void()> gone) override {
+    Result<void> Start(AudioSource& from) override {
         port = jack_port_register(client->Handle(), kPort, JACK_DEFAULT_AUDIO_TYPE,
                                   JackPortIsOutput, 0);
         if (!port)
             return Error{std::string("JACK has no port for \"") + kPort + '"'};
         source = &from;
-        client->Listen(this, [this, gone = std::move(gone)] {
-            if (client->IsDead() && !told.exchange(true))
-                gone();
-        });
         if (!client->Add(*this))
             return Error{"the JACK client has no room for the audio output"};
         ConnectToLoudspeakers();
         return {};
+    }
+
+    /// PipeWire changes the rate of its graph under its clients; jackd keeps its own.
+    bool HasGone() const override {
+        return client->IsDead() || jack_get_sample_rate(client->Handle()) != rate;
     }
 
   private:
@@ -81,9 +81,10 @@ class JackDevice : public AudioDevice, private JackProcessor {
     }
 
     std::shared_ptr<JackClient> client;
+    /// As it was when the device was opened.
+    jack_nframes_t rate;
     jack_port_t* port = nullptr;
     AudioSource* source = nullptr;
-    std::atomic<bool> told{false};
 };
 
 } // namespace

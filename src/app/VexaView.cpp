@@ -28,10 +28,14 @@ constexpr float kEditorHeight = 92;
 /// Between the view's edges and what it holds.
 constexpr float kMargin = 10;
 
+BAlert* NewErrorAlert(const char* text) {
+    return new BAlert("Error", text, "Ok", nullptr, nullptr, B_WIDTH_AS_USUAL, B_STOP_ALERT);
+}
+
 } // namespace
 
 void VexaView::ErrorAlert(const char* text) {
-    (new BAlert("Error", text, "Ok", nullptr, nullptr, B_WIDTH_AS_USUAL, B_STOP_ALERT))->Go();
+    NewErrorAlert(text)->Go();
 }
 
 VexaView::VexaView(BRect frame, const char* name, const std::filesystem::path& programFolder)
@@ -211,11 +215,16 @@ void VexaView::Draw(BRect) {
 
 void VexaView::Pulse() {
     kits::CollectRetired();
+}
+
+void VexaView::WatchSound() {
     switch (graph->Watch()) {
     case AudioGraph::DeviceNews::None:
         break;
     case AudioGraph::DeviceNews::Gone:
-        ErrorAlert("The audio device has disappeared; there is no sound until it is back.");
+        // Sound and MIDI sources come back whether somebody is there to read it or not.
+        NewErrorAlert("The audio device has disappeared; there is no sound until it is back.")
+            ->Show();
         break;
     case AudioGraph::DeviceNews::There:
         std::fprintf(stderr, "vexa: the audio device is there; playing through %s\n",

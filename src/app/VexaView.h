@@ -46,6 +46,8 @@ class VexaView : public BView {
 
     void Draw(BRect update) override;
     void Pulse() override;
+    /// As AudioGraph::Watch: shows what has become of the sound, and goes on.
+    void WatchSound();
     void MessageReceived(BMessage* message) override;
 
     /// The width, as BRect::Width counts it, that no text needs more of.
@@ -86,7 +88,7 @@ class VexaView : public BView {
     /// The keyboard's keys and the window's focus.
     ComputerKeyboard& Keyboard() { return keyboard; }
 
-    /// A modal stop alert titled "Error" with the button "Ok".
+    /// A modal stop alert titled "Error" with the button "Ok". Waits for the answer.
     static void ErrorAlert(const char* text);
 
     // The parts, for the window and for tests.

@@ -30,7 +30,8 @@ TEST(AudioGraph, WithoutAMixerItSaysSoAndAcceptsNotes) {
     graph->Consumer().AllNotesOff(false, 0);
     EXPECT_EQ(graph->Consumer().CountVox(), 0);
     EXPECT_EQ(graph->DeviceName(), "");
-    EXPECT_FALSE(graph->DeviceHasGone());
+    EXPECT_EQ(graph->DeviceFault(), "no audio system was asked for");
+    EXPECT_EQ(graph->Watch(), vexa::AudioGraph::DeviceNews::None);
 
     alerts.clear();
     graph.reset();

@@ -77,6 +77,8 @@ const char* AudioGraph::Connect() {
 }
 
 AudioGraph::DeviceNews AudioGraph::Watch() {
+    if (connected && Mixer()->DeviceHasNewRate())
+        TakeNewRate();
     if (connected && Mixer()->DeviceHasGone()) {
         Disconnect();
         ReleaseMixer();
@@ -99,14 +101,29 @@ AudioGraph::DeviceNews AudioGraph::Watch() {
     }
     // What was let go while nothing was heard is over, and does not fade out now.
     SilenceReleased(voices);
-    if (roster.RegisterMixer(search.Take()) != B_OK || Connect())
-        return DeviceNews::None;
-    loss = Loss::None;
-    return DeviceNews::There;
+    return ConnectTo(search.Take()) ? DeviceNews::There : DeviceNews::None;
 }
 
-const kits::SystemMixer* AudioGraph::Mixer() const {
-    return dynamic_cast<const kits::SystemMixer*>(BMediaRoster::ConsumerOf(connection.destination));
+/// Begins to play through a mixer that plays already.
+bool AudioGraph::ConnectTo(std::unique_ptr<kits::SystemMixer> mixer) {
+    if (roster.RegisterMixer(std::move(mixer)) != B_OK || Connect())
+        return false;
+    loss = Loss::None;
+    return true;
+}
+
+/// Puts another mixer between the producer and the device, which stays open.
+void AudioGraph::TakeNewRate() {
+    kits::SystemMixer& before = *Mixer();
+    Disconnect();
+    auto mixer = std::make_unique<kits::SystemMixer>(before.System(), before.TakeDevice());
+    ReleaseMixer();
+    if (!mixer->StartDevice() || !ConnectTo(std::move(mixer)))
+        loss = Loss::Untold;
+}
+
+kits::SystemMixer* AudioGraph::Mixer() const {
+    return dynamic_cast<kits::SystemMixer*>(BMediaRoster::ConsumerOf(connection.destination));
 }
 
 kits::MixerCounts AudioGraph::Counts() const {

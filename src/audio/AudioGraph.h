@@ -37,9 +37,9 @@ class AudioGraph {
     enum class DeviceNews { None, Gone, There };
     /// Looks after the device: to be called some ten times a second after Start, whatever that
     /// said. Where the device has gone, or there was none, it is looked for about once a second;
-    /// when it is there the sound is too, at whatever rate and period the device has now. Gone is
-    /// told when the first look is in vain: a device that merely has another rate is There at once.
-    /// Does not wait for an audio system, but for the media thread.
+    /// when it is there the sound is too, at whatever rate and period the device has now. A device
+    /// that merely changes its rate is played on, and no news. Does not wait for an audio system,
+    /// but for the media thread and the device's.
     DeviceNews Watch();
 
     /// Alive as long as the graph.
@@ -74,7 +74,9 @@ class AudioGraph {
     const char* Connect();
     status_t Disconnect();
     void ReleaseMixer();
-    const kits::SystemMixer* Mixer() const;
+    bool ConnectTo(std::unique_ptr<kits::SystemMixer> mixer);
+    void TakeNewRate();
+    kits::SystemMixer* Mixer() const;
 
     VoiceTable& voices;
     Alert alert;

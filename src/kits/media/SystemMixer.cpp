@@ -75,6 +75,11 @@ Result<void> SystemMixer::StartDevice() {
     return device->Start(*this);
 }
 
+std::unique_ptr<AudioDevice> SystemMixer::TakeDevice() {
+    device->Stop();
+    return std::move(device);
+}
+
 void SystemMixer::Play(float* samples, uint32 frames, bigtime_t now) noexcept {
     const Reader::Section section(reader);
     clock.Period(frame, now);

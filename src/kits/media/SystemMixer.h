@@ -30,6 +30,9 @@ class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSou
     ~SystemMixer() override;
     /// Begins to play.
     Result<void> StartDevice();
+    /// Stops and gives the device away, to a mixer at the rate that it has now; of no use itself
+    /// any more. No producer may be connected.
+    std::unique_ptr<AudioDevice> TakeDevice();
 
     /// Of all inputs that there are and were. Window thread.
     MixerCounts Counts() const;
@@ -38,6 +41,7 @@ class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSou
     double DeviceRate() const { return clock.Rate(); }
     /// The device plays no more, and another mixer is needed. Any thread.
     bool DeviceHasGone() const { return device->HasGone(); }
+    bool DeviceHasNewRate() const { return device->HasNewRate(); }
 
     uint32 Kinds() const override;
     void* AddOn(int32*) const override { return nullptr; }

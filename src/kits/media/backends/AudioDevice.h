@@ -28,17 +28,21 @@ class AudioDevice {
     virtual ~AudioDevice() = default;
     /// For a person: "JACK", "PulseAudio: Built-in Audio".
     virtual std::string Name() const = 0;
-    /// Frames per second.
+    /// Frames per second, from the opening or the last Stop on.
     virtual double SampleRate() const = 0;
     /// The most frames that are asked for at a time. May change while playing; any thread.
     virtual uint32 Period() const = 0;
     /// How much the moments that the source is told need to be smoothed, as DeviceClock takes it.
     virtual double Smoothing() const = 0;
-    /// From now on the source is asked, until the device is destroyed or has gone.
+    /// From now on the source is asked, until Stop is called or the device has gone.
     virtual Result<void> Start(AudioSource& source) = 0;
-    /// The device has disappeared, or has another rate than it had: for good, so that it is to be
-    /// opened anew. Any thread.
+    /// When it returns the source is not being asked and will not be again. Silence is played until
+    /// the next Start.
+    virtual void Stop() = 0;
+    /// The device has disappeared for good, and is to be opened anew. Any thread.
     virtual bool HasGone() const = 0;
+    /// It plays at another rate than SampleRate says, and is to be stopped and started.
+    virtual bool HasNewRate() const { return false; }
 };
 
 /// The error says why there is no such device. Wait for as long as the system takes to answer.

@@ -2,6 +2,8 @@
 #include "kits/media/backends/AudioDevice.h"
 #include "kits/support/backends/JackClient.h"
 
+#include <algorithm>
+#include <atomic>
 #include <cstdlib>
 
 #include <jack/jack.h>
@@ -37,20 +39,31 @@ class JackDevice : public AudioDevice, private JackProcessor {
     double Smoothing() const override { return 1; }
 
     Result<void> Start(AudioSource& from) override {
+        source = &from;
+        // Once there, the port stays, and with it what others have connected to it.
+        if (port)
+            return {};
         port = jack_port_register(client->Handle(), kPort, JACK_DEFAULT_AUDIO_TYPE,
                                   JackPortIsOutput, 0);
         if (!port)
             return Error{std::string("JACK has no port for \"") + kPort + '"'};
-        source = &from;
         if (!client->Add(*this))
             return Error{"the JACK client has no room for the audio output"};
         ConnectToLoudspeakers();
         return {};
     }
 
+    void Stop() override {
+        source = nullptr;
+        client->FinishPeriod();
+        rate = jack_get_sample_rate(client->Handle());
+    }
+
+    bool HasGone() const override { return client->IsDead(); }
+
     /// PipeWire changes the rate of its graph under its clients; jackd keeps its own.
-    bool HasGone() const override {
-        return client->IsDead() || jack_get_sample_rate(client->Handle()) != rate;
+    bool HasNewRate() const override {
+        return !client->IsDead() && jack_get_sample_rate(client->Handle()) != rate;
     }
 
   private:
@@ -64,6 +77,11 @@ class JackDevice : public AudioDevice, private JackProcessor {
 
     void Process(uint32 frames) noexcept override {
         auto* samples = static_cast<float*>(jack_port_get_buffer(port, frames));
+        AudioSource* const asked = source;
+        if (!asked) {
+            std::fill_n(samples, frames, 0.0F);
+            return;
+        }
         jack_nframes_t frame = 0;
         jack_time_t now = 0;
         jack_time_t next = 0;
@@ -77,14 +95,13 @@ class JackDevice : public AudioDevice, private JackProcessor {
         // back over many seconds.
         if (std::abs(ago) > kMostAgo + 2 * static_cast<bigtime_t>(period))
             ago = 0;
-        source->Play(samples, frames, system_time() - ago);
+        asked->Play(samples, frames, system_time() - ago);
     }
 
     std::shared_ptr<JackClient> client;
-    /// As it was when the device was opened.
     jack_nframes_t rate;
     jack_port_t* port = nullptr;
-    AudioSource* source = nullptr;
+    std::atomic<AudioSource*> source{nullptr};
 };
 
 } // namespace

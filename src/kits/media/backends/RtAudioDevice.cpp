@@ -55,12 +55,7 @@ class RtAudioDevice : public AudioDevice {
     }
 
     ~RtAudioDevice() override {
-        try {
-            if (audio.isStreamRunning())
-                audio.abortStream();
-        } catch (const RtAudioError&) {
-            // The device has gone before us.
-        }
+        RtAudioDevice::Stop();
         if (audio.isStreamOpen())
             audio.closeStream();
     }
@@ -83,6 +78,15 @@ class RtAudioDevice : public AudioDevice {
         if (!audio.isStreamRunning())
             return Error{name + ": the stream does not start"};
         return {};
+    }
+
+    void Stop() override {
+        try {
+            if (audio.isStreamRunning())
+                audio.abortStream();
+        } catch (const RtAudioError&) {
+            // The device has gone before us.
+        }
     }
 
     bool HasGone() const override { return gone; }

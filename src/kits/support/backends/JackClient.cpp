@@ -93,8 +93,12 @@ void JackClient::Remove(JackProcessor& processor) {
         JackProcessor* expected = &processor;
         slot.compare_exchange_strong(expected, nullptr);
     }
-    // The period in which it was called last is over when the readers have passed. Only a server
-    // that has gone may leave its thread, and so its reader, in the middle of one.
+    FinishPeriod();
+}
+
+void JackClient::FinishPeriod() {
+    // It is over when the readers have passed. Only a server that has gone may leave its thread,
+    // and so its reader, in the middle of one.
     const auto passed = std::make_shared<std::atomic<bool>>(false);
     Retire([passed] { *passed = true; });
     while (!*passed && !(WaitForReaders(std::chrono::milliseconds(100)) || IsDead())) {

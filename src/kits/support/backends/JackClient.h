@@ -46,6 +46,8 @@ class JackClient {
     bool Add(JackProcessor& processor);
     /// When it returns the processor is not being called and will not be again.
     void Remove(JackProcessor& processor);
+    /// When it returns no processor is in a period that had begun before.
+    void FinishPeriod();
 
     /// `listener` is called, in a thread of the JACK library, when the server goes or when ports
     /// come, go, are renamed, connected or disconnected. It may not call the server.

@@ -77,6 +77,8 @@ const char* AudioGraph::Connect() {
 }
 
 AudioGraph::DeviceNews AudioGraph::Watch() {
+    if (connected)
+        Mixer()->TendDevice();
     if (connected && Mixer()->DeviceHasNewRate())
         TakeNewRate();
     if (connected && Mixer()->DeviceHasGone()) {

@@ -34,6 +34,9 @@ class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSou
     /// any more. No producer may be connected.
     std::unique_ptr<AudioDevice> TakeDevice();
 
+    /// As AudioDevice::Tend.
+    void TendDevice() { device->Tend(); }
+
     /// Of all inputs that there are and were. Window thread.
     MixerCounts Counts() const;
     AudioSystem System() const { return system; }

@@ -39,6 +39,8 @@ class AudioDevice {
     /// When it returns the source is not being asked and will not be again. Silence is played until
     /// the next Start.
     virtual void Stop() = 0;
+    /// To be called now and then while it plays, for what may come later than the device.
+    virtual void Tend() {}
     /// The device has disappeared for good, and is to be opened anew. Any thread.
     virtual bool HasGone() const = 0;
     /// It plays at another rate than SampleRate says, and is to be stopped and started.

@@ -59,6 +59,12 @@ class JackDevice : public AudioDevice, private JackProcessor {
         rate = jack_get_sample_rate(client->Handle());
     }
 
+    /// PipeWire answers before it has found its sound cards.
+    void Tend() override {
+        if (loudspeakers < kLoudspeakers && !client->IsDead())
+            ConnectToLoudspeakers();
+    }
+
     bool HasGone() const override { return client->IsDead(); }
 
     /// PipeWire changes the rate of its graph under its clients; jackd keeps its own.
@@ -67,11 +73,16 @@ class JackDevice : public AudioDevice, private JackProcessor {
     }
 
   private:
+    /// Each of them once: what a person disconnects stays so.
     void ConnectToLoudspeakers() {
         const char** ports = jack_get_ports(client->Handle(), nullptr, JACK_DEFAULT_AUDIO_TYPE,
                                             JackPortIsPhysical | JackPortIsInput);
-        for (int i = 0; ports && ports[i] && i < kLoudspeakers; i++)
+        for (int i = 0; ports && ports[i] && i < kLoudspeakers; i++) {
+            if (i < loudspeakers)
+                continue;
             jack_connect(client->Handle(), jack_port_name(port), ports[i]);
+            loudspeakers = i + 1;
+        }
         jack_free(ports);
     }
 
@@ -101,6 +112,8 @@ class JackDevice : public AudioDevice, private JackProcessor {
     std::shared_ptr<JackClient> client;
     jack_nframes_t rate;
     jack_port_t* port = nullptr;
+    /// How many the port has been connected to.
+    int loudspeakers = 0;
     std::atomic<AudioSource*> source{nullptr};
 };
 

@@ -102,8 +102,8 @@ class RtAudioDevice : public AudioDevice {
         return playing->gone ? kAbort : 0;
     }
 
-    /// An error of the stream's thread is a device that takes no more samples: a mere underrun is
-    /// none. Without an end the thread would ask for more, and fail, without a pause.
+    /// An error of the stream's thread is a device that takes no more samples, and to be left at
+    /// once; a mere underrun is none.
     static void TakeError(RtAudioError::Type, const std::string&) {
         if (playing)
             playing->gone = true;

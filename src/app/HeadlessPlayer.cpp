@@ -26,7 +26,7 @@ void Say(const std::string& text) {
     std::fprintf(stderr, "vexa: %s%s", text.c_str(), text.ends_with('\n') ? "" : "\n");
 }
 
-/// Wakes the window thread when MIDI sources have come or gone.
+/// Wakes the window thread when MIDI sources have come or gone, be it with their system.
 class SourceWatch : public kits::MessageTarget {
   public:
     void Post(const BMessage&) override { arrived.release(); }
@@ -48,8 +48,9 @@ class HeadlessPlayer {
 
   private:
     bool LoadSound();
+    bool WatchSources();
     void ConnectSource();
-    void Watch();
+    void TellOfDevice();
     void Report(Clock::duration played) const;
 
     const AppOptions& options;
@@ -59,7 +60,9 @@ class HeadlessPlayer {
     FunctionSwitch receivers;
     AudioGraph graph{records.controllers, records.parameters, records.voices, Say};
     std::shared_ptr<SourceWatch> watch = std::make_shared<SourceWatch>();
-    bool sourceWasThere = false;
+    /// The number of the source that is connected; 0 for none.
+    int32 connectedSource = 0;
+    bool waitsForSource = false;
 };
 
 int HeadlessPlayer::Run() {
@@ -69,30 +72,50 @@ int HeadlessPlayer::Run() {
     graph.Consumer().ReduceToMaxVox(options.voices.value_or(kMostVoices));
     graph.Consumer().SetChannel(options.channel.value_or(-1));
     const bool sounds = graph.Start();
-    if (BMidiRoster* roster = BMidiRoster::MidiRoster())
-        roster->StartWatching(BMessenger(watch));
-    else
+    bool watching = WatchSources();
+    if (!watching)
         Say("Where is the MIDI roster?!?");
     if (!sounds)
-        Say("there is no sound: " + kits::SystemMixer::LastFault());
+        Say("there is no sound: " + graph.DeviceFault());
     else
         std::printf("playing through %s\n", graph.DeviceName().c_str());
     std::fflush(stdout);
     ConnectSource();
 
     const Clock::time_point start = Clock::now();
-    bool deviceWasThere = sounds;
     while (!interrupt.Requested()) {
         if (watch->Wait())
             ConnectSource();
-        kits::CollectRetired();
-        if (deviceWasThere && graph.DeviceHasGone()) {
-            Say("the audio device has disappeared; there is no sound any more");
-            deviceWasThere = false;
+        if (!watching && (watching = WatchSources())) {
+            Say("the MIDI roster is there");
+            ConnectSource();
         }
+        kits::CollectRetired();
+        TellOfDevice();
     }
     Report(Clock::now() - start);
     return 0;
+}
+
+/// Begins to watch for sources; false while there is no MIDI system.
+bool HeadlessPlayer::WatchSources() {
+    BMidiRoster* roster = BMidiRoster::MidiRoster();
+    if (roster)
+        roster->StartWatching(BMessenger(watch));
+    return roster != nullptr;
+}
+
+void HeadlessPlayer::TellOfDevice() {
+    switch (graph.Watch()) {
+    case AudioGraph::DeviceNews::None:
+        break;
+    case AudioGraph::DeviceNews::Gone:
+        Say("the audio device has disappeared; there is no sound until it is back");
+        break;
+    case AudioGraph::DeviceNews::There:
+        Say("the audio device is there; playing through " + graph.DeviceName());
+        break;
+    }
 }
 
 /// Only a sound that was asked for must be there.
@@ -117,15 +140,17 @@ bool HeadlessPlayer::LoadSound() {
 
 /// Connects the source that the options name, if it is there and was not before.
 void HeadlessPlayer::ConnectSource() {
-    BMidiRoster* roster = options.midi ? BMidiRoster::MidiRoster() : nullptr;
-    if (!roster)
+    if (!options.midi)
         return;
-    BMidiProducer* source = roster->FindProducer(*options.midi);
-    if (!source && !sourceWasThere)
+    BMidiRoster* roster = BMidiRoster::MidiRoster();
+    BMidiProducer* source = roster ? roster->FindProducer(*options.midi) : nullptr;
+    if (!source && !waitsForSource)
         Say("waiting for the MIDI source \"" + *options.midi + "\"");
-    if (source && !sourceWasThere && source->Connect(&graph.Consumer()) != B_OK)
+    waitsForSource = !source;
+    const int32 number = source ? source->ID() : 0;
+    if (source && number != connectedSource && source->Connect(&graph.Consumer()) != B_OK)
         Say("could not connect the MIDI source \"" + *options.midi + "\"");
-    sourceWasThere = source != nullptr;
+    connectedSource = number;
     if (source)
         source->Release();
 }

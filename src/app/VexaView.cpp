@@ -28,10 +28,14 @@ constexpr float kEditorHeight = 92;
 /// Between the view's edges and what it holds.
 constexpr float kMargin = 10;
 
+BAlert* NewErrorAlert(const char* text) {
+    return new BAlert("Error", text, "Ok", nullptr, nullptr, B_WIDTH_AS_USUAL, B_STOP_ALERT);
+}
+
 } // namespace
 
 void VexaView::ErrorAlert(const char* text) {
-    (new BAlert("Error", text, "Ok", nullptr, nullptr, B_WIDTH_AS_USUAL, B_STOP_ALERT))->Go();
+    NewErrorAlert(text)->Go();
 }
 
 VexaView::VexaView(BRect frame, const char* name, const std::filesystem::path& programFolder)
@@ -182,13 +186,16 @@ void VexaView::AddCoefficients(std::string_view group) {
 void VexaView::StartGraph() {
     graph = std::make_unique<AudioGraph>(ctlvalue, soundParam, voices, ErrorAlert);
     functions.AddReceiver([this](const PlaneFunction& f) { graph->SetFunction(f); });
-    deviceWasThere = graph->Start();
-    if (deviceWasThere)
-        plane->SetSoundParam(&ctlvalue, &soundParam, &voices);
+    if (graph->Start())
+        ShowSound();
     else
-        std::fprintf(stderr, "vexa: there is no sound: %s\n",
-                     kits::SystemMixer::LastFault().c_str());
+        std::fprintf(stderr, "vexa: there is no sound: %s\n", graph->DeviceFault().c_str());
     ConnectChosenSource();
+}
+
+/// From now on the plane shows the orbits of what is heard.
+void VexaView::ShowSound() {
+    plane->SetSoundParam(&ctlvalue, &soundParam, &voices);
 }
 
 float VexaView::PreferredWidth() const {
@@ -208,9 +215,22 @@ void VexaView::Draw(BRect) {
 
 void VexaView::Pulse() {
     kits::CollectRetired();
-    if (deviceWasThere && graph->DeviceHasGone()) {
-        deviceWasThere = false;
-        ErrorAlert("The audio device has disappeared; there is no sound any more.");
+}
+
+void VexaView::WatchSound() {
+    switch (graph->Watch()) {
+    case AudioGraph::DeviceNews::None:
+        break;
+    case AudioGraph::DeviceNews::Gone:
+        // Sound and MIDI sources come back whether somebody is there to read it or not.
+        NewErrorAlert("The audio device has disappeared; there is no sound until it is back.")
+            ->Show();
+        break;
+    case AudioGraph::DeviceNews::There:
+        std::fprintf(stderr, "vexa: the audio device is there; playing through %s\n",
+                     graph->DeviceName().c_str());
+        ShowSound();
+        break;
     }
 }
 

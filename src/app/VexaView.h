@@ -46,6 +46,8 @@ class VexaView : public BView {
 
     void Draw(BRect update) override;
     void Pulse() override;
+    /// As AudioGraph::Watch: shows what has become of the sound, and goes on.
+    void WatchSound();
     void MessageReceived(BMessage* message) override;
 
     /// The width, as BRect::Width counts it, that no text needs more of.
@@ -86,7 +88,7 @@ class VexaView : public BView {
     /// The keyboard's keys and the window's focus.
     ComputerKeyboard& Keyboard() { return keyboard; }
 
-    /// A modal stop alert titled "Error" with the button "Ok".
+    /// A modal stop alert titled "Error" with the button "Ok". Waits for the answer.
     static void ErrorAlert(const char* text);
 
     // The parts, for the window and for tests.
@@ -117,6 +119,7 @@ class VexaView : public BView {
     void AddCoefficients(std::string_view group);
     BTextControl* AddField(const char* name, const char* text, uint32 code, BRect frame);
     void StartGraph();
+    void ShowSound();
 
     // Messages.
     bool TakeParameter(uint32 code);
@@ -177,7 +180,6 @@ class VexaView : public BView {
     // Outlives the graph, whose threads call an add-on's function to their end.
     FunctionSwitch functions;
     std::unique_ptr<AudioGraph> graph;
-    bool deviceWasThere = false;
 
     std::vector<std::unique_ptr<BFilePanel>> panels;
 };

@@ -70,6 +70,10 @@ void VexaWindow::MessageReceived(BMessage* message) {
     case B_WINDOW_ACTIVATED:
         mainView->Keyboard().Take(*message);
         break;
+    case B_PULSE:
+        if (mainView)
+            mainView->WatchSound();
+        break;
     default:
         if (IsCommand(message->what))
             mainView->MessageReceived(message);

@@ -24,8 +24,9 @@ class VexaWindow : public BWindow {
     bool QuitRequested() override;
 
   private:
-    BitmapBarView* logoBar;
-    VexaView* mainView;
+    BitmapBarView* logoBar = nullptr;
+    /// Null while it is being built, which may take an alert.
+    VexaView* mainView = nullptr;
 };
 
 } // namespace vexa

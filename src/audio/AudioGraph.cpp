@@ -13,7 +13,8 @@ constexpr float kInitialGain = 0.25F;
 
 AudioGraph::AudioGraph(ControllerTable& controllers, const sound_param& parameters,
                        VoiceTable& voices, Alert alert)
-    : alert(std::move(alert)),
+    : voices(voices),
+      alert(std::move(alert)),
       roster(*BMediaRoster::Roster()),
       producer(new VexaToneProducer(controllers, parameters, voices)),
       consumer("Vexa midi in", controllers, parameters, voices) {
@@ -21,20 +22,24 @@ AudioGraph::AudioGraph(ControllerTable& controllers, const sound_param& paramete
 }
 
 bool AudioGraph::Start() {
-    if (const char* failure = Connect()) {
+    const char* failure = Register();
+    if (!failure)
+        failure = Connect();
+    if (failure)
         alert(failure);
-        return false;
-    }
-    connected = true;
-    producer->SetGain(kInitialGain);
-    return true;
+    return !failure;
 }
 
 /// What could not be done, or null.
-const char* AudioGraph::Connect() {
+const char* AudioGraph::Register() {
     if (roster.RegisterNode(producer) != B_OK)
         return "unable to register ToneProducer node!\n";
     roster.GetNodeFor(producer->ID(), &connection.producer);
+    return nullptr;
+}
+
+/// Connects to the mixer and starts; what could not be done, or null.
+const char* AudioGraph::Connect() {
     if (roster.GetAudioMixer(&connection.consumer) != B_OK)
         return "unable to get the system mixer";
     roster.GetTimeSource(&timeSource);
@@ -66,16 +71,70 @@ const char* AudioGraph::Connect() {
         latency = 0;
     roster.StartNode(connection.producer, clock->Now() + latency);
     clock->Release();
+    connected = true;
+    producer->SetGain(kInitialGain);
     return nullptr;
 }
 
-const kits::SystemMixer* AudioGraph::Mixer() const {
-    return dynamic_cast<const kits::SystemMixer*>(BMediaRoster::ConsumerOf(connection.destination));
+AudioGraph::DeviceNews AudioGraph::Watch() {
+    if (connected)
+        Mixer()->TendDevice();
+    if (connected && Mixer()->DeviceHasNewRate())
+        TakeNewRate();
+    if (connected && Mixer()->DeviceHasGone()) {
+        Disconnect();
+        ReleaseMixer();
+        loss = Loss::Untold;
+    }
+    // What failed for another reason than the device is not tried again.
+    const bool noDevice = connection.producer.node >= 0 && connection.consumer.node < 0;
+    if (!noDevice)
+        return DeviceNews::None;
+    switch (search.Look()) {
+    case kits::MixerSearch::State::Looking:
+        return DeviceNews::None;
+    case kits::MixerSearch::State::InVain:
+        if (loss != Loss::Untold)
+            return DeviceNews::None;
+        loss = Loss::Told;
+        return DeviceNews::Gone;
+    case kits::MixerSearch::State::Found:
+        break;
+    }
+    // What was let go while nothing was heard is over, and does not fade out now.
+    SilenceReleased(voices);
+    return ConnectTo(search.Take()) ? DeviceNews::There : DeviceNews::None;
+}
+
+/// Begins to play through a mixer that plays already.
+bool AudioGraph::ConnectTo(std::unique_ptr<kits::SystemMixer> mixer) {
+    if (roster.RegisterMixer(std::move(mixer)) != B_OK || Connect())
+        return false;
+    loss = Loss::None;
+    return true;
+}
+
+/// Puts another mixer between the producer and the device, which stays open.
+void AudioGraph::TakeNewRate() {
+    kits::SystemMixer& before = *Mixer();
+    Disconnect();
+    auto mixer = std::make_unique<kits::SystemMixer>(before.System(), before.TakeDevice());
+    ReleaseMixer();
+    if (!mixer->StartDevice() || !ConnectTo(std::move(mixer)))
+        loss = Loss::Untold;
+}
+
+kits::SystemMixer* AudioGraph::Mixer() const {
+    return dynamic_cast<kits::SystemMixer*>(BMediaRoster::ConsumerOf(connection.destination));
 }
 
 kits::MixerCounts AudioGraph::Counts() const {
-    const kits::SystemMixer* mixer = Mixer();
-    return mixer ? mixer->Counts() : kits::MixerCounts();
+    kits::MixerCounts sum = past;
+    if (const kits::SystemMixer* mixer = Mixer()) {
+        sum.late += mixer->Counts().late;
+        sum.missing += mixer->Counts().missing;
+    }
+    return sum;
 }
 
 std::string AudioGraph::DeviceName() const {
@@ -83,17 +142,29 @@ std::string AudioGraph::DeviceName() const {
     return mixer ? mixer->DeviceName() : std::string();
 }
 
-bool AudioGraph::DeviceHasGone() const {
-    const kits::SystemMixer* mixer = Mixer();
-    return mixer && mixer->DeviceHasGone();
+/// Stops and disconnects the producer, which then knows nothing of the mixer any more.
+status_t AudioGraph::Disconnect() {
+    if (connected)
+        roster.StopNode(connection.producer, 0, true);
+    connected = false;
+    // Before the mixer's clock goes; that the producer has let it go is certain after the next hook
+    // in its thread.
+    roster.SetTimeSourceFor(connection.producer.node, BTimeSource::System()->ID());
+    return roster.Disconnect(connection.producer.node, connection.source, connection.consumer.node,
+                             connection.destination);
+}
+
+void AudioGraph::ReleaseMixer() {
+    past = Counts();
+    roster.ReleaseNode(connection.consumer);
+    connection.consumer = {};
+    connection.destination = {};
 }
 
 AudioGraph::~AudioGraph() {
     consumer.Unregister();
-    if (connected)
-        roster.StopNode(connection.producer, 0, true);
-    if (roster.Disconnect(connection.producer.node, connection.source, connection.consumer.node,
-                          connection.destination) != B_OK)
+    // What went with its device is disconnected already.
+    if (Disconnect() != B_OK && loss == Loss::None)
         alert("* Error disconnecting nodes");
     roster.ReleaseNode(connection.producer);
     roster.ReleaseNode(connection.consumer);

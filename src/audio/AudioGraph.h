@@ -3,6 +3,7 @@
 
 #include "audio/ToneProducer.h"
 #include "kits/media/MediaRoster.h"
+#include "kits/media/MixerSearch.h"
 #include "kits/media/SystemMixer.h"
 #include "midi/MidiConsumer.h"
 #include "synth/SoundRecords.h"
@@ -32,17 +33,27 @@ class AudioGraph {
     /// sound.
     bool Start();
 
+    /// What has become of the audio device, told once.
+    enum class DeviceNews { None, Gone, There };
+    /// Looks after the device: to be called some ten times a second after Start, whatever that
+    /// said. Where the device has gone, or there was none, it is looked for about once a second;
+    /// when it is there the sound is too, at whatever rate and period the device has now. A device
+    /// that merely changes its rate is played on, and no news. Does not wait for an audio system,
+    /// but for the media thread and the device's.
+    DeviceNews Watch();
+
     /// Alive as long as the graph.
     VexaToneProducer& Producer() { return *producer; }
     const VexaToneProducer& Producer() const { return *producer; }
     VexaMidiConsumer& Consumer() { return consumer; }
     bool IsConnected() const { return connected; }
 
-    /// What the mixer has noticed of our buffers, its device for a person, and whether that has
-    /// disappeared; nothing while there is no connection.
+    /// What all mixers so far have noticed of our buffers.
     kits::MixerCounts Counts() const;
+    /// The device for a person; empty while there is no connection.
     std::string DeviceName() const;
-    bool DeviceHasGone() const;
+    /// Why there is no device, as it was when Start looked for one.
+    const std::string& DeviceFault() const { return roster.MixerFault(); }
 
     /// The plane function of both endpoints.
     void SetFunction(const PlaneFunction& f) {
@@ -59,9 +70,15 @@ class AudioGraph {
         media_format format;
     };
 
+    const char* Register();
     const char* Connect();
-    const kits::SystemMixer* Mixer() const;
+    status_t Disconnect();
+    void ReleaseMixer();
+    bool ConnectTo(std::unique_ptr<kits::SystemMixer> mixer);
+    void TakeNewRate();
+    kits::SystemMixer* Mixer() const;
 
+    VoiceTable& voices;
     Alert alert;
     BMediaRoster& roster;
     VexaToneProducer* producer;
@@ -69,6 +86,12 @@ class AudioGraph {
     Connection connection;
     media_node timeSource;
     bool connected = false;
+
+    kits::MixerSearch search;
+    /// The device that played has gone; whether that has been told.
+    enum class Loss { None, Untold, Told } loss = Loss::None;
+    /// Of the mixers that went with their devices.
+    kits::MixerCounts past;
 };
 
 } // namespace vexa

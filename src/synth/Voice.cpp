@@ -57,6 +57,14 @@ Choice LongestVoice(const VoiceTable& voices) {
     return {-1, VoiceState::Seen(0)};
 }
 
+void SilenceReleased(VoiceTable& voices) {
+    for (voice& slot : voices) {
+        const VoiceState::Seen seen = slot.state.Look();
+        if (slot.released)
+            slot.state.Silence(seen);
+    }
+}
+
 bool ReduceVoicesByOne(VoiceTable& voices) {
     for (int attempt = 0; attempt < kVoiceSlots; attempt++) {
         const Choice choice = LongestVoice(voices);

@@ -139,4 +139,7 @@ Choice LongestVoice(const VoiceTable& voices);
 /// slot; false if nothing was silenced. Any thread, wait-free.
 bool ReduceVoicesByOne(VoiceTable& voices);
 
+/// Silences the notes whose keys have been let go, at once. Any thread, wait-free.
+void SilenceReleased(VoiceTable& voices);
+
 } // namespace vexa

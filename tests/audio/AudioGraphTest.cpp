@@ -10,6 +10,60 @@
 namespace {
 
 using Alerts = std::vector<std::string>;
+using News = vexa::AudioGraph::DeviceNews;
+
+/// A device of which the test says what becomes of it.
+class Device : public kits::AudioDevice {
+  public:
+    struct State {
+        double rate = 48000;
+        bool gone = false;
+        std::vector<double> started;
+    };
+    explicit Device(State& state) : state(state) {}
+    std::string Name() const override { return "test"; }
+    double SampleRate() const override { return rate; }
+    uint32 Period() const override { return 128; }
+    double Smoothing() const override { return 1; }
+    kits::Result<void> Start(kits::AudioSource&) override {
+        state.started.push_back(rate);
+        return {};
+    }
+    void Stop() override { rate = state.rate; }
+    bool HasGone() const override { return state.gone; }
+    bool HasNewRate() const override { return rate != state.rate; }
+
+  private:
+    State& state;
+    double rate = state.rate;
+};
+
+TEST(AudioGraph, ADeviceMayChangeItsRateAndGo) {
+    Device::State device;
+    auto mixer = std::make_unique<kits::SystemMixer>(kits::AudioSystem::None,
+                                                     std::make_unique<Device>(device));
+    ASSERT_TRUE(mixer->StartDevice());
+    ASSERT_EQ(BMediaRoster::Roster()->RegisterMixer(std::move(mixer)), B_OK);
+    vexa::Instrument instrument;
+    Alerts alerts;
+    {
+        vexa::AudioGraph graph(instrument.controllers, instrument.parameters, instrument.voices,
+                               [&alerts](const char* text) { alerts.emplace_back(text); });
+        EXPECT_TRUE(graph.Start());
+        EXPECT_EQ(graph.Watch(), News::None);
+        device.rate = 44100;
+        for (int look = 0; look < 2; look++)
+            EXPECT_EQ(graph.Watch(), News::None);
+        EXPECT_EQ(device.started, (std::vector<double>{48000, 44100}));
+        EXPECT_EQ(graph.DeviceName(), "test");
+        device.gone = true;
+        EXPECT_EQ(graph.Watch(), News::Gone);
+        EXPECT_EQ(graph.Watch(), News::None) << "told once";
+        EXPECT_FALSE(graph.IsConnected());
+        EXPECT_EQ(graph.DeviceName(), "");
+    }
+    EXPECT_EQ(alerts, Alerts{});
+}
 
 TEST(AudioGraph, WithoutAMixerItSaysSoAndAcceptsNotes) {
     kits::ChooseAudioSystem(kits::AudioSystem::None);
@@ -30,7 +84,8 @@ TEST(AudioGraph, WithoutAMixerItSaysSoAndAcceptsNotes) {
     graph->Consumer().AllNotesOff(false, 0);
     EXPECT_EQ(graph->Consumer().CountVox(), 0);
     EXPECT_EQ(graph->DeviceName(), "");
-    EXPECT_FALSE(graph->DeviceHasGone());
+    EXPECT_EQ(graph->DeviceFault(), "no audio system was asked for");
+    EXPECT_EQ(graph->Watch(), News::None);
 
     alerts.clear();
     graph.reset();

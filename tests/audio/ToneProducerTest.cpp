@@ -304,6 +304,8 @@ TEST_F(ToneProducer, CountsFramesFromEachStart) {
     EXPECT_EQ(sink->starts, (Times{1000000, 1023219, 1046439, 1069659, 1092879}));
     Stop();
     sink->starts.clear();
+    Start(2000000);
+    Stop(); // before it has begun
     Start(3000000);
     RunTo(3000001);
     EXPECT_EQ(sink->starts, Times{3000000}) << "nothing is left of the first run";

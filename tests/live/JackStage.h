@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -68,12 +69,31 @@ inline void WaitFor(const char* what, const std::function<bool()>& condition) {
 /// later.
 class JackServer {
   public:
-    explicit JackServer(int period)
-        : name("vexa-test-" + std::to_string(::getpid())), server(Command(period)) {
+    /// Without a period it is not running yet.
+    explicit JackServer(int period = 0) : name("vexa-test-" + std::to_string(::getpid())) {
         ::setenv("JACK_DEFAULT_SERVER", name.c_str(), 1);
         ::setenv("JACK_NO_START_SERVER", "1", 1);
         jack_set_error_function([](const char*) {});
         jack_set_info_function([](const char*) {});
+        if (period > 0)
+            Start(period);
+    }
+    ~JackServer() {
+        if (server)
+            server->End(SIGTERM);
+        if (!killed)
+            return;
+        // What a killed server leaves behind would keep others from starting in the end; a
+        // successor of the same name takes it away.
+        std::vector<std::string> brief = Command(1024, 48000);
+        brief.insert(brief.begin(), {"timeout", "-s", "TERM", "1"});
+        Companion(std::move(brief)).Wait();
+    }
+
+    /// No client of a server before may be open in this process.
+    void Start(int period, int rate = 48000) {
+        killed = false;
+        server = std::make_unique<Companion>(Command(period, rate));
         WaitFor("jackd", [] {
             jack_client_t* client = jack_client_open("probe", JackNoStartServer, nullptr);
             if (client)
@@ -81,39 +101,30 @@ class JackServer {
             return client != nullptr;
         });
     }
-    ~JackServer() {
-        if (!killed) {
-            server.End(SIGTERM);
-            return;
-        }
-        // What a killed server leaves behind would keep others from starting in the end; a
-        // successor of the same name takes it away.
-        std::vector<std::string> brief = Command(1024);
-        brief.insert(brief.begin(), {"timeout", "-s", "TERM", "1"});
-        Companion(std::move(brief)).Wait();
-    }
-
     /// The server is gone from one moment to the next.
     void Kill() {
         killed = true;
-        server.End(SIGKILL);
+        server.reset();
     }
 
     /// The server stands still for so long.
     void Stall(int milliseconds) {
-        ::kill(server.Process(), SIGSTOP);
+        ::kill(server->Process(), SIGSTOP);
         std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
-        ::kill(server.Process(), SIGCONT);
+        ::kill(server->Process(), SIGCONT);
     }
 
   private:
-    std::vector<std::string> Command(int period) const {
-        return {"jackd", "-r", "-n",    name, "-d",
-                "dummy", "-r", "48000", "-p", std::to_string(period)};
+    std::vector<std::string> Command(int period, int rate) const {
+        return {"jackd", "-r",
+                "-n",    name,
+                "-d",    "dummy",
+                "-r",    std::to_string(rate),
+                "-p",    std::to_string(period)};
     }
 
     std::string name;
-    Companion server;
+    std::unique_ptr<Companion> server;
     bool killed = false;
 };
 
@@ -131,6 +142,10 @@ class JackPort {
     JackPort& operator=(const JackPort&) = delete;
 
     std::string Name() const { return jack_port_name(own); }
+    /// Somebody, perhaps ourselves, has connected the port.
+    void WaitUntilConnected() const {
+        WaitFor("a connection", [this] { return jack_port_connected(own) > 0; });
+    }
     void SetPeriod(unsigned frames) { jack_set_buffer_size(handle, frames); }
     void Connect(const std::string& from, const std::string& to) {
         WaitFor(to.c_str(), [&] {

@@ -24,37 +24,59 @@ constexpr const char* kSineSound =
 
 class LivePlay {
   public:
-    /// `frames` is how much can be recorded.
+    /// `frames` is how much can be recorded of one server; without a period there is none yet.
     LivePlay(int period, std::size_t frames, const std::string& sound = kSineSound,
              const std::vector<std::string>& options = {})
-        : server(period),
+        : frames(frames),
+          server(period),
           log((folder.Path() / "log").string()),
-          vexa(Arguments(folder.Write("sound.xml", sound), options), log),
-          ear(frames),
-          player(std::make_unique<Player>()) {
-        ear.Connect("Vexa:Vexa audio out", ear.Name());
-        player->Connect(player->Name(), "Vexa:Vexa midi in");
-        WaitFor("sound", [this] { return Log().find("playing through") != std::string::npos; });
+          vexa(Arguments(folder.Write("sound.xml", sound), options), log) {
+        if (period > 0)
+            Attach();
+        WaitForLog(period > 0 ? "playing through" : "there is no sound");
+    }
+
+    /// A server comes, or comes back; waits until Vexa is there too.
+    void StartServer(int period, int withRate) {
+        rate = withRate;
+        server.Start(period, rate);
+        Attach();
+    }
+    void KillServer() {
+        server.Kill();
+        ear.reset();
+        player.reset();
     }
 
     void Play(std::vector<Player::Message> script) { player->Play(std::move(script)); }
     /// Waits until so many more frames have been recorded.
-    void Listen(std::size_t frames) {
-        const std::size_t end = ear.Count() + frames;
-        WaitFor("the recording", [this, end] { return ear.Count() >= end; });
+    void Listen(std::size_t more) {
+        const std::size_t end = Count() + more;
+        WaitFor("the recording", [this, end] { return Count() >= end; });
     }
     /// Sample of the recording at a frame after the script began.
     std::size_t At(std::uint32_t frame) const {
-        return std::size_t(player->StartFrame() + frame - ear.FirstFrame());
+        return std::size_t(player->StartFrame() + frame - ear->FirstFrame());
     }
     /// Frames recorded so far.
-    std::size_t Count() const { return ear.Count(); }
+    std::size_t Count() const { return ear->Count(); }
     void TakePlayerAway() { player.reset(); }
-    void SetPeriod(unsigned frames) { ear.SetPeriod(frames); }
-    const std::vector<float>& Samples() const { return ear.Samples(); }
+    void SetPeriod(unsigned period) { ear->SetPeriod(period); }
+    const std::vector<float>& Samples() const { return ear->Samples(); }
     /// Periods that the server has lost.
-    int Lost() const { return ear.Lost(); }
+    int Lost() const { return ear->Lost(); }
     std::string Log() const { return Contents(log); }
+    /// Waits until the program has said the text so many times.
+    void WaitForLog(const std::string& text, int times = 1) const {
+        WaitFor(text.c_str(), [&] { return CountInLog(text) >= times; });
+    }
+    int CountInLog(const std::string& text) const {
+        const std::string all = Log();
+        int count = 0;
+        for (std::size_t at = 0; (at = all.find(text, at)) != std::string::npos; at++)
+            count++;
+        return count;
+    }
     Companion& Vexa() { return vexa; }
     JackServer& Server() { return server; }
 
@@ -64,7 +86,7 @@ class LivePlay {
         std::pair<double, double> best;
         for (std::size_t from = Count() - 19200; from + 4800 <= Count(); from += 2400) {
             const auto part = std::span(Samples()).subspan(from, 4800);
-            best = std::max(best, {Amplitude(part, 440, 48000), Amplitude(part, 880, 48000)});
+            best = std::max(best, {Amplitude(part, 440, rate), Amplitude(part, 880, rate)});
         }
         return best;
     }
@@ -74,8 +96,7 @@ class LivePlay {
         std::vector<int> latencies;
         for (const std::uint32_t frame : noteOns) {
             int latency = 0;
-            while (latency < limit &&
-                   std::abs(ear.Samples()[At(frame) + std::size_t(latency)]) < 1e-4F)
+            while (latency < limit && std::abs(Samples()[At(frame) + std::size_t(latency)]) < 1e-4F)
                 latency++;
             latencies.push_back(latency);
         }
@@ -91,11 +112,20 @@ class LivePlay {
         return arguments;
     }
 
+    void Attach() {
+        ear = std::make_unique<Ear>(frames);
+        player = std::make_unique<Player>();
+        ear->Connect("Vexa:Vexa audio out", ear->Name());
+        player->Connect(player->Name(), "Vexa:Vexa midi in");
+    }
+
+    std::size_t frames;
+    int rate = 48000;
     TemporaryFolder folder;
     JackServer server;
     std::string log;
     Companion vexa;
-    Ear ear;
+    std::unique_ptr<Ear> ear;
     std::unique_ptr<Player> player;
 };
 

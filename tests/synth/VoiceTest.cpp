@@ -34,6 +34,15 @@ TEST(Voice, ReleasedVoicesGoFirstThenTheLongestAndOfEqualsTheHighest) {
     EXPECT_EQ(order, (std::vector{8, 6, 4, 1, 2}));
 }
 
+TEST(Voice, OnlyWhatIsReleasedIsSilenced) {
+    VoiceTable voices;
+    Sound(voices, 1, 9, false);
+    Sound(voices, 4, 1, true);
+    vexa::SilenceReleased(voices);
+    EXPECT_EQ(vexa::CountActive(voices), 1);
+    EXPECT_EQ(vexa::LongestVoice(voices).slot, 1);
+}
+
 TEST(Voice, ATimeOfTheNoteBeforeDoesNotCountForTheNoteNow) {
     VoiceTable voices;
     Sound(voices, 0, 100, false);

@@ -67,6 +67,7 @@ class Desktop {
     void Drop() const { Do({"mouseup", "1"}); }
     void Type(const std::string& text) const { Do({"type", "--delay", "5", text}); }
     void Key(const std::string& name) const { Do({"key", name}); }
+    void Minimize() const { Do({"windowminimize", window}); }
     /// As the user closes a window: by the window manager.
     void Close() const { Do({"key", "alt+F4"}); }
 

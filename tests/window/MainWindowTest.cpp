@@ -46,12 +46,12 @@ class MainWindow : public testing::Test {
         options.insert(options.begin(), program.Path("vexa"));
         vexa = std::make_unique<test::Companion>(options, log);
         desktop.UseWindow("Vexa");
-        ear.Connect("Vexa:Vexa audio out", ear.Name());
-        player.Connect(player.Name(), "Vexa:Vexa midi in");
+        ear->Connect("Vexa:Vexa audio out", ear->Name());
+        player->Connect(player->Name(), "Vexa:Vexa midi in");
     }
-    void StartWithSine() {
+    void StartWithSine(const char* source = "Computer keyboard") {
         Start({"--sound", program.Folder().Write("sine.xml", test::kSineSound).string(), "--voices",
-               "20"});
+               "20", "--midi", source});
     }
     std::string Log() const { return test::Contents(log); }
 
@@ -59,16 +59,16 @@ class MainWindow : public testing::Test {
     float Peak(std::size_t frames = kSecond / 4) {
         // What is on its way to the ear is not what is heard from now on.
         Listen(kSecond / 10);
-        const std::size_t from = ear.Count();
+        const std::size_t from = ear->Count();
         Listen(frames);
         float peak = 0;
-        for (std::size_t i = from; i < ear.Count(); i++)
-            peak = std::max(peak, std::abs(ear.Samples()[i]));
+        for (std::size_t i = from; i < ear->Count(); i++)
+            peak = std::max(peak, std::abs(ear->Samples()[i]));
         return peak;
     }
     void Listen(std::size_t frames) {
-        const std::size_t end = ear.Count() + frames;
-        WaitFor("the recording", [&] { return ear.Count() >= end; });
+        const std::size_t end = ear->Count() + frames;
+        WaitFor("the recording", [&] { return ear->Count() >= end; });
     }
     void WaitForPeak(float low, float high) {
         float peak = 0;
@@ -106,9 +106,9 @@ class MainWindow : public testing::Test {
     }
     /// How loud a second of a note is that begins now.
     float PeakOfNote() {
-        player.Play({{0, {0x90, 57, 100}}});
+        player->Play({{0, {0x90, 57, 100}}});
         const float peak = Peak(kSecond);
-        player.Play({{0, {0xB0, 123, 0}}});
+        player->Play({{0, {0xB0, 123, 0}}});
         WaitForPeak(0, 0.001F);
         return peak;
     }
@@ -128,14 +128,14 @@ class MainWindow : public testing::Test {
     std::string log = program.Path("log");
     test::Desktop desktop;
     test::JackServer server{512};
-    test::Ear ear{kSecond * 60};
-    Player player;
+    std::unique_ptr<test::Ear> ear = std::make_unique<test::Ear>(kSecond * 60);
+    std::unique_ptr<Player> player = std::make_unique<Player>();
     std::unique_ptr<test::Companion> vexa;
 };
 
 TEST_F(MainWindow, AnEnvelopeDrawnWithTheMouseIsHeardAfterTheRelease) {
     StartWithSine();
-    player.Play({{0, {0x90, 69, 100}}});
+    player->Play({{0, {0x90, 69, 100}}});
     WaitForPeak(0.24F, 0.26F);
     // The first point from 1 down to a half.
     desktop.Drag(kEditorX + 9, kEditorY + 3, kEditorX + 9, kEditorY + 43);
@@ -158,9 +158,9 @@ TEST_F(MainWindow, AnEnvelopeDrawnWithTheMouseIsHeardAfterTheRelease) {
 TEST_F(MainWindow, ANoteDrawsItsOrbitWhichIsErasedAfterwards) {
     Start();
     EXPECT_EQ(OrbitMarks(), 0);
-    player.Play({{0, {0x90, 69, 100}}});
+    player->Play({{0, {0x90, 69, 100}}});
     WaitFor("an orbit", [&] { return OrbitMarks() > 20; });
-    player.Play({{0, {0xB0, 123, 0}}});
+    player->Play({{0, {0xB0, 123, 0}}});
     WaitFor("its end", [&] { return OrbitMarks() == 0; });
     desktop.Close();
     EXPECT_EQ(vexa->Wait(), 0);
@@ -168,7 +168,7 @@ TEST_F(MainWindow, ANoteDrawsItsOrbitWhichIsErasedAfterwards) {
 
 TEST_F(MainWindow, FieldsAreReachedAndConfirmedByTheKeyboard) {
     StartWithSine();
-    player.Play({{0, {0x90, 69, 100}}});
+    player->Play({{0, {0x90, 69, 100}}});
     WaitForPeak(0.24F, 0.26F);
     // Into the expression and back out of it, in reading order: the display width comes next.
     desktop.Click(100, kTop + 325);
@@ -216,6 +216,29 @@ TEST_F(MainWindow, TheComputersKeysPlayAndFallSilent) {
     desktop.Do({"keydown", "q"});
     EXPECT_LT(Peak(), 0.01);
     desktop.Do({"keyup", "q"});
+    EXPECT_EQ(vexa->End(SIGTERM), 0);
+}
+
+/// Also while nobody sees the window or has read the alert. The source that was chosen is connected
+/// again.
+TEST_F(MainWindow, SoundComesBackWithTheServer) {
+    StartWithSine("player:out");
+    desktop.Minimize();
+    server.Kill();
+    ear.reset();
+    player.reset();
+    WaitFor("the alert", [&] { return desktop.HasWindow("Error"); });
+    server.Start(256, 44100);
+    ear = std::make_unique<test::Ear>(kSecond * 60);
+    player = std::make_unique<Player>();
+    ear->Connect("Vexa:Vexa audio out", ear->Name());
+    player->WaitUntilConnected();
+    player->Play({{0, {0x90, 69, 100}}});
+    WaitForPeak(0.24F, 0.26F);
+    desktop.UseWindow("Error");
+    desktop.Key("Return");
+    WaitFor("its end", [&] { return !desktop.HasWindow("Error"); });
+    EXPECT_NEAR(Peak(), 0.25, 0.01);
     EXPECT_EQ(vexa->End(SIGTERM), 0);
 }
 

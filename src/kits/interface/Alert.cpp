@@ -33,28 +33,56 @@ void BAlert::SetResponder(Responder responder) {
     CurrentResponder() = std::move(responder);
 }
 
+struct BAlert::Box {
+    std::unique_ptr<QMessageBox> box;
+    std::vector<QPushButton*> choices;
+};
+
+BAlert::Box BAlert::MakeBox() const {
+    auto box = std::make_unique<QMessageBox>(QApplication::activeWindow());
+    box->setWindowTitle(kits::ToQt(title));
+    box->setIcon(kIcons[type]);
+    // What a compiler or a file says is not markup.
+    box->setTextFormat(Qt::PlainText);
+    box->setText(kits::ToQt(text).trimmed());
+    box->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    std::vector<QPushButton*> choices;
+    for (const std::string& button : buttons) {
+        choices.push_back(box->addButton(kits::ToQt(button), QMessageBox::AcceptRole));
+        choices.back()->setMinimumSize(75, 25);
+    }
+    box->setDefaultButton(choices.back());
+    box->setEscapeButton(choices.front());
+    return {std::move(box), std::move(choices)};
+}
+
 int32 BAlert::Go() {
     const std::unique_ptr<BAlert> self(this);
     if (const Responder& responder = CurrentResponder())
         return responder(*this);
-    QMessageBox box(QApplication::activeWindow());
-    box.setWindowTitle(kits::ToQt(title));
-    box.setIcon(kIcons[type]);
-    // What a compiler or a file says is not markup.
-    box.setTextFormat(Qt::PlainText);
-    box.setText(kits::ToQt(text).trimmed());
-    box.setTextInteractionFlags(Qt::TextSelectableByMouse);
-    std::vector<QPushButton*> choices;
-    for (const std::string& button : buttons) {
-        choices.push_back(box.addButton(kits::ToQt(button), QMessageBox::AcceptRole));
-        choices.back()->setMinimumSize(75, 25);
-    }
-    box.setDefaultButton(choices.back());
-    box.setEscapeButton(choices.front());
-    box.exec();
+    const auto [box, choices] = MakeBox();
+    box->exec();
     for (std::size_t i = 0; i < choices.size(); i++) {
-        if (box.clickedButton() == choices[i])
+        if (box->clickedButton() == choices[i])
             return static_cast<int32>(i);
     }
     return 0;
+}
+
+void BAlert::Show() {
+    const std::unique_ptr<BAlert> self(this);
+    if (const Responder& responder = CurrentResponder()) {
+        responder(*this);
+        return;
+    }
+    QMessageBox* box = MakeBox().box.release();
+    for (const QWidget* widget : QApplication::topLevelWidgets()) {
+        const auto* shown = dynamic_cast<const QMessageBox*>(widget);
+        if (shown && shown->isVisible() && shown->text() == box->text()) {
+            delete box;
+            return;
+        }
+    }
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->open();
 }

@@ -10,7 +10,7 @@
 enum button_width { B_WIDTH_AS_USUAL };
 enum alert_type { B_INFO_ALERT, B_WARNING_ALERT, B_STOP_ALERT };
 
-/// Made by new; Go deletes it. Window thread.
+/// Made by new; Go or Show deletes it. Window thread.
 class BAlert {
   public:
     /// Up to three buttons; the last is what Enter presses.
@@ -27,11 +27,18 @@ class BAlert {
     /// message is handled; drawing and pulses go on.
     int32 Go();
 
+    /// Shows the alert and returns; nothing waits for the answer. Nothing is shown while one of the
+    /// same text is.
+    void Show();
+
     /// Answers alerts in a person's stead, from now on; an empty function gives them back.
     using Responder = std::function<int32(const BAlert&)>;
     static void SetResponder(Responder responder);
 
   private:
+    struct Box;
+    Box MakeBox() const;
+
     std::string title;
     std::string text;
     std::vector<std::string> buttons;

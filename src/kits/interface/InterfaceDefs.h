@@ -57,3 +57,5 @@ constexpr uint32 B_KEY_DOWN = FourCC("_KYD");
 constexpr uint32 B_KEY_UP = FourCC("_KYU");
 /// The window lost or got the focus: int32 "active" is 0 or 1.
 constexpr uint32 B_WINDOW_ACTIVATED = FourCC("_ACT");
+/// What a window gets at its pulse rate, be it shown or not, and also while an alert is.
+constexpr uint32 B_PULSE = FourCC("_PUL");

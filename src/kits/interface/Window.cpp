@@ -31,8 +31,10 @@ WindowWidget::WindowWidget(BWindow& window, Qt::WindowFlags flags)
     pulse.start(500);
 }
 
-// Nobody sees the views of a window that is hidden or minimized.
 void WindowWidget::Pulse() {
+    BMessage message(B_PULSE);
+    window.MessageReceived(&message);
+    // Nobody sees the views of a window that is hidden or minimized.
     if (!isVisible() || isMinimized())
         return;
     for (std::size_t i = 0; BView* child = window.ChildAt(i); i++)

@@ -6,6 +6,22 @@
 
 namespace kits {
 
+namespace {
+
+std::optional<AudioSystem> chosen;
+
+} // namespace
+
+void ChooseAudioSystem(std::optional<AudioSystem> system) {
+    chosen = system;
+}
+
+std::vector<AudioSystem> AudioSystemsToTry() {
+    if (chosen)
+        return {*chosen};
+    return {AudioSystem::Jack, AudioSystem::Pulse, AudioSystem::Alsa};
+}
+
 std::optional<AudioSystem> AudioSystemNamed(std::string_view name) {
     constexpr std::pair<std::string_view, AudioSystem> names[] = {{"jack", AudioSystem::Jack},
                                                                   {"pulse", AudioSystem::Pulse},

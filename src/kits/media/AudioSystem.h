@@ -14,9 +14,11 @@ enum class AudioSystem { Jack, Pulse, Alsa, None };
 /// "jack", "pulse", "alsa" or "none"; nothing for another name.
 std::optional<AudioSystem> AudioSystemNamed(std::string_view name);
 
-/// The system that the mixer is to play through; without a value the first that has a device. To be
-/// called before the mixer is first asked for. Window thread.
+/// The system that the mixer is to play through; without a value the first that has a device, which
+/// is the chosen one from then on. Window thread.
 void ChooseAudioSystem(std::optional<AudioSystem> system);
+/// Those to try, in order: the chosen one or all. Window thread.
+std::vector<AudioSystem> AudioSystemsToTry();
 
 /// The output devices of all systems, for a person. Window thread.
 std::vector<std::string> AudioDeviceNames();

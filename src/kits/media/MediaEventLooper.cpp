@@ -81,6 +81,8 @@ void BMediaEventLooper::Start(bigtime_t performanceTime) {
 }
 
 void BMediaEventLooper::Stop(bigtime_t performanceTime, bool immediate) {
+    if (immediate)
+        queue.FlushEvents(media_timed_event::B_START);
     queue.AddEvent({immediate ? 0 : performanceTime, media_timed_event::B_STOP});
 }
 

@@ -43,7 +43,8 @@ class BMediaEventLooper : public virtual BMediaNode {
     enum run_state : int32 { B_UNREGISTERED, B_STOPPED, B_STARTED, B_QUITTING };
 
     void Call(const std::function<void()>& work) override;
-    /// Queues a B_START or a B_STOP; an immediate stop is handled at once.
+    /// Queues a B_START or a B_STOP; an immediate stop is handled at once, and a start that has not
+    /// come yet never will.
     void Start(bigtime_t performanceTime) override;
     void Stop(bigtime_t performanceTime, bool immediate) override;
 

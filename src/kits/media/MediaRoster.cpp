@@ -69,6 +69,8 @@ struct BMediaRoster::Records {
     std::map<media_node_id, BMediaNode*> nodes;
     media_node_id lastId = 0;
     kits::SystemMixer* mixer = nullptr;
+    /// Why there was none when it was asked for last.
+    std::string mixerFault;
     std::vector<Connection> connections;
 };
 
@@ -119,16 +121,30 @@ status_t BMediaRoster::ReleaseNode(const media_node& node) {
 
 status_t BMediaRoster::GetAudioMixer(media_node* mixer) {
     if (!records->mixer) {
-        kits::SystemMixer* opened = kits::SystemMixer::Open();
-        if (!opened)
+        auto opened = kits::SystemMixer::Open(kits::AudioSystemsToTry());
+        if (!opened) {
+            records->mixerFault = opened.Fault().text;
             return B_NAME_NOT_FOUND;
-        if (const status_t status = RegisterNode(opened); status != B_OK) {
-            delete opened;
-            return status;
         }
-        records->mixer = opened;
+        if (const status_t status = RegisterMixer(*std::move(opened)); status != B_OK)
+            return status;
     }
     return GetNodeFor(records->mixer->ID(), mixer);
+}
+
+const std::string& BMediaRoster::MixerFault() const {
+    return records->mixerFault;
+}
+
+status_t BMediaRoster::RegisterMixer(std::unique_ptr<kits::SystemMixer> mixer) {
+    if (records->mixer)
+        return B_BAD_VALUE;
+    const status_t status = RegisterNode(mixer.get());
+    if (status == B_OK) {
+        kits::ChooseAudioSystem(mixer->System());
+        records->mixer = mixer.release();
+    }
+    return status;
 }
 
 status_t BMediaRoster::GetTimeSource(media_node* timeSource) {

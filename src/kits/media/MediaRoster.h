@@ -4,6 +4,11 @@
 #include "kits/media/MediaNode.h"
 
 #include <memory>
+#include <string>
+
+namespace kits {
+class SystemMixer;
+}
 
 /// Brings nodes together: it keeps the references, drives the negotiation of a connection in its
 /// order (the producer's proposal, the consumer's acceptance, PrepareToConnect, Connected, Connect)
@@ -21,8 +26,13 @@ class BMediaRoster {
     status_t ReleaseNode(const media_node& node);
 
     /// The node that mixes what it gets into the audio device; counts as a reference.
-    /// B_NAME_NOT_FOUND where there is no device.
+    /// B_NAME_NOT_FOUND where there is no device, and MixerFault says why. Opens the device unless
+    /// it is open.
     status_t GetAudioMixer(media_node* mixer);
+    const std::string& MixerFault() const;
+    /// Makes a mixer that somebody else has opened the one of GetAudioMixer, which there must not
+    /// be yet.
+    status_t RegisterMixer(std::unique_ptr<kits::SystemMixer> mixer);
     /// The mixer's clock, or without one the system's.
     status_t GetTimeSource(media_node* timeSource);
     status_t SetTimeSourceFor(media_node_id node, media_node_id timeSource);

@@ -11,9 +11,6 @@ namespace kits {
 
 namespace {
 
-std::optional<AudioSystem> chosen;
-std::string lastFault;
-
 /// Microseconds by which a buffer is to be there before the device's thread looks for it: what a
 /// producer's thread of real-time priority may be late without harm.
 constexpr bigtime_t kMargin = 1000;
@@ -30,35 +27,23 @@ Result<std::unique_ptr<AudioDevice>> OpenDevice(AudioSystem system) {
 
 } // namespace
 
-void ChooseAudioSystem(std::optional<AudioSystem> system) {
-    chosen = system;
-}
-
-const std::string& SystemMixer::LastFault() {
-    return lastFault;
-}
-
-SystemMixer* SystemMixer::Open() {
-    lastFault.clear();
-    std::vector<AudioSystem> systems{AudioSystem::Jack, AudioSystem::Pulse, AudioSystem::Alsa};
-    if (chosen)
-        systems = {*chosen};
+Result<std::unique_ptr<SystemMixer>> SystemMixer::Open(std::span<const AudioSystem> systems) {
+    std::string faults;
     for (const AudioSystem system : systems) {
         auto device = OpenDevice(system);
         std::string fault;
         if (device) {
-            auto* mixer = new SystemMixer(*std::move(device));
+            auto mixer = std::make_unique<SystemMixer>(system, *std::move(device));
             const Result<void> started = mixer->StartDevice();
             if (started)
                 return mixer;
-            delete mixer;
             fault = started.Fault().text;
         } else {
             fault = device.Fault().text;
         }
-        lastFault += (lastFault.empty() ? "" : "; ") + fault;
+        faults += (faults.empty() ? "" : "; ") + fault;
     }
-    return nullptr;
+    return Error{faults};
 }
 
 SystemMixer::Input::Input(const DeviceClock& clock, const media_format& format,
@@ -68,8 +53,9 @@ SystemMixer::Input::Input(const DeviceClock& clock, const media_format& format,
       producer(producer),
       source(source) {}
 
-SystemMixer::SystemMixer(std::unique_ptr<AudioDevice> opened)
+SystemMixer::SystemMixer(AudioSystem system, std::unique_ptr<AudioDevice> opened)
     : BMediaNode("System mixer"),
+      system(system),
       device(std::move(opened)),
       clock(device->SampleRate(), device->Smoothing()) {}
 
@@ -86,7 +72,12 @@ uint32 SystemMixer::Kinds() const {
 
 Result<void> SystemMixer::StartDevice() {
     clock.Period(0, system_time());
-    return device->Start(*this, [this] { gone = true; });
+    return device->Start(*this);
+}
+
+std::unique_ptr<AudioDevice> SystemMixer::TakeDevice() {
+    device->Stop();
+    return std::move(device);
 }
 
 void SystemMixer::Play(float* samples, uint32 frames, bigtime_t now) noexcept {

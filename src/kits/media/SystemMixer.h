@@ -9,9 +9,8 @@
 
 #include <array>
 #include <atomic>
-#include <functional>
 #include <memory>
-#include <optional>
+#include <span>
 #include <string>
 
 namespace kits {
@@ -23,21 +22,29 @@ class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSou
   public:
     static constexpr std::size_t kMostInputs = 8;
 
-    /// The mixer of the chosen device; null where there is none, and `LastFault` says why.
-    static SystemMixer* Open();
-    static const std::string& LastFault();
+    /// A mixer that plays through the first of the systems that has a device; the error says of
+    /// each why it has none. Waits for as long as the systems take to answer. Any thread.
+    static Result<std::unique_ptr<SystemMixer>> Open(std::span<const AudioSystem> systems);
 
-    explicit SystemMixer(std::unique_ptr<AudioDevice> device);
+    SystemMixer(AudioSystem system, std::unique_ptr<AudioDevice> device);
     ~SystemMixer() override;
     /// Begins to play.
     Result<void> StartDevice();
+    /// Stops and gives the device away, to a mixer at the rate that it has now; of no use itself
+    /// any more. No producer may be connected.
+    std::unique_ptr<AudioDevice> TakeDevice();
+
+    /// As AudioDevice::Tend.
+    void TendDevice() { device->Tend(); }
 
     /// Of all inputs that there are and were. Window thread.
     MixerCounts Counts() const;
+    AudioSystem System() const { return system; }
     std::string DeviceName() const { return device->Name(); }
     double DeviceRate() const { return clock.Rate(); }
-    /// The device has disappeared while it was playing. Any thread.
-    bool DeviceHasGone() const { return gone; }
+    /// The device plays no more, and another mixer is needed. Any thread.
+    bool DeviceHasGone() const { return device->HasGone(); }
+    bool DeviceHasNewRate() const { return device->HasNewRate(); }
 
     uint32 Kinds() const override;
     void* AddOn(int32*) const override { return nullptr; }
@@ -68,13 +75,13 @@ class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSou
     void Play(float* samples, uint32 frames, bigtime_t now) noexcept override;
     std::atomic<Input*>* Slot(const media_destination& destination);
 
+    AudioSystem system;
     std::unique_ptr<AudioDevice> device;
     DeviceClock clock;
     std::array<std::atomic<Input*>, kMostInputs> inputs{};
     /// The device's thread: frames played so far.
     int64 frame = 0;
     Reader reader;
-    std::atomic<bool> gone{false};
     /// Of inputs that are no longer connected.
     MixerCounts past;
 };

@@ -10,21 +10,15 @@ namespace kits {
 /// in any more, then what came in is delivered.
 class MidiConnection {
   public:
-    explicit MidiConnection(BMidiLocalConsumer& consumer) : thread(consumer) {}
-    ~MidiConnection() {
-        if (systems)
-            systems->Unregister();
-    }
-
-    status_t Open(const std::string& name) {
-        auto opened = MidiSystems::Open();
-        if (!opened)
-            return B_ERROR;
-        systems = *opened;
-        const status_t status = systems->Register(name, thread);
+    explicit MidiConnection(BMidiLocalConsumer& consumer)
+        : systems(MidiSystems::Open()), thread(consumer) {
+        systems->Register(consumer.Name(), thread);
         thread.Start();
-        return status;
     }
+    ~MidiConnection() { systems->Unregister(); }
+    MidiConnection(const MidiConnection&) = delete;
+    MidiConnection& operator=(const MidiConnection&) = delete;
+
     status_t Connect(int32 source, bool connected) { return systems->Connect(source, connected); }
 
   private:
@@ -55,13 +49,9 @@ BMidiLocalConsumer::BMidiLocalConsumer(std::string name) : BMidiEndpoint(std::mo
 BMidiLocalConsumer::~BMidiLocalConsumer() = default;
 
 status_t BMidiLocalConsumer::Register() {
-    if (connection)
-        return B_OK;
-    auto opened = std::make_unique<kits::MidiConnection>(*this);
-    const status_t status = opened->Open(Name());
-    if (status == B_OK)
-        connection = std::move(opened);
-    return status;
+    if (!connection)
+        connection = std::make_unique<kits::MidiConnection>(*this);
+    return B_OK;
 }
 
 status_t BMidiLocalConsumer::Unregister() {

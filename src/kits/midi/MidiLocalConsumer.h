@@ -42,7 +42,7 @@ class BMidiLocalConsumer : public BMidiEndpoint {
     ~BMidiLocalConsumer() override;
 
     /// Starts the MIDI thread and makes ports of the endpoint's name, to which other programs can
-    /// connect their sources. B_ERROR where no MIDI system has one. Window thread.
+    /// connect their sources, in every MIDI system that is there or comes later. Window thread.
     status_t Register();
     /// Takes the ports away and ends the MIDI thread: no hook runs any more when it returns.
     status_t Unregister();

@@ -16,15 +16,11 @@ status_t BMidiProducer::Disconnect(BMidiLocalConsumer* consumer) {
 }
 
 BMidiRoster* BMidiRoster::MidiRoster(std::string* reason) {
-    static std::unique_ptr<BMidiRoster> roster;
-    if (!roster) {
-        auto systems = kits::MidiSystems::Open();
-        if (systems)
-            roster.reset(new BMidiRoster(*systems));
-        else if (reason)
-            *reason = systems.Fault().text;
-    }
-    return roster.get();
+    static BMidiRoster roster(kits::MidiSystems::Open());
+    const std::string fault = roster.systems->Fault();
+    if (reason)
+        *reason = fault;
+    return fault.empty() ? &roster : nullptr;
 }
 
 void BMidiRoster::StartWatching(const BMessenger& messenger) {

@@ -43,10 +43,11 @@ class BMidiProducer : public BMidiEndpoint {
 /// The sources that JACK and the ALSA sequencer show, whichever of the two there is.
 class BMidiRoster {
   public:
-    /// Null where there is no MIDI system; `reason` then says why. Window thread.
+    /// Null while there is no MIDI system; `reason` then says why. Window thread.
     static BMidiRoster* MidiRoster(std::string* reason = nullptr);
 
-    /// Sends a B_MIDI_EVENT whenever sources have come or gone, until the target goes.
+    /// Sends a B_MIDI_EVENT whenever sources have come or gone, be it with their system, until the
+    /// target goes.
     void StartWatching(const BMessenger& messenger);
 
     /// The producer with the lowest id above *id, which becomes its id; null after the last.

@@ -5,44 +5,37 @@
 
 #include <algorithm>
 #include <ctime>
+#include <utility>
 
 namespace kits {
 
 namespace {
 
-/// How often systems that do not tell of changes are asked, in seconds.
+/// How often systems that do not tell of changes are asked, and others are looked for, in seconds.
 constexpr int kPollInterval = 1;
 
 } // namespace
 
-Result<std::shared_ptr<MidiSystems>> MidiSystems::Open() {
+std::shared_ptr<MidiSystems> MidiSystems::Open() {
     static std::weak_ptr<MidiSystems> opened;
     if (std::shared_ptr<MidiSystems> systems = opened.lock())
         return systems;
     auto systems = std::make_shared<MidiSystems>(0);
-    std::string reasons;
-    const auto changed = [raw = systems.get()] { ::sem_post(&raw->changed); };
-    systems->Open(OpenJackMidi(changed), reasons);
-    systems->Open(OpenAlsaMidi(changed), reasons);
-    if (!LocalSources::Instance().Empty())
-        systems->systems.push_back(OpenLocalMidi());
-    if (systems->systems.empty())
-        return Error{"no MIDI system: " + reasons};
+    for (System& system : systems->systems)
+        systems->Revive(system);
     systems->Rescan();
+    systems->untold = false;
     systems->thread = std::thread([raw = systems.get()] { raw->Run(); });
     opened = systems;
     return systems;
 }
 
-void MidiSystems::Open(Result<std::unique_ptr<MidiBackend>> opened, std::string& reasons) {
-    if (opened)
-        systems.push_back(*std::move(opened));
-    else
-        reasons += (reasons.empty() ? "" : "; ") + opened.Fault().text;
-}
-
 MidiSystems::MidiSystems(int) {
     ::sem_init(&changed, 0, 0);
+    systems.emplace_back(OpenJackMidi);
+    systems.emplace_back(OpenAlsaMidi);
+    if (!LocalSources::Instance().Empty())
+        systems.emplace_back(OpenLocalMidi);
 }
 
 MidiSystems::~MidiSystems() {
@@ -55,6 +48,60 @@ MidiSystems::~MidiSystems() {
     ::sem_destroy(&changed);
 }
 
+std::string MidiSystems::Fault() {
+    const std::lock_guard lock(mutex);
+    std::string faults;
+    for (const System& system : systems) {
+        if (system.backend)
+            return "";
+        faults += (faults.empty() ? "no MIDI system: " : "; ") + system.fault;
+    }
+    return faults;
+}
+
+/// Lets go of a system that has ended, and opens one that is not there, if it can be opened. A
+/// system may take its time to answer, so nobody is kept out meanwhile.
+void MidiSystems::Revive(System& system) {
+    {
+        const std::lock_guard lock(mutex);
+        if (system.backend && system.backend->HasGone())
+            Close(system);
+        if (system.backend)
+            return;
+    }
+    auto opened = system.open([this] { ::sem_post(&changed); });
+    const std::lock_guard lock(mutex);
+    if (opened) {
+        system.backend = *std::move(opened);
+        OpenInput(system);
+    } else {
+        system.fault = opened.Fault().text;
+    }
+}
+
+/// Takes the system's sources, and the notes that they hold, away with it.
+void MidiSystems::Close(System& system) {
+    untold = std::erase_if(sources,
+                           [&](const auto& entry) { return entry.second.system == &system; }) > 0 ||
+             untold;
+    system.backend.reset();
+    for (MidiThread::Inlet* inlet : {system.shared, system.chosen}) {
+        if (inlet)
+            inlet->EndNotes();
+    }
+}
+
+/// Makes the consumer's port, if there is a consumer.
+void MidiSystems::OpenInput(System& system) {
+    if (!system.backend || !system.shared)
+        return;
+    const auto opened = system.backend->OpenInput(inputName, *system.shared, *system.chosen);
+    if (!opened) {
+        system.fault = opened.Fault().text;
+        Close(system);
+    }
+}
+
 void MidiSystems::Run() {
     while (true) {
         timespec next{};
@@ -63,32 +110,37 @@ void MidiSystems::Run() {
         ::sem_clockwait(&changed, CLOCK_MONOTONIC, &next);
         if (quitting)
             return;
-        if (!Rescan())
-            continue;
+        for (System& system : systems)
+            Revive(system);
+        Rescan();
         const std::lock_guard lock(mutex);
+        if (!std::exchange(untold, false))
+            continue;
         std::erase_if(watchers, [](const BMessenger& watcher) {
             return watcher.SendMessage(BMessage(B_MIDI_EVENT)) != B_OK;
         });
     }
 }
 
-/// Numbers the sources that are new and forgets those that have gone; whether there were any.
-bool MidiSystems::Rescan() {
+/// Numbers the sources that are new and forgets those that have gone.
+void MidiSystems::Rescan() {
     const std::lock_guard lock(mutex);
     std::map<int32, Source> present;
-    for (const std::unique_ptr<MidiBackend>& system : systems) {
-        for (const std::string& name : system->Sources()) {
+    for (System& system : systems) {
+        if (!system.backend)
+            continue;
+        for (const std::string& name : system.backend->Sources()) {
             const auto known = std::find_if(sources.begin(), sources.end(), [&](const auto& entry) {
-                return entry.second.name == name && entry.second.system == system.get();
+                return entry.second.name == name && entry.second.system == &system;
             });
-            present[known == sources.end() ? ++lastNumber : known->first] = {name, system.get()};
+            present[known == sources.end() ? ++lastNumber : known->first] = {name, &system};
         }
     }
     const bool same = present.size() == sources.size() &&
                       std::equal(present.begin(), present.end(), sources.begin(),
                                  [](const auto& a, const auto& b) { return a.first == b.first; });
     sources = std::move(present);
-    return !same;
+    untold = untold || !same;
 }
 
 std::map<int32, MidiSystems::Source> MidiSystems::Sources() {
@@ -102,30 +154,35 @@ void MidiSystems::Watch(const BMessenger& messenger) {
     watchers.push_back(messenger);
 }
 
-status_t MidiSystems::Register(const std::string& name, MidiThread& midi) {
+void MidiSystems::Register(const std::string& name, MidiThread& midi) {
     const std::lock_guard lock(mutex);
-    status_t status = B_ERROR;
-    for (const std::unique_ptr<MidiBackend>& system : systems) {
-        if (system->OpenInput(name, midi.NewInlet(), midi.NewInlet()))
-            status = B_OK;
+    inputName = name;
+    for (System& system : systems) {
+        system.shared = &midi.NewInlet();
+        system.chosen = &midi.NewInlet();
+        OpenInput(system);
     }
-    return status;
 }
 
 void MidiSystems::Unregister() {
     const std::lock_guard lock(mutex);
-    for (const std::unique_ptr<MidiBackend>& system : systems)
-        system->CloseInput();
+    for (System& system : systems) {
+        if (system.backend)
+            system.backend->CloseInput();
+        system.shared = nullptr;
+        system.chosen = nullptr;
+    }
 }
 
 status_t MidiSystems::Connect(int32 number, bool connected) {
     const std::lock_guard lock(mutex);
     const auto source = sources.find(number);
-    if (source == sources.end())
+    if (source == sources.end() || !source->second.system->backend)
         return B_ENTRY_NOT_FOUND;
+    MidiBackend& system = *source->second.system->backend;
     if (connected)
-        return source->second.system->Connect(source->second.name) ? B_OK : B_ERROR;
-    source->second.system->Disconnect(source->second.name);
+        return system.Connect(source->second.name) ? B_OK : B_ERROR;
+    system.Disconnect(source->second.name);
     return B_OK;
 }
 

@@ -5,6 +5,8 @@
 #include "kits/midi/backends/MidiBackend.h"
 
 #include <atomic>
+#include <functional>
+#include <list>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -16,42 +18,64 @@
 
 namespace kits {
 
-/// Open as long as somebody holds it. A thread of its own looks after the sources.
+/// Open as long as somebody holds it. A thread of its own looks after the sources, and once a
+/// second for systems that have gone or were never there: these get the consumer's port when they
+/// come.
 class MidiSystems {
   public:
-    /// The open ones, or those that can be opened; the error says why there is none.
-    static Result<std::shared_ptr<MidiSystems>> Open();
+    /// The open ones, or those that can be opened now.
+    static std::shared_ptr<MidiSystems> Open();
+    /// Why there is no system at present; empty if there is one. Any thread.
+    std::string Fault();
 
     explicit MidiSystems(int passkey);
     ~MidiSystems();
     MidiSystems(const MidiSystems&) = delete;
     MidiSystems& operator=(const MidiSystems&) = delete;
 
+    struct System {
+        using Opener = Result<std::unique_ptr<MidiBackend>> (*)(std::function<void()> changed);
+        explicit System(Opener open) : open(open) {}
+
+        Opener open;
+        /// Null while the system is not there, and why that is so.
+        std::unique_ptr<MidiBackend> backend;
+        std::string fault;
+        /// The registered consumer's.
+        MidiThread::Inlet* shared = nullptr;
+        MidiThread::Inlet* chosen = nullptr;
+    };
     struct Source {
         std::string name;
-        MidiBackend* system;
+        System* system;
     };
-    /// By number, as they are now. Any thread.
+    /// By number, as they are now. A source that went and came again has a new number. Any thread.
     std::map<int32, Source> Sources();
 
     void Watch(const BMessenger& messenger);
 
-    /// Ports named `name` in every system, whose bytes go to the thread. One consumer at a time.
-    /// B_ERROR where no system has a port for it.
-    status_t Register(const std::string& name, MidiThread& thread);
+    /// Ports named `name` in every system that is or comes, whose bytes go to the thread. One
+    /// consumer at a time.
+    void Register(const std::string& name, MidiThread& thread);
     void Unregister();
 
     status_t Connect(int32 source, bool connected);
 
   private:
-    void Open(Result<std::unique_ptr<MidiBackend>> opened, std::string& reasons);
+    void Revive(System& system);
+    void Close(System& system);
+    void OpenInput(System& system);
     void Run();
-    bool Rescan();
+    void Rescan();
 
     std::mutex mutex;
-    std::vector<std::unique_ptr<MidiBackend>> systems;
+    /// Never moved.
+    std::list<System> systems;
+    std::string inputName;
     std::map<int32, Source> sources;
     int32 lastNumber = 0;
+    /// Sources have come or gone, which the watchers do not know yet.
+    bool untold = false;
     std::vector<BMessenger> watchers;
 
     sem_t changed;

@@ -5,7 +5,6 @@
 #include "kits/support/Result.h"
 #include "kits/support/SupportDefs.h"
 
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -22,24 +21,33 @@ class AudioSource {
     virtual void Play(float* samples, uint32 frames, bigtime_t now) noexcept = 0;
 };
 
-/// One output. All calls in the window thread unless noted.
+/// One output. It is opened and started in any one thread, after which all calls are in the window
+/// thread unless noted.
 class AudioDevice {
   public:
     virtual ~AudioDevice() = default;
     /// For a person: "JACK", "PulseAudio: Built-in Audio".
     virtual std::string Name() const = 0;
-    /// Frames per second.
+    /// Frames per second, from the opening or the last Stop on.
     virtual double SampleRate() const = 0;
     /// The most frames that are asked for at a time. May change while playing; any thread.
     virtual uint32 Period() const = 0;
     /// How much the moments that the source is told need to be smoothed, as DeviceClock takes it.
     virtual double Smoothing() const = 0;
-    /// From now on the source is asked, until the device is destroyed or `gone` has been called:
-    /// once, from any thread, when the device has disappeared.
-    virtual Result<void> Start(AudioSource& source, std::function<void()> gone) = 0;
+    /// From now on the source is asked, until Stop is called or the device has gone.
+    virtual Result<void> Start(AudioSource& source) = 0;
+    /// When it returns the source is not being asked and will not be again. Silence is played until
+    /// the next Start.
+    virtual void Stop() = 0;
+    /// To be called now and then while it plays, for what may come later than the device.
+    virtual void Tend() {}
+    /// The device has disappeared for good, and is to be opened anew. Any thread.
+    virtual bool HasGone() const = 0;
+    /// It plays at another rate than SampleRate says, and is to be stopped and started.
+    virtual bool HasNewRate() const { return false; }
 };
 
-/// The error says why there is no such device.
+/// The error says why there is no such device. Wait for as long as the system takes to answer.
 Result<std::unique_ptr<AudioDevice>> OpenJackDevice();
 Result<std::unique_ptr<AudioDevice>> OpenRtAudioDevice(AudioSystem system);
 

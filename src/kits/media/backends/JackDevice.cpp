@@ -2,6 +2,7 @@
 #include "kits/media/backends/AudioDevice.h"
 #include "kits/support/backends/JackClient.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 
@@ -19,10 +20,10 @@ constexpr bigtime_t kMostAgo = 10000;
 
 class JackDevice : public AudioDevice, private JackProcessor {
   public:
-    explicit JackDevice(std::shared_ptr<JackClient> opened) : client(std::move(opened)) {}
+    explicit JackDevice(std::shared_ptr<JackClient> opened)
+        : client(std::move(opened)), rate(jack_get_sample_rate(client->Handle())) {}
 
     ~JackDevice() override {
-        client->Unlisten(this);
         if (!port)
             return;
         client->Remove(*this);
@@ -31,39 +32,67 @@ class JackDevice : public AudioDevice, private JackProcessor {
     }
 
     std::string Name() const override { return "JACK"; }
-    double SampleRate() const override { return jack_get_sample_rate(client->Handle()); }
+    double SampleRate() const override { return rate; }
     uint32 Period() const override { return jack_get_buffer_size(client->Handle()); }
 
     /// The server has smoothed its periods' times, and knows when it has lost some.
     double Smoothing() const override { return 1; }
 
-    Result<void> Start(AudioSource& from, std::function<void()> gone) override {
+    Result<void> Start(AudioSource& from) override {
+        source = &from;
+        // Once there, the port stays, and with it what others have connected to it.
+        if (port)
+            return {};
         port = jack_port_register(client->Handle(), kPort, JACK_DEFAULT_AUDIO_TYPE,
                                   JackPortIsOutput, 0);
         if (!port)
             return Error{std::string("JACK has no port for \"") + kPort + '"'};
-        source = &from;
-        client->Listen(this, [this, gone = std::move(gone)] {
-            if (client->IsDead() && !told.exchange(true))
-                gone();
-        });
         if (!client->Add(*this))
             return Error{"the JACK client has no room for the audio output"};
         ConnectToLoudspeakers();
         return {};
     }
 
+    void Stop() override {
+        source = nullptr;
+        client->FinishPeriod();
+        rate = jack_get_sample_rate(client->Handle());
+    }
+
+    /// PipeWire answers before it has found its sound cards.
+    void Tend() override {
+        if (loudspeakers < kLoudspeakers && !client->IsDead())
+            ConnectToLoudspeakers();
+    }
+
+    bool HasGone() const override { return client->IsDead(); }
+
+    /// PipeWire changes the rate of its graph under its clients; jackd keeps its own.
+    bool HasNewRate() const override {
+        return !client->IsDead() && jack_get_sample_rate(client->Handle()) != rate;
+    }
+
   private:
+    /// Each of them once: what a person disconnects stays so.
     void ConnectToLoudspeakers() {
         const char** ports = jack_get_ports(client->Handle(), nullptr, JACK_DEFAULT_AUDIO_TYPE,
                                             JackPortIsPhysical | JackPortIsInput);
-        for (int i = 0; ports && ports[i] && i < kLoudspeakers; i++)
+        for (int i = 0; ports && ports[i] && i < kLoudspeakers; i++) {
+            if (i < loudspeakers)
+                continue;
             jack_connect(client->Handle(), jack_port_name(port), ports[i]);
+            loudspeakers = i + 1;
+        }
         jack_free(ports);
     }
 
     void Process(uint32 frames) noexcept override {
         auto* samples = static_cast<float*>(jack_port_get_buffer(port, frames));
+        AudioSource* const asked = source;
+        if (!asked) {
+            std::fill_n(samples, frames, 0.0F);
+            return;
+        }
         jack_nframes_t frame = 0;
         jack_time_t now = 0;
         jack_time_t next = 0;
@@ -77,13 +106,15 @@ class JackDevice : public AudioDevice, private JackProcessor {
         // back over many seconds.
         if (std::abs(ago) > kMostAgo + 2 * static_cast<bigtime_t>(period))
             ago = 0;
-        source->Play(samples, frames, system_time() - ago);
+        asked->Play(samples, frames, system_time() - ago);
     }
 
     std::shared_ptr<JackClient> client;
+    jack_nframes_t rate;
     jack_port_t* port = nullptr;
-    AudioSource* source = nullptr;
-    std::atomic<bool> told{false};
+    /// How many the port has been connected to.
+    int loudspeakers = 0;
+    std::atomic<AudioSource*> source{nullptr};
 };
 
 } // namespace

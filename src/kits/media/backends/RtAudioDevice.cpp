@@ -2,6 +2,7 @@
 #include "kits/media/backends/AudioDevice.h"
 
 #include <algorithm>
+#include <atomic>
 
 #include <alsa/asoundlib.h>
 #include <rtaudio/RtAudio.h>
@@ -49,17 +50,12 @@ class RtAudioDevice : public AudioDevice {
         options.flags = RTAUDIO_SCHEDULE_REALTIME | RTAUDIO_MINIMIZE_LATENCY;
         options.streamName = "Vexa";
         audio.openStream(&output, nullptr, RTAUDIO_FLOAT32, rate, &period, Callback, this, &options,
-                         [](RtAudioError::Type, const std::string&) {});
+                         TakeError);
         mono.resize(period);
     }
 
     ~RtAudioDevice() override {
-        try {
-            if (audio.isStreamRunning())
-                audio.abortStream();
-        } catch (const RtAudioError&) {
-            // The device has gone before us.
-        }
+        RtAudioDevice::Stop();
         if (audio.isStreamOpen())
             audio.closeStream();
     }
@@ -71,21 +67,46 @@ class RtAudioDevice : public AudioDevice {
     /// The moments are those at which a thread woke up.
     double Smoothing() const override { return 0.05; }
 
-    Result<void> Start(AudioSource& from, std::function<void()>) override {
+    Result<void> Start(AudioSource& from) override {
         source = &from;
         try {
             audio.startStream();
         } catch (const RtAudioError& fault) {
             return Error{name + ": " + fault.getMessage()};
         }
+        // With a callback for errors the library throws none.
+        if (!audio.isStreamRunning())
+            return Error{name + ": the stream does not start"};
         return {};
     }
 
+    void Stop() override {
+        try {
+            if (audio.isStreamRunning())
+                audio.abortStream();
+        } catch (const RtAudioError&) {
+            // The device has gone before us.
+        }
+    }
+
+    bool HasGone() const override { return gone; }
+
   private:
+    /// What ends a stream at once.
+    static constexpr int kAbort = 2;
+
     static int Callback(void* output, void*, unsigned frames, double, RtAudioStreamStatus,
                         void* self) {
-        static_cast<RtAudioDevice*>(self)->Fill(static_cast<float*>(output), frames);
-        return 0;
+        playing = static_cast<RtAudioDevice*>(self);
+        playing->Fill(static_cast<float*>(output), frames);
+        return playing->gone ? kAbort : 0;
+    }
+
+    /// An error of the stream's thread is a device that takes no more samples, and to be left at
+    /// once; a mere underrun is none.
+    static void TakeError(RtAudioError::Type, const std::string&) {
+        if (playing)
+            playing->gone = true;
     }
 
     void Fill(float* output, unsigned frames) noexcept {
@@ -105,7 +126,12 @@ class RtAudioDevice : public AudioDevice {
     unsigned period = kPreferredPeriod;
     std::vector<float> mono;
     AudioSource* source = nullptr;
+    std::atomic<bool> gone{false};
+    /// That of the stream's thread: the library's callback for errors says nothing of the stream.
+    static thread_local RtAudioDevice* playing;
 };
+
+thread_local RtAudioDevice* RtAudioDevice::playing = nullptr;
 
 } // namespace
 

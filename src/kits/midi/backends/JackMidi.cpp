@@ -86,6 +86,8 @@ class JackMidi final : public MidiBackend, private JackProcessor {
             jack_disconnect(client->Handle(), source.c_str(), jack_port_name(chosen.port));
     }
 
+    bool HasGone() const override { return client->IsDead(); }
+
   private:
     struct Input {
         /// Set last and taken away first; read by the server's threads.

@@ -81,8 +81,8 @@ class LocalMidi final : public MidiBackend {
 
 } // namespace
 
-std::unique_ptr<MidiBackend> OpenLocalMidi() {
-    return std::make_unique<LocalMidi>();
+Result<std::unique_ptr<MidiBackend>> OpenLocalMidi(std::function<void()>) {
+    return {std::make_unique<LocalMidi>()};
 }
 
 } // namespace kits

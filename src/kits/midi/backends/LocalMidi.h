@@ -35,6 +35,6 @@ class LocalSources {
 };
 
 /// LocalSources as a system beside JACK and ALSA.
-std::unique_ptr<MidiBackend> OpenLocalMidi();
+Result<std::unique_ptr<MidiBackend>> OpenLocalMidi(std::function<void()> changed);
 
 } // namespace kits

@@ -11,8 +11,8 @@
 
 namespace kits {
 
-/// A connection to one MIDI system. All calls in the window thread, but where `changed` runs is the
-/// system's choice: it must only take note.
+/// A connection to one MIDI system. One call at a time, from any thread but the real-time ones and
+/// the system's. Where `changed` runs is the system's choice: it must only take note.
 class MidiBackend {
   public:
     virtual ~MidiBackend() = default;
@@ -31,10 +31,14 @@ class MidiBackend {
     /// Between the input and a source of that name; the error names the source.
     virtual Result<void> Connect(const std::string& source) = 0;
     virtual void Disconnect(const std::string& source) = 0;
+
+    /// The system has ended, for good: it is to be opened anew.
+    virtual bool HasGone() const { return false; }
 };
 
 /// The error says why there is no such system. `changed` is called when sources have come or gone,
-/// where the system tells; otherwise the sources must be asked for now and then.
+/// where the system tells, and when the system has gone; otherwise the sources must be asked for
+/// now and then. Wait for as long as the system takes to answer.
 Result<std::unique_ptr<MidiBackend>> OpenJackMidi(std::function<void()> changed);
 Result<std::unique_ptr<MidiBackend>> OpenAlsaMidi(std::function<void()> changed);
 

@@ -14,25 +14,43 @@ std::string Reason(jack_status_t status) {
     return "the JACK server refused the client";
 }
 
+/// The one client, which the audio and the MIDI port's threads ask for.
+struct TheClient {
+    std::mutex mutex;
+    std::weak_ptr<JackClient> opened;
+    /// There is a handle, of a client that may be on its way out.
+    std::atomic<bool> exists{false};
+};
+
+TheClient& One() {
+    static TheClient one;
+    return one;
+}
+
 /// The library reports to standard error on its own; what matters is in our messages.
 void Quiet(const char*) {}
 
 } // namespace
 
 Result<std::shared_ptr<JackClient>> JackClient::Open() {
-    static std::weak_ptr<JackClient> opened;
-    if (std::shared_ptr<JackClient> client = opened.lock(); client && !client->IsDead())
+    TheClient& one = One();
+    const std::lock_guard lock(one.mutex);
+    if (std::shared_ptr<JackClient> client = one.opened.lock(); client && !client->IsDead())
         return client;
+    // All clients of a process look at one server's memory: that of a new server cannot be theirs.
+    if (one.exists)
+        return Error{"the JACK server has gone"};
     jack_set_error_function(Quiet);
     jack_set_info_function(Quiet);
     jack_status_t status{};
     jack_client_t* handle = jack_client_open("Vexa", JackNoStartServer, &status);
     if (!handle)
         return Error{Reason(status)};
+    one.exists = true;
     std::shared_ptr<JackClient> client(new JackClient(handle));
     if (jack_activate(handle) != 0)
         return Error{"the JACK server did not activate the client"};
-    opened = client;
+    one.opened = client;
     return client;
 }
 
@@ -58,6 +76,7 @@ JackClient::JackClient(_jack_client* client) : client(client) {
 
 JackClient::~JackClient() {
     jack_client_close(client);
+    One().exists = false;
 }
 
 bool JackClient::Add(JackProcessor& processor) {
@@ -74,8 +93,12 @@ void JackClient::Remove(JackProcessor& processor) {
         JackProcessor* expected = &processor;
         slot.compare_exchange_strong(expected, nullptr);
     }
-    // The period in which it was called last is over when the readers have passed. Only a server
-    // that has gone may leave its thread, and so its reader, in the middle of one.
+    FinishPeriod();
+}
+
+void JackClient::FinishPeriod() {
+    // It is over when the readers have passed. Only a server that has gone may leave its thread,
+    // and so its reader, in the middle of one.
     const auto passed = std::make_shared<std::atomic<bool>>(false);
     Retire([passed] { *passed = true; });
     while (!*passed && !(WaitForReaders(std::chrono::milliseconds(100)) || IsDead())) {

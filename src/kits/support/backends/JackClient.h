@@ -26,11 +26,12 @@ class JackProcessor {
 };
 
 /// Open as long as somebody holds it. When the server ends, or throws the client out, the client is
-/// dead for good; a later Open makes another.
+/// dead for good; an Open makes another once all who held it have let it go. Each of the calls is
+/// any thread's but the server's and the real-time ones, unless noted.
 class JackClient {
   public:
     /// The open client, or a new one named "Vexa" (the server numbers further instances). Never
-    /// starts a server. The error says why there is none. Window thread.
+    /// starts a server. The error says why there is none. Waits for the server's answer.
     static Result<std::shared_ptr<JackClient>> Open();
 
     ~JackClient();
@@ -41,13 +42,15 @@ class JackClient {
     /// The server has gone. Any thread.
     bool IsDead() const { return dead; }
 
-    /// The processor is called from the next period on. At most kMostProcessors. Window thread.
+    /// The processor is called from the next period on. At most kMostProcessors.
     bool Add(JackProcessor& processor);
-    /// When it returns the processor is not being called and will not be again. Window thread.
+    /// When it returns the processor is not being called and will not be again.
     void Remove(JackProcessor& processor);
+    /// When it returns no processor is in a period that had begun before.
+    void FinishPeriod();
 
     /// `listener` is called, in a thread of the JACK library, when the server goes or when ports
-    /// come, go, are renamed, connected or disconnected. It may not call the server. Window thread.
+    /// come, go, are renamed, connected or disconnected. It may not call the server.
     void Listen(const void* owner, std::function<void()> listener);
     /// When it returns the owner's listener is not being called and will not be again.
     void Unlisten(const void* owner);

@@ -1,0 +1,33 @@
+#include "kits/media/MixerSearch.h"
+
+#include <utility>
+
+namespace kits {
+
+namespace {
+
+constexpr std::chrono::seconds kPause{1};
+
+} // namespace
+
+MixerSearch::State MixerSearch::Look() {
+    if (found)
+        return State::Found;
+    if (!look.valid()) {
+        std::vector<AudioSystem> systems = AudioSystemsToTry();
+        std::erase(systems, AudioSystem::None);
+        if (systems.empty() || Clock::now() < next)
+            return State::InVain;
+        // Where the system has no thread left, the look takes place below.
+        look = std::async(std::launch::async | std::launch::deferred,
+                          [systems] { return SystemMixer::Open(systems); });
+    }
+    if (look.wait_for(std::chrono::seconds(0)) == std::future_status::timeout)
+        return State::Looking;
+    next = Clock::now() + kPause;
+    if (auto opened = look.get())
+        found = *std::move(opened);
+    return found ? State::Found : State::InVain;
+}
+
+} // namespace kits

@@ -1,5 +1,6 @@
 #include "kits/storage/FileReplacement.h"
 
+#include "support/Limits.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

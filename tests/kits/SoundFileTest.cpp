@@ -1,5 +1,6 @@
 #include "kits/media/MediaFile.h"
 #include "kits/media/SoundFileWriter.h"
+#include "support/Limits.h"
 #include "support/SoundFiles.h"
 #include "support/TemporaryFolder.h"
 

@@ -1,6 +1,7 @@
 // vexa-render as a user runs it.
 #include "kits/support/SupportDefs.h"
 #include "support/Command.h"
+#include "support/Limits.h"
 #include "support/Spectrum.h"
 #include "support/TemporaryFolder.h"
 

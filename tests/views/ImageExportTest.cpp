@@ -1,5 +1,6 @@
 #include "views/ImageExport.h"
 
+#include "support/Limits.h"
 #include "support/TemporaryFolder.h"
 #include "support/WindowStage.h"
 

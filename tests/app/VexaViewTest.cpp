@@ -211,33 +211,6 @@ TEST_F(VexaViewTest, WithoutASourceKeysAreSilent) {
     EXPECT_EQ(view->Graph().Consumer().CountVox(), 0);
 }
 
-TEST_F(VexaViewTest, WhatIsSavedIsLoadedAgain) {
-    Open();
-    Enter("Fxy", "0.25*sin(x)");
-    Enter("Cy3", "0.125");
-    Enter("Sc", "15.0");
-    view->EnvelopeEditor(3).SetPoints({{0, false, 0.5F}, {1, true, 0.25F}});
-    const vexa::Sound sound = view->ConstructSound();
-    const uint32 pixel = PixelAt(77, 99);
-    view->SaveSound("mine.xml");
-    view->SaveFunction("mine.xml");
-    EXPECT_THAT(alerts.texts, ElementsAre());
-    view->LoadSound(folder.Path() / "sounds/default.xml");
-    test::Settle();
-    EXPECT_NE(view->ConstructSound(), sound);
-    EXPECT_TRUE(view->LoadSound(folder.Path() / "sounds/mine.xml"));
-    test::Settle();
-    vexa::Sound again = view->ConstructSound();
-    EXPECT_EQ(again.texts, sound.texts);
-    EXPECT_EQ(again.envelopes, sound.envelopes);
-    EXPECT_EQ(again.function, sound.function);
-    EXPECT_EQ(PixelAt(77, 99), pixel);
-    EXPECT_EQ(view->SoundParam().Cy3, 0.125F);
-    Enter("Fxy", "1.0");
-    EXPECT_TRUE(view->LoadFunction(folder.Path() / "functions/mine.xml"));
-    EXPECT_EQ(PixelAt(77, 99), pixel);
-}
-
 TEST_F(VexaViewTest, TheAuthorIsTheDocumentsUntilSomethingIsEdited) {
     Open(false);
     vexa::Sound sound = view->ConstructSound();

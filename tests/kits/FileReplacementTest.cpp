@@ -1,6 +1,5 @@
 #include "kits/storage/FileReplacement.h"
 
-#include "support/Limits.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -55,15 +54,6 @@ TEST(FileReplacement, ReportsWhatCannotBeWritten) {
         << missing.Fault().text;
     EXPECT_FALSE(kits::ReplaceFile(folder.Path(), "x")) << "a folder is not a file";
     EXPECT_FALSE(kits::ReplaceFile("/dev/full", "x")) << "a device is not a file";
-}
-
-TEST(FileReplacement, AFullDiskLeavesTheOldFile) {
-    const TemporaryFolder folder;
-    const fs::path file = folder.Write("a.txt", "old");
-    test::WithFileSizeLimit(
-        1 << 16, [&] { EXPECT_FALSE(kits::ReplaceFile(file, std::string(1 << 17, 'x'))); });
-    EXPECT_EQ(Contents(file), "old");
-    EXPECT_EQ(folder.Count(), 1U);
 }
 
 } // namespace

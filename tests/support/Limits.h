@@ -8,6 +8,7 @@
 #include <fstream>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <fcntl.h>
@@ -17,12 +18,11 @@
 
 namespace test {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-/// Sanitizers take terabytes of address space and many descriptors for themselves.
-constexpr bool kSanitized = true;
-#else
-constexpr bool kSanitized = false;
-#endif
+/// What the programs under test are built with. Sanitizers take terabytes of address space.
+constexpr std::string_view kSanitizers = VEXA_SANITIZE;
+constexpr bool kSanitized = !kSanitizers.empty();
+/// To look at an object's type, this one needs descriptors itself.
+constexpr bool kNeedsDescriptors = kSanitizers.find("undefined") != std::string_view::npos;
 
 /// The command that may use so much of a resource, as the shell's ulimit takes it.
 inline std::vector<std::string> Limited(const std::string& limit,

@@ -8,10 +8,32 @@
 
 namespace vexa {
 
+namespace {
+
+/// While it lives, the field takes no text.
+class Pause {
+  public:
+    explicit Pause(BTextControl& field) : field(field), focused(field.IsFocus()) {
+        field.SetEnabled(false);
+    }
+    ~Pause() {
+        field.SetEnabled(true);
+        if (focused)
+            field.MakeFocus();
+    }
+    Pause(const Pause&) = delete;
+    Pause& operator=(const Pause&) = delete;
+
+  private:
+    BTextControl& field;
+    const bool focused;
+};
+
+} // namespace
+
 void VexaView::Compile(const char* expression) {
     BTextControl* field = Field("Fxy");
-    const bool focused = field->IsFocus();
-    field->SetEnabled(false);
+    const Pause pause(*field);
     CompileOutcome outcome = FunctionCompiler(programFolder).Compile(expression);
     if (outcome) {
         field->SetText(outcome.addon->Expression()->c_str());
@@ -21,9 +43,6 @@ void VexaView::Compile(const char* expression) {
     field->MarkWrong(!outcome);
     if (!outcome)
         ShowFailure(outcome);
-    field->SetEnabled(true);
-    if (focused)
-        field->MakeFocus();
 }
 
 /// What went wrong, in alerts; why and where, on standard error and in the field's tool tip.

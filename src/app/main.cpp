@@ -3,6 +3,7 @@
 #include "app/HeadlessPlayer.h"
 #include "app/VexaApplication.h"
 #include "kits/application/GuardedMain.h"
+#include "kits/application/Room.h"
 #include "kits/storage/ProgramFolder.h"
 
 #include <algorithm>
@@ -11,6 +12,11 @@
 #include <vector>
 
 namespace {
+
+/// What playing takes at most of what the system may limit: 20 descriptors, and in a window on a
+/// JACK server 660 MB of address space, of which the loader has taken 85 before.
+constexpr std::size_t kDescriptors = 64;
+constexpr std::size_t kMemory = std::size_t{640} << 20;
 
 int Fail(const std::string& text, int exitCode) {
     std::fprintf(stderr, "vexa: %s\n", text.c_str());
@@ -21,17 +27,20 @@ int Run(const std::vector<std::string>& texts) {
     const auto options = vexa::ParseAppOptions(texts);
     if (!options)
         return Fail(options.Fault().text + "\n" + vexa::kAppUsageHint, vexa::kAppUsageExitCode);
-    kits::ChooseAudioSystem(options->audio);
     switch (options->action) {
     case vexa::AppOptions::Action::Help:
         return std::fputs(vexa::AppHelpText().c_str(), stdout) < 0;
     case vexa::AppOptions::Action::Version:
         return std::fputs(vexa::AppVersionText().c_str(), stdout) < 0;
     case vexa::AppOptions::Action::List:
-        return vexa::ListDevices();
     case vexa::AppOptions::Action::Play:
         break;
     }
+    if (const auto room = kits::CheckRoom(kDescriptors, kMemory); !room)
+        return Fail(room.Fault().text, 1);
+    kits::ChooseAudioSystem(options->audio);
+    if (options->action == vexa::AppOptions::Action::List)
+        return vexa::ListDevices();
     const auto folder = kits::ProgramFolder("vexa");
     if (!folder)
         return Fail(folder.Fault().text, 1);

@@ -15,6 +15,10 @@ constexpr const char* kDoctypeLocation = "vexa.dtd";
 /// The indentation of each level.
 constexpr const char* kIndentation = "  ";
 
+kits::Error NotLoaded(const std::filesystem::path& path) {
+    return {"Could not load \n" + path.string()};
+}
+
 } // namespace
 
 MXDocument ConstructDocumentTemplate(const std::string& rootName) {
@@ -43,11 +47,16 @@ kits::Result<MXDocument> LoadDocument(const std::filesystem::path& path, ReadRep
             report.reason = path.string() + ": " + StatusText(document.Status());
         else
             report.reason = path.string() + ": no root element";
-        return kits::Error{"Could not load \n" + path.string()};
+        return NotLoaded(path);
     }
     if (isMalformed)
         report.warnings.push_back("reading ended at " + std::string(StatusText(document.Status())));
     return document;
+}
+
+kits::Error TooLarge(const std::filesystem::path& path, ReadReport& report) {
+    report = {path.string() + ": there is not enough memory", {}};
+    return NotLoaded(path);
 }
 
 kits::Result<void> SaveDocument(const std::filesystem::path& path, MXDocument& document,

@@ -8,6 +8,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <new>
 #include <string>
 
 namespace vexa {
@@ -38,11 +39,14 @@ kits::Result<MXDocument> LoadDocument(const std::filesystem::path& path, ReadRep
 kits::Result<void> SaveDocument(const std::filesystem::path& path, MXDocument& document,
                                 const char* fileType);
 
+/// The error, and into the report, that memory does not suffice for the document.
+kits::Error TooLarge(const std::filesystem::path& path, ReadReport& report);
+
 /// What `interpret` (InterpretFunction, InterpretSound) makes of `startFrom` and the document at
 /// `path`. Error and report as with LoadDocument.
 template<class Value, class Interpret>
 kits::Result<Value> ReadValue(const std::filesystem::path& path, Value value, Interpret interpret,
-                              ReadReport& report) {
+                              ReadReport& report) try {
     kits::Result<MXDocument> document = LoadDocument(path, report);
     if (!document)
         return document.Fault();
@@ -55,6 +59,8 @@ kits::Result<Value> ReadValue(const std::filesystem::path& path, Value value, In
         return interpreted.Fault();
     }
     return value;
+} catch (const std::bad_alloc&) {
+    return TooLarge(path, report);
 }
 
 } // namespace vexa

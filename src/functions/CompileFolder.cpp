@@ -84,10 +84,12 @@ kits::Result<CompileFolder> CompileFolder::Create(const fs::path& parent) {
             locked.st_ino == there.st_ino)
             return CompileFolder(pattern, std::move(lock));
         // Where folders cannot be locked (network file systems) nobody takes it for a left-over.
-        if (!lock && fault != EWOULDBLOCK && fault != ENOENT)
+        if (!lock && fault != EWOULDBLOCK && fault != ENOENT && fault != EMFILE && fault != ENFILE)
             return CompileFolder(pattern, kits::Descriptor());
-        std::error_code ignored;
-        fs::remove_all(pattern, ignored);
+        // Empty as it is; to look into it would take a descriptor.
+        ::rmdir(pattern.c_str());
+        if (fault == EMFILE || fault == ENFILE)
+            return failure(std::strerror(fault));
     }
     return failure("it cannot be locked");
 }
@@ -100,6 +102,8 @@ CompileFolder::CompileFolder(CompileFolder&& other) noexcept
 
 CompileFolder::~CompileFolder() {
     std::error_code ignored;
+    // What the lock's descriptor leaves free is needed for removing.
+    lock.Close();
     if (!path.empty())
         fs::remove_all(path, ignored);
 }

@@ -7,6 +7,7 @@
 
 #include <cstring>
 #include <initializer_list>
+#include <new>
 #include <utility>
 
 namespace vexa {
@@ -93,7 +94,7 @@ std::vector<std::string> FunctionCompiler::Command(const char* source, const cha
 FunctionCompiler::FunctionCompiler(const fs::path& programFolder, kits::ChildLimits childLimits)
     : functions(programFolder / "functions"), addonPath(functions / kAddon), limits(childLimits) {}
 
-CompileOutcome FunctionCompiler::Compile(std::string_view expression) const {
+CompileOutcome FunctionCompiler::Compile(std::string_view expression) const try {
     if (const auto fault = CheckExpression(expression))
         return {CompilerFailure(SourcePath(), "character " + std::to_string(fault->position + 1) +
                                                   ": " + fault->reason),
@@ -104,6 +105,8 @@ CompileOutcome FunctionCompiler::Compile(std::string_view expression) const {
         return {std::move(made), {}};
     }
     return Build(source, SourcePath());
+} catch (const std::bad_alloc&) {
+    return {CompilerFailure(SourcePath(), "there is not enough memory"), {}};
 }
 
 CompileReport FunctionCompiler::MakeSourceFile(std::string_view expression,

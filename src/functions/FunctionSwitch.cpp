@@ -2,17 +2,21 @@
 
 #include "kits/support/Published.h"
 
+#include <iterator>
 #include <utility>
 
 namespace vexa {
 
 FunctionSwitch::~FunctionSwitch() {
-    Unload(std::move(addon));
+    Unload(addons);
 }
 
 void FunctionSwitch::Install(FunctionAddon next) {
-    Install(next.Function());
-    Unload(std::exchange(addon, std::make_shared<FunctionAddon>(std::move(next))));
+    addons.push_front(std::move(next));
+    Install(addons.front().Function());
+    Addons old;
+    old.splice(old.begin(), addons, std::next(addons.begin()), addons.end());
+    Unload(old);
 }
 
 void FunctionSwitch::Install(const PlaneFunction& function) {
@@ -20,10 +24,13 @@ void FunctionSwitch::Install(const PlaneFunction& function) {
         receiver(function);
 }
 
-void FunctionSwitch::Unload(std::shared_ptr<FunctionAddon> old) const {
-    if (!old)
+void FunctionSwitch::Unload(Addons& old) const {
+    if (old.empty())
         return;
-    kits::Retire([old = std::move(old)]() mutable { old.reset(); });
+    // A plain pointer: what cannot even be retired stays loaded rather than go while it is called.
+    auto* gone = new Addons;
+    gone->swap(old);
+    kits::Retire([gone] { delete gone; });
     kits::WaitForReaders(patience);
 }
 

@@ -6,7 +6,7 @@
 
 #include <chrono>
 #include <functional>
-#include <memory>
+#include <list>
 #include <vector>
 
 namespace vexa {
@@ -36,18 +36,20 @@ class FunctionSwitch {
 
     /// Installs the function of an add-on, then waits until no thread executes that of the previous
     /// add-on, and unloads it. What takes longer than patience is unloaded by a later Retire or
-    /// CollectRetired.
+    /// CollectRetired. Where a receiver throws, both stay loaded until the next one is installed.
     void Install(FunctionAddon next);
 
     /// Installs a function of the program. An add-on stays loaded until the next one replaces it.
     void Install(const PlaneFunction& function);
 
   private:
-    void Unload(std::shared_ptr<FunctionAddon> old) const;
+    using Addons = std::list<FunctionAddon>;
+    void Unload(Addons& old) const;
 
     std::chrono::milliseconds patience;
     std::vector<Receiver> receivers;
-    std::shared_ptr<FunctionAddon> addon;
+    /// First the one that was installed last.
+    Addons addons;
 };
 
 } // namespace vexa

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <new>
 
 namespace vexa {
 
@@ -74,6 +75,43 @@ void Normalise(std::vector<float>& frames) {
         value /= peak;
 }
 
+kits::Error Failure(const std::filesystem::path& path, const std::string& reason) {
+    return {"could not load sample " + path.string() + ": " + reason};
+}
+
+kits::Result<LoadedSample> Load(const std::filesystem::path& path) {
+    const BEntry entry(path.c_str(), false);
+    BPath fullPath;
+    entry_ref ref;
+    if (entry.GetPath(&fullPath) != B_OK || entry.GetRef(&ref) != B_OK)
+        return Failure(path, "there is no such folder");
+    BMediaFile file(&ref);
+    if (file.InitCheck() != B_OK)
+        return kits::Error{file.Fault()};
+    BMediaTrack* const track = file.TrackAt(0);
+
+    LoadedSample loaded{{}, fullPath.Path()};
+    loaded.format.type = B_MEDIA_RAW_AUDIO;
+    loaded.format.u.raw_audio = media_raw_audio_format::wildcard;
+    loaded.format.u.raw_audio.channel_count = 1;
+    loaded.format.u.raw_audio.format = B_AUDIO_FLOAT;
+    loaded.format.u.raw_audio.byte_order = B_MEDIA_LITTLE_ENDIAN;
+    track->DecodedFormat(&loaded.format);
+    std::vector<float> frames = ReadTrack(*track, loaded.format);
+    file.ReleaseAllTracks();
+    if (frames.empty())
+        return Failure(path, "it contains no sound");
+    if (frames.size() > kLongestSample)
+        return Failure(path, "it is longer than " + std::to_string(kLongestSample) + " frames");
+
+    Normalise(frames);
+    SampleSpiral next = CurrentSpiral();
+    next.samplelength = static_cast<int32>(frames.size());
+    next.sample = std::make_shared<const std::vector<float>>(std::move(frames));
+    Spiral().Publish(std::move(next));
+    return loaded;
+}
+
 } // namespace
 
 const SampleSpiral& CurrentSpiral() {
@@ -106,39 +144,11 @@ PlaneFunction SampleFunction() {
 }
 
 kits::Result<LoadedSample> LoadSample(const std::filesystem::path& path) {
-    const auto failure = [&path](const std::string& reason) {
-        return kits::Error{"could not load sample " + path.string() + ": " + reason};
-    };
-    const BEntry entry(path.c_str(), false);
-    BPath fullPath;
-    entry_ref ref;
-    if (entry.GetPath(&fullPath) != B_OK || entry.GetRef(&ref) != B_OK)
-        return failure("there is no such folder");
-    BMediaFile file(&ref);
-    if (file.InitCheck() != B_OK)
-        return kits::Error{file.Fault()};
-    BMediaTrack* const track = file.TrackAt(0);
-
-    LoadedSample loaded{{}, fullPath.Path()};
-    loaded.format.type = B_MEDIA_RAW_AUDIO;
-    loaded.format.u.raw_audio = media_raw_audio_format::wildcard;
-    loaded.format.u.raw_audio.channel_count = 1;
-    loaded.format.u.raw_audio.format = B_AUDIO_FLOAT;
-    loaded.format.u.raw_audio.byte_order = B_MEDIA_LITTLE_ENDIAN;
-    track->DecodedFormat(&loaded.format);
-    std::vector<float> frames = ReadTrack(*track, loaded.format);
-    file.ReleaseAllTracks();
-    if (frames.empty())
-        return failure("it contains no sound");
-    if (frames.size() > kLongestSample)
-        return failure("it is longer than " + std::to_string(kLongestSample) + " frames");
-
-    Normalise(frames);
-    SampleSpiral next = CurrentSpiral();
-    next.samplelength = static_cast<int32>(frames.size());
-    next.sample = std::make_shared<const std::vector<float>>(std::move(frames));
-    Spiral().Publish(std::move(next));
-    return loaded;
+    try {
+        return Load(path);
+    } catch (const std::bad_alloc&) {
+        return Failure(path, "there is not enough memory");
+    }
 }
 
 bool SetSampleFrequency(float frameRate, double frequency) {

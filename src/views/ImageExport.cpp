@@ -6,6 +6,7 @@
 #include "kits/translation/TranslatorRoster.h"
 
 #include <cstring>
+#include <new>
 
 namespace vexa {
 
@@ -43,14 +44,19 @@ void ExportImage(const ImageRequest& request,
     BFile file(&directory, request.name, B_WRITE_ONLY | B_CREATE_FILE | B_ERASE_FILE);
     if (file.InitCheck() != B_OK)
         return Tell("Could not create file.");
-    std::unique_ptr<BBitmap> bitmap;
-    if (request.size >= 0 && request.size <= kLargestSize)
-        bitmap = makeBitmap(request.size);
-    BBitmapStream stream(bitmap.release());
-    status_t status = BTranslatorRoster::Default()->Translate(request.translator, &stream, nullptr,
-                                                              &file, request.format);
-    if (status == B_OK)
-        status = file.Commit();
+    status_t status = B_NO_MEMORY;
+    try {
+        std::unique_ptr<BBitmap> bitmap;
+        if (request.size >= 0 && request.size <= kLargestSize)
+            bitmap = makeBitmap(request.size);
+        BBitmapStream stream(bitmap.release());
+        status = BTranslatorRoster::Default()->Translate(request.translator, &stream, nullptr,
+                                                         &file, request.format);
+        if (status == B_OK)
+            status = file.Commit();
+    } catch (const std::bad_alloc&) {
+        // A picture may be larger than the memory.
+    }
     if (status != B_OK)
         Tell("Could not save the image.");
 }

@@ -8,9 +8,15 @@
 #include "kits/media/AudioSystem.h"
 #include "support/TemporaryFolder.h"
 #include "support/WindowStage.h"
+#include "views/R2RFVTranslatorSavePanel.h"
+#include "views/R2RFView.h"
 
+#include <QApplication>
+#include <QWidget>
 #include <cstdlib>
 #include <filesystem>
+#include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -46,6 +52,50 @@ class MainViewTest : public testing::Test {
         Settle();
     }
     std::string Text(const char* field) const { return view->Field(field)->Text(); }
+    std::filesystem::path In(const char* name) const { return folder.Path() / name; }
+    /// Of the picture of the plane: the value of f and the marks.
+    uint32 PixelAt(int column, int row) const {
+        const BBitmap& picture = view->Plane().Picture();
+        return static_cast<const uint32*>(picture.Bits())[row * picture.BytesPerRow() / 4 + column];
+    }
+    void Send(BHandler& to, const BMessage& message) {
+        BMessenger(&to).SendMessage(message);
+        Settle();
+    }
+    void PressButton(const char* label) {
+        dynamic_cast<BButton&>(*window->FindView(label)).Press();
+        Settle();
+    }
+    /// As a user saves the plane's picture, of so many pixels and one.
+    void ExportPicture(const char* name, int32 size = 300) {
+        view->Plane().SavePanel().SetPanelDirectory(folder.Path().c_str());
+        view->Plane().SavePanel().Show();
+        BMessage message = view->Plane().SavePanel().Message();
+        const entry_ref ref{folder.Path().parent_path().string(),
+                            folder.Path().filename().string()};
+        message.AddRef("directory", &ref);
+        message.AddString("name", name);
+        message.ReplaceData("size", B_INT32_TYPE, 0, &size, sizeof size);
+        Send(view->Plane(), message);
+        view->Plane().SavePanel().Hide();
+    }
+    /// The windows besides the main one that are open.
+    static std::vector<std::string> OpenTitles() {
+        std::vector<std::string> titles;
+        for (const QWidget* widget : QApplication::topLevelWidgets()) {
+            if (widget->isVisible() && widget->windowTitle() != "Vexa")
+                titles.push_back(widget->windowTitle().toStdString());
+        }
+        return titles;
+    }
+    /// As a user closes them.
+    static void ClosePanels() {
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
+            if (widget->isVisible() && widget->windowTitle() != "Vexa")
+                widget->close();
+        }
+        Settle();
+    }
 
     AlertLog alerts;
     TemporaryFolder folder;

@@ -1,6 +1,5 @@
 // vexa as a user starts it, without any server.
 #include "support/Command.h"
-#include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -56,23 +55,10 @@ TEST(VexaProgram, ASoundThatWasAskedForMustBeThere) {
 }
 
 TEST(VexaProgram, WithoutAnyDeviceItLivesAndEndsByItsSignal) {
-    const test::TemporaryFolder folder;
-    const auto terminate = [](pid_t child) {
-        // Not before it handles the signal: the handler shows in the process's status.
-        const std::string status = "/proc/" + std::to_string(child) + "/status";
-        while (true) {
-            const std::string text = test::Contents(status);
-            const std::size_t caught = text.find("SigCgt:");
-            if (caught == std::string::npos)
-                break;
-            if (std::stoull(text.substr(caught + 7), nullptr, 16) & (1ULL << (SIGTERM - 1)))
-                break;
-        }
-        ::kill(child, SIGTERM);
-    };
     ::setenv("JACK_DEFAULT_SERVER", "vexa-test-none", 1);
-    const CommandResult result = test::RunCommand(
-        {VEXA_PROGRAM_FOLDER "/vexa", "--no-window", "--audio", "none"}, terminate);
+    const CommandResult result =
+        test::RunCommand({VEXA_PROGRAM_FOLDER "/vexa", "--no-window", "--audio", "none"},
+                         test::TerminateWhenHandled);
     EXPECT_EQ(result.exitCode, 0) << result.text;
     EXPECT_THAT(result.text, HasSubstr("unable to get the system mixer"));
     EXPECT_THAT(result.text, HasSubstr("there is no sound: no audio system was asked for"));

@@ -177,13 +177,7 @@ TEST_F(ToneProducer, AnswersForItsOneOutput) {
     int32 cookie = 1;
     media_output none;
     EXPECT_EQ(Ask([&] { return producer->GetNextOutput(&cookie, &none); }), B_BAD_INDEX);
-    EXPECT_EQ(Ask([&] { return producer->DisposeOutputCookie(1); }), B_OK);
-    EXPECT_EQ(Ask([&] { return producer->SetPlayRate(2, 1); }), B_ERROR);
-    EXPECT_EQ(Ask([&] { return producer->HandleMessage(7, nullptr, 0); }), B_ERROR);
     media_format format;
-    EXPECT_EQ(
-        Ask([&] { return producer->FormatChangeRequested(output.source, to, &format, nullptr); }),
-        B_ERROR);
 
     const auto suggested = [&](media_type type, media_format* into) {
         return Ask([&] { return producer->FormatSuggestionRequested(type, 0, into); });

@@ -73,19 +73,6 @@ TEST(ApplyParameters, GivesEachTextToItsOwnTarget) {
     EXPECT_EQ(target.Ay3, 19) << "the names of the fields are those of the members";
 }
 
-TEST(ApplyParameters, ANewSoundIsANewRecord) {
-    sound_param target;
-    target.Ax0 = 5;
-    target.Fy = 5;
-    target.Cy3 = 5;
-    EXPECT_THAT(ApplyParameters(Sound(), target), ElementsAre());
-    for (const Parameter& row : Parameters()) {
-        if (row.value) {
-            EXPECT_EQ(target.*row.value, sound_param().*row.value) << row.field;
-        }
-    }
-}
-
 TEST(ApplyParameters, NamesFieldElementAndText) {
     Sound sound;
     sound.texts[4] = "200\n";

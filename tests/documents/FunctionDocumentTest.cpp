@@ -14,34 +14,6 @@ using test::TemporaryFolder;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-TEST(FunctionDocument, TheDefaultFunctionAsWritten) {
-    const TemporaryFolder folder;
-    const auto path = folder.Path() / "f";
-    ASSERT_TRUE(WriteFunction(path, {}));
-    EXPECT_EQ(Contents(path), R"(<?xml version="1.0"?>
-<!DOCTYPE vexafunction SYSTEM "vexa.dtd">
-
-<vexafunction>
-  <info>
-    <vexaversion>0.2.0 beta</vexaversion>
-    <author>Beta User</author>
-  </info>
-  <expression>(5*(x*y*y-y*x*x)-3*(x-y))/((1+x*x+y*y)*(1+x*x+y*y))</expression>
-  <display>
-    <width>15</width>
-    <linkfunction>
-      <x>0</x>
-      <y>0</y>
-    </linkfunction>
-    <linkscreenrel>
-      <x>0.5</x>
-      <y>0.5</y>
-    </linkscreenrel>
-  </display>
-</vexafunction>
-)");
-}
-
 Function FullFunction(FunctionKind kind) {
     Function function;
     function.kind = kind;

@@ -1,4 +1,4 @@
-// Saving when others save too, and when the folder takes nothing.
+// Saving when others save too.
 #include "documents/SoundDocument.h"
 #include "support/Command.h"
 #include "support/TemporaryFolder.h"
@@ -10,8 +10,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr uid_t kNobody = 65534;
 
 vexa::Sound SoundOf(const std::string& author) {
     vexa::Sound sound;
@@ -49,40 +47,6 @@ TEST(Saving, TwoInstancesAtOnceNeverMixTheirDocuments) {
         EXPECT_EQ(test::ExitCode(status), 0);
     }
     EXPECT_EQ(folder.Count(), 1U);
-}
-
-TEST(Saving, AFolderThatTakesNothingKeepsTheDocument) {
-    const test::TemporaryFolder folder;
-    const fs::path path = folder.Path() / "sound.xml";
-    ASSERT_TRUE(vexa::WriteSound(path, SoundOf("old")));
-    ::chmod(folder.Path().c_str(), 0555);
-    ::chmod(path.c_str(), 0666);
-    // Nothing is forbidden to root, so another user tries.
-    const bool root = ::geteuid() == 0;
-    ASSERT_EQ(::seteuid(root ? kNobody : ::geteuid()), 0);
-    const auto saved = vexa::WriteSound(path, SoundOf("new"));
-    ASSERT_EQ(::seteuid(root ? 0 : ::geteuid()), 0);
-    ::chmod(folder.Path().c_str(), 0755);
-    ASSERT_FALSE(saved);
-    EXPECT_NE(saved.Fault().text.find("sound.xml: Permission denied"), std::string::npos)
-        << saved.Fault().text;
-    vexa::ReadReport report;
-    EXPECT_EQ(vexa::ReadSound(path, vexa::Sound(), report)->author, "old");
-    EXPECT_EQ(folder.Count(), 1U);
-}
-
-TEST(Saving, AFullDiskKeepsTheDocument) {
-    const test::TemporaryFolder folder;
-    const fs::path path = folder.Path() / "sound.xml";
-    ASSERT_TRUE(vexa::WriteSound(path, SoundOf("old")));
-    for (const rlim_t room : {rlim_t{0}, rlim_t{1}, rlim_t{1000}, rlim_t{65536}}) {
-        test::WithFileSizeLimit(room, [&] {
-            EXPECT_FALSE(vexa::WriteSound(path, SoundOf(std::string(100'000, 'n')))) << room;
-        });
-        vexa::ReadReport report;
-        EXPECT_EQ(vexa::ReadSound(path, vexa::Sound(), report)->author, "old");
-        EXPECT_EQ(folder.Count(), 1U);
-    }
 }
 
 } // namespace

@@ -52,77 +52,6 @@ kits::Result<Sound> Interpreted(std::string_view text, Sound start, Warnings& wa
     return start;
 }
 
-TEST(SoundDocument, TheLayoutAsWritten) {
-    Sound sound;
-    sound.author = "Somebody";
-    sound.texts[4] = "1";
-    sound.envelopes[0] = {{0, false, 0}, {1.5F, false, 0.8F}, {0.5F, true, 0}};
-    sound.envelopes[1] = {};
-    const TemporaryFolder folder;
-    const auto path = folder.Path() / "s";
-    ASSERT_TRUE(WriteSound(path, sound));
-    const std::string text = Contents(path);
-    EXPECT_EQ(text.find(R"(<?xml version="1.0"?>
-<!DOCTYPE vexasound SYSTEM "vexa.dtd">
-
-<vexasound>
-  <info>
-    <vexaversion>0.2.0 beta</vexaversion>
-    <author>Somebody</author>
-  </info>
-  <vexafunction>
-    <info>
-      <vexaversion>0.2.0 beta</vexaversion>
-      <author>Beta User</author>
-    </info>
-    <expression>)"),
-              0U);
-    EXPECT_THAT(text, HasSubstr(R"(
-  </vexafunction>
-  <dcxdt>
-    <env>1</env>
-    <vel>0</vel>
-    <key>0</key>
-    <ctl>0</ctl>
-    <ctlnum>1</ctlnum>
-    <envdata>
-      <envpoint t="0.000000" val="0.000000" fku="false"/>
-      <envpoint t="1.500000" val="0.800000" fku="false"/>
-      <envpoint t="0.500000" val="0.000000" fku="true"/>
-    </envdata>
-  </dcxdt>
-  <dcydt>
-    <env>1</env>
-    <vel>0</vel>
-    <key>0</key>
-    <ctl>0</ctl>
-    <ctlnum>0</ctlnum>
-    <envdata></envdata>
-  </dcydt>
-  <ax>
-)"));
-    EXPECT_THAT(text, HasSubstr(R"(
-  </ay>
-  <cx0>
-    <one>0</one>
-    <vel>0</vel>
-    <key>0</key>
-    <ctl>0</ctl>
-    <ctlnum>0</ctlnum>
-  </cx0>
-  <cy0>
-    <one>0</one>
-    <vel>0</vel>
-    <key>0</key>
-    <ctl>0</ctl>
-    <ctlnum>0</ctlnum>
-  </cy0>
-  <fx>1</fx>
-  <fy>1</fy>
-</vexasound>
-)"));
-}
-
 TEST(SoundDocument, RandomSoundsComeBackByteForByte) {
     const TemporaryFolder folder;
     const auto path = folder.Path() / "s";
@@ -204,38 +133,6 @@ TEST(SoundDocument, WithoutAFunctionNothingIsTaken) {
     Warnings warnings;
     EXPECT_FALSE(InterpretSound(*document.root, sound, warnings));
     EXPECT_EQ(sound, RandomSound(2));
-}
-
-TEST(SoundDocument, AFileThatWasCutOffGivesWhatIsInIt) {
-    const Sound written = RandomSound(4);
-    const Sound before = RandomSound(5);
-    const std::string text(
-        std::string_view(ConstructSoundElement(written)->AssembleString("", "  ")));
-    int taken = 0;
-    for (std::size_t length = 0; length < text.size(); length++) {
-        MXString given(std::string_view(text).substr(0, length));
-        const MXDocument document(given);
-        Sound sound = before;
-        Warnings warnings;
-        if (!document.root || !InterpretSound(*document.root, sound, warnings)) {
-            EXPECT_EQ(sound, before);
-            continue;
-        }
-        taken++;
-        for (std::size_t i = 0; i < sound.texts.size(); i++) {
-            // The escaped characters at a text's end may be cut in the middle.
-            const std::string& got = sound.texts[i];
-            ASSERT_TRUE(got == before.texts[i] || written.texts[i].starts_with(got.substr(
-                                                      0, got.find_first_not_of("0123456789"))))
-                << length << ": " << got;
-        }
-        for (std::size_t i = 0; i < sound.envelopes.size(); i++)
-            ASSERT_TRUE(sound.envelopes[i] == before.envelopes[i] ||
-                        sound.envelopes[i].size() <= written.envelopes[i].size());
-        // Until the last element has begun, something is missing.
-        EXPECT_EQ(warnings.empty(), length >= text.find("<fy>") + 4) << length;
-    }
-    EXPECT_GT(taken, 1000);
 }
 
 TEST(SoundDocument, AFunctionDocumentIsASoundThatLacksTheRest) {

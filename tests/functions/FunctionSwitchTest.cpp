@@ -57,6 +57,24 @@ TEST(FunctionSwitch, HandsTheFunctionToAllInOrderAndKeepsOneAddOn) {
     EXPECT_EQ(LoadedAddOns(), 0);
 }
 
+TEST(FunctionSwitch, KeepsBothAddOnsWhereAReceiverFails) {
+    const test::ProgramFolder folder;
+    const FunctionCompiler compiler(folder.Path());
+    FunctionSwitch functions;
+    bool throws = false;
+    functions.AddReceiver([&throws](const vexa::PlaneFunction&) {
+        if (throws)
+            throw std::bad_alloc();
+    });
+    functions.Install(Compile(compiler, "x+5"));
+    throws = true;
+    EXPECT_THROW(functions.Install(Compile(compiler, "x+6")), std::bad_alloc);
+    EXPECT_EQ(LoadedAddOns(), 2) << "either may be called";
+    throws = false;
+    functions.Install(Compile(compiler, "x+7"));
+    EXPECT_EQ(LoadedAddOns(), 1);
+}
+
 TEST(FunctionSwitch, DoesNotUnloadUnderAReader) {
     const test::ProgramFolder folder;
     const FunctionCompiler compiler(folder.Path());
@@ -103,7 +121,7 @@ TEST(FunctionSwitch, MayBeUsedWhileAnotherThreadPlays) {
             }
         }
     });
-    for (int i = 0; i < 50; i++) {
+    for (int i = 0; i < 12; i++) {
         functions.Install(Compile(compiler, "x*0+y*0+" + std::to_string(i)));
         EXPECT_EQ(LoadedAddOns(), 1);
         EXPECT_EQ(current.Get()(3, 4), static_cast<float>(i));

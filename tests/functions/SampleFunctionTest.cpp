@@ -196,7 +196,7 @@ TEST(LoadSample, KeepsTheSampleWhenThereIsNoOther) {
     refuse("headed.wav", "no sound");
     refuse("missing.wav", "No such file");
     refuse("none/missing.wav", "no such folder");
-    refuse("", "");
+    refuse("", "not a file");
 
     // A header that promises more than the file holds gives what there is.
     std::string cut = test::ShortWav(std::vector<int>(1000, 16384), 44100, 1);

@@ -343,24 +343,6 @@ TEST_F(FilePanelTest, AsksBeforeAFileIsReplaced) {
     EXPECT_EQ(receiver.messages.size(), 1U);
 }
 
-TEST_F(FilePanelTest, RefusesNamesThatNoFileCanHave) {
-    Panel panel(B_SAVE_PANEL, receiver, folder.Path());
-    for (const std::string& name : {std::string(), std::string("a/b"), std::string("."),
-                                    std::string(".."), std::string(256, 'n')}) {
-        panel.SetSaveText(name);
-        panel.Name().setFocus();
-        panel.Key(Qt::Key_Return);
-    }
-    EXPECT_THAT(alerts.texts,
-                ElementsAre(HasSubstr("needs a name"), HasSubstr("slash"),
-                            HasSubstr("name of a folder"), HasSubstr("name of a folder"),
-                            HasSubstr("longer than 255 bytes")));
-    EXPECT_TRUE(receiver.messages.empty());
-    panel.SetSaveText(std::string(255, 'n'));
-    panel.Key(Qt::Key_Return);
-    EXPECT_EQ(receiver.messages.size(), 1U);
-}
-
 TEST_F(FilePanelTest, TheScrollBarsOutsideAreTheLists) {
     for (int i = 0; i < 100; i++)
         folder.Write("many/" + std::to_string(i), "");

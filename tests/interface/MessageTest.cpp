@@ -1,7 +1,10 @@
 #include "kits/application/Handler.h"
 #include "kits/application/MessageQueue.h"
+#include "support/WindowStage.h"
 
+#include <QApplication>
 #include <memory>
+#include <new>
 #include <thread>
 #include <vector>
 
@@ -16,6 +19,8 @@ class Listener : public BHandler {
   public:
     void MessageReceived(BMessage* message) override {
         codes.push_back(message->what);
+        if (message->what == 3)
+            throw std::bad_alloc();
         if (message->what != 1)
             return;
         // As an alert does that waits for a person.
@@ -33,6 +38,20 @@ TEST(MessageQueue, DeliversOneMessageAtATimeInOrder) {
     EXPECT_THAT(listener.codes, ElementsAre());
     kits::MessageQueue::Instance().Deliver();
     EXPECT_THAT(listener.codes, ElementsAre(1, 100, 2));
+}
+
+TEST(MessageQueue, AHandlerWithoutMemoryIsReportedAndTheNextMessageComes) {
+    const test::AlertLog alerts;
+    Listener listener;
+    const BMessenger messenger(&listener);
+    messenger.SendMessage(BMessage(3));
+    messenger.SendMessage(BMessage(2));
+    const auto deliver = [] { kits::MessageQueue::Instance().Deliver(); };
+    QMetaObject::invokeMethod(qApp, deliver, Qt::QueuedConnection);
+    QApplication::processEvents();
+    EXPECT_THAT(alerts.texts, ElementsAre("There is not enough memory for that."));
+    test::Settle();
+    EXPECT_THAT(listener.codes, ElementsAre(3, 2));
 }
 
 TEST(MessageQueue, WhatIsForAHandlerThatHasGoneIsDropped) {

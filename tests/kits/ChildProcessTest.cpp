@@ -4,7 +4,6 @@
 #include "support/TemporaryFolder.h"
 
 #include <csignal>
-#include <thread>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -134,22 +133,6 @@ TEST(ChildProcess, KillsAllThatTheProgramStarted) {
         EXPECT_NE(writers.revents & POLLHUP, 0) << "nobody has the pipe open any more";
         ::close(end);
     }
-}
-
-TEST(ChildProcess, RunsInSeveralThreadsAtATime) {
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; i++) {
-        threads.emplace_back([i] {
-            for (int k = 0; k < 10; k++) {
-                const std::string number = std::to_string(10 * i + k);
-                const kits::ChildResult result = Shell("echo $1 >&2; exit $1", {}, {number});
-                EXPECT_EQ(result.number, 10 * i + k);
-                EXPECT_EQ(result.standardError, number + "\n");
-            }
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
 }
 
 } // namespace

@@ -52,11 +52,6 @@ TEST(File, SaysWhyItCannotBeOpened) {
     const BDirectory missing((folder.Path() / "none").c_str());
     EXPECT_EQ(missing.InitCheck(), B_ENTRY_NOT_FOUND);
     EXPECT_EQ(BFile(&missing, "a", kNew).InitCheck(), B_ENTRY_NOT_FOUND);
-    BFile full(&directory, "a", kNew);
-    test::WithFileSizeLimit(10, [&] {
-        const std::string bytes(100, 'x');
-        EXPECT_EQ(full.Write(bytes.data(), bytes.size()), B_IO_ERROR);
-    });
 }
 
 } // namespace

@@ -25,16 +25,4 @@ TEST(BList, KeepsTheOrderThroughAllItsSizes) {
     EXPECT_EQ(list.ItemAt(0), nullptr);
 }
 
-TEST(BList, RefusesPlacesThatItDoesNotHave) {
-    int thing = 0;
-    BList list;
-    EXPECT_FALSE(list.AddItem(&thing, 1));
-    EXPECT_FALSE(list.AddItem(&thing, -1));
-    EXPECT_EQ(list.RemoveItem(0), nullptr);
-    ASSERT_TRUE(list.AddItem(&thing));
-    EXPECT_EQ(list.ItemAt(-1), nullptr);
-    EXPECT_EQ(list.ItemAt(1), nullptr);
-    EXPECT_EQ(list.CountItems(), 1);
-}
-
 } // namespace

@@ -29,13 +29,4 @@ TEST(BNodeInfo, KeepsTheTypeWhereOthersLookForIt) {
     EXPECT_EQ(::getxattr(path.c_str(), "user.mime_type", type, sizeof type), 10);
 }
 
-TEST(BNodeInfo, ReportsAMissingFile) {
-    const test::TemporaryFolder folder;
-    BNode node((folder.Path() / "none").c_str());
-    EXPECT_EQ(node.InitCheck(), B_ENTRY_NOT_FOUND);
-    char type[B_MIME_TYPE_LENGTH];
-    EXPECT_EQ(BNodeInfo(&node).SetType("text/plain"), B_ENTRY_NOT_FOUND);
-    EXPECT_EQ(BNodeInfo(&node).GetType(type), B_ENTRY_NOT_FOUND);
-}
-
 } // namespace

@@ -2,8 +2,6 @@
 
 #include "support/MidiLog.h"
 
-#include <random>
-
 #include <gtest/gtest.h>
 
 namespace {
@@ -90,24 +88,6 @@ TEST(WireDecoder, WhatHasNoMeaningCallsNothing) {
     EXPECT_EQ(Decoded({0x90, 60, 100, 0xF6, 61, 100}), (Calls{"on 0 60 100", "common 246 0 0"}));
     EXPECT_EQ(Decoded({0x90, 60, 100, 0xF3, 9, 61, 100, 0xF2, 1, 2, 3, 4}),
               (Calls{"on 0 60 100", "common 243 9 0", "common 242 1 2"}));
-}
-
-TEST(WireDecoder, AnySplitOfAnyBytesIsTheSame) {
-    std::mt19937 random(11);
-    for (int round = 0; round < 20; round++) {
-        Bytes bytes(5000);
-        for (uint8& byte : bytes)
-            byte = static_cast<uint8>(random() % 4 == 0 ? random() | 0x80 : random() & 0x7F);
-        test::MidiLog log;
-        kits::WireDecoder decoder(log);
-        for (std::span<const uint8> rest = bytes; !rest.empty();) {
-            const std::size_t length = std::min<std::size_t>(random() % 8, rest.size());
-            decoder.Decode(rest.first(length), 0);
-            rest = rest.subspan(length);
-        }
-        EXPECT_EQ(log.calls, Decoded(bytes)) << round;
-        EXPECT_GT(log.calls.size(), 500U);
-    }
 }
 
 } // namespace

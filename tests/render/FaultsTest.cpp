@@ -1,9 +1,8 @@
 // What the system refuses, one thing after the other: the program plays all the same, or ends with
 // a message and code 1, and files are whole or as they were.
-#include "support/Command.h"
+#include "support/Environment.h"
+#include "support/Limits.h"
 #include "support/TemporaryFolder.h"
-
-#include <functional>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,31 +11,37 @@ namespace {
 
 namespace fs = std::filesystem;
 using test::CommandResult;
-using testing::HasSubstr;
 
 const std::string kProgram = VEXA_PROGRAM_FOLDER "/vexa-render";
 
 class RenderFaults : public testing::Test {
   protected:
     void SetUp() override {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-        GTEST_SKIP() << "a sanitizer needs more than these limits leave";
-#endif
+        if (test::kSanitized)
+            GTEST_SKIP() << "a sanitizer needs more than these limits leave";
     }
 
-    /// Renders over an older file while the process may use so much of a resource, as the shell's
-    /// ulimit takes it, and expects one of the two good ends. True if it played.
-    bool RunWith(const std::string& limit) {
+    /// Renders over an older file at each step of a limit, and expects one of the two good ends
+    /// each time, and each of them at least once.
+    void Walk(const char* option, int from, int to, int step) {
+        int played = 0;
+        int refused = 0;
+        for (int limit = from; limit <= to; limit += step)
+            (Plays(option + std::to_string(limit)) ? played : refused)++;
+        EXPECT_GT(played, 0);
+        EXPECT_GT(refused, 0) << "nothing has been injected";
+    }
+
+    bool Plays(const std::string& limit) {
         const fs::path old = folder.Write("out.wav", "precious");
         const CommandResult result =
-            test::RunCommand({"/bin/sh", "-c", "ulimit " + limit + " && exec \"$0\" \"$@\"",
-                              kProgram, Note(), old.string(), "--quiet", "--tail", "0"});
+            test::RunLimited(limit, {kProgram, Note(), old.string(), "--quiet", "--tail", "0"});
         const std::string bytes = test::Contents(old);
         if (result.exitCode == 0) {
             EXPECT_TRUE(bytes.starts_with("RIFF")) << limit;
         } else {
             EXPECT_EQ(result.exitCode, 1) << limit << "\n" << result.text;
-            EXPECT_THAT(result.text, HasSubstr("vexa-render: ")) << limit;
+            EXPECT_THAT(result.text, testing::HasSubstr("vexa-render: ")) << limit;
             EXPECT_EQ(bytes, "precious") << limit;
         }
         EXPECT_EQ(folder.Count(), 2U) << limit << ": something was left behind";
@@ -55,38 +60,41 @@ class RenderFaults : public testing::Test {
 };
 
 TEST_F(RenderFaults, FileDescriptorsUsedUp) {
-    int played = 0;
-    int refused = 0;
     // With fewer the loader itself finds no room for the libraries.
-    for (int most = 5; most <= 24; most++)
-        (RunWith("-n " + std::to_string(most)) ? played : refused)++;
-    EXPECT_GT(played, 0);
-    EXPECT_GT(refused, 0) << "nothing has been injected";
+    Walk("-n ", 5, 24, 1);
+}
+
+/// Where the program's folder cannot be written, it is copied as a whole or not at all.
+TEST_F(RenderFaults, NoHalfOfTheProgramFolderIsCopied) {
+    const fs::path program = folder.Path() / "program";
+    fs::create_directory(program);
+    fs::copy(kProgram, program);
+    for (const char* name : {"sounds", "samples"})
+        fs::copy(fs::path(VEXA_PROGRAM_FOLDER) / name, program / name);
+    const fs::path data = folder.Path() / "data";
+    const test::EnvironmentVariable home("XDG_DATA_HOME", data.c_str());
+    std::size_t copied = 0;
+    for (int most = 4; most <= 12; most++) {
+        test::RunLimited("-n " + std::to_string(most),
+                         {program / "vexa-render", Note(), folder.Path() / "out.wav"});
+        for (const auto& entry : fs::directory_iterator(data)) {
+            copied++;
+            EXPECT_EQ(entry.path().filename(), "vexa") << most;
+            EXPECT_TRUE(fs::exists(entry.path() / "samples/voice.wav")) << most;
+        }
+        fs::remove_all(data);
+    }
+    EXPECT_GT(copied, 0U);
 }
 
 TEST_F(RenderFaults, MemoryUsedUp) {
-    // From what the loader needs for the libraries on.
-    int least = 8 << 10;
-    while (least < (1 << 20) &&
-           test::RunCommand({"/bin/sh", "-c",
-                             "ulimit -v " + std::to_string(least) + " && exec \"$0\" --version",
-                             kProgram})
-                   .exitCode != 0)
-        least += 1 << 10;
-    int played = 0;
-    int refused = 0;
-    for (int kilobytes = least; kilobytes < least + (60 << 10); kilobytes += 1 << 10)
-        (RunWith("-v " + std::to_string(kilobytes)) ? played : refused)++;
-    EXPECT_GT(played, 0);
-    EXPECT_GT(refused, 0) << "nothing has been injected";
+    const int least = test::LoaderMemory(kProgram);
+    Walk("-v ", least, least + (60 << 10), 1 << 10);
 }
 
 TEST_F(RenderFaults, ADiskThatIsFullAtAnyPoint) {
-    int refused = 0;
     // In blocks of 512 bytes; the file and the add-on both run into the limit.
-    for (int blocks = 0; blocks <= 160; blocks += 8)
-        refused += RunWith("-f " + std::to_string(blocks)) ? 0 : 1;
-    EXPECT_GT(refused, 10);
+    Walk("-f ", 0, 400, 16);
 }
 
 } // namespace

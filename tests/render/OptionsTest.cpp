@@ -1,7 +1,7 @@
 #include "render/Options.h"
 
-#include "support/DecimalComma.h"
-
+#include <iterator>
+#include <sstream>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -16,6 +16,11 @@ kits::Result<Options> Parse(std::vector<std::string> arguments) {
     return vexa::ParseOptions(arguments);
 }
 
+std::vector<std::string> Words(const std::string& text) {
+    std::istringstream words(text);
+    return {std::istream_iterator<std::string>(words), {}};
+}
+
 /// The message for "in.mid out.wav" with these options.
 std::string FaultOf(std::vector<std::string> arguments) {
     arguments.insert(arguments.end(), {"in.mid", "out.wav"});
@@ -24,26 +29,9 @@ std::string FaultOf(std::vector<std::string> arguments) {
 }
 
 TEST(Options, ReadsEveryOptionWhereverItStands) {
-    const auto options = Parse({"--sound",
-                                "a.xml",
-                                "in.mid",
-                                "--function=x*y",
-                                "--voices",
-                                "3",
-                                "--channel",
-                                "16",
-                                "--rate=48000",
-                                "--oversample",
-                                "4",
-                                "out.wav",
-                                "--gain",
-                                "0.5",
-                                "--tail",
-                                "1e1",
-                                "--block",
-                                "64",
-                                "--normalize",
-                                "--quiet"});
+    const auto options =
+        Parse(Words("--sound a.xml in.mid --function=x*y --voices 3 --channel 16 --rate=48000 "
+                    "--oversample 4 out.wav --gain 0.5 --tail 1e1 --block 64 --normalize --quiet"));
     ASSERT_TRUE(options) << options.Fault().text;
     EXPECT_EQ(options->action, Options::Action::Render);
     EXPECT_EQ(options->midi, "in.mid");
@@ -60,8 +48,8 @@ TEST(Options, ReadsEveryOptionWhereverItStands) {
     EXPECT_TRUE(options->normalize);
     EXPECT_TRUE(options->quiet);
 
-    const auto sample = Parse({"--sample", "a.wav", "--sample-frequency", "220.5", "--channel",
-                               "all", "--", "--in.mid", "-out"});
+    const auto sample =
+        Parse(Words("--sample a.wav --sample-frequency 220.5 --channel all -- --in.mid -out"));
     ASSERT_TRUE(sample) << sample.Fault().text;
     EXPECT_EQ(sample->sample, "a.wav");
     EXPECT_EQ(sample->sampleFrequency, 220.5);
@@ -114,11 +102,6 @@ TEST(Options, RefusesWrongUsage) {
     EXPECT_EQ(Parse({"in.mid"}).Fault().text, "no output is named");
     EXPECT_EQ(Parse({"in.mid", ""}).Fault().text, "a file name is empty");
     EXPECT_EQ(Parse({"in.mid", "out.wav", "--rate"}).Fault().text, "--rate needs a value");
-}
-
-TEST(Options, ReadsNumbersTheSameInEveryLocale) {
-    const test::DecimalComma comma;
-    EXPECT_EQ(FaultOf({"--gain", "0.5"}), "none");
 }
 
 TEST(Options, HelpNeedsNoFilesAndNamesEveryOption) {

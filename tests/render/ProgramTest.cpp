@@ -1,6 +1,7 @@
 // vexa-render as a user runs it.
 #include "kits/support/SupportDefs.h"
 #include "support/Command.h"
+#include "support/Limits.h"
 #include "support/Spectrum.h"
 #include "support/TemporaryFolder.h"
 
@@ -63,9 +64,9 @@ TEST_F(RenderProgram, RendersTheDemoTuneInLittleMemory) {
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_THAT(result.text, HasSubstr("750 notes"));
     EXPECT_EQ(folder.Count(), 1U);
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-    EXPECT_LT(result.memory, 40'000'000);
-#endif
+    if (!test::kSanitized) {
+        EXPECT_LT(result.memory, 40'000'000);
+    }
 }
 
 TEST_F(RenderProgram, IsTheSameBytesOnEveryRunAndForEveryBlock) {

@@ -4,8 +4,11 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <functional>
+#include <iterator>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <sys/resource.h>
@@ -67,6 +70,23 @@ inline CommandResult RunCommand(std::vector<std::string> arguments,
     result.exitCode = ExitCode(status);
     result.memory = usage.ru_maxrss * 1024;
     return result;
+}
+
+/// Ends a program of ours by SIGTERM, but not before it handles that, which shows in its status.
+inline void TerminateWhenHandled(pid_t child) {
+    const std::string path = "/proc/" + std::to_string(child) + "/status";
+    while (true) {
+        std::ifstream file(path);
+        const std::string text{std::istreambuf_iterator<char>(file), {}};
+        const std::size_t caught = text.find("SigCgt:");
+        // Without the line, or a zombie: it has ended by itself.
+        if (caught == std::string::npos || text.find("State:\tZ") != std::string::npos)
+            return;
+        if (std::stoull(text.substr(caught + 7), nullptr, 16) & (1ULL << (SIGTERM - 1)))
+            break;
+        std::this_thread::yield();
+    }
+    ::kill(child, SIGTERM);
 }
 
 } // namespace test

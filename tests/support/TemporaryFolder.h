@@ -1,17 +1,13 @@
 // A folder that lives as long as a test, and what tests do with files.
 #pragma once
 
-#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <iterator>
 #include <stdexcept>
 #include <string>
 #include <string_view>
-
-#include <sys/resource.h>
 
 namespace test {
 
@@ -53,19 +49,6 @@ class TemporaryFolder {
 inline std::string Contents(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
-}
-
-/// Runs `work` while no file of this process can grow beyond `bytes`: what a full disk does to a
-/// writer, without filling one.
-inline void WithFileSizeLimit(rlim_t bytes, const std::function<void()>& work) {
-    rlimit before{};
-    ::getrlimit(RLIMIT_FSIZE, &before);
-    auto* handler = std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit limit{bytes, before.rlim_max};
-    ::setrlimit(RLIMIT_FSIZE, &limit);
-    work();
-    ::setrlimit(RLIMIT_FSIZE, &before);
-    std::signal(SIGXFSZ, handler);
 }
 
 } // namespace test

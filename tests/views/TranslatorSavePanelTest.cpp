@@ -129,27 +129,6 @@ TEST_F(TranslatorSavePanel, EveryChangeIsInTheResult) {
     EXPECT_EQ(panel.SizeSent(), INT32_MAX);
 }
 
-TEST_F(TranslatorSavePanel, WhatItSendsCanBeExported) {
-    const test::TemporaryFolder folder;
-    panel.SetPanelDirectory(folder.Path().c_str());
-    panel.ChooseFormat("BMP image");
-    panel.Size().Type("20");
-    panel.Size().Confirm();
-    panel.Show();
-    panel.SetSaveText("a.bmp");
-    test::TypeKey(*panel.Window(), Qt::Key_Return);
-    EXPECT_FALSE(panel.IsShowing());
-    ASSERT_EQ(receiver.messages.size(), 1U);
-    const auto request = vexa::ReadImageRequest(receiver.messages[0]);
-    ASSERT_TRUE(request);
-    vexa::ExportImage(*request, [](int32 size) {
-        return std::make_unique<BBitmap>(BRect{0, 0, float(size), float(size)}, B_RGB32);
-    });
-    const QImage image(QString::fromStdString(folder.Path() / "a.bmp"));
-    EXPECT_EQ(image.size(), QSize(21, 21));
-    EXPECT_TRUE(alerts.texts.empty());
-}
-
 TEST_F(TranslatorSavePanel, ShowsOneSettingsWindow) {
     EXPECT_EQ(panel.SettingsWindow(), nullptr);
     panel.PressSettings();

@@ -1,6 +1,7 @@
 // The window as a person uses it: a real display, mouse and keyboard, on a real JACK server.
 #include "live/LivePlay.h"
 #include "support/Environment.h"
+#include "support/Limits.h"
 #include "window/Desktop.h"
 
 #include <QColorSpace>
@@ -42,8 +43,11 @@ constexpr int kPlaneSize = 301;
 
 class MainWindow : public testing::Test {
   protected:
-    void Start(std::vector<std::string> options = {}) {
+    /// `limit`, if any, is what the shell's ulimit takes.
+    void Start(std::vector<std::string> options = {}, const std::string& limit = "") {
         options.insert(options.begin(), program.Path("vexa"));
+        if (!limit.empty())
+            options = test::Limited(limit, options);
         vexa = std::make_unique<test::Companion>(options, log);
         desktop.UseWindow("Vexa");
         ear->Connect("Vexa:Vexa audio out", ear->Name());
@@ -200,6 +204,52 @@ TEST_F(MainWindow, FieldsAreReachedAndConfirmedByTheKeyboard) {
     EXPECT_NEAR(Peak(), 0.125, 0.01);
     desktop.Close();
     EXPECT_EQ(vexa->Wait(), 0);
+}
+
+TEST_F(MainWindow, WithoutDescriptorsThereIsAnAlertAndTheSoundGoesOn) {
+    if (test::kNeedsDescriptors)
+        GTEST_SKIP() << "a sanitizer needs descriptors itself";
+    StartWithSine();
+    player->Play({{0, {0x90, 69, 100}}});
+    WaitForPeak(0.24F, 0.26F);
+    rlimit before{};
+    ::prlimit(vexa->Process(), RLIMIT_NOFILE, nullptr, &before);
+    const rlimit none{3, before.rlim_max};
+    ::prlimit(vexa->Process(), RLIMIT_NOFILE, &none, nullptr);
+    Replace(100, kTop + 325, "x/2");
+    desktop.UseWindow("Error");
+    EXPECT_NEAR(Peak(), 0.25, 0.01);
+    ::prlimit(vexa->Process(), RLIMIT_NOFILE, &before, nullptr);
+    WaitFor("the function", [&] {
+        if (desktop.HasWindow("Error")) {
+            desktop.Key("Escape");
+            return false;
+        }
+        desktop.UseWindow("Vexa");
+        Replace(100, kTop + 325, "x/2");
+        return Peak(kSecond / 20) < 0.13F;
+    });
+    desktop.Close();
+    EXPECT_EQ(vexa->Wait(), 0);
+}
+
+TEST_F(MainWindow, PlaysWithTheLeastThatItAsksFor) {
+    if (test::kSanitized)
+        GTEST_SKIP() << "a sanitizer needs more than these limits leave";
+    const std::string path = program.Path("vexa");
+    const int loader = test::LoaderMemory(path);
+    for (const auto& [option, tooLittle, enough] :
+         {std::tuple{"-n ", 60, 96}, {"-v ", loader + (600 << 10), loader + (645 << 10)}}) {
+        const auto refused = test::RunLimited(option + std::to_string(tooLittle), {path});
+        EXPECT_EQ(refused.exitCode, 1);
+        EXPECT_THAT(refused.text, testing::HasSubstr("vexa: there is not enough")) << option;
+        Start({}, option + std::to_string(enough));
+        EXPECT_GT(PeakOfNote(), 0.01F) << option;
+        Replace(100, kTop + 325, "x/2");
+        desktop.Close();
+        EXPECT_EQ(vexa->Wait(), 0) << option;
+        EXPECT_EQ(Log().find("vexa:"), std::string::npos) << Log();
+    }
 }
 
 TEST_F(MainWindow, TheComputersKeysPlayAndFallSilent) {

@@ -2,18 +2,47 @@
 
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <new>
 
 namespace kits {
 
+namespace {
+
+/// Of the program, for the terminate handler.
+const char* guarded = "";
+
+void SayNoMemory() {
+    std::fprintf(stderr, "%s: there is not enough memory\n", guarded);
+}
+
+/// An exception that left a thread, or that a library cannot let through: the end of the program
+/// all the same, but as one that the person understands.
+[[noreturn]] void End() {
+    try {
+        if (std::current_exception())
+            throw;
+    } catch (const std::bad_alloc&) {
+        SayNoMemory();
+        std::_Exit(1);
+    } catch (const std::exception& fault) {
+        std::fprintf(stderr, "%s: %s\n", guarded, fault.what());
+    }
+    std::abort();
+}
+
+} // namespace
+
 int GuardedMain(const char* program, const std::function<int()>& work) {
     // A write beyond the size that the user's limit allows is to fail, as on a full disk.
     std::signal(SIGXFSZ, SIG_IGN);
+    guarded = program;
+    std::set_terminate(End);
     try {
         return work();
     } catch (const std::bad_alloc&) {
-        std::fprintf(stderr, "%s: there is not enough memory\n", program);
+        SayNoMemory();
     } catch (const std::exception& fault) {
         std::fprintf(stderr, "%s: %s\n", program, fault.what());
     }

@@ -39,8 +39,16 @@ void MessageQueue::Deliver() {
             entries.pop_front();
         }
         const std::shared_ptr<HandlerTarget> target = entry.target.lock();
-        if (target && target->handler)
-            target->handler->MessageReceived(&entry.message);
+        try {
+            if (target && target->handler)
+                target->handler->MessageReceived(&entry.message);
+        } catch (...) {
+            delivering = false;
+            const std::lock_guard lock(mutex);
+            if (!entries.empty() && wake)
+                wake();
+            throw;
+        }
     }
     delivering = false;
 }

@@ -35,7 +35,8 @@ class MessageQueue {
     void SetWake(std::function<void()> wake);
 
     /// Delivers what has been posted, in order. While a message is being handled (its handler may
-    /// wait for a person in an alert) nothing else is delivered. Window thread.
+    /// wait for a person in an alert) nothing else is delivered. An exception of the handler passes
+    /// through; what was posted behind comes with the next call. Window thread.
     void Deliver();
 
   private:

@@ -2,6 +2,7 @@
 
 #include "kits/application/Interrupt.h"
 #include "kits/application/MessageQueue.h"
+#include "kits/interface/Alert.h"
 #include "kits/interface/Window.h"
 #include "kits/interface/backends/Appearance.h"
 #include "kits/interface/backends/WindowWidget.h"
@@ -9,8 +10,11 @@
 
 #include <QApplication>
 #include <QIcon>
+#include <QScopedValueRollback>
 #include <QTimer>
+#include <cstdio>
 #include <cstdlib>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -73,6 +77,41 @@ Result<void> FindDisplay() {
                  ", WAYLAND_DISPLAY=" + Environment("WAYLAND_DISPLAY") + ")"};
 }
 
+/// Says what has left an event or a message as an exception, instead of ending the program: what
+/// was asked for has not been done, all else goes on.
+class GuardedApplication : public QApplication {
+  public:
+    using QApplication::QApplication;
+
+    bool notify(QObject* receiver, QEvent* event) override {
+        try {
+            return QApplication::notify(receiver, event);
+        } catch (const std::bad_alloc&) {
+            Tell("There is not enough memory for that.");
+        } catch (const std::exception& fault) {
+            Tell(fault.what());
+        }
+        return true;
+    }
+
+  private:
+    void Tell(const char* text) {
+        std::fprintf(stderr, "%s: %s\n", qPrintable(applicationName()), text);
+        // What fails while the alert is open, such as drawing, would open another one.
+        if (telling)
+            return;
+        const QScopedValueRollback rollback(telling, true);
+        try {
+            (new BAlert("Error", text, "Ok", nullptr, nullptr, B_WIDTH_AS_USUAL, B_STOP_ALERT))
+                ->Go();
+        } catch (const std::bad_alloc&) {
+            // The line on standard error has to do.
+        }
+    }
+
+    bool telling = false;
+};
+
 /// The toolkit, for as long as the application lives.
 class Toolkit {
   public:
@@ -116,13 +155,16 @@ class Toolkit {
     int count = 1;
     char name[5] = "vexa";
     char* arguments[2] = {name, nullptr};
-    QApplication application;
+    GuardedApplication application;
 };
 
 } // namespace kits
 
-BApplication::BApplication(const char* signature)
-    : BLooper(signature), toolkit(std::make_unique<kits::Toolkit>()) {
+BApplication::BApplication(const char* signature) : BLooper(signature) {
+    // Shared memory comes from an X server as a descriptor; one for which there is no room breaks
+    // the connection, and that ends the program. Without it, pictures go through the connection.
+    ::setenv("QT_XCB_NO_MITSHM", "1", 0);
+    toolkit = std::make_unique<kits::Toolkit>();
     be_app = this;
     // The part behind the vendor is the program's name.
     const std::string name(signature);

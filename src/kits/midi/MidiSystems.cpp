@@ -2,9 +2,11 @@
 
 #include "kits/midi/MidiRoster.h"
 #include "kits/midi/backends/LocalMidi.h"
+#include "kits/support/Trace.h"
 
 #include <algorithm>
 #include <ctime>
+#include <new>
 #include <utility>
 
 namespace kits {
@@ -110,16 +112,25 @@ void MidiSystems::Run() {
         ::sem_clockwait(&changed, CLOCK_MONOTONIC, &next);
         if (quitting)
             return;
-        for (System& system : systems)
-            Revive(system);
-        Rescan();
-        const std::lock_guard lock(mutex);
-        if (!std::exchange(untold, false))
-            continue;
-        std::erase_if(watchers, [](const BMessenger& watcher) {
-            return watcher.SendMessage(BMessage(B_MIDI_EVENT)) != B_OK;
-        });
+        try {
+            LookAround();
+        } catch (const std::bad_alloc&) {
+            FPRINTF(stderr, "MidiSystems: no memory to look for sources\n");
+        }
     }
+}
+
+/// Opens what can be opened, and tells the watchers of sources that have come or gone.
+void MidiSystems::LookAround() {
+    for (System& system : systems)
+        Revive(system);
+    Rescan();
+    const std::lock_guard lock(mutex);
+    if (!std::exchange(untold, false))
+        return;
+    std::erase_if(watchers, [](const BMessenger& watcher) {
+        return watcher.SendMessage(BMessage(B_MIDI_EVENT)) != B_OK;
+    });
 }
 
 /// Numbers the sources that are new and forgets those that have gone.

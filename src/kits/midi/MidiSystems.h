@@ -66,6 +66,7 @@ class MidiSystems {
     void Close(System& system);
     void OpenInput(System& system);
     void Run();
+    void LookAround();
     void Rescan();
 
     std::mutex mutex;

@@ -3,6 +3,7 @@
 #include "kits/support/RealtimePriority.h"
 #include "kits/support/Trace.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -18,9 +19,7 @@ constexpr int kPriority = 5;
 } // namespace
 
 MidiThread::Inlet::Inlet(MidiThread& thread, BMidiLocalConsumer& consumer)
-    : thread(thread), decoder(consumer) {
-    piece.reserve(4096);
-}
+    : thread(thread), decoder(consumer) {}
 
 void MidiThread::Inlet::Put(std::span<const uint8> bytes, bigtime_t time) noexcept {
     const Header header{time, static_cast<uint32>(bytes.size()), gap};
@@ -48,17 +47,21 @@ void MidiThread::Inlet::Drain() {
     const bool endNotes = lost.exchange(false);
     Header header{};
     std::array<uint8, sizeof header> head;
+    std::array<uint8, 4096> bytes;
     while (ring.Readable() >= head.size()) {
         ring.Read(head.data(), head.size());
         std::memcpy(&header, head.data(), sizeof header);
         // The header may be there a moment before its bytes.
         while (ring.Readable() < header.size)
             std::this_thread::yield();
-        piece.resize(header.size);
-        ring.Read(piece.data(), piece.size());
         if (header.gap)
             decoder.Reset();
-        decoder.Decode(piece, header.time);
+        for (std::size_t left = header.size; left > 0;) {
+            const std::size_t count = std::min(left, bytes.size());
+            ring.Read(bytes.data(), count);
+            decoder.Decode({bytes.data(), count}, header.time);
+            left -= count;
+        }
     }
     if (endNotes)
         decoder.EndNotes(header.time);

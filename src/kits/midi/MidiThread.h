@@ -44,7 +44,6 @@ class MidiThread {
         MidiThread& thread;
         WireDecoder decoder;
         Ring<uint8> ring{1U << 20};
-        std::vector<uint8> piece;
         /// The writing thread's: the latest pieces are lost.
         bool gap = false;
         std::atomic<bool> lost{false};

@@ -19,7 +19,10 @@ class WireDecoder {
   public:
     static constexpr std::size_t kLongestSysex = 65536;
 
-    explicit WireDecoder(BMidiLocalConsumer& consumer) : consumer(consumer) {}
+    explicit WireDecoder(BMidiLocalConsumer& consumer) : consumer(consumer) {
+        // Where memory runs out later, notes go on.
+        sysex.reserve(kLongestSysex);
+    }
 
     void Decode(std::span<const uint8> bytes, bigtime_t time);
 

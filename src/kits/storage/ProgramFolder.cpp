@@ -40,7 +40,10 @@ void Fill(const fs::path& folder, std::error_code& error) {
         fs::rename(beside, folder, error);
     if (error) {
         std::error_code ignored;
-        fs::remove_all(beside, ignored);
+        // One by one, as each level would take one of the descriptors that there may be too few of.
+        for (const char* name : kFolders)
+            fs::remove_all(fs::path(beside) / name, ignored);
+        fs::remove(beside, ignored);
         // Another instance may have been quicker.
         if (fs::is_directory(folder / kFolders[0], ignored))
             error.clear();

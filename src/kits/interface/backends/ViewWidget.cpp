@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QMouseEvent>
 #include <QPaintEvent>
+#include <QScopedValueRollback>
 
 namespace kits {
 
@@ -40,7 +41,7 @@ void ViewWidget::paintEvent(QPaintEvent* event) {
     if (content)
         return;
     QPainter current(this);
-    painter = &current;
+    const QScopedValueRollback rollback(painter, &current);
     if (view.ViewColor() != B_TRANSPARENT_COLOR)
         current.fillRect(event->rect(), ToQt(view.ViewColor()));
     if (view.Flags() & B_WILL_DRAW) {
@@ -48,7 +49,6 @@ void ViewWidget::paintEvent(QPaintEvent* event) {
         view.Draw({float(update.left()), float(update.top()), float(update.right()),
                    float(update.bottom())});
     }
-    painter = nullptr;
 }
 
 void ViewWidget::Note(const QMouseEvent& event) {

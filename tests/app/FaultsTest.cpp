@@ -1,0 +1,179 @@
+// What the system refuses to the program, one thing after the other. At its start: it plays all the
+// same, or ends with a message and code 1. Later: each thing that a user does is done, or an alert
+// says that it is not, and then all is as before.
+#include "app/MainViewStage.h"
+#include "support/Limits.h"
+
+#include <gmock/gmock.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+const std::string kProgram = VEXA_PROGRAM_FOLDER "/vexa";
+
+/// Starts the program at each step of a limit; how often it played.
+int Walk(const char* option, int from, int to, int step) {
+    ::setenv("JACK_DEFAULT_SERVER", "vexa-test-none", 1);
+    int played = 0;
+    for (int limit = from; limit <= to; limit += step) {
+        const auto result = test::RunLimited(option + std::to_string(limit),
+                                             {kProgram, "--no-window", "--audio", "none"},
+                                             test::TerminateWhenHandled);
+        if (result.exitCode == 0) {
+            played++;
+            EXPECT_THAT(result.text, HasSubstr("played ")) << limit;
+        } else {
+            EXPECT_EQ(result.exitCode, 1) << option << limit << "\n" << result.text;
+            EXPECT_THAT(result.text, HasSubstr("vexa: there ")) << option << limit;
+        }
+    }
+    return played;
+}
+
+TEST(ProgramFaults, TooLittleAtTheStart) {
+    if (test::kSanitized)
+        GTEST_SKIP() << "a sanitizer needs more than these limits leave";
+    EXPECT_EQ(Walk("-n ", 4, 60, 8), 0);
+    EXPECT_GT(Walk("-n ", 64, 71, 1), 0);
+    const int least = test::LoaderMemory(kProgram);
+    EXPECT_EQ(Walk("-v ", least, least + (600 << 10), 60 << 10), 0);
+    EXPECT_GT(Walk("-v ", least + (640 << 10), least + (660 << 10), 5 << 10), 0);
+}
+
+class WindowFaults : public test::MainViewTest {
+  protected:
+    WindowFaults() {
+        // Another user has to be able to look in.
+        ::chmod(folder.Path().c_str(), 0755);
+        Open(false);
+    }
+
+    /// What a user does, and something that shows whether it has been done.
+    struct Deed {
+        const char* name;
+        std::function<void()> act;
+        std::function<std::string()> trace;
+    };
+    const std::vector<Deed> deeds = {
+        {"compile", [this] { Enter("Fxy", "-1.0"); },
+         [this] { return std::to_string(PixelAt(10, 10)); }},
+        {"save a sound", [this] { view->SaveSound("mine.xml"); },
+         [this] { return test::Contents(In("sounds/mine.xml")); }},
+        {"save a function", [this] { view->SaveFunction("mine.xml"); },
+         [this] { return test::Contents(In("functions/mine.xml")); }},
+        {"save the picture", [this] { ExportPicture("picture.png"); },
+         [this] { return test::Contents(In("picture.png")); }},
+        {"load a sample", [this] { view->LoadSample(In("samples/pluck.wav").c_str()); },
+         [this] { return std::to_string(view->SampleMode()); }},
+        {"load a function", [this] { view->LoadFunction(In("functions/ripples.xml")); },
+         [this] { return std::to_string(PixelAt(10, 10)); }},
+        {"open a panel", [this] { PressButton("Load Sound"); },
+         [this] { return std::to_string(!OpenTitles().empty() && alerts.texts.empty()); }},
+    };
+    /// The colour of 0.5.
+    static constexpr uint32 kHalf = 127;
+    using Shortage = std::function<void(const std::function<void()>&)>;
+
+    /// Does all deeds in a shortage. `expected` are the beginnings of their last alerts, empty
+    /// for what must succeed, or null where either may be.
+    void Try(const Shortage& shortage, const std::vector<const char*>& expected) {
+        for (std::size_t i = 0; i < deeds.size(); i++) {
+            for (const char* name : {"picture.png", "sounds/mine.xml", "functions/mine.xml"})
+                folder.Write(name, "old");
+            if (PixelAt(10, 10) != kHalf || view->SampleMode())
+                Enter("Fxy", "0.5");
+            ClosePanels();
+            alerts.texts.clear();
+            const std::vector<std::string> names = Names();
+            const std::string before = deeds[i].trace();
+            shortage(deeds[i].act);
+            test::Settle();
+            const std::string alert = alerts.texts.empty() ? "" : alerts.texts.back();
+            EXPECT_EQ(deeds[i].trace() == before, !alert.empty()) << deeds[i].name << alert;
+            EXPECT_EQ(Names(), names) << deeds[i].name;
+            if (expected[i]) {
+                EXPECT_TRUE(alert.starts_with(expected[i]) && alert.empty() == !*expected[i])
+                    << deeds[i].name << ": " << alert;
+            }
+        }
+    }
+
+    /// Every name below the program folder.
+    std::vector<std::string> Names() const {
+        std::vector<std::string> names;
+        for (const auto& entry : fs::recursive_directory_iterator(folder.Path()))
+            names.push_back(entry.path().string());
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    const std::vector<const char*> either = std::vector<const char*>(deeds.size(), nullptr);
+    const std::vector<const char*> done = std::vector<const char*>(deeds.size(), "");
+};
+
+TEST_F(WindowFaults, FileDescriptorsUsedUp) {
+    if (test::kNeedsDescriptors)
+        GTEST_SKIP() << "a sanitizer needs descriptors itself";
+    Try([](const auto& act) { act(); }, done);
+    for (std::size_t left = 0; left <= 8; left++)
+        Try([left](const auto& act) { test::WithDescriptorsLeft(left, act); },
+            left > 0 ? either
+                     : std::vector<const char*>{"Could not create source", "Could not save \n",
+                                                "Could not save \n", "Could not create file.",
+                                                "Could not load sample", "Could not load \n",
+                                                "Could not read the folder"});
+    Try([](const auto& act) { act(); }, done);
+}
+
+TEST_F(WindowFaults, ADiskThatIsFullOrAFolderThatTakesNothing) {
+    for (const rlim_t room : {0, 60})
+        Try([room](const auto& act) { test::WithFileSizeLimit(room, act); },
+            {"Could not create source", "Could not save \n", "Could not save \n",
+             "Could not save the image.", "", "Could not create source", ""});
+    const std::vector<fs::path> folders = {folder.Path(), In("functions"), In("sounds")};
+    Try([&](const auto& act) { test::WithReadOnlyFolders(folders, act); },
+        {"Could not create source", "Could not save \n", "Could not save \n",
+         "Could not create file.", "", "Could not create source", ""});
+    Try([](const auto& act) { act(); }, done);
+}
+
+/// What is too large for the memory there is.
+TEST_F(WindowFaults, MemoryUsedUp) {
+    if (test::kSanitized)
+        GTEST_SKIP() << "a sanitizer needs more than this limit leaves";
+    const auto document =
+        folder.Write("huge.xml", "<vexasound>" + std::string(64 << 20, ' ') + "</vexasound>");
+    // The head of a file of 20 million frames, which no disk has to hold.
+    const auto sample = folder.Write("huge.wav", test::Contents(In("samples/pluck.wav")));
+    const auto write = [&](long at, std::uint32_t number) {
+        std::fstream file(sample, std::ios::in | std::ios::out | std::ios::binary);
+        file.seekp(at).write(reinterpret_cast<const char*>(&number), sizeof number);
+    };
+    write(4, 40'000'036);
+    write(40, 40'000'000);
+    fs::resize_file(sample, 40'000'044);
+    folder.Write("picture.png", "old");
+    Enter("Fxy", "0.5");
+    test::WithMemoryLeft(16 << 20, [&] {
+        view->LoadSound(document);
+        view->LoadSample(sample.c_str());
+        ExportPicture("picture.png", 8000);
+        // The little that is left is enough for this.
+        Enter("Ax0", "0.25");
+    });
+    EXPECT_THAT(alerts.texts, ElementsAre("Could not load \n" + document.string(),
+                                          "Could not load sample", "Could not save the image."));
+    EXPECT_FALSE(view->SampleMode());
+    EXPECT_EQ(test::Contents(In("picture.png")), "old");
+    EXPECT_EQ(view->SoundParam().Ax0, 0.25F);
+    view->LoadSample(sample.c_str());
+    EXPECT_TRUE(view->SampleMode());
+    ExportPicture("picture.png", 1000);
+    EXPECT_NE(test::Contents(In("picture.png")), "old");
+    EXPECT_EQ(alerts.texts.size(), 3U);
+}
+
+} // namespace

@@ -26,8 +26,10 @@ struct CommandResult {
     long memory = 0;
 };
 
-/// Becomes the program; for a child that has been forked. 127 if there is none.
+/// Becomes the program; for a child that has been forked. 127 if there is none. The program gets
+/// the three usual descriptors, whatever else the test was started with.
 [[noreturn]] inline void Execute(std::vector<std::string> arguments) {
+    ::close_range(3, ~0U, CLOSE_RANGE_CLOEXEC);
     std::vector<char*> argv;
     for (std::string& argument : arguments)
         argv.push_back(argument.data());

@@ -148,7 +148,7 @@ void HeadlessPlayer::ConnectSource() {
         Say("waiting for the MIDI source \"" + *options.midi + "\"");
     waitsForSource = !source;
     const int32 number = source ? source->ID() : 0;
-    if (source && number != connectedSource && source->Connect(&graph.Consumer()) != B_OK)
+    if (source && number != connectedSource && source->Connect(&graph.Consumer()) == B_ERROR)
         Say("could not connect the MIDI source \"" + *options.midi + "\"");
     connectedSource = number;
     if (source)

@@ -59,8 +59,10 @@ void VexaView::ConnectChosenSource() {
             before->Release();
         }
         connectedSource = wanted;
-        if (chosen && chosen->Connect(&graph->Consumer()) != B_OK) {
+        const status_t status = chosen ? chosen->Connect(&graph->Consumer()) : B_OK;
+        if (status != B_OK)
             connectedSource = 0;
+        if (status != B_OK && status != B_WOULD_BLOCK) {
             ErrorAlert(("Could not connect the MIDI source\n" + chosenSource).c_str());
             chosenSource.clear();
         }

@@ -178,6 +178,8 @@ TEST_F(PanelTest, NothingLeaksOverManyLoadsCompilesAndExports) {
         PressButton("Load Sound");
         ClosePanels();
     };
+    // So large that the threads which help with pictures are there.
+    ExportPicture("picture", 3000);
     for (int round = 0; round < 8; round++)
         useAll(round);
     const Holdings before = Count();

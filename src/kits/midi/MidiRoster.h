@@ -23,7 +23,8 @@ class BMidiProducer : public BMidiEndpoint {
     /// The same as long as the source is there; never that of another.
     int32 ID() const { return id; }
 
-    /// Connects the source to a registered consumer, or undoes it.
+    /// Connects the source to a registered consumer, or undoes it. B_WOULD_BLOCK where it cannot be
+    /// connected yet: a B_MIDI_EVENT will tell when to try again.
     status_t Connect(BMidiLocalConsumer* consumer);
     status_t Disconnect(BMidiLocalConsumer* consumer);
 

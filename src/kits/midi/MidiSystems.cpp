@@ -16,6 +16,9 @@ namespace {
 /// How often systems that do not tell of changes are asked, and others are looked for, in seconds.
 constexpr int kPollInterval = 1;
 
+/// For so long a source that is there may refuse to be connected.
+constexpr std::chrono::seconds kPatience{5};
+
 } // namespace
 
 std::shared_ptr<MidiSystems> MidiSystems::Open() {
@@ -191,10 +194,24 @@ status_t MidiSystems::Connect(int32 number, bool connected) {
     if (source == sources.end() || !source->second.system->backend)
         return B_ENTRY_NOT_FOUND;
     MidiBackend& system = *source->second.system->backend;
-    if (connected)
-        return system.Connect(source->second.name) ? B_OK : B_ERROR;
-    system.Disconnect(source->second.name);
-    return B_OK;
+    if (!connected) {
+        system.Disconnect(source->second.name);
+        return B_OK;
+    }
+    if (system.Connect(source->second.name)) {
+        failingSince.reset();
+        return B_OK;
+    }
+    const auto now = std::chrono::steady_clock::now();
+    if (now - failingSince.value_or(now) >= kPatience) {
+        failingSince.reset();
+        return B_ERROR;
+    }
+    // A JACK program shows its ports a moment before it takes part, which nobody can see.
+    failingSince = failingSince.value_or(now);
+    sources.erase(source);
+    untold = true;
+    return B_WOULD_BLOCK;
 }
 
 } // namespace kits

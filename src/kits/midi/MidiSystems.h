@@ -5,11 +5,13 @@
 #include "kits/midi/backends/MidiBackend.h"
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <list>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -59,6 +61,8 @@ class MidiSystems {
     void Register(const std::string& name, MidiThread& thread);
     void Unregister();
 
+    /// B_WOULD_BLOCK where the source cannot be connected yet: it is about to come anew, with
+    /// another number, and to be tried again. B_ERROR when that has gone on for seconds.
     status_t Connect(int32 source, bool connected);
 
   private:
@@ -78,6 +82,8 @@ class MidiSystems {
     /// Sources have come or gone, which the watchers do not know yet.
     bool untold = false;
     std::vector<BMessenger> watchers;
+    /// Since when no source could be connected.
+    std::optional<std::chrono::steady_clock::time_point> failingSince;
 
     sem_t changed;
     std::atomic<bool> quitting{false};

@@ -27,6 +27,7 @@ using type_code = uint32;
 constexpr status_t B_OK = 0;
 constexpr status_t B_ERROR = -1;
 constexpr status_t B_ENTRY_NOT_FOUND = -ENOENT;
+constexpr status_t B_WOULD_BLOCK = -EWOULDBLOCK;
 constexpr status_t B_IO_ERROR = -EIO;
 constexpr status_t B_NO_MEMORY = -ENOMEM;
 constexpr status_t B_BAD_VALUE = -EINVAL;

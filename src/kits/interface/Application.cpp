@@ -11,6 +11,7 @@
 #include <QApplication>
 #include <QIcon>
 #include <QScopedValueRollback>
+#include <QThreadPool>
 #include <QTimer>
 #include <cstdio>
 #include <cstdlib>
@@ -165,6 +166,12 @@ BApplication::BApplication(const char* signature) : BLooper(signature) {
     // the connection, and that ends the program. Without it, pictures go through the connection.
     ::setenv("QT_XCB_NO_MITSHM", "1", 0);
     toolkit = std::make_unique<kits::Toolkit>();
+    // Qt converts large pictures in threads of its pool, and waits for ever for one that the system
+    // does not grant. One that is there from the start does it all.
+    QThreadPool* const pool = QThreadPool::globalInstance();
+    pool->setMaxThreadCount(1);
+    pool->setExpiryTimeout(-1);
+    pool->start([] {});
     be_app = this;
     // The part behind the vendor is the program's name.
     const std::string name(signature);

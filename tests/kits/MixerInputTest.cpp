@@ -58,10 +58,13 @@ TEST_F(MixerInput, StartTimesInWholeMicrosecondsAreNoGaps) {
 TEST_F(MixerInput, LateFramesAreCountedAndSkipped) {
     Period(0, 100);
     EXPECT_EQ(Put(95, 3), clock.TimeOf(100) - clock.TimeOf(95));
-    Put(98, 4);
+    EXPECT_EQ(Put(98, 4), 0) << "less late than the one before";
     EXPECT_EQ(Put(102, 2), 0);
     EXPECT_EQ(Period(100, 6), (Frames{3, 4, 1, 2, 0, 0}));
     EXPECT_EQ(Late(), 2) << "one wholly, one in part";
+    Put(104, 1);
+    EXPECT_EQ(Put(102, 1),
+              clock.TimeOf(106) - clock.TimeOf(102) - (clock.TimeOf(106) - clock.TimeOf(104)));
 }
 
 TEST_F(MixerInput, AGapIsMeantAndAnEmptyRingIsNot) {
@@ -128,11 +131,15 @@ std::complex<double> SineIn(std::span<const float> frames, std::size_t from, dou
     return std::complex<double>(0, 2) * sum / weights;
 }
 
-TEST(MixerInputConverts, ASineKeepsItsFrequencyLevelAndPlace) {
-    constexpr double kRate = 44100;
+/// The rate of the producer: one with a simple ratio to the device's, one without.
+class MixerInputConvertsFrom : public testing::TestWithParam<double> {};
+INSTANTIATE_TEST_SUITE_P(, MixerInputConvertsFrom, testing::Values(44100.0, 44101.5));
+
+TEST_P(MixerInputConvertsFrom, ASineKeepsItsFrequencyLevelAndPlace) {
+    const double rate = GetParam();
     const kits::DeviceClock clock(48000);
     for (const double frequency : {100.0, 1000.0, 15000.0}) {
-        kits::MixerInput input(clock, kRate, 256);
+        kits::MixerInput input(clock, rate, 256);
         EXPECT_GT(input.Lookahead(), 0);
         Frames frames(256);
         Frames played;
@@ -144,12 +151,12 @@ TEST(MixerInputConverts, ASineKeepsItsFrequencyLevelAndPlace) {
                 sent += 5 * 256;
             for (std::size_t i = 0; i < 256; i++)
                 frames[i] = static_cast<float>(
-                    0.5 * std::sin(kTurn * frequency * double(sent + int64(i)) / kRate));
-            const double seconds = double(sent) / kRate;
+                    0.5 * std::sin(kTurn * frequency * double(sent + int64(i)) / rate));
+            const double seconds = double(sent) / rate;
             EXPECT_EQ(input.Write(frames, static_cast<bigtime_t>(seconds * 1e6)), 0);
             sent += 256;
             // The device fetches as much as must be there by now.
-            const auto end = static_cast<int64>((seconds + 256 / kRate) * 48000) -
+            const auto end = static_cast<int64>((seconds + 256 / rate) * 48000) -
                              static_cast<int64>(double(input.Lookahead()) * 0.048) - 2;
             while (int64(played.size()) + 64 <= end) {
                 Frames mix(64, 0);
@@ -160,7 +167,7 @@ TEST(MixerInputConverts, ASineKeepsItsFrequencyLevelAndPlace) {
         EXPECT_EQ(input.Counts().late, 0);
         EXPECT_EQ(input.Counts().missing, 0) << frequency;
         const std::span all(played);
-        const auto afterGap = static_cast<std::size_t>(double(gap + 5 * 256) / kRate * 48000);
+        const auto afterGap = static_cast<std::size_t>(double(gap + 5 * 256) / rate * 48000);
         for (const auto& part : {all.first(47000), all}) {
             const std::size_t from = part.size() == 47000 ? 0 : afterGap;
             const auto sine = SineIn(part, from + 200, frequency, 48000);

@@ -1,8 +1,9 @@
 // Fewer frames per second.
 #pragma once
 
-#include <cstddef>
-#include <memory>
+#include "kits/media/RateConverter.h"
+
+#include <optional>
 #include <vector>
 
 namespace kits {
@@ -14,9 +15,6 @@ class Decimator {
   public:
     /// `factor` is 1, 2, 4, 8 or 16; with 1 the stream passes unchanged.
     explicit Decimator(int factor);
-    ~Decimator();
-    Decimator(const Decimator&) = delete;
-    Decimator& operator=(const Decimator&) = delete;
 
     /// Takes the next `count` frames and appends what they yield to `out`; the filter holds back
     /// the last few.
@@ -26,8 +24,11 @@ class Decimator {
     void Finish(std::vector<float>& out);
 
   private:
-    struct State;
-    std::unique_ptr<State> state;
+    std::size_t factor;
+    std::optional<RateConverter> converter;
+    /// Frames taken and given out so far.
+    std::size_t taken = 0;
+    std::size_t given = 0;
 };
 
 } // namespace kits

@@ -3,6 +3,7 @@
 
 #include "kits/media/DeviceClock.h"
 #include "kits/media/MediaDefs.h"
+#include "kits/media/RateConverter.h"
 #include "kits/support/Ring.h"
 
 #include <atomic>
@@ -26,13 +27,11 @@ class MixerInput {
   public:
     /// `rate` is the producer's; `longest` the most frames in one of its buffers.
     MixerInput(const DeviceClock& clock, double rate, std::size_t longest);
-    ~MixerInput();
-    MixerInput(const MixerInput&) = delete;
-    MixerInput& operator=(const MixerInput&) = delete;
 
     /// The producer's thread: frames to be heard from a performance time on. Values that are not
-    /// finite become 0. Answers by how many microseconds they came after the device had fetched
-    /// what it played at that time, 0 if in time.
+    /// finite become 0. Answers by how many microseconds more than any since the last in time they
+    /// came after the device had fetched what it played at that time: those that are late in a row
+    /// were due before the producer could do anything about the first.
     bigtime_t Write(std::span<const float> frames, bigtime_t start) noexcept;
 
     /// The device's thread: adds what belongs to the frames from `frame` on.
@@ -47,7 +46,6 @@ class MixerInput {
     MixerCounts Counts() const noexcept { return {late, missing}; }
 
   private:
-    struct Converter;
     /// Frames in a row that the ring holds: `count` of them, from the device's `frame` on.
     struct Stretch {
         int64 frame;
@@ -60,7 +58,8 @@ class MixerInput {
 
     const DeviceClock& clock;
     double rate;
-    std::unique_ptr<Converter> converter;
+    /// None where the rates are the same.
+    std::unique_ptr<RateConverter> converter;
     bigtime_t lookahead = 0;
 
     // The producer's thread.
@@ -70,6 +69,8 @@ class MixerInput {
     /// frame that the next converted frame is.
     double expected = -1;
     int64 nextFrame = 0;
+    /// Microseconds of lateness that the producer knows of since it was last in time.
+    bigtime_t told = 0;
 
     Ring<float> samples;
     Ring<Stretch> stretches;

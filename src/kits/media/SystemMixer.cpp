@@ -15,8 +15,9 @@ namespace {
 /// producer's thread of real-time priority may be late without harm.
 constexpr bigtime_t kMargin = 1000;
 
-/// Frames of a producer's buffer, where the producer leaves it to us.
-constexpr uint32 kShortestBuffer = 16;
+/// Frames of a producer's buffer, where the producer leaves it to us. Shorter ones would come a
+/// millisecond or so sooner, and to wake the producer for each costs more than to render it.
+constexpr uint32 kShortestBuffer = 64;
 constexpr uint32 kLongestBuffer = 512;
 
 Result<std::unique_ptr<AudioDevice>> OpenDevice(AudioSystem system) {
@@ -108,6 +109,8 @@ status_t SystemMixer::AcceptFormat(const media_destination& destination, media_f
     if (raw.channel_count == 0)
         raw.channel_count = 1;
     if (format->type != B_MEDIA_RAW_AUDIO || raw.format != B_AUDIO_FLOAT || raw.channel_count != 1)
+        return B_MEDIA_BAD_FORMAT;
+    if (!RateConverter::CanConvert(double(raw.frame_rate), clock.Rate()))
         return B_MEDIA_BAD_FORMAT;
     if (raw.buffer_size == 0) {
         // The largest power of two that is no longer than the device's period.

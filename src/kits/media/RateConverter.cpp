@@ -1,0 +1,78 @@
+#include "kits/media/RateConverter.h"
+
+#include <cmath>
+#include <stdexcept>
+
+#include <zita-resampler/resampler.h>
+#include <zita-resampler/vresampler.h>
+
+namespace kits {
+
+/// The library has two resamplers that do not know each other: one with a filter for each of the
+/// phases of a simple ratio, one that interpolates between the filters of 120 phases.
+struct RateConverter::Stepper {
+    virtual ~Stepper() = default;
+    virtual void Reset() noexcept = 0;
+    virtual std::size_t Process(const float* frames, std::size_t count,
+                                std::span<float> out) noexcept = 0;
+    virtual std::size_t Half() const = 0;
+};
+
+template<class Resampler>
+struct RateConverter::StepperOf : Stepper {
+    void Reset() noexcept override {
+        resampler.reset();
+        // Silence up to the middle of the filter: with the next frame begins what comes out.
+        float none = 0;
+        Process(nullptr, Half() - 1, {&none, 1});
+    }
+    std::size_t Process(const float* frames, std::size_t count,
+                        std::span<float> out) noexcept override {
+        resampler.inp_count = static_cast<unsigned>(count);
+        // It does not write there.
+        resampler.inp_data = const_cast<float*>(frames);
+        resampler.out_count = static_cast<unsigned>(out.size());
+        resampler.out_data = out.data();
+        resampler.process();
+        return out.size() - resampler.out_count;
+    }
+    std::size_t Half() const override { return static_cast<std::size_t>(resampler.inpsize()) / 2; }
+
+    Resampler resampler;
+};
+
+RateConverter::RateConverter(double from, double to, unsigned half) {
+    auto simple = std::make_unique<StepperOf<Resampler>>();
+    auto any = std::make_unique<StepperOf<VResampler>>();
+    const bool whole = from == std::floor(from) && to == std::floor(to);
+    if (!CanConvert(from, to))
+        throw std::invalid_argument("no conversion between these rates");
+    if (whole && simple->resampler.setup(static_cast<unsigned>(from), static_cast<unsigned>(to), 1,
+                                         half) == 0)
+        stepper = std::move(simple);
+    else if (any->resampler.setup(to / from, 1, half) == 0)
+        stepper = std::move(any);
+    else
+        throw std::invalid_argument("no filter of that length");
+    Reset();
+}
+
+RateConverter::~RateConverter() = default;
+
+bool RateConverter::CanConvert(double from, double to) {
+    return from >= 1 && to >= 1 && from < 1e9 && to < 1e9 && to <= 64 * from && from <= 16 * to;
+}
+
+void RateConverter::Reset() noexcept {
+    stepper->Reset();
+}
+
+std::size_t RateConverter::Process(std::span<const float> frames, std::span<float> out) noexcept {
+    return stepper->Process(frames.data(), frames.size(), out);
+}
+
+std::size_t RateConverter::Lookahead() const {
+    return stepper->Half();
+}
+
+} // namespace kits

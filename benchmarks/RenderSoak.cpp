@@ -34,6 +34,7 @@ constexpr int kPiecesPerMinute = 60 * kRate / static_cast<int>(kPiece);
 
 /// What of this process must not grow.
 struct Usage {
+    /// Anonymous memory: pages of files come and go as the system likes.
     long kilobytes = 0;
     long threads = 0;
     long descriptors = 0;
@@ -44,7 +45,7 @@ Usage Look() {
     Usage usage;
     std::ifstream status("/proc/self/status");
     for (std::string word; status >> word;) {
-        if (word == "VmRSS:")
+        if (word == "RssAnon:")
             status >> usage.kilobytes;
         else if (word == "Threads:")
             status >> usage.threads;
@@ -181,8 +182,11 @@ int main(int count, char** arguments) {
         if (!tour.Minute(minute))
             return 1;
         note.Minute();
-        if (minute == minutes / 4)
-            Print(minute, settled = Look());
+        const int quarter = minutes / 4;
+        if (minute == quarter)
+            settled = Look();
+        if (minute > 0 && minute % quarter == 0)
+            Print(minute, Look());
     }
     const Usage end = Look();
     Print(minutes - 1, end);

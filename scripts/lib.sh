@@ -34,12 +34,12 @@ install_packages() {
         fail "could not install ${missing[*]}"
 }
 
-# build PRESET: brings build/PRESET up to date. All that is said goes to standard error; nothing is
-# when nothing was to do. Ninja itself configures anew when a CMake file has changed.
+# build PRESET [TARGET]: brings build/PRESET up to date. All that is said goes to standard error;
+# nothing is when nothing was to do. Ninja itself configures anew when a CMake file has changed.
 build() {
     local folder=$root/build/$1
     if [[ ! -f $folder/build.ninja ]]; then
         (cd "$root" && cmake --preset "$1") >&2 || fail "could not configure the preset $1"
     fi
-    (cd "$folder" && ninja) >&2 || fail "the build of the preset $1 failed"
+    (cd "$folder" && ninja "${@:2}") >&2 || fail "the build of the preset $1 failed"
 }

@@ -3,8 +3,8 @@
 #include "app/HeadlessPlayer.h"
 #include "app/VexaApplication.h"
 #include "kits/application/GuardedMain.h"
-#include "kits/application/Room.h"
 #include "kits/storage/ProgramFolder.h"
+#include "kits/support/Room.h"
 
 #include <algorithm>
 #include <cstdio>

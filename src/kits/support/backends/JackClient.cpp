@@ -1,5 +1,7 @@
 #include "kits/support/backends/JackClient.h"
 
+#include "kits/support/Room.h"
+
 #include <jack/jack.h>
 
 namespace kits {
@@ -13,6 +15,11 @@ std::string Reason(jack_status_t status) {
         return "the JACK server speaks another version of the protocol";
     return "the JACK server refused the client";
 }
+
+/// What a client takes at most: some ten descriptors, the server's memory of 105 MB, and threads.
+/// Where the library finds too little it leaves a database with which no client of the user starts.
+constexpr std::size_t kDescriptors = 24;
+constexpr std::size_t kMemory = std::size_t{192} << 20;
 
 /// The one client, which the audio and the MIDI port's threads ask for.
 struct TheClient {
@@ -40,6 +47,8 @@ Result<std::shared_ptr<JackClient>> JackClient::Open() {
     // All clients of a process look at one server's memory: that of a new server cannot be theirs.
     if (one.exists)
         return Error{"the JACK server has gone"};
+    if (const auto room = CheckRoom(kDescriptors, kMemory); !room)
+        return room.Fault();
     jack_set_error_function(Quiet);
     jack_set_info_function(Quiet);
     jack_status_t status{};

@@ -1,4 +1,4 @@
-#include "kits/application/Room.h"
+#include "kits/support/Room.h"
 
 #include "kits/support/Descriptor.h"
 

@@ -1,0 +1,23 @@
+#include "kits/support/backends/JackClient.h"
+
+#include "support/Limits.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(JackClient, IsNotOpenedWhereTheLibraryHadTooLittleForIt) {
+    // As long as there is room it is for want of a server, which the test has none of.
+    ::setenv("JACK_DEFAULT_SERVER", "vexa-no-such-server", 1);
+    test::WithDescriptorsLeft(test::kNeedsDescriptors ? 20 : 10, [] {
+        const auto client = kits::JackClient::Open();
+        ASSERT_FALSE(client);
+        EXPECT_THAT(client.Fault().text, testing::HasSubstr("not enough room for open files"));
+    });
+    const auto client = kits::JackClient::Open();
+    ASSERT_FALSE(client);
+    EXPECT_EQ(client.Fault().text, "no JACK server is running");
+}
+
+} // namespace

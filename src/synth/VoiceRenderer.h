@@ -52,13 +52,13 @@ class VoiceRenderer {
                      std::size_t count) noexcept;
     void ShowProgress() noexcept;
 
+    std::array<RunningVoice, kVoiceSlots> running;
     const ControllerTable& controllers;
     const sound_param& parameters;
     VoiceTable& voices;
     kits::Shared<float> gain{0};
     kits::Published<PlaneFunction> function{{dummyfunction}};
     double sampleRate = 44100;
-    std::array<RunningVoice, kVoiceSlots> running;
     /// Samples rendered since the beginning of the present cell (Oscillator).
     std::size_t offset = 0;
     kits::Reader reader;

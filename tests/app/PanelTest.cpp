@@ -186,8 +186,9 @@ TEST_F(PanelTest, NothingLeaksOverManyLoadsCompilesAndExports) {
     const std::size_t memory = ResidentPages();
     for (int round = 0; round < 60; round++)
         useAll(round);
-    EXPECT_EQ(Count().threads, before.threads);
-    EXPECT_EQ(Count().files, before.files);
+    // Fewer where a library has given up something by then.
+    EXPECT_LE(Count().threads, before.threads);
+    EXPECT_LE(Count().files, before.files);
     EXPECT_EQ(Count().addOns, 1);
     // What the allocator keeps may vary; a leaked sample or picture would be many times that.
     // Sanitizers keep what was freed, and look for leaks themselves.

@@ -75,9 +75,9 @@ class MainWindow : public testing::Test {
         WaitFor("the recording", [&] { return ear->Count() >= end; });
     }
     void WaitForPeak(float low, float high) {
-        float peak = 0;
-        WaitFor("a level", [&] {
-            peak = Peak(kSecond / 20);
+        const std::string wanted = "a level of " + std::to_string(low);
+        WaitFor(wanted.c_str(), [&] {
+            const float peak = Peak(kSecond / 20);
             return low <= peak && peak <= high;
         });
     }

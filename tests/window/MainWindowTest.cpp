@@ -180,6 +180,11 @@ TEST_F(MainWindow, FieldsAreReachedAndConfirmedByTheKeyboard) {
     desktop.Type("x/2");
     EXPECT_NEAR(Peak(), 0.25, 0.01);
     desktop.Key("Return");
+    if (test::kSanitized) {
+        // The first block of another function may take so long there that the voice is dropped.
+        Listen(2 * kSecond);
+        player->Play({{0, {0x90, 69, 100}}});
+    }
     WaitForPeak(0.12F, 0.13F);
     desktop.Key("Tab");
     const QImage before = desktop.Picture();

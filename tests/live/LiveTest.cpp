@@ -2,6 +2,7 @@
 #include "live/LivePlay.h"
 #include "support/Spectrum.h"
 
+#include <climits>
 #include <functional>
 #include <random>
 

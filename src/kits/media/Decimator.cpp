@@ -1,7 +1,5 @@
 #include "kits/media/Decimator.h"
 
-#include <algorithm>
-
 namespace kits {
 
 namespace {

@@ -13,7 +13,7 @@ namespace kits {
 class RateConverter {
   public:
     /// Hertz. Between whole numbers whose ratio is simple, as any two of the usual rates have, the
-    /// images of a sine at 9/10 of the band are 115 dB below it, between others 92. Allocates;
+    /// images of a sine at 9/10 of the band are 110 dB below it, between others 92. Allocates;
     /// throws std::invalid_argument for rates that CanConvert does not allow.
     RateConverter(double from, double to, unsigned half);
     ~RateConverter();

@@ -1,7 +1,7 @@
 // How long does an expression take until it is installed, against the compiler's run alone?
 #include "Expressions.h"
-#include "functions/FunctionSwitch.h"
 #include "kits/kernel/ChildProcess.h"
+#include "midi/Engine.h"
 
 #include <benchmark/benchmark.h>
 
@@ -24,18 +24,15 @@ BENCHMARK(BareCompiler)->Unit(benchmark::kMillisecond)->UseRealTime();
 /// Checked, compiled, loaded and installed.
 void Installed(benchmark::State& state) {
     const test::ProgramFolder folder;
-    vexa::FunctionSwitch functions;
-    vexa::PlaneFunction installed;
-    functions.AddReceiver([&](const vexa::PlaneFunction& next) { installed = next; });
+    vexa::Engine engine;
     for (auto _ : state) {
         vexa::CompileOutcome outcome =
             vexa::FunctionCompiler(folder.Path()).Compile(bench::kDefault);
         if (!outcome)
             state.SkipWithError("the expression failed");
         else
-            functions.Install(*std::move(outcome.addon));
+            engine.SetFunction(outcome.addon);
     }
-    benchmark::DoNotOptimize(installed);
 }
 BENCHMARK(Installed)->Unit(benchmark::kMillisecond)->UseRealTime();
 

@@ -3,8 +3,6 @@
 
 #include "functions/ProgramFolder.h"
 #include "functions/SampleFunction.h"
-#include "kits/support/Published.h"
-#include "support/SoundFiles.h"
 
 #include <cmath>
 #include <stdexcept>
@@ -16,15 +14,13 @@ inline constexpr const char* kDefault = "(5*(x*y*y-y*x*x)-3*(x-y))/((1+x*x+y*y)*
 inline constexpr const char* kTranscendental = "sin(3*x)*cos(2*y)+exp(-x*x-y*y)";
 inline constexpr const char* kBranches = "x>y ? sin(x)*y : (x<-1 ? x*x : y-x)";
 
-/// The function of an expression, compiled by the product's compiler and loaded until the program
-/// ends.
+/// The function of an expression, compiled by the product's compiler.
 inline vexa::PlaneFunction Compiled(const char* expression) {
     static const test::ProgramFolder folder;
-    static std::vector<vexa::FunctionAddon> addons;
     vexa::CompileOutcome outcome = vexa::FunctionCompiler(folder.Path()).Compile(expression);
     if (!outcome)
         throw std::runtime_error(outcome.details);
-    return addons.emplace_back(std::move(*outcome.addon)).Function();
+    return outcome.addon;
 }
 
 /// The sample function of ten seconds of a tone of 220 Hz with partials.
@@ -36,11 +32,9 @@ inline vexa::PlaneFunction LoadedSample() {
         tone[i] = static_cast<float>(std::sin(turn) + 0.5 * std::sin(2.01 * turn) +
                                      0.2 * std::sin(7 * turn));
     }
-    const test::TemporaryFolder folder;
-    if (!test::WriteSound(folder.Path() / "tone.wav", tone, kRate) ||
-        !vexa::LoadSample(folder.Path() / "tone.wav") || !vexa::SetSampleFrequency(kRate, 220))
-        throw std::runtime_error("no sample");
-    return vexa::SampleFunction();
+    const auto winding = vexa::WindingFor(tone.size(), kRate, 220);
+    return std::make_shared<vexa::SampleSpiral>(
+        std::make_shared<const std::vector<float>>(std::move(tone)), *winding);
 }
 
 } // namespace bench

@@ -1,5 +1,5 @@
 // What does a note-on cost, with a free voice and where it has to steal one?
-#include "midi/Instrument.h"
+#include "midi/Engine.h"
 
 #include <benchmark/benchmark.h>
 
@@ -7,7 +7,7 @@ namespace {
 
 /// Notes that a table of 20 voices has room for.
 void FreeVoice(benchmark::State& state) {
-    vexa::Instrument instrument;
+    vexa::Engine instrument;
     instrument.consumer.ReduceToMaxVox(vexa::kMostVoices);
     uchar note = 0;
     for (auto _ : state) {
@@ -22,7 +22,7 @@ BENCHMARK(FreeVoice);
 
 /// Every note takes the voice of another.
 void StolenVoice(benchmark::State& state) {
-    vexa::Instrument instrument;
+    vexa::Engine instrument;
     instrument.consumer.ReduceToMaxVox(vexa::kMostVoices);
     for (uchar note = 0; note < vexa::kMostVoices; note++)
         instrument.consumer.NoteOn(0, note, 100, 0);

@@ -31,8 +31,7 @@ void Reference(benchmark::State& state, const vexa::PlaneFunction& function, std
         for (std::size_t r = 0; r < side; r++) {
             const float y = area.linkFunctionY - float(r) * area.scale + top;
             for (std::size_t c = 0; c < side; c++) {
-                const float value =
-                    function.point(area.linkFunctionX + float(c) * area.scale - left, y);
+                const float value = function(area.linkFunctionX + float(c) * area.scale - left, y);
                 constexpr float kMost = 2147483520.0F;
                 const auto v = std::isfinite(value)
                                    ? static_cast<int32>(std::clamp(value * 255.0F, -kMost, kMost))

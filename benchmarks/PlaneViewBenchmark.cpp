@@ -1,6 +1,6 @@
 // How long does the plane view take for a pulse, and for the picture of an export?
 #include "kits/interface/Application.h"
-#include "midi/Instrument.h"
+#include "midi/Engine.h"
 #include "views/R2RFView.h"
 
 #include <cstdlib>
@@ -52,7 +52,7 @@ BENCHMARK(Export)->Arg(8001)->Unit(benchmark::kMillisecond);
 void Pulse(benchmark::State& state) {
     Application();
     vexa::R2RFView view(kFrame, "view", {0, 0}, {0.5F, 0.5F}, 0.05F, B_FOLLOW_NONE);
-    vexa::Instrument instrument;
+    vexa::Engine instrument;
     instrument.consumer.ReduceToMaxVox(20);
     view.SetSoundParam(&instrument.controllers, &instrument.parameters, &instrument.voices);
     for (int i = 0; i < state.range(0); i++)

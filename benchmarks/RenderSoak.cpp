@@ -5,11 +5,9 @@
 // then all notes are released. A second instrument holds one sine of 440 Hz all the while. Exits
 // with 1 if memory, descriptors, threads or add-ons grow after the first quarter, a note hangs, or
 // the sine is a tenth of a turn off at the end (after four hours, 3 hundred-thousandths of a cent).
-#include "documents/ApplySound.h"
-#include "documents/FunctionSource.h"
 #include "documents/SoundDocument.h"
+#include "instrument/Instrument.h"
 #include "kits/support/Published.h"
-#include "midi/Instrument.h"
 #include "support/Sounds.h"
 
 #include <algorithm>
@@ -70,7 +68,6 @@ class Tour {
         for (const auto& entry : fs::directory_iterator(VEXA_PROGRAM_FOLDER "/sounds"))
             sounds.push_back(entry.path());
         std::sort(sounds.begin(), sounds.end());
-        receivers.AddReceiver([this](const vexa::PlaneFunction& f) { instrument.SetFunction(f); });
         instrument.renderer.SetGain(0.25F);
         instrument.consumer.ReduceToMaxVox(20);
     }
@@ -82,12 +79,9 @@ class Tour {
         const auto sound = vexa::ReadSound(path, vexa::Sound(), report);
         if (!sound)
             return Fail(path, report.reason);
-        vexa::ApplyParameters(*sound, instrument.parameters);
-        vexa::ApplyEnvelopes(*sound, instrument.parameters);
-        const auto installed =
-            vexa::InstallFunction(sound->function, VEXA_PROGRAM_FOLDER, receivers);
-        if (!installed)
-            return Fail(path, installed.Fault().text);
+        const vexa::LoadReport loaded = whole.Load(*sound);
+        if (!loaded.function)
+            return Fail(path, vexa::Text(loaded.function));
         for (int piece = 0; piece < kPiecesPerMinute; piece++) {
             if (piece % 20 == 0 && piece < kPiecesPerMinute * 5 / 6)
                 PlaySomething();
@@ -130,8 +124,8 @@ class Tour {
     }
 
     std::vector<fs::path> sounds;
-    vexa::FunctionSwitch receivers;
-    vexa::Instrument instrument;
+    vexa::Instrument whole{VEXA_PROGRAM_FOLDER};
+    vexa::Engine& instrument = whole.Playing();
     std::vector<float> buffer = std::vector<float>(kPiece);
     std::mt19937 random{1};
 };
@@ -165,7 +159,7 @@ class LongNote {
         return sum;
     }
 
-    vexa::Instrument instrument;
+    vexa::Engine instrument;
     std::complex<double> before;
     std::complex<double> now;
 };

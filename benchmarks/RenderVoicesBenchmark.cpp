@@ -28,7 +28,7 @@ void Report(benchmark::State& state, int voices, std::size_t count = kBlock) {
 }
 
 void Product(benchmark::State& state, const vexa::PlaneFunction& function, int voices) {
-    vexa::Instrument instrument;
+    vexa::Engine instrument;
     test::MakeRich(instrument);
     instrument.SetFunction(function);
     StrikeChord(voices, [&](int note) { instrument.consumer.NoteOn(0, uchar(note), 100, 0); });
@@ -41,9 +41,9 @@ void Product(benchmark::State& state, const vexa::PlaneFunction& function, int v
 }
 
 void Reference(benchmark::State& state, const vexa::PlaneFunction& function, int voices) {
-    vexa::Instrument instrument;
+    vexa::Engine instrument;
     test::MakeRich(instrument);
-    test::ScalarReference reference(instrument.parameters, function.point);
+    test::ScalarReference reference(instrument.parameters, function);
     StrikeChord(voices, [&](int note) { reference.NoteOn(note, 100); });
     std::array<float, kBlock> buffer;
     for (auto _ : state) {
@@ -57,9 +57,9 @@ void Reference(benchmark::State& state, const vexa::PlaneFunction& function, int
 /// are struck.
 void Render20(
     benchmark::State& state, std::size_t count,
-    const std::function<void(vexa::Instrument&)>& prepare = [](auto&) {}) {
+    const std::function<void(vexa::Engine&)>& prepare = [](auto&) {}) {
     static const vexa::PlaneFunction function = bench::Compiled(bench::kDefault);
-    vexa::Instrument instrument;
+    vexa::Engine instrument;
     test::MakeRich(instrument);
     instrument.SetFunction(function);
     StrikeChord(20, [&](int note) { instrument.consumer.NoteOn(0, uchar(note), 100, 0); });
@@ -74,7 +74,7 @@ void Render20(
 
 /// Four envelopes of so many points, over ten minutes that no run reaches.
 void EnvelopePoints(benchmark::State& state) {
-    Render20(state, kBlock, [&state](vexa::Instrument& instrument) {
+    Render20(state, kBlock, [&state](vexa::Engine& instrument) {
         test::Points points;
         for (int i = 0; i < state.range(0); i++)
             points.push_back(
@@ -93,7 +93,7 @@ BENCHMARK(BlockLength)->RangeMultiplier(4)->Range(16, 1024);
 
 /// Notes that have sounded for so many hours, which pass in one block.
 void NoteHours(benchmark::State& state) {
-    Render20(state, kBlock, [&state](vexa::Instrument& instrument) {
+    Render20(state, kBlock, [&state](vexa::Engine& instrument) {
         if (state.range(0) == 0)
             return;
         std::array<float, kBlock> skipped;

@@ -15,7 +15,7 @@ import tempfile
 ENGINE_KITS = ["kits/support", "kits/storage", "kits/application", "kits/kernel", "kits/media",
                "kits/midi"]
 ALL_KITS = ENGINE_KITS + ["kits/interface", "kits/translation"]
-ENGINE = ["synth", "midi", "audio", "functions", "xml", "documents"]
+ENGINE = ["synth", "midi", "audio", "functions", "xml", "documents", "instrument"]
 
 # Each folder below src/ and the folders that it may use besides itself.
 ALLOWED = {
@@ -35,6 +35,7 @@ ALLOWED = {
     "audio": ENGINE_KITS + ["synth", "midi"],
     "functions": ENGINE_KITS + ["synth"],
     "documents": ENGINE_KITS + ["synth", "midi", "audio", "functions", "xml"],
+    "instrument": ENGINE_KITS + ["synth", "midi", "functions", "documents"],
     "render": ENGINE_KITS + ENGINE,
     "lv2": ENGINE_KITS + ENGINE,
     "views": ALL_KITS + ENGINE,

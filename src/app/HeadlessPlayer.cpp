@@ -1,9 +1,8 @@
 #include "app/HeadlessPlayer.h"
 
 #include "audio/AudioGraph.h"
-#include "documents/ApplySound.h"
-#include "documents/FunctionSource.h"
 #include "documents/SoundDocument.h"
+#include "instrument/Instrument.h"
 #include "kits/application/Interrupt.h"
 #include "kits/midi/MidiRoster.h"
 #include "kits/support/Published.h"
@@ -40,9 +39,7 @@ class SourceWatch : public kits::MessageTarget {
 class HeadlessPlayer {
   public:
     HeadlessPlayer(const AppOptions& options, const std::filesystem::path& programFolder)
-        : options(options), programFolder(programFolder) {
-        receivers.AddReceiver([this](const PlaneFunction& f) { graph.SetFunction(f); });
-    }
+        : options(options), programFolder(programFolder), instrument(programFolder) {}
 
     int Run();
 
@@ -55,10 +52,8 @@ class HeadlessPlayer {
 
     const AppOptions& options;
     const std::filesystem::path& programFolder;
-    SoundRecords records;
-    // Outlives the graph, whose threads call an add-on's function to their end.
-    FunctionSwitch receivers;
-    AudioGraph graph{records.controllers, records.parameters, records.voices, Say};
+    Instrument instrument;
+    AudioGraph graph{instrument.Playing(), Say};
     std::shared_ptr<SourceWatch> watch = std::make_shared<SourceWatch>();
     /// The number of the source that is connected; 0 for none.
     int32 connectedSource = 0;
@@ -129,13 +124,12 @@ bool HeadlessPlayer::LoadSound() {
         Say(report.reason);
         return !options.sound;
     }
-    for (const std::string& fault : ApplyParameters(*sound, records.parameters))
+    const LoadReport loaded = instrument.Load(*sound);
+    for (const std::string& fault : loaded.warnings)
         Say("warning: " + fault);
-    ApplyEnvelopes(*sound, records.parameters);
-    const auto installed = InstallFunction(sound->function, programFolder, receivers);
-    if (!installed)
-        Say(installed.Fault().text);
-    return installed || !options.sound;
+    if (!loaded.function)
+        Say(Text(loaded.function));
+    return loaded.function || !options.sound;
 }
 
 /// Connects the source that the options name, if it is there and was not before.

@@ -11,14 +11,12 @@ constexpr float kInitialGain = 0.25F;
 
 } // namespace
 
-AudioGraph::AudioGraph(ControllerTable& controllers, const sound_param& parameters,
-                       VoiceTable& voices, Alert alert)
-    : voices(voices),
+AudioGraph::AudioGraph(Engine& engine, Alert alert)
+    : engine(engine),
       alert(std::move(alert)),
       roster(*BMediaRoster::Roster()),
-      producer(new VexaToneProducer(controllers, parameters, voices)),
-      consumer("Vexa midi in", controllers, parameters, voices) {
-    consumer.Register();
+      producer(new VexaToneProducer(engine.renderer, engine.voices)) {
+    engine.consumer.Register();
 }
 
 bool AudioGraph::Start() {
@@ -102,7 +100,7 @@ AudioGraph::DeviceNews AudioGraph::Watch() {
         break;
     }
     // What was let go while nothing was heard is over, and does not fade out now.
-    SilenceReleased(voices);
+    SilenceReleased(engine.voices);
     return ConnectTo(search.Take()) ? DeviceNews::There : DeviceNews::None;
 }
 
@@ -162,7 +160,7 @@ void AudioGraph::ReleaseMixer() {
 }
 
 AudioGraph::~AudioGraph() {
-    consumer.Unregister();
+    engine.consumer.Unregister();
     // What went with its device is disconnected already.
     if (Disconnect() != B_OK && loss == Loss::None)
         alert("* Error disconnecting nodes");

@@ -5,8 +5,7 @@
 #include "kits/media/MediaRoster.h"
 #include "kits/media/MixerSearch.h"
 #include "kits/media/SystemMixer.h"
-#include "midi/MidiConsumer.h"
-#include "synth/SoundRecords.h"
+#include "midi/Engine.h"
 
 #include <functional>
 
@@ -18,10 +17,9 @@ class AudioGraph {
     /// Shows a person what failed and returns when it has been read.
     using Alert = std::function<void(const char* text)>;
 
-    /// Makes the producer and the consumer and registers the consumer, so that notes are accepted
-    /// from now on, whether there will be sound or not. The records outlive the graph.
-    AudioGraph(ControllerTable& controllers, const sound_param& parameters, VoiceTable& voices,
-               Alert alert);
+    /// Makes the producer and registers the engine's consumer, so that notes are accepted from now
+    /// on, whether there will be sound or not. The engine outlives the graph.
+    AudioGraph(Engine& engine, Alert alert);
 
     /// Stops, disconnects and releases the nodes. A failure is shown.
     ~AudioGraph();
@@ -45,7 +43,7 @@ class AudioGraph {
     /// Alive as long as the graph.
     VexaToneProducer& Producer() { return *producer; }
     const VexaToneProducer& Producer() const { return *producer; }
-    VexaMidiConsumer& Consumer() { return consumer; }
+    VexaMidiConsumer& Consumer() { return engine.consumer; }
     bool IsConnected() const { return connected; }
 
     /// What all mixers so far have noticed of our buffers.
@@ -54,12 +52,6 @@ class AudioGraph {
     std::string DeviceName() const;
     /// Why there is no device, as it was when Start looked for one.
     const std::string& DeviceFault() const { return roster.MixerFault(); }
-
-    /// The plane function of both endpoints.
-    void SetFunction(const PlaneFunction& f) {
-        producer->SetFunction(f);
-        consumer.SetFunction(f);
-    }
 
   private:
     struct Connection {
@@ -78,11 +70,10 @@ class AudioGraph {
     void TakeNewRate();
     kits::SystemMixer* Mixer() const;
 
-    VoiceTable& voices;
+    Engine& engine;
     Alert alert;
     BMediaRoster& roster;
     VexaToneProducer* producer;
-    VexaMidiConsumer consumer;
     Connection connection;
     media_node timeSource;
     bool connected = false;

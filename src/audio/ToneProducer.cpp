@@ -40,14 +40,13 @@ void CopyName(char* into, const char* name) {
 
 } // namespace
 
-VexaToneProducer::VexaToneProducer(const ControllerTable& controllers,
-                                   const sound_param& parameters, VoiceTable& voices)
+VexaToneProducer::VexaToneProducer(VoiceRenderer& renderer, VoiceTable& voices)
     : BMediaNode(kName),
       BMediaEventLooper(kApiVersion),
       BBufferProducer(B_MEDIA_RAW_AUDIO),
       preferred(PreferredFormat()),
       voices(voices),
-      renderer(controllers, parameters, voices) {
+      renderer(renderer) {
     output.destination = media_destination::null;
     output.format = preferred;
 }

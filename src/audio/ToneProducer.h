@@ -13,9 +13,9 @@ namespace vexa {
 /// it ran.
 class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
   public:
-    /// The records are shared and outlive the node. Window thread.
-    VexaToneProducer(const ControllerTable& controllers, const sound_param& parameters,
-                     VoiceTable& voices);
+    /// The renderer plays the voices; both outlive the node, and nobody else renders meanwhile.
+    /// Window thread.
+    VexaToneProducer(VoiceRenderer& renderer, VoiceTable& voices);
 
     /// As those of VoiceRenderer. Any thread; window thread.
     void SetGain(float gain) { renderer.SetGain(gain); }
@@ -86,7 +86,7 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
     bigtime_t startTime = 0;
 
     VoiceTable& voices;
-    VoiceRenderer renderer;
+    VoiceRenderer& renderer;
     kits::Shared<int64> dropped{0};
 };
 

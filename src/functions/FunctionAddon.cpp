@@ -1,7 +1,5 @@
 #include "functions/FunctionAddon.h"
 
-#include <utility>
-
 namespace vexa {
 
 namespace {
@@ -18,21 +16,24 @@ Function Find(image_id image, const char* name) {
 
 FunctionAddon::FunctionAddon(image_id loaded)
     : image(loaded),
-      function{Find<PointFunction>(image, "r2rfun"), Find<BlockFunction>(image, "r2rfunblock")} {
+      point(Find<PointForm>(image, "r2rfun")),
+      block(Find<BlockForm>(image, "r2rfunblock")) {
     if (auto* const text = Find<const char* (*)()>(image, "r2rfunstr")) {
         const char* const returned = text();
         expression = returned ? returned : "";
     }
 }
 
-FunctionAddon::FunctionAddon(FunctionAddon&& other) noexcept
-    : image(std::exchange(other.image, 0)),
-      function(std::exchange(other.function, {})),
-      expression(std::move(other.expression)) {}
-
 FunctionAddon::~FunctionAddon() {
-    if (image > 0)
-        unload_add_on(image);
+    unload_add_on(image);
+}
+
+void FunctionAddon::Evaluate(const float* x, const float* y, float* values,
+                             std::size_t count) const noexcept {
+    if (block)
+        block(x, y, values, count);
+    else
+        PlaneSource::Evaluate(x, y, values, count);
 }
 
 } // namespace vexa

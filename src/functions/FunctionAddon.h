@@ -9,25 +9,32 @@
 
 namespace vexa {
 
-/// Owns a loaded add-on and knows what it exports; unloads it when destroyed, when no thread may
-/// execute its function any more. The window thread, or wherever the compiler runs.
-class FunctionAddon {
+/// Owns a loaded add-on and calls what it exports. It is unloaded with its last owner, which must
+/// not be the media or the MIDI thread; kits::Published sees to that.
+class FunctionAddon final : public PlaneSource {
   public:
     /// Takes over `image`, which is loaded.
     explicit FunctionAddon(image_id image);
-    FunctionAddon(FunctionAddon&& other) noexcept;
-    FunctionAddon& operator=(FunctionAddon&&) = delete;
-    ~FunctionAddon();
+    ~FunctionAddon() override;
 
-    /// The plane function. Its point form is null if the add-on has no r2rfun, its block form if
-    /// it has no r2rfunblock.
-    const PlaneFunction& Function() const { return function; }
+    /// It exports r2rfun, without which the function must not be called.
+    bool HasPointForm() const { return point; }
+    /// It exports r2rfunblock.
+    bool HasBlockForm() const { return block; }
     /// What r2rfunstr returns: the expression; nothing if the add-on has no such function.
     const std::optional<std::string>& Expression() const { return expression; }
 
+    float At(float x, float y) const noexcept override { return point(x, y); }
+    void Evaluate(const float* x, const float* y, float* values,
+                  std::size_t count) const noexcept override;
+
   private:
-    image_id image;
-    PlaneFunction function;
+    using PointForm = float (*)(float x, float y);
+    using BlockForm = void (*)(const float* x, const float* y, float* values, std::size_t count);
+
+    const image_id image;
+    const PointForm point;
+    const BlockForm block;
     std::optional<std::string> expression;
 };
 

@@ -156,9 +156,9 @@ CompileOutcome FunctionCompiler::Build(std::string_view source, const fs::path& 
 
     // Loaded before the file moves to where another program might replace it.
     const image_id image = load_add_on((folder / kAddon).c_str());
-    std::optional<FunctionAddon> addon;
+    std::shared_ptr<const FunctionAddon> addon;
     if (image > 0)
-        addon.emplace(image);
+        addon = std::make_shared<FunctionAddon>(image);
     std::error_code error;
     fs::rename(folder / kAddon, addonPath, error);
     if (!addon)
@@ -167,7 +167,7 @@ CompileOutcome FunctionCompiler::Build(std::string_view source, const fs::path& 
         return {CompilerFailure(sourcePath,
                                 "could not write " + addonPath.string() + ": " + error.message()),
                 {}};
-    if (!addon->Function().point)
+    if (!addon->HasPointForm())
         return {Failure(B_NAME_NOT_FOUND, Alert(kNoFunction, {addonPath}), {}), {}};
     if (!addon->Expression())
         return {Failure(B_NAME_NOT_FOUND, Alert(kNoText, {addonPath}), {}), {}};

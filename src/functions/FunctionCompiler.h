@@ -6,7 +6,7 @@
 #include "kits/support/SupportDefs.h"
 
 #include <filesystem>
-#include <optional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,7 +28,7 @@ struct CompileReport {
 
 /// A report and, after a success, the add-on, which has its point function and its expression.
 struct CompileOutcome : CompileReport {
-    std::optional<FunctionAddon> addon;
+    std::shared_ptr<const FunctionAddon> addon;
 };
 
 /// Compiles expressions with the system's C compiler. In the folder "functions" below the program

@@ -4,11 +4,11 @@
 #include "kits/media/MediaFile.h"
 #include "kits/storage/Entry.h"
 #include "kits/storage/Path.h"
-#include "kits/support/Published.h"
 
 #include <algorithm>
 #include <cmath>
 #include <new>
+#include <utility>
 
 namespace vexa {
 
@@ -17,16 +17,10 @@ namespace {
 /// The radius at which the sample ends.
 constexpr float kRadius = 5.0F;
 
-/// Never destroyed: a thread that plays may outlive every static object.
-kits::Published<SampleSpiral>& Spiral() {
-    static auto* spiral = new kits::Published<SampleSpiral>({});
-    return *spiral;
-}
-
 const SpiralLoops& loops = *RunnableSpiralLoops().back();
 
-SpiralTurns Turns(const SampleSpiral& spiral) {
-    return {spiral.sample->data(), spiral.samplelength - 1, spiral.T, spiral.alphap};
+SpiralTurns Turns(const std::vector<float>& sample, const Winding& winding) {
+    return {sample.data(), static_cast<int>(sample.size()) - 1, winding.T, winding.alphap};
 }
 
 /// The sample at `index`, a whole number or NaN, limited to the sample.
@@ -41,14 +35,6 @@ float Interpolate(const SpiralTurns& turns, float p) {
     const float i = std::floor(p);
     const float f = p - i;
     return (1 - f) * At(turns, i) + f * At(turns, i + 1);
-}
-
-void SampleBlock(const float* x, const float* y, float* values, std::size_t count) {
-    const SampleSpiral& spiral = CurrentSpiral();
-    if (spiral.samplelength < 1)
-        std::fill_n(values, count, 0.0F);
-    else
-        loops.Values(Turns(spiral), x, y, values, count);
 }
 
 /// The frames of the track, which delivers floats of one channel, as long as there are not too
@@ -90,14 +76,14 @@ kits::Result<LoadedSample> Load(const std::filesystem::path& path) {
         return kits::Error{file.Fault()};
     BMediaTrack* const track = file.TrackAt(0);
 
-    LoadedSample loaded{{}, fullPath.Path()};
-    loaded.format.type = B_MEDIA_RAW_AUDIO;
-    loaded.format.u.raw_audio = media_raw_audio_format::wildcard;
-    loaded.format.u.raw_audio.channel_count = 1;
-    loaded.format.u.raw_audio.format = B_AUDIO_FLOAT;
-    loaded.format.u.raw_audio.byte_order = B_MEDIA_LITTLE_ENDIAN;
-    track->DecodedFormat(&loaded.format);
-    std::vector<float> frames = ReadTrack(*track, loaded.format);
+    media_format format;
+    format.type = B_MEDIA_RAW_AUDIO;
+    format.u.raw_audio = media_raw_audio_format::wildcard;
+    format.u.raw_audio.channel_count = 1;
+    format.u.raw_audio.format = B_AUDIO_FLOAT;
+    format.u.raw_audio.byte_order = B_MEDIA_LITTLE_ENDIAN;
+    track->DecodedFormat(&format);
+    std::vector<float> frames = ReadTrack(*track, format);
     file.ReleaseAllTracks();
     if (frames.empty())
         return Failure(path, "it contains no sound");
@@ -105,24 +91,13 @@ kits::Result<LoadedSample> Load(const std::filesystem::path& path) {
         return Failure(path, "it is longer than " + std::to_string(kLongestSample) + " frames");
 
     Normalise(frames);
-    SampleSpiral next = CurrentSpiral();
-    next.samplelength = static_cast<int32>(frames.size());
-    next.sample = std::make_shared<const std::vector<float>>(std::move(frames));
-    Spiral().Publish(std::move(next));
-    return loaded;
+    return LoadedSample{std::make_shared<const std::vector<float>>(std::move(frames)),
+                        format.u.raw_audio.frame_rate, fullPath.Path()};
 }
 
 } // namespace
 
-const SampleSpiral& CurrentSpiral() {
-    return Spiral().Get();
-}
-
-float sampler2rfun(float x, float y) {
-    const SampleSpiral& spiral = CurrentSpiral();
-    if (spiral.samplelength < 1)
-        return 0;
-    const SpiralTurns turns = Turns(spiral);
+float sampler2rfun(const SpiralTurns& turns, float x, float y) {
     // Rounded from double precision, which the block form can do alike; atan2f is not always
     // rounded to the nearest.
     const auto angle = static_cast<float>(std::atan2(double(-y), double(-x)));
@@ -139,8 +114,16 @@ float sampler2rfun(float x, float y) {
     return (1 - w) * Interpolate(turns, p0) + w * Interpolate(turns, p1);
 }
 
-PlaneFunction SampleFunction() {
-    return {sampler2rfun, SampleBlock};
+SampleSpiral::SampleSpiral(SampleFrames frames, const Winding& winding)
+    : sample(std::move(frames)), winding(winding) {}
+
+float SampleSpiral::At(float x, float y) const noexcept {
+    return sampler2rfun(Turns(*sample, winding), x, y);
+}
+
+void SampleSpiral::Evaluate(const float* x, const float* y, float* values,
+                            std::size_t count) const noexcept {
+    loops.Values(Turns(*sample, winding), x, y, values, count);
 }
 
 kits::Result<LoadedSample> LoadSample(const std::filesystem::path& path) {
@@ -151,16 +134,15 @@ kits::Result<LoadedSample> LoadSample(const std::filesystem::path& path) {
     }
 }
 
-bool SetSampleFrequency(float frameRate, double frequency) {
-    SampleSpiral next = CurrentSpiral();
-    if (!(frequency > 0) || next.samplelength < 1)
-        return false;
-    next.T = static_cast<float>(frameRate / frequency);
-    next.alphap = next.T * kRadius / static_cast<float>(next.samplelength);
-    if (!std::isnormal(next.T) || !std::isnormal(next.alphap) || next.T < 0)
-        return false;
-    Spiral().Publish(std::move(next));
-    return true;
+std::optional<Winding> WindingFor(std::size_t frames, float frameRate, double frequency) {
+    if (!(frequency > 0) || frames == 0)
+        return std::nullopt;
+    Winding winding;
+    winding.T = static_cast<float>(frameRate / frequency);
+    winding.alphap = winding.T * kRadius / static_cast<float>(frames);
+    if (!std::isnormal(winding.T) || !std::isnormal(winding.alphap) || winding.T < 0)
+        return std::nullopt;
+    return winding;
 }
 
 std::string SampleFileName(const std::string& path, const std::filesystem::path& programFolder) {

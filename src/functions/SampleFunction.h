@@ -5,43 +5,55 @@
 // and its radius selects the place in the sample.
 #pragma once
 
-#include "kits/media/MediaFormats.h"
 #include "kits/support/Result.h"
 #include "kits/support/SupportDefs.h"
 #include "synth/PlaneFunction.h"
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace vexa {
 
-/// What sampler2rfun computes with; published as a whole and never changed.
-struct SampleSpiral {
-    /// The sample, normalised to a peak of 1, or silent. Spirals of the same sample share it.
-    std::shared_ptr<const std::vector<float>> sample;
-    int32 samplelength = 0;
+/// The frames of a sample, mixed to one channel and normalised to a peak of 1, or silent. Not
+/// empty. Spirals of the same sample share it.
+using SampleFrames = std::shared_ptr<const std::vector<float>>;
+
+/// How a sample is wound.
+struct Winding {
     /// Frames per turn.
     float T = 100.0F;
     /// Distance of neighbouring turns.
     float alphap = 0.1F;
+    bool operator==(const Winding&) const = default;
 };
 
-/// The spiral at present. Inside a kits::Reader::Section, or on the window thread.
-const SampleSpiral& CurrentSpiral();
+/// The winding in which one turn is one period of `frequency` (Hz), for so many frames at
+/// `frameRate` (Hz). Nothing if the frequency is not positive or out of all proportion. Any thread.
+std::optional<Winding> WindingFor(std::size_t frames, float frameRate, double frequency);
 
-/// The value of the spiral at a point; 0 before a sample is loaded. Inside a kits::Reader::Section,
-/// or on the window thread.
-float sampler2rfun(float x, float y);
+/// The plane function of a sample.
+class SampleSpiral final : public PlaneSource {
+  public:
+    SampleSpiral(SampleFrames sample, const Winding& winding);
 
-/// sampler2rfun in both its forms; SpiralLoops tells how far they agree.
-PlaneFunction SampleFunction();
+    float At(float x, float y) const noexcept override;
+    /// The same values; SpiralLoops tells how far they agree.
+    void Evaluate(const float* x, const float* y, float* values,
+                  std::size_t count) const noexcept override;
+
+  private:
+    const SampleFrames sample;
+    const Winding winding;
+};
 
 /// A sample that was loaded.
 struct LoadedSample {
-    /// Of the decoded sound; the sample frequency is measured by its frame rate.
-    media_format format;
+    SampleFrames frames;
+    /// Hz; the sample frequency is measured by it.
+    float frameRate = 0;
     /// Absolute path of the file.
     std::string path;
 };
@@ -51,15 +63,9 @@ constexpr const char* kSampleAlert = "Could not load sample";
 /// Longest sample in frames: 50 minutes at 44.1 kHz.
 constexpr std::size_t kLongestSample = std::size_t{1} << 27;
 
-/// Decodes a sound file, mixed to one channel, and publishes it as the sample; T and alphap stay.
-/// The error, for standard error, names the file and the fault; the sample is then as it was. The
-/// window thread.
+/// Decodes a sound file. The error, for standard error, names the file and the fault. Waits for the
+/// disk: not the media or the MIDI thread.
 kits::Result<LoadedSample> LoadSample(const std::filesystem::path& path);
-
-/// Winds the spiral so that one turn is one period of `frequency` (Hz) at `frameRate`. Returns
-/// false and changes nothing if the frequency is not positive or out of all proportion. The window
-/// thread.
-bool SetSampleFrequency(float frameRate, double frequency);
 
 /// How a function document names the sample file: by its leaf if it lies directly in the folder
 /// "samples" of the program folder, else by its full path.

@@ -16,6 +16,9 @@ struct SpiralTurns {
     float alphap;
 };
 
+/// The value of the spiral at a point, in the plainest form. Any thread, real-time safe.
+float sampler2rfun(const SpiralTurns& turns, float x, float y);
+
 /// Loops for one instruction set. Any thread, real-time safe.
 struct SpiralLoops {
     /// values[i] = what sampler2rfun gives at (x[i], y[i]). The arrays do not overlap. The angle is

@@ -67,7 +67,7 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     const sound_param& parameters;
     VoiceTable& voices;
     kits::Shared<int32> channel{-1};
-    kits::Published<PlaneFunction> function{{dummyfunction}};
+    kits::Published<PlaneFunction> function{dummyfunction};
     std::atomic<int32> voiceLimit{1};
     kits::Shared<int64> stolen{0};
     double filterRate = 44100;

@@ -5,7 +5,7 @@
 
 namespace vexa {
 
-Performance::Performance(Instrument& instrument, const MidiFile& file, double rate, double tail)
+Performance::Performance(Engine& instrument, const MidiFile& file, double rate, double tail)
     : instrument(instrument), file(file), rate(rate), length(SampleOf(file.duration + tail)) {
     instrument.renderer.SetSampleRate(rate);
 }

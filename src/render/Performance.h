@@ -1,7 +1,7 @@
 // A MIDI file played on an instrument, sample by sample.
 #pragma once
 
-#include "midi/Instrument.h"
+#include "midi/Engine.h"
 #include "render/MidiFile.h"
 
 #include <cstddef>
@@ -14,7 +14,7 @@ class Performance {
   public:
     /// `rate` in samples per second; goes on for `tail` seconds after the file's end. Both records
     /// must outlive the performance.
-    Performance(Instrument& instrument, const MidiFile& file, double rate, double tail);
+    Performance(Engine& instrument, const MidiFile& file, double rate, double tail);
 
     /// Samples from the beginning to the end of the tail.
     int64 Length() const { return length; }
@@ -31,7 +31,7 @@ class Performance {
     int64 SampleOf(double seconds) const;
     void Play(const MidiEvent& event);
 
-    Instrument& instrument;
+    Engine& instrument;
     const MidiFile& file;
     double rate;
     int64 length;

@@ -1,8 +1,7 @@
 #include "render/RenderJob.h"
 
-#include "documents/ApplySound.h"
-#include "documents/FunctionSource.h"
 #include "documents/SoundDocument.h"
+#include "instrument/Instrument.h"
 #include "kits/application/Interrupt.h"
 #include "kits/media/Decimator.h"
 #include "kits/media/SoundFileWriter.h"
@@ -44,9 +43,8 @@ class RenderJob {
     RenderJob(const Options& options, const std::filesystem::path& programFolder)
         : options(options),
           programFolder(programFolder),
-          fullRate(double(options.rate) * options.oversample) {
-        receivers.AddReceiver([this](const PlaneFunction& f) { instrument.SetFunction(f); });
-    }
+          fullRate(double(options.rate) * options.oversample),
+          instrument(programFolder) {}
 
     RenderOutcome Run() {
         if (const Result<void> done = Render(); !done) {
@@ -80,8 +78,6 @@ class RenderJob {
     double fullRate;
     RenderOutcome outcome;
     std::optional<kits::Interrupt> interrupt;
-    // Outlives the instrument, which calls an add-on's function.
-    FunctionSwitch receivers;
     Instrument instrument;
 };
 
@@ -105,7 +101,7 @@ Result<void> RenderJob::Render() {
         kits::SoundFileWriter::Create(file->Descriptor(), *format, options.output, options.rate);
     if (!writer)
         return writer.Fault();
-    Performance performance(instrument, *midi, fullRate, options.tail);
+    Performance performance(instrument.Playing(), *midi, fullRate, options.tail);
     if (Result<void> written = Write(performance, *writer, *format); !written)
         return written;
     if (Result<void> finished = writer->Finish(); !finished)
@@ -114,7 +110,8 @@ Result<void> RenderJob::Render() {
     outcome.summary.seconds = static_cast<double>(performance.Length()) / fullRate;
     outcome.summary.notes = midi->notes;
     outcome.summary.mostVoices = static_cast<std::size_t>(performance.MostVoices());
-    outcome.summary.stolenVoices = static_cast<std::size_t>(instrument.consumer.StolenVox());
+    outcome.summary.stolenVoices =
+        static_cast<std::size_t>(instrument.Playing().consumer.StolenVox());
     return file->Commit();
 }
 
@@ -150,15 +147,15 @@ Result<void> RenderJob::SetUpInstrument() {
     const Result<Sound> sound = ChosenSound();
     if (!sound)
         return sound.Fault();
-    if (Result<void> installed = InstallFunction(sound->function, programFolder, receivers);
-        !installed)
-        return installed;
-    Warn(ApplyParameters(*sound, instrument.parameters));
-    ApplyEnvelopes(*sound, instrument.parameters);
-    instrument.renderer.SetGain(static_cast<float>(options.gain));
-    instrument.consumer.ReduceToMaxVox(options.voices);
-    instrument.consumer.SetChannel(options.channel);
-    instrument.consumer.SetFilterRate(kFilterRate * options.oversample);
+    LoadReport report = instrument.Load(*sound);
+    if (!report.function)
+        return Error{Text(report.function)};
+    Warn(std::move(report.warnings));
+    Engine& engine = instrument.Playing();
+    engine.renderer.SetGain(static_cast<float>(options.gain));
+    engine.consumer.ReduceToMaxVox(options.voices);
+    engine.consumer.SetChannel(options.channel);
+    engine.consumer.SetFilterRate(kFilterRate * options.oversample);
     return {};
 }
 

@@ -2,6 +2,27 @@
 
 namespace vexa {
 
+namespace {
+
+class PlainSource final : public PlaneSource {
+  public:
+    explicit PlainSource(PlaneFunction::Point point) : point(point) {}
+    float At(float x, float y) const noexcept override { return point(x, y); }
+
+  private:
+    const PlaneFunction::Point point;
+};
+
+} // namespace
+
+void PlaneSource::Evaluate(const float* x, const float* y, float* values,
+                           std::size_t count) const noexcept {
+    for (std::size_t i = 0; i < count; i++)
+        values[i] = At(x[i], y[i]);
+}
+
+PlaneFunction::PlaneFunction(Point point) : source(std::make_shared<PlainSource>(point)) {}
+
 float nullfunc(float, float) {
     return 0.0F;
 }

@@ -88,7 +88,8 @@ class Bands {
         return true;
     }
 
-    const PlaneFunction f;
+    /// The caller's, called by nobody when all bands are finished.
+    const PlaneFunction& f;
     const PlaneArea area;
     uint32* const words;
     const std::size_t rowsPerBand;

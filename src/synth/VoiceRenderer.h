@@ -37,8 +37,8 @@ class VoiceRenderer {
     /// The factor on the sum, 0..1; anything else is ignored. Any thread.
     void SetGain(float next) noexcept;
 
-    /// The function from the next sample on. Both forms of f must be callable until no Render that
-    /// may have begun before this call is running (kits::Retire tells). Window thread.
+    /// The function from the next sample on. The one before is let go when no Render that may have
+    /// begun before this call is running. Window thread.
     void SetFunction(const PlaneFunction& next) { function.Publish(next); }
 
     /// Samples per second. Not while rendering.
@@ -57,7 +57,7 @@ class VoiceRenderer {
     const sound_param& parameters;
     VoiceTable& voices;
     kits::Shared<float> gain{0};
-    kits::Published<PlaneFunction> function{{dummyfunction}};
+    kits::Published<PlaneFunction> function{dummyfunction};
     double sampleRate = 44100;
     /// Samples rendered since the beginning of the present cell (Oscillator).
     std::size_t offset = 0;

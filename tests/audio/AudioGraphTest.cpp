@@ -44,10 +44,10 @@ TEST(AudioGraph, ADeviceMayChangeItsRateAndGo) {
                                                      std::make_unique<Device>(device));
     ASSERT_TRUE(mixer->StartDevice());
     ASSERT_EQ(BMediaRoster::Roster()->RegisterMixer(std::move(mixer)), B_OK);
-    vexa::Instrument instrument;
+    vexa::Engine instrument;
     Alerts alerts;
     {
-        vexa::AudioGraph graph(instrument.controllers, instrument.parameters, instrument.voices,
+        vexa::AudioGraph graph(instrument,
                                [&alerts](const char* text) { alerts.emplace_back(text); });
         EXPECT_TRUE(graph.Start());
         EXPECT_EQ(graph.Watch(), News::None);
@@ -67,11 +67,10 @@ TEST(AudioGraph, ADeviceMayChangeItsRateAndGo) {
 
 TEST(AudioGraph, WithoutAMixerItSaysSoAndAcceptsNotes) {
     kits::ChooseAudioSystem(kits::AudioSystem::None);
-    vexa::Instrument instrument;
+    vexa::Engine instrument;
     Alerts alerts;
     auto graph = std::make_unique<vexa::AudioGraph>(
-        instrument.controllers, instrument.parameters, instrument.voices,
-        [&alerts](const char* text) { alerts.emplace_back(text); });
+        instrument, [&alerts](const char* text) { alerts.emplace_back(text); });
     EXPECT_EQ(alerts, Alerts{});
     EXPECT_FALSE(graph->Start());
     EXPECT_EQ(alerts, Alerts{"unable to get the system mixer"});

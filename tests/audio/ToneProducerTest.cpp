@@ -154,10 +154,10 @@ class ToneProducer : public testing::Test {
         ASSERT_EQ(producer->RunState(), BMediaEventLooper::B_STOPPED);
     }
 
-    vexa::Instrument instrument;
+    vexa::Engine instrument;
     BMediaRoster& roster = *BMediaRoster::Roster();
-    vexa::VexaToneProducer* producer = new vexa::VexaToneProducer(
-        instrument.controllers, instrument.parameters, instrument.voices);
+    vexa::VexaToneProducer* producer =
+        new vexa::VexaToneProducer(instrument.renderer, instrument.voices);
     Sink* sink = new Sink;
     media_node producerNode;
     media_node sinkNode;
@@ -307,9 +307,9 @@ TEST_F(ToneProducer, CountsFramesFromEachStart) {
 
 TEST_F(ToneProducer, ADisabledOutputPlaysOnUnheard) {
     sink->bufferSize = 65536; // long, so that no load makes it drop the voice
-    vexa::Instrument reference;
+    vexa::Engine reference;
     test::MakeSine(reference);
-    for (vexa::Instrument* each : {&instrument, &reference})
+    for (vexa::Engine* each : {&instrument, &reference})
         each->consumer.NoteOn(0, 69, 127, 0);
     ASSERT_EQ(Connect(), B_OK);
     const auto enable = [&](const media_source& what, bool enabled) {

@@ -45,13 +45,13 @@ TEST(AddonBlock, IsThePointFormWithinFourLastDigits) {
     for (const std::string& expression : expressions) {
         const auto outcome = compiler.Compile(expression);
         ASSERT_TRUE(outcome) << outcome.details;
-        const vexa::PlaneFunction& f = outcome.addon->Function();
-        ASSERT_TRUE(f.block);
+        const vexa::FunctionAddon& f = *outcome.addon;
+        ASSERT_TRUE(f.HasBlockForm());
         std::vector<float> values(x.size());
-        f.block(x.data(), y.data(), values.data(), x.size());
+        f.Evaluate(x.data(), y.data(), values.data(), x.size());
         long worst = 0;
         for (std::size_t i = 0; i < x.size(); i++)
-            worst = std::max(worst, Distance(values[i], f.point(x[i], y[i])));
+            worst = std::max(worst, Distance(values[i], f.At(x[i], y[i])));
         EXPECT_LE(worst, 4) << expression;
     }
 }

@@ -1,17 +1,14 @@
 #include "functions/SampleFunction.h"
 
 #include "functions/SpiralLoops.h"
-#include "kits/support/Published.h"
 #include "support/Environment.h"
 #include "support/SoundFiles.h"
 #include "support/TemporaryFolder.h"
 
 #include <array>
-#include <atomic>
 #include <cmath>
 #include <numbers>
 #include <random>
-#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -19,17 +16,20 @@ namespace {
 
 namespace fs = std::filesystem;
 using test::TemporaryFolder;
-using vexa::CurrentSpiral;
 using vexa::LoadSample;
-using vexa::sampler2rfun;
+using vexa::SampleFrames;
+using vexa::SampleSpiral;
+using vexa::Winding;
+using vexa::WindingFor;
 
-/// Loads the values as a sample of 1000 Hz.
-void Load(const std::vector<float>& values) {
+/// The values as a sample of 1000 Hz.
+SampleFrames Load(const std::vector<float>& values) {
     const TemporaryFolder folder;
-    ASSERT_TRUE(test::WriteSound(folder.Path() / "a.wav", values, 1000));
+    EXPECT_TRUE(test::WriteSound(folder.Path() / "a.wav", values, 1000));
     const auto loaded = LoadSample(folder.Path() / "a.wav");
-    ASSERT_TRUE(loaded) << loaded.Fault().text;
-    EXPECT_EQ(loaded->format.u.raw_audio.frame_rate, 1000);
+    EXPECT_TRUE(loaded) << loaded.Fault().text;
+    EXPECT_EQ(loaded->frameRate, 1000);
+    return loaded->frames;
 }
 
 /// 0, 1/n, 2/n, ... 1
@@ -41,13 +41,12 @@ std::vector<float> Ramp(std::size_t n) {
 }
 
 /// The spiral in double precision, for points within the sample.
-double Reference(const vexa::SampleSpiral& spiral, double x, double y) {
+double Reference(const std::vector<float>& sample, const Winding& spiral, double x, double y) {
     const double phi = std::atan2(-y, -x) / (2 * std::numbers::pi) + 0.5;
     const double u = std::hypot(x, y) / spiral.alphap - phi;
     const double n = std::floor(u);
-    const auto at = [&spiral](double p) {
-        const auto& sample = *spiral.sample;
-        const double last = spiral.samplelength - 1;
+    const auto at = [&sample](double p) {
+        const double last = static_cast<double>(sample.size()) - 1;
         const double i = std::floor(p);
         const double low = sample[static_cast<std::size_t>(std::clamp(i, 0.0, last))];
         const double high = sample[static_cast<std::size_t>(std::clamp(i + 1, 0.0, last))];
@@ -57,71 +56,59 @@ double Reference(const vexa::SampleSpiral& spiral, double x, double y) {
     return at(p) + (u - n) * (at(p + spiral.T) - at(p));
 }
 
-TEST(SampleFunction, IsZeroBeforeASampleIsLoaded) {
-    // This test runs in a process of its own.
-    if (CurrentSpiral().samplelength > 0)
-        GTEST_SKIP();
-    EXPECT_EQ(sampler2rfun(1, 2), 0);
-    EXPECT_EQ(CurrentSpiral().T, 100);
-    EXPECT_FLOAT_EQ(CurrentSpiral().alphap, 0.1F);
-    EXPECT_FALSE(vexa::SetSampleFrequency(44100, 440));
-}
-
 TEST(SampleFunction, WindsTheSampleRoundTheOrigin) {
     std::vector<float> values = Ramp(4999);
     for (std::size_t i = 0; i < values.size(); i++)
         values[i] = 0.5F * values[i] - 0.9F + 0.1F * std::sin(0.05F * static_cast<float>(i));
     values[0] = 1;
-    Load(values);
-    ASSERT_TRUE(vexa::SetSampleFrequency(1000, 20));
-    EXPECT_EQ(CurrentSpiral().T, 50);
-    EXPECT_EQ(CurrentSpiral().alphap, 0.05F) << "so that the sample ends at radius 5";
+    const SampleFrames frames = Load(values);
+    const auto winding = WindingFor(frames->size(), 1000, 20);
+    ASSERT_TRUE(winding);
+    EXPECT_EQ(winding->T, 50);
+    EXPECT_EQ(winding->alphap, 0.05F) << "so that the sample ends at radius 5";
 
-    EXPECT_NEAR(sampler2rfun(0, 0), 1, 1e-6);
+    const SampleSpiral spiral(frames, *winding);
+    EXPECT_NEAR(spiral.At(0, 0), 1, 1e-6);
     double worst = 0;
     for (int i = 0; i < 4000; i++) {
         const auto angle = static_cast<float>(0.1 + i * 0.7);
         const float r = 0.06F + 0.00122F * static_cast<float>(i);
         const float x = r * std::cos(angle);
         const float y = r * std::sin(angle);
-        worst = std::max(worst, std::abs(sampler2rfun(x, y) - Reference(CurrentSpiral(), x, y)));
+        worst = std::max(worst, std::abs(spiral.At(x, y) - Reference(*frames, *winding, x, y)));
     }
     // Positions of up to 5000 have a resolution of 1/2048 frame.
     EXPECT_LT(worst, 1e-4);
 
     // One turn of an orbit is one period, counter-clockwise; a step of alphap outwards is T frames.
-    const float r = 40.5F * CurrentSpiral().alphap;
-    const auto frame = [r](double turn) {
+    const SampleSpiral ramp(Load(Ramp(4999)), *winding);
+    const float r = 40.5F * winding->alphap;
+    const auto frame = [&](double turn) {
         const double angle = 2 * std::numbers::pi * turn;
-        return sampler2rfun(static_cast<float>(r * std::cos(angle)),
-                            static_cast<float>(r * std::sin(angle)));
+        return ramp.At(static_cast<float>(r * std::cos(angle)),
+                       static_cast<float>(r * std::sin(angle)));
     };
-    const auto ramp = Ramp(4999);
-    Load(ramp);
     EXPECT_NEAR((frame(0.75) - frame(0.25)) * 4999, 0, 0.01) << "radius alone tells the place";
-    EXPECT_NEAR((sampler2rfun(3.05F, 0.1F) - sampler2rfun(3.0F, 0.1F)) * 4999, 50, 0.1);
+    EXPECT_NEAR((ramp.At(3.05F, 0.1F) - ramp.At(3.0F, 0.1F)) * 4999, 50, 0.1);
 }
 
 TEST(SampleFunction, HoldsTheLastValueOutside) {
-    Load({0.25F, 0.5F, -1.0F, 0.75F});
-    ASSERT_TRUE(vexa::SetSampleFrequency(1000, 400));
-    EXPECT_NEAR(sampler2rfun(0, 0), 0.25, 1e-6);
+    const SampleFrames frames = Load({0.25F, 0.5F, -1.0F, 0.75F});
+    const SampleSpiral spiral(frames, *WindingFor(frames->size(), 1000, 400));
+    EXPECT_NEAR(spiral.At(0, 0), 0.25, 1e-6);
     for (const float far : {12.0F, 1e4F, 1e18F, 1e30F}) {
-        EXPECT_EQ(sampler2rfun(far, 0), 0.75F) << far;
-        EXPECT_EQ(sampler2rfun(-far, far), 0.75F) << far;
+        EXPECT_EQ(spiral.At(far, 0), 0.75F) << far;
+        EXPECT_EQ(spiral.At(-far, far), 0.75F) << far;
     }
     // Neither these points nor the next frequencies lead out of the table.
     const float nan = std::numeric_limits<float>::quiet_NaN();
     const float infinity = std::numeric_limits<float>::infinity();
     for (const float x : {nan, infinity, -infinity, 1e-40F}) {
-        sampler2rfun(x, 0.1F);
-        sampler2rfun(0.1F, x);
+        spiral.At(x, 0.1F);
+        spiral.At(0.1F, x);
     }
-    const vexa::SampleSpiral before = CurrentSpiral();
     for (const double frequency : {0.0, -1.0, double(nan), double(infinity), 1e-300, 1e300})
-        EXPECT_FALSE(vexa::SetSampleFrequency(1000, frequency)) << frequency;
-    EXPECT_EQ(CurrentSpiral().T, before.T);
-    EXPECT_EQ(CurrentSpiral().alphap, before.alphap);
+        EXPECT_FALSE(WindingFor(4, 1000, frequency)) << frequency;
 }
 
 TEST(SampleFunction, HasABlockFormOfTheSameValues) {
@@ -129,8 +116,8 @@ TEST(SampleFunction, HasABlockFormOfTheSameValues) {
     std::mt19937 random(1);
     for (float& value : noise)
         value = static_cast<float>(random()) / 2147483648.0F - 1;
-    Load(noise);
-    ASSERT_TRUE(vexa::SetSampleFrequency(44100, 220));
+    const auto winding = WindingFor(noise.size(), 44100, 220);
+    ASSERT_TRUE(winding);
     std::vector<float> x;
     std::vector<float> y;
     const float infinity = std::numeric_limits<float>::infinity();
@@ -146,47 +133,43 @@ TEST(SampleFunction, HasABlockFormOfTheSameValues) {
         x.push_back(static_cast<float>(random()) / 4e8F - 5.4F);
         y.push_back(static_cast<float>(random()) / 4e8F - 5.4F);
     }
-    const vexa::SampleSpiral& spiral = CurrentSpiral();
-    const vexa::SpiralTurns turns{spiral.sample->data(), spiral.samplelength - 1, spiral.T,
-                                  spiral.alphap};
+    const vexa::SpiralTurns turns{noise.data(), static_cast<int>(noise.size()) - 1, winding->T,
+                                  winding->alphap};
     std::vector<float> values(x.size());
     for (const vexa::SpiralLoops* loops : vexa::RunnableSpiralLoops()) {
         loops->Values(turns, x.data(), y.data(), values.data(), x.size());
         for (std::size_t i = 0; i < x.size(); i++) {
-            const float expected = sampler2rfun(x[i], y[i]);
+            const float expected = vexa::sampler2rfun(turns, x[i], y[i]);
             ASSERT_TRUE(values[i] == expected || (std::isnan(values[i]) && std::isnan(expected)))
                 << loops->name << " at " << x[i] << ", " << y[i] << ": " << values[i]
                 << " instead of " << expected;
         }
     }
+    const SampleSpiral spiral(std::make_shared<const std::vector<float>>(noise), *winding);
     float value = 0;
-    vexa::SampleFunction().block(&x.back(), &y.back(), &value, 1);
-    EXPECT_EQ(value, sampler2rfun(x.back(), y.back()));
+    spiral.Evaluate(&x.back(), &y.back(), &value, 1);
+    EXPECT_EQ(value, spiral.At(x.back(), y.back()));
 }
 
 TEST(LoadSample, NormalisesToAPeakOfOne) {
     const TemporaryFolder folder;
     folder.Write("short.wav", test::ShortWav({0, 8192, -16384, 4096}, 8000, 1));
-    ASSERT_TRUE(LoadSample(folder.Path() / "short.wav"));
-    EXPECT_EQ(*CurrentSpiral().sample, (std::vector<float>{0, 0.5F, -1, 0.25F}));
-    EXPECT_EQ(CurrentSpiral().samplelength, 4);
-    Load({0, 0, 0});
-    EXPECT_EQ(*CurrentSpiral().sample, (std::vector<float>{0, 0, 0})) << "silence is not scaled";
+    EXPECT_EQ(*LoadSample(folder.Path() / "short.wav")->frames,
+              (std::vector<float>{0, 0.5F, -1, 0.25F}));
+    EXPECT_EQ(*Load({0, 0, 0}), (std::vector<float>{0, 0, 0})) << "silence is not scaled";
     std::vector<float> opposite{0.5F, -0.5F, 0.5F, 0.25F};
     ASSERT_TRUE(test::WriteSound(folder.Path() / "two.flac", opposite, 8000, 2));
-    ASSERT_TRUE(LoadSample(folder.Path() / "two.flac"));
-    EXPECT_EQ(*CurrentSpiral().sample, (std::vector<float>{0, 1})) << "the mean of the channels";
+    EXPECT_EQ(*LoadSample(folder.Path() / "two.flac")->frames, (std::vector<float>{0, 1}))
+        << "the mean of the channels";
 }
 
-TEST(LoadSample, KeepsTheSampleWhenThereIsNoOther) {
+TEST(LoadSample, TellsWhyThereIsNone) {
     const TemporaryFolder folder;
-    Load({1, 0.5F});
     const auto refuse = [&](const char* name, const char* reason) {
         const auto loaded = LoadSample(folder.Path() / name);
         ASSERT_FALSE(loaded) << name;
         EXPECT_NE(loaded.Fault().text.find(name), std::string::npos) << loaded.Fault().text;
         EXPECT_NE(loaded.Fault().text.find(reason), std::string::npos) << loaded.Fault().text;
-        EXPECT_EQ(*CurrentSpiral().sample, (std::vector<float>{1, 0.5F}));
     };
     folder.Write("text.txt", "This is a text.");
     folder.Write("empty.wav", "");
@@ -201,32 +184,7 @@ TEST(LoadSample, KeepsTheSampleWhenThereIsNoOther) {
     // A header that promises more than the file holds gives what there is.
     std::string cut = test::ShortWav(std::vector<int>(1000, 16384), 44100, 1);
     cut.resize(44 + 200);
-    ASSERT_TRUE(LoadSample(folder.Write("cut.wav", cut)));
-    EXPECT_EQ(CurrentSpiral().samplelength, 100);
-}
-
-TEST(LoadSample, MayHappenWhileAnotherThreadPlays) {
-    std::atomic<bool> stop = false;
-    std::atomic<int> faults = 0;
-    Load(std::vector<float>(100, 1.0F));
-    std::thread player([&] {
-        kits::Reader reader;
-        while (!stop) {
-            const kits::Reader::Section section(reader);
-            const vexa::SampleSpiral& spiral = CurrentSpiral();
-            if (spiral.sample->size() != static_cast<std::size_t>(spiral.samplelength) ||
-                std::abs(sampler2rfun(0.3F, 0.4F) - 1) > 1e-6F)
-                faults++;
-        }
-    });
-    for (std::size_t i = 1; i < 40; i++) {
-        Load(std::vector<float>(i * 500 % 3001 + 1, 0.5F));
-        vexa::SetSampleFrequency(1000, static_cast<double>(i));
-    }
-    stop = true;
-    player.join();
-    EXPECT_EQ(faults, 0);
-    EXPECT_EQ(kits::CollectRetired(), 0U);
+    EXPECT_EQ(LoadSample(folder.Write("cut.wav", cut))->frames->size(), 100U);
 }
 
 TEST(SampleFileName, IsTheLeafInTheSamplesFolderOnly) {

@@ -8,7 +8,7 @@
 namespace {
 
 using test::Render;
-using vexa::Instrument;
+using vexa::Engine;
 
 class MidiConsumer : public testing::Test {
   protected:
@@ -39,7 +39,7 @@ class MidiConsumer : public testing::Test {
     }
     using Are = std::vector<int>;
 
-    Instrument instrument;
+    Engine instrument;
 };
 
 TEST_F(MidiConsumer, FrequenciesAreEqualTemperament) {
@@ -54,7 +54,7 @@ TEST_F(MidiConsumer, FrequenciesAreEqualTemperament) {
 }
 
 TEST_F(MidiConsumer, StartsWithAllChannelsAndOneVoice) {
-    Instrument fresh;
+    Engine fresh;
     EXPECT_EQ(fresh.consumer.Channel(), -1);
     EXPECT_EQ(fresh.consumer.Name(), "Vexa midi in");
     fresh.consumer.NoteOn(3, 60, 100, 0);

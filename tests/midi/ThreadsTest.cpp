@@ -10,7 +10,7 @@
 
 namespace {
 
-using vexa::Instrument;
+using vexa::Engine;
 
 float Slope(float x, float y) {
     return x - 0.5F * y;
@@ -18,7 +18,7 @@ float Slope(float x, float y) {
 
 /// The number of a slot's changes that the media thread has shown is the number there is: nothing
 /// that MIDI has done to it was overlooked.
-void ExpectTakenUp(const Instrument& instrument) {
+void ExpectTakenUp(const Engine& instrument) {
     for (const vexa::voice& slot : instrument.voices) {
         if (slot.state.Look().Active()) {
             EXPECT_EQ(slot.rendered, slot.state.Look().Changes());
@@ -27,7 +27,7 @@ void ExpectTakenUp(const Instrument& instrument) {
 }
 
 TEST(Threads, NoNoteAndNoReleaseIsLostWhileBuffersAreRendered) {
-    Instrument instrument;
+    Engine instrument;
     test::MakeSine(instrument);
     std::atomic<bool> stop = false;
     std::thread media([&] {
@@ -59,7 +59,7 @@ TEST(Threads, NoNoteAndNoReleaseIsLostWhileBuffersAreRendered) {
 }
 
 TEST(Threads, EveryRecordMayChangeWhileItIsUsed) {
-    Instrument instrument;
+    Engine instrument;
     test::MakeRich(instrument);
     std::atomic<bool> stop = false;
     std::atomic<int> faults = 0;

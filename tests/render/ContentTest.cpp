@@ -1,10 +1,8 @@
 // The sounds, functions and samples that come with the program, by what they sound like.
-#include "documents/ApplySound.h"
 #include "documents/FunctionDocument.h"
-#include "documents/FunctionSource.h"
 #include "documents/SoundDocument.h"
 #include "functions/FunctionCompiler.h"
-#include "midi/Instrument.h"
+#include "instrument/Instrument.h"
 #include "support/Sounds.h"
 #include "support/Spectrum.h"
 #include "support/TemporaryFolder.h"
@@ -33,13 +31,11 @@ std::vector<fs::path> Documents(const char* folder) {
 
 /// Two seconds of note 57 (220 Hz), then its release, at the gain that a user starts with.
 std::vector<float> PlayOneNote(const Sound& sound) {
-    vexa::Instrument instrument;
-    vexa::FunctionSwitch receivers;
-    receivers.AddReceiver([&](const vexa::PlaneFunction& f) { instrument.SetFunction(f); });
-    const auto installed = vexa::InstallFunction(sound.function, kFolder, receivers);
-    EXPECT_TRUE(installed) << installed.Fault().text;
-    EXPECT_TRUE(vexa::ApplyParameters(sound, instrument.parameters).empty());
-    vexa::ApplyEnvelopes(sound, instrument.parameters);
+    vexa::Instrument whole(kFolder);
+    const vexa::LoadReport report = whole.Load(sound);
+    EXPECT_TRUE(report.function) << vexa::Text(report.function);
+    EXPECT_TRUE(report.warnings.empty());
+    vexa::Engine& instrument = whole.Playing();
     instrument.renderer.SetGain(0.25F);
     instrument.consumer.NoteOn(0, 57, 100, 0);
     std::vector<float> samples = test::Render(instrument, 88200);
@@ -123,7 +119,7 @@ TEST(Content, EveryFunctionCompilesAndIsFinite) {
         ASSERT_TRUE(function) << report.reason;
         const auto outcome = vexa::FunctionCompiler(kFolder).Compile(function->expression);
         ASSERT_TRUE(outcome) << outcome.details;
-        const vexa::PlaneFunction& f = outcome.addon->Function();
+        const vexa::PlaneFunction f = outcome.addon;
         float highest = 0;
         for (float x = -8; x <= 8; x += 0.25F) {
             for (float y = -8; y <= 8; y += 0.25F) {

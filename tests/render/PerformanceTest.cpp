@@ -6,7 +6,7 @@
 
 namespace {
 
-using vexa::Instrument;
+using vexa::Engine;
 using vexa::MidiEvent;
 using vexa::MidiFile;
 using vexa::Performance;
@@ -26,7 +26,7 @@ MidiFile Tune() {
 }
 
 std::vector<float> Perform(const MidiFile& file, std::size_t block) {
-    Instrument instrument;
+    Engine instrument;
     test::MakeRich(instrument);
     Performance performance(instrument, file, 44100, 0.5);
     std::vector<float> all;
@@ -48,7 +48,7 @@ TEST(Performance, DoesNotDependOnTheBlock) {
 }
 
 TEST(Performance, EventsTakeEffectAtTheirSample) {
-    Instrument instrument;
+    Engine instrument;
     test::MakeSine(instrument);
     instrument.SetFunction({[](float x, float y) { return x + y; }});
     MidiFile file;

@@ -9,13 +9,14 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <utility>
 
 namespace test {
 
 class ScalarReference {
   public:
-    ScalarReference(const vexa::sound_param& parameters, vexa::PointFunction f)
-        : p(parameters), f(f) {}
+    ScalarReference(const vexa::sound_param& parameters, vexa::PlaneFunction f)
+        : p(parameters), f(std::move(f)) {}
 
     double sampleRate = 44100;
     float gain = 0.25F;
@@ -145,7 +146,7 @@ class ScalarReference {
     }
 
     const vexa::sound_param& p;
-    vexa::PointFunction f;
+    const vexa::PlaneFunction f;
     std::array<Voice, 21> voices{};
 };
 

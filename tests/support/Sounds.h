@@ -1,7 +1,7 @@
 // Instruments that tests play, and what they measure of the samples.
 #pragma once
 
-#include "midi/Instrument.h"
+#include "midi/Engine.h"
 
 #include <algorithm>
 #include <cmath>
@@ -23,7 +23,7 @@ inline float PlaneOfX(float x, float) {
 }
 
 /// A gain of 1, 20 voices, and circles of radius 1 with quick ends.
-inline void MakeSine(vexa::Instrument& instrument) {
+inline void MakeSine(vexa::Engine& instrument) {
     instrument.SetFunction({PlaneOfX});
     instrument.renderer.SetGain(1);
     instrument.consumer.ReduceToMaxVox(20);
@@ -33,7 +33,7 @@ inline void MakeSine(vexa::Instrument& instrument) {
 }
 
 /// All that a sound can have: drift, envelopes of several points, Lissajous ratios, controllers.
-inline void MakeRich(vexa::Instrument& instrument) {
+inline void MakeRich(vexa::Engine& instrument) {
     vexa::sound_param& p = instrument.parameters;
     p.Cx0 = 0.7F;
     p.Cx1 = 0.2F;
@@ -65,7 +65,7 @@ inline void MakeRich(vexa::Instrument& instrument) {
     instrument.consumer.ReduceToMaxVox(20);
 }
 
-inline std::vector<float> Render(vexa::Instrument& instrument, std::size_t count) {
+inline std::vector<float> Render(vexa::Engine& instrument, std::size_t count) {
     std::vector<float> samples(count);
     instrument.renderer.Render(samples.data(), count);
     return samples;

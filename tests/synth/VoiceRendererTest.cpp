@@ -12,7 +12,7 @@ namespace {
 
 using test::Peak;
 using test::Render;
-using vexa::Instrument;
+using vexa::Engine;
 
 struct Event {
     std::size_t at;
@@ -45,7 +45,7 @@ std::vector<Event> Piece(std::size_t samples, unsigned seed) {
 float Difference(
     const std::vector<Event>& events, std::size_t samples, double rate, std::size_t blockLimit,
     const std::function<void(vexa::sound_param&)>& change = [](auto&) {}) {
-    Instrument instrument;
+    Engine instrument;
     test::MakeRich(instrument);
     change(instrument.parameters);
     test::ScalarReference reference(instrument.parameters, vexa::dummyfunction);
@@ -103,7 +103,7 @@ TEST(VoiceRenderer, IsTheScalarReferenceOverTenMinutesOfOneVoice) {
 }
 
 TEST(VoiceRenderer, PlaysNote69At440HertzForTenMinutes) {
-    Instrument instrument;
+    Engine instrument;
     test::MakeSine(instrument);
     instrument.consumer.NoteOn(0, 69, 127, 0);
     // The moments of the first and of the last upward crossing of zero, after the attack.
@@ -128,7 +128,7 @@ TEST(VoiceRenderer, PlaysNote69At440HertzForTenMinutes) {
 }
 
 TEST(VoiceRenderer, TakesTheSampleRateThatItIsTold) {
-    Instrument instrument;
+    Engine instrument;
     test::MakeSine(instrument);
     instrument.renderer.SetSampleRate(48000);
     instrument.consumer.NoteOn(0, 81, 127, 0);
@@ -140,7 +140,7 @@ TEST(VoiceRenderer, TakesTheSampleRateThatItIsTold) {
 }
 
 TEST(VoiceRenderer, RemovesTheConstantPartWhateverItIs) {
-    Instrument instrument;
+    Engine instrument;
     test::MakeSine(instrument);
     instrument.SetFunction({[](float, float) { return 0.9F; }});
     instrument.consumer.NoteOn(0, 60, 100, 0);
@@ -154,7 +154,7 @@ TEST(VoiceRenderer, RemovesTheConstantPartWhateverItIs) {
 }
 
 TEST(VoiceRenderer, SilenceIsExactAndTheGainKeepsItsBounds) {
-    Instrument instrument;
+    Engine instrument;
     EXPECT_EQ(Peak(Render(instrument, 100)), 0);
     test::MakeSine(instrument);
     instrument.consumer.NoteOn(0, 69, 127, 0);
@@ -169,7 +169,7 @@ TEST(VoiceRenderer, SilenceIsExactAndTheGainKeepsItsBounds) {
 }
 
 TEST(VoiceRenderer, DoesNotClip) {
-    Instrument instrument;
+    Engine instrument;
     test::MakeSine(instrument);
     for (uchar note = 60; note < 65; note++)
         instrument.consumer.NoteOn(0, note, 127, 0);
@@ -177,7 +177,7 @@ TEST(VoiceRenderer, DoesNotClip) {
 }
 
 TEST(VoiceRenderer, ValuesThatAreNotFiniteSoundAsZeroAndDoNotStay) {
-    Instrument instrument;
+    Engine instrument;
     test::MakeSine(instrument);
     instrument.SetFunction({[](float x, float) { return 1.0F / (x - x); }});
     instrument.consumer.NoteOn(0, 69, 127, 0);
@@ -191,7 +191,7 @@ TEST(VoiceRenderer, ValuesThatAreNotFiniteSoundAsZeroAndDoNotStay) {
 }
 
 TEST(VoiceRenderer, NotesBeginReleaseAndChangeHandsWithoutAClick) {
-    Instrument instrument;
+    Engine instrument;
     test::MakeSine(instrument);
     instrument.consumer.ReduceToMaxVox(1);
     std::vector<float> samples;
@@ -214,18 +214,27 @@ TEST(VoiceRenderer, NotesBeginReleaseAndChangeHandsWithoutAClick) {
     EXPECT_LT(Peak({samples.end() - 1000, samples.end()}), 1e-3F) << "released to silence";
 }
 
+/// x where it is computed in blocks, 0 at single points.
+class BlockFormOnly : public vexa::PlaneSource {
+  public:
+    float At(float, float) const noexcept override { return 0; }
+    void Evaluate(const float* x, const float*, float* values,
+                  std::size_t count) const noexcept override {
+        std::copy_n(x, count, values);
+    }
+};
+
 TEST(VoiceRenderer, UsesTheBlockFormWhereThereIsOne) {
-    Instrument instrument;
+    Engine instrument;
     test::MakeSine(instrument);
-    instrument.SetFunction({vexa::nullfunc, [](const float* x, const float*, float* v,
-                                               std::size_t n) { std::copy_n(x, n, v); }});
+    instrument.SetFunction(std::make_shared<BlockFormOnly>());
     instrument.consumer.NoteOn(0, 69, 127, 0);
     Render(instrument, 4410);
     EXPECT_NEAR(Peak(Render(instrument, 441)), 1, 0.1);
 }
 
 TEST(VoiceRenderer, NeitherAllocatesNorLocks) {
-    Instrument instrument;
+    Engine instrument;
     test::MakeRich(instrument);
     for (uchar note = 40; note < 60; note++)
         instrument.consumer.NoteOn(0, note, 100, 0);

@@ -45,7 +45,7 @@ TEST(R2RFView, ShowsAValueAsItsWord) {
     vexa::R2RFView view(kFrame, "R2RFView", {0, 0}, {0.5F, 0.5F}, 0.05F, B_FOLLOW_NONE);
     EXPECT_EQ(Word(view.Picture(), 150, 150), 0U);
     const struct {
-        vexa::PointFunction function;
+        vexa::PlaneFunction::Point function;
         uint32 word;
     } cases[] = {
         {Constant<1, 1>, 255},
@@ -114,7 +114,7 @@ class OrbitTest : public testing::Test {
         test::SetEnvelope(instrument.envelopes[3], full);
     }
 
-    vexa::Instrument instrument;
+    vexa::Engine instrument;
     vexa::R2RFView* view = NewView();
     test::Stage stage{view};
 };
@@ -182,7 +182,7 @@ class Strokes : public vexa::R2RFView {
 };
 
 TEST(R2RFView, StrokesCurvesWithThePen) {
-    vexa::Instrument instrument;
+    vexa::Engine instrument;
     test::MakeSine(instrument);
     test::SetEnvelope(instrument.envelopes[2], {{0, false, 1}});
     test::SetEnvelope(instrument.envelopes[3], {{0, false, 1}});

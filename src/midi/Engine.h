@@ -1,4 +1,4 @@
-// A whole instrument without devices: MIDI events in, samples out.
+// What plays, without devices and documents: MIDI events in, samples out.
 #pragma once
 
 #include "midi/MidiConsumer.h"
@@ -8,7 +8,7 @@
 namespace vexa {
 
 /// The records of a sound and the two that work on them.
-struct Instrument : SoundRecords {
+struct Engine : SoundRecords {
     /// The plane function from the next sample and the next note on. Window thread.
     void SetFunction(const PlaneFunction& f) {
         renderer.SetFunction(f);

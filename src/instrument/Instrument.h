@@ -1,0 +1,86 @@
+// One whole instrument: what it plays, and what it plays with.
+#pragma once
+
+#include "documents/ApplySound.h"
+#include "documents/Sound.h"
+#include "functions/FunctionCompiler.h"
+#include "functions/SampleFunction.h"
+#include "midi/Engine.h"
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vexa {
+
+/// What became of a function that was to be installed: the alerts for a window, in order, and the
+/// details for a terminal or a tool tip. Converts to true where all is as it was wanted. A sample
+/// whose frequency means nothing plays in the winding before, and is reported without an alert.
+using FunctionReport = CompileReport;
+
+/// What could not be taken of a sound.
+struct LoadReport {
+    /// Where it failed, the function before plays on.
+    FunctionReport function;
+    /// Of each text that means nothing, the field and the reason; what it sets is as it was.
+    std::vector<std::string> warnings;
+};
+
+/// The alerts and the details, a line each.
+std::string Text(const FunctionReport& report);
+
+/// The file that a sample function names: what does not begin with "/" lies in the folder "samples"
+/// of the program folder.
+std::filesystem::path SamplePath(const Function& function,
+                                 const std::filesystem::path& programFolder);
+
+/// The sound as a person edits it, and the engine that plays it. Nothing of it is shared with other
+/// instruments of the process. All calls belong to one thread, the window thread, but for what the
+/// engine's consumer and renderer allow to the MIDI and the media thread.
+class Instrument {
+  public:
+    /// Takes the function that is from now on to be shown.
+    using Watcher = std::function<void(const PlaneFunction& f)>;
+
+    /// `programFolder` has the folders functions and samples.
+    explicit Instrument(std::filesystem::path programFolder);
+
+    /// Puts the sound in the place of the present one. Waits for the compiler or the disk.
+    LoadReport Load(const Sound& sound);
+
+    /// Compiles the expression or loads the sample, and installs it. Where that fails the function
+    /// that plays stays. Waits as Load.
+    FunctionReport SetFunction(const Function& function);
+
+    /// Gives the sample that plays another pitch: the text is the frequency (Hz) that it was played
+    /// at. False, and the winding stays, where the text is no frequency or no sample is loaded.
+    bool SetSampleFrequency(const std::string& text);
+
+    /// A coefficient's text, by the rules of ApplyText.
+    TextFault Edit(const Parameter& row, const std::string& text);
+
+    /// What the last Load, SetFunction and Edit said.
+    const Sound& State() const { return sound; }
+
+    /// Called with each new function before the engine has it.
+    void Watch(Watcher next) { watcher = std::move(next); }
+
+    Engine& Playing() { return engine; }
+    const Engine& Playing() const { return engine; }
+
+  private:
+    FunctionReport InstallExpression(const std::string& expression);
+    FunctionReport InstallSample(const Function& function);
+    void Install(const PlaneFunction& f);
+
+    const std::filesystem::path programFolder;
+    Sound sound;
+    std::optional<LoadedSample> sample;
+    Winding winding;
+    Watcher watcher;
+    Engine engine;
+};
+
+} // namespace vexa

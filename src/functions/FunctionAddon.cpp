@@ -28,12 +28,12 @@ FunctionAddon::~FunctionAddon() {
     unload_add_on(image);
 }
 
-void FunctionAddon::Evaluate(const float* x, const float* y, float* values,
-                             std::size_t count) const noexcept {
+void FunctionAddon::Evaluate(const float* x, const float* y, const float* const* inputs,
+                             float* values, std::size_t count) const noexcept {
     if (block)
         block(x, y, values, count);
     else
-        PlaneSource::Evaluate(x, y, values, count);
+        PlaneSource::Evaluate(x, y, inputs, values, count);
 }
 
 } // namespace vexa

@@ -24,8 +24,8 @@ class FunctionAddon final : public PlaneSource {
     /// What r2rfunstr returns: the expression; nothing if the add-on has no such function.
     const std::optional<std::string>& Expression() const { return expression; }
 
-    float At(float x, float y) const noexcept override { return point(x, y); }
-    void Evaluate(const float* x, const float* y, float* values,
+    float At(float x, float y, const float*) const noexcept override { return point(x, y); }
+    void Evaluate(const float* x, const float* y, const float* const* inputs, float* values,
                   std::size_t count) const noexcept override;
 
   private:

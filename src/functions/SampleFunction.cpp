@@ -117,11 +117,11 @@ float sampler2rfun(const SpiralTurns& turns, float x, float y) {
 SampleSpiral::SampleSpiral(SampleFrames frames, const Winding& winding)
     : sample(std::move(frames)), winding(winding) {}
 
-float SampleSpiral::At(float x, float y) const noexcept {
+float SampleSpiral::At(float x, float y, const float*) const noexcept {
     return sampler2rfun(Turns(*sample, winding), x, y);
 }
 
-void SampleSpiral::Evaluate(const float* x, const float* y, float* values,
+void SampleSpiral::Evaluate(const float* x, const float* y, const float* const*, float* values,
                             std::size_t count) const noexcept {
     loops.Values(Turns(*sample, winding), x, y, values, count);
 }

@@ -39,9 +39,9 @@ class SampleSpiral final : public PlaneSource {
   public:
     SampleSpiral(SampleFrames sample, const Winding& winding);
 
-    float At(float x, float y) const noexcept override;
+    float At(float x, float y, const float*) const noexcept override;
     /// The same values; SpiralLoops tells how far they agree.
-    void Evaluate(const float* x, const float* y, float* values,
+    void Evaluate(const float* x, const float* y, const float* const*, float* values,
                   std::size_t count) const noexcept override;
 
   private:

@@ -15,8 +15,8 @@ struct Engine : SoundRecords {
         consumer.SetFunction(f);
     }
 
-    VexaMidiConsumer consumer{"Vexa midi in", controllers, parameters, voices};
-    VoiceRenderer renderer{controllers, parameters, voices};
+    VexaMidiConsumer consumer{"Vexa midi in", controllers, macros, parameters, voices};
+    VoiceRenderer renderer{controllers, macros, parameters, voices};
 };
 
 } // namespace vexa

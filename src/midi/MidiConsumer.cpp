@@ -3,6 +3,7 @@
 #include "kits/application/AppFileInfo.h"
 #include "synth/Coefficients.h"
 #include "synth/Envelope.h"
+#include "synth/NoteInputs.h"
 #include "synth/ParameterTable.h"
 
 #include <cmath>
@@ -37,9 +38,13 @@ void PutIcon(BMessage* message, const char* name, type_code type, const BBitmap&
 
 } // namespace
 
-VexaMidiConsumer::VexaMidiConsumer(const char* name, ControllerTable& controllers,
+VexaMidiConsumer::VexaMidiConsumer(const char* name, ControllerTable& controllers, Macros& macros,
                                    const sound_param& parameters, VoiceTable& voices)
-    : BMidiLocalConsumer(name), controllers(controllers), parameters(parameters), voices(voices) {
+    : BMidiLocalConsumer(name),
+      controllers(controllers),
+      macros(macros),
+      parameters(parameters),
+      voices(voices) {
     PublishIcons();
 }
 
@@ -59,7 +64,9 @@ void VexaMidiConsumer::NoteOn(uchar from, uchar note, uchar velocity, bigtime_t)
     const auto hpb = static_cast<float>(std::exp(-2.0 * k));
     const auto hpgain = static_cast<float>((1.0 - hpa) * (1.0 - hpb) / (double(hpa) - double(hpb)));
     const auto x = static_cast<float>(double(parameters.EnvAx->Value(0, false, 0)) + cx);
-    const float start = function.Get()(x, cy);
+    const PlaneSource& f = function.Get().Source();
+    const std::array<float, kMostInputs> inputs = InputsOf(f, {vel, key, 0}, macros, controllers);
+    const float start = f.At(x, cy, inputs.data());
 
     const int index = ChooseSlot(key);
     if (index < 0)
@@ -128,8 +135,13 @@ void VexaMidiConsumer::NoteOff(uchar from, uchar note, uchar, bigtime_t) {
 }
 
 void VexaMidiConsumer::ControlChange(uchar from, uchar controller, uchar value, bigtime_t) {
-    if (Accepts(from))
-        controllers[controller & 127] = Normalised(value);
+    if (!Accepts(from))
+        return;
+    controllers[controller & 127] = Normalised(value);
+    for (Macro& macro : macros) {
+        if (macro.controller == controller)
+            macro.value = Normalised(value);
+    }
 }
 
 void VexaMidiConsumer::AllNotesOff(bool, bigtime_t) {

@@ -4,6 +4,7 @@
 #include "kits/midi/MidiLocalConsumer.h"
 #include "kits/support/Bitmap.h"
 #include "kits/support/Published.h"
+#include "synth/Macros.h"
 #include "synth/PlaneFunction.h"
 #include "synth/SoundParam.h"
 #include "synth/Voice.h"
@@ -19,8 +20,8 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
   public:
     /// The records are shared and outlive the consumer. Starts with all channels, a voice limit of
     /// 1 and dummyfunction. Window thread.
-    VexaMidiConsumer(const char* name, ControllerTable& controllers, const sound_param& parameters,
-                     VoiceTable& voices);
+    VexaMidiConsumer(const char* name, ControllerTable& controllers, Macros& macros,
+                     const sound_param& parameters, VoiceTable& voices);
     ~VexaMidiConsumer() override { Unregister(); }
 
     /// MIDI thread. A velocity of 0 is a velocity like others: only NoteOff releases.
@@ -64,6 +65,7 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     void PublishIcons();
 
     ControllerTable& controllers;
+    Macros& macros;
     const sound_param& parameters;
     VoiceTable& voices;
     kits::Shared<int32> channel{-1};

@@ -1,5 +1,7 @@
 #include "synth/PlaneFunction.h"
 
+#include <array>
+
 namespace vexa {
 
 namespace {
@@ -7,7 +9,7 @@ namespace {
 class PlainSource final : public PlaneSource {
   public:
     explicit PlainSource(PlaneFunction::Point point) : point(point) {}
-    float At(float x, float y) const noexcept override { return point(x, y); }
+    float At(float x, float y, const float*) const noexcept override { return point(x, y); }
 
   private:
     const PlaneFunction::Point point;
@@ -15,10 +17,15 @@ class PlainSource final : public PlaneSource {
 
 } // namespace
 
-void PlaneSource::Evaluate(const float* x, const float* y, float* values,
-                           std::size_t count) const noexcept {
-    for (std::size_t i = 0; i < count; i++)
-        values[i] = At(x[i], y[i]);
+void PlaneSource::Evaluate(const float* x, const float* y, const float* const* inputs,
+                           float* values, std::size_t count) const noexcept {
+    std::array<float, kMostInputs> here;
+    const std::size_t number = Inputs().size();
+    for (std::size_t i = 0; i < count; i++) {
+        for (std::size_t k = 0; k < number; k++)
+            here[k] = inputs[k][i];
+        values[i] = At(x[i], y[i], here.data());
+    }
 }
 
 PlaneFunction::PlaneFunction(Point point) : source(std::make_shared<PlainSource>(point)) {}

@@ -4,9 +4,33 @@
 #include <concepts>
 #include <cstddef>
 #include <memory>
+#include <span>
 #include <utility>
 
 namespace vexa {
+
+/// What a function may use beside the orbit's point.
+struct FunctionInput {
+    enum class Kind : unsigned char {
+        /// One of the sound's four macros, 0..1.
+        Macro,
+        /// The note's velocity and key, each divided by 127.
+        Velocity,
+        Key,
+        /// Seconds since note-on; they go on after the release.
+        Time,
+        /// The value of a controller, 0..1.
+        Controller,
+    };
+    Kind kind;
+    /// Of the macro (0..3) or the controller (0..127); else 0.
+    unsigned char number = 0;
+
+    bool operator==(const FunctionInput&) const = default;
+};
+
+/// The most inputs that one function may have.
+constexpr std::size_t kMostInputs = 16;
 
 /// What computes a plane function: a compiled expression, a program of ours, a sample. It never
 /// changes once it is made, so any number of threads and instruments may share it, and it goes when
@@ -18,12 +42,17 @@ class PlaneSource {
     PlaneSource(const PlaneSource&) = delete;
     PlaneSource& operator=(const PlaneSource&) = delete;
 
-    /// f(x, y). Any thread at any time: must not block or allocate.
-    virtual float At(float x, float y) const noexcept = 0;
+    /// What it uses beside x and y, at most kMostInputs. Any thread.
+    virtual std::span<const FunctionInput> Inputs() const noexcept { return {}; }
 
-    /// values[i] = f(x[i], y[i]) for 0 <= i < count. The arrays do not overlap. A source without a
-    /// faster way takes point after point. Threads as At.
-    virtual void Evaluate(const float* x, const float* y, float* values,
+    /// f(x, y), where the k-th of Inputs() is inputs[k]. Any thread at any time: must not block or
+    /// allocate.
+    virtual float At(float x, float y, const float* inputs) const noexcept = 0;
+
+    /// values[i] = f(x[i], y[i]) for 0 <= i < count, where the k-th of Inputs() is inputs[k][i].
+    /// The arrays do not overlap. A source without a faster way takes point after point. Threads as
+    /// At.
+    virtual void Evaluate(const float* x, const float* y, const float* const* inputs, float* values,
                           std::size_t count) const noexcept;
 };
 
@@ -38,10 +67,12 @@ class PlaneFunction {
     template<std::derived_from<PlaneSource> Source>
     PlaneFunction(std::shared_ptr<Source> source) : source(std::move(source)) {}
 
-    /// As those of PlaneSource.
-    float operator()(float x, float y) const noexcept { return source->At(x, y); }
+    const PlaneSource& Source() const noexcept { return *source; }
+
+    /// Of a function of x and y alone; as those of PlaneSource.
+    float operator()(float x, float y) const noexcept { return source->At(x, y, nullptr); }
     void Evaluate(const float* x, const float* y, float* values, std::size_t count) const noexcept {
-        source->Evaluate(x, y, values, count);
+        source->Evaluate(x, y, nullptr, values, count);
     }
 
   private:

@@ -20,6 +20,8 @@ struct RunningVoice {
     float vel = 0, key = 0, freq = 0;
     /// Seconds since note-on or, once released, since note-off.
     double t = 0;
+    /// Samples since note-on; they go on after the release.
+    std::size_t age = 0;
     /// The orbit's centre.
     double cx = 0, cy = 0;
     Oscillator x, y;

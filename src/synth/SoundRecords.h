@@ -2,6 +2,7 @@
 #pragma once
 
 #include "synth/Envelope.h"
+#include "synth/Macros.h"
 #include "synth/ParameterTable.h"
 #include "synth/SoundParam.h"
 #include "synth/Voice.h"
@@ -23,6 +24,7 @@ struct SoundRecords {
     std::array<Envelope, 4> envelopes{NewEnvelope(0), NewEnvelope(1), NewEnvelope(2),
                                       NewEnvelope(3)};
     sound_param parameters;
+    Macros macros;
     VoiceTable voices;
 
   private:

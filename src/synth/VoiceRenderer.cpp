@@ -18,9 +18,9 @@ struct VoiceRenderer::Block {
     alignas(64) std::array<float, kRoom> sum;
 };
 
-VoiceRenderer::VoiceRenderer(const ControllerTable& controllers, const sound_param& parameters,
-                             VoiceTable& voices)
-    : controllers(controllers), parameters(parameters), voices(voices) {}
+VoiceRenderer::VoiceRenderer(const ControllerTable& controllers, Macros& macros,
+                             const sound_param& parameters, VoiceTable& voices)
+    : inputs(macros), controllers(controllers), parameters(parameters), voices(voices) {}
 
 void VoiceRenderer::SetGain(float next) noexcept {
     if (next >= 0 && next <= 1)
@@ -47,6 +47,7 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* buf
     std::array<RunningVoice*, kVoiceSlots> sounding;
     std::array<LowCutFilter*, kVoiceSlots> filters;
     std::size_t voiceCount = 0;
+    inputs.Advance(sampleRate, count);
     for (std::size_t i = 0; i < kVoiceSlots; i++) {
         TakeUpChange(running[i], voices[i]);
         if (!running[i].sounds)
@@ -58,12 +59,16 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* buf
         std::fill_n(buffer, count, 0.0F);
         return;
     }
-    const VoiceMotion motion(parameters, controllers, 1.0 / sampleRate, offset, count);
+    const double dt = 1.0 / sampleRate;
+    const VoiceMotion motion(parameters, controllers, dt, offset, count);
     constexpr std::size_t kTogether = VoiceMotion::kTogether;
     for (std::size_t k = 0; k < voiceCount; k += kTogether)
         motion.Move({&sounding[k], std::min(kTogether, voiceCount - k)}, &block.x[k * count],
                     &block.y[k * count]);
-    f.Evaluate(block.x.data(), block.y.data(), block.s.data(), voiceCount * count);
+    const PlaneSource& source = f.Source();
+    source.Evaluate(block.x.data(), block.y.data(),
+                    inputs.Fill(source, {sounding.data(), voiceCount}, controllers, dt, count),
+                    block.s.data(), voiceCount * count);
     block.sum.fill(0);
     Loops().LowCut(filters.data(), block.s.data(), voiceCount, count, block.sum.data());
     const float factor = gain;
@@ -102,6 +107,7 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot) noexcept {
         v.key = key;
         v.freq = freq;
         v.t = 0;
+        v.age = 0;
         v.cx = startcx;
         v.cy = startcy;
         v.x.Restart();

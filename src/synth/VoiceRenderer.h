@@ -3,6 +3,7 @@
 
 #include "kits/support/Published.h"
 #include "kits/support/Shared.h"
+#include "synth/InputBlock.h"
 #include "synth/PlaneFunction.h"
 #include "synth/RunningVoice.h"
 #include "synth/SoundParam.h"
@@ -27,7 +28,7 @@ class VoiceRenderer {
 
     /// The records are shared and outlive the renderer. Starts with gain 0, dummyfunction and
     /// 44100 samples per second.
-    VoiceRenderer(const ControllerTable& controllers, const sound_param& parameters,
+    VoiceRenderer(const ControllerTable& controllers, Macros& macros, const sound_param& parameters,
                   VoiceTable& voices);
 
     /// Writes the next `count` samples of the sum of all voices, times the gain, unclipped.
@@ -53,6 +54,7 @@ class VoiceRenderer {
     void ShowProgress() noexcept;
 
     std::array<RunningVoice, kVoiceSlots> running;
+    InputBlock inputs;
     const ControllerTable& controllers;
     const sound_param& parameters;
     VoiceTable& voices;

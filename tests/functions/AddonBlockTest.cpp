@@ -45,13 +45,13 @@ TEST(AddonBlock, IsThePointFormWithinFourLastDigits) {
     for (const std::string& expression : expressions) {
         const auto outcome = compiler.Compile(expression);
         ASSERT_TRUE(outcome) << outcome.details;
-        const vexa::FunctionAddon& f = *outcome.addon;
-        ASSERT_TRUE(f.HasBlockForm());
+        ASSERT_TRUE(outcome.addon->HasBlockForm());
+        const vexa::PlaneFunction f = outcome.addon;
         std::vector<float> values(x.size());
         f.Evaluate(x.data(), y.data(), values.data(), x.size());
         long worst = 0;
         for (std::size_t i = 0; i < x.size(); i++)
-            worst = std::max(worst, Distance(values[i], f.At(x[i], y[i])));
+            worst = std::max(worst, Distance(values[i], f(x[i], y[i])));
         EXPECT_LE(worst, 4) << expression;
     }
 }

@@ -39,10 +39,10 @@ TEST(FunctionCompiler, GivesTheFunctionItsBlockFormAndItsText) {
                   "\"\n\n" + Folder::OriginalTemplate());
     EXPECT_EQ(folder.Files(), (Files{"addon.c", "recent", "recent.c"}));
 
-    const vexa::FunctionAddon& function = *outcome.addon;
-    EXPECT_EQ(function.At(-2, 1), -3.0F);
-    EXPECT_EQ(function.At(4, 9), 5.0F / 3);
-    ASSERT_TRUE(function.HasBlockForm());
+    const vexa::PlaneFunction function = outcome.addon;
+    EXPECT_EQ(function(-2, 1), -3.0F);
+    EXPECT_EQ(function(4, 9), 5.0F / 3);
+    ASSERT_TRUE(outcome.addon->HasBlockForm());
     std::vector<float> x(100);
     std::vector<float> y(100);
     std::vector<float> values(100);
@@ -52,7 +52,7 @@ TEST(FunctionCompiler, GivesTheFunctionItsBlockFormAndItsText) {
     }
     function.Evaluate(x.data(), y.data(), values.data(), x.size());
     for (std::size_t i = 0; i < x.size(); i++)
-        EXPECT_EQ(values[i], function.At(x[i], y[i])) << i;
+        EXPECT_EQ(values[i], function(x[i], y[i])) << i;
 }
 
 TEST(FunctionCompiler, CopiesTheTemplateByteForByteAndTheTextUnescaped) {
@@ -174,8 +174,8 @@ TEST(FunctionCompiler, ReportsAddOnsThatLackSomething) {
     folder.WriteTemplate(point + text);
     const CompileOutcome plain = compiler.Compile("x+2*y");
     ASSERT_TRUE(plain) << plain.details;
-    const vexa::FunctionAddon& function = *plain.addon;
-    EXPECT_FALSE(function.HasBlockForm());
+    const vexa::PlaneFunction function = plain.addon;
+    EXPECT_FALSE(plain.addon->HasBlockForm());
     const std::array<float, 3> x{1, 2, 3};
     const std::array<float, 3> y{10, 20, 30};
     std::array<float, 3> values{};
@@ -275,11 +275,11 @@ TEST(FunctionCompiler, CompilesLongAndDeepExpressions) {
     const FunctionCompiler compiler(folder.Path());
     const CompileOutcome sum = compiler.Compile(longest);
     ASSERT_TRUE(sum) << sum.details;
-    EXPECT_EQ(sum.addon->At(1, 2), static_cast<float>(longest.size()));
+    EXPECT_EQ(sum.addon->At(1, 2, nullptr), static_cast<float>(longest.size()));
     EXPECT_EQ(sum.addon->Expression(), longest);
     const CompileOutcome sign = compiler.Compile(deepest);
     ASSERT_TRUE(sign) << sign.details;
-    EXPECT_EQ(sign.addon->At(3, 0), 3);
+    EXPECT_EQ(sign.addon->At(3, 0, nullptr), 3);
 }
 
 TEST(FunctionCompiler, GivesEachOfTwoAtATimeItsOwnFunction) {
@@ -293,7 +293,7 @@ TEST(FunctionCompiler, GivesEachOfTwoAtATimeItsOwnFunction) {
                 const CompileOutcome outcome = compiler.Compile(expression);
                 ASSERT_TRUE(outcome) << outcome.details;
                 EXPECT_EQ(outcome.addon->Expression(), expression);
-                EXPECT_EQ(outcome.addon->At(0, 0), static_cast<float>(100 * i + k));
+                EXPECT_EQ(outcome.addon->At(0, 0, nullptr), static_cast<float>(100 * i + k));
             }
         });
     }

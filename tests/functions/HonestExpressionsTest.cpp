@@ -91,7 +91,7 @@ TEST(HonestExpressions, AreAcceptedAndComputedRight) {
         vexa::FunctionCompiler(folder.Path()).IncludeFunction(folder.Path() / "all.c");
     ASSERT_TRUE(outcome) << outcome.details;
     for (std::size_t i = 0; i < std::size(kHonest); i++) {
-        const double value = outcome.addon->At(static_cast<float>(i), 0);
+        const double value = outcome.addon->At(static_cast<float>(i), 0, nullptr);
         const double expected = kHonest[i].value;
         EXPECT_NEAR(value, expected, 2e-7 * std::max(1.0, std::abs(expected)))
             << kHonest[i].expression;

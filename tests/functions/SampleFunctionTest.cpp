@@ -17,6 +17,7 @@ namespace {
 namespace fs = std::filesystem;
 using test::TemporaryFolder;
 using vexa::LoadSample;
+using vexa::PlaneFunction;
 using vexa::SampleFrames;
 using vexa::SampleSpiral;
 using vexa::Winding;
@@ -67,45 +68,46 @@ TEST(SampleFunction, WindsTheSampleRoundTheOrigin) {
     EXPECT_EQ(winding->T, 50);
     EXPECT_EQ(winding->alphap, 0.05F) << "so that the sample ends at radius 5";
 
-    const SampleSpiral spiral(frames, *winding);
-    EXPECT_NEAR(spiral.At(0, 0), 1, 1e-6);
+    const PlaneFunction spiral = std::make_shared<SampleSpiral>(frames, *winding);
+    EXPECT_NEAR(spiral(0, 0), 1, 1e-6);
     double worst = 0;
     for (int i = 0; i < 4000; i++) {
         const auto angle = static_cast<float>(0.1 + i * 0.7);
         const float r = 0.06F + 0.00122F * static_cast<float>(i);
         const float x = r * std::cos(angle);
         const float y = r * std::sin(angle);
-        worst = std::max(worst, std::abs(spiral.At(x, y) - Reference(*frames, *winding, x, y)));
+        worst = std::max(worst, std::abs(spiral(x, y) - Reference(*frames, *winding, x, y)));
     }
     // Positions of up to 5000 have a resolution of 1/2048 frame.
     EXPECT_LT(worst, 1e-4);
 
     // One turn of an orbit is one period, counter-clockwise; a step of alphap outwards is T frames.
-    const SampleSpiral ramp(Load(Ramp(4999)), *winding);
+    const PlaneFunction ramp = std::make_shared<SampleSpiral>(Load(Ramp(4999)), *winding);
     const float r = 40.5F * winding->alphap;
     const auto frame = [&](double turn) {
         const double angle = 2 * std::numbers::pi * turn;
-        return ramp.At(static_cast<float>(r * std::cos(angle)),
-                       static_cast<float>(r * std::sin(angle)));
+        return ramp(static_cast<float>(r * std::cos(angle)),
+                    static_cast<float>(r * std::sin(angle)));
     };
     EXPECT_NEAR((frame(0.75) - frame(0.25)) * 4999, 0, 0.01) << "radius alone tells the place";
-    EXPECT_NEAR((ramp.At(3.05F, 0.1F) - ramp.At(3.0F, 0.1F)) * 4999, 50, 0.1);
+    EXPECT_NEAR((ramp(3.05F, 0.1F) - ramp(3.0F, 0.1F)) * 4999, 50, 0.1);
 }
 
 TEST(SampleFunction, HoldsTheLastValueOutside) {
     const SampleFrames frames = Load({0.25F, 0.5F, -1.0F, 0.75F});
-    const SampleSpiral spiral(frames, *WindingFor(frames->size(), 1000, 400));
-    EXPECT_NEAR(spiral.At(0, 0), 0.25, 1e-6);
+    const PlaneFunction spiral =
+        std::make_shared<SampleSpiral>(frames, *WindingFor(frames->size(), 1000, 400));
+    EXPECT_NEAR(spiral(0, 0), 0.25, 1e-6);
     for (const float far : {12.0F, 1e4F, 1e18F, 1e30F}) {
-        EXPECT_EQ(spiral.At(far, 0), 0.75F) << far;
-        EXPECT_EQ(spiral.At(-far, far), 0.75F) << far;
+        EXPECT_EQ(spiral(far, 0), 0.75F) << far;
+        EXPECT_EQ(spiral(-far, far), 0.75F) << far;
     }
     // Neither these points nor the next frequencies lead out of the table.
     const float nan = std::numeric_limits<float>::quiet_NaN();
     const float infinity = std::numeric_limits<float>::infinity();
     for (const float x : {nan, infinity, -infinity, 1e-40F}) {
-        spiral.At(x, 0.1F);
-        spiral.At(0.1F, x);
+        spiral(x, 0.1F);
+        spiral(0.1F, x);
     }
     for (const double frequency : {0.0, -1.0, double(nan), double(infinity), 1e-300, 1e300})
         EXPECT_FALSE(WindingFor(4, 1000, frequency)) << frequency;
@@ -145,10 +147,11 @@ TEST(SampleFunction, HasABlockFormOfTheSameValues) {
                 << " instead of " << expected;
         }
     }
-    const SampleSpiral spiral(std::make_shared<const std::vector<float>>(noise), *winding);
+    const PlaneFunction spiral =
+        std::make_shared<SampleSpiral>(std::make_shared<const std::vector<float>>(noise), *winding);
     float value = 0;
     spiral.Evaluate(&x.back(), &y.back(), &value, 1);
-    EXPECT_EQ(value, spiral.At(x.back(), y.back()));
+    EXPECT_EQ(value, spiral(x.back(), y.back()));
 }
 
 TEST(LoadSample, NormalisesToAPeakOfOne) {

@@ -17,9 +17,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8* data, std::size_t size) {
         return 0;
     }
     const auto winding = vexa::WindingFor(loaded->frames->size(), loaded->frameRate, 440);
-    const vexa::SampleSpiral spiral(loaded->frames, winding.value_or(vexa::Winding()));
+    const vexa::PlaneFunction spiral =
+        std::make_shared<vexa::SampleSpiral>(loaded->frames, winding.value_or(vexa::Winding()));
     for (const float at : {0.0F, 0.01F, -1.7F, 4.9F, 1e9F}) {
-        const float value = spiral.At(at, -at / 2);
+        const float value = spiral(at, -at / 2);
         fuzz::Require(std::isfinite(value) && std::abs(value) <= 1.001F, "a sample is in range");
     }
     return 0;

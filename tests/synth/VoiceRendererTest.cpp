@@ -217,8 +217,8 @@ TEST(VoiceRenderer, NotesBeginReleaseAndChangeHandsWithoutAClick) {
 /// x where it is computed in blocks, 0 at single points.
 class BlockFormOnly : public vexa::PlaneSource {
   public:
-    float At(float, float) const noexcept override { return 0; }
-    void Evaluate(const float* x, const float*, float* values,
+    float At(float, float, const float*) const noexcept override { return 0; }
+    void Evaluate(const float* x, const float*, const float* const*, float* values,
                   std::size_t count) const noexcept override {
         std::copy_n(x, count, values);
     }

@@ -1,0 +1,33 @@
+#include "synth/NoteInputs.h"
+
+namespace vexa {
+
+std::array<float, kMostInputs> InputsOf(const PlaneSource& f, const NoteMoment& note,
+                                        const Macros& macros,
+                                        const ControllerTable& controllers) noexcept {
+    std::array<float, kMostInputs> values{};
+    std::size_t number = 0;
+    for (const FunctionInput& input : f.Inputs()) {
+        float& value = values[number++];
+        switch (input.kind) {
+        case FunctionInput::Kind::Macro:
+            value = macros[input.number].now;
+            break;
+        case FunctionInput::Kind::Velocity:
+            value = note.vel;
+            break;
+        case FunctionInput::Kind::Key:
+            value = note.key;
+            break;
+        case FunctionInput::Kind::Time:
+            value = note.t;
+            break;
+        case FunctionInput::Kind::Controller:
+            value = controllers[input.number];
+            break;
+        }
+    }
+    return values;
+}
+
+} // namespace vexa

@@ -1,0 +1,26 @@
+// What a plane function hears of a note.
+#pragma once
+
+#include "synth/Macros.h"
+#include "synth/PlaneFunction.h"
+#include "synth/SoundParam.h"
+
+#include <array>
+
+namespace vexa {
+
+/// One note at one moment.
+struct NoteMoment {
+    /// Velocity and key, each divided by 127.
+    float vel, key;
+    /// Seconds since note-on.
+    float t;
+};
+
+/// The values of f.Inputs() for the note, with the macros and controllers as they are now. Any
+/// thread, real-time safe.
+std::array<float, kMostInputs> InputsOf(const PlaneSource& f, const NoteMoment& note,
+                                        const Macros& macros,
+                                        const ControllerTable& controllers) noexcept;
+
+} // namespace vexa

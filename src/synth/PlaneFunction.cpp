@@ -1,6 +1,8 @@
 #include "synth/PlaneFunction.h"
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace vexa {
 
@@ -29,6 +31,10 @@ void PlaneSource::Evaluate(const float* x, const float* y, const float* const* i
 }
 
 PlaneFunction::PlaneFunction(Point point) : source(std::make_shared<PlainSource>(point)) {}
+
+float Heard(float value) {
+    return std::isfinite(value) ? std::clamp(value, -kMostHeard, kMostHeard) : 0.0F;
+}
 
 float nullfunc(float, float) {
     return 0.0F;

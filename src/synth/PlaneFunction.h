@@ -79,6 +79,12 @@ class PlaneFunction {
     std::shared_ptr<const PlaneSource> source;
 };
 
+/// What a value of f counts for in the sound: bounded to this on either side. A low-cut filter's
+/// sums grow to some 8000 times its input (note 0 at 44100 samples per second), and stay finite.
+constexpr float kMostHeard = 1e30F;
+/// The value as it is heard; 0 for what is not finite.
+float Heard(float value);
+
 /// 0 everywhere.
 float nullfunc(float x, float y);
 

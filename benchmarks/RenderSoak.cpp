@@ -85,7 +85,7 @@ class Tour {
         vexa::ApplyParameters(*sound, instrument.parameters);
         vexa::ApplyEnvelopes(*sound, instrument.parameters);
         const auto installed =
-            vexa::InstallFunction(sound->function, VEXA_PROGRAM_FOLDER, receivers);
+            vexa::InstallFunction(sound->function, fs::path(VEXA_PROGRAM_FOLDER), receivers);
         if (!installed)
             return Fail(path, installed.Fault().text);
         for (int piece = 0; piece < kPiecesPerMinute; piece++) {

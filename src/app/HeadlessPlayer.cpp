@@ -39,8 +39,8 @@ class SourceWatch : public kits::MessageTarget {
 
 class HeadlessPlayer {
   public:
-    HeadlessPlayer(const AppOptions& options, const std::filesystem::path& programFolder)
-        : options(options), programFolder(programFolder) {
+    HeadlessPlayer(const AppOptions& options, const kits::ProgramFolders& folders)
+        : options(options), folders(folders) {
         receivers.AddReceiver([this](const PlaneFunction& f) { graph.SetFunction(f); });
     }
 
@@ -54,7 +54,7 @@ class HeadlessPlayer {
     void Report(Clock::duration played) const;
 
     const AppOptions& options;
-    const std::filesystem::path& programFolder;
+    const kits::ProgramFolders& folders;
     SoundRecords records;
     // Outlives the graph, whose threads call an add-on's function to their end.
     FunctionSwitch receivers;
@@ -120,7 +120,7 @@ void HeadlessPlayer::TellOfDevice() {
 
 /// Only a sound that was asked for must be there.
 bool HeadlessPlayer::LoadSound() {
-    const auto path = options.sound.value_or(programFolder / "sounds" / "default.xml");
+    const auto path = options.sound.value_or(folders.Find("sounds", "default.xml"));
     ReadReport report;
     const kits::Result<Sound> sound = ReadSound(path, Sound(), report);
     for (const std::string& warning : report.warnings)
@@ -132,7 +132,7 @@ bool HeadlessPlayer::LoadSound() {
     for (const std::string& fault : ApplyParameters(*sound, records.parameters))
         Say("warning: " + fault);
     ApplyEnvelopes(*sound, records.parameters);
-    const auto installed = InstallFunction(sound->function, programFolder, receivers);
+    const auto installed = InstallFunction(sound->function, folders, receivers);
     if (!installed)
         Say(installed.Fault().text);
     return installed || !options.sound;
@@ -165,8 +165,8 @@ void HeadlessPlayer::Report(Clock::duration played) const {
 
 } // namespace
 
-int PlayWithoutWindow(const AppOptions& options, const std::filesystem::path& programFolder) {
-    return HeadlessPlayer(options, programFolder).Run();
+int PlayWithoutWindow(const AppOptions& options, const kits::ProgramFolders& folders) {
+    return HeadlessPlayer(options, folders).Run();
 }
 
 int ListDevices() {

@@ -41,10 +41,8 @@ float Peak(float least, std::span<const float> samples) {
 
 class RenderJob {
   public:
-    RenderJob(const Options& options, const std::filesystem::path& programFolder)
-        : options(options),
-          programFolder(programFolder),
-          fullRate(double(options.rate) * options.oversample) {
+    RenderJob(const Options& options, const kits::ProgramFolders& folders)
+        : options(options), folders(folders), fullRate(double(options.rate) * options.oversample) {
         receivers.AddReceiver([this](const PlaneFunction& f) { instrument.SetFunction(f); });
     }
 
@@ -75,7 +73,7 @@ class RenderJob {
     }
 
     const Options& options;
-    const std::filesystem::path& programFolder;
+    const kits::ProgramFolders& folders;
     /// Samples per second that the engine computes.
     double fullRate;
     RenderOutcome outcome;
@@ -120,10 +118,13 @@ Result<void> RenderJob::Render() {
 
 /// The sound document that the options name, with the function that they put in its place.
 Result<Sound> RenderJob::ChosenSound() {
-    const std::filesystem::path path =
-        options.sound.value_or(programFolder / "sounds" / "default.xml");
+    const Result<std::filesystem::path> path = options.sound
+                                                   ? folders.FindDocument("sounds", *options.sound)
+                                                   : folders.Find("sounds", "default.xml");
+    if (!path)
+        return Error{"--sound: " + path.Fault().text};
     ReadReport report;
-    Result<Sound> sound = ReadSound(path, Sound(), report);
+    Result<Sound> sound = ReadSound(*path, Sound(), report);
     if (!sound)
         return Error{report.reason};
     Warn(std::move(report.warnings));
@@ -140,7 +141,7 @@ Result<Sound> RenderJob::ChosenSound() {
     if (options.sampleFrequency) {
         if (function.kind != FunctionKind::Sample)
             return EndWith(kUsageExitCode, "--sample-frequency is for a sound from a sample, and " +
-                                               path.string() + " is none");
+                                               path->string() + " is none");
         function.frequency = std::to_string(*options.sampleFrequency);
     }
     return sound;
@@ -150,8 +151,7 @@ Result<void> RenderJob::SetUpInstrument() {
     const Result<Sound> sound = ChosenSound();
     if (!sound)
         return sound.Fault();
-    if (Result<void> installed = InstallFunction(sound->function, programFolder, receivers);
-        !installed)
+    if (Result<void> installed = InstallFunction(sound->function, folders, receivers); !installed)
         return installed;
     Warn(ApplyParameters(*sound, instrument.parameters));
     ApplyEnvelopes(*sound, instrument.parameters);
@@ -230,8 +230,8 @@ Result<double> RenderJob::RenderInto(Performance& performance, const FloatStore:
 
 } // namespace
 
-RenderOutcome RunRender(const Options& options, const std::filesystem::path& programFolder) {
-    return RenderJob(options, programFolder).Run();
+RenderOutcome RunRender(const Options& options, const kits::ProgramFolders& folders) {
+    return RenderJob(options, folders).Run();
 }
 
 } // namespace vexa

@@ -117,7 +117,7 @@ class OwnFolderTest : public PanelTest {
             std::filesystem::create_directories(In(name));
         std::filesystem::copy(std::filesystem::path(VEXA_PROGRAM_FOLDER) / "shipped-content",
                               In("shipped-content"));
-        std::filesystem::copy(In("sounds/bass.xml"), In("own/sounds/bass.xml"));
+        std::filesystem::copy(VEXA_SOURCE_FOLDER "/data/sounds/bass.xml", In("own/sounds"));
         std::filesystem::remove(In("functions/recent.c"));
         delete window;
         folders = {In("own"), folder.Path()};

@@ -212,16 +212,19 @@ TEST_F(RenderProgram, WhatIsTheUsersIsInTheUsersFolderAndShippedContentIsOnlyRea
             folder.Write("program/installed", "");
         ASSERT_EQ(render(with({"--sound", "harp"})).exitCode, 0);
         EXPECT_GT(test::Peak(Samples(Path("out.wav"))), 0.001F);
-        // An older copy in the user's folder is as if it were not there; another sound is his.
-        fs::copy(program / "sounds/bell.xml", own / "sounds/bell.xml");
-        ASSERT_EQ(render(with({"--sound", "bell"})).exitCode, 0);
-        EXPECT_GT(test::Peak(Samples(Path("out.wav"))), 0.001F);
-        EXPECT_TRUE(fs::exists(own / "functions/recent"));
-        folder.Write("data/vexa/sounds/bell.xml",
-                     "<vexasound><vexafunction><expression>0</expression></vexafunction>"
-                     "</vexasound>");
+        fs::copy_file(VEXA_SOURCE_FOLDER "/data/shipped-content", program / "shipped-content",
+                      fs::copy_options::overwrite_existing);
+        const fs::path silent = folder.Write("data/vexa/sounds/bell.xml",
+                                             "<vexasound><vexafunction><expression>0</expression>"
+                                             "</vexafunction></vexasound>");
         ASSERT_EQ(render(with({"--sound", "bell"})).exitCode, 0);
         EXPECT_EQ(test::Peak(Samples(Path("out.wav"))), 0);
+        EXPECT_TRUE(fs::exists(own / "functions/recent"));
+        // As if it were what an older version came with.
+        std::ofstream(program / "shipped-content", std::ios::app)
+            << test::RunCommand({"sha256sum", silent}).text.substr(0, 64) << "  sounds/bell.xml\n";
+        ASSERT_EQ(render(with({"--sound", "bell"})).exitCode, 0);
+        EXPECT_GT(test::Peak(Samples(Path("out.wav"))), 0.001F);
         const CommandResult missing = render(with({"--sound", "bel"}));
         EXPECT_EQ(missing.exitCode, 1);
         EXPECT_THAT(missing.text, HasSubstr((own / "sounds").string()));

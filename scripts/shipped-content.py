@@ -120,7 +120,16 @@ def rescue(record, folder):
 
 
 def git(*arguments):
-    return subprocess.run(["git", "-C", ROOT, *arguments], check=True, capture_output=True).stdout
+    # The tree may be another user's, as where it is mounted into a container.
+    command = ["git", "-c", "safe.directory=*", "-C", ROOT, *arguments]
+    return subprocess.run(command, check=True, capture_output=True).stdout
+
+
+def has_history():
+    try:
+        return bool(git("rev-parse", "--verify", "HEAD"))
+    except (FileNotFoundError, subprocess.CalledProcessError):
+        return False
 
 
 def every_version(*paths):
@@ -129,11 +138,11 @@ def every_version(*paths):
         for file in [ROOT / path] if (ROOT / path).is_file() else (ROOT / path).rglob("*"):
             if file.is_file():
                 yield file.relative_to(ROOT).as_posix(), file.read_bytes()
-    # A tree that was unpacked from an archive has no history.
-    if not (ROOT / ".git").exists():
+    if not has_history():
+        print(f"{ROOT} has no history here; only the files as they are were looked at")
         return
-    changes = git("log", "--full-history", "-m", "--raw", "--no-abbrev", "--no-renames", "--format=",
-                  "HEAD", "--", *paths).decode()
+    changes = git("log", "--full-history", "-m", "--raw", "--relative", "--no-abbrev",
+                  "--no-renames", "--format=", "HEAD", "--", *paths).decode()
     for blob, name in sorted({(line.split()[3], line.split("\t")[1])
                               for line in changes.splitlines()}):
         if blob.strip("0"):

@@ -108,6 +108,8 @@ Result<void> RenderJob::Render() {
         return written;
     if (Result<void> finished = writer->Finish(); !finished)
         return finished;
+    if (instrument.renderer.HasBounded())
+        outcome.warnings.push_back("the function has values beyond 1e30, which count as that");
 
     outcome.summary.seconds = static_cast<double>(performance.Length()) / fullRate;
     outcome.summary.notes = midi->notes;

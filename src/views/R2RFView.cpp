@@ -176,7 +176,8 @@ void R2RFView::Pulse() {
     const BRect both = {std::min(prevDirty.left, dirty.left), std::min(prevDirty.top, dirty.top),
                         std::max(prevDirty.right, dirty.right),
                         std::max(prevDirty.bottom, dirty.bottom)};
-    if (both.right > both.left && both.bottom > both.top)
+    // An orbit that is a line upright or level has an extent without width or height.
+    if (both.right >= both.left && both.bottom >= both.top)
         Invalidate(both.InsetByCopy(-1, -1));
 }
 

@@ -7,6 +7,7 @@
 #include "support/Spectrum.h"
 #include "support/TemporaryFolder.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 
@@ -144,6 +145,21 @@ TEST_F(RenderProgram, ASampleCanReplaceTheFunction) {
     EXPECT_EQ(result.exitCode, 0) << result.text;
     EXPECT_THAT(result.text, testing::Not(HasSubstr("silence")));
     ExpectFailure({OneNote(), Path("b.wav"), "--sample-frequency", "220"}, "--sample-frequency", 2);
+}
+
+TEST_F(RenderProgram, AFunctionThatOverflowsIsHeardWithAWarning) {
+    for (const char* function : {"exp(75*x)", "pow(tan(3*x),16)", "tgamma(30*x)"}) {
+        const CommandResult result =
+            Run({OneNote(), Path("a.wav"), "--function", function, "--gain", "1"});
+        EXPECT_EQ(result.exitCode, 0) << result.text;
+        const std::vector<float> samples = Samples(Path("a.wav"));
+        EXPECT_TRUE(std::ranges::any_of(samples, [](float s) { return std::abs(s) > 1; }))
+            << function;
+        EXPECT_TRUE(std::ranges::all_of(samples, [](float s) { return std::isfinite(s); }));
+        if (function == std::string("exp(75*x)")) {
+            EXPECT_THAT(result.text, HasSubstr("beyond 1e30"));
+        }
+    }
 }
 
 TEST_F(RenderProgram, BadInputIsNamedAndNothingIsLost) {

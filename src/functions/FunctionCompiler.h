@@ -44,11 +44,13 @@ class FunctionCompiler {
                               kits::ChildLimits limits = kits::ChildLimits());
 
     /// Checks the expression, makes the source file and includes its function. Only an expression
-    /// that CheckExpression accepts reaches a file or the compiler.
+    /// that CheckExpression accepts reaches a file or the compiler, which computes its long double
+    /// in double. A request to end the program (kits::Interrupt) stops the compiler.
     CompileOutcome Compile(std::string_view expression) const;
 
     /// Writes the source for an expression, which is not checked: two macro definitions with the
-    /// expression as it stands, and the template. B_ENTRY_NOT_FOUND: there is no template.
+    /// expression as it stands, and the template. The file is the user's alone. B_ENTRY_NOT_FOUND:
+    /// there is no template.
     CompileReport MakeSourceFile(std::string_view expression,
                                  const std::filesystem::path& sourcePath) const;
 
@@ -64,8 +66,8 @@ class FunctionCompiler {
     std::filesystem::path SourcePath() const { return functions / "recent.c"; }
 
   private:
-    CompileReport MakeSource(std::string_view expression, const std::filesystem::path& sourcePath,
-                             std::string& source) const;
+    CompileReport MakeSource(std::string_view expression, std::string_view computed,
+                             const std::filesystem::path& sourcePath, std::string& source) const;
     CompileOutcome Build(std::string_view source, const std::filesystem::path& sourcePath) const;
     CompileReport RunCompiler(const std::filesystem::path& folder,
                               const std::filesystem::path& sourcePath) const;

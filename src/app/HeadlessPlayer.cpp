@@ -38,8 +38,8 @@ class SourceWatch : public kits::MessageTarget {
 
 class HeadlessPlayer {
   public:
-    HeadlessPlayer(const AppOptions& options, const std::filesystem::path& programFolder)
-        : options(options), programFolder(programFolder), instrument(programFolder) {}
+    HeadlessPlayer(const AppOptions& options, const kits::ProgramFolders& folders)
+        : options(options), folders(folders), instrument(folders) {}
 
     int Run();
 
@@ -51,7 +51,7 @@ class HeadlessPlayer {
     void Report(Clock::duration played) const;
 
     const AppOptions& options;
-    const std::filesystem::path& programFolder;
+    const kits::ProgramFolders& folders;
     Instrument instrument;
     AudioGraph graph{instrument.Playing(), Say};
     std::shared_ptr<SourceWatch> watch = std::make_shared<SourceWatch>();
@@ -115,7 +115,7 @@ void HeadlessPlayer::TellOfDevice() {
 
 /// Only a sound that was asked for must be there.
 bool HeadlessPlayer::LoadSound() {
-    const auto path = options.sound.value_or(programFolder / "sounds" / "default.xml");
+    const auto path = options.sound.value_or(folders.Find("sounds", "default.xml"));
     ReadReport report;
     const kits::Result<Sound> sound = ReadSound(path, Sound(), report);
     for (const std::string& warning : report.warnings)
@@ -159,8 +159,8 @@ void HeadlessPlayer::Report(Clock::duration played) const {
 
 } // namespace
 
-int PlayWithoutWindow(const AppOptions& options, const std::filesystem::path& programFolder) {
-    return HeadlessPlayer(options, programFolder).Run();
+int PlayWithoutWindow(const AppOptions& options, const kits::ProgramFolders& folders) {
+    return HeadlessPlayer(options, folders).Run();
 }
 
 int ListDevices() {

@@ -21,10 +21,9 @@ void Choose(BMenu& menu, uint32 code) {
 
 } // namespace
 
-VexaApplication::VexaApplication(const AppOptions& options,
-                                 const std::filesystem::path& programFolder)
+VexaApplication::VexaApplication(const AppOptions& options, const kits::ProgramFolders& folders)
     : BApplication(kSignature),
-      window(new VexaWindow(BRect{64, 100, 999, 610}, programFolder, !options.sound)) {
+      window(new VexaWindow(BRect{64, 100, 999, 610}, folders, !options.sound)) {
     VexaView& view = window->MainView();
     window->Show();
     if (options.sound)
@@ -44,7 +43,7 @@ void VexaApplication::MessageReceived(BMessage* message) {
     BApplication::MessageReceived(message);
 }
 
-int RunWindow(const AppOptions& options, const std::filesystem::path& programFolder) {
+int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders) {
     if (const auto display = kits::FindDisplay(); !display) {
         std::fprintf(stderr,
                      "vexa: %s; vexa --no-window plays without one, vexa-render renders a MIDI "
@@ -52,7 +51,7 @@ int RunWindow(const AppOptions& options, const std::filesystem::path& programFol
                      display.Fault().text.c_str());
         return 1;
     }
-    VexaApplication(options, programFolder).Run();
+    VexaApplication(options, folders).Run();
     return 0;
 }
 

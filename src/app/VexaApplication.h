@@ -3,8 +3,7 @@
 
 #include "app/AppOptions.h"
 #include "kits/interface/Application.h"
-
-#include <filesystem>
+#include "kits/storage/ProgramFolder.h"
 
 namespace vexa {
 
@@ -14,7 +13,7 @@ class VexaWindow;
 class VexaApplication : public BApplication {
   public:
     /// What the options ask for is done once the window is there, with alerts where it fails.
-    VexaApplication(const AppOptions& options, const std::filesystem::path& programFolder);
+    VexaApplication(const AppOptions& options, const kits::ProgramFolders& folders);
 
     void MessageReceived(BMessage* message) override;
 
@@ -25,6 +24,6 @@ class VexaApplication : public BApplication {
 
 /// Runs the window until it is closed; the program's exit code. 1, with a message, where there is
 /// no display.
-int RunWindow(const AppOptions& options, const std::filesystem::path& programFolder);
+int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders);
 
 } // namespace vexa

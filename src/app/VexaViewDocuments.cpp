@@ -68,7 +68,7 @@ void VexaView::InterpretFunction(const Function& function) {
         sampleMode = false;
     } else {
         SetAndInvoke("SFreq", function.frequency);
-        LoadSample(SamplePath(function, programFolder).c_str());
+        LoadSample(SamplePath(function, folders).c_str());
     }
     functionAuthor = function.author;
     SetAndInvoke("Sc", function.width);
@@ -125,8 +125,7 @@ void VexaView::Open(const std::filesystem::path& path) {
 
 void VexaView::LoadDefaultSound() {
     ReadReport report;
-    const auto sound =
-        ReadSound(programFolder / "sounds" / "default.xml", ConstructSound(), report);
+    const auto sound = ReadSound(folders.Find("sounds", "default.xml"), ConstructSound(), report);
     Print(report);
     if (sound)
         InterpretSound(*sound);
@@ -148,7 +147,7 @@ void VexaView::Save(const std::string& name, const char* folder, const Writer& w
         ErrorAlert(checked.Fault().text.c_str());
         return;
     }
-    const std::filesystem::path path = programFolder / folder / name;
+    const std::filesystem::path path = folders.Own(folder) / name;
     const kits::Result<void> saved = write(path);
     if (saved)
         return;

@@ -34,7 +34,7 @@ class Pause {
 void VexaView::Compile(const char* expression) {
     BTextControl* field = Field("Fxy");
     const Pause pause(*field);
-    CompileOutcome outcome = FunctionCompiler(programFolder).Compile(expression);
+    CompileOutcome outcome = FunctionCompiler(folders).Compile(expression);
     if (outcome) {
         field->SetText(outcome.addon->Expression()->c_str());
         field->SetToolTip(nullptr);
@@ -62,7 +62,7 @@ void VexaView::LoadSample(const char* path) {
         return;
     }
     sampleFormat = sample->format;
-    sampleFile = SampleFileName(sample->path, programFolder);
+    sampleFile = SampleFileName(sample->path, folders);
     functions.Install(SampleFunction());
     sampleMode = true;
     BTextControl* expression = Field("Fxy");

@@ -102,8 +102,12 @@ std::vector<std::string> FunctionCompiler::Command(const char* source, const cha
             "-lgcc"};
 }
 
-FunctionCompiler::FunctionCompiler(const fs::path& programFolder, kits::ChildLimits childLimits)
-    : functions(programFolder / "functions"), addonPath(functions / kAddon), limits(childLimits) {}
+FunctionCompiler::FunctionCompiler(const kits::ProgramFolders& folders,
+                                   kits::ChildLimits childLimits)
+    : functions(folders.Own("functions")),
+      templatePath(folders.Find("functions", "addon.c")),
+      addonPath(functions / kAddon),
+      limits(childLimits) {}
 
 CompileOutcome FunctionCompiler::Compile(std::string_view expression) const try {
     if (const auto fault = CheckExpression(expression))
@@ -131,7 +135,6 @@ CompileReport FunctionCompiler::MakeSourceFile(std::string_view expression,
 /// `computed` is what the function computes, and `expression` what it says that it does.
 CompileReport FunctionCompiler::MakeSource(std::string_view expression, std::string_view computed,
                                            const fs::path& sourcePath, std::string& source) const {
-    const fs::path templatePath = functions / "addon.c";
     const kits::Result<std::string> body = kits::ReadFile(templatePath);
     if (!body)
         return Failure(B_ENTRY_NOT_FOUND, Alert(kNoTemplate, {templatePath}), body.Fault().text);

@@ -3,6 +3,7 @@
 
 #include "functions/FunctionAddon.h"
 #include "kits/kernel/ChildProcess.h"
+#include "kits/storage/ProgramFolder.h"
 #include "kits/support/SupportDefs.h"
 
 #include <filesystem>
@@ -31,15 +32,15 @@ struct CompileOutcome : CompileReport {
     std::shared_ptr<const FunctionAddon> addon;
 };
 
-/// Compiles expressions with the system's C compiler. In the folder "functions" below the program
-/// folder lie the template "addon.c", and after a compilation its source "recent.c" and the add-on
-/// "recent"; nothing else is left there. Each compilation takes place in a private folder below
-/// "functions" (CompileFolder), so several at a time, in one program or in several, never get each
-/// other's function. All calls wait for the compiler: the window thread, or any other that may
-/// wait.
+/// Compiles expressions with the system's C compiler. Of the program's folders "functions" has the
+/// template "addon.c" and, where a person's own lie, after a compilation its source "recent.c" and
+/// the add-on "recent"; nothing else is left there. Each compilation takes place in a private
+/// folder below "functions" (CompileFolder), so several at a time, in one program or in several,
+/// never get each other's function. All calls wait for the compiler: the window thread, or any
+/// other that may wait.
 class FunctionCompiler {
   public:
-    explicit FunctionCompiler(const std::filesystem::path& programFolder,
+    explicit FunctionCompiler(const kits::ProgramFolders& folders,
                               kits::ChildLimits limits = kits::ChildLimits());
 
     /// Checks the expression, makes the source file and includes its function. Only an expression
@@ -74,6 +75,7 @@ class FunctionCompiler {
                                   std::string details) const;
 
     std::filesystem::path functions;
+    std::filesystem::path templatePath;
     /// "functions/recent"
     std::filesystem::path addonPath;
     kits::ChildLimits limits;

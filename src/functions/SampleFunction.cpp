@@ -145,15 +145,15 @@ std::optional<Winding> WindingFor(std::size_t frames, float frameRate, double fr
     return winding;
 }
 
-std::string SampleFileName(const std::string& path, const std::filesystem::path& programFolder) {
-    const BEntry entry(path.c_str());
-    const BEntry samples((programFolder / "samples").c_str(), true);
+std::string SampleFileName(const std::string& path, const kits::ProgramFolders& folders) {
     BPath file;
     BPath folder;
-    BPath samplesFolder;
-    if (entry.GetPath(&file) != B_OK || file.GetParent(&folder) != B_OK)
+    if (BEntry(path.c_str()).GetPath(&file) != B_OK || file.GetParent(&folder) != B_OK)
         return path;
-    if (samples.GetPath(&samplesFolder) == B_OK && folder == samplesFolder)
+    const std::filesystem::path found = folders.Find("samples", file.Leaf());
+    BPath samplesFolder;
+    if (BEntry(found.parent_path().c_str(), true).GetPath(&samplesFolder) == B_OK &&
+        folder == samplesFolder)
         return file.Leaf();
     return file.Path();
 }

@@ -5,6 +5,7 @@
 // and its radius selects the place in the sample.
 #pragma once
 
+#include "kits/storage/ProgramFolder.h"
 #include "kits/support/Result.h"
 #include "kits/support/SupportDefs.h"
 #include "synth/PlaneFunction.h"
@@ -67,8 +68,8 @@ constexpr std::size_t kLongestSample = std::size_t{1} << 27;
 /// disk: not the media or the MIDI thread.
 kits::Result<LoadedSample> LoadSample(const std::filesystem::path& path);
 
-/// How a function document names the sample file: by its leaf if it lies directly in the folder
-/// "samples" of the program folder, else by its full path.
-std::string SampleFileName(const std::string& path, const std::filesystem::path& programFolder);
+/// How a function document names the sample file: by its leaf if it is what is found by that name
+/// directly in a folder "samples" of the program's, else by its full path.
+std::string SampleFileName(const std::string& path, const kits::ProgramFolders& folders);
 
 } // namespace vexa

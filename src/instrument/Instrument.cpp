@@ -14,13 +14,11 @@ std::string Text(const FunctionReport& report) {
     return text + report.details;
 }
 
-std::filesystem::path SamplePath(const Function& function,
-                                 const std::filesystem::path& programFolder) {
-    return programFolder / "samples" / function.sampleFile;
+std::filesystem::path SamplePath(const Function& function, const kits::ProgramFolders& folders) {
+    return folders.Find("samples", function.sampleFile);
 }
 
-Instrument::Instrument(std::filesystem::path programFolder)
-    : programFolder(std::move(programFolder)) {}
+Instrument::Instrument(kits::ProgramFolders folders) : folders(std::move(folders)) {}
 
 LoadReport Instrument::Load(const Sound& next) {
     LoadReport report;
@@ -38,14 +36,14 @@ FunctionReport Instrument::SetFunction(const Function& function) {
 }
 
 FunctionReport Instrument::InstallExpression(const std::string& expression) {
-    CompileOutcome outcome = FunctionCompiler(programFolder).Compile(expression);
+    CompileOutcome outcome = FunctionCompiler(folders).Compile(expression);
     if (outcome)
         Install(outcome.addon);
     return outcome;
 }
 
 FunctionReport Instrument::InstallSample(const Function& function) {
-    kits::Result<LoadedSample> loaded = LoadSample(SamplePath(function, programFolder));
+    kits::Result<LoadedSample> loaded = LoadSample(SamplePath(function, folders));
     if (!loaded)
         return {B_ERROR, {kSampleAlert}, loaded.Fault().text};
     sample = *std::move(loaded);

@@ -5,6 +5,7 @@
 #include "documents/Sound.h"
 #include "functions/FunctionCompiler.h"
 #include "functions/SampleFunction.h"
+#include "kits/storage/ProgramFolder.h"
 #include "midi/Engine.h"
 
 #include <filesystem>
@@ -31,10 +32,9 @@ struct LoadReport {
 /// The alerts and the details, a line each.
 std::string Text(const FunctionReport& report);
 
-/// The file that a sample function names: what does not begin with "/" lies in the folder "samples"
-/// of the program folder.
-std::filesystem::path SamplePath(const Function& function,
-                                 const std::filesystem::path& programFolder);
+/// The file that a sample function names: what does not begin with "/" lies in the folder
+/// "samples", a person's own or the program's.
+std::filesystem::path SamplePath(const Function& function, const kits::ProgramFolders& folders);
 
 /// The sound as a person edits it, and the engine that plays it. Nothing of it is shared with other
 /// instruments of the process. All calls belong to one thread, the window thread, but for what the
@@ -44,8 +44,8 @@ class Instrument {
     /// Takes the function that is from now on to be shown.
     using Watcher = std::function<void(const PlaneFunction& f)>;
 
-    /// `programFolder` has the folders functions and samples.
-    explicit Instrument(std::filesystem::path programFolder);
+    /// Functions and samples are looked for in `folders`.
+    explicit Instrument(kits::ProgramFolders folders);
 
     /// Puts the sound in the place of the present one. Waits for the compiler or the disk.
     LoadReport Load(const Sound& sound);
@@ -75,7 +75,7 @@ class Instrument {
     FunctionReport InstallSample(const Function& function);
     void Install(const PlaneFunction& f);
 
-    const std::filesystem::path programFolder;
+    const kits::ProgramFolders folders;
     Sound sound;
     std::optional<LoadedSample> sample;
     Winding winding;

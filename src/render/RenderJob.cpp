@@ -40,11 +40,11 @@ float Peak(float least, std::span<const float> samples) {
 
 class RenderJob {
   public:
-    RenderJob(const Options& options, const std::filesystem::path& programFolder)
+    RenderJob(const Options& options, const kits::ProgramFolders& folders)
         : options(options),
-          programFolder(programFolder),
+          folders(folders),
           fullRate(double(options.rate) * options.oversample),
-          instrument(programFolder) {}
+          instrument(folders) {}
 
     RenderOutcome Run() {
         if (const Result<void> done = Render(); !done) {
@@ -73,7 +73,7 @@ class RenderJob {
     }
 
     const Options& options;
-    const std::filesystem::path& programFolder;
+    const kits::ProgramFolders& folders;
     /// Samples per second that the engine computes.
     double fullRate;
     RenderOutcome outcome;
@@ -119,10 +119,13 @@ Result<void> RenderJob::Render() {
 
 /// The sound document that the options name, with the function that they put in its place.
 Result<Sound> RenderJob::ChosenSound() {
-    const std::filesystem::path path =
-        options.sound.value_or(programFolder / "sounds" / "default.xml");
+    const Result<std::filesystem::path> path = options.sound
+                                                   ? folders.FindDocument("sounds", *options.sound)
+                                                   : folders.Find("sounds", "default.xml");
+    if (!path)
+        return Error{"--sound: " + path.Fault().text};
     ReadReport report;
-    Result<Sound> sound = ReadSound(path, Sound(), report);
+    Result<Sound> sound = ReadSound(*path, Sound(), report);
     if (!sound)
         return Error{report.reason};
     Warn(std::move(report.warnings));
@@ -139,7 +142,7 @@ Result<Sound> RenderJob::ChosenSound() {
     if (options.sampleFrequency) {
         if (function.kind != FunctionKind::Sample)
             return EndWith(kUsageExitCode, "--sample-frequency is for a sound from a sample, and " +
-                                               path.string() + " is none");
+                                               path->string() + " is none");
         function.frequency = std::to_string(*options.sampleFrequency);
     }
     return sound;
@@ -229,8 +232,8 @@ Result<double> RenderJob::RenderInto(Performance& performance, const FloatStore:
 
 } // namespace
 
-RenderOutcome RunRender(const Options& options, const std::filesystem::path& programFolder) {
-    return RenderJob(options, programFolder).Run();
+RenderOutcome RunRender(const Options& options, const kits::ProgramFolders& folders) {
+    return RenderJob(options, folders).Run();
 }
 
 } // namespace vexa

@@ -289,7 +289,7 @@ TEST(FunctionCompiler, WorksInAnyFolder) {
         const Folder folder(name);
         EXPECT_TRUE(FunctionCompiler(folder.Path()).Compile("x")) << name;
         const test::CurrentFolder current(folder.Path().parent_path());
-        const CompileOutcome relative = FunctionCompiler(name).Compile("y");
+        const CompileOutcome relative = FunctionCompiler(fs::path(name)).Compile("y");
         EXPECT_TRUE(relative) << name << "\n" << relative.details;
         fs::remove(folder.Function("addon.c"));
         EXPECT_THAT(FunctionCompiler(folder.Path()).Compile("x").alerts,

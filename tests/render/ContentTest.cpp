@@ -17,11 +17,13 @@ namespace fs = std::filesystem;
 using vexa::Sound;
 
 const fs::path kFolder = VEXA_PROGRAM_FOLDER;
+/// The copies in the program folder may have been changed by hand.
+const fs::path kContent = VEXA_SOURCE_FOLDER "/data";
 constexpr double kRate = 44100;
 
 std::vector<fs::path> Documents(const char* folder) {
     std::vector<fs::path> paths;
-    for (const auto& entry : fs::directory_iterator(kFolder / folder)) {
+    for (const auto& entry : fs::directory_iterator(kContent / folder)) {
         if (entry.path().extension() == ".xml")
             paths.push_back(entry.path());
     }

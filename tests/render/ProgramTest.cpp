@@ -1,7 +1,9 @@
 // vexa-render as a user runs it.
 #include "kits/support/SupportDefs.h"
 #include "support/Command.h"
+#include "support/Environment.h"
 #include "support/Limits.h"
+#include "support/Sounds.h"
 #include "support/Spectrum.h"
 #include "support/TemporaryFolder.h"
 
@@ -199,6 +201,58 @@ TEST_F(RenderProgram, ADocumentWithoutSomeGroupsPlaysWithWarnings) {
     EXPECT_EQ(result.exitCode, 0) << result.text;
     for (const char* what : {"dcxdt", "some.xml", "Ax0", "127"})
         EXPECT_THAT(result.text, HasSubstr(what));
+}
+
+/// Installed, which a file tells, or by its option.
+TEST_F(RenderProgram, WhatIsTheUsersIsInTheUsersFolderAndShippedContentIsOnlyRead) {
+    const fs::path program = folder.Path() / "program";
+    fs::create_directory(program);
+    fs::copy(kProgram, program);
+    fs::copy(VEXA_SOURCE_FOLDER "/data", program, fs::copy_options::recursive);
+    fs::copy(VEXA_PROGRAM_FOLDER "/samples", program / "samples");
+    const std::string note = OneNote();
+    const auto render = [&](std::vector<std::string> options) {
+        options.insert(options.begin(),
+                       {program / "vexa-render", note, Path("out.wav"), "--tail", "0"});
+        return test::RunCommand(std::move(options));
+    };
+    const test::EnvironmentVariable data("XDG_DATA_HOME", Path("data").c_str());
+    const fs::path own = folder.Path() / "data/vexa";
+    for (const bool installed : {false, true}) {
+        const std::vector<std::string> option(installed ? 0 : 1, "--user-folder");
+        const auto with = [&option](std::vector<std::string> more) {
+            more.insert(more.end(), option.begin(), option.end());
+            return more;
+        };
+        if (installed)
+            folder.Write("program/installed", "");
+        ASSERT_EQ(render(with({"--sound", "harp"})).exitCode, 0);
+        EXPECT_GT(test::Peak(Samples(Path("out.wav"))), 0.001F);
+        fs::copy_file(VEXA_SOURCE_FOLDER "/data/shipped-content", program / "shipped-content",
+                      fs::copy_options::overwrite_existing);
+        const fs::path silent = folder.Write("data/vexa/sounds/bell.xml",
+                                             "<vexasound><vexafunction><expression>0</expression>"
+                                             "</vexafunction></vexasound>");
+        ASSERT_EQ(render(with({"--sound", "bell"})).exitCode, 0);
+        EXPECT_EQ(test::Peak(Samples(Path("out.wav"))), 0);
+        EXPECT_TRUE(fs::exists(own / "functions/recent"));
+        // As if it were what an older version came with.
+        std::ofstream(program / "shipped-content", std::ios::app)
+            << test::RunCommand({"sha256sum", silent}).text.substr(0, 64) << "  sounds/bell.xml\n";
+        ASSERT_EQ(render(with({"--sound", "bell"})).exitCode, 0);
+        EXPECT_GT(test::Peak(Samples(Path("out.wav"))), 0.001F);
+        const CommandResult missing = render(with({"--sound", "bel"}));
+        EXPECT_EQ(missing.exitCode, 1);
+        EXPECT_THAT(missing.text, HasSubstr((own / "sounds").string()));
+        EXPECT_THAT(missing.text, HasSubstr((program / "sounds").string()));
+        EXPECT_FALSE(fs::exists(program / "functions/recent"));
+        fs::remove_all(folder.Path() / "data");
+    }
+    // The bare program has everything beside itself.
+    fs::remove(program / "installed");
+    ASSERT_EQ(render({"--sound", "bell"}).exitCode, 0);
+    EXPECT_TRUE(fs::exists(program / "functions/recent"));
+    EXPECT_FALSE(fs::exists(own));
 }
 
 TEST_F(RenderProgram, AnInterruptLeavesNothingBehind) {

@@ -67,7 +67,8 @@ void VexaView::AddPlaneControls() {
     const Function initial;
     plane = new R2RFView({10, 10, 310, 310}, "R2RFView", {0, 0}, {0.5F, 0.5F}, kPlaneUnitsPerPixel,
                          B_FOLLOW_NONE);
-    plane->SetToolTip("Blue is positive, red negative. Right button: save the picture.");
+    plane->SetToolTip("Blue is positive, red negative. Right button: save the picture. "
+                      "Esc: silence.");
     AddChild(plane);
     functions.AddReceiver([this](const PlaneFunction& f) { plane->SetFunction(f); });
 

@@ -74,9 +74,10 @@ class VexaView : public BView {
 
     /// Compiles the expression and installs its function; a failure is shown and the function
     /// before stays. The field is disabled meanwhile.
-    void Compile(const char* expression);
-    /// Winds a sound file onto the plane.
-    void LoadSample(const char* path);
+    /// True if it is installed.
+    bool Compile(const char* expression);
+    /// Winds a sound file onto the plane; false, with an alert, where that fails.
+    bool LoadSample(const char* path);
 
     // MIDI.
 
@@ -87,6 +88,8 @@ class VexaView : public BView {
     void ChooseSource(const std::string& name);
     /// The keyboard's keys and the window's focus.
     ComputerKeyboard& Keyboard() { return keyboard; }
+    /// Ends all that sounds, at once.
+    void SilenceAll();
 
     /// A modal stop alert titled "Error" with the button "Ok". Waits for the answer.
     static void ErrorAlert(const char* text);
@@ -125,6 +128,7 @@ class VexaView : public BView {
     bool TakeParameter(uint32 code);
     bool TakePlaneControl(uint32 code);
     bool TakeMenuChoice(uint32 code);
+    void SetChannel(int32 channel);
     bool TakePanelCommand(const BMessage& message);
     bool TakeSource(uint32 code);
 

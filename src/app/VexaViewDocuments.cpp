@@ -68,7 +68,13 @@ void VexaView::InterpretFunction(const Function& function) {
         sampleMode = false;
     } else {
         SetAndInvoke("SFreq", function.frequency);
-        LoadSample(SamplePath(function, programFolder).c_str());
+        if (!LoadSample(SamplePath(function, programFolder).c_str())) {
+            // Saving it again must not lose the name: the file may only be elsewhere for a while.
+            sampleMode = true;
+            sampleFile = function.sampleFile;
+            Field("Fxy")->SetText("");
+            Field("SFreq")->SetEnabled(true);
+        }
     }
     functionAuthor = function.author;
     SetAndInvoke("Sc", function.width);

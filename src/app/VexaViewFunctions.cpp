@@ -31,7 +31,7 @@ class Pause {
 
 } // namespace
 
-void VexaView::Compile(const char* expression) {
+bool VexaView::Compile(const char* expression) {
     BTextControl* field = Field("Fxy");
     const Pause pause(*field);
     CompileOutcome outcome = FunctionCompiler(programFolder).Compile(expression);
@@ -43,6 +43,7 @@ void VexaView::Compile(const char* expression) {
     field->MarkWrong(!outcome);
     if (!outcome)
         ShowFailure(outcome);
+    return bool(outcome);
 }
 
 /// What went wrong, in alerts; why and where, on standard error and in the field's tool tip.
@@ -54,12 +55,12 @@ void VexaView::ShowFailure(const CompileReport& report) {
         ErrorAlert(alert.c_str());
 }
 
-void VexaView::LoadSample(const char* path) {
+bool VexaView::LoadSample(const char* path) {
     const kits::Result<LoadedSample> sample = vexa::LoadSample(path);
     if (!sample) {
         std::fprintf(stderr, "vexa: %s\n", sample.Fault().text.c_str());
         ErrorAlert(kSampleAlert);
-        return;
+        return false;
     }
     sampleFormat = sample->format;
     sampleFile = SampleFileName(sample->path, programFolder);
@@ -72,6 +73,7 @@ void VexaView::LoadSample(const char* path) {
     BTextControl* frequency = Field("SFreq");
     frequency->SetEnabled(true);
     frequency->Invoke();
+    return true;
 }
 
 void VexaView::OpenSample(const std::string& path) {

@@ -8,6 +8,7 @@
 #include "kits/support/NumberText.h"
 #include "views/R2RFView.h"
 
+#include <algorithm>
 #include <cmath>
 #include <optional>
 
@@ -35,9 +36,11 @@ void VexaView::MessageReceived(BMessage* message) {
         return;
     switch (code) {
     case kExpressionCode:
-        Compile(TextOf("Fxy").c_str());
-        Field("SFreq")->SetEnabled(false);
-        sampleMode = false;
+        // A sample that sounds stays what would be saved, as long as the expression is wrong.
+        if (Compile(TextOf("Fxy").c_str()) || !sampleMode) {
+            Field("SFreq")->SetEnabled(false);
+            sampleMode = false;
+        }
         functionAuthor = kDefaultAuthor;
         break;
     case kSampleFrequencyCode:
@@ -98,14 +101,25 @@ bool VexaView::TakeMenuChoice(uint32 code) {
     }
     for (int32 n = 1; n <= 16; n++) {
         if (code == ChannelCode(n)) {
-            graph->Consumer().SetChannel(n - 1);
+            SetChannel(n - 1);
             return true;
         }
     }
     if (code != kAllChannelsCode)
         return false;
-    graph->Consumer().SetChannel(-1);
+    SetChannel(-1);
     return true;
+}
+
+/// Listens to the channel, -1 for all; the computer's keyboard plays on it.
+void VexaView::SetChannel(int32 channel) {
+    keyboard.SetChannel(static_cast<uchar>(std::max(channel, 0)));
+    graph->Consumer().SetChannel(channel);
+}
+
+void VexaView::SilenceAll() {
+    keyboard.ReleaseAll();
+    graph->Consumer().AllNotesOff(false, 0);
 }
 
 void VexaView::TakeSampleFrequency() {

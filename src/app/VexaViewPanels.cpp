@@ -89,21 +89,25 @@ std::string VexaView::ChosenPath(const BMessage& message) {
     return path.Path();
 }
 
-/// Documents go into their folder, whichever the panel showed. It has asked about a file that is
-/// there in the folder that it showed; for another one the person is asked here.
+/// Documents go into their folder, whichever the panel showed. Where it was another one, the person
+/// is told and asked here.
 bool VexaView::MayReplace(const BMessage& message, const char* folder, const std::string& name) {
     entry_ref shown;
     message.FindRef("directory", &shown);
     const std::filesystem::path home = programFolder / folder;
     std::error_code ignored;
     const std::filesystem::path chosen = std::filesystem::path(shown.directory) / shown.name;
-    if (std::filesystem::equivalent(chosen, home, ignored) ||
-        !std::filesystem::exists(home / name, ignored))
+    if (std::filesystem::equivalent(chosen, home, ignored))
         return true;
+    const bool replaces = std::filesystem::exists(home / name, ignored);
     const std::string question = "The file \"" + name + "\" will be saved in the folder\n" +
-                                 home.string() + ",\nwhere there is one already. Replace it?";
-    auto* alert = new BAlert("Save", question.c_str(), "Cancel", "Replace", nullptr,
-                             B_WIDTH_AS_USUAL, B_WARNING_ALERT);
+                                 home.string() +
+                                 (replaces ? ",\nwhere there is one already. Replace it?"
+                                           : ",\nnot in the one that the panel showed.");
+    auto* alert = new BAlert("Save", question.c_str(), "Cancel", replaces ? "Replace" : "Save",
+                             nullptr, B_WIDTH_AS_USUAL, B_WARNING_ALERT);
+    if (replaces)
+        alert->SetDefaultButton(0);
     return alert->Go() == 1;
 }
 

@@ -65,7 +65,14 @@ VexaWindow::VexaWindow(BRect frame, const std::filesystem::path& programFolder,
 
 void VexaWindow::MessageReceived(BMessage* message) {
     switch (message->what) {
-    case B_KEY_DOWN:
+    case B_KEY_DOWN: {
+        int32 character = 0;
+        if (message->FindInt32("raw_char", &character) == B_OK && character == B_ESCAPE)
+            mainView->SilenceAll();
+        else
+            mainView->Keyboard().Take(*message);
+        break;
+    }
     case B_KEY_UP:
     case B_WINDOW_ACTIVATED:
         mainView->Keyboard().Take(*message);

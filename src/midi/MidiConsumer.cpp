@@ -79,7 +79,20 @@ void VexaMidiConsumer::NoteOn(uchar from, uchar note, uchar velocity, bigtime_t)
     slot.released = false;
     slot.notes = slot.notes + 1;
     slot.state.EndChange(true);
+    // SetChannel looks for held notes after the change, and this for a change after the note.
+    if (!Accepts(from))
+        slot.state.Silence();
     KeepToLimit();
+}
+
+void VexaMidiConsumer::SetChannel(int32 next) {
+    if (channel.exchange(next) == next)
+        return;
+    for (voice& slot : voices) {
+        const VoiceState::Seen seen = slot.state.Look();
+        if (seen.Active() && !slot.released)
+            slot.state.Silence(seen);
+    }
 }
 
 /// Silences what is too much. Both who starts a voice and who sets the limit look afterwards, so

@@ -32,7 +32,9 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
 
     /// The channel that is listened to, 0..15, or -1 for all. Any thread.
     int32 Channel() const { return channel; }
-    void SetChannel(int32 next) { channel = next; }
+    /// A change silences the notes that are held, as their ends may no longer be listened to.
+    /// Any thread, wait-free.
+    void SetChannel(int32 next);
 
     /// The function that new voices are charged with; as VoiceRenderer::SetFunction. Window thread.
     void SetFunction(const PlaneFunction& next) { function.Publish(next); }
@@ -66,7 +68,7 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     ControllerTable& controllers;
     const sound_param& parameters;
     VoiceTable& voices;
-    kits::Shared<int32> channel{-1};
+    std::atomic<int32> channel{-1};
     kits::Published<PlaneFunction> function{{dummyfunction}};
     std::atomic<int32> voiceLimit{1};
     kits::Shared<int64> stolen{0};

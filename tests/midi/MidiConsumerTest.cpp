@@ -82,6 +82,17 @@ TEST_F(MidiConsumer, ListensToItsChannelAlone) {
     EXPECT_EQ(Notes(), Are{}) << "whatever the channel";
 }
 
+TEST_F(MidiConsumer, AnotherChannelLeavesNoNoteHeld) {
+    On(60);
+    On(62, 100, 3);
+    Off(60);
+    // To the same one is no change.
+    instrument.consumer.SetChannel(-1);
+    EXPECT_EQ(Notes(), (Are{-60, 62}));
+    instrument.consumer.SetChannel(5);
+    EXPECT_EQ(Notes(), Are{-60});
+}
+
 TEST_F(MidiConsumer, TheSameKeyRetriggersItsSlotWhileItIsHeld) {
     On(60);
     On(62);

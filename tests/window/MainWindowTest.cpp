@@ -179,14 +179,13 @@ TEST_F(MainWindow, FieldsAreReachedAndConfirmedByTheKeyboard) {
     desktop.Key("ctrl+a");
     desktop.Type("x/2");
     EXPECT_NEAR(Peak(), 0.25, 0.01);
-    desktop.Key("Return");
+    desktop.Key("Tab");
     if (test::kSanitized) {
         // The first block of another function may take so long there that the voice is dropped.
         Listen(2 * kSecond);
         player->Play({{0, {0x90, 69, 100}}});
     }
     WaitForPeak(0.12F, 0.13F);
-    desktop.Key("Tab");
     const QImage before = desktop.Picture();
     desktop.Key("ctrl+a");
     desktop.Type("3");
@@ -271,7 +270,55 @@ TEST_F(MainWindow, TheComputersKeysPlayAndFallSilent) {
     desktop.Do({"keydown", "q"});
     EXPECT_LT(Peak(), 0.01);
     desktop.Do({"keyup", "q"});
+    desktop.Key("Escape");
     EXPECT_EQ(vexa->End(SIGTERM), 0);
+}
+
+TEST_F(MainWindow, AKeyThatIsHeldIsFollowedIntoAFieldAndEscapeSilencesAll) {
+    StartWithSine();
+    // After Enter the keyboard is the piano's again.
+    Replace(352, kTop + 258, "0.75");
+    desktop.Do({"keydown", "q"});
+    WaitForPeak(0.1F, 0.5F);
+    desktop.Click(352, kTop + 278);
+    // Long enough to be repeated.
+    Listen(2 * kSecond);
+    EXPECT_GT(Peak(), 0.1F);
+    desktop.Do({"keyup", "q"});
+    WaitForPeak(0, 0.001F);
+    // A click has selected what is there, so that typing replaces it.
+    desktop.Type("0.5");
+    desktop.Key("Return");
+    // On another channel the keys play as well, and a change of it leaves no note behind.
+    desktop.Click(170, kTop + 449);
+    for (int i = 0; i < 4; i++)
+        desktop.Key("Down");
+    desktop.Key("Return");
+    desktop.Do({"keydown", "q"});
+    WaitForPeak(0.1F, 0.5F);
+    desktop.Key("Escape");
+    WaitForPeak(0, 0.001F);
+    desktop.Do({"keyup", "q"});
+    SaveAs(kTop + 418, "Save Sound", "held.xml");
+    EXPECT_THAT(test::Contents(program.Path("sounds/held.xml")),
+                testing::AllOf(testing::HasSubstr("<vel>0.75<"), testing::HasSubstr("<key>0.5<")));
+    EXPECT_EQ(vexa->End(SIGTERM), 0);
+}
+
+TEST_F(MainWindow, EndsWithAFilePanelOpen) {
+    const test::EnvironmentVariable home("HOME", program.Folder().Path().c_str());
+    for (const bool signal : {false, true}) {
+        Start();
+        desktop.Click(kPlane + 150, kTop + 160, "3");
+        desktop.UseWindow("Save Image");
+        desktop.UseWindow("Vexa");
+        if (signal) {
+            EXPECT_EQ(vexa->End(SIGTERM), 0);
+        } else {
+            desktop.Close();
+            EXPECT_EQ(vexa->Wait(), 0);
+        }
+    }
 }
 
 /// Also while nobody sees the window or has read the alert. The source that was chosen is connected

@@ -27,6 +27,7 @@ BAlert::BAlert(const char* title, const char* text, const char* button1, const c
         if (button)
             buttons.emplace_back(button);
     }
+    defaultButton = buttons.size() - 1;
 }
 
 void BAlert::SetResponder(Responder responder) {
@@ -51,7 +52,7 @@ BAlert::Box BAlert::MakeBox() const {
         choices.push_back(box->addButton(kits::ToQt(button), QMessageBox::AcceptRole));
         choices.back()->setMinimumSize(75, 25);
     }
-    box->setDefaultButton(choices.back());
+    box->setDefaultButton(choices[defaultButton]);
     box->setEscapeButton(choices.front());
     return {std::move(box), std::move(choices)};
 }

@@ -23,6 +23,9 @@ class BAlert {
     const std::vector<std::string>& Buttons() const { return buttons; }
     alert_type Type() const { return type; }
 
+    /// The button that Enter presses, by its index; the last one at first.
+    void SetDefaultButton(std::size_t index) { defaultButton = index; }
+
     /// Shows the alert, waits for an answer and returns the index of the button. Meanwhile no
     /// message is handled; drawing and pulses go on.
     int32 Go();
@@ -42,5 +45,6 @@ class BAlert {
     std::string title;
     std::string text;
     std::vector<std::string> buttons;
+    std::size_t defaultButton = 0;
     alert_type type;
 };

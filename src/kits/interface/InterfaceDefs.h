@@ -52,9 +52,11 @@ enum : uint32 { B_ENTERED_VIEW, B_INSIDE_VIEW, B_EXITED_VIEW };
 constexpr uint32 B_QUIT_REQUESTED = FourCC("_QRQ");
 /// A key that no text field wanted, with int32 "key" (the key's place on the keyboard, as the X
 /// keyboard extension counts: 24 is the Q of an English one) and int32 "be:key_repeat" (above 0
-/// when it is only held). They go to the window that has the focus.
+/// when it is only held); the Escape key has int32 "raw_char", B_ESCAPE. They go to the window that
+/// has the focus. The release goes to the window that got the press, wherever the focus is then.
 constexpr uint32 B_KEY_DOWN = FourCC("_KYD");
 constexpr uint32 B_KEY_UP = FourCC("_KYU");
+constexpr int32 B_ESCAPE = 0x1b;
 /// The window lost or got the focus: int32 "active" is 0 or 1.
 constexpr uint32 B_WINDOW_ACTIVATED = FourCC("_ACT");
 /// What a window gets at its pulse rate, be it shown or not, and also while an alert is.

@@ -26,6 +26,7 @@ void PulseTree(BView& view) {
 WindowWidget::WindowWidget(BWindow& window, Qt::WindowFlags flags)
     : QWidget(nullptr, flags), window(window) {
     setFocusPolicy(Qt::StrongFocus);
+    qApp->installEventFilter(this);
     connect(&pulse, &QTimer::timeout, this, [this] { Pulse(); });
     pulse.setTimerType(Qt::PreciseTimer);
     pulse.start(500);
@@ -58,7 +59,28 @@ void WindowWidget::SendKey(uint32 what, const QKeyEvent& event) {
     BMessage message(what);
     message.AddInt32("key", static_cast<int32>(event.nativeScanCode()));
     message.AddInt32("be:key_repeat", event.isAutoRepeat());
+    if (event.key() == Qt::Key_Escape)
+        message.AddInt32("raw_char", B_ESCAPE);
     window.PostMessage(message);
+}
+
+/// Follows a key that went down in this window to its release, wherever the keyboard has gone
+/// meanwhile (a field, a menu, another window of the program): there it is no text.
+bool WindowWidget::eventFilter(QObject*, QEvent* event) {
+    if (event->type() != QEvent::KeyPress && event->type() != QEvent::KeyRelease &&
+        event->type() != QEvent::ShortcutOverride)
+        return false;
+    const auto& key = static_cast<const QKeyEvent&>(*event);
+    if (!down.contains(key.nativeScanCode()))
+        return false;
+    if (key.isAutoRepeat())
+        return true;
+    down.erase(key.nativeScanCode());
+    if (event->type() != QEvent::KeyRelease)
+        // The release was seen by another program.
+        return false;
+    SendKey(B_KEY_UP, key);
+    return true;
 }
 
 void WindowWidget::keyPressEvent(QKeyEvent* event) {
@@ -66,8 +88,12 @@ void WindowWidget::keyPressEvent(QKeyEvent* event) {
         window.PostMessage(B_QUIT_REQUESTED);
     else if (event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))
         event->ignore();
-    else
+    else {
+        // Keys that are simulated may have no place.
+        if (event->nativeScanCode() != 0)
+            down.insert(event->nativeScanCode());
         SendKey(B_KEY_DOWN, *event);
+    }
 }
 
 void WindowWidget::keyReleaseEvent(QKeyEvent* event) {

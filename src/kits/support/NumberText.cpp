@@ -1,15 +1,32 @@
 #include "kits/support/NumberText.h"
 
 #include <charconv>
+#include <cmath>
 #include <cstdlib>
 
 #include <locale.h>
 
 namespace kits {
 
-double NumberOf(const std::string& text) {
+namespace {
+
+double Parse(const char* text, char** end) {
     static const locale_t cLocale = ::newlocale(LC_ALL_MASK, "C", nullptr);
-    return ::strtod_l(text.c_str(), nullptr, cLocale);
+    return ::strtod_l(text, end, cLocale);
+}
+
+} // namespace
+
+double NumberOf(const std::string& text) {
+    return Parse(text.c_str(), nullptr);
+}
+
+bool IsNumber(const std::string& text) {
+    char* end = nullptr;
+    const double number = Parse(text.c_str(), &end);
+    if (end == text.c_str() || std::isnan(number))
+        return false;
+    return text.find_first_not_of(" \t", std::size_t(end - text.c_str())) == std::string::npos;
 }
 
 std::string FixedText(double number) {

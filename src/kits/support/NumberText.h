@@ -9,6 +9,9 @@ namespace kits {
 /// "inf", "nan" and hexadecimal numbers are numbers, and a text that is none gives 0.
 double NumberOf(const std::string& text);
 
+/// The text is a number and nothing else but blanks around it.
+bool IsNumber(const std::string& text);
+
 /// As printf's "%f" in the C locale: six decimals.
 std::string FixedText(double number);
 

@@ -482,6 +482,8 @@ void FilePanelWindow::ConfirmName() {
             "\"" + chosen + "\" already exists. Do you want to replace it?";
         auto* alert = new BAlert("", question.c_str(), "Cancel", "Replace", nullptr,
                                  B_WIDTH_AS_USUAL, B_WARNING_ALERT);
+        // Enter, which has confirmed the name, must not also replace a file.
+        alert->SetDefaultButton(0);
         if (alert->Go() != 1)
             return;
     }

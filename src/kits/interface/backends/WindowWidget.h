@@ -5,6 +5,7 @@
 
 #include <QTimer>
 #include <QWidget>
+#include <set>
 
 namespace kits {
 
@@ -25,11 +26,14 @@ class WindowWidget : public QWidget {
     void changeEvent(QEvent* event) override;
 
   private:
+    bool eventFilter(QObject* receiver, QEvent* event) override;
     void SendKey(uint32 what, const QKeyEvent& event);
     void Pulse();
 
     BWindow& window;
     QTimer pulse;
+    /// Places of the keys that this window was told of and that have not been let go of since.
+    std::set<quint32> down;
 };
 
 } // namespace kits

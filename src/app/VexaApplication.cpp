@@ -31,6 +31,8 @@ VexaApplication::VexaApplication(const AppOptions& options,
         view.LoadSound(*options.sound);
     if (options.file)
         view.Open(*options.file);
+    // What the command line asks for is no change.
+    view.TakeAsSaved();
     if (options.voices)
         Choose(view.VoicesMenu(), VoicesCode(*options.voices));
     if (options.channel)

@@ -50,6 +50,7 @@ VexaView::VexaView(BRect frame, const char* name, const std::filesystem::path& p
     AddMenus();
     AddEnvelopes();
     StartGraph();
+    TakeAsSaved();
 }
 
 VexaView::~VexaView() {

@@ -66,6 +66,17 @@ class VexaView : public BView {
     void SaveSound(const std::string& name);
     void SaveFunction(const std::string& name);
 
+    /// Whether what would be saved differs, but for authors, from the sound that was loaded or
+    /// saved.
+    bool Changed() const;
+    /// The sound as it is counts as saved.
+    void TakeAsSaved() { savedSound = ConstructSound(); }
+    /// Whether the sound may be given up: asks where it has changed. A person who wants to save it
+    /// first gets the panel, and `then` is called after that.
+    bool MayGiveUp(const std::function<void()>& then);
+    /// The sound's name, a mark where it has changed, and whether there is no audio device.
+    std::string Caption() const;
+
     /// What the fields, the envelopes and the installed function say at present.
     Function ConstructFunction() const;
     Sound ConstructSound() const;
@@ -127,6 +138,7 @@ class VexaView : public BView {
     // Messages.
     bool TakeParameter(uint32 code);
     bool TakePlaneControl(uint32 code);
+    void MarkNumber(std::string_view name, const char* range = nullptr);
     bool TakeMenuChoice(uint32 code);
     void SetChannel(int32 channel);
     bool TakePanelCommand(const BMessage& message);
@@ -138,7 +150,7 @@ class VexaView : public BView {
     static std::string ChosenPath(const BMessage& message);
     bool MayReplace(const BMessage& message, const char* folder, const std::string& name);
     void OpenFunction(const std::string& path) { LoadFunction(path); }
-    void OpenSound(const std::string& path) { LoadSound(path); }
+    void OpenSound(const std::string& path);
     void OpenSample(const std::string& path);
 
     // Functions.
@@ -149,7 +161,7 @@ class VexaView : public BView {
     void InterpretFunction(const Function& function);
     void InterpretSound(const Sound& sound);
     using Writer = std::function<kits::Result<void>(const std::filesystem::path&)>;
-    void Save(const std::string& name, const char* folder, const Writer& write);
+    bool Save(const std::string& name, const char* folder, const Writer& write);
     void SetAndInvoke(std::string_view field, const std::string& text);
     std::string TextOf(std::string_view field) const;
     void ConnectChosenSource();
@@ -157,6 +169,12 @@ class VexaView : public BView {
     std::filesystem::path programFolder;
     std::string soundAuthor;
     std::string functionAuthor;
+    /// Of the file that was loaded or saved, without its extension.
+    std::string soundName;
+    /// What it held.
+    Sound savedSound;
+    /// What saving the sound is to be followed by, if anything.
+    std::function<void()> afterSaving;
     /// The sample as a function document names it.
     std::string sampleFile;
     media_format sampleFormat;

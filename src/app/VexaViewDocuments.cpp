@@ -1,15 +1,18 @@
 // Function and sound documents into the main view, and out of it.
+#include "app/MessageCodes.h"
 #include "app/VexaView.h"
 #include "documents/DocumentKind.h"
 #include "documents/FunctionDocument.h"
 #include "documents/FunctionSource.h"
 #include "documents/SoundDocument.h"
+#include "kits/interface/Alert.h"
 #include "kits/interface/Control.h"
 #include "kits/storage/FileName.h"
 #include "views/EnvView.h"
 #include "views/R2RFView.h"
 
 #include <cstdio>
+#include <utility>
 
 namespace vexa {
 
@@ -108,10 +111,13 @@ bool VexaView::LoadSound(const std::filesystem::path& path) {
     ReadReport report;
     const auto sound = ReadSound(path, ConstructSound(), report);
     Print(report);
-    if (sound)
+    if (sound) {
         InterpretSound(*sound);
-    else
+        soundName = path.stem().string();
+        TakeAsSaved();
+    } else {
         ErrorAlert(sound.Fault().text.c_str());
+    }
     return bool(sound);
 }
 
@@ -134,8 +140,11 @@ void VexaView::LoadDefaultSound() {
     const auto sound =
         ReadSound(programFolder / "sounds" / "default.xml", ConstructSound(), report);
     Print(report);
-    if (sound)
+    if (sound) {
         InterpretSound(*sound);
+        soundName = "default";
+    }
+    TakeAsSaved();
 }
 
 void VexaView::SaveFunction(const std::string& name) {
@@ -145,21 +154,66 @@ void VexaView::SaveFunction(const std::string& name) {
 }
 
 void VexaView::SaveSound(const std::string& name) {
-    Save(name, "sounds",
-         [this](const std::filesystem::path& path) { return WriteSound(path, ConstructSound()); });
+    const auto write = [this](const std::filesystem::path& path) {
+        return WriteSound(path, ConstructSound());
+    };
+    const std::function<void()> then = std::exchange(afterSaving, nullptr);
+    if (!Save(name, "sounds", write))
+        return;
+    soundName = std::filesystem::path(name).stem().string();
+    TakeAsSaved();
+    if (then)
+        then();
 }
 
-void VexaView::Save(const std::string& name, const char* folder, const Writer& write) {
+void VexaView::OpenSound(const std::string& path) {
+    if (MayGiveUp([this, path] { LoadSound(path); }))
+        LoadSound(path);
+}
+
+bool VexaView::Changed() const {
+    Sound now = ConstructSound();
+    now.author = savedSound.author;
+    now.function.author = savedSound.function.author;
+    return now != savedSound;
+}
+
+bool VexaView::MayGiveUp(const std::function<void()>& then) {
+    if (!Changed())
+        return true;
+    constexpr int32 kDiscard = 1;
+    constexpr int32 kSave = 2;
+    auto* alert = new BAlert(
+        "Vexa", ("The sound \"" + soundName + "\" has changes that are not saved.").c_str(),
+        "Cancel", "Discard", "Save", B_WIDTH_AS_USUAL, B_WARNING_ALERT);
+    const int32 answer = alert->Go();
+    if (answer == kSave) {
+        BMessage show(kSaveSoundCode);
+        MessageReceived(&show);
+        afterSaving = then;
+    }
+    return answer == kDiscard;
+}
+
+std::string VexaView::Caption() const {
+    std::string caption = soundName + (Changed() ? " *" : "");
+    if (!graph->IsConnected())
+        caption += caption.empty() ? "no sound" : "  (no audio device: no sound)";
+    return caption;
+}
+
+bool VexaView::Save(const std::string& name, const char* folder, const Writer& write) {
     if (const auto checked = kits::CheckFileName(name); !checked) {
         ErrorAlert(checked.Fault().text.c_str());
-        return;
+        return false;
     }
     const std::filesystem::path path = programFolder / folder / name;
     const kits::Result<void> saved = write(path);
     if (saved)
-        return;
+        return true;
     std::fprintf(stderr, "vexa: %s\n", saved.Fault().text.c_str());
     ErrorAlert(("Could not save \n" + path.string()).c_str());
+    return false;
 }
 
 } // namespace vexa

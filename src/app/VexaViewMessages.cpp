@@ -61,10 +61,28 @@ bool VexaView::TakeParameter(uint32 code) {
             continue;
         if (ApplyText(row, TextOf(row.field), soundParam) == TextFault::ControllerNumber)
             ErrorAlert(kInvalidController);
+        MarkNumber(row.field, row.controller ? kInvalidController : nullptr);
         soundAuthor = kDefaultAuthor;
         return true;
     }
     return false;
+}
+
+/// Marks a field whose text is not wholly used, and says in its tip what was understood. `range` is
+/// the rule for a controller's number, null for other fields.
+void VexaView::MarkNumber(std::string_view name, const char* range) {
+    const std::string text = TextOf(name);
+    const double number = kits::NumberOf(text);
+    std::string tip;
+    if (range && (number < 0 || number >= 128))
+        tip = range;
+    else if (!kits::IsNumber(text) || (range && number != std::floor(number)))
+        tip = std::isnan(number)
+                  ? "This is not a number."
+                  : "Understood as " + kits::FixedText(range ? std::trunc(number) : number) +
+                        ": this is not wholly a number.";
+    Field(name)->MarkWrong(!tip.empty());
+    Field(name)->SetToolTip(tip.c_str());
 }
 
 bool VexaView::TakePlaneControl(uint32 code) {
@@ -81,12 +99,14 @@ bool VexaView::TakePlaneControl(uint32 code) {
     for (const auto& control : kControls) {
         if (control.code != code)
             continue;
+        MarkNumber(control.field);
         if (const auto number = NumberIn(TextOf(control.field)))
             (plane->*control.set)(*number);
         return true;
     }
     if (code != kScaleCode)
         return false;
+    MarkNumber("Sc");
     if (const auto width = NumberIn(TextOf("Sc")); width && *width > 0)
         plane->SetScale(*width / kPlaneWidth);
     return true;
@@ -123,6 +143,7 @@ void VexaView::SilenceAll() {
 }
 
 void VexaView::TakeSampleFrequency() {
+    MarkNumber("SFreq");
     // A text that is no frequency leaves the spiral as it is; the picture is shown all the same.
     SetSampleFrequency(sampleFormat.u.raw_audio.frame_rate, kits::NumberOf(TextOf("SFreq")));
     plane->SetupBitmap();

@@ -42,6 +42,7 @@ bool VexaView::TakePanelCommand(const BMessage& message) {
     };
     for (const PanelCommand& command : kCommands) {
         if (message.what == command.button) {
+            afterSaving = nullptr;
             ShowPanel(command.mode, command.result, command.folder, command.title);
             return true;
         }

@@ -78,8 +78,10 @@ void VexaWindow::MessageReceived(BMessage* message) {
         mainView->Keyboard().Take(*message);
         break;
     case B_PULSE:
-        if (mainView)
+        if (mainView) {
             mainView->WatchSound();
+            logoBar->SetCaption(mainView->Caption());
+        }
         break;
     default:
         if (IsCommand(message->what))
@@ -90,6 +92,9 @@ void VexaWindow::MessageReceived(BMessage* message) {
 }
 
 bool VexaWindow::QuitRequested() {
+    // Asked again, it finds nothing that is not saved.
+    if (!mainView->MayGiveUp([this] { PostMessage(B_QUIT_REQUESTED); }))
+        return false;
     be_app->PostMessage(B_QUIT_REQUESTED);
     return true;
 }

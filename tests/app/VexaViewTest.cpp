@@ -230,6 +230,65 @@ TEST_F(VexaViewTest, TheAuthorIsTheDocumentsUntilSomethingIsEdited) {
     EXPECT_EQ(view->FunctionAuthor(), "Beta User");
 }
 
+TEST_F(VexaViewTest, WhatIsNotSavedIsMarkedAndAskedAbout) {
+    Open();
+    EXPECT_FALSE(view->Changed());
+    EXPECT_THAT(view->Caption(), testing::StartsWith("default  ("));
+    const auto mayGiveUp = [&](int32 answer) {
+        alerts.answer = answer;
+        return view->MayGiveUp([] {});
+    };
+    EXPECT_TRUE(mayGiveUp(0));
+    EXPECT_TRUE(alerts.texts.empty());
+    Enter("Cx1", "0.25");
+    EXPECT_THAT(view->Caption(), testing::StartsWith("default *"));
+    EXPECT_FALSE(mayGiveUp(0));
+    EXPECT_TRUE(mayGiveUp(1));
+    bool saved = false;
+    alerts.answer = 2;
+    EXPECT_FALSE(view->MayGiveUp([&] { saved = true; }));
+    EXPECT_THAT(OpenTitles(), ElementsAre("Save Sound"));
+    view->SaveSound("mine.xml");
+    EXPECT_TRUE(saved);
+    EXPECT_FALSE(view->Changed());
+    Enter("Cx1", "0.5");
+    Enter("Cx1", "0.25");
+    EXPECT_TRUE(mayGiveUp(0)) << "what is as it was";
+    EXPECT_EQ(alerts.texts.size(), 3U);
+}
+
+TEST_F(VexaViewTest, NothingOfASampleOrALongExpressionIsLostOnSaving) {
+    Open(false);
+    view->LoadSample((folder.Path() / "samples/pluck.wav").c_str());
+    Enter("Fxy", "x/");
+    EXPECT_EQ(view->ConstructFunction().sampleFile, "pluck.wav");
+    EXPECT_EQ(view->ConstructFunction().kind, vexa::FunctionKind::Sample);
+    vexa::Sound sound = view->ConstructSound();
+    sound.function.sampleFile = "gone.wav";
+    ASSERT_TRUE(vexa::WriteSound(In("gone.xml"), sound));
+    view->LoadSound(In("gone.xml"));
+    test::Settle();
+    EXPECT_EQ(view->ConstructFunction().sampleFile, "gone.wav");
+    const std::string text(40000, '1');
+    view->Field("Fxy")->SetText(text.c_str());
+    EXPECT_EQ(Text("Fxy"), text);
+}
+
+TEST_F(VexaViewTest, AFieldThatIsNotWhollyANumberIsMarked) {
+    Open(false);
+    for (const auto& [field, text, tip] : {std::tuple{"Ax1", "7,5", "Understood as 7"},
+                                           {"Ax1", "nan", "not a number"},
+                                           {"Cx4", "128", "between 0 and 127"},
+                                           {"Sc", "0.90.7", "Understood as 0.9"},
+                                           {"Ax1", " 7.5 ", ""},
+                                           {"Cx4", "5", ""},
+                                           {"Sc", "1e1", ""}}) {
+        Enter(field, text);
+        EXPECT_THAT(view->Field(field)->ToolTip(), HasSubstr(tip)) << text;
+        EXPECT_EQ(*view->Field(field)->ToolTip() == 0, *tip == 0) << text;
+    }
+}
+
 TEST_F(VexaViewTest, WhatCannotBeLoadedChangesNothing) {
     Open();
     const vexa::Sound before = view->ConstructSound();

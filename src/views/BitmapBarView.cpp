@@ -6,7 +6,7 @@ namespace vexa {
 
 namespace {
 
-constexpr rgb_color kCaptionColor = {0, 0, 0};
+constexpr rgb_color kCaptionColor = {230, 230, 230};
 
 float WidthOf(const std::unique_ptr<BBitmap>& bitmap) {
     return bitmap ? bitmap->Bounds().Width() : 0;

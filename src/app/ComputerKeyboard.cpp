@@ -51,15 +51,10 @@ bool ComputerKeyboard::Take(const BMessage& message) {
         return false;
     }
     int32 key = 0;
-    int32 repeat = 0;
     message.FindInt32("key", &key);
-    message.FindInt32("be:key_repeat", &repeat);
     const std::optional<uchar> note = NoteOf(key);
     if (!note)
         return false;
-    // A key that is held sends its release and press again and again.
-    if (repeat)
-        return true;
     if (message.what == B_KEY_DOWN && held.emplace(key, *note).second)
         producer.SprayNoteOn(channel, *note, kVelocity);
     else if (message.what == B_KEY_UP && held.erase(key) > 0)

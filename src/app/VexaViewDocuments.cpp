@@ -184,7 +184,7 @@ bool VexaView::MayGiveUp(const std::function<void()>& then) {
     constexpr int32 kDiscard = 1;
     constexpr int32 kSave = 2;
     auto* alert = new BAlert(
-        "Vexa", ("The sound \"" + soundName + "\" has changes that are not saved.").c_str(),
+        "Unsaved changes", ("The sound \"" + soundName + "\" has changes that are not saved.").c_str(),
         "Cancel", "Discard", "Save", B_WIDTH_AS_USUAL, B_WARNING_ALERT);
     const int32 answer = alert->Go();
     if (answer == kSave) {

@@ -64,6 +64,8 @@ VexaWindow::VexaWindow(BRect frame, const std::filesystem::path& programFolder,
 }
 
 void VexaWindow::MessageReceived(BMessage* message) {
+    if (!mainView)
+        return BWindow::MessageReceived(message);
     switch (message->what) {
     case B_KEY_DOWN: {
         int32 character = 0;
@@ -78,10 +80,8 @@ void VexaWindow::MessageReceived(BMessage* message) {
         mainView->Keyboard().Take(*message);
         break;
     case B_PULSE:
-        if (mainView) {
-            mainView->WatchSound();
-            logoBar->SetCaption(mainView->Caption());
-        }
+        mainView->WatchSound();
+        logoBar->SetCaption(mainView->Caption());
         break;
     default:
         if (IsCommand(message->what))

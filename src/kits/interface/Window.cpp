@@ -1,5 +1,6 @@
 #include "kits/interface/Window.h"
 
+#include "kits/interface/backends/HeldKeys.h"
 #include "kits/interface/backends/ViewWidget.h"
 #include "kits/interface/backends/WindowWidget.h"
 
@@ -26,7 +27,7 @@ void PulseTree(BView& view) {
 WindowWidget::WindowWidget(BWindow& window, Qt::WindowFlags flags)
     : QWidget(nullptr, flags), window(window) {
     setFocusPolicy(Qt::StrongFocus);
-    qApp->installEventFilter(this);
+    HeldKeys::Instance();
     connect(&pulse, &QTimer::timeout, this, [this] { Pulse(); });
     pulse.setTimerType(Qt::PreciseTimer);
     pulse.start(500);
@@ -55,49 +56,24 @@ void WindowWidget::moveEvent(QMoveEvent* event) {
     window.frame = window.frame.OffsetToCopy(float(event->pos().x()), float(event->pos().y()));
 }
 
+// At once, as a pulse: no note is to go on because an alert waits for an answer.
 void WindowWidget::SendKey(uint32 what, const QKeyEvent& event) {
     BMessage message(what);
     message.AddInt32("key", static_cast<int32>(event.nativeScanCode()));
-    message.AddInt32("be:key_repeat", event.isAutoRepeat());
     if (event.key() == Qt::Key_Escape)
         message.AddInt32("raw_char", B_ESCAPE);
-    window.PostMessage(message);
-}
-
-/// Follows a key that went down in this window to its release, wherever the keyboard has gone
-/// meanwhile (a field, a menu, another window of the program): there it is no text.
-bool WindowWidget::eventFilter(QObject*, QEvent* event) {
-    if (event->type() != QEvent::KeyPress && event->type() != QEvent::KeyRelease &&
-        event->type() != QEvent::ShortcutOverride)
-        return false;
-    const auto& key = static_cast<const QKeyEvent&>(*event);
-    if (!down.contains(key.nativeScanCode()))
-        return false;
-    if (key.isAutoRepeat())
-        return true;
-    down.erase(key.nativeScanCode());
-    if (event->type() != QEvent::KeyRelease)
-        // The release was seen by another program.
-        return false;
-    SendKey(B_KEY_UP, key);
-    return true;
+    window.MessageReceived(&message);
 }
 
 void WindowWidget::keyPressEvent(QKeyEvent* event) {
-    if (event->matches(QKeySequence::Quit) || event->matches(QKeySequence::Close))
+    if (event->matches(QKeySequence::Quit) || event->matches(QKeySequence::Close)) {
         window.PostMessage(B_QUIT_REQUESTED);
-    else if (event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))
+    } else if (event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) {
         event->ignore();
-    else {
-        // Keys that are simulated may have no place.
-        if (event->nativeScanCode() != 0)
-            down.insert(event->nativeScanCode());
+    } else if (!event->isAutoRepeat()) {
+        HeldKeys::Instance().Take(event->nativeScanCode(), *this);
         SendKey(B_KEY_DOWN, *event);
     }
-}
-
-void WindowWidget::keyReleaseEvent(QKeyEvent* event) {
-    SendKey(B_KEY_UP, *event);
 }
 
 void WindowWidget::changeEvent(QEvent* event) {
@@ -105,7 +81,7 @@ void WindowWidget::changeEvent(QEvent* event) {
         return;
     BMessage message(B_WINDOW_ACTIVATED);
     message.AddInt32("active", isActiveWindow());
-    window.PostMessage(message);
+    window.MessageReceived(&message);
 }
 
 } // namespace kits

@@ -8,6 +8,7 @@
 #include "synth/SoundParam.h"
 #include "synth/Voice.h"
 
+#include <array>
 #include <atomic>
 
 namespace vexa {
@@ -32,8 +33,8 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
 
     /// The channel that is listened to, 0..15, or -1 for all. Any thread.
     int32 Channel() const { return channel; }
-    /// A change silences the notes that are held, as their ends may no longer be listened to.
-    /// Any thread, wait-free.
+    /// A change releases the notes that have come in by the endpoint's connections and are held.
+    /// Window thread.
     void SetChannel(int32 next);
 
     /// The function that new voices are charged with; as VoiceRenderer::SetFunction. Window thread.
@@ -68,7 +69,10 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     ControllerTable& controllers;
     const sound_param& parameters;
     VoiceTable& voices;
-    std::atomic<int32> channel{-1};
+    kits::Shared<int32> channel{-1};
+    /// The channel that each slot's note came on; its end is listened to there, whatever the
+    /// channel is by then. MIDI thread.
+    std::array<uchar, kVoiceSlots> channels{};
     kits::Published<PlaneFunction> function{{dummyfunction}};
     std::atomic<int32> voiceLimit{1};
     kits::Shared<int64> stolen{0};

@@ -82,15 +82,14 @@ TEST_F(MidiConsumer, ListensToItsChannelAlone) {
     EXPECT_EQ(Notes(), Are{}) << "whatever the channel";
 }
 
-TEST_F(MidiConsumer, AnotherChannelLeavesNoNoteHeld) {
-    On(60);
-    On(62, 100, 3);
-    Off(60);
-    // To the same one is no change.
-    instrument.consumer.SetChannel(-1);
-    EXPECT_EQ(Notes(), (Are{-60, 62}));
+TEST_F(MidiConsumer, ANoteEndsOnItsOwnChannelWhateverIsListenedToByThen) {
+    On(60, 100, 3);
+    On(62, 100, 5);
     instrument.consumer.SetChannel(5);
-    EXPECT_EQ(Notes(), Are{-60});
+    Off(62, 3);
+    EXPECT_EQ(Notes(), (Are{60, 62}));
+    Off(60, 3);
+    EXPECT_EQ(Notes(), (Are{-60, 62}));
 }
 
 TEST_F(MidiConsumer, TheSameKeyRetriggersItsSlotWhileItIsHeld) {

@@ -19,6 +19,7 @@ class MidiConnection {
     MidiConnection(const MidiConnection&) = delete;
     MidiConnection& operator=(const MidiConnection&) = delete;
 
+    void EndNotes() noexcept { thread.EndNotes(); }
     status_t Connect(int32 source, bool connected) { return systems->Connect(source, connected); }
 
   private:
@@ -52,6 +53,11 @@ status_t BMidiLocalConsumer::Register() {
     if (!connection)
         connection = std::make_unique<kits::MidiConnection>(*this);
     return B_OK;
+}
+
+void BMidiLocalConsumer::EndNotes() {
+    if (connection)
+        connection->EndNotes();
 }
 
 status_t BMidiLocalConsumer::Unregister() {

@@ -87,6 +87,11 @@ void MidiThread::Start() {
     thread = std::thread([this] { Run(); });
 }
 
+void MidiThread::EndNotes() noexcept {
+    for (Inlet& inlet : inlets)
+        inlet.EndNotes();
+}
+
 void MidiThread::Run() {
     if (!TakeRealtimePriority(kPriority))
         FPRINTF(stderr, "MidiThread: no real-time priority\n");

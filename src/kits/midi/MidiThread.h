@@ -59,6 +59,9 @@ class MidiThread {
     Inlet& NewInlet();
     void Start();
 
+    /// Inlet::EndNotes for all of them. Any thread.
+    void EndNotes() noexcept;
+
   private:
     void Run();
 

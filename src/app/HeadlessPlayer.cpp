@@ -73,8 +73,11 @@ int HeadlessPlayer::Run() {
     graph.Consumer().SetChannel(options.channel.value_or(-1));
     const bool sounds = graph.Start();
     bool watching = WatchSources();
-    if (!watching)
-        Say("Where is the MIDI roster?!?");
+    if (!watching) {
+        std::string reason;
+        BMidiRoster::MidiRoster(&reason);
+        Say("Where is the MIDI roster?!? " + reason);
+    }
     if (!sounds)
         Say("there is no sound: " + graph.DeviceFault());
     else

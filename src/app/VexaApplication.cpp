@@ -6,6 +6,7 @@
 #include "kits/interface/Menu.h"
 
 #include <cstdio>
+#include <cstdlib>
 
 namespace vexa {
 
@@ -44,6 +45,14 @@ VexaApplication::VexaApplication(const AppOptions& options,
 
 void VexaApplication::MessageReceived(BMessage* message) {
     BApplication::MessageReceived(message);
+}
+
+void ShowFault(const std::string& text) {
+    // On a platform without a screen there is nobody to answer.
+    if (!kits::FindDisplay() || std::getenv("QT_QPA_PLATFORM"))
+        return;
+    const BApplication application(kSignature);
+    VexaView::ErrorAlert(text);
 }
 
 int RunWindow(const AppOptions& options, const std::filesystem::path& programFolder) {

@@ -53,13 +53,14 @@ class VexaView : public BView {
     /// The width, as BRect::Width counts it, that no text needs more of.
     float PreferredWidth() const;
 
-    // Documents. Each reports its failures by alerts, with the reason on standard error, and then
-    // changes nothing.
+    // Documents. Each reports its failures by alerts, with the reason there and on standard error,
+    // and then changes nothing; what was read over is told likewise.
 
-    /// "sounds/default.xml"; what is wrong with it goes to standard error only.
+    /// "sounds/default.xml". One that is not there is told on standard error only.
     void LoadDefaultSound();
     bool LoadSound(const std::filesystem::path& path);
-    /// Loads a sound, a function or a sample, whichever the file is.
+    /// Loads a sound, a function or a sample, whichever the file is. Asks before another sound
+    /// takes the place of one that has changed.
     void Open(const std::filesystem::path& path);
     bool LoadFunction(const std::filesystem::path& path);
     /// Into the folder sounds or functions, under a plain file name.
@@ -102,8 +103,9 @@ class VexaView : public BView {
     /// Ends all that sounds, at once.
     void SilenceAll();
 
-    /// A modal stop alert titled "Error" with the button "Ok". Waits for the answer.
-    static void ErrorAlert(const char* text);
+    /// A modal stop alert titled "Error" with the button "Ok". `details`, if any, say why. Waits
+    /// for the answer.
+    static void ErrorAlert(const std::string& text, const std::string& details = "");
 
     // The parts, for the window and for tests.
 
@@ -120,6 +122,8 @@ class VexaView : public BView {
     VoiceTable& Voices() { return voices; }
     const ControllerTable& Controllers() const { return ctlvalue; }
     const FormulaPanel& Formulas() const { return formulas; }
+    /// What nobody would expect of what is saved at this moment; empty if there is nothing.
+    std::string SavingRemark() const;
     bool SampleMode() const { return sampleMode; }
     const std::string& SoundAuthor() const { return soundAuthor; }
     const std::string& FunctionAuthor() const { return functionAuthor; }
@@ -148,6 +152,7 @@ class VexaView : public BView {
     void ShowPanel(file_panel_mode mode, uint32 result, const char* folder, const char* title);
     void RemovePanel(const BMessage& message);
     static std::string ChosenPath(const BMessage& message);
+    bool MaySave() const;
     bool MayReplace(const BMessage& message, const char* folder, const std::string& name);
     void OpenFunction(const std::string& path) { LoadFunction(path); }
     void OpenSound(const std::string& path);
@@ -155,6 +160,7 @@ class VexaView : public BView {
 
     // Functions.
     void ShowFailure(const CompileReport& report);
+    void TakeSampleMode();
     void TakeSampleFrequency();
 
     // Documents.
@@ -179,6 +185,11 @@ class VexaView : public BView {
     std::string sampleFile;
     media_format sampleFormat;
     bool sampleMode = false;
+    /// There is no file of that name: nothing sounds, and the name is all that can be saved.
+    bool sampleMissing = false;
+    /// The field has an expression that is not installed, as it is wrong.
+    bool expressionWrong = false;
+    bool closing = false;
 
     ControllerTable ctlvalue;
     VoiceTable voices;

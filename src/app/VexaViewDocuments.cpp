@@ -18,11 +18,22 @@ namespace vexa {
 
 namespace {
 
-void Print(const ReadReport& report) {
-    for (const std::string& warning : report.warnings)
+/// On standard error, and what was read over also in one alert for all.
+void Tell(const std::filesystem::path& path, const ReadReport& report) {
+    std::string lines;
+    for (const std::string& warning : report.warnings) {
         std::fprintf(stderr, "vexa: warning: %s\n", warning.c_str());
+        lines += (lines.empty() ? "" : "\n") + warning;
+    }
     if (!report.reason.empty())
         std::fprintf(stderr, "vexa: %s\n", report.reason.c_str());
+    if (lines.empty())
+        return;
+    const std::string text = "Not all of \"" + path.filename().string() + "\" was understood.";
+    auto* alert = new BAlert("Warning", text.c_str(), "Ok", nullptr, nullptr, B_WIDTH_AS_USUAL,
+                             B_WARNING_ALERT);
+    alert->SetDetails(lines);
+    alert->Go();
 }
 
 } // namespace
@@ -68,14 +79,15 @@ void VexaView::InterpretFunction(const Function& function) {
         Field("Fxy")->SetText(function.expression.c_str());
         Compile(function.expression.c_str());
         Field("SFreq")->SetEnabled(false);
-        sampleMode = false;
+        sampleMode = sampleMissing = false;
     } else {
         SetAndInvoke("SFreq", function.frequency);
         if (!LoadSample(SamplePath(function, programFolder).c_str())) {
             // Saving it again must not lose the name: the file may only be elsewhere for a while.
-            sampleMode = true;
+            TakeSampleMode();
             sampleFile = function.sampleFile;
-            Field("Fxy")->SetText("");
+            sampleMissing = true;
+            functions.Install(PlaneFunction{dummyfunction});
             Field("SFreq")->SetEnabled(true);
         }
     }
@@ -99,24 +111,24 @@ void VexaView::InterpretSound(const Sound& sound) {
 bool VexaView::LoadFunction(const std::filesystem::path& path) {
     ReadReport report;
     const auto function = ReadFunction(path, ConstructFunction(), report);
-    Print(report);
+    Tell(path, report);
     if (function)
         InterpretFunction(*function);
     else
-        ErrorAlert(function.Fault().text.c_str());
+        ErrorAlert(function.Fault().text, report.reason);
     return bool(function);
 }
 
 bool VexaView::LoadSound(const std::filesystem::path& path) {
     ReadReport report;
     const auto sound = ReadSound(path, ConstructSound(), report);
-    Print(report);
+    Tell(path, report);
     if (sound) {
         InterpretSound(*sound);
         soundName = path.stem().string();
         TakeAsSaved();
     } else {
-        ErrorAlert(sound.Fault().text.c_str());
+        ErrorAlert(sound.Fault().text, report.reason);
     }
     return bool(sound);
 }
@@ -124,7 +136,7 @@ bool VexaView::LoadSound(const std::filesystem::path& path) {
 void VexaView::Open(const std::filesystem::path& path) {
     switch (KindOf(path)) {
     case DocumentKind::Sound:
-        LoadSound(path);
+        OpenSound(path);
         break;
     case DocumentKind::Function:
         LoadFunction(path);
@@ -137,9 +149,9 @@ void VexaView::Open(const std::filesystem::path& path) {
 
 void VexaView::LoadDefaultSound() {
     ReadReport report;
-    const auto sound =
-        ReadSound(programFolder / "sounds" / "default.xml", ConstructSound(), report);
-    Print(report);
+    const std::filesystem::path path = programFolder / "sounds" / "default.xml";
+    const auto sound = ReadSound(path, ConstructSound(), report);
+    Tell(path, report);
     if (sound) {
         InterpretSound(*sound);
         soundName = "default";
@@ -178,14 +190,27 @@ bool VexaView::Changed() const {
     return now != savedSound;
 }
 
+std::string VexaView::SavingRemark() const {
+    if (sampleMissing)
+        return "The sample \"" + sampleFile +
+               "\" is missing. Its name will be saved; what sounds is silence.";
+    if (!expressionWrong)
+        return "";
+    return sampleMode ? "The expression is wrong and will not be saved: the sample \"" +
+                            sampleFile + "\", which sounds, will."
+                      : "The expression is wrong. It will be saved as it stands, not the function "
+                        "that sounds.";
+}
+
 bool VexaView::MayGiveUp(const std::function<void()>& then) {
     if (!Changed())
         return true;
     constexpr int32 kDiscard = 1;
     constexpr int32 kSave = 2;
-    auto* alert = new BAlert(
-        "Unsaved changes", ("The sound \"" + soundName + "\" has changes that are not saved.").c_str(),
-        "Cancel", "Discard", "Save", B_WIDTH_AS_USUAL, B_WARNING_ALERT);
+    auto* alert =
+        new BAlert("Unsaved changes",
+                   ("The sound \"" + soundName + "\" has changes that are not saved.").c_str(),
+                   "Cancel", "Discard", "Save", B_WIDTH_AS_USUAL, B_WARNING_ALERT);
     const int32 answer = alert->Go();
     if (answer == kSave) {
         BMessage show(kSaveSoundCode);
@@ -204,7 +229,7 @@ std::string VexaView::Caption() const {
 
 bool VexaView::Save(const std::string& name, const char* folder, const Writer& write) {
     if (const auto checked = kits::CheckFileName(name); !checked) {
-        ErrorAlert(checked.Fault().text.c_str());
+        ErrorAlert(checked.Fault().text);
         return false;
     }
     const std::filesystem::path path = programFolder / folder / name;
@@ -212,7 +237,7 @@ bool VexaView::Save(const std::string& name, const char* folder, const Writer& w
     if (saved)
         return true;
     std::fprintf(stderr, "vexa: %s\n", saved.Fault().text.c_str());
-    ErrorAlert(("Could not save \n" + path.string()).c_str());
+    ErrorAlert("Could not save \n" + path.string(), saved.Fault().text);
     return false;
 }
 

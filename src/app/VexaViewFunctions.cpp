@@ -39,7 +39,9 @@ bool VexaView::Compile(const char* expression) {
         field->SetText(outcome.addon->Expression()->c_str());
         field->SetToolTip(nullptr);
         functions.Install(*std::move(outcome.addon));
+        sampleMissing = false;
     }
+    expressionWrong = !outcome;
     field->MarkWrong(!outcome);
     if (!outcome)
         ShowFailure(outcome);
@@ -52,28 +54,35 @@ void VexaView::ShowFailure(const CompileReport& report) {
         std::fprintf(stderr, "vexa: %s\n", report.details.c_str());
     Field("Fxy")->SetToolTip(report.details.c_str());
     for (const std::string& alert : report.alerts)
-        ErrorAlert(alert.c_str());
+        ErrorAlert(alert, &alert == &report.alerts.back() ? report.details : "");
 }
 
 bool VexaView::LoadSample(const char* path) {
     const kits::Result<LoadedSample> sample = vexa::LoadSample(path);
     if (!sample) {
         std::fprintf(stderr, "vexa: %s\n", sample.Fault().text.c_str());
-        ErrorAlert(kSampleAlert);
+        ErrorAlert(kSampleAlert, sample.Fault().text);
         return false;
     }
     sampleFormat = sample->format;
     sampleFile = SampleFileName(sample->path, programFolder);
     functions.Install(SampleFunction());
+    TakeSampleMode();
+    sampleMissing = false;
+    BTextControl* frequency = Field("SFreq");
+    frequency->SetEnabled(true);
+    frequency->Invoke();
+    return true;
+}
+
+/// It is a sample, not an expression, that is the function.
+void VexaView::TakeSampleMode() {
     sampleMode = true;
     BTextControl* expression = Field("Fxy");
     expression->SetText("");
     expression->SetToolTip(nullptr);
     expression->MarkWrong(false);
-    BTextControl* frequency = Field("SFreq");
-    frequency->SetEnabled(true);
-    frequency->Invoke();
-    return true;
+    expressionWrong = false;
 }
 
 void VexaView::OpenSample(const std::string& path) {

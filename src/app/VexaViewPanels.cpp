@@ -54,7 +54,7 @@ bool VexaView::TakePanelCommand(const BMessage& message) {
         } else {
             std::string name;
             message.FindString("name", &name);
-            if (MayReplace(message, command.folder, name))
+            if (MaySave() && MayReplace(message, command.folder, name))
                 (this->*command.save)(name);
         }
         RemovePanel(message);
@@ -72,6 +72,8 @@ void VexaView::ShowPanel(file_panel_mode mode, uint32 result, const char* folder
                                               new BMessage(result), nullptr, false, true);
     panel->SetPanelDirectory((programFolder / folder).c_str());
     panel->Window()->SetTitle(title);
+    // Elsewhere it would ask about a file that is not touched; MayReplace does.
+    panel->AskOnlyIn(programFolder / folder);
     panel->Show();
     panels.push_back(std::move(panel));
 }
@@ -88,6 +90,16 @@ std::string VexaView::ChosenPath(const BMessage& message) {
     if (message.FindRef("refs", &ref) != B_OK || BEntry(&ref, false).GetPath(&path) != B_OK)
         return "";
     return path.Path();
+}
+
+/// Asks where what would be saved is not what one hears.
+bool VexaView::MaySave() const {
+    const std::string remark = SavingRemark();
+    if (remark.empty())
+        return true;
+    return (new BAlert("Save", remark.c_str(), "Cancel", "Save", nullptr, B_WIDTH_AS_USUAL,
+                       B_WARNING_ALERT))
+               ->Go() == 1;
 }
 
 /// Documents go into their folder, whichever the panel showed. Where it was another one, the person

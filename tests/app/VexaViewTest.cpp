@@ -2,6 +2,7 @@
 #include "app/MainViewStage.h"
 #include "app/MessageCodes.h"
 #include "documents/SoundDocument.h"
+#include "kits/midi/MidiLocalProducer.h"
 #include "kits/midi/MidiRoster.h"
 #include "synth/Envelope.h"
 #include "views/EnvView.h"
@@ -10,6 +11,7 @@
 #include <QKeyEvent>
 #include <cmath>
 #include <fstream>
+#include <thread>
 
 #include <gmock/gmock.h>
 
@@ -197,6 +199,31 @@ TEST_F(VexaViewTest, TheSourceMenuListsEachSourceOnceAndConnectsTheChosenOne) {
     EXPECT_EQ(sounds(), 1);
 }
 
+TEST_F(VexaViewTest, AnotherChannelReleasesWhatIsHeldAndTheKeysPlayOnIt) {
+    BMidiLocalProducer other("other");
+    other.Register();
+    Open(false);
+    view->VoicesMenu().FindItem(vexa::VoicesCode(20))->Choose();
+    view->ChooseSource("other");
+    test::Settle();
+    other.SprayNoteOn(2, 60, 100);
+    while (view->Graph().Consumer().CountVox() == 0)
+        std::this_thread::yield();
+    view->ChannelMenu().FindItem(vexa::ChannelCode(6))->Choose();
+    test::Settle();
+    view->ChooseSource(vexa::ComputerKeyboard::kName);
+    BMessage press(B_KEY_DOWN);
+    press.AddInt32("key", 24);
+    Send(*window, press);
+    // Ends the MIDI thread when all that was sent has been handled.
+    view->Graph().Consumer().Unregister();
+    EXPECT_EQ(view->Graph().Consumer().CountVox(), 2) << "released, not silenced";
+    EXPECT_TRUE(view->Voices()[0].released);
+    EXPECT_FALSE(view->Voices()[1].released);
+    PressButton("Silence");
+    EXPECT_EQ(view->Graph().Consumer().CountVox(), 0);
+}
+
 TEST_F(VexaViewTest, WithoutASourceKeysAreSilent) {
     Open(false);
     view->DeviceMenu().FindItem(vexa::ComputerKeyboard::kName)->Choose();
@@ -255,6 +282,16 @@ TEST_F(VexaViewTest, WhatIsNotSavedIsMarkedAndAskedAbout) {
     Enter("Cx1", "0.25");
     EXPECT_TRUE(mayGiveUp(0)) << "what is as it was";
     EXPECT_EQ(alerts.texts.size(), 3U);
+    // Another sound takes its place only with consent, a function only changes it.
+    view->Open(In("functions/ripples.xml"));
+    view->Open(In("sounds/bell.xml"));
+    EXPECT_NE(Text("Fy"), "3.5");
+    alerts.answer = 1;
+    view->Open(In("sounds/bell.xml"));
+    EXPECT_EQ(Text("Fy"), "3.5");
+    EXPECT_EQ(alerts.texts.size(), 5U);
+    test::Settle();
+    EXPECT_FALSE(view->Changed());
 }
 
 TEST_F(VexaViewTest, NothingOfASampleOrALongExpressionIsLostOnSaving) {
@@ -266,9 +303,14 @@ TEST_F(VexaViewTest, NothingOfASampleOrALongExpressionIsLostOnSaving) {
     vexa::Sound sound = view->ConstructSound();
     sound.function.sampleFile = "gone.wav";
     ASSERT_TRUE(vexa::WriteSound(In("gone.xml"), sound));
+    EXPECT_THAT(view->SavingRemark(), HasSubstr("the sample \"pluck.wav\", which sounds, will"));
     view->LoadSound(In("gone.xml"));
     test::Settle();
     EXPECT_EQ(view->ConstructFunction().sampleFile, "gone.wav");
+    EXPECT_THAT(view->SavingRemark(), HasSubstr("\"gone.wav\" is missing"));
+    EXPECT_EQ(PixelAt(10, 10), 0U) << "nothing of the sample before";
+    Enter("Fxy", "x");
+    EXPECT_EQ(view->SavingRemark(), "");
     const std::string text(40000, '1');
     view->Field("Fxy")->SetText(text.c_str());
     EXPECT_EQ(Text("Fxy"), text);

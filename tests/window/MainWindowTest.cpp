@@ -40,6 +40,9 @@ constexpr int kEditorX = 440;
 constexpr int kEditorY = kTop + 218;
 constexpr int kPlane = 10;
 constexpr int kPlaneSize = 301;
+constexpr const char* kUnsaved = "Unsaved changes";
+/// From the button "Save" of that question.
+constexpr int kDiscard = 1;
 
 class MainWindow : public testing::Test {
   protected:
@@ -80,6 +83,24 @@ class MainWindow : public testing::Test {
             const float peak = Peak(kSecond / 20);
             return low <= peak && peak <= high;
         });
+    }
+
+    /// Closes the window, changes or no changes, and awaits the program's end.
+    int Close() {
+        desktop.Close();
+        WaitFor("the end or a question",
+                [&] { return desktop.HasWindow(kUnsaved) || !desktop.HasWindow("Vexa"); });
+        if (desktop.HasWindow(kUnsaved))
+            Answer(kUnsaved, kDiscard);
+        return vexa->Wait();
+    }
+    /// Presses a button of an alert, counted from the one that has the keyboard.
+    void Answer(const std::string& alert, int steps) {
+        desktop.UseWindow(alert);
+        for (int i = 0; i < steps; i++)
+            desktop.Key("shift+Tab");
+        desktop.Key("Return");
+        WaitFor("the alert's end", [&] { return !desktop.HasWindow(alert); });
     }
 
     /// Replaces the text of the field there and confirms it.
@@ -154,8 +175,7 @@ TEST_F(MainWindow, AnEnvelopeDrawnWithTheMouseIsHeardAfterTheRelease) {
     WaitForPeak(0.24F, 0.26F);
     desktop.Click(kEditorX + 11, kEditorY + 3, "3");
     WaitForPeak(0.12F, 0.13F);
-    desktop.Close();
-    EXPECT_EQ(vexa->Wait(), 0);
+    EXPECT_EQ(Close(), 0);
     EXPECT_EQ(Log().find("Error"), std::string::npos) << Log();
 }
 
@@ -166,8 +186,7 @@ TEST_F(MainWindow, ANoteDrawsItsOrbitWhichIsErasedAfterwards) {
     WaitFor("an orbit", [&] { return OrbitMarks() > 20; });
     player->Play({{0, {0xB0, 123, 0}}});
     WaitFor("its end", [&] { return OrbitMarks() == 0; });
-    desktop.Close();
-    EXPECT_EQ(vexa->Wait(), 0);
+    EXPECT_EQ(Close(), 0);
 }
 
 TEST_F(MainWindow, FieldsAreReachedAndConfirmedByTheKeyboard) {
@@ -206,8 +225,7 @@ TEST_F(MainWindow, FieldsAreReachedAndConfirmedByTheKeyboard) {
     desktop.Key("Return");
     WaitFor("its end", [&] { return !desktop.HasWindow("Error"); });
     EXPECT_NEAR(Peak(), 0.125, 0.01);
-    desktop.Close();
-    EXPECT_EQ(vexa->Wait(), 0);
+    EXPECT_EQ(Close(), 0);
 }
 
 TEST_F(MainWindow, WithoutDescriptorsThereIsAnAlertAndTheSoundGoesOn) {
@@ -233,8 +251,7 @@ TEST_F(MainWindow, WithoutDescriptorsThereIsAnAlertAndTheSoundGoesOn) {
         Replace(100, kTop + 325, "x/2");
         return Peak(kSecond / 20) < 0.13F;
     });
-    desktop.Close();
-    EXPECT_EQ(vexa->Wait(), 0);
+    EXPECT_EQ(Close(), 0);
 }
 
 TEST_F(MainWindow, PlaysWithTheLeastThatItAsksFor) {
@@ -250,8 +267,7 @@ TEST_F(MainWindow, PlaysWithTheLeastThatItAsksFor) {
         Start({}, option + std::to_string(enough));
         EXPECT_GT(PeakOfNote(), 0.01F) << option;
         Replace(100, kTop + 325, "x/2");
-        desktop.Close();
-        EXPECT_EQ(vexa->Wait(), 0) << option;
+        EXPECT_EQ(Close(), 0) << option;
         EXPECT_EQ(Log().find("vexa:"), std::string::npos) << Log();
     }
 }
@@ -321,6 +337,45 @@ TEST_F(MainWindow, EndsWithAFilePanelOpen) {
     }
 }
 
+TEST_F(MainWindow, ClosingAsksWhereSomethingHasChangedAndEnterReplacesNothing) {
+    Start();
+    Replace(352, kTop + 258, "0.75");
+    const std::string bell = test::Contents(program.Path("sounds/bell.xml"));
+    desktop.Close();
+    desktop.UseWindow(kUnsaved);
+    desktop.Key("Escape");
+    WaitFor("the question's end", [&] { return !desktop.HasWindow(kUnsaved); });
+    desktop.UseWindow("Vexa");
+    desktop.Close();
+    Answer(kUnsaved, 0);
+    desktop.UseWindow("Save Sound");
+    desktop.Type("bell.xml");
+    desktop.Key("Return");
+    Answer("Replace", 0);
+    EXPECT_EQ(test::Contents(program.Path("sounds/bell.xml")), bell);
+    desktop.UseWindow("Save Sound");
+    desktop.Key("ctrl+a");
+    desktop.Type("mine.xml");
+    desktop.Key("Return");
+    EXPECT_EQ(vexa->Wait(), 0);
+    EXPECT_THAT(test::Contents(program.Path("sounds/mine.xml")), testing::HasSubstr("<vel>0.75<"));
+    // A signal asks nothing.
+    Start();
+    Replace(352, kTop + 258, "0.75");
+    EXPECT_EQ(vexa->End(SIGTERM), 0);
+}
+
+TEST_F(MainWindow, WithoutAFolderToWriteInItSaysSo) {
+    const test::TemporaryFolder bare;
+    std::filesystem::copy(program.Path("vexa"), bare.Path() / "vexa");
+    const test::EnvironmentVariable data("XDG_DATA_HOME", "/dev/null/data");
+    vexa = std::make_unique<test::Companion>(
+        std::vector<std::string>{(bare.Path() / "vexa").string()}, log);
+    Answer("Error", 0);
+    EXPECT_EQ(vexa->Wait(), 1);
+    EXPECT_THAT(Log(), testing::HasSubstr("/dev/null/data"));
+}
+
 /// Also while nobody sees the window or has read the alert. The source that was chosen is connected
 /// again.
 TEST_F(MainWindow, SoundComesBackWithTheServer) {
@@ -373,8 +428,7 @@ TEST_F(MainWindow, ASessionIsSavedAndFoundAgain) {
 
     SaveAs(kTop + 418, "Save Sound", "mine.xml");
     SaveAs(kTop + 358, "Save f(x,y)", "mine.xml");
-    desktop.Close();
-    ASSERT_EQ(vexa->Wait(), 0);
+    ASSERT_EQ(Close(), 0);
     EXPECT_THAT(test::Contents(program.Path("sounds/mine.xml")),
                 testing::AllOf(testing::HasSubstr("<samplefile>pluck.wav"),
                                testing::HasSubstr("<frequency>220"),
@@ -392,8 +446,7 @@ TEST_F(MainWindow, ASessionIsSavedAndFoundAgain) {
     desktop.UseWindow("Vexa");
     WaitFor("the saved picture", [&] { return Plane() == saved; });
     EXPECT_NEAR(PeakOfNote() / level, 1, 0.05);
-    desktop.Close();
-    EXPECT_EQ(vexa->Wait(), 0);
+    EXPECT_EQ(Close(), 0);
     EXPECT_EQ(Log().find("Error"), std::string::npos) << Log();
 }
 
@@ -413,8 +466,7 @@ TEST_F(MainWindow, ThePictureIsExported) {
     EXPECT_EQ(picture.size(), QSize(kPlaneSize, kPlaneSize));
     // What the panel has covered is drawn anew.
     WaitFor("the same picture", [&] { return Pixels(picture) == Plane(); });
-    desktop.Close();
-    EXPECT_EQ(vexa->Wait(), 0);
+    EXPECT_EQ(Close(), 0);
 }
 
 } // namespace

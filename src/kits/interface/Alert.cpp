@@ -5,6 +5,8 @@
 #include <QApplication>
 #include <QMessageBox>
 #include <QPushButton>
+#include <algorithm>
+#include <cstddef>
 #include <memory>
 #include <utility>
 
@@ -17,6 +19,9 @@ BAlert::Responder& CurrentResponder() {
 
 constexpr QMessageBox::Icon kIcons[] = {QMessageBox::Information, QMessageBox::Warning,
                                         QMessageBox::Critical};
+
+/// Lines of details that need no box of their own.
+constexpr std::ptrdiff_t kShortDetails = 6;
 
 } // namespace
 
@@ -46,6 +51,10 @@ BAlert::Box BAlert::MakeBox() const {
     // What a compiler or a file says is not markup.
     box->setTextFormat(Qt::PlainText);
     box->setText(kits::ToQt(text).trimmed());
+    if (std::count(details.begin(), details.end(), '\n') < kShortDetails)
+        box->setInformativeText(kits::ToQt(details));
+    else
+        box->setDetailedText(kits::ToQt(details));
     box->setTextInteractionFlags(Qt::TextSelectableByMouse);
     std::vector<QPushButton*> choices;
     for (const std::string& button : buttons) {

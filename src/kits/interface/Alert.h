@@ -23,6 +23,10 @@ class BAlert {
     const std::vector<std::string>& Buttons() const { return buttons; }
     alert_type Type() const { return type; }
 
+    /// More about the text: below it, or where it is long in a box that the person can open.
+    void SetDetails(const std::string& next) { details = next; }
+    const std::string& Details() const { return details; }
+
     /// The button that Enter presses, by its index; the last one at first.
     void SetDefaultButton(std::size_t index) { defaultButton = index; }
 
@@ -44,6 +48,7 @@ class BAlert {
 
     std::string title;
     std::string text;
+    std::string details;
     std::vector<std::string> buttons;
     std::size_t defaultButton = 0;
     alert_type type;

@@ -53,8 +53,8 @@ constexpr uint32 B_QUIT_REQUESTED = FourCC("_QRQ");
 /// A key that no text field wanted, with int32 "key" (the key's place on the keyboard, as the X
 /// keyboard extension counts: 24 is the Q of an English one); the Escape key has int32 "raw_char",
 /// B_ESCAPE. They go to the window that has the focus, once for each press, and at once, also while
-/// an alert is shown. The release goes to the window that got the press, wherever the focus is then;
-/// a window that has become inactive may get none.
+/// an alert is shown. The release goes to the window that got the press, wherever the focus is
+/// then; a window that has become inactive may get none.
 constexpr uint32 B_KEY_DOWN = FourCC("_KYD");
 constexpr uint32 B_KEY_UP = FourCC("_KYU");
 constexpr int32 B_ESCAPE = 0x1b;

@@ -189,6 +189,7 @@ class VexaView : public BView {
     bool sampleMissing = false;
     /// The field has an expression that is not installed, as it is wrong.
     bool expressionWrong = false;
+    /// The view is on its way out.
     bool closing = false;
 
     ControllerTable ctlvalue;

@@ -193,7 +193,7 @@ bool VexaView::Changed() const {
 std::string VexaView::SavingRemark() const {
     if (sampleMissing)
         return "The sample \"" + sampleFile +
-               "\" is missing. Its name will be saved; what sounds is silence.";
+               "\" is missing, so that nothing sounds. Its name will be saved.";
     if (!expressionWrong)
         return "";
     return sampleMode ? "The expression is wrong and will not be saved: the sample \"" +

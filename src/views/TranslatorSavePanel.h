@@ -36,13 +36,13 @@ class TranslatorSavePanel : public BFilePanel, public BHandler {
     void TranslatorSettings();
     /// Makes the result what the controls say now.
     void UpdateMessage();
-    void UpdateName();
     /// Adds what the controls of a derived panel say.
     virtual void AddFields(BMessage& /*message*/) const {}
     /// The view of the panel that all others are in.
     BView* Background() const { return Window()->ChildAt(0); }
 
   private:
+    void UpdateName();
     bool AddControls();
 
     /// Tells whether the settings window, which deletes itself, is still there.

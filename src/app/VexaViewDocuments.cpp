@@ -18,6 +18,11 @@ namespace vexa {
 
 namespace {
 
+/// What there is in the place of a sample that is missing.
+float Silence(float, float) {
+    return 0;
+}
+
 /// On standard error, and what was read over also in one alert for all.
 void Tell(const std::filesystem::path& path, const ReadReport& report) {
     std::string lines;
@@ -87,7 +92,7 @@ void VexaView::InterpretFunction(const Function& function) {
             TakeSampleMode();
             sampleFile = function.sampleFile;
             sampleMissing = true;
-            functions.Install(PlaneFunction{dummyfunction});
+            functions.Install(PlaneFunction{Silence});
             Field("SFreq")->SetEnabled(true);
         }
     }

@@ -38,7 +38,8 @@ void Tell(const std::filesystem::path& path, const ReadReport& report) {
     auto* alert = new BAlert("Warning", text.c_str(), "Ok", nullptr, nullptr, B_WIDTH_AS_USUAL,
                              B_WARNING_ALERT);
     alert->SetDetails(lines);
-    alert->Go();
+    // What was understood is heard meanwhile.
+    alert->Show();
 }
 
 } // namespace

@@ -59,6 +59,9 @@ class MainWindow : public testing::Test {
     void StartWithSine(const char* source = "Computer keyboard") {
         Start({"--sound", program.Folder().Write("sine.xml", test::kSineSound).string(), "--voices",
                "20", "--midi", source});
+        // Not all of a document is there.
+        Answer("Warning", 0);
+        desktop.UseWindow("Vexa");
     }
     std::string Log() const { return test::Contents(log); }
 

@@ -2,12 +2,16 @@
 
 #include <QApplication>
 #include <QKeyEvent>
+#include <QWindow>
 
 namespace kits {
 
 HeldKeys::HeldKeys(QObject* application) : QObject(application) {
     application->installEventFilter(this);
     KeepRepeatsFromReleasing();
+    // A window that closes at a press misses the release.
+    connect(qApp, &QGuiApplication::focusWindowChanged, this,
+            [this] { std::erase_if(keys, [](const auto& key) { return IsUp(key.first); }); });
 }
 
 HeldKeys& HeldKeys::Instance() {

@@ -46,4 +46,7 @@ class HeldKeys : public QObject {
 /// events where the press comes a moment later.
 void KeepRepeatsFromReleasing();
 
+/// Whether the X server says that the key at that place is up; false where there is none.
+bool IsUp(quint32 place);
+
 } // namespace kits

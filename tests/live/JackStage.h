@@ -47,6 +47,18 @@ class Companion {
         ::kill(child, signal);
         return Wait();
     }
+    /// The program stands still for so long.
+    void Stall(int milliseconds) const {
+        ::kill(child, SIGSTOP);
+        std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+        ::kill(child, SIGCONT);
+    }
+    /// Whether it has not ended by itself.
+    bool Runs() const {
+        siginfo_t info{};
+        return ::waitid(P_PID, id_t(child), &info, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+               info.si_pid == 0;
+    }
     int Wait() {
         int status = 0;
         ::waitpid(child, &status, 0);
@@ -78,6 +90,8 @@ class JackServer {
         ::setenv("JACK_NO_START_SERVER", "1", 1);
         jack_set_error_function([](const char*) {});
         jack_set_info_function([](const char*) {});
+        // With jackd1's library a server's end would be that of its clients in this process too.
+        std::signal(SIGPIPE, SIG_IGN);
         if (period > 0)
             Start(period);
     }
@@ -93,10 +107,14 @@ class JackServer {
         Companion(std::move(brief)).Wait();
     }
 
-    /// No client of a server before may be open in this process.
-    void Start(int period, int rate = 48000) {
+    /// Returns before the server is there.
+    void Launch(int period, int rate = 48000) {
         killed = false;
         server = std::make_unique<Companion>(Command(period, rate));
+    }
+    /// No client of a server before may be open in this process.
+    void Start(int period, int rate = 48000) {
+        Launch(period, rate);
         WaitFor("jackd", [] {
             jack_client_t* client = jack_client_open("probe", JackNoStartServer, nullptr);
             if (client)
@@ -104,18 +122,14 @@ class JackServer {
             return client != nullptr;
         });
     }
-    /// The server is gone from one moment to the next.
-    void Kill() {
-        killed = true;
+    /// The server ends, from one moment to the next or after it has said so.
+    void Kill(int signal = SIGKILL) {
+        killed = signal == SIGKILL;
+        server->End(signal);
         server.reset();
     }
 
-    /// The server stands still for so long.
-    void Stall(int milliseconds) {
-        ::kill(server->Process(), SIGSTOP);
-        std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
-        ::kill(server->Process(), SIGCONT);
-    }
+    void Stall(int milliseconds) { server->Stall(milliseconds); }
 
   private:
     std::vector<std::string> Command(int period, int rate) const {

@@ -44,8 +44,18 @@ class LivePlay {
     }
     void KillServer() {
         server.Kill();
+        Detach();
+    }
+    /// Vexa is the only client from now on, or the first of those that are.
+    void Detach() {
         ear.reset();
         player.reset();
+    }
+    void Attach() {
+        ear = std::make_unique<Ear>(frames);
+        player = std::make_unique<Player>();
+        ear->Connect("Vexa:Vexa audio out", ear->Name());
+        player->Connect(player->Name(), "Vexa:Vexa midi in");
     }
 
     void Play(std::vector<Player::Message> script) { player->Play(std::move(script)); }
@@ -110,13 +120,6 @@ class LivePlay {
                                            sound.string()};
         arguments.insert(arguments.end(), options.begin(), options.end());
         return arguments;
-    }
-
-    void Attach() {
-        ear = std::make_unique<Ear>(frames);
-        player = std::make_unique<Player>();
-        ear->Connect("Vexa:Vexa audio out", ear->Name());
-        player->Connect(player->Name(), "Vexa:Vexa midi in");
     }
 
     std::size_t frames;

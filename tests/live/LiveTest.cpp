@@ -215,4 +215,26 @@ TEST(Live, AServerThatComesLateOrComesBackIsPlayedThrough) {
     EXPECT_TRUE(SoundsRight(sounds, {"--midi", "player-01:out"}, 0));
 }
 
+/// Other clients, with their sockets in a row with ours, may hide what a library does when the
+/// server ends or throws its client out, as jackd1 does with one that stands still.
+TEST(Live, WithNoOtherClientAServersEndIsSurvivedToo) {
+    LivePlay play(128, 48000 * 10);
+    play.Detach();
+    int losses = 0;
+    for (const int signal : {SIGTERM, SIGKILL}) {
+        play.Server().Kill(signal);
+        play.WaitForLog("the audio device has disappeared", ++losses);
+        play.Server().Launch(128);
+        play.WaitForLog("the audio device is there; playing through JACK", losses);
+    }
+    play.Vexa().Stall(2000);
+    play.Attach();
+    test::WaitFor("a note", [&play] {
+        play.Play(NoteOn(69));
+        play.Listen(19200);
+        return play.Levels().first > 0.2;
+    });
+    EXPECT_EQ(play.Vexa().End(SIGTERM), 0);
+}
+
 } // namespace

@@ -27,8 +27,10 @@ struct CommandResult {
 };
 
 /// Becomes the program; for a child that has been forked. 127 if there is none. The program gets
-/// the three usual descriptors, whatever else the test was started with.
+/// the three usual descriptors, whatever else the test was started with, and a broken pipe ends it,
+/// whatever the test does about its own.
 [[noreturn]] inline void Execute(std::vector<std::string> arguments) {
+    std::signal(SIGPIPE, SIG_DFL);
     ::close_range(3, ~0U, CLOSE_RANGE_CLOEXEC);
     std::vector<char*> argv;
     for (std::string& argument : arguments)

@@ -58,8 +58,10 @@ class JackMidi final : public MidiBackend, private JackProcessor {
             jack_port_t* const closed = input->port.exchange(nullptr);
             // Waits for NoteLosses, which may have seen the port.
             { const std::lock_guard lock(lossMutex); }
-            if (closed && !client->IsDead())
+            if (closed && !client->IsDead()) {
+                const auto request = client->Request();
                 jack_port_unregister(client->Handle(), closed);
+            }
             input->connected = 0;
         }
     }
@@ -74,6 +76,7 @@ class JackMidi final : public MidiBackend, private JackProcessor {
             if (auto opened = OpenPort(chosen, chosenName, *chosenInlet); !opened)
                 return opened;
         }
+        const auto request = client->Request();
         const int status =
             jack_connect(client->Handle(), source.c_str(), jack_port_name(chosen.port));
         if (status != 0 && status != EEXIST)
@@ -82,8 +85,10 @@ class JackMidi final : public MidiBackend, private JackProcessor {
     }
 
     void Disconnect(const std::string& source) override {
-        if (chosen.port && !client->IsDead())
-            jack_disconnect(client->Handle(), source.c_str(), jack_port_name(chosen.port));
+        if (!chosen.port || client->IsDead())
+            return;
+        const auto request = client->Request();
+        jack_disconnect(client->Handle(), source.c_str(), jack_port_name(chosen.port));
     }
 
     bool HasGone() const override { return client->IsDead(); }
@@ -98,6 +103,7 @@ class JackMidi final : public MidiBackend, private JackProcessor {
     };
 
     Result<void> OpenPort(Input& input, const std::string& name, MidiThread::Inlet& inlet) {
+        const auto request = client->Request();
         jack_port_t* const opened = jack_port_register(client->Handle(), name.c_str(),
                                                        JACK_DEFAULT_MIDI_TYPE, JackPortIsInput, 0);
         if (!opened)

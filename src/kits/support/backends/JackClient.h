@@ -31,7 +31,8 @@ class JackProcessor {
 class JackClient {
   public:
     /// The open client, or a new one named "Vexa" (the server numbers further instances). Never
-    /// starts a server. The error says why there is none. Waits for the server's answer.
+    /// starts a server. The error says why there is none. Waits for the server's answer. From the
+    /// first call on the program ignores SIGPIPE, unless it has a handler for it.
     static Result<std::shared_ptr<JackClient>> Open();
 
     ~JackClient();
@@ -39,6 +40,10 @@ class JackClient {
     JackClient& operator=(const JackClient&) = delete;
 
     _jack_client* Handle() const { return client; }
+    /// To be held while the server is asked to make, remove, connect or disconnect a port: the
+    /// libraries give each other's answers to two threads that ask at the same time. Not in a
+    /// listener.
+    [[nodiscard]] std::unique_lock<std::mutex> Request() { return std::unique_lock(requests); }
     /// The server has gone. Any thread.
     bool IsDead() const { return dead; }
 
@@ -63,6 +68,7 @@ class JackClient {
 
     static constexpr std::size_t kMostProcessors = 4;
     _jack_client* client;
+    std::mutex requests;
     std::atomic<bool> dead{false};
     std::array<std::atomic<JackProcessor*>, kMostProcessors> processors{};
     Reader reader;

@@ -5,6 +5,7 @@
 #include <limits>
 #include <numbers>
 #include <numeric>
+#include <thread>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -92,6 +93,30 @@ TEST_F(MixerInput, AStreamThatGoesBackStaysInsideOfThePeriod) {
     std::iota(expected.begin() + 700, expected.begin() + 710, 51.0F);
     EXPECT_EQ(mix, expected);
     EXPECT_EQ(Late(), 2);
+}
+
+TEST_F(MixerInput, WhatComesLateAtAnyMomentStaysInsideOfThePeriod) {
+    constexpr std::size_t kLate = 9600;
+    std::atomic<int64> played{0};
+    std::jthread producer([&](const std::stop_token& stop) {
+        const Frames frames(64, 1.0F);
+        for (int64 frame = 0; !stop.stop_requested(); frame += 64) {
+            frame = std::max(frame, played - int64(kLate));
+            input.Write(frames, clock.TimeOf(frame));
+        }
+    });
+    // Room for what would be written too early.
+    Frames all(kLate + 128 + 64, 0);
+    const std::span mix = std::span(all).subspan(kLate + 64);
+    while (Late() < 20000) {
+        input.AddTo(mix.first(64), played);
+        played += 64;
+    }
+    producer.request_stop();
+    producer.join();
+    EXPECT_EQ(std::accumulate(all.begin(), all.begin() + kLate + 64, 0.0F), 0)
+        << "before the period";
+    EXPECT_EQ(std::accumulate(all.end() - 128, all.end(), 0.0F), 0) << "behind it";
 }
 
 TEST_F(MixerInput, WhatIsNotFiniteBecomesSilence) {

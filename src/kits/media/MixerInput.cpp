@@ -69,46 +69,47 @@ std::span<const float> MixerInput::Convert(std::span<const float> frames) noexce
 void MixerInput::AddTo(std::span<float> mix, int64 frame) noexcept {
     const int64 end = frame + static_cast<int64>(mix.size());
     int64 at = frame;
-    DropBefore(at);
-    while (at < end && NextStretch() && stretch.frame < end) {
+    while (at < end && NextStretch(at) && stretch.frame < end) {
         at = stretch.frame;
         const auto wanted = static_cast<std::size_t>(
             std::min<int64>({end - at, stretch.count, static_cast<int64>(piece.size())}));
         const std::size_t n = samples.Read(piece.data(), wanted);
         for (std::size_t i = 0; i < n; i++)
             mix[static_cast<std::size_t>(at - frame) + i] += piece[i];
-        stretch.frame += static_cast<int64>(n);
-        stretch.count -= static_cast<uint32>(n);
+        Pass(n);
         at += static_cast<int64>(n);
-        // A stream that goes back in time may bring what has just been played.
-        DropBefore(at);
     }
     fetched = end;
     // With a stretch to come later the silence is meant: the stream begins there or left a part
     // out.
-    if (at < end && playing && !NextStretch())
+    if (at < end && playing && !NextStretch(at))
         missing++;
 }
 
-/// Whether there is a stretch to be played from.
-bool MixerInput::NextStretch() noexcept {
-    if (stretch.count == 0)
-        lateCounted = false;
-    return stretch.count > 0 || stretches.Read(&stretch, 1) == 1;
-}
-
-/// Passes over what should have been played already.
-void MixerInput::DropBefore(int64 frame) noexcept {
-    while (NextStretch() && stretch.frame < frame) {
-        const auto past =
-            static_cast<std::size_t>(std::min<int64>(frame - stretch.frame, stretch.count));
-        samples.Skip(past);
-        stretch.frame += static_cast<int64>(past);
-        stretch.count -= static_cast<uint32>(past);
+/// Whether there is a stretch to be played from, which then begins at `frame` or later: whatever
+/// comes in the meantime, and a stream that goes back in time may bring what has just been played,
+/// what should have been played before is passed over.
+bool MixerInput::NextStretch(int64 frame) noexcept {
+    while (true) {
+        if (stretch.count == 0) {
+            lateCounted = false;
+            if (stretches.Read(&stretch, 1) == 0)
+                return false;
+        }
+        if (stretch.frame >= frame && stretch.count > 0)
+            return true;
+        Pass(samples.Skip(
+            static_cast<std::size_t>(std::min<int64>(frame - stretch.frame, stretch.count))));
         if (!lateCounted)
             late++;
         lateCounted = true;
     }
+}
+
+/// Frames of the stretch are out of the ring.
+void MixerInput::Pass(std::size_t frames) noexcept {
+    stretch.frame += static_cast<int64>(frames);
+    stretch.count -= static_cast<uint32>(frames);
 }
 
 } // namespace kits

@@ -53,8 +53,8 @@ class MixerInput {
     };
 
     std::span<const float> Convert(std::span<const float> frames) noexcept;
-    bool NextStretch() noexcept;
-    void DropBefore(int64 frame) noexcept;
+    bool NextStretch(int64 frame) noexcept;
+    void Pass(std::size_t frames) noexcept;
 
     const DeviceClock& clock;
     double rate;

@@ -157,10 +157,12 @@ void HeadlessPlayer::ConnectSource() {
 
 void HeadlessPlayer::Report(Clock::duration played) const {
     const kits::MixerCounts counts = graph.Counts();
-    std::printf("played %.1f s; %lld late and %lld missing buffers, %lld voices dropped\n",
+    std::printf("played %.1f s; %lld late and %lld missing buffers, %lld voices dropped, "
+                "%lld MIDI events lost\n",
                 std::chrono::duration<double>(played).count(), static_cast<long long>(counts.late),
                 static_cast<long long>(counts.missing),
-                static_cast<long long>(graph.Producer().DroppedVoices()));
+                static_cast<long long>(graph.Producer().DroppedVoices()),
+                static_cast<long long>(graph.Consumer().LostMidi()));
 }
 
 } // namespace

@@ -20,6 +20,7 @@ class MidiConnection {
     MidiConnection& operator=(const MidiConnection&) = delete;
 
     status_t Connect(int32 source, bool connected) { return systems->Connect(source, connected); }
+    int64 LostPieces() const { return thread.LostPieces(); }
 
   private:
     std::shared_ptr<MidiSystems> systems;
@@ -57,6 +58,10 @@ status_t BMidiLocalConsumer::Register() {
 status_t BMidiLocalConsumer::Unregister() {
     connection.reset();
     return B_OK;
+}
+
+int64 BMidiLocalConsumer::LostMidi() const {
+    return connection ? connection->LostPieces() : 0;
 }
 
 status_t BMidiLocalConsumer::ConnectSource(int32 source, bool connected) {

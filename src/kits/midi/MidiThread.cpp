@@ -25,16 +25,18 @@ void MidiThread::Inlet::Put(std::span<const uint8> bytes, bigtime_t time) noexce
     const Header header{time, static_cast<uint32>(bytes.size()), gap};
     std::array<uint8, sizeof header> head;
     std::memcpy(head.data(), &header, sizeof header);
-    // Header and bytes go in together or not at all.
-    if (ring.Writable() < head.size() + bytes.size()) {
-        gap = true;
-        lost = true;
-    } else {
+    if (ring.Write({head, bytes})) {
         gap = false;
-        ring.Write(head.data(), head.size());
-        ring.Write(bytes.data(), bytes.size());
+        ::sem_post(&thread.arrived);
+    } else {
+        Lose();
     }
-    ::sem_post(&thread.arrived);
+}
+
+void MidiThread::Inlet::Lose() noexcept {
+    gap = true;
+    lostPieces++;
+    EndNotes();
 }
 
 void MidiThread::Inlet::EndNotes() noexcept {
@@ -48,12 +50,8 @@ void MidiThread::Inlet::Drain() {
     Header header{};
     std::array<uint8, sizeof header> head;
     std::array<uint8, 4096> bytes;
-    while (ring.Readable() >= head.size()) {
-        ring.Read(head.data(), head.size());
+    while (ring.Read(head.data(), head.size()) > 0) {
         std::memcpy(&header, head.data(), sizeof header);
-        // The header may be there a moment before its bytes.
-        while (ring.Readable() < header.size)
-            std::this_thread::yield();
         if (header.gap)
             decoder.Reset();
         for (std::size_t left = header.size; left > 0;) {
@@ -81,6 +79,13 @@ MidiThread::~MidiThread() {
 
 MidiThread::Inlet& MidiThread::NewInlet() {
     return inlets.emplace_back(*this, consumer);
+}
+
+int64 MidiThread::LostPieces() const {
+    int64 sum = 0;
+    for (const Inlet& inlet : inlets)
+        sum += inlet.lostPieces;
+    return sum;
 }
 
 void MidiThread::Start() {

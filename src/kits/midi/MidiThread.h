@@ -27,6 +27,9 @@ class MidiThread {
         /// inlet's notes, which might hang, are ended. One writing thread per inlet.
         void Put(std::span<const uint8> bytes, bigtime_t time) noexcept;
 
+        /// A piece of the stream could not be read: it is lost as in Put. The writing thread.
+        void Lose() noexcept;
+
         /// Ends the notes that came in here, as when the source has vanished; those of other inlets
         /// stay. Any thread.
         void EndNotes() noexcept;
@@ -46,7 +49,9 @@ class MidiThread {
         Ring<uint8> ring{1U << 20};
         /// The writing thread's: the latest pieces are lost.
         bool gap = false;
+        /// The notes are to be ended.
         std::atomic<bool> lost{false};
+        std::atomic<int64> lostPieces{0};
     };
 
     explicit MidiThread(BMidiLocalConsumer& consumer);
@@ -58,6 +63,9 @@ class MidiThread {
     /// Lives as long as the thread. Before Start.
     Inlet& NewInlet();
     void Start();
+
+    /// Pieces that all inlets have lost. Any thread.
+    int64 LostPieces() const;
 
   private:
     void Run();

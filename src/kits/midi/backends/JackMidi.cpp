@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <cstdint>
 #include <mutex>
 
 #include <jack/jack.h>
@@ -15,7 +16,8 @@ namespace {
 class JackMidi final : public MidiBackend, private JackProcessor {
   public:
     JackMidi(std::shared_ptr<JackClient> opened, std::function<void()> changed)
-        : client(std::move(opened)) {
+        : client(std::move(opened)),
+          bufferSize(jack_port_type_get_buffer_size(client->Handle(), JACK_DEFAULT_MIDI_TYPE)) {
         client->Listen(this, [this, changed = std::move(changed)] {
             NoteLosses();
             changed();
@@ -122,10 +124,20 @@ class JackMidi final : public MidiBackend, private JackProcessor {
             const uint32 count = jack_midi_get_event_count(buffer);
             for (uint32 i = 0; i < count; i++) {
                 jack_midi_event_t event;
-                if (jack_midi_event_get(&event, buffer, i) == 0)
+                if (jack_midi_event_get(&event, buffer, i) == 0 && LiesIn(buffer, event))
                     input->inlet->Put({event.buffer, event.size}, 0);
+                else
+                    input->inlet->Lose();
             }
         }
+    }
+
+    /// Whether the event's bytes are in the port's buffer: where that is full, jackd1's library hands
+    /// out events that never were.
+    bool LiesIn(const void* buffer, const jack_midi_event_t& event) const noexcept {
+        const auto begin = reinterpret_cast<std::uintptr_t>(buffer);
+        const auto at = reinterpret_cast<std::uintptr_t>(event.buffer);
+        return at >= begin && event.size <= bufferSize && at - begin <= bufferSize - event.size;
     }
 
     /// Notes of a source that is no longer connected, or of a server that has gone, would never be
@@ -144,6 +156,8 @@ class JackMidi final : public MidiBackend, private JackProcessor {
     }
 
     std::shared_ptr<JackClient> client;
+    /// Bytes of a MIDI port's buffer.
+    std::size_t bufferSize;
     /// Guards the ports against being closed while NoteLosses looks at them.
     std::mutex lossMutex;
     /// To which other programs connect sources.

@@ -102,6 +102,29 @@ TEST(Live, AFloodOfMidiLeavesNoNoteBehind) {
     EXPECT_EQ(play.Vexa().End(SIGTERM), 0);
 }
 
+/// Where a port's buffer is full, jackd1's library hands out events that never were.
+TEST(Live, AFullMidiBufferIsSurvived) {
+    LivePlay play(128, 48000 * 8);
+    std::mt19937 random(3);
+    std::vector<test::Player::Message> script;
+    for (std::uint32_t period = 0; period < 300; period++) {
+        const std::size_t most = 3 + period % 30;
+        for (int k = 0; k < 400; k++) {
+            std::vector<std::uint8_t> bytes(2 + random() % most, 0x7F);
+            bytes.front() = 0xF0;
+            bytes.back() = 0xF7;
+            script.push_back({period * 128, bytes});
+        }
+    }
+    play.Play(std::move(script));
+    test::WaitFor("a note", [&play] {
+        play.Play({{0, {0xB0, 123, 0}}, {4800, {0x90, 69, 100}}});
+        play.Listen(24000);
+        return play.Levels().first > 0.2;
+    });
+    EXPECT_EQ(play.Vexa().End(SIGTERM), 0);
+}
+
 TEST(Live, ASecondInstanceHasPortsOfItsOwn) {
     LivePlay play(128, 48000);
     test::Companion second({VEXA_PROGRAM_FOLDER "/vexa", "--no-window"});

@@ -132,8 +132,8 @@ class JackMidi final : public MidiBackend, private JackProcessor {
         }
     }
 
-    /// Whether the event's bytes are in the port's buffer: where that is full, jackd1's library hands
-    /// out events that never were.
+    /// Whether the event's bytes are in the port's buffer: where that is full, jackd1's library
+    /// hands out events that never were.
     bool LiesIn(const void* buffer, const jack_midi_event_t& event) const noexcept {
         const auto begin = reinterpret_cast<std::uintptr_t>(buffer);
         const auto at = reinterpret_cast<std::uintptr_t>(event.buffer);

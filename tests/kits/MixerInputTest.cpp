@@ -143,6 +143,51 @@ TEST(MixerInputConverts, NothingIsMissingBeforeTheFirstFrameIsThere) {
     EXPECT_EQ(input.Counts().missing, 0);
 }
 
+/// A producer, by a clock of the test's, whose rendering takes twice as long as it plays for 0.3 s.
+TEST(MixerInputConverts, TheLatencyThatAFaultHasAddedIsGivenBackWithoutAClick) {
+    constexpr double kRate = 44100;
+    constexpr std::size_t kPeriod = 128;
+    const kits::DeviceClock clock(48000);
+    kits::MixerInput input(clock, kRate, 64);
+    const bigtime_t needed = 2667 + input.Lookahead() + kits::MixerInput::kMargin + 1536;
+    bigtime_t latency = needed;
+    bigtime_t most = 0;
+    double free = 0; // the moment from which the producer can begin the next buffer
+    int64 sent = 0;
+    Frames played;
+    int64 missingAfterwards = 0;
+    const auto seconds = [&] { return double(played.size()) / 48000; };
+    while (seconds() < 8) {
+        const double start = double(sent) / kRate * 1e6;
+        const double begin = std::max(start - double(latency), free);
+        const bool heavy = begin > 1e6 && begin < 1.3e6;
+        free = begin + 64 / kRate * 1e6 * (heavy ? 2 : 0.3);
+        while (seconds() * 1e6 <= free) {
+            Frames mix(kPeriod, 0);
+            input.AddTo(mix, int64(played.size()));
+            played.insert(played.end(), mix.begin(), mix.end());
+        }
+        Frames frames(64);
+        for (float& frame : frames)
+            frame = static_cast<float>(std::sin(kTurn * 440 * double(sent++) / kRate));
+        const bigtime_t change = input.Write(frames, static_cast<bigtime_t>(start));
+        // As the tone producer takes it.
+        latency = std::max(latency + change, needed);
+        most = std::max(most, latency);
+        if (seconds() < 2)
+            missingAfterwards = input.Counts().missing;
+        if (seconds() > 1.3 + 5) {
+            ASSERT_EQ(latency, needed);
+        }
+    }
+    EXPECT_GT(most, needed + 100000);
+    EXPECT_EQ(input.Counts().missing, missingAfterwards);
+    float step = 0;
+    for (std::size_t i = 2 * 48000; i < played.size(); i++)
+        step = std::max(step, std::abs(played[i] - played[i - 1]));
+    EXPECT_NEAR(step, kTurn * 440 / 48000, 0.001);
+}
+
 /// The sine of a frequency that the frames hold, relative to sin(2 pi f t) with t = 0 at frame 0.
 std::complex<double> SineIn(std::span<const float> frames, std::size_t from, double frequency,
                             double rate) {

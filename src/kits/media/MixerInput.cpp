@@ -15,6 +15,9 @@ constexpr unsigned kFilterHalf = 32;
 constexpr std::size_t kRoom = 1U << 16;
 constexpr std::size_t kStretches = 1U << 12;
 
+/// Microseconds of sound that must have come too early before it is to come later.
+constexpr double kPatience = 2e6;
+
 } // namespace
 
 MixerInput::MixerInput(const DeviceClock& clock, double rate, std::size_t longest)
@@ -51,11 +54,24 @@ bigtime_t MixerInput::Write(std::span<const float> frames, bigtime_t start) noex
         // Only now: nothing is missing while the first frames are still on their way.
         playing = true;
     }
-    const bigtime_t behind =
-        std::max<bigtime_t>(clock.TimeOf(fetched) - clock.TimeOf(written.frame), 0);
-    const bigtime_t before = behind > 0 ? told : 0;
-    told = std::max(behind, before);
-    return told - before;
+    return LatencyChange(clock.TimeOf(written.frame) - clock.TimeOf(fetched), duration);
+}
+
+/// As Write answers, to sound that was there so many microseconds before the device looked for it.
+bigtime_t MixerInput::LatencyChange(bigtime_t slack, double duration) noexcept {
+    if (slack < 0) {
+        inTime = 0;
+        const bigtime_t before = told;
+        told = std::max(told, -slack);
+        return told - before;
+    }
+    told = 0;
+    leastSlack = inTime > 0 ? std::min(leastSlack, slack) : slack;
+    inTime += duration;
+    if (inTime < kPatience)
+        return 0;
+    inTime = 0;
+    return std::min<bigtime_t>(kMargin - leastSlack, 0);
 }
 
 std::span<const float> MixerInput::Convert(std::span<const float> frames) noexcept {

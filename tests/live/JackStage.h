@@ -164,6 +164,8 @@ class JackPort {
         WaitFor("a connection", [this] { return jack_port_connected(own) > 0; });
     }
     void SetPeriod(unsigned frames) { jack_set_buffer_size(handle, frames); }
+    /// The server's periods follow on one another as fast as all get them done.
+    void SetFreewheel(bool on) { jack_set_freewheel(handle, on ? 1 : 0); }
     void Connect(const std::string& from, const std::string& to) {
         WaitFor(to.c_str(), [&] {
             const int status = jack_connect(handle, from.c_str(), to.c_str());
@@ -183,9 +185,23 @@ class JackPort {
         jack_activate(handle);
     }
     virtual void Process(jack_nframes_t frames) = 0;
+    /// The frame at which the present period begins, by the server's clock, which goes on over
+    /// periods that are lost. To be called once a period.
+    jack_nframes_t Now(jack_nframes_t frames) {
+        const jack_nframes_t now = jack_last_frame_time(handle);
+        // jackd1's stands still while it freewheels.
+        if (now == before)
+            stoodStill += frames;
+        before = now;
+        return now + stoodStill;
+    }
 
     jack_client_t* handle;
     jack_port_t* own;
+
+  private:
+    jack_nframes_t before = 0;
+    jack_nframes_t stoodStill = 0;
 };
 
 /// Records all that arrives, each sample at its frame after the first.
@@ -212,8 +228,7 @@ class Ear : public JackPort {
   private:
     void Process(jack_nframes_t frames) override {
         const auto* in = static_cast<const float*>(jack_port_get_buffer(own, frames));
-        // By the server's clock, which goes on over periods that are lost.
-        const jack_nframes_t now = jack_last_frame_time(handle);
+        const jack_nframes_t now = Now(frames);
         if (count == 0)
             first = now;
         const std::size_t at = now - first;
@@ -256,9 +271,9 @@ class Player : public JackPort {
     void Process(jack_nframes_t frames) override {
         void* buffer = jack_port_get_buffer(own, frames);
         jack_midi_clear_buffer(buffer);
+        const std::uint32_t now = Now(frames);
         if (!playing)
             return;
-        const std::uint32_t now = jack_last_frame_time(handle);
         if (!started)
             start = now;
         started = true;

@@ -72,6 +72,7 @@ class LivePlay {
     std::size_t Count() const { return ear->Count(); }
     void TakePlayerAway() { player.reset(); }
     void SetPeriod(unsigned period) { ear->SetPeriod(period); }
+    void SetFreewheel(bool on) { ear->SetFreewheel(on); }
     const std::vector<float>& Samples() const { return ear->Samples(); }
     /// Periods that the server has lost.
     int Lost() const { return ear->Lost(); }

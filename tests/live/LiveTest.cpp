@@ -232,6 +232,35 @@ TEST(Live, TheLatencyThatAFaultHasAddedIsGivenBack) {
     }));
 }
 
+/// Faster than it can be heard a note sounds as it does in time, and afterwards there is sound.
+TEST(Live, AServerThatFreewheelsGetsAllOfTheSound) {
+    LivePlay play(128, 48000 * 60);
+    play.SetFreewheel(true);
+    play.Play({{1000, {0x90, 69, 100}}, {145000, {0x80, 69, 0}}, {240000, {0x90, 69, 100}}});
+    play.SetFreewheel(false);
+    const std::span<const float> all(play.Samples());
+    // From the beginning of the note, which has its time, to its end.
+    const std::size_t first = play.At(1000);
+    const std::size_t last = play.At(145000);
+    const auto begin = std::find_if(all.begin() + std::ptrdiff_t(first), all.end(),
+                                    [](float sample) { return std::abs(sample) > 1e-4F; });
+    const auto at = std::size_t(begin - all.begin());
+    EXPECT_LE(at - first, 2 * kMostLatency);
+    float step = 0;
+    int silent = 0;
+    for (std::size_t i = at; i < last; i++) {
+        step = std::max(step, std::abs(all[i + 1] - all[i]));
+        silent += all[i] == 0.0F;
+    }
+    EXPECT_NEAR(step, 0.25 * 2 * M_PI * 440 / 48000, 0.002);
+    EXPECT_LT(silent, 10) << "samples";
+    EXPECT_NEAR(test::Amplitude(all.subspan(at, 96000), 440, 48000), 0.25, 0.02);
+    play.Listen(24000);
+    EXPECT_NEAR(play.Levels().first, 0.25, 0.02);
+    EXPECT_EQ(play.Vexa().End(SIGTERM), 0);
+    EXPECT_THAT(play.Log(), HasSubstr("; 0 late and 0 missing buffers"));
+}
+
 /// What was held when the server died is over, notes have their pitch at the next one's rate, and
 /// the source that was asked for is connected each time.
 TEST(Live, AServerThatComesLateOrComesBackIsPlayedThrough) {

@@ -46,15 +46,16 @@ bigtime_t MixerInput::Write(std::span<const float> frames, bigtime_t start) noex
     expected += duration;
 
     const std::span<const float> output = Convert(frames);
-    const Stretch written{nextFrame, static_cast<uint32>(output.size())};
-    nextFrame += written.count;
+    const Stretch next{nextFrame, static_cast<uint32>(output.size())};
+    nextFrame += next.count;
     if (samples.Writable() >= output.size() && stretches.Writable() > 0 && !output.empty()) {
         samples.Write(output.data(), output.size());
-        stretches.Write(&written, 1);
+        stretches.Write(&next, 1);
         // Only now: nothing is missing while the first frames are still on their way.
         playing = true;
     }
-    return LatencyChange(clock.TimeOf(written.frame) - clock.TimeOf(fetched), duration);
+    written = nextFrame;
+    return LatencyChange(clock.TimeOf(next.frame) - clock.TimeOf(fetched), duration);
 }
 
 /// As Write answers, to sound that was there so many microseconds before the device looked for it.

@@ -40,6 +40,9 @@ class MixerInput {
     /// seconds came earlier than they had to.
     bigtime_t Write(std::span<const float> frames, bigtime_t start) noexcept;
 
+    /// Whether there is nothing to wait for, to play the frames before `frame`. Any thread.
+    bool Reaches(int64 frame) const noexcept { return !playing || written >= frame; }
+
     /// The device's thread: adds what belongs to the frames from `frame` on.
     void AddTo(std::span<float> mix, int64 frame) noexcept;
 
@@ -92,6 +95,8 @@ class MixerInput {
 
     /// The frame up to which the device has fetched.
     std::atomic<int64> fetched{0};
+    /// That up to which the producer has written.
+    std::atomic<int64> written{0};
     std::atomic<bool> playing{false};
     std::atomic<int64> late{0};
     std::atomic<int64> missing{0};

@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <bit>
+#include <chrono>
 #include <cmath>
+#include <thread>
 #include <utility>
 
 namespace kits {
@@ -16,6 +18,10 @@ namespace {
 /// millisecond or so sooner, and to wake the producer for each costs more than to render it.
 constexpr uint32 kShortestBuffer = 64;
 constexpr uint32 kLongestBuffer = 512;
+
+/// Where a device waits for its samples: for how many microseconds, and how long between two looks.
+constexpr bigtime_t kMostPatience = 1000000;
+constexpr std::chrono::microseconds kPause{50};
 
 Result<std::unique_ptr<AudioDevice>> OpenDevice(AudioSystem system) {
     if (system == AudioSystem::None)
@@ -94,6 +100,22 @@ void SystemMixer::Play(float* samples, uint32 frames, bigtime_t now) noexcept {
     for (float& sample : mix)
         sample = std::isfinite(sample) ? std::clamp(sample, -1.0F, 1.0F) : 0.0F;
     frame += frames;
+}
+
+void SystemMixer::Await(uint32 frames) noexcept {
+    const Reader::Section section(reader);
+    const auto isThere = [end = frame + frames](const std::atomic<Input*>& slot) {
+        const Input* const input = slot.load();
+        return !input || input->mix.Reaches(end);
+    };
+    const bigtime_t start = system_time();
+    for (bigtime_t now = start; now < start + kMostPatience; now = system_time()) {
+        // Performance time stands still meanwhile, and its source is seen to live.
+        clock.Period(frame, now);
+        if (std::all_of(inputs.begin(), inputs.end(), isThere))
+            return;
+        std::this_thread::sleep_for(kPause);
+    }
 }
 
 status_t SystemMixer::AcceptFormat(const media_destination& destination, media_format* format) {

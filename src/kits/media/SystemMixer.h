@@ -75,6 +75,7 @@ class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSou
     };
 
     void Play(float* samples, uint32 frames, bigtime_t now) noexcept override;
+    void Await(uint32 frames) noexcept override;
     bigtime_t FollowPeriod(Input& input, const media_destination& destination) noexcept;
     bigtime_t LatencyOf(const Input& input) const noexcept;
     std::atomic<Input*>* Slot(const media_destination& destination);

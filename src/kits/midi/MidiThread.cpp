@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 
 namespace kits {
@@ -15,6 +16,10 @@ namespace {
 /// That of a JACK client's own thread by the server's defaults, above the media thread: a note is
 /// short work, and the next buffer is to have it.
 constexpr int kPriority = 5;
+
+/// Of who waits for a delivery, and how long between two looks.
+constexpr std::chrono::seconds kMostPatience{1};
+constexpr std::chrono::microseconds kPause{50};
 
 } // namespace
 
@@ -27,6 +32,7 @@ void MidiThread::Inlet::Put(std::span<const uint8> bytes, bigtime_t time) noexce
     std::memcpy(head.data(), &header, sizeof header);
     if (ring.Write({head, bytes})) {
         gap = false;
+        put++;
         ::sem_post(&thread.arrived);
     } else {
         Lose();
@@ -37,6 +43,12 @@ void MidiThread::Inlet::Lose() noexcept {
     gap = true;
     lostPieces++;
     EndNotes();
+}
+
+void MidiThread::Inlet::AwaitDelivery() const noexcept {
+    const auto end = std::chrono::steady_clock::now() + kMostPatience;
+    while (done < put && std::chrono::steady_clock::now() < end)
+        std::this_thread::sleep_for(kPause);
 }
 
 void MidiThread::Inlet::EndNotes() noexcept {
@@ -60,6 +72,7 @@ void MidiThread::Inlet::Drain() {
             decoder.Decode({bytes.data(), count}, header.time);
             left -= count;
         }
+        done++;
     }
     if (endNotes)
         decoder.EndNotes(header.time);

@@ -99,6 +99,11 @@ class JackDevice : public AudioDevice, private JackProcessor {
             std::fill_n(samples, frames, 0.0F);
             return;
         }
+        if (client->IsFreewheeling()) {
+            asked->Await(frames);
+            asked->Play(samples, frames, system_time());
+            return;
+        }
         jack_nframes_t frame = 0;
         jack_time_t now = 0;
         jack_time_t next = 0;

@@ -129,6 +129,8 @@ class JackMidi final : public MidiBackend, private JackProcessor {
                 else
                     input->inlet->Lose();
             }
+            if (count > 0 && client->IsFreewheeling())
+                input->inlet->AwaitDelivery();
         }
     }
 

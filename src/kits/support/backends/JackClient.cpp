@@ -78,6 +78,9 @@ Result<std::shared_ptr<JackClient>> JackClient::Open() {
 JackClient::JackClient(_jack_client* client) : client(client) {
     jack_set_process_callback(client, Process, this);
     jack_on_shutdown(client, Shutdown, this);
+    jack_set_freewheel_callback(
+        client, [](int on, void* self) { static_cast<JackClient*>(self)->freewheeling = on != 0; },
+        this);
     jack_set_port_registration_callback(
         client, [](jack_port_id_t, int, void* self) { static_cast<JackClient*>(self)->Notify(); },
         this);

@@ -21,7 +21,7 @@ namespace kits {
 class JackProcessor {
   public:
     virtual ~JackProcessor() = default;
-    /// The server's real-time thread: no wait, lock or allocation.
+    /// The server's real-time thread: no wait, lock or allocation, unless it is freewheeling.
     virtual void Process(uint32 frames) noexcept = 0;
 };
 
@@ -46,6 +46,9 @@ class JackClient {
     [[nodiscard]] std::unique_lock<std::mutex> Request() { return std::unique_lock(requests); }
     /// The server has gone. Any thread.
     bool IsDead() const { return dead; }
+    /// The server's periods follow on one another as fast as all clients get them done, as for a
+    /// recording: a processor may wait, and is not in a real-time thread. Any thread.
+    bool IsFreewheeling() const { return freewheeling; }
 
     /// The processor is called from the next period on. At most kMostProcessors.
     bool Add(JackProcessor& processor);
@@ -70,6 +73,7 @@ class JackClient {
     _jack_client* client;
     std::mutex requests;
     std::atomic<bool> dead{false};
+    std::atomic<bool> freewheeling{false};
     std::array<std::atomic<JackProcessor*>, kMostProcessors> processors{};
     Reader reader;
     std::mutex listenersMutex;

@@ -43,12 +43,17 @@ class Device : public kits::AudioDevice {
     double rate = state.rate;
 };
 
-TEST(AudioGraph, ADeviceMayChangeItsRateAndGo) {
-    Device::State device;
+/// The roster has a mixer that plays through the device.
+void PlayThrough(Device::State& device) {
     auto mixer = std::make_unique<kits::SystemMixer>(kits::AudioSystem::None,
                                                      std::make_unique<Device>(device));
     ASSERT_TRUE(mixer->StartDevice());
     ASSERT_EQ(BMediaRoster::Roster()->RegisterMixer(std::move(mixer)), B_OK);
+}
+
+TEST(AudioGraph, ADeviceMayChangeItsRateAndGo) {
+    Device::State device;
+    PlayThrough(device);
     vexa::Instrument instrument;
     Alerts alerts;
     {
@@ -73,10 +78,7 @@ TEST(AudioGraph, ADeviceMayChangeItsRateAndGo) {
 /// The device plays in the test's thread, in real time.
 TEST(AudioGraph, ThePeriodOfTheDeviceIsFollowedAtOnce) {
     Device::State device;
-    auto mixer = std::make_unique<kits::SystemMixer>(kits::AudioSystem::None,
-                                                     std::make_unique<Device>(device));
-    ASSERT_TRUE(mixer->StartDevice());
-    ASSERT_EQ(BMediaRoster::Roster()->RegisterMixer(std::move(mixer)), B_OK);
+    PlayThrough(device);
     vexa::Instrument instrument;
     vexa::AudioGraph graph(instrument.controllers, instrument.parameters, instrument.voices,
                            [](const char*) {});

@@ -143,9 +143,26 @@ TEST(MixerInputConverts, NothingIsMissingBeforeTheFirstFrameIsThere) {
     EXPECT_EQ(input.Counts().missing, 0);
 }
 
-/// A producer, by a clock of the test's, whose rendering takes twice as long as it plays for 0.3 s.
-TEST(MixerInputConverts, TheLatencyThatAFaultHasAddedIsGivenBackWithoutAClick) {
+/// A producer, by a clock of the test's, and for how long it is slow and how slow that is.
+struct Fault {
+    /// Microseconds.
+    double duration;
+    /// What rendering takes, of the time that it plays.
+    double cost;
+    bigtime_t leastLatency;
+    bigtime_t mostLatency;
+};
+class MixerInputAfter : public testing::TestWithParam<Fault> {};
+/// Many buffers that take twice their time, and one that takes three seconds.
+INSTANTIATE_TEST_SUITE_P(, MixerInputAfter,
+                         testing::Values(Fault{300000, 2, 100000, 200000},
+                                         Fault{1500, 2067, 500000, 700000}));
+
+TEST_P(MixerInputAfter, TheLatencyThatAFaultHasAddedIsGivenBackWithoutAClick) {
+    const Fault fault = GetParam();
+    constexpr double kBegin = 1e6;
     constexpr double kRate = 44100;
+    constexpr double kBuffer = 64 * 1e6 / kRate;
     constexpr std::size_t kPeriod = 128;
     const kits::DeviceClock clock(48000);
     kits::MixerInput input(clock, kRate, 64);
@@ -153,16 +170,19 @@ TEST(MixerInputConverts, TheLatencyThatAFaultHasAddedIsGivenBackWithoutAClick) {
     bigtime_t latency = needed;
     bigtime_t most = 0;
     double free = 0; // the moment from which the producer can begin the next buffer
+    double end = kBegin + fault.duration;
     int64 sent = 0;
+    int64 missing = 0;
     Frames played;
-    int64 missingAfterwards = 0;
-    const auto seconds = [&] { return double(played.size()) / 48000; };
-    while (seconds() < 8) {
-        const double start = double(sent) / kRate * 1e6;
+    const auto now = [&] { return double(played.size()) * 1e6 / 48000; };
+    while (now() < end + 8e6) {
+        const double start = double(sent) * 1e6 / kRate;
         const double begin = std::max(start - double(latency), free);
-        const bool heavy = begin > 1e6 && begin < 1.3e6;
-        free = begin + 64 / kRate * 1e6 * (heavy ? 2 : 0.3);
-        while (seconds() * 1e6 <= free) {
+        const bool slow = begin > kBegin && begin < kBegin + fault.duration;
+        free = begin + kBuffer * (slow ? fault.cost : 0.3);
+        if (slow)
+            end = free;
+        while (now() <= free) {
             Frames mix(kPeriod, 0);
             input.AddTo(mix, int64(played.size()));
             played.insert(played.end(), mix.begin(), mix.end());
@@ -173,17 +193,18 @@ TEST(MixerInputConverts, TheLatencyThatAFaultHasAddedIsGivenBackWithoutAClick) {
         const bigtime_t change = input.Write(frames, static_cast<bigtime_t>(start));
         // As the tone producer takes it.
         latency = std::max(latency + change, needed);
-        most = std::max(most, latency);
-        if (seconds() < 2)
-            missingAfterwards = input.Counts().missing;
-        if (seconds() > 1.3 + 5) {
+        most = std::max(most, latency - needed);
+        if (now() < end + 2e6)
+            missing = input.Counts().missing;
+        if (now() > end + 5e6) {
             ASSERT_EQ(latency, needed);
         }
     }
-    EXPECT_GT(most, needed + 100000);
-    EXPECT_EQ(input.Counts().missing, missingAfterwards);
+    EXPECT_GT(most, fault.leastLatency);
+    EXPECT_LT(most, fault.mostLatency);
+    EXPECT_EQ(input.Counts().missing, missing);
     float step = 0;
-    for (std::size_t i = 2 * 48000; i < played.size(); i++)
+    for (auto i = std::size_t((end + 2e6) * 0.048); i < played.size(); i++)
         step = std::max(step, std::abs(played[i] - played[i - 1]));
     EXPECT_NEAR(step, kTurn * 440 / 48000, 0.001);
 }

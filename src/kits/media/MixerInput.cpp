@@ -15,6 +15,9 @@ constexpr unsigned kFilterHalf = 32;
 constexpr std::size_t kRoom = 1U << 16;
 constexpr std::size_t kStretches = 1U << 12;
 
+/// Frames of lateness that a producer hears of: it cannot be ahead by more than the ring holds.
+constexpr int64 kMostLate = kRoom / 2;
+
 /// Microseconds of sound that must have come too early before it is to come later.
 constexpr double kPatience = 2e6;
 
@@ -63,7 +66,7 @@ bigtime_t MixerInput::LatencyChange(bigtime_t slack, double duration) noexcept {
     if (slack < 0) {
         inTime = 0;
         const bigtime_t before = told;
-        told = std::max(told, -slack);
+        told = std::max(told, std::min(-slack, clock.TimeOf(kMostLate)));
         return told - before;
     }
     told = 0;

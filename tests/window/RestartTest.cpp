@@ -54,7 +54,8 @@ TEST(Restarts, TheWindowPlaysOnWithinTwoSeconds) {
             ear.Connect("Vexa:Vexa audio out", ear.Name());
         }
         const std::chrono::duration<double> back = Clock::now() - start;
-        std::printf("restart %d by signal %d: back after %.2f s\n", restart, signal, back.count());
+        std::fprintf(stderr, "restart %d by signal %d: back after %.2f s\n", restart, signal,
+                     back.count());
         EXPECT_LT(back.count(), 2);
         desktop.UseWindow("Error");
         desktop.Key("Return");

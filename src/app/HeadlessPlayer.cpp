@@ -122,15 +122,14 @@ void HeadlessPlayer::TellOfDevice() {
 bool HeadlessPlayer::LoadSound() {
     const auto path = options.sound.value_or(folders.Find("sounds", "default.xml"));
     ReadReport report;
-    const kits::Result<Sound> sound = ReadSound(path, Sound(), report);
+    const kits::Result<Sound> sound = ReadSound(path, report);
     for (const std::string& warning : report.warnings)
         Say("warning: " + warning);
     if (!sound) {
         Say(report.reason);
         return !options.sound;
     }
-    for (const std::string& fault : ApplyParameters(*sound, records.parameters))
-        Say("warning: " + fault);
+    ApplyParameters(*sound, records.parameters);
     ApplyEnvelopes(*sound, records.parameters);
     const auto installed = InstallFunction(sound->function, folders, receivers);
     if (!installed)

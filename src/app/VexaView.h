@@ -154,6 +154,9 @@ class VexaView : public BView {
     kits::ProgramFolders folders;
     std::string soundAuthor;
     std::string functionAuthor;
+    /// Of the documents that were loaded last, for saving.
+    KeptElements soundKept;
+    KeptElements functionKept;
     /// The sample as a function document names it.
     std::string sampleFile;
     media_format sampleFormat;

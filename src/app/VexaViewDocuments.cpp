@@ -46,6 +46,7 @@ Function VexaView::ConstructFunction() const {
     function.width = TextOf("Sc");
     function.linkFunction = {TextOf("LFx"), TextOf("LFy")};
     function.linkScreen = {TextOf("LSx"), TextOf("LSy")};
+    function.kept = functionKept;
     return function;
 }
 
@@ -57,6 +58,7 @@ Sound VexaView::ConstructSound() const {
         sound.texts[i] = TextOf(Parameters()[i].field);
     for (std::size_t i = 0; i < envelopes.size(); i++)
         sound.envelopes[i] = envelopes[i]->Points();
+    sound.kept = soundKept;
     return sound;
 }
 
@@ -71,6 +73,7 @@ void VexaView::InterpretFunction(const Function& function) {
         LoadSample(SamplePath(function, folders).c_str());
     }
     functionAuthor = function.author;
+    functionKept = function.kept;
     SetAndInvoke("Sc", function.width);
     SetAndInvoke("LFx", function.linkFunction.x);
     SetAndInvoke("LFy", function.linkFunction.y);
@@ -85,6 +88,7 @@ void VexaView::InterpretSound(const Sound& sound) {
     for (std::size_t i = 0; i < envelopes.size(); i++)
         envelopes[i]->SetPoints(sound.envelopes[i]);
     soundAuthor = sound.author;
+    soundKept = sound.kept;
 }
 
 bool VexaView::LoadFunction(const std::filesystem::path& path) {
@@ -100,7 +104,7 @@ bool VexaView::LoadFunction(const std::filesystem::path& path) {
 
 bool VexaView::LoadSound(const std::filesystem::path& path) {
     ReadReport report;
-    const auto sound = ReadSound(path, ConstructSound(), report);
+    const auto sound = ReadSound(path, report);
     Print(report);
     if (sound)
         InterpretSound(*sound);
@@ -125,7 +129,7 @@ void VexaView::Open(const std::filesystem::path& path) {
 
 void VexaView::LoadDefaultSound() {
     ReadReport report;
-    const auto sound = ReadSound(folders.Find("sounds", "default.xml"), ConstructSound(), report);
+    const auto sound = ReadSound(folders.Find("sounds", "default.xml"), report);
     Print(report);
     if (sound)
         InterpretSound(*sound);

@@ -67,6 +67,10 @@ class RenderJob {
         outcome.exitCode = exitCode;
         return {std::move(text)};
     }
+    Error Interrupted() {
+        return EndWith(interrupt->ExitCode(),
+                       "interrupted; " + options.output.string() + " was not written");
+    }
     void Warn(std::vector<std::string> more) {
         outcome.warnings.insert(outcome.warnings.end(), std::make_move_iterator(more.begin()),
                                 std::make_move_iterator(more.end()));
@@ -99,11 +103,12 @@ Result<void> RenderJob::Render() {
     Result<kits::FileReplacement> file = kits::FileReplacement::Create(options.output);
     if (!file)
         return file.Fault();
-    Result<kits::SoundFileWriter> writer =
-        kits::SoundFileWriter::Create(file->Descriptor(), *format, options.output, options.rate);
+    Performance performance(instrument, *midi, fullRate, options.tail);
+    const auto frames = static_cast<std::uint64_t>(performance.Length() / options.oversample + 1);
+    Result<kits::SoundFileWriter> writer = kits::SoundFileWriter::Create(
+        file->Descriptor(), *format, options.output, options.rate, frames);
     if (!writer)
         return writer.Fault();
-    Performance performance(instrument, *midi, fullRate, options.tail);
     if (Result<void> written = Write(performance, *writer, *format); !written)
         return written;
     if (Result<void> finished = writer->Finish(); !finished)
@@ -126,7 +131,7 @@ Result<Sound> RenderJob::ChosenSound() {
     if (!path)
         return Error{"--sound: " + path.Fault().text};
     ReadReport report;
-    Result<Sound> sound = ReadSound(*path, Sound(), report);
+    Result<Sound> sound = ReadSound(*path, report);
     if (!sound)
         return Error{report.reason};
     Warn(std::move(report.warnings));
@@ -155,7 +160,7 @@ Result<void> RenderJob::SetUpInstrument() {
         return sound.Fault();
     if (Result<void> installed = InstallFunction(sound->function, folders, receivers); !installed)
         return installed;
-    Warn(ApplyParameters(*sound, instrument.parameters));
+    ApplyParameters(*sound, instrument.parameters);
     ApplyEnvelopes(*sound, instrument.parameters);
     instrument.renderer.SetGain(static_cast<float>(options.gain));
     instrument.consumer.ReduceToMaxVox(options.voices);
@@ -195,7 +200,9 @@ Result<void> RenderJob::Write(Performance& performance, kits::SoundFileWriter& w
     peak = *rendered > 0 ? 1 : 0;
     const auto scale = static_cast<float>(*rendered > 0 ? 1 / *rendered : 1);
     std::vector<float> scaled;
-    return store->Replay([&](std::span<const float> samples) {
+    return store->Replay([&](std::span<const float> samples) -> Result<void> {
+        if (interrupt->Requested())
+            return Interrupted();
         scaled.assign(samples.begin(), samples.end());
         for (float& sample : scaled)
             sample *= scale;
@@ -213,8 +220,7 @@ Result<double> RenderJob::RenderInto(Performance& performance, const FloatStore:
     float peak = 0;
     for (bool more = true; more;) {
         if (interrupt->Requested())
-            return EndWith(interrupt->ExitCode(),
-                           "interrupted; " + options.output.string() + " was not written");
+            return Interrupted();
         const std::size_t count = performance.Render(block.data(), block.size());
         more = count > 0;
         output.clear();

@@ -35,10 +35,11 @@ inline std::string ShortWav(const std::vector<int>& values, unsigned frameRate, 
            "data" + LittleEndian(length, 4) + data;
 }
 
-/// Writes interleaved frames into a sound file whose name tells the format; the first error.
+/// Writes interleaved frames into a sound file whose name tells the format, with that many announced;
+/// the first error.
 inline kits::Result<void> WriteSound(const std::filesystem::path& path,
                                      const std::vector<float>& values, int frameRate,
-                                     int channels = 1) {
+                                     int channels = 1, std::uint64_t announced = 0) {
     const auto format = kits::SoundFileFormatOf(path);
     if (!format)
         return format.Fault();
@@ -46,7 +47,7 @@ inline kits::Result<void> WriteSound(const std::filesystem::path& path,
     if (!file)
         return file.Fault();
     auto writer =
-        kits::SoundFileWriter::Create(file->Descriptor(), *format, path, frameRate, channels);
+        kits::SoundFileWriter::Create(file->Descriptor(), *format, path, frameRate, announced, channels);
     if (!writer)
         return writer.Fault();
     if (auto written =

@@ -79,7 +79,7 @@ class Tour {
     bool Minute(int minute) {
         vexa::ReadReport report;
         const fs::path& path = sounds[static_cast<std::size_t>(minute) % sounds.size()];
-        const auto sound = vexa::ReadSound(path, vexa::Sound(), report);
+        const auto sound = vexa::ReadSound(path, report);
         if (!sound)
             return Fail(path, report.reason);
         vexa::ApplyParameters(*sound, instrument.parameters);

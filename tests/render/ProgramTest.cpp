@@ -198,10 +198,11 @@ TEST_F(RenderProgram, BadInputIsNamedAndNothingIsLost) {
 TEST_F(RenderProgram, WhatIsWrongWithADocumentIsToldWithItsPlace) {
     const std::string sound =
         folder
-            .Write("some.xml", "<vexasound>\n<vexafunction><expression>x</expression></vexafunction>"
-                               "\n<ax><env>nan</env>\n<ctlnum>128</ctlnum><envdata>\n"
-                               "<envpoint t='2' val=\"1\"/><envpoint t=\"1\" val=\"nan\"/>\n"
-                               "</envdata></ax>\n<fx>0,5</fx></vexasound>")
+            .Write("some.xml",
+                   "<vexasound>\n<vexafunction><expression>x</expression></vexafunction>"
+                   "\n<ax><env>nan</env>\n<ctlnum>128</ctlnum><envdata>\n"
+                   "<envpoint t='2' val=\"1\"/><envpoint t=\"1\" val=\"nan\"/>\n"
+                   "</envdata></ax>\n<fx>0,5</fx></vexasound>")
             .string();
     const CommandResult result = Run({OneNote(), Path("a.wav"), "--sound", sound});
     EXPECT_EQ(result.exitCode, 0) << result.text;
@@ -214,8 +215,8 @@ TEST_F(RenderProgram, WhatIsWrongWithADocumentIsToldWithItsPlace) {
         EXPECT_THAT(result.text, HasSubstr(name + what));
 }
 
-/// Who names a pipe where a file is wanted is told so, and a tune may come out of a pipe; if nothing
-/// comes, a signal ends the program at once, whatever it waits for.
+/// Who names a pipe where a file is wanted is told so, and a tune may come out of a pipe; if
+/// nothing comes, a signal ends the program at once, whatever it waits for.
 TEST_F(RenderProgram, APipeIsRefusedOrMayBeWaitedFor) {
     const std::string pipe = Path("pipe");
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
@@ -239,7 +240,8 @@ TEST_F(RenderProgram, APipeIsRefusedOrMayBeWaitedFor) {
             command.insert(command.begin(), kProgram);
             bool lingered = false;
             const CommandResult result = test::RunCommand(command, [&](pid_t child) {
-                EXPECT_TRUE(exitCode == 1 || !test::EndsWithin(child, std::chrono::milliseconds(300)));
+                EXPECT_TRUE(exitCode == 1 ||
+                            !test::EndsWithin(child, std::chrono::milliseconds(300)));
                 ::kill(child, exitCode == 1 ? 0 : SIGTERM);
                 lingered = !test::EndsWithin(child, std::chrono::seconds(1));
                 ::kill(child, SIGKILL);

@@ -11,7 +11,8 @@
 namespace kits {
 
 enum class SoundFileFormat {
-    /// 32-bit float, so nothing is clipped or rounded. What is announced to be longer than the 4 GiB
+    /// 32-bit float, so nothing is clipped or rounded. What is announced to be longer than the 4
+    /// GiB
     /// that a WAV file can count is written as RF64, its form for such lengths.
     wav,
     /// 24 bit; values beyond -1..1 are clipped.

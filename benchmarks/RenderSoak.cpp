@@ -79,13 +79,13 @@ class Tour {
     bool Minute(int minute) {
         vexa::ReadReport report;
         const fs::path& path = sounds[static_cast<std::size_t>(minute) % sounds.size()];
-        const auto sound = vexa::ReadSound(path, vexa::Sound(), report);
+        const auto sound = vexa::ReadSound(path, report);
         if (!sound)
             return Fail(path, report.reason);
         vexa::ApplyParameters(*sound, instrument.parameters);
         vexa::ApplyEnvelopes(*sound, instrument.parameters);
         const auto installed =
-            vexa::InstallFunction(sound->function, VEXA_PROGRAM_FOLDER, receivers);
+            vexa::InstallFunction(sound->function, fs::path(VEXA_PROGRAM_FOLDER), receivers);
         if (!installed)
             return Fail(path, installed.Fault().text);
         for (int piece = 0; piece < kPiecesPerMinute; piece++) {

@@ -104,6 +104,22 @@ void NoteHours(benchmark::State& state) {
 }
 BENCHMARK(NoteHours)->Arg(0)->Arg(10);
 
+/// Voices while their keys are held (0), and released ones that have gone silent (1).
+void Released(benchmark::State& state) {
+    Render20(state, kBlock, [&state](vexa::Instrument& instrument) {
+        vexa::sound_param& p = instrument.parameters;
+        p.Cx1 = p.Cx3 = p.Cy2 = p.Ay2 = 0;
+        test::SetEnvelope(instrument.envelopes[0],
+                          {{0, false, 0}, {0.4F, false, 1}, {0.3F, true, 0}});
+        if (state.range(0) == 0)
+            return;
+        StrikeChord(20, [&](int note) { instrument.consumer.NoteOff(0, uchar(note), 0, 0); });
+        std::vector<float> skipped(10 * 44100);
+        instrument.renderer.Render(skipped.data(), skipped.size());
+    });
+}
+BENCHMARK(Released)->Arg(0)->Arg(1);
+
 /// Reference and product in turns, so that both meet the same machine.
 void Compare(const std::string& name, const vexa::PlaneFunction& function) {
     for (const int voices : {1, 5, 20}) {

@@ -1,14 +1,17 @@
-# Where an installation puts everything: the program folder as a whole, so that the programs find what
-# lies beside them, links to the programs, and what desktops look for.
+# Where an installation puts everything: a program folder, so that the programs find what lies beside them, links to the
+# programs, and what desktops look for.
 
 include(GNUInstallDirs)
 set(folder ${CMAKE_INSTALL_LIBDIR}/vexa)
 
 install(TARGETS vexa vexa-render RUNTIME DESTINATION ${folder})
-install(DIRECTORY ${VEXA_PROGRAM_FOLDER}/ DESTINATION ${folder}
-    PATTERN "vexa" EXCLUDE PATTERN "vexa-render" EXCLUDE
-    # What compiling leaves behind.
-    PATTERN "recent*" EXCLUDE PATTERN ".*" EXCLUDE)
+# Not from the build's program folder, where a person's own may lie.
+install(DIRECTORY data/functions data/sounds ${VEXA_MADE_CONTENT}/samples DESTINATION ${folder})
+install(FILES data/demo.mid data/shipped-content DESTINATION ${folder})
+install(FILES ${VEXA_ARTWORK} DESTINATION ${folder})
+# Tells the programs that they are installed, be it where they could write (kits/storage/ProgramFolder.h).
+file(WRITE ${CMAKE_BINARY_DIR}/installed "Vexa is installed here: what you make is kept in your own folder.\n")
+install(FILES ${CMAKE_BINARY_DIR}/installed DESTINATION ${folder})
 install(CODE "
     file(MAKE_DIRECTORY \$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR})
     foreach(program vexa vexa-render)

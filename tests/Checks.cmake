@@ -19,3 +19,9 @@ add_test(NAME format COMMAND ${CLANG_FORMAT} --dry-run -Werror ${formatted})
 add_test(NAME demo_tune COMMAND sh -c
     "\"$0\" \"$1/scripts/make-demo-tune.py\" demo.mid && cmp demo.mid \"$1/data/demo.mid\""
     ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR})
+
+# The list of shipped content has every version of it, and the build copies content by it.
+add_test(NAME shipped_content_list
+    COMMAND ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/scripts/shipped-content.py list --check)
+add_test(NAME shipped_content
+    COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/shipped_content_test.py)

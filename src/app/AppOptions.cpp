@@ -19,7 +19,7 @@ bool SetAudio(AppOptions& options, std::string_view text) {
 constexpr kits::OptionRow<AppOptions> kRows[] = {
     {"no-window", nullptr, nullptr, "play until interrupted, without a window",
      [](AppOptions& o, std::string_view) { return o.noWindow = true; }},
-    {"sound", "FILE", nullptr, "the sound document (sounds/default.xml)",
+    {"sound", "SOUND", nullptr, "start with a file, or with the sound of that name (default)",
      [](AppOptions& o, std::string_view text) { return SetText(o.sound.emplace(), text); }},
     {"voices", "N", "a whole number from 1 to 20", "most voices at once (20; with a window 1)",
      [](AppOptions& o, std::string_view text) { return SetNumber(o.voices.emplace(), text, 1, 20); }},
@@ -29,6 +29,8 @@ constexpr kits::OptionRow<AppOptions> kRows[] = {
      SetAudio},
     {"midi", "PORT", nullptr, "connect this MIDI source, whenever it is there",
      [](AppOptions& o, std::string_view text) { return SetText(o.midi.emplace(), text); }},
+    {"user-folder", nullptr, nullptr, "keep what you make in $XDG_DATA_HOME/vexa, not beside the program",
+     [](AppOptions& o, std::string_view) { return o.userFolder = true; }},
     {"list", nullptr, nullptr, "list the audio devices and MIDI sources",
      [](AppOptions& o, std::string_view) { o.action = AppOptions::Action::List; return true; }},
     {"help", nullptr, nullptr, "show this",

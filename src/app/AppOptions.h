@@ -19,8 +19,10 @@ struct AppOptions {
     bool noWindow = false;
     /// A sound, a function or a sample to start with.
     std::optional<std::filesystem::path> file;
-    /// Without a value: sounds/default.xml of the program folder.
+    /// A file's path or a sound's name. Without a value: the sound "default".
     std::optional<std::filesystem::path> sound;
+    /// What a person makes is kept in the user's folder, wherever the program lies.
+    bool userFolder = false;
     /// Most voices at once. Without a value: 20 without a window, and with one what its menu says.
     std::optional<int> voices;
     /// The MIDI channel to listen to, 0..15, or -1 for all. Without a value: all.

@@ -39,8 +39,8 @@ class SourceWatch : public kits::MessageTarget {
 
 class HeadlessPlayer {
   public:
-    HeadlessPlayer(const AppOptions& options, const std::filesystem::path& programFolder)
-        : options(options), programFolder(programFolder) {
+    HeadlessPlayer(const AppOptions& options, const kits::ProgramFolders& folders)
+        : options(options), folders(folders) {
         receivers.AddReceiver([this](const PlaneFunction& f) { graph.SetFunction(f); });
     }
 
@@ -54,7 +54,7 @@ class HeadlessPlayer {
     void Report(Clock::duration played) const;
 
     const AppOptions& options;
-    const std::filesystem::path& programFolder;
+    const kits::ProgramFolders& folders;
     SoundRecords records;
     // Outlives the graph, whose threads call an add-on's function to their end.
     FunctionSwitch receivers;
@@ -123,19 +123,18 @@ void HeadlessPlayer::TellOfDevice() {
 
 /// Only a sound that was asked for must be there.
 bool HeadlessPlayer::LoadSound() {
-    const auto path = options.sound.value_or(programFolder / "sounds" / "default.xml");
+    const auto path = options.sound.value_or(folders.Find("sounds", "default.xml"));
     ReadReport report;
-    const kits::Result<Sound> sound = ReadSound(path, Sound(), report);
+    const kits::Result<Sound> sound = ReadSound(path, report);
     for (const std::string& warning : report.warnings)
         Say("warning: " + warning);
     if (!sound) {
         Say(report.reason);
         return !options.sound;
     }
-    for (const std::string& fault : ApplyParameters(*sound, records.parameters))
-        Say("warning: " + fault);
+    ApplyParameters(*sound, records.parameters);
     ApplyEnvelopes(*sound, records.parameters);
-    const auto installed = InstallFunction(sound->function, programFolder, receivers);
+    const auto installed = InstallFunction(sound->function, folders, receivers);
     if (!installed)
         Say(installed.Fault().text);
     return installed || !options.sound;
@@ -160,16 +159,18 @@ void HeadlessPlayer::ConnectSource() {
 
 void HeadlessPlayer::Report(Clock::duration played) const {
     const kits::MixerCounts counts = graph.Counts();
-    std::printf("played %.1f s; %lld late and %lld missing buffers, %lld voices dropped\n",
+    std::printf("played %.1f s; %lld late and %lld missing buffers, %lld voices dropped, "
+                "%lld MIDI events lost\n",
                 std::chrono::duration<double>(played).count(), static_cast<long long>(counts.late),
                 static_cast<long long>(counts.missing),
-                static_cast<long long>(graph.Producer().DroppedVoices()));
+                static_cast<long long>(graph.Producer().DroppedVoices()),
+                static_cast<long long>(graph.Consumer().LostMidi()));
 }
 
 } // namespace
 
-int PlayWithoutWindow(const AppOptions& options, const std::filesystem::path& programFolder) {
-    return HeadlessPlayer(options, programFolder).Run();
+int PlayWithoutWindow(const AppOptions& options, const kits::ProgramFolders& folders) {
+    return HeadlessPlayer(options, folders).Run();
 }
 
 int ListDevices() {

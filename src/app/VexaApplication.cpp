@@ -22,10 +22,9 @@ void Choose(BMenu& menu, uint32 code) {
 
 } // namespace
 
-VexaApplication::VexaApplication(const AppOptions& options,
-                                 const std::filesystem::path& programFolder)
+VexaApplication::VexaApplication(const AppOptions& options, const kits::ProgramFolders& folders)
     : BApplication(kSignature),
-      window(new VexaWindow(BRect{64, 100, 999, 610}, programFolder, !options.sound)) {
+      window(new VexaWindow(BRect{64, 100, 999, 610}, folders, !options.sound)) {
     VexaView& view = window->MainView();
     window->Show();
     if (options.sound)
@@ -55,7 +54,7 @@ void ShowFault(const std::string& text) {
     VexaView::ErrorAlert(text);
 }
 
-int RunWindow(const AppOptions& options, const std::filesystem::path& programFolder) {
+int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders) {
     if (const auto display = kits::FindDisplay(); !display) {
         std::fprintf(stderr,
                      "vexa: %s; vexa --no-window plays without one, vexa-render renders a MIDI "
@@ -63,7 +62,7 @@ int RunWindow(const AppOptions& options, const std::filesystem::path& programFol
                      display.Fault().text.c_str());
         return 1;
     }
-    VexaApplication(options, programFolder).Run();
+    VexaApplication(options, folders).Run();
     return 0;
 }
 

@@ -3,6 +3,7 @@
 
 #include "app/AppOptions.h"
 #include "kits/interface/Application.h"
+#include "kits/storage/ProgramFolder.h"
 
 #include <filesystem>
 #include <string>
@@ -15,7 +16,7 @@ class VexaWindow;
 class VexaApplication : public BApplication {
   public:
     /// What the options ask for is done once the window is there, with alerts where it fails.
-    VexaApplication(const AppOptions& options, const std::filesystem::path& programFolder);
+    VexaApplication(const AppOptions& options, const kits::ProgramFolders& folders);
 
     void MessageReceived(BMessage* message) override;
 
@@ -29,6 +30,6 @@ void ShowFault(const std::string& text);
 
 /// Runs the window until it is closed; the program's exit code. 1, with a message, where there is
 /// no display.
-int RunWindow(const AppOptions& options, const std::filesystem::path& programFolder);
+int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders);
 
 } // namespace vexa

@@ -41,9 +41,9 @@ void VexaView::ErrorAlert(const std::string& text, const std::string& details) {
     NewErrorAlert(text, details)->Go();
 }
 
-VexaView::VexaView(BRect frame, const char* name, const std::filesystem::path& programFolder)
+VexaView::VexaView(BRect frame, const char* name, const kits::ProgramFolders& folders)
     : BView(frame, name, B_FOLLOW_ALL_SIDES, B_WILL_DRAW | B_PULSE_NEEDED),
-      programFolder(programFolder),
+      folders(folders),
       soundAuthor(kDefaultAuthor),
       functionAuthor(kDefaultAuthor),
       formulas(*be_plain_font()) {

@@ -10,6 +10,7 @@
 #include "kits/interface/FilePanel.h"
 #include "kits/interface/View.h"
 #include "kits/media/MediaFormats.h"
+#include "kits/storage/ProgramFolder.h"
 #include "synth/ParameterTable.h"
 #include "synth/SoundParam.h"
 #include "synth/Voice.h"
@@ -39,9 +40,9 @@ class R2RFView;
 /// controller are written by the MIDI and the media thread.
 class VexaView : public BView {
   public:
-    /// `programFolder` has the folders functions, sounds and samples. Builds the view and starts
+    /// `folders` are where documents and samples are found and saved. Builds the view and starts
     /// the audio graph; failures are shown by alerts and leave the rest working.
-    VexaView(BRect frame, const char* name, const std::filesystem::path& programFolder);
+    VexaView(BRect frame, const char* name, const kits::ProgramFolders& folders);
     ~VexaView() override;
 
     void Draw(BRect update) override;
@@ -142,7 +143,7 @@ class VexaView : public BView {
     // Messages.
     bool TakeParameter(uint32 code);
     bool TakePlaneControl(uint32 code);
-    void MarkNumber(std::string_view name, const char* range = nullptr);
+    void MarkNumber(std::string_view name, bool controller = false);
     bool TakeMenuChoice(uint32 code);
     void SetChannel(int32 channel);
     bool TakePanelCommand(const BMessage& message);
@@ -172,7 +173,7 @@ class VexaView : public BView {
     std::string TextOf(std::string_view field) const;
     void ConnectChosenSource();
 
-    std::filesystem::path programFolder;
+    kits::ProgramFolders folders;
     std::string soundAuthor;
     std::string functionAuthor;
     /// Of the file that was loaded or saved, without its extension.
@@ -181,6 +182,9 @@ class VexaView : public BView {
     Sound savedSound;
     /// What saving the sound is to be followed by, if anything.
     std::function<void()> afterSaving;
+    /// Of the documents that were loaded last, for saving.
+    KeptElements soundKept;
+    KeptElements functionKept;
     /// The sample as a function document names it.
     std::string sampleFile;
     media_format sampleFormat;
@@ -215,6 +219,8 @@ class VexaView : public BView {
     FunctionSwitch functions;
     std::unique_ptr<AudioGraph> graph;
 
+    /// Outlives the panels.
+    std::unique_ptr<BRefFilter> panelFilter;
     std::vector<std::unique_ptr<BFilePanel>> panels;
 };
 

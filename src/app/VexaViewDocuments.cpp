@@ -66,6 +66,7 @@ Function VexaView::ConstructFunction() const {
     function.width = TextOf("Sc");
     function.linkFunction = {TextOf("LFx"), TextOf("LFy")};
     function.linkScreen = {TextOf("LSx"), TextOf("LSy")};
+    function.kept = functionKept;
     return function;
 }
 
@@ -77,6 +78,7 @@ Sound VexaView::ConstructSound() const {
         sound.texts[i] = TextOf(Parameters()[i].field);
     for (std::size_t i = 0; i < envelopes.size(); i++)
         sound.envelopes[i] = envelopes[i]->Points();
+    sound.kept = soundKept;
     return sound;
 }
 
@@ -88,7 +90,7 @@ void VexaView::InterpretFunction(const Function& function) {
         sampleMode = sampleMissing = false;
     } else {
         SetAndInvoke("SFreq", function.frequency);
-        if (!LoadSample(SamplePath(function, programFolder).c_str())) {
+        if (!LoadSample(SamplePath(function, folders).c_str())) {
             // Saving it again must not lose the name: the file may only be elsewhere for a while.
             TakeSampleMode();
             sampleFile = function.sampleFile;
@@ -98,6 +100,7 @@ void VexaView::InterpretFunction(const Function& function) {
         }
     }
     functionAuthor = function.author;
+    functionKept = function.kept;
     SetAndInvoke("Sc", function.width);
     SetAndInvoke("LFx", function.linkFunction.x);
     SetAndInvoke("LFy", function.linkFunction.y);
@@ -112,6 +115,7 @@ void VexaView::InterpretSound(const Sound& sound) {
     for (std::size_t i = 0; i < envelopes.size(); i++)
         envelopes[i]->SetPoints(sound.envelopes[i]);
     soundAuthor = sound.author;
+    soundKept = sound.kept;
 }
 
 bool VexaView::LoadFunction(const std::filesystem::path& path) {
@@ -127,7 +131,7 @@ bool VexaView::LoadFunction(const std::filesystem::path& path) {
 
 bool VexaView::LoadSound(const std::filesystem::path& path) {
     ReadReport report;
-    const auto sound = ReadSound(path, ConstructSound(), report);
+    const auto sound = ReadSound(path, report);
     Tell(path, report);
     if (sound) {
         InterpretSound(*sound);
@@ -155,8 +159,8 @@ void VexaView::Open(const std::filesystem::path& path) {
 
 void VexaView::LoadDefaultSound() {
     ReadReport report;
-    const std::filesystem::path path = programFolder / "sounds" / "default.xml";
-    const auto sound = ReadSound(path, ConstructSound(), report);
+    const std::filesystem::path path = folders.Find("sounds", "default.xml");
+    const auto sound = ReadSound(path, report);
     Tell(path, report);
     if (sound) {
         InterpretSound(*sound);
@@ -238,7 +242,7 @@ bool VexaView::Save(const std::string& name, const char* folder, const Writer& w
         ErrorAlert(checked.Fault().text);
         return false;
     }
-    const std::filesystem::path path = programFolder / folder / name;
+    const std::filesystem::path path = folders.Own(folder) / name;
     const kits::Result<void> saved = write(path);
     if (saved)
         return true;

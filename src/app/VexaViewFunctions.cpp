@@ -34,7 +34,7 @@ class Pause {
 bool VexaView::Compile(const char* expression) {
     BTextControl* field = Field("Fxy");
     const Pause pause(*field);
-    CompileOutcome outcome = FunctionCompiler(programFolder).Compile(expression);
+    CompileOutcome outcome = FunctionCompiler(folders).Compile(expression);
     if (outcome) {
         field->SetText(outcome.addon->Expression()->c_str());
         field->SetToolTip(nullptr);
@@ -65,7 +65,7 @@ bool VexaView::LoadSample(const char* path) {
         return false;
     }
     sampleFormat = sample->format;
-    sampleFile = SampleFileName(sample->path, programFolder);
+    sampleFile = SampleFileName(sample->path, folders);
     functions.Install(SampleFunction());
     TakeSampleMode();
     sampleMissing = false;

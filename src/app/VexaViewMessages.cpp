@@ -2,6 +2,7 @@
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
 #include "documents/ApplySound.h"
+#include "documents/NumberDoubt.h"
 #include "functions/SampleFunction.h"
 #include "kits/interface/Control.h"
 #include "kits/midi/MidiRoster.h"
@@ -61,28 +62,18 @@ bool VexaView::TakeParameter(uint32 code) {
             continue;
         if (ApplyText(row, TextOf(row.field), soundParam) == TextFault::ControllerNumber)
             ErrorAlert(kInvalidController);
-        MarkNumber(row.field, row.controller ? kInvalidController : nullptr);
+        MarkNumber(row.field, row.controller);
         soundAuthor = kDefaultAuthor;
         return true;
     }
     return false;
 }
 
-/// Marks a field whose text is not wholly used, and says in its tip what was understood. `range` is
-/// the rule for a controller's number, null for other fields.
-void VexaView::MarkNumber(std::string_view name, const char* range) {
-    const std::string text = TextOf(name);
-    const double number = kits::NumberOf(text);
-    std::string tip;
-    if (range && (number < 0 || number >= 128))
-        tip = range;
-    else if (!kits::IsNumber(text) || (range && number != std::floor(number)))
-        tip = std::isnan(number)
-                  ? "This is not a number."
-                  : "Understood as " + kits::FixedText(range ? std::trunc(number) : number) +
-                        ": this is not wholly a number.";
-    Field(name)->MarkWrong(!tip.empty());
-    Field(name)->SetToolTip(tip.c_str());
+/// Marks a field whose text is not wholly used, and says in its tip what was understood.
+void VexaView::MarkNumber(std::string_view name, bool controller) {
+    const std::string doubt = NumberDoubt(TextOf(name), controller);
+    Field(name)->MarkWrong(!doubt.empty());
+    Field(name)->SetToolTip(doubt.c_str());
 }
 
 bool VexaView::TakePlaneControl(uint32 code) {

@@ -17,11 +17,23 @@ struct PanelCommand {
     uint32 button;
     file_panel_mode mode;
     uint32 result;
-    /// In the program folder.
+    /// One of the program's folders.
     const char* folder;
     const char* title;
     void (VexaView::*open)(const std::string& path);
     void (VexaView::*save)(const std::string& name);
+};
+
+/// Lists no file of a person's that is a mere copy of what came with the program.
+class NoCopies : public BRefFilter {
+  public:
+    explicit NoCopies(const kits::ProgramFolders& folders) : folders(folders) {}
+    bool Filter(const entry_ref* ref, const struct stat*) override {
+        return !folders.IsCopy(std::filesystem::path(ref->directory) / ref->name);
+    }
+
+  private:
+    const kits::ProgramFolders& folders;
 };
 
 } // namespace
@@ -67,10 +79,15 @@ void VexaView::ShowPanel(file_panel_mode mode, uint32 result, const char* folder
                          const char* title) {
     // Those that were cancelled are of no more use.
     std::erase_if(panels, [](const auto& panel) { return !panel->IsShowing(); });
+    if (!panelFilter)
+        panelFilter = std::make_unique<NoCopies>(folders);
     const BMessenger self(this);
     auto panel = std::make_unique<BFilePanel>(mode, &self, nullptr, B_FILE_NODE, false,
-                                              new BMessage(result), nullptr, false, true);
-    panel->SetPanelDirectory((programFolder / folder).c_str());
+                                              new BMessage(result), panelFilter.get(), false, true);
+    panel->SetPanelDirectory(folders.Own(folder).c_str());
+    // What can be loaded is the person's and the program's; what can be replaced is the person's.
+    if (mode == B_OPEN_PANEL)
+        panel->SetBeneath(folders.Own(folder).c_str(), folders.Shipped(folder).c_str());
     panel->Window()->SetTitle(title);
     // Elsewhere it would ask about a file that is not touched; MayReplace does.
     panel->AskOnlyIn(programFolder / folder);
@@ -107,7 +124,7 @@ bool VexaView::MaySave() const {
 bool VexaView::MayReplace(const BMessage& message, const char* folder, const std::string& name) {
     entry_ref shown;
     message.FindRef("directory", &shown);
-    const std::filesystem::path home = programFolder / folder;
+    const std::filesystem::path home = folders.Own(folder);
     std::error_code ignored;
     const std::filesystem::path chosen = std::filesystem::path(shown.directory) / shown.name;
     if (std::filesystem::equivalent(chosen, home, ignored))

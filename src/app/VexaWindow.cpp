@@ -46,8 +46,7 @@ bool IsCommand(uint32 code) {
 
 } // namespace
 
-VexaWindow::VexaWindow(BRect frame, const std::filesystem::path& programFolder,
-                       bool withDefaultSound)
+VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders, bool withDefaultSound)
     : BWindow(frame, "Vexa", B_TITLED_WINDOW, B_NOT_ZOOMABLE | B_NOT_V_RESIZABLE,
               B_CURRENT_WORKSPACE) {
     SetPulseRate(kPulseRate);
@@ -68,7 +67,7 @@ VexaWindow::VexaWindow(BRect frame, const std::filesystem::path& programFolder,
     logoBar->AddChild(silence);
     BRect rest = Bounds();
     rest.top = 41;
-    mainView = new VexaView(rest, "VexaView", programFolder);
+    mainView = new VexaView(rest, "VexaView", folders);
     AddChild(mainView);
     const float needed = mainView->PreferredWidth();
     SetSizeLimits(needed, kWidest, frame.Height(), frame.Height());

@@ -2,8 +2,7 @@
 #pragma once
 
 #include "kits/interface/Window.h"
-
-#include <filesystem>
+#include "kits/storage/ProgramFolder.h"
 
 namespace vexa {
 
@@ -15,8 +14,7 @@ class VexaWindow : public BWindow {
   public:
     /// Wider than the frame where a font needs it. Has the default sound, unless told to leave that
     /// to the caller. Not shown yet.
-    VexaWindow(BRect frame, const std::filesystem::path& programFolder,
-               bool withDefaultSound = true);
+    VexaWindow(BRect frame, const kits::ProgramFolders& folders, bool withDefaultSound = true);
 
     VexaView& MainView() { return *mainView; }
 

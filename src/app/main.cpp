@@ -26,7 +26,7 @@ int Fail(const std::string& text, int exitCode) {
 }
 
 int Run(const std::vector<std::string>& texts) {
-    const auto options = vexa::ParseAppOptions(texts);
+    auto options = vexa::ParseAppOptions(texts);
     if (!options)
         return Fail(options.Fault().text + "\n" + vexa::kAppUsageHint, vexa::kAppUsageExitCode);
     switch (options->action) {
@@ -43,17 +43,23 @@ int Run(const std::vector<std::string>& texts) {
     kits::ChooseAudioSystem(options->audio);
     if (options->action == vexa::AppOptions::Action::List)
         return vexa::ListDevices();
-    const auto folder = kits::ProgramFolder("vexa");
-    if (!folder) {
-        const int exitCode = Fail(folder.Fault().text, 1);
+    const auto folders = kits::FindProgramFolders("vexa", options->userFolder);
+    if (!folders) {
+        const int exitCode = Fail(folders.Fault().text, 1);
         // Whoever has started it from a menu sees no terminal.
         if (!options->noWindow && ::isatty(STDERR_FILENO) == 0)
-            vexa::ShowFault(folder.Fault().text);
+            vexa::ShowFault(folders.Fault().text);
         return exitCode;
     }
+    if (options->sound) {
+        const auto sound = folders->FindDocument("sounds", *options->sound);
+        if (!sound)
+            return Fail("--sound: " + sound.Fault().text, 1);
+        options->sound = *sound;
+    }
     if (options->noWindow)
-        return vexa::PlayWithoutWindow(*options, *folder);
-    return vexa::RunWindow(*options, *folder);
+        return vexa::PlayWithoutWindow(*options, *folders);
+    return vexa::RunWindow(*options, *folders);
 }
 
 } // namespace

@@ -46,6 +46,7 @@ class AudioGraph {
     VexaToneProducer& Producer() { return *producer; }
     const VexaToneProducer& Producer() const { return *producer; }
     VexaMidiConsumer& Consumer() { return consumer; }
+    const VexaMidiConsumer& Consumer() const { return consumer; }
     bool IsConnected() const { return connected; }
 
     /// What all mixers so far have noticed of our buffers.

@@ -16,9 +16,9 @@ kits::Error Failure(const CompileReport& report) {
 }
 
 kits::Result<void> InstallExpression(const std::string& expression,
-                                     const std::filesystem::path& programFolder,
+                                     const kits::ProgramFolders& folders,
                                      FunctionSwitch& receivers) {
-    CompileOutcome outcome = FunctionCompiler(programFolder).Compile(expression);
+    CompileOutcome outcome = FunctionCompiler(folders).Compile(expression);
     if (!outcome)
         return Failure(outcome);
     receivers.Install(*std::move(outcome.addon));
@@ -40,17 +40,15 @@ kits::Result<void> InstallSample(const Function& function, const std::filesystem
 
 } // namespace
 
-std::filesystem::path SamplePath(const Function& function,
-                                 const std::filesystem::path& programFolder) {
-    return programFolder / "samples" / function.sampleFile;
+std::filesystem::path SamplePath(const Function& function, const kits::ProgramFolders& folders) {
+    return folders.Find("samples", function.sampleFile);
 }
 
-kits::Result<void> InstallFunction(const Function& function,
-                                   const std::filesystem::path& programFolder,
+kits::Result<void> InstallFunction(const Function& function, const kits::ProgramFolders& folders,
                                    FunctionSwitch& receivers) {
     if (function.kind == FunctionKind::Sample)
-        return InstallSample(function, SamplePath(function, programFolder), receivers);
-    return InstallExpression(function.expression, programFolder, receivers);
+        return InstallSample(function, SamplePath(function, folders), receivers);
+    return InstallExpression(function.expression, folders, receivers);
 }
 
 } // namespace vexa

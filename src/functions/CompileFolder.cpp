@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -45,21 +46,40 @@ void RemoveLeftOvers(const fs::path& parent) {
     }
 }
 
-/// Why somebody else could put files into the folder, or replace those that are there. To root all
-/// folders belong.
+/// Whether users who are neither this one nor root may write to a folder.
+bool OthersMayWrite(const struct stat& status) {
+    const bool group = (status.st_mode & S_IWGRP) != 0 && status.st_gid != ::getegid();
+    return group || (status.st_mode & S_IWOTH) != 0;
+}
+
+/// Why somebody else could put files into the folder, or replace those that are there or the folder
+/// itself. To root all folders belong.
 std::optional<std::string> SharedWithOthers(const fs::path& folder) {
+    const std::unique_ptr<char, decltype(&std::free)> path(::realpath(folder.c_str(), nullptr),
+                                                           &std::free);
     struct stat status {};
-    if (::stat(folder.c_str(), &status) != 0)
+    if (!path || ::stat(path.get(), &status) != 0)
         return std::string(std::strerror(errno));
     const uid_t user = ::geteuid();
     if (user != 0 && status.st_uid != user && status.st_uid != 0)
         return "it belongs to another user, who could replace what is compiled there";
-    const bool group = (status.st_mode & S_IWGRP) != 0 && status.st_gid != ::getegid();
-    if (group || (status.st_mode & S_IWOTH) != 0)
-        return "other users can write to it and could replace what is compiled there; change that "
-               "with: chmod go-w " +
-               folder.string();
-    return std::nullopt;
+    const auto shared = [](const std::string& which, const fs::path& where) {
+        return "other users can write to " + which +
+               " and could replace what is compiled there; "
+               "change that with: chmod go-w " +
+               where.string();
+    };
+    if (OthersMayWrite(status))
+        return shared("it", folder);
+    // In a folder with the sticky bit, such as /tmp, everybody renames only what is theirs.
+    for (fs::path above = fs::path(path.get()).parent_path();; above = above.parent_path()) {
+        if (::stat(above.c_str(), &status) != 0)
+            return above.string() + ": " + std::strerror(errno);
+        if (OthersMayWrite(status) && (status.st_mode & S_ISVTX) == 0)
+            return shared(above.string(), above);
+        if (above == above.parent_path())
+            return std::nullopt;
+    }
 }
 
 } // namespace

@@ -2,6 +2,9 @@
 
 #include "functions/CompileFolder.h"
 #include "functions/ExpressionCheck.h"
+#include "functions/FunctionCost.h"
+#include "functions/LongDouble.h"
+#include "kits/application/Interrupt.h"
 #include "kits/storage/FileReplacement.h"
 #include "kits/storage/ReadFile.h"
 
@@ -41,6 +44,12 @@ std::string Alert(std::string text, std::initializer_list<fs::path> paths) {
     return text;
 }
 
+/// Nobody else may read or write the file, whatever the mask for new files is.
+void KeepToUser(const fs::path& path) {
+    std::error_code error;
+    fs::permissions(path, fs::perms::owner_read | fs::perms::owner_write, error);
+}
+
 CompileReport Failure(status_t status, std::string alert, std::string details) {
     return {status, {std::move(alert)}, std::move(details)};
 }
@@ -56,6 +65,8 @@ std::string Describe(const kits::ChildResult& result, const kits::ChildLimits& l
     case End::timedOut:
         return "gcc was stopped, because it took longer than " +
                std::to_string(limits.time.count()) + " ms\n" + result.standardError;
+    case End::stopped:
+        return "gcc was stopped, because the program was asked to end";
     case End::signalled:
         return std::string("gcc was stopped: ") + ::strsignal(result.number) + "\n" +
                result.standardError;
@@ -91,8 +102,12 @@ std::vector<std::string> FunctionCompiler::Command(const char* source, const cha
             "-lgcc"};
 }
 
-FunctionCompiler::FunctionCompiler(const fs::path& programFolder, kits::ChildLimits childLimits)
-    : functions(programFolder / "functions"), addonPath(functions / kAddon), limits(childLimits) {}
+FunctionCompiler::FunctionCompiler(const kits::ProgramFolders& folders,
+                                   kits::ChildLimits childLimits)
+    : functions(folders.Own("functions")),
+      templatePath(folders.Find("functions", "addon.c")),
+      addonPath(functions / kAddon),
+      limits(childLimits) {}
 
 CompileOutcome FunctionCompiler::Compile(std::string_view expression) const try {
     if (const auto fault = CheckExpression(expression))
@@ -100,7 +115,9 @@ CompileOutcome FunctionCompiler::Compile(std::string_view expression) const try 
                                                   ": " + fault->reason),
                 {}};
     std::string source;
-    if (CompileReport made = MakeSource(expression, SourcePath(), source); !made) {
+    if (CompileReport made =
+            MakeSource(expression, WithoutLongDouble(expression), SourcePath(), source);
+        !made) {
         made.alerts.push_back(Alert(kNoSource, {SourcePath()}));
         return {std::move(made), {}};
     }
@@ -112,20 +129,21 @@ CompileOutcome FunctionCompiler::Compile(std::string_view expression) const try 
 CompileReport FunctionCompiler::MakeSourceFile(std::string_view expression,
                                                const fs::path& sourcePath) const {
     std::string source;
-    return MakeSource(expression, sourcePath, source);
+    return MakeSource(expression, expression, sourcePath, source);
 }
 
-CompileReport FunctionCompiler::MakeSource(std::string_view expression, const fs::path& sourcePath,
-                                           std::string& source) const {
-    const fs::path templatePath = functions / "addon.c";
+/// `computed` is what the function computes, and `expression` what it says that it does.
+CompileReport FunctionCompiler::MakeSource(std::string_view expression, std::string_view computed,
+                                           const fs::path& sourcePath, std::string& source) const {
     const kits::Result<std::string> body = kits::ReadFile(templatePath);
     if (!body)
         return Failure(B_ENTRY_NOT_FOUND, Alert(kNoTemplate, {templatePath}), body.Fault().text);
-    source.append("#define EXPRESSION\t  ").append(expression).append("\n");
+    source.append("#define EXPRESSION\t  ").append(computed).append("\n");
     source.append("#define EXPRESSION_STR \"").append(expression).append("\"\n\n");
     source.append(*body);
     if (const kits::Result<void> written = kits::ReplaceFile(sourcePath, source); !written)
         return Failure(B_IO_ERROR, Alert(kNotOpened, {sourcePath}), written.Fault().text);
+    KeepToUser(sourcePath);
     return {};
 }
 
@@ -135,6 +153,8 @@ CompileOutcome FunctionCompiler::IncludeFunction(const fs::path& sourcePath) con
     if (source && sourcePath.native() != SourcePath().native()) {
         if (const auto copied = kits::ReplaceFile(SourcePath(), *source); !copied)
             fault = copied.Fault().text;
+        else
+            KeepToUser(SourcePath());
     }
     if (!fault.empty())
         return {Failure(B_IO_ERROR, Alert(kNotCopied, {sourcePath, addonPath}), std::move(fault)),
@@ -154,7 +174,9 @@ CompileOutcome FunctionCompiler::Build(std::string_view source, const fs::path& 
     if (!compiled)
         return {std::move(compiled), {}};
 
-    // Loaded before the file moves to where another program might replace it.
+    // Whoever may write to a loaded file may change what is executed. And it is loaded before it
+    // moves to where another program might replace it.
+    KeepToUser(folder / kAddon);
     const image_id image = load_add_on((folder / kAddon).c_str());
     std::optional<FunctionAddon> addon;
     if (image > 0)
@@ -171,12 +193,15 @@ CompileOutcome FunctionCompiler::Build(std::string_view source, const fs::path& 
         return {Failure(B_NAME_NOT_FOUND, Alert(kNoFunction, {addonPath}), {}), {}};
     if (!addon->Expression())
         return {Failure(B_NAME_NOT_FOUND, Alert(kNoText, {addonPath}), {}), {}};
+    if (auto tooCostly = TooCostly(MeasureCost(addon->Function())))
+        return {CompilerFailure(sourcePath, std::move(*tooCostly)), {}};
     return {std::move(compiled), std::move(addon)};
 }
 
 CompileReport FunctionCompiler::RunCompiler(const fs::path& folder,
                                             const fs::path& sourcePath) const {
-    const kits::ChildResult result = kits::RunProgram({Command(kSource, kAddon), folder, limits});
+    const kits::ChildResult result =
+        kits::RunProgram({Command(kSource, kAddon), folder, limits, kits::Interrupt::Pending});
     if (!result.Succeeded())
         return CompilerFailure(sourcePath, Describe(result, limits));
     return {B_OK, {}, result.standardError};

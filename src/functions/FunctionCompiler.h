@@ -3,6 +3,7 @@
 
 #include "functions/FunctionAddon.h"
 #include "kits/kernel/ChildProcess.h"
+#include "kits/storage/ProgramFolder.h"
 #include "kits/support/SupportDefs.h"
 
 #include <filesystem>
@@ -31,23 +32,25 @@ struct CompileOutcome : CompileReport {
     std::optional<FunctionAddon> addon;
 };
 
-/// Compiles expressions with the system's C compiler. In the folder "functions" below the program
-/// folder lie the template "addon.c", and after a compilation its source "recent.c" and the add-on
-/// "recent"; nothing else is left there. Each compilation takes place in a private folder below
-/// "functions" (CompileFolder), so several at a time, in one program or in several, never get each
-/// other's function. All calls wait for the compiler: the window thread, or any other that may
-/// wait.
+/// Compiles expressions with the system's C compiler. Of the program's folders "functions" has the
+/// template "addon.c" and, where a person's own lie, after a compilation its source "recent.c" and
+/// the add-on "recent"; nothing else is left there. Each compilation takes place in a private
+/// folder below "functions" (CompileFolder), so several at a time, in one program or in several,
+/// never get each other's function. All calls wait for the compiler: the window thread, or any
+/// other that may wait.
 class FunctionCompiler {
   public:
-    explicit FunctionCompiler(const std::filesystem::path& programFolder,
+    explicit FunctionCompiler(const kits::ProgramFolders& folders,
                               kits::ChildLimits limits = kits::ChildLimits());
 
     /// Checks the expression, makes the source file and includes its function. Only an expression
-    /// that CheckExpression accepts reaches a file or the compiler.
+    /// that CheckExpression accepts reaches a file or the compiler, which computes its long double
+    /// in double. A request to end the program (kits::Interrupt) stops the compiler.
     CompileOutcome Compile(std::string_view expression) const;
 
     /// Writes the source for an expression, which is not checked: two macro definitions with the
-    /// expression as it stands, and the template. B_ENTRY_NOT_FOUND: there is no template.
+    /// expression as it stands, and the template. The file is the user's alone. B_ENTRY_NOT_FOUND:
+    /// there is no template.
     CompileReport MakeSourceFile(std::string_view expression,
                                  const std::filesystem::path& sourcePath) const;
 
@@ -63,8 +66,8 @@ class FunctionCompiler {
     std::filesystem::path SourcePath() const { return functions / "recent.c"; }
 
   private:
-    CompileReport MakeSource(std::string_view expression, const std::filesystem::path& sourcePath,
-                             std::string& source) const;
+    CompileReport MakeSource(std::string_view expression, std::string_view computed,
+                             const std::filesystem::path& sourcePath, std::string& source) const;
     CompileOutcome Build(std::string_view source, const std::filesystem::path& sourcePath) const;
     CompileReport RunCompiler(const std::filesystem::path& folder,
                               const std::filesystem::path& sourcePath) const;
@@ -72,6 +75,7 @@ class FunctionCompiler {
                                   std::string details) const;
 
     std::filesystem::path functions;
+    std::filesystem::path templatePath;
     /// "functions/recent"
     std::filesystem::path addonPath;
     kits::ChildLimits limits;

@@ -51,12 +51,11 @@ void SampleBlock(const float* x, const float* y, float* values, std::size_t coun
         loops.Values(Turns(spiral), x, y, values, count);
 }
 
-/// The frames of the track, which delivers floats of one channel, as long as there are not too
-/// many.
+/// The frames of the track, which delivers floats of one channel; kLongestSample and some more
+/// where there are too many.
 std::vector<float> ReadTrack(BMediaTrack& track, const media_format& format) {
     std::vector<float> frames;
-    const int64 announced = std::max<int64>(track.CountFrames(), 0);
-    frames.reserve(std::min<std::size_t>(static_cast<std::size_t>(announced), kLongestSample));
+    frames.reserve(static_cast<std::size_t>(std::max<int64>(track.CountFrames(), 0)));
     std::vector<float> buffer(format.u.raw_audio.buffer_size / sizeof(float));
     int64 count = 0;
     while (frames.size() <= kLongestSample && track.ReadFrames(buffer.data(), &count) == B_OK)
@@ -97,12 +96,17 @@ kits::Result<LoadedSample> Load(const std::filesystem::path& path) {
     loaded.format.u.raw_audio.format = B_AUDIO_FLOAT;
     loaded.format.u.raw_audio.byte_order = B_MEDIA_LITTLE_ENDIAN;
     track->DecodedFormat(&loaded.format);
+    const auto tooLong = [&path] {
+        return Failure(path, "it is longer than " + std::to_string(kLongestSample) + " frames");
+    };
+    if (track->CountFrames() > static_cast<int64>(kLongestSample))
+        return tooLong();
     std::vector<float> frames = ReadTrack(*track, loaded.format);
     file.ReleaseAllTracks();
     if (frames.empty())
         return Failure(path, "it contains no sound");
     if (frames.size() > kLongestSample)
-        return Failure(path, "it is longer than " + std::to_string(kLongestSample) + " frames");
+        return tooLong();
 
     Normalise(frames);
     SampleSpiral next = CurrentSpiral();
@@ -163,15 +167,15 @@ bool SetSampleFrequency(float frameRate, double frequency) {
     return true;
 }
 
-std::string SampleFileName(const std::string& path, const std::filesystem::path& programFolder) {
-    const BEntry entry(path.c_str());
-    const BEntry samples((programFolder / "samples").c_str(), true);
+std::string SampleFileName(const std::string& path, const kits::ProgramFolders& folders) {
     BPath file;
     BPath folder;
-    BPath samplesFolder;
-    if (entry.GetPath(&file) != B_OK || file.GetParent(&folder) != B_OK)
+    if (BEntry(path.c_str()).GetPath(&file) != B_OK || file.GetParent(&folder) != B_OK)
         return path;
-    if (samples.GetPath(&samplesFolder) == B_OK && folder == samplesFolder)
+    const std::filesystem::path found = folders.Find("samples", file.Leaf());
+    BPath samplesFolder;
+    if (BEntry(found.parent_path().c_str(), true).GetPath(&samplesFolder) == B_OK &&
+        folder == samplesFolder)
         return file.Leaf();
     return file.Path();
 }

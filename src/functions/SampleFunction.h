@@ -6,6 +6,7 @@
 #pragma once
 
 #include "kits/media/MediaFormats.h"
+#include "kits/storage/ProgramFolder.h"
 #include "kits/support/Result.h"
 #include "kits/support/SupportDefs.h"
 #include "synth/PlaneFunction.h"
@@ -61,8 +62,8 @@ kits::Result<LoadedSample> LoadSample(const std::filesystem::path& path);
 /// thread.
 bool SetSampleFrequency(float frameRate, double frequency);
 
-/// How a function document names the sample file: by its leaf if it lies directly in the folder
-/// "samples" of the program folder, else by its full path.
-std::string SampleFileName(const std::string& path, const std::filesystem::path& programFolder);
+/// How a function document names the sample file: by its leaf if it is what is found by that name
+/// directly in a folder "samples" of the program's, else by its full path.
+std::string SampleFileName(const std::string& path, const kits::ProgramFolders& folders);
 
 } // namespace vexa

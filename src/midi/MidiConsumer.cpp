@@ -59,7 +59,7 @@ void VexaMidiConsumer::NoteOn(uchar from, uchar note, uchar velocity, bigtime_t)
     const auto hpb = static_cast<float>(std::exp(-2.0 * k));
     const auto hpgain = static_cast<float>((1.0 - hpa) * (1.0 - hpb) / (double(hpa) - double(hpb)));
     const auto x = static_cast<float>(double(parameters.EnvAx->Value(0, false, 0)) + cx);
-    const float start = function.Get()(x, cy);
+    const float start = Heard(function.Get()(x, cy));
 
     const int index = ChooseSlot(key);
     if (index < 0)
@@ -74,7 +74,7 @@ void VexaMidiConsumer::NoteOn(uchar from, uchar note, uchar velocity, bigtime_t)
     slot.hpa = hpa;
     slot.hpb = hpb;
     slot.hpgain = hpgain;
-    slot.start = std::isfinite(start) ? start : 0.0F;
+    slot.start = start;
     slot.continues = before.Active();
     slot.released = false;
     slot.notes = slot.notes + 1;
@@ -90,8 +90,9 @@ void VexaMidiConsumer::SetChannel(int32 next) {
     EndNotes();
 }
 
-/// Silences what is too much. Both who starts a voice and who sets the limit look afterwards, so
-/// that of two who do it at the same time at least one sees the other.
+/// Silences what is too much. A note that is being changed cannot be silenced; so both who has
+/// changed one and who sets the limit look afterwards, and of two who do it at the same time at
+/// least one sees what the other has done.
 void VexaMidiConsumer::KeepToLimit() {
     while (CountVox() > voiceLimit && ReduceVoicesByOne(voices)) {
     }
@@ -134,6 +135,7 @@ void VexaMidiConsumer::NoteOff(uchar from, uchar note, uchar, bigtime_t) {
         slot.released = true;
         slot.state.EndChange(before.Active());
     }
+    KeepToLimit();
 }
 
 void VexaMidiConsumer::ControlChange(uchar from, uchar controller, uchar value, bigtime_t) {

@@ -25,7 +25,7 @@ bool SetOversample(Options& options, std::string_view text) {
 // The columns are easier to compare than to wrap.
 // clang-format off
 constexpr kits::OptionRow<Options> kRows[] = {
-    {"sound", "FILE", nullptr, "the sound document (sounds/default.xml)",
+    {"sound", "SOUND", nullptr, "play a file, or the sound of that name (default)",
      [](Options& o, std::string_view text) { return SetText(o.sound.emplace(), text); }},
     {"function", "EXPR", nullptr, "play this function of x and y instead of the sound's",
      [](Options& o, std::string_view text) { return SetText(o.function.emplace(), text); }},
@@ -49,6 +49,8 @@ constexpr kits::OptionRow<Options> kRows[] = {
      [](Options& o, std::string_view text) { return SetNumber(o.block, text, 1, 65536); }},
     {"normalize", nullptr, nullptr, "scale the whole to full volume",
      [](Options& o, std::string_view) { return o.normalize = true; }},
+    {"user-folder", nullptr, nullptr, "find what you made in $XDG_DATA_HOME/vexa, not beside the program",
+     [](Options& o, std::string_view) { return o.userFolder = true; }},
     {"quiet", nullptr, nullptr, "show no progress",
      [](Options& o, std::string_view) { return o.quiet = true; }},
     {"help", nullptr, nullptr, "show this",

@@ -19,7 +19,7 @@ struct Options {
     std::filesystem::path midi;
     std::filesystem::path output;
 
-    /// Without a value: sounds/default.xml of the program folder.
+    /// A file's path or a sound's name. Without a value: the sound "default".
     std::optional<std::filesystem::path> sound;
     /// These replace the sound's function; at most one of the first two has a value. A frequency
     /// (Hz) without a sample is for the sample that the sound brings, if it does.
@@ -42,6 +42,8 @@ struct Options {
     int block = 512;
     /// Scales the whole to a peak of 1.
     bool normalize = false;
+    /// What a person made is looked for in the user's folder, wherever the program lies.
+    bool userFolder = false;
     bool quiet = false;
 };
 

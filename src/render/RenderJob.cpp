@@ -41,10 +41,8 @@ float Peak(float least, std::span<const float> samples) {
 
 class RenderJob {
   public:
-    RenderJob(const Options& options, const std::filesystem::path& programFolder)
-        : options(options),
-          programFolder(programFolder),
-          fullRate(double(options.rate) * options.oversample) {
+    RenderJob(const Options& options, const kits::ProgramFolders& folders)
+        : options(options), folders(folders), fullRate(double(options.rate) * options.oversample) {
         receivers.AddReceiver([this](const PlaneFunction& f) { instrument.SetFunction(f); });
     }
 
@@ -69,13 +67,17 @@ class RenderJob {
         outcome.exitCode = exitCode;
         return {std::move(text)};
     }
+    Error Interrupted() {
+        return EndWith(interrupt->ExitCode(),
+                       "interrupted; " + options.output.string() + " was not written");
+    }
     void Warn(std::vector<std::string> more) {
         outcome.warnings.insert(outcome.warnings.end(), std::make_move_iterator(more.begin()),
                                 std::make_move_iterator(more.end()));
     }
 
     const Options& options;
-    const std::filesystem::path& programFolder;
+    const kits::ProgramFolders& folders;
     /// Samples per second that the engine computes.
     double fullRate;
     RenderOutcome outcome;
@@ -101,15 +103,18 @@ Result<void> RenderJob::Render() {
     Result<kits::FileReplacement> file = kits::FileReplacement::Create(options.output);
     if (!file)
         return file.Fault();
-    Result<kits::SoundFileWriter> writer =
-        kits::SoundFileWriter::Create(file->Descriptor(), *format, options.output, options.rate);
+    Performance performance(instrument, *midi, fullRate, options.tail);
+    const auto frames = static_cast<std::uint64_t>(performance.Length() / options.oversample + 1);
+    Result<kits::SoundFileWriter> writer = kits::SoundFileWriter::Create(
+        file->Descriptor(), *format, options.output, options.rate, frames);
     if (!writer)
         return writer.Fault();
-    Performance performance(instrument, *midi, fullRate, options.tail);
     if (Result<void> written = Write(performance, *writer, *format); !written)
         return written;
     if (Result<void> finished = writer->Finish(); !finished)
         return finished;
+    if (instrument.renderer.HasBounded())
+        outcome.warnings.push_back("the function has values beyond 1e30, which count as that");
 
     outcome.summary.seconds = static_cast<double>(performance.Length()) / fullRate;
     outcome.summary.notes = midi->notes;
@@ -120,10 +125,13 @@ Result<void> RenderJob::Render() {
 
 /// The sound document that the options name, with the function that they put in its place.
 Result<Sound> RenderJob::ChosenSound() {
-    const std::filesystem::path path =
-        options.sound.value_or(programFolder / "sounds" / "default.xml");
+    const Result<std::filesystem::path> path = options.sound
+                                                   ? folders.FindDocument("sounds", *options.sound)
+                                                   : folders.Find("sounds", "default.xml");
+    if (!path)
+        return Error{"--sound: " + path.Fault().text};
     ReadReport report;
-    Result<Sound> sound = ReadSound(path, Sound(), report);
+    Result<Sound> sound = ReadSound(*path, report);
     if (!sound)
         return Error{report.reason};
     Warn(std::move(report.warnings));
@@ -140,7 +148,7 @@ Result<Sound> RenderJob::ChosenSound() {
     if (options.sampleFrequency) {
         if (function.kind != FunctionKind::Sample)
             return EndWith(kUsageExitCode, "--sample-frequency is for a sound from a sample, and " +
-                                               path.string() + " is none");
+                                               path->string() + " is none");
         function.frequency = std::to_string(*options.sampleFrequency);
     }
     return sound;
@@ -150,10 +158,9 @@ Result<void> RenderJob::SetUpInstrument() {
     const Result<Sound> sound = ChosenSound();
     if (!sound)
         return sound.Fault();
-    if (Result<void> installed = InstallFunction(sound->function, programFolder, receivers);
-        !installed)
+    if (Result<void> installed = InstallFunction(sound->function, folders, receivers); !installed)
         return installed;
-    Warn(ApplyParameters(*sound, instrument.parameters));
+    ApplyParameters(*sound, instrument.parameters);
     ApplyEnvelopes(*sound, instrument.parameters);
     instrument.renderer.SetGain(static_cast<float>(options.gain));
     instrument.consumer.ReduceToMaxVox(options.voices);
@@ -193,7 +200,9 @@ Result<void> RenderJob::Write(Performance& performance, kits::SoundFileWriter& w
     peak = *rendered > 0 ? 1 : 0;
     const auto scale = static_cast<float>(*rendered > 0 ? 1 / *rendered : 1);
     std::vector<float> scaled;
-    return store->Replay([&](std::span<const float> samples) {
+    return store->Replay([&](std::span<const float> samples) -> Result<void> {
+        if (interrupt->Requested())
+            return Interrupted();
         scaled.assign(samples.begin(), samples.end());
         for (float& sample : scaled)
             sample *= scale;
@@ -211,8 +220,7 @@ Result<double> RenderJob::RenderInto(Performance& performance, const FloatStore:
     float peak = 0;
     for (bool more = true; more;) {
         if (interrupt->Requested())
-            return EndWith(interrupt->ExitCode(),
-                           "interrupted; " + options.output.string() + " was not written");
+            return Interrupted();
         const std::size_t count = performance.Render(block.data(), block.size());
         more = count > 0;
         output.clear();
@@ -230,8 +238,8 @@ Result<double> RenderJob::RenderInto(Performance& performance, const FloatStore:
 
 } // namespace
 
-RenderOutcome RunRender(const Options& options, const std::filesystem::path& programFolder) {
-    return RenderJob(options, programFolder).Run();
+RenderOutcome RunRender(const Options& options, const kits::ProgramFolders& folders) {
+    return RenderJob(options, folders).Run();
 }
 
 } // namespace vexa

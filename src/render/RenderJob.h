@@ -1,11 +1,11 @@
 // One run of vexa-render, from the parsed command line to the finished file.
 #pragma once
 
+#include "kits/storage/ProgramFolder.h"
 #include "kits/support/Result.h"
 #include "render/Options.h"
 #include "render/Progress.h"
 
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -23,9 +23,9 @@ struct RenderOutcome {
     std::vector<std::string> warnings;
 };
 
-/// Does what the options ask for; `programFolder` has sounds/ and functions/. On any failure, and
+/// Does what the options ask for with what `folders` have. On any failure, and
 /// on SIGINT, SIGTERM or SIGHUP, the output is as it was and nothing is left beside it. One thread,
 /// which plays the parts of all three.
-RenderOutcome RunRender(const Options& options, const std::filesystem::path& programFolder);
+RenderOutcome RunRender(const Options& options, const kits::ProgramFolders& folders);
 
 } // namespace vexa

@@ -29,10 +29,10 @@ int Run(const std::vector<std::string>& texts) {
     if (options->action == vexa::Options::Action::Version)
         return std::fputs(vexa::VersionText().c_str(), stdout) < 0;
 
-    const auto folder = kits::ProgramFolder("vexa");
-    if (!folder)
-        return Fail(folder.Fault().text, 1);
-    const vexa::RenderOutcome outcome = vexa::RunRender(*options, *folder);
+    const auto folders = kits::FindProgramFolders("vexa", options->userFolder);
+    if (!folders)
+        return Fail(folders.Fault().text, 1);
+    const vexa::RenderOutcome outcome = vexa::RunRender(*options, *folders);
     for (const std::string& warning : outcome.warnings)
         Say("warning: " + warning);
     if (outcome.exitCode != 0)

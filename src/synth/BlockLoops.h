@@ -83,9 +83,9 @@ struct BlockLoops {
     /// values[i] = the line at t[i]. No slack, any count.
     void (*Line)(const EnvelopeLine& line, const float* t, float* values, std::size_t count);
     /// Runs `voices` filters over their input, samples[k * count + i] for filter k at moment i, and
-    /// adds their output to sum[i], filter after filter. Input that is not finite counts as 0: it
-    /// would stay in the sums for ever.
-    void (*LowCut)(LowCutFilter* const* filters, const float* samples, std::size_t voices,
+    /// adds their output to sum[i], filter after filter. Input counts as Heard says; a filter whose
+    /// sums are not finite all the same starts afresh. True where input was beyond kMostHeard.
+    bool (*LowCut)(LowCutFilter* const* filters, const float* samples, std::size_t voices,
                    std::size_t count, float* sum);
     /// to[i] = from[i], rounded.
     void (*Narrow)(const double* from, float* to, std::size_t count);

@@ -18,6 +18,7 @@ struct Coefficients {
     double c0, c1, c2, c3;
     double control;
 
+    bool operator==(const Coefficients&) const = default;
     Weights For(float vel, float key) const noexcept {
         return {c0, c1 * vel + c2 * key + c3 * control};
     }

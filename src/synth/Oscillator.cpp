@@ -29,6 +29,16 @@ void Oscillator::Advance(Wave wave, double sine, double cosine, std::size_t coun
     coordinate.slope = wave == Wave::sine ? cosine : -sine;
 }
 
+void Oscillator::Pass(double newTurn, std::size_t newOffset, std::size_t count) noexcept {
+    Begin(newTurn, newOffset);
+    if (even) {
+        phase += static_cast<double>(count) * step;
+        return;
+    }
+    std::array<double, kRoom> phases;
+    phase = Loops().Accumulate(phase, turn, phases.data(), count);
+}
+
 void Oscillator::AdvanceUnevenly(Wave wave, std::size_t count, double* result) noexcept {
     std::array<double, kRoom> phases, sines, cosines;
     phase = Loops().Accumulate(phase, turn, phases.data(), count);

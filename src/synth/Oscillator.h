@@ -21,6 +21,9 @@ class Oscillator {
     double Phase() const { return phase; }
     void Restart() { phase = 0; }
 
+    /// Lets `count` samples go by whose waves nobody asks for, in place of Begin and Advance.
+    void Pass(double newTurn, std::size_t newOffset, std::size_t count) noexcept;
+
     /// Begins a block `offset` samples after its cell; `turn` is the phase's step. Answers the
     /// phase at the beginning of the cell, whose sine and cosine Advance needs.
     double Begin(double newTurn, std::size_t newOffset) noexcept {

@@ -1,6 +1,13 @@
 #include "synth/PlaneFunction.h"
 
+#include <algorithm>
+#include <cmath>
+
 namespace vexa {
+
+float Heard(float value) {
+    return std::isfinite(value) ? std::clamp(value, -kMostHeard, kMostHeard) : 0.0F;
+}
 
 float nullfunc(float, float) {
     return 0.0F;

@@ -17,6 +17,7 @@ struct PlaneFunction {
     PointFunction point = nullptr;
     BlockFunction block = nullptr;
 
+    bool operator==(const PlaneFunction&) const = default;
     float operator()(float x, float y) const { return point(x, y); }
 
     /// values[i] = f(x[i], y[i]), by the block form where there is one.
@@ -29,6 +30,12 @@ struct PlaneFunction {
             values[i] = point(x[i], y[i]);
     }
 };
+
+/// What a value of f counts for in the sound: bounded to this on either side. A low-cut filter's
+/// sums grow to some 8000 times its input (note 0 at 44100 samples per second), and stay finite.
+constexpr float kMostHeard = 1e30F;
+/// The value as it is heard; 0 for what is not finite.
+float Heard(float value);
 
 /// 0 everywhere.
 float nullfunc(float x, float y);

@@ -3,10 +3,8 @@
 #include "synth/BlockLoops.h"
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <condition_variable>
-#include <memory>
 #include <mutex>
 #include <stop_token>
 #include <system_error>
@@ -26,8 +24,11 @@ constexpr std::size_t kPiece = 2048;
 constexpr auto kTrial = std::chrono::microseconds(10);
 constexpr auto kWorthHelp = std::chrono::microseconds(40);
 
-/// The rows of a picture in bands, which several threads take one after the other.
-class Bands {
+} // namespace
+
+/// The rows of a picture in bands, which several threads take one after the other while they are
+/// open.
+class PlaneDrawing::Bands {
   public:
     Bands(const PlaneFunction& f, const PlaneArea& area, uint32* words)
         : f(f),
@@ -42,36 +43,54 @@ class Bands {
             x[c] = area.linkFunctionX + static_cast<float>(c % area.columns) * area.scale - left;
     }
 
-    /// Computes bands until there are none left.
-    void DrawAll() {
+    /// From now on bands may be taken, until the moment `end`.
+    void Open(Clock::time_point end) {
+        const std::lock_guard lock(mutex);
+        closes = end;
+        open = true;
+    }
+
+    /// Computes bands until none can be taken.
+    void Draw() {
         while (DrawNext()) {
         }
     }
 
-    /// Waits for the bands that other threads have taken. Whoever comes later finds none, and
-    /// touches neither the function nor the words.
-    void WaitForAll() const {
-        for (std::size_t done = finished; done < bands; done = finished)
-            finished.wait(done);
-    }
-
-    /// Computes bands until kTrial is over; how long the others will take at that pace.
+    /// Computes bands until kTrial is over; how long all the others will take at that pace.
     std::chrono::duration<double> Try() {
         const auto start = Clock::now();
+        const std::size_t first = next;
         std::chrono::duration<double> passed{};
         while (passed < kTrial && DrawNext())
             passed = Clock::now() - start;
-        const auto done = static_cast<double>(std::min<std::size_t>(next, bands));
-        return passed * ((static_cast<double>(bands) - done) / std::max(done, 1.0));
+        const auto done = static_cast<double>(next - first);
+        return passed * (static_cast<double>(bands - next) / std::max(done, 1.0));
+    }
+
+    /// No more bands may be taken; waits for those that other threads have taken. Whoever comes
+    /// later touches neither the function nor the words. Answers whether the picture is complete.
+    bool Close() {
+        std::unique_lock lock(mutex);
+        open = false;
+        changed.wait(lock, [this] { return finished == next; });
+        return finished == bands;
     }
 
   private:
     bool DrawNext() {
-        const std::size_t band = next.fetch_add(1, std::memory_order_relaxed);
-        if (band >= bands)
+        std::unique_lock lock(mutex);
+        if (!open || next == bands || Clock::now() >= closes)
             return false;
-        const std::size_t first = band * rowsPerBand;
-        const std::size_t rows = std::min(rowsPerBand, area.rows - first);
+        const std::size_t first = next++ * rowsPerBand;
+        lock.unlock();
+        Draw(first, std::min(rowsPerBand, area.rows - first));
+        lock.lock();
+        finished++;
+        changed.notify_all();
+        return true;
+    }
+
+    void Draw(std::size_t first, std::size_t rows) {
         alignas(64) float y[kPiece];
         alignas(64) float values[kPiece];
         // Of a row that is longer than a piece, all the pieces have the same y.
@@ -83,9 +102,6 @@ class Bands {
             f.Evaluate(&x[i], y, values, count);
             Loops().Words(values, words + first * area.columns + i, count);
         }
-        finished.fetch_add(1);
-        finished.notify_all();
-        return true;
     }
 
     const PlaneFunction f;
@@ -96,13 +112,18 @@ class Bands {
     const float top;
     /// Of the points of a band.
     std::vector<float> x;
-    std::atomic<std::size_t> next{0};
-    std::atomic<std::size_t> finished{0};
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool open = false;
+    Clock::time_point closes;
+    /// The bands that have been taken and those that are done.
+    std::size_t next = 0;
+    std::size_t finished = 0;
 };
 
 /// One sleeping thread for each further core, from the first picture that wants them to the end of
 /// the program.
-class Helpers {
+class PlaneDrawing::Helpers {
   public:
     static Helpers& Instance() {
         static Helpers helpers;
@@ -134,7 +155,7 @@ class Helpers {
             seen = offers;
             const std::shared_ptr<Bands> bands = offered;
             lock.unlock();
-            bands->DrawAll();
+            bands->Draw();
             lock.lock();
         }
     }
@@ -147,14 +168,20 @@ class Helpers {
     std::vector<std::jthread> threads;
 };
 
-} // namespace
+PlaneDrawing::PlaneDrawing(const PlaneFunction& f, const PlaneArea& area, uint32* words)
+    : bands(std::make_shared<Bands>(f, area, words)) {}
 
-void DrawPlane(const PlaneFunction& f, const PlaneArea& area, uint32* words) {
-    const auto bands = std::make_shared<Bands>(f, area, words);
+bool PlaneDrawing::Continue(Clock::duration time) {
+    const auto now = Clock::now();
+    bands->Open(time < Clock::time_point::max() - now ? now + time : Clock::time_point::max());
     if (bands->Try() > kWorthHelp)
         Helpers::Instance().Offer(bands);
-    bands->DrawAll();
-    bands->WaitForAll();
+    bands->Draw();
+    return bands->Close();
+}
+
+void DrawPlane(const PlaneFunction& f, const PlaneArea& area, uint32* words) {
+    PlaneDrawing(f, area, words).Continue(Clock::duration::max());
 }
 
 } // namespace vexa

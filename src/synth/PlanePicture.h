@@ -4,7 +4,9 @@
 #include "kits/support/SupportDefs.h"
 #include "synth/PlaneFunction.h"
 
+#include <chrono>
 #include <cstddef>
+#include <memory>
 
 namespace vexa {
 
@@ -22,13 +24,32 @@ struct PlaneArea {
     std::size_t columns, rows;
 };
 
-/// Writes the pixels' words, one row after the other. A pixel's word is v = f 255 without
-/// fraction where v > 0, else -v in the red byte; values beyond +-1 carry into the next byte, and
-/// end at the largest float below 2^31. A value that is not finite is shown as 0.
-///
-/// Where the first rows say that it takes long, all cores compute the rest. f is then called in
-/// threads of this function's own, but not after it has returned, so what the caller may call, they
-/// may. Not the media thread.
+/// A picture that is computed in parts, so that a function that takes long does not hold up who
+/// shows it. One thread at a time, not the media thread.
+class PlaneDrawing {
+  public:
+    /// `words` has room for the pixels, one row after the other, and outlives this or the last
+    /// Continue. A pixel's word is v = f 255 without fraction where v > 0, else -v in the red byte;
+    /// values beyond +-1 carry into the next byte, and end at the largest float below 2^31. A value
+    /// that is not finite is shown as 0.
+    PlaneDrawing(const PlaneFunction& f, const PlaneArea& area, uint32* words);
+
+    /// Computes for about so long, from the top on, or until the picture is complete, which it
+    /// answers.
+    ///
+    /// Where the first rows say that it takes long, all cores compute the rest. f is then called in
+    /// threads of this class's own, but only while this runs, so what the caller may call, they
+    /// may.
+    bool Continue(std::chrono::steady_clock::duration time);
+
+  private:
+    class Bands;
+    class Helpers;
+
+    std::shared_ptr<Bands> bands;
+};
+
+/// The whole picture at once, however long it takes.
 void DrawPlane(const PlaneFunction& f, const PlaneArea& area, uint32* words);
 
 } // namespace vexa

@@ -27,6 +27,10 @@ struct RunningVoice {
     std::array<EnvelopeTrack, 4> envelopes;
     std::array<float, 4> rellevel{};
     LowCutFilter filter;
+    /// At the end of the last cell its point had come to a stand for good (VoiceMotion::Stands).
+    bool stands = false;
+    /// And the filter had settled: until something changes, each sample is filter.out.
+    bool rests = false;
 };
 
 } // namespace vexa

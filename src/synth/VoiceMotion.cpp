@@ -160,4 +160,31 @@ void VoiceMotion::Move(std::span<RunningVoice* const> voices, float* placesx,
     loops.Places(coordinates.data(), 2 * voices.size(), count);
 }
 
+bool VoiceMotion::Stands(const Axis& axis, RunningVoice& v) noexcept {
+    const auto t = static_cast<float>(v.t);
+    // Whether the sum is 0 for good where its envelope has come to its end, and where it has none
+    // to follow.
+    const auto zero = [&](const Axis::NumberedCurve& envelope, double weight, double rest) {
+        EnvelopeTrack& track = v.envelopes[envelope.number];
+        if (weight == 0)
+            return rest == 0;
+        return track.HoldsForGood(envelope.curve, t, v.released, v.rellevel[envelope.number]) &&
+               track.Value() * weight + rest == 0;
+    };
+    const Weights drift = axis.drift.For(v.vel, v.key);
+    const Weights radius = axis.radius.For(v.vel, v.key);
+    return zero(axis.radiusEnvelope, radius.c0 + radius.rest, 0) &&
+           zero(axis.driftEnvelope, drift.c0, drift.rest);
+}
+
+bool VoiceMotion::Stands(RunningVoice& v) const noexcept {
+    return v.released && Stands(x, v) && Stands(y, v);
+}
+
+void VoiceMotion::Pass(RunningVoice& v) const noexcept {
+    const Times passed(v, dt, count);
+    v.x.Pass(x.turn * v.freq * dt, offset, count);
+    v.y.Pass(y.turn * v.freq * dt, offset, count);
+}
+
 } // namespace vexa

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <span>
 
 namespace vexa {
@@ -27,6 +28,28 @@ class VoiceMotion {
     /// y[k * count + i], and up to kSlack floats beyond, and advances the voices.
     void Move(std::span<RunningVoice* const> voices, float* x, float* y) const noexcept;
 
+    /// Whether the point of a released voice stays where it is as long as the sound is the same: no
+    /// radius, no drift, and no envelope that would still change that.
+    bool Stands(RunningVoice& v) const noexcept;
+    /// Lets the block go by for a voice that stands.
+    void Pass(RunningVoice& v) const noexcept;
+
+    /// What the motion of a voice depends on besides the voice and its envelopes' points.
+    struct Sound {
+        Coefficients driftx, drifty, radiusx, radiusy;
+        /// Numbers of the curves, in the order of EnvelopePlaces.
+        std::array<std::uint64_t, 4> curves;
+        bool operator==(const Sound&) const = default;
+    };
+    Sound Of() const noexcept {
+        return {x.drift,
+                y.drift,
+                x.radius,
+                y.radius,
+                {x.driftEnvelope.curve.Number(), y.driftEnvelope.curve.Number(),
+                 x.radiusEnvelope.curve.Number(), y.radiusEnvelope.curve.Number()}};
+    }
+
   private:
     /// One coordinate's part of the sound.
     struct Axis {
@@ -44,6 +67,7 @@ class VoiceMotion {
     class Times;
     class Drifts;
 
+    static bool Stands(const Axis& axis, RunningVoice& v) noexcept;
     void PutRadius(const Axis& axis, const RunningVoice& v, Times& times, Space& space,
                    Coordinate& coordinate) const noexcept;
     void PutCentre(const Axis& axis, const RunningVoice& v, double& centre, Times& times,

@@ -3,9 +3,9 @@
 #include "synth/Envelope.h"
 #include "synth/ParameterTable.h"
 #include "synth/Realtime.h"
-#include "synth/VoiceMotion.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace vexa {
 
@@ -17,6 +17,35 @@ struct VoiceRenderer::Block {
     alignas(64) std::array<float, kPoints> x, y, s;
     alignas(64) std::array<float, kRoom> sum;
 };
+
+namespace {
+
+/// Of a voice, below full volume 1.
+constexpr float kInaudible = 1e-7F;
+
+/// Whether the output of a filter will stay as it is as long as its input stays `s`. Where all that
+/// is still to come is inaudible, it is left out.
+bool Settles(LowCutFilter& filter, float s) noexcept {
+    const auto after = [s](float pole, float sum) {
+        return static_cast<float>(double(pole) * sum + s);
+    };
+    if (after(filter.hpa, filter.hpsum0) == filter.hpsum0 &&
+        after(filter.hpb, filter.hpsum1) == filter.hpsum1)
+        return true;
+    // Each sum tends to one value, and what it lacks decays.
+    const float end0 = s / (1.0F - filter.hpa);
+    const float end1 = s / (1.0F - filter.hpb);
+    const float lacks =
+        filter.hpgain * (std::abs(filter.hpsum0 - end0) + std::abs(filter.hpsum1 - end1));
+    if (!(lacks < kInaudible))
+        return false;
+    filter.hpsum0 = end0;
+    filter.hpsum1 = end1;
+    filter.out = 0;
+    return true;
+}
+
+} // namespace
 
 VoiceRenderer::VoiceRenderer(const ControllerTable& controllers, const sound_param& parameters,
                              VoiceTable& voices)
@@ -44,31 +73,61 @@ void VoiceRenderer::Render(float* buffer, std::size_t count) noexcept {
 
 void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* buffer,
                                 std::size_t count) noexcept {
+    const VoiceMotion motion(parameters, controllers, 1.0 / sampleRate, offset, count);
+    WakeIfChanged(motion, f);
     std::array<RunningVoice*, kVoiceSlots> sounding;
     std::array<LowCutFilter*, kVoiceSlots> filters;
     std::size_t voiceCount = 0;
+    float resting = 0;
     for (std::size_t i = 0; i < kVoiceSlots; i++) {
-        TakeUpChange(running[i], voices[i]);
-        if (!running[i].sounds)
+        RunningVoice& v = running[i];
+        TakeUpChange(v, voices[i]);
+        if (!v.sounds)
             continue;
-        filters[voiceCount] = &running[i].filter;
-        sounding[voiceCount++] = &running[i];
+        if (v.rests) {
+            motion.Pass(v);
+            resting += v.filter.out;
+            continue;
+        }
+        filters[voiceCount] = &v.filter;
+        sounding[voiceCount++] = &v;
     }
+    const float factor = gain;
     if (voiceCount == 0) {
-        std::fill_n(buffer, count, 0.0F);
+        std::fill_n(buffer, count, resting * factor);
         return;
     }
-    const VoiceMotion motion(parameters, controllers, 1.0 / sampleRate, offset, count);
     constexpr std::size_t kTogether = VoiceMotion::kTogether;
     for (std::size_t k = 0; k < voiceCount; k += kTogether)
         motion.Move({&sounding[k], std::min(kTogether, voiceCount - k)}, &block.x[k * count],
                     &block.y[k * count]);
     f.Evaluate(block.x.data(), block.y.data(), block.s.data(), voiceCount * count);
-    block.sum.fill(0);
-    Loops().LowCut(filters.data(), block.s.data(), voiceCount, count, block.sum.data());
-    const float factor = gain;
+    block.sum.fill(resting);
+    if (Loops().LowCut(filters.data(), block.s.data(), voiceCount, count, block.sum.data()))
+        bounded = true;
     for (std::size_t i = 0; i < count; i++)
         buffer[i] = block.sum[i] * factor;
+    // Only where a cell ends, so that it does not depend on where blocks are cut; and of points
+    // that stood at its beginning too, so that the last value is the one that stays.
+    if (offset + count < kBlock)
+        return;
+    for (std::size_t k = 0; k < voiceCount; k++) {
+        RunningVoice& v = *sounding[k];
+        const bool stood = v.stands;
+        v.stands = motion.Stands(v);
+        v.rests = stood && v.stands && Settles(v.filter, Heard(block.s[(k + 1) * count - 1]));
+    }
+}
+
+/// A voice that rests goes on moving when the sound has become another.
+void VoiceRenderer::WakeIfChanged(const VoiceMotion& motion, const PlaneFunction& f) noexcept {
+    const VoiceMotion::Sound now = motion.Of();
+    if (now == sound && f == heard)
+        return;
+    sound = now;
+    heard = f;
+    for (RunningVoice& v : running)
+        v.stands = v.rests = false;
 }
 
 /// Begins the slot's new note, or its release, if there is one. A note that is being rewritten at
@@ -126,6 +185,7 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot) noexcept {
     for (EnvelopeTrack& envelope : v.envelopes)
         envelope.Restart();
     v.sounds = true;
+    v.stands = v.rests = false;
     v.changes = seen.Changes();
 }
 

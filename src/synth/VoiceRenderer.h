@@ -7,6 +7,7 @@
 #include "synth/RunningVoice.h"
 #include "synth/SoundParam.h"
 #include "synth/Voice.h"
+#include "synth/VoiceMotion.h"
 
 #include <array>
 #include <cstddef>
@@ -34,6 +35,9 @@ class VoiceRenderer {
     /// Media thread: no allocation, lock, wait or system call.
     void Render(float* buffer, std::size_t count) noexcept;
 
+    /// Whether f was so large that it was bounded (kMostHeard). Any thread.
+    bool HasBounded() const { return bounded; }
+
     /// The factor on the sum, 0..1; anything else is ignored. Any thread.
     void SetGain(float next) noexcept;
 
@@ -50,6 +54,7 @@ class VoiceRenderer {
     void TakeUpChange(RunningVoice& running, const voice& slot) noexcept;
     void RenderBlock(const PlaneFunction& f, Block& block, float* buffer,
                      std::size_t count) noexcept;
+    void WakeIfChanged(const VoiceMotion& motion, const PlaneFunction& f) noexcept;
     void ShowProgress() noexcept;
 
     std::array<RunningVoice, kVoiceSlots> running;
@@ -61,6 +66,10 @@ class VoiceRenderer {
     double sampleRate = 44100;
     /// Samples rendered since the beginning of the present cell (Oscillator).
     std::size_t offset = 0;
+    kits::Shared<bool> bounded{false};
+    /// What the voices that rest depend on.
+    VoiceMotion::Sound sound{};
+    PlaneFunction heard{};
     kits::Reader reader;
 };
 

@@ -3,7 +3,6 @@
 #include "kits/interface/Window.h"
 #include "synth/Coefficients.h"
 #include "synth/Envelope.h"
-#include "synth/PlanePicture.h"
 #include "views/ImageExport.h"
 #include "views/R2RFVTranslatorSavePanel.h"
 
@@ -24,6 +23,10 @@ constexpr double kRevolution = 6.28318530718;
 constexpr uint8 kMarkGreen = 200;
 constexpr rgb_color kOrbitColor = {0, 200, 0, 255};
 constexpr std::size_t kPixelBytes = 4;
+/// How long a picture is computed when it is to be shown, and at a pulse, ten of which come in a
+/// second; both are short enough for the window to answer.
+constexpr auto kDrawTime = std::chrono::milliseconds(60);
+constexpr auto kPulseTime = std::chrono::milliseconds(30);
 /// Of the green byte within a pixel.
 constexpr std::size_t kGreenByte = 1;
 
@@ -39,7 +42,7 @@ R2RFView::R2RFView(BRect frame, const char* name, BPoint linkFunction, BPoint li
       scale(scale) {
     marks.reserve(kMostMarks);
     SetViewColor(B_TRANSPARENT_COLOR);
-    SetupBitmap();
+    Compute(kPulseTime);
     BMessenger self(this);
     savePanel = std::make_unique<R2RFVTranslatorSavePanel>(
         "TranslatorSavePanel", &self, nullptr, B_FILE_NODE, false, new BMessage(kSaveImage),
@@ -113,8 +116,23 @@ void R2RFView::Change() {
 }
 
 void R2RFView::SetupBitmap() {
-    bitmap = MakeBitmap(Frame(), scale);
-    marks.clear();
+    stale = true;
+    // It calls a function that may be about to go.
+    drawing.reset();
+}
+
+/// Goes on with the picture for so long if it is not complete.
+void R2RFView::Compute(std::chrono::steady_clock::duration time) {
+    if (stale) {
+        stale = false;
+        marks.clear();
+        bitmap = std::make_unique<BBitmap>(Frame(), B_RGB32);
+        if (bitmap->IsValid())
+            drawing = std::make_unique<PlaneDrawing>(function, Area(*bitmap, scale),
+                                                     static_cast<uint32*>(bitmap->Bits()));
+    }
+    if (drawing && drawing->Continue(time))
+        drawing.reset();
 }
 
 void R2RFView::SetSoundParam(const ControllerTable* controllers, const sound_param* parameters,
@@ -129,14 +147,19 @@ std::unique_ptr<BBitmap> R2RFView::MakeBitmap(BRect rect, float s) const {
     auto picture = std::make_unique<BBitmap>(rect, B_RGB32);
     if (!picture->IsValid())
         return picture;
-    const auto columns = static_cast<std::size_t>(picture->BytesPerRow()) / kPixelBytes;
-    const auto rows = static_cast<std::size_t>(rect.IntegerHeight()) + 1;
-    DrawPlane(function, {linkFunctionX, linkFunctionY, linkScreenX, linkScreenY, s, columns, rows},
-              static_cast<uint32*>(picture->Bits()));
+    DrawPlane(function, Area(*picture, s), static_cast<uint32*>(picture->Bits()));
     return picture;
 }
 
+/// What a picture of `s` plane units per pixel shows.
+PlaneArea R2RFView::Area(const BBitmap& picture, float s) const {
+    const auto columns = static_cast<std::size_t>(picture.BytesPerRow()) / kPixelBytes;
+    const auto rows = static_cast<std::size_t>(picture.Bounds().IntegerHeight()) + 1;
+    return {linkFunctionX, linkFunctionY, linkScreenX, linkScreenY, s, columns, rows};
+}
+
 void R2RFView::Draw(BRect) {
+    Compute(kDrawTime);
     DrawBitmap(bitmap.get(), Bounds());
 }
 
@@ -164,10 +187,15 @@ void R2RFView::EraseMarks() {
 }
 
 void R2RFView::Pulse() {
+    if (!IsComplete()) {
+        Compute(kPulseTime);
+        Invalidate();
+    }
     EraseMarks();
     prevDirty = dirty;
     dirty = EmptyRect();
-    if (hasSoundParam) {
+    // What is not complete yet would be drawn over the marks.
+    if (hasSoundParam && IsComplete()) {
         for (int32 slot = 0; slot < kVoiceSlots; slot++) {
             if ((*voices)[static_cast<std::size_t>(slot)].state.Look().Active())
                 DrawSoundPath(slot, kMarkStep);
@@ -176,7 +204,8 @@ void R2RFView::Pulse() {
     const BRect both = {std::min(prevDirty.left, dirty.left), std::min(prevDirty.top, dirty.top),
                         std::max(prevDirty.right, dirty.right),
                         std::max(prevDirty.bottom, dirty.bottom)};
-    if (both.right > both.left && both.bottom > both.top)
+    // An orbit that is a line upright or level has an extent without width or height.
+    if (both.right >= both.left && both.bottom >= both.top)
         Invalidate(both.InsetByCopy(-1, -1));
 }
 

@@ -3,9 +3,11 @@
 
 #include "kits/interface/View.h"
 #include "synth/PlaneFunction.h"
+#include "synth/PlanePicture.h"
 #include "synth/SoundParam.h"
 #include "synth/Voice.h"
 
+#include <chrono>
 #include <memory>
 #include <vector>
 
@@ -14,8 +16,10 @@ namespace vexa {
 class R2RFVTranslatorSavePanel;
 
 /// Shows a function from R^2 to R as a picture of a rectangle of the plane: blue where it is
-/// positive, red where it is negative. The picture is computed when what it shows changes; orbits
-/// are poked into its green bytes at each pulse and taken out at the next. Window thread.
+/// positive, red where it is negative. The picture is computed when it is shown after a change, for
+/// a short time at once and, where that does not suffice, on at each pulse until it is complete;
+/// then orbits are poked into its green bytes at each pulse and taken out at the next. Window
+/// thread.
 class R2RFView : public BView {
   public:
     /// The plane's point `linkFunction` is shown at the point `linkScreen` of the view, which is in
@@ -25,7 +29,7 @@ class R2RFView : public BView {
              uint32 resizingMode);
     ~R2RFView() override;
 
-    // Each computes the picture anew.
+    // Each has the picture computed anew.
 
     void SetFunction(const PlaneFunction& next);
     void SetScale(float next);
@@ -33,7 +37,7 @@ class R2RFView : public BView {
     void SetLinkFunctionY(float y);
     void SetLinkScreenX(float x);
     void SetLinkScreenY(float y);
-    /// Computes the picture for the present frame, without marks.
+    /// Has the picture computed anew for the present frame, without marks.
     void SetupBitmap();
 
     const PlaneFunction& Function() const { return function; }
@@ -49,7 +53,13 @@ class R2RFView : public BView {
     /// Not valid where `rect` is too large.
     std::unique_ptr<BBitmap> MakeBitmap(BRect rect, float scale) const;
 
-    const BBitmap& Picture() const { return *bitmap; }
+    /// Completes the picture, however long it takes.
+    const BBitmap& Picture() {
+        Compute(std::chrono::steady_clock::duration::max());
+        return *bitmap;
+    }
+    /// Whether there is nothing left to compute.
+    bool IsComplete() const { return !stale && !drawing; }
 
     /// Marks the next revolution of a voice's orbit in the picture, in steps of `step` radians. The
     /// drift and the envelopes run 2 pi times faster along the path than in the sound.
@@ -85,6 +95,8 @@ class R2RFView : public BView {
     static constexpr std::size_t kMostMarks = 1050;
 
     void Change();
+    void Compute(std::chrono::steady_clock::duration time);
+    PlaneArea Area(const BBitmap& picture, float s) const;
     BPoint ToView(float x, float y) const;
     BRect EmptyRect() const;
     void EraseMarks();
@@ -94,7 +106,11 @@ class R2RFView : public BView {
     float linkFunctionX, linkFunctionY;
     float linkScreenX, linkScreenY;
     float scale;
+    /// What is shown of the plane has changed since `bitmap` was begun.
+    bool stale = true;
     std::unique_ptr<BBitmap> bitmap;
+    /// What remains to be computed of `bitmap`; null when it is complete.
+    std::unique_ptr<PlaneDrawing> drawing;
 
     bool hasSoundParam = false;
     const ControllerTable* ctlvalue = nullptr;

@@ -37,7 +37,7 @@ class MainViewTest : public testing::Test {
 
     /// Opens the window and lets it settle. What is alerted meanwhile is forgotten.
     void Open(bool withDefaultSound = true) {
-        window = new vexa::VexaWindow({64, 100, 999, 610}, folder.Path(), withDefaultSound);
+        window = new vexa::VexaWindow({64, 100, 999, 610}, folders, withDefaultSound);
         view = &window->MainView();
         window->Show();
         window->Activate();
@@ -99,6 +99,7 @@ class MainViewTest : public testing::Test {
 
     AlertLog alerts;
     TemporaryFolder folder;
+    kits::ProgramFolders folders{folder.Path()};
     vexa::VexaWindow* window = nullptr;
     vexa::VexaView* view = nullptr;
 };

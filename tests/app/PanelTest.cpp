@@ -4,6 +4,7 @@
 #include "kits/storage/NodeInfo.h"
 #include "support/Limits.h"
 
+#include <QTreeView>
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -18,6 +19,19 @@ using testing::HasSubstr;
 class PanelTest : public test::MainViewTest {
   protected:
     PanelTest() { Open(false); }
+
+    /// What the panel of that button lists.
+    std::vector<std::string> Listed(const char* button) {
+        PressButton(button);
+        std::vector<std::string> names;
+        for (const QWidget* widget : QApplication::topLevelWidgets()) {
+            const auto* list = widget->isVisible() ? widget->findChild<QTreeView*>() : nullptr;
+            for (int row = 0; list && row < list->model()->rowCount(); row++)
+                names.push_back(list->model()->index(row, 0).data().toString().toStdString());
+        }
+        ClosePanels();
+        return names;
+    }
 
     /// What an open panel sends when a file has been chosen.
     void Choose(uint32 result, const std::filesystem::path& path) {
@@ -128,6 +142,39 @@ TEST_F(PanelTest, AllThatIsWrongWithAFileIsInOneAlertWithItsReasons) {
     EXPECT_THAT(alerts.texts.back(), HasSubstr("long"));
     Enter("Fxy", "x/");
     EXPECT_THAT(alerts.details, HasSubstr("character 3"));
+}
+
+/// With a folder of the user's beside the program's.
+class OwnFolderTest : public PanelTest {
+  protected:
+    OwnFolderTest() {
+        for (const char* name : {"own/functions", "own/samples", "own/sounds"})
+            std::filesystem::create_directories(In(name));
+        std::filesystem::copy(std::filesystem::path(VEXA_PROGRAM_FOLDER) / "shipped-content",
+                              In("shipped-content"));
+        std::filesystem::copy(VEXA_SOURCE_FOLDER "/data/sounds/bass.xml", In("own/sounds"));
+        std::filesystem::remove(In("functions/recent.c"));
+        delete window;
+        folders = {In("own"), folder.Path()};
+        Open();
+    }
+};
+
+TEST_F(OwnFolderTest, BothAreOfferedAndTheOwnOneIsWrittenTo) {
+    const std::string before = test::Contents(In("sounds/bell.xml"));
+    Enter("Fy", "7");
+    EXPECT_THAT(Listed("Save Sound"), ElementsAre()) << "a mere copy is not the user's";
+    SaveAs(vexa::kSoundSavedCode, "bell.xml", In("own/sounds"));
+    SaveAs(vexa::kSoundSavedCode, "mine.xml", In("own/sounds"));
+    EXPECT_EQ(test::Contents(In("sounds/bell.xml")), before);
+    EXPECT_THAT(Listed("Save Sound"), ElementsAre("bell.xml", "mine.xml"));
+    EXPECT_THAT(Listed("Load Sound"), testing::IsSupersetOf({"bass.xml", "mine.xml", "wind.xml"}));
+    Choose(vexa::kSoundLoadedCode, In("sounds/voice.xml"));
+    EXPECT_EQ(view->ConstructFunction().sampleFile, "voice.wav");
+    Choose(vexa::kSampleLoadedCode, In("samples/pluck.wav"));
+    EXPECT_EQ(view->ConstructFunction().sampleFile, "pluck.wav");
+    EXPECT_FALSE(std::filesystem::exists(In("functions/recent.c")));
+    EXPECT_THAT(alerts.texts, ElementsAre());
 }
 
 TEST_F(PanelTest, NoNameLeavesTheFolder) {

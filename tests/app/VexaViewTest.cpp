@@ -318,10 +318,10 @@ TEST_F(VexaViewTest, NothingOfASampleOrALongExpressionIsLostOnSaving) {
 
 TEST_F(VexaViewTest, AFieldThatIsNotWhollyANumberIsMarked) {
     Open(false);
-    for (const auto& [field, text, tip] : {std::tuple{"Ax1", "7,5", "Understood as 7"},
+    for (const auto& [field, text, tip] : {std::tuple{"Ax1", "7,5", "counts as 7"},
                                            {"Ax1", "nan", "not a number"},
                                            {"Cx4", "128", "between 0 and 127"},
-                                           {"Sc", "0.90.7", "Understood as 0.9"},
+                                           {"Sc", "0.90.7", "counts as 0.9"},
                                            {"Ax1", " 7.5 ", ""},
                                            {"Cx4", "5", ""},
                                            {"Sc", "1e1", ""}}) {

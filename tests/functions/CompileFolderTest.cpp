@@ -69,7 +69,17 @@ TEST(CompileFolder, IsNeverWhereOthersCouldReplaceIt) {
     EXPECT_NE(outcome.details.find("chmod go-w " + program.Functions().string()), std::string::npos)
         << outcome.details;
     ::chmod(program.Functions().c_str(), 0755);
+    ::chmod(program.Path().c_str(), 0777);
+    const std::string above = vexa::FunctionCompiler(program.Path()).Compile("x").details;
+    EXPECT_TRUE(above.ends_with("chmod go-w " + program.Path().string())) << above;
+    ::chmod(program.Path().c_str(), 01777);
+    const mode_t before = ::umask(0);
     EXPECT_TRUE(vexa::FunctionCompiler(program.Path()).Compile("x"));
+    ::umask(before);
+    for (const char* name : {"recent", "recent.c"})
+        EXPECT_EQ(fs::status(program.Function(name)).permissions(),
+                  fs::perms::owner_read | fs::perms::owner_write)
+            << name;
 
     const auto missing = CompileFolder::Create(program.Path() / "none");
     ASSERT_FALSE(missing);

@@ -1,5 +1,7 @@
 #include "functions/FunctionCompiler.h"
 
+#include "functions/FunctionCost.h"
+#include "functions/LongDouble.h"
 #include "functions/ProgramFolder.h"
 #include "support/Environment.h"
 
@@ -53,6 +55,38 @@ TEST(FunctionCompiler, GivesTheFunctionItsBlockFormAndItsText) {
     function.Evaluate(x.data(), y.data(), values.data(), x.size());
     for (std::size_t i = 0; i < x.size(); i++)
         EXPECT_EQ(values[i], function(x[i], y[i])) << i;
+}
+
+TEST(FunctionCompiler, ComputesLongDoubleInDouble) {
+    const Folder folder;
+    const std::string expression = "(long  double) fmodl(x + 1.5L, 0x1p-3l) + sizeless(1L)";
+    EXPECT_EQ(vexa::WithoutLongDouble(expression),
+              "(  double) fmod(x + 1.5, 0x1p-3) + sizeless(1L)");
+    EXPECT_EQ(vexa::WithoutLongDouble("(double long)ceil(x)*ceill(y)-HUGE_VALL+(long)x"),
+              "(double )ceil(x)*ceil(y)-HUGE_VAL+(long)x");
+    // What the x87 unit takes milliseconds for.
+    const std::string slow = "fmodl((x+1)*1e4900L,3e-4930L)+fmodl((y+1)*1e4900L,3e-4930L)";
+    const CompileOutcome outcome = FunctionCompiler(folder.Path()).Compile(slow);
+    ASSERT_TRUE(outcome) << outcome.details;
+    EXPECT_EQ(outcome.addon->Expression(), slow);
+}
+
+TEST(FunctionCompiler, RefusesWhatCostsTooMuchToBePlayed) {
+    const Folder folder;
+    std::string expression = "x";
+    for (int i = 0; i < 40; i++)
+        expression += "+fmod((x+" + std::to_string(i) + ")*1e300,3e-308)";
+    const CompileOutcome outcome = FunctionCompiler(folder.Path()).Compile(expression);
+    EXPECT_FALSE(outcome);
+    EXPECT_FALSE(outcome.addon);
+    EXPECT_THAT(outcome.alerts, ElementsAre(CompilerAlert(folder)));
+    EXPECT_THAT(outcome.details, HasSubstr("microseconds for a point"));
+    // Costly far from the origin alone.
+    EXPECT_THAT(FunctionCompiler(folder.Path())
+                    .Compile("x>900 ? fmod(exp(500+x-1000),3e-308)*0" + expression.substr(1) + ":x")
+                    .details,
+                HasSubstr("microseconds"));
+    EXPECT_LT(vexa::MeasureCost({vexa::dummyfunction}), 10000);
 }
 
 TEST(FunctionCompiler, CopiesTheTemplateByteForByteAndTheTextUnescaped) {
@@ -121,7 +155,7 @@ TEST(FunctionCompiler, ReportsFilesThatCannotBeWritten) {
         noSource.alerts,
         ElementsAre("The temporary file " + folder.Function("recent.c") + " could not be opened.",
                     "Could not create source file \n" + folder.Function("recent.c")));
-    EXPECT_THAT(noSource.details, HasSubstr("Is a directory"));
+    EXPECT_THAT(noSource.details, HasSubstr("it is a folder, not a file"));
     EXPECT_EQ(folder.Files(), (Files{"addon.c", "recent.c"}));
 
     const auto elsewhere = compiler.MakeSourceFile("x", folder.Path() / "none" / "made.c");
@@ -255,7 +289,7 @@ TEST(FunctionCompiler, WorksInAnyFolder) {
         const Folder folder(name);
         EXPECT_TRUE(FunctionCompiler(folder.Path()).Compile("x")) << name;
         const test::CurrentFolder current(folder.Path().parent_path());
-        const CompileOutcome relative = FunctionCompiler(name).Compile("y");
+        const CompileOutcome relative = FunctionCompiler(fs::path(name)).Compile("y");
         EXPECT_TRUE(relative) << name << "\n" << relative.details;
         fs::remove(folder.Function("addon.c"));
         EXPECT_THAT(FunctionCompiler(folder.Path()).Compile("x").alerts,

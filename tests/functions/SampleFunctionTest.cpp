@@ -3,6 +3,7 @@
 #include "functions/SpiralLoops.h"
 #include "kits/support/Published.h"
 #include "support/Environment.h"
+#include "support/Limits.h"
 #include "support/SoundFiles.h"
 #include "support/TemporaryFolder.h"
 
@@ -205,6 +206,33 @@ TEST(LoadSample, KeepsTheSampleWhenThereIsNoOther) {
     EXPECT_EQ(CurrentSpiral().samplelength, 100);
 }
 
+/// With less memory than the longest sample would take.
+TEST(LoadSample, GoesByTheAnnouncedLengthBeforeItReads) {
+    if (test::kSanitized)
+        GTEST_SKIP() << "a sanitizer needs more than these limits leave";
+    const TemporaryFolder folder;
+    const unsigned bytes = 2 * (vexa::kLongestSample + 1);
+    const fs::path path = folder.Write(
+        "long.wav", test::ShortWav({}, 44100, 1).replace(40, 4, test::LittleEndian(bytes, 4)));
+    fs::resize_file(path, 44 + bytes);
+    const fs::path unknown = folder.Path() / "unknown.flac";
+    ASSERT_TRUE(test::WriteSound(unknown, std::vector<float>(1000, 0.5F), 8000));
+    // The last 36 bits before the checksum of the first block are the length, 0 if it is not known.
+    std::string flac = test::Contents(unknown);
+    flac.replace(22, 4, 4, '\0');
+    flac[21] = static_cast<char>(flac[21] & 0xF0);
+    folder.Write("unknown.flac", flac);
+    test::WithMemoryLeft(64 << 20, [&] {
+        const auto loaded = LoadSample(path);
+        ASSERT_FALSE(loaded);
+        EXPECT_NE(loaded.Fault().text.find("it is longer than 134217728 frames"), std::string::npos)
+            << loaded.Fault().text;
+        const auto other = LoadSample(unknown);
+        EXPECT_TRUE(other) << other.Fault().text;
+    });
+    EXPECT_EQ(CurrentSpiral().samplelength, 1000);
+}
+
 TEST(LoadSample, MayHappenWhileAnotherThreadPlays) {
     std::atomic<bool> stop = false;
     std::atomic<int> faults = 0;
@@ -229,7 +257,7 @@ TEST(LoadSample, MayHappenWhileAnotherThreadPlays) {
     EXPECT_EQ(kits::CollectRetired(), 0U);
 }
 
-TEST(SampleFileName, IsTheLeafInTheSamplesFolderOnly) {
+TEST(SampleFileName, IsTheLeafWhereThatFindsTheFileAgain) {
     const TemporaryFolder folder;
     const fs::path program = fs::canonical(folder.Path());
     folder.Write("samples/a.wav", "");
@@ -243,9 +271,18 @@ TEST(SampleFileName, IsTheLeafInTheSamplesFolderOnly) {
     EXPECT_EQ(name("samples/more/a.wav"), (program / "samples/more/a.wav").string());
     EXPECT_EQ(name("a.wav"), (program / "a.wav").string());
     EXPECT_EQ(vexa::SampleFileName("/usr/a.wav", program / "none"), "/usr/a.wav");
+    folder.Write("shipped/samples/a.wav", "");
+    folder.Write("shipped/samples/b.wav", "");
+    const kits::ProgramFolders both(program, program / "shipped");
+    const auto shipped = [&](const char* leaf) {
+        return vexa::SampleFileName(program / "shipped/samples" / leaf, both);
+    };
+    EXPECT_EQ(shipped("b.wav"), "b.wav");
+    EXPECT_EQ(shipped("a.wav"), (program / "shipped/samples/a.wav").string())
+        << "one stands before";
     const test::CurrentFolder current(program);
-    EXPECT_EQ(vexa::SampleFileName("samples/a.wav", "."), "a.wav");
-    EXPECT_EQ(vexa::SampleFileName("b.wav", "."), (program / "b.wav").string());
+    EXPECT_EQ(vexa::SampleFileName("samples/a.wav", fs::path(".")), "a.wav");
+    EXPECT_EQ(vexa::SampleFileName("b.wav", fs::path(".")), (program / "b.wav").string());
 }
 
 } // namespace

@@ -135,6 +135,26 @@ TEST_F(FilePanelTest, SendsWhatIsOpenedAndHidesItself) {
     EXPECT_EQ(panel.hidden, 1);
 }
 
+TEST_F(FilePanelTest, ListsTheFilesOfAFolderBeneathAnother) {
+    folder.Write("zoo/lower/inside.txt", "beneath");
+    folder.Write("zoo/lower/outside.txt", "beneath");
+    folder.Write("zoo/lower/more/x.txt", "beneath");
+    Panel panel(B_OPEN_PANEL, receiver, folder.Path());
+    panel.SetBeneath((folder.Path() / "zoo").c_str(), (folder.Path() / "zoo/lower").c_str());
+    panel.Key(Qt::Key_Return);
+    EXPECT_THAT(panel.Names(), ElementsAre("lower", "inside.txt", "outside.txt"));
+    panel.Key(Qt::Key_I);
+    panel.Key(Qt::Key_Down, Qt::ShiftModifier);
+    panel.Key(Qt::Key_Return);
+    ASSERT_EQ(receiver.messages.size(), 1U);
+    entry_ref first;
+    entry_ref second;
+    receiver.messages[0].FindRef("refs", 0, &first);
+    receiver.messages[0].FindRef("refs", 1, &second);
+    EXPECT_EQ(BPath(&first).Path(), folder.Path() / "zoo/inside.txt");
+    EXPECT_EQ(BPath(&second).Path(), folder.Path() / "zoo/lower/outside.txt");
+}
+
 TEST_F(FilePanelTest, GoesThroughFoldersByKeyboard) {
     Panel panel(B_OPEN_PANEL, receiver, folder.Path());
     EXPECT_THAT(panel.Names(), ElementsAre("zoo", "Apple.txt", "b2.txt", "b10.txt"));

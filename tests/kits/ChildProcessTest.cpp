@@ -3,12 +3,14 @@
 #include "support/Environment.h"
 #include "support/TemporaryFolder.h"
 
+#include <array>
 #include <csignal>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -131,6 +133,44 @@ TEST(ChildProcess, KillsAllThatTheProgramStarted) {
         pollfd writers{end, POLLIN, 0};
         ::poll(&writers, 1, 20'000);
         EXPECT_NE(writers.revents & POLLHUP, 0) << "nobody has the pipe open any more";
+        ::close(end);
+    }
+}
+
+TEST(ChildProcess, EndsWithItsCaller) {
+    const TemporaryFolder folder;
+    const fs::path fifo = folder.Path() / "fifo";
+    for (const bool killed : {true, false}) {
+        ::unlink(fifo.c_str());
+        ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+        const int end = ::open(fifo.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+        const auto run = [&](std::function<bool()> stop) {
+            return kits::RunProgram(
+                {{"/bin/sh", "-c", "exec 9>\"$1\"; echo here >&9; sleep 60 & sleep 60", "sh",
+                  fifo.string()},
+                 {},
+                 {},
+                 std::move(stop)});
+        };
+        pollfd written{end, POLLIN, 0};
+        if (killed) {
+            const pid_t caller = ::fork();
+            if (caller == 0) {
+                run(nullptr);
+                ::_exit(0);
+            }
+            EXPECT_EQ(::poll(&written, 1, 20'000), 1);
+            ::kill(caller, SIGKILL);
+            ::waitpid(caller, nullptr, 0);
+        } else {
+            const auto result = run([&written] { return ::poll(&written, 1, 0) == 1; });
+            EXPECT_EQ(result.end, End::stopped);
+        }
+        std::array<char, 16> here;
+        EXPECT_EQ(::read(end, here.data(), here.size()), 5);
+        written.revents = 0;
+        ::poll(&written, 1, 20'000);
+        EXPECT_NE(written.revents & POLLHUP, 0) << "nobody has the pipe open any more";
         ::close(end);
     }
 }

@@ -146,6 +146,18 @@ TEST_F(MidiConsumer, TheVoiceLimitSilencesReleasedVoicesFirst) {
     EXPECT_EQ(Notes(), Are{}) << "no voice is allowed";
 }
 
+TEST_F(MidiConsumer, ANoteThatCouldNotBeSilencedWhileItChangedIsWhenItHas) {
+    On(60);
+    // As the MIDI thread is in the midst of a release.
+    vexa::VoiceState& state = instrument.voices[0].state;
+    state.BeginChange();
+    instrument.consumer.ReduceToMaxVox(0);
+    EXPECT_EQ(instrument.consumer.CountVox(), 1);
+    state.EndChange(true);
+    Off(60);
+    EXPECT_EQ(instrument.consumer.CountVox(), 0);
+}
+
 TEST_F(MidiConsumer, AFullTableOfHeldNotesIsReleasedNoteByNote) {
     for (uchar note = 40; note < 60; note++)
         On(note);

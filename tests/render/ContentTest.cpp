@@ -19,11 +19,13 @@ namespace fs = std::filesystem;
 using vexa::Sound;
 
 const fs::path kFolder = VEXA_PROGRAM_FOLDER;
+/// The copies in the program folder may have been changed by hand.
+const fs::path kContent = VEXA_SOURCE_FOLDER "/data";
 constexpr double kRate = 44100;
 
 std::vector<fs::path> Documents(const char* folder) {
     std::vector<fs::path> paths;
-    for (const auto& entry : fs::directory_iterator(kFolder / folder)) {
+    for (const auto& entry : fs::directory_iterator(kContent / folder)) {
         if (entry.path().extension() == ".xml")
             paths.push_back(entry.path());
     }
@@ -38,7 +40,7 @@ std::vector<float> PlayOneNote(const Sound& sound) {
     receivers.AddReceiver([&](const vexa::PlaneFunction& f) { instrument.SetFunction(f); });
     const auto installed = vexa::InstallFunction(sound.function, kFolder, receivers);
     EXPECT_TRUE(installed) << installed.Fault().text;
-    EXPECT_TRUE(vexa::ApplyParameters(sound, instrument.parameters).empty());
+    vexa::ApplyParameters(sound, instrument.parameters);
     vexa::ApplyEnvelopes(sound, instrument.parameters);
     instrument.renderer.SetGain(0.25F);
     instrument.consumer.NoteOn(0, 57, 100, 0);
@@ -78,7 +80,7 @@ TEST(Content, EverySoundIsHeardCleanEndsAndIsItself) {
     for (const fs::path& path : Documents("sounds")) {
         SCOPED_TRACE(path.filename());
         vexa::ReadReport report;
-        const auto sound = vexa::ReadSound(path, Sound(), report);
+        const auto sound = vexa::ReadSound(path, report);
         ASSERT_TRUE(sound) << report.reason;
         EXPECT_TRUE(report.warnings.empty());
         const std::vector<float> samples = PlayOneNote(*sound);
@@ -104,7 +106,7 @@ TEST(Content, EveryDocumentIsAsTheProgramWouldSaveIt) {
     const fs::path copy = folder.Path() / "copy.xml";
     vexa::ReadReport report;
     for (const fs::path& path : Documents("sounds")) {
-        ASSERT_TRUE(vexa::WriteSound(copy, *vexa::ReadSound(path, Sound(), report)));
+        ASSERT_TRUE(vexa::WriteSound(copy, *vexa::ReadSound(path, report)));
         EXPECT_TRUE(test::Contents(copy) == test::Contents(path)) << path;
     }
     for (const fs::path& path : Documents("functions")) {

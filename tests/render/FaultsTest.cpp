@@ -1,6 +1,5 @@
 // What the system refuses, one thing after the other: the program plays all the same, or ends with
 // a message and code 1, and files are whole or as they were.
-#include "support/Environment.h"
 #include "support/Limits.h"
 #include "support/TemporaryFolder.h"
 
@@ -62,29 +61,6 @@ class RenderFaults : public testing::Test {
 TEST_F(RenderFaults, FileDescriptorsUsedUp) {
     // With fewer the loader itself finds no room for the libraries.
     Walk("-n ", 5, 24, 1);
-}
-
-/// Where the program's folder cannot be written, it is copied as a whole or not at all.
-TEST_F(RenderFaults, NoHalfOfTheProgramFolderIsCopied) {
-    const fs::path program = folder.Path() / "program";
-    fs::create_directory(program);
-    fs::copy(kProgram, program);
-    for (const char* name : {"sounds", "samples"})
-        fs::copy(fs::path(VEXA_PROGRAM_FOLDER) / name, program / name);
-    const fs::path data = folder.Path() / "data";
-    const test::EnvironmentVariable home("XDG_DATA_HOME", data.c_str());
-    std::size_t copied = 0;
-    for (int most = 4; most <= 12; most++) {
-        test::RunLimited("-n " + std::to_string(most),
-                         {program / "vexa-render", Note(), folder.Path() / "out.wav"});
-        for (const auto& entry : fs::directory_iterator(data)) {
-            copied++;
-            EXPECT_EQ(entry.path().filename(), "vexa") << most;
-            EXPECT_TRUE(fs::exists(entry.path() / "samples/voice.wav")) << most;
-        }
-        fs::remove_all(data);
-    }
-    EXPECT_GT(copied, 0U);
 }
 
 TEST_F(RenderFaults, MemoryUsedUp) {

@@ -31,7 +31,7 @@ class ScalarReference {
         const auto cy = float(p.C0y0 + p.C0y1 * vel + p.C0y2 * key + p.C0y3 * ctl[p.C0y4]);
         const auto hpa = float(std::exp(double(-k)));
         const auto hpb = float(std::exp(-2.0 * k));
-        const float s0 = f(p.EnvAx->Value(0, false, 0) + cx, cy);
+        const float s0 = vexa::Heard(f(p.EnvAx->Value(0, false, 0) + cx, cy));
         Voice* v = Choose(key);
         if (!v)
             return;
@@ -104,7 +104,7 @@ class ScalarReference {
                            double(p.Ay3) * ctl[p.Ay4]);
         const auto x = float(Ax * std::cos(v.phasex) + v.cx);
         const auto y = float(Ay * std::sin(v.phasey) + v.cy);
-        const float s = f(x, y);
+        const float s = vexa::Heard(f(x, y));
         const double w0 = double(v.hpa) * v.hpsum0 + s;
         const double w1 = double(v.hpb) * v.hpsum1 + s;
         v.hpsum0 = float(w0);

@@ -181,4 +181,20 @@ TEST_P(Loops, LowCutIsTheFormulaAndTheSameOnAllMachines) {
     }
 }
 
+TEST_P(Loops, ALowCutWhoseSumsAreNotFiniteStartsAfresh) {
+    std::vector<vexa::LowCutFilter> filters(6, {0.9F, 0.81F, 0.2F, 1, 1, 0});
+    filters[1].hpsum0 = INFINITY;
+    filters[5].hpsum1 = std::nanf("");
+    std::vector<vexa::LowCutFilter*> pointers;
+    for (vexa::LowCutFilter& filter : filters)
+        pointers.push_back(&filter);
+    std::vector<float> input(filters.size() * 16 + vexa::kSlack, 0.5F);
+    std::array<float, kRoom> sum{};
+    EXPECT_FALSE(GetParam()->LowCut(pointers.data(), input.data(), filters.size(), 16, sum.data()));
+    for (std::size_t i = 0; i < 16; i++)
+        EXPECT_LT(std::abs(sum[i]), 10) << i;
+    input[3 * 16 + 7] = -1e31F;
+    EXPECT_TRUE(GetParam()->LowCut(pointers.data(), input.data(), filters.size(), 16, sum.data()));
+}
+
 } // namespace

@@ -190,6 +190,78 @@ TEST(VoiceRenderer, ValuesThatAreNotFiniteSoundAsZeroAndDoNotStay) {
     EXPECT_NEAR(Peak(Render(instrument, 441)), 1, 0.15);
 }
 
+TEST(VoiceRenderer, AFunctionThatOverflowsSilencesNothingAfterIt) {
+    Instrument instrument;
+    test::MakeSine(instrument);
+    // Note 0 has the filter with the largest sums.
+    const auto overflows = [](float x, float) { return x > 0.5F ? 3e38F : x - 2e37F; };
+    instrument.SetFunction({overflows});
+    instrument.consumer.NoteOn(0, 0, 127, 0);
+    for (const float sample : Render(instrument, 22050))
+        ASSERT_TRUE(std::isfinite(sample));
+    EXPECT_TRUE(instrument.renderer.HasBounded());
+    instrument.SetFunction({test::PlaneOfX});
+    instrument.consumer.ReduceToMaxVox(1);
+    instrument.consumer.NoteOff(0, 0, 0, 0);
+    instrument.consumer.NoteOn(0, 69, 127, 0); // takes the slot over, at its last output
+    Render(instrument, 44100);
+    EXPECT_NEAR(Peak(Render(instrument, 441)), 1, 0.15);
+}
+
+TEST(VoiceRenderer, ReleasedVoicesThatHaveGoneSilentRestUntilSomethingChanges) {
+    static std::size_t points;
+    points = 0;
+    const auto block = [](const float* x, const float* y, float* values, std::size_t count) {
+        points += count;
+        for (std::size_t i = 0; i < count; i++)
+            values[i] = vexa::dummyfunction(x[i], y[i]);
+    };
+    Instrument instrument;
+    test::MakeRich(instrument);
+    // At last no drift; notes stand at another place each, where f is not 0.
+    vexa::sound_param& p = instrument.parameters;
+    p.Cx1 = p.Cx3 = p.Cy2 = p.Ay2 = 0;
+    test::SetEnvelope(instrument.envelopes[0], {{0, false, 0}, {0.4F, false, 1}, {0.3F, true, 0}});
+    instrument.SetFunction({vexa::dummyfunction, block});
+    test::ScalarReference reference(p, vexa::dummyfunction);
+    const auto expectTheReference = [&](double seconds) {
+        const auto count = static_cast<std::size_t>(44100 * seconds);
+        std::vector<float> should(count);
+        reference.Fill(should.data(), count);
+        const std::vector<float> is = Render(instrument, count);
+        for (std::size_t i = 0; i < count; i++)
+            ASSERT_NEAR(is[i], should[i], 1e-6) << i;
+    };
+    const auto strike = [&](bool on) {
+        for (int note = 30; note < 108; note += 4) {
+            if (on) {
+                instrument.consumer.NoteOn(0, uchar(note), 100, 0);
+                reference.NoteOn(note, 100);
+            } else {
+                instrument.consumer.NoteOff(0, uchar(note), 0, 0);
+                reference.NoteOff(note);
+            }
+        }
+    };
+    strike(true);
+    expectTheReference(0.5);
+    strike(false);
+    expectTheReference(4);
+    const double before = vexa::Look(instrument.voices[0]).t;
+    const std::size_t moved = points;
+    expectTheReference(0.1);
+    EXPECT_EQ(points, moved) << "nothing is computed";
+    EXPECT_EQ(instrument.consumer.CountVox(), 20);
+    EXPECT_NEAR(vexa::Look(instrument.voices[0]).t - before, 0.1, 1e-9);
+
+    // A controller moves their centres again.
+    p.Cx3 = 0.5F;
+    instrument.consumer.ControlChange(0, 1, 100, 0);
+    reference.ctl[1] = float(100 / 127.0);
+    expectTheReference(0.3);
+    EXPECT_GT(points, moved);
+}
+
 TEST(VoiceRenderer, NotesBeginReleaseAndChangeHandsWithoutAClick) {
     Instrument instrument;
     test::MakeSine(instrument);

@@ -3,6 +3,8 @@
 #include "support/Sounds.h"
 #include "support/WindowStage.h"
 
+#include <atomic>
+#include <chrono>
 #include <cmath>
 #include <limits>
 
@@ -165,6 +167,77 @@ TEST_F(OrbitTest, AChangedPictureHasNoOldMarks) {
     // Marks of the picture before must not be erased in the new one, which is smaller.
     view->Pulse();
     view->Pulse();
+}
+
+/// Counts how often it is painted.
+class PaintedView : public vexa::R2RFView {
+  public:
+    using R2RFView::R2RFView;
+    void Draw(BRect update) override {
+        paintings++;
+        R2RFView::Draw(update);
+    }
+    int paintings = 0;
+};
+
+TEST(R2RFView, ALevelOrUprightOrbitIsShownAndTakenAwayAgain) {
+    vexa::Instrument instrument;
+    test::MakeSine(instrument);
+    test::SetEnvelope(instrument.envelopes[2], {{0, false, 1}});
+    test::SetEnvelope(instrument.envelopes[3], {{0, false, 1}});
+    auto* const view =
+        new PaintedView(kFrame, "R2RFView", BPoint{0, 0}, BPoint{0.5F, 0.5F}, 0.05F, B_FOLLOW_NONE);
+    view->SetSoundParam(&instrument.controllers, &instrument.parameters, &instrument.voices);
+    const test::Stage stage(view);
+    test::Settle();
+    const auto paintings = [view] {
+        view->paintings = 0;
+        view->Pulse();
+        test::Settle();
+        return view->paintings;
+    };
+    paintings();
+    EXPECT_EQ(paintings(), 0) << "nothing to show";
+    for (const bool upright : {false, true}) {
+        instrument.parameters.Ax0 = upright ? 0.0F : 1.0F;
+        instrument.parameters.Ay0 = upright ? 1.0F : 0.0F;
+        instrument.consumer.NoteOn(0, 69, 127, 0);
+        EXPECT_EQ(paintings(), 1) << upright;
+        EXPECT_GT(GreenPixels(view->Picture()), 5);
+        instrument.consumer.AllNotesOff(false, 0);
+        EXPECT_EQ(paintings(), 1) << upright;
+        EXPECT_EQ(GreenPixels(view->Picture()), 0);
+    }
+}
+
+TEST(R2RFView, AFunctionThatTakesLongIsDrawnBitByBitAndOnceForAllChanges) {
+    static std::atomic<std::size_t> points;
+    points = 0;
+    constexpr std::size_t kAll = 301 * 301;
+    vexa::R2RFView* view = NewView();
+    const test::Stage stage(view);
+    view->SetFunction({[](float x, float) {
+        points++;
+        const auto end = std::chrono::steady_clock::now() + std::chrono::microseconds(10);
+        while (std::chrono::steady_clock::now() < end) {
+        }
+        return x;
+    }});
+    view->SetScale(0.1F);
+    view->SetLinkFunctionX(1);
+    view->SetLinkFunctionY(1);
+    EXPECT_EQ(points, 0U) << "nothing before it is to be shown";
+    view->Pulse();
+    EXPECT_GT(points, 0U);
+    EXPECT_LT(points, kAll / 2);
+    EXPECT_FALSE(view->IsComplete());
+    int pulses = 1;
+    for (; !view->IsComplete(); pulses++)
+        view->Pulse();
+    EXPECT_GT(pulses, 5);
+    EXPECT_EQ(points, kAll) << "each point once";
+    view->Pulse();
+    EXPECT_EQ(points, kAll);
 }
 
 /// Strokes the curves that only Draw may.

@@ -35,6 +35,11 @@ Interrupt::Interrupt() {
 Interrupt::~Interrupt() {
     for (std::size_t i = 0; i < std::size(kSignals); i++)
         ::sigaction(kSignals[i], &before[i], nullptr);
+    received.store(0);
+}
+
+bool Interrupt::Pending() {
+    return received.load() != 0;
 }
 
 int Interrupt::Signal() const {

@@ -65,6 +65,11 @@ void BFilePanel::SetPanelDirectory(const char* path) {
         window->SetFolder(BPath(path).Path());
 }
 
+void BFilePanel::SetBeneath(const char* path, const char* beneath) {
+    if (window)
+        window->SetBeneath(BPath(path).Path(), BPath(beneath).Path());
+}
+
 void BFilePanel::SetPanelDirectory(const entry_ref* ref) {
     SetPanelDirectory(BPath(ref).Path());
 }

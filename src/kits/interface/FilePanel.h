@@ -84,6 +84,9 @@ class BFilePanel {
     void SetMessage(const BMessage* next) { message = *next; }
     const BMessage& Message() const { return message; }
 
+    /// Where the panel shows the folder `path`, files of the folder `beneath` are listed with its
+    /// own, if it lists none of that name; "refs" say where each lies. Before the panel is shown.
+    void SetBeneath(const char* path, const char* beneath);
     /// A folder that cannot be read is reported when the panel is next on the screen, and the
     /// nearest one above it that can be read is shown.
     void SetPanelDirectory(const char* path);

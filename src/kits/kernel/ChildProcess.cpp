@@ -86,6 +86,24 @@ Pipe MakePipe() {
             Descriptor(::fcntl(in.Number(), F_DUPFD_CLOEXEC, 3))};
 }
 
+/// A terminal that belongs to nobody yet. A program that takes it as its own is told to hang up
+/// when the last descriptor of the other side is closed, which the system does for a process that
+/// is killed; and with the program, all in its group are.
+class HangUpLine {
+  public:
+    HangUpLine() : master(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)) {
+        if (!master || ::grantpt(master.Number()) != 0 || ::unlockpt(master.Number()) != 0 ||
+            ::ptsname_r(master.Number(), name.data(), name.size()) != 0)
+            name[0] = 0;
+    }
+    /// Null where the system has none to give.
+    const char* Name() const { return name[0] ? name.data() : nullptr; }
+
+  private:
+    Descriptor master;
+    std::array<char, 64> name{};
+};
+
 /// All that the child needs between its birth and the program's start.
 struct Start {
     const char* path;
@@ -94,6 +112,8 @@ struct Start {
     /// Null: stay.
     const char* folder;
     int standardError;
+    /// Its controlling terminal; null: none.
+    const char* terminal;
     /// Takes the errno of what failed; closed by the program's start.
     int failure;
     std::array<std::pair<int, rlim_t>, 4> limits;
@@ -112,7 +132,11 @@ struct Start {
     ::sigemptyset(&none);
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
 
-    bool ready = ::setpgid(0, 0) == 0;
+    // With a group of its own.
+    bool ready = ::setsid() >= 0;
+    if (start.terminal)
+        ready = ready && ::open(start.terminal, O_RDWR | O_CLOEXEC) >= 0;
+    ::umask(S_IRWXG | S_IRWXO);
     // This may itself become one of the standard descriptors, so it stays open.
     const int nothing = ::open("/dev/null", O_RDWR);
     ready = ready && ::dup2(nothing, STDIN_FILENO) >= 0 && ::dup2(nothing, STDOUT_FILENO) >= 0 &&
@@ -168,24 +192,32 @@ bool ReadAvailable(int pipe, std::string& text, std::size_t most) {
     return true;
 }
 
-/// Reads the child's standard error until the child has ended; false if it has not by `end`.
-bool WaitForEnd(pid_t child, int pipe, std::string& text, std::size_t most, Clock::time_point end) {
+/// Why the wait for the child is over.
+enum class Waited { ended, timedOut, stopped };
+
+/// Reads the child's standard error until the child has ended, or until the program's limits or its
+/// `stop` want it to.
+Waited WaitForEnd(pid_t child, int pipe, std::string& text, const ChildProgram& program,
+                  Clock::time_point end) {
     const Descriptor process(static_cast<int>(::syscall(SYS_pidfd_open, child, 0)));
     std::array<pollfd, 2> waits{{{process.Number(), POLLIN, 0}, {pipe, POLLIN, 0}}};
     while (true) {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
         if (left <= 0)
-            return false;
+            return Waited::timedOut;
+        if (program.stop && program.stop())
+            return Waited::stopped;
         // Without a descriptor for the process (an old kernel), it is asked every now and then.
-        const auto pause = process ? left : std::min<decltype(left)>(left, 10);
+        const decltype(left) interval = !process ? 10 : program.stop ? 50 : left;
+        const auto pause = std::min(left, interval);
         if (::poll(waits.data(), waits.size(), static_cast<int>(pause)) < 0 && errno != EINTR)
-            return false;
-        if (waits[1].revents && !ReadAvailable(pipe, text, most))
+            return Waited::timedOut;
+        if (waits[1].revents && !ReadAvailable(pipe, text, program.limits.standardError))
             waits[1].fd = -1;
         siginfo_t info{};
         if (::waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WNOHANG | WNOWAIT) != 0 ||
             info.si_pid == child)
-            return true;
+            return Waited::ended;
     }
 }
 
@@ -204,6 +236,7 @@ ChildResult RunProgram(const ChildProgram& program) {
     const std::vector<char*> environmentPointers = Pointers(environment);
     Pipe standardError = MakePipe();
     Pipe failure = MakePipe();
+    const HangUpLine line;
     if (!standardError.in || !failure.in) {
         result.number = errno;
         return result;
@@ -217,6 +250,7 @@ ChildResult RunProgram(const ChildProgram& program) {
                     environmentPointers.data(),
                     program.folder.empty() ? nullptr : program.folder.c_str(),
                     standardError.in.Number(),
+                    line.Name(),
                     failure.in.Number(),
                     {{{RLIMIT_CPU, static_cast<rlim_t>(limits.processorTime.count())},
                       {RLIMIT_AS, limits.memory},
@@ -229,8 +263,8 @@ ChildResult RunProgram(const ChildProgram& program) {
     standardError.in.Close();
     failure.in.Close();
 
-    const bool ended = WaitForEnd(child, standardError.out.Number(), result.standardError,
-                                  limits.standardError, end);
+    const Waited waitedFor =
+        WaitForEnd(child, standardError.out.Number(), result.standardError, program, end);
     // The child's number, and with it the group's, stays taken until waitpid.
     ::kill(-child, SIGKILL);
     int status = 0;
@@ -245,8 +279,9 @@ ChildResult RunProgram(const ChildProgram& program) {
         result.number = errno;
     } else if (::read(failure.out.Number(), &number, sizeof number) == sizeof number) {
         result.number = number;
-    } else if (!ended) {
-        result.end = ChildResult::End::timedOut;
+    } else if (waitedFor != Waited::ended) {
+        result.end =
+            waitedFor == Waited::stopped ? ChildResult::End::stopped : ChildResult::End::timedOut;
     } else if (WIFSIGNALED(status)) {
         result.end = ChildResult::End::signalled;
         result.number = WTERMSIG(status);

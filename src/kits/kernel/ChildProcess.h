@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,8 @@ struct ChildProgram {
     /// The folder in which it starts, which also takes its temporary files; empty: the caller's.
     std::filesystem::path folder;
     ChildLimits limits;
+    /// Asked several times a second while the program runs, in the calling thread: true ends it.
+    std::function<bool()> stop = nullptr;
 };
 
 /// How it ended.
@@ -44,6 +47,8 @@ struct ChildResult {
         signalled,
         /// Killed after limits.time.
         timedOut,
+        /// Killed because `stop` wanted it.
+        stopped,
         /// There is no such program.
         notFound,
         /// It could not be started; `number` is the system's errno.
@@ -58,9 +63,11 @@ struct ChildResult {
 };
 
 /// Runs the program with empty input, its output dropped, and waits for it. When it has ended, all
-/// that it started in its process group is gone as well. The program gets none of the caller's
-/// open files. Safe in a process with several threads, whose memory is not copied: a thread that
-/// plays is not slowed down by page faults. Any thread that may wait.
+/// that it started in its process group is gone as well; so it is when the caller's process ends
+/// first, however that ends. The program gets none of the caller's open files, and what it creates
+/// is the user's alone (a file mode mask of 077). Safe in a process with several threads, whose
+/// memory is not copied: a thread that plays is not slowed down by page faults. Any thread that may
+/// wait.
 ChildResult RunProgram(const ChildProgram& program);
 
 } // namespace kits

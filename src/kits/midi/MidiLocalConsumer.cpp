@@ -21,6 +21,7 @@ class MidiConnection {
 
     void EndNotes() noexcept { thread.EndNotes(); }
     status_t Connect(int32 source, bool connected) { return systems->Connect(source, connected); }
+    int64 LostPieces() const { return thread.LostPieces(); }
 
   private:
     std::shared_ptr<MidiSystems> systems;
@@ -63,6 +64,10 @@ void BMidiLocalConsumer::EndNotes() {
 status_t BMidiLocalConsumer::Unregister() {
     connection.reset();
     return B_OK;
+}
+
+int64 BMidiLocalConsumer::LostMidi() const {
+    return connection ? connection->LostPieces() : 0;
 }
 
 status_t BMidiLocalConsumer::ConnectSource(int32 source, bool connected) {

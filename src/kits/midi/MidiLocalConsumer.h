@@ -50,6 +50,10 @@ class BMidiLocalConsumer : public BMidiEndpoint {
     /// Takes the ports away and ends the MIDI thread: no hook runs any more when it returns.
     status_t Unregister();
 
+    /// Pieces of what came in, in JACK events, that were lost while registered: there was no room,
+    /// or the server handed out something else. Window thread.
+    int64 LostMidi() const;
+
     virtual void NoteOff(uchar channel, uchar note, uchar velocity, bigtime_t time);
     virtual void NoteOn(uchar channel, uchar note, uchar velocity, bigtime_t time);
     virtual void KeyPressure(uchar channel, uchar note, uchar pressure, bigtime_t time);

@@ -1,7 +1,15 @@
 #include "kits/storage/ProgramFolder.h"
 
-#include <cstdlib>
+#include "kits/storage/ReadFile.h"
 
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <cstdlib>
+#include <string_view>
+
+#include <sha2.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace kits {
@@ -11,6 +19,10 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* kFolders[] = {"functions", "sounds", "samples"};
+constexpr const char* kList = "shipped-content";
+constexpr const char* kInstalled = "installed";
+/// Nothing that comes with the program is larger (scripts/shipped-content.py), in bytes.
+constexpr std::uintmax_t kLargest = 1 << 20;
 
 Result<fs::path> UserDataFolder() {
     // An empty or relative $XDG_DATA_HOME does not count (XDG Base Directory, version 0.8).
@@ -21,33 +33,31 @@ Result<fs::path> UserDataFolder() {
     return Error{"no folder for the program's data: neither XDG_DATA_HOME nor HOME is set"};
 }
 
-/// Copies the program's folders to a name beside `folder` and renames: whole or not at all.
-void Fill(const fs::path& folder, std::error_code& error) {
-    fs::create_directories(folder.parent_path(), error);
-    if (error)
+/// Makes a folder and those above it; what is new is the user's alone, as XDG Base Directory has
+/// it.
+void MakeFolder(const fs::path& folder, std::error_code& error) {
+    if (fs::is_directory(folder, error))
         return;
-    std::string beside = (folder.string() + ".XXXXXX");
-    if (!::mkdtemp(beside.data())) {
+    error.clear();
+    if (folder.has_relative_path())
+        MakeFolder(folder.parent_path(), error);
+    // Another instance may have been quicker.
+    if (!error && ::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST)
         error = {errno, std::system_category()};
-        return;
-    }
-    for (const char* name : kFolders) {
-        const fs::path original = ProgramFile().parent_path() / name;
-        if (!error && fs::exists(original))
-            fs::copy(original, fs::path(beside) / name, fs::copy_options::recursive, error);
-    }
-    if (!error)
-        fs::rename(beside, folder, error);
-    if (error) {
-        std::error_code ignored;
-        // One by one, as each level would take one of the descriptors that there may be too few of.
-        for (const char* name : kFolders)
-            fs::remove_all(fs::path(beside) / name, ignored);
-        fs::remove(beside, ignored);
-        // Another instance may have been quicker.
-        if (fs::is_directory(folder / kFolders[0], ignored))
-            error.clear();
-    }
+    if (!error && !fs::is_directory(folder, error) && !error)
+        error = std::make_error_code(std::errc::not_a_directory);
+}
+
+bool IsFile(const fs::path& path) {
+    std::error_code ignored;
+    const fs::file_status status = fs::status(path, ignored);
+    return fs::exists(status) && !fs::is_directory(status);
+}
+
+std::string Digest(std::string_view bytes) {
+    std::array<char, SHA256_DIGEST_STRING_LENGTH> text{};
+    ::SHA256Data(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size(), text.data());
+    return text.data();
 }
 
 } // namespace
@@ -57,22 +67,73 @@ fs::path ProgramFile() {
     return fs::read_symlink("/proc/self/exe", ignored);
 }
 
-Result<fs::path> ProgramFolder(const fs::path& name) {
-    const fs::path own = ProgramFile().parent_path();
-    if (::access((own / kFolders[0]).c_str(), W_OK | X_OK) == 0 &&
-        ::access((own / kFolders[1]).c_str(), W_OK | X_OK) == 0)
-        return own;
-    Result<fs::path> data = UserDataFolder();
-    if (!data)
-        return data;
-    const fs::path folder = *data / name;
+ProgramFolders::ProgramFolders(fs::path both) : own(both), shipped(std::move(both)) {}
+
+ProgramFolders::ProgramFolders(const fs::path& own, fs::path shipped)
+    : own(own.lexically_normal()), shipped(std::move(shipped)) {}
+
+bool ProgramFolders::IsCopy(const fs::path& file) const {
+    if (own == shipped)
+        return false;
     std::error_code error;
-    if (!fs::exists(folder, error))
-        Fill(folder, error);
-    if (error)
-        return Error{"could not create the program's folder " + folder.string() + ": " +
-                     error.message()};
-    return folder;
+    if (fs::file_size(file, error) > kLargest || error)
+        return false;
+    const Result<std::string> list = ReadFile(shipped / kList);
+    const std::string entry = "  " + file.lexically_relative(own).string() + '\n';
+    // Most names are the person's own, and their files are not read for this.
+    if (!list || list->find(entry) == std::string::npos)
+        return false;
+    const Result<std::string> content = ReadFile(file);
+    return content && list->find(Digest(*content) + entry) != std::string::npos;
+}
+
+fs::path ProgramFolders::Find(const char* folder, const fs::path& name) const {
+    const fs::path ownFile = Own(folder) / name;
+    const fs::path shippedFile = Shipped(folder) / name;
+    const bool made = IsFile(ownFile) && !IsCopy(ownFile);
+    return made || !IsFile(shippedFile) ? ownFile : shippedFile;
+}
+
+Result<fs::path> ProgramFolders::FindDocument(const char* folder, const fs::path& word) const {
+    if (IsFile(word))
+        return word;
+    const fs::path withEnding = word.string() + ".xml";
+    // The person's before the program's, under whichever of the names.
+    for (const auto& place : {Own(folder), Shipped(folder)}) {
+        for (const auto& name : {word, withEnding}) {
+            if (const fs::path found = Find(folder, name); IsFile(found) && found == place / name)
+                return found;
+        }
+    }
+    std::string text = "there is no file " + word.string();
+    if (word.is_relative()) {
+        text += ", and neither it nor " + withEnding.string() + " is in " + Own(folder).string();
+        if (own != shipped)
+            text += " or " + Shipped(folder).string();
+    }
+    return Error{text};
+}
+
+Result<ProgramFolders> FindProgramFolders(const fs::path& name, bool inUserFolder) {
+    const fs::path beside = ProgramFile().parent_path();
+    const auto mayWrite = [&beside](const char* folder) {
+        return ::access((beside / folder).c_str(), W_OK | X_OK) == 0;
+    };
+    if (!inUserFolder && !IsFile(beside / kInstalled) && mayWrite(kFolders[0]) &&
+        mayWrite(kFolders[1]))
+        return ProgramFolders(beside);
+    const Result<fs::path> data = UserDataFolder();
+    if (!data)
+        return data.Fault();
+    const fs::path own = *data / name;
+    for (const char* folder : kFolders) {
+        std::error_code error;
+        MakeFolder(own / folder, error);
+        if (error)
+            return Error{"could not create the folder " + (own / folder).string() + ": " +
+                         error.message()};
+    }
+    return ProgramFolders(own, beside);
 }
 
 } // namespace kits

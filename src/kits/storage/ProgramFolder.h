@@ -1,19 +1,50 @@
-// Where the program finds what lies beside it.
+// Where the program finds what lies beside it, and where it keeps what a person makes.
 #pragma once
 
 #include "kits/support/Result.h"
 
 #include <filesystem>
+#include <string>
 
 namespace kits {
 
 /// The file that the running program was started from.
 std::filesystem::path ProgramFile();
 
-/// The folder that holds functions/, sounds/ and samples/ and that the user can write to: the
-/// program's own or, where that cannot be written (an installed program), `name` in the user's data
-/// folder ($XDG_DATA_HOME, else ~/.local/share), which is filled from the program's own the first
-/// time. Fails when neither can be had.
-Result<std::filesystem::path> ProgramFolder(const std::filesystem::path& name);
+/// The two places of functions/, sounds/ and samples/: what a person makes is in his own folder,
+/// what came with the program is read from the program's. A name of the person's stands before the
+/// same name of the program's, unless his file is no more than a copy of it in some version of the
+/// program, by the list "shipped-content" there (`DIGEST  FOLDER/NAME`, SHA-256 as sha256sum writes
+/// it). `folder` is the name of one of the three in all calls. Any thread.
+class ProgramFolders {
+  public:
+    /// One folder for both, in which every file is the person's.
+    ProgramFolders(std::filesystem::path both); // NOLINT: a path is the simple case of this
+    ProgramFolders(const std::filesystem::path& own, std::filesystem::path shipped);
+
+    /// Where what a person makes is written.
+    std::filesystem::path Own(const char* folder) const { return own / folder; }
+    std::filesystem::path Shipped(const char* folder) const { return shipped / folder; }
+
+    /// The file of that name, the person's before the program's; where there is none, the one that
+    /// he would make. A full path is itself.
+    std::filesystem::path Find(const char* folder, const std::filesystem::path& name) const;
+    /// What a person means by a word on a command line: a file at that path, else the file of that
+    /// name, with or without ".xml". The error says where it was looked for.
+    Result<std::filesystem::path> FindDocument(const char* folder,
+                                               const std::filesystem::path& word) const;
+    /// Whether a file, given by its normal path, counts as absent from the person's folder.
+    bool IsCopy(const std::filesystem::path& file) const;
+
+  private:
+    std::filesystem::path own;
+    std::filesystem::path shipped;
+};
+
+/// The folders of the running program. It keeps what a person makes beside itself or, where that
+/// cannot be written, where a file "installed" lies beside it, or if `inUserFolder`, in the folder
+/// `name` of the user's data ($XDG_DATA_HOME, else ~/.local/share), which is made if it is not
+/// there. Fails when that cannot be had.
+Result<ProgramFolders> FindProgramFolders(const std::filesystem::path& name, bool inUserFolder);
 
 } // namespace kits

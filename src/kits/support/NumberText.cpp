@@ -8,25 +8,13 @@
 
 namespace kits {
 
-namespace {
-
-double Parse(const char* text, char** end) {
+double NumberOf(const std::string& text, std::size_t* length) {
     static const locale_t cLocale = ::newlocale(LC_ALL_MASK, "C", nullptr);
-    return ::strtod_l(text, end, cLocale);
-}
-
-} // namespace
-
-double NumberOf(const std::string& text) {
-    return Parse(text.c_str(), nullptr);
-}
-
-bool IsNumber(const std::string& text) {
     char* end = nullptr;
-    const double number = Parse(text.c_str(), &end);
-    if (end == text.c_str() || std::isnan(number))
-        return false;
-    return text.find_first_not_of(" \t", std::size_t(end - text.c_str())) == std::string::npos;
+    const double number = ::strtod_l(text.c_str(), &end, cLocale);
+    if (length)
+        *length = static_cast<std::size_t>(end - text.c_str());
+    return number;
 }
 
 std::string FixedText(double number) {

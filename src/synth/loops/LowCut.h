@@ -12,6 +12,7 @@
 #pragma once
 
 #include "synth/BlockLoops.h"
+#include "synth/PlaneFunction.h"
 
 namespace vexa {
 
@@ -63,9 +64,41 @@ inline void Transpose(Four (&rows)[4]) {
     rows[3] = __builtin_shufflevector(high01, high23, 2, 3, 6, 7);
 }
 
+/// Whether all samples count as they are.
+template<class Lanes, int lanes>
+bool AllHeard(const float (*moments)[lanes], int count) {
+    const Lanes most = Lanes{} + kMostHeard;
+    auto heard = most == most;
+    for (int i = 0; i < count; i++) {
+        Lanes s;
+        __builtin_memcpy(&s, moments[i], sizeof s);
+        heard &= (s <= most) & (s >= -most);
+    }
+    bool all = true;
+    for (int k = 0; k < lanes; k++)
+        all = all && heard[k] != 0;
+    return all;
+}
+
+/// Bounds the samples as Heard says; true where one was beyond.
+template<int lanes>
+bool Bound(float (*moments)[lanes], int count) {
+    bool beyond = false;
+    for (int i = 0; i < count; i++) {
+        for (int k = 0; k < lanes; k++) {
+            float& s = moments[i][k];
+            // What is not finite has no difference from itself.
+            s = s - s == 0 ? s : 0;
+            beyond = beyond || s > kMostHeard || s < -kMostHeard;
+            s = s > kMostHeard ? kMostHeard : s < -kMostHeard ? -kMostHeard : s;
+        }
+    }
+    return beyond;
+}
+
 /// Up to as many filters as Lanes is wide; their input's lines stand `count` apart.
 template<class Lanes>
-void LowCutOf(LowCutFilter* const* filters, const float* samples, int voices, int count,
+bool LowCutOf(LowCutFilter* const* filters, const float* samples, int voices, int count,
               float* sum) {
     constexpr int lanes = sizeof(Lanes) / sizeof(float);
     // For each moment the voices' samples: first the input, then the output.
@@ -80,6 +113,7 @@ void LowCutOf(LowCutFilter* const* filters, const float* samples, int voices, in
                 Store(rows[moment], &moments[i + moment][k]);
         }
     }
+    const bool beyond = !AllHeard<Lanes, lanes>(moments, count) && Bound<lanes>(moments, count);
     Lanes hpa, hpb, gain, hpsum0, hpsum1;
     const auto gather = [&](float LowCutFilter::*field, Lanes& to) {
         float values[lanes]{};
@@ -92,11 +126,12 @@ void LowCutOf(LowCutFilter* const* filters, const float* samples, int voices, in
     gather(&LowCutFilter::hpgain, gain);
     gather(&LowCutFilter::hpsum0, hpsum0);
     gather(&LowCutFilter::hpsum1, hpsum1);
+    const auto sound = (hpsum0 - hpsum0 == Lanes{}) & (hpsum1 - hpsum1 == Lanes{});
+    hpsum0 = sound ? hpsum0 : Lanes{};
+    hpsum1 = sound ? hpsum1 : Lanes{};
     for (int i = 0; i < count; i++) {
         Lanes s, next0, next1, output;
         __builtin_memcpy(&s, moments[i], sizeof s);
-        // What is not finite has no difference from itself.
-        s = s - s == Lanes{} ? s : Lanes{};
         for (int k = 0; k < lanes; k++) {
             const double w0 = double(hpa[k]) * hpsum0[k] + s[k];
             const double w1 = double(hpb[k]) * hpsum1[k] + s[k];
@@ -125,19 +160,22 @@ void LowCutOf(LowCutFilter* const* filters, const float* samples, int voices, in
         }
         Store(total, sum + i);
     }
+    return beyond;
 }
 
-void LowCut(LowCutFilter* const* filters, const float* samples, std::size_t voices,
+bool LowCut(LowCutFilter* const* filters, const float* samples, std::size_t voices,
             std::size_t count, float* sum) {
     const int n = static_cast<int>(count);
+    bool beyond = false;
     for (int left = static_cast<int>(voices); left > 0;) {
         const bool wide = left > 4;
         const int side = left < 4 ? left : !wide ? 4 : left < 8 ? left : 8;
-        (wide ? LowCutOf<Eight> : LowCutOf<Four>)(filters, samples, side, n, sum);
+        beyond |= (wide ? LowCutOf<Eight> : LowCutOf<Four>)(filters, samples, side, n, sum);
         filters += side;
         samples += side * n;
         left -= side;
     }
+    return beyond;
 }
 
 } // namespace

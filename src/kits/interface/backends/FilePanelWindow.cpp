@@ -125,11 +125,8 @@ FilePanelWindow::FilePanelWindow(BFilePanel& panel, uint32 nodeFlavors, bool mul
       panel(&panel),
       flavors(nodeFlavors == 0 ? B_FILE_NODE : nodeFlavors),
       folder(PathOf(QDir::homePath())),
-      model([this, filter](const std::string& file, const struct stat& status) {
-          if (!(flavors & B_FILE_NODE))
-              return false;
-          const entry_ref ref{folder.string(), file};
-          return !filter || filter->Filter(&ref, &status);
+      model([this, filter](const entry_ref& file, const struct stat& status) {
+          return (flavors & B_FILE_NODE) && (!filter || filter->Filter(&file, &status));
       }) {
     auto* background = new BView(Bounds(), "background", B_FOLLOW_ALL_SIDES, B_WILL_DRAW);
     background->SetViewColor(kPanelColor);
@@ -311,7 +308,7 @@ std::vector<entry_ref> FilePanelWindow::SelectedRefs() const {
     std::vector<entry_ref> refs;
     for (const FolderModel::Entry* entry : list->Selected()) {
         if (flavors & (entry->folder ? B_DIRECTORY_NODE : B_FILE_NODE))
-            refs.push_back({folder.string(), entry->name});
+            refs.push_back({entry->home.string(), entry->name});
     }
     return refs;
 }
@@ -348,7 +345,6 @@ void FilePanelWindow::Dismiss() {
 
 bool FilePanelWindow::Enter(const fs::path& next, const std::string& select) {
     const fs::path before = folder;
-    // The filter names the folder that is being read.
     folder = BPath(next.c_str()).Path();
     if (const Result<void> read = model.Read(folder); !read) {
         const fs::path failed = folder;

@@ -32,6 +32,9 @@ class FilePanelWindow : public BWindow {
     void Abandon();
 
     /// What to list; read at once where the window is shown, else when it will be.
+    void SetBeneath(const std::filesystem::path& upper, const std::filesystem::path& lower) {
+        model.SetBeneath(upper, lower);
+    }
     void SetFolder(const std::filesystem::path& next);
     const std::filesystem::path& Folder() const { return folder; }
     void SetName(const QString& name);

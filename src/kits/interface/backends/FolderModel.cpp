@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstring>
 #include <memory>
+#include <set>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -35,8 +36,9 @@ FolderModel::FolderModel(Filter filter)
     collator.setCaseSensitivity(Qt::CaseInsensitive);
 }
 
-Result<void> FolderModel::Read(const std::filesystem::path& next) {
-    const std::unique_ptr<DIR, CloseFolder> open(::opendir(next.c_str()));
+Result<std::vector<FolderModel::Entry>>
+FolderModel::EntriesOf(const std::filesystem::path& place) const {
+    const std::unique_ptr<DIR, CloseFolder> open(::opendir(place.c_str()));
     if (!open)
         return Error{std::strerror(errno)};
     std::vector<Entry> found;
@@ -51,16 +53,43 @@ Result<void> FolderModel::Read(const std::filesystem::path& next) {
             ::fstatat(::dirfd(open.get()), item->d_name, &status, AT_SYMLINK_NOFOLLOW) != 0)
             continue;
         const bool isFolder = S_ISDIR(status.st_mode);
-        if (isFolder || filter(name, status))
-            found.push_back({name, QFile::decodeName(name.c_str()), isFolder, status.st_size,
+        if (isFolder || filter({place.string(), name}, status))
+            found.push_back({name, place, QFile::decodeName(name.c_str()), isFolder, status.st_size,
                              QDateTime::fromSecsSinceEpoch(status.st_mtime)});
         errno = 0;
     }
     if (errno != 0)
         return Error{std::strerror(errno)};
+    return found;
+}
+
+void FolderModel::SetBeneath(std::filesystem::path newUpper, std::filesystem::path newLower) {
+    upper = std::move(newUpper);
+    lower = std::move(newLower);
+}
+
+void FolderModel::AddBeneath(std::vector<Entry>& found) const {
+    const Result<std::vector<Entry>> beneath = EntriesOf(lower);
+    if (!beneath)
+        return;
+    std::set<std::string> names;
+    for (const Entry& entry : found)
+        names.insert(entry.name);
+    for (const Entry& entry : *beneath) {
+        if (!entry.folder && !names.contains(entry.name))
+            found.push_back(entry);
+    }
+}
+
+Result<void> FolderModel::Read(const std::filesystem::path& next) {
+    Result<std::vector<Entry>> found = EntriesOf(next);
+    if (!found)
+        return found.Fault();
+    if (next == upper)
+        AddBeneath(*found);
     beginResetModel();
     folder = next;
-    entries = std::move(found);
+    entries = *std::move(found);
     Arrange();
     endResetModel();
     return {};

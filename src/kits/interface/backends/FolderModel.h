@@ -1,6 +1,7 @@
 // The content of a folder as the toolkit's lists show it.
 #pragma once
 
+#include "kits/support/EntryRef.h"
 #include "kits/support/Result.h"
 
 #include <QAbstractTableModel>
@@ -23,18 +24,23 @@ class FolderModel : public QAbstractTableModel {
     struct Entry {
         /// As the file system has it; a name need not be text.
         std::string name;
+        /// The folder that it lies in.
+        std::filesystem::path home;
         QString label;
         bool folder;
         qint64 size;
         QDateTime changed;
     };
     /// Whether a file is listed.
-    using Filter = std::function<bool(const std::string& name, const struct stat& status)>;
+    using Filter = std::function<bool(const entry_ref& file, const struct stat& status)>;
 
     explicit FolderModel(Filter filter);
 
     /// Lists that folder. The error gives the system's reason; the list stays as it was then.
     Result<void> Read(const std::filesystem::path& folder);
+    /// Where `upper` is read, files of `lower` are listed too, as far as it lists none of their
+    /// names and they can be read.
+    void SetBeneath(std::filesystem::path upper, std::filesystem::path lower);
     const std::filesystem::path& Folder() const { return folder; }
 
     void ShowHidden(bool show);
@@ -51,11 +57,15 @@ class FolderModel : public QAbstractTableModel {
     void sort(int column, Qt::SortOrder order) override;
 
   private:
+    Result<std::vector<Entry>> EntriesOf(const std::filesystem::path& place) const;
+    void AddBeneath(std::vector<Entry>& found) const;
     void Arrange();
     bool Before(const Entry& a, const Entry& b) const;
 
     Filter filter;
     std::filesystem::path folder;
+    std::filesystem::path upper;
+    std::filesystem::path lower;
     std::vector<Entry> entries;
     /// Indices of the entries that are listed, in their order.
     std::vector<std::size_t> rows;

@@ -1,0 +1,199 @@
+#!/usr/bin/env python3
+"""Tells the content that comes with the program from what a person has made of it.
+
+  shipped-content.py copy RECORD FOLDER SOURCE...
+      Copies functions/, sounds/ and samples/ of the sources into the program folder FOLDER: what is
+      absent there, and what is as it was copied or as some version of the program had it. Anything
+      else is a person's work and stays. RECORD keeps the digests of what was copied.
+  shipped-content.py rescue RECORD FOLDER
+      Copies a person's work in FOLDER into the user's folder, $XDG_DATA_HOME/vexa, where it outlives
+      the build, and says so. What the user's folder has already stays as it is there.
+  shipped-content.py list [--check]
+      Writes data/shipped-content, the digests of all content that any commit so far and the files as
+      they are had; with --check it only looks whether that is complete, and exits with 1 if not.
+
+Records and the list have the layout of sha256sum.
+"""
+
+import hashlib
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+LIST = ROOT / "data/shipped-content"
+FOLDERS = ("functions", "sounds", "samples")
+# What compiling an expression leaves in the program folder.
+COMPILED = ("functions/recent", "functions/recent.c")
+SAMPLES_SCRIPT = "scripts/make-samples.py"
+# The programs take a larger file for a person's without a look (kits/storage/ProgramFolder.cpp).
+LARGEST = 1 << 20
+
+
+def digest_of(data):
+    return hashlib.sha256(data).hexdigest()
+
+
+def digest_of_file(path):
+    with open(path, "rb") as file:
+        return hashlib.file_digest(file, "sha256").hexdigest()
+
+
+def read_digests(path):
+    """Pairs (digest, name) of a record or the list; none if there is no such file."""
+    if not path.exists():
+        return set()
+    return {tuple(line.split("  ", 1)) for line in path.read_text("utf-8").splitlines()}
+
+
+def write_digests(path, pairs):
+    lines = [f"{digest}  {name}\n" for digest, name in sorted(pairs, key=lambda pair: pair[::-1])]
+    replace(path, lambda beside: beside.write_text("".join(lines), "utf-8"))
+
+
+def replace(path, write):
+    """Has a file written beside its place and puts it there as a whole."""
+    path.parent.mkdir(parents=True, exist_ok=True)
+    beside = path.with_name(f".{path.name}.{os.getpid()}")
+    try:
+        write(beside)
+        os.replace(beside, path)
+    finally:
+        beside.unlink(missing_ok=True)
+
+
+def content_of(folder):
+    """The files of the program folder or a source by their names; hidden ones are of no interest."""
+    files = {}
+    for sub in FOLDERS:
+        for path in sorted((folder / sub).rglob("*")):
+            name = path.relative_to(folder).as_posix()
+            if path.is_file() and "/." not in name and name not in COMPILED:
+                files[name] = path
+    return files
+
+
+def copy(record, folder, *sources):
+    copied = {name: digest for digest, name in read_digests(record)}
+    shipped = read_digests(LIST)
+    for source in sources:
+        for name, path in content_of(source).items():
+            new, place = digest_of_file(path), folder / name
+            old = digest_of_file(place) if place.is_file() else None
+            if old not in (None, new, copied.get(name)) and (old, name) not in shipped:
+                print(f"{place} was changed by hand and stays as it is")
+                continue
+            if old != new:
+                replace(place, lambda beside, path=path: shutil.copyfile(path, beside))
+            copied[name] = new
+    write_digests(record, {(digest, name) for name, digest in copied.items()})
+
+
+def user_folder():
+    data = os.environ.get("XDG_DATA_HOME", "")
+    if not os.path.isabs(data):
+        if not os.environ.get("HOME"):
+            sys.exit("no folder for what you made: neither XDG_DATA_HOME nor HOME is set")
+        data = os.path.join(os.environ["HOME"], ".local/share")
+    return pathlib.Path(data) / "vexa"
+
+
+def rescue(record, folder):
+    known = read_digests(record) | read_digests(LIST)
+    home = user_folder()
+    for name, path in content_of(folder).items():
+        digest, place = digest_of_file(path), home / name
+        if (digest, name) in known:
+            continue
+        there = digest_of_file(place) if place.is_file() else None
+        if there == digest:
+            continue
+        if there and (there, name) not in known:
+            print(f"{path} is another one than your {place}; both stay as they are")
+            continue
+        # With the time of change and the attributes, which tell the type.
+        replace(place, lambda beside, path=path: shutil.copy2(path, beside))
+        print(f"{path} is yours: copied to {place}")
+
+
+def git(*arguments):
+    # The tree may be another user's, as where it is mounted into a container.
+    command = ["git", "-c", "safe.directory=*", "-C", ROOT, *arguments]
+    return subprocess.run(command, check=True, capture_output=True).stdout
+
+
+def has_history():
+    try:
+        return bool(git("rev-parse", "--verify", "HEAD"))
+    except (FileNotFoundError, subprocess.CalledProcessError):
+        return False
+
+
+def every_version(*paths):
+    """Pairs (name, bytes) of the files below these paths in every commit and as they are."""
+    for path in paths:
+        for file in [ROOT / path] if (ROOT / path).is_file() else (ROOT / path).rglob("*"):
+            if file.is_file():
+                yield file.relative_to(ROOT).as_posix(), file.read_bytes()
+    if not has_history():
+        print(f"{ROOT} has no history here; only the files as they are were looked at")
+        return
+    changes = git("log", "--full-history", "-m", "--raw", "--relative", "--no-abbrev",
+                  "--no-renames", "--format=", "HEAD", "--", *paths).decode()
+    for blob, name in sorted({(line.split()[3], line.split("\t")[1])
+                              for line in changes.splitlines()}):
+        if blob.strip("0"):
+            yield name, git("cat-file", "blob", blob)
+
+
+def shipped_so_far():
+    """Pairs (digest, name); samples are what each version of their script makes."""
+    pairs, scripts = set(), set()
+    for name, data in every_version("data/functions", "data/sounds", SAMPLES_SCRIPT):
+        if name == SAMPLES_SCRIPT:
+            scripts.add(data)
+            continue
+        pairs.add((digest_of(data), name.removeprefix("data/")))
+        if len(data) > LARGEST:
+            sys.exit(f"{name} is larger than {LARGEST} bytes")
+    for script in scripts:
+        with tempfile.TemporaryDirectory() as folder:
+            made = pathlib.Path(folder) / "samples"
+            subprocess.run([sys.executable, "-", made], input=script, check=True)
+            pairs |= {(digest_of_file(path), f"samples/{path.name}") for path in made.iterdir()}
+    return pairs
+
+
+def list_shipped(*options):
+    listed = read_digests(LIST)
+    missing = shipped_so_far() - listed
+    if options == ("--check",):
+        for digest, name in sorted(missing):
+            print(f"{LIST}: lacks {name} of digest {digest}")
+        if missing:
+            sys.exit(f"Run scripts/{pathlib.Path(__file__).name} list")
+    elif missing:
+        write_digests(LIST, listed | missing)
+
+
+def main(arguments):
+    match arguments:
+        case ["copy", record, folder, *sources] if sources:
+            copy(*map(pathlib.Path, (record, folder, *sources)))
+        case ["rescue", record, folder]:
+            rescue(pathlib.Path(record), pathlib.Path(folder))
+        case ["list"] | ["list", "--check"]:
+            list_shipped(*arguments[1:])
+        case _:
+            print(__doc__, file=sys.stderr)
+            sys.exit(2)
+
+
+if __name__ == "__main__":
+    try:
+        main(sys.argv[1:])
+    except OSError as error:
+        sys.exit(f"{pathlib.Path(__file__).name}: {error}")

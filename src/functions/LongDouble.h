@@ -1,0 +1,15 @@
+// Double in place of long double.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace vexa {
+
+/// The expression with double in place of long double: constants, types and functions of the C
+/// maths library. The x87 unit takes a hundred times as long for some of them, and no other machine
+/// has its format. For an expression that CheckExpression accepts; any other is answered as some
+/// text of its tokens.
+std::string WithoutLongDouble(std::string_view expression);
+
+} // namespace vexa

@@ -90,7 +90,7 @@ void VexaView::ShowPanel(file_panel_mode mode, uint32 result, const char* folder
         panel->SetBeneath(folders.Own(folder).c_str(), folders.Shipped(folder).c_str());
     panel->Window()->SetTitle(title);
     // Elsewhere it would ask about a file that is not touched; MayReplace does.
-    panel->AskOnlyIn(programFolder / folder);
+    panel->AskOnlyIn(folders.Own(folder));
     panel->Show();
     panels.push_back(std::move(panel));
 }

@@ -11,6 +11,7 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <jack/jack.h>
@@ -154,7 +155,7 @@ class JackPort {
             throw std::runtime_error("no JACK client");
         own = jack_port_register(handle, port, type, direction, 0);
     }
-    virtual ~JackPort() { jack_client_close(handle); }
+    virtual ~JackPort() { Close(); }
     JackPort(const JackPort&) = delete;
     JackPort& operator=(const JackPort&) = delete;
 
@@ -174,6 +175,12 @@ class JackPort {
     }
 
   protected:
+    /// No Process from now on: for the destructor of who has one. A client that is only deactivated
+    /// may still be called by jackd1's library when its server is dead.
+    void Close() {
+        if (handle)
+            jack_client_close(std::exchange(handle, nullptr));
+    }
     void Activate() {
         jack_set_process_callback(
             handle,
@@ -218,7 +225,7 @@ class Ear : public JackPort {
             this);
         Activate();
     }
-    ~Ear() override { jack_deactivate(handle); }
+    ~Ear() override { Close(); }
     std::size_t Count() const { return count; }
     const std::vector<float>& Samples() const { return samples; }
     std::uint32_t FirstFrame() const { return first; }
@@ -253,7 +260,7 @@ class Player : public JackPort {
     };
 
     Player() : JackPort("player", "out", JACK_DEFAULT_MIDI_TYPE, JackPortIsOutput) { Activate(); }
-    ~Player() override { jack_deactivate(handle); }
+    ~Player() override { Close(); }
 
     /// Returns when the last message has been sent.
     void Play(std::vector<Message> next) {

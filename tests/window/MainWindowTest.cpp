@@ -340,6 +340,15 @@ TEST_F(MainWindow, EndsWithAFilePanelOpen) {
     }
 }
 
+TEST_F(MainWindow, ASignalEndsItAtOnceThoughThereIsSomethingToSay) {
+    test::Companion silent({program.Path("vexa"), "--audio", "none"}, log);
+    Answer("Error", 0);
+    desktop.UseWindow("Vexa");
+    ::kill(silent.Process(), SIGTERM);
+    EXPECT_TRUE(test::EndsWithin(silent.Process(), std::chrono::seconds(1)));
+    EXPECT_THAT(Log(), testing::HasSubstr("Error disconnecting nodes"));
+}
+
 TEST_F(MainWindow, ClosingAsksWhereSomethingHasChangedAndEnterReplacesNothing) {
     Start();
     Replace(352, kTop + 258, "0.75");

@@ -1,5 +1,6 @@
 #include "kits/interface/Alert.h"
 
+#include "kits/application/Interrupt.h"
 #include "kits/interface/backends/ViewWidget.h"
 
 #include <QApplication>
@@ -7,6 +8,7 @@
 #include <QPushButton>
 #include <algorithm>
 #include <cstddef>
+#include <cstdio>
 #include <memory>
 #include <utility>
 
@@ -66,8 +68,19 @@ BAlert::Box BAlert::MakeBox() const {
     return {std::move(box), std::move(choices)};
 }
 
+/// Nobody answers a program that was told to end: what it has to say goes to standard error. False
+/// where there is somebody.
+bool BAlert::SaidToNobody() const {
+    if (!kits::Interrupt::Pending())
+        return false;
+    std::fprintf(stderr, "%s\n%s", text.c_str(), details.empty() ? "" : (details + '\n').c_str());
+    return true;
+}
+
 int32 BAlert::Go() {
     const std::unique_ptr<BAlert> self(this);
+    if (SaidToNobody())
+        return 0;
     if (const Responder& responder = CurrentResponder())
         return responder(*this);
     const auto [box, choices] = MakeBox();
@@ -81,6 +94,8 @@ int32 BAlert::Go() {
 
 void BAlert::Show() {
     const std::unique_ptr<BAlert> self(this);
+    if (SaidToNobody())
+        return;
     if (const Responder& responder = CurrentResponder()) {
         responder(*this);
         return;

@@ -31,7 +31,8 @@ class BAlert {
     void SetDefaultButton(std::size_t index) { defaultButton = index; }
 
     /// Shows the alert, waits for an answer and returns the index of the button. Meanwhile no
-    /// message is handled; drawing and pulses go on.
+    /// message is handled; drawing and pulses go on. In a program that was told to end by a signal
+    /// it goes to standard error, and the answer is 0.
     int32 Go();
 
     /// Shows the alert and returns; nothing waits for the answer. Nothing is shown while one of the
@@ -45,6 +46,7 @@ class BAlert {
   private:
     struct Box;
     Box MakeBox() const;
+    bool SaidToNobody() const;
 
     std::string title;
     std::string text;

@@ -55,10 +55,17 @@ class HeadlessPlayer {
 
     const AppOptions& options;
     const kits::ProgramFolders& folders;
+    /// There was sound at some time.
+    bool hadDevice = false;
     SoundRecords records;
     // Outlives the graph, whose threads call an add-on's function to their end.
     FunctionSwitch receivers;
-    AudioGraph graph{records.controllers, records.parameters, records.voices, Say};
+    bool ending = false;
+    AudioGraph graph{
+        records.controllers, records.parameters, records.voices, [this](const char* text) {
+            Say(ending && !hadDevice ? std::string(text) + ": no audio device was connected"
+                                     : text);
+        }};
     std::shared_ptr<SourceWatch> watch = std::make_shared<SourceWatch>();
     /// The number of the source that is connected; 0 for none.
     int32 connectedSource = 0;
@@ -72,6 +79,7 @@ int HeadlessPlayer::Run() {
     graph.Consumer().ReduceToMaxVox(options.voices.value_or(kMostVoices));
     graph.Consumer().SetChannel(options.channel.value_or(-1));
     const bool sounds = graph.Start();
+    hadDevice = sounds;
     bool watching = WatchSources();
     if (!watching) {
         std::string reason;
@@ -96,6 +104,7 @@ int HeadlessPlayer::Run() {
         kits::CollectRetired();
         TellOfDevice();
     }
+    ending = true;
     Report(Clock::now() - start);
     return 0;
 }
@@ -116,6 +125,7 @@ void HeadlessPlayer::TellOfDevice() {
         Say("the audio device has disappeared; there is no sound until it is back");
         break;
     case AudioGraph::DeviceNews::There:
+        hadDevice = true;
         Say("the audio device is there; playing through " + graph.DeviceName());
         break;
     }
@@ -158,6 +168,12 @@ void HeadlessPlayer::ConnectSource() {
 }
 
 void HeadlessPlayer::Report(Clock::duration played) const {
+    if (!hadDevice) {
+        std::printf("ran %.1f s without sound, %lld MIDI events lost\n",
+                    std::chrono::duration<double>(played).count(),
+                    static_cast<long long>(graph.Consumer().LostMidi()));
+        return;
+    }
     const kits::MixerCounts counts = graph.Counts();
     std::printf("played %.1f s; %lld late and %lld missing buffers, %lld voices dropped, "
                 "%lld MIDI events lost\n",

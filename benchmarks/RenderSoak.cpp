@@ -76,12 +76,11 @@ class Tour {
     bool Minute(int minute) {
         vexa::ReadReport report;
         const fs::path& path = sounds[static_cast<std::size_t>(minute) % sounds.size()];
-        const auto sound = vexa::ReadSound(path, vexa::Sound(), report);
+        const auto sound = vexa::ReadSound(path, report);
         if (!sound)
             return Fail(path, report.reason);
-        const vexa::LoadReport loaded = whole.Load(*sound);
-        if (!loaded.function)
-            return Fail(path, vexa::Text(loaded.function));
+        if (const vexa::FunctionReport loaded = whole.Load(*sound); !loaded)
+            return Fail(path, vexa::Text(loaded));
         for (int piece = 0; piece < kPiecesPerMinute; piece++) {
             if (piece % 20 == 0 && piece < kPiecesPerMinute * 5 / 6)
                 PlaySomething();

@@ -41,8 +41,8 @@ void SoundOfTree(benchmark::State& state, MXString (*make)(std::size_t)) {
     const MXFragment root(text);
     for (auto _ : state) {
         Sound sound;
-        Warnings warnings;
-        benchmark::DoNotOptimize(static_cast<bool>(InterpretSound(root, sound, warnings)));
+        Remarks remarks;
+        benchmark::DoNotOptimize(InterpretSound(root, sound, remarks).has_value());
     }
     state.SetBytesProcessed(state.iterations() * size);
 }

@@ -7,7 +7,6 @@ namespace vexa {
 
 namespace {
 
-constexpr uchar kChannel = 0;
 /// Every key is struck alike.
 constexpr uchar kVelocity = 100;
 
@@ -52,26 +51,26 @@ bool ComputerKeyboard::Take(const BMessage& message) {
         return false;
     }
     int32 key = 0;
-    int32 repeat = 0;
     message.FindInt32("key", &key);
-    message.FindInt32("be:key_repeat", &repeat);
     const std::optional<uchar> note = NoteOf(key);
     if (!note)
         return false;
-    // A key that is held sends its release and press again and again.
-    if (repeat)
-        return true;
     if (message.what == B_KEY_DOWN && held.emplace(key, *note).second)
-        producer.SprayNoteOn(kChannel, *note, kVelocity);
+        producer.SprayNoteOn(channel, *note, kVelocity);
     else if (message.what == B_KEY_UP && held.erase(key) > 0)
-        producer.SprayNoteOff(kChannel, *note, kVelocity);
+        producer.SprayNoteOff(channel, *note, kVelocity);
     return true;
 }
 
 void ComputerKeyboard::ReleaseAll() {
     for (const auto& [key, note] : held)
-        producer.SprayNoteOff(kChannel, note, kVelocity);
+        producer.SprayNoteOff(channel, note, kVelocity);
     held.clear();
+}
+
+void ComputerKeyboard::SetChannel(uchar next) {
+    ReleaseAll();
+    channel = next;
 }
 
 } // namespace vexa

@@ -26,12 +26,15 @@ class ComputerKeyboard {
     bool Take(const BMessage& message);
     /// Lets go of all keys that are held.
     void ReleaseAll();
+    /// The channel, 0..15, that the coming notes are on; 0 at first. Lets go of all keys.
+    void SetChannel(uchar next);
 
     /// MIDI note number of a key, by its place as B_KEY_DOWN counts.
     static std::optional<uchar> NoteOf(int32 key);
 
   private:
     BMidiLocalProducer producer{kName};
+    uchar channel = 0;
     /// Notes that sound, by the key that is held.
     std::map<int32, uchar> held;
 };

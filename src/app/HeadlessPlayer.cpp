@@ -52,8 +52,15 @@ class HeadlessPlayer {
 
     const AppOptions& options;
     const kits::ProgramFolders& folders;
+    /// There was sound at some time.
+    bool hadDevice = false;
+    bool ending = false;
     Instrument instrument;
-    AudioGraph graph{instrument.Playing(), Say};
+    AudioGraph graph{instrument.Playing(), [this](const char* text) {
+                         Say(ending && !hadDevice
+                                 ? std::string(text) + ": no audio device was connected"
+                                 : text);
+                     }};
     std::shared_ptr<SourceWatch> watch = std::make_shared<SourceWatch>();
     /// The number of the source that is connected; 0 for none.
     int32 connectedSource = 0;
@@ -67,9 +74,13 @@ int HeadlessPlayer::Run() {
     graph.Consumer().ReduceToMaxVox(options.voices.value_or(kMostVoices));
     graph.Consumer().SetChannel(options.channel.value_or(-1));
     const bool sounds = graph.Start();
+    hadDevice = sounds;
     bool watching = WatchSources();
-    if (!watching)
-        Say("Where is the MIDI roster?!?");
+    if (!watching) {
+        std::string reason;
+        BMidiRoster::MidiRoster(&reason);
+        Say("Where is the MIDI roster?!? " + reason);
+    }
     if (!sounds)
         Say("there is no sound: " + graph.DeviceFault());
     else
@@ -88,6 +99,7 @@ int HeadlessPlayer::Run() {
         kits::CollectRetired();
         TellOfDevice();
     }
+    ending = true;
     Report(Clock::now() - start);
     return 0;
 }
@@ -108,6 +120,7 @@ void HeadlessPlayer::TellOfDevice() {
         Say("the audio device has disappeared; there is no sound until it is back");
         break;
     case AudioGraph::DeviceNews::There:
+        hadDevice = true;
         Say("the audio device is there; playing through " + graph.DeviceName());
         break;
     }
@@ -117,19 +130,17 @@ void HeadlessPlayer::TellOfDevice() {
 bool HeadlessPlayer::LoadSound() {
     const auto path = options.sound.value_or(folders.Find("sounds", "default.xml"));
     ReadReport report;
-    const kits::Result<Sound> sound = ReadSound(path, Sound(), report);
+    const kits::Result<Sound> sound = ReadSound(path, report);
     for (const std::string& warning : report.warnings)
         Say("warning: " + warning);
     if (!sound) {
         Say(report.reason);
         return !options.sound;
     }
-    const LoadReport loaded = instrument.Load(*sound);
-    for (const std::string& fault : loaded.warnings)
-        Say("warning: " + fault);
-    if (!loaded.function)
-        Say(Text(loaded.function));
-    return loaded.function || !options.sound;
+    const FunctionReport loaded = instrument.Load(*sound);
+    if (!loaded)
+        Say(Text(loaded));
+    return loaded || !options.sound;
 }
 
 /// Connects the source that the options name, if it is there and was not before.
@@ -150,11 +161,19 @@ void HeadlessPlayer::ConnectSource() {
 }
 
 void HeadlessPlayer::Report(Clock::duration played) const {
+    if (!hadDevice) {
+        std::printf("ran %.1f s without sound, %lld MIDI events lost\n",
+                    std::chrono::duration<double>(played).count(),
+                    static_cast<long long>(graph.Consumer().LostMidi()));
+        return;
+    }
     const kits::MixerCounts counts = graph.Counts();
-    std::printf("played %.1f s; %lld late and %lld missing buffers, %lld voices dropped\n",
+    std::printf("played %.1f s; %lld late and %lld missing buffers, %lld voices dropped, "
+                "%lld MIDI events lost\n",
                 std::chrono::duration<double>(played).count(), static_cast<long long>(counts.late),
                 static_cast<long long>(counts.missing),
-                static_cast<long long>(graph.Producer().DroppedVoices()));
+                static_cast<long long>(graph.Producer().DroppedVoices()),
+                static_cast<long long>(graph.Consumer().LostMidi()));
 }
 
 } // namespace

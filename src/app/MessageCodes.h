@@ -26,6 +26,9 @@ constexpr uint32 kSoundLoadedCode = FourCC("SLMS");
 constexpr uint32 kSoundSavedCode = FourCC("SSMS");
 constexpr uint32 kSampleLoadedCode = FourCC("SMPL");
 
+/// The logo bar's: ends all that sounds.
+constexpr uint32 kSilenceCode = FourCC("SILE");
+
 // Menus.
 
 constexpr uint32 kAllChannelsCode = FourCC("MC_A");

@@ -6,6 +6,7 @@
 #include "kits/interface/Menu.h"
 
 #include <cstdio>
+#include <cstdlib>
 
 namespace vexa {
 
@@ -30,6 +31,8 @@ VexaApplication::VexaApplication(const AppOptions& options, const kits::ProgramF
         view.LoadSound(*options.sound);
     if (options.file)
         view.Open(*options.file);
+    // What the command line asks for is no change.
+    view.TakeAsSaved();
     if (options.voices)
         Choose(view.VoicesMenu(), VoicesCode(*options.voices));
     if (options.channel)
@@ -41,6 +44,14 @@ VexaApplication::VexaApplication(const AppOptions& options, const kits::ProgramF
 
 void VexaApplication::MessageReceived(BMessage* message) {
     BApplication::MessageReceived(message);
+}
+
+void ShowFault(const std::string& text) {
+    // On a platform without a screen there is nobody to answer.
+    if (!kits::FindDisplay() || std::getenv("QT_QPA_PLATFORM"))
+        return;
+    const BApplication application(kSignature);
+    VexaView::ErrorAlert(text);
 }
 
 int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders) {

@@ -5,6 +5,9 @@
 #include "kits/interface/Application.h"
 #include "kits/storage/ProgramFolder.h"
 
+#include <filesystem>
+#include <string>
+
 namespace vexa {
 
 class VexaWindow;
@@ -21,6 +24,9 @@ class VexaApplication : public BApplication {
     /// Deletes itself when it is closed.
     VexaWindow* window;
 };
+
+/// An alert with why the program cannot begin, where there is a display; waits for the answer.
+void ShowFault(const std::string& text);
 
 /// Runs the window until it is closed; the program's exit code. 1, with a message, where there is
 /// no display.

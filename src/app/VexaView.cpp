@@ -28,14 +28,17 @@ constexpr float kEditorHeight = 92;
 /// Between the view's edges and what it holds.
 constexpr float kMargin = 10;
 
-BAlert* NewErrorAlert(const char* text) {
-    return new BAlert("Error", text, "Ok", nullptr, nullptr, B_WIDTH_AS_USUAL, B_STOP_ALERT);
+BAlert* NewErrorAlert(const std::string& text, const std::string& details = "") {
+    auto* alert =
+        new BAlert("Error", text.c_str(), "Ok", nullptr, nullptr, B_WIDTH_AS_USUAL, B_STOP_ALERT);
+    alert->SetDetails(details);
+    return alert;
 }
 
 } // namespace
 
-void VexaView::ErrorAlert(const char* text) {
-    NewErrorAlert(text)->Go();
+void VexaView::ErrorAlert(const std::string& text, const std::string& details) {
+    NewErrorAlert(text, details)->Go();
 }
 
 VexaView::VexaView(BRect frame, const char* name, const kits::ProgramFolders& folders)
@@ -50,9 +53,11 @@ VexaView::VexaView(BRect frame, const char* name, const kits::ProgramFolders& fo
     AddMenus();
     AddEnvelopes();
     StartGraph();
+    TakeAsSaved();
 }
 
 VexaView::~VexaView() {
+    closing = true;
     keyboard.ReleaseAll();
 }
 
@@ -67,7 +72,8 @@ void VexaView::AddPlaneControls() {
     const Function initial;
     plane = new R2RFView({10, 10, 310, 310}, "R2RFView", {0, 0}, {0.5F, 0.5F}, kPlaneUnitsPerPixel,
                          B_FOLLOW_NONE);
-    plane->SetToolTip("Blue is positive, red negative. Right button: save the picture.");
+    plane->SetToolTip("Blue is positive, red negative. Right button: save the picture. "
+                      "Esc: silence.");
     AddChild(plane);
     functions.AddReceiver([this](const PlaneFunction& f) { plane->SetFunction(f); });
 
@@ -184,7 +190,11 @@ void VexaView::AddCoefficients(std::string_view group) {
 }
 
 void VexaView::StartGraph() {
-    graph = std::make_unique<AudioGraph>(ctlvalue, soundParam, voices, ErrorAlert);
+    // At the end there may have been nothing to disconnect.
+    const auto alert = [this](const char* text) {
+        ErrorAlert(text, closing ? "No audio device was connected." : graph->DeviceFault());
+    };
+    graph = std::make_unique<AudioGraph>(ctlvalue, soundParam, voices, alert);
     functions.AddReceiver([this](const PlaneFunction& f) { graph->SetFunction(f); });
     if (graph->Start())
         ShowSound();

@@ -54,18 +54,30 @@ class VexaView : public BView {
     /// The width, as BRect::Width counts it, that no text needs more of.
     float PreferredWidth() const;
 
-    // Documents. Each reports its failures by alerts, with the reason on standard error, and then
-    // changes nothing.
+    // Documents. Each reports its failures by alerts, with the reason there and on standard error,
+    // and then changes nothing; what was read over is told likewise.
 
-    /// "sounds/default.xml"; what is wrong with it goes to standard error only.
+    /// "sounds/default.xml". One that is not there is told on standard error only.
     void LoadDefaultSound();
     bool LoadSound(const std::filesystem::path& path);
-    /// Loads a sound, a function or a sample, whichever the file is.
+    /// Loads a sound, a function or a sample, whichever the file is. Asks before another sound
+    /// takes the place of one that has changed.
     void Open(const std::filesystem::path& path);
     bool LoadFunction(const std::filesystem::path& path);
     /// Into the folder sounds or functions, under a plain file name.
     void SaveSound(const std::string& name);
     void SaveFunction(const std::string& name);
+
+    /// Whether what would be saved differs, but for authors, from the sound that was loaded or
+    /// saved.
+    bool Changed() const;
+    /// The sound as it is counts as saved.
+    void TakeAsSaved() { savedSound = ConstructSound(); }
+    /// Whether the sound may be given up: asks where it has changed. A person who wants to save it
+    /// first gets the panel, and `then` is called after that.
+    bool MayGiveUp(const std::function<void()>& then);
+    /// The sound's name, a mark where it has changed, and whether there is no audio device.
+    std::string Caption() const;
 
     /// What the fields, the envelopes and the installed function say at present.
     Function ConstructFunction() const;
@@ -75,9 +87,10 @@ class VexaView : public BView {
 
     /// Compiles the expression and installs its function; a failure is shown and the function
     /// before stays. The field is disabled meanwhile.
-    void Compile(const char* expression);
-    /// Winds a sound file onto the plane.
-    void LoadSample(const char* path);
+    /// True if it is installed.
+    bool Compile(const char* expression);
+    /// Winds a sound file onto the plane; false, with an alert, where that fails.
+    bool LoadSample(const char* path);
 
     // MIDI.
 
@@ -88,9 +101,12 @@ class VexaView : public BView {
     void ChooseSource(const std::string& name);
     /// The keyboard's keys and the window's focus.
     ComputerKeyboard& Keyboard() { return keyboard; }
+    /// Ends all that sounds, at once.
+    void SilenceAll();
 
-    /// A modal stop alert titled "Error" with the button "Ok". Waits for the answer.
-    static void ErrorAlert(const char* text);
+    /// A modal stop alert titled "Error" with the button "Ok". `details`, if any, say why. Waits
+    /// for the answer.
+    static void ErrorAlert(const std::string& text, const std::string& details = "");
 
     // The parts, for the window and for tests.
 
@@ -107,6 +123,8 @@ class VexaView : public BView {
     VoiceTable& Voices() { return voices; }
     const ControllerTable& Controllers() const { return ctlvalue; }
     const FormulaPanel& Formulas() const { return formulas; }
+    /// What nobody would expect of what is saved at this moment; empty if there is nothing.
+    std::string SavingRemark() const;
     bool SampleMode() const { return sampleMode; }
     const std::string& SoundAuthor() const { return soundAuthor; }
     const std::string& FunctionAuthor() const { return functionAuthor; }
@@ -125,7 +143,9 @@ class VexaView : public BView {
     // Messages.
     bool TakeParameter(uint32 code);
     bool TakePlaneControl(uint32 code);
+    void MarkNumber(std::string_view name, bool controller = false);
     bool TakeMenuChoice(uint32 code);
+    void SetChannel(int32 channel);
     bool TakePanelCommand(const BMessage& message);
     bool TakeSource(uint32 code);
 
@@ -133,20 +153,22 @@ class VexaView : public BView {
     void ShowPanel(file_panel_mode mode, uint32 result, const char* folder, const char* title);
     void RemovePanel(const BMessage& message);
     static std::string ChosenPath(const BMessage& message);
+    bool MaySave() const;
     bool MayReplace(const BMessage& message, const char* folder, const std::string& name);
     void OpenFunction(const std::string& path) { LoadFunction(path); }
-    void OpenSound(const std::string& path) { LoadSound(path); }
+    void OpenSound(const std::string& path);
     void OpenSample(const std::string& path);
 
     // Functions.
     void ShowFailure(const CompileReport& report);
+    void TakeSampleMode();
     void TakeSampleFrequency();
 
     // Documents.
     void InterpretFunction(const Function& function);
     void InterpretSound(const Sound& sound);
     using Writer = std::function<kits::Result<void>(const std::filesystem::path&)>;
-    void Save(const std::string& name, const char* folder, const Writer& write);
+    bool Save(const std::string& name, const char* folder, const Writer& write);
     void SetAndInvoke(std::string_view field, const std::string& text);
     std::string TextOf(std::string_view field) const;
     void ConnectChosenSource();
@@ -154,10 +176,25 @@ class VexaView : public BView {
     kits::ProgramFolders folders;
     std::string soundAuthor;
     std::string functionAuthor;
+    /// Of the file that was loaded or saved, without its extension.
+    std::string soundName;
+    /// What it held.
+    Sound savedSound;
+    /// What saving the sound is to be followed by, if anything.
+    std::function<void()> afterSaving;
+    /// Of the documents that were loaded last, for saving.
+    KeptElements soundKept;
+    KeptElements functionKept;
     /// The sample as a function document names it.
     std::string sampleFile;
     media_format sampleFormat;
     bool sampleMode = false;
+    /// There is no file of that name: nothing sounds, and the name is all that can be saved.
+    bool sampleMissing = false;
+    /// The field has an expression that is not installed, as it is wrong.
+    bool expressionWrong = false;
+    /// The view is on its way out.
+    bool closing = false;
 
     ControllerTable ctlvalue;
     VoiceTable voices;

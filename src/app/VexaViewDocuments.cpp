@@ -1,25 +1,45 @@
 // Function and sound documents into the main view, and out of it.
+#include "app/MessageCodes.h"
 #include "app/VexaView.h"
 #include "documents/DocumentKind.h"
 #include "documents/FunctionDocument.h"
 #include "documents/FunctionSource.h"
 #include "documents/SoundDocument.h"
+#include "kits/interface/Alert.h"
 #include "kits/interface/Control.h"
 #include "kits/storage/FileName.h"
 #include "views/EnvView.h"
 #include "views/R2RFView.h"
 
 #include <cstdio>
+#include <utility>
 
 namespace vexa {
 
 namespace {
 
-void Print(const ReadReport& report) {
-    for (const std::string& warning : report.warnings)
+/// What there is in the place of a sample that is missing.
+float Silence(float, float) {
+    return 0;
+}
+
+/// On standard error, and what was read over also in one alert for all.
+void Tell(const std::filesystem::path& path, const ReadReport& report) {
+    std::string lines;
+    for (const std::string& warning : report.warnings) {
         std::fprintf(stderr, "vexa: warning: %s\n", warning.c_str());
+        lines += (lines.empty() ? "" : "\n") + warning;
+    }
     if (!report.reason.empty())
         std::fprintf(stderr, "vexa: %s\n", report.reason.c_str());
+    if (lines.empty())
+        return;
+    const std::string text = "Not all of \"" + path.filename().string() + "\" was understood.";
+    auto* alert = new BAlert("Warning", text.c_str(), "Ok", nullptr, nullptr, B_WIDTH_AS_USUAL,
+                             B_WARNING_ALERT);
+    alert->SetDetails(lines);
+    // What was understood is heard meanwhile.
+    alert->Show();
 }
 
 } // namespace
@@ -46,6 +66,7 @@ Function VexaView::ConstructFunction() const {
     function.width = TextOf("Sc");
     function.linkFunction = {TextOf("LFx"), TextOf("LFy")};
     function.linkScreen = {TextOf("LSx"), TextOf("LSy")};
+    function.kept = functionKept;
     return function;
 }
 
@@ -57,6 +78,7 @@ Sound VexaView::ConstructSound() const {
         sound.texts[i] = TextOf(Parameters()[i].field);
     for (std::size_t i = 0; i < envelopes.size(); i++)
         sound.envelopes[i] = envelopes[i]->Points();
+    sound.kept = soundKept;
     return sound;
 }
 
@@ -65,12 +87,20 @@ void VexaView::InterpretFunction(const Function& function) {
         Field("Fxy")->SetText(function.expression.c_str());
         Compile(function.expression.c_str());
         Field("SFreq")->SetEnabled(false);
-        sampleMode = false;
+        sampleMode = sampleMissing = false;
     } else {
         SetAndInvoke("SFreq", function.frequency);
-        LoadSample(SamplePath(function, folders).c_str());
+        if (!LoadSample(SamplePath(function, folders).c_str())) {
+            // Saving it again must not lose the name: the file may only be elsewhere for a while.
+            TakeSampleMode();
+            sampleFile = function.sampleFile;
+            sampleMissing = true;
+            functions.Install(PlaneFunction{Silence});
+            Field("SFreq")->SetEnabled(true);
+        }
     }
     functionAuthor = function.author;
+    functionKept = function.kept;
     SetAndInvoke("Sc", function.width);
     SetAndInvoke("LFx", function.linkFunction.x);
     SetAndInvoke("LFy", function.linkFunction.y);
@@ -85,34 +115,38 @@ void VexaView::InterpretSound(const Sound& sound) {
     for (std::size_t i = 0; i < envelopes.size(); i++)
         envelopes[i]->SetPoints(sound.envelopes[i]);
     soundAuthor = sound.author;
+    soundKept = sound.kept;
 }
 
 bool VexaView::LoadFunction(const std::filesystem::path& path) {
     ReadReport report;
     const auto function = ReadFunction(path, ConstructFunction(), report);
-    Print(report);
+    Tell(path, report);
     if (function)
         InterpretFunction(*function);
     else
-        ErrorAlert(function.Fault().text.c_str());
+        ErrorAlert(function.Fault().text, report.reason);
     return bool(function);
 }
 
 bool VexaView::LoadSound(const std::filesystem::path& path) {
     ReadReport report;
-    const auto sound = ReadSound(path, ConstructSound(), report);
-    Print(report);
-    if (sound)
+    const auto sound = ReadSound(path, report);
+    Tell(path, report);
+    if (sound) {
         InterpretSound(*sound);
-    else
-        ErrorAlert(sound.Fault().text.c_str());
+        soundName = path.stem().string();
+        TakeAsSaved();
+    } else {
+        ErrorAlert(sound.Fault().text, report.reason);
+    }
     return bool(sound);
 }
 
 void VexaView::Open(const std::filesystem::path& path) {
     switch (KindOf(path)) {
     case DocumentKind::Sound:
-        LoadSound(path);
+        OpenSound(path);
         break;
     case DocumentKind::Function:
         LoadFunction(path);
@@ -125,10 +159,14 @@ void VexaView::Open(const std::filesystem::path& path) {
 
 void VexaView::LoadDefaultSound() {
     ReadReport report;
-    const auto sound = ReadSound(folders.Find("sounds", "default.xml"), ConstructSound(), report);
-    Print(report);
-    if (sound)
+    const std::filesystem::path path = folders.Find("sounds", "default.xml");
+    const auto sound = ReadSound(path, report);
+    Tell(path, report);
+    if (sound) {
         InterpretSound(*sound);
+        soundName = "default";
+    }
+    TakeAsSaved();
 }
 
 void VexaView::SaveFunction(const std::string& name) {
@@ -138,21 +176,79 @@ void VexaView::SaveFunction(const std::string& name) {
 }
 
 void VexaView::SaveSound(const std::string& name) {
-    Save(name, "sounds",
-         [this](const std::filesystem::path& path) { return WriteSound(path, ConstructSound()); });
+    const auto write = [this](const std::filesystem::path& path) {
+        return WriteSound(path, ConstructSound());
+    };
+    const std::function<void()> then = std::exchange(afterSaving, nullptr);
+    if (!Save(name, "sounds", write))
+        return;
+    soundName = std::filesystem::path(name).stem().string();
+    TakeAsSaved();
+    if (then)
+        then();
 }
 
-void VexaView::Save(const std::string& name, const char* folder, const Writer& write) {
+void VexaView::OpenSound(const std::string& path) {
+    if (MayGiveUp([this, path] { LoadSound(path); }))
+        LoadSound(path);
+}
+
+bool VexaView::Changed() const {
+    Sound now = ConstructSound();
+    now.author = savedSound.author;
+    now.function.author = savedSound.function.author;
+    return now != savedSound;
+}
+
+std::string VexaView::SavingRemark() const {
+    if (sampleMissing)
+        return "The sample \"" + sampleFile +
+               "\" is missing, so that nothing sounds. Its name will be saved.";
+    if (!expressionWrong)
+        return "";
+    return sampleMode ? "The expression is wrong and will not be saved: the sample \"" +
+                            sampleFile + "\", which sounds, will."
+                      : "The expression is wrong. It will be saved as it stands, not the function "
+                        "that sounds.";
+}
+
+bool VexaView::MayGiveUp(const std::function<void()>& then) {
+    if (!Changed())
+        return true;
+    constexpr int32 kDiscard = 1;
+    constexpr int32 kSave = 2;
+    auto* alert =
+        new BAlert("Unsaved changes",
+                   ("The sound \"" + soundName + "\" has changes that are not saved.").c_str(),
+                   "Cancel", "Discard", "Save", B_WIDTH_AS_USUAL, B_WARNING_ALERT);
+    const int32 answer = alert->Go();
+    if (answer == kSave) {
+        BMessage show(kSaveSoundCode);
+        MessageReceived(&show);
+        afterSaving = then;
+    }
+    return answer == kDiscard;
+}
+
+std::string VexaView::Caption() const {
+    std::string caption = soundName + (Changed() ? " *" : "");
+    if (!graph->IsConnected())
+        caption += caption.empty() ? "no sound" : "  (no audio device: no sound)";
+    return caption;
+}
+
+bool VexaView::Save(const std::string& name, const char* folder, const Writer& write) {
     if (const auto checked = kits::CheckFileName(name); !checked) {
-        ErrorAlert(checked.Fault().text.c_str());
-        return;
+        ErrorAlert(checked.Fault().text);
+        return false;
     }
     const std::filesystem::path path = folders.Own(folder) / name;
     const kits::Result<void> saved = write(path);
     if (saved)
-        return;
+        return true;
     std::fprintf(stderr, "vexa: %s\n", saved.Fault().text.c_str());
-    ErrorAlert(("Could not save \n" + path.string()).c_str());
+    ErrorAlert("Could not save \n" + path.string(), saved.Fault().text);
+    return false;
 }
 
 } // namespace vexa

@@ -31,7 +31,7 @@ class Pause {
 
 } // namespace
 
-void VexaView::Compile(const char* expression) {
+bool VexaView::Compile(const char* expression) {
     BTextControl* field = Field("Fxy");
     const Pause pause(*field);
     CompileOutcome outcome = FunctionCompiler(folders).Compile(expression);
@@ -39,10 +39,13 @@ void VexaView::Compile(const char* expression) {
         field->SetText(outcome.addon->Expression()->c_str());
         field->SetToolTip(nullptr);
         functions.Install(*std::move(outcome.addon));
+        sampleMissing = false;
     }
+    expressionWrong = !outcome;
     field->MarkWrong(!outcome);
     if (!outcome)
         ShowFailure(outcome);
+    return bool(outcome);
 }
 
 /// What went wrong, in alerts; why and where, on standard error and in the field's tool tip.
@@ -51,27 +54,35 @@ void VexaView::ShowFailure(const CompileReport& report) {
         std::fprintf(stderr, "vexa: %s\n", report.details.c_str());
     Field("Fxy")->SetToolTip(report.details.c_str());
     for (const std::string& alert : report.alerts)
-        ErrorAlert(alert.c_str());
+        ErrorAlert(alert, &alert == &report.alerts.back() ? report.details : "");
 }
 
-void VexaView::LoadSample(const char* path) {
+bool VexaView::LoadSample(const char* path) {
     const kits::Result<LoadedSample> sample = vexa::LoadSample(path);
     if (!sample) {
         std::fprintf(stderr, "vexa: %s\n", sample.Fault().text.c_str());
-        ErrorAlert(kSampleAlert);
-        return;
+        ErrorAlert(kSampleAlert, sample.Fault().text);
+        return false;
     }
     sampleFormat = sample->format;
     sampleFile = SampleFileName(sample->path, folders);
     functions.Install(SampleFunction());
+    TakeSampleMode();
+    sampleMissing = false;
+    BTextControl* frequency = Field("SFreq");
+    frequency->SetEnabled(true);
+    frequency->Invoke();
+    return true;
+}
+
+/// It is a sample, not an expression, that is the function.
+void VexaView::TakeSampleMode() {
     sampleMode = true;
     BTextControl* expression = Field("Fxy");
     expression->SetText("");
     expression->SetToolTip(nullptr);
     expression->MarkWrong(false);
-    BTextControl* frequency = Field("SFreq");
-    frequency->SetEnabled(true);
-    frequency->Invoke();
+    expressionWrong = false;
 }
 
 void VexaView::OpenSample(const std::string& path) {

@@ -2,12 +2,14 @@
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
 #include "documents/ApplySound.h"
+#include "documents/NumberDoubt.h"
 #include "functions/SampleFunction.h"
 #include "kits/interface/Control.h"
 #include "kits/midi/MidiRoster.h"
 #include "kits/support/NumberText.h"
 #include "views/R2RFView.h"
 
+#include <algorithm>
 #include <cmath>
 #include <optional>
 
@@ -35,9 +37,11 @@ void VexaView::MessageReceived(BMessage* message) {
         return;
     switch (code) {
     case kExpressionCode:
-        Compile(TextOf("Fxy").c_str());
-        Field("SFreq")->SetEnabled(false);
-        sampleMode = false;
+        // A sample that sounds stays what would be saved, as long as the expression is wrong.
+        if (Compile(TextOf("Fxy").c_str()) || !sampleMode) {
+            Field("SFreq")->SetEnabled(false);
+            sampleMode = false;
+        }
         functionAuthor = kDefaultAuthor;
         break;
     case kSampleFrequencyCode:
@@ -58,10 +62,18 @@ bool VexaView::TakeParameter(uint32 code) {
             continue;
         if (ApplyText(row, TextOf(row.field), soundParam) == TextFault::ControllerNumber)
             ErrorAlert(kInvalidController);
+        MarkNumber(row.field, row.controller);
         soundAuthor = kDefaultAuthor;
         return true;
     }
     return false;
+}
+
+/// Marks a field whose text is not wholly used, and says in its tip what was understood.
+void VexaView::MarkNumber(std::string_view name, bool controller) {
+    const std::string doubt = NumberDoubt(TextOf(name), controller);
+    Field(name)->MarkWrong(!doubt.empty());
+    Field(name)->SetToolTip(doubt.c_str());
 }
 
 bool VexaView::TakePlaneControl(uint32 code) {
@@ -78,12 +90,14 @@ bool VexaView::TakePlaneControl(uint32 code) {
     for (const auto& control : kControls) {
         if (control.code != code)
             continue;
+        MarkNumber(control.field);
         if (const auto number = NumberIn(TextOf(control.field)))
             (plane->*control.set)(*number);
         return true;
     }
     if (code != kScaleCode)
         return false;
+    MarkNumber("Sc");
     if (const auto width = NumberIn(TextOf("Sc")); width && *width > 0)
         plane->SetScale(*width / kPlaneWidth);
     return true;
@@ -98,17 +112,29 @@ bool VexaView::TakeMenuChoice(uint32 code) {
     }
     for (int32 n = 1; n <= 16; n++) {
         if (code == ChannelCode(n)) {
-            graph->Consumer().SetChannel(n - 1);
+            SetChannel(n - 1);
             return true;
         }
     }
     if (code != kAllChannelsCode)
         return false;
-    graph->Consumer().SetChannel(-1);
+    SetChannel(-1);
     return true;
 }
 
+/// Listens to the channel, -1 for all; the computer's keyboard plays on it.
+void VexaView::SetChannel(int32 channel) {
+    keyboard.SetChannel(static_cast<uchar>(std::max(channel, 0)));
+    graph->Consumer().SetChannel(channel);
+}
+
+void VexaView::SilenceAll() {
+    keyboard.ReleaseAll();
+    graph->Consumer().AllNotesOff(false, 0);
+}
+
 void VexaView::TakeSampleFrequency() {
+    MarkNumber("SFreq");
     // A text that is no frequency leaves the spiral as it is; the picture is shown all the same.
     SetSampleFrequency(sampleFormat.u.raw_audio.frame_rate, kits::NumberOf(TextOf("SFreq")));
     plane->SetupBitmap();

@@ -4,14 +4,18 @@
 #include "kits/interface/Menu.h"
 #include "kits/midi/MidiRoster.h"
 
+#include <cstdio>
+
 namespace vexa {
 
 void VexaView::SetupMidiMenu() {
     deviceMenu->RemoveAll();
     deviceMenu->AddItem(new BMenuItem("none", new BMessage(kNoSourceCode)));
-    BMidiRoster* roster = BMidiRoster::MidiRoster();
+    std::string reason;
+    BMidiRoster* roster = BMidiRoster::MidiRoster(&reason);
     if (!roster) {
-        ErrorAlert("Where is the MIDI roster?!?");
+        std::fprintf(stderr, "vexa: there are no MIDI sources: %s\n", reason.c_str());
+        ErrorAlert("Where is the MIDI roster?!?", reason);
         return;
     }
     int32 id = 0;
@@ -63,7 +67,7 @@ void VexaView::ConnectChosenSource() {
         if (status != B_OK)
             connectedSource = 0;
         if (status != B_OK && status != B_WOULD_BLOCK) {
-            ErrorAlert(("Could not connect the MIDI source\n" + chosenSource).c_str());
+            ErrorAlert("Could not connect the MIDI source\n" + chosenSource);
             chosenSource.clear();
         }
     }

@@ -54,6 +54,7 @@ bool VexaView::TakePanelCommand(const BMessage& message) {
     };
     for (const PanelCommand& command : kCommands) {
         if (message.what == command.button) {
+            afterSaving = nullptr;
             ShowPanel(command.mode, command.result, command.folder, command.title);
             return true;
         }
@@ -65,7 +66,7 @@ bool VexaView::TakePanelCommand(const BMessage& message) {
         } else {
             std::string name;
             message.FindString("name", &name);
-            if (MayReplace(message, command.folder, name))
+            if (MaySave() && MayReplace(message, command.folder, name))
                 (this->*command.save)(name);
         }
         RemovePanel(message);
@@ -88,6 +89,8 @@ void VexaView::ShowPanel(file_panel_mode mode, uint32 result, const char* folder
     if (mode == B_OPEN_PANEL)
         panel->SetBeneath(folders.Own(folder).c_str(), folders.Shipped(folder).c_str());
     panel->Window()->SetTitle(title);
+    // Elsewhere it would ask about a file that is not touched; MayReplace does.
+    panel->AskOnlyIn(folders.Own(folder));
     panel->Show();
     panels.push_back(std::move(panel));
 }
@@ -106,21 +109,35 @@ std::string VexaView::ChosenPath(const BMessage& message) {
     return path.Path();
 }
 
-/// Documents go into their folder, whichever the panel showed. It has asked about a file that is
-/// there in the folder that it showed; for another one the person is asked here.
+/// Asks where what would be saved is not what one hears.
+bool VexaView::MaySave() const {
+    const std::string remark = SavingRemark();
+    if (remark.empty())
+        return true;
+    return (new BAlert("Save", remark.c_str(), "Cancel", "Save", nullptr, B_WIDTH_AS_USUAL,
+                       B_WARNING_ALERT))
+               ->Go() == 1;
+}
+
+/// Documents go into their folder, whichever the panel showed. Where it was another one, the person
+/// is told and asked here.
 bool VexaView::MayReplace(const BMessage& message, const char* folder, const std::string& name) {
     entry_ref shown;
     message.FindRef("directory", &shown);
     const std::filesystem::path home = folders.Own(folder);
     std::error_code ignored;
     const std::filesystem::path chosen = std::filesystem::path(shown.directory) / shown.name;
-    if (std::filesystem::equivalent(chosen, home, ignored) ||
-        !std::filesystem::exists(home / name, ignored))
+    if (std::filesystem::equivalent(chosen, home, ignored))
         return true;
+    const bool replaces = std::filesystem::exists(home / name, ignored);
     const std::string question = "The file \"" + name + "\" will be saved in the folder\n" +
-                                 home.string() + ",\nwhere there is one already. Replace it?";
-    auto* alert = new BAlert("Save", question.c_str(), "Cancel", "Replace", nullptr,
-                             B_WIDTH_AS_USUAL, B_WARNING_ALERT);
+                                 home.string() +
+                                 (replaces ? ",\nwhere there is one already. Replace it?"
+                                           : ",\nnot in the one that the panel showed.");
+    auto* alert = new BAlert("Save", question.c_str(), "Cancel", replaces ? "Replace" : "Save",
+                             nullptr, B_WIDTH_AS_USUAL, B_WARNING_ALERT);
+    if (replaces)
+        alert->SetDefaultButton(0);
     return alert->Go() == 1;
 }
 

@@ -3,6 +3,7 @@
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
 #include "kits/interface/Application.h"
+#include "kits/interface/Control.h"
 #include "kits/translation/TranslationUtils.h"
 #include "synth/ParameterTable.h"
 #include "views/BitmapBarView.h"
@@ -17,6 +18,13 @@ namespace {
 /// Ten pulses a second move the orbits.
 constexpr bigtime_t kPulseRate = 100000;
 constexpr float kWidest = 10000;
+
+// The button in the logo bar, in pixels.
+
+constexpr float kSilenceGap = 12;
+constexpr float kSilenceWidth = 59;
+constexpr float kSilenceTop = 13;
+constexpr float kSilenceHeight = 20;
 
 /// Whether the code is one of a control of the main view.
 bool IsCommand(uint32 code) {
@@ -51,6 +59,12 @@ VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders, bool wi
     logoBar = new BitmapBarView(left, middle, right, bar, "orvo logo", B_FOLLOW_LEFT_RIGHT,
                                 B_WILL_DRAW | B_FRAME_EVENTS);
     AddChild(logoBar);
+    const float end = bar.Width() - (right ? right->Bounds().Width() : 0) - kSilenceGap;
+    auto* silence = new BButton(
+        {end - kSilenceWidth, kSilenceTop, end, kSilenceTop + kSilenceHeight}, "Silence", "Silence",
+        new BMessage(kSilenceCode), B_FOLLOW_RIGHT | B_FOLLOW_TOP);
+    silence->SetToolTip("Ends all that sounds, at once (Esc)");
+    logoBar->AddChild(silence);
     BRect rest = Bounds();
     rest.top = 41;
     mainView = new VexaView(rest, "VexaView", folders);
@@ -63,15 +77,27 @@ VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders, bool wi
 }
 
 void VexaWindow::MessageReceived(BMessage* message) {
+    if (!mainView)
+        return BWindow::MessageReceived(message);
     switch (message->what) {
-    case B_KEY_DOWN:
+    case B_KEY_DOWN: {
+        int32 character = 0;
+        if (message->FindInt32("raw_char", &character) == B_OK && character == B_ESCAPE)
+            mainView->SilenceAll();
+        else
+            mainView->Keyboard().Take(*message);
+        break;
+    }
+    case kSilenceCode:
+        mainView->SilenceAll();
+        break;
     case B_KEY_UP:
     case B_WINDOW_ACTIVATED:
         mainView->Keyboard().Take(*message);
         break;
     case B_PULSE:
-        if (mainView)
-            mainView->WatchSound();
+        mainView->WatchSound();
+        logoBar->SetCaption(mainView->Caption());
         break;
     default:
         if (IsCommand(message->what))
@@ -82,6 +108,9 @@ void VexaWindow::MessageReceived(BMessage* message) {
 }
 
 bool VexaWindow::QuitRequested() {
+    // Asked again, it finds nothing that is not saved.
+    if (!mainView->MayGiveUp([this] { PostMessage(B_QUIT_REQUESTED); }))
+        return false;
     be_app->PostMessage(B_QUIT_REQUESTED);
     return true;
 }

@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include <unistd.h>
+
 namespace {
 
 /// What playing takes at most of what the system may limit: 20 descriptors, and in a window on a
@@ -42,8 +44,13 @@ int Run(const std::vector<std::string>& texts) {
     if (options->action == vexa::AppOptions::Action::List)
         return vexa::ListDevices();
     const auto folders = kits::FindProgramFolders("vexa", options->userFolder);
-    if (!folders)
-        return Fail(folders.Fault().text, 1);
+    if (!folders) {
+        const int exitCode = Fail(folders.Fault().text, 1);
+        // Whoever has started it from a menu sees no terminal.
+        if (!options->noWindow && ::isatty(STDERR_FILENO) == 0)
+            vexa::ShowFault(folders.Fault().text);
+        return exitCode;
+    }
     if (options->sound) {
         const auto sound = folders->FindDocument("sounds", *options->sound);
         if (!sound)

@@ -44,6 +44,7 @@ class AudioGraph {
     VexaToneProducer& Producer() { return *producer; }
     const VexaToneProducer& Producer() const { return *producer; }
     VexaMidiConsumer& Consumer() { return engine.consumer; }
+    const VexaMidiConsumer& Consumer() const { return engine.consumer; }
     bool IsConnected() const { return connected; }
 
     /// What all mixers so far have noticed of our buffers.

@@ -194,6 +194,7 @@ void VexaToneProducer::Connect(status_t error, const media_source&,
     FPRINTF(stderr, "\tdownstream latency = %lld\n", static_cast<long long>(downstreamLatency));
     const auto frames = static_cast<bigtime_t>(FramesPerBuffer());
     internalLatency = static_cast<bigtime_t>(kAllowance / FrameRate()) * frames;
+    leastInternalLatency = internalLatency;
     FPRINTF(stderr, "\tbuffer-filling took %lld usec on this machine\n",
             static_cast<long long>(internalLatency));
     SetEventLatency(downstreamLatency + internalLatency);
@@ -247,6 +248,16 @@ void VexaToneProducer::LateNoticeReceived(const media_source& what, bigtime_t ho
         framesSent += FramesPerBuffer();
         FPRINTF(stderr, "\tskipping a buffer to try to catch up\n");
     }
+}
+
+/// The sound goes on as it is: the next buffers follow on those sent, but are rendered later.
+void VexaToneProducer::EarlyNoticeReceived(const media_source& what, bigtime_t howMuch) {
+    FPRINTF(stderr, "ToneProducer::EarlyNoticeReceived\n");
+    if (what != output.source || RunMode() != B_INCREASE_LATENCY)
+        return;
+    internalLatency = std::max(internalLatency - howMuch, leastInternalLatency);
+    SetEventLatency(downstreamLatency + internalLatency);
+    FPRINTF(stderr, "\tdecreasing latency to %lld\n", static_cast<long long>(EventLatency()));
 }
 
 void VexaToneProducer::EnableOutput(const media_source& what, bool enabled, int32*) {

@@ -49,6 +49,7 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
     void Disconnect(const media_source& what, const media_destination& where) override;
     void LateNoticeReceived(const media_source& what, bigtime_t howMuch,
                             bigtime_t performanceTime) override;
+    void EarlyNoticeReceived(const media_source& what, bigtime_t howMuch) override;
     void EnableOutput(const media_source& what, bool enabled, int32* deprecated) override;
     status_t SetPlayRate(int32 numerator, int32 denominator) override;
     void AdditionalBufferRequested(const media_source& source, media_buffer_id buffer,
@@ -78,7 +79,9 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
 
     std::unique_ptr<BBufferGroup> buffers;
     bigtime_t downstreamLatency = 0;
+    /// What rendering needs, grown by late notices.
     bigtime_t internalLatency = 0;
+    bigtime_t leastInternalLatency = 0;
     media_output output;
     bool outputEnabled = true;
     media_format preferred;

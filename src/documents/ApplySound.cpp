@@ -1,24 +1,12 @@
 #include "documents/ApplySound.h"
 
 #include "kits/support/NumberText.h"
-#include "kits/support/Quoted.h"
 #include "synth/Envelope.h"
 
 #include <cmath>
 #include <cstdlib>
 
 namespace vexa {
-
-namespace {
-
-std::string Description(const Parameter& row) {
-    std::string description = std::string(row.field) + " (";
-    if (!row.element.empty())
-        description += kits::Quoted(row.element) + " in ";
-    return description + kits::Quoted(row.group) + ")";
-}
-
-} // namespace
 
 TextFault ApplyText(const Parameter& row, const std::string& text, sound_param& target) {
     if (row.controller) {
@@ -36,19 +24,9 @@ TextFault ApplyText(const Parameter& row, const std::string& text, sound_param& 
     return TextFault::None;
 }
 
-std::vector<std::string> ApplyParameters(const Sound& sound, sound_param& target) {
-    std::vector<std::string> faults;
-    for (std::size_t i = 0; i < Parameters().size(); i++) {
-        const Parameter& row = Parameters()[i];
-        const std::string& text = sound.texts[i];
-        const TextFault fault = ApplyText(row, text, target);
-        if (fault == TextFault::ControllerNumber)
-            faults.push_back(Description(row) + ": " + kits::Quoted(text) + ": " +
-                             kInvalidController);
-        else if (fault == TextFault::NotANumber)
-            faults.push_back(Description(row) + ": " + kits::Quoted(text) + " is not a number.");
-    }
-    return faults;
+void ApplyParameters(const Sound& sound, sound_param& target) {
+    for (std::size_t i = 0; i < Parameters().size(); i++)
+        ApplyText(Parameters()[i], sound.texts[i], target);
 }
 
 void ApplyEnvelopes(const Sound& sound, sound_param& target) {

@@ -1,6 +1,7 @@
 // From a sound's texts and points to what is heard.
 #pragma once
 
+#include "documents/NumberDoubt.h"
 #include "documents/Sound.h"
 #include "synth/ParameterTable.h"
 
@@ -15,15 +16,12 @@ enum class TextFault {
     ControllerNumber,
 };
 
-constexpr const char* kInvalidController = "Controller number must be between 0 and 127.";
-
 /// Sets the parameter that the row is of to what the text means, or leaves it as it is if there is
 /// a fault. A text that is no number means 0. The same in every locale. Window thread.
 TextFault ApplyText(const Parameter& row, const std::string& text, sound_param& target);
 
-/// ApplyText for all of the sound's texts. Returns the faults in words, each with its field, its
-/// element and the text. Window thread.
-std::vector<std::string> ApplyParameters(const Sound& sound, sound_param& target);
+/// ApplyText for all of the sound's texts. Reading a document tells of their faults. Window thread.
+void ApplyParameters(const Sound& sound, sound_param& target);
 
 /// Replaces and publishes the points of the target's envelopes. Window thread.
 void ApplyEnvelopes(const Sound& sound, sound_param& target);

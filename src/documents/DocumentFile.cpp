@@ -1,19 +1,46 @@
 #include "documents/DocumentFile.h"
 
 #include "kits/storage/NodeInfo.h"
+#include "kits/support/Quoted.h"
 #include "xml/MXStatus.h"
+
+#include <algorithm>
+#include <cstdlib>
 
 namespace vexa {
 
 namespace {
 
-/// The version that documents name; readers do not look at it.
+/// The version that documents name.
 constexpr const char* kVersion = "0.2.0 beta";
+constexpr std::string_view kKnownInInfo[] = {"vexaversion", "author"};
 /// What the doctype refers to; readers do not look at it.
 constexpr const char* kDoctypeKeyword = "SYSTEM";
 constexpr const char* kDoctypeLocation = "vexa.dtd";
 /// The indentation of each level.
 constexpr const char* kIndentation = "  ";
+
+/// The numbers of a version, without what follows the last of them.
+std::vector<long> VersionNumbers(const std::string& version) {
+    std::vector<long> numbers;
+    const char* at = version.c_str();
+    for (char* end = nullptr; *at >= '0' && *at <= '9'; at = *end == '.' ? end + 1 : "")
+        numbers.push_back(std::strtol(at, &end, 10));
+    return numbers;
+}
+
+/// What to tell of a text in which no root was found.
+std::string NoRoot(const std::filesystem::path& path, const LoadedDocument& loaded) {
+    const std::string_view text = loaded.text;
+    if (text.empty())
+        return path.string() + ": expected a root element, found nothing";
+    if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF"))
+        return path.string() + ": expected a text in UTF-8, found UTF-16";
+    if (loaded.document.Status() != MX_OK)
+        return Located(path.string(), text,
+                       {loaded.document.FaultLeft(), StatusText(loaded.document.Status())});
+    return Located(path.string(), text, {text.size(), "expected a root element, found none"});
+}
 
 kits::Error NotLoaded(const std::filesystem::path& path) {
     return {"Could not load \n" + path.string()};
@@ -25,33 +52,71 @@ MXDocument ConstructDocumentTemplate(const std::string& rootName) {
     return {MXString(std::string_view(rootName)), kDoctypeKeyword, kDoctypeLocation};
 }
 
-std::unique_ptr<MXFragment> ConstructInfoElement(const std::string& author) {
+std::unique_ptr<MXFragment> ConstructInfoElement(const std::string& author,
+                                                 const KeptElements& kept) {
     auto info = std::make_unique<MXFragment>(MX_ELEMENT, "info");
     info->Adopt(ConstructTextElement("vexaversion", kVersion));
     info->Adopt(ConstructTextElement("author", author));
+    AdoptChildren(*info, kept.info);
     return info;
+}
+
+void InterpretInfoElement(const MXFragment* info, std::string& author, KeptElements& kept,
+                          Remarks& remarks) {
+    const ElementScope scope(info, {std::begin(kKnownInInfo), std::end(kKnownInInfo)}, remarks);
+    scope.ReadText("author", author);
+    kept.info = info ? ChildrenBut(*info, kKnownInInfo) : "";
+    const MXFragment* element = scope.Find("vexaversion");
+    if (!element)
+        return;
+    const std::string version(std::string_view(element->GetContainedText()));
+    if (VersionNumbers(version) > VersionNumbers(kVersion))
+        remarks.Add(element->TextLeft(),
+                    "saved by Vexa " + kits::Shown(version) + ", which is newer than " + kVersion +
+                        "; what this version does not know is kept, but not heard");
+}
+
+std::string ChildrenBut(const MXFragment& parent, std::span<const std::string_view> known) {
+    MXString elements;
+    for (int32 i = 0; i < parent.children.CountItems(); i++) {
+        const MXFragment& child = *parent.children.ItemAt(i);
+        const bool isElement = child.Type() == MX_ELEMENT || child.Type() == MX_EMPTY_ELEMENT;
+        if (isElement &&
+            std::find(known.begin(), known.end(), std::string_view(child.name)) == known.end())
+            child.AppendTo(elements);
+    }
+    return std::string(std::string_view(elements));
+}
+
+void AdoptChildren(MXFragment& parent, const std::string& elements) {
+    MXString text{std::string_view(elements)};
+    while (text.Length() > 0) {
+        auto child = std::make_unique<MXFragment>(MX_UNPARSED);
+        if (child->ParseString(text) != MX_OK)
+            return;
+        parent.Adopt(std::move(child));
+    }
 }
 
 std::unique_ptr<MXFragment> ConstructTextElement(std::string_view name, std::string_view text) {
     return std::make_unique<MXFragment>(MXString(name), MXString(text));
 }
 
-kits::Result<MXDocument> LoadDocument(const std::filesystem::path& path, ReadReport& report) {
+kits::Result<LoadedDocument> LoadDocument(const std::filesystem::path& path, ReadReport& report,
+                                          Remarks& remarks) {
     report = {};
-    MXDocument document(path.c_str());
-    const bool isMalformed = document.Status() != MX_OK;
-    if (!document.root) {
-        if (!document.OpenError().empty())
-            report.reason = document.OpenError();
-        else if (isMalformed)
-            report.reason = path.string() + ": " + StatusText(document.Status());
-        else
-            report.reason = path.string() + ": no root element";
+    kits::Result<MXString> text = ReadDocumentText(path);
+    if (!text) {
+        report.reason = text.Fault().text;
         return NotLoaded(path);
     }
-    if (isMalformed)
-        report.warnings.push_back("reading ended at " + std::string(StatusText(document.Status())));
-    return document;
+    MXString unread = *text;
+    LoadedDocument loaded{*std::move(text), MXDocument(unread, &remarks)};
+    if (!loaded.document.root) {
+        report.reason = NoRoot(path, loaded);
+        return NotLoaded(path);
+    }
+    return loaded;
 }
 
 kits::Error TooLarge(const std::filesystem::path& path, ReadReport& report) {

@@ -2,37 +2,60 @@
 #pragma once
 
 #include "documents/ElementScope.h"
-#include "kits/support/Quoted.h"
+#include "documents/Function.h"
 #include "kits/support/Result.h"
 #include "xml/MXDocument.h"
 
 #include <filesystem>
 #include <memory>
 #include <new>
+#include <optional>
+#include <span>
 #include <string>
+#include <vector>
 
 namespace vexa {
 
-/// What there is to say about a file that was read, for a terminal.
+/// What there is to say about a file that was read, in lines for a terminal or the details of an
+/// alert. A line begins with the file's path and, where the fault has a place in it,
+/// ":LINE:COLUMN"; both count from 1, and a column is a character in UTF-8.
 struct ReadReport {
-    /// The file and why nothing of it was taken; empty if it was.
+    /// Why nothing of the file was taken; empty if it was.
     std::string reason;
-    /// What was missing or wrong in a file that was taken all the same; each names the file.
-    Warnings warnings;
+    /// What was missing, wrong or read over in a file that was taken all the same, in the order of
+    /// the text; Remarks::kMost of them, and then how many more there are.
+    std::vector<std::string> warnings;
 };
 
 /// A document to write, with that root element in its doctype and without a root yet.
 MXDocument ConstructDocumentTemplate(const std::string& rootName);
 
-/// The element "info": the program's version and the author.
-std::unique_ptr<MXFragment> ConstructInfoElement(const std::string& author);
+/// The element "info": the program's version, the author and what is kept of another version's.
+std::unique_ptr<MXFragment> ConstructInfoElement(const std::string& author,
+                                                 const KeptElements& kept);
+/// Takes the author over, and the elements that are not known here. A version newer than ours is a
+/// remark. A null element is one that is missing.
+void InterpretInfoElement(const MXFragment* info, std::string& author, KeptElements& kept,
+                          Remarks& remarks);
+
+/// The children of an element that are elements of none of these names, as XML.
+std::string ChildrenBut(const MXFragment& parent, std::span<const std::string_view> known);
+/// Appends the elements that ChildrenBut has returned.
+void AdoptChildren(MXFragment& parent, const std::string& elements);
 
 /// An element that holds a text, an empty text too.
 std::unique_ptr<MXFragment> ConstructTextElement(std::string_view name, std::string_view text);
 
-/// The document at `path`, which has a root. The error is the text for the window's alert; the
-/// report, which is emptied before, has the reason.
-kits::Result<MXDocument> LoadDocument(const std::filesystem::path& path, ReadReport& report);
+/// A text and what was read of it, which has a root.
+struct LoadedDocument {
+    MXString text;
+    MXDocument document;
+};
+
+/// The document at `path`. The error is the text for the window's alert; the report, which is
+/// emptied before, has the reason. What is read over is told to `remarks`.
+kits::Result<LoadedDocument> LoadDocument(const std::filesystem::path& path, ReadReport& report,
+                                          Remarks& remarks);
 
 /// Writes the document in the layout of all documents and sets the file's type. The error names the
 /// path and the reason; a file system that keeps no types is none.
@@ -42,22 +65,29 @@ kits::Result<void> SaveDocument(const std::filesystem::path& path, MXDocument& d
 /// The error, and into the report, that memory does not suffice for the document.
 kits::Error TooLarge(const std::filesystem::path& path, ReadReport& report);
 
-/// What `interpret` (InterpretFunction, InterpretSound) makes of `startFrom` and the document at
+/// Why a root element was not taken: the alert, and what was expected of it.
+struct Refusal {
+    const char* alert;
+    std::string expected;
+};
+
+/// What `interpret` (InterpretFunction, InterpretSound) makes of `value` and the document at
 /// `path`. Error and report as with LoadDocument.
 template<class Value, class Interpret>
 kits::Result<Value> ReadValue(const std::filesystem::path& path, Value value, Interpret interpret,
                               ReadReport& report) try {
-    kits::Result<MXDocument> document = LoadDocument(path, report);
-    if (!document)
-        return document.Fault();
-    const kits::Result<void> interpreted = interpret(*document->root, value, report.warnings);
-    for (std::string& warning : report.warnings)
-        warning.insert(0, path.string() + ": ");
-    if (!interpreted) {
-        report.reason = path.string() + ": " + interpreted.Fault().text + " (root element " +
-                        kits::Quoted(document->root->name) + ")";
-        return interpreted.Fault();
+    Remarks remarks;
+    const kits::Result<LoadedDocument> loaded = LoadDocument(path, report, remarks);
+    if (!loaded)
+        return loaded.Fault();
+    const MXFragment& root = *loaded->document.root;
+    const std::optional<Refusal> refusal = interpret(root, value, remarks);
+    if (refusal) {
+        report.reason = Located(path.string(), loaded->text,
+                                {root.TextLeft(), refusal->alert + (" " + refusal->expected)});
+        return kits::Error{refusal->alert};
     }
+    report.warnings = remarks.Located(path.string(), loaded->text);
     return value;
 } catch (const std::bad_alloc&) {
     return TooLarge(path, report);

@@ -1,28 +1,59 @@
 #include "documents/DocumentKind.h"
 
-#include "documents/DocumentFile.h"
+#include "documents/FunctionDocument.h"
+#include "documents/SoundDocument.h"
+#include "kits/media/MediaFile.h"
 #include "kits/storage/NodeInfo.h"
+#include "kits/storage/ReadFile.h"
 
-#include <fstream>
+#include <algorithm>
+#include <array>
+#include <new>
+#include <optional>
 #include <string_view>
+
+#include <unistd.h>
 
 namespace vexa {
 
 namespace {
 
-/// Whether the file begins as XML does, so that a sample of any length is not read as text.
-bool BeginsAsXml(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
+/// How a file begins, so that a sample of any length is not read as text.
+enum class Beginning { Nothing, Xml, OtherText, Other };
+
+Beginning BeginningOf(const std::filesystem::path& path) {
+    const kits::Result<kits::Descriptor> file = kits::OpenRegularFile(path);
+    std::array<char, 4096> bytes;
+    const ssize_t count = file ? ::read(file->Number(), bytes.data(), bytes.size()) : 0;
+    std::string_view text(bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF"))
+        return Beginning::OtherText;
     // The mark that some editors put before a text in UTF-8.
-    if (file.peek() == 0xEF)
-        file.ignore(3);
-    file >> std::ws;
-    return file.peek() == '<';
+    if (text.starts_with("\xEF\xBB\xBF"))
+        text.remove_prefix(3);
+    text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
+    if (text.empty())
+        return Beginning::Nothing;
+    // UTF-16 without a mark has a zero beside each character of ASCII.
+    if (text.starts_with(std::string_view("<\0", 2)) ||
+        text.starts_with(std::string_view("\0<", 2)))
+        return Beginning::OtherText;
+    return text.front() == '<' ? Beginning::Xml : Beginning::Other;
 }
 
-} // namespace
+std::optional<DocumentKind> KindByRoot(const std::filesystem::path& path) {
+    ReadReport ignored;
+    Remarks unheard;
+    const auto loaded = LoadDocument(path, ignored, unheard);
+    const std::string_view root = loaded ? std::string_view(loaded->document.root->name) : "";
+    if (root == kSoundElement)
+        return DocumentKind::Sound;
+    if (root == kExpressionFunction || root == kSampleFunction)
+        return DocumentKind::Function;
+    return std::nullopt;
+}
 
-DocumentKind KindOf(const std::filesystem::path& path) {
+std::optional<DocumentKind> KindByType(const std::filesystem::path& path) {
     BNode node(path.c_str());
     char type[B_MIME_TYPE_LENGTH] = "";
     BNodeInfo(&node).GetType(type);
@@ -30,13 +61,42 @@ DocumentKind KindOf(const std::filesystem::path& path) {
         return DocumentKind::Sound;
     if (std::string_view(type) == kFunctionFileType)
         return DocumentKind::Function;
-    if (!BeginsAsXml(path))
-        return DocumentKind::Sample;
-    ReadReport ignored;
-    const kits::Result<MXDocument> document = LoadDocument(path, ignored);
+    return std::nullopt;
+}
+
+bool IsSoundFile(const std::filesystem::path& path) {
+    entry_ref ref;
+    return get_ref_for_path(path.c_str(), &ref) == B_OK && BMediaFile(&ref).InitCheck() == B_OK;
+}
+
+DocumentKind KindByContent(const std::filesystem::path& path) {
     // What is neither is refused, with the reason, by whoever reads it as a function.
-    return document && document->root->name == "vexasound" ? DocumentKind::Sound
-                                                           : DocumentKind::Function;
+    switch (BeginningOf(path)) {
+    case Beginning::Xml:
+        if (const auto kind = KindByRoot(path))
+            return *kind;
+        return KindByType(path).value_or(DocumentKind::Function);
+    case Beginning::Other: {
+        const auto kind = KindByType(path);
+        return kind && !IsSoundFile(path) ? *kind : DocumentKind::Sample;
+    }
+    case Beginning::OtherText:
+    case Beginning::Nothing:
+        break;
+    }
+    const bool isNamedXml = path.extension() == ".xml" || path.extension() == ".XML";
+    return KindByType(path).value_or(isNamedXml ? DocumentKind::Function : DocumentKind::Sample);
+}
+
+} // namespace
+
+DocumentKind KindOf(const std::filesystem::path& path) {
+    try {
+        return KindByContent(path);
+    } catch (const std::bad_alloc&) {
+        // Only XML is read as a whole; its reader tells that there is not enough memory.
+        return DocumentKind::Function;
+    }
 }
 
 } // namespace vexa

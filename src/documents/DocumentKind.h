@@ -7,8 +7,12 @@ namespace vexa {
 
 enum class DocumentKind { Sound, Function, Sample };
 
-/// By the file's type or else its root element; what is no XML is taken for a sample, and so is
-/// what cannot be read. Any thread.
+/// By the content: XML by its root element, and what else there is in a file is taken for a sample.
+/// The file's type counts only where the content tells nothing: for an XML text with a root element
+/// of another program or none, and for what is neither XML nor a sound file. What is empty or in
+/// UTF-16, is no regular file, or cannot be read is a document where its name ends in ".xml".
+/// Whoever loads the file says what is wrong with it. Throws nothing, whatever the file. Any
+/// thread.
 DocumentKind KindOf(const std::filesystem::path& path);
 
 /// The types of the files that documents are saved in.

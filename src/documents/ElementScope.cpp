@@ -1,5 +1,6 @@
 #include "documents/ElementScope.h"
 
+#include "documents/NumberDoubt.h"
 #include "kits/support/Quoted.h"
 #include "xml/FragmentWalk.h"
 
@@ -7,9 +8,13 @@
 
 namespace vexa {
 
+std::string Tag(std::string_view name) {
+    return '<' + kits::Shown(name) + '>';
+}
+
 ElementScope::ElementScope(const MXFragment* scope, std::vector<std::string_view> searched,
-                           Warnings& warnings)
-    : scope(scope), names(std::move(searched)), found(names.size()), warnings(warnings) {
+                           Remarks& remarks)
+    : scope(scope), names(std::move(searched)), found(names.size()), remarks(remarks) {
     if (!scope)
         return;
     std::size_t missing = names.size();
@@ -36,14 +41,36 @@ const MXFragment* ElementScope::Find(std::string_view name) const {
 const MXFragment* ElementScope::Element(std::string_view name) const {
     const MXFragment* element = Find(name);
     if (scope && !element)
-        warnings.push_back("no element " + kits::Quoted(name) + " in " + kits::Quoted(scope->name) +
-                           "; what it sets stays as it was");
+        Add(*scope,
+            "expected an element " + Tag(name) + " in " + Tag(scope->name) + ", found none");
     return element;
 }
 
-void ElementScope::ReadText(std::string_view name, std::string& field) const {
-    if (const MXFragment* element = Element(name))
-        field = std::string_view(element->GetContainedText());
+const MXFragment* ElementScope::ReadText(std::string_view name, std::string& field) const {
+    const MXFragment* element = Element(name);
+    if (!element)
+        return nullptr;
+    field = std::string_view(element->GetContainedText());
+    WalkFragments(*element, [&](const MXFragment& fragment) {
+        if (&fragment == element)
+            return WalkStep::Into;
+        const bool isElement = fragment.Type() == MX_ELEMENT || fragment.Type() == MX_EMPTY_ELEMENT;
+        if (isElement)
+            Add(fragment, "expected a text in " + Tag(name) + ", found an element " +
+                              Tag(fragment.name) + "; an end tag may be missing");
+        else if (fragment.Type() == MX_CDATA)
+            Add(fragment,
+                "expected a text in " + Tag(name) + ", found a CDATA section, which is not read");
+        return isElement ? WalkStep::Stop : WalkStep::Into;
+    });
+    return element;
+}
+
+void ElementScope::ReadNumber(std::string_view name, std::string& field, bool controller) const {
+    const MXFragment* element = ReadText(name, field);
+    const std::string doubt = element ? NumberDoubt(field, controller) : "";
+    if (!doubt.empty())
+        Add(*element, Tag(name) + ": " + doubt);
 }
 
 } // namespace vexa

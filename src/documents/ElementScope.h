@@ -2,6 +2,7 @@
 #pragma once
 
 #include "xml/MXFragment.h"
+#include "xml/Remarks.h"
 
 #include <string>
 #include <string_view>
@@ -9,7 +10,8 @@
 
 namespace vexa {
 
-using Warnings = std::vector<std::string>;
+/// "<NAME>", fit for a message.
+std::string Tag(std::string_view name);
 
 /// The first element of each of some names in an element's subtree, in document order and the
 /// element itself included. All are found in one walk, so that looking up costs no more than the
@@ -17,21 +19,29 @@ using Warnings = std::vector<std::string>;
 class ElementScope {
   public:
     /// A null `scope` is an element that is missing: nothing is found in it, and nothing more is
-    /// said about it. `scope` and `warnings` must outlive this.
-    ElementScope(const MXFragment* scope, std::vector<std::string_view> names, Warnings& warnings);
+    /// said about it. `scope` and `remarks` must outlive this.
+    ElementScope(const MXFragment* scope, std::vector<std::string_view> names, Remarks& remarks);
 
     /// The element, or null; `name` is one of the names.
     const MXFragment* Find(std::string_view name) const;
-    /// The same with a warning if it is missing.
+    /// The same with a remark if it is missing.
     const MXFragment* Element(std::string_view name) const;
-    /// Sets the field to the element's text; a missing element leaves it as it is, with a warning.
-    void ReadText(std::string_view name, std::string& field) const;
+    /// Sets the field to the element's text, and says where the element holds more than that. A
+    /// missing element leaves the field as it is, with a remark. Returns the element.
+    const MXFragment* ReadText(std::string_view name, std::string& field) const;
+    /// The same for a field that holds a number, or that of a controller: says where the text is
+    /// none, or not as a whole. The text is taken as it stands.
+    void ReadNumber(std::string_view name, std::string& field, bool controller = false) const;
 
   private:
+    void Add(const MXFragment& place, std::string text) const {
+        remarks.Add(place.TextLeft(), std::move(text));
+    }
+
     const MXFragment* scope;
     std::vector<std::string_view> names;
     std::vector<const MXFragment*> found;
-    Warnings& warnings;
+    Remarks& remarks;
 };
 
 } // namespace vexa

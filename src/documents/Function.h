@@ -10,6 +10,15 @@ enum class FunctionKind { Expression, Sample };
 /// The author of what was edited since it was loaded.
 constexpr const char* kDefaultAuthor = "Beta User";
 
+/// Elements of a document that this version does not know, as XML. They are written back after
+/// those that it knows.
+struct KeptElements {
+    /// Children of the document's element, and of its element "info".
+    std::string root;
+    std::string info;
+    bool operator==(const KeptElements&) const = default;
+};
+
 /// Where the plane function comes from and how the plane view shows it. The texts are as they were
 /// typed, and none of them is known to be valid. The values here are those of a fresh window.
 struct Function {
@@ -34,6 +43,7 @@ struct Function {
     /// view's size (0..1).
     Point linkFunction{"0", "0"};
     Point linkScreen{"0.5", "0.5"};
+    KeptElements kept;
 
     bool operator==(const Function&) const = default;
 };

@@ -6,6 +6,9 @@ namespace vexa {
 
 namespace {
 
+/// The children of a function element, of both kinds.
+constexpr std::string_view kKnown[] = {"info", "expression", "samplefile", "frequency", "display"};
+
 std::unique_ptr<MXFragment> ConstructPoint(const char* name, const Function::Point& point) {
     auto element = std::make_unique<MXFragment>(MX_ELEMENT, name);
     element->Adopt(ConstructTextElement("x", point.x));
@@ -13,10 +16,10 @@ std::unique_ptr<MXFragment> ConstructPoint(const char* name, const Function::Poi
     return element;
 }
 
-void ReadPoint(const MXFragment* element, Function::Point& point, Warnings& warnings) {
-    const ElementScope scope(element, {"x", "y"}, warnings);
-    scope.ReadText("x", point.x);
-    scope.ReadText("y", point.y);
+void ReadPoint(const MXFragment* element, Function::Point& point, Remarks& remarks) {
+    const ElementScope scope(element, {"x", "y"}, remarks);
+    scope.ReadNumber("x", point.x);
+    scope.ReadNumber("y", point.y);
 }
 
 } // namespace
@@ -27,7 +30,7 @@ const char* RootName(const Function& function) {
 
 std::unique_ptr<MXFragment> ConstructFunctionElement(const Function& function) {
     auto root = std::make_unique<MXFragment>(MX_ELEMENT, RootName(function));
-    root->Adopt(ConstructInfoElement(function.author));
+    root->Adopt(ConstructInfoElement(function.author, function.kept));
     if (function.kind == FunctionKind::Expression) {
         root->Adopt(ConstructTextElement("expression", function.expression));
     } else {
@@ -38,30 +41,34 @@ std::unique_ptr<MXFragment> ConstructFunctionElement(const Function& function) {
     display.Adopt(ConstructTextElement("width", function.width));
     display.Adopt(ConstructPoint("linkfunction", function.linkFunction));
     display.Adopt(ConstructPoint("linkscreenrel", function.linkScreen));
+    AdoptChildren(*root, function.kept.root);
     return root;
 }
 
-kits::Result<void> InterpretFunction(const MXFragment& root, Function& function,
-                                     Warnings& warnings) {
+std::optional<Refusal> InterpretFunction(const MXFragment& root, Function& function,
+                                         Remarks& remarks) {
     if (root.name == kExpressionFunction) {
         function.kind = FunctionKind::Expression;
-        ElementScope(&root, {"expression"}, warnings).ReadText("expression", function.expression);
+        ElementScope(&root, {"expression"}, remarks).ReadText("expression", function.expression);
     } else if (root.name == kSampleFunction) {
         function.kind = FunctionKind::Sample;
-        const ElementScope sample(&root, {"samplefile", "frequency"}, warnings);
+        const ElementScope sample(&root, {"samplefile", "frequency"}, remarks);
         sample.ReadText("samplefile", function.sampleFile);
-        sample.ReadText("frequency", function.frequency);
+        sample.ReadNumber("frequency", function.frequency);
     } else {
-        return kits::Error{kInvalidFunction};
+        return Refusal{kInvalidFunction, "(expected a root element " + Tag(kExpressionFunction) +
+                                             " or " + Tag(kSampleFunction) + ", found " +
+                                             Tag(root.name) + ")"};
     }
-    const ElementScope parts(&root, {"info", "display"}, warnings);
-    ElementScope(parts.Element("info"), {"author"}, warnings).ReadText("author", function.author);
+    const ElementScope parts(&root, {"info", "display"}, remarks);
+    function.kept.root = ChildrenBut(root, kKnown);
+    InterpretInfoElement(parts.Element("info"), function.author, function.kept, remarks);
     const ElementScope display(parts.Element("display"), {"width", "linkfunction", "linkscreenrel"},
-                               warnings);
-    display.ReadText("width", function.width);
-    ReadPoint(display.Element("linkfunction"), function.linkFunction, warnings);
-    ReadPoint(display.Element("linkscreenrel"), function.linkScreen, warnings);
-    return {};
+                               remarks);
+    display.ReadNumber("width", function.width);
+    ReadPoint(display.Element("linkfunction"), function.linkFunction, remarks);
+    ReadPoint(display.Element("linkscreenrel"), function.linkScreen, remarks);
+    return std::nullopt;
 }
 
 kits::Result<Function> ReadFunction(const std::filesystem::path& path, const Function& startFrom,

@@ -16,11 +16,12 @@ constexpr const char* kSampleFunction = "vexasamplefunction";
 const char* RootName(const Function& function);
 std::unique_ptr<MXFragment> ConstructFunctionElement(const Function& function);
 
-/// Takes the texts of a function element over. What the element lacks stays as it is in `function`
-/// and is a warning. The error, for an element of neither kind, is kInvalidFunction; nothing is
-/// changed then.
-kits::Result<void> InterpretFunction(const MXFragment& root, Function& function,
-                                     Warnings& warnings);
+/// Takes the texts of a function element over, and what else is kept of it. What the element lacks
+/// stays as it is in `function` and is a remark, and so is a text that is not the number that it
+/// should be. An element of neither kind is refused, with kInvalidFunction; nothing is changed
+/// then.
+std::optional<Refusal> InterpretFunction(const MXFragment& root, Function& function,
+                                         Remarks& remarks);
 
 /// The function at `path`, `startFrom` for what it lacks. The error is the text for the window's
 /// alert; see ReadReport for the terminal's.

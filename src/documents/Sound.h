@@ -21,6 +21,7 @@ struct Sound {
     std::vector<std::string> texts;
     /// The envelopes' points, in the order of EnvelopePlaces().
     std::array<std::vector<EnvPoint>, 4> envelopes;
+    KeptElements kept;
 
     bool operator==(const Sound&) const = default;
 };

@@ -2,6 +2,7 @@
 
 #include "documents/DocumentKind.h"
 #include "documents/FunctionDocument.h"
+#include "documents/NumberDoubt.h"
 #include "kits/support/NumberText.h"
 #include "kits/support/Quoted.h"
 #include "synth/ParameterTable.h"
@@ -14,7 +15,6 @@ namespace vexa {
 
 namespace {
 
-constexpr const char* kRootName = "vexasound";
 constexpr const char* kPoint = "envpoint";
 constexpr const char* kPoints = "envdata";
 /// The attribute "fku" of a release point; with any other text it is a key-down point.
@@ -46,24 +46,56 @@ auto* EnvelopeOf(std::string_view group, SoundType& sound) {
 }
 
 void InterpretGroup(const MXFragment* element, std::string_view group, Sound& sound,
-                    Warnings& warnings) {
-    std::vector<std::string_view> names{kPoints};
+                    Remarks& remarks) {
+    auto* points = EnvelopeOf(group, sound);
+    std::vector<std::string_view> names;
     for (const Parameter& row : ParametersOf(group))
         names.push_back(row.element);
-    const ElementScope scope(element, std::move(names), warnings);
+    if (points)
+        names.emplace_back(kPoints);
+    const ElementScope scope(element, std::move(names), remarks);
     for (const Parameter& row : ParametersOf(group))
-        scope.ReadText(row.element, sound.texts[IndexOf(row)]);
-    if (auto* points = EnvelopeOf(group, sound)) {
+        scope.ReadNumber(row.element, sound.texts[IndexOf(row)], row.controller);
+    if (points) {
         if (const MXFragment* envdata = scope.Element(kPoints))
-            InterpretEnvdataElement(*envdata, group, *points, warnings);
+            InterpretEnvdataElement(*envdata, *points, remarks);
     }
+}
+
+/// A point as it is read, and into `faults` what a person can hardly have meant.
+EnvPoint PointOf(const MXFragment& element, std::vector<std::string>& faults) {
+    const auto attribute = [&](const char* name, const char* form) {
+        const MXString text = element.attributes.GetValue(name);
+        if (text.Length() == 0)
+            faults.push_back(std::string("expected ") + name + "=" + form);
+        return std::string(std::string_view(text));
+    };
+    const auto number = [&](const char* name, const char* form) {
+        const std::string text = attribute(name, form);
+        const auto value = static_cast<float>(kits::NumberOf(text));
+        if (!std::isfinite(value)) {
+            faults.push_back(std::string(name) + ": " + kits::Quoted(text) +
+                             " is not finite and counts as 0");
+            return 0.0F;
+        }
+        if (const std::string doubt = text.empty() ? "" : NumberDoubt(text, false); !doubt.empty())
+            faults.push_back(std::string(name) + ": " + doubt);
+        return value;
+    };
+    const float t = number("t", "\"SECONDS\"");
+    const float val = number("val", "\"VALUE\"");
+    const std::string fku = attribute("fku", "\"true\" or \"false\"");
+    if (!fku.empty() && fku != kReleased && fku != kKeyDown)
+        faults.push_back("fku: expected \"true\" or \"false\", found " + kits::Quoted(fku) +
+                         ", which counts as \"false\"");
+    return {t, fku == kReleased, val};
 }
 
 } // namespace
 
 std::unique_ptr<MXFragment> ConstructSoundElement(const Sound& sound) {
-    auto root = std::make_unique<MXFragment>(MX_ELEMENT, kRootName);
-    root->Adopt(ConstructInfoElement(sound.author));
+    auto root = std::make_unique<MXFragment>(MX_ELEMENT, kSoundElement);
+    root->Adopt(ConstructInfoElement(sound.author, sound.kept));
     root->Adopt(ConstructFunctionElement(sound.function));
     for (const std::string_view name : Groups()) {
         const auto rows = ParametersOf(name);
@@ -77,6 +109,7 @@ std::unique_ptr<MXFragment> ConstructSoundElement(const Sound& sound) {
         if (const auto* points = EnvelopeOf(name, sound))
             group.Adopt(ConstructEnvdataElement(*points));
     }
+    AdoptChildren(*root, sound.kept.root);
     return root;
 }
 
@@ -92,66 +125,59 @@ std::unique_ptr<MXFragment> ConstructEnvdataElement(const std::vector<EnvPoint>&
     return envdata;
 }
 
-kits::Result<void> InterpretSound(const MXFragment& root, Sound& sound, Warnings& warnings) {
+std::optional<Refusal> InterpretSound(const MXFragment& root, Sound& sound, Remarks& remarks) {
     std::vector<std::string_view> names = Groups();
     names.insert(names.end(), {"info", kExpressionFunction, kSampleFunction});
-    const ElementScope parts(&root, std::move(names), warnings);
+    const ElementScope parts(&root, names, remarks);
 
     const MXFragment* function = parts.Find(kExpressionFunction);
     if (!function)
         function = parts.Find(kSampleFunction);
     if (!function)
-        return kits::Error{kInvalidFunction};
-    if (auto read = InterpretFunction(*function, sound.function, warnings); !read)
-        return read;
+        return Refusal{kInvalidSound, "(expected an element " + Tag(kExpressionFunction) + " or " +
+                                          Tag(kSampleFunction) + " in " + Tag(root.name) + ")"};
+    if (auto refusal = InterpretFunction(*function, sound.function, remarks))
+        return refusal;
 
     for (const std::string_view group : Groups()) {
         const Parameter& row = ParametersOf(group).front();
         if (row.element.empty())
-            parts.ReadText(group, sound.texts[IndexOf(row)]);
+            parts.ReadNumber(group, sound.texts[IndexOf(row)]);
         else
-            InterpretGroup(parts.Element(group), group, sound, warnings);
+            InterpretGroup(parts.Element(group), group, sound, remarks);
     }
-    ElementScope(parts.Element("info"), {"author"}, warnings).ReadText("author", sound.author);
-    return {};
+    InterpretInfoElement(parts.Element("info"), sound.author, sound.kept, remarks);
+    // The children of a function that stands for a whole sound are the function's.
+    sound.kept.root = root.name == kSoundElement ? ChildrenBut(root, names) : "";
+    return std::nullopt;
 }
 
-void InterpretEnvdataElement(const MXFragment& envdata, std::string_view group,
-                             std::vector<EnvPoint>& points, Warnings& warnings) {
+void InterpretEnvdataElement(const MXFragment& envdata, std::vector<EnvPoint>& points,
+                             Remarks& remarks) {
     points.clear();
-    std::size_t faults = 0;
-    std::string firstFault;
-    const auto read = [&](const MXFragment& point, const char* name) {
-        const MXString text = point.attributes.GetValue(name);
-        const auto number = static_cast<float>(kits::NumberOf(text.String()));
-        if (std::isfinite(number))
-            return number;
-        if (faults++ == 0)
-            firstFault = "point " + std::to_string(points.size() + 1) + ", " + name + "=" +
-                         kits::Quoted(text);
-        return 0.0F;
-    };
     WalkFragments(envdata, [&](const MXFragment& fragment) {
-        if (fragment.Type() == MX_EMPTY_ELEMENT && fragment.name == kPoint) {
-            const float t = read(fragment, "t");
-            const float val = read(fragment, "val");
-            points.push_back({t, fragment.attributes.GetValue("fku") == kReleased, val});
-        }
+        if (fragment.name != kPoint)
+            return WalkStep::Into;
+        std::vector<std::string> faults;
+        if (fragment.Type() == MX_EMPTY_ELEMENT)
+            points.push_back(PointOf(fragment, faults));
+        else if (fragment.Type() == MX_ELEMENT)
+            faults.emplace_back("expected an element that ends in \"/>\"; this one is not read");
+        std::string text;
+        for (const std::string& fault : faults)
+            text += (text.empty() ? "" : "; ") + fault;
+        if (!text.empty())
+            remarks.Add(fragment.TextLeft(), Tag(kPoint) + ": " + text);
         return WalkStep::Into;
     });
-    if (faults > 0)
-        warnings.push_back(kits::Quoted(kPoints) + " in " + kits::Quoted(group) + ": " +
-                           std::to_string(faults) + (faults == 1 ? " number is" : " numbers are") +
-                           " not finite and read as 0 (" + firstFault + ")");
 }
 
-kits::Result<Sound> ReadSound(const std::filesystem::path& path, const Sound& startFrom,
-                              ReadReport& report) {
-    return ReadValue(path, startFrom, InterpretSound, report);
+kits::Result<Sound> ReadSound(const std::filesystem::path& path, ReadReport& report) {
+    return ReadValue(path, Sound(), InterpretSound, report);
 }
 
 kits::Result<void> WriteSound(const std::filesystem::path& path, const Sound& sound) {
-    MXDocument document = ConstructDocumentTemplate(kRootName);
+    MXDocument document = ConstructDocumentTemplate(kSoundElement);
     document.root = ConstructSoundElement(sound);
     return SaveDocument(path, document, kSoundFileType);
 }

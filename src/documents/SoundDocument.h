@@ -9,21 +9,28 @@ namespace vexa {
 std::unique_ptr<MXFragment> ConstructSoundElement(const Sound& sound);
 std::unique_ptr<MXFragment> ConstructEnvdataElement(const std::vector<EnvPoint>& points);
 
+/// The element of a sound.
+constexpr const char* kSoundElement = "vexasound";
+
+/// The alert for a document that has no sound.
+constexpr const char* kInvalidSound = "This is not a valid sound.";
+
 /// Takes the function, the texts and the points of a sound element over, each from the first
-/// element of its name, wherever it stands. What the element lacks stays as it is in `sound` and is
-/// a warning. The error, for an element without a function, is kInvalidFunction; nothing is changed
+/// element of its name, wherever it stands, and what else is kept of it. What the element lacks
+/// stays as it is in `sound` and is a remark, and so is a text that is not the number that it
+/// should be. An element without a function is refused, with kInvalidSound; nothing is changed
 /// then.
-kits::Result<void> InterpretSound(const MXFragment& root, Sound& sound, Warnings& warnings);
+std::optional<Refusal> InterpretSound(const MXFragment& root, Sound& sound, Remarks& remarks);
 
 /// Replaces the points by those of an element "envdata", in its order. A time or a value that is
-/// not a finite number is read as 0 with a warning, which names `group`.
-void InterpretEnvdataElement(const MXFragment& envdata, std::string_view group,
-                             std::vector<EnvPoint>& points, Warnings& warnings);
+/// missing or not a finite number is read as 0, and what is not "true" as a point of the key that
+/// is down. All that a person can hardly have meant is a remark.
+void InterpretEnvdataElement(const MXFragment& envdata, std::vector<EnvPoint>& points,
+                             Remarks& remarks);
 
-/// The sound at `path`, `startFrom` for what it lacks. The error is the text for the window's
-/// alert; see ReadReport for the terminal's.
-kits::Result<Sound> ReadSound(const std::filesystem::path& path, const Sound& startFrom,
-                              ReadReport& report);
+/// The sound at `path`, that of a new Sound for what it lacks, whatever was loaded before. The
+/// error is the text for the window's alert; see ReadReport for the terminal's.
+kits::Result<Sound> ReadSound(const std::filesystem::path& path, ReadReport& report);
 
 /// The error names the path and the reason.
 kits::Result<void> WriteSound(const std::filesystem::path& path, const Sound& sound);

@@ -37,12 +37,11 @@ float Interpolate(const SpiralTurns& turns, float p) {
     return (1 - f) * At(turns, i) + f * At(turns, i + 1);
 }
 
-/// The frames of the track, which delivers floats of one channel, as long as there are not too
-/// many.
+/// The frames of the track, which delivers floats of one channel; kLongestSample and some more
+/// where there are too many.
 std::vector<float> ReadTrack(BMediaTrack& track, const media_format& format) {
     std::vector<float> frames;
-    const int64 announced = std::max<int64>(track.CountFrames(), 0);
-    frames.reserve(std::min<std::size_t>(static_cast<std::size_t>(announced), kLongestSample));
+    frames.reserve(static_cast<std::size_t>(std::max<int64>(track.CountFrames(), 0)));
     std::vector<float> buffer(format.u.raw_audio.buffer_size / sizeof(float));
     int64 count = 0;
     while (frames.size() <= kLongestSample && track.ReadFrames(buffer.data(), &count) == B_OK)
@@ -83,12 +82,17 @@ kits::Result<LoadedSample> Load(const std::filesystem::path& path) {
     format.u.raw_audio.format = B_AUDIO_FLOAT;
     format.u.raw_audio.byte_order = B_MEDIA_LITTLE_ENDIAN;
     track->DecodedFormat(&format);
+    const auto tooLong = [&path] {
+        return Failure(path, "it is longer than " + std::to_string(kLongestSample) + " frames");
+    };
+    if (track->CountFrames() > static_cast<int64>(kLongestSample))
+        return tooLong();
     std::vector<float> frames = ReadTrack(*track, format);
     file.ReleaseAllTracks();
     if (frames.empty())
         return Failure(path, "it contains no sound");
     if (frames.size() > kLongestSample)
-        return Failure(path, "it is longer than " + std::to_string(kLongestSample) + " frames");
+        return tooLong();
 
     Normalise(frames);
     return LoadedSample{std::make_shared<const std::vector<float>>(std::move(frames)),

@@ -20,10 +20,9 @@ std::filesystem::path SamplePath(const Function& function, const kits::ProgramFo
 
 Instrument::Instrument(kits::ProgramFolders folders) : folders(std::move(folders)) {}
 
-LoadReport Instrument::Load(const Sound& next) {
-    LoadReport report;
-    report.function = SetFunction(next.function);
-    report.warnings = ApplyParameters(next, engine.parameters);
+FunctionReport Instrument::Load(const Sound& next) {
+    FunctionReport report = SetFunction(next.function);
+    ApplyParameters(next, engine.parameters);
     ApplyEnvelopes(next, engine.parameters);
     sound = next;
     return report;
@@ -50,16 +49,17 @@ FunctionReport Instrument::InstallSample(const Function& function) {
     if (SetSampleFrequency(function.frequency))
         return {};
     Install(std::make_shared<SampleSpiral>(sample->frames, winding));
-    return {B_BAD_VALUE, {}, "a sample frequency of " + kits::Quoted(function.frequency) +
-                          " Hz: it must be above 0"};
+    return {B_BAD_VALUE,
+            {},
+            "a sample frequency of " + kits::Quoted(function.frequency) +
+                " Hz: it must be above 0"};
 }
 
 bool Instrument::SetSampleFrequency(const std::string& text) {
     sound.function.frequency = text;
     if (!sample)
         return false;
-    const auto next =
-        WindingFor(sample->frames->size(), sample->frameRate, kits::NumberOf(text));
+    const auto next = WindingFor(sample->frames->size(), sample->frameRate, kits::NumberOf(text));
     if (!next)
         return false;
     winding = *next;

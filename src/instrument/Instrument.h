@@ -21,14 +21,6 @@ namespace vexa {
 /// whose frequency means nothing plays in the winding before, and is reported without an alert.
 using FunctionReport = CompileReport;
 
-/// What could not be taken of a sound.
-struct LoadReport {
-    /// Where it failed, the function before plays on.
-    FunctionReport function;
-    /// Of each text that means nothing, the field and the reason; what it sets is as it was.
-    std::vector<std::string> warnings;
-};
-
 /// The alerts and the details, a line each.
 std::string Text(const FunctionReport& report);
 
@@ -47,8 +39,9 @@ class Instrument {
     /// Functions and samples are looked for in `folders`.
     explicit Instrument(kits::ProgramFolders folders);
 
-    /// Puts the sound in the place of the present one. Waits for the compiler or the disk.
-    LoadReport Load(const Sound& sound);
+    /// Puts the sound in the place of the present one; where its function fails, the function
+    /// before plays on, with all else of the sound. Waits for the compiler or the disk.
+    FunctionReport Load(const Sound& sound);
 
     /// Compiles the expression or loads the sample, and installs it. Where that fails the function
     /// that plays stays. Waits as Load.

@@ -85,8 +85,16 @@ void VexaMidiConsumer::NoteOn(uchar from, uchar note, uchar velocity, bigtime_t)
     slot.continues = before.Active();
     slot.released = false;
     slot.notes = slot.notes + 1;
+    channels[static_cast<std::size_t>(index)] = from;
     slot.state.EndChange(true);
     KeepToLimit();
+}
+
+void VexaMidiConsumer::SetChannel(int32 next) {
+    if (channel == next)
+        return;
+    channel = next;
+    EndNotes();
 }
 
 /// Silences what is too much. A note that is being changed cannot be silenced; so both who has
@@ -117,12 +125,13 @@ int VexaMidiConsumer::ChooseSlot(float key) {
 }
 
 void VexaMidiConsumer::NoteOff(uchar from, uchar note, uchar, bigtime_t) {
-    if (!Accepts(from))
-        return;
+    const bool accepted = Accepts(from);
     const kits::Reader::Section reading(reader);
     const float key = Normalised(note);
-    for (voice& slot : voices) {
-        if (!slot.state.Look().Active() || slot.released || slot.key != key)
+    for (std::size_t index = 0; index < voices.size(); index++) {
+        voice& slot = voices[index];
+        if (!slot.state.Look().Active() || slot.released || slot.key != key ||
+            !(accepted || channels[index] == from))
             continue;
         const VoiceState::Seen before = slot.state.BeginChange();
         const auto held = static_cast<float>(Seconds(slot, before));

@@ -9,6 +9,7 @@
 #include "synth/SoundParam.h"
 #include "synth/Voice.h"
 
+#include <array>
 #include <atomic>
 
 namespace vexa {
@@ -33,7 +34,9 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
 
     /// The channel that is listened to, 0..15, or -1 for all. Any thread.
     int32 Channel() const { return channel; }
-    void SetChannel(int32 next) { channel = next; }
+    /// A change releases the notes that have come in by the endpoint's connections and are held.
+    /// Window thread.
+    void SetChannel(int32 next);
 
     /// The function that new voices are charged with; as VoiceRenderer::SetFunction. Window thread.
     void SetFunction(const PlaneFunction& next) { function.Publish(next); }
@@ -69,6 +72,9 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     const sound_param& parameters;
     VoiceTable& voices;
     kits::Shared<int32> channel{-1};
+    /// The channel that each slot's note came on; its end is listened to there, whatever the
+    /// channel is by then. MIDI thread.
+    std::array<uchar, kVoiceSlots> channels{};
     kits::Published<PlaneFunction> function{dummyfunction};
     std::atomic<int32> voiceLimit{1};
     kits::Shared<int64> stolen{0};

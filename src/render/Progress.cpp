@@ -6,6 +6,7 @@
 #include <iterator>
 #include <system_error>
 
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -72,6 +73,10 @@ void Progress::Draw(const std::string& line) {
         text += std::string(drawn - line.size(), ' ');
     if (line.empty())
         text += '\r';
+    // A terminal that has been stopped (Ctrl-S) is not waited for: a signal must end the render.
+    pollfd terminal{descriptor, POLLOUT, 0};
+    if (::poll(&terminal, 1, 0) == 0)
+        return;
     drawn = line.size();
     // A terminal that takes nothing costs the line, not the render.
     if (::write(descriptor, text.data(), text.size()) < 0)

@@ -67,6 +67,10 @@ class RenderJob {
         outcome.exitCode = exitCode;
         return {std::move(text)};
     }
+    Error Interrupted() {
+        return EndWith(interrupt->ExitCode(),
+                       "interrupted; " + options.output.string() + " was not written");
+    }
     void Warn(std::vector<std::string> more) {
         outcome.warnings.insert(outcome.warnings.end(), std::make_move_iterator(more.begin()),
                                 std::make_move_iterator(more.end()));
@@ -97,11 +101,12 @@ Result<void> RenderJob::Render() {
     Result<kits::FileReplacement> file = kits::FileReplacement::Create(options.output);
     if (!file)
         return file.Fault();
-    Result<kits::SoundFileWriter> writer =
-        kits::SoundFileWriter::Create(file->Descriptor(), *format, options.output, options.rate);
+    Performance performance(instrument.Playing(), *midi, fullRate, options.tail);
+    const auto frames = static_cast<std::uint64_t>(performance.Length() / options.oversample + 1);
+    Result<kits::SoundFileWriter> writer = kits::SoundFileWriter::Create(
+        file->Descriptor(), *format, options.output, options.rate, frames);
     if (!writer)
         return writer.Fault();
-    Performance performance(instrument.Playing(), *midi, fullRate, options.tail);
     if (Result<void> written = Write(performance, *writer, *format); !written)
         return written;
     if (Result<void> finished = writer->Finish(); !finished)
@@ -125,7 +130,7 @@ Result<Sound> RenderJob::ChosenSound() {
     if (!path)
         return Error{"--sound: " + path.Fault().text};
     ReadReport report;
-    Result<Sound> sound = ReadSound(*path, Sound(), report);
+    Result<Sound> sound = ReadSound(*path, report);
     if (!sound)
         return Error{report.reason};
     Warn(std::move(report.warnings));
@@ -152,10 +157,8 @@ Result<void> RenderJob::SetUpInstrument() {
     const Result<Sound> sound = ChosenSound();
     if (!sound)
         return sound.Fault();
-    LoadReport report = instrument.Load(*sound);
-    if (!report.function)
-        return Error{Text(report.function)};
-    Warn(std::move(report.warnings));
+    if (const FunctionReport report = instrument.Load(*sound); !report)
+        return Error{Text(report)};
     Engine& engine = instrument.Playing();
     engine.renderer.SetGain(static_cast<float>(options.gain));
     engine.consumer.ReduceToMaxVox(options.voices);
@@ -195,7 +198,9 @@ Result<void> RenderJob::Write(Performance& performance, kits::SoundFileWriter& w
     peak = *rendered > 0 ? 1 : 0;
     const auto scale = static_cast<float>(*rendered > 0 ? 1 / *rendered : 1);
     std::vector<float> scaled;
-    return store->Replay([&](std::span<const float> samples) {
+    return store->Replay([&](std::span<const float> samples) -> Result<void> {
+        if (interrupt->Requested())
+            return Interrupted();
         scaled.assign(samples.begin(), samples.end());
         for (float& sample : scaled)
             sample *= scale;
@@ -213,8 +218,7 @@ Result<double> RenderJob::RenderInto(Performance& performance, const FloatStore:
     float peak = 0;
     for (bool more = true; more;) {
         if (interrupt->Requested())
-            return EndWith(interrupt->ExitCode(),
-                           "interrupted; " + options.output.string() + " was not written");
+            return Interrupted();
         const std::size_t count = performance.Render(block.data(), block.size());
         more = count > 0;
         output.clear();

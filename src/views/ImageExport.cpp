@@ -15,8 +15,12 @@ namespace {
 /// Beyond it no picture is made: the largest coordinate that the toolkit's painting knows.
 constexpr int32 kLargestSize = 32767;
 
-void Tell(const char* text) {
-    (new BAlert("", text, "OK"))->Go();
+void Tell(const char* text, status_t status) {
+    auto* alert = new BAlert("", text, "OK");
+    // These two are none of the system's.
+    if (status != B_ERROR && status != B_BAD_TYPE)
+        alert->SetDetails(std::strerror(-status));
+    alert->Go();
 }
 
 } // namespace
@@ -43,7 +47,7 @@ void ExportImage(const ImageRequest& request,
     const BDirectory directory(&request.directory);
     BFile file(&directory, request.name, B_WRITE_ONLY | B_CREATE_FILE | B_ERASE_FILE);
     if (file.InitCheck() != B_OK)
-        return Tell("Could not create file.");
+        return Tell("Could not create file.", file.InitCheck());
     status_t status = B_NO_MEMORY;
     try {
         std::unique_ptr<BBitmap> bitmap;
@@ -58,7 +62,7 @@ void ExportImage(const ImageRequest& request,
         // A picture may be larger than the memory.
     }
     if (status != B_OK)
-        Tell("Could not save the image.");
+        Tell("Could not save the image.", status);
 }
 
 } // namespace vexa

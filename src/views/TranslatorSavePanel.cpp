@@ -10,6 +10,8 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <string>
 
 namespace vexa {
 
@@ -177,6 +179,22 @@ void TranslatorSavePanel::TranslatorSettings() {
     settings->Show();
 }
 
+/// Gives the name, if there is one, the ending of the format, in place of that of another.
+void TranslatorSavePanel::UpdateName() {
+    const std::filesystem::path name = SaveText();
+    if (!formatMenu || !name.has_stem())
+        return;
+    const auto endingOf = [](const BMenuItem* item) {
+        const auto* format = static_cast<const TranslatorMenuItem*>(item);
+        return format ? BTranslatorRoster::Default()->FileEnding(format->translatorId) : "";
+    };
+    const std::string before = name.extension();
+    bool known = before == ".jpg" || before == ".tif";
+    for (std::size_t i = 0; const BMenuItem* item = formatMenu->ItemAt(i); i++)
+        known = known || before == endingOf(item);
+    SetSaveText((known ? name.stem() : name).string() + endingOf(GetCurrentMenuItem()));
+}
+
 void TranslatorSavePanel::UpdateMessage() {
     BMessage message(saveWhat);
     if (const TranslatorMenuItem* item = GetCurrentMenuItem()) {
@@ -190,6 +208,7 @@ void TranslatorSavePanel::UpdateMessage() {
 void TranslatorSavePanel::MessageReceived(BMessage* message) {
     switch (message->what) {
     case kFormatChosen:
+        UpdateName();
         return UpdateMessage();
     case kShowSettings:
         return TranslatorSettings();

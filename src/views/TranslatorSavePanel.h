@@ -42,6 +42,7 @@ class TranslatorSavePanel : public BFilePanel, public BHandler {
     BView* Background() const { return Window()->ChildAt(0); }
 
   private:
+    void UpdateName();
     bool AddControls();
 
     /// Tells whether the settings window, which deletes itself, is still there.

@@ -1,5 +1,6 @@
 #include "xml/MXAttributeList.h"
 
+#include "kits/support/Quoted.h"
 #include "xml/MXStatus.h"
 
 #include <memory>
@@ -7,21 +8,31 @@
 
 namespace vexa {
 
-int32 MXAttributeList::ParseString(MXString& text) {
+int32 MXAttributeList::ParseString(MXString& text, std::size_t behind, Remarks* remarks) {
+    std::size_t left = 0;
+    const auto expected = [&](const std::string& what) {
+        if (remarks)
+            remarks->Add(left, "expected " + what);
+        return MX_BAD_ATTRIBUTE;
+    };
     MakeEmpty();
     text.RemoveLeadingSpace();
     while (text.Length() > 0) {
+        left = behind + static_cast<std::size_t>(text.Length());
         MXString name = text.SplitOffAtFirst("=");
         if (text.Length() == 0)
-            return MX_BAD_ATTRIBUTE;
+            return expected("NAME=\"VALUE\", found " + kits::Quoted(name));
+        if (remarks && !IsName(name))
+            expected("the name of an attribute right before \"=\", found " + kits::Quoted(name));
         text.Remove(0, 1);
         text.RemoveLeadingSpace();
+        left = behind + static_cast<std::size_t>(text.Length());
         if (text[0] != '"')
-            return MX_BAD_ATTRIBUTE;
+            return expected("a double quote, found " + kits::Quoted(text));
         text.Remove(0, 1);
         MXString value = text.SplitOffAtFirst("\"");
         if (text[0] != '"')
-            return MX_BAD_ATTRIBUTE;
+            return expected("another double quote before \">\"");
         text.Remove(0, 1);
         text.RemoveLeadingSpace();
         auto attribute = std::make_unique<MXAttribute>(std::move(name), std::move(value));

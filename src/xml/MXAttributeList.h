@@ -3,6 +3,7 @@
 
 #include "kits/support/List.h"
 #include "xml/MXAttribute.h"
+#include "xml/Remarks.h"
 
 namespace vexa {
 
@@ -16,7 +17,10 @@ class MXAttributeList : public BList {
 
     /// Replaces the entries by those read from the whole text, which is used up. MX_OK or
     /// MX_BAD_ATTRIBUTE; what stood before the fault stays in the list.
-    int32 ParseString(MXString& text);
+    int32 ParseString(MXString& text) { return ParseString(text, 0, nullptr); }
+    /// The same for a text with `behind` bytes behind it. What is no attribute, and a name that is
+    /// none, is told to `remarks` where there are any.
+    int32 ParseString(MXString& text, std::size_t behind, Remarks* remarks);
 
     /// Each attribute with a space before it.
     MXString AssembleString() const;

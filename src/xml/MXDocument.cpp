@@ -1,39 +1,43 @@
 #include "xml/MXDocument.h"
 
 #include "kits/storage/FileReplacement.h"
+#include "kits/storage/ReadFile.h"
 #include "xml/MXStatus.h"
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <new>
 
 namespace vexa {
 
 namespace {
 
-/// The file's text; on a fault empty, and `error` names the path and the reason.
-MXString TextOfFile(const char* path, std::string& error) {
-    const auto fail = [&] {
-        error = "could not read " + std::string(path) + ": " + std::strerror(errno);
-        return MXString();
-    };
-    const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path, "re"), std::fclose);
-    if (!file)
-        return fail();
-    std::setvbuf(file.get(), nullptr, _IOFBF, 1 << 18);
-    MXString text;
-    char piece[1024];
-    while (std::fgets(piece, sizeof piece, file.get()))
-        text.Append(piece);
-    return std::ferror(file.get()) ? fail() : text;
-}
+/// The mark that some editors put before a text in UTF-8.
+constexpr const char* kByteOrderMark = "\xEF\xBB\xBF";
 
 } // namespace
 
+kits::Result<MXString> ReadDocumentText(const std::filesystem::path& path) {
+    const kits::Result<std::string> bytes = kits::ReadFile(path);
+    if (!bytes)
+        return bytes.Fault();
+    constexpr std::size_t kLongestPiece = 1023;
+    MXString text;
+    std::string_view rest = *bytes;
+    while (!rest.empty()) {
+        const std::size_t lineEnd = rest.substr(0, kLongestPiece).find('\n');
+        const std::string_view piece =
+            rest.substr(0, lineEnd == rest.npos ? kLongestPiece : lineEnd + 1);
+        text.Append(piece.substr(0, piece.find('\0')));
+        rest.remove_prefix(piece.size());
+    }
+    return text;
+}
+
 MXDocument::MXDocument(const char* path) {
-    MXString text = TextOfFile(path, openError);
-    ParseString(text);
+    kits::Result<MXString> text = ReadDocumentText(path);
+    if (text)
+        ParseString(*text);
+    else
+        openError = text.Fault().text;
 }
 
 MXDocument::MXDocument(MXString doctypeName, MXString keyword, MXString literal)
@@ -42,27 +46,40 @@ MXDocument::MXDocument(MXString doctypeName, MXString keyword, MXString literal)
       doctype(std::make_unique<MXDoctype>(std::move(doctypeName), std::move(keyword),
                                           std::move(literal))) {}
 
-int32 MXDocument::ParseString(MXString& text) {
-    status = ParseParts(text);
+int32 MXDocument::ParseString(MXString& text, Remarks* remarks) {
+    status = ParseParts(text, remarks);
     return status;
 }
 
-int32 MXDocument::ParseParts(MXString& text) {
+int32 MXDocument::ParseParts(MXString& text, Remarks* remarks) {
     while (text.Length() > 0) {
         auto part = std::make_unique<MXFragment>(MX_UNPARSED);
-        const int32 partStatus = part->ParseString(text);
+        const int32 partStatus = part->ParseString(text, remarks);
+        const auto remark = [&](const char* what) {
+            if (remarks)
+                remarks->Add(part->TextLeft(), what);
+        };
+        const auto fail = [&](int32 fault) {
+            faultLeft = part->TextLeft();
+            remark(StatusText(fault));
+            return fault;
+        };
         if (partStatus == MX_DECLARATION) {
             auto type = std::make_unique<MXDoctype>();
             if (type->ParseString(text) != MX_OK)
-                return MX_BAD_DOCUMENT;
+                return fail(MX_BAD_DOCUMENT);
             doctype = std::move(type);
         } else if (partStatus != MX_OK) {
-            return partStatus;
+            return fail(partStatus);
         } else if (part->Type() == MX_ELEMENT) {
+            if (root)
+                remark("a second root element, which is read in place of the one before");
             root = std::move(part);
         } else if (part->Type() == MX_PROCESSING_INSTRUCTION && part->name == "xml") {
             declaration = std::move(part);
         } else {
+            if (part->Type() == MX_TEXT && !(part->name == kByteOrderMark))
+                remark("a text outside of the root element is not read");
             if (!misc.AddItem(part.get()))
                 throw std::bad_alloc();
             static_cast<void>(part.release());

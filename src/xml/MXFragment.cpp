@@ -1,13 +1,52 @@
 #include "xml/MXFragment.h"
 
+#include "kits/support/Quoted.h"
 #include "xml/FragmentWalk.h"
 #include "xml/MXStatus.h"
 
+#include <algorithm>
 #include <new>
 
 namespace vexa {
 
-static_assert(sizeof(MXFragment) <= 104, "a document in memory is mostly made of fragments");
+static_assert(sizeof(MXFragment) <= 112, "a document in memory is mostly made of fragments");
+
+namespace {
+
+/// The first reference in a text that stays as it is written.
+void RemarkOnReferences(std::string_view text, std::size_t left, Remarks& remarks) {
+    for (std::size_t at = text.find('&'); at != text.npos; at = text.find('&', at + 1)) {
+        const std::string_view rest = text.substr(at);
+        std::size_t end = 1;
+        while (end < rest.size() && (IsNameByte(rest[end]) || rest[end] == '#'))
+            end++;
+        const std::string_view reference = rest.substr(0, end + 1);
+        if (end == 1 || !reference.ends_with(';') || reference == "&lt;" || reference == "&amp;")
+            continue;
+        remarks.Add(left - at, "the reference " + kits::Quoted(reference) +
+                                   " stays as it is written; only &lt; and &amp; are resolved");
+        return;
+    }
+}
+
+/// How an element ended, unless by its own end tag: `next` is what could not be read there, and the
+/// text goes on with it.
+void RemarkOnEnd(const MXFragment& element, const MXFragment& next, int32 status,
+                 std::string_view text, Remarks& remarks) {
+    const std::string expected = "expected </" + kits::Shown(element.name) + ">, found ";
+    if (status == MX_END_TAG) {
+        std::string_view name = text.substr(2, std::min(text.find('>'), text.size()) - 2);
+        name.remove_suffix(name.size() - (name.find_last_not_of(" \t\n\r") + 1));
+        if (name != std::string_view(element.name))
+            remarks.Add(next.TextLeft(), expected + kits::Quoted("</" + std::string(name)));
+    } else if (status == MX_NOTHING) {
+        remarks.Add(next.TextLeft(), expected + "the end of the text");
+    } else {
+        remarks.Add(next.TextLeft(), expected + StatusText(status));
+    }
+}
+
+} // namespace
 
 MXFragment::MXFragment(long type, MXString name, MXString attributeText)
     : type(static_cast<int32>(type)), name(std::move(name)) {
@@ -19,21 +58,27 @@ MXFragment::MXFragment(MXString name, MXString attributeText, MXString text)
     Adopt(std::make_unique<MXFragment>(MX_TEXT, std::move(text)));
 }
 
-int32 MXFragment::ParseString(MXString& text) {
-    const int32 status = ParseHead(text);
+int32 MXFragment::ParseString(MXString& text, Remarks* remarks) {
+    const int32 status = ParseHead(text, remarks);
     if (status != MX_OK || type != MX_ELEMENT)
         return status;
     // The elements whose end is still to come, the innermost last.
     std::vector<MXFragment*> open{this};
     auto next = std::make_unique<MXFragment>(MX_UNPARSED);
+    bool hasEnded = false;
     while (!open.empty()) {
-        if (next->ParseHead(text) == MX_OK) {
+        const int32 nextStatus = next->ParseHead(text, remarks);
+        if (nextStatus == MX_OK) {
             MXFragment& child = open.back()->Adopt(std::move(next));
             if (child.type == MX_ELEMENT)
                 open.push_back(&child);
             next = std::make_unique<MXFragment>(MX_UNPARSED);
         } else {
             // The end tag, or whatever stands where none of the children can be read.
+            if (remarks && !hasEnded)
+                RemarkOnEnd(*open.back(), *next, nextStatus, text, *remarks);
+            // One remark on the end of the text is enough for all that is open there.
+            hasEnded = text.Length() == 0;
             text.RemovePastFirst(">");
             open.pop_back();
         }
@@ -42,14 +87,17 @@ int32 MXFragment::ParseString(MXString& text) {
 }
 
 /// Reads all but an element's children and end tag.
-int32 MXFragment::ParseHead(MXString& text) {
+int32 MXFragment::ParseHead(MXString& text, Remarks* remarks) {
     type = MX_UNPARSED;
     attributes.MakeEmpty();
     children.MakeEmpty();
     const bool isMarkup = text.BeginsWithLt();
     text.RemoveLeadingSpace();
+    textLeft = static_cast<uint32>(text.Length());
     if (!isMarkup) {
         MXString content = text.SplitOffAtFirst("<");
+        if (remarks)
+            RemarkOnReferences(content, textLeft, *remarks);
         content.ResolveLtAmpRef().RemoveTrailingSpace();
         if (content.Length() == 0)
             return MX_NOTHING;
@@ -69,7 +117,7 @@ int32 MXFragment::ParseHead(MXString& text) {
             return ParseEnclosed(text, "<![CDATA[", "]]>", MX_CDATA, MX_OPEN_CDATA);
         return MX_DECLARATION;
     default:
-        return ParseTag(text);
+        return ParseTag(text, remarks);
     }
 }
 
@@ -97,7 +145,7 @@ int32 MXFragment::ParseInstruction(MXString& text) {
     return MX_OK;
 }
 
-int32 MXFragment::ParseTag(MXString& text) {
+int32 MXFragment::ParseTag(MXString& text, Remarks* remarks) {
     MXString tag = text.SplitOffAtFirst(">");
     if (text.Length() == 0)
         return MX_OPEN_TAG;
@@ -109,7 +157,11 @@ int32 MXFragment::ParseTag(MXString& text) {
         type = MX_EMPTY_ELEMENT;
         tag.Remove(tag.Length() - 1, 1);
     }
-    attributes.ParseString(tag);
+    if (remarks && !IsName(name))
+        remarks->Add(textLeft, "expected the name of an element, found " + kits::Quoted(name));
+    // The text goes on behind ">", and behind "/>" of an empty element.
+    const int64 behind = text.Length() + (type == MX_EMPTY_ELEMENT ? 2 : 1);
+    attributes.ParseString(tag, static_cast<std::size_t>(behind), remarks);
     return MX_OK;
 }
 

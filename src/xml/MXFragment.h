@@ -3,6 +3,7 @@
 
 #include "xml/MXAttributeList.h"
 #include "xml/MXFragmentList.h"
+#include "xml/Remarks.h"
 
 #include <memory>
 
@@ -24,7 +25,7 @@ enum : long {
 /// tag is not looked at; and a fault inside an element ends the element instead of the reading.
 ///
 /// A tree may be of any depth and size: no operation recurses, and each takes time in proportion to
-/// the text or the tree. A fragment is 104 bytes plus its entry among its siblings, plus a name of
+/// the text or the tree. A fragment is 112 bytes plus its entry among its siblings, plus a name of
 /// more than 15 bytes; an attribute is 80 bytes plus the texts beyond 15 bytes.
 class MXFragment {
   public:
@@ -43,7 +44,14 @@ class MXFragment {
     /// Becomes the fragment that it takes from the front of the text. MX_OK, or
     /// - MX_END_TAG, MX_DECLARATION: only blanks were taken,
     /// - MX_NOTHING, MX_OPEN_...: all was taken.
-    int32 ParseString(MXString& text);
+    ///
+    /// What is read over is told to `remarks`, where there are any: attributes that cannot be read,
+    /// end tags of another name or none, names that are none, references that are not resolved, and
+    /// faults that end an element.
+    int32 ParseString(MXString& text, Remarks* remarks = nullptr);
+    /// How many bytes of the text that this was read from were left where it begins, up to 4 GiB;
+    /// 0 for a fragment that was not read.
+    std::size_t TextLeft() const { return textLeft; }
 
     /// The compact form, on one line unless a text has several.
     MXString AssembleString() const;
@@ -76,6 +84,7 @@ class MXFragment {
 
   private:
     int32 type;
+    uint32 textLeft = 0;
 
   public:
     MXFragmentList children;
@@ -85,11 +94,11 @@ class MXFragment {
   private:
     friend class MXFragmentList;
     void CollectInto(MXFragmentList& found, long mask, const MXString& wanted);
-    int32 ParseHead(MXString& text);
+    int32 ParseHead(MXString& text, Remarks* remarks);
     int32 ParseEnclosed(MXString& text, const char* opening, const char* closing, int32 enclosed,
                         int32 unclosed);
     int32 ParseInstruction(MXString& text);
-    int32 ParseTag(MXString& text);
+    int32 ParseTag(MXString& text, Remarks* remarks);
     void AppendOpening(MXString& text) const;
     void AppendClosing(MXString& text) const;
     bool IsOneLine() const;

@@ -21,6 +21,18 @@ constexpr std::string_view kNameSeparators = " \t\n\r/?\"$#;[%";
 
 } // namespace
 
+bool IsNameByte(char byte) {
+    return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') ||
+           (byte >= '0' && byte <= '9') || byte == '_' || byte == ':' || byte == '-' ||
+           byte == '.' || static_cast<unsigned char>(byte) >= 0x80;
+}
+
+bool IsName(std::string_view text) {
+    constexpr std::string_view kNeverFirst = "-.0123456789";
+    return !text.empty() && kNeverFirst.find(text.front()) == text.npos &&
+           std::all_of(text.begin(), text.end(), IsNameByte);
+}
+
 MXString MXString::SplitOffAtFirst(MXString separator) {
     const int64 position = FindFirst(separator);
     MXString piece;

@@ -5,6 +5,11 @@
 
 namespace vexa {
 
+/// Whether XML allows the byte in a name; all bytes of characters beyond ASCII count as such.
+bool IsNameByte(char byte);
+/// Whether the text is what others take for a name too. The parsers ask less of a name.
+bool IsName(std::string_view text);
+
 /// A text of which the parsers take away what they recognise, piece by piece from its front. Blanks
 /// are the bytes space, tab, line feed and carriage return; no other byte is one.
 class MXString : public BString {

@@ -1,5 +1,6 @@
 // A sound that the window has saved is the sound that the window plays.
 #include "app/MainViewStage.h"
+#include "documents/SoundDocument.h"
 #include "kits/media/MediaFile.h"
 #include "render/MidiFile.h"
 #include "support/Command.h"
@@ -86,6 +87,35 @@ TEST_F(SavedSoundTest, IsRenderedAsTheWindowPlaysIt) {
     }
     EXPECT_LE(difference, 1e-6);
     EXPECT_GT(peak, 0.05);
+}
+
+/// Whatever was loaded before: an incomplete document is the same sound here as in the programs
+/// without a window, and what this version does not know of it is saved again.
+TEST_F(SavedSoundTest, AnIncompleteSoundIsLoadedOntoAFreshOne) {
+    Open();
+    Enter("Ax2", "0.75");
+    Enter("Fx", "3");
+    view->EnvelopeEditor(0).SetPoints({{0, false, 0.5F}, {2, true, 0.25F}});
+    const auto part =
+        folder.Write("part.xml", "<vexasound><info><author>A</author><tags>t</tags></info>"
+                                 "<vexafunction><expression>x</expression><macros><a>1</a></macros>"
+                                 "</vexafunction><fy>2</fy><playing/></vexasound>");
+    vexa::ReadReport report;
+    const auto expected = vexa::ReadSound(part, report);
+    ASSERT_TRUE(expected);
+    ASSERT_TRUE(view->LoadSound(part));
+    test::Settle();
+    vexa::Sound loaded = view->ConstructSound();
+    // Loading edits the fields, and so makes the sound the user's.
+    loaded.author = expected->author;
+    EXPECT_EQ(loaded.texts, expected->texts);
+    EXPECT_EQ(loaded.envelopes, expected->envelopes);
+    EXPECT_EQ(loaded, *expected);
+    view->SaveSound("again.xml");
+    const std::string saved = test::Contents(In("sounds/again.xml"));
+    for (const char* kept :
+         {"    <tags>t</tags>\n", "    <macros>\n", "\n  <playing/>\n</vexasound>"})
+        EXPECT_NE(saved.find(kept), std::string::npos) << saved;
 }
 
 } // namespace

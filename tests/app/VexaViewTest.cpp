@@ -2,6 +2,7 @@
 #include "app/MainViewStage.h"
 #include "app/MessageCodes.h"
 #include "documents/SoundDocument.h"
+#include "kits/midi/MidiLocalProducer.h"
 #include "kits/midi/MidiRoster.h"
 #include "synth/Envelope.h"
 #include "views/EnvView.h"
@@ -10,6 +11,7 @@
 #include <QKeyEvent>
 #include <cmath>
 #include <fstream>
+#include <thread>
 
 #include <gmock/gmock.h>
 
@@ -197,6 +199,31 @@ TEST_F(VexaViewTest, TheSourceMenuListsEachSourceOnceAndConnectsTheChosenOne) {
     EXPECT_EQ(sounds(), 1);
 }
 
+TEST_F(VexaViewTest, AnotherChannelReleasesWhatIsHeldAndTheKeysPlayOnIt) {
+    BMidiLocalProducer other("other");
+    other.Register();
+    Open(false);
+    view->VoicesMenu().FindItem(vexa::VoicesCode(20))->Choose();
+    view->ChooseSource("other");
+    test::Settle();
+    other.SprayNoteOn(2, 60, 100);
+    while (view->Graph().Consumer().CountVox() == 0)
+        std::this_thread::yield();
+    view->ChannelMenu().FindItem(vexa::ChannelCode(6))->Choose();
+    test::Settle();
+    view->ChooseSource(vexa::ComputerKeyboard::kName);
+    BMessage press(B_KEY_DOWN);
+    press.AddInt32("key", 24);
+    Send(*window, press);
+    // Ends the MIDI thread when all that was sent has been handled.
+    view->Graph().Consumer().Unregister();
+    EXPECT_EQ(view->Graph().Consumer().CountVox(), 2) << "released, not silenced";
+    EXPECT_TRUE(view->Voices()[0].released);
+    EXPECT_FALSE(view->Voices()[1].released);
+    PressButton("Silence");
+    EXPECT_EQ(view->Graph().Consumer().CountVox(), 0);
+}
+
 TEST_F(VexaViewTest, WithoutASourceKeysAreSilent) {
     Open(false);
     view->DeviceMenu().FindItem(vexa::ComputerKeyboard::kName)->Choose();
@@ -228,6 +255,80 @@ TEST_F(VexaViewTest, TheAuthorIsTheDocumentsUntilSomethingIsEdited) {
     EXPECT_EQ(view->FunctionAuthor(), "Bert");
     Enter("Fxy", "x");
     EXPECT_EQ(view->FunctionAuthor(), "Beta User");
+}
+
+TEST_F(VexaViewTest, WhatIsNotSavedIsMarkedAndAskedAbout) {
+    Open();
+    EXPECT_FALSE(view->Changed());
+    EXPECT_THAT(view->Caption(), testing::StartsWith("default  ("));
+    const auto mayGiveUp = [&](int32 answer) {
+        alerts.answer = answer;
+        return view->MayGiveUp([] {});
+    };
+    EXPECT_TRUE(mayGiveUp(0));
+    EXPECT_TRUE(alerts.texts.empty());
+    Enter("Cx1", "0.25");
+    EXPECT_THAT(view->Caption(), testing::StartsWith("default *"));
+    EXPECT_FALSE(mayGiveUp(0));
+    EXPECT_TRUE(mayGiveUp(1));
+    bool saved = false;
+    alerts.answer = 2;
+    EXPECT_FALSE(view->MayGiveUp([&] { saved = true; }));
+    EXPECT_THAT(OpenTitles(), ElementsAre("Save Sound"));
+    view->SaveSound("mine.xml");
+    EXPECT_TRUE(saved);
+    EXPECT_FALSE(view->Changed());
+    Enter("Cx1", "0.5");
+    Enter("Cx1", "0.25");
+    EXPECT_TRUE(mayGiveUp(0)) << "what is as it was";
+    EXPECT_EQ(alerts.texts.size(), 3U);
+    // Another sound takes its place only with consent, a function only changes it.
+    view->Open(In("functions/ripples.xml"));
+    view->Open(In("sounds/bell.xml"));
+    EXPECT_NE(Text("Fy"), "3.5");
+    alerts.answer = 1;
+    view->Open(In("sounds/bell.xml"));
+    EXPECT_EQ(Text("Fy"), "3.5");
+    EXPECT_EQ(alerts.texts.size(), 5U);
+    test::Settle();
+    EXPECT_FALSE(view->Changed());
+}
+
+TEST_F(VexaViewTest, NothingOfASampleOrALongExpressionIsLostOnSaving) {
+    Open(false);
+    view->LoadSample((folder.Path() / "samples/pluck.wav").c_str());
+    Enter("Fxy", "x/");
+    EXPECT_EQ(view->ConstructFunction().sampleFile, "pluck.wav");
+    EXPECT_EQ(view->ConstructFunction().kind, vexa::FunctionKind::Sample);
+    vexa::Sound sound = view->ConstructSound();
+    sound.function.sampleFile = "gone.wav";
+    ASSERT_TRUE(vexa::WriteSound(In("gone.xml"), sound));
+    EXPECT_THAT(view->SavingRemark(), HasSubstr("the sample \"pluck.wav\", which sounds, will"));
+    view->LoadSound(In("gone.xml"));
+    test::Settle();
+    EXPECT_EQ(view->ConstructFunction().sampleFile, "gone.wav");
+    EXPECT_THAT(view->SavingRemark(), HasSubstr("\"gone.wav\" is missing"));
+    EXPECT_EQ(PixelAt(10, 10), 0U) << "nothing of the sample before";
+    Enter("Fxy", "x");
+    EXPECT_EQ(view->SavingRemark(), "");
+    const std::string text(40000, '1');
+    view->Field("Fxy")->SetText(text.c_str());
+    EXPECT_EQ(Text("Fxy"), text);
+}
+
+TEST_F(VexaViewTest, AFieldThatIsNotWhollyANumberIsMarked) {
+    Open(false);
+    for (const auto& [field, text, tip] : {std::tuple{"Ax1", "7,5", "counts as 7"},
+                                           {"Ax1", "nan", "not a number"},
+                                           {"Cx4", "128", "between 0 and 127"},
+                                           {"Sc", "0.90.7", "counts as 0.9"},
+                                           {"Ax1", " 7.5 ", ""},
+                                           {"Cx4", "5", ""},
+                                           {"Sc", "1e1", ""}}) {
+        Enter(field, text);
+        EXPECT_THAT(view->Field(field)->ToolTip(), HasSubstr(tip)) << text;
+        EXPECT_EQ(*view->Field(field)->ToolTip() == 0, *tip == 0) << text;
+    }
 }
 
 TEST_F(VexaViewTest, WhatCannotBeLoadedChangesNothing) {

@@ -1,9 +1,12 @@
 #include "audio/AudioGraph.h"
 
+#include "kits/kernel/OS.h"
 #include "support/Sounds.h"
 
+#include <chrono>
 #include <memory>
 #include <string>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -19,13 +22,15 @@ class Device : public kits::AudioDevice {
         double rate = 48000;
         bool gone = false;
         std::vector<double> started;
+        kits::AudioSource* source = nullptr;
     };
     explicit Device(State& state) : state(state) {}
     std::string Name() const override { return "test"; }
     double SampleRate() const override { return rate; }
     uint32 Period() const override { return 128; }
     double Smoothing() const override { return 1; }
-    kits::Result<void> Start(kits::AudioSource&) override {
+    kits::Result<void> Start(kits::AudioSource& source) override {
+        state.source = &source;
         state.started.push_back(rate);
         return {};
     }
@@ -38,12 +43,17 @@ class Device : public kits::AudioDevice {
     double rate = state.rate;
 };
 
-TEST(AudioGraph, ADeviceMayChangeItsRateAndGo) {
-    Device::State device;
+/// The roster has a mixer that plays through the device.
+void PlayThrough(Device::State& device) {
     auto mixer = std::make_unique<kits::SystemMixer>(kits::AudioSystem::None,
                                                      std::make_unique<Device>(device));
     ASSERT_TRUE(mixer->StartDevice());
     ASSERT_EQ(BMediaRoster::Roster()->RegisterMixer(std::move(mixer)), B_OK);
+}
+
+TEST(AudioGraph, ADeviceMayChangeItsRateAndGo) {
+    Device::State device;
+    PlayThrough(device);
     vexa::Engine instrument;
     Alerts alerts;
     {
@@ -63,6 +73,32 @@ TEST(AudioGraph, ADeviceMayChangeItsRateAndGo) {
         EXPECT_EQ(graph.DeviceName(), "");
     }
     EXPECT_EQ(alerts, Alerts{});
+}
+
+/// The device plays in the test's thread, in real time.
+TEST(AudioGraph, ThePeriodOfTheDeviceIsFollowedAtOnce) {
+    Device::State device;
+    PlayThrough(device);
+    vexa::Engine instrument;
+    vexa::AudioGraph graph(instrument, [](const char*) {});
+    ASSERT_TRUE(graph.Start());
+    std::vector<float> samples(2048);
+    bigtime_t next = system_time();
+    const auto latencyAfter = [&](int periods, uint32 period) {
+        for (int i = 0; i < periods; i++) {
+            next += period * 1000000 / 48000;
+            while (system_time() < next)
+                std::this_thread::sleep_for(std::chrono::microseconds(200));
+            device.source->Play(samples.data(), period, next);
+        }
+        return double(graph.Producer().EventLatency());
+    };
+    // A busy machine may add to it.
+    constexpr double kMost = 10000;
+    constexpr double kGrowth = 1920 * 1e6 / 48000;
+    const double before = latencyAfter(50, 128);
+    EXPECT_NEAR(latencyAfter(6, 2048), before + kGrowth, kMost);
+    EXPECT_NEAR(latencyAfter(50, 128), before, kMost);
 }
 
 TEST(AudioGraph, WithoutAMixerItSaysSoAndAcceptsNotes) {

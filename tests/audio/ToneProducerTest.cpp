@@ -365,6 +365,21 @@ TEST_F(ToneProducer, BeingLateRaisesTheLatencyOrSkips) {
     EXPECT_EQ(producer->EventLatency(), latency + 1400);
 }
 
+TEST_F(ToneProducer, BeingEarlyGivesBackWhatBeingLateHasAdded) {
+    ASSERT_EQ(Connect(), B_OK);
+    const bigtime_t latency = producer->EventLatency();
+    roster.SetRunModeNode(producerNode, B_INCREASE_LATENCY);
+    const auto early = [&](const media_source& what, bigtime_t howMuch) {
+        producer->Call([&] { producer->EarlyNoticeReceived(what, howMuch); });
+        return producer->EventLatency() - latency;
+    };
+    producer->Call([&] { producer->LateNoticeReceived(output.source, 5000, 0); });
+    EXPECT_EQ(early(foreign, 2000), 5000);
+    EXPECT_EQ(early(output.source, 2000), 3000);
+    producer->Call([&] { producer->LatencyChanged(output.source, to, sink->latency + 700, 0); });
+    EXPECT_EQ(early(output.source, 9000), 700) << "what the connection needs stays";
+}
+
 TEST_F(ToneProducer, ABufferNeitherAllocatesNorLocks) {
     for (uchar note = 40; note < 60; note++)
         instrument.consumer.NoteOn(0, note, 100, 0);

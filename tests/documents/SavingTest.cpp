@@ -36,7 +36,7 @@ TEST(Saving, TwoInstancesAtOnceNeverMixTheirDocuments) {
     }
     for (int i = 0; i < 200; i++) {
         vexa::ReadReport report;
-        const auto read = vexa::ReadSound(path, vexa::Sound(), report);
+        const auto read = vexa::ReadSound(path, report);
         ASSERT_TRUE(read) << report.reason;
         EXPECT_TRUE(report.warnings.empty());
         EXPECT_TRUE(*read == sounds[0] || *read == sounds[1]);

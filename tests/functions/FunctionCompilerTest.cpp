@@ -155,7 +155,7 @@ TEST(FunctionCompiler, ReportsFilesThatCannotBeWritten) {
         noSource.alerts,
         ElementsAre("The temporary file " + folder.Function("recent.c") + " could not be opened.",
                     "Could not create source file \n" + folder.Function("recent.c")));
-    EXPECT_THAT(noSource.details, HasSubstr("Is a directory"));
+    EXPECT_THAT(noSource.details, HasSubstr("it is a folder, not a file"));
     EXPECT_EQ(folder.Files(), (Files{"addon.c", "recent.c"}));
 
     const auto elsewhere = compiler.MakeSourceFile("x", folder.Path() / "none" / "made.c");

@@ -2,6 +2,7 @@
 
 #include "functions/SpiralLoops.h"
 #include "support/Environment.h"
+#include "support/Limits.h"
 #include "support/SoundFiles.h"
 #include "support/TemporaryFolder.h"
 
@@ -187,7 +188,36 @@ TEST(LoadSample, TellsWhyThereIsNone) {
     // A header that promises more than the file holds gives what there is.
     std::string cut = test::ShortWav(std::vector<int>(1000, 16384), 44100, 1);
     cut.resize(44 + 200);
-    EXPECT_EQ(LoadSample(folder.Write("cut.wav", cut))->frames->size(), 100U);
+    const auto loaded = LoadSample(folder.Write("cut.wav", cut));
+    ASSERT_TRUE(loaded);
+    EXPECT_EQ(loaded->frames->size(), 100U);
+}
+
+/// With less memory than the longest sample would take.
+TEST(LoadSample, GoesByTheAnnouncedLengthBeforeItReads) {
+    if (test::kSanitized)
+        GTEST_SKIP() << "a sanitizer needs more than these limits leave";
+    const TemporaryFolder folder;
+    const unsigned bytes = 2 * (vexa::kLongestSample + 1);
+    const fs::path path = folder.Write(
+        "long.wav", test::ShortWav({}, 44100, 1).replace(40, 4, test::LittleEndian(bytes, 4)));
+    fs::resize_file(path, 44 + bytes);
+    const fs::path unknown = folder.Path() / "unknown.flac";
+    ASSERT_TRUE(test::WriteSound(unknown, std::vector<float>(1000, 0.5F), 8000));
+    // The last 36 bits before the checksum of the first block are the length, 0 if it is not known.
+    std::string flac = test::Contents(unknown);
+    flac.replace(22, 4, 4, '\0');
+    flac[21] = static_cast<char>(flac[21] & 0xF0);
+    folder.Write("unknown.flac", flac);
+    test::WithMemoryLeft(64 << 20, [&] {
+        const auto loaded = LoadSample(path);
+        ASSERT_FALSE(loaded);
+        EXPECT_NE(loaded.Fault().text.find("it is longer than 134217728 frames"), std::string::npos)
+            << loaded.Fault().text;
+        const auto other = LoadSample(unknown);
+        ASSERT_TRUE(other) << other.Fault().text;
+        EXPECT_EQ(other->frames->size(), 1000U);
+    });
 }
 
 TEST(SampleFileName, IsTheLeafWhereThatFindsTheFileAgain) {

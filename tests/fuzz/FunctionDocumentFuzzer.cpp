@@ -5,11 +5,14 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8* data, std::size_t size) {
     vexa::MXString text(fuzz::Text(data, size));
-    const vexa::MXDocument document(text);
+    vexa::Remarks remarks;
+    const vexa::MXDocument document(text, &remarks);
     vexa::Function function;
-    vexa::Warnings warnings;
-    if (!document.root || !vexa::InterpretFunction(*document.root, function, warnings))
+    if (!document.root || vexa::InterpretFunction(*document.root, function, remarks))
         return 0;
+    for (const std::string& line : remarks.Located("name", fuzz::Text(data, size)))
+        fuzz::Require(line.starts_with("name:") && line.find('\n') == line.npos,
+                      "a remark is a line that names the file");
 
     const auto saved = [](const vexa::Function& value) {
         vexa::MXDocument copy = vexa::ConstructDocumentTemplate(vexa::RootName(value));
@@ -17,8 +20,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8* data, std::size_t size) {
         vexa::MXString bytes = copy.AssembleString("\t");
         const vexa::MXDocument again(bytes);
         vexa::Function read;
-        vexa::Warnings ignored;
-        fuzz::Require(again.root && vexa::InterpretFunction(*again.root, read, ignored),
+        vexa::Remarks ignored;
+        fuzz::Require(again.root && !vexa::InterpretFunction(*again.root, read, ignored),
                       "a saved function can be read");
         return read;
     };

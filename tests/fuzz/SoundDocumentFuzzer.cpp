@@ -7,11 +7,14 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8* data, std::size_t size) {
     vexa::MXString text(fuzz::Text(data, size));
-    const vexa::MXDocument document(text);
+    vexa::Remarks remarks;
+    const vexa::MXDocument document(text, &remarks);
     vexa::Sound sound;
-    vexa::Warnings warnings;
-    if (!document.root || !vexa::InterpretSound(*document.root, sound, warnings))
+    if (!document.root || vexa::InterpretSound(*document.root, sound, remarks))
         return 0;
+    for (const std::string& line : remarks.Located("name", fuzz::Text(data, size)))
+        fuzz::Require(line.starts_with("name:") && line.find('\n') == line.npos,
+                      "a remark is a line that names the file");
 
     static vexa::SoundRecords records;
     vexa::ApplyParameters(sound, records.parameters);
@@ -24,8 +27,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8* data, std::size_t size) {
         vexa::MXString bytes = copy.AssembleString("\t");
         const vexa::MXDocument again(bytes);
         vexa::Sound read;
-        vexa::Warnings ignored;
-        fuzz::Require(again.root && vexa::InterpretSound(*again.root, read, ignored),
+        vexa::Remarks ignored;
+        fuzz::Require(again.root && !vexa::InterpretSound(*again.root, read, ignored),
                       "a saved sound can be read");
         return read;
     };

@@ -6,7 +6,10 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8* data, std::size_t size) {
     vexa::MXString text(fuzz::Text(data, size));
-    const vexa::MXDocument read(text);
+    vexa::Remarks remarks;
+    const vexa::MXDocument read(text, &remarks);
+    const auto lines = remarks.Located("", fuzz::Text(data, size));
+    fuzz::Require(read.Status() == 0 || !lines.empty(), "a fault is told");
     vexa::MXString written = read.AssembleString("  ");
     const vexa::MXDocument again(written);
     fuzz::Require(!read.root || again.root || again.Status() != 0,

@@ -1,9 +1,12 @@
 #include "kits/interface/Control.h"
 
 #include "kits/interface/Menu.h"
+#include "kits/interface/backends/WindowWidget.h"
 #include "support/WindowStage.h"
 
+#include <QCoreApplication>
 #include <QKeyEvent>
+#include <QWindow>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -41,10 +44,58 @@ class ControlTest : public testing::Test {
     BButton* button = new BButton({0, 50, 49, 74}, "button", "Button", new BMessage(3));
 };
 
+/// A window that keeps the keys that it gets.
+class KeyWindow : public BWindow {
+  public:
+    KeyWindow() : BWindow({0, 0, 199, 99}, "Keys", B_TITLED_WINDOW, 0) {}
+    void MessageReceived(BMessage* message) override {
+        if (message->what == B_KEY_DOWN || message->what == B_KEY_UP)
+            keys.push_back(message->what);
+    }
+    /// As a display sends it. A repeat is but another press.
+    void Key(QEvent::Type type) {
+        constexpr quint32 kPlace = 24;
+        QKeyEvent event(type, Qt::Key_Q, Qt::NoModifier, kPlace, 0, 0, "q");
+        QCoreApplication::sendEvent(Widget().windowHandle(), &event);
+        test::Settle();
+    }
+    std::vector<uint32> keys;
+};
+
+TEST(Keys, BelongToWhereTheyWerePressedUntilTheyAreLetGo) {
+    auto* window = new KeyWindow;
+    auto* field = new BTextControl({0, 0, 99, 9}, "field", nullptr, "", new BMessage(1));
+    window->AddChild(field);
+    window->Show();
+    window->Activate();
+    test::Settle();
+    window->Key(QEvent::KeyPress);
+    field->MakeFocus();
+    window->Key(QEvent::KeyPress);
+    window->Key(QEvent::KeyRelease);
+    EXPECT_STREQ(field->Text(), "");
+    EXPECT_THAT(window->keys, ElementsAre(B_KEY_DOWN, B_KEY_UP));
+    // Those of the field repeat there, and are no notes.
+    window->Key(QEvent::KeyPress);
+    window->Key(QEvent::KeyPress);
+    test::TypeKey(*window, Qt::Key_Return);
+    window->Key(QEvent::KeyPress);
+    window->Key(QEvent::KeyRelease);
+    EXPECT_STREQ(field->Text(), "qq");
+    window->Key(QEvent::KeyPress);
+    EXPECT_THAT(std::vector(window->keys.begin() + 2, window->keys.end()),
+                testing::Contains(B_KEY_DOWN));
+    delete window;
+}
+
 TEST_F(ControlTest, EnterConfirmsEveryTimeLeavingOnlyAChange) {
-    test::TypeKey(stage.Window(), Qt::Key_Return);
-    test::TypeKey(stage.Window(), Qt::Key_Return);
+    for (int i = 0; i < 2; i++) {
+        first->MakeFocus();
+        test::TypeKey(stage.Window(), Qt::Key_Return);
+        EXPECT_FALSE(first->IsFocus());
+    }
     EXPECT_THAT(listener.codes, ElementsAre(1, 1));
+    first->MakeFocus();
     test::Type(stage.Window(), "x");
     EXPECT_STREQ(first->Text(), "xone");
     EXPECT_THAT(listener.codes, ElementsAre(1, 1));

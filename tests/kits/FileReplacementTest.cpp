@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace {
@@ -46,14 +47,48 @@ TEST(FileReplacement, KeepsLinksAndPermissions) {
     EXPECT_EQ(fs::status(folder.Path() / "fresh").permissions(), fs::perms(0640));
 }
 
+TEST(FileReplacement, KeepsOwnerRightsAndAttributesAndPartsAHardLink) {
+    const TemporaryFolder folder;
+    const fs::path file = folder.Write("a.txt", "old");
+    const fs::path other = folder.Path() / "b.txt";
+    fs::create_hard_link(file, other);
+    ASSERT_EQ(::chmod(file.c_str(), 0604), 0);
+    const bool mayGiveAway = ::chown(file.c_str(), 65534, 65534) == 0;
+    const bool keepsAttributes = ::setxattr(file.c_str(), "user.note", "mine", 4, 0) == 0 &&
+                                 ::setxattr(file.c_str(), "user.empty", "", 0, 0) == 0;
+    ASSERT_TRUE(kits::ReplaceFile(file, "new"));
+
+    struct stat status {};
+    ASSERT_EQ(::stat(file.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0604U);
+    EXPECT_EQ(status.st_uid, mayGiveAway ? 65534 : ::geteuid());
+    EXPECT_EQ(status.st_gid, mayGiveAway ? 65534 : ::getegid());
+    EXPECT_EQ(status.st_nlink, 1U);
+    EXPECT_EQ(Contents(other), "old");
+    if (!keepsAttributes)
+        GTEST_SKIP() << "the file system keeps no attributes";
+    char value[8] = "";
+    EXPECT_EQ(::getxattr(file.c_str(), "user.note", value, sizeof value), 4);
+    EXPECT_STREQ(value, "mine");
+    EXPECT_EQ(::getxattr(file.c_str(), "user.empty", value, sizeof value), 0);
+}
+
 TEST(FileReplacement, ReportsWhatCannotBeWritten) {
     const TemporaryFolder folder;
     const auto missing = kits::ReplaceFile(folder.Path() / "none" / "a", "x");
     ASSERT_FALSE(missing);
     EXPECT_NE(missing.Fault().text.find("none/a: No such file or directory"), std::string::npos)
         << missing.Fault().text;
-    EXPECT_FALSE(kits::ReplaceFile(folder.Path(), "x")) << "a folder is not a file";
-    EXPECT_FALSE(kits::ReplaceFile("/dev/full", "x")) << "a device is not a file";
+    const fs::path pipe = folder.Path() / "pipe";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    for (const auto& [path, reason] : {std::pair<fs::path, std::string>{"/dev/full", "a device"},
+                                       {pipe, "a pipe"},
+                                       {folder.Path(), "a folder"}}) {
+        const auto refused = kits::ReplaceFile(path, "x");
+        ASSERT_FALSE(refused) << path;
+        EXPECT_EQ(refused.Fault().text,
+                  "could not write " + path.string() + ": it is " + reason + ", not a file");
+    }
 }
 
 } // namespace

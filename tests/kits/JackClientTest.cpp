@@ -1,6 +1,9 @@
 #include "kits/support/backends/JackClient.h"
 
+#include "kits/kernel/ChildProcess.h"
 #include "support/Limits.h"
+
+#include <csignal>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -18,6 +21,13 @@ TEST(JackClient, IsNotOpenedWhereTheLibraryHadTooLittleForIt) {
     const auto client = kits::JackClient::Open();
     ASSERT_FALSE(client);
     EXPECT_EQ(client.Fault().text, "no JACK server is running");
+}
+
+/// jackd1's library writes to the sockets of a server that has died.
+TEST(JackClient, ABrokenPipeEndsWhatTheProgramStartsButNotTheProgram) {
+    const auto client = kits::JackClient::Open();
+    std::raise(SIGPIPE);
+    EXPECT_EQ(kits::RunProgram({{"/bin/sh", "-c", "kill -s PIPE $$"}, {}, {}}).number, SIGPIPE);
 }
 
 } // namespace

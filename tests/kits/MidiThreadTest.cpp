@@ -82,6 +82,7 @@ TEST(MidiThread, AFloodEndsTheNotesInsteadOfLeavingThemOn) {
     for (uint8 i = 0; i < 100; i++) // two million bytes while the thread hangs
         inlet.Put(Bytes(20000, 0xFE), 2);
     inlet.Put(Bytes(20000, 0x80), 3);
+    const int64 lost = thread->LostPieces();
     log.goOn.release();
     thread.reset();
     EXPECT_FALSE(log.timedOut);
@@ -92,6 +93,7 @@ TEST(MidiThread, AFloodEndsTheNotesInsteadOfLeavingThemOn) {
     EXPECT_GT(kept, 1000000) << "what there was room for";
     EXPECT_LT(kept, 2000000);
     EXPECT_EQ(kept % 20000, 0) << "pieces are whole or not there";
+    EXPECT_EQ(lost, 101 - kept / 20000);
 }
 
 TEST(MidiThread, NoMessageIsJoinedAcrossALostPiece) {
@@ -105,9 +107,12 @@ TEST(MidiThread, NoMessageIsJoinedAcrossALostPiece) {
     inlet.Put(Bytes{0x90, 60}, 1);
     inlet.Put(Bytes(2000000, 0xFE), 1); // never fits
     inlet.Put(Bytes{5, 0x80, 61, 9}, 1);
+    inlet.Put(Bytes{0x90, 60}, 1);
+    inlet.Lose(); // nothing that could be put
+    inlet.Put(Bytes{5, 0x80, 62, 9}, 1);
     log.goOn.release();
     thread.reset();
-    EXPECT_EQ(log.calls, (std::vector<std::string>{"realtime 254", "off 0 61 9"}));
+    EXPECT_EQ(log.calls, (std::vector<std::string>{"realtime 254", "off 0 61 9", "off 0 62 9"}));
 }
 
 TEST(MidiThread, AVanishedSourceEndsItsOwnNotesOnly) {

@@ -5,6 +5,7 @@
 #include <limits>
 #include <numbers>
 #include <numeric>
+#include <thread>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -94,6 +95,30 @@ TEST_F(MixerInput, AStreamThatGoesBackStaysInsideOfThePeriod) {
     EXPECT_EQ(Late(), 2);
 }
 
+TEST_F(MixerInput, WhatComesLateAtAnyMomentStaysInsideOfThePeriod) {
+    constexpr std::size_t kLate = 9600;
+    std::atomic<int64> played{0};
+    std::jthread producer([&](const std::stop_token& stop) {
+        const Frames frames(64, 1.0F);
+        for (int64 frame = 0; !stop.stop_requested(); frame += 64) {
+            frame = std::max(frame, played - int64(kLate));
+            input.Write(frames, clock.TimeOf(frame));
+        }
+    });
+    // Room for what would be written too early.
+    Frames all(kLate + 128 + 64, 0);
+    const std::span mix = std::span(all).subspan(kLate + 64);
+    while (Late() < 20000) {
+        input.AddTo(mix.first(64), played);
+        played += 64;
+    }
+    producer.request_stop();
+    producer.join();
+    EXPECT_EQ(std::accumulate(all.begin(), all.begin() + kLate + 64, 0.0F), 0)
+        << "before the period";
+    EXPECT_EQ(std::accumulate(all.end() - 64, all.end(), 0.0F), 0) << "behind it";
+}
+
 TEST_F(MixerInput, WhatIsNotFiniteBecomesSilence) {
     constexpr float kInf = std::numeric_limits<float>::infinity();
     input.Write(Frames{0.5F, std::nanf(""), kInf, -kInf, 0.25F}, 0);
@@ -116,6 +141,72 @@ TEST(MixerInputConverts, NothingIsMissingBeforeTheFirstFrameIsThere) {
     EXPECT_EQ(input.Write(Frames(16, 1.0F), 20000), 0); // less than the filter is long
     input.AddTo(mix, 0);
     EXPECT_EQ(input.Counts().missing, 0);
+}
+
+/// A producer, by a clock of the test's, and for how long it is slow and how slow that is.
+struct Fault {
+    /// Microseconds.
+    double duration;
+    /// What rendering takes, of the time that it plays.
+    double cost;
+    bigtime_t leastLatency;
+    bigtime_t mostLatency;
+};
+class MixerInputAfter : public testing::TestWithParam<Fault> {};
+/// Many buffers that take twice their time, and one that takes three seconds.
+INSTANTIATE_TEST_SUITE_P(, MixerInputAfter,
+                         testing::Values(Fault{300000, 2, 100000, 200000},
+                                         Fault{1500, 2067, 500000, 700000}));
+
+TEST_P(MixerInputAfter, TheLatencyThatAFaultHasAddedIsGivenBackWithoutAClick) {
+    const Fault fault = GetParam();
+    constexpr double kBegin = 1e6;
+    constexpr double kRate = 44100;
+    constexpr double kBuffer = 64 * 1e6 / kRate;
+    constexpr std::size_t kPeriod = 128;
+    const kits::DeviceClock clock(48000);
+    kits::MixerInput input(clock, kRate, 64);
+    const bigtime_t needed = 2667 + input.Lookahead() + kits::MixerInput::kMargin + 1536;
+    bigtime_t latency = needed;
+    bigtime_t most = 0;
+    double free = 0; // the moment from which the producer can begin the next buffer
+    double end = kBegin + fault.duration;
+    int64 sent = 0;
+    int64 missing = 0;
+    Frames played;
+    const auto now = [&] { return double(played.size()) * 1e6 / 48000; };
+    while (now() < end + 8e6) {
+        const double start = double(sent) * 1e6 / kRate;
+        const double begin = std::max(start - double(latency), free);
+        const bool slow = begin > kBegin && begin < kBegin + fault.duration;
+        free = begin + kBuffer * (slow ? fault.cost : 0.3);
+        if (slow)
+            end = free;
+        while (now() <= free) {
+            Frames mix(kPeriod, 0);
+            input.AddTo(mix, int64(played.size()));
+            played.insert(played.end(), mix.begin(), mix.end());
+        }
+        Frames frames(64);
+        for (float& frame : frames)
+            frame = static_cast<float>(std::sin(kTurn * 440 * double(sent++) / kRate));
+        const bigtime_t change = input.Write(frames, static_cast<bigtime_t>(start));
+        // As the tone producer takes it.
+        latency = std::max(latency + change, needed);
+        most = std::max(most, latency - needed);
+        if (now() < end + 2e6)
+            missing = input.Counts().missing;
+        if (now() > end + 5e6) {
+            ASSERT_EQ(latency, needed);
+        }
+    }
+    EXPECT_GT(most, fault.leastLatency);
+    EXPECT_LT(most, fault.mostLatency);
+    EXPECT_EQ(input.Counts().missing, missing);
+    float step = 0;
+    for (auto i = std::size_t((end + 2e6) * 0.048); i < played.size(); i++)
+        step = std::max(step, std::abs(played[i] - played[i - 1]));
+    EXPECT_NEAR(step, kTurn * 440 / 48000, 0.001);
 }
 
 /// The sine of a frequency that the frames hold, relative to sin(2 pi f t) with t = 0 at frame 0.

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <numeric>
 #include <random>
+#include <string>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -58,6 +59,25 @@ TEST(Ring, OneWriterAndOneReaderKeepTheOrder) {
     writer.join();
     EXPECT_EQ(faults, 0U);
     EXPECT_EQ(ring.Readable(), 0U);
+}
+
+TEST(Ring, PartsComeTogether) {
+    kits::Ring<char> ring(1000);
+    std::jthread writer([&ring](const std::stop_token& stop) {
+        const std::string head = "head";
+        const std::string body = "body";
+        while (!stop.stop_requested())
+            ring.Write({head, body});
+    });
+    std::array<char, 8> piece{};
+    int pieces = 0;
+    for (int look = 0; look < 1000000 || pieces < 1000; look++) {
+        ASSERT_EQ(ring.Readable() % 8, 0U);
+        if (ring.Read(piece.data(), 8) == 0)
+            continue;
+        pieces++;
+        ASSERT_EQ(std::string(piece.data(), 8), "headbody");
+    }
 }
 
 } // namespace

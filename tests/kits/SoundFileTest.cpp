@@ -48,6 +48,18 @@ TEST(SoundFileWriter, WritesWhatIsReadBack) {
     EXPECT_EQ(stereo.values, (std::vector<float>{0.5F, -0.25F, 1.0F, 0.0F}));
 }
 
+TEST(SoundFileWriter, ALongSoundGoesBeyondWhatAWavFileCanCount) {
+    const TemporaryFolder folder;
+    const fs::path path = folder.Path() / "a.wav";
+    const std::vector<float> tone = Tone(1000);
+    const std::uint64_t most = (0xffffffffULL - 4096) / sizeof(float);
+    ASSERT_TRUE(WriteSound(path, tone, 44100, 1, most));
+    EXPECT_TRUE(Contents(path).starts_with("RIFF"));
+    ASSERT_TRUE(WriteSound(path, tone, 44100, 1, most + 1));
+    EXPECT_TRUE(Contents(path).starts_with("RF64"));
+    EXPECT_EQ(ReadSound(path, 1).values, tone);
+}
+
 TEST(SoundFileWriter, ClipsWhereTheFormatDoesAndSilencesWhatIsNoNumber) {
     const TemporaryFolder folder;
     const float nan = std::numeric_limits<float>::quiet_NaN();

@@ -11,6 +11,7 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <jack/jack.h>
@@ -47,6 +48,18 @@ class Companion {
         ::kill(child, signal);
         return Wait();
     }
+    /// The program stands still for so long.
+    void Stall(int milliseconds) const {
+        ::kill(child, SIGSTOP);
+        std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+        ::kill(child, SIGCONT);
+    }
+    /// Whether it has not ended by itself.
+    bool Runs() const {
+        siginfo_t info{};
+        return ::waitid(P_PID, id_t(child), &info, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+               info.si_pid == 0;
+    }
     int Wait() {
         int status = 0;
         ::waitpid(child, &status, 0);
@@ -78,6 +91,8 @@ class JackServer {
         ::setenv("JACK_NO_START_SERVER", "1", 1);
         jack_set_error_function([](const char*) {});
         jack_set_info_function([](const char*) {});
+        // With jackd1's library a server's end would be that of its clients in this process too.
+        std::signal(SIGPIPE, SIG_IGN);
         if (period > 0)
             Start(period);
     }
@@ -93,10 +108,14 @@ class JackServer {
         Companion(std::move(brief)).Wait();
     }
 
-    /// No client of a server before may be open in this process.
-    void Start(int period, int rate = 48000) {
+    /// Returns before the server is there.
+    void Launch(int period, int rate = 48000) {
         killed = false;
         server = std::make_unique<Companion>(Command(period, rate));
+    }
+    /// No client of a server before may be open in this process.
+    void Start(int period, int rate = 48000) {
+        Launch(period, rate);
         WaitFor("jackd", [] {
             jack_client_t* client = jack_client_open("probe", JackNoStartServer, nullptr);
             if (client)
@@ -104,18 +123,14 @@ class JackServer {
             return client != nullptr;
         });
     }
-    /// The server is gone from one moment to the next.
-    void Kill() {
-        killed = true;
+    /// The server ends, from one moment to the next or after it has said so.
+    void Kill(int signal = SIGKILL) {
+        killed = signal == SIGKILL;
+        server->End(signal);
         server.reset();
     }
 
-    /// The server stands still for so long.
-    void Stall(int milliseconds) {
-        ::kill(server->Process(), SIGSTOP);
-        std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
-        ::kill(server->Process(), SIGCONT);
-    }
+    void Stall(int milliseconds) { server->Stall(milliseconds); }
 
   private:
     std::vector<std::string> Command(int period, int rate) const {
@@ -140,7 +155,7 @@ class JackPort {
             throw std::runtime_error("no JACK client");
         own = jack_port_register(handle, port, type, direction, 0);
     }
-    virtual ~JackPort() { jack_client_close(handle); }
+    virtual ~JackPort() { Close(); }
     JackPort(const JackPort&) = delete;
     JackPort& operator=(const JackPort&) = delete;
 
@@ -150,6 +165,8 @@ class JackPort {
         WaitFor("a connection", [this] { return jack_port_connected(own) > 0; });
     }
     void SetPeriod(unsigned frames) { jack_set_buffer_size(handle, frames); }
+    /// The server's periods follow on one another as fast as all get them done.
+    void SetFreewheel(bool on) { jack_set_freewheel(handle, on ? 1 : 0); }
     void Connect(const std::string& from, const std::string& to) {
         WaitFor(to.c_str(), [&] {
             const int status = jack_connect(handle, from.c_str(), to.c_str());
@@ -158,6 +175,12 @@ class JackPort {
     }
 
   protected:
+    /// No Process from now on: for the destructor of who has one. A client that is only deactivated
+    /// may still be called by jackd1's library when its server is dead.
+    void Close() {
+        if (handle)
+            jack_client_close(std::exchange(handle, nullptr));
+    }
     void Activate() {
         jack_set_process_callback(
             handle,
@@ -169,9 +192,23 @@ class JackPort {
         jack_activate(handle);
     }
     virtual void Process(jack_nframes_t frames) = 0;
+    /// The frame at which the present period begins, by the server's clock, which goes on over
+    /// periods that are lost. To be called once a period.
+    jack_nframes_t Now(jack_nframes_t frames) {
+        const jack_nframes_t now = jack_last_frame_time(handle);
+        // jackd1's stands still while it freewheels.
+        if (now == before)
+            stoodStill += frames;
+        before = now;
+        return now + stoodStill;
+    }
 
     jack_client_t* handle;
     jack_port_t* own;
+
+  private:
+    jack_nframes_t before = 0;
+    jack_nframes_t stoodStill = 0;
 };
 
 /// Records all that arrives, each sample at its frame after the first.
@@ -188,7 +225,7 @@ class Ear : public JackPort {
             this);
         Activate();
     }
-    ~Ear() override { jack_deactivate(handle); }
+    ~Ear() override { Close(); }
     std::size_t Count() const { return count; }
     const std::vector<float>& Samples() const { return samples; }
     std::uint32_t FirstFrame() const { return first; }
@@ -198,8 +235,7 @@ class Ear : public JackPort {
   private:
     void Process(jack_nframes_t frames) override {
         const auto* in = static_cast<const float*>(jack_port_get_buffer(own, frames));
-        // By the server's clock, which goes on over periods that are lost.
-        const jack_nframes_t now = jack_last_frame_time(handle);
+        const jack_nframes_t now = Now(frames);
         if (count == 0)
             first = now;
         const std::size_t at = now - first;
@@ -224,7 +260,7 @@ class Player : public JackPort {
     };
 
     Player() : JackPort("player", "out", JACK_DEFAULT_MIDI_TYPE, JackPortIsOutput) { Activate(); }
-    ~Player() override { jack_deactivate(handle); }
+    ~Player() override { Close(); }
 
     /// Returns when the last message has been sent.
     void Play(std::vector<Message> next) {
@@ -242,9 +278,9 @@ class Player : public JackPort {
     void Process(jack_nframes_t frames) override {
         void* buffer = jack_port_get_buffer(own, frames);
         jack_midi_clear_buffer(buffer);
+        const std::uint32_t now = Now(frames);
         if (!playing)
             return;
-        const std::uint32_t now = jack_last_frame_time(handle);
         if (!started)
             start = now;
         started = true;

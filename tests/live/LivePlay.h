@@ -44,8 +44,18 @@ class LivePlay {
     }
     void KillServer() {
         server.Kill();
+        Detach();
+    }
+    /// Vexa is the only client from now on, or the first of those that are.
+    void Detach() {
         ear.reset();
         player.reset();
+    }
+    void Attach() {
+        ear = std::make_unique<Ear>(frames);
+        player = std::make_unique<Player>();
+        ear->Connect("Vexa:Vexa audio out", ear->Name());
+        player->Connect(player->Name(), "Vexa:Vexa midi in");
     }
 
     void Play(std::vector<Player::Message> script) { player->Play(std::move(script)); }
@@ -62,6 +72,7 @@ class LivePlay {
     std::size_t Count() const { return ear->Count(); }
     void TakePlayerAway() { player.reset(); }
     void SetPeriod(unsigned period) { ear->SetPeriod(period); }
+    void SetFreewheel(bool on) { ear->SetFreewheel(on); }
     const std::vector<float>& Samples() const { return ear->Samples(); }
     /// Periods that the server has lost.
     int Lost() const { return ear->Lost(); }
@@ -110,13 +121,6 @@ class LivePlay {
                                            sound.string()};
         arguments.insert(arguments.end(), options.begin(), options.end());
         return arguments;
-    }
-
-    void Attach() {
-        ear = std::make_unique<Ear>(frames);
-        player = std::make_unique<Player>();
-        ear->Connect("Vexa:Vexa audio out", ear->Name());
-        player->Connect(player->Name(), "Vexa:Vexa midi in");
     }
 
     std::size_t frames;

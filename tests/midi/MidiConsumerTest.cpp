@@ -82,6 +82,16 @@ TEST_F(MidiConsumer, ListensToItsChannelAlone) {
     EXPECT_EQ(Notes(), Are{}) << "whatever the channel";
 }
 
+TEST_F(MidiConsumer, ANoteEndsOnItsOwnChannelWhateverIsListenedToByThen) {
+    On(60, 100, 3);
+    On(62, 100, 5);
+    instrument.consumer.SetChannel(5);
+    Off(62, 3);
+    EXPECT_EQ(Notes(), (Are{60, 62}));
+    Off(60, 3);
+    EXPECT_EQ(Notes(), (Are{-60, 62}));
+}
+
 TEST_F(MidiConsumer, TheSameKeyRetriggersItsSlotWhileItIsHeld) {
     On(60);
     On(62);

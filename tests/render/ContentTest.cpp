@@ -34,9 +34,8 @@ std::vector<fs::path> Documents(const char* folder) {
 /// Two seconds of note 57 (220 Hz), then its release, at the gain that a user starts with.
 std::vector<float> PlayOneNote(const Sound& sound) {
     vexa::Instrument whole(kFolder);
-    const vexa::LoadReport report = whole.Load(sound);
-    EXPECT_TRUE(report.function) << vexa::Text(report.function);
-    EXPECT_TRUE(report.warnings.empty());
+    const vexa::FunctionReport report = whole.Load(sound);
+    EXPECT_TRUE(report) << vexa::Text(report);
     vexa::Engine& instrument = whole.Playing();
     instrument.renderer.SetGain(0.25F);
     instrument.consumer.NoteOn(0, 57, 100, 0);
@@ -76,7 +75,7 @@ TEST(Content, EverySoundIsHeardCleanEndsAndIsItself) {
     for (const fs::path& path : Documents("sounds")) {
         SCOPED_TRACE(path.filename());
         vexa::ReadReport report;
-        const auto sound = vexa::ReadSound(path, Sound(), report);
+        const auto sound = vexa::ReadSound(path, report);
         ASSERT_TRUE(sound) << report.reason;
         EXPECT_TRUE(report.warnings.empty());
         const std::vector<float> samples = PlayOneNote(*sound);
@@ -102,7 +101,7 @@ TEST(Content, EveryDocumentIsAsTheProgramWouldSaveIt) {
     const fs::path copy = folder.Path() / "copy.xml";
     vexa::ReadReport report;
     for (const fs::path& path : Documents("sounds")) {
-        ASSERT_TRUE(vexa::WriteSound(copy, *vexa::ReadSound(path, Sound(), report)));
+        ASSERT_TRUE(vexa::WriteSound(copy, *vexa::ReadSound(path, report)));
         EXPECT_TRUE(test::Contents(copy) == test::Contents(path)) << path;
     }
     for (const fs::path& path : Documents("functions")) {

@@ -8,11 +8,15 @@
 #include "support/TemporaryFolder.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstring>
+#include <thread>
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -176,7 +180,9 @@ TEST_F(RenderProgram, BadInputIsNamedAndNothingIsLost) {
     const std::string empty = folder.Write("empty.xml", "").string();
     ExpectFailure({good, out, "--sound", empty}, "empty.xml");
     const std::string foo = folder.Write("foo.xml", "<foo><a/></foo>").string();
-    ExpectFailure({good, out, "--sound", foo}, "This is not a valid function.");
+    ExpectFailure({good, out, "--sound", foo},
+                  "foo.xml:1:1: This is not a valid sound. (expected an element <vexafunction>");
+    ExpectFailure({good, out, "--sound", "/dev/random"}, "/dev/random: it is a device, not a file");
     ExpectFailure({good, out, "--function", "x % 2.5"},
                   "There was an error while trying to compile");
     ExpectFailure({good, out, "--function", "system(1)"}, "system");
@@ -189,18 +195,84 @@ TEST_F(RenderProgram, BadInputIsNamedAndNothingIsLost) {
     EXPECT_EQ(Contents(old), "precious");
 }
 
-TEST_F(RenderProgram, ADocumentWithoutSomeGroupsPlaysWithWarnings) {
+TEST_F(RenderProgram, WhatIsWrongWithADocumentIsToldWithItsPlace) {
     const std::string sound =
         folder
-            .Write("some.xml", "<vexasound><vexafunction><expression>x</expression></vexafunction>"
-                               "<ax><env>nan</env><ctlnum>128</ctlnum><envdata>"
-                               "<envpoint t=\"2\" val=\"1\"/><envpoint t=\"1\" val=\"nan\"/>"
-                               "</envdata></ax></vexasound>")
+            .Write("some.xml",
+                   "<vexasound>\n<vexafunction><expression>x</expression></vexafunction>"
+                   "\n<ax><env>nan</env>\n<ctlnum>128</ctlnum><envdata>\n"
+                   "<envpoint t='2' val=\"1\"/><envpoint t=\"1\" val=\"nan\"/>\n"
+                   "</envdata></ax>\n<fx>0,5</fx></vexasound>")
             .string();
     const CommandResult result = Run({OneNote(), Path("a.wav"), "--sound", sound});
     EXPECT_EQ(result.exitCode, 0) << result.text;
-    for (const char* what : {"dcxdt", "some.xml", "Ax0", "127"})
-        EXPECT_THAT(result.text, HasSubstr(what));
+    const std::string name = "vexa-render: warning: " + sound;
+    for (const char* what :
+         {":1:1: expected an element <dcxdt> in <vexasound>, found none\n", ":3:5: <env>: \"nan\"",
+          ":4:1: <ctlnum>: \"128\": Controller number must be between 0 and 127.\n",
+          ":5:13: expected a double quote", ":5:26: <envpoint>: val: \"nan\" is not finite",
+          ":7:1: <fx>: expected a number, found \"0,5\", which counts as 0 "})
+        EXPECT_THAT(result.text, HasSubstr(name + what));
+}
+
+/// Who names a pipe where a file is wanted is told so, and a tune may come out of a pipe; if
+/// nothing comes, a signal ends the program at once, whatever it waits for.
+TEST_F(RenderProgram, APipeIsRefusedOrMayBeWaitedFor) {
+    const std::string pipe = Path("pipe");
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    const std::string note = OneNote();
+    const std::size_t before = folder.Count();
+    const struct {
+        std::vector<std::string> arguments;
+        int exitCode;
+        const char* text;
+    } cases[] = {
+        {{pipe, Path("a.wav")}, 128 + SIGTERM, ""},
+        {{note, Path("a.wav"), "--sound", pipe}, 1, "pipe: it is a pipe, not a file"},
+        {{note, Path("a.wav"), "--sample", pipe}, 1, "pipe: it is a pipe, not a file"},
+        {{note, pipe + ".wav"}, 1, "pipe: it is a pipe, not a file"},
+    };
+    fs::create_symlink("pipe", pipe + ".wav");
+    for (const bool hasWriter : {false, true}) {
+        const int writer = hasWriter ? ::open(pipe.c_str(), O_RDWR | O_CLOEXEC) : -1;
+        for (const auto& [arguments, exitCode, text] : cases) {
+            std::vector<std::string> command = arguments;
+            command.insert(command.begin(), kProgram);
+            bool lingered = false;
+            const CommandResult result = test::RunCommand(command, [&](pid_t child) {
+                EXPECT_TRUE(exitCode == 1 ||
+                            !test::EndsWithin(child, std::chrono::milliseconds(300)));
+                ::kill(child, exitCode == 1 ? 0 : SIGTERM);
+                lingered = !test::EndsWithin(child, std::chrono::seconds(1));
+                ::kill(child, SIGKILL);
+            });
+            EXPECT_FALSE(lingered) << arguments.back();
+            EXPECT_EQ(result.exitCode, exitCode) << result.text;
+            EXPECT_THAT(result.text, HasSubstr(text));
+            EXPECT_EQ(folder.Count(), before + 1);
+        }
+        ::close(writer);
+    }
+}
+
+TEST_F(RenderProgram, MoreThanAWavFileHoldsIsRenderedAllTheSame) {
+    // 4 bytes times 768000 Hz times 1500 s are 4.6 GB.
+    const std::string note = OneNote();
+    std::string head;
+    const auto lookAndInterrupt = [&](pid_t child) {
+        for (int i = 0; i < 10'000 && head.size() < 4; i++) {
+            for (const auto& entry : fs::directory_iterator(folder.Path())) {
+                if (entry.path().filename().string().starts_with(".vexa-"))
+                    head = Contents(entry.path()).substr(0, 4);
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        ::kill(child, SIGINT);
+    };
+    const CommandResult result = test::RunCommand(
+        {kProgram, note, Path("a.wav"), "--rate", "768000", "--tail", "1500"}, lookAndInterrupt);
+    EXPECT_EQ(result.exitCode, 128 + SIGINT) << result.text;
+    EXPECT_EQ(head, "RF64");
 }
 
 /// Installed, which a file tells, or by its option.

@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/ioctl.h>
+#include <termios.h>
 #include <unistd.h>
 
 namespace {
@@ -45,6 +46,21 @@ class Terminal {
     int screen;
     int keyboard;
 };
+
+TEST(Progress, DoesNotWaitForATerminalThatIsStopped) {
+    const Terminal terminal;
+    ASSERT_EQ(::tcflow(terminal.Descriptor(), TCOOFF), 0);
+    // What waits is ended by this signal.
+    ::alarm(10);
+    const auto start = Progress::Clock::now();
+    Progress progress(terminal.Descriptor(), 60, start);
+    progress.Update(30, start + 2s);
+    ::alarm(0);
+    EXPECT_EQ(terminal.Written(), "");
+    ASSERT_EQ(::tcflow(terminal.Descriptor(), TCOON), 0);
+    progress.Update(31, start + 3s);
+    EXPECT_NE(terminal.Written(), "");
+}
 
 TEST(Progress, DrawsTenTimesASecondAndErasesItself) {
     const Terminal terminal;

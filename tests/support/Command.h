@@ -1,6 +1,7 @@
 // Running a program of ours as a user does.
 #pragma once
 
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -27,8 +28,10 @@ struct CommandResult {
 };
 
 /// Becomes the program; for a child that has been forked. 127 if there is none. The program gets
-/// the three usual descriptors, whatever else the test was started with.
+/// the three usual descriptors, whatever else the test was started with, and a broken pipe ends it,
+/// whatever the test does about its own.
 [[noreturn]] inline void Execute(std::vector<std::string> arguments) {
+    std::signal(SIGPIPE, SIG_DFL);
     ::close_range(3, ~0U, CLOSE_RANGE_CLOEXEC);
     std::vector<char*> argv;
     for (std::string& argument : arguments)
@@ -72,6 +75,20 @@ inline CommandResult RunCommand(std::vector<std::string> arguments,
     result.exitCode = ExitCode(status);
     result.memory = usage.ru_maxrss * 1024;
     return result;
+}
+
+/// Whether a child ends within a time; it stays to be waited for.
+inline bool EndsWithin(pid_t child, std::chrono::milliseconds time) {
+    const auto end = std::chrono::steady_clock::now() + time;
+    while (true) {
+        siginfo_t info{};
+        if (::waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WNOHANG | WNOWAIT) != 0 ||
+            info.si_pid == child)
+            return true;
+        if (std::chrono::steady_clock::now() > end)
+            return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
 }
 
 /// Ends a program of ours by SIGTERM, but not before it handles that, which shows in its status.

@@ -35,18 +35,19 @@ inline std::string ShortWav(const std::vector<int>& values, unsigned frameRate, 
            "data" + LittleEndian(length, 4) + data;
 }
 
-/// Writes interleaved frames into a sound file whose name tells the format; the first error.
+/// Writes interleaved frames into a sound file whose name tells the format, with that many
+/// announced; the first error.
 inline kits::Result<void> WriteSound(const std::filesystem::path& path,
                                      const std::vector<float>& values, int frameRate,
-                                     int channels = 1) {
+                                     int channels = 1, std::uint64_t announced = 0) {
     const auto format = kits::SoundFileFormatOf(path);
     if (!format)
         return format.Fault();
     auto file = kits::FileReplacement::Create(path);
     if (!file)
         return file.Fault();
-    auto writer =
-        kits::SoundFileWriter::Create(file->Descriptor(), *format, path, frameRate, channels);
+    auto writer = kits::SoundFileWriter::Create(file->Descriptor(), *format, path, frameRate,
+                                                announced, channels);
     if (!writer)
         return writer.Fault();
     if (auto written =

@@ -97,6 +97,7 @@ QImage Picture(BView& view) {
 AlertLog::AlertLog() {
     BAlert::SetResponder([this](const BAlert& alert) {
         texts.push_back(alert.Text());
+        details = alert.Details();
         return answer < 0 ? static_cast<int32>(alert.Buttons().size()) - 1 : answer;
     });
 }

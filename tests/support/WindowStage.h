@@ -40,6 +40,8 @@ class AlertLog {
     AlertLog& operator=(const AlertLog&) = delete;
 
     std::vector<std::string> texts;
+    /// Of the last one.
+    std::string details;
     /// The button that is pressed; -1 for the last.
     int32 answer = -1;
 };

@@ -127,6 +127,13 @@ TEST_F(TranslatorSavePanel, EveryChangeIsInTheResult) {
     panel.ChooseFormat("PNG image");
     EXPECT_EQ(panel.Message().what, kImage);
     EXPECT_EQ(panel.SizeSent(), INT32_MAX);
+    // A name, if there is one, gets the ending of the format.
+    EXPECT_EQ(panel.SaveText(), "");
+    panel.SetSaveText("my.song");
+    panel.ChooseFormat("TIFF image");
+    EXPECT_EQ(panel.SaveText(), "my.song.tiff");
+    panel.ChooseFormat("PNG image");
+    EXPECT_EQ(panel.SaveText(), "my.song.png");
 }
 
 TEST_F(TranslatorSavePanel, ShowsOneSettingsWindow) {

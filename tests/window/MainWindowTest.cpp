@@ -40,6 +40,9 @@ constexpr int kEditorX = 440;
 constexpr int kEditorY = kTop + 218;
 constexpr int kPlane = 10;
 constexpr int kPlaneSize = 301;
+constexpr const char* kUnsaved = "Unsaved changes";
+/// From the button "Save" of that question.
+constexpr int kDiscard = 1;
 
 class MainWindow : public testing::Test {
   protected:
@@ -56,6 +59,9 @@ class MainWindow : public testing::Test {
     void StartWithSine(const char* source = "Computer keyboard") {
         Start({"--sound", program.Folder().Write("sine.xml", test::kSineSound).string(), "--voices",
                "20", "--midi", source});
+        // Not all of a document is there.
+        Answer("Warning", 0);
+        desktop.UseWindow("Vexa");
     }
     std::string Log() const { return test::Contents(log); }
 
@@ -80,6 +86,24 @@ class MainWindow : public testing::Test {
             const float peak = Peak(kSecond / 20);
             return low <= peak && peak <= high;
         });
+    }
+
+    /// Closes the window, changes or no changes, and awaits the program's end.
+    int Close() {
+        desktop.Close();
+        WaitFor("the end or a question",
+                [&] { return desktop.HasWindow(kUnsaved) || !desktop.HasWindow("Vexa"); });
+        if (desktop.HasWindow(kUnsaved))
+            Answer(kUnsaved, kDiscard);
+        return vexa->Wait();
+    }
+    /// Presses a button of an alert, counted from the one that has the keyboard.
+    void Answer(const std::string& alert, int steps) {
+        desktop.UseWindow(alert);
+        for (int i = 0; i < steps; i++)
+            desktop.Key("shift+Tab");
+        desktop.Key("Return");
+        WaitFor("the alert's end", [&] { return !desktop.HasWindow(alert); });
     }
 
     /// Replaces the text of the field there and confirms it.
@@ -154,8 +178,7 @@ TEST_F(MainWindow, AnEnvelopeDrawnWithTheMouseIsHeardAfterTheRelease) {
     WaitForPeak(0.24F, 0.26F);
     desktop.Click(kEditorX + 11, kEditorY + 3, "3");
     WaitForPeak(0.12F, 0.13F);
-    desktop.Close();
-    EXPECT_EQ(vexa->Wait(), 0);
+    EXPECT_EQ(Close(), 0);
     EXPECT_EQ(Log().find("Error"), std::string::npos) << Log();
 }
 
@@ -166,8 +189,7 @@ TEST_F(MainWindow, ANoteDrawsItsOrbitWhichIsErasedAfterwards) {
     WaitFor("an orbit", [&] { return OrbitMarks() > 20; });
     player->Play({{0, {0xB0, 123, 0}}});
     WaitFor("its end", [&] { return OrbitMarks() == 0; });
-    desktop.Close();
-    EXPECT_EQ(vexa->Wait(), 0);
+    EXPECT_EQ(Close(), 0);
 }
 
 TEST_F(MainWindow, FieldsAreReachedAndConfirmedByTheKeyboard) {
@@ -179,14 +201,13 @@ TEST_F(MainWindow, FieldsAreReachedAndConfirmedByTheKeyboard) {
     desktop.Key("ctrl+a");
     desktop.Type("x/2");
     EXPECT_NEAR(Peak(), 0.25, 0.01);
-    desktop.Key("Return");
+    desktop.Key("Tab");
     if (test::kSanitized) {
         // The first block of another function may take so long there that the voice is dropped.
         Listen(2 * kSecond);
         player->Play({{0, {0x90, 69, 100}}});
     }
     WaitForPeak(0.12F, 0.13F);
-    desktop.Key("Tab");
     const QImage before = desktop.Picture();
     desktop.Key("ctrl+a");
     desktop.Type("3");
@@ -207,8 +228,7 @@ TEST_F(MainWindow, FieldsAreReachedAndConfirmedByTheKeyboard) {
     desktop.Key("Return");
     WaitFor("its end", [&] { return !desktop.HasWindow("Error"); });
     EXPECT_NEAR(Peak(), 0.125, 0.01);
-    desktop.Close();
-    EXPECT_EQ(vexa->Wait(), 0);
+    EXPECT_EQ(Close(), 0);
 }
 
 TEST_F(MainWindow, WithoutDescriptorsThereIsAnAlertAndTheSoundGoesOn) {
@@ -234,8 +254,7 @@ TEST_F(MainWindow, WithoutDescriptorsThereIsAnAlertAndTheSoundGoesOn) {
         Replace(100, kTop + 325, "x/2");
         return Peak(kSecond / 20) < 0.13F;
     });
-    desktop.Close();
-    EXPECT_EQ(vexa->Wait(), 0);
+    EXPECT_EQ(Close(), 0);
 }
 
 TEST_F(MainWindow, PlaysWithTheLeastThatItAsksFor) {
@@ -251,8 +270,7 @@ TEST_F(MainWindow, PlaysWithTheLeastThatItAsksFor) {
         Start({}, option + std::to_string(enough));
         EXPECT_GT(PeakOfNote(), 0.01F) << option;
         Replace(100, kTop + 325, "x/2");
-        desktop.Close();
-        EXPECT_EQ(vexa->Wait(), 0) << option;
+        EXPECT_EQ(Close(), 0) << option;
         EXPECT_EQ(Log().find("vexa:"), std::string::npos) << Log();
     }
 }
@@ -271,7 +289,103 @@ TEST_F(MainWindow, TheComputersKeysPlayAndFallSilent) {
     desktop.Do({"keydown", "q"});
     EXPECT_LT(Peak(), 0.01);
     desktop.Do({"keyup", "q"});
+    desktop.Key("Escape");
     EXPECT_EQ(vexa->End(SIGTERM), 0);
+}
+
+TEST_F(MainWindow, AKeyThatIsHeldIsFollowedIntoAFieldAndEscapeSilencesAll) {
+    StartWithSine();
+    // After Enter the keyboard is the piano's again.
+    Replace(352, kTop + 258, "0.75");
+    desktop.Do({"keydown", "q"});
+    WaitForPeak(0.1F, 0.5F);
+    desktop.Click(352, kTop + 278);
+    // Long enough to be repeated.
+    Listen(2 * kSecond);
+    EXPECT_GT(Peak(), 0.1F);
+    desktop.Do({"keyup", "q"});
+    WaitForPeak(0, 0.001F);
+    // A click has selected what is there, so that typing replaces it.
+    desktop.Type("0.5");
+    desktop.Key("Return");
+    // On another channel the keys play as well, and a change of it leaves no note behind.
+    desktop.Click(170, kTop + 449);
+    for (int i = 0; i < 4; i++)
+        desktop.Key("Down");
+    desktop.Key("Return");
+    desktop.Do({"keydown", "q"});
+    WaitForPeak(0.1F, 0.5F);
+    desktop.Key("Escape");
+    WaitForPeak(0, 0.001F);
+    desktop.Do({"keyup", "q"});
+    SaveAs(kTop + 418, "Save Sound", "held.xml");
+    EXPECT_THAT(test::Contents(program.Path("sounds/held.xml")),
+                testing::AllOf(testing::HasSubstr("<vel>0.75<"), testing::HasSubstr("<key>0.5<")));
+    EXPECT_EQ(vexa->End(SIGTERM), 0);
+}
+
+TEST_F(MainWindow, EndsWithAFilePanelOpen) {
+    const test::EnvironmentVariable home("HOME", program.Folder().Path().c_str());
+    for (const bool signal : {false, true}) {
+        Start();
+        desktop.Click(kPlane + 150, kTop + 160, "3");
+        desktop.UseWindow("Save Image");
+        desktop.UseWindow("Vexa");
+        if (signal) {
+            EXPECT_EQ(vexa->End(SIGTERM), 0);
+        } else {
+            desktop.Close();
+            EXPECT_EQ(vexa->Wait(), 0);
+        }
+    }
+}
+
+TEST_F(MainWindow, ASignalEndsItAtOnceThoughThereIsSomethingToSay) {
+    test::Companion silent({program.Path("vexa"), "--audio", "none"}, log);
+    Answer("Error", 0);
+    desktop.UseWindow("Vexa");
+    ::kill(silent.Process(), SIGTERM);
+    EXPECT_TRUE(test::EndsWithin(silent.Process(), std::chrono::seconds(1)));
+    EXPECT_THAT(Log(), testing::HasSubstr("Error disconnecting nodes"));
+}
+
+TEST_F(MainWindow, ClosingAsksWhereSomethingHasChangedAndEnterReplacesNothing) {
+    Start();
+    Replace(352, kTop + 258, "0.75");
+    const std::string bell = test::Contents(program.Path("sounds/bell.xml"));
+    desktop.Close();
+    desktop.UseWindow(kUnsaved);
+    desktop.Key("Escape");
+    WaitFor("the question's end", [&] { return !desktop.HasWindow(kUnsaved); });
+    desktop.UseWindow("Vexa");
+    desktop.Close();
+    Answer(kUnsaved, 0);
+    desktop.UseWindow("Save Sound");
+    desktop.Type("bell.xml");
+    desktop.Key("Return");
+    Answer("Replace", 0);
+    EXPECT_EQ(test::Contents(program.Path("sounds/bell.xml")), bell);
+    desktop.UseWindow("Save Sound");
+    desktop.Key("ctrl+a");
+    desktop.Type("mine.xml");
+    desktop.Key("Return");
+    EXPECT_EQ(vexa->Wait(), 0);
+    EXPECT_THAT(test::Contents(program.Path("sounds/mine.xml")), testing::HasSubstr("<vel>0.75<"));
+    // A signal asks nothing.
+    Start();
+    Replace(352, kTop + 258, "0.75");
+    EXPECT_EQ(vexa->End(SIGTERM), 0);
+}
+
+TEST_F(MainWindow, WithoutAFolderToWriteInItSaysSo) {
+    const test::TemporaryFolder bare;
+    std::filesystem::copy(program.Path("vexa"), bare.Path() / "vexa");
+    const test::EnvironmentVariable data("XDG_DATA_HOME", "/dev/null/data");
+    vexa = std::make_unique<test::Companion>(
+        std::vector<std::string>{(bare.Path() / "vexa").string()}, log);
+    Answer("Error", 0);
+    EXPECT_EQ(vexa->Wait(), 1);
+    EXPECT_THAT(Log(), testing::HasSubstr("/dev/null/data"));
 }
 
 /// Also while nobody sees the window or has read the alert. The source that was chosen is connected
@@ -326,8 +440,7 @@ TEST_F(MainWindow, ASessionIsSavedAndFoundAgain) {
 
     SaveAs(kTop + 418, "Save Sound", "mine.xml");
     SaveAs(kTop + 358, "Save f(x,y)", "mine.xml");
-    desktop.Close();
-    ASSERT_EQ(vexa->Wait(), 0);
+    ASSERT_EQ(Close(), 0);
     EXPECT_THAT(test::Contents(program.Path("sounds/mine.xml")),
                 testing::AllOf(testing::HasSubstr("<samplefile>pluck.wav"),
                                testing::HasSubstr("<frequency>220"),
@@ -345,8 +458,7 @@ TEST_F(MainWindow, ASessionIsSavedAndFoundAgain) {
     desktop.UseWindow("Vexa");
     WaitFor("the saved picture", [&] { return Plane() == saved; });
     EXPECT_NEAR(PeakOfNote() / level, 1, 0.05);
-    desktop.Close();
-    EXPECT_EQ(vexa->Wait(), 0);
+    EXPECT_EQ(Close(), 0);
     EXPECT_EQ(Log().find("Error"), std::string::npos) << Log();
 }
 
@@ -366,8 +478,7 @@ TEST_F(MainWindow, ThePictureIsExported) {
     EXPECT_EQ(picture.size(), QSize(kPlaneSize, kPlaneSize));
     // What the panel has covered is drawn anew.
     WaitFor("the same picture", [&] { return Pixels(picture) == Plane(); });
-    desktop.Close();
-    EXPECT_EQ(vexa->Wait(), 0);
+    EXPECT_EQ(Close(), 0);
 }
 
 } // namespace

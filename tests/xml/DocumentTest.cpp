@@ -60,7 +60,7 @@ TEST(MXDocument, SaysWhatWasWrongWithAFile) {
     EXPECT_NE(absent.OpenError().find("none/a.xml: No such file or directory"), std::string::npos)
         << absent.OpenError();
     const MXDocument directory(folder.Path().c_str());
-    EXPECT_NE(directory.OpenError().find("Is a directory"), std::string::npos);
+    EXPECT_NE(directory.OpenError().find("a folder, not a file"), std::string::npos);
 
     MXDocument document("r", "SYSTEM", "dtd");
     EXPECT_EQ(document.WriteFile(missing.c_str(), ""), -1);

@@ -35,7 +35,6 @@ Interrupt::Interrupt() {
 Interrupt::~Interrupt() {
     for (std::size_t i = 0; i < std::size(kSignals); i++)
         ::sigaction(kSignals[i], &before[i], nullptr);
-    received.store(0);
 }
 
 bool Interrupt::Pending() {

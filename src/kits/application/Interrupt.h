@@ -19,7 +19,7 @@ class Interrupt {
     bool Requested() const { return Signal() != 0; }
     /// The last signal that came, 0 for none.
     int Signal() const;
-    /// Whether the program was asked to end; false where no Interrupt lives. Any thread.
+    /// Whether the program was asked to end since the last Interrupt was made. Any thread.
     static bool Pending();
     /// What the program has to end with by the shells' convention: 128 plus the signal.
     int ExitCode() const { return 128 + Signal(); }

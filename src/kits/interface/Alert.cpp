@@ -1,10 +1,14 @@
 #include "kits/interface/Alert.h"
 
+#include "kits/application/Interrupt.h"
 #include "kits/interface/backends/ViewWidget.h"
 
 #include <QApplication>
 #include <QMessageBox>
 #include <QPushButton>
+#include <algorithm>
+#include <cstddef>
+#include <cstdio>
 #include <memory>
 #include <utility>
 
@@ -18,6 +22,9 @@ BAlert::Responder& CurrentResponder() {
 constexpr QMessageBox::Icon kIcons[] = {QMessageBox::Information, QMessageBox::Warning,
                                         QMessageBox::Critical};
 
+/// Lines of details that need no box of their own.
+constexpr std::ptrdiff_t kShortDetails = 6;
+
 } // namespace
 
 BAlert::BAlert(const char* title, const char* text, const char* button1, const char* button2,
@@ -27,6 +34,7 @@ BAlert::BAlert(const char* title, const char* text, const char* button1, const c
         if (button)
             buttons.emplace_back(button);
     }
+    defaultButton = buttons.size() - 1;
 }
 
 void BAlert::SetResponder(Responder responder) {
@@ -45,19 +53,34 @@ BAlert::Box BAlert::MakeBox() const {
     // What a compiler or a file says is not markup.
     box->setTextFormat(Qt::PlainText);
     box->setText(kits::ToQt(text).trimmed());
+    if (std::count(details.begin(), details.end(), '\n') < kShortDetails)
+        box->setInformativeText(kits::ToQt(details));
+    else
+        box->setDetailedText(kits::ToQt(details));
     box->setTextInteractionFlags(Qt::TextSelectableByMouse);
     std::vector<QPushButton*> choices;
     for (const std::string& button : buttons) {
         choices.push_back(box->addButton(kits::ToQt(button), QMessageBox::AcceptRole));
         choices.back()->setMinimumSize(75, 25);
     }
-    box->setDefaultButton(choices.back());
+    box->setDefaultButton(choices[defaultButton]);
     box->setEscapeButton(choices.front());
     return {std::move(box), std::move(choices)};
 }
 
+/// Nobody answers a program that was told to end: what it has to say goes to standard error. False
+/// where there is somebody.
+bool BAlert::SaidToNobody() const {
+    if (!kits::Interrupt::Pending())
+        return false;
+    std::fprintf(stderr, "%s\n%s", text.c_str(), details.empty() ? "" : (details + '\n').c_str());
+    return true;
+}
+
 int32 BAlert::Go() {
     const std::unique_ptr<BAlert> self(this);
+    if (SaidToNobody())
+        return 0;
     if (const Responder& responder = CurrentResponder())
         return responder(*this);
     const auto [box, choices] = MakeBox();
@@ -71,6 +94,8 @@ int32 BAlert::Go() {
 
 void BAlert::Show() {
     const std::unique_ptr<BAlert> self(this);
+    if (SaidToNobody())
+        return;
     if (const Responder& responder = CurrentResponder()) {
         responder(*this);
         return;

@@ -23,8 +23,16 @@ class BAlert {
     const std::vector<std::string>& Buttons() const { return buttons; }
     alert_type Type() const { return type; }
 
+    /// More about the text: below it, or where it is long in a box that the person can open.
+    void SetDetails(const std::string& next) { details = next; }
+    const std::string& Details() const { return details; }
+
+    /// The button that Enter presses, by its index; the last one at first.
+    void SetDefaultButton(std::size_t index) { defaultButton = index; }
+
     /// Shows the alert, waits for an answer and returns the index of the button. Meanwhile no
-    /// message is handled; drawing and pulses go on.
+    /// message is handled; drawing and pulses go on. In a program that was told to end by a signal
+    /// it goes to standard error, and the answer is 0.
     int32 Go();
 
     /// Shows the alert and returns; nothing waits for the answer. Nothing is shown while one of the
@@ -38,9 +46,12 @@ class BAlert {
   private:
     struct Box;
     Box MakeBox() const;
+    bool SaidToNobody() const;
 
     std::string title;
     std::string text;
+    std::string details;
     std::vector<std::string> buttons;
+    std::size_t defaultButton = 0;
     alert_type type;
 };

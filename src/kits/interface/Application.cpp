@@ -139,7 +139,7 @@ class Toolkit {
         QTimer poll;
         QObject::connect(&poll, &QTimer::timeout, [&] {
             if (interrupt.Requested())
-                application.quit();
+                QCoreApplication::exit();
         });
         poll.start(kSignalInterval);
         const auto deliver = [] { MessageQueue::Instance().Deliver(); };
@@ -189,8 +189,9 @@ void BApplication::Run() {
 }
 
 void BApplication::MessageReceived(BMessage* message) {
+    // Not quit(), which asks every window first: a file panel that is open never agrees.
     if (message->what == B_QUIT_REQUESTED)
-        QApplication::quit();
+        QCoreApplication::exit();
     else
         BLooper::MessageReceived(message);
 }

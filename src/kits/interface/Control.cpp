@@ -11,6 +11,8 @@
 #include <QPushButton>
 #include <QStyle>
 #include <cmath>
+#include <limits>
+#include <utility>
 
 namespace {
 
@@ -27,10 +29,26 @@ class Line : public QLineEdit {
         if (event->key() == Qt::Key_Escape) {
             setText(QString::fromStdString(*confirmed));
             clearFocus();
+            // The window may have a use for the key too.
+            event->ignore();
         } else {
             QLineEdit::keyPressEvent(event);
         }
     }
+    void focusInEvent(QFocusEvent* event) override {
+        QLineEdit::focusInEvent(event);
+        clicked = event->reason() == Qt::MouseFocusReason;
+    }
+    // The press that enters the field comes after the focus, and places the cursor.
+    void mousePressEvent(QMouseEvent* event) override {
+        QLineEdit::mousePressEvent(event);
+        if (std::exchange(clicked, false))
+            selectAll();
+    }
+
+  private:
+    /// A press has brought the focus and has not been seen yet.
+    bool clicked = false;
 };
 
 } // namespace
@@ -102,9 +120,15 @@ BTextControl::BTextControl(BRect frame, const char* name, const char* label, con
     auto* editor = new Line;
     line = editor;
     editor->confirmed = &confirmed;
+    // What a document holds is not cut.
+    line->setMaxLength(std::numeric_limits<int>::max());
     line->setText(kits::ToQt(confirmed));
     line->setCursorPosition(0);
-    QObject::connect(line, &QLineEdit::returnPressed, line, [this] { Confirm(); });
+    QObject::connect(line, &QLineEdit::returnPressed, line, [this] {
+        Confirm();
+        // The keyboard is the window's again.
+        line->clearFocus();
+    });
     QObject::connect(line, &QLineEdit::editingFinished, line, [this] {
         if (Text() != confirmed)
             Confirm();

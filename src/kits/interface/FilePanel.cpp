@@ -84,6 +84,10 @@ void BFilePanel::SetSaveText(std::string_view name) {
         window->SetName(QFile::decodeName(QByteArray(name.data(), qsizetype(name.size()))));
 }
 
+std::string BFilePanel::SaveText() const {
+    return window ? window->NameText() : std::string();
+}
+
 void BFilePanel::Show() {
     if (window)
         window->Present();

@@ -4,7 +4,9 @@
 #include "kits/application/Messenger.h"
 #include "kits/support/EntryRef.h"
 
+#include <filesystem>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -38,7 +40,7 @@ class BRefFilter {
 ///
 /// - open mode: "refs", an entry_ref for each selected entry,
 /// - save mode: "directory" (entry_ref) and "name" (string), once the name is one that a file can
-///   have and the person agrees to replace a file that exists,
+///   have and the person agrees to replace a file that exists (AskOnlyIn),
 /// - always: "panel" (int32), the Id() of the panel.
 ///
 /// The window is there from the start, hidden; its first child holds the views "PoseView" (the
@@ -92,6 +94,10 @@ class BFilePanel {
     void GetPanelDirectory(entry_ref* ref) const;
     /// Save mode: the name in the text field.
     void SetSaveText(std::string_view name);
+    std::string SaveText() const;
+    /// Save mode: whether to replace a file is asked only while that folder is shown, for a target
+    /// that saves there whatever is shown.
+    void AskOnlyIn(const std::filesystem::path& folder) { askOnlyIn = folder; }
 
     /// On the current desktop, with the folder read anew.
     void Show();
@@ -111,6 +117,8 @@ class BFilePanel {
     BMessenger target;
     BMessage message;
     bool hideWhenDone;
+    /// Empty for every folder.
+    std::filesystem::path askOnlyIn;
     kits::FilePanelWindow* window;
     std::vector<entry_ref> refs;
     std::size_t next = 0;

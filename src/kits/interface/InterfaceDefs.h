@@ -51,11 +51,14 @@ enum : uint32 { B_ENTERED_VIEW, B_INSIDE_VIEW, B_EXITED_VIEW };
 /// Ends a looper or the application.
 constexpr uint32 B_QUIT_REQUESTED = FourCC("_QRQ");
 /// A key that no text field wanted, with int32 "key" (the key's place on the keyboard, as the X
-/// keyboard extension counts: 24 is the Q of an English one) and int32 "be:key_repeat" (above 0
-/// when it is only held). They go to the window that has the focus.
+/// keyboard extension counts: 24 is the Q of an English one); the Escape key has int32 "raw_char",
+/// B_ESCAPE. They go to the window that has the focus, once for each press, and at once, also while
+/// an alert is shown. The release goes to the window that got the press, wherever the focus is
+/// then; a window that has become inactive may get none.
 constexpr uint32 B_KEY_DOWN = FourCC("_KYD");
 constexpr uint32 B_KEY_UP = FourCC("_KYU");
-/// The window lost or got the focus: int32 "active" is 0 or 1.
+constexpr int32 B_ESCAPE = 0x1b;
+/// The window lost or got the focus: int32 "active" is 0 or 1. Comes at once, as the keys do.
 constexpr uint32 B_WINDOW_ACTIVATED = FourCC("_ACT");
 /// What a window gets at its pulse rate, be it shown or not, and also while an alert is.
 constexpr uint32 B_PULSE = FourCC("_PUL");

@@ -1,5 +1,6 @@
 #include "kits/interface/Window.h"
 
+#include "kits/interface/backends/HeldKeys.h"
 #include "kits/interface/backends/ViewWidget.h"
 #include "kits/interface/backends/WindowWidget.h"
 
@@ -26,6 +27,7 @@ void PulseTree(BView& view) {
 WindowWidget::WindowWidget(BWindow& window, Qt::WindowFlags flags)
     : QWidget(nullptr, flags), window(window) {
     setFocusPolicy(Qt::StrongFocus);
+    HeldKeys::Instance();
     connect(&pulse, &QTimer::timeout, this, [this] { Pulse(); });
     pulse.setTimerType(Qt::PreciseTimer);
     pulse.start(500);
@@ -54,24 +56,24 @@ void WindowWidget::moveEvent(QMoveEvent* event) {
     window.frame = window.frame.OffsetToCopy(float(event->pos().x()), float(event->pos().y()));
 }
 
+// At once, as a pulse: no note is to go on because an alert waits for an answer.
 void WindowWidget::SendKey(uint32 what, const QKeyEvent& event) {
     BMessage message(what);
     message.AddInt32("key", static_cast<int32>(event.nativeScanCode()));
-    message.AddInt32("be:key_repeat", event.isAutoRepeat());
-    window.PostMessage(message);
+    if (event.key() == Qt::Key_Escape)
+        message.AddInt32("raw_char", B_ESCAPE);
+    window.MessageReceived(&message);
 }
 
 void WindowWidget::keyPressEvent(QKeyEvent* event) {
-    if (event->matches(QKeySequence::Quit) || event->matches(QKeySequence::Close))
+    if (event->matches(QKeySequence::Quit) || event->matches(QKeySequence::Close)) {
         window.PostMessage(B_QUIT_REQUESTED);
-    else if (event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))
+    } else if (event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) {
         event->ignore();
-    else
+    } else if (!event->isAutoRepeat()) {
+        HeldKeys::Instance().Take(event->nativeScanCode(), *this);
         SendKey(B_KEY_DOWN, *event);
-}
-
-void WindowWidget::keyReleaseEvent(QKeyEvent* event) {
-    SendKey(B_KEY_UP, *event);
+    }
 }
 
 void WindowWidget::changeEvent(QEvent* event) {
@@ -79,7 +81,7 @@ void WindowWidget::changeEvent(QEvent* event) {
         return;
     BMessage message(B_WINDOW_ACTIVATED);
     message.AddInt32("active", isActiveWindow());
-    window.PostMessage(message);
+    window.MessageReceived(&message);
 }
 
 } // namespace kits

@@ -1,7 +1,8 @@
 #include "kits/media/MediaFile.h"
 
+#include "kits/storage/ReadFile.h"
+
 #include <cmath>
-#include <cstring>
 #include <filesystem>
 #include <vector>
 
@@ -51,7 +52,8 @@ status_t BMediaTrack::DecodedFormat(media_format* format) {
 }
 
 int64 BMediaTrack::CountFrames() const {
-    return source->info.frames;
+    const sf_count_t frames = source->info.frames;
+    return frames < 0 || frames == SF_COUNT_MAX ? kUnknownLength : frames;
 }
 
 status_t BMediaTrack::ReadFrames(void* buffer, int64* frameCount, media_header*) {
@@ -74,24 +76,21 @@ status_t BMediaTrack::ReadFrames(void* buffer, int64* frameCount, media_header*)
 BMediaFile::BMediaFile(const entry_ref* ref) {
     const std::string path = BPath(ref->directory.c_str(), ref->name.c_str()).Path();
     auto source = std::make_unique<BMediaTrack::Source>();
-    std::string reason;
-    // The library reports a missing file vaguely, and would wait for the writer of a pipe.
-    std::error_code ignored;
-    const auto kind = std::filesystem::status(path, ignored).type();
-    if (kind == std::filesystem::file_type::not_found) {
-        status = B_ENTRY_NOT_FOUND;
-        reason = std::strerror(ENOENT);
-    } else if (kind != std::filesystem::file_type::regular) {
-        status = B_BAD_TYPE;
-        reason = "not a file";
-    } else if (source->file.reset(sf_open(path.c_str(), SFM_READ, &source->info)); !source->file) {
-        status = B_BAD_TYPE;
-        reason = sf_strerror(nullptr);
+    // The library reports a missing file vaguely, and would wait for the writer of a pipe. It opens
+    // the file itself, as it knows some formats by the ending of the name only.
+    if (const auto opened = kits::OpenRegularFile(path); !opened) {
+        std::error_code ignored;
+        status = std::filesystem::exists(path, ignored) ? B_BAD_TYPE : B_ENTRY_NOT_FOUND;
+        fault = opened.Fault().text;
+        return;
     }
-    if (status == B_OK)
+    source->file.reset(sf_open(path.c_str(), SFM_READ, &source->info));
+    if (source->file) {
         track.reset(new BMediaTrack(std::move(source)));
-    else
-        fault = "could not read " + path + ": " + reason;
+    } else {
+        status = B_BAD_TYPE;
+        fault = "could not read " + path + ": " + sf_strerror(nullptr);
+    }
 }
 
 BMediaFile::~BMediaFile() = default;

@@ -15,6 +15,9 @@ enum : status_t {
     B_LAST_BUFFER_ERROR = -ENODATA,
 };
 
+/// Of a track whose file does not tell how long it is.
+constexpr int64 kUnknownLength = -1;
+
 /// The sound in a file. Belongs to its BMediaFile. Used by one thread at a time.
 class BMediaTrack {
   public:
@@ -28,7 +31,8 @@ class BMediaTrack {
     /// are not finite count as 0. The buffer size is what ReadFrames fills at most.
     status_t DecodedFormat(media_format* format);
 
-    /// As the file's header says; a damaged file may have fewer or more.
+    /// As the file's header says; a damaged file may have fewer or more. kUnknownLength where the
+    /// header does not say.
     int64 CountFrames() const;
 
     /// Decodes up to one buffer; `buffer` holds as many bytes as the decoded format's buffer size.

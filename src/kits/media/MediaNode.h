@@ -85,6 +85,9 @@ class BBufferProducer : public virtual BMediaNode {
     virtual void Disconnect(const media_source& what, const media_destination& where) = 0;
     virtual void LateNoticeReceived(const media_source& what, bigtime_t howMuch,
                                     bigtime_t performanceTime) = 0;
+    /// All buffers of the last seconds came `howMuch` microseconds earlier than they had to: what
+    /// late notices have added to the latency can be given back.
+    virtual void EarlyNoticeReceived(const media_source&, bigtime_t /*howMuch*/) {}
     virtual void EnableOutput(const media_source& what, bool enabled, int32* deprecated) = 0;
     virtual status_t SetPlayRate(int32 numerator, int32 denominator) = 0;
     virtual void AdditionalBufferRequested(const media_source& source, media_buffer_id buffer,

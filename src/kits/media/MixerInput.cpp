@@ -15,6 +15,12 @@ constexpr unsigned kFilterHalf = 32;
 constexpr std::size_t kRoom = 1U << 16;
 constexpr std::size_t kStretches = 1U << 12;
 
+/// Frames of lateness that a producer hears of: it cannot be ahead by more than the ring holds.
+constexpr int64 kMostLate = kRoom / 2;
+
+/// Microseconds of sound that must have come too early before it is to come later.
+constexpr double kPatience = 2e6;
+
 } // namespace
 
 MixerInput::MixerInput(const DeviceClock& clock, double rate, std::size_t longest)
@@ -43,19 +49,33 @@ bigtime_t MixerInput::Write(std::span<const float> frames, bigtime_t start) noex
     expected += duration;
 
     const std::span<const float> output = Convert(frames);
-    const Stretch written{nextFrame, static_cast<uint32>(output.size())};
-    nextFrame += written.count;
+    const Stretch next{nextFrame, static_cast<uint32>(output.size())};
+    nextFrame += next.count;
     if (samples.Writable() >= output.size() && stretches.Writable() > 0 && !output.empty()) {
         samples.Write(output.data(), output.size());
-        stretches.Write(&written, 1);
+        stretches.Write(&next, 1);
         // Only now: nothing is missing while the first frames are still on their way.
         playing = true;
     }
-    const bigtime_t behind =
-        std::max<bigtime_t>(clock.TimeOf(fetched) - clock.TimeOf(written.frame), 0);
-    const bigtime_t before = behind > 0 ? told : 0;
-    told = std::max(behind, before);
-    return told - before;
+    written = nextFrame;
+    return LatencyChange(clock.TimeOf(next.frame) - clock.TimeOf(fetched), duration);
+}
+
+/// As Write answers, to sound that was there so many microseconds before the device looked for it.
+bigtime_t MixerInput::LatencyChange(bigtime_t slack, double duration) noexcept {
+    if (slack < 0) {
+        inTime = 0;
+        const bigtime_t before = told;
+        told = std::max(told, std::min(-slack, clock.TimeOf(kMostLate)));
+        return told - before;
+    }
+    told = 0;
+    leastSlack = inTime > 0 ? std::min(leastSlack, slack) : slack;
+    inTime += duration;
+    if (inTime < kPatience)
+        return 0;
+    inTime = 0;
+    return std::min<bigtime_t>(kMargin - leastSlack, 0);
 }
 
 std::span<const float> MixerInput::Convert(std::span<const float> frames) noexcept {
@@ -69,46 +89,47 @@ std::span<const float> MixerInput::Convert(std::span<const float> frames) noexce
 void MixerInput::AddTo(std::span<float> mix, int64 frame) noexcept {
     const int64 end = frame + static_cast<int64>(mix.size());
     int64 at = frame;
-    DropBefore(at);
-    while (at < end && NextStretch() && stretch.frame < end) {
+    while (at < end && NextStretch(at) && stretch.frame < end) {
         at = stretch.frame;
         const auto wanted = static_cast<std::size_t>(
             std::min<int64>({end - at, stretch.count, static_cast<int64>(piece.size())}));
         const std::size_t n = samples.Read(piece.data(), wanted);
         for (std::size_t i = 0; i < n; i++)
             mix[static_cast<std::size_t>(at - frame) + i] += piece[i];
-        stretch.frame += static_cast<int64>(n);
-        stretch.count -= static_cast<uint32>(n);
+        Pass(n);
         at += static_cast<int64>(n);
-        // A stream that goes back in time may bring what has just been played.
-        DropBefore(at);
     }
     fetched = end;
     // With a stretch to come later the silence is meant: the stream begins there or left a part
     // out.
-    if (at < end && playing && !NextStretch())
+    if (at < end && playing && !NextStretch(at))
         missing++;
 }
 
-/// Whether there is a stretch to be played from.
-bool MixerInput::NextStretch() noexcept {
-    if (stretch.count == 0)
-        lateCounted = false;
-    return stretch.count > 0 || stretches.Read(&stretch, 1) == 1;
-}
-
-/// Passes over what should have been played already.
-void MixerInput::DropBefore(int64 frame) noexcept {
-    while (NextStretch() && stretch.frame < frame) {
-        const auto past =
-            static_cast<std::size_t>(std::min<int64>(frame - stretch.frame, stretch.count));
-        samples.Skip(past);
-        stretch.frame += static_cast<int64>(past);
-        stretch.count -= static_cast<uint32>(past);
+/// Whether there is a stretch to be played from, which then begins at `frame` or later: whatever
+/// comes in the meantime, and a stream that goes back in time may bring what has just been played,
+/// what should have been played before is passed over.
+bool MixerInput::NextStretch(int64 frame) noexcept {
+    while (true) {
+        if (stretch.count == 0) {
+            lateCounted = false;
+            if (stretches.Read(&stretch, 1) == 0)
+                return false;
+        }
+        if (stretch.frame >= frame && stretch.count > 0)
+            return true;
+        Pass(samples.Skip(
+            static_cast<std::size_t>(std::min<int64>(frame - stretch.frame, stretch.count))));
         if (!lateCounted)
             late++;
         lateCounted = true;
     }
+}
+
+/// Frames of the stretch are out of the ring.
+void MixerInput::Pass(std::size_t frames) noexcept {
+    stretch.frame += static_cast<int64>(frames);
+    stretch.count -= static_cast<uint32>(frames);
 }
 
 } // namespace kits

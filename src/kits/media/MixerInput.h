@@ -28,11 +28,20 @@ class MixerInput {
     /// `rate` is the producer's; `longest` the most frames in one of its buffers.
     MixerInput(const DeviceClock& clock, double rate, std::size_t longest);
 
+    /// Microseconds by which a buffer is to be there before the device's thread looks for it: what
+    /// a producer's thread of real-time priority may be late without harm.
+    static constexpr bigtime_t kMargin = 1000;
+
     /// The producer's thread: frames to be heard from a performance time on. Values that are not
-    /// finite become 0. Answers by how many microseconds more than any since the last in time they
-    /// came after the device had fetched what it played at that time: those that are late in a row
-    /// were due before the producer could do anything about the first.
+    /// finite become 0. Answers by how many microseconds the producer's latency should change. More
+    /// than 0 is by how much more than any since the last in time they came after the device had
+    /// fetched what it played at that time: those that are late in a row were due before the
+    /// producer could do anything about the first. Less than 0 is what all of the last two
+    /// seconds came earlier than they had to.
     bigtime_t Write(std::span<const float> frames, bigtime_t start) noexcept;
+
+    /// Whether there is nothing to wait for, to play the frames before `frame`. Any thread.
+    bool Reaches(int64 frame) const noexcept { return !playing || written >= frame; }
 
     /// The device's thread: adds what belongs to the frames from `frame` on.
     void AddTo(std::span<float> mix, int64 frame) noexcept;
@@ -53,8 +62,9 @@ class MixerInput {
     };
 
     std::span<const float> Convert(std::span<const float> frames) noexcept;
-    bool NextStretch() noexcept;
-    void DropBefore(int64 frame) noexcept;
+    bigtime_t LatencyChange(bigtime_t slack, double duration) noexcept;
+    bool NextStretch(int64 frame) noexcept;
+    void Pass(std::size_t frames) noexcept;
 
     const DeviceClock& clock;
     double rate;
@@ -71,6 +81,9 @@ class MixerInput {
     int64 nextFrame = 0;
     /// Microseconds of lateness that the producer knows of since it was last in time.
     bigtime_t told = 0;
+    /// Microseconds of sound in a row that were in time, and the least that any of it was early.
+    double inTime = 0;
+    bigtime_t leastSlack = 0;
 
     Ring<float> samples;
     Ring<Stretch> stretches;
@@ -82,6 +95,8 @@ class MixerInput {
 
     /// The frame up to which the device has fetched.
     std::atomic<int64> fetched{0};
+    /// That up to which the producer has written.
+    std::atomic<int64> written{0};
     std::atomic<bool> playing{false};
     std::atomic<int64> late{0};
     std::atomic<int64> missing{0};

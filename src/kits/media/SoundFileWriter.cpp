@@ -65,6 +65,8 @@ struct SoundFileWriter::State {
     SoundFileFormat format;
     std::string name;
     std::size_t channels;
+    /// What the file can hold of them and what it holds, in bytes of floats.
+    std::uint64_t room = UINT64_MAX;
     std::uint64_t written = 0;
     std::unique_ptr<SNDFILE, CloseSoundFile> file;
     /// What does not fill a call to the library yet.
@@ -82,7 +84,7 @@ SoundFileWriter::~SoundFileWriter() = default;
 
 Result<SoundFileWriter> SoundFileWriter::Create(int descriptor, SoundFileFormat format,
                                                 const std::filesystem::path& name, int frameRate,
-                                                int channels) {
+                                                std::uint64_t frames, int channels) {
     const auto row = std::find_if(kFormats.begin(), kFormats.end(),
                                   [format](const Format& each) { return each.format == format; });
     auto state = std::make_unique<State>();
@@ -95,6 +97,13 @@ Result<SoundFileWriter> SoundFileWriter::Create(int descriptor, SoundFileFormat 
     info.samplerate = frameRate;
     info.channels = channels;
     info.format = row->libraryFormat;
+    if (format == SoundFileFormat::wav) {
+        const bool isLong = frames > kMostWavBytes / sizeof(float) / state->channels;
+        if (isLong)
+            info.format = SF_FORMAT_RF64 | SF_FORMAT_FLOAT;
+        else
+            state->room = kMostWavBytes;
+    }
     if (!sf_format_check(&info))
         return state->Failure("the format has no " + std::to_string(channels) + " channels at " +
                               std::to_string(frameRate) + " Hz");
@@ -113,8 +122,8 @@ Result<SoundFileWriter> SoundFileWriter::Create(int descriptor, SoundFileFormat 
 Result<void> SoundFileWriter::Write(const float* frames, std::size_t count) {
     State& s = *state;
     s.written += count * s.channels * sizeof(float);
-    if (s.format == SoundFileFormat::wav && s.written > kMostWavBytes)
-        return s.Failure("a WAV file cannot be longer than 4 GiB; .flac can");
+    if (s.written > s.room)
+        return s.Failure("it is longer than was announced, and than 4 GiB");
     while (count > 0) {
         const std::size_t room = kFramesPerWrite - s.block.size() / s.channels;
         const std::size_t now = std::min(count, room);

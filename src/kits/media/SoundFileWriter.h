@@ -4,13 +4,16 @@
 #include "kits/support/Result.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 
 namespace kits {
 
 enum class SoundFileFormat {
-    /// 32-bit float, so nothing is clipped or rounded; 4 GiB at most.
+    /// 32-bit float, so nothing is clipped or rounded. What is announced to be longer than the 4
+    /// GiB
+    /// that a WAV file can count is written as RF64, its form for such lengths.
     wav,
     /// 24 bit; values beyond -1..1 are clipped.
     flac,
@@ -26,10 +29,11 @@ Result<SoundFileFormat> SoundFileFormatOf(const std::filesystem::path& path);
 class SoundFileWriter {
   public:
     /// Writes to an open descriptor of an empty file, which stays the caller's and is open for
-    /// reading too. `name` is the file's name in errors; `frameRate` in frames per second.
+    /// reading too. `name` is the file's name in errors; `frameRate` in frames per second; `frames`
+    /// is at least how many there will be.
     static Result<SoundFileWriter> Create(int descriptor, SoundFileFormat format,
                                           const std::filesystem::path& name, int frameRate,
-                                          int channels = 1);
+                                          std::uint64_t frames, int channels = 1);
 
     SoundFileWriter(SoundFileWriter&&) noexcept;
     SoundFileWriter& operator=(SoundFileWriter&&) = delete;

@@ -5,20 +5,23 @@
 
 #include <algorithm>
 #include <bit>
+#include <chrono>
 #include <cmath>
+#include <thread>
+#include <utility>
 
 namespace kits {
 
 namespace {
 
-/// Microseconds by which a buffer is to be there before the device's thread looks for it: what a
-/// producer's thread of real-time priority may be late without harm.
-constexpr bigtime_t kMargin = 1000;
-
 /// Frames of a producer's buffer, where the producer leaves it to us. Shorter ones would come a
 /// millisecond or so sooner, and to wake the producer for each costs more than to render it.
 constexpr uint32 kShortestBuffer = 64;
 constexpr uint32 kLongestBuffer = 512;
+
+/// Where a device waits for its samples: for how many microseconds, and how long between two looks.
+constexpr bigtime_t kMostPatience = 1000000;
+constexpr std::chrono::microseconds kPause{50};
 
 Result<std::unique_ptr<AudioDevice>> OpenDevice(AudioSystem system) {
     if (system == AudioSystem::None)
@@ -58,7 +61,8 @@ SystemMixer::SystemMixer(AudioSystem system, std::unique_ptr<AudioDevice> opened
     : BMediaNode("System mixer"),
       system(system),
       device(std::move(opened)),
-      clock(device->SampleRate(), device->Smoothing()) {}
+      clock(device->SampleRate(), device->Smoothing()),
+      period(device->Period()) {}
 
 SystemMixer::~SystemMixer() {
     // First the thread that reads the inputs.
@@ -83,6 +87,8 @@ std::unique_ptr<AudioDevice> SystemMixer::TakeDevice() {
 
 void SystemMixer::Play(float* samples, uint32 frames, bigtime_t now) noexcept {
     const Reader::Section section(reader);
+    // First: a producer that is late because of it finds the reason.
+    period = frames;
     clock.Period(frame, now);
     const std::span<float> mix(samples, frames);
     std::fill(mix.begin(), mix.end(), 0.0F);
@@ -94,6 +100,22 @@ void SystemMixer::Play(float* samples, uint32 frames, bigtime_t now) noexcept {
     for (float& sample : mix)
         sample = std::isfinite(sample) ? std::clamp(sample, -1.0F, 1.0F) : 0.0F;
     frame += frames;
+}
+
+void SystemMixer::Await(uint32 frames) noexcept {
+    const Reader::Section section(reader);
+    const auto isThere = [end = frame + frames](const std::atomic<Input*>& slot) {
+        const Input* const input = slot.load();
+        return !input || input->mix.Reaches(end);
+    };
+    const bigtime_t start = system_time();
+    for (bigtime_t now = start; now < start + kMostPatience; now = system_time()) {
+        // Performance time stands still meanwhile, and its source is seen to live.
+        clock.Period(frame, now);
+        if (std::all_of(inputs.begin(), inputs.end(), isThere))
+            return;
+        std::this_thread::sleep_for(kPause);
+    }
 }
 
 status_t SystemMixer::AcceptFormat(const media_destination& destination, media_format* format) {
@@ -148,7 +170,9 @@ status_t SystemMixer::Connected(BBufferProducer* producer, const media_source& s
         return B_MEDIA_BAD_DESTINATION;
     if (slot->load())
         return B_MEDIA_ALREADY_CONNECTED;
-    *slot = new Input(clock, format, producer, source);
+    auto input = std::make_unique<Input>(clock, format, producer, source);
+    input->latency = LatencyOf(*input);
+    *slot = input.release();
     return B_OK;
 }
 
@@ -169,12 +193,31 @@ void SystemMixer::BufferReceived(BBuffer* buffer, const media_destination& desti
     if (Input* input = slot ? slot->load() : nullptr) {
         const auto* frames = static_cast<const float*>(buffer->Data());
         const bigtime_t start = buffer->Header()->start_time;
-        const bigtime_t behind =
+        const bigtime_t change =
             input->mix.Write({frames, buffer->Header()->size_used / sizeof(float)}, start);
-        if (behind > 0)
-            input->producer->LateNoticeReceived(input->source, behind, start);
+        // Looked at after the frames that the device has fetched: what is late because the period
+        // has grown is no more so when the producer knows.
+        const bigtime_t grown = std::max<bigtime_t>(FollowPeriod(*input, destination), 0);
+        if (change > grown)
+            input->producer->LateNoticeReceived(input->source, change - grown, start);
+        else if (change < 0)
+            input->producer->EarlyNoticeReceived(input->source, -change);
     }
     buffer->Recycle();
+}
+
+/// Tells the producer of a period that has changed; by how many microseconds its latency grows.
+bigtime_t SystemMixer::FollowPeriod(Input& input, const media_destination& destination) noexcept {
+    const bigtime_t before = std::exchange(input.latency, LatencyOf(input));
+    if (input.latency != before)
+        input.producer->LatencyChanged(input.source, destination, input.latency, 0);
+    return input.latency - before;
+}
+
+bigtime_t SystemMixer::LatencyOf(const Input& input) const noexcept {
+    const double microseconds = period * 1e6 / clock.Rate();
+    return static_cast<bigtime_t>(std::ceil(microseconds)) + input.mix.Lookahead() +
+           MixerInput::kMargin;
 }
 
 void SystemMixer::ProducerStopped(const media_destination& destination) {
@@ -189,8 +232,7 @@ status_t SystemMixer::GetLatencyFor(const media_destination& destination, bigtim
     const Input* input = slot ? slot->load() : nullptr;
     if (!input)
         return B_MEDIA_BAD_DESTINATION;
-    const double period = device->Period() * 1e6 / clock.Rate();
-    *latency = static_cast<bigtime_t>(std::ceil(period)) + input->mix.Lookahead() + kMargin;
+    *latency = input->latency;
     *timeSource = ID();
     return B_OK;
 }

@@ -70,14 +70,21 @@ class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSou
         MixerInput mix;
         BBufferProducer* producer;
         media_source source;
+        /// Microseconds, as the producer knows it. The producer's thread.
+        bigtime_t latency = 0;
     };
 
     void Play(float* samples, uint32 frames, bigtime_t now) noexcept override;
+    void Await(uint32 frames) noexcept override;
+    bigtime_t FollowPeriod(Input& input, const media_destination& destination) noexcept;
+    bigtime_t LatencyOf(const Input& input) const noexcept;
     std::atomic<Input*>* Slot(const media_destination& destination);
 
     AudioSystem system;
     std::unique_ptr<AudioDevice> device;
     DeviceClock clock;
+    /// Frames that the device last asked for.
+    std::atomic<uint32> period;
     std::array<std::atomic<Input*>, kMostInputs> inputs{};
     /// The device's thread: frames played so far.
     int64 frame = 0;

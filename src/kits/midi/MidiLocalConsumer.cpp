@@ -19,7 +19,9 @@ class MidiConnection {
     MidiConnection(const MidiConnection&) = delete;
     MidiConnection& operator=(const MidiConnection&) = delete;
 
+    void EndNotes() noexcept { thread.EndNotes(); }
     status_t Connect(int32 source, bool connected) { return systems->Connect(source, connected); }
+    int64 LostPieces() const { return thread.LostPieces(); }
 
   private:
     std::shared_ptr<MidiSystems> systems;
@@ -54,9 +56,18 @@ status_t BMidiLocalConsumer::Register() {
     return B_OK;
 }
 
+void BMidiLocalConsumer::EndNotes() {
+    if (connection)
+        connection->EndNotes();
+}
+
 status_t BMidiLocalConsumer::Unregister() {
     connection.reset();
     return B_OK;
+}
+
+int64 BMidiLocalConsumer::LostMidi() const {
+    return connection ? connection->LostPieces() : 0;
 }
 
 status_t BMidiLocalConsumer::ConnectSource(int32 source, bool connected) {

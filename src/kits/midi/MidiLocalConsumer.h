@@ -44,8 +44,15 @@ class BMidiLocalConsumer : public BMidiEndpoint {
     /// Starts the MIDI thread and makes ports of the endpoint's name, to which other programs can
     /// connect their sources, in every MIDI system that is there or comes later. Window thread.
     status_t Register();
+    /// While it is registered: NoteOff is called, in the MIDI thread, for all notes that came in
+    /// and are on. Window thread.
+    void EndNotes();
     /// Takes the ports away and ends the MIDI thread: no hook runs any more when it returns.
     status_t Unregister();
+
+    /// Pieces of what came in, in JACK events, that were lost while registered: there was no room,
+    /// or the server handed out something else. Window thread.
+    int64 LostMidi() const;
 
     virtual void NoteOff(uchar channel, uchar note, uchar velocity, bigtime_t time);
     virtual void NoteOn(uchar channel, uchar note, uchar velocity, bigtime_t time);

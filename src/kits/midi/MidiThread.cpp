@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 
 namespace kits {
@@ -16,6 +17,10 @@ namespace {
 /// short work, and the next buffer is to have it.
 constexpr int kPriority = 5;
 
+/// Of who waits for a delivery, and how long between two looks.
+constexpr std::chrono::seconds kMostPatience{1};
+constexpr std::chrono::microseconds kPause{50};
+
 } // namespace
 
 MidiThread::Inlet::Inlet(MidiThread& thread, BMidiLocalConsumer& consumer)
@@ -25,16 +30,25 @@ void MidiThread::Inlet::Put(std::span<const uint8> bytes, bigtime_t time) noexce
     const Header header{time, static_cast<uint32>(bytes.size()), gap};
     std::array<uint8, sizeof header> head;
     std::memcpy(head.data(), &header, sizeof header);
-    // Header and bytes go in together or not at all.
-    if (ring.Writable() < head.size() + bytes.size()) {
-        gap = true;
-        lost = true;
-    } else {
+    if (ring.Write({head, bytes})) {
         gap = false;
-        ring.Write(head.data(), head.size());
-        ring.Write(bytes.data(), bytes.size());
+        put++;
+        ::sem_post(&thread.arrived);
+    } else {
+        Lose();
     }
-    ::sem_post(&thread.arrived);
+}
+
+void MidiThread::Inlet::Lose() noexcept {
+    gap = true;
+    lostPieces++;
+    EndNotes();
+}
+
+void MidiThread::Inlet::AwaitDelivery() const noexcept {
+    const auto end = std::chrono::steady_clock::now() + kMostPatience;
+    while (done < put && std::chrono::steady_clock::now() < end)
+        std::this_thread::sleep_for(kPause);
 }
 
 void MidiThread::Inlet::EndNotes() noexcept {
@@ -48,12 +62,8 @@ void MidiThread::Inlet::Drain() {
     Header header{};
     std::array<uint8, sizeof header> head;
     std::array<uint8, 4096> bytes;
-    while (ring.Readable() >= head.size()) {
-        ring.Read(head.data(), head.size());
+    while (ring.Read(head.data(), head.size()) > 0) {
         std::memcpy(&header, head.data(), sizeof header);
-        // The header may be there a moment before its bytes.
-        while (ring.Readable() < header.size)
-            std::this_thread::yield();
         if (header.gap)
             decoder.Reset();
         for (std::size_t left = header.size; left > 0;) {
@@ -62,6 +72,7 @@ void MidiThread::Inlet::Drain() {
             decoder.Decode({bytes.data(), count}, header.time);
             left -= count;
         }
+        done++;
     }
     if (endNotes)
         decoder.EndNotes(header.time);
@@ -83,8 +94,20 @@ MidiThread::Inlet& MidiThread::NewInlet() {
     return inlets.emplace_back(*this, consumer);
 }
 
+int64 MidiThread::LostPieces() const {
+    int64 sum = 0;
+    for (const Inlet& inlet : inlets)
+        sum += inlet.lostPieces;
+    return sum;
+}
+
 void MidiThread::Start() {
     thread = std::thread([this] { Run(); });
+}
+
+void MidiThread::EndNotes() noexcept {
+    for (Inlet& inlet : inlets)
+        inlet.EndNotes();
 }
 
 void MidiThread::Run() {

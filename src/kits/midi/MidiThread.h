@@ -27,6 +27,13 @@ class MidiThread {
         /// inlet's notes, which might hang, are ended. One writing thread per inlet.
         void Put(std::span<const uint8> bytes, bigtime_t time) noexcept;
 
+        /// A piece of the stream could not be read: it is lost as in Put. The writing thread.
+        void Lose() noexcept;
+
+        /// Waits until the MIDI thread has done what was put in, for a second at most. The writing
+        /// thread, where that may wait.
+        void AwaitDelivery() const noexcept;
+
         /// Ends the notes that came in here, as when the source has vanished; those of other inlets
         /// stay. Any thread.
         void EndNotes() noexcept;
@@ -46,7 +53,12 @@ class MidiThread {
         Ring<uint8> ring{1U << 20};
         /// The writing thread's: the latest pieces are lost.
         bool gap = false;
+        /// Pieces put in, the writing thread's, and done, the MIDI thread's.
+        int64 put = 0;
+        std::atomic<int64> done{0};
+        /// The notes are to be ended.
         std::atomic<bool> lost{false};
+        std::atomic<int64> lostPieces{0};
     };
 
     explicit MidiThread(BMidiLocalConsumer& consumer);
@@ -58,6 +70,11 @@ class MidiThread {
     /// Lives as long as the thread. Before Start.
     Inlet& NewInlet();
     void Start();
+
+    /// Inlet::EndNotes for all of them. Any thread.
+    void EndNotes() noexcept;
+    /// Pieces that all inlets have lost. Any thread.
+    int64 LostPieces() const;
 
   private:
     void Run();

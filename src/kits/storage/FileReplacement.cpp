@@ -1,12 +1,16 @@
 #include "kits/storage/FileReplacement.h"
 
+#include "kits/storage/FileKind.h"
+
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace kits {
@@ -38,6 +42,50 @@ fs::path Resolved(const fs::path& path) {
     return error ? path : resolved;
 }
 
+/// Whether the system withholds the attribute, or has no room for such things, rather than failing.
+bool IsWithheld(int fault) {
+    return fault == ENOTSUP || fault == EPERM || fault == EACCES || fault == ENODATA;
+}
+
+/// Gives a new file the extended attributes of an old one, access lists among them; 0 or the error
+/// number. Attributes that only the system or root may set or read are left out where that is not
+/// us.
+int TakeOverAttributes(const char* old, int descriptor) {
+    // The kernel's limits for the list and for a value.
+    std::string names(64 * 1024, '\0');
+    std::string value(64 * 1024, '\0');
+    const ssize_t length = ::listxattr(old, names.data(), names.size());
+    if (length < 0)
+        return IsWithheld(errno) ? 0 : errno;
+    names.resize(static_cast<std::size_t>(length));
+    for (std::size_t at = 0; at < names.size(); at += std::strlen(&names[at]) + 1) {
+        const ssize_t size = ::getxattr(old, &names[at], value.data(), value.size());
+        const bool failed = size < 0 || ::fsetxattr(descriptor, &names[at], value.data(),
+                                                    static_cast<std::size_t>(size), 0) != 0;
+        if (failed && !IsWithheld(errno))
+            return errno;
+    }
+    return 0;
+}
+
+/// Gives a new file the owner, the rights and the attributes of an old one; 0 or the error number.
+int TakeOver(const char* old, const struct stat& status, int descriptor) {
+    // Only root may give a file away; then it is ours, in the old file's group if we are in it. A
+    // file of another owner must not run in our name.
+    mode_t rights = status.st_mode & 07777;
+    const auto giveTo = [&](uid_t owner) {
+        return ::fchown(descriptor, owner, status.st_gid) == 0;
+    };
+    if (!giveTo(status.st_uid)) {
+        giveTo(static_cast<uid_t>(-1));
+        rights &= 0777;
+    }
+    // Access lists, which are attributes, refine the rights.
+    if (::fchmod(descriptor, rights) != 0)
+        return errno;
+    return TakeOverAttributes(old, descriptor);
+}
+
 } // namespace
 
 Result<FileReplacement> FileReplacement::Create(const fs::path& path) {
@@ -46,7 +94,7 @@ Result<FileReplacement> FileReplacement::Create(const fs::path& path) {
     struct stat existing {};
     const bool exists = ::stat(file.target.c_str(), &existing) == 0;
     if (exists && !S_ISREG(existing.st_mode))
-        return file.Failure(S_ISDIR(existing.st_mode) ? EISDIR : EEXIST);
+        return file.Failure(WhatItIs(existing.st_mode));
     // A rename would replace a file that its owner has protected against writing.
     if (exists && ::access(file.target.c_str(), W_OK) != 0)
         return file.Failure(errno);
@@ -56,8 +104,12 @@ Result<FileReplacement> FileReplacement::Create(const fs::path& path) {
     if (file.descriptor < 0)
         return file.Failure(errno);
     file.temporary = pattern;
-    if (::fchmod(file.descriptor, exists ? existing.st_mode & 07777 : NewFileMode()) != 0)
+    if (!exists && ::fchmod(file.descriptor, NewFileMode()) != 0)
         return file.Failure(errno);
+    if (exists) {
+        if (const int fault = TakeOver(file.target.c_str(), existing, file.descriptor); fault != 0)
+            return file.Failure(fault);
+    }
     return Result<FileReplacement>(std::move(file));
 }
 
@@ -97,7 +149,11 @@ Result<void> FileReplacement::Commit() {
 }
 
 Error FileReplacement::Failure(int number) const {
-    return {"could not write " + target.string() + ": " + std::strerror(number)};
+    return Failure(std::strerror(number));
+}
+
+Error FileReplacement::Failure(const char* reason) const {
+    return {"could not write " + target.string() + ": " + reason};
 }
 
 Result<void> ReplaceFile(const fs::path& path, std::string_view bytes) {

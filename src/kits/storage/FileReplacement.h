@@ -11,8 +11,9 @@ namespace kits {
 
 /// A new content for a file. It is written beside the file under a name of its own and takes the
 /// file's place in one step; destroyed before that, it leaves nothing behind and the file as it
-/// was. A link is followed, so the file that it names is replaced; permissions of an existing file
-/// stay.
+/// was. A symbolic link is followed, so the file that it names is replaced. An existing file's
+/// extended attributes and rights stay, and its owner and group as far as the system lets us give a
+/// file away. Of a file with several names (hard links) only this one gets the new content.
 class FileReplacement {
   public:
     /// Creates the file beside `path`. The error names the path and the system's reason.
@@ -35,6 +36,7 @@ class FileReplacement {
   private:
     FileReplacement() = default;
     Error Failure(int number) const;
+    Error Failure(const char* reason) const;
 
     std::filesystem::path target;
     std::filesystem::path temporary;

@@ -1,6 +1,6 @@
 #include "kits/storage/ReadFile.h"
 
-#include "kits/support/Descriptor.h"
+#include "kits/storage/FileKind.h"
 
 #include <array>
 #include <cerrno>
@@ -12,28 +12,52 @@
 
 namespace kits {
 
-Result<std::string> ReadFile(const std::filesystem::path& path) {
-    const auto failure = [&path](int number) {
-        return Error{"could not read " + path.string() + ": " + std::strerror(number)};
-    };
-    // O_NONBLOCK: to open a pipe must not wait for its writer.
-    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+namespace {
+
+Error NotRead(const std::filesystem::path& path, const std::string& reason) {
+    return {"could not read " + path.string() + ": " + reason};
+}
+
+} // namespace
+
+Result<Descriptor> OpenRegularFile(const std::filesystem::path& path) {
     struct stat status {};
-    if (!file || ::fstat(file.Number(), &status) != 0)
-        return failure(errno);
+    if (::stat(path.c_str(), &status) != 0)
+        return NotRead(path, std::strerror(errno));
     if (!S_ISREG(status.st_mode))
-        return failure(S_ISDIR(status.st_mode) ? EISDIR : EINVAL);
+        return NotRead(path, WhatItIs(status.st_mode));
+    // O_NONBLOCK and the second look: it may have become a pipe in between.
+    Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (!file || ::fstat(file.Number(), &status) != 0)
+        return NotRead(path, std::strerror(errno));
+    if (!S_ISREG(status.st_mode))
+        return NotRead(path, WhatItIs(status.st_mode));
+    return file;
+}
+
+Result<std::string> ReadFile(const std::filesystem::path& path, std::size_t most) {
+    const auto tooLong = [&] {
+        return NotRead(path, "it is larger than " + std::to_string(most >> 20) + " MB");
+    };
+    const Result<Descriptor> file = OpenRegularFile(path);
+    if (!file)
+        return file.Fault();
+    struct stat status {};
+    if (::fstat(file->Number(), &status) == 0 && static_cast<std::size_t>(status.st_size) > most)
+        return tooLong();
 
     std::string content;
     std::array<char, 65536> buffer;
     while (true) {
-        const ssize_t count = ::read(file.Number(), buffer.data(), buffer.size());
+        const ssize_t count = ::read(file->Number(), buffer.data(), buffer.size());
         if (count > 0)
             content.append(buffer.data(), static_cast<std::size_t>(count));
         else if (count == 0)
             return content;
         else if (errno != EINTR)
-            return failure(errno);
+            return NotRead(path, std::strerror(errno));
+        if (content.size() > most)
+            return tooLong();
     }
 }
 

@@ -1,15 +1,26 @@
 // The whole of a file at once.
 #pragma once
 
+#include "kits/support/Descriptor.h"
 #include "kits/support/Result.h"
 
+#include <cstddef>
 #include <filesystem>
 #include <string>
 
 namespace kits {
 
-/// The bytes of the regular file at `path`, links followed. The error names the path and the
-/// system's reason.
-Result<std::string> ReadFile(const std::filesystem::path& path);
+/// The longest file, in bytes, that is read as a whole unless a caller says otherwise.
+constexpr std::size_t kMostFileBytes = std::size_t{64} << 20;
+
+/// Opens the regular file at `path`, links followed, for reading. A pipe, a device, a socket and a
+/// folder are refused without touching them, so this neither waits for anybody nor sets anything
+/// off. The error names the path and the reason. Any thread.
+Result<Descriptor> OpenRegularFile(const std::filesystem::path& path);
+
+/// The bytes of the regular file at `path`, opened as by OpenRegularFile. A file of more than
+/// `most` bytes is refused by the length that the system tells, or where it grows beyond that. Any
+/// thread.
+Result<std::string> ReadFile(const std::filesystem::path& path, std::size_t most = kMostFileBytes);
 
 } // namespace kits

@@ -1,15 +1,20 @@
 #include "kits/support/NumberText.h"
 
 #include <charconv>
+#include <cmath>
 #include <cstdlib>
 
 #include <locale.h>
 
 namespace kits {
 
-double NumberOf(const std::string& text) {
+double NumberOf(const std::string& text, std::size_t* length) {
     static const locale_t cLocale = ::newlocale(LC_ALL_MASK, "C", nullptr);
-    return ::strtod_l(text.c_str(), nullptr, cLocale);
+    char* end = nullptr;
+    const double number = ::strtod_l(text.c_str(), &end, cLocale);
+    if (length)
+        *length = static_cast<std::size_t>(end - text.c_str());
+    return number;
 }
 
 std::string FixedText(double number) {

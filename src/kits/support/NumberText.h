@@ -1,13 +1,16 @@
 // Numbers as texts in files and fields: the same in every locale.
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 namespace kits {
 
 /// What strtod reads in the C locale: leading blanks and whatever follows the number are ignored,
-/// "inf", "nan" and hexadecimal numbers are numbers, and a text that is none gives 0.
-double NumberOf(const std::string& text);
+/// "inf", "nan" and hexadecimal numbers are numbers, and a text that is none gives 0. `length`,
+/// where there is one, becomes the number of bytes up to the number's end; 0 for a text that is
+/// none.
+double NumberOf(const std::string& text, std::size_t* length = nullptr);
 
 /// As printf's "%f" in the C locale: six decimals.
 std::string FixedText(double number);

@@ -6,8 +6,11 @@
 
 namespace kits {
 
-/// The text in double quotes, fit for one line of a terminal: shortened to 60 bytes, and "?" for
-/// each control character.
+/// The text fit for one line of a terminal: shortened to 60 bytes and "...", and "?" for each
+/// control character and each byte that is not of a character in UTF-8.
+std::string Shown(std::string_view text);
+
+/// The same in double quotes.
 std::string Quoted(std::string_view text);
 
 } // namespace kits

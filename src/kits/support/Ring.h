@@ -6,6 +6,8 @@
 #include <bit>
 #include <cstddef>
 #include <cstring>
+#include <initializer_list>
+#include <span>
 #include <type_traits>
 #include <vector>
 
@@ -28,14 +30,25 @@ class Ring {
     std::size_t Writable() const noexcept { return items.size() - Readable(); }
 
     /// Writing thread: all of them, or none and false.
-    bool Write(const T* from, std::size_t count) noexcept {
-        if (Writable() < count)
-            return false;
-        const std::size_t at = written.load(std::memory_order_relaxed);
-        Copy(count, at, [&](std::size_t index, std::size_t done, std::size_t n) {
-            std::memcpy(&items[index], from + done, n * sizeof(T));
-        });
-        written.store(at + count);
+    bool Write(const T* from, std::size_t count) noexcept { return Write({{from, count}}); }
+
+    /// Writing thread: all parts, one behind the other, or none and false. The reader sees all of
+    /// them or none.
+    bool Write(std::initializer_list<std::span<const T>> parts) noexcept {
+        std::size_t end = written.load(std::memory_order_relaxed);
+        std::size_t room = Writable();
+        for (const std::span<const T>& part : parts) {
+            if (room < part.size())
+                return false;
+            room -= part.size();
+        }
+        for (const std::span<const T>& part : parts) {
+            Copy(part.size(), end, [&](std::size_t index, std::size_t done, std::size_t n) {
+                std::memcpy(&items[index], part.data() + done, n * sizeof(T));
+            });
+            end += part.size();
+        }
+        written.store(end);
         return true;
     }
 

@@ -129,6 +129,11 @@ status_t BTranslatorRoster::GetAllTranslators(translator_id** list, int32* count
     return B_OK;
 }
 
+std::string BTranslatorRoster::FileEnding(translator_id id) const {
+    const Translator* translator = Find(id);
+    return translator ? std::string(".") + translator->writer : "";
+}
+
 status_t BTranslatorRoster::GetOutputFormats(translator_id id, const translation_format** formats,
                                              int32* count) const {
     const Translator* translator = Find(id);

@@ -4,6 +4,7 @@
 #include "kits/support/Geometry.h"
 #include "kits/translation/TranslationDefs.h"
 
+#include <string>
 #include <vector>
 
 class BBitmapStream;
@@ -23,6 +24,9 @@ class BTranslatorRoster {
     /// The formats stay the roster's: first the neutral one, then that of the files.
     status_t GetOutputFormats(translator_id translator, const translation_format** formats,
                               int32* count) const;
+
+    /// What names of the translator's files end with, such as ".png"; empty if there is none.
+    std::string FileEnding(translator_id translator) const;
 
     /// A view that shows the translator's settings and changes them. The view is the caller's;
     /// `extent` becomes its bounds. `extension` is for compatibility. B_NO_CONFIGURATION for a

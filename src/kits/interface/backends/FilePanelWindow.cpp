@@ -300,6 +300,10 @@ void FilePanelWindow::SetName(const QString& text) {
     name->SelectStem();
 }
 
+std::string FilePanelWindow::NameText() const {
+    return name ? PathOf(name->Line().text()).string() : std::string();
+}
+
 std::vector<entry_ref> FilePanelWindow::SelectedRefs() const {
     std::vector<entry_ref> refs;
     for (const FolderModel::Entry* entry : list->Selected()) {
@@ -463,7 +467,7 @@ void FilePanelWindow::Confirm() {
 }
 
 void FilePanelWindow::ConfirmName() {
-    const std::string chosen = QFile::encodeName(name->Line().text()).toStdString();
+    const std::string chosen = NameText();
     if (const Result<void> checked = CheckFileName(chosen); !checked)
         return Complain(checked.Fault().text);
     std::error_code ignored;
@@ -473,11 +477,14 @@ void FilePanelWindow::ConfirmName() {
             name->SetText("");
         return;
     }
-    if (fs::exists(fs::symlink_status(file, ignored))) {
+    const bool asks = panel->askOnlyIn.empty() || fs::equivalent(panel->askOnlyIn, folder, ignored);
+    if (asks && fs::exists(fs::symlink_status(file, ignored))) {
         const std::string question =
             "\"" + chosen + "\" already exists. Do you want to replace it?";
-        auto* alert = new BAlert("", question.c_str(), "Cancel", "Replace", nullptr,
+        auto* alert = new BAlert("Replace", question.c_str(), "Cancel", "Replace", nullptr,
                                  B_WIDTH_AS_USUAL, B_WARNING_ALERT);
+        // Enter, which has confirmed the name, must not also replace a file.
+        alert->SetDefaultButton(0);
         if (alert->Go() != 1)
             return;
     }

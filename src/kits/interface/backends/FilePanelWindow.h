@@ -38,6 +38,7 @@ class FilePanelWindow : public BWindow {
     void SetFolder(const std::filesystem::path& next);
     const std::filesystem::path& Folder() const { return folder; }
     void SetName(const QString& name);
+    std::string NameText() const;
     std::vector<entry_ref> SelectedRefs() const;
 
     void Present();

@@ -15,17 +15,16 @@ class WindowWidget : public QWidget {
 
     BWindow& Window() { return window; }
     QTimer& PulseTimer() { return pulse; }
+    void SendKey(uint32 what, const QKeyEvent& event);
 
   protected:
     void closeEvent(QCloseEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void moveEvent(QMoveEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
-    void keyReleaseEvent(QKeyEvent* event) override;
     void changeEvent(QEvent* event) override;
 
   private:
-    void SendKey(uint32 what, const QKeyEvent& event);
     void Pulse();
 
     BWindow& window;

@@ -19,6 +19,9 @@ class AudioSource {
     /// microseconds, at which the stretch begins as far as the device can tell. The device's
     /// real-time thread: no wait, lock or allocation.
     virtual void Play(float* samples, uint32 frames, bigtime_t now) noexcept = 0;
+    /// Waits until the next `frames` samples are there, for a second at most: for a device that has
+    /// stopped to play in real time and takes all as soon as it is there. The device's thread.
+    virtual void Await(uint32 frames) noexcept = 0;
 };
 
 /// One output. It is opened and started in any one thread, after which all calls are in the window

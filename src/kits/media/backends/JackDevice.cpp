@@ -27,8 +27,10 @@ class JackDevice : public AudioDevice, private JackProcessor {
         if (!port)
             return;
         client->Remove(*this);
-        if (!client->IsDead())
-            jack_port_unregister(client->Handle(), port);
+        if (client->IsDead())
+            return;
+        const auto request = client->Request();
+        jack_port_unregister(client->Handle(), port);
     }
 
     std::string Name() const override { return "JACK"; }
@@ -43,8 +45,11 @@ class JackDevice : public AudioDevice, private JackProcessor {
         // Once there, the port stays, and with it what others have connected to it.
         if (port)
             return {};
-        port = jack_port_register(client->Handle(), kPort, JACK_DEFAULT_AUDIO_TYPE,
-                                  JackPortIsOutput, 0);
+        {
+            const auto request = client->Request();
+            port = jack_port_register(client->Handle(), kPort, JACK_DEFAULT_AUDIO_TYPE,
+                                      JackPortIsOutput, 0);
+        }
         if (!port)
             return Error{std::string("JACK has no port for \"") + kPort + '"'};
         if (!client->Add(*this))
@@ -75,6 +80,7 @@ class JackDevice : public AudioDevice, private JackProcessor {
   private:
     /// Each of them once: what a person disconnects stays so.
     void ConnectToLoudspeakers() {
+        const auto request = client->Request();
         const char** ports = jack_get_ports(client->Handle(), nullptr, JACK_DEFAULT_AUDIO_TYPE,
                                             JackPortIsPhysical | JackPortIsInput);
         for (int i = 0; ports && ports[i] && i < kLoudspeakers; i++) {
@@ -91,6 +97,11 @@ class JackDevice : public AudioDevice, private JackProcessor {
         AudioSource* const asked = source;
         if (!asked) {
             std::fill_n(samples, frames, 0.0F);
+            return;
+        }
+        if (client->IsFreewheeling()) {
+            asked->Await(frames);
+            asked->Play(samples, frames, system_time());
             return;
         }
         jack_nframes_t frame = 0;

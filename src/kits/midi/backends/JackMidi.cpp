@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <cstdint>
 #include <mutex>
 
 #include <jack/jack.h>
@@ -15,7 +16,8 @@ namespace {
 class JackMidi final : public MidiBackend, private JackProcessor {
   public:
     JackMidi(std::shared_ptr<JackClient> opened, std::function<void()> changed)
-        : client(std::move(opened)) {
+        : client(std::move(opened)),
+          bufferSize(jack_port_type_get_buffer_size(client->Handle(), JACK_DEFAULT_MIDI_TYPE)) {
         client->Listen(this, [this, changed = std::move(changed)] {
             NoteLosses();
             changed();
@@ -58,8 +60,10 @@ class JackMidi final : public MidiBackend, private JackProcessor {
             jack_port_t* const closed = input->port.exchange(nullptr);
             // Waits for NoteLosses, which may have seen the port.
             { const std::lock_guard lock(lossMutex); }
-            if (closed && !client->IsDead())
+            if (closed && !client->IsDead()) {
+                const auto request = client->Request();
                 jack_port_unregister(client->Handle(), closed);
+            }
             input->connected = 0;
         }
     }
@@ -74,6 +78,7 @@ class JackMidi final : public MidiBackend, private JackProcessor {
             if (auto opened = OpenPort(chosen, chosenName, *chosenInlet); !opened)
                 return opened;
         }
+        const auto request = client->Request();
         const int status =
             jack_connect(client->Handle(), source.c_str(), jack_port_name(chosen.port));
         if (status != 0 && status != EEXIST)
@@ -82,8 +87,10 @@ class JackMidi final : public MidiBackend, private JackProcessor {
     }
 
     void Disconnect(const std::string& source) override {
-        if (chosen.port && !client->IsDead())
-            jack_disconnect(client->Handle(), source.c_str(), jack_port_name(chosen.port));
+        if (!chosen.port || client->IsDead())
+            return;
+        const auto request = client->Request();
+        jack_disconnect(client->Handle(), source.c_str(), jack_port_name(chosen.port));
     }
 
     bool HasGone() const override { return client->IsDead(); }
@@ -98,6 +105,7 @@ class JackMidi final : public MidiBackend, private JackProcessor {
     };
 
     Result<void> OpenPort(Input& input, const std::string& name, MidiThread::Inlet& inlet) {
+        const auto request = client->Request();
         jack_port_t* const opened = jack_port_register(client->Handle(), name.c_str(),
                                                        JACK_DEFAULT_MIDI_TYPE, JackPortIsInput, 0);
         if (!opened)
@@ -116,10 +124,22 @@ class JackMidi final : public MidiBackend, private JackProcessor {
             const uint32 count = jack_midi_get_event_count(buffer);
             for (uint32 i = 0; i < count; i++) {
                 jack_midi_event_t event;
-                if (jack_midi_event_get(&event, buffer, i) == 0)
+                if (jack_midi_event_get(&event, buffer, i) == 0 && LiesIn(buffer, event))
                     input->inlet->Put({event.buffer, event.size}, 0);
+                else
+                    input->inlet->Lose();
             }
+            if (count > 0 && client->IsFreewheeling())
+                input->inlet->AwaitDelivery();
         }
+    }
+
+    /// Whether the event's bytes are in the port's buffer: where that is full, jackd1's library
+    /// hands out events that never were.
+    bool LiesIn(const void* buffer, const jack_midi_event_t& event) const noexcept {
+        const auto begin = reinterpret_cast<std::uintptr_t>(buffer);
+        const auto at = reinterpret_cast<std::uintptr_t>(event.buffer);
+        return at >= begin && event.size <= bufferSize && at - begin <= bufferSize - event.size;
     }
 
     /// Notes of a source that is no longer connected, or of a server that has gone, would never be
@@ -138,6 +158,8 @@ class JackMidi final : public MidiBackend, private JackProcessor {
     }
 
     std::shared_ptr<JackClient> client;
+    /// Bytes of a MIDI port's buffer.
+    std::size_t bufferSize;
     /// Guards the ports against being closed while NoteLosses looks at them.
     std::mutex lossMutex;
     /// To which other programs connect sources.

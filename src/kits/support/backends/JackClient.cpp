@@ -2,6 +2,8 @@
 
 #include "kits/support/Room.h"
 
+#include <csignal>
+
 #include <jack/jack.h>
 
 namespace kits {
@@ -37,6 +39,15 @@ TheClient& One() {
 /// The library reports to standard error on its own; what matters is in our messages.
 void Quiet(const char*) {}
 
+/// jackd1's library writes to the sockets of a server that may have died, in threads of its own:
+/// such a write is to fail, as it does with jackd2's, and not to end the program. Programs that
+/// RunProgram starts have the signal as usual.
+void SurviveAServersEnd() {
+    struct sigaction now {};
+    if (::sigaction(SIGPIPE, nullptr, &now) == 0 && now.sa_handler == SIG_DFL)
+        std::signal(SIGPIPE, SIG_IGN);
+}
+
 } // namespace
 
 Result<std::shared_ptr<JackClient>> JackClient::Open() {
@@ -49,6 +60,7 @@ Result<std::shared_ptr<JackClient>> JackClient::Open() {
         return Error{"the JACK server has gone"};
     if (const auto room = CheckRoom(kDescriptors, kMemory); !room)
         return room.Fault();
+    SurviveAServersEnd();
     jack_set_error_function(Quiet);
     jack_set_info_function(Quiet);
     jack_status_t status{};
@@ -66,6 +78,9 @@ Result<std::shared_ptr<JackClient>> JackClient::Open() {
 JackClient::JackClient(_jack_client* client) : client(client) {
     jack_set_process_callback(client, Process, this);
     jack_on_shutdown(client, Shutdown, this);
+    jack_set_freewheel_callback(
+        client, [](int on, void* self) { static_cast<JackClient*>(self)->freewheeling = on != 0; },
+        this);
     jack_set_port_registration_callback(
         client, [](jack_port_id_t, int, void* self) { static_cast<JackClient*>(self)->Notify(); },
         this);

@@ -21,7 +21,7 @@ namespace kits {
 class JackProcessor {
   public:
     virtual ~JackProcessor() = default;
-    /// The server's real-time thread: no wait, lock or allocation.
+    /// The server's real-time thread: no wait, lock or allocation, unless it is freewheeling.
     virtual void Process(uint32 frames) noexcept = 0;
 };
 
@@ -31,7 +31,8 @@ class JackProcessor {
 class JackClient {
   public:
     /// The open client, or a new one named "Vexa" (the server numbers further instances). Never
-    /// starts a server. The error says why there is none. Waits for the server's answer.
+    /// starts a server. The error says why there is none. Waits for the server's answer. From the
+    /// first call on the program ignores SIGPIPE, unless it has a handler for it.
     static Result<std::shared_ptr<JackClient>> Open();
 
     ~JackClient();
@@ -39,8 +40,15 @@ class JackClient {
     JackClient& operator=(const JackClient&) = delete;
 
     _jack_client* Handle() const { return client; }
+    /// To be held while the server is asked to make, remove, connect or disconnect a port: the
+    /// libraries give each other's answers to two threads that ask at the same time. Not in a
+    /// listener.
+    [[nodiscard]] std::unique_lock<std::mutex> Request() { return std::unique_lock(requests); }
     /// The server has gone. Any thread.
     bool IsDead() const { return dead; }
+    /// The server's periods follow on one another as fast as all clients get them done, as for a
+    /// recording: a processor may wait, and is not in a real-time thread. Any thread.
+    bool IsFreewheeling() const { return freewheeling; }
 
     /// The processor is called from the next period on. At most kMostProcessors.
     bool Add(JackProcessor& processor);
@@ -63,7 +71,9 @@ class JackClient {
 
     static constexpr std::size_t kMostProcessors = 4;
     _jack_client* client;
+    std::mutex requests;
     std::atomic<bool> dead{false};
+    std::atomic<bool> freewheeling{false};
     std::array<std::atomic<JackProcessor*>, kMostProcessors> processors{};
     Reader reader;
     std::mutex listenersMutex;

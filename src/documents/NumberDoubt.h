@@ -1,0 +1,14 @@
+// Whether a person has meant what a text means as a number.
+#pragma once
+
+#include <string>
+
+namespace vexa {
+
+constexpr const char* kInvalidController = "Controller number must be between 0 and 127.";
+
+/// What is odd about a text that is to be a float, or the number of a controller, and what it
+/// counts as, in one line; empty for a text that is a number as a whole. Any thread.
+std::string NumberDoubt(const std::string& text, bool controller);
+
+} // namespace vexa

@@ -1,0 +1,23 @@
+// What stands at a path that is no file of bytes, in words.
+#pragma once
+
+#include <sys/stat.h>
+
+namespace kits {
+
+/// "it is a folder, not a file" and the like, for a mode of stat(2) that is not that of a
+/// regular file.
+inline const char* WhatItIs(mode_t mode) {
+    switch (mode & S_IFMT) {
+    case S_IFDIR:
+        return "it is a folder, not a file";
+    case S_IFIFO:
+        return "it is a pipe, not a file";
+    case S_IFSOCK:
+        return "it is a socket, not a file";
+    default:
+        return "it is a device, not a file";
+    }
+}
+
+} // namespace kits

@@ -1,0 +1,76 @@
+#include "documents/DocumentKind.h"
+
+#include "support/Limits.h"
+#include "support/SoundFiles.h"
+#include "support/TemporaryFolder.h"
+
+#include <array>
+#include <cstring>
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+
+namespace {
+
+using namespace vexa;
+using test::TemporaryFolder;
+
+TEST(DocumentKind, ContentDecidesAndTheTypeOnlyWhereThatTellsNothing) {
+    const std::string wav = test::ShortWav({1, 2, 3}, 8000, 1);
+    const std::string utf16("\xFF\xFE<\0a\0>\0", 8);
+    const auto [sound, function, sample] =
+        std::array{DocumentKind::Sound, DocumentKind::Function, DocumentKind::Sample};
+    const struct {
+        const char* name;
+        std::string content;
+        const char* type;
+        DocumentKind kind;
+    } cases[] = {
+        {"a", "\xEF\xBB\xBF <vexasound></vexasound>", "", sound},
+        {"b", "<vexafunction></vexafunction>", kSoundFileType, function},
+        {"c", "<!-- --><vexasamplefunction></vexasamplefunction>", "", function},
+        {"d", "<vexasound></vexasound>", kFunctionFileType, sound},
+        {"e", wav, kSoundFileType, sample},
+        {"f.xml", wav, "", sample},
+        {"g", "<svg></svg>", kSoundFileType, sound},
+        {"h", "<svg></svg>", "", function},
+        {"i", "vexasound", kSoundFileType, sound},
+        {"j.xml", "vexasound", "", sample},
+        {"k", "", kSoundFileType, sound},
+        {"l.xml", "", "", function},
+        {"m.xml", " \n", "", function},
+        {"n.xml", utf16, "", function},
+        {"o.xml", utf16.substr(2), "", function},
+        {"p.wav", "", "", sample},
+    };
+    const TemporaryFolder folder;
+    const bool keepsTypes = ::setxattr(folder.Path().c_str(), "user.probe", "", 0, 0) == 0;
+    for (const auto& [name, content, type, kind] : cases) {
+        const auto path = folder.Write(name, content);
+        if (*type && !keepsTypes)
+            continue;
+        if (*type)
+            ::setxattr(path.c_str(), "user.mime_type", type, std::strlen(type), 0);
+        EXPECT_EQ(KindOf(path), kind) << name;
+    }
+}
+
+TEST(DocumentKind, WaitsForNobodyAndLetsNothingOut) {
+    const TemporaryFolder folder;
+    const auto pipe = folder.Path() / "pipe.xml";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    EXPECT_EQ(KindOf(pipe), DocumentKind::Function);
+    EXPECT_EQ(KindOf("/dev/zero"), DocumentKind::Sample);
+    EXPECT_EQ(KindOf(folder.Path() / "none"), DocumentKind::Sample);
+    EXPECT_EQ(KindOf(""), DocumentKind::Sample);
+    if (test::kSanitized)
+        return;
+    std::string large = "<vexasound>";
+    while (large.size() < (8U << 20))
+        large += "<a/>";
+    const auto path = folder.Write("large.xml", large);
+    test::WithMemoryLeft(16 << 20, [&] { EXPECT_NO_THROW(KindOf(path)); });
+}
+
+} // namespace

@@ -1,0 +1,75 @@
+// The audio server ends under the window and comes back, time after time.
+#include "live/LivePlay.h"
+#include "window/Desktop.h"
+
+#include <chrono>
+#include <cstdlib>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// What becomes loudest in a tenth of a second.
+float Peak(const test::Ear& ear) {
+    const std::size_t from = ear.Count();
+    test::WaitFor("the recording", [&] { return ear.Count() >= from + 4800; });
+    float peak = 0;
+    for (std::size_t i = from; i < ear.Count(); i++)
+        peak = std::max(peak, std::abs(ear.Samples()[i]));
+    return peak;
+}
+
+/// With a note held, and no other client there when the server ends: others may hide what that does
+/// to one. VEXA_RESTARTS is how often (2), half of them by SIGTERM, half by SIGKILL.
+TEST(Restarts, TheWindowPlaysOnWithinTwoSeconds) {
+    const char* wanted = std::getenv("VEXA_RESTARTS");
+    const int restarts = wanted ? std::atoi(wanted) : 2;
+    test::TemporaryFolder folder;
+    test::Desktop desktop;
+    test::JackServer server(256);
+    const std::string log = (folder.Path() / "log").string();
+    test::Companion vexa({VEXA_PROGRAM_FOLDER "/vexa", "--sound",
+                          folder.Write("sine.xml", test::kSineSound).string(), "--midi",
+                          "Computer keyboard"},
+                         log);
+    const auto dismiss = [&desktop](const char* alert) {
+        test::WaitFor("the alert", [&] { return desktop.HasWindow(alert); });
+        desktop.UseWindow(alert);
+        desktop.Key("Return");
+        test::WaitFor("its end", [&] { return !desktop.HasWindow(alert); });
+    };
+    // Not all of a document is there.
+    dismiss("Warning");
+    const auto holdNote = [&] {
+        desktop.UseWindow("Vexa");
+        desktop.Do({"keydown", "q"});
+        test::Ear ear(48000 * 60);
+        ear.Connect("Vexa:Vexa audio out", ear.Name());
+        test::WaitFor("the note", [&] { return Peak(ear) > 0.1F; });
+    };
+    for (int restart = 0; restart < restarts; restart++) {
+        holdNote();
+        const int signal = restart % 2 == 0 ? SIGTERM : SIGKILL;
+        server.Kill(signal);
+        test::WaitFor("the alert", [&] { return desktop.HasWindow("Error"); });
+        ASSERT_TRUE(vexa.Runs()) << "after restart " << restart << " by signal " << signal;
+        server.Start(256);
+        const auto start = Clock::now();
+        {
+            test::Ear ear(256);
+            ear.Connect("Vexa:Vexa audio out", ear.Name());
+        }
+        const std::chrono::duration<double> back = Clock::now() - start;
+        std::fprintf(stderr, "restart %d by signal %d: back after %.2f s\n", restart, signal,
+                     back.count());
+        EXPECT_LT(back.count(), 2);
+        dismiss("Error");
+        desktop.Do({"keyup", "q"});
+    }
+    holdNote();
+    EXPECT_EQ(vexa.End(SIGTERM), 0) << test::Contents(log);
+}
+
+} // namespace

@@ -23,6 +23,7 @@ ALLOWED = {
     "kits/storage": ["kits/support"],
     "kits/application": ["kits/support", "kits/storage"],
     "kits/kernel": ["kits/support", "kits/storage"],
+    "kits/maths": ["kits/support"],
     "kits/media": ["kits/support", "kits/storage", "kits/application", "kits/kernel"],
     "kits/midi": ["kits/support", "kits/storage", "kits/application", "kits/kernel"],
     "kits/interface": ["kits/support", "kits/storage", "kits/application", "kits/kernel"],

@@ -138,4 +138,29 @@ TEST(FormulaMaths, AnglesAndPowersAreExactInAllDirections) {
     }
 }
 
+TEST(FormulaMaths, BesselsFunctionsAreWithinTheirPromise) {
+    using vexa::formula::Type;
+    const vexa::formula::FormulaLoops loops = vexa::formula::RunnableFormulaLoops().back();
+    alignas(64) std::array<double, kLanes> x, j, y;
+    for (int order = 0; order <= 100; order += order < 5 ? 1 : 19) {
+        for (double from = 0.001; from < 2000; from *= 1.03) {
+            for (std::size_t i = 0; i < kLanes; i++)
+                x[i] = from * (1 + 0.002 * static_cast<double>(i));
+            loops.Find(Op::BesselJ, Type::Double, Constants::None)(x.data(), &order, nullptr,
+                                                                   j.data(), kLanes);
+            loops.Find(Op::BesselY, Type::Double, Constants::None)(x.data(), &order, nullptr,
+                                                                   y.data(), kLanes);
+            for (std::size_t i = 0; i < kLanes; i++) {
+                const double size = 1 / std::sqrt(1 + x[i]);
+                const double exactJ = ::jn(order, x[i]), exactY = ::yn(order, x[i]);
+                ASSERT_LE(std::fabs(j[i] - exactJ), 1e-13 * std::max(size, std::fabs(exactJ)))
+                    << "jn(" << order << ", " << x[i] << ") is " << j[i];
+                ASSERT_TRUE(y[i] == exactY ||
+                            std::fabs(y[i] - exactY) <= 1e-13 * std::max(size, std::fabs(exactY)))
+                    << "yn(" << order << ", " << x[i] << ") is " << y[i] << " not " << exactY;
+            }
+        }
+    }
+}
+
 } // namespace

@@ -35,7 +35,8 @@ function(vexa_library name)
 endfunction()
 
 # vexa_loops(LIBRARY NAME): loops/NAME.cpp of the current folder, compiled into the library once per instruction set of
-# synth/InstructionSet.h. It defines VEXA_LOOPS_TABLE, which is k<set><NAME>, and may ask for VEXA_LOOPS_NAME.
+# synth/InstructionSet.h. It defines VEXA_LOOPS_TABLE, which is k<set><NAME>, and may ask for the set: VEXA_LOOPS_SET, or
+# VEXA_LOOPS_NAME as a text.
 function(vexa_loops library name)
     set(Baseline_flags)
     set(Avx2_flags -mavx2 -mfma)
@@ -48,7 +49,8 @@ function(vexa_loops library name)
         set(target ${library}_${name}_${set})
         add_library(${target} OBJECT loops/${name}.cpp)
         target_link_libraries(${target} PRIVATE vexa_options)
-        target_compile_definitions(${target} PRIVATE VEXA_LOOPS_TABLE=k${set}${name} VEXA_LOOPS_NAME="${set}")
+        target_compile_definitions(${target} PRIVATE VEXA_LOOPS_TABLE=k${set}${name} VEXA_LOOPS_NAME="${set}"
+            VEXA_LOOPS_SET=${set})
         # What is given up is errno and the floating-point exception flags, which nobody reads.
         target_compile_options(${target} PRIVATE -fno-math-errno -fno-trapping-math ${${set}_flags})
         target_sources(${library} PRIVATE $<TARGET_OBJECTS:${target}>)

@@ -15,7 +15,7 @@ import tempfile
 ENGINE_KITS = ["kits/support", "kits/storage", "kits/application", "kits/kernel", "kits/media",
                "kits/midi"]
 ALL_KITS = ENGINE_KITS + ["kits/interface", "kits/translation"]
-ENGINE = ["synth", "midi", "audio", "functions", "xml", "documents", "instrument"]
+ENGINE = ["synth", "midi", "audio", "formula", "functions", "xml", "documents", "instrument"]
 
 # Each folder below src/ and the folders that it may use besides itself.
 ALLOWED = {
@@ -23,6 +23,7 @@ ALLOWED = {
     "kits/storage": ["kits/support"],
     "kits/application": ["kits/support", "kits/storage"],
     "kits/kernel": ["kits/support", "kits/storage"],
+    "kits/maths": ["kits/support"],
     "kits/media": ["kits/support", "kits/storage", "kits/application", "kits/kernel"],
     "kits/midi": ["kits/support", "kits/storage", "kits/application", "kits/kernel"],
     "kits/interface": ["kits/support", "kits/storage", "kits/application", "kits/kernel"],
@@ -33,9 +34,10 @@ ALLOWED = {
     "midi": ENGINE_KITS + ["synth"],
     # The audio graph is set up as a whole: notes in and sound out.
     "audio": ENGINE_KITS + ["synth", "midi"],
-    "functions": ENGINE_KITS + ["synth"],
-    "documents": ENGINE_KITS + ["synth", "midi", "audio", "functions", "xml"],
-    "instrument": ENGINE_KITS + ["synth", "midi", "functions", "documents"],
+    "formula": ["kits/support", "kits/maths", "synth"],
+    "functions": ENGINE_KITS + ["synth", "formula"],
+    "documents": ENGINE_KITS + ["synth", "midi", "audio", "formula", "functions", "xml"],
+    "instrument": ENGINE_KITS + ["synth", "midi", "formula", "functions", "documents"],
     "render": ENGINE_KITS + ENGINE,
     "lv2": ENGINE_KITS + ENGINE,
     "views": ALL_KITS + ENGINE,

@@ -1,7 +1,7 @@
 #include "functions/LongDouble.h"
 
-#include "functions/ExpressionTokens.h"
-#include "functions/ExpressionWords.h"
+#include "formula/ExpressionTokens.h"
+#include "formula/ExpressionWords.h"
 
 #include <vector>
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <span>
+#include <string>
 #include <string_view>
 
 namespace vexa {
@@ -32,5 +33,10 @@ std::span<const MathConstant> MathConstants();
 /// The function or macro called `name`, a function also with an f or l at its end; or null.
 const MathFunction* FindMathFunction(std::string_view name);
 const MathConstant* FindMathConstant(std::string_view name);
+
+/// Why a word is refused that is none of them.
+std::string UnknownName(std::string_view word);
+/// Why an order is refused that is none.
+std::string OrderFault(const MathFunction& function);
 
 } // namespace vexa

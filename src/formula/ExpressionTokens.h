@@ -41,8 +41,17 @@ class ExpressionTokens {
 /// Whether a word is one of those that make up the name of an arithmetic type.
 bool IsTypeWord(std::string_view word);
 
-/// Whether the words, in any order that C allows, name an integer type; nothing if they name no
-/// arithmetic type.
-std::optional<bool> IsIntegerType(std::span<const std::string_view> words);
+/// An arithmetic type that a cast may name.
+struct ArithmeticType {
+    enum class Kind { boolean, integer, floating };
+    Kind kind;
+    /// A long double has those of a double.
+    int bits;
+    /// A char has a sign.
+    bool isSigned = true;
+};
+
+/// The type that the words name, in any order that C allows; nothing if they name none.
+std::optional<ArithmeticType> TypeOfWords(std::span<const std::string_view> words);
 
 } // namespace vexa

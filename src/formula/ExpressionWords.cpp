@@ -1,4 +1,7 @@
-#include "functions/ExpressionWords.h"
+#include "formula/ExpressionWords.h"
+
+#include "formula/ExpressionLimits.h"
+#include "kits/support/Quoted.h"
 
 #include <algorithm>
 #include <array>
@@ -145,6 +148,17 @@ const MathFunction* FindMathFunction(std::string_view name) {
 
 const MathConstant* FindMathConstant(std::string_view name) {
     return Find(kConstants, name);
+}
+
+std::string UnknownName(std::string_view word) {
+    return kits::Quoted(word) +
+           " is neither x or y nor a function or constant of the maths library "
+           "that takes and gives numbers";
+}
+
+std::string OrderFault(const MathFunction& function) {
+    return "the order of " + std::string(function.name) + " must be a whole number up to " +
+           std::to_string(kHighestOrder) + ", written out";
 }
 
 } // namespace vexa

@@ -1,4 +1,4 @@
-#include "functions/ExpressionTokens.h"
+#include "formula/ExpressionTokens.h"
 
 #include "kits/support/Quoted.h"
 
@@ -241,43 +241,44 @@ bool IsTypeWord(std::string_view word) {
     return std::find(kWords.begin(), kWords.end(), word) != kWords.end();
 }
 
-std::optional<bool> IsIntegerType(std::span<const std::string_view> words) {
-    struct Type {
+std::optional<ArithmeticType> TypeOfWords(std::span<const std::string_view> words) {
+    using enum ArithmeticType::Kind;
+    struct Row {
         /// The words in alphabetical order; C takes them in any.
         std::string_view words;
-        bool integer;
+        ArithmeticType type;
     };
-    constexpr auto kTypes = std::to_array<Type>({
-        {"_Bool", true},
-        {"char", true},
-        {"char signed", true},
-        {"char unsigned", true},
-        {"short", true},
-        {"short signed", true},
-        {"int short", true},
-        {"int short signed", true},
-        {"short unsigned", true},
-        {"int short unsigned", true},
-        {"int", true},
-        {"signed", true},
-        {"int signed", true},
-        {"unsigned", true},
-        {"int unsigned", true},
-        {"long", true},
-        {"long signed", true},
-        {"int long", true},
-        {"int long signed", true},
-        {"long unsigned", true},
-        {"int long unsigned", true},
-        {"long long", true},
-        {"long long signed", true},
-        {"int long long", true},
-        {"int long long signed", true},
-        {"long long unsigned", true},
-        {"int long long unsigned", true},
-        {"float", false},
-        {"double", false},
-        {"double long", false},
+    constexpr auto kTypes = std::to_array<Row>({
+        {"_Bool", {boolean, 1, false}},
+        {"char", {integer, 8}},
+        {"char signed", {integer, 8}},
+        {"char unsigned", {integer, 8, false}},
+        {"short", {integer, 16}},
+        {"short signed", {integer, 16}},
+        {"int short", {integer, 16}},
+        {"int short signed", {integer, 16}},
+        {"short unsigned", {integer, 16, false}},
+        {"int short unsigned", {integer, 16, false}},
+        {"int", {integer, 32}},
+        {"signed", {integer, 32}},
+        {"int signed", {integer, 32}},
+        {"unsigned", {integer, 32, false}},
+        {"int unsigned", {integer, 32, false}},
+        {"long", {integer, 64}},
+        {"long signed", {integer, 64}},
+        {"int long", {integer, 64}},
+        {"int long signed", {integer, 64}},
+        {"long unsigned", {integer, 64, false}},
+        {"int long unsigned", {integer, 64, false}},
+        {"long long", {integer, 64}},
+        {"long long signed", {integer, 64}},
+        {"int long long", {integer, 64}},
+        {"int long long signed", {integer, 64}},
+        {"long long unsigned", {integer, 64, false}},
+        {"int long long unsigned", {integer, 64, false}},
+        {"float", {floating, 32}},
+        {"double", {floating, 64}},
+        {"double long", {floating, 64}},
     });
     std::vector<std::string_view> sorted(words.begin(), words.end());
     std::sort(sorted.begin(), sorted.end());
@@ -288,10 +289,10 @@ std::optional<bool> IsIntegerType(std::span<const std::string_view> words) {
         name += word;
     }
     const auto found = std::find_if(kTypes.begin(), kTypes.end(),
-                                    [&name](const Type& row) { return row.words == name; });
+                                    [&name](const Row& row) { return row.words == name; });
     if (found == kTypes.end())
         return std::nullopt;
-    return found->integer;
+    return found->type;
 }
 
 } // namespace vexa

@@ -1,0 +1,33 @@
+// What is wrong with an expression.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace vexa {
+
+/// Why an expression is refused, in words, and the byte at which the reason lies, from 0.
+struct ExpressionFault {
+    std::size_t position = 0;
+    std::string reason;
+    /// What the author may have meant, as a sentence that tells how to write it; often empty.
+    std::string advice{};
+};
+
+/// Keeps the first fault.
+class Refusals {
+  public:
+    void At(std::size_t position, std::string reason, std::string advice = "") {
+        if (!first)
+            first = {position, std::move(reason), std::move(advice)};
+    }
+    explicit operator bool() const { return first.has_value(); }
+    std::optional<ExpressionFault> First() && { return std::move(first); }
+
+  private:
+    std::optional<ExpressionFault> first;
+};
+
+} // namespace vexa

@@ -1,0 +1,46 @@
+// The operators of two operands that an expression may have.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace vexa {
+
+struct BinaryOperator {
+    std::string_view text;
+    /// The higher, the closer it binds.
+    int precedence;
+    /// Its result is an integer whatever its operands are.
+    bool integer;
+};
+
+constexpr auto kBinaryOperators = std::to_array<BinaryOperator>({
+    {"*", 10, false},
+    {"/", 10, false},
+    {"%", 10, false},
+    {"+", 9, false},
+    {"-", 9, false},
+    {"<<", 8, true},
+    {">>", 8, true},
+    {"<", 7, true},
+    {">", 7, true},
+    {"<=", 7, true},
+    {">=", 7, true},
+    {"==", 6, true},
+    {"!=", 6, true},
+    {"&", 5, true},
+    {"^", 4, true},
+    {"|", 3, true},
+    {"&&", 2, true},
+    {"||", 1, true},
+});
+
+/// The row of an operator, or null.
+inline const BinaryOperator* FindBinaryOperator(std::string_view text) {
+    const auto found = std::find_if(kBinaryOperators.begin(), kBinaryOperators.end(),
+                                    [text](const BinaryOperator& row) { return row.text == text; });
+    return found == kBinaryOperators.end() ? nullptr : &*found;
+}
+
+} // namespace vexa

@@ -1,0 +1,52 @@
+// What a formula's text means: each part of it as a value of a graph, with C's types.
+#pragma once
+
+#include "formula/ExpressionFault.h"
+#include "formula/ExpressionOperators.h"
+#include "formula/ExpressionTokens.h"
+#include "formula/ExpressionWords.h"
+#include "formula/Graph.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vexa::formula {
+
+/// The actions of an ExpressionGrammar. Beside the names of the maths library a formula may use the
+/// macros a to d, vel, key, t and ctl(n).
+class FormulaActions {
+  public:
+    struct Part {
+        Value value = kNone;
+    };
+
+    FormulaActions(Graph& graph, Refusals& refusals) : graph(graph), refusals(refusals) {}
+
+    Part Number(const Token& number);
+    std::optional<Part> Name(const Token& word);
+    const MathFunction* Function(std::string_view name);
+    void Argument(const MathFunction& function, int index, const Part& argument,
+                  std::size_t position);
+    Part Call(const MathFunction& function, const Token& name, const std::vector<Part>& arguments);
+    Part Sign(const Token& sign, const Part& operand);
+    Part Binary(const BinaryOperator& row, const Part& left, const Part& right,
+                std::size_t position);
+    Part Choice(const Part& condition, const Part& ifTrue, const Part& ifFalse);
+    Part Cast(const ArithmeticType& type, const Part& operand);
+    std::string NameFault(const Token& word);
+
+  private:
+    /// An Int that is 1 where the value is not 0.
+    Value Truth(Value value);
+    Part Input(const Token& word, FunctionInput input);
+
+    Graph& graph;
+    Refusals& refusals;
+};
+
+/// The names of what a formula is given, x and y among them.
+std::vector<std::string_view> InputNames();
+
+} // namespace vexa::formula

@@ -1,0 +1,51 @@
+// The operations of a program over blocks of points, compiled once per instruction set.
+//
+// All instruction sets give the same bits, the payloads of NaNs aside: every operation is exact, or
+// rounded as IEEE 754 says, or made of such ones without fused operations, or one of SLEEF's
+// deterministic functions.
+#pragma once
+
+#include "formula/Operations.h"
+
+#include <cstddef>
+#include <span>
+
+namespace vexa::formula {
+
+/// Blocks consist of whole groups of so many lanes.
+constexpr std::size_t kLanes = 16;
+
+/// to[i] = the operation on a[i], b[i] and c[i]. The count is a multiple of kLanes; what it does
+/// not take is ignored; `to` overlaps with none of the others. Any thread, real-time safe.
+using Loop = void (*)(const void* a, const void* b, const void* c, void* to, std::size_t count);
+
+/// Which operand is one number for all lanes.
+enum class Constants : unsigned char { None, First, Second, Third };
+constexpr std::size_t kForms = 4;
+
+struct PlainLoops {
+    /// Null where there is no such operation, or no such form of it.
+    Loop loops[kPlainOps][kTypes][kForms];
+};
+
+struct MathsLoops {
+    Loop loops[kMathsOps];
+};
+
+/// The loops for one instruction set.
+struct FormulaLoops {
+    const PlainLoops* plain;
+    const MathsLoops* maths;
+
+    Loop Find(Op op, Type type, Constants constants) const {
+        const auto row = static_cast<std::size_t>(op);
+        return op >= kFirstMaths ? maths->loops[row - kPlainOps]
+                                 : plain->loops[row][static_cast<std::size_t>(type)]
+                                               [static_cast<std::size_t>(constants)];
+    }
+};
+
+/// Those that this machine can run, the fastest last.
+std::span<const FormulaLoops> RunnableFormulaLoops();
+
+} // namespace vexa::formula

@@ -1,0 +1,136 @@
+// The operations that a program consists of.
+#pragma once
+
+#include "formula/Types.h"
+
+#include <cstddef>
+
+namespace vexa::formula {
+
+/// Each takes lanes of one type, unless told otherwise. What C leaves undefined is defined here:
+/// sums, differences, products and left shifts of integers wrap around; x / 0 and x % 0 are 0, and
+/// the lowest number divided by -1 is itself, the remainder 0; a shift's count is taken modulo the
+/// number of bits.
+enum class Op : unsigned char {
+    /// One of the program's constants, or of what it is given.
+    Constant,
+    Input,
+
+    // Of any type.
+    Copy,
+    Add,
+    Subtract,
+    Multiply,
+    Divide,
+    Negate,
+    /// Give Int, 0 or 1.
+    Less,
+    LessEqual,
+    Equal,
+    NotEqual,
+    /// a ? b : c with a condition a of Int.
+    Select,
+    /// To the type that they name. A number with a fraction is cut off to a whole one and limited
+    /// to what int, long or unsigned long holds, NaN is 0; to unsigned, and what is negative to
+    /// unsigned long, it goes by way of long, of which the low bits stay.
+    ToInt,
+    ToUnsigned,
+    ToLong,
+    ToUnsignedLong,
+    ToFloat,
+    ToDouble,
+
+    // Of integers.
+    Remainder,
+    And,
+    Or,
+    Xor,
+    Not,
+    /// The count b is an Int.
+    ShiftLeft,
+    ShiftRight,
+    /// Of Int: what is left in a narrower type.
+    ToSignedChar,
+    ToUnsignedChar,
+    ToShort,
+    ToUnsignedShort,
+
+    // Of Float and Double; exact, or rounded once.
+    Absolute,
+    CopySign,
+    Floor,
+    Ceiling,
+    Truncate,
+    /// To the nearest whole number: halves away from 0, and to even.
+    Round,
+    RoundEven,
+    SquareRoot,
+    Maximum,
+    Minimum,
+    FusedMultiplyAdd,
+    /// Two operations in one pass, each rounded: a b + c, a b - c, c - a b and a b c. A program
+    /// puts
+    /// them together, a graph has none of them.
+    ProductAndSum,
+    ProductLess,
+    LessProduct,
+    ProductOfThree,
+    /// Towards b, which is a Double in both types.
+    NextAfter,
+    /// Give Int: fpclassify's number, and whether the sign is set, which it is in no NaN.
+    Classify,
+    SignBit,
+    /// Of Double.
+    IeeeRemainder,
+    /// a 2^b with b of Int.
+    Scale,
+    Exponent,
+
+    // Of Double: functions of the maths library.
+    Modulo,
+    Sin,
+    Cos,
+    Exp,
+    Log,
+    Pow,
+    Tanh,
+    Atan,
+    Atan2,
+    Tan,
+    Asin,
+    Acos,
+    Sinh,
+    Cosh,
+    Asinh,
+    Acosh,
+    Atanh,
+    Exp2,
+    Expm1,
+    Log2,
+    Log10,
+    Log1p,
+    Cbrt,
+    Hypot,
+    Erf,
+    Erfc,
+    TGamma,
+    LGamma,
+    /// Of the order b, a constant of Int.
+    BesselJ,
+    BesselY,
+};
+constexpr Op kFirstMaths = Op::Modulo;
+constexpr std::size_t kMathsOps =
+    static_cast<std::size_t>(Op::BesselY) - static_cast<std::size_t>(kFirstMaths) + 1;
+constexpr std::size_t kPlainOps = static_cast<std::size_t>(kFirstMaths);
+
+/// The type of what an operation on lanes of `type` gives.
+Type ResultOf(Op op, Type type);
+/// Whether a and b may be exchanged.
+bool Commutes(Op op);
+/// Whether its loop takes constants for a or b as they are; one without is given whole blocks.
+bool TakesConstants(Op op);
+/// Estimated time in nanoseconds per point, on this machine's instruction set.
+double CostOf(Op op, Type type);
+
+} // namespace vexa::formula

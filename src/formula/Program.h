@@ -1,0 +1,62 @@
+// A graph as a list of instructions over blocks of points.
+#pragma once
+
+#include "formula/FormulaLoops.h"
+#include "formula/Graph.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace vexa::formula {
+
+/// Never changes once it is made. A block's intermediate values lie in kWorkspace bytes on the
+/// stack, which stay in the processor's nearest caches: the more of them are needed at a time, the
+/// shorter are the pieces of a block.
+class Program {
+  public:
+    static constexpr std::size_t kWorkspace = 65536;
+
+    /// Computes `root`, a Float, by `loops`; nothing if that needs more values at a time than the
+    /// workspace holds for kLanes points.
+    static std::optional<Program> Of(const Graph& graph, Value root, const FormulaLoops& loops);
+
+    /// What the root depends on beside x and y.
+    const std::vector<FunctionInput>& Inputs() const { return inputs; }
+
+    /// values[i] = the root at x = from[0][i], y = from[1][i], where the k-th of Inputs() is
+    /// from[2 + k][i]. Any thread, real-time safe.
+    void Run(const float* const* from, float* values, std::size_t count) const noexcept;
+
+    /// Nanoseconds per point.
+    double Cost() const { return cost; }
+    std::size_t Length() const { return instructions.size(); }
+
+  private:
+    /// Where an operand lies: so many bytes after one of the bases, which are the workspace, the
+    /// constants, the result and the inputs.
+    struct Place {
+        std::uint32_t base = 0, offset = 0;
+    };
+    struct Instruction {
+        Loop loop;
+        Place to, a, b, c;
+    };
+    class Writer;
+
+    static constexpr std::uint32_t kWork = 0, kConstant = 1, kResult = 2, kInput = 3;
+    /// The workspace, constants, result, x, y and the function's inputs.
+    static constexpr std::size_t kBases = kInput + 2 + kMostInputs;
+
+    void RunPiece(void* const* bases, std::size_t count) const noexcept;
+
+    std::vector<Instruction> instructions;
+    std::vector<std::uint64_t> constants;
+    std::vector<FunctionInput> inputs;
+    /// Points that fit into the workspace at a time.
+    std::size_t piece = 0;
+    double cost = 0;
+};
+
+} // namespace vexa::formula

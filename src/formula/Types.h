@@ -1,0 +1,57 @@
+// The types in which a formula is computed.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace vexa::formula {
+
+/// C's arithmetic types after the integer promotions, of 64-bit Linux: int has 32 bits, long and
+/// long long have 64. A long double is a double here.
+enum class Type : unsigned char { Int, Unsigned, Long, UnsignedLong, Float, Double };
+constexpr std::size_t kTypes = 6;
+
+constexpr bool IsFloating(Type type) {
+    return type >= Type::Float;
+}
+
+constexpr bool IsWide(Type type) {
+    return type == Type::Long || type == Type::UnsignedLong || type == Type::Double;
+}
+
+/// The type in which C computes with one operand of each: with types of this order, the later.
+constexpr Type Common(Type a, Type b) {
+    return a > b ? a : b;
+}
+
+/// What a lane of each type is in the loops.
+template<Type type>
+struct LaneOf;
+template<>
+struct LaneOf<Type::Int> {
+    using T = std::int32_t;
+};
+template<>
+struct LaneOf<Type::Unsigned> {
+    using T = std::uint32_t;
+};
+template<>
+struct LaneOf<Type::Long> {
+    using T = std::int64_t;
+};
+template<>
+struct LaneOf<Type::UnsignedLong> {
+    using T = std::uint64_t;
+};
+template<>
+struct LaneOf<Type::Float> {
+    using T = float;
+};
+template<>
+struct LaneOf<Type::Double> {
+    using T = double;
+};
+template<Type type>
+using Lane = typename LaneOf<type>::T;
+
+} // namespace vexa::formula

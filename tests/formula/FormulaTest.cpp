@@ -1,0 +1,272 @@
+// What formulas compute, against values of another origin and against the C compiler.
+
+#include "formula/Formula.h"
+
+#include "formula/ExpressionWords.h"
+#include "formula/RandomExpressions.h"
+#include "functions/ExpressionCheck.h"
+#include "functions/ProgramFolder.h"
+#include "support/HonestExpressions.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using vexa::CompileFormula;
+
+std::shared_ptr<const vexa::Formula> Compiled(std::string_view text) {
+    vexa::FormulaOutcome outcome = CompileFormula(text);
+    EXPECT_TRUE(outcome) << text << "\n" << outcome.fault.position << ": " << outcome.fault.reason;
+    return outcome.formula;
+}
+
+float ValueOf(std::string_view text, float x = 0, float y = 0) {
+    const auto formula = Compiled(text);
+    return formula ? formula->At(x, y, std::array<float, vexa::kMostInputs>{}.data()) : NAN;
+}
+
+/// Points between -4 and 4, and the special ones.
+struct Points {
+    std::vector<float> x, y;
+
+    explicit Points(std::size_t count) {
+        std::mt19937 random(7);
+        const auto any = [&random] { return static_cast<float>(random()) * 0x1p-29F - 4; };
+        for (std::size_t i = 0; i < count; i++) {
+            x.push_back(any());
+            y.push_back(any());
+        }
+    }
+    std::vector<float> Of(const vexa::Formula& formula) const {
+        std::vector<float> values(x.size());
+        formula.Evaluate(x.data(), y.data(), nullptr, values.data(), values.size());
+        return values;
+    }
+};
+
+bool Same(float a, float b) {
+    return std::bit_cast<std::uint32_t>(a) == std::bit_cast<std::uint32_t>(b) ||
+           (std::isnan(a) && std::isnan(b));
+}
+
+/// Many expressions as one add-on: At(i, p) is number i at point p.
+std::shared_ptr<const vexa::FunctionAddon> ByTheCompiler(const std::vector<std::string>& all,
+                                                         const Points& points) {
+    std::ostringstream source;
+    source << "#pragma GCC optimize(\"O0\")\n#include <math.h>\n" << std::hexfloat;
+    for (const auto& [name, values] : {std::pair("xs", &points.x), std::pair("ys", &points.y)}) {
+        source << "static const float " << name << "[] = {";
+        for (const float value : *values)
+            source << value << "f,";
+        source << "};\n";
+    }
+    for (std::size_t i = 0; i < all.size(); i++)
+        source << "static float f" << i << "(float x, float y) { return " << all[i] << "; }\n";
+    source << "static float (*const all[])(float, float) = {";
+    for (std::size_t i = 0; i < all.size(); i++)
+        source << "f" << i << ",";
+    // Whoever compiles it asks for other points too.
+    source << "};\nfloat r2rfun(float i, float p) {\n"
+              "    return i >= 0 && i < sizeof all / sizeof *all && p >= 0 && p < sizeof xs / "
+              "sizeof *xs\n"
+              "        ? all[(int)i](xs[(int)p], ys[(int)p]) : 0;\n}\n"
+              "const char* r2rfunstr(void) { return \"all\"; }\n";
+    const test::ProgramFolder folder;
+    std::ofstream(folder.Path() / "all.c") << source.str();
+    const auto outcome =
+        vexa::FunctionCompiler(folder.Path()).IncludeFunction(folder.Path() / "all.c");
+    EXPECT_TRUE(outcome) << outcome.details;
+    return outcome.addon;
+}
+
+TEST(Formula, ComputesWhatPeopleWrite) {
+    for (const test::Honest& honest : test::kHonest) {
+        const double value = ValueOf(honest.expression, test::kX, test::kY);
+        EXPECT_NEAR(value, honest.value, 2e-7 * std::max(1.0, std::abs(honest.value)))
+            << honest.expression;
+    }
+}
+
+/// Bit for bit, integers and special values included.
+TEST(Formula, IsWhatTheCompilerMakesOfRandomExpressions) {
+    const Points points(40);
+    test::RandomExpressions random(1);
+    std::vector<std::string> all;
+    for (int i = 0; i < 600; i++)
+        all.push_back(i % 3 == 0 ? random.Integer(1 + i % 4) : random.Number(1 + i % 4));
+    const auto addon = ByTheCompiler(all, points);
+    ASSERT_TRUE(addon);
+    for (std::size_t i = 0; i < all.size(); i++) {
+        const auto formula = Compiled(all[i]);
+        ASSERT_TRUE(formula);
+        const std::vector<float> values = points.Of(*formula);
+        for (std::size_t p = 0; p < values.size(); p++) {
+            const float expected = addon->At(float(i), float(p), nullptr);
+            // Which zero fmin and fmax give is open.
+            ASSERT_TRUE(Same(values[p], expected) || values[p] == expected)
+                << all[i] << " at " << points.x[p] << ", " << points.y[p] << ": " << values[p]
+                << " instead of " << expected;
+        }
+    }
+}
+
+/// Every function of the tables, as float, double and long double.
+std::vector<std::string> EveryCall() {
+    std::vector<std::string> all;
+    for (const vexa::MathFunction& function : vexa::MathFunctions()) {
+        for (const char* ending : {"", "f", "l"}) {
+            std::string call = std::string(function.name) + ending + "(";
+            for (int i = 0; i < function.arguments; i++)
+                call += i > 0 ? ", 3*y-x" : function.order ? "3" : "2.5f*x";
+            all.push_back(call + ")");
+        }
+    }
+    for (const vexa::MathFunction& macro : vexa::MathMacros())
+        all.push_back(std::string(macro.name) + (macro.arguments > 1 ? "(x, y) != 0" : "(x) != 0"));
+    return all;
+}
+
+TEST(Formula, FunctionsAreWhatTheLibraryComputes) {
+    const Points points(200);
+    const std::vector<std::string> all = EveryCall();
+    const auto addon = ByTheCompiler(all, points);
+    ASSERT_TRUE(addon);
+    for (std::size_t i = 0; i < all.size(); i++) {
+        const std::vector<float> values = points.Of(*Compiled(all[i]));
+        const std::size_t name = all[i].find('(');
+        const bool bessel = all[i][0] == 'j' || all[i][0] == 'y';
+        const int ulps = all[i][name - 1] == 'f' ? 4 : 1;
+        for (std::size_t p = 0; p < values.size(); p++) {
+            const float expected = addon->At(float(i), float(p), nullptr);
+            if (std::isnan(values[p]) && std::isnan(expected))
+                continue;
+            const float size = std::fabs(expected);
+            const float ulp = std::nextafter(size, INFINITY) - size;
+            const float error = std::fabs(values[p] - expected);
+            ASSERT_TRUE(values[p] == expected || error <= float(ulps) * ulp ||
+                        (bessel && error < 1e-6F))
+                << all[i] << " at " << points.x[p] << ", " << points.y[p] << ": " << values[p]
+                << " instead of " << expected;
+        }
+    }
+}
+
+TEST(Formula, DefinesWhatCLeavesUndefined) {
+    struct Case {
+        std::string_view text;
+        float value;
+    };
+    // clang-format off
+    for (const auto& [text, value] : std::initializer_list<Case>{
+             {"1/(int)x", 0}, {"7%(int)x", 0}, {"(-2147483647-1)/((int)x-1)", -0x1p31F},
+             {"(-2147483647-1)%((int)x-1)", 0}, {"2147483647+((int)x+1)", -0x1p31F},
+             {"-(-2147483647-1+(int)x)", -0x1p31F}, {"1<<((int)x+33)", 2}, {"8>>((int)x+65)", 4},
+             {"1LL<<((int)x-1)", -0x1p63F}, {"(int)(x+3e9)", 0x1p31F}, {"(int)(x-3e9)", -0x1p31F},
+             {"(int)(x/x)", 0}, {"(long)(x+1e30)", 0x1p63F}, {"(unsigned)(x-1.0)", 0x1p32F},
+             {"(unsigned long)(x+1e30)", 0x1p64F}, {"(unsigned char)(x+300.0)", 44},
+             {"(unsigned long)(x+0x1.8p63)", 0x1.8p63F}, {"signbit(-(x/x))", 0},
+             {"lrint(x+1e30)", 0x1p63F},
+         })
+        EXPECT_EQ(ValueOf(text), value) << text;
+    // clang-format on
+}
+
+TEST(Formula, HearsTheNoteAndTheMacros) {
+    using Kind = vexa::FunctionInput::Kind;
+    const auto formula = Compiled("x + d*10 + ctl(74)*100 + vel*1e3 + key*1e4 + t*1e5 + ctl(74)");
+    ASSERT_TRUE(formula);
+    const std::vector<vexa::FunctionInput> expected = {
+        {Kind::Macro, 3}, {Kind::Controller, 74}, {Kind::Velocity}, {Kind::Key}, {Kind::Time}};
+    EXPECT_TRUE(std::ranges::equal(formula->Inputs(), expected));
+    EXPECT_EQ(formula->At(1, 0, std::array{1.0F, 2.0F, 3.0F, 4.0F, 5.0F}.data()), 543213);
+    EXPECT_TRUE(Compiled("x*y")->Inputs().empty());
+    // What has no influence is no input.
+    EXPECT_TRUE(Compiled("(1 ? x : vel) + sin(x)")->Inputs().empty());
+    // The compiler has none of them.
+    for (const char* text : {"a", "b", "c", "d", "vel", "key", "t", "ctl(1)"})
+        EXPECT_TRUE(vexa::CheckExpression(text)) << text;
+}
+
+const char* const kTerrains[] = {
+    "(5*(x*y*y-y*x*x)-3*(x-y))/((1+x*x+y*y)*(1+x*x+y*y))",
+    "sin(3*x)*cos(2*y)+exp(-x*x-y*y)+tanh(x)*atan2(y,x)+log(fabs(x))*pow(fabs(x),y)",
+    "(int)(x*1e9)*3+((unsigned)(y*1e9)>>3)%7+((long)(x*1e12)&0xfff)/3+(unsigned long)(x*1e19)",
+    "x>y ? nextafterf(x,y)*copysign(x,y) : ldexp(y,3)+fmax(x,y)-fmin(x,y)+(short)(y*1e6)",
+};
+
+/// Blocks of any length, single points and all instruction sets give the same bits, far from 0,
+/// where reductions end, and for what is no number.
+TEST(Formula, IsTheSameOnEveryInstructionSetAndHoweverItIsAsked) {
+    Points points(3000);
+    const float special[] = {0,       -0.0F, INFINITY, -INFINITY, NAN,   1e-45F,
+                             -1e-38F, 3e38F, -1e30F,   1e10F,     2e10F, 1e5F};
+    for (const float x : special) {
+        for (const float y : special) {
+            points.x.push_back(x);
+            points.y.push_back(y);
+        }
+    }
+    for (std::size_t i = 0; i < 1000; i++)
+        points.x[i] *= 1000;
+    std::vector<std::string> all = EveryCall();
+    all.insert(all.end(), std::begin(kTerrains), std::end(kTerrains));
+    for (const std::string& text : all) {
+        const std::vector<float> values = points.Of(*Compiled(text));
+        for (const vexa::formula::FormulaLoops& loops : vexa::formula::RunnableFormulaLoops()) {
+            const auto formula = CompileFormula(text, loops).formula;
+            std::vector<float> others(values.size());
+            std::size_t done = 0;
+            for (std::size_t some = 1; done < others.size(); some = some * 2 % 509 + 1) {
+                const std::size_t count = std::min(some, others.size() - done);
+                formula->Evaluate(&points.x[done], &points.y[done], nullptr, &others[done], count);
+                done += count;
+            }
+            for (std::size_t i = 0; i < values.size(); i++)
+                ASSERT_TRUE(Same(values[i], others[i]))
+                    << text << " at " << points.x[i] << ", " << points.y[i] << " by set "
+                    << &loops - vexa::formula::RunnableFormulaLoops().data() << ": " << others[i]
+                    << " instead of " << values[i];
+        }
+    }
+}
+
+std::string Repeated(std::string_view text, int count) {
+    std::string all;
+    for (int i = 0; i < count; i++)
+        all += text;
+    return all;
+}
+
+TEST(Formula, IsBoundedWhateverItsText) {
+    // As deep as may be, as long as may be, and with as many values at a time as may be.
+    const std::string sum = Repeated("+x*1.5+sin(y*2.5)", 3800);
+    ASSERT_LE(sum.size(), vexa::kLongestExpression);
+    EXPECT_TRUE(CompileFormula("0" + sum));
+    EXPECT_EQ(Compiled(sum)->Length() < 20000, true);
+    EXPECT_EQ(ValueOf(Repeated("(", 256) + "x" + Repeated(")", 256), 3), 3);
+    EXPECT_EQ(CompileFormula(Repeated("(", 10000) + "x").fault.reason,
+              "the expression is nested too deeply");
+    std::string nested = "x";
+    for (int i = 0; i < 250; i++)
+        nested = "x*" + std::to_string(i) + "." + "+(" + nested + ")";
+    EXPECT_EQ(ValueOf(nested, 1), 250 * 249 / 2 + 1);
+    std::string first, again;
+    for (int i = 0; i < 1500; i++) {
+        first += "+sin(x+" + std::to_string(i) + ")";
+        again += "*sin(x+" + std::to_string(i) + ")";
+    }
+    EXPECT_NE(CompileFormula(first + again).fault.reason.find("too many intermediate values"),
+              std::string::npos);
+    // The same operation is done once, and what is known is known before.
+    EXPECT_EQ(Compiled("(x*y+1)*(y*x+1)")->Length(), 2U);
+    EXPECT_EQ(Compiled("x + sin(M_PI/3) * (2 > 1 ? 4 : x)")->Length(), 3U);
+    EXPECT_LT(Compiled("x*y")->Cost(), Compiled("sin(x*y)")->Cost());
+}
+
+} // namespace

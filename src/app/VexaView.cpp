@@ -44,8 +44,7 @@ void VexaView::ErrorAlert(const std::string& text, const std::string& details) {
 VexaView::VexaView(BRect frame, const char* name, const kits::ProgramFolders& folders)
     : BView(frame, name, B_FOLLOW_ALL_SIDES, B_WILL_DRAW | B_PULSE_NEEDED),
       folders(folders),
-      soundAuthor(kDefaultAuthor),
-      functionAuthor(kDefaultAuthor),
+      instrument(folders),
       formulas(*be_plain_font()) {
     SetViewColor(kViewColor);
     AddPlaneControls();
@@ -75,7 +74,7 @@ void VexaView::AddPlaneControls() {
     plane->SetToolTip("Blue is positive, red negative. Right button: save the picture. "
                       "Esc: silence.");
     AddChild(plane);
-    functions.AddReceiver([this](const PlaneFunction& f) { plane->SetFunction(f); });
+    instrument.Watch([this](const PlaneFunction& f) { plane->SetFunction(f); });
 
     AddField("Fxy", initial.expression.c_str(), kExpressionCode, {6, 317, 310, 327});
     AddField("Sc", initial.width.c_str(), kScaleCode,
@@ -171,7 +170,7 @@ void VexaView::AddEnvelopes() {
         envelopes[i] =
             new EnvView(frame, "EnvView", place.minimum, place.maximum, kEnvelopeTimeRange,
                         B_FOLLOW_LEFT_RIGHT, kEditorColor, row.color);
-        soundParam.*place.target = envelopes[i];
+        Playing().parameters.*place.target = envelopes[i];
         AddCoefficients(place.group);
         AddChild(envelopes[i]);
     }
@@ -194,8 +193,7 @@ void VexaView::StartGraph() {
     const auto alert = [this](const char* text) {
         ErrorAlert(text, closing ? "No audio device was connected." : graph->DeviceFault());
     };
-    graph = std::make_unique<AudioGraph>(ctlvalue, soundParam, voices, alert);
-    functions.AddReceiver([this](const PlaneFunction& f) { graph->SetFunction(f); });
+    graph = std::make_unique<AudioGraph>(Playing(), alert);
     if (graph->Start())
         ShowSound();
     else
@@ -205,7 +203,7 @@ void VexaView::StartGraph() {
 
 /// From now on the plane shows the orbits of what is heard.
 void VexaView::ShowSound() {
-    plane->SetSoundParam(&ctlvalue, &soundParam, &voices);
+    plane->SetSoundParam(&Playing().controllers, &Playing().parameters, &Playing().voices);
 }
 
 float VexaView::PreferredWidth() const {

@@ -4,16 +4,11 @@
 #include "app/ComputerKeyboard.h"
 #include "app/FormulaPanel.h"
 #include "audio/AudioGraph.h"
-#include "documents/Sound.h"
-#include "functions/FunctionCompiler.h"
-#include "functions/FunctionSwitch.h"
+#include "instrument/Instrument.h"
 #include "kits/interface/FilePanel.h"
 #include "kits/interface/View.h"
-#include "kits/media/MediaFormats.h"
 #include "kits/storage/ProgramFolder.h"
 #include "synth/ParameterTable.h"
-#include "synth/SoundParam.h"
-#include "synth/Voice.h"
 
 #include <array>
 #include <filesystem>
@@ -34,8 +29,8 @@ namespace vexa {
 class EnvView;
 class R2RFView;
 
-/// Owns the records that all threads share, the audio graph and the installed function. All that
-/// the user does arrives at MessageReceived: from controls by way of the window, from panels, menus
+/// Owns the instrument, whose envelopes are its editors', and the audio graph. All that the user
+/// does arrives at MessageReceived: from controls by way of the window, from panels, menus
 /// and the MIDI roster directly. Window thread, like all views; the records of a voice and of a
 /// controller are written by the MIDI and the media thread.
 class VexaView : public BView {
@@ -119,15 +114,15 @@ class VexaView : public BView {
     BMenu& ChannelMenu() { return *channelMenu; }
     BMenu& DeviceMenu() { return *deviceMenu; }
     AudioGraph& Graph() { return *graph; }
-    const sound_param& SoundParam() const { return soundParam; }
-    VoiceTable& Voices() { return voices; }
-    const ControllerTable& Controllers() const { return ctlvalue; }
+    Engine& Playing() { return instrument.Playing(); }
+    const Engine& Playing() const { return instrument.Playing(); }
+    const sound_param& SoundParam() const { return Playing().parameters; }
     const FormulaPanel& Formulas() const { return formulas; }
     /// What nobody would expect of what is saved at this moment; empty if there is nothing.
     std::string SavingRemark() const;
-    bool SampleMode() const { return sampleMode; }
-    const std::string& SoundAuthor() const { return soundAuthor; }
-    const std::string& FunctionAuthor() const { return functionAuthor; }
+    bool SampleMode() const { return instrument.State().function.kind == FunctionKind::Sample; }
+    const std::string& SoundAuthor() const { return instrument.State().author; }
+    const std::string& FunctionAuthor() const { return instrument.State().function.author; }
 
   private:
     // Layout.
@@ -160,8 +155,9 @@ class VexaView : public BView {
     void OpenSample(const std::string& path);
 
     // Functions.
-    void ShowFailure(const CompileReport& report);
-    void TakeSampleMode();
+    bool Install(const Function& function);
+    void ShowFailure(const Function& function, const FunctionReport& report);
+    void ShowKind();
     void TakeSampleFrequency();
 
     // Documents.
@@ -174,21 +170,12 @@ class VexaView : public BView {
     void ConnectChosenSource();
 
     kits::ProgramFolders folders;
-    std::string soundAuthor;
-    std::string functionAuthor;
     /// Of the file that was loaded or saved, without its extension.
     std::string soundName;
     /// What it held.
     Sound savedSound;
     /// What saving the sound is to be followed by, if anything.
     std::function<void()> afterSaving;
-    /// Of the documents that were loaded last, for saving.
-    KeptElements soundKept;
-    KeptElements functionKept;
-    /// The sample as a function document names it.
-    std::string sampleFile;
-    media_format sampleFormat;
-    bool sampleMode = false;
     /// There is no file of that name: nothing sounds, and the name is all that can be saved.
     bool sampleMissing = false;
     /// The field has an expression that is not installed, as it is wrong.
@@ -196,9 +183,7 @@ class VexaView : public BView {
     /// The view is on its way out.
     bool closing = false;
 
-    ControllerTable ctlvalue;
-    VoiceTable voices;
-    sound_param soundParam;
+    Instrument instrument;
 
     FormulaPanel formulas;
 
@@ -215,8 +200,6 @@ class VexaView : public BView {
     std::string chosenSource;
     int32 connectedSource = 0;
 
-    // Outlives the graph, whose threads call an add-on's function to their end.
-    FunctionSwitch functions;
     std::unique_ptr<AudioGraph> graph;
 
     /// Outlives the panels.

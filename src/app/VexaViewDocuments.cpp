@@ -3,7 +3,6 @@
 #include "app/VexaView.h"
 #include "documents/DocumentKind.h"
 #include "documents/FunctionDocument.h"
-#include "documents/FunctionSource.h"
 #include "documents/SoundDocument.h"
 #include "kits/interface/Alert.h"
 #include "kits/interface/Control.h"
@@ -17,11 +16,6 @@
 namespace vexa {
 
 namespace {
-
-/// What there is in the place of a sample that is missing.
-float Silence(float, float) {
-    return 0;
-}
 
 /// On standard error, and what was read over also in one alert for all.
 void Tell(const std::filesystem::path& path, const ReadReport& report) {
@@ -57,50 +51,37 @@ void VexaView::SetAndInvoke(std::string_view field, const std::string& text) {
 }
 
 Function VexaView::ConstructFunction() const {
-    Function function;
-    function.kind = sampleMode ? FunctionKind::Sample : FunctionKind::Expression;
-    function.author = functionAuthor;
+    Function function = instrument.State().function;
     function.expression = TextOf("Fxy");
-    function.sampleFile = sampleFile;
     function.frequency = TextOf("SFreq");
     function.width = TextOf("Sc");
     function.linkFunction = {TextOf("LFx"), TextOf("LFy")};
     function.linkScreen = {TextOf("LSx"), TextOf("LSy")};
-    function.kept = functionKept;
     return function;
 }
 
 Sound VexaView::ConstructSound() const {
-    Sound sound;
-    sound.author = soundAuthor;
+    Sound sound = instrument.State();
     sound.function = ConstructFunction();
     for (std::size_t i = 0; i < Parameters().size(); i++)
         sound.texts[i] = TextOf(Parameters()[i].field);
     for (std::size_t i = 0; i < envelopes.size(); i++)
         sound.envelopes[i] = envelopes[i]->Points();
-    sound.kept = soundKept;
     return sound;
 }
 
 void VexaView::InterpretFunction(const Function& function) {
-    if (function.kind == FunctionKind::Expression) {
-        Field("Fxy")->SetText(function.expression.c_str());
-        Compile(function.expression.c_str());
-        Field("SFreq")->SetEnabled(false);
-        sampleMode = sampleMissing = false;
-    } else {
+    const bool isSample = function.kind == FunctionKind::Sample;
+    if (isSample)
         SetAndInvoke("SFreq", function.frequency);
-        if (!LoadSample(SamplePath(function, folders).c_str())) {
-            // Saving it again must not lose the name: the file may only be elsewhere for a while.
-            TakeSampleMode();
-            sampleFile = function.sampleFile;
-            sampleMissing = true;
-            functions.Install(PlaneFunction{Silence});
-            Field("SFreq")->SetEnabled(true);
-        }
-    }
-    functionAuthor = function.author;
-    functionKept = function.kept;
+    else
+        Field("Fxy")->SetText(function.expression.c_str());
+    sampleMissing = !Install(function) && isSample;
+    if (sampleMissing)
+        instrument.Silence();
+    // Saving it again must not lose the name: the file may only be elsewhere for a while.
+    instrument.Adopt(function);
+    ShowKind();
     SetAndInvoke("Sc", function.width);
     SetAndInvoke("LFx", function.linkFunction.x);
     SetAndInvoke("LFy", function.linkFunction.y);
@@ -110,12 +91,11 @@ void VexaView::InterpretFunction(const Function& function) {
 
 void VexaView::InterpretSound(const Sound& sound) {
     InterpretFunction(sound.function);
+    instrument.LoadRest(sound);
     for (std::size_t i = 0; i < Parameters().size(); i++)
         SetAndInvoke(Parameters()[i].field, sound.texts[i]);
     for (std::size_t i = 0; i < envelopes.size(); i++)
         envelopes[i]->SetPoints(sound.envelopes[i]);
-    soundAuthor = sound.author;
-    soundKept = sound.kept;
 }
 
 bool VexaView::LoadFunction(const std::filesystem::path& path) {
@@ -202,14 +182,15 @@ bool VexaView::Changed() const {
 
 std::string VexaView::SavingRemark() const {
     if (sampleMissing)
-        return "The sample \"" + sampleFile +
+        return "The sample \"" + instrument.State().function.sampleFile +
                "\" is missing, so that nothing sounds. Its name will be saved.";
     if (!expressionWrong)
         return "";
-    return sampleMode ? "The expression is wrong and will not be saved: the sample \"" +
-                            sampleFile + "\", which sounds, will."
-                      : "The expression is wrong. It will be saved as it stands, not the function "
-                        "that sounds.";
+    return SampleMode()
+               ? "The expression is wrong and will not be saved: the sample \"" +
+                     instrument.State().function.sampleFile + "\", which sounds, will."
+               : "The expression is wrong. It will be saved as it stands, not the function "
+                 "that sounds.";
 }
 
 bool VexaView::MayGiveUp(const std::function<void()>& then) {

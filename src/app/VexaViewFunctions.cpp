@@ -1,10 +1,10 @@
 // Where the main view's plane function comes from: an expression or a sample.
 #include "app/VexaView.h"
-#include "functions/SampleFunction.h"
 #include "kits/interface/Control.h"
 #include "views/R2RFView.h"
 
 #include <cstdio>
+#include <optional>
 
 namespace vexa {
 
@@ -31,53 +31,44 @@ class Pause {
 
 } // namespace
 
-bool VexaView::Compile(const char* expression) {
+/// Installs the function; where that fails it is shown, and the function before stays.
+bool VexaView::Install(const Function& function) {
+    const bool isSample = function.kind == FunctionKind::Sample;
     BTextControl* field = Field("Fxy");
-    const Pause pause(*field);
-    CompileOutcome outcome = FunctionCompiler(folders).Compile(expression);
-    if (outcome) {
-        field->SetText(outcome.addon->Expression()->c_str());
-        field->SetToolTip(nullptr);
-        functions.Install(*std::move(outcome.addon));
+    std::optional<Pause> pause;
+    if (!isSample)
+        pause.emplace(*field);
+    const FunctionReport report = instrument.SetFunction(function);
+    // What fails without an alert plays all the same.
+    const bool installed = report.alerts.empty();
+    if (installed)
         sampleMissing = false;
+    if (!isSample) {
+        expressionWrong = !installed;
+        field->MarkWrong(!installed);
+        if (installed)
+            field->SetToolTip(nullptr);
     }
-    expressionWrong = !outcome;
-    field->MarkWrong(!outcome);
-    if (!outcome)
-        ShowFailure(outcome);
-    return bool(outcome);
+    if (!installed)
+        ShowFailure(function, report);
+    return installed;
 }
 
-/// What went wrong, in alerts; why and where, on standard error and in the field's tool tip.
-void VexaView::ShowFailure(const CompileReport& report) {
+/// What went wrong, in alerts; why and where, on standard error and in the expression's tool tip.
+void VexaView::ShowFailure(const Function& function, const FunctionReport& report) {
     if (!report.details.empty())
         std::fprintf(stderr, "vexa: %s\n", report.details.c_str());
-    Field("Fxy")->SetToolTip(report.details.c_str());
+    if (function.kind == FunctionKind::Expression)
+        Field("Fxy")->SetToolTip(report.details.c_str());
     for (const std::string& alert : report.alerts)
         ErrorAlert(alert, &alert == &report.alerts.back() ? report.details : "");
 }
 
-bool VexaView::LoadSample(const char* path) {
-    const kits::Result<LoadedSample> sample = vexa::LoadSample(path);
-    if (!sample) {
-        std::fprintf(stderr, "vexa: %s\n", sample.Fault().text.c_str());
-        ErrorAlert(kSampleAlert, sample.Fault().text);
-        return false;
-    }
-    sampleFormat = sample->format;
-    sampleFile = SampleFileName(sample->path, folders);
-    functions.Install(SampleFunction());
-    TakeSampleMode();
-    sampleMissing = false;
-    BTextControl* frequency = Field("SFreq");
-    frequency->SetEnabled(true);
-    frequency->Invoke();
-    return true;
-}
-
-/// It is a sample, not an expression, that is the function.
-void VexaView::TakeSampleMode() {
-    sampleMode = true;
+/// The fields are those of an expression or of a sample, whichever the function is.
+void VexaView::ShowKind() {
+    Field("SFreq")->SetEnabled(SampleMode());
+    if (!SampleMode())
+        return;
     BTextControl* expression = Field("Fxy");
     expression->SetText("");
     expression->SetToolTip(nullptr);
@@ -85,9 +76,48 @@ void VexaView::TakeSampleMode() {
     expressionWrong = false;
 }
 
+bool VexaView::Compile(const char* expression) {
+    Function function = ConstructFunction();
+    function.kind = FunctionKind::Expression;
+    function.expression = expression;
+    function.author = kDefaultAuthor;
+    const bool installed = Install(function);
+    // A sample that sounds stays what would be saved, as long as the expression is wrong.
+    if (!installed && SampleMode()) {
+        function = instrument.State().function;
+        function.author = kDefaultAuthor;
+    }
+    instrument.Adopt(function);
+    if (!SampleMode())
+        ShowKind();
+    return installed;
+}
+
+bool VexaView::LoadSample(const char* path) {
+    Function function = ConstructFunction();
+    function.kind = FunctionKind::Sample;
+    function.sampleFile = SampleFileName(path, folders);
+    function.author = kDefaultAuthor;
+    if (!Install(function))
+        return false;
+    ShowKind();
+    MarkNumber("SFreq");
+    return true;
+}
+
 void VexaView::OpenSample(const std::string& path) {
     LoadSample(path.c_str());
-    functionAuthor = kDefaultAuthor;
+}
+
+void VexaView::TakeSampleFrequency() {
+    MarkNumber("SFreq");
+    // A text that is no frequency leaves the spiral as it is; the picture is shown all the same.
+    instrument.SetSampleFrequency(TextOf("SFreq"));
+    Function function = instrument.State().function;
+    function.author = kDefaultAuthor;
+    instrument.Adopt(function);
+    plane->SetupBitmap();
+    plane->Invalidate();
 }
 
 } // namespace vexa

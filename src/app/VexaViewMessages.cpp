@@ -3,7 +3,6 @@
 #include "app/VexaView.h"
 #include "documents/ApplySound.h"
 #include "documents/NumberDoubt.h"
-#include "functions/SampleFunction.h"
 #include "kits/interface/Control.h"
 #include "kits/midi/MidiRoster.h"
 #include "kits/support/NumberText.h"
@@ -37,16 +36,10 @@ void VexaView::MessageReceived(BMessage* message) {
         return;
     switch (code) {
     case kExpressionCode:
-        // A sample that sounds stays what would be saved, as long as the expression is wrong.
-        if (Compile(TextOf("Fxy").c_str()) || !sampleMode) {
-            Field("SFreq")->SetEnabled(false);
-            sampleMode = false;
-        }
-        functionAuthor = kDefaultAuthor;
+        Compile(TextOf("Fxy").c_str());
         break;
     case kSampleFrequencyCode:
         TakeSampleFrequency();
-        functionAuthor = kDefaultAuthor;
         break;
     case B_MIDI_EVENT:
         SetupMidiMenu();
@@ -60,10 +53,9 @@ bool VexaView::TakeParameter(uint32 code) {
     for (const Parameter& row : Parameters()) {
         if (row.code != code)
             continue;
-        if (ApplyText(row, TextOf(row.field), soundParam) == TextFault::ControllerNumber)
+        if (instrument.Edit(row, TextOf(row.field)) == TextFault::ControllerNumber)
             ErrorAlert(kInvalidController);
         MarkNumber(row.field, row.controller);
-        soundAuthor = kDefaultAuthor;
         return true;
     }
     return false;
@@ -131,14 +123,6 @@ void VexaView::SetChannel(int32 channel) {
 void VexaView::SilenceAll() {
     keyboard.ReleaseAll();
     graph->Consumer().AllNotesOff(false, 0);
-}
-
-void VexaView::TakeSampleFrequency() {
-    MarkNumber("SFreq");
-    // A text that is no frequency leaves the spiral as it is; the picture is shown all the same.
-    SetSampleFrequency(sampleFormat.u.raw_audio.frame_rate, kits::NumberOf(TextOf("SFreq")));
-    plane->SetupBitmap();
-    plane->Invalidate();
 }
 
 } // namespace vexa

@@ -22,22 +22,40 @@ Instrument::Instrument(kits::ProgramFolders folders) : folders(std::move(folders
 
 FunctionReport Instrument::Load(const Sound& next) {
     FunctionReport report = SetFunction(next.function);
-    ApplyParameters(next, engine.parameters);
-    ApplyEnvelopes(next, engine.parameters);
-    sound = next;
+    LoadRest(next);
+    Adopt(next.function);
     return report;
 }
 
+void Instrument::LoadRest(const Sound& next) {
+    ApplyParameters(next, engine.parameters);
+    ApplyEnvelopes(next, engine.parameters);
+    Function function = std::move(sound.function);
+    sound = next;
+    sound.function = std::move(function);
+}
+
 FunctionReport Instrument::SetFunction(const Function& function) {
-    sound.function = function;
-    return function.kind == FunctionKind::Sample ? InstallSample(function)
-                                                 : InstallExpression(function.expression);
+    FunctionReport report = function.kind == FunctionKind::Sample
+                                ? InstallSample(function)
+                                : InstallExpression(function.expression);
+    // What fails without an alert plays all the same.
+    if (report || report.alerts.empty())
+        Adopt(function);
+    return report;
+}
+
+void Instrument::Silence() {
+    sample.reset();
+    Install(nullfunc);
 }
 
 FunctionReport Instrument::InstallExpression(const std::string& expression) {
     CompileOutcome outcome = FunctionCompiler(folders).Compile(expression);
-    if (outcome)
+    if (outcome) {
+        sample.reset();
         Install(outcome.addon);
+    }
     return outcome;
 }
 
@@ -46,7 +64,7 @@ FunctionReport Instrument::InstallSample(const Function& function) {
     if (!loaded)
         return {B_ERROR, {kSampleAlert}, loaded.Fault().text};
     sample = *std::move(loaded);
-    if (SetSampleFrequency(function.frequency))
+    if (Wind(function.frequency))
         return {};
     Install(std::make_shared<SampleSpiral>(sample->frames, winding));
     return {B_BAD_VALUE,
@@ -57,9 +75,15 @@ FunctionReport Instrument::InstallSample(const Function& function) {
 
 bool Instrument::SetSampleFrequency(const std::string& text) {
     sound.function.frequency = text;
+    return sound.function.kind == FunctionKind::Sample && Wind(text);
+}
+
+/// Installs the sample wound for a frequency; false where there is none.
+bool Instrument::Wind(const std::string& frequency) {
     if (!sample)
         return false;
-    const auto next = WindingFor(sample->frames->size(), sample->frameRate, kits::NumberOf(text));
+    const auto next =
+        WindingFor(sample->frames->size(), sample->frameRate, kits::NumberOf(frequency));
     if (!next)
         return false;
     winding = *next;
@@ -69,6 +93,7 @@ bool Instrument::SetSampleFrequency(const std::string& text) {
 
 TextFault Instrument::Edit(const Parameter& row, const std::string& text) {
     sound.texts[static_cast<std::size_t>(&row - Parameters().data())] = text;
+    sound.author = kDefaultAuthor;
     return ApplyText(row, text, engine.parameters);
 }
 

@@ -42,19 +42,27 @@ class Instrument {
     /// Puts the sound in the place of the present one; where its function fails, the function
     /// before plays on, with all else of the sound. Waits for the compiler or the disk.
     FunctionReport Load(const Sound& sound);
+    /// All of the sound but its function.
+    void LoadRest(const Sound& sound);
 
-    /// Compiles the expression or loads the sample, and installs it. Where that fails the function
-    /// that plays stays. Waits as Load.
+    /// Compiles the expression or loads the sample, and installs it. Where that fails all stays as
+    /// it was. Waits as Load.
     FunctionReport SetFunction(const Function& function);
+    /// Has State say the function, whatever sounds: one that could not be installed is not lost
+    /// when the sound is saved.
+    void Adopt(const Function& function) { sound.function = function; }
+    /// Installs silence in the place of a sample that is missing.
+    void Silence();
 
     /// Gives the sample that plays another pitch: the text is the frequency (Hz) that it was played
     /// at. False, and the winding stays, where the text is no frequency or no sample is loaded.
     bool SetSampleFrequency(const std::string& text);
 
-    /// A coefficient's text, by the rules of ApplyText.
+    /// A coefficient's text, by the rules of ApplyText; the sound is the user's own from then on.
     TextFault Edit(const Parameter& row, const std::string& text);
 
-    /// What the last Load, SetFunction and Edit said.
+    /// The sound as the calls so far have made it, with the points of envelopes as they were
+    /// loaded.
     const Sound& State() const { return sound; }
 
     /// Called with each new function before the engine has it.
@@ -66,10 +74,12 @@ class Instrument {
   private:
     FunctionReport InstallExpression(const std::string& expression);
     FunctionReport InstallSample(const Function& function);
+    bool Wind(const std::string& frequency);
     void Install(const PlaneFunction& f);
 
     const kits::ProgramFolders folders;
     Sound sound;
+    /// The last one that was loaded.
     std::optional<LoadedSample> sample;
     Winding winding;
     Watcher watcher;

@@ -16,7 +16,9 @@ namespace {
 std::vector<float> Play(vexa::VexaView& view, const vexa::MidiFile& file, std::size_t length) {
     vexa::VexaMidiConsumer& consumer = view.Graph().Consumer();
     // The producer's own would drop voices when a few samples take longer than they play.
-    vexa::VoiceRenderer renderer(view.Controllers(), view.SoundParam(), view.Voices());
+    vexa::Engine& engine = view.Playing();
+    vexa::VoiceRenderer renderer(engine.controllers, engine.macros, engine.parameters,
+                                 engine.voices);
     renderer.SetFunction(view.Plane().Function());
     renderer.SetGain(0.25F);
     std::vector<float> samples(length);

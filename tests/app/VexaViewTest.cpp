@@ -218,8 +218,8 @@ TEST_F(VexaViewTest, AnotherChannelReleasesWhatIsHeldAndTheKeysPlayOnIt) {
     // Ends the MIDI thread when all that was sent has been handled.
     view->Graph().Consumer().Unregister();
     EXPECT_EQ(view->Graph().Consumer().CountVox(), 2) << "released, not silenced";
-    EXPECT_TRUE(view->Voices()[0].released);
-    EXPECT_FALSE(view->Voices()[1].released);
+    EXPECT_TRUE(view->Playing().voices[0].released);
+    EXPECT_FALSE(view->Playing().voices[1].released);
     PressButton("Silence");
     EXPECT_EQ(view->Graph().Consumer().CountVox(), 0);
 }

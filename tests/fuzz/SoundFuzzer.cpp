@@ -7,7 +7,7 @@
 #include "functions/SampleFunction.h"
 #include "fuzz/Fuzzing.h"
 #include "kits/support/NumberText.h"
-#include "midi/Instrument.h"
+#include "midi/Engine.h"
 
 #include <array>
 #include <cmath>
@@ -35,14 +35,16 @@ float Steep(float x, float y) {
 
 vexa::PlaneFunction FunctionOf(const vexa::Function& function) {
     if (function.kind == vexa::FunctionKind::Sample) {
-        static const bool loaded =
-            bool(vexa::LoadSample(VEXA_SOURCE_FOLDER "/tests/fuzz/seeds/SampleFile/a.wav"));
-        fuzz::Require(loaded, "there is a sample");
-        vexa::SetSampleFrequency(kRate, kits::NumberOf(function.frequency));
-        return vexa::SampleFunction();
+        static const auto sample =
+            vexa::LoadSample(VEXA_SOURCE_FOLDER "/tests/fuzz/seeds/SampleFile/a.wav");
+        fuzz::Require(bool(sample), "there is a sample");
+        const auto winding =
+            vexa::WindingFor(sample->frames->size(), kRate, kits::NumberOf(function.frequency));
+        return std::make_shared<vexa::SampleSpiral>(sample->frames,
+                                                    winding.value_or(vexa::Winding()));
     }
-    constexpr std::array<vexa::PointFunction, 4> kFunctions{vexa::dummyfunction, Hills, Steps,
-                                                            Steep};
+    constexpr std::array<vexa::PlaneFunction::Point, 4> kFunctions{vexa::dummyfunction, Hills,
+                                                                   Steps, Steep};
     return {kFunctions[std::hash<std::string>{}(function.expression) % kFunctions.size()]};
 }
 
@@ -51,7 +53,7 @@ double ProcessorSeconds() {
 }
 
 /// Chords over the whole keyboard, with controllers, half of the time held.
-void Play(vexa::Instrument& instrument) {
+void Play(vexa::Engine& instrument) {
     std::vector<float> samples(kRate / 10);
     for (int step = 0; step < 10; step++) {
         for (int voice = 0; voice < 3; voice++) {
@@ -82,7 +84,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8* data, std::size_t size) {
     if (!sound)
         return 0;
 
-    vexa::Instrument instrument;
+    vexa::Engine instrument;
     vexa::ApplyParameters(*sound, instrument.parameters);
     vexa::ApplyEnvelopes(*sound, instrument.parameters);
     instrument.SetFunction(FunctionOf(sound->function));

@@ -39,7 +39,7 @@ class SourceWatch : public kits::MessageTarget {
 class HeadlessPlayer {
   public:
     HeadlessPlayer(const AppOptions& options, const kits::ProgramFolders& folders)
-        : options(options), folders(folders), instrument(folders) {}
+        : options(options), folders(folders), instrument(folders, Addons::Following) {}
 
     int Run();
 
@@ -97,6 +97,8 @@ int HeadlessPlayer::Run() {
             ConnectSource();
         }
         kits::CollectRetired();
+        if (const FunctionReport addon = instrument.Collect(); !addon && !interrupt.Requested())
+            Say(Text(addon));
         TellOfDevice();
     }
     ending = true;
@@ -138,8 +140,8 @@ bool HeadlessPlayer::LoadSound() {
         return !options.sound;
     }
     const FunctionReport loaded = instrument.Load(*sound);
-    if (!loaded)
-        Say(Text(loaded));
+    if (const std::string text = Text(loaded); !text.empty())
+        Say(text);
     return loaded || !options.sound;
 }
 

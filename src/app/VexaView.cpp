@@ -44,7 +44,7 @@ void VexaView::ErrorAlert(const std::string& text, const std::string& details) {
 VexaView::VexaView(BRect frame, const char* name, const kits::ProgramFolders& folders)
     : BView(frame, name, B_FOLLOW_ALL_SIDES, B_WILL_DRAW | B_PULSE_NEEDED),
       folders(folders),
-      instrument(folders),
+      instrument(folders, Addons::Following),
       formulas(*be_plain_font()) {
     SetViewColor(kViewColor);
     AddPlaneControls();
@@ -223,6 +223,12 @@ void VexaView::Draw(BRect) {
 
 void VexaView::Pulse() {
     kits::CollectRetired();
+    // The formula plays on.
+    const FunctionReport addon = instrument.Collect();
+    if (!addon)
+        std::fprintf(stderr, "vexa: %s\n", addon.details.c_str());
+    for (const std::string& alert : addon.alerts)
+        NewErrorAlert(alert, &alert == &addon.alerts.back() ? addon.details : "")->Show();
 }
 
 void VexaView::WatchSound() {

@@ -82,8 +82,10 @@ class VexaView : public BView {
 
     /// Compiles the expression and installs its function; a failure is shown and the function
     /// before stays. The field is disabled meanwhile.
-    /// True if it is installed.
+    /// True if it is installed. An add-on follows in the background.
     bool Compile(const char* expression);
+    /// The add-on of the last expression has not come yet.
+    bool Compiling() const { return instrument.Compiling(); }
     /// Winds a sound file onto the plane; false, with an alert, where that fails.
     bool LoadSample(const char* path);
 

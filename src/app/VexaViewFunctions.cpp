@@ -51,6 +51,8 @@ bool VexaView::Install(const Function& function) {
     }
     if (!installed)
         ShowFailure(function, report);
+    else if (!report.details.empty())
+        std::fprintf(stderr, "vexa: %s\n", report.details.c_str());
     return installed;
 }
 

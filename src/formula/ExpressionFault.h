@@ -16,6 +16,12 @@ struct ExpressionFault {
     std::string advice{};
 };
 
+/// The place, as a person counts characters, and the reason; the advice on a line of its own.
+inline std::string Text(const ExpressionFault& fault) {
+    return "character " + std::to_string(fault.position + 1) + ": " + fault.reason +
+           (fault.advice.empty() ? "" : "\n" + fault.advice);
+}
+
 /// Keeps the first fault.
 class Refusals {
   public:

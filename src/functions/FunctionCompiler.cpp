@@ -109,11 +109,10 @@ FunctionCompiler::FunctionCompiler(const kits::ProgramFolders& folders,
       addonPath(functions / kAddon),
       limits(childLimits) {}
 
-CompileOutcome FunctionCompiler::Compile(std::string_view expression) const try {
+CompileOutcome FunctionCompiler::Compile(std::string_view expression,
+                                         const std::function<bool()>& stop) const try {
     if (const auto fault = CheckExpression(expression))
-        return {CompilerFailure(SourcePath(), "character " + std::to_string(fault->position + 1) +
-                                                  ": " + fault->reason),
-                {}};
+        return {Refusal(Text(*fault)), {}};
     std::string source;
     if (CompileReport made =
             MakeSource(expression, WithoutLongDouble(expression), SourcePath(), source);
@@ -121,9 +120,9 @@ CompileOutcome FunctionCompiler::Compile(std::string_view expression) const try 
         made.alerts.push_back(Alert(kNoSource, {SourcePath()}));
         return {std::move(made), {}};
     }
-    return Build(source, SourcePath());
+    return Build(source, SourcePath(), stop);
 } catch (const std::bad_alloc&) {
-    return {CompilerFailure(SourcePath(), "there is not enough memory"), {}};
+    return {Refusal("there is not enough memory"), {}};
 }
 
 CompileReport FunctionCompiler::MakeSourceFile(std::string_view expression,
@@ -159,18 +158,19 @@ CompileOutcome FunctionCompiler::IncludeFunction(const fs::path& sourcePath) con
     if (!fault.empty())
         return {Failure(B_IO_ERROR, Alert(kNotCopied, {sourcePath, addonPath}), std::move(fault)),
                 {}};
-    return Build(*source, sourcePath);
+    return Build(*source, sourcePath, nullptr);
 }
 
 /// `source` is the content of the file at `sourcePath`, which may have been replaced since.
-CompileOutcome FunctionCompiler::Build(std::string_view source, const fs::path& sourcePath) const {
+CompileOutcome FunctionCompiler::Build(std::string_view source, const fs::path& sourcePath,
+                                       const std::function<bool()>& stop) const {
     const kits::Result<CompileFolder> created = CompileFolder::Create(functions);
     if (!created)
         return {CompilerFailure(sourcePath, created.Fault().text), {}};
     const fs::path& folder = created->Path();
     if (const auto written = kits::ReplaceFile(folder / kSource, source); !written)
         return {CompilerFailure(sourcePath, written.Fault().text), {}};
-    CompileReport compiled = RunCompiler(folder, sourcePath);
+    CompileReport compiled = RunCompiler(folder, sourcePath, stop);
     if (!compiled)
         return {std::move(compiled), {}};
 
@@ -198,13 +198,17 @@ CompileOutcome FunctionCompiler::Build(std::string_view source, const fs::path& 
     return {std::move(compiled), std::move(addon)};
 }
 
-CompileReport FunctionCompiler::RunCompiler(const fs::path& folder,
-                                            const fs::path& sourcePath) const {
+CompileReport FunctionCompiler::RunCompiler(const fs::path& folder, const fs::path& sourcePath,
+                                            const std::function<bool()>& stop) const {
     const kits::ChildResult result =
-        kits::RunProgram({Command(kSource, kAddon), folder, limits, kits::Interrupt::Pending});
-    if (!result.Succeeded())
-        return CompilerFailure(sourcePath, Describe(result, limits));
-    return {B_OK, {}, result.standardError};
+        kits::RunProgram({Command(kSource, kAddon), folder, limits,
+                          [&] { return kits::Interrupt::Pending() || (stop && stop()); }});
+    if (result.Succeeded())
+        return {B_OK, {}, result.standardError};
+    CompileReport failure = CompilerFailure(sourcePath, Describe(result, limits));
+    if (result.end == kits::ChildResult::End::notFound)
+        failure.status = B_ENTRY_NOT_FOUND;
+    return failure;
 }
 
 CompileReport FunctionCompiler::CompilerFailure(const fs::path& sourcePath,

@@ -7,6 +7,7 @@
 #include "kits/support/SupportDefs.h"
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -45,8 +46,16 @@ class FunctionCompiler {
 
     /// Checks the expression, makes the source file and includes its function. Only an expression
     /// that CheckExpression accepts reaches a file or the compiler, which computes its long double
-    /// in double. A request to end the program (kits::Interrupt) stops the compiler.
-    CompileOutcome Compile(std::string_view expression) const;
+    /// in double. A request to end the program (kits::Interrupt) stops the compiler, and so does
+    /// `stop`, which is asked several times a second. Where the template or the compiler is missing
+    /// the status is B_ENTRY_NOT_FOUND.
+    CompileOutcome Compile(std::string_view expression,
+                           const std::function<bool()>& stop = nullptr) const;
+
+    /// The report on an expression that is refused for a reason.
+    CompileReport Refusal(std::string details) const {
+        return CompilerFailure(SourcePath(), std::move(details));
+    }
 
     /// Writes the source for an expression, which is not checked: two macro definitions with the
     /// expression as it stands, and the template. The file is the user's alone. B_ENTRY_NOT_FOUND:
@@ -68,9 +77,11 @@ class FunctionCompiler {
   private:
     CompileReport MakeSource(std::string_view expression, std::string_view computed,
                              const std::filesystem::path& sourcePath, std::string& source) const;
-    CompileOutcome Build(std::string_view source, const std::filesystem::path& sourcePath) const;
+    CompileOutcome Build(std::string_view source, const std::filesystem::path& sourcePath,
+                         const std::function<bool()>& stop) const;
     CompileReport RunCompiler(const std::filesystem::path& folder,
-                              const std::filesystem::path& sourcePath) const;
+                              const std::filesystem::path& sourcePath,
+                              const std::function<bool()>& stop) const;
     CompileReport CompilerFailure(const std::filesystem::path& sourcePath,
                                   std::string details) const;
 

@@ -1,11 +1,25 @@
 #include "instrument/Instrument.h"
 
+#include "formula/Formula.h"
+#include "functions/ExpressionCheck.h"
+#include "functions/FunctionCost.h"
+#include "instrument/ShownFunction.h"
 #include "kits/support/NumberText.h"
 #include "kits/support/Quoted.h"
+#include "synth/NoteInputs.h"
 
+#include <new>
+#include <system_error>
 #include <utility>
 
 namespace vexa {
+
+namespace {
+
+/// The note as which the plane shows a function that uses more than x and y.
+constexpr NoteMoment kShownNote{0.8F, 60.0F / 127, 0};
+
+} // namespace
 
 std::string Text(const FunctionReport& report) {
     std::string text;
@@ -18,7 +32,8 @@ std::filesystem::path SamplePath(const Function& function, const kits::ProgramFo
     return folders.Find("samples", function.sampleFile);
 }
 
-Instrument::Instrument(kits::ProgramFolders folders) : folders(std::move(folders)) {}
+Instrument::Instrument(kits::ProgramFolders programFolders, Addons addons)
+    : folders(std::move(programFolders)), addons(addons), thread(folders) {}
 
 FunctionReport Instrument::Load(const Sound& next) {
     FunctionReport report = SetFunction(next.function);
@@ -46,23 +61,59 @@ FunctionReport Instrument::SetFunction(const Function& function) {
 }
 
 void Instrument::Silence() {
+    thread.Drop();
     sample.reset();
     Install(nullfunc);
 }
 
-FunctionReport Instrument::InstallExpression(const std::string& expression) {
-    CompileOutcome outcome = FunctionCompiler(folders).Compile(expression);
-    if (outcome) {
-        sample.reset();
-        Install(outcome.addon);
+FunctionReport Instrument::InstallExpression(const std::string& expression) try {
+    const FunctionCompiler compiler(folders);
+    const FormulaOutcome outcome = CompileFormula(expression);
+    if (!outcome)
+        return compiler.Refusal(Text(outcome.fault));
+    if (auto tooCostly = TooCostly(outcome.formula->Cost()))
+        return compiler.Refusal(*std::move(tooCostly));
+    const bool mayBeAddon =
+        addons != Addons::None && outcome.formula->Inputs().empty() && !CheckExpression(expression);
+    PlaneFunction f = outcome.formula;
+    FunctionReport report;
+    if (mayBeAddon && addons == Addons::Awaited) {
+        CompileOutcome compiled = compiler.Compile(expression);
+        if (!compiled)
+            return compiled;
+        f = std::move(compiled.addon);
+        report = std::move(compiled);
     }
-    return outcome;
+    thread.Drop();
+    sample.reset();
+    Install(f);
+    return mayBeAddon && addons == Addons::Following ? Follow(expression) : report;
+} catch (const std::bad_alloc&) {
+    return FunctionCompiler(folders).Refusal("there is not enough memory");
+}
+
+/// Without a thread the formula plays on.
+FunctionReport Instrument::Follow(const std::string& expression) try {
+    thread.Begin(expression);
+    return {};
+} catch (const std::system_error& fault) {
+    return {B_OK, {}, std::string("there is no thread for the compiler: ") + fault.what()};
+}
+
+FunctionReport Instrument::Collect() {
+    std::optional<CompileOutcome> outcome = thread.Take();
+    if (!outcome || outcome->status == B_ENTRY_NOT_FOUND)
+        return {};
+    if (*outcome)
+        engine.SetFunction(std::move(outcome->addon));
+    return *std::move(outcome);
 }
 
 FunctionReport Instrument::InstallSample(const Function& function) {
     kits::Result<LoadedSample> loaded = LoadSample(SamplePath(function, folders));
     if (!loaded)
         return {B_ERROR, {kSampleAlert}, loaded.Fault().text};
+    thread.Drop();
     sample = *std::move(loaded);
     if (Wind(function.frequency))
         return {};
@@ -98,8 +149,11 @@ TextFault Instrument::Edit(const Parameter& row, const std::string& text) {
 }
 
 void Instrument::Install(const PlaneFunction& f) {
-    if (watcher)
+    if (watcher && f.Source().Inputs().empty())
         watcher(f);
+    else if (watcher)
+        watcher(std::make_shared<ShownFunction>(
+            f, InputsOf(f.Source(), kShownNote, engine.macros, engine.controllers)));
     engine.SetFunction(f);
 }
 

@@ -3,6 +3,7 @@
 
 #include "documents/ApplySound.h"
 #include "documents/Sound.h"
+#include "functions/AddonThread.h"
 #include "functions/FunctionCompiler.h"
 #include "functions/SampleFunction.h"
 #include "kits/storage/ProgramFolder.h"
@@ -21,6 +22,17 @@ namespace vexa {
 /// whose frequency means nothing plays in the winding before, and is reported without an alert.
 using FunctionReport = CompileReport;
 
+/// What computes an expression. What notes and macros have a say in, and what is dangerous in C, is
+/// a formula in any case (functions/ExpressionCheck.h).
+enum class Addons {
+    /// Formulas of the program's own.
+    None,
+    /// Add-ons of gcc, which Load and SetFunction wait for.
+    Awaited,
+    /// A formula at once, and an add-on in its place when it is compiled.
+    Following,
+};
+
 /// The alerts and the details, a line each.
 std::string Text(const FunctionReport& report);
 
@@ -37,7 +49,7 @@ class Instrument {
     using Watcher = std::function<void(const PlaneFunction& f)>;
 
     /// Functions and samples are looked for in `folders`.
-    explicit Instrument(kits::ProgramFolders folders);
+    Instrument(kits::ProgramFolders folders, Addons addons);
 
     /// Puts the sound in the place of the present one; where its function fails, the function
     /// before plays on, with all else of the sound. Waits for the compiler or the disk.
@@ -48,6 +60,12 @@ class Instrument {
     /// Compiles the expression or loads the sample, and installs it. Where that fails all stays as
     /// it was. Waits as Load.
     FunctionReport SetFunction(const Function& function);
+    /// Installs the add-on that was compiled since the last call, if any; to be called some ten
+    /// times a second where they follow. Where there is none because the template or the compiler
+    /// is missing there is nothing to report; of other faults there is, and the formula plays on.
+    FunctionReport Collect();
+    /// Whether Collect has something to wait for.
+    bool Compiling() const { return thread.Pending(); }
     /// Has State say the function, whatever sounds: one that could not be installed is not lost
     /// when the sound is saved.
     void Adopt(const Function& function) { sound.function = function; }
@@ -65,7 +83,9 @@ class Instrument {
     /// loaded.
     const Sound& State() const { return sound; }
 
-    /// Called with each new function before the engine has it.
+    /// Called with each new function before the engine has it, but for add-ons that follow a
+    /// formula of the same values. One that uses more than x and y comes as a note of velocity 0.8
+    /// and key 60 hears it when it begins.
     void Watch(Watcher next) { watcher = std::move(next); }
 
     Engine& Playing() { return engine; }
@@ -73,16 +93,19 @@ class Instrument {
 
   private:
     FunctionReport InstallExpression(const std::string& expression);
+    FunctionReport Follow(const std::string& expression);
     FunctionReport InstallSample(const Function& function);
     bool Wind(const std::string& frequency);
     void Install(const PlaneFunction& f);
 
     const kits::ProgramFolders folders;
+    const Addons addons;
     Sound sound;
     /// The last one that was loaded.
     std::optional<LoadedSample> sample;
     Winding winding;
     Watcher watcher;
+    AddonThread thread;
     Engine engine;
 };
 

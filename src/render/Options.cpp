@@ -29,6 +29,8 @@ constexpr kits::OptionRow<Options> kRows[] = {
      [](Options& o, std::string_view text) { return SetText(o.sound.emplace(), text); }},
     {"function", "EXPR", nullptr, "play this function of x and y instead of the sound's",
      [](Options& o, std::string_view text) { return SetText(o.function.emplace(), text); }},
+    {"compile", nullptr, nullptr, "let gcc compile the function, for long pieces",
+     [](Options& o, std::string_view) { return o.compile = true; }},
     {"sample", "FILE", nullptr, "play this sample instead of the sound's function",
      [](Options& o, std::string_view text) { return SetText(o.sample.emplace(), text); }},
     {"sample-frequency", "HZ", "a number from 0.001 to 1000000", "the pitch of the sample",

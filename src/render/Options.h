@@ -27,6 +27,8 @@ struct Options {
     std::optional<std::filesystem::path> sample;
     std::optional<double> sampleFrequency;
 
+    /// The sound's function is compiled by gcc.
+    bool compile = false;
     /// Most voices at once.
     int voices = 20;
     /// The MIDI channel to play, 0..15, or -1 for all.

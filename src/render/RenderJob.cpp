@@ -44,7 +44,7 @@ class RenderJob {
         : options(options),
           folders(folders),
           fullRate(double(options.rate) * options.oversample),
-          instrument(folders) {}
+          instrument(folders, options.compile ? Addons::Awaited : Addons::None) {}
 
     RenderOutcome Run() {
         if (const Result<void> done = Render(); !done) {

@@ -13,9 +13,11 @@
 
 #include <QApplication>
 #include <QWidget>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -49,6 +51,14 @@ class MainViewTest : public testing::Test {
     void Enter(const char* field, const char* text) {
         view->Field(field)->Type(text);
         view->Field(field)->Confirm();
+        Settle();
+    }
+    /// Waits for the add-on of the last expression.
+    void FinishAddon() {
+        while (view->Compiling()) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+            view->Pulse();
+        }
         Settle();
     }
     std::string Text(const char* field) const { return view->Field(field)->Text(); }

@@ -257,6 +257,7 @@ TEST_F(PanelTest, NothingLeaksOverManyLoadsCompilesAndExports) {
         Choose(vexa::kSoundLoadedCode, In("sounds/bell.xml"));
         Choose(vexa::kSampleLoadedCode, In("samples/pluck.wav"));
         Enter("Fxy", ("x+" + std::to_string(round)).c_str());
+        FinishAddon();
         if (round % 4 == 0)
             ExportPicture("picture");
         PressButton("Load Sound");

@@ -112,6 +112,19 @@ TEST_F(VexaViewTest, AnExpressionIsCompiledAndShown) {
     EXPECT_EQ(PixelAt(10, 10), 127U);
     EXPECT_EQ(Text("Fxy"), "0.5");
     EXPECT_TRUE(view->Field("Fxy")->IsEnabled());
+    // What the person types meanwhile stays when the add-on comes, with or without one.
+    view->Field("Fxy")->Type("x+");
+    FinishAddon();
+    EXPECT_TRUE(std::filesystem::exists(In("functions/recent")));
+    EXPECT_EQ(Text("Fxy"), "x+");
+    EXPECT_THAT(alerts.texts, ElementsAre());
+    folder.Write("functions/addon.c", "#error no");
+    Enter("Fxy", "0.5");
+    FinishAddon();
+    ASSERT_EQ(alerts.texts.size(), 1U);
+    EXPECT_THAT(alerts.texts[0], HasSubstr("There was an error while trying to compile"));
+    EXPECT_EQ(PixelAt(10, 10), 127U);
+    alerts.texts.clear();
     // After a failure the function before stays, with the text that is wrong.
     Enter("Fxy", "0.5 + fopen(x)");
     ASSERT_EQ(alerts.texts.size(), 1U);

@@ -33,7 +33,7 @@ std::vector<fs::path> Documents(const char* folder) {
 
 /// Two seconds of note 57 (220 Hz), then its release, at the gain that a user starts with.
 std::vector<float> PlayOneNote(const Sound& sound) {
-    vexa::Instrument whole(kFolder);
+    vexa::Instrument whole(kFolder, vexa::Addons::None);
     const vexa::FunctionReport report = whole.Load(sound);
     EXPECT_TRUE(report) << vexa::Text(report);
     vexa::Engine& instrument = whole.Playing();

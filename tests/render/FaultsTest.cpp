@@ -33,8 +33,8 @@ class RenderFaults : public testing::Test {
 
     bool Plays(const std::string& limit) {
         const fs::path old = folder.Write("out.wav", "precious");
-        const CommandResult result =
-            test::RunLimited(limit, {kProgram, Note(), old.string(), "--quiet", "--tail", "0"});
+        const CommandResult result = test::RunLimited(
+            limit, {kProgram, Note(), old.string(), "--quiet", "--tail", "0", "--compile"});
         const std::string bytes = test::Contents(old);
         if (result.exitCode == 0) {
             EXPECT_TRUE(bytes.starts_with("RIFF")) << limit;

@@ -284,8 +284,8 @@ TEST_F(RenderProgram, WhatIsTheUsersIsInTheUsersFolderAndShippedContentIsOnlyRea
     fs::copy(VEXA_PROGRAM_FOLDER "/samples", program / "samples");
     const std::string note = OneNote();
     const auto render = [&](std::vector<std::string> options) {
-        options.insert(options.begin(),
-                       {program / "vexa-render", note, Path("out.wav"), "--tail", "0"});
+        options.insert(options.begin(), {program / "vexa-render", note, Path("out.wav"), "--tail",
+                                         "0", "--compile"});
         return test::RunCommand(std::move(options));
     };
     const test::EnvironmentVariable data("XDG_DATA_HOME", Path("data").c_str());
@@ -353,7 +353,7 @@ TEST_F(RenderProgram, AFullDiskIsReported) {
     EXPECT_EQ(Contents(old), "precious");
 }
 
-TEST_F(RenderProgram, WithoutTemplateOrCompilerItSaysSo) {
+TEST_F(RenderProgram, NeedsTemplateAndCompilerOnlyWhereItIsToCompile) {
     const fs::path copy = folder.Path() / "program";
     fs::create_directory(copy);
     fs::copy(kProgram, copy / "vexa-render");
@@ -361,15 +361,21 @@ TEST_F(RenderProgram, WithoutTemplateOrCompilerItSaysSo) {
     fs::create_directory(copy / "functions");
     const std::string note = OneNote();
     const CommandResult missing =
-        test::RunCommand({(copy / "vexa-render").string(), note, Path("a.wav")});
+        test::RunCommand({(copy / "vexa-render").string(), note, Path("a.wav"), "--compile"});
     EXPECT_EQ(missing.exitCode, 1);
     EXPECT_THAT(missing.text, HasSubstr("The template file \n" + copy.string()));
 
-    const CommandResult bare =
-        test::RunCommand({"/usr/bin/env", "PATH=/none", kProgram, note, Path("a.wav")});
+    const CommandResult bare = test::RunCommand(
+        {"/usr/bin/env", "PATH=/none", kProgram, note, Path("a.wav"), "--compile"});
     EXPECT_EQ(bare.exitCode, 1);
     EXPECT_THAT(bare.text, HasSubstr("gcc"));
     EXPECT_FALSE(fs::exists(Path("a.wav")));
+
+    const CommandResult formula = test::RunCommand(
+        {"/usr/bin/env", "PATH=/none", (copy / "vexa-render").string(), note, Path("a.wav")});
+    EXPECT_EQ(formula.exitCode, 0) << formula.text;
+    EXPECT_EQ(Run({note, Path("b.wav"), "--compile"}).exitCode, 0);
+    EXPECT_TRUE(fs::exists(Path("b.wav")));
 }
 
 } // namespace

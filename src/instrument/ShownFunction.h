@@ -1,0 +1,30 @@
+// What the plane shows of a function that differs from note to note.
+#pragma once
+
+#include "synth/PlaneFunction.h"
+
+#include <array>
+#include <cstddef>
+
+namespace vexa {
+
+/// A function of x and y alone: another one whose inputs stay at some values.
+class ShownFunction final : public PlaneSource {
+  public:
+    ShownFunction(const PlaneFunction& f, const std::array<float, kMostInputs>& values);
+
+    float At(float x, float y, const float*) const noexcept override;
+    void Evaluate(const float* x, const float* y, const float* const*, float* values,
+                  std::size_t count) const noexcept override;
+
+  private:
+    static constexpr std::size_t kPiece = 256;
+
+    const PlaneFunction f;
+    const std::array<float, kMostInputs> inputs;
+    /// Each input over a piece, and where they are.
+    std::array<std::array<float, kPiece>, kMostInputs> pieces;
+    std::array<const float*, kMostInputs> arrays;
+};
+
+} // namespace vexa

@@ -1,0 +1,218 @@
+#include "instrument/Instrument.h"
+
+#include "functions/ProgramFolder.h"
+#include "support/Environment.h"
+#include "support/SoundFiles.h"
+#include "support/Sounds.h"
+
+#include <chrono>
+#include <memory>
+#include <thread>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using vexa::Addons;
+using vexa::Function;
+using vexa::FunctionReport;
+using vexa::Instrument;
+
+Function Of(const std::string& expression) {
+    Function function;
+    function.expression = expression;
+    return function;
+}
+
+/// A sound whose notes go round the origin.
+vexa::Sound WithCircles() {
+    vexa::Sound sound;
+    sound.envelopes[2] = sound.envelopes[3] = {{0, false, 0}, {0.01F, false, 1}, {0.05F, true, 0}};
+    return sound;
+}
+
+/// What became of the add-on.
+FunctionReport Await(Instrument& instrument) {
+    while (instrument.Compiling()) {
+        if (FunctionReport report = instrument.Collect(); !report)
+            return report;
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    return {};
+}
+
+/// How loud a note is with the function that plays.
+float Loudness(Instrument& instrument) {
+    vexa::Engine& engine = instrument.Playing();
+    instrument.LoadRest(WithCircles());
+    engine.renderer.SetGain(1);
+    engine.consumer.AllNotesOff(false, 0);
+    engine.consumer.NoteOn(0, 60, 127, 0);
+    return test::Peak(test::Render(engine, 4410));
+}
+
+/// Add-ons of this template are louder than the formula, which shows who plays.
+const std::string kLoud = "const char* r2rfunstr(void) { return EXPRESSION_STR; }\n"
+                          "float r2rfun(float x, float y) { return 3 * (EXPRESSION); }\n";
+
+TEST(Instrument, AFormulaPlaysAtOnceAndAnAddonFollows) {
+    const test::ProgramFolder folder;
+    folder.WriteTemplate(kLoud);
+    Instrument formula(folder.Path(), Addons::None);
+    ASSERT_TRUE(formula.SetFunction(Of("x")));
+    const float quiet = Loudness(formula);
+    EXPECT_GT(quiet, 0);
+    EXPECT_EQ(folder.Files(), (std::set<std::string>{"addon.c"})) << "no compiler was started";
+
+    Instrument following(folder.Path(), Addons::Following);
+    int shown = 0;
+    following.Watch([&](const vexa::PlaneFunction& f) { shown += f(2, 0) == 2; });
+    ASSERT_TRUE(following.SetFunction(Of("x")));
+    EXPECT_TRUE(following.Compiling());
+    EXPECT_EQ(Loudness(following), quiet);
+    EXPECT_TRUE(Await(following));
+    EXPECT_NEAR(Loudness(following), 3 * quiet, 1e-4 * quiet);
+    EXPECT_EQ(shown, 1);
+
+    Instrument awaited(folder.Path(), Addons::Awaited);
+    ASSERT_TRUE(awaited.SetFunction(Of("x")));
+    EXPECT_NEAR(Loudness(awaited), 3 * quiet, 1e-4 * quiet);
+
+    // What has come to nothing in the meantime is not installed, the latest is.
+    for (const char* text : {"x", "2*x", "y", "x"})
+        ASSERT_TRUE(following.SetFunction(Of(text)));
+    EXPECT_EQ(Loudness(following), quiet);
+    EXPECT_TRUE(Await(following));
+    EXPECT_NEAR(Loudness(following), 3 * quiet, 1e-4 * quiet);
+    ASSERT_TRUE(following.SetFunction(Of("x")));
+    following.Silence();
+    EXPECT_FALSE(following.Compiling());
+    // Notes and macros, and what C leaves undefined, are for formulas alone.
+    for (const char* text : {"x*vel", "a*x", "x*((int)x/(int)y)"}) {
+        EXPECT_TRUE(following.SetFunction(Of(text))) << text;
+        EXPECT_FALSE(following.Compiling()) << text;
+        EXPECT_TRUE(awaited.SetFunction(Of(text))) << text;
+    }
+}
+
+TEST(Instrument, WhatIsMissingForAnAddonIsNoFault) {
+    const test::ProgramFolder folder;
+    const test::EnvironmentVariable path("PATH", "/none");
+    Instrument following(folder.Path(), Addons::Following);
+    ASSERT_TRUE(following.SetFunction(Of("x")));
+    EXPECT_TRUE(Await(following));
+    EXPECT_GT(Loudness(following), 0);
+    std::filesystem::remove(folder.Function("addon.c"));
+    ASSERT_TRUE(following.SetFunction(Of("x")));
+    EXPECT_TRUE(Await(following));
+    // Where it is asked for it is a fault.
+    Instrument awaited(folder.Path(), Addons::Awaited);
+    EXPECT_THAT(Text(awaited.SetFunction(Of("x"))), HasSubstr("is missing."));
+}
+
+TEST(Instrument, ATemplateThatMisbehavesIsTold) {
+    const test::ProgramFolder folder;
+    folder.WriteTemplate("float r2rfun(float x, float y) { return EXPRESSION; }\n");
+    Instrument following(folder.Path(), Addons::Following);
+    ASSERT_TRUE(following.SetFunction(Of("x")));
+    EXPECT_THAT(Await(following).alerts,
+                ElementsAre("The function r2rfunstr could not be found in addon \n" +
+                            folder.Function("recent")));
+    EXPECT_GT(Loudness(following), 0);
+}
+
+TEST(Instrument, WhatCannotBePlayedLeavesAllAsItWas) {
+    const test::ProgramFolder folder;
+    Instrument instrument(folder.Path(), Addons::None);
+    int shown = 0;
+    ASSERT_TRUE(instrument.SetFunction(Of("x")));
+    instrument.Watch([&](const auto&) { shown++; });
+    std::string costly = "x";
+    for (int i = 0; i < 200; i++)
+        costly += "+jn(50,x+" + std::to_string(i) + ")";
+    const struct {
+        std::string expression;
+        const char* reason;
+    } faults[] = {{"x^2", "pow"}, {"x+", "character 3"}, {costly, "microseconds for a point"}};
+    for (const auto& fault : faults) {
+        const FunctionReport report = instrument.SetFunction(Of(fault.expression));
+        EXPECT_FALSE(report) << fault.expression;
+        EXPECT_EQ(report.alerts.size(), 1U);
+        EXPECT_THAT(report.details, HasSubstr(fault.reason));
+    }
+    Function missing;
+    missing.kind = vexa::FunctionKind::Sample;
+    missing.sampleFile = "none.wav";
+    EXPECT_THAT(instrument.SetFunction(missing).alerts, ElementsAre(vexa::kSampleAlert));
+    EXPECT_EQ(instrument.State().function, Of("x"));
+    EXPECT_EQ(shown, 0);
+}
+
+/// A macro, and a note of velocity 0.8 and key 60.
+TEST(Instrument, ThePlaneIsShownAsANoteHearsIt) {
+    Instrument instrument(std::filesystem::path("/none"), Addons::Following);
+    std::vector<float> x(1000);
+    std::vector<float> values(x.size());
+    for (std::size_t i = 0; i < x.size(); i++)
+        x[i] = static_cast<float>(i);
+    instrument.Watch([&](const vexa::PlaneFunction& f) {
+        f.Evaluate(x.data(), x.data(), values.data(), x.size());
+        EXPECT_EQ(values[999], f(999, 999));
+    });
+    ASSERT_TRUE(instrument.SetFunction(Of("x*vel + 127*key*1000 + a*1e6 + t")));
+    for (std::size_t i = 0; i < x.size(); i++)
+        EXPECT_NEAR(values[i], 0.8 * double(x[i]) + 560000, 0.1);
+}
+
+/// With formulas and samples of their own, in turns as alone.
+TEST(Instrument, AHundredPlaySideBySide) {
+    const test::ProgramFolder folder;
+    std::filesystem::create_directory(folder.Path() / "samples");
+    for (int i = 0; i < 2; i++) {
+        std::vector<float> saw(1000);
+        for (std::size_t k = 0; k < saw.size(); k++)
+            saw[k] = static_cast<float>(k % (10 + std::size_t(i))) / 10;
+        ASSERT_TRUE(
+            test::WriteSound(folder.Path() / "samples" / (std::to_string(i) + ".wav"), saw, 8000));
+    }
+    const auto make = [&](int number) {
+        auto instrument = std::make_unique<Instrument>(folder.Path(), Addons::None);
+        vexa::Sound sound = WithCircles();
+        sound.function = Of("sin(" + std::to_string(number + 1) + "*x*0.1)*cos(y)*a");
+        if (number % 3 == 0) {
+            sound.function.kind = vexa::FunctionKind::Sample;
+            sound.function.sampleFile = std::to_string(number % 2) + ".wav";
+            sound.function.frequency = std::to_string(100 + number);
+        }
+        EXPECT_TRUE(instrument->Load(sound));
+        instrument->Playing().renderer.SetGain(1);
+        instrument->Playing().consumer.NoteOn(0, uchar(40 + number % 50), 100, 0);
+        return instrument;
+    };
+    std::vector<std::unique_ptr<Instrument>> all;
+    for (int i = 0; i < 100; i++)
+        all.push_back(make(i));
+    std::vector<std::vector<float>> turns(all.size());
+    for (int turn = 0; turn < 20; turn++) {
+        for (std::size_t i = 0; i < all.size(); i++) {
+            const std::vector<float> piece = test::Render(all[i]->Playing(), 200);
+            turns[i].insert(turns[i].end(), piece.begin(), piece.end());
+        }
+    }
+    all.clear();
+    for (int i = 0; i < 100; i++) {
+        const auto alone = make(i);
+        std::vector<float> samples;
+        for (int turn = 0; turn < 20; turn++) {
+            const std::vector<float> piece = test::Render(alone->Playing(), 200);
+            samples.insert(samples.end(), piece.begin(), piece.end());
+        }
+        EXPECT_EQ(samples, turns[std::size_t(i)]) << i;
+        EXPECT_GT(test::Peak(samples), 0) << i;
+    }
+}
+
+} // namespace

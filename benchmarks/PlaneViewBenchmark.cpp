@@ -25,17 +25,22 @@ float Point(float x, float y) {
            ((1 + x * x + y * y) * (1 + x * x + y * y));
 }
 
-void Block(const float* x, const float* y, float* values, std::size_t count) {
-    for (std::size_t i = 0; i < count; i++)
-        values[i] = Point(x[i], y[i]);
-}
+/// With a block form, as compiled functions have.
+class Source final : public vexa::PlaneSource {
+    float At(float x, float y, const float*) const noexcept override { return Point(x, y); }
+    void Evaluate(const float* x, const float* y, const float* const*, float* values,
+                  std::size_t count) const noexcept override {
+        for (std::size_t i = 0; i < count; i++)
+            values[i] = Point(x[i], y[i]);
+    }
+};
 
 /// The picture of an export, besides writing it; `peak` is the most memory that the process has
 /// had, in sizes of the picture.
 void Export(benchmark::State& state) {
     Application();
     vexa::R2RFView view(kFrame, "view", {0, 0}, {0.5F, 0.5F}, 0.05F, B_FOLLOW_NONE);
-    view.SetFunction({Point, Block});
+    view.SetFunction(std::make_shared<Source>());
     const auto edge = static_cast<float>(state.range(0) - 1);
     double size = 0;
     for (auto _ : state) {

@@ -123,7 +123,7 @@ class Tour {
     }
 
     std::vector<fs::path> sounds;
-    vexa::Instrument whole{VEXA_PROGRAM_FOLDER, vexa::Addons::Awaited};
+    vexa::Instrument whole{fs::path(VEXA_PROGRAM_FOLDER), vexa::Addons::Awaited};
     vexa::Engine& instrument = whole.Playing();
     std::vector<float> buffer = std::vector<float>(kPiece);
     std::mt19937 random{1};

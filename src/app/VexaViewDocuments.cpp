@@ -76,6 +76,7 @@ void VexaView::InterpretFunction(const Function& function) {
         SetAndInvoke("SFreq", function.frequency);
     else
         Field("Fxy")->SetText(function.expression.c_str());
+    instrument.SetMacros(function);
     sampleMissing = !Install(function) && isSample;
     if (sampleMissing)
         instrument.Silence();

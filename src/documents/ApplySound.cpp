@@ -3,6 +3,7 @@
 #include "kits/support/NumberText.h"
 #include "synth/Envelope.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 
@@ -27,6 +28,17 @@ TextFault ApplyText(const Parameter& row, const std::string& text, sound_param& 
 void ApplyParameters(const Sound& sound, sound_param& target) {
     for (std::size_t i = 0; i < Parameters().size(); i++)
         ApplyText(Parameters()[i], sound.texts[i], target);
+}
+
+void ApplyMacros(const Function& function, Macros& target) {
+    for (std::size_t i = 0; i < target.size(); i++) {
+        const auto value = static_cast<float>(kits::NumberOf(function.macros[i].value));
+        target[i].value = std::isnan(value) ? kInitialMacro : std::clamp(value, 0.0F, 1.0F);
+        const long number = std::strtol(function.macros[i].controller.c_str(), nullptr, 10);
+        const bool known = number >= 0 && number <= 127;
+        target[i].controller =
+            known ? static_cast<int32>(number) : kFirstMacroController + static_cast<int32>(i);
+    }
 }
 
 void ApplyEnvelopes(const Sound& sound, sound_param& target) {

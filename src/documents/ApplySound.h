@@ -3,6 +3,7 @@
 
 #include "documents/NumberDoubt.h"
 #include "documents/Sound.h"
+#include "synth/Macros.h"
 #include "synth/ParameterTable.h"
 
 namespace vexa {
@@ -22,6 +23,10 @@ TextFault ApplyText(const Parameter& row, const std::string& text, sound_param& 
 
 /// ApplyText for all of the sound's texts. Reading a document tells of their faults. Window thread.
 void ApplyParameters(const Sound& sound, sound_param& target);
+
+/// Sets values and controllers of the macros to what the function's texts mean, values within 0..1;
+/// what means nothing is as in a fresh function. Window thread.
+void ApplyMacros(const Function& function, Macros& target);
 
 /// Replaces and publishes the points of the target's envelopes. Window thread.
 void ApplyEnvelopes(const Sound& sound, sound_param& target);

@@ -1,6 +1,9 @@
 // A plane function as a document holds it: the texts of the window's fields.
 #pragma once
 
+#include "synth/Macros.h"
+
+#include <array>
 #include <string>
 
 namespace vexa {
@@ -29,6 +32,13 @@ struct Function {
         bool operator==(const Point&) const = default;
     };
 
+    /// The texts of a macro's value (0..1) and of the controller that moves it.
+    struct MacroTexts {
+        std::string value;
+        std::string controller;
+        bool operator==(const MacroTexts&) const = default;
+    };
+
     FunctionKind kind = FunctionKind::Expression;
     std::string author = kDefaultAuthor;
     /// In x and y; of the kind Expression.
@@ -43,6 +53,9 @@ struct Function {
     /// view's size (0..1).
     Point linkFunction{"0", "0"};
     Point linkScreen{"0.5", "0.5"};
+    /// Of a to d.
+    std::array<MacroTexts, kMacros> macros{
+        {{"0.5", "16"}, {"0.5", "17"}, {"0.5", "18"}, {"0.5", "19"}}};
     KeptElements kept;
 
     bool operator==(const Function&) const = default;

@@ -1,13 +1,18 @@
 #include "documents/FunctionDocument.h"
 
 #include "documents/DocumentKind.h"
+#include "kits/support/NumberText.h"
+#include "kits/support/Quoted.h"
+
+#include <array>
 
 namespace vexa {
 
 namespace {
 
 /// The children of a function element, of both kinds.
-constexpr std::string_view kKnown[] = {"info", "expression", "samplefile", "frequency", "display"};
+constexpr std::string_view kKnown[] = {"info",      "expression", "samplefile",
+                                       "frequency", "display",    "macros"};
 
 std::unique_ptr<MXFragment> ConstructPoint(const char* name, const Function::Point& point) {
     auto element = std::make_unique<MXFragment>(MX_ELEMENT, name);
@@ -20,6 +25,49 @@ void ReadPoint(const MXFragment* element, Function::Point& point, Remarks& remar
     const ElementScope scope(element, {"x", "y"}, remarks);
     scope.ReadNumber("x", point.x);
     scope.ReadNumber("y", point.y);
+}
+
+/// The name of a macro's value, and that of its controller.
+struct MacroNames {
+    const char* value;
+    const char* controller;
+};
+constexpr std::array<MacroNames, kMacros> kMacroNames{
+    {{"a", "actl"}, {"b", "bctl"}, {"c", "cctl"}, {"d", "dctl"}}};
+
+/// What is as in a fresh function is left out, and the whole element where all is.
+void AdoptMacros(MXFragment& root, const Function& function) {
+    const Function fresh;
+    if (function.macros == fresh.macros)
+        return;
+    MXFragment& element = root.Adopt(std::make_unique<MXFragment>(MX_ELEMENT, "macros"));
+    for (std::size_t i = 0; i < kMacros; i++) {
+        if (function.macros[i].value != fresh.macros[i].value)
+            element.Adopt(ConstructTextElement(kMacroNames[i].value, function.macros[i].value));
+        if (function.macros[i].controller != fresh.macros[i].controller)
+            element.Adopt(
+                ConstructTextElement(kMacroNames[i].controller, function.macros[i].controller));
+    }
+}
+
+void ReadMacros(const MXFragment* element, Function& function, Remarks& remarks) {
+    function.macros = Function().macros;
+    std::vector<std::string_view> names;
+    for (const MacroNames& row : kMacroNames)
+        names.insert(names.end(), {row.value, row.controller});
+    const ElementScope scope(element, names, remarks);
+    for (std::size_t i = 0; i < kMacros; i++) {
+        if (const MXFragment* value = scope.Find(kMacroNames[i].value)) {
+            std::string& text = function.macros[i].value;
+            scope.ReadNumber(kMacroNames[i].value, text);
+            const double number = kits::NumberOf(text);
+            if (number < 0 || number > 1)
+                remarks.Add(value->TextLeft(), Tag(value->name) + ": " + kits::Quoted(text) +
+                                                   " counts as " + (number < 0 ? "0" : "1"));
+        }
+        if (scope.Find(kMacroNames[i].controller))
+            scope.ReadNumber(kMacroNames[i].controller, function.macros[i].controller, true);
+    }
 }
 
 } // namespace
@@ -41,6 +89,7 @@ std::unique_ptr<MXFragment> ConstructFunctionElement(const Function& function) {
     display.Adopt(ConstructTextElement("width", function.width));
     display.Adopt(ConstructPoint("linkfunction", function.linkFunction));
     display.Adopt(ConstructPoint("linkscreenrel", function.linkScreen));
+    AdoptMacros(*root, function);
     AdoptChildren(*root, function.kept.root);
     return root;
 }
@@ -68,6 +117,7 @@ std::optional<Refusal> InterpretFunction(const MXFragment& root, Function& funct
     display.ReadNumber("width", function.width);
     ReadPoint(display.Element("linkfunction"), function.linkFunction, remarks);
     ReadPoint(display.Element("linkscreenrel"), function.linkScreen, remarks);
+    ReadMacros(ElementScope(&root, {"macros"}, remarks).Find("macros"), function, remarks);
     return std::nullopt;
 }
 

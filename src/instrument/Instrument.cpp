@@ -36,6 +36,7 @@ Instrument::Instrument(kits::ProgramFolders programFolders, Addons addons)
     : folders(std::move(programFolders)), addons(addons), thread(folders) {}
 
 FunctionReport Instrument::Load(const Sound& next) {
+    SetMacros(next.function);
     FunctionReport report = SetFunction(next.function);
     LoadRest(next);
     Adopt(next.function);

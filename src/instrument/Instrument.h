@@ -66,6 +66,8 @@ class Instrument {
     FunctionReport Collect();
     /// Whether Collect has something to wait for.
     bool Compiling() const { return thread.Pending(); }
+    /// Sets the macros, which controllers move, to what the function's document says.
+    void SetMacros(const Function& function) { ApplyMacros(function, engine.macros); }
     /// Has State say the function, whatever sounds: one that could not be installed is not lost
     /// when the sound is saved.
     void Adopt(const Function& function) { sound.function = function; }

@@ -22,6 +22,14 @@ bool SetOversample(Options& options, std::string_view text) {
     return true;
 }
 
+/// "a=0.3"
+bool SetMacro(Options& options, std::string_view text) {
+    if (text.size() < 2 || text[0] < 'a' || text[0] > 'd' || text[1] != '=')
+        return false;
+    return SetNumber(options.macros[static_cast<std::size_t>(text[0] - 'a')].emplace(),
+                     text.substr(2), 0.0, 1.0);
+}
+
 // The columns are easier to compare than to wrap.
 // clang-format off
 constexpr kits::OptionRow<Options> kRows[] = {
@@ -29,6 +37,8 @@ constexpr kits::OptionRow<Options> kRows[] = {
      [](Options& o, std::string_view text) { return SetText(o.sound.emplace(), text); }},
     {"function", "EXPR", nullptr, "play this function of x and y instead of the sound's",
      [](Options& o, std::string_view text) { return SetText(o.function.emplace(), text); }},
+    {"macro", "M=V", "a, b, c or d, \"=\" and a number from 0 to 1", "set a macro",
+     SetMacro},
     {"compile", nullptr, nullptr, "let gcc compile the function, for long pieces",
      [](Options& o, std::string_view) { return o.compile = true; }},
     {"sample", "FILE", nullptr, "play this sample instead of the sound's function",

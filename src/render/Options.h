@@ -2,7 +2,9 @@
 #pragma once
 
 #include "kits/support/Result.h"
+#include "synth/Macros.h"
 
+#include <array>
 #include <filesystem>
 #include <optional>
 #include <span>
@@ -27,6 +29,8 @@ struct Options {
     std::optional<std::filesystem::path> sample;
     std::optional<double> sampleFrequency;
 
+    /// Values, 0..1, of the macros a to d in place of the sound's.
+    std::array<std::optional<double>, kMacros> macros;
     /// The sound's function is compiled by gcc.
     bool compile = false;
     /// Most voices at once.

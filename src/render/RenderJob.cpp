@@ -144,6 +144,10 @@ Result<Sound> RenderJob::ChosenSound() {
         function.sampleFile = std::filesystem::absolute(*options.sample).string();
         function.frequency = Function().frequency;
     }
+    for (std::size_t i = 0; i < kMacros; i++) {
+        if (options.macros[i])
+            function.macros[i].value = std::to_string(*options.macros[i]);
+    }
     if (options.sampleFrequency) {
         if (function.kind != FunctionKind::Sample)
             return EndWith(kUsageExitCode, "--sample-frequency is for a sound from a sample, and " +

@@ -18,7 +18,10 @@ float MacroRamp::Now() const noexcept {
 }
 
 void MacroRamp::Advance(float target, double rate, float* values, std::size_t count) noexcept {
-    if (target != to) {
+    if (!begun) {
+        begun = true;
+        to = target;
+    } else if (target != to) {
         from = Now();
         to = target;
         done = 0;

@@ -15,7 +15,8 @@
 
 namespace vexa {
 
-/// Where one macro is on its way: a straight line in time, begun anew whenever the macro is set.
+/// Where one macro is on its way: a straight line in time, begun anew whenever the macro is set. The
+/// first moment finds it where it was last set to.
 class MacroRamp {
   public:
     /// Writes the macro at `count` moments, `rate` a second, beginning now, and goes on. It reaches
@@ -25,6 +26,7 @@ class MacroRamp {
     float Now() const noexcept;
 
   private:
+    bool begun = false;
     float from = kInitialMacro, to = kInitialMacro;
     /// Moments since the macro was set, no more than `length`.
     std::size_t done = 0, length = 0;

@@ -1,5 +1,6 @@
 #include "documents/FunctionDocument.h"
 
+#include "documents/ApplySound.h"
 #include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
@@ -26,7 +27,9 @@ Function FullFunction(FunctionKind kind) {
     function.width = "15.0";
     function.linkFunction = {"1", "2"};
     function.linkScreen = {"0.25", "0"};
-    function.kept = {"<macros><a>0.25</a></macros><later b=\"1\"/>", "<tags>x &amp; y</tags>"};
+    function.macros[0].value = "0.25";
+    function.macros[3] = {"1", "74"};
+    function.kept = {"<spice><a>0.25</a></spice><later b=\"1\"/>", "<tags>x &amp; y</tags>"};
     return function;
 }
 
@@ -54,6 +57,34 @@ TEST(FunctionDocument, BothKindsComeBackFromTheirFiles) {
         HasSubstr("  <samplefile>x&lt;y&amp;&amp;y&lt;1 ? &amp;lt; : \xC3\xA4</samplefile>\n"
                   "  <frequency>261.6</frequency>\n  <display>"));
     EXPECT_THAT(Contents(folder.Path() / "f"), Not(HasSubstr("<expression>")));
+    EXPECT_THAT(Contents(folder.Path() / "f"),
+                HasSubstr("  </display>\n  <macros>\n    <a>0.25</a>\n    <d>1</d>\n"
+                          "    <dctl>74</dctl>\n  </macros>\n  <spice>"));
+}
+
+TEST(FunctionDocument, MacrosAreFreshUnlessTheDocumentHasThem) {
+    const TemporaryFolder folder;
+    const auto read = [&](const std::string& macros, ReadReport& report) {
+        return *ReadFunction(
+            folder.Write("f", "<vexafunction><info/><expression>a</expression><display/>" + macros +
+                                  "</vexafunction>"),
+            FullFunction(FunctionKind::Sample), report);
+    };
+    ReadReport without;
+    EXPECT_EQ(read("", without).macros, Function().macros);
+    ReadReport report;
+    const Function odd = read("<macros>\n<a>7</a><actl>128</actl><b>z</b><c>nan</c>"
+                              "<cctl>3</cctl></macros>",
+                              report);
+    EXPECT_EQ(report.warnings.size(), without.warnings.size() + 4);
+    EXPECT_THAT(report.warnings, testing::Contains(HasSubstr(":2:1: <a>: \"7\" counts as 1")));
+    vexa::Macros macros;
+    vexa::ApplyMacros(odd, macros);
+    EXPECT_EQ(macros[0].value, 1);
+    EXPECT_EQ(macros[0].controller, 16);
+    EXPECT_EQ(macros[1].value, 0);
+    EXPECT_EQ(macros[2].value, 0.5F);
+    EXPECT_EQ(macros[2].controller, 3);
 }
 
 TEST(FunctionDocument, WhatIsMissingStaysAndIsReportedWithItsPlace) {
@@ -70,6 +101,7 @@ TEST(FunctionDocument, WhatIsMissingStaysAndIsReportedWithItsPlace) {
     expected.expression = "x";
     expected.linkFunction.x = "7";
     expected.kept = {};
+    expected.macros = Function().macros;
     EXPECT_EQ(*read, expected);
     const std::string name = path.string();
     EXPECT_THAT(

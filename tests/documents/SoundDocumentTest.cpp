@@ -207,7 +207,7 @@ TEST(SoundDocument, AFunctionDocumentIsASoundThatLacksTheRest) {
     const auto path = folder.Path() / "f";
     Function function;
     function.author = "F";
-    function.kept.root = "<macros/>";
+    function.kept.root = "<later/>";
     ASSERT_TRUE(WriteFunction(path, function));
     ReadReport report;
     const auto read = ReadSound(path, report);

@@ -151,6 +151,28 @@ TEST_F(RenderProgram, ASampleCanReplaceTheFunction) {
     ExpectFailure({OneNote(), Path("b.wav"), "--sample-frequency", "220"}, "--sample-frequency", 2);
 }
 
+TEST_F(RenderProgram, MacrosAreTheSoundsOrTheCommandLines) {
+    const std::string sound = folder.Path() / "sound.xml";
+    std::string text = Contents(VEXA_PROGRAM_FOLDER "/sounds/default.xml");
+    const std::size_t end = text.find("</vexafunction>");
+    ASSERT_NE(end, text.npos);
+    text.insert(end, "<macros><b>0.25</b></macros>");
+    folder.Write("sound.xml", text);
+    const auto peak = [&](std::vector<std::string> more) {
+        more.insert(more.begin(), {OneNote(), Path("a.wav"), "--sound", sound, "--function",
+                                   "b*cos(x)*sin(y)", "--compile"});
+        const CommandResult result = Run(more);
+        EXPECT_EQ(result.exitCode, 0) << result.text;
+        return test::Peak(Samples(Path("a.wav")));
+    };
+    const float quarter = peak({});
+    EXPECT_GT(quarter, 0.001F);
+    EXPECT_NEAR(peak({"--macro", "b=1", "--macro", "a=0"}), 4 * quarter, 0.01F * quarter);
+    EXPECT_EQ(peak({"--macro", "b=0"}), 0);
+    for (const char* wrong : {"e=0.5", "a=2", "a", "a=", "b=nan"})
+        ExpectFailure({OneNote(), Path("b.wav"), "--macro", wrong}, "--macro", 2);
+}
+
 TEST_F(RenderProgram, AFunctionThatOverflowsIsHeardWithAWarning) {
     for (const char* function : {"exp(75*x)", "pow(tan(3*x),16)", "tgamma(30*x)"}) {
         const CommandResult result =

@@ -227,8 +227,12 @@ void VexaView::Pulse() {
     const FunctionReport addon = instrument.Collect();
     if (!addon)
         std::fprintf(stderr, "vexa: %s\n", addon.details.c_str());
+    // One for all, beside which a person goes on.
+    std::string text;
     for (const std::string& alert : addon.alerts)
-        NewErrorAlert(alert, &alert == &addon.alerts.back() ? addon.details : "")->Show();
+        text += (text.empty() ? "" : "\n\n") + alert;
+    if (!text.empty())
+        NewErrorAlert(text, addon.details)->Show();
 }
 
 void VexaView::WatchSound() {

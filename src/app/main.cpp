@@ -16,9 +16,9 @@
 namespace {
 
 /// What playing takes at most of what the system may limit: 20 descriptors, and in a window on a
-/// JACK server 660 MB of address space, of which the loader has taken 85 before.
+/// JACK server 750 MB of address space, of which the loader has taken 85 before.
 constexpr std::size_t kDescriptors = 64;
-constexpr std::size_t kMemory = std::size_t{640} << 20;
+constexpr std::size_t kMemory = std::size_t{736} << 20;
 
 int Fail(const std::string& text, int exitCode) {
     std::fprintf(stderr, "vexa: %s\n", text.c_str());

@@ -39,8 +39,8 @@ TEST(ProgramFaults, TooLittleAtTheStart) {
     EXPECT_EQ(Walk("-n ", 4, 60, 8), 0);
     EXPECT_GT(Walk("-n ", 64, 71, 1), 0);
     const int least = test::LoaderMemory(kProgram);
-    EXPECT_EQ(Walk("-v ", least, least + (600 << 10), 60 << 10), 0);
-    EXPECT_GT(Walk("-v ", least + (640 << 10), least + (660 << 10), 5 << 10), 0);
+    EXPECT_EQ(Walk("-v ", least, least + (700 << 10), 70 << 10), 0);
+    EXPECT_GT(Walk("-v ", least + (736 << 10), least + (756 << 10), 5 << 10), 0);
 }
 
 class WindowFaults : public test::MainViewTest {

@@ -264,7 +264,7 @@ TEST_F(MainWindow, PlaysWithTheLeastThatItAsksFor) {
     const std::string path = program.Path("vexa");
     const int loader = test::LoaderMemory(path);
     for (const auto& [option, tooLittle, enough] :
-         {std::tuple{"-n ", 60, 96}, {"-v ", loader + (600 << 10), loader + (645 << 10)}}) {
+         {std::tuple{"-n ", 60, 96}, {"-v ", loader + (700 << 10), loader + (741 << 10)}}) {
         const auto refused = test::RunLimited(option + std::to_string(tooLittle), {path});
         EXPECT_EQ(refused.exitCode, 1);
         EXPECT_THAT(refused.text, testing::HasSubstr("vexa: there is not enough")) << option;

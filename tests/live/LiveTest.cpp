@@ -95,7 +95,8 @@ TEST(Live, AFloodOfMidiLeavesNoNoteBehind) {
     script.push_back({48100, {0xB0, 123, 0}});
     script.push_back({72000, {0x90, 69, 100}});
     play.Play(std::move(script));
-    play.Listen(9600);
+    // The flood may have made a busy machine late, which is given back by and by.
+    play.Listen(38400);
     const std::span<const float> all(play.Samples());
     const auto loudest = [&](std::size_t from, std::size_t count) {
         float peak = 0;
@@ -105,7 +106,7 @@ TEST(Live, AFloodOfMidiLeavesNoNoteBehind) {
     };
     EXPECT_GT(loudest(play.At(0), 48000), 0.05F);
     EXPECT_EQ(loudest(play.At(60000), 11000), 0.0F);
-    EXPECT_GT(loudest(play.At(73000), 4800), 0.1F);
+    EXPECT_GT(loudest(play.At(73000), 33600), 0.1F);
     EXPECT_EQ(play.Vexa().End(SIGTERM), 0);
 }
 

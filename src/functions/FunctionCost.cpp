@@ -2,21 +2,26 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
+
+#include <time.h>
 
 namespace vexa {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-using Nanoseconds = std::chrono::duration<double, std::nano>;
-
 constexpr double kMostNanoseconds = 0.5e9 / 48000;
 constexpr std::size_t kPoints = 64;
-/// What the first try of a place may take before a second one is out of the question.
-constexpr auto kPatience = std::chrono::milliseconds(5);
+/// What a single point may take, in nanoseconds, before many are out of the question.
+constexpr double kPatience = 5e6;
+
+/// Nanoseconds of processor time that this thread has had.
+double Spent() {
+    timespec time{};
+    ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) * 1e9 + static_cast<double>(time.tv_nsec);
+}
 
 /// Of the first `count` points on an ellipse round (centre, centre).
 double CostOf(const PlaneFunction& f, float centre, std::size_t count) {
@@ -26,9 +31,9 @@ double CostOf(const PlaneFunction& f, float centre, std::size_t count) {
         x[i] = centre + static_cast<float>(1.5 * std::cos(turn));
         y[i] = centre + static_cast<float>(std::sin(turn));
     }
-    const auto start = Clock::now();
+    const double start = Spent();
     f.Evaluate(x.data(), y.data(), values.data(), count);
-    return Nanoseconds(Clock::now() - start).count() / static_cast<double>(count);
+    return (Spent() - start) / static_cast<double>(count);
 }
 
 } // namespace
@@ -38,8 +43,8 @@ double MeasureCost(const PlaneFunction& f) {
     for (const float centre : {0.0F, 1000.0F, 100000.0F}) {
         // One point first, which shows what cannot be waited for.
         double cost = CostOf(f, centre, 1);
-        if (cost < Nanoseconds(kPatience).count()) {
-            // The least of several, as other programs may have held it up.
+        if (cost < kPatience) {
+            // The least of several, as what is first touched costs more.
             cost = CostOf(f, centre, kPoints);
             for (int i = 0; i < 4 && cost > kMostNanoseconds / 10; i++)
                 cost = std::min(cost, CostOf(f, centre, kPoints));

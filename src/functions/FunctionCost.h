@@ -9,8 +9,9 @@
 namespace vexa {
 
 /// Nanoseconds that f takes for a point, where it takes longest: near the origin, round a centre
-/// that has drifted to 1000, and far out at 100000. Measured in the calling thread within a few
-/// hundredths of a second, or as long as f takes for some points if that is more.
+/// that has drifted to 1000, and far out at 100000. Processor time of the calling thread, so that
+/// other programs do not count. Takes a few hundredths of a second, or as long as f does for some
+/// points if that is more.
 double MeasureCost(const PlaneFunction& f);
 
 /// Why f cannot be played: one voice of it takes more than half of one core's time at 48000 samples

@@ -11,7 +11,6 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
-#include <utility>
 #include <vector>
 
 #include <jack/jack.h>
@@ -179,7 +178,9 @@ class JackPort {
     /// may still be called by jackd1's library when its server is dead.
     void Close() {
         if (handle)
-            jack_client_close(std::exchange(handle, nullptr));
+            jack_client_close(handle);
+        // Not before: Process uses it to its last call.
+        handle = nullptr;
     }
     void Activate() {
         jack_set_process_callback(

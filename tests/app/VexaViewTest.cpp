@@ -224,9 +224,9 @@ TEST_F(VexaViewTest, AnotherChannelReleasesWhatIsHeldAndTheKeysPlayOnIt) {
         std::this_thread::yield();
     view->ChannelMenu().FindItem(vexa::ChannelCode(6))->Choose();
     test::Settle();
-    for (int i = 0; i < 1000 && !view->Voices()[0].released; i++)
+    for (int i = 0; i < 1000 && !view->Playing().voices[0].released; i++)
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    EXPECT_TRUE(view->Voices()[0].released);
+    EXPECT_TRUE(view->Playing().voices[0].released);
     view->ChooseSource(vexa::ComputerKeyboard::kName);
     BMessage press(B_KEY_DOWN);
     press.AddInt32("key", 24);

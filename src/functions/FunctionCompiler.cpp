@@ -138,8 +138,8 @@ CompileReport FunctionCompiler::MakeSource(std::string_view expression, std::str
     if (!body) {
         std::error_code error;
         const bool missing = !fs::exists(templatePath, error);
-        return Failure(missing ? B_ENTRY_NOT_FOUND : B_IO_ERROR,
-                       Alert(kNoTemplate, {templatePath}), body.Fault().text);
+        return Failure(missing ? B_ENTRY_NOT_FOUND : B_IO_ERROR, Alert(kNoTemplate, {templatePath}),
+                       body.Fault().text);
     }
     source.append("#define EXPRESSION\t  ").append(computed).append("\n");
     source.append("#define EXPRESSION_STR \"").append(expression).append("\"\n\n");

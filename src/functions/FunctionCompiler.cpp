@@ -135,8 +135,12 @@ CompileReport FunctionCompiler::MakeSourceFile(std::string_view expression,
 CompileReport FunctionCompiler::MakeSource(std::string_view expression, std::string_view computed,
                                            const fs::path& sourcePath, std::string& source) const {
     const kits::Result<std::string> body = kits::ReadFile(templatePath);
-    if (!body)
-        return Failure(B_ENTRY_NOT_FOUND, Alert(kNoTemplate, {templatePath}), body.Fault().text);
+    if (!body) {
+        std::error_code error;
+        const bool missing = !fs::exists(templatePath, error);
+        return Failure(missing ? B_ENTRY_NOT_FOUND : B_IO_ERROR, Alert(kNoTemplate, {templatePath}),
+                       body.Fault().text);
+    }
     source.append("#define EXPRESSION\t  ").append(computed).append("\n");
     source.append("#define EXPRESSION_STR \"").append(expression).append("\"\n\n");
     source.append(*body);

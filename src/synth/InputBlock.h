@@ -15,8 +15,8 @@
 
 namespace vexa {
 
-/// Where one macro is on its way: a straight line in time, begun anew whenever the macro is set. The
-/// first moment finds it where it was last set to.
+/// Where one macro is on its way: a straight line in time, begun anew whenever the macro is set.
+/// The first moment finds it where it was last set to.
 class MacroRamp {
   public:
     /// Writes the macro at `count` moments, `rate` a second, beginning now, and goes on. It reaches

@@ -104,9 +104,10 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* buf
         motion.Move({&sounding[k], std::min(kTogether, voiceCount - k)}, &block.x[k * count],
                     &block.y[k * count]);
     const PlaneSource& source = f.Source();
-    source.Evaluate(block.x.data(), block.y.data(),
-                    inputs.Fill(source, {sounding.data(), voiceCount}, controllers, 1.0 / sampleRate, count),
-                    block.s.data(), voiceCount * count);
+    source.Evaluate(
+        block.x.data(), block.y.data(),
+        inputs.Fill(source, {sounding.data(), voiceCount}, controllers, 1.0 / sampleRate, count),
+        block.s.data(), voiceCount * count);
     block.sum.fill(resting);
     if (Loops().LowCut(filters.data(), block.s.data(), voiceCount, count, block.sum.data()))
         bounded = true;

@@ -137,7 +137,7 @@ CompileReport FunctionCompiler::MakeSource(std::string_view expression, std::str
     const kits::Result<std::string> body = kits::ReadFile(templatePath);
     if (!body) {
         std::error_code error;
-        const bool missing = !fs::exists(templatePath, error);
+        const bool missing = !fs::is_regular_file(templatePath, error);
         return Failure(missing ? B_ENTRY_NOT_FOUND : B_IO_ERROR, Alert(kNoTemplate, {templatePath}),
                        body.Fault().text);
     }

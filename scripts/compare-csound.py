@@ -5,7 +5,7 @@ compare-csound.py [VEXA-RENDER]: build/release/bin/vexa-render if not given; cso
 installed. Both read their score from a file and write floats of 44100 Hz to another; Csound works in
 blocks of 64 (ksmps). Its instrument has what a note of the default sound has: four envelopes, an
 orbit on a terrain, a filter against the constant part. Prints the medians of five runs in turns, as
-processor time, which other programs disturb least: with the C compiler that vexa-render starts.
+processor time, which other programs disturb least.
 """
 import pathlib
 import resource

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <limits>
 #include <vector>
 
 namespace vexa {
@@ -165,6 +166,16 @@ bool ReadNumber(Token& token) {
     return IsIntegerSuffix(number.Rest());
 }
 
+/// Whether a whole number fits none of C's types. What is decimal and has no u at its end is
+/// signed; for a larger one gcc takes 128 bits, which need a library of its own.
+bool IsTooLarge(const Token& token) {
+    if (!token.integer || !token.written)
+        return token.integer;
+    const bool decimal = !token.text.starts_with('0');
+    const bool isSigned = token.text.find_first_of("uU") == std::string_view::npos;
+    return decimal && isSigned && *token.written > std::numeric_limits<long long>::max();
+}
+
 /// The length of what C takes for a number at the start of `text`, well-formed or not: "0x1e+5" is
 /// one token and no number.
 std::size_t NumberLength(std::string_view text) {
@@ -207,9 +218,11 @@ Token ExpressionTokens::Next() {
     };
     if (IsIn(rest[0], kDecimal) || (rest[0] == '.' && rest.size() > 1 && IsIn(rest[1], kDecimal))) {
         take(Token::Kind::number, NumberLength(rest));
-        if (!ReadNumber(token)) {
+        const bool isNumber = ReadNumber(token);
+        if (!isNumber || IsTooLarge(token)) {
             token.kind = Token::Kind::refused;
-            token.reason = kits::Quoted(token.text) + " is not a number";
+            token.reason = kits::Quoted(token.text) +
+                           (isNumber ? " is larger than 64 bits hold" : " is not a number");
         }
         return token;
     }

@@ -69,8 +69,7 @@ enum class Op : unsigned char {
     Minimum,
     FusedMultiplyAdd,
     /// Two operations in one pass, each rounded: a b + c, a b - c, c - a b and a b c. A program
-    /// puts
-    /// them together, a graph has none of them.
+    /// puts them together, a graph has none of them.
     ProductAndSum,
     ProductLess,
     LessProduct,

@@ -18,8 +18,8 @@ constexpr std::size_t kFrameSize = sizeof(float);
 constexpr std::size_t kDefaultBufferSize = 64;
 constexpr float kPreferredRate = 44100;
 
-/// Microseconds of rendering per second of sound above which a voice is dropped, 80 %, and those
-/// that the event loop allows for it, 110 %.
+/// Microseconds of rendering per second of sound above which a voice is dropped, 80 %, unless
+/// performance time waits for it, and those that the event loop allows for it, 110 %.
 constexpr double kOverload = 800000;
 constexpr double kAllowance = 1100000;
 
@@ -343,7 +343,7 @@ void VexaToneProducer::FillSineBuffer(float* buffer, std::size_t count) noexcept
     const bigtime_t elapsed = system_time() - start;
     const bigtime_t budget =
         static_cast<bigtime_t>(kOverload / FrameRate()) * static_cast<bigtime_t>(count);
-    if (elapsed >= budget)
+    if (elapsed >= budget && !TimeSource()->Waits())
         ReduceVoxByOne();
 }
 

@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <semaphore>
+#include <thread>
 #include <utility>
 
 #include <gtest/gtest.h>
@@ -29,6 +30,7 @@ class Sink : public BBufferConsumer, public BTimeSource {
     /// Told to the producer with each buffer.
     bigtime_t late = 0;
     bool keepBuffers = false;
+    std::atomic<bool> freewheels{false};
 
     Times starts;
     std::vector<float> samples;
@@ -92,6 +94,7 @@ class Sink : public BBufferConsumer, public BTimeSource {
         waits.release();
         return bigtime_t(1) << 60;
     }
+    bool Waits() const noexcept override { return freewheels; }
 
   private:
     std::atomic<bigtime_t> until{0};
@@ -328,6 +331,28 @@ TEST_F(ToneProducer, ADisabledOutputPlaysOnUnheard) {
         test::Render(reference, 16384);
     EXPECT_EQ(sink->samples, test::Render(reference, 16384));
     EXPECT_GT(test::Peak(sink->samples), 0.5F);
+}
+
+TEST_F(ToneProducer, DropsAVoiceThatTakesTooLongUnlessPerformanceTimeWaits) {
+    constexpr auto kLong = [](float, float) noexcept {
+        std::this_thread::sleep_for(1ms);
+        return 1.0F;
+    };
+    instrument.consumer.ReduceToMaxVox(2);
+    sink->bufferSize = 64; // 16 frames, 363 us
+    producer->SetFunction({+kLong});
+    instrument.consumer.NoteOn(0, 69, 127, 0);
+    instrument.consumer.NoteOn(0, 71, 127, 0);
+    ASSERT_EQ(Connect(), B_OK);
+    sink->freewheels = true;
+    Start(0);
+    RunTo(1000);
+    EXPECT_EQ(producer->DroppedVoices(), 0);
+    EXPECT_EQ(instrument.consumer.CountVox(), 2);
+    sink->freewheels = false;
+    RunTo(1400);
+    EXPECT_EQ(producer->DroppedVoices(), 1);
+    EXPECT_EQ(instrument.consumer.CountVox(), 1);
 }
 
 TEST_F(ToneProducer, SkipsABufferThatHasNoMemoryWithoutStoppingTheClock) {

@@ -100,9 +100,13 @@ TEST_F(MixerInput, WhatComesLateAtAnyMomentStaysInsideOfThePeriod) {
     std::atomic<int64> played{0};
     std::jthread producer([&](const std::stop_token& stop) {
         const Frames frames(64, 1.0F);
-        for (int64 frame = 0; !stop.stop_requested(); frame += 64) {
+        for (int64 frame = 0; !stop.stop_requested();) {
+            // Ahead of what is played nothing would come late any more.
+            if (frame > played)
+                continue;
             frame = std::max(frame, played - int64(kLate));
             input.Write(frames, clock.TimeOf(frame));
+            frame += 64;
         }
     });
     // Room for what would be written too early.

@@ -257,8 +257,9 @@ TEST(Live, AServerThatFreewheelsGetsAllOfTheSound) {
     EXPECT_NEAR(step, 0.25 * 2 * M_PI * 440 / 48000, 0.002);
     EXPECT_LT(silent, 10) << "samples";
     EXPECT_NEAR(test::Amplitude(all.subspan(at, 96000), 440, 48000), 0.25, 0.02);
-    // In real time again a busy machine loses some of it.
+    // In real time again a busy machine loses some of it, or the voice.
     const auto soundsAgain = [&play] {
+        play.Play(NoteOn(69));
         play.Listen(24000);
         return std::abs(play.Levels().first - 0.25) < 0.02;
     };

@@ -137,6 +137,9 @@ class BTimeSource : public virtual BMediaNode {
     /// False while the source's time stands still, as that of a device whose server hangs: what is
     /// due then waits.
     virtual bool IsRunning(bigtime_t /*realTime*/) const noexcept { return true; }
+    /// Whether it waits for what is rendered, as that of a device whose server freewheels: nothing
+    /// takes too long then. Any thread.
+    virtual bool Waits() const noexcept { return false; }
     bigtime_t Now() const noexcept;
     /// Gives back what BMediaRoster::MakeTimeSourceFor returned.
     void Release() {}

@@ -87,6 +87,7 @@ std::unique_ptr<AudioDevice> SystemMixer::TakeDevice() {
 
 void SystemMixer::Play(float* samples, uint32 frames, bigtime_t now) noexcept {
     const Reader::Section section(reader);
+    waits = std::exchange(awaited, false);
     // First: a producer that is late because of it finds the reason.
     period = frames;
     clock.Period(frame, now);
@@ -108,6 +109,8 @@ void SystemMixer::Await(uint32 frames) noexcept {
         const Input* const input = slot.load();
         return !input || input->mix.Reaches(end);
     };
+    awaited = true;
+    waits = true;
     const bigtime_t start = system_time();
     for (bigtime_t now = start; now < start + kMostPatience; now = system_time()) {
         // Performance time stands still meanwhile, and its source is seen to live.

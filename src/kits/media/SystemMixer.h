@@ -62,6 +62,7 @@ class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSou
     bigtime_t PerformanceTimeFor(bigtime_t realTime) const noexcept override;
     bigtime_t RealTimeFor(bigtime_t performanceTime, bigtime_t latency) const noexcept override;
     bool IsRunning(bigtime_t realTime) const noexcept override { return clock.IsRunning(realTime); }
+    bool Waits() const noexcept override { return waits; }
 
   private:
     struct Input {
@@ -86,8 +87,11 @@ class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSou
     /// Frames that the device last asked for.
     std::atomic<uint32> period;
     std::array<std::atomic<Input*>, kMostInputs> inputs{};
-    /// The device's thread: frames played so far.
+    /// The device's thread: frames played so far, and whether it has waited for the next ones.
     int64 frame = 0;
+    bool awaited = false;
+    /// Whether it waited for the last ones played, or waits.
+    std::atomic<bool> waits{false};
     Reader reader;
     /// Of inputs that are no longer connected.
     MixerCounts past;

@@ -2,6 +2,8 @@
 
 #include "kits/support/Room.h"
 
+#include <chrono>
+#include <cmath>
 #include <csignal>
 
 #include <jack/jack.h>
@@ -46,6 +48,27 @@ void SurviveAServersEnd() {
     struct sigaction now {};
     if (::sigaction(SIGPIPE, nullptr, &now) == 0 && now.sa_handler == SIG_DFL)
         std::signal(SIGPIPE, SIG_IGN);
+}
+
+/// Microseconds, besides two periods, that a period's beginning can lie back in earnest.
+constexpr double kMostAgo = 10000;
+
+/// By the system's clock. The server may count its time by another: only its distance to now
+/// counts.
+bigtime_t StartOfPeriod(jack_client_t* client) noexcept {
+    jack_nframes_t frame = 0;
+    jack_time_t begin = 0;
+    jack_time_t next = 0;
+    float period = 0;
+    bigtime_t ago = 0;
+    if (jack_get_cycle_times(client, &frame, &begin, &next, &period) == 0)
+        ago = static_cast<bigtime_t>(jack_get_time() - begin);
+    // After the server has stood still its smoothed time is off by as much as that, and comes back
+    // over many seconds.
+    if (std::abs(static_cast<double>(ago)) > kMostAgo + 2 * double(period))
+        ago = 0;
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::microseconds>(now).count() - ago;
 }
 
 } // namespace
@@ -142,6 +165,7 @@ void JackClient::Unlisten(const void* owner) {
 int JackClient::Process(uint32 frames, void* self) noexcept {
     auto& client = *static_cast<JackClient*>(self);
     const Reader::Section section(client.reader);
+    client.periodStart = client.freewheeling ? 0 : StartOfPeriod(client.client);
     for (std::atomic<JackProcessor*>& slot : client.processors) {
         if (JackProcessor* processor = slot.load())
             processor->Process(frames);

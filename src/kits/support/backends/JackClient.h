@@ -50,6 +50,10 @@ class JackClient {
     /// recording: a processor may wait, and is not in a real-time thread. Any thread.
     bool IsFreewheeling() const { return freewheeling; }
 
+    /// System time, microseconds, at which the present period begins, as smooth as the server
+    /// tells it; 0 while it freewheels, as its time is not the system's then. Processors.
+    bigtime_t PeriodStart() const { return periodStart; }
+
     /// The processor is called from the next period on. At most kMostProcessors.
     bool Add(JackProcessor& processor);
     /// When it returns the processor is not being called and will not be again.
@@ -74,6 +78,8 @@ class JackClient {
     std::mutex requests;
     std::atomic<bool> dead{false};
     std::atomic<bool> freewheeling{false};
+    /// The server's thread.
+    bigtime_t periodStart = 0;
     std::array<std::atomic<JackProcessor*>, kMostProcessors> processors{};
     Reader reader;
     std::mutex listenersMutex;

@@ -78,7 +78,7 @@ const char* AudioGraph::Connect() {
 
 AudioGraph::DeviceNews AudioGraph::Watch() {
     if (connected)
-        Mixer()->TendDevice();
+        Mixer()->TendDevice(producer->EventDelay());
     if (connected && Mixer()->DeviceHasNewRate())
         TakeNewRate();
     if (connected && Mixer()->DeviceHasGone()) {

@@ -62,6 +62,8 @@ class JackDevice : public AudioDevice, private JackProcessor {
         rate = jack_get_sample_rate(client->Handle());
     }
 
+    void TellLatency(uint32 frames) override { client->SetLatency(frames); }
+
     /// PipeWire answers before it has found its sound cards.
     void Tend() override {
         if (loudspeakers < kLoudspeakers && !client->IsDead())

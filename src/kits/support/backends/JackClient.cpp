@@ -2,9 +2,11 @@
 
 #include "kits/support/Room.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <csignal>
+#include <optional>
 
 #include <jack/jack.h>
 
@@ -104,6 +106,12 @@ JackClient::JackClient(_jack_client* client) : client(client) {
     jack_set_freewheel_callback(
         client, [](int on, void* self) { static_cast<JackClient*>(self)->freewheeling = on != 0; },
         this);
+    jack_set_latency_callback(
+        client,
+        [](jack_latency_callback_mode_t mode, void* self) {
+            static_cast<JackClient*>(self)->PassLatency(mode == JackCaptureLatency);
+        },
+        this);
     jack_set_port_registration_callback(
         client, [](jack_port_id_t, int, void* self) { static_cast<JackClient*>(self)->Notify(); },
         this);
@@ -124,6 +132,44 @@ JackClient::JackClient(_jack_client* client) : client(client) {
 JackClient::~JackClient() {
     jack_client_close(client);
     One().exists = false;
+}
+
+void JackClient::SetLatency(uint32 frames) {
+    if (latency.exchange(frames) == frames || IsDead())
+        return;
+    const auto request = Request();
+    jack_recompute_total_latencies(client);
+}
+
+/// What the ports at one end are told, those at the other pass on with ours added. In a thread of
+/// the JACK library.
+void JackClient::PassLatency(bool capture) {
+    const auto mode = capture ? JackCaptureLatency : JackPlaybackLatency;
+    const unsigned long from = capture ? JackPortIsInput : JackPortIsOutput;
+    const unsigned long to = capture ? JackPortIsOutput : JackPortIsInput;
+    const std::string own = std::string("^") + jack_get_client_name(client) + ':';
+    const auto forPorts = [&](unsigned long direction, const auto& use) {
+        const char** names = jack_get_ports(client, own.c_str(), nullptr, direction);
+        for (const char** name = names; name && *name; name++) {
+            if (jack_port_t* port = jack_port_by_name(client, *name))
+                use(port);
+        }
+        jack_free(names);
+    };
+    std::optional<jack_latency_range_t> sum;
+    forPorts(from, [&](jack_port_t* port) {
+        jack_latency_range_t range{};
+        jack_port_get_latency_range(port, mode, &range);
+        if (jack_port_connected(port) == 0)
+            return;
+        sum =
+            sum ? jack_latency_range_t{std::min(sum->min, range.min), std::max(sum->max, range.max)}
+                : range;
+    });
+    jack_latency_range_t range = sum.value_or(jack_latency_range_t{0, 0});
+    range.min += latency;
+    range.max += latency;
+    forPorts(to, [&](jack_port_t* port) { jack_port_set_latency_range(port, mode, &range); });
 }
 
 bool JackClient::Add(JackProcessor& processor) {

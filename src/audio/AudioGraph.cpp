@@ -33,6 +33,7 @@ const char* AudioGraph::Register() {
     if (roster.RegisterNode(producer) != B_OK)
         return "unable to register ToneProducer node!\n";
     roster.GetNodeFor(producer->ID(), &connection.producer);
+    producer->SetEvents(engine.consumer.Gate());
     return nullptr;
 }
 
@@ -70,13 +71,14 @@ const char* AudioGraph::Connect() {
     roster.StartNode(connection.producer, clock->Now() + latency);
     clock->Release();
     connected = true;
+    engine.consumer.Gate()->SetTimed(true);
     producer->SetGain(kInitialGain);
     return nullptr;
 }
 
 AudioGraph::DeviceNews AudioGraph::Watch() {
     if (connected)
-        Mixer()->TendDevice();
+        Mixer()->TendDevice(producer->EventDelay());
     if (connected && Mixer()->DeviceHasNewRate())
         TakeNewRate();
     if (connected && Mixer()->DeviceHasGone()) {
@@ -142,8 +144,10 @@ std::string AudioGraph::DeviceName() const {
 
 /// Stops and disconnects the producer, which then knows nothing of the mixer any more.
 status_t AudioGraph::Disconnect() {
-    if (connected)
+    if (connected) {
         roster.StopNode(connection.producer, 0, true);
+        engine.consumer.Gate()->SetTimed(false);
+    }
     connected = false;
     // Before the mixer's clock goes; that the producer has let it go is certain after the next hook
     // in its thread.
@@ -160,10 +164,11 @@ void AudioGraph::ReleaseMixer() {
 }
 
 AudioGraph::~AudioGraph() {
-    engine.consumer.Unregister();
     // What went with its device is disconnected already.
     if (Disconnect() != B_OK && loss == Loss::None)
         alert("* Error disconnecting nodes");
+    producer->SetEvents(nullptr);
+    engine.consumer.Unregister();
     roster.ReleaseNode(connection.producer);
     roster.ReleaseNode(connection.consumer);
 }

@@ -5,6 +5,7 @@
 #include "synth/Realtime.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 namespace vexa {
@@ -22,6 +23,11 @@ constexpr float kPreferredRate = 44100;
 /// performance time waits for it, and those that the event loop allows for it, 110 %.
 constexpr double kOverload = 800000;
 constexpr double kAllowance = 1100000;
+
+/// Microseconds that an event may take from the server's thread through the MIDI thread.
+constexpr bigtime_t kDelivery = 500;
+/// Microseconds that an event may come too early: more than a period and all latencies.
+constexpr bigtime_t kMostAhead = 1000000;
 
 media_format PreferredFormat() {
     media_format format;
@@ -53,6 +59,10 @@ VexaToneProducer::VexaToneProducer(VoiceRenderer& renderer, VoiceTable& voices)
 
 VexaToneProducer::~VexaToneProducer() {
     Quit();
+}
+
+void VexaToneProducer::SetEvents(kits::EventGate* gate) {
+    Call([this, gate] { events = gate; });
 }
 
 void* VexaToneProducer::AddOn(int32*) const {
@@ -339,12 +349,48 @@ bigtime_t VexaToneProducer::TimeOfNextFrame() const {
 
 void VexaToneProducer::FillSineBuffer(float* buffer, std::size_t count) noexcept {
     const bigtime_t start = system_time();
-    renderer.Render(buffer, count);
+    Render(buffer, count);
     const bigtime_t elapsed = system_time() - start;
     const bigtime_t budget =
         static_cast<bigtime_t>(kOverload / FrameRate()) * static_cast<bigtime_t>(count);
     if (elapsed >= budget && !TimeSource()->Waits())
         ReduceVoxByOne();
+}
+
+/// The renderer takes an event up where a stretch begins.
+void VexaToneProducer::Render(float* buffer, std::size_t count) noexcept {
+    std::size_t done = 0;
+    if (events) {
+        // An event may happen at the end of a buffer that is rendered as soon as it has happened.
+        eventDelay = EventLatency() + SchedulingLatency() + BufferDuration() + kDelivery;
+        kits::EventGate::Turn turn(*events);
+        while (const kits::MidiEvent* event = turn.Next()) {
+            const std::size_t at = FrameOf(*event, count);
+            if (at >= count)
+                break;
+            if (at > done) {
+                renderer.Render(buffer + done, at - done);
+                done = at;
+            }
+            turn.Play();
+        }
+    }
+    if (done < count)
+        renderer.Render(buffer + done, count - done);
+}
+
+/// Frames from the beginning of the next buffer; 0 for what is late, `count` for what may wait.
+std::size_t VexaToneProducer::FrameOf(const kits::MidiEvent& event,
+                                      std::size_t count) const noexcept {
+    if (event.time == 0)
+        return 0;
+    const bigtime_t due = TimeSource()->PerformanceTimeFor(event.time) + eventDelay;
+    const bigtime_t from = due - TimeOfNextFrame();
+    // Nothing is known so long before; the clock has jumped.
+    if (from <= 0 || from > kMostAhead)
+        return 0;
+    const double frame = std::round(static_cast<double>(from) * FrameRate() / 1e6);
+    return std::min(static_cast<std::size_t>(frame), count);
 }
 
 void VexaToneProducer::ReduceVoxByOne() noexcept {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "kits/media/MediaEventLooper.h"
+#include "kits/midi/EventGate.h"
 #include "synth/VoiceRenderer.h"
 
 #include <memory>
@@ -20,6 +21,14 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
     /// As those of VoiceRenderer. Any thread; window thread.
     void SetGain(float gain) { renderer.SetGain(gain); }
     void SetFunction(const PlaneFunction& f) { renderer.SetFunction(f); }
+
+    /// From now on plays the events that wait there, each `EventDelay` after it has happened; none
+    /// from null on, for when the gate goes. When it returns the one before is not used any more.
+    /// Window thread.
+    void SetEvents(kits::EventGate* gate);
+    /// Microseconds from an event to the moment at which the device plays its effect: as long as
+    /// the latency stays as it is, all have the same. Any thread.
+    bigtime_t EventDelay() const { return eventDelay; }
 
     /// Renders, then drops a voice if that took 80 % of the time that the samples play. Media
     /// thread.
@@ -72,6 +81,9 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
     void HandleBuffer(bigtime_t eventTime);
     void BeUnconnected();
 
+    void Render(float* buffer, std::size_t count) noexcept;
+    std::size_t FrameOf(const kits::MidiEvent& event, std::size_t count) const noexcept;
+
     std::size_t FramesPerBuffer() const;
     float FrameRate() const { return output.format.u.raw_audio.frame_rate; }
     /// Performance time of the frame after those sent so far.
@@ -87,6 +99,9 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
     media_format preferred;
     uint64 framesSent = 0;
     bigtime_t startTime = 0;
+
+    kits::EventGate* events = nullptr;
+    kits::Shared<bigtime_t> eventDelay{0};
 
     VoiceTable& voices;
     VoiceRenderer& renderer;

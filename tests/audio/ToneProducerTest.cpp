@@ -31,6 +31,8 @@ class Sink : public BBufferConsumer, public BTimeSource {
     bigtime_t late = 0;
     bool keepBuffers = false;
     std::atomic<bool> freewheels{false};
+    /// Real time and performance time are the same.
+    std::atomic<bool> tellsTime{false};
 
     Times starts;
     std::vector<float> samples;
@@ -86,7 +88,9 @@ class Sink : public BBufferConsumer, public BTimeSource {
         *into = latency;
         return B_OK;
     }
-    bigtime_t PerformanceTimeFor(bigtime_t) const noexcept override { return until; }
+    bigtime_t PerformanceTimeFor(bigtime_t realTime) const noexcept override {
+        return tellsTime ? realTime : until.load();
+    }
     bigtime_t RealTimeFor(bigtime_t performanceTime, bigtime_t) const noexcept override {
         if (performanceTime < until)
             return 0;
@@ -331,6 +335,42 @@ TEST_F(ToneProducer, ADisabledOutputPlaysOnUnheard) {
         test::Render(reference, 16384);
     EXPECT_EQ(sink->samples, test::Render(reference, 16384));
     EXPECT_GT(test::Peak(sink->samples), 0.5F);
+}
+
+TEST_F(ToneProducer, AnEventTakesEffectAtItsFrame) {
+    constexpr bigtime_t kBuffer = 92879; // 4096 frames
+    sink->bufferSize = 16384;
+    sink->tellsTime = true;
+    kits::EventGate gate(instrument.consumer);
+    gate.SetTimed(true);
+    producer->SetEvents(&gate);
+    ASSERT_EQ(Connect(), B_OK);
+    Start(0);
+    RunTo(kBuffer);
+    const bigtime_t delay = producer->EventDelay();
+    EXPECT_GT(delay, 2 * kBuffer) << "rendering may take more than a buffer";
+    const auto timeOf = [delay](int64 frame) { return frame * 1000000 / 44100 - delay; };
+    // Of the second buffer, of its end, and of the third.
+    gate.NoteOn(0, 69, 127, timeOf(4096 + 500));
+    gate.NoteOff(0, 69, 64, timeOf(4096 + 600));
+    gate.AllNotesOff(false, timeOf(4096 + 4000));
+    gate.NoteOn(0, 69, 127, timeOf(8192 + 70));
+    const auto firstAndLast = [this] {
+        const auto sounds = [](float sample) { return sample != 0; };
+        const auto& all = sink->samples;
+        return std::pair(std::ranges::find_if(all, sounds) - all.begin(),
+                         all.rend() - std::find_if(all.rbegin(), all.rend(), sounds));
+    };
+    RunTo(2 * kBuffer);
+    EXPECT_EQ(firstAndLast(), std::pair(501L, 4000L)) << "the first sample of a note is 0";
+    RunTo(3 * kBuffer);
+    EXPECT_EQ(firstAndLast().first, 71);
+    // What is late, or happened at no time that is known, is played at once.
+    gate.AllNotesOff(false, timeOf(0));
+    gate.NoteOn(0, 69, 127, 0);
+    RunTo(4 * kBuffer);
+    EXPECT_EQ(firstAndLast().first, 1);
+    producer->SetEvents(nullptr);
 }
 
 TEST_F(ToneProducer, DropsAVoiceThatTakesTooLongUnlessPerformanceTimeWaits) {

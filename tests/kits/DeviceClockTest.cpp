@@ -54,6 +54,19 @@ TEST(DeviceClock, FollowsAJumpAtOnce) {
     EXPECT_EQ(clock.RealTimeFor(25000), 1525000);
 }
 
+/// Of events that come in with a period and are asked about when others have begun.
+TEST(DeviceClock, TellsAPastMomentFromItsOwnPeriod) {
+    kits::DeviceClock clock(48000, 1);
+    // Each period 300 us later than the one before is long, and then a standstill.
+    for (int64 period = 0; period < 4; period++)
+        clock.Period(period * 480, 1000000 + period * 10300);
+    clock.Period(4 * 480, 1000000 + 3 * 10300 + 400000);
+    EXPECT_EQ(clock.PerformanceTimeFor(1000000 + 2 * 10300 + 7000), 27000);
+    EXPECT_EQ(clock.PerformanceTimeFor(1000000 + 2 * 10300), 20000);
+    EXPECT_EQ(clock.PerformanceTimeFor(1000000 + 3 * 10300 + 200000), 40000) << "it stood still";
+    EXPECT_LT(clock.PerformanceTimeFor(900000), 0) << "before the first";
+}
+
 TEST(DeviceClock, FollowsSteadyMomentsAtOnce) {
     kits::DeviceClock clock(48000, 1);
     clock.Period(0, 1000000);

@@ -230,6 +230,12 @@ class Ear : public JackPort {
     std::size_t Count() const { return count; }
     const std::vector<float>& Samples() const { return samples; }
     std::uint32_t FirstFrame() const { return first; }
+    /// Frames that what arrives has been under way, as the server says.
+    int Latency() const {
+        jack_latency_range_t range{};
+        jack_port_get_latency_range(own, JackCaptureLatency, &range);
+        return int(range.max);
+    }
     /// Periods that the server has lost.
     int Lost() const { return lost; }
 

@@ -73,6 +73,7 @@ class LivePlay {
     void TakePlayerAway() { player.reset(); }
     void SetPeriod(unsigned period) { ear->SetPeriod(period); }
     void SetFreewheel(bool on) { ear->SetFreewheel(on); }
+    int ToldLatency() const { return ear->Latency(); }
     const std::vector<float>& Samples() const { return ear->Samples(); }
     /// Periods that the server has lost.
     int Lost() const { return ear->Lost(); }

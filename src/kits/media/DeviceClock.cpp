@@ -1,6 +1,8 @@
 #include "kits/media/DeviceClock.h"
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace kits {
 
@@ -32,9 +34,21 @@ void DeviceClock::Period(int64 frame, bigtime_t realTime) noexcept {
 }
 
 bigtime_t DeviceClock::PerformanceTimeFor(bigtime_t realTime) const noexcept {
-    const Moment& moment = Latest();
-    return TimeOf(moment.frame) +
-           static_cast<bigtime_t>(static_cast<double>(realTime) - moment.realTime);
+    const auto time = static_cast<double>(realTime);
+    const auto size = static_cast<uint32>(moments.size());
+    uint32 at = latest;
+    // Time that passed while the device stood still belongs to none of its frames.
+    bigtime_t end = std::numeric_limits<bigtime_t>::max();
+    for (uint32 looked = 1; looked < kReadable && moments[at].realTime > time; looked++) {
+        const uint32 before = (at + size - 1) % size;
+        if (moments[before].realTime == 0)
+            break;
+        end = TimeOf(moments[at].frame);
+        at = before;
+    }
+    const Moment& moment = moments[at];
+    const auto since = static_cast<bigtime_t>(time - moment.realTime);
+    return std::min(TimeOf(moment.frame) + since, end);
 }
 
 bigtime_t DeviceClock::RealTimeFor(bigtime_t performanceTime) const noexcept {

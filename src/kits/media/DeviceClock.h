@@ -22,7 +22,8 @@ class DeviceClock {
 
     /// The first frame of the present period. Any thread.
     int64 Frame() const noexcept { return Latest().frame; }
-    /// Microseconds; wait-free, any thread.
+    /// Microseconds; wait-free, any thread. Told from the period that was under way at that time,
+    /// so that what came in with a period is at its frame however late one asks.
     bigtime_t PerformanceTimeFor(bigtime_t realTime) const noexcept;
     bigtime_t RealTimeFor(bigtime_t performanceTime) const noexcept;
 
@@ -42,6 +43,9 @@ class DeviceClock {
         Shared<double> realTime{0};
     };
     const Moment& Latest() const noexcept { return moments[latest]; }
+
+    /// How many of the latest moments may be looked at: a period or two may begin meanwhile.
+    static constexpr uint32 kReadable = 6;
 
     double rate;
     double smoothing;

@@ -34,8 +34,11 @@ class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSou
     /// any more. No producer may be connected.
     std::unique_ptr<AudioDevice> TakeDevice();
 
-    /// As AudioDevice::Tend.
-    void TendDevice() { device->Tend(); }
+    /// As AudioDevice::Tend, and tells the device of the microseconds from an event to its effect.
+    void TendDevice(bigtime_t latency) {
+        device->TellLatency(static_cast<uint32>(clock.FrameAt(latency)));
+        device->Tend();
+    }
 
     /// Of all inputs that there are and were. Window thread.
     MixerCounts Counts() const;

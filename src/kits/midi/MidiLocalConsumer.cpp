@@ -1,5 +1,6 @@
 #include "kits/midi/MidiLocalConsumer.h"
 
+#include "kits/midi/EventGate.h"
 #include "kits/midi/MidiSystems.h"
 
 #include <utility>
@@ -11,7 +12,7 @@ namespace kits {
 class MidiConnection {
   public:
     explicit MidiConnection(BMidiLocalConsumer& consumer)
-        : systems(MidiSystems::Open()), thread(consumer) {
+        : systems(MidiSystems::Open()), gate(consumer), thread(gate) {
         systems->Register(consumer.Name(), thread);
         thread.Start();
     }
@@ -22,9 +23,11 @@ class MidiConnection {
     void EndNotes() noexcept { thread.EndNotes(); }
     status_t Connect(int32 source, bool connected) { return systems->Connect(source, connected); }
     int64 LostPieces() const { return thread.LostPieces(); }
+    EventGate& Gate() { return gate; }
 
   private:
     std::shared_ptr<MidiSystems> systems;
+    EventGate gate;
     MidiThread thread;
 };
 
@@ -64,6 +67,10 @@ void BMidiLocalConsumer::EndNotes() {
 status_t BMidiLocalConsumer::Unregister() {
     connection.reset();
     return B_OK;
+}
+
+kits::EventGate* BMidiLocalConsumer::Gate() {
+    return connection ? &connection->Gate() : nullptr;
 }
 
 int64 BMidiLocalConsumer::LostMidi() const {

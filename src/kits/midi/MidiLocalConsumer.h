@@ -8,8 +8,9 @@
 #include <string>
 
 namespace kits {
+class EventGate;
 class MidiConnection;
-}
+} // namespace kits
 
 /// One end of a MIDI connection.
 class BMidiEndpoint {
@@ -32,9 +33,10 @@ class BMidiEndpoint {
     BMessage properties;
 };
 
-/// A consumer in this program. Its hooks are called by one thread, the MIDI thread, one event after
-/// the other, for whatever is connected; all do nothing unless overridden. Channels are 0..15, data
-/// bytes 0..127, `time` is the moment at which the event should take effect.
+/// A consumer in this program. Its hooks are called by one thread, the MIDI thread or whoever plays
+/// the events of its gate, one event after the other, for whatever is connected; all do nothing
+/// unless overridden. Channels are 0..15, data bytes 0..127, `time` is the moment of the event by
+/// the system's clock, in microseconds, or 0 where nobody knows it.
 class BMidiLocalConsumer : public BMidiEndpoint {
   public:
     explicit BMidiLocalConsumer(std::string name);
@@ -49,6 +51,10 @@ class BMidiLocalConsumer : public BMidiEndpoint {
     void EndNotes();
     /// Takes the ports away and ends the MIDI thread: no hook runs any more when it returns.
     status_t Unregister();
+
+    /// Where events can be made to wait for who plays them at their time; null unless registered.
+    /// Lives until Unregister. Window thread.
+    kits::EventGate* Gate();
 
     /// Pieces of what came in, in JACK events, that were lost while registered: there was no room,
     /// or the server handed out something else. Window thread.

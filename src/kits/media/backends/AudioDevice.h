@@ -42,6 +42,9 @@ class AudioDevice {
     /// When it returns the source is not being asked and will not be again. Silence is played until
     /// the next Start.
     virtual void Stop() = 0;
+    /// Frames from an event to the moment at which its effect is played, for a system that passes
+    /// it on to others.
+    virtual void TellLatency(uint32 /*frames*/) {}
     /// To be called now and then while it plays, for what may come later than the device.
     virtual void Tend() {}
     /// The device has disappeared for good, and is to be opened anew. Any thread.

@@ -15,8 +15,6 @@ namespace {
 constexpr const char* kPort = "Vexa audio out";
 /// The one port goes to the left and to the right loudspeaker.
 constexpr int kLoudspeakers = 2;
-/// Microseconds, besides two periods, that a period's beginning can lie back in earnest.
-constexpr bigtime_t kMostAgo = 10000;
 
 class JackDevice : public AudioDevice, private JackProcessor {
   public:
@@ -64,6 +62,8 @@ class JackDevice : public AudioDevice, private JackProcessor {
         rate = jack_get_sample_rate(client->Handle());
     }
 
+    void TellLatency(uint32 frames) override { client->SetLatency(frames); }
+
     /// PipeWire answers before it has found its sound cards.
     void Tend() override {
         if (loudspeakers < kLoudspeakers && !client->IsDead())
@@ -104,20 +104,7 @@ class JackDevice : public AudioDevice, private JackProcessor {
             asked->Play(samples, frames, system_time());
             return;
         }
-        jack_nframes_t frame = 0;
-        jack_time_t now = 0;
-        jack_time_t next = 0;
-        float period = 0;
-        // The server may count its time by another clock than ours: only its distance to now
-        // counts.
-        bigtime_t ago = 0;
-        if (jack_get_cycle_times(client->Handle(), &frame, &now, &next, &period) == 0)
-            ago = static_cast<bigtime_t>(jack_get_time() - now);
-        // After the server has stood still its smoothed time is off by as much as that, and comes
-        // back over many seconds.
-        if (std::abs(ago) > kMostAgo + 2 * static_cast<bigtime_t>(period))
-            ago = 0;
-        asked->Play(samples, frames, system_time() - ago);
+        asked->Play(samples, frames, client->PeriodStart());
     }
 
     std::shared_ptr<JackClient> client;

@@ -1,3 +1,4 @@
+#include "kits/kernel/OS.h"
 #include "kits/midi/backends/MidiBackend.h"
 
 #include <map>
@@ -91,7 +92,7 @@ class AlsaMidi final : public MidiBackend {
     static void Receive(double, std::vector<unsigned char>* bytes, void* self) {
         auto& entrance = *static_cast<Entrance*>(self);
         const std::lock_guard lock(entrance.writing);
-        entrance.inlet->Put(*bytes, 0);
+        entrance.inlet->Put(*bytes, ::system_time());
     }
 
     Entrance port;

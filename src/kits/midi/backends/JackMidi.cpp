@@ -125,13 +125,21 @@ class JackMidi final : public MidiBackend, private JackProcessor {
             for (uint32 i = 0; i < count; i++) {
                 jack_midi_event_t event;
                 if (jack_midi_event_get(&event, buffer, i) == 0 && LiesIn(buffer, event))
-                    input->inlet->Put({event.buffer, event.size}, 0);
+                    input->inlet->Put({event.buffer, event.size}, TimeOf(event));
                 else
                     input->inlet->Lose();
             }
             if (count > 0 && client->IsFreewheeling())
                 input->inlet->AwaitDelivery();
         }
+    }
+
+    /// By the system's clock; 0 while nobody's clock counts.
+    bigtime_t TimeOf(const jack_midi_event_t& event) const noexcept {
+        const bigtime_t start = client->PeriodStart();
+        return start == 0 ? 0
+                          : start + event.time * bigtime_t{1000000} /
+                                        bigtime_t{jack_get_sample_rate(client->Handle())};
     }
 
     /// Whether the event's bytes are in the port's buffer: where that is full, jackd1's library

@@ -2,7 +2,11 @@
 
 #include "kits/support/Room.h"
 
+#include <algorithm>
+#include <chrono>
+#include <cmath>
 #include <csignal>
+#include <optional>
 
 #include <jack/jack.h>
 
@@ -48,6 +52,27 @@ void SurviveAServersEnd() {
         std::signal(SIGPIPE, SIG_IGN);
 }
 
+/// Microseconds, besides two periods, that a period's beginning can lie back in earnest.
+constexpr double kMostAgo = 10000;
+
+/// By the system's clock. The server may count its time by another: only its distance to now
+/// counts.
+bigtime_t StartOfPeriod(jack_client_t* client) noexcept {
+    jack_nframes_t frame = 0;
+    jack_time_t begin = 0;
+    jack_time_t next = 0;
+    float period = 0;
+    bigtime_t ago = 0;
+    if (jack_get_cycle_times(client, &frame, &begin, &next, &period) == 0)
+        ago = static_cast<bigtime_t>(jack_get_time() - begin);
+    // After the server has stood still its smoothed time is off by as much as that, and comes back
+    // over many seconds.
+    if (std::abs(static_cast<double>(ago)) > kMostAgo + 2 * double(period))
+        ago = 0;
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::microseconds>(now).count() - ago;
+}
+
 } // namespace
 
 Result<std::shared_ptr<JackClient>> JackClient::Open() {
@@ -81,6 +106,12 @@ JackClient::JackClient(_jack_client* client) : client(client) {
     jack_set_freewheel_callback(
         client, [](int on, void* self) { static_cast<JackClient*>(self)->freewheeling = on != 0; },
         this);
+    jack_set_latency_callback(
+        client,
+        [](jack_latency_callback_mode_t mode, void* self) {
+            static_cast<JackClient*>(self)->PassLatency(mode == JackCaptureLatency);
+        },
+        this);
     jack_set_port_registration_callback(
         client, [](jack_port_id_t, int, void* self) { static_cast<JackClient*>(self)->Notify(); },
         this);
@@ -101,6 +132,44 @@ JackClient::JackClient(_jack_client* client) : client(client) {
 JackClient::~JackClient() {
     jack_client_close(client);
     One().exists = false;
+}
+
+void JackClient::SetLatency(uint32 frames) {
+    if (latency.exchange(frames) == frames || IsDead())
+        return;
+    const auto request = Request();
+    jack_recompute_total_latencies(client);
+}
+
+/// What the ports at one end are told, those at the other pass on with ours added. In a thread of
+/// the JACK library.
+void JackClient::PassLatency(bool capture) {
+    const auto mode = capture ? JackCaptureLatency : JackPlaybackLatency;
+    const unsigned long from = capture ? JackPortIsInput : JackPortIsOutput;
+    const unsigned long to = capture ? JackPortIsOutput : JackPortIsInput;
+    const std::string own = std::string("^") + jack_get_client_name(client) + ':';
+    const auto forPorts = [&](unsigned long direction, const auto& use) {
+        const char** names = jack_get_ports(client, own.c_str(), nullptr, direction);
+        for (const char** name = names; name && *name; name++) {
+            if (jack_port_t* port = jack_port_by_name(client, *name))
+                use(port);
+        }
+        jack_free(names);
+    };
+    std::optional<jack_latency_range_t> sum;
+    forPorts(from, [&](jack_port_t* port) {
+        jack_latency_range_t range{};
+        jack_port_get_latency_range(port, mode, &range);
+        if (jack_port_connected(port) == 0)
+            return;
+        sum =
+            sum ? jack_latency_range_t{std::min(sum->min, range.min), std::max(sum->max, range.max)}
+                : range;
+    });
+    jack_latency_range_t range = sum.value_or(jack_latency_range_t{0, 0});
+    range.min += latency;
+    range.max += latency;
+    forPorts(to, [&](jack_port_t* port) { jack_port_set_latency_range(port, mode, &range); });
 }
 
 bool JackClient::Add(JackProcessor& processor) {
@@ -142,6 +211,7 @@ void JackClient::Unlisten(const void* owner) {
 int JackClient::Process(uint32 frames, void* self) noexcept {
     auto& client = *static_cast<JackClient*>(self);
     const Reader::Section section(client.reader);
+    client.periodStart = client.freewheeling ? 0 : StartOfPeriod(client.client);
     for (std::atomic<JackProcessor*>& slot : client.processors) {
         if (JackProcessor* processor = slot.load())
             processor->Process(frames);

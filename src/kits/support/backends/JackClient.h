@@ -50,6 +50,14 @@ class JackClient {
     /// recording: a processor may wait, and is not in a real-time thread. Any thread.
     bool IsFreewheeling() const { return freewheeling; }
 
+    /// System time, microseconds, at which the present period begins, as smooth as the server
+    /// tells it; 0 while it freewheels, as its time is not the system's then. Processors.
+    bigtime_t PeriodStart() const { return periodStart; }
+
+    /// Frames from what comes in to what goes out for it: told to the server where they have
+    /// changed, and with them to whoever is connected.
+    void SetLatency(uint32 frames);
+
     /// The processor is called from the next period on. At most kMostProcessors.
     bool Add(JackProcessor& processor);
     /// When it returns the processor is not being called and will not be again.
@@ -68,12 +76,16 @@ class JackClient {
     static int Process(uint32 frames, void* self) noexcept;
     static void Shutdown(void* self);
     void Notify();
+    void PassLatency(bool capture);
 
     static constexpr std::size_t kMostProcessors = 4;
     _jack_client* client;
     std::mutex requests;
     std::atomic<bool> dead{false};
     std::atomic<bool> freewheeling{false};
+    std::atomic<uint32> latency{0};
+    /// The server's thread.
+    bigtime_t periodStart = 0;
     std::array<std::atomic<JackProcessor*>, kMostProcessors> processors{};
     Reader reader;
     std::mutex listenersMutex;

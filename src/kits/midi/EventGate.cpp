@@ -1,0 +1,130 @@
+#include "kits/midi/EventGate.h"
+
+#include <chrono>
+#include <thread>
+
+namespace kits {
+
+namespace {
+
+/// Events that may wait: some seconds of all that a MIDI cable carries.
+constexpr std::size_t kRoom = 1U << 14;
+
+/// Between two looks of who waits for another thread to be done.
+constexpr std::chrono::microseconds kPause{50};
+
+} // namespace
+
+EventGate::EventGate(BMidiLocalConsumer& consumer)
+    : BMidiLocalConsumer(consumer.Name()), consumer(consumer), ring(kRoom) {}
+
+void EventGate::SetTimed(bool on) {
+    timed = on;
+    if (on)
+        return;
+    while (!Enter())
+        std::this_thread::sleep_for(kPause);
+    Leave();
+    Deliver();
+}
+
+/// All that waits, unless another thread is at it, which then does it.
+void EventGate::Deliver() {
+    // What another thread has put in meanwhile, and could not deliver, is there after Leave.
+    while (ring.Readable() > 0 && Enter()) {
+        while (First())
+            PlayFirst();
+        Leave();
+    }
+}
+
+void EventGate::Take(const MidiEvent& event) {
+    while (!ring.Write(&event, 1)) {
+        Deliver();
+        if (ring.Writable() == 0)
+            std::this_thread::sleep_for(kPause);
+    }
+    if (!timed)
+        Deliver();
+}
+
+const MidiEvent* EventGate::First() noexcept {
+    if (!hasFirst)
+        hasFirst = ring.Read(&first, 1) > 0;
+    return hasFirst ? &first : nullptr;
+}
+
+void EventGate::PlayFirst() {
+    const MidiEvent& e = first;
+    hasFirst = false;
+    switch (e.hook) {
+    case MidiEvent::Hook::NoteOff:
+        return consumer.NoteOff(e.channel, e.data1, e.data2, e.time);
+    case MidiEvent::Hook::NoteOn:
+        return consumer.NoteOn(e.channel, e.data1, e.data2, e.time);
+    case MidiEvent::Hook::KeyPressure:
+        return consumer.KeyPressure(e.channel, e.data1, e.data2, e.time);
+    case MidiEvent::Hook::ControlChange:
+        return consumer.ControlChange(e.channel, e.data1, e.data2, e.time);
+    case MidiEvent::Hook::ProgramChange:
+        return consumer.ProgramChange(e.channel, e.data1, e.time);
+    case MidiEvent::Hook::ChannelPressure:
+        return consumer.ChannelPressure(e.channel, e.data1, e.time);
+    case MidiEvent::Hook::PitchBend:
+        return consumer.PitchBend(e.channel, e.data1, e.data2, e.time);
+    case MidiEvent::Hook::AllNotesOff:
+        return consumer.AllNotesOff(e.channel != 0, e.time);
+    }
+}
+
+EventGate::Turn::Turn(EventGate& gate) : gate(gate), holds(gate.Enter()) {
+    // Only now: who ends the timing waits for whoever has entered.
+    if (holds && !gate.timed) {
+        holds = false;
+        gate.Leave();
+        // What came in at this moment found somebody here.
+        gate.Deliver();
+    }
+}
+
+EventGate::Turn::~Turn() {
+    if (holds)
+        gate.Leave();
+}
+
+void EventGate::NoteOff(uchar channel, uchar note, uchar velocity, bigtime_t time) {
+    Take({time, MidiEvent::Hook::NoteOff, channel, note, velocity});
+}
+void EventGate::NoteOn(uchar channel, uchar note, uchar velocity, bigtime_t time) {
+    Take({time, MidiEvent::Hook::NoteOn, channel, note, velocity});
+}
+void EventGate::KeyPressure(uchar channel, uchar note, uchar pressure, bigtime_t time) {
+    Take({time, MidiEvent::Hook::KeyPressure, channel, note, pressure});
+}
+void EventGate::ControlChange(uchar channel, uchar controller, uchar value, bigtime_t time) {
+    Take({time, MidiEvent::Hook::ControlChange, channel, controller, value});
+}
+void EventGate::ProgramChange(uchar channel, uchar program, bigtime_t time) {
+    Take({time, MidiEvent::Hook::ProgramChange, channel, program, 0});
+}
+void EventGate::ChannelPressure(uchar channel, uchar pressure, bigtime_t time) {
+    Take({time, MidiEvent::Hook::ChannelPressure, channel, pressure, 0});
+}
+void EventGate::PitchBend(uchar channel, uchar lsb, uchar msb, bigtime_t time) {
+    Take({time, MidiEvent::Hook::PitchBend, channel, lsb, msb});
+}
+void EventGate::AllNotesOff(bool justChannel, bigtime_t time) {
+    Take({time, MidiEvent::Hook::AllNotesOff, uint8(justChannel), 0, 0});
+}
+
+void EventGate::SystemExclusive(const void* data, std::size_t length, bigtime_t time) {
+    consumer.SystemExclusive(data, length, time);
+}
+void EventGate::SystemCommon(uchar status, uchar data1, uchar data2, bigtime_t time) {
+    consumer.SystemCommon(status, data1, data2, time);
+}
+void EventGate::SystemRealTime(uchar status, bigtime_t time) {
+    consumer.SystemRealTime(status, time);
+}
+
+} // namespace kits

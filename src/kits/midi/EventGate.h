@@ -1,0 +1,94 @@
+// Between the MIDI thread and the consumer: events wait here for who plays them at their time.
+#pragma once
+
+#include "kits/midi/MidiLocalConsumer.h"
+#include "kits/support/Ring.h"
+
+#include <atomic>
+
+namespace kits {
+
+/// One hook of a consumer and its arguments, those of the channel messages.
+struct MidiEvent {
+    enum class Hook : uint8 {
+        NoteOff,
+        NoteOn,
+        KeyPressure,
+        ControlChange,
+        ProgramChange,
+        ChannelPressure,
+        PitchBend,
+        AllNotesOff,
+    };
+    /// System time, microseconds, at which it happened; 0 where nobody knows.
+    bigtime_t time;
+    Hook hook;
+    /// For AllNotesOff whether it was for one channel.
+    uint8 channel;
+    uint8 data1;
+    uint8 data2;
+};
+
+/// Calls the consumer's hooks one after the other, in the order in which the events came in: at
+/// once, in the MIDI thread, or, while it is timed, whenever a Turn says so in the thread that
+/// renders. Hooks of system messages are called at once all the same, and may run beside the
+/// others. Nobody waits but the MIDI thread, where a thousand times more events come in than can be
+/// played.
+class EventGate : public BMidiLocalConsumer {
+  public:
+    explicit EventGate(BMidiLocalConsumer& consumer);
+
+    /// Whether events wait for a Turn. When it returns after false, those that waited have been
+    /// delivered and no Turn calls a hook any more. Window thread.
+    void SetTimed(bool on);
+
+    /// The right to call the hooks, which at most one thread has at a time. One thread at a time.
+    class Turn {
+      public:
+        /// Without events while the gate is not timed or another thread has the right.
+        explicit Turn(EventGate& gate);
+        ~Turn();
+        Turn(const Turn&) = delete;
+        Turn& operator=(const Turn&) = delete;
+
+        /// The next event; null where there is none.
+        const MidiEvent* Next() noexcept { return holds ? gate.First() : nullptr; }
+        /// Calls the hook of Next.
+        void Play() { gate.PlayFirst(); }
+
+      private:
+        EventGate& gate;
+        bool holds;
+    };
+
+    void NoteOff(uchar channel, uchar note, uchar velocity, bigtime_t time) override;
+    void NoteOn(uchar channel, uchar note, uchar velocity, bigtime_t time) override;
+    void KeyPressure(uchar channel, uchar note, uchar pressure, bigtime_t time) override;
+    void ControlChange(uchar channel, uchar controller, uchar value, bigtime_t time) override;
+    void ProgramChange(uchar channel, uchar program, bigtime_t time) override;
+    void ChannelPressure(uchar channel, uchar pressure, bigtime_t time) override;
+    void PitchBend(uchar channel, uchar lsb, uchar msb, bigtime_t time) override;
+    void SystemExclusive(const void* data, std::size_t length, bigtime_t time) override;
+    void SystemCommon(uchar status, uchar data1, uchar data2, bigtime_t time) override;
+    void SystemRealTime(uchar status, bigtime_t time) override;
+    void AllNotesOff(bool justChannel, bigtime_t time) override;
+
+  private:
+    void Take(const MidiEvent& event);
+    bool Enter() noexcept { return !entered.exchange(true); }
+    void Leave() noexcept { entered = false; }
+    void Deliver();
+    const MidiEvent* First() noexcept;
+    void PlayFirst();
+
+    BMidiLocalConsumer& consumer;
+    Ring<MidiEvent> ring;
+    std::atomic<bool> timed{false};
+    /// Whether a thread has the right to read the ring and to call hooks.
+    std::atomic<bool> entered{false};
+    /// Of who has that right: the next event, if it is out of the ring already.
+    MidiEvent first{};
+    bool hasFirst = false;
+};
+
+} // namespace kits

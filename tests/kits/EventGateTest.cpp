@@ -1,0 +1,102 @@
+#include "kits/midi/EventGate.h"
+
+#include "support/MidiLog.h"
+
+#include <thread>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using kits::EventGate;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+TEST(EventGate, HandsOnAtOnceOrWhenAsked) {
+    test::MidiLog log;
+    EventGate gate(log);
+    gate.NoteOn(1, 60, 100, 0);
+    EXPECT_THAT(log.calls, ElementsAre("on 1 60 100"));
+
+    log.calls.clear();
+    log.times.clear();
+    gate.SetTimed(true);
+    gate.NoteOff(1, 60, 64, 10);
+    gate.KeyPressure(2, 61, 5, 11);
+    gate.ControlChange(3, 7, 90, 12);
+    gate.ProgramChange(4, 8, 13);
+    gate.ChannelPressure(5, 9, 14);
+    gate.PitchBend(6, 1, 64, 15);
+    gate.AllNotesOff(true, 16);
+    EXPECT_THAT(log.calls, IsEmpty());
+    {
+        EventGate::Turn turn(gate);
+        for (bigtime_t time = 10; time < 15; time++) {
+            ASSERT_EQ(turn.Next()->time, time);
+            turn.Play();
+        }
+        EXPECT_EQ(turn.Next()->time, 15) << "that may wait for another turn";
+        EXPECT_EQ(EventGate::Turn(gate).Next(), nullptr) << "one has it already";
+    }
+    EXPECT_THAT(log.calls, ElementsAre("off 1 60 64", "key 2 61 5", "control 3 7 90", "program 4 8",
+                                       "pressure 5 9"));
+    gate.SetTimed(false);
+    EXPECT_EQ(EventGate::Turn(gate).Next(), nullptr);
+    EXPECT_EQ(log.calls.size(), 7U);
+    EXPECT_EQ(log.calls.back(), "alloff 1");
+    EXPECT_EQ(log.times, (std::vector<bigtime_t>{10, 11, 12, 13, 14, 15, 16}));
+}
+
+/// A consumer that knows what comes next and whether two are in it at a time.
+class Counter : public BMidiLocalConsumer {
+  public:
+    Counter() : BMidiLocalConsumer("counter") {}
+    void ControlChange(uchar, uchar, uchar, bigtime_t time) override {
+        inside += inside.exchange(1) != 0 ? 1000 : 0;
+        disorder += time != next;
+        next = time + 1;
+        inside = 0;
+    }
+    bigtime_t next = 1;
+    int disorder = 0;
+    std::atomic<int> inside{0};
+};
+
+TEST(EventGate, WhoeverPlaysThemEventsStayInOrderAndNoneIsLost) {
+    constexpr bigtime_t kEvents = 300000;
+    Counter counter;
+    EventGate gate(counter);
+    std::jthread renderer([&](const std::stop_token& stop) {
+        while (!stop.stop_requested()) {
+            EventGate::Turn turn(gate);
+            for (int i = 0; i < 50 && turn.Next(); i++)
+                turn.Play();
+        }
+    });
+    std::jthread window([&](const std::stop_token& stop) {
+        for (bool timed = true; !stop.stop_requested(); timed = !timed)
+            gate.SetTimed(timed);
+    });
+    for (bigtime_t i = 1; i <= kEvents; i++)
+        gate.ControlChange(0, 1, 2, i);
+    window.request_stop();
+    window.join();
+    gate.SetTimed(false);
+    EXPECT_EQ(counter.next, kEvents + 1);
+    EXPECT_EQ(counter.disorder, 0);
+    EXPECT_EQ(counter.inside, 0);
+}
+
+/// More than any cable carries, and nobody who plays it.
+TEST(EventGate, AFullGateHandsOn) {
+    Counter counter;
+    EventGate gate(counter);
+    gate.SetTimed(true);
+    for (bigtime_t i = 1; i <= 100000; i++)
+        gate.ControlChange(0, 1, 2, i);
+    EXPECT_GT(counter.next, 50000);
+    EXPECT_EQ(counter.disorder, 0);
+}
+
+} // namespace

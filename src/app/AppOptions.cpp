@@ -29,6 +29,8 @@ constexpr kits::OptionRow<AppOptions> kRows[] = {
      SetAudio},
     {"midi", "PORT", nullptr, "connect this MIDI source, whenever it is there",
      [](AppOptions& o, std::string_view text) { return SetText(o.midi.emplace(), text); }},
+    {"record", "FILE", nullptr, "record what is heard into a file .wav, .flac or .ogg",
+     [](AppOptions& o, std::string_view text) { return SetText(o.record.emplace(), text); }},
     {"user-folder", nullptr, nullptr, "keep what you make in $XDG_DATA_HOME/vexa, not beside the program",
      [](AppOptions& o, std::string_view) { return o.userFolder = true; }},
     {"list", nullptr, nullptr, "list the audio devices and MIDI sources",

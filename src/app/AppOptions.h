@@ -29,6 +29,8 @@ struct AppOptions {
     std::optional<int> channel;
     /// Without a value: the first system that has a device.
     std::optional<kits::AudioSystem> audio;
+    /// The sound file to be written of what is heard.
+    std::optional<std::filesystem::path> record;
     /// The MIDI source to connect, by its name in --list.
     std::optional<std::string> midi;
 };

@@ -41,7 +41,7 @@ class HeadlessPlayer {
     HeadlessPlayer(const AppOptions& options, const kits::ProgramFolders& folders)
         : options(options), folders(folders), instrument(folders, Addons::Following) {}
 
-    int Run();
+    int Run(kits::Recording* recording);
 
   private:
     bool LoadSound();
@@ -67,12 +67,13 @@ class HeadlessPlayer {
     bool waitsForSource = false;
 };
 
-int HeadlessPlayer::Run() {
+int HeadlessPlayer::Run(kits::Recording* recording) {
     const kits::Interrupt interrupt;
     if (!LoadSound())
         return 1;
     graph.Consumer().ReduceToMaxVox(options.voices.value_or(kMostVoices));
     graph.Consumer().SetChannel(options.channel.value_or(-1));
+    graph.Record(recording);
     const bool sounds = graph.Start();
     hadDevice = sounds;
     bool watching = WatchSources();
@@ -180,8 +181,9 @@ void HeadlessPlayer::Report(Clock::duration played) const {
 
 } // namespace
 
-int PlayWithoutWindow(const AppOptions& options, const kits::ProgramFolders& folders) {
-    return HeadlessPlayer(options, folders).Run();
+int PlayWithoutWindow(const AppOptions& options, const kits::ProgramFolders& folders,
+                      kits::Recording* recording) {
+    return HeadlessPlayer(options, folders).Run(recording);
 }
 
 int ListDevices() {

@@ -2,14 +2,17 @@
 #pragma once
 
 #include "app/AppOptions.h"
+#include "kits/media/Recording.h"
 #include "kits/storage/ProgramFolder.h"
 
 namespace vexa {
 
 /// Sets up the sound and the audio graph, runs until SIGINT, SIGTERM or SIGHUP, and says on
 /// standard output how it went; faults go to standard error. Returns the program's exit code: 0, or
-/// 1 when a sound that was asked for cannot be played. The calling thread is the window thread.
-int PlayWithoutWindow(const AppOptions& options, const kits::ProgramFolders& folders);
+/// 1 when a sound that was asked for cannot be played. The recording, or null, is left to the
+/// caller to finish. The calling thread is the window thread.
+int PlayWithoutWindow(const AppOptions& options, const kits::ProgramFolders& folders,
+                      kits::Recording* recording);
 
 /// Prints the audio devices and MIDI sources; the exit code.
 int ListDevices();

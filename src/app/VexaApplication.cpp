@@ -22,11 +22,13 @@ void Choose(BMenu& menu, uint32 code) {
 
 } // namespace
 
-VexaApplication::VexaApplication(const AppOptions& options, const kits::ProgramFolders& folders)
+VexaApplication::VexaApplication(const AppOptions& options, const kits::ProgramFolders& folders,
+                                 kits::Recording* recording)
     : BApplication(kSignature),
       window(new VexaWindow(BRect{64, 100, 999, 610}, folders, !options.sound)) {
     VexaView& view = window->MainView();
     window->Show();
+    view.Record(recording);
     if (options.sound)
         view.LoadSound(*options.sound);
     if (options.file)
@@ -54,7 +56,8 @@ void ShowFault(const std::string& text) {
     VexaView::ErrorAlert(text);
 }
 
-int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders) {
+int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders,
+              kits::Recording* recording) {
     if (const auto display = kits::FindDisplay(); !display) {
         std::fprintf(stderr,
                      "vexa: %s; vexa --no-window plays without one, vexa-render renders a MIDI "
@@ -62,7 +65,7 @@ int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders) {
                      display.Fault().text.c_str());
         return 1;
     }
-    VexaApplication(options, folders).Run();
+    VexaApplication(options, folders, recording).Run();
     return 0;
 }
 

@@ -3,6 +3,7 @@
 
 #include "app/AppOptions.h"
 #include "kits/interface/Application.h"
+#include "kits/media/Recording.h"
 #include "kits/storage/ProgramFolder.h"
 
 #include <filesystem>
@@ -16,7 +17,9 @@ class VexaWindow;
 class VexaApplication : public BApplication {
   public:
     /// What the options ask for is done once the window is there, with alerts where it fails.
-    VexaApplication(const AppOptions& options, const kits::ProgramFolders& folders);
+    /// The recording, or null, as AudioGraph::Record.
+    VexaApplication(const AppOptions& options, const kits::ProgramFolders& folders,
+                    kits::Recording* recording);
 
     void MessageReceived(BMessage* message) override;
 
@@ -29,7 +32,8 @@ class VexaApplication : public BApplication {
 void ShowFault(const std::string& text);
 
 /// Runs the window until it is closed; the program's exit code. 1, with a message, where there is
-/// no display.
-int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders);
+/// no display. The recording, or null, is left to the caller to finish.
+int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders,
+              kits::Recording* recording);
 
 } // namespace vexa

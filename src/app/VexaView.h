@@ -42,6 +42,9 @@ class VexaView : public BView {
 
     void Draw(BRect update) override;
     void Pulse() override;
+    /// As AudioGraph::Record.
+    void Record(kits::Recording* recording) { graph->Record(recording); }
+
     /// As AudioGraph::Watch: shows what has become of the sound, and goes on.
     void WatchSound();
     void MessageReceived(BMessage* message) override;

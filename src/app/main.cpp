@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,23 @@ constexpr std::size_t kMemory = std::size_t{736} << 20;
 int Fail(const std::string& text, int exitCode) {
     std::fprintf(stderr, "vexa: %s\n", text.c_str());
     return exitCode;
+}
+
+int Play(const vexa::AppOptions& options, const kits::ProgramFolders& folders) {
+    std::unique_ptr<kits::Recording> recording;
+    if (options.record) {
+        auto begun = kits::Recording::Begin(*options.record);
+        if (!begun)
+            return Fail("--record: " + begun.Fault().text, 1);
+        recording = *std::move(begun);
+    }
+    const int exitCode = options.noWindow
+                             ? vexa::PlayWithoutWindow(options, folders, recording.get())
+                             : vexa::RunWindow(options, folders, recording.get());
+    if (exitCode != 0 || !recording)
+        return exitCode;
+    const auto finished = recording->Finish();
+    return finished ? 0 : Fail("--record: " + finished.Fault().text, 1);
 }
 
 int Run(const std::vector<std::string>& texts) {
@@ -57,9 +75,7 @@ int Run(const std::vector<std::string>& texts) {
             return Fail("--sound: " + sound.Fault().text, 1);
         options->sound = *sound;
     }
-    if (options->noWindow)
-        return vexa::PlayWithoutWindow(*options, *folders);
-    return vexa::RunWindow(*options, *folders);
+    return Play(*options, *folders);
 }
 
 } // namespace

@@ -72,6 +72,7 @@ const char* AudioGraph::Connect() {
     clock->Release();
     connected = true;
     engine.consumer.Gate()->SetTimed(true);
+    Mixer()->Record(recording);
     producer->SetGain(kInitialGain);
     return nullptr;
 }
@@ -126,6 +127,12 @@ void AudioGraph::TakeNewRate() {
 
 kits::SystemMixer* AudioGraph::Mixer() const {
     return dynamic_cast<kits::SystemMixer*>(BMediaRoster::ConsumerOf(connection.destination));
+}
+
+void AudioGraph::Record(kits::Recording* next) {
+    recording = next;
+    if (kits::SystemMixer* mixer = Mixer())
+        mixer->Record(next);
 }
 
 kits::MixerCounts AudioGraph::Counts() const {

@@ -47,6 +47,10 @@ class AudioGraph {
     const VexaMidiConsumer& Consumer() const { return engine.consumer; }
     bool IsConnected() const { return connected; }
 
+    /// What is heard is recorded too from now on, whatever device plays it; null ends that. The
+    /// recording outlives the graph, or is ended before.
+    void Record(kits::Recording* next);
+
     /// What all mixers so far have noticed of our buffers.
     kits::MixerCounts Counts() const;
     /// The device for a person; empty while there is no connection.
@@ -80,6 +84,7 @@ class AudioGraph {
     bool connected = false;
 
     kits::MixerSearch search;
+    kits::Recording* recording = nullptr;
     /// The device that played has gone; whether that has been told.
     enum class Loss { None, Untold, Told } loss = Loss::None;
     /// Of the mixers that went with their devices.

@@ -58,6 +58,9 @@ TEST(SoundFileWriter, ALongSoundGoesBeyondWhatAWavFileCanCount) {
     ASSERT_TRUE(WriteSound(path, tone, 44100, 1, most + 1));
     EXPECT_TRUE(Contents(path).starts_with("RF64"));
     EXPECT_EQ(ReadSound(path, 1).values, tone);
+    ASSERT_TRUE(WriteSound(path, tone, 44100, 1, kits::SoundFileWriter::kUnknownLength));
+    EXPECT_TRUE(Contents(path).starts_with("RIFF")) << "it was no longer than that";
+    EXPECT_EQ(ReadSound(path, 1).values, tone);
 }
 
 TEST(SoundFileWriter, ClipsWhereTheFormatDoesAndSilencesWhatIsNoNumber) {

@@ -1,5 +1,6 @@
 // The program on a real JACK server, played by a real client and recorded by another.
 #include "live/LivePlay.h"
+#include "support/SoundFiles.h"
 #include "support/Spectrum.h"
 
 #include <climits>
@@ -139,6 +140,35 @@ TEST(Live, EventsHaveTheirTimeWhateverThePeriod) {
         };
         EXPECT_TRUE(right() || right() || right() || right() || right()) << period;
     }
+}
+
+/// What another client records, from the first sample that is not silent to the last.
+TEST(Live, WhatIsHeardIsRecordedSampleBySample) {
+    const auto sounding = [](std::span<const float> all) {
+        const auto sounds = [](float sample) { return sample != 0; };
+        const auto begin = std::ranges::find_if(all, sounds);
+        const auto end = std::find_if(all.rbegin(), all.rend(), sounds).base();
+        return begin < end ? std::vector<float>(begin, end) : std::vector<float>();
+    };
+    EXPECT_TRUE([&] {
+        // Not where the server has lost periods.
+        for (int attempt = 0; attempt < 5; attempt++) {
+            const test::TemporaryFolder folder;
+            const auto path = folder.Path() / "heard.wav";
+            LivePlay play(512, 48000 * 20, test::kSineSound, {"--record", path.string()});
+            std::vector<std::uint32_t> noteOns;
+            play.Play(test::ShortNotes(20, noteOns));
+            play.Listen(9600);
+            EXPECT_EQ(play.Vexa().End(SIGTERM), 0);
+            const test::DecodedSound file = test::ReadSound(path, 1);
+            EXPECT_EQ(file.frameRate, 48000);
+            const std::vector<float> heard = sounding(play.Samples());
+            EXPECT_FALSE(heard.empty());
+            if (play.Lost() == 0 && sounding(file.values) == heard)
+                return true;
+        }
+        return false;
+    }());
 }
 
 TEST(Live, AFloodOfMidiLeavesNoNoteBehind) {

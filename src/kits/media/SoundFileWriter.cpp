@@ -114,6 +114,9 @@ Result<SoundFileWriter> SoundFileWriter::Create(int descriptor, SoundFileFormat 
     // The chunk with the peaks carries the time of writing.
     sf_command(file, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
     sf_command(file, SFC_SET_CLIPPING, nullptr, SF_TRUE);
+    // What turns out to be no longer than a WAV file may be becomes one, which more programs read.
+    if (frames == kUnknownLength)
+        sf_command(file, SFC_RF64_AUTO_DOWNGRADE, nullptr, SF_TRUE);
     double quality = kOggQuality;
     sf_command(file, SFC_SET_VBR_ENCODING_QUALITY, &quality, sizeof quality);
     return SoundFileWriter(std::move(state));

@@ -11,9 +11,9 @@
 namespace kits {
 
 enum class SoundFileFormat {
-    /// 32-bit float, so nothing is clipped or rounded. What is announced to be longer than the 4
-    /// GiB
-    /// that a WAV file can count is written as RF64, its form for such lengths.
+    /// 32-bit float, so nothing is clipped or rounded. What is longer than the 4 GiB that a WAV
+    /// file can count is written as RF64, its form for such lengths, where the length was announced
+    /// or said to be unknown.
     wav,
     /// 24 bit; values beyond -1..1 are clipped.
     flac,
@@ -28,6 +28,9 @@ Result<SoundFileFormat> SoundFileFormatOf(const std::filesystem::path& path);
 /// time that may wait for the disk.
 class SoundFileWriter {
   public:
+    /// For Create, of a sound that goes on until somebody ends it.
+    static constexpr std::uint64_t kUnknownLength = UINT64_MAX;
+
     /// Writes to an open descriptor of an empty file, which stays the caller's and is open for
     /// reading too. `name` is the file's name in errors; `frameRate` in frames per second; `frames`
     /// is at least how many there will be.

@@ -101,6 +101,19 @@ void SystemMixer::Play(float* samples, uint32 frames, bigtime_t now) noexcept {
     for (float& sample : mix)
         sample = std::isfinite(sample) ? std::clamp(sample, -1.0F, 1.0F) : 0.0F;
     frame += frames;
+    if (Recording* keeper = recording.load())
+        keeper->Put(mix);
+}
+
+void SystemMixer::Record(Recording* next) {
+    if (next)
+        next->TakeRate(clock.Rate());
+    recording = next;
+    // A period that had begun before may use the one before to its end.
+    const auto passed = std::make_shared<std::atomic<bool>>(false);
+    Retire([passed] { *passed = true; });
+    while (!*passed && !(WaitForReaders(std::chrono::milliseconds(100)) || device->HasGone())) {
+    }
 }
 
 void SystemMixer::Await(uint32 frames) noexcept {

@@ -4,6 +4,7 @@
 #include "kits/media/DeviceClock.h"
 #include "kits/media/MediaNode.h"
 #include "kits/media/MixerInput.h"
+#include "kits/media/Recording.h"
 #include "kits/media/backends/AudioDevice.h"
 #include "kits/support/Published.h"
 
@@ -39,6 +40,10 @@ class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSou
         device->TellLatency(static_cast<uint32>(clock.FrameAt(latency)));
         device->Tend();
     }
+
+    /// What is played is put there too from now on; nothing any more from null on, when it returns.
+    /// Window thread.
+    void Record(Recording* next);
 
     /// Of all inputs that there are and were. Window thread.
     MixerCounts Counts() const;
@@ -96,6 +101,7 @@ class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSou
     /// Whether it waited for the last ones played, or waits.
     std::atomic<bool> waits{false};
     Reader reader;
+    std::atomic<Recording*> recording{nullptr};
     /// Of inputs that are no longer connected.
     MixerCounts past;
 };

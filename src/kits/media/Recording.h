@@ -1,0 +1,61 @@
+// What a device plays, kept in a sound file.
+#pragma once
+
+#include "kits/media/SoundFileWriter.h"
+#include "kits/storage/FileReplacement.h"
+#include "kits/support/Ring.h"
+
+#include <atomic>
+#include <optional>
+#include <span>
+#include <thread>
+
+namespace kits {
+
+/// A sound file that grows while a device plays: one channel, every sample as the device gets it,
+/// from the first device on. The file takes its place when the recording is finished; until then it
+/// lies beside it. Window thread, unless noted.
+class Recording {
+  public:
+    /// The format is what the name asks for. The error names the path and the fault.
+    static Result<std::unique_ptr<Recording>> Begin(const std::filesystem::path& path);
+    /// Without Finish nothing is left.
+    ~Recording();
+    Recording(const Recording&) = delete;
+    Recording& operator=(const Recording&) = delete;
+
+    /// A device of this rate, in frames per second, is about to play. The first one begins the
+    /// file; one of another rate ends what is kept, which Finish tells.
+    void TakeRate(double rate);
+
+    /// The device's thread: what it plays next. Never waits; what the disk is too slow for is left
+    /// out and counted, with some 20 s of patience.
+    void Put(std::span<const float> samples) noexcept;
+
+    /// Completes the file, when nobody puts any more. The error says why there is none, or what is
+    /// missing in it.
+    Result<void> Finish();
+
+  private:
+    Recording(std::filesystem::path path, SoundFileFormat format, FileReplacement file);
+    void Run();
+    void WriteWaiting();
+
+    std::filesystem::path path;
+    SoundFileFormat format;
+    FileReplacement file;
+    int rate = 0;
+    /// Why what the device plays is kept no longer.
+    std::optional<Error> ended;
+    Ring<float> waiting;
+    std::atomic<bool> takes{false};
+    std::atomic<bool> quitting{false};
+    std::atomic<std::size_t> lost{0};
+    std::thread thread;
+
+    // The thread's, and after it Finish's.
+    std::optional<SoundFileWriter> writer;
+    std::optional<Error> fault;
+};
+
+} // namespace kits

@@ -83,13 +83,14 @@ TEST(AudioGraph, ThePeriodOfTheDeviceIsFollowedAtOnce) {
     vexa::AudioGraph graph(instrument, [](const char*) {});
     ASSERT_TRUE(graph.Start());
     std::vector<float> samples(2048);
+    std::vector<float> right(2048);
     bigtime_t next = system_time();
     const auto latencyAfter = [&](int periods, uint32 period) {
         for (int i = 0; i < periods; i++) {
             next += period * 1000000 / 48000;
             while (system_time() < next)
                 std::this_thread::sleep_for(std::chrono::microseconds(200));
-            device.source->Play(samples.data(), period, next);
+            device.source->Play(samples.data(), right.data(), period, next);
         }
         return double(graph.Producer().EventLatency());
     };

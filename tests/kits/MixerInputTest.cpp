@@ -25,7 +25,7 @@ class MixerInput : public testing::Test {
     }
     Frames Period(int64 frame, std::size_t count) {
         Frames mix(count, 0);
-        input.AddTo(mix, frame);
+        input.AddTo(mix, nullptr, frame);
         return mix;
     }
     int64 Late() const { return input.Counts().late; }
@@ -40,9 +40,41 @@ TEST_F(MixerInput, PlaysFramesExactlyAtTheirPlace) {
     EXPECT_EQ(Put(1007, 2), 0);
     EXPECT_EQ(Period(1000, 5), (Frames{0, 0, 0, 1, 2})) << "the stream begins";
     Frames mix(4, 10.0F);
-    input.AddTo(mix, 1005);
+    input.AddTo(mix, nullptr, 1005);
     EXPECT_EQ(mix, (Frames{13, 14, 11, 12})) << "added to what others play";
     EXPECT_EQ(Late() + Missing(), 0);
+}
+
+/// Each channel of two is what it would be alone, at the device's rate and at another.
+TEST(MixerInputOfTwoChannels, KeepsThemApart) {
+    const kits::DeviceClock clock(48000);
+    for (const double rate : {48000.0, 44100.0}) {
+        kits::MixerInput one(clock, rate, 256);
+        kits::MixerInput two(clock, rate, 256, 2);
+        Frames alone(2000, 0);
+        Frames left(2000, 0);
+        Frames right(2000, 0);
+        for (int buffer = 0; buffer < 8; buffer++) {
+            Frames mono;
+            Frames stereo;
+            for (int i = 0; i < 256; i++) {
+                mono.push_back(float(std::sin(0.1 * (buffer * 256 + i))));
+                stereo.insert(stereo.end(), {mono.back(), -0.5F * mono.back()});
+            }
+            const auto start = bigtime_t(buffer * 256 * 1e6 / rate) + 10000;
+            one.Write(mono, start);
+            two.Write(stereo, start);
+        }
+        // From the middle of the stream, in parts.
+        for (const std::size_t from : {1100, 1500}) {
+            one.AddTo(std::span(alone).subspan(from, 400), nullptr, int64(from));
+            two.AddTo(std::span(left).subspan(from, 400), &right[from], int64(from));
+        }
+        EXPECT_EQ(left, alone);
+        for (std::size_t i = 0; i < right.size(); i++)
+            ASSERT_NEAR(right[i], -0.5F * alone[i], 1e-6) << rate;
+        EXPECT_GT(*std::ranges::max_element(alone), 0.9F);
+    }
 }
 
 TEST_F(MixerInput, StartTimesInWholeMicrosecondsAreNoGaps) {
@@ -87,7 +119,7 @@ TEST_F(MixerInput, AStreamThatGoesBackStaysInsideOfThePeriod) {
     Put(500, 200); // long past when the period at 1000 begins
     Put(1050, 60); // its first half has been played
     Frames mix(1000, 0);
-    input.AddTo(std::span(mix).subspan(600, 200), 1000);
+    input.AddTo(std::span(mix).subspan(600, 200), nullptr, 1000);
     Frames expected(1000, 0);
     std::iota(expected.begin() + 600, expected.begin() + 700, 1.0F);
     std::iota(expected.begin() + 700, expected.begin() + 710, 51.0F);
@@ -102,9 +134,8 @@ TEST_F(MixerInput, WhatComesLateAtAnyMomentStaysInsideOfThePeriod) {
         const Frames frames(64, 1.0F);
         for (int64 frame = 0; !stop.stop_requested();) {
             // Ahead of what is played nothing would come late any more.
-            if (frame > played)
-                continue;
-            frame = std::max(frame, played - int64(kLate));
+            if (frame < played - int64(kLate) || frame > played)
+                frame = played - int64(kLate);
             input.Write(frames, clock.TimeOf(frame));
             frame += 64;
         }
@@ -113,7 +144,7 @@ TEST_F(MixerInput, WhatComesLateAtAnyMomentStaysInsideOfThePeriod) {
     Frames all(kLate + 128 + 64, 0);
     const std::span mix = std::span(all).subspan(kLate + 64);
     while (Late() < 20000) {
-        input.AddTo(mix.first(64), played);
+        input.AddTo(mix.first(64), nullptr, played);
         played += 64;
     }
     producer.request_stop();
@@ -143,7 +174,7 @@ TEST(MixerInputConverts, NothingIsMissingBeforeTheFirstFrameIsThere) {
     kits::MixerInput input(clock, 44100, 16);
     Frames mix(480, 0);
     EXPECT_EQ(input.Write(Frames(16, 1.0F), 20000), 0); // less than the filter is long
-    input.AddTo(mix, 0);
+    input.AddTo(mix, nullptr, 0);
     EXPECT_EQ(input.Counts().missing, 0);
 }
 
@@ -188,7 +219,7 @@ TEST_P(MixerInputAfter, TheLatencyThatAFaultHasAddedIsGivenBackWithoutAClick) {
             end = free;
         while (now() <= free) {
             Frames mix(kPeriod, 0);
-            input.AddTo(mix, int64(played.size()));
+            input.AddTo(mix, nullptr, int64(played.size()));
             played.insert(played.end(), mix.begin(), mix.end());
         }
         Frames frames(64);
@@ -255,7 +286,7 @@ TEST_P(MixerInputConvertsFrom, ASineKeepsItsFrequencyLevelAndPlace) {
                              static_cast<int64>(double(input.Lookahead()) * 0.048) - 2;
             while (int64(played.size()) + 64 <= end) {
                 Frames mix(64, 0);
-                input.AddTo(mix, static_cast<int64>(played.size()));
+                input.AddTo(mix, nullptr, static_cast<int64>(played.size()));
                 played.insert(played.end(), mix.begin(), mix.end());
             }
         }

@@ -22,24 +22,28 @@ class RecordingTest : public testing::Test {
     std::size_t Files() const {
         return std::size_t(std::distance(std::filesystem::directory_iterator(folder.Path()), {}));
     }
+    /// So many frames of these values.
+    static void Put(kits::Recording& recording, std::size_t frames, float left, float right) {
+        recording.Put(std::vector(frames, left).data(), std::vector(frames, right).data(), frames);
+    }
     test::TemporaryFolder folder;
 };
 
 TEST_F(RecordingTest, KeepsWhatWasPutFromTheFirstDeviceOn) {
     const auto recording = Begin("a.wav");
-    recording->Put(std::vector<float>(10, 1.0F)); // no device yet
+    Put(*recording, 10, 1, 1); // no device yet
     recording->TakeRate(48000);
     std::vector<float> all;
     for (int piece = 0; piece < 3000; piece++) {
-        const std::vector<float> samples(64, float(piece));
-        recording->Put(samples);
-        all.insert(all.end(), samples.begin(), samples.end());
+        Put(*recording, 64, float(piece), float(-piece));
+        for (int i = 0; i < 64; i++)
+            all.insert(all.end(), {float(piece), float(-piece)});
         if (piece == 1500)
             recording->TakeRate(48000); // it was lost and came back
     }
     EXPECT_FALSE(std::filesystem::exists(folder.Path() / "a.wav")) << "it is not whole yet";
     EXPECT_EQ(Fault(*recording), "");
-    const test::DecodedSound sound = test::ReadSound(folder.Path() / "a.wav", 1);
+    const test::DecodedSound sound = test::ReadSound(folder.Path() / "a.wav", 0);
     EXPECT_EQ(sound.frameRate, 48000);
     EXPECT_EQ(sound.values, all);
 }
@@ -51,23 +55,23 @@ TEST_F(RecordingTest, SaysWhatIsMissing) {
     {
         const auto recording = Begin("a.wav");
         recording->TakeRate(48000);
-        recording->Put(std::vector<float>(100, 1.0F));
+        Put(*recording, 100, 1, 1);
     }
     EXPECT_EQ(Files(), 0U) << "unfinished ones leave nothing";
 
     const auto changed = Begin("a.wav");
     changed->TakeRate(48000);
-    changed->Put(std::vector<float>(100, 1.0F));
+    Put(*changed, 100, 1, 1);
     changed->TakeRate(44100);
-    changed->Put(std::vector<float>(100, 2.0F));
+    Put(*changed, 100, 2, 2);
     EXPECT_NE(Fault(*changed).find("from 48000 to 44100 Hz"), std::string::npos);
-    EXPECT_EQ(test::ReadSound(folder.Path() / "a.wav", 1).values, std::vector<float>(100, 1.0F));
+    EXPECT_EQ(test::ReadSound(folder.Path() / "a.wav", 0).values, std::vector<float>(200, 1.0F));
 
     // More than there is patience for, at once.
     const auto slow = Begin("b.wav");
     slow->TakeRate(48000);
-    slow->Put(std::vector<float>(1U << 21, 1.0F));
-    EXPECT_NE(Fault(*slow).find("2097152 samples are missing"), std::string::npos);
+    Put(*slow, 1U << 22, 1, 1);
+    EXPECT_NE(Fault(*slow).find(" frames are missing"), std::string::npos);
 }
 
 } // namespace

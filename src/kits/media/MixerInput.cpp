@@ -14,6 +14,8 @@ constexpr unsigned kFilterHalf = 32;
 /// Frames in the ring: more than any producer is ahead.
 constexpr std::size_t kRoom = 1U << 16;
 constexpr std::size_t kStretches = 1U << 12;
+/// Frames that are taken out of it at a time.
+constexpr std::size_t kPiece = 4096;
 
 /// Frames of lateness that a producer hears of: it cannot be ahead by more than the ring holds.
 constexpr int64 kMostLate = kRoom / 2;
@@ -23,23 +25,25 @@ constexpr double kPatience = 2e6;
 
 } // namespace
 
-MixerInput::MixerInput(const DeviceClock& clock, double rate, std::size_t longest)
+MixerInput::MixerInput(const DeviceClock& clock, double rate, std::size_t longest,
+                       unsigned channels)
     : clock(clock),
       rate(rate),
-      finite(longest),
-      converted(static_cast<std::size_t>(double(longest) * clock.Rate() / rate) + 2),
-      samples(kRoom),
+      channels(channels),
+      finite(longest * channels),
+      converted((static_cast<std::size_t>(double(longest) * clock.Rate() / rate) + 2) * channels),
+      samples(kRoom * channels),
       stretches(kStretches),
-      piece(4096) {
+      piece(kPiece * channels) {
     if (clock.Rate() == rate)
         return;
-    converter = std::make_unique<RateConverter>(rate, clock.Rate(), kFilterHalf);
+    converter = std::make_unique<RateConverter>(rate, clock.Rate(), kFilterHalf, channels);
     lookahead = static_cast<bigtime_t>(std::ceil(double(converter->Lookahead()) * 1e6 / rate));
 }
 
 bigtime_t MixerInput::Write(std::span<const float> frames, bigtime_t start) noexcept {
     // Where the buffer belongs if it does not follow on the one before.
-    const double duration = static_cast<double>(frames.size()) * 1e6 / rate;
+    const double duration = static_cast<double>(frames.size() / channels) * 1e6 / rate;
     if (expected < 0 || std::abs(static_cast<double>(start) - expected) > duration / 2) {
         if (converter)
             converter->Reset();
@@ -49,7 +53,7 @@ bigtime_t MixerInput::Write(std::span<const float> frames, bigtime_t start) noex
     expected += duration;
 
     const std::span<const float> output = Convert(frames);
-    const Stretch next{nextFrame, static_cast<uint32>(output.size())};
+    const Stretch next{nextFrame, static_cast<uint32>(output.size() / channels)};
     nextFrame += next.count;
     if (samples.Writable() >= output.size() && stretches.Writable() > 0 && !output.empty()) {
         samples.Write(output.data(), output.size());
@@ -86,16 +90,19 @@ std::span<const float> MixerInput::Convert(std::span<const float> frames) noexce
     return {converted.data(), converter->Process({finite.data(), frames.size()}, converted)};
 }
 
-void MixerInput::AddTo(std::span<float> mix, int64 frame) noexcept {
-    const int64 end = frame + static_cast<int64>(mix.size());
+void MixerInput::AddTo(std::span<float> left, float* right, int64 frame) noexcept {
+    const int64 end = frame + static_cast<int64>(left.size());
     int64 at = frame;
     while (at < end && NextStretch(at) && stretch.frame < end) {
         at = stretch.frame;
         const auto wanted = static_cast<std::size_t>(
-            std::min<int64>({end - at, stretch.count, static_cast<int64>(piece.size())}));
-        const std::size_t n = samples.Read(piece.data(), wanted);
+            std::min<int64>({end - at, stretch.count, static_cast<int64>(kPiece)}));
+        const std::size_t n = samples.Read(piece.data(), wanted * channels) / channels;
+        const auto offset = static_cast<std::size_t>(at - frame);
         for (std::size_t i = 0; i < n; i++)
-            mix[static_cast<std::size_t>(at - frame) + i] += piece[i];
+            left[offset + i] += piece[i * channels];
+        for (std::size_t i = 0; channels > 1 && i < n; i++)
+            right[offset + i] += piece[i * channels + 1];
         Pass(n);
         at += static_cast<int64>(n);
     }
@@ -118,8 +125,9 @@ bool MixerInput::NextStretch(int64 frame) noexcept {
         }
         if (stretch.frame >= frame && stretch.count > 0)
             return true;
-        Pass(samples.Skip(
-            static_cast<std::size_t>(std::min<int64>(frame - stretch.frame, stretch.count))));
+        const auto over =
+            static_cast<std::size_t>(std::min<int64>(frame - stretch.frame, stretch.count));
+        Pass(samples.Skip(over * channels) / channels);
         if (!lateCounted)
             late++;
         lateCounted = true;

@@ -21,12 +21,12 @@ struct MixerCounts {
     int64 missing = 0;
 };
 
-/// Mono floats. Written by the producer's media thread, read by the device's thread; neither waits
-/// or allocates.
+/// Floats, one or two interleaved channels. Written by the producer's media thread, read by the
+/// device's thread; neither waits or allocates.
 class MixerInput {
   public:
     /// `rate` is the producer's; `longest` the most frames in one of its buffers.
-    MixerInput(const DeviceClock& clock, double rate, std::size_t longest);
+    MixerInput(const DeviceClock& clock, double rate, std::size_t longest, unsigned channels = 1);
 
     /// Microseconds by which a buffer is to be there before the device's thread looks for it: what
     /// a producer's thread of real-time priority may be late without harm.
@@ -43,8 +43,10 @@ class MixerInput {
     /// Whether there is nothing to wait for, to play the frames before `frame`. Any thread.
     bool Reaches(int64 frame) const noexcept { return !playing || written >= frame; }
 
-    /// The device's thread: adds what belongs to the frames from `frame` on.
-    void AddTo(std::span<float> mix, int64 frame) noexcept;
+    std::size_t Channels() const { return channels; }
+    /// The device's thread: adds what belongs to the frames from `frame` on, one channel's to
+    /// `left` and the other's to `right`, which is as long. One channel has no right.
+    void AddTo(std::span<float> left, float* right, int64 frame) noexcept;
 
     /// The producer has stopped: that nothing comes is not counted, until it writes again.
     void Stopped() noexcept { playing = false; }
@@ -68,6 +70,7 @@ class MixerInput {
 
     const DeviceClock& clock;
     double rate;
+    std::size_t channels;
     /// None where the rates are the same.
     std::unique_ptr<RateConverter> converter;
     bigtime_t lookahead = 0;

@@ -8,6 +8,12 @@
 
 namespace kits {
 
+namespace {
+
+constexpr unsigned kMostChannels = 2;
+
+} // namespace
+
 /// The library has two resamplers that do not know each other: one with a filter for each of the
 /// phases of a simple ratio, one that interpolates between the filters of 120 phases.
 struct RateConverter::Stepper {
@@ -20,37 +26,39 @@ struct RateConverter::Stepper {
 
 template<class Resampler>
 struct RateConverter::StepperOf : Stepper {
+    explicit StepperOf(std::size_t channels) : channels(channels) {}
     void Reset() noexcept override {
         resampler.reset();
         // Silence up to the middle of the filter: with the next frame begins what comes out.
-        float none = 0;
-        Process(nullptr, Half() - 1, {&none, 1});
+        float none[kMostChannels] = {};
+        Process(nullptr, (Half() - 1) * channels, {none, channels});
     }
     std::size_t Process(const float* frames, std::size_t count,
                         std::span<float> out) noexcept override {
-        resampler.inp_count = static_cast<unsigned>(count);
+        resampler.inp_count = static_cast<unsigned>(count / channels);
         // It does not write there.
         resampler.inp_data = const_cast<float*>(frames);
-        resampler.out_count = static_cast<unsigned>(out.size());
+        resampler.out_count = static_cast<unsigned>(out.size() / channels);
         resampler.out_data = out.data();
         resampler.process();
-        return out.size() - resampler.out_count;
+        return (out.size() / channels - resampler.out_count) * channels;
     }
     std::size_t Half() const override { return static_cast<std::size_t>(resampler.inpsize()) / 2; }
 
+    std::size_t channels;
     Resampler resampler;
 };
 
-RateConverter::RateConverter(double from, double to, unsigned half) {
-    auto simple = std::make_unique<StepperOf<Resampler>>();
-    auto any = std::make_unique<StepperOf<VResampler>>();
+RateConverter::RateConverter(double from, double to, unsigned half, unsigned channels) {
+    auto simple = std::make_unique<StepperOf<Resampler>>(channels);
+    auto any = std::make_unique<StepperOf<VResampler>>(channels);
     const bool whole = from == std::floor(from) && to == std::floor(to);
-    if (!CanConvert(from, to))
+    if (!CanConvert(from, to) || channels < 1 || channels > kMostChannels)
         throw std::invalid_argument("no conversion between these rates");
-    if (whole && simple->resampler.setup(static_cast<unsigned>(from), static_cast<unsigned>(to), 1,
-                                         half) == 0)
+    if (whole && simple->resampler.setup(static_cast<unsigned>(from), static_cast<unsigned>(to),
+                                         channels, half) == 0)
         stepper = std::move(simple);
-    else if (any->resampler.setup(to / from, 1, half) == 0)
+    else if (any->resampler.setup(to / from, channels, half) == 0)
         stepper = std::move(any);
     else
         throw std::invalid_argument("no filter of that length");

@@ -7,15 +7,17 @@
 
 namespace kits {
 
-/// Converts a stream of one channel from one sample rate to another. The filter has `half` frames,
+/// Converts a stream of interleaved channels from one sample rate to another. The filter has `half`
+/// frames,
 /// of the lower of the two rates, to each side (8..96): 32 keep 85 % of the lower rate's
 /// frequencies, 96 keep 95 %. One thread at a time.
 class RateConverter {
   public:
     /// Hertz. Between whole numbers whose ratio is simple, as any two of the usual rates have, the
     /// images of a sine at 9/10 of the band are 110 dB below it, between others 92. Allocates;
-    /// throws std::invalid_argument for rates that CanConvert does not allow.
-    RateConverter(double from, double to, unsigned half);
+    /// throws std::invalid_argument for rates that CanConvert does not allow and
+    /// for other than one or two channels.
+    RateConverter(double from, double to, unsigned half, unsigned channels = 1);
     ~RateConverter();
     RateConverter(const RateConverter&) = delete;
     RateConverter& operator=(const RateConverter&) = delete;
@@ -25,8 +27,8 @@ class RateConverter {
 
     /// Begins anew: the next frame given out has the place of the next one taken. Wait-free.
     void Reset() noexcept;
-    /// Takes all of `frames`; answers how many it put into `out`, which has room for two more
-    /// than the ratio makes of `frames`. Wait-free.
+    /// Takes all of `frames`, a value per channel each; answers how many values it put into `out`,
+    /// which has room for two frames more than the ratio makes of them. Wait-free.
     std::size_t Process(std::span<const float> frames, std::span<float> out) noexcept;
     /// Frames that must be taken after one before it can be given out.
     std::size_t Lookahead() const;

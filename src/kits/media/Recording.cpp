@@ -1,5 +1,6 @@
 #include "kits/media/Recording.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cmath>
@@ -9,7 +10,11 @@ namespace kits {
 
 namespace {
 
-constexpr std::size_t kRoom = 1U << 20;
+constexpr std::size_t kChannels = 2;
+/// Samples.
+constexpr std::size_t kRoom = 1U << 21;
+/// Frames put into it at a time.
+constexpr std::size_t kPiece = 1024;
 
 /// Between two looks of the thread that writes.
 constexpr std::chrono::milliseconds kPause{20};
@@ -27,7 +32,11 @@ Result<std::unique_ptr<Recording>> Recording::Begin(const std::filesystem::path&
 }
 
 Recording::Recording(std::filesystem::path path, SoundFileFormat format, FileReplacement file)
-    : path(std::move(path)), format(format), file(std::move(file)), waiting(kRoom) {}
+    : path(std::move(path)),
+      format(format),
+      file(std::move(file)),
+      waiting(kRoom),
+      interleaved(kPiece * kChannels) {}
 
 Recording::~Recording() {
     quitting = true;
@@ -49,7 +58,7 @@ void Recording::TakeRate(double next) {
         return;
     }
     Result<SoundFileWriter> opened = SoundFileWriter::Create(
-        file.Descriptor(), format, path, rounded, SoundFileWriter::kUnknownLength);
+        file.Descriptor(), format, path, rounded, SoundFileWriter::kUnknownLength, kChannels);
     if (!opened) {
         ended = opened.Fault();
         return;
@@ -60,9 +69,17 @@ void Recording::TakeRate(double next) {
     takes = true;
 }
 
-void Recording::Put(std::span<const float> samples) noexcept {
-    if (takes && !waiting.Write(samples.data(), samples.size()))
-        lost += samples.size();
+void Recording::Put(const float* left, const float* right, std::size_t frames) noexcept {
+    for (std::size_t done = 0; takes && done < frames;) {
+        const std::size_t n = std::min(frames - done, interleaved.size() / kChannels);
+        for (std::size_t i = 0; i < n; i++) {
+            interleaved[i * kChannels] = left[done + i];
+            interleaved[i * kChannels + 1] = right[done + i];
+        }
+        if (!waiting.Write(interleaved.data(), n * kChannels))
+            lostFrames += n;
+        done += n;
+    }
 }
 
 void Recording::Run() {
@@ -77,7 +94,7 @@ void Recording::WriteWaiting() {
     while (const std::size_t count = waiting.Read(samples.data(), samples.size())) {
         if (fault)
             continue;
-        if (const Result<void> written = writer->Write(samples.data(), count); !written)
+        if (const Result<void> written = writer->Write(samples.data(), count / kChannels); !written)
             fault = written.Fault();
     }
 }
@@ -98,9 +115,9 @@ Result<void> Recording::Finish() {
         return finished;
     if (Result<void> committed = file.Commit(); !committed)
         return committed;
-    if (lost > 0)
-        return Error{path.string() + ": " + std::to_string(lost) +
-                     " samples are missing, as the disk was too slow"};
+    if (lostFrames > 0)
+        return Error{path.string() + ": " + std::to_string(lostFrames) +
+                     " frames are missing, as the disk was too slow"};
     return ended ? Result<void>(*ended) : Result<void>();
 }
 

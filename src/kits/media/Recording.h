@@ -7,12 +7,12 @@
 
 #include <atomic>
 #include <optional>
-#include <span>
 #include <thread>
+#include <vector>
 
 namespace kits {
 
-/// A sound file that grows while a device plays: one channel, every sample as the device gets it,
+/// A sound file that grows while a device plays: two channels, every sample as the device gets it,
 /// from the first device on. The file takes its place when the recording is finished; until then it
 /// lies beside it. Window thread, unless noted.
 class Recording {
@@ -30,7 +30,7 @@ class Recording {
 
     /// The device's thread: what it plays next. Never waits; what the disk is too slow for is left
     /// out and counted, with some 20 s of patience.
-    void Put(std::span<const float> samples) noexcept;
+    void Put(const float* left, const float* right, std::size_t frames) noexcept;
 
     /// Completes the file, when nobody puts any more. The error says why there is none, or what is
     /// missing in it.
@@ -50,7 +50,9 @@ class Recording {
     Ring<float> waiting;
     std::atomic<bool> takes{false};
     std::atomic<bool> quitting{false};
-    std::atomic<std::size_t> lost{0};
+    std::atomic<std::size_t> lostFrames{0};
+    /// The device's thread.
+    std::vector<float> interleaved;
     std::thread thread;
 
     // The thread's, and after it Finish's.

@@ -53,7 +53,8 @@ Result<std::unique_ptr<SystemMixer>> SystemMixer::Open(std::span<const AudioSyst
 SystemMixer::Input::Input(const DeviceClock& clock, const media_format& format,
                           BBufferProducer* producer, const media_source& source)
     : mix(clock, double(format.u.raw_audio.frame_rate),
-          format.u.raw_audio.buffer_size / sizeof(float)),
+          format.u.raw_audio.buffer_size / sizeof(float) / format.u.raw_audio.channel_count,
+          format.u.raw_audio.channel_count),
       producer(producer),
       source(source) {}
 
@@ -85,24 +86,32 @@ std::unique_ptr<AudioDevice> SystemMixer::TakeDevice() {
     return std::move(device);
 }
 
-void SystemMixer::Play(float* samples, uint32 frames, bigtime_t now) noexcept {
+void SystemMixer::Play(float* left, float* right, uint32 frames, bigtime_t now) noexcept {
     const Reader::Section section(reader);
     waits = std::exchange(awaited, false);
     // First: a producer that is late because of it finds the reason.
     period = frames;
     clock.Period(frame, now);
-    const std::span<float> mix(samples, frames);
+    const std::span<float> mix(left, frames);
     std::fill(mix.begin(), mix.end(), 0.0F);
-    for (std::atomic<Input*>& slot : inputs) {
-        if (Input* input = slot.load())
-            input->mix.AddTo(mix, frame);
-    }
+    const auto add = [this, mix, right](std::size_t channels) {
+        for (std::atomic<Input*>& slot : inputs) {
+            if (Input* input = slot.load(); input && input->mix.Channels() == channels)
+                input->mix.AddTo(mix, right, frame);
+        }
+    };
+    // What has one channel is heard alike on both sides.
+    add(1);
+    std::copy_n(left, frames, right);
+    add(2);
     // Inputs are finite, but what a filter makes of the largest floats need not be.
-    for (float& sample : mix)
-        sample = std::isfinite(sample) ? std::clamp(sample, -1.0F, 1.0F) : 0.0F;
+    for (float* channel : {left, right})
+        std::transform(channel, channel + frames, channel, [](float sample) {
+            return std::isfinite(sample) ? std::clamp(sample, -1.0F, 1.0F) : 0.0F;
+        });
     frame += frames;
     if (Recording* keeper = recording.load())
-        keeper->Put(mix);
+        keeper->Put(left, right, frames);
 }
 
 void SystemMixer::Record(Recording* next) {
@@ -146,15 +155,16 @@ status_t SystemMixer::AcceptFormat(const media_destination& destination, media_f
         raw.format = B_AUDIO_FLOAT;
     if (raw.channel_count == 0)
         raw.channel_count = 1;
-    if (format->type != B_MEDIA_RAW_AUDIO || raw.format != B_AUDIO_FLOAT || raw.channel_count != 1)
+    if (format->type != B_MEDIA_RAW_AUDIO || raw.format != B_AUDIO_FLOAT || raw.channel_count > 2)
         return B_MEDIA_BAD_FORMAT;
     if (!RateConverter::CanConvert(double(raw.frame_rate), clock.Rate()))
         return B_MEDIA_BAD_FORMAT;
     if (raw.buffer_size == 0) {
         // The largest power of two that is no longer than the device's period.
         const double frames = device->Period() * double(raw.frame_rate) / clock.Rate();
-        raw.buffer_size = sizeof(float) * std::clamp(std::bit_floor(static_cast<uint32>(frames)),
-                                                     kShortestBuffer, kLongestBuffer);
+        raw.buffer_size = sizeof(float) * raw.channel_count *
+                          std::clamp(std::bit_floor(static_cast<uint32>(frames)), kShortestBuffer,
+                                     kLongestBuffer);
     }
     return B_OK;
 }

@@ -83,7 +83,7 @@ class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSou
         bigtime_t latency = 0;
     };
 
-    void Play(float* samples, uint32 frames, bigtime_t now) noexcept override;
+    void Play(float* left, float* right, uint32 frames, bigtime_t now) noexcept override;
     void Await(uint32 frames) noexcept override;
     bigtime_t FollowPeriod(Input& input, const media_destination& destination) noexcept;
     bigtime_t LatencyOf(const Input& input) const noexcept;

@@ -15,10 +15,10 @@ namespace kits {
 class AudioSource {
   public:
     virtual ~AudioSource() = default;
-    /// The next `frames` samples for every channel, within -1..1. `now` is the real time, in
-    /// microseconds, at which the stretch begins as far as the device can tell. The device's
-    /// real-time thread: no wait, lock or allocation.
-    virtual void Play(float* samples, uint32 frames, bigtime_t now) noexcept = 0;
+    /// The next `frames` samples of the left and of the right channel, within -1..1. `now` is the
+    /// real time, in microseconds, at which the stretch begins as far as the device can tell. The
+    /// device's real-time thread: no wait, lock or allocation.
+    virtual void Play(float* left, float* right, uint32 frames, bigtime_t now) noexcept = 0;
     /// Waits until the next `frames` samples are there, for a second at most: for a device that has
     /// stopped to play in real time and takes all as soon as it is there. The device's thread.
     virtual void Await(uint32 frames) noexcept = 0;

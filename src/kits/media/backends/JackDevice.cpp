@@ -3,6 +3,7 @@
 #include "kits/support/backends/JackClient.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cstdlib>
 
@@ -12,9 +13,8 @@ namespace kits {
 
 namespace {
 
-constexpr const char* kPort = "Vexa audio out";
-/// The one port goes to the left and to the right loudspeaker.
-constexpr int kLoudspeakers = 2;
+/// To the left and to the right loudspeaker.
+constexpr std::array<const char*, 2> kPorts{"Vexa audio out", "Vexa audio out right"};
 
 class JackDevice : public AudioDevice, private JackProcessor {
   public:
@@ -22,13 +22,14 @@ class JackDevice : public AudioDevice, private JackProcessor {
         : client(std::move(opened)), rate(jack_get_sample_rate(client->Handle())) {}
 
     ~JackDevice() override {
-        if (!port)
-            return;
         client->Remove(*this);
         if (client->IsDead())
             return;
         const auto request = client->Request();
-        jack_port_unregister(client->Handle(), port);
+        for (jack_port_t* port : ports) {
+            if (port)
+                jack_port_unregister(client->Handle(), port);
+        }
     }
 
     std::string Name() const override { return "JACK"; }
@@ -40,16 +41,16 @@ class JackDevice : public AudioDevice, private JackProcessor {
 
     Result<void> Start(AudioSource& from) override {
         source = &from;
-        // Once there, the port stays, and with it what others have connected to it.
-        if (port)
+        // Once there, the ports stay, and with them what others have connected to them.
+        if (ports.back())
             return {};
-        {
+        for (std::size_t i = 0; i < ports.size(); i++) {
             const auto request = client->Request();
-            port = jack_port_register(client->Handle(), kPort, JACK_DEFAULT_AUDIO_TYPE,
-                                      JackPortIsOutput, 0);
+            ports[i] = jack_port_register(client->Handle(), kPorts[i], JACK_DEFAULT_AUDIO_TYPE,
+                                          JackPortIsOutput, 0);
+            if (!ports[i])
+                return Error{std::string("JACK has no port for \"") + kPorts[i] + '"'};
         }
-        if (!port)
-            return Error{std::string("JACK has no port for \"") + kPort + '"'};
         if (!client->Add(*this))
             return Error{"the JACK client has no room for the audio output"};
         ConnectToLoudspeakers();
@@ -66,7 +67,7 @@ class JackDevice : public AudioDevice, private JackProcessor {
 
     /// PipeWire answers before it has found its sound cards.
     void Tend() override {
-        if (loudspeakers < kLoudspeakers && !client->IsDead())
+        if (connected < ports.size() && !client->IsDead())
             ConnectToLoudspeakers();
     }
 
@@ -81,37 +82,40 @@ class JackDevice : public AudioDevice, private JackProcessor {
     /// Each of them once: what a person disconnects stays so.
     void ConnectToLoudspeakers() {
         const auto request = client->Request();
-        const char** ports = jack_get_ports(client->Handle(), nullptr, JACK_DEFAULT_AUDIO_TYPE,
-                                            JackPortIsPhysical | JackPortIsInput);
-        for (int i = 0; ports && ports[i] && i < kLoudspeakers; i++) {
-            if (i < loudspeakers)
+        const char** speakers = jack_get_ports(client->Handle(), nullptr, JACK_DEFAULT_AUDIO_TYPE,
+                                               JackPortIsPhysical | JackPortIsInput);
+        for (std::size_t i = 0; speakers && i < ports.size() && speakers[i]; i++) {
+            if (i < connected)
                 continue;
-            jack_connect(client->Handle(), jack_port_name(port), ports[i]);
-            loudspeakers = i + 1;
+            jack_connect(client->Handle(), jack_port_name(ports[i]), speakers[i]);
+            connected = i + 1;
         }
-        jack_free(ports);
+        jack_free(speakers);
     }
 
     void Process(uint32 frames) noexcept override {
-        auto* samples = static_cast<float*>(jack_port_get_buffer(port, frames));
+        std::array<float*, kPorts.size()> samples{};
+        for (std::size_t i = 0; i < ports.size(); i++)
+            samples[i] = static_cast<float*>(jack_port_get_buffer(ports[i], frames));
         AudioSource* const asked = source;
         if (!asked) {
-            std::fill_n(samples, frames, 0.0F);
+            for (float* channel : samples)
+                std::fill_n(channel, frames, 0.0F);
             return;
         }
         if (client->IsFreewheeling()) {
             asked->Await(frames);
-            asked->Play(samples, frames, system_time());
+            asked->Play(samples[0], samples[1], frames, system_time());
             return;
         }
-        asked->Play(samples, frames, client->PeriodStart());
+        asked->Play(samples[0], samples[1], frames, client->PeriodStart());
     }
 
     std::shared_ptr<JackClient> client;
     jack_nframes_t rate;
-    jack_port_t* port = nullptr;
-    /// How many the port has been connected to.
-    int loudspeakers = 0;
+    std::array<jack_port_t*, kPorts.size()> ports{};
+    /// How many have been connected to their loudspeakers.
+    std::size_t connected = 0;
     std::atomic<AudioSource*> source{nullptr};
 };
 

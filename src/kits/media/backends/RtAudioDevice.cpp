@@ -51,7 +51,8 @@ class RtAudioDevice : public AudioDevice {
         options.streamName = "Vexa";
         audio.openStream(&output, nullptr, RTAUDIO_FLOAT32, rate, &period, Callback, this, &options,
                          TakeError);
-        mono.resize(period);
+        left.resize(period);
+        right.resize(period);
     }
 
     ~RtAudioDevice() override {
@@ -112,11 +113,20 @@ class RtAudioDevice : public AudioDevice {
     void Fill(float* output, unsigned frames) noexcept {
         for (unsigned done = 0; done < frames;) {
             const unsigned n = std::min(frames - done, period);
-            source->Play(mono.data(), n, system_time());
+            source->Play(left.data(), right.data(), n, system_time());
             for (unsigned i = 0; i < n; i++)
-                output = std::fill_n(output, channels, mono[i]);
+                output = PutFrame(output, left[i], right[i]);
             done += n;
         }
+    }
+
+    /// Of several loudspeakers every second is on the right; a single one gets both.
+    float* PutFrame(float* output, float onLeft, float onRight) const noexcept {
+        if (channels == 1)
+            *output = (onLeft + onRight) / 2;
+        for (unsigned channel = 0; channels > 1 && channel < channels; channel++)
+            output[channel] = channel % 2 == 0 ? onLeft : onRight;
+        return output + channels;
     }
 
     RtAudio audio;
@@ -124,7 +134,8 @@ class RtAudioDevice : public AudioDevice {
     unsigned channels = 0;
     unsigned rate = 0;
     unsigned period = kPreferredPeriod;
-    std::vector<float> mono;
+    std::vector<float> left;
+    std::vector<float> right;
     AudioSource* source = nullptr;
     std::atomic<bool> gone{false};
     /// That of the stream's thread: the library's callback for errors says nothing of the stream.

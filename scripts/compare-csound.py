@@ -10,10 +10,11 @@ processor time, which other programs disturb least.
 import pathlib
 import resource
 import statistics
-import struct
 import subprocess
 import sys
 import tempfile
+
+from midifile import midi_file, notes
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 NOTES = range(40, 80, 2)
@@ -37,22 +38,6 @@ endin
 """
 
 
-def midi():
-    """A format 0 file at 1000 ticks a second: all notes on at 0, off at the end."""
-    track = b"\x00\xff\x51\x03" + (1000000).to_bytes(3, "big")
-    for note in NOTES:
-        track += bytes([0, 0x90, note, 100])
-    first = True
-    for note in NOTES:
-        ticks = SECONDS * 1000 if first else 0
-        delta = bytes([0x80 | ticks >> 14, 0x80 | ticks >> 7 & 127, ticks & 127]) if ticks else b"\0"
-        track += delta + bytes([0x80, note, 0])
-        first = False
-    track += b"\x00\xff\x2f\x00"
-    return (b"MThd" + struct.pack(">IHHH", 6, 0, 1, 1000)
-            + b"MTrk" + struct.pack(">I", len(track)) + track)
-
-
 def children():
     """Seconds of processor time of the programs that were run so far."""
     usage = resource.getrusage(resource.RUSAGE_CHILDREN)
@@ -70,7 +55,7 @@ def main():
     program = sys.argv[1] if len(sys.argv) > 1 else ROOT / "build/release/bin/vexa-render"
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
-        (folder / "notes.mid").write_bytes(midi())
+        (folder / "notes.mid").write_bytes(midi_file(notes(NOTES, 0, 1000 * SECONDS)))
         (folder / "terrain.orc").write_text(ORCHESTRA)
         (folder / "notes.sco").write_text("".join(
             f"i1 0 {SECONDS} {440 * 2 ** ((note - 69) / 12):.4f}\n" for note in NOTES))

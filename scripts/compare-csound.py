@@ -8,13 +8,11 @@ orbit on a terrain, a filter against the constant part. Prints the medians of fi
 processor time, which other programs disturb least.
 """
 import pathlib
-import resource
-import statistics
-import subprocess
 import sys
 import tempfile
 
 from midifile import midi_file, notes
+from processortime import medians
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 NOTES = range(40, 80, 2)
@@ -38,19 +36,6 @@ endin
 """
 
 
-def children():
-    """Seconds of processor time of the programs that were run so far."""
-    usage = resource.getrusage(resource.RUSAGE_CHILDREN)
-    return usage.ru_utime + usage.ru_stime
-
-
-def run(command):
-    start = children()
-    subprocess.run(command, check=True, timeout=300, stdout=subprocess.DEVNULL,
-                   stderr=subprocess.DEVNULL)
-    return children() - start
-
-
 def main():
     program = sys.argv[1] if len(sys.argv) > 1 else ROOT / "build/release/bin/vexa-render"
     with tempfile.TemporaryDirectory() as name:
@@ -59,17 +44,14 @@ def main():
         (folder / "terrain.orc").write_text(ORCHESTRA)
         (folder / "notes.sco").write_text("".join(
             f"i1 0 {SECONDS} {440 * 2 ** ((note - 69) / 12):.4f}\n" for note in NOTES))
-        ours, theirs = [], []
-        for _ in range(5):
-            ours.append(run([program, folder / "notes.mid", folder / "vexa.wav",
-                             "--tail", "0"]))
-            theirs.append(run(["csound", "-d", "-m0", "-W", "-f", "-o", folder / "csound.wav",
-                               folder / "terrain.orc", folder / "notes.sco"]))
+        vexa, csound = medians([
+            [program, folder / "notes.mid", folder / "vexa.wav", "--tail", "0"],
+            ["csound", "-d", "-m0", "-W", "-f", "-o", folder / "csound.wav",
+             folder / "terrain.orc", folder / "notes.sco"]])
         for file in ("vexa.wav", "csound.wav"):
             size = (folder / file).stat().st_size
             if size < 4 * 44100 * SECONDS:
                 sys.exit(f"{file} has only {size} bytes")
-    vexa, csound = statistics.median(ours), statistics.median(theirs)
     print(f"vexa-render {vexa:.2f} s, csound {csound:.2f} s, ratio {csound / vexa:.1f}")
 
 

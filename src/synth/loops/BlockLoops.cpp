@@ -60,24 +60,52 @@ void Waves(const double* __restrict phase, double* __restrict sines, double* __r
     }
 }
 
-/// The waves of a cell as far as the block needs them, by the angle addition theorem: value and
-/// slope after each eight steps, and from there on after 0 to 7 more.
-void SteppedWaves(const Coordinate& c, double* waves, std::size_t count) {
-    using Eight = double __attribute__((vector_size(8 * sizeof(double))));
-    const auto load = [](const double* from, Eight& to) { __builtin_memcpy(&to, from, sizeof to); };
-    Eight sines, cosines, eightSines, eightCosines;
-    load(c.steps->sines, sines);
-    load(c.steps->cosines, cosines);
-    load(c.steps->eightSines, eightSines);
-    load(c.steps->eightCosines, eightCosines);
+using EightDoubles = double __attribute__((vector_size(8 * sizeof(double))));
+using EightFloats = float __attribute__((vector_size(8 * sizeof(float))));
+
+/// The waves of a cell by the angle addition theorem: value and slope after each eight steps, and
+/// from there on after 0 to 7 more.
+class SteppedWaves {
+  public:
+    explicit SteppedWaves(const Coordinate& c) {
+        EightDoubles eightSines, eightCosines;
+        Load(c.steps->sines, sines);
+        Load(c.steps->cosines, cosines);
+        Load(c.steps->eightSines, eightSines);
+        Load(c.steps->eightCosines, eightCosines);
+        const EightDoubles eightValues = c.value * eightCosines + c.slope * eightSines;
+        const EightDoubles eightSlopes = c.slope * eightCosines - c.value * eightSines;
+        __builtin_memcpy(values, &eightValues, sizeof values);
+        __builtin_memcpy(slopes, &eightSlopes, sizeof slopes);
+    }
+    /// Those after 8 g to 8 g + 7 steps. (How a vector is returned depends on the instruction set.)
+    void Take(std::size_t g, EightDoubles& waves) const {
+        waves = values[g] * cosines + slopes[g] * sines;
+    }
+
+  private:
+    static void Load(const double* from, EightDoubles& to) {
+        __builtin_memcpy(&to, from, sizeof to);
+    }
+
+    EightDoubles sines, cosines;
     alignas(64) double values[8], slopes[8];
-    const Eight eightValues = c.value * eightCosines + c.slope * eightSines;
-    const Eight eightSlopes = c.slope * eightCosines - c.value * eightSines;
-    __builtin_memcpy(values, &eightValues, sizeof values);
-    __builtin_memcpy(slopes, &eightSlopes, sizeof slopes);
-    for (std::size_t g = c.offset / 8; 8 * g < c.offset + count; g++) {
-        const Eight wave = values[g] * cosines + slopes[g] * sines;
-        __builtin_memcpy(waves + 8 * g, &wave, sizeof wave);
+};
+
+/// For stepped waves from a whole eight on, with a constant radius round a centre that stays: the
+/// most usual.
+void StillPlaces(const Coordinate& c, std::size_t count) {
+    const SteppedWaves waves(c);
+    const double radius = c.radius;
+    // As the sum with 0 drifts gives it, which may have another sign than the centre.
+    const double centre = c.centre + c.drift;
+    float* const place = c.place;
+    const std::size_t first = c.offset / 8;
+    for (std::size_t g = 0; 8 * g < count; g++) {
+        EightDoubles wave;
+        waves.Take(first + g, wave);
+        const auto rounded = __builtin_convertvector(radius * wave + centre, EightFloats);
+        __builtin_memcpy(place + 8 * g, &rounded, sizeof rounded);
     }
 }
 
@@ -98,7 +126,16 @@ void Places(const Coordinate* coordinates, std::size_t number, std::size_t count
         alignas(64) double cell[kRoom];
         const double* waves = c.waves;
         if (c.steps) {
-            SteppedWaves(c, cell, count);
+            if (!c.envelope && !c.centres && c.drift == 0 && c.offset % 8 == 0) {
+                StillPlaces(c, count);
+                continue;
+            }
+            const SteppedWaves stepped(c);
+            for (std::size_t g = c.offset / 8; 8 * g < c.offset + count; g++) {
+                EightDoubles wave;
+                stepped.Take(g, wave);
+                __builtin_memcpy(cell + 8 * g, &wave, sizeof wave);
+            }
             waves = cell + c.offset;
         }
         if (c.envelope)

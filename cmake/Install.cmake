@@ -4,7 +4,11 @@
 include(GNUInstallDirs)
 set(folder ${CMAKE_INSTALL_LIBDIR}/vexa)
 
-install(TARGETS vexa vexa-render RUNTIME DESTINATION ${folder})
+set(programs vexa-render)
+if(VEXA_WINDOW)
+    list(APPEND programs vexa)
+endif()
+install(TARGETS ${programs} RUNTIME DESTINATION ${folder})
 # Not from the build's program folder, where a person's own may lie.
 install(DIRECTORY data/functions data/sounds ${VEXA_MADE_CONTENT}/samples DESTINATION ${folder})
 install(FILES data/demo.mid data/shipped-content DESTINATION ${folder})
@@ -14,7 +18,7 @@ file(WRITE ${CMAKE_BINARY_DIR}/installed "Vexa is installed here: what you make 
 install(FILES ${CMAKE_BINARY_DIR}/installed DESTINATION ${folder})
 install(CODE "
     file(MAKE_DIRECTORY \$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR})
-    foreach(program vexa vexa-render)
+    foreach(program ${programs})
         file(CREATE_LINK ../${folder}/\${program}
             \$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}/\${program} SYMBOLIC)
     endforeach()")

@@ -12,8 +12,8 @@ import sys
 import tempfile
 
 # Kits that know no windows: all that the engine may use of them.
-ENGINE_KITS = ["kits/support", "kits/storage", "kits/application", "kits/kernel", "kits/media",
-               "kits/midi"]
+ENGINE_KITS = ["kits/support", "kits/storage", "kits/application", "kits/kernel", "kits/maths",
+               "kits/media", "kits/midi"]
 ALL_KITS = ENGINE_KITS + ["kits/interface", "kits/translation"]
 ENGINE = ["synth", "midi", "audio", "formula", "functions", "xml", "documents", "instrument"]
 
@@ -24,7 +24,7 @@ ALLOWED = {
     "kits/application": ["kits/support", "kits/storage"],
     "kits/kernel": ["kits/support", "kits/storage"],
     "kits/maths": ["kits/support"],
-    "kits/media": ["kits/support", "kits/storage", "kits/application", "kits/kernel"],
+    "kits/media": ["kits/support", "kits/storage", "kits/application", "kits/kernel", "kits/maths"],
     "kits/midi": ["kits/support", "kits/storage", "kits/application", "kits/kernel"],
     "kits/interface": ["kits/support", "kits/storage", "kits/application", "kits/kernel"],
     "kits/translation": ["kits/support", "kits/storage", "kits/application", "kits/kernel",

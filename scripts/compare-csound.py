@@ -8,12 +8,11 @@ orbit on a terrain, a filter against the constant part. Prints the medians of fi
 processor time, which other programs disturb least.
 """
 import pathlib
-import resource
-import statistics
-import struct
-import subprocess
 import sys
 import tempfile
+
+from midifile import midi_file, notes
+from processortime import medians
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 NOTES = range(40, 80, 2)
@@ -37,54 +36,22 @@ endin
 """
 
 
-def midi():
-    """A format 0 file at 1000 ticks a second: all notes on at 0, off at the end."""
-    track = b"\x00\xff\x51\x03" + (1000000).to_bytes(3, "big")
-    for note in NOTES:
-        track += bytes([0, 0x90, note, 100])
-    first = True
-    for note in NOTES:
-        ticks = SECONDS * 1000 if first else 0
-        delta = bytes([0x80 | ticks >> 14, 0x80 | ticks >> 7 & 127, ticks & 127]) if ticks else b"\0"
-        track += delta + bytes([0x80, note, 0])
-        first = False
-    track += b"\x00\xff\x2f\x00"
-    return (b"MThd" + struct.pack(">IHHH", 6, 0, 1, 1000)
-            + b"MTrk" + struct.pack(">I", len(track)) + track)
-
-
-def children():
-    """Seconds of processor time of the programs that were run so far."""
-    usage = resource.getrusage(resource.RUSAGE_CHILDREN)
-    return usage.ru_utime + usage.ru_stime
-
-
-def run(command):
-    start = children()
-    subprocess.run(command, check=True, timeout=300, stdout=subprocess.DEVNULL,
-                   stderr=subprocess.DEVNULL)
-    return children() - start
-
-
 def main():
     program = sys.argv[1] if len(sys.argv) > 1 else ROOT / "build/release/bin/vexa-render"
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
-        (folder / "notes.mid").write_bytes(midi())
+        (folder / "notes.mid").write_bytes(midi_file(notes(NOTES, 0, 1000 * SECONDS)))
         (folder / "terrain.orc").write_text(ORCHESTRA)
         (folder / "notes.sco").write_text("".join(
             f"i1 0 {SECONDS} {440 * 2 ** ((note - 69) / 12):.4f}\n" for note in NOTES))
-        ours, theirs = [], []
-        for _ in range(5):
-            ours.append(run([program, folder / "notes.mid", folder / "vexa.wav",
-                             "--tail", "0"]))
-            theirs.append(run(["csound", "-d", "-m0", "-W", "-f", "-o", folder / "csound.wav",
-                               folder / "terrain.orc", folder / "notes.sco"]))
+        vexa, csound = medians([
+            [program, folder / "notes.mid", folder / "vexa.wav", "--tail", "0"],
+            ["csound", "-d", "-m0", "-W", "-f", "-o", folder / "csound.wav",
+             folder / "terrain.orc", folder / "notes.sco"]])
         for file in ("vexa.wav", "csound.wav"):
             size = (folder / file).stat().st_size
             if size < 4 * 44100 * SECONDS:
                 sys.exit(f"{file} has only {size} bytes")
-    vexa, csound = statistics.median(ours), statistics.median(theirs)
     print(f"vexa-render {vexa:.2f} s, csound {csound:.2f} s, ratio {csound / vexa:.1f}")
 
 

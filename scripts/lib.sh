@@ -7,13 +7,13 @@ fail() {
     exit 1
 }
 
-# Installs the packages of scripts/packages.txt that are missing.
+# install_packages [LIST]: installs the packages of scripts/LIST, or packages.txt, that are missing.
 install_packages() {
-    local wanted missing as_root=()
+    local list=${1:-packages.txt} wanted missing as_root=()
     mapfile -t wanted < <(sed -e 's/#.*//' -e '/^[[:space:]]*$/d' -e 's/[[:space:]]//g' \
-        "$root/scripts/packages.txt")
+        "$root/scripts/$list")
     if ! command -v dpkg-query >/dev/null; then
-        printf 'not a Debian system: scripts/packages.txt names what has to be there\n' >&2
+        printf 'not a Debian system: scripts/%s names what has to be there\n' "$list" >&2
         return
     fi
     # dpkg-query reports packages that it does not know on standard error and in its exit code.

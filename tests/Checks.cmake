@@ -25,3 +25,9 @@ add_test(NAME shipped_content_list
     COMMAND ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/scripts/shipped-content.py list --check)
 add_test(NAME shipped_content
     COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/shipped_content_test.py)
+
+# A render is the same bytes with every instruction set, and calls nothing of which machines have their own idea.
+# scripts/check-arm64 compares with another machine.
+add_test(NAME renders COMMAND ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/scripts/compare-renders.py
+    $<TARGET_FILE:vexa-render>)
+add_test(NAME maths COMMAND ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/scripts/check-maths.py $<TARGET_FILE:vexa-render>)

@@ -5,6 +5,7 @@
 #include "kits/application/GuardedMain.h"
 #include "kits/storage/ProgramFolder.h"
 #include "kits/support/Room.h"
+#include "synth/InstructionSet.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -58,6 +59,8 @@ int Run(const std::vector<std::string>& texts) {
     }
     if (const auto room = kits::CheckRoom(kDescriptors, kMemory); !room)
         return Fail(room.Fault().text, 1);
+    if (const auto set = vexa::CheckInstructionSet(); !set)
+        return Fail(set.Fault().text, 1);
     kits::ChooseAudioSystem(options->audio);
     if (options->action == vexa::AppOptions::Action::List)
         return vexa::ListDevices();

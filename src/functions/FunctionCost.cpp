@@ -1,9 +1,11 @@
 #include "functions/FunctionCost.h"
 
+#include "kits/maths/Functions.h"
+
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstdio>
+#include <numbers>
 
 #include <time.h>
 
@@ -27,9 +29,9 @@ double Spent() {
 double CostOf(const PlaneFunction& f, float centre, std::size_t count) {
     std::array<float, kPoints> x, y, values;
     for (std::size_t i = 0; i < count; i++) {
-        const double turn = 2 * M_PI * static_cast<double>(i) / kPoints;
-        x[i] = centre + static_cast<float>(1.5 * std::cos(turn));
-        y[i] = centre + static_cast<float>(std::sin(turn));
+        const double turn = 2 * std::numbers::pi * static_cast<double>(i) / kPoints;
+        x[i] = centre + static_cast<float>(1.5 * kits::maths::Wave<true>(turn));
+        y[i] = centre + static_cast<float>(kits::maths::Wave<false>(turn));
     }
     const double start = Spent();
     f.Evaluate(x.data(), y.data(), values.data(), count);

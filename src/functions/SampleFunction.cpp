@@ -1,6 +1,7 @@
 #include "functions/SampleFunction.h"
 
 #include "functions/SpiralLoops.h"
+#include "functions/loops/SpiralTurn.h"
 #include "kits/media/MediaFile.h"
 #include "kits/storage/Entry.h"
 #include "kits/storage/Path.h"
@@ -102,10 +103,7 @@ kits::Result<LoadedSample> Load(const std::filesystem::path& path) {
 } // namespace
 
 float sampler2rfun(const SpiralTurns& turns, float x, float y) {
-    // Rounded from double precision, which the block form can do alike; atan2f is not always
-    // rounded to the nearest.
-    const auto angle = static_cast<float>(std::atan2(double(-y), double(-x)));
-    const auto phi = static_cast<float>(angle / 6.28318530718 + 0.5);
+    const float phi = TurnOf(x, y);
     const float r = std::sqrt(x * x + y * y);
     const float u = r / turns.alphap - phi;
     const float n = std::floor(u);

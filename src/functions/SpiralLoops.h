@@ -21,10 +21,8 @@ float sampler2rfun(const SpiralTurns& turns, float x, float y);
 
 /// Loops for one instruction set. Any thread, real-time safe.
 struct SpiralLoops {
-    /// values[i] = what sampler2rfun gives at (x[i], y[i]). The arrays do not overlap. The angle is
-    /// computed in double precision with an error below 1e-15 before it is rounded to float, so
-    /// that the values are the same bits but about once in 10^8 points, where the angle lies so
-    /// near the middle of two floats that it is rounded to the other one.
+    /// values[i] = what sampler2rfun gives at (x[i], y[i]), the same bits. The arrays do not
+    /// overlap.
     void (*Values)(const SpiralTurns& turns, const float* x, const float* y, float* values,
                    std::size_t count);
     /// Of the instruction set.

@@ -1,12 +1,12 @@
 #include "midi/MidiConsumer.h"
 
 #include "kits/application/AppFileInfo.h"
+#include "kits/maths/Functions.h"
 #include "synth/Coefficients.h"
 #include "synth/Envelope.h"
 #include "synth/NoteInputs.h"
 #include "synth/ParameterTable.h"
 
-#include <cmath>
 #include <numbers>
 
 namespace vexa {
@@ -19,8 +19,9 @@ float Normalised(uchar value) {
 
 /// Equal temperament, note 69 at 440 Hz.
 float Frequency(uchar note) {
-    const auto semitone = static_cast<float>(std::log(2.0) / 12.0);
-    return std::exp(semitone * static_cast<float>(note - 69)) * 440.0F;
+    const auto semitone = static_cast<float>(std::numbers::ln2 / 12.0);
+    const float interval = semitone * static_cast<float>(note - 69);
+    return static_cast<float>(kits::maths::Exponential(interval)) * 440.0F;
 }
 
 /// Where the orbit's centre starts in one direction.
@@ -60,8 +61,8 @@ void VexaMidiConsumer::NoteOn(uchar from, uchar note, uchar velocity, bigtime_t)
     const float cx = StartOf(kCx0, parameters, controllers, vel, key);
     const float cy = StartOf(kCy0, parameters, controllers, vel, key);
 
-    const auto hpa = static_cast<float>(std::exp(-double(k)));
-    const auto hpb = static_cast<float>(std::exp(-2.0 * k));
+    const auto hpa = static_cast<float>(kits::maths::Exponential(-double(k)));
+    const auto hpb = static_cast<float>(kits::maths::Exponential(-2.0 * k));
     const auto hpgain = static_cast<float>((1.0 - hpa) * (1.0 - hpb) / (double(hpa) - double(hpb)));
     const auto x = static_cast<float>(double(parameters.EnvAx->Value(0, false, 0)) + cx);
     const PlaneSource& f = function.Get().Source();

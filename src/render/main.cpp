@@ -3,6 +3,7 @@
 #include "kits/storage/ProgramFolder.h"
 #include "render/Options.h"
 #include "render/RenderJob.h"
+#include "synth/InstructionSet.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -29,6 +30,8 @@ int Run(const std::vector<std::string>& texts) {
     if (options->action == vexa::Options::Action::Version)
         return std::fputs(vexa::VersionText().c_str(), stdout) < 0;
 
+    if (const auto set = vexa::CheckInstructionSet(); !set)
+        return Fail(set.Fault().text, 1);
     const auto folders = kits::FindProgramFolders("vexa", options->userFolder);
     if (!folders)
         return Fail(folders.Fault().text, 1);

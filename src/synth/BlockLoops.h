@@ -71,9 +71,7 @@ struct LowCutFilter {
 struct BlockLoops {
     /// sums[i] is `start` after i additions of `step`, each rounded; returns the sum after `count`.
     double (*Accumulate)(double start, double step, double* sums, std::size_t count);
-    /// The sines and cosines of `count` phases <= kRoom. Their error is below 1e-15 for phases up
-    /// to 1e10, plus what rounding the phase's multiple of pi leaves; beyond, they are the C
-    /// library's.
+    /// The sines and cosines of `count` phases <= kRoom. Their error is below 1e-15.
     void (*Waves)(const double* phase, double* sines, double* cosines, std::size_t count);
     /// Writes the places of `number` coordinates, one after the other, each rounded.
     void (*Places)(const Coordinate* coordinates, std::size_t number, std::size_t count);

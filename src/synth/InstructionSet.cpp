@@ -1,8 +1,19 @@
 #include "synth/InstructionSet.h"
 
+#include <array>
+#include <cstdlib>
+#include <optional>
+#include <string>
+#include <string_view>
+
 namespace vexa {
 
-InstructionSet BestInstructionSet() noexcept {
+namespace {
+
+/// In the order of the sets.
+constexpr std::array<std::string_view, 3> kNames{"baseline", "avx2", "avx512"};
+
+InstructionSet BestOfMachine() noexcept {
 #if defined(__x86_64__)
     __builtin_cpu_init();
     const bool avx2 = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
@@ -13,6 +24,38 @@ InstructionSet BestInstructionSet() noexcept {
         return InstructionSet::avx2;
 #endif
     return InstructionSet::baseline;
+}
+
+const char* Asked() noexcept {
+    return std::getenv(kInstructionSetVariable);
+}
+
+/// The set that the environment asks for, if this machine has it.
+std::optional<InstructionSet> Allowed() noexcept {
+    const char* const asked = Asked();
+    const auto best = static_cast<std::size_t>(BestOfMachine());
+    for (std::size_t i = 0; asked && i <= best; i++) {
+        if (kNames[i] == asked)
+            return static_cast<InstructionSet>(i);
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+InstructionSet BestInstructionSet() noexcept {
+    static const InstructionSet best = Allowed().value_or(BestOfMachine());
+    return best;
+}
+
+kits::Result<void> CheckInstructionSet() {
+    if (!Asked() || Allowed())
+        return {};
+    std::string names;
+    for (std::size_t i = 0; i <= static_cast<std::size_t>(BestOfMachine()); i++)
+        names += std::string(i > 0 ? ", " : "") + std::string(kNames[i]);
+    return kits::Error{std::string(kInstructionSetVariable) + " is \"" + Asked() +
+                       "\"; this machine has " + names};
 }
 
 } // namespace vexa

@@ -4,6 +4,8 @@
 // defines a table of its loops each time.
 #pragma once
 
+#include "kits/support/Result.h"
+
 #include <cstddef>
 #include <span>
 
@@ -13,10 +15,18 @@ namespace vexa {
 /// has it.
 enum class InstructionSet { baseline, avx2, avx512 };
 
-/// Any thread.
+/// Names a set, "baseline", "avx2" or "avx512", of which no later one is to be used: so two of them
+/// can be compared. Of the environment in which the program starts.
+constexpr const char* kInstructionSetVariable = "VEXA_INSTRUCTION_SET";
+
+/// The best of this machine, but none later than the environment allows. Any thread.
 InstructionSet BestInstructionSet() noexcept;
 
-/// The tables that this machine can run, the fastest last, of `all` in the order of the sets.
+/// Whether the environment names no set or one that this machine has. A program says the fault and
+/// ends; BestInstructionSet takes such an environment for none. Any thread.
+kits::Result<void> CheckInstructionSet();
+
+/// The tables that this program may run, the fastest last, of `all` in the order of the sets.
 template<typename Table>
 std::span<const Table* const> Runnable(std::span<const Table* const> all) noexcept {
     return all.first(static_cast<std::size_t>(BestInstructionSet()) + 1);

@@ -216,6 +216,14 @@ TEST_F(RenderProgram, BadInputIsNamedAndNothingIsLost) {
     EXPECT_EQ(Contents(old), "precious");
 }
 
+TEST_F(RenderProgram, RefusesAnInstructionSetThatTheMachineDoesNotHave) {
+    for (const char* set : {"", "avx3", "Baseline"}) {
+        const test::EnvironmentVariable asked("VEXA_INSTRUCTION_SET", set);
+        ExpectFailure({OneNote(), Path("a.wav")}, std::string("VEXA_INSTRUCTION_SET is \"") + set +
+                                                      "\"; this machine has baseline");
+    }
+}
+
 TEST_F(RenderProgram, WhatIsWrongWithADocumentIsToldWithItsPlace) {
     const std::string sound =
         folder

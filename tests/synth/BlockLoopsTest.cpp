@@ -87,7 +87,7 @@ TEST_P(Loops, PlacesAreRadiusTimesWavePlusCentre) {
         envelope[i] = float(i) / 11;
     }
     for (const auto& [offset, count] : {std::pair(0, 64), {8, 56}, {8, 17}, {3, 61}, {63, 1}}) {
-        for (int ways = 0; ways < 8; ways++) {
+        for (int ways = 0; ways < 16; ways++) {
             vexa::Coordinate c{};
             c.steps = ways & 1 ? &steps : nullptr;
             c.value = std::cos(kBegin);
@@ -97,7 +97,7 @@ TEST_P(Loops, PlacesAreRadiusTimesWavePlusCentre) {
             c.radius = 1.7;
             c.envelope = ways & 2 ? envelope.data() : nullptr;
             c.centre = -3;
-            c.drift = 0.01;
+            c.drift = ways & 8 ? 0 : 0.01;
             c.centres = ways & 4 ? centres.data() : nullptr;
             c.place = place.data();
             GetParam()->Places(&c, 1, std::size_t(count));
@@ -105,7 +105,7 @@ TEST_P(Loops, PlacesAreRadiusTimesWavePlusCentre) {
                 const double wave =
                     c.steps ? std::cos(kBegin + double(std::size_t(offset) + i) * kStep) : waves[i];
                 const double radius = c.envelope ? envelope[i] * 1.7 : 1.7;
-                const double centre = c.centres ? centres[i] : -3 + double(i) * 0.01;
+                const double centre = c.centres ? centres[i] : -3 + double(i) * c.drift;
                 ASSERT_NEAR(place[i], radius * wave + centre, 1e-7 * (1 + std::abs(place[i])))
                     << offset << ' ' << ways << ' ' << i;
             }

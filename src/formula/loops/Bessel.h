@@ -7,11 +7,13 @@
 // 1 / sqrt(1 + |x|).
 #pragma once
 
-#include "formula/loops/Functions.h"
+#include "kits/maths/Functions.h"
 
 namespace vexa::formula {
 
 namespace {
+
+using namespace kits::maths;
 
 /// J and Y of one order.
 struct BesselPair {

@@ -4,7 +4,8 @@
 // could be linked into code that runs on any machine.
 #include "formula/FormulaLoops.h"
 #include "formula/loops/Bessel.h"
-#include "formula/loops/Functions.h"
+#include "kits/maths/FarWaves.h"
+#include "kits/maths/Functions.h"
 #include "kits/maths/VectorMaths.h"
 
 #define JOINED(set) k##set##VectorMaths
@@ -68,16 +69,7 @@ void Area(const void* a, const void*, const void*, void* to, std::size_t count) 
     }
 }
 
-/// What lies beyond the reduction of Wave, one by one.
-template<VectorMaths::OfOne VectorMaths::*f>
-double FarWave(double x) {
-    alignas(64) double phases[VectorMaths::kGroup] = {x};
-    alignas(64) double values[VectorMaths::kGroup];
-    (kits::MATHS.*f)(phases, values, VectorMaths::kGroup);
-    return values[0];
-}
-
-template<bool cosine, VectorMaths::OfOne VectorMaths::*far>
+template<bool cosine, double (*far)(double)>
 void Waves(const void* a, const void*, const void*, void* to, std::size_t count) {
     const double* __restrict const x = Numbers(a);
     double* __restrict const values = static_cast<double*>(to);
@@ -90,7 +82,7 @@ void Waves(const void* a, const void*, const void*, void* to, std::size_t count)
         return;
     for (std::size_t i = 0; i < count; i++) {
         if (!(__builtin_fabs(x[i]) <= kLongestWave))
-            values[i] = FarWave<far>(x[i]);
+            values[i] = far(x[i]);
     }
 }
 
@@ -133,10 +125,10 @@ void Modulo(const void* a, const void* b, const void*, void* to, std::size_t cou
 }
 
 double SineOf(double x) {
-    return x <= kLongestWave ? Wave<false>(x) : FarWave<&VectorMaths::sin>(x);
+    return x <= kLongestWave ? Wave<false>(x) : kits::FarSine(x);
 }
 double CosineOf(double x) {
-    return x <= kLongestWave ? Wave<true>(x) : FarWave<&VectorMaths::cos>(x);
+    return x <= kLongestWave ? Wave<true>(x) : kits::FarCosine(x);
 }
 
 template<double (*f)(int order, double x, double sine, double cosine)>
@@ -157,8 +149,8 @@ constexpr MathsLoops Filled() {
         return table.loops[static_cast<std::size_t>(op) - kPlainOps];
     };
     row(Op::Modulo) = Modulo;
-    row(Op::Sin) = Waves<false, &VectorMaths::sin>;
-    row(Op::Cos) = Waves<true, &VectorMaths::cos>;
+    row(Op::Sin) = Waves<false, kits::FarSine>;
+    row(Op::Cos) = Waves<true, kits::FarCosine>;
     row(Op::Exp) = Exponentials;
     row(Op::Log) = OfOne<Logarithm>;
     row(Op::Pow) = Library2<&VectorMaths::pow>;

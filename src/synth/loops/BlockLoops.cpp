@@ -4,6 +4,8 @@
 // could be linked into code that runs on any machine.
 #include "synth/BlockLoops.h"
 
+#include "kits/maths/FarWaves.h"
+#include "kits/maths/Functions.h"
 #include "synth/EqualSteps.h"
 #include "synth/loops/LowCut.h"
 
@@ -14,12 +16,6 @@ namespace vexa {
 extern const BlockLoops VEXA_LOOPS_TABLE;
 
 namespace {
-
-using Bits = unsigned long long;
-
-Bits BitsOf(double value) {
-    return __builtin_bit_cast(Bits, value);
-}
 
 /// What the loops go on to: a multiple of kSlack, so that no part of a vector is left over.
 std::size_t Whole(std::size_t count) {
@@ -46,74 +42,70 @@ double Accumulate(double start, double step, double* __restrict sums, std::size_
     return start;
 }
 
-// Pi in three parts. The first two have 20 bits, so that their products with whole numbers below
-// 2^33 are exact.
-constexpr double kPi1 = 0x1.921fcp+1;
-constexpr double kPi2 = -0x1.5777ap-20;
-constexpr double kPi3 = -0x1.73dcb3b399d74p-42;
-/// Adding it rounds to a whole number, which stands in the last bits of the sum.
-constexpr double kRounder = 0x1.8p52;
-
-/// sin(phase), or cos(phase) as the sine of what lies a quarter turn on, for |phase| <= 1e10.
-template<bool cosine>
-inline double Wave(double phase) {
-    // phase = turns pi + r with |r| <= pi / 2, where turns is whole for the sine and a half more
-    // for the cosine; every half turn changes the sign.
-    const double shifted = (phase * 0x1.45f306dc9c883p-2 - (cosine ? 0.5 : 0.0)) + kRounder;
-    const double whole = shifted - kRounder;
-    const double turns = cosine ? whole + 0.5 : whole;
-    const double r = ((phase - turns * kPi1) - turns * kPi2) - turns * kPi3;
-    // An odd polynomial that interpolates the sine at Chebyshev's points up to pi / 2; its error is
-    // 7.5e-16.
-    const double q = r * r;
-    double sum = -7.408054589746705e-13;
-    sum = sum * q + 1.6050972223790066e-10;
-    sum = sum * q - 2.5051972921032034e-08;
-    sum = sum * q + 2.755731805567987e-06;
-    sum = sum * q - 0.00019841269836468994;
-    sum = sum * q + 0.008333333333325933;
-    sum = sum * q - 0.1666666666666665;
-    const double sine = r + r * q * sum;
-    const Bits sign = (BitsOf(shifted) + (cosine ? 1 : 0)) << 63;
-    return __builtin_bit_cast(double, BitsOf(sine) ^ sign);
-}
-
 void Waves(const double* __restrict phase, double* __restrict sines, double* __restrict cosines,
            std::size_t count) {
-    bool small = true;
-    for (std::size_t i = 0; i < count; i++)
-        small = small && fabs(phase[i]) <= 1e10;
-    if (!small) {
-        for (std::size_t i = 0; i < count; i++) {
-            sines[i] = sin(phase[i]);
-            cosines[i] = cos(phase[i]);
-        }
-        return;
-    }
+    long long beyond = 0;
     for (std::size_t i = 0; i < count; i++) {
-        sines[i] = Wave<false>(phase[i]);
-        cosines[i] = Wave<true>(phase[i]);
+        beyond |= fabs(phase[i]) <= kits::maths::kLongestPhase ? 0 : 1;
+        sines[i] = kits::maths::Wave<false>(phase[i]);
+        cosines[i] = kits::maths::Wave<true>(phase[i]);
+    }
+    if (beyond == 0)
+        return;
+    for (std::size_t i = 0; i < count; i++) {
+        if (!(fabs(phase[i]) <= kits::maths::kLongestPhase)) {
+            sines[i] = kits::FarSine(phase[i]);
+            cosines[i] = kits::FarCosine(phase[i]);
+        }
     }
 }
 
-/// The waves of a cell as far as the block needs them, by the angle addition theorem: value and
-/// slope after each eight steps, and from there on after 0 to 7 more.
-void SteppedWaves(const Coordinate& c, double* waves, std::size_t count) {
-    using Eight = double __attribute__((vector_size(8 * sizeof(double))));
-    const auto load = [](const double* from, Eight& to) { __builtin_memcpy(&to, from, sizeof to); };
-    Eight sines, cosines, eightSines, eightCosines;
-    load(c.steps->sines, sines);
-    load(c.steps->cosines, cosines);
-    load(c.steps->eightSines, eightSines);
-    load(c.steps->eightCosines, eightCosines);
+using EightDoubles = double __attribute__((vector_size(8 * sizeof(double))));
+using EightFloats = float __attribute__((vector_size(8 * sizeof(float))));
+
+/// The waves of a cell by the angle addition theorem: value and slope after each eight steps, and
+/// from there on after 0 to 7 more.
+class SteppedWaves {
+  public:
+    explicit SteppedWaves(const Coordinate& c) {
+        EightDoubles eightSines, eightCosines;
+        Load(c.steps->sines, sines);
+        Load(c.steps->cosines, cosines);
+        Load(c.steps->eightSines, eightSines);
+        Load(c.steps->eightCosines, eightCosines);
+        const EightDoubles eightValues = c.value * eightCosines + c.slope * eightSines;
+        const EightDoubles eightSlopes = c.slope * eightCosines - c.value * eightSines;
+        __builtin_memcpy(values, &eightValues, sizeof values);
+        __builtin_memcpy(slopes, &eightSlopes, sizeof slopes);
+    }
+    /// Those after 8 g to 8 g + 7 steps. (How a vector is returned depends on the instruction set.)
+    void Take(std::size_t g, EightDoubles& waves) const {
+        waves = values[g] * cosines + slopes[g] * sines;
+    }
+
+  private:
+    static void Load(const double* from, EightDoubles& to) {
+        __builtin_memcpy(&to, from, sizeof to);
+    }
+
+    EightDoubles sines, cosines;
     alignas(64) double values[8], slopes[8];
-    const Eight eightValues = c.value * eightCosines + c.slope * eightSines;
-    const Eight eightSlopes = c.slope * eightCosines - c.value * eightSines;
-    __builtin_memcpy(values, &eightValues, sizeof values);
-    __builtin_memcpy(slopes, &eightSlopes, sizeof slopes);
-    for (std::size_t g = c.offset / 8; 8 * g < c.offset + count; g++) {
-        const Eight wave = values[g] * cosines + slopes[g] * sines;
-        __builtin_memcpy(waves + 8 * g, &wave, sizeof wave);
+};
+
+/// For stepped waves from a whole eight on, with a constant radius round a centre that stays: the
+/// most usual.
+void StillPlaces(const Coordinate& c, std::size_t count) {
+    const SteppedWaves waves(c);
+    const double radius = c.radius;
+    // As the sum with 0 drifts gives it, which may have another sign than the centre.
+    const double centre = c.centre + c.drift;
+    float* const place = c.place;
+    const std::size_t first = c.offset / 8;
+    for (std::size_t g = 0; 8 * g < count; g++) {
+        EightDoubles wave;
+        waves.Take(first + g, wave);
+        const auto rounded = __builtin_convertvector(radius * wave + centre, EightFloats);
+        __builtin_memcpy(place + 8 * g, &rounded, sizeof rounded);
     }
 }
 
@@ -134,7 +126,16 @@ void Places(const Coordinate* coordinates, std::size_t number, std::size_t count
         alignas(64) double cell[kRoom];
         const double* waves = c.waves;
         if (c.steps) {
-            SteppedWaves(c, cell, count);
+            if (!c.envelope && !c.centres && c.drift == 0 && c.offset % 8 == 0) {
+                StillPlaces(c, count);
+                continue;
+            }
+            const SteppedWaves stepped(c);
+            for (std::size_t g = c.offset / 8; 8 * g < c.offset + count; g++) {
+                EightDoubles wave;
+                stepped.Take(g, wave);
+                __builtin_memcpy(cell + 8 * g, &wave, sizeof wave);
+            }
             waves = cell + c.offset;
         }
         if (c.envelope)

@@ -65,19 +65,11 @@ inline void Transpose(Four (&rows)[4]) {
 }
 
 /// Whether all samples count as they are.
-template<class Lanes, int lanes>
-bool AllHeard(const float (*moments)[lanes], int count) {
-    const Lanes most = Lanes{} + kMostHeard;
-    auto heard = most == most;
-    for (int i = 0; i < count; i++) {
-        Lanes s;
-        __builtin_memcpy(&s, moments[i], sizeof s);
-        heard &= (s <= most) & (s >= -most);
-    }
-    bool all = true;
-    for (int k = 0; k < lanes; k++)
-        all = all && heard[k] != 0;
-    return all;
+bool AllHeard(const float* samples, std::size_t count) {
+    int beyond = 0;
+    for (std::size_t i = 0; i < count; i++)
+        beyond |= __builtin_fabsf(samples[i]) <= kMostHeard ? 0 : 1;
+    return beyond == 0;
 }
 
 /// Bounds the samples as Heard says; true where one was beyond.
@@ -98,8 +90,8 @@ bool Bound(float (*moments)[lanes], int count) {
 
 /// Up to as many filters as Lanes is wide; their input's lines stand `count` apart.
 template<class Lanes>
-bool LowCutOf(LowCutFilter* const* filters, const float* samples, int voices, int count,
-              float* sum) {
+bool LowCutOf(LowCutFilter* const* filters, const float* samples, bool allHeard, int voices,
+              int count, float* sum) {
     constexpr int lanes = sizeof(Lanes) / sizeof(float);
     // For each moment the voices' samples: first the input, then the output.
     alignas(64) float moments[kRoom][lanes];
@@ -113,7 +105,7 @@ bool LowCutOf(LowCutFilter* const* filters, const float* samples, int voices, in
                 Store(rows[moment], &moments[i + moment][k]);
         }
     }
-    const bool beyond = !AllHeard<Lanes, lanes>(moments, count) && Bound<lanes>(moments, count);
+    const bool beyond = !allHeard && Bound<lanes>(moments, count);
     Lanes hpa, hpb, gain, hpsum0, hpsum1;
     const auto gather = [&](float LowCutFilter::*field, Lanes& to) {
         float values[lanes]{};
@@ -166,11 +158,13 @@ bool LowCutOf(LowCutFilter* const* filters, const float* samples, int voices, in
 bool LowCut(LowCutFilter* const* filters, const float* samples, std::size_t voices,
             std::size_t count, float* sum) {
     const int n = static_cast<int>(count);
+    const bool allHeard = AllHeard(samples, voices * count);
     bool beyond = false;
     for (int left = static_cast<int>(voices); left > 0;) {
         const bool wide = left > 4;
         const int side = left < 4 ? left : !wide ? 4 : left < 8 ? left : 8;
-        beyond |= (wide ? LowCutOf<Eight> : LowCutOf<Four>)(filters, samples, side, n, sum);
+        beyond |=
+            (wide ? LowCutOf<Eight> : LowCutOf<Four>)(filters, samples, allHeard, side, n, sum);
         filters += side;
         samples += side * n;
         left -= side;

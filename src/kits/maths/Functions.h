@@ -1,13 +1,15 @@
-// The functions of the maths library that formulas use most, each for one number.
+// The functions of the maths library that sound is made of most, each for one number, the same bits
+// on every machine.
 //
 // They have no branches, so a loop over them becomes vector instructions, and no fused operations.
+// As they are compiled into the loops of each instruction set, every file has its own.
 // Where they are not told to be polynomials of Chebyshev's kind they follow the usual reductions
 // (W. J. Cody and W. Waite, "Software Manual for the Elementary Functions"; FDLIBM for log).
 #pragma once
 
 #include <cstdint>
 
-namespace vexa::formula {
+namespace kits::maths {
 
 namespace {
 
@@ -42,6 +44,9 @@ constexpr double kPi2 = -0x1.5777ap-20;
 constexpr double kPi3 = -0x1.73dcb3b399d74p-42;
 /// Where the reduction ends. What it leaves out of pi is below 2^-76 there.
 constexpr double kLongestWave = 1e6;
+/// Up to here a wave's error is still below 1e-15, if more units of its last place near its zeros;
+/// FarWaves.h has what lies beyond.
+constexpr double kLongestPhase = 1e10;
 
 // (sin(r) / r - 1) / r^2 for r^2 up to (pi / 2)^2; the error of r + r^3 times it is below 1e-17.
 constexpr double kSine[] = {-0.16666666666666666,    0.008333333333333316,
@@ -49,7 +54,7 @@ constexpr double kSine[] = {-0.16666666666666666,    0.008333333333333316,
                             -2.5052107616996182e-08, 1.6058977312464087e-10,
                             -7.643970296798572e-13,  2.7314447669863995e-15};
 
-/// sin(x), or cos(x) as the sine of what lies a quarter turn on, for |x| <= kLongestWave.
+/// sin(x), or cos(x) as the sine of what lies a quarter turn on, for |x| <= kLongestPhase.
 template<bool cosine>
 inline double Wave(double x) {
     // x = turns pi + r with |r| <= pi / 2, where turns is whole for the sine and a half more for
@@ -219,4 +224,4 @@ inline double ArcTangent2(double y, double x) {
 
 } // namespace
 
-} // namespace vexa::formula
+} // namespace kits::maths

@@ -1,0 +1,135 @@
+#!/usr/bin/env python3
+"""Compares the whole vexa-render with the same voices written in Faust: 20 notes of 60 seconds.
+
+compare-faust.py [VEXA-RENDER]: build/release/bin/vexa-render if not given; faust must be installed.
+Faust's program has the voices of the default sound, whose notes it knows at compile time, in single
+precision and vector mode; it is compiled with -O3 -march=native -ffast-math. Both write floats of
+44100 Hz to a file, which are compared. Prints the medians of five runs in turns, as processor time:
+by the sound's formula, and with its add-on, of which what the compiler takes is subtracted, as
+Faust's is not counted either.
+"""
+import array
+import pathlib
+import subprocess
+import sys
+import tempfile
+
+from midifile import midi_file, notes
+from processortime import medians
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+NOTES = range(40, 80, 2)
+SECONDS = 60
+RATE = 44100
+# Of the longest difference that rounding phases to float leaves in the first second.
+SAME = 0.02
+
+# data/sounds/default.xml as it is without releases and controllers, for keys of velocity 100.
+VOICES = """import("stdfaust.lib");
+
+time = ba.time / ma.SR;
+line(from, t0, v0, t1, v1) = select2(time > t0, from, select2(time > t1,
+    v0 + (time - t0) * (v1 - v0) / (t1 - t0), v1));
+drift = 0.4 : line(_, 0, 0.4, 1.5, -0.4) : line(_, 1.5, -0.4, 4, 0.2) : line(_, 4, 0.2, 6, 0);
+wide = 0 : line(_, 0, 0, 0.012, 1) : line(_, 0.012, 1, 0.25, 0.7) : line(_, 0.25, 0.7, 2, 0.55);
+high = 0 : line(_, 0, 0, 0.012, 1) : line(_, 0.012, 1, 0.35, 0.6) : line(_, 0.35, 0.6, 2.5, 0.5);
+radius = 0.5 + 0.9 * 100 / 127;
+
+f(x, y) = 0.35 * (5 * (x * y * y - y * x * x) - 3 * (x - y)) / (d * d)
+with { d = 1 + x * x + y * y; };
+
+lowcut(freq, s) = s - gain * (decaying(a) - decaying(b))
+with {
+    k = log(2) * freq / 44100;
+    a = exp(-k);
+    b = exp(-2 * k);
+    gain = (1 - a) * (1 - b) / (a - b);
+    decaying(pole) = s : + ~ *(pole);
+};
+
+voice(freq) = f(x, y) : lowcut(freq)
+with {
+    step = freq / ma.SR;
+    phase = (+(step) ~ ma.frac) - step : *(2 * ma.PI);
+    cx = (0.5 * drift / ma.SR : + ~ _) - 0.5 * drift / ma.SR;
+    x = radius * wide * cos(phase) + cx;
+    y = radius * high * sin(phase);
+};
+
+process = par(i, %d, voice(440 * pow(2, (%d + %d * i - 69) / 12.0))) :> *(0.25);
+"""
+
+PROGRAM = """#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+#define FAUSTFLOAT float
+struct Meta { void declare(const char*, const char*) {} };
+struct UI { void openVerticalBox(const char*) {} void closeBox() {} };
+struct dsp {};
+<<includeIntrinsic>>
+<<includeclass>>
+int main(int, char** arguments) {
+    mydsp* const voices = new mydsp;
+    voices->init(%d);
+    std::FILE* const file = std::fopen(arguments[1], "wb");
+    std::vector<float> block(512);
+    float* out = block.data();
+    for (long left = %dL; left > 0; left -= 512) {
+        const int count = int(std::min(left, 512L));
+        voices->compute(count, nullptr, &out);
+        std::fwrite(out, sizeof(float), std::size_t(count), file);
+    }
+    return std::fclose(file);
+}
+"""
+
+
+def build_faust(folder):
+    """The program that plays the voices: PROGRAM OUTPUT."""
+    (folder / "voices.dsp").write_text(VOICES % (len(NOTES), NOTES.start, NOTES.step))
+    (folder / "program.cpp").write_text(PROGRAM % (RATE, RATE * SECONDS))
+    subprocess.run(["faust", "-vec", "-vs", "64", "-single", "-a", folder / "program.cpp", "-o",
+                    folder / "voices.cpp", folder / "voices.dsp"], check=True)
+    subprocess.run(["g++", "-O3", "-march=native", "-ffast-math", "-o", folder / "voices",
+                    folder / "voices.cpp"], check=True)
+    return folder / "voices"
+
+
+def check(ours, theirs):
+    """Ends the program where they do not play the same."""
+    data = ours.index(b"data") + 8
+    one, other = array.array("f", ours[data:]), array.array("f", theirs)
+    if len(one) != len(other):
+        sys.exit(f"faust wrote {len(other)} samples, vexa-render {len(one)}")
+    gap = max(abs(a - b) for a, b in zip(one[:RATE], other[:RATE]))
+    peak = max(map(abs, one[:RATE]))
+    if not gap < SAME * peak:
+        sys.exit(f"not the same sound: a difference of {gap:.2g}, and a peak of {peak:.2g}")
+
+
+def main():
+    program = sys.argv[1] if len(sys.argv) > 1 else ROOT / "build/release/bin/vexa-render"
+    with tempfile.TemporaryDirectory() as name:
+        folder = pathlib.Path(name)
+        long, short = folder / "notes.mid", folder / "moment.mid"
+        long.write_bytes(midi_file(notes(NOTES, 0, 1000 * SECONDS)))
+        short.write_bytes(midi_file(notes(NOTES, 0, 1)))
+        faust = build_faust(folder)
+
+        def vexa(music, *options):
+            return [program, music, folder / "vexa.wav", "--tail", "0", *options]
+
+        theirs, whole, compiler, formula = medians(
+            [[faust, folder / "faust.raw"], vexa(long, "--compile"), vexa(short, "--compile"),
+             vexa(long)])
+        check((folder / "vexa.wav").read_bytes(), (folder / "faust.raw").read_bytes())
+    addon = whole - compiler
+    print(f"faust {theirs:.2f} s, vexa-render by formula {formula:.2f} s, ratio "
+          f"{theirs / formula:.1f}; with the add-on {addon:.2f} s, ratio {theirs / addon:.1f}")
+
+
+if __name__ == "__main__":
+    main()

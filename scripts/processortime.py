@@ -1,0 +1,24 @@
+"""Processor time of programs, which other programs disturb least, for the scripts that compare."""
+import resource
+import statistics
+import subprocess
+
+
+def children():
+    """Seconds of processor time of the programs that were run so far."""
+    usage = resource.getrusage(resource.RUSAGE_CHILDREN)
+    return usage.ru_utime + usage.ru_stime
+
+
+def run(command):
+    """Seconds that a program takes."""
+    start = children()
+    subprocess.run(command, check=True, timeout=300, stdout=subprocess.DEVNULL,
+                   stderr=subprocess.DEVNULL)
+    return children() - start
+
+
+def medians(commands, runs=5):
+    """The median seconds of each command, all of them run in turns."""
+    times = [[run(command) for command in commands] for _ in range(runs)]
+    return [statistics.median(column) for column in zip(*times)]

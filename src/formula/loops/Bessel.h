@@ -97,7 +97,7 @@ inline double BesselJOf(int order, double x, double sine, double cosine) {
     if (x != x)
         return x;
     const int n = order < 0 ? -order : order;
-    const bool negative = OddOf(n) && (order < 0) != (x < 0);
+    const bool negative = OddOf(n) && (order < 0) != (__builtin_signbit(x) != 0);
     const double size = __builtin_fabs(x);
     double value;
     if (size == 0)
@@ -141,7 +141,8 @@ inline double BesselYOf(int order, double x, double sine, double cosine) {
     if (x < kFar) {
         const bool tiny = x < 1e-8;
         const NearBessel near = NearOf(0, tiny ? 1e-8 : x);
-        value = tiny ? (Logarithm(x / 2) + 0x1.2788cfc6fb619p-1) / kHalfPi : near.y0;
+        // Euler's constant, without what halves x.
+        value = tiny ? (Logarithm(x) - 0x1.dadb014541eb2p-4) / kHalfPi : near.y0;
         next = tiny ? -1 / (kHalfPi * x) : near.y1;
     } else {
         value = FarPair(0, x, sine, cosine).y;

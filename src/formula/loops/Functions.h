@@ -35,13 +35,21 @@ inline double Polynomial(double x, const double (&c)[count]) {
     return sum;
 }
 
-// Pi in three parts. The first two have 20 bits, so that their products with whole numbers and
-// halves below 2^32 are exact.
-constexpr double kPi1 = 0x1.921fcp+1;
-constexpr double kPi2 = -0x1.5777ap-20;
-constexpr double kPi3 = -0x1.73dcb3b399d74p-42;
-/// Where the reduction ends. What it leaves out of pi is below 2^-76 there.
-constexpr double kLongestWave = 1e6;
+// Pi in two parts. The first has 29 bits, so that its products with halves of whole numbers are
+// exact up to kLongestWave.
+constexpr double kPi1 = 0x1.921fb54000000p+1;
+constexpr double kPi2 = 0x1.10b4611a62633p-29;
+/// Where the reduction ends.
+constexpr double kLongestWave = 0x1p24;
+
+/// c + a b for a product that is exact, so that a fused operation gives the same bits.
+inline double PlusExact(double a, double b, double c) {
+#if defined(__FMA__) || defined(__ARM_FEATURE_FMA)
+    return __builtin_fma(a, b, c);
+#else
+    return c + a * b;
+#endif
+}
 
 // (sin(r) / r - 1) / r^2 for r^2 up to (pi / 2)^2; the error of r + r^3 times it is below 1e-17.
 constexpr double kSine[] = {-0.16666666666666666,    0.008333333333333316,
@@ -49,7 +57,9 @@ constexpr double kSine[] = {-0.16666666666666666,    0.008333333333333316,
                             -2.5052107616996182e-08, 1.6058977312464087e-10,
                             -7.643970296798572e-13,  2.7314447669863995e-15};
 
-/// sin(x), or cos(x) as the sine of what lies a quarter turn on, for |x| <= kLongestWave.
+/// sin(x), or cos(x) as the sine of what lies a quarter turn on, where IsNearWave holds of it. Else
+/// |x| is above kLongestWave, or the wave is so near 0 that what the two parts leave out of pi, and
+/// the rounding of the second's product, which is below 2^-82 |x|, shows in it.
 template<bool cosine>
 inline double Wave(double x) {
     // x = turns pi + r with |r| <= pi / 2, where turns is whole for the sine and a half more for
@@ -57,12 +67,17 @@ inline double Wave(double x) {
     const double shifted = (x * 0x1.45f306dc9c883p-2 - (cosine ? 0.5 : 0.0)) + kRounder;
     const double whole = shifted - kRounder;
     const double turns = cosine ? whole + 0.5 : whole;
-    const double r = ((x - turns * kPi1) - turns * kPi2) - turns * kPi3;
+    const double r = PlusExact(-turns, kPi1, x) - turns * kPi2;
     const double q = r * r;
     const double sine = r + r * q * Polynomial(q, kSine);
     const Word sign = (WordOf(shifted) + (cosine ? 1 : 0)) << 63;
-    // The sine of -0 is -0, but x - 0 pi is 0.
-    return !cosine && x == 0 ? x : OfWord(WordOf(sine) ^ sign);
+    // -0 has its sign in r alone.
+    return cosine ? OfWord(WordOf(sine) ^ sign)
+                  : __builtin_copysign(sine, OfWord(WordOf(r) ^ sign));
+}
+inline bool IsNearWave(double x, double wave) {
+    const double size = __builtin_fabs(x);
+    return size <= kLongestWave && size <= __builtin_fabs(wave) * kLongestWave;
 }
 
 /// Where NearModulo ends: the product of a quotient below it and half of a number's bits is exact.

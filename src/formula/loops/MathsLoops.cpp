@@ -54,21 +54,52 @@ void Library2(const void* a, const void* b, const void*, void* to, std::size_t c
     (kits::MATHS.*f)(Numbers(a), Numbers(b), static_cast<double*>(to), count);
 }
 
-/// asinh and acosh, for which the library squares: what that makes infinite is log(2 |x|).
-template<VectorMaths::OfOne VectorMaths::*f>
-void Area(const void* a, const void*, const void*, void* to, std::size_t count) {
+/// What the library computes, but where that is infinite and should not be: there `lost` of |x|,
+/// with the sign of x.
+template<VectorMaths::OfOne VectorMaths::*f, double (*lost)(double)>
+void Bounded(const void* a, const void*, const void*, void* to, std::size_t count) {
     const double* __restrict const x = Numbers(a);
     double* __restrict const values = static_cast<double*>(to);
     (kits::MATHS.*f)(x, values, count);
     for (std::size_t i = 0; i < (count & ~(kLanes - 1)); i++) {
         const double size = __builtin_fabs(x[i]);
-        const bool lost = __builtin_fabs(values[i]) == kInfinity && size < kInfinity;
-        const double area = Logarithm(size) + 0x1.62e42fefa39efp-1;
-        values[i] = lost ? __builtin_copysign(area, x[i]) : values[i];
+        const bool isLost = __builtin_fabs(values[i]) == kInfinity && size > 1 && size < kInfinity;
+        values[i] = isLost ? __builtin_copysign(lost(size), values[i]) : values[i];
+    }
+}
+/// asinh and acosh of what has an infinite square: log(2 x).
+double Area(double x) {
+    return Logarithm(x) + 0x1.62e42fefa39efp-1;
+}
+/// sinh and cosh from 710 on: exp(x) / 2, where exp(x) is too large.
+double HalfExponential(double x) {
+    const double root = Exponential(0.5 * x);
+    return 0.5 * root * root;
+}
+
+/// What is so small that it is 0 has a sign all the same, which changes at each whole number.
+void Gamma(const void* a, const void*, const void*, void* to, std::size_t count) {
+    const double* __restrict const x = Numbers(a);
+    double* __restrict const values = static_cast<double*>(to);
+    kits::MATHS.tgamma(x, values, count);
+    for (std::size_t i = 0; i < (count & ~(kLanes - 1)); i++) {
+        const double half = 0.5 * __builtin_floor(x[i]);
+        const bool odd = __builtin_floor(half) != half;
+        values[i] = values[i] == 0 && odd ? -0.0 : values[i];
     }
 }
 
-/// What lies beyond the reduction of Wave, one by one.
+/// pow, for which the library takes the largest numbers to the power of 1 for infinite.
+void Powers(const void* a, const void* b, const void*, void* to, std::size_t count) {
+    const double* __restrict const x = Numbers(a);
+    const double* __restrict const y = Numbers(b);
+    double* __restrict const values = static_cast<double*>(to);
+    kits::MATHS.pow(x, y, values, count);
+    for (std::size_t i = 0; i < (count & ~(kLanes - 1)); i++)
+        values[i] = y[i] == 1 ? x[i] : values[i];
+}
+
+/// What Wave does not give, one by one.
 template<VectorMaths::OfOne VectorMaths::*f>
 double FarWave(double x) {
     alignas(64) double phases[VectorMaths::kGroup] = {x};
@@ -83,13 +114,13 @@ void Waves(const void* a, const void*, const void*, void* to, std::size_t count)
     double* __restrict const values = static_cast<double*>(to);
     std::int64_t beyond = 0;
     for (std::size_t i = 0; i < (count & ~(kLanes - 1)); i++) {
-        beyond |= __builtin_fabs(x[i]) <= kLongestWave ? 0 : 1;
         values[i] = Wave<cosine>(x[i]);
+        beyond |= IsNearWave(x[i], values[i]) ? 0 : 1;
     }
     if (beyond == 0)
         return;
     for (std::size_t i = 0; i < count; i++) {
-        if (!(__builtin_fabs(x[i]) <= kLongestWave))
+        if (!IsNearWave(x[i], values[i]))
             values[i] = FarWave<far>(x[i]);
     }
 }
@@ -161,28 +192,28 @@ constexpr MathsLoops Filled() {
     row(Op::Cos) = Waves<true, &VectorMaths::cos>;
     row(Op::Exp) = Exponentials;
     row(Op::Log) = OfOne<Logarithm>;
-    row(Op::Pow) = Library2<&VectorMaths::pow>;
+    row(Op::Pow) = Powers;
     row(Op::Tanh) = OfOne<HyperbolicTangent>;
     row(Op::Atan) = OfOne<ArcTangent>;
     row(Op::Atan2) = OfTwo<ArcTangent2>;
     row(Op::Tan) = Library<&VectorMaths::tan>;
     row(Op::Asin) = Library<&VectorMaths::asin>;
     row(Op::Acos) = Library<&VectorMaths::acos>;
-    row(Op::Sinh) = Library<&VectorMaths::sinh>;
-    row(Op::Cosh) = Library<&VectorMaths::cosh>;
-    row(Op::Asinh) = Area<&VectorMaths::asinh>;
-    row(Op::Acosh) = Area<&VectorMaths::acosh>;
+    row(Op::Sinh) = Bounded<&VectorMaths::sinh, HalfExponential>;
+    row(Op::Cosh) = Bounded<&VectorMaths::cosh, HalfExponential>;
+    row(Op::Asinh) = Bounded<&VectorMaths::asinh, Area>;
+    row(Op::Acosh) = Bounded<&VectorMaths::acosh, Area>;
     row(Op::Atanh) = Library<&VectorMaths::atanh>;
     row(Op::Exp2) = Library<&VectorMaths::exp2>;
     row(Op::Expm1) = Library<&VectorMaths::expm1>;
     row(Op::Log2) = Library<&VectorMaths::log2>;
     row(Op::Log10) = Library<&VectorMaths::log10>;
-    row(Op::Log1p) = Library<&VectorMaths::log1p>;
+    row(Op::Log1p) = Bounded<&VectorMaths::log1p, Logarithm>;
     row(Op::Cbrt) = Library<&VectorMaths::cbrt>;
     row(Op::Hypot) = Library2<&VectorMaths::hypot>;
     row(Op::Erf) = Library<&VectorMaths::erf>;
     row(Op::Erfc) = Library<&VectorMaths::erfc>;
-    row(Op::TGamma) = Library<&VectorMaths::tgamma>;
+    row(Op::TGamma) = Gamma;
     row(Op::LGamma) = Library<&VectorMaths::lgamma>;
     row(Op::BesselJ) = Bessel<BesselJOf>;
     row(Op::BesselY) = Bessel<BesselYOf>;

@@ -8,7 +8,7 @@ namespace vexa::formula {
 
 namespace {
 
-constexpr std::size_t kLongestPiece = 256;
+constexpr std::size_t kLongestPiece = 640;
 
 constexpr std::size_t IndexOf(Value value) {
     return static_cast<std::size_t>(value);

@@ -57,7 +57,7 @@ constexpr double kSine[] = {-0.16666666666666666,    0.008333333333333316,
                             -2.5052107616996182e-08, 1.6058977312464087e-10,
                             -7.643970296798572e-13,  2.7314447669863995e-15};
 
-/// sin(x), or cos(x) as the sine of what lies a quarter turn on, where IsNearWave holds of it. Else
+/// sin(x), or cos(x) as the sine of what lies a quarter turn on, where BeyondWave allows it. Else
 /// |x| is above kLongestWave, or the wave is so near 0 that what the two parts leave out of pi, and
 /// the rounding of the second's product, which is below 2^-82 |x|, shows in it.
 template<bool cosine>
@@ -75,9 +75,10 @@ inline double Wave(double x) {
     return cosine ? OfWord(WordOf(sine) ^ sign)
                   : __builtin_copysign(sine, OfWord(WordOf(r) ^ sign));
 }
-inline bool IsNearWave(double x, double wave) {
+/// A word whose highest bit is 0 where Wave is right.
+inline Word BeyondWave(double x, double wave) {
     const double size = __builtin_fabs(x);
-    return size <= kLongestWave && size <= __builtin_fabs(wave) * kLongestWave;
+    return WordOf(kLongestWave - size) | WordOf(__builtin_fabs(wave) * kLongestWave - size);
 }
 
 /// Where NearModulo ends: the product of a quotient below it and half of a number's bits is exact.
@@ -113,7 +114,7 @@ struct Power {
 inline Power Reduce(double x) {
     const double shifted = x * 0x1.71547652b82fep0 + kRounder;
     const double k = shifted - kRounder;
-    const double r = (x - k * kLog2High) - k * kLog2Low;
+    const double r = PlusExact(-k, kLog2High, x) - k * kLog2Low;
     return {shifted, r + r * r * Polynomial(r, kExponential)};
 }
 

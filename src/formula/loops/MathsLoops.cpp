@@ -89,14 +89,29 @@ void Gamma(const void* a, const void*, const void*, void* to, std::size_t count)
     }
 }
 
-/// pow, for which the library takes the largest numbers to the power of 1 for infinite.
+/// pow, where the library takes what is just below the largest number for infinite.
 void Powers(const void* a, const void* b, const void*, void* to, std::size_t count) {
     const double* __restrict const x = Numbers(a);
     const double* __restrict const y = Numbers(b);
     double* __restrict const values = static_cast<double*>(to);
     kits::MATHS.pow(x, y, values, count);
+    std::int64_t infinite = 0;
     for (std::size_t i = 0; i < (count & ~(kLanes - 1)); i++)
-        values[i] = y[i] == 1 ? x[i] : values[i];
+        infinite |= __builtin_fabs(values[i]) == kInfinity ? 1 : 0;
+    if (infinite == 0)
+        return;
+    for (std::size_t i = 0; i < count; i++) {
+        const double size = __builtin_fabs(x[i]);
+        // The logarithm of the largest number, and a little.
+        const bool fits = size < kInfinity && y[i] * Logarithm(size) < 709.78272;
+        if (__builtin_fabs(values[i]) != kInfinity || !fits)
+            continue;
+        alignas(64) double base[VectorMaths::kGroup] = {size};
+        alignas(64) double exponent[VectorMaths::kGroup] = {0.5 * y[i]};
+        alignas(64) double root[VectorMaths::kGroup];
+        kits::MATHS.pow(base, exponent, root, VectorMaths::kGroup);
+        values[i] = y[i] == 1 ? x[i] : __builtin_copysign(root[0] * root[0], values[i]);
+    }
 }
 
 /// What Wave does not give, one by one.
@@ -112,15 +127,16 @@ template<bool cosine, VectorMaths::OfOne VectorMaths::*far>
 void Waves(const void* a, const void*, const void*, void* to, std::size_t count) {
     const double* __restrict const x = Numbers(a);
     double* __restrict const values = static_cast<double*>(to);
-    std::int64_t beyond = 0;
+    Word beyond = 0;
     for (std::size_t i = 0; i < (count & ~(kLanes - 1)); i++) {
-        values[i] = Wave<cosine>(x[i]);
-        beyond |= IsNearWave(x[i], values[i]) ? 0 : 1;
+        const double wave = Wave<cosine>(x[i]);
+        beyond |= BeyondWave(x[i], wave);
+        values[i] = wave;
     }
-    if (beyond == 0)
+    if (beyond >> 63 == 0)
         return;
     for (std::size_t i = 0; i < count; i++) {
-        if (!IsNearWave(x[i], values[i]))
+        if (BeyondWave(x[i], values[i]) >> 63 != 0)
             values[i] = FarWave<far>(x[i]);
     }
 }

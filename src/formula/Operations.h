@@ -85,7 +85,8 @@ enum class Op : unsigned char {
     Scale,
     Exponent,
 
-    // Of Double: functions of the maths library.
+    // Of Double: functions of the maths library. In a program some are of Float too, and give a
+    // Double.
     Modulo,
     Sin,
     Cos,

@@ -27,6 +27,7 @@ class Program::Writer {
           lastUse(nodes.size(), kNone),
           inputOf(2 + graph.Inputs().size()),
           registerOf(nodes.size()) {
+        JoinConversions();
         JoinProducts();
         FindUses();
         FindInputs();
@@ -76,6 +77,18 @@ class Program::Writer {
             }
         }
         return uses;
+    }
+
+    /// Functions of a float that becomes a double read it themselves, where there is a loop for it.
+    void JoinConversions() {
+        for (Value value = 0; value <= root; value++) {
+            Node& node = nodes[IndexOf(value)];
+            if (node.op < kFirstMaths || !loops.Find(node.op, Type::Float, Constants::None))
+                continue;
+            const Node& inner = At(node.a);
+            if (inner.op == Op::ToDouble && inner.type == Type::Float)
+                node = {node.op, Type::Float, inner.a};
+        }
     }
 
     /// Products that only one sum, difference or product takes are computed in one pass with it.

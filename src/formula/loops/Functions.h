@@ -1,9 +1,12 @@
 // The functions of the maths library that formulas use most, each for one number.
 //
 // They have no branches, so a loop over them becomes vector instructions, and no fused operations.
+// Those of a type T are written for Lanes too.
 // Where they are not told to be polynomials of Chebyshev's kind they follow the usual reductions
 // (W. J. Cody and W. Waite, "Software Manual for the Elementary Functions"; FDLIBM for log).
 #pragma once
+
+#include "formula/loops/Lanes.h"
 
 #include <cstdint>
 
@@ -11,26 +14,18 @@ namespace vexa::formula {
 
 namespace {
 
-using Word = std::uint64_t;
-
 constexpr double kInfinity = __builtin_inf();
 /// Adding it rounds to a whole number, which stands in the last bits of the sum.
 constexpr double kRounder = 0x1.8p52;
 constexpr double kHalfPi = 0x1.921fb54442d18p0;
 constexpr double kHalfPiRest = 0x1.1a62633145c07p-54;
 
-inline Word WordOf(double value) {
-    return __builtin_bit_cast(Word, value);
-}
-inline double OfWord(Word word) {
-    return __builtin_bit_cast(double, word);
-}
-
 /// c[0] + c[1] x + c[2] x^2 ...
-template<int count>
-inline double Polynomial(double x, const double (&c)[count]) {
-    double sum = c[count - 1];
-    for (int i = count - 2; i >= 0; i--)
+template<class T, int count>
+[[gnu::always_inline]] inline T Polynomial(T x, const double (&c)[count]) {
+    T sum = x * c[count - 1] + c[count - 2];
+#pragma GCC unroll 16
+    for (int i = count - 3; i >= 0; i--)
         sum = sum * x + c[i];
     return sum;
 }
@@ -42,15 +37,6 @@ constexpr double kPi2 = 0x1.10b4611a62633p-29;
 /// Where the reduction ends.
 constexpr double kLongestWave = 0x1p24;
 
-/// c + a b for a product that is exact, so that a fused operation gives the same bits.
-inline double PlusExact(double a, double b, double c) {
-#if defined(__FMA__) || defined(__ARM_FEATURE_FMA)
-    return __builtin_fma(a, b, c);
-#else
-    return c + a * b;
-#endif
-}
-
 // (sin(r) / r - 1) / r^2 for r^2 up to (pi / 2)^2; the error of r + r^3 times it is below 1e-17.
 constexpr double kSine[] = {-0.16666666666666666,    0.008333333333333316,
                             -0.00019841269841254974, 2.7557319219163234e-06,
@@ -60,25 +46,26 @@ constexpr double kSine[] = {-0.16666666666666666,    0.008333333333333316,
 /// sin(x), or cos(x) as the sine of what lies a quarter turn on, where BeyondWave allows it. Else
 /// |x| is above kLongestWave, or the wave is so near 0 that what the two parts leave out of pi, and
 /// the rounding of the second's product, which is below 2^-82 |x|, shows in it.
-template<bool cosine>
-inline double Wave(double x) {
-    // x = turns pi + r with |r| <= pi / 2, where turns is whole for the sine and a half more for
+template<bool cosine, class T>
+[[gnu::always_inline]] inline T Wave(T x) {
+    // |x| = turns pi + r with |r| <= pi / 2, where turns is whole for the sine and a half more for
     // the cosine; every half turn changes the sign. Only the last difference is rounded.
-    const double shifted = (x * 0x1.45f306dc9c883p-2 - (cosine ? 0.5 : 0.0)) + kRounder;
-    const double whole = shifted - kRounder;
-    const double turns = cosine ? whole + 0.5 : whole;
-    const double r = PlusExact(-turns, kPi1, x) - turns * kPi2;
-    const double q = r * r;
-    const double sine = r + r * q * Polynomial(q, kSine);
-    const Word sign = (WordOf(shifted) + (cosine ? 1 : 0)) << 63;
-    // -0 has its sign in r alone.
-    return cosine ? OfWord(WordOf(sine) ^ sign)
-                  : __builtin_copysign(sine, OfWord(WordOf(r) ^ sign));
+    constexpr double kToWhole = kRounder + (cosine ? 1 : 0);
+    const T size = Size(x);
+    const T shifted = (size * 0x1.45f306dc9c883p-2 - (cosine ? 0.5 : 0.0)) + kToWhole;
+    const T whole = shifted - kToWhole;
+    const T turns = cosine ? whole + 0.5 : whole;
+    const T r = (size - turns * kPi1) - turns * kPi2;
+    const T q = r * r;
+    const T sine = r + r * q * Polynomial(q, kSine);
+    const auto sign = WordOf(shifted) << 63;
+    return OfWord(WordOf(sine) ^ (cosine ? sign : sign ^ SignOfNumber(x)));
 }
-/// A word whose highest bit is 0 where Wave is right.
-inline Word BeyondWave(double x, double wave) {
-    const double size = __builtin_fabs(x);
-    return WordOf(kLongestWave - size) | WordOf(__builtin_fabs(wave) * kLongestWave - size);
+/// Words whose highest bit is 0 where Wave is right.
+template<class T>
+inline auto BeyondWave(T x, T wave) {
+    const T size = Size(x);
+    return WordOf(kLongestWave - size) | WordOf(Size(wave) * kLongestWave - size);
 }
 
 /// Where NearModulo ends: the product of a quotient below it and half of a number's bits is exact.
@@ -106,15 +93,19 @@ constexpr double kExponential[] = {
 constexpr double kLog2High = 0x1.62e42fee00000p-1;
 constexpr double kLog2Low = 0x1.a39ef35793c76p-33;
 
-/// exp(x) = 2^k (1 + part), where k stands in the last bits of `shifted`.
+/// exp(x) = 2^k (1 + part), where k + 1023, the exponent of 2^k in its bits, stands in the last
+/// bits of `shifted`.
+template<class T>
 struct Power {
-    double shifted, part;
+    T shifted, part;
 };
 
-inline Power Reduce(double x) {
-    const double shifted = x * 0x1.71547652b82fep0 + kRounder;
-    const double k = shifted - kRounder;
-    const double r = PlusExact(-k, kLog2High, x) - k * kLog2Low;
+template<class T>
+[[gnu::always_inline]] inline Power<T> Reduce(T x) {
+    constexpr double kExponentRounder = kRounder + 1023;
+    const T shifted = x * 0x1.71547652b82fep0 + kExponentRounder;
+    const T k = shifted - kExponentRounder;
+    const T r = (x - k * kLog2High) - k * kLog2Low;
     return {shifted, r + r * r * Polynomial(r, kExponential)};
 }
 
@@ -123,22 +114,25 @@ constexpr double kMostExponential = 708;
 /// Below this exp(x) is 0.
 constexpr double kNoExponential = -746;
 
-/// Right where |x| <= kMostExponential or x < kNoExponential. What is computed there is set
-/// aside, and so without the subnormal numbers that processors are slow with.
-inline double NearExponential(double x) {
-    const bool none = x < kNoExponential;
-    const Power power = Reduce(none ? 0 : x);
-    // The bits of 2^k
-    const double factor = OfWord((WordOf(power.shifted) + 1023) << 52);
-    return none ? 0 : (1 + power.part) * factor;
+/// Right where BeyondExponential allows it.
+template<class T>
+[[gnu::always_inline]] inline T NearExponential(T x) {
+    const Power<T> power = Reduce(x);
+    const T factor = OfWord(WordOf(power.shifted) << 52);
+    return ZeroWhere(x < kNoExponential, (power.part + 1) * factor);
+}
+/// Words whose highest bit is 0 where |x| <= kMostExponential or x < kNoExponential.
+template<class T>
+inline auto BeyondExponential(T x) {
+    return WordOf(kMostExponential - ZeroWhere(x < kNoExponential, Size(x)));
 }
 
 /// For every x.
 inline double Exponential(double x) {
     const double low = x < kNoExponential ? kNoExponential : x;
-    const Power power = Reduce(low > 710 ? 710 : low);
+    const Power<double> power = Reduce(low > 710 ? 710 : low);
     // 2^k in two factors, as k may be beyond a number's exponents.
-    const auto k = static_cast<std::int64_t>(WordOf(power.shifted) - WordOf(kRounder));
+    const auto k = static_cast<std::int64_t>(WordOf(power.shifted) - WordOf(kRounder + 1023));
     const std::int64_t half = k >> 1;
     const double first = OfWord(Word(half + 1023) << 52);
     const double second = OfWord(Word(k - half + 1023) << 52);
@@ -149,8 +143,8 @@ inline double Exponential(double x) {
 inline double HyperbolicTangent(double x) {
     const double size = __builtin_fabs(x);
     // 1 from here on.
-    const Power power = Reduce(2 * (size < 20 ? size : 20));
-    const double factor = OfWord((WordOf(power.shifted) + 1023) << 52);
+    const Power<double> power = Reduce(2 * (size < 20 ? size : 20));
+    const double factor = OfWord(WordOf(power.shifted) << 52);
     // exp(2 |x|) - 1
     const double t = factor * power.part + (factor - 1);
     const double value = __builtin_copysign(t / (t + 2), x);

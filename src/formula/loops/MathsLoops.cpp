@@ -123,34 +123,38 @@ double FarWave(double x) {
     return values[0];
 }
 
-template<bool cosine, VectorMaths::OfOne VectorMaths::*far>
+/// Of numbers that are float or double.
+template<class From, bool cosine, VectorMaths::OfOne VectorMaths::*far>
 void Waves(const void* a, const void*, const void*, void* to, std::size_t count) {
-    const double* __restrict const x = Numbers(a);
+    const From* __restrict const x = static_cast<const From*>(a);
     double* __restrict const values = static_cast<double*>(to);
-    Word beyond = 0;
-    for (std::size_t i = 0; i < (count & ~(kLanes - 1)); i++) {
-        const double wave = Wave<cosine>(x[i]);
-        beyond |= BeyondWave(x[i], wave);
-        values[i] = wave;
+    Words beyond{};
+    for (std::size_t i = 0; i < (count & ~(kLanes - 1)); i += kNumbers) {
+        const Lanes phase = Load(x + i);
+        const Lanes wave = Wave<cosine>(phase);
+        beyond = beyond | BeyondWave(phase, wave);
+        Store(wave, values + i);
     }
-    if (beyond >> 63 == 0)
+    if (!AnyHigh(beyond))
         return;
     for (std::size_t i = 0; i < count; i++) {
-        if (BeyondWave(x[i], values[i]) >> 63 != 0)
-            values[i] = FarWave<far>(x[i]);
+        const double phase = x[i];
+        if (BeyondWave(phase, values[i]) >> 63 != 0)
+            values[i] = FarWave<far>(phase);
     }
 }
 
+template<class From>
 void Exponentials(const void* a, const void*, const void*, void* to, std::size_t count) {
-    const double* __restrict const x = Numbers(a);
+    const From* __restrict const x = static_cast<const From*>(a);
     double* __restrict const values = static_cast<double*>(to);
-    std::int64_t beyond = 0;
-    for (std::size_t i = 0; i < (count & ~(kLanes - 1)); i++) {
-        const double kept = x[i] < kNoExponential ? 0 : x[i];
-        beyond |= __builtin_fabs(kept) <= kMostExponential ? 0 : 1;
-        values[i] = NearExponential(x[i]);
+    Words beyond{};
+    for (std::size_t i = 0; i < (count & ~(kLanes - 1)); i += kNumbers) {
+        const Lanes exponent = Load(x + i);
+        beyond = beyond | BeyondExponential(exponent);
+        Store(NearExponential(exponent), values + i);
     }
-    if (beyond == 0)
+    if (!AnyHigh(beyond))
         return;
     for (std::size_t i = 0; i < (count & ~(kLanes - 1)); i++)
         values[i] = Exponential(x[i]);
@@ -204,9 +208,9 @@ constexpr MathsLoops Filled() {
         return table.loops[static_cast<std::size_t>(op) - kPlainOps];
     };
     row(Op::Modulo) = Modulo;
-    row(Op::Sin) = Waves<false, &VectorMaths::sin>;
-    row(Op::Cos) = Waves<true, &VectorMaths::cos>;
-    row(Op::Exp) = Exponentials;
+    row(Op::Sin) = Waves<double, false, &VectorMaths::sin>;
+    row(Op::Cos) = Waves<double, true, &VectorMaths::cos>;
+    row(Op::Exp) = Exponentials<double>;
     row(Op::Log) = OfOne<Logarithm>;
     row(Op::Pow) = Powers;
     row(Op::Tanh) = OfOne<HyperbolicTangent>;
@@ -233,6 +237,12 @@ constexpr MathsLoops Filled() {
     row(Op::LGamma) = Library<&VectorMaths::lgamma>;
     row(Op::BesselJ) = Bessel<BesselJOf>;
     row(Op::BesselY) = Bessel<BesselYOf>;
+    const auto ofFloats = [&table](Op op) -> Loop& {
+        return table.ofFloats[static_cast<std::size_t>(op) - kPlainOps];
+    };
+    ofFloats(Op::Sin) = Waves<float, false, &VectorMaths::sin>;
+    ofFloats(Op::Cos) = Waves<float, true, &VectorMaths::cos>;
+    ofFloats(Op::Exp) = Exponentials<float>;
     return table;
 }
 

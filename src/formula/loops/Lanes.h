@@ -74,6 +74,9 @@ inline Truths operator<(Lanes a, double b) {
 inline Words operator+(Words a, Word b) {
     return Words::Of<WordVector>([b](WordVector x) { return x + b; }, a);
 }
+inline Words operator+(Words a, Words b) {
+    return Words::Of<WordVector>([](WordVector x, WordVector y) { return x + y; }, a, b);
+}
 inline Words operator<<(Words a, int b) {
     return Words::Of<WordVector>([b](WordVector x) { return x << b; }, a);
 }
@@ -105,7 +108,31 @@ inline Lanes ZeroWhere(Truths condition, Lanes value) {
         condition, value);
 }
 
+constexpr int kTable = 16;
+/// The words of a table at the indices' last four bits.
+inline Words Looked(const Word (&table)[kTable], Words indices) {
+    return Words::Of<WordVector>(
+        [&table](WordVector index) {
+#if defined(__AVX512F__)
+            WordVector low, high;
+            __builtin_memcpy(&low, table, sizeof low);
+            __builtin_memcpy(&high, table + kTable / 2, sizeof high);
+            return __builtin_shuffle(low, high, index);
+#else
+            WordVector looked;
+#pragma GCC unroll 4
+            for (std::size_t i = 0; i < kVectorBytes / sizeof(Word); i++)
+                looked[i] = table[index[i] % kTable];
+            return looked;
+#endif
+        },
+        indices);
+}
+
 // The same of one number.
+inline Word Looked(const Word (&table)[kTable], Word index) {
+    return table[index % kTable];
+}
 inline Word WordOf(double value) {
     return __builtin_bit_cast(Word, value);
 }

@@ -55,7 +55,7 @@ template<bool cosine, class T>
     const T shifted = (size * 0x1.45f306dc9c883p-2 - (cosine ? 0.5 : 0.0)) + kToWhole;
     const T whole = shifted - kToWhole;
     const T turns = cosine ? whole + 0.5 : whole;
-    const T r = (size - turns * kPi1) - turns * kPi2;
+    const T r = LessExact(size, turns, kPi1) - turns * kPi2;
     const T q = r * r;
     const T sine = r + r * q * Polynomial(q, kSine);
     const auto sign = WordOf(shifted) << 63;
@@ -131,7 +131,7 @@ template<class T>
     constexpr double kToSixteenths = kRounder + kTable * 1023;
     const T shifted = x * 0x1.71547652b82fep4 + kToSixteenths;
     const T n = shifted - kToSixteenths;
-    const T r = (x - n * (kLog2High / kTable)) - n * (kLog2Low / kTable);
+    const T r = LessExact(x, n, kLog2High / kTable) - n * (kLog2Low / kTable);
     return {shifted, r + r * r * Polynomial(r, kFineExponential)};
 }
 

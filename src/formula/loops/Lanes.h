@@ -7,6 +7,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#if defined(__FMA__)
+#include <immintrin.h>
+#endif
 
 namespace vexa::formula {
 
@@ -68,6 +71,20 @@ inline Lanes operator-(double a, Lanes b) {
 inline Lanes operator*(Lanes a, double b) {
     return Lanes::Of<NumberVector>([b](NumberVector x) { return x * b; }, a);
 }
+/// c - a b where a b is exact, so that a fused operation gives the same bits.
+inline Lanes LessExact(Lanes c, Lanes a, double b) {
+    return Lanes::Of<NumberVector>(
+        [b](NumberVector z, NumberVector x) {
+#if defined(__AVX512F__)
+            return (NumberVector)_mm512_fnmadd_pd((__m512d)x, _mm512_set1_pd(b), (__m512d)z);
+#elif defined(__FMA__)
+            return (NumberVector)_mm256_fnmadd_pd((__m256d)x, _mm256_set1_pd(b), (__m256d)z);
+#else
+            return z - x * b;
+#endif
+        },
+        c, a);
+}
 inline Truths operator<(Lanes a, double b) {
     return Lanes::Of<TruthVector>([b](NumberVector x) { return x < b; }, a);
 }
@@ -117,7 +134,8 @@ inline Words Looked(const Word (&table)[kTable], Words indices) {
             WordVector low, high;
             __builtin_memcpy(&low, table, sizeof low);
             __builtin_memcpy(&high, table + kTable / 2, sizeof high);
-            return __builtin_shuffle(low, high, index);
+            return (WordVector)_mm512_permutex2var_epi64((__m512i)low, (__m512i)index,
+                                                         (__m512i)high);
 #else
             WordVector looked;
 #pragma GCC unroll 4
@@ -138,6 +156,9 @@ inline Word WordOf(double value) {
 }
 inline double OfWord(Word word) {
     return __builtin_bit_cast(double, word);
+}
+inline double LessExact(double c, double a, double b) {
+    return c - a * b;
 }
 inline double Size(double value) {
     return __builtin_fabs(value);

@@ -30,12 +30,13 @@ template<class T, int count>
     return sum;
 }
 
-// Pi in two parts. The first has 29 bits, so that its products with halves of whole numbers are
-// exact up to kLongestWave.
-constexpr double kPi1 = 0x1.921fb54000000p+1;
-constexpr double kPi2 = 0x1.10b4611a62633p-29;
+// Pi in three parts. The first two have 33 and 20 bits, so that their products with halves of whole
+// numbers are exact up to kLongestWave, and so are the differences from |x|.
+constexpr double kPi1 = 0x1.921fb54400000p+1;
+constexpr double kPi2 = 0x1.0b46000000000p-33;
+constexpr double kPi3 = 0x1.1a62633145c07p-53;
 /// Where the reduction ends.
-constexpr double kLongestWave = 0x1p24;
+constexpr double kLongestWave = 0x1p20;
 
 // (sin(r) / r - 1) / r^2 for r^2 up to (pi / 2)^2; the error of r + r^3 times it is below 1e-17.
 constexpr double kSine[] = {-0.16666666666666666,    0.008333333333333316,
@@ -43,9 +44,8 @@ constexpr double kSine[] = {-0.16666666666666666,    0.008333333333333316,
                             -2.5052107616996182e-08, 1.6058977312464087e-10,
                             -7.643970296798572e-13,  2.7314447669863995e-15};
 
-/// sin(x), or cos(x) as the sine of what lies a quarter turn on, where BeyondWave allows it. Else
-/// |x| is above kLongestWave, or the wave is so near 0 that what the two parts leave out of pi, and
-/// the rounding of the second's product, which is below 2^-82 |x|, shows in it.
+/// sin(x), or cos(x) as the sine of what lies a quarter turn on, where neither BeyondWave nor, of
+/// what is no float, WaveNearZero says otherwise.
 template<bool cosine, class T>
 [[gnu::always_inline]] inline T Wave(T x) {
     // |x| = turns pi + r with |r| <= pi / 2, where turns is whole for the sine and a half more for
@@ -55,17 +55,23 @@ template<bool cosine, class T>
     const T shifted = (size * 0x1.45f306dc9c883p-2 - (cosine ? 0.5 : 0.0)) + kToWhole;
     const T whole = shifted - kToWhole;
     const T turns = cosine ? whole + 0.5 : whole;
-    const T r = LessExact(size, turns, kPi1) - turns * kPi2;
+    const T r = LessExact(LessExact(size, turns, kPi1), turns, kPi2) - turns * kPi3;
     const T q = r * r;
     const T sine = r + r * q * Polynomial(q, kSine);
     const auto sign = WordOf(shifted) << 63;
     return OfWord(WordOf(sine) ^ (cosine ? sign : sign ^ SignOfNumber(x)));
 }
-/// Words whose highest bit is 0 where Wave is right.
+/// Words whose highest bit is 0 up to kLongestWave.
 template<class T>
-inline auto BeyondWave(T x, T wave) {
-    const T size = Size(x);
-    return WordOf(kLongestWave - size) | WordOf(Size(wave) * kLongestWave - size);
+inline auto BeyondWave(T x) {
+    return WordOf(kLongestWave - Size(x));
+}
+/// Words whose highest bit is 1 where the wave is so near 0 that what the parts leave out of pi,
+/// and the rounding of the third's product, show in it: they are below 2^-106 |x|. Up to
+/// kLongestWave no wave of a float comes nearer than 2^-43 |x|.
+template<class T>
+inline auto WaveNearZero(T x, T wave) {
+    return WordOf(Size(wave) * 0x1p50 - Size(x));
 }
 
 /// Where NearModulo ends: the product of a quotient below it and half of a number's bits is exact.

@@ -128,18 +128,24 @@ template<class From, bool cosine, VectorMaths::OfOne VectorMaths::*far>
 void Waves(const void* a, const void*, const void*, void* to, std::size_t count) {
     const From* __restrict const x = static_cast<const From*>(a);
     double* __restrict const values = static_cast<double*>(to);
-    Words beyond{};
+    const auto beyond = [](auto phase, auto wave) {
+        if constexpr (sizeof(From) == sizeof(float))
+            return BeyondWave(phase);
+        else
+            return BeyondWave(phase) | WaveNearZero(phase, wave);
+    };
+    Words any{};
     for (std::size_t i = 0; i < (count & ~(kLanes - 1)); i += kNumbers) {
         const Lanes phase = Load(x + i);
         const Lanes wave = Wave<cosine>(phase);
-        beyond = beyond | BeyondWave(phase, wave);
+        any = any | beyond(phase, wave);
         Store(wave, values + i);
     }
-    if (!AnyHigh(beyond))
+    if (!AnyHigh(any))
         return;
     for (std::size_t i = 0; i < count; i++) {
         const double phase = x[i];
-        if (BeyondWave(phase, values[i]) >> 63 != 0)
+        if (beyond(phase, values[i]) >> 63 != 0)
             values[i] = FarWave<far>(phase);
     }
 }

@@ -107,13 +107,27 @@ class Program::Writer {
             const bool first = joins(node.a, node.b);
             if (!first && !joins(node.b, node.a))
                 continue;
-            const Node inner = At(first ? node.a : node.b);
+            Node inner = At(first ? node.a : node.b);
             const Value other = first ? node.b : node.a;
-            const Op op = sum       ? Op::ProductAndSum
-                          : product ? Op::ProductOfThree
-                          : first   ? Op::ProductLess
-                                    : Op::LessProduct;
+            Op op = sum       ? Op::ProductAndSum
+                    : product ? Op::ProductOfThree
+                    : first   ? Op::ProductLess
+                              : Op::LessProduct;
+            // -x x is the same as -(x x).
+            for (Value* factor : {&inner.a, &inner.b}) {
+                if (op == Op::ProductLess && At(*factor).op == Op::Negate) {
+                    op = Op::NegativeLess;
+                    *factor = At(*factor).a;
+                }
+            }
             node = {op, node.type, inner.a, inner.b, other};
+        }
+        Node& last = nodes[IndexOf(root)];
+        if (last.op != Op::ToFloat || uses[IndexOf(last.a)] != 1)
+            return;
+        if (Node sum = At(last.a); sum.op == Op::ProductAndSum && sum.type == Type::Double) {
+            sum.op = Op::SumAsFloat;
+            last = sum;
         }
     }
 

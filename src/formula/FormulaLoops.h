@@ -1,7 +1,7 @@
 // The operations of a program over blocks of points, compiled once per instruction set.
 //
 // All instruction sets give the same bits, the payloads of NaNs aside: every operation is exact, or
-// rounded as IEEE 754 says, or made of such ones without fused operations, or one of SLEEF's
+// rounded as IEEE 754 says, or made of such ones and fused where a product is exact, or one of SLEEF's
 // deterministic functions.
 #pragma once
 

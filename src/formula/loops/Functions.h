@@ -1,7 +1,8 @@
 // The functions of the maths library that formulas use most, each for one number.
 //
-// They have no branches, so a loop over them becomes vector instructions, and no fused operations.
-// Those of a type T are written for Lanes too.
+// They have no branches, so a loop over them becomes vector instructions, and no fused operations
+// but of exact products (LessExact). Those of a type T are written for Lanes too.
+//
 // Where they are not told to be polynomials of Chebyshev's kind they follow the usual reductions
 // (W. J. Cody and W. Waite, "Software Manual for the Elementary Functions"; FDLIBM for log).
 #pragma once

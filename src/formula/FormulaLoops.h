@@ -1,8 +1,8 @@
 // The operations of a program over blocks of points, compiled once per instruction set.
 //
 // All instruction sets give the same bits, the payloads of NaNs aside: every operation is exact, or
-// rounded as IEEE 754 says, or made of such ones and fused where a product is exact, or one of SLEEF's
-// deterministic functions.
+// rounded as IEEE 754 says, or made of such ones and fused where a product is exact, or one of
+// SLEEF's deterministic functions.
 #pragma once
 
 #include "formula/Operations.h"

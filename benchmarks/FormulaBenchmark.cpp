@@ -1,8 +1,9 @@
 // What does a point of the plane cost in the program's own blocks, in the compiler's add-on, and by
-// the C library, near 0 and far from it? And what does each operation cost, which is the table that
-// a formula's cost is estimated from?
+// the C library, near 0 and far from it, alone and as a sample of one of 20 voices ("Voice")? And
+// what does each operation cost, which is the table that a formula's cost is estimated from?
 #include "Expressions.h"
 #include "formula/Formula.h"
+#include "support/Sounds.h"
 
 #include <array>
 #include <functional>
@@ -41,6 +42,25 @@ void Function(benchmark::State& state, const vexa::PlaneFunction& function, floa
         benchmark::DoNotOptimize(points);
     }
     Report(state, kBlock);
+}
+
+/// 20 voices that go round their centres.
+void Voices(benchmark::State& state, const vexa::PlaneFunction& function, float centre) {
+    constexpr std::size_t kSamples = 64;
+    vexa::Engine instrument;
+    test::MakeRich(instrument);
+    vexa::sound_param& p = instrument.parameters;
+    p.Cx0 = p.Cx1 = p.Cx3 = p.Cy0 = p.Cy2 = 0;
+    p.C0x0 = p.C0y0 = centre;
+    instrument.SetFunction(function);
+    for (int i = 0; i < 20; i++)
+        instrument.consumer.NoteOn(0, uchar(40 + 2 * i), 100, 0);
+    std::array<float, kSamples> buffer;
+    for (auto _ : state) {
+        instrument.renderer.Render(buffer.data(), kSamples);
+        benchmark::DoNotOptimize(buffer);
+    }
+    Report(state, 20 * kSamples);
 }
 
 float DefaultByTheLibrary(float x, float y) {
@@ -100,8 +120,11 @@ void Operation(benchmark::State& state, vexa::formula::Op op, vexa::formula::Typ
                 {"Formula", outcome.formula},
                 {"AddOn", bench::Compiled(terrain.expression)},
                 {"Library", vexa::PlaneFunction(terrain.library)}};
-            for (const auto& [way, function] : ways)
+            for (const auto& [way, function] : ways) {
                 benchmark::RegisterBenchmark((way + ending).c_str(), Function, function, centre);
+                benchmark::RegisterBenchmark(("Voice" + (way + ending)).c_str(), Voices, function,
+                                             centre);
+            }
         }
     }
     using vexa::formula::Op;

@@ -22,8 +22,12 @@ namespace vexa {
 ///
 /// The values are the same bits on every x86-64 and 64-bit Arm machine, NaNs being all the same,
 /// and those of a block are those of its points. Maths functions are within 4 ulp of their type,
-/// but for j0, j1, jn, y0, y1 and yn, whose error is below 1e-13 of the larger of the value and 1 /
-/// sqrt(1 + |x|).
+/// but for
+///
+/// - j0, j1, jn, y0, y1 and yn, whose error is below 1e-13 of the larger of the value and 1 /
+///   sqrt(1 + |x|);
+/// - lgamma left of 0, near whose zeros the error is below 1e-15;
+/// - tgamma where it is subnormal, which may be 0.
 class Formula final : public PlaneSource {
   public:
     explicit Formula(formula::Program program) : program(std::move(program)) {}

@@ -1,8 +1,8 @@
 // The operations of a program over blocks of points, compiled once per instruction set.
 //
 // All instruction sets give the same bits, the payloads of NaNs aside: every operation is exact, or
-// rounded as IEEE 754 says, or made of such ones without fused operations, or one of SLEEF's
-// deterministic functions.
+// rounded as IEEE 754 says, or made of such ones and fused where a product is exact, or one of
+// SLEEF's deterministic functions.
 #pragma once
 
 #include "formula/Operations.h"
@@ -30,6 +30,8 @@ struct PlainLoops {
 
 struct MathsLoops {
     Loop loops[kMathsOps];
+    /// The same of a Float that becomes a Double on the way; null where there is none.
+    Loop ofFloats[kMathsOps];
 };
 
 /// The loops for one instruction set.
@@ -39,9 +41,10 @@ struct FormulaLoops {
 
     Loop Find(Op op, Type type, Constants constants) const {
         const auto row = static_cast<std::size_t>(op);
-        return op >= kFirstMaths ? maths->loops[row - kPlainOps]
-                                 : plain->loops[row][static_cast<std::size_t>(type)]
-                                               [static_cast<std::size_t>(constants)];
+        if (op >= kFirstMaths)
+            return (type == Type::Float ? maths->ofFloats : maths->loops)[row - kPlainOps];
+        return plain
+            ->loops[row][static_cast<std::size_t>(type)][static_cast<std::size_t>(constants)];
     }
 };
 

@@ -68,12 +68,15 @@ enum class Op : unsigned char {
     Maximum,
     Minimum,
     FusedMultiplyAdd,
-    /// Two operations in one pass, each rounded: a b + c, a b - c, c - a b and a b c. A program
-    /// puts them together, a graph has none of them.
+    /// Some operations in one pass, each rounded: a b + c, a b - c, -a b - c, c - a b, a b c, and
+    /// of
+    /// Double a b + c as a Float. A program puts them together, a graph has none of them.
     ProductAndSum,
     ProductLess,
+    NegativeLess,
     LessProduct,
     ProductOfThree,
+    SumAsFloat,
     /// Towards b, which is a Double in both types.
     NextAfter,
     /// Give Int: fpclassify's number, and whether the sign is set, which it is in no NaN.
@@ -85,7 +88,8 @@ enum class Op : unsigned char {
     Scale,
     Exponent,
 
-    // Of Double: functions of the maths library.
+    // Of Double: functions of the maths library. In a program some are of Float too, and give a
+    // Double.
     Modulo,
     Sin,
     Cos,

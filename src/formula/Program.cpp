@@ -8,7 +8,7 @@ namespace vexa::formula {
 
 namespace {
 
-constexpr std::size_t kLongestPiece = 256;
+constexpr std::size_t kLongestPiece = 640;
 
 constexpr std::size_t IndexOf(Value value) {
     return static_cast<std::size_t>(value);
@@ -27,6 +27,7 @@ class Program::Writer {
           lastUse(nodes.size(), kNone),
           inputOf(2 + graph.Inputs().size()),
           registerOf(nodes.size()) {
+        JoinConversions();
         JoinProducts();
         FindUses();
         FindInputs();
@@ -78,6 +79,18 @@ class Program::Writer {
         return uses;
     }
 
+    /// Functions of a float that becomes a double read it themselves, where there is a loop for it.
+    void JoinConversions() {
+        for (Value value = 0; value <= root; value++) {
+            Node& node = nodes[IndexOf(value)];
+            if (node.op < kFirstMaths || !loops.Find(node.op, Type::Float, Constants::None))
+                continue;
+            const Node& inner = At(node.a);
+            if (inner.op == Op::ToDouble && inner.type == Type::Float)
+                node = {node.op, Type::Float, inner.a};
+        }
+    }
+
     /// Products that only one sum, difference or product takes are computed in one pass with it.
     void JoinProducts() {
         const std::vector<std::uint32_t> uses = CountUses();
@@ -94,13 +107,27 @@ class Program::Writer {
             const bool first = joins(node.a, node.b);
             if (!first && !joins(node.b, node.a))
                 continue;
-            const Node inner = At(first ? node.a : node.b);
+            Node inner = At(first ? node.a : node.b);
             const Value other = first ? node.b : node.a;
-            const Op op = sum       ? Op::ProductAndSum
-                          : product ? Op::ProductOfThree
-                          : first   ? Op::ProductLess
-                                    : Op::LessProduct;
+            Op op = sum       ? Op::ProductAndSum
+                    : product ? Op::ProductOfThree
+                    : first   ? Op::ProductLess
+                              : Op::LessProduct;
+            // -x x is the same as -(x x).
+            for (Value* factor : {&inner.a, &inner.b}) {
+                if (op == Op::ProductLess && At(*factor).op == Op::Negate) {
+                    op = Op::NegativeLess;
+                    *factor = At(*factor).a;
+                }
+            }
             node = {op, node.type, inner.a, inner.b, other};
+        }
+        Node& last = nodes[IndexOf(root)];
+        if (last.op != Op::ToFloat || uses[IndexOf(last.a)] != 1)
+            return;
+        if (Node sum = At(last.a); sum.op == Op::ProductAndSum && sum.type == Type::Double) {
+            sum.op = Op::SumAsFloat;
+            last = sum;
         }
     }
 

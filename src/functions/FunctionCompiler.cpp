@@ -76,6 +76,15 @@ std::string Describe(const kits::ChildResult& result, const kits::ChildLimits& l
     return result.standardError;
 }
 
+/// Whether the compiler has the headers of the C library, which are another package, whatever the
+/// language is in which it tells of them. It writes nothing.
+bool HasHeaders(const fs::path& folder, const kits::ChildLimits& limits) {
+    return kits::RunProgram({{"gcc", "-fsyntax-only", "-include", "math.h", "-x", "c", "/dev/null"},
+                             folder,
+                             limits})
+        .Succeeded();
+}
+
 } // namespace
 
 // The options after -O3 let the compiler use the vector instructions of this machine and leave
@@ -209,8 +218,14 @@ CompileReport FunctionCompiler::RunCompiler(const fs::path& folder, const fs::pa
                           [&] { return kits::Interrupt::Pending() || (stop && stop()); }});
     if (result.Succeeded())
         return {B_OK, {}, result.standardError};
-    CompileReport failure = CompilerFailure(sourcePath, Describe(result, limits));
-    if (result.end == kits::ChildResult::End::notFound)
+    std::string details = Describe(result, limits);
+    const bool complete =
+        result.end != kits::ChildResult::End::exited || HasHeaders(folder, limits);
+    if (!complete)
+        details += "gcc has no headers of the C library; install them with: "
+                   "sudo apt install libc6-dev";
+    CompileReport failure = CompilerFailure(sourcePath, std::move(details));
+    if (result.end == kits::ChildResult::End::notFound || !complete)
         failure.status = B_ENTRY_NOT_FOUND;
     return failure;
 }

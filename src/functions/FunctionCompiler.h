@@ -47,8 +47,8 @@ class FunctionCompiler {
     /// Checks the expression, makes the source file and includes its function. Only an expression
     /// that CheckExpression accepts reaches a file or the compiler, which computes its long double
     /// in double. A request to end the program (kits::Interrupt) stops the compiler, and so does
-    /// `stop`, which is asked several times a second. Where the template or the compiler is missing
-    /// the status is B_ENTRY_NOT_FOUND.
+    /// `stop`, which is asked several times a second. Where the template, the compiler or the C
+    /// library's headers are missing the status is B_ENTRY_NOT_FOUND.
     CompileOutcome Compile(std::string_view expression,
                            const std::function<bool()>& stop = nullptr) const;
 

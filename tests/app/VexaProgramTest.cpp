@@ -1,5 +1,6 @@
 // vexa as a user starts it, without any server.
 #include "support/Command.h"
+#include "support/Environment.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,6 +9,7 @@ namespace {
 
 using test::CommandResult;
 using testing::HasSubstr;
+using testing::Not;
 
 CommandResult Vexa(std::vector<std::string> arguments) {
     arguments.insert(arguments.begin(), VEXA_PROGRAM_FOLDER "/vexa");
@@ -54,12 +56,14 @@ TEST(VexaProgram, ASoundThatWasAskedForMustBeThere) {
     EXPECT_THAT(result.text, HasSubstr("/none/sound.xml"));
 }
 
-TEST(VexaProgram, WithoutAnyDeviceItLivesAndEndsByItsSignal) {
+TEST(VexaProgram, WithoutAnyDeviceOrCompilerItLivesAndEndsByItsSignal) {
     ::setenv("JACK_DEFAULT_SERVER", "vexa-test-none", 1);
+    const test::EnvironmentVariable path("PATH", "/none");
     const CommandResult result =
         test::RunCommand({VEXA_PROGRAM_FOLDER "/vexa", "--no-window", "--audio", "none"},
                          test::TerminateWhenHandled);
     EXPECT_EQ(result.exitCode, 0) << result.text;
+    EXPECT_THAT(result.text, Not(HasSubstr("gcc")));
     EXPECT_THAT(result.text, HasSubstr("unable to get the system mixer"));
     EXPECT_THAT(result.text, HasSubstr("there is no sound: no audio system was asked for"));
     EXPECT_THAT(result.text, HasSubstr("s without sound, 0 MIDI events lost"));

@@ -4,6 +4,7 @@
 #include "documents/SoundDocument.h"
 #include "kits/midi/MidiLocalProducer.h"
 #include "kits/midi/MidiRoster.h"
+#include "support/Environment.h"
 #include "synth/Envelope.h"
 #include "views/EnvView.h"
 #include "views/R2RFView.h"
@@ -125,6 +126,15 @@ TEST_F(VexaViewTest, AnExpressionIsCompiledAndShown) {
     EXPECT_THAT(alerts.texts[0], HasSubstr("There was an error while trying to compile"));
     EXPECT_EQ(PixelAt(10, 10), 127U);
     alerts.texts.clear();
+    {
+        const test::EnvironmentVariable path("PATH", "/none");
+        Enter("Fxy", "-1.0");
+        FinishAddon();
+        EXPECT_THAT(alerts.texts, ElementsAre()) << "without a compiler";
+        EXPECT_EQ(PixelAt(10, 10), 0xff0000U);
+        Enter("Fxy", "0.5");
+        FinishAddon();
+    }
     // After a failure the function before stays, with the text that is wrong.
     Enter("Fxy", "0.5 + fopen(x)");
     ASSERT_EQ(alerts.texts.size(), 1U);

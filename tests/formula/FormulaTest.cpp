@@ -1,18 +1,16 @@
-// What formulas compute, against values of another origin and against the C compiler.
+// What formulas compute, against values of another origin.
 
 #include "formula/Formula.h"
 
 #include "formula/ExpressionWords.h"
-#include "formula/RandomExpressions.h"
 #include "functions/ExpressionCheck.h"
-#include "functions/ProgramFolder.h"
 #include "support/HonestExpressions.h"
 
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <cmath>
-#include <sstream>
+#include <random>
 
 #include <gtest/gtest.h>
 
@@ -55,64 +53,11 @@ bool Same(float a, float b) {
            (std::isnan(a) && std::isnan(b));
 }
 
-/// Many expressions as one add-on: At(i, p) is number i at point p.
-std::shared_ptr<const vexa::FunctionAddon> ByTheCompiler(const std::vector<std::string>& all,
-                                                         const Points& points) {
-    std::ostringstream source;
-    source << "#pragma GCC optimize(\"O0\")\n#include <math.h>\n" << std::hexfloat;
-    for (const auto& [name, values] : {std::pair("xs", &points.x), std::pair("ys", &points.y)}) {
-        source << "static const float " << name << "[] = {";
-        for (const float value : *values)
-            source << value << "f,";
-        source << "};\n";
-    }
-    for (std::size_t i = 0; i < all.size(); i++)
-        source << "static float f" << i << "(float x, float y) { return " << all[i] << "; }\n";
-    source << "static float (*const all[])(float, float) = {";
-    for (std::size_t i = 0; i < all.size(); i++)
-        source << "f" << i << ",";
-    // Whoever compiles it asks for other points too.
-    source << "};\nfloat r2rfun(float i, float p) {\n"
-              "    return i >= 0 && i < sizeof all / sizeof *all && p >= 0 && p < sizeof xs / "
-              "sizeof *xs\n"
-              "        ? all[(int)i](xs[(int)p], ys[(int)p]) : 0;\n}\n"
-              "const char* r2rfunstr(void) { return \"all\"; }\n";
-    const test::ProgramFolder folder;
-    std::ofstream(folder.Path() / "all.c") << source.str();
-    const auto outcome =
-        vexa::FunctionCompiler(folder.Path()).IncludeFunction(folder.Path() / "all.c");
-    EXPECT_TRUE(outcome) << outcome.details;
-    return outcome.addon;
-}
-
 TEST(Formula, ComputesWhatPeopleWrite) {
     for (const test::Honest& honest : test::kHonest) {
         const double value = ValueOf(honest.expression, test::kX, test::kY);
         EXPECT_NEAR(value, honest.value, 2e-7 * std::max(1.0, std::abs(honest.value)))
             << honest.expression;
-    }
-}
-
-/// Bit for bit, integers and special values included.
-TEST(Formula, IsWhatTheCompilerMakesOfRandomExpressions) {
-    const Points points(40);
-    test::RandomExpressions random(1);
-    std::vector<std::string> all;
-    for (int i = 0; i < 600; i++)
-        all.push_back(i % 3 == 0 ? random.Integer(1 + i % 4) : random.Number(1 + i % 4));
-    const auto addon = ByTheCompiler(all, points);
-    ASSERT_TRUE(addon);
-    for (std::size_t i = 0; i < all.size(); i++) {
-        const auto formula = Compiled(all[i]);
-        ASSERT_TRUE(formula);
-        const std::vector<float> values = points.Of(*formula);
-        for (std::size_t p = 0; p < values.size(); p++) {
-            const float expected = addon->At(float(i), float(p), nullptr);
-            // Which zero fmin and fmax give is open.
-            ASSERT_TRUE(Same(values[p], expected) || values[p] == expected)
-                << all[i] << " at " << points.x[p] << ", " << points.y[p] << ": " << values[p]
-                << " instead of " << expected;
-        }
     }
 }
 
@@ -130,31 +75,6 @@ std::vector<std::string> EveryCall() {
     for (const vexa::MathFunction& macro : vexa::MathMacros())
         all.push_back(std::string(macro.name) + (macro.arguments > 1 ? "(x, y) != 0" : "(x) != 0"));
     return all;
-}
-
-TEST(Formula, FunctionsAreWhatTheLibraryComputes) {
-    const Points points(200);
-    const std::vector<std::string> all = EveryCall();
-    const auto addon = ByTheCompiler(all, points);
-    ASSERT_TRUE(addon);
-    for (std::size_t i = 0; i < all.size(); i++) {
-        const std::vector<float> values = points.Of(*Compiled(all[i]));
-        const std::size_t name = all[i].find('(');
-        const bool bessel = all[i][0] == 'j' || all[i][0] == 'y';
-        const int ulps = all[i][name - 1] == 'f' ? 4 : 1;
-        for (std::size_t p = 0; p < values.size(); p++) {
-            const float expected = addon->At(float(i), float(p), nullptr);
-            if (std::isnan(values[p]) && std::isnan(expected))
-                continue;
-            const float size = std::fabs(expected);
-            const float ulp = std::nextafter(size, INFINITY) - size;
-            const float error = std::fabs(values[p] - expected);
-            ASSERT_TRUE(values[p] == expected || error <= float(ulps) * ulp ||
-                        (bessel && error < 1e-6F))
-                << all[i] << " at " << points.x[p] << ", " << points.y[p] << ": " << values[p]
-                << " instead of " << expected;
-        }
-    }
 }
 
 TEST(Formula, DefinesWhatCLeavesUndefined) {

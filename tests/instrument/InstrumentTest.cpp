@@ -98,13 +98,70 @@ TEST(Instrument, AFormulaPlaysAtOnceAndAnAddonFollows) {
     }
 }
 
+/// Notes that are held, and one that has come to rest, go on as if nothing had happened.
+TEST(Instrument, TheAddonTakesOverWithoutAClick) {
+    const test::ProgramFolder folder;
+    Instrument formula(folder.Path(), Addons::None);
+    Instrument following(folder.Path(), Addons::Following);
+    const auto inBoth = [&](const auto& act) {
+        act(formula);
+        act(following);
+    };
+    float difference = 0, peak = 0;
+    const auto play = [&](std::size_t count) {
+        const std::vector<float> should = test::Render(formula.Playing(), count);
+        const std::vector<float> is = test::Render(following.Playing(), count);
+        for (std::size_t i = 0; i < count; i++)
+            difference = std::max(difference, std::abs(is[i] - should[i]));
+        peak = test::Peak(should);
+    };
+    inBoth([](Instrument& instrument) {
+        ASSERT_TRUE(instrument.SetFunction(Of("sinf(3*x)*cosf(2*y)+expf(-x*x-y*y)")));
+        instrument.LoadRest(WithCircles());
+        vexa::Engine& engine = instrument.Playing();
+        engine.renderer.SetGain(1);
+        engine.consumer.ReduceToMaxVox(20);
+        engine.consumer.NoteOn(0, 30, 127, 0);
+        engine.consumer.NoteOff(0, 30, 0, 0);
+    });
+    play(44100);
+    inBoth([](Instrument& instrument) {
+        for (uchar note = 40; note < 59; note++)
+            instrument.Playing().consumer.NoteOn(0, note, uchar(2 * note), 0);
+    });
+    play(10007);
+    EXPECT_EQ(difference, 0) << "the same formula so far";
+    EXPECT_TRUE(Await(following));
+    play(44100);
+    EXPECT_GT(peak, 1);
+    EXPECT_GT(difference, 0) << "roundings show that another plays";
+    // Of 19 voices, which are louder than 1 together.
+    EXPECT_LE(difference, 1e-6 * std::max(peak, 1.0F));
+    RecordProperty("difference", std::to_string(1e9 * double(difference)) + "e-9");
+}
+
 TEST(Instrument, WhatIsMissingForAnAddonIsNoFault) {
     const test::ProgramFolder folder;
-    const test::EnvironmentVariable path("PATH", "/none");
     Instrument following(folder.Path(), Addons::Following);
-    ASSERT_TRUE(following.SetFunction(Of("x")));
-    EXPECT_TRUE(Await(following));
-    EXPECT_GT(Loudness(following), 0);
+    {
+        const test::EnvironmentVariable path("PATH", "/none");
+        ASSERT_TRUE(following.SetFunction(Of("x")));
+        EXPECT_TRUE(Await(following));
+        EXPECT_GT(Loudness(following), 0);
+    }
+    {
+        // A compiler without the C library's headers.
+        const std::filesystem::path compiler = folder.Path() / "gcc";
+        std::ofstream(compiler) << "#!/bin/sh\nPATH=" << std::getenv("PATH")
+                                << " exec gcc -nostdinc \"$@\"\n";
+        std::filesystem::permissions(compiler, std::filesystem::perms::owner_all);
+        const test::EnvironmentVariable path("PATH", folder.Path().c_str());
+        ASSERT_TRUE(following.SetFunction(Of("x")));
+        EXPECT_TRUE(Await(following));
+        EXPECT_GT(Loudness(following), 0);
+        Instrument awaited(folder.Path(), Addons::Awaited);
+        EXPECT_THAT(Text(awaited.SetFunction(Of("x"))), HasSubstr("apt install libc6-dev"));
+    }
     std::filesystem::remove(folder.Function("addon.c"));
     ASSERT_TRUE(following.SetFunction(Of("x")));
     EXPECT_TRUE(Await(following));
@@ -167,7 +224,7 @@ TEST(Instrument, ThePlaneIsShownAsANoteHearsIt) {
         EXPECT_NEAR(values[i], 0.8 * double(x[i]) + 560000, 0.1);
 }
 
-/// With formulas and samples of their own, in turns as alone.
+/// With formulas and samples of their own, in turns and in four threads as alone.
 TEST(Instrument, AHundredPlaySideBySide) {
     const test::ProgramFolder folder;
     std::filesystem::create_directory(folder.Path() / "samples");
@@ -196,11 +253,17 @@ TEST(Instrument, AHundredPlaySideBySide) {
     for (int i = 0; i < 100; i++)
         all.push_back(make(i));
     std::vector<std::vector<float>> turns(all.size());
-    for (int turn = 0; turn < 20; turn++) {
-        for (std::size_t i = 0; i < all.size(); i++) {
-            const std::vector<float> piece = test::Render(all[i]->Playing(), 200);
-            turns[i].insert(turns[i].end(), piece.begin(), piece.end());
-        }
+    {
+        std::vector<std::jthread> threads;
+        for (std::size_t first = 0; first < 4; first++)
+            threads.emplace_back([&, first] {
+                for (int turn = 0; turn < 20; turn++) {
+                    for (std::size_t i = first; i < all.size(); i += 4) {
+                        const std::vector<float> piece = test::Render(all[i]->Playing(), 200);
+                        turns[i].insert(turns[i].end(), piece.begin(), piece.end());
+                    }
+                }
+            });
     }
     all.clear();
     for (int i = 0; i < 100; i++) {

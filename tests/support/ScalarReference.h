@@ -8,19 +8,30 @@
 
 #include <array>
 #include <cmath>
+#include <concepts>
 #include <cstddef>
 #include <utility>
 
 namespace test {
 
+/// What a function may know of a note beside the point where it is.
+struct Hearing {
+    float vel, key;
+    /// Seconds since the note began.
+    float t;
+    const std::array<float, 128>& ctl;
+    /// a, b, c and d.
+    std::array<float, 4> macros;
+};
+
+/// F gives f(x, y), or f(x, y, hearing) where it asks for more.
+template<class F = vexa::PlaneFunction>
 class ScalarReference {
   public:
-    ScalarReference(const vexa::sound_param& parameters, vexa::PlaneFunction f)
-        : p(parameters), f(std::move(f)) {}
+    ScalarReference(const vexa::sound_param& parameters, F f) : p(parameters), f(std::move(f)) {}
 
     double sampleRate = 44100;
     float gain = 0.25F;
-    int voiceLimit = 20;
     std::array<float, 128> ctl{};
 
     void NoteOn(int note, int velocity) {
@@ -32,7 +43,7 @@ class ScalarReference {
         const auto cy = float(p.C0y0 + p.C0y1 * vel + p.C0y2 * key + p.C0y3 * ctl[p.C0y4]);
         const auto hpa = float(std::exp(double(-k)));
         const auto hpb = float(std::exp(-2.0 * k));
-        const float s0 = vexa::Heard(f(p.EnvAx->Value(0, false, 0) + cx, cy));
+        const float s0 = Value(p.EnvAx->Value(0, false, 0) + cx, cy, vel, key, 0);
         Voice* v = Choose(key);
         if (!v)
             return;
@@ -43,7 +54,7 @@ class ScalarReference {
         v->cy = cy;
         v->released = false;
         v->freq = freq;
-        v->phasex = v->phasey = v->t = 0;
+        v->phasex = v->phasey = v->t = v->age = 0;
         v->hpa = hpa;
         v->hpb = hpb;
         v->hpgain = float((1.0 - hpa) * (1.0 - hpb) / (double(hpa) - hpb));
@@ -64,6 +75,19 @@ class ScalarReference {
         }
     }
 
+    /// From the next sample on it goes there in a straight line, over 10 ms.
+    void SetMacro(std::size_t number, float to) {
+        Ramp& macro = macros[number];
+        macro = {macro.Now(), to, 0, std::floor(0.01 * sampleRate)};
+    }
+
+    /// Ends those that have sounded longest, released ones first.
+    void LimitVoices(int limit) {
+        voiceLimit = limit;
+        while (Sounding() > limit)
+            Longest()->active = false;
+    }
+
     void Fill(float* buffer, std::size_t count) {
         for (std::size_t i = 0; i < count; i++) {
             float sum = 0;
@@ -72,6 +96,8 @@ class ScalarReference {
                     sum += Sample(v);
             }
             buffer[i] = sum * gain;
+            for (Ramp& macro : macros)
+                macro.passed++;
         }
     }
 
@@ -82,11 +108,35 @@ class ScalarReference {
         bool active;
         double t;
         bool released;
+        /// Seconds since the note began, where t are those since it was released.
+        double age;
         double phasex, phasey;
         float freq;
         double cx, cy;
         float vel, key, out;
     };
+
+    struct Ramp {
+        float from = 0.5F, to = 0.5F;
+        double passed = 0, length = 0;
+
+        float Now() const {
+            return passed < length ? from + (to - from) * float(passed / length) : to;
+        }
+    };
+
+    float Value(float x, float y, float vel, float key, float age) const {
+        if constexpr (std::invocable<const F&, float, float>)
+            return vexa::Heard(f(x, y));
+        else
+            return vexa::Heard(
+                f(x, y,
+                  Hearing{vel,
+                          key,
+                          age,
+                          ctl,
+                          {macros[0].Now(), macros[1].Now(), macros[2].Now(), macros[3].Now()}}));
+    }
 
     float Sample(Voice& v) const {
         const double dt = 1.0 / sampleRate;
@@ -105,13 +155,14 @@ class ScalarReference {
                            double(p.Ay3) * ctl[p.Ay4]);
         const auto x = float(Ax * std::cos(v.phasex) + v.cx);
         const auto y = float(Ay * std::sin(v.phasey) + v.cy);
-        const float s = vexa::Heard(f(x, y));
+        const float s = Value(x, y, v.vel, v.key, float(v.age));
         const double w0 = double(v.hpa) * v.hpsum0 + s;
         const double w1 = double(v.hpb) * v.hpsum1 + s;
         v.hpsum0 = float(w0);
         v.hpsum1 = float(w1);
         v.out = float(s - v.hpgain * (w0 - w1));
         v.t += dt;
+        v.age += dt;
         v.cx += dt * dCx;
         v.cy += dt * dCy;
         v.phasex += 6.28318530718 * p.Fx * v.freq * dt;
@@ -119,17 +170,27 @@ class ScalarReference {
         return v.out;
     }
 
-    Voice* Choose(float key) {
+    int Sounding() const {
         int sounding = 0;
+        for (const Voice& v : voices)
+            sounding += v.active;
+        return sounding;
+    }
+
+    Voice* Choose(float key) {
         for (Voice& v : voices) {
             if (v.active && !v.released && v.key == key)
                 return &v;
-            sounding += v.active;
         }
+        const int sounding = Sounding();
         for (Voice& v : voices) {
             if (sounding < voiceLimit && !v.active)
                 return &v;
         }
+        return Longest();
+    }
+
+    Voice* Longest() {
         for (const bool released : {true, false}) {
             Voice* longest = nullptr;
             float best = 0;
@@ -146,7 +207,9 @@ class ScalarReference {
     }
 
     const vexa::sound_param& p;
-    const vexa::PlaneFunction f;
+    const F f;
+    int voiceLimit = 20;
+    std::array<Ramp, 4> macros;
     std::array<Voice, 21> voices{};
 };
 

@@ -1,10 +1,8 @@
+#include "support/AgainstReference.h"
 #include "support/RealtimeWatch.h"
-#include "support/ScalarReference.h"
-#include "support/Sounds.h"
 
 #include <functional>
 #include <limits>
-#include <random>
 
 #include <gtest/gtest.h>
 
@@ -14,81 +12,24 @@ using test::Peak;
 using test::Render;
 using vexa::Engine;
 
-struct Event {
-    std::size_t at;
-    int note;
-    /// 0 releases the note; a controller change where note is negative.
-    int value;
-};
-
-/// A seeded piece of `samples` samples that keeps about 20 voices sounding, with retriggers,
-/// steals, releases and controllers at any sample.
-std::vector<Event> Piece(std::size_t samples, unsigned seed) {
-    std::mt19937 random(seed);
-    const auto below = [&random](int n) { return static_cast<int>(random() % unsigned(n)); };
-    std::vector<Event> events;
-    for (int i = 0; i < 20; i++)
-        events.push_back({0, 40 + 2 * i, 60 + i});
-    for (std::size_t at = 1; at < samples; at += 1 + std::size_t(below(4000))) {
-        const int kind = below(10);
-        if (kind < 5)
-            events.push_back({at, 30 + below(60), 1 + below(127)});
-        else if (kind < 8)
-            events.push_back({at, 30 + below(60), 0});
-        else
-            events.push_back({at, -1 - below(2), below(128)});
-    }
-    return events;
-}
+constexpr int kControllers[] = {1, 2};
 
 /// The greatest difference between product and reference over a piece.
 float Difference(
-    const std::vector<Event>& events, std::size_t samples, double rate, std::size_t blockLimit,
-    const std::function<void(vexa::sound_param&)>& change = [](auto&) {}) {
+    const std::vector<test::Event>& events, std::size_t samples, double rate,
+    std::size_t blockLimit, const std::function<void(vexa::sound_param&)>& change = [](auto&) {}) {
     Engine instrument;
     test::MakeRich(instrument);
     change(instrument.parameters);
     test::ScalarReference reference(instrument.parameters, vexa::dummyfunction);
     instrument.renderer.SetSampleRate(rate);
     reference.sampleRate = rate;
-
-    std::vector<float> is(samples);
-    std::vector<float> should(samples);
-    std::size_t done = 0;
-    const auto playTo = [&](std::size_t end) {
-        while (done < end) {
-            const std::size_t n = std::min(blockLimit, end - done);
-            instrument.renderer.Render(&is[done], n);
-            reference.Fill(&should[done], n);
-            done += n;
-        }
-    };
-    for (const Event& event : events) {
-        playTo(event.at);
-        const auto value = static_cast<uchar>(event.value);
-        if (event.note < 0) {
-            instrument.consumer.ControlChange(0, uchar(-event.note), value, 0);
-            reference.ctl[std::size_t(-event.note)] = float(event.value / 127.0);
-        } else if (event.value > 0) {
-            instrument.consumer.NoteOn(0, uchar(event.note), value, 0);
-            reference.NoteOn(event.note, event.value);
-        } else {
-            instrument.consumer.NoteOff(0, uchar(event.note), 0, 0);
-            reference.NoteOff(event.note);
-        }
-    }
-    playTo(samples);
-    EXPECT_GT(Peak({should.end() - 4410, should.end()}), 0.02F)
-        << "a silent piece compares nothing";
-    float difference = 0;
-    for (std::size_t i = 0; i < samples; i++)
-        difference = std::max(difference, std::abs(is[i] - should[i]));
-    return difference;
+    return test::Difference(instrument, reference, events, samples, blockLimit);
 }
 
 TEST(VoiceRenderer, IsTheScalarReferenceOverTenSecondsOfTwentyVoices) {
     const std::size_t samples = 441000;
-    const std::vector<Event> events = Piece(samples, 1);
+    const std::vector<test::Event> events = test::Piece(samples, 1, kControllers);
     EXPECT_LE(Difference(events, samples, 44100, samples), 1e-6F);
     EXPECT_LE(Difference(events, samples, 48000, 37), 1e-6F);
 }
@@ -99,7 +40,8 @@ TEST(VoiceRenderer, IsTheScalarReferenceOverTenMinutesOfOneVoice) {
         p.Cx0 = p.Cx1 = p.Cx3 = p.Cy0 = p.Cy2 = 0;
         p.C0x0 = 0.1F;
     };
-    EXPECT_LE(Difference({{0, 69, 100}}, 600 * 44100, 44100, 4410, stay), 1e-5F);
+    const test::Event note{0, test::Event::Kind::Note, 69, 100};
+    EXPECT_LE(Difference({note}, 600 * 44100, 44100, 4410, stay), 1e-5F);
 }
 
 TEST(VoiceRenderer, PlaysNote69At440HertzForTenMinutes) {

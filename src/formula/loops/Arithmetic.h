@@ -212,12 +212,19 @@ inline T ProductLessOf(T a, T b, T c) {
     return a * b - c;
 }
 template<class T>
+inline T NegativeLessOf(T a, T b, T c) {
+    return -(a * b) - c;
+}
+template<class T>
 inline T LessProductOf(T a, T b, T c) {
     return c - a * b;
 }
 template<class T>
 inline T ProductOfThreeOf(T a, T b, T c) {
     return a * b * c;
+}
+inline float SumAsFloatOf(double a, double b, double c) {
+    return static_cast<float>(a * b + c);
 }
 /// fpclassify's numbers on Linux.
 template<class T>

@@ -7,13 +7,11 @@
 // 1 / sqrt(1 + |x|).
 #pragma once
 
-#include "kits/maths/Functions.h"
+#include "formula/loops/Functions.h"
 
 namespace vexa::formula {
 
 namespace {
-
-using namespace kits::maths;
 
 /// J and Y of one order.
 struct BesselPair {
@@ -99,7 +97,7 @@ inline double BesselJOf(int order, double x, double sine, double cosine) {
     if (x != x)
         return x;
     const int n = order < 0 ? -order : order;
-    const bool negative = OddOf(n) && (order < 0) != (x < 0);
+    const bool negative = OddOf(n) && (order < 0) != (__builtin_signbit(x) != 0);
     const double size = __builtin_fabs(x);
     double value;
     if (size == 0)
@@ -143,7 +141,8 @@ inline double BesselYOf(int order, double x, double sine, double cosine) {
     if (x < kFar) {
         const bool tiny = x < 1e-8;
         const NearBessel near = NearOf(0, tiny ? 1e-8 : x);
-        value = tiny ? (Logarithm(x / 2) + 0x1.2788cfc6fb619p-1) / kHalfPi : near.y0;
+        // Euler's constant, without what halves x.
+        value = tiny ? (Logarithm(x) - 0x1.dadb014541eb2p-4) / kHalfPi : near.y0;
         next = tiny ? -1 / (kHalfPi * x) : near.y1;
     } else {
         value = FarPair(0, x, sine, cosine).y;

@@ -4,8 +4,7 @@
 // could be linked into code that runs on any machine.
 #include "formula/FormulaLoops.h"
 #include "formula/loops/Bessel.h"
-#include "kits/maths/FarWaves.h"
-#include "kits/maths/Functions.h"
+#include "formula/loops/Functions.h"
 #include "kits/maths/VectorMaths.h"
 
 #define JOINED(set) k##set##VectorMaths
@@ -55,47 +54,113 @@ void Library2(const void* a, const void* b, const void*, void* to, std::size_t c
     (kits::MATHS.*f)(Numbers(a), Numbers(b), static_cast<double*>(to), count);
 }
 
-/// asinh and acosh, for which the library squares: what that makes infinite is log(2 |x|).
-template<VectorMaths::OfOne VectorMaths::*f>
-void Area(const void* a, const void*, const void*, void* to, std::size_t count) {
+/// What the library computes, but where that is infinite and should not be: there `lost` of |x|,
+/// with the sign of x.
+template<VectorMaths::OfOne VectorMaths::*f, double (*lost)(double)>
+void Bounded(const void* a, const void*, const void*, void* to, std::size_t count) {
     const double* __restrict const x = Numbers(a);
     double* __restrict const values = static_cast<double*>(to);
     (kits::MATHS.*f)(x, values, count);
     for (std::size_t i = 0; i < (count & ~(kLanes - 1)); i++) {
         const double size = __builtin_fabs(x[i]);
-        const bool lost = __builtin_fabs(values[i]) == kInfinity && size < kInfinity;
-        const double area = Logarithm(size) + 0x1.62e42fefa39efp-1;
-        values[i] = lost ? __builtin_copysign(area, x[i]) : values[i];
+        const bool isLost = __builtin_fabs(values[i]) == kInfinity && size > 1 && size < kInfinity;
+        values[i] = isLost ? __builtin_copysign(lost(size), values[i]) : values[i];
+    }
+}
+/// asinh and acosh of what has an infinite square: log(2 x).
+double Area(double x) {
+    return Logarithm(x) + 0x1.62e42fefa39efp-1;
+}
+/// sinh and cosh from 710 on: exp(x) / 2, where exp(x) is too large.
+double HalfExponential(double x) {
+    const double root = Exponential(0.5 * x);
+    return 0.5 * root * root;
+}
+
+/// What is so small that it is 0 has a sign all the same, which changes at each whole number.
+void Gamma(const void* a, const void*, const void*, void* to, std::size_t count) {
+    const double* __restrict const x = Numbers(a);
+    double* __restrict const values = static_cast<double*>(to);
+    kits::MATHS.tgamma(x, values, count);
+    for (std::size_t i = 0; i < (count & ~(kLanes - 1)); i++) {
+        const double half = 0.5 * __builtin_floor(x[i]);
+        const bool odd = __builtin_floor(half) != half;
+        values[i] = values[i] == 0 && odd ? -0.0 : values[i];
     }
 }
 
-template<bool cosine, double (*far)(double)>
-void Waves(const void* a, const void*, const void*, void* to, std::size_t count) {
+/// pow, where the library takes what is just below the largest number for infinite.
+void Powers(const void* a, const void* b, const void*, void* to, std::size_t count) {
     const double* __restrict const x = Numbers(a);
+    const double* __restrict const y = Numbers(b);
     double* __restrict const values = static_cast<double*>(to);
-    std::int64_t beyond = 0;
-    for (std::size_t i = 0; i < (count & ~(kLanes - 1)); i++) {
-        beyond |= __builtin_fabs(x[i]) <= kLongestWave ? 0 : 1;
-        values[i] = Wave<cosine>(x[i]);
-    }
-    if (beyond == 0)
+    kits::MATHS.pow(x, y, values, count);
+    std::int64_t infinite = 0;
+    for (std::size_t i = 0; i < (count & ~(kLanes - 1)); i++)
+        infinite |= __builtin_fabs(values[i]) == kInfinity ? 1 : 0;
+    if (infinite == 0)
         return;
     for (std::size_t i = 0; i < count; i++) {
-        if (!(__builtin_fabs(x[i]) <= kLongestWave))
-            values[i] = far(x[i]);
+        const double size = __builtin_fabs(x[i]);
+        // The logarithm of the largest number, and a little.
+        const bool fits = size < kInfinity && y[i] * Logarithm(size) < 709.78272;
+        if (__builtin_fabs(values[i]) != kInfinity || !fits)
+            continue;
+        alignas(64) double base[VectorMaths::kGroup] = {size};
+        alignas(64) double exponent[VectorMaths::kGroup] = {0.5 * y[i]};
+        alignas(64) double root[VectorMaths::kGroup];
+        kits::MATHS.pow(base, exponent, root, VectorMaths::kGroup);
+        values[i] = y[i] == 1 ? x[i] : __builtin_copysign(root[0] * root[0], values[i]);
     }
 }
 
-void Exponentials(const void* a, const void*, const void*, void* to, std::size_t count) {
-    const double* __restrict const x = Numbers(a);
+/// What Wave does not give, one by one.
+template<VectorMaths::OfOne VectorMaths::*f>
+double FarWave(double x) {
+    alignas(64) double phases[VectorMaths::kGroup] = {x};
+    alignas(64) double values[VectorMaths::kGroup];
+    (kits::MATHS.*f)(phases, values, VectorMaths::kGroup);
+    return values[0];
+}
+
+/// Of numbers that are float or double.
+template<class From, bool cosine, VectorMaths::OfOne VectorMaths::*far>
+void Waves(const void* a, const void*, const void*, void* to, std::size_t count) {
+    const From* __restrict const x = static_cast<const From*>(a);
     double* __restrict const values = static_cast<double*>(to);
-    std::int64_t beyond = 0;
-    for (std::size_t i = 0; i < (count & ~(kLanes - 1)); i++) {
-        const double kept = x[i] < kNoExponential ? 0 : x[i];
-        beyond |= __builtin_fabs(kept) <= kMostExponential ? 0 : 1;
-        values[i] = NearExponential(x[i]);
+    const auto beyond = [](auto phase, auto wave) {
+        if constexpr (sizeof(From) == sizeof(float))
+            return BeyondWave(phase);
+        else
+            return BeyondWave(phase) | WaveNearZero(phase, wave);
+    };
+    Words any{};
+    for (std::size_t i = 0; i < (count & ~(kLanes - 1)); i += kNumbers) {
+        const Lanes phase = Load(x + i);
+        const Lanes wave = Wave<cosine>(phase);
+        any = any | beyond(phase, wave);
+        Store(wave, values + i);
     }
-    if (beyond == 0)
+    if (!AnyHigh(any))
+        return;
+    for (std::size_t i = 0; i < count; i++) {
+        const double phase = x[i];
+        if (beyond(phase, values[i]) >> 63 != 0)
+            values[i] = FarWave<far>(phase);
+    }
+}
+
+template<class From>
+void Exponentials(const void* a, const void*, const void*, void* to, std::size_t count) {
+    const From* __restrict const x = static_cast<const From*>(a);
+    double* __restrict const values = static_cast<double*>(to);
+    Words beyond{};
+    for (std::size_t i = 0; i < (count & ~(kLanes - 1)); i += kNumbers) {
+        const Lanes exponent = Load(x + i);
+        beyond = beyond | BeyondExponential(exponent);
+        Store(NearExponential(exponent), values + i);
+    }
+    if (!AnyHigh(beyond))
         return;
     for (std::size_t i = 0; i < (count & ~(kLanes - 1)); i++)
         values[i] = Exponential(x[i]);
@@ -125,10 +190,10 @@ void Modulo(const void* a, const void* b, const void*, void* to, std::size_t cou
 }
 
 double SineOf(double x) {
-    return x <= kLongestWave ? Wave<false>(x) : kits::FarSine(x);
+    return x <= kLongestWave ? Wave<false>(x) : FarWave<&VectorMaths::sin>(x);
 }
 double CosineOf(double x) {
-    return x <= kLongestWave ? Wave<true>(x) : kits::FarCosine(x);
+    return x <= kLongestWave ? Wave<true>(x) : FarWave<&VectorMaths::cos>(x);
 }
 
 template<double (*f)(int order, double x, double sine, double cosine)>
@@ -149,35 +214,41 @@ constexpr MathsLoops Filled() {
         return table.loops[static_cast<std::size_t>(op) - kPlainOps];
     };
     row(Op::Modulo) = Modulo;
-    row(Op::Sin) = Waves<false, kits::FarSine>;
-    row(Op::Cos) = Waves<true, kits::FarCosine>;
-    row(Op::Exp) = Exponentials;
+    row(Op::Sin) = Waves<double, false, &VectorMaths::sin>;
+    row(Op::Cos) = Waves<double, true, &VectorMaths::cos>;
+    row(Op::Exp) = Exponentials<double>;
     row(Op::Log) = OfOne<Logarithm>;
-    row(Op::Pow) = Library2<&VectorMaths::pow>;
+    row(Op::Pow) = Powers;
     row(Op::Tanh) = OfOne<HyperbolicTangent>;
     row(Op::Atan) = OfOne<ArcTangent>;
     row(Op::Atan2) = OfTwo<ArcTangent2>;
     row(Op::Tan) = Library<&VectorMaths::tan>;
     row(Op::Asin) = Library<&VectorMaths::asin>;
     row(Op::Acos) = Library<&VectorMaths::acos>;
-    row(Op::Sinh) = Library<&VectorMaths::sinh>;
-    row(Op::Cosh) = Library<&VectorMaths::cosh>;
-    row(Op::Asinh) = Area<&VectorMaths::asinh>;
-    row(Op::Acosh) = Area<&VectorMaths::acosh>;
+    row(Op::Sinh) = Bounded<&VectorMaths::sinh, HalfExponential>;
+    row(Op::Cosh) = Bounded<&VectorMaths::cosh, HalfExponential>;
+    row(Op::Asinh) = Bounded<&VectorMaths::asinh, Area>;
+    row(Op::Acosh) = Bounded<&VectorMaths::acosh, Area>;
     row(Op::Atanh) = Library<&VectorMaths::atanh>;
     row(Op::Exp2) = Library<&VectorMaths::exp2>;
     row(Op::Expm1) = Library<&VectorMaths::expm1>;
     row(Op::Log2) = Library<&VectorMaths::log2>;
     row(Op::Log10) = Library<&VectorMaths::log10>;
-    row(Op::Log1p) = Library<&VectorMaths::log1p>;
+    row(Op::Log1p) = Bounded<&VectorMaths::log1p, Logarithm>;
     row(Op::Cbrt) = Library<&VectorMaths::cbrt>;
     row(Op::Hypot) = Library2<&VectorMaths::hypot>;
     row(Op::Erf) = Library<&VectorMaths::erf>;
     row(Op::Erfc) = Library<&VectorMaths::erfc>;
-    row(Op::TGamma) = Library<&VectorMaths::tgamma>;
+    row(Op::TGamma) = Gamma;
     row(Op::LGamma) = Library<&VectorMaths::lgamma>;
     row(Op::BesselJ) = Bessel<BesselJOf>;
     row(Op::BesselY) = Bessel<BesselYOf>;
+    const auto ofFloats = [&table](Op op) -> Loop& {
+        return table.ofFloats[static_cast<std::size_t>(op) - kPlainOps];
+    };
+    ofFloats(Op::Sin) = Waves<float, false, &VectorMaths::sin>;
+    ofFloats(Op::Cos) = Waves<float, true, &VectorMaths::cos>;
+    ofFloats(Op::Exp) = Exponentials<float>;
     return table;
 }
 

@@ -74,11 +74,11 @@ struct Column {
         Row(op)[2] = OfTwo<R, T, B, f, Constants::Second>;
     }
 
-    template<T (*f)(T, T, T)>
+    template<class R, R (*f)(T, T, T)>
     constexpr void Three(Op op) const {
-        Row(op)[0] = OfThree<T, T, T, T, f>;
-        Row(op)[2] = OfThree<T, T, T, T, f, Constants::Second>;
-        Row(op)[3] = OfThree<T, T, T, T, f, Constants::Third>;
+        Row(op)[0] = OfThree<R, T, T, T, f>;
+        Row(op)[2] = OfThree<R, T, T, T, f, Constants::Second>;
+        Row(op)[3] = OfThree<R, T, T, T, f, Constants::Third>;
     }
 
     constexpr void FillAny() const {
@@ -122,10 +122,11 @@ struct Column {
         Two<T, T, Larger<T>>(Op::Maximum);
         Two<T, T, Smaller<T>>(Op::Minimum);
         Row(Op::FusedMultiplyAdd)[0] = OfThree<T, T, T, T, Fused<T>>;
-        Three<ProductAndSumOf<T>>(Op::ProductAndSum);
-        Three<ProductLessOf<T>>(Op::ProductLess);
-        Three<LessProductOf<T>>(Op::LessProduct);
-        Three<ProductOfThreeOf<T>>(Op::ProductOfThree);
+        Three<T, ProductAndSumOf<T>>(Op::ProductAndSum);
+        Three<T, ProductLessOf<T>>(Op::ProductLess);
+        Three<T, NegativeLessOf<T>>(Op::NegativeLess);
+        Three<T, LessProductOf<T>>(Op::LessProduct);
+        Three<T, ProductOfThreeOf<T>>(Op::ProductOfThree);
         Two<T, double, Next>(Op::NextAfter);
         One<int, ClassOf<T>>(Op::Classify);
         One<int, SignOf<T>>(Op::SignBit);
@@ -156,6 +157,7 @@ constexpr PlainLoops Filled() {
     const Column<Type::Double> doubles{table};
     doubles.FillAny();
     doubles.FillFloating();
+    doubles.Three<float, SumAsFloatOf>(Op::SumAsFloat);
     doubles.Two<double, double, IeeeRemainderOf>(Op::IeeeRemainder);
     doubles.Two<double, int, Scaled>(Op::Scale);
     doubles.One<double, ExponentOf>(Op::Exponent);

@@ -2,6 +2,7 @@
 // on every machine.
 //
 // They have no branches, so a loop over them becomes vector instructions, and no fused operations.
+// Phases may be large here; formulas have forms for whole vectors of their own (formula/loops).
 // As they are compiled into the loops of each instruction set, every file has its own.
 // Where they are not told to be polynomials of Chebyshev's kind they follow the usual reductions
 // (W. J. Cody and W. Waite, "Software Manual for the Elementary Functions"; FDLIBM for log).

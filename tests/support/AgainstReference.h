@@ -1,0 +1,106 @@
+// A piece that is played by the product and by the scalar reference.
+#pragma once
+
+#include "support/ScalarReference.h"
+#include "support/Sounds.h"
+
+#include <random>
+#include <span>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace test {
+
+struct Event {
+    enum class Kind { Note, Controller, VoiceLimit };
+    /// The sample.
+    std::size_t at;
+    Kind kind;
+    /// Of the key or the controller.
+    int number;
+    /// The velocity, where 0 releases the note, the controller's value, or how many voices may
+    /// sound.
+    int value;
+};
+
+/// A seeded piece of `samples` samples that keeps about 20 voices sounding, with retriggers,
+/// steals, releases and controllers at any sample.
+inline std::vector<Event> Piece(std::size_t samples, unsigned seed,
+                                std::span<const int> controllers) {
+    using Kind = Event::Kind;
+    std::mt19937 random(seed);
+    const auto below = [&random](std::size_t n) { return static_cast<int>(random() % n); };
+    std::vector<Event> events;
+    for (int i = 0; i < 20; i++)
+        events.push_back({0, Kind::Note, 40 + 2 * i, 60 + i});
+    for (std::size_t at = 1; at < samples; at += 1 + std::size_t(below(4000))) {
+        const int kind = below(10);
+        if (kind < 5)
+            events.push_back({at, Kind::Note, 30 + below(60), 1 + below(127)});
+        else if (kind < 8)
+            events.push_back({at, Kind::Note, 30 + below(60), 0});
+        else
+            events.push_back({at, Kind::Controller,
+                              controllers[std::size_t(below(controllers.size()))], below(128)});
+    }
+    return events;
+}
+
+/// Gives both the same events.
+template<class F>
+void Take(const Event& event, vexa::Engine& instrument, ScalarReference<F>& reference) {
+    const auto number = static_cast<uchar>(event.number);
+    const auto value = static_cast<uchar>(event.value);
+    switch (event.kind) {
+    case Event::Kind::VoiceLimit:
+        instrument.consumer.ReduceToMaxVox(event.value);
+        reference.LimitVoices(event.value);
+        break;
+    case Event::Kind::Controller:
+        instrument.consumer.ControlChange(0, number, value, 0);
+        reference.ctl[number] = float(event.value / 127.0);
+        if (event.number >= 16 && event.number < 20)
+            reference.SetMacro(number - 16U, float(event.value / 127.0));
+        break;
+    case Event::Kind::Note:
+        if (event.value > 0) {
+            instrument.consumer.NoteOn(0, number, value, 0);
+            reference.NoteOn(event.number, event.value);
+        } else {
+            instrument.consumer.NoteOff(0, number, 0, 0);
+            reference.NoteOff(event.number);
+        }
+        break;
+    }
+}
+
+/// The greatest difference between product and reference over a piece, in blocks up to a length.
+template<class F>
+float Difference(vexa::Engine& instrument, ScalarReference<F>& reference,
+                 std::span<const Event> events, std::size_t samples, std::size_t blockLimit) {
+    std::vector<float> is(samples);
+    std::vector<float> should(samples);
+    std::size_t done = 0;
+    const auto playTo = [&](std::size_t end) {
+        while (done < end) {
+            const std::size_t n = std::min(blockLimit, end - done);
+            instrument.renderer.Render(&is[done], n);
+            reference.Fill(&should[done], n);
+            done += n;
+        }
+    };
+    for (const Event& event : events) {
+        playTo(event.at);
+        Take(event, instrument, reference);
+    }
+    playTo(samples);
+    EXPECT_GT(Peak({should.end() - 4410, should.end()}), 0.02F)
+        << "a silent piece compares nothing";
+    float difference = 0;
+    for (std::size_t i = 0; i < samples; i++)
+        difference = std::max(difference, std::abs(is[i] - should[i]));
+    return difference;
+}
+
+} // namespace test

@@ -38,8 +38,11 @@ class SourceWatch : public kits::MessageTarget {
 
 class HeadlessPlayer {
   public:
-    HeadlessPlayer(const AppOptions& options, const kits::ProgramFolders& folders)
-        : options(options), folders(folders), instrument(folders, Addons::Following) {}
+    HeadlessPlayer(const AppOptions& options, const kits::ProgramFolders& folders,
+                   const Tuning& tuning)
+        : options(options), folders(folders), instrument(folders, Addons::Following) {
+        instrument.Playing().consumer.SetTuning(tuning);
+    }
 
     int Run();
 
@@ -180,8 +183,9 @@ void HeadlessPlayer::Report(Clock::duration played) const {
 
 } // namespace
 
-int PlayWithoutWindow(const AppOptions& options, const kits::ProgramFolders& folders) {
-    return HeadlessPlayer(options, folders).Run();
+int PlayWithoutWindow(const AppOptions& options, const kits::ProgramFolders& folders,
+                      const Tuning& tuning) {
+    return HeadlessPlayer(options, folders, tuning).Run();
 }
 
 int ListDevices() {

@@ -9,7 +9,8 @@ namespace vexa {
 /// Sets up the sound and the audio graph, runs until SIGINT, SIGTERM or SIGHUP, and says on
 /// standard output how it went; faults go to standard error. Returns the program's exit code: 0, or
 /// 1 when a sound that was asked for cannot be played. The calling thread is the window thread.
-int PlayWithoutWindow(const AppOptions& options, const kits::ProgramFolders& folders);
+int PlayWithoutWindow(const AppOptions& options, const kits::ProgramFolders& folders,
+                      const Tuning& tuning);
 
 /// Prints the audio devices and MIDI sources; the exit code.
 int ListDevices();

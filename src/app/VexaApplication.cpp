@@ -22,10 +22,12 @@ void Choose(BMenu& menu, uint32 code) {
 
 } // namespace
 
-VexaApplication::VexaApplication(const AppOptions& options, const kits::ProgramFolders& folders)
+VexaApplication::VexaApplication(const AppOptions& options, const kits::ProgramFolders& folders,
+                                 const Tuning& tuning)
     : BApplication(kSignature),
       window(new VexaWindow(BRect{64, 100, 999, 610}, folders, !options.sound)) {
     VexaView& view = window->MainView();
+    view.Playing().consumer.SetTuning(tuning);
     window->Show();
     if (options.sound)
         view.LoadSound(*options.sound);
@@ -54,7 +56,8 @@ void ShowFault(const std::string& text) {
     VexaView::ErrorAlert(text);
 }
 
-int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders) {
+int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders,
+              const Tuning& tuning) {
     if (const auto display = kits::FindDisplay(); !display) {
         std::fprintf(stderr,
                      "vexa: %s; vexa --no-window plays without one, vexa-render renders a MIDI "
@@ -62,7 +65,7 @@ int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders) {
                      display.Fault().text.c_str());
         return 1;
     }
-    VexaApplication(options, folders).Run();
+    VexaApplication(options, folders, tuning).Run();
     return 0;
 }
 

@@ -16,7 +16,8 @@ class VexaWindow;
 class VexaApplication : public BApplication {
   public:
     /// What the options ask for is done once the window is there, with alerts where it fails.
-    VexaApplication(const AppOptions& options, const kits::ProgramFolders& folders);
+    VexaApplication(const AppOptions& options, const kits::ProgramFolders& folders,
+                    const Tuning& tuning);
 
     void MessageReceived(BMessage* message) override;
 
@@ -30,6 +31,6 @@ void ShowFault(const std::string& text);
 
 /// Runs the window until it is closed; the program's exit code. 1, with a message, where there is
 /// no display.
-int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders);
+int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders, const Tuning& tuning);
 
 } // namespace vexa

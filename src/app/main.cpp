@@ -57,9 +57,12 @@ int Run(const std::vector<std::string>& texts) {
             return Fail("--sound: " + sound.Fault().text, 1);
         options->sound = *sound;
     }
+    const auto tuning = vexa::ReadTuning(options->tuning);
+    if (!tuning)
+        return Fail(tuning.Fault().text, 1);
     if (options->noWindow)
-        return vexa::PlayWithoutWindow(*options, *folders);
-    return vexa::RunWindow(*options, *folders);
+        return vexa::PlayWithoutWindow(*options, *folders, *tuning);
+    return vexa::RunWindow(*options, *folders, *tuning);
 }
 
 } // namespace

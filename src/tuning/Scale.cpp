@@ -83,8 +83,9 @@ Result<double> ReadPitch(std::string_view text) {
 double Scale::Cents(int64 degree) const {
     const auto count = static_cast<int64>(cents.size());
     const int64 step = (degree % count + count) % count;
-    const auto octaves = static_cast<double>((degree - step) / count);
-    return octaves * cents.back() + (step > 0 ? cents[static_cast<std::size_t>(step - 1)] : 0);
+    const int64 octaves = (degree - step) / count;
+    return static_cast<double>(octaves) * cents.back() +
+           (step > 0 ? cents[static_cast<std::size_t>(step - 1)] : 0);
 }
 
 Result<Scale> ParseScale(std::string_view bytes, const std::string& name) {

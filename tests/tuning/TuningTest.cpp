@@ -76,7 +76,7 @@ void ExpectTuned(const Tuning& tuning, const std::function<double(int key)>& exp
         // Not less than, so that NaN is a failure.
         EXPECT_TRUE(std::abs(CentsOff(tuning, key, hertz)) < 0.01) << "key " << key;
     }
-    EXPECT_GT(measured, 20);
+    EXPECT_GT(measured, 10);
 }
 
 TEST(Tuning, WithoutAChoiceFrequenciesAreThoseOfSinglePrecisionThroughout) {
@@ -115,7 +115,7 @@ TEST(Tuning, ARandomScaleOnARandomMapIsWhatItsRatiosSay) {
             const int upper = lower + lower * note / notes;
             const int cents = draw(-50, 50) + 1200 * note / notes;
             ratios.push_back(note % 2 ? double(upper) / lower : std::pow(2, cents / 1200.0));
-            scl += note % 2 ? "\t" + std::to_string(upper) + "/" + std::to_string(lower) + " r\n"
+            scl += note % 2 ? std::to_string(upper) + "/" + std::to_string(lower) + " r\n"
                             : std::to_string(cents) + ". cents\n! between\n";
         }
 
@@ -197,7 +197,7 @@ TEST(Tuning, TheLowestAndTheHighestThatCanBePlayedAreFinite) {
 
 TEST(Scale, ReadsAllFormsOfAPitch) {
     const auto scale =
-        ParseScale("\xEF\xBB\xBF! BOM\r\n\r\n 9 notes\r\n3/2\r\n 4 / 3 fourth\r\n!\r\n"
+        ParseScale("\xEF\xBB\xBF! BOM\r\n\r\n 9 notes\r\n3/2\r\n\t4 / 3 fourth\r\n!\r\n"
                    "5\r\n408.\r\n-5.0\r\n.5\r\n100.0 cents\r\n\r\n5/4! third\r\n"
                    "4294967296/2147483648",
                    "s");

@@ -15,7 +15,7 @@ import tempfile
 ENGINE_KITS = ["kits/support", "kits/storage", "kits/application", "kits/kernel", "kits/maths",
                "kits/media", "kits/midi"]
 ALL_KITS = ENGINE_KITS + ["kits/interface", "kits/translation"]
-ENGINE = ["synth", "midi", "audio", "formula", "functions", "xml", "documents", "instrument"]
+ENGINE = ["synth", "tuning", "midi", "audio", "formula", "functions", "xml", "documents", "instrument"]
 
 # Each folder below src/ and the folders that it may use besides itself.
 ALLOWED = {
@@ -31,7 +31,8 @@ ALLOWED = {
                          "kits/interface"],
     "synth": ENGINE_KITS,
     "xml": ENGINE_KITS,
-    "midi": ENGINE_KITS + ["synth"],
+    "tuning": ["kits/support", "kits/storage", "kits/maths"],
+    "midi": ENGINE_KITS + ["synth", "tuning"],
     # The audio graph is set up as a whole: notes in and sound out.
     "audio": ENGINE_KITS + ["synth", "midi"],
     "formula": ["kits/support", "kits/maths", "synth"],

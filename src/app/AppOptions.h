@@ -3,6 +3,7 @@
 
 #include "kits/media/AudioSystem.h"
 #include "kits/support/Result.h"
+#include "tuning/TuningChoice.h"
 
 #include <filesystem>
 #include <optional>
@@ -27,6 +28,8 @@ struct AppOptions {
     std::optional<int> voices;
     /// The MIDI channel to listen to, 0..15, or -1 for all. Without a value: all.
     std::optional<int> channel;
+    /// The frequencies of the keys.
+    TuningChoice tuning;
     /// Without a value: the first system that has a device.
     std::optional<kits::AudioSystem> audio;
     /// The sound file to be written of what is heard.

@@ -38,8 +38,11 @@ class SourceWatch : public kits::MessageTarget {
 
 class HeadlessPlayer {
   public:
-    HeadlessPlayer(const AppOptions& options, const kits::ProgramFolders& folders)
-        : options(options), folders(folders), instrument(folders, Addons::Following) {}
+    HeadlessPlayer(const AppOptions& options, const kits::ProgramFolders& folders,
+                   const Tuning& tuning)
+        : options(options), folders(folders), instrument(folders, Addons::Following) {
+        instrument.Playing().consumer.SetTuning(tuning);
+    }
 
     int Run(kits::Recording* recording);
 
@@ -182,8 +185,8 @@ void HeadlessPlayer::Report(Clock::duration played) const {
 } // namespace
 
 int PlayWithoutWindow(const AppOptions& options, const kits::ProgramFolders& folders,
-                      kits::Recording* recording) {
-    return HeadlessPlayer(options, folders).Run(recording);
+                      const Tuning& tuning, kits::Recording* recording) {
+    return HeadlessPlayer(options, folders, tuning).Run(recording);
 }
 
 int ListDevices() {

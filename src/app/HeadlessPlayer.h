@@ -12,7 +12,7 @@ namespace vexa {
 /// 1 when a sound that was asked for cannot be played. The recording, or null, is left to the
 /// caller to finish. The calling thread is the window thread.
 int PlayWithoutWindow(const AppOptions& options, const kits::ProgramFolders& folders,
-                      kits::Recording* recording);
+                      const Tuning& tuning, kits::Recording* recording);
 
 /// Prints the audio devices and MIDI sources; the exit code.
 int ListDevices();

@@ -23,10 +23,11 @@ void Choose(BMenu& menu, uint32 code) {
 } // namespace
 
 VexaApplication::VexaApplication(const AppOptions& options, const kits::ProgramFolders& folders,
-                                 kits::Recording* recording)
+                                 const Tuning& tuning, kits::Recording* recording)
     : BApplication(kSignature),
       window(new VexaWindow(BRect{64, 100, 999, 610}, folders, !options.sound)) {
     VexaView& view = window->MainView();
+    view.Playing().consumer.SetTuning(tuning);
     window->Show();
     view.Record(recording);
     if (options.sound)
@@ -56,7 +57,7 @@ void ShowFault(const std::string& text) {
     VexaView::ErrorAlert(text);
 }
 
-int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders,
+int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders, const Tuning& tuning,
               kits::Recording* recording) {
     if (const auto display = kits::FindDisplay(); !display) {
         std::fprintf(stderr,
@@ -65,7 +66,7 @@ int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders,
                      display.Fault().text.c_str());
         return 1;
     }
-    VexaApplication(options, folders, recording).Run();
+    VexaApplication(options, folders, tuning, recording).Run();
     return 0;
 }
 

@@ -19,7 +19,7 @@ class VexaApplication : public BApplication {
     /// What the options ask for is done once the window is there, with alerts where it fails.
     /// The recording, or null, as AudioGraph::Record.
     VexaApplication(const AppOptions& options, const kits::ProgramFolders& folders,
-                    kits::Recording* recording);
+                    const Tuning& tuning, kits::Recording* recording);
 
     void MessageReceived(BMessage* message) override;
 
@@ -33,7 +33,7 @@ void ShowFault(const std::string& text);
 
 /// Runs the window until it is closed; the program's exit code. 1, with a message, where there is
 /// no display. The recording, or null, is left to the caller to finish.
-int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders,
+int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders, const Tuning& tuning,
               kits::Recording* recording);
 
 } // namespace vexa

@@ -27,7 +27,8 @@ int Fail(const std::string& text, int exitCode) {
     return exitCode;
 }
 
-int Play(const vexa::AppOptions& options, const kits::ProgramFolders& folders) {
+int Play(const vexa::AppOptions& options, const kits::ProgramFolders& folders,
+         const vexa::Tuning& tuning) {
     std::unique_ptr<kits::Recording> recording;
     if (options.record) {
         auto begun = kits::Recording::Begin(*options.record);
@@ -36,8 +37,8 @@ int Play(const vexa::AppOptions& options, const kits::ProgramFolders& folders) {
         recording = *std::move(begun);
     }
     const int exitCode = options.noWindow
-                             ? vexa::PlayWithoutWindow(options, folders, recording.get())
-                             : vexa::RunWindow(options, folders, recording.get());
+                             ? vexa::PlayWithoutWindow(options, folders, tuning, recording.get())
+                             : vexa::RunWindow(options, folders, tuning, recording.get());
     if (exitCode != 0 || !recording)
         return exitCode;
     const auto finished = recording->Finish();
@@ -78,7 +79,10 @@ int Run(const std::vector<std::string>& texts) {
             return Fail("--sound: " + sound.Fault().text, 1);
         options->sound = *sound;
     }
-    return Play(*options, *folders);
+    const auto tuning = vexa::ReadTuning(options->tuning);
+    if (!tuning)
+        return Fail(tuning.Fault().text, 1);
+    return Play(*options, *folders, *tuning);
 }
 
 } // namespace

@@ -17,13 +17,6 @@ float Normalised(uchar value) {
     return static_cast<float>(value / 127.0);
 }
 
-/// Equal temperament, note 69 at 440 Hz.
-float Frequency(uchar note) {
-    const auto semitone = static_cast<float>(std::numbers::ln2 / 12.0);
-    const float interval = semitone * static_cast<float>(note - 69);
-    return static_cast<float>(kits::maths::Exponential(interval)) * 440.0F;
-}
-
 /// Where the orbit's centre starts in one direction.
 float StartOf(const CoefficientGroup& group, const sound_param& p,
               const ControllerTable& controllers, float vel, float key) {
@@ -53,9 +46,11 @@ void VexaMidiConsumer::NoteOn(uchar from, uchar note, uchar velocity, bigtime_t)
     if (!Accepts(from))
         return;
     const kits::Reader::Section reading(reader);
+    const float freq = tuning.Get()[note & 127];
+    if (freq == 0)
+        return;
     const float vel = Normalised(velocity);
     const float key = Normalised(note);
-    const float freq = Frequency(note);
     const auto k = static_cast<float>(std::numbers::ln2 * freq / filterRate);
 
     const float cx = StartOf(kCx0, parameters, controllers, vel, key);

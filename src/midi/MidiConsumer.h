@@ -8,6 +8,7 @@
 #include "synth/PlaneFunction.h"
 #include "synth/SoundParam.h"
 #include "synth/Voice.h"
+#include "tuning/Tuning.h"
 
 #include <array>
 #include <atomic>
@@ -20,7 +21,7 @@ namespace vexa {
 class VexaMidiConsumer : public BMidiLocalConsumer {
   public:
     /// The records are shared and outlive the consumer. Starts with all channels, a voice limit of
-    /// 1 and dummyfunction. Window thread.
+    /// 1, dummyfunction and equal temperament. Window thread.
     VexaMidiConsumer(const char* name, ControllerTable& controllers, Macros& macros,
                      const sound_param& parameters, VoiceTable& voices);
     ~VexaMidiConsumer() override { Unregister(); }
@@ -40,6 +41,10 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
 
     /// The function that new voices are charged with; as VoiceRenderer::SetFunction. Window thread.
     void SetFunction(const PlaneFunction& next) { function.Publish(next); }
+
+    /// The frequencies of the notes from the next one on; a key with none starts no note and takes
+    /// no voice. Window thread.
+    void SetTuning(const Tuning& next) { tuning.Publish(next); }
 
     /// Silences voices until at most `limit` sound, which then is the voice limit. Window thread.
     void ReduceToMaxVox(int32 limit);
@@ -76,6 +81,7 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     /// channel is by then. MIDI thread.
     std::array<uchar, kVoiceSlots> channels{};
     kits::Published<PlaneFunction> function{dummyfunction};
+    kits::Published<Tuning> tuning{EqualTemperament()};
     std::atomic<int32> voiceLimit{1};
     kits::Shared<int64> stolen{0};
     double filterRate = 44100;

@@ -3,6 +3,7 @@
 
 #include "kits/support/Result.h"
 #include "synth/Macros.h"
+#include "tuning/TuningChoice.h"
 
 #include <array>
 #include <filesystem>
@@ -31,6 +32,8 @@ struct Options {
 
     /// Values, 0..1, of the macros a to d in place of the sound's.
     std::array<std::optional<double>, kMacros> macros;
+    /// The frequencies of the keys.
+    TuningChoice tuning;
     /// The sound's function is compiled by gcc.
     bool compile = false;
     /// Most voices at once.

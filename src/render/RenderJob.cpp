@@ -161,9 +161,13 @@ Result<void> RenderJob::SetUpInstrument() {
     const Result<Sound> sound = ChosenSound();
     if (!sound)
         return sound.Fault();
+    const Result<Tuning> tuning = ReadTuning(options.tuning);
+    if (!tuning)
+        return tuning.Fault();
     if (const FunctionReport report = instrument.Load(*sound); !report)
         return Error{Text(report)};
     Engine& engine = instrument.Playing();
+    engine.consumer.SetTuning(*tuning);
     engine.renderer.SetGain(static_cast<float>(options.gain));
     engine.consumer.ReduceToMaxVox(options.voices);
     engine.consumer.SetChannel(options.channel);

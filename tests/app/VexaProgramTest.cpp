@@ -49,11 +49,15 @@ TEST(VexaProgram, WithoutADisplayItNamesTheWaysToPlay) {
     EXPECT_THAT(result.text, HasSubstr("vexa-render"));
 }
 
-TEST(VexaProgram, ASoundThatWasAskedForMustBeThere) {
+TEST(VexaProgram, ASoundAndATuningThatWereAskedForMustBeThere) {
     const CommandResult result =
         Vexa({"--no-window", "--audio", "none", "--sound", "/none/sound.xml"});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_THAT(result.text, HasSubstr("/none/sound.xml"));
+    const CommandResult tuning =
+        Vexa({"--no-window", "--audio", "none", "--tuning", "/none/scale.scl"});
+    EXPECT_EQ(tuning.exitCode, 1);
+    EXPECT_THAT(tuning.text, HasSubstr("vexa: could not read /none/scale.scl"));
 }
 
 TEST(VexaProgram, WithoutAnyDeviceOrCompilerItLivesAndEndsByItsSignal) {

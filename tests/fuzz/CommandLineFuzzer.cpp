@@ -23,7 +23,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8* data, std::size_t size) {
         fuzz::Require(render->voices >= 1 && render->voices <= 20 && render->channel >= -1 &&
                           render->channel < 16 && render->rate >= 8000 && render->rate <= 768000 &&
                           render->gain >= 0 && render->gain <= 1 && render->tail >= 0 &&
-                          render->tail <= 3600 && render->block >= 1,
+                          render->tail <= 3600 && render->block >= 1 &&
+                          render->tuning.a4.value_or(440) >= 1 &&
+                          render->tuning.a4.value_or(440) <= 20000,
                       "the numbers are in range");
         fuzz::Require(render->action != vexa::Options::Action::Render ||
                           (!render->midi.empty() && !render->output.empty()),

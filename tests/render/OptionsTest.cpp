@@ -31,7 +31,8 @@ std::string FaultOf(std::vector<std::string> arguments) {
 TEST(Options, ReadsEveryOptionWhereverItStands) {
     const auto options =
         Parse(Words("--sound a.xml in.mid --function=x*y --voices 3 --channel 16 --rate=48000 "
-                    "--oversample 4 out.wav --gain 0.5 --tail 1e1 --block 64 --normalize --quiet"));
+                    "--oversample 4 out.wav --tuning a.scl --keymap b.kbm --a4 442.5 --gain 0.5 "
+                    "--tail 1e1 --block 64 --normalize --quiet"));
     ASSERT_TRUE(options) << options.Fault().text;
     EXPECT_EQ(options->action, Options::Action::Render);
     EXPECT_EQ(options->midi, "in.mid");
@@ -42,6 +43,9 @@ TEST(Options, ReadsEveryOptionWhereverItStands) {
     EXPECT_EQ(options->channel, 15) << "channel 1 is 0";
     EXPECT_EQ(options->rate, 48000);
     EXPECT_EQ(options->oversample, 4);
+    EXPECT_EQ(options->tuning.scale, "a.scl");
+    EXPECT_EQ(options->tuning.keymap, "b.kbm");
+    EXPECT_EQ(options->tuning.a4, 442.5);
     EXPECT_EQ(options->gain, 0.5);
     EXPECT_EQ(options->tail, 10);
     EXPECT_EQ(options->block, 64);
@@ -75,6 +79,10 @@ TEST(Options, RefusesValuesOutsideTheirRange) {
         {"--gain", {"-0.1", "1.01", "nan", "inf", "0,5", "1e999"}, {"0", "1", ".5"}, "0 to 1"},
         {"--tail", {"-1", "3601", "nan", "-nan"}, {"0", "3600"}, "0 to 3600"},
         {"--block", {"0", "65537"}, {"1", "65536"}, "1 to 65536"},
+        {"--a4",
+         {"0", "-440", "nan", "inf", "1e9", "440 Hz", "440,5", ""},
+         {"1", "442.5", "20000"},
+         "1 to 20000"},
         {"--sample-frequency", {"0", "-1", "inf", "nan"}, {"440", "0.001"}, "0.001 to 1000000"},
     };
     for (const auto& row : rows) {
@@ -95,6 +103,7 @@ TEST(Options, RefusesWrongUsage) {
     EXPECT_EQ(FaultOf({"-vx"}), "unknown option -v");
     EXPECT_EQ(FaultOf({"--quiet=1"}), "--quiet takes no value");
     EXPECT_EQ(FaultOf({"--sound", ""}), "--sound needs a value");
+    EXPECT_EQ(FaultOf({"--tuning", ""}), "--tuning needs a value");
     EXPECT_EQ(FaultOf({"more.mid"}), "\"out.wav\" is one file too many");
     EXPECT_THAT(FaultOf({"--function", "x", "--sample", "a.wav"}), HasSubstr("exclude each other"));
     EXPECT_THAT(FaultOf({"--function", "x", "--sample-frequency", "9"}), HasSubstr("exclude"));

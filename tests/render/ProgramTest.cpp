@@ -101,6 +101,30 @@ TEST_F(RenderProgram, PlaysTheNoteOfTheFileAtItsPitchAndRate) {
     EXPECT_LT(std::abs(samples.back()), 0.001) << "released";
 }
 
+TEST_F(RenderProgram, PlaysByScalaFilesOrSaysWhichLineIsWrong) {
+    const std::string scale = folder.Write("fifths.scl", "fifths\n1\n3/2\n").string();
+    const std::string map = folder.Write("two.kbm", "2\n0\n127\n69\n69\n500\n1\n0\nx\n").string();
+    const auto level = [&](uchar note, double hertz, std::vector<std::string> options) {
+        options.insert(options.begin(), {OneNote(note), Path("a.wav"), "--function", "x", "--tail",
+                                         "0", "--gain", "1"});
+        const CommandResult result = Run(options);
+        EXPECT_EQ(result.exitCode, 0) << result.text;
+        return test::Amplitude(std::span<const float>(Samples(Path("a.wav"))).first(6000), hertz,
+                               44100);
+    };
+    EXPECT_GT(level(70, 660, {"--tuning", scale}), 0.1);
+    EXPECT_GT(level(71, 750, {"--tuning", scale, "--keymap", map}), 0.1);
+    EXPECT_EQ(level(70, 612, {"--tuning", scale, "--keymap", map}), 0) << "left out";
+    EXPECT_GT(level(71, 600, {"--tuning", scale, "--keymap", map, "--a4", "400"}), 0.1);
+    EXPECT_GT(level(81, 800, {"--a4", "400"}), 0.1);
+
+    const std::string bad = folder.Write("bad.scl", "none\n0\n").string();
+    ExpectFailure({OneNote(), Path("b.wav"), "--tuning", bad},
+                  "vexa-render: " + bad + ":2: expected the number of notes");
+    ExpectFailure({OneNote(), Path("b.wav"), "--keymap", bad}, bad + ":1: expected the size");
+    ExpectFailure({OneNote(), Path("b.wav"), "--a4", "1e9"}, "a number from 1 to 20000", 2);
+}
+
 TEST_F(RenderProgram, ChannelVoicesAndNormalizeDoWhatTheySay) {
     ASSERT_EQ(Run({OneNote(), Path("a.wav"), "--channel", "2", "--tail", "0"}).exitCode, 0);
     for (const float sample : Samples(Path("a.wav")))

@@ -1,0 +1,63 @@
+#include "tuning/ScalaLines.h"
+
+#include "kits/support/Quoted.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vexa {
+
+namespace {
+
+constexpr std::string_view kBlanks = " \t";
+/// What some editors put before the first line of a text in UTF-8.
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+} // namespace
+
+ScalaLines::ScalaLines(std::string_view bytes, std::string name)
+    : rest(bytes), name(std::move(name)) {
+    if (rest.starts_with(kByteOrderMark))
+        rest.remove_prefix(kByteOrderMark.size());
+}
+
+bool ScalaLines::Next() {
+    while (!rest.empty()) {
+        const std::size_t length = std::min(rest.find('\n'), rest.size());
+        text = rest.substr(0, length);
+        rest.remove_prefix(std::min(length + 1, rest.size()));
+        number++;
+        if (text.ends_with('\r'))
+            text.remove_suffix(1);
+        if (!text.starts_with('!'))
+            return true;
+    }
+    text = {};
+    ended = true;
+    return false;
+}
+
+bool ScalaLines::NextFilled() {
+    while (Next()) {
+        if (!FirstWord(text).empty())
+            return true;
+    }
+    return false;
+}
+
+kits::Error ScalaLines::Expected(const std::string& what) const {
+    return Fault(Number(),
+                 "expected " + what +
+                     (ended ? ", but the file ends here" : ", not " + kits::Quoted(text)));
+}
+
+kits::Error ScalaLines::Fault(int line, const std::string& reason) const {
+    return {name + ':' + std::to_string(line) + ": " + reason};
+}
+
+std::string_view FirstWord(std::string_view line) {
+    line.remove_prefix(std::min(line.find_first_not_of(kBlanks), line.size()));
+    return line.substr(0, line.find_first_of(kBlanks));
+}
+
+} // namespace vexa

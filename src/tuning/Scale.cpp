@@ -1,0 +1,123 @@
+#include "tuning/Scale.h"
+
+#include "kits/storage/ReadFile.h"
+#include "tuning/Interval.h"
+#include "tuning/ScalaLines.h"
+
+#include <cmath>
+
+namespace vexa {
+
+namespace {
+
+using kits::Error;
+using kits::Result;
+
+constexpr const char* kPitch = "a pitch: cents with a period (701.955) or a ratio (3/2)";
+constexpr const char* kRatio = "a ratio above 0 of numbers that are not 0";
+constexpr const char* kCents = "cents from -1000000 to 1000000";
+
+bool IsDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+/// Takes a sign and digits, and a period among them where that is allowed, from the text's front.
+std::string_view TakeNumber(std::string_view& text, bool withPeriod) {
+    std::size_t end = text.starts_with('-') || text.starts_with('+') ? 1 : 0;
+    bool period = !withPeriod;
+    while (end < text.size() && (IsDigit(text[end]) || (text[end] == '.' && !period))) {
+        period = period || text[end] == '.';
+        end++;
+    }
+    const std::string_view number = text.substr(0, end);
+    text.remove_prefix(end);
+    return number;
+}
+
+void SkipBlanks(std::string_view& text) {
+    while (text.starts_with(' ') || text.starts_with('\t'))
+        text.remove_prefix(1);
+}
+
+/// The value of what TakeNumber has taken; NaN where it is none or beyond all numbers.
+double ValueOf(std::string_view number) {
+    if (number.starts_with('+'))
+        number.remove_prefix(1);
+    double value = 0;
+    const char* end = number.data() + number.size();
+    const auto [stop, fault] = std::from_chars(number.data(), end, value, std::chars_format::fixed);
+    return fault == std::errc() && stop == end ? value : std::nan("");
+}
+
+/// The cents of the pitch at a line's begin; the error is what was expected in its place.
+Result<double> ReadPitch(std::string_view text) {
+    SkipBlanks(text);
+    const std::string_view first = TakeNumber(text, true);
+    if (first.find_first_of("0123456789") == std::string_view::npos)
+        return Error{kPitch};
+    const double upper = ValueOf(first);
+    double cents = upper;
+    if (first.find('.') == std::string_view::npos) {
+        double lower = 1;
+        SkipBlanks(text);
+        if (text.starts_with('/')) {
+            text.remove_prefix(1);
+            SkipBlanks(text);
+            lower = ValueOf(TakeNumber(text, false));
+        }
+        if (!(upper > 0 && lower > 0))
+            return Error{kRatio};
+        cents = CentsOf(upper) - CentsOf(lower);
+    }
+    // What follows is no remark but makes another number of it, as a decimal comma does.
+    const bool comma = text.size() > 1 && text[0] == ',' && IsDigit(text[1]);
+    if (comma || text.starts_with('/') || text.starts_with('.'))
+        return Error{kPitch};
+    if (!(std::abs(cents) <= kWidestInterval))
+        return Error{kCents};
+    return cents;
+}
+
+} // namespace
+
+double Scale::Cents(int64 degree) const {
+    const auto count = static_cast<int64>(cents.size());
+    const int64 step = (degree % count + count) % count;
+    const int64 octaves = (degree - step) / count;
+    return static_cast<double>(octaves) * cents.back() +
+           (step > 0 ? cents[static_cast<std::size_t>(step - 1)] : 0);
+}
+
+Result<Scale> ParseScale(std::string_view bytes, const std::string& name) {
+    ScalaLines lines(bytes, name);
+    if (!lines.Next())
+        return lines.Expected("the scale's description");
+    lines.NextFilled();
+    const auto count = NumberIn(lines.Text(), 1, kMostScaleNotes);
+    if (!count)
+        return lines.Expected("the number of notes, from 1 to " + std::to_string(kMostScaleNotes));
+    Scale scale{{}};
+    for (int note = 1; note <= *count; note++) {
+        if (!lines.NextFilled())
+            return lines.Expected("pitch " + std::to_string(note) + " of " +
+                                  std::to_string(*count));
+        const Result<double> cents = ReadPitch(lines.Text());
+        if (!cents)
+            return lines.Expected(cents.Fault().text);
+        scale.cents.push_back(*cents);
+    }
+    while (lines.NextFilled()) {
+        if (ReadPitch(lines.Text()))
+            return lines.Expected("no more than " + std::to_string(*count) + " pitches");
+    }
+    return scale;
+}
+
+Result<Scale> ReadScale(const std::filesystem::path& path) {
+    const Result<std::string> bytes = kits::ReadFile(path);
+    if (!bytes)
+        return bytes.Fault();
+    return ParseScale(*bytes, path.string());
+}
+
+} // namespace vexa

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/ComputerKeyboard.h"
+#include "app/FieldId.h"
 #include "app/FormulaPanel.h"
 #include "audio/AudioGraph.h"
 #include "instrument/Instrument.h"
@@ -112,9 +113,7 @@ class VexaView : public BView {
 
     R2RFView& Plane() { return *plane; }
     EnvView& EnvelopeEditor(std::size_t index) { return *envelopes[index]; }
-    /// The field of that name; null if there is none. "Fxy", "Sc", "LFx", "LFy", "LSx", "LSy",
-    /// "SFreq", and those of Parameters().
-    BTextControl* Field(std::string_view name) const;
+    BTextControl& Field(FieldId id) const { return *fields[id.Index()]; }
     BMenu& VoicesMenu() { return *voicesMenu; }
     BMenu& ChannelMenu() { return *channelMenu; }
     BMenu& DeviceMenu() { return *deviceMenu; }
@@ -136,14 +135,16 @@ class VexaView : public BView {
     void AddMenus();
     void AddEnvelopes();
     void AddCoefficients(std::string_view group);
-    BTextControl* AddField(const char* name, const char* text, uint32 code, BRect frame);
+    void AddField(FieldId id, std::string_view name, std::string_view text, uint32 code,
+                  BRect frame);
+    void AddField(FunctionField id, BRect frame);
     void StartGraph();
     void ShowSound();
 
     // Messages.
     bool TakeParameter(uint32 code);
     bool TakePlaneControl(uint32 code);
-    void MarkNumber(std::string_view name, bool controller = false);
+    void MarkNumber(FieldId id, bool controller = false);
     bool TakeMenuChoice(uint32 code);
     void SetChannel(int32 channel);
     bool TakePanelCommand(const BMessage& message);
@@ -170,8 +171,8 @@ class VexaView : public BView {
     void InterpretSound(const Sound& sound);
     using Writer = std::function<kits::Result<void>(const std::filesystem::path&)>;
     bool Save(const std::string& name, const char* folder, const Writer& write);
-    void SetAndInvoke(std::string_view field, const std::string& text);
-    std::string TextOf(std::string_view field) const;
+    void SetAndInvoke(FieldId field, const std::string& text);
+    std::string TextOf(FieldId field) const;
     void ConnectChosenSource();
 
     kits::ProgramFolders folders;
@@ -195,7 +196,7 @@ class VexaView : public BView {
     // Views, which go with this one.
     R2RFView* plane = nullptr;
     std::array<EnvView*, 4> envelopes{};
-    std::vector<BTextControl*> fields;
+    std::array<BTextControl*, FieldId::kCount> fields{};
     BMenu* voicesMenu = nullptr;
     BMenu* channelMenu = nullptr;
     BMenu* deviceMenu = nullptr;

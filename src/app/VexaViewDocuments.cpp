@@ -38,25 +38,21 @@ void Tell(const std::filesystem::path& path, const ReadReport& report) {
 
 } // namespace
 
-std::string VexaView::TextOf(std::string_view field) const {
-    return Field(field)->Text();
+std::string VexaView::TextOf(FieldId field) const {
+    return Field(field).Text();
 }
 
 /// As if the user had put the text into the field and confirmed it: it takes effect when the
 /// message is handled.
-void VexaView::SetAndInvoke(std::string_view field, const std::string& text) {
-    BTextControl* control = Field(field);
-    control->SetText(text.c_str());
-    control->Invoke();
+void VexaView::SetAndInvoke(FieldId field, const std::string& text) {
+    Field(field).SetText(text.c_str());
+    Field(field).Invoke();
 }
 
 Function VexaView::ConstructFunction() const {
     Function function = instrument.State().function;
-    function.expression = TextOf("Fxy");
-    function.frequency = TextOf("SFreq");
-    function.width = TextOf("Sc");
-    function.linkFunction = {TextOf("LFx"), TextOf("LFy")};
-    function.linkScreen = {TextOf("LSx"), TextOf("LSy")};
+    for (const FunctionFieldRow& row : FunctionFields())
+        row.text(function) = TextOf(row.id);
     return function;
 }
 
@@ -64,7 +60,7 @@ Sound VexaView::ConstructSound() const {
     Sound sound = instrument.State();
     sound.function = ConstructFunction();
     for (std::size_t i = 0; i < Parameters().size(); i++)
-        sound.texts[i] = TextOf(Parameters()[i].field);
+        sound.texts[i] = TextOf(Parameters()[i].id);
     for (std::size_t i = 0; i < envelopes.size(); i++)
         sound.envelopes[i] = envelopes[i]->Points();
     return sound;
@@ -73,9 +69,9 @@ Sound VexaView::ConstructSound() const {
 void VexaView::InterpretFunction(const Function& function) {
     const bool isSample = function.kind == FunctionKind::Sample;
     if (isSample)
-        SetAndInvoke("SFreq", function.frequency);
+        SetAndInvoke(FunctionField::Frequency, function.frequency);
     else
-        Field("Fxy")->SetText(function.expression.c_str());
+        Field(FunctionField::Expression).SetText(function.expression.c_str());
     instrument.SetMacros(function);
     sampleMissing = !Install(function) && isSample;
     if (sampleMissing)
@@ -83,18 +79,18 @@ void VexaView::InterpretFunction(const Function& function) {
     // Saving it again must not lose the name: the file may only be elsewhere for a while.
     instrument.Adopt(function);
     ShowKind();
-    SetAndInvoke("Sc", function.width);
-    SetAndInvoke("LFx", function.linkFunction.x);
-    SetAndInvoke("LFy", function.linkFunction.y);
-    SetAndInvoke("LSx", function.linkScreen.x);
-    SetAndInvoke("LSy", function.linkScreen.y);
+    SetAndInvoke(FunctionField::Width, function.width);
+    SetAndInvoke(FunctionField::LinkFunctionX, function.linkFunction.x);
+    SetAndInvoke(FunctionField::LinkFunctionY, function.linkFunction.y);
+    SetAndInvoke(FunctionField::LinkScreenX, function.linkScreen.x);
+    SetAndInvoke(FunctionField::LinkScreenY, function.linkScreen.y);
 }
 
 void VexaView::InterpretSound(const Sound& sound) {
     InterpretFunction(sound.function);
     instrument.LoadRest(sound);
     for (std::size_t i = 0; i < Parameters().size(); i++)
-        SetAndInvoke(Parameters()[i].field, sound.texts[i]);
+        SetAndInvoke(Parameters()[i].id, sound.texts[i]);
     for (std::size_t i = 0; i < envelopes.size(); i++)
         envelopes[i]->SetPoints(sound.envelopes[i]);
 }

@@ -1,11 +1,11 @@
 #include "app/VexaWindow.h"
 
+#include "app/FieldId.h"
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
 #include "kits/interface/Application.h"
 #include "kits/interface/Control.h"
 #include "kits/translation/TranslationUtils.h"
-#include "synth/ParameterTable.h"
 #include "views/BitmapBarView.h"
 
 #include <algorithm>
@@ -29,19 +29,17 @@ constexpr float kSilenceHeight = 20;
 /// Whether the code is one of a control of the main view.
 bool IsCommand(uint32 code) {
     static constexpr uint32 kCommands[] = {
-        kExpressionCode,    kLoadFunctionCode,  kSaveFunctionCode,    kLoadSoundCode,
-        kSaveSoundCode,     kLoadSampleCode,    kSampleFrequencyCode, kScaleCode,
-        kLinkFunctionXCode, kLinkFunctionYCode, kLinkScreenXCode,     kLinkScreenYCode,
-        kAllChannelsCode,
+        kLoadFunctionCode, kSaveFunctionCode, kLoadSoundCode,
+        kSaveSoundCode,    kLoadSampleCode,   kAllChannelsCode,
     };
     const auto between = [code](uint32 first, uint32 last) {
         return first <= code && code <= last;
     };
+    const auto isRow = [code](const auto& row) { return row.code == code; };
     return std::find(std::begin(kCommands), std::end(kCommands), code) != std::end(kCommands) ||
            between(ChannelCode(1), ChannelCode(9)) || between(ChannelCode(10), ChannelCode(16)) ||
            between(VoicesCode(1), VoicesCode(9)) || between(VoicesCode(10), VoicesCode(20)) ||
-           std::any_of(Parameters().begin(), Parameters().end(),
-                       [code](const Parameter& row) { return row.code == code; });
+           std::ranges::any_of(Parameters(), isRow) || std::ranges::any_of(FunctionFields(), isRow);
 }
 
 } // namespace

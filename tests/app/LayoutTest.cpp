@@ -87,13 +87,13 @@ TEST_P(LayoutTest, NothingCoversAnything) {
 
 TEST_P(LayoutTest, EveryFieldStandsInItsGapOnTheBaselineOfItsFormula) {
     for (const auto& gap : view->Formulas().Gaps()) {
-        const BTextControl* field = view->Field(gap.field);
-        ASSERT_NE(field, nullptr) << gap.field;
-        const BRect frame = field->Frame();
-        EXPECT_GE(frame.left, gap.baseline.x) << gap.field;
-        EXPECT_LE(frame.right, gap.baseline.x + gap.width) << gap.field;
-        EXPECT_GE(frame.Width(), gap.width - 7) << gap.field;
-        EXPECT_NEAR(frame.top + BTextControl::BaselineOffset(), gap.baseline.y, 0.51) << gap.field;
+        const BTextControl& field = view->Field(gap.field);
+        const BRect frame = field.Frame();
+        EXPECT_GE(frame.left, gap.baseline.x) << field.Name();
+        EXPECT_LE(frame.right, gap.baseline.x + gap.width) << field.Name();
+        EXPECT_GE(frame.Width(), gap.width - 7) << field.Name();
+        EXPECT_NEAR(frame.top + BTextControl::BaselineOffset(), gap.baseline.y, 0.51)
+            << field.Name();
     }
 }
 
@@ -114,14 +114,14 @@ TEST_P(LayoutTest, NoMenuTitleIsCut) {
 
 TEST_P(LayoutTest, AWiderWindowWidensTheEnvelopesOnly) {
     const BRect before = view->EnvelopeEditor(2).Frame();
-    const BRect field = view->Field("C0y4")->Frame();
+    const BRect field = view->Field(vexa::ParameterId::C0y4).Frame();
     const float width = window->Bounds().Width();
     window->ResizeTo(width + 400, window->Bounds().Height() + 100);
     test::Settle();
     EXPECT_EQ(window->Bounds().Height(), 510);
     EXPECT_EQ(view->EnvelopeEditor(2).Frame().right, before.right + 400);
     EXPECT_EQ(view->EnvelopeEditor(2).Frame().Height(), 92);
-    EXPECT_EQ(view->Field("C0y4")->Frame(), field);
+    EXPECT_EQ(view->Field(vexa::ParameterId::C0y4).Frame(), field);
     EXPECT_EQ(view->Plane().Frame(), (BRect{10, 10, 310, 310}));
 }
 

@@ -29,7 +29,7 @@ TEST_F(VexaViewTest, StartsWithTheTextsThatItsParametersHave) {
     for (const auto& [field, text] :
          {std::pair{"LFx", "0"}, {"LFy", "0"}, {"LSx", "0.5"}, {"LSy", "0.5"}, {"SFreq", "440"}})
         EXPECT_EQ(Text(field), text) << field;
-    EXPECT_FALSE(view->Field("SFreq")->IsEnabled());
+    EXPECT_FALSE(Field("SFreq").IsEnabled());
     for (const vexa::Parameter& row : vexa::Parameters()) {
         const std::string field(row.field);
         const bool isFirst = field == "Cx0" || field == "Cy0" || field == "Ax0" || field == "Ay0" ||
@@ -51,13 +51,13 @@ TEST_F(VexaViewTest, TabWalksTheFieldsInReadingOrder) {
         for (const vexa::Parameter& row : vexa::ParametersOf(group))
             expected.emplace_back(row.field);
     }
-    view->Field("Fxy")->MakeFocus();
+    Field("Fxy").MakeFocus();
     std::vector<std::string> walked{"Fxy"};
     // Buttons and menus lie between.
     for (int key = 0; key < 60 && walked.size() < expected.size(); key++) {
         test::TypeKey(*window, Qt::Key_Tab);
         for (const std::string& name : expected) {
-            if (view->Field(name)->IsFocus())
+            if (Field(name).IsFocus())
                 walked.push_back(name);
         }
     }
@@ -111,9 +111,9 @@ TEST_F(VexaViewTest, AnExpressionIsCompiledAndShown) {
     EXPECT_THAT(alerts.texts, ElementsAre());
     EXPECT_EQ(PixelAt(10, 10), 127U);
     EXPECT_EQ(Text("Fxy"), "0.5");
-    EXPECT_TRUE(view->Field("Fxy")->IsEnabled());
+    EXPECT_TRUE(Field("Fxy").IsEnabled());
     // What the person types meanwhile stays when the add-on comes, with or without one.
-    view->Field("Fxy")->Type("x+");
+    Field("Fxy").Type("x+");
     FinishAddon();
     EXPECT_TRUE(std::filesystem::exists(In("functions/recent")));
     EXPECT_EQ(Text("Fxy"), "x+");
@@ -131,10 +131,10 @@ TEST_F(VexaViewTest, AnExpressionIsCompiledAndShown) {
     EXPECT_THAT(alerts.texts[0], HasSubstr("There was an error while trying to compile"));
     EXPECT_EQ(PixelAt(10, 10), 127U);
     EXPECT_EQ(Text("Fxy"), "0.5 + fopen(x)");
-    EXPECT_THAT(view->Field("Fxy")->ToolTip(), HasSubstr("fopen"));
-    EXPECT_TRUE(view->Field("Fxy")->IsEnabled());
+    EXPECT_THAT(Field("Fxy").ToolTip(), HasSubstr("fopen"));
+    EXPECT_TRUE(Field("Fxy").IsEnabled());
     Enter("Fxy", "-1.0");
-    EXPECT_STREQ(view->Field("Fxy")->ToolTip(), "");
+    EXPECT_STREQ(Field("Fxy").ToolTip(), "");
     EXPECT_EQ(PixelAt(10, 10), 0xff0000U);
 }
 
@@ -145,7 +145,7 @@ TEST_F(VexaViewTest, ASampleTakesTheExpressionsPlaceAndGivesItBack) {
     test::Settle();
     EXPECT_TRUE(view->SampleMode());
     EXPECT_EQ(Text("Fxy"), "");
-    EXPECT_TRUE(view->Field("SFreq")->IsEnabled());
+    EXPECT_TRUE(Field("SFreq").IsEnabled());
     const uint32 spiral = PixelAt(170, 160);
     EXPECT_NE(spiral, before);
     Enter("SFreq", "220");
@@ -159,7 +159,7 @@ TEST_F(VexaViewTest, ASampleTakesTheExpressionsPlaceAndGivesItBack) {
     EXPECT_TRUE(view->SampleMode());
     Enter("Fxy", "0.5");
     EXPECT_FALSE(view->SampleMode());
-    EXPECT_FALSE(view->Field("SFreq")->IsEnabled());
+    EXPECT_FALSE(Field("SFreq").IsEnabled());
     EXPECT_EQ(PixelAt(170, 160), 127U);
 }
 
@@ -328,7 +328,7 @@ TEST_F(VexaViewTest, NothingOfASampleOrALongExpressionIsLostOnSaving) {
     Enter("Fxy", "x");
     EXPECT_EQ(view->SavingRemark(), "");
     const std::string text(40000, '1');
-    view->Field("Fxy")->SetText(text.c_str());
+    Field("Fxy").SetText(text.c_str());
     EXPECT_EQ(Text("Fxy"), text);
 }
 
@@ -342,8 +342,8 @@ TEST_F(VexaViewTest, AFieldThatIsNotWhollyANumberIsMarked) {
                                            {"Cx4", "5", ""},
                                            {"Sc", "1e1", ""}}) {
         Enter(field, text);
-        EXPECT_THAT(view->Field(field)->ToolTip(), HasSubstr(tip)) << text;
-        EXPECT_EQ(*view->Field(field)->ToolTip() == 0, *tip == 0) << text;
+        EXPECT_THAT(Field(field).ToolTip(), HasSubstr(tip)) << text;
+        EXPECT_EQ(*Field(field).ToolTip() == 0, *tip == 0) << text;
     }
 }
 

@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <optional>
 
 namespace vexa {
 
@@ -81,7 +82,7 @@ void VexaView::AddPlaneControls() {
     plane->SetToolTip("Blue is positive, red negative. Right button: save the picture. "
                       "Esc: silence.");
     AddChild(plane);
-    instrument.Watch([this](const PlaneFunction& f) { plane->SetFunction(f); });
+    instrument.Watch([this](const PlaneFunction& f) { ShowFunction(f); });
 
     AddField(FunctionField::Expression, {6, 317, 310, 327});
     AddField(FunctionField::Width, {formulas.ClearOf(formulas.WidthEnd()), 345, 230, 355});
@@ -208,8 +209,18 @@ void VexaView::Draw(BRect) {
     formulas.Draw(*this);
 }
 
+/// On the plane, from now on.
+void VexaView::ShowFunction(const PlaneFunction& f) {
+    shown.Take(f);
+    plane->SetFunction(*shown.Next());
+}
+
 void VexaView::Pulse() {
     kits::CollectRetired();
+    if (plane->IsRested()) {
+        if (const std::optional<PlaneFunction> next = shown.Next())
+            plane->SetFunction(*next);
+    }
     // The formula plays on.
     const FunctionReport addon = instrument.Collect();
     if (!addon)

@@ -6,6 +6,7 @@
 #include "app/FormulaPanel.h"
 #include "audio/AudioGraph.h"
 #include "instrument/Instrument.h"
+#include "instrument/PlaneFollower.h"
 #include "kits/interface/FilePanel.h"
 #include "kits/interface/View.h"
 #include "kits/storage/ProgramFolder.h"
@@ -161,6 +162,7 @@ class VexaView : public BView {
     void OpenSample(const std::string& path);
 
     // Functions.
+    void ShowFunction(const PlaneFunction& f);
     bool Install(const Function& function);
     void ShowFailure(const Function& function, const FunctionReport& report);
     void ShowKind();
@@ -190,6 +192,8 @@ class VexaView : public BView {
     bool closing = false;
 
     Instrument instrument;
+    /// What the plane shows.
+    PlaneFollower shown{instrument.Playing()};
 
     FormulaPanel formulas;
 

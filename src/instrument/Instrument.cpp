@@ -3,23 +3,14 @@
 #include "formula/Formula.h"
 #include "functions/ExpressionCheck.h"
 #include "functions/FunctionCost.h"
-#include "instrument/ShownFunction.h"
 #include "kits/support/NumberText.h"
 #include "kits/support/Quoted.h"
-#include "synth/NoteInputs.h"
 
 #include <new>
 #include <system_error>
 #include <utility>
 
 namespace vexa {
-
-namespace {
-
-/// The note as which the plane shows a function that uses more than x and y.
-constexpr NoteMoment kShownNote{0.8F, 60.0F / 127, 0};
-
-} // namespace
 
 std::string Text(const FunctionReport& report) {
     std::string text;
@@ -150,11 +141,8 @@ TextFault Instrument::Edit(const Parameter& row, const std::string& text) {
 }
 
 void Instrument::Install(const PlaneFunction& f) {
-    if (watcher && f.Source().Inputs().empty())
+    if (watcher)
         watcher(f);
-    else if (watcher)
-        watcher(std::make_shared<ShownFunction>(
-            f, InputsOf(f.Source(), kShownNote, engine.macros, engine.controllers)));
     engine.SetFunction(f);
 }
 

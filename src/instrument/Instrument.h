@@ -86,8 +86,7 @@ class Instrument {
     const Sound& State() const { return sound; }
 
     /// Called with each new function before the engine has it, but for add-ons that follow a
-    /// formula of the same values. One that uses more than x and y comes as a note of velocity 0.8
-    /// and key 60 hears it when it begins.
+    /// formula of the same values. PlaneFollower shows those that hear more than x and y.
     void Watch(Watcher next) { watcher = std::move(next); }
 
     Engine& Playing() { return engine; }

@@ -9,6 +9,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QSignalBlocker>
 #include <QStyle>
 #include <cmath>
 #include <limits>
@@ -23,6 +24,15 @@ class Line : public QLineEdit {
   public:
     /// What Escape goes back to.
     const std::string* confirmed = nullptr;
+
+    /// Where the character is shown, in pixels from the left.
+    float PositionOf(qsizetype index) const {
+        const QFontMetricsF metrics(font());
+        const auto end = [&](qsizetype length) {
+            return metrics.horizontalAdvance(text().left(length));
+        };
+        return static_cast<float>(cursorRect().center().x() + end(index) - end(cursorPosition()));
+    }
 
   protected:
     void keyPressEvent(QKeyEvent* event) override {
@@ -133,6 +143,11 @@ BTextControl::BTextControl(BRect frame, const char* name, const char* label, con
         if (Text() != confirmed)
             Confirm();
     });
+    QObject::connect(line, &QLineEdit::textChanged, line, [this] {
+        changes++;
+        if (modification)
+            Target().SendMessage(*modification);
+    });
     if (*Label()) {
         auto* both = new QWidget;
         auto* layout = new QHBoxLayout(both);
@@ -165,6 +180,8 @@ const char* BTextControl::Text() const {
 
 void BTextControl::SetText(const char* next) {
     confirmed = next;
+    changes++;
+    const QSignalBlocker silence(line);
     line->setText(kits::ToQt(confirmed));
     line->setCursorPosition(0);
 }
@@ -176,6 +193,20 @@ void BTextControl::Type(const char* next) {
 void BTextControl::Confirm() {
     confirmed = Text();
     Invoke();
+}
+
+void BTextControl::SetModificationMessage(BMessage* message) {
+    modification.reset(message);
+}
+
+bool BTextControl::IsEdited() const {
+    return Text() != confirmed;
+}
+
+float BTextControl::PositionOf(std::size_t byte) const {
+    const std::string_view shown = Text();
+    const QString before = kits::ToQt(shown.substr(0, byte));
+    return static_cast<const Line*>(line)->PositionOf(before.size());
 }
 
 void BTextControl::SetEnabled(bool enabled) {

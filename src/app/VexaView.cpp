@@ -1,5 +1,6 @@
 #include "app/VexaView.h"
 
+#include "app/FormulaHint.h"
 #include "app/MessageCodes.h"
 #include "kits/interface/Alert.h"
 #include "kits/interface/Control.h"
@@ -12,7 +13,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <optional>
 
 namespace vexa {
 
@@ -52,6 +52,7 @@ VexaView::VexaView(BRect frame, const char* name, const kits::ProgramFolders& fo
     AddFileButtons();
     AddMenus();
     AddEnvelopes();
+    AddHint();
     StartGraph();
     TakeAsSaved();
 }
@@ -82,9 +83,10 @@ void VexaView::AddPlaneControls() {
     plane->SetToolTip("Blue is positive, red negative. Right button: save the picture. "
                       "Esc: silence.");
     AddChild(plane);
-    instrument.Watch([this](const PlaneFunction& f) { ShowFunction(f); });
+    instrument.Watch([this](const PlaneFunction& f) { ShowPlaying(f); });
 
     AddField(FunctionField::Expression, {6, 317, 310, 327});
+    Field(FunctionField::Expression).SetModificationMessage(new BMessage(kExpressionTypedCode));
     AddField(FunctionField::Width, {formulas.ClearOf(formulas.WidthEnd()), 345, 230, 355});
     for (const auto id : {FunctionField::LinkFunctionX, FunctionField::LinkFunctionY,
                           FunctionField::LinkScreenX, FunctionField::LinkScreenY})
@@ -183,6 +185,13 @@ void VexaView::AddCoefficients(std::string_view group) {
         AddField(row.id, row.field, row.initialText, row.code, formulas.FieldFrame(row.id));
 }
 
+/// Last, as it lies over all else.
+void VexaView::AddHint() {
+    const BRect field = Field(FunctionField::Expression).Frame();
+    hint = new FormulaHint(field.left, field.bottom + 1, field.right);
+    AddChild(hint);
+}
+
 void VexaView::StartGraph() {
     // At the end there may have been nothing to disconnect.
     const auto alert = [this](const char* text) {
@@ -209,18 +218,10 @@ void VexaView::Draw(BRect) {
     formulas.Draw(*this);
 }
 
-/// On the plane, from now on.
-void VexaView::ShowFunction(const PlaneFunction& f) {
-    shown.Take(f);
-    plane->SetFunction(*shown.Next());
-}
-
 void VexaView::Pulse() {
     kits::CollectRetired();
-    if (plane->IsRested()) {
-        if (const std::optional<PlaneFunction> next = shown.Next())
-            plane->SetFunction(*next);
-    }
+    instrument.FollowMacros();
+    ShowWhatChanges();
     // The formula plays on.
     const FunctionReport addon = instrument.Collect();
     if (!addon)

@@ -4,6 +4,7 @@
 #include "documents/DocumentKind.h"
 #include "documents/FunctionDocument.h"
 #include "documents/SoundDocument.h"
+#include "functions/FunctionCost.h"
 #include "kits/interface/Alert.h"
 #include "kits/interface/Control.h"
 #include "kits/storage/FileName.h"
@@ -147,12 +148,14 @@ void VexaView::LoadDefaultSound() {
 }
 
 void VexaView::SaveFunction(const std::string& name) {
+    instrument.FollowMacros();
     Save(name, "functions", [this](const std::filesystem::path& path) {
         return WriteFunction(path, ConstructFunction());
     });
 }
 
 void VexaView::SaveSound(const std::string& name) {
+    instrument.FollowMacros();
     const auto write = [this](const std::filesystem::path& path) {
         return WriteSound(path, ConstructSound());
     };
@@ -170,11 +173,31 @@ void VexaView::OpenSound(const std::string& path) {
         LoadSound(path);
 }
 
+void VexaView::TakeAsSaved() {
+    savedSound = ConstructSound();
+    comparedAt.reset();
+}
+
+/// How often anything of what ConstructSound tells may have changed.
+uint64 VexaView::Edits() const {
+    uint64 edits = instrument.Changes();
+    for (const BTextControl* field : fields)
+        edits += field->Changes();
+    for (const EnvView* envelope : envelopes)
+        edits += envelope->Changes();
+    return edits;
+}
+
 bool VexaView::Changed() const {
-    Sound now = ConstructSound();
-    now.author = savedSound.author;
-    now.function.author = savedSound.function.author;
-    return now != savedSound;
+    const uint64 edits = Edits();
+    if (comparedAt != edits) {
+        Sound now = ConstructSound();
+        now.author = savedSound.author;
+        now.function.author = savedSound.function.author;
+        changed = now != savedSound;
+        comparedAt = edits;
+    }
+    return changed;
 }
 
 std::string VexaView::SavingRemark() const {
@@ -191,6 +214,7 @@ std::string VexaView::SavingRemark() const {
 }
 
 bool VexaView::MayGiveUp(const std::function<void()>& then) {
+    instrument.FollowMacros();
     if (!Changed())
         return true;
     constexpr int32 kDiscard = 1;
@@ -212,6 +236,9 @@ std::string VexaView::Caption() const {
     std::string caption = soundName + (Changed() ? " *" : "");
     if (!graph->IsConnected())
         caption += caption.empty() ? "no sound" : "  (no audio device: no sound)";
+    const int voices = VoicesOf(ShownFunction().Source().Cost());
+    if (voices < kMostVoices)
+        caption += "  (about " + std::to_string(voices) + (voices == 1 ? " voice)" : " voices)");
     return caption;
 }
 

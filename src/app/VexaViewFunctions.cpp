@@ -34,6 +34,7 @@ class Pause {
 /// Installs the function; where that fails it is shown, and the function before stays.
 bool VexaView::Install(const Function& function) {
     const bool isSample = function.kind == FunctionKind::Sample;
+    EndTyping();
     BTextControl& field = Field(FunctionField::Expression);
     std::optional<Pause> pause;
     if (!isSample)
@@ -45,23 +46,21 @@ bool VexaView::Install(const Function& function) {
         sampleMissing = false;
     if (!isSample) {
         expressionWrong = !installed;
+        refusal = installed ? "" : report.details;
         field.MarkWrong(!installed);
-        if (installed)
-            field.SetToolTip(nullptr);
+        field.SetToolTip(refusal.c_str());
     }
     if (!installed)
-        ShowFailure(function, report);
+        ShowFailure(report);
     else if (!report.details.empty())
         std::fprintf(stderr, "vexa: %s\n", report.details.c_str());
     return installed;
 }
 
-/// What went wrong, in alerts; why and where, on standard error and in the expression's tool tip.
-void VexaView::ShowFailure(const Function& function, const FunctionReport& report) {
+/// What went wrong, in alerts; why and where, on standard error too.
+void VexaView::ShowFailure(const FunctionReport& report) {
     if (!report.details.empty())
         std::fprintf(stderr, "vexa: %s\n", report.details.c_str());
-    if (function.kind == FunctionKind::Expression)
-        Field(FunctionField::Expression).SetToolTip(report.details.c_str());
     for (const std::string& alert : report.alerts)
         ErrorAlert(alert, &alert == &report.alerts.back() ? report.details : "");
 }
@@ -76,6 +75,7 @@ void VexaView::ShowKind() {
     expression.SetToolTip(nullptr);
     expression.MarkWrong(false);
     expressionWrong = false;
+    refusal.clear();
 }
 
 bool VexaView::Compile(const char* expression) {

@@ -38,6 +38,9 @@ void VexaView::MessageReceived(BMessage* message) {
     case kExpressionCode:
         Compile(TextOf(FunctionField::Expression).c_str());
         break;
+    case kExpressionTypedCode:
+        TakeTyping();
+        break;
     case kSampleFrequencyCode:
         TakeSampleFrequency();
         break;

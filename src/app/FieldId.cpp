@@ -11,13 +11,13 @@ using F = Function;
 using Text = std::string;
 
 constexpr FunctionFieldRow kRows[] = {
-    {Id::Expression, "Fxy", kExpressionCode, [](F& f) -> Text& { return f.expression; }},
-    {Id::Width, "Sc", kScaleCode, [](F& f) -> Text& { return f.width; }},
-    {Id::LinkFunctionX, "LFx", kLinkFunctionXCode, [](F& f) -> Text& { return f.linkFunction.x; }},
-    {Id::LinkFunctionY, "LFy", kLinkFunctionYCode, [](F& f) -> Text& { return f.linkFunction.y; }},
-    {Id::LinkScreenX, "LSx", kLinkScreenXCode, [](F& f) -> Text& { return f.linkScreen.x; }},
-    {Id::LinkScreenY, "LSy", kLinkScreenYCode, [](F& f) -> Text& { return f.linkScreen.y; }},
-    {Id::Frequency, "SFreq", kSampleFrequencyCode, [](F& f) -> Text& { return f.frequency; }},
+    {Id::Expression, kExpressionCode, "Fxy", [](F& f) -> Text& { return f.expression; }},
+    {Id::Width, kScaleCode, "Sc", [](F& f) -> Text& { return f.width; }},
+    {Id::LinkFunctionX, kLinkFunctionXCode, "LFx", [](F& f) -> Text& { return f.linkFunction.x; }},
+    {Id::LinkFunctionY, kLinkFunctionYCode, "LFy", [](F& f) -> Text& { return f.linkFunction.y; }},
+    {Id::LinkScreenX, kLinkScreenXCode, "LSx", [](F& f) -> Text& { return f.linkScreen.x; }},
+    {Id::LinkScreenY, kLinkScreenYCode, "LSy", [](F& f) -> Text& { return f.linkScreen.y; }},
+    {Id::Frequency, kSampleFrequencyCode, "SFreq", [](F& f) -> Text& { return f.frequency; }},
 };
 
 consteval bool IdsAreInOrder() {

@@ -41,10 +41,10 @@ class FieldId {
 /// What the main view knows of a function's field.
 struct FunctionFieldRow {
     FunctionField id;
-    /// Of the view.
-    const char* name;
     /// The message that it sends.
     uint32 code;
+    /// Of the view.
+    const char* name;
     /// The text of a function that it holds.
     std::string& (*text)(Function& function);
 };

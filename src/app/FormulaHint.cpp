@@ -36,7 +36,8 @@ void FormulaHint::Wrap(const std::string& line) {
     std::istringstream words(line);
     std::string part;
     for (std::string word; words >> word;) {
-        const std::string longer = part.empty() ? word : part + " " + word;
+        std::string longer = part;
+        longer.append(part.empty() ? "" : " ").append(word);
         if (!part.empty() && StringWidth(longer) > room) {
             lines.push_back(part);
             part = word;
@@ -52,15 +53,22 @@ void FormulaHint::Explain(const std::string& reason, std::optional<float> x) {
     std::istringstream whole(reason);
     for (std::string line; std::getline(whole, line);)
         Wrap(line);
-    mark.reset();
-    // What is scrolled out of the field is beyond its end.
-    if (x)
-        mark = std::clamp(std::round(*x - Frame().left), float(kMarkRows),
-                          Bounds().right - float(kMarkRows));
+    MoveMark(x);
     const float pitch = std::ceil(height.ascent + height.descent);
     ResizeTo(Bounds().Width(), kMarkRows + pitch * float(lines.size()) + kMargin);
     if (IsHidden())
         Show();
+    Invalidate();
+}
+
+void FormulaHint::MoveMark(std::optional<float> x) {
+    // What is scrolled out of the field is beyond its end.
+    if (x)
+        x = std::clamp(std::round(*x - Frame().left), float(kMarkRows),
+                       Bounds().right - float(kMarkRows));
+    if (x == mark)
+        return;
+    mark = x;
     Invalidate();
 }
 

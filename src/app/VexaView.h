@@ -175,7 +175,7 @@ class VexaView : public BView {
     void ShowFunction(const PlaneFunction& f);
     void ShowPlaying(const PlaneFunction& f);
     void TakeTyping();
-    std::optional<float> PlaceOf(std::optional<std::size_t> byte) const;
+    std::optional<float> PlaceOfFault() const;
     void EndTyping();
     void ShowWhatChanges();
 
@@ -221,6 +221,8 @@ class VexaView : public BView {
     bool previewing = false;
     /// What is typed and not shown yet, and for how many pulses it has been there.
     std::shared_ptr<const Formula> typed;
+    /// The byte of the fault in what is typed, if it has one.
+    std::optional<std::size_t> faultPlace;
     int pulsesOfRest = 0;
 
     FormulaPanel formulas;

@@ -14,12 +14,13 @@ constexpr int kPulsesOfRest = 2;
 
 } // namespace
 
-/// Where the middle of the expression's character at that byte is shown.
-std::optional<float> VexaView::PlaceOf(std::optional<std::size_t> byte) const {
-    if (!byte)
+/// Where the middle of the character is shown at which the fault lies.
+std::optional<float> VexaView::PlaceOfFault() const {
+    if (!faultPlace)
         return std::nullopt;
     const BTextControl& field = Field(FunctionField::Expression);
-    return field.Frame().left + (field.PositionOf(*byte) + field.PositionOf(*byte + 1)) / 2;
+    return field.Frame().left +
+           (field.PositionOf(*faultPlace) + field.PositionOf(*faultPlace + 1)) / 2;
 }
 
 /// On the plane, from now on.
@@ -44,12 +45,13 @@ void VexaView::TakeTyping() {
         return EndTyping();
     const PlayableFormula read = ReadPlayable(field.Text());
     typed = read.formula;
+    faultPlace = read.place;
     pulsesOfRest = 0;
     field.SetToolTip(read.reason.c_str());
     if (typed)
         hint->Withdraw();
     else
-        hint->Explain(read.reason, PlaceOf(read.place));
+        hint->Explain(read.reason, PlaceOfFault());
 }
 
 /// All is as the text says that was confirmed last, or as it was taken.
@@ -64,6 +66,9 @@ void VexaView::EndTyping() {
 /// At a pulse: what has been typed, or what the function hears, as soon as the last picture has
 /// been there for a while.
 void VexaView::ShowWhatChanges() {
+    // The field scrolls when it is painted, and as the cursor goes.
+    if (!hint->IsHidden())
+        hint->MoveMark(PlaceOfFault());
     if (typed && ++pulsesOfRest >= kPulsesOfRest) {
         previewing = true;
         ShowFunction(std::exchange(typed, nullptr));

@@ -28,9 +28,11 @@ constexpr ParameterId operator+(ParameterId first, int places) {
     return static_cast<ParameterId>(static_cast<int>(first) + places);
 }
 
-/// A coefficient: its field in the window, its message, its element in a document, its target.
+/// A coefficient: its message, its field in the window, its element in a document, its target.
 struct Parameter {
     ParameterId id;
+    /// The message that the field sends.
+    uint32 code;
     /// Name of the text field, and of the sound_param member.
     std::string_view field;
     /// The group's element in a sound document, and the element inside the group; a parameter
@@ -39,8 +41,6 @@ struct Parameter {
     std::string_view element;
     /// Text of the field before anything was loaded or typed; it means the member's initial value.
     std::string_view initialText;
-    /// The message that the field sends.
-    uint32 code;
     /// The member that the text is for: a float, or (a controller's number, 0..127) an int32.
     kits::Shared<float> sound_param::*value = nullptr;
     kits::Shared<int32> sound_param::*controller = nullptr;

@@ -232,8 +232,11 @@ TEST_F(VexaViewTest, MacrosAreEditedFollowedAndSaved) {
     EXPECT_EQ(a.value, 0.25F);
     EXPECT_EQ(Text("macro a"), "0.25");
     EXPECT_TRUE(view->Changed());
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    pulse();
+    // When the picture before has been there for a while.
+    for (int i = 0; i < 5000 && PixelAt(10, 10) != 63; i++) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        pulse();
+    }
     EXPECT_EQ(PixelAt(10, 10), 63U);
     Enter("macro a", "0.5");
     EXPECT_EQ(slider.Value(), 500);

@@ -11,6 +11,7 @@
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QStyle>
+#include <QTextLayout>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -27,11 +28,13 @@ class Line : public QLineEdit {
 
     /// Where the character is shown, in pixels from the left.
     float PositionOf(qsizetype index) const {
-        const QFontMetricsF metrics(font());
-        const auto end = [&](qsizetype length) {
-            return metrics.horizontalAdvance(text().left(length));
-        };
-        return static_cast<float>(cursorRect().center().x() + end(index) - end(cursorPosition()));
+        // As the editor lays it out, which rounds the widths of letters.
+        QTextLayout layout(text(), font());
+        layout.beginLayout();
+        const QTextLine whole = layout.createLine();
+        layout.endLayout();
+        const double shift = whole.cursorToX(int(index)) - whole.cursorToX(cursorPosition());
+        return static_cast<float>(cursorRect().center().x() + shift);
     }
 
   protected:

@@ -51,12 +51,13 @@ FormulaPanel::FormulaPanel(const BFont& base) : font(base) {
     lineHeight = height.ascent + height.descent + height.leading;
     pitch = lineHeight + kLineSpace;
 
-    PutDriftBlock('x', kEnvelopeRows[0]);
-    PutDriftBlock('y', kEnvelopeRows[1]);
-    PutRadiusBlock('x', kEnvelopeRows[2]);
-    PutRadiusBlock('y', kEnvelopeRows[3]);
-    PutOrbitLine('x', "cos", height.ascent + kOrbitTop);
-    PutOrbitLine('y', "sin", height.ascent + kOrbitTop + pitch);
+    using Id = ParameterId;
+    PutDriftBlock('x', Id::Cx0, kEnvelopeRows[0]);
+    PutDriftBlock('y', Id::Cy0, kEnvelopeRows[1]);
+    PutRadiusBlock('x', Id::Ax0, kEnvelopeRows[2]);
+    PutRadiusBlock('y', Id::Ay0, kEnvelopeRows[3]);
+    PutOrbitLine('x', Id::Fx, Id::C0x0, height.ascent + kOrbitTop);
+    PutOrbitLine('y', Id::Fy, Id::C0y0, height.ascent + kOrbitTop + pitch);
     PutPlaneControls();
 }
 
@@ -69,67 +70,63 @@ void FormulaPanel::Put(std::string_view text, float x, float baseline) {
     Put(text, x, baseline, kTextColor);
 }
 
-void FormulaPanel::PutGap(std::string_view field, float x, float baseline, float width) {
-    gaps.push_back({std::string(field), {x, baseline}, width});
+void FormulaPanel::PutGap(FieldId field, float x, float baseline, float width) {
+    gaps.push_back({field, {x, baseline}, width});
     right = std::max(right, x + width);
 }
 
 /// dCx / dt = [Cx0] * Env + [Cx1] * Vel + [Cx2] * Key + [Cx3] * Ctl [Cx4]
-void FormulaPanel::PutDriftBlock(char axis, const EnvelopeRow& row) {
-    const std::string group = std::string("C") + axis;
-    const std::string name = "d" + group;
-    const float first = height.ascent + row.top;
-    const float middle = first + lineHeight / 2;
+void FormulaPanel::PutDriftBlock(char axis, ParameterId first, const EnvelopeRow& row) {
+    const std::string name = std::string("dC") + axis;
+    const float top = height.ascent + row.top;
+    const float middle = top + lineHeight / 2;
     const float end = kFormulaColumn + Width(name);
-    Put(name, kFormulaColumn, first);
-    bars.push_back({{kFormulaColumn, first + 2}, {end, first + 2}});
-    Put("dt", kFormulaColumn, first + lineHeight);
+    Put(name, kFormulaColumn, top);
+    bars.push_back({{kFormulaColumn, top + 2}, {end, top + 2}});
+    Put("dt", kFormulaColumn, top + lineHeight);
     Put(" = ", end, middle);
     const float field = end + Width(" = ");
-    PutGap(group + "0", field, middle, kCoefficient);
+    PutGap(first, field, middle, kCoefficient);
     Put(" * ", field + kCoefficient, middle);
     Put("Env", field + kCoefficient + Width(" * "), middle, row.color);
-    PutSum(group, row.top, false);
+    PutSum(first, row.top, false);
 }
 
 /// Ax = Env * ([Ax0] + [Ax1] * Vel + [Ax2] * Key + [Ax3] * Ctl [Ax4])
-void FormulaPanel::PutRadiusBlock(char axis, const EnvelopeRow& row) {
-    const std::string group = std::string("A") + axis;
-    const std::string name = group + " = ";
+void FormulaPanel::PutRadiusBlock(char axis, ParameterId first, const EnvelopeRow& row) {
+    const std::string name = std::string("A") + axis + " = ";
     const float middle = height.ascent + row.top + lineHeight / 2;
     const float env = kFormulaColumn + Width(name);
     const float open = env + Width("Env");
     Put(name, kFormulaColumn, middle);
     Put("Env", env, middle, row.color);
     Put(" * (", open, middle);
-    PutGap(group + "0", open + Width(" * ("), middle, kCoefficient);
-    PutSum(group, row.top, true);
+    PutGap(first, open + Width(" * ("), middle, kCoefficient);
+    PutSum(first, row.top, true);
 }
 
 /// The lines of a block below its first: + [1] * Vel, + [2] * Key, + [3] * Ctl [4].
-void FormulaPanel::PutSum(std::string_view group, float top, bool closed) {
+void FormulaPanel::PutSum(ParameterId first, float top, bool closed) {
     constexpr std::string_view kFactors[] = {"* Vel", "* Key", "* Ctl"};
     const float field = kFormulaColumn + Width(" + ");
     const float factor = field + kCoefficient;
     float baseline = height.ascent + top - 7 + pitch;
-    for (std::size_t i = 0; i < std::size(kFactors); i++) {
+    for (int i = 0; i < 3; i++) {
         baseline += pitch;
         Put("+", kFormulaColumn, baseline);
-        PutGap(std::string(group) + char('1' + i), field, baseline, kCoefficient);
+        PutGap(first + (i + 1), field, baseline, kCoefficient);
         Put(kFactors[i], factor, baseline);
     }
-    PutGap(std::string(group) + "4", factor + Width("* Ctl "), baseline, kCoefficient);
+    PutGap(first + 4, factor + Width("* Ctl "), baseline, kCoefficient);
     if (closed)
         Put(")", factor + Width(" * Ctl ") + kCoefficient, baseline);
 }
 
 /// x(t) = Cx(t) + Ax(t) * cos(2*pi* [Fx] *f*t)  Cx(0) = [C0x0] + [C0x1] * Vel + ...
 /// Both lines are placed by the widths of the one in x, so that their columns align.
-void FormulaPanel::PutOrbitLine(char axis, std::string_view function, float baseline) {
-    const std::string ratio = std::string("F") + axis;
-    const std::string start = std::string("C0") + axis;
+void FormulaPanel::PutOrbitLine(char axis, ParameterId ratio, ParameterId start, float baseline) {
     const std::string orbit = std::string(1, axis) + "(t) = C" + axis + "(t) + A" + axis +
-                              "(t) * " + std::string(function) + "(2*pi*";
+                              "(t) * " + (axis == 'x' ? "cos" : "sin") + "(2*pi*";
     const std::string p1 = "x(t) = Cx(t) + Ax(t) * cos(2*pi* ";
     const std::string p2 = p1 + "*f*t)  ";
     const std::string p3 = p2 + "Cx(0) =";
@@ -140,15 +137,15 @@ void FormulaPanel::PutOrbitLine(char axis, std::string_view function, float base
     PutGap(ratio, kFormulaColumn + Width(p1), baseline, kRatio);
     Put("*f*t)", Width(p1) + 360, baseline);
     Put(std::string("C") + axis + "(0) = ", Width(p2) + 380, baseline);
-    PutGap(start + "0", Width(p2) + 380 + Width("Cx(0) = "), baseline, kCoefficient);
+    PutGap(start, Width(p2) + 380 + Width("Cx(0) = "), baseline, kCoefficient);
     Put(" +", Width(p3) + 410, baseline);
-    PutGap(start + "1", Width(p3) + 410 + Width(" + "), baseline, kCoefficient);
+    PutGap(start + 1, Width(p3) + 410 + Width(" + "), baseline, kCoefficient);
     Put(" * Vel +", Width(p4) + 440, baseline);
-    PutGap(start + "2", Width(p4) + 440 + Width(" * Vel + "), baseline, kCoefficient);
+    PutGap(start + 2, Width(p4) + 440 + Width(" * Vel + "), baseline, kCoefficient);
     Put(" * Key +", Width(p5) + 470, baseline);
-    PutGap(start + "3", Width(p5) + 470 + Width(" * Key + "), baseline, kCoefficient);
+    PutGap(start + 3, Width(p5) + 470 + Width(" * Key + "), baseline, kCoefficient);
     Put(" * Ctl", Width(p6) + 500, baseline);
-    PutGap(start + "4", Width(p6) + 500 + Width(" * Ctl "), baseline, kCoefficient);
+    PutGap(start + 4, Width(p6) + 500 + Width(" * Ctl "), baseline, kCoefficient);
 }
 
 /// displaywidth = [Sc], link ([LFx], [LFy]) to ([LSx], [LSy]), frequency: [SFreq] Hz
@@ -160,7 +157,8 @@ void FormulaPanel::PutPlaneControls() {
     widthEnd = {kPlaneColumn + Width("displaywidth ="), width};
     // Each text, and the field behind it.
     constexpr std::string_view kPieces[] = {"link (", ",", ") to (", ",", ")"};
-    constexpr std::string_view kFields[] = {"LFx", "LFy", "LSx", "LSy"};
+    constexpr FunctionField kFields[] = {FunctionField::LinkFunctionX, FunctionField::LinkFunctionY,
+                                         FunctionField::LinkScreenX, FunctionField::LinkScreenY};
     std::string before;
     for (std::size_t i = 0; i < std::size(kPieces); i++) {
         const float x = kPlaneColumn + kCoefficient * float(i);
@@ -172,11 +170,11 @@ void FormulaPanel::PutPlaneControls() {
     }
     const float field = kPlaneColumn + Width("frequency: ");
     Put("frequency: ", kPlaneColumn, frequency);
-    PutGap("SFreq", field, frequency, kFrequency);
+    PutGap(FunctionField::Frequency, field, frequency, kFrequency);
     Put("Hz", field + kFrequency, frequency);
 }
 
-const FormulaPanel::Gap* FormulaPanel::FindGap(std::string_view field) const {
+const FormulaPanel::Gap* FormulaPanel::FindGap(FieldId field) const {
     const auto gap = std::find_if(gaps.begin(), gaps.end(),
                                   [&](const Gap& candidate) { return candidate.field == field; });
     return gap == gaps.end() ? nullptr : &*gap;
@@ -191,7 +189,7 @@ float FormulaPanel::ClearOf(BPoint baseline) const {
     return std::ceil(clear) + 1;
 }
 
-BRect FormulaPanel::FieldFrame(std::string_view field) const {
+BRect FormulaPanel::FieldFrame(FieldId field) const {
     const Gap* gap = FindGap(field);
     if (!gap)
         return {};

@@ -1,6 +1,7 @@
 // Where the formulas of the main view stand, and the gaps in them for the fields.
 #pragma once
 
+#include "app/FieldId.h"
 #include "kits/interface/Font.h"
 #include "kits/interface/InterfaceDefs.h"
 #include "kits/support/Geometry.h"
@@ -40,9 +41,9 @@ class FormulaPanel {
         BPoint from;
         BPoint to;
     };
-    /// Room for the text field of that name.
+    /// Room for a text field.
     struct Gap {
-        std::string field;
+        FieldId field;
         BPoint baseline;
         /// In pixels.
         float width;
@@ -53,10 +54,10 @@ class FormulaPanel {
     const std::vector<Bar>& Bars() const { return bars; }
     const std::vector<Gap>& Gaps() const { return gaps; }
     /// Null if there is none.
-    const Gap* FindGap(std::string_view field) const;
+    const Gap* FindGap(FieldId field) const;
     /// The frame of a text field that stands in the gap with its text on the gap's baseline, clear
     /// of the letters before it.
-    BRect FieldFrame(std::string_view field) const;
+    BRect FieldFrame(FieldId field) const;
 
     /// The first whole pixel at or right of the point that no text before it on the baseline
     /// reaches.
@@ -78,11 +79,11 @@ class FormulaPanel {
     float Width(std::string_view text) const { return font.StringWidth(text); }
     void Put(std::string_view text, float x, float baseline, rgb_color color);
     void Put(std::string_view text, float x, float baseline);
-    void PutGap(std::string_view field, float x, float baseline, float width);
-    void PutDriftBlock(char axis, const EnvelopeRow& row);
-    void PutRadiusBlock(char axis, const EnvelopeRow& row);
-    void PutSum(std::string_view group, float top, bool closed);
-    void PutOrbitLine(char axis, std::string_view function, float baseline);
+    void PutGap(FieldId field, float x, float baseline, float width);
+    void PutDriftBlock(char axis, ParameterId first, const EnvelopeRow& row);
+    void PutRadiusBlock(char axis, ParameterId first, const EnvelopeRow& row);
+    void PutSum(ParameterId first, float top, bool closed);
+    void PutOrbitLine(char axis, ParameterId ratio, ParameterId start, float baseline);
     void PutPlaneControls();
 
     BFont font;

@@ -6,6 +6,8 @@
 namespace vexa {
 
 constexpr uint32 kExpressionCode = FourCC("Fxy_");
+/// The expression is not confirmed yet.
+constexpr uint32 kExpressionTypedCode = FourCC("FxyT");
 constexpr uint32 kSampleFrequencyCode = FourCC("SFRQ");
 constexpr uint32 kScaleCode = FourCC("SCAL");
 constexpr uint32 kLinkFunctionXCode = FourCC("LFx_");

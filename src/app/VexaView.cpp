@@ -1,5 +1,6 @@
 #include "app/VexaView.h"
 
+#include "app/FormulaHint.h"
 #include "app/MessageCodes.h"
 #include "kits/interface/Alert.h"
 #include "kits/interface/Control.h"
@@ -51,6 +52,7 @@ VexaView::VexaView(BRect frame, const char* name, const kits::ProgramFolders& fo
     AddFileButtons();
     AddMenus();
     AddEnvelopes();
+    AddHint();
     StartGraph();
     TakeAsSaved();
 }
@@ -60,35 +62,35 @@ VexaView::~VexaView() {
     keyboard.ReleaseAll();
 }
 
-BTextControl* VexaView::AddField(const char* name, const char* text, uint32 code, BRect frame) {
-    auto* field = new BTextControl(frame, name, nullptr, text, new BMessage(code), kLeftTop);
-    fields.push_back(field);
+void VexaView::AddField(FieldId id, std::string_view name, std::string_view text, uint32 code,
+                        BRect frame) {
+    BTextControl*& field = fields[id.Index()];
+    field = new BTextControl(frame, std::string(name).c_str(), nullptr, std::string(text).c_str(),
+                             new BMessage(code), kLeftTop);
     AddChild(field);
-    return field;
+}
+
+/// With the text of a fresh window.
+void VexaView::AddField(FunctionField id, BRect frame) {
+    const FunctionFieldRow& row = RowOf(id);
+    Function initial;
+    AddField(id, row.name, row.text(initial), row.code, frame);
 }
 
 void VexaView::AddPlaneControls() {
-    const Function initial;
     plane = new R2RFView({10, 10, 310, 310}, "R2RFView", {0, 0}, {0.5F, 0.5F}, kPlaneUnitsPerPixel,
                          B_FOLLOW_NONE);
     plane->SetToolTip("Blue is positive, red negative. Right button: save the picture. "
                       "Esc: silence.");
     AddChild(plane);
-    instrument.Watch([this](const PlaneFunction& f) { plane->SetFunction(f); });
+    instrument.Watch([this](const PlaneFunction& f) { ShowPlaying(f); });
 
-    AddField("Fxy", initial.expression.c_str(), kExpressionCode, {6, 317, 310, 327});
-    AddField("Sc", initial.width.c_str(), kScaleCode,
-             {formulas.ClearOf(formulas.WidthEnd()), 345, 230, 355});
-    const struct {
-        const char* name;
-        uint32 code;
-        const std::string& text;
-    } links[] = {{"LFx", kLinkFunctionXCode, initial.linkFunction.x},
-                 {"LFy", kLinkFunctionYCode, initial.linkFunction.y},
-                 {"LSx", kLinkScreenXCode, initial.linkScreen.x},
-                 {"LSy", kLinkScreenYCode, initial.linkScreen.y}};
-    for (const auto& link : links)
-        AddField(link.name, link.text.c_str(), link.code, formulas.FieldFrame(link.name));
+    AddField(FunctionField::Expression, {6, 317, 310, 327});
+    Field(FunctionField::Expression).SetModificationMessage(new BMessage(kExpressionTypedCode));
+    AddField(FunctionField::Width, {formulas.ClearOf(formulas.WidthEnd()), 345, 230, 355});
+    for (const auto id : {FunctionField::LinkFunctionX, FunctionField::LinkFunctionY,
+                          FunctionField::LinkScreenX, FunctionField::LinkScreenY})
+        AddField(id, formulas.FieldFrame(id));
 }
 
 void VexaView::AddFileButtons() {
@@ -115,9 +117,8 @@ void VexaView::AddFileButtons() {
                                new BMessage(kLoadSampleCode), kLeftTop);
     sample->SetFontSize(size);
     AddChild(sample);
-    AddField("SFreq", Function().frequency.c_str(), kSampleFrequencyCode,
-             formulas.FieldFrame("SFreq"))
-        ->SetEnabled(false);
+    AddField(FunctionField::Frequency, formulas.FieldFrame(FunctionField::Frequency));
+    Field(FunctionField::Frequency).SetEnabled(false);
 }
 
 void VexaView::AddMenus() {
@@ -137,7 +138,7 @@ void VexaView::AddMenus() {
     channelMenu->SetTargetForItems(this);
     deviceMenu = new BPopUpMenu("midi source");
 
-    const BRect frequency = formulas.FieldFrame("SFreq");
+    const BRect frequency = formulas.FieldFrame(FunctionField::Frequency);
     const float top = frequency.bottom + 5;
     const struct {
         const char* name;
@@ -174,18 +175,21 @@ void VexaView::AddEnvelopes() {
         AddCoefficients(place.group);
         AddChild(envelopes[i]);
     }
-    AddCoefficients("fx");
-    AddCoefficients("cx0");
-    AddCoefficients("fy");
-    AddCoefficients("cy0");
+    for (const auto first :
+         {ParameterId::Fx, ParameterId::C0x0, ParameterId::Fy, ParameterId::C0y0})
+        AddCoefficients(ParameterOf(first).group);
 }
 
 void VexaView::AddCoefficients(std::string_view group) {
-    for (const Parameter& row : ParametersOf(group)) {
-        const std::string name(row.field);
-        AddField(name.c_str(), std::string(row.initialText).c_str(), row.code,
-                 formulas.FieldFrame(name));
-    }
+    for (const Parameter& row : ParametersOf(group))
+        AddField(row.id, row.field, row.initialText, row.code, formulas.FieldFrame(row.id));
+}
+
+/// Last, as it lies over all else.
+void VexaView::AddHint() {
+    const BRect field = Field(FunctionField::Expression).Frame();
+    hint = new FormulaHint(field.left, field.bottom + 1, field.right);
+    AddChild(hint);
 }
 
 void VexaView::StartGraph() {
@@ -210,19 +214,14 @@ float VexaView::PreferredWidth() const {
     return std::ceil(formulas.Right()) + kMargin;
 }
 
-BTextControl* VexaView::Field(std::string_view name) const {
-    const auto field = std::find_if(fields.begin(), fields.end(), [&](const BTextControl* f) {
-        return std::string_view(f->Name()) == name;
-    });
-    return field == fields.end() ? nullptr : *field;
-}
-
 void VexaView::Draw(BRect) {
     formulas.Draw(*this);
 }
 
 void VexaView::Pulse() {
     kits::CollectRetired();
+    instrument.FollowMacros();
+    ShowWhatChanges();
     // The formula plays on.
     const FunctionReport addon = instrument.Collect();
     if (!addon)

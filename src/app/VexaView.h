@@ -2,9 +2,11 @@
 #pragma once
 
 #include "app/ComputerKeyboard.h"
+#include "app/FieldId.h"
 #include "app/FormulaPanel.h"
 #include "audio/AudioGraph.h"
 #include "instrument/Instrument.h"
+#include "instrument/PlaneFollower.h"
 #include "kits/interface/FilePanel.h"
 #include "kits/interface/View.h"
 #include "kits/storage/ProgramFolder.h"
@@ -14,6 +16,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,6 +30,8 @@ class BTextControl;
 namespace vexa {
 
 class EnvView;
+class Formula;
+class FormulaHint;
 class R2RFView;
 
 /// Owns the instrument, whose envelopes are its editors', and the audio graph. All that the user
@@ -70,11 +75,13 @@ class VexaView : public BView {
     /// saved.
     bool Changed() const;
     /// The sound as it is counts as saved.
-    void TakeAsSaved() { savedSound = ConstructSound(); }
+    void TakeAsSaved();
     /// Whether the sound may be given up: asks where it has changed. A person who wants to save it
     /// first gets the panel, and `then` is called after that.
     bool MayGiveUp(const std::function<void()>& then);
-    /// The sound's name, a mark where it has changed, and whether there is no audio device.
+    /// The sound's name, a mark where it has changed, and what is worth knowing: that there is no
+    /// audio device, or for how many voices of the function on the plane there is time where those
+    /// are fewer than may be chosen.
     std::string Caption() const;
 
     /// What the fields, the envelopes and the installed function say at present.
@@ -111,14 +118,16 @@ class VexaView : public BView {
     // The parts, for the window and for tests.
 
     R2RFView& Plane() { return *plane; }
+    const FormulaHint& Hint() const { return *hint; }
     EnvView& EnvelopeEditor(std::size_t index) { return *envelopes[index]; }
-    /// The field of that name; null if there is none. "Fxy", "Sc", "LFx", "LFy", "LSx", "LSy",
-    /// "SFreq", and those of Parameters().
-    BTextControl* Field(std::string_view name) const;
+    BTextControl& Field(FieldId id) const { return *fields[id.Index()]; }
     BMenu& VoicesMenu() { return *voicesMenu; }
     BMenu& ChannelMenu() { return *channelMenu; }
     BMenu& DeviceMenu() { return *deviceMenu; }
     AudioGraph& Graph() { return *graph; }
+    Instrument& Played() { return instrument; }
+    /// What the plane shows: what plays, or what is being typed.
+    const PlaneFunction& ShownFunction() const { return shown.Function(); }
     Engine& Playing() { return instrument.Playing(); }
     const Engine& Playing() const { return instrument.Playing(); }
     const sound_param& SoundParam() const { return Playing().parameters; }
@@ -136,14 +145,17 @@ class VexaView : public BView {
     void AddMenus();
     void AddEnvelopes();
     void AddCoefficients(std::string_view group);
-    BTextControl* AddField(const char* name, const char* text, uint32 code, BRect frame);
+    void AddField(FieldId id, std::string_view name, std::string_view text, uint32 code,
+                  BRect frame);
+    void AddField(FunctionField id, BRect frame);
+    void AddHint();
     void StartGraph();
     void ShowSound();
 
     // Messages.
     bool TakeParameter(uint32 code);
     bool TakePlaneControl(uint32 code);
-    void MarkNumber(std::string_view name, bool controller = false);
+    void MarkNumber(FieldId id, bool controller = false);
     bool TakeMenuChoice(uint32 code);
     void SetChannel(int32 channel);
     bool TakePanelCommand(const BMessage& message);
@@ -159,19 +171,28 @@ class VexaView : public BView {
     void OpenSound(const std::string& path);
     void OpenSample(const std::string& path);
 
+    // What the plane shows, and what is typed.
+    void ShowFunction(const PlaneFunction& f);
+    void ShowPlaying(const PlaneFunction& f);
+    void TakeTyping();
+    std::optional<float> PlaceOfFault() const;
+    void EndTyping();
+    void ShowWhatChanges();
+
     // Functions.
     bool Install(const Function& function);
-    void ShowFailure(const Function& function, const FunctionReport& report);
+    void ShowFailure(const FunctionReport& report);
     void ShowKind();
     void TakeSampleFrequency();
 
     // Documents.
+    uint64 Edits() const;
     void InterpretFunction(const Function& function);
     void InterpretSound(const Sound& sound);
     using Writer = std::function<kits::Result<void>(const std::filesystem::path&)>;
     bool Save(const std::string& name, const char* folder, const Writer& write);
-    void SetAndInvoke(std::string_view field, const std::string& text);
-    std::string TextOf(std::string_view field) const;
+    void SetAndInvoke(FieldId field, const std::string& text);
+    std::string TextOf(FieldId field) const;
     void ConnectChosenSource();
 
     kits::ProgramFolders folders;
@@ -179,23 +200,38 @@ class VexaView : public BView {
     std::string soundName;
     /// What it held.
     Sound savedSound;
+    /// Whether the sound has changed, and the number of edits at which that was so.
+    mutable bool changed = false;
+    mutable std::optional<uint64> comparedAt;
     /// What saving the sound is to be followed by, if anything.
     std::function<void()> afterSaving;
     /// There is no file of that name: nothing sounds, and the name is all that can be saved.
     bool sampleMissing = false;
-    /// The field has an expression that is not installed, as it is wrong.
+    /// The field has an expression that is not installed, as it is wrong, and why.
     bool expressionWrong = false;
+    std::string refusal;
     /// The view is on its way out.
     bool closing = false;
 
     Instrument instrument;
+    /// What plays, but for an add-on of the same values, and what the plane shows.
+    PlaneFunction playing{nullfunc};
+    PlaneFollower shown{instrument.Playing()};
+    /// The plane shows what is typed, not what plays.
+    bool previewing = false;
+    /// What is typed and not shown yet, and for how many pulses it has been there.
+    std::shared_ptr<const Formula> typed;
+    /// The byte of the fault in what is typed, if it has one.
+    std::optional<std::size_t> faultPlace;
+    int pulsesOfRest = 0;
 
     FormulaPanel formulas;
 
     // Views, which go with this one.
     R2RFView* plane = nullptr;
+    FormulaHint* hint = nullptr;
     std::array<EnvView*, 4> envelopes{};
-    std::vector<BTextControl*> fields;
+    std::array<BTextControl*, FieldId::kCount> fields{};
     BMenu* voicesMenu = nullptr;
     BMenu* channelMenu = nullptr;
     BMenu* deviceMenu = nullptr;

@@ -4,6 +4,7 @@
 #include "documents/DocumentKind.h"
 #include "documents/FunctionDocument.h"
 #include "documents/SoundDocument.h"
+#include "functions/FunctionCost.h"
 #include "kits/interface/Alert.h"
 #include "kits/interface/Control.h"
 #include "kits/storage/FileName.h"
@@ -38,25 +39,21 @@ void Tell(const std::filesystem::path& path, const ReadReport& report) {
 
 } // namespace
 
-std::string VexaView::TextOf(std::string_view field) const {
-    return Field(field)->Text();
+std::string VexaView::TextOf(FieldId field) const {
+    return Field(field).Text();
 }
 
 /// As if the user had put the text into the field and confirmed it: it takes effect when the
 /// message is handled.
-void VexaView::SetAndInvoke(std::string_view field, const std::string& text) {
-    BTextControl* control = Field(field);
-    control->SetText(text.c_str());
-    control->Invoke();
+void VexaView::SetAndInvoke(FieldId field, const std::string& text) {
+    Field(field).SetText(text.c_str());
+    Field(field).Invoke();
 }
 
 Function VexaView::ConstructFunction() const {
     Function function = instrument.State().function;
-    function.expression = TextOf("Fxy");
-    function.frequency = TextOf("SFreq");
-    function.width = TextOf("Sc");
-    function.linkFunction = {TextOf("LFx"), TextOf("LFy")};
-    function.linkScreen = {TextOf("LSx"), TextOf("LSy")};
+    for (const FunctionFieldRow& row : FunctionFields())
+        row.text(function) = TextOf(row.id);
     return function;
 }
 
@@ -64,7 +61,7 @@ Sound VexaView::ConstructSound() const {
     Sound sound = instrument.State();
     sound.function = ConstructFunction();
     for (std::size_t i = 0; i < Parameters().size(); i++)
-        sound.texts[i] = TextOf(Parameters()[i].field);
+        sound.texts[i] = TextOf(Parameters()[i].id);
     for (std::size_t i = 0; i < envelopes.size(); i++)
         sound.envelopes[i] = envelopes[i]->Points();
     return sound;
@@ -73,9 +70,9 @@ Sound VexaView::ConstructSound() const {
 void VexaView::InterpretFunction(const Function& function) {
     const bool isSample = function.kind == FunctionKind::Sample;
     if (isSample)
-        SetAndInvoke("SFreq", function.frequency);
+        SetAndInvoke(FunctionField::Frequency, function.frequency);
     else
-        Field("Fxy")->SetText(function.expression.c_str());
+        Field(FunctionField::Expression).SetText(function.expression.c_str());
     instrument.SetMacros(function);
     sampleMissing = !Install(function) && isSample;
     if (sampleMissing)
@@ -83,18 +80,18 @@ void VexaView::InterpretFunction(const Function& function) {
     // Saving it again must not lose the name: the file may only be elsewhere for a while.
     instrument.Adopt(function);
     ShowKind();
-    SetAndInvoke("Sc", function.width);
-    SetAndInvoke("LFx", function.linkFunction.x);
-    SetAndInvoke("LFy", function.linkFunction.y);
-    SetAndInvoke("LSx", function.linkScreen.x);
-    SetAndInvoke("LSy", function.linkScreen.y);
+    SetAndInvoke(FunctionField::Width, function.width);
+    SetAndInvoke(FunctionField::LinkFunctionX, function.linkFunction.x);
+    SetAndInvoke(FunctionField::LinkFunctionY, function.linkFunction.y);
+    SetAndInvoke(FunctionField::LinkScreenX, function.linkScreen.x);
+    SetAndInvoke(FunctionField::LinkScreenY, function.linkScreen.y);
 }
 
 void VexaView::InterpretSound(const Sound& sound) {
     InterpretFunction(sound.function);
     instrument.LoadRest(sound);
     for (std::size_t i = 0; i < Parameters().size(); i++)
-        SetAndInvoke(Parameters()[i].field, sound.texts[i]);
+        SetAndInvoke(Parameters()[i].id, sound.texts[i]);
     for (std::size_t i = 0; i < envelopes.size(); i++)
         envelopes[i]->SetPoints(sound.envelopes[i]);
 }
@@ -151,12 +148,14 @@ void VexaView::LoadDefaultSound() {
 }
 
 void VexaView::SaveFunction(const std::string& name) {
+    instrument.FollowMacros();
     Save(name, "functions", [this](const std::filesystem::path& path) {
         return WriteFunction(path, ConstructFunction());
     });
 }
 
 void VexaView::SaveSound(const std::string& name) {
+    instrument.FollowMacros();
     const auto write = [this](const std::filesystem::path& path) {
         return WriteSound(path, ConstructSound());
     };
@@ -174,11 +173,31 @@ void VexaView::OpenSound(const std::string& path) {
         LoadSound(path);
 }
 
+void VexaView::TakeAsSaved() {
+    savedSound = ConstructSound();
+    comparedAt.reset();
+}
+
+/// How often anything of what ConstructSound tells may have changed.
+uint64 VexaView::Edits() const {
+    uint64 edits = instrument.Changes();
+    for (const BTextControl* field : fields)
+        edits += field->Changes();
+    for (const EnvView* envelope : envelopes)
+        edits += envelope->Changes();
+    return edits;
+}
+
 bool VexaView::Changed() const {
-    Sound now = ConstructSound();
-    now.author = savedSound.author;
-    now.function.author = savedSound.function.author;
-    return now != savedSound;
+    const uint64 edits = Edits();
+    if (comparedAt != edits) {
+        Sound now = ConstructSound();
+        now.author = savedSound.author;
+        now.function.author = savedSound.function.author;
+        changed = now != savedSound;
+        comparedAt = edits;
+    }
+    return changed;
 }
 
 std::string VexaView::SavingRemark() const {
@@ -195,6 +214,7 @@ std::string VexaView::SavingRemark() const {
 }
 
 bool VexaView::MayGiveUp(const std::function<void()>& then) {
+    instrument.FollowMacros();
     if (!Changed())
         return true;
     constexpr int32 kDiscard = 1;
@@ -216,6 +236,9 @@ std::string VexaView::Caption() const {
     std::string caption = soundName + (Changed() ? " *" : "");
     if (!graph->IsConnected())
         caption += caption.empty() ? "no sound" : "  (no audio device: no sound)";
+    const int voices = VoicesOf(ShownFunction().Source().Cost());
+    if (voices < kMostVoices)
+        caption += "  (about " + std::to_string(voices) + (voices == 1 ? " voice)" : " voices)");
     return caption;
 }
 

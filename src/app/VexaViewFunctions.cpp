@@ -34,10 +34,11 @@ class Pause {
 /// Installs the function; where that fails it is shown, and the function before stays.
 bool VexaView::Install(const Function& function) {
     const bool isSample = function.kind == FunctionKind::Sample;
-    BTextControl* field = Field("Fxy");
+    EndTyping();
+    BTextControl& field = Field(FunctionField::Expression);
     std::optional<Pause> pause;
     if (!isSample)
-        pause.emplace(*field);
+        pause.emplace(field);
     const FunctionReport report = instrument.SetFunction(function);
     // What fails without an alert plays all the same.
     const bool installed = report.alerts.empty();
@@ -45,37 +46,36 @@ bool VexaView::Install(const Function& function) {
         sampleMissing = false;
     if (!isSample) {
         expressionWrong = !installed;
-        field->MarkWrong(!installed);
-        if (installed)
-            field->SetToolTip(nullptr);
+        refusal = installed ? "" : report.details;
+        field.MarkWrong(!installed);
+        field.SetToolTip(refusal.c_str());
     }
     if (!installed)
-        ShowFailure(function, report);
+        ShowFailure(report);
     else if (!report.details.empty())
         std::fprintf(stderr, "vexa: %s\n", report.details.c_str());
     return installed;
 }
 
-/// What went wrong, in alerts; why and where, on standard error and in the expression's tool tip.
-void VexaView::ShowFailure(const Function& function, const FunctionReport& report) {
+/// What went wrong, in alerts; why and where, on standard error too.
+void VexaView::ShowFailure(const FunctionReport& report) {
     if (!report.details.empty())
         std::fprintf(stderr, "vexa: %s\n", report.details.c_str());
-    if (function.kind == FunctionKind::Expression)
-        Field("Fxy")->SetToolTip(report.details.c_str());
     for (const std::string& alert : report.alerts)
         ErrorAlert(alert, &alert == &report.alerts.back() ? report.details : "");
 }
 
 /// The fields are those of an expression or of a sample, whichever the function is.
 void VexaView::ShowKind() {
-    Field("SFreq")->SetEnabled(SampleMode());
+    Field(FunctionField::Frequency).SetEnabled(SampleMode());
     if (!SampleMode())
         return;
-    BTextControl* expression = Field("Fxy");
-    expression->SetText("");
-    expression->SetToolTip(nullptr);
-    expression->MarkWrong(false);
+    BTextControl& expression = Field(FunctionField::Expression);
+    expression.SetText("");
+    expression.SetToolTip(nullptr);
+    expression.MarkWrong(false);
     expressionWrong = false;
+    refusal.clear();
 }
 
 bool VexaView::Compile(const char* expression) {
@@ -103,7 +103,7 @@ bool VexaView::LoadSample(const char* path) {
     if (!Install(function))
         return false;
     ShowKind();
-    MarkNumber("SFreq");
+    MarkNumber(FunctionField::Frequency);
     return true;
 }
 
@@ -112,9 +112,9 @@ void VexaView::OpenSample(const std::string& path) {
 }
 
 void VexaView::TakeSampleFrequency() {
-    MarkNumber("SFreq");
+    MarkNumber(FunctionField::Frequency);
     // A text that is no frequency leaves the spiral as it is; the picture is shown all the same.
-    instrument.SetSampleFrequency(TextOf("SFreq"));
+    instrument.SetSampleFrequency(TextOf(FunctionField::Frequency));
     Function function = instrument.State().function;
     function.author = kDefaultAuthor;
     instrument.Adopt(function);

@@ -36,7 +36,10 @@ void VexaView::MessageReceived(BMessage* message) {
         return;
     switch (code) {
     case kExpressionCode:
-        Compile(TextOf("Fxy").c_str());
+        Compile(TextOf(FunctionField::Expression).c_str());
+        break;
+    case kExpressionTypedCode:
+        TakeTyping();
         break;
     case kSampleFrequencyCode:
         TakeSampleFrequency();
@@ -53,34 +56,33 @@ bool VexaView::TakeParameter(uint32 code) {
     for (const Parameter& row : Parameters()) {
         if (row.code != code)
             continue;
-        if (instrument.Edit(row, TextOf(row.field)) == TextFault::ControllerNumber)
+        if (instrument.Edit(row, TextOf(row.id)) == TextFault::ControllerNumber)
             ErrorAlert(kInvalidController);
-        MarkNumber(row.field, row.controller);
+        MarkNumber(row.id, row.controller);
         return true;
     }
     return false;
 }
 
 /// Marks a field whose text is not wholly used, and says in its tip what was understood.
-void VexaView::MarkNumber(std::string_view name, bool controller) {
-    const std::string doubt = NumberDoubt(TextOf(name), controller);
-    Field(name)->MarkWrong(!doubt.empty());
-    Field(name)->SetToolTip(doubt.c_str());
+void VexaView::MarkNumber(FieldId id, bool controller) {
+    const std::string doubt = NumberDoubt(TextOf(id), controller);
+    Field(id).MarkWrong(!doubt.empty());
+    Field(id).SetToolTip(doubt.c_str());
 }
 
 bool VexaView::TakePlaneControl(uint32 code) {
     static constexpr struct {
-        uint32 code;
-        const char* field;
+        FunctionField field;
         void (R2RFView::*set)(float);
     } kControls[] = {
-        {kLinkFunctionXCode, "LFx", &R2RFView::SetLinkFunctionX},
-        {kLinkFunctionYCode, "LFy", &R2RFView::SetLinkFunctionY},
-        {kLinkScreenXCode, "LSx", &R2RFView::SetLinkScreenX},
-        {kLinkScreenYCode, "LSy", &R2RFView::SetLinkScreenY},
+        {FunctionField::LinkFunctionX, &R2RFView::SetLinkFunctionX},
+        {FunctionField::LinkFunctionY, &R2RFView::SetLinkFunctionY},
+        {FunctionField::LinkScreenX, &R2RFView::SetLinkScreenX},
+        {FunctionField::LinkScreenY, &R2RFView::SetLinkScreenY},
     };
     for (const auto& control : kControls) {
-        if (control.code != code)
+        if (RowOf(control.field).code != code)
             continue;
         MarkNumber(control.field);
         if (const auto number = NumberIn(TextOf(control.field)))
@@ -89,8 +91,8 @@ bool VexaView::TakePlaneControl(uint32 code) {
     }
     if (code != kScaleCode)
         return false;
-    MarkNumber("Sc");
-    if (const auto width = NumberIn(TextOf("Sc")); width && *width > 0)
+    MarkNumber(FunctionField::Width);
+    if (const auto width = NumberIn(TextOf(FunctionField::Width)); width && *width > 0)
         plane->SetScale(*width / kPlaneWidth);
     return true;
 }

@@ -1,11 +1,12 @@
 #include "app/VexaWindow.h"
 
+#include "app/FieldId.h"
+#include "app/MacroStrip.h"
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
 #include "kits/interface/Application.h"
 #include "kits/interface/Control.h"
 #include "kits/translation/TranslationUtils.h"
-#include "synth/ParameterTable.h"
 #include "views/BitmapBarView.h"
 
 #include <algorithm>
@@ -19,6 +20,8 @@ namespace {
 constexpr bigtime_t kPulseRate = 100000;
 constexpr float kWidest = 10000;
 
+constexpr float kMainTop = 41;
+
 // The button in the logo bar, in pixels.
 
 constexpr float kSilenceGap = 12;
@@ -29,25 +32,29 @@ constexpr float kSilenceHeight = 20;
 /// Whether the code is one of a control of the main view.
 bool IsCommand(uint32 code) {
     static constexpr uint32 kCommands[] = {
-        kExpressionCode,    kLoadFunctionCode,  kSaveFunctionCode,    kLoadSoundCode,
-        kSaveSoundCode,     kLoadSampleCode,    kSampleFrequencyCode, kScaleCode,
-        kLinkFunctionXCode, kLinkFunctionYCode, kLinkScreenXCode,     kLinkScreenYCode,
-        kAllChannelsCode,
+        kExpressionTypedCode, kLoadFunctionCode, kSaveFunctionCode, kLoadSoundCode,
+        kSaveSoundCode,       kLoadSampleCode,   kAllChannelsCode,
     };
     const auto between = [code](uint32 first, uint32 last) {
         return first <= code && code <= last;
     };
+    const auto isRow = [code](const auto& row) { return row.code == code; };
     return std::find(std::begin(kCommands), std::end(kCommands), code) != std::end(kCommands) ||
            between(ChannelCode(1), ChannelCode(9)) || between(ChannelCode(10), ChannelCode(16)) ||
            between(VoicesCode(1), VoicesCode(9)) || between(VoicesCode(10), VoicesCode(20)) ||
-           std::any_of(Parameters().begin(), Parameters().end(),
-                       [code](const Parameter& row) { return row.code == code; });
+           std::ranges::any_of(Parameters(), isRow) || std::ranges::any_of(FunctionFields(), isRow);
+}
+
+/// A frame that has room for them below.
+BRect WithMacros(BRect frame) {
+    frame.bottom += MacroStrip::PreferredHeight() + 1;
+    return frame;
 }
 
 } // namespace
 
 VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders, bool withDefaultSound)
-    : BWindow(frame, "Vexa", B_TITLED_WINDOW, B_NOT_ZOOMABLE | B_NOT_V_RESIZABLE,
+    : BWindow(WithMacros(frame), "Vexa", B_TITLED_WINDOW, B_NOT_ZOOMABLE | B_NOT_V_RESIZABLE,
               B_CURRENT_WORKSPACE) {
     SetPulseRate(kPulseRate);
     BBitmap* left = BTranslationUtils::GetBitmap("orvo.png");
@@ -65,13 +72,12 @@ VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders, bool wi
         new BMessage(kSilenceCode), B_FOLLOW_RIGHT | B_FOLLOW_TOP);
     silence->SetToolTip("Ends all that sounds, at once (Esc)");
     logoBar->AddChild(silence);
-    BRect rest = Bounds();
-    rest.top = 41;
-    mainView = new VexaView(rest, "VexaView", folders);
+    mainView = new VexaView({0, kMainTop, frame.Width(), frame.Height()}, "VexaView", folders);
     AddChild(mainView);
-    const float needed = mainView->PreferredWidth();
-    SetSizeLimits(needed, kWidest, frame.Height(), frame.Height());
-    ResizeTo(std::max(frame.Width(), needed), frame.Height());
+    AddChild(new MacroStrip(0, frame.Height() + 1, frame.Width(), *mainView));
+    const float needed = std::max(mainView->PreferredWidth(), MacroStrip::LeastWidth());
+    SetSizeLimits(needed, kWidest, Bounds().Height(), Bounds().Height());
+    ResizeTo(std::max(frame.Width(), needed), Bounds().Height());
     if (withDefaultSound)
         mainView->LoadDefaultSound();
 }

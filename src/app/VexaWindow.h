@@ -1,4 +1,4 @@
-// The main window: the logo bar and the main view.
+// The main window: the logo bar, the main view and the macros.
 #pragma once
 
 #include "kits/interface/Window.h"
@@ -12,7 +12,8 @@ class VexaView;
 /// Can be made wider, not taller. Closing it ends the program. Window thread.
 class VexaWindow : public BWindow {
   public:
-    /// Wider than the frame where a font needs it. Has the default sound, unless told to leave that
+    /// The frame is that of the logo bar and the main view: the window is higher by the macros, and
+    /// wider where a font needs it. Has the default sound, unless told to leave that
     /// to the caller. Not shown yet.
     VexaWindow(BRect frame, const kits::ProgramFolders& folders, bool withDefaultSound = true);
 

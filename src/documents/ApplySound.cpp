@@ -9,20 +9,39 @@
 
 namespace vexa {
 
-TextFault ApplyText(const Parameter& row, const std::string& text, sound_param& target) {
-    if (row.controller) {
-        // A number beyond the range of long comes as the end of that range, so it is refused too.
-        const long number = std::strtol(text.c_str(), nullptr, 10);
-        if (number < 0 || number > 127)
-            return TextFault::ControllerNumber;
-        target.*row.controller = static_cast<int32>(number);
-    } else {
-        const auto number = static_cast<float>(kits::NumberOf(text));
-        if (std::isnan(number))
-            return TextFault::NotANumber;
-        target.*row.value = number;
-    }
+namespace {
+
+TextFault ApplyController(const std::string& text, kits::Shared<int32>& target) {
+    // A number beyond the range of long comes as the end of that range, so it is refused too.
+    const long number = std::strtol(text.c_str(), nullptr, 10);
+    if (number < 0 || number > 127)
+        return TextFault::ControllerNumber;
+    target = static_cast<int32>(number);
     return TextFault::None;
+}
+
+} // namespace
+
+TextFault ApplyText(const Parameter& row, const std::string& text, sound_param& target) {
+    if (row.controller)
+        return ApplyController(text, target.*row.controller);
+    const auto number = static_cast<float>(kits::NumberOf(text));
+    if (std::isnan(number))
+        return TextFault::NotANumber;
+    target.*row.value = number;
+    return TextFault::None;
+}
+
+TextFault ApplyMacroValue(const std::string& text, Macro& target) {
+    const auto number = static_cast<float>(kits::NumberOf(text));
+    if (std::isnan(number))
+        return TextFault::NotANumber;
+    target.value = std::clamp(number, 0.0F, 1.0F);
+    return TextFault::None;
+}
+
+TextFault ApplyMacroController(const std::string& text, Macro& target) {
+    return ApplyController(text, target.controller);
 }
 
 void ApplyParameters(const Sound& sound, sound_param& target) {
@@ -32,12 +51,11 @@ void ApplyParameters(const Sound& sound, sound_param& target) {
 
 void ApplyMacros(const Function& function, Macros& target) {
     for (std::size_t i = 0; i < target.size(); i++) {
-        const auto value = static_cast<float>(kits::NumberOf(function.macros[i].value));
-        target[i].value = std::isnan(value) ? kInitialMacro : std::clamp(value, 0.0F, 1.0F);
-        const long number = std::strtol(function.macros[i].controller.c_str(), nullptr, 10);
-        const bool known = number >= 0 && number <= 127;
-        target[i].controller =
-            known ? static_cast<int32>(number) : kFirstMacroController + static_cast<int32>(i);
+        const Function::MacroTexts& texts = function.macros[i];
+        if (ApplyMacroValue(texts.value, target[i]) != TextFault::None)
+            target[i].value = kInitialMacro;
+        if (ApplyMacroController(texts.controller, target[i]) != TextFault::None)
+            target[i].controller = kFirstMacroController + static_cast<int32>(i);
     }
 }
 

@@ -24,6 +24,12 @@ TextFault ApplyText(const Parameter& row, const std::string& text, sound_param& 
 /// ApplyText for all of the sound's texts. Reading a document tells of their faults. Window thread.
 void ApplyParameters(const Sound& sound, sound_param& target);
 
+/// Sets where a macro is to be, within 0..1. A text that is no number means 0; a NaN changes
+/// nothing. Window thread.
+TextFault ApplyMacroValue(const std::string& text, Macro& target);
+/// Sets the controller that moves a macro, as ApplyText. Window thread.
+TextFault ApplyMacroController(const std::string& text, Macro& target);
+
 /// Sets values and controllers of the macros to what the function's texts mean, values within 0..1;
 /// what means nothing is as in a fresh function. Window thread.
 void ApplyMacros(const Function& function, Macros& target);

@@ -32,8 +32,8 @@ class Formula final : public PlaneSource {
   public:
     explicit Formula(formula::Program program) : program(std::move(program)) {}
 
-    /// Estimated time in nanoseconds per point in blocks, on this machine's instruction set.
-    double Cost() const { return program.Cost(); }
+    /// On this machine's instruction set.
+    double Cost() const noexcept override { return program.Cost(); }
     /// How many operations it takes for each point.
     std::size_t Length() const { return program.Length(); }
 

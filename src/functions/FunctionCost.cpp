@@ -13,7 +13,11 @@ namespace vexa {
 
 namespace {
 
-constexpr double kMostNanoseconds = 0.5e9 / 48000;
+constexpr double kNanosecondsPerSample = 1e9 / 48000;
+constexpr double kMostNanoseconds = 0.5 * kNanosecondsPerSample;
+/// Of the time, what voices may take together, and what each costs besides its function.
+constexpr double kShare = 0.9;
+constexpr double kVoiceNanoseconds = 2;
 constexpr std::size_t kPoints = 64;
 /// What a single point may take, in nanoseconds, before many are out of the question.
 constexpr double kPatience = 5e6;
@@ -66,6 +70,12 @@ std::optional<std::string> TooCostly(double nanosecondsPerPoint) {
         "%.2g are the most",
         nanosecondsPerPoint / 1000, kMostNanoseconds / 1000);
     return text.data();
+}
+
+int VoicesOf(double nanosecondsPerPoint) {
+    const double voices =
+        kShare * kNanosecondsPerSample / (nanosecondsPerPoint + kVoiceNanoseconds);
+    return static_cast<int>(std::clamp(voices, 1.0, 1000.0));
 }
 
 } // namespace vexa

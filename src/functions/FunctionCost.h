@@ -18,4 +18,8 @@ double MeasureCost(const PlaneFunction& f);
 /// per second. Nothing if it can.
 std::optional<std::string> TooCostly(double nanosecondsPerPoint);
 
+/// About how many voices of it one core can play at 48000 samples per second, at least 1 and at
+/// most a thousand.
+int VoicesOf(double nanosecondsPerPoint);
+
 } // namespace vexa

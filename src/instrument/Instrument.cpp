@@ -1,25 +1,15 @@
 #include "instrument/Instrument.h"
 
-#include "formula/Formula.h"
 #include "functions/ExpressionCheck.h"
-#include "functions/FunctionCost.h"
-#include "instrument/ShownFunction.h"
+#include "instrument/PlayableFormula.h"
 #include "kits/support/NumberText.h"
 #include "kits/support/Quoted.h"
-#include "synth/NoteInputs.h"
 
 #include <new>
 #include <system_error>
 #include <utility>
 
 namespace vexa {
-
-namespace {
-
-/// The note as which the plane shows a function that uses more than x and y.
-constexpr NoteMoment kShownNote{0.8F, 60.0F / 127, 0};
-
-} // namespace
 
 std::string Text(const FunctionReport& report) {
     std::string text;
@@ -49,6 +39,12 @@ void Instrument::LoadRest(const Sound& next) {
     Function function = std::move(sound.function);
     sound = next;
     sound.function = std::move(function);
+    changes++;
+}
+
+void Instrument::Adopt(const Function& function) {
+    sound.function = function;
+    changes++;
 }
 
 FunctionReport Instrument::SetFunction(const Function& function) {
@@ -69,14 +65,12 @@ void Instrument::Silence() {
 
 FunctionReport Instrument::InstallExpression(const std::string& expression) try {
     const FunctionCompiler compiler(folders);
-    const FormulaOutcome outcome = CompileFormula(expression);
-    if (!outcome)
-        return compiler.Refusal(Text(outcome.fault));
-    if (auto tooCostly = TooCostly(outcome.formula->Cost()))
-        return compiler.Refusal(*std::move(tooCostly));
+    const PlayableFormula read = ReadPlayable(expression);
+    if (!read.formula)
+        return compiler.Refusal(read.reason);
     const bool mayBeAddon =
-        addons != Addons::None && outcome.formula->Inputs().empty() && !CheckExpression(expression);
-    PlaneFunction f = outcome.formula;
+        addons != Addons::None && read.formula->Inputs().empty() && !CheckExpression(expression);
+    PlaneFunction f = read.formula;
     FunctionReport report;
     if (mayBeAddon && addons == Addons::Awaited) {
         CompileOutcome compiled = compiler.Compile(expression);
@@ -127,6 +121,7 @@ FunctionReport Instrument::InstallSample(const Function& function) {
 
 bool Instrument::SetSampleFrequency(const std::string& text) {
     sound.function.frequency = text;
+    changes++;
     return sound.function.kind == FunctionKind::Sample && Wind(text);
 }
 
@@ -146,15 +141,46 @@ bool Instrument::Wind(const std::string& frequency) {
 TextFault Instrument::Edit(const Parameter& row, const std::string& text) {
     sound.texts[static_cast<std::size_t>(&row - Parameters().data())] = text;
     sound.author = kDefaultAuthor;
+    changes++;
     return ApplyText(row, text, engine.parameters);
 }
 
+void Instrument::SetMacros(const Function& function) {
+    ApplyMacros(function, engine.macros);
+    for (std::size_t i = 0; i < kMacros; i++)
+        toldMacros[i] = engine.macros[i].value;
+}
+
+TextFault Instrument::EditMacroValue(std::size_t macro, const std::string& text) {
+    sound.function.macros[macro].value = text;
+    sound.function.author = kDefaultAuthor;
+    changes++;
+    const TextFault fault = ApplyMacroValue(text, engine.macros[macro]);
+    toldMacros[macro] = engine.macros[macro].value;
+    return fault;
+}
+
+TextFault Instrument::EditMacroController(std::size_t macro, const std::string& text) {
+    sound.function.macros[macro].controller = text;
+    sound.function.author = kDefaultAuthor;
+    changes++;
+    return ApplyMacroController(text, engine.macros[macro]);
+}
+
+void Instrument::FollowMacros() {
+    for (std::size_t i = 0; i < kMacros; i++) {
+        const float value = engine.macros[i].value;
+        if (value == toldMacros[i])
+            continue;
+        toldMacros[i] = value;
+        sound.function.macros[i].value = kits::ShortText(value);
+        changes++;
+    }
+}
+
 void Instrument::Install(const PlaneFunction& f) {
-    if (watcher && f.Source().Inputs().empty())
+    if (watcher)
         watcher(f);
-    else if (watcher)
-        watcher(std::make_shared<ShownFunction>(
-            f, InputsOf(f.Source(), kShownNote, engine.macros, engine.controllers)));
     engine.SetFunction(f);
 }
 

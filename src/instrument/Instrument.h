@@ -9,6 +9,7 @@
 #include "kits/storage/ProgramFolder.h"
 #include "midi/Engine.h"
 
+#include <array>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -67,10 +68,10 @@ class Instrument {
     /// Whether Collect has something to wait for.
     bool Compiling() const { return thread.Pending(); }
     /// Sets the macros, which controllers move, to what the function's document says.
-    void SetMacros(const Function& function) { ApplyMacros(function, engine.macros); }
+    void SetMacros(const Function& function);
     /// Has State say the function, whatever sounds: one that could not be installed is not lost
     /// when the sound is saved.
-    void Adopt(const Function& function) { sound.function = function; }
+    void Adopt(const Function& function);
     /// Installs silence in the place of a sample that is missing.
     void Silence();
 
@@ -81,13 +82,23 @@ class Instrument {
     /// A coefficient's text, by the rules of ApplyText; the sound is the user's own from then on.
     TextFault Edit(const Parameter& row, const std::string& text);
 
+    /// A macro's value, by the rules of ApplyMacroValue, or its controller, by those of
+    /// ApplyMacroController; the function is the user's own from then on. Where there is a fault
+    /// the sound has the text all the same, and the macro stays as it was.
+    TextFault EditMacroValue(std::size_t macro, const std::string& text);
+    TextFault EditMacroController(std::size_t macro, const std::string& text);
+    /// Has State say where controllers have moved the macros since the last call. To be called some
+    /// ten times a second and before the sound is saved, so that what is saved is what one hears.
+    void FollowMacros();
+
     /// The sound as the calls so far have made it, with the points of envelopes as they were
     /// loaded.
     const Sound& State() const { return sound; }
+    /// How often State may have become another one.
+    uint64 Changes() const { return changes; }
 
     /// Called with each new function before the engine has it, but for add-ons that follow a
-    /// formula of the same values. One that uses more than x and y comes as a note of velocity 0.8
-    /// and key 60 hears it when it begins.
+    /// formula of the same values. PlaneFollower shows those that hear more than x and y.
     void Watch(Watcher next) { watcher = std::move(next); }
 
     Engine& Playing() { return engine; }
@@ -103,6 +114,10 @@ class Instrument {
     const kits::ProgramFolders folders;
     const Addons addons;
     Sound sound;
+    uint64 changes = 0;
+    /// The values of the macros that the sound's texts say.
+    std::array<float, kMacros> toldMacros{kInitialMacro, kInitialMacro, kInitialMacro,
+                                          kInitialMacro};
     /// The last one that was loaded.
     std::optional<LoadedSample> sample;
     Winding winding;

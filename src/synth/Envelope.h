@@ -2,6 +2,7 @@
 #pragma once
 
 #include "kits/support/Published.h"
+#include "kits/support/SupportDefs.h"
 #include "synth/EnvelopeCurve.h"
 
 #include <vector>
@@ -23,9 +24,15 @@ class Envelope {
     /// Seconds of the key-down part; the release part has the rest of the time range.
     float Split() const { return split; }
 
-    /// The points as edited: key-down points first, each kind in increasing time. Window thread.
-    std::vector<EnvPoint>& Points() { return points; }
+    /// The points as edited: key-down points first, each kind in increasing time. Who changes them
+    /// does so at once and keeps no reference. Window thread.
+    std::vector<EnvPoint>& Points() {
+        changes++;
+        return points;
+    }
     const std::vector<EnvPoint>& Points() const { return points; }
+    /// How often the points may have changed. Window thread.
+    uint64 Changes() const { return changes; }
 
     /// Publishes the points as the curve that is heard. Window thread; readers never wait.
     void ProduceCalcPts();
@@ -46,6 +53,7 @@ class Envelope {
     float timeRange;
     float split;
     std::vector<EnvPoint> points;
+    uint64 changes = 0;
     kits::Published<EnvelopeCurve> curve;
 };
 

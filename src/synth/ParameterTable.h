@@ -3,13 +3,36 @@
 
 #include "synth/SoundParam.h"
 
+#include <cstddef>
 #include <span>
 #include <string_view>
 
 namespace vexa {
 
-/// A coefficient: its field in the window, its message, its element in a document, its target.
+/// The coefficients by name, in the order of Parameters().
+enum class ParameterId : unsigned char {
+    // clang-format off
+    Cx0, Cx1, Cx2, Cx3, Cx4,
+    Cy0, Cy1, Cy2, Cy3, Cy4,
+    Ax0, Ax1, Ax2, Ax3, Ax4,
+    Ay0, Ay1, Ay2, Ay3, Ay4,
+    C0x0, C0x1, C0x2, C0x3, C0x4,
+    C0y0, C0y1, C0y2, C0y3, C0y4,
+    Fx, Fy,
+    // clang-format on
+};
+constexpr std::size_t kParameters = static_cast<std::size_t>(ParameterId::Fy) + 1;
+
+/// The one that stands so many places after the first of its group.
+constexpr ParameterId operator+(ParameterId first, int places) {
+    return static_cast<ParameterId>(static_cast<int>(first) + places);
+}
+
+/// A coefficient: its message, its field in the window, its element in a document, its target.
 struct Parameter {
+    ParameterId id;
+    /// The message that the field sends.
+    uint32 code;
     /// Name of the text field, and of the sound_param member.
     std::string_view field;
     /// The group's element in a sound document, and the element inside the group; a parameter
@@ -18,15 +41,16 @@ struct Parameter {
     std::string_view element;
     /// Text of the field before anything was loaded or typed; it means the member's initial value.
     std::string_view initialText;
-    /// The message that the field sends.
-    uint32 code;
     /// The member that the text is for: a float, or (a controller's number, 0..127) an int32.
     kits::Shared<float> sound_param::*value = nullptr;
     kits::Shared<int32> sound_param::*controller = nullptr;
 };
 
 /// All coefficients, in the order of a sound document: dcxdt, dcydt, ax, ay, cx0, cy0, fx, fy.
-std::span<const Parameter> Parameters();
+std::span<const Parameter, kParameters> Parameters();
+inline const Parameter& ParameterOf(ParameterId id) {
+    return Parameters()[static_cast<std::size_t>(id)];
+}
 
 /// The rows of one group, in order; empty for an unknown name.
 std::span<const Parameter> ParametersOf(std::string_view group);

@@ -45,6 +45,10 @@ class PlaneSource {
     /// What it uses beside x and y, at most kMostInputs. Any thread.
     virtual std::span<const FunctionInput> Inputs() const noexcept { return {}; }
 
+    /// Estimated time in nanoseconds per point in blocks; 0 where it is too little to be worth a
+    /// thought. Any thread.
+    virtual double Cost() const noexcept { return 0; }
+
     /// f(x, y), where the k-th of Inputs() is inputs[k]. Any thread at any time: must not block or
     /// allocate.
     virtual float At(float x, float y, const float* inputs) const noexcept = 0;

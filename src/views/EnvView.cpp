@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace vexa {
 
@@ -126,7 +127,7 @@ void EnvView::MouseMoved(BPoint where, uint32 transit, const BMessage*) {
 }
 
 BRect EnvView::Band(const Drag& drag) const {
-    const std::vector<EnvPoint>& points = Points();
+    const std::vector<EnvPoint>& points = std::as_const(*this).Points();
     const EnvPoint& point = points[drag.point];
     EnvPoint end{drag.maxT, point.fku, Minimum()};
     if (drag.point + 1 < points.size()) {
@@ -162,7 +163,7 @@ void EnvView::Draw(BRect) {
     SetLowColor(lineColor);
     BPoint last;
     const EnvPoint* previous = nullptr;
-    for (const EnvPoint& point : Points()) {
+    for (const EnvPoint& point : std::as_const(*this).Points()) {
         const BPoint at = EnvPoint2View(point);
         if (previous) {
             // The last value with the key down is held until it is let go.

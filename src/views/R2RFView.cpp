@@ -125,14 +125,28 @@ void R2RFView::SetupBitmap() {
 void R2RFView::Compute(std::chrono::steady_clock::duration time) {
     if (stale) {
         stale = false;
-        marks.clear();
-        bitmap = std::make_unique<BBitmap>(Frame(), B_RGB32);
+        drawingTime = {};
+        // What was shown stays until what is new takes its place: the picture may move.
+        if (!bitmap || bitmap->Bounds() != Frame()) {
+            marks.clear();
+            bitmap = std::make_unique<BBitmap>(Frame(), B_RGB32);
+        }
+        EraseMarks();
         if (bitmap->IsValid())
             drawing = std::make_unique<PlaneDrawing>(function, Area(*bitmap, scale),
                                                      static_cast<uint32*>(bitmap->Bits()));
     }
-    if (drawing && drawing->Continue(time))
+    if (!drawing)
+        return;
+    const auto start = std::chrono::steady_clock::now();
+    if (drawing->Continue(time))
         drawing.reset();
+    drawingEnd = std::chrono::steady_clock::now();
+    drawingTime += drawingEnd - start;
+}
+
+bool R2RFView::IsRested() const {
+    return IsComplete() && std::chrono::steady_clock::now() - drawingEnd >= 3 * drawingTime;
 }
 
 void R2RFView::SetSoundParam(const ControllerTable* controllers, const sound_param* parameters,

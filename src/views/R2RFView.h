@@ -60,6 +60,9 @@ class R2RFView : public BView {
     }
     /// Whether there is nothing left to compute.
     bool IsComplete() const { return !stale && !drawing; }
+    /// Whether it has been complete for three times as long as it took to compute: who shows one
+    /// picture after the other then takes a quarter of the machine's time at most.
+    bool IsRested() const;
 
     /// Marks the next revolution of a voice's orbit in the picture, in steps of `step` radians. The
     /// drift and the envelopes run 2 pi times faster along the path than in the sound.
@@ -111,6 +114,9 @@ class R2RFView : public BView {
     std::unique_ptr<BBitmap> bitmap;
     /// What remains to be computed of `bitmap`; null when it is complete.
     std::unique_ptr<PlaneDrawing> drawing;
+    /// How long `bitmap` has been computed, and when that ended.
+    std::chrono::steady_clock::duration drawingTime{};
+    std::chrono::steady_clock::time_point drawingEnd;
 
     bool hasSoundParam = false;
     const ControllerTable* ctlvalue = nullptr;

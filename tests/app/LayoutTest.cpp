@@ -39,8 +39,10 @@ class LayoutTest : public test::MainViewTest, public testing::WithParamInterface
 
     std::vector<Piece> Controls() const {
         std::vector<Piece> pieces;
-        for (const BView* child : view->Children())
-            pieces.push_back({child->Name(), AreaOf(child->Frame())});
+        for (const BView* child : view->Children()) {
+            if (!child->IsHidden())
+                pieces.push_back({child->Name(), AreaOf(child->Frame())});
+        }
         return pieces;
     }
 
@@ -85,15 +87,33 @@ TEST_P(LayoutTest, NothingCoversAnything) {
     }
 }
 
+TEST_P(LayoutTest, TheMacrosStandBelowTheMainViewAndDoNotTouch) {
+    BView* strip = window->FindView("Macros");
+    EXPECT_EQ(view->Frame(), (BRect{0, 41, window->Bounds().right, 510}));
+    EXPECT_EQ(strip->Frame(), (BRect{0, 511, window->Bounds().right, window->Bounds().bottom}));
+    const QRectF bounds = AreaOf(strip->Bounds());
+    const std::vector<BView*>& controls = strip->Children();
+    ASSERT_EQ(controls.size(), 12U);
+    double end = 0;
+    for (std::size_t i = 0; i < controls.size(); i++) {
+        const QRectF area = AreaOf(controls[i]->Frame());
+        EXPECT_TRUE(bounds.contains(area)) << controls[i]->Name();
+        const QString label = i % 3 == 0 ? "d = " : i % 3 == 1 ? "" : "Ctl";
+        EXPECT_GE(area.left(), end + QFontMetricsF(PanelFont()).horizontalAdvance(label))
+            << controls[i]->Name();
+        end = area.right();
+    }
+}
+
 TEST_P(LayoutTest, EveryFieldStandsInItsGapOnTheBaselineOfItsFormula) {
     for (const auto& gap : view->Formulas().Gaps()) {
-        const BTextControl* field = view->Field(gap.field);
-        ASSERT_NE(field, nullptr) << gap.field;
-        const BRect frame = field->Frame();
-        EXPECT_GE(frame.left, gap.baseline.x) << gap.field;
-        EXPECT_LE(frame.right, gap.baseline.x + gap.width) << gap.field;
-        EXPECT_GE(frame.Width(), gap.width - 7) << gap.field;
-        EXPECT_NEAR(frame.top + BTextControl::BaselineOffset(), gap.baseline.y, 0.51) << gap.field;
+        const BTextControl& field = view->Field(gap.field);
+        const BRect frame = field.Frame();
+        EXPECT_GE(frame.left, gap.baseline.x) << field.Name();
+        EXPECT_LE(frame.right, gap.baseline.x + gap.width) << field.Name();
+        EXPECT_GE(frame.Width(), gap.width - 7) << field.Name();
+        EXPECT_NEAR(frame.top + BTextControl::BaselineOffset(), gap.baseline.y, 0.51)
+            << field.Name();
     }
 }
 
@@ -114,14 +134,15 @@ TEST_P(LayoutTest, NoMenuTitleIsCut) {
 
 TEST_P(LayoutTest, AWiderWindowWidensTheEnvelopesOnly) {
     const BRect before = view->EnvelopeEditor(2).Frame();
-    const BRect field = view->Field("C0y4")->Frame();
+    const BRect field = view->Field(vexa::ParameterId::C0y4).Frame();
     const float width = window->Bounds().Width();
+    const float height = window->Bounds().Height();
     window->ResizeTo(width + 400, window->Bounds().Height() + 100);
     test::Settle();
-    EXPECT_EQ(window->Bounds().Height(), 510);
+    EXPECT_EQ(window->Bounds().Height(), height);
     EXPECT_EQ(view->EnvelopeEditor(2).Frame().right, before.right + 400);
     EXPECT_EQ(view->EnvelopeEditor(2).Frame().Height(), 92);
-    EXPECT_EQ(view->Field("C0y4")->Frame(), field);
+    EXPECT_EQ(view->Field(vexa::ParameterId::C0y4).Frame(), field);
     EXPECT_EQ(view->Plane().Frame(), (BRect{10, 10, 310, 310}));
 }
 

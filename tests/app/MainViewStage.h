@@ -6,6 +6,7 @@
 #include "kits/interface/Control.h"
 #include "kits/interface/Menu.h"
 #include "kits/media/AudioSystem.h"
+#include "support/Content.h"
 #include "support/TemporaryFolder.h"
 #include "support/WindowStage.h"
 #include "views/R2RFVTranslatorSavePanel.h"
@@ -31,9 +32,7 @@ class MainViewTest : public testing::Test {
         ::setenv("JACK_DEFAULT_SERVER", "vexa-test-none", 1);
         ::setenv("JACK_NO_START_SERVER", "1", 1);
         kits::ChooseAudioSystem(kits::AudioSystem::None);
-        for (const char* name : {"functions", "sounds", "samples"})
-            std::filesystem::copy(std::filesystem::path(VEXA_PROGRAM_FOLDER) / name,
-                                  folder.Path() / name, std::filesystem::copy_options::recursive);
+        test::CopyContent(folder.Path());
     }
     ~MainViewTest() override { delete window; }
 
@@ -49,8 +48,8 @@ class MainViewTest : public testing::Test {
 
     /// As a user does: replaces a field's text and presses Enter.
     void Enter(const char* field, const char* text) {
-        view->Field(field)->Type(text);
-        view->Field(field)->Confirm();
+        Field(field).Type(text);
+        Field(field).Confirm();
         Settle();
     }
     /// Waits for the add-on of the last expression.
@@ -61,7 +60,11 @@ class MainViewTest : public testing::Test {
         }
         Settle();
     }
-    std::string Text(const char* field) const { return view->Field(field)->Text(); }
+    /// As a user sees them: by name.
+    BTextControl& Field(const std::string& name) const {
+        return dynamic_cast<BTextControl&>(*window->FindView(name.c_str()));
+    }
+    std::string Text(const char* field) const { return Field(field).Text(); }
     std::filesystem::path In(const char* name) const { return folder.Path() / name; }
     /// Of the picture of the plane: the value of f and the marks.
     uint32 PixelAt(int column, int row) const {

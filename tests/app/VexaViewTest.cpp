@@ -1,7 +1,9 @@
 // Every control of the main view, through its message.
+#include "app/FormulaHint.h"
 #include "app/MainViewStage.h"
 #include "app/MessageCodes.h"
 #include "documents/SoundDocument.h"
+#include "kits/interface/Slider.h"
 #include "kits/midi/MidiLocalProducer.h"
 #include "kits/midi/MidiRoster.h"
 #include "support/Environment.h"
@@ -18,6 +20,7 @@
 
 namespace {
 
+using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using VexaViewTest = test::MainViewTest;
@@ -30,7 +33,7 @@ TEST_F(VexaViewTest, StartsWithTheTextsThatItsParametersHave) {
     for (const auto& [field, text] :
          {std::pair{"LFx", "0"}, {"LFy", "0"}, {"LSx", "0.5"}, {"LSy", "0.5"}, {"SFreq", "440"}})
         EXPECT_EQ(Text(field), text) << field;
-    EXPECT_FALSE(view->Field("SFreq")->IsEnabled());
+    EXPECT_FALSE(Field("SFreq").IsEnabled());
     for (const vexa::Parameter& row : vexa::Parameters()) {
         const std::string field(row.field);
         const bool isFirst = field == "Cx0" || field == "Cy0" || field == "Ax0" || field == "Ay0" ||
@@ -52,13 +55,13 @@ TEST_F(VexaViewTest, TabWalksTheFieldsInReadingOrder) {
         for (const vexa::Parameter& row : vexa::ParametersOf(group))
             expected.emplace_back(row.field);
     }
-    view->Field("Fxy")->MakeFocus();
+    Field("Fxy").MakeFocus();
     std::vector<std::string> walked{"Fxy"};
     // Buttons and menus lie between.
     for (int key = 0; key < 60 && walked.size() < expected.size(); key++) {
         test::TypeKey(*window, Qt::Key_Tab);
         for (const std::string& name : expected) {
-            if (view->Field(name)->IsFocus())
+            if (Field(name).IsFocus())
                 walked.push_back(name);
         }
     }
@@ -112,9 +115,9 @@ TEST_F(VexaViewTest, AnExpressionIsCompiledAndShown) {
     EXPECT_THAT(alerts.texts, ElementsAre());
     EXPECT_EQ(PixelAt(10, 10), 127U);
     EXPECT_EQ(Text("Fxy"), "0.5");
-    EXPECT_TRUE(view->Field("Fxy")->IsEnabled());
+    EXPECT_TRUE(Field("Fxy").IsEnabled());
     // What the person types meanwhile stays when the add-on comes, with or without one.
-    view->Field("Fxy")->Type("x+");
+    Field("Fxy").Type("x+");
     FinishAddon();
     EXPECT_TRUE(std::filesystem::exists(In("functions/recent")));
     EXPECT_EQ(Text("Fxy"), "x+");
@@ -141,11 +144,139 @@ TEST_F(VexaViewTest, AnExpressionIsCompiledAndShown) {
     EXPECT_THAT(alerts.texts[0], HasSubstr("There was an error while trying to compile"));
     EXPECT_EQ(PixelAt(10, 10), 127U);
     EXPECT_EQ(Text("Fxy"), "0.5 + fopen(x)");
-    EXPECT_THAT(view->Field("Fxy")->ToolTip(), HasSubstr("fopen"));
-    EXPECT_TRUE(view->Field("Fxy")->IsEnabled());
+    EXPECT_THAT(Field("Fxy").ToolTip(), HasSubstr("fopen"));
+    EXPECT_TRUE(Field("Fxy").IsEnabled());
     Enter("Fxy", "-1.0");
-    EXPECT_STREQ(view->Field("Fxy")->ToolTip(), "");
+    EXPECT_STREQ(Field("Fxy").ToolTip(), "");
     EXPECT_EQ(PixelAt(10, 10), 0xff0000U);
+}
+
+TEST_F(VexaViewTest, WhatIsTypedIsExplainedAndShownAndHeardWhenItIsConfirmed) {
+    Open(false);
+    Enter("Fxy", "0.25");
+    BTextControl& field = Field("Fxy");
+    const auto pixelAfterPulses = [&] {
+        for (int i = 0; i < 3; i++)
+            view->Pulse();
+        return PixelAt(10, 10);
+    };
+    const auto type = [&](const char* text) {
+        field.MakeFocus();
+        field.Type(text);
+        test::Settle();
+    };
+    const auto heard = [&] {
+        view->Graph().Consumer().NoteOn(0, 60, 100, 0);
+        return float(view->Playing().voices[0].start);
+    };
+    constexpr uint32 kPlaying = 63;
+    constexpr uint32 kTyped = 127;
+    type("0.5+x^2");
+    EXPECT_FALSE(view->Hint().IsHidden());
+    EXPECT_THAT(view->Hint().Lines(), Contains(HasSubstr("pow(x, 2)")));
+    EXPECT_THAT(field.ToolTip(), HasSubstr("pow(x, 2)"));
+    const float mark = *view->Hint().Mark();
+    type("0.5+x+x^2");
+    EXPECT_GT(*view->Hint().Mark(), mark + 5);
+    EXPECT_EQ(pixelAfterPulses(), kPlaying);
+    type("0.5");
+    EXPECT_TRUE(view->Hint().IsHidden());
+    EXPECT_STREQ(field.ToolTip(), "");
+    view->Pulse();
+    EXPECT_EQ(PixelAt(10, 10), kPlaying) << "not at once";
+    EXPECT_EQ(pixelAfterPulses(), kTyped);
+    type("0.5+");
+    EXPECT_EQ(pixelAfterPulses(), kTyped) << "the last that was right";
+    EXPECT_EQ(heard(), 0.25F);
+    test::TypeKey(*window, Qt::Key_Escape);
+    EXPECT_TRUE(view->Hint().IsHidden());
+    EXPECT_EQ(pixelAfterPulses(), kPlaying);
+    type("0.5");
+    EXPECT_EQ(pixelAfterPulses(), kTyped);
+    field.Confirm();
+    test::Settle();
+    EXPECT_EQ(pixelAfterPulses(), kTyped);
+    EXPECT_EQ(heard(), 0.5F);
+    // The alert says the same.
+    type("0.5+x^2");
+    const std::string tip = field.ToolTip();
+    field.Confirm();
+    test::Settle();
+    EXPECT_EQ(alerts.details, tip);
+    EXPECT_TRUE(view->Hint().IsHidden());
+    type("x");
+    field.Type("0.5+x^2");
+    test::Settle();
+    EXPECT_EQ(field.ToolTip(), tip) << "what was confirmed is wrong as before";
+    EXPECT_TRUE(view->Hint().IsHidden());
+    // A text that was never confirmed leaves nothing behind when something else is loaded.
+    type("0.125");
+    pixelAfterPulses();
+    ASSERT_TRUE(view->LoadSound(In("sounds/bell.xml")));
+    test::Settle();
+    const uint32 bell = PixelAt(170, 160);
+    pixelAfterPulses();
+    EXPECT_EQ(PixelAt(170, 160), bell);
+}
+
+TEST_F(VexaViewTest, MacrosAreEditedFollowedAndSaved) {
+    Open();
+    BView& strip = *window->FindView("Macros");
+    auto& slider = dynamic_cast<BSlider&>(*strip.FindView("slider a"));
+    const auto pulse = [&] {
+        view->Pulse();
+        strip.Pulse();
+        test::Settle();
+    };
+    const vexa::Macro& a = view->Playing().macros[0];
+    EXPECT_FALSE(Field("macro a").IsEnabled());
+    Enter("Fxy", "a + 0*vel");
+    pulse();
+    EXPECT_TRUE(Field("macro a").IsEnabled());
+    EXPECT_FALSE(Field("macro b").IsEnabled());
+    EXPECT_EQ(PixelAt(10, 10), 127U);
+    view->SaveSound("mine.xml");
+    EXPECT_FALSE(view->Changed());
+    slider.Move(250);
+    test::Settle();
+    EXPECT_EQ(a.value, 0.25F);
+    EXPECT_EQ(Text("macro a"), "0.25");
+    EXPECT_TRUE(view->Changed());
+    // When the picture before has been there for a while.
+    for (int i = 0; i < 5000 && PixelAt(10, 10) != 63; i++) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        pulse();
+    }
+    EXPECT_EQ(PixelAt(10, 10), 63U);
+    Enter("macro a", "0.5");
+    EXPECT_EQ(slider.Value(), 500);
+    EXPECT_FALSE(view->Changed()) << "as it was";
+    for (const auto& [text, tip] : {std::pair{"1,5", "counts as 1"}, {"7", "counts as 1"}}) {
+        Enter("macro a", text);
+        EXPECT_THAT(Field("macro a").ToolTip(), HasSubstr(tip));
+        EXPECT_EQ(a.value, 1);
+    }
+    // Another controller moves it, and what it is moved to is shown and saved.
+    Enter("controller a", "128");
+    EXPECT_THAT(alerts.texts, ElementsAre("Controller number must be between 0 and 127."));
+    EXPECT_EQ(a.controller, 16);
+    Enter("controller a", "21");
+    view->Graph().Consumer().ControlChange(0, 21, 32, 0);
+    pulse();
+    EXPECT_EQ(Text("macro a"), "0.251969");
+    EXPECT_EQ(slider.Value(), 252);
+    view->Graph().Consumer().ControlChange(0, 21, 127, 0);
+    view->SaveSound("mine.xml");
+    view->LoadSound(In("sounds/bell.xml"));
+    pulse();
+    EXPECT_EQ(Text("macro a"), "0.5");
+    EXPECT_EQ(Text("controller a"), "16");
+    view->LoadSound(In("sounds/mine.xml"));
+    pulse();
+    EXPECT_EQ(Text("macro a"), "1");
+    EXPECT_EQ(Text("controller a"), "21");
+    EXPECT_EQ(a.value, 1);
+    EXPECT_FALSE(view->Changed());
 }
 
 TEST_F(VexaViewTest, ASampleTakesTheExpressionsPlaceAndGivesItBack) {
@@ -155,7 +286,7 @@ TEST_F(VexaViewTest, ASampleTakesTheExpressionsPlaceAndGivesItBack) {
     test::Settle();
     EXPECT_TRUE(view->SampleMode());
     EXPECT_EQ(Text("Fxy"), "");
-    EXPECT_TRUE(view->Field("SFreq")->IsEnabled());
+    EXPECT_TRUE(Field("SFreq").IsEnabled());
     const uint32 spiral = PixelAt(170, 160);
     EXPECT_NE(spiral, before);
     Enter("SFreq", "220");
@@ -169,7 +300,7 @@ TEST_F(VexaViewTest, ASampleTakesTheExpressionsPlaceAndGivesItBack) {
     EXPECT_TRUE(view->SampleMode());
     Enter("Fxy", "0.5");
     EXPECT_FALSE(view->SampleMode());
-    EXPECT_FALSE(view->Field("SFreq")->IsEnabled());
+    EXPECT_FALSE(Field("SFreq").IsEnabled());
     EXPECT_EQ(PixelAt(170, 160), 127U);
 }
 
@@ -307,6 +438,23 @@ TEST_F(VexaViewTest, WhatIsNotSavedIsMarkedAndAskedAbout) {
     Enter("Cx1", "0.5");
     Enter("Cx1", "0.25");
     EXPECT_TRUE(mayGiveUp(0)) << "what is as it was";
+    const std::vector<vexa::EnvPoint> points = view->ConstructSound().envelopes[1];
+    view->EnvelopeEditor(1).SetPoints({{0, false, 0.25F}});
+    EXPECT_TRUE(view->Changed());
+    view->EnvelopeEditor(1).SetPoints(points);
+    EXPECT_FALSE(view->Changed());
+    Field("Cx1").Type("7");
+    EXPECT_TRUE(view->Changed());
+    Field("Cx1").Type("0.25");
+    EXPECT_FALSE(view->Changed());
+    std::string costly = "x";
+    for (int i = 0; i < 50; i++)
+        costly += "+jn(50,x+" + std::to_string(i) + ")";
+    Enter("Fxy", costly.c_str());
+    EXPECT_THAT(view->Caption(), testing::ContainsRegex("\\(about [0-9]+ voices?\\)"));
+    view->LoadSound(In("sounds/mine.xml"));
+    test::Settle();
+    EXPECT_THAT(view->Caption(), testing::Not(HasSubstr("about")));
     EXPECT_EQ(alerts.texts.size(), 3U);
     // Another sound takes its place only with consent, a function only changes it.
     view->Open(In("functions/ripples.xml"));
@@ -338,7 +486,7 @@ TEST_F(VexaViewTest, NothingOfASampleOrALongExpressionIsLostOnSaving) {
     Enter("Fxy", "x");
     EXPECT_EQ(view->SavingRemark(), "");
     const std::string text(40000, '1');
-    view->Field("Fxy")->SetText(text.c_str());
+    Field("Fxy").SetText(text.c_str());
     EXPECT_EQ(Text("Fxy"), text);
 }
 
@@ -352,8 +500,8 @@ TEST_F(VexaViewTest, AFieldThatIsNotWhollyANumberIsMarked) {
                                            {"Cx4", "5", ""},
                                            {"Sc", "1e1", ""}}) {
         Enter(field, text);
-        EXPECT_THAT(view->Field(field)->ToolTip(), HasSubstr(tip)) << text;
-        EXPECT_EQ(*view->Field(field)->ToolTip() == 0, *tip == 0) << text;
+        EXPECT_THAT(Field(field).ToolTip(), HasSubstr(tip)) << text;
+        EXPECT_EQ(*Field(field).ToolTip() == 0, *tip == 0) << text;
     }
 }
 

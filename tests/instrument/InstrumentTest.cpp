@@ -1,6 +1,7 @@
 #include "instrument/Instrument.h"
 
 #include "functions/ProgramFolder.h"
+#include "instrument/PlaneFollower.h"
 #include "support/Environment.h"
 #include "support/SoundFiles.h"
 #include "support/Sounds.h"
@@ -76,6 +77,7 @@ TEST(Instrument, AFormulaPlaysAtOnceAndAnAddonFollows) {
     EXPECT_TRUE(Await(following));
     EXPECT_NEAR(Loudness(following), 3 * quiet, 1e-4 * quiet);
     EXPECT_EQ(shown, 1);
+    following.Watch({});
 
     Instrument awaited(folder.Path(), Addons::Awaited);
     ASSERT_TRUE(awaited.SetFunction(Of("x")));
@@ -208,20 +210,51 @@ TEST(Instrument, WhatCannotBePlayedLeavesAllAsItWas) {
     EXPECT_EQ(shown, 0);
 }
 
-/// A macro, and a note of velocity 0.8 and key 60.
-TEST(Instrument, ThePlaneIsShownAsANoteHearsIt) {
+TEST(Instrument, ThePlaneIsShownAsTheNewestNoteHearsIt) {
     Instrument instrument(std::filesystem::path("/none"), Addons::Following);
+    vexa::Engine& engine = instrument.Playing();
+    engine.consumer.ReduceToMaxVox(20);
+    vexa::PlaneFollower follower(engine);
+    instrument.Watch([&](const vexa::PlaneFunction& f) { follower.Take(f); });
     std::vector<float> x(1000);
     std::vector<float> values(x.size());
     for (std::size_t i = 0; i < x.size(); i++)
         x[i] = static_cast<float>(i);
-    instrument.Watch([&](const vexa::PlaneFunction& f) {
-        f.Evaluate(x.data(), x.data(), values.data(), x.size());
-        EXPECT_EQ(values[999], f(999, 999));
-    });
-    ASSERT_TRUE(instrument.SetFunction(Of("x*vel + 127*key*1000 + a*1e6 + t")));
-    for (std::size_t i = 0; i < x.size(); i++)
-        EXPECT_NEAR(values[i], 0.8 * double(x[i]) + 560000, 0.1);
+    const auto expectNext = [&](double slope, double rest) {
+        const auto f = follower.Next();
+        ASSERT_TRUE(f);
+        f->Evaluate(x.data(), x.data(), values.data(), x.size());
+        EXPECT_EQ(values[999], (*f)(999, 999));
+        for (std::size_t i = 0; i < x.size(); i++)
+            ASSERT_NEAR(values[i], slope * double(x[i]) + rest, 0.02);
+        EXPECT_FALSE(follower.Next()) << "nothing has changed";
+    };
+    const auto pass = [&](double seconds) {
+        std::vector<float> samples(static_cast<std::size_t>(seconds * 44100));
+        engine.renderer.Render(samples.data(), samples.size());
+    };
+    ASSERT_TRUE(instrument.SetFunction(Of("x*vel + 127*key + 1000*a + 8000*ctl(5) + t")));
+    expectNext(0.8, 560);
+    engine.consumer.NoteOn(0, 50, 127, 0);
+    expectNext(1, 550);
+    pass(2);
+    expectNext(1, 552);
+    engine.consumer.NoteOn(0, 70, 0x40, 0);
+    expectNext(64.0 / 127, 570);
+    pass(0.25);
+    engine.consumer.NoteOff(0, 70, 0, 0);
+    pass(0.25);
+    expectNext(64.0 / 127, 570.5);
+    engine.consumer.ControlChange(0, 16, 127, 0);
+    expectNext(64.0 / 127, 1070.5);
+    engine.consumer.ControlChange(0, 5, 127, 0);
+    expectNext(64.0 / 127, 9070.5);
+    // It costs nothing what is not heard.
+    ASSERT_TRUE(instrument.SetFunction(Of("x")));
+    expectNext(1, 0);
+    engine.consumer.NoteOn(0, 30, 100, 0);
+    pass(0.25);
+    EXPECT_FALSE(follower.Next());
 }
 
 /// With formulas and samples of their own, in turns and in four threads as alone.

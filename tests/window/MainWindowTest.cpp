@@ -1,5 +1,6 @@
 // The window as a person uses it: a real display, mouse and keyboard, on a real JACK server.
 #include "live/LivePlay.h"
+#include "support/Content.h"
 #include "support/Environment.h"
 #include "support/Limits.h"
 #include "window/Desktop.h"
@@ -20,11 +21,10 @@ constexpr std::size_t kSecond = 48000;
 class ProgramCopy {
   public:
     ProgramCopy() {
-        using std::filesystem::copy_options;
-        for (const char* name : {"vexa", "functions", "sounds", "samples", "orvo.png",
-                                 "orvobar.png", "vexa.png", "vexa-icon.png"})
+        test::CopyContent(folder.Path());
+        for (const char* name : {"vexa", "orvo.png", "orvobar.png", "vexa.png", "vexa-icon.png"})
             std::filesystem::copy(std::filesystem::path(VEXA_PROGRAM_FOLDER) / name,
-                                  folder.Path() / name, copy_options::recursive);
+                                  folder.Path() / name);
     }
     std::string Path(const char* name) const { return (folder.Path() / name).string(); }
     const test::TemporaryFolder& Folder() const { return folder; }

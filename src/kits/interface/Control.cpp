@@ -9,7 +9,9 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QSignalBlocker>
 #include <QStyle>
+#include <QTextLayout>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -23,6 +25,17 @@ class Line : public QLineEdit {
   public:
     /// What Escape goes back to.
     const std::string* confirmed = nullptr;
+
+    /// Where the character is shown, in pixels from the left.
+    float PositionOf(qsizetype index) const {
+        // As the editor lays it out, which rounds the widths of letters.
+        QTextLayout layout(text(), font());
+        layout.beginLayout();
+        const QTextLine whole = layout.createLine();
+        layout.endLayout();
+        const double shift = whole.cursorToX(int(index)) - whole.cursorToX(cursorPosition());
+        return static_cast<float>(cursorRect().center().x() + shift);
+    }
 
   protected:
     void keyPressEvent(QKeyEvent* event) override {
@@ -133,6 +146,11 @@ BTextControl::BTextControl(BRect frame, const char* name, const char* label, con
         if (Text() != confirmed)
             Confirm();
     });
+    QObject::connect(line, &QLineEdit::textChanged, line, [this] {
+        changes++;
+        if (modification)
+            Target().SendMessage(*modification);
+    });
     if (*Label()) {
         auto* both = new QWidget;
         auto* layout = new QHBoxLayout(both);
@@ -165,6 +183,8 @@ const char* BTextControl::Text() const {
 
 void BTextControl::SetText(const char* next) {
     confirmed = next;
+    changes++;
+    const QSignalBlocker silence(line);
     line->setText(kits::ToQt(confirmed));
     line->setCursorPosition(0);
 }
@@ -176,6 +196,20 @@ void BTextControl::Type(const char* next) {
 void BTextControl::Confirm() {
     confirmed = Text();
     Invoke();
+}
+
+void BTextControl::SetModificationMessage(BMessage* message) {
+    modification.reset(message);
+}
+
+bool BTextControl::IsEdited() const {
+    return Text() != confirmed;
+}
+
+float BTextControl::PositionOf(std::size_t byte) const {
+    const std::string_view shown = Text();
+    const QString before = kits::ToQt(shown.substr(0, byte));
+    return static_cast<const Line*>(line)->PositionOf(before.size());
 }
 
 void BTextControl::SetEnabled(bool enabled) {

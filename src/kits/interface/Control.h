@@ -4,6 +4,8 @@
 #include "kits/application/Invoker.h"
 #include "kits/interface/View.h"
 
+#include <cstddef>
+#include <memory>
 #include <string>
 
 class QLineEdit;
@@ -70,6 +72,17 @@ class BTextControl : public BControl {
     /// As if the user had pressed Enter.
     void Confirm();
 
+    /// Takes the message over, which is sent to the target whenever the user has changed the text,
+    /// also back to the confirmed one.
+    void SetModificationMessage(BMessage* message);
+    /// Whether the text is another one than that which was confirmed.
+    bool IsEdited() const;
+    /// How often the text has changed, whoever changed it.
+    uint64 Changes() const { return changes; }
+    /// Where the character at that byte of the text is shown, in pixels from the left; beyond an
+    /// edge where it is scrolled out of the field.
+    float PositionOf(std::size_t byte) const;
+
     void SetEnabled(bool enabled) override;
     bool IsFocus() const override;
     /// Shows that the text is not valid.
@@ -83,6 +96,8 @@ class BTextControl : public BControl {
   private:
     QLineEdit* line;
     std::string confirmed;
+    std::unique_ptr<BMessage> modification;
+    uint64 changes = 0;
     mutable std::string text;
 };
 

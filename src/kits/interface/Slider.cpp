@@ -5,11 +5,26 @@
 #include <QLabel>
 #include <QSlider>
 #include <QVBoxLayout>
+#include <algorithm>
 
 BSlider::BSlider(BRect frame, const char* name, const char* label, BMessage* message, int32 minimum,
                  int32 maximum, uint32 resizingMode, uint32 flags)
     : BControl(frame, name, label, message, resizingMode, flags),
       slider(new QSlider(Qt::Horizontal)) {
+    slider->setRange(minimum, maximum);
+    slider->setSingleStep(std::max(1, (maximum - minimum) / 100));
+    slider->setPageStep(std::max(1, (maximum - minimum) / 10));
+    QObject::connect(slider, &QSlider::valueChanged, slider, [this](int value) {
+        if (silent || !Message())
+            return;
+        BMessage moved = *Message();
+        moved.AddInt32("be:value", value);
+        Target().SendMessage(moved);
+    });
+    if (!*Label()) {
+        SetContent(slider);
+        return;
+    }
     auto* both = new QWidget;
     auto* layout = new QVBoxLayout(both);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -23,17 +38,9 @@ BSlider::BSlider(BRect frame, const char* name, const char* label, BMessage* mes
     const auto show = [caption, text](int value) {
         caption->setText(text + ": " + QString::number(value));
     };
-    slider->setRange(minimum, maximum);
     slider->setAccessibleName(text);
     show(minimum);
     QObject::connect(slider, &QSlider::valueChanged, caption, show);
-    QObject::connect(slider, &QSlider::valueChanged, slider, [this](int value) {
-        if (silent || !Message())
-            return;
-        BMessage moved = *Message();
-        moved.AddInt32("be:value", value);
-        Target().SendMessage(moved);
-    });
     SetContent(both);
     both->setFocusProxy(slider);
 }

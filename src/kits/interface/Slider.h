@@ -5,8 +5,9 @@
 
 class QSlider;
 
-/// Shows its label and number above the slider. While the user moves it, by mouse or keyboard, it
-/// sends its message with the number as int32 "be:value". Window thread.
+/// Shows its label and number above the slider, or neither where there is no label. While the user
+/// moves it, by mouse or keyboard, it sends its message with the number as int32 "be:value". Window
+/// thread.
 class BSlider : public BControl {
   public:
     BSlider(BRect frame, const char* name, const char* label, BMessage* message, int32 minimum,

@@ -24,4 +24,12 @@ std::string FixedText(double number) {
     return {text, end.ptr};
 }
 
+std::string ShortText(double number) {
+    std::string text = FixedText(number);
+    text.erase(text.find_last_not_of('0') + 1);
+    if (text.back() == '.')
+        text.pop_back();
+    return text;
+}
+
 } // namespace kits

@@ -14,5 +14,7 @@ double NumberOf(const std::string& text, std::size_t* length = nullptr);
 
 /// As printf's "%f" in the C locale: six decimals.
 std::string FixedText(double number);
+/// The same without zeroes at the end: "0.5", "1".
+std::string ShortText(double number);
 
 } // namespace kits

@@ -48,6 +48,7 @@ void SetAppearance(QApplication& application) {
     palette.setColor(QPalette::ToolTipText, kText);
     for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
         palette.setColor(QPalette::Disabled, role, kFaint);
+    palette.setColor(QPalette::Disabled, QPalette::Highlight, kPanel.darker(120));
     QApplication::setPalette(palette);
     application.setStyleSheet(kControls);
 }

@@ -1,0 +1,40 @@
+// What the plane shows of a function that hears more than x and y, from moment to moment.
+#pragma once
+
+#include "synth/NoteInputs.h"
+#include "synth/PlaneFunction.h"
+#include "synth/SoundRecords.h"
+
+#include <array>
+#include <optional>
+
+namespace vexa {
+
+/// The note of those that sound which has begun last; nothing where none sounds. Any thread.
+std::optional<NoteMoment> NewestNote(const VoiceTable& voices);
+
+/// Shows a function as the newest note hears it, with the controllers and the macros as they are;
+/// where none sounds, as one of velocity 0.8 and key 60 does when it begins. What is a function of
+/// x and y alone is shown as it is. Window thread.
+class PlaneFollower {
+  public:
+    /// Follows the notes of `records`, which outlive it.
+    explicit PlaneFollower(const SoundRecords& records) : records(records) {}
+
+    /// Shows this one from now on.
+    void Take(const PlaneFunction& next);
+    /// What is to be shown now, a function of x and y alone; nothing if that is what the last call
+    /// has given.
+    std::optional<PlaneFunction> Next();
+    /// What is followed.
+    const PlaneFunction& Function() const { return f; }
+
+  private:
+    const SoundRecords& records;
+    PlaneFunction f{nullfunc};
+    bool changed = true;
+    /// What the last call has shown it with.
+    std::array<float, kMostInputs> inputs{};
+};
+
+} // namespace vexa

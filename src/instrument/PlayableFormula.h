@@ -1,0 +1,26 @@
+// From an expression's text to a formula that may play.
+#pragma once
+
+#include "formula/Formula.h"
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace vexa {
+
+/// A formula that is cheap enough to be played, or why there is none.
+struct PlayableFormula {
+    std::shared_ptr<const Formula> formula;
+    /// For a person, with the place in words and advice on a line of its own; empty for a formula.
+    std::string reason{};
+    /// The byte of the text at which the reason lies, where it has a place.
+    std::optional<std::size_t> place{};
+};
+
+/// Takes time as CompileFormula. Any thread that may allocate.
+PlayableFormula ReadPlayable(std::string_view text);
+
+} // namespace vexa

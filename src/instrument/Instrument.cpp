@@ -46,6 +46,7 @@ FunctionReport Instrument::Load(const Sound& next) {
 void Instrument::LoadRest(const Sound& next) {
     ApplyParameters(next, engine.parameters);
     ApplyEnvelopes(next, engine.parameters);
+    ApplyPlaying(next, {}, engine.playing);
     Function function = std::move(sound.function);
     sound = next;
     sound.function = std::move(function);

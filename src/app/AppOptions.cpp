@@ -21,7 +21,7 @@ constexpr kits::OptionRow<AppOptions> kRows[] = {
      [](AppOptions& o, std::string_view) { return o.noWindow = true; }},
     {"sound", "SOUND", nullptr, "start with a file, or with the sound of that name (default)",
      [](AppOptions& o, std::string_view text) { return SetText(o.sound.emplace(), text); }},
-    {"voices", "N", "a whole number from 1 to 20", "most voices at once (20; with a window 1)",
+    {"voices", "N", "a whole number from 1 to 20", "most voices at once (the sound's, else 20, with a window 1)",
      [](AppOptions& o, std::string_view text) { return SetNumber(o.voices.emplace(), text, 1, 20); }},
     {"channel", "N", "a whole number from 1 to 16 or \"all\"", "the MIDI channel to listen to (all)",
      [](AppOptions& o, std::string_view text) { return kits::SetChannel(o.channel.emplace(), text); }},

@@ -23,7 +23,8 @@ struct AppOptions {
     std::optional<std::filesystem::path> sound;
     /// What a person makes is kept in the user's folder, wherever the program lies.
     bool userFolder = false;
-    /// Most voices at once. Without a value: 20 without a window, and with one what its menu says.
+    /// Most voices at once. Without a value: the sound's polyphony, else 20 without a window, and
+    /// with one what its menu says.
     std::optional<int> voices;
     /// The MIDI channel to listen to, 0..15, or -1 for all. Without a value: all.
     std::optional<int> channel;

@@ -47,9 +47,25 @@ void Instrument::LoadRest(const Sound& next) {
     ApplyParameters(next, engine.parameters);
     ApplyEnvelopes(next, engine.parameters);
     ApplyPlaying(next, {}, engine.playing);
+    engine.consumer.ReduceToMaxVox(VoiceLimit());
     Function function = std::move(sound.function);
     sound = next;
     sound.function = std::move(function);
+}
+
+void Instrument::ChooseVoices(int32 limit) {
+    chosenVoices = limit;
+    engine.consumer.ReduceToMaxVox(VoiceLimit());
+}
+
+void Instrument::SetUsualVoices(int32 limit) {
+    usualVoices = limit;
+    engine.consumer.ReduceToMaxVox(VoiceLimit());
+}
+
+int32 Instrument::VoiceLimit() const {
+    const auto said = static_cast<int32>(float(engine.playing.polyphony));
+    return chosenVoices.value_or(said > 0 ? said : usualVoices);
 }
 
 FunctionReport Instrument::SetFunction(const Function& function) {

@@ -74,6 +74,13 @@ class Instrument {
     /// Installs silence in the place of a sample that is missing.
     void Silence();
 
+    /// The voice limit from now on, whatever a sound says: a person or an option has chosen it.
+    void ChooseVoices(int32 limit);
+    /// The voice limit where neither a person nor the sound says one; 1 unless set.
+    void SetUsualVoices(int32 limit);
+    /// What LoadRest and the calls before have given the consumer.
+    int32 VoiceLimit() const;
+
     /// Gives the sample that plays another pitch: the text is the frequency (Hz) that it was played
     /// at. False, and the winding stays, where the text is no frequency or no sample is loaded.
     bool SetSampleFrequency(const std::string& text);
@@ -103,6 +110,8 @@ class Instrument {
     const kits::ProgramFolders folders;
     const Addons addons;
     Sound sound;
+    std::optional<int32> chosenVoices;
+    int32 usualVoices = 1;
     /// The last one that was loaded.
     std::optional<LoadedSample> sample;
     Winding winding;

@@ -33,8 +33,8 @@ struct Options {
     std::array<std::optional<double>, kMacros> macros;
     /// The sound's function is compiled by gcc.
     bool compile = false;
-    /// Most voices at once.
-    int voices = 20;
+    /// Most voices at once. Without a value: the sound's polyphony, or 20.
+    std::optional<int> voices;
     /// The MIDI channel to play, 0..15, or -1 for all.
     int channel = -1;
     /// Frames per second of the file.

@@ -161,11 +161,13 @@ Result<void> RenderJob::SetUpInstrument() {
     const Result<Sound> sound = ChosenSound();
     if (!sound)
         return sound.Fault();
+    instrument.SetUsualVoices(kMostVoices);
+    if (options.voices)
+        instrument.ChooseVoices(*options.voices);
     if (const FunctionReport report = instrument.Load(*sound); !report)
         return Error{Text(report)};
     Engine& engine = instrument.Playing();
     engine.renderer.SetGain(static_cast<float>(options.gain));
-    engine.consumer.ReduceToMaxVox(options.voices);
     engine.consumer.SetChannel(options.channel);
     engine.consumer.SetFilterRate(kFilterRate * options.oversample);
     return {};

@@ -11,37 +11,22 @@ constexpr double kRampSeconds = 0.01;
 
 } // namespace
 
-float MacroRamp::Now() const noexcept {
-    if (done >= length)
-        return to;
-    return from + (to - from) * (static_cast<float>(done) / static_cast<float>(length));
-}
-
-void MacroRamp::Advance(float target, double rate, float* values, std::size_t count) noexcept {
-    if (!begun) {
-        begun = true;
-        to = target;
-    } else if (target != to) {
-        from = Now();
-        to = target;
-        done = 0;
-        length = static_cast<std::size_t>(std::max(1.0, std::floor(rate * kRampSeconds)));
-    }
-    for (std::size_t i = 0; i < count; i++) {
-        values[i] = Now();
-        done += done < length ? 1 : 0;
-    }
-}
-
-void InputBlock::Advance(double rate, std::size_t count) noexcept {
+void InputBlock::Advance(double rate, std::size_t offset, std::size_t count) noexcept {
+    const auto length = static_cast<std::size_t>(std::max(1.0, std::floor(rate * kRampSeconds)));
     for (std::size_t m = 0; m < kMacros; m++) {
-        ramps[m].Advance(macros[m].value, rate, space->macros[m].data(), count);
-        macros[m].now = ramps[m].Now();
+        Ramp<float>& ramp = ramps[m];
+        ramp.Aim(macros[m].value, begun ? length : 0, offset);
+        for (std::size_t i = 0; i < count; i++) {
+            space->macros[m][i] = ramp.Now();
+            ramp.Pass(1);
+        }
+        macros[m].now = ramp.Now();
     }
+    begun = true;
 }
 
 const float* const* InputBlock::Fill(const PlaneSource& f, std::span<RunningVoice* const> voices,
-                                     const ControllerTable& controllers, double dt,
+                                     const ControllerTable& controllers, int32 pressure, double dt,
                                      std::size_t count) noexcept {
     const std::span<const FunctionInput> inputs = f.Inputs();
     for (std::size_t n = 0; n < inputs.size(); n++) {
@@ -64,7 +49,10 @@ const float* const* InputBlock::Fill(const PlaneSource& f, std::span<RunningVoic
                     to[i] = static_cast<float>(static_cast<double>(voices[k]->age + i) * dt);
                 break;
             case FunctionInput::Kind::Controller:
-                std::fill_n(to, count, controllers[input.number]);
+                std::fill_n(to, count,
+                            voices[k]->pressure >= 0 && input.number == pressure
+                                ? voices[k]->pressure
+                                : float(controllers[input.number]));
                 break;
             }
         }

@@ -20,7 +20,7 @@ constexpr std::string_view kFactors[] = {"1", "2", "4", "8", "16"};
 // clang-format off
 // name, minimum, maximum, whole, words, absent, target, value, allowed, help
 constexpr PlayingRow kRows[] = {
-    {"polyphony", 1, 20, true, {}, 1, &P::polyphony,
+    {"polyphony", 1, 20, true, {}, 0, &P::polyphony,
      "N", "a whole number from 1 to 20", "most voices at once"},
     {"mode", 0, 2, true, kModes, 0, &P::mode,
      "MODE", "poly, mono or legato", "what a key does while another is held"},

@@ -4,6 +4,7 @@
 #include "kits/support/Shared.h"
 #include "kits/support/SupportDefs.h"
 
+#include <array>
 #include <optional>
 #include <span>
 #include <string>
@@ -26,17 +27,28 @@ struct Playing {
     /// With what the table says is absent.
     Playing();
 
+    /// Counts the sounds that were loaded.
+    kits::Shared<uint32> loads{0};
     /// Whether anything says how the sound is played. Otherwise wheel, pedal, pressure and volume
     /// change nothing but the controllers' table.
     kits::Shared<bool> given{false};
 
+    /// The polyphony is 0 where none is given: then the program has its own.
     kits::Shared<float> polyphony, mode, glide, bend, pedal, pressure, spread, oversample, smooth,
         volume;
 
-    PlayMode Mode() const noexcept { return static_cast<PlayMode>(int(float(mode))); }
+    PlayMode Mode() const noexcept {
+        return given ? static_cast<PlayMode>(int(float(mode))) : PlayMode::poly;
+    }
     bool Pedal() const noexcept { return given && pedal != 0; }
     /// The controller that pressure drives; -1 for none.
     int32 Pressure() const noexcept { return given ? static_cast<int32>(float(pressure)) : -1; }
+};
+
+/// The factor of each MIDI channel, by its controllers 7 and 11, on what its notes give. Written by
+/// the MIDI thread, read by all.
+struct ChannelVolumes : std::array<kits::Shared<float>, 16> {
+    ChannelVolumes() { fill(1.0F); }
 };
 
 /// One of the values: its element in a sound document, its option, and what it may be.

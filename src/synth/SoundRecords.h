@@ -27,6 +27,7 @@ struct SoundRecords {
     sound_param parameters;
     Macros macros;
     Playing playing;
+    ChannelVolumes volumes;
     VoiceTable voices;
 
   private:

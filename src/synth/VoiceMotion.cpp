@@ -3,6 +3,8 @@
 #include "synth/Envelope.h"
 #include "synth/EqualSteps.h"
 
+#include <algorithm>
+
 namespace vexa {
 
 namespace {
@@ -76,9 +78,10 @@ class VoiceMotion::Drifts {
     std::size_t number = 0;
 };
 
-VoiceMotion::VoiceMotion(const sound_param& p, const ControllerTable& controllers, double dt,
-                         std::size_t offset, std::size_t count) noexcept
-    : dt(dt),
+VoiceMotion::VoiceMotion(const sound_param& p, const ControllerTable& controllers, int32 pressure,
+                         double dt, std::size_t offset, std::size_t count) noexcept
+    : pressure(pressure),
+      dt(dt),
       offset(offset),
       count(count),
       x{kDcxdt.Now(p, controllers),
@@ -94,7 +97,7 @@ VoiceMotion::VoiceMotion(const sound_param& p, const ControllerTable& controller
 
 void VoiceMotion::PutRadius(const Axis& axis, const RunningVoice& v, Times& times, Space& space,
                             Coordinate& c) const noexcept {
-    const Weights weights = axis.radius.For(v.vel, v.key);
+    const Weights weights = Of(axis.radius, v);
     c.radius = weights.c0 + weights.rest;
     float value = 0;
     c.envelope = times.Follow(axis.radiusEnvelope, space.radiusEnvelope.data(), value);
@@ -104,7 +107,7 @@ void VoiceMotion::PutRadius(const Axis& axis, const RunningVoice& v, Times& time
 
 void VoiceMotion::PutCentre(const Axis& axis, const RunningVoice& v, double& centre, Times& times,
                             Drifts& drifts, Space& space, Coordinate& c) const noexcept {
-    const Weights weights = axis.drift.For(v.vel, v.key);
+    const Weights weights = Of(axis.drift, v);
     float value = 0;
     const float* const values =
         weights.c0 == 0 ? nullptr
@@ -127,6 +130,23 @@ void VoiceMotion::PutCentre(const Axis& axis, const RunningVoice& v, double& cen
     }
 }
 
+/// What the frequency is multiplied by at each moment, in `space`, where that changes; else null.
+const double* VoiceMotion::Factors(RunningVoice& v, double* space) const noexcept {
+    if (!v.glide.Varies() && !v.bend.Varies())
+        return nullptr;
+    std::fill_n(space, count, 1.0);
+    v.glide.Scale(space, count);
+    v.bend.Scale(space, count);
+    return space;
+}
+
+/// Radians per sample, or what the factors multiply.
+double VoiceMotion::Turn(const Axis& axis, const RunningVoice& v,
+                         const double* factors) const noexcept {
+    const double turn = axis.turn * v.freq * dt;
+    return factors ? turn : turn * (v.glide.Factor() * v.bend.Factor());
+}
+
 void VoiceMotion::Move(std::span<RunningVoice* const> voices, float* placesx,
                        float* placesy) const noexcept {
     // Of x and y by turns.
@@ -134,6 +154,7 @@ void VoiceMotion::Move(std::span<RunningVoice* const> voices, float* placesx,
     std::array<Space, kMost> spaces;
     std::array<Coordinate, kMost> coordinates{};
     std::array<double, kMost> phases, sines, cosines;
+    std::array<std::array<double, kMostSamples>, kTogether> pitches;
     Drifts drifts;
     for (std::size_t k = 0; k < voices.size(); k++) {
         RunningVoice& v = *voices[k];
@@ -142,8 +163,9 @@ void VoiceMotion::Move(std::span<RunningVoice* const> voices, float* placesx,
         PutCentre(y, v, v.cy, times, drifts, spaces[2 * k + 1], coordinates[2 * k + 1]);
         PutRadius(x, v, times, spaces[2 * k], coordinates[2 * k]);
         PutRadius(y, v, times, spaces[2 * k + 1], coordinates[2 * k + 1]);
-        phases[2 * k] = v.x.Begin(x.turn * v.freq * dt, offset);
-        phases[2 * k + 1] = v.y.Begin(y.turn * v.freq * dt, offset);
+        const double* const factors = Factors(v, pitches[k].data());
+        phases[2 * k] = v.x.Begin(Turn(x, v, factors), offset, factors);
+        phases[2 * k + 1] = v.y.Begin(Turn(y, v, factors), offset, factors);
         coordinates[2 * k].place = placesx + k * count;
         coordinates[2 * k + 1].place = placesy + k * count;
     }
@@ -160,7 +182,7 @@ void VoiceMotion::Move(std::span<RunningVoice* const> voices, float* placesx,
     loops.Places(coordinates.data(), 2 * voices.size(), count);
 }
 
-bool VoiceMotion::Stands(const Axis& axis, RunningVoice& v) noexcept {
+bool VoiceMotion::Stands(const Axis& axis, RunningVoice& v) const noexcept {
     const auto t = static_cast<float>(v.t);
     // Whether the sum is 0 for good where its envelope has come to its end, and where it has none
     // to follow.
@@ -171,8 +193,8 @@ bool VoiceMotion::Stands(const Axis& axis, RunningVoice& v) noexcept {
         return track.HoldsForGood(envelope.curve, t, v.released, v.rellevel[envelope.number]) &&
                track.Value() * weight + rest == 0;
     };
-    const Weights drift = axis.drift.For(v.vel, v.key);
-    const Weights radius = axis.radius.For(v.vel, v.key);
+    const Weights drift = Of(axis.drift, v);
+    const Weights radius = Of(axis.radius, v);
     return zero(axis.radiusEnvelope, radius.c0 + radius.rest, 0) &&
            zero(axis.driftEnvelope, drift.c0, drift.rest);
 }
@@ -183,8 +205,10 @@ bool VoiceMotion::Stands(RunningVoice& v) const noexcept {
 
 void VoiceMotion::Pass(RunningVoice& v) const noexcept {
     const Times passed(v, dt, count);
-    v.x.Pass(x.turn * v.freq * dt, offset, count);
-    v.y.Pass(y.turn * v.freq * dt, offset, count);
+    std::array<double, kMostSamples> space;
+    const double* const factors = Factors(v, space.data());
+    v.x.Pass(Turn(x, v, factors), offset, count, factors);
+    v.y.Pass(Turn(y, v, factors), offset, count, factors);
 }
 
 } // namespace vexa

@@ -1,5 +1,6 @@
 #include "app/AppOptions.h"
 
+#include "instrument/PlayingOptions.h"
 #include "kits/application/CommandLine.h"
 
 namespace vexa {
@@ -42,11 +43,16 @@ constexpr kits::OptionRow<AppOptions> kRows[] = {
 };
 // clang-format on
 
+const std::vector<kits::OptionRow<AppOptions>>& Rows() {
+    static const auto rows = WithPlayingOptions<AppOptions>(kRows, "channel");
+    return rows;
+}
+
 } // namespace
 
 kits::Result<AppOptions> ParseAppOptions(std::span<const std::string> arguments) {
     AppOptions options;
-    const auto operands = kits::ParseCommandLine<AppOptions>(kRows, arguments, options);
+    const auto operands = kits::ParseCommandLine<AppOptions>(Rows(), arguments, options);
     if (!operands)
         return operands.Fault();
     if (operands->size() > 1)
@@ -63,7 +69,7 @@ std::string AppHelpText() {
            "Opens the synthesizer's window with a sound, a function or a sample, or plays without "
            "one. Set VEXA_TRACE=1 for trace lines "
            "on standard error.\n\n" +
-           kits::OptionHelp<AppOptions>(kRows);
+           kits::OptionHelp<AppOptions>(Rows());
 }
 
 std::string AppVersionText() {

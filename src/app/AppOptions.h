@@ -1,6 +1,7 @@
 // The command line of vexa.
 #pragma once
 
+#include "documents/Sound.h"
 #include "kits/media/AudioSystem.h"
 #include "kits/support/Result.h"
 
@@ -28,6 +29,8 @@ struct AppOptions {
     std::optional<int> voices;
     /// The MIDI channel to listen to, 0..15, or -1 for all. Without a value: all.
     std::optional<int> channel;
+    /// Stand before what any sound says of how it is played.
+    PlayingTexts playing;
     /// Without a value: the first system that has a device.
     std::optional<kits::AudioSystem> audio;
     /// The sound file to be written of what is heard.

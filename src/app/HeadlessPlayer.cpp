@@ -69,6 +69,7 @@ class HeadlessPlayer {
 
 int HeadlessPlayer::Run(kits::Recording* recording) {
     const kits::Interrupt interrupt;
+    instrument.Prefer(options.playing);
     instrument.SetUsualVoices(kMostVoices);
     if (options.voices)
         instrument.ChooseVoices(*options.voices);

@@ -27,6 +27,7 @@ VexaApplication::VexaApplication(const AppOptions& options, const kits::ProgramF
     : BApplication(kSignature),
       window(new VexaWindow(BRect{64, 100, 999, 610}, folders, !options.sound)) {
     VexaView& view = window->MainView();
+    view.Prefer(options.playing);
     window->Show();
     view.Record(recording);
     if (options.sound)

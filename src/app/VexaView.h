@@ -77,6 +77,9 @@ class VexaView : public BView {
     /// The sound's name, a mark where it has changed, and whether there is no audio device.
     std::string Caption() const;
 
+    /// As Instrument::Prefer.
+    void Prefer(const PlayingTexts& choices) { instrument.Prefer(choices); }
+
     /// What the fields, the envelopes and the installed function say at present.
     Function ConstructFunction() const;
     Sound ConstructSound() const;

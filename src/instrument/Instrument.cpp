@@ -46,11 +46,16 @@ FunctionReport Instrument::Load(const Sound& next) {
 void Instrument::LoadRest(const Sound& next) {
     ApplyParameters(next, engine.parameters);
     ApplyEnvelopes(next, engine.parameters);
-    ApplyPlaying(next, {}, engine.playing);
+    ApplyPlaying(next, preferred, engine.playing);
     engine.consumer.ReduceToMaxVox(VoiceLimit());
     Function function = std::move(sound.function);
     sound = next;
     sound.function = std::move(function);
+}
+
+void Instrument::Prefer(const PlayingTexts& choices) {
+    preferred = choices;
+    ApplyPlaying(sound, preferred, engine.playing);
 }
 
 void Instrument::ChooseVoices(int32 limit) {

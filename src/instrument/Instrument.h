@@ -74,6 +74,9 @@ class Instrument {
     /// Installs silence in the place of a sample that is missing.
     void Silence();
 
+    /// How this and all later sounds are played, as if they said so themselves where a text is
+    /// given: a person has chosen it.
+    void Prefer(const PlayingTexts& choices);
     /// The voice limit from now on, whatever a sound says: a person or an option has chosen it.
     void ChooseVoices(int32 limit);
     /// The voice limit where neither a person nor the sound says one; 1 unless set.
@@ -110,6 +113,7 @@ class Instrument {
     const kits::ProgramFolders folders;
     const Addons addons;
     Sound sound;
+    PlayingTexts preferred;
     std::optional<int32> chosenVoices;
     int32 usualVoices = 1;
     /// The last one that was loaded.

@@ -1,5 +1,6 @@
 #include "render/Options.h"
 
+#include "instrument/PlayingOptions.h"
 #include "kits/application/CommandLine.h"
 
 #include <algorithm>
@@ -72,6 +73,11 @@ constexpr kits::OptionRow<Options> kRows[] = {
 };
 // clang-format on
 
+const std::vector<kits::OptionRow<Options>>& Rows() {
+    static const auto rows = WithPlayingOptions<Options>(kRows, "channel");
+    return rows;
+}
+
 kits::Result<Options> Checked(Options options, std::span<const std::string> operands) {
     if (options.action != Options::Action::Render)
         return options;
@@ -92,7 +98,7 @@ kits::Result<Options> Checked(Options options, std::span<const std::string> oper
 
 kits::Result<Options> ParseOptions(std::span<const std::string> arguments) {
     Options options;
-    const auto operands = kits::ParseCommandLine<Options>(kRows, arguments, options);
+    const auto operands = kits::ParseCommandLine<Options>(Rows(), arguments, options);
     if (!operands)
         return operands.Fault();
     return Checked(std::move(options), *operands);
@@ -102,7 +108,7 @@ std::string HelpText() {
     return "Usage: vexa-render MIDI OUTPUT [options]\n\n"
            "Renders a Standard MIDI File through a sound to a sound file; the ending of\n"
            "OUTPUT chooses its format.\n\n" +
-           kits::OptionHelp<Options>(kRows);
+           kits::OptionHelp<Options>(Rows());
 }
 
 std::string VersionText() {

@@ -1,6 +1,7 @@
 // The command line of vexa-render.
 #pragma once
 
+#include "documents/Sound.h"
 #include "kits/support/Result.h"
 #include "synth/Macros.h"
 
@@ -31,6 +32,8 @@ struct Options {
 
     /// Values, 0..1, of the macros a to d in place of the sound's.
     std::array<std::optional<double>, kMacros> macros;
+    /// Stand before what the sound says of how it is played.
+    PlayingTexts playing;
     /// The sound's function is compiled by gcc.
     bool compile = false;
     /// Most voices at once. Without a value: the sound's polyphony, or 20.

@@ -161,6 +161,7 @@ Result<void> RenderJob::SetUpInstrument() {
     const Result<Sound> sound = ChosenSound();
     if (!sound)
         return sound.Fault();
+    instrument.Prefer(options.playing);
     instrument.SetUsualVoices(kMostVoices);
     if (options.voices)
         instrument.ChooseVoices(*options.voices);

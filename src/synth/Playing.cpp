@@ -18,28 +18,28 @@ constexpr std::string_view kFactors[] = {"1", "2", "4", "8", "16"};
 
 // The columns are easier to compare than to wrap.
 // clang-format off
-// name, minimum, maximum, whole, words, absent, target, value, allowed, help
-constexpr PlayingRow kRows[] = {
+// name, minimum, maximum, whole, words, absent, target, value, allowed, help, whether an option
+constexpr PlayingRow kRows[kPlayingRows] = {
     {"polyphony", 1, 20, true, {}, 0, &P::polyphony,
-     "N", "a whole number from 1 to 20", "most voices at once"},
+     "N", "a whole number from 1 to 20", "most voices at once", false},
     {"mode", 0, 2, true, kModes, 0, &P::mode,
-     "MODE", "poly, mono or legato", "what a key does while another is held"},
+     "MODE", "poly, mono or legato", "what a key does while another is held", true},
     {"glide", 0, 5, false, {}, 0, &P::glide,
-     "SECONDS", "a number from 0 to 5", "glide so long from the last note's pitch"},
+     "SECONDS", "a number from 0 to 5", "glide so long from the last note's pitch", true},
     {"bend", 0, 48, false, {}, 0, &P::bend,
-     "SEMITONES", "a number from 0 to 48", "the range of the bend wheel"},
+     "SEMITONES", "a number from 0 to 48", "the range of the bend wheel", true},
     {"pedal", 0, 1, true, kFlags, 0, &P::pedal,
-     "WHETHER", "true or false", "let the pedals 64 and 66 hold notes"},
+     "WHETHER", "true or false", "let the pedals 64 and 66 hold notes", true},
     {"pressure", 0, 127, true, {}, -1, &P::pressure,
-     "N", "a whole number from 0 to 127", "the controller that pressure drives"},
+     "N", "a whole number from 0 to 127", "the controller that pressure drives", true},
     {"spread", 0, 180, false, {}, 0, &P::spread,
-     "DEGREES", "a number from 0 to 180", "how far apart the ears read the plane"},
+     "DEGREES", "a number from 0 to 180", "how far apart the ears read the plane", false},
     {"oversample", 0, 4, true, kFactors, 0, &P::oversample,
-     "N", "1, 2, 4, 8 or 16", "compute at this multiple of the rate"},
+     "N", "1, 2, 4, 8 or 16", "compute at this multiple of the rate", false},
     {"smooth", 0, 100, false, {}, 0, &P::smooth,
-     "MS", "a number from 0 to 100", "let coefficients and controllers glide so long"},
+     "MS", "a number from 0 to 100", "let coefficients and controllers glide so long", false},
     {"volume", -40, 12, false, {}, 0, &P::volume,
-     "DB", "a number from -40 to 12", "the volume on top of the gain"},
+     "DB", "a number from -40 to 12", "the volume on top of the gain", true},
 };
 // clang-format on
 
@@ -57,7 +57,7 @@ Playing::Playing() {
         this->*row.target = row.absent;
 }
 
-std::span<const PlayingRow> PlayingRows() {
+std::span<const PlayingRow, kPlayingRows> PlayingRows() {
     return kRows;
 }
 

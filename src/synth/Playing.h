@@ -5,6 +5,7 @@
 #include "kits/support/SupportDefs.h"
 
 #include <array>
+#include <cstddef>
 #include <optional>
 #include <span>
 #include <string>
@@ -66,10 +67,14 @@ struct PlayingRow {
     const char* value;
     const char* allowed;
     const char* help;
+    /// The programs take it as an option too.
+    bool isOption;
 };
 
+constexpr std::size_t kPlayingRows = 10;
+
 /// In the order of a document.
-std::span<const PlayingRow> PlayingRows();
+std::span<const PlayingRow, kPlayingRows> PlayingRows();
 
 /// What a text means; nothing where it is not wholly a value that the row allows. Blanks around it
 /// do not count. The same in every locale.

@@ -32,6 +32,14 @@ struct RunningVoice {
     /// The orbit's centre.
     double cx = 0, cy = 0;
     Oscillator x, y;
+    /// What the sums of the orbit's formulas come to, x and y by turns: the weight of the drift's
+    /// envelope, the rest of the drift, the radius. Other values are reached within `smooth`
+    /// samples, but for those of a note that has just begun.
+    std::array<Ramp<double>, 6> sums;
+    std::size_t smooth = 0;
+    bool fresh = false, retuned = false;
+    /// As `pressure`, or the controller that it drives where it has none.
+    Ramp<float> pressed;
     /// The four envelopes (EnvelopePlaces), and their values at note-off.
     std::array<EnvelopeTrack, 4> envelopes;
     std::array<float, 4> rellevel{};

@@ -88,32 +88,68 @@ VoiceMotion::VoiceMotion(const sound_param& p, const ControllerTable& controller
         kAx.Now(p, controllers),
         {p.EnvCx->Curve(), 0},
         {p.EnvAx->Curve(), 2},
+        0,
         kTwoPi * p.Fx},
       y{kDcydt.Now(p, controllers),
         kAy.Now(p, controllers),
         {p.EnvCy->Curve(), 1},
         {p.EnvAy->Curve(), 3},
+        1,
         kTwoPi * p.Fy} {}
 
-void VoiceMotion::PutRadius(const Axis& axis, const RunningVoice& v, Times& times, Space& space,
-                            Coordinate& c) const noexcept {
-    const Weights weights = Of(axis.radius, v);
-    c.radius = weights.c0 + weights.rest;
-    float value = 0;
-    c.envelope = times.Follow(axis.radiusEnvelope, space.radiusEnvelope.data(), value);
-    if (!c.envelope)
-        c.radius *= value;
+/// The sum of that number (RunningVoice::sums) on its way to what it is to be.
+double VoiceMotion::Sum(RunningVoice& v, std::size_t number, double target) const noexcept {
+    Ramp<double>& sum = v.sums[number];
+    if (v.fresh)
+        sum.Set(target);
+    sum.Aim(target, v.smooth, offset);
+    return sum.Now();
 }
 
-void VoiceMotion::PutCentre(const Axis& axis, const RunningVoice& v, double& centre, Times& times,
+void VoiceMotion::PutRadius(const Axis& axis, RunningVoice& v, Times& times, Space& space,
+                            Coordinate& c) const noexcept {
+    const Weights weights = Of(axis.radius, v);
+    const std::size_t number = 4 + axis.number;
+    c.radius = Sum(v, number, weights.c0 + weights.rest);
+    float value = 0;
+    float* const values = space.radiusEnvelope.data();
+    c.envelope = times.Follow(axis.radiusEnvelope, values, value);
+    Ramp<double>& sum = v.sums[number];
+    if (sum.Varies()) {
+        for (std::size_t i = 0; i < count; i++) {
+            values[i] = static_cast<float>((c.envelope ? values[i] : value) * sum.Now());
+            sum.Pass(1);
+        }
+        c.envelope = values;
+        c.radius = 1;
+    } else if (!c.envelope) {
+        c.radius *= value;
+    }
+}
+
+void VoiceMotion::PutCentre(const Axis& axis, RunningVoice& v, double& centre, Times& times,
                             Drifts& drifts, Space& space, Coordinate& c) const noexcept {
-    const Weights weights = Of(axis.drift, v);
+    const Weights target = Of(axis.drift, v);
+    const Weights weights{Sum(v, axis.number, target.c0), Sum(v, 2 + axis.number, target.rest)};
+    Ramp<double>& weight = v.sums[axis.number];
+    Ramp<double>& rest = v.sums[2 + axis.number];
+    const bool varies = weight.Varies() || rest.Varies();
     float value = 0;
     const float* const values =
-        weights.c0 == 0 ? nullptr
-                        : times.Follow(axis.driftEnvelope, space.driftEnvelope.data(), value);
+        weights.c0 == 0 && !varies
+            ? nullptr
+            : times.Follow(axis.driftEnvelope, space.driftEnvelope.data(), value);
     double* const centres = space.centres.data();
     c.centres = centres;
+    if (varies) {
+        for (std::size_t i = 0; i < count; i++) {
+            centres[i] = centre;
+            centre += dt * ((values ? values[i] : value) * weight.Now() + rest.Now());
+            weight.Pass(1);
+            rest.Pass(1);
+        }
+        return;
+    }
     if (values) {
         drifts.Add({values, weights.c0, weights.rest, dt, &centre, centres});
         return;
@@ -163,6 +199,7 @@ void VoiceMotion::Move(std::span<RunningVoice* const> voices, float* placesx,
         PutCentre(y, v, v.cy, times, drifts, spaces[2 * k + 1], coordinates[2 * k + 1]);
         PutRadius(x, v, times, spaces[2 * k], coordinates[2 * k]);
         PutRadius(y, v, times, spaces[2 * k + 1], coordinates[2 * k + 1]);
+        v.fresh = false;
         const double* const factors = Factors(v, pitches[k].data());
         phases[2 * k] = v.x.Begin(Turn(x, v, factors), offset, factors);
         phases[2 * k + 1] = v.y.Begin(Turn(y, v, factors), offset, factors);
@@ -200,7 +237,9 @@ bool VoiceMotion::Stands(const Axis& axis, RunningVoice& v) const noexcept {
 }
 
 bool VoiceMotion::Stands(RunningVoice& v) const noexcept {
-    return v.released && Stands(x, v) && Stands(y, v);
+    const auto moves = [](const Ramp<double>& sum) { return sum.Moves(); };
+    return v.released && std::none_of(v.sums.begin(), v.sums.end(), moves) && Stands(x, v) &&
+           Stands(y, v);
 }
 
 void VoiceMotion::Pass(RunningVoice& v) const noexcept {

@@ -61,6 +61,8 @@ class VoiceMotion {
         };
         Coefficients drift, radius;
         NumberedCurve driftEnvelope, radiusEnvelope;
+        /// Of x 0, of y 1.
+        std::size_t number;
         /// Radians per second of a note of 1 Hz.
         double turn;
     };
@@ -73,12 +75,13 @@ class VoiceMotion {
         return sum.For(v.vel, v.key,
                        v.pressure >= 0 && sum.number == pressure ? v.pressure : sum.control);
     }
+    double Sum(RunningVoice& v, std::size_t number, double target) const noexcept;
     const double* Factors(RunningVoice& v, double* space) const noexcept;
     double Turn(const Axis& axis, const RunningVoice& v, const double* factors) const noexcept;
-    void PutRadius(const Axis& axis, const RunningVoice& v, Times& times, Space& space,
+    void PutRadius(const Axis& axis, RunningVoice& v, Times& times, Space& space,
                    Coordinate& coordinate) const noexcept;
-    void PutCentre(const Axis& axis, const RunningVoice& v, double& centre, Times& times,
-                   Drifts& drifts, Space& space, Coordinate& coordinate) const noexcept;
+    void PutCentre(const Axis& axis, RunningVoice& v, double& centre, Times& times, Drifts& drifts,
+                   Space& space, Coordinate& coordinate) const noexcept;
 
     int32 pressure;
     double dt;

@@ -92,7 +92,7 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* buf
     WakeIfChanged(motion, f);
     std::array<RunningVoice*, kVoiceSlots> sounding;
     std::size_t voiceCount = 0;
-    inputs.Advance(sampleRate, offset, count);
+    inputs.Advance(sampleRate, Smooth(), offset, count);
     mix.Begin(SamplesIn(kHandSeconds), SamplesIn(kFadeSeconds), offset, count);
     float resting = 0;
     for (std::size_t i = 0; i < kVoiceSlots; i++) {
@@ -152,6 +152,12 @@ void VoiceRenderer::WakeIfChanged(const VoiceMotion& motion, const PlaneFunction
         v.stands = v.rests = false;
 }
 
+/// Samples in which coefficients and controllers get where they are wanted; 0 where they step.
+std::size_t VoiceRenderer::Smooth() const noexcept {
+    const double seconds = playing.given ? double(playing.smooth) / 1000 : 0;
+    return seconds > 0 ? SamplesIn(seconds) : 0;
+}
+
 /// What the player's hands do to a note that sounds. Other voices than the newest may have been
 /// taken from the slot by now, and then this is about a note that is not taken up yet.
 void VoiceRenderer::TakeUpHands(RunningVoice& v, const voice& slot) noexcept {
@@ -160,6 +166,9 @@ void VoiceRenderer::TakeUpHands(RunningVoice& v, const voice& slot) noexcept {
         return;
     v.bend.Aim(playing.given ? double(slot.bend) : 0.0, SamplesIn(kHandSeconds), offset);
     v.pressure = slot.pressure;
+    // What a legato key has a say in does not jump.
+    v.smooth = std::max(Smooth(), v.retuned ? SamplesIn(kHandSeconds) : 0);
+    v.retuned = false;
 }
 
 /// Where somebody says how the sound is played, a voice that is cut off fades.
@@ -203,6 +212,7 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot) noexcept {
         const double from = glidesOn ? v.freq * v.glide.Factor() : double(glideFrom);
         v.glide.Set(glide > 0 && from > 0 ? SemitonesBetween(freq, from) : 0);
         v.glide.Aim(0, SamplesIn(glide), offset);
+        v.retuned = !begins;
         v.tunes = tunes;
         v.key = key;
         v.freq = freq;
@@ -216,6 +226,7 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot) noexcept {
         v.notes = notes;
         v.released = false;
         v.ends = false;
+        v.fresh = true;
         v.vel = vel;
         v.channel = static_cast<std::size_t>(channel) & 15;
         v.bend.Set(playing.given ? double(bend) : 0.0);

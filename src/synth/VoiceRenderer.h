@@ -56,6 +56,7 @@ class VoiceRenderer {
 
     void TakeUpChange(RunningVoice& running, const voice& slot) noexcept;
     void TakeUpHands(RunningVoice& running, const voice& slot) noexcept;
+    std::size_t Smooth() const noexcept;
     void CutOff(RunningVoice& running) noexcept;
     /// At least one.
     std::size_t SamplesIn(double seconds) const noexcept;

@@ -111,6 +111,30 @@ TEST_F(Hands, ASweepOfTheWheelHasNoSteps) {
         ASSERT_LT(20 * std::log10(test::Amplitude(samples, hertz, kRate)), -100) << hertz;
 }
 
+TEST_F(Hands, AControllerThatIsSmoothedHasNoSteps) {
+    instrument.parameters.Ax3 = 1;
+    instrument.parameters.Ax4 = 1;
+    const auto loudestAbove2000 = [this] {
+        std::vector<float> samples;
+        for (int value = 0; value < 128; value++) {
+            Control(1, uchar(value));
+            const std::vector<float> more = Render(instrument, 344);
+            samples.insert(samples.end(), more.begin(), more.end());
+        }
+        double most = 0;
+        for (double hertz = 2000; hertz < 20000; hertz += 97)
+            most = std::max(most, test::Amplitude(samples, hertz, kRate));
+        return 20 * std::log10(most);
+    };
+    On(69);
+    Render(instrument, 4410);
+    EXPECT_GT(loudestAbove2000(), -90) << "steps";
+    instrument.playing.smooth = 10;
+    Control(1, 0);
+    Render(instrument, 4410);
+    EXPECT_LT(loudestAbove2000(), -100);
+}
+
 TEST_F(Hands, AGlideIsExponentialAndExactAtBothEnds) {
     instrument.playing.glide = 0.5F;
     On(57);
@@ -291,6 +315,7 @@ TEST_F(Hands, WhatIsHeardDoesNotDependOnHowItIsCut) {
         cut.playing.given = true;
         cut.playing.bend = 3;
         cut.playing.glide = 0.03F;
+        cut.playing.smooth = 7;
         cut.playing.pressure = 2;
         std::mt19937 random(7);
         const auto data = [&random] { return uchar(random() % 128); };

@@ -1,5 +1,6 @@
 #include "app/AppOptions.h"
 
+#include "instrument/PlayingOptions.h"
 #include "kits/application/CommandLine.h"
 
 namespace vexa {
@@ -21,7 +22,7 @@ constexpr kits::OptionRow<AppOptions> kRows[] = {
      [](AppOptions& o, std::string_view) { return o.noWindow = true; }},
     {"sound", "SOUND", nullptr, "start with a file, or with the sound of that name (default)",
      [](AppOptions& o, std::string_view text) { return SetText(o.sound.emplace(), text); }},
-    {"voices", "N", "a whole number from 1 to 20", "most voices at once (20; with a window 1)",
+    {"voices", "N", "a whole number from 1 to 20", "most voices at once (the sound's, else 20, with a window 1)",
      [](AppOptions& o, std::string_view text) { return SetNumber(o.voices.emplace(), text, 1, 20); }},
     {"channel", "N", "a whole number from 1 to 16 or \"all\"", "the MIDI channel to listen to (all)",
      [](AppOptions& o, std::string_view text) { return kits::SetChannel(o.channel.emplace(), text); }},
@@ -48,11 +49,16 @@ constexpr kits::OptionRow<AppOptions> kRows[] = {
 };
 // clang-format on
 
+const std::vector<kits::OptionRow<AppOptions>>& Rows() {
+    static const auto rows = WithPlayingOptions<AppOptions>(kRows, "channel");
+    return rows;
+}
+
 } // namespace
 
 kits::Result<AppOptions> ParseAppOptions(std::span<const std::string> arguments) {
     AppOptions options;
-    const auto operands = kits::ParseCommandLine<AppOptions>(kRows, arguments, options);
+    const auto operands = kits::ParseCommandLine<AppOptions>(Rows(), arguments, options);
     if (!operands)
         return operands.Fault();
     if (operands->size() > 1)
@@ -69,7 +75,7 @@ std::string AppHelpText() {
            "Opens the synthesizer's window with a sound, a function or a sample, or plays without "
            "one. Set VEXA_TRACE=1 for trace lines "
            "on standard error.\n\n" +
-           kits::OptionHelp<AppOptions>(kRows);
+           kits::OptionHelp<AppOptions>(Rows());
 }
 
 std::string AppVersionText() {

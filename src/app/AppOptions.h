@@ -1,6 +1,7 @@
 // The command line of vexa.
 #pragma once
 
+#include "documents/Sound.h"
 #include "kits/media/AudioSystem.h"
 #include "kits/support/Result.h"
 #include "tuning/TuningChoice.h"
@@ -24,12 +25,15 @@ struct AppOptions {
     std::optional<std::filesystem::path> sound;
     /// What a person makes is kept in the user's folder, wherever the program lies.
     bool userFolder = false;
-    /// Most voices at once. Without a value: 20 without a window, and with one what its menu says.
+    /// Most voices at once. Without a value: the sound's polyphony, else 20 without a window, and
+    /// with one what its menu says.
     std::optional<int> voices;
     /// The MIDI channel to listen to, 0..15, or -1 for all. Without a value: all.
     std::optional<int> channel;
     /// The frequencies of the keys.
     TuningChoice tuning;
+    /// Stand before what any sound says of how it is played.
+    PlayingTexts playing;
     /// Without a value: the first system that has a device.
     std::optional<kits::AudioSystem> audio;
     /// The sound file to be written of what is heard.

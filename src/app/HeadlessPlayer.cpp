@@ -72,9 +72,12 @@ class HeadlessPlayer {
 
 int HeadlessPlayer::Run(kits::Recording* recording) {
     const kits::Interrupt interrupt;
+    instrument.Prefer(options.playing);
+    instrument.SetUsualVoices(kMostVoices);
+    if (options.voices)
+        instrument.ChooseVoices(*options.voices);
     if (!LoadSound())
         return 1;
-    graph.Consumer().ReduceToMaxVox(options.voices.value_or(kMostVoices));
     graph.Consumer().SetChannel(options.channel.value_or(-1));
     graph.Record(recording);
     const bool sounds = graph.Start();

@@ -84,6 +84,9 @@ class VexaView : public BView {
     /// are fewer than may be chosen.
     std::string Caption() const;
 
+    /// As Instrument::Prefer.
+    void Prefer(const PlayingTexts& choices) { instrument.Prefer(choices); }
+
     /// What the fields, the envelopes and the installed function say at present.
     Function ConstructFunction() const;
     Sound ConstructSound() const;

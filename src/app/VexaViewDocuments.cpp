@@ -7,6 +7,7 @@
 #include "functions/FunctionCost.h"
 #include "kits/interface/Alert.h"
 #include "kits/interface/Control.h"
+#include "kits/interface/Menu.h"
 #include "kits/storage/FileName.h"
 #include "views/EnvView.h"
 #include "views/R2RFView.h"
@@ -94,6 +95,8 @@ void VexaView::InterpretSound(const Sound& sound) {
         SetAndInvoke(Parameters()[i].id, sound.texts[i]);
     for (std::size_t i = 0; i < envelopes.size(); i++)
         envelopes[i]->SetPoints(sound.envelopes[i]);
+    if (BMenuItem* item = voicesMenu->FindItem(VoicesCode(instrument.VoiceLimit())))
+        item->SetMarked(true);
 }
 
 bool VexaView::LoadFunction(const std::filesystem::path& path) {

@@ -100,7 +100,7 @@ bool VexaView::TakePlaneControl(uint32 code) {
 bool VexaView::TakeMenuChoice(uint32 code) {
     for (int32 n = 1; n <= kMostVoices; n++) {
         if (code == VoicesCode(n)) {
-            graph->Consumer().ReduceToMaxVox(n);
+            instrument.ChooseVoices(n);
             return true;
         }
     }

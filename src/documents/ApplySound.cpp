@@ -59,6 +59,22 @@ void ApplyMacros(const Function& function, Macros& target) {
     }
 }
 
+void ApplyPlaying(const Sound& sound, const PlayingTexts& choices, Playing& target) {
+    bool given = sound.playing.has_value();
+    for (std::size_t i = 0; i < PlayingRows().size(); i++) {
+        const PlayingRow& row = PlayingRows()[i];
+        std::optional<float> value;
+        if (choices.texts[i])
+            value = PlayingValue(row, *choices.texts[i]);
+        given = given || value;
+        if (!value && sound.playing && sound.playing->texts[i])
+            value = PlayingValue(row, *sound.playing->texts[i]);
+        target.*row.target = value.value_or(row.absent);
+    }
+    target.given = given;
+    target.loads = target.loads + 1;
+}
+
 void ApplyEnvelopes(const Sound& sound, sound_param& target) {
     for (std::size_t i = 0; i < EnvelopePlaces().size(); i++) {
         Envelope* envelope = target.*EnvelopePlaces()[i].target;

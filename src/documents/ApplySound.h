@@ -5,6 +5,7 @@
 #include "documents/Sound.h"
 #include "synth/Macros.h"
 #include "synth/ParameterTable.h"
+#include "synth/Playing.h"
 
 namespace vexa {
 
@@ -33,6 +34,11 @@ TextFault ApplyMacroController(const std::string& text, Macro& target);
 /// Sets values and controllers of the macros to what the function's texts mean, values within 0..1;
 /// what means nothing is as in a fresh function. Window thread.
 void ApplyMacros(const Function& function, Macros& target);
+
+/// Sets how the sound is played to what the texts mean. Those in `choices`, the player's own, stand
+/// before the sound's, as if the sound had them; what means nothing is as if it were not there.
+/// Window thread.
+void ApplyPlaying(const Sound& sound, const PlayingTexts& choices, Playing& target);
 
 /// Replaces and publishes the points of the target's envelopes. Window thread.
 void ApplyEnvelopes(const Sound& sound, sound_param& target);

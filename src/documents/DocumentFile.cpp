@@ -52,20 +52,20 @@ MXDocument ConstructDocumentTemplate(const std::string& rootName) {
     return {MXString(std::string_view(rootName)), kDoctypeKeyword, kDoctypeLocation};
 }
 
-std::unique_ptr<MXFragment> ConstructInfoElement(const std::string& author,
-                                                 const KeptElements& kept) {
+std::unique_ptr<MXFragment> ConstructInfoElement(const std::string& author) {
     auto info = std::make_unique<MXFragment>(MX_ELEMENT, "info");
     info->Adopt(ConstructTextElement("vexaversion", kVersion));
     info->Adopt(ConstructTextElement("author", author));
-    AdoptChildren(*info, kept.info);
     return info;
 }
 
 void InterpretInfoElement(const MXFragment* info, std::string& author, KeptElements& kept,
-                          Remarks& remarks) {
-    const ElementScope scope(info, {std::begin(kKnownInInfo), std::end(kKnownInInfo)}, remarks);
+                          Remarks& remarks, std::span<const std::string_view> more) {
+    std::vector<std::string_view> names{std::begin(kKnownInInfo), std::end(kKnownInInfo)};
+    const ElementScope scope(info, names, remarks);
     scope.ReadText("author", author);
-    kept.info = info ? ChildrenBut(*info, kKnownInInfo) : "";
+    names.insert(names.end(), more.begin(), more.end());
+    kept.info = info ? ChildrenBut(*info, names) : "";
     const MXFragment* element = scope.Find("vexaversion");
     if (!element)
         return;

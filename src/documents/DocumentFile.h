@@ -30,13 +30,12 @@ struct ReadReport {
 /// A document to write, with that root element in its doctype and without a root yet.
 MXDocument ConstructDocumentTemplate(const std::string& rootName);
 
-/// The element "info": the program's version, the author and what is kept of another version's.
-std::unique_ptr<MXFragment> ConstructInfoElement(const std::string& author,
-                                                 const KeptElements& kept);
-/// Takes the author over, and the elements that are not known here. A version newer than ours is a
-/// remark. A null element is one that is missing.
+/// The element "info" with the program's version and the author.
+std::unique_ptr<MXFragment> ConstructInfoElement(const std::string& author);
+/// Takes the author over, and the elements that neither are known here nor are of the names in
+/// `more`. A version newer than ours is a remark. A null element is one that is missing.
 void InterpretInfoElement(const MXFragment* info, std::string& author, KeptElements& kept,
-                          Remarks& remarks);
+                          Remarks& remarks, std::span<const std::string_view> more = {});
 
 /// The children of an element that are elements of none of these names, as XML.
 std::string ChildrenBut(const MXFragment& parent, std::span<const std::string_view> known);

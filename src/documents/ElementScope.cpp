@@ -12,6 +12,16 @@ std::string Tag(std::string_view name) {
     return '<' + kits::Shown(name) + '>';
 }
 
+const MXFragment* ChildNamed(const MXFragment& parent, std::string_view name) {
+    for (int32 i = 0; i < parent.children.CountItems(); i++) {
+        const MXFragment* child = parent.children.ItemAt(i);
+        const bool isElement = child->Type() == MX_ELEMENT || child->Type() == MX_EMPTY_ELEMENT;
+        if (isElement && child->name == name)
+            return child;
+    }
+    return nullptr;
+}
+
 ElementScope::ElementScope(const MXFragment* scope, std::vector<std::string_view> searched,
                            Remarks& remarks)
     : scope(scope), names(std::move(searched)), found(names.size()), remarks(remarks) {

@@ -13,6 +13,9 @@ namespace vexa {
 /// "<NAME>", fit for a message.
 std::string Tag(std::string_view name);
 
+/// The first child that is an element of that name, be it an empty one; null if there is none.
+const MXFragment* ChildNamed(const MXFragment& parent, std::string_view name);
+
 /// The first element of each of some names in an element's subtree, in document order and the
 /// element itself included. All are found in one walk, so that looking up costs no more than the
 /// document is long, whatever is missing in it.

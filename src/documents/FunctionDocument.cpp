@@ -78,7 +78,7 @@ const char* RootName(const Function& function) {
 
 std::unique_ptr<MXFragment> ConstructFunctionElement(const Function& function) {
     auto root = std::make_unique<MXFragment>(MX_ELEMENT, RootName(function));
-    root->Adopt(ConstructInfoElement(function.author, function.kept));
+    AdoptChildren(root->Adopt(ConstructInfoElement(function.author)), function.kept.info);
     if (function.kind == FunctionKind::Expression) {
         root->Adopt(ConstructTextElement("expression", function.expression));
     } else {

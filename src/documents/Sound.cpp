@@ -4,6 +4,8 @@
 
 namespace vexa {
 
+PlayingTexts::PlayingTexts() : texts(PlayingRows().size()) {}
+
 Sound::Sound() {
     for (const Parameter& row : Parameters())
         texts.emplace_back(row.initialText);

@@ -3,6 +3,7 @@
 #include "documents/DocumentKind.h"
 #include "documents/FunctionDocument.h"
 #include "documents/NumberDoubt.h"
+#include "documents/PlayingElement.h"
 #include "kits/support/NumberText.h"
 #include "kits/support/Quoted.h"
 #include "synth/ParameterTable.h"
@@ -95,7 +96,9 @@ EnvPoint PointOf(const MXFragment& element, std::vector<std::string>& faults) {
 
 std::unique_ptr<MXFragment> ConstructSoundElement(const Sound& sound) {
     auto root = std::make_unique<MXFragment>(MX_ELEMENT, kSoundElement);
-    root->Adopt(ConstructInfoElement(sound.author, sound.kept));
+    MXFragment& info = root->Adopt(ConstructInfoElement(sound.author));
+    AdoptSoundInfo(info, sound.info);
+    AdoptChildren(info, sound.kept.info);
     root->Adopt(ConstructFunctionElement(sound.function));
     for (const std::string_view name : Groups()) {
         const auto rows = ParametersOf(name);
@@ -109,6 +112,8 @@ std::unique_ptr<MXFragment> ConstructSoundElement(const Sound& sound) {
         if (const auto* points = EnvelopeOf(name, sound))
             group.Adopt(ConstructEnvdataElement(*points));
     }
+    if (sound.playing)
+        root->Adopt(ConstructPlayingElement(*sound.playing));
     AdoptChildren(*root, sound.kept.root);
     return root;
 }
@@ -146,9 +151,18 @@ std::optional<Refusal> InterpretSound(const MXFragment& root, Sound& sound, Rema
         else
             InterpretGroup(parts.Element(group), group, sound, remarks);
     }
-    InterpretInfoElement(parts.Element("info"), sound.author, sound.kept, remarks);
+    const MXFragment* info = parts.Element("info");
+    InterpretInfoElement(info, sound.author, sound.kept, remarks, kSoundInfoNames);
+    sound.info = info ? ReadSoundInfo(*info, remarks) : SoundInfo();
     // The children of a function that stands for a whole sound are the function's.
-    sound.kept.root = root.name == kSoundElement ? ChildrenBut(root, names) : "";
+    sound.kept.root = "";
+    sound.playing.reset();
+    if (root.name != kSoundElement)
+        return std::nullopt;
+    names.emplace_back(kPlaying);
+    sound.kept.root = ChildrenBut(root, names);
+    if (const MXFragment* playing = ChildNamed(root, kPlaying))
+        sound.playing = ReadPlaying(*playing, remarks);
     return std::nullopt;
 }
 

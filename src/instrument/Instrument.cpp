@@ -36,6 +36,8 @@ FunctionReport Instrument::Load(const Sound& next) {
 void Instrument::LoadRest(const Sound& next) {
     ApplyParameters(next, engine.parameters);
     ApplyEnvelopes(next, engine.parameters);
+    ApplyPlaying(next, preferred, engine.playing);
+    engine.consumer.ReduceToMaxVox(VoiceLimit());
     Function function = std::move(sound.function);
     sound = next;
     sound.function = std::move(function);
@@ -45,6 +47,26 @@ void Instrument::LoadRest(const Sound& next) {
 void Instrument::Adopt(const Function& function) {
     sound.function = function;
     changes++;
+}
+
+void Instrument::Prefer(const PlayingTexts& choices) {
+    preferred = choices;
+    ApplyPlaying(sound, preferred, engine.playing);
+}
+
+void Instrument::ChooseVoices(int32 limit) {
+    chosenVoices = limit;
+    engine.consumer.ReduceToMaxVox(VoiceLimit());
+}
+
+void Instrument::SetUsualVoices(int32 limit) {
+    usualVoices = limit;
+    engine.consumer.ReduceToMaxVox(VoiceLimit());
+}
+
+int32 Instrument::VoiceLimit() const {
+    const auto said = static_cast<int32>(float(engine.playing.polyphony));
+    return chosenVoices.value_or(said > 0 ? said : usualVoices);
 }
 
 FunctionReport Instrument::SetFunction(const Function& function) {

@@ -75,6 +75,16 @@ class Instrument {
     /// Installs silence in the place of a sample that is missing.
     void Silence();
 
+    /// How this and all later sounds are played, as if they said so themselves where a text is
+    /// given: a person has chosen it.
+    void Prefer(const PlayingTexts& choices);
+    /// The voice limit from now on, whatever a sound says: a person or an option has chosen it.
+    void ChooseVoices(int32 limit);
+    /// The voice limit where neither a person nor the sound says one; 1 unless set.
+    void SetUsualVoices(int32 limit);
+    /// What LoadRest and the calls before have given the consumer.
+    int32 VoiceLimit() const;
+
     /// Gives the sample that plays another pitch: the text is the frequency (Hz) that it was played
     /// at. False, and the winding stays, where the text is no frequency or no sample is loaded.
     bool SetSampleFrequency(const std::string& text);
@@ -118,6 +128,9 @@ class Instrument {
     /// The values of the macros that the sound's texts say.
     std::array<float, kMacros> toldMacros{kInitialMacro, kInitialMacro, kInitialMacro,
                                           kInitialMacro};
+    PlayingTexts preferred;
+    std::optional<int32> chosenVoices;
+    int32 usualVoices = 1;
     /// The last one that was loaded.
     std::optional<LoadedSample> sample;
     Winding winding;

@@ -15,8 +15,9 @@ struct Engine : SoundRecords {
         consumer.SetFunction(f);
     }
 
-    VexaMidiConsumer consumer{"Vexa midi in", controllers, macros, parameters, voices};
-    VoiceRenderer renderer{controllers, macros, parameters, voices};
+    VexaMidiConsumer consumer{"Vexa midi in", controllers, macros, parameters,
+                              playing,        volumes,     voices};
+    VoiceRenderer renderer{controllers, macros, parameters, playing, volumes, voices};
 };
 
 } // namespace vexa

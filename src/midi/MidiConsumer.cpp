@@ -33,11 +33,14 @@ void PutIcon(BMessage* message, const char* name, type_code type, const BBitmap&
 } // namespace
 
 VexaMidiConsumer::VexaMidiConsumer(const char* name, ControllerTable& controllers, Macros& macros,
-                                   const sound_param& parameters, VoiceTable& voices)
+                                   const sound_param& parameters, const Playing& playing,
+                                   ChannelVolumes& volumes, VoiceTable& voices)
     : BMidiLocalConsumer(name),
       controllers(controllers),
       macros(macros),
       parameters(parameters),
+      playing(playing),
+      volumes(volumes),
       voices(voices) {
     PublishIcons();
 }
@@ -45,6 +48,14 @@ VexaMidiConsumer::VexaMidiConsumer(const char* name, ControllerTable& controller
 void VexaMidiConsumer::NoteOn(uchar from, uchar note, uchar velocity, bigtime_t) {
     if (!Accepts(from))
         return;
+    TakeUpSound();
+    if (playing.Mode() != PlayMode::poly)
+        channels[from].keys.Press(note, velocity);
+    Strike(from, note, velocity);
+}
+
+/// Gives the key a voice, or the one voice of its channel.
+void VexaMidiConsumer::Strike(uchar from, uchar note, uchar velocity) {
     const kits::Reader::Section reading(reader);
     const float freq = tuning.Get()[note & 127];
     if (freq == 0)
@@ -64,24 +75,43 @@ void VexaMidiConsumer::NoteOn(uchar from, uchar note, uchar velocity, bigtime_t)
     const std::array<float, kMostInputs> inputs = InputsOf(f, {vel, key, 0}, macros, controllers);
     const float start = Heard(f.At(x, cy, inputs.data()));
 
-    const int index = ChooseSlot(key);
+    MidiChannel& channel = channels[from];
+    const PlayMode mode = playing.Mode();
+    const bool takesOver = mode != PlayMode::poly && Plays(channel.voice, from);
+    const int index = takesOver ? channel.voice : ChooseSlot(key);
     if (index < 0)
         return;
+    channel.voice = index;
     voice& slot = voices[index];
+    Holder& holder = holders[static_cast<std::size_t>(index)];
     const VoiceState::Seen before = slot.state.BeginChange();
-    slot.vel = vel;
+    const bool attacks =
+        !(takesOver && mode == PlayMode::legato && before.Active() && !slot.released);
+    // A key that is struck again under the pedal stays under it.
+    const bool again = before.Active() && slot.key == key;
+    holder = {from, true, again && holder.sostenuto};
     slot.key = key;
     slot.freq = freq;
-    slot.startcx = cx;
-    slot.startcy = cy;
+    slot.channel = from;
+    slot.tunes = slot.tunes + 1;
+    slot.glide = playing.given ? float(playing.glide) : 0.0F;
+    slot.glideson = takesOver;
+    slot.glidefrom = channel.frequency;
+    channel.frequency = freq;
     slot.hpa = hpa;
     slot.hpb = hpb;
     slot.hpgain = hpgain;
-    slot.start = start;
-    slot.continues = before.Active();
-    slot.released = false;
-    slot.notes = slot.notes + 1;
-    channels[static_cast<std::size_t>(index)] = from;
+    if (attacks) {
+        slot.vel = vel;
+        slot.startcx = cx;
+        slot.startcy = cy;
+        slot.start = start;
+        slot.continues = before.Active();
+        slot.released = false;
+        slot.bend = channel.Bend(playing);
+        slot.pressure = -1.0F;
+        slot.notes = slot.notes + 1;
+    }
     slot.state.EndChange(true);
     KeepToLimit();
 }
@@ -121,39 +151,46 @@ int VexaMidiConsumer::ChooseSlot(float key) {
 }
 
 void VexaMidiConsumer::NoteOff(uchar from, uchar note, uchar, bigtime_t) {
+    TakeUpSound();
     const bool accepted = Accepts(from);
-    const kits::Reader::Section reading(reader);
     const float key = Normalised(note);
+    MidiChannel& channel = channels[from];
+    channel.keys.Release(note);
+    const std::optional<HeldKeys::Key> last = channel.keys.Last();
+    if (last && playing.Mode() != PlayMode::poly && Plays(channel.voice, from)) {
+        const voice& sounding = voices[static_cast<std::size_t>(channel.voice)];
+        if (sounding.key == key && !sounding.released)
+            return Strike(from, last->note, last->velocity);
+    }
     for (std::size_t index = 0; index < voices.size(); index++) {
         voice& slot = voices[index];
         if (!slot.state.Look().Active() || slot.released || slot.key != key ||
-            !(accepted || channels[index] == from))
+            !(accepted || holders[index].channel == from))
             continue;
-        const VoiceState::Seen before = slot.state.BeginChange();
-        const auto held = static_cast<float>(Seconds(slot, before));
-        const auto places = EnvelopePlaces();
-        for (std::size_t i = 0; i < places.size(); i++)
-            slot.rellevel[i] = (parameters.*places[i].target)->Value(held, false, 0);
-        slot.heldfor = held;
-        slot.released = true;
-        slot.state.EndChange(before.Active());
+        holders[index].key = false;
+        if (!Sustains(index))
+            Release(index);
     }
     KeepToLimit();
 }
 
-void VexaMidiConsumer::ControlChange(uchar from, uchar controller, uchar value, bigtime_t) {
-    if (!Accepts(from))
-        return;
-    controllers[controller & 127] = Normalised(value);
-    for (Macro& macro : macros) {
-        if (macro.controller == controller)
-            macro.value = Normalised(value);
-    }
+void VexaMidiConsumer::Release(std::size_t index) {
+    const kits::Reader::Section reading(reader);
+    voice& slot = voices[index];
+    const VoiceState::Seen before = slot.state.BeginChange();
+    const auto held = static_cast<float>(Seconds(slot, before));
+    const auto places = EnvelopePlaces();
+    for (std::size_t i = 0; i < places.size(); i++)
+        slot.rellevel[i] = (parameters.*places[i].target)->Value(held, false, 0);
+    slot.heldfor = held;
+    slot.released = true;
+    slot.state.EndChange(before.Active());
 }
 
 void VexaMidiConsumer::AllNotesOff(bool, bigtime_t) {
     for (voice& slot : voices)
         slot.state.Silence();
+    panics++;
 }
 
 void VexaMidiConsumer::ReduceToMaxVox(int32 limit) {

@@ -4,8 +4,10 @@
 #include "kits/midi/MidiLocalConsumer.h"
 #include "kits/support/Bitmap.h"
 #include "kits/support/Published.h"
+#include "midi/MidiChannel.h"
 #include "synth/Macros.h"
 #include "synth/PlaneFunction.h"
+#include "synth/Playing.h"
 #include "synth/SoundParam.h"
 #include "synth/Voice.h"
 #include "tuning/Tuning.h"
@@ -23,14 +25,19 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     /// The records are shared and outlive the consumer. Starts with all channels, a voice limit of
     /// 1, dummyfunction and equal temperament. Window thread.
     VexaMidiConsumer(const char* name, ControllerTable& controllers, Macros& macros,
-                     const sound_param& parameters, VoiceTable& voices);
+                     const sound_param& parameters, const Playing& playing, ChannelVolumes& volumes,
+                     VoiceTable& voices);
     ~VexaMidiConsumer() override { Unregister(); }
 
     /// MIDI thread. A velocity of 0 is a velocity like others: only NoteOff releases.
     void NoteOff(uchar channel, uchar note, uchar velocity, bigtime_t time) override;
     void NoteOn(uchar channel, uchar note, uchar velocity, bigtime_t time) override;
     void ControlChange(uchar channel, uchar controller, uchar value, bigtime_t time) override;
-    /// Silences every slot at once, whatever the channel.
+    void KeyPressure(uchar channel, uchar note, uchar pressure, bigtime_t time) override;
+    void ChannelPressure(uchar channel, uchar pressure, bigtime_t time) override;
+    void PitchBend(uchar channel, uchar lsb, uchar msb, bigtime_t time) override;
+    void SourceEnded(uchar channel, bigtime_t time) override;
+    /// Silences every slot at once, whatever the channel. Any thread.
     void AllNotesOff(bool justChannel, bigtime_t time) override;
 
     /// The channel that is listened to, 0..15, or -1 for all. Any thread.
@@ -70,16 +77,42 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     bool Accepts(uchar from) const { return channel == -1 || channel == from; }
     int ChooseSlot(float key);
     void KeepToLimit();
+    void Strike(uchar from, uchar note, uchar velocity);
+    void Release(std::size_t index);
+
+    void TakeUpSound();
+    bool Plays(int index, uchar from) const;
+    bool Sustains(std::size_t index) const;
+    void ReleaseUnheld(uchar from);
+    void HoldSostenuto(uchar from);
+    void LiftPedals(uchar from);
+    void SetController(uchar controller, float value);
+    void ApplyBend(uchar from);
+    void ApplyVolume(uchar from);
+    void ResetControllers(uchar from);
     void PublishIcons();
 
     ControllerTable& controllers;
     Macros& macros;
     const sound_param& parameters;
+    const Playing& playing;
+    ChannelVolumes& volumes;
     VoiceTable& voices;
     kits::Shared<int32> channel{-1};
-    /// The channel that each slot's note came on; its end is listened to there, whatever the
-    /// channel is by then. MIDI thread.
-    std::array<uchar, kVoiceSlots> channels{};
+    /// What holds a slot's note. MIDI thread.
+    struct Holder {
+        /// Where the note came on; its end is listened to there, whatever the channel is by then.
+        uchar channel = 0;
+        /// The key is down.
+        bool key = false;
+        /// The pedal 66 holds it.
+        bool sostenuto = false;
+    };
+    std::array<Holder, kVoiceSlots> holders{};
+    std::array<MidiChannel, 16> channels{};
+    /// What TakeUpSound has taken up: of Playing::loads and `panics`. MIDI thread.
+    uint32 loads = 0, panicked = 0;
+    std::atomic<uint32> panics{0};
     kits::Published<PlaneFunction> function{dummyfunction};
     kits::Published<Tuning> tuning{EqualTemperament()};
     std::atomic<int32> voiceLimit{1};

@@ -21,9 +21,11 @@ constexpr uint32 kDefaultTempo = 500000; // microseconds per quarter note
 enum : uint8 {
     kNoteOff = 0x80,
     kNoteOn = 0x90,
+    kKeyPressure = 0xA0,
     kControlChange = 0xB0,
     kProgramChange = 0xC0,
     kChannelPressure = 0xD0,
+    kPitchBend = 0xE0,
     kSystemExclusive = 0xF0,
     kEscape = 0xF7,
     kMeta = 0xFF,
@@ -36,8 +38,18 @@ bool SilencesAll(uint8 controller) {
 
 /// An event at a tick, before the tempo map has told its time.
 struct TimedEvent {
-    /// The first four are those of MidiEvent.
-    enum class Kind : uint8 { NoteOff, NoteOn, ControlChange, AllNotesOff, Tempo, TrackEnd };
+    /// The first ones are those of MidiEvent.
+    enum class Kind : uint8 {
+        NoteOff,
+        NoteOn,
+        KeyPressure,
+        ControlChange,
+        ChannelPressure,
+        PitchBend,
+        AllNotesOff,
+        Tempo,
+        TrackEnd,
+    };
 
     uint64 tick;
     /// Where in the file the event begins.
@@ -330,8 +342,10 @@ void Parser::ParseChannelEvent(uint8 status, uint64 tick, std::size_t start) {
     const uint8 kind = status & 0xF0;
     const uint8 channel = status & 0x0F;
     const uint8 number = DataByte();
-    if (kind == kProgramChange || kind == kChannelPressure)
+    if (kind == kProgramChange)
         return;
+    if (kind == kChannelPressure)
+        return Add(ChannelPressure, tick, start, channel, 0, number);
     const uint8 value = DataByte();
     if (kind == kNoteOn && value > 0) {
         Add(NoteOn, tick, start, channel, number, value);
@@ -340,6 +354,10 @@ void Parser::ParseChannelEvent(uint8 status, uint64 tick, std::size_t start) {
         Add(NoteOff, tick, start, channel, number, value);
     } else if (kind == kControlChange) {
         Add(SilencesAll(number) ? AllNotesOff : ControlChange, tick, start, channel, number, value);
+    } else if (kind == kKeyPressure) {
+        Add(KeyPressure, tick, start, channel, number, value);
+    } else if (kind == kPitchBend) {
+        Add(PitchBend, tick, start, channel, number, value);
     }
 }
 

@@ -15,16 +15,25 @@ namespace vexa {
 /// One event that a synthesizer acts on.
 struct MidiEvent {
     /// A note-on with velocity 0 is a NoteOff; the controllers 120 and 123..127 are AllNotesOff.
-    enum class Kind : uint8 { NoteOff, NoteOn, ControlChange, AllNotesOff };
+    enum class Kind : uint8 {
+        NoteOff,
+        NoteOn,
+        KeyPressure,
+        ControlChange,
+        ChannelPressure,
+        PitchBend,
+        AllNotesOff,
+    };
 
     /// Since the start of the file. Rounded once from an exact count, so no drift accumulates.
     double seconds;
     Kind kind;
     /// 0..15.
     uint8 channel;
-    /// The note or the controller, 0..127.
+    /// The note or the controller, 0..127; of a bend the low seven bits, of the channel's pressure
+    /// 0.
     uint8 number;
-    /// The velocity or the controller's value, 0..127.
+    /// The velocity, the pressure or the controller's value, 0..127; of a bend the high seven bits.
     uint8 value;
 
     bool operator==(const MidiEvent&) const = default;

@@ -1,5 +1,6 @@
 #include "render/Options.h"
 
+#include "instrument/PlayingOptions.h"
 #include "kits/application/CommandLine.h"
 
 #include <algorithm>
@@ -45,8 +46,8 @@ constexpr kits::OptionRow<Options> kRows[] = {
      [](Options& o, std::string_view text) { return SetText(o.sample.emplace(), text); }},
     {"sample-frequency", "HZ", "a number from 0.001 to 1000000", "the pitch of the sample",
      [](Options& o, std::string_view text) { return SetNumber(o.sampleFrequency.emplace(), text, 1e-3, 1e6); }},
-    {"voices", "N", "a whole number from 1 to 20", "most voices at once (20)",
-     [](Options& o, std::string_view text) { return SetNumber(o.voices, text, 1, 20); }},
+    {"voices", "N", "a whole number from 1 to 20", "most voices at once (the sound's, or 20)",
+     [](Options& o, std::string_view text) { return SetNumber(o.voices.emplace(), text, 1, 20); }},
     {"channel", "N", "a whole number from 1 to 16 or \"all\"", "the MIDI channel to play (all)",
      [](Options& o, std::string_view text) { return kits::SetChannel(o.channel, text); }},
     {"rate", "HZ", "a whole number from 8000 to 768000", "frames per second (44100)",
@@ -78,6 +79,11 @@ constexpr kits::OptionRow<Options> kRows[] = {
 };
 // clang-format on
 
+const std::vector<kits::OptionRow<Options>>& Rows() {
+    static const auto rows = WithPlayingOptions<Options>(kRows, "channel");
+    return rows;
+}
+
 kits::Result<Options> Checked(Options options, std::span<const std::string> operands) {
     if (options.action != Options::Action::Render)
         return options;
@@ -98,7 +104,7 @@ kits::Result<Options> Checked(Options options, std::span<const std::string> oper
 
 kits::Result<Options> ParseOptions(std::span<const std::string> arguments) {
     Options options;
-    const auto operands = kits::ParseCommandLine<Options>(kRows, arguments, options);
+    const auto operands = kits::ParseCommandLine<Options>(Rows(), arguments, options);
     if (!operands)
         return operands.Fault();
     return Checked(std::move(options), *operands);
@@ -108,7 +114,7 @@ std::string HelpText() {
     return "Usage: vexa-render MIDI OUTPUT [options]\n\n"
            "Renders a Standard MIDI File through a sound to a sound file; the ending of\n"
            "OUTPUT chooses its format.\n\n" +
-           kits::OptionHelp<Options>(kRows);
+           kits::OptionHelp<Options>(Rows());
 }
 
 std::string VersionText() {

@@ -1,6 +1,7 @@
 // The command line of vexa-render.
 #pragma once
 
+#include "documents/Sound.h"
 #include "kits/support/Result.h"
 #include "synth/Macros.h"
 #include "tuning/TuningChoice.h"
@@ -34,10 +35,12 @@ struct Options {
     std::array<std::optional<double>, kMacros> macros;
     /// The frequencies of the keys.
     TuningChoice tuning;
+    /// Stand before what the sound says of how it is played.
+    PlayingTexts playing;
     /// The sound's function is compiled by gcc.
     bool compile = false;
-    /// Most voices at once.
-    int voices = 20;
+    /// Most voices at once. Without a value: the sound's polyphony, or 20.
+    std::optional<int> voices;
     /// The MIDI channel to play, 0..15, or -1 for all.
     int channel = -1;
     /// Frames per second of the file.

@@ -44,6 +44,15 @@ void Performance::Play(const MidiEvent& event) {
     case MidiEvent::Kind::ControlChange:
         consumer.ControlChange(event.channel, event.number, event.value, 0);
         break;
+    case MidiEvent::Kind::KeyPressure:
+        consumer.KeyPressure(event.channel, event.number, event.value, 0);
+        break;
+    case MidiEvent::Kind::ChannelPressure:
+        consumer.ChannelPressure(event.channel, event.value, 0);
+        break;
+    case MidiEvent::Kind::PitchBend:
+        consumer.PitchBend(event.channel, event.number, event.value, 0);
+        break;
     case MidiEvent::Kind::AllNotesOff:
         consumer.AllNotesOff(true, 0);
         break;

@@ -164,12 +164,15 @@ Result<void> RenderJob::SetUpInstrument() {
     const Result<Tuning> tuning = ReadTuning(options.tuning);
     if (!tuning)
         return tuning.Fault();
+    instrument.Prefer(options.playing);
+    instrument.SetUsualVoices(kMostVoices);
+    if (options.voices)
+        instrument.ChooseVoices(*options.voices);
     if (const FunctionReport report = instrument.Load(*sound); !report)
         return Error{Text(report)};
     Engine& engine = instrument.Playing();
     engine.consumer.SetTuning(*tuning);
     engine.renderer.SetGain(static_cast<float>(options.gain));
-    engine.consumer.ReduceToMaxVox(options.voices);
     engine.consumer.SetChannel(options.channel);
     engine.consumer.SetFilterRate(kFilterRate * options.oversample);
     return {};

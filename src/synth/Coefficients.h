@@ -16,11 +16,15 @@ struct Weights {
 /// The coefficients of one sum at one moment, with the controller.
 struct Coefficients {
     double c0, c1, c2, c3;
+    /// Of the controller: its value and its number.
     double control;
+    int32 number;
 
     bool operator==(const Coefficients&) const = default;
-    Weights For(float vel, float key) const noexcept {
-        return {c0, c1 * vel + c2 * key + c3 * control};
+    Weights For(float vel, float key) const noexcept { return For(vel, key, control); }
+    /// For a note with another value of the controller.
+    Weights For(float vel, float key, double own) const noexcept {
+        return {c0, c1 * vel + c2 * key + c3 * own};
     }
 };
 
@@ -34,7 +38,8 @@ struct CoefficientGroup {
 
     /// As they are now. Any thread.
     Coefficients Now(const sound_param& p, const ControllerTable& controllers) const noexcept {
-        return {p.*c0, p.*c1, p.*c2, p.*c3, controllers[p.*c4 & 127]};
+        const int32 number = p.*c4 & 127;
+        return {p.*c0, p.*c1, p.*c2, p.*c3, controllers[static_cast<std::size_t>(number)], number};
     }
     /// The sum as it is now. Any thread.
     Weights For(const sound_param& p, const ControllerTable& controllers, float vel,

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace vexa {
 
@@ -11,43 +12,38 @@ constexpr double kRampSeconds = 0.01;
 
 } // namespace
 
-float MacroRamp::Now() const noexcept {
-    if (done >= length)
-        return to;
-    return from + (to - from) * (static_cast<float>(done) / static_cast<float>(length));
-}
-
-void MacroRamp::Advance(float target, double rate, float* values, std::size_t count) noexcept {
-    if (!begun) {
-        begun = true;
-        to = target;
-    } else if (target != to) {
-        from = Now();
-        to = target;
-        done = 0;
-        length = static_cast<std::size_t>(std::max(1.0, std::floor(rate * kRampSeconds)));
-    }
-    for (std::size_t i = 0; i < count; i++) {
-        values[i] = Now();
-        done += done < length ? 1 : 0;
-    }
-}
-
-void InputBlock::Advance(double rate, std::size_t count) noexcept {
+void InputBlock::Advance(double rate, std::size_t newSmooth, std::size_t newOffset,
+                         std::size_t count) noexcept {
+    smooth = newSmooth;
+    offset = newOffset;
+    wasFilled = std::exchange(filled, false);
+    const auto length =
+        std::max(smooth, static_cast<std::size_t>(std::max(1.0, std::floor(rate * kRampSeconds))));
     for (std::size_t m = 0; m < kMacros; m++) {
-        ramps[m].Advance(macros[m].value, rate, space->macros[m].data(), count);
-        macros[m].now = ramps[m].Now();
+        Ramp<float>& ramp = ramps[m];
+        ramp.Aim(macros[m].value, begun ? length : 0, offset);
+        Write(ramp, space->macros[m].data(), count);
+        ramp.Pass(count);
+        macros[m].now = ramp.Now();
     }
+    begun = true;
 }
 
 const float* const* InputBlock::Fill(const PlaneSource& f, std::span<RunningVoice* const> voices,
-                                     const ControllerTable& controllers, double dt,
+                                     const ControllerTable& controllers, int32 pressure, double dt,
                                      std::size_t count) noexcept {
     const std::span<const FunctionInput> inputs = f.Inputs();
+    // What has come while nothing was heard is there at once.
+    const bool goesOn = wasFilled && source == &f;
+    source = &f;
+    filled = true;
     for (std::size_t n = 0; n < inputs.size(); n++) {
         const FunctionInput input = inputs[n];
         float* to = space->values[n].data();
         arrays[n] = to;
+        const bool isControl = input.kind == FunctionInput::Kind::Controller;
+        if (isControl)
+            controls[n].Aim(controllers[input.number], goesOn ? smooth : 0, offset);
         for (std::size_t k = 0; k < voices.size(); k++, to += count) {
             switch (input.kind) {
             case FunctionInput::Kind::Macro:
@@ -64,10 +60,20 @@ const float* const* InputBlock::Fill(const PlaneSource& f, std::span<RunningVoic
                     to[i] = static_cast<float>(static_cast<double>(voices[k]->age + i) * dt);
                 break;
             case FunctionInput::Kind::Controller:
-                std::fill_n(to, count, controllers[input.number]);
+                Ramp<float> control = controls[n];
+                if (input.number == pressure) {
+                    RunningVoice& v = *voices[k];
+                    v.pressed.Aim(v.pressure >= 0 ? v.pressure : float(controllers[input.number]),
+                                  v.age > 0 ? smooth : 0, offset);
+                    control = v.pressed;
+                    v.pressed.Pass(count);
+                }
+                Write(control, to, count);
                 break;
             }
         }
+        if (isControl)
+            controls[n].Pass(count);
     }
     for (RunningVoice* v : voices)
         v->age += count;

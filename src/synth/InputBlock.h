@@ -15,46 +15,47 @@
 
 namespace vexa {
 
-/// Where one macro is on its way: a straight line in time, begun anew whenever the macro is set.
-/// The first moment finds it where it was last set to.
-class MacroRamp {
-  public:
-    /// Writes the macro at `count` moments, `rate` a second, beginning now, and goes on. It reaches
-    /// what the macro was last set to exactly, 10 ms after that.
-    void Advance(float target, double rate, float* values, std::size_t count) noexcept;
-    /// At the moment after those written so far.
-    float Now() const noexcept;
-
-  private:
-    bool begun = false;
-    float from = kInitialMacro, to = kInitialMacro;
-    /// Moments since the macro was set, no more than `length`.
-    std::size_t done = 0, length = 0;
-};
-
 /// The values of a function's inputs at the points of all voices. Media thread, but for its
 /// construction, which allocates.
 class InputBlock {
   public:
     explicit InputBlock(Macros& macros) : macros(macros), space(std::make_unique<Space>()) {}
 
-    /// The macros over the next `count` <= kMostSamples moments, whether they are used or not.
-    void Advance(double rate, std::size_t count) noexcept;
+    /// The macros over the next `count` <= kMostSamples moments, `rate` a second, whether they are
+    /// used or not. Each goes to what it was last set to within 10 ms, or `smooth` samples if that
+    /// is longer; the first moment of all finds it there. `offset` as for VoiceMotion.
+    void Advance(double rate, std::size_t smooth, std::size_t offset, std::size_t count) noexcept;
 
     /// The arrays that f.Evaluate expects for the points of the block that was advanced over: those
     /// of voice k are k * count to (k + 1) * count - 1. Each voice's age grows by `count`.
+    /// Controllers go where they are wanted within the smooth samples of Advance. `pressure` as for
+    /// VoiceMotion.
     const float* const* Fill(const PlaneSource& f, std::span<RunningVoice* const> voices,
-                             const ControllerTable& controllers, double dt,
+                             const ControllerTable& controllers, int32 pressure, double dt,
                              std::size_t count) noexcept;
 
   private:
+    /// `count` values of the ramp from here on.
+    static void Write(Ramp<float> ramp, float* to, std::size_t count) noexcept {
+        for (std::size_t i = 0; i < count; i++, ramp.Pass(1))
+            to[i] = ramp.Now();
+    }
+
     struct Space {
         alignas(64) std::array<std::array<float, kMostSamples>, kMacros> macros;
         alignas(64) std::array<std::array<float, kVoiceSlots * kMostSamples>, kMostInputs> values;
     };
 
     Macros& macros;
-    std::array<MacroRamp, kMacros> ramps;
+    std::array<Ramp<float>, kMacros> ramps;
+    bool begun = false;
+    /// Of the inputs that are controllers, in the order of the source's inputs.
+    std::array<Ramp<float>, kMostInputs> controls;
+    /// Of the block, and whether Fill has been called for it and for the one before.
+    std::size_t smooth = 0, offset = 0;
+    bool filled = false, wasFilled = false;
+    /// Whose inputs the controls are.
+    const PlaneSource* source = nullptr;
     std::unique_ptr<Space> space;
     std::array<const float*, kMostInputs> arrays{};
 };

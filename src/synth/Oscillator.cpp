@@ -29,19 +29,31 @@ void Oscillator::Advance(Wave wave, double sine, double cosine, std::size_t coun
     coordinate.slope = wave == Wave::sine ? cosine : -sine;
 }
 
-void Oscillator::Pass(double newTurn, std::size_t newOffset, std::size_t count) noexcept {
-    Begin(newTurn, newOffset);
+void Oscillator::Pass(double newTurn, std::size_t newOffset, std::size_t count,
+                      const double* newFactors) noexcept {
+    Begin(newTurn, newOffset, newFactors);
     if (even) {
         phase += static_cast<double>(count) * step;
         return;
     }
     std::array<double, kRoom> phases;
-    phase = Loops().Accumulate(phase, turn, phases.data(), count);
+    AccumulateUnevenly(phases.data(), count);
+}
+
+void Oscillator::AccumulateUnevenly(double* phases, std::size_t count) noexcept {
+    if (!factors) {
+        phase = Loops().Accumulate(phase, turn, phases, count);
+        return;
+    }
+    for (std::size_t i = 0; i < count; i++) {
+        phases[i] = phase;
+        phase += turn * factors[i];
+    }
 }
 
 void Oscillator::AdvanceUnevenly(Wave wave, std::size_t count, double* result) noexcept {
     std::array<double, kRoom> phases, sines, cosines;
-    phase = Loops().Accumulate(phase, turn, phases.data(), count);
+    AccumulateUnevenly(phases.data(), count);
     Loops().Waves(phases.data(), sines.data(), cosines.data(), count);
     std::copy_n((wave == Wave::sine ? sines : cosines).data(), count, result);
 }

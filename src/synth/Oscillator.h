@@ -22,13 +22,20 @@ class Oscillator {
     void Restart() { phase = 0; }
 
     /// Lets `count` samples go by whose waves nobody asks for, in place of Begin and Advance.
-    void Pass(double newTurn, std::size_t newOffset, std::size_t count) noexcept;
+    void Pass(double newTurn, std::size_t newOffset, std::size_t count,
+              const double* newFactors = nullptr) noexcept;
 
     /// Begins a block `offset` samples after its cell; `turn` is the phase's step. Answers the
-    /// phase at the beginning of the cell, whose sine and cosine Advance needs.
-    double Begin(double newTurn, std::size_t newOffset) noexcept {
+    /// phase at the beginning of the cell, whose sine and cosine Advance needs. Where there are
+    /// factors, the step at moment i is turn newFactors[i]; they must stand until Advance.
+    double Begin(double newTurn, std::size_t newOffset,
+                 const double* newFactors = nullptr) noexcept {
         turn = newTurn;
         offset = newOffset;
+        factors = newFactors;
+        even = false;
+        if (factors)
+            return phase;
         step = RoundedStep(phase, turn);
         // Exact where the steps are even.
         const double begin = phase - static_cast<double>(offset) * step;
@@ -45,10 +52,12 @@ class Oscillator {
                  Coordinate& coordinate) noexcept;
 
   private:
+    void AccumulateUnevenly(double* phases, std::size_t count) noexcept;
     void AdvanceUnevenly(Wave wave, std::size_t count, double* waves) noexcept;
 
     double phase = 0;
     double turn = 0;
+    const double* factors = nullptr;
     std::size_t offset = 0;
     /// What adding `turn` adds in this cell, and whether it always does.
     double step = 0;

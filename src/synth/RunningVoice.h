@@ -5,6 +5,7 @@
 #include "synth/EnvelopeTrack.h"
 #include "synth/Oscillator.h"
 #include "synth/ParameterTable.h"
+#include "synth/Ramp.h"
 
 #include <array>
 
@@ -14,10 +15,16 @@ namespace vexa {
 struct RunningVoice {
     /// Of the slot's state and of its notes, as they were taken up.
     uint32 changes = 0;
-    uint32 notes = 0;
+    uint32 notes = 0, tunes = 0;
     bool sounds = false;
     bool released = false;
     float vel = 0, key = 0, freq = 0;
+    /// 0..15.
+    std::size_t channel = 0;
+    /// The key's own, 0..1; below 0 where it has none.
+    float pressure = -1;
+    /// What lies between the pitch and freq, semitones.
+    PitchRamp glide, bend;
     /// Seconds since note-on or, once released, since note-off.
     double t = 0;
     /// Samples since note-on; they go on after the release.
@@ -25,6 +32,14 @@ struct RunningVoice {
     /// The orbit's centre.
     double cx = 0, cy = 0;
     Oscillator x, y;
+    /// What the sums of the orbit's formulas come to, x and y by turns: the weight of the drift's
+    /// envelope, the rest of the drift, the radius. Other values are reached within `smooth`
+    /// samples, but for those of a note that has just begun.
+    std::array<Ramp<double>, 6> sums;
+    std::size_t smooth = 0;
+    bool fresh = false, retuned = false;
+    /// As `pressure`, or the controller that it drives where it has none.
+    Ramp<float> pressed;
     /// The four envelopes (EnvelopePlaces), and their values at note-off.
     std::array<EnvelopeTrack, 4> envelopes;
     std::array<float, 4> rellevel{};
@@ -33,6 +48,9 @@ struct RunningVoice {
     bool stands = false;
     /// And the filter had settled: until something changes, each sample is filter.out.
     bool rests = false;
+    /// It has been cut off and fades, for so many samples more.
+    bool ends = false;
+    std::size_t left = 0;
 };
 
 } // namespace vexa

@@ -4,6 +4,7 @@
 #include "synth/Envelope.h"
 #include "synth/Macros.h"
 #include "synth/ParameterTable.h"
+#include "synth/Playing.h"
 #include "synth/SoundParam.h"
 #include "synth/Voice.h"
 
@@ -25,6 +26,8 @@ struct SoundRecords {
                                       NewEnvelope(3)};
     sound_param parameters;
     Macros macros;
+    Playing playing;
+    ChannelVolumes volumes;
     VoiceTable voices;
 
   private:

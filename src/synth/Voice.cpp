@@ -4,13 +4,22 @@
 
 namespace vexa {
 
+namespace {
+
+/// What is shown is about the slot's note as it is now, or as it was before its pitch changed.
+/// `rendered` is read first: the media thread writes it last, so a match vouches for the rest.
+bool Rendered(const voice& slot, VoiceState::Seen seen) {
+    return slot.rendered == seen.Changes() || (slot.renderednotes == slot.notes && !slot.released);
+}
+
+} // namespace
+
 double Seconds(const voice& slot, VoiceState::Seen seen) {
-    // `rendered` is read first: the media thread writes it last, so a match vouches for t.
-    return slot.rendered == seen.Changes() ? double(slot.t) : 0.0;
+    return Rendered(slot, seen) ? double(slot.t) : 0.0;
 }
 
 VoiceView Look(const voice& slot) {
-    const bool rendered = slot.rendered == slot.state.Look().Changes();
+    const bool rendered = Rendered(slot, slot.state.Look());
     VoiceView view{};
     view.released = slot.released;
     // A release restarts the time; the orbit goes on from where it is.

@@ -83,16 +83,34 @@ struct voice {
     kits::Shared<float> vel;
     /// Note number / 127: also the note's identity, compared exactly.
     kits::Shared<float> key;
+    /// How many pitches the slot has had; one that is not a new note's is taken without an attack.
+    kits::Shared<uint32> tunes;
+    /// 0..15.
+    kits::Shared<int32> channel;
+    /// The pitch comes, within so many seconds, from where the slot's voice is, or from a
+    /// frequency (Hz; 0 for nowhere).
+    kits::Shared<float> glide;
+    kits::Shared<bool> glideson;
+    kits::Shared<float> glidefrom;
     /// The key has been let go.
     kits::Shared<bool> released;
     /// At note-off: seconds since note-on, and the four envelopes' values then (EnvelopePlaces).
     kits::Shared<float> heldfor;
     std::array<kits::Shared<float>, 4> rellevel;
 
+    // Written by the MIDI thread at any time, read by all.
+
+    /// Semitones.
+    kits::Shared<float> bend;
+    /// The key's own pressure, 0..1; below 0 before there is any.
+    kits::Shared<float> pressure;
+
     // Written by the media thread after each stretch that it has rendered, read by all.
 
     /// state.Changes() of the note that the following fields are about, written after them.
     kits::Shared<uint32> rendered;
+    /// `notes` of that note.
+    kits::Shared<uint32> renderednotes;
     /// Seconds since note-on or, once released, since note-off.
     kits::Shared<double> t;
     /// Radians, 0 at note-on, never wrapped.
@@ -116,8 +134,9 @@ struct VoiceView {
     std::array<float, 4> rellevel;
 };
 
-/// Reads a slot. Where the media thread has not taken a change up yet, the note is where it will
-/// start: at t = 0. Read while the note changes, fields of the old and the new may mix. Any thread.
+/// Reads a slot. Where the media thread has not taken a new note or a release up yet, the note is
+/// where it will start: at t = 0. Read while the note changes, fields of the old and the new may
+/// mix. Any thread.
 VoiceView Look(const voice& slot);
 
 /// Seconds since note-on or note-off, as Look.

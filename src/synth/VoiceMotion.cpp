@@ -3,6 +3,8 @@
 #include "synth/Envelope.h"
 #include "synth/EqualSteps.h"
 
+#include <algorithm>
+
 namespace vexa {
 
 namespace {
@@ -76,41 +78,78 @@ class VoiceMotion::Drifts {
     std::size_t number = 0;
 };
 
-VoiceMotion::VoiceMotion(const sound_param& p, const ControllerTable& controllers, double dt,
-                         std::size_t offset, std::size_t count) noexcept
-    : dt(dt),
+VoiceMotion::VoiceMotion(const sound_param& p, const ControllerTable& controllers, int32 pressure,
+                         double dt, std::size_t offset, std::size_t count) noexcept
+    : pressure(pressure),
+      dt(dt),
       offset(offset),
       count(count),
       x{kDcxdt.Now(p, controllers),
         kAx.Now(p, controllers),
         {p.EnvCx->Curve(), 0},
         {p.EnvAx->Curve(), 2},
+        0,
         kTwoPi * p.Fx},
       y{kDcydt.Now(p, controllers),
         kAy.Now(p, controllers),
         {p.EnvCy->Curve(), 1},
         {p.EnvAy->Curve(), 3},
+        1,
         kTwoPi * p.Fy} {}
 
-void VoiceMotion::PutRadius(const Axis& axis, const RunningVoice& v, Times& times, Space& space,
-                            Coordinate& c) const noexcept {
-    const Weights weights = axis.radius.For(v.vel, v.key);
-    c.radius = weights.c0 + weights.rest;
-    float value = 0;
-    c.envelope = times.Follow(axis.radiusEnvelope, space.radiusEnvelope.data(), value);
-    if (!c.envelope)
-        c.radius *= value;
+/// The sum of that number (RunningVoice::sums) on its way to what it is to be.
+double VoiceMotion::Sum(RunningVoice& v, std::size_t number, double target) const noexcept {
+    Ramp<double>& sum = v.sums[number];
+    if (v.fresh)
+        sum.Set(target);
+    sum.Aim(target, v.smooth, offset);
+    return sum.Now();
 }
 
-void VoiceMotion::PutCentre(const Axis& axis, const RunningVoice& v, double& centre, Times& times,
+void VoiceMotion::PutRadius(const Axis& axis, RunningVoice& v, Times& times, Space& space,
+                            Coordinate& c) const noexcept {
+    const Weights weights = Of(axis.radius, v);
+    const std::size_t number = 4 + axis.number;
+    c.radius = Sum(v, number, weights.c0 + weights.rest);
+    float value = 0;
+    float* const values = space.radiusEnvelope.data();
+    c.envelope = times.Follow(axis.radiusEnvelope, values, value);
+    Ramp<double>& sum = v.sums[number];
+    if (sum.Varies()) {
+        for (std::size_t i = 0; i < count; i++) {
+            values[i] = static_cast<float>((c.envelope ? values[i] : value) * sum.Now());
+            sum.Pass(1);
+        }
+        c.envelope = values;
+        c.radius = 1;
+    } else if (!c.envelope) {
+        c.radius *= value;
+    }
+}
+
+void VoiceMotion::PutCentre(const Axis& axis, RunningVoice& v, double& centre, Times& times,
                             Drifts& drifts, Space& space, Coordinate& c) const noexcept {
-    const Weights weights = axis.drift.For(v.vel, v.key);
+    const Weights target = Of(axis.drift, v);
+    const Weights weights{Sum(v, axis.number, target.c0), Sum(v, 2 + axis.number, target.rest)};
+    Ramp<double>& weight = v.sums[axis.number];
+    Ramp<double>& rest = v.sums[2 + axis.number];
+    const bool varies = weight.Varies() || rest.Varies();
     float value = 0;
     const float* const values =
-        weights.c0 == 0 ? nullptr
-                        : times.Follow(axis.driftEnvelope, space.driftEnvelope.data(), value);
+        weights.c0 == 0 && !varies
+            ? nullptr
+            : times.Follow(axis.driftEnvelope, space.driftEnvelope.data(), value);
     double* const centres = space.centres.data();
     c.centres = centres;
+    if (varies) {
+        for (std::size_t i = 0; i < count; i++) {
+            centres[i] = centre;
+            centre += dt * ((values ? values[i] : value) * weight.Now() + rest.Now());
+            weight.Pass(1);
+            rest.Pass(1);
+        }
+        return;
+    }
     if (values) {
         drifts.Add({values, weights.c0, weights.rest, dt, &centre, centres});
         return;
@@ -127,6 +166,23 @@ void VoiceMotion::PutCentre(const Axis& axis, const RunningVoice& v, double& cen
     }
 }
 
+/// What the frequency is multiplied by at each moment, in `space`, where that changes; else null.
+const double* VoiceMotion::Factors(RunningVoice& v, double* space) const noexcept {
+    if (!v.glide.Varies() && !v.bend.Varies())
+        return nullptr;
+    std::fill_n(space, count, 1.0);
+    v.glide.Scale(space, count);
+    v.bend.Scale(space, count);
+    return space;
+}
+
+/// Radians per sample, or what the factors multiply.
+double VoiceMotion::Turn(const Axis& axis, const RunningVoice& v,
+                         const double* factors) const noexcept {
+    const double turn = axis.turn * v.freq * dt;
+    return factors ? turn : turn * (v.glide.Factor() * v.bend.Factor());
+}
+
 void VoiceMotion::Move(std::span<RunningVoice* const> voices, float* placesx,
                        float* placesy) const noexcept {
     // Of x and y by turns.
@@ -134,6 +190,7 @@ void VoiceMotion::Move(std::span<RunningVoice* const> voices, float* placesx,
     std::array<Space, kMost> spaces;
     std::array<Coordinate, kMost> coordinates{};
     std::array<double, kMost> phases, sines, cosines;
+    std::array<std::array<double, kMostSamples>, kTogether> pitches;
     Drifts drifts;
     for (std::size_t k = 0; k < voices.size(); k++) {
         RunningVoice& v = *voices[k];
@@ -142,8 +199,10 @@ void VoiceMotion::Move(std::span<RunningVoice* const> voices, float* placesx,
         PutCentre(y, v, v.cy, times, drifts, spaces[2 * k + 1], coordinates[2 * k + 1]);
         PutRadius(x, v, times, spaces[2 * k], coordinates[2 * k]);
         PutRadius(y, v, times, spaces[2 * k + 1], coordinates[2 * k + 1]);
-        phases[2 * k] = v.x.Begin(x.turn * v.freq * dt, offset);
-        phases[2 * k + 1] = v.y.Begin(y.turn * v.freq * dt, offset);
+        v.fresh = false;
+        const double* const factors = Factors(v, pitches[k].data());
+        phases[2 * k] = v.x.Begin(Turn(x, v, factors), offset, factors);
+        phases[2 * k + 1] = v.y.Begin(Turn(y, v, factors), offset, factors);
         coordinates[2 * k].place = placesx + k * count;
         coordinates[2 * k + 1].place = placesy + k * count;
     }
@@ -160,7 +219,7 @@ void VoiceMotion::Move(std::span<RunningVoice* const> voices, float* placesx,
     loops.Places(coordinates.data(), 2 * voices.size(), count);
 }
 
-bool VoiceMotion::Stands(const Axis& axis, RunningVoice& v) noexcept {
+bool VoiceMotion::Stands(const Axis& axis, RunningVoice& v) const noexcept {
     const auto t = static_cast<float>(v.t);
     // Whether the sum is 0 for good where its envelope has come to its end, and where it has none
     // to follow.
@@ -171,20 +230,24 @@ bool VoiceMotion::Stands(const Axis& axis, RunningVoice& v) noexcept {
         return track.HoldsForGood(envelope.curve, t, v.released, v.rellevel[envelope.number]) &&
                track.Value() * weight + rest == 0;
     };
-    const Weights drift = axis.drift.For(v.vel, v.key);
-    const Weights radius = axis.radius.For(v.vel, v.key);
+    const Weights drift = Of(axis.drift, v);
+    const Weights radius = Of(axis.radius, v);
     return zero(axis.radiusEnvelope, radius.c0 + radius.rest, 0) &&
            zero(axis.driftEnvelope, drift.c0, drift.rest);
 }
 
 bool VoiceMotion::Stands(RunningVoice& v) const noexcept {
-    return v.released && Stands(x, v) && Stands(y, v);
+    const auto moves = [](const Ramp<double>& sum) { return sum.Moves(); };
+    return v.released && std::none_of(v.sums.begin(), v.sums.end(), moves) && Stands(x, v) &&
+           Stands(y, v);
 }
 
 void VoiceMotion::Pass(RunningVoice& v) const noexcept {
     const Times passed(v, dt, count);
-    v.x.Pass(x.turn * v.freq * dt, offset, count);
-    v.y.Pass(y.turn * v.freq * dt, offset, count);
+    std::array<double, kMostSamples> space;
+    const double* const factors = Factors(v, space.data());
+    v.x.Pass(Turn(x, v, factors), offset, count, factors);
+    v.y.Pass(Turn(y, v, factors), offset, count, factors);
 }
 
 } // namespace vexa

@@ -20,8 +20,9 @@ class VoiceMotion {
     static constexpr std::size_t kTogether = 4;
 
     /// A block of `count` samples, `dt` seconds each, that begins `offset` samples after its cell
-    /// (Oscillator).
-    VoiceMotion(const sound_param& p, const ControllerTable& controllers, double dt,
+    /// (Oscillator). `pressure` is the controller that a voice has its own value of where its
+    /// pressure is not below 0, or -1.
+    VoiceMotion(const sound_param& p, const ControllerTable& controllers, int32 pressure, double dt,
                 std::size_t offset, std::size_t count) noexcept;
 
     /// Moves up to kTogether voices: writes the places of voice k to x[k * count + i] and
@@ -60,6 +61,8 @@ class VoiceMotion {
         };
         Coefficients drift, radius;
         NumberedCurve driftEnvelope, radiusEnvelope;
+        /// Of x 0, of y 1.
+        std::size_t number;
         /// Radians per second of a note of 1 Hz.
         double turn;
     };
@@ -67,12 +70,20 @@ class VoiceMotion {
     class Times;
     class Drifts;
 
-    static bool Stands(const Axis& axis, RunningVoice& v) noexcept;
-    void PutRadius(const Axis& axis, const RunningVoice& v, Times& times, Space& space,
+    bool Stands(const Axis& axis, RunningVoice& v) const noexcept;
+    Weights Of(const Coefficients& sum, const RunningVoice& v) const noexcept {
+        return sum.For(v.vel, v.key,
+                       v.pressure >= 0 && sum.number == pressure ? v.pressure : sum.control);
+    }
+    double Sum(RunningVoice& v, std::size_t number, double target) const noexcept;
+    const double* Factors(RunningVoice& v, double* space) const noexcept;
+    double Turn(const Axis& axis, const RunningVoice& v, const double* factors) const noexcept;
+    void PutRadius(const Axis& axis, RunningVoice& v, Times& times, Space& space,
                    Coordinate& coordinate) const noexcept;
-    void PutCentre(const Axis& axis, const RunningVoice& v, double& centre, Times& times,
-                   Drifts& drifts, Space& space, Coordinate& coordinate) const noexcept;
+    void PutCentre(const Axis& axis, RunningVoice& v, double& centre, Times& times, Drifts& drifts,
+                   Space& space, Coordinate& coordinate) const noexcept;
 
+    int32 pressure;
     double dt;
     std::size_t offset, count;
     Axis x, y;

@@ -23,6 +23,10 @@ namespace {
 /// Of a voice, below full volume 1.
 constexpr float kInaudible = 1e-7F;
 
+/// Seconds in which the wheel, volumes and what is cut off get where they are wanted.
+constexpr double kHandSeconds = 0.01;
+constexpr double kFadeSeconds = 0.005;
+
 /// Whether the output of a filter will stay as it is as long as its input stays `s`. Where all that
 /// is still to come is inaudible, it is left out.
 bool Settles(LowCutFilter& filter, float s) noexcept {
@@ -48,8 +52,18 @@ bool Settles(LowCutFilter& filter, float s) noexcept {
 } // namespace
 
 VoiceRenderer::VoiceRenderer(const ControllerTable& controllers, Macros& macros,
-                             const sound_param& parameters, VoiceTable& voices)
-    : inputs(macros), controllers(controllers), parameters(parameters), voices(voices) {}
+                             const sound_param& parameters, const Playing& playing,
+                             const ChannelVolumes& volumes, VoiceTable& voices)
+    : inputs(macros),
+      controllers(controllers),
+      parameters(parameters),
+      playing(playing),
+      mix(playing, volumes),
+      voices(voices) {}
+
+std::size_t VoiceRenderer::SamplesIn(double seconds) const noexcept {
+    return static_cast<std::size_t>(std::max(1.0, std::floor(seconds * sampleRate)));
+}
 
 void VoiceRenderer::SetGain(float next) noexcept {
     if (next >= 0 && next <= 1)
@@ -73,28 +87,30 @@ void VoiceRenderer::Render(float* buffer, std::size_t count) noexcept {
 
 void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* buffer,
                                 std::size_t count) noexcept {
-    const VoiceMotion motion(parameters, controllers, 1.0 / sampleRate, offset, count);
+    const int32 pressure = playing.Pressure();
+    const VoiceMotion motion(parameters, controllers, pressure, 1.0 / sampleRate, offset, count);
     WakeIfChanged(motion, f);
     std::array<RunningVoice*, kVoiceSlots> sounding;
-    std::array<LowCutFilter*, kVoiceSlots> filters;
     std::size_t voiceCount = 0;
-    inputs.Advance(sampleRate, count);
+    inputs.Advance(sampleRate, Smooth(), offset, count);
+    mix.Begin(SamplesIn(kHandSeconds), SamplesIn(kFadeSeconds), offset, count);
     float resting = 0;
     for (std::size_t i = 0; i < kVoiceSlots; i++) {
         RunningVoice& v = running[i];
         TakeUpChange(v, voices[i]);
         if (!v.sounds)
             continue;
+        TakeUpHands(v, voices[i]);
         if (v.rests) {
             motion.Pass(v);
             v.age += count;
-            resting += v.filter.out;
+            resting += v.filter.out * mix.Volume(v);
             continue;
         }
-        filters[voiceCount] = &v.filter;
         sounding[voiceCount++] = &v;
     }
-    const float factor = gain;
+    mix.Sort({sounding.data(), voiceCount});
+    const float factor = gain * mix.Level();
     if (voiceCount == 0) {
         std::fill_n(buffer, count, resting * factor);
         return;
@@ -104,12 +120,12 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* buf
         motion.Move({&sounding[k], std::min(kTogether, voiceCount - k)}, &block.x[k * count],
                     &block.y[k * count]);
     const PlaneSource& source = f.Source();
-    source.Evaluate(
-        block.x.data(), block.y.data(),
-        inputs.Fill(source, {sounding.data(), voiceCount}, controllers, 1.0 / sampleRate, count),
-        block.s.data(), voiceCount * count);
+    source.Evaluate(block.x.data(), block.y.data(),
+                    inputs.Fill(source, {sounding.data(), voiceCount}, controllers, pressure,
+                                1.0 / sampleRate, count),
+                    block.s.data(), voiceCount * count);
     block.sum.fill(resting);
-    if (Loops().LowCut(filters.data(), block.s.data(), voiceCount, count, block.sum.data()))
+    if (mix.Add({sounding.data(), voiceCount}, block.s.data(), block.sum.data()))
         bounded = true;
     for (std::size_t i = 0; i < count; i++)
         buffer[i] = block.sum[i] * factor;
@@ -136,19 +152,50 @@ void VoiceRenderer::WakeIfChanged(const VoiceMotion& motion, const PlaneFunction
         v.stands = v.rests = false;
 }
 
-/// Begins the slot's new note, or its release, if there is one. A note that is being rewritten at
-/// this moment is left for the next block; until then the voice goes on as it is.
+/// Samples in which coefficients and controllers get where they are wanted; 0 where they step.
+std::size_t VoiceRenderer::Smooth() const noexcept {
+    const double seconds = playing.given ? double(playing.smooth) / 1000 : 0;
+    return seconds > 0 ? SamplesIn(seconds) : 0;
+}
+
+/// What the player's hands do to a note that sounds. Other voices than the newest may have been
+/// taken from the slot by now, and then this is about a note that is not taken up yet.
+void VoiceRenderer::TakeUpHands(RunningVoice& v, const voice& slot) noexcept {
+    v.glide.Aim(0, 0, offset);
+    if (v.ends)
+        return;
+    v.bend.Aim(playing.given ? double(slot.bend) : 0.0, SamplesIn(kHandSeconds), offset);
+    v.pressure = slot.pressure;
+    // What a legato key has a say in does not jump.
+    v.smooth = std::max(Smooth(), v.retuned ? SamplesIn(kHandSeconds) : 0);
+    v.retuned = false;
+}
+
+/// Where somebody says how the sound is played, a voice that is cut off fades.
+void VoiceRenderer::CutOff(RunningVoice& v) noexcept {
+    if (!v.ends && playing.given && !v.rests) {
+        v.ends = true;
+        v.left = SamplesIn(kFadeSeconds);
+    }
+    v.sounds = v.sounds && v.ends && v.left > 0 && !v.rests;
+    v.ends = v.sounds;
+}
+
+/// Begins the slot's new note, or its release or its new pitch, if there is one. A note that is
+/// being rewritten at this moment is left for the next block; until then the voice goes on as it
+/// is.
 void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot) noexcept {
     const VoiceState::Seen seen = slot.state.Look();
-    if (!seen.Active()) {
-        v.sounds = false;
-        return;
-    }
+    if (!seen.Active())
+        return CutOff(v);
     if (seen.Changing() || (v.sounds && seen.Changes() == v.changes))
         return;
 
     // All is read before anything changes, in case that the slot is rewritten meanwhile.
-    const uint32 notes = slot.notes;
+    const uint32 notes = slot.notes, tunes = slot.tunes;
+    const int32 channel = slot.channel;
+    const float glide = slot.glide, glideFrom = slot.glidefrom, bend = slot.bend;
+    const bool glidesOn = slot.glideson && v.sounds;
     const bool released = slot.released;
     const bool continues = slot.continues && v.sounds;
     const float vel = slot.vel, key = slot.key, freq = slot.freq;
@@ -160,12 +207,29 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot) noexcept {
     if (slot.state.Look() != seen)
         return;
 
-    if (!v.sounds || notes != v.notes) {
-        v.notes = notes;
-        v.released = false;
-        v.vel = vel;
+    const bool begins = !v.sounds || notes != v.notes;
+    if (begins || tunes != v.tunes) {
+        const double from = glidesOn ? v.freq * v.glide.Factor() : double(glideFrom);
+        v.glide.Set(glide > 0 && from > 0 ? SemitonesBetween(freq, from) : 0);
+        v.glide.Aim(0, SamplesIn(glide), offset);
+        v.retuned = !begins;
+        v.tunes = tunes;
         v.key = key;
         v.freq = freq;
+        // Goes on with what the filter takes away, so that nothing jumps.
+        const float d = v.filter.hpgain * (v.filter.hpsum0 - v.filter.hpsum1);
+        v.filter = {hpa,         hpb, hpgain, d * (1.0F / (1.0F - hpa)), d * (1.0F / (1.0F - hpb)),
+                    v.filter.out};
+    }
+    if (begins) {
+        const float out = continues || v.ends ? v.filter.out * mix.Fade(v) : 0.0F;
+        v.notes = notes;
+        v.released = false;
+        v.ends = false;
+        v.fresh = true;
+        v.vel = vel;
+        v.channel = static_cast<std::size_t>(channel) & 15;
+        v.bend.Set(playing.given ? double(bend) : 0.0);
         v.t = 0;
         v.age = 0;
         v.cx = startcx;
@@ -173,7 +237,6 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot) noexcept {
         v.x.Restart();
         v.y.Restart();
         // Charged so that the first sample is what the slot's last one was, without a click.
-        const float out = continues ? v.filter.out : 0.0F;
         const float d = start - out;
         v.filter = {hpa, hpb, hpgain, d * (1.0F / (1.0F - hpa)), d * (1.0F / (1.0F - hpb)), out};
     }
@@ -199,7 +262,7 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot) noexcept {
 void VoiceRenderer::ShowProgress() noexcept {
     for (int i = 0; i < kVoiceSlots; i++) {
         const RunningVoice& v = running[i];
-        if (!v.sounds)
+        if (!v.sounds || v.ends)
             continue;
         voice& slot = voices[i];
         slot.t = v.t;
@@ -208,6 +271,7 @@ void VoiceRenderer::ShowProgress() noexcept {
         slot.cx = v.cx;
         slot.cy = v.cy;
         slot.out = v.filter.out;
+        slot.renderednotes = v.notes;
         slot.rendered = v.changes;
     }
 }

@@ -4,7 +4,9 @@
 #include "kits/support/Published.h"
 #include "kits/support/Shared.h"
 #include "synth/InputBlock.h"
+#include "synth/OutputMix.h"
 #include "synth/PlaneFunction.h"
+#include "synth/Playing.h"
 #include "synth/RunningVoice.h"
 #include "synth/SoundParam.h"
 #include "synth/Voice.h"
@@ -30,7 +32,7 @@ class VoiceRenderer {
     /// The records are shared and outlive the renderer. Starts with gain 0, dummyfunction and
     /// 44100 samples per second.
     VoiceRenderer(const ControllerTable& controllers, Macros& macros, const sound_param& parameters,
-                  VoiceTable& voices);
+                  const Playing& playing, const ChannelVolumes& volumes, VoiceTable& voices);
 
     /// Writes the next `count` samples of the sum of all voices, times the gain, unclipped.
     /// Media thread: no allocation, lock, wait or system call.
@@ -53,6 +55,11 @@ class VoiceRenderer {
     struct Block;
 
     void TakeUpChange(RunningVoice& running, const voice& slot) noexcept;
+    void TakeUpHands(RunningVoice& running, const voice& slot) noexcept;
+    std::size_t Smooth() const noexcept;
+    void CutOff(RunningVoice& running) noexcept;
+    /// At least one.
+    std::size_t SamplesIn(double seconds) const noexcept;
     void RenderBlock(const PlaneFunction& f, Block& block, float* buffer,
                      std::size_t count) noexcept;
     void WakeIfChanged(const VoiceMotion& motion, const PlaneFunction& f) noexcept;
@@ -62,6 +69,8 @@ class VoiceRenderer {
     InputBlock inputs;
     const ControllerTable& controllers;
     const sound_param& parameters;
+    const Playing& playing;
+    OutputMix mix;
     VoiceTable& voices;
     kits::Shared<float> gain{0};
     kits::Published<PlaneFunction> function{dummyfunction};

@@ -18,7 +18,7 @@ std::vector<float> Play(vexa::VexaView& view, const vexa::MidiFile& file, std::s
     // The producer's own would drop voices when a few samples take longer than they play.
     vexa::Engine& engine = view.Playing();
     vexa::VoiceRenderer renderer(engine.controllers, engine.macros, engine.parameters,
-                                 engine.voices);
+                                 engine.playing, engine.volumes, engine.voices);
     renderer.SetFunction(view.Plane().Function());
     renderer.SetGain(0.25F);
     std::vector<float> samples(length);
@@ -101,7 +101,8 @@ TEST_F(SavedSoundTest, AnIncompleteSoundIsLoadedOntoAFreshOne) {
     const auto part =
         folder.Write("part.xml", "<vexasound><info><author>A</author><tags>t</tags></info>"
                                  "<vexafunction><expression>x</expression><macros><a>1</a></macros>"
-                                 "</vexafunction><fy>2</fy><playing/></vexasound>");
+                                 "</vexafunction><fy>2</fy><playing><bend>2</bend></playing>"
+                                 "<later/></vexasound>");
     vexa::ReadReport report;
     const auto expected = vexa::ReadSound(part, report);
     ASSERT_TRUE(expected);
@@ -115,8 +116,8 @@ TEST_F(SavedSoundTest, AnIncompleteSoundIsLoadedOntoAFreshOne) {
     EXPECT_EQ(loaded, *expected);
     view->SaveSound("again.xml");
     const std::string saved = test::Contents(In("sounds/again.xml"));
-    for (const char* kept :
-         {"    <tags>t</tags>\n", "    <macros>\n", "\n  <playing/>\n</vexasound>"})
+    for (const char* kept : {"    <tags>t</tags>\n", "    <macros>\n", "    <bend>2</bend>\n",
+                             "\n  <later/>\n</vexasound>"})
         EXPECT_NE(saved.find(kept), std::string::npos) << saved;
 }
 

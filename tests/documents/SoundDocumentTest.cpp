@@ -1,5 +1,6 @@
 #include "documents/SoundDocument.h"
 
+#include "documents/ApplySound.h"
 #include "documents/FunctionDocument.h"
 #include "support/TemporaryFolder.h"
 #include "synth/ParameterTable.h"
@@ -33,7 +34,24 @@ Sound RandomSound(unsigned seed) {
     } else {
         sound.function.expression = text();
     }
-    sound.kept = {"<playing><mode>" + std::to_string(seed) + "</mode></playing><b/>", "<c></c>"};
+    sound.kept = {"<later><mode>" + std::to_string(seed) + "</mode></later><b/>", "<c></c>"};
+    for (auto* said : {&sound.info.name, &sound.info.tags, &sound.info.comment}) {
+        if (random() % 2)
+            *said = text();
+    }
+    if (random() % 2)
+        sound.info.category = kCategories[random() % std::size(kCategories)];
+    if (random() % 4) {
+        PlayingTexts& playing = sound.playing.emplace();
+        for (std::size_t i = 0; i < playing.texts.size(); i++) {
+            const PlayingRow& row = PlayingRows()[i];
+            if (random() % 2)
+                playing.texts[i] = row.words.empty()
+                                       ? std::to_string(int(row.minimum) + int(random() % 6))
+                                       : std::string(row.words[random() % row.words.size()]);
+        }
+        playing.kept = random() % 2 ? "<later><glide>9</glide></later>" : "";
+    }
     sound.function.kept = {"<d><e>x<!-- y --><f/></e></d>", "<g h=\"i\"><![CDATA[<]]></g>"};
     for (std::size_t i = 0; i < sound.texts.size(); i++)
         sound.texts[i] = std::to_string(Parameters()[i].controller ? random() % 128 : random());
@@ -155,6 +173,73 @@ TEST(SoundDocument, TellsTheLineAndColumnOfWhatIsMalformed) {
         for (const std::string& line : expected)
             EXPECT_THAT(lines, Contains(line)) << group;
     }
+}
+
+TEST(SoundDocument, WhatPlayingCannotBeIsToldWithItsPlaceAndCountsAsAbsent) {
+    std::string text = "<vexasound><info><category>Pad</category></info><vexafunction>"
+                       "</vexafunction>\n<playing>";
+    const struct {
+        const char* name;
+        const char* below;
+        const char* beyond;
+        const char* allowed;
+    } rows[] = {
+        {"polyphony", "0", "21", "a whole number from 1 to 20"},
+        {"mode", "Mono", "3", "poly, mono or legato"},
+        {"glide", "-0.1", "5.01", "a number from 0 to 5"},
+        {"bend", "-1", "48.5", "a number from 0 to 48"},
+        {"pedal", "yes", "1", "true or false"},
+        {"pressure", "-1", "12.5", "a whole number from 0 to 127"},
+        {"spread", "-1", "181", "a number from 0 to 180"},
+        {"oversample", "3", "32", "1, 2, 4, 8 or 16"},
+        {"smooth", "nan", "101", "a number from 0 to 100"},
+        {"volume", "-41", "0,5", "a number from -40 to 12"},
+    };
+    ASSERT_EQ(std::size(rows), PlayingRows().size());
+    const Playing absent;
+    for (const bool beyond : {false, true}) {
+        std::string wrong = text;
+        std::vector<std::string> expected;
+        for (const auto& row : rows) {
+            const std::string value = beyond ? row.beyond : row.below;
+            wrong += "\n<" + std::string(row.name) + '>' + value + "</" + row.name + '>';
+            expected.push_back("s:" + std::to_string(3 + expected.size()) + ":1: <" + row.name +
+                               ">: expected " + row.allowed + ", found \"" + value +
+                               "\", which counts as if it were not there");
+        }
+        std::vector<std::string> lines;
+        const Sound sound = Interpreted(wrong + "</playing></vexasound>", lines);
+        for (const std::string& line : expected)
+            EXPECT_THAT(lines, Contains(line));
+        EXPECT_THAT(lines, Contains(HasSubstr("s:1:18: <category>: expected one of bass, lead")));
+        Playing playing;
+        ApplyPlaying(sound, {}, playing);
+        EXPECT_TRUE(playing.given);
+        for (const PlayingRow& row : PlayingRows())
+            EXPECT_EQ(playing.*row.target, absent.*row.target) << row.name;
+    }
+}
+
+TEST(SoundDocument, PlayingBelongsToTheSoundAloneAndMayBeEmpty) {
+    std::vector<std::string> lines;
+    const Sound sound = Interpreted("<vexasound><vexafunction><playing><bend>2</bend></playing>"
+                                    "</vexafunction><later><playing/></later></vexasound>",
+                                    lines);
+    EXPECT_FALSE(sound.playing) << "a function's and a later version's are theirs";
+    const Sound empty =
+        Interpreted("<vexasound><vexafunction></vexafunction><playing/></vexasound>", lines);
+    EXPECT_EQ(empty.playing, PlayingTexts());
+    Playing playing;
+    ApplyPlaying(empty, {}, playing);
+    EXPECT_TRUE(playing.given);
+    PlayingTexts choice;
+    choice.texts[3] = "7";
+    ApplyPlaying(sound, choice, playing);
+    EXPECT_TRUE(playing.given) << "a choice is as if the sound had it";
+    EXPECT_EQ(playing.bend, 7);
+    ApplyPlaying(sound, {}, playing);
+    EXPECT_FALSE(playing.given);
+    EXPECT_EQ(playing.bend, 0) << "all is absent after every load";
 }
 
 TEST(SoundDocument, ManyFaultsAreCountedAndANewerVersionIsTold) {

@@ -19,6 +19,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8* data, std::size_t size) {
     static vexa::SoundRecords records;
     vexa::ApplyParameters(sound, records.parameters);
     vexa::ApplyEnvelopes(sound, records.parameters);
+    vexa::ApplyPlaying(sound, {}, records.playing);
+    for (const vexa::PlayingRow& row : vexa::PlayingRows()) {
+        const float value = records.playing.*row.target;
+        fuzz::Require(value == row.absent || (value >= row.minimum && value <= row.maximum),
+                      "what is not in its range is as if it were not there");
+    }
 
     // Texts and numbers reach their written form with the first save.
     const auto saved = [](const vexa::Sound& value) {

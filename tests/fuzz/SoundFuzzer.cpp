@@ -87,6 +87,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8* data, std::size_t size) {
     vexa::Engine instrument;
     vexa::ApplyParameters(*sound, instrument.parameters);
     vexa::ApplyEnvelopes(*sound, instrument.parameters);
+    vexa::ApplyPlaying(*sound, {}, instrument.playing);
     instrument.SetFunction(FunctionOf(sound->function));
     instrument.consumer.ReduceToMaxVox(kVoices);
     const double start = ProcessorSeconds();

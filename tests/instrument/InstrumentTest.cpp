@@ -59,6 +59,32 @@ float Loudness(Instrument& instrument) {
 const std::string kLoud = "const char* r2rfunstr(void) { return EXPRESSION_STR; }\n"
                           "float r2rfun(float x, float y) { return 3 * (EXPRESSION); }\n";
 
+TEST(Instrument, IsPlayedAsTheSoundSaysUnlessAPersonHasChosen) {
+    const test::ProgramFolder folder;
+    Instrument instrument(folder.Path(), Addons::None);
+    vexa::Sound many;
+    many.playing.emplace().texts[0] = "12";
+    instrument.Load(many);
+    EXPECT_EQ(instrument.VoiceLimit(), 12);
+    instrument.Load(vexa::Sound());
+    EXPECT_EQ(instrument.VoiceLimit(), 1) << "absent after every load";
+    instrument.SetUsualVoices(20);
+    EXPECT_EQ(instrument.VoiceLimit(), 20);
+    instrument.Load(many);
+    EXPECT_EQ(instrument.VoiceLimit(), 12);
+    vexa::PlayingTexts options;
+    options.texts[3] = "7"; // bend
+    instrument.Prefer(options);
+    EXPECT_EQ(instrument.Playing().playing.bend, 7);
+    instrument.ChooseVoices(3);
+    instrument.Load(many);
+    EXPECT_EQ(instrument.Playing().playing.bend, 7);
+    EXPECT_EQ(instrument.State(), many) << "what is chosen does not get into the sound";
+    for (uchar note = 40; note < 60; note++)
+        instrument.Playing().consumer.NoteOn(0, note, 100, 0);
+    EXPECT_EQ(instrument.Playing().consumer.CountVox(), 3);
+}
+
 TEST(Instrument, AFormulaPlaysAtOnceAndAnAddonFollows) {
     const test::ProgramFolder folder;
     folder.WriteTemplate(kLoud);

@@ -28,7 +28,8 @@ TEST(EventGate, HandsOnAtOnceOrWhenAsked) {
     gate.ProgramChange(4, 8, 13);
     gate.ChannelPressure(5, 9, 14);
     gate.PitchBend(6, 1, 64, 15);
-    gate.AllNotesOff(true, 16);
+    gate.SourceEnded(7, 16);
+    gate.AllNotesOff(true, 17);
     EXPECT_THAT(log.calls, IsEmpty());
     {
         EventGate::Turn turn(gate);
@@ -43,9 +44,10 @@ TEST(EventGate, HandsOnAtOnceOrWhenAsked) {
                                        "pressure 5 9"));
     gate.SetTimed(false);
     EXPECT_EQ(EventGate::Turn(gate).Next(), nullptr);
-    EXPECT_EQ(log.calls.size(), 7U);
+    EXPECT_EQ(log.calls.size(), 8U);
+    EXPECT_EQ(log.calls[6], "ended 7");
     EXPECT_EQ(log.calls.back(), "alloff 1");
-    EXPECT_EQ(log.times, (std::vector<bigtime_t>{10, 11, 12, 13, 14, 15, 16}));
+    EXPECT_EQ(log.times, (std::vector<bigtime_t>{10, 11, 12, 13, 14, 15, 16, 17}));
 }
 
 /// A consumer that knows what comes next and whether two are in it at a time.

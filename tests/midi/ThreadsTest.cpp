@@ -76,7 +76,8 @@ TEST(Threads, EveryRecordMayChangeWhileItIsUsed) {
         std::mt19937 random(5);
         while (!stop) {
             const auto data = static_cast<uchar>(random() % 128);
-            switch (random() % 8) {
+            const auto channel = static_cast<uchar>(random() % 2);
+            switch (random() % 12) {
             case 0:
                 instrument.consumer.ControlChange(0, data % 4, uchar(random() % 128), 0);
                 break;
@@ -87,10 +88,19 @@ TEST(Threads, EveryRecordMayChangeWhileItIsUsed) {
             case 2:
             case 3:
             case 4:
-                instrument.consumer.NoteOff(0, data, 0, 0);
+                instrument.consumer.NoteOff(channel, data, 0, 0);
+                break;
+            case 5:
+                instrument.consumer.PitchBend(channel, data, data, 0);
+                break;
+            case 6:
+                instrument.consumer.KeyPressure(channel, data, 100, 0);
+                break;
+            case 7:
+                instrument.consumer.ControlChange(channel, data % 2 ? 64 : 7, data, 0);
                 break;
             default:
-                instrument.consumer.NoteOn(0, data, 100, 0);
+                instrument.consumer.NoteOn(channel, data, 100, 0);
             }
         }
     });
@@ -100,6 +110,15 @@ TEST(Threads, EveryRecordMayChangeWhileItIsUsed) {
             test::Points(std::size_t(round % 7), {0.1F * float(round % 5), false, 1}));
         instrument.SetFunction({round % 2 ? vexa::dummyfunction : Slope});
         instrument.parameters.Fx = float(round % 9);
+        instrument.playing.given = round % 4 != 0;
+        instrument.playing.mode = float(round % 3);
+        instrument.playing.bend = float(round % 5);
+        instrument.playing.glide = 0.1F;
+        instrument.playing.pedal = float(round % 2);
+        instrument.playing.pressure = 2;
+        instrument.playing.loads = uint32(round);
+        if (round % 50 == 0)
+            instrument.consumer.AllNotesOff(false, 0);
         instrument.consumer.SetChannel(round % 3 == 0 ? 0 : -1);
         instrument.consumer.ReduceToMaxVox(1 + round % 20);
         for (const vexa::voice& slot : instrument.voices)

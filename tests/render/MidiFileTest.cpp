@@ -89,7 +89,10 @@ TEST(MidiFile, TellsTheEventsOfASynthesizer) {
                                          vexa::MidiEvent{0.5, Kind::ControlChange, 0, 1, 0x7F},
                                          vexa::MidiEvent{0.5, Kind::AllNotesOff, 0, 0x78, 0},
                                          vexa::MidiEvent{0.5, Kind::AllNotesOff, 15, 0x7B, 0},
-                                         vexa::MidiEvent{0.5, Kind::ControlChange, 0, 0x79, 0}));
+                                         vexa::MidiEvent{0.5, Kind::ControlChange, 0, 0x79, 0},
+                                         vexa::MidiEvent{0.5, Kind::ChannelPressure, 0, 0, 5},
+                                         vexa::MidiEvent{0.5, Kind::KeyPressure, 0, 0x3C, 5},
+                                         vexa::MidiEvent{1.5, Kind::PitchBend, 0, 0, 0}));
     EXPECT_EQ(file.notes, 1U);
     EXPECT_EQ(file.duration, 1.5) << "to the end of the track, 300 ticks";
 }

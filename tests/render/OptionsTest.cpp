@@ -32,7 +32,7 @@ TEST(Options, ReadsEveryOptionWhereverItStands) {
     const auto options =
         Parse(Words("--sound a.xml in.mid --function=x*y --voices 3 --channel 16 --rate=48000 "
                     "--oversample 4 out.wav --tuning a.scl --keymap b.kbm --a4 442.5 --gain 0.5 "
-                    "--tail 1e1 --block 64 --normalize --quiet"));
+                    "--tail 1e1 --block 64 --normalize --quiet --mode legato --volume -3.5"));
     ASSERT_TRUE(options) << options.Fault().text;
     EXPECT_EQ(options->action, Options::Action::Render);
     EXPECT_EQ(options->midi, "in.mid");
@@ -51,6 +51,9 @@ TEST(Options, ReadsEveryOptionWhereverItStands) {
     EXPECT_EQ(options->block, 64);
     EXPECT_TRUE(options->normalize);
     EXPECT_TRUE(options->quiet);
+    EXPECT_EQ(options->playing.texts[1], "legato");
+    EXPECT_EQ(options->playing.texts[9], "-3.5");
+    EXPECT_EQ(options->playing.texts[3], std::nullopt);
 
     const auto sample =
         Parse(Words("--sample a.wav --sample-frequency 220.5 --channel all -- --in.mid -out"));

@@ -30,6 +30,7 @@ class MidiLog : public BMidiLocalConsumer {
         Add("common", {s, a, b}, t);
     }
     void SystemRealTime(uchar s, bigtime_t t) override { Add("realtime", {s}, t); }
+    void SourceEnded(uchar c, bigtime_t t) override { Add("ended", {c}, t); }
     void AllNotesOff(bool justChannel, bigtime_t t) override {
         Add("alloff", {uint8(justChannel)}, t);
     }

@@ -32,6 +32,9 @@ class ScalarReference {
 
     double sampleRate = 44100;
     float gain = 0.25F;
+    /// Seconds.
+    double smooth = 0;
+    int voiceLimit = 20;
     std::array<float, 128> ctl{};
 
     void NoteOn(int note, int velocity) {
@@ -61,6 +64,7 @@ class ScalarReference {
         v->hpsum0 = d * (1 / (1 - hpa));
         v->hpsum1 = d * (1 / (1 - hpb));
         v->active = true;
+        v->fresh = true;
     }
 
     void NoteOff(int note) {
@@ -102,6 +106,12 @@ class ScalarReference {
     }
 
   private:
+    /// A straight line to what a sum is to be.
+    struct Line {
+        double from, to, passed, length;
+        double Now() const { return passed < length ? from + (to - from) * (passed / length) : to; }
+    };
+
     struct Voice {
         float hpa, hpb, hpgain, hpsum0, hpsum1;
         std::array<float, 4> rellevel;
@@ -114,6 +124,8 @@ class ScalarReference {
         float freq;
         double cx, cy;
         float vel, key, out;
+        bool fresh;
+        std::array<Line, 6> sums;
     };
 
     struct Ramp {
@@ -138,21 +150,36 @@ class ScalarReference {
                           {macros[0].Now(), macros[1].Now(), macros[2].Now(), macros[3].Now()}}));
     }
 
+    /// The sum at this sample.
+    double Smooth(Voice& v, std::size_t number, double target) const {
+        Line& line = v.sums[number];
+        if (v.fresh || target != line.to)
+            line = {v.fresh ? target : line.Now(), target, 0, std::floor(smooth * sampleRate)};
+        const double now = line.Now();
+        line.passed++;
+        return now;
+    }
+
     float Sample(Voice& v) const {
         const double dt = 1.0 / sampleRate;
         const auto t = float(v.t);
-        const double dCx = double(p.EnvCx->Value(t, v.released, v.rellevel[0])) * p.Cx0 +
-                           double(p.Cx1) * v.vel + double(p.Cx2) * v.key +
-                           double(p.Cx3) * ctl[p.Cx4];
-        const double dCy = double(p.EnvCy->Value(t, v.released, v.rellevel[1])) * p.Cy0 +
-                           double(p.Cy1) * v.vel + double(p.Cy2) * v.key +
-                           double(p.Cy3) * ctl[p.Cy4];
+        const double dCx =
+            double(p.EnvCx->Value(t, v.released, v.rellevel[0])) * Smooth(v, 0, p.Cx0) +
+            Smooth(v, 1,
+                   double(p.Cx1) * v.vel + double(p.Cx2) * v.key + double(p.Cx3) * ctl[p.Cx4]);
+        const double dCy =
+            double(p.EnvCy->Value(t, v.released, v.rellevel[1])) * Smooth(v, 2, p.Cy0) +
+            Smooth(v, 3,
+                   double(p.Cy1) * v.vel + double(p.Cy2) * v.key + double(p.Cy3) * ctl[p.Cy4]);
         const double Ax = p.EnvAx->Value(t, v.released, v.rellevel[2]) *
-                          (double(p.Ax0) + double(p.Ax1) * v.vel + double(p.Ax2) * v.key +
-                           double(p.Ax3) * ctl[p.Ax4]);
+                          Smooth(v, 4,
+                                 double(p.Ax0) + double(p.Ax1) * v.vel + double(p.Ax2) * v.key +
+                                     double(p.Ax3) * ctl[p.Ax4]);
         const double Ay = p.EnvAy->Value(t, v.released, v.rellevel[3]) *
-                          (double(p.Ay0) + double(p.Ay1) * v.vel + double(p.Ay2) * v.key +
-                           double(p.Ay3) * ctl[p.Ay4]);
+                          Smooth(v, 5,
+                                 double(p.Ay0) + double(p.Ay1) * v.vel + double(p.Ay2) * v.key +
+                                     double(p.Ay3) * ctl[p.Ay4]);
+        v.fresh = false;
         const auto x = float(Ax * std::cos(v.phasex) + v.cx);
         const auto y = float(Ay * std::sin(v.phasey) + v.cy);
         const float s = Value(x, y, v.vel, v.key, float(v.age));
@@ -208,7 +235,6 @@ class ScalarReference {
 
     const vexa::sound_param& p;
     const F f;
-    int voiceLimit = 20;
     std::array<Ramp, 4> macros;
     std::array<Voice, 21> voices{};
 };

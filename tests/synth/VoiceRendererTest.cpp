@@ -17,11 +17,15 @@ constexpr int kControllers[] = {1, 2};
 /// The greatest difference between product and reference over a piece.
 float Difference(
     const std::vector<test::Event>& events, std::size_t samples, double rate,
-    std::size_t blockLimit, const std::function<void(vexa::sound_param&)>& change = [](auto&) {}) {
+    std::size_t blockLimit, const std::function<void(vexa::sound_param&)>& change = [](auto&) {},
+    float smooth = 0) {
     Engine instrument;
     test::MakeRich(instrument);
     change(instrument.parameters);
     test::ScalarReference reference(instrument.parameters, vexa::dummyfunction);
+    instrument.playing.given = smooth > 0;
+    instrument.playing.smooth = smooth;
+    reference.smooth = smooth / 1000.0;
     instrument.renderer.SetSampleRate(rate);
     reference.sampleRate = rate;
     return test::Difference(instrument, reference, events, samples, blockLimit);
@@ -32,6 +36,9 @@ TEST(VoiceRenderer, IsTheScalarReferenceOverTenSecondsOfTwentyVoices) {
     const std::vector<test::Event> events = test::Piece(samples, 1, kControllers);
     EXPECT_LE(Difference(events, samples, 44100, samples), 1e-6F);
     EXPECT_LE(Difference(events, samples, 48000, 37), 1e-6F);
+    EXPECT_LE(Difference(
+                  events, samples, 44100, 100, [](auto&) {}, 20),
+              1e-6F);
 }
 
 TEST(VoiceRenderer, IsTheScalarReferenceOverTenMinutesOfOneVoice) {

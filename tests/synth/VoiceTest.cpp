@@ -48,6 +48,7 @@ TEST(Voice, ATimeOfTheNoteBeforeDoesNotCountForTheNoteNow) {
     Sound(voices, 0, 100, false);
     Sound(voices, 1, 1, false);
     voices[0].state.BeginChange(); // a new note, not rendered yet
+    voices[0].notes = 1;
     voices[0].state.EndChange(true);
     EXPECT_EQ(vexa::LongestVoice(voices).slot, 1);
     EXPECT_EQ(vexa::Look(voices[0]).t, 0);

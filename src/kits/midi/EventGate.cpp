@@ -72,6 +72,8 @@ void EventGate::PlayFirst() {
         return consumer.ChannelPressure(e.channel, e.data1, e.time);
     case MidiEvent::Hook::PitchBend:
         return consumer.PitchBend(e.channel, e.data1, e.data2, e.time);
+    case MidiEvent::Hook::SourceEnded:
+        return consumer.SourceEnded(e.channel, e.time);
     case MidiEvent::Hook::AllNotesOff:
         return consumer.AllNotesOff(e.channel != 0, e.time);
     }
@@ -112,6 +114,9 @@ void EventGate::ChannelPressure(uchar channel, uchar pressure, bigtime_t time) {
 }
 void EventGate::PitchBend(uchar channel, uchar lsb, uchar msb, bigtime_t time) {
     Take({time, MidiEvent::Hook::PitchBend, channel, lsb, msb});
+}
+void EventGate::SourceEnded(uchar channel, bigtime_t time) {
+    Take({time, MidiEvent::Hook::SourceEnded, channel, 0, 0});
 }
 void EventGate::AllNotesOff(bool justChannel, bigtime_t time) {
     Take({time, MidiEvent::Hook::AllNotesOff, uint8(justChannel), 0, 0});

@@ -18,6 +18,7 @@ struct MidiEvent {
         ProgramChange,
         ChannelPressure,
         PitchBend,
+        SourceEnded,
         AllNotesOff,
     };
     /// System time, microseconds, at which it happened; 0 where nobody knows.
@@ -71,6 +72,7 @@ class EventGate : public BMidiLocalConsumer {
     void SystemExclusive(const void* data, std::size_t length, bigtime_t time) override;
     void SystemCommon(uchar status, uchar data1, uchar data2, bigtime_t time) override;
     void SystemRealTime(uchar status, bigtime_t time) override;
+    void SourceEnded(uchar channel, bigtime_t time) override;
     void AllNotesOff(bool justChannel, bigtime_t time) override;
 
   private:

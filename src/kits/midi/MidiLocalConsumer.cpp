@@ -92,4 +92,5 @@ void BMidiLocalConsumer::SystemExclusive(const void*, std::size_t, bigtime_t) {}
 void BMidiLocalConsumer::SystemCommon(uchar, uchar, uchar, bigtime_t) {}
 void BMidiLocalConsumer::SystemRealTime(uchar, bigtime_t) {}
 void BMidiLocalConsumer::TempoChange(int32, bigtime_t) {}
+void BMidiLocalConsumer::SourceEnded(uchar, bigtime_t) {}
 void BMidiLocalConsumer::AllNotesOff(bool, bigtime_t) {}

@@ -71,6 +71,9 @@ class BMidiLocalConsumer : public BMidiEndpoint {
     virtual void SystemCommon(uchar status, uchar data1, uchar data2, bigtime_t time);
     virtual void SystemRealTime(uchar status, bigtime_t time);
     virtual void TempoChange(int32 beatsPerMinute, bigtime_t time);
+    /// The source that has moved wheel or pedals on the channel has gone, or its notes are ended:
+    /// what they hold is let go. After the NoteOffs.
+    virtual void SourceEnded(uchar channel, bigtime_t time);
     /// justChannel: the message was for one channel only.
     virtual void AllNotesOff(bool justChannel, bigtime_t time);
 

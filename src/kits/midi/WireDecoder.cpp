@@ -8,6 +8,8 @@ constexpr uint8 kSysex = 0xF0;
 constexpr uint8 kSysexEnd = 0xF7;
 constexpr uint8 kFirstRealTime = 0xF8;
 constexpr uint8 kAllSoundOff = 120;
+constexpr uint8 kFirstPedal = 64;
+constexpr uint8 kLastPedal = 69;
 constexpr uint8 kEndVelocity = 64;  // the standard's where there is none
 constexpr uint8 kAllNotesOff = 123; // and the mode messages up to 127, which imply it
 
@@ -103,6 +105,8 @@ void WireDecoder::ChannelMessage(bigtime_t time) {
             held[channel].reset();
             consumer.AllNotesOff(true, time);
         } else {
+            if (data[0] >= kFirstPedal && data[0] <= kLastPedal)
+                moved.set(channel);
             consumer.ControlChange(channel, data[0], data[1], time);
         }
         break;
@@ -113,6 +117,7 @@ void WireDecoder::ChannelMessage(bigtime_t time) {
         consumer.ChannelPressure(channel, data[0], time);
         break;
     default:
+        moved.set(channel);
         consumer.PitchBend(channel, data[0], data[1], time);
     }
 }
@@ -125,7 +130,10 @@ void WireDecoder::EndNotes(bigtime_t time) {
                                  kEndVelocity, time);
         }
         held[channel].reset();
+        if (moved[channel])
+            consumer.SourceEnded(static_cast<uchar>(channel), time);
     }
+    moved.reset();
 }
 
 void WireDecoder::EndSysex(bigtime_t time) {

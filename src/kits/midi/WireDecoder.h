@@ -26,7 +26,8 @@ class WireDecoder {
 
     void Decode(std::span<const uint8> bytes, bigtime_t time);
 
-    /// Calls NoteOff for the notes of this stream that are on.
+    /// Calls NoteOff for the notes of this stream that are on, and SourceEnded for the channels
+    /// whose wheel or pedals it has moved.
     void EndNotes(bigtime_t time);
 
     /// Forgets the message begun and the running status: part of the stream is missing.
@@ -46,6 +47,8 @@ class WireDecoder {
     int need = 0;
     /// The notes that are on, of each channel.
     std::array<std::bitset<128>, 16> held;
+    /// The channels whose wheel or pedals were moved.
+    std::bitset<16> moved;
     std::vector<uint8> sysex;
     bool sysexFits = true;
 };

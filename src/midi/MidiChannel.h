@@ -1,0 +1,72 @@
+// What the hands hold on one MIDI channel.
+#pragma once
+
+#include "kits/support/SupportDefs.h"
+#include "synth/Playing.h"
+
+#include <array>
+#include <cstddef>
+#include <optional>
+
+namespace vexa {
+
+/// The keys that are down, in the order in which they were struck.
+class HeldKeys {
+  public:
+    struct Key {
+        uchar note, velocity;
+    };
+    /// A key that is down already becomes the last one.
+    void Press(uchar note, uchar velocity);
+    void Release(uchar note);
+    void Clear() { count = 0; }
+    /// The last one that is still down.
+    std::optional<Key> Last() const;
+
+  private:
+    std::array<Key, 128> keys;
+    std::size_t count = 0;
+};
+
+/// The controls of one channel, as they were last received. MIDI thread.
+class MidiChannel {
+  public:
+    /// What a control has changed.
+    enum class Change { None, Bend, Volume };
+    /// Volume, expression, and the range of the bend wheel by the registered parameter 0; other
+    /// parameters change nothing.
+    Change Control(uchar controller, uchar value);
+    void SetBend(uchar lsb, uchar msb);
+    /// By the MIDI association's practice for controller 121, as far as it is kept here: bend,
+    /// expression, parameter, pedals.
+    void Reset();
+    /// The wheel is let go.
+    void CentreBend() { bend = 0; }
+    /// The range is the sound's again.
+    void ForgetRange() { range.reset(); }
+
+    /// Semitones.
+    float Bend(const Playing& playing) const;
+    /// The factor on the output.
+    float Volume() const { return volume * expression; }
+
+    /// The pedals 64 and 66 are down.
+    bool sustain = false, sostenuto = false;
+    HeldKeys keys;
+    /// Of the last note, Hz; 0 before there was one.
+    float frequency = 0;
+    /// The slot of the one voice, while there may be one only; -1 before.
+    int voice = -1;
+
+  private:
+    /// -1..1
+    float bend = 0;
+    float volume = 1, expression = 1;
+    /// The parameter that data are for; 127, 127 is none.
+    uchar parameterMsb = 127, parameterLsb = 127;
+    uchar dataMsb = 0, dataLsb = 0;
+    /// Semitones, where it is not the sound's.
+    std::optional<float> range;
+};
+
+} // namespace vexa

@@ -1,0 +1,184 @@
+// Wheel, pedals, pressure and controllers: what a player's hands and feet do besides striking keys.
+#include "midi/MidiConsumer.h"
+
+namespace vexa {
+
+namespace {
+
+/// Controllers of the MIDI standard.
+enum : uchar {
+    kModulation = 1,
+    kExpression = 11,
+    kSustain = 64,
+    kSostenuto = 66,
+    kLastPedal = 67,
+    kResetControllers = 121,
+};
+/// A pedal is down from here on.
+constexpr uchar kDown = 64;
+
+float Normalised(uchar value) {
+    return static_cast<float>(value / 127.0);
+}
+
+} // namespace
+
+/// What other threads have done since the event before. MIDI thread.
+void VexaMidiConsumer::TakeUpSound() {
+    if (const uint32 now = panics; now != panicked) {
+        panicked = now;
+        for (MidiChannel& channel : channels)
+            channel.keys.Clear();
+    }
+    if (const uint32 now = playing.loads; now != loads) {
+        loads = now;
+        for (uchar from = 0; from < channels.size(); from++) {
+            channels[from].ForgetRange();
+            ApplyBend(from);
+            // No pedal of this sound will end what the one before has sustained.
+            if (!playing.Pedal())
+                LiftPedals(from);
+        }
+    }
+}
+
+/// Whether a slot, which may be none, has a note of the channel.
+bool VexaMidiConsumer::Plays(int index, uchar from) const {
+    return index >= 0 && voices[static_cast<std::size_t>(index)].state.Look().Active() &&
+           holders[static_cast<std::size_t>(index)].channel == from;
+}
+
+/// A pedal holds the slot's note, whose key is up.
+bool VexaMidiConsumer::Sustains(std::size_t index) const {
+    return channels[holders[index].channel].sustain || holders[index].sostenuto;
+}
+
+/// Releases the channel's notes that neither a key nor a pedal holds any more.
+void VexaMidiConsumer::ReleaseUnheld(uchar from) {
+    for (std::size_t i = 0; i < voices.size(); i++) {
+        if (Plays(static_cast<int>(i), from) && !voices[i].released && !holders[i].key &&
+            !Sustains(i))
+            Release(i);
+    }
+    KeepToLimit();
+}
+
+void VexaMidiConsumer::HoldSostenuto(uchar from) {
+    for (std::size_t i = 0; i < voices.size(); i++) {
+        if (Plays(static_cast<int>(i), from) && !voices[i].released && holders[i].key)
+            holders[i].sostenuto = true;
+    }
+}
+
+void VexaMidiConsumer::LiftPedals(uchar from) {
+    channels[from].sustain = channels[from].sostenuto = false;
+    for (Holder& holder : holders)
+        holder.sostenuto = holder.sostenuto && holder.channel != from;
+    ReleaseUnheld(from);
+}
+
+void VexaMidiConsumer::SetController(uchar controller, float value) {
+    controllers[controller & 127] = value;
+    for (Macro& macro : macros) {
+        if (macro.controller == controller)
+            macro.value = value;
+    }
+}
+
+void VexaMidiConsumer::ControlChange(uchar from, uchar controller, uchar value, bigtime_t) {
+    TakeUpSound();
+    MidiChannel& channel = channels[from];
+    // Whatever is listened to by now, a pedal that goes up ends what it has held.
+    if (controller == kSustain && value < kDown) {
+        channel.sustain = false;
+        ReleaseUnheld(from);
+    } else if (controller == kSostenuto && value < kDown) {
+        const bool sustain = channel.sustain;
+        channel.sustain = true;
+        LiftPedals(from);
+        channel.sustain = sustain;
+    }
+    if (!Accepts(from))
+        return;
+    SetController(controller, Normalised(value));
+    if (!playing.given)
+        return;
+    if (controller == kResetControllers)
+        return ResetControllers(from);
+    if (playing.Pedal() && value >= kDown) {
+        channel.sustain = channel.sustain || controller == kSustain;
+        if (controller == kSostenuto && !channel.sostenuto) {
+            channel.sostenuto = true;
+            HoldSostenuto(from);
+        }
+    }
+    switch (channel.Control(controller, value)) {
+    case MidiChannel::Change::Bend:
+        return ApplyBend(from);
+    case MidiChannel::Change::Volume:
+        return ApplyVolume(from);
+    case MidiChannel::Change::None:
+        return;
+    }
+}
+
+/// By the MIDI association's recommended practice (RP-015): volume and sound controllers stay.
+void VexaMidiConsumer::ResetControllers(uchar from) {
+    channels[from].Reset();
+    SetController(kModulation, 0);
+    SetController(kExpression, 1);
+    for (uchar pedal = kSustain; pedal <= kLastPedal; pedal++)
+        SetController(pedal, 0);
+    LiftPedals(from);
+    ChannelPressure(from, 0, 0);
+    for (std::size_t i = 0; i < voices.size(); i++) {
+        if (holders[i].channel == from)
+            voices[i].pressure = -1.0F;
+    }
+    ApplyBend(from);
+    ApplyVolume(from);
+}
+
+void VexaMidiConsumer::PitchBend(uchar from, uchar lsb, uchar msb, bigtime_t) {
+    if (!Accepts(from) || !playing.given)
+        return;
+    TakeUpSound();
+    channels[from].SetBend(lsb, msb);
+    ApplyBend(from);
+}
+
+/// To all notes of the channel that sound, released ones too.
+void VexaMidiConsumer::ApplyBend(uchar from) {
+    const float bend = channels[from].Bend(playing);
+    for (std::size_t i = 0; i < voices.size(); i++) {
+        if (holders[i].channel == from)
+            voices[i].bend = bend;
+    }
+}
+
+void VexaMidiConsumer::ApplyVolume(uchar from) {
+    volumes[from] = channels[from].Volume();
+}
+
+void VexaMidiConsumer::ChannelPressure(uchar from, uchar pressure, bigtime_t) {
+    if (Accepts(from) && playing.Pressure() >= 0)
+        SetController(static_cast<uchar>(playing.Pressure()), Normalised(pressure));
+}
+
+void VexaMidiConsumer::KeyPressure(uchar from, uchar note, uchar pressure, bigtime_t) {
+    if (!Accepts(from) || playing.Pressure() < 0)
+        return;
+    for (std::size_t i = 0; i < voices.size(); i++) {
+        if (Plays(static_cast<int>(i), from) && holders[i].key && voices[i].key == Normalised(note))
+            voices[i].pressure = Normalised(pressure);
+    }
+}
+
+void VexaMidiConsumer::SourceEnded(uchar from, bigtime_t) {
+    TakeUpSound();
+    LiftPedals(from);
+    channels[from].CentreBend();
+    ApplyBend(from);
+}
+
+} // namespace vexa

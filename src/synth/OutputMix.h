@@ -1,0 +1,52 @@
+// From the voices' points to their sum: low-cut filters, volumes of channels, and fading ends.
+#pragma once
+
+#include "synth/Playing.h"
+#include "synth/Ramp.h"
+#include "synth/RunningVoice.h"
+
+#include <array>
+#include <cstddef>
+#include <span>
+
+namespace vexa {
+
+/// Voices whose output is scaled alike are filtered side by side. Media thread.
+class OutputMix {
+  public:
+    /// The records are shared and outlive this.
+    OutputMix(const Playing& playing, const ChannelVolumes& volumes)
+        : playing(playing), volumes(volumes) {}
+
+    /// A block of `count` samples, `offset` after its cell. A volume gets where it is wanted within
+    /// `ramp` samples, and an end takes `fade`.
+    void Begin(std::size_t ramp, std::size_t fade, std::size_t offset, std::size_t count) noexcept;
+
+    /// The factor on the sum.
+    float Level() const noexcept { return level; }
+    /// The factor on a voice's output by its channel.
+    float Volume(const RunningVoice& v) const noexcept { return channels[v.channel].Now(); }
+    /// The factor on a voice's output by its end.
+    float Fade(const RunningVoice& v) const noexcept {
+        return v.ends ? static_cast<float>(v.left) / static_cast<float>(fadeLength) : 1.0F;
+    }
+
+    /// Puts voices that are scaled alike side by side. Without volumes and ends the order stays.
+    void Sort(std::span<RunningVoice*> voices) const noexcept;
+
+    /// Filters the voices' input, samples[k * count + i] for voice k at moment i, and adds their
+    /// output to sum[i], with room as for BlockLoops. True where input was beyond kMostHeard.
+    bool Add(std::span<RunningVoice* const> voices, const float* samples, float* sum) noexcept;
+
+  private:
+    std::size_t Group(const RunningVoice& v) const noexcept;
+
+    const Playing& playing;
+    const ChannelVolumes& volumes;
+    std::array<Ramp<float>, 16> channels;
+    float level = 1, decibels = 0;
+    std::size_t fadeLength = 1, count = 0;
+    bool begun = false;
+};
+
+} // namespace vexa

@@ -1,0 +1,24 @@
+// Intervals and factors on a frequency.
+#pragma once
+
+#include <cmath>
+
+namespace vexa {
+
+/// The factor of an interval in semitones. Any thread, real-time safe, as all here.
+inline double RatioOf(double semitones) noexcept {
+    return std::exp2(semitones / 12);
+}
+
+/// Semitones from a frequency up to another.
+inline double SemitonesBetween(double from, double to) noexcept {
+    return 12 * std::log2(to / from);
+}
+
+/// The factor of a level in decibels.
+inline double LevelOf(double decibels) noexcept {
+    constexpr double kSemitonesInDecibel = 1.9931568569324174; // 12 log2(10) / 20
+    return RatioOf(decibels * kSemitonesInDecibel);
+}
+
+} // namespace vexa

@@ -1,0 +1,83 @@
+// How a sound is played: voices, bend, pedal and what else a player's hands and feet do to it.
+#pragma once
+
+#include "kits/support/Shared.h"
+#include "kits/support/SupportDefs.h"
+
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace vexa {
+
+/// What a key does that is struck while another is held.
+enum class PlayMode : int {
+    /// It has a voice of its own.
+    poly,
+    /// It takes the voice over, and the key that is still held has it back; each with a new attack.
+    mono,
+    /// The same without a new attack.
+    legato,
+};
+
+/// The values of one sound, in the table's units. Written by the window thread, read by all.
+struct Playing {
+    /// With what the table says is absent.
+    Playing();
+
+    /// Counts the sounds that were loaded.
+    kits::Shared<uint32> loads{0};
+    /// Whether anything says how the sound is played. Otherwise wheel, pedal, pressure and volume
+    /// change nothing but the controllers' table.
+    kits::Shared<bool> given{false};
+
+    /// The polyphony is 0 where none is given: then the program has its own.
+    kits::Shared<float> polyphony, mode, glide, bend, pedal, pressure, spread, oversample, smooth,
+        volume;
+
+    PlayMode Mode() const noexcept {
+        return given ? static_cast<PlayMode>(int(float(mode))) : PlayMode::poly;
+    }
+    bool Pedal() const noexcept { return given && pedal != 0; }
+    /// The controller that pressure drives; -1 for none.
+    int32 Pressure() const noexcept { return given ? static_cast<int32>(float(pressure)) : -1; }
+};
+
+/// The factor of each MIDI channel, by its controllers 7 and 11, on what its notes give. Written by
+/// the MIDI thread, read by all.
+struct ChannelVolumes : std::array<kits::Shared<float>, 16> {
+    ChannelVolumes() { fill(1.0F); }
+};
+
+/// One of the values: its element in a sound document, its option, and what it may be.
+struct PlayingRow {
+    std::string_view name;
+    double minimum, maximum;
+    bool whole;
+    /// Where there are words the value is the number of one, and the range that of these numbers.
+    std::span<const std::string_view> words;
+    /// The value where none is given.
+    float absent;
+    kits::Shared<float> Playing::*target;
+    /// What stands for the value in the help of an option, what the value may be, with its unit,
+    /// and what it is for.
+    const char* value;
+    const char* allowed;
+    const char* help;
+    /// The programs take it as an option too.
+    bool isOption;
+};
+
+constexpr std::size_t kPlayingRows = 10;
+
+/// In the order of a document.
+std::span<const PlayingRow, kPlayingRows> PlayingRows();
+
+/// What a text means; nothing where it is not wholly a value that the row allows. Blanks around it
+/// do not count. The same in every locale.
+std::optional<float> PlayingValue(const PlayingRow& row, const std::string& text);
+
+} // namespace vexa

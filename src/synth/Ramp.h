@@ -1,0 +1,91 @@
+// Values that go to where they are wanted in a straight line instead of stepping.
+#pragma once
+
+#include "synth/Pitch.h"
+
+#include <cstddef>
+
+namespace vexa {
+
+/// A value on its way. Media thread.
+///
+/// Whether it varies is decided for whole cells (Oscillator), so that what is computed in one way
+/// or another does not depend on where blocks are cut.
+template<class Number>
+class Ramp {
+  public:
+    explicit Ramp(Number initial = 0) : from(initial), to(initial) {}
+
+    /// Is there at once.
+    void Set(Number value) noexcept { *this = Ramp(value); }
+
+    /// Where a block begins, `offset` samples after its cell: goes to `target` within `samples`,
+    /// which it reaches exactly; begins anew wherever the target is another. Answers whether it is.
+    bool Aim(Number target, std::size_t samples, std::size_t offset) noexcept {
+        if (offset == 0 && done == length)
+            varies = false;
+        if (target == to)
+            return false;
+        from = Now();
+        to = target;
+        done = 0;
+        length = samples;
+        varies = varies || samples > 0;
+        return true;
+    }
+
+    /// Whether it may move in this block.
+    bool Varies() const noexcept { return varies; }
+    Number Now() const noexcept {
+        if (done == length)
+            return to;
+        return from + (to - from) * (static_cast<Number>(done) / static_cast<Number>(length));
+    }
+    bool Moves() const noexcept { return done < length; }
+    /// Lets samples go by.
+    void Pass(std::size_t samples) noexcept {
+        done = samples < length - done ? done + samples : length;
+    }
+
+  private:
+    Number from, to;
+    std::size_t done = 0, length = 0;
+    bool varies = false;
+};
+
+/// An interval that goes to another in a straight line, and so its factor on a frequency
+/// exponentially. Media thread.
+class PitchRamp {
+  public:
+    /// In semitones, as all intervals here.
+    void Set(double interval) noexcept {
+        line.Set(interval);
+        factor = end = RatioOf(interval);
+    }
+    void Aim(double target, std::size_t samples, std::size_t offset) noexcept {
+        const double begin = line.Now();
+        if (!line.Aim(target, samples, offset))
+            return;
+        end = RatioOf(target);
+        if (samples == 0)
+            factor = end;
+        else
+            ratio = RatioOf((target - begin) / static_cast<double>(samples));
+    }
+    bool Varies() const noexcept { return line.Varies(); }
+    double Factor() const noexcept { return factor; }
+    /// Multiplies each by the factor at its moment, and goes on.
+    void Scale(double* factors, std::size_t count) noexcept {
+        for (std::size_t i = 0; i < count; i++) {
+            factors[i] *= factor;
+            line.Pass(1);
+            factor = line.Moves() ? factor * ratio : end;
+        }
+    }
+
+  private:
+    Ramp<double> line;
+    double factor = 1, ratio = 1, end = 1;
+};
+
+} // namespace vexa

@@ -1,18 +1,20 @@
 // Intervals and factors on a frequency.
 #pragma once
 
-#include <cmath>
+#include "kits/maths/Functions.h"
+
+#include <numbers>
 
 namespace vexa {
 
 /// The factor of an interval in semitones. Any thread, real-time safe, as all here.
 inline double RatioOf(double semitones) noexcept {
-    return std::exp2(semitones / 12);
+    return kits::maths::Exponential(semitones * (std::numbers::ln2 / 12));
 }
 
 /// Semitones from a frequency up to another.
 inline double SemitonesBetween(double from, double to) noexcept {
-    return 12 * std::log2(to / from);
+    return kits::maths::Logarithm(to / from) * (12 / std::numbers::ln2);
 }
 
 /// The factor of a level in decibels.

@@ -20,10 +20,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8* data, std::size_t size) {
     const auto render = vexa::ParseOptions(arguments);
     fuzz::Require(render || !render.Fault().text.empty(), "a refusal says why");
     if (render) {
-        fuzz::Require(render->voices >= 1 && render->voices <= 20 && render->channel >= -1 &&
-                          render->channel < 16 && render->rate >= 8000 && render->rate <= 768000 &&
-                          render->gain >= 0 && render->gain <= 1 && render->tail >= 0 &&
-                          render->tail <= 3600 && render->block >= 1 &&
+        fuzz::Require(render->voices.value_or(20) >= 1 && render->voices.value_or(20) <= 20 &&
+                          render->channel >= -1 && render->channel < 16 && render->rate >= 8000 &&
+                          render->rate <= 768000 && render->gain >= 0 && render->gain <= 1 &&
+                          render->tail >= 0 && render->tail <= 3600 && render->block >= 1 &&
                           render->tuning.a4.value_or(440) >= 1 &&
                           render->tuning.a4.value_or(440) <= 20000,
                       "the numbers are in range");

@@ -1,4 +1,5 @@
-// The functions of the maths library that formulas use most, each for one number.
+// The functions of the maths library that formulas use most, beside those of
+// kits/maths/Functions.h: waves and exponentials for several vectors side by side.
 //
 // They have no branches, so a loop over them becomes vector instructions, and no fused operations
 // but of exact products (LessExact). Those of a type T are written for Lanes too.
@@ -8,6 +9,7 @@
 #pragma once
 
 #include "formula/loops/Lanes.h"
+#include "kits/maths/Functions.h"
 
 #include <cstdint>
 
@@ -15,11 +17,17 @@ namespace vexa::formula {
 
 namespace {
 
+using kits::maths::ArcTangent;
+using kits::maths::ArcTangent2;
+using kits::maths::HyperbolicTangent;
+using kits::maths::kHalfPi;
+using kits::maths::kLargestQuotient;
+using kits::maths::Logarithm;
+using kits::maths::NearModulo;
+
 constexpr double kInfinity = __builtin_inf();
 /// Adding it rounds to a whole number, which stands in the last bits of the sum.
 constexpr double kRounder = 0x1.8p52;
-constexpr double kHalfPi = 0x1.921fb54442d18p0;
-constexpr double kHalfPiRest = 0x1.1a62633145c07p-54;
 
 /// c[0] + c[1] x + c[2] x^2 ...
 template<class T, int count>
@@ -75,27 +83,6 @@ inline auto WaveNearZero(T x, T wave) {
     return WordOf(Size(wave) * 0x1p50 - Size(x));
 }
 
-/// Where NearModulo ends: the product of a quotient below it and half of a number's bits is exact.
-constexpr double kLargestQuotient = 0x1p26;
-
-/// fmod(x, y) for |x / y| < kLargestQuotient and a y that is not subnormal; exact, as all of its
-/// products and differences are.
-inline double NearModulo(double x, double y) {
-    const double size = __builtin_fabs(x);
-    const double step = __builtin_fabs(y);
-    const double quotient = __builtin_trunc(size / step);
-    const double high = OfWord(WordOf(step) & ~Word(0x7ffffff));
-    const double rest = (size - quotient * high) - quotient * (step - high);
-    // The quotient may be rounded to a whole number that is 1 too large.
-    const double positive = rest < 0 ? rest + step : rest;
-    return __builtin_copysign(positive < step ? positive : positive - step, x);
-}
-
-// (exp(r) - 1 - r) / r^2 for |r| up to log(2) / 2; the error of r^2 times it is below 1e-17.
-constexpr double kExponential[] = {
-    0.5000000000000001,     0.16666666666666669,    0.041666666666623824,   0.008333333333330039,
-    0.0013888888917367081,  0.00019841269863171557, 2.4801521057868204e-05, 2.7557268276905696e-06,
-    2.7620201591031547e-07, 2.5100472505694996e-08};
 /// The logarithm of 2 in two parts, the first with 32 bits.
 constexpr double kLog2High = 0x1.62e42fee00000p-1;
 constexpr double kLog2Low = 0x1.a39ef35793c76p-33;
@@ -106,15 +93,6 @@ template<class T>
 struct Power {
     T shifted, part;
 };
-
-template<class T>
-[[gnu::always_inline]] inline Power<T> Reduce(T x) {
-    constexpr double kExponentRounder = kRounder + 1023;
-    const T shifted = x * 0x1.71547652b82fep0 + kExponentRounder;
-    const T k = shifted - kExponentRounder;
-    const T r = (x - k * kLog2High) - k * kLog2Low;
-    return {shifted, r + r * r * Polynomial(r, kExponential)};
-}
 
 /// For x of this size and smaller exp(x) and the factor 2^k are numbers that are not subnormal.
 constexpr double kMostExponential = 708;
@@ -171,93 +149,6 @@ inline double Exponential(double x) {
     const double second = OfWord(Word(k - half + 1023) << 52);
     const double value = (power.part + 1) * root * first * second;
     return x == x ? value : x;
-}
-
-inline double HyperbolicTangent(double x) {
-    const double size = __builtin_fabs(x);
-    // 1 from here on.
-    const Power<double> power = Reduce(2 * (size < 20 ? size : 20));
-    const double factor = OfWord(WordOf(power.shifted) << 52);
-    // exp(2 |x|) - 1
-    const double t = factor * power.part + (factor - 1);
-    const double value = __builtin_copysign(t / (t + 2), x);
-    return x == x ? value : x;
-}
-
-// log((1 + s) / (1 - s)) / s, without its first term 2, divided by s^2, for s^2 up to
-// ((sqrt(2) - 1) / (sqrt(2) + 1))^2; the error of s^3 times it is below 1e-18.
-constexpr double kLogarithm[] = {0.666666666666667,  0.3999999999989938,  0.28571428626031065,
-                                 0.2222221112572281, 0.18182889786191042, 0.15331699633543858,
-                                 0.14616721179861816};
-
-inline double Logarithm(double x) {
-    // x = 2^k (1 + f) with 1 + f from sqrt(1/2) to sqrt(2).
-    const bool tiny = x < 0x1p-1022;
-    const double scaled = tiny ? x * 0x1p54 : x;
-    constexpr Word kRoot = 0x3fe6a09e667f3bcd; // of sqrt(1/2)
-    const Word above = WordOf(scaled) - kRoot;
-    const auto steps = static_cast<std::int64_t>(above) >> 52;
-    const double f = OfWord((above & 0xfffffffffffff) + kRoot) - 1;
-    const double k = OfWord(WordOf(kRounder) + Word(steps)) - kRounder - (tiny ? 54 : 0);
-    const double s = f / (2 + f);
-    const double z = s * s;
-    const double half = 0.5 * f * f;
-    const double rest = s * (half + z * Polynomial(z, kLogarithm));
-    const double value = k * kLog2High - ((half - (rest + k * kLog2Low)) - f);
-    const double outside = x == 0 ? -kInfinity : x > 0 ? x : __builtin_nan("");
-    return x > 0 && x < kInfinity ? value : x == x ? outside : x;
-}
-
-// (atan(t) / t - 1) / t^2 for t up to tan(pi / 8); the error of t + t^3 times it is below 1e-17.
-constexpr double kArcus[] = {-0.3333333333333333,  0.19999999999995513,  -0.1428571428466482,
-                             0.11111111015117626,  -0.09090904572487347, 0.07692183059894114,
-                             -0.06664509603255386, 0.05858132894427922,  -0.05085365922344248,
-                             0.03922923713835943,  -0.01917392228554793};
-
-/// atan(up / across) for 0 <= up, across < infinity, from 0 to pi / 2; 0 where both are 0.
-inline double Angle(double up, double across) {
-    const bool steep = up > across;
-    const double small = steep ? across : up;
-    const double large = steep ? up : across;
-    // From the nearer one of the axis and the diagonal: |t| <= tan(pi / 8).
-    const bool diagonal = small > large * 0x1.a827999fcef32p-2;
-    const double nominator = diagonal ? small - large : small;
-    const double denominator = diagonal ? small + large : large;
-    const double t = nominator / (denominator == 0 ? 1 : denominator);
-    const double q = t * t;
-    const double arcus = t + t * q * Polynomial(q, kArcus);
-    // What pi lacks is added to the small part.
-    const double near = diagonal ? kHalfPi / 2 + (arcus + kHalfPiRest / 2) : arcus;
-    const double complement =
-        diagonal ? kHalfPi / 2 - (arcus - kHalfPiRest / 2) : kHalfPi - (arcus - kHalfPiRest);
-    return steep ? complement : near;
-}
-
-inline double ArcTangent(double x) {
-    const double size = __builtin_fabs(x);
-    const double value = Angle(size < 0x1p1000 ? size : 0x1p1000, 1);
-    return x == x ? __builtin_copysign(value, x) : x;
-}
-
-inline double ArcTangent2(double y, double x) {
-    const double xsize = __builtin_fabs(x);
-    const double ysize = __builtin_fabs(y);
-    // What is infinite is so beside any number, and two of them are alike. Large numbers are made
-    // smaller, so that their sum is a number.
-    const bool flat = xsize == kInfinity;
-    const bool high = ysize == kInfinity;
-    const double beside = high ? 0 : xsize;
-    const double across = flat ? 1 : beside;
-    const double above = flat ? 0 : ysize;
-    const double up = high ? 1 : above;
-    const double larger = across > up ? across : up;
-    const double scale = larger > 0x1p1000 ? 0x1p-64 : 1.0;
-    const double first = Angle(up * scale, across * scale);
-    const bool left = static_cast<std::int64_t>(WordOf(x)) < 0;
-    const double value = left ? 2 * kHalfPi - (first - 2 * kHalfPiRest) : first;
-    const double signedValue = __builtin_copysign(value, y);
-    const double numberOrY = y == y ? signedValue : y;
-    return x == x ? numberOrY : x;
 }
 
 } // namespace

@@ -22,7 +22,7 @@ void InputBlock::Advance(double rate, std::size_t newSmooth, std::size_t newOffs
     for (std::size_t m = 0; m < kMacros; m++) {
         Ramp<float>& ramp = ramps[m];
         ramp.Aim(macros[m].value, begun ? length : 0, offset);
-        Write(ramp, space->macros[m].data(), count);
+        starts[m] = ramp;
         ramp.Pass(count);
         macros[m].now = ramp.Now();
     }
@@ -47,7 +47,7 @@ const float* const* InputBlock::Fill(const PlaneSource& f, std::span<RunningVoic
         for (std::size_t k = 0; k < voices.size(); k++, to += count) {
             switch (input.kind) {
             case FunctionInput::Kind::Macro:
-                std::copy_n(space->macros[input.number].data(), count, to);
+                Write(starts[input.number], to, count);
                 break;
             case FunctionInput::Kind::Velocity:
                 std::fill_n(to, count, voices[k]->vel);

@@ -8,6 +8,7 @@
 #include "synth/SoundParam.h"
 #include "synth/Voice.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <memory>
@@ -37,17 +38,21 @@ class InputBlock {
   private:
     /// `count` values of the ramp from here on.
     static void Write(Ramp<float> ramp, float* to, std::size_t count) noexcept {
+        if (!ramp.Moves()) {
+            std::fill_n(to, count, ramp.Now());
+            return;
+        }
         for (std::size_t i = 0; i < count; i++, ramp.Pass(1))
             to[i] = ramp.Now();
     }
 
     struct Space {
-        alignas(64) std::array<std::array<float, kMostSamples>, kMacros> macros;
         alignas(64) std::array<std::array<float, kVoiceSlots * kMostSamples>, kMostInputs> values;
     };
 
     Macros& macros;
-    std::array<Ramp<float>, kMacros> ramps;
+    /// Where they are behind the block, and where they were at its beginning.
+    std::array<Ramp<float>, kMacros> ramps, starts;
     bool begun = false;
     /// Of the inputs that are controllers, in the order of the source's inputs.
     std::array<Ramp<float>, kMostInputs> controls;

@@ -62,7 +62,7 @@ class LivePlay {
     /// Waits until so many more frames have been recorded.
     void Listen(std::size_t more) {
         const std::size_t end = Count() + more;
-        WaitFor("the recording", [this, end] { return Count() >= end; });
+        ear->WaitWhileThereArePeriods([this, end] { return Count() >= end; });
     }
     /// Sample of the recording at a frame after the script began.
     std::size_t At(std::uint32_t frame) const {

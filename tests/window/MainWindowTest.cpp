@@ -78,7 +78,7 @@ class MainWindow : public testing::Test {
     }
     void Listen(std::size_t frames) {
         const std::size_t end = ear->Count() + frames;
-        WaitFor("the recording", [&] { return ear->Count() >= end; });
+        ear->WaitWhileThereArePeriods([&] { return ear->Count() >= end; });
     }
     void WaitForPeak(float low, float high) {
         const std::string wanted = "a level of " + std::to_string(low);

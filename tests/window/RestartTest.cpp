@@ -14,7 +14,7 @@ using Clock = std::chrono::steady_clock;
 /// What becomes loudest in a tenth of a second.
 float Peak(const test::Ear& ear) {
     const std::size_t from = ear.Count();
-    test::WaitFor("the recording", [&] { return ear.Count() >= from + 4800; });
+    ear.WaitWhileThereArePeriods([&] { return ear.Count() >= from + 4800; });
     float peak = 0;
     for (std::size_t i = from; i < ear.Count(); i++)
         peak = std::max(peak, std::abs(ear.Samples()[i]));

@@ -181,6 +181,8 @@ bool SoundsRight(const std::function<bool(LivePlay&)>& sounds,
         LivePlay play(period, 48000 * 20, test::kSineSound, options);
         const bool right = sounds(play);
         EXPECT_EQ(play.Vexa().End(SIGTERM), 0);
+        if (!right)
+            std::printf("It did not sound as it should:\n%s", play.Log().c_str());
         return right;
     });
 }
@@ -375,7 +377,7 @@ TEST(Live, AServerThatComesLateOrComesBackIsPlayedThrough) {
     const auto sounds = [](LivePlay& play) {
         int servers = 0;
         bool right = true;
-        for (const auto& [period, rate] : {std::pair(128, 48000), std::pair(256, 44100)}) {
+        for (const auto& [period, rate] : {std::pair(512, 48000), std::pair(1024, 44100)}) {
             play.StartServer(period, rate);
             servers++;
             test::Player chosen;

@@ -206,6 +206,11 @@ kits::Result<Sound> SoundOfText(const std::string& text) try {
             Located("sound", text, {document.FaultLeft(), StatusText(document.Status())})};
     if (!document.root)
         return kits::Error{"sound: expected a root element, found none"};
+    // Unclosed elements are read over in files; here they mean that a part is missing.
+    const std::string end = "</" + std::string(std::string_view(document.root->name)) + ">";
+    const std::size_t last = text.find_last_not_of(" \t\r\n");
+    if (!std::string_view(text).substr(0, last + 1).ends_with(end))
+        return kits::Error{"sound: the text ends before " + end};
     Sound sound;
     if (const std::optional<Refusal> refusal = InterpretSound(*document.root, sound, remarks))
         return kits::Error{refusal->alert + (" " + refusal->expected)};

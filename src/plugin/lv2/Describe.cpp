@@ -89,6 +89,8 @@ void WritePlugin(std::ostream& out) {
     for (const lv2::Writable& row : lv2::kWritables)
         out << "<" << row.uri << ">\n  a lv2:Parameter ;\n  rdfs:label \"" << row.label
             << "\" ;\n  rdfs:range atom:" << (row.isPath ? "Path" : "String") << " .\n\n";
+    out << "<" << lv2::kSoundState << ">\n  a lv2:Parameter ;\n  rdfs:label \"Sound document\" ;\n"
+        << "  rdfs:range atom:String .\n\n";
     out << "<" << lv2::kUri << R"(>
   a lv2:Plugin , lv2:InstrumentPlugin , doap:Project ;
   doap:name "Vexa" ;

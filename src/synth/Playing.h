@@ -42,6 +42,8 @@ struct Playing {
         return given ? static_cast<PlayMode>(int(float(mode))) : PlayMode::poly;
     }
     bool Pedal() const noexcept { return given && pedal != 0; }
+    /// Degrees.
+    double Spread() const noexcept { return given ? double(spread) : 0.0; }
     /// The controller that pressure drives; -1 for none.
     int32 Pressure() const noexcept { return given ? static_cast<int32>(float(pressure)) : -1; }
 };

@@ -5,6 +5,7 @@
 #include "synth/Realtime.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
 
@@ -14,9 +15,10 @@ namespace {
 
 constexpr const char* kName = "Vexa audio out";
 constexpr uint32 kApiVersion = 0x500;
-constexpr std::size_t kFrameSize = sizeof(float);
-/// Bytes of a buffer where the consumer leaves its size open.
-constexpr std::size_t kDefaultBufferSize = 64;
+/// Frames of a buffer where the consumer leaves its size open.
+constexpr std::size_t kDefaultFrames = 16;
+/// Frames of two channels that are rendered at a time.
+constexpr std::size_t kStretch = 256;
 constexpr float kPreferredRate = 44100;
 
 /// Microseconds of rendering per second of sound above which a voice is dropped, 80 %, unless
@@ -59,6 +61,13 @@ VexaToneProducer::VexaToneProducer(VoiceRenderer& renderer, VoiceTable& voices)
 
 VexaToneProducer::~VexaToneProducer() {
     Quit();
+}
+
+void VexaToneProducer::SetChannels(uint32 channels) {
+    Call([this, channels] {
+        preferred.u.raw_audio.channel_count = channels;
+        output.format = preferred;
+    });
 }
 
 void VexaToneProducer::SetEvents(kits::EventGate* gate) {
@@ -171,7 +180,7 @@ status_t VexaToneProducer::PrepareToConnect(const media_source& what,
         return B_MEDIA_BAD_FORMAT;
     }
     if (raw.buffer_size == media_raw_audio_format::wildcard.buffer_size) {
-        raw.buffer_size = kDefaultBufferSize;
+        raw.buffer_size = kDefaultFrames * sizeof(float) * raw.channel_count;
         FPRINTF(stderr, "\tno buffer size provided, suggesting %lu\n",
                 static_cast<unsigned long>(raw.buffer_size));
     } else {
@@ -340,7 +349,7 @@ BBuffer* VexaToneProducer::FillNextBuffer(bigtime_t eventTime) {
 }
 
 std::size_t VexaToneProducer::FramesPerBuffer() const {
-    return output.format.u.raw_audio.buffer_size / kFrameSize;
+    return output.format.u.raw_audio.buffer_size / (sizeof(float) * Channels());
 }
 
 bigtime_t VexaToneProducer::TimeOfNextFrame() const {
@@ -369,14 +378,29 @@ void VexaToneProducer::Render(float* buffer, std::size_t count) noexcept {
             if (at >= count)
                 break;
             if (at > done) {
-                renderer.Render(buffer + done, at - done);
+                RenderStretch(buffer + done * Channels(), at - done);
                 done = at;
             }
             turn.Play();
         }
     }
     if (done < count)
-        renderer.Render(buffer + done, count - done);
+        RenderStretch(buffer + done * Channels(), count - done);
+}
+
+void VexaToneProducer::RenderStretch(float* buffer, std::size_t count) noexcept {
+    if (Channels() == 1)
+        return renderer.Render(buffer, count);
+    std::array<float, kStretch> left, right;
+    for (std::size_t done = 0; done < count;) {
+        const std::size_t n = std::min(kStretch, count - done);
+        renderer.Render(left.data(), right.data(), n);
+        for (std::size_t i = 0; i < n; i++) {
+            *buffer++ = left[i];
+            *buffer++ = right[i];
+        }
+        done += n;
+    }
 }
 
 /// Frames from the beginning of the next buffer; 0 for what is late, `count` for what may wait.

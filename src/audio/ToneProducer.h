@@ -9,9 +9,9 @@
 
 namespace vexa {
 
-/// The program's audio source in the media graph, with one output of mono floats. Unless noted a
-/// method is a hook that runs in the node's own thread, the media thread; each tells the trace that
-/// it ran.
+/// The program's audio source in the media graph, with one output of floats, of one channel until
+/// told otherwise. Unless noted a method is a hook that runs in the node's own thread, the media
+/// thread; each tells the trace that it ran.
 class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
   public:
     /// The renderer plays the voices; both outlive the node, and nobody else renders meanwhile.
@@ -22,6 +22,10 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
     void SetGain(float gain) { renderer.SetGain(gain); }
     void SetFunction(const PlaneFunction& f) { renderer.SetFunction(f); }
 
+    /// One channel, or two, left and right, by turns in a buffer, for sounds that have a spread.
+    /// While it is not connected. Window thread.
+    void SetChannels(uint32 channels);
+
     /// From now on plays the events that wait there, each `EventDelay` after it has happened; none
     /// from null on, for when the gate goes. When it returns the one before is not used any more.
     /// Window thread.
@@ -30,8 +34,8 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
     /// the latency stays as it is, all have the same. Any thread.
     bigtime_t EventDelay() const { return eventDelay; }
 
-    /// Renders, then drops a voice if that took 80 % of the time that the samples play. Media
-    /// thread.
+    /// Renders `count` frames, then drops a voice if that took 80 % of the time that they play.
+    /// Media thread.
     void FillSineBuffer(float* buffer, std::size_t count) noexcept;
     void ReduceVoxByOne() noexcept;
     /// Voices dropped because rendering took too long. Any thread.
@@ -82,8 +86,10 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
     void BeUnconnected();
 
     void Render(float* buffer, std::size_t count) noexcept;
+    void RenderStretch(float* buffer, std::size_t count) noexcept;
     std::size_t FrameOf(const kits::MidiEvent& event, std::size_t count) const noexcept;
 
+    std::size_t Channels() const { return output.format.u.raw_audio.channel_count; }
     std::size_t FramesPerBuffer() const;
     float FrameRate() const { return output.format.u.raw_audio.frame_rate; }
     /// Performance time of the frame after those sent so far.

@@ -21,8 +21,9 @@ class Performance {
     /// Samples rendered so far.
     int64 Position() const { return position; }
 
-    /// Renders the next `count` samples, or as many as are left; returns how many.
-    std::size_t Render(float* buffer, std::size_t count);
+    /// Renders the next `count` samples, or as many as are left; returns how many. Without `right`
+    /// there is one ear only.
+    std::size_t Render(float* left, float* right, std::size_t count);
 
     /// The most voices that have sounded at once so far.
     int32 MostVoices() const { return mostVoices; }

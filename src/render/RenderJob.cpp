@@ -61,6 +61,8 @@ class RenderJob {
     Result<void> Write(Performance& performance, kits::SoundFileWriter& writer,
                        kits::SoundFileFormat format);
     Result<double> RenderInto(Performance& performance, const FloatStore::Sink& sink);
+    /// Of the file: two where the sound has a spread.
+    std::size_t Channels() const { return instrument.Playing().playing.Spread() > 0 ? 2 : 1; }
 
     /// The reason for ending with an exit code that is not that of a failure.
     Error EndWith(int exitCode, std::string text) {
@@ -103,8 +105,9 @@ Result<void> RenderJob::Render() {
         return file.Fault();
     Performance performance(instrument.Playing(), *midi, fullRate, options.tail);
     const auto frames = static_cast<std::uint64_t>(performance.Length() / options.oversample + 1);
-    Result<kits::SoundFileWriter> writer = kits::SoundFileWriter::Create(
-        file->Descriptor(), *format, options.output, options.rate, frames);
+    Result<kits::SoundFileWriter> writer =
+        kits::SoundFileWriter::Create(file->Descriptor(), *format, options.output, options.rate,
+                                      frames, static_cast<int>(Channels()));
     if (!writer)
         return writer.Fault();
     if (Result<void> written = Write(performance, *writer, *format); !written)
@@ -181,8 +184,8 @@ Result<void> RenderJob::SetUpInstrument() {
 /// Renders the whole, and scales it where that is asked for.
 Result<void> RenderJob::Write(Performance& performance, kits::SoundFileWriter& writer,
                               kits::SoundFileFormat format) {
-    const auto write = [&writer](std::span<const float> samples) {
-        return writer.Write(samples.data(), samples.size());
+    const auto write = [this, &writer](std::span<const float> samples) {
+        return writer.Write(samples.data(), samples.size() / Channels());
     };
     double& peak = outcome.summary.peak;
     if (!options.normalize) {
@@ -219,26 +222,39 @@ Result<void> RenderJob::Write(Performance& performance, kits::SoundFileWriter& w
     });
 }
 
-/// Renders the whole into the sink; returns the peak.
+/// Renders the whole into the sink, the channels by turns; returns the peak.
 Result<double> RenderJob::RenderInto(Performance& performance, const FloatStore::Sink& sink) {
     Progress progress(options.quiet ? -1 : STDERR_FILENO,
                       static_cast<double>(performance.Length()) / fullRate);
-    kits::Decimator decimator(options.oversample);
-    std::vector<float> block(static_cast<std::size_t>(options.block));
-    std::vector<float> output;
+    struct Channel {
+        kits::Decimator decimator;
+        std::vector<float> block, output;
+    };
+    std::vector<Channel> channels(Channels(),
+                                  {kits::Decimator(options.oversample),
+                                   std::vector<float>(static_cast<std::size_t>(options.block)),
+                                   {}});
+    std::vector<float> frames;
     float peak = 0;
     for (bool more = true; more;) {
         if (interrupt->Requested())
             return Interrupted();
-        const std::size_t count = performance.Render(block.data(), block.size());
+        float* const right = channels.size() > 1 ? channels[1].block.data() : nullptr;
+        const std::size_t count =
+            performance.Render(channels[0].block.data(), right, channels[0].block.size());
         more = count > 0;
-        output.clear();
-        if (more)
-            decimator.Process(block.data(), count, output);
-        else
-            decimator.Finish(output);
-        peak = Peak(peak, output);
-        if (const Result<void> taken = sink(output); !taken)
+        for (Channel& channel : channels) {
+            channel.output.clear();
+            if (more)
+                channel.decimator.Process(channel.block.data(), count, channel.output);
+            else
+                channel.decimator.Finish(channel.output);
+        }
+        frames.resize(channels[0].output.size() * channels.size());
+        for (std::size_t i = 0; i < frames.size(); i++)
+            frames[i] = channels[i % channels.size()].output[i / channels.size()];
+        peak = Peak(peak, frames);
+        if (const Result<void> taken = sink(frames); !taken)
             return taken.Fault();
         progress.Update(static_cast<double>(performance.Position()) / fullRate);
     }

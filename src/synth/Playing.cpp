@@ -33,7 +33,7 @@ constexpr PlayingRow kRows[kPlayingRows] = {
     {"pressure", 0, 127, true, {}, -1, &P::pressure,
      "N", "a whole number from 0 to 127", "the controller that pressure drives", true},
     {"spread", 0, 180, false, {}, 0, &P::spread,
-     "DEGREES", "a number from 0 to 180", "how far apart the ears read the plane", false},
+     "DEGREES", "a number from 0 to 180", "how far apart the ears read the plane", true},
     {"oversample", 0, 4, true, kFactors, 0, &P::oversample,
      "N", "1, 2, 4, 8 or 16", "compute at this multiple of the rate", false},
     {"smooth", 0, 100, false, {}, 0, &P::smooth,

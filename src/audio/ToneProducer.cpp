@@ -205,7 +205,7 @@ void VexaToneProducer::Connect(status_t error, const media_source&,
     output.destination = destination;
     output.format = format;
     CopyName(name, output.name);
-    renderer.SetSampleRate(FrameRate());
+    oversampler.SetFrameRate(FrameRate());
 
     media_node_id ignored = -1;
     if (FindLatencyFor(destination, &downstreamLatency, &ignored) != B_OK)
@@ -371,7 +371,9 @@ void VexaToneProducer::Render(float* buffer, std::size_t count) noexcept {
     std::size_t done = 0;
     if (events) {
         // An event may happen at the end of a buffer that is rendered as soon as it has happened.
-        eventDelay = EventLatency() + SchedulingLatency() + BufferDuration() + kDelivery;
+        renderDelay = EventLatency() + SchedulingLatency() + BufferDuration() + kDelivery;
+        eventDelay = renderDelay + static_cast<bigtime_t>(static_cast<double>(oversampler.Delay()) *
+                                                          1e6 / FrameRate());
         kits::EventGate::Turn turn(*events);
         while (const kits::MidiEvent* event = turn.Next()) {
             const std::size_t at = FrameOf(*event, count);
@@ -390,11 +392,11 @@ void VexaToneProducer::Render(float* buffer, std::size_t count) noexcept {
 
 void VexaToneProducer::RenderStretch(float* buffer, std::size_t count) noexcept {
     if (Channels() == 1)
-        return renderer.Render(buffer, count);
+        return oversampler.Render(buffer, nullptr, count);
     std::array<float, kStretch> left, right;
     for (std::size_t done = 0; done < count;) {
         const std::size_t n = std::min(kStretch, count - done);
-        renderer.Render(left.data(), right.data(), n);
+        oversampler.Render(left.data(), right.data(), n);
         for (std::size_t i = 0; i < n; i++) {
             *buffer++ = left[i];
             *buffer++ = right[i];
@@ -408,7 +410,7 @@ std::size_t VexaToneProducer::FrameOf(const kits::MidiEvent& event,
                                       std::size_t count) const noexcept {
     if (event.time == 0)
         return 0;
-    const bigtime_t due = TimeSource()->PerformanceTimeFor(event.time) + eventDelay;
+    const bigtime_t due = TimeSource()->PerformanceTimeFor(event.time) + renderDelay;
     const bigtime_t from = due - TimeOfNextFrame();
     // Nothing is known so long before; the clock has jumped.
     if (from <= 0 || from > kMostAhead)

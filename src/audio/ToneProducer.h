@@ -3,7 +3,7 @@
 
 #include "kits/media/MediaEventLooper.h"
 #include "kits/midi/EventGate.h"
-#include "synth/VoiceRenderer.h"
+#include "synth/Oversampler.h"
 
 #include <memory>
 
@@ -14,7 +14,8 @@ namespace vexa {
 /// thread; each tells the trace that it ran.
 class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
   public:
-    /// The renderer plays the voices; both outlive the node, and nobody else renders meanwhile.
+    /// The renderer plays the voices, at a multiple of the rate where the sound asks for it; both
+    /// outlive the node, and nobody else renders meanwhile.
     /// Window thread.
     VexaToneProducer(VoiceRenderer& renderer, VoiceTable& voices);
 
@@ -31,7 +32,8 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
     /// Window thread.
     void SetEvents(kits::EventGate* gate);
     /// Microseconds from an event to the moment at which the device plays its effect: as long as
-    /// the latency stays as it is, all have the same. Any thread.
+    /// the latency stays as it is, all have the same. What delays an oversampled sound counts. Any
+    /// thread.
     bigtime_t EventDelay() const { return eventDelay; }
 
     /// Renders `count` frames, then drops a voice if that took 80 % of the time that they play.
@@ -107,10 +109,13 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
     bigtime_t startTime = 0;
 
     kits::EventGate* events = nullptr;
+    /// From an event to the frame that is rendered with its effect.
+    bigtime_t renderDelay = 0;
     kits::Shared<bigtime_t> eventDelay{0};
 
     VoiceTable& voices;
     VoiceRenderer& renderer;
+    Oversampler oversampler{renderer};
     kits::Shared<int64> dropped{0};
 };
 

@@ -5,9 +5,10 @@
 
 namespace vexa {
 
-Performance::Performance(Engine& instrument, const MidiFile& file, double rate, double tail)
+Performance::Performance(Engine& instrument, const MidiFile& file, double rate, double tail,
+                         int oversampling)
     : instrument(instrument), file(file), rate(rate), length(SampleOf(file.duration + tail)) {
-    instrument.renderer.SetSampleRate(rate);
+    instrument.renderer.SetSampleRate(rate, oversampling);
 }
 
 int64 Performance::SampleOf(double seconds) const {

@@ -12,9 +12,10 @@ namespace vexa {
 /// What it renders does not depend on how many samples it is asked for at a time.
 class Performance {
   public:
-    /// `rate` in samples per second; goes on for `tail` seconds after the file's end. Both records
-    /// must outlive the performance.
-    Performance(Engine& instrument, const MidiFile& file, double rate, double tail);
+    /// `rate` in samples per second, of which one in `oversampling` will be heard; goes on for
+    /// `tail` seconds after the file's end. Both records must outlive the performance.
+    Performance(Engine& instrument, const MidiFile& file, double rate, double tail,
+                int oversampling = 1);
 
     /// Samples from the beginning to the end of the tail.
     int64 Length() const { return length; }

@@ -35,7 +35,7 @@ constexpr PlayingRow kRows[kPlayingRows] = {
     {"spread", 0, 180, false, {}, 0, &P::spread,
      "DEGREES", "a number from 0 to 180", "how far apart the ears read the plane", true},
     {"oversample", 0, 4, true, kFactors, 0, &P::oversample,
-     "N", "1, 2, 4, 8 or 16", "compute at this multiple of the rate", false},
+     "N", "1, 2, 4, 8 or 16", "compute at this multiple of the rate", true},
     {"smooth", 0, 100, false, {}, 0, &P::smooth,
      "MS", "a number from 0 to 100", "let coefficients and controllers glide so long", true},
     {"volume", -40, 12, false, {}, 0, &P::volume,

@@ -1,5 +1,6 @@
 #include "synth/VoiceRenderer.h"
 
+#include "kits/maths/Functions.h"
 #include "synth/Envelope.h"
 #include "synth/NoteInputs.h"
 #include "synth/ParameterTable.h"
@@ -7,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 namespace vexa {
 
@@ -24,6 +26,9 @@ struct VoiceRenderer::Block {
 };
 
 namespace {
+
+/// The rate that a low-cut filter's constant is computed for, whatever the device's is.
+constexpr double kFilterRate = 44100;
 
 /// Of a voice, below full volume 1.
 constexpr float kInaudible = 1e-7F;
@@ -72,6 +77,12 @@ LowCutFilter Charged(const LowCutFilter& poles, float d, float out) noexcept {
             out};
 }
 
+/// Gives a voice other filters, which go on with what they take away, so that nothing jumps.
+void Refilter(RunningVoice& v, const LowCutFilter& next) noexcept {
+    for (LowCutFilter* filter : {&v.filter, &v.rightFilter})
+        *filter = Charged(next, filter->hpgain * (filter->hpsum0 - filter->hpsum1), filter->out);
+}
+
 } // namespace
 
 VoiceRenderer::VoiceRenderer(const ControllerTable& controllers, Macros& macros,
@@ -83,10 +94,37 @@ VoiceRenderer::VoiceRenderer(const ControllerTable& controllers, Macros& macros,
       parameters(parameters),
       playing(playing),
       mix(playing, volumes),
-      voices(voices) {}
+      voices(voices),
+      filterRate(kFilterRate) {}
 
 std::size_t VoiceRenderer::SamplesIn(double seconds) const noexcept {
     return static_cast<std::size_t>(std::max(1.0, std::floor(seconds * sampleRate)));
+}
+
+void VoiceRenderer::SetSampleRate(double rate, int oversampling) noexcept {
+    const double ratio = rate / sampleRate;
+    const auto scaled = [ratio](std::size_t samples) {
+        return static_cast<std::size_t>(std::round(static_cast<double>(samples) * ratio));
+    };
+    const bool refilters = filterRate != kFilterRate * oversampling;
+    sampleRate = rate;
+    filterRate = kFilterRate * oversampling;
+    for (RunningVoice& v : running) {
+        v.age = scaled(v.age);
+        v.left = scaled(v.left);
+        if (refilters && v.sounds)
+            Refilter(v, LowCutFor(v.freq));
+    }
+}
+
+/// The filter of a note of `freq` Hz, not charged. The poles of the two accumulators are e^-k and
+/// e^-2k with k = ln 2 freq / filterRate; the gain makes the response at frequency 0 exactly 0.
+LowCutFilter VoiceRenderer::LowCutFor(float freq) const noexcept {
+    const auto k = static_cast<float>(std::numbers::ln2 * freq / filterRate);
+    const auto hpa = static_cast<float>(kits::maths::Exponential(-double(k)));
+    const auto hpb = static_cast<float>(kits::maths::Exponential(-2.0 * k));
+    const auto gain = (1.0 - hpa) * (1.0 - hpb) / (double(hpa) - double(hpb));
+    return {hpa, hpb, static_cast<float>(gain)};
 }
 
 void VoiceRenderer::SetGain(float next) noexcept {
@@ -276,7 +314,6 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
     const bool continues = slot.continues && v.sounds;
     const float vel = slot.vel, key = slot.key, freq = slot.freq;
     const float startcx = slot.startcx, startcy = slot.startcy, start = slot.start;
-    const float hpa = slot.hpa, hpb = slot.hpb, hpgain = slot.hpgain;
     const float heldFor = slot.heldfor;
     std::array<float, 4> rellevel;
     std::copy(slot.rellevel.begin(), slot.rellevel.end(), rellevel.begin());
@@ -292,10 +329,7 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
         v.tunes = tunes;
         v.key = key;
         v.freq = freq;
-        // Goes on with what the filters take away, so that nothing jumps.
-        for (LowCutFilter* filter : {&v.filter, &v.rightFilter})
-            *filter = Charged({hpa, hpb, hpgain},
-                              filter->hpgain * (filter->hpsum0 - filter->hpsum1), filter->out);
+        Refilter(v, LowCutFor(freq));
     }
     if (begins) {
         const bool goesOn = continues || v.ends;
@@ -316,7 +350,7 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
         // Charged so that the first sample is what the slot's last one was, without a click.
         const auto charge = [&](LowCutFilter& filter, float from) {
             const float out = goesOn ? filter.out * fade : 0.0F;
-            filter = Charged({hpa, hpb, hpgain}, from - out, out);
+            filter = Charged(filter, from - out, out);
         };
         charge(v.filter, apart ? StartOf(v, f, -1) : start);
         if (apart)

@@ -52,8 +52,11 @@ class VoiceRenderer {
     /// begun before this call is running. Window thread.
     void SetFunction(const PlaneFunction& next) { function.Publish(next); }
 
-    /// Samples per second. Not while rendering.
-    void SetSampleRate(double rate) { sampleRate = rate; }
+    /// Samples per second, of which one in `oversampling` is heard: the low-cut filters keep their
+    /// corner. Voices that sound go on. Not while rendering.
+    void SetSampleRate(double rate, int oversampling = 1) noexcept;
+    /// What the sound wants `oversampling` to be. Any thread.
+    int Oversampling() const noexcept { return playing.Oversampling(); }
 
   private:
     struct Block;
@@ -68,6 +71,7 @@ class VoiceRenderer {
                      std::size_t count) noexcept;
     void OpenEars(bool both, std::size_t count) noexcept;
     void CloseEars() noexcept;
+    LowCutFilter LowCutFor(float freq) const noexcept;
     float StartOf(const RunningVoice& v, const PlaneSource& f, double side) const noexcept;
     void WakeIfChanged(const VoiceMotion& motion, const PlaneFunction& f) noexcept;
     void ShowProgress() noexcept;
@@ -86,6 +90,8 @@ class VoiceRenderer {
     kits::Shared<float> gain{0};
     kits::Published<PlaneFunction> function{dummyfunction};
     double sampleRate = 44100;
+    /// The rate that the low-cut filters' constants are computed for.
+    double filterRate;
     /// Samples rendered since the beginning of the present cell (Oscillator).
     std::size_t offset = 0;
     kits::Shared<bool> bounded{false};

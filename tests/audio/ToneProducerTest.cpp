@@ -403,6 +403,38 @@ TEST_F(ToneProducer, AnEventTakesEffectAtItsFrame) {
     producer->SetEvents(nullptr);
 }
 
+TEST_F(ToneProducer, AnEventOfAnOversampledSoundIsHeardAtItsFrameToo) {
+    constexpr bigtime_t kBuffer = 92879; // 4096 frames
+    sink->bufferSize = 16384;
+    sink->tellsTime = true;
+    kits::EventGate gate(instrument.consumer);
+    gate.SetTimed(true);
+    producer->SetEvents(&gate);
+    ASSERT_EQ(Connect(), B_OK);
+    Start(0);
+    bigtime_t buffer = 0;
+    std::vector<float> first;
+    bigtime_t firstDelay = 0;
+    // One sound after the other, on the same connection: 1, 4, 16 and 1 times the rate.
+    for (const int power : {0, 2, 4, 0}) {
+        instrument.playing.oversample = float(power);
+        RunTo(++buffer * kBuffer);
+        const bigtime_t delay = producer->EventDelay();
+        gate.NoteOn(0, 69, 127, (4096 * buffer + 500) * 1000000 / 44100 - delay);
+        gate.AllNotesOff(false, (4096 * buffer + 3500) * 1000000 / 44100 - delay);
+        RunTo(++buffer * kBuffer);
+        if (first.empty()) {
+            first = sink->samples;
+            firstDelay = delay;
+            EXPECT_GT(test::Peak(first), 0.9F);
+        }
+        EXPECT_EQ(delay - firstDelay, power == 0 ? 0 : 725) << "32 frames";
+        for (std::size_t i = 0; i < 3400; i++)
+            ASSERT_NEAR(sink->samples[i], first[i], 0.01) << power << ' ' << i;
+    }
+    producer->SetEvents(nullptr);
+}
+
 TEST_F(ToneProducer, DropsAVoiceThatTakesTooLongUnlessPerformanceTimeWaits) {
     constexpr auto kLong = [](float, float) noexcept {
         std::this_thread::sleep_for(1ms);

@@ -1,13 +1,10 @@
 #include "midi/MidiConsumer.h"
 
 #include "kits/application/AppFileInfo.h"
-#include "kits/maths/Functions.h"
 #include "synth/Coefficients.h"
 #include "synth/Envelope.h"
 #include "synth/NoteInputs.h"
 #include "synth/ParameterTable.h"
-
-#include <numbers>
 
 namespace vexa {
 
@@ -62,14 +59,9 @@ void VexaMidiConsumer::Strike(uchar from, uchar note, uchar velocity) {
         return;
     const float vel = Normalised(velocity);
     const float key = Normalised(note);
-    const auto k = static_cast<float>(std::numbers::ln2 * freq / filterRate);
-
     const float cx = StartOf(kCx0, parameters, controllers, vel, key);
     const float cy = StartOf(kCy0, parameters, controllers, vel, key);
 
-    const auto hpa = static_cast<float>(kits::maths::Exponential(-double(k)));
-    const auto hpb = static_cast<float>(kits::maths::Exponential(-2.0 * k));
-    const auto hpgain = static_cast<float>((1.0 - hpa) * (1.0 - hpb) / (double(hpa) - double(hpb)));
     const auto x = static_cast<float>(double(parameters.EnvAx->Value(0, false, 0)) + cx);
     const PlaneSource& f = function.Get().Source();
     const std::array<float, kMostInputs> inputs = InputsOf(f, {vel, key, 0}, macros, controllers);
@@ -98,9 +90,6 @@ void VexaMidiConsumer::Strike(uchar from, uchar note, uchar velocity) {
     slot.glideson = takesOver;
     slot.glidefrom = channel.frequency;
     channel.frequency = freq;
-    slot.hpa = hpa;
-    slot.hpb = hpb;
-    slot.hpgain = hpgain;
     if (attacks) {
         slot.vel = vel;
         slot.startcx = cx;

@@ -62,11 +62,6 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     /// Notes since the start that took the slot of another. Any thread.
     int64 StolenVox() const { return stolen; }
 
-    /// The rate, in samples per second, that the low-cut filter's constant is computed for. Its
-    /// corner lies at ln 2 / 2 pi of a note's frequency when that is the rate of rendering; 44100
-    /// unless set, whatever the rate is. Not while events come in.
-    void SetFilterRate(double rate) { filterRate = rate; }
-
     /// Copies the program's own icons into 32 x 32 and 16 x 16 B_CMAP8 bitmaps; they stay as they
     /// are where it has none.
     static void GetIcons(BBitmap* large, BBitmap* mini);
@@ -117,7 +112,6 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     kits::Published<Tuning> tuning{EqualTemperament()};
     std::atomic<int32> voiceLimit{1};
     kits::Shared<int64> stolen{0};
-    double filterRate = 44100;
     kits::Reader reader;
 };
 

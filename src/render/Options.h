@@ -45,8 +45,6 @@ struct Options {
     int channel = -1;
     /// Frames per second of the file.
     int rate = 44100;
-    /// The engine runs at this multiple of the rate.
-    int oversample = 1;
     double gain = 0.25;
     /// Seconds rendered after the last event.
     double tail = 3;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "synth/BlockLoops.h"
+#include "synth/Ears.h"
 #include "synth/EqualSteps.h"
 
 #include <cstddef>
@@ -50,10 +51,14 @@ class Oscillator {
     /// long as the coordinate is used.
     void Advance(Wave wave, double sine, double cosine, std::size_t count, double* space,
                  Coordinate& coordinate) noexcept;
+    /// The same for both ears, with a space each; all else of the coordinates stays as it is.
+    void Advance(Wave wave, const EarTurn& turn, double sine, double cosine, std::size_t count,
+                 double* leftSpace, double* rightSpace, Coordinate& left,
+                 Coordinate& right) noexcept;
 
   private:
+    void UseSteps(Wave wave, double sine, double cosine, Coordinate& coordinate) noexcept;
     void AccumulateUnevenly(double* phases, std::size_t count) noexcept;
-    void AdvanceUnevenly(Wave wave, std::size_t count, double* waves) noexcept;
 
     double phase = 0;
     double turn = 0;

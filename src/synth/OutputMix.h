@@ -34,9 +34,16 @@ class OutputMix {
     /// Puts voices that are scaled alike side by side. Without volumes and ends the order stays.
     void Sort(std::span<RunningVoice*> voices) const noexcept;
 
-    /// Filters the voices' input, samples[k * count + i] for voice k at moment i, and adds their
-    /// output to sum[i], with room as for BlockLoops. True where input was beyond kMostHeard.
-    bool Add(std::span<RunningVoice* const> voices, const float* samples, float* sum) noexcept;
+    /// What is heard with one ear: its filters, their input, samples[k * count + i] for voice k at
+    /// moment i, and the sum of their output, with room as for BlockLoops.
+    struct Ear {
+        LowCutFilter RunningVoice::*filter;
+        const float* samples;
+        float* sum;
+    };
+    /// Filters the voices' input and adds their output to the sums. True where input was beyond
+    /// kMostHeard.
+    bool Add(std::span<RunningVoice* const> voices, std::span<const Ear> ears) noexcept;
 
   private:
     std::size_t Group(const RunningVoice& v) const noexcept;

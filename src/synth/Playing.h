@@ -42,6 +42,10 @@ struct Playing {
         return given ? static_cast<PlayMode>(int(float(mode))) : PlayMode::poly;
     }
     bool Pedal() const noexcept { return given && pedal != 0; }
+    /// Degrees.
+    double Spread() const noexcept { return given ? double(spread) : 0.0; }
+    /// At which multiple of the rate the sound is computed: 1, 2, 4, 8 or 16.
+    int Oversampling() const noexcept { return 1 << static_cast<int>(float(oversample)); }
     /// The controller that pressure drives; -1 for none.
     int32 Pressure() const noexcept { return given ? static_cast<int32>(float(pressure)) : -1; }
 };

@@ -44,6 +44,8 @@ struct RunningVoice {
     std::array<EnvelopeTrack, 4> envelopes;
     std::array<float, 4> rellevel{};
     LowCutFilter filter;
+    /// That of the right ear, while the two hear different things.
+    LowCutFilter rightFilter;
     /// At the end of the last cell its point had come to a stand for good (VoiceMotion::Stands).
     bool stands = false;
     /// And the filter had settled: until something changes, each sample is filter.out.

@@ -68,9 +68,6 @@ struct voice {
 
     /// How many notes the slot has had; tells a new note from a release.
     kits::Shared<uint32> notes;
-    /// Poles of the low-cut filter's two accumulators, e^-k and e^-2k with k = ln 2 freq / 44100,
-    /// and the gain that makes the response at frequency 0 exactly 0.
-    kits::Shared<float> hpa, hpb, hpgain;
     /// f at the orbit's start, which the filter is charged with so that the note begins at 0.
     kits::Shared<float> start;
     /// The note took over a slot that sounded: it begins at that slot's last output instead.

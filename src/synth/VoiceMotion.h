@@ -2,6 +2,7 @@
 #pragma once
 
 #include "synth/Coefficients.h"
+#include "synth/Ears.h"
 #include "synth/RunningVoice.h"
 #include "synth/SoundParam.h"
 
@@ -28,6 +29,9 @@ class VoiceMotion {
     /// Moves up to kTogether voices: writes the places of voice k to x[k * count + i] and
     /// y[k * count + i], and up to kSlack floats beyond, and advances the voices.
     void Move(std::span<RunningVoice* const> voices, float* x, float* y) const noexcept;
+    /// The same for both ears.
+    void Move(std::span<RunningVoice* const> voices, const Ears& ears, float* leftx, float* lefty,
+              float* rightx, float* righty) const noexcept;
 
     /// Whether the point of a released voice stays where it is as long as the sound is the same: no
     /// radius, no drift, and no envelope that would still change that.
@@ -67,9 +71,11 @@ class VoiceMotion {
         double turn;
     };
     struct Space;
+    struct Moving;
     class Times;
     class Drifts;
 
+    void Begin(std::span<RunningVoice* const> voices, Moving& moving) const noexcept;
     bool Stands(const Axis& axis, RunningVoice& v) const noexcept;
     Weights Of(const Coefficients& sum, const RunningVoice& v) const noexcept {
         return sum.For(v.vel, v.key,

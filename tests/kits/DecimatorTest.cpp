@@ -1,4 +1,4 @@
-#include "kits/media/Decimator.h"
+#include "kits/maths/Decimator.h"
 
 #include <cmath>
 #include <numbers>

@@ -25,14 +25,20 @@ MidiFile Tune() {
     return file;
 }
 
-std::vector<float> Perform(const MidiFile& file, std::size_t block) {
+/// One ear, or both, one after the other.
+std::vector<float> Perform(const MidiFile& file, std::size_t block, bool both) {
     Engine instrument;
     test::MakeRich(instrument);
+    instrument.playing.given = both;
+    instrument.playing.spread = 60;
     Performance performance(instrument, file, 44100, 0.5);
-    std::vector<float> all;
-    std::vector<float> buffer(block);
-    while (const std::size_t n = performance.Render(buffer.data(), block))
-        all.insert(all.end(), buffer.begin(), buffer.begin() + std::ptrdiff_t(n));
+    std::vector<float> all, others;
+    std::vector<float> left(block), right(block);
+    while (const auto n = performance.Render(left.data(), both ? right.data() : nullptr, block)) {
+        all.insert(all.end(), left.data(), left.data() + n);
+        others.insert(others.end(), right.data(), right.data() + (both ? n : 0));
+    }
+    all.insert(all.end(), others.begin(), others.end());
     EXPECT_EQ(performance.Position(), performance.Length());
     EXPECT_EQ(performance.MostVoices(), 20);
     return all;
@@ -40,11 +46,13 @@ std::vector<float> Perform(const MidiFile& file, std::size_t block) {
 
 TEST(Performance, DoesNotDependOnTheBlock) {
     const MidiFile file = Tune();
-    const std::vector<float> whole = Perform(file, 1000000);
-    EXPECT_EQ(whole.size(), 88200U);
-    EXPECT_GT(test::Peak(whole), 0.1F);
-    for (const std::size_t block : {1, 63, 512})
-        EXPECT_EQ(Perform(file, block), whole) << block;
+    for (const bool both : {false, true}) {
+        const std::vector<float> whole = Perform(file, 1000000, both);
+        EXPECT_EQ(whole.size(), both ? 2 * 88200U : 88200U);
+        EXPECT_GT(test::Peak(whole), 0.1F);
+        for (const std::size_t block : {1, 63, 512})
+            EXPECT_EQ(Perform(file, block, both), whole) << block;
+    }
 }
 
 TEST(Performance, EventsTakeEffectAtTheirSample) {
@@ -57,7 +65,7 @@ TEST(Performance, EventsTakeEffectAtTheirSample) {
     file.duration = 0.03;
     Performance performance(instrument, file, 44100, 0);
     std::vector<float> samples(2000);
-    samples.resize(performance.Render(samples.data(), samples.size()));
+    samples.resize(performance.Render(samples.data(), nullptr, samples.size()));
     EXPECT_EQ(samples.size(), 1323U);
     // The envelope begins at 0, so the sample of the event itself is the last one that is silent.
     const auto sounds = [](float sample) { return sample != 0; };

@@ -1,7 +1,7 @@
 // What do oversampling and stereo cost where a sound is played live?
 //
 // LiveCost [SECONDS [ROUNDS [PERIOD]]] plays the chord of LiveSoak on a JACK server of its own, by
-// turns as the sound "pad" is, oversampled, and oversampled in stereo, and prints what each takes
+// turns with the sound "pad" plain, in stereo, oversampled, and both, and prints what each takes
 // of a core: the median of the rounds, and that of the differences from the first in the same
 // round.
 #include "LiveChord.h"
@@ -49,9 +49,9 @@ int main(int count, char** arguments) {
     const int rounds = number(2, 5);
     const int period = number(3, 64);
     const std::string sound = test::Contents(VEXA_PROGRAM_FOLDER "/sounds/pad.xml");
-    std::array<Way, 4> ways{{{"as it is", {}},
-                             {"stereo", {"--spread", "60"}},
-                             {"4 x", {"--oversample", "4"}},
+    std::array<Way, 4> ways{{{"1 x", {"--spread", "0", "--oversample", "1"}},
+                             {"stereo", {"--spread", "60", "--oversample", "1"}},
+                             {"4 x", {"--spread", "0", "--oversample", "4"}},
                              {"4 x and stereo", {"--oversample", "4", "--spread", "60"}}}};
     for (int round = 0; round < rounds; round++) {
         for (Way& way : ways)

@@ -42,6 +42,8 @@ class HeadlessPlayer {
                    const Tuning& tuning)
         : options(options), folders(folders), instrument(folders, Addons::Following) {
         instrument.Playing().consumer.SetTuning(tuning);
+        if (options.mpe)
+            instrument.Playing().consumer.ExpectMpe();
     }
 
     int Run(kits::Recording* recording);

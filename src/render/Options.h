@@ -35,6 +35,8 @@ struct Options {
     std::array<std::optional<double>, kMacros> macros;
     /// The frequencies of the keys.
     TuningChoice tuning;
+    /// VexaMidiConsumer::ExpectMpe.
+    bool mpe = false;
     /// Stand before what the sound says of how it is played.
     PlayingTexts playing;
     /// The sound's function is compiled by gcc.

@@ -172,6 +172,8 @@ Result<void> RenderJob::SetUpInstrument() {
         return Error{Text(report)};
     Engine& engine = instrument.Playing();
     engine.consumer.SetTuning(*tuning);
+    if (options.mpe)
+        engine.consumer.ExpectMpe();
     engine.renderer.SetGain(static_cast<float>(options.gain));
     engine.consumer.SetChannel(options.channel);
     return {};

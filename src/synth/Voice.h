@@ -7,6 +7,7 @@
 
 #include "kits/support/Shared.h"
 #include "kits/support/SupportDefs.h"
+#include "synth/OwnControllers.h"
 
 #include <array>
 #include <atomic>
@@ -99,8 +100,8 @@ struct voice {
 
     /// Semitones.
     kits::Shared<float> bend;
-    /// The key's own pressure, 0..1; below 0 before there is any.
-    kits::Shared<float> pressure;
+    /// As OwnValues.
+    std::array<kits::Shared<float>, kOwnControllers> own;
 
     // Written by the media thread after each stretch that it has rendered, read by all.
 

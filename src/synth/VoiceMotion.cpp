@@ -78,9 +78,10 @@ class VoiceMotion::Drifts {
     std::size_t number = 0;
 };
 
-VoiceMotion::VoiceMotion(const sound_param& p, const ControllerTable& controllers, int32 pressure,
-                         double dt, std::size_t offset, std::size_t count) noexcept
-    : pressure(pressure),
+VoiceMotion::VoiceMotion(const sound_param& p, const ControllerTable& controllers,
+                         const OwnControllers& own, double dt, std::size_t offset,
+                         std::size_t count) noexcept
+    : own(own),
       dt(dt),
       offset(offset),
       count(count),

@@ -3,6 +3,7 @@
 
 #include "synth/Coefficients.h"
 #include "synth/Ears.h"
+#include "synth/OwnControllers.h"
 #include "synth/RunningVoice.h"
 #include "synth/SoundParam.h"
 
@@ -21,10 +22,9 @@ class VoiceMotion {
     static constexpr std::size_t kTogether = 4;
 
     /// A block of `count` samples, `dt` seconds each, that begins `offset` samples after its cell
-    /// (Oscillator). `pressure` is the controller that a voice has its own value of where its
-    /// pressure is not below 0, or -1.
-    VoiceMotion(const sound_param& p, const ControllerTable& controllers, int32 pressure, double dt,
-                std::size_t offset, std::size_t count) noexcept;
+    /// (Oscillator).
+    VoiceMotion(const sound_param& p, const ControllerTable& controllers, const OwnControllers& own,
+                double dt, std::size_t offset, std::size_t count) noexcept;
 
     /// Moves up to kTogether voices: writes the places of voice k to x[k * count + i] and
     /// y[k * count + i], and up to kSlack floats beyond, and advances the voices.
@@ -78,8 +78,7 @@ class VoiceMotion {
     void Begin(std::span<RunningVoice* const> voices, Moving& moving) const noexcept;
     bool Stands(const Axis& axis, RunningVoice& v) const noexcept;
     Weights Of(const Coefficients& sum, const RunningVoice& v) const noexcept {
-        return sum.For(v.vel, v.key,
-                       v.pressure >= 0 && sum.number == pressure ? v.pressure : sum.control);
+        return sum.For(v.vel, v.key, own.Of(sum.number, v.own, sum.control));
     }
     double Sum(RunningVoice& v, std::size_t number, double target) const noexcept;
     const double* Factors(RunningVoice& v, double* space) const noexcept;
@@ -89,7 +88,7 @@ class VoiceMotion {
     void PutCentre(const Axis& axis, RunningVoice& v, double& centre, Times& times, Drifts& drifts,
                    Space& space, Coordinate& coordinate) const noexcept;
 
-    int32 pressure;
+    OwnControllers own;
     double dt;
     std::size_t offset, count;
     Axis x, y;

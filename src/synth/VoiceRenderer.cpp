@@ -149,8 +149,8 @@ void VoiceRenderer::Render(float* left, float* right, std::size_t count) noexcep
 
 void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* left, float* right,
                                 std::size_t count) noexcept {
-    const int32 pressure = playing.Pressure();
-    const VoiceMotion motion(parameters, controllers, pressure, 1.0 / sampleRate, offset, count);
+    const OwnControllers own(playing);
+    const VoiceMotion motion(parameters, controllers, own, 1.0 / sampleRate, offset, count);
     WakeIfChanged(motion, f);
     std::array<RunningVoice*, kVoiceSlots> sounding;
     std::size_t voiceCount = 0;
@@ -189,7 +189,7 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
                 motion.Move(some, &one.x[at], &one.y[at]);
         }
         const float* const* heard =
-            inputs.Fill(source, all, controllers, pressure, 1.0 / sampleRate, count);
+            inputs.Fill(source, all, controllers, own, 1.0 / sampleRate, count);
         source.Evaluate(one.x.data(), one.y.data(), heard, one.s.data(), voiceCount * count);
         if (apart)
             source.Evaluate(other.x.data(), other.y.data(), heard, other.s.data(),
@@ -250,7 +250,7 @@ float VoiceRenderer::StartOf(const RunningVoice& v, const PlaneSource& f,
     const double x = parameters.EnvAx->Value(0, false, 0) * ears.X().cosine + v.cx;
     const double y = parameters.EnvAy->Value(0, false, 0) * ears.Y().sine * side + v.cy;
     const std::array<float, kMostInputs> heard =
-        InputsOf(f, {v.vel, v.key, 0}, macros, controllers);
+        InputsOf(f, {v.vel, v.key, 0, v.own}, macros, controllers, OwnControllers(playing));
     return Heard(f.At(static_cast<float>(x), static_cast<float>(y), heard.data()));
 }
 
@@ -277,8 +277,8 @@ void VoiceRenderer::TakeUpHands(RunningVoice& v, const voice& slot) noexcept {
     v.glide.Aim(0, 0, offset);
     if (v.ends)
         return;
-    v.bend.Aim(playing.given ? double(slot.bend) : 0.0, SamplesIn(kHandSeconds), offset);
-    v.pressure = slot.pressure;
+    v.bend.Aim(playing.Bends() ? double(slot.bend) : 0.0, SamplesIn(kHandSeconds), offset);
+    std::copy(slot.own.begin(), slot.own.end(), v.own.begin());
     // What a legato key has a say in does not jump.
     v.smooth = std::max(Smooth(), v.retuned ? SamplesIn(kHandSeconds) : 0);
     v.retuned = false;
@@ -315,6 +315,8 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
     const float vel = slot.vel, key = slot.key, freq = slot.freq;
     const float startcx = slot.startcx, startcy = slot.startcy, start = slot.start;
     const float heldFor = slot.heldfor;
+    OwnValues own;
+    std::copy(slot.own.begin(), slot.own.end(), own.begin());
     std::array<float, 4> rellevel;
     std::copy(slot.rellevel.begin(), slot.rellevel.end(), rellevel.begin());
     if (slot.state.Look() != seen)
@@ -339,8 +341,9 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
         v.ends = false;
         v.fresh = true;
         v.vel = vel;
+        v.own = own;
         v.channel = static_cast<std::size_t>(channel) & 15;
-        v.bend.Set(playing.given ? double(bend) : 0.0);
+        v.bend.Set(playing.Bends() ? double(bend) : 0.0);
         v.t = 0;
         v.age = 0;
         v.cx = startcx;

@@ -34,6 +34,8 @@ constexpr kits::OptionRow<AppOptions> kRows[] = {
      [](AppOptions& o, std::string_view text) { return SetText(o.record.emplace(), text); }},
     {"mpe", nullptr, nullptr, "take channels for notes' own (MPE) from the start",
      [](AppOptions& o, std::string_view) { return o.mpe = true; }},
+    {"programs", nullptr, nullptr, "let MIDI program changes choose sounds, by number",
+     [](AppOptions& o, std::string_view) { return o.programs = true; }},
     {"tuning", "FILE", nullptr, "tune the keys to this scale, a Scala file (.scl)",
      [](AppOptions& o, std::string_view text) { return SetText(o.tuning.scale.emplace(), text); }},
     {"keymap", "FILE", nullptr, "play the scale by this keyboard map, a Scala file (.kbm)",

@@ -30,6 +30,7 @@ VexaApplication::VexaApplication(const AppOptions& options, const kits::ProgramF
     view.Playing().consumer.SetTuning(tuning);
     if (options.mpe)
         view.Playing().consumer.ExpectMpe();
+    view.FollowPrograms(options.programs);
     view.Prefer(options.playing);
     window->Show();
     view.Record(recording);

@@ -403,6 +403,42 @@ TEST(Live, AServerThatComesLateOrComesBackIsPlayedThrough) {
     EXPECT_TRUE(SoundsRight(sounds, {"--midi", "player-01:out"}, 0));
 }
 
+/// A note 50 ms after a program change has the sound of that number, or the one before where there
+/// is none; the note before it goes on.
+TEST(Live, ProgramChangesChooseSounds) {
+    const test::TemporaryFolder data;
+    const std::string sine = test::kSineSound;
+    const std::string octave = "<fx>2</fx></vexasound>";
+    // Before and behind the sounds that come with the program.
+    data.Write("vexa/sounds/0.xml", sine.substr(0, sine.rfind('<')) + octave);
+    data.Write("vexa/sounds/1.xml", "no sound");
+    ::setenv("XDG_DATA_HOME", data.Path().c_str(), 1);
+    const auto sounds = [](LivePlay& play) {
+        play.Play({{1000, {0x90, 45, 100}},
+                   {9600, {0xC0, 2}},
+                   {12000, {0xC0, 0}},
+                   {14400, {0x90, 69, 100}},
+                   {24000, {0xB0, 32, 1}}, // a bank that there is not
+                   {24000, {0xC0, 0}},
+                   {26400, {0x90, 57, 100}},
+                   {40000, {0xB0, 32, 0}},
+                   {40000, {0xC0, 1}},
+                   {43000, {0x90, 81, 100}}});
+        play.Listen(24000);
+        play.WaitForLog("program 0: 0");
+        play.WaitForLog("there is no program 128: there are 12 sounds, the first is program 0");
+        play.WaitForLog("sounds/1.xml");
+        const auto level = [&play](std::uint32_t frame, double hertz) {
+            const auto heard = std::span(play.Samples()).subspan(play.At(frame) + 480, 4800);
+            return test::Amplitude(heard, hertz, 48000);
+        };
+        return level(14400, 880) > 0.2 && level(14400, 220) > 0.2 && level(26400, 440) > 0.2 &&
+               level(26400, 220) > 0.2 && level(43000, 1760) > 0.2;
+    };
+    EXPECT_TRUE(SoundsRight(sounds, {"--user-folder", "--programs"}, 512));
+    ::unsetenv("XDG_DATA_HOME");
+}
+
 /// Other clients, with their sockets in a row with ours, may hide what a library does when the
 /// server ends or throws its client out, as jackd1 does with one that stands still.
 TEST(Live, WithNoOtherClientAServersEndIsSurvivedToo) {

@@ -186,6 +186,39 @@ void Narrow(const double* __restrict from, float* __restrict to, std::size_t cou
         to[i] = static_cast<float>(from[i]);
 }
 
+using Sums = float __attribute__((vector_size(kSlack * sizeof(float))));
+
+/// So many outputs at a time, which share their taps.
+template<std::size_t side>
+void FilterOf(const float* taps, std::size_t length, const float* frames, std::size_t step,
+              float* out) {
+    Sums sums[side]{};
+    for (std::size_t k = 0; k < length; k += kSlack) {
+        Sums tap, frame;
+        __builtin_memcpy(&tap, taps + k, sizeof tap);
+        for (std::size_t i = 0; i < side; i++) {
+            __builtin_memcpy(&frame, frames + i * step + k, sizeof frame);
+            sums[i] += tap * frame;
+        }
+    }
+    for (std::size_t i = 0; i < side; i++) {
+        float sum = 0;
+        for (std::size_t lane = 0; lane < kSlack; lane++)
+            sum += sums[i][lane];
+        out[i] = sum;
+    }
+}
+
+void Filter(const float* taps, std::size_t length, const float* frames, std::size_t step,
+            float* out, std::size_t count) {
+    constexpr std::size_t kSide = 4;
+    std::size_t i = 0;
+    for (; i + kSide <= count; i += kSide)
+        FilterOf<kSide>(taps, length, frames + i * step, step, out + i);
+    for (; i < count; i++)
+        FilterOf<1>(taps, length, frames + i * step, step, out + i);
+}
+
 void Words(const float* __restrict values, unsigned* __restrict words, std::size_t count) {
     constexpr float kMost = 2147483520.0F; // the largest float below 2^31
     for (std::size_t i = 0; i < count; i++) {
@@ -199,7 +232,7 @@ void Words(const float* __restrict values, unsigned* __restrict words, std::size
 
 } // namespace
 
-const BlockLoops VEXA_LOOPS_TABLE = {Accumulate, Waves,  Places, Drifts,         Line,
-                                     LowCut,     Narrow, Words,  VEXA_LOOPS_NAME};
+const BlockLoops VEXA_LOOPS_TABLE = {Accumulate, Waves,  Places, Drifts, Line,
+                                     LowCut,     Narrow, Filter, Words,  VEXA_LOOPS_NAME};
 
 } // namespace vexa

@@ -78,7 +78,7 @@ struct BlockLoops {
     /// Lets `number` centres drift, each addition rounded; several in turns, as each waits for its
     /// last sum.
     void (*Drifts)(const Drift* drifts, std::size_t number, std::size_t count);
-    /// values[i] = the line at t[i]. No slack, any count.
+    /// values[i] = the line at t[i], which is finite. No slack, any count.
     void (*Line)(const EnvelopeLine& line, const float* t, float* values, std::size_t count);
     /// Runs `voices` filters over their input, samples[k * count + i] for filter k at moment i, and
     /// adds their output to sum[i], filter after filter. Input counts as Heard says; a filter whose

@@ -174,9 +174,37 @@ void Drifts(const Drift* drifts, std::size_t number, std::size_t count) {
         DriftsOf<1>(drifts, count);
 }
 
+#if defined(__FMA__)
+/// The bits of a / b with b's rounded reciprocal, by two of Markstein's steps, which take a third
+/// of a division's time. (P. Markstein, "Computation of elementary functions on the IBM RISC
+/// System/6000 processor", 1990: the last step rounds as a division does, as the one before has
+/// come to the last bit.) Where nothing overflows, and what is left over does not underflow.
+double Quotient(double a, double b, double reciprocal) {
+    const double rough = a * reciprocal;
+    const double close = __builtin_fma(__builtin_fma(-b, rough, a), reciprocal, rough);
+    const double exact = __builtin_fma(__builtin_fma(-b, close, a), reciprocal, close);
+    // With the sign that a 0 has.
+    return a == 0 ? rough : exact;
+}
+
+/// Whether a magnitude is far from all that could overflow or underflow.
+bool Moderate(double value) {
+    return fabs(value) >= 0x1p-200 && fabs(value) <= 0x1p200;
+}
+#endif
+
 void Line(const EnvelopeLine& line, const float* __restrict t, float* __restrict values,
           std::size_t count) {
     const EnvelopeLine l = line;
+#if defined(__FMA__)
+    if (Moderate(l.rise) && Moderate(l.run)) {
+        const double reciprocal = 1 / l.run;
+        for (std::size_t i = 0; i < count; i++)
+            values[i] = static_cast<float>(
+                l.base + Quotient((double(t[i]) - l.origin) * l.rise, l.run, reciprocal));
+        return;
+    }
+#endif
     for (std::size_t i = 0; i < count; i++)
         values[i] = static_cast<float>(l.base + (double(t[i]) - l.origin) * l.rise / l.run);
 }

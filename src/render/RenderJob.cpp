@@ -3,11 +3,11 @@
 #include "documents/SoundDocument.h"
 #include "instrument/Instrument.h"
 #include "kits/application/Interrupt.h"
-#include "kits/maths/Decimator.h"
 #include "kits/media/SoundFileWriter.h"
 #include "kits/storage/FileReplacement.h"
 #include "render/FloatStore.h"
 #include "render/Performance.h"
+#include "synth/Decimator.h"
 
 #include <algorithm>
 #include <bit>
@@ -225,11 +225,11 @@ Result<double> RenderJob::RenderInto(Performance& performance, const FloatStore:
     Progress progress(options.quiet ? -1 : STDERR_FILENO,
                       static_cast<double>(performance.Length()) / FullRate());
     struct Channel {
-        kits::Decimator decimator;
+        Decimator decimator;
         std::vector<float> block, output;
     };
     std::vector<Channel> channels(Channels(),
-                                  {kits::Decimator(Oversampling()),
+                                  {Decimator(Oversampling()),
                                    std::vector<float>(static_cast<std::size_t>(options.block)),
                                    {}});
     std::vector<float> frames;

@@ -64,17 +64,20 @@ void Oversampler::TakeFactor(std::size_t next) noexcept {
 }
 
 void Oversampler::Give(const Line& line, float* out, std::size_t count) const noexcept {
+    const bool steady = !filtered.Moves();
+    // Those that are delayed.
+    if (!steady || filtered.Now() != 0) {
+        if (filter)
+            filter->Run(line.data(), out, count);
+        else
+            std::copy_n(&line[kDelay], count, out);
+    }
+    if (steady && filtered.Now() != 0)
+        return;
     Ramp<float> ramp = filtered;
-    const bool steady = !ramp.Moves();
     for (std::size_t i = 0; i < count; i++, ramp.Pass(1)) {
         const float direct = line[Held() + i * factor];
-        const float part = ramp.Now();
-        if (steady && part == 0) {
-            out[i] = direct;
-            continue;
-        }
-        const float delayed = filter ? filter->At(&line[i * factor]) : line[kDelay + i];
-        out[i] = steady ? delayed : direct + (delayed - direct) * part;
+        out[i] = steady ? direct : direct + (out[i] - direct) * ramp.Now();
     }
 }
 

@@ -1,7 +1,7 @@
 // Frames at one rate of a renderer that runs at a multiple of it.
 #pragma once
 
-#include "kits/maths/Decimator.h"
+#include "synth/Decimator.h"
 #include "synth/Ramp.h"
 #include "synth/VoiceRenderer.h"
 
@@ -43,12 +43,12 @@ class Oversampler {
     void Give(const Line& line, float* out, std::size_t count) const noexcept;
 
     VoiceRenderer& renderer;
-    const std::array<kits::DecimationFilter, 4> filters{
+    const std::array<DecimationFilter, 4> filters{
         {{2, kDelay}, {4, kDelay}, {8, kDelay}, {16, kDelay}}};
     double frameRate = 44100;
     std::size_t factor = 1;
     /// That of `factor`, where that is not 1.
-    const kits::DecimationFilter* filter = nullptr;
+    const DecimationFilter* filter = nullptr;
     alignas(64) std::array<Line, 2> lines{};
     /// How much of the filtered frames there is in the output; the rest are those that are not
     /// delayed.

@@ -1,54 +1,31 @@
-#include "kits/maths/Decimator.h"
+#include "synth/Decimator.h"
 
 #include "kits/maths/Functions.h"
 
-#include <cstring>
 #include <numbers>
 
-namespace kits {
+namespace vexa {
 
 namespace {
-
-/// Sixteen sums side by side: the order of additions is a part of the result.
-using Lanes = float __attribute__((vector_size(64)));
-constexpr std::size_t kLanes = 16;
 
 /// Frames of the lower rate that the filter of a whole render has to each side.
 constexpr std::size_t kHalf = 96;
 
-float SumOfProducts(const float* a, const float* b, std::size_t count) {
-    Lanes sums{};
-    for (std::size_t i = 0; i < count; i += kLanes) {
-        Lanes x, y;
-        std::memcpy(&x, a + i, sizeof x);
-        std::memcpy(&y, b + i, sizeof y);
-        sums += x * y;
-    }
-    float sum = 0;
-    for (std::size_t k = 0; k < kLanes; k++)
-        sum += sums[k];
-    return sum;
-}
-
 } // namespace
 
 DecimationFilter::DecimationFilter(std::size_t factor, std::size_t half)
-    : reach(half * factor), taps((2 * reach + kLanes) / kLanes * kLanes) {
+    : factor(factor), reach(half * factor), taps((2 * reach + kSlack) / kSlack * kSlack) {
     // The edge, where a half is left, lies so much below that of the lower rate's band.
     const double edge = (1 - 2.6 / static_cast<double>(half)) / static_cast<double>(factor);
     for (std::size_t i = 0; i <= 2 * reach; i++) {
         const double place = static_cast<double>(i) - static_cast<double>(reach);
         const double part = std::numbers::pi * place / static_cast<double>(reach);
         const double angle = std::numbers::pi * edge * place;
-        const double sinc = i == reach ? 1 : maths::Wave<false>(angle) / angle;
+        const double sinc = i == reach ? 1 : kits::maths::Wave<false>(angle) / angle;
         const double window =
-            0.384 + 0.5 * maths::Wave<true>(part) + 0.116 * maths::Wave<true>(2 * part);
+            0.384 + 0.5 * kits::maths::Wave<true>(part) + 0.116 * kits::maths::Wave<true>(2 * part);
         taps[i] = static_cast<float>(edge * sinc * window);
     }
-}
-
-float DecimationFilter::At(const float* frames) const noexcept {
-    return SumOfProducts(taps.data(), frames, taps.size());
 }
 
 Decimator::Decimator(int step) : factor(static_cast<std::size_t>(step)), filter(factor, kHalf) {
@@ -64,12 +41,13 @@ void Decimator::Process(const float* frames, std::size_t count, std::vector<floa
     }
     held.insert(held.end(), frames, frames + count);
     taken += count;
-    std::size_t first = 0;
-    for (; first + filter.Length() <= held.size(); first += factor) {
-        out.push_back(filter.At(&held[first]));
-        given++;
-    }
-    held.erase(held.begin(), held.begin() + static_cast<std::ptrdiff_t>(first));
+    if (held.size() < filter.Length())
+        return;
+    const std::size_t more = (held.size() - filter.Length()) / factor + 1;
+    out.resize(out.size() + more);
+    filter.Run(held.data(), &*out.end() - more, more);
+    given += more;
+    held.erase(held.begin(), held.begin() + static_cast<std::ptrdiff_t>(more * factor));
 }
 
 void Decimator::Finish(std::vector<float>& out) {
@@ -82,4 +60,4 @@ void Decimator::Finish(std::vector<float>& out) {
     out.resize(whole);
 }
 
-} // namespace kits
+} // namespace vexa

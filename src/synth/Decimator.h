@@ -1,10 +1,12 @@
 // Fewer frames per second.
 #pragma once
 
+#include "synth/BlockLoops.h"
+
 #include <cstddef>
 #include <vector>
 
-namespace kits {
+namespace vexa {
 
 /// What filters out of a stream what a lower rate cannot hold: a windowed sinc, the same on every
 /// machine. Window and edge are those of zita-resampler, which converts rates where sound is played
@@ -18,13 +20,17 @@ class DecimationFilter {
 
     /// Frames of the stream from the first one that a filtered one depends on to itself.
     std::size_t Reach() const { return reach; }
-    /// Frames that At reads; those beyond 2 Reach() + 1 have no effect as long as they are finite.
+    /// Frames that one filtered one is made of; those beyond 2 Reach() + 1 have no effect as long
+    /// as they are finite.
     std::size_t Length() const { return taps.size(); }
-    /// The filtered frame in the place of frames[Reach()]. Real-time safe, any thread.
-    float At(const float* frames) const noexcept;
+    /// The next `count` frames of the lower rate, of which the first has the place of
+    /// frames[Reach()]. Real-time safe, any thread.
+    void Run(const float* frames, float* out, std::size_t count) const noexcept {
+        Loops().Filter(taps.data(), taps.size(), frames, factor, out, count);
+    }
 
   private:
-    std::size_t reach;
+    std::size_t factor, reach;
     std::vector<float> taps;
 };
 
@@ -54,4 +60,4 @@ class Decimator {
     std::size_t given = 0;
 };
 
-} // namespace kits
+} // namespace vexa

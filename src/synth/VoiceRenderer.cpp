@@ -77,6 +77,11 @@ void VoiceRenderer::Render(float* buffer, std::size_t count) noexcept {
     const PlaneFunction& f = function.Get();
     Block block;
     for (std::size_t done = 0; done < count;) {
+        const std::size_t cells = offset == 0 ? std::min(kMostCells, (count - done) / kBlock) : 0;
+        if (cells > 1 && RenderCells(f, buffer + done, cells)) {
+            done += cells * kBlock;
+            continue;
+        }
         const std::size_t n = std::min(kBlock - offset, count - done);
         RenderBlock(f, block, buffer + done, n);
         done += n;

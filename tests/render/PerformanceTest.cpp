@@ -2,6 +2,8 @@
 
 #include "support/Sounds.h"
 
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -21,14 +23,31 @@ MidiFile Tune() {
             file.events.push_back({seconds, MidiEvent::Kind::NoteOff, 0, note, 0});
         file.events.push_back({seconds, MidiEvent::Kind::ControlChange, 0, 1, uint8(i % 128)});
     }
-    file.duration = 1.5;
+    // Then little happens, so that the points move alike for long.
+    for (int i = 0; i < 16; i++) {
+        const double seconds = 1.6 + 0.2113 * i;
+        file.events.push_back({seconds, MidiEvent::Kind::PitchBend, 0, uint8(i), uint8(90 - i)});
+        file.events.push_back({seconds + 0.05, MidiEvent::Kind::ControlChange, 0,
+                               uint8(i % 3 == 0 ? 7 : 2), uint8(120 - 3 * i)});
+        for (int note = 40 + i; note < 90; note += 16)
+            file.events.push_back({seconds + 0.1, MidiEvent::Kind::NoteOff, 0, uint8(note), 0});
+    }
+    file.duration = 5;
     return file;
 }
 
-std::vector<float> Perform(const MidiFile& file, std::size_t block) {
+/// The sound is one that comes to rest, or is played with wheel, volumes and smooth changes.
+std::vector<float> Perform(const MidiFile& file, std::size_t block, bool played) {
     Engine instrument;
     test::MakeRich(instrument);
-    Performance performance(instrument, file, 44100, 0.5);
+    vexa::sound_param& p = instrument.parameters;
+    if (!played)
+        p.Cx1 = p.Cx3 = p.Cy2 = p.Ay2 = 0;
+    test::SetEnvelope(instrument.envelopes[0], {{0, false, 0}, {0.4F, false, 1}, {0.3F, true, 0}});
+    instrument.playing.given = played;
+    instrument.playing.bend = 2;
+    instrument.playing.smooth = 30;
+    Performance performance(instrument, file, 44100, 3);
     std::vector<float> all;
     std::vector<float> buffer(block);
     while (const std::size_t n = performance.Render(buffer.data(), block))
@@ -40,11 +59,15 @@ std::vector<float> Perform(const MidiFile& file, std::size_t block) {
 
 TEST(Performance, DoesNotDependOnTheBlock) {
     const MidiFile file = Tune();
-    const std::vector<float> whole = Perform(file, 1000000);
-    EXPECT_EQ(whole.size(), 88200U);
-    EXPECT_GT(test::Peak(whole), 0.1F);
-    for (const std::size_t block : {1, 63, 512})
-        EXPECT_EQ(Perform(file, block), whole) << block;
+    for (const bool played : {false, true}) {
+        const std::vector<float> whole = Perform(file, 1000000, played);
+        EXPECT_EQ(whole.size(), 8 * 44100U);
+        EXPECT_GT(test::Peak(whole), 0.1F);
+        for (const std::size_t block : {7, 64, 512}) {
+            const std::vector<float> other = Perform(file, block, played);
+            EXPECT_TRUE(std::ranges::equal(other, whole)) << block << ' ' << played;
+        }
+    }
 }
 
 TEST(Performance, EventsTakeEffectAtTheirSample) {

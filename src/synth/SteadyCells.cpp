@@ -121,11 +121,12 @@ bool VoiceRenderer::GoesOn(const RunningVoice& v, const voice& slot) const noexc
 /// Renders so many whole cells at once; false, and nothing is rendered, where something changes.
 bool VoiceRenderer::RenderCells(const PlaneFunction& f, float* left, float* right,
                                 std::size_t cells) noexcept {
+    if (apart || ears.Apart() || (right && playing.Spread() > 0) || !mix.Stays())
+        return false;
     const OwnControllers own(playing);
     const VoiceMotion motion(parameters, controllers, own, 1.0 / sampleRate, 0, kBlock);
     const PlaneSource& source = f.Source();
-    if (apart || ears.Apart() || (right && playing.Spread() > 0) || !(motion.Of() == sound) ||
-        &source != heard || !mix.Stays())
+    if (!(motion.Of() == sound) || &source != heard)
         return false;
     std::array<RunningVoice*, kVoiceSlots> sounding;
     std::size_t voiceCount = 0;

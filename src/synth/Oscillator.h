@@ -44,6 +44,20 @@ class Oscillator {
         return begin;
     }
 
+    /// Begins `cells` whole cells at once, and writes the phases at their beginnings; Advance goes
+    /// through them one by one. False, and nothing is begun, where the steps are not the same in
+    /// all of them.
+    bool BeginCells(double newTurn, std::size_t cells, double* begins) noexcept {
+        const double wide = RoundedStep(phase, newTurn);
+        const double cell = static_cast<double>(kMostSamples) * wide;
+        if (!AddsTheSame(phase, newTurn, wide, phase + static_cast<double>(cells) * cell))
+            return false;
+        for (std::size_t i = 0; i < cells; i++)
+            begins[i] = phase + static_cast<double>(i) * cell;
+        Begin(newTurn, 0);
+        return true;
+    }
+
     /// Which wave of the phase is wanted.
     enum class Wave { sine, cosine };
     /// Fills in the waves of a coordinate for the next `count` samples, with the sine and the

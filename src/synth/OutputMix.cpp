@@ -15,12 +15,19 @@ void OutputMix::Begin(std::size_t ramp, std::size_t fade, std::size_t offset,
     count = newCount;
     fadeLength = fade;
     for (std::size_t i = 0; i < channels.size(); i++)
-        channels[i].Aim(playing.given ? float(volumes[i]) : 1.0F, begun ? ramp : 0, offset);
+        channels[i].Aim(Wanted(i), begun ? ramp : 0, offset);
     begun = true;
     if (playing.volume != decibels) {
         decibels = playing.volume;
         level = static_cast<float>(LevelOf(double(decibels)));
     }
+}
+
+bool OutputMix::Stays() const noexcept {
+    bool stays = playing.volume == decibels;
+    for (std::size_t i = 0; i < channels.size(); i++)
+        stays = stays && channels[i].StaysAt(Wanted(i));
+    return stays;
 }
 
 /// Voices of one group are scaled alike; those of group 0 not at all.

@@ -22,6 +22,11 @@ class OutputMix {
     /// `ramp` samples, and an end takes `fade`.
     void Begin(std::size_t ramp, std::size_t fade, std::size_t offset, std::size_t count) noexcept;
 
+    /// Whether a block that begins now leaves all volumes as they are.
+    bool Stays() const noexcept;
+    /// Begins blocks of `count` samples, in place of Begin, as long as it stays so.
+    void GoOn(std::size_t newCount) noexcept { count = newCount; }
+
     /// The factor on the sum.
     float Level() const noexcept { return level; }
     /// The factor on a voice's output by its channel.
@@ -46,6 +51,8 @@ class OutputMix {
     bool Add(std::span<RunningVoice* const> voices, std::span<const Ear> ears) noexcept;
 
   private:
+    /// Where the volume of channel i is wanted.
+    float Wanted(std::size_t i) const noexcept { return playing.given ? float(volumes[i]) : 1.0F; }
     std::size_t Group(const RunningVoice& v) const noexcept;
 
     const Playing& playing;

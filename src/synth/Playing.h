@@ -33,7 +33,8 @@ struct Playing {
     /// Whether anything says how the sound is played. Otherwise wheel, pedal, pressure and volume
     /// change nothing but the controllers' table.
     kits::Shared<bool> given{false};
-    /// Whether notes may have channels of their own (MPE) and bend on them, whatever the sound says.
+    /// Whether notes may have channels of their own (MPE) and bend on them, whatever the sound
+    /// says.
     kits::Shared<bool> mpe{false};
 
     /// The polyphony is 0 where none is given: then the program has its own.

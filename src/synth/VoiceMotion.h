@@ -33,6 +33,15 @@ class VoiceMotion {
     void Move(std::span<RunningVoice* const> voices, const Ears& ears, float* leftx, float* lefty,
               float* rightx, float* righty) const noexcept;
 
+    /// Whether the sums of the voice's formulas stay as they are now, and it does not come to a
+    /// stand for good, in so many cells from here on.
+    bool GoesOn(RunningVoice& v, std::size_t cells) const noexcept;
+    /// As Move, for whole cells of any number of voices that go on: writes the places of voice k in
+    /// cell i from x[(i * voices.size() + k) * kMostSamples] on. The motion is that of a whole
+    /// cell.
+    void MoveCells(std::span<RunningVoice* const> voices, std::size_t cells, float* x,
+                   float* y) const noexcept;
+
     /// Whether the point of a released voice stays where it is as long as the sound is the same: no
     /// radius, no drift, and no envelope that would still change that.
     bool Stands(RunningVoice& v) const noexcept;
@@ -70,6 +79,12 @@ class VoiceMotion {
         /// Radians per second of a note of 1 Hz.
         double turn;
     };
+    bool GoesOn(const Axis& axis, const RunningVoice& v) const noexcept;
+    bool HoldsFor(const Axis& axis, RunningVoice& v, double centre, double length, double end,
+                  Coordinate& coordinate) const noexcept;
+    bool MoveSteadily(RunningVoice& v, std::size_t cells, std::size_t stride, float* placesx,
+                      float* placesy) const noexcept;
+
     struct Space;
     struct Moving;
     class Times;

@@ -139,6 +139,11 @@ void VoiceRenderer::Render(float* left, float* right, std::size_t count) noexcep
     const PlaneFunction& f = function.Get();
     Block block;
     for (std::size_t done = 0; done < count;) {
+        const std::size_t cells = offset == 0 ? std::min(kMostCells, (count - done) / kBlock) : 0;
+        if (cells > 1 && RenderCells(f, left + done, right ? right + done : nullptr, cells)) {
+            done += cells * kBlock;
+            continue;
+        }
         const std::size_t n = std::min(kBlock - offset, count - done);
         RenderBlock(f, block, left + done, right ? right + done : nullptr, n);
         done += n;

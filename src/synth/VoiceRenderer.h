@@ -23,12 +23,15 @@ namespace vexa {
 ///
 /// It keeps the running state of every voice to itself and shows it in the voice table after each
 /// Render; notes, releases and coefficients that other threads write are taken up at the start of
-/// each block of kBlock samples. Whoever must have an event at its exact sample ends a Render
+/// each block of kBlock samples, or of kMostCells such blocks where a Render asks for so many and
+/// nothing has changed. Whoever must have an event at its exact sample ends a Render
 /// there.
 class VoiceRenderer {
   public:
     /// Samples that are computed in one go.
     static constexpr std::size_t kBlock = kMostSamples;
+    /// Cells that are computed in one go where nothing changes.
+    static constexpr std::size_t kMostCells = 8;
 
     /// The records are shared and outlive the renderer. Starts with gain 0, dummyfunction and
     /// 44100 samples per second.
@@ -73,6 +76,8 @@ class VoiceRenderer {
     void CloseEars() noexcept;
     LowCutFilter LowCutFor(float freq) const noexcept;
     float StartOf(const RunningVoice& v, const PlaneSource& f, double side) const noexcept;
+    bool GoesOn(const RunningVoice& running, const voice& slot) const noexcept;
+    bool RenderCells(const PlaneFunction& f, float* left, float* right, std::size_t cells) noexcept;
     void WakeIfChanged(const VoiceMotion& motion, const PlaneFunction& f) noexcept;
     void ShowProgress() noexcept;
 

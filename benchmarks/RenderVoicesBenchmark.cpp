@@ -120,6 +120,26 @@ void Released(benchmark::State& state) {
 }
 BENCHMARK(Released)->Arg(0)->Arg(1);
 
+/// One ear (-1), and two that are so many degrees apart.
+void Spread(benchmark::State& state) {
+    const vexa::PlaneFunction function = bench::Compiled(bench::kDefault);
+    vexa::Engine instrument;
+    test::MakeRich(instrument);
+    instrument.SetFunction(function);
+    instrument.playing.given = true;
+    instrument.playing.spread = float(std::max<std::int64_t>(0, state.range(0)));
+    StrikeChord(20, [&](int note) { instrument.consumer.NoteOn(0, uchar(note), 100, 0); });
+    std::array<float, kBlock> left, right;
+    for (auto _ : state) {
+        instrument.renderer.Render(left.data(), state.range(0) < 0 ? nullptr : right.data(),
+                                   kBlock);
+        benchmark::DoNotOptimize(left);
+        benchmark::DoNotOptimize(right);
+    }
+    Report(state, 20);
+}
+BENCHMARK(Spread)->Arg(-1)->Arg(0)->Arg(60);
+
 /// Reference and product in turns, so that both meet the same machine.
 void Compare(const std::string& name, const vexa::PlaneFunction& function) {
     for (const int voices : {1, 5, 20}) {

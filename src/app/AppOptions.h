@@ -32,6 +32,10 @@ struct AppOptions {
     std::optional<int> channel;
     /// The frequencies of the keys.
     TuningChoice tuning;
+    /// VexaMidiConsumer::ExpectMpe.
+    bool mpe = false;
+    /// Program changes choose sounds.
+    bool programs = false;
     /// Stand before what any sound says of how it is played.
     PlayingTexts playing;
     /// Without a value: the first system that has a device.

@@ -3,9 +3,11 @@
 #include "audio/AudioGraph.h"
 #include "documents/SoundDocument.h"
 #include "instrument/Instrument.h"
+#include "instrument/Programs.h"
 #include "kits/application/Interrupt.h"
 #include "kits/midi/MidiRoster.h"
 #include "kits/support/Published.h"
+#include "midi/ProgramSelector.h"
 
 #include <chrono>
 #include <cstdio>
@@ -25,8 +27,9 @@ void Say(const std::string& text) {
     std::fprintf(stderr, "vexa: %s%s", text.c_str(), text.ends_with('\n') ? "" : "\n");
 }
 
-/// Wakes the window thread when MIDI sources have come or gone, be it with their system.
-class SourceWatch : public kits::MessageTarget {
+/// Wakes the window thread when MIDI sources have come or gone, be it with their system, and when a
+/// program was chosen.
+class MidiWatch : public kits::MessageTarget {
   public:
     void Post(const BMessage&) override { arrived.release(); }
     /// True when something was posted within the pulse.
@@ -42,12 +45,16 @@ class HeadlessPlayer {
                    const Tuning& tuning)
         : options(options), folders(folders), instrument(folders, Addons::Following) {
         instrument.Playing().consumer.SetTuning(tuning);
+        if (options.mpe)
+            instrument.Playing().consumer.ExpectMpe();
     }
 
     int Run(kits::Recording* recording);
 
   private:
     bool LoadSound();
+    void LoadProgram(int32 number);
+    bool Load(const std::filesystem::path& path);
     bool WatchSources();
     void ConnectSource();
     void TellOfDevice();
@@ -59,12 +66,13 @@ class HeadlessPlayer {
     bool hadDevice = false;
     bool ending = false;
     Instrument instrument;
+    std::shared_ptr<MidiWatch> watch = std::make_shared<MidiWatch>();
+    ProgramSelector programs{instrument.Playing().consumer, BMessenger(watch), 0};
     AudioGraph graph{instrument.Playing(), [this](const char* text) {
                          Say(ending && !hadDevice
                                  ? std::string(text) + ": no audio device was connected"
                                  : text);
                      }};
-    std::shared_ptr<SourceWatch> watch = std::make_shared<SourceWatch>();
     /// The number of the source that is connected; 0 for none.
     int32 connectedSource = 0;
     bool waitsForSource = false;
@@ -80,6 +88,8 @@ int HeadlessPlayer::Run(kits::Recording* recording) {
         return 1;
     graph.Consumer().SetChannel(options.channel.value_or(-1));
     graph.Record(recording);
+    if (options.programs)
+        graph.Consumer().Gate()->Watch(&programs);
     const bool sounds = graph.Start();
     hadDevice = sounds;
     bool watching = WatchSources();
@@ -99,6 +109,8 @@ int HeadlessPlayer::Run(kits::Recording* recording) {
     while (!interrupt.Requested()) {
         if (watch->Wait())
             ConnectSource();
+        if (const auto number = programs.Take())
+            LoadProgram(*number);
         if (!watching && (watching = WatchSources())) {
             Say("the MIDI roster is there");
             ConnectSource();
@@ -135,21 +147,34 @@ void HeadlessPlayer::TellOfDevice() {
     }
 }
 
-/// Only a sound that was asked for must be there.
-bool HeadlessPlayer::LoadSound() {
-    const auto path = options.sound.value_or(folders.Find("sounds", "default.xml"));
+/// Says what is wrong with it.
+bool HeadlessPlayer::Load(const std::filesystem::path& path) {
     ReadReport report;
     const kits::Result<Sound> sound = ReadSound(path, report);
     for (const std::string& warning : report.warnings)
         Say("warning: " + warning);
     if (!sound) {
         Say(report.reason);
-        return !options.sound;
+        return false;
     }
     const FunctionReport loaded = instrument.Load(*sound);
     if (const std::string text = Text(loaded); !text.empty())
         Say(text);
-    return loaded || !options.sound;
+    return bool(loaded);
+}
+
+/// Only a sound that was asked for must be there.
+bool HeadlessPlayer::LoadSound() {
+    return Load(options.sound.value_or(folders.Find("sounds", "default.xml"))) || !options.sound;
+}
+
+/// Where there is no such sound, the one before plays on.
+void HeadlessPlayer::LoadProgram(int32 number) {
+    const auto path = FindProgram(folders, number);
+    if (!path)
+        Say(path.Fault().text);
+    else if (Load(*path))
+        Say("program " + std::to_string(number) + ": " + path->stem().string());
 }
 
 /// Connects the source that the options name, if it is there and was not before.

@@ -31,7 +31,13 @@ constexpr uint32 kSampleLoadedCode = FourCC("SMPL");
 /// The logo bar's: ends all that sounds.
 constexpr uint32 kSilenceCode = FourCC("SILE");
 
+/// A program change has come.
+constexpr uint32 kProgramCode = FourCC("PROG");
+
 // Menus.
+
+/// Whether programs choose sounds from now on, the other way than before.
+constexpr uint32 kFollowProgramsCode = FourCC("PRGF");
 
 constexpr uint32 kAllChannelsCode = FourCC("MC_A");
 /// No MIDI source, and the first of the sources: its number is added.

@@ -28,6 +28,9 @@ VexaApplication::VexaApplication(const AppOptions& options, const kits::ProgramF
       window(new VexaWindow(BRect{64, 100, 999, 610}, folders, !options.sound)) {
     VexaView& view = window->MainView();
     view.Playing().consumer.SetTuning(tuning);
+    if (options.mpe)
+        view.Playing().consumer.ExpectMpe();
+    view.FollowPrograms(options.programs);
     view.Prefer(options.playing);
     window->Show();
     view.Record(recording);

@@ -4,12 +4,14 @@
 #include "app/ComputerKeyboard.h"
 #include "app/FieldId.h"
 #include "app/FormulaPanel.h"
+#include "app/MessageCodes.h"
 #include "audio/AudioGraph.h"
 #include "instrument/Instrument.h"
 #include "instrument/PlaneFollower.h"
 #include "kits/interface/FilePanel.h"
 #include "kits/interface/View.h"
 #include "kits/storage/ProgramFolder.h"
+#include "midi/ProgramSelector.h"
 #include "synth/ParameterTable.h"
 
 #include <array>
@@ -109,6 +111,9 @@ class VexaView : public BView {
     void SetupMidiMenu();
     /// Chooses a source by its name, now or whenever it appears; empty for none.
     void ChooseSource(const std::string& name);
+    /// Whether program changes choose sounds. What has changed of the sound before is given up then
+    /// without a question, as nobody could answer while playing.
+    void FollowPrograms(bool on);
     /// The keyboard's keys and the window's focus.
     ComputerKeyboard& Keyboard() { return keyboard; }
     /// Ends all that sounds, at once.
@@ -163,6 +168,7 @@ class VexaView : public BView {
     void SetChannel(int32 channel);
     bool TakePanelCommand(const BMessage& message);
     bool TakeSource(uint32 code);
+    void LoadProgram();
 
     // File panels.
     void ShowPanel(file_panel_mode mode, uint32 result, const char* folder, const char* title);
@@ -243,6 +249,11 @@ class VexaView : public BView {
     /// The source that the user wants, and the number of the one that is connected (0 for none).
     std::string chosenSource;
     int32 connectedSource = 0;
+
+    bool followsPrograms = false;
+    ProgramSelector programs{Playing().consumer, BMessenger(this), kProgramCode};
+    /// Why the last program did not become the sound.
+    std::string programFault;
 
     std::unique_ptr<AudioGraph> graph;
 

@@ -5,6 +5,7 @@
 #include "documents/FunctionDocument.h"
 #include "documents/SoundDocument.h"
 #include "functions/FunctionCost.h"
+#include "instrument/Programs.h"
 #include "kits/interface/Alert.h"
 #include "kits/interface/Control.h"
 #include "kits/interface/Menu.h"
@@ -115,6 +116,7 @@ bool VexaView::LoadSound(const std::filesystem::path& path) {
     const auto sound = ReadSound(path, report);
     Tell(path, report);
     if (sound) {
+        programFault.clear();
         InterpretSound(*sound);
         soundName = path.stem().string();
         TakeAsSaved();
@@ -122,6 +124,29 @@ bool VexaView::LoadSound(const std::filesystem::path& path) {
         ErrorAlert(sound.Fault().text, report.reason);
     }
     return bool(sound);
+}
+
+/// Nobody can answer an alert while playing: what is wrong stands in the logo bar and on standard
+/// error, and the sound before plays on.
+void VexaView::LoadProgram() {
+    const std::optional<int32> number = programs.Take();
+    if (!number)
+        return;
+    ReadReport report;
+    const auto path = FindProgram(folders, *number);
+    const auto sound = path ? ReadSound(*path, report) : kits::Result<Sound>(path.Fault());
+    for (const std::string& line : report.warnings)
+        std::fprintf(stderr, "vexa: warning: %s\n", line.c_str());
+    programFault.clear();
+    if (!sound) {
+        const bool known = bool(path);
+        programFault = known ? path->stem().string() + " is not loaded" : path.Fault().text;
+        std::fprintf(stderr, "vexa: %s\n", known ? report.reason.c_str() : programFault.c_str());
+        return;
+    }
+    InterpretSound(*sound);
+    soundName = path->stem().string();
+    TakeAsSaved();
 }
 
 void VexaView::Open(const std::filesystem::path& path) {
@@ -239,6 +264,8 @@ std::string VexaView::Caption() const {
     std::string caption = soundName + (Changed() ? " *" : "");
     if (!graph->IsConnected())
         caption += caption.empty() ? "no sound" : "  (no audio device: no sound)";
+    if (!programFault.empty())
+        caption += "  (" + programFault + ")";
     const int voices = VoicesOf(ShownFunction().Source().Cost());
     if (voices < kMostVoices)
         caption += "  (about " + std::to_string(voices) + (voices == 1 ? " voice)" : " voices)");

@@ -44,6 +44,9 @@ void VexaView::MessageReceived(BMessage* message) {
     case kSampleFrequencyCode:
         TakeSampleFrequency();
         break;
+    case kProgramCode:
+        LoadProgram();
+        break;
     case B_MIDI_EVENT:
         SetupMidiMenu();
         break;

@@ -24,8 +24,18 @@ void VexaView::SetupMidiMenu() {
         deviceMenu->AddItem(new BMenuItem(source->Name().c_str(), message));
         source->Release();
     }
+    deviceMenu->AddItem(new BSeparatorItem);
+    deviceMenu->AddItem(new BMenuItem(followsPrograms ? "Ignore program changes"
+                                                      : "Let program changes choose sounds",
+                                      new BMessage(kFollowProgramsCode)));
     deviceMenu->SetTargetForItems(this);
     ConnectChosenSource();
+}
+
+void VexaView::FollowPrograms(bool on) {
+    followsPrograms = on;
+    graph->Consumer().Gate()->Watch(on ? &programs : nullptr);
+    SetupMidiMenu();
 }
 
 void VexaView::ChooseSource(const std::string& name) {
@@ -36,6 +46,10 @@ void VexaView::ChooseSource(const std::string& name) {
 bool VexaView::TakeSource(uint32 code) {
     if (code == kNoSourceCode) {
         ChooseSource("");
+        return true;
+    }
+    if (code == kFollowProgramsCode) {
+        FollowPrograms(!followsPrograms);
         return true;
     }
     // Numbers are small; what lies far above is another message.

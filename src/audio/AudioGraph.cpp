@@ -16,6 +16,7 @@ AudioGraph::AudioGraph(Engine& engine, Alert alert)
       alert(std::move(alert)),
       roster(*BMediaRoster::Roster()),
       producer(new VexaToneProducer(engine.renderer, engine.voices)) {
+    producer->SetChannels(2);
     engine.consumer.Register();
 }
 

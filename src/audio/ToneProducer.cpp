@@ -5,6 +5,7 @@
 #include "synth/Realtime.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
 
@@ -14,9 +15,10 @@ namespace {
 
 constexpr const char* kName = "Vexa audio out";
 constexpr uint32 kApiVersion = 0x500;
-constexpr std::size_t kFrameSize = sizeof(float);
-/// Bytes of a buffer where the consumer leaves its size open.
-constexpr std::size_t kDefaultBufferSize = 64;
+/// Frames of a buffer where the consumer leaves its size open.
+constexpr std::size_t kDefaultFrames = 16;
+/// Frames of two channels that are rendered at a time.
+constexpr std::size_t kStretch = 256;
 constexpr float kPreferredRate = 44100;
 
 /// Microseconds of rendering per second of sound above which a voice is dropped, 80 %, unless
@@ -59,6 +61,13 @@ VexaToneProducer::VexaToneProducer(VoiceRenderer& renderer, VoiceTable& voices)
 
 VexaToneProducer::~VexaToneProducer() {
     Quit();
+}
+
+void VexaToneProducer::SetChannels(uint32 channels) {
+    Call([this, channels] {
+        preferred.u.raw_audio.channel_count = channels;
+        output.format = preferred;
+    });
 }
 
 void VexaToneProducer::SetEvents(kits::EventGate* gate) {
@@ -171,7 +180,7 @@ status_t VexaToneProducer::PrepareToConnect(const media_source& what,
         return B_MEDIA_BAD_FORMAT;
     }
     if (raw.buffer_size == media_raw_audio_format::wildcard.buffer_size) {
-        raw.buffer_size = kDefaultBufferSize;
+        raw.buffer_size = kDefaultFrames * sizeof(float) * raw.channel_count;
         FPRINTF(stderr, "\tno buffer size provided, suggesting %lu\n",
                 static_cast<unsigned long>(raw.buffer_size));
     } else {
@@ -196,7 +205,7 @@ void VexaToneProducer::Connect(status_t error, const media_source&,
     output.destination = destination;
     output.format = format;
     CopyName(name, output.name);
-    renderer.SetSampleRate(FrameRate());
+    oversampler.SetFrameRate(FrameRate());
 
     media_node_id ignored = -1;
     if (FindLatencyFor(destination, &downstreamLatency, &ignored) != B_OK)
@@ -340,7 +349,7 @@ BBuffer* VexaToneProducer::FillNextBuffer(bigtime_t eventTime) {
 }
 
 std::size_t VexaToneProducer::FramesPerBuffer() const {
-    return output.format.u.raw_audio.buffer_size / kFrameSize;
+    return output.format.u.raw_audio.buffer_size / (sizeof(float) * Channels());
 }
 
 bigtime_t VexaToneProducer::TimeOfNextFrame() const {
@@ -362,21 +371,38 @@ void VexaToneProducer::Render(float* buffer, std::size_t count) noexcept {
     std::size_t done = 0;
     if (events) {
         // An event may happen at the end of a buffer that is rendered as soon as it has happened.
-        eventDelay = EventLatency() + SchedulingLatency() + BufferDuration() + kDelivery;
+        renderDelay = EventLatency() + SchedulingLatency() + BufferDuration() + kDelivery;
+        eventDelay = renderDelay + static_cast<bigtime_t>(static_cast<double>(oversampler.Delay()) *
+                                                          1e6 / FrameRate());
         kits::EventGate::Turn turn(*events);
         while (const kits::MidiEvent* event = turn.Next()) {
             const std::size_t at = FrameOf(*event, count);
             if (at >= count)
                 break;
             if (at > done) {
-                renderer.Render(buffer + done, at - done);
+                RenderStretch(buffer + done * Channels(), at - done);
                 done = at;
             }
             turn.Play();
         }
     }
     if (done < count)
-        renderer.Render(buffer + done, count - done);
+        RenderStretch(buffer + done * Channels(), count - done);
+}
+
+void VexaToneProducer::RenderStretch(float* buffer, std::size_t count) noexcept {
+    if (Channels() == 1)
+        return oversampler.Render(buffer, nullptr, count);
+    std::array<float, kStretch> left, right;
+    for (std::size_t done = 0; done < count;) {
+        const std::size_t n = std::min(kStretch, count - done);
+        oversampler.Render(left.data(), right.data(), n);
+        for (std::size_t i = 0; i < n; i++) {
+            *buffer++ = left[i];
+            *buffer++ = right[i];
+        }
+        done += n;
+    }
 }
 
 /// Frames from the beginning of the next buffer; 0 for what is late, `count` for what may wait.
@@ -384,7 +410,7 @@ std::size_t VexaToneProducer::FrameOf(const kits::MidiEvent& event,
                                       std::size_t count) const noexcept {
     if (event.time == 0)
         return 0;
-    const bigtime_t due = TimeSource()->PerformanceTimeFor(event.time) + eventDelay;
+    const bigtime_t due = TimeSource()->PerformanceTimeFor(event.time) + renderDelay;
     const bigtime_t from = due - TimeOfNextFrame();
     // Nothing is known so long before; the clock has jumped.
     if (from <= 0 || from > kMostAhead)

@@ -3,18 +3,19 @@
 
 #include "kits/media/MediaEventLooper.h"
 #include "kits/midi/EventGate.h"
-#include "synth/VoiceRenderer.h"
+#include "synth/Oversampler.h"
 
 #include <memory>
 
 namespace vexa {
 
-/// The program's audio source in the media graph, with one output of mono floats. Unless noted a
-/// method is a hook that runs in the node's own thread, the media thread; each tells the trace that
-/// it ran.
+/// The program's audio source in the media graph, with one output of floats, of one channel until
+/// told otherwise. Unless noted a method is a hook that runs in the node's own thread, the media
+/// thread; each tells the trace that it ran.
 class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
   public:
-    /// The renderer plays the voices; both outlive the node, and nobody else renders meanwhile.
+    /// The renderer plays the voices, at a multiple of the rate where the sound asks for it; both
+    /// outlive the node, and nobody else renders meanwhile.
     /// Window thread.
     VexaToneProducer(VoiceRenderer& renderer, VoiceTable& voices);
 
@@ -22,16 +23,21 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
     void SetGain(float gain) { renderer.SetGain(gain); }
     void SetFunction(const PlaneFunction& f) { renderer.SetFunction(f); }
 
+    /// One channel, or two, left and right, by turns in a buffer, for sounds that have a spread.
+    /// While it is not connected. Window thread.
+    void SetChannels(uint32 channels);
+
     /// From now on plays the events that wait there, each `EventDelay` after it has happened; none
     /// from null on, for when the gate goes. When it returns the one before is not used any more.
     /// Window thread.
     void SetEvents(kits::EventGate* gate);
     /// Microseconds from an event to the moment at which the device plays its effect: as long as
-    /// the latency stays as it is, all have the same. Any thread.
+    /// the latency stays as it is, all have the same. What delays an oversampled sound counts. Any
+    /// thread.
     bigtime_t EventDelay() const { return eventDelay; }
 
-    /// Renders, then drops a voice if that took 80 % of the time that the samples play. Media
-    /// thread.
+    /// Renders `count` frames, then drops a voice if that took 80 % of the time that they play.
+    /// Media thread.
     void FillSineBuffer(float* buffer, std::size_t count) noexcept;
     void ReduceVoxByOne() noexcept;
     /// Voices dropped because rendering took too long. Any thread.
@@ -82,8 +88,10 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
     void BeUnconnected();
 
     void Render(float* buffer, std::size_t count) noexcept;
+    void RenderStretch(float* buffer, std::size_t count) noexcept;
     std::size_t FrameOf(const kits::MidiEvent& event, std::size_t count) const noexcept;
 
+    std::size_t Channels() const { return output.format.u.raw_audio.channel_count; }
     std::size_t FramesPerBuffer() const;
     float FrameRate() const { return output.format.u.raw_audio.frame_rate; }
     /// Performance time of the frame after those sent so far.
@@ -101,10 +109,13 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
     bigtime_t startTime = 0;
 
     kits::EventGate* events = nullptr;
+    /// From an event to the frame that is rendered with its effect.
+    bigtime_t renderDelay = 0;
     kits::Shared<bigtime_t> eventDelay{0};
 
     VoiceTable& voices;
     VoiceRenderer& renderer;
+    Oversampler oversampler{renderer};
     kits::Shared<int64> dropped{0};
 };
 

@@ -66,7 +66,8 @@ void ApplyPlaying(const Sound& sound, const PlayingTexts& choices, Playing& targ
         std::optional<float> value;
         if (choices.texts[i])
             value = PlayingValue(row, *choices.texts[i]);
-        given = given || value;
+        // How finely a sound is computed says nothing of how it is played.
+        given = given || (value && row.target != &Playing::oversample);
         if (!value && sound.playing && sound.playing->texts[i])
             value = PlayingValue(row, *sound.playing->texts[i]);
         target.*row.target = value.value_or(row.absent);

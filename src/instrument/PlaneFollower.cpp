@@ -25,7 +25,7 @@ std::optional<NoteMoment> NewestNote(const VoiceTable& voices) {
         if (t >= least)
             continue;
         least = t;
-        newest = {slot.vel, slot.key, static_cast<float>(t)};
+        newest = {slot.vel, slot.key, static_cast<float>(t), {slot.own[0], slot.own[1]}};
     }
     return newest;
 }
@@ -40,8 +40,8 @@ std::optional<PlaneFunction> PlaneFollower::Next() {
     if (heard.empty())
         return std::exchange(changed, false) ? std::optional(f) : std::nullopt;
     const NoteMoment note = NewestNote(records.voices).value_or(kNoNote);
-    std::array<float, kMostInputs> next =
-        InputsOf(f.Source(), note, records.macros, records.controllers);
+    std::array<float, kMostInputs> next = InputsOf(
+        f.Source(), note, records.macros, records.controllers, OwnControllers(records.playing));
     // Where they are on their way to: while nothing is rendered they do not arrive.
     for (std::size_t k = 0; k < heard.size(); k++) {
         if (heard[k].kind == FunctionInput::Kind::Macro)

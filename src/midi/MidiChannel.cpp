@@ -18,6 +18,8 @@ enum : uchar {
     kParameterMsb = 101,
 };
 constexpr uchar kNone = 127;
+/// Registered parameters, with a most significant byte of 0.
+enum : uchar { kRangeParameter = 0, kZoneParameter = 6 };
 /// A bend of 0, of 14 bits.
 constexpr int kCentre = 0x2000;
 
@@ -28,15 +30,18 @@ float Squared(uchar value) {
 
 } // namespace
 
-void HeldKeys::Press(uchar note, uchar velocity) {
-    Release(note);
-    keys[count++] = {static_cast<uchar>(note & 127), velocity};
+void HeldKeys::Press(const Key& key) {
+    Release(key.note, key.channel);
+    if (count == keys.size())
+        Release(keys.front().note, keys.front().channel);
+    keys[count++] = key;
 }
 
-void HeldKeys::Release(uchar note) {
+void HeldKeys::Release(uchar note, uchar channel) {
     auto* const end = keys.begin() + count;
     count = static_cast<std::size_t>(
-        std::remove_if(keys.begin(), end, [note](const Key& key) { return key.note == note; }) -
+        std::remove_if(keys.begin(), end,
+                       [=](const Key& key) { return key.note == note && key.channel == channel; }) -
         keys.begin());
 }
 
@@ -66,7 +71,9 @@ MidiChannel::Change MidiChannel::Control(uchar controller, uchar value) {
         return Change::None;
     case kDataMsb:
     case kDataLsb:
-        if (parameterMsb != 0 || parameterLsb != 0)
+        if (parameterMsb == 0 && parameterLsb == kZoneParameter && controller == kDataMsb)
+            return Change::Zone;
+        if (parameterMsb != 0 || parameterLsb != kRangeParameter)
             return Change::None;
         if (controller == kDataMsb) {
             dataMsb = value;
@@ -93,10 +100,7 @@ void MidiChannel::Reset() {
     expression = 1;
     parameterMsb = parameterLsb = kNone;
     sustain = sostenuto = false;
-}
-
-float MidiChannel::Bend(const Playing& playing) const {
-    return playing.given ? bend * range.value_or(playing.bend) : 0;
+    own = kNoteBegins;
 }
 
 } // namespace vexa

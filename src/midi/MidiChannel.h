@@ -2,7 +2,7 @@
 #pragma once
 
 #include "kits/support/SupportDefs.h"
-#include "synth/Playing.h"
+#include "synth/OwnControllers.h"
 
 #include <array>
 #include <cstddef>
@@ -14,11 +14,11 @@ namespace vexa {
 class HeldKeys {
   public:
     struct Key {
-        uchar note, velocity;
+        uchar note, velocity, channel;
     };
-    /// A key that is down already becomes the last one.
-    void Press(uchar note, uchar velocity);
-    void Release(uchar note);
+    /// A key that is down already becomes the last one; of too many the first is forgotten.
+    void Press(const Key& key);
+    void Release(uchar note, uchar channel);
     void Clear() { count = 0; }
     /// The last one that is still down.
     std::optional<Key> Last() const;
@@ -32,9 +32,9 @@ class HeldKeys {
 class MidiChannel {
   public:
     /// What a control has changed.
-    enum class Change { None, Bend, Volume };
-    /// Volume, expression, and the range of the bend wheel by the registered parameter 0; other
-    /// parameters change nothing.
+    enum class Change { None, Bend, Volume, Zone };
+    /// Volume, expression, and by registered parameters the range of the bend wheel (0) and the
+    /// zone of MPE (6), whose members are the value; other parameters change nothing.
     Change Control(uchar controller, uchar value);
     void SetBend(uchar lsb, uchar msb);
     /// By the MIDI association's practice for controller 121, as far as it is kept here: bend,
@@ -42,16 +42,19 @@ class MidiChannel {
     void Reset();
     /// The wheel is let go.
     void CentreBend() { bend = 0; }
-    /// The range is the sound's again.
+    /// The range of the wheel, in semitones, where it is told, and that another channel told.
     void ForgetRange() { range.reset(); }
+    void TakeRange(const MidiChannel& other) { range = other.range; }
 
-    /// Semitones.
-    float Bend(const Playing& playing) const;
+    /// Semitones; `otherwise` is the range where none was told.
+    float Bend(float otherwise) const { return bend * range.value_or(otherwise); }
     /// The factor on the output.
     float Volume() const { return volume * expression; }
 
     /// The pedals 64 and 66 are down.
     bool sustain = false, sostenuto = false;
+    /// What a note of its own has here; as MPE has it before there is any.
+    OwnValues own = kNoteBegins;
     HeldKeys keys;
     /// Of the last note, Hz; 0 before there was one.
     float frequency = 0;
@@ -59,6 +62,8 @@ class MidiChannel {
     int voice = -1;
 
   private:
+    static constexpr OwnValues kNoteBegins{0, 64.0F / 127};
+
     /// -1..1
     float bend = 0;
     float volume = 1, expression = 1;

@@ -1,13 +1,12 @@
 #include "midi/MidiConsumer.h"
 
 #include "kits/application/AppFileInfo.h"
-#include "kits/maths/Functions.h"
 #include "synth/Coefficients.h"
 #include "synth/Envelope.h"
 #include "synth/NoteInputs.h"
 #include "synth/ParameterTable.h"
 
-#include <numbers>
+#include <algorithm>
 
 namespace vexa {
 
@@ -19,8 +18,10 @@ float Normalised(uchar value) {
 
 /// Where the orbit's centre starts in one direction.
 float StartOf(const CoefficientGroup& group, const sound_param& p,
-              const ControllerTable& controllers, float vel, float key) {
-    const Weights weights = group.For(p, controllers, vel, key);
+              const ControllerTable& controllers, const OwnControllers& own,
+              const NoteMoment& note) {
+    const Coefficients now = group.Now(p, controllers);
+    const Weights weights = now.For(note.vel, note.key, own.Of(now.number, note.own, now.control));
     return static_cast<float>(weights.c0 + weights.rest);
 }
 
@@ -33,7 +34,7 @@ void PutIcon(BMessage* message, const char* name, type_code type, const BBitmap&
 } // namespace
 
 VexaMidiConsumer::VexaMidiConsumer(const char* name, ControllerTable& controllers, Macros& macros,
-                                   const sound_param& parameters, const Playing& playing,
+                                   const sound_param& parameters, Playing& playing,
                                    ChannelVolumes& volumes, VoiceTable& voices)
     : BMidiLocalConsumer(name),
       controllers(controllers),
@@ -50,7 +51,7 @@ void VexaMidiConsumer::NoteOn(uchar from, uchar note, uchar velocity, bigtime_t)
         return;
     TakeUpSound();
     if (playing.Mode() != PlayMode::poly)
-        channels[from].keys.Press(note, velocity);
+        HandOf(from).keys.Press({note, velocity, from});
     Strike(from, note, velocity);
 }
 
@@ -62,26 +63,25 @@ void VexaMidiConsumer::Strike(uchar from, uchar note, uchar velocity) {
         return;
     const float vel = Normalised(velocity);
     const float key = Normalised(note);
-    const auto k = static_cast<float>(std::numbers::ln2 * freq / filterRate);
+    const NoteMoment moment{vel, key, 0, OwnOf(from)};
+    const OwnControllers own(playing);
+    const float cx = StartOf(kCx0, parameters, controllers, own, moment);
+    const float cy = StartOf(kCy0, parameters, controllers, own, moment);
 
-    const float cx = StartOf(kCx0, parameters, controllers, vel, key);
-    const float cy = StartOf(kCy0, parameters, controllers, vel, key);
-
-    const auto hpa = static_cast<float>(kits::maths::Exponential(-double(k)));
-    const auto hpb = static_cast<float>(kits::maths::Exponential(-2.0 * k));
-    const auto hpgain = static_cast<float>((1.0 - hpa) * (1.0 - hpb) / (double(hpa) - double(hpb)));
     const auto x = static_cast<float>(double(parameters.EnvAx->Value(0, false, 0)) + cx);
     const PlaneSource& f = function.Get().Source();
-    const std::array<float, kMostInputs> inputs = InputsOf(f, {vel, key, 0}, macros, controllers);
+    const std::array<float, kMostInputs> inputs = InputsOf(f, moment, macros, controllers, own);
     const float start = Heard(f.At(x, cy, inputs.data()));
 
-    MidiChannel& channel = channels[from];
+    MidiChannel& hand = HandOf(from);
     const PlayMode mode = playing.Mode();
-    const bool takesOver = mode != PlayMode::poly && Plays(channel.voice, from);
-    const int index = takesOver ? channel.voice : ChooseSlot(key);
+    const bool takesOver = mode != PlayMode::poly && Plays(hand.voice, from);
+    const int index = takesOver ? hand.voice : ChooseSlot(key, from);
     if (index < 0)
         return;
-    channel.voice = index;
+    hand.voice = index;
+    for (std::size_t i = 0; i < voices.size(); i++)
+        holders[i].bygone = holders[i].bygone || (holders[i].channel == from && voices[i].released);
     voice& slot = voices[index];
     Holder& holder = holders[static_cast<std::size_t>(index)];
     const VoiceState::Seen before = slot.state.BeginChange();
@@ -89,18 +89,15 @@ void VexaMidiConsumer::Strike(uchar from, uchar note, uchar velocity) {
         !(takesOver && mode == PlayMode::legato && before.Active() && !slot.released);
     // A key that is struck again under the pedal stays under it.
     const bool again = before.Active() && slot.key == key;
-    holder = {from, true, again && holder.sostenuto};
+    holder = {from, true, again && holder.sostenuto, false};
     slot.key = key;
     slot.freq = freq;
     slot.channel = from;
     slot.tunes = slot.tunes + 1;
     slot.glide = playing.given ? float(playing.glide) : 0.0F;
     slot.glideson = takesOver;
-    slot.glidefrom = channel.frequency;
-    channel.frequency = freq;
-    slot.hpa = hpa;
-    slot.hpb = hpb;
-    slot.hpgain = hpgain;
+    slot.glidefrom = hand.frequency;
+    hand.frequency = freq;
     if (attacks) {
         slot.vel = vel;
         slot.startcx = cx;
@@ -108,8 +105,8 @@ void VexaMidiConsumer::Strike(uchar from, uchar note, uchar velocity) {
         slot.start = start;
         slot.continues = before.Active();
         slot.released = false;
-        slot.bend = channel.Bend(playing);
-        slot.pressure = -1.0F;
+        slot.bend = BendOf(from);
+        std::copy(moment.own.begin(), moment.own.end(), slot.own.begin());
         slot.notes = slot.notes + 1;
     }
     slot.state.EndChange(true);
@@ -133,9 +130,10 @@ void VexaMidiConsumer::KeepToLimit() {
 
 /// The slot for a new note: the one that plays the same key, else a free one, else a stolen one;
 /// -1 with a voice limit below 1.
-int VexaMidiConsumer::ChooseSlot(float key) {
+int VexaMidiConsumer::ChooseSlot(float key, uchar from) {
     for (int i = 0; i < kVoiceSlots; i++) {
-        if (voices[i].state.Look().Active() && !voices[i].released && voices[i].key == key)
+        if (voices[i].state.Look().Active() && !voices[i].released && voices[i].key == key &&
+            IsThatNote(static_cast<std::size_t>(i), from))
             return i;
     }
     if (CountVox() < voiceLimit) {
@@ -154,18 +152,18 @@ void VexaMidiConsumer::NoteOff(uchar from, uchar note, uchar, bigtime_t) {
     TakeUpSound();
     const bool accepted = Accepts(from);
     const float key = Normalised(note);
-    MidiChannel& channel = channels[from];
-    channel.keys.Release(note);
-    const std::optional<HeldKeys::Key> last = channel.keys.Last();
-    if (last && playing.Mode() != PlayMode::poly && Plays(channel.voice, from)) {
-        const voice& sounding = voices[static_cast<std::size_t>(channel.voice)];
-        if (sounding.key == key && !sounding.released)
-            return Strike(from, last->note, last->velocity);
+    MidiChannel& hand = HandOf(from);
+    hand.keys.Release(note, from);
+    const std::optional<HeldKeys::Key> last = hand.keys.Last();
+    if (last && playing.Mode() != PlayMode::poly && Plays(hand.voice, from)) {
+        const auto index = static_cast<std::size_t>(hand.voice);
+        if (voices[index].key == key && !voices[index].released && IsThatNote(index, from))
+            return Strike(last->channel, last->note, last->velocity);
     }
     for (std::size_t index = 0; index < voices.size(); index++) {
         voice& slot = voices[index];
         if (!slot.state.Look().Active() || slot.released || slot.key != key ||
-            !(accepted || holders[index].channel == from))
+            !IsThatNote(index, from) || !(accepted || holders[index].channel == from))
             continue;
         holders[index].key = false;
         if (!Sustains(index))

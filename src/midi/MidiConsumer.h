@@ -5,6 +5,7 @@
 #include "kits/support/Bitmap.h"
 #include "kits/support/Published.h"
 #include "midi/MidiChannel.h"
+#include "midi/MpeZones.h"
 #include "synth/Macros.h"
 #include "synth/PlaneFunction.h"
 #include "synth/Playing.h"
@@ -25,7 +26,7 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     /// The records are shared and outlive the consumer. Starts with all channels, a voice limit of
     /// 1, dummyfunction and equal temperament. Window thread.
     VexaMidiConsumer(const char* name, ControllerTable& controllers, Macros& macros,
-                     const sound_param& parameters, const Playing& playing, ChannelVolumes& volumes,
+                     const sound_param& parameters, Playing& playing, ChannelVolumes& volumes,
                      VoiceTable& voices);
     ~VexaMidiConsumer() override { Unregister(); }
 
@@ -46,6 +47,10 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     /// Window thread.
     void SetChannel(int32 next);
 
+    /// All channels but the first are those of one note each from the beginning on (MPE), and bend,
+    /// whether a sound says how it is played or not. Before the first event. Window thread.
+    void ExpectMpe();
+
     /// The function that new voices are charged with; as VoiceRenderer::SetFunction. Window thread.
     void SetFunction(const PlaneFunction& next) { function.Publish(next); }
 
@@ -62,11 +67,6 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     /// Notes since the start that took the slot of another. Any thread.
     int64 StolenVox() const { return stolen; }
 
-    /// The rate, in samples per second, that the low-cut filter's constant is computed for. Its
-    /// corner lies at ln 2 / 2 pi of a note's frequency when that is the rate of rendering; 44100
-    /// unless set, whatever the rate is. Not while events come in.
-    void SetFilterRate(double rate) { filterRate = rate; }
-
     /// Copies the program's own icons into 32 x 32 and 16 x 16 B_CMAP8 bitmaps; they stay as they
     /// are where it has none.
     static void GetIcons(BBitmap* large, BBitmap* mini);
@@ -74,13 +74,24 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     static void AddIcons(BMessage* message, const BBitmap& large, const BBitmap& mini);
 
   private:
-    bool Accepts(uchar from) const { return channel == -1 || channel == from; }
-    int ChooseSlot(float key);
+    bool Accepts(uchar from) const {
+        return channel == -1 || channel == from || channel == MasterOf(from);
+    }
+    int ChooseSlot(float key, uchar from);
     void KeepToLimit();
     void Strike(uchar from, uchar note, uchar velocity);
     void Release(std::size_t index);
 
     void TakeUpSound();
+    std::optional<uchar> MasterOf(uchar from) const;
+    bool IsOwn(uchar from) const;
+    MidiChannel& HandOf(uchar from);
+    bool Concerns(uchar from, uchar to) const;
+    bool IsThatNote(std::size_t index, uchar from) const;
+    OwnValues OwnOf(uchar from) const;
+    float BendOf(uchar from) const;
+    void ConfigureZone(uchar master, uchar members);
+    void SetOwn(uchar from, std::size_t which, float value);
     bool Plays(int index, uchar from) const;
     bool Sustains(std::size_t index) const;
     void ReleaseUnheld(uchar from);
@@ -95,7 +106,7 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     ControllerTable& controllers;
     Macros& macros;
     const sound_param& parameters;
-    const Playing& playing;
+    Playing& playing;
     ChannelVolumes& volumes;
     VoiceTable& voices;
     kits::Shared<int32> channel{-1};
@@ -107,9 +118,12 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
         bool key = false;
         /// The pedal 66 holds it.
         bool sostenuto = false;
+        /// It was released before another began on the channel of its own.
+        bool bygone = false;
     };
     std::array<Holder, kVoiceSlots> holders{};
     std::array<MidiChannel, 16> channels{};
+    MpeZones zones;
     /// What TakeUpSound has taken up: of Playing::loads and `panics`. MIDI thread.
     uint32 loads = 0, panicked = 0;
     std::atomic<uint32> panics{0};
@@ -117,7 +131,6 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     kits::Published<Tuning> tuning{EqualTemperament()};
     std::atomic<int32> voiceLimit{1};
     kits::Shared<int64> stolen{0};
-    double filterRate = 44100;
     kits::Reader reader;
 };
 

@@ -1,6 +1,8 @@
 // Wheel, pedals, pressure and controllers: what a player's hands and feet do besides striking keys.
 #include "midi/MidiConsumer.h"
 
+#include <algorithm>
+
 namespace vexa {
 
 namespace {
@@ -33,7 +35,9 @@ void VexaMidiConsumer::TakeUpSound() {
     if (const uint32 now = playing.loads; now != loads) {
         loads = now;
         for (uchar from = 0; from < channels.size(); from++) {
-            channels[from].ForgetRange();
+            // What the members bend by is the controller's.
+            if (!IsOwn(from))
+                channels[from].ForgetRange();
             ApplyBend(from);
             // No pedal of this sound will end what the one before has sustained.
             if (!playing.Pedal())
@@ -42,22 +46,27 @@ void VexaMidiConsumer::TakeUpSound() {
     }
 }
 
-/// Whether a slot, which may be none, has a note of the channel.
+/// Whether a slot, which may be none, has a note of the channel's zone, or of the channel.
 bool VexaMidiConsumer::Plays(int index, uchar from) const {
-    return index >= 0 && voices[static_cast<std::size_t>(index)].state.Look().Active() &&
-           holders[static_cast<std::size_t>(index)].channel == from;
+    if (index < 0)
+        return false;
+    const auto i = static_cast<std::size_t>(index);
+    return voices[i].state.Look().Active() &&
+           Concerns(MasterOf(from).value_or(from), holders[i].channel);
 }
 
 /// A pedal holds the slot's note, whose key is up.
 bool VexaMidiConsumer::Sustains(std::size_t index) const {
-    return channels[holders[index].channel].sustain || holders[index].sostenuto;
+    const uchar from = holders[index].channel;
+    return channels[from].sustain || channels[MasterOf(from).value_or(from)].sustain ||
+           holders[index].sostenuto;
 }
 
 /// Releases the channel's notes that neither a key nor a pedal holds any more.
 void VexaMidiConsumer::ReleaseUnheld(uchar from) {
     for (std::size_t i = 0; i < voices.size(); i++) {
-        if (Plays(static_cast<int>(i), from) && !voices[i].released && !holders[i].key &&
-            !Sustains(i))
+        if (voices[i].state.Look().Active() && Concerns(from, holders[i].channel) &&
+            !voices[i].released && !holders[i].key && !Sustains(i))
             Release(i);
     }
     KeepToLimit();
@@ -65,7 +74,8 @@ void VexaMidiConsumer::ReleaseUnheld(uchar from) {
 
 void VexaMidiConsumer::HoldSostenuto(uchar from) {
     for (std::size_t i = 0; i < voices.size(); i++) {
-        if (Plays(static_cast<int>(i), from) && !voices[i].released && holders[i].key)
+        if (voices[i].state.Look().Active() && Concerns(from, holders[i].channel) &&
+            !voices[i].released && holders[i].key)
             holders[i].sostenuto = true;
     }
 }
@@ -73,7 +83,7 @@ void VexaMidiConsumer::HoldSostenuto(uchar from) {
 void VexaMidiConsumer::LiftPedals(uchar from) {
     channels[from].sustain = channels[from].sostenuto = false;
     for (Holder& holder : holders)
-        holder.sostenuto = holder.sostenuto && holder.channel != from;
+        holder.sostenuto = holder.sostenuto && !Concerns(from, holder.channel);
     ReleaseUnheld(from);
 }
 
@@ -100,8 +110,10 @@ void VexaMidiConsumer::ControlChange(uchar from, uchar controller, uchar value, 
     }
     if (!Accepts(from))
         return;
+    if (controller == kTimbreNumber && IsOwn(from))
+        return SetOwn(from, kOwnTimbre, Normalised(value));
     SetController(controller, Normalised(value));
-    if (!playing.given)
+    if (!playing.Bends())
         return;
     if (controller == kResetControllers)
         return ResetControllers(from);
@@ -114,9 +126,16 @@ void VexaMidiConsumer::ControlChange(uchar from, uchar controller, uchar value, 
     }
     switch (channel.Control(controller, value)) {
     case MidiChannel::Change::Bend:
-        return ApplyBend(from);
+        // What one member is told holds for all.
+        for (uchar other = 0; IsOwn(from) && other < channels.size(); other++) {
+            if (MasterOf(other) == MasterOf(from))
+                channels[other].TakeRange(channel);
+        }
+        return ApplyBend(MasterOf(from).value_or(from));
     case MidiChannel::Change::Volume:
         return ApplyVolume(from);
+    case MidiChannel::Change::Zone:
+        return ConfigureZone(from, value);
     case MidiChannel::Change::None:
         return;
     }
@@ -124,7 +143,10 @@ void VexaMidiConsumer::ControlChange(uchar from, uchar controller, uchar value, 
 
 /// By the MIDI association's recommended practice (RP-015): volume and sound controllers stay.
 void VexaMidiConsumer::ResetControllers(uchar from) {
-    channels[from].Reset();
+    for (uchar to = 0; to < channels.size(); to++) {
+        if (Concerns(from, to))
+            channels[to].Reset();
+    }
     SetController(kModulation, 0);
     SetController(kExpression, 1);
     for (uchar pedal = kSustain; pedal <= kLastPedal; pedal++)
@@ -132,15 +154,16 @@ void VexaMidiConsumer::ResetControllers(uchar from) {
     LiftPedals(from);
     ChannelPressure(from, 0, 0);
     for (std::size_t i = 0; i < voices.size(); i++) {
-        if (holders[i].channel == from)
-            voices[i].pressure = -1.0F;
+        const OwnValues own = OwnOf(holders[i].channel);
+        if (Concerns(from, holders[i].channel))
+            std::copy(own.begin(), own.end(), voices[i].own.begin());
     }
     ApplyBend(from);
     ApplyVolume(from);
 }
 
 void VexaMidiConsumer::PitchBend(uchar from, uchar lsb, uchar msb, bigtime_t) {
-    if (!Accepts(from) || !playing.given)
+    if (!Accepts(from) || !playing.Bends())
         return;
     TakeUpSound();
     channels[from].SetBend(lsb, msb);
@@ -149,19 +172,27 @@ void VexaMidiConsumer::PitchBend(uchar from, uchar lsb, uchar msb, bigtime_t) {
 
 /// To all notes of the channel that sound, released ones too.
 void VexaMidiConsumer::ApplyBend(uchar from) {
-    const float bend = channels[from].Bend(playing);
     for (std::size_t i = 0; i < voices.size(); i++) {
-        if (holders[i].channel == from)
-            voices[i].bend = bend;
+        const uchar to = holders[i].channel;
+        if (Concerns(from, to) && !(holders[i].bygone && IsOwn(to)))
+            voices[i].bend = BendOf(to);
     }
 }
 
 void VexaMidiConsumer::ApplyVolume(uchar from) {
-    volumes[from] = channels[from].Volume();
+    for (uchar to = 0; to < channels.size(); to++) {
+        const std::optional<uchar> master = MasterOf(to);
+        if (Concerns(from, to))
+            volumes[to] = channels[to].Volume() * (master ? channels[*master].Volume() : 1);
+    }
 }
 
 void VexaMidiConsumer::ChannelPressure(uchar from, uchar pressure, bigtime_t) {
-    if (Accepts(from) && playing.Pressure() >= 0)
+    if (!Accepts(from))
+        return;
+    if (IsOwn(from))
+        return SetOwn(from, kOwnPressure, Normalised(pressure));
+    if (playing.Pressure() >= 0)
         SetController(static_cast<uchar>(playing.Pressure()), Normalised(pressure));
 }
 
@@ -169,8 +200,9 @@ void VexaMidiConsumer::KeyPressure(uchar from, uchar note, uchar pressure, bigti
     if (!Accepts(from) || playing.Pressure() < 0)
         return;
     for (std::size_t i = 0; i < voices.size(); i++) {
-        if (Plays(static_cast<int>(i), from) && holders[i].key && voices[i].key == Normalised(note))
-            voices[i].pressure = Normalised(pressure);
+        if (voices[i].state.Look().Active() && holders[i].channel == from && holders[i].key &&
+            voices[i].key == Normalised(note))
+            voices[i].own[kOwnPressure] = Normalised(pressure);
     }
 }
 

@@ -3,25 +3,12 @@
 #include "instrument/PlayingOptions.h"
 #include "kits/application/CommandLine.h"
 
-#include <algorithm>
-#include <initializer_list>
-
 namespace vexa {
 
 namespace {
 
 using kits::SetNumber;
 using kits::SetText;
-
-bool SetOversample(Options& options, std::string_view text) {
-    const auto factors = {1, 2, 4, 8, 16};
-    int number = 0;
-    if (!SetNumber(number, text, 1, 16) ||
-        std::find(factors.begin(), factors.end(), number) == factors.end())
-        return false;
-    options.oversample = number;
-    return true;
-}
 
 /// "a=0.3"
 bool SetMacro(Options& options, std::string_view text) {
@@ -52,8 +39,6 @@ constexpr kits::OptionRow<Options> kRows[] = {
      [](Options& o, std::string_view text) { return kits::SetChannel(o.channel, text); }},
     {"rate", "HZ", "a whole number from 8000 to 768000", "frames per second (44100)",
      [](Options& o, std::string_view text) { return SetNumber(o.rate, text, 8000, 768000); }},
-    {"oversample", "N", "1, 2, 4, 8 or 16", "compute at this multiple of the rate (1)",
-     SetOversample},
     {"gain", "G", "a number from 0 to 1", "the volume (0.25)",
      [](Options& o, std::string_view text) { return SetNumber(o.gain, text, 0.0, 1.0); }},
     {"tail", "SECONDS", "a number from 0 to 3600", "go on after the last event (3)",
@@ -62,6 +47,8 @@ constexpr kits::OptionRow<Options> kRows[] = {
      [](Options& o, std::string_view text) { return SetNumber(o.block, text, 1, 65536); }},
     {"normalize", nullptr, nullptr, "scale the whole to full volume",
      [](Options& o, std::string_view) { return o.normalize = true; }},
+    {"mpe", nullptr, nullptr, "take channels for notes' own (MPE) from the start",
+     [](Options& o, std::string_view) { return o.mpe = true; }},
     {"tuning", "FILE", nullptr, "tune the keys to this scale, a Scala file (.scl)",
      [](Options& o, std::string_view text) { return SetText(o.tuning.scale.emplace(), text); }},
     {"keymap", "FILE", nullptr, "play the scale by this keyboard map, a Scala file (.kbm)",

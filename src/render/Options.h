@@ -35,6 +35,8 @@ struct Options {
     std::array<std::optional<double>, kMacros> macros;
     /// The frequencies of the keys.
     TuningChoice tuning;
+    /// VexaMidiConsumer::ExpectMpe.
+    bool mpe = false;
     /// Stand before what the sound says of how it is played.
     PlayingTexts playing;
     /// The sound's function is compiled by gcc.
@@ -45,8 +47,6 @@ struct Options {
     int channel = -1;
     /// Frames per second of the file.
     int rate = 44100;
-    /// The engine runs at this multiple of the rate.
-    int oversample = 1;
     double gain = 0.25;
     /// Seconds rendered after the last event.
     double tail = 3;

@@ -5,16 +5,17 @@
 
 namespace vexa {
 
-Performance::Performance(Engine& instrument, const MidiFile& file, double rate, double tail)
+Performance::Performance(Engine& instrument, const MidiFile& file, double rate, double tail,
+                         int oversampling)
     : instrument(instrument), file(file), rate(rate), length(SampleOf(file.duration + tail)) {
-    instrument.renderer.SetSampleRate(rate);
+    instrument.renderer.SetSampleRate(rate, oversampling);
 }
 
 int64 Performance::SampleOf(double seconds) const {
     return std::llround(seconds * rate);
 }
 
-std::size_t Performance::Render(float* buffer, std::size_t count) {
+std::size_t Performance::Render(float* left, float* right, std::size_t count) {
     const int64 end = std::min(length, position + static_cast<int64>(count));
     const int64 begin = position;
     while (position < end) {
@@ -24,7 +25,8 @@ std::size_t Performance::Render(float* buffer, std::size_t count) {
         int64 next = end;
         if (nextEvent < file.events.size())
             next = std::min(next, SampleOf(file.events[nextEvent].seconds));
-        instrument.renderer.Render(buffer + (position - begin),
+        const int64 done = position - begin;
+        instrument.renderer.Render(left + done, right ? right + done : nullptr,
                                    static_cast<std::size_t>(next - position));
         position = next;
     }

@@ -12,17 +12,19 @@ namespace vexa {
 /// What it renders does not depend on how many samples it is asked for at a time.
 class Performance {
   public:
-    /// `rate` in samples per second; goes on for `tail` seconds after the file's end. Both records
-    /// must outlive the performance.
-    Performance(Engine& instrument, const MidiFile& file, double rate, double tail);
+    /// `rate` in samples per second, of which one in `oversampling` will be heard; goes on for
+    /// `tail` seconds after the file's end. Both records must outlive the performance.
+    Performance(Engine& instrument, const MidiFile& file, double rate, double tail,
+                int oversampling = 1);
 
     /// Samples from the beginning to the end of the tail.
     int64 Length() const { return length; }
     /// Samples rendered so far.
     int64 Position() const { return position; }
 
-    /// Renders the next `count` samples, or as many as are left; returns how many.
-    std::size_t Render(float* buffer, std::size_t count);
+    /// Renders the next `count` samples, or as many as are left; returns how many. Without `right`
+    /// there is one ear only.
+    std::size_t Render(float* left, float* right, std::size_t count);
 
     /// The most voices that have sounded at once so far.
     int32 MostVoices() const { return mostVoices; }

@@ -3,11 +3,11 @@
 #include "documents/SoundDocument.h"
 #include "instrument/Instrument.h"
 #include "kits/application/Interrupt.h"
-#include "kits/media/Decimator.h"
 #include "kits/media/SoundFileWriter.h"
 #include "kits/storage/FileReplacement.h"
 #include "render/FloatStore.h"
 #include "render/Performance.h"
+#include "synth/Decimator.h"
 
 #include <algorithm>
 #include <bit>
@@ -22,10 +22,6 @@ namespace {
 
 using kits::Error;
 using kits::Result;
-
-/// The rate that the low-cut filter's constant is made for, whatever the rate of rendering. With
-/// oversampling it grows likewise, so that the corner stays where it is without.
-constexpr double kFilterRate = 44100;
 
 constexpr int kFailed = 1;
 
@@ -43,7 +39,6 @@ class RenderJob {
     RenderJob(const Options& options, const kits::ProgramFolders& folders)
         : options(options),
           folders(folders),
-          fullRate(double(options.rate) * options.oversample),
           instrument(folders, options.compile ? Addons::Awaited : Addons::None) {}
 
     RenderOutcome Run() {
@@ -61,6 +56,8 @@ class RenderJob {
     Result<void> Write(Performance& performance, kits::SoundFileWriter& writer,
                        kits::SoundFileFormat format);
     Result<double> RenderInto(Performance& performance, const FloatStore::Sink& sink);
+    /// Of the file: two where the sound has a spread.
+    std::size_t Channels() const { return instrument.Playing().playing.Spread() > 0 ? 2 : 1; }
 
     /// The reason for ending with an exit code that is not that of a failure.
     Error EndWith(int exitCode, std::string text) {
@@ -76,10 +73,12 @@ class RenderJob {
                                 std::make_move_iterator(more.end()));
     }
 
+    /// Samples that the engine computes for each frame, and for each second.
+    int Oversampling() const { return instrument.Playing().playing.Oversampling(); }
+    double FullRate() const { return double(options.rate) * Oversampling(); }
+
     const Options& options;
     const kits::ProgramFolders& folders;
-    /// Samples per second that the engine computes.
-    double fullRate;
     RenderOutcome outcome;
     std::optional<kits::Interrupt> interrupt;
     Instrument instrument;
@@ -101,10 +100,11 @@ Result<void> RenderJob::Render() {
     Result<kits::FileReplacement> file = kits::FileReplacement::Create(options.output);
     if (!file)
         return file.Fault();
-    Performance performance(instrument.Playing(), *midi, fullRate, options.tail);
-    const auto frames = static_cast<std::uint64_t>(performance.Length() / options.oversample + 1);
-    Result<kits::SoundFileWriter> writer = kits::SoundFileWriter::Create(
-        file->Descriptor(), *format, options.output, options.rate, frames);
+    Performance performance(instrument.Playing(), *midi, FullRate(), options.tail, Oversampling());
+    const auto frames = static_cast<std::uint64_t>(performance.Length() / Oversampling() + 1);
+    Result<kits::SoundFileWriter> writer =
+        kits::SoundFileWriter::Create(file->Descriptor(), *format, options.output, options.rate,
+                                      frames, static_cast<int>(Channels()));
     if (!writer)
         return writer.Fault();
     if (Result<void> written = Write(performance, *writer, *format); !written)
@@ -114,7 +114,7 @@ Result<void> RenderJob::Render() {
     if (instrument.Playing().renderer.HasBounded())
         outcome.warnings.push_back("the function has values beyond 1e30, which count as that");
 
-    outcome.summary.seconds = static_cast<double>(performance.Length()) / fullRate;
+    outcome.summary.seconds = static_cast<double>(performance.Length()) / FullRate();
     outcome.summary.notes = midi->notes;
     outcome.summary.mostVoices = static_cast<std::size_t>(performance.MostVoices());
     outcome.summary.stolenVoices =
@@ -172,17 +172,18 @@ Result<void> RenderJob::SetUpInstrument() {
         return Error{Text(report)};
     Engine& engine = instrument.Playing();
     engine.consumer.SetTuning(*tuning);
+    if (options.mpe)
+        engine.consumer.ExpectMpe();
     engine.renderer.SetGain(static_cast<float>(options.gain));
     engine.consumer.SetChannel(options.channel);
-    engine.consumer.SetFilterRate(kFilterRate * options.oversample);
     return {};
 }
 
 /// Renders the whole, and scales it where that is asked for.
 Result<void> RenderJob::Write(Performance& performance, kits::SoundFileWriter& writer,
                               kits::SoundFileFormat format) {
-    const auto write = [&writer](std::span<const float> samples) {
-        return writer.Write(samples.data(), samples.size());
+    const auto write = [this, &writer](std::span<const float> samples) {
+        return writer.Write(samples.data(), samples.size() / Channels());
     };
     double& peak = outcome.summary.peak;
     if (!options.normalize) {
@@ -219,28 +220,41 @@ Result<void> RenderJob::Write(Performance& performance, kits::SoundFileWriter& w
     });
 }
 
-/// Renders the whole into the sink; returns the peak.
+/// Renders the whole into the sink, the channels by turns; returns the peak.
 Result<double> RenderJob::RenderInto(Performance& performance, const FloatStore::Sink& sink) {
     Progress progress(options.quiet ? -1 : STDERR_FILENO,
-                      static_cast<double>(performance.Length()) / fullRate);
-    kits::Decimator decimator(options.oversample);
-    std::vector<float> block(static_cast<std::size_t>(options.block));
-    std::vector<float> output;
+                      static_cast<double>(performance.Length()) / FullRate());
+    struct Channel {
+        Decimator decimator;
+        std::vector<float> block, output;
+    };
+    std::vector<Channel> channels(Channels(),
+                                  {Decimator(Oversampling()),
+                                   std::vector<float>(static_cast<std::size_t>(options.block)),
+                                   {}});
+    std::vector<float> frames;
     float peak = 0;
     for (bool more = true; more;) {
         if (interrupt->Requested())
             return Interrupted();
-        const std::size_t count = performance.Render(block.data(), block.size());
+        float* const right = channels.size() > 1 ? channels[1].block.data() : nullptr;
+        const std::size_t count =
+            performance.Render(channels[0].block.data(), right, channels[0].block.size());
         more = count > 0;
-        output.clear();
-        if (more)
-            decimator.Process(block.data(), count, output);
-        else
-            decimator.Finish(output);
-        peak = Peak(peak, output);
-        if (const Result<void> taken = sink(output); !taken)
+        for (Channel& channel : channels) {
+            channel.output.clear();
+            if (more)
+                channel.decimator.Process(channel.block.data(), count, channel.output);
+            else
+                channel.decimator.Finish(channel.output);
+        }
+        frames.resize(channels[0].output.size() * channels.size());
+        for (std::size_t i = 0; i < frames.size(); i++)
+            frames[i] = channels[i % channels.size()].output[i / channels.size()];
+        peak = Peak(peak, frames);
+        if (const Result<void> taken = sink(frames); !taken)
             return taken.Fault();
-        progress.Update(static_cast<double>(performance.Position()) / fullRate);
+        progress.Update(static_cast<double>(performance.Position()) / FullRate());
     }
     return double(peak);
 }

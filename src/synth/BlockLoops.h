@@ -78,7 +78,7 @@ struct BlockLoops {
     /// Lets `number` centres drift, each addition rounded; several in turns, as each waits for its
     /// last sum.
     void (*Drifts)(const Drift* drifts, std::size_t number, std::size_t count);
-    /// values[i] = the line at t[i]. No slack, any count.
+    /// values[i] = the line at t[i], which is finite. No slack, any count.
     void (*Line)(const EnvelopeLine& line, const float* t, float* values, std::size_t count);
     /// Runs `voices` filters over their input, samples[k * count + i] for filter k at moment i, and
     /// adds their output to sum[i], filter after filter. Input counts as Heard says; a filter whose
@@ -87,6 +87,10 @@ struct BlockLoops {
                    std::size_t count, float* sum);
     /// to[i] = from[i], rounded.
     void (*Narrow)(const double* from, float* to, std::size_t count);
+    /// out[i] is the sum of taps[k] frames[i step + k] for k < length, a multiple of kSlack, as
+    /// that of kSlack sums side by side. No slack, any count.
+    void (*Filter)(const float* taps, std::size_t length, const float* frames, std::size_t step,
+                   float* out, std::size_t count);
     /// words[i] = values[i] as the word of a pixel (DrawPlane). No slack, any count.
     void (*Words)(const float* values, unsigned* words, std::size_t count);
     /// Of the instruction set.

@@ -30,8 +30,8 @@ void InputBlock::Advance(double rate, std::size_t newSmooth, std::size_t newOffs
 }
 
 const float* const* InputBlock::Fill(const PlaneSource& f, std::span<RunningVoice* const> voices,
-                                     const ControllerTable& controllers, int32 pressure, double dt,
-                                     std::size_t count) noexcept {
+                                     const ControllerTable& controllers, const OwnControllers& own,
+                                     double dt, std::size_t count) noexcept {
     const std::span<const FunctionInput> inputs = f.Inputs();
     // What has come while nothing was heard is there at once.
     const bool goesOn = wasFilled && source == &f;
@@ -61,12 +61,14 @@ const float* const* InputBlock::Fill(const PlaneSource& f, std::span<RunningVoic
                 break;
             case FunctionInput::Kind::Controller:
                 Ramp<float> control = controls[n];
-                if (input.number == pressure) {
-                    RunningVoice& v = *voices[k];
-                    v.pressed.Aim(v.pressure >= 0 ? v.pressure : float(controllers[input.number]),
-                                  v.age > 0 ? smooth : 0, offset);
-                    control = v.pressed;
-                    v.pressed.Pass(count);
+                RunningVoice& v = *voices[k];
+                const std::size_t which = own.Which(int32(input.number), v.own);
+                if (which < kOwnControllers) {
+                    Ramp<float>& owned = v.owned[which];
+                    owned.Aim(v.own[which] >= 0 ? v.own[which] : float(controllers[input.number]),
+                              v.age > 0 ? smooth : 0, offset);
+                    control = owned;
+                    owned.Pass(count);
                 }
                 Write(control, to, count);
                 break;

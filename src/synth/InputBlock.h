@@ -29,11 +29,10 @@ class InputBlock {
 
     /// The arrays that f.Evaluate expects for the points of the block that was advanced over: those
     /// of voice k are k * count to (k + 1) * count - 1. Each voice's age grows by `count`.
-    /// Controllers go where they are wanted within the smooth samples of Advance. `pressure` as for
-    /// VoiceMotion.
+    /// Controllers go where they are wanted within the smooth samples of Advance.
     const float* const* Fill(const PlaneSource& f, std::span<RunningVoice* const> voices,
-                             const ControllerTable& controllers, int32 pressure, double dt,
-                             std::size_t count) noexcept;
+                             const ControllerTable& controllers, const OwnControllers& own,
+                             double dt, std::size_t count) noexcept;
 
   private:
     /// `count` values of the ramp from here on.

@@ -3,8 +3,8 @@
 namespace vexa {
 
 std::array<float, kMostInputs> InputsOf(const PlaneSource& f, const NoteMoment& note,
-                                        const Macros& macros,
-                                        const ControllerTable& controllers) noexcept {
+                                        const Macros& macros, const ControllerTable& controllers,
+                                        const OwnControllers& own) noexcept {
     std::array<float, kMostInputs> values{};
     std::size_t number = 0;
     for (const FunctionInput& input : f.Inputs()) {
@@ -23,7 +23,8 @@ std::array<float, kMostInputs> InputsOf(const PlaneSource& f, const NoteMoment& 
             value = note.t;
             break;
         case FunctionInput::Kind::Controller:
-            value = controllers[input.number];
+            value = static_cast<float>(
+                own.Of(int32(input.number), note.own, controllers[input.number]));
             break;
         }
     }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "synth/Macros.h"
+#include "synth/OwnControllers.h"
 #include "synth/PlaneFunction.h"
 #include "synth/SoundParam.h"
 
@@ -15,12 +16,13 @@ struct NoteMoment {
     float vel, key;
     /// Seconds since note-on.
     float t;
+    OwnValues own = kNoOwnValues;
 };
 
 /// The values of f.Inputs() for the note, with the macros and controllers as they are now. Any
 /// thread, real-time safe.
 std::array<float, kMostInputs> InputsOf(const PlaneSource& f, const NoteMoment& note,
-                                        const Macros& macros,
-                                        const ControllerTable& controllers) noexcept;
+                                        const Macros& macros, const ControllerTable& controllers,
+                                        const OwnControllers& own) noexcept;
 
 } // namespace vexa

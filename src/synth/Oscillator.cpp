@@ -4,15 +4,54 @@
 
 namespace vexa {
 
+namespace {
+
+/// The waves of phases, as the coordinate's own.
+void UseWaves(Oscillator::Wave wave, const double* phases, std::size_t count, double* space,
+              Coordinate& coordinate) noexcept {
+    std::array<double, kRoom> sines, cosines;
+    Loops().Waves(phases, sines.data(), cosines.data(), count);
+    std::copy_n((wave == Oscillator::Wave::sine ? sines : cosines).data(), count, space);
+    coordinate.steps = nullptr;
+    coordinate.waves = space;
+}
+
+} // namespace
+
 void Oscillator::Advance(Wave wave, double sine, double cosine, std::size_t count, double* space,
                          Coordinate& coordinate) noexcept {
-    if (!even) {
-        AdvanceUnevenly(wave, count, space);
-        coordinate.steps = nullptr;
-        coordinate.waves = space;
+    if (even) {
+        phase += static_cast<double>(count) * step;
+        return UseSteps(wave, sine, cosine, coordinate);
+    }
+    std::array<double, kRoom> phases;
+    AccumulateUnevenly(phases.data(), count);
+    UseWaves(wave, phases.data(), count, space, coordinate);
+}
+
+void Oscillator::Advance(Wave wave, const EarTurn& ears, double sine, double cosine,
+                         std::size_t count, double* leftSpace, double* rightSpace, Coordinate& left,
+                         Coordinate& right) noexcept {
+    if (even && !ears.angles) {
+        phase += static_cast<double>(count) * step;
+        const double sc = sine * ears.cosine, cs = cosine * ears.sine;
+        const double cc = cosine * ears.cosine, ss = sine * ears.sine;
+        UseSteps(wave, sc - cs, cc + ss, left);
+        UseSteps(wave, sc + cs, cc - ss, right);
         return;
     }
-    phase += static_cast<double>(count) * step;
+    std::array<double, kRoom> phases, earlier, later;
+    AccumulateUnevenly(phases.data(), count);
+    for (std::size_t i = 0; i < count; i++) {
+        earlier[i] = phases[i] - ears.At(i);
+        later[i] = phases[i] + ears.At(i);
+    }
+    UseWaves(wave, earlier.data(), count, leftSpace, left);
+    UseWaves(wave, later.data(), count, rightSpace, right);
+}
+
+/// Of a phase at the beginning of the cell with this sine and cosine.
+void Oscillator::UseSteps(Wave wave, double sine, double cosine, Coordinate& coordinate) noexcept {
     if (step != keptStep) {
         std::array<double, 8> phases, eightPhases;
         for (std::size_t i = 0; i < 8; i++) {
@@ -49,13 +88,6 @@ void Oscillator::AccumulateUnevenly(double* phases, std::size_t count) noexcept 
         phases[i] = phase;
         phase += turn * factors[i];
     }
-}
-
-void Oscillator::AdvanceUnevenly(Wave wave, std::size_t count, double* result) noexcept {
-    std::array<double, kRoom> phases, sines, cosines;
-    AccumulateUnevenly(phases.data(), count);
-    Loops().Waves(phases.data(), sines.data(), cosines.data(), count);
-    std::copy_n((wave == Wave::sine ? sines : cosines).data(), count, result);
 }
 
 } // namespace vexa

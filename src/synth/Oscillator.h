@@ -2,6 +2,7 @@
 #pragma once
 
 #include "synth/BlockLoops.h"
+#include "synth/Ears.h"
 #include "synth/EqualSteps.h"
 
 #include <cstddef>
@@ -43,6 +44,20 @@ class Oscillator {
         return begin;
     }
 
+    /// Begins `cells` whole cells at once, and writes the phases at their beginnings; Advance goes
+    /// through them one by one. False, and nothing is begun, where the steps are not the same in
+    /// all of them.
+    bool BeginCells(double newTurn, std::size_t cells, double* begins) noexcept {
+        const double wide = RoundedStep(phase, newTurn);
+        const double cell = static_cast<double>(kMostSamples) * wide;
+        if (!AddsTheSame(phase, newTurn, wide, phase + static_cast<double>(cells) * cell))
+            return false;
+        for (std::size_t i = 0; i < cells; i++)
+            begins[i] = phase + static_cast<double>(i) * cell;
+        Begin(newTurn, 0);
+        return true;
+    }
+
     /// Which wave of the phase is wanted.
     enum class Wave { sine, cosine };
     /// Fills in the waves of a coordinate for the next `count` samples, with the sine and the
@@ -50,10 +65,14 @@ class Oscillator {
     /// long as the coordinate is used.
     void Advance(Wave wave, double sine, double cosine, std::size_t count, double* space,
                  Coordinate& coordinate) noexcept;
+    /// The same for both ears, with a space each; all else of the coordinates stays as it is.
+    void Advance(Wave wave, const EarTurn& turn, double sine, double cosine, std::size_t count,
+                 double* leftSpace, double* rightSpace, Coordinate& left,
+                 Coordinate& right) noexcept;
 
   private:
+    void UseSteps(Wave wave, double sine, double cosine, Coordinate& coordinate) noexcept;
     void AccumulateUnevenly(double* phases, std::size_t count) noexcept;
-    void AdvanceUnevenly(Wave wave, std::size_t count, double* waves) noexcept;
 
     double phase = 0;
     double turn = 0;

@@ -15,12 +15,19 @@ void OutputMix::Begin(std::size_t ramp, std::size_t fade, std::size_t offset,
     count = newCount;
     fadeLength = fade;
     for (std::size_t i = 0; i < channels.size(); i++)
-        channels[i].Aim(playing.given ? float(volumes[i]) : 1.0F, begun ? ramp : 0, offset);
+        channels[i].Aim(Wanted(i), begun ? ramp : 0, offset);
     begun = true;
     if (playing.volume != decibels) {
         decibels = playing.volume;
         level = static_cast<float>(LevelOf(double(decibels)));
     }
+}
+
+bool OutputMix::Stays() const noexcept {
+    bool stays = playing.volume == decibels;
+    for (std::size_t i = 0; i < channels.size(); i++)
+        stays = stays && channels[i].StaysAt(Wanted(i));
+    return stays;
 }
 
 /// Voices of one group are scaled alike; those of group 0 not at all.
@@ -39,30 +46,33 @@ void OutputMix::Sort(std::span<RunningVoice*> voices) const noexcept {
     }
 }
 
-bool OutputMix::Add(std::span<RunningVoice* const> voices, const float* samples,
-                    float* sum) noexcept {
+bool OutputMix::Add(std::span<RunningVoice* const> voices, std::span<const Ear> ears) noexcept {
     bool beyond = false;
     std::array<LowCutFilter*, kVoiceSlots> filters;
     alignas(64) std::array<float, kRoom> part;
     for (std::size_t k = 0; k < voices.size();) {
         RunningVoice& first = *voices[k];
         const std::size_t group = Group(first);
-        std::size_t number = 0;
-        do {
-            filters[number] = &voices[k + number]->filter;
+        std::size_t number = 1;
+        while (k + number < voices.size() && !first.ends && !voices[k + number]->ends &&
+               Group(*voices[k + number]) == group)
             number++;
-        } while (k + number < voices.size() && !first.ends && !voices[k + number]->ends &&
-                 Group(*voices[k + number]) == group);
         const bool plain = group == 0 && !first.ends;
-        if (!plain)
-            part.fill(0);
-        beyond |= Loops().LowCut(filters.data(), samples + k * count, number, count,
-                                 plain ? sum : part.data());
-        Ramp<float> volume = channels[first.channel];
-        for (std::size_t i = 0; i < count && !plain; i++) {
-            sum[i] += part[i] * volume.Now() * Fade(first);
-            volume.Pass(1);
-            first.left -= first.ends && first.left > 0 ? 1 : 0;
+        const std::size_t left = first.left;
+        for (const Ear& ear : ears) {
+            for (std::size_t n = 0; n < number; n++)
+                filters[n] = &(voices[k + n]->*ear.filter);
+            if (!plain)
+                part.fill(0);
+            beyond |= Loops().LowCut(filters.data(), ear.samples + k * count, number, count,
+                                     plain ? ear.sum : part.data());
+            Ramp<float> volume = channels[first.channel];
+            first.left = left;
+            for (std::size_t i = 0; i < count && !plain; i++) {
+                ear.sum[i] += part[i] * volume.Now() * Fade(first);
+                volume.Pass(1);
+                first.left -= first.ends && first.left > 0 ? 1 : 0;
+            }
         }
         k += number;
     }

@@ -22,6 +22,11 @@ class OutputMix {
     /// `ramp` samples, and an end takes `fade`.
     void Begin(std::size_t ramp, std::size_t fade, std::size_t offset, std::size_t count) noexcept;
 
+    /// Whether a block that begins now leaves all volumes as they are.
+    bool Stays() const noexcept;
+    /// Begins blocks of `count` samples, in place of Begin, as long as it stays so.
+    void GoOn(std::size_t newCount) noexcept { count = newCount; }
+
     /// The factor on the sum.
     float Level() const noexcept { return level; }
     /// The factor on a voice's output by its channel.
@@ -34,11 +39,20 @@ class OutputMix {
     /// Puts voices that are scaled alike side by side. Without volumes and ends the order stays.
     void Sort(std::span<RunningVoice*> voices) const noexcept;
 
-    /// Filters the voices' input, samples[k * count + i] for voice k at moment i, and adds their
-    /// output to sum[i], with room as for BlockLoops. True where input was beyond kMostHeard.
-    bool Add(std::span<RunningVoice* const> voices, const float* samples, float* sum) noexcept;
+    /// What is heard with one ear: its filters, their input, samples[k * count + i] for voice k at
+    /// moment i, and the sum of their output, with room as for BlockLoops.
+    struct Ear {
+        LowCutFilter RunningVoice::*filter;
+        const float* samples;
+        float* sum;
+    };
+    /// Filters the voices' input and adds their output to the sums. True where input was beyond
+    /// kMostHeard.
+    bool Add(std::span<RunningVoice* const> voices, std::span<const Ear> ears) noexcept;
 
   private:
+    /// Where the volume of channel i is wanted.
+    float Wanted(std::size_t i) const noexcept { return playing.given ? float(volumes[i]) : 1.0F; }
     std::size_t Group(const RunningVoice& v) const noexcept;
 
     const Playing& playing;

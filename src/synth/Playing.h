@@ -33,6 +33,9 @@ struct Playing {
     /// Whether anything says how the sound is played. Otherwise wheel, pedal, pressure and volume
     /// change nothing but the controllers' table.
     kits::Shared<bool> given{false};
+    /// Whether notes may have channels of their own (MPE) and bend on them, whatever the sound
+    /// says.
+    kits::Shared<bool> mpe{false};
 
     /// The polyphony is 0 where none is given: then the program has its own.
     kits::Shared<float> polyphony, mode, glide, bend, pedal, pressure, spread, oversample, smooth,
@@ -41,7 +44,13 @@ struct Playing {
     PlayMode Mode() const noexcept {
         return given ? static_cast<PlayMode>(int(float(mode))) : PlayMode::poly;
     }
+    /// Whether the wheel bends.
+    bool Bends() const noexcept { return given || mpe; }
     bool Pedal() const noexcept { return given && pedal != 0; }
+    /// Degrees.
+    double Spread() const noexcept { return given ? double(spread) : 0.0; }
+    /// At which multiple of the rate the sound is computed: 1, 2, 4, 8 or 16.
+    int Oversampling() const noexcept { return 1 << static_cast<int>(float(oversample)); }
     /// The controller that pressure drives; -1 for none.
     int32 Pressure() const noexcept { return given ? static_cast<int32>(float(pressure)) : -1; }
 };

@@ -36,6 +36,8 @@ class Ramp {
 
     /// Whether it may move in this block.
     bool Varies() const noexcept { return varies; }
+    /// Whether a block in which `target` is wanted finds it there and leaves it.
+    bool StaysAt(Number target) const noexcept { return !varies && to == target; }
     Number Now() const noexcept {
         if (done == length)
             return to;
@@ -73,6 +75,7 @@ class PitchRamp {
             ratio = RatioOf((target - begin) / static_cast<double>(samples));
     }
     bool Varies() const noexcept { return line.Varies(); }
+    bool StaysAt(double target) const noexcept { return line.StaysAt(target); }
     double Factor() const noexcept { return factor; }
     /// Multiplies each by the factor at its moment, and goes on.
     void Scale(double* factors, std::size_t count) noexcept {

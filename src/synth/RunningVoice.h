@@ -4,6 +4,7 @@
 #include "synth/BlockLoops.h"
 #include "synth/EnvelopeTrack.h"
 #include "synth/Oscillator.h"
+#include "synth/OwnControllers.h"
 #include "synth/ParameterTable.h"
 #include "synth/Ramp.h"
 
@@ -21,8 +22,7 @@ struct RunningVoice {
     float vel = 0, key = 0, freq = 0;
     /// 0..15.
     std::size_t channel = 0;
-    /// The key's own, 0..1; below 0 where it has none.
-    float pressure = -1;
+    OwnValues own = kNoOwnValues;
     /// What lies between the pitch and freq, semitones.
     PitchRamp glide, bend;
     /// Seconds since note-on or, once released, since note-off.
@@ -38,12 +38,14 @@ struct RunningVoice {
     std::array<Ramp<double>, 6> sums;
     std::size_t smooth = 0;
     bool fresh = false, retuned = false;
-    /// As `pressure`, or the controller that it drives where it has none.
-    Ramp<float> pressed;
+    /// As `own`, or the controllers where it has none.
+    std::array<Ramp<float>, kOwnControllers> owned;
     /// The four envelopes (EnvelopePlaces), and their values at note-off.
     std::array<EnvelopeTrack, 4> envelopes;
     std::array<float, 4> rellevel{};
     LowCutFilter filter;
+    /// That of the right ear, while the two hear different things.
+    LowCutFilter rightFilter;
     /// At the end of the last cell its point had come to a stand for good (VoiceMotion::Stands).
     bool stands = false;
     /// And the filter had settled: until something changes, each sample is filter.out.

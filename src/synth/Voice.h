@@ -7,6 +7,7 @@
 
 #include "kits/support/Shared.h"
 #include "kits/support/SupportDefs.h"
+#include "synth/OwnControllers.h"
 
 #include <array>
 #include <atomic>
@@ -68,9 +69,6 @@ struct voice {
 
     /// How many notes the slot has had; tells a new note from a release.
     kits::Shared<uint32> notes;
-    /// Poles of the low-cut filter's two accumulators, e^-k and e^-2k with k = ln 2 freq / 44100,
-    /// and the gain that makes the response at frequency 0 exactly 0.
-    kits::Shared<float> hpa, hpb, hpgain;
     /// f at the orbit's start, which the filter is charged with so that the note begins at 0.
     kits::Shared<float> start;
     /// The note took over a slot that sounded: it begins at that slot's last output instead.
@@ -102,8 +100,8 @@ struct voice {
 
     /// Semitones.
     kits::Shared<float> bend;
-    /// The key's own pressure, 0..1; below 0 before there is any.
-    kits::Shared<float> pressure;
+    /// As OwnValues.
+    std::array<kits::Shared<float>, kOwnControllers> own;
 
     // Written by the media thread after each stretch that it has rendered, read by all.
 

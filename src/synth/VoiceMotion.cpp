@@ -78,9 +78,10 @@ class VoiceMotion::Drifts {
     std::size_t number = 0;
 };
 
-VoiceMotion::VoiceMotion(const sound_param& p, const ControllerTable& controllers, int32 pressure,
-                         double dt, std::size_t offset, std::size_t count) noexcept
-    : pressure(pressure),
+VoiceMotion::VoiceMotion(const sound_param& p, const ControllerTable& controllers,
+                         const OwnControllers& own, double dt, std::size_t offset,
+                         std::size_t count) noexcept
+    : own(own),
       dt(dt),
       offset(offset),
       count(count),
@@ -183,40 +184,67 @@ double VoiceMotion::Turn(const Axis& axis, const RunningVoice& v,
     return factors ? turn : turn * (v.glide.Factor() * v.bend.Factor());
 }
 
-void VoiceMotion::Move(std::span<RunningVoice* const> voices, float* placesx,
-                       float* placesy) const noexcept {
-    // Of x and y by turns.
-    constexpr std::size_t kMost = 2 * kTogether;
+/// What moves several voices; x and y by turns.
+struct VoiceMotion::Moving {
+    static constexpr std::size_t kMost = 2 * kTogether;
     std::array<Space, kMost> spaces;
     std::array<Coordinate, kMost> coordinates{};
     std::array<double, kMost> phases, sines, cosines;
     std::array<std::array<double, kMostSamples>, kTogether> pitches;
+};
+
+/// All but the waves and the places.
+void VoiceMotion::Begin(std::span<RunningVoice* const> voices, Moving& m) const noexcept {
     Drifts drifts;
     for (std::size_t k = 0; k < voices.size(); k++) {
         RunningVoice& v = *voices[k];
         Times times(v, dt, count);
-        PutCentre(x, v, v.cx, times, drifts, spaces[2 * k], coordinates[2 * k]);
-        PutCentre(y, v, v.cy, times, drifts, spaces[2 * k + 1], coordinates[2 * k + 1]);
-        PutRadius(x, v, times, spaces[2 * k], coordinates[2 * k]);
-        PutRadius(y, v, times, spaces[2 * k + 1], coordinates[2 * k + 1]);
+        PutCentre(x, v, v.cx, times, drifts, m.spaces[2 * k], m.coordinates[2 * k]);
+        PutCentre(y, v, v.cy, times, drifts, m.spaces[2 * k + 1], m.coordinates[2 * k + 1]);
+        PutRadius(x, v, times, m.spaces[2 * k], m.coordinates[2 * k]);
+        PutRadius(y, v, times, m.spaces[2 * k + 1], m.coordinates[2 * k + 1]);
         v.fresh = false;
-        const double* const factors = Factors(v, pitches[k].data());
-        phases[2 * k] = v.x.Begin(Turn(x, v, factors), offset, factors);
-        phases[2 * k + 1] = v.y.Begin(Turn(y, v, factors), offset, factors);
-        coordinates[2 * k].place = placesx + k * count;
-        coordinates[2 * k + 1].place = placesy + k * count;
+        const double* const factors = Factors(v, m.pitches[k].data());
+        m.phases[2 * k] = v.x.Begin(Turn(x, v, factors), offset, factors);
+        m.phases[2 * k + 1] = v.y.Begin(Turn(y, v, factors), offset, factors);
     }
     drifts.Run(count);
-    const BlockLoops& loops = Loops();
-    loops.Waves(phases.data(), sines.data(), cosines.data(), 2 * voices.size());
+    Loops().Waves(m.phases.data(), m.sines.data(), m.cosines.data(), 2 * voices.size());
+}
+
+void VoiceMotion::Move(std::span<RunningVoice* const> voices, float* placesx,
+                       float* placesy) const noexcept {
+    Moving m;
+    Begin(voices, m);
     for (std::size_t i = 0; i < 2 * voices.size(); i++) {
         RunningVoice& v = *voices[i / 2];
         const bool isX = i % 2 == 0;
+        m.coordinates[i].place = (isX ? placesx : placesy) + i / 2 * count;
         (isX ? v.x : v.y)
-            .Advance(isX ? Oscillator::Wave::cosine : Oscillator::Wave::sine, sines[i], cosines[i],
-                     count, spaces[i].waves.data(), coordinates[i]);
+            .Advance(isX ? Oscillator::Wave::cosine : Oscillator::Wave::sine, m.sines[i],
+                     m.cosines[i], count, m.spaces[i].waves.data(), m.coordinates[i]);
     }
-    loops.Places(coordinates.data(), 2 * voices.size(), count);
+    Loops().Places(m.coordinates.data(), 2 * voices.size(), count);
+}
+
+void VoiceMotion::Move(std::span<RunningVoice* const> voices, const Ears& ears, float* leftx,
+                       float* lefty, float* rightx, float* righty) const noexcept {
+    Moving m;
+    Begin(voices, m);
+    alignas(64) std::array<std::array<double, kRoom>, Moving::kMost> waves;
+    std::array<Coordinate, Moving::kMost> rights = m.coordinates;
+    for (std::size_t i = 0; i < 2 * voices.size(); i++) {
+        RunningVoice& v = *voices[i / 2];
+        const bool isX = i % 2 == 0;
+        m.coordinates[i].place = (isX ? leftx : lefty) + i / 2 * count;
+        rights[i].place = (isX ? rightx : righty) + i / 2 * count;
+        (isX ? v.x : v.y)
+            .Advance(isX ? Oscillator::Wave::cosine : Oscillator::Wave::sine,
+                     isX ? ears.X() : ears.Y(), m.sines[i], m.cosines[i], count,
+                     m.spaces[i].waves.data(), waves[i].data(), m.coordinates[i], rights[i]);
+    }
+    Loops().Places(m.coordinates.data(), 2 * voices.size(), count);
+    Loops().Places(rights.data(), 2 * voices.size(), count);
 }
 
 bool VoiceMotion::Stands(const Axis& axis, RunningVoice& v) const noexcept {

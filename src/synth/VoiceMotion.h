@@ -2,6 +2,8 @@
 #pragma once
 
 #include "synth/Coefficients.h"
+#include "synth/Ears.h"
+#include "synth/OwnControllers.h"
 #include "synth/RunningVoice.h"
 #include "synth/SoundParam.h"
 
@@ -20,14 +22,25 @@ class VoiceMotion {
     static constexpr std::size_t kTogether = 4;
 
     /// A block of `count` samples, `dt` seconds each, that begins `offset` samples after its cell
-    /// (Oscillator). `pressure` is the controller that a voice has its own value of where its
-    /// pressure is not below 0, or -1.
-    VoiceMotion(const sound_param& p, const ControllerTable& controllers, int32 pressure, double dt,
-                std::size_t offset, std::size_t count) noexcept;
+    /// (Oscillator).
+    VoiceMotion(const sound_param& p, const ControllerTable& controllers, const OwnControllers& own,
+                double dt, std::size_t offset, std::size_t count) noexcept;
 
     /// Moves up to kTogether voices: writes the places of voice k to x[k * count + i] and
     /// y[k * count + i], and up to kSlack floats beyond, and advances the voices.
     void Move(std::span<RunningVoice* const> voices, float* x, float* y) const noexcept;
+    /// The same for both ears.
+    void Move(std::span<RunningVoice* const> voices, const Ears& ears, float* leftx, float* lefty,
+              float* rightx, float* righty) const noexcept;
+
+    /// Whether the sums of the voice's formulas stay as they are now, and it does not come to a
+    /// stand for good, in so many cells from here on.
+    bool GoesOn(RunningVoice& v, std::size_t cells) const noexcept;
+    /// As Move, for whole cells of any number of voices that go on: writes the places of voice k in
+    /// cell i from x[(i * voices.size() + k) * kMostSamples] on. The motion is that of a whole
+    /// cell.
+    void MoveCells(std::span<RunningVoice* const> voices, std::size_t cells, float* x,
+                   float* y) const noexcept;
 
     /// Whether the point of a released voice stays where it is as long as the sound is the same: no
     /// radius, no drift, and no envelope that would still change that.
@@ -66,14 +79,21 @@ class VoiceMotion {
         /// Radians per second of a note of 1 Hz.
         double turn;
     };
+    bool GoesOn(const Axis& axis, const RunningVoice& v) const noexcept;
+    bool HoldsFor(const Axis& axis, RunningVoice& v, double centre, double length, double end,
+                  Coordinate& coordinate) const noexcept;
+    bool MoveSteadily(RunningVoice& v, std::size_t cells, std::size_t stride, float* placesx,
+                      float* placesy) const noexcept;
+
     struct Space;
+    struct Moving;
     class Times;
     class Drifts;
 
+    void Begin(std::span<RunningVoice* const> voices, Moving& moving) const noexcept;
     bool Stands(const Axis& axis, RunningVoice& v) const noexcept;
     Weights Of(const Coefficients& sum, const RunningVoice& v) const noexcept {
-        return sum.For(v.vel, v.key,
-                       v.pressure >= 0 && sum.number == pressure ? v.pressure : sum.control);
+        return sum.For(v.vel, v.key, own.Of(sum.number, v.own, sum.control));
     }
     double Sum(RunningVoice& v, std::size_t number, double target) const noexcept;
     const double* Factors(RunningVoice& v, double* space) const noexcept;
@@ -83,7 +103,7 @@ class VoiceMotion {
     void PutCentre(const Axis& axis, RunningVoice& v, double& centre, Times& times, Drifts& drifts,
                    Space& space, Coordinate& coordinate) const noexcept;
 
-    int32 pressure;
+    OwnControllers own;
     double dt;
     std::size_t offset, count;
     Axis x, y;

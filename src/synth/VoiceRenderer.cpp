@@ -1,11 +1,14 @@
 #include "synth/VoiceRenderer.h"
 
+#include "kits/maths/Functions.h"
 #include "synth/Envelope.h"
+#include "synth/NoteInputs.h"
 #include "synth/ParameterTable.h"
 #include "synth/Realtime.h"
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 namespace vexa {
 
@@ -14,11 +17,18 @@ namespace vexa {
 struct VoiceRenderer::Block {
     static constexpr std::size_t kPoints = kVoiceSlots * kBlock + kSlack;
 
-    alignas(64) std::array<float, kPoints> x, y, s;
-    alignas(64) std::array<float, kRoom> sum;
+    /// What one ear hears.
+    struct Ear {
+        alignas(64) std::array<float, kPoints> x, y, s;
+        alignas(64) std::array<float, kRoom> sum;
+    };
+    Ear left, right;
 };
 
 namespace {
+
+/// The rate that a low-cut filter's constant is computed for, whatever the device's is.
+constexpr double kFilterRate = 44100;
 
 /// Of a voice, below full volume 1.
 constexpr float kInaudible = 1e-7F;
@@ -49,20 +59,72 @@ bool Settles(LowCutFilter& filter, float s) noexcept {
     return true;
 }
 
+/// Whether two filters with the same input give the same from now on, as far as one hears.
+bool Agree(const LowCutFilter& a, const LowCutFilter& b) noexcept {
+    return a.hpgain * (std::abs(a.hpsum0 - b.hpsum0) + std::abs(a.hpsum1 - b.hpsum1)) <
+               kInaudible &&
+           std::abs(a.out - b.out) < kInaudible;
+}
+
+/// With the poles and the gain of `poles`: goes on from the output `out`, and takes `d` away from
+/// an input that stays.
+LowCutFilter Charged(const LowCutFilter& poles, float d, float out) noexcept {
+    return {poles.hpa,
+            poles.hpb,
+            poles.hpgain,
+            d * (1.0F / (1.0F - poles.hpa)),
+            d * (1.0F / (1.0F - poles.hpb)),
+            out};
+}
+
+/// Gives a voice other filters, which go on with what they take away, so that nothing jumps.
+void Refilter(RunningVoice& v, const LowCutFilter& next) noexcept {
+    for (LowCutFilter* filter : {&v.filter, &v.rightFilter})
+        *filter = Charged(next, filter->hpgain * (filter->hpsum0 - filter->hpsum1), filter->out);
+}
+
 } // namespace
 
 VoiceRenderer::VoiceRenderer(const ControllerTable& controllers, Macros& macros,
                              const sound_param& parameters, const Playing& playing,
                              const ChannelVolumes& volumes, VoiceTable& voices)
     : inputs(macros),
+      macros(macros),
       controllers(controllers),
       parameters(parameters),
       playing(playing),
       mix(playing, volumes),
-      voices(voices) {}
+      voices(voices),
+      filterRate(kFilterRate) {}
 
 std::size_t VoiceRenderer::SamplesIn(double seconds) const noexcept {
     return static_cast<std::size_t>(std::max(1.0, std::floor(seconds * sampleRate)));
+}
+
+void VoiceRenderer::SetSampleRate(double rate, int oversampling) noexcept {
+    const double ratio = rate / sampleRate;
+    const auto scaled = [ratio](std::size_t samples) {
+        return static_cast<std::size_t>(std::round(static_cast<double>(samples) * ratio));
+    };
+    const bool refilters = filterRate != kFilterRate * oversampling;
+    sampleRate = rate;
+    filterRate = kFilterRate * oversampling;
+    for (RunningVoice& v : running) {
+        v.age = scaled(v.age);
+        v.left = scaled(v.left);
+        if (refilters && v.sounds)
+            Refilter(v, LowCutFor(v.freq));
+    }
+}
+
+/// The filter of a note of `freq` Hz, not charged. The poles of the two accumulators are e^-k and
+/// e^-2k with k = ln 2 freq / filterRate; the gain makes the response at frequency 0 exactly 0.
+LowCutFilter VoiceRenderer::LowCutFor(float freq) const noexcept {
+    const auto k = static_cast<float>(std::numbers::ln2 * freq / filterRate);
+    const auto hpa = static_cast<float>(kits::maths::Exponential(-double(k)));
+    const auto hpb = static_cast<float>(kits::maths::Exponential(-2.0 * k));
+    const auto gain = (1.0 - hpa) * (1.0 - hpb) / (double(hpa) - double(hpb));
+    return {hpa, hpb, static_cast<float>(gain)};
 }
 
 void VoiceRenderer::SetGain(float next) noexcept {
@@ -70,34 +132,41 @@ void VoiceRenderer::SetGain(float next) noexcept {
         gain = next;
 }
 
-void VoiceRenderer::Render(float* buffer, std::size_t count) noexcept {
+void VoiceRenderer::Render(float* left, float* right, std::size_t count) noexcept {
     const RealtimeSection realtime;
     const FlushDenormals flush;
     const kits::Reader::Section reading(reader);
     const PlaneFunction& f = function.Get();
     Block block;
     for (std::size_t done = 0; done < count;) {
+        const std::size_t cells = offset == 0 ? std::min(kMostCells, (count - done) / kBlock) : 0;
+        if (cells > 1 && RenderCells(f, left + done, right ? right + done : nullptr, cells)) {
+            done += cells * kBlock;
+            continue;
+        }
         const std::size_t n = std::min(kBlock - offset, count - done);
-        RenderBlock(f, block, buffer + done, n);
+        RenderBlock(f, block, left + done, right ? right + done : nullptr, n);
         done += n;
         offset = (offset + n) % kBlock;
     }
     ShowProgress();
 }
 
-void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* buffer,
+void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* left, float* right,
                                 std::size_t count) noexcept {
-    const int32 pressure = playing.Pressure();
-    const VoiceMotion motion(parameters, controllers, pressure, 1.0 / sampleRate, offset, count);
+    const OwnControllers own(playing);
+    const VoiceMotion motion(parameters, controllers, own, 1.0 / sampleRate, offset, count);
     WakeIfChanged(motion, f);
     std::array<RunningVoice*, kVoiceSlots> sounding;
     std::size_t voiceCount = 0;
     inputs.Advance(sampleRate, Smooth(), offset, count);
     mix.Begin(SamplesIn(kHandSeconds), SamplesIn(kFadeSeconds), offset, count);
-    float resting = 0;
+    OpenEars(right, count);
+    const PlaneSource& source = f.Source();
+    float resting = 0, restingRight = 0;
     for (std::size_t i = 0; i < kVoiceSlots; i++) {
         RunningVoice& v = running[i];
-        TakeUpChange(v, voices[i]);
+        TakeUpChange(v, voices[i], source);
         if (!v.sounds)
             continue;
         TakeUpHands(v, voices[i]);
@@ -105,40 +174,89 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* buf
             motion.Pass(v);
             v.age += count;
             resting += v.filter.out * mix.Volume(v);
+            restingRight += v.rightFilter.out * mix.Volume(v);
             continue;
         }
         sounding[voiceCount++] = &v;
     }
     mix.Sort({sounding.data(), voiceCount});
+    const std::span<RunningVoice* const> all(sounding.data(), voiceCount);
     const float factor = gain * mix.Level();
-    if (voiceCount == 0) {
-        std::fill_n(buffer, count, resting * factor);
-        return;
+    Block::Ear &one = block.left, &other = block.right;
+    if (voiceCount > 0) {
+        constexpr std::size_t kTogether = VoiceMotion::kTogether;
+        for (std::size_t k = 0; k < voiceCount; k += kTogether) {
+            const auto some = all.subspan(k, std::min(kTogether, voiceCount - k));
+            const std::size_t at = k * count;
+            if (apart)
+                motion.Move(some, ears, &one.x[at], &one.y[at], &other.x[at], &other.y[at]);
+            else
+                motion.Move(some, &one.x[at], &one.y[at]);
+        }
+        const float* const* heard =
+            inputs.Fill(source, all, controllers, own, 1.0 / sampleRate, count);
+        source.Evaluate(one.x.data(), one.y.data(), heard, one.s.data(), voiceCount * count);
+        if (apart)
+            source.Evaluate(other.x.data(), other.y.data(), heard, other.s.data(),
+                            voiceCount * count);
     }
-    constexpr std::size_t kTogether = VoiceMotion::kTogether;
-    for (std::size_t k = 0; k < voiceCount; k += kTogether)
-        motion.Move({&sounding[k], std::min(kTogether, voiceCount - k)}, &block.x[k * count],
-                    &block.y[k * count]);
-    const PlaneSource& source = f.Source();
-    source.Evaluate(block.x.data(), block.y.data(),
-                    inputs.Fill(source, {sounding.data(), voiceCount}, controllers, pressure,
-                                1.0 / sampleRate, count),
-                    block.s.data(), voiceCount * count);
-    block.sum.fill(resting);
-    if (mix.Add({sounding.data(), voiceCount}, block.s.data(), block.sum.data()))
+    one.sum.fill(resting);
+    if (apart)
+        other.sum.fill(restingRight);
+    const std::array<OutputMix::Ear, 2> both{
+        {{&RunningVoice::filter, one.s.data(), one.sum.data()},
+         {&RunningVoice::rightFilter, other.s.data(), other.sum.data()}}};
+    if (mix.Add(all, {both.data(), apart ? both.size() : 1}))
         bounded = true;
     for (std::size_t i = 0; i < count; i++)
-        buffer[i] = block.sum[i] * factor;
+        left[i] = one.sum[i] * factor;
+    const float* const rightSum = apart ? other.sum.data() : one.sum.data();
+    for (std::size_t i = 0; right && i < count; i++)
+        right[i] = rightSum[i] * factor;
     // Only where a cell ends, so that it does not depend on where blocks are cut; and of points
     // that stood at its beginning too, so that the last value is the one that stays.
-    if (offset + count < kBlock || !source.Inputs().empty())
+    if (offset + count < kBlock)
         return;
-    for (std::size_t k = 0; k < voiceCount; k++) {
+    for (std::size_t k = 0; source.Inputs().empty() && k < voiceCount; k++) {
         RunningVoice& v = *sounding[k];
         const bool stood = v.stands;
+        const auto last = [at = (k + 1) * count - 1](const Block::Ear& ear) {
+            return Heard(ear.s[at]);
+        };
         v.stands = motion.Stands(v);
-        v.rests = stood && v.stands && Settles(v.filter, Heard(block.s[(k + 1) * count - 1]));
+        v.rests = stood && v.stands && Settles(v.filter, last(one)) &&
+                  (!apart || Settles(v.rightFilter, last(other)));
     }
+    CloseEars();
+}
+
+/// Lets the ears part where the sound has a spread. They begin with what both have heard so far.
+void VoiceRenderer::OpenEars(bool both, std::size_t count) noexcept {
+    ears.Begin(parameters, both ? playing.Spread() : 0, SamplesIn(kHandSeconds), offset, count);
+    if (apart || !ears.Apart())
+        return;
+    apart = true;
+    for (RunningVoice& v : running)
+        v.rightFilter = v.filter;
+}
+
+/// At the end of a cell: the ears are one again where they hear the same.
+void VoiceRenderer::CloseEars() noexcept {
+    apart =
+        apart && (ears.Apart() || std::any_of(running.begin(), running.end(), [](const auto& v) {
+                      return v.sounds && !Agree(v.filter, v.rightFilter);
+                  }));
+}
+
+/// What an ear, on the side -1 or 1, hears of a note at the orbit's start, by the rule for a single
+/// one: radii of 1, whatever the formulas say.
+float VoiceRenderer::StartOf(const RunningVoice& v, const PlaneSource& f,
+                             double side) const noexcept {
+    const double x = parameters.EnvAx->Value(0, false, 0) * ears.X().cosine + v.cx;
+    const double y = parameters.EnvAy->Value(0, false, 0) * ears.Y().sine * side + v.cy;
+    const std::array<float, kMostInputs> heard =
+        InputsOf(f, {v.vel, v.key, 0, v.own}, macros, controllers, OwnControllers(playing));
+    return Heard(f.At(static_cast<float>(x), static_cast<float>(y), heard.data()));
 }
 
 /// A voice that rests goes on moving when the sound has become another.
@@ -164,8 +282,8 @@ void VoiceRenderer::TakeUpHands(RunningVoice& v, const voice& slot) noexcept {
     v.glide.Aim(0, 0, offset);
     if (v.ends)
         return;
-    v.bend.Aim(playing.given ? double(slot.bend) : 0.0, SamplesIn(kHandSeconds), offset);
-    v.pressure = slot.pressure;
+    v.bend.Aim(playing.Bends() ? double(slot.bend) : 0.0, SamplesIn(kHandSeconds), offset);
+    std::copy(slot.own.begin(), slot.own.end(), v.own.begin());
     // What a legato key has a say in does not jump.
     v.smooth = std::max(Smooth(), v.retuned ? SamplesIn(kHandSeconds) : 0);
     v.retuned = false;
@@ -184,7 +302,8 @@ void VoiceRenderer::CutOff(RunningVoice& v) noexcept {
 /// Begins the slot's new note, or its release or its new pitch, if there is one. A note that is
 /// being rewritten at this moment is left for the next block; until then the voice goes on as it
 /// is.
-void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot) noexcept {
+void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
+                                 const PlaneSource& f) noexcept {
     const VoiceState::Seen seen = slot.state.Look();
     if (!seen.Active())
         return CutOff(v);
@@ -200,8 +319,9 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot) noexcept {
     const bool continues = slot.continues && v.sounds;
     const float vel = slot.vel, key = slot.key, freq = slot.freq;
     const float startcx = slot.startcx, startcy = slot.startcy, start = slot.start;
-    const float hpa = slot.hpa, hpb = slot.hpb, hpgain = slot.hpgain;
     const float heldFor = slot.heldfor;
+    OwnValues own;
+    std::copy(slot.own.begin(), slot.own.end(), own.begin());
     std::array<float, 4> rellevel;
     std::copy(slot.rellevel.begin(), slot.rellevel.end(), rellevel.begin());
     if (slot.state.Look() != seen)
@@ -216,20 +336,19 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot) noexcept {
         v.tunes = tunes;
         v.key = key;
         v.freq = freq;
-        // Goes on with what the filter takes away, so that nothing jumps.
-        const float d = v.filter.hpgain * (v.filter.hpsum0 - v.filter.hpsum1);
-        v.filter = {hpa,         hpb, hpgain, d * (1.0F / (1.0F - hpa)), d * (1.0F / (1.0F - hpb)),
-                    v.filter.out};
+        Refilter(v, LowCutFor(freq));
     }
     if (begins) {
-        const float out = continues || v.ends ? v.filter.out * mix.Fade(v) : 0.0F;
+        const bool goesOn = continues || v.ends;
+        const float fade = mix.Fade(v);
         v.notes = notes;
         v.released = false;
         v.ends = false;
         v.fresh = true;
         v.vel = vel;
+        v.own = own;
         v.channel = static_cast<std::size_t>(channel) & 15;
-        v.bend.Set(playing.given ? double(bend) : 0.0);
+        v.bend.Set(playing.Bends() ? double(bend) : 0.0);
         v.t = 0;
         v.age = 0;
         v.cx = startcx;
@@ -237,8 +356,13 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot) noexcept {
         v.x.Restart();
         v.y.Restart();
         // Charged so that the first sample is what the slot's last one was, without a click.
-        const float d = start - out;
-        v.filter = {hpa, hpb, hpgain, d * (1.0F / (1.0F - hpa)), d * (1.0F / (1.0F - hpb)), out};
+        const auto charge = [&](LowCutFilter& filter, float from) {
+            const float out = goesOn ? filter.out * fade : 0.0F;
+            filter = Charged(filter, from - out, out);
+        };
+        charge(v.filter, apart ? StartOf(v, f, -1) : start);
+        if (apart)
+            charge(v.rightFilter, StartOf(v, f, 1));
     }
     if (released && !v.released) {
         const auto places = EnvelopePlaces();

@@ -3,6 +3,7 @@
 
 #include "kits/support/Published.h"
 #include "kits/support/Shared.h"
+#include "synth/Ears.h"
 #include "synth/InputBlock.h"
 #include "synth/OutputMix.h"
 #include "synth/PlaneFunction.h"
@@ -22,12 +23,15 @@ namespace vexa {
 ///
 /// It keeps the running state of every voice to itself and shows it in the voice table after each
 /// Render; notes, releases and coefficients that other threads write are taken up at the start of
-/// each block of kBlock samples. Whoever must have an event at its exact sample ends a Render
+/// each block of kBlock samples, or of kMostCells such blocks where a Render asks for so many and
+/// nothing has changed. Whoever must have an event at its exact sample ends a Render
 /// there.
 class VoiceRenderer {
   public:
     /// Samples that are computed in one go.
     static constexpr std::size_t kBlock = kMostSamples;
+    /// Cells that are computed in one go where nothing changes.
+    static constexpr std::size_t kMostCells = 8;
 
     /// The records are shared and outlive the renderer. Starts with gain 0, dummyfunction and
     /// 44100 samples per second.
@@ -36,7 +40,10 @@ class VoiceRenderer {
 
     /// Writes the next `count` samples of the sum of all voices, times the gain, unclipped.
     /// Media thread: no allocation, lock, wait or system call.
-    void Render(float* buffer, std::size_t count) noexcept;
+    void Render(float* buffer, std::size_t count) noexcept { Render(buffer, nullptr, count); }
+    /// The same for two ears, as far apart as the sound says. Where there is no `right`, or the
+    /// spread is 0, both hear what one hears, and it costs as much.
+    void Render(float* left, float* right, std::size_t count) noexcept;
 
     /// Whether f was so large that it was bounded (kMostHeard). Any thread.
     bool HasBounded() const { return bounded; }
@@ -48,33 +55,48 @@ class VoiceRenderer {
     /// begun before this call is running. Window thread.
     void SetFunction(const PlaneFunction& next) { function.Publish(next); }
 
-    /// Samples per second. Not while rendering.
-    void SetSampleRate(double rate) { sampleRate = rate; }
+    /// Samples per second, of which one in `oversampling` is heard: the low-cut filters keep their
+    /// corner. Voices that sound go on. Not while rendering.
+    void SetSampleRate(double rate, int oversampling = 1) noexcept;
+    /// What the sound wants `oversampling` to be. Any thread.
+    int Oversampling() const noexcept { return playing.Oversampling(); }
 
   private:
     struct Block;
 
-    void TakeUpChange(RunningVoice& running, const voice& slot) noexcept;
+    void TakeUpChange(RunningVoice& running, const voice& slot, const PlaneSource& f) noexcept;
     void TakeUpHands(RunningVoice& running, const voice& slot) noexcept;
     std::size_t Smooth() const noexcept;
     void CutOff(RunningVoice& running) noexcept;
     /// At least one.
     std::size_t SamplesIn(double seconds) const noexcept;
-    void RenderBlock(const PlaneFunction& f, Block& block, float* buffer,
+    void RenderBlock(const PlaneFunction& f, Block& block, float* left, float* right,
                      std::size_t count) noexcept;
+    void OpenEars(bool both, std::size_t count) noexcept;
+    void CloseEars() noexcept;
+    LowCutFilter LowCutFor(float freq) const noexcept;
+    float StartOf(const RunningVoice& v, const PlaneSource& f, double side) const noexcept;
+    bool GoesOn(const RunningVoice& running, const voice& slot) const noexcept;
+    bool RenderCells(const PlaneFunction& f, float* left, float* right, std::size_t cells) noexcept;
     void WakeIfChanged(const VoiceMotion& motion, const PlaneFunction& f) noexcept;
     void ShowProgress() noexcept;
 
     std::array<RunningVoice, kVoiceSlots> running;
     InputBlock inputs;
+    const Macros& macros;
     const ControllerTable& controllers;
     const sound_param& parameters;
     const Playing& playing;
     OutputMix mix;
+    Ears ears;
+    /// The right ear has filters of its own.
+    bool apart = false;
     VoiceTable& voices;
     kits::Shared<float> gain{0};
     kits::Published<PlaneFunction> function{dummyfunction};
     double sampleRate = 44100;
+    /// The rate that the low-cut filters' constants are computed for.
+    double filterRate;
     /// Samples rendered since the beginning of the present cell (Oscillator).
     std::size_t offset = 0;
     kits::Shared<bool> bounded{false};

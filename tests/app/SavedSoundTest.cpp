@@ -57,9 +57,9 @@ TEST_F(SavedSoundTest, IsRenderedAsTheWindowPlaysIt) {
 
     const auto tune = std::filesystem::path(VEXA_PROGRAM_FOLDER) / "demo.mid";
     const auto wav = folder.Path() / "out.wav";
-    const auto rendered = test::RunCommand({VEXA_PROGRAM_FOLDER "/vexa-render", tune.string(),
-                                            wav.string(), "--quiet", "--voices", "1", "--sound",
-                                            (folder.Path() / "sounds/mine.xml").string()});
+    const auto rendered =
+        test::RunCommand({VEXA_PROGRAM_FOLDER "/vexa-render", tune.string(), wav.string(),
+                          "--quiet", "--sound", (folder.Path() / "sounds/mine.xml").string()});
     ASSERT_EQ(rendered.exitCode, 0) << rendered.text;
 
     const auto file = vexa::ReadMidiFile(tune);

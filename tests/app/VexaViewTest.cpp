@@ -23,6 +23,7 @@ namespace {
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::StartsWith;
 using VexaViewTest = test::MainViewTest;
 
 TEST_F(VexaViewTest, StartsWithTheTextsThatItsParametersHave) {
@@ -336,7 +337,7 @@ TEST_F(VexaViewTest, TheSourceMenuListsEachSourceOnceAndConnectsTheChosenOne) {
     BMessenger(view).SendMessage(BMessage(B_MIDI_EVENT));
     BMessenger(view).SendMessage(BMessage(B_MIDI_EVENT));
     test::Settle();
-    ASSERT_EQ(view->DeviceMenu().CountItems(), 2U);
+    ASSERT_EQ(view->DeviceMenu().CountItems(), 4U) << "with what lets programs choose";
     EXPECT_EQ(view->DeviceMenu().Title(), "none");
     BMessage press(B_KEY_DOWN);
     press.AddInt32("key", 24);
@@ -351,6 +352,39 @@ TEST_F(VexaViewTest, TheSourceMenuListsEachSourceOnceAndConnectsTheChosenOne) {
     BMessenger(window).SendMessage(press);
     test::Settle();
     EXPECT_EQ(sounds(), 1);
+}
+
+TEST_F(VexaViewTest, ProgramChangesChooseSoundsWhereTheyAreLetTo) {
+    Open(false);
+    kits::EventGate& midi = *view->Graph().Consumer().Gate();
+    const auto after = [&](uchar program, uchar bank) {
+        midi.ControlChange(3, 32, bank, 0);
+        midi.ProgramChange(3, 0, 0);
+        midi.ProgramChange(3, program, 0);
+        test::Settle();
+        return view->Caption();
+    };
+    const std::string before = view->Caption();
+    EXPECT_EQ(after(1, 0), before) << "not without being asked to";
+    view->DeviceMenu().FindItem(vexa::kFollowProgramsCode)->Choose();
+    test::Settle();
+    EXPECT_THAT(after(1, 0), StartsWith("bell"));
+    EXPECT_EQ(view->Field(vexa::FunctionField::Expression).Text(),
+              std::string("0.3*sin(1.7*x+1.4*y*(1+0.3*x*x))"));
+    EXPECT_THAT(after(1, 1), testing::AllOf(StartsWith("bell"), HasSubstr("no program 129")));
+    view->ChannelMenu().FindItem(vexa::ChannelCode(3))->Choose();
+    test::Settle();
+    EXPECT_THAT(after(0, 0), StartsWith("bell")) << "of another channel";
+    view->ChannelMenu().FindItem(vexa::ChannelCode(4))->Choose();
+    test::Settle();
+    EXPECT_THAT(after(0, 0),
+                testing::AllOf(StartsWith("bass"), testing::Not(HasSubstr("program"))));
+    std::ofstream(In("sounds/bell.xml")) << "no sound";
+    EXPECT_THAT(after(1, 0), testing::AllOf(StartsWith("bass"), HasSubstr("bell is not loaded")));
+    view->DeviceMenu().FindItem(vexa::kFollowProgramsCode)->Choose();
+    test::Settle();
+    EXPECT_THAT(after(2, 0), StartsWith("bass"));
+    EXPECT_TRUE(alerts.texts.empty());
 }
 
 TEST_F(VexaViewTest, AnotherChannelReleasesWhatIsHeldAndTheKeysPlayOnIt) {

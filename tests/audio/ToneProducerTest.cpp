@@ -337,6 +337,36 @@ TEST_F(ToneProducer, ADisabledOutputPlaysOnUnheard) {
     EXPECT_GT(test::Peak(sink->samples), 0.5F);
 }
 
+TEST_F(ToneProducer, HasTwoChannelsWhereItIsTold) {
+    sink->bufferSize = 131072; // long, so that no load makes it drop the voice
+    producer->SetChannels(2);
+    vexa::Engine reference;
+    test::MakeSine(reference);
+    for (vexa::Engine* each : {&instrument, &reference})
+        each->consumer.NoteOn(0, 69, 127, 0);
+    ASSERT_EQ(Connect(), B_OK);
+    EXPECT_EQ(Output().format.u.raw_audio.channel_count, 2U);
+    EXPECT_EQ(producer->BufferDuration(), 371519) << "16384 frames";
+    Start(0);
+    // A spread that comes and goes needs no other connection.
+    for (const float spread : {0.0F, 60.0F, 0.0F, 180.0F}) {
+        for (vexa::Engine* each : {&instrument, &reference}) {
+            each->playing.given = true;
+            each->playing.spread = spread;
+        }
+        sink->starts.clear();
+        for (bigtime_t to = 1; sink->starts.empty(); to += 100000)
+            RunTo(to);
+        std::vector<float> left(16384), right(16384), both;
+        reference.renderer.Render(left.data(), right.data(), left.size());
+        for (std::size_t i = 0; i < left.size(); i++)
+            both.insert(both.end(), {left[i], right[i]});
+        EXPECT_EQ(sink->samples, both) << spread;
+        EXPECT_EQ(left == right, spread == 0 && sink->starts[0] == 0) << spread;
+    }
+    EXPECT_EQ(producer->DroppedVoices(), 0);
+}
+
 TEST_F(ToneProducer, AnEventTakesEffectAtItsFrame) {
     constexpr bigtime_t kBuffer = 92879; // 4096 frames
     sink->bufferSize = 16384;
@@ -370,6 +400,38 @@ TEST_F(ToneProducer, AnEventTakesEffectAtItsFrame) {
     gate.NoteOn(0, 69, 127, 0);
     RunTo(4 * kBuffer);
     EXPECT_EQ(firstAndLast().first, 1);
+    producer->SetEvents(nullptr);
+}
+
+TEST_F(ToneProducer, AnEventOfAnOversampledSoundIsHeardAtItsFrameToo) {
+    constexpr bigtime_t kBuffer = 92879; // 4096 frames
+    sink->bufferSize = 16384;
+    sink->tellsTime = true;
+    kits::EventGate gate(instrument.consumer);
+    gate.SetTimed(true);
+    producer->SetEvents(&gate);
+    ASSERT_EQ(Connect(), B_OK);
+    Start(0);
+    bigtime_t buffer = 0;
+    std::vector<float> first;
+    bigtime_t firstDelay = 0;
+    // One sound after the other, on the same connection: 1, 4, 16 and 1 times the rate.
+    for (const int power : {0, 2, 4, 0}) {
+        instrument.playing.oversample = float(power);
+        RunTo(++buffer * kBuffer);
+        const bigtime_t delay = producer->EventDelay();
+        gate.NoteOn(0, 69, 127, (4096 * buffer + 500) * 1000000 / 44100 - delay);
+        gate.AllNotesOff(false, (4096 * buffer + 3500) * 1000000 / 44100 - delay);
+        RunTo(++buffer * kBuffer);
+        if (first.empty()) {
+            first = sink->samples;
+            firstDelay = delay;
+            EXPECT_GT(test::Peak(first), 0.9F);
+        }
+        EXPECT_EQ(delay - firstDelay, power == 0 ? 0 : 725) << "32 frames";
+        for (std::size_t i = 0; i < 3400; i++)
+            ASSERT_NEAR(sink->samples[i], first[i], 0.01) << power << ' ' << i;
+    }
     producer->SetEvents(nullptr);
 }
 

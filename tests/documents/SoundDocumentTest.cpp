@@ -239,6 +239,11 @@ TEST(SoundDocument, PlayingBelongsToTheSoundAloneAndMayBeEmpty) {
     EXPECT_EQ(playing.bend, 7);
     ApplyPlaying(sound, {}, playing);
     EXPECT_FALSE(playing.given);
+    PlayingTexts finer;
+    finer.texts[7] = "4";
+    ApplyPlaying(sound, finer, playing);
+    EXPECT_EQ(playing.Oversampling(), 4);
+    EXPECT_FALSE(playing.given) << "how finely is not how";
     EXPECT_EQ(playing.bend, 0) << "all is absent after every load";
 }
 

@@ -49,6 +49,10 @@ TEST_F(ProgramFoldersTest, APersonsNamesStandBeforeTheProgramsAndCopiesDoNot) {
     EXPECT_EQ(Found("gone.xml"), "own/sounds/gone.xml") << "there is no other one";
     folder.Write("own/sounds/bell.xml", "abcd");
     EXPECT_EQ(Found("bell.xml"), "own/sounds/bell.xml");
+    folder.Write("own/sounds/.hidden.xml", "abcd");
+    folder.Write("own/sounds/Zebra.xml/in.xml", "abcd");
+    EXPECT_EQ(folders.Documents("sounds"),
+              (std::vector<std::string>{"bass.xml", "bell.xml", "gone.xml", "mine.xml"}));
     folder.Write("shipped/sounds/bell.xml", "abc");
     const kits::ProgramFolders one(folder.Path() / "shipped");
     EXPECT_EQ(one.Own("sounds"), one.Shipped("sounds"));

@@ -150,7 +150,8 @@ TEST(Live, WhatIsHeardIsRecordedSampleBySample) {
     const auto allTheSame = [&] {
         const test::TemporaryFolder folder;
         const auto path = folder.Path() / "heard.wav";
-        LivePlay play(512, 48000 * 20, test::kSineSound, {"--record", path.string()});
+        LivePlay play(512, 48000 * 20, test::kSineSound,
+                      {"--record", path.string(), "--spread", "60"});
         test::Ear right(48000 * 20);
         right.Connect("Vexa:Vexa audio out right", right.Name());
         std::vector<std::uint32_t> noteOns;
@@ -163,11 +164,12 @@ TEST(Live, WhatIsHeardIsRecordedSampleBySample) {
         std::array<std::vector<float>, 2> kept;
         for (std::size_t i = 0; i < file.values.size(); i++)
             kept[i % 2].push_back(file.values[i]);
-        const std::vector<float> heard = sounding(play.Samples());
-        EXPECT_FALSE(heard.empty());
+        const std::vector<float> left = sounding(play.Samples());
+        EXPECT_FALSE(left.empty());
+        EXPECT_NE(sounding(kept[0]), sounding(kept[1])) << "each ear hears its own";
         // Not where the server has lost periods.
-        return play.Lost() == 0 && sounding(kept[0]) == heard && sounding(kept[1]) == heard &&
-               sounding(right.Samples()) == heard;
+        return play.Lost() == 0 && sounding(kept[0]) == left &&
+               sounding(kept[1]) == sounding(right.Samples());
     };
     EXPECT_TRUE(test::SucceedsInTheEnd(allTheSame));
 }
@@ -399,6 +401,42 @@ TEST(Live, AServerThatComesLateOrComesBackIsPlayedThrough) {
         return right;
     };
     EXPECT_TRUE(SoundsRight(sounds, {"--midi", "player-01:out"}, 0));
+}
+
+/// A note 50 ms after a program change has the sound of that number, or the one before where there
+/// is none; the note before it goes on.
+TEST(Live, ProgramChangesChooseSounds) {
+    const test::TemporaryFolder data;
+    const std::string sine = test::kSineSound;
+    const std::string octave = "<fx>2</fx></vexasound>";
+    // Before and behind the sounds that come with the program.
+    data.Write("vexa/sounds/0.xml", sine.substr(0, sine.rfind('<')) + octave);
+    data.Write("vexa/sounds/1.xml", "no sound");
+    ::setenv("XDG_DATA_HOME", data.Path().c_str(), 1);
+    const auto sounds = [](LivePlay& play) {
+        play.Play({{1000, {0x90, 45, 100}},
+                   {9600, {0xC0, 2}},
+                   {12000, {0xC0, 0}},
+                   {14400, {0x90, 69, 100}},
+                   {24000, {0xB0, 32, 1}}, // a bank that there is not
+                   {24000, {0xC0, 0}},
+                   {26400, {0x90, 57, 100}},
+                   {40000, {0xB0, 32, 0}},
+                   {40000, {0xC0, 1}},
+                   {43000, {0x90, 81, 100}}});
+        play.Listen(24000);
+        play.WaitForLog("program 0: 0");
+        play.WaitForLog("there is no program 128: there are 12 sounds, the first is program 0");
+        play.WaitForLog("sounds/1.xml");
+        const auto level = [&play](std::uint32_t frame, double hertz) {
+            const auto heard = std::span(play.Samples()).subspan(play.At(frame) + 480, 4800);
+            return test::Amplitude(heard, hertz, 48000);
+        };
+        return level(14400, 880) > 0.2 && level(14400, 220) > 0.2 && level(26400, 440) > 0.2 &&
+               level(26400, 220) > 0.2 && level(43000, 1760) > 0.2;
+    };
+    EXPECT_TRUE(SoundsRight(sounds, {"--user-folder", "--programs"}, 512));
+    ::unsetenv("XDG_DATA_HOME");
 }
 
 /// Other clients, with their sockets in a row with ours, may hide what a library does when the

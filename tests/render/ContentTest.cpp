@@ -96,6 +96,53 @@ TEST(Content, EverySoundIsHeardCleanEndsAndIsItself) {
     EXPECT_GE(timbres.size(), 9U);
 }
 
+/// What ears so many degrees apart hear of a held note: the left one, the right one, and a single
+/// loudspeaker for both.
+std::array<std::vector<float>, 3> Hear(const Sound& sound, uchar note, float spread) {
+    vexa::Instrument whole(kFolder, vexa::Addons::None);
+    EXPECT_TRUE(whole.Load(sound));
+    vexa::Engine& instrument = whole.Playing();
+    instrument.playing.given = true;
+    instrument.playing.spread = spread;
+    instrument.renderer.SetGain(0.25F);
+    instrument.consumer.NoteOn(0, note, 100, 0);
+    std::array<std::vector<float>, 3> heard;
+    heard.fill(std::vector<float>(6 * 44100));
+    auto& [left, right, sum] = heard;
+    instrument.renderer.Render(left.data(), right.data(), left.size());
+    for (std::size_t i = 0; i < sum.size(); i++)
+        sum[i] = (left[i] + right[i]) / 2;
+    return heard;
+}
+
+TEST(Content, APadWithASpreadOf60KeepsItsFundamentalOnEitherSideAndInMono) {
+    int pads = 0;
+    for (const fs::path& path : Documents("sounds")) {
+        vexa::ReadReport report;
+        const auto sound = vexa::ReadSound(path, report);
+        ASSERT_TRUE(sound);
+        // The pads, and those that are played like one.
+        const std::string name = path.stem();
+        if (sound->info.category != "pad" && name != "pad" && name != "drone")
+            continue;
+        pads++;
+        for (const uchar note : {36, 48, 60, 72}) {
+            const double hertz = 440 * std::exp2((note - 69) / 12.0);
+            const std::vector<float> mono = Hear(*sound, note, 0)[0];
+            for (const std::vector<float>& ear : Hear(*sound, note, 60)) {
+                for (std::size_t at = 0; at + 11025 <= mono.size(); at += 5512) {
+                    const auto level = [&](const std::vector<float>& samples) {
+                        return test::Amplitude({&samples[at], 11025}, hertz, kRate);
+                    };
+                    EXPECT_GT(20 * std::log10(level(ear) / level(mono)), -12)
+                        << name << ' ' << int(note) << ' ' << at;
+                }
+            }
+        }
+    }
+    EXPECT_GE(pads, 2);
+}
+
 TEST(Content, EveryDocumentIsAsTheProgramWouldSaveIt) {
     const test::TemporaryFolder folder;
     const fs::path copy = folder.Path() / "copy.xml";

@@ -42,7 +42,7 @@ TEST(Options, ReadsEveryOptionWhereverItStands) {
     EXPECT_EQ(options->voices, 3);
     EXPECT_EQ(options->channel, 15) << "channel 1 is 0";
     EXPECT_EQ(options->rate, 48000);
-    EXPECT_EQ(options->oversample, 4);
+    EXPECT_EQ(options->playing.texts[7], "4") << "oversample";
     EXPECT_EQ(options->tuning.scale, "a.scl");
     EXPECT_EQ(options->tuning.keymap, "b.kbm");
     EXPECT_EQ(options->tuning.a4, 442.5);

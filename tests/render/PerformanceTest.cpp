@@ -2,6 +2,8 @@
 
 #include "support/Sounds.h"
 
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -21,18 +23,44 @@ MidiFile Tune() {
             file.events.push_back({seconds, MidiEvent::Kind::NoteOff, 0, note, 0});
         file.events.push_back({seconds, MidiEvent::Kind::ControlChange, 0, 1, uint8(i % 128)});
     }
-    file.duration = 1.5;
+    // Then little happens, so that the points move alike for long.
+    for (int i = 0; i < 16; i++) {
+        const double seconds = 1.6 + 0.2113 * i;
+        file.events.push_back({seconds, MidiEvent::Kind::PitchBend, 0, uint8(i), uint8(90 - i)});
+        file.events.push_back({seconds + 0.05, MidiEvent::Kind::ControlChange, 0,
+                               uint8(i % 3 == 0 ? 7 : 2), uint8(120 - 3 * i)});
+        for (int note = 40 + i; note < 90; note += 16)
+            file.events.push_back({seconds + 0.1, MidiEvent::Kind::NoteOff, 0, uint8(note), 0});
+    }
+    file.duration = 5;
     return file;
 }
 
-std::vector<float> Perform(const MidiFile& file, std::size_t block) {
+/// How a sound is played: not at all, so that it comes to rest; with wheel, volumes and smooth
+/// changes; and with two ears besides.
+enum class Way { plain, played, stereo };
+
+/// One ear, or both, one after the other.
+std::vector<float> Perform(const MidiFile& file, std::size_t block, Way way) {
     Engine instrument;
     test::MakeRich(instrument);
-    Performance performance(instrument, file, 44100, 0.5);
-    std::vector<float> all;
-    std::vector<float> buffer(block);
-    while (const std::size_t n = performance.Render(buffer.data(), block))
-        all.insert(all.end(), buffer.begin(), buffer.begin() + std::ptrdiff_t(n));
+    vexa::sound_param& p = instrument.parameters;
+    if (way == Way::plain)
+        p.Cx1 = p.Cx3 = p.Cy2 = p.Ay2 = 0;
+    test::SetEnvelope(instrument.envelopes[0], {{0, false, 0}, {0.4F, false, 1}, {0.3F, true, 0}});
+    const bool both = way == Way::stereo;
+    instrument.playing.given = way != Way::plain;
+    instrument.playing.bend = 2;
+    instrument.playing.smooth = 30;
+    instrument.playing.spread = both ? 60.0F : 0.0F;
+    Performance performance(instrument, file, 44100, 3);
+    std::vector<float> all, others;
+    std::vector<float> left(block), right(block);
+    while (const auto n = performance.Render(left.data(), both ? right.data() : nullptr, block)) {
+        all.insert(all.end(), left.data(), left.data() + n);
+        others.insert(others.end(), right.data(), right.data() + (both ? n : 0));
+    }
+    all.insert(all.end(), others.begin(), others.end());
     EXPECT_EQ(performance.Position(), performance.Length());
     EXPECT_EQ(performance.MostVoices(), 20);
     return all;
@@ -40,11 +68,15 @@ std::vector<float> Perform(const MidiFile& file, std::size_t block) {
 
 TEST(Performance, DoesNotDependOnTheBlock) {
     const MidiFile file = Tune();
-    const std::vector<float> whole = Perform(file, 1000000);
-    EXPECT_EQ(whole.size(), 88200U);
-    EXPECT_GT(test::Peak(whole), 0.1F);
-    for (const std::size_t block : {1, 63, 512})
-        EXPECT_EQ(Perform(file, block), whole) << block;
+    for (const Way way : {Way::plain, Way::played, Way::stereo}) {
+        const std::vector<float> whole = Perform(file, 1000000, way);
+        EXPECT_EQ(whole.size(), (way == Way::stereo ? 16 : 8) * 44100U);
+        EXPECT_GT(test::Peak(whole), 0.1F);
+        for (const std::size_t block : {7, 64, 512}) {
+            const std::vector<float> other = Perform(file, block, way);
+            EXPECT_TRUE(std::ranges::equal(other, whole)) << block << ' ' << int(way);
+        }
+    }
 }
 
 TEST(Performance, EventsTakeEffectAtTheirSample) {
@@ -57,7 +89,7 @@ TEST(Performance, EventsTakeEffectAtTheirSample) {
     file.duration = 0.03;
     Performance performance(instrument, file, 44100, 0);
     std::vector<float> samples(2000);
-    samples.resize(performance.Render(samples.data(), samples.size()));
+    samples.resize(performance.Render(samples.data(), nullptr, samples.size()));
     EXPECT_EQ(samples.size(), 1323U);
     // The envelope begins at 0, so the sample of the event itself is the last one that is silent.
     const auto sounds = [](float sample) { return sample != 0; };

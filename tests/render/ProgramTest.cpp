@@ -3,6 +3,7 @@
 #include "support/Command.h"
 #include "support/Environment.h"
 #include "support/Limits.h"
+#include "support/SoundFiles.h"
 #include "support/Sounds.h"
 #include "support/Spectrum.h"
 #include "support/TemporaryFolder.h"
@@ -164,6 +165,33 @@ TEST_F(RenderProgram, OversamplingTakesTheAliasesAwayAndLeavesTheRest) {
     EXPECT_NEAR(level[1] / level[0], 1, 0.03);
     EXPECT_GT(alias[0], 0.05 * level[0]);
     EXPECT_LT(alias[1], 0.01 * level[1]);
+}
+
+TEST_F(RenderProgram, ASpreadGivesTwoChannelsThatFarApart) {
+    // On the plane f = x a note is the cosine of the orbit's phase.
+    for (const char* name : {"a.wav", "a.flac", "a.ogg"}) {
+        for (const char* degrees : {"0", "60"}) {
+            const CommandResult result =
+                Run({OneNote(), Path(name), "--function", "x", "--normalize", "--tail", "0",
+                     "--oversample", "4", "--spread", degrees});
+            ASSERT_EQ(result.exitCode, 0) << result.text;
+            EXPECT_THAT(result.text, HasSubstr("peak 1.000"));
+            const test::DecodedSound sound = test::ReadSound(Path(name), 0);
+            ASSERT_EQ(sound.channels, degrees[0] == '6' ? 2U : 1U);
+            if (sound.channels == 1)
+                continue;
+            std::vector<float> left, sum, difference;
+            for (std::size_t i = 8000; i < 20000; i += 2) {
+                left.push_back(sound.values[i]);
+                sum.push_back(sound.values[i] + sound.values[i + 1]);
+                difference.push_back(sound.values[i] - sound.values[i + 1]);
+            }
+            const double level = test::Amplitude(left, 440, 44100);
+            EXPECT_GT(level, 0.3);
+            EXPECT_NEAR(test::Amplitude(sum, 440, 44100) / level, std::sqrt(3), 0.02) << name;
+            EXPECT_NEAR(test::Amplitude(difference, 440, 44100) / level, 1, 0.02) << name;
+        }
+    }
 }
 
 TEST_F(RenderProgram, ASampleCanReplaceTheFunction) {

@@ -13,14 +13,14 @@
 namespace test {
 
 struct Event {
-    enum class Kind { Note, Controller, VoiceLimit };
+    enum class Kind { Note, Controller, VoiceLimit, Spread };
     /// The sample.
     std::size_t at;
     Kind kind;
     /// Of the key or the controller.
     int number;
-    /// The velocity, where 0 releases the note, the controller's value, or how many voices may
-    /// sound.
+    /// The velocity, where 0 releases the note, the controller's value, how many voices may sound,
+    /// or degrees.
     int value;
 };
 
@@ -57,6 +57,11 @@ void Take(const Event& event, vexa::Engine& instrument, ScalarReference<F>& refe
         instrument.consumer.ReduceToMaxVox(event.value);
         reference.LimitVoices(event.value);
         break;
+    case Event::Kind::Spread:
+        instrument.playing.given = true;
+        instrument.playing.spread = float(event.value);
+        reference.SetSpread(event.value);
+        break;
     case Event::Kind::Controller:
         instrument.consumer.ControlChange(0, number, value, 0);
         reference.ctl[number] = float(event.value / 127.0);
@@ -79,14 +84,17 @@ void Take(const Event& event, vexa::Engine& instrument, ScalarReference<F>& refe
 template<class F>
 float Difference(vexa::Engine& instrument, ScalarReference<F>& reference,
                  std::span<const Event> events, std::size_t samples, std::size_t blockLimit) {
-    std::vector<float> is(samples);
-    std::vector<float> should(samples);
+    // The right ear's after the left one's, if it is computed.
+    const std::size_t ears = reference.stereo ? 2 : 1;
+    std::vector<float> is(samples * ears);
+    std::vector<float> should(samples * ears);
     std::size_t done = 0;
     const auto playTo = [&](std::size_t end) {
         while (done < end) {
             const std::size_t n = std::min(blockLimit, end - done);
-            instrument.renderer.Render(&is[done], n);
-            reference.Fill(&should[done], n);
+            float* const right = ears == 2 ? &is[samples + done] : nullptr;
+            instrument.renderer.Render(&is[done], right, n);
+            reference.Fill(&should[done], n, right ? &should[samples + done] : nullptr);
             done += n;
         }
     };
@@ -98,7 +106,7 @@ float Difference(vexa::Engine& instrument, ScalarReference<F>& reference,
     EXPECT_GT(Peak({should.end() - 4410, should.end()}), 0.02F)
         << "a silent piece compares nothing";
     float difference = 0;
-    for (std::size_t i = 0; i < samples; i++)
+    for (std::size_t i = 0; i < is.size(); i++)
         difference = std::max(difference, std::abs(is[i] - should[i]));
     return difference;
 }

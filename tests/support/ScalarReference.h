@@ -35,6 +35,8 @@ class ScalarReference {
     /// Seconds.
     double smooth = 0;
     int voiceLimit = 20;
+    /// Whether the right ear is computed too.
+    bool stereo = false;
     std::array<float, 128> ctl{};
 
     void NoteOn(int note, int velocity) {
@@ -46,11 +48,9 @@ class ScalarReference {
         const auto cy = float(p.C0y0 + p.C0y1 * vel + p.C0y2 * key + p.C0y3 * ctl[p.C0y4]);
         const auto hpa = float(std::exp(double(-k)));
         const auto hpb = float(std::exp(-2.0 * k));
-        const float s0 = Value(p.EnvAx->Value(0, false, 0) + cx, cy, vel, key, 0);
         Voice* v = Choose(key);
         if (!v)
             return;
-        const float d = v->active ? s0 - v->out : s0;
         v->vel = vel;
         v->key = key;
         v->cx = cx;
@@ -61,8 +61,15 @@ class ScalarReference {
         v->hpa = hpa;
         v->hpb = hpb;
         v->hpgain = float((1.0 - hpa) * (1.0 - hpb) / (double(hpa) - hpb));
-        v->hpsum0 = d * (1 / (1 - hpa));
-        v->hpsum1 = d * (1 / (1 - hpb));
+        for (int side = 0; side < 2; side++) {
+            Ear& ear = v->ears[side];
+            const double x = p.EnvAx->Value(0, false, 0) * std::cos(Turn(side, p.Fx)) + cx;
+            const double y = p.EnvAy->Value(0, false, 0) * std::sin(Turn(side, p.Fy)) + cy;
+            const float s0 = Value(float(x), float(y), vel, key, 0);
+            const float d = v->active ? s0 - ear.out : s0;
+            ear.hpsum0 = d * (1 / (1 - hpa));
+            ear.hpsum1 = d * (1 / (1 - hpb));
+        }
         v->active = true;
         v->fresh = true;
     }
@@ -85,6 +92,12 @@ class ScalarReference {
         macro = {macro.Now(), to, 0, std::floor(0.01 * sampleRate)};
     }
 
+    /// Degrees; from the next sample on, but the first, the ears go there in a straight line, over
+    /// 10 ms.
+    void SetSpread(double to) {
+        spread = {begun ? spread.Now() : to, to, 0, std::floor(0.01 * sampleRate)};
+    }
+
     /// Ends those that have sounded longest, released ones first.
     void LimitVoices(int limit) {
         voiceLimit = limit;
@@ -92,17 +105,21 @@ class ScalarReference {
             Longest()->active = false;
     }
 
-    void Fill(float* buffer, std::size_t count) {
+    void Fill(float* left, std::size_t count, float* right = nullptr) {
         for (std::size_t i = 0; i < count; i++) {
-            float sum = 0;
+            std::array<float, 2> sums{};
             for (Voice& v : voices) {
                 if (v.active)
-                    sum += Sample(v);
+                    Sample(v, sums);
             }
-            buffer[i] = sum * gain;
+            left[i] = sums[0] * gain;
+            if (right)
+                right[i] = sums[1] * gain;
             for (Ramp& macro : macros)
                 macro.passed++;
+            spread.passed++;
         }
+        begun = true;
     }
 
   private:
@@ -112,8 +129,14 @@ class ScalarReference {
         double Now() const { return passed < length ? from + (to - from) * (passed / length) : to; }
     };
 
+    /// What a voice is to the left or to the right ear.
+    struct Ear {
+        float hpsum0, hpsum1, out;
+    };
+
     struct Voice {
-        float hpa, hpb, hpgain, hpsum0, hpsum1;
+        float hpa, hpb, hpgain;
+        std::array<Ear, 2> ears;
         std::array<float, 4> rellevel;
         bool active;
         double t;
@@ -123,7 +146,7 @@ class ScalarReference {
         double phasex, phasey;
         float freq;
         double cx, cy;
-        float vel, key, out;
+        float vel, key;
         bool fresh;
         std::array<Line, 6> sums;
     };
@@ -136,6 +159,11 @@ class ScalarReference {
             return passed < length ? from + (to - from) * float(passed / length) : to;
         }
     };
+
+    /// By how much an oscillator's phase is another for the ear.
+    double Turn(int side, float frequency) const {
+        return (side == 0 ? -0.5 : 0.5) * frequency * spread.Now() * M_PI / 180;
+    }
 
     float Value(float x, float y, float vel, float key, float age) const {
         if constexpr (std::invocable<const F&, float, float>)
@@ -160,7 +188,8 @@ class ScalarReference {
         return now;
     }
 
-    float Sample(Voice& v) const {
+    /// Adds the next sample of both ears.
+    void Sample(Voice& v, std::array<float, 2>& sums) const {
         const double dt = 1.0 / sampleRate;
         const auto t = float(v.t);
         const double dCx =
@@ -180,21 +209,24 @@ class ScalarReference {
                                  double(p.Ay0) + double(p.Ay1) * v.vel + double(p.Ay2) * v.key +
                                      double(p.Ay3) * ctl[p.Ay4]);
         v.fresh = false;
-        const auto x = float(Ax * std::cos(v.phasex) + v.cx);
-        const auto y = float(Ay * std::sin(v.phasey) + v.cy);
-        const float s = Value(x, y, v.vel, v.key, float(v.age));
-        const double w0 = double(v.hpa) * v.hpsum0 + s;
-        const double w1 = double(v.hpb) * v.hpsum1 + s;
-        v.hpsum0 = float(w0);
-        v.hpsum1 = float(w1);
-        v.out = float(s - v.hpgain * (w0 - w1));
+        for (int side = 0; side < (stereo ? 2 : 1); side++) {
+            Ear& ear = v.ears[side];
+            const auto x = float(Ax * std::cos(v.phasex + Turn(side, p.Fx)) + v.cx);
+            const auto y = float(Ay * std::sin(v.phasey + Turn(side, p.Fy)) + v.cy);
+            const float s = Value(x, y, v.vel, v.key, float(v.age));
+            const double w0 = double(v.hpa) * ear.hpsum0 + s;
+            const double w1 = double(v.hpb) * ear.hpsum1 + s;
+            ear.hpsum0 = float(w0);
+            ear.hpsum1 = float(w1);
+            ear.out = float(s - v.hpgain * (w0 - w1));
+            sums[side] += ear.out;
+        }
         v.t += dt;
         v.age += dt;
         v.cx += dt * dCx;
         v.cy += dt * dCy;
         v.phasex += 6.28318530718 * p.Fx * v.freq * dt;
         v.phasey += 6.28318530718 * p.Fy * v.freq * dt;
-        return v.out;
     }
 
     int Sounding() const {
@@ -236,6 +268,8 @@ class ScalarReference {
     const vexa::sound_param& p;
     const F f;
     std::array<Ramp, 4> macros;
+    Line spread{0, 0, 0, 0};
+    bool begun = false;
     std::array<Voice, 21> voices{};
 };
 

@@ -18,7 +18,7 @@ constexpr int kControllers[] = {1, 2};
 float Difference(
     const std::vector<test::Event>& events, std::size_t samples, double rate,
     std::size_t blockLimit, const std::function<void(vexa::sound_param&)>& change = [](auto&) {},
-    float smooth = 0) {
+    float smooth = 0, bool stereo = false) {
     Engine instrument;
     test::MakeRich(instrument);
     change(instrument.parameters);
@@ -26,6 +26,7 @@ float Difference(
     instrument.playing.given = smooth > 0;
     instrument.playing.smooth = smooth;
     reference.smooth = smooth / 1000.0;
+    reference.stereo = stereo;
     instrument.renderer.SetSampleRate(rate);
     reference.sampleRate = rate;
     return test::Difference(instrument, reference, events, samples, blockLimit);
@@ -39,6 +40,88 @@ TEST(VoiceRenderer, IsTheScalarReferenceOverTenSecondsOfTwentyVoices) {
     EXPECT_LE(Difference(
                   events, samples, 44100, 100, [](auto&) {}, 20),
               1e-6F);
+}
+
+TEST(VoiceRenderer, IsTheScalarReferenceWithBothEarsWhereverTheyAre) {
+    const std::size_t samples = 441000;
+    const auto unchanged = [](auto&) {};
+    using Kind = test::Event::Kind;
+    std::vector<test::Event> events = test::Piece(samples, 1, kControllers);
+    // Apart from the start, within a cell, one again for a while, and while they are on their way.
+    for (const auto& [at, degrees] : {std::pair<std::size_t, int>{0, 60},
+                                      {100001, 137},
+                                      {150000, 0},
+                                      {250000, 180},
+                                      {250300, 20}}) {
+        const auto place = std::find_if(events.begin(), events.end(),
+                                        [at = at](const auto& event) { return event.at >= at; });
+        events.insert(place, {at, Kind::Spread, 0, degrees});
+    }
+    EXPECT_LE(Difference(events, samples, 44100, samples, unchanged, 0, true), 1e-6F);
+    EXPECT_LE(Difference(events, samples, 48000, 37, unchanged, 20, true), 1e-6F);
+}
+
+TEST(VoiceRenderer, HearsTheSameWithBothEarsWhereTheyAreOne) {
+    std::vector<std::vector<float>> heard;
+    for (const bool stereo : {false, true}) {
+        for (const float spread : {0.0F, 90.0F}) {
+            Engine instrument;
+            test::MakeRich(instrument);
+            instrument.playing.given = true;
+            instrument.playing.spread = spread;
+            for (uchar note = 40; note < 60; note++)
+                instrument.consumer.NoteOn(0, note, 100, 0);
+            heard.resize(heard.size() + 2);
+            for (std::vector<float>& ear : heard)
+                ear.resize(45000);
+            float* const left = heard[heard.size() - 2].data();
+            float* const right = heard.back().data();
+            instrument.renderer.Render(left, stereo ? right : nullptr, 15000);
+            instrument.playing.spread = 0;
+            instrument.renderer.Render(left + 15000, stereo ? right + 15000 : nullptr, 30000);
+        }
+    }
+    const std::vector<float>& mono = heard[0];
+    EXPECT_EQ(heard[2], mono) << "a single ear knows no spread";
+    EXPECT_EQ(heard[4], mono);
+    EXPECT_EQ(heard[5], mono);
+    for (const std::size_t ear : {6, 7}) {
+        EXPECT_NE(heard[ear], mono);
+        EXPECT_TRUE(std::equal(heard[ear].end() - 100, heard[ear].end(), mono.end() - 100,
+                               [](float a, float b) { return std::abs(a - b) < 1e-5F; }))
+            << "and is one of a pair that came together";
+    }
+}
+
+TEST(VoiceRenderer, MovesTheEarsWithoutAClick) {
+    Engine instrument;
+    test::MakeSine(instrument);
+    instrument.playing.given = true;
+    std::vector<float> left, right;
+    const auto play = [&](float spread, std::size_t count) {
+        instrument.playing.spread = spread;
+        left.resize(left.size() + count);
+        right.resize(left.size());
+        instrument.renderer.Render(&*left.end() - count, &*right.end() - count, count);
+    };
+    play(0, 10);
+    instrument.consumer.NoteOn(0, 69, 127, 0);
+    play(0, 5001);
+    play(180, 5003);
+    instrument.consumer.NoteOn(0, 69, 127, 0);
+    play(180, 5000);
+    instrument.parameters.Fx = 0.5F;
+    play(180, 100);
+    instrument.parameters.Fx = 1;
+    play(0, 3000);
+    // A sine of 440 Hz moves by 2 pi 440 / 44100 a sample at most, the ears by pi / 2 in 441.
+    const double most = 1.5 * (2 * M_PI * 440 / 44100 + M_PI / 882);
+    EXPECT_LT(test::LargestStep(left), most);
+    EXPECT_LT(test::LargestStep(right), most);
+    EXPECT_EQ(Peak({left.data(), 11}), 0);
+    // Where they are half a turn apart one hears the opposite of the other.
+    for (std::size_t i = 8000; i < 10000; i++)
+        ASSERT_NEAR(left[i], -right[i], 0.01);
 }
 
 TEST(VoiceRenderer, IsTheScalarReferenceOverTenMinutesOfOneVoice) {

@@ -183,7 +183,7 @@ TEST(Tuning, TheLowestAndTheHighestThatCanBePlayedAreFinite) {
             vexa::Engine instrument;
             test::MakeSine(instrument);
             instrument.consumer.SetTuning(tuning);
-            instrument.consumer.SetFilterRate(kRate * oversample);
+            instrument.renderer.SetSampleRate(kRate, oversample);
             instrument.consumer.NoteOn(0, 60, 100, 0);
             const float peak = test::Peak(test::Render(instrument, 100000));
             EXPECT_TRUE(peak > 0 && peak < 3) << hertz << " Hz, " << oversample << " x: " << peak;

@@ -16,9 +16,9 @@
 
 namespace kits {
 
-/// Takes any number of mono float producers up to kMostInputs, of any rate. Converts each to the
-/// device's rate in the producer's media thread; the device's thread sums them and limits the sum
-/// to -1..1. Both go through rings without waiting for each other.
+/// Takes any number of producers of floats in one or two channels up to kMostInputs, of any rate.
+/// Converts each to the device's rate in the producer's media thread; the device's thread sums them
+/// and limits the sum to -1..1. Both go through rings without waiting for each other.
 class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSource {
   public:
     static constexpr std::size_t kMostInputs = 8;

@@ -39,6 +39,8 @@ void EventGate::Deliver() {
 }
 
 void EventGate::Take(const MidiEvent& event) {
+    if (EventWatcher* const told = watcher)
+        told->Came(event);
     while (!ring.Write(&event, 1)) {
         Deliver();
         if (ring.Writable() == 0)

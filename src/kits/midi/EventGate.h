@@ -30,6 +30,13 @@ struct MidiEvent {
     uint8 data2;
 };
 
+/// Hears of events as they come in, before their time. MIDI thread.
+class EventWatcher {
+  public:
+    virtual ~EventWatcher() = default;
+    virtual void Came(const MidiEvent& event) = 0;
+};
+
 /// Calls the consumer's hooks one after the other, in the order in which the events came in: at
 /// once, in the MIDI thread, or, while it is timed, whenever a Turn says so in the thread that
 /// renders. Hooks of system messages are called at once all the same, and may run beside the
@@ -42,6 +49,9 @@ class EventGate : public BMidiLocalConsumer {
     /// Whether events wait for a Turn. When it returns after false, those that waited have been
     /// delivered and no Turn calls a hook any more. Window thread.
     void SetTimed(bool on);
+
+    /// From now on tells the watcher, which outlives the gate; null for nobody. Window thread.
+    void Watch(EventWatcher* next) { watcher = next; }
 
     /// The right to call the hooks, which at most one thread has at a time. One thread at a time.
     class Turn {
@@ -85,6 +95,7 @@ class EventGate : public BMidiLocalConsumer {
 
     BMidiLocalConsumer& consumer;
     Ring<MidiEvent> ring;
+    std::atomic<EventWatcher*> watcher{nullptr};
     std::atomic<bool> timed{false};
     /// Whether a thread has the right to read the ring and to call hooks.
     std::atomic<bool> entered{false};

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
+#include <set>
 #include <string_view>
 
 #include <sha2.h>
@@ -21,6 +22,7 @@ namespace {
 constexpr const char* kFolders[] = {"functions", "sounds", "samples"};
 constexpr const char* kList = "shipped-content";
 constexpr const char* kInstalled = "installed";
+constexpr const char* kDocumentEnding = ".xml";
 /// Nothing that comes with the program is larger (scripts/shipped-content.py), in bytes.
 constexpr std::uintmax_t kLargest = 1 << 20;
 
@@ -94,10 +96,24 @@ fs::path ProgramFolders::Find(const char* folder, const fs::path& name) const {
     return made || !IsFile(shippedFile) ? ownFile : shippedFile;
 }
 
+std::vector<std::string> ProgramFolders::Documents(const char* folder) const {
+    std::set<std::string> names;
+    for (const fs::path& place : {Own(folder), Shipped(folder)}) {
+        std::error_code error;
+        for (fs::directory_iterator entry(place, error), end; !error && entry != end;
+             entry.increment(error)) {
+            const std::string name = entry->path().filename();
+            if (!name.starts_with('.') && name.ends_with(kDocumentEnding) && IsFile(entry->path()))
+                names.insert(name);
+        }
+    }
+    return {names.begin(), names.end()};
+}
+
 Result<fs::path> ProgramFolders::FindDocument(const char* folder, const fs::path& word) const {
     if (IsFile(word))
         return word;
-    const fs::path withEnding = word.string() + ".xml";
+    const fs::path withEnding = word.string() + kDocumentEnding;
     // The person's before the program's, under whichever of the names.
     for (const auto& place : {Own(folder), Shipped(folder)}) {
         for (const auto& name : {word, withEnding}) {

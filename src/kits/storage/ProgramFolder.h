@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace kits {
 
@@ -29,6 +30,9 @@ class ProgramFolders {
     /// The file of that name, the person's before the program's; where there is none, the one that
     /// he would make. A full path is itself.
     std::filesystem::path Find(const char* folder, const std::filesystem::path& name) const;
+    /// The names of all documents there are, a person's and the program's, each once, in byte
+    /// order.
+    std::vector<std::string> Documents(const char* folder) const;
     /// What a person means by a word on a command line: a file at that path, else the file of that
     /// name, with or without ".xml". The error says where it was looked for.
     Result<std::filesystem::path> FindDocument(const char* folder,

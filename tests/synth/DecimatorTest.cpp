@@ -1,4 +1,4 @@
-#include "kits/media/Decimator.h"
+#include "synth/Decimator.h"
 
 #include <cmath>
 #include <numbers>
@@ -18,7 +18,7 @@ std::vector<float> Sine(double period, std::size_t frames) {
 
 /// The stream, taken in pieces of 1, 2, 3, ... frames.
 std::vector<float> Decimate(int factor, const std::vector<float>& frames) {
-    kits::Decimator decimator(factor);
+    vexa::Decimator decimator(factor);
     std::vector<float> out;
     std::size_t piece = 1;
     for (std::size_t i = 0; i < frames.size(); i += piece++)

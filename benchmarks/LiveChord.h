@@ -1,0 +1,68 @@
+// What live benchmarks play, and what it takes.
+#pragma once
+
+#include "live/LivePlay.h"
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace bench {
+
+/// What a process holds and has used.
+struct Holdings {
+    /// Resident, in kilobytes.
+    long memory = 0;
+    long threads = 0;
+    long descriptors = 0;
+    /// Seconds of a processor, of all threads.
+    double processor = 0;
+};
+
+inline long Entries(const std::string& folder) {
+    const std::filesystem::directory_iterator all(folder);
+    return std::distance(begin(all), end(all));
+}
+
+inline Holdings Look(pid_t process) {
+    const std::string folder = "/proc/" + std::to_string(process);
+    Holdings holdings;
+    std::ifstream status(folder + "/status");
+    for (std::string word; status >> word;) {
+        if (word == "VmRSS:")
+            status >> holdings.memory;
+    }
+    holdings.threads = Entries(folder + "/task");
+    holdings.descriptors = Entries(folder + "/fd");
+    // The numbers behind the name, which is in parentheses; user and system time are the 12th and
+    // 13th of them.
+    const std::string stat = test::Contents(folder + "/stat");
+    std::istringstream fields(stat.substr(stat.rfind(')') + 1));
+    std::string skipped;
+    for (int i = 0; i < 11; i++)
+        fields >> skipped;
+    long user = 0;
+    long system = 0;
+    fields >> user >> system;
+    holdings.processor = double(user + system) / double(::sysconf(_SC_CLK_TCK));
+    return holdings;
+}
+
+/// 20 voices, with 20 controller changes and 2 to 3 changes of notes a second.
+inline std::vector<test::Player::Message> Chord(std::uint32_t seconds) {
+    std::vector<test::Player::Message> script;
+    for (std::uint8_t note = 40; note < 60; note++)
+        script.push_back({1000, {0x90, note, 90}});
+    for (std::uint32_t tick = 1; tick < 20 * seconds; tick++) {
+        const std::uint32_t frame = 1000 + 2400 * tick;
+        script.push_back({frame, {0xB0, 1, std::uint8_t(tick % 128)}});
+        if (tick % 8 == 0) {
+            const auto note = std::uint8_t(40 + tick / 8 % 20);
+            script.push_back({frame, {0x80, note, 0}});
+            script.push_back({frame + 600, {0x90, note, 90}});
+        }
+    }
+    return script;
+}
+
+} // namespace bench

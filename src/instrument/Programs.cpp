@@ -1,0 +1,14 @@
+#include "instrument/Programs.h"
+
+namespace vexa {
+
+kits::Result<std::filesystem::path> FindProgram(const kits::ProgramFolders& folders, int32 number) {
+    const std::vector<std::string> names = folders.Documents("sounds");
+    const auto index = static_cast<std::size_t>(number);
+    if (number < 0 || index >= names.size())
+        return kits::Error{"there is no program " + std::to_string(number) + ": there are " +
+                           std::to_string(names.size()) + " sounds, the first is program 0"};
+    return folders.Find("sounds", names[index]);
+}
+
+} // namespace vexa

@@ -1,0 +1,99 @@
+// Notes that have channels of their own.
+#include "midi/MidiConsumer.h"
+
+#include <algorithm>
+
+namespace vexa {
+
+namespace {
+
+/// Semitones, by MPE: of a member, and of a master where the sound has no range of its own.
+constexpr float kMemberRange = 48, kMasterRange = 2;
+/// As many as the lower zone may have.
+constexpr uchar kAllMembers = 15;
+
+} // namespace
+
+void VexaMidiConsumer::ExpectMpe() {
+    playing.mpe = true;
+    zones.Configure(0, kAllMembers);
+}
+
+/// The master of the zone that the channel is a member of. Where neither the sound nor an option
+/// lets the wheel bend there are no zones.
+std::optional<uchar> VexaMidiConsumer::MasterOf(uchar from) const {
+    return playing.Bends() ? zones.MasterOf(from) : std::nullopt;
+}
+
+/// Whether the channel is that of one note.
+bool VexaMidiConsumer::IsOwn(uchar from) const {
+    return MasterOf(from).has_value();
+}
+
+/// Where keys, glide and the one voice of the modes mono and legato are kept.
+MidiChannel& VexaMidiConsumer::HandOf(uchar from) {
+    return channels[MasterOf(from).value_or(from)];
+}
+
+/// Whether what comes on a channel is for the notes of another: of a master for its members'.
+bool VexaMidiConsumer::Concerns(uchar from, uchar to) const {
+    return from == to || MasterOf(to) == from;
+}
+
+/// Whether a key that comes on the channel may be that of the slot's note: a key on a channel of
+/// its own is another than on any other channel.
+bool VexaMidiConsumer::IsThatNote(std::size_t index, uchar from) const {
+    const uchar of = holders[index].channel;
+    return of == from || !(IsOwn(of) || IsOwn(from));
+}
+
+OwnValues VexaMidiConsumer::OwnOf(uchar from) const {
+    return IsOwn(from) ? channels[from].own : kNoOwnValues;
+}
+
+/// Semitones. What a master bends comes on top.
+float VexaMidiConsumer::BendOf(uchar from) const {
+    if (!playing.Bends())
+        return 0;
+    const auto range = [this](uchar channel) {
+        const float sounds = playing.given ? float(playing.bend) : 0;
+        return zones.IsMaster(channel) && sounds == 0 ? kMasterRange : sounds;
+    };
+    if (const std::optional<uchar> master = MasterOf(from))
+        return channels[from].Bend(kMemberRange) + channels[*master].Bend(range(*master));
+    return channels[from].Bend(range(from));
+}
+
+/// For the notes of the channel, but for those that sounded out before another one began.
+void VexaMidiConsumer::SetOwn(uchar from, std::size_t which, float value) {
+    channels[from].own[which] = value;
+    for (std::size_t i = 0; i < voices.size(); i++) {
+        if (holders[i].channel == from && !holders[i].bygone)
+            voices[i].own[which] = value;
+    }
+}
+
+/// The channels that come into a zone or leave one begin anew, and their notes end.
+void VexaMidiConsumer::ConfigureZone(uchar master, uchar members) {
+    const MpeZones before = zones;
+    if (!zones.Configure(master, members))
+        return;
+    const auto changes = [&](uchar from) {
+        return from == master || before.MasterOf(from) == master ||
+               zones.MasterOf(from) == master || before.MasterOf(from) != zones.MasterOf(from);
+    };
+    for (std::size_t i = 0; i < voices.size(); i++) {
+        if (changes(holders[i].channel))
+            voices[i].state.Silence();
+    }
+    for (uchar from = 0; from < channels.size(); from++) {
+        if (!changes(from))
+            continue;
+        channels[from].Reset();
+        channels[from].ForgetRange();
+        channels[from].keys.Clear();
+        ApplyVolume(from);
+    }
+}
+
+} // namespace vexa

@@ -1,0 +1,32 @@
+#include "midi/ProgramSelector.h"
+
+namespace vexa {
+
+namespace {
+
+/// Controllers of the MIDI standard.
+enum : uint8 { kBankMsb = 0, kBankLsb = 32 };
+
+} // namespace
+
+void ProgramSelector::Came(const kits::MidiEvent& event) {
+    Bank& bank = banks[event.channel & 15];
+    if (event.hook == kits::MidiEvent::Hook::ControlChange && event.data1 == kBankMsb)
+        bank.msb = event.data2;
+    if (event.hook == kits::MidiEvent::Hook::ControlChange && event.data1 == kBankLsb)
+        bank.lsb = event.data2;
+    if (event.hook != kits::MidiEvent::Hook::ProgramChange)
+        return;
+    if (const int32 channel = consumer.Channel(); channel >= 0 && channel != event.channel)
+        return;
+    // Of many in a row the last one counts, and one message is enough.
+    if (chosen.exchange((bank.msb * 128 + bank.lsb) * 128 + event.data1) == kNone)
+        target.SendMessage(BMessage(code));
+}
+
+std::optional<int32> ProgramSelector::Take() {
+    const int32 program = chosen.exchange(kNone);
+    return program == kNone ? std::nullopt : std::optional(program);
+}
+
+} // namespace vexa

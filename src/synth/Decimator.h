@@ -1,0 +1,63 @@
+// Fewer frames per second.
+#pragma once
+
+#include "synth/BlockLoops.h"
+
+#include <cstddef>
+#include <vector>
+
+namespace vexa {
+
+/// What filters out of a stream what a lower rate cannot hold: a windowed sinc, the same on every
+/// machine. Window and edge are those of zita-resampler, which converts rates where sound is played
+/// live.
+class DecimationFilter {
+  public:
+    /// For a rate that is `factor` times lower, with `half` frames of it to each side. A half of 96
+    /// keeps 95 % of its frequencies, one of 32 keeps 84 %; what lies beyond the lower rate's band
+    /// is 110 dB lower with either.
+    DecimationFilter(std::size_t factor, std::size_t half);
+
+    /// Frames of the stream from the first one that a filtered one depends on to itself.
+    std::size_t Reach() const { return reach; }
+    /// Frames that one filtered one is made of; those beyond 2 Reach() + 1 have no effect as long
+    /// as they are finite.
+    std::size_t Length() const { return taps.size(); }
+    /// The next `count` frames of the lower rate, of which the first has the place of
+    /// frames[Reach()]. Real-time safe, any thread.
+    void Run(const float* frames, float* out, std::size_t count) const noexcept {
+        Loops().Filter(taps.data(), taps.size(), frames, factor, out, count);
+    }
+
+  private:
+    std::size_t factor, reach;
+    std::vector<float> taps;
+};
+
+/// Lowers the rate of a stream of one channel to a whole part of it. What the lower rate cannot
+/// hold is filtered out: 95 % of its frequencies are kept, and what would be folded onto them is
+/// 110 dB lower. The result is not delayed against the input, n frames become
+/// ceil(n / factor), and they are the same bits on every machine. One thread at a time; allocates.
+class Decimator {
+  public:
+    /// `factor` is 1, 2, 4, 8 or 16; with 1 the stream passes unchanged.
+    explicit Decimator(int factor);
+
+    /// Takes the next `count` frames and appends what they yield to `out`; the filter holds back
+    /// the last few.
+    void Process(const float* frames, std::size_t count, std::vector<float>& out);
+
+    /// Appends what was held back: the last call.
+    void Finish(std::vector<float>& out);
+
+  private:
+    std::size_t factor;
+    DecimationFilter filter;
+    /// Frames that the next output and later ones need; the first is its first tap's.
+    std::vector<float> held;
+    /// Frames taken and given out so far.
+    std::size_t taken = 0;
+    std::size_t given = 0;
+};
+
+} // namespace vexa

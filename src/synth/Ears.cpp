@@ -1,0 +1,29 @@
+#include "synth/Ears.h"
+
+#include <numbers>
+
+namespace vexa {
+
+void Ears::Begin(const sound_param& p, double spread, std::size_t ramp, std::size_t offset,
+                 std::size_t count) noexcept {
+    const double half = spread * (std::numbers::pi / 360);
+    x.Begin(p.Fx * half, begun ? ramp : 0, offset, count);
+    y.Begin(p.Fy * half, begun ? ramp : 0, offset, count);
+    begun = true;
+}
+
+void Ears::Axis::Begin(double target, std::size_t ramp, std::size_t offset,
+                       std::size_t count) noexcept {
+    angle.Aim(target, ramp, offset);
+    turn.angles = angle.Varies() ? angles.data() : nullptr;
+    if (const double now = angle.Now(); now != turn.angle) {
+        turn.angle = now;
+        Loops().Waves(&turn.angle, &turn.sine, &turn.cosine, 1);
+    }
+    for (std::size_t i = 0; turn.angles && i < count; i++) {
+        angles[i] = angle.Now();
+        angle.Pass(1);
+    }
+}
+
+} // namespace vexa

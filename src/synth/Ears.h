@@ -1,0 +1,54 @@
+// Where on the orbit the two ears read the plane.
+#pragma once
+
+#include "synth/BlockLoops.h"
+#include "synth/Ramp.h"
+#include "synth/SoundParam.h"
+
+#include <array>
+#include <cstddef>
+
+namespace vexa {
+
+/// By how much an oscillator's phase is earlier for the left ear, and later for the right one, over
+/// a block.
+struct EarTurn {
+    /// Radians: at the block's beginning, or at each moment of it where there are `angles`.
+    double angle = 0;
+    const double* angles = nullptr;
+    double sine = 0, cosine = 1;
+
+    /// At moment i of the block.
+    double At(std::size_t i) const noexcept { return angles ? angles[i] : angle; }
+};
+
+/// The left ear reads the plane half of the spread earlier on the orbit, the right one half of it
+/// later: at phases less and more by Fx spread / 2 in x and Fy spread / 2 in y. Media thread.
+class Ears {
+  public:
+    /// A block of `count` samples, `offset` after its cell. The angles get where the spread
+    /// (degrees) has them within `ramp` samples; the first block finds them there.
+    void Begin(const sound_param& p, double spread, std::size_t ramp, std::size_t offset,
+               std::size_t count) noexcept;
+
+    /// Whether they may hear different things in this block.
+    bool Apart() const noexcept { return x.Apart() || y.Apart(); }
+    /// Of the oscillators of x and y.
+    const EarTurn& X() const noexcept { return x.turn; }
+    const EarTurn& Y() const noexcept { return y.turn; }
+
+  private:
+    struct Axis {
+        void Begin(double target, std::size_t ramp, std::size_t offset, std::size_t count) noexcept;
+        bool Apart() const noexcept { return angle.Varies() || angle.Now() != 0; }
+
+        Ramp<double> angle;
+        EarTurn turn;
+        alignas(64) std::array<double, kRoom> angles;
+    };
+
+    Axis x, y;
+    bool begun = false;
+};
+
+} // namespace vexa

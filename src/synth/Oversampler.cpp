@@ -1,0 +1,84 @@
+#include "synth/Oversampler.h"
+
+#include <algorithm>
+#include <bit>
+#include <span>
+
+namespace vexa {
+
+namespace {
+
+/// Seconds in which a delay comes or goes.
+constexpr double kFadeSeconds = 0.01;
+
+} // namespace
+
+void Oversampler::SetFrameRate(double rate) {
+    frameRate = rate;
+    begun = false;
+    lines = {};
+    renderer.SetSampleRate(rate * static_cast<double>(factor), static_cast<int>(factor));
+}
+
+void Oversampler::Render(float* left, float* right, std::size_t count) noexcept {
+    TakeFactor(static_cast<std::size_t>(renderer.Oversampling()));
+    const std::size_t channels = right ? 2 : 1;
+    for (std::size_t done = 0; done < count;) {
+        const std::size_t n = std::min(kPiece, count - done);
+        float* const next = lines[0].data() + Held();
+        float* const nextRight = lines[1].data() + Held();
+        renderer.Render(next, right ? nextRight : nullptr, n * factor);
+        Give(lines[0], left + done, n);
+        // What both ears hear alike is filtered once.
+        if (right && std::equal(lines[0].data(), next + n * factor, lines[1].data()))
+            std::copy_n(left + done, n, right + done);
+        else if (right)
+            Give(lines[1], right + done, n);
+        for (Line& line : std::span(lines.data(), channels))
+            std::copy_n(line.data() + n * factor, Held(), line.data());
+        filtered.Pass(n);
+        done += n;
+    }
+}
+
+/// The frames that were held are held on at the new rate, if by straight lines between them only:
+/// they are heard for a millisecond or two.
+void Oversampler::TakeFactor(std::size_t next) noexcept {
+    filtered.Aim(next > 1 ? 1.0F : 0.0F,
+                 begun ? static_cast<std::size_t>(frameRate * kFadeSeconds) : 0, 0);
+    begun = true;
+    if (next == factor)
+        return;
+    for (Line& line : lines) {
+        const Line before = line;
+        const std::size_t last = Held() - 1;
+        for (std::size_t i = 0; i < 2 * kDelay * next; i++) {
+            const std::size_t at = i * factor / next;
+            const float part = static_cast<float>(i * factor % next) / static_cast<float>(next);
+            line[i] = before[at] + (before[std::min(at + 1, last)] - before[at]) * part;
+        }
+    }
+    factor = next;
+    filter = next > 1 ? &filters[static_cast<std::size_t>(std::countr_zero(next)) - 1] : nullptr;
+    renderer.SetSampleRate(frameRate * static_cast<double>(factor), static_cast<int>(factor));
+}
+
+void Oversampler::Give(const Line& line, float* out, std::size_t count) const noexcept {
+    const bool steady = !filtered.Moves();
+    // Those that are delayed.
+    if (!steady || filtered.Now() != 0) {
+        if (filter)
+            filter->Run(line.data(), out, count);
+        else
+            std::copy_n(&line[kDelay], count, out);
+    }
+    if (steady && filtered.Now() != 0)
+        return;
+    Ramp<float> ramp = filtered;
+    for (std::size_t i = 0; i < count; i++, ramp.Pass(1)) {
+        const float direct = line[Held() + i * factor];
+        out[i] = steady ? direct : direct + (out[i] - direct) * ramp.Now();
+    }
+}
+
+} // namespace vexa

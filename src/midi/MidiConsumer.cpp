@@ -191,6 +191,11 @@ void VexaMidiConsumer::AllNotesOff(bool, bigtime_t) {
     panics++;
 }
 
+int32 VexaMidiConsumer::CountHeld() const {
+    return static_cast<int32>(std::ranges::count_if(
+        voices, [](const voice& slot) { return slot.state.Look().Active() && !slot.released; }));
+}
+
 void VexaMidiConsumer::ReduceToMaxVox(int32 limit) {
     voiceLimit = limit;
     KeepToLimit();

@@ -98,6 +98,10 @@ void VexaMidiConsumer::Strike(uchar from, uchar note, uchar velocity) {
     slot.glideson = takesOver;
     slot.glidefrom = hand.frequency;
     hand.frequency = freq;
+    if (attacks || IsOwn(from)) {
+        slot.bend = BendOf(from);
+        std::copy(moment.own.begin(), moment.own.end(), slot.own.begin());
+    }
     if (attacks) {
         slot.vel = vel;
         slot.startcx = cx;
@@ -105,8 +109,6 @@ void VexaMidiConsumer::Strike(uchar from, uchar note, uchar velocity) {
         slot.start = start;
         slot.continues = before.Active();
         slot.released = false;
-        slot.bend = BendOf(from);
-        std::copy(moment.own.begin(), moment.own.end(), slot.own.begin());
         slot.notes = slot.notes + 1;
     }
     slot.state.EndChange(true);

@@ -23,7 +23,7 @@ struct Header {
 HostedInstrument::HostedInstrument(kits::ProgramFolders programFolders, double rate)
     : folders(std::move(programFolders)), instrument(folders, Addons::None) {
     instrument.SetUsualVoices(kUsualVoices);
-    instrument.Playing().renderer.SetSampleRate(rate);
+    oversampler.SetFrameRate(rate);
     instrument.Playing().renderer.SetGain(kGain);
     instrument.Load(Sound());
     TellSound();
@@ -87,8 +87,7 @@ void HostedInstrument::Midi(std::span<const uint8> message) noexcept {
 }
 
 void HostedInstrument::Render(float* left, float* right, std::size_t count) noexcept {
-    instrument.Playing().renderer.Render(left, count);
-    std::copy_n(left, count, right);
+    oversampler.Render(left, right, count);
 }
 
 bool HostedInstrument::Post(Request request, std::string_view text) noexcept {

@@ -4,6 +4,7 @@
 #include "instrument/Instrument.h"
 #include "kits/support/Ring.h"
 #include "plugin/Controls.h"
+#include "synth/Oversampler.h"
 
 #include <mutex>
 #include <optional>
@@ -37,6 +38,8 @@ class HostedInstrument {
     void Midi(std::span<const uint8> message) noexcept;
     /// The next `count` samples of both ears.
     void Render(float* left, float* right, std::size_t count) noexcept;
+    /// Samples by which what Render gives is later than it was asked for.
+    std::size_t Delay() const noexcept { return oversampler.Delay(); }
     /// Puts a request down for Work; false where it is longer than kMostText or too many wait.
     bool Post(Request request, std::string_view text) noexcept;
 
@@ -61,6 +64,7 @@ class HostedInstrument {
 
     const kits::ProgramFolders folders;
     Instrument instrument;
+    Oversampler oversampler{instrument.Playing().renderer};
     std::mutex documents;
     kits::Ring<char> requests{4 * kMostText};
     /// What the sound says for each knob, and whether it says at all how it is played.

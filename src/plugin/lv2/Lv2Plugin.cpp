@@ -132,7 +132,7 @@ void Plugin::Run(uint32_t count) noexcept {
         out->body = {};
     }
     if (auto* latency = static_cast<float*>(ports[kLatency]))
-        *latency = 0;
+        *latency = static_cast<float>(instrument.Delay());
     for (std::size_t i = 0; i < kControls; i++) {
         if (const auto* port = static_cast<const float*>(ports[kFirstControl + i]))
             controls[i] = *port;

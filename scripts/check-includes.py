@@ -40,7 +40,7 @@ ALLOWED = {
     "documents": ENGINE_KITS + ["synth", "midi", "audio", "formula", "functions", "xml"],
     "instrument": ENGINE_KITS + ["synth", "midi", "formula", "functions", "documents"],
     "render": ENGINE_KITS + ENGINE,
-    "lv2": ENGINE_KITS + ENGINE,
+    "plugin": ENGINE_KITS + ENGINE,
     "views": ALL_KITS + ENGINE,
     "app": ALL_KITS + ENGINE + ["views"],
 }
@@ -87,6 +87,8 @@ def folder_of(path):
 
 def may_name_libraries(path):
     parts = path.split("/")
+    if path.startswith("plugin/lv2/"):
+        return True
     return parts[0] == "kits" and (path.endswith(".cpp") or "backends" in parts[:-1])
 
 

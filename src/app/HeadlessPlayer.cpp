@@ -54,7 +54,7 @@ class HeadlessPlayer {
   private:
     bool LoadSound();
     void LoadProgram(int32 number);
-    bool Load(const std::filesystem::path& path);
+    bool Load(const std::filesystem::path& path, bool whole);
     bool WatchSources();
     void ConnectSource();
     void TellOfDevice();
@@ -147,14 +147,17 @@ void HeadlessPlayer::TellOfDevice() {
     }
 }
 
-/// Says what is wrong with it.
-bool HeadlessPlayer::Load(const std::filesystem::path& path) {
+/// Says what is wrong with it. Nothing of it, if it is to be whole, where its function fails.
+bool HeadlessPlayer::Load(const std::filesystem::path& path, bool whole) {
     ReadReport report;
     const kits::Result<Sound> sound = ReadSound(path, report);
     for (const std::string& warning : report.warnings)
         Say("warning: " + warning);
-    if (!sound) {
-        Say(report.reason);
+    const std::string fault = !sound  ? report.reason
+                              : whole ? Text(instrument.Try(sound->function))
+                                      : "";
+    if (!sound || !fault.empty()) {
+        Say(fault);
         return false;
     }
     const FunctionReport loaded = instrument.Load(*sound);
@@ -165,7 +168,8 @@ bool HeadlessPlayer::Load(const std::filesystem::path& path) {
 
 /// Only a sound that was asked for must be there.
 bool HeadlessPlayer::LoadSound() {
-    return Load(options.sound.value_or(folders.Find("sounds", "default.xml"))) || !options.sound;
+    return Load(options.sound.value_or(folders.Find("sounds", "default.xml")), false) ||
+           !options.sound;
 }
 
 /// Where there is no such sound, the one before plays on.
@@ -173,7 +177,7 @@ void HeadlessPlayer::LoadProgram(int32 number) {
     const auto path = FindProgram(folders, number);
     if (!path)
         Say(path.Fault().text);
-    else if (Load(*path))
+    else if (Load(*path, true))
         Say("program " + std::to_string(number) + ": " + path->stem().string());
 }
 

@@ -138,10 +138,12 @@ void VexaView::LoadProgram() {
     for (const std::string& line : report.warnings)
         std::fprintf(stderr, "vexa: warning: %s\n", line.c_str());
     programFault.clear();
-    if (!sound) {
-        const bool known = bool(path);
-        programFault = known ? path->stem().string() + " is not loaded" : path.Fault().text;
-        std::fprintf(stderr, "vexa: %s\n", known ? report.reason.c_str() : programFault.c_str());
+    const std::string fault = !path    ? path.Fault().text
+                              : !sound ? report.reason
+                                       : Text(instrument.Try(sound->function));
+    if (!sound || !fault.empty()) {
+        programFault = path ? path->stem().string() + " is not loaded" : fault;
+        std::fprintf(stderr, "vexa: %s\n", fault.c_str());
         return;
     }
     InterpretSound(*sound);

@@ -35,6 +35,7 @@ void VexaView::SetupMidiMenu() {
 void VexaView::FollowPrograms(bool on) {
     followsPrograms = on;
     graph->Consumer().Gate()->Watch(on ? &programs : nullptr);
+    programs.Take();
     SetupMidiMenu();
 }
 

@@ -8,6 +8,7 @@
 #include "kits/support/Quoted.h"
 #include "synth/ParameterTable.h"
 #include "xml/FragmentWalk.h"
+#include "xml/MXStatus.h"
 
 #include <algorithm>
 #include <cmath>
@@ -194,6 +195,34 @@ kits::Result<void> WriteSound(const std::filesystem::path& path, const Sound& so
     MXDocument document = ConstructDocumentTemplate(kSoundElement);
     document.root = ConstructSoundElement(sound);
     return SaveDocument(path, document, kSoundFileType);
+}
+
+kits::Result<Sound> SoundOfText(const std::string& text) try {
+    Remarks remarks;
+    MXString unread{std::string_view(text)};
+    const MXDocument document(unread, &remarks);
+    if (document.Status() != MX_OK)
+        return kits::Error{
+            Located("sound", text, {document.FaultLeft(), StatusText(document.Status())})};
+    if (!document.root)
+        return kits::Error{"sound: expected a root element, found none"};
+    // Unclosed elements are read over in files; here they mean that a part is missing.
+    const std::string end = "</" + std::string(std::string_view(document.root->name)) + ">";
+    const std::size_t last = text.find_last_not_of(" \t\r\n");
+    if (!std::string_view(text).substr(0, last + 1).ends_with(end))
+        return kits::Error{"sound: the text ends before " + end};
+    Sound sound;
+    if (const std::optional<Refusal> refusal = InterpretSound(*document.root, sound, remarks))
+        return kits::Error{refusal->alert + (" " + refusal->expected)};
+    return sound;
+} catch (const std::bad_alloc&) {
+    return kits::Error{"there is not enough memory for the sound"};
+}
+
+std::string SoundText(const Sound& sound) {
+    MXDocument document = ConstructDocumentTemplate(kSoundElement);
+    document.root = ConstructSoundElement(sound);
+    return std::string(std::string_view(document.AssembleString(MXString(std::string_view("  ")))));
 }
 
 } // namespace vexa

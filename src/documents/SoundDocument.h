@@ -35,4 +35,11 @@ kits::Result<Sound> ReadSound(const std::filesystem::path& path, ReadReport& rep
 /// The error names the path and the reason.
 kits::Result<void> WriteSound(const std::filesystem::path& path, const Sound& sound);
 
+/// The sound of a document's text, as ReadSound; a text that ends early or has another fault is
+/// refused as a whole. The error says why.
+kits::Result<Sound> SoundOfText(const std::string& text);
+
+/// What WriteSound writes.
+std::string SoundText(const Sound& sound);
+
 } // namespace vexa

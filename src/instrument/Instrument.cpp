@@ -5,6 +5,7 @@
 #include "kits/support/NumberText.h"
 #include "kits/support/Quoted.h"
 
+#include <algorithm>
 #include <new>
 #include <system_error>
 #include <utility>
@@ -37,7 +38,7 @@ void Instrument::LoadRest(const Sound& next) {
     ApplyParameters(next, engine.parameters);
     ApplyEnvelopes(next, engine.parameters);
     ApplyPlaying(next, preferred, engine.playing);
-    engine.consumer.ReduceToMaxVox(VoiceLimit());
+    engine.consumer.ReduceToMaxVox(std::max(VoiceLimit(), engine.consumer.CountHeld()));
     Function function = std::move(sound.function);
     sound = next;
     sound.function = std::move(function);
@@ -77,6 +78,15 @@ FunctionReport Instrument::SetFunction(const Function& function) {
     if (report || report.alerts.empty())
         Adopt(function);
     return report;
+}
+
+FunctionReport Instrument::Try(const Function& function) const {
+    if (function.kind != FunctionKind::Sample) {
+        const PlayableFormula read = ReadPlayable(function.expression);
+        return read.formula ? FunctionReport() : FunctionCompiler(folders).Refusal(read.reason);
+    }
+    const kits::Result<LoadedSample> loaded = LoadSample(SamplePath(function, folders));
+    return loaded ? FunctionReport() : FunctionReport{B_ERROR, {kSampleAlert}, loaded.Fault().text};
 }
 
 void Instrument::Silence() {

@@ -55,12 +55,14 @@ class Instrument {
     /// Puts the sound in the place of the present one; where its function fails, the function
     /// before plays on, with all else of the sound. Waits for the compiler or the disk.
     FunctionReport Load(const Sound& sound);
-    /// All of the sound but its function.
+    /// All of the sound but its function. A lower voice limit does not cut keys off that are held.
     void LoadRest(const Sound& sound);
 
     /// Compiles the expression or loads the sample, and installs it. Where that fails all stays as
     /// it was. Waits as Load.
     FunctionReport SetFunction(const Function& function);
+    /// What SetFunction would say, with nothing installed: its alerts where it would fail.
+    FunctionReport Try(const Function& function) const;
     /// Installs the add-on that was compiled since the last call, if any; to be called some ten
     /// times a second where they follow. Where there is none because the template or the compiler
     /// is missing there is nothing to report; of other faults there is, and the formula plays on.

@@ -98,6 +98,10 @@ void VexaMidiConsumer::Strike(uchar from, uchar note, uchar velocity) {
     slot.glideson = takesOver;
     slot.glidefrom = hand.frequency;
     hand.frequency = freq;
+    if (attacks || IsOwn(from)) {
+        slot.bend = BendOf(from);
+        std::copy(moment.own.begin(), moment.own.end(), slot.own.begin());
+    }
     if (attacks) {
         slot.vel = vel;
         slot.startcx = cx;
@@ -105,8 +109,6 @@ void VexaMidiConsumer::Strike(uchar from, uchar note, uchar velocity) {
         slot.start = start;
         slot.continues = before.Active();
         slot.released = false;
-        slot.bend = BendOf(from);
-        std::copy(moment.own.begin(), moment.own.end(), slot.own.begin());
         slot.notes = slot.notes + 1;
     }
     slot.state.EndChange(true);
@@ -189,6 +191,11 @@ void VexaMidiConsumer::AllNotesOff(bool, bigtime_t) {
     for (voice& slot : voices)
         slot.state.Silence();
     panics++;
+}
+
+int32 VexaMidiConsumer::CountHeld() const {
+    return static_cast<int32>(std::ranges::count_if(
+        voices, [](const voice& slot) { return slot.state.Look().Active() && !slot.released; }));
 }
 
 void VexaMidiConsumer::ReduceToMaxVox(int32 limit) {

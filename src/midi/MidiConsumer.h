@@ -60,6 +60,8 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
 
     /// Silences voices until at most `limit` sound, which then is the voice limit. Window thread.
     void ReduceToMaxVox(int32 limit);
+    /// Notes that sound and are not released. Any thread.
+    int32 CountHeld() const;
     /// Voices that sound. Any thread.
     int32 CountVox() const { return CountActive(voices); }
     /// Silences the voice that the next stolen note would take. Any thread.

@@ -379,8 +379,18 @@ TEST_F(VexaViewTest, ProgramChangesChooseSoundsWhereTheyAreLetTo) {
     test::Settle();
     EXPECT_THAT(after(0, 0),
                 testing::AllOf(StartsWith("bass"), testing::Not(HasSubstr("program"))));
-    std::ofstream(In("sounds/bell.xml")) << "no sound";
-    EXPECT_THAT(after(1, 0), testing::AllOf(StartsWith("bass"), HasSubstr("bell is not loaded")));
+    // No document, a wrong function, and a sample that is missing: nothing of them is taken.
+    const std::string radius = Text("Ax0");
+    for (const char* text :
+         {"no sound",
+          "<vexasound><vexafunction><expression>x^2</expression></vexafunction></vexasound>",
+          "<vexasound><vexasamplefunction><samplefile>gone.wav</samplefile></vexasamplefunction>"
+          "</vexasound>"}) {
+        std::ofstream(In("sounds/bell.xml")) << text;
+        EXPECT_THAT(after(1, 0),
+                    testing::AllOf(StartsWith("bass"), HasSubstr("bell is not loaded")));
+        EXPECT_EQ(Text("Ax0"), radius);
+    }
     view->DeviceMenu().FindItem(vexa::kFollowProgramsCode)->Choose();
     test::Settle();
     EXPECT_THAT(after(2, 0), StartsWith("bass"));

@@ -72,6 +72,13 @@ TEST(Instrument, IsPlayedAsTheSoundSaysUnlessAPersonHasChosen) {
     EXPECT_EQ(instrument.VoiceLimit(), 20);
     instrument.Load(many);
     EXPECT_EQ(instrument.VoiceLimit(), 12);
+    for (uchar note = 40; note < 52; note++)
+        instrument.Playing().consumer.NoteOn(0, note, 100, 0);
+    vexa::Sound few;
+    few.playing.emplace().texts[0] = "8";
+    instrument.Load(few);
+    EXPECT_EQ(instrument.Playing().consumer.CountHeld(), 12) << "nobody has let them go";
+    instrument.Playing().consumer.AllNotesOff(false, 0);
     vexa::PlayingTexts options;
     options.texts[3] = "7"; // bend
     instrument.Prefer(options);

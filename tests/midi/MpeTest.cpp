@@ -167,6 +167,10 @@ TEST_F(Mpe, AKeyOfAnotherChannelIsAnotherNote) {
     Off(3, 64);
     Bend(2, 8191);
     ExpectCents({60}, {4800});
+    instrument.playing.mode = float(int(vexa::PlayMode::legato));
+    Bend(4, 4096); // before the note
+    On(4, 62);
+    ExpectCents({62}, {4800 * 4096 / 8191.0});
 }
 
 TEST_F(Mpe, AConfigurationEndsTheNotesOfTheChannelsThatChange) {

@@ -1,37 +1,8 @@
 #include "kits/midi/MidiLocalConsumer.h"
 
-#include "kits/midi/EventGate.h"
-#include "kits/midi/MidiSystems.h"
+#include "kits/midi/MidiConnection.h"
 
 #include <utility>
-
-namespace kits {
-
-/// A registered consumer's ports and thread. Taken down in the opposite order: first nothing comes
-/// in any more, then what came in is delivered.
-class MidiConnection {
-  public:
-    explicit MidiConnection(BMidiLocalConsumer& consumer)
-        : systems(MidiSystems::Open()), gate(consumer), thread(gate) {
-        systems->Register(consumer.Name(), thread);
-        thread.Start();
-    }
-    ~MidiConnection() { systems->Unregister(); }
-    MidiConnection(const MidiConnection&) = delete;
-    MidiConnection& operator=(const MidiConnection&) = delete;
-
-    void EndNotes() noexcept { thread.EndNotes(); }
-    status_t Connect(int32 source, bool connected) { return systems->Connect(source, connected); }
-    int64 LostPieces() const { return thread.LostPieces(); }
-    EventGate& Gate() { return gate; }
-
-  private:
-    std::shared_ptr<MidiSystems> systems;
-    EventGate gate;
-    MidiThread thread;
-};
-
-} // namespace kits
 
 BMidiEndpoint::BMidiEndpoint(std::string name) : name(std::move(name)) {}
 
@@ -52,12 +23,6 @@ status_t BMidiEndpoint::SetProperties(const BMessage* next) {
 BMidiLocalConsumer::BMidiLocalConsumer(std::string name) : BMidiEndpoint(std::move(name)) {}
 
 BMidiLocalConsumer::~BMidiLocalConsumer() = default;
-
-status_t BMidiLocalConsumer::Register() {
-    if (!connection)
-        connection = std::make_unique<kits::MidiConnection>(*this);
-    return B_OK;
-}
 
 void BMidiLocalConsumer::EndNotes() {
     if (connection)

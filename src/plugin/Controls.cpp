@@ -1,0 +1,55 @@
+#include "plugin/Controls.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+
+namespace vexa {
+
+namespace {
+
+Control OfPlaying(const char* name, const char* label, const char* unit, float asSound) {
+    const auto rows = PlayingRows();
+    const PlayingRow& row = *std::find_if(rows.begin(), rows.end(),
+                                          [&](const PlayingRow& r) { return r.name == name; });
+    return {name,
+            label,
+            unit,
+            asSound,
+            static_cast<float>(row.minimum),
+            static_cast<float>(row.maximum),
+            row.whole,
+            row.target};
+}
+
+Control OfMacro(const char* symbol, const char* label) {
+    return {symbol, label, nullptr, -0.1F, 0, 1, false, nullptr};
+}
+
+} // namespace
+
+float Control::Bounded(float value) const {
+    const float bounded = std::clamp(value, minimum, maximum);
+    if (target == &Playing::oversample)
+        return static_cast<float>(std::bit_floor(static_cast<unsigned>(bounded)));
+    return whole ? std::round(bounded) : bounded;
+}
+
+const std::array<Control, kControls>& Controls() {
+    static const std::array<Control, kControls> controls{
+        OfPlaying("volume", "Volume", "db", -41),
+        OfMacro("macro_a", "Macro a"),
+        OfMacro("macro_b", "Macro b"),
+        OfMacro("macro_c", "Macro c"),
+        OfMacro("macro_d", "Macro d"),
+        OfPlaying("spread", "Spread", "degree", -1),
+        OfPlaying("glide", "Glide", "s", -0.1F),
+        OfPlaying("bend", "Bend range", "semitone12TET", -1),
+        OfPlaying("polyphony", "Polyphony", nullptr, 0),
+        OfPlaying("mode", "Mode", nullptr, -1),
+        OfPlaying("oversample", "Oversampling", nullptr, 0),
+    };
+    return controls;
+}
+
+} // namespace vexa

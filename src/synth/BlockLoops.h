@@ -45,6 +45,22 @@ struct Coordinate {
     float* place;
 };
 
+/// One coordinate of an orbit over whole cells of kMostSamples samples, with a radius and a drift
+/// that stay: the places are those of a Coordinate.
+struct SteadyCoordinate {
+    /// Of the phase; the wave at the beginning of each cell, and what times slopeSign is the wave's
+    /// derivative by the phase there.
+    const StepWaves* steps;
+    const double *values, *slopes;
+    double slopeSign;
+    double radius;
+    /// At the beginning of the first cell, and by how much it grows with each sample.
+    double centre, drift;
+    /// Of the first cell; the next begins `stride` floats after it.
+    float* place;
+    std::size_t stride;
+};
+
 /// A centre that drifts at a changing speed.
 struct Drift {
     /// The speed at moment i is envelope[i] weight + rest, per sample of dt seconds.
@@ -75,6 +91,8 @@ struct BlockLoops {
     void (*Waves)(const double* phase, double* sines, double* cosines, std::size_t count);
     /// Writes the places of `number` coordinates, one after the other, each rounded.
     void (*Places)(const Coordinate* coordinates, std::size_t number, std::size_t count);
+    /// Writes the places of a coordinate for so many cells.
+    void (*Cells)(const SteadyCoordinate& coordinate, std::size_t cells);
     /// Lets `number` centres drift, each addition rounded; several in turns, as each waits for its
     /// last sum.
     void (*Drifts)(const Drift* drifts, std::size_t number, std::size_t count);

@@ -43,9 +43,8 @@ class Oscillator {
         return begin;
     }
 
-    /// Begins `cells` whole cells at once, and writes the phases at their beginnings; Advance goes
-    /// through them one by one. False, and nothing is begun, where the steps are not the same in
-    /// all of them.
+    /// Begins `cells` whole cells at once, and writes the phases at their beginnings. False, and
+    /// nothing is begun, where the steps are not the same in all of them.
     bool BeginCells(double newTurn, std::size_t cells, double* begins) noexcept {
         const double wide = RoundedStep(phase, newTurn);
         const double cell = static_cast<double>(kMostSamples) * wide;
@@ -64,6 +63,13 @@ class Oscillator {
     /// long as the coordinate is used.
     void Advance(Wave wave, double sine, double cosine, std::size_t count, double* space,
                  Coordinate& coordinate) noexcept;
+
+    /// Lets the cells that were begun go by; the waves of their steps.
+    const StepWaves* PassCells(std::size_t cells) noexcept {
+        Coordinate coordinate;
+        Advance(Wave::sine, 0, 0, cells * kMostSamples, nullptr, coordinate);
+        return coordinate.steps;
+    }
 
   private:
     void AccumulateUnevenly(double* phases, std::size_t count) noexcept;

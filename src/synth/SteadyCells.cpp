@@ -36,7 +36,7 @@ bool VoiceMotion::GoesOn(RunningVoice& v, std::size_t cells) const noexcept {
 /// Whether a coordinate's radius and the speed of its centre keep their values up to `end`, which
 /// is `length` samples away; fills them in.
 bool VoiceMotion::HoldsFor(const Axis& axis, RunningVoice& v, double centre, double length,
-                           double end, Coordinate& c) const noexcept {
+                           double end, SteadyCoordinate& c) const noexcept {
     const auto first = static_cast<float>(v.t), last = static_cast<float>(end);
     const auto holds = [&](const Axis::NumberedCurve& envelope) {
         return v.envelopes[envelope.number].Holds(envelope.curve, first, last, v.released,
@@ -56,35 +56,36 @@ bool VoiceMotion::HoldsFor(const Axis& axis, RunningVoice& v, double centre, dou
 /// Moves a voice whose envelopes keep their values; false, and nothing has moved, for another.
 bool VoiceMotion::MoveSteadily(RunningVoice& v, std::size_t cells, std::size_t stride,
                                float* placesx, float* placesy) const noexcept {
-    constexpr std::size_t kMost = 2 * VoiceRenderer::kMostCells;
-    const auto length = static_cast<double>(cells * kMostSamples);
+    constexpr std::size_t kMost = VoiceRenderer::kMostCells;
+    const std::size_t samples = cells * kMostSamples;
+    const auto length = static_cast<double>(samples);
     const double step = RoundedStep(v.t, dt);
     const double end = v.t + length * step;
-    Coordinate nextx{}, nexty{};
-    std::array<double, kMost> phases, sines, cosines;
-    if (!AddsTheSame(v.t, dt, step, end) || !HoldsFor(x, v, v.cx, length, end, nextx) ||
-        !HoldsFor(y, v, v.cy, length, end, nexty) ||
+    std::array<double, 2 * kMost> phases, sines, cosines;
+    SteadyCoordinate placex, placey;
+    if (!AddsTheSame(v.t, dt, step, end) || !HoldsFor(x, v, v.cx, length, end, placex) ||
+        !HoldsFor(y, v, v.cy, length, end, placey) ||
         !v.x.BeginCells(Turn(x, v, nullptr), cells, phases.data()) ||
         !v.y.BeginCells(Turn(y, v, nullptr), cells, &phases[cells]))
         return false;
-    v.t = end;
     const BlockLoops& loops = Loops();
     loops.Waves(phases.data(), sines.data(), cosines.data(), 2 * cells);
-    std::array<Coordinate, kMost> coordinates;
-    const auto place = [&](Oscillator& oscillator, Oscillator::Wave wave, Coordinate& next,
-                           std::size_t number, float* places) {
-        for (std::size_t i = 0; i < cells; i++) {
-            const std::size_t k = number * cells + i;
-            oscillator.Advance(wave, sines[k], cosines[k], kMostSamples, nullptr, next);
-            next.place = places + i * stride;
-            coordinates[k] = next;
-            next.centre += static_cast<double>(kMostSamples) * next.drift;
-        }
-        return next.centre;
-    };
-    v.cx = place(v.x, Oscillator::Wave::cosine, nextx, 0, placesx);
-    v.cy = place(v.y, Oscillator::Wave::sine, nexty, 1, placesy);
-    loops.Places(coordinates.data(), 2 * cells, kMostSamples);
+    placex.values = cosines.data();
+    placex.slopes = sines.data();
+    placex.slopeSign = -1;
+    placex.steps = v.x.PassCells(cells);
+    placex.place = placesx;
+    placey.values = &sines[cells];
+    placey.slopes = &cosines[cells];
+    placey.slopeSign = 1;
+    placey.steps = v.y.PassCells(cells);
+    placey.place = placesy;
+    placex.stride = placey.stride = stride;
+    v.t = end;
+    v.cx += length * placex.drift;
+    v.cy += length * placey.drift;
+    loops.Cells(placex, cells);
+    loops.Cells(placey, cells);
     return true;
 }
 

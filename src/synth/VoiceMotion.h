@@ -77,7 +77,7 @@ class VoiceMotion {
     };
     bool GoesOn(const Axis& axis, const RunningVoice& v) const noexcept;
     bool HoldsFor(const Axis& axis, RunningVoice& v, double centre, double length, double end,
-                  Coordinate& coordinate) const noexcept;
+                  SteadyCoordinate& coordinate) const noexcept;
     bool MoveSteadily(RunningVoice& v, std::size_t cells, std::size_t stride, float* placesx,
                       float* placesy) const noexcept;
 

@@ -67,14 +67,16 @@ using EightFloats = float __attribute__((vector_size(8 * sizeof(float))));
 /// from there on after 0 to 7 more.
 class SteppedWaves {
   public:
-    explicit SteppedWaves(const Coordinate& c) {
-        EightDoubles eightSines, eightCosines;
-        Load(c.steps->sines, sines);
-        Load(c.steps->cosines, cosines);
-        Load(c.steps->eightSines, eightSines);
-        Load(c.steps->eightCosines, eightCosines);
-        const EightDoubles eightValues = c.value * eightCosines + c.slope * eightSines;
-        const EightDoubles eightSlopes = c.slope * eightCosines - c.value * eightSines;
+    explicit SteppedWaves(const StepWaves& steps) {
+        Load(steps.sines, sines);
+        Load(steps.cosines, cosines);
+        Load(steps.eightSines, eightSines);
+        Load(steps.eightCosines, eightCosines);
+    }
+    /// In a cell that begins with this wave.
+    void Begin(double value, double slope) {
+        const EightDoubles eightValues = value * eightCosines + slope * eightSines;
+        const EightDoubles eightSlopes = slope * eightCosines - value * eightSines;
         __builtin_memcpy(values, &eightValues, sizeof values);
         __builtin_memcpy(slopes, &eightSlopes, sizeof slopes);
     }
@@ -88,14 +90,15 @@ class SteppedWaves {
         __builtin_memcpy(&to, from, sizeof to);
     }
 
-    EightDoubles sines, cosines;
+    EightDoubles sines, cosines, eightSines, eightCosines;
     alignas(64) double values[8], slopes[8];
 };
 
 /// For stepped waves from a whole eight on, with a constant radius round a centre that stays: the
 /// most usual.
 void StillPlaces(const Coordinate& c, std::size_t count) {
-    const SteppedWaves waves(c);
+    SteppedWaves waves(*c.steps);
+    waves.Begin(c.value, c.slope);
     const double radius = c.radius;
     // As the sum with 0 drifts gives it, which may have another sign than the centre.
     const double centre = c.centre + c.drift;
@@ -130,7 +133,8 @@ void Places(const Coordinate* coordinates, std::size_t number, std::size_t count
                 StillPlaces(c, count);
                 continue;
             }
-            const SteppedWaves stepped(c);
+            SteppedWaves stepped(*c.steps);
+            stepped.Begin(c.value, c.slope);
             for (std::size_t g = c.offset / 8; 8 * g < c.offset + count; g++) {
                 EightDoubles wave;
                 stepped.Take(g, wave);
@@ -143,6 +147,31 @@ void Places(const Coordinate* coordinates, std::size_t number, std::size_t count
         else
             (c.centres ? PlacesOf<false, true> : PlacesOf<false, false>)(c, waves, count);
     }
+}
+
+template<bool drifting>
+void CellsOf(const SteadyCoordinate& coordinate, std::size_t cells) {
+    const SteadyCoordinate c = coordinate;
+    SteppedWaves waves(*c.steps);
+    const EightDoubles moments = {0, 1, 2, 3, 4, 5, 6, 7};
+    for (std::size_t n = 0; n < cells; n++) {
+        waves.Begin(c.values[n], c.slopeSign * c.slopes[n]);
+        const double centre = c.centre + Count(n * kMostSamples) * c.drift;
+        float* const place = c.place + n * c.stride;
+        for (std::size_t g = 0; g < kMostSamples / 8; g++) {
+            EightDoubles wave;
+            waves.Take(g, wave);
+            // A drift of 0 may give the sum another sign than the centre's.
+            const EightDoubles centres =
+                drifting ? centre + (moments + Count(8 * g)) * c.drift : centre + EightDoubles{};
+            const auto rounded = __builtin_convertvector(c.radius * wave + centres, EightFloats);
+            __builtin_memcpy(place + 8 * g, &rounded, sizeof rounded);
+        }
+    }
+}
+
+void Cells(const SteadyCoordinate& coordinate, std::size_t cells) {
+    (coordinate.drift == 0 ? CellsOf<false> : CellsOf<true>)(coordinate, cells);
 }
 
 template<std::size_t side>
@@ -199,7 +228,7 @@ void Words(const float* __restrict values, unsigned* __restrict words, std::size
 
 } // namespace
 
-const BlockLoops VEXA_LOOPS_TABLE = {Accumulate, Waves,  Places, Drifts,         Line,
-                                     LowCut,     Narrow, Words,  VEXA_LOOPS_NAME};
+const BlockLoops VEXA_LOOPS_TABLE = {Accumulate, Waves,  Places, Cells, Drifts,
+                                     Line,       LowCut, Narrow, Words, VEXA_LOOPS_NAME};
 
 } // namespace vexa

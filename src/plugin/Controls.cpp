@@ -22,6 +22,14 @@ Control OfPlaying(const char* name, const char* label, const char* unit, float a
             row.target};
 }
 
+/// The knob has the factor itself, the record its power of two.
+Control OfOversampling() {
+    Control control = OfPlaying("oversample", "Oversampling", nullptr, 0);
+    control.minimum = 1;
+    control.maximum = static_cast<float>(1U << static_cast<unsigned>(control.maximum));
+    return control;
+}
+
 Control OfMacro(const char* symbol, const char* label) {
     return {symbol, label, nullptr, -0.1F, 0, 1, false, nullptr};
 }
@@ -31,7 +39,7 @@ Control OfMacro(const char* symbol, const char* label) {
 float Control::Bounded(float value) const {
     const float bounded = std::clamp(value, minimum, maximum);
     if (target == &Playing::oversample)
-        return static_cast<float>(std::bit_floor(static_cast<unsigned>(bounded)));
+        return static_cast<float>(std::bit_width(static_cast<unsigned>(bounded)) - 1);
     return whole ? std::round(bounded) : bounded;
 }
 
@@ -47,7 +55,7 @@ const std::array<Control, kControls>& Controls() {
         OfPlaying("bend", "Bend range", "semitone12TET", -1),
         OfPlaying("polyphony", "Polyphony", nullptr, 0),
         OfPlaying("mode", "Mode", nullptr, -1),
-        OfPlaying("oversample", "Oversampling", nullptr, 0),
+        OfOversampling(),
     };
     return controls;
 }

@@ -22,7 +22,7 @@ struct Control {
 
     /// Whether a value that a host gives leaves the say to the sound; a NaN does.
     bool LeavesToSound(float value) const { return !(value >= minimum); }
-    /// A value that does not, within what the knob allows.
+    /// A value that does not, within what the knob allows, as `target` has it.
     float Bounded(float value) const;
 };
 

@@ -48,10 +48,10 @@ struct Coordinate {
 /// One coordinate of an orbit over whole cells of kMostSamples samples, with a radius and a drift
 /// that stay: the places are those of a Coordinate.
 struct SteadyCoordinate {
-    /// Of the phase, and the wave of it and that wave's derivative at the beginning of each cell.
+    /// Of the phase; the wave at the beginning of each cell, and what times slopeSign is the wave's
+    /// derivative by the phase there.
     const StepWaves* steps;
     const double *values, *slopes;
-    /// The wave is turned round, as the cosine's derivative is.
     double slopeSign;
     double radius;
     /// At the beginning of the first cell, and by how much it grows with each sample.

@@ -244,6 +244,17 @@ TEST(Lv2Host, FormulasArriveAndKnobsStayOutOfTheDocument) {
     host.controls[0] = -41;
     EXPECT_GT(Peak(host.Run(8192)), 20 * quiet);
     EXPECT_EQ(host.Save(), before);
+    // A sound may say how finely it is computed, and a knob otherwise; the delay is told.
+    Sound fine = WithFormula("sin(x)*cos(y)");
+    fine.playing.emplace().texts[7] = "4";
+    const std::pair<float, float> told[] = {{0, 32}, {1, 0}, {2, 32}, {0, 32}, {16, 32}, {-3, 32}};
+    host.Restore(SoundText(fine));
+    for (const auto& [knob, delay] : told) {
+        host.controls[10] = knob;
+        host.Run(64);
+        host.Run(64);
+        EXPECT_EQ(host.latency, delay) << knob;
+    }
     host.Set("urn:vexa:instrument#formula", "x-y");
     host.Run(64);
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);

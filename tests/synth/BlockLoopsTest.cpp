@@ -1,5 +1,6 @@
 #include "synth/BlockLoops.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <random>
@@ -109,6 +110,39 @@ TEST_P(Loops, PlacesAreRadiusTimesWavePlusCentre) {
                 ASSERT_NEAR(place[i], radius * wave + centre, 1e-7 * (1 + std::abs(place[i])))
                     << offset << ' ' << ways << ' ' << i;
             }
+        }
+    }
+}
+
+/// For whole cells, whose beginnings lie on the same lines, also to the last bit.
+TEST_P(Loops, PlacesOfCellsAreThoseOfEachCell) {
+    constexpr std::size_t kCells = 5, kStride = 100;
+    std::mt19937_64 random(1);
+    const auto number = [&random] { return double(random() >> 11) * 0x1p-52 - 1; };
+    for (const double drift : {0.0, 0x1p-20}) {
+        vexa::StepWaves steps;
+        for (double* waves : {steps.sines, steps.cosines, steps.eightSines, steps.eightCosines})
+            std::generate_n(waves, 8, number);
+        std::array<double, kCells> values, slopes;
+        std::generate(values.begin(), values.end(), number);
+        std::generate(slopes.begin(), slopes.end(), number);
+        std::array<float, kCells * kStride> places;
+        std::array<float, kRoom> place;
+        GetParam()->Cells(
+            {&steps, values.data(), slopes.data(), -1, 1.7, -0.75, drift, places.data(), kStride},
+            kCells);
+        for (std::size_t n = 0; n < kCells; n++) {
+            vexa::Coordinate c{};
+            c.steps = &steps;
+            c.value = values[n];
+            c.slope = -slopes[n];
+            c.radius = 1.7;
+            c.centre = -0.75 + double(n * kMostSamples) * drift;
+            c.drift = drift;
+            c.place = place.data();
+            vexa::RunnableLoops().front()->Places(&c, 1, kMostSamples);
+            for (std::size_t i = 0; i < kMostSamples; i++)
+                ASSERT_EQ(places[n * kStride + i], place[i]) << drift << ' ' << n << ' ' << i;
         }
     }
 }

@@ -2,6 +2,8 @@
 #include "documents/SoundDocument.h"
 #include "plugin/lv2/Ports.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -49,8 +51,13 @@ std::string Number(double number) {
     return digits.find('.') == std::string::npos ? digits + ".0" : digits;
 }
 
+/// Of letters, digits and "_" alone: jalv's commands read no others.
 std::string PresetUri(const std::string& file) {
-    return std::string(lv2::kUri) + "#preset-" + file;
+    std::string name = "#preset_" + file;
+    std::replace_if(
+        name.begin() + 1, name.end(), [](unsigned char c) { return c > 127 || !std::isalnum(c); },
+        '_');
+    return std::string(lv2::kUri) + name;
 }
 
 void WriteControl(std::ostream& out, std::uint32_t index, const Control& control) {

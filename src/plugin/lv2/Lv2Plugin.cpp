@@ -213,6 +213,9 @@ LV2_State_Status Plugin::Restore(LV2_State_Retrieve_Function retrieve, LV2_State
         return std::string(characters, strnlen(characters, size));
     };
     const std::optional<std::string> document = text(soundState, string);
+    // Hosts begin with a state in which there is nothing.
+    if (!document && type == 0)
+        return LV2_STATE_ERR_NO_PROPERTY;
     if (!document) {
         Tell("the state holds no sound of Vexa; what played before plays on");
         return LV2_STATE_ERR_NO_PROPERTY;

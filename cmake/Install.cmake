@@ -31,8 +31,10 @@ install(FILES ${VEXA_PROGRAM_FOLDER}/vexa-icon.svg RENAME vexa.svg
 install(FILES ${VEXA_PROGRAM_FOLDER}/vexa-icon.png RENAME vexa.png
     DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/128x128/apps)
 
-set(bundle ${CMAKE_INSTALL_LIBDIR}/lv2/vexa.lv2)
-install(TARGETS vexa-lv2 LIBRARY DESTINATION ${bundle})
-install(DIRECTORY ${CMAKE_BINARY_DIR}/lv2/vexa.lv2/ DESTINATION ${bundle} FILES_MATCHING PATTERN *.ttl)
-install(DIRECTORY ${VEXA_MADE_CONTENT}/samples DESTINATION ${bundle})
-install(FILES data/shipped-content DESTINATION ${bundle})
+if(TARGET vexa-lv2)
+    set(bundle ${CMAKE_INSTALL_LIBDIR}/lv2/vexa.lv2)
+    install(TARGETS vexa-lv2 LIBRARY DESTINATION ${bundle})
+    install(DIRECTORY ${CMAKE_BINARY_DIR}/lv2/vexa.lv2/ DESTINATION ${bundle} FILES_MATCHING PATTERN *.ttl)
+    install(DIRECTORY ${VEXA_MADE_CONTENT}/samples DESTINATION ${bundle})
+    install(FILES data/shipped-content DESTINATION ${bundle})
+endif()

@@ -269,7 +269,8 @@ TEST_F(MainWindow, PlaysWithTheLeastThatItAsksFor) {
         EXPECT_EQ(refused.exitCode, 1);
         EXPECT_THAT(refused.text, testing::HasSubstr("vexa: there is not enough")) << option;
         Start({}, option + std::to_string(enough));
-        EXPECT_GT(PeakOfNote(), 0.01F) << option;
+        // A busy machine may cost the first note its voice.
+        WaitFor("a note", [this] { return PeakOfNote() > 0.01F; });
         Replace(100, kTop + 325, "x/2");
         EXPECT_EQ(Close(), 0) << option;
         EXPECT_EQ(Log().find("vexa:"), std::string::npos) << Log();

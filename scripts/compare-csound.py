@@ -45,7 +45,7 @@ def main():
         (folder / "notes.sco").write_text("".join(
             f"i1 0 {SECONDS} {440 * 2 ** ((note - 69) / 12):.4f}\n" for note in NOTES))
         vexa, csound = medians([
-            [program, folder / "notes.mid", folder / "vexa.wav", "--tail", "0"],
+            [program, folder / "notes.mid", folder / "vexa.wav", "--tail", "0", "--voices", "20"],
             ["csound", "-d", "-m0", "-W", "-f", "-o", folder / "csound.wav",
              folder / "terrain.orc", folder / "notes.sco"]])
         for file in ("vexa.wav", "csound.wav"):

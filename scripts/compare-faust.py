@@ -120,7 +120,8 @@ def main():
         faust = build_faust(folder)
 
         def vexa(music, *options):
-            return [program, music, folder / "vexa.wav", "--tail", "0", *options]
+            return [program, music, folder / "vexa.wav", "--tail", "0", "--voices", "20",
+                    *options]
 
         theirs, whole, compiler, formula = medians(
             [[faust, folder / "faust.raw"], vexa(long, "--compile"), vexa(short, "--compile"),

@@ -23,6 +23,7 @@ constexpr auto kCosts = std::to_array<OperationCost>({
     {Op::Constant, 0},
     {Op::Input, 0},
     {Op::Divide, 0.15F},
+    {Op::QuotientAsFloat, 0.6F},
     {Op::Remainder, 2},
     {Op::ToInt, 0.3F},
     {Op::ToUnsigned, 0.8F},

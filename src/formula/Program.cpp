@@ -28,6 +28,7 @@ class Program::Writer {
           inputOf(2 + graph.Inputs().size()),
           registerOf(nodes.size()) {
         JoinConversions();
+        JoinQuotients();
         JoinProducts();
         FindUses();
         FindInputs();
@@ -88,6 +89,27 @@ class Program::Writer {
             const Node& inner = At(node.a);
             if (inner.op == Op::ToDouble && inner.type == Type::Float)
                 node = {node.op, Type::Float, inner.a};
+        }
+    }
+
+    /// A fraction of floats with a constant factor, which becomes a double and a float again on the
+    /// way, is computed in one pass.
+    void JoinQuotients() {
+        const std::vector<std::uint32_t> uses = CountUses();
+        const auto isFloat = [this](const Node& node) {
+            return node.op == Op::ToDouble && node.type == Type::Float;
+        };
+        for (Value value = 0; value <= root; value++) {
+            Node& node = nodes[IndexOf(value)];
+            if (node.op != Op::ToFloat || uses[IndexOf(value)] == 0 || uses[IndexOf(node.a)] != 1)
+                continue;
+            const Node& quotient = At(node.a);
+            if (quotient.op != Op::Divide || quotient.type != Type::Double)
+                continue;
+            const Node &above = At(quotient.a), &below = At(quotient.b);
+            if (above.op == Op::Multiply && IsConstant(above.b) && isFloat(At(above.a)) &&
+                isFloat(below))
+                node = {Op::QuotientAsFloat, Type::Float, At(above.a).a, below.a, above.b};
         }
     }
 

@@ -249,8 +249,10 @@ Result<double> RenderJob::RenderInto(Performance& performance, const FloatStore:
                 channel.decimator.Finish(channel.output);
         }
         frames.resize(channels[0].output.size() * channels.size());
-        for (std::size_t i = 0; i < frames.size(); i++)
-            frames[i] = channels[i % channels.size()].output[i / channels.size()];
+        for (std::size_t k = 0; k < channels.size(); k++) {
+            for (std::size_t i = 0; i < channels[k].output.size(); i++)
+                frames[i * channels.size() + k] = channels[k].output[i];
+        }
         peak = Peak(peak, frames);
         if (const Result<void> taken = sink(frames); !taken)
             return taken.Fault();

@@ -4,6 +4,7 @@
 // could be linked into code that runs on any machine.
 #include "formula/FormulaLoops.h"
 #include "formula/loops/Arithmetic.h"
+#include "formula/loops/Quotient.h"
 
 namespace vexa::formula {
 
@@ -154,6 +155,7 @@ constexpr PlainLoops Filled() {
     const Column<Type::Float> floats{table};
     floats.FillAny();
     floats.FillFloating();
+    floats.Row(Op::QuotientAsFloat)[static_cast<std::size_t>(Constants::Third)] = QuotientAsFloat;
     const Column<Type::Double> doubles{table};
     doubles.FillAny();
     doubles.FillFloating();

@@ -14,6 +14,10 @@
 #include "synth/BlockLoops.h"
 #include "synth/PlaneFunction.h"
 
+#if defined(__FMA__)
+#include <immintrin.h>
+#endif
+
 namespace vexa {
 
 namespace {
@@ -39,29 +43,92 @@ inline float Fused(float a, float b, float c) {
 #endif
 }
 
+/// a b + c in double precision, in which a b is exact.
+inline double SumOf(float a, float b, float c) {
+#if defined(__FMA__) || defined(__ARM_FEATURE_FMA)
+    return __builtin_fma(double(a), double(b), double(c));
+#else
+    return double(a) * b + c;
+#endif
+}
+
 using Four = float __attribute__((vector_size(4 * sizeof(float))));
 using Eight = float __attribute__((vector_size(8 * sizeof(float))));
 
-inline Four Load(const float* from) {
-    Four four;
-    __builtin_memcpy(&four, from, sizeof four);
-    return four;
+/// What comes out of filters with these poles and gains, and their sums then.
+template<class Lanes>
+inline void Step(const Lanes& hpa, const Lanes& hpb, const Lanes& gain, const Lanes& s,
+                 Lanes& hpsum0, Lanes& hpsum1, Lanes& output) {
+    constexpr int lanes = sizeof(Lanes) / sizeof(float);
+    Lanes next0, next1;
+    for (int k = 0; k < lanes; k++) {
+        const double w0 = SumOf(hpa[k], hpsum0[k], s[k]);
+        const double w1 = SumOf(hpb[k], hpsum1[k], s[k]);
+        output[k] = static_cast<float>(s[k] - gain[k] * (w0 - w1));
+        next0[k] = Fused(hpa[k], hpsum0[k], s[k]);
+        next1[k] = Fused(hpb[k], hpsum1[k], s[k]);
+    }
+    hpsum0 = next0;
+    hpsum1 = next1;
 }
 
-inline void Store(const Four& four, float* to) {
-    __builtin_memcpy(to, &four, sizeof four);
+#if defined(__FMA__)
+/// The same of four, of which the compiler would fuse one lane after the other.
+inline void Step(const Four& hpa, const Four& hpb, const Four& gain, const Four& s, Four& hpsum0,
+                 Four& hpsum1, Four& output) {
+    const auto wide = [](Four values) { return _mm256_cvtps_pd(values); };
+    const __m256d input = wide(s);
+    const __m256d w0 = _mm256_fmadd_pd(wide(hpa), wide(hpsum0), input);
+    const __m256d w1 = _mm256_fmadd_pd(wide(hpb), wide(hpsum1), input);
+    output = _mm256_cvtpd_ps(input - wide(gain) * (w0 - w1));
+    hpsum0 = _mm_fmadd_ps(hpa, hpsum0, s);
+    hpsum1 = _mm_fmadd_ps(hpb, hpsum1, s);
+}
+#endif
+
+/// Four columns of as many rows as a column has lanes, from `place` on in each row.
+inline void Columns(const float* const* rows, int place, Four (&columns)[4]) {
+    Four four[4];
+    for (int row = 0; row < 4; row++)
+        __builtin_memcpy(&four[row], rows[row] + place, sizeof(Four));
+    const Four low01 = __builtin_shufflevector(four[0], four[1], 0, 4, 1, 5);
+    const Four low23 = __builtin_shufflevector(four[2], four[3], 0, 4, 1, 5);
+    const Four high01 = __builtin_shufflevector(four[0], four[1], 2, 6, 3, 7);
+    const Four high23 = __builtin_shufflevector(four[2], four[3], 2, 6, 3, 7);
+    columns[0] = __builtin_shufflevector(low01, low23, 0, 1, 4, 5);
+    columns[1] = __builtin_shufflevector(low01, low23, 2, 3, 6, 7);
+    columns[2] = __builtin_shufflevector(high01, high23, 0, 1, 4, 5);
+    columns[3] = __builtin_shufflevector(high01, high23, 2, 3, 6, 7);
 }
 
-/// Makes columns of four rows.
-inline void Transpose(Four (&rows)[4]) {
-    const Four low01 = __builtin_shufflevector(rows[0], rows[1], 0, 4, 1, 5);
-    const Four low23 = __builtin_shufflevector(rows[2], rows[3], 0, 4, 1, 5);
-    const Four high01 = __builtin_shufflevector(rows[0], rows[1], 2, 6, 3, 7);
-    const Four high23 = __builtin_shufflevector(rows[2], rows[3], 2, 6, 3, 7);
-    rows[0] = __builtin_shufflevector(low01, low23, 0, 1, 4, 5);
-    rows[1] = __builtin_shufflevector(low01, low23, 2, 3, 6, 7);
-    rows[2] = __builtin_shufflevector(high01, high23, 0, 1, 4, 5);
-    rows[3] = __builtin_shufflevector(high01, high23, 2, 3, 6, 7);
+inline void Columns(const float* const* rows, int place, Eight (&columns)[4]) {
+#if defined(__AVX__)
+    // The same in both halves of the vectors, of which one has the first four rows.
+    Eight four[4];
+    for (int row = 0; row < 4; row++) {
+        Four halves[2];
+        __builtin_memcpy(&halves[0], rows[row] + place, sizeof(Four));
+        __builtin_memcpy(&halves[1], rows[row + 4] + place, sizeof(Four));
+        four[row] = __builtin_shufflevector(halves[0], halves[1], 0, 1, 2, 3, 4, 5, 6, 7);
+    }
+    const Eight low01 = __builtin_shufflevector(four[0], four[1], 0, 8, 1, 9, 4, 12, 5, 13);
+    const Eight low23 = __builtin_shufflevector(four[2], four[3], 0, 8, 1, 9, 4, 12, 5, 13);
+    const Eight high01 = __builtin_shufflevector(four[0], four[1], 2, 10, 3, 11, 6, 14, 7, 15);
+    const Eight high23 = __builtin_shufflevector(four[2], four[3], 2, 10, 3, 11, 6, 14, 7, 15);
+    columns[0] = __builtin_shufflevector(low01, low23, 0, 1, 8, 9, 4, 5, 12, 13);
+    columns[1] = __builtin_shufflevector(low01, low23, 2, 3, 10, 11, 6, 7, 14, 15);
+    columns[2] = __builtin_shufflevector(high01, high23, 0, 1, 8, 9, 4, 5, 12, 13);
+    columns[3] = __builtin_shufflevector(high01, high23, 2, 3, 10, 11, 6, 7, 14, 15);
+#else
+    Four first[4], second[4];
+    Columns(rows, place, first);
+    Columns(rows + 4, place, second);
+    for (int column = 0; column < 4; column++) {
+        __builtin_memcpy(&columns[column], &first[column], sizeof(Four));
+        __builtin_memcpy(reinterpret_cast<float*>(&columns[column]) + 4, &second[column],
+                         sizeof(Four));
+    }
+#endif
 }
 
 /// Whether all samples count as they are.
@@ -95,15 +162,14 @@ bool LowCutOf(LowCutFilter* const* filters, const float* samples, bool allHeard,
     constexpr int lanes = sizeof(Lanes) / sizeof(float);
     // For each moment the voices' samples: first the input, then the output.
     alignas(64) float moments[kRoom][lanes];
-    for (int k = 0; k < lanes; k += 4) {
-        for (int i = 0; i < count; i += 4) {
-            Four rows[4];
-            for (int row = 0; row < 4; row++)
-                rows[row] = k + row < voices ? Load(samples + (k + row) * count + i) : Four{};
-            Transpose(rows);
-            for (int moment = 0; moment < 4; moment++)
-                Store(rows[moment], &moments[i + moment][k]);
-        }
+    alignas(64) static const float silence[kRoom]{};
+    const float* lines[lanes];
+    for (int k = 0; k < lanes; k++)
+        lines[k] = k < voices ? samples + k * count : silence;
+    for (int i = 0; i < count; i += 4) {
+        Lanes columns[4];
+        Columns(lines, i, columns);
+        __builtin_memcpy(moments[i], columns, sizeof columns);
     }
     const bool beyond = !allHeard && Bound<lanes>(moments, count);
     Lanes hpa, hpb, gain, hpsum0, hpsum1;
@@ -122,17 +188,9 @@ bool LowCutOf(LowCutFilter* const* filters, const float* samples, bool allHeard,
     hpsum0 = sound ? hpsum0 : Lanes{};
     hpsum1 = sound ? hpsum1 : Lanes{};
     for (int i = 0; i < count; i++) {
-        Lanes s, next0, next1, output;
+        Lanes s, output;
         __builtin_memcpy(&s, moments[i], sizeof s);
-        for (int k = 0; k < lanes; k++) {
-            const double w0 = double(hpa[k]) * hpsum0[k] + s[k];
-            const double w1 = double(hpb[k]) * hpsum1[k] + s[k];
-            output[k] = static_cast<float>(s[k] - gain[k] * (w0 - w1));
-            next0[k] = Fused(hpa[k], hpsum0[k], s[k]);
-            next1[k] = Fused(hpb[k], hpsum1[k], s[k]);
-        }
-        hpsum0 = next0;
-        hpsum1 = next1;
+        Step(hpa, hpb, gain, s, hpsum0, hpsum1, output);
         __builtin_memcpy(moments[i], &output, sizeof output);
     }
     for (int k = 0; k < voices; k++) {
@@ -140,17 +198,19 @@ bool LowCutOf(LowCutFilter* const* filters, const float* samples, bool allHeard,
         filters[k]->hpsum1 = hpsum1[k];
         filters[k]->out = moments[count - 1][k];
     }
-    for (int i = 0; i < count; i += 4) {
-        Four total = Load(sum + i);
+    for (int i = 0; i < count; i += lanes) {
+        const float* rows[lanes];
+        for (int moment = 0; moment < lanes; moment++)
+            rows[moment] = moments[i + moment];
+        Lanes total;
+        __builtin_memcpy(&total, sum + i, sizeof total);
         for (int k = 0; k < lanes; k += 4) {
-            Four rows[4];
-            for (int moment = 0; moment < 4; moment++)
-                rows[moment] = Load(&moments[i + moment][k]);
-            Transpose(rows);
-            for (int row = 0; row < 4; row++)
-                total += rows[row];
+            Lanes outputs[4];
+            Columns(rows, k, outputs);
+            for (const Lanes& output : outputs)
+                total += output;
         }
-        Store(total, sum + i);
+        __builtin_memcpy(sum + i, &total, sizeof total);
     }
     return beyond;
 }

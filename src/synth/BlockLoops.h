@@ -20,6 +20,8 @@ constexpr std::size_t kMostSamples = 64;
 /// they consist of whole vectors, and what stands there afterwards means nothing.
 constexpr std::size_t kSlack = 16;
 constexpr std::size_t kRoom = kMostSamples + kSlack;
+/// Cells of kMostSamples samples that loops over cells compute in one go at most.
+constexpr std::size_t kMostCells = 8;
 
 /// Sines and cosines of the multiples of a phase's step: of 0 to 7 steps, and of 0 to 7 times
 /// eight.
@@ -99,10 +101,12 @@ struct BlockLoops {
     /// values[i] = the line at t[i], which is finite. No slack, any count.
     void (*Line)(const EnvelopeLine& line, const float* t, float* values, std::size_t count);
     /// Runs `voices` filters over their input, samples[k * count + i] for filter k at moment i, and
-    /// adds their output to sum[i], filter after filter. Input counts as Heard says; a filter whose
-    /// sums are not finite all the same starts afresh. True where input was beyond kMostHeard.
+    /// adds their output to sum[i], filter after filter; for several cells one after the other, of
+    /// which the next has its input `stride` floats and its sum `count` floats further on. Input
+    /// counts as Heard says; a filter whose sums are not finite all the same starts afresh. True
+    /// where input was beyond kMostHeard.
     bool (*LowCut)(LowCutFilter* const* filters, const float* samples, std::size_t voices,
-                   std::size_t count, float* sum);
+                   std::size_t count, float* sum, std::size_t cells, std::size_t stride);
     /// to[i] = from[i], rounded.
     void (*Narrow)(const double* from, float* to, std::size_t count);
     /// out[i] is the sum of taps[k] frames[i step + k] for k < length, a multiple of kSlack, as

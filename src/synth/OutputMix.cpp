@@ -46,10 +46,11 @@ void OutputMix::Sort(std::span<RunningVoice*> voices) const noexcept {
     }
 }
 
-bool OutputMix::Add(std::span<RunningVoice* const> voices, std::span<const Ear> ears) noexcept {
+bool OutputMix::Add(std::span<RunningVoice* const> voices, std::span<const Ear> ears,
+                    std::size_t blocks) noexcept {
     bool beyond = false;
     std::array<LowCutFilter*, kVoiceSlots> filters;
-    alignas(64) std::array<float, kRoom> part;
+    const std::size_t stride = voices.size() * count;
     for (std::size_t k = 0; k < voices.size();) {
         RunningVoice& first = *voices[k];
         const std::size_t group = Group(first);
@@ -57,21 +58,27 @@ bool OutputMix::Add(std::span<RunningVoice* const> voices, std::span<const Ear> 
         while (k + number < voices.size() && !first.ends && !voices[k + number]->ends &&
                Group(*voices[k + number]) == group)
             number++;
-        const bool plain = group == 0 && !first.ends;
         const std::size_t left = first.left;
         for (const Ear& ear : ears) {
             for (std::size_t n = 0; n < number; n++)
                 filters[n] = &(voices[k + n]->*ear.filter);
-            if (!plain)
-                part.fill(0);
-            beyond |= Loops().LowCut(filters.data(), ear.samples + k * count, number, count,
-                                     plain ? ear.sum : part.data());
+            const float* const samples = ear.samples + k * count;
+            if (group == 0 && !first.ends) {
+                beyond |=
+                    Loops().LowCut(filters.data(), samples, number, count, ear.sum, blocks, stride);
+                continue;
+            }
             Ramp<float> volume = channels[first.channel];
             first.left = left;
-            for (std::size_t i = 0; i < count && !plain; i++) {
-                ear.sum[i] += part[i] * volume.Now() * Fade(first);
-                volume.Pass(1);
-                first.left -= first.ends && first.left > 0 ? 1 : 0;
+            for (std::size_t block = 0; block < blocks; block++) {
+                alignas(64) std::array<float, kRoom> part{};
+                beyond |= Loops().LowCut(filters.data(), samples + block * stride, number, count,
+                                         part.data(), 1, 0);
+                for (std::size_t i = 0; i < count; i++) {
+                    ear.sum[block * count + i] += part[i] * volume.Now() * Fade(first);
+                    volume.Pass(1);
+                    first.left -= first.ends && first.left > 0 ? 1 : 0;
+                }
             }
         }
         k += number;

@@ -47,8 +47,10 @@ class OutputMix {
         float* sum;
     };
     /// Filters the voices' input and adds their output to the sums. True where input was beyond
-    /// kMostHeard.
-    bool Add(std::span<RunningVoice* const> voices, std::span<const Ear> ears) noexcept;
+    /// kMostHeard. The same for several blocks one after the other, whose input and sums stand one
+    /// after the other too.
+    bool Add(std::span<RunningVoice* const> voices, std::span<const Ear> ears,
+             std::size_t blocks = 1) noexcept;
 
   private:
     /// Where the volume of channel i is wanted.

@@ -56,12 +56,11 @@ bool VoiceMotion::HoldsFor(const Axis& axis, RunningVoice& v, double centre, dou
 /// Moves a voice whose envelopes keep their values; false, and nothing has moved, for another.
 bool VoiceMotion::MoveSteadily(RunningVoice& v, std::size_t cells, std::size_t stride,
                                float* placesx, float* placesy) const noexcept {
-    constexpr std::size_t kMost = VoiceRenderer::kMostCells;
     const std::size_t samples = cells * kMostSamples;
     const auto length = static_cast<double>(samples);
     const double step = RoundedStep(v.t, dt);
     const double end = v.t + length * step;
-    std::array<double, 2 * kMost> phases, sines, cosines;
+    std::array<double, 2 * kMostCells> phases, sines, cosines;
     SteadyCoordinate placex, placey;
     if (!AddsTheSame(v.t, dt, step, end) || !HoldsFor(x, v, v.cx, length, end, placex) ||
         !HoldsFor(y, v, v.cy, length, end, placey) ||
@@ -69,14 +68,17 @@ bool VoiceMotion::MoveSteadily(RunningVoice& v, std::size_t cells, std::size_t s
         !v.y.BeginCells(Turn(y, v, nullptr), cells, &phases[cells]))
         return false;
     const BlockLoops& loops = Loops();
-    loops.Waves(phases.data(), sines.data(), cosines.data(), 2 * cells);
+    // As often as not both coordinates have the same phase.
+    const bool joint = std::equal(&phases[0], &phases[cells], &phases[cells]);
+    const std::size_t second = joint ? 0 : cells;
+    loops.Waves(phases.data(), sines.data(), cosines.data(), joint ? cells : 2 * cells);
     placex.values = cosines.data();
     placex.slopes = sines.data();
     placex.slopeSign = -1;
     placex.steps = v.x.PassCells(cells);
     placex.place = placesx;
-    placey.values = &sines[cells];
-    placey.slopes = &cosines[cells];
+    placey.values = &sines[second];
+    placey.slopes = &cosines[second];
     placey.slopeSign = 1;
     placey.steps = v.y.PassCells(cells);
     placey.place = placesy;
@@ -154,24 +156,24 @@ bool VoiceRenderer::RenderCells(const PlaneFunction& f, float* left, float* righ
     const std::span<RunningVoice* const> all(sounding.data(), voiceCount);
     const std::size_t points = voiceCount * kBlock;
     alignas(64) std::array<float, kMostCells * kVoiceSlots * kBlock> x, y;
-    alignas(64) std::array<float, kVoiceSlots * kBlock + kSlack> s;
-    alignas(64) std::array<float, kRoom> sum;
-    const OutputMix::Ear ear{&RunningVoice::filter, s.data(), sum.data()};
+    alignas(64) std::array<float, kMostCells * kVoiceSlots * kBlock + kSlack> s;
+    alignas(64) std::array<float, kMostCells * kBlock + kSlack> sum;
     motion.MoveCells(all, cells, x.data(), y.data());
-    const float factor = gain * mix.Level();
     for (std::size_t i = 0; i < cells; i++) {
         inputs.Advance(sampleRate, Smooth(), 0, kBlock);
-        sum.fill(resting);
-        if (voiceCount > 0) {
-            source.Evaluate(&x[i * points], &y[i * points],
-                            inputs.Fill(source, all, controllers, own, 1.0 / sampleRate, kBlock),
-                            s.data(), points);
-            if (mix.Add(all, {&ear, 1}))
-                bounded = true;
-        }
-        for (std::size_t k = 0; k < kBlock; k++)
-            left[i * kBlock + k] = sum[k] * factor;
+        if (voiceCount == 0)
+            continue;
+        const float* const* heard =
+            inputs.Fill(source, all, controllers, own, 1.0 / sampleRate, kBlock);
+        source.Evaluate(&x[i * points], &y[i * points], heard, &s[i * points], points);
     }
+    std::fill_n(sum.data(), cells * kBlock, resting);
+    const OutputMix::Ear ear{&RunningVoice::filter, s.data(), sum.data()};
+    if (mix.Add(all, {&ear, 1}, cells))
+        bounded = true;
+    const float factor = gain * mix.Level();
+    for (std::size_t i = 0; i < cells * kBlock; i++)
+        left[i] = sum[i] * factor;
     if (right)
         std::copy_n(left, cells * kBlock, right);
     return true;

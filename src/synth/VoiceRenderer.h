@@ -30,8 +30,6 @@ class VoiceRenderer {
   public:
     /// Samples that are computed in one go.
     static constexpr std::size_t kBlock = kMostSamples;
-    /// Cells that are computed in one go where nothing changes.
-    static constexpr std::size_t kMostCells = 8;
 
     /// The records are shared and outlive the renderer. Starts with gain 0, dummyfunction and
     /// 44100 samples per second.

@@ -223,8 +223,8 @@ TEST_P(Loops, LowCutIsTheFormulaAndTheSameOnAllMachines) {
             for (float& s : input)
                 s = random() % 100 == 0 ? INFINITY : float(random()) / 2147483648.0F - 1;
             std::array<float, kRoom> sum{}, bestSum{};
-            GetParam()->LowCut(filters.data(), input.data(), voices, count, sum.data());
-            vexa::Loops().LowCut(bestFilters.data(), input.data(), voices, count, bestSum.data());
+            GetParam()->LowCut(filters.data(), input.data(), voices, count, sum.data(), 1, 0);
+            vexa::Loops().LowCut(bestFilters.data(), input.data(), voices, count, bestSum.data(), 1, 0);
             for (std::size_t i = 0; i < count; i++) {
                 double shouldSum = 0;
                 for (std::size_t k = 0; k < voices; k++) {
@@ -255,11 +255,11 @@ TEST_P(Loops, ALowCutWhoseSumsAreNotFiniteStartsAfresh) {
         pointers.push_back(&filter);
     std::vector<float> input(filters.size() * 16 + vexa::kSlack, 0.5F);
     std::array<float, kRoom> sum{};
-    EXPECT_FALSE(GetParam()->LowCut(pointers.data(), input.data(), filters.size(), 16, sum.data()));
+    EXPECT_FALSE(GetParam()->LowCut(pointers.data(), input.data(), filters.size(), 16, sum.data(), 1, 0));
     for (std::size_t i = 0; i < 16; i++)
         EXPECT_LT(std::abs(sum[i]), 10) << i;
     input[3 * 16 + 7] = -1e31F;
-    EXPECT_TRUE(GetParam()->LowCut(pointers.data(), input.data(), filters.size(), 16, sum.data()));
+    EXPECT_TRUE(GetParam()->LowCut(pointers.data(), input.data(), filters.size(), 16, sum.data(), 1, 0));
 }
 
 } // namespace

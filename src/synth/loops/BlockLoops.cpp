@@ -73,16 +73,17 @@ class SteppedWaves {
         Load(steps.eightSines, eightSines);
         Load(steps.eightCosines, eightCosines);
     }
-    /// In a cell that begins with this wave.
-    void Begin(double value, double slope) {
+    /// Wave and slope after each eight steps in a cell that begins with these.
+    void Begin(double value, double slope, double* values, double* slopes) const {
         const EightDoubles eightValues = value * eightCosines + slope * eightSines;
         const EightDoubles eightSlopes = slope * eightCosines - value * eightSines;
-        __builtin_memcpy(values, &eightValues, sizeof values);
-        __builtin_memcpy(slopes, &eightSlopes, sizeof slopes);
+        __builtin_memcpy(values, &eightValues, sizeof eightValues);
+        __builtin_memcpy(slopes, &eightSlopes, sizeof eightSlopes);
     }
-    /// Those after 8 g to 8 g + 7 steps. (How a vector is returned depends on the instruction set.)
-    void Take(std::size_t g, EightDoubles& waves) const {
-        waves = values[g] * cosines + slopes[g] * sines;
+    /// The waves after 0 to 7 steps from there. (How a vector is returned depends on the
+    /// instruction set.)
+    void Take(double value, double slope, EightDoubles& waves) const {
+        waves = value * cosines + slope * sines;
     }
 
   private:
@@ -91,14 +92,14 @@ class SteppedWaves {
     }
 
     EightDoubles sines, cosines, eightSines, eightCosines;
-    alignas(64) double values[8], slopes[8];
 };
 
 /// For stepped waves from a whole eight on, with a constant radius round a centre that stays: the
 /// most usual.
 void StillPlaces(const Coordinate& c, std::size_t count) {
-    SteppedWaves waves(*c.steps);
-    waves.Begin(c.value, c.slope);
+    const SteppedWaves waves(*c.steps);
+    alignas(64) double values[8], slopes[8];
+    waves.Begin(c.value, c.slope, values, slopes);
     const double radius = c.radius;
     // As the sum with 0 drifts gives it, which may have another sign than the centre.
     const double centre = c.centre + c.drift;
@@ -106,7 +107,7 @@ void StillPlaces(const Coordinate& c, std::size_t count) {
     const std::size_t first = c.offset / 8;
     for (std::size_t g = 0; 8 * g < count; g++) {
         EightDoubles wave;
-        waves.Take(first + g, wave);
+        waves.Take(values[first + g], slopes[first + g], wave);
         const auto rounded = __builtin_convertvector(radius * wave + centre, EightFloats);
         __builtin_memcpy(place + 8 * g, &rounded, sizeof rounded);
     }
@@ -133,11 +134,12 @@ void Places(const Coordinate* coordinates, std::size_t number, std::size_t count
                 StillPlaces(c, count);
                 continue;
             }
-            SteppedWaves stepped(*c.steps);
-            stepped.Begin(c.value, c.slope);
+            const SteppedWaves stepped(*c.steps);
+            alignas(64) double values[8], slopes[8];
+            stepped.Begin(c.value, c.slope, values, slopes);
             for (std::size_t g = c.offset / 8; 8 * g < c.offset + count; g++) {
                 EightDoubles wave;
-                stepped.Take(g, wave);
+                stepped.Take(values[g], slopes[g], wave);
                 __builtin_memcpy(cell + 8 * g, &wave, sizeof wave);
             }
             waves = cell + c.offset;
@@ -152,15 +154,19 @@ void Places(const Coordinate* coordinates, std::size_t number, std::size_t count
 template<bool drifting>
 void CellsOf(const SteadyCoordinate& coordinate, std::size_t cells) {
     const SteadyCoordinate c = coordinate;
-    SteppedWaves waves(*c.steps);
+    const SteppedWaves waves(*c.steps);
     const EightDoubles moments = {0, 1, 2, 3, 4, 5, 6, 7};
+    // Those of all cells first: what is read from memory is in all lanes at once, while the
+    // compiler would copy what it still holds from lane to lane, which takes as long as a product.
+    alignas(64) double values[kMostCells][8], slopes[kMostCells][8];
+    for (std::size_t n = 0; n < cells; n++)
+        waves.Begin(c.values[n], c.slopeSign * c.slopes[n], values[n], slopes[n]);
     for (std::size_t n = 0; n < cells; n++) {
-        waves.Begin(c.values[n], c.slopeSign * c.slopes[n]);
         const double centre = c.centre + Count(n * kMostSamples) * c.drift;
         float* const place = c.place + n * c.stride;
         for (std::size_t g = 0; g < kMostSamples / 8; g++) {
             EightDoubles wave;
-            waves.Take(g, wave);
+            waves.Take(values[n][g], slopes[n][g], wave);
             // A drift of 0 may give the sum another sign than the centre's.
             const EightDoubles centres =
                 drifting ? centre + (moments + Count(8 * g)) * c.drift : centre + EightDoubles{};

@@ -155,76 +155,114 @@ bool Bound(float (*moments)[lanes], int count) {
     return beyond;
 }
 
-/// Up to as many filters as Lanes is wide; their input's lines stand `count` apart.
+/// Up to as many filters as Lanes is wide.
 template<class Lanes>
-bool LowCutOf(LowCutFilter* const* filters, const float* samples, bool allHeard, int voices,
-              int count, float* sum) {
-    constexpr int lanes = sizeof(Lanes) / sizeof(float);
-    // For each moment the voices' samples: first the input, then the output.
-    alignas(64) float moments[kRoom][lanes];
-    alignas(64) static const float silence[kRoom]{};
-    const float* lines[lanes];
-    for (int k = 0; k < lanes; k++)
-        lines[k] = k < voices ? samples + k * count : silence;
-    for (int i = 0; i < count; i += 4) {
-        Lanes columns[4];
-        Columns(lines, i, columns);
-        __builtin_memcpy(moments[i], columns, sizeof columns);
+class SideBySide {
+  public:
+    SideBySide(LowCutFilter* const* filters, int voices) : filters(filters), voices(voices) {
+        Gather(&LowCutFilter::hpa, hpa);
+        Gather(&LowCutFilter::hpb, hpb);
+        Gather(&LowCutFilter::hpgain, gain);
+        Gather(&LowCutFilter::hpsum0, hpsum0);
+        Gather(&LowCutFilter::hpsum1, hpsum1);
+        const auto sound = (hpsum0 - hpsum0 == Lanes{}) & (hpsum1 - hpsum1 == Lanes{});
+        hpsum0 = sound ? hpsum0 : Lanes{};
+        hpsum1 = sound ? hpsum1 : Lanes{};
     }
-    const bool beyond = !allHeard && Bound<lanes>(moments, count);
-    Lanes hpa, hpb, gain, hpsum0, hpsum1;
-    const auto gather = [&](float LowCutFilter::*field, Lanes& to) {
-        float values[lanes]{};
+
+    /// Filters so many samples of each, whose lines stand `count` apart. True where one that is not
+    /// heard as it is has been bounded.
+    bool Run(const float* samples, bool allHeard, int count, float* sum) {
+        // For each moment the voices' samples: first the input, then the output.
+        alignas(64) float moments[kRoom][kWidth];
+        alignas(64) static const float silence[kRoom]{};
+        const float* lines[kWidth];
+        for (int k = 0; k < kWidth; k++)
+            lines[k] = k < voices ? samples + k * count : silence;
+        for (int i = 0; i < count; i += 4) {
+            Lanes columns[4];
+            Columns(lines, i, columns);
+            __builtin_memcpy(moments[i], columns, sizeof columns);
+        }
+        const bool beyond = !allHeard && Bound<kWidth>(moments, count);
+        Filter(moments, count);
+        for (int i = 0; i < count; i += kWidth) {
+            const float* rows[kWidth];
+            for (int moment = 0; moment < kWidth; moment++)
+                rows[moment] = moments[i + moment];
+            Lanes total;
+            __builtin_memcpy(&total, sum + i, sizeof total);
+            for (int k = 0; k < kWidth; k += 4) {
+                Lanes outputs[4];
+                Columns(rows, k, outputs);
+                for (const Lanes& output : outputs)
+                    total += output;
+            }
+            __builtin_memcpy(sum + i, &total, sizeof total);
+        }
+        return beyond;
+    }
+
+    /// Lets the filters go on from here.
+    void End() const {
+        for (int k = 0; k < voices; k++) {
+            filters[k]->hpsum0 = hpsum0[k];
+            filters[k]->hpsum1 = hpsum1[k];
+            filters[k]->out = last[k];
+        }
+    }
+
+  private:
+    static constexpr int kWidth = sizeof(Lanes) / sizeof(float);
+
+    void Gather(float LowCutFilter::*field, Lanes& to) const {
+        float values[kWidth]{};
         for (int k = 0; k < voices; k++)
             values[k] = filters[k]->*field;
         __builtin_memcpy(&to, values, sizeof to);
-    };
-    gather(&LowCutFilter::hpa, hpa);
-    gather(&LowCutFilter::hpb, hpb);
-    gather(&LowCutFilter::hpgain, gain);
-    gather(&LowCutFilter::hpsum0, hpsum0);
-    gather(&LowCutFilter::hpsum1, hpsum1);
-    const auto sound = (hpsum0 - hpsum0 == Lanes{}) & (hpsum1 - hpsum1 == Lanes{});
-    hpsum0 = sound ? hpsum0 : Lanes{};
-    hpsum1 = sound ? hpsum1 : Lanes{};
-    for (int i = 0; i < count; i++) {
-        Lanes s, output;
-        __builtin_memcpy(&s, moments[i], sizeof s);
-        Step(hpa, hpb, gain, s, hpsum0, hpsum1, output);
-        __builtin_memcpy(moments[i], &output, sizeof output);
     }
-    for (int k = 0; k < voices; k++) {
-        filters[k]->hpsum0 = hpsum0[k];
-        filters[k]->hpsum1 = hpsum1[k];
-        filters[k]->out = moments[count - 1][k];
-    }
-    for (int i = 0; i < count; i += lanes) {
-        const float* rows[lanes];
-        for (int moment = 0; moment < lanes; moment++)
-            rows[moment] = moments[i + moment];
-        Lanes total;
-        __builtin_memcpy(&total, sum + i, sizeof total);
-        for (int k = 0; k < lanes; k += 4) {
-            Lanes outputs[4];
-            Columns(rows, k, outputs);
-            for (const Lanes& output : outputs)
-                total += output;
+
+    void Filter(float (*moments)[kWidth], int count) {
+        const Lanes a = hpa, b = hpb, g = gain;
+        Lanes sum0 = hpsum0, sum1 = hpsum1, output{};
+        for (int i = 0; i < count; i++) {
+            Lanes s;
+            __builtin_memcpy(&s, moments[i], sizeof s);
+            Step(a, b, g, s, sum0, sum1, output);
+            __builtin_memcpy(moments[i], &output, sizeof output);
         }
-        __builtin_memcpy(sum + i, &total, sizeof total);
+        hpsum0 = sum0;
+        hpsum1 = sum1;
+        last = output;
     }
+
+    LowCutFilter* const* filters;
+    int voices;
+    Lanes hpa, hpb, gain, hpsum0, hpsum1, last{};
+};
+
+template<class Lanes>
+bool LowCutOf(LowCutFilter* const* filters, int voices, const float* samples, bool allHeard,
+              int count, float* sum, std::size_t cells, std::size_t stride) {
+    SideBySide<Lanes> side(filters, voices);
+    bool beyond = false;
+    for (std::size_t i = 0; i < cells; i++)
+        beyond |= side.Run(samples + i * stride, allHeard, count, sum + i * std::size_t(count));
+    side.End();
     return beyond;
 }
 
 bool LowCut(LowCutFilter* const* filters, const float* samples, std::size_t voices,
-            std::size_t count, float* sum) {
+            std::size_t count, float* sum, std::size_t cells, std::size_t stride) {
     const int n = static_cast<int>(count);
-    const bool allHeard = AllHeard(samples, voices * count);
-    bool beyond = false;
+    bool allHeard = true, beyond = false;
+    for (std::size_t i = 0; i < cells; i++)
+        allHeard &= AllHeard(samples + i * stride, voices * count);
     for (int left = static_cast<int>(voices); left > 0;) {
         const bool wide = left > 4;
         const int side = left < 4 ? left : !wide ? 4 : left < 8 ? left : 8;
-        beyond |=
-            (wide ? LowCutOf<Eight> : LowCutOf<Four>)(filters, samples, allHeard, side, n, sum);
+        beyond |= (wide ? LowCutOf<Eight> : LowCutOf<Four>)(filters, side, samples, allHeard, n,
+                                                            sum, cells, stride);
         filters += side;
         samples += side * n;
         left -= side;

@@ -22,13 +22,14 @@ class InputBlock {
   public:
     explicit InputBlock(Macros& macros) : macros(macros), space(std::make_unique<Space>()) {}
 
-    /// The macros over the next `count` <= kMostSamples moments, `rate` a second, whether they are
+    /// The macros over the next `count` moments, `rate` a second, whether they are
     /// used or not. Each goes to what it was last set to within 10 ms, or `smooth` samples if that
     /// is longer; the first moment of all finds it there. `offset` as for VoiceMotion.
     void Advance(double rate, std::size_t smooth, std::size_t offset, std::size_t count) noexcept;
 
     /// The arrays that f.Evaluate expects for the points of the block that was advanced over: those
-    /// of voice k are k * count to (k + 1) * count - 1. Each voice's age grows by `count`.
+    /// of voice k are k * count to (k + 1) * count - 1, and count <= kMostSamples unless f has no
+    /// inputs. Each voice's age grows by `count`.
     /// Controllers go where they are wanted within the smooth samples of Advance.
     const float* const* Fill(const PlaneSource& f, std::span<RunningVoice* const> voices,
                              const ControllerTable& controllers, const OwnControllers& own,

@@ -159,13 +159,15 @@ bool VoiceRenderer::RenderCells(const PlaneFunction& f, float* left, float* righ
     alignas(64) std::array<float, kMostCells * kVoiceSlots * kBlock + kSlack> s;
     alignas(64) std::array<float, kMostCells * kBlock + kSlack> sum;
     motion.MoveCells(all, cells, x.data(), y.data());
-    for (std::size_t i = 0; i < cells; i++) {
-        inputs.Advance(sampleRate, Smooth(), 0, kBlock);
+    // Those of one cell after the other only where they have inputs of their own.
+    const std::size_t some = source.Inputs().empty() ? cells : 1;
+    for (std::size_t i = 0; i < cells; i += some) {
+        inputs.Advance(sampleRate, Smooth(), 0, some * kBlock);
         if (voiceCount == 0)
             continue;
         const float* const* heard =
-            inputs.Fill(source, all, controllers, own, 1.0 / sampleRate, kBlock);
-        source.Evaluate(&x[i * points], &y[i * points], heard, &s[i * points], points);
+            inputs.Fill(source, all, controllers, own, 1.0 / sampleRate, some * kBlock);
+        source.Evaluate(&x[i * points], &y[i * points], heard, &s[i * points], some * points);
     }
     std::fill_n(sum.data(), cells * kBlock, resting);
     const OutputMix::Ear ear{&RunningVoice::filter, s.data(), sum.data()};

@@ -156,6 +156,43 @@ TEST(Formula, IsTheSameOnEveryInstructionSetAndHoweverItIsAsked) {
     }
 }
 
+/// Of floats of any kind and size, and of such as have a quotient that is as near to the middle
+/// between two floats as can be.
+TEST(Formula, QuotientsAreThoseOfDoublePrecisionOnEveryInstructionSet) {
+    std::mt19937 random(3);
+    std::vector<float> x, y;
+    for (std::uint32_t i = 0; i < 1 << 19; i++) {
+        // Of one size for a while, so that nothing else draws attention to it.
+        const std::uint32_t size = i >> 9 & 0xff;
+        for (std::vector<float>* to : {&x, &y}) {
+            const auto bits = static_cast<std::uint32_t>(random());
+            to->push_back(
+                std::bit_cast<float>(size == 0 ? bits : (bits & 0x807fffff) | size << 23));
+        }
+    }
+    for (int i = 0; i < 1 << 19; i++) {
+        // 2^25 above = middle below + r, where the middle has 25 bits of which the last is set.
+        const std::uint32_t below = std::uint32_t(random()) >> 9 | 0x800001, r = 2 * (i % 2) - 1U;
+        std::uint32_t inverse = below;
+        for (int k = 0; k < 4; k++)
+            inverse *= 2 - below * inverse;
+        const std::uint32_t middle = (0 - r * inverse) & 0x1ffffff;
+        const double above = (double(middle) * below + std::int32_t(r)) * 0x1p-25;
+        x.push_back(static_cast<float>(std::ldexp(above, int(random() % 8) - 28)));
+        y.push_back(static_cast<float>(std::ldexp(double(below), int(random() % 8) - 28)));
+    }
+    for (const std::string text : {"0.35*x/y", "0.25*x/y", "-1e5*x/y", "1e-40*x/y"}) {
+        const std::shared_ptr<const vexa::Formula> formula = Compiled(text);
+        ASSERT_EQ(formula->Length(), 1U);
+        const double factor = std::stod(text);
+        std::vector<float> values(x.size());
+        formula->Evaluate(x.data(), y.data(), nullptr, values.data(), x.size());
+        for (std::size_t i = 0; i < x.size(); i++)
+            ASSERT_TRUE(Same(values[i], static_cast<float>(factor * double(x[i]) / double(y[i]))))
+                << text << " at " << x[i] << ", " << y[i];
+    }
+}
+
 std::string Repeated(std::string_view text, int count) {
     std::string all;
     for (int i = 0; i < count; i++)

@@ -22,35 +22,45 @@ inline void Divide(const float* a, const float* b, double c, float* to, std::siz
 }
 
 #if defined(__AVX512F__)
-constexpr std::size_t kQuotients = 16;
+/// Quotients that are looked at together.
+constexpr std::size_t kGroup = 128, kQuotients = 16;
 
-/// The lanes whose magnitude is normal and far from all that could overflow or underflow.
-inline __mmask16 Moderate(__m512 values) {
-    constexpr unsigned kLeast = (127U - 30) << 24, kMost = (127U + 30) << 24;
-    typedef unsigned Sizes __attribute__((vector_size(64)));
-    const Sizes sizes = ((Sizes)values << 1) - kLeast;
-    return _mm512_cmplt_epu32_mask((__m512i)sizes, _mm512_set1_epi32(int(kMost - kLeast)));
-}
+/// What a group of quotients has come to: magnitudes, and lanes whose float is not certain.
+struct QuotientCheck {
+    __m512 least = _mm512_set1_ps(1), most = _mm512_set1_ps(1);
+    __mmask16 uncertain = 0;
 
-/// Writes the quotients, and tells for which lanes that is certain; |c| is at most 2^20 and at
-/// least 2^-20.
-inline __mmask16 NearQuotient(__m512 a, __m512 b, float c, float rest, __m512& quotients) {
-    const __m512 factor = _mm512_set1_ps(c);
+    /// Whether all are certain, and far from all that could overflow or underflow.
+    bool Passed() const {
+        const __mmask16 small = _mm512_cmp_ps_mask(least, _mm512_set1_ps(0x1p-30F), _CMP_LT_OQ);
+        const __mmask16 large = _mm512_cmp_ps_mask(most, _mm512_set1_ps(0x1p30F), _CMP_GT_OQ);
+        return (uncertain | small | large) == 0;
+    }
+    void See(__m512 values) {
+        constexpr int kLess = 0b1010, kMore = 0b1011; // of two magnitudes
+        least = _mm512_maskz_range_ps(0xffff, least, values, kLess);
+        most = _mm512_maskz_range_ps(0xffff, most, values, kMore);
+    }
+};
+
+/// Writes kQuotients of them; c + rest is the factor, at most 2^20 and at least 2^-20.
+inline void NearQuotients(const float* above, const float* below, __m512 c, __m512 rest, float* to,
+                          QuotientCheck& check) {
+    const __m512 a = _mm512_loadu_ps(above), b = _mm512_loadu_ps(below);
     const __m512 rough = _mm512_maskz_rcp14_ps(0xffff, b);
     const __m512 lacks = _mm512_fnmadd_ps(b, rough, _mm512_set1_ps(1));
     const __m512 reciprocal = _mm512_fmadd_ps(lacks, rough, rough);
-    const __m512 product = _mm512_mul_ps(factor, a);
-    const __m512 low = _mm512_fmsub_ps(factor, a, product);
-    const __m512 first = _mm512_mul_ps(product, reciprocal);
-    __m512 left = _mm512_add_ps(_mm512_fnmadd_ps(first, b, product), low);
-    left = _mm512_fmadd_ps(_mm512_set1_ps(rest), a, left);
-    const __m512 second = _mm512_mul_ps(left, reciprocal);
-    const __m512 sum = _mm512_add_ps(first, second);
-    const __m512 error = _mm512_sub_ps(second, _mm512_sub_ps(sum, first));
-    quotients = sum;
+    const __m512 product = c * a;
+    const __m512 first = product * reciprocal;
+    const __m512 lost = _mm512_fmadd_ps(rest, a, _mm512_fmsub_ps(c, a, product));
+    const __m512 second = (_mm512_fnmadd_ps(first, b, product) + lost) * reciprocal;
+    const __m512 sum = first + second;
+    const __m512 error = second - (sum - first);
     const __m512 further = _mm512_fmadd_ps(error, _mm512_set1_ps(1 + 0x1p-16F), sum);
-    const __mmask16 certain = _mm512_cmp_ps_mask(further, sum, _CMP_EQ_OQ);
-    return certain & Moderate(sum) & Moderate(b);
+    check.uncertain |= _mm512_cmp_ps_mask(further, sum, _CMP_NEQ_UQ);
+    check.See(sum);
+    check.See(b);
+    _mm512_storeu_ps(to, sum);
 }
 #endif
 
@@ -64,15 +74,15 @@ void QuotientAsFloat(const void* a, const void* b, const void* c, void* to, std:
     const double size = __builtin_fabs(factor);
     if (size >= 0x1p-20 && size <= 0x1p20) {
         const auto high = static_cast<float>(factor);
-        const auto low = static_cast<float>(factor - high);
-        for (std::size_t i = 0; i < count; i += kQuotients) {
-            __m512 quotients;
-            const __mmask16 certain =
-                NearQuotient(_mm512_loadu_ps(x + i), _mm512_loadu_ps(y + i), high, low, quotients);
-            if (certain == 0xffff)
-                _mm512_storeu_ps(values + i, quotients);
-            else
-                Divide(x + i, y + i, factor, values + i, kQuotients);
+        const __m512 main = _mm512_set1_ps(high);
+        const __m512 rest = _mm512_set1_ps(static_cast<float>(factor - high));
+        for (std::size_t i = 0; i < count; i += kGroup) {
+            const std::size_t some = count - i < kGroup ? count - i : kGroup;
+            QuotientCheck check;
+            for (std::size_t k = i; k < i + some; k += kQuotients)
+                NearQuotients(x + k, y + k, main, rest, values + k, check);
+            if (!check.Passed())
+                Divide(x + i, y + i, factor, values + i, some);
         }
         return;
     }

@@ -14,6 +14,13 @@ struct EnvelopeLine {
     double base, origin, rise, run;
 };
 
+/// A value on its way: from + (to - from) (done / length) after `done` samples, `to` after
+/// `length`.
+struct RampLine {
+    double from, to;
+    std::size_t done, length;
+};
+
 /// Samples that the loops compute in one go at most.
 constexpr std::size_t kMostSamples = 64;
 /// Every array of a block has room for so many more: the loops go on to a multiple of it, so that
@@ -65,9 +72,11 @@ struct SteadyCoordinate {
 
 /// A centre that drifts at a changing speed.
 struct Drift {
-    /// The speed at moment i is envelope[i] weight + rest, per sample of dt seconds.
+    /// The speed at moment i is envelope[i] weight + rest, or envelope[i] weights[i] + rests[i]
+    /// where these are given, per sample of dt seconds.
     const float* envelope;
     double weight, rest, dt;
+    const double *weights, *rests;
     /// The centre, which goes on to the next block, and where it is written for each moment.
     double* centre;
     double* centres;
@@ -107,6 +116,8 @@ struct BlockLoops {
     /// where input was beyond kMostHeard.
     bool (*LowCut)(LowCutFilter* const* filters, const float* samples, std::size_t voices,
                    std::size_t count, float* sum, std::size_t cells, std::size_t stride);
+    /// values[i] = the ramp i samples later.
+    void (*Ramp)(const RampLine& line, double* values, std::size_t count);
     /// to[i] = from[i], rounded.
     void (*Narrow)(const double* from, float* to, std::size_t count);
     /// out[i] is the sum of taps[k] frames[i step + k] for k < length, a multiple of kSlack, as

@@ -1,8 +1,10 @@
 // Values that go to where they are wanted in a straight line instead of stepping.
 #pragma once
 
+#include "synth/BlockLoops.h"
 #include "synth/Pitch.h"
 
+#include <concepts>
 #include <cstddef>
 
 namespace vexa {
@@ -44,6 +46,12 @@ class Ramp {
         return from + (to - from) * (static_cast<Number>(done) / static_cast<Number>(length));
     }
     bool Moves() const noexcept { return done < length; }
+    /// Writes the next `count` <= kMostSamples values, with room as for BlockLoops, and lets them
+    /// go by.
+    void Write(double* values, std::size_t count) noexcept requires std::same_as<Number, double> {
+        Loops().Ramp({from, to, done, length}, values, count);
+        Pass(count);
+    }
     /// Lets samples go by.
     void Pass(std::size_t samples) noexcept {
         done = samples < length - done ? done + samples : length;

@@ -15,7 +15,7 @@ constexpr double kTwoPi = 6.28318530718;
 
 /// Work space of one coordinate of one voice.
 struct VoiceMotion::Space {
-    alignas(64) std::array<double, kRoom> waves, centres;
+    alignas(64) std::array<double, kRoom> waves, centres, weights, rests;
     alignas(64) std::array<float, kRoom> driftEnvelope, radiusEnvelope;
 };
 
@@ -117,10 +117,10 @@ void VoiceMotion::PutRadius(const Axis& axis, RunningVoice& v, Times& times, Spa
     c.envelope = times.Follow(axis.radiusEnvelope, values, value);
     Ramp<double>& sum = v.sums[number];
     if (sum.Varies()) {
-        for (std::size_t i = 0; i < count; i++) {
-            values[i] = static_cast<float>((c.envelope ? values[i] : value) * sum.Now());
-            sum.Pass(1);
-        }
+        std::array<double, kRoom> factors;
+        sum.Write(factors.data(), count);
+        for (std::size_t i = 0; i < count; i++)
+            values[i] = static_cast<float>((c.envelope ? values[i] : value) * factors[i]);
         c.envelope = values;
         c.radius = 1;
     } else if (!c.envelope) {
@@ -142,17 +142,24 @@ void VoiceMotion::PutCentre(const Axis& axis, RunningVoice& v, double& centre, T
             : times.Follow(axis.driftEnvelope, space.driftEnvelope.data(), value);
     double* const centres = space.centres.data();
     c.centres = centres;
-    if (varies) {
-        for (std::size_t i = 0; i < count; i++) {
-            centres[i] = centre;
-            centre += dt * ((values ? values[i] : value) * weight.Now() + rest.Now());
-            weight.Pass(1);
-            rest.Pass(1);
+    if (varies || values) {
+        if (!values)
+            std::fill_n(space.driftEnvelope.data(), kRoom, value);
+        Drift drift{space.driftEnvelope.data(),
+                    weights.c0,
+                    weights.rest,
+                    dt,
+                    nullptr,
+                    nullptr,
+                    &centre,
+                    centres};
+        if (varies) {
+            weight.Write(space.weights.data(), count);
+            rest.Write(space.rests.data(), count);
+            drift.weights = space.weights.data();
+            drift.rests = space.rests.data();
         }
-        return;
-    }
-    if (values) {
-        drifts.Add({values, weights.c0, weights.rest, dt, &centre, centres});
+        drifts.Add(drift);
         return;
     }
     const double step = dt * (value * weights.c0 + weights.rest);

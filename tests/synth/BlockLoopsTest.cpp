@@ -151,6 +151,10 @@ TEST_P(Loops, DriftsAddTheirSpeedsOneAfterTheOther) {
     constexpr std::size_t kMost = 8;
     std::array<std::array<float, kRoom>, kMost> envelopes;
     std::array<std::array<double, kRoom>, kMost> centres;
+    // Weights that go from 0.2 to 1.7 within 40 samples, of which 3 are over.
+    std::array<double, kRoom> weights, rests;
+    rests.fill(-0.7);
+    GetParam()->Ramp({0.2, 1.7, 3, 40}, weights.data(), 50);
     for (std::size_t number = 1; number <= kMost; number++) {
         std::array<double, kMost> is, should;
         std::vector<vexa::Drift> drifts;
@@ -158,14 +162,21 @@ TEST_P(Loops, DriftsAddTheirSpeedsOneAfterTheOther) {
             for (std::size_t i = 0; i < kRoom; i++)
                 envelopes[k][i] = float(std::sin(double(i + 9 * k)));
             is[k] = should[k] = double(k);
-            drifts.push_back({envelopes[k].data(), 0.3 * double(k), 0.1, 1.0 / 44100, &is[k],
-                              centres[k].data()});
+            const bool varies = k % 3 == 1;
+            drifts.push_back({envelopes[k].data(), 0.3 * double(k), 0.1, 1.0 / 44100,
+                              varies ? weights.data() : nullptr, varies ? rests.data() : nullptr,
+                              &is[k], centres[k].data()});
         }
         GetParam()->Drifts(drifts.data(), number, 50);
         for (std::size_t k = 0; k < number; k++) {
             for (std::size_t i = 0; i < 50; i++) {
                 ASSERT_EQ(centres[k][i], should[k]);
-                should[k] += 1.0 / 44100 * (envelopes[k][i] * (0.3 * double(k)) + 0.1);
+                const double place = double(i + 3);
+                const double weight = k % 3 != 1   ? 0.3 * double(k)
+                                      : place < 40 ? 0.2 + (1.7 - 0.2) * (place / 40)
+                                                   : 1.7;
+                should[k] +=
+                    1.0 / 44100 * (envelopes[k][i] * weight + (k % 3 == 1 ? rests[0] : 0.1));
             }
             EXPECT_EQ(is[k], should[k]);
         }
@@ -224,7 +235,8 @@ TEST_P(Loops, LowCutIsTheFormulaAndTheSameOnAllMachines) {
                 s = random() % 100 == 0 ? INFINITY : float(random()) / 2147483648.0F - 1;
             std::array<float, kRoom> sum{}, bestSum{};
             GetParam()->LowCut(filters.data(), input.data(), voices, count, sum.data(), 1, 0);
-            vexa::Loops().LowCut(bestFilters.data(), input.data(), voices, count, bestSum.data(), 1, 0);
+            vexa::Loops().LowCut(bestFilters.data(), input.data(), voices, count, bestSum.data(), 1,
+                                 0);
             for (std::size_t i = 0; i < count; i++) {
                 double shouldSum = 0;
                 for (std::size_t k = 0; k < voices; k++) {
@@ -255,11 +267,13 @@ TEST_P(Loops, ALowCutWhoseSumsAreNotFiniteStartsAfresh) {
         pointers.push_back(&filter);
     std::vector<float> input(filters.size() * 16 + vexa::kSlack, 0.5F);
     std::array<float, kRoom> sum{};
-    EXPECT_FALSE(GetParam()->LowCut(pointers.data(), input.data(), filters.size(), 16, sum.data(), 1, 0));
+    EXPECT_FALSE(
+        GetParam()->LowCut(pointers.data(), input.data(), filters.size(), 16, sum.data(), 1, 0));
     for (std::size_t i = 0; i < 16; i++)
         EXPECT_LT(std::abs(sum[i]), 10) << i;
     input[3 * 16 + 7] = -1e31F;
-    EXPECT_TRUE(GetParam()->LowCut(pointers.data(), input.data(), filters.size(), 16, sum.data(), 1, 0));
+    EXPECT_TRUE(
+        GetParam()->LowCut(pointers.data(), input.data(), filters.size(), 16, sum.data(), 1, 0));
 }
 
 } // namespace

@@ -186,8 +186,10 @@ void DriftsOf(const Drift* drifts, std::size_t count) {
     double centre[side];
     for (std::size_t k = 0; k < side; k++) {
         const Drift d = drifts[k];
-        for (std::size_t i = 0; i < Whole(count); i++)
+        for (std::size_t i = 0; i < Whole(count) && !d.weights; i++)
             steps[k][i] = d.dt * (d.envelope[i] * d.weight + d.rest);
+        for (std::size_t i = 0; i < Whole(count) && d.weights; i++)
+            steps[k][i] = d.dt * (d.envelope[i] * d.weights[i] + d.rests[i]);
         centre[k] = *d.centre;
     }
     for (std::size_t i = 0; i < count; i++) {
@@ -244,6 +246,23 @@ void Line(const EnvelopeLine& line, const float* __restrict t, float* __restrict
         values[i] = static_cast<float>(l.base + (double(t[i]) - l.origin) * l.rise / l.run);
 }
 
+void Ramp(const RampLine& line, double* __restrict values, std::size_t count) {
+    const RampLine l = line;
+    const double way = l.to - l.from, length = Count(l.length);
+#if defined(__FMA__)
+    const double reciprocal = 1 / length;
+#endif
+    for (std::size_t i = 0; i < Whole(count); i++) {
+        const double place = Count(l.done) + Count(i);
+#if defined(__FMA__)
+        const double part = Quotient(place, length, reciprocal);
+#else
+        const double part = place / length;
+#endif
+        values[i] = place < length ? l.from + way * part : l.to;
+    }
+}
+
 void Narrow(const double* __restrict from, float* __restrict to, std::size_t count) {
     for (std::size_t i = 0; i < Whole(count); i++)
         to[i] = static_cast<float>(from[i]);
@@ -295,7 +314,7 @@ void Words(const float* __restrict values, unsigned* __restrict words, std::size
 
 } // namespace
 
-const BlockLoops VEXA_LOOPS_TABLE = {Accumulate, Waves,  Places, Cells, Drifts,         Line,
-                                     LowCut,     Narrow, Filter, Words, VEXA_LOOPS_NAME};
+const BlockLoops VEXA_LOOPS_TABLE = {Accumulate, Waves, Places, Cells,  Drifts, Line,
+                                     LowCut,     Ramp,  Narrow, Filter, Words,  VEXA_LOOPS_NAME};
 
 } // namespace vexa

@@ -6,7 +6,6 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <iterator>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -130,8 +129,11 @@ Result<void> SoundFileWriter::Write(const float* frames, std::size_t count) {
     while (count > 0) {
         const std::size_t room = kFramesPerWrite - s.block.size() / s.channels;
         const std::size_t now = std::min(count, room);
-        std::transform(frames, frames + now * s.channels, std::back_inserter(s.block),
-                       [](float value) { return std::isfinite(value) ? value : 0.0F; });
+        const std::size_t held = s.block.size(), more = now * s.channels;
+        s.block.resize(held + more);
+        // What is not finite has no difference from itself.
+        for (std::size_t i = 0; i < more; i++)
+            s.block[held + i] = frames[i] - frames[i] == 0 ? frames[i] : 0.0F;
         frames += now * s.channels;
         count -= now;
         if (now < room)

@@ -79,10 +79,19 @@ TEST_F(Hands, TheWheelBendsByTheRangeThatTheSoundOrRpn0Says) {
     }
     Render(instrument, 441);
     EXPECT_NEAR(Cents(Hertz(0, 1000), 391.9954), 0, 0.01);
-    for (const auto& [controller, value] : {std::pair{101, 0}, {100, 0}, {6, 12}, {38, 50}})
-        Control(uchar(controller), uchar(value));
-    Render(instrument, 441);
-    EXPECT_NEAR(Cents(Hertz(0, 1000), 440), -1250, 0.01) << "hundredths count too";
+    const std::pair<std::vector<std::pair<int, int>>, double> ranges[] = {
+        {{{101, 0}, {100, 0}, {38, 50}}, 250}, // hundredths alone leave the semitones
+        {{{38, 127}}, 299},
+        {{{6, 12}}, 1200},
+        {{{38, 50}}, 1250},
+        {{{6, 0}}, 0},
+        {{{6, 127}, {38, 20}}, 9600}};
+    for (const auto& [events, cents] : ranges) {
+        for (const auto& [controller, value] : events)
+            Control(uchar(controller), uchar(value));
+        Render(instrument, 441);
+        EXPECT_NEAR(Cents(Hertz(0, 1000), 440), -cents, 0.01);
+    }
 
     instrument.playing.loads = 1; // another sound
     Bend(8191);

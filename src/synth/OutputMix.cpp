@@ -38,7 +38,7 @@ std::size_t OutputMix::Group(const RunningVoice& v) const noexcept {
 
 void OutputMix::Sort(std::span<RunningVoice*> voices) const noexcept {
     const auto place = [this](const RunningVoice& v) {
-        return v.ends ? channels.size() + 1 : Group(v);
+        return IsAlone(v) ? channels.size() + 1 : Group(v);
     };
     for (std::size_t i = 1; i < voices.size(); i++) {
         for (std::size_t k = i; k > 0 && place(*voices[k]) < place(*voices[k - 1]); k--)
@@ -54,11 +54,12 @@ bool OutputMix::Add(std::span<RunningVoice* const> voices, std::span<const Ear> 
         RunningVoice& first = *voices[k];
         const std::size_t group = Group(first);
         std::size_t number = 1;
-        while (k + number < voices.size() && !first.ends && !voices[k + number]->ends &&
+        while (k + number < voices.size() && !IsAlone(first) && !IsAlone(*voices[k + number]) &&
                Group(*voices[k + number]) == group)
             number++;
-        const bool plain = group == 0 && !first.ends;
+        const bool plain = group == 0 && !IsAlone(first);
         const std::size_t left = first.left;
+        const Ramp<float> begin = first.arrives;
         for (const Ear& ear : ears) {
             for (std::size_t n = 0; n < number; n++)
                 filters[n] = &(voices[k + n]->*ear.filter);
@@ -66,11 +67,14 @@ bool OutputMix::Add(std::span<RunningVoice* const> voices, std::span<const Ear> 
                 part.fill(0);
             beyond |= Loops().LowCut(filters.data(), ear.samples + k * count, number, count,
                                      plain ? ear.sum : part.data());
-            Ramp<float> volume = channels[first.channel];
+            Ramp<float> before = channels[first.before], volume = channels[first.channel];
             first.left = left;
+            first.arrives = begin;
             for (std::size_t i = 0; i < count && !plain; i++) {
-                ear.sum[i] += part[i] * volume.Now() * Fade(first);
+                ear.sum[i] += part[i] * Between(before, volume, first.arrives) * Fade(first);
+                before.Pass(1);
                 volume.Pass(1);
+                first.arrives.Pass(1);
                 first.left -= first.ends && first.left > 0 ? 1 : 0;
             }
         }

@@ -20,8 +20,10 @@ struct RunningVoice {
     bool sounds = false;
     bool released = false;
     float vel = 0, key = 0, freq = 0;
-    /// 0..15.
-    std::size_t channel = 0;
+    /// 0..15. Where a legato key has brought the note to another channel, its volume goes from that
+    /// of the one before to that of the new one as `arrives` goes from 0 to 1.
+    std::size_t channel = 0, before = 0;
+    Ramp<float> arrives{1};
     OwnValues own = kNoOwnValues;
     /// What lies between the pitch and freq, semitones.
     PitchRamp glide, bend;

@@ -115,7 +115,8 @@ bool VoiceRenderer::GoesOn(const RunningVoice& v, const voice& slot) const noexc
     if (!v.sounds)
         return !seen.Active();
     return seen.Active() && !seen.Changing() && seen.Changes() == v.changes && !v.ends &&
-           v.glide.StaysAt(0) && v.bend.StaysAt(playing.Bends() ? double(slot.bend) : 0.0) &&
+           v.arrives.StaysAt(1) && v.glide.StaysAt(0) &&
+           v.bend.StaysAt(playing.Bends() ? double(slot.bend) : 0.0) &&
            std::equal(v.own.begin(), v.own.end(), slot.own.begin());
 }
 

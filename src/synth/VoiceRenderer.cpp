@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 namespace vexa {
 
@@ -224,7 +225,7 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
             return Heard(ear.s[at]);
         };
         v.stands = motion.Stands(v);
-        v.rests = stood && v.stands && Settles(v.filter, last(one)) &&
+        v.rests = stood && v.stands && !v.arrives.Moves() && Settles(v.filter, last(one)) &&
                   (!apart || Settles(v.rightFilter, last(other)));
     }
     CloseEars();
@@ -280,6 +281,7 @@ std::size_t VoiceRenderer::Smooth() const noexcept {
 /// taken from the slot by now, and then this is about a note that is not taken up yet.
 void VoiceRenderer::TakeUpHands(RunningVoice& v, const voice& slot) noexcept {
     v.glide.Aim(0, 0, offset);
+    v.arrives.Aim(1, 0, offset);
     if (v.ends)
         return;
     v.bend.Aim(playing.Bends() ? double(slot.bend) : 0.0, SamplesIn(kHandSeconds), offset);
@@ -297,6 +299,17 @@ void VoiceRenderer::CutOff(RunningVoice& v) noexcept {
     }
     v.sounds = v.sounds && v.ends && v.left > 0 && !v.rests;
     v.ends = v.sounds;
+}
+
+/// A note that begins has the volume of its channel at once.
+void VoiceRenderer::MoveTo(RunningVoice& v, std::size_t channel, bool begins) noexcept {
+    const float volume = mix.Volume(v);
+    v.before = std::exchange(v.channel, channel);
+    v.arrives.Set(1);
+    if (begins || volume == mix.Volume(v))
+        return;
+    v.arrives.Set(0);
+    v.arrives.Aim(1, SamplesIn(kHandSeconds), offset);
 }
 
 /// Begins the slot's new note, or its release or its new pitch, if there is one. A note that is
@@ -333,6 +346,7 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
         v.glide.Set(glide > 0 && from > 0 ? SemitonesBetween(freq, from) : 0);
         v.glide.Aim(0, SamplesIn(glide), offset);
         v.retuned = !begins;
+        MoveTo(v, static_cast<std::size_t>(channel) & 15, begins);
         v.tunes = tunes;
         v.key = key;
         v.freq = freq;
@@ -347,7 +361,6 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
         v.fresh = true;
         v.vel = vel;
         v.own = own;
-        v.channel = static_cast<std::size_t>(channel) & 15;
         v.bend.Set(playing.Bends() ? double(bend) : 0.0);
         v.t = 0;
         v.age = 0;

@@ -171,6 +171,18 @@ TEST_F(Mpe, AKeyOfAnotherChannelIsAnotherNote) {
     Bend(4, 4096); // before the note
     On(4, 62);
     ExpectCents({62}, {4800 * 4096 / 8191.0});
+
+    // The volume is that of the key's channel, which it takes 10 ms to get to.
+    instrument.consumer.AllNotesOff(false, 0);
+    Render(instrument, 441);
+    On(5, 69);
+    Control(6, 7, 64);
+    Render(instrument, 4410);
+    On(6, 57);
+    const std::vector<float> change = Render(instrument, 4410);
+    EXPECT_LT(test::LargestStep(change), 0.08);
+    EXPECT_GT(test::Peak({change.data(), 110}), 0.8F);
+    EXPECT_NEAR(test::Peak({change.data() + 441, 3969}), std::pow(64 / 127.0, 2), 0.01);
 }
 
 TEST_F(Mpe, AConfigurationEndsTheNotesOfTheChannelsThatChange) {

@@ -87,10 +87,11 @@ TEST(MidiFile, TellsTheEventsOfASynthesizer) {
                                          vexa::MidiEvent{0.5, Kind::NoteOff, 2, 0x3C, 0},
                                          vexa::MidiEvent{0.5, Kind::NoteOff, 2, 0x3D, 0x40},
                                          vexa::MidiEvent{0.5, Kind::ControlChange, 0, 1, 0x7F},
-                                         vexa::MidiEvent{0.5, Kind::AllNotesOff, 0, 0x78, 0},
-                                         vexa::MidiEvent{0.5, Kind::AllNotesOff, 15, 0x7B, 0},
+                                         vexa::MidiEvent{0.5, Kind::AllNotesOff, 1, 0, 0},
+                                         vexa::MidiEvent{0.5, Kind::AllNotesOff, 1, 0, 0},
                                          vexa::MidiEvent{0.5, Kind::ControlChange, 0, 0x79, 0},
-                                         vexa::MidiEvent{0.5, Kind::ChannelPressure, 0, 0, 5},
+                                         vexa::MidiEvent{0.5, Kind::ProgramChange, 0, 5, 0},
+                                         vexa::MidiEvent{0.5, Kind::ChannelPressure, 0, 5, 0},
                                          vexa::MidiEvent{0.5, Kind::KeyPressure, 0, 0x3C, 5},
                                          vexa::MidiEvent{1.5, Kind::PitchBend, 0, 0, 0}));
     EXPECT_EQ(file.notes, 1U);

@@ -110,7 +110,7 @@ void MidiChannel::Reset() {
     expression = 1;
     parameterMsb = parameterLsb = kNone;
     sustain = sostenuto = false;
-    own = kNoteBegins;
+    std::copy_n(kNoteBegins.begin(), kOwnMacros, own.begin());
 }
 
 } // namespace vexa

@@ -4,6 +4,7 @@
 #include "kits/support/SupportDefs.h"
 #include "synth/OwnControllers.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <optional>
@@ -41,6 +42,8 @@ class MidiChannel {
     /// By the MIDI association's practice for controller 121, as far as it is kept here: bend,
     /// expression, parameter, pedals.
     void Reset();
+    /// What it has of the macros' controllers, which Reset leaves.
+    void ForgetMacros() { std::fill(own.begin() + kOwnMacros, own.end(), -1.0F); }
     /// The wheel is let go.
     void CentreBend() { bend = 0; }
     /// The range of the wheel, in semitones, where it is told, and that another channel told.
@@ -63,7 +66,7 @@ class MidiChannel {
     int voice = -1;
 
   private:
-    static constexpr OwnValues kNoteBegins{0, 64.0F / 127};
+    static constexpr OwnValues kNoteBegins{0, 64.0F / 127, -1, -1, -1, -1};
 
     /// How far the wheel bends, as far as it was told.
     struct Range {

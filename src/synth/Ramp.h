@@ -43,6 +43,8 @@ class Ramp {
             return to;
         return from + (to - from) * (static_cast<Number>(done) / static_cast<Number>(length));
     }
+    /// Where it is or goes to.
+    Number End() const noexcept { return to; }
     bool Moves() const noexcept { return done < length; }
     /// Lets samples go by.
     void Pass(std::size_t samples) noexcept {

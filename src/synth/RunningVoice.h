@@ -6,6 +6,7 @@
 #include "synth/Oscillator.h"
 #include "synth/OwnControllers.h"
 #include "synth/ParameterTable.h"
+#include "synth/PlaneFunction.h"
 #include "synth/Ramp.h"
 
 #include <array>
@@ -40,8 +41,9 @@ struct RunningVoice {
     std::array<Ramp<double>, 6> sums;
     std::size_t smooth = 0;
     bool fresh = false, retuned = false;
-    /// As `own`, or the controllers where it has none.
-    std::array<Ramp<float>, kOwnControllers> owned;
+    /// Of the function's inputs those that are macros and controllers: the note's own values, or
+    /// those of all where it has none.
+    std::array<Ramp<float>, kMostInputs> heard;
     /// The four envelopes (EnvelopePlaces), and their values at note-off.
     std::array<EnvelopeTrack, 4> envelopes;
     std::array<float, 4> rellevel{};

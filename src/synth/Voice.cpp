@@ -18,6 +18,12 @@ double Seconds(const voice& slot, VoiceState::Seen seen) {
     return Rendered(slot, seen) ? double(slot.t) : 0.0;
 }
 
+OwnValues OwnOf(const voice& slot) {
+    OwnValues own;
+    std::copy(slot.own.begin(), slot.own.end(), own.begin());
+    return own;
+}
+
 VoiceView Look(const voice& slot) {
     const bool rendered = Rendered(slot, slot.state.Look());
     VoiceView view{};

@@ -132,6 +132,9 @@ struct VoiceView {
     std::array<float, 4> rellevel;
 };
 
+/// The slot's own controllers, as they are now. Any thread.
+OwnValues OwnOf(const voice& slot);
+
 /// Reads a slot. Where the media thread has not taken a new note or a release up yet, the note is
 /// where it will start: at t = 0. Read while the note changes, fields of the old and the new may
 /// mix. Any thread.

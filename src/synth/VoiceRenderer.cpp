@@ -155,7 +155,7 @@ void VoiceRenderer::Render(float* left, float* right, std::size_t count) noexcep
 
 void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* left, float* right,
                                 std::size_t count) noexcept {
-    const OwnControllers own(playing);
+    const OwnControllers own(playing, macros);
     const VoiceMotion motion(parameters, controllers, own, 1.0 / sampleRate, offset, count);
     WakeIfChanged(motion, f);
     std::array<RunningVoice*, kVoiceSlots> sounding;
@@ -256,7 +256,7 @@ float VoiceRenderer::StartOf(const RunningVoice& v, const PlaneSource& f,
     const double x = parameters.EnvAx->Value(0, false, 0) * ears.X().cosine + v.cx;
     const double y = parameters.EnvAy->Value(0, false, 0) * ears.Y().sine * side + v.cy;
     const std::array<float, kMostInputs> heard =
-        InputsOf(f, {v.vel, v.key, 0, v.own}, macros, controllers, OwnControllers(playing));
+        InputsOf(f, {v.vel, v.key, 0, v.own}, macros, controllers, OwnControllers(playing, macros));
     return Heard(f.At(static_cast<float>(x), static_cast<float>(y), heard.data()));
 }
 
@@ -285,7 +285,7 @@ void VoiceRenderer::TakeUpHands(RunningVoice& v, const voice& slot) noexcept {
     if (v.ends)
         return;
     v.bend.Aim(playing.Bends() ? double(slot.bend) : 0.0, SamplesIn(kHandSeconds), offset);
-    std::copy(slot.own.begin(), slot.own.end(), v.own.begin());
+    v.own = OwnOf(slot);
     // What a legato key has a say in does not jump.
     v.smooth = std::max(Smooth(), v.retuned ? SamplesIn(kHandSeconds) : 0);
     v.retuned = false;
@@ -333,8 +333,7 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
     const float vel = slot.vel, key = slot.key, freq = slot.freq;
     const float startcx = slot.startcx, startcy = slot.startcy, start = slot.start;
     const float heldFor = slot.heldfor;
-    OwnValues own;
-    std::copy(slot.own.begin(), slot.own.end(), own.begin());
+    const OwnValues own = OwnOf(slot);
     std::array<float, 4> rellevel;
     std::copy(slot.rellevel.begin(), slot.rellevel.end(), rellevel.begin());
     if (slot.state.Look() != seen)

@@ -23,6 +23,8 @@ struct MidiEvent {
     /// As those of kits::MidiEvent; `number` and `value` are its data.
     uint8 channel, number, value;
 
+    /// Without its time.
+    kits::MidiEvent ForConsumer() const { return {0, kind, channel, number, value}; }
     bool operator==(const MidiEvent&) const = default;
 };
 

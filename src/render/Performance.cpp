@@ -35,7 +35,9 @@ std::size_t Performance::Render(float* left, float* right, std::size_t count) {
 
 void Performance::Play(const MidiEvent& event) {
     VexaMidiConsumer& consumer = instrument.consumer;
-    kits::Call({0, event.kind, event.channel, event.number, event.value}, consumer);
+    if (watcher)
+        watcher->Came(event.ForConsumer());
+    kits::Call(event.ForConsumer(), consumer);
     if (event.kind == MidiEvent::Kind::NoteOn)
         mostVoices = std::max(mostVoices, consumer.CountVox());
 }

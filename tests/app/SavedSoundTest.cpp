@@ -28,7 +28,7 @@ std::vector<float> Play(vexa::VexaView& view, const vexa::MidiFile& file, std::s
             std::min(length, static_cast<std::size_t>(std::llround(event.seconds * 44100)));
         renderer.Render(samples.data() + position, at - position);
         position = at;
-        kits::Call({0, event.kind, event.channel, event.number, event.value}, consumer);
+        kits::Call(event.ForConsumer(), consumer);
     }
     renderer.Render(samples.data() + position, length - position);
     return samples;

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <random>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -41,6 +42,18 @@ class Tune : public testing::Test {
     double Level(double second, double hertz) const {
         const auto from = static_cast<std::size_t>(second * kRate);
         return test::Amplitude({&left[from], std::size_t(0.4 * kRate)}, hertz, kRate);
+    }
+    /// By how many cents a note that sounds from then on for 1.6 seconds is above that frequency.
+    double Cents(double second, double hertz) const {
+        const auto length = static_cast<std::size_t>(0.8 * kRate);
+        const auto from = static_cast<std::size_t>(second * kRate);
+        const auto phase = [&](std::size_t begin) {
+            return std::arg(test::Component({&left[begin], length}, hertz, kRate));
+        };
+        const double expected = 2 * M_PI * hertz * double(length) / kRate;
+        const double turns =
+            std::remainder(phase(from + length) - phase(from) - expected, 2 * M_PI) / (2 * M_PI);
+        return 1200 * std::log2(1 + (turns / 0.8) / hertz);
     }
     /// Writes a sine with more elements into the user's sounds.
     void WriteSine(const std::string& name, const std::string& more) const {
@@ -87,6 +100,70 @@ TEST_F(Tune, ProgramChangesChooseSoundsAtTheirFrame) {
     EXPECT_EQ(left, chosen) << "the same bytes as with the sound that was loaded before";
     Render(tune, {"--sound", "0"});
     EXPECT_GT(Level(1.05, 880), 0.2) << "otherwise they mean nothing";
+}
+
+/// As a controller of MPE plays: its configuration, the range of each member, channels by turns,
+/// bend, 74 and pressure before and during each note, and bends that go on after it. By the formula
+/// a note's pressure is how loud its octave is, and its 74 the twelfth.
+TEST_F(Tune, NotesOfAnMpeControllerAreFoundInTheFile) {
+    std::string sound = test::kSineSound;
+    const std::string plain = "x</expression>";
+    sound.replace(sound.find(plain), plain.size(),
+                  "x+a*(2*x*x-1)+b*x*(4*x*x-3)</expression>"
+                  "<macros><actl>2</actl><bctl>74</bctl></macros>");
+    sound.insert(sound.rfind('<'), "<playing><pressure>2</pressure></playing>");
+    folder.Write("vexa/sounds/mpe.xml", sound);
+    std::vector<MidiMessage> tune;
+    const auto send = [&tune](int at, int status, int channel, int data1, int data2) {
+        tune.push_back({at, {uint8(status | channel), uint8(data1), uint8(data2)}});
+        if (status == 0xD0)
+            tune.back().bytes.pop_back();
+    };
+    const auto parameter = [&](int channel, int number, int value) {
+        for (const auto& [controller, data] :
+             {std::pair{101, 0}, {100, number}, {6, value}, {101, 127}, {100, 127}})
+            send(0, 0xB0, channel, controller, data);
+    };
+    const auto bend = [&](int at, int channel, int value) {
+        send(at, 0xE0, channel, (value + 8192) & 127, (value + 8192) >> 7);
+    };
+    parameter(0, 6, 15);
+    for (int channel = 1; channel < 16; channel++)
+        parameter(channel, 0, 24);
+    struct Note {
+        double second, hertz, pressure, timbre;
+    };
+    std::vector<Note> notes;
+    std::mt19937 random(4);
+    const auto below = [&random](int n) { return int(random() % unsigned(n)); };
+    for (int i = 0; i < 20; i++) {
+        const int channel = 1 + i % 15, start = 100 + 600 * i;
+        // No partials of notes that sound together meet.
+        const int key = 48 + i * 11 % 25, bent = below(340) - 170;
+        const int pressure = below(128), timbre = below(128);
+        bend(start, channel, bent);
+        send(start, 0xB0, channel, 74, 64);
+        send(start, 0xD0, channel, 0, 0);
+        send(start, 0x90, channel, key, 40 + below(80));
+        send(start + 20, 0xD0, channel, pressure, 0);
+        send(start + 20, 0xB0, channel, 74, timbre);
+        send(start + 1800, 0x80, channel, key, 64);
+        for (int k = 1; k < 5; k++)
+            bend(start + 1800 + 5 * k, channel, bent + 100 * k);
+        const double semitones = key - 69 + 24.0 * bent / (bent > 0 ? 8191 : 8192);
+        notes.push_back({(start + 60) / 1000.0, 440 * std::exp2(semitones / 12), pressure / 127.0,
+                         timbre / 127.0});
+    }
+    Render(tune, {"--sound", "mpe"});
+    for (const Note& note : notes) {
+        SCOPED_TRACE(note.second);
+        EXPECT_NEAR(Cents(note.second, note.hertz), 0, 0.1);
+        // The next note has sent what is its own by then.
+        const double later = note.second + 0.6, level = Level(later, note.hertz);
+        EXPECT_NEAR(level, 0.25, 0.02);
+        EXPECT_NEAR(Level(later, 2 * note.hertz) / level, note.pressure, 0.05);
+        EXPECT_NEAR(Level(later, 3 * note.hertz) / level, note.timbre, 0.05);
+    }
 }
 
 } // namespace

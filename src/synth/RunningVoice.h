@@ -8,6 +8,7 @@
 #include "synth/ParameterTable.h"
 #include "synth/PlaneFunction.h"
 #include "synth/Ramp.h"
+#include "synth/Voice.h"
 
 #include <array>
 
@@ -35,10 +36,9 @@ struct RunningVoice {
     /// The orbit's centre.
     double cx = 0, cy = 0;
     Oscillator x, y;
-    /// What the sums of the orbit's formulas come to, x and y by turns: the weight of the drift's
-    /// envelope, the rest of the drift, the radius. Other values are reached within `smooth`
-    /// samples, but for those of a note that has just begun.
-    std::array<Ramp<double>, 6> sums;
+    /// As OrbitSums. Other values are reached within `smooth` samples, but for those of a note that
+    /// has just begun.
+    std::array<Ramp<double>, kOrbitSums> sums;
     std::size_t smooth = 0;
     bool fresh = false, retuned = false;
     /// Of the function's inputs those that are macros and controllers: the note's own values, or

@@ -39,7 +39,9 @@ VoiceView Look(const voice& slot) {
         view.cx = slot.startcx;
         view.cy = slot.startcy;
     }
-    view.freq = slot.freq;
+    view.freq = rendered ? slot.pitch : slot.freq;
+    if (rendered)
+        std::copy(slot.sums.begin(), slot.sums.end(), view.sums.emplace().begin());
     view.vel = slot.vel;
     view.key = slot.key;
     std::copy(slot.rellevel.begin(), slot.rellevel.end(), view.rellevel.begin());

@@ -406,6 +406,8 @@ void VoiceRenderer::ShowProgress() noexcept {
         slot.phasey = v.y.Phase();
         slot.cx = v.cx;
         slot.cy = v.cy;
+        slot.pitch = static_cast<float>(v.freq * (v.glide.Factor() * v.bend.Factor()));
+        std::ranges::transform(v.sums, slot.sums.begin(), &Ramp<double>::Now);
         slot.out = v.filter.out;
         slot.renderednotes = v.notes;
         slot.rendered = v.changes;

@@ -1,5 +1,5 @@
 #include "kits/support/Message.h"
-#include "support/Sounds.h"
+#include "midi/HandsStage.h"
 
 #include <limits>
 
@@ -10,36 +10,10 @@ namespace {
 using test::Render;
 using vexa::Engine;
 
-class MidiConsumer : public testing::Test {
+class MidiConsumer : public test::HandsStage {
   protected:
-    MidiConsumer() { test::MakeSine(instrument); }
-
-    void On(uchar note, uchar velocity = 100, uchar channel = 0) {
-        instrument.consumer.NoteOn(channel, note, velocity, 0);
-    }
-    void Off(uchar note, uchar channel = 0) { instrument.consumer.NoteOff(channel, note, 0, 0); }
     void Limit(int voices) { instrument.consumer.ReduceToMaxVox(voices); }
     void Play(std::size_t samples = 441) { Render(instrument, samples); }
-
-    /// The note that a slot plays: its number, negative once released, 0 if it is silent.
-    int Note(int slot) const {
-        const vexa::voice& v = instrument.voices[std::size_t(slot)];
-        if (!v.state.Look().Active())
-            return 0;
-        const int note = static_cast<int>(std::lround(v.key * 127));
-        return v.released ? -note : note;
-    }
-    std::vector<int> Notes() const {
-        std::vector<int> notes;
-        for (int i = 0; i < vexa::kVoiceSlots; i++) {
-            if (Note(i) != 0)
-                notes.push_back(Note(i));
-        }
-        return notes;
-    }
-    using Are = std::vector<int>;
-
-    Engine instrument;
 };
 
 TEST_F(MidiConsumer, FrequenciesAreEqualTemperament) {
@@ -67,11 +41,11 @@ TEST_F(MidiConsumer, StartsWithAllChannelsAndOneVoice) {
 
 TEST_F(MidiConsumer, ListensToItsChannelAlone) {
     instrument.consumer.SetChannel(9);
-    On(60, 100, 8);
+    On(60, 8);
     instrument.consumer.ControlChange(8, 1, 127, 0);
     EXPECT_EQ(Notes(), Are{});
     EXPECT_EQ(instrument.controllers[1], 0);
-    On(60, 100, 9);
+    On(60, 9);
     instrument.consumer.ControlChange(9, 1, 127, 0);
     Off(60, 8);
     EXPECT_EQ(Notes(), Are{60});
@@ -83,8 +57,8 @@ TEST_F(MidiConsumer, ListensToItsChannelAlone) {
 }
 
 TEST_F(MidiConsumer, ANoteEndsOnItsOwnChannelWhateverIsListenedToByThen) {
-    On(60, 100, 3);
-    On(62, 100, 5);
+    On(60, 3);
+    On(62, 5);
     instrument.consumer.SetChannel(5);
     Off(62, 3);
     EXPECT_EQ(Notes(), (Are{60, 62}));
@@ -191,7 +165,7 @@ TEST_F(MidiConsumer, TheCentreStartsAtItsWeightedSum) {
     p.C0x3 = 4;
     p.C0x4 = 7;
     instrument.consumer.ControlChange(0, 7, 64, 0);
-    On(60, 32);
+    On(60, 0, 32);
     EXPECT_FLOAT_EQ(static_cast<float>(vexa::Look(instrument.voices[0]).cx),
                     static_cast<float>(0.5 + 2 * 32 / 127.0 - 60 / 127.0 + 4 * 64 / 127.0));
     EXPECT_EQ(vexa::Look(instrument.voices[0]).cy, 0);

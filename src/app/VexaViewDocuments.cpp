@@ -134,14 +134,13 @@ void VexaView::LoadProgram() {
         return;
     ReadReport report;
     const auto path = FindProgram(folders, *number);
-    const auto sound = path ? ReadSound(*path, report) : kits::Result<Sound>(path.Fault());
+    const auto sound =
+        path ? ReadWhole(*path, instrument, report) : kits::Result<Sound>(path.Fault());
     for (const std::string& line : report.warnings)
         std::fprintf(stderr, "vexa: warning: %s\n", line.c_str());
     programFault.clear();
-    const std::string fault = !path    ? path.Fault().text
-                              : !sound ? report.reason
-                                       : Text(instrument.Try(sound->function));
-    if (!sound || !fault.empty()) {
+    if (!sound) {
+        const std::string& fault = sound.Fault().text;
         programFault = path ? path->stem().string() + " is not loaded" : fault;
         std::fprintf(stderr, "vexa: %s\n", fault.c_str());
         return;

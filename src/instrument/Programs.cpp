@@ -11,4 +11,14 @@ kits::Result<std::filesystem::path> FindProgram(const kits::ProgramFolders& fold
     return folders.Find("sounds", names[index]);
 }
 
+kits::Result<Sound> ReadWhole(const std::filesystem::path& path, const Instrument& instrument,
+                              ReadReport& report) {
+    kits::Result<Sound> sound = ReadSound(path, report);
+    if (!sound)
+        return kits::Error{report.reason};
+    if (const FunctionReport tried = instrument.Try(sound->function); !tried)
+        return kits::Error{Text(tried)};
+    return sound;
+}
+
 } // namespace vexa

@@ -64,7 +64,7 @@ void VexaMidiConsumer::Strike(uchar from, uchar note, uchar velocity) {
     const float vel = Normalised(velocity);
     const float key = Normalised(note);
     const NoteMoment moment{vel, key, 0, OwnOf(from)};
-    const OwnControllers own(playing);
+    const OwnControllers own(playing, macros);
     const float cx = StartOf(kCx0, parameters, controllers, own, moment);
     const float cy = StartOf(kCy0, parameters, controllers, own, moment);
 

@@ -94,6 +94,8 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     float BendOf(uchar from) const;
     void ConfigureZone(uchar master, uchar members);
     void SetOwn(uchar from, std::size_t which, float value);
+    bool GiveOwn(uchar from, std::size_t which, float value);
+    void ForgetMacros();
     bool Plays(int index, uchar from) const;
     bool Sustains(std::size_t index) const;
     void ReleaseUnheld(uchar from);
@@ -126,8 +128,10 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     std::array<Holder, kVoiceSlots> holders{};
     std::array<MidiChannel, 16> channels{};
     MpeZones zones;
-    /// What TakeUpSound has taken up: of Playing::loads and `panics`. MIDI thread.
+    /// What TakeUpSound has taken up: of Playing::loads and `panics`, and the macros' controllers.
+    /// MIDI thread.
     uint32 loads = 0, panicked = 0;
+    std::array<int32, kMacros> macroControllers{};
     std::atomic<uint32> panics{0};
     kits::Published<PlaneFunction> function{dummyfunction};
     kits::Published<Tuning> tuning{EqualTemperament()};

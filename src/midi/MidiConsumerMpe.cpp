@@ -73,6 +73,25 @@ void VexaMidiConsumer::SetOwn(uchar from, std::size_t which, float value) {
     }
 }
 
+/// A member's controller is for its notes alone, and then the answer is true. A master's is for the
+/// notes of all members, whatever these have had: they follow a macro again, and have the value of
+/// what else is theirs.
+bool VexaMidiConsumer::GiveOwn(uchar from, std::size_t which, float value) {
+    for (uchar to = 0; which < kOwnControllers && to < channels.size(); to++) {
+        if (IsOwn(to) && Concerns(from, to))
+            SetOwn(to, which, to == from || which < kOwnMacros ? value : kNoOwnValues[which]);
+    }
+    return which < kOwnControllers && IsOwn(from);
+}
+
+/// What notes have had of a macro's controller was another sound's, or meant for another macro.
+void VexaMidiConsumer::ForgetMacros() {
+    for (MidiChannel& channel : channels)
+        channel.ForgetMacros();
+    for (voice& slot : voices)
+        std::fill(slot.own.begin() + kOwnMacros, slot.own.end(), kNoOwnValues.back());
+}
+
 /// The channels that come into a zone or leave one begin anew, and their notes end.
 void VexaMidiConsumer::ConfigureZone(uchar master, uchar members) {
     const MpeZones before = zones;
@@ -91,6 +110,7 @@ void VexaMidiConsumer::ConfigureZone(uchar master, uchar members) {
             continue;
         channels[from].Reset();
         channels[from].ForgetRange();
+        channels[from].ForgetMacros();
         channels[from].keys.Clear();
         ApplyVolume(from);
     }

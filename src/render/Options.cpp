@@ -49,6 +49,8 @@ constexpr kits::OptionRow<Options> kRows[] = {
      [](Options& o, std::string_view) { return o.normalize = true; }},
     {"mpe", nullptr, nullptr, "take channels for notes' own (MPE) from the start",
      [](Options& o, std::string_view) { return o.mpe = true; }},
+    {"programs", nullptr, nullptr, "let the file's program changes choose sounds, by number",
+     [](Options& o, std::string_view) { return o.programs = true; }},
     {"tuning", "FILE", nullptr, "tune the keys to this scale, a Scala file (.scl)",
      [](Options& o, std::string_view text) { return SetText(o.tuning.scale.emplace(), text); }},
     {"keymap", "FILE", nullptr, "play the scale by this keyboard map, a Scala file (.kbm)",

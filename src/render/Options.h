@@ -37,6 +37,8 @@ struct Options {
     TuningChoice tuning;
     /// VexaMidiConsumer::ExpectMpe.
     bool mpe = false;
+    /// Program changes choose sounds.
+    bool programs = false;
     /// Stand before what the sound says of how it is played.
     PlayingTexts playing;
     /// The sound's function is compiled by gcc.

@@ -11,7 +11,7 @@ std::array<float, kMostInputs> InputsOf(const PlaneSource& f, const NoteMoment& 
         float& value = values[number++];
         switch (input.kind) {
         case FunctionInput::Kind::Macro:
-            value = macros[input.number].now;
+            value = own.OfMacro(input.number, note.own, macros[input.number].now);
             break;
         case FunctionInput::Kind::Velocity:
             value = note.vel;

@@ -30,7 +30,9 @@ class OutputMix {
     /// The factor on the sum.
     float Level() const noexcept { return level; }
     /// The factor on a voice's output by its channel.
-    float Volume(const RunningVoice& v) const noexcept { return channels[v.channel].Now(); }
+    float Volume(const RunningVoice& v) const noexcept {
+        return Between(channels[v.before], channels[v.channel], v.arrives);
+    }
     /// The factor on a voice's output by its end.
     float Fade(const RunningVoice& v) const noexcept {
         return v.ends ? static_cast<float>(v.left) / static_cast<float>(fadeLength) : 1.0F;
@@ -53,6 +55,13 @@ class OutputMix {
              std::size_t blocks = 1) noexcept;
 
   private:
+    static float Between(const Ramp<float>& before, const Ramp<float>& after,
+                         const Ramp<float>& arrives) noexcept {
+        const float end = after.Now();
+        return arrives.Moves() ? before.Now() + (end - before.Now()) * arrives.Now() : end;
+    }
+    /// No other voice is scaled alike.
+    static bool IsAlone(const RunningVoice& v) noexcept { return v.ends || v.arrives.Varies(); }
     /// Where the volume of channel i is wanted.
     float Wanted(std::size_t i) const noexcept { return playing.given ? float(volumes[i]) : 1.0F; }
     std::size_t Group(const RunningVoice& v) const noexcept;

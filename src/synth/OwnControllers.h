@@ -1,6 +1,7 @@
 // Controllers of which a note may have values of its own.
 #pragma once
 
+#include "synth/Macros.h"
 #include "synth/Playing.h"
 
 #include <array>
@@ -8,33 +9,35 @@
 
 namespace vexa {
 
-/// The one that pressure drives, and the one of the third dimension of MPE.
-enum : std::size_t { kOwnPressure, kOwnTimbre, kOwnControllers };
+/// The one that pressure drives, the one of the third dimension of MPE, and those of the macros.
+enum : std::size_t { kOwnPressure, kOwnTimbre, kOwnMacros, kOwnControllers = kOwnMacros + kMacros };
 constexpr int32 kTimbreNumber = 74;
 
 /// A note's own values, 0..1; below 0 where it has none.
 using OwnValues = std::array<float, kOwnControllers>;
-constexpr OwnValues kNoOwnValues{-1, -1};
+constexpr OwnValues kNoOwnValues{-1, -1, -1, -1, -1, -1};
 
 /// Their numbers; -1 where there is none.
 struct OwnControllers {
-    explicit OwnControllers(const Playing& playing) noexcept
-        : numbers{playing.Pressure(), kTimbreNumber} {}
+    OwnControllers(const Playing& playing, const Macros& macros) noexcept
+        : numbers{playing.Pressure(),   kTimbreNumber,        macros[0].controller,
+                  macros[1].controller, macros[2].controller, macros[3].controller} {}
 
-    /// The value of a controller for a note; `common` where it has none of its own.
-    double Of(int32 number, const OwnValues& values, double common) const noexcept {
-        const std::size_t which = Which(number, values);
-        return which < kOwnControllers && values[which] >= 0 ? values[which] : common;
-    }
-
-    /// Which of them a controller is for a note: the one of pressure, as a key may be pressed at
-    /// any moment, or another that the note has a value of; kOwnControllers if none.
-    std::size_t Which(int32 number, const OwnValues& values) const noexcept {
+    /// Which of them a controller is, the first one where it is several; kOwnControllers if none.
+    std::size_t Which(int32 number) const noexcept {
         std::size_t i = 0;
-        while (i < kOwnControllers &&
-               (number != numbers[i] || (i != kOwnPressure && values[i] < 0)))
+        while (i < kOwnControllers && number != numbers[i])
             i++;
         return i;
+    }
+    /// The value of a controller for a note; `common` where it has none of its own.
+    double Of(int32 number, const OwnValues& values, double common) const noexcept {
+        const std::size_t which = Which(number);
+        return which < kOwnControllers && values[which] >= 0 ? values[which] : common;
+    }
+    /// The value of a macro for a note, which is that of its controller; `common` as above.
+    float OfMacro(std::size_t macro, const OwnValues& values, float common) const noexcept {
+        return static_cast<float>(Of(numbers[kOwnMacros + macro], values, double(common)));
     }
 
     std::array<int32, kOwnControllers> numbers;

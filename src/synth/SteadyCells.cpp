@@ -117,8 +117,8 @@ bool VoiceRenderer::GoesOn(const RunningVoice& v, const voice& slot) const noexc
     if (!v.sounds)
         return !seen.Active();
     return seen.Active() && !seen.Changing() && seen.Changes() == v.changes && !v.ends &&
-           v.glide.StaysAt(0) && v.bend.StaysAt(playing.Bends() ? double(slot.bend) : 0.0) &&
-           std::equal(v.own.begin(), v.own.end(), slot.own.begin());
+           v.arrives.StaysAt(1) && v.glide.StaysAt(0) &&
+           v.bend.StaysAt(playing.Bends() ? double(slot.bend) : 0.0) && v.own == OwnOf(slot);
 }
 
 /// Renders so many whole cells at once; false, and nothing is rendered, where something changes.
@@ -126,7 +126,7 @@ bool VoiceRenderer::RenderCells(const PlaneFunction& f, float* left, float* righ
                                 std::size_t cells) noexcept {
     if (apart || ears.Apart() || (right && playing.Spread() > 0) || !mix.Stays())
         return false;
-    const OwnControllers own(playing);
+    const OwnControllers own(playing, macros);
     const VoiceMotion motion(parameters, controllers, own, 1.0 / sampleRate, 0, kBlock);
     const PlaneSource& source = f.Source();
     if (!(motion.Of() == sound) || &source != heard)

@@ -11,8 +11,15 @@
 
 #include <array>
 #include <atomic>
+#include <cstddef>
+#include <optional>
 
 namespace vexa {
+
+/// What the sums of a note's orbit formulas come to, x and y by turns: the weight of the drift's
+/// envelope, the rest of the drift, the radius without its envelope.
+constexpr std::size_t kOrbitSums = 6;
+using OrbitSums = std::array<double, kOrbitSums>;
 
 /// Whether a slot sounds, and how often its note has changed, in one word, so that silencing the
 /// note that one looked at cannot silence its successor. Wait-free.
@@ -114,6 +121,10 @@ struct voice {
     /// Radians, 0 at note-on, never wrapped.
     kits::Shared<double> phasex, phasey;
     kits::Shared<double> cx, cy;
+    /// Hz, with glide and bend.
+    kits::Shared<float> pitch;
+    /// As OrbitSums.
+    std::array<kits::Shared<double>, kOrbitSums> sums;
     /// The last sample, after the filter.
     kits::Shared<float> out;
 };
@@ -128,9 +139,16 @@ using VoiceTable = std::array<voice, kVoiceSlots>;
 struct VoiceView {
     bool released;
     double t, phasex, phasey, cx, cy;
-    float freq, vel, key;
+    /// Hz, as it is heard.
+    float freq;
+    float vel, key;
+    /// As they are heard; nothing where the note has not been.
+    std::optional<OrbitSums> sums;
     std::array<float, 4> rellevel;
 };
+
+/// The slot's own controllers, as they are now. Any thread.
+OwnValues OwnOf(const voice& slot);
 
 /// Reads a slot. Where the media thread has not taken a new note or a release up yet, the note is
 /// where it will start: at t = 0. Read while the note changes, fields of the old and the new may

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 namespace vexa {
 
@@ -154,7 +155,7 @@ void VoiceRenderer::Render(float* left, float* right, std::size_t count) noexcep
 
 void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* left, float* right,
                                 std::size_t count) noexcept {
-    const OwnControllers own(playing);
+    const OwnControllers own(playing, macros);
     const VoiceMotion motion(parameters, controllers, own, 1.0 / sampleRate, offset, count);
     WakeIfChanged(motion, f);
     std::array<RunningVoice*, kVoiceSlots> sounding;
@@ -224,7 +225,7 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
             return Heard(ear.s[at]);
         };
         v.stands = motion.Stands(v);
-        v.rests = stood && v.stands && Settles(v.filter, last(one)) &&
+        v.rests = stood && v.stands && !v.arrives.Moves() && Settles(v.filter, last(one)) &&
                   (!apart || Settles(v.rightFilter, last(other)));
     }
     CloseEars();
@@ -255,7 +256,7 @@ float VoiceRenderer::StartOf(const RunningVoice& v, const PlaneSource& f,
     const double x = parameters.EnvAx->Value(0, false, 0) * ears.X().cosine + v.cx;
     const double y = parameters.EnvAy->Value(0, false, 0) * ears.Y().sine * side + v.cy;
     const std::array<float, kMostInputs> heard =
-        InputsOf(f, {v.vel, v.key, 0, v.own}, macros, controllers, OwnControllers(playing));
+        InputsOf(f, {v.vel, v.key, 0, v.own}, macros, controllers, OwnControllers(playing, macros));
     return Heard(f.At(static_cast<float>(x), static_cast<float>(y), heard.data()));
 }
 
@@ -280,10 +281,11 @@ std::size_t VoiceRenderer::Smooth() const noexcept {
 /// taken from the slot by now, and then this is about a note that is not taken up yet.
 void VoiceRenderer::TakeUpHands(RunningVoice& v, const voice& slot) noexcept {
     v.glide.Aim(0, 0, offset);
+    v.arrives.Aim(1, 0, offset);
     if (v.ends)
         return;
     v.bend.Aim(playing.Bends() ? double(slot.bend) : 0.0, SamplesIn(kHandSeconds), offset);
-    std::copy(slot.own.begin(), slot.own.end(), v.own.begin());
+    v.own = OwnOf(slot);
     // What a legato key has a say in does not jump.
     v.smooth = std::max(Smooth(), v.retuned ? SamplesIn(kHandSeconds) : 0);
     v.retuned = false;
@@ -297,6 +299,17 @@ void VoiceRenderer::CutOff(RunningVoice& v) noexcept {
     }
     v.sounds = v.sounds && v.ends && v.left > 0 && !v.rests;
     v.ends = v.sounds;
+}
+
+/// A note that begins has the volume of its channel at once.
+void VoiceRenderer::MoveTo(RunningVoice& v, std::size_t channel, bool begins) noexcept {
+    const float volume = mix.Volume(v);
+    v.before = std::exchange(v.channel, channel);
+    v.arrives.Set(1);
+    if (begins || volume == mix.Volume(v))
+        return;
+    v.arrives.Set(0);
+    v.arrives.Aim(1, SamplesIn(kHandSeconds), offset);
 }
 
 /// Begins the slot's new note, or its release or its new pitch, if there is one. A note that is
@@ -320,8 +333,7 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
     const float vel = slot.vel, key = slot.key, freq = slot.freq;
     const float startcx = slot.startcx, startcy = slot.startcy, start = slot.start;
     const float heldFor = slot.heldfor;
-    OwnValues own;
-    std::copy(slot.own.begin(), slot.own.end(), own.begin());
+    const OwnValues own = OwnOf(slot);
     std::array<float, 4> rellevel;
     std::copy(slot.rellevel.begin(), slot.rellevel.end(), rellevel.begin());
     if (slot.state.Look() != seen)
@@ -333,6 +345,7 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
         v.glide.Set(glide > 0 && from > 0 ? SemitonesBetween(freq, from) : 0);
         v.glide.Aim(0, SamplesIn(glide), offset);
         v.retuned = !begins;
+        MoveTo(v, static_cast<std::size_t>(channel) & 15, begins);
         v.tunes = tunes;
         v.key = key;
         v.freq = freq;
@@ -347,7 +360,6 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
         v.fresh = true;
         v.vel = vel;
         v.own = own;
-        v.channel = static_cast<std::size_t>(channel) & 15;
         v.bend.Set(playing.Bends() ? double(bend) : 0.0);
         v.t = 0;
         v.age = 0;
@@ -394,6 +406,8 @@ void VoiceRenderer::ShowProgress() noexcept {
         slot.phasey = v.y.Phase();
         slot.cx = v.cx;
         slot.cy = v.cy;
+        slot.pitch = static_cast<float>(v.freq * (v.glide.Factor() * v.bend.Factor()));
+        std::ranges::transform(v.sums, slot.sums.begin(), &Ramp<double>::Now);
         slot.out = v.filter.out;
         slot.renderednotes = v.notes;
         slot.rendered = v.changes;

@@ -63,6 +63,7 @@ class VoiceRenderer {
     struct Block;
 
     void TakeUpChange(RunningVoice& running, const voice& slot, const PlaneSource& f) noexcept;
+    void MoveTo(RunningVoice& running, std::size_t channel, bool begins) noexcept;
     void TakeUpHands(RunningVoice& running, const voice& slot) noexcept;
     std::size_t Smooth() const noexcept;
     void CutOff(RunningVoice& running) noexcept;

@@ -28,13 +28,7 @@ std::vector<float> Play(vexa::VexaView& view, const vexa::MidiFile& file, std::s
             std::min(length, static_cast<std::size_t>(std::llround(event.seconds * 44100)));
         renderer.Render(samples.data() + position, at - position);
         position = at;
-        using Kind = vexa::MidiEvent::Kind;
-        if (event.kind == Kind::NoteOn)
-            consumer.NoteOn(event.channel, event.number, event.value, 0);
-        else if (event.kind == Kind::NoteOff)
-            consumer.NoteOff(event.channel, event.number, event.value, 0);
-        else if (event.kind == Kind::ControlChange)
-            consumer.ControlChange(event.channel, event.number, event.value, 0);
+        kits::Call(event.ForConsumer(), consumer);
     }
     renderer.Render(samples.data() + position, length - position);
     return samples;

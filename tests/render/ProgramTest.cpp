@@ -3,6 +3,7 @@
 #include "support/Command.h"
 #include "support/Environment.h"
 #include "support/Limits.h"
+#include "support/MidiFiles.h"
 #include "support/SoundFiles.h"
 #include "support/Sounds.h"
 #include "support/Spectrum.h"
@@ -39,12 +40,9 @@ class RenderProgram : public testing::Test {
 
     /// A MIDI file of one note of a quarter of a second on channel 1.
     std::string OneNote(uchar note = 69) const {
-        const char bytes[] = {
-            'M',  'T',        'h',        'd', 0,          0,          0,          6,   0,
-            0,    0,          1,          1,   char(0xE0), 'M',        'T',        'r', 'k',
-            0,    0,          0,          13,  0,          char(0x90), char(note), 100, char(0x81),
-            0x70, char(0x80), char(note), 0,   0,          char(0xFF), 0x2F,       0};
-        return folder.Write("note.mid", {bytes, sizeof bytes}).string();
+        return folder
+            .Write("note.mid", test::MidiFileOf({{0, {0x90, note, 100}}, {250, {0x80, note, 0}}}))
+            .string();
     }
     /// The samples of a file in the WAV format that we write: 32-bit floats in the data chunk.
     std::vector<float> Samples(const std::string& path) const {

@@ -29,6 +29,11 @@ HostedInstrument::HostedInstrument(kits::ProgramFolders programFolders, double r
     TellSound();
 }
 
+void HostedInstrument::Restart(double rate) noexcept {
+    instrument.Playing().consumer.AllNotesOff(false, 0);
+    oversampler.SetFrameRate(rate);
+}
+
 void HostedInstrument::TakeControls(const ControlValues& values) noexcept {
     Engine& engine = instrument.Playing();
     bool anyPlaying = false;

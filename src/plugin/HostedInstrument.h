@@ -30,6 +30,8 @@ class HostedInstrument {
   public:
     /// `rate` in samples per second. Plays the sound that a new window has.
     HostedInstrument(kits::ProgramFolders folders, double rate);
+    /// Silences all notes and goes on at a rate. While nobody renders.
+    void Restart(double rate) noexcept;
 
     /// Audio side: no allocation, lock, wait or system call.
     /// Takes the knobs up; those that leave it to the sound give it back what it says.

@@ -2,6 +2,7 @@
 
 #include "instrument/ShownFunction.h"
 
+#include <algorithm>
 #include <limits>
 #include <utility>
 
@@ -25,7 +26,8 @@ std::optional<NoteMoment> NewestNote(const VoiceTable& voices) {
         if (t >= least)
             continue;
         least = t;
-        newest = {slot.vel, slot.key, static_cast<float>(t), {slot.own[0], slot.own[1]}};
+        newest = {slot.vel, slot.key, static_cast<float>(t), {slot.own[0], slot.own[1]}, {}};
+        std::copy(slot.macros.begin(), slot.macros.end(), newest->macros.begin());
     }
     return newest;
 }
@@ -45,7 +47,7 @@ std::optional<PlaneFunction> PlaneFollower::Next() {
     // Where they are on their way to: while nothing is rendered they do not arrive.
     for (std::size_t k = 0; k < heard.size(); k++) {
         if (heard[k].kind == FunctionInput::Kind::Macro)
-            next[k] = records.macros[heard[k].number].value;
+            next[k] = Wanted(records.macros[heard[k].number], note.macros[heard[k].number]);
     }
     if (!std::exchange(changed, false) && next == inputs)
         return std::nullopt;

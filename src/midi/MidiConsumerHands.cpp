@@ -30,7 +30,7 @@ void VexaMidiConsumer::TakeUpSound() {
     if (const uint32 now = panics; now != panicked) {
         panicked = now;
         for (MidiChannel& channel : channels)
-            channel.keys.Clear();
+            channel.keys.Release({}, [this](const NoteName& name) { AddEnded(name); });
     }
     if (const uint32 now = playing.loads; now != loads) {
         loads = now;

@@ -30,7 +30,13 @@ HostedInstrument::HostedInstrument(kits::ProgramFolders programFolders, double r
 }
 
 void HostedInstrument::Restart(double rate) noexcept {
-    instrument.Playing().consumer.AllNotesOff(false, 0);
+    Engine& engine = instrument.Playing();
+    engine.consumer.AllNotesOff(false, 0);
+    for (uchar channel = 0; channel < 16; channel++)
+        engine.consumer.SourceEnded(channel, 0);
+    for (Macro& macro : engine.macros)
+        macro.modulation = 0;
+    engine.renderer.Clear();
     oversampler.SetFrameRate(rate);
 }
 

@@ -17,11 +17,11 @@ void InputBlock::Advance(double rate, std::size_t newSmooth, std::size_t newOffs
     smooth = newSmooth;
     offset = newOffset;
     wasFilled = std::exchange(filled, false);
-    const auto length =
+    length =
         std::max(smooth, static_cast<std::size_t>(std::max(1.0, std::floor(rate * kRampSeconds))));
     for (std::size_t m = 0; m < kMacros; m++) {
         Ramp<float>& ramp = ramps[m];
-        ramp.Aim(macros[m].value, begun ? length : 0, offset);
+        ramp.Aim(Wanted(macros[m]), begun ? length : 0, offset);
         starts[m] = ramp;
         ramp.Pass(count);
         macros[m].now = ramp.Now();
@@ -46,9 +46,18 @@ const float* const* InputBlock::Fill(const PlaneSource& f, std::span<RunningVoic
             controls[n].Aim(controllers[input.number], goesOn ? smooth : 0, offset);
         for (std::size_t k = 0; k < voices.size(); k++, to += count) {
             switch (input.kind) {
-            case FunctionInput::Kind::Macro:
-                Write(starts[input.number], to, count);
+            case FunctionInput::Kind::Macro: {
+                Ramp<float>& macro = voices[k]->heardMacros[input.number];
+                const OwnMacro& given = voices[k]->macros[input.number];
+                if (given.Given())
+                    macro.Aim(Wanted(macros[input.number], given), voices[k]->age > 0 ? length : 0,
+                              offset);
+                else
+                    macro = starts[input.number];
+                Write(macro, to, count);
+                macro.Pass(count);
                 break;
+            }
             case FunctionInput::Kind::Velocity:
                 std::fill_n(to, count, voices[k]->vel);
                 break;

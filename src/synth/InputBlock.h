@@ -55,8 +55,9 @@ class InputBlock {
     bool begun = false;
     /// Of the inputs that are controllers, in the order of the source's inputs.
     std::array<Ramp<float>, kMostInputs> controls;
-    /// Of the block, and whether Fill has been called for it and for the one before.
-    std::size_t smooth = 0, offset = 0;
+    /// Of the block, with the samples in which a macro gets where it is wanted, and whether Fill
+    /// has been called for it and for the one before.
+    std::size_t smooth = 0, offset = 0, length = 0;
     bool filled = false, wasFilled = false;
     /// Whose inputs the controls are.
     const PlaneSource* source = nullptr;

@@ -11,7 +11,9 @@ std::array<float, kMostInputs> InputsOf(const PlaneSource& f, const NoteMoment& 
         float& value = values[number++];
         switch (input.kind) {
         case FunctionInput::Kind::Macro:
-            value = macros[input.number].now;
+            value = note.macros[input.number].Given()
+                        ? Wanted(macros[input.number], note.macros[input.number])
+                        : float(macros[input.number].now);
             break;
         case FunctionInput::Kind::Velocity:
             value = note.vel;

@@ -36,9 +36,16 @@ std::size_t OutputMix::Group(const RunningVoice& v) const noexcept {
     return channel.Varies() || channel.Now() != 1 ? 1 + v.channel : 0;
 }
 
+/// Whether no other voice is scaled as this one is.
+bool OutputMix::IsAlone(const RunningVoice& v) noexcept {
+    return v.ends || std::any_of(v.gains.begin(), v.gains.end(), [](const Ramp<float>& gain) {
+               return gain.Varies() || gain.Now() != 1;
+           });
+}
+
 void OutputMix::Sort(std::span<RunningVoice*> voices) const noexcept {
     const auto place = [this](const RunningVoice& v) {
-        return v.ends ? channels.size() + 1 : Group(v);
+        return IsAlone(v) ? channels.size() + 1 : Group(v);
     };
     for (std::size_t i = 1; i < voices.size(); i++) {
         for (std::size_t k = i; k > 0 && place(*voices[k]) < place(*voices[k - 1]); k--)
@@ -53,11 +60,12 @@ bool OutputMix::Add(std::span<RunningVoice* const> voices, std::span<const Ear> 
     for (std::size_t k = 0; k < voices.size();) {
         RunningVoice& first = *voices[k];
         const std::size_t group = Group(first);
+        const bool alone = IsAlone(first);
         std::size_t number = 1;
-        while (k + number < voices.size() && !first.ends && !voices[k + number]->ends &&
+        while (k + number < voices.size() && !alone && !IsAlone(*voices[k + number]) &&
                Group(*voices[k + number]) == group)
             number++;
-        const bool plain = group == 0 && !first.ends;
+        const bool plain = group == 0 && !alone;
         const std::size_t left = first.left;
         for (const Ear& ear : ears) {
             for (std::size_t n = 0; n < number; n++)
@@ -67,13 +75,17 @@ bool OutputMix::Add(std::span<RunningVoice* const> voices, std::span<const Ear> 
             beyond |= Loops().LowCut(filters.data(), ear.samples + k * count, number, count,
                                      plain ? ear.sum : part.data());
             Ramp<float> volume = channels[first.channel];
+            Ramp<float> gain = first.gains[ear.side];
             first.left = left;
             for (std::size_t i = 0; i < count && !plain; i++) {
-                ear.sum[i] += part[i] * volume.Now() * Fade(first);
+                ear.sum[i] += part[i] * volume.Now() * Fade(first) * gain.Now();
                 volume.Pass(1);
+                gain.Pass(1);
                 first.left -= first.ends && first.left > 0 ? 1 : 0;
             }
         }
+        for (Ramp<float>& gain : first.gains)
+            gain.Pass(count);
         k += number;
     }
     return beyond;

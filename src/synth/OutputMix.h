@@ -40,11 +40,12 @@ class OutputMix {
     void Sort(std::span<RunningVoice*> voices) const noexcept;
 
     /// What is heard with one ear: its filters, their input, samples[k * count + i] for voice k at
-    /// moment i, and the sum of their output, with room as for BlockLoops.
+    /// moment i, and the sum of their output, with room as for BlockLoops; 0 is the left one.
     struct Ear {
         LowCutFilter RunningVoice::*filter;
         const float* samples;
         float* sum;
+        std::size_t side;
     };
     /// Filters the voices' input and adds their output to the sums. True where input was beyond
     /// kMostHeard.
@@ -54,6 +55,7 @@ class OutputMix {
     /// Where the volume of channel i is wanted.
     float Wanted(std::size_t i) const noexcept { return playing.given ? float(volumes[i]) : 1.0F; }
     std::size_t Group(const RunningVoice& v) const noexcept;
+    static bool IsAlone(const RunningVoice& v) noexcept;
 
     const Playing& playing;
     const ChannelVolumes& volumes;

@@ -3,6 +3,7 @@
 
 #include "synth/BlockLoops.h"
 #include "synth/EnvelopeTrack.h"
+#include "synth/Macros.h"
 #include "synth/Oscillator.h"
 #include "synth/OwnControllers.h"
 #include "synth/ParameterTable.h"
@@ -23,6 +24,9 @@ struct RunningVoice {
     /// 0..15.
     std::size_t channel = 0;
     OwnValues own = kNoOwnValues;
+    OwnMacros macros{};
+    /// The factors on what the left and the right ear hear.
+    std::array<Ramp<float>, 2> gains{Ramp<float>(1), Ramp<float>(1)};
     /// What lies between the pitch and freq, semitones.
     PitchRamp glide, bend;
     /// Seconds since note-on or, once released, since note-off.
@@ -40,6 +44,8 @@ struct RunningVoice {
     bool fresh = false, retuned = false;
     /// As `own`, or the controllers where it has none.
     std::array<Ramp<float>, kOwnControllers> owned;
+    /// Where the macros are for it.
+    std::array<Ramp<float>, kMacros> heardMacros;
     /// The four envelopes (EnvelopePlaces), and their values at note-off.
     std::array<EnvelopeTrack, 4> envelopes;
     std::array<float, 4> rellevel{};
@@ -50,6 +56,8 @@ struct RunningVoice {
     bool stands = false;
     /// And the filter had settled: until something changes, each sample is filter.out.
     bool rests = false;
+    /// Nothing more will be heard of it, as long as nothing changes.
+    bool over = false;
     /// It has been cut off and fades, for so many samples more.
     bool ends = false;
     std::size_t left = 0;

@@ -115,8 +115,11 @@ bool VoiceRenderer::GoesOn(const RunningVoice& v, const voice& slot) const noexc
     if (!v.sounds)
         return !seen.Active();
     return seen.Active() && !seen.Changing() && seen.Changes() == v.changes && !v.ends &&
-           v.glide.StaysAt(0) && v.bend.StaysAt(playing.Bends() ? double(slot.bend) : 0.0) &&
-           std::equal(v.own.begin(), v.own.end(), slot.own.begin());
+           v.glide.StaysAt(0) && v.bend.StaysAt(BendOf(slot)) &&
+           v.gains[0].StaysAt(slot.gains[0]) && v.gains[1].StaysAt(slot.gains[1]) &&
+           std::equal(v.own.begin(), v.own.end(), slot.own.begin()) &&
+           std::equal(v.macros.begin(), v.macros.end(), slot.macros.begin(),
+                      [](const OwnMacro& a, const OwnMacro& b) { return a == b; });
 }
 
 /// Renders so many whole cells at once; false, and nothing is rendered, where something changes.
@@ -145,7 +148,7 @@ bool VoiceRenderer::RenderCells(const PlaneFunction& f, float* left, float* righ
             sounding[voiceCount++] = &v;
             continue;
         }
-        resting += v.filter.out * mix.Volume(v);
+        resting += v.filter.out * mix.Volume(v) * v.gains[0].Now();
         for (std::size_t i = 0; i < cells; i++)
             motion.Pass(v);
         v.age += cells * kBlock;
@@ -156,7 +159,7 @@ bool VoiceRenderer::RenderCells(const PlaneFunction& f, float* left, float* righ
     alignas(64) std::array<float, kMostCells * kVoiceSlots * kBlock> x, y;
     alignas(64) std::array<float, kVoiceSlots * kBlock + kSlack> s;
     alignas(64) std::array<float, kRoom> sum;
-    const OutputMix::Ear ear{&RunningVoice::filter, s.data(), sum.data()};
+    const OutputMix::Ear ear{&RunningVoice::filter, s.data(), sum.data(), 0};
     motion.MoveCells(all, cells, x.data(), y.data());
     const float factor = gain * mix.Level();
     for (std::size_t i = 0; i < cells; i++) {

@@ -18,6 +18,10 @@ double Seconds(const voice& slot, VoiceState::Seen seen) {
     return Rendered(slot, seen) ? double(slot.t) : 0.0;
 }
 
+bool IsOver(const voice& slot, VoiceState::Seen seen) {
+    return !seen.Active() || (Rendered(slot, seen) && slot.over);
+}
+
 VoiceView Look(const voice& slot) {
     const bool rendered = Rendered(slot, slot.state.Look());
     VoiceView view{};

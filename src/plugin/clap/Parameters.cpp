@@ -66,6 +66,11 @@ clap_param_info InfoOf(std::size_t index) {
     info.flags = CLAP_PARAM_IS_AUTOMATABLE | CLAP_PARAM_REQUIRES_PROCESS;
     if (IsStepped(control))
         info.flags |= CLAP_PARAM_IS_STEPPED;
+    if (MacroOf(index))
+        info.flags |= CLAP_PARAM_IS_AUTOMATABLE_PER_NOTE_ID | CLAP_PARAM_IS_AUTOMATABLE_PER_KEY |
+                      CLAP_PARAM_IS_AUTOMATABLE_PER_CHANNEL | CLAP_PARAM_IS_MODULATABLE |
+                      CLAP_PARAM_IS_MODULATABLE_PER_NOTE_ID | CLAP_PARAM_IS_MODULATABLE_PER_KEY |
+                      CLAP_PARAM_IS_MODULATABLE_PER_CHANNEL;
     std::snprintf(info.name, sizeof info.name, "%s", control.label);
     std::snprintf(info.module, sizeof info.module, "%s", control.target ? "Playing" : "Macros");
     info.min_value = info.default_value = double(control.asSound);

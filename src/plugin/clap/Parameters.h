@@ -12,6 +12,11 @@
 
 namespace vexa::clap {
 
+/// The macro that a parameter is, of which notes may have values of their own; nothing for others.
+inline std::optional<std::size_t> MacroOf(std::size_t index) {
+    return Controls()[index].target ? std::nullopt : std::optional(index - kFirstMacroControl);
+}
+
 /// What a host is told of a parameter. Its number is made of its symbol, so that projects find it
 /// whatever else there comes to be.
 clap_param_info InfoOf(std::size_t index);

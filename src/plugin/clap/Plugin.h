@@ -37,6 +37,11 @@ class Plugin {
 
   private:
     void Take(const clap_event_header& event) noexcept;
+    void TakeNote(const clap_event_note& note) noexcept;
+    void TakeExpression(const clap_event_note_expression& event) noexcept;
+    void TakeValue(const clap_event_param_value& event) noexcept;
+    void TakeModulation(const clap_event_param_mod& event) noexcept;
+    void TellEnded(const clap_output_events* out, uint32_t time) noexcept;
     void TakeKnobs() noexcept;
     void Tell(const char* message) const noexcept;
 
@@ -50,6 +55,8 @@ class Plugin {
     /// The latency that the host knows; on the audio thread, that it is being told another.
     std::atomic<uint32_t> told{0};
     uint32_t asked = 0;
+    /// Frames since something was heard. Audio thread.
+    uint64_t quiet = 0;
 };
 
 } // namespace vexa::clap

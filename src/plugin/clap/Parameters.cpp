@@ -72,7 +72,7 @@ clap_param_info InfoOf(std::size_t index) {
                       CLAP_PARAM_IS_MODULATABLE_PER_NOTE_ID | CLAP_PARAM_IS_MODULATABLE_PER_KEY |
                       CLAP_PARAM_IS_MODULATABLE_PER_CHANNEL;
     std::snprintf(info.name, sizeof info.name, "%s", control.label);
-    std::snprintf(info.module, sizeof info.module, "%s", control.target ? "Playing" : "Macros");
+    std::snprintf(info.module, sizeof info.module, "%s", MacroOf(index) ? "Macros" : "Playing");
     info.min_value = info.default_value = double(control.asSound);
     info.max_value = double(control.maximum);
     return info;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "plugin/Controls.h"
+#include "synth/Macros.h"
 
 #include <cstddef>
 #include <optional>
@@ -14,7 +15,8 @@ namespace vexa::clap {
 
 /// The macro that a parameter is, of which notes may have values of their own; nothing for others.
 inline std::optional<std::size_t> MacroOf(std::size_t index) {
-    return Controls()[index].target ? std::nullopt : std::optional(index - kFirstMacroControl);
+    const bool isMacro = index >= kFirstMacroControl && index < kFirstMacroControl + kMacros;
+    return isMacro ? std::optional(index - kFirstMacroControl) : std::nullopt;
 }
 
 /// What a host is told of a parameter. Its number is made of its symbol, so that projects find it

@@ -77,7 +77,7 @@ void Plugin::OnMainThread() noexcept {
 bool Plugin::Save(const clap_ostream& stream) noexcept try {
     Knobs held;
     std::copy(knobs.begin(), knobs.end(), held.begin());
-    return WriteAll(stream, instrument.State() + KnobsText(held));
+    return WriteAll(stream, WithKnobs(instrument.State(), held));
 } catch (const std::exception& fault) {
     Tell(fault.what());
     return false;

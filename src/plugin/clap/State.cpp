@@ -1,7 +1,9 @@
 #include "plugin/clap/State.h"
 
+#include "documents/SoundDocument.h"
 #include "plugin/clap/Parameters.h"
 
+#include <algorithm>
 #include <charconv>
 #include <vector>
 
@@ -10,7 +12,8 @@ namespace vexa::clap {
 namespace {
 
 constexpr std::size_t kMostBytes = std::size_t{64} << 20;
-constexpr std::string_view kBegin = "<!-- vexa-knobs", kEnd = " -->";
+constexpr std::string_view kBegin = "<!-- vexa-knobs", kEnd = " -->\n";
+const std::string kRoot = std::string("<") + kSoundElement + ">";
 
 /// What stands before a knob's value.
 std::string Lead(const Control& control) {
@@ -26,7 +29,7 @@ Knobs UntouchedKnobs() {
     return knobs;
 }
 
-std::string KnobsText(const Knobs& knobs) {
+std::string WithKnobs(std::string document, const Knobs& knobs) {
     std::string text;
     for (std::size_t i = 0; i < kControls; i++) {
         const Control& control = Controls()[i];
@@ -36,15 +39,15 @@ std::string KnobsText(const Knobs& knobs) {
         const auto end = std::to_chars(digits, digits + sizeof digits, knobs[i]);
         text.append(Lead(control)).append(digits, end.ptr);
     }
-    return text.empty() ? text : std::string(kBegin) + text + std::string(kEnd) + "\n";
+    if (!text.empty())
+        document.insert(document.find(kRoot), text.insert(0, kBegin).append(kEnd));
+    return document;
 }
 
 Knobs KnobsOf(std::string_view state) {
     Knobs knobs = UntouchedKnobs();
-    const std::size_t begin = state.rfind(kBegin);
-    if (begin == std::string_view::npos || state.substr(begin).find(kEnd) == std::string_view::npos)
-        return knobs;
-    const std::string_view said = state.substr(begin);
+    state = state.substr(0, state.find(kRoot));
+    const std::string_view said = state.substr(std::min(state.find(kBegin), state.size()));
     for (std::size_t i = 0; i < kControls; i++) {
         const Control& control = Controls()[i];
         const std::string lead = Lead(control);

@@ -1,5 +1,5 @@
-// What a host keeps of an instance: a sound document, which other programs open as it is, and
-// behind it, as a comment, the knobs that do not leave the say to the sound.
+// What a host keeps of an instance: a sound document, which other programs open as it is. A comment
+// before its root has the knobs that do not leave the say to the sound.
 #pragma once
 
 #include "plugin/Controls.h"
@@ -19,9 +19,9 @@ using Knobs = std::array<double, kControls>;
 /// All of them leave the say to the sound.
 Knobs UntouchedKnobs();
 
-/// The comment; empty where no knob has a say.
-std::string KnobsText(const Knobs& knobs);
-/// What the comment at the end of a state says. Knobs of other versions are passed over.
+/// The document with the comment, which is left out where no knob has a say.
+std::string WithKnobs(std::string document, const Knobs& knobs);
+/// What the comment says. Knobs of other versions are passed over.
 Knobs KnobsOf(std::string_view state);
 
 /// All that a host's stream has; nothing where it fails, or has more than 64 MiB.

@@ -13,7 +13,11 @@ namespace {
 
 constexpr std::size_t kMostBytes = std::size_t{64} << 20;
 constexpr std::string_view kBegin = "<!-- vexa-knobs", kEnd = " -->\n";
-const std::string kRoot = std::string("<") + kSoundElement + ">";
+
+/// Where a document's root begins.
+std::size_t Root(std::string_view document) {
+    return document.find(std::string("<").append(kSoundElement).append(">"));
+}
 
 /// What stands before a knob's value.
 std::string Lead(const Control& control) {
@@ -40,13 +44,13 @@ std::string WithKnobs(std::string document, const Knobs& knobs) {
         text.append(Lead(control)).append(digits, end.ptr);
     }
     if (!text.empty())
-        document.insert(document.find(kRoot), text.insert(0, kBegin).append(kEnd));
+        document.insert(Root(document), text.insert(0, kBegin).append(kEnd));
     return document;
 }
 
 Knobs KnobsOf(std::string_view state) {
     Knobs knobs = UntouchedKnobs();
-    state = state.substr(0, state.find(kRoot));
+    state = state.substr(0, Root(state));
     const std::string_view said = state.substr(std::min(state.find(kBegin), state.size()));
     for (std::size_t i = 0; i < kControls; i++) {
         const Control& control = Controls()[i];

@@ -67,6 +67,10 @@ class ClapHost {
     ClapHost(const ClapHost&) = delete;
     ClapHost& operator=(const ClapHost&) = delete;
 
+    void Reset() {
+        const vexa::RealtimeSection realtime;
+        plugin->reset(plugin);
+    }
     bool Activate(double rate) { return plugin->activate(plugin, rate, 1, 8192); }
 
     /// Events of the next block, in the order of their times.

@@ -83,14 +83,14 @@ TEST_F(ClapPlugin, NotesOfOneKeyHaveTheirOwnPitches) {
             host.Note(kOn, 0, {id, 0, 69});
             host.Express(0, CLAP_NOTE_EXPRESSION_PAN, {id}, id - 1);
         }
-        host.Express(0, CLAP_NOTE_EXPRESSION_TUNING, {1, -1, -1}, 0.37);
+        host.Express(0, CLAP_NOTE_EXPRESSION_TUNING, {1, -1, -1}, 0.3721);
         host.Run(4800);
         // Later, at a frame of a block.
-        host.Express(100, CLAP_NOTE_EXPRESSION_TUNING, {2, -1, -1}, -1.5);
+        host.Express(100, CLAP_NOTE_EXPRESSION_TUNING, {2, -1, -1}, -1.503);
         host.Run(4800);
         const std::vector<float> left = host.Run(48000);
-        EXPECT_NEAR(Cents(Pitch(left, 48000)), 37, 0.1);
-        EXPECT_NEAR(Cents(Pitch(host.right, 48000)), -150, 0.1);
+        EXPECT_NEAR(Cents(Pitch(left, 48000)), 37.21, 0.1);
+        EXPECT_NEAR(Cents(Pitch(host.right, 48000)), -150.3, 0.1);
         RecordProperty("cents", std::to_string(Cents(Pitch(left, 48000))));
         host.Reset();
         EXPECT_EQ(Level(host.Run(480)), 0);

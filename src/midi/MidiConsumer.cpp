@@ -117,6 +117,7 @@ void VexaMidiConsumer::Strike(const HeldKeys::Key& struck) {
     std::copy(moment.macros.begin(), moment.macros.end(), slot.macros.begin());
     slot.tuning = 0;
     ShowGains(static_cast<std::size_t>(index));
+    slot.expressed = slot.expressed + 1;
     if (attacks) {
         slot.vel = vel;
         slot.startcx = start.cx;

@@ -43,6 +43,7 @@ void VexaMidiConsumer::ChangeNotes(const NoteName& pattern, Change change) {
         if (!voices[i].state.Look().Active() || !holders[i].name.Fits(pattern))
             continue;
         change(i);
+        voices[i].expressed = voices[i].expressed + 1;
         if (voices[i].renderednotes != voices[i].notes)
             Charge(i);
     }

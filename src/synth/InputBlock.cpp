@@ -49,11 +49,14 @@ const float* const* InputBlock::Fill(const PlaneSource& f, std::span<RunningVoic
             case FunctionInput::Kind::Macro: {
                 Ramp<float>& macro = voices[k]->heardMacros[input.number];
                 const OwnMacro& given = voices[k]->macros[input.number];
-                if (given.Given())
-                    macro.Aim(Wanted(macros[input.number], given), voices[k]->age > 0 ? length : 0,
-                              offset);
-                else
+                if (!given.Given()) {
+                    Write(starts[input.number], to, count);
+                    break;
+                }
+                if (!std::exchange(voices[k]->hearsOwn[input.number], true))
                     macro = starts[input.number];
+                macro.Aim(Wanted(macros[input.number], given), voices[k]->age > 0 ? length : 0,
+                          offset);
                 Write(macro, to, count);
                 macro.Pass(count);
                 break;

@@ -36,13 +36,6 @@ std::size_t OutputMix::Group(const RunningVoice& v) const noexcept {
     return channel.Varies() || channel.Now() != 1 ? 1 + v.channel : 0;
 }
 
-/// Whether no other voice is scaled as this one is.
-bool OutputMix::IsAlone(const RunningVoice& v) noexcept {
-    return v.ends || std::any_of(v.gains.begin(), v.gains.end(), [](const Ramp<float>& gain) {
-               return gain.Varies() || gain.Now() != 1;
-           });
-}
-
 void OutputMix::Sort(std::span<RunningVoice*> voices) const noexcept {
     const auto place = [this](const RunningVoice& v) {
         return IsAlone(v) ? channels.size() + 1 : Group(v);
@@ -84,8 +77,10 @@ bool OutputMix::Add(std::span<RunningVoice* const> voices, std::span<const Ear> 
                 first.left -= first.ends && first.left > 0 ? 1 : 0;
             }
         }
-        for (Ramp<float>& gain : first.gains)
-            gain.Pass(count);
+        if (first.scaled) {
+            for (Ramp<float>& gain : first.gains)
+                gain.Pass(count);
+        }
         k += number;
     }
     return beyond;

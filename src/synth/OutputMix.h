@@ -55,7 +55,8 @@ class OutputMix {
     /// Where the volume of channel i is wanted.
     float Wanted(std::size_t i) const noexcept { return playing.given ? float(volumes[i]) : 1.0F; }
     std::size_t Group(const RunningVoice& v) const noexcept;
-    static bool IsAlone(const RunningVoice& v) noexcept;
+    /// Whether no other voice is scaled as this one is.
+    static bool IsAlone(const RunningVoice& v) noexcept { return v.ends || v.scaled; }
 
     const Playing& playing;
     const ChannelVolumes& volumes;

@@ -23,8 +23,8 @@ class RealtimeSection {
     static bool Inside() noexcept { return depth > 0; }
 
   private:
-    /// In a shared object that is loaded late, as plug-ins are, the usual way to a thread's variable
-    /// allocates it at its first use.
+    /// In a shared object that is loaded late, as plug-ins are, the usual way to a thread's
+    /// variable allocates it at its first use.
     [[gnu::tls_model("initial-exec")]] static inline thread_local int depth = 0;
 };
 

@@ -24,9 +24,6 @@ struct RunningVoice {
     /// 0..15.
     std::size_t channel = 0;
     OwnValues own = kNoOwnValues;
-    OwnMacros macros{};
-    /// The factors on what the left and the right ear hear.
-    std::array<Ramp<float>, 2> gains{Ramp<float>(1), Ramp<float>(1)};
     /// What lies between the pitch and freq, semitones.
     PitchRamp glide, bend;
     /// Seconds since note-on or, once released, since note-off.
@@ -44,8 +41,6 @@ struct RunningVoice {
     bool fresh = false, retuned = false;
     /// As `own`, or the controllers where it has none.
     std::array<Ramp<float>, kOwnControllers> owned;
-    /// Where the macros are for it.
-    std::array<Ramp<float>, kMacros> heardMacros;
     /// The four envelopes (EnvelopePlaces), and their values at note-off.
     std::array<EnvelopeTrack, 4> envelopes;
     std::array<float, 4> rellevel{};
@@ -61,6 +56,18 @@ struct RunningVoice {
     /// It has been cut off and fades, for so many samples more.
     bool ends = false;
     std::size_t left = 0;
+    /// Of the slot's `expressed`, as macros, tuning and gains were taken up.
+    uint32 expressed = 0;
+    /// The gains are not simply 1.
+    bool scaled = false;
+    /// Semitones.
+    double tuning = 0;
+    /// The factors on what the left and the right ear hear.
+    std::array<Ramp<float>, 2> gains{Ramp<float>(1), Ramp<float>(1)};
+    OwnMacros macros{};
+    /// Where the macros are that it has for itself, and whether it had them in the block before.
+    std::array<Ramp<float>, kMacros> heardMacros;
+    std::array<bool, kMacros> hearsOwn{};
 };
 
 } // namespace vexa

@@ -115,11 +115,10 @@ bool VoiceRenderer::GoesOn(const RunningVoice& v, const voice& slot) const noexc
     if (!v.sounds)
         return !seen.Active();
     return seen.Active() && !seen.Changing() && seen.Changes() == v.changes && !v.ends &&
-           v.glide.StaysAt(0) && v.bend.StaysAt(BendOf(slot)) &&
-           v.gains[0].StaysAt(slot.gains[0]) && v.gains[1].StaysAt(slot.gains[1]) &&
-           std::equal(v.own.begin(), v.own.end(), slot.own.begin()) &&
-           std::equal(v.macros.begin(), v.macros.end(), slot.macros.begin(),
-                      [](const OwnMacro& a, const OwnMacro& b) { return a == b; });
+           v.glide.StaysAt(0) && v.bend.StaysAt(BendOf(v, slot)) && v.expressed == slot.expressed &&
+           (!v.scaled ||
+            (v.gains[0].StaysAt(slot.gains[0]) && v.gains[1].StaysAt(slot.gains[1]))) &&
+           std::equal(v.own.begin(), v.own.end(), slot.own.begin());
 }
 
 /// Renders so many whole cells at once; false, and nothing is rendered, where something changes.

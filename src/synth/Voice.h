@@ -108,6 +108,8 @@ struct voice {
     kits::Shared<float> tuning;
     /// The factors on what the left and the right ear hear of it.
     std::array<kits::Shared<float>, 2> gains{1.0F, 1.0F};
+    /// How often macros, tuning and gains have changed, written after them.
+    kits::Shared<uint32> expressed;
 
     // Written by the media thread after each stretch that it has rendered, read by all.
 

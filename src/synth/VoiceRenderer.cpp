@@ -186,7 +186,7 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
             resting += v.filter.out * mix.Volume(v) * v.gains[0].Now();
             restingRight += v.rightFilter.out * mix.Volume(v) * v.gains[1].Now();
             for (Ramp<float>& ramp : v.gains)
-                ramp.Pass(count);
+                ramp.Pass(v.scaled ? count : 0);
             continue;
         }
         sounding[voiceCount++] = &v;
@@ -261,11 +261,10 @@ bool VoiceRenderer::Panned() const noexcept {
     for (std::size_t i = 0; i < running.size(); i++) {
         const RunningVoice& v = running[i];
         const voice& slot = voices[i];
-        const VoiceState::Seen seen = slot.state.Look();
-        if (v.rests && seen.Changes() == v.changes)
-            continue;
-        if ((v.sounds && v.gains[0].Now() != v.gains[1].Now()) ||
-            (seen.Active() && slot.gains[0] != slot.gains[1]))
+        const bool isNew = slot.expressed != v.expressed;
+        if (isNew && slot.state.Look().Active() && slot.gains[0] != slot.gains[1])
+            return true;
+        if (v.scaled && v.sounds && !v.rests && v.gains[0].Now() != v.gains[1].Now())
             return true;
     }
     return false;
@@ -313,19 +312,29 @@ void VoiceRenderer::TakeUpHands(RunningVoice& v, const voice& slot) noexcept {
     v.glide.Aim(0, 0, offset);
     if (v.ends)
         return;
-    v.bend.Aim(BendOf(slot), SamplesIn(kHandSeconds), offset);
+    if (const uint32 now = slot.expressed; now != v.expressed) {
+        v.expressed = now;
+        std::copy(slot.macros.begin(), slot.macros.end(), v.macros.begin());
+        v.tuning = slot.tuning;
+        v.scaled = true;
+    }
+    if (v.scaled) {
+        v.scaled = false;
+        for (std::size_t i = 0; i < v.gains.size(); i++) {
+            v.gains[i].Aim(slot.gains[i], SamplesIn(kHandSeconds), offset);
+            v.scaled = v.scaled || v.gains[i].Varies() || v.gains[i].Now() != 1;
+        }
+    }
+    v.bend.Aim(BendOf(v, slot), SamplesIn(kHandSeconds), offset);
     std::copy(slot.own.begin(), slot.own.end(), v.own.begin());
-    std::copy(slot.macros.begin(), slot.macros.end(), v.macros.begin());
-    for (std::size_t i = 0; i < v.gains.size(); i++)
-        v.gains[i].Aim(slot.gains[i], SamplesIn(kHandSeconds), offset);
     // What a legato key has a say in does not jump.
     v.smooth = std::max(Smooth(), v.retuned ? SamplesIn(kHandSeconds) : 0);
     v.retuned = false;
 }
 
 /// Semitones.
-double VoiceRenderer::BendOf(const voice& slot) const noexcept {
-    return (playing.Bends() ? double(slot.bend) : 0.0) + double(slot.tuning);
+double VoiceRenderer::BendOf(const RunningVoice& v, const voice& slot) const noexcept {
+    return (playing.Bends() ? double(slot.bend) : 0.0) + v.tuning;
 }
 
 /// Where somebody says how the sound is played, a voice that is cut off fades.
@@ -353,7 +362,8 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
     const uint32 notes = slot.notes, tunes = slot.tunes;
     const int32 channel = slot.channel;
     const float glide = slot.glide, glideFrom = slot.glidefrom;
-    const double bend = BendOf(slot);
+    const uint32 expressed = slot.expressed;
+    const float bend = slot.bend, tuned = slot.tuning;
     const bool glidesOn = slot.glideson && v.sounds;
     const bool released = slot.released;
     const bool continues = slot.continues && v.sounds;
@@ -390,9 +400,13 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
         v.fresh = true;
         v.vel = vel;
         v.own = own;
+        v.expressed = expressed;
         v.macros = ownMacros;
+        v.hearsOwn = {};
+        v.tuning = tuned;
+        v.scaled = gains[0] != 1 || gains[1] != 1;
         v.channel = static_cast<std::size_t>(channel) & 15;
-        v.bend.Set(bend);
+        v.bend.Set((playing.Bends() ? double(bend) : 0.0) + v.tuning);
         v.t = 0;
         v.age = 0;
         v.cx = startcx;

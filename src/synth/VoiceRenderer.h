@@ -80,7 +80,7 @@ class VoiceRenderer {
     void CloseEars() noexcept;
     LowCutFilter LowCutFor(float freq) const noexcept;
     float StartOf(const RunningVoice& v, const PlaneSource& f, double side) const noexcept;
-    double BendOf(const voice& slot) const noexcept;
+    double BendOf(const RunningVoice& v, const voice& slot) const noexcept;
     bool Panned() const noexcept;
     bool GoesOn(const RunningVoice& running, const voice& slot) const noexcept;
     bool RenderCells(const PlaneFunction& f, float* left, float* right, std::size_t cells) noexcept;

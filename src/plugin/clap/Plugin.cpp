@@ -1,5 +1,6 @@
 #include "plugin/clap/Plugin.h"
 
+#include "kits/support/Published.h"
 #include "plugin/HostedFolders.h"
 #include "plugin/clap/Extensions.h"
 #include "plugin/clap/Parameters.h"
@@ -68,8 +69,10 @@ bool Plugin::Activate(double next) noexcept {
     return true;
 }
 
-/// The audio thread has seen another latency, which a host takes up between two activations.
+/// A sound was loaded, whose predecessor may be free by now; or the audio thread has seen another
+/// latency, which a host takes up between two activations.
 void Plugin::OnMainThread() noexcept {
+    kits::CollectRetired();
     if (active && told != Latency())
         host.request_restart(&host);
 }
@@ -99,6 +102,7 @@ bool Plugin::Load(const clap_istream& stream) noexcept try {
     std::copy(next.begin(), next.end(), knobs.begin());
     if (const auto* params = Find<clap_host_params>(host, CLAP_EXT_PARAMS))
         params->rescan(&host, CLAP_PARAM_RESCAN_VALUES);
+    host.request_callback(&host);
     return true;
 } catch (const std::exception& fault) {
     Tell(fault.what());

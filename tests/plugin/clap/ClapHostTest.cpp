@@ -9,6 +9,7 @@
 #include <limits>
 #include <memory>
 #include <thread>
+#include <utility>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -446,6 +447,7 @@ TEST_F(ClapPlugin, ActivationsAndLatenciesMayComeInAnyOrder) {
         ASSERT_TRUE(each->Load(Circle("x")));
     const auto latency = [&] { return host.Latency(); };
     EXPECT_EQ(latency(), 0);
+    EXPECT_EQ(std::exchange(host.callbacks, 0), 1) << "what was before the sound is let go";
     host.Note(kOn, 0, {1, 0, 60});
     host.Set(0, "Oversampling", 4);
     host.Run(64);

@@ -112,7 +112,8 @@ class ClapHost {
         clap_audio_buffer out{channels, nullptr, 2, 0, 0};
         const clap_input_events in{this, CountIn, GetIn};
         const clap_output_events back{this, TakeBack};
-        const clap_process process{-1, count, nullptr, nullptr, &out, 0, 1, &in, &back};
+        // What an instrument has no use for may be the buffer that it writes.
+        const clap_process process{-1, count, nullptr, &out, &out, 1, 1, &in, &back};
         {
             const vexa::RealtimeSection realtime;
             status = plugin->process(plugin, &process);

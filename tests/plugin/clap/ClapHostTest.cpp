@@ -18,6 +18,7 @@ namespace {
 
 using namespace vexa;
 using test::ClapHost;
+using test::Factory;
 using test::Name;
 using testing::ElementsAre;
 using testing::EndsWith;
@@ -387,6 +388,29 @@ TEST_F(ClapPlugin, AStateIsTheSoundAndTheKnobs) {
     }
     EXPECT_FALSE(host.Load(sound, true)) << "the stream has failed";
     EXPECT_EQ(host.Save(), state);
+}
+
+TEST_F(ClapPlugin, SaysWhatItIs) {
+    const clap_plugin_descriptor& what = *Factory().get_plugin_descriptor(&Factory(), 0);
+    EXPECT_EQ(Factory().get_plugin_descriptor(&Factory(), 1), nullptr);
+    EXPECT_EQ(Factory().create_plugin(&Factory(), nullptr, what.id), nullptr);
+    EXPECT_THAT(std::vector<std::string>(what.features, what.features + 3),
+                ElementsAre("instrument", "synthesizer", "stereo"));
+    ClapHost host;
+    EXPECT_EQ(host.plugin->get_extension(host.plugin, "clap.nothing"), nullptr);
+    const auto& audio = host.Extension<clap_plugin_audio_ports>(CLAP_EXT_AUDIO_PORTS);
+    const auto& notes = host.Extension<clap_plugin_note_ports>(CLAP_EXT_NOTE_PORTS);
+    clap_audio_port_info ears{};
+    clap_note_port_info keys{};
+    EXPECT_EQ(audio.count(host.plugin, true) + notes.count(host.plugin, false), 0);
+    EXPECT_TRUE(audio.get(host.plugin, 0, false, &ears));
+    EXPECT_FALSE(audio.get(host.plugin, 1, false, &ears));
+    EXPECT_EQ(ears.channel_count, 2);
+    EXPECT_TRUE(notes.get(host.plugin, 0, true, &keys));
+    EXPECT_FALSE(notes.get(host.plugin, 0, false, &keys));
+    EXPECT_EQ(keys.preferred_dialect, CLAP_NOTE_DIALECT_CLAP);
+    EXPECT_EQ(keys.supported_dialects,
+              CLAP_NOTE_DIALECT_CLAP | CLAP_NOTE_DIALECT_MIDI | CLAP_NOTE_DIALECT_MIDI_MPE);
 }
 
 TEST_F(ClapPlugin, KnobsHaveTextsAndNoOtherValues) {

@@ -275,6 +275,14 @@ TEST_F(ClapPlugin, TheHostIsToldOnceThatANoteHasEnded) {
     for (int i = 0; i < 100; i++)
         host.Run(4800);
     EXPECT_THAT(host.ended, ElementsAre(Name{2, 0, 81}, Name{1, 0, 69}, Name{3, 0, 70}));
+    // What is no note neither sounds nor ends.
+    host.Reset();
+    for (const Name& none :
+         {Name{1}, {1, -1, 60}, {1, 0, -1}, {1, 77, 60}, {1, 0, 200}, {-9, 0, 60}})
+        host.Note(kOn, 0, none);
+    host.Note(kOn, 0, {1, 0, 60}, kNaN);
+    EXPECT_EQ(Level(host.Run(4800)), 0);
+    EXPECT_EQ(host.ended.size(), 3);
 }
 
 /// In blocks of all lengths, appended to both ears.
@@ -302,8 +310,8 @@ TEST_F(ClapPlugin, EightInstancesPlayWhatVexaRenderPlays) {
         Sound sound = *ReadSound(VEXA_SOURCE_FOLDER "/data/sounds/default.xml", report);
         sound.function.kind = i % 2 ? FunctionKind::Sample : FunctionKind::Expression;
         sound.function.expression = "sin(x*" + std::to_string(i + 1) + ")*cos(y)";
-        sound.function.sampleFile = VEXA_PROGRAM_FOLDER "/samples/";
-        sound.function.sampleFile += i % 4 == 1 ? "pluck.wav" : "voice.wav";
+        // Both find it beside themselves.
+        sound.function.sampleFile = i % 4 == 1 ? "pluck.wav" : "voice.wav";
         hosts.push_back(std::make_unique<ClapHost>());
         ASSERT_TRUE(hosts.back()->Load(SoundText(sound)));
     }

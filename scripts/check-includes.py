@@ -87,7 +87,7 @@ def folder_of(path):
 
 def may_name_libraries(path):
     parts = path.split("/")
-    if path.startswith("plugin/lv2/"):
+    if path.startswith(("plugin/lv2/", "plugin/clap/")):
         return True
     return parts[0] == "kits" and (path.endswith(".cpp") or "backends" in parts[:-1])
 

@@ -2,6 +2,7 @@
 
 #include "instrument/ShownFunction.h"
 
+#include <algorithm>
 #include <limits>
 #include <utility>
 
@@ -25,7 +26,8 @@ std::optional<NoteMoment> NewestNote(const VoiceTable& voices) {
         if (t >= least)
             continue;
         least = t;
-        newest = {slot.vel, slot.key, static_cast<float>(t), OwnOf(slot)};
+        newest = {slot.vel, slot.key, static_cast<float>(t), OwnOf(slot), {}};
+        std::copy(slot.macros.begin(), slot.macros.end(), newest->macros.begin());
     }
     return newest;
 }
@@ -47,7 +49,7 @@ std::optional<PlaneFunction> PlaneFollower::Next() {
     for (std::size_t k = 0; k < heard.size(); k++) {
         const std::size_t number = heard[k].number;
         if (heard[k].kind == FunctionInput::Kind::Macro)
-            next[k] = own.OfMacro(number, note.own, records.macros[number].value);
+            next[k] = Wanted(records.macros[number], own.OfMacro(number, note.own, note.macros));
     }
     if (!std::exchange(changed, false) && next == inputs)
         return std::nullopt;

@@ -36,18 +36,16 @@ float Squared(uchar value) {
 } // namespace
 
 void HeldKeys::Press(const Key& key) {
-    Release(key.note, key.channel);
+    const auto ignored = [](const NoteName&) {};
+    Release(key.name, ignored);
     if (count == keys.size())
-        Release(keys.front().note, keys.front().channel);
+        Release(keys.front().name, ignored);
     keys[count++] = key;
 }
 
-void HeldKeys::Release(uchar note, uchar channel) {
-    auto* const end = keys.begin() + count;
-    count = static_cast<std::size_t>(
-        std::remove_if(keys.begin(), end,
-                       [=](const Key& key) { return key.note == note && key.channel == channel; }) -
-        keys.begin());
+bool HeldKeys::Has(const NoteName& name) const {
+    return std::any_of(keys.begin(), keys.begin() + count,
+                       [&](const Key& key) { return key.name == name; });
 }
 
 std::optional<HeldKeys::Key> HeldKeys::Last() const {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "kits/support/SupportDefs.h"
+#include "midi/NoteName.h"
 #include "synth/OwnControllers.h"
 
 #include <algorithm>
@@ -15,12 +16,25 @@ namespace vexa {
 class HeldKeys {
   public:
     struct Key {
-        uchar note, velocity, channel;
+        NoteName name;
+        /// 0..1
+        float velocity;
     };
     /// A key that is down already becomes the last one; of too many the first is forgotten.
     void Press(const Key& key);
-    void Release(uchar note, uchar channel);
-    void Clear() { count = 0; }
+    /// Tells the names of the keys that fit and were down.
+    template<class Told>
+    void Release(const NoteName& pattern, Told told) {
+        std::size_t kept = 0;
+        for (std::size_t i = 0; i < count; i++) {
+            if (keys[i].name.Fits(pattern))
+                told(keys[i].name);
+            else
+                keys[kept++] = keys[i];
+        }
+        count = kept;
+    }
+    bool Has(const NoteName& name) const;
     /// The last one that is still down.
     std::optional<Key> Last() const;
 

@@ -30,7 +30,7 @@ void VexaMidiConsumer::TakeUpSound() {
     if (const uint32 now = panics; now != panicked) {
         panicked = now;
         for (MidiChannel& channel : channels)
-            channel.keys.Clear();
+            channel.keys.Release({}, [this](const NoteName& name) { AddEnded(name); });
     }
     std::array<int32, kMacros> assigned;
     std::transform(macros.begin(), macros.end(), assigned.begin(),

@@ -40,10 +40,13 @@ bool VexaMidiConsumer::Concerns(uchar from, uchar to) const {
     return from == to || MasterOf(to) == from;
 }
 
-/// Whether a key that comes on the channel may be that of the slot's note: a key on a channel of
-/// its own is another than on any other channel.
-bool VexaMidiConsumer::IsThatNote(std::size_t index, uchar from) const {
-    const uchar of = holders[index].channel;
+/// Whether a key may be that of the slot's note: one with another name of a host's is not, and of
+/// MIDI's a key on a channel of its own is another than on any other channel.
+bool VexaMidiConsumer::IsThatNote(std::size_t index, const NoteName& name) const {
+    const NoteName& own = holders[index].name;
+    if (own.id != NoteName::kOfMidi || name.id != NoteName::kOfMidi)
+        return own == name;
+    const uchar of = holders[index].channel, from = static_cast<uchar>(name.channel);
     return of == from || !(IsOwn(of) || IsOwn(from));
 }
 
@@ -111,7 +114,7 @@ void VexaMidiConsumer::ConfigureZone(uchar master, uchar members) {
         channels[from].Reset();
         channels[from].ForgetRange();
         channels[from].ForgetMacros();
-        channels[from].keys.Clear();
+        channels[from].keys.Release({}, [this](const NoteName& name) { AddEnded(name); });
         ApplyVolume(from);
     }
 }

@@ -29,6 +29,17 @@ HostedInstrument::HostedInstrument(kits::ProgramFolders programFolders, double r
     TellSound();
 }
 
+void HostedInstrument::Restart(double rate) noexcept {
+    Engine& engine = instrument.Playing();
+    engine.consumer.AllNotesOff(false, 0);
+    for (uchar channel = 0; channel < 16; channel++)
+        engine.consumer.SourceEnded(channel, 0);
+    for (Macro& macro : engine.macros)
+        macro.modulation = 0;
+    engine.renderer.Clear();
+    oversampler.SetFrameRate(rate);
+}
+
 void HostedInstrument::TakeControls(const ControlValues& values) noexcept {
     Engine& engine = instrument.Playing();
     bool anyPlaying = false;

@@ -30,12 +30,17 @@ class HostedInstrument {
   public:
     /// `rate` in samples per second. Plays the sound that a new window has.
     HostedInstrument(kits::ProgramFolders folders, double rate);
+    /// Forgets all notes and what wheels, pedals and modulation hold, and goes on at a rate. Audio
+    /// side, or while that does nothing.
+    void Restart(double rate) noexcept;
 
     /// Audio side: no allocation, lock, wait or system call.
     /// Takes the knobs up; those that leave it to the sound give it back what it says.
     void TakeControls(const ControlValues& values) noexcept;
     /// One message, which takes effect with the next sample. What is no whole message is ignored.
     void Midi(std::span<const uint8> message) noexcept;
+    /// What plays, for what MIDI has no words for.
+    Engine& Audio() noexcept { return instrument.Playing(); }
     /// The next `count` samples of both ears.
     void Render(float* left, float* right, std::size_t count) noexcept;
     /// Samples by which what Render gives is later than it was asked for.

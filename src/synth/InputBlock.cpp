@@ -21,7 +21,7 @@ void InputBlock::Advance(double rate, std::size_t newSmooth, std::size_t newOffs
         std::max(smooth, static_cast<std::size_t>(std::max(1.0, std::floor(rate * kRampSeconds))));
     for (std::size_t m = 0; m < kMacros; m++) {
         Ramp<float>& ramp = ramps[m];
-        ramp.Aim(macros[m].value, begun ? length : 0, offset);
+        ramp.Aim(Wanted(macros[m]), begun ? length : 0, offset);
         starts[m] = ramp;
         ramp.Pass(count);
         macros[m].now = ramp.Now();
@@ -29,10 +29,8 @@ void InputBlock::Advance(double rate, std::size_t newSmooth, std::size_t newOffs
     begun = true;
 }
 
-void InputBlock::Write(const Common& common, Ramp<float>& heard, const RunningVoice& v,
-                       const OwnControllers& own, float* to, std::size_t count) noexcept {
-    const auto wanted =
-        static_cast<float>(own.Of(common.controller, v.own, double(common.value.End())));
+void InputBlock::Write(const Common& common, float wanted, Ramp<float>& heard,
+                       const RunningVoice& v, float* to, std::size_t count) noexcept {
     if (v.age > 0 && goesOn) {
         heard.Aim(wanted, common.length, offset);
     } else {
@@ -58,16 +56,24 @@ const float* const* InputBlock::Fill(const PlaneSource& f, std::span<RunningVoic
         const bool isControl = input.kind == FunctionInput::Kind::Controller;
         if (isControl)
             controls[n].Aim(controllers[input.number], goesOn ? smooth : 0, offset);
-        const Common common = isControl ? Common{controls[n], smooth, input.number}
-                                        : Common{starts[input.number % kMacros], length,
-                                                 own.numbers[kOwnMacros + input.number % kMacros]};
+        const Common common = isControl ? Common{controls[n], smooth}
+                                        : Common{starts[input.number % kMacros], length};
         for (std::size_t k = 0; k < voices.size(); k++, to += count) {
             RunningVoice& v = *voices[k];
             switch (input.kind) {
-            case FunctionInput::Kind::Macro:
-            case FunctionInput::Kind::Controller:
-                Write(common, v.heard[n], v, own, to, count);
+            case FunctionInput::Kind::Macro: {
+                const Macro& macro = macros[input.number];
+                const OwnMacro given = own.OfMacro(input.number, v.own, v.macros);
+                Write(common, given.Given() ? Wanted(macro, given) : common.value.End(), v.heard[n],
+                      v, to, count);
                 break;
+            }
+            case FunctionInput::Kind::Controller: {
+                const double wanted =
+                    own.Of(int32(input.number), v.own, double(common.value.End()));
+                Write(common, static_cast<float>(wanted), v.heard[n], v, to, count);
+                break;
+            }
             case FunctionInput::Kind::Velocity:
                 std::fill_n(to, count, v.vel);
                 break;

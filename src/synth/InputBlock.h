@@ -41,11 +41,10 @@ class InputBlock {
     struct Common {
         Ramp<float> value;
         std::size_t length;
-        int32 controller;
     };
-    /// The values of that input for a voice, whose own may be others.
-    void Write(const Common& common, Ramp<float>& heard, const RunningVoice& v,
-               const OwnControllers& own, float* to, std::size_t count) noexcept;
+    /// The values of that input for a voice, which wants it at a value that may be its own.
+    void Write(const Common& common, float wanted, Ramp<float>& heard, const RunningVoice& v,
+               float* to, std::size_t count) noexcept;
     /// `count` values of the ramp from here on.
     static void Write(Ramp<float> ramp, float* to, std::size_t count) noexcept {
         if (!ramp.Moves()) {
@@ -66,7 +65,8 @@ class InputBlock {
     bool begun = false;
     /// Of the inputs that are controllers, in the order of the source's inputs.
     std::array<Ramp<float>, kMostInputs> controls;
-    /// Of the block, and whether Fill has been called for it and for the one before.
+    /// Of the block, with the samples in which a macro gets where it is wanted, and whether Fill
+    /// has been called for it and for the one before.
     std::size_t smooth = 0, length = 0, offset = 0;
     bool filled = false, wasFilled = false;
     /// The source is that of the block before.

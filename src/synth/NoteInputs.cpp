@@ -2,6 +2,14 @@
 
 namespace vexa {
 
+namespace {
+
+float Now(const Macro& macro, const OwnMacro& own) noexcept {
+    return own.Given() ? Wanted(macro, own) : float(macro.now);
+}
+
+} // namespace
+
 std::array<float, kMostInputs> InputsOf(const PlaneSource& f, const NoteMoment& note,
                                         const Macros& macros, const ControllerTable& controllers,
                                         const OwnControllers& own) noexcept {
@@ -11,7 +19,7 @@ std::array<float, kMostInputs> InputsOf(const PlaneSource& f, const NoteMoment& 
         float& value = values[number++];
         switch (input.kind) {
         case FunctionInput::Kind::Macro:
-            value = own.OfMacro(input.number, note.own, macros[input.number].now);
+            value = Now(macros[input.number], own.OfMacro(input.number, note.own, note.macros));
             break;
         case FunctionInput::Kind::Velocity:
             value = note.vel;

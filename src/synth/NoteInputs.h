@@ -17,6 +17,7 @@ struct NoteMoment {
     /// Seconds since note-on.
     float t;
     OwnValues own = kNoOwnValues;
+    OwnMacros macros{};
 };
 
 /// The values of f.Inputs() for the note, with the macros and controllers as they are now. Any

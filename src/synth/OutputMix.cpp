@@ -54,8 +54,9 @@ bool OutputMix::Add(std::span<RunningVoice* const> voices, std::span<const Ear> 
     for (std::size_t k = 0; k < voices.size();) {
         RunningVoice& first = *voices[k];
         const std::size_t group = Group(first);
+        const bool alone = IsAlone(first);
         std::size_t number = 1;
-        while (k + number < voices.size() && !IsAlone(first) && !IsAlone(*voices[k + number]) &&
+        while (k + number < voices.size() && !alone && !IsAlone(*voices[k + number]) &&
                Group(*voices[k + number]) == group)
             number++;
         const std::size_t left = first.left;
@@ -64,12 +65,13 @@ bool OutputMix::Add(std::span<RunningVoice* const> voices, std::span<const Ear> 
             for (std::size_t n = 0; n < number; n++)
                 filters[n] = &(voices[k + n]->*ear.filter);
             const float* const samples = ear.samples + k * count;
-            if (group == 0 && !IsAlone(first)) {
+            if (group == 0 && !alone) {
                 beyond |=
                     Loops().LowCut(filters.data(), samples, number, count, ear.sum, blocks, stride);
                 continue;
             }
             Ramp<float> before = channels[first.before], volume = channels[first.channel];
+            Ramp<float> gain = first.gains[ear.side];
             first.left = left;
             first.arrives = begin;
             for (std::size_t block = 0; block < blocks; block++) {
@@ -78,13 +80,18 @@ bool OutputMix::Add(std::span<RunningVoice* const> voices, std::span<const Ear> 
                                          part.data(), 1, 0);
                 for (std::size_t i = 0; i < count; i++) {
                     ear.sum[block * count + i] +=
-                        part[i] * Between(before, volume, first.arrives) * Fade(first);
+                        part[i] * Between(before, volume, first.arrives) * Fade(first) * gain.Now();
                     before.Pass(1);
                     volume.Pass(1);
+                    gain.Pass(1);
                     first.arrives.Pass(1);
                     first.left -= first.ends && first.left > 0 ? 1 : 0;
                 }
             }
+        }
+        if (first.scaled) {
+            for (Ramp<float>& gain : first.gains)
+                gain.Pass(count);
         }
         k += number;
     }

@@ -42,11 +42,12 @@ class OutputMix {
     void Sort(std::span<RunningVoice*> voices) const noexcept;
 
     /// What is heard with one ear: its filters, their input, samples[k * count + i] for voice k at
-    /// moment i, and the sum of their output, with room as for BlockLoops.
+    /// moment i, and the sum of their output, with room as for BlockLoops; 0 is the left one.
     struct Ear {
         LowCutFilter RunningVoice::*filter;
         const float* samples;
         float* sum;
+        std::size_t side;
     };
     /// Filters the voices' input and adds their output to the sums. True where input was beyond
     /// kMostHeard. The same for several blocks one after the other, whose input and sums stand one
@@ -61,10 +62,13 @@ class OutputMix {
         return arrives.Moves() ? before.Now() + (end - before.Now()) * arrives.Now() : end;
     }
     /// No other voice is scaled alike.
-    static bool IsAlone(const RunningVoice& v) noexcept { return v.ends || v.arrives.Varies(); }
     /// Where the volume of channel i is wanted.
     float Wanted(std::size_t i) const noexcept { return playing.given ? float(volumes[i]) : 1.0F; }
     std::size_t Group(const RunningVoice& v) const noexcept;
+    /// Whether no other voice is scaled as this one is.
+    static bool IsAlone(const RunningVoice& v) noexcept {
+        return v.ends || v.scaled || v.arrives.Varies();
+    }
 
     const Playing& playing;
     const ChannelVolumes& volumes;

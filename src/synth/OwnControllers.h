@@ -35,9 +35,14 @@ struct OwnControllers {
         const std::size_t which = Which(number);
         return which < kOwnControllers && values[which] >= 0 ? values[which] : common;
     }
-    /// The value of a macro for a note, which is that of its controller; `common` as above.
-    float OfMacro(std::size_t macro, const OwnValues& values, float common) const noexcept {
-        return static_cast<float>(Of(numbers[kOwnMacros + macro], values, double(common)));
+    /// What a note has of a macro for itself: what a host gave it, or else the value of the macro's
+    /// controller.
+    OwnMacro OfMacro(std::size_t macro, const OwnValues& values,
+                     const OwnMacros& macros) const noexcept {
+        OwnMacro own = macros[macro];
+        if (own.value < 0)
+            own.value = static_cast<float>(Of(numbers[kOwnMacros + macro], values, -1));
+        return own;
     }
 
     std::array<int32, kOwnControllers> numbers;

@@ -3,6 +3,7 @@
 
 #include "synth/BlockLoops.h"
 #include "synth/EnvelopeTrack.h"
+#include "synth/Macros.h"
 #include "synth/Oscillator.h"
 #include "synth/OwnControllers.h"
 #include "synth/ParameterTable.h"
@@ -54,9 +55,21 @@ struct RunningVoice {
     bool stands = false;
     /// And the filter had settled: until something changes, each sample is filter.out.
     bool rests = false;
+    /// Nothing more will be heard of it, as long as nothing changes.
+    bool over = false;
     /// It has been cut off and fades, for so many samples more.
     bool ends = false;
     std::size_t left = 0;
+    /// Of the slot's `expressed`, as macros, tuning and gains were taken up.
+    uint32 expressed = 0;
+    /// The gains are not simply 1.
+    bool scaled = false;
+    /// Semitones.
+    double tuning = 0;
+    /// The factors on what the left and the right ear hear.
+    std::array<Ramp<float>, 2> gains{Ramp<float>(1), Ramp<float>(1)};
+    OwnMacros macros{};
+    /// Where the macros are that it has for itself, and whether it had them in the block before.
 };
 
 } // namespace vexa

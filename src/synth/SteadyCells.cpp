@@ -117,8 +117,11 @@ bool VoiceRenderer::GoesOn(const RunningVoice& v, const voice& slot) const noexc
     if (!v.sounds)
         return !seen.Active();
     return seen.Active() && !seen.Changing() && seen.Changes() == v.changes && !v.ends &&
-           v.arrives.StaysAt(1) && v.glide.StaysAt(0) &&
-           v.bend.StaysAt(playing.Bends() ? double(slot.bend) : 0.0) && v.own == OwnOf(slot);
+           v.arrives.StaysAt(1) && v.glide.StaysAt(0) && v.bend.StaysAt(BendOf(v, slot)) &&
+           v.expressed == slot.expressed &&
+           (!v.scaled ||
+            (v.gains[0].StaysAt(slot.gains[0]) && v.gains[1].StaysAt(slot.gains[1]))) &&
+           v.own == OwnOf(slot);
 }
 
 /// Renders so many whole cells at once; false, and nothing is rendered, where something changes.
@@ -147,7 +150,7 @@ bool VoiceRenderer::RenderCells(const PlaneFunction& f, float* left, float* righ
             sounding[voiceCount++] = &v;
             continue;
         }
-        resting += v.filter.out * mix.Volume(v);
+        resting += v.filter.out * mix.Volume(v) * v.gains[0].Now();
         for (std::size_t i = 0; i < cells; i++)
             motion.Pass(v);
         v.age += cells * kBlock;
@@ -170,7 +173,7 @@ bool VoiceRenderer::RenderCells(const PlaneFunction& f, float* left, float* righ
         source.Evaluate(&x[i * points], &y[i * points], heard, &s[i * points], some * points);
     }
     std::fill_n(sum.data(), cells * kBlock, resting);
-    const OutputMix::Ear ear{&RunningVoice::filter, s.data(), sum.data()};
+    const OutputMix::Ear ear{&RunningVoice::filter, s.data(), sum.data(), 0};
     if (mix.Add(all, {&ear, 1}, cells))
         bounded = true;
     const float factor = gain * mix.Level();

@@ -24,6 +24,10 @@ OwnValues OwnOf(const voice& slot) {
     return own;
 }
 
+bool IsOver(const voice& slot, VoiceState::Seen seen) {
+    return !seen.Active() || (Rendered(slot, seen) && slot.over);
+}
+
 VoiceView Look(const voice& slot) {
     const bool rendered = Rendered(slot, slot.state.Look());
     VoiceView view{};

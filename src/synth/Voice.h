@@ -7,6 +7,7 @@
 
 #include "kits/support/Shared.h"
 #include "kits/support/SupportDefs.h"
+#include "synth/Macros.h"
 #include "synth/OwnControllers.h"
 
 #include <array>
@@ -109,6 +110,13 @@ struct voice {
     kits::Shared<float> bend;
     /// As OwnValues.
     std::array<kits::Shared<float>, kOwnControllers> own;
+    std::array<kits::Shared<OwnMacro>, kMacros> macros;
+    /// Semitones on top, however the sound is played.
+    kits::Shared<float> tuning;
+    /// The factors on what the left and the right ear hear of it.
+    std::array<kits::Shared<float>, 2> gains{1.0F, 1.0F};
+    /// How often macros, tuning and gains have changed, written after them.
+    kits::Shared<uint32> expressed;
 
     // Written by the media thread after each stretch that it has rendered, read by all.
 
@@ -127,6 +135,8 @@ struct voice {
     std::array<kits::Shared<double>, kOrbitSums> sums;
     /// The last sample, after the filter.
     kits::Shared<float> out;
+    /// It is released, its point has come to a stand for good, and nothing more is heard of it.
+    kits::Shared<bool> over;
 };
 
 /// Slots for one note more than may ever sound, so that a free one is always found.
@@ -157,6 +167,10 @@ VoiceView Look(const voice& slot);
 
 /// Seconds since note-on or note-off, as Look.
 double Seconds(const voice& slot, VoiceState::Seen seen);
+
+/// Whether the slot's note does not sound or is over, as far as the media thread has come. Any
+/// thread.
+bool IsOver(const voice& slot, VoiceState::Seen seen);
 
 /// Slots that sound. Any thread.
 int CountActive(const VoiceTable& voices);

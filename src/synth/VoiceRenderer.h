@@ -53,6 +53,10 @@ class VoiceRenderer {
     /// begun before this call is running. Window thread.
     void SetFunction(const PlaneFunction& next) { function.Publish(next); }
 
+    /// Forgets all notes at once, and what lingers of them; those that the table has still begin
+    /// anew. Not while rendering.
+    void Clear() noexcept;
+
     /// Samples per second, of which one in `oversampling` is heard: the low-cut filters keep their
     /// corner. Voices that sound go on. Not while rendering.
     void SetSampleRate(double rate, int oversampling = 1) noexcept;
@@ -75,6 +79,8 @@ class VoiceRenderer {
     void CloseEars() noexcept;
     LowCutFilter LowCutFor(float freq) const noexcept;
     float StartOf(const RunningVoice& v, const PlaneSource& f, double side) const noexcept;
+    double BendOf(const RunningVoice& v, const voice& slot) const noexcept;
+    bool Panned() const noexcept;
     bool GoesOn(const RunningVoice& running, const voice& slot) const noexcept;
     bool RenderCells(const PlaneFunction& f, float* left, float* right, std::size_t cells) noexcept;
     void WakeIfChanged(const VoiceMotion& motion, const PlaneFunction& f) noexcept;

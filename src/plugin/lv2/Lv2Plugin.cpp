@@ -1,3 +1,4 @@
+#include "plugin/HostedFolders.h"
 #include "plugin/HostedInstrument.h"
 #include "plugin/lv2/Ports.h"
 #include "synth/Realtime.h"
@@ -42,20 +43,11 @@ Feature* Find(const LV2_Feature* const* features, const char* uri) {
     return nullptr;
 }
 
-kits::ProgramFolders Folders(const char* bundle) {
-    const char* data = std::getenv("XDG_DATA_HOME");
-    const char* home = std::getenv("HOME");
-    const std::filesystem::path own =
-        data && *data == '/' ? std::filesystem::path(data) / "vexa"
-                             : std::filesystem::path(home ? home : "/") / ".local/share/vexa";
-    return {own, bundle};
-}
-
 class Plugin {
   public:
     Plugin(double rate, const char* bundle, LV2_URID_Map& map, LV2_Log_Log* log,
            LV2_Worker_Schedule* schedule)
-        : instrument(Folders(bundle), rate), log(log), schedule(schedule) {
+        : instrument(HostedFolders(bundle), rate), log(log), schedule(schedule) {
         const auto id = [&](const char* uri) { return map.map(map.handle, uri); };
         midiEvent = id(LV2_MIDI__MidiEvent);
         object = id(LV2_ATOM__Object);

@@ -27,7 +27,7 @@ namespace {
 using namespace vexa;
 
 constexpr const char* kUri = "urn:vexa:instrument";
-constexpr std::size_t kControlPorts = 11, kFirst = 6;
+constexpr std::size_t kControlPorts = 12, kFirst = 6;
 
 /// Names and numbers, for all instances.
 LV2_URID Id(const char* uri) {

@@ -67,24 +67,11 @@ void WriteControl(std::ostream& out, std::uint32_t index, const Control& control
         << Number(control.asSound) << " ;\n    lv2:maximum " << Number(control.maximum) << " ;\n";
     if (control.unit)
         out << "    units:unit units:" << control.unit << " ;\n";
-    const auto point = [&](const std::string& label, double value) {
-        out << "    lv2:scalePoint [ rdfs:label \"" << label << "\" ; rdf:value " << Number(value)
-            << " ] ;\n";
-    };
-    point("as the sound", control.asSound);
-    if (control.target == &Playing::oversample) {
-        for (int factor = 1; factor <= 16; factor *= 2)
-            point(std::to_string(factor), factor);
-    }
-    for (const PlayingRow& row : PlayingRows()) {
-        if (row.target != control.target)
-            continue;
-        for (std::size_t i = 0; control.target == &Playing::mode && i < row.words.size(); i++)
-            point(std::string(row.words[i]), static_cast<double>(i));
-    }
-    const bool isChoice =
-        control.target == &Playing::mode || control.target == &Playing::oversample;
-    if (isChoice)
+    const std::vector<ControlPoint> points = Points(control);
+    for (const ControlPoint& point : points)
+        out << "    lv2:scalePoint [ rdfs:label \"" << point.label << "\" ; rdf:value "
+            << Number(point.value) << " ] ;\n";
+    if (points.size() > 1)
         out << "    lv2:portProperty lv2:enumeration , lv2:integer\n";
     else if (control.whole)
         out << "    lv2:portProperty lv2:integer\n";

@@ -24,6 +24,8 @@ constexpr Writable kWritables[] = {
     {VEXA_LV2_URI "#formula", "Formula", false},
     {VEXA_LV2_URI "#sample", "Sample", true},
     {VEXA_LV2_URI "#sound", "Sound", true},
+    {VEXA_LV2_URI "#tuning", "Scale (Scala)", true},
+    {VEXA_LV2_URI "#keymap", "Keyboard map (Scala)", true},
 };
 
 /// The controls follow the last one.

@@ -11,6 +11,9 @@ namespace vexa {
 
 namespace {
 
+/// The MIDI controller that lets go of all others.
+constexpr uint8 kResetControllers = 121;
+
 struct Header {
     Request request;
     uint32 size;
@@ -33,6 +36,18 @@ HostedInstrument::HostedInstrument(kits::ProgramFolders programFolders, double r
     ControlValues none;
     none.fill(std::numeric_limits<float>::quiet_NaN());
     TakeControls(none);
+}
+
+void HostedInstrument::Restart(double rate) {
+    VexaMidiConsumer& consumer = instrument.Playing().consumer;
+    for (uchar channel = 0; channel < 16; channel++)
+        consumer.ControlChange(channel, kResetControllers, 0, 0);
+    consumer.AllNotesOff(false, 0);
+    // What was cut off fades out unheard.
+    std::array<float, 64> left, right;
+    for (double rest = 0.02 * rate; rest > 0; rest -= 64)
+        Render(left.data(), right.data(), left.size());
+    oversampler.SetFrameRate(rate);
 }
 
 void HostedInstrument::TakeControls(const ControlValues& values) noexcept {

@@ -38,6 +38,10 @@ class HostedInstrument {
     /// `rate` in samples per second. Plays the sound that a new window has.
     HostedInstrument(kits::ProgramFolders folders, double rate);
 
+    /// Neither side, nothing renders meanwhile: all is quiet, wheels and pedals are let go, and so
+    /// it goes on at `rate`.
+    void Restart(double rate);
+
     /// Audio side: no allocation, lock, wait or system call.
     /// Takes up the knobs and, where they leave it to the sound, what that says.
     void TakeControls(const ControlValues& values) noexcept;
@@ -81,7 +85,8 @@ class HostedInstrument {
     const kits::ProgramFolders folders;
     SoundsSay said;
     Instrument instrument{folders, Addons::None, &said};
-    Oversampler oversampler{instrument.Playing().renderer};
+    /// With the filter of a whole render: what is heard in a session is what its export gives.
+    Oversampler oversampler{instrument.Playing().renderer, DecimationFilter::kWhole};
     std::mutex documents;
     kits::Ring<char> requests{2 * kMostText};
     std::string soundFile;

@@ -247,7 +247,7 @@ TEST(Lv2Host, FormulasArriveAndKnobsStayOutOfTheDocument) {
     // A sound may say how finely it is computed, and a knob otherwise; the delay is told.
     Sound fine = WithFormula("sin(x)*cos(y)");
     fine.playing.emplace().texts[7] = "4";
-    const std::pair<float, float> told[] = {{0, 32}, {1, 0}, {2, 32}, {0, 32}, {16, 32}, {-3, 32}};
+    const std::pair<float, float> told[] = {{0, 96}, {1, 0}, {2, 96}, {0, 96}, {16, 96}, {-3, 96}};
     host.Restore(SoundText(fine));
     for (const auto& [knob, delay] : told) {
         host.controls[10] = knob;

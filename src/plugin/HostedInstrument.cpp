@@ -43,9 +43,9 @@ void HostedInstrument::Restart(double rate) {
     for (uchar channel = 0; channel < 16; channel++)
         consumer.ControlChange(channel, kResetControllers, 0, 0);
     consumer.AllNotesOff(false, 0);
-    // What was cut off fades out unheard.
+    // What was cut off fades out unheard. Before the first sample knobs are where they are set.
     std::array<float, 64> left, right;
-    for (double rest = 0.02 * rate; rest > 0; rest -= 64)
+    for (double rest = rendered ? 0.02 * rate : 0; rest > 0; rest -= 64)
         Render(left.data(), right.data(), left.size());
     oversampler.SetFrameRate(rate);
 }
@@ -123,6 +123,7 @@ void HostedInstrument::Midi(std::span<const uint8> message) noexcept {
 }
 
 void HostedInstrument::Render(float* left, float* right, std::size_t count) noexcept {
+    rendered = rendered || count > 0;
     oversampler.Render(left, right, count);
 }
 
@@ -158,7 +159,8 @@ std::string HostedInstrument::Do(Request request, const std::string& text) {
         return fault;
     }
     if (request == Request::Tuning || request == Request::Keymap) {
-        TuningChoice next = tunedBy;
+        // The other file only if it has a part in what plays.
+        TuningChoice next = tuned ? tunedBy : TuningChoice();
         (request == Request::Tuning ? next.scale : next.keymap) =
             text.empty() ? std::nullopt : std::optional<std::filesystem::path>(text);
         return Tune(next, false);
@@ -177,6 +179,7 @@ std::string HostedInstrument::Tune(const TuningChoice& choice, bool anyway) {
     if (!tuning && !anyway)
         return tuning.Fault().text;
     tunedBy = choice;
+    tuned = bool(tuning);
     instrument.Playing().consumer.SetTuning(tuning ? *tuning : EqualTemperament());
     return tuning ? "" : tuning.Fault().text;
 }

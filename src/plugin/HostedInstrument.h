@@ -57,6 +57,8 @@ class HostedInstrument {
     static constexpr std::size_t kMostText = kLongestExpression;
 
     /// The other side.
+    /// Whether there is anything for Work to do.
+    bool Requested() const noexcept { return requests.Readable() > 0; }
     /// Does what was posted. Returns what there is to tell a person, empty where all went well.
     std::string Work();
     /// What a host reads of that: of the sound as it is now; of the document that a host has asked
@@ -91,10 +93,12 @@ class HostedInstrument {
     kits::Ring<char> requests{2 * kMostText};
     std::string soundFile;
     TuningChoice tunedBy;
+    /// By that, as far as it could be read.
+    bool tuned = true;
     /// Of the audio side: what it has taken up last.
     std::array<float, kMacros> macros{};
     int32 limit = 0;
-    bool expectsMpe = false;
+    bool expectsMpe = false, rendered = false;
     uint32 loads = 0;
 };
 

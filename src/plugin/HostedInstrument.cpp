@@ -32,7 +32,10 @@ HostedInstrument::HostedInstrument(kits::ProgramFolders programFolders, double r
     : folders(std::move(programFolders)) {
     oversampler.SetFrameRate(rate);
     instrument.Playing().renderer.SetGain(VoiceRenderer::kUsualGain);
-    instrument.Load(Sound());
+    ReadReport ignored;
+    const kits::Result<Sound> sound = ReadSound(folders.Find("sounds", "default.xml"), ignored);
+    if (!sound || !instrument.Load(*sound))
+        instrument.Load(Sound());
     ControlValues none;
     none.fill(std::numeric_limits<float>::quiet_NaN());
     TakeControls(none);

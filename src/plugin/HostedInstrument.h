@@ -35,7 +35,8 @@ constexpr std::size_t kRequests = 5;
 /// the other one works on documents, and its calls wait for each other.
 class HostedInstrument {
   public:
-    /// `rate` in samples per second. Plays the sound that a new window has.
+    /// `rate` in samples per second. Plays the sound "default", or that of a new window where there
+    /// is none.
     HostedInstrument(kits::ProgramFolders folders, double rate);
 
     /// Neither side, nothing renders meanwhile: all is quiet, wheels and pedals are let go, and so

@@ -48,7 +48,8 @@ class Jalv:
 
     def __init__(self, uri, bundles=None):
         import jack
-        environment = dict(os.environ)
+        # Some plug-ins start a toolkit in the host.
+        environment = dict(os.environ, QT_QPA_PLATFORM="offscreen")
         if bundles:
             environment["LV2_PATH"] = f"{bundles}:/usr/lib/lv2"
         self.process = subprocess.Popen(["stdbuf", "-oL", "jalv", "-n", "played", uri], stdin=subprocess.PIPE,

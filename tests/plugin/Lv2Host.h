@@ -106,9 +106,9 @@ class Lv2Host {
         lv2_atom_forge_write(&forge, bytes.data(), static_cast<uint32_t>(bytes.size()));
     }
     /// A patch message of that kind with what `body` writes.
-    void Patch(const char* kind, const std::function<void(LV2_Atom_Forge&)>& body) {
+    void Patch(const char* kind, const std::function<void(LV2_Atom_Forge&)>& body, int64_t at = 0) {
         LV2_Atom_Forge_Frame object;
-        lv2_atom_forge_frame_time(&forge, 0);
+        lv2_atom_forge_frame_time(&forge, at);
         lv2_atom_forge_object(&forge, &object, 0, Id(kind));
         body(forge);
         lv2_atom_forge_pop(&forge, &object);

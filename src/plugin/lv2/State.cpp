@@ -1,8 +1,10 @@
 // What a host's session keeps of the plug-in.
 #include "plugin/lv2/Plugin.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <string_view>
 
 namespace vexa::lv2 {
@@ -40,7 +42,8 @@ class Paths {
 } // namespace
 
 LV2_State_Status Plugin::Save(LV2_State_Store_Function store, LV2_State_Handle handle,
-                              const LV2_State_Map_Path* map, const LV2_State_Free_Path* freePath) {
+                              const LV2_State_Map_Path* map,
+                              const LV2_State_Free_Path* freePath) try {
     const Paths paths(map, freePath);
     const auto put = [&](LV2_URID key, LV2_URID type, const std::string& text) {
         return store(handle, key, text.c_str(), text.size() + 1, type, kFlags);
@@ -62,6 +65,9 @@ LV2_State_Status Plugin::Save(LV2_State_Store_Function store, LV2_State_Handle h
             status = putPath(urids.properties[static_cast<std::size_t>(request)], path);
     }
     return status;
+} catch (const std::exception& fault) {
+    std::fprintf(stderr, "vexa: the state could not be saved: %s\n", fault.what());
+    return LV2_STATE_ERR_UNKNOWN;
 }
 
 LV2_State_Status Plugin::Restore(LV2_State_Retrieve_Function retrieve, LV2_State_Handle handle,

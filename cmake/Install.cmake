@@ -34,9 +34,7 @@ install(FILES ${VEXA_PROGRAM_FOLDER}/vexa-icon.png RENAME vexa.png
 if(TARGET vexa-lv2)
     set(bundle ${CMAKE_INSTALL_LIBDIR}/lv2/vexa.lv2)
     install(TARGETS vexa-lv2 LIBRARY DESTINATION ${bundle})
-    install(DIRECTORY ${CMAKE_BINARY_DIR}/lv2/vexa.lv2/ DESTINATION ${bundle} FILES_MATCHING PATTERN *.ttl)
-    install(DIRECTORY ${VEXA_MADE_CONTENT}/samples DESTINATION ${bundle})
-    install(FILES data/shipped-content DESTINATION ${bundle})
+    install(DIRECTORY ${CMAKE_BINARY_DIR}/lv2/vexa.lv2/ DESTINATION ${bundle} PATTERN *.so EXCLUDE)
 endif()
 
 if(TARGET vexa-clap)

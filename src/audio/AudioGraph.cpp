@@ -4,13 +4,6 @@
 
 namespace vexa {
 
-namespace {
-
-/// Leaves room for a chord; the user's loudspeakers do the rest.
-constexpr float kInitialGain = 0.25F;
-
-} // namespace
-
 AudioGraph::AudioGraph(Engine& engine, Alert alert)
     : engine(engine),
       alert(std::move(alert)),
@@ -74,7 +67,7 @@ const char* AudioGraph::Connect() {
     connected = true;
     engine.consumer.Gate()->SetTimed(true);
     Mixer()->Record(recording);
-    producer->SetGain(kInitialGain);
+    producer->SetGain(VoiceRenderer::kUsualGain);
     return nullptr;
 }
 

@@ -41,6 +41,12 @@ std::string Text(const FunctionReport& report);
 /// "samples", a person's own or the program's.
 std::filesystem::path SamplePath(const Function& function, const kits::ProgramFolders& folders);
 
+/// What sounds say of how they are played and of their macros.
+struct SoundsSay {
+    Playing playing;
+    Macros macros;
+};
+
 /// The sound as a person edits it, and the engine that plays it. Nothing of it is shared with other
 /// instruments of the process. All calls belong to one thread, the window thread, but for what the
 /// engine's consumer and renderer allow to the MIDI and the media thread.
@@ -49,8 +55,10 @@ class Instrument {
     /// Takes the function that is from now on to be shown.
     using Watcher = std::function<void(const PlaneFunction& f)>;
 
-    /// Functions and samples are looked for in `folders`.
-    Instrument(kits::ProgramFolders folders, Addons addons);
+    /// Functions and samples are looked for in `folders`. What sounds say is the engine's own
+    /// records, unless others have a say in these too: then it is put down `apart`, which outlives
+    /// the instrument, and the records and the voice limit are left to who takes it up from there.
+    Instrument(kits::ProgramFolders folders, Addons addons, SoundsSay* apart = nullptr);
 
     /// Puts the sound in the place of the present one; where its function fails, the function
     /// before plays on, with all else of the sound. Waits for the compiler or the disk.
@@ -117,6 +125,7 @@ class Instrument {
     const Engine& Playing() const { return engine; }
 
   private:
+    void LimitVoices(int32 limit);
     FunctionReport InstallExpression(const std::string& expression);
     FunctionReport Follow(const std::string& expression);
     FunctionReport InstallSample(const Function& function);
@@ -139,6 +148,9 @@ class Instrument {
     Watcher watcher;
     AddonThread thread;
     Engine engine;
+    const bool isApart;
+    vexa::Playing& saidPlaying;
+    Macros& saidMacros;
 };
 
 } // namespace vexa

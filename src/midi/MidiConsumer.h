@@ -77,9 +77,10 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     /// Window thread.
     void SetChannel(int32 next);
 
-    /// All channels but the first are those of one note each from the beginning on (MPE), and bend,
-    /// whether a sound says how it is played or not. Before the first event. Window thread.
-    void ExpectMpe();
+    /// All channels but the first are those of one note each (MPE), and bend, whether a sound says
+    /// how it is played or not; or no longer so. Where that changes anything the notes of these
+    /// channels end. MIDI thread, or before the first event.
+    void ExpectMpe(bool whether = true);
 
     /// The function that new voices are charged with; as VoiceRenderer::SetFunction. Window thread.
     void SetFunction(const PlaneFunction& next) { function.Publish(next); }
@@ -88,7 +89,7 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     /// no voice. Window thread.
     void SetTuning(const Tuning& next) { tuning.Publish(next); }
 
-    /// Silences voices until at most `limit` sound, which then is the voice limit. Window thread.
+    /// Silences voices until at most `limit` sound, which then is the voice limit. Any thread.
     void ReduceToMaxVox(int32 limit);
     /// Notes that sound and are not released. Any thread.
     int32 CountHeld() const;

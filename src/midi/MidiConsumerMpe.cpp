@@ -14,9 +14,9 @@ constexpr uchar kAllMembers = 15;
 
 } // namespace
 
-void VexaMidiConsumer::ExpectMpe() {
-    playing.mpe = true;
-    zones.Configure(0, kAllMembers);
+void VexaMidiConsumer::ExpectMpe(bool whether) {
+    playing.mpe = whether;
+    ConfigureZone(0, whether ? kAllMembers : 0);
 }
 
 /// The master of the zone that the channel is a member of. Where neither the sound nor an option

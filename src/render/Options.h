@@ -4,6 +4,7 @@
 #include "documents/Sound.h"
 #include "kits/support/Result.h"
 #include "synth/Macros.h"
+#include "synth/VoiceRenderer.h"
 #include "tuning/TuningChoice.h"
 
 #include <array>
@@ -49,7 +50,7 @@ struct Options {
     int channel = -1;
     /// Frames per second of the file.
     int rate = 44100;
-    double gain = 0.25;
+    double gain = VoiceRenderer::kUsualGain;
     /// Seconds rendered after the last event.
     double tail = 3;
     /// Frames rendered at a time; the result does not depend on it.

@@ -6,13 +6,6 @@
 
 namespace vexa {
 
-namespace {
-
-/// Frames of the lower rate that the filter of a whole render has to each side.
-constexpr std::size_t kHalf = 96;
-
-} // namespace
-
 DecimationFilter::DecimationFilter(std::size_t factor, std::size_t half)
     : factor(factor), reach(half * factor), taps((2 * reach + kSlack) / kSlack * kSlack) {
     // The edge, where a half is left, lies so much below that of the lower rate's band.
@@ -28,7 +21,8 @@ DecimationFilter::DecimationFilter(std::size_t factor, std::size_t half)
     }
 }
 
-Decimator::Decimator(int step) : factor(static_cast<std::size_t>(step)), filter(factor, kHalf) {
+Decimator::Decimator(int step)
+    : factor(static_cast<std::size_t>(step)), filter(factor, DecimationFilter::kWhole) {
     // Silence before the first frame, which is in the middle of the first output's filter.
     if (factor > 1)
         held.resize(filter.Reach());

@@ -28,6 +28,8 @@ namespace vexa {
 /// there.
 class VoiceRenderer {
   public:
+    /// What all programs play with unless told otherwise: it leaves room for a chord.
+    static constexpr float kUsualGain = 0.25F;
     /// Samples that are computed in one go.
     static constexpr std::size_t kBlock = kMostSamples;
 

@@ -51,6 +51,12 @@ def worst(program, sound, key, folder):
     return level(None), level(1)
 
 
+def is_judged(root):
+    """Of a sound's document: whether it has a pitch and is no sample."""
+    return (root.findtext("info/category") not in NOT_JUDGED
+            and root.find("vexasamplefunction") is None)
+
+
 def main():
     arguments = [argument for argument in sys.argv[1:] if argument != "--check"]
     folder = pathlib.Path(arguments[0] if arguments else ROOT / "build/release/bin")
@@ -58,9 +64,7 @@ def main():
     print(f"{'sound':16} key  own  none  (dB)")
     with tempfile.TemporaryDirectory() as temporary:
         for sound in sorted((folder / "sounds").glob("*.xml")):
-            root = xml.etree.ElementTree.parse(sound).getroot()
-            judged = (root.findtext("info/category") not in NOT_JUDGED
-                      and root.find("vexasamplefunction") is None)
+            judged = is_judged(xml.etree.ElementTree.parse(sound).getroot())
             for key, name in KEYS.items():
                 own, none = worst(folder / "vexa-render", sound, key, pathlib.Path(temporary))
                 print(f"{sound.stem:16} {name}  {own:4.0f} {none:4.0f}{'' if judged else '  not judged'}")

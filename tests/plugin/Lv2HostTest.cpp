@@ -176,7 +176,7 @@ std::vector<float> Expected(const Sound& sound, double rate, std::size_t at, std
 /// A sound that is heard, with that function.
 Sound WithFormula(const std::string& expression) {
     ReadReport report;
-    Sound sound = *ReadSound(VEXA_SOURCE_FOLDER "/data/sounds/default.xml", report);
+    Sound sound = *ReadSound(VEXA_SOURCE_FOLDER "/benchmarks/twin-hills.xml", report);
     sound.function.kind = FunctionKind::Expression;
     sound.function.expression = expression;
     return sound;

@@ -24,7 +24,7 @@ add_subdirectory(data)
 SAMPLES_SCRIPT = """import pathlib, sys
 folder = pathlib.Path(sys.argv[1])
 folder.mkdir(parents=True, exist_ok=True)
-for name in ("pluck.wav", "voice.wav"):
+for name in ("harp.wav", "pluck.wav", "voice.wav", "vowel.wav"):
     (folder / name).write_text(name)
 """
 

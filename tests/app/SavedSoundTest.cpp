@@ -38,6 +38,8 @@ using SavedSoundTest = test::MainViewTest;
 
 TEST_F(SavedSoundTest, IsRenderedAsTheWindowPlaysIt) {
     Open();
+    // One that is rendered at the rate itself.
+    ASSERT_TRUE(view->LoadSound(VEXA_SOURCE_FOLDER "/benchmarks/twin-hills.xml"));
     Enter("Fxy", "0.5*sin(2*x)*cos(y)");
     Enter("Cy1", "0.25");
     Enter("Fy", "1.5");

@@ -33,8 +33,9 @@ class RenderFaults : public testing::Test {
 
     bool Plays(const std::string& limit) {
         const fs::path old = folder.Write("out.wav", "precious");
-        const CommandResult result = test::RunLimited(
-            limit, {kProgram, Note(), old.string(), "--quiet", "--tail", "0", "--compile"});
+        const CommandResult result =
+            test::RunLimited(limit, {kProgram, Note(), old.string(), "--quiet", "--tail", "0",
+                                     "--compile", "--function", "x*y/(1+x*x)"});
         const std::string bytes = test::Contents(old);
         if (result.exitCode == 0) {
             EXPECT_TRUE(bytes.starts_with("RIFF")) << limit;

@@ -401,7 +401,7 @@ TEST_F(RenderProgram, WhatIsTheUsersIsInTheUsersFolderAndShippedContentIsOnlyRea
     }
     // The bare program has everything beside itself.
     fs::remove(program / "installed");
-    ASSERT_EQ(render({"--sound", "bell"}).exitCode, 0);
+    ASSERT_EQ(render({"--sound", "bell", "--function", "x*y"}).exitCode, 0);
     EXPECT_TRUE(fs::exists(program / "functions/recent"));
     EXPECT_FALSE(fs::exists(own));
 }
@@ -439,13 +439,13 @@ TEST_F(RenderProgram, NeedsTemplateAndCompilerOnlyWhereItIsToCompile) {
     fs::copy(VEXA_PROGRAM_FOLDER "/sounds", copy / "sounds");
     fs::create_directory(copy / "functions");
     const std::string note = OneNote();
-    const CommandResult missing =
-        test::RunCommand({(copy / "vexa-render").string(), note, Path("a.wav"), "--compile"});
+    const CommandResult missing = test::RunCommand(
+        {(copy / "vexa-render").string(), note, Path("a.wav"), "--compile", "--function", "x*y"});
     EXPECT_EQ(missing.exitCode, 1);
     EXPECT_THAT(missing.text, HasSubstr("The template file \n" + copy.string()));
 
-    const CommandResult bare = test::RunCommand(
-        {"/usr/bin/env", "PATH=/none", kProgram, note, Path("a.wav"), "--compile"});
+    const CommandResult bare = test::RunCommand({"/usr/bin/env", "PATH=/none", kProgram, note,
+                                                 Path("a.wav"), "--compile", "--function", "x*y"});
     EXPECT_EQ(bare.exitCode, 1);
     EXPECT_THAT(bare.text, HasSubstr("gcc"));
     EXPECT_FALSE(fs::exists(Path("a.wav")));
@@ -453,7 +453,7 @@ TEST_F(RenderProgram, NeedsTemplateAndCompilerOnlyWhereItIsToCompile) {
     const CommandResult formula = test::RunCommand(
         {"/usr/bin/env", "PATH=/none", (copy / "vexa-render").string(), note, Path("a.wav")});
     EXPECT_EQ(formula.exitCode, 0) << formula.text;
-    EXPECT_EQ(Run({note, Path("b.wav"), "--compile"}).exitCode, 0);
+    EXPECT_EQ(Run({note, Path("b.wav"), "--compile", "--function", "x*y"}).exitCode, 0);
     EXPECT_TRUE(fs::exists(Path("b.wav")));
 }
 

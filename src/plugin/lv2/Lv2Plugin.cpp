@@ -1,5 +1,7 @@
 #include "plugin/HostedInstrument.h"
 #include "plugin/lv2/Ports.h"
+#include "plugin/lv2/WindowInterface.h"
+#include "plugin/window/Windows.h"
 #include "synth/Realtime.h"
 
 #include <algorithm>
@@ -67,6 +69,7 @@ class Plugin {
         patchProperty = id(LV2_PATCH__property);
         patchValue = id(LV2_PATCH__value);
         error = id(LV2_LOG__Error);
+        stateChanged = id(LV2_STATE__StateChanged);
         soundState = id(kSoundState);
         sampleState = id(kSampleState);
         for (std::size_t i = 0; i < std::size(kWritables); i++)
@@ -88,6 +91,12 @@ class Plugin {
     } catch (const std::exception& fault) {
         Tell(fault.what());
     }
+    int OpenWindow(char* fault, std::size_t room) {
+        const kits::Result<int> socket = windows.Open();
+        if (!socket)
+            std::snprintf(fault, room, "%s", socket.Fault().text.c_str());
+        return socket ? *socket : -1;
+    }
     LV2_State_Status Save(LV2_State_Store_Function store, LV2_State_Handle handle,
                           const LV2_State_Map_Path* paths, const LV2_State_Free_Path* freePath);
     LV2_State_Status Restore(LV2_State_Retrieve_Function retrieve, LV2_State_Handle handle,
@@ -101,6 +110,7 @@ class Plugin {
         while (!never.wait_for(lock, stop, kLook, [&] { return stop.stop_requested(); }))
             Work();
     }
+    void TellEdit(LV2_Atom_Sequence& out, uint32_t room) noexcept;
     void Take(const LV2_Atom_Object& message) noexcept;
     void Tell(const std::string& message) noexcept {
         if (message.empty())
@@ -118,8 +128,9 @@ class Plugin {
     ControlValues controls{};
     std::atomic<bool> lost{false};
     LV2_URID midiEvent, object, sequence, urid, path, string, patchSet, patchProperty, patchValue,
-        error, soundState, sampleState;
+        error, stateChanged, soundState, sampleState;
     std::array<LV2_URID, std::size(kWritables)> writables{};
+    Windows windows{instrument, [this](const std::string& line) { Tell(line); }};
     /// The last one, so that it ends before all else does.
     std::jthread worker;
 };
@@ -127,9 +138,11 @@ class Plugin {
 void Plugin::Run(uint32_t count) noexcept {
     const RealtimeSection realtime;
     if (auto* out = static_cast<LV2_Atom_Sequence*>(ports[kNotifications])) {
+        const uint32_t room = out->atom.size;
         out->atom.type = sequence;
         out->atom.size = sizeof(LV2_Atom_Sequence_Body);
         out->body = {};
+        TellEdit(*out, room);
     }
     if (auto* latency = static_cast<float*>(ports[kLatency]))
         *latency = static_cast<float>(instrument.Delay());
@@ -158,6 +171,16 @@ void Plugin::Run(uint32_t count) noexcept {
         }
     }
     renderTo(count);
+}
+
+/// The host is to know that its session has something to be saved.
+void Plugin::TellEdit(LV2_Atom_Sequence& out, uint32_t room) noexcept {
+    struct {
+        LV2_Atom_Event event;
+        LV2_Atom_Object_Body body;
+    } changed{{{0}, {sizeof changed.body, object}}, {0, stateChanged}};
+    if (room >= out.atom.size + sizeof changed && instrument.TakeEdited())
+        lv2_atom_sequence_append_event(&out, room, &changed.event);
 }
 
 void Plugin::Take(const LV2_Atom_Object& message) noexcept {
@@ -272,6 +295,11 @@ const void* Extension(const char* uri) {
             return LV2_WORKER_SUCCESS;
         },
         [](LV2_Handle, uint32_t, const void*) { return LV2_WORKER_SUCCESS; }, nullptr};
+    static const WindowInterface window{[](LV2_Handle handle, char* fault, std::size_t room) {
+        return Of(handle).OpenWindow(fault, room);
+    }};
+    if (std::strcmp(uri, kWindowInterface) == 0)
+        return &window;
     if (std::strcmp(uri, LV2_STATE__interface) == 0)
         return &state;
     return std::strcmp(uri, LV2_WORKER__interface) == 0 ? &worker : nullptr;

@@ -25,12 +25,22 @@ Embedding::Embedding(QWidget& widget, uint32 host) : widget(widget), host(host) 
         return;
     widget.winId();
     widget.windowHandle()->setParent(QWindow::fromWinId(host));
+    widget.windowHandle()->installEventFilter(this);
     widget.move(0, 0);
     const double scale = widget.devicePixelRatio();
     const std::uint32_t size[] = {static_cast<std::uint32_t>(widget.width() * scale),
                                   static_cast<std::uint32_t>(widget.height() * scale)};
     ::xcb_configure_window(server, host, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, size);
     ::xcb_flush(server);
+}
+
+bool Embedding::eventFilter(QObject*, QEvent* event) {
+    if (event->type() == QEvent::MouseButtonPress) {
+        ::xcb_set_input_focus(Server(), XCB_INPUT_FOCUS_PARENT,
+                              static_cast<xcb_window_t>(widget.winId()), XCB_CURRENT_TIME);
+        ::xcb_flush(Server());
+    }
+    return false;
 }
 
 void Embedding::Follow() {

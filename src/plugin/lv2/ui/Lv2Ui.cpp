@@ -22,8 +22,10 @@ namespace vexa::lv2 {
 
 namespace {
 
-/// Until the program has said how large it is: pixels.
-constexpr std::uint16_t kWidth = 936, kHeight = 550;
+/// Until the program has said how large it is: pixels, as many as it needs with the usual font.
+constexpr std::uint16_t kWidth = 968, kHeight = 541;
+/// The program's own, where the host gives more room than it takes.
+constexpr std::uint32_t kGrey = 0xCCCCCC;
 /// Of the letters in which this library itself writes: pixels, roughly.
 constexpr std::size_t kLetter = 6, kLine = 18, kMargin = 20;
 constexpr const char* kAgain = " Click here to open it again.";
@@ -75,10 +77,10 @@ class Ui {
   private:
     void MakeWindow() {
         window = ::xcb_generate_id(server);
-        const xcb_screen_t& screen = *::xcb_setup_roots_iterator(::xcb_get_setup(server)).data;
-        const std::uint32_t values[] = {screen.white_pixel, XCB_EVENT_MASK_EXPOSURE |
-                                                                XCB_EVENT_MASK_BUTTON_PRESS |
-                                                                XCB_EVENT_MASK_STRUCTURE_NOTIFY};
+        const std::uint32_t values[] = {kGrey,
+                                        XCB_EVENT_MASK_EXPOSURE | XCB_EVENT_MASK_BUTTON_PRESS |
+                                            XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_KEY_RELEASE |
+                                            XCB_EVENT_MASK_STRUCTURE_NOTIFY};
         ::xcb_create_window(server, XCB_COPY_FROM_PARENT, window, parent, 0, 0, kWidth, kHeight, 0,
                             XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
                             XCB_CW_BACK_PIXEL | XCB_CW_EVENT_MASK, values);
@@ -107,6 +109,10 @@ class Ui {
             if (!process.Runs())
                 Begin();
             return;
+        case XCB_KEY_PRESS:
+            return PassOn(event, XCB_EVENT_MASK_KEY_PRESS);
+        case XCB_KEY_RELEASE:
+            return PassOn(event, XCB_EVENT_MASK_KEY_RELEASE);
         case XCB_CONFIGURE_NOTIFY: {
             const auto& place = reinterpret_cast<const xcb_configure_notify_event_t&>(event);
             place.window == window ? TakeOwnSize(place) : TakeHostsSize(place);
@@ -115,6 +121,19 @@ class Ui {
         default:
             return;
         }
+    }
+
+    /// Where the toolkit of the host has the keyboard, the host sends the keys to this window.
+    void PassOn(const xcb_generic_event_t& event, std::uint32_t mask) {
+        const std::unique_ptr<xcb_query_tree_reply_t, decltype(&std::free)> tree(
+            ::xcb_query_tree_reply(server, ::xcb_query_tree(server, window), nullptr), &std::free);
+        if (!tree || ::xcb_query_tree_children_length(tree.get()) == 0)
+            return;
+        auto key = reinterpret_cast<const xcb_key_press_event_t&>(event);
+        key.event = *::xcb_query_tree_children(tree.get());
+        key.child = XCB_NONE;
+        ::xcb_send_event(server, 0, key.event, mask, reinterpret_cast<const char*>(&key));
+        ::xcb_flush(server);
     }
 
     /// The program has said how large it is, or the host how large it may be.

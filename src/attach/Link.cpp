@@ -65,7 +65,7 @@ void Link::Wait(std::chrono::milliseconds time) const {
 
 bool Link::IsDeserted() const {
     pollfd entry{descriptor, POLLRDHUP, 0};
-    return ::poll(&entry, 1, 0) > 0;
+    return !IsOpen() || ::poll(&entry, 1, 0) > 0;
 }
 
 void Link::Pump() {

@@ -248,6 +248,7 @@ TEST_F(WindowsOfAPlugin, NobodyWaitsForAWindowThatStandsStillAndThePluginsEndIsI
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
     EXPECT_TRUE(window.link.IsDeserted());
     EXPECT_FALSE(window.Read(Kind::Midi));
+    EXPECT_TRUE(window.link.IsDeserted());
     EXPECT_EQ(window.link.Fault(), "");
 }
 

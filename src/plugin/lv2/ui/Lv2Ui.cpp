@@ -15,7 +15,6 @@
 #include <lv2/log/log.h>
 #include <lv2/ui/ui.h>
 #include <unistd.h>
-// C's own keyword is a name in it.
 #include <xcb/xcb.h>
 
 namespace vexa::lv2 {
@@ -165,7 +164,9 @@ class Ui {
     void Draw() {
         const std::uint32_t font = ::xcb_generate_id(server), context = ::xcb_generate_id(server);
         ::xcb_open_font(server, font, 5, "fixed");
-        ::xcb_create_gc(server, context, window, XCB_GC_FONT, &font);
+        const std::uint32_t values[] = {0, kGrey, font};
+        ::xcb_create_gc(server, context, window,
+                        XCB_GC_FOREGROUND | XCB_GC_BACKGROUND | XCB_GC_FONT, values);
         const std::size_t columns = (std::max<std::size_t>(width, 200) - 2 * kMargin) / kLetter;
         std::size_t y = kMargin;
         for (std::string rest = text; !rest.empty(); y += kLine) {

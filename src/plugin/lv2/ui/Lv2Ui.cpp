@@ -156,12 +156,12 @@ class Ui {
         text = said;
         if (log)
             std::fprintf(stderr, "vexa: %s\n", said.c_str());
-        ::xcb_clear_area(server, 0, window, 0, 0, 0, 0);
         Draw();
     }
 
     /// The text, broken between words.
     void Draw() {
+        ::xcb_clear_area(server, 0, window, 0, 0, 0, 0);
         const std::uint32_t font = ::xcb_generate_id(server), context = ::xcb_generate_id(server);
         ::xcb_open_font(server, font, 5, "fixed");
         const std::uint32_t values[] = {0, kGrey, font};

@@ -21,6 +21,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 namespace {
@@ -70,9 +71,11 @@ class Window {
     /// The next moment for which that holds.
     attach::Moment See(const std::function<bool(const attach::Moment&)>& what) {
         attach::Moment moment{};
+        int count = 0;
         do
             moment = attach::ReadMoment(Read(Kind::Moment).value().body);
-        while (!what(moment));
+        while (!what(moment) && ++count < 200);
+        EXPECT_LT(count, 200);
         return moment;
     }
 
@@ -87,7 +90,7 @@ class WindowsOfAPlugin : public testing::Test {
         return lines;
     }
     void Await(const std::function<bool()>& what) {
-        for (int i = 0; i < 2000 && !what(); i++)
+        for (int i = 0; i < 1000 && !what(); i++)
             std::this_thread::sleep_for(Milliseconds(5));
         EXPECT_TRUE(what()) << Lines();
     }
@@ -103,11 +106,10 @@ class WindowsOfAPlugin : public testing::Test {
 };
 
 TEST_F(WindowsOfAPlugin, EditsAreHeardAndWhatPlaysIsSeenWhileTheAudioSideNeverWaits) {
-    std::atomic<bool> playing{true};
     std::atomic<float> peak{0};
     const test::RealtimeWatch watch;
-    std::jthread host([&] {
-        while (playing) {
+    std::jthread host([&](const std::stop_token& stop) {
+        while (!stop.stop_requested()) {
             peak = Play(instrument);
             std::this_thread::sleep_for(Milliseconds(2));
         }
@@ -169,7 +171,7 @@ TEST_F(WindowsOfAPlugin, EditsAreHeardAndWhatPlaysIsSeenWhileTheAudioSideNeverWa
     other.See([](const auto& m) {
         return std::ranges::all_of(m.voices, [](const auto& v) { return !v.active || v.released; });
     });
-    playing = false;
+    host.request_stop();
     host.join();
     EXPECT_EQ(watch.Faults(), 0);
     EXPECT_EQ(Lines(), "");
@@ -200,6 +202,8 @@ TEST_F(WindowsOfAPlugin, PeersThatAreNoWindowsAreToldWhyAndNothingChanges) {
     };
     for (const auto& [bytes, reason] : peers) {
         const int socket = *windows.Open();
+        const timeval patience{2, 0};
+        ::setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
         // The sound comes first, so that an edit of it is one.
         char header[16 + 12];
         EXPECT_EQ(::send(socket, hello.data(), bytes.starts_with(hello) ? 16 : 0, MSG_NOSIGNAL),
@@ -219,9 +223,10 @@ TEST_F(WindowsOfAPlugin, PeersThatAreNoWindowsAreToldWhyAndNothingChanges) {
             at += static_cast<std::size_t>(n);
         }
         ::shutdown(socket, SHUT_WR);
+        Await([&] { return Lines().find(reason) != std::string::npos; });
+        ::shutdown(socket, SHUT_RDWR);
         drain.join();
         ::close(socket);
-        Await([&] { return Lines().find(reason) != std::string::npos; });
         const std::lock_guard lock(mutex);
         lines.clear();
     }

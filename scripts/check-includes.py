@@ -39,10 +39,11 @@ ALLOWED = {
     "functions": ENGINE_KITS + ["synth", "formula"],
     "documents": ENGINE_KITS + ["synth", "midi", "audio", "formula", "functions", "xml"],
     "instrument": ENGINE_KITS + ["synth", "midi", "formula", "functions", "documents"],
+    "attach": ["kits/support", "synth"],
     "render": ENGINE_KITS + ENGINE,
-    "plugin": ENGINE_KITS + ENGINE,
+    "plugin": ENGINE_KITS + ENGINE + ["attach"],
     "views": ALL_KITS + ENGINE,
-    "app": ALL_KITS + ENGINE + ["views"],
+    "app": ALL_KITS + ENGINE + ["attach", "views"],
 }
 
 # Headers in angle brackets that every file may include.

@@ -42,6 +42,10 @@ struct AppOptions {
     std::optional<kits::AudioSystem> audio;
     /// The sound file to be written of what is heard.
     std::optional<std::filesystem::path> record;
+    /// The descriptor of a socket from a plug-in, whose sound the window shows.
+    std::optional<int> attach;
+    /// The X window that the window fills.
+    std::optional<uint32> into;
     /// The MIDI source to connect, by its name in --list.
     std::optional<std::string> midi;
 };

@@ -34,6 +34,9 @@ constexpr uint32 kSilenceCode = FourCC("SILE");
 /// A program change has come.
 constexpr uint32 kProgramCode = FourCC("PROG");
 
+/// The plug-in that the window is attached to may have news.
+constexpr uint32 kNewsCode = FourCC("NEWS");
+
 // Menus.
 
 /// Whether programs choose sounds from now on, the other way than before.

@@ -1,4 +1,5 @@
 // Function and sound documents into the main view, and out of it.
+#include "app/Attachment.h"
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
 #include "documents/DocumentKind.h"
@@ -177,14 +178,14 @@ void VexaView::LoadDefaultSound() {
 }
 
 void VexaView::SaveFunction(const std::string& name) {
-    instrument.FollowMacros();
+    FollowMacros();
     Save(name, "functions", [this](const std::filesystem::path& path) {
         return WriteFunction(path, ConstructFunction());
     });
 }
 
 void VexaView::SaveSound(const std::string& name) {
-    instrument.FollowMacros();
+    FollowMacros();
     const auto write = [this](const std::filesystem::path& path) {
         return WriteSound(path, ConstructSound());
     };
@@ -220,10 +221,7 @@ uint64 VexaView::Edits() const {
 bool VexaView::Changed() const {
     const uint64 edits = Edits();
     if (comparedAt != edits) {
-        Sound now = ConstructSound();
-        now.author = savedSound.author;
-        now.function.author = savedSound.function.author;
-        changed = now != savedSound;
+        changed = !AreAlike(ConstructSound(), savedSound);
         comparedAt = edits;
     }
     return changed;
@@ -243,7 +241,7 @@ std::string VexaView::SavingRemark() const {
 }
 
 bool VexaView::MayGiveUp(const std::function<void()>& then) {
-    instrument.FollowMacros();
+    FollowMacros();
     if (!Changed())
         return true;
     constexpr int32 kDiscard = 1;
@@ -263,7 +261,7 @@ bool VexaView::MayGiveUp(const std::function<void()>& then) {
 
 std::string VexaView::Caption() const {
     std::string caption = soundName + (Changed() ? " *" : "");
-    if (!graph->IsConnected())
+    if (graph && !graph->IsConnected())
         caption += caption.empty() ? "no sound" : "  (no audio device: no sound)";
     if (!programFault.empty())
         caption += "  (" + programFault + ")";

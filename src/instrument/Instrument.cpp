@@ -187,6 +187,57 @@ TextFault Instrument::Edit(const Parameter& row, const std::string& text) {
     return ApplyText(row, text, engine.parameters);
 }
 
+FunctionReport Instrument::Change(const Sound& from, const Sound& to) {
+    const FunctionReport report = ChangeFunction(from.function, to.function);
+    Function function = std::move(sound.function);
+    if (from.playing != to.playing) {
+        LoadRest(to);
+    } else {
+        for (std::size_t i = 0; i < Parameters().size(); i++) {
+            if (from.texts[i] != to.texts[i])
+                ApplyText(Parameters()[i], to.texts[i], engine.parameters);
+        }
+        if (from.envelopes != to.envelopes)
+            ApplyEnvelopes(to, engine.parameters);
+        sound = to;
+    }
+    Adopt(function);
+    return report;
+}
+
+/// All of the function, and State says it.
+FunctionReport Instrument::ChangeFunction(const Function& from, const Function& to) {
+    FunctionReport report;
+    Function next = to;
+    const bool isSample = to.kind == FunctionKind::Sample;
+    if (from.kind != to.kind ||
+        (isSample ? from.sampleFile != to.sampleFile : from.expression != to.expression)) {
+        report = SetFunction(to);
+        const bool failed = !report.alerts.empty();
+        if (failed && isSample)
+            Silence();
+        if (failed && !isSample) {
+            next.kind = sound.function.kind;
+            next.expression = sound.function.expression;
+        }
+    } else {
+        // An expression may have been left out before, and a sample have another name here.
+        next.kind = sound.function.kind;
+        next.expression = sound.function.expression;
+        next.sampleFile = sound.function.sampleFile;
+        if (from.frequency != to.frequency)
+            SetSampleFrequency(to.frequency);
+    }
+    for (std::size_t i = 0; i < kMacros; i++) {
+        if (from.macros[i].value != to.macros[i].value)
+            EditMacroValue(i, to.macros[i].value);
+        if (from.macros[i].controller != to.macros[i].controller)
+            EditMacroController(i, to.macros[i].controller);
+    }
+    Adopt(next);
+    return report;
+}
+
 void Instrument::SetMacros(const Function& function) {
     ApplyMacros(function, saidMacros);
     for (std::size_t i = 0; i < kMacros; i++)

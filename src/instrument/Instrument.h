@@ -102,6 +102,12 @@ class Instrument {
     /// A coefficient's text, by the rules of ApplyText; the sound is the user's own from then on.
     TextFault Edit(const Parameter& row, const std::string& text);
 
+    /// Does to the present sound what a person has done to `from` to make `to` of it: what is the
+    /// same in both is left alone, so that what plays goes on. An expression that cannot be
+    /// installed is left out; a sample that cannot be is silent, and State says which it was.
+    /// Reports as SetFunction.
+    FunctionReport Change(const Sound& from, const Sound& to);
+
     /// A macro's value, by the rules of ApplyMacroValue, or its controller, by those of
     /// ApplyMacroController; the function is the user's own from then on. Where there is a fault
     /// the sound has the text all the same, and the macro stays as it was.
@@ -126,6 +132,7 @@ class Instrument {
 
   private:
     void LimitVoices(int32 limit);
+    FunctionReport ChangeFunction(const Function& from, const Function& to);
     FunctionReport InstallExpression(const std::string& expression);
     FunctionReport Follow(const std::string& expression);
     FunctionReport InstallSample(const Function& function);

@@ -127,6 +127,7 @@ void HostedInstrument::Midi(std::span<const uint8> message) noexcept {
 }
 
 void HostedInstrument::Render(float* left, float* right, std::size_t count) noexcept {
+    PlayPosted();
     oversampler.Render(left, right, count);
 }
 

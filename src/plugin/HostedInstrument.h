@@ -8,6 +8,8 @@
 #include "synth/Oversampler.h"
 #include "tuning/TuningChoice.h"
 
+#include <array>
+#include <atomic>
 #include <mutex>
 #include <optional>
 #include <span>
@@ -80,11 +82,32 @@ class HostedInstrument {
     /// plays, and TunedBy still says which they were. Returns as Work.
     std::string RestoreTuning(const TuningChoice& choice);
 
+    // For windows, each of which shows the sound and edits it (window/Windows.h). Of the other side
+    // too.
+
+    /// The sound, and a number that tells it from those before.
+    struct Shown {
+        Sound sound;
+        uint64 changes = 0;
+    };
+    /// Nothing where it is still the one of that number.
+    std::optional<Shown> ShownSince(uint64 changes);
+    /// As Instrument::Change, from what a window was shown. Nothing, and nothing happens, where the
+    /// sound has become another one since.
+    std::optional<Shown> Edit(const Shown& before, const Sound& next);
+    /// A message that takes effect with the next samples; one for which there is no room is lost.
+    void PostMidi(const std::array<uint8, 3>& message);
+    /// What plays. Any thread may read what any thread may read of it.
+    const SoundRecords& Records() const { return instrument.Playing(); }
+    /// Whether a window has edited the sound since the last call. Audio side.
+    bool TakeEdited() noexcept { return edited.exchange(false); }
+
   private:
     std::string Do(Request request, const std::string& text);
     std::string Tune(const TuningChoice& choice, bool anyway);
     std::string Install(Sound next, const std::string& sample, bool& taken);
     std::optional<std::string> SampleFileNow() const;
+    void PlayPosted() noexcept;
 
     const kits::ProgramFolders folders;
     SoundsSay said;
@@ -93,6 +116,10 @@ class HostedInstrument {
     Oversampler oversampler{instrument.Playing().renderer, DecimationFilter::kWhole};
     std::mutex documents;
     kits::Ring<char> requests{2 * kMostText};
+    /// What windows play, and who may write it.
+    kits::Ring<std::array<uint8, 3>> posted{256};
+    std::mutex posting;
+    std::atomic<bool> edited{false};
     std::string soundFile;
     TuningChoice tunedBy;
     /// By that, as far as it could be read.

@@ -25,7 +25,7 @@ constexpr std::size_t kVolume = 0, kOversample = 10;
 /// A sound that is heard, with that function.
 Sound WithFormula(const std::string& expression) {
     ReadReport report;
-    Sound sound = *ReadSound(VEXA_SOURCE_FOLDER "/data/sounds/default.xml", report);
+    Sound sound = *ReadSound(VEXA_SOURCE_FOLDER "/benchmarks/twin-hills.xml", report);
     sound.function.kind = FunctionKind::Expression;
     sound.function.expression = expression;
     return sound;
@@ -112,7 +112,7 @@ std::vector<float> Rendered(const test::TemporaryFolder& folder, const std::stri
 /// The same of an instance that plays it in blocks of all sizes.
 std::vector<float> Played(Lv2Host& host) {
     constexpr std::array<uint32_t, 6> blocks{1, 0, 511, 64, 8192, 37};
-    host.Run(0);
+    host.Run(512);
     const auto frames =
         static_cast<uint32_t>(host.rate * kTuneMilliseconds / 1000 + double(host.latency));
     std::vector<float> ears;
@@ -383,7 +383,7 @@ TEST_F(Lv2, WhatIsSetIsHeardToldAndKept) {
         const std::string sound = VEXA_SOURCE_FOLDER "/data/sounds/voice.xml";
         host.Set("sound", sound);
         ASSERT_TRUE(host.RunUntil([&] { return host.told["sound"] == sound; }));
-        EXPECT_THAT(host.told["sample"], testing::EndsWith("vexa.lv2/samples/voice.wav"));
+        EXPECT_THAT(host.told["sample"], testing::EndsWith("vexa.lv2/samples/vowel.wav"));
         EXPECT_EQ(host.told["formula"], "");
         host.told.clear();
         host.Patch(LV2_PATCH__Get, [](LV2_Atom_Forge& f) {

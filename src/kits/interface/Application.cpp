@@ -33,6 +33,8 @@ namespace {
 /// How often the event loop looks whether a signal has come.
 constexpr int kSignalInterval = 100;
 
+constexpr const char* kXPlatform = "xcb";
+
 std::string Environment(const char* name) {
     const char* value = std::getenv(name);
     return value ? value : "";
@@ -70,12 +72,16 @@ Result<void> FindDisplay() {
     if (platform == "offscreen" || platform == "minimal")
         return {};
     const std::string display = Environment("DISPLAY");
-    if (WaylandAnswers() || (!display.empty() && XAnswers()))
+    if ((platform != kXPlatform && WaylandAnswers()) || (!display.empty() && XAnswers()))
         return {};
     if (display.empty() && Environment("WAYLAND_DISPLAY").empty())
         return Error{"there is no display (neither DISPLAY nor WAYLAND_DISPLAY is set)"};
     return Error{"the display does not answer (DISPLAY=" + display +
                  ", WAYLAND_DISPLAY=" + Environment("WAYLAND_DISPLAY") + ")"};
+}
+
+void ChooseXServer() {
+    ::setenv("QT_QPA_PLATFORM", kXPlatform, 1);
 }
 
 /// Says what has left an event or a message as an exception, instead of ending the program: what

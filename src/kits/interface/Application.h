@@ -13,6 +13,10 @@ class Toolkit;
 /// application is made, which without one cannot go on. Main thread.
 Result<void> FindDisplay();
 
+/// Windows are to be those of the X server, even where there is another display. To be said before
+/// FindDisplay.
+void ChooseXServer();
+
 } // namespace kits
 
 /// There is one; the thread that makes it is the window thread.

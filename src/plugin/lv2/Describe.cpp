@@ -1,4 +1,5 @@
-// vexa-lv2-describe BUNDLE SOUND...: writes what hosts read of the plug-in, and a preset per sound.
+// vexa-lv2-describe [--ui] BUNDLE SOUND...: writes what hosts read of the plug-in, of its user
+// interface where there is one, and a preset per sound.
 #include "documents/SoundDocument.h"
 #include "plugin/lv2/Ports.h"
 
@@ -10,6 +11,7 @@
 #include <map>
 #include <sstream>
 #include <string>
+#include <string_view>
 
 using namespace vexa;
 
@@ -27,6 +29,7 @@ constexpr const char* kPrefixes = R"(@prefix atom: <http://lv2plug.in/ns/ext/ato
 @prefix rsz: <http://lv2plug.in/ns/ext/resize-port#> .
 @prefix state: <http://lv2plug.in/ns/ext/state#> .
 @prefix units: <http://lv2plug.in/ns/extensions/units#> .
+@prefix ui: <http://lv2plug.in/ns/extensions/ui#> .
 @prefix urid: <http://lv2plug.in/ns/ext/urid#> .
 @prefix work: <http://lv2plug.in/ns/ext/worker#> .
 @prefix log: <http://lv2plug.in/ns/ext/log#> .
@@ -157,11 +160,26 @@ void WritePlugin(std::ostream& out) {
     out << " .\n";
 }
 
+/// It can do nothing for a plug-in in another process.
+constexpr const char* kUi = R"( a ui:X11UI ;
+  lv2:binary <vexa-ui.so> ;
+  lv2:requiredFeature <http://lv2plug.in/ns/ext/instance-access> ,
+    <http://lv2plug.in/ns/ext/data-access> , ui:parent , ui:idleInterface ;
+  lv2:optionalFeature ui:resize , log:log ;
+  lv2:extensionData ui:idleInterface .
+
+)";
+
 } // namespace
 
 int main(int argc, char** argv) {
+    const bool hasUi = argc > 1 && std::string_view(argv[1]) == "--ui";
+    if (hasUi) {
+        argc--;
+        argv++;
+    }
     if (argc < 2) {
-        std::fprintf(stderr, "usage: vexa-lv2-describe BUNDLE SOUND...\n");
+        std::fprintf(stderr, "usage: vexa-lv2-describe [--ui] BUNDLE SOUND...\n");
         return 2;
     }
     const std::filesystem::path bundle = argv[1];
@@ -171,6 +189,9 @@ int main(int argc, char** argv) {
     WritePlugin(plugin);
     manifest << kPrefixes << "<" << lv2::kUri
              << ">\n  a lv2:Plugin ;\n  lv2:binary <vexa.so> ;\n  rdfs:seeAlso <vexa.ttl> .\n\n";
+    if (hasUi)
+        manifest << "<" << lv2::kUri << "> ui:ui <" << lv2::kUiUri << "> .\n\n<" << lv2::kUiUri
+                 << ">\n " << kUi;
     presets << kPrefixes;
     for (int i = 2; i < argc; i++) {
         ReadReport report;

@@ -1,5 +1,6 @@
 // The entry that LV2 hosts look for, and the extensions behind it.
 #include "plugin/lv2/Plugin.h"
+#include "plugin/lv2/WindowInterface.h"
 
 #include <cmath>
 #include <cstdio>
@@ -67,6 +68,11 @@ const void* Extension(const char* uri) {
             return LV2_WORKER_SUCCESS;
         },
         [](LV2_Handle, uint32_t, const void*) { return LV2_WORKER_SUCCESS; }, nullptr};
+    static const WindowInterface window{[](LV2_Handle handle, char* fault, std::size_t room) {
+        return Of(handle).OpenWindow(fault, room);
+    }};
+    if (std::strcmp(uri, kWindowInterface) == 0)
+        return &window;
     if (std::strcmp(uri, LV2_STATE__interface) == 0)
         return &state;
     return std::strcmp(uri, LV2_WORKER__interface) == 0 ? &worker : nullptr;

@@ -41,7 +41,11 @@ Plugin::Plugin(double rate, const char* bundle, LV2_URID_Map& map, LV2_Log_Log* 
       urids(map),
       instrument(HostedFolders(bundle), rate),
       log(log),
-      schedule(schedule) {
+      schedule(schedule),
+      windows(instrument, [this](const std::string& line) {
+          const std::lock_guard lock(working);
+          Tell(line);
+      }) {
     controls.fill(std::numeric_limits<float>::quiet_NaN());
     for (std::size_t i = 0; i < kRequests; i++)
         told[i] = instrument.Text(static_cast<Request>(i));
@@ -56,8 +60,6 @@ void Plugin::Connect(uint32_t port, void* data) {
 
 void Plugin::Run(uint32_t count) noexcept {
     const RealtimeSection realtime;
-    if (auto* latency = Port<float>(kLatency))
-        *latency = static_cast<float>(instrument.Delay());
     for (std::size_t i = 0; i < kControls; i++) {
         if (const auto* port = Port<const float>(kFirstControl + static_cast<uint32_t>(i)))
             controls[i] = *port;
@@ -86,9 +88,34 @@ void Plugin::Run(uint32_t count) noexcept {
         }
     }
     renderTo(count);
+    // A sound that has been loaded may be computed at another rate.
+    if (auto* latency = Port<float>(kLatency))
+        *latency = static_cast<float>(instrument.Delay());
     // The last thing, as a host may have both sequences in one place.
-    if (auto* out = Port<LV2_Atom_Sequence>(kNotifications))
+    if (auto* out = Port<LV2_Atom_Sequence>(kNotifications)) {
+        const uint32_t room = out->atom.size;
         news.Write(*out);
+        TellEdit(*out, room);
+    }
+}
+
+int Plugin::OpenWindow(char* fault, std::size_t room) {
+    const kits::Result<int> socket = windows.Open();
+    if (!socket)
+        std::snprintf(fault, room, "%s", socket.Fault().text.c_str());
+    return socket ? *socket : -1;
+}
+
+/// The host is to know that its session has something to be saved, and what its parameters are now.
+void Plugin::TellEdit(LV2_Atom_Sequence& out, uint32_t room) noexcept {
+    struct {
+        LV2_Atom_Event event;
+        LV2_Atom_Object_Body body;
+    } changed{{{0}, {sizeof changed.body, urids.object}}, {0, urids.stateChanged}};
+    if (room < out.atom.size + sizeof changed || !instrument.TakeEdited())
+        return;
+    lv2_atom_sequence_append_event(&out, room, &changed.event);
+    Wake();
 }
 
 void Plugin::Take(const LV2_Atom_Object& message) noexcept {

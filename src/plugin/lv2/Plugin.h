@@ -4,6 +4,7 @@
 #include "plugin/HostedInstrument.h"
 #include "plugin/WakingThread.h"
 #include "plugin/lv2/News.h"
+#include "plugin/window/Windows.h"
 
 #include <array>
 #include <atomic>
@@ -29,6 +30,8 @@ class Plugin {
     void Run(uint32_t count) noexcept;
     /// What the worker does.
     void Work() noexcept;
+    /// As WindowInterface::open.
+    int OpenWindow(char* fault, std::size_t room);
 
     LV2_State_Status Save(LV2_State_Store_Function store, LV2_State_Handle handle,
                           const LV2_State_Map_Path* paths, const LV2_State_Free_Path* freePath);
@@ -41,6 +44,7 @@ class Plugin {
         return static_cast<Type*>(ports[port]);
     }
     void Take(const LV2_Atom_Object& message) noexcept;
+    void TellEdit(LV2_Atom_Sequence& out, uint32_t room) noexcept;
     bool Post(std::size_t property, const LV2_Atom& value) noexcept;
     void Wake() noexcept;
     void Tell(const std::string& text);
@@ -64,6 +68,7 @@ class Plugin {
     std::mutex working;
     std::array<std::string, std::size(kProperties)> told;
     std::string message;
+    Windows windows;
     /// The last one, so that it ends before all else does.
     std::optional<WakingThread> thread;
 };

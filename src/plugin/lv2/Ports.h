@@ -11,6 +11,7 @@ namespace vexa::lv2 {
 #define VEXA_LV2_URI "urn:vexa:instrument"
 
 constexpr const char* kUri = VEXA_LV2_URI;
+constexpr const char* kUiUri = VEXA_LV2_URI "#ui";
 /// What the state holds besides the tuning's parameters: the sound document, and where the host has
 /// put its sample.
 constexpr const char* kSoundState = VEXA_LV2_URI "#document";

@@ -10,6 +10,7 @@
 #include <lv2/log/log.h>
 #include <lv2/midi/midi.h>
 #include <lv2/patch/patch.h>
+#include <lv2/state/state.h>
 #include <lv2/urid/urid.h>
 
 namespace vexa::lv2 {
@@ -33,6 +34,7 @@ struct Urids {
     LV2_URID property = Of(LV2_PATCH__property);
     LV2_URID value = Of(LV2_PATCH__value);
     LV2_URID error = Of(LV2_LOG__Error);
+    LV2_URID stateChanged = Of(LV2_STATE__StateChanged);
     LV2_URID soundState = Of(kSoundState);
     LV2_URID sampleState = Of(kSampleState);
     /// In the order of kProperties.

@@ -307,7 +307,7 @@ TEST_F(ClapPlugin, EightInstancesPlayWhatVexaRenderPlays) {
     std::vector<std::unique_ptr<ClapHost>> hosts;
     for (int i = 0; i < 8; i++) {
         ReadReport report;
-        Sound sound = *ReadSound(VEXA_SOURCE_FOLDER "/data/sounds/default.xml", report);
+        Sound sound = *ReadSound(VEXA_SOURCE_FOLDER "/benchmarks/twin-hills.xml", report);
         sound.function.kind = i % 2 ? FunctionKind::Sample : FunctionKind::Expression;
         sound.function.expression = "sin(x*" + std::to_string(i + 1) + ")*cos(y)";
         // Both find it beside themselves.

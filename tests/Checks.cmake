@@ -12,7 +12,8 @@ find_program(CLANG_FORMAT clang-format REQUIRED)
 file(GLOB_RECURSE formatted CONFIGURE_DEPENDS
     ${CMAKE_SOURCE_DIR}/src/*.h ${CMAKE_SOURCE_DIR}/src/*.cpp
     ${CMAKE_SOURCE_DIR}/tests/*.h ${CMAKE_SOURCE_DIR}/tests/*.cpp
-    ${CMAKE_SOURCE_DIR}/benchmarks/*.h ${CMAKE_SOURCE_DIR}/benchmarks/*.cpp)
+    ${CMAKE_SOURCE_DIR}/benchmarks/*.h ${CMAKE_SOURCE_DIR}/benchmarks/*.cpp
+    ${CMAKE_SOURCE_DIR}/packaging/*.cpp)
 add_test(NAME format COMMAND ${CLANG_FORMAT} --dry-run -Werror ${formatted})
 
 # The demo tune in the tree is the one that its script writes.
@@ -25,6 +26,11 @@ add_test(NAME shipped_content_list
     COMMAND ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/scripts/shipped-content.py list --check)
 add_test(NAME shipped_content
     COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/shipped_content_test.py)
+
+# What desktops and shells are told of the programs.
+if(TARGET pages)
+    add_test(NAME desktop COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/desktop_test.py ${CMAKE_BINARY_DIR})
+endif()
 
 # A render is the same bytes with every instruction set, and calls nothing of which machines have their own idea.
 # scripts/check-arm64 compares with another machine.

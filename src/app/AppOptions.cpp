@@ -1,7 +1,6 @@
 #include "app/AppOptions.h"
 
 #include "instrument/PlayingOptions.h"
-#include "kits/application/CommandLine.h"
 
 namespace vexa {
 
@@ -72,6 +71,10 @@ kits::Result<AppOptions> ParseAppOptions(std::span<const std::string> arguments)
     if (options.file && options.noWindow)
         return kits::Error{"without a window a file is given as --sound " + operands->front()};
     return options;
+}
+
+std::vector<kits::OptionText> AppOptionTexts() {
+    return {Rows().begin(), Rows().end()};
 }
 
 std::string AppHelpText() {

@@ -1,7 +1,6 @@
 #include "render/Options.h"
 
 #include "instrument/PlayingOptions.h"
-#include "kits/application/CommandLine.h"
 
 namespace vexa {
 
@@ -95,6 +94,10 @@ kits::Result<Options> ParseOptions(std::span<const std::string> arguments) {
     if (!operands)
         return operands.Fault();
     return Checked(std::move(options), *operands);
+}
+
+std::vector<kits::OptionText> OptionTexts() {
+    return {Rows().begin(), Rows().end()};
 }
 
 std::string HelpText() {

@@ -18,7 +18,8 @@ Result<void> FindDisplay();
 /// There is one; the thread that makes it is the window thread.
 class BApplication : public BLooper {
   public:
-    /// The signature is the application's MIME type, "application/x-vnd.<vendor>-<name>".
+    /// The signature is the application's MIME type, "application/x-vnd.<vendor>-<name>"; its
+    /// entry in the desktop's menu is org.<vendor>.<name>.
     explicit BApplication(const char* signature);
     /// Windows that are still open go.
     ~BApplication() override;

@@ -27,7 +27,7 @@ std::unique_ptr<BBitmap> Read(const std::filesystem::path& path) {
 } // namespace
 
 BBitmap* BTranslationUtils::GetBitmap(const char* name) {
-    const std::filesystem::path path = kits::ProgramFile().parent_path() / name;
+    const std::filesystem::path path = kits::ContentFolder() / name;
     std::unique_ptr<BBitmap> bitmap = Read(path);
     if (!bitmap)
         return nullptr;

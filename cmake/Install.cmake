@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Where an installation puts everything: the programs, what they look for, and what desktops and shells do.
 
 set(programs vexa-render)

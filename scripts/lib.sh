@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Shell functions that ./run, ./test and what these call share. To be sourced with `root` set to the
 # tree's folder.
 # shellcheck shell=bash disable=SC2154

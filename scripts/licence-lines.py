@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Sees that every source says its licence in its first lines.
 
   licence-lines.py        names the sources that do not, and exits with 1 if there are any

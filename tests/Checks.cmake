@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Checks of the tree itself, which run with the tests.
 
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
@@ -15,6 +16,9 @@ file(GLOB_RECURSE formatted CONFIGURE_DEPENDS
     ${CMAKE_SOURCE_DIR}/benchmarks/*.h ${CMAKE_SOURCE_DIR}/benchmarks/*.cpp
     ${CMAKE_SOURCE_DIR}/packaging/*.cpp)
 add_test(NAME format COMMAND ${CLANG_FORMAT} --dry-run -Werror ${formatted})
+
+# Every source says its licence.
+add_test(NAME licence COMMAND ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/scripts/licence-lines.py)
 
 # The demo tune in the tree is the one that its script writes.
 add_test(NAME demo_tune COMMAND sh -c

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """What a desktop and a shell get to know of the programs is true: desktop_test.py BUILD, the build folder."""
 
 import os

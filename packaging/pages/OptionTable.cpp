@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Prints the options of both programs, for make-pages.py: a line per option, with tabs between the
 // program, the option's name, what stands for its value, what that may be, and what it does.
 #include "app/AppOptions.h"

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Makes man pages and completions of the tables of options.
 
 make-pages.py TABLE VERSION CONTENT FOLDER: TABLE is what OptionTable.cpp prints, CONTENT the folder of the content that is

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What each message of the main view does.
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"

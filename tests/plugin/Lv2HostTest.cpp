@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A small host over lilv, and what it sees of the plug-in.
 #include "documents/SoundDocument.h"
 #include "instrument/Instrument.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // vexa-render as a user runs it.
 #include "kits/support/SupportDefs.h"
 #include "support/Command.h"

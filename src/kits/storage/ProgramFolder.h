@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Where the program finds what lies beside it, and where it keeps what a person makes.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/translation/TranslationUtils.h"
 
 #include "kits/storage/ProgramFolder.h"

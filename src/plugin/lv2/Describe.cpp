@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // vexa-lv2-describe BUNDLE SOUND...: writes what hosts read of the plug-in, and a preset per sound.
 #include "documents/SoundDocument.h"
 #include "plugin/lv2/Ports.h"

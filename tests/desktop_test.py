@@ -10,6 +10,8 @@ import sys
 import tempfile
 import unittest
 
+import yaml
+
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 BUILD = pathlib.Path(sys.argv.pop(1))
 DESKTOP = ROOT / "data/desktop"
@@ -76,6 +78,21 @@ class Desktop(unittest.TestCase):
         self.assertRegex(told, r"^\s*✔ Validation was successful")
         version = output(BUILD / "bin/vexa", "--version").split()[1]
         self.assertIn(f'<release version="{version}"', about.read_text("utf-8"))
+
+    def test_the_flatpak_is_of_this_tree(self):
+        path = ROOT / "packaging/flatpak/org.orvo.Vexa.yml"
+        manifest = yaml.safe_load(path.read_text("utf-8"))
+        entry = (DESKTOP / f"{manifest['id']}.desktop").read_text("utf-8")
+        self.assertIn(f"Exec={manifest['command']} ", entry)
+        for module in manifest["modules"]:
+            for source in module["sources"]:
+                pinned = {"archive": "sha256", "git": "tag", "dir": "path"}[source["type"]]
+                self.assertIn(pinned, source, module["name"])
+        vexa = manifest["modules"][-1]
+        self.assertTrue((path.parent / vexa["sources"][0]["path"] / "CMakeLists.txt").samefile(ROOT / "CMakeLists.txt"))
+        options = (ROOT / "CMakeLists.txt").read_text("utf-8")
+        for name in re.findall(r"-D(VEXA_\w+)=", " ".join(vexa["config-opts"])):
+            self.assertIn(f"option({name} ", options)
 
     def test_content_decides_which_xml_is_ours(self):
         own = (DESKTOP / "org.orvo.Vexa.xml").read_text("utf-8")

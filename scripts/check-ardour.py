@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Has Ardour, without a window or a device, keep and export a session with the LV2 plug-in.
 
 check-ardour.py [BUILD]: build/release if not given; the Debian package ardour must be installed. A

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Checks who includes whom: check-includes.py [--self-test] [SOURCE_FOLDER]
 
 Below src/ a folder uses what the table allows and nothing else, a quoted include names a file that

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Compares the whole vexa-render with Csound's opcode wterrain on the same 20 notes of 60 seconds.
 
 compare-csound.py [VEXA-RENDER]: build/release/bin/vexa-render if not given; csound must be

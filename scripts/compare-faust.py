@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Compares the whole vexa-render with the same voices written in Faust: 20 notes of 60 seconds.
 
 compare-faust.py [VEXA-RENDER]: build/release/bin/vexa-render if not given; faust must be installed.

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Plays every preset of the LV2 plug-in in jalv, twice, and compares with vexa-render.
 
 compare-jalv.py [BUILD]: build/release if not given. jalv and a client of JACK run under a server of

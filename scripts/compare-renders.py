@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Checks that vexa-render writes the same bytes with every instruction set.
 
 compare-renders.py VEXA-RENDER [OTHER...]: all instruction sets of this machine, one after the other,

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Compares the processor time of Vexa with that of other LV2 synths, all in jalv.
 
 compare-synths.py [BUILD]: build/release if not given; the Debian packages synthv1-lv2 and

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """LV2 plug-ins played and recorded in jalv, under a JACK server of our own without a device."""
 import contextlib
 import os

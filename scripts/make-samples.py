@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Writes the samples that come with the program: make-samples.py FOLDER
 
 pluck.wav is a plucked string, voice.wav a sung vowel that moves from "ah" to "ee"; harp.wav is a string

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Measures how far the aliases of the shipped sounds are down.
 
 measure-aliases.py [PROGRAM-FOLDER]: build/release/bin if not given. Each sound plays keys 96

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """What can be measured of samples: loudness, spectra, changes, clicks, pitch.
 
 Samples are rows of the channels, at RATE.

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The build copies shipped content, and nothing of a person's is lost by it.
 
 Builds the folder data/ of a small tree of its own, with the rules and scripts of this one.

@@ -1,7 +1,7 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppOptions.h"
 
 #include "instrument/PlayingOptions.h"
-#include "kits/application/CommandLine.h"
 
 namespace vexa {
 
@@ -85,6 +85,10 @@ kits::Result<AppOptions> ParseAppOptions(std::span<const std::string> arguments)
     if (options.into && !options.attach)
         return kits::Error{"--into goes with --attach"};
     return options;
+}
+
+std::vector<kits::OptionText> AppOptionTexts() {
+    return {Rows().begin(), Rows().end()};
 }
 
 std::string AppHelpText() {

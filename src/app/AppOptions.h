@@ -1,7 +1,9 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The command line of vexa.
 #pragma once
 
 #include "documents/Sound.h"
+#include "kits/application/CommandLine.h"
 #include "kits/media/AudioSystem.h"
 #include "kits/support/Result.h"
 #include "tuning/TuningChoice.h"
@@ -10,6 +12,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace vexa {
 
@@ -59,6 +62,9 @@ constexpr int kAppUsageExitCode = 2;
 /// Reads the arguments after the program's name. The error names the option and what it allows. Not
 /// to be called by two threads at once.
 kits::Result<AppOptions> ParseAppOptions(std::span<const std::string> arguments);
+
+/// The table of options, of which the help is made, and the pages in packaging/pages.
+std::vector<kits::OptionText> AppOptionTexts();
 
 /// What --help and --version print, with a newline at the end.
 std::string AppHelpText();

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The window's end of the connection to an instrument that plays in a plug-in.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The messages of the main view's controls. Those of the coefficients stand in Parameters().
 #pragma once
 

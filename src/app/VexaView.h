@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The main view: every control of the window, and what each does.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The main view of an instrument that plays in a plug-in.
 #include "app/Attachment.h"
 #include "app/MessageCodes.h"

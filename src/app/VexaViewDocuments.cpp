@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Function and sound documents into the main view, and out of it.
 #include "app/Attachment.h"
 #include "app/MessageCodes.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What each message of the main view does.
 #include "app/Attachment.h"
 #include "app/MessageCodes.h"

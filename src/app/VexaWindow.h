@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The main window: the logo bar, the main view and the macros.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // One end of the connection between an instrument in a plug-in and its window.
 #pragma once
 

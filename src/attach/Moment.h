@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What a window sees of the notes that an instrument plays elsewhere.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // One whole instrument: what it plays, and what it plays with.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "instrument/PlaneFollower.h"
 
 #include "instrument/ShownFunction.h"

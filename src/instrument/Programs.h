@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Sounds by number, as program changes choose them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the hands hold on one MIDI channel.
 #pragma once
 

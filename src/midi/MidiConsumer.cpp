@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "midi/MidiConsumer.h"
 
 #include "kits/application/AppFileInfo.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Notes in: turns MIDI events into changes of the voice and controller tables.
 #pragma once
 

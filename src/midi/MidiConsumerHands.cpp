@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Wheel, pedals, pressure and controllers: what a player's hands and feet do besides striking keys.
 #include "midi/MidiConsumer.h"
 

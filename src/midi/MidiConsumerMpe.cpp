@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Notes that have channels of their own.
 #include "midi/MidiConsumer.h"
 

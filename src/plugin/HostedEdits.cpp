@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What windows do to the instrument.
 #include "plugin/HostedInstrument.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // An instrument inside somebody else's process, whatever the kind of plug-in.
 #pragma once
 

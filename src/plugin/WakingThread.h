@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Work for a plug-in whose host lends no thread for it.
 #pragma once
 

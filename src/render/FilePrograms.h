@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Program changes of a MIDI file, which choose sounds.
 #pragma once
 

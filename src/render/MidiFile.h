@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Standard MIDI Files: their notes and controllers, each with its moment.
 #pragma once
 

@@ -1,7 +1,7 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "render/Options.h"
 
 #include "instrument/PlayingOptions.h"
-#include "kits/application/CommandLine.h"
 
 namespace vexa {
 
@@ -97,6 +97,10 @@ kits::Result<Options> ParseOptions(std::span<const std::string> arguments) {
     if (!operands)
         return operands.Fault();
     return Checked(std::move(options), *operands);
+}
+
+std::vector<kits::OptionText> OptionTexts() {
+    return {Rows().begin(), Rows().end()};
 }
 
 std::string HelpText() {

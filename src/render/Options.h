@@ -1,7 +1,9 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The command line of vexa-render.
 #pragma once
 
 #include "documents/Sound.h"
+#include "kits/application/CommandLine.h"
 #include "kits/support/Result.h"
 #include "synth/Macros.h"
 #include "synth/VoiceRenderer.h"
@@ -12,6 +14,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace vexa {
 
@@ -72,6 +75,9 @@ constexpr int kUsageExitCode = 2;
 /// Reads the arguments after the program's name; the locale has no say in how numbers are read. The
 /// error names the option and what it allows. Not to be called by two threads at once.
 kits::Result<Options> ParseOptions(std::span<const std::string> arguments);
+
+/// The table of options, of which the help is made, and the pages in packaging/pages.
+std::vector<kits::OptionText> OptionTexts();
 
 /// What --help and --version print, with a newline at the end.
 std::string HelpText();

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A MIDI file played on an instrument, sample by sample.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The four numbers of a sound that its formula calls a, b, c and d.
 #pragma once
 

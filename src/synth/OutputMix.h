@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // From the voices' points to their sum: low-cut filters, volumes of channels, and fading ends.
 #pragma once
 

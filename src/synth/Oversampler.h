@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Frames at one rate of a renderer that runs at a multiple of it.
 #pragma once
 

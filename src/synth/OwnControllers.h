@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Controllers of which a note may have values of its own.
 #pragma once
 

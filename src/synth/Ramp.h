@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Values that go to where they are wanted in a straight line instead of stepping.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What surrounds code that runs in the media thread.
 #pragma once
 

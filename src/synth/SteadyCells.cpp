@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Several cells at once, where nothing but the envelopes and the points moves: what is decided once
 // per voice and block is then decided once for all of them. Every sample is the same as it is in
 // blocks.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The sounding notes: the table that the MIDI thread fills and the media thread plays.
 //
 // Every field has one writing thread, so nobody's store can undo another's. The MIDI thread writes

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The picture of the plane function, with the coming orbits of the sounding notes over it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The main view of an instrument that plays in a plug-in, both in one process.
 #include "app/Attachment.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The main view's file panels: what they show, and what their results do.
 #include "app/MainViewStage.h"
 #include "app/MessageCodes.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A sound that the window has saved is the sound that the window plays.
 #include "app/MainViewStage.h"
 #include "documents/SoundDocument.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // vexa as a user starts it, without any server.
 #include "support/Command.h"
 #include "support/Environment.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Every control of the main view, through its message.
 #include "app/FormulaHint.h"
 #include "app/MainViewStage.h"

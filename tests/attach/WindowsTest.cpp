@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Windows of a hosted instrument, as far as the wire shows them: both ends in one process.
 #include "plugin/window/Windows.h"
 

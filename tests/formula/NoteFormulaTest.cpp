@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Formulas that hear the note, played by twenty voices.
 
 #include "formula/Formula.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // vexa --no-window on a stage: what it plays when a script is played to it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The program on a real JACK server, played by a real client and recorded by another.
 #include "live/LivePlay.h"
 #include "support/SoundFiles.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // An instrument that plays a sine, and hands on its keys and wheels.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What wheel, pedals, pressure and held keys do to the notes, where the sound says that they do.
 #include "midi/HandsStage.h"
 #include "support/Spectrum.h"

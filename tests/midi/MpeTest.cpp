@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Notes with channels of their own, as MPE has them.
 #include "midi/HandsStage.h"
 #include "support/Spectrum.h"

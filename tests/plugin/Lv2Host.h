@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A small LV2 host. Plug-ins come from the bundle by lilv, or from the test program itself, where
 // the real-time watch and the sanitizers see them.
 #pragma once

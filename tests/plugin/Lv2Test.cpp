@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What an LV2 host sees of the plug-in.
 #include "documents/SoundDocument.h"
 #include "plugin/Lv2Host.h"

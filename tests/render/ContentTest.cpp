@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The sounds, functions and samples that come with the program, by what they sound like.
 #include "documents/FunctionDocument.h"
 #include "documents/SoundDocument.h"

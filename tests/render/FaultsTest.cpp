@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the system refuses, one thing after the other: the program plays all the same, or ends with
 // a message and code 1, and files are whole or as they were.
 #include "support/Limits.h"

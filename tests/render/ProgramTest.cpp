@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // vexa-render as a user runs it.
 #include "kits/support/SupportDefs.h"
 #include "support/Command.h"
@@ -354,13 +355,14 @@ TEST_F(RenderProgram, MoreThanAWavFileHoldsIsRenderedAllTheSame) {
     EXPECT_EQ(head, "RF64");
 }
 
-/// Installed, which a file tells, or by its option.
+/// By its option, or installed, where content lies beside the programs' folder.
 TEST_F(RenderProgram, WhatIsTheUsersIsInTheUsersFolderAndShippedContentIsOnlyRead) {
-    const fs::path program = folder.Path() / "program";
+    const fs::path program = folder.Path() / "bin";
     fs::create_directory(program);
     fs::copy(kProgram, program);
     fs::copy(VEXA_SOURCE_FOLDER "/data", program, fs::copy_options::recursive);
     fs::copy(VEXA_PROGRAM_FOLDER "/samples", program / "samples");
+    fs::path content = program;
     const std::string note = OneNote();
     const auto render = [&](std::vector<std::string> options) {
         options.insert(options.begin(), {program / "vexa-render", note, Path("out.wav"), "--tail",
@@ -375,11 +377,16 @@ TEST_F(RenderProgram, WhatIsTheUsersIsInTheUsersFolderAndShippedContentIsOnlyRea
             more.insert(more.end(), option.begin(), option.end());
             return more;
         };
-        if (installed)
-            folder.Write("program/installed", "");
+        if (installed) {
+            content = folder.Path() / "share/vexa/shipped";
+            fs::create_directories(content.parent_path());
+            fs::rename(program, content);
+            fs::create_directory(program);
+            fs::rename(content / "vexa-render", program / "vexa-render");
+        }
         ASSERT_EQ(render(with({"--sound", "harp"})).exitCode, 0);
         EXPECT_GT(test::Peak(Samples(Path("out.wav"))), 0.001F);
-        fs::copy_file(VEXA_SOURCE_FOLDER "/data/shipped-content", program / "shipped-content",
+        fs::copy_file(VEXA_SOURCE_FOLDER "/data/shipped-content", content / "shipped-content",
                       fs::copy_options::overwrite_existing);
         const fs::path silent = folder.Write("data/vexa/sounds/bell.xml",
                                              "<vexasound><vexafunction><expression>0</expression>"
@@ -388,19 +395,21 @@ TEST_F(RenderProgram, WhatIsTheUsersIsInTheUsersFolderAndShippedContentIsOnlyRea
         EXPECT_EQ(test::Peak(Samples(Path("out.wav"))), 0);
         EXPECT_TRUE(fs::exists(own / "functions/recent"));
         // As if it were what an older version came with.
-        std::ofstream(program / "shipped-content", std::ios::app)
+        std::ofstream(content / "shipped-content", std::ios::app)
             << test::RunCommand({"sha256sum", silent}).text.substr(0, 64) << "  sounds/bell.xml\n";
         ASSERT_EQ(render(with({"--sound", "bell"})).exitCode, 0);
         EXPECT_GT(test::Peak(Samples(Path("out.wav"))), 0.001F);
         const CommandResult missing = render(with({"--sound", "bel"}));
         EXPECT_EQ(missing.exitCode, 1);
         EXPECT_THAT(missing.text, HasSubstr((own / "sounds").string()));
-        EXPECT_THAT(missing.text, HasSubstr((program / "sounds").string()));
-        EXPECT_FALSE(fs::exists(program / "functions/recent"));
+        EXPECT_THAT(missing.text, HasSubstr((content / "sounds").string()));
+        EXPECT_FALSE(fs::exists(content / "functions/recent"));
         fs::remove_all(folder.Path() / "data");
     }
     // The bare program has everything beside itself.
-    fs::remove(program / "installed");
+    fs::rename(program / "vexa-render", content / "vexa-render");
+    fs::remove(program);
+    fs::rename(content, program);
     ASSERT_EQ(render({"--sound", "bell", "--function", "x*y"}).exitCode, 0);
     EXPECT_TRUE(fs::exists(program / "functions/recent"));
     EXPECT_FALSE(fs::exists(own));

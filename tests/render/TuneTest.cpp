@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Whole tunes, rendered as a user does it and looked for in what is heard.
 #include "kits/support/SupportDefs.h"
 #include "support/Command.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A piece that is played by the product and by the scalar reference.
 #pragma once
 

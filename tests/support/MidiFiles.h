@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Standard MIDI Files, and the sound that they are played with where notes are to be found again.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The instrument once more, in its plainest form: one sample after the other, one voice after the
 // other, each line a line of the formulas. What is fast is checked against what can be read.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // How much of a frequency there is in a stretch of samples.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The program as the desktop sees it, and its event loop.
 #pragma once
 
@@ -22,7 +23,8 @@ void ChooseXServer();
 /// There is one; the thread that makes it is the window thread.
 class BApplication : public BLooper {
   public:
-    /// The signature is the application's MIME type, "application/x-vnd.<vendor>-<name>".
+    /// The signature is the application's MIME type, "application/x-vnd.<vendor>-<name>"; its
+    /// entry in the desktop's menu is org.<vendor>.<name>.
     explicit BApplication(const char* signature);
     /// Windows that are still open go.
     ~BApplication() override;

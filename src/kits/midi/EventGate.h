@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Between the MIDI thread and the consumer: events wait here for who plays them at their time.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Events of a synthesizer: what the channel messages of MIDI mean to a consumer.
 #pragma once
 

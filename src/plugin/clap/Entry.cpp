@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The one symbol that a host sees.
 #include "plugin/clap/Extensions.h"
 

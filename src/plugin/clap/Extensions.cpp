@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "plugin/clap/Extensions.h"
 
 #include "plugin/clap/Parameters.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What a host calls: CLAP's tables of functions, which pass all on to the instance.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // One instance of the CLAP plug-in.
 #pragma once
 

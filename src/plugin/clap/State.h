@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What a host keeps of an instance: a sound document, which other programs open as it is. A comment
 // before its root has the knobs that do not leave the say to the sound.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // vexa-lv2-describe [--ui] BUNDLE SOUND...: writes what hosts read of the plug-in, of its user
 // interface where there is one, and a preset per sound.
 #include "documents/SoundDocument.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The entry that LV2 hosts look for, and the extensions behind it.
 #include "plugin/lv2/Plugin.h"
 #include "plugin/lv2/WindowInterface.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the plug-in tells its host: values of properties, on their way to the notifications port.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "plugin/lv2/Plugin.h"
 
 #include "plugin/HostedFolders.h"

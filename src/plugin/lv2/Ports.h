@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The ports of the LV2 plug-in and its names, for the plug-in and for what describes it.
 #pragma once
 

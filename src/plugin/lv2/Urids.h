@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The numbers that a host has for the names that the plug-in uses.
 #pragma once
 

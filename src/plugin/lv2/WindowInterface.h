@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the library of the user interface asks the plug-in for, in the same process.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The windows of an instrument in a plug-in.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "plugin/clap/ClapHost.h"
 
 #include "documents/SoundDocument.h"

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-3.0-or-later
 # accepted.sh FILE: a host's scanner finds the instrument in it, it shows nothing but its entry, and needs no window
 # system and no device.
 scanned=$(echo "CLAP:$1" | "$(dpkg -L qtractor | grep -m 1 /qtractor_plugin_scan$)")

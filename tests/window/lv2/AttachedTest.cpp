@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The window of a plug-in as a person uses it in a host: the library of the user interface, the
 // program that it starts, and an instrument in this process, on a real display.
 #include "documents/SoundDocument.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The plug-in's user interface for LV2 hosts on X: a window in which the program vexa shows itself.
 #include "plugin/lv2/WindowInterface.h"
 #include "plugin/lv2/ui/WindowProcess.h"

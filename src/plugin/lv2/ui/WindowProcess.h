@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The program vexa as a child process of a host.
 #pragma once
 

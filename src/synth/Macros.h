@@ -29,8 +29,9 @@ struct Macro {
     kits::Shared<float> now{kInitialMacro};
 };
 
-/// What a note has of a macro for itself, in place of what is common.
-struct OwnMacro {
+/// What a note has of a macro for itself, in place of what is common. Of such an alignment that
+/// every compiler shares it between threads in one piece.
+struct alignas(8) OwnMacro {
     /// Below 0 where it has none.
     float value = -1;
     /// Below -1 where it has none.

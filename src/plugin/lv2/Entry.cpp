@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The entry that LV2 hosts look for, and the extensions behind it.
+#include "plugin/lv2/Features.h"
 #include "plugin/lv2/Plugin.h"
 #include "plugin/lv2/WindowInterface.h"
 
@@ -16,15 +17,6 @@ namespace {
 
 /// Samples per second.
 constexpr double kMostRate = 1e6;
-
-template<class Feature>
-Feature* Find(const LV2_Feature* const* features, const char* uri) {
-    for (; features && *features; features++) {
-        if (std::strcmp((*features)->URI, uri) == 0)
-            return static_cast<Feature*>((*features)->data);
-    }
-    return nullptr;
-}
 
 LV2_Handle Instantiate(const LV2_Descriptor*, double rate, const char* bundle,
                        const LV2_Feature* const* features) {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The plug-in's user interface for LV2 hosts on X: a window in which the program vexa shows itself.
+#include "plugin/lv2/Features.h"
 #include "plugin/lv2/WindowInterface.h"
 #include "plugin/lv2/ui/WindowProcess.h"
 
@@ -29,15 +30,6 @@ constexpr std::uint32_t kGrey = 0xCCCCCC;
 /// Of the letters in which this library itself writes: pixels, roughly.
 constexpr std::size_t kLetter = 6, kLine = 18, kMargin = 20;
 constexpr const char* kAgain = " Click here to open it again.";
-
-template<class Feature>
-Feature* Find(const LV2_Feature* const* features, const char* uri) {
-    for (; features && *features; features++) {
-        if (std::strcmp((*features)->URI, uri) == 0)
-            return static_cast<Feature*>((*features)->data);
-    }
-    return nullptr;
-}
 
 /// Xlib would end the host where a window has gone; this server's errors are events.
 class Ui {

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What do oversampling and stereo cost where a sound is played live?
 //
-// LiveCost [SECONDS [ROUNDS [PERIOD]]] plays the chord of LiveSoak on a JACK server of its own, by
-// turns with the sound "pad" plain, in stereo, oversampled, and both, and prints what each takes
-// of a core: the median of the rounds, and that of the differences from the first in the same
-// round.
+// LiveCost [SECONDS [ROUNDS [PERIOD [SOUND]]]] plays the chord of LiveSoak on a JACK server of its
+// own, by turns with the sound of that file ("pad") plain, in stereo, oversampled, and both, and
+// prints what each takes of a core: the median of the rounds, and that of the differences from the
+// first in the same round.
 #include "LiveChord.h"
 
 #include <algorithm>
@@ -49,7 +49,8 @@ int main(int count, char** arguments) {
     const auto seconds = std::uint32_t(number(1, 20));
     const int rounds = number(2, 5);
     const int period = number(3, 64);
-    const std::string sound = test::Contents(VEXA_PROGRAM_FOLDER "/sounds/pad.xml");
+    const std::string sound =
+        test::Contents(count > 4 ? arguments[4] : VEXA_PROGRAM_FOLDER "/sounds/pad.xml");
     std::array<Way, 4> ways{{{"1 x", {"--spread", "0", "--oversample", "1"}},
                              {"stereo", {"--spread", "60", "--oversample", "1"}},
                              {"4 x", {"--spread", "0", "--oversample", "4"}},

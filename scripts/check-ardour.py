@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Has Ardour, without a window or a device, keep and export a session with the LV2 plug-in.
 
@@ -122,7 +122,7 @@ def pitch(samples):
 
 
 def main():
-    build = pathlib.Path(sys.argv[1]) if len(sys.argv) > 1 else ROOT / "build/release"
+    build = pathlib.Path(sys.argv[1]).resolve() if len(sys.argv) > 1 else ROOT / "build/release"
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
         environment = dict(os.environ, HOME=name, XDG_CONFIG_HOME=name, XDG_DATA_HOME=name,
@@ -146,6 +146,8 @@ def main():
                         "--spread", "30", "--quiet"], check=True)
         expected = samples(expected.read_bytes())
         sound = samples(data)
+        if sound.size == 0:
+            sys.exit(f"{said}\nThe export has no frames.")
     seconds = sound.shape[1] / RATE
     expected = expected[:, :sound.shape[1]]
     worst = numpy.abs(sound - expected).max() if sound.shape == expected.shape else numpy.inf

@@ -31,3 +31,6 @@ add_test(NAME shipped_content
 add_test(NAME renders COMMAND ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/scripts/compare-renders.py
     $<TARGET_FILE:vexa-render>)
 add_test(NAME maths COMMAND ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/scripts/check-maths.py $<TARGET_FILE:vexa-render>)
+
+# What the manual prints of formulas compiles, plays and looks as it shows.
+add_test(NAME manual COMMAND ${CMAKE_SOURCE_DIR}/scripts/make-manual-pictures --check ${CMAKE_BINARY_DIR})

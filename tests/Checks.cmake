@@ -12,7 +12,8 @@ find_program(CLANG_FORMAT clang-format REQUIRED)
 file(GLOB_RECURSE formatted CONFIGURE_DEPENDS
     ${CMAKE_SOURCE_DIR}/src/*.h ${CMAKE_SOURCE_DIR}/src/*.cpp
     ${CMAKE_SOURCE_DIR}/tests/*.h ${CMAKE_SOURCE_DIR}/tests/*.cpp
-    ${CMAKE_SOURCE_DIR}/benchmarks/*.h ${CMAKE_SOURCE_DIR}/benchmarks/*.cpp)
+    ${CMAKE_SOURCE_DIR}/benchmarks/*.h ${CMAKE_SOURCE_DIR}/benchmarks/*.cpp
+    ${CMAKE_SOURCE_DIR}/docs/manual/tools/*.cpp)
 add_test(NAME format COMMAND ${CLANG_FORMAT} --dry-run -Werror ${formatted})
 
 # The demo tune in the tree is the one that its script writes.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // How long does an expression take until it is installed, against the compiler's run alone?
 #include "Expressions.h"
 #include "kits/kernel/ChildProcess.h"

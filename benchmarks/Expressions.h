@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The plane functions that benchmarks compare with, as the program makes them.
 #pragma once
 

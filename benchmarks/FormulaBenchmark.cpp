@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What does a point of the plane cost in the program's own blocks, in the compiler's add-on, and by
 // the C library, near 0 and far from it, alone and as a sample of one of 20 voices ("Voice")? And
 // what does each operation cost, which is the table that a formula's cost is estimated from?

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What live benchmarks play, and what it takes.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What do oversampling and stereo cost where a sound is played live?
 //
 // LiveCost [SECONDS [ROUNDS [PERIOD]]] plays the chord of LiveSoak on a JACK server of its own, by

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // How long is it from a note's MIDI event to its first sample, on a JACK server's clock?
 //
 // LiveLatency [PERIOD [NOTES]] prints median and worst in frames at 48000 Hz, beside three periods

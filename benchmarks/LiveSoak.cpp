@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Does live playing lose buffers, grow or drift over a long time?
 //
 // LiveSoak [SECONDS [PERIOD]] plays 20 voices with moving controllers on a JACK server of its own,

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What does a note-on cost, with a free voice and where it has to steal one?
 #include "midi/Engine.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // How long does the picture of the plane take, against computing it point by point?
 #include "Expressions.h"
 #include "synth/PlanePicture.h"

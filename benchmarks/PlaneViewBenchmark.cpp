@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // How long does the plane view take for a pulse, and for the picture of an export?
 #include "kits/interface/Application.h"
 #include "midi/Engine.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Does rendering grow, leak, hang or drift over hours?
 //
 // RenderSoak [HOURS] plays that long, faster than real time: each minute another of the sounds that

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What does a voice cost per sample, in the product and in the plain reference?
 //
 // Both compute the same compiled add-on, the reference by its point function.

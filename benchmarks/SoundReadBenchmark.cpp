@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What does it cost to take a sound out of a document's tree, next to reading the tree? Documents
 // of 1, 8 and 64 MB, one that is all points and one in which nothing that is looked for is found
 // where it could be.

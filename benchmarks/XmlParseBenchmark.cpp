@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // How does the time to read a document grow with its size? Linear growth shows as the same bytes
 // per second at 1, 8 and 64 MB, for each kind of document.
 #include "xml/MXDocument.h"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Builds for 64-bit Arm on another machine, against the Debian packages that scripts/check-arm64 has unpacked.
 
 set(CMAKE_SYSTEM_NAME Linux)

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Checks who includes whom: check-includes.py [--self-test] [SOURCE_FOLDER]
 
 Below src/ a folder uses what the table allows and nothing else, a quoted include names a file that
@@ -39,10 +40,11 @@ ALLOWED = {
     "functions": ENGINE_KITS + ["synth", "formula"],
     "documents": ENGINE_KITS + ["synth", "midi", "audio", "formula", "functions", "xml"],
     "instrument": ENGINE_KITS + ["synth", "midi", "formula", "functions", "documents"],
+    "attach": ["kits/support", "synth"],
     "render": ENGINE_KITS + ENGINE,
-    "plugin": ENGINE_KITS + ENGINE,
+    "plugin": ENGINE_KITS + ENGINE + ["attach"],
     "views": ALL_KITS + ENGINE,
-    "app": ALL_KITS + ENGINE + ["views"],
+    "app": ALL_KITS + ENGINE + ["attach", "views"],
 }
 
 # Headers in angle brackets that every file may include.
@@ -87,7 +89,7 @@ def folder_of(path):
 
 def may_name_libraries(path):
     parts = path.split("/")
-    if path.startswith("plugin/lv2/"):
+    if path.startswith(("plugin/lv2/", "plugin/clap/")):
         return True
     return parts[0] == "kits" and (path.endswith(".cpp") or "backends" in parts[:-1])
 

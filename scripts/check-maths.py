@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Checks which functions of the C maths library a program calls: check-maths.py PROGRAM
 
 What the library rounds as it likes differs between its versions and processors, and with it a

@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Compares the whole vexa-render with Csound's opcode wterrain on the same 20 notes of 60 seconds.
 
 compare-csound.py [VEXA-RENDER]: build/release/bin/vexa-render if not given; csound must be
 installed. Both read their score from a file and write floats of 44100 Hz to another; Csound works in
-blocks of 64 (ksmps). Its instrument has what a note of the default sound has: four envelopes, an
+blocks of 64 (ksmps). Its instrument has what a note of benchmarks/twin-hills.xml has: four envelopes, an
 orbit on a terrain, a filter against the constant part. Prints the medians of five runs in turns, as
 processor time, which other programs disturb least.
 """
@@ -45,7 +46,8 @@ def main():
         (folder / "notes.sco").write_text("".join(
             f"i1 0 {SECONDS} {440 * 2 ** ((note - 69) / 12):.4f}\n" for note in NOTES))
         vexa, csound = medians([
-            [program, folder / "notes.mid", folder / "vexa.wav", "--tail", "0", "--voices", "20"],
+            [program, folder / "notes.mid", folder / "vexa.wav", "--tail", "0", "--sound",
+             ROOT / "benchmarks/twin-hills.xml"],
             ["csound", "-d", "-m0", "-W", "-f", "-o", folder / "csound.wav",
              folder / "terrain.orc", folder / "notes.sco"]])
         for file in ("vexa.wav", "csound.wav"):

@@ -1,12 +1,13 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Compares the whole vexa-render with the same voices written in Faust: 20 notes of 60 seconds.
 
 compare-faust.py [VEXA-RENDER]: build/release/bin/vexa-render if not given; faust must be installed.
-Faust's program has the voices of the default sound, whose notes it knows at compile time, in single
-precision and vector mode; it is compiled with -O3 -march=native -ffast-math. Both write floats of
-44100 Hz to a file, which are compared. Prints the medians of five runs in turns, as processor time:
-by the sound's formula, and with its add-on, of which what the compiler takes is subtracted, as
-Faust's is not counted either.
+Faust's program has the voices of benchmarks/twin-hills.xml, a plain sound of one circle, whose notes
+it knows at compile time, in single precision and vector mode; it is compiled with -O3 -march=native
+-ffast-math. Both write floats of 44100 Hz to a file, which are compared. Prints the medians of five
+runs in turns, as processor time: by the sound's formula, and with its add-on, of which what the
+compiler takes is subtracted, as Faust's is not counted either.
 """
 import array
 import pathlib
@@ -18,13 +19,14 @@ from midifile import midi_file, notes
 from processortime import medians
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
+SOUND = ROOT / "benchmarks/twin-hills.xml"
 NOTES = range(40, 80, 2)
 SECONDS = 60
 RATE = 44100
 # Of the longest difference that rounding phases to float leaves in the first second.
 SAME = 0.02
 
-# data/sounds/default.xml as it is without releases and controllers, for keys of velocity 100.
+# benchmarks/twin-hills.xml as it is without releases and controllers, for keys of velocity 100.
 VOICES = """import("stdfaust.lib");
 
 time = ba.time / ma.SR;
@@ -120,7 +122,7 @@ def main():
         faust = build_faust(folder)
 
         def vexa(music, *options):
-            return [program, music, folder / "vexa.wav", "--tail", "0", "--voices", "20",
+            return [program, music, folder / "vexa.wav", "--tail", "0", "--sound", SOUND,
                     *options]
 
         theirs, whole, compiler, formula = medians(

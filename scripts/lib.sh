@@ -1,4 +1,6 @@
-# Shell functions that ./run and ./test share. To be sourced with `root` set to the tree's folder.
+# SPDX-License-Identifier: GPL-3.0-or-later
+# Shell functions that ./run, ./test and what these call share. To be sourced with `root` set to the
+# tree's folder.
 # shellcheck shell=bash disable=SC2154
 
 # Ends the script with a message.
@@ -7,13 +9,22 @@ fail() {
     exit 1
 }
 
-# install_packages [LIST]: installs the packages of scripts/LIST, or packages.txt, that are missing.
+# packages_for PURPOSE...: the packages of these sections of scripts/packages.txt, one per line.
+packages_for() {
+    awk -v purposes="$*" '
+        BEGIN { split(purposes, list, " "); for (i in list) wanted["[" list[i] "]"] }
+        { sub(/#.*/, "") }
+        /^\[/ { inside = ($1 in wanted); next }
+        inside && NF { print $1 }' "$root/scripts/packages.txt"
+}
+
+# install_packages PURPOSE...: installs those of packages_for that are missing, and says before what
+# they take.
 install_packages() {
-    local list=${1:-packages.txt} wanted missing as_root=()
-    mapfile -t wanted < <(sed -e 's/#.*//' -e '/^[[:space:]]*$/d' -e 's/[[:space:]]//g' \
-        "$root/scripts/$list")
+    local wanted missing as_root=() apt
+    mapfile -t wanted < <(packages_for "$@")
     if ! command -v dpkg-query >/dev/null; then
-        printf 'not a Debian system: scripts/%s names what has to be there\n' "$list" >&2
+        printf 'not a Debian system: scripts/packages.txt names what has to be there\n' >&2
         return
     fi
     # dpkg-query reports packages that it does not know on standard error and in its exit code.
@@ -22,23 +33,37 @@ install_packages() {
             sed -n 's/^installed //p' | sort -u))
     [[ ${#missing[@]} -gt 0 ]] || return 0
 
-    printf 'installing %s\n' "${missing[*]}" >&2
     if [[ $EUID -ne 0 ]]; then
-        command -v sudo >/dev/null || fail "sudo is missing; as root: apt-get install ${missing[*]}"
+        command -v sudo >/dev/null ||
+            fail "sudo is missing; as root: apt-get install --no-install-recommends ${missing[*]}"
         as_root=(sudo)
     fi
-    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get update -q >&2 ||
-        fail 'apt-get update failed'
-    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
-        apt-get install -q -y --no-install-recommends "${missing[@]}" >&2 ||
+    apt=("${as_root[@]}" env LC_ALL=C DEBIAN_FRONTEND=noninteractive apt-get -q)
+    printf 'missing packages: %s\n' "${missing[*]}" >&2
+    "${apt[@]}" update >&2 || fail 'apt-get update failed'
+    # What apt says that it would do, with the packages that these need in turn. It exits with 1, as
+    # the answer is no; what it cannot do at all it says below.
+    { "${apt[@]}" install --assume-no --no-install-recommends "${missing[@]}" 2>/dev/null || true; } |
+        sed -n -e 's/^\([0-9]* upgraded, [0-9]* newly installed\),.*/packages: \1/p' \
+            -e 's/^Need to get \(.*\) of archives.*/download: \1/p' \
+            -e 's/^After this operation, \(.*\) of additional.*/disk: \1/p' >&2
+    "${apt[@]}" install -y --no-install-recommends "${missing[@]}" >&2 ||
         fail "could not install ${missing[*]}"
 }
 
-# build PRESET [TARGET]: brings build/PRESET up to date. All that is said goes to standard error;
-# nothing is when nothing was to do. Ninja itself configures anew when a CMake file has changed.
+# build PRESET [TARGET]: brings the build of a preset up to date. All that is said goes to standard
+# error; nothing is when nothing was to do. Ninja itself configures anew when a CMake file has
+# changed. The presets "render" and "programs" are parts of "release" and share its folder; what was
+# configured there as more than is asked for stays so.
 build() {
-    local folder=$root/build/$1
-    if [[ ! -f $folder/build.ninja ]]; then
+    local folder=$root/build/$1 part=
+    case $1 in
+    render) folder=$root/build/release ;;
+    programs) folder=$root/build/release part=VEXA_WINDOW ;;
+    release) part=VEXA_TESTS ;;
+    esac
+    if [[ ! -f $folder/build.ninja ]] ||
+        { [[ -n $part ]] && ! grep -q "^$part:BOOL=ON" "$folder/CMakeCache.txt"; }; then
         (cd "$root" && cmake --preset "$1") >&2 || fail "could not configure the preset $1"
     fi
     (cd "$folder" && ninja "${@:2}") >&2 || fail "the build of the preset $1 failed"

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Draws the logo bar's images and the icons: make-artwork.py FOLDER
 
 The drawings are SVG, made here and rendered by rsvg-convert: orvo.png, orvobar.png and vexa.png,

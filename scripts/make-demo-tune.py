@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Writes the demo tune, a Standard MIDI File: make-demo-tune.py OUT.mid
 
 A little piece in E minor of about a minute: two bars of arpeggio, a theme, a slower middle part in

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Takes the pictures of the window in docs/figures: at the usual size, at twice the density, and
 # wide, with two notes sounding. Needs a build in build/release and the packages of packages.txt.
 set -euo pipefail

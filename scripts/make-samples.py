@@ -1,8 +1,10 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Writes the samples that come with the program: make-samples.py FOLDER
 
-pluck.wav is a plucked string, voice.wav a sung vowel that moves from "ah" to "ee"; both are tones of
-220 Hz, so that is their sample frequency. The same bytes on every run.
+pluck.wav is a plucked string, voice.wav a sung vowel that moves from "ah" to "ee"; harp.wav is a string
+that is damped until nothing is left of it, vowel.wav the vowel from hardly anything to full voice. All
+are tones of 220 Hz, so that is their sample frequency. The same bytes on every run.
 """
 
 import math
@@ -17,10 +19,10 @@ SECONDS = 1.5
 FRAMES = int(RATE * SECONDS)
 
 
-def pluck():
+def pluck(damping=0.997, softness=1, swell=0):
     """A string after Karplus and Strong: a burst of noise goes round a loop of one period, and every
-    round takes more from its high partials than from its low ones."""
-    damping = 0.997
+    round leaves `damping` of it, and less of its high partials than of its low ones. The higher
+    `softness`, the less hiss there is in its beginning; and it swells for so many rounds."""
     # The averaging delays by half a frame, the all-pass by what is left to the exact period: 0.1 to
     # 1.1 frames, since its delay is the same for all partials only well above 0.
     delay = int(RATE / PITCH - 0.5 - 0.1)
@@ -30,8 +32,9 @@ def pluck():
     noise = random.Random(220)
     line = [noise.uniform(-1, 1) for _ in range(delay)]
     # Struck with something soft: the noise loses its hiss before it enters the loop.
-    for i in range(1, delay):
-        line[i] = 0.5 * line[i] + 0.5 * line[i - 1]
+    for _ in range(softness):
+        for i in range(1, delay):
+            line[i] = 0.5 * line[i] + 0.5 * line[i - 1]
     mean = sum(line) / delay
     line = [value - mean for value in line]
 
@@ -43,7 +46,7 @@ def pluck():
         tuned = allpass * (average - last_tuned) + last_average
         line[i % delay] = tuned
         last_out, last_average, last_tuned = out, average, tuned
-        samples.append(out)
+        samples.append(out * min(1, (i + delay) / delay / (swell + 1)))
     return samples
 
 
@@ -56,8 +59,9 @@ def resonance(vowel, frequency):
     return sum(level / (1 + ((frequency - centre) / width) ** 2) for centre, width, level in vowel)
 
 
-def voice():
-    """Partials of a constant pitch, each as loud as the moving resonances let it be."""
+def voice(beginning=0.25, power=3):
+    """Partials of a constant pitch, each as loud as the moving resonances let it be. `beginning` is
+    the level of the first of it; it swells with this power of the time."""
     samples = [0.0] * FRAMES
     for partial in range(1, int(5000 / PITCH) + 1):
         frequency = partial * PITCH
@@ -69,7 +73,7 @@ def voice():
             samples[i] += level * math.sin(2 * math.pi * frequency * i / RATE)
     # It swells: an orbit that grows over the spiral gets louder, and a chord in its middle still
     # has room.
-    return [value * (0.25 + 0.75 * (i / FRAMES) ** 3)
+    return [value * (beginning + (1 - beginning) * (i / FRAMES) ** power)
             for i, value in enumerate(samples)]
 
 
@@ -98,6 +102,8 @@ def main():
     folder.mkdir(parents=True, exist_ok=True)
     write(folder / "pluck.wav", pluck())
     write(folder / "voice.wav", voice())
+    write(folder / "harp.wav", pluck(0.98, 12, 8))
+    write(folder / "vowel.wav", voice(0.02, 1.4))
 
 
 if __name__ == "__main__":

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Processor time of programs, which other programs disturb least, for the scripts that compare."""
 import resource
 import statistics

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Tells the content that comes with the program from what a person has made of it.
 
   shipped-content.py copy RECORD FOLDER SOURCE...

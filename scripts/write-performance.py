@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Measures rendering and pictures, and writes the tables into docs/PERFORMANCE.md.
 
 write-performance.py [BENCHMARKS]: the folder of the built benchmarks, build/release/benchmarks if

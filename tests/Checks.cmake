@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Checks of the tree itself, which run with the tests.
 
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
@@ -13,8 +14,11 @@ file(GLOB_RECURSE formatted CONFIGURE_DEPENDS
     ${CMAKE_SOURCE_DIR}/src/*.h ${CMAKE_SOURCE_DIR}/src/*.cpp
     ${CMAKE_SOURCE_DIR}/tests/*.h ${CMAKE_SOURCE_DIR}/tests/*.cpp
     ${CMAKE_SOURCE_DIR}/benchmarks/*.h ${CMAKE_SOURCE_DIR}/benchmarks/*.cpp
-    ${CMAKE_SOURCE_DIR}/docs/manual/tools/*.cpp)
+    ${CMAKE_SOURCE_DIR}/packaging/*.cpp ${CMAKE_SOURCE_DIR}/docs/manual/tools/*.cpp)
 add_test(NAME format COMMAND ${CLANG_FORMAT} --dry-run -Werror ${formatted})
+
+# Every source says its licence.
+add_test(NAME licence COMMAND ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/scripts/licence-lines.py)
 
 # The demo tune in the tree is the one that its script writes.
 add_test(NAME demo_tune COMMAND sh -c
@@ -26,6 +30,11 @@ add_test(NAME shipped_content_list
     COMMAND ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/scripts/shipped-content.py list --check)
 add_test(NAME shipped_content
     COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/shipped_content_test.py)
+
+# What desktops and shells are told of the programs.
+if(TARGET pages)
+    add_test(NAME desktop COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/desktop_test.py ${CMAKE_BINARY_DIR})
+endif()
 
 # A render is the same bytes with every instruction set, and calls nothing of which machines have their own idea.
 # scripts/check-arm64 compares with another machine.

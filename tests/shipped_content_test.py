@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The build copies shipped content, and nothing of a person's is lost by it.
 
 Builds the folder data/ of a small tree of its own, with the rules and scripts of this one.
@@ -24,7 +25,7 @@ add_subdirectory(data)
 SAMPLES_SCRIPT = """import pathlib, sys
 folder = pathlib.Path(sys.argv[1])
 folder.mkdir(parents=True, exist_ok=True)
-for name in ("pluck.wav", "voice.wav"):
+for name in ("harp.wav", "pluck.wav", "voice.wav", "vowel.wav"):
     (folder / name).write_text(name)
 """
 

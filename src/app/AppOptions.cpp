@@ -1,7 +1,7 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/AppOptions.h"
 
 #include "instrument/PlayingOptions.h"
-#include "kits/application/CommandLine.h"
 
 namespace vexa {
 
@@ -44,6 +44,10 @@ constexpr kits::OptionRow<AppOptions> kRows[] = {
      [](AppOptions& o, std::string_view text) { return SetNumber(o.tuning.a4.emplace(), text, kLeastA4, kMostA4); }},
     {"user-folder", nullptr, nullptr, "keep what you make in $XDG_DATA_HOME/vexa, not beside the program",
      [](AppOptions& o, std::string_view) { return o.userFolder = true; }},
+    {"attach", "N", "the number of a descriptor, from 3 on", "show what plays in a plug-in; N is a socket from it",
+     [](AppOptions& o, std::string_view text) { return SetNumber(o.attach.emplace(), text, 3, 1 << 20); }},
+    {"into", "WINDOW", "the number of an X window", "with --attach: fill a window of the host's",
+     [](AppOptions& o, std::string_view text) { return SetNumber(o.into.emplace(), text, 1U, ~0U); }},
     {"list", nullptr, nullptr, "list the audio devices and MIDI sources",
      [](AppOptions& o, std::string_view) { o.action = AppOptions::Action::List; return true; }},
     {"help", nullptr, nullptr, "show this",
@@ -71,7 +75,20 @@ kits::Result<AppOptions> ParseAppOptions(std::span<const std::string> arguments)
         options.file = operands->front();
     if (options.file && options.noWindow)
         return kits::Error{"without a window a file is given as --sound " + operands->front()};
+    const bool isOwnInstrument = options.file || options.noWindow || options.sound ||
+                                 options.voices || options.channel || options.audio ||
+                                 options.midi || options.record || options.mpe ||
+                                 options.programs || options.playing != PlayingTexts();
+    if (options.attach && isOwnInstrument)
+        return kits::Error{"with --attach the plug-in has the sound and its host all else; only "
+                           "--into and --user-folder go with it"};
+    if (options.into && !options.attach)
+        return kits::Error{"--into goes with --attach"};
     return options;
+}
+
+std::vector<kits::OptionText> AppOptionTexts() {
+    return {Rows().begin(), Rows().end()};
 }
 
 std::string AppHelpText() {

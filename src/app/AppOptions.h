@@ -1,7 +1,9 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The command line of vexa.
 #pragma once
 
 #include "documents/Sound.h"
+#include "kits/application/CommandLine.h"
 #include "kits/media/AudioSystem.h"
 #include "kits/support/Result.h"
 #include "tuning/TuningChoice.h"
@@ -10,6 +12,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace vexa {
 
@@ -42,6 +45,10 @@ struct AppOptions {
     std::optional<kits::AudioSystem> audio;
     /// The sound file to be written of what is heard.
     std::optional<std::filesystem::path> record;
+    /// The descriptor of a socket from a plug-in, whose sound the window shows.
+    std::optional<int> attach;
+    /// The X window that the window fills.
+    std::optional<uint32> into;
     /// The MIDI source to connect, by its name in --list.
     std::optional<std::string> midi;
 };
@@ -55,6 +62,9 @@ constexpr int kAppUsageExitCode = 2;
 /// Reads the arguments after the program's name. The error names the option and what it allows. Not
 /// to be called by two threads at once.
 kits::Result<AppOptions> ParseAppOptions(std::span<const std::string> arguments);
+
+/// The table of options, of which the help is made, and the pages in packaging/pages.
+std::vector<kits::OptionText> AppOptionTexts();
 
 /// What --help and --version print, with a newline at the end.
 std::string AppHelpText();

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/ComputerKeyboard.h"
 
 #include <algorithm>
@@ -56,15 +57,24 @@ bool ComputerKeyboard::Take(const BMessage& message) {
     if (!note)
         return false;
     if (message.what == B_KEY_DOWN && held.emplace(key, *note).second)
-        producer.SprayNoteOn(channel, *note, kVelocity);
+        Spray(true, *note);
     else if (message.what == B_KEY_UP && held.erase(key) > 0)
-        producer.SprayNoteOff(channel, *note, kVelocity);
+        Spray(false, *note);
     return true;
+}
+
+void ComputerKeyboard::Spray(bool on, uchar note) const {
+    if (player)
+        player(static_cast<uint8>((on ? 0x90 : 0x80) | channel), note, kVelocity);
+    else if (on)
+        producer.SprayNoteOn(channel, note, kVelocity);
+    else
+        producer.SprayNoteOff(channel, note, kVelocity);
 }
 
 void ComputerKeyboard::ReleaseAll() {
     for (const auto& [key, note] : held)
-        producer.SprayNoteOff(channel, note, kVelocity);
+        Spray(false, note);
     held.clear();
 }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The computer's keyboard as a piano.
 #pragma once
 
@@ -5,6 +6,7 @@
 #include "kits/midi/MidiLocalProducer.h"
 #include "kits/support/Message.h"
 
+#include <functional>
 #include <map>
 #include <optional>
 
@@ -29,11 +31,19 @@ class ComputerKeyboard {
     /// The channel, 0..15, that the coming notes are on; 0 at first. Lets go of all keys.
     void SetChannel(uchar next);
 
+    /// Takes what is played: the status byte of a note with its channel, the note, the velocity.
+    using Player = std::function<void(uint8 status, uint8 note, uint8 velocity)>;
+    /// Notes go there from now on, and not to who has connected the source.
+    void SendTo(Player next) { player = std::move(next); }
+
     /// MIDI note number of a key, by its place as B_KEY_DOWN counts.
     static std::optional<uchar> NoteOf(int32 key);
 
   private:
+    void Spray(bool on, uchar note) const;
+
     BMidiLocalProducer producer{kName};
+    Player player;
     uchar channel = 0;
     /// Notes that sound, by the key that is held.
     std::map<int32, uchar> held;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Where the formulas of the main view stand, and the gaps in them for the fields.
 #pragma once
 

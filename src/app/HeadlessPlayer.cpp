@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/HeadlessPlayer.h"
 
 #include "audio/AudioGraph.h"
@@ -150,14 +151,12 @@ void HeadlessPlayer::TellOfDevice() {
 /// Says what is wrong with it. Nothing of it, if it is to be whole, where its function fails.
 bool HeadlessPlayer::Load(const std::filesystem::path& path, bool whole) {
     ReadReport report;
-    const kits::Result<Sound> sound = ReadSound(path, report);
+    const kits::Result<Sound> sound =
+        whole ? ReadWhole(path, instrument, report) : ReadSound(path, report);
     for (const std::string& warning : report.warnings)
         Say("warning: " + warning);
-    const std::string fault = !sound  ? report.reason
-                              : whole ? Text(instrument.Try(sound->function))
-                                      : "";
-    if (!sound || !fault.empty()) {
-        Say(fault);
+    if (!sound) {
+        Say(report.reason.empty() ? sound.Fault().text : report.reason);
         return false;
     }
     const FunctionReport loaded = instrument.Load(*sound);

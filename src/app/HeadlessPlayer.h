@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // vexa --no-window: plays what MIDI brings until it is told to end.
 #pragma once
 

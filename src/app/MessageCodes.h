@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The messages of the main view's controls. Those of the coefficients stand in Parameters().
 #pragma once
 
@@ -33,6 +34,9 @@ constexpr uint32 kSilenceCode = FourCC("SILE");
 
 /// A program change has come.
 constexpr uint32 kProgramCode = FourCC("PROG");
+
+/// The plug-in that the window is attached to may have news.
+constexpr uint32 kNewsCode = FourCC("NEWS");
 
 // Menus.
 

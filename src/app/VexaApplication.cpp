@@ -1,5 +1,7 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/VexaApplication.h"
 
+#include "app/Attachment.h"
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
 #include "app/VexaWindow.h"
@@ -11,6 +13,9 @@
 namespace vexa {
 
 namespace {
+
+/// Of the logo bar and the main view, on the screen.
+constexpr BRect kFrame = {64, 100, 999, 610};
 
 constexpr const char* kSignature = "application/x-vnd.orvo-Vexa";
 
@@ -24,8 +29,7 @@ void Choose(BMenu& menu, uint32 code) {
 
 VexaApplication::VexaApplication(const AppOptions& options, const kits::ProgramFolders& folders,
                                  const Tuning& tuning, kits::Recording* recording)
-    : BApplication(kSignature),
-      window(new VexaWindow(BRect{64, 100, 999, 610}, folders, !options.sound)) {
+    : BApplication(kSignature), window(new VexaWindow(kFrame, folders, !options.sound)) {
     VexaView& view = window->MainView();
     view.Playing().consumer.SetTuning(tuning);
     if (options.mpe)
@@ -49,6 +53,14 @@ VexaApplication::VexaApplication(const AppOptions& options, const kits::ProgramF
     view.ChooseSource(options.midi.value_or(ComputerKeyboard::kName));
 }
 
+VexaApplication::VexaApplication(const kits::ProgramFolders& folders, Attachment& plugin,
+                                 std::optional<uint32> into)
+    : BApplication(kSignature), window(new VexaWindow(kFrame, folders, false, &plugin)) {
+    if (into)
+        window->EmbedInto(*into);
+    window->Show();
+}
+
 void VexaApplication::MessageReceived(BMessage* message) {
     BApplication::MessageReceived(message);
 }
@@ -61,8 +73,27 @@ void ShowFault(const std::string& text) {
     VexaView::ErrorAlert(text);
 }
 
+namespace {
+
+int RunAttached(int descriptor, std::optional<uint32> into, const kits::ProgramFolders& folders) {
+    auto plugin = Attachment::Begin(descriptor);
+    if (!plugin) {
+        std::fprintf(stderr, "vexa: --attach: %s\n", plugin.Fault().text.c_str());
+        return 1;
+    }
+    VexaApplication(folders, **plugin, into).Run();
+    const std::string& fault = (*plugin)->Fault();
+    if (!fault.empty())
+        std::fprintf(stderr, "vexa: the plug-in closes the window: %s\n", fault.c_str());
+    return fault.empty() ? 0 : 1;
+}
+
+} // namespace
+
 int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders, const Tuning& tuning,
               kits::Recording* recording) {
+    if (options.into)
+        kits::ChooseXServer();
     if (const auto display = kits::FindDisplay(); !display) {
         std::fprintf(stderr,
                      "vexa: %s; vexa --no-window plays without one, vexa-render renders a MIDI "
@@ -70,6 +101,8 @@ int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders, co
                      display.Fault().text.c_str());
         return 1;
     }
+    if (options.attach)
+        return RunAttached(*options.attach, options.into, folders);
     VexaApplication(options, folders, tuning, recording).Run();
     return 0;
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The program with its window.
 #pragma once
 
@@ -7,10 +8,12 @@
 #include "kits/storage/ProgramFolder.h"
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 namespace vexa {
 
+class Attachment;
 class VexaWindow;
 
 /// Opens the main window. Window thread.
@@ -20,6 +23,9 @@ class VexaApplication : public BApplication {
     /// The recording, or null, as AudioGraph::Record.
     VexaApplication(const AppOptions& options, const kits::ProgramFolders& folders,
                     const Tuning& tuning, kits::Recording* recording);
+    /// Shows what plays in a plug-in, in a window of its own or inside another one.
+    VexaApplication(const kits::ProgramFolders& folders, Attachment& plugin,
+                    std::optional<uint32> into);
 
     void MessageReceived(BMessage* message) override;
 
@@ -31,8 +37,9 @@ class VexaApplication : public BApplication {
 /// An alert with why the program cannot begin, where there is a display; waits for the answer.
 void ShowFault(const std::string& text);
 
-/// Runs the window until it is closed; the program's exit code. 1, with a message, where there is
-/// no display. The recording, or null, is left to the caller to finish.
+/// Runs the window until it is closed, or the plug-in goes that it is attached to; the program's
+/// exit code. 1, with a message, where there is no display or no plug-in. The recording, or null,
+/// is left to the caller to finish.
 int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders, const Tuning& tuning,
               kits::Recording* recording);
 

@@ -1,5 +1,7 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/VexaView.h"
 
+#include "app/Attachment.h"
 #include "app/FormulaHint.h"
 #include "app/MessageCodes.h"
 #include "kits/interface/Alert.h"
@@ -42,10 +44,12 @@ void VexaView::ErrorAlert(const std::string& text, const std::string& details) {
     NewErrorAlert(text, details)->Go();
 }
 
-VexaView::VexaView(BRect frame, const char* name, const kits::ProgramFolders& folders)
+VexaView::VexaView(BRect frame, const char* name, const kits::ProgramFolders& folders,
+                   Attachment* plugin)
     : BView(frame, name, B_FOLLOW_ALL_SIDES, B_WILL_DRAW | B_PULSE_NEEDED),
       folders(folders),
-      instrument(folders, Addons::Following),
+      plugin(plugin),
+      instrument(folders, plugin ? Addons::None : Addons::Following),
       formulas(*be_plain_font()) {
     SetViewColor(kViewColor);
     AddPlaneControls();
@@ -53,7 +57,10 @@ VexaView::VexaView(BRect frame, const char* name, const kits::ProgramFolders& fo
     AddMenus();
     AddEnvelopes();
     AddHint();
-    StartGraph();
+    if (plugin)
+        StartAttached();
+    else
+        StartGraph();
     TakeAsSaved();
 }
 
@@ -157,6 +164,8 @@ void VexaView::AddMenus() {
         bar->AddItem(row.menu);
     }
 
+    if (plugin)
+        return;
     if (BMidiRoster* roster = BMidiRoster::MidiRoster())
         roster->StartWatching(BMessenger(this));
     SetupMidiMenu();
@@ -220,7 +229,7 @@ void VexaView::Draw(BRect) {
 
 void VexaView::Pulse() {
     kits::CollectRetired();
-    instrument.FollowMacros();
+    FollowMacros();
     ShowWhatChanges();
     // The formula plays on.
     const FunctionReport addon = instrument.Collect();
@@ -235,6 +244,8 @@ void VexaView::Pulse() {
 }
 
 void VexaView::WatchSound() {
+    if (plugin)
+        return WatchPlugin();
     switch (graph->Watch()) {
     case AudioGraph::DeviceNews::None:
         break;

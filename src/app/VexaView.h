@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The main view: every control of the window, and what each does.
 #pragma once
 
@@ -31,6 +32,7 @@ class BTextControl;
 
 namespace vexa {
 
+class Attachment;
 class EnvView;
 class Formula;
 class FormulaHint;
@@ -43,8 +45,11 @@ class R2RFView;
 class VexaView : public BView {
   public:
     /// `folders` are where documents and samples are found and saved. Builds the view and starts
-    /// the audio graph; failures are shown by alerts and leave the rest working.
-    VexaView(BRect frame, const char* name, const kits::ProgramFolders& folders);
+    /// the audio graph; failures are shown by alerts and leave the rest working. Where there is a
+    /// `plugin`, which outlives the view, it is that which plays: there is no graph, the view shows
+    /// the plug-in's sound and notes, and what is done here is done there.
+    VexaView(BRect frame, const char* name, const kits::ProgramFolders& folders,
+             Attachment* plugin = nullptr);
     ~VexaView() override;
 
     void Draw(BRect update) override;
@@ -52,7 +57,8 @@ class VexaView : public BView {
     /// As AudioGraph::Record.
     void Record(kits::Recording* recording) { graph->Record(recording); }
 
-    /// As AudioGraph::Watch: shows what has become of the sound, and goes on.
+    /// As AudioGraph::Watch: shows what has become of the sound, and goes on. The program ends
+    /// where the plug-in has gone.
     void WatchSound();
     void MessageReceived(BMessage* message) override;
 
@@ -160,6 +166,14 @@ class VexaView : public BView {
     void StartGraph();
     void ShowSound();
 
+    // Where a plug-in plays.
+    void StartAttached();
+    void TakeNews();
+    Sound PlayingSound() const;
+    void WatchPlugin();
+    static void Leave();
+    void FollowMacros();
+
     // Messages.
     bool TakeParameter(uint32 code);
     bool TakePlaneControl(uint32 code);
@@ -205,6 +219,10 @@ class VexaView : public BView {
     void ConnectChosenSource();
 
     kits::ProgramFolders folders;
+    Attachment* const plugin;
+    /// The number of edits at which the sound was last offered to it, and the pulses since it went.
+    uint64 offeredAt = 0;
+    int pulsesAlone = 0;
     /// Of the file that was loaded or saved, without its extension.
     std::string soundName;
     /// What it held.

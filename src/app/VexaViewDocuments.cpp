@@ -1,4 +1,6 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Function and sound documents into the main view, and out of it.
+#include "app/Attachment.h"
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
 #include "documents/DocumentKind.h"
@@ -134,14 +136,13 @@ void VexaView::LoadProgram() {
         return;
     ReadReport report;
     const auto path = FindProgram(folders, *number);
-    const auto sound = path ? ReadSound(*path, report) : kits::Result<Sound>(path.Fault());
+    const auto sound =
+        path ? ReadWhole(*path, instrument, report) : kits::Result<Sound>(path.Fault());
     for (const std::string& line : report.warnings)
         std::fprintf(stderr, "vexa: warning: %s\n", line.c_str());
     programFault.clear();
-    const std::string fault = !path    ? path.Fault().text
-                              : !sound ? report.reason
-                                       : Text(instrument.Try(sound->function));
-    if (!sound || !fault.empty()) {
+    if (!sound) {
+        const std::string& fault = sound.Fault().text;
         programFault = path ? path->stem().string() + " is not loaded" : fault;
         std::fprintf(stderr, "vexa: %s\n", fault.c_str());
         return;
@@ -178,14 +179,14 @@ void VexaView::LoadDefaultSound() {
 }
 
 void VexaView::SaveFunction(const std::string& name) {
-    instrument.FollowMacros();
+    FollowMacros();
     Save(name, "functions", [this](const std::filesystem::path& path) {
         return WriteFunction(path, ConstructFunction());
     });
 }
 
 void VexaView::SaveSound(const std::string& name) {
-    instrument.FollowMacros();
+    FollowMacros();
     const auto write = [this](const std::filesystem::path& path) {
         return WriteSound(path, ConstructSound());
     };
@@ -221,10 +222,7 @@ uint64 VexaView::Edits() const {
 bool VexaView::Changed() const {
     const uint64 edits = Edits();
     if (comparedAt != edits) {
-        Sound now = ConstructSound();
-        now.author = savedSound.author;
-        now.function.author = savedSound.function.author;
-        changed = now != savedSound;
+        changed = !AreAlike(ConstructSound(), savedSound);
         comparedAt = edits;
     }
     return changed;
@@ -244,7 +242,7 @@ std::string VexaView::SavingRemark() const {
 }
 
 bool VexaView::MayGiveUp(const std::function<void()>& then) {
-    instrument.FollowMacros();
+    FollowMacros();
     if (!Changed())
         return true;
     constexpr int32 kDiscard = 1;
@@ -264,7 +262,7 @@ bool VexaView::MayGiveUp(const std::function<void()>& then) {
 
 std::string VexaView::Caption() const {
     std::string caption = soundName + (Changed() ? " *" : "");
-    if (!graph->IsConnected())
+    if (graph && !graph->IsConnected())
         caption += caption.empty() ? "no sound" : "  (no audio device: no sound)";
     if (!programFault.empty())
         caption += "  (" + programFault + ")";

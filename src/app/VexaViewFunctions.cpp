@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Where the main view's plane function comes from: an expression or a sample.
 #include "app/VexaView.h"
 #include "kits/interface/Control.h"

@@ -1,4 +1,6 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What each message of the main view does.
+#include "app/Attachment.h"
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
 #include "documents/ApplySound.h"
@@ -18,6 +20,8 @@ namespace {
 
 /// Pixels of the plane view that the display width is the width of.
 constexpr float kPlaneWidth = 300.0F;
+/// The MIDI controller.
+constexpr uint8 kAllSoundOff = 120;
 
 /// What the text of a float field means; nothing if it is no number at all (a NaN).
 std::optional<float> NumberIn(const std::string& text) {
@@ -43,6 +47,9 @@ void VexaView::MessageReceived(BMessage* message) {
         break;
     case kSampleFrequencyCode:
         TakeSampleFrequency();
+        break;
+    case kNewsCode:
+        TakeNews();
         break;
     case kProgramCode:
         LoadProgram();
@@ -127,7 +134,10 @@ void VexaView::SetChannel(int32 channel) {
 
 void VexaView::SilenceAll() {
     keyboard.ReleaseAll();
-    graph->Consumer().AllNotesOff(false, 0);
+    if (plugin)
+        plugin->Play(0xB0, kAllSoundOff, 0);
+    else
+        graph->Consumer().AllNotesOff(false, 0);
 }
 
 } // namespace vexa

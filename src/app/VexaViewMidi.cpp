@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The menu of MIDI sources, and the one that is connected.
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The main view's file panels, and what they choose.
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the main view shows of an expression while it is being typed.
 #include "app/FormulaHint.h"
 #include "app/VexaView.h"

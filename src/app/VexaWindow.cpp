@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/VexaWindow.h"
 
 #include "app/FieldId.h"
@@ -53,9 +54,11 @@ BRect WithMacros(BRect frame) {
 
 } // namespace
 
-VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders, bool withDefaultSound)
+VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders, bool withDefaultSound,
+                       Attachment* plugin)
     : BWindow(WithMacros(frame), "Vexa", B_TITLED_WINDOW, B_NOT_ZOOMABLE | B_NOT_V_RESIZABLE,
-              B_CURRENT_WORKSPACE) {
+              B_CURRENT_WORKSPACE),
+      attached(plugin != nullptr) {
     SetPulseRate(kPulseRate);
     BBitmap* left = BTranslationUtils::GetBitmap("orvo.png");
     BBitmap* middle = BTranslationUtils::GetBitmap("orvobar.png");
@@ -72,13 +75,14 @@ VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders, bool wi
         new BMessage(kSilenceCode), B_FOLLOW_RIGHT | B_FOLLOW_TOP);
     silence->SetToolTip("Ends all that sounds, at once (Esc)");
     logoBar->AddChild(silence);
-    mainView = new VexaView({0, kMainTop, frame.Width(), frame.Height()}, "VexaView", folders);
+    mainView =
+        new VexaView({0, kMainTop, frame.Width(), frame.Height()}, "VexaView", folders, plugin);
     AddChild(mainView);
     AddChild(new MacroStrip(0, frame.Height() + 1, frame.Width(), *mainView));
     const float needed = std::max(mainView->PreferredWidth(), MacroStrip::LeastWidth());
     SetSizeLimits(needed, kWidest, Bounds().Height(), Bounds().Height());
     ResizeTo(std::max(frame.Width(), needed), Bounds().Height());
-    if (withDefaultSound)
+    if (withDefaultSound && !attached)
         mainView->LoadDefaultSound();
 }
 
@@ -115,7 +119,7 @@ void VexaWindow::MessageReceived(BMessage* message) {
 
 bool VexaWindow::QuitRequested() {
     // Asked again, it finds nothing that is not saved.
-    if (!mainView->MayGiveUp([this] { PostMessage(B_QUIT_REQUESTED); }))
+    if (!attached && !mainView->MayGiveUp([this] { PostMessage(B_QUIT_REQUESTED); }))
         return false;
     be_app->PostMessage(B_QUIT_REQUESTED);
     return true;

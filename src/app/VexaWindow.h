@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The main window: the logo bar, the main view and the macros.
 #pragma once
 
@@ -6,6 +7,7 @@
 
 namespace vexa {
 
+class Attachment;
 class BitmapBarView;
 class VexaView;
 
@@ -14,8 +16,9 @@ class VexaWindow : public BWindow {
   public:
     /// The frame is that of the logo bar and the main view: the window is higher by the macros, and
     /// wider where a font needs it. Has the default sound, unless told to leave that
-    /// to the caller. Not shown yet.
-    VexaWindow(BRect frame, const kits::ProgramFolders& folders, bool withDefaultSound = true);
+    /// to the caller, or that of the plug-in, as VexaView. Not shown yet.
+    VexaWindow(BRect frame, const kits::ProgramFolders& folders, bool withDefaultSound = true,
+               Attachment* plugin = nullptr);
 
     VexaView& MainView() { return *mainView; }
 
@@ -23,6 +26,8 @@ class VexaWindow : public BWindow {
     bool QuitRequested() override;
 
   private:
+    /// A plug-in has the sound, whatever becomes of the window.
+    const bool attached;
     BitmapBarView* logoBar = nullptr;
     /// Null while it is being built, which may take an alert.
     VexaView* mainView = nullptr;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // vexa: the synthesizer, played live.
 #include "app/AppOptions.h"
 #include "app/HeadlessPlayer.h"

@@ -1,15 +1,9 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "audio/AudioGraph.h"
 
 #include <utility>
 
 namespace vexa {
-
-namespace {
-
-/// Leaves room for a chord; the user's loudspeakers do the rest.
-constexpr float kInitialGain = 0.25F;
-
-} // namespace
 
 AudioGraph::AudioGraph(Engine& engine, Alert alert)
     : engine(engine),
@@ -74,7 +68,7 @@ const char* AudioGraph::Connect() {
     connected = true;
     engine.consumer.Gate()->SetTimed(true);
     Mixer()->Record(recording);
-    producer->SetGain(kInitialGain);
+    producer->SetGain(VoiceRenderer::kUsualGain);
     return nullptr;
 }
 

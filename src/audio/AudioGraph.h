@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The program's connections to the outside: MIDI in, and sound out through the system mixer.
 #pragma once
 

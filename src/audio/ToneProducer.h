@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Sound out: the node that renders a buffer each time one is due.
 #pragma once
 

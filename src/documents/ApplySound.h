@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // From a sound's texts and points to what is heard.
 #pragma once
 

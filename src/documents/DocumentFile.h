@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What function and sound documents have in common: their frame, and reading and saving them.
 #pragma once
 

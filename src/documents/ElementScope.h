@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Looking up elements by name below an element of a document.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A plane function as a document holds it: the texts of the window's fields.
 #pragma once
 

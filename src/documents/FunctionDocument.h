@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The function document: a Function as an XML tree and as a file.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Whether a person has meant what a text means as a number.
 #pragma once
 

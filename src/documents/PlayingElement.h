@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What a sound document says of the player and of the listener: "playing", and more in "info".
 #pragma once
 

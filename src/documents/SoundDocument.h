@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The sound document: a Sound as an XML tree and as a file.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What people mean who write a formula otherwise than C does.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The grammar of expressions, which is a part of C's.
 //
 // It consists of numbers and names; the operators + - ! ~ of one operand; * / % + - << >> < > <= >=

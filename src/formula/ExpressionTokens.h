@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // An expression cut into the tokens of C.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The names that an expression may use besides x and y.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A formula that is computed by the program itself, without a compiler.
 #pragma once
 

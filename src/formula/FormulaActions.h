@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What a formula's text means: each part of it as a value of a graph, with C's types.
 #pragma once
 

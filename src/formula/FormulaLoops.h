@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The operations of a program over blocks of points, compiled once per instruction set.
 //
 // All instruction sets give the same bits, the payloads of NaNs aside: every operation is exact, or

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What a formula computes: its operations, each once, and what each takes.
 #pragma once
 

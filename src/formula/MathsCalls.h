@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Calls of functions of the maths library as operations of a graph.
 #pragma once
 

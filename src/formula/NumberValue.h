@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Numbers as they are written, and the constants of the maths header, as typed values.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A graph as a list of instructions over blocks of points.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The types in which a formula is computed.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Compiling an add-on while a formula plays already.
 #pragma once
 

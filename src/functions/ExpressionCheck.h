@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What may reach the compiler.
 //
 // An expression comes from whoever wrote the sound. It is compiled into this process, so everything

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // From an expression to a loaded function.
 #pragma once
 

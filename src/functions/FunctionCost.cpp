@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "functions/FunctionCost.h"
 
 #include "kits/maths/Functions.h"

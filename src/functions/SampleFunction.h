@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A sound file wound onto the plane as a spiral.
 //
 // One turn of the Archimedean spiral round the origin holds one period of the sample's tone, and

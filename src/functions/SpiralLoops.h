@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The sample function over a block of points, compiled once per instruction set.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "instrument/Instrument.h"
 
 #include "functions/ExpressionCheck.h"
@@ -23,8 +24,13 @@ std::filesystem::path SamplePath(const Function& function, const kits::ProgramFo
     return folders.Find("samples", function.sampleFile);
 }
 
-Instrument::Instrument(kits::ProgramFolders programFolders, Addons addons)
-    : folders(std::move(programFolders)), addons(addons), thread(folders) {}
+Instrument::Instrument(kits::ProgramFolders programFolders, Addons addons, SoundsSay* apart)
+    : folders(std::move(programFolders)),
+      addons(addons),
+      thread(folders),
+      isApart(apart),
+      saidPlaying(apart ? apart->playing : engine.playing),
+      saidMacros(apart ? apart->macros : engine.macros) {}
 
 FunctionReport Instrument::Load(const Sound& next) {
     SetMacros(next.function);
@@ -37,8 +43,8 @@ FunctionReport Instrument::Load(const Sound& next) {
 void Instrument::LoadRest(const Sound& next) {
     ApplyParameters(next, engine.parameters);
     ApplyEnvelopes(next, engine.parameters);
-    ApplyPlaying(next, preferred, engine.playing);
-    engine.consumer.ReduceToMaxVox(std::max(VoiceLimit(), engine.consumer.CountHeld()));
+    ApplyPlaying(next, preferred, saidPlaying);
+    LimitVoices(std::max(VoiceLimit(), engine.consumer.CountHeld()));
     Function function = std::move(sound.function);
     sound = next;
     sound.function = std::move(function);
@@ -52,21 +58,26 @@ void Instrument::Adopt(const Function& function) {
 
 void Instrument::Prefer(const PlayingTexts& choices) {
     preferred = choices;
-    ApplyPlaying(sound, preferred, engine.playing);
+    ApplyPlaying(sound, preferred, saidPlaying);
 }
 
 void Instrument::ChooseVoices(int32 limit) {
     chosenVoices = limit;
-    engine.consumer.ReduceToMaxVox(VoiceLimit());
+    LimitVoices(VoiceLimit());
+}
+
+void Instrument::LimitVoices(int32 limit) {
+    if (!isApart)
+        engine.consumer.ReduceToMaxVox(limit);
 }
 
 void Instrument::SetUsualVoices(int32 limit) {
     usualVoices = limit;
-    engine.consumer.ReduceToMaxVox(VoiceLimit());
+    LimitVoices(VoiceLimit());
 }
 
 int32 Instrument::VoiceLimit() const {
-    const auto said = static_cast<int32>(float(engine.playing.polyphony));
+    const auto said = static_cast<int32>(float(saidPlaying.polyphony));
     return chosenVoices.value_or(said > 0 ? said : usualVoices);
 }
 
@@ -177,18 +188,69 @@ TextFault Instrument::Edit(const Parameter& row, const std::string& text) {
     return ApplyText(row, text, engine.parameters);
 }
 
+FunctionReport Instrument::Change(const Sound& from, const Sound& to) {
+    const FunctionReport report = ChangeFunction(from.function, to.function);
+    Function function = std::move(sound.function);
+    if (from.playing != to.playing) {
+        LoadRest(to);
+    } else {
+        for (std::size_t i = 0; i < Parameters().size(); i++) {
+            if (from.texts[i] != to.texts[i])
+                ApplyText(Parameters()[i], to.texts[i], engine.parameters);
+        }
+        if (from.envelopes != to.envelopes)
+            ApplyEnvelopes(to, engine.parameters);
+        sound = to;
+    }
+    Adopt(function);
+    return report;
+}
+
+/// All of the function, and State says it.
+FunctionReport Instrument::ChangeFunction(const Function& from, const Function& to) {
+    FunctionReport report;
+    Function next = to;
+    const bool isSample = to.kind == FunctionKind::Sample;
+    if (from.kind != to.kind ||
+        (isSample ? from.sampleFile != to.sampleFile : from.expression != to.expression)) {
+        report = SetFunction(to);
+        const bool failed = !report.alerts.empty();
+        if (failed && isSample)
+            Silence();
+        if (failed && !isSample) {
+            next.kind = sound.function.kind;
+            next.expression = sound.function.expression;
+        }
+    } else {
+        // An expression may have been left out before, and a sample have another name here.
+        next.kind = sound.function.kind;
+        next.expression = sound.function.expression;
+        next.sampleFile = sound.function.sampleFile;
+        if (from.frequency != to.frequency)
+            SetSampleFrequency(to.frequency);
+    }
+    for (std::size_t i = 0; i < kMacros; i++) {
+        if (from.macros[i].value != to.macros[i].value)
+            EditMacroValue(i, to.macros[i].value);
+        if (from.macros[i].controller != to.macros[i].controller)
+            EditMacroController(i, to.macros[i].controller);
+    }
+    Adopt(next);
+    return report;
+}
+
 void Instrument::SetMacros(const Function& function) {
-    ApplyMacros(function, engine.macros);
+    ApplyMacros(function, saidMacros);
     for (std::size_t i = 0; i < kMacros; i++)
-        toldMacros[i] = engine.macros[i].value;
+        toldMacros[i] = saidMacros[i].value;
 }
 
 TextFault Instrument::EditMacroValue(std::size_t macro, const std::string& text) {
     sound.function.macros[macro].value = text;
     sound.function.author = kDefaultAuthor;
     changes++;
-    const TextFault fault = ApplyMacroValue(text, engine.macros[macro]);
-    toldMacros[macro] = engine.macros[macro].value;
+    const TextFault fault = ApplyMacroValue(text, saidMacros[macro]);
+    toldMacros[macro] = saidMacros[macro].value;
     return fault;
 }
 
@@ -196,12 +258,12 @@ TextFault Instrument::EditMacroController(std::size_t macro, const std::string& 
     sound.function.macros[macro].controller = text;
     sound.function.author = kDefaultAuthor;
     changes++;
-    return ApplyMacroController(text, engine.macros[macro]);
+    return ApplyMacroController(text, saidMacros[macro]);
 }
 
 void Instrument::FollowMacros() {
     for (std::size_t i = 0; i < kMacros; i++) {
-        const float value = engine.macros[i].value;
+        const float value = saidMacros[i].value;
         if (value == toldMacros[i])
             continue;
         toldMacros[i] = value;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // One whole instrument: what it plays, and what it plays with.
 #pragma once
 
@@ -41,6 +42,12 @@ std::string Text(const FunctionReport& report);
 /// "samples", a person's own or the program's.
 std::filesystem::path SamplePath(const Function& function, const kits::ProgramFolders& folders);
 
+/// What sounds say of how they are played and of their macros.
+struct SoundsSay {
+    Playing playing;
+    Macros macros;
+};
+
 /// The sound as a person edits it, and the engine that plays it. Nothing of it is shared with other
 /// instruments of the process. All calls belong to one thread, the window thread, but for what the
 /// engine's consumer and renderer allow to the MIDI and the media thread.
@@ -49,8 +56,10 @@ class Instrument {
     /// Takes the function that is from now on to be shown.
     using Watcher = std::function<void(const PlaneFunction& f)>;
 
-    /// Functions and samples are looked for in `folders`.
-    Instrument(kits::ProgramFolders folders, Addons addons);
+    /// Functions and samples are looked for in `folders`. What sounds say is the engine's own
+    /// records, unless others have a say in these too: then it is put down `apart`, which outlives
+    /// the instrument, and the records and the voice limit are left to who takes it up from there.
+    Instrument(kits::ProgramFolders folders, Addons addons, SoundsSay* apart = nullptr);
 
     /// Puts the sound in the place of the present one; where its function fails, the function
     /// before plays on, with all else of the sound. Waits for the compiler or the disk.
@@ -94,6 +103,12 @@ class Instrument {
     /// A coefficient's text, by the rules of ApplyText; the sound is the user's own from then on.
     TextFault Edit(const Parameter& row, const std::string& text);
 
+    /// Does to the present sound what a person has done to `from` to make `to` of it: what is the
+    /// same in both is left alone, so that what plays goes on. An expression that cannot be
+    /// installed is left out; a sample that cannot be is silent, and State says which it was.
+    /// Reports as SetFunction.
+    FunctionReport Change(const Sound& from, const Sound& to);
+
     /// A macro's value, by the rules of ApplyMacroValue, or its controller, by those of
     /// ApplyMacroController; the function is the user's own from then on. Where there is a fault
     /// the sound has the text all the same, and the macro stays as it was.
@@ -117,6 +132,8 @@ class Instrument {
     const Engine& Playing() const { return engine; }
 
   private:
+    void LimitVoices(int32 limit);
+    FunctionReport ChangeFunction(const Function& from, const Function& to);
     FunctionReport InstallExpression(const std::string& expression);
     FunctionReport Follow(const std::string& expression);
     FunctionReport InstallSample(const Function& function);
@@ -139,6 +156,9 @@ class Instrument {
     Watcher watcher;
     AddonThread thread;
     Engine engine;
+    const bool isApart;
+    vexa::Playing& saidPlaying;
+    Macros& saidMacros;
 };
 
 } // namespace vexa

@@ -1,7 +1,9 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "instrument/PlaneFollower.h"
 
 #include "instrument/ShownFunction.h"
 
+#include <algorithm>
 #include <limits>
 #include <utility>
 
@@ -25,7 +27,8 @@ std::optional<NoteMoment> NewestNote(const VoiceTable& voices) {
         if (t >= least)
             continue;
         least = t;
-        newest = {slot.vel, slot.key, static_cast<float>(t), {slot.own[0], slot.own[1]}};
+        newest = {slot.vel, slot.key, static_cast<float>(t), OwnOf(slot), {}};
+        std::copy(slot.macros.begin(), slot.macros.end(), newest->macros.begin());
     }
     return newest;
 }
@@ -40,12 +43,14 @@ std::optional<PlaneFunction> PlaneFollower::Next() {
     if (heard.empty())
         return std::exchange(changed, false) ? std::optional(f) : std::nullopt;
     const NoteMoment note = NewestNote(records.voices).value_or(kNoNote);
-    std::array<float, kMostInputs> next = InputsOf(
-        f.Source(), note, records.macros, records.controllers, OwnControllers(records.playing));
+    const OwnControllers own(records.playing, records.macros);
+    std::array<float, kMostInputs> next =
+        InputsOf(f.Source(), note, records.macros, records.controllers, own);
     // Where they are on their way to: while nothing is rendered they do not arrive.
     for (std::size_t k = 0; k < heard.size(); k++) {
+        const std::size_t number = heard[k].number;
         if (heard[k].kind == FunctionInput::Kind::Macro)
-            next[k] = records.macros[heard[k].number].value;
+            next[k] = Wanted(records.macros[number], own.OfMacro(number, note.own, note.macros));
     }
     if (!std::exchange(changed, false) && next == inputs)
         return std::nullopt;

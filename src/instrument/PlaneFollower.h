@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the plane shows of a function that hears more than x and y, from moment to moment.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // From an expression's text to a formula that may play.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Options that say how a sound is played, whatever it says itself: the same in all programs.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "instrument/Programs.h"
 
 namespace vexa {
@@ -9,6 +10,16 @@ kits::Result<std::filesystem::path> FindProgram(const kits::ProgramFolders& fold
         return kits::Error{"there is no program " + std::to_string(number) + ": there are " +
                            std::to_string(names.size()) + " sounds, the first is program 0"};
     return folders.Find("sounds", names[index]);
+}
+
+kits::Result<Sound> ReadWhole(const std::filesystem::path& path, const Instrument& instrument,
+                              ReadReport& report) {
+    kits::Result<Sound> sound = ReadSound(path, report);
+    if (!sound)
+        return kits::Error{report.reason};
+    if (const FunctionReport tried = instrument.Try(sound->function); !tried)
+        return kits::Error{Text(tried)};
+    return sound;
 }
 
 } // namespace vexa

@@ -1,6 +1,9 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Sounds by number, as program changes choose them.
 #pragma once
 
+#include "documents/SoundDocument.h"
+#include "instrument/Instrument.h"
 #include "kits/storage/ProgramFolder.h"
 #include "kits/support/Result.h"
 #include "kits/support/SupportDefs.h"
@@ -12,5 +15,10 @@ namespace vexa {
 /// The sound with that number, from 0 in byte order of file names, a person's own and those that
 /// came with the program together. The error says how many there are.
 kits::Result<std::filesystem::path> FindProgram(const kits::ProgramFolders& folders, int32 number);
+
+/// A sound that the instrument will take whole: its function has been tried. The error, and
+/// `report`, say what is wrong with it. Window thread.
+kits::Result<Sound> ReadWhole(const std::filesystem::path& path, const Instrument& instrument,
+                              ReadReport& report);
 
 } // namespace vexa

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What plays, without devices and documents: MIDI events in, samples out.
 #pragma once
 

@@ -1,6 +1,8 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "midi/MidiChannel.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace vexa {
 
@@ -20,6 +22,10 @@ enum : uchar {
 constexpr uchar kNone = 127;
 /// Registered parameters, with a most significant byte of 0.
 enum : uchar { kRangeParameter = 0, kZoneParameter = 6 };
+/// The widest range of the bend wheel, in semitones (MPE, MIDI Association 2018), and the most
+/// hundredths of one.
+constexpr float kWidestRange = 96;
+constexpr uchar kMostHundredths = 99;
 /// A bend of 0, of 14 bits.
 constexpr int kCentre = 0x2000;
 
@@ -31,18 +37,16 @@ float Squared(uchar value) {
 } // namespace
 
 void HeldKeys::Press(const Key& key) {
-    Release(key.note, key.channel);
+    const auto ignored = [](const NoteName&) {};
+    Release(key.name, ignored);
     if (count == keys.size())
-        Release(keys.front().note, keys.front().channel);
+        Release(keys.front().name, ignored);
     keys[count++] = key;
 }
 
-void HeldKeys::Release(uchar note, uchar channel) {
-    auto* const end = keys.begin() + count;
-    count = static_cast<std::size_t>(
-        std::remove_if(keys.begin(), end,
-                       [=](const Key& key) { return key.note == note && key.channel == channel; }) -
-        keys.begin());
+bool HeldKeys::Has(const NoteName& name) const {
+    return std::any_of(keys.begin(), keys.begin() + count,
+                       [&](const Key& key) { return key.name == name; });
 }
 
 std::optional<HeldKeys::Key> HeldKeys::Last() const {
@@ -75,18 +79,23 @@ MidiChannel::Change MidiChannel::Control(uchar controller, uchar value) {
             return Change::Zone;
         if (parameterMsb != 0 || parameterLsb != kRangeParameter)
             return Change::None;
-        if (controller == kDataMsb) {
-            dataMsb = value;
-            dataLsb = 0;
-        } else {
-            dataLsb = value;
-        }
-        // Semitones, and hundredths of one.
-        range = static_cast<float>(dataMsb) + static_cast<float>(dataLsb) / 100;
+        // Of a pair the most significant byte comes first, and alone it has no hundredths.
+        if (controller == kDataMsb)
+            range = {value, {}};
+        else
+            range.hundredths = value;
         return Change::Bend;
     default:
         return Change::None;
     }
+}
+
+float MidiChannel::Range::Of(float otherwise) const {
+    if (!semitones && !hundredths)
+        return otherwise;
+    const float whole = semitones ? static_cast<float>(*semitones) : std::floor(otherwise);
+    const float rest = static_cast<float>(std::min(hundredths.value_or(0), kMostHundredths)) / 100;
+    return std::min(whole + rest, kWidestRange);
 }
 
 void MidiChannel::SetBend(uchar lsb, uchar msb) {
@@ -100,7 +109,7 @@ void MidiChannel::Reset() {
     expression = 1;
     parameterMsb = parameterLsb = kNone;
     sustain = sostenuto = false;
-    own = kNoteBegins;
+    std::copy_n(kNoteBegins.begin(), kOwnMacros, own.begin());
 }
 
 } // namespace vexa

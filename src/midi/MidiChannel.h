@@ -1,9 +1,12 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the hands hold on one MIDI channel.
 #pragma once
 
 #include "kits/support/SupportDefs.h"
+#include "midi/NoteName.h"
 #include "synth/OwnControllers.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <optional>
@@ -14,12 +17,25 @@ namespace vexa {
 class HeldKeys {
   public:
     struct Key {
-        uchar note, velocity, channel;
+        NoteName name;
+        /// 0..1
+        float velocity;
     };
     /// A key that is down already becomes the last one; of too many the first is forgotten.
     void Press(const Key& key);
-    void Release(uchar note, uchar channel);
-    void Clear() { count = 0; }
+    /// Tells the names of the keys that fit and were down.
+    template<class Told>
+    void Release(const NoteName& pattern, Told told) {
+        std::size_t kept = 0;
+        for (std::size_t i = 0; i < count; i++) {
+            if (keys[i].name.Fits(pattern))
+                told(keys[i].name);
+            else
+                keys[kept++] = keys[i];
+        }
+        count = kept;
+    }
+    bool Has(const NoteName& name) const;
     /// The last one that is still down.
     std::optional<Key> Last() const;
 
@@ -33,21 +49,24 @@ class MidiChannel {
   public:
     /// What a control has changed.
     enum class Change { None, Bend, Volume, Zone };
-    /// Volume, expression, and by registered parameters the range of the bend wheel (0) and the
-    /// zone of MPE (6), whose members are the value; other parameters change nothing.
+    /// Volume, expression, and by registered parameters the range of the bend wheel (0: semitones
+    /// and hundredths, each of which may come alone, 96 semitones at most) and the zone of MPE (6),
+    /// whose members are the value; other parameters change nothing.
     Change Control(uchar controller, uchar value);
     void SetBend(uchar lsb, uchar msb);
     /// By the MIDI association's practice for controller 121, as far as it is kept here: bend,
     /// expression, parameter, pedals.
     void Reset();
+    /// What it has of the macros' controllers, which Reset leaves.
+    void ForgetMacros() { std::fill(own.begin() + kOwnMacros, own.end(), -1.0F); }
     /// The wheel is let go.
     void CentreBend() { bend = 0; }
     /// The range of the wheel, in semitones, where it is told, and that another channel told.
-    void ForgetRange() { range.reset(); }
+    void ForgetRange() { range = {}; }
     void TakeRange(const MidiChannel& other) { range = other.range; }
 
     /// Semitones; `otherwise` is the range where none was told.
-    float Bend(float otherwise) const { return bend * range.value_or(otherwise); }
+    float Bend(float otherwise) const { return bend * range.Of(otherwise); }
     /// The factor on the output.
     float Volume() const { return volume * expression; }
 
@@ -62,16 +81,21 @@ class MidiChannel {
     int voice = -1;
 
   private:
-    static constexpr OwnValues kNoteBegins{0, 64.0F / 127};
+    static constexpr OwnValues kNoteBegins{0, 64.0F / 127, -1, -1, -1, -1};
+
+    /// How far the wheel bends, as far as it was told.
+    struct Range {
+        std::optional<uchar> semitones;
+        std::optional<uchar> hundredths;
+        float Of(float otherwise) const;
+    };
 
     /// -1..1
     float bend = 0;
     float volume = 1, expression = 1;
     /// The parameter that data are for; 127, 127 is none.
     uchar parameterMsb = 127, parameterLsb = 127;
-    uchar dataMsb = 0, dataLsb = 0;
-    /// Semitones, where it is not the sound's.
-    std::optional<float> range;
+    Range range;
 };
 
 } // namespace vexa

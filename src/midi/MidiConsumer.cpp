@@ -1,9 +1,9 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "midi/MidiConsumer.h"
 
 #include "kits/application/AppFileInfo.h"
 #include "synth/Coefficients.h"
 #include "synth/Envelope.h"
-#include "synth/NoteInputs.h"
 #include "synth/ParameterTable.h"
 
 #include <algorithm>
@@ -17,9 +17,9 @@ float Normalised(uchar value) {
 }
 
 /// Where the orbit's centre starts in one direction.
-float StartOf(const CoefficientGroup& group, const sound_param& p,
-              const ControllerTable& controllers, const OwnControllers& own,
-              const NoteMoment& note) {
+float Centre(const CoefficientGroup& group, const sound_param& p,
+             const ControllerTable& controllers, const OwnControllers& own,
+             const NoteMoment& note) {
     const Coefficients now = group.Now(p, controllers);
     const Weights weights = now.For(note.vel, note.key, own.Of(now.number, note.own, now.control));
     return static_cast<float>(weights.c0 + weights.rest);
@@ -47,38 +47,50 @@ VexaMidiConsumer::VexaMidiConsumer(const char* name, ControllerTable& controller
 }
 
 void VexaMidiConsumer::NoteOn(uchar from, uchar note, uchar velocity, bigtime_t) {
+    Begin({NoteName::kOfMidi, from, note}, Normalised(velocity));
+}
+
+void VexaMidiConsumer::Begin(const NoteName& name, float velocity) {
+    const auto from = static_cast<uchar>(name.channel);
     if (!Accepts(from))
-        return;
+        return AddEnded(name);
     TakeUpSound();
+    const HeldKeys::Key struck{name, velocity};
     if (playing.Mode() != PlayMode::poly)
-        HandOf(from).keys.Press({note, velocity, from});
-    Strike(from, note, velocity);
+        HandOf(from).keys.Press(struck);
+    Strike(struck);
+}
+
+/// What a voice of the note begins with.
+VexaMidiConsumer::Start VexaMidiConsumer::StartOf(const NoteMoment& note) const {
+    const OwnControllers own(playing, macros);
+    const float cx = Centre(kCx0, parameters, controllers, own, note);
+    const float cy = Centre(kCy0, parameters, controllers, own, note);
+    const auto x = static_cast<float>(double(parameters.EnvAx->Value(0, false, 0)) + cx);
+    const PlaneSource& f = function.Get().Source();
+    const std::array<float, kMostInputs> inputs = InputsOf(f, note, macros, controllers, own);
+    return {cx, cy, Heard(f.At(x, cy, inputs.data()))};
 }
 
 /// Gives the key a voice, or the one voice of its channel.
-void VexaMidiConsumer::Strike(uchar from, uchar note, uchar velocity) {
+void VexaMidiConsumer::Strike(const HeldKeys::Key& struck) {
     const kits::Reader::Section reading(reader);
+    const NoteName& name = struck.name;
+    const auto from = static_cast<uchar>(name.channel), note = static_cast<uchar>(name.key);
     const float freq = tuning.Get()[note & 127];
     if (freq == 0)
-        return;
-    const float vel = Normalised(velocity);
+        return AddEnded(name);
+    const float vel = struck.velocity;
     const float key = Normalised(note);
     const NoteMoment moment{vel, key, 0, OwnOf(from)};
-    const OwnControllers own(playing);
-    const float cx = StartOf(kCx0, parameters, controllers, own, moment);
-    const float cy = StartOf(kCy0, parameters, controllers, own, moment);
-
-    const auto x = static_cast<float>(double(parameters.EnvAx->Value(0, false, 0)) + cx);
-    const PlaneSource& f = function.Get().Source();
-    const std::array<float, kMostInputs> inputs = InputsOf(f, moment, macros, controllers, own);
-    const float start = Heard(f.At(x, cy, inputs.data()));
+    const Start start = StartOf(moment);
 
     MidiChannel& hand = HandOf(from);
     const PlayMode mode = playing.Mode();
     const bool takesOver = mode != PlayMode::poly && Plays(hand.voice, from);
-    const int index = takesOver ? hand.voice : ChooseSlot(key, from);
+    const int index = takesOver ? hand.voice : ChooseSlot(key, name);
     if (index < 0)
-        return;
+        return AddEnded(name);
     hand.voice = index;
     for (std::size_t i = 0; i < voices.size(); i++)
         holders[i].bygone = holders[i].bygone || (holders[i].channel == from && voices[i].released);
@@ -89,7 +101,8 @@ void VexaMidiConsumer::Strike(uchar from, uchar note, uchar velocity) {
         !(takesOver && mode == PlayMode::legato && before.Active() && !slot.released);
     // A key that is struck again under the pedal stays under it.
     const bool again = before.Active() && slot.key == key;
-    holder = {from, true, again && holder.sostenuto, false};
+    AddEnded(holder.name);
+    holder = {from, true, again && holder.sostenuto, false, name};
     slot.key = key;
     slot.freq = freq;
     slot.channel = from;
@@ -102,11 +115,15 @@ void VexaMidiConsumer::Strike(uchar from, uchar note, uchar velocity) {
         slot.bend = BendOf(from);
         std::copy(moment.own.begin(), moment.own.end(), slot.own.begin());
     }
+    std::copy(moment.macros.begin(), moment.macros.end(), slot.macros.begin());
+    slot.tuning = 0;
+    ShowGains(static_cast<std::size_t>(index));
+    slot.expressed = slot.expressed + 1;
     if (attacks) {
         slot.vel = vel;
-        slot.startcx = cx;
-        slot.startcy = cy;
-        slot.start = start;
+        slot.startcx = start.cx;
+        slot.startcy = start.cy;
+        slot.start = start.out;
         slot.continues = before.Active();
         slot.released = false;
         slot.notes = slot.notes + 1;
@@ -132,10 +149,10 @@ void VexaMidiConsumer::KeepToLimit() {
 
 /// The slot for a new note: the one that plays the same key, else a free one, else a stolen one;
 /// -1 with a voice limit below 1.
-int VexaMidiConsumer::ChooseSlot(float key, uchar from) {
+int VexaMidiConsumer::ChooseSlot(float key, const NoteName& name) {
     for (int i = 0; i < kVoiceSlots; i++) {
         if (voices[i].state.Look().Active() && !voices[i].released && voices[i].key == key &&
-            IsThatNote(static_cast<std::size_t>(i), from))
+            IsThatNote(static_cast<std::size_t>(i), name))
             return i;
     }
     if (CountVox() < voiceLimit) {
@@ -152,26 +169,30 @@ int VexaMidiConsumer::ChooseSlot(float key, uchar from) {
 
 void VexaMidiConsumer::NoteOff(uchar from, uchar note, uchar, bigtime_t) {
     TakeUpSound();
+    const NoteName name{NoteName::kOfMidi, from, note};
     const bool accepted = Accepts(from);
     const float key = Normalised(note);
-    MidiChannel& hand = HandOf(from);
-    hand.keys.Release(note, from);
-    const std::optional<HeldKeys::Key> last = hand.keys.Last();
-    if (last && playing.Mode() != PlayMode::poly && Plays(hand.voice, from)) {
-        const auto index = static_cast<std::size_t>(hand.voice);
-        if (voices[index].key == key && !voices[index].released && IsThatNote(index, from))
-            return Strike(last->channel, last->note, last->velocity);
-    }
+    HandOf(from).keys.Release(name, [](const NoteName&) {});
     for (std::size_t index = 0; index < voices.size(); index++) {
-        voice& slot = voices[index];
-        if (!slot.state.Look().Active() || slot.released || slot.key != key ||
-            !IsThatNote(index, from) || !(accepted || holders[index].channel == from))
-            continue;
-        holders[index].key = false;
-        if (!Sustains(index))
-            Release(index);
+        const voice& slot = voices[index];
+        if (slot.state.Look().Active() && !slot.released && slot.key == key &&
+            IsThatNote(index, name) && (accepted || holders[index].channel == from))
+            LetGo(index, from);
     }
     KeepToLimit();
+}
+
+/// A slot's key is up, as was heard on a channel: where there is one voice only it goes back to
+/// another key that is down, else it is released where no pedal holds it.
+void VexaMidiConsumer::LetGo(std::size_t index, uchar from) {
+    const MidiChannel& hand = HandOf(from);
+    const std::optional<HeldKeys::Key> last = hand.keys.Last();
+    if (last && playing.Mode() != PlayMode::poly && hand.voice == static_cast<int>(index) &&
+        Plays(hand.voice, from))
+        return Strike(*last);
+    holders[index].key = false;
+    if (!Sustains(index))
+        Release(index);
 }
 
 void VexaMidiConsumer::Release(std::size_t index) {

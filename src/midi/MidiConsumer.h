@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Notes in: turns MIDI events into changes of the voice and controller tables.
 #pragma once
 
@@ -6,7 +7,9 @@
 #include "kits/support/Published.h"
 #include "midi/MidiChannel.h"
 #include "midi/MpeZones.h"
+#include "midi/NoteName.h"
 #include "synth/Macros.h"
+#include "synth/NoteInputs.h"
 #include "synth/PlaneFunction.h"
 #include "synth/Playing.h"
 #include "synth/SoundParam.h"
@@ -41,15 +44,44 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     /// Silences every slot at once, whatever the channel. Any thread.
     void AllNotesOff(bool justChannel, bigtime_t time) override;
 
+    /// Notes that a host names, of which those with other names are others even on the same key.
+    /// Real-time safe, MIDI thread, as all here with names.
+    ///
+    /// Begins one; the velocity is 0..1.
+    void Begin(const NoteName& name, float velocity);
+    /// Lets the keys go of those that fit, or silences them at once.
+    void End(const NoteName& pattern);
+    void Choke(const NoteName& pattern);
+    /// Each is for the notes that fit and sound, be they of MIDI, until they end. Macros are 0..1,
+    /// their modulation -1..1 in place of the common one (Macro::modulation). What is beyond its
+    /// range is bounded; what is no number is ignored.
+    void Express(const NoteName& pattern, Expression which, float value);
+    void SetMacro(const NoteName& pattern, std::size_t macro, float value);
+    void ModulateMacro(const NoteName& pattern, std::size_t macro, float amount);
+    /// Tells the names of the named notes that have ended since the last call, once for each
+    /// beginning: their keys are up, and nothing is heard of them any more.
+    template<class Told>
+    void TakeEnded(Told told) {
+        FindEnded();
+        for (std::size_t i = 0; i < endedCount; i++) {
+            if (HasEnded(i))
+                told(ended[i]);
+        }
+        endedCount = 0;
+    }
+    /// Whether nothing sounds, or only what is over.
+    bool IsSilent() const;
+
     /// The channel that is listened to, 0..15, or -1 for all. Any thread.
     int32 Channel() const { return channel; }
     /// A change releases the notes that have come in by the endpoint's connections and are held.
     /// Window thread.
     void SetChannel(int32 next);
 
-    /// All channels but the first are those of one note each from the beginning on (MPE), and bend,
-    /// whether a sound says how it is played or not. Before the first event. Window thread.
-    void ExpectMpe();
+    /// All channels but the first are those of one note each (MPE), and bend, whether a sound says
+    /// how it is played or not; or no longer so. Where that changes anything the notes of these
+    /// channels end. MIDI thread, or before the first event.
+    void ExpectMpe(bool whether = true);
 
     /// The function that new voices are charged with; as VoiceRenderer::SetFunction. Window thread.
     void SetFunction(const PlaneFunction& next) { function.Publish(next); }
@@ -58,7 +90,7 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     /// no voice. Window thread.
     void SetTuning(const Tuning& next) { tuning.Publish(next); }
 
-    /// Silences voices until at most `limit` sound, which then is the voice limit. Window thread.
+    /// Silences voices until at most `limit` sound, which then is the voice limit. Any thread.
     void ReduceToMaxVox(int32 limit);
     /// Notes that sound and are not released. Any thread.
     int32 CountHeld() const;
@@ -79,21 +111,35 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     bool Accepts(uchar from) const {
         return channel == -1 || channel == from || channel == MasterOf(from);
     }
-    int ChooseSlot(float key, uchar from);
+    int ChooseSlot(float key, const NoteName& name);
     void KeepToLimit();
-    void Strike(uchar from, uchar note, uchar velocity);
+    void Strike(const HeldKeys::Key& struck);
+    struct Start {
+        float cx, cy, out;
+    };
+    Start StartOf(const NoteMoment& note) const;
+    void LetGo(std::size_t index, uchar from);
     void Release(std::size_t index);
+    template<class Change>
+    void ChangeNotes(const NoteName& pattern, Change change);
+    void Charge(std::size_t index);
+    void ShowGains(std::size_t index);
+    void FindEnded();
+    void AddEnded(const NoteName& name);
+    bool HasEnded(std::size_t which) const;
 
     void TakeUpSound();
     std::optional<uchar> MasterOf(uchar from) const;
     bool IsOwn(uchar from) const;
     MidiChannel& HandOf(uchar from);
     bool Concerns(uchar from, uchar to) const;
-    bool IsThatNote(std::size_t index, uchar from) const;
+    bool IsThatNote(std::size_t index, const NoteName& name) const;
     OwnValues OwnOf(uchar from) const;
     float BendOf(uchar from) const;
     void ConfigureZone(uchar master, uchar members);
     void SetOwn(uchar from, std::size_t which, float value);
+    bool GiveOwn(uchar from, std::size_t which, float value);
+    void ForgetMacros();
     bool Plays(int index, uchar from) const;
     bool Sustains(std::size_t index) const;
     void ReleaseUnheld(uchar from);
@@ -122,12 +168,21 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
         bool sostenuto = false;
         /// It was released before another began on the channel of its own.
         bool bygone = false;
+        /// Its id is kOfMidi from when the host has been told of its end, too.
+        NoteName name{NoteName::kOfMidi, -1, -1};
+        /// As Expression.
+        float volume = 1, loudness = 1, pan = 0.5F;
     };
     std::array<Holder, kVoiceSlots> holders{};
+    /// What may have ended since TakeEnded.
+    std::array<NoteName, 256> ended{};
+    std::size_t endedCount = 0;
     std::array<MidiChannel, 16> channels{};
     MpeZones zones;
-    /// What TakeUpSound has taken up: of Playing::loads and `panics`. MIDI thread.
+    /// What TakeUpSound has taken up: of Playing::loads and `panics`, and the macros' controllers.
+    /// MIDI thread.
     uint32 loads = 0, panicked = 0;
+    std::array<int32, kMacros> macroControllers{};
     std::atomic<uint32> panics{0};
     kits::Published<PlaneFunction> function{dummyfunction};
     kits::Published<Tuning> tuning{EqualTemperament()};

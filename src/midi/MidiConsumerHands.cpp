@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Wheel, pedals, pressure and controllers: what a player's hands and feet do besides striking keys.
 #include "midi/MidiConsumer.h"
 
@@ -30,8 +31,14 @@ void VexaMidiConsumer::TakeUpSound() {
     if (const uint32 now = panics; now != panicked) {
         panicked = now;
         for (MidiChannel& channel : channels)
-            channel.keys.Clear();
+            channel.keys.Release({}, [this](const NoteName& name) { AddEnded(name); });
     }
+    std::array<int32, kMacros> assigned;
+    std::transform(macros.begin(), macros.end(), assigned.begin(),
+                   [](const Macro& macro) { return int32(macro.controller); });
+    if (playing.loads != loads || assigned != macroControllers)
+        ForgetMacros();
+    macroControllers = assigned;
     if (const uint32 now = playing.loads; now != loads) {
         loads = now;
         for (uchar from = 0; from < channels.size(); from++) {
@@ -110,9 +117,9 @@ void VexaMidiConsumer::ControlChange(uchar from, uchar controller, uchar value, 
     }
     if (!Accepts(from))
         return;
-    if (controller == kTimbreNumber && IsOwn(from))
-        return SetOwn(from, kOwnTimbre, Normalised(value));
-    SetController(controller, Normalised(value));
+    const OwnControllers own(playing, macros);
+    if (!GiveOwn(from, own.Which(controller), Normalised(value)))
+        SetController(controller, Normalised(value));
     if (!playing.Bends())
         return;
     if (controller == kResetControllers)
@@ -190,9 +197,8 @@ void VexaMidiConsumer::ApplyVolume(uchar from) {
 void VexaMidiConsumer::ChannelPressure(uchar from, uchar pressure, bigtime_t) {
     if (!Accepts(from))
         return;
-    if (IsOwn(from))
-        return SetOwn(from, kOwnPressure, Normalised(pressure));
-    if (playing.Pressure() >= 0)
+    TakeUpSound();
+    if (!GiveOwn(from, kOwnPressure, Normalised(pressure)) && playing.Pressure() >= 0)
         SetController(static_cast<uchar>(playing.Pressure()), Normalised(pressure));
 }
 

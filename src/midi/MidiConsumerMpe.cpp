@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Notes that have channels of their own.
 #include "midi/MidiConsumer.h"
 
@@ -14,9 +15,9 @@ constexpr uchar kAllMembers = 15;
 
 } // namespace
 
-void VexaMidiConsumer::ExpectMpe() {
-    playing.mpe = true;
-    zones.Configure(0, kAllMembers);
+void VexaMidiConsumer::ExpectMpe(bool whether) {
+    playing.mpe = whether;
+    ConfigureZone(0, whether ? kAllMembers : 0);
 }
 
 /// The master of the zone that the channel is a member of. Where neither the sound nor an option
@@ -40,10 +41,13 @@ bool VexaMidiConsumer::Concerns(uchar from, uchar to) const {
     return from == to || MasterOf(to) == from;
 }
 
-/// Whether a key that comes on the channel may be that of the slot's note: a key on a channel of
-/// its own is another than on any other channel.
-bool VexaMidiConsumer::IsThatNote(std::size_t index, uchar from) const {
-    const uchar of = holders[index].channel;
+/// Whether a key may be that of the slot's note: one with another name of a host's is not, and of
+/// MIDI's a key on a channel of its own is another than on any other channel.
+bool VexaMidiConsumer::IsThatNote(std::size_t index, const NoteName& name) const {
+    const NoteName& own = holders[index].name;
+    if (own.id != NoteName::kOfMidi || name.id != NoteName::kOfMidi)
+        return own == name;
+    const uchar of = holders[index].channel, from = static_cast<uchar>(name.channel);
     return of == from || !(IsOwn(of) || IsOwn(from));
 }
 
@@ -73,6 +77,25 @@ void VexaMidiConsumer::SetOwn(uchar from, std::size_t which, float value) {
     }
 }
 
+/// A member's controller is for its notes alone, and then the answer is true. A master's is for the
+/// notes of all members, whatever these have had: they follow a macro again, and have the value of
+/// what else is theirs.
+bool VexaMidiConsumer::GiveOwn(uchar from, std::size_t which, float value) {
+    for (uchar to = 0; which < kOwnControllers && to < channels.size(); to++) {
+        if (IsOwn(to) && Concerns(from, to))
+            SetOwn(to, which, to == from || which < kOwnMacros ? value : kNoOwnValues[which]);
+    }
+    return which < kOwnControllers && IsOwn(from);
+}
+
+/// What notes have had of a macro's controller was another sound's, or meant for another macro.
+void VexaMidiConsumer::ForgetMacros() {
+    for (MidiChannel& channel : channels)
+        channel.ForgetMacros();
+    for (voice& slot : voices)
+        std::fill(slot.own.begin() + kOwnMacros, slot.own.end(), kNoOwnValues.back());
+}
+
 /// The channels that come into a zone or leave one begin anew, and their notes end.
 void VexaMidiConsumer::ConfigureZone(uchar master, uchar members) {
     const MpeZones before = zones;
@@ -91,7 +114,8 @@ void VexaMidiConsumer::ConfigureZone(uchar master, uchar members) {
             continue;
         channels[from].Reset();
         channels[from].ForgetRange();
-        channels[from].keys.Clear();
+        channels[from].ForgetMacros();
+        channels[from].keys.Release({}, [this](const NoteName& name) { AddEnded(name); });
         ApplyVolume(from);
     }
 }

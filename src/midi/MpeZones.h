@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Which MIDI channels are one note's own, by MPE (MIDI Polyphonic Expression, MIDI Association
 // 2018).
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Program changes, by which a player chooses sounds.
 #pragma once
 

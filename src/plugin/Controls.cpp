@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "plugin/Controls.h"
 
 #include <algorithm>
@@ -56,8 +57,23 @@ const std::array<Control, kControls>& Controls() {
         OfPlaying("polyphony", "Polyphony", nullptr, 0),
         OfPlaying("mode", "Mode", nullptr, -1),
         OfOversampling(),
+        Control{"mpe", "MPE", nullptr, 0, 1, 1, true, nullptr},
     };
     return controls;
+}
+
+std::vector<ControlPoint> Points(const Control& control) {
+    if (&control == &Controls()[kMpeControl])
+        return {{control.asSound, "as configured by its message"}, {control.minimum, "on"}};
+    std::vector<ControlPoint> points{{control.asSound, "as the sound"}};
+    for (const PlayingRow& row : PlayingRows()) {
+        for (std::size_t i = 0; row.target == control.target && i < row.words.size(); i++) {
+            const std::string word(row.words[i]);
+            const bool isFactor = row.target == &Playing::oversample;
+            points.push_back({isFactor ? std::stof(word) : static_cast<float>(i), word});
+        }
+    }
+    return points;
 }
 
 } // namespace vexa

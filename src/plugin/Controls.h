@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The knobs that a host sees.
 #pragma once
 
@@ -5,6 +6,8 @@
 
 #include <array>
 #include <cstddef>
+#include <string>
+#include <vector>
 
 namespace vexa {
 
@@ -17,7 +20,7 @@ struct Control {
     float asSound;
     float minimum, maximum;
     bool whole;
-    /// What it sets of how the sound is played; null for a macro.
+    /// What it sets of how the sound is played; null for a macro and for the switch of MPE.
     kits::Shared<float> Playing::*target;
 
     /// Whether a value that a host gives leaves the say to the sound; a NaN does.
@@ -26,11 +29,22 @@ struct Control {
     float Bounded(float value) const;
 };
 
-/// Macros a to d come second to fifth.
-constexpr std::size_t kControls = 11;
+/// Macros a to d come second to fifth; the last one has notes expected on channels of their own,
+/// which otherwise the configuration message of MPE begins and ends.
+constexpr std::size_t kControls = 12;
 constexpr std::size_t kFirstMacroControl = 1;
+constexpr std::size_t kMpeControl = 11;
 using ControlValues = std::array<float, kControls>;
 
 const std::array<Control, kControls>& Controls();
+
+/// A value that has a name.
+struct ControlPoint {
+    float value;
+    std::string label;
+};
+
+/// The lowest value, and all others of a knob that is a choice between few.
+std::vector<ControlPoint> Points(const Control& control);
 
 } // namespace vexa

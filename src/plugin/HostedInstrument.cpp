@@ -1,56 +1,97 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "plugin/HostedInstrument.h"
 
 #include "documents/SoundDocument.h"
+#include "kits/support/Published.h"
 
 #include <algorithm>
 #include <filesystem>
+#include <limits>
 
 namespace vexa {
 
 namespace {
 
-/// The voice limit of a sound that has none, as with the programs without a window.
-constexpr int32 kUsualVoices = 20;
-constexpr float kGain = 0.25F; // that of vexa-render
+/// The MIDI controller that lets go of all others.
+constexpr uint8 kResetControllers = 121;
 
 struct Header {
     Request request;
     uint32 size;
 };
 
+/// What became of it, in a plug-in's words: no compiler has a part in it.
+std::string Fault(const FunctionReport& report, const Function& function) {
+    if (report || function.kind == FunctionKind::Sample)
+        return report ? "" : Text(report);
+    return "The formula cannot be played: " + report.details;
+}
+
 } // namespace
 
 HostedInstrument::HostedInstrument(kits::ProgramFolders programFolders, double rate)
-    : folders(std::move(programFolders)), instrument(folders, Addons::None) {
-    instrument.SetUsualVoices(kUsualVoices);
+    : folders(std::move(programFolders)) {
     oversampler.SetFrameRate(rate);
-    instrument.Playing().renderer.SetGain(kGain);
-    instrument.Load(Sound());
-    TellSound();
+    instrument.Playing().renderer.SetGain(VoiceRenderer::kUsualGain);
+    ReadReport ignored;
+    const kits::Result<Sound> sound = ReadSound(folders.Find("sounds", "default.xml"), ignored);
+    if (!sound || !instrument.Load(*sound))
+        instrument.Load(Sound());
+    ControlValues none;
+    none.fill(std::numeric_limits<float>::quiet_NaN());
+    TakeControls(none);
+}
+
+void HostedInstrument::Restart(double rate) noexcept {
+    Engine& engine = instrument.Playing();
+    for (uchar channel = 0; channel < 16; channel++)
+        engine.consumer.ControlChange(channel, kResetControllers, 0, 0);
+    engine.consumer.AllNotesOff(false, 0);
+    for (uchar channel = 0; channel < 16; channel++)
+        engine.consumer.SourceEnded(channel, 0);
+    for (Macro& macro : engine.macros)
+        macro.modulation = 0;
+    engine.renderer.Clear();
+    oversampler.SetFrameRate(rate);
 }
 
 void HostedInstrument::TakeControls(const ControlValues& values) noexcept {
     Engine& engine = instrument.Playing();
-    bool anyPlaying = false;
-    const uint32 loaded = engine.playing.loads;
+    const uint32 loaded = said.playing.loads;
+    for (const PlayingRow& row : PlayingRows())
+        engine.playing.*row.target = float(said.playing.*row.target);
+    bool given = said.playing.given;
     for (std::size_t i = 0; i < kControls; i++) {
         const Control& control = Controls()[i];
-        const bool own = !control.LeavesToSound(values[i]);
-        const float value = own ? control.Bounded(values[i]) : float(told[i]);
-        if (control.target) {
-            anyPlaying |= own;
-            engine.playing.*control.target = value;
-        } else if (own && (taken[i] != value || loaded != loads)) {
-            engine.macros[i - kFirstMacroControl].value = value;
-        } else if (!own && taken[i]) {
-            engine.macros[i - kFirstMacroControl].value = value;
-        }
-        taken[i] = own ? std::optional(value) : std::nullopt;
+        if (!control.target || control.LeavesToSound(values[i]))
+            continue;
+        engine.playing.*control.target = control.Bounded(values[i]);
+        // How finely a sound is computed says nothing of how it is played.
+        given = given || control.target != &Playing::oversample;
     }
-    engine.playing.given = anyPlaying || given;
-    const auto said = static_cast<int32>(float(engine.playing.polyphony));
-    const int32 next = said > 0 ? said : kUsualVoices;
-    if (next != limit || loaded != loads)
+    engine.playing.given = given;
+    engine.playing.loads = loaded;
+    // A controller may move a macro away from where sound and knob have it.
+    for (std::size_t i = 0; i < kMacros; i++) {
+        const std::size_t at = kFirstMacroControl + i;
+        const Control& control = Controls()[at];
+        const float value = control.LeavesToSound(values[at]) ? float(said.macros[i].value)
+                                                              : control.Bounded(values[at]);
+        if (macros[i] != value || loaded != loads)
+            engine.macros[i].value = value;
+        engine.macros[i].controller = int32(said.macros[i].controller);
+        macros[i] = value;
+    }
+    const bool mpe = !Controls()[kMpeControl].LeavesToSound(values[kMpeControl]);
+    if (mpe != expectsMpe)
+        engine.consumer.ExpectMpe(mpe);
+    expectsMpe = mpe;
+    const auto voices = static_cast<int32>(float(engine.playing.polyphony));
+    const int32 next = voices > 0 ? voices : kMostVoices;
+    // A sound's lower limit does not cut keys off that are held.
+    if (loaded != loads)
+        engine.consumer.ReduceToMaxVox(std::max(next, engine.consumer.CountHeld()));
+    else if (next != limit)
         engine.consumer.ReduceToMaxVox(next);
     limit = next;
     loads = loaded;
@@ -87,6 +128,7 @@ void HostedInstrument::Midi(std::span<const uint8> message) noexcept {
 }
 
 void HostedInstrument::Render(float* left, float* right, std::size_t count) noexcept {
+    PlayPosted();
     oversampler.Render(left, right, count);
 }
 
@@ -107,6 +149,7 @@ std::string HostedInstrument::Work() {
         requests.Read(text.data(), text.size());
         messages += Do(header.request, text);
     }
+    kits::CollectRetired();
     return messages;
 }
 
@@ -115,15 +158,53 @@ std::string HostedInstrument::Do(Request request, const std::string& text) {
         ReadReport report;
         kits::Result<Sound> sound = ReadSound(text, report);
         bool loaded = false;
-        return sound ? Install(*std::move(sound), {}, loaded) : report.reason;
+        const std::string fault = sound ? Install(*std::move(sound), {}, loaded) : report.reason;
+        if (loaded)
+            soundFile = text;
+        return fault;
+    }
+    if (request == Request::Tuning || request == Request::Keymap) {
+        // The other file only if it has a part in what plays.
+        TuningChoice next = tuned ? tunedBy : TuningChoice();
+        (request == Request::Tuning ? next.scale : next.keymap) =
+            text.empty() ? std::nullopt : std::optional<std::filesystem::path>(text);
+        return Tune(next, false);
     }
     Function function = instrument.State().function;
     const bool isSample = request == Request::Sample;
     function.kind = isSample ? FunctionKind::Sample : FunctionKind::Expression;
     (isSample ? function.sampleFile : function.expression) = text;
     function.author = kDefaultAuthor;
-    const FunctionReport report = instrument.SetFunction(function);
-    return report ? "" : Text(report);
+    return Fault(instrument.SetFunction(function), function);
+}
+
+/// Where that fails all stays as it was, unless it is to be so `anyway`.
+std::string HostedInstrument::Tune(const TuningChoice& choice, bool anyway) {
+    const kits::Result<Tuning> tuning = ReadTuning(choice);
+    if (!tuning && !anyway)
+        return tuning.Fault().text;
+    tunedBy = choice;
+    tuned = bool(tuning);
+    instrument.Playing().consumer.SetTuning(tuning ? *tuning : EqualTemperament());
+    return tuning ? "" : tuning.Fault().text;
+}
+
+std::string HostedInstrument::Text(Request request) {
+    const std::lock_guard lock(documents);
+    const Function& function = instrument.State().function;
+    switch (request) {
+    case Request::Formula:
+        return function.kind == FunctionKind::Sample ? "" : function.expression;
+    case Request::Sample:
+        return SampleFileNow().value_or("");
+    case Request::Sound:
+        return soundFile;
+    case Request::Tuning:
+        return tunedBy.scale.value_or("").string();
+    case Request::Keymap:
+        return tunedBy.keymap.value_or("").string();
+    }
+    return "";
 }
 
 std::string HostedInstrument::State() {
@@ -140,45 +221,44 @@ std::string HostedInstrument::Restore(const std::string& document, const std::st
 }
 
 std::string HostedInstrument::Install(Sound next, const std::string& sample, bool& installed) {
-    const Sound before = instrument.State();
     const Function own = next.function;
     std::error_code ignored;
     if (own.kind == FunctionKind::Sample && std::filesystem::is_regular_file(sample, ignored))
         next.function.sampleFile = sample;
-    const FunctionReport report = instrument.Load(next);
-    installed = report || report.alerts.empty() || own.kind == FunctionKind::Sample;
-    if (!installed) {
-        instrument.Load(before);
-    } else {
-        // A sample that has gone is silent, and the sound still says which it was.
-        if (!report.alerts.empty())
-            instrument.Silence();
-        instrument.Adopt(own);
+    if (own.kind == FunctionKind::Expression) {
+        if (const FunctionReport tried = instrument.Try(own); !tried)
+            return Fault(tried, own);
     }
-    TellSound();
-    return report ? "" : Text(report);
+    installed = true;
+    const FunctionReport report = instrument.Load(next);
+    // A sample that has gone is silent, and the sound still says which it was.
+    if (!report.alerts.empty())
+        instrument.Silence();
+    instrument.Adopt(own);
+    soundFile.clear();
+    return Fault(report, own);
 }
 
-std::optional<std::string> HostedInstrument::SampleFile() {
-    const std::lock_guard lock(documents);
+std::optional<std::string> HostedInstrument::SampleFileNow() const {
     const Function& function = instrument.State().function;
     if (function.kind != FunctionKind::Sample)
         return std::nullopt;
     return SamplePath(function, folders).string();
 }
 
-/// From the texts and not from the engine, in which the knobs may have had their say meanwhile.
-void HostedInstrument::TellSound() {
-    Playing playing;
-    ApplyPlaying(instrument.State(), {}, playing);
-    Macros macros;
-    ApplyMacros(instrument.State().function, macros);
-    for (std::size_t i = 0; i < kControls; i++) {
-        const Control& control = Controls()[i];
-        told[i] = control.target ? float(playing.*control.target)
-                                 : float(macros[i - kFirstMacroControl].value);
-    }
-    given = bool(playing.given);
+std::optional<std::string> HostedInstrument::SampleFile() {
+    const std::lock_guard lock(documents);
+    return SampleFileNow();
+}
+
+TuningChoice HostedInstrument::TunedBy() {
+    const std::lock_guard lock(documents);
+    return tunedBy;
+}
+
+std::string HostedInstrument::RestoreTuning(const TuningChoice& choice) {
+    const std::lock_guard lock(documents);
+    return Tune(choice, true);
 }
 
 } // namespace vexa

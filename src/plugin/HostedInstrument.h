@@ -1,11 +1,16 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // An instrument inside somebody else's process, whatever the kind of plug-in.
 #pragma once
 
+#include "formula/ExpressionLimits.h"
 #include "instrument/Instrument.h"
 #include "kits/support/Ring.h"
 #include "plugin/Controls.h"
 #include "synth/Oversampler.h"
+#include "tuning/TuningChoice.h"
 
+#include <array>
+#include <atomic>
 #include <mutex>
 #include <optional>
 #include <span>
@@ -14,7 +19,7 @@
 
 namespace vexa {
 
-/// What a host may ask for while the instrument plays.
+/// What a host may ask for while the instrument plays, and what it may read.
 enum class Request : uint8 {
     /// The text is an expression.
     Formula,
@@ -22,20 +27,31 @@ enum class Request : uint8 {
     Sample,
     /// The text is the path of a sound document.
     Sound,
+    /// The text is the path of a Scala file, or empty for equal temperament.
+    Tuning,
+    /// The text is the path of a keyboard map of Scala, or empty for the usual keys.
+    Keymap,
 };
+constexpr std::size_t kRequests = 5;
 
 /// Two sides, which any two threads may be on at a time: the audio side computes and never waits;
 /// the other one works on documents, and its calls wait for each other.
 class HostedInstrument {
   public:
-    /// `rate` in samples per second. Plays the sound that a new window has.
+    /// `rate` in samples per second. Plays the sound "default", or that of a new window where there
+    /// is none.
     HostedInstrument(kits::ProgramFolders folders, double rate);
+    /// Forgets all notes and what wheels, pedals and modulation hold, and goes on at a rate. Audio
+    /// side, or while that does nothing.
+    void Restart(double rate) noexcept;
 
     /// Audio side: no allocation, lock, wait or system call.
-    /// Takes the knobs up; those that leave it to the sound give it back what it says.
+    /// Takes up the knobs and, where they leave it to the sound, what that says.
     void TakeControls(const ControlValues& values) noexcept;
     /// One message, which takes effect with the next sample. What is no whole message is ignored.
     void Midi(std::span<const uint8> message) noexcept;
+    /// What plays, for what MIDI has no words for.
+    Engine& Audio() noexcept { return instrument.Playing(); }
     /// The next `count` samples of both ears.
     void Render(float* left, float* right, std::size_t count) noexcept;
     /// Samples by which what Render gives is later than it was asked for.
@@ -43,11 +59,16 @@ class HostedInstrument {
     /// Puts a request down for Work; false where it is longer than kMostText or too many wait.
     bool Post(Request request, std::string_view text) noexcept;
 
-    static constexpr std::size_t kMostText = 16384;
+    static constexpr std::size_t kMostText = kLongestExpression;
 
     /// The other side.
+    /// Whether there is anything for Work to do.
+    bool Requested() const noexcept { return requests.Readable() > 0; }
     /// Does what was posted. Returns what there is to tell a person, empty where all went well.
     std::string Work();
+    /// What a host reads of that: of the sound as it is now; of the document that a host has asked
+    /// for, as long as it is the sound that plays; of the tuning.
+    std::string Text(Request request);
     /// The whole sound as a document.
     std::string State();
     /// Puts a document in the place of the present sound. `sample` is where its sample is here, and
@@ -56,23 +77,58 @@ class HostedInstrument {
     std::string Restore(const std::string& document, const std::string& sample, bool& taken);
     /// The file that the sound's sample is read from; nothing for an expression.
     std::optional<std::string> SampleFile();
+    /// The files that the keys are tuned by, which are the player's and not the sound's.
+    TuningChoice TunedBy();
+    /// Tunes the keys as in another session. Where the files cannot be read equal temperament
+    /// plays, and TunedBy still says which they were. Returns as Work.
+    std::string RestoreTuning(const TuningChoice& choice);
+
+    // For windows, each of which shows the sound and edits it (window/Windows.h). Of the other side
+    // too.
+
+    /// The sound, and a number that tells it from those before.
+    struct Shown {
+        Sound sound;
+        uint64 changes = 0;
+    };
+    /// Nothing where it is still the one of that number.
+    std::optional<Shown> ShownSince(uint64 changes);
+    /// As Instrument::Change, from what a window was shown. Nothing, and nothing happens, where the
+    /// sound has become another one since.
+    std::optional<Shown> Edit(const Shown& before, const Sound& next);
+    /// A message that takes effect with the next samples; one for which there is no room is lost.
+    void PostMidi(const std::array<uint8, 3>& message);
+    /// What plays. Any thread may read what any thread may read of it.
+    const SoundRecords& Records() const { return instrument.Playing(); }
+    /// Whether a window has edited the sound since the last call. Audio side.
+    bool TakeEdited() noexcept { return edited.exchange(false); }
 
   private:
     std::string Do(Request request, const std::string& text);
+    std::string Tune(const TuningChoice& choice, bool anyway);
     std::string Install(Sound next, const std::string& sample, bool& taken);
-    void TellSound();
+    std::optional<std::string> SampleFileNow() const;
+    void PlayPosted() noexcept;
 
     const kits::ProgramFolders folders;
-    Instrument instrument;
-    Oversampler oversampler{instrument.Playing().renderer};
+    SoundsSay said;
+    Instrument instrument{folders, Addons::None, &said};
+    /// With the filter of a whole render: what is heard in a session is what its export gives.
+    Oversampler oversampler{instrument.Playing().renderer, DecimationFilter::kWhole};
     std::mutex documents;
-    kits::Ring<char> requests{4 * kMostText};
-    /// What the sound says for each knob, and whether it says at all how it is played.
-    std::array<kits::Shared<float>, kControls> told;
-    kits::Shared<bool> given{false};
-    /// Of the audio side: the knobs that a value was taken from, and the limit that was set.
-    std::array<std::optional<float>, kControls> taken;
+    kits::Ring<char> requests{2 * kMostText};
+    /// What windows play, and who may write it.
+    kits::Ring<std::array<uint8, 3>> posted{256};
+    std::mutex posting;
+    std::atomic<bool> edited{false};
+    std::string soundFile;
+    TuningChoice tunedBy;
+    /// By that, as far as it could be read.
+    bool tuned = true;
+    /// Of the audio side: what it has taken up last.
+    std::array<float, kMacros> macros{};
     int32 limit = 0;
+    bool expectsMpe = false;
     uint32 loads = 0;
 };
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Samples that are too many for memory, kept until all of them are known.
 #pragma once
 

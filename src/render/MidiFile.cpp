@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "render/MidiFile.h"
 
 #include <algorithm>
@@ -19,45 +20,34 @@ constexpr int kMaxLengthBytes = 4;       // of a variable-length quantity, 7 bit
 constexpr uint32 kDefaultTempo = 500000; // microseconds per quarter note
 
 enum : uint8 {
-    kNoteOff = 0x80,
-    kNoteOn = 0x90,
-    kKeyPressure = 0xA0,
-    kControlChange = 0xB0,
-    kProgramChange = 0xC0,
-    kChannelPressure = 0xD0,
-    kPitchBend = 0xE0,
     kSystemExclusive = 0xF0,
     kEscape = 0xF7,
     kMeta = 0xFF,
 };
 enum : uint8 { kEndOfTrack = 0x2F, kSetTempo = 0x51 };
 
-bool SilencesAll(uint8 controller) {
-    return controller == 120 || controller >= 123;
-}
-
 /// An event at a tick, before the tempo map has told its time.
-struct TimedEvent {
-    /// The first ones are those of MidiEvent.
-    enum class Kind : uint8 {
-        NoteOff,
-        NoteOn,
-        KeyPressure,
-        ControlChange,
-        ChannelPressure,
-        PitchBend,
-        AllNotesOff,
-        Tempo,
-        TrackEnd,
-    };
-
+struct ChannelEvent {
     uint64 tick;
     /// Where in the file the event begins.
     uint32 position;
-    Kind kind;
-    /// Channel, number and value, or the 24 bits of a tempo, most significant first.
-    uint8 data[3];
+    MidiEvent::Kind kind;
+    uint8 channel, number, value;
 };
+
+struct TempoChange {
+    uint64 tick;
+    uint32 position;
+    /// Microseconds per quarter note.
+    uint32 tempo;
+};
+
+/// Into order; events of one moment stay in the order of their tracks.
+template<class Event>
+void SortByTick(std::vector<Event>& events) {
+    std::stable_sort(events.begin(), events.end(),
+                     [](const Event& a, const Event& b) { return a.tick < b.tick; });
+}
 
 /// How ticks become time: a tick lasts `tempo` units, a second has `unitsPerSecond`. Both are
 /// integers for every division, so times add up without rounding.
@@ -83,6 +73,7 @@ class Parser {
     void ParseMeta(uint64 tick, std::size_t start, bool& ended);
     void ParseChannelEvent(uint8 status, uint64 tick, std::size_t start);
     void PlaceInTime();
+    void PassTo(uint64 tick, uint32 where);
 
     std::size_t Left() const { return end - position; }
     bool NextIs(std::string_view id) const {
@@ -93,8 +84,11 @@ class Parser {
     uint32 BigEndian(int count);
     uint32 VariableLength();
     void Skip(uint32 count, const char* what);
-    void Add(TimedEvent::Kind kind, uint64 tick, std::size_t start, uint8 a, uint8 b, uint8 c) {
-        events.push_back({tick, static_cast<uint32>(start), kind, {a, b, c}});
+    void EndTrack(uint64 tick, std::size_t where) {
+        if (tick >= lastTick) {
+            lastTick = tick;
+            lastPosition = static_cast<uint32>(where);
+        }
     }
     void Fail(std::string text, std::size_t where) {
         if (!fault)
@@ -117,7 +111,13 @@ class Parser {
     uint32 declaredTracks = 0;
     uint32 tracks = 0;
     TimeBase base;
-    std::vector<TimedEvent> events;
+    std::vector<ChannelEvent> events;
+    std::vector<TempoChange> tempos;
+    /// Where the longest track ends.
+    uint64 lastTick = 0;
+    uint32 lastPosition = 0;
+    /// How far the events have been placed, in ticks and in the units of the base.
+    uint64 tick = 0, units = 0;
     std::size_t tracksWithoutEnd = 0;
     std::size_t tracksWithRest = 0;
     MidiFile file;
@@ -313,7 +313,7 @@ void Parser::ParseTrack() {
         }
     }
     if (!ended) {
-        Add(TimedEvent::Kind::TrackEnd, tick, position, 0, 0, 0);
+        EndTrack(tick, position);
         tracksWithoutEnd++;
     }
     if (Left() > 0)
@@ -329,66 +329,59 @@ void Parser::ParseMeta(uint64 tick, std::size_t start, bool& ended) {
         return;
     if (kind == kEndOfTrack) {
         ended = true;
-        Add(TimedEvent::Kind::TrackEnd, tick, start, 0, 0, 0);
+        EndTrack(tick, start);
     } else if (kind == kSetTempo) {
         if (length < 3)
             return Fail("a tempo of less than three bytes", data);
-        Add(TimedEvent::Kind::Tempo, tick, start, bytes[data], bytes[data + 1], bytes[data + 2]);
+        tempos.push_back(
+            {tick, static_cast<uint32>(start),
+             uint32(bytes[data]) << 16 | uint32(bytes[data + 1]) << 8 | bytes[data + 2]});
     }
 }
 
 void Parser::ParseChannelEvent(uint8 status, uint64 tick, std::size_t start) {
-    using enum TimedEvent::Kind;
-    const uint8 kind = status & 0xF0;
-    const uint8 channel = status & 0x0F;
     const uint8 number = DataByte();
-    if (kind == kProgramChange)
-        return;
-    if (kind == kChannelPressure)
-        return Add(ChannelPressure, tick, start, channel, 0, number);
-    const uint8 value = DataByte();
-    if (kind == kNoteOn && value > 0) {
-        Add(NoteOn, tick, start, channel, number, value);
-        file.notes++;
-    } else if (kind == kNoteOn || kind == kNoteOff) {
-        Add(NoteOff, tick, start, channel, number, value);
-    } else if (kind == kControlChange) {
-        Add(SilencesAll(number) ? AllNotesOff : ControlChange, tick, start, channel, number, value);
-    } else if (kind == kKeyPressure) {
-        Add(KeyPressure, tick, start, channel, number, value);
-    } else if (kind == kPitchBend) {
-        Add(PitchBend, tick, start, channel, number, value);
-    }
+    const uint8 value = kits::DataBytesOf(status) > 1 ? DataByte() : 0;
+    const kits::MidiEvent e = kits::EventOf(status, number, value, 0);
+    events.push_back({tick, static_cast<uint32>(start), e.hook, e.channel, e.data1, e.data2});
+    file.notes += e.hook == MidiEvent::Kind::NoteOn;
+}
+
+/// Lets time go by up to a tick, for what stands at that place of the file.
+void Parser::PassTo(uint64 next, uint32 where) {
+    const uint64 ticks = next - tick;
+    if (base.tempo > 0 && ticks > (base.unitsPerSecond * kMaxMidiSeconds - units) / base.tempo)
+        return Fail("the music lasts longer than 24 hours", where);
+    units += ticks * base.tempo;
+    tick = next;
+    file.duration = static_cast<double>(units) / static_cast<double>(base.unitsPerSecond);
 }
 
 /// Brings the events of all tracks into order and gives each its time.
 void Parser::PlaceInTime() {
-    std::stable_sort(events.begin(), events.end(),
-                     [](const TimedEvent& a, const TimedEvent& b) { return a.tick < b.tick; });
-    const uint64 limit = base.unitsPerSecond * kMaxMidiSeconds;
-    uint64 units = 0;
-    uint64 tick = 0;
+    SortByTick(events);
+    SortByTick(tempos);
     std::size_t stopped = 0;
-    for (const TimedEvent& event : events) {
-        const uint64 ticks = event.tick - tick;
-        if (base.tempo > 0 && ticks > (limit - units) / base.tempo)
-            return Fail("the music lasts longer than 24 hours", event.position);
-        units += ticks * base.tempo;
-        tick = event.tick;
-        const double seconds =
-            static_cast<double>(units) / static_cast<double>(base.unitsPerSecond);
-        const auto [a, b, c] = event.data;
-        if (event.kind == TimedEvent::Kind::Tempo) {
-            const uint32 tempo = uint32(a) << 16 | uint32(b) << 8 | c;
-            if (tempo == 0)
+    auto change = tempos.begin();
+    const auto passTempos = [&](uint64 next) {
+        for (; change != tempos.end() && change->tick <= next; ++change) {
+            PassTo(change->tick, change->position);
+            if (change->tempo == 0)
                 stopped++;
             else if (base.followsTempo)
-                base.tempo = tempo;
-        } else if (event.kind != TimedEvent::Kind::TrackEnd) {
-            file.events.push_back({seconds, static_cast<MidiEvent::Kind>(event.kind), a, b, c});
+                base.tempo = change->tempo;
         }
-        file.duration = seconds;
+    };
+    for (const ChannelEvent& event : events) {
+        passTempos(event.tick);
+        PassTo(event.tick, event.position);
+        if (fault)
+            return;
+        file.events.push_back(
+            {file.duration, event.kind, event.channel, event.number, event.value});
     }
+    passTempos(lastTick);
+    PassTo(lastTick, lastPosition);
     WarnIf(stopped, " tempo events of 0 microseconds are left out");
     if (file.notes == 0)
         file.warnings.emplace_back("there is no note");

@@ -1,6 +1,8 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Standard MIDI Files: their notes and controllers, each with its moment.
 #pragma once
 
+#include "kits/midi/MidiEvent.h"
 #include "kits/support/Result.h"
 #include "kits/support/SupportDefs.h"
 
@@ -12,30 +14,18 @@
 
 namespace vexa {
 
-/// One event that a synthesizer acts on.
+/// One event that a synthesizer acts on, as consumers have it.
 struct MidiEvent {
-    /// A note-on with velocity 0 is a NoteOff; the controllers 120 and 123..127 are AllNotesOff.
-    enum class Kind : uint8 {
-        NoteOff,
-        NoteOn,
-        KeyPressure,
-        ControlChange,
-        ChannelPressure,
-        PitchBend,
-        AllNotesOff,
-    };
+    using Kind = kits::MidiEvent::Hook;
 
     /// Since the start of the file. Rounded once from an exact count, so no drift accumulates.
     double seconds;
     Kind kind;
-    /// 0..15.
-    uint8 channel;
-    /// The note or the controller, 0..127; of a bend the low seven bits, of the channel's pressure
-    /// 0.
-    uint8 number;
-    /// The velocity, the pressure or the controller's value, 0..127; of a bend the high seven bits.
-    uint8 value;
+    /// As those of kits::MidiEvent; `number` and `value` are its data.
+    uint8 channel, number, value;
 
+    /// Without its time.
+    kits::MidiEvent ForConsumer() const { return {0, kind, channel, number, value}; }
     bool operator==(const MidiEvent&) const = default;
 };
 

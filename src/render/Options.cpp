@@ -1,7 +1,7 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "render/Options.h"
 
 #include "instrument/PlayingOptions.h"
-#include "kits/application/CommandLine.h"
 
 namespace vexa {
 
@@ -49,6 +49,8 @@ constexpr kits::OptionRow<Options> kRows[] = {
      [](Options& o, std::string_view) { return o.normalize = true; }},
     {"mpe", nullptr, nullptr, "take channels for notes' own (MPE) from the start",
      [](Options& o, std::string_view) { return o.mpe = true; }},
+    {"programs", nullptr, nullptr, "let the file's program changes choose sounds, by number",
+     [](Options& o, std::string_view) { return o.programs = true; }},
     {"tuning", "FILE", nullptr, "tune the keys to this scale, a Scala file (.scl)",
      [](Options& o, std::string_view text) { return SetText(o.tuning.scale.emplace(), text); }},
     {"keymap", "FILE", nullptr, "play the scale by this keyboard map, a Scala file (.kbm)",
@@ -95,6 +97,10 @@ kits::Result<Options> ParseOptions(std::span<const std::string> arguments) {
     if (!operands)
         return operands.Fault();
     return Checked(std::move(options), *operands);
+}
+
+std::vector<kits::OptionText> OptionTexts() {
+    return {Rows().begin(), Rows().end()};
 }
 
 std::string HelpText() {

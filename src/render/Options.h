@@ -1,9 +1,12 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The command line of vexa-render.
 #pragma once
 
 #include "documents/Sound.h"
+#include "kits/application/CommandLine.h"
 #include "kits/support/Result.h"
 #include "synth/Macros.h"
+#include "synth/VoiceRenderer.h"
 #include "tuning/TuningChoice.h"
 
 #include <array>
@@ -11,6 +14,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace vexa {
 
@@ -37,6 +41,8 @@ struct Options {
     TuningChoice tuning;
     /// VexaMidiConsumer::ExpectMpe.
     bool mpe = false;
+    /// Program changes choose sounds.
+    bool programs = false;
     /// Stand before what the sound says of how it is played.
     PlayingTexts playing;
     /// The sound's function is compiled by gcc.
@@ -47,7 +53,7 @@ struct Options {
     int channel = -1;
     /// Frames per second of the file.
     int rate = 44100;
-    double gain = 0.25;
+    double gain = VoiceRenderer::kUsualGain;
     /// Seconds rendered after the last event.
     double tail = 3;
     /// Frames rendered at a time; the result does not depend on it.
@@ -69,6 +75,9 @@ constexpr int kUsageExitCode = 2;
 /// Reads the arguments after the program's name; the locale has no say in how numbers are read. The
 /// error names the option and what it allows. Not to be called by two threads at once.
 kits::Result<Options> ParseOptions(std::span<const std::string> arguments);
+
+/// The table of options, of which the help is made, and the pages in packaging/pages.
+std::vector<kits::OptionText> OptionTexts();
 
 /// What --help and --version print, with a newline at the end.
 std::string HelpText();

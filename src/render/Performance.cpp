@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "render/Performance.h"
 
 #include <algorithm>
@@ -35,30 +36,11 @@ std::size_t Performance::Render(float* left, float* right, std::size_t count) {
 
 void Performance::Play(const MidiEvent& event) {
     VexaMidiConsumer& consumer = instrument.consumer;
-    switch (event.kind) {
-    case MidiEvent::Kind::NoteOff:
-        consumer.NoteOff(event.channel, event.number, event.value, 0);
-        break;
-    case MidiEvent::Kind::NoteOn:
-        consumer.NoteOn(event.channel, event.number, event.value, 0);
+    if (watcher)
+        watcher->Came(event.ForConsumer());
+    kits::Call(event.ForConsumer(), consumer);
+    if (event.kind == MidiEvent::Kind::NoteOn)
         mostVoices = std::max(mostVoices, consumer.CountVox());
-        break;
-    case MidiEvent::Kind::ControlChange:
-        consumer.ControlChange(event.channel, event.number, event.value, 0);
-        break;
-    case MidiEvent::Kind::KeyPressure:
-        consumer.KeyPressure(event.channel, event.number, event.value, 0);
-        break;
-    case MidiEvent::Kind::ChannelPressure:
-        consumer.ChannelPressure(event.channel, event.value, 0);
-        break;
-    case MidiEvent::Kind::PitchBend:
-        consumer.PitchBend(event.channel, event.number, event.value, 0);
-        break;
-    case MidiEvent::Kind::AllNotesOff:
-        consumer.AllNotesOff(true, 0);
-        break;
-    }
 }
 
 } // namespace vexa

@@ -1,6 +1,8 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A MIDI file played on an instrument, sample by sample.
 #pragma once
 
+#include "kits/midi/EventGate.h"
 #include "midi/Engine.h"
 #include "render/MidiFile.h"
 
@@ -16,6 +18,10 @@ class Performance {
     /// `tail` seconds after the file's end. Both records must outlive the performance.
     Performance(Engine& instrument, const MidiFile& file, double rate, double tail,
                 int oversampling = 1);
+
+    /// From now on tells the watcher, which outlives the performance, of each event at its sample,
+    /// before it is played.
+    void Watch(kits::EventWatcher* next) { watcher = next; }
 
     /// Samples from the beginning to the end of the tail.
     int64 Length() const { return length; }
@@ -39,6 +45,7 @@ class Performance {
     int64 length;
     int64 position = 0;
     std::size_t nextEvent = 0;
+    kits::EventWatcher* watcher = nullptr;
     int32 mostVoices = 0;
 };
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What vexa-render says while it works and when it is done.
 #pragma once
 

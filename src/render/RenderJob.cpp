@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "render/RenderJob.h"
 
 #include "documents/SoundDocument.h"
@@ -5,6 +6,7 @@
 #include "kits/application/Interrupt.h"
 #include "kits/media/SoundFileWriter.h"
 #include "kits/storage/FileReplacement.h"
+#include "render/FilePrograms.h"
 #include "render/FloatStore.h"
 #include "render/Performance.h"
 #include "synth/Decimator.h"
@@ -13,6 +15,7 @@
 #include <bit>
 #include <iterator>
 #include <optional>
+#include <set>
 
 #include <unistd.h>
 
@@ -53,11 +56,12 @@ class RenderJob {
     Result<void> Render();
     Result<Sound> ChosenSound();
     Result<void> SetUpInstrument();
+    void ChooseForm(const MidiFile& midi);
     Result<void> Write(Performance& performance, kits::SoundFileWriter& writer,
                        kits::SoundFileFormat format);
     Result<double> RenderInto(Performance& performance, const FloatStore::Sink& sink);
-    /// Of the file: two where the sound has a spread.
-    std::size_t Channels() const { return instrument.Playing().playing.Spread() > 0 ? 2 : 1; }
+    /// Of the file: two where a sound that is heard has a spread.
+    std::size_t Channels() const { return channels; }
 
     /// The reason for ending with an exit code that is not that of a failure.
     Error EndWith(int exitCode, std::string text) {
@@ -73,8 +77,9 @@ class RenderJob {
                                 std::make_move_iterator(more.end()));
     }
 
-    /// Samples that the engine computes for each frame, and for each second.
-    int Oversampling() const { return instrument.Playing().playing.Oversampling(); }
+    /// Samples that the engine computes for each frame, as many as that of the sounds heard which
+    /// wants most, and for each second.
+    int Oversampling() const { return oversampling; }
     double FullRate() const { return double(options.rate) * Oversampling(); }
 
     const Options& options;
@@ -82,6 +87,9 @@ class RenderJob {
     RenderOutcome outcome;
     std::optional<kits::Interrupt> interrupt;
     Instrument instrument;
+    FilePrograms programs{instrument, folders};
+    int oversampling = 1;
+    std::size_t channels = 1;
 };
 
 Result<void> RenderJob::Render() {
@@ -96,11 +104,14 @@ Result<void> RenderJob::Render() {
     interrupt.emplace();
     if (Result<void> ready = SetUpInstrument(); !ready)
         return ready;
+    ChooseForm(*midi);
 
     Result<kits::FileReplacement> file = kits::FileReplacement::Create(options.output);
     if (!file)
         return file.Fault();
     Performance performance(instrument.Playing(), *midi, FullRate(), options.tail, Oversampling());
+    if (options.programs)
+        performance.Watch(&programs);
     const auto frames = static_cast<std::uint64_t>(performance.Length() / Oversampling() + 1);
     Result<kits::SoundFileWriter> writer =
         kits::SoundFileWriter::Create(file->Descriptor(), *format, options.output, options.rate,
@@ -179,6 +190,21 @@ Result<void> RenderJob::SetUpInstrument() {
     return {};
 }
 
+/// Channels and oversampling, by all the sounds that will be heard.
+void RenderJob::ChooseForm(const MidiFile& midi) {
+    if (options.programs)
+        Warn(programs.Read(midi));
+    std::set<const Sound*> heard = programs.Struck();
+    if (heard.empty())
+        heard.insert(&instrument.State());
+    for (const Sound* sound : heard) {
+        Playing playing;
+        ApplyPlaying(*sound, options.playing, playing);
+        oversampling = std::max(oversampling, playing.Oversampling());
+        channels = std::max<std::size_t>(channels, playing.Spread() > 0 ? 2 : 1);
+    }
+}
+
 /// Renders the whole, and scales it where that is asked for.
 Result<void> RenderJob::Write(Performance& performance, kits::SoundFileWriter& writer,
                               kits::SoundFileFormat format) {
@@ -240,6 +266,8 @@ Result<double> RenderJob::RenderInto(Performance& performance, const FloatStore:
         float* const right = channels.size() > 1 ? channels[1].block.data() : nullptr;
         const std::size_t count =
             performance.Render(channels[0].block.data(), right, channels[0].block.size());
+        if (!programs.Fault().empty())
+            return Error{programs.Fault()};
         more = count > 0;
         for (Channel& channel : channels) {
             channel.output.clear();

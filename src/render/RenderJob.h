@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // One run of vexa-render, from the parsed command line to the finished file.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // vexa-render: plays a MIDI file through a sound into a sound file.
 #include "kits/application/GuardedMain.h"
 #include "kits/storage/ProgramFolder.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The loops over a block of samples, compiled once per instruction set.
 //
 // All instruction sets give the same bits: the loops are written without fused products, and every

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The weighted sums of the orbit formulas.
 #pragma once
 

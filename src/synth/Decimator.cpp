@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "synth/Decimator.h"
 
 #include "kits/maths/Functions.h"
@@ -5,13 +6,6 @@
 #include <numbers>
 
 namespace vexa {
-
-namespace {
-
-/// Frames of the lower rate that the filter of a whole render has to each side.
-constexpr std::size_t kHalf = 96;
-
-} // namespace
 
 DecimationFilter::DecimationFilter(std::size_t factor, std::size_t half)
     : factor(factor), reach(half * factor), taps((2 * reach + kSlack) / kSlack * kSlack) {
@@ -28,7 +22,8 @@ DecimationFilter::DecimationFilter(std::size_t factor, std::size_t half)
     }
 }
 
-Decimator::Decimator(int step) : factor(static_cast<std::size_t>(step)), filter(factor, kHalf) {
+Decimator::Decimator(int step)
+    : factor(static_cast<std::size_t>(step)), filter(factor, DecimationFilter::kWhole) {
     // Silence before the first frame, which is in the middle of the first output's filter.
     if (factor > 1)
         held.resize(filter.Reach());

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Fewer frames per second.
 #pragma once
 
@@ -13,8 +14,11 @@ namespace vexa {
 /// live.
 class DecimationFilter {
   public:
-    /// For a rate that is `factor` times lower, with `half` frames of it to each side. A half of 96
-    /// keeps 95 % of its frequencies, one of 32 keeps 84 %; what lies beyond the lower rate's band
+    /// Halves: that of a whole render, and that of what is played live, where delay counts.
+    static constexpr std::size_t kWhole = 96, kLive = 32;
+
+    /// For a rate that is `factor` times lower, with `half` frames of it to each side. kWhole keeps
+    /// 95 % of its frequencies, kLive keeps 84 %; what lies beyond the lower rate's band
     /// is 110 dB lower with either.
     DecimationFilter(std::size_t factor, std::size_t half);
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Where on the orbit the two ears read the plane.
 #pragma once
 

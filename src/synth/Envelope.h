@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // An envelope: the points that the user edits, and the curve made of them that is heard.
 #pragma once
 

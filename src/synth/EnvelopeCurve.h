@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // An envelope as the audio and MIDI threads see it: points that never change.
 #pragma once
 

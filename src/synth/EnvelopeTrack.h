@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // An envelope as one note follows it.
 #pragma once
 

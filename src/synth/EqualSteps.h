@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Sums of equal steps, each addition rounded, without the chain of additions.
 //
 // Static, and without the standard library's templates, as the loops use it: an instance that uses

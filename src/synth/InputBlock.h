@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What a plane function hears of all notes over a block.
 #pragma once
 
@@ -30,12 +31,21 @@ class InputBlock {
     /// The arrays that f.Evaluate expects for the points of the block that was advanced over: those
     /// of voice k are k * count to (k + 1) * count - 1, and count <= kMostSamples unless f has no
     /// inputs. Each voice's age grows by `count`.
-    /// Controllers go where they are wanted within the smooth samples of Advance.
+    /// Controllers go where they are wanted within the smooth samples of Advance, and what a note
+    /// has of its own as what it stands for; a note begins with what it has then.
     const float* const* Fill(const PlaneSource& f, std::span<RunningVoice* const> voices,
                              const ControllerTable& controllers, const OwnControllers& own,
                              double dt, std::size_t count) noexcept;
 
   private:
+    /// An input that goes to where it is wanted within so many samples, as all notes hear it.
+    struct Common {
+        Ramp<float> value;
+        std::size_t length;
+    };
+    /// The values of that input for a voice, which wants it at a value that may be its own.
+    void Write(const Common& common, float wanted, Ramp<float>& heard, const RunningVoice& v,
+               float* to, std::size_t count) noexcept;
     /// `count` values of the ramp from here on.
     static void Write(Ramp<float> ramp, float* to, std::size_t count) noexcept {
         if (!ramp.Moves()) {
@@ -56,9 +66,12 @@ class InputBlock {
     bool begun = false;
     /// Of the inputs that are controllers, in the order of the source's inputs.
     std::array<Ramp<float>, kMostInputs> controls;
-    /// Of the block, and whether Fill has been called for it and for the one before.
-    std::size_t smooth = 0, offset = 0;
+    /// Of the block, with the samples in which a macro gets where it is wanted, and whether Fill
+    /// has been called for it and for the one before.
+    std::size_t smooth = 0, length = 0, offset = 0;
     bool filled = false, wasFilled = false;
+    /// The source is that of the block before.
+    bool goesOn = false;
     /// Whose inputs the controls are.
     const PlaneSource* source = nullptr;
     std::unique_ptr<Space> space;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The instruction sets that loops are compiled for, and the best of them that this machine has.
 //
 // A file in a folder "loops" is compiled once for each (vexa_loops in cmake/VexaLibrary.cmake) and

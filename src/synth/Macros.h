@@ -1,9 +1,11 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The four numbers of a sound that its formula calls a, b, c and d.
 #pragma once
 
 #include "kits/support/Shared.h"
 #include "kits/support/SupportDefs.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 
@@ -18,11 +20,34 @@ constexpr int32 kFirstMacroController = 16;
 struct Macro {
     /// Where it is to be, 0..1. Written by the window and the MIDI thread.
     kits::Shared<float> value{kInitialMacro};
+    /// What a host adds, -1..1; the sum does not leave 0..1. Written by the MIDI thread.
+    kits::Shared<float> modulation{0};
     /// The controller that moves it, 0..127. Written by the window thread.
     kits::Shared<int32> controller;
-    /// Where it is on its way to `value`, which takes it 10 ms. Written by the media thread.
+    /// Where it is on its way to where it is wanted, which takes it 10 ms. Written by the media
+    /// thread.
     kits::Shared<float> now{kInitialMacro};
 };
+
+/// What a note has of a macro for itself, in place of what is common. Of such an alignment that
+/// every compiler shares it between threads in one piece.
+struct alignas(8) OwnMacro {
+    /// Below 0 where it has none.
+    float value = -1;
+    /// Below -1 where it has none.
+    float modulation = -2;
+
+    bool Given() const noexcept { return value >= 0 || modulation >= -1; }
+    bool operator==(const OwnMacro&) const = default;
+};
+using OwnMacros = std::array<OwnMacro, kMacros>;
+
+/// Where a macro is to be for a note, 0..1. Any thread.
+inline float Wanted(const Macro& macro, const OwnMacro& own = {}) noexcept {
+    const float value = own.value >= 0 ? own.value : float(macro.value);
+    return std::clamp(value + (own.modulation >= -1 ? own.modulation : float(macro.modulation)),
+                      0.0F, 1.0F);
+}
 
 /// In the order of their letters.
 struct Macros : std::array<Macro, kMacros> {

@@ -1,6 +1,15 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "synth/NoteInputs.h"
 
 namespace vexa {
+
+namespace {
+
+float Now(const Macro& macro, const OwnMacro& own) noexcept {
+    return own.Given() ? Wanted(macro, own) : float(macro.now);
+}
+
+} // namespace
 
 std::array<float, kMostInputs> InputsOf(const PlaneSource& f, const NoteMoment& note,
                                         const Macros& macros, const ControllerTable& controllers,
@@ -11,7 +20,7 @@ std::array<float, kMostInputs> InputsOf(const PlaneSource& f, const NoteMoment& 
         float& value = values[number++];
         switch (input.kind) {
         case FunctionInput::Kind::Macro:
-            value = macros[input.number].now;
+            value = Now(macros[input.number], own.OfMacro(input.number, note.own, note.macros));
             break;
         case FunctionInput::Kind::Velocity:
             value = note.vel;

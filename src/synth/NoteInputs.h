@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What a plane function hears of a note.
 #pragma once
 
@@ -17,6 +18,7 @@ struct NoteMoment {
     /// Seconds since note-on.
     float t;
     OwnValues own = kNoOwnValues;
+    OwnMacros macros{};
 };
 
 /// The values of f.Inputs() for the note, with the macros and controllers as they are now. Any

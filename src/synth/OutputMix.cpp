@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "synth/OutputMix.h"
 
 #include "synth/BlockLoops.h"
@@ -38,7 +39,7 @@ std::size_t OutputMix::Group(const RunningVoice& v) const noexcept {
 
 void OutputMix::Sort(std::span<RunningVoice*> voices) const noexcept {
     const auto place = [this](const RunningVoice& v) {
-        return v.ends ? channels.size() + 1 : Group(v);
+        return IsAlone(v) ? channels.size() + 1 : Group(v);
     };
     for (std::size_t i = 1; i < voices.size(); i++) {
         for (std::size_t k = i; k > 0 && place(*voices[k]) < place(*voices[k - 1]); k--)
@@ -54,32 +55,44 @@ bool OutputMix::Add(std::span<RunningVoice* const> voices, std::span<const Ear> 
     for (std::size_t k = 0; k < voices.size();) {
         RunningVoice& first = *voices[k];
         const std::size_t group = Group(first);
+        const bool alone = IsAlone(first);
         std::size_t number = 1;
-        while (k + number < voices.size() && !first.ends && !voices[k + number]->ends &&
+        while (k + number < voices.size() && !alone && !IsAlone(*voices[k + number]) &&
                Group(*voices[k + number]) == group)
             number++;
         const std::size_t left = first.left;
+        const Ramp<float> begin = first.arrives;
         for (const Ear& ear : ears) {
             for (std::size_t n = 0; n < number; n++)
                 filters[n] = &(voices[k + n]->*ear.filter);
             const float* const samples = ear.samples + k * count;
-            if (group == 0 && !first.ends) {
+            if (group == 0 && !alone) {
                 beyond |=
                     Loops().LowCut(filters.data(), samples, number, count, ear.sum, blocks, stride);
                 continue;
             }
-            Ramp<float> volume = channels[first.channel];
+            Ramp<float> before = channels[first.before], volume = channels[first.channel];
+            Ramp<float> gain = first.gains[ear.side];
             first.left = left;
+            first.arrives = begin;
             for (std::size_t block = 0; block < blocks; block++) {
                 alignas(64) std::array<float, kRoom> part{};
                 beyond |= Loops().LowCut(filters.data(), samples + block * stride, number, count,
                                          part.data(), 1, 0);
                 for (std::size_t i = 0; i < count; i++) {
-                    ear.sum[block * count + i] += part[i] * volume.Now() * Fade(first);
+                    ear.sum[block * count + i] +=
+                        part[i] * Between(before, volume, first.arrives) * Fade(first) * gain.Now();
+                    before.Pass(1);
                     volume.Pass(1);
+                    gain.Pass(1);
+                    first.arrives.Pass(1);
                     first.left -= first.ends && first.left > 0 ? 1 : 0;
                 }
             }
+        }
+        if (first.scaled) {
+            for (Ramp<float>& gain : first.gains)
+                gain.Pass(count);
         }
         k += number;
     }

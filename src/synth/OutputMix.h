@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // From the voices' points to their sum: low-cut filters, volumes of channels, and fading ends.
 #pragma once
 
@@ -30,7 +31,9 @@ class OutputMix {
     /// The factor on the sum.
     float Level() const noexcept { return level; }
     /// The factor on a voice's output by its channel.
-    float Volume(const RunningVoice& v) const noexcept { return channels[v.channel].Now(); }
+    float Volume(const RunningVoice& v) const noexcept {
+        return Between(channels[v.before], channels[v.channel], v.arrives);
+    }
     /// The factor on a voice's output by its end.
     float Fade(const RunningVoice& v) const noexcept {
         return v.ends ? static_cast<float>(v.left) / static_cast<float>(fadeLength) : 1.0F;
@@ -40,11 +43,12 @@ class OutputMix {
     void Sort(std::span<RunningVoice*> voices) const noexcept;
 
     /// What is heard with one ear: its filters, their input, samples[k * count + i] for voice k at
-    /// moment i, and the sum of their output, with room as for BlockLoops.
+    /// moment i, and the sum of their output, with room as for BlockLoops; 0 is the left one.
     struct Ear {
         LowCutFilter RunningVoice::*filter;
         const float* samples;
         float* sum;
+        std::size_t side;
     };
     /// Filters the voices' input and adds their output to the sums. True where input was beyond
     /// kMostHeard. The same for several blocks one after the other, whose input and sums stand one
@@ -53,9 +57,19 @@ class OutputMix {
              std::size_t blocks = 1) noexcept;
 
   private:
+    static float Between(const Ramp<float>& before, const Ramp<float>& after,
+                         const Ramp<float>& arrives) noexcept {
+        const float end = after.Now();
+        return arrives.Moves() ? before.Now() + (end - before.Now()) * arrives.Now() : end;
+    }
+    /// No other voice is scaled alike.
     /// Where the volume of channel i is wanted.
     float Wanted(std::size_t i) const noexcept { return playing.given ? float(volumes[i]) : 1.0F; }
     std::size_t Group(const RunningVoice& v) const noexcept;
+    /// Whether no other voice is scaled as this one is.
+    static bool IsAlone(const RunningVoice& v) noexcept {
+        return v.ends || v.scaled || v.arrives.Varies();
+    }
 
     const Playing& playing;
     const ChannelVolumes& volumes;

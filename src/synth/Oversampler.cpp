@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "synth/Oversampler.h"
 
 #include <algorithm>
@@ -16,7 +17,8 @@ constexpr double kFadeSeconds = 0.01;
 void Oversampler::SetFrameRate(double rate) {
     frameRate = rate;
     begun = false;
-    lines = {};
+    for (Line& line : lines)
+        std::ranges::fill(line, 0.0F);
     renderer.SetSampleRate(rate * static_cast<double>(factor), static_cast<int>(factor));
 }
 
@@ -50,9 +52,9 @@ void Oversampler::TakeFactor(std::size_t next) noexcept {
     if (next == factor)
         return;
     for (Line& line : lines) {
-        const Line before = line;
+        std::copy_n(line.data(), Held(), before.data());
         const std::size_t last = Held() - 1;
-        for (std::size_t i = 0; i < 2 * kDelay * next; i++) {
+        for (std::size_t i = 0; i < 2 * half * next; i++) {
             const std::size_t at = i * factor / next;
             const float part = static_cast<float>(i * factor % next) / static_cast<float>(next);
             line[i] = before[at] + (before[std::min(at + 1, last)] - before[at]) * part;
@@ -70,7 +72,7 @@ void Oversampler::Give(const Line& line, float* out, std::size_t count) const no
         if (filter)
             filter->Run(line.data(), out, count);
         else
-            std::copy_n(&line[kDelay], count, out);
+            std::copy_n(&line[half], count, out);
     }
     if (steady && filtered.Now() != 0)
         return;

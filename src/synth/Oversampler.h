@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Frames at one rate of a renderer that runs at a multiple of it.
 #pragma once
 
@@ -7,26 +8,26 @@
 
 #include <array>
 #include <cstddef>
+#include <vector>
 
 namespace vexa {
 
 /// Renders at the multiple of a rate that the sound asks for and takes out what the rate cannot
-/// hold, with a filter that delays what is heard by kDelay frames; at the rate itself nothing is
+/// hold, with a filter that delays what is heard by half its length; at the rate itself nothing is
 /// changed or delayed. A sound may ask for another multiple at any time: what sounds goes on
 /// without a click. Media thread, but for its construction, which allocates.
 class Oversampler {
   public:
-    /// Frames: 0.7 ms at 44100 Hz.
-    static constexpr std::size_t kDelay = 32;
-
-    /// The renderer outlives it, and nobody else renders meanwhile.
-    explicit Oversampler(VoiceRenderer& renderer) : renderer(renderer) {}
+    /// The renderer outlives it, and nobody else renders meanwhile. `half` is the filter's, in
+    /// frames; 32 are 0.7 ms at 44100 Hz.
+    explicit Oversampler(VoiceRenderer& renderer, std::size_t half = DecimationFilter::kLive)
+        : renderer(renderer), half(half), filters{{{2, half}, {4, half}, {8, half}, {16, half}}} {}
 
     /// Frames per second; what has been rendered so far is forgotten. Not while rendering.
     void SetFrameRate(double rate);
 
-    /// Frames by which what the next Render renders is heard later: kDelay or 0.
-    std::size_t Delay() const noexcept { return renderer.Oversampling() > 1 ? kDelay : 0; }
+    /// Frames by which what the next Render renders is heard later: half the filter or 0.
+    std::size_t Delay() const noexcept { return renderer.Oversampling() > 1 ? half : 0; }
 
     /// As VoiceRenderer::Render. Real-time safe.
     void Render(float* left, float* right, std::size_t count) noexcept;
@@ -36,20 +37,23 @@ class Oversampler {
     /// Frames that are rendered at a time.
     static constexpr std::size_t kPiece = 64;
     /// What the renderer has given: as much as the filter holds, and then the next piece.
-    using Line = std::array<float, (2 * kDelay + kPiece + 1) * kMostFactor>;
+    using Line = std::vector<float>;
 
-    std::size_t Held() const noexcept { return 2 * kDelay * factor; }
+    std::size_t Held() const noexcept { return 2 * half * factor; }
+    Line NewLine() const { return Line((2 * half + kPiece + 1) * kMostFactor); }
     void TakeFactor(std::size_t next) noexcept;
     void Give(const Line& line, float* out, std::size_t count) const noexcept;
 
     VoiceRenderer& renderer;
-    const std::array<DecimationFilter, 4> filters{
-        {{2, kDelay}, {4, kDelay}, {8, kDelay}, {16, kDelay}}};
+    const std::size_t half;
+    const std::array<DecimationFilter, 4> filters;
     double frameRate = 44100;
     std::size_t factor = 1;
     /// That of `factor`, where that is not 1.
     const DecimationFilter* filter = nullptr;
-    alignas(64) std::array<Line, 2> lines{};
+    std::array<Line, 2> lines{NewLine(), NewLine()};
+    /// A line as it was before the factor changed.
+    Line before = NewLine();
     /// How much of the filtered frames there is in the output; the rest are those that are not
     /// delayed.
     Ramp<float> filtered;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // One row per coefficient of a sound: all that the program knows about it by name.
 #pragma once
 

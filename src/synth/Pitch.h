@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Intervals and factors on a frequency.
 #pragma once
 

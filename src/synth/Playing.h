@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // How a sound is played: voices, bend, pedal and what else a player's hands and feet do to it.
 #pragma once
 

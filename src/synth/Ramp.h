@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Values that go to where they are wanted in a straight line instead of stepping.
 #pragma once
 
@@ -45,6 +46,8 @@ class Ramp {
             return to;
         return from + (to - from) * (static_cast<Number>(done) / static_cast<Number>(length));
     }
+    /// Where it is or goes to.
+    Number End() const noexcept { return to; }
     bool Moves() const noexcept { return done < length; }
     /// Writes the next `count` <= kMostSamples values, with room as for BlockLoops, and lets them
     /// go by.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What surrounds code that runs in the media thread.
 #pragma once
 
@@ -23,7 +24,9 @@ class RealtimeSection {
     static bool Inside() noexcept { return depth > 0; }
 
   private:
-    static inline thread_local int depth = 0;
+    /// In a shared object that is loaded late, as plug-ins are, the usual way to a thread's
+    /// variable allocates it at its first use.
+    [[gnu::tls_model("initial-exec")]] static inline thread_local int depth = 0;
 };
 
 /// Treats denormal numbers as 0 while it lives: a filter that dies away would otherwise become a

@@ -1,12 +1,16 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A note as the media thread plays it.
 #pragma once
 
 #include "synth/BlockLoops.h"
 #include "synth/EnvelopeTrack.h"
+#include "synth/Macros.h"
 #include "synth/Oscillator.h"
 #include "synth/OwnControllers.h"
 #include "synth/ParameterTable.h"
+#include "synth/PlaneFunction.h"
 #include "synth/Ramp.h"
+#include "synth/Voice.h"
 
 #include <array>
 
@@ -20,8 +24,10 @@ struct RunningVoice {
     bool sounds = false;
     bool released = false;
     float vel = 0, key = 0, freq = 0;
-    /// 0..15.
-    std::size_t channel = 0;
+    /// 0..15. Where a legato key has brought the note to another channel, its volume goes from that
+    /// of the one before to that of the new one as `arrives` goes from 0 to 1.
+    std::size_t channel = 0, before = 0;
+    Ramp<float> arrives{1};
     OwnValues own = kNoOwnValues;
     /// What lies between the pitch and freq, semitones.
     PitchRamp glide, bend;
@@ -32,14 +38,14 @@ struct RunningVoice {
     /// The orbit's centre.
     double cx = 0, cy = 0;
     Oscillator x, y;
-    /// What the sums of the orbit's formulas come to, x and y by turns: the weight of the drift's
-    /// envelope, the rest of the drift, the radius. Other values are reached within `smooth`
-    /// samples, but for those of a note that has just begun.
-    std::array<Ramp<double>, 6> sums;
+    /// As OrbitSums. Other values are reached within `smooth` samples, but for those of a note that
+    /// has just begun.
+    std::array<Ramp<double>, kOrbitSums> sums;
     std::size_t smooth = 0;
     bool fresh = false, retuned = false;
-    /// As `own`, or the controllers where it has none.
-    std::array<Ramp<float>, kOwnControllers> owned;
+    /// Of the function's inputs those that are macros and controllers: the note's own values, or
+    /// those of all where it has none.
+    std::array<Ramp<float>, kMostInputs> heard;
     /// The four envelopes (EnvelopePlaces), and their values at note-off.
     std::array<EnvelopeTrack, 4> envelopes;
     std::array<float, 4> rellevel{};
@@ -50,9 +56,21 @@ struct RunningVoice {
     bool stands = false;
     /// And the filter had settled: until something changes, each sample is filter.out.
     bool rests = false;
+    /// Nothing more will be heard of it, as long as nothing changes.
+    bool over = false;
     /// It has been cut off and fades, for so many samples more.
     bool ends = false;
     std::size_t left = 0;
+    /// Of the slot's `expressed`, as macros, tuning and gains were taken up.
+    uint32 expressed = 0;
+    /// The gains are not simply 1.
+    bool scaled = false;
+    /// Semitones.
+    double tuning = 0;
+    /// The factors on what the left and the right ear hear.
+    std::array<Ramp<float>, 2> gains{Ramp<float>(1), Ramp<float>(1)};
+    OwnMacros macros{};
+    /// Where the macros are that it has for itself, and whether it had them in the block before.
 };
 
 } // namespace vexa

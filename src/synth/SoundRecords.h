@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // All that a sound's notes, its renderer and its views share.
 #pragma once
 

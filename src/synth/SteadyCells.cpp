@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Several cells at once, where nothing but the envelopes and the points moves: what is decided once
 // per voice and block is then decided once for all of them. Every sample is the same as it is in
 // blocks.
@@ -117,8 +118,11 @@ bool VoiceRenderer::GoesOn(const RunningVoice& v, const voice& slot) const noexc
     if (!v.sounds)
         return !seen.Active();
     return seen.Active() && !seen.Changing() && seen.Changes() == v.changes && !v.ends &&
-           v.glide.StaysAt(0) && v.bend.StaysAt(playing.Bends() ? double(slot.bend) : 0.0) &&
-           std::equal(v.own.begin(), v.own.end(), slot.own.begin());
+           v.arrives.StaysAt(1) && v.glide.StaysAt(0) && v.bend.StaysAt(BendOf(v, slot)) &&
+           v.expressed == slot.expressed &&
+           (!v.scaled ||
+            (v.gains[0].StaysAt(slot.gains[0]) && v.gains[1].StaysAt(slot.gains[1]))) &&
+           v.own == OwnOf(slot);
 }
 
 /// Renders so many whole cells at once; false, and nothing is rendered, where something changes.
@@ -126,7 +130,7 @@ bool VoiceRenderer::RenderCells(const PlaneFunction& f, float* left, float* righ
                                 std::size_t cells) noexcept {
     if (apart || ears.Apart() || (right && playing.Spread() > 0) || !mix.Stays())
         return false;
-    const OwnControllers own(playing);
+    const OwnControllers own(playing, macros);
     const VoiceMotion motion(parameters, controllers, own, 1.0 / sampleRate, 0, kBlock);
     const PlaneSource& source = f.Source();
     if (!(motion.Of() == sound) || &source != heard)
@@ -147,7 +151,7 @@ bool VoiceRenderer::RenderCells(const PlaneFunction& f, float* left, float* righ
             sounding[voiceCount++] = &v;
             continue;
         }
-        resting += v.filter.out * mix.Volume(v);
+        resting += v.filter.out * mix.Volume(v) * v.gains[0].Now();
         for (std::size_t i = 0; i < cells; i++)
             motion.Pass(v);
         v.age += cells * kBlock;
@@ -170,7 +174,7 @@ bool VoiceRenderer::RenderCells(const PlaneFunction& f, float* left, float* righ
         source.Evaluate(&x[i * points], &y[i * points], heard, &s[i * points], some * points);
     }
     std::fill_n(sum.data(), cells * kBlock, resting);
-    const OutputMix::Ear ear{&RunningVoice::filter, s.data(), sum.data()};
+    const OutputMix::Ear ear{&RunningVoice::filter, s.data(), sum.data(), 0};
     if (mix.Add(all, {&ear, 1}, cells))
         bounded = true;
     const float factor = gain * mix.Level();

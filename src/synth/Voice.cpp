@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "synth/Voice.h"
 
 #include <algorithm>
@@ -18,6 +19,16 @@ double Seconds(const voice& slot, VoiceState::Seen seen) {
     return Rendered(slot, seen) ? double(slot.t) : 0.0;
 }
 
+OwnValues OwnOf(const voice& slot) {
+    OwnValues own;
+    std::copy(slot.own.begin(), slot.own.end(), own.begin());
+    return own;
+}
+
+bool IsOver(const voice& slot, VoiceState::Seen seen) {
+    return !seen.Active() || (Rendered(slot, seen) && slot.over);
+}
+
 VoiceView Look(const voice& slot) {
     const bool rendered = Rendered(slot, slot.state.Look());
     VoiceView view{};
@@ -33,7 +44,9 @@ VoiceView Look(const voice& slot) {
         view.cx = slot.startcx;
         view.cy = slot.startcy;
     }
-    view.freq = slot.freq;
+    view.freq = rendered ? slot.pitch : slot.freq;
+    if (rendered)
+        std::copy(slot.sums.begin(), slot.sums.end(), view.sums.emplace().begin());
     view.vel = slot.vel;
     view.key = slot.key;
     std::copy(slot.rellevel.begin(), slot.rellevel.end(), view.rellevel.begin());

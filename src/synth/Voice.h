@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The sounding notes: the table that the MIDI thread fills and the media thread plays.
 //
 // Every field has one writing thread, so nobody's store can undo another's. The MIDI thread writes
@@ -7,12 +8,20 @@
 
 #include "kits/support/Shared.h"
 #include "kits/support/SupportDefs.h"
+#include "synth/Macros.h"
 #include "synth/OwnControllers.h"
 
 #include <array>
 #include <atomic>
+#include <cstddef>
+#include <optional>
 
 namespace vexa {
+
+/// What the sums of a note's orbit formulas come to, x and y by turns: the weight of the drift's
+/// envelope, the rest of the drift, the radius without its envelope.
+constexpr std::size_t kOrbitSums = 6;
+using OrbitSums = std::array<double, kOrbitSums>;
 
 /// Whether a slot sounds, and how often its note has changed, in one word, so that silencing the
 /// note that one looked at cannot silence its successor. Wait-free.
@@ -102,6 +111,13 @@ struct voice {
     kits::Shared<float> bend;
     /// As OwnValues.
     std::array<kits::Shared<float>, kOwnControllers> own;
+    std::array<kits::Shared<OwnMacro>, kMacros> macros;
+    /// Semitones on top, however the sound is played.
+    kits::Shared<float> tuning;
+    /// The factors on what the left and the right ear hear of it.
+    std::array<kits::Shared<float>, 2> gains{1.0F, 1.0F};
+    /// How often macros, tuning and gains have changed, written after them.
+    kits::Shared<uint32> expressed;
 
     // Written by the media thread after each stretch that it has rendered, read by all.
 
@@ -114,8 +130,14 @@ struct voice {
     /// Radians, 0 at note-on, never wrapped.
     kits::Shared<double> phasex, phasey;
     kits::Shared<double> cx, cy;
+    /// Hz, with glide and bend.
+    kits::Shared<float> pitch;
+    /// As OrbitSums.
+    std::array<kits::Shared<double>, kOrbitSums> sums;
     /// The last sample, after the filter.
     kits::Shared<float> out;
+    /// It is released, its point has come to a stand for good, and nothing more is heard of it.
+    kits::Shared<bool> over;
 };
 
 /// Slots for one note more than may ever sound, so that a free one is always found.
@@ -128,9 +150,16 @@ using VoiceTable = std::array<voice, kVoiceSlots>;
 struct VoiceView {
     bool released;
     double t, phasex, phasey, cx, cy;
-    float freq, vel, key;
+    /// Hz, as it is heard.
+    float freq;
+    float vel, key;
+    /// As they are heard; nothing where the note has not been.
+    std::optional<OrbitSums> sums;
     std::array<float, 4> rellevel;
 };
+
+/// The slot's own controllers, as they are now. Any thread.
+OwnValues OwnOf(const voice& slot);
 
 /// Reads a slot. Where the media thread has not taken a new note or a release up yet, the note is
 /// where it will start: at t = 0. Read while the note changes, fields of the old and the new may
@@ -139,6 +168,10 @@ VoiceView Look(const voice& slot);
 
 /// Seconds since note-on or note-off, as Look.
 double Seconds(const voice& slot, VoiceState::Seen seen);
+
+/// Whether the slot's note does not sound or is over, as far as the media thread has come. Any
+/// thread.
+bool IsOver(const voice& slot, VoiceState::Seen seen);
 
 /// Slots that sound. Any thread.
 int CountActive(const VoiceTable& voices);

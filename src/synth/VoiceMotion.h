@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Moves the voices' points along their orbits.
 #pragma once
 

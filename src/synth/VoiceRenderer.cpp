@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "synth/VoiceRenderer.h"
 
 #include "kits/maths/Functions.h"
@@ -9,6 +10,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 namespace vexa {
 
@@ -37,6 +39,14 @@ constexpr float kInaudible = 1e-7F;
 constexpr double kHandSeconds = 0.01;
 constexpr double kFadeSeconds = 0.005;
 
+/// At most what a filter gives from now on of an input that stays `s`: each of its sums tends to
+/// one value, and what it lacks decays.
+float Lacks(const LowCutFilter& filter, float s) noexcept {
+    const float end0 = s / (1.0F - filter.hpa);
+    const float end1 = s / (1.0F - filter.hpb);
+    return filter.hpgain * (std::abs(filter.hpsum0 - end0) + std::abs(filter.hpsum1 - end1));
+}
+
 /// Whether the output of a filter will stay as it is as long as its input stays `s`. Where all that
 /// is still to come is inaudible, it is left out.
 bool Settles(LowCutFilter& filter, float s) noexcept {
@@ -46,15 +56,10 @@ bool Settles(LowCutFilter& filter, float s) noexcept {
     if (after(filter.hpa, filter.hpsum0) == filter.hpsum0 &&
         after(filter.hpb, filter.hpsum1) == filter.hpsum1)
         return true;
-    // Each sum tends to one value, and what it lacks decays.
-    const float end0 = s / (1.0F - filter.hpa);
-    const float end1 = s / (1.0F - filter.hpb);
-    const float lacks =
-        filter.hpgain * (std::abs(filter.hpsum0 - end0) + std::abs(filter.hpsum1 - end1));
-    if (!(lacks < kInaudible))
+    if (!(Lacks(filter, s) < kInaudible))
         return false;
-    filter.hpsum0 = end0;
-    filter.hpsum1 = end1;
+    filter.hpsum0 = s / (1.0F - filter.hpa);
+    filter.hpsum1 = s / (1.0F - filter.hpb);
     filter.out = 0;
     return true;
 }
@@ -127,6 +132,13 @@ LowCutFilter VoiceRenderer::LowCutFor(float freq) const noexcept {
     return {hpa, hpb, static_cast<float>(gain)};
 }
 
+void VoiceRenderer::Clear() noexcept {
+    for (RunningVoice& v : running)
+        v = RunningVoice();
+    offset = 0;
+    apart = false;
+}
+
 void VoiceRenderer::SetGain(float next) noexcept {
     if (next >= 0 && next <= 1)
         gain = next;
@@ -154,7 +166,7 @@ void VoiceRenderer::Render(float* left, float* right, std::size_t count) noexcep
 
 void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* left, float* right,
                                 std::size_t count) noexcept {
-    const OwnControllers own(playing);
+    const OwnControllers own(playing, macros);
     const VoiceMotion motion(parameters, controllers, own, 1.0 / sampleRate, offset, count);
     WakeIfChanged(motion, f);
     std::array<RunningVoice*, kVoiceSlots> sounding;
@@ -173,8 +185,10 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
         if (v.rests) {
             motion.Pass(v);
             v.age += count;
-            resting += v.filter.out * mix.Volume(v);
-            restingRight += v.rightFilter.out * mix.Volume(v);
+            resting += v.filter.out * mix.Volume(v) * v.gains[0].Now();
+            restingRight += v.rightFilter.out * mix.Volume(v) * v.gains[1].Now();
+            for (Ramp<float>& ramp : v.gains)
+                ramp.Pass(v.scaled ? count : 0);
             continue;
         }
         sounding[voiceCount++] = &v;
@@ -204,8 +218,8 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
     if (apart)
         other.sum.fill(restingRight);
     const std::array<OutputMix::Ear, 2> both{
-        {{&RunningVoice::filter, one.s.data(), one.sum.data()},
-         {&RunningVoice::rightFilter, other.s.data(), other.sum.data()}}};
+        {{&RunningVoice::filter, one.s.data(), one.sum.data(), 0},
+         {&RunningVoice::rightFilter, other.s.data(), other.sum.data(), 1}}};
     if (mix.Add(all, {both.data(), apart ? both.size() : 1}))
         bounded = true;
     for (std::size_t i = 0; i < count; i++)
@@ -217,15 +231,19 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
     // that stood at its beginning too, so that the last value is the one that stays.
     if (offset + count < kBlock)
         return;
-    for (std::size_t k = 0; source.Inputs().empty() && k < voiceCount; k++) {
+    for (std::size_t k = 0; k < voiceCount; k++) {
         RunningVoice& v = *sounding[k];
         const bool stood = v.stands;
         const auto last = [at = (k + 1) * count - 1](const Block::Ear& ear) {
             return Heard(ear.s[at]);
         };
-        v.stands = motion.Stands(v);
-        v.rests = stood && v.stands && Settles(v.filter, last(one)) &&
+        const bool stands = motion.Stands(v);
+        // What hears more than its point may sound again.
+        v.stands = stands && source.Inputs().empty();
+        v.rests = stood && v.stands && !v.arrives.Moves() && Settles(v.filter, last(one)) &&
                   (!apart || Settles(v.rightFilter, last(other)));
+        v.over = stands && Lacks(v.filter, last(one)) < kInaudible &&
+                 (!apart || Lacks(v.rightFilter, last(other)) < kInaudible);
     }
     CloseEars();
 }
@@ -233,19 +251,33 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
 /// Lets the ears part where the sound has a spread. They begin with what both have heard so far.
 void VoiceRenderer::OpenEars(bool both, std::size_t count) noexcept {
     ears.Begin(parameters, both ? playing.Spread() : 0, SamplesIn(kHandSeconds), offset, count);
-    if (apart || !ears.Apart())
+    if (apart || !(ears.Apart() || (both && Panned())))
         return;
     apart = true;
     for (RunningVoice& v : running)
         v.rightFilter = v.filter;
 }
 
+/// Whether one ear hears more of a note than the other.
+bool VoiceRenderer::Panned() const noexcept {
+    for (std::size_t i = 0; i < running.size(); i++) {
+        const RunningVoice& v = running[i];
+        const voice& slot = voices[i];
+        const bool isNew = slot.expressed != v.expressed;
+        if (isNew && slot.state.Look().Active() && slot.gains[0] != slot.gains[1])
+            return true;
+        if (v.scaled && v.sounds && !v.rests && v.gains[0].Now() != v.gains[1].Now())
+            return true;
+    }
+    return false;
+}
+
 /// At the end of a cell: the ears are one again where they hear the same.
 void VoiceRenderer::CloseEars() noexcept {
-    apart =
-        apart && (ears.Apart() || std::any_of(running.begin(), running.end(), [](const auto& v) {
-                      return v.sounds && !Agree(v.filter, v.rightFilter);
-                  }));
+    apart = apart && (ears.Apart() || Panned() ||
+                      std::any_of(running.begin(), running.end(), [](const auto& v) {
+                          return v.sounds && !Agree(v.filter, v.rightFilter);
+                      }));
 }
 
 /// What an ear, on the side -1 or 1, hears of a note at the orbit's start, by the rule for a single
@@ -255,7 +287,8 @@ float VoiceRenderer::StartOf(const RunningVoice& v, const PlaneSource& f,
     const double x = parameters.EnvAx->Value(0, false, 0) * ears.X().cosine + v.cx;
     const double y = parameters.EnvAy->Value(0, false, 0) * ears.Y().sine * side + v.cy;
     const std::array<float, kMostInputs> heard =
-        InputsOf(f, {v.vel, v.key, 0, v.own}, macros, controllers, OwnControllers(playing));
+        InputsOf(f, {v.vel, v.key, 0, v.own, v.macros}, macros, controllers,
+                 OwnControllers(playing, macros));
     return Heard(f.At(static_cast<float>(x), static_cast<float>(y), heard.data()));
 }
 
@@ -280,13 +313,32 @@ std::size_t VoiceRenderer::Smooth() const noexcept {
 /// taken from the slot by now, and then this is about a note that is not taken up yet.
 void VoiceRenderer::TakeUpHands(RunningVoice& v, const voice& slot) noexcept {
     v.glide.Aim(0, 0, offset);
+    v.arrives.Aim(1, 0, offset);
     if (v.ends)
         return;
-    v.bend.Aim(playing.Bends() ? double(slot.bend) : 0.0, SamplesIn(kHandSeconds), offset);
-    std::copy(slot.own.begin(), slot.own.end(), v.own.begin());
+    if (const uint32 now = slot.expressed; now != v.expressed) {
+        v.expressed = now;
+        std::copy(slot.macros.begin(), slot.macros.end(), v.macros.begin());
+        v.tuning = slot.tuning;
+        v.scaled = true;
+    }
+    if (v.scaled) {
+        v.scaled = false;
+        for (std::size_t i = 0; i < v.gains.size(); i++) {
+            v.gains[i].Aim(slot.gains[i], SamplesIn(kHandSeconds), offset);
+            v.scaled = v.scaled || v.gains[i].Varies() || v.gains[i].Now() != 1;
+        }
+    }
+    v.bend.Aim(BendOf(v, slot), SamplesIn(kHandSeconds), offset);
+    v.own = OwnOf(slot);
     // What a legato key has a say in does not jump.
     v.smooth = std::max(Smooth(), v.retuned ? SamplesIn(kHandSeconds) : 0);
     v.retuned = false;
+}
+
+/// Semitones.
+double VoiceRenderer::BendOf(const RunningVoice& v, const voice& slot) const noexcept {
+    return (playing.Bends() ? double(slot.bend) : 0.0) + v.tuning;
 }
 
 /// Where somebody says how the sound is played, a voice that is cut off fades.
@@ -297,6 +349,17 @@ void VoiceRenderer::CutOff(RunningVoice& v) noexcept {
     }
     v.sounds = v.sounds && v.ends && v.left > 0 && !v.rests;
     v.ends = v.sounds;
+}
+
+/// A note that begins has the volume of its channel at once.
+void VoiceRenderer::MoveTo(RunningVoice& v, std::size_t channel, bool begins) noexcept {
+    const float volume = mix.Volume(v);
+    v.before = std::exchange(v.channel, channel);
+    v.arrives.Set(1);
+    if (begins || volume == mix.Volume(v))
+        return;
+    v.arrives.Set(0);
+    v.arrives.Aim(1, SamplesIn(kHandSeconds), offset);
 }
 
 /// Begins the slot's new note, or its release or its new pitch, if there is one. A note that is
@@ -313,15 +376,19 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
     // All is read before anything changes, in case that the slot is rewritten meanwhile.
     const uint32 notes = slot.notes, tunes = slot.tunes;
     const int32 channel = slot.channel;
-    const float glide = slot.glide, glideFrom = slot.glidefrom, bend = slot.bend;
+    const float glide = slot.glide, glideFrom = slot.glidefrom;
+    const uint32 expressed = slot.expressed;
+    const float bend = slot.bend, tuned = slot.tuning;
     const bool glidesOn = slot.glideson && v.sounds;
     const bool released = slot.released;
     const bool continues = slot.continues && v.sounds;
     const float vel = slot.vel, key = slot.key, freq = slot.freq;
     const float startcx = slot.startcx, startcy = slot.startcy, start = slot.start;
     const float heldFor = slot.heldfor;
-    OwnValues own;
-    std::copy(slot.own.begin(), slot.own.end(), own.begin());
+    const OwnValues own = OwnOf(slot);
+    OwnMacros ownMacros;
+    std::copy(slot.macros.begin(), slot.macros.end(), ownMacros.begin());
+    const std::array<float, 2> gains{slot.gains[0], slot.gains[1]};
     std::array<float, 4> rellevel;
     std::copy(slot.rellevel.begin(), slot.rellevel.end(), rellevel.begin());
     if (slot.state.Look() != seen)
@@ -333,6 +400,7 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
         v.glide.Set(glide > 0 && from > 0 ? SemitonesBetween(freq, from) : 0);
         v.glide.Aim(0, SamplesIn(glide), offset);
         v.retuned = !begins;
+        MoveTo(v, static_cast<std::size_t>(channel) & 15, begins);
         v.tunes = tunes;
         v.key = key;
         v.freq = freq;
@@ -347,8 +415,11 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
         v.fresh = true;
         v.vel = vel;
         v.own = own;
-        v.channel = static_cast<std::size_t>(channel) & 15;
-        v.bend.Set(playing.Bends() ? double(bend) : 0.0);
+        v.expressed = expressed;
+        v.macros = ownMacros;
+        v.tuning = tuned;
+        v.scaled = gains[0] != 1 || gains[1] != 1;
+        v.bend.Set((playing.Bends() ? double(bend) : 0.0) + v.tuning);
         v.t = 0;
         v.age = 0;
         v.cx = startcx;
@@ -356,13 +427,18 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
         v.x.Restart();
         v.y.Restart();
         // Charged so that the first sample is what the slot's last one was, without a click.
-        const auto charge = [&](LowCutFilter& filter, float from) {
-            const float out = goesOn ? filter.out * fade : 0.0F;
+        const auto charge = [&](LowCutFilter& filter, std::size_t ear, float from) {
+            const float before = v.gains[ear].Now();
+            v.gains[ear].Set(gains[ear]);
+            const bool heard = goesOn && gains[ear] > 0;
+            const float out = heard ? filter.out * fade * (before / gains[ear]) : 0.0F;
             filter = Charged(filter, from - out, out);
         };
-        charge(v.filter, apart ? StartOf(v, f, -1) : start);
+        charge(v.filter, 0, apart ? StartOf(v, f, -1) : start);
         if (apart)
-            charge(v.rightFilter, StartOf(v, f, 1));
+            charge(v.rightFilter, 1, StartOf(v, f, 1));
+        else
+            v.gains[1].Set(gains[1]);
     }
     if (released && !v.released) {
         const auto places = EnvelopePlaces();
@@ -379,7 +455,7 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
     for (EnvelopeTrack& envelope : v.envelopes)
         envelope.Restart();
     v.sounds = true;
-    v.stands = v.rests = false;
+    v.stands = v.rests = v.over = false;
     v.changes = seen.Changes();
 }
 
@@ -394,7 +470,10 @@ void VoiceRenderer::ShowProgress() noexcept {
         slot.phasey = v.y.Phase();
         slot.cx = v.cx;
         slot.cy = v.cy;
+        slot.pitch = static_cast<float>(v.freq * (v.glide.Factor() * v.bend.Factor()));
+        std::ranges::transform(v.sums, slot.sums.begin(), &Ramp<double>::Now);
         slot.out = v.filter.out;
+        slot.over = v.over;
         slot.renderednotes = v.notes;
         slot.rendered = v.changes;
     }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Turns the voice table into samples.
 #pragma once
 
@@ -28,6 +29,8 @@ namespace vexa {
 /// there.
 class VoiceRenderer {
   public:
+    /// What all programs play with unless told otherwise: it leaves room for a chord.
+    static constexpr float kUsualGain = 0.25F;
     /// Samples that are computed in one go.
     static constexpr std::size_t kBlock = kMostSamples;
 
@@ -53,6 +56,10 @@ class VoiceRenderer {
     /// begun before this call is running. Window thread.
     void SetFunction(const PlaneFunction& next) { function.Publish(next); }
 
+    /// Forgets all notes at once, and what lingers of them; those that the table has still begin
+    /// anew. Not while rendering.
+    void Clear() noexcept;
+
     /// Samples per second, of which one in `oversampling` is heard: the low-cut filters keep their
     /// corner. Voices that sound go on. Not while rendering.
     void SetSampleRate(double rate, int oversampling = 1) noexcept;
@@ -63,6 +70,7 @@ class VoiceRenderer {
     struct Block;
 
     void TakeUpChange(RunningVoice& running, const voice& slot, const PlaneSource& f) noexcept;
+    void MoveTo(RunningVoice& running, std::size_t channel, bool begins) noexcept;
     void TakeUpHands(RunningVoice& running, const voice& slot) noexcept;
     std::size_t Smooth() const noexcept;
     void CutOff(RunningVoice& running) noexcept;
@@ -74,6 +82,8 @@ class VoiceRenderer {
     void CloseEars() noexcept;
     LowCutFilter LowCutFor(float freq) const noexcept;
     float StartOf(const RunningVoice& v, const PlaneSource& f, double side) const noexcept;
+    double BendOf(const RunningVoice& v, const voice& slot) const noexcept;
+    bool Panned() const noexcept;
     bool GoesOn(const RunningVoice& running, const voice& slot) const noexcept;
     bool RenderCells(const PlaneFunction& f, float* left, float* right, std::size_t cells) noexcept;
     void WakeIfChanged(const VoiceMotion& motion, const PlaneFunction& f) noexcept;

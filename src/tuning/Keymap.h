@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Keyboard maps: which degree of a scale each key plays, and what it is tuned from.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The lines of a file of Scala, the program whose formats tunings are exchanged in.
 #pragma once
 

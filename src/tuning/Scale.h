@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Scales: the pitches that an octave, or what stands in its place, is divided into.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "tuning/TuningChoice.h"
 
 #include "tuning/Keymap.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The tuning that a person chooses, by the same options in all programs.
 #pragma once
 

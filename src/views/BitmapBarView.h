@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A bar of three images, the middle one stretched between the others.
 #pragma once
 

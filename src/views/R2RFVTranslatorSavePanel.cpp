@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "views/R2RFVTranslatorSavePanel.h"
 
 #include "kits/interface/Control.h"

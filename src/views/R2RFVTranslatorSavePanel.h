@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The file panel that saves pictures of the plane, of any size.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "views/R2RFView.h"
 
 #include "kits/interface/Window.h"
@@ -240,6 +241,23 @@ void R2RFView::MarkPixel(BPoint point) {
     marks.push_back(offset);
 }
 
+/// A note that is not heard yet, or that nothing plays, has those that all notes have.
+OrbitSums R2RFView::SumsOf(const VoiceView& v) const {
+    if (v.sums)
+        return *v.sums;
+    const auto weights = [&](const CoefficientGroup& group) {
+        return group.For(*soundParam, *ctlvalue, v.vel, v.key);
+    };
+    const Weights driftx = weights(kDcxdt), drifty = weights(kDcydt);
+    const Weights radiusx = weights(kAx), radiusy = weights(kAy);
+    return {driftx.c0,
+            drifty.c0,
+            driftx.rest,
+            drifty.rest,
+            radiusx.c0 + radiusx.rest,
+            radiusy.c0 + radiusy.rest};
+}
+
 void R2RFView::DrawSoundPath(int32 slot, float step) {
     const VoiceView v = Look((*voices)[static_cast<std::size_t>(slot)]);
     const sound_param& p = *soundParam;
@@ -252,19 +270,13 @@ void R2RFView::DrawSoundPath(int32 slot, float step) {
     const auto envelope = [&](const Envelope& curve, std::size_t i) {
         return curve.Value(t, v.released, v.rellevel[i]);
     };
-    const auto weights = [&](const CoefficientGroup& group) {
-        return group.For(p, *ctlvalue, v.vel, v.key);
-    };
-    const Weights wcx = weights(kDcxdt);
-    const Weights wcy = weights(kDcydt);
-    const Weights wax = weights(kAx);
-    const Weights way = weights(kAy);
+    const auto [wcx, wcy, restx, resty, wax, way] = SumsOf(v);
     for (float a = 0; double(a) <= kRevolution; a += step) {
         t += dt;
-        const double dCx = envelope(*p.EnvCx, 0) * wcx.c0 + wcx.rest;
-        const double dCy = envelope(*p.EnvCy, 1) * wcy.c0 + wcy.rest;
-        const double Ax = envelope(*p.EnvAx, 2) * (wax.c0 + wax.rest);
-        const double Ay = envelope(*p.EnvAy, 3) * (way.c0 + way.rest);
+        const double dCx = envelope(*p.EnvCx, 0) * wcx + restx;
+        const double dCy = envelope(*p.EnvCy, 1) * wcy + resty;
+        const double Ax = envelope(*p.EnvAx, 2) * wax;
+        const double Ay = envelope(*p.EnvAy, 3) * way;
         const auto x = static_cast<float>(cx + Ax * std::cos(double(phasex)));
         const auto y = static_cast<float>(cy + Ay * std::sin(double(phasey)));
         MarkPixel(ToView(x, y));
@@ -278,12 +290,12 @@ void R2RFView::DrawSoundPath(int32 slot, float step) {
 void R2RFView::DrawSoundPath(int32 slot, float from, float to, float step) {
     const VoiceView v = Look((*voices)[static_cast<std::size_t>(slot)]);
     const sound_param& p = *soundParam;
-    const auto radius = [&](const Envelope& curve, std::size_t i, const CoefficientGroup& group) {
-        const Weights w = group.For(p, *ctlvalue, v.vel, v.key);
-        return curve.Value(static_cast<float>(v.t), v.released, v.rellevel[i]) * (w.c0 + w.rest);
+    const OrbitSums sums = SumsOf(v);
+    const auto envelope = [&v](const Envelope& curve, std::size_t i) {
+        return curve.Value(static_cast<float>(v.t), v.released, v.rellevel[i]);
     };
-    const double Ax = radius(*p.EnvAx, 2, kAx);
-    const double Ay = radius(*p.EnvAy, 3, kAy);
+    const double Ax = envelope(*p.EnvAx, 2) * sums[4];
+    const double Ay = envelope(*p.EnvAy, 3) * sums[5];
     SetHighColor(kOrbitColor);
     const auto steps = static_cast<int32>((to - from) / step);
     for (int32 k = 0; k <= steps; k++) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The picture of the plane function, with the coming orbits of the sounding notes over it.
 #pragma once
 
@@ -64,8 +65,9 @@ class R2RFView : public BView {
     /// picture after the other then takes a quarter of the machine's time at most.
     bool IsRested() const;
 
-    /// Marks the next revolution of a voice's orbit in the picture, in steps of `step` radians. The
-    /// drift and the envelopes run 2 pi times faster along the path than in the sound.
+    /// Marks the next revolution of a voice's orbit, as it is heard now, in the picture, in steps
+    /// of `step` radians. The drift and the envelopes run 2 pi times faster along the path than in
+    /// the sound.
     void DrawSoundPath(int32 voice, float step);
     /// Strokes an orbit of one voice, with centre and radii as they are now, over the times from
     /// `from` to `to` (seconds). Inside Draw.
@@ -104,6 +106,7 @@ class R2RFView : public BView {
     BRect EmptyRect() const;
     void EraseMarks();
     void MarkPixel(BPoint point);
+    OrbitSums SumsOf(const VoiceView& v) const;
 
     PlaneFunction function{nullfunc};
     float linkFunctionX, linkFunctionY;

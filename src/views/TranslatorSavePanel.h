@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The file panel that saves pictures: a choice of formats and their settings.
 #pragma once
 

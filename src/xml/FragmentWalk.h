@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Going through a tree in document order, at any depth, without recursion.
 #pragma once
 

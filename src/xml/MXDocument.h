@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A whole document: its declaration, its doctype, its root element and what stands beside them.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // One node of a document's tree, with everything below it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Fragments in order: the children of one, or what a search found.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The string that documents are read from and written to, with the operations of their parsers.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What there is to say about places of a text.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the system refuses to the program, one thing after the other. At its start: it plays all the
 // same, or ends with a message and code 1. Later: each thing that a user does is done, or an alert
 // says that it is not, and then all is as before.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Nothing covers or cuts anything, whatever the font.
 #include "app/MainViewStage.h"
 #include "views/EnvView.h"

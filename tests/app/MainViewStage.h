@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The main window without a display, a server or a device, on a program folder of its own.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The main view's file panels: what they show, and what their results do.
 #include "app/MainViewStage.h"
 #include "app/MessageCodes.h"
@@ -170,7 +171,7 @@ TEST_F(OwnFolderTest, BothAreOfferedAndTheOwnOneIsWrittenTo) {
     EXPECT_THAT(Listed("Save Sound"), ElementsAre("bell.xml", "mine.xml"));
     EXPECT_THAT(Listed("Load Sound"), testing::IsSupersetOf({"bass.xml", "mine.xml", "wind.xml"}));
     Choose(vexa::kSoundLoadedCode, In("sounds/voice.xml"));
-    EXPECT_EQ(view->ConstructFunction().sampleFile, "voice.wav");
+    EXPECT_EQ(view->ConstructFunction().sampleFile, "vowel.wav");
     Choose(vexa::kSampleLoadedCode, In("samples/pluck.wav"));
     EXPECT_EQ(view->ConstructFunction().sampleFile, "pluck.wav");
     EXPECT_FALSE(std::filesystem::exists(In("functions/recent.c")));

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A sound that the window has saved is the sound that the window plays.
 #include "app/MainViewStage.h"
 #include "documents/SoundDocument.h"
@@ -28,13 +29,7 @@ std::vector<float> Play(vexa::VexaView& view, const vexa::MidiFile& file, std::s
             std::min(length, static_cast<std::size_t>(std::llround(event.seconds * 44100)));
         renderer.Render(samples.data() + position, at - position);
         position = at;
-        using Kind = vexa::MidiEvent::Kind;
-        if (event.kind == Kind::NoteOn)
-            consumer.NoteOn(event.channel, event.number, event.value, 0);
-        else if (event.kind == Kind::NoteOff)
-            consumer.NoteOff(event.channel, event.number, event.value, 0);
-        else if (event.kind == Kind::ControlChange)
-            consumer.ControlChange(event.channel, event.number, event.value, 0);
+        kits::Call(event.ForConsumer(), consumer);
     }
     renderer.Render(samples.data() + position, length - position);
     return samples;
@@ -44,6 +39,8 @@ using SavedSoundTest = test::MainViewTest;
 
 TEST_F(SavedSoundTest, IsRenderedAsTheWindowPlaysIt) {
     Open();
+    // One that is rendered at the rate itself.
+    ASSERT_TRUE(view->LoadSound(VEXA_SOURCE_FOLDER "/benchmarks/twin-hills.xml"));
     Enter("Fxy", "0.5*sin(2*x)*cos(y)");
     Enter("Cy1", "0.25");
     Enter("Fy", "1.5");

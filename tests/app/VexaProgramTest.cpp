@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // vexa as a user starts it, without any server.
 #include "support/Command.h"
 #include "support/Environment.h"
@@ -30,6 +31,9 @@ TEST(VexaProgram, SaysWhatIsWrongWithItsCommandLine) {
         {{"--midi", ""}, "--midi needs a value"},
         {{"a.xml", "b.xml"}, "one file can be opened, not 2"},
         {{"--no-window", "a.xml"}, "without a window a file is given as --sound a.xml"},
+        {{"--attach", "2"}, "the number of a descriptor"},
+        {{"--attach", "5", "a.xml"}, "with --attach the plug-in has the sound"},
+        {{"--into", "77"}, "--into goes with --attach"},
         {{"--frobnicate"}, "--frobnicate"},
     };
     for (const auto& [arguments, text] : cases) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "documents/DocumentKind.h"
 
 #include "support/Limits.h"

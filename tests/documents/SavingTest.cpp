@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Saving when others save too.
 #include "documents/SoundDocument.h"
 #include "support/Command.h"

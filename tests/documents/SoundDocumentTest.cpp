@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "documents/SoundDocument.h"
 
 #include "documents/ApplySound.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What is said of a formula that is none.
 
 #include "formula/Formula.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What formulas compute, against values of another origin.
 
 #include "formula/Formula.h"

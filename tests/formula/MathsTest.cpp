@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // How exact the functions of the maths library are in double precision.
 
 #include "formula/FormulaLoops.h"

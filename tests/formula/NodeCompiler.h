@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What gcc makes of single operations.
 #pragma once
 

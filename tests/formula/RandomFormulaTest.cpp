@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Random expressions, node by node against the C compiler and as a whole against plain evaluation.
 //
 // VEXA_FORMULA_MINUTES: goes on for so many minutes, with a seed after the other.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Random expressions of C's types, as trees.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The block form of a compiled add-on, against its point form.
 #include "functions/ProgramFolder.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Expressions that people write pass the check, and the add-ons compute them right.
 
 #include "support/HonestExpressions.h"

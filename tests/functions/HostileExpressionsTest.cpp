@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Expressions that try to be more than arithmetic. None of them may reach the compiler.
 
 #include "functions/ExpressionCheck.h"

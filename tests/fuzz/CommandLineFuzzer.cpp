@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Any command line of either program gives options in range or a message. Arguments end at line
 // feeds.
 

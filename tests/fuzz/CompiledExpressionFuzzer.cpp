@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the check lets through is compiled: the object defines the three functions of an add-on, and
 // needs nothing but the maths library. The compiler is the judge of the check.
 

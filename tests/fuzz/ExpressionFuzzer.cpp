@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Any text is judged in bounded time and memory; what passes is one line of harmless characters.
 
 #include "functions/ExpressionCheck.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Any text becomes a formula or a fault, in bounded time and memory; what the compiler may see is a
 // formula too; and a block's values are those of its points.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Any document gives a function or a reason, and a function is the same when it was saved and read.
 
 #include "documents/FunctionDocument.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Any bytes give a file whose events are in order and in range, or a reason.
 
 #include "fuzz/Fuzzing.h"

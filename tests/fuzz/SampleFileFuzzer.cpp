@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Any file gives a sample that is finite everywhere, or a reason.
 
 #include "functions/SampleFunction.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Any bytes, as a scale and as a keyboard map, give a reason that names a line or a tuning whose
 // keys all can be played.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Any document gives a sound that can be applied, and that is the same when it was saved and read.
 
 #include "documents/ApplySound.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Any file gives a reason or a sound that can be played: a second of notes is finite, in a time
 // that does not depend on the sound. What the expression computes is not looked at here: its place
 // is taken by one of a few functions, as no compiler keeps up with a fuzzer.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Any stream, cut anywhere, calls the same hooks with data in range.
 
 #include "fuzz/Fuzzing.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Any text is read without a fault of ours, and so is whatever is written of it. Texts that are no
 // XML need not come back the same.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/application/Handler.h"
 #include "kits/application/MessageQueue.h"
 #include "support/WindowStage.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/interface/Slider.h"
 #include "kits/support/DataIO.h"
 #include "kits/translation/BitmapStream.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Which of two files of one name is meant: what a person made, or what came with the program.
 #include "kits/storage/ProgramFolder.h"
 

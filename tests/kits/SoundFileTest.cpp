@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/media/MediaFile.h"
 #include "kits/media/SoundFileWriter.h"
 #include "support/Limits.h"

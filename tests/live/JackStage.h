@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A JACK server of a test's own with a player and a listener, both real clients of it.
 #pragma once
 

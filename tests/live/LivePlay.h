@@ -1,7 +1,9 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // vexa --no-window on a stage: what it plays when a script is played to it.
 #pragma once
 
 #include "live/JackStage.h"
+#include "support/MidiFiles.h"
 #include "support/Spectrum.h"
 #include "support/TemporaryFolder.h"
 
@@ -12,15 +14,6 @@
 #include <utility>
 
 namespace test {
-
-/// The plane f = x with circles of radius 1 that are there at once and last until 20 ms after
-/// note-off: a note is a sine from its second sample on.
-constexpr const char* kSineSound =
-    "<vexasound><vexafunction><expression>x</expression></vexafunction>"
-    "<dcxdt><env>0</env></dcxdt><dcydt><env>0</env></dcydt>"
-    "<ax><env>1</env><envdata><envpoint t=\"0\" val=\"1\" fku=\"false\"/>"
-    "<envpoint t=\"0.02\" val=\"0\" fku=\"true\"/></envdata></ax>"
-    "<ay><env>0</env></ay></vexasound>";
 
 class LivePlay {
   public:

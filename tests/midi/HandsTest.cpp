@@ -1,71 +1,56 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What wheel, pedals, pressure and held keys do to the notes, where the sound says that they do.
-#include "support/Sounds.h"
+#include "midi/HandsStage.h"
 #include "support/Spectrum.h"
 
+#include <functional>
 #include <random>
 
 #include <gtest/gtest.h>
 
 namespace {
 
+using test::kRate;
 using test::Peak;
 using test::Render;
 using vexa::Engine;
 using vexa::PlayMode;
 
-constexpr double kRate = 44100;
-
-class Hands : public testing::Test {
+class Hands : public test::HandsStage {
   protected:
-    Hands() {
-        test::MakeSine(instrument);
-        instrument.playing.given = true;
-    }
+    Hands() { instrument.playing.given = true; }
 
-    void On(uchar note, uchar channel = 0) { instrument.consumer.NoteOn(channel, note, 100, 0); }
-    void Off(uchar note, uchar channel = 0) { instrument.consumer.NoteOff(channel, note, 0, 0); }
-    void Control(uchar controller, uchar value, uchar channel = 0) {
-        instrument.consumer.ControlChange(channel, controller, value, 0);
+    /// Of one slot's note.
+    double Hertz(std::size_t samples = 1, std::size_t slot = 0) {
+        return HandsStage::Hertz(slot + 1, samples)[slot];
     }
-    void Bend(int value, uchar channel = 0) {
-        const int bits = value + 8192;
-        instrument.consumer.PitchBend(channel, uchar(bits & 127), uchar(bits >> 7), 0);
+    /// What is loudest above 2000 Hz, decibels below full volume.
+    static double LoudestAbove2000(std::span<const float> samples) {
+        double most = 0;
+        for (double hertz = 2000; hertz < 20000; hertz += 97)
+            most = std::max(most, test::Amplitude(samples, hertz, kRate));
+        return 20 * std::log10(most);
     }
-    void Be(PlayMode mode) { instrument.playing.mode = float(int(mode)); }
-
-    /// The frequency of a slot's note over the next samples, Hz.
-    double Hertz(std::size_t slot = 0, std::size_t samples = 1) {
-        const double before = vexa::Look(instrument.voices[slot]).phasex;
-        Render(instrument, samples);
-        return (vexa::Look(instrument.voices[slot]).phasex - before) / 6.28318530718 * kRate /
-               double(samples);
-    }
-    static double Cents(double hertz, double expected) {
-        return 1200 * std::log2(hertz / expected);
-    }
-    /// The notes that sound: their number, negative once released.
-    std::vector<int> Notes() const {
-        std::vector<int> notes;
-        for (const vexa::voice& v : instrument.voices) {
-            const int note = static_cast<int>(std::lround(v.key * 127));
-            if (v.state.Look().Active())
-                notes.push_back(v.released ? -note : note);
+    /// 344 samples after each of some events.
+    std::vector<float> Sweep(int first, int last, int step, const std::function<void(int)>& event) {
+        std::vector<float> samples;
+        for (int value = first; value < last; value += step) {
+            event(value);
+            const std::vector<float> more = Render(instrument, 344);
+            samples.insert(samples.end(), more.begin(), more.end());
         }
-        return notes;
+        return samples;
     }
-    using Are = std::vector<int>;
-
-    Engine instrument;
 };
 
 TEST_F(Hands, TheWheelBendsByTheRangeThatTheSoundOrRpn0Says) {
     instrument.playing.bend = 2;
     Bend(8191); // before any note
     On(69);
-    EXPECT_NEAR(Cents(Hertz(0, 1000), 493.8833), 0, 0.01) << "from its first sample on";
+    EXPECT_NEAR(Cents(Hertz(1000), 493.8833), 0, 0.01) << "from its first sample on";
     Bend(-8192);
     Render(instrument, 441);
-    EXPECT_NEAR(Cents(Hertz(0, 1000), 391.9954), 0, 0.01);
+    EXPECT_NEAR(Cents(Hertz(1000), 391.9954), 0, 0.01);
 
     // Half of a parameter's number, another parameter, and none: their data change nothing.
     const std::vector<std::pair<int, int>> harmless[] = {{{101, 0}, {6, 24}},
@@ -73,60 +58,51 @@ TEST_F(Hands, TheWheelBendsByTheRangeThatTheSoundOrRpn0Says) {
                                                          {{99, 0}, {98, 0}, {6, 24}},
                                                          {{101, 0}, {100, 0}, {101, 127}, {6, 24}}};
     for (const auto& events : harmless) {
-        for (const auto& [controller, value] : events)
-            Control(uchar(controller), uchar(value));
+        Controls(events);
         Control(98, 0);
     }
     Render(instrument, 441);
-    EXPECT_NEAR(Cents(Hertz(0, 1000), 391.9954), 0, 0.01);
-    for (const auto& [controller, value] : {std::pair{101, 0}, {100, 0}, {6, 12}, {38, 50}})
-        Control(uchar(controller), uchar(value));
-    Render(instrument, 441);
-    EXPECT_NEAR(Cents(Hertz(0, 1000), 440), -1250, 0.01) << "hundredths count too";
+    EXPECT_NEAR(Cents(Hertz(1000), 391.9954), 0, 0.01);
+    const std::pair<std::vector<std::pair<int, int>>, double> ranges[] = {
+        {{{101, 0}, {100, 0}, {38, 50}}, 250}, // hundredths alone leave the semitones
+        {{{38, 127}}, 299},
+        {{{6, 12}}, 1200},
+        {{{38, 50}}, 1250},
+        {{{6, 0}}, 0},
+        {{{6, 127}, {38, 20}}, 9600}};
+    for (const auto& [events, cents] : ranges) {
+        Controls(events);
+        Render(instrument, 441);
+        EXPECT_NEAR(Cents(Hertz(1000), 440), -cents, 0.01);
+    }
 
     instrument.playing.loads = 1; // another sound
     Bend(8191);
     Render(instrument, 441);
-    EXPECT_NEAR(Cents(Hertz(0, 1000), 493.8833), 0, 0.01);
+    EXPECT_NEAR(Cents(Hertz(1000), 493.8833), 0, 0.01);
     instrument.playing.given = false;
     Render(instrument, 441);
-    EXPECT_NEAR(Cents(Hertz(0, 1000), 440), 0, 0.01);
+    EXPECT_NEAR(Cents(Hertz(1000), 440), 0, 0.01);
     Bend(-8192);
     On(69);
-    EXPECT_NEAR(Cents(Hertz(0, 1000), 440), 0, 0.01);
+    EXPECT_NEAR(Cents(Hertz(1000), 440), 0, 0.01);
 }
 
 TEST_F(Hands, ASweepOfTheWheelHasNoSteps) {
     instrument.playing.bend = 12;
     On(69);
     Render(instrument, 4410);
-    std::vector<float> samples;
-    for (int value = -8192; value < 8192; value += 128) { // as coarse as a wheel of seven bits
-        Bend(value);
-        const std::vector<float> more = Render(instrument, 344);
-        samples.insert(samples.end(), more.begin(), more.end());
-    }
+    // As coarse as a wheel of seven bits.
+    const std::vector<float> samples = Sweep(-8192, 8192, 128, [this](int value) { Bend(value); });
     EXPECT_GT(Peak(samples), 0.9F);
-    double most = 0;
-    for (double hertz = 2000; hertz < 20000; hertz += 97)
-        most = std::max(most, test::Amplitude(samples, hertz, kRate));
-    EXPECT_LT(20 * std::log10(most), -120) << "a pitch that steps leaves -105";
+    EXPECT_LT(LoudestAbove2000(samples), -120) << "a pitch that steps leaves -105";
 }
 
 TEST_F(Hands, AControllerThatIsSmoothedHasNoSteps) {
     instrument.parameters.Ax3 = 1;
     instrument.parameters.Ax4 = 1;
     const auto loudestAbove2000 = [this] {
-        std::vector<float> samples;
-        for (int value = 0; value < 128; value++) {
-            Control(1, uchar(value));
-            const std::vector<float> more = Render(instrument, 344);
-            samples.insert(samples.end(), more.begin(), more.end());
-        }
-        double most = 0;
-        for (double hertz = 2000; hertz < 20000; hertz += 97)
-            most = std::max(most, test::Amplitude(samples, hertz, kRate));
-        return 20 * std::log10(most);
+        return LoudestAbove2000(Sweep(0, 128, 1, [this](int value) { Control(1, uchar(value)); }));
     };
     On(69);
     Render(instrument, 4410);
@@ -143,11 +119,11 @@ TEST_F(Hands, AGlideIsExponentialAndExactAtBothEnds) {
     EXPECT_EQ(Cents(Hertz(), 220), 0) << "the first note has nowhere to come from";
     On(69);
     Render(instrument, 1); // taken up
-    EXPECT_NEAR(Cents(Hertz(1), 220 * std::exp2(1 / 22050.0)), 0, 1e-4);
+    EXPECT_NEAR(Cents(Hertz(1, 1), 220 * std::exp2(1 / 22050.0)), 0, 1e-4);
     Render(instrument, 11025 - 2);
-    EXPECT_NEAR(Cents(Hertz(1), 220 * std::sqrt(2)), 0, 1e-4);
+    EXPECT_NEAR(Cents(Hertz(1, 1), 220 * std::sqrt(2)), 0, 1e-4);
     Render(instrument, 11024);
-    EXPECT_NEAR(Cents(Hertz(1), 440), 0, 1e-6);
+    EXPECT_NEAR(Cents(Hertz(1, 1), 440), 0, 1e-6);
 
     // On the way to another note the one voice comes from where it is.
     Be(PlayMode::legato);
@@ -155,7 +131,7 @@ TEST_F(Hands, AGlideIsExponentialAndExactAtBothEnds) {
     On(81);
     Render(instrument, 11025);
     On(69);
-    EXPECT_NEAR(Cents(Hertz(1), 440 * std::sqrt(2)), 0, 0.2);
+    EXPECT_NEAR(Cents(Hertz(1, 1), 440 * std::sqrt(2)), 0, 0.2);
 }
 
 TEST_F(Hands, OneVoiceFollowsTheLastKeyThatIsDown) {
@@ -179,7 +155,7 @@ TEST_F(Hands, OneVoiceFollowsTheLastKeyThatIsDown) {
         EXPECT_EQ(Notes(), (Are{72, -67}));
         Off(72);
         EXPECT_EQ(Notes(), (Are{64, -67})) << "back to the key still held";
-        EXPECT_NEAR(Cents(Hertz(0, 500), 329.6276), 0, 0.01);
+        EXPECT_NEAR(Cents(Hertz(500), 329.6276), 0, 0.01);
         Off(64);
         EXPECT_EQ(Notes(), (Are{-64, -67}));
         Render(instrument, 441);
@@ -187,7 +163,7 @@ TEST_F(Hands, OneVoiceFollowsTheLastKeyThatIsDown) {
         EXPECT_EQ(vexa::Look(instrument.voices[0]).t, 0) << "after a release it begins anew";
         // Keys that were down at a panic, or in another mode, leave nothing behind.
         On(66);
-        instrument.consumer.AllNotesOff(false, 0);
+        Panic();
         Off(66);
         EXPECT_EQ(Notes(), Are{});
         Off(65);
@@ -212,7 +188,7 @@ TEST_F(Hands, PedalsHoldNotesAndNothingHangs) {
     Control(66, 0);
     EXPECT_EQ(Notes(), (Are{-60, -62})) << "the pedal of another channel holds nothing here";
 
-    instrument.consumer.AllNotesOff(false, 0);
+    Panic();
     const auto sustainOne = [this] {
         Control(64, 127);
         On(60);
@@ -222,16 +198,16 @@ TEST_F(Hands, PedalsHoldNotesAndNothingHangs) {
     sustainOne();
     instrument.consumer.SourceEnded(0, 0);
     EXPECT_EQ(Notes(), Are{-60}) << "its source has gone";
-    instrument.consumer.AllNotesOff(false, 0);
+    Panic();
     sustainOne();
-    instrument.consumer.AllNotesOff(false, 0);
+    Panic();
     EXPECT_EQ(Notes(), Are{});
     sustainOne();
     instrument.consumer.SetChannel(5);
     Control(64, 0);
     EXPECT_EQ(Notes(), Are{-60}) << "another channel is listened to";
     instrument.consumer.SetChannel(-1);
-    instrument.consumer.AllNotesOff(false, 0);
+    Panic();
     sustainOne();
     instrument.playing.given = false; // another sound
     instrument.playing.loads = 1;
@@ -258,14 +234,14 @@ TEST_F(Hands, PressureDrivesItsControllerAndAKeysOwnVoiceAlone) {
     EXPECT_NEAR(level(261.6256), 0.511, 0.005);
     EXPECT_NEAR(level(523.2511), 1.022, 0.005);
     EXPECT_EQ(instrument.controllers[2], 0);
-    instrument.consumer.ChannelPressure(0, 127, 0);
+    Press(127);
     EXPECT_EQ(instrument.controllers[2], 1);
     Control(121, 0);
     EXPECT_EQ(instrument.controllers[2], 0);
     Render(instrument, 4410);
     EXPECT_NEAR(level(523.2511), 0.511, 0.005) << "all is reset";
     instrument.playing.given = false;
-    instrument.consumer.ChannelPressure(0, 127, 0);
+    Press(127);
     EXPECT_EQ(instrument.controllers[2], 0);
 }
 
@@ -295,7 +271,7 @@ TEST_F(Hands, WhatIsCutOffFadesWithinFiveMilliseconds) {
     for (uchar note = 60; note < 70; note++)
         On(note);
     const float loud = test::LargestStep(Render(instrument, 44100));
-    instrument.consumer.AllNotesOff(true, 0);
+    Panic(true);
     EXPECT_EQ(instrument.consumer.CountVox(), 0) << "their slots are free at once";
     std::vector<float> end = Render(instrument, 110);
     EXPECT_LT(test::LargestStep(end), 1.1F * loud);
@@ -304,14 +280,14 @@ TEST_F(Hands, WhatIsCutOffFadesWithinFiveMilliseconds) {
     const std::vector<float> more = Render(instrument, 4410);
     end.insert(end.end(), more.begin(), more.end());
     EXPECT_LT(test::LargestStep(end), 1.1F * loud);
-    instrument.consumer.AllNotesOff(true, 0);
+    Panic(true);
     Render(instrument, 221);
     EXPECT_EQ(Peak(Render(instrument, 441)), 0);
 }
 
 TEST_F(Hands, WhatIsHeardDoesNotDependOnHowItIsCut) {
     std::vector<float> heard[2];
-    for (const std::size_t most : {64, 37}) {
+    for (const auto& [most, mpe] : {std::pair{64, false}, {37, false}, {64, true}, {37, true}}) {
         Engine cut;
         test::MakeRich(cut);
         cut.playing.given = true;
@@ -319,6 +295,8 @@ TEST_F(Hands, WhatIsHeardDoesNotDependOnHowItIsCut) {
         cut.playing.glide = 0.03F;
         cut.playing.smooth = 7;
         cut.playing.pressure = 2;
+        if (mpe)
+            cut.consumer.ExpectMpe();
         std::mt19937 random(7);
         const auto data = [&random] { return uchar(random() % 128); };
         std::vector<float>& samples = heard[most == 37 ? 1 : 0];
@@ -337,7 +315,7 @@ TEST_F(Hands, WhatIsHeardDoesNotDependOnHowItIsCut) {
             if (event % 50 == 49)
                 cut.consumer.AllNotesOff(true, 0);
             for (std::size_t left = 1 + random() % 400; left > 0;) {
-                const std::size_t count = std::min(left, most);
+                const std::size_t count = std::min(left, std::size_t(most));
                 const std::vector<float> more = Render(cut, count);
                 samples.insert(samples.end(), more.begin(), more.end());
                 left -= count;

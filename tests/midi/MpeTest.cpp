@@ -1,59 +1,31 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Notes with channels of their own, as MPE has them.
-#include "support/Sounds.h"
+#include "midi/HandsStage.h"
 #include "support/Spectrum.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
+using test::kRate;
 using test::Render;
 
-constexpr double kRate = 44100;
-
-class Mpe : public testing::Test {
+class Mpe : public test::HandsStage {
   protected:
-    Mpe() {
-        test::MakeSine(instrument);
-        instrument.playing.given = true;
-    }
+    Mpe() { instrument.playing.given = true; }
 
-    void On(uchar channel, uchar note) { instrument.consumer.NoteOn(channel, note, 100, 0); }
-    void Off(uchar channel, uchar note) { instrument.consumer.NoteOff(channel, note, 0, 0); }
-    void Control(uchar channel, uchar controller, uchar value) {
-        instrument.consumer.ControlChange(channel, controller, value, 0);
+    void Parameter(int number, int value, uchar channel) {
+        Controls({{101, 0}, {100, number}, {6, value}}, channel);
     }
-    void Press(uchar channel, uchar value) {
-        instrument.consumer.ChannelPressure(channel, value, 0);
-    }
-    void Bend(uchar channel, int value) {
-        const int bits = value + 8192;
-        instrument.consumer.PitchBend(channel, uchar(bits & 127), uchar(bits >> 7), 0);
-    }
-    void Parameter(uchar channel, uchar number, uchar value) {
-        Control(channel, 101, 0);
-        Control(channel, 100, number);
-        Control(channel, 6, value);
-    }
-    void Zone(uchar master, uchar members) { Parameter(master, 6, members); }
+    void Zone(uchar master, int members) { Parameter(6, members, master); }
 
-    /// By how many cents the pitch of each slot's note is above a key, over the next 2000 samples.
-    std::vector<double> Cents(const std::vector<int>& keys) {
-        Render(instrument, 882);
-        std::vector<double> cents;
-        for (std::size_t i = 0; i < keys.size(); i++)
-            cents.push_back(-vexa::Look(instrument.voices[i]).phasex);
-        Render(instrument, 2000);
-        for (std::size_t i = 0; i < keys.size(); i++) {
-            const double turns =
-                (cents[i] + vexa::Look(instrument.voices[i]).phasex) / (2 * M_PI) / 2000 * kRate;
-            cents[i] = 1200 * std::log2(turns / 440) - 100 * (keys[i] - 69);
-        }
-        return cents;
-    }
+    /// By how many cents each slot's note is above a key.
     void ExpectCents(const std::vector<int>& keys, const std::vector<double>& expected) {
-        const std::vector<double> cents = Cents(keys);
+        Render(instrument, 882);
+        const std::vector<double> hertz = Hertz(keys.size(), 2000);
         for (std::size_t i = 0; i < keys.size(); i++)
-            EXPECT_NEAR(cents[i], expected[i], 0.02) << keys[i];
+            EXPECT_NEAR(Cents(hertz[i], 440 * std::exp2((keys[i] - 69) / 12.0)), expected[i], 0.02)
+                << keys[i];
     }
     std::vector<double> Levels(const std::vector<double>& hertz) {
         Render(instrument, 4410);
@@ -63,42 +35,36 @@ class Mpe : public testing::Test {
             levels.push_back(test::Amplitude(samples, h, kRate));
         return levels;
     }
-    int Held() const {
-        return int(std::ranges::count_if(instrument.voices, [](const vexa::voice& v) {
-            return v.state.Look().Active() && !v.released;
-        }));
-    }
-
-    vexa::Engine instrument;
+    int Held() const { return instrument.consumer.CountHeld(); }
 };
 
 TEST_F(Mpe, EachNoteBendsByItsOwnChannelAndAllByTheMaster) {
     Zone(0, 15);
-    Bend(1, 8191); // before the note
-    On(1, 60);
-    On(2, 64);
-    On(3, 67);
-    Bend(2, -1024);
-    Bend(3, 43);
+    Bend(8191, 1); // before the note
+    On(60, 1);
+    On(64, 2);
+    On(67, 3);
+    Bend(-1024, 2);
+    Bend(43, 3);
     const auto part = [](int value) { return value / (value > 0 ? 8191.0 : 8192.0); };
     ExpectCents({60, 64, 67}, {4800, 4800 * part(-1024), 4800 * part(43)});
-    Bend(0, 8191);
+    Bend(8191, 0);
     ExpectCents({60, 64, 67}, {5000, 4800 * part(-1024) + 200, 4800 * part(43) + 200});
     instrument.playing.bend = 12;
-    Bend(0, -8192);
-    Parameter(2, 0, 24); // one member tells it for all
+    Bend(-8192, 0);
+    Parameter(0, 24, 2); // one member tells it for all
     ExpectCents({60, 64, 67}, {1200, 2400 * part(-1024) - 1200, 2400 * part(43) - 1200});
-    Control(0, 121, 0);
+    Control(121, 0, 0);
     ExpectCents({60, 64, 67}, {0, 0, 0});
 
     // A note that was let go goes on with its channel until that has another one.
     instrument.envelopes[2].Points().back().t = 100;
     instrument.envelopes[2].ProduceCalcPts();
-    Off(1, 60);
-    Bend(1, 8191);
+    Off(60, 1);
+    Bend(8191, 1);
     ExpectCents({60}, {2400});
-    On(1, 72);
-    Bend(1, 0);
+    On(72, 1);
+    Bend(0, 1);
     ExpectCents({60, 64, 67, 72}, {2400, 0, 0, 0});
 }
 
@@ -110,11 +76,11 @@ TEST_F(Mpe, PressureAndTimbreAreThoseOfTheNote) {
     for (const bool timbre : {false, true}) {
         instrument.parameters.Ax4 = timbre ? 74 : 2;
         const auto set = [&](uchar channel, uchar value) {
-            timbre ? Control(channel, 74, value) : Press(channel, value);
+            timbre ? Control(74, value, channel) : Press(value, channel);
         };
         set(14, 127); // before the note
-        On(14, 69);
-        On(13, 81);
+        On(69, 14);
+        On(81, 13);
         EXPECT_NEAR(Levels({440})[0], 1, 0.03);
         EXPECT_NEAR(Levels({880})[0], timbre ? 64 / 127.0 : 0, 0.03) << "before there is any";
         set(14, 32);
@@ -132,85 +98,97 @@ TEST_F(Mpe, PressureAndTimbreAreThoseOfTheNote) {
 TEST_F(Mpe, AKeyOfAnotherChannelIsAnotherNote) {
     Zone(0, 7);
     Zone(15, 7);
-    On(1, 60);
-    On(2, 60);
-    On(14, 60);
-    On(1, 60); // struck again
+    On(60, 1);
+    On(60, 2);
+    On(60, 14);
+    On(60, 1); // struck again
     EXPECT_EQ(Held(), 3);
-    Off(2, 60);
+    Off(60, 2);
     EXPECT_EQ(Held(), 2);
     instrument.consumer.SetChannel(15);
-    On(13, 62);
-    On(3, 62); // of the other zone
+    On(62, 13);
+    On(62, 3); // of the other zone
     EXPECT_EQ(Held(), 3) << "a master's channel is its zone";
     instrument.consumer.SetChannel(-1);
 
     instrument.playing.pedal = true;
-    On(1, 60);
-    On(3, 64);
-    Control(0, 64, 127);
-    Off(1, 60);
-    Off(3, 64);
-    Off(13, 62);
+    On(60, 1);
+    On(64, 3);
+    Control(64, 127, 0);
+    Off(60, 1);
+    Off(64, 3);
+    Off(62, 13);
     EXPECT_EQ(Held(), 3) << "the pedal is that of its zone";
-    Control(0, 64, 0);
+    Control(64, 0, 0);
     EXPECT_EQ(Held(), 1);
-    Off(14, 60);
+    Off(60, 14);
 
-    instrument.consumer.AllNotesOff(false, 0);
-    instrument.playing.mode = float(int(vexa::PlayMode::mono));
-    On(1, 60);
-    On(2, 60);
-    On(3, 64);
-    On(14, 70);
+    Panic();
+    Be(vexa::PlayMode::mono);
+    On(60, 1);
+    On(60, 2);
+    On(64, 3);
+    On(70, 14);
     EXPECT_EQ(Held(), 2) << "one of each zone";
-    Off(3, 64);
-    Bend(2, 8191);
+    Off(64, 3);
+    Bend(8191, 2);
     ExpectCents({60}, {4800});
-    instrument.playing.mode = float(int(vexa::PlayMode::legato));
-    Bend(4, 4096); // before the note
-    On(4, 62);
+    Be(vexa::PlayMode::legato);
+    Bend(4096, 4); // before the note
+    On(62, 4);
     ExpectCents({62}, {4800 * 4096 / 8191.0});
+
+    // The volume is that of the key's channel, which it takes 10 ms to get to.
+    Panic();
+    Render(instrument, 441);
+    On(69, 5);
+    Control(7, 64, 6);
+    Render(instrument, 4410);
+    On(57, 6);
+    const std::vector<float> change = Render(instrument, 4410);
+    EXPECT_LT(test::LargestStep(change), 0.08);
+    EXPECT_GT(test::Peak({change.data(), 110}), 0.8F);
+    EXPECT_NEAR(test::Peak({change.data() + 441, 3969}), std::pow(64 / 127.0, 2), 0.01);
 }
 
 TEST_F(Mpe, AConfigurationEndsTheNotesOfTheChannelsThatChange) {
     for (uchar channel = 0; channel < 16; channel++)
-        On(channel, uchar(40 + channel));
+        On(uchar(40 + channel), channel);
     Zone(0, 5);
     EXPECT_EQ(Held(), 10) << "0 to 5 are silenced";
     Zone(15, 12); // takes 3, 4 and 5 over
     EXPECT_EQ(Held(), 0);
-    On(2, 60);
-    On(3, 60);
+    On(60, 2);
+    On(60, 3);
     EXPECT_EQ(Held(), 2);
     Zone(7, 3);         // no master
     Zone(15, 16);       // too many
-    Control(15, 99, 0); // not registered
-    Control(15, 98, 6);
-    Control(15, 6, 0);
-    Control(15, 101, 0); // half of it
-    Control(15, 6, 0);
+    Control(99, 0, 15); // not registered
+    Control(98, 6, 15);
+    Control(6, 0, 15);
+    Control(101, 0, 15); // half of it
+    Control(6, 0, 15);
     EXPECT_EQ(Held(), 2);
     Zone(15, 0);
     EXPECT_EQ(Held(), 1) << "2 is the lower zone's";
-    On(4, 60);
-    On(5, 60);
+    On(60, 4);
+    On(60, 5);
     EXPECT_EQ(Held(), 2) << "of channels of no zone a key is one note";
 }
 
 TEST_F(Mpe, IsThereWhereTheSoundSaysHowItIsPlayedOrItWasAskedFor) {
     instrument.playing.given = false;
     Zone(0, 15);
-    On(1, 69);
-    Bend(1, 8191);
-    On(2, 69);
+    On(69, 1);
+    Bend(8191, 1);
+    On(69, 2);
     EXPECT_EQ(Held(), 1);
     ExpectCents({69}, {0});
-    instrument.consumer.AllNotesOff(false, 0);
+    Panic();
     instrument.consumer.ExpectMpe();
-    On(1, 69);
-    Bend(1, 8191);
-    On(2, 69);
+    On(69, 1);
+    Bend(8191, 1);
+    On(69, 2);
     EXPECT_EQ(Held(), 2);
     ExpectCents({69, 69}, {4800, 0});
 }

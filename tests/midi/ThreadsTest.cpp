@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The window's, the MIDI and the media thread's work, all at once. The thread sanitizer looks at
 // these too.
 #include "support/Sounds.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the system refuses, one thing after the other: the program plays all the same, or ends with
 // a message and code 1, and files are whole or as they were.
 #include "support/Limits.h"
@@ -33,8 +34,9 @@ class RenderFaults : public testing::Test {
 
     bool Plays(const std::string& limit) {
         const fs::path old = folder.Write("out.wav", "precious");
-        const CommandResult result = test::RunLimited(
-            limit, {kProgram, Note(), old.string(), "--quiet", "--tail", "0", "--compile"});
+        const CommandResult result =
+            test::RunLimited(limit, {kProgram, Note(), old.string(), "--quiet", "--tail", "0",
+                                     "--compile", "--function", "x*y/(1+x*x)"});
         const std::string bytes = test::Contents(old);
         if (result.exitCode == 0) {
             EXPECT_TRUE(bytes.starts_with("RIFF")) << limit;

@@ -1,5 +1,7 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "render/MidiFile.h"
 
+#include "support/MidiFiles.h"
 #include "support/TemporaryFolder.h"
 
 #include <random>
@@ -10,29 +12,15 @@
 namespace {
 
 using namespace std::string_literals;
+using test::BigEndian;
+using test::Header;
+using test::kEnd;
+using test::Track;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using vexa::MidiFile;
 using Kind = vexa::MidiEvent::Kind;
-
-std::string BigEndian(std::size_t value, int bytes) {
-    std::string text;
-    for (int shift = 8 * (bytes - 1); shift >= 0; shift -= 8)
-        text += static_cast<char>(value >> shift);
-    return text;
-}
-
-std::string Header(int type, int tracks, int division) {
-    return "MThd\0\0\0\6"s + BigEndian(type, 2) + BigEndian(tracks, 2) + BigEndian(division, 2);
-}
-
-const std::string kEnd = "\0\xFF\x2F\0"s;
-
-/// A track chunk; its end-of-track event is added.
-std::string Track(const std::string& events) {
-    return "MTrk" + BigEndian(events.size() + kEnd.size(), 4) + events + kEnd;
-}
 
 /// One track, 100 ticks per quarter: 200 per second at the usual tempo.
 std::string Song(const std::string& events) {
@@ -87,10 +75,11 @@ TEST(MidiFile, TellsTheEventsOfASynthesizer) {
                                          vexa::MidiEvent{0.5, Kind::NoteOff, 2, 0x3C, 0},
                                          vexa::MidiEvent{0.5, Kind::NoteOff, 2, 0x3D, 0x40},
                                          vexa::MidiEvent{0.5, Kind::ControlChange, 0, 1, 0x7F},
-                                         vexa::MidiEvent{0.5, Kind::AllNotesOff, 0, 0x78, 0},
-                                         vexa::MidiEvent{0.5, Kind::AllNotesOff, 15, 0x7B, 0},
+                                         vexa::MidiEvent{0.5, Kind::AllNotesOff, 1, 0, 0},
+                                         vexa::MidiEvent{0.5, Kind::AllNotesOff, 1, 0, 0},
                                          vexa::MidiEvent{0.5, Kind::ControlChange, 0, 0x79, 0},
-                                         vexa::MidiEvent{0.5, Kind::ChannelPressure, 0, 0, 5},
+                                         vexa::MidiEvent{0.5, Kind::ProgramChange, 0, 5, 0},
+                                         vexa::MidiEvent{0.5, Kind::ChannelPressure, 0, 5, 0},
                                          vexa::MidiEvent{0.5, Kind::KeyPressure, 0, 0x3C, 5},
                                          vexa::MidiEvent{1.5, Kind::PitchBend, 0, 0, 0}));
     EXPECT_EQ(file.notes, 1U);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "render/Options.h"
 
 #include <iterator>
@@ -29,10 +30,10 @@ std::string FaultOf(std::vector<std::string> arguments) {
 }
 
 TEST(Options, ReadsEveryOptionWhereverItStands) {
-    const auto options =
-        Parse(Words("--sound a.xml in.mid --function=x*y --voices 3 --channel 16 --rate=48000 "
-                    "--oversample 4 out.wav --tuning a.scl --keymap b.kbm --a4 442.5 --gain 0.5 "
-                    "--tail 1e1 --block 64 --normalize --quiet --mode legato --volume -3.5"));
+    const auto options = Parse(
+        Words("--sound a.xml in.mid --function=x*y --voices 3 --channel 16 --rate=48000 "
+              "--oversample 4 out.wav --tuning a.scl --keymap b.kbm --a4 442.5 --gain 0.5 "
+              "--tail 1e1 --block 64 --normalize --quiet --programs --mode legato --volume -3.5"));
     ASSERT_TRUE(options) << options.Fault().text;
     EXPECT_EQ(options->action, Options::Action::Render);
     EXPECT_EQ(options->midi, "in.mid");
@@ -50,6 +51,7 @@ TEST(Options, ReadsEveryOptionWhereverItStands) {
     EXPECT_EQ(options->tail, 10);
     EXPECT_EQ(options->block, 64);
     EXPECT_TRUE(options->normalize);
+    EXPECT_TRUE(options->programs);
     EXPECT_TRUE(options->quiet);
     EXPECT_EQ(options->playing.texts[1], "legato");
     EXPECT_EQ(options->playing.texts[9], "-3.5");

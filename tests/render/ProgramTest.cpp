@@ -1,8 +1,10 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // vexa-render as a user runs it.
 #include "kits/support/SupportDefs.h"
 #include "support/Command.h"
 #include "support/Environment.h"
 #include "support/Limits.h"
+#include "support/MidiFiles.h"
 #include "support/SoundFiles.h"
 #include "support/Sounds.h"
 #include "support/Spectrum.h"
@@ -39,12 +41,9 @@ class RenderProgram : public testing::Test {
 
     /// A MIDI file of one note of a quarter of a second on channel 1.
     std::string OneNote(uchar note = 69) const {
-        const char bytes[] = {
-            'M',  'T',        'h',        'd', 0,          0,          0,          6,   0,
-            0,    0,          1,          1,   char(0xE0), 'M',        'T',        'r', 'k',
-            0,    0,          0,          13,  0,          char(0x90), char(note), 100, char(0x81),
-            0x70, char(0x80), char(note), 0,   0,          char(0xFF), 0x2F,       0};
-        return folder.Write("note.mid", {bytes, sizeof bytes}).string();
+        return folder
+            .Write("note.mid", test::MidiFileOf({{0, {0x90, note, 100}}, {250, {0x80, note, 0}}}))
+            .string();
     }
     /// The samples of a file in the WAV format that we write: 32-bit floats in the data chunk.
     std::vector<float> Samples(const std::string& path) const {
@@ -356,13 +355,14 @@ TEST_F(RenderProgram, MoreThanAWavFileHoldsIsRenderedAllTheSame) {
     EXPECT_EQ(head, "RF64");
 }
 
-/// Installed, which a file tells, or by its option.
+/// By its option, or installed, where content lies beside the programs' folder.
 TEST_F(RenderProgram, WhatIsTheUsersIsInTheUsersFolderAndShippedContentIsOnlyRead) {
-    const fs::path program = folder.Path() / "program";
+    const fs::path program = folder.Path() / "bin";
     fs::create_directory(program);
     fs::copy(kProgram, program);
     fs::copy(VEXA_SOURCE_FOLDER "/data", program, fs::copy_options::recursive);
     fs::copy(VEXA_PROGRAM_FOLDER "/samples", program / "samples");
+    fs::path content = program;
     const std::string note = OneNote();
     const auto render = [&](std::vector<std::string> options) {
         options.insert(options.begin(), {program / "vexa-render", note, Path("out.wav"), "--tail",
@@ -377,11 +377,16 @@ TEST_F(RenderProgram, WhatIsTheUsersIsInTheUsersFolderAndShippedContentIsOnlyRea
             more.insert(more.end(), option.begin(), option.end());
             return more;
         };
-        if (installed)
-            folder.Write("program/installed", "");
+        if (installed) {
+            content = folder.Path() / "share/vexa/shipped";
+            fs::create_directories(content.parent_path());
+            fs::rename(program, content);
+            fs::create_directory(program);
+            fs::rename(content / "vexa-render", program / "vexa-render");
+        }
         ASSERT_EQ(render(with({"--sound", "harp"})).exitCode, 0);
         EXPECT_GT(test::Peak(Samples(Path("out.wav"))), 0.001F);
-        fs::copy_file(VEXA_SOURCE_FOLDER "/data/shipped-content", program / "shipped-content",
+        fs::copy_file(VEXA_SOURCE_FOLDER "/data/shipped-content", content / "shipped-content",
                       fs::copy_options::overwrite_existing);
         const fs::path silent = folder.Write("data/vexa/sounds/bell.xml",
                                              "<vexasound><vexafunction><expression>0</expression>"
@@ -390,20 +395,22 @@ TEST_F(RenderProgram, WhatIsTheUsersIsInTheUsersFolderAndShippedContentIsOnlyRea
         EXPECT_EQ(test::Peak(Samples(Path("out.wav"))), 0);
         EXPECT_TRUE(fs::exists(own / "functions/recent"));
         // As if it were what an older version came with.
-        std::ofstream(program / "shipped-content", std::ios::app)
+        std::ofstream(content / "shipped-content", std::ios::app)
             << test::RunCommand({"sha256sum", silent}).text.substr(0, 64) << "  sounds/bell.xml\n";
         ASSERT_EQ(render(with({"--sound", "bell"})).exitCode, 0);
         EXPECT_GT(test::Peak(Samples(Path("out.wav"))), 0.001F);
         const CommandResult missing = render(with({"--sound", "bel"}));
         EXPECT_EQ(missing.exitCode, 1);
         EXPECT_THAT(missing.text, HasSubstr((own / "sounds").string()));
-        EXPECT_THAT(missing.text, HasSubstr((program / "sounds").string()));
-        EXPECT_FALSE(fs::exists(program / "functions/recent"));
+        EXPECT_THAT(missing.text, HasSubstr((content / "sounds").string()));
+        EXPECT_FALSE(fs::exists(content / "functions/recent"));
         fs::remove_all(folder.Path() / "data");
     }
     // The bare program has everything beside itself.
-    fs::remove(program / "installed");
-    ASSERT_EQ(render({"--sound", "bell"}).exitCode, 0);
+    fs::rename(program / "vexa-render", content / "vexa-render");
+    fs::remove(program);
+    fs::rename(content, program);
+    ASSERT_EQ(render({"--sound", "bell", "--function", "x*y"}).exitCode, 0);
     EXPECT_TRUE(fs::exists(program / "functions/recent"));
     EXPECT_FALSE(fs::exists(own));
 }
@@ -441,13 +448,13 @@ TEST_F(RenderProgram, NeedsTemplateAndCompilerOnlyWhereItIsToCompile) {
     fs::copy(VEXA_PROGRAM_FOLDER "/sounds", copy / "sounds");
     fs::create_directory(copy / "functions");
     const std::string note = OneNote();
-    const CommandResult missing =
-        test::RunCommand({(copy / "vexa-render").string(), note, Path("a.wav"), "--compile"});
+    const CommandResult missing = test::RunCommand(
+        {(copy / "vexa-render").string(), note, Path("a.wav"), "--compile", "--function", "x*y"});
     EXPECT_EQ(missing.exitCode, 1);
     EXPECT_THAT(missing.text, HasSubstr("The template file \n" + copy.string()));
 
-    const CommandResult bare = test::RunCommand(
-        {"/usr/bin/env", "PATH=/none", kProgram, note, Path("a.wav"), "--compile"});
+    const CommandResult bare = test::RunCommand({"/usr/bin/env", "PATH=/none", kProgram, note,
+                                                 Path("a.wav"), "--compile", "--function", "x*y"});
     EXPECT_EQ(bare.exitCode, 1);
     EXPECT_THAT(bare.text, HasSubstr("gcc"));
     EXPECT_FALSE(fs::exists(Path("a.wav")));
@@ -455,7 +462,7 @@ TEST_F(RenderProgram, NeedsTemplateAndCompilerOnlyWhereItIsToCompile) {
     const CommandResult formula = test::RunCommand(
         {"/usr/bin/env", "PATH=/none", (copy / "vexa-render").string(), note, Path("a.wav")});
     EXPECT_EQ(formula.exitCode, 0) << formula.text;
-    EXPECT_EQ(Run({note, Path("b.wav"), "--compile"}).exitCode, 0);
+    EXPECT_EQ(Run({note, Path("b.wav"), "--compile", "--function", "x*y"}).exitCode, 0);
     EXPECT_TRUE(fs::exists(Path("b.wav")));
 }
 

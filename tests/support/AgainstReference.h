@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A piece that is played by the product and by the scalar reference.
 #pragma once
 
@@ -13,15 +14,16 @@
 namespace test {
 
 struct Event {
-    enum class Kind { Note, Controller, VoiceLimit, Spread };
+    enum class Kind { Note, Controller, Pressure, VoiceLimit, Spread };
     /// The sample.
     std::size_t at;
     Kind kind;
     /// Of the key or the controller.
     int number;
-    /// The velocity, where 0 releases the note, the controller's value, how many voices may sound,
-    /// or degrees.
+    /// The velocity, where 0 releases the note, the value of the controller or the one that
+    /// pressure drives, how many voices may sound, or degrees.
     int value;
+    int channel = 0;
 };
 
 /// A seeded piece of `samples` samples that keeps about 20 voices sounding, with retriggers,
@@ -52,6 +54,7 @@ template<class F>
 void Take(const Event& event, vexa::Engine& instrument, ScalarReference<F>& reference) {
     const auto number = static_cast<uchar>(event.number);
     const auto value = static_cast<uchar>(event.value);
+    const auto channel = static_cast<uchar>(event.channel);
     switch (event.kind) {
     case Event::Kind::VoiceLimit:
         instrument.consumer.ReduceToMaxVox(event.value);
@@ -63,18 +66,20 @@ void Take(const Event& event, vexa::Engine& instrument, ScalarReference<F>& refe
         reference.SetSpread(event.value);
         break;
     case Event::Kind::Controller:
-        instrument.consumer.ControlChange(0, number, value, 0);
-        reference.ctl[number] = float(event.value / 127.0);
-        if (event.number >= 16 && event.number < 20)
-            reference.SetMacro(number - 16U, float(event.value / 127.0));
+        instrument.consumer.ControlChange(channel, number, value, 0);
+        reference.Control(event.channel, event.number, event.value);
+        break;
+    case Event::Kind::Pressure:
+        instrument.consumer.ChannelPressure(channel, value, 0);
+        reference.Control(event.channel, event.number, event.value);
         break;
     case Event::Kind::Note:
         if (event.value > 0) {
-            instrument.consumer.NoteOn(0, number, value, 0);
-            reference.NoteOn(event.number, event.value);
+            instrument.consumer.NoteOn(channel, number, value, 0);
+            reference.NoteOn(event.number, event.value, event.channel);
         } else {
-            instrument.consumer.NoteOff(0, number, 0, 0);
-            reference.NoteOff(event.number);
+            instrument.consumer.NoteOff(channel, number, 0, 0);
+            reference.NoteOff(event.number, event.channel);
         }
         break;
     }

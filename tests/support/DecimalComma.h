@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A locale whose numbers have a decimal comma, wherever the tests run.
 #pragma once
 

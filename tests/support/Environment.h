@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What a process inherits, changed for the length of a test.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Expressions that people write, and their values at one point, worked out from definitions, series
 // and integrals instead of by C.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the system refuses, to this process or to a program that it starts.
 #pragma once
 

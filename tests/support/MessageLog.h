@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A handler that keeps what it is sent.
 #pragma once
 

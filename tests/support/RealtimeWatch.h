@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Counts what code inside a RealtimeSection must not do.
 #pragma once
 

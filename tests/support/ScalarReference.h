@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The instrument once more, in its plainest form: one sample after the other, one voice after the
 // other, each line a line of the formulas. What is fast is checked against what can be read.
 #pragma once
@@ -10,6 +11,7 @@
 #include <cmath>
 #include <concepts>
 #include <cstddef>
+#include <optional>
 #include <utility>
 
 namespace test {
@@ -38,8 +40,12 @@ class ScalarReference {
     /// Whether the right ear is computed too.
     bool stereo = false;
     std::array<float, 128> ctl{};
+    /// Of the macros, and of those of them that notes have of their own from their begin on: by MPE
+    /// pressure and 74, which are 0 and 64 before there is any.
+    std::array<int, 4> macroControllers{16, 17, 18, 19};
+    std::array<std::optional<float>, 4> begins{};
 
-    void NoteOn(int note, int velocity) {
+    void NoteOn(int note, int velocity, int channel = 0) {
         const auto vel = float(velocity / 127.0);
         const auto key = float(note / 127.0);
         const float freq = std::exp(float(std::log(2.0) / 12.0) * float(note - 69)) * 440.0F;
@@ -48,9 +54,20 @@ class ScalarReference {
         const auto cy = float(p.C0y0 + p.C0y1 * vel + p.C0y2 * key + p.C0y3 * ctl[p.C0y4]);
         const auto hpa = float(std::exp(double(-k)));
         const auto hpb = float(std::exp(-2.0 * k));
-        Voice* v = Choose(key);
+        Voice* v = Choose(key, channel);
         if (!v)
             return;
+        for (Voice& other : voices)
+            other.bygone = other.bygone || (other.channel == channel && other.released);
+        v->channel = channel;
+        v->bygone = false;
+        for (std::size_t m = 0; m < 4; m++) {
+            const std::optional<float> own = channels[channel][m] ? channels[channel][m]
+                                             : channel > 0        ? begins[m]
+                                                                  : std::nullopt;
+            v->owns[m] = own.has_value();
+            v->macros[m] = own ? Ramp{*own, *own, 0, 0} : macros[m];
+        }
         v->vel = vel;
         v->key = key;
         v->cx = cx;
@@ -65,7 +82,7 @@ class ScalarReference {
             Ear& ear = v->ears[side];
             const double x = p.EnvAx->Value(0, false, 0) * std::cos(Turn(side, p.Fx)) + cx;
             const double y = p.EnvAy->Value(0, false, 0) * std::sin(Turn(side, p.Fy)) + cy;
-            const float s0 = Value(float(x), float(y), vel, key, 0);
+            const float s0 = Value(float(x), float(y), *v);
             const float d = v->active ? s0 - ear.out : s0;
             ear.hpsum0 = d * (1 / (1 - hpa));
             ear.hpsum1 = d * (1 / (1 - hpb));
@@ -74,9 +91,9 @@ class ScalarReference {
         v->fresh = true;
     }
 
-    void NoteOff(int note) {
+    void NoteOff(int note, int channel = 0) {
         for (Voice& v : voices) {
-            if (!v.active || v.released || v.key != float(note / 127.0))
+            if (!v.active || v.released || v.key != float(note / 127.0) || v.channel != channel)
                 continue;
             const auto t = float(v.t);
             v.rellevel = {p.EnvCx->Value(t, false, 0), p.EnvCy->Value(t, false, 0),
@@ -86,10 +103,34 @@ class ScalarReference {
         }
     }
 
-    /// From the next sample on it goes there in a straight line, over 10 ms.
-    void SetMacro(std::size_t number, float to) {
-        Ramp& macro = macros[number];
-        macro = {macro.Now(), to, 0, std::floor(0.01 * sampleRate)};
+    /// A controller of channel 0, which is for all, or of one note's own. Macros go there in a
+    /// straight line, over 10 ms, from the next sample on.
+    void Control(int channel, int number, int value) {
+        const auto to = float(value / 127.0);
+        if (channel == 0)
+            ctl[number] = to;
+        for (std::size_t m = 0; m < 4; m++) {
+            if (macroControllers[m] != number)
+                continue;
+            const auto aim = [&](Ramp& macro) {
+                if (macro.to != to)
+                    macro = {macro.Now(), to, 0, std::floor(0.01 * sampleRate)};
+            };
+            if (channel == 0)
+                aim(macros[m]);
+            const bool own = channel > 0 || begins[m];
+            for (int c = 0; c < 16; c++) {
+                if (channel == 0 || channel == c)
+                    channels[c][m] = own ? std::optional(to) : std::nullopt;
+            }
+            for (Voice& v : voices) {
+                if ((channel != 0 && channel != v.channel) ||
+                    (v.bygone && (channel > 0 || v.owns[m])))
+                    continue;
+                v.owns[m] = own;
+                aim(v.macros[m]);
+            }
+        }
     }
 
     /// Degrees; from the next sample on, but the first, the ears go there in a straight line, over
@@ -117,6 +158,10 @@ class ScalarReference {
                 right[i] = sums[1] * gain;
             for (Ramp& macro : macros)
                 macro.passed++;
+            for (Voice& v : voices) {
+                for (Ramp& macro : v.macros)
+                    macro.passed++;
+            }
             spread.passed++;
         }
         begun = true;
@@ -134,7 +179,22 @@ class ScalarReference {
         float hpsum0, hpsum1, out;
     };
 
+    struct Ramp {
+        float from = 0.5F, to = 0.5F;
+        double passed = 0, length = 0;
+
+        float Now() const {
+            return passed < length ? from + (to - from) * float(passed / length) : to;
+        }
+    };
+
     struct Voice {
+        /// Of a channel that has had another note since this one was released.
+        bool bygone;
+        int channel;
+        /// As it hears them, be they its own.
+        std::array<Ramp, 4> macros;
+        std::array<bool, 4> owns;
         float hpa, hpb, hpgain;
         std::array<Ear, 2> ears;
         std::array<float, 4> rellevel;
@@ -151,31 +211,22 @@ class ScalarReference {
         std::array<Line, 6> sums;
     };
 
-    struct Ramp {
-        float from = 0.5F, to = 0.5F;
-        double passed = 0, length = 0;
-
-        float Now() const {
-            return passed < length ? from + (to - from) * float(passed / length) : to;
-        }
-    };
-
     /// By how much an oscillator's phase is another for the ear.
     double Turn(int side, float frequency) const {
         return (side == 0 ? -0.5 : 0.5) * frequency * spread.Now() * M_PI / 180;
     }
 
-    float Value(float x, float y, float vel, float key, float age) const {
+    float Value(float x, float y, const Voice& v) const {
         if constexpr (std::invocable<const F&, float, float>)
             return vexa::Heard(f(x, y));
         else
-            return vexa::Heard(
-                f(x, y,
-                  Hearing{vel,
-                          key,
-                          age,
-                          ctl,
-                          {macros[0].Now(), macros[1].Now(), macros[2].Now(), macros[3].Now()}}));
+            return vexa::Heard(f(x, y,
+                                 Hearing{v.vel,
+                                         v.key,
+                                         float(v.age),
+                                         ctl,
+                                         {v.macros[0].Now(), v.macros[1].Now(), v.macros[2].Now(),
+                                          v.macros[3].Now()}}));
     }
 
     /// The sum at this sample.
@@ -213,7 +264,7 @@ class ScalarReference {
             Ear& ear = v.ears[side];
             const auto x = float(Ax * std::cos(v.phasex + Turn(side, p.Fx)) + v.cx);
             const auto y = float(Ay * std::sin(v.phasey + Turn(side, p.Fy)) + v.cy);
-            const float s = Value(x, y, v.vel, v.key, float(v.age));
+            const float s = Value(x, y, v);
             const double w0 = double(v.hpa) * ear.hpsum0 + s;
             const double w1 = double(v.hpb) * ear.hpsum1 + s;
             ear.hpsum0 = float(w0);
@@ -236,9 +287,9 @@ class ScalarReference {
         return sounding;
     }
 
-    Voice* Choose(float key) {
+    Voice* Choose(float key, int channel) {
         for (Voice& v : voices) {
-            if (v.active && !v.released && v.key == key)
+            if (v.active && !v.released && v.key == key && v.channel == channel)
                 return &v;
         }
         const int sounding = Sounding();
@@ -268,6 +319,8 @@ class ScalarReference {
     const vexa::sound_param& p;
     const F f;
     std::array<Ramp, 4> macros;
+    /// What their next notes begin with.
+    std::array<std::array<std::optional<float>, 4>, 16> channels;
     Line spread{0, 0, 0, 0};
     bool begun = false;
     std::array<Voice, 21> voices{};

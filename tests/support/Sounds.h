@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Instruments that tests play, and what they measure of the samples.
 #pragma once
 

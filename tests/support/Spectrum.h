@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // How much of a frequency there is in a stretch of samples.
 #pragma once
 
@@ -7,8 +8,9 @@
 
 namespace test {
 
-/// Amplitude of the sine of `hertz` in the samples, by a sum weighted with a Hann window.
-inline double Amplitude(std::span<const float> samples, double hertz, double rate) {
+/// Amplitude of the sine of `hertz` in the samples and its phase at the first of them, by a sum
+/// weighted with a Hann window.
+inline std::complex<double> Component(std::span<const float> samples, double hertz, double rate) {
     std::complex<double> sum = 0;
     double weights = 0;
     const double step = 2 * M_PI * hertz / rate;
@@ -17,7 +19,10 @@ inline double Amplitude(std::span<const float> samples, double hertz, double rat
         weights += weight;
         sum += weight * samples[i] * std::polar(1.0, -step * double(i));
     }
-    return 2 * std::abs(sum) / weights;
+    return 2.0 * sum / weights;
+}
+inline double Amplitude(std::span<const float> samples, double hertz, double rate) {
+    return std::abs(Component(samples, hertz, rate));
 }
 
 } // namespace test

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A folder that lives as long as a test, and what tests do with files.
 #pragma once
 

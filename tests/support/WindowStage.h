@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Windows without a display: what tests of views need of the toolkit.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "views/R2RFView.h"
 
 #include "support/Sounds.h"
@@ -141,6 +142,36 @@ TEST_F(OrbitTest, APulseDrawsTheComingRevolutionAndTheNextErasesIt) {
     EXPECT_EQ(GreenPixels(view->Picture()), 0);
     EXPECT_EQ(Word(view->Picture(), 190, 150), Word(before, 190, 150));
     EXPECT_LT(view->DirtyRect().right, view->DirtyRect().left);
+}
+
+/// Of a note with a pressure and a bend of its own.
+TEST_F(OrbitTest, ShowsTheOrbitThatIsHeard) {
+    vexa::sound_param& p = instrument.parameters;
+    p.Ax0 = p.Ay0 = p.Cx0 = 0;
+    p.Ax3 = 2;
+    p.Ax4 = 2;
+    p.Cx1 = 440 / float(2 * M_PI); // so many units in a revolution of 440 Hz, as they are drawn
+    instrument.playing.given = true;
+    instrument.playing.pressure = 2;
+    instrument.playing.glide = 10;
+    instrument.consumer.ExpectMpe();
+    const auto width = [this] {
+        test::Render(instrument, 441);
+        view->Pulse();
+        return view->DirtyRect().right - view->DirtyRect().left;
+    };
+    instrument.consumer.NoteOn(1, 69, 127, 0);
+    EXPECT_NEAR(width(), 20, 1) << "no pressure yet: the drift alone";
+    instrument.consumer.PitchBend(1, 0, 80, 0); // 12 semitones
+    EXPECT_NEAR(width(), 10, 1) << "twice as often round while it drifts as fast";
+    instrument.consumer.ChannelPressure(1, 127, 0);
+    EXPECT_NEAR(width(), 80, 8);
+    instrument.consumer.ChannelPressure(2, 0, 0);
+    EXPECT_NEAR(width(), 80, 8) << "another channel's";
+    instrument.consumer.AllNotesOff(true, 0);
+    p.Ax3 = 0;
+    instrument.consumer.NoteOn(1, 57, 127, 0);
+    EXPECT_NEAR(width(), 10, 1) << "it glides from where the other was";
 }
 
 TEST_F(OrbitTest, AnOrbitOutsideCountsAsDirtyAndMarksNothing) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/interface/Control.h"
 #include "support/MessageLog.h"
 #include "support/TemporaryFolder.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A display of a test's own with a window manager, a mouse and a keyboard.
 #pragma once
 

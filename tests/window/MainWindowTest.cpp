@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The window as a person uses it: a real display, mouse and keyboard, on a real JACK server.
 #include "live/LivePlay.h"
 #include "support/Content.h"

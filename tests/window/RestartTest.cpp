@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The audio server ends under the window and comes back, time after time.
 #include "live/LivePlay.h"
 #include "window/Desktop.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/TemporaryFolder.h"
 #include "xml/MXDocument.h"
 #include "xml/MXStatus.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "xml/MXString.h"
 
 #include <gtest/gtest.h>

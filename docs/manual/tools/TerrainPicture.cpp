@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Draws a formula's plane with an orbit on it, and the wave and the spectrum that come of it.
 //
 // terrain-picture OUTPUT.ppm FORMULA [SETTING VALUE...]...: the settings, with the number of their

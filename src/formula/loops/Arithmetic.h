@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The operations of C's arithmetic and the exact functions of its maths library, each for one lane.
 //
 // What they give where C leaves it open is told with Op.

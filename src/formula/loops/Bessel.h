@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Bessel's functions of whole orders, for one number.
 //
 // Far from 0 they are the sums of H. Hankel's asymptotic expansion, whose terms fall below 1e-17

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The functions of the maths library that formulas use most, beside those of
 // kits/maths/Functions.h: waves and exponentials for several vectors side by side.
 //

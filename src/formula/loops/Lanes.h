@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Some vectors of numbers side by side.
 //
 // What is computed of one of them does not wait for the others, so that a processor that does two

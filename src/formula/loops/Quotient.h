@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // c a / b of floats a and b and a double c, computed in double precision and rounded to a float.
 //
 // Where a vector of doubles takes long to divide, the float is found without: as the sum of a float

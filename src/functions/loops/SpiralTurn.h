@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Where on its turn of the spiral a point lies.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Options of a command line, driven by a table from which the help is made too.
 #pragma once
 

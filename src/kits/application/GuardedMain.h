@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The last line of defence of a program: what no other place has dealt with ends it with a message.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What messages are sent to, and the looper that handlers belong to.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A request from outside to end early, such as Ctrl-C.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Where messages can be sent to, from any thread.
 #pragma once
 

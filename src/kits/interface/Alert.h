@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A question or a message that waits for a person.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/interface/Application.h"
 
 #include "kits/application/Interrupt.h"
@@ -32,6 +33,8 @@ namespace {
 
 /// How often the event loop looks whether a signal has come.
 constexpr int kSignalInterval = 100;
+
+constexpr const char* kXPlatform = "xcb";
 
 std::string Environment(const char* name) {
     const char* value = std::getenv(name);
@@ -70,12 +73,16 @@ Result<void> FindDisplay() {
     if (platform == "offscreen" || platform == "minimal")
         return {};
     const std::string display = Environment("DISPLAY");
-    if (WaylandAnswers() || (!display.empty() && XAnswers()))
+    if ((platform != kXPlatform && WaylandAnswers()) || (!display.empty() && XAnswers()))
         return {};
     if (display.empty() && Environment("WAYLAND_DISPLAY").empty())
         return Error{"there is no display (neither DISPLAY nor WAYLAND_DISPLAY is set)"};
     return Error{"the display does not answer (DISPLAY=" + display +
                  ", WAYLAND_DISPLAY=" + Environment("WAYLAND_DISPLAY") + ")"};
+}
+
+void ChooseXServer() {
+    ::setenv("QT_QPA_PLATFORM", kXPlatform, 1);
 }
 
 /// Says what has left an event or a message as an exception, instead of ending the program: what
@@ -119,8 +126,9 @@ class Toolkit {
     Toolkit() : application(count, arguments) {
         application.setQuitOnLastWindowClosed(false);
         SetAppearance(application);
-        QApplication::setWindowIcon(QIcon(
-            QString::fromStdString(ProgramFile().replace_extension().string() + "-icon.png")));
+        const std::string name = ProgramFile().stem();
+        QApplication::setWindowIcon(
+            QIcon(QString::fromStdString(ContentFolder() / (name + "-icon.png"))));
     }
     ~Toolkit() {
         MessageQueue::Instance().SetWake(nullptr);
@@ -173,10 +181,14 @@ BApplication::BApplication(const char* signature) : BLooper(signature) {
     pool->setExpiryTimeout(-1);
     pool->start([] {});
     be_app = this;
-    // The part behind the vendor is the program's name.
-    const std::string name(signature);
-    QApplication::setApplicationName(
-        QString::fromStdString(name.substr(name.find_last_of("-/") + 1)));
+    const std::string text(signature);
+    const std::size_t dash = text.find_last_of("-/");
+    const std::string name = text.substr(dash + 1);
+    const std::string vendor = text.substr(0, dash);
+    QApplication::setApplicationName(QString::fromStdString(name));
+    // By this a desktop finds the program's entry in its menu.
+    QApplication::setDesktopFileName(
+        QString::fromStdString("org." + vendor.substr(vendor.find_last_of('.') + 1) + '.' + name));
 }
 
 BApplication::~BApplication() {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The program as the desktop sees it, and its event loop.
 #pragma once
 
@@ -13,12 +14,17 @@ class Toolkit;
 /// application is made, which without one cannot go on. Main thread.
 Result<void> FindDisplay();
 
+/// Windows are to be those of the X server, even where there is another display. To be said before
+/// FindDisplay.
+void ChooseXServer();
+
 } // namespace kits
 
 /// There is one; the thread that makes it is the window thread.
 class BApplication : public BLooper {
   public:
-    /// The signature is the application's MIME type, "application/x-vnd.<vendor>-<name>".
+    /// The signature is the application's MIME type, "application/x-vnd.<vendor>-<name>"; its
+    /// entry in the desktop's menu is org.<vendor>.<name>.
     explicit BApplication(const char* signature);
     /// Windows that are still open go.
     ~BApplication() override;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/interface/Control.h"
 
 #include "kits/interface/Window.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The dialog in which a person chooses files to open, or where to save one.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The colours, modes and codes that views and windows share.
 #pragma once
 

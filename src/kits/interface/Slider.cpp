@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/interface/Slider.h"
 
 #include "kits/interface/backends/ViewWidget.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A rectangle of a window that draws itself and reacts to the mouse.
 #pragma once
 

@@ -1,5 +1,7 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/interface/Window.h"
 
+#include "kits/interface/backends/Embedding.h"
 #include "kits/interface/backends/HeldKeys.h"
 #include "kits/interface/backends/ViewWidget.h"
 #include "kits/interface/backends/WindowWidget.h"
@@ -34,6 +36,8 @@ WindowWidget::WindowWidget(BWindow& window, Qt::WindowFlags flags)
 }
 
 void WindowWidget::Pulse() {
+    if (window.embedding)
+        window.embedding->Follow();
     BMessage message(B_PULSE);
     window.MessageReceived(&message);
     // Nobody sees the views of a window that is hidden or minimized.
@@ -146,6 +150,10 @@ BView* BWindow::FindView(std::string_view name) const {
             return found;
     }
     return nullptr;
+}
+
+void BWindow::EmbedInto(uint32 host) {
+    embedding = std::make_unique<kits::Embedding>(*widget, host);
 }
 
 void BWindow::Show() {

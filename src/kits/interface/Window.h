@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A window of the desktop, which holds views.
 #pragma once
 
@@ -9,8 +10,9 @@
 #include <vector>
 
 namespace kits {
+class Embedding;
 class WindowWidget;
-}
+} // namespace kits
 
 enum window_type { B_TITLED_WINDOW, B_MODAL_WINDOW };
 
@@ -47,6 +49,10 @@ class BWindow : public BLooper {
     BView* ChildAt(std::size_t index) const;
     BView* FindView(std::string_view name) const;
 
+    /// The window becomes the content of that one of the X server, which another program may own,
+    /// is given the size of this one and is followed from then on. Before Show; without effect on
+    /// another display.
+    void EmbedInto(uint32 host);
     void Show();
     void Hide();
     bool IsHidden() const;
@@ -79,4 +85,5 @@ class BWindow : public BLooper {
     uint32 flags;
     std::vector<BView*> children;
     std::unique_ptr<kits::WindowWidget> widget;
+    std::unique_ptr<kits::Embedding> embedding;
 };

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Add-ons: shared objects that are loaded and unloaded while the program runs.
 #pragma once
 

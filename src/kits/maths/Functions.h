@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The functions of the maths library that sound is made of most, each for one number, the same bits
 // on every machine.
 //

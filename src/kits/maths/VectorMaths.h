@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Functions of the C maths library over arrays, the same bits on every machine.
 //
 // They are SLEEF's deterministic forms, which use no fused operations; only the payload of a NaN

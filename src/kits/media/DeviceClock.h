@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The clock of an audio device: how many frames it has played, told between its periods.
 #pragma once
 

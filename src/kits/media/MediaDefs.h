@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The nodes of the media graph and the ends of their connections, by number.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A node with a thread of its own that does things at their time.
 #pragma once
 

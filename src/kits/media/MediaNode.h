@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What takes part in the media graph: nodes, and what each kind of them is asked.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // All nodes and connections of the process.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // One producer's way into the mix: converted to the device's rate, and kept until it is played.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Looking for an audio device that is not there yet.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What a device plays, kept in a sound file.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Writing sound files that are the same, byte for byte, whenever the same sound is written.
 #pragma once
 

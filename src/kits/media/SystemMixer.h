@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The last node of the graph: mixes what it gets into the audio device, whose clock it shows.
 #pragma once
 

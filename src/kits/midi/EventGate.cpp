@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/midi/EventGate.h"
 
 #include <chrono>
@@ -57,28 +58,8 @@ const MidiEvent* EventGate::First() noexcept {
 }
 
 void EventGate::PlayFirst() {
-    const MidiEvent& e = first;
     hasFirst = false;
-    switch (e.hook) {
-    case MidiEvent::Hook::NoteOff:
-        return consumer.NoteOff(e.channel, e.data1, e.data2, e.time);
-    case MidiEvent::Hook::NoteOn:
-        return consumer.NoteOn(e.channel, e.data1, e.data2, e.time);
-    case MidiEvent::Hook::KeyPressure:
-        return consumer.KeyPressure(e.channel, e.data1, e.data2, e.time);
-    case MidiEvent::Hook::ControlChange:
-        return consumer.ControlChange(e.channel, e.data1, e.data2, e.time);
-    case MidiEvent::Hook::ProgramChange:
-        return consumer.ProgramChange(e.channel, e.data1, e.time);
-    case MidiEvent::Hook::ChannelPressure:
-        return consumer.ChannelPressure(e.channel, e.data1, e.time);
-    case MidiEvent::Hook::PitchBend:
-        return consumer.PitchBend(e.channel, e.data1, e.data2, e.time);
-    case MidiEvent::Hook::SourceEnded:
-        return consumer.SourceEnded(e.channel, e.time);
-    case MidiEvent::Hook::AllNotesOff:
-        return consumer.AllNotesOff(e.channel != 0, e.time);
-    }
+    Call(first, consumer);
 }
 
 EventGate::Turn::Turn(EventGate& gate) : gate(gate), holds(gate.Enter()) {

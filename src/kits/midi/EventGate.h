@@ -1,34 +1,13 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Between the MIDI thread and the consumer: events wait here for who plays them at their time.
 #pragma once
 
-#include "kits/midi/MidiLocalConsumer.h"
+#include "kits/midi/MidiEvent.h"
 #include "kits/support/Ring.h"
 
 #include <atomic>
 
 namespace kits {
-
-/// One hook of a consumer and its arguments, those of the channel messages.
-struct MidiEvent {
-    enum class Hook : uint8 {
-        NoteOff,
-        NoteOn,
-        KeyPressure,
-        ControlChange,
-        ProgramChange,
-        ChannelPressure,
-        PitchBend,
-        SourceEnded,
-        AllNotesOff,
-    };
-    /// System time, microseconds, at which it happened; 0 where nobody knows.
-    bigtime_t time;
-    Hook hook;
-    /// For AllNotesOff whether it was for one channel.
-    uint8 channel;
-    uint8 data1;
-    uint8 data2;
-};
 
 /// Hears of events as they come in, before their time. MIDI thread.
 class EventWatcher {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What a registered consumer has: its ports and its thread.
 #pragma once
 

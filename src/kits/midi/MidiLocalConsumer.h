@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The receiving end of MIDI connections, as a program of ours implements it.
 #pragma once
 

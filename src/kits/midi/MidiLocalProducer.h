@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A source of MIDI in this program, such as the computer's keyboard.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/midi/MidiSystems.h"
 
 #include "kits/midi/MidiRoster.h"

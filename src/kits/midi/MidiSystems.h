@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // All MIDI systems of the machine as one: their sources by number, and the ports of our consumers.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The thread in which the hooks of a local consumer run.
 #pragma once
 

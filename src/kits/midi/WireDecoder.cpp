@@ -1,4 +1,7 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/midi/WireDecoder.h"
+
+#include "kits/midi/MidiEvent.h"
 
 namespace kits {
 
@@ -7,16 +10,14 @@ namespace {
 constexpr uint8 kSysex = 0xF0;
 constexpr uint8 kSysexEnd = 0xF7;
 constexpr uint8 kFirstRealTime = 0xF8;
-constexpr uint8 kAllSoundOff = 120;
 constexpr uint8 kFirstPedal = 64;
 constexpr uint8 kLastPedal = 69;
-constexpr uint8 kEndVelocity = 64;  // the standard's where there is none
-constexpr uint8 kAllNotesOff = 123; // and the mode messages up to 127, which imply it
+constexpr uint8 kEndVelocity = 64; // the standard's where there is none
 
 /// Data bytes after a status; -1 for a status without a meaning.
 int DataBytes(uint8 status) {
     if (status < 0xF0)
-        return (status & 0xE0) == 0xC0 ? 1 : 2;
+        return DataBytesOf(status);
     switch (status) {
     case 0xF1: // time code quarter frame
     case 0xF3: // song select
@@ -84,42 +85,17 @@ void WireDecoder::Data(uint8 byte, bigtime_t time) {
 }
 
 void WireDecoder::ChannelMessage(bigtime_t time) {
+    using enum MidiEvent::Hook;
     const uint8 channel = status & 0x0F;
-    switch (status & 0xF0) {
-    case 0x80:
-        held[channel].reset(data[0]);
-        consumer.NoteOff(channel, data[0], data[1], time);
-        break;
-    case 0x90:
-        held[channel].set(data[0], data[1] != 0);
-        if (data[1] == 0)
-            consumer.NoteOff(channel, data[0], 0, time);
-        else
-            consumer.NoteOn(channel, data[0], data[1], time);
-        break;
-    case 0xA0:
-        consumer.KeyPressure(channel, data[0], data[1], time);
-        break;
-    case 0xB0:
-        if (data[0] == kAllSoundOff || data[0] >= kAllNotesOff) {
-            held[channel].reset();
-            consumer.AllNotesOff(true, time);
-        } else {
-            if (data[0] >= kFirstPedal && data[0] <= kLastPedal)
-                moved.set(channel);
-            consumer.ControlChange(channel, data[0], data[1], time);
-        }
-        break;
-    case 0xC0:
-        consumer.ProgramChange(channel, data[0], time);
-        break;
-    case 0xD0:
-        consumer.ChannelPressure(channel, data[0], time);
-        break;
-    default:
+    const MidiEvent event = EventOf(status, data[0], need > 1 ? data[1] : uint8(0), time);
+    if (event.hook == NoteOn || event.hook == NoteOff)
+        held[channel].set(event.data1, event.hook == NoteOn);
+    else if (event.hook == AllNotesOff)
+        held[channel].reset();
+    else if (event.hook == PitchBend || (event.hook == ControlChange &&
+                                         event.data1 >= kFirstPedal && event.data1 <= kLastPedal))
         moved.set(channel);
-        consumer.PitchBend(channel, data[0], data[1], time);
-    }
+    Call(event, consumer);
 }
 
 void WireDecoder::EndNotes(bigtime_t time) {

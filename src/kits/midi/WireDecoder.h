@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // From the bytes of a MIDI connection to the hooks of a consumer.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A file as bytes that are read, or written anew.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What stands at a path that is no file of bytes, in words.
 #pragma once
 

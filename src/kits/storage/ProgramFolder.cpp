@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/storage/ProgramFolder.h"
 
 #include "kits/storage/ReadFile.h"
@@ -21,7 +22,8 @@ namespace {
 
 constexpr const char* kFolders[] = {"functions", "sounds", "samples"};
 constexpr const char* kList = "shipped-content";
-constexpr const char* kInstalled = "installed";
+/// From the folder of an installed program.
+constexpr const char* kInstalledContent = KITS_INSTALLED_CONTENT;
 constexpr const char* kDocumentEnding = ".xml";
 /// Nothing that comes with the program is larger (scripts/shipped-content.py), in bytes.
 constexpr std::uintmax_t kLargest = 1 << 20;
@@ -67,6 +69,12 @@ std::string Digest(std::string_view bytes) {
 fs::path ProgramFile() {
     std::error_code ignored;
     return fs::read_symlink("/proc/self/exe", ignored);
+}
+
+fs::path ContentFolder() {
+    const fs::path beside = ProgramFile().parent_path();
+    const fs::path installed = (beside / kInstalledContent).lexically_normal();
+    return IsFile(installed / kList) ? installed : beside;
 }
 
 ProgramFolders::ProgramFolders(fs::path both) : own(both), shipped(std::move(both)) {}
@@ -132,11 +140,11 @@ Result<fs::path> ProgramFolders::FindDocument(const char* folder, const fs::path
 
 Result<ProgramFolders> FindProgramFolders(const fs::path& name, bool inUserFolder) {
     const fs::path beside = ProgramFile().parent_path();
+    const fs::path shipped = ContentFolder();
     const auto mayWrite = [&beside](const char* folder) {
         return ::access((beside / folder).c_str(), W_OK | X_OK) == 0;
     };
-    if (!inUserFolder && !IsFile(beside / kInstalled) && mayWrite(kFolders[0]) &&
-        mayWrite(kFolders[1]))
+    if (!inUserFolder && shipped == beside && mayWrite(kFolders[0]) && mayWrite(kFolders[1]))
         return ProgramFolders(beside);
     const Result<fs::path> data = UserDataFolder();
     if (!data)
@@ -149,7 +157,7 @@ Result<ProgramFolders> FindProgramFolders(const fs::path& name, bool inUserFolde
             return Error{"could not create the folder " + (own / folder).string() + ": " +
                          error.message()};
     }
-    return ProgramFolders(own, beside);
+    return ProgramFolders(own, shipped);
 }
 
 } // namespace kits

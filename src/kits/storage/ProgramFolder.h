@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Where the program finds what lies beside it, and where it keeps what a person makes.
 #pragma once
 
@@ -11,6 +12,10 @@ namespace kits {
 
 /// The file that the running program was started from.
 std::filesystem::path ProgramFile();
+
+/// The folder of what came with the program: its own, or for a program that is installed the one
+/// that the installation has put content into (share/vexa/shipped beside bin, cmake/Install.cmake).
+std::filesystem::path ContentFolder();
 
 /// The two places of functions/, sounds/ and samples/: what a person makes is in his own folder,
 /// what came with the program is read from the program's. A name of the person's stands before the
@@ -46,9 +51,9 @@ class ProgramFolders {
 };
 
 /// The folders of the running program. It keeps what a person makes beside itself or, where that
-/// cannot be written, where a file "installed" lies beside it, or if `inUserFolder`, in the folder
-/// `name` of the user's data ($XDG_DATA_HOME, else ~/.local/share), which is made if it is not
-/// there. Fails when that cannot be had.
+/// cannot be written, where it is installed, or if `inUserFolder`, in the folder `name` of the
+/// user's data ($XDG_DATA_HOME, else ~/.local/share), which is made if it is not there. Fails when
+/// that cannot be had.
 Result<ProgramFolders> FindProgramFolders(const std::filesystem::path& name, bool inUserFolder);
 
 } // namespace kits

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A picture in memory. Knows nothing of windows, so that code without one can handle pictures.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The name of an entry in the file system, as messages carry it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Points and rectangles in view coordinates.
 #pragma once
 

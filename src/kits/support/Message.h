@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A message: a code and named fields of typed data.
 #pragma once
 

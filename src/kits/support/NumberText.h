@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Numbers as texts in files and fields: the same in every locale.
 #pragma once
 

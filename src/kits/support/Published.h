@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Values that one thread replaces while others read them, and the freeing of what was replaced.
 //
 // A reader never waits: it marks itself as reading, follows a pointer, and takes the mark away.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The priority of threads that must not be late.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A value, or the reason in words why there is none.
 #pragma once
 

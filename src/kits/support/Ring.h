@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A queue between two threads that never makes either wait.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Whether the system grants a program what it cannot do without.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A number that several threads read and write without a lock.
 #pragma once
 

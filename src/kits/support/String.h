@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A string of bytes that is cheap to consume from its front.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The integer types and status codes that all kits share.
 #pragma once
 

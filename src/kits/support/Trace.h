@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Lines for whoever wants to know what the program is doing.
 #pragma once
 

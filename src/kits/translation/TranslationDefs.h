@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What translators and those who use them agree on.
 #pragma once
 

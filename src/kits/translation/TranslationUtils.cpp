@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/translation/TranslationUtils.h"
 
 #include "kits/storage/ProgramFolder.h"
@@ -27,7 +28,7 @@ std::unique_ptr<BBitmap> Read(const std::filesystem::path& path) {
 } // namespace
 
 BBitmap* BTranslationUtils::GetBitmap(const char* name) {
-    const std::filesystem::path path = kits::ProgramFile().parent_path() / name;
+    const std::filesystem::path path = kits::ContentFolder() / name;
     std::unique_ptr<BBitmap> bitmap = Read(path);
     if (!bitmap)
         return nullptr;

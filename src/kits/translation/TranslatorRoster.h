@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The translators: each writes pictures in one file format.
 #pragma once
 

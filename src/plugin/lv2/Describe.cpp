@@ -1,4 +1,6 @@
-// vexa-lv2-describe BUNDLE SOUND...: writes what hosts read of the plug-in, and a preset per sound.
+// SPDX-License-Identifier: GPL-3.0-or-later
+// vexa-lv2-describe [--ui] BUNDLE SOUND...: writes what hosts read of the plug-in, of its user
+// interface where there is one, and a preset per sound.
 #include "documents/SoundDocument.h"
 #include "plugin/lv2/Ports.h"
 
@@ -7,8 +9,10 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <sstream>
 #include <string>
+#include <string_view>
 
 using namespace vexa;
 
@@ -25,8 +29,8 @@ constexpr const char* kPrefixes = R"(@prefix atom: <http://lv2plug.in/ns/ext/ato
 @prefix rdfs: <http://www.w3.org/2000/01/rdf-schema#> .
 @prefix rsz: <http://lv2plug.in/ns/ext/resize-port#> .
 @prefix state: <http://lv2plug.in/ns/ext/state#> .
-@prefix time: <http://lv2plug.in/ns/ext/time#> .
 @prefix units: <http://lv2plug.in/ns/extensions/units#> .
+@prefix ui: <http://lv2plug.in/ns/extensions/ui#> .
 @prefix urid: <http://lv2plug.in/ns/ext/urid#> .
 @prefix work: <http://lv2plug.in/ns/ext/worker#> .
 @prefix log: <http://lv2plug.in/ns/ext/log#> .
@@ -52,8 +56,8 @@ std::string Number(double number) {
 }
 
 /// Of letters, digits and "_" alone: jalv's commands read no others.
-std::string PresetUri(const std::string& file) {
-    std::string name = "#preset_" + file;
+std::string UriOf(const char* kind, const std::string& word) {
+    std::string name = kind + word;
     std::replace_if(
         name.begin() + 1, name.end(), [](unsigned char c) { return c > 127 || !std::isalnum(c); },
         '_');
@@ -67,24 +71,11 @@ void WriteControl(std::ostream& out, std::uint32_t index, const Control& control
         << Number(control.asSound) << " ;\n    lv2:maximum " << Number(control.maximum) << " ;\n";
     if (control.unit)
         out << "    units:unit units:" << control.unit << " ;\n";
-    const auto point = [&](const std::string& label, double value) {
-        out << "    lv2:scalePoint [ rdfs:label \"" << label << "\" ; rdf:value " << Number(value)
-            << " ] ;\n";
-    };
-    point("as the sound", control.asSound);
-    if (control.target == &Playing::oversample) {
-        for (int factor = 1; factor <= 16; factor *= 2)
-            point(std::to_string(factor), factor);
-    }
-    for (const PlayingRow& row : PlayingRows()) {
-        if (row.target != control.target)
-            continue;
-        for (std::size_t i = 0; control.target == &Playing::mode && i < row.words.size(); i++)
-            point(std::string(row.words[i]), static_cast<double>(i));
-    }
-    const bool isChoice =
-        control.target == &Playing::mode || control.target == &Playing::oversample;
-    if (isChoice)
+    const std::vector<ControlPoint> points = Points(control);
+    for (const ControlPoint& point : points)
+        out << "    lv2:scalePoint [ rdfs:label \"" << point.label << "\" ; rdf:value "
+            << Number(point.value) << " ] ;\n";
+    if (points.size() > 1)
         out << "    lv2:portProperty lv2:enumeration , lv2:integer\n";
     else if (control.whole)
         out << "    lv2:portProperty lv2:integer\n";
@@ -93,7 +84,7 @@ void WriteControl(std::ostream& out, std::uint32_t index, const Control& control
 
 void WritePlugin(std::ostream& out) {
     out << kPrefixes;
-    for (const lv2::Writable& row : lv2::kWritables)
+    for (const lv2::Property& row : lv2::kProperties)
         out << "<" << row.uri << ">\n  a lv2:Parameter ;\n  rdfs:label \"" << row.label
             << "\" ;\n  rdfs:range atom:" << (row.isPath ? "Path" : "String") << " .\n\n";
     out << "<" << lv2::kSoundState << ">\n  a lv2:Parameter ;\n  rdfs:label \"Sound document\" ;\n"
@@ -105,11 +96,14 @@ void WritePlugin(std::ostream& out) {
   lv2:minorVersion 2 ;
   lv2:microVersion 0 ;
   lv2:requiredFeature urid:map ;
-  lv2:optionalFeature lv2:hardRTCapable , work:schedule , log:log , state:mapPath , state:freePath ;
+  lv2:optionalFeature lv2:hardRTCapable , work:schedule , log:log , state:mapPath , state:freePath ,
+    state:threadSafeRestore ;
   lv2:extensionData state:interface , work:interface ;
 )";
-    for (const lv2::Writable& row : lv2::kWritables)
-        out << "  patch:writable <" << row.uri << "> ;\n";
+    for (const lv2::Property& row : lv2::kProperties)
+        out << (&row == &lv2::kProperties[lv2::kMessage] ? "  patch:readable <"
+                                                         : "  patch:writable <")
+            << row.uri << "> ;\n";
     out << R"(  lv2:port [
     a lv2:InputPort , atom:AtomPort ;
     lv2:index 0 ;
@@ -117,8 +111,9 @@ void WritePlugin(std::ostream& out) {
     lv2:name "Events" ;
     lv2:designation lv2:control ;
     atom:bufferType atom:Sequence ;
-    atom:supports midi:MidiEvent , patch:Message , time:Position ;
-    rsz:minimumSize 65536
+    atom:supports midi:MidiEvent , patch:Message ;
+    rsz:minimumSize )"
+        << lv2::kEventBytes << R"(
   ] , [
     a lv2:OutputPort , atom:AtomPort ;
     lv2:index 1 ;
@@ -126,7 +121,9 @@ void WritePlugin(std::ostream& out) {
     lv2:name "Notifications" ;
     lv2:designation lv2:control ;
     atom:bufferType atom:Sequence ;
-    atom:supports patch:Message
+    atom:supports patch:Message ;
+    rsz:minimumSize )"
+        << lv2::kEventBytes << R"(
   ] , [
     a lv2:OutputPort , lv2:AudioPort ;
     lv2:index 2 ;
@@ -164,18 +161,38 @@ void WritePlugin(std::ostream& out) {
     out << " .\n";
 }
 
+/// It can do nothing for a plug-in in another process.
+constexpr const char* kUi = R"( a ui:X11UI ;
+  lv2:binary <vexa-ui.so> ;
+  lv2:requiredFeature <http://lv2plug.in/ns/ext/instance-access> ,
+    <http://lv2plug.in/ns/ext/data-access> , ui:parent , ui:idleInterface ;
+  lv2:optionalFeature ui:resize , log:log ;
+  lv2:extensionData ui:idleInterface .
+
+)";
+
 } // namespace
 
 int main(int argc, char** argv) {
+    const bool hasUi = argc > 1 && std::string_view(argv[1]) == "--ui";
+    if (hasUi) {
+        argc--;
+        argv++;
+    }
     if (argc < 2) {
-        std::fprintf(stderr, "usage: vexa-lv2-describe BUNDLE SOUND...\n");
+        std::fprintf(stderr, "usage: vexa-lv2-describe [--ui] BUNDLE SOUND...\n");
         return 2;
     }
     const std::filesystem::path bundle = argv[1];
     std::ostringstream manifest, presets, plugin;
+    /// The names of those that the sounds are of.
+    std::map<std::string, std::string> banks;
     WritePlugin(plugin);
     manifest << kPrefixes << "<" << lv2::kUri
              << ">\n  a lv2:Plugin ;\n  lv2:binary <vexa.so> ;\n  rdfs:seeAlso <vexa.ttl> .\n\n";
+    if (hasUi)
+        manifest << "<" << lv2::kUri << "> ui:ui <" << lv2::kUiUri << "> .\n\n<" << lv2::kUiUri
+                 << ">\n " << kUi;
     presets << kPrefixes;
     for (int i = 2; i < argc; i++) {
         ReadReport report;
@@ -186,14 +203,22 @@ int main(int argc, char** argv) {
         }
         const std::string file = std::filesystem::path(argv[i]).stem().string();
         std::ostringstream opening;
-        opening << "<" << PresetUri(file) << ">\n  a pset:Preset ;\n  lv2:appliesTo <" << lv2::kUri
-                << "> ;\n";
+        opening << "<" << UriOf("#preset_", file) << ">\n  a pset:Preset ;\n  lv2:appliesTo <"
+                << lv2::kUri << "> ;\n";
+        const std::string category = sound->info.category.value_or("");
+        if (!category.empty())
+            opening << "  pset:bank <" << UriOf("#bank_", category) << "> ;\n";
         const std::string head = opening.str();
         manifest << head << "  rdfs:seeAlso <presets.ttl> .\n\n";
+        if (!category.empty())
+            banks[category] = UriOf("#bank_", category);
         presets << head << "  rdfs:label \"" << Escaped(sound->info.name.value_or(file))
                 << "\" ;\n  state:state [\n    <" << lv2::kSoundState << "> \"\"\""
                 << Escaped(SoundText(*sound)) << "\"\"\"\n  ] .\n\n";
     }
+    for (const auto& [category, uri] : banks)
+        presets << "<" << uri << ">\n  a pset:Bank ;\n  rdfs:label \"" << Escaped(category)
+                << "\" .\n\n";
     std::filesystem::create_directories(bundle);
     const std::pair<const char*, std::string> files[] = {{"manifest.ttl", manifest.str()},
                                                          {"vexa.ttl", plugin.str()},

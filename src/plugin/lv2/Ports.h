@@ -1,30 +1,40 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The ports of the LV2 plug-in and its names, for the plug-in and for what describes it.
 #pragma once
 
-#include "plugin/Controls.h"
+#include "plugin/HostedInstrument.h"
 
 #include <cstdint>
+#include <iterator>
 
 namespace vexa::lv2 {
 
 #define VEXA_LV2_URI "urn:vexa:instrument"
 
 constexpr const char* kUri = VEXA_LV2_URI;
-/// What the state holds: the sound document, and where the host has put its sample.
+constexpr const char* kUiUri = VEXA_LV2_URI "#ui";
+/// What the state holds besides the tuning's parameters: the sound document, and where the host has
+/// put its sample.
 constexpr const char* kSoundState = VEXA_LV2_URI "#document";
 constexpr const char* kSampleState = VEXA_LV2_URI "#samplefile";
 
-/// The parameters that a host writes, in the order of Request.
-struct Writable {
+struct Property {
     const char* uri;
     const char* label;
     bool isPath;
 };
-constexpr Writable kWritables[] = {
+/// What a host writes, in the order of Request, and behind these what it only reads: what there was
+/// to tell of the last thing that it asked for.
+constexpr Property kProperties[] = {
     {VEXA_LV2_URI "#formula", "Formula", false},
     {VEXA_LV2_URI "#sample", "Sample", true},
     {VEXA_LV2_URI "#sound", "Sound", true},
+    {VEXA_LV2_URI "#tuning", "Scale (Scala)", true},
+    {VEXA_LV2_URI "#keymap", "Keyboard map (Scala)", true},
+    {VEXA_LV2_URI "#message", "Message", false},
 };
+constexpr std::size_t kMessage = kRequests;
+static_assert(std::size(kProperties) == kRequests + 1);
 
 /// The controls follow the last one.
 enum Port : std::uint32_t {
@@ -37,5 +47,8 @@ enum Port : std::uint32_t {
     kFirstControl
 };
 constexpr std::uint32_t kPorts = kFirstControl + kControls;
+
+/// Bytes of the ports for events, which hold the longest text and some notes.
+constexpr std::size_t kEventBytes = 2 * HostedInstrument::kMostText;
 
 } // namespace vexa::lv2

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The low-cut filters of many voices side by side.
 //
 // The formula is

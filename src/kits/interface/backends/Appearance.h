@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // How everything looks: one light palette and compact controls, on every desktop.
 #pragma once
 

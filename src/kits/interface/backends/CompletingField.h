@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A line of text that offers completions while it is being typed.
 #pragma once
 

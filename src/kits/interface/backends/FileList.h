@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The list of a folder's entries in a file panel.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The window of a file panel: its views, and what they do.
 #pragma once
 

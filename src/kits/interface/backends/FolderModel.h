@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The content of a folder as the toolkit's lists show it.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The keys that are down, wherever the keyboard's focus goes meanwhile.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // VectorMaths for the instruction set that this file is compiled for.
 //
 // No function of the standard library's templates is used here: an instance that uses wide vectors

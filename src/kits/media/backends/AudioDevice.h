@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What an audio device does for the system mixer.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/midi/backends/MidiBackend.h"
 #include "kits/support/backends/JackClient.h"
 

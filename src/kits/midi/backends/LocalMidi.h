@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The sources inside this program, as one more MIDI system.
 #pragma once
 

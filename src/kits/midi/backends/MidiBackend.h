@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What a MIDI system does for us: one input port, and the other programs' sources.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The program's one client of a JACK server, which its audio and its MIDI ports share.
 #pragma once
 

@@ -1,0 +1,89 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""Makes man pages and completions of the tables of options.
+
+make-pages.py TABLE VERSION CONTENT FOLDER: TABLE is what OptionTable.cpp prints, CONTENT the folder of the content that is
+installed. Writes FOLDER/man/PROGRAM.1, FOLDER/bash/PROGRAM and FOLDER/zsh/_PROGRAM, each from the template beside this file:
+where that has @NAME@, what is called so below is put.
+"""
+
+import collections
+import pathlib
+import re
+import sys
+
+HERE = pathlib.Path(__file__).resolve().parent
+
+Option = collections.namedtuple("Option", "name value allowed help")
+
+
+def read_table(path):
+    """The options of each program, in the order of the table."""
+    programs = collections.defaultdict(list)
+    for line in pathlib.Path(path).read_text("utf-8").splitlines():
+        program, *cells = line.split("\t")
+        programs[program].append(Option(*cells))
+    return programs
+
+
+def words(option):
+    """The values of an option that takes one of a few words or numbers, by what is said of them: "a, b or c"."""
+    found = re.fullmatch(r"((?:[a-z0-9]+, )*[a-z0-9]+) or ([a-z0-9]+)", option.allowed)
+    return found[1].split(", ") + [found[2]] if found else []
+
+
+def roff(text):
+    """A text as it is read by troff."""
+    return text.replace("\\", "\\e").replace("-", "\\-").replace("'", "\\(cq").replace('"', "\\(dq")
+
+
+def man_option(option):
+    value = f' " {roff(option.value)}"' if option.value else ""
+    allowed = f"; {option.allowed}" if option.allowed else ""
+    return f".TP\n.BI \\-\\-{roff(option.name)}{value}\n{roff(option.help + allowed)}.\n"
+
+
+def bash_case(option):
+    """What completes the value of an option, as a line of a case; none where nothing helps."""
+    if option.value in ("FILE", "SOUND"):
+        return f"    --{option.name}) _@NAME@_{option.value.lower()} ;;\n"
+    return f"    --{option.name}) COMPREPLY=($(compgen -W '{' '.join(words(option))}' -- \"$cur\")) ;;\n"
+
+
+def zsh_spec(option):
+    def plain(text):
+        return re.sub(r"([\\:\[\]])", r"\\\1", text).replace("'", "'\\''")
+
+    spec = f"--{option.name}[{plain(option.help)}]"
+    if option.value:
+        action = {"FILE": "_files", "SOUND": "_vexa_sounds"}.get(option.value, f"({' '.join(words(option))})")
+        spec += f":{plain(option.value)}:{action if action != '()' else ' '}"
+    return f"    '{spec}' \\\n"
+
+
+def main():
+    table, version, content, folder = sys.argv[1:]
+    for program, options in read_table(table).items():
+        texts = {
+            # What ends with a line feed takes the place of a whole line.
+            "MAN_OPTIONS": "".join(map(man_option, options)),
+            "BASH_CASES": "".join(bash_case(option) for option in options if option.value),
+            "ZSH_OPTIONS": "".join(map(zsh_spec, options)),
+            "OPTIONS": " ".join(f"--{option.name}" for option in options),
+            "PROGRAM": program,
+            "NAME": program.replace("-", "_"),
+            "VERSION": version,
+            "CONTENT": content,
+        }
+        for template, page in ((f"{program}.1.in", f"man/{program}.1"), ("vexa.bash.in", f"bash/{program}"),
+                               ("vexa.zsh.in", f"zsh/_{program}")):
+            text = (HERE / template).read_text("utf-8")
+            for name, value in texts.items():
+                text = text.replace(f"@{name}@" + "\n" * value.endswith("\n"), value)
+            path = pathlib.Path(folder) / page
+            path.parent.mkdir(parents=True, exist_ok=True)
+            path.write_text(text, "utf-8")
+
+
+if __name__ == "__main__":
+    main()

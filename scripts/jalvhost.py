@@ -1,0 +1,132 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""LV2 plug-ins played and recorded in jalv, under a JACK server of our own without a device."""
+import contextlib
+import os
+import pathlib
+import subprocess
+import threading
+import time
+
+import numpy
+
+RATE = 48000
+PERIOD = 256
+
+
+def wait_for(what, is_so, seconds=20):
+    end = time.monotonic() + seconds
+    while not is_so():
+        if time.monotonic() > end:
+            raise SystemExit(f"{what}: nothing after {seconds} s")
+        time.sleep(0.02)
+
+
+@contextlib.contextmanager
+def server():
+    """A server, which clients of this process and of its children use meanwhile."""
+    name = f"vexa-jalv-{os.getpid()}"
+    os.environ.update(JACK_DEFAULT_SERVER=name, JACK_NO_START_SERVER="1")
+    with subprocess.Popen(["jackd", "-r", "-n", name, "-d", "dummy", "-r", str(RATE), "-p", str(PERIOD)],
+                          stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) as process:
+        try:
+            import jack
+            jack.set_error_function(lambda text: None)
+            jack.set_info_function(lambda text: None)
+
+            def is_there():
+                with contextlib.suppress(jack.JackError):
+                    jack.Client("probe", no_start_server=True).close()
+                    return True
+                return False
+            wait_for("jackd", is_there)
+            yield
+        finally:
+            process.terminate()
+
+
+class Jalv:
+    """One plug-in in a host of its own."""
+
+    def __init__(self, uri, bundles=None):
+        import jack
+        # Some plug-ins start a toolkit in the host.
+        environment = dict(os.environ, QT_QPA_PLATFORM="offscreen")
+        if bundles:
+            environment["LV2_PATH"] = f"{bundles}:/usr/lib/lv2"
+        self.process = subprocess.Popen(["stdbuf", "-oL", "jalv", "-n", "played", uri], stdin=subprocess.PIPE,
+                                        stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
+                                        env=environment)
+        self.output = ""
+        self.reader = threading.Thread(target=self._read, daemon=True)
+        self.reader.start()
+        self.client = jack.Client("recorder", no_start_server=True)
+        self.midi = self.client.midi_outports.register("midi")
+        self.ears = [self.client.inports.register(name) for name in ("left", "right")]
+        self.events, self.frames, self.frame, self.done = [], 0, 0, threading.Event()
+        self.recorded = []
+        self.client.set_process_callback(self._process)
+        self.client.activate()
+        wait_for(f"jalv {uri}", lambda: len(self._ports(is_audio=True, is_output=True)) >= 2)
+        for port, ear in zip(self._ports(is_audio=True, is_output=True), self.ears):
+            self.client.connect(port, ear)
+        self.client.connect(self.midi, self._ports(is_midi=True, is_input=True)[0])
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.client.close()
+        self.process.terminate()
+        self.process.wait(10)
+
+    def _read(self):
+        for line in self.process.stdout:
+            self.output += line
+
+    def _ports(self, **kind):
+        return self.client.get_ports("played:", **kind)
+
+    def _process(self, count):
+        self.midi.clear_buffer()
+        if self.frame >= self.frames:
+            return
+        for at, message in self.events:
+            if self.frame <= at < self.frame + count:
+                self.midi.write_midi_event(at - self.frame, message)
+        self.recorded.append([ear.get_array().copy() for ear in self.ears])
+        self.frame += count
+        if self.frame >= self.frames:
+            self.done.set()
+
+    def tell(self, command, answer):
+        """Gives jalv a command and waits until it has said so often what is the answer."""
+        self.process.stdin.write(command + "\n")
+        self.process.stdin.flush()
+        wait_for(f"jalv: {command}", lambda: answer in self.output)
+
+    def load(self, preset):
+        self.tell("presets", preset)
+        self.process.stdin.write(f"preset {preset}\n")
+        self.process.stdin.flush()
+        # jalv says nothing where it has taken one.
+        time.sleep(0.5)
+
+    def play(self, events, seconds):
+        """What is heard of (milliseconds, bytes) in freewheel: two rows of samples, and the host's
+        processor time in seconds. Recording begins at the first event."""
+        self.events = [(ms * RATE // 1000, bytes(message)) for ms, message in events]
+        self.recorded, self.frame = [], 0
+        self.done.clear()
+        self.client.set_freewheel(True)
+        before = self._processor_time()
+        self.frames = int(seconds * RATE)
+        if not self.done.wait(240):
+            raise SystemExit("JACK has not called its client")
+        used = self._processor_time() - before
+        self.client.set_freewheel(False)
+        self.frames = 0
+        return numpy.concatenate(self.recorded, axis=1), used
+
+    def _processor_time(self):
+        fields = pathlib.Path(f"/proc/{self.process.pid}/stat").read_text().rsplit(")", 1)[1].split()
+        return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")

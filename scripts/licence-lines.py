@@ -1,0 +1,59 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""Sees that every source says its licence in its first lines.
+
+  licence-lines.py        names the sources that do not, and exits with 1 if there are any
+  licence-lines.py --fix  puts the line into those
+
+A source is a file of code: C++, a script, a CMake file, a template of a page. Content (data/), seeds and pictures are none;
+the whole of them is under the same licence by README.md.
+"""
+
+import os
+import pathlib
+import sys
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+LINE = "SPDX-License-Identifier: GPL-3.0-or-later"
+# How a comment begins, by the end of a file's name; scripts without one are known by their first line.
+COMMENTS = {".cpp": "//", ".h": "//", ".py": "#", ".sh": "#", ".cmake": "#", "CMakeLists.txt": "#", ".bash.in": "#", ".zsh.in": "#",
+            ".1.in": '.\\"', "debian/rules": "#"}
+SKIPPED = {"build", "__pycache__", "data", "seeds"}
+# What has to stay the first line of its file.
+FIRST = ("#!", "#compdef")
+
+
+def sources():
+    """Pairs (path, how a comment begins there)."""
+    for folder, folders, names in os.walk(ROOT):
+        folders[:] = sorted(name for name in folders if name not in SKIPPED and name != ".git")
+        for name in sorted(names):
+            path = pathlib.Path(folder, name)
+            comment = next((begin for end, begin in COMMENTS.items() if str(path).endswith(end)), None)
+            if comment is None and "." not in name and path.is_file():
+                with open(path, "rb") as file:
+                    comment = "#" if file.read(2) == b"#!" else None
+            if comment:
+                yield path, comment
+
+
+def main():
+    if sys.argv[1:] not in ([], ["--fix"]):
+        sys.exit(__doc__)
+    missing = False
+    for path, comment in sources():
+        lines = path.read_text("utf-8").splitlines(keepends=True)
+        line = f"{comment} {LINE}\n"
+        if line in lines[:2]:
+            continue
+        if sys.argv[1:]:
+            lines.insert(1 if lines and lines[0].startswith(FIRST) else 0, line)
+            path.write_text("".join(lines), "utf-8")
+        else:
+            missing = True
+            print(f"{path.relative_to(ROOT)} does not say its licence; scripts/licence-lines.py --fix adds it", file=sys.stderr)
+    sys.exit(missing)
+
+
+if __name__ == "__main__":
+    main()

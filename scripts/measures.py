@@ -1,0 +1,139 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""What can be measured of samples: loudness, spectra, changes, clicks, pitch.
+
+Samples are rows of the channels, at RATE.
+"""
+import numpy
+
+RATE = 48000
+
+
+def decibels(power):
+    return 10 * numpy.log10(numpy.maximum(power, 1e-20))
+
+
+def peak(samples):
+    return 20 * numpy.log10(max(abs(samples).max(), 1e-10))
+
+
+def k_weighted(samples):
+    """The two filters of ITU-R BS.1770, whose coefficients are for 48000 Hz."""
+    size = 1 << (samples.shape[1] + RATE).bit_length()
+    z = numpy.exp(-2j * numpy.pi * numpy.fft.rfftfreq(size))
+    shelf = ((1.53512485958697 - 2.69169618940638 * z + 1.19839281085285 * z * z)
+             / (1 - 1.69065929318241 * z + 0.73248077421585 * z * z))
+    low_cut = (1 - 2 * z + z * z) / (1 - 1.99004745483398 * z + 0.99007225036621 * z * z)
+    return numpy.fft.irfft(numpy.fft.rfft(samples, size) * shelf * low_cut)[:, :samples.shape[1]]
+
+
+def momentary(samples):
+    """Loudness (LUFS) of the windows of 400 ms, ten a second. One channel is heard from two sides."""
+    weighted = k_weighted(samples)
+    tenth = RATE // 10
+    whole = (weighted.shape[1] // tenth) * tenth
+    power = (weighted[:, :whole] ** 2).reshape(len(samples), -1, tenth).mean(2).mean(0) * 2
+    return -0.691 + decibels(numpy.convolve(power, numpy.ones(4) / 4, "valid"))
+
+
+def integrated(samples):
+    """Gated as EBU R128 has it."""
+    blocks = momentary(samples)
+
+    def mean(chosen):
+        return -0.691 + decibels((10 ** ((chosen + 0.691) / 10)).mean()) if len(chosen) else -99.0
+    blocks = blocks[blocks > -70]
+    return mean(blocks[blocks > mean(blocks) - 10])
+
+
+def spectrum(samples):
+    """Power over frequency of all channels."""
+    window = numpy.hanning(samples.shape[1])
+    size = max(8192, samples.shape[1])
+    power = abs(numpy.fft.rfft(samples * window, size)) ** 2 / (window ** 2).sum()
+    return numpy.fft.rfftfreq(size, 1 / RATE), power.sum(0) / len(samples)
+
+
+def level_and_centroid(samples):
+    """Decibels, and the centre of the spectrum of amplitudes (Hz)."""
+    frequencies, power = spectrum(samples)
+    heard = (frequencies > 20) & (frequencies < 20000)
+    amplitudes = numpy.sqrt(power[heard])
+    return (float(decibels((samples ** 2).mean())),
+            float((amplitudes * frequencies[heard]).sum() / max(amplitudes.sum(), 1e-15)))
+
+
+# The parts of a note that are compared where something is changed (seconds): its stroke, what
+# follows, and what is held.
+PARTS = (0, 0.1, 0.4, 99)
+
+
+def change(pieces):
+    """The largest change of any part between any two of the pieces, where it is no more than 30 dB
+    below the loudest: decibels, and percent of the centroid."""
+    parts = numpy.array([[level_and_centroid(piece[:, int(begin * RATE):int(end * RATE)])
+                          for begin, end in zip(PARTS, PARTS[1:])] for piece in pieces])
+    levels, centroids = parts[..., 0], parts[..., 1]
+    heard = levels.max(0) > levels.max() - 30
+    return (float((levels.max(0) - levels.min(0))[heard].max()),
+            float(100 * ((centroids.max(0) / centroids.min(0))[heard].max() - 1)))
+
+
+def mel_bands(samples, bands):
+    """Power in bands of equal width in mel, from 60 to 16000 Hz."""
+    frequencies, power = spectrum(samples)
+    mel = numpy.linspace(*(2595 * numpy.log10(1 + numpy.array([60, 16000]) / 700)), bands + 1)
+    edges = numpy.searchsorted(frequencies, 700 * (10 ** (mel / 2595) - 1))
+    sums = numpy.concatenate([[0], numpy.cumsum(power)])
+    return (sums[edges[1:]] - sums[edges[:-1]]) * (frequencies[1] / RATE)
+
+
+# Clicks: power of short windows in third octaves from 500 Hz; an event may have as much as the
+# loudest window of the sound around it, or what is 40 dB below its
+# loudest band, which that masks.
+WINDOW, HOP, OWN_FLOOR, SILENT = 256, 64, 40, -99.0
+
+
+def short_bands(samples):
+    count = (samples.shape[1] - WINDOW) // HOP + 1
+    index = numpy.arange(WINDOW) + HOP * numpy.arange(count)[:, None]
+    power = (abs(numpy.fft.rfft(samples[:, index] * numpy.hanning(WINDOW))) ** 2).sum(0)
+    edges = numpy.unique(numpy.round(500 * 2 ** (numpy.arange(17) / 3) * WINDOW / RATE).astype(int))
+    sums = numpy.concatenate([numpy.zeros((count, 1)), numpy.cumsum(power, 1)], 1)
+    return sums[:, edges[1:]] - sums[:, edges[:-1]]
+
+
+def click(samples, at):
+    """By how many decibels what happens within 4 ms after `at` (seconds) exceeds what the sound itself
+    has in the 200 ms on either side."""
+    before, after = 0.2, 0.25
+    start = max(0, int((at - before) * RATE))
+    piece = samples[:, start:int((at + after) * RATE)]
+    powers = short_bands(piece)
+    begins = start / RATE + HOP / RATE * numpy.arange(len(powers))
+    event = (begins + WINDOW / RATE > at) & (begins < at + 0.004)
+    own = powers[(begins + WINDOW / RATE <= at - 0.002) | (begins >= at + 0.006)]
+    floor = powers.max() * 10 ** (-OWN_FLOOR / 10)
+    if floor <= 0:
+        return SILENT
+    return float(decibels((powers[event].max(0) / numpy.maximum(own.max(0), floor)).max()))
+
+
+def amplitude(samples):
+    """Root mean squares of 5 ms, one each millisecond."""
+    power = numpy.cumsum(numpy.concatenate([[0], (samples ** 2).mean(0)]))
+    begins = numpy.arange(0, samples.shape[1] - RATE // 200, RATE // 1000)
+    return numpy.sqrt(numpy.maximum(power[begins + RATE // 200] - power[begins], 0) / (RATE // 200))
+
+
+def cents(samples, key):
+    """How far off, in the middle of all partials, as a comb finds them that is moved."""
+    frequencies, power = spectrum(samples)
+    magnitude = numpy.sqrt(power)
+    pitch = 440 * 2 ** ((key - 69) / 12)
+    offsets = numpy.arange(-50, 51)
+
+    def comb(offset):
+        # A half of the key's frequency is where two ratios meet.
+        multiples = pitch * 2 ** (offset / 1200) * numpy.arange(1, 41) / 2
+        return numpy.interp(multiples[multiples < 12000], frequencies, magnitude).sum()
+    return float(offsets[numpy.argmax([comb(offset) for offset in offsets])])

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "kits/interface/backends/Embedding.h"
+
+#include <QGuiApplication>
+#include <QWindow>
+#include <cstdlib>
+#include <memory>
+
+#include <xcb/xcb.h>
+
+namespace kits {
+
+namespace {
+
+/// Null where there is no X server.
+xcb_connection_t* Server() {
+    const auto* x11 = qApp->nativeInterface<QNativeInterface::QX11Application>();
+    return x11 ? x11->connection() : nullptr;
+}
+
+} // namespace
+
+Embedding::Embedding(QWidget& widget, uint32 host) : widget(widget), host(host) {
+    xcb_connection_t* const server = Server();
+    if (!server)
+        return;
+    widget.winId();
+    widget.windowHandle()->setParent(QWindow::fromWinId(host));
+    widget.windowHandle()->installEventFilter(this);
+    widget.move(0, 0);
+    const double scale = widget.devicePixelRatio();
+    const std::uint32_t size[] = {static_cast<std::uint32_t>(widget.width() * scale),
+                                  static_cast<std::uint32_t>(widget.height() * scale)};
+    ::xcb_configure_window(server, host, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, size);
+    ::xcb_flush(server);
+}
+
+bool Embedding::eventFilter(QObject*, QEvent* event) {
+    if (event->type() == QEvent::MouseButtonPress) {
+        ::xcb_set_input_focus(Server(), XCB_INPUT_FOCUS_PARENT,
+                              static_cast<xcb_window_t>(widget.winId()), XCB_CURRENT_TIME);
+        ::xcb_flush(Server());
+    }
+    return false;
+}
+
+void Embedding::Follow() {
+    xcb_connection_t* const server = Server();
+    if (!server)
+        return;
+    const std::unique_ptr<xcb_get_geometry_reply_t, decltype(&std::free)> place(
+        ::xcb_get_geometry_reply(server, ::xcb_get_geometry(server, host), nullptr), &std::free);
+    if (!place)
+        return;
+    const double scale = widget.devicePixelRatio();
+    const QSize size(static_cast<int>(place->width / scale),
+                     static_cast<int>(place->height / scale));
+    const QSize next = size.expandedTo(widget.minimumSize()).boundedTo(widget.maximumSize());
+    if (next != widget.size())
+        widget.resize(next);
+}
+
+} // namespace kits

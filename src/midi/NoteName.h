@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What a host calls a note.
+#pragma once
+
+#include "kits/support/SupportDefs.h"
+
+namespace vexa {
+
+/// As a pattern it means every note that it agrees with, and -1 agrees with any.
+struct NoteName {
+    /// The host's own number, -1 where it gives none. Notes of MIDI have kOfMidi.
+    int32 id = -1;
+    /// 0..15
+    int32 channel = -1;
+    /// 0..127
+    int32 key = -1;
+
+    static constexpr int32 kOfMidi = -2;
+
+    bool Fits(const NoteName& pattern) const noexcept {
+        const auto agrees = [](int32 own, int32 wanted) { return wanted == -1 || own == wanted; };
+        return agrees(id, pattern.id) && agrees(channel, pattern.channel) &&
+               agrees(key, pattern.key);
+    }
+    bool operator==(const NoteName&) const = default;
+};
+
+/// What a host says of a note alone, besides its macros.
+enum class Expression {
+    /// Semitones.
+    Tuning,
+    /// Factors from 0 on; the two are multiplied.
+    Volume,
+    Loudness,
+    /// From the left, 0, over the middle, 0.5, to the right, 1.
+    Pan,
+    /// 0..1, as the pressure and the controller 74 of a channel of the note's own (MPE).
+    Pressure,
+    Timbre,
+};
+
+} // namespace vexa

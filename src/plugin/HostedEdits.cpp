@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What windows do to the instrument.
+#include "plugin/HostedInstrument.h"
+
+namespace vexa {
+
+std::optional<HostedInstrument::Shown> HostedInstrument::ShownSince(uint64 changes) {
+    const std::lock_guard lock(documents);
+    if (instrument.Changes() == changes)
+        return std::nullopt;
+    return Shown{instrument.State(), instrument.Changes()};
+}
+
+std::optional<HostedInstrument::Shown> HostedInstrument::Edit(const Shown& before,
+                                                              const Sound& next) {
+    const std::lock_guard lock(documents);
+    if (instrument.Changes() != before.changes)
+        return std::nullopt;
+    // What went wrong the window has found and told itself, before it said this.
+    instrument.Change(before.sound, next);
+    edited = true;
+    return Shown{next, instrument.Changes()};
+}
+
+void HostedInstrument::PostMidi(const std::array<uint8, 3>& message) {
+    const std::lock_guard lock(posting);
+    posted.Write(&message, 1);
+}
+
+void HostedInstrument::PlayPosted() noexcept {
+    std::array<uint8, 3> message{};
+    while (posted.Read(&message, 1) == 1)
+        Midi(message);
+}
+
+} // namespace vexa

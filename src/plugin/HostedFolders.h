@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Where a plug-in finds samples.
+#pragma once
+
+#include "kits/storage/ProgramFolder.h"
+
+namespace vexa {
+
+/// A person's own content, as the program `vexa` keeps it, before that of `content`, which comes
+/// with the plug-in.
+kits::ProgramFolders HostedFolders(const std::filesystem::path& content);
+
+} // namespace vexa

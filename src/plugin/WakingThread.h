@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Work for a plug-in whose host lends no thread for it.
+#pragma once
+
+#include "kits/support/SupportDefs.h"
+
+#include <atomic>
+#include <functional>
+#include <thread>
+
+#include <semaphore.h>
+
+namespace vexa {
+
+/// A thread that sleeps until it is woken, and then works. Its end waits for work that has begun.
+class WakingThread {
+  public:
+    /// `work` throws nothing.
+    explicit WakingThread(std::function<void()> work);
+    ~WakingThread();
+    WakingThread(const WakingThread&) = delete;
+    WakingThread& operator=(const WakingThread&) = delete;
+
+    /// Has the work done once more. Of one thread, which may be the audio side: what sem_post costs
+    /// is an atomic addition and, where the thread sleeps, the system's call that wakes it. It
+    /// never waits.
+    void Wake() noexcept;
+    /// Waits until that is done: for an audio side that nobody listens to.
+    void Await() const noexcept;
+
+  private:
+    void Run();
+
+    const std::function<void()> work;
+    sem_t woken{};
+    std::atomic<uint32> asked{0}, done{0};
+    std::atomic<bool> ending{false};
+    std::thread thread;
+};
+
+} // namespace vexa

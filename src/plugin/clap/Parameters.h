@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The knobs as CLAP's parameters.
+#pragma once
+
+#include "plugin/Controls.h"
+#include "synth/Macros.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <clap/ext/params.h>
+
+namespace vexa::clap {
+
+/// The macro that a parameter is, of which notes may have values of their own; nothing for others.
+inline std::optional<std::size_t> MacroOf(std::size_t index) {
+    const bool isMacro = index >= kFirstMacroControl && index < kFirstMacroControl + kMacros;
+    return isMacro ? std::optional(index - kFirstMacroControl) : std::nullopt;
+}
+
+/// What a host is told of a parameter. Its number is made of its symbol, so that projects find it
+/// whatever else there comes to be.
+clap_param_info InfoOf(std::size_t index);
+/// The index of the parameter with that number; nothing if there is none.
+std::optional<std::size_t> IndexOf(clap_id id);
+
+/// A value as a person reads it: "as the sound", a word, or a number with its unit.
+std::string TextOf(const Control& control, double value);
+/// What such a text means, with or without the unit; nothing where it is none, or beyond what the
+/// knob allows. The same in every locale.
+std::optional<double> ValueOf(const Control& control, std::string_view text);
+/// What the knob holds of a value that a host gives: within its range, and what leaves the say to
+/// the sound, a NaN too, is its lowest one.
+double Held(const Control& control, double value);
+
+} // namespace vexa::clap

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// One instance of the CLAP plug-in.
+#pragma once
+
+#include "plugin/HostedInstrument.h"
+#include "plugin/clap/State.h"
+
+#include <atomic>
+
+#include <clap/events.h>
+#include <clap/plugin.h>
+#include <clap/process.h>
+
+namespace vexa::clap {
+
+/// Calls come on the threads that CLAP's header names; those of the main thread and of the audio
+/// thread may come at the same time.
+class Plugin {
+  public:
+    /// `content` is the folder in which shipped samples lie.
+    Plugin(const clap_host& host, const std::filesystem::path& content);
+    /// What the host holds.
+    const clap_plugin* Face() const { return &face; }
+
+    /// Main thread.
+    bool Activate(double rate) noexcept;
+    void Deactivate() noexcept { active = false; }
+    void OnMainThread() noexcept;
+    uint32_t Latency() const noexcept { return static_cast<uint32_t>(instrument.Delay()); }
+    double Knob(std::size_t index) const noexcept { return knobs[index]; }
+    bool Save(const clap_ostream& stream) noexcept;
+    bool Load(const clap_istream& stream) noexcept;
+
+    /// Audio thread; Flush where the instance is not active on the main thread.
+    void Reset() noexcept;
+    clap_process_status Process(const clap_process& process) noexcept;
+    void Flush(const clap_input_events& in) noexcept;
+
+  private:
+    void Take(const clap_event_header& event) noexcept;
+    void TakeNote(const clap_event_note& note) noexcept;
+    void TakeExpression(const clap_event_note_expression& event) noexcept;
+    void TakeValue(const clap_event_param_value& event) noexcept;
+    void TakeModulation(const clap_event_param_mod& event) noexcept;
+    void TellEnded(const clap_output_events* out, uint32_t time) noexcept;
+    void TakeKnobs() noexcept;
+    void Tell(const char* message) const noexcept;
+
+    const clap_host& host;
+    /// Frames per second; until a host says another.
+    double rate = 48000;
+    HostedInstrument instrument;
+    clap_plugin face;
+    std::array<std::atomic<double>, kControls> knobs;
+    std::atomic<bool> active{false};
+    /// The latency that the host knows; on the audio thread, that it is being told another.
+    std::atomic<uint32_t> told{0};
+    uint32_t asked = 0;
+    /// Frames since something was heard. Audio thread.
+    uint64_t quiet = 0;
+};
+
+} // namespace vexa::clap

@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// One instance of the plug-in in an LV2 host.
+#pragma once
+
+#include "plugin/HostedInstrument.h"
+#include "plugin/WakingThread.h"
+#include "plugin/lv2/News.h"
+#include "plugin/window/Windows.h"
+
+#include <array>
+#include <atomic>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include <lv2/state/state.h>
+#include <lv2/worker/worker.h>
+
+namespace vexa::lv2 {
+
+/// Documents, formulas and samples are worked on in the host's worker where there is one, else in a
+/// thread of its own. State may be saved and restored while it runs.
+class Plugin {
+  public:
+    /// What the instance uses of its host outlives it. Of `log` and `schedule` there may be none.
+    Plugin(double rate, const char* bundle, LV2_URID_Map& map, LV2_Log_Log* log,
+           LV2_Worker_Schedule* schedule);
+
+    void Connect(uint32_t port, void* data);
+    void Activate() { instrument.Restart(rate); }
+    void Run(uint32_t count) noexcept;
+    /// What the worker does.
+    void Work() noexcept;
+    /// As WindowInterface::open.
+    int OpenWindow(char* fault, std::size_t room);
+
+    LV2_State_Status Save(LV2_State_Store_Function store, LV2_State_Handle handle,
+                          const LV2_State_Map_Path* paths, const LV2_State_Free_Path* freePath);
+    LV2_State_Status Restore(LV2_State_Retrieve_Function retrieve, LV2_State_Handle handle,
+                             const LV2_State_Map_Path* paths, const LV2_State_Free_Path* freePath);
+
+  private:
+    template<class Type>
+    Type* Port(uint32_t port) const noexcept {
+        return static_cast<Type*>(ports[port]);
+    }
+    void Take(const LV2_Atom_Object& message) noexcept;
+    void TellEdit(LV2_Atom_Sequence& out, uint32_t room) noexcept;
+    bool Post(std::size_t property, const LV2_Atom& value) noexcept;
+    void Wake() noexcept;
+    void Tell(const std::string& text);
+    void TellChanges(uint32_t wanted);
+
+    const double rate;
+    const Urids urids;
+    HostedInstrument instrument;
+    LV2_Log_Log* const log;
+    LV2_Worker_Schedule* const schedule;
+    std::array<void*, kPorts> ports{};
+    ControlValues controls;
+    News news{urids};
+    /// The host had no room for the work that it was asked for.
+    bool refused = false;
+    /// From the running thread to the one that works: requests that could not be posted, and the
+    /// properties that are asked for, a bit each.
+    std::atomic<bool> lost{false};
+    std::atomic<uint32_t> asked{0};
+    /// Of whoever works: what the host knows of the properties.
+    std::mutex working;
+    std::array<std::string, std::size(kProperties)> told;
+    std::string message;
+    Windows windows;
+    /// The last one, so that it ends before all else does.
+    std::optional<WakingThread> thread;
+};
+
+} // namespace vexa::lv2

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "render/FilePrograms.h"
+
+#include "instrument/Programs.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace vexa {
+
+std::vector<std::string> FilePrograms::Read(const MidiFile& file) {
+    std::vector<std::string> remarks;
+    ProgramSelector chosen(instrument.Playing().consumer, BMessenger(), 0);
+    const Sound* sound = &instrument.State();
+    bool missed = false;
+    for (const MidiEvent& event : file.events) {
+        if (event.kind == MidiEvent::Kind::NoteOn)
+            struck.insert(sound);
+        chosen.Came(event.ForConsumer());
+        const std::optional<int32> number = chosen.Take();
+        if (!number)
+            continue;
+        const auto [place, isNew] = sounds.try_emplace(*number);
+        if (isNew) {
+            const auto path = FindProgram(folders, *number);
+            if (path)
+                place->second = Read(*path, remarks);
+            else if (!std::exchange(missed, true))
+                remarks.push_back(path.Fault().text);
+        }
+        if (place->second)
+            sound = &*place->second;
+    }
+    return remarks;
+}
+
+std::optional<Sound> FilePrograms::Read(const std::filesystem::path& path,
+                                        std::vector<std::string>& remarks) const {
+    ReadReport report;
+    kits::Result<Sound> sound = ReadWhole(path, instrument, report);
+    std::ranges::move(report.warnings, std::back_inserter(remarks));
+    if (sound)
+        return *std::move(sound);
+    remarks.push_back(sound.Fault().text);
+    return std::nullopt;
+}
+
+void FilePrograms::Came(const kits::MidiEvent& event) {
+    selector.Came(event);
+    const std::optional<int32> number = selector.Take();
+    if (!number || !sounds[*number])
+        return;
+    if (const FunctionReport loaded = instrument.Load(*sounds[*number]); !loaded && fault.empty())
+        fault = Text(loaded);
+}
+
+} // namespace vexa

@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The main view of an instrument that plays in a plug-in, both in one process.
+#include "app/Attachment.h"
+
+#include "app/MainViewStage.h"
+#include "documents/SoundDocument.h"
+#include "plugin/window/Windows.h"
+#include "views/EnvView.h"
+
+#include <gmock/gmock.h>
+#include <sys/socket.h>
+
+namespace {
+
+using namespace vexa;
+using testing::HasSubstr;
+
+class AttachedView : public test::MainViewTest {
+  protected:
+    ~AttachedView() override { delete std::exchange(window, nullptr); }
+
+    /// Lets both sides go on for a while that is longer than what either waits for.
+    void GoOn() {
+        for (int i = 0; i < 30; i++) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+            test::Settle();
+        }
+    }
+    Sound Playing() { return instrument.ShownSince(0)->sound; }
+
+    HostedInstrument instrument{folders, 48000};
+    Windows windows{instrument, [](const std::string& line) { ADD_FAILURE() << line; }};
+    std::unique_ptr<Attachment> plugin = *Attachment::Begin(*windows.Open());
+};
+
+TEST_F(AttachedView, ShowsWhatPlaysSendsWhatIsDoneAndNothingElse) {
+    Sound sound;
+    sound.author = "somebody";
+    sound.texts[3] = "0.25";
+    sound.function.expression = "x*y+a";
+    sound.function.macros[0].value = "0.75";
+    sound.function.width = "7";
+    sound.envelopes[2] = {{0, false, 0.5F}, {1, true, 0}};
+    bool taken = false;
+    instrument.Restore(SoundText(sound), "", taken);
+    window = new VexaWindow({64, 100, 999, 610}, folders, true, plugin.get());
+    view = &window->MainView();
+    window->Show();
+    GoOn();
+    EXPECT_EQ(Text("Fxy"), "x*y+a");
+    EXPECT_EQ(Text("Sc"), "7");
+    EXPECT_EQ(view->EnvelopeEditor(2).Points(), sound.envelopes[2]);
+    EXPECT_FALSE(instrument.TakeEdited()) << "what was shown came back";
+    EXPECT_EQ(Playing(), sound);
+
+    // What is typed is sent when it is confirmed, and never what is wrong.
+    Field("Fxy").Type("x-y");
+    GoOn();
+    EXPECT_FALSE(instrument.TakeEdited());
+    Field("Fxy").Confirm();
+    GoOn();
+    EXPECT_EQ(Playing().function.expression, "x-y");
+    Enter("Fxy", "x-");
+    Enter("Sc", "9");
+    GoOn();
+    EXPECT_EQ(alerts.texts.size(), 1U);
+    EXPECT_EQ(Playing().function.expression, "x-y");
+    EXPECT_EQ(Playing().function.width, "9");
+
+    // A macro that a host moves is shown, and does not become the sound's.
+    ControlValues knobs;
+    knobs.fill(-100);
+    knobs[kFirstMacroControl] = 0.25F;
+    instrument.TakeControls(knobs);
+    instrument.TakeEdited();
+    GoOn();
+    view->Pulse();
+    GoOn();
+    EXPECT_EQ(float(view->Playing().macros[0].value), 0.25F);
+    EXPECT_FALSE(instrument.TakeEdited());
+    EXPECT_EQ(Playing().function.macros[0].value, "0.75");
+}
+
+TEST(Attachment, PluginsThatAreNoneAreNamed) {
+    const std::pair<std::string, const char*> peers[] = {
+        {std::string(1 << 20, '<'), "does not say Hello"},
+        {std::string("\1\0\0\0\x8\0\0\0vexa\2\0\0\0", 16), "different versions"},
+        {std::string("\1\0\0\0\x8\0\0\0vexa\1\0\0\0\3\0\0\0\6\0\0\0\1\0\0\0<a", 30), "sound:1:1"},
+        {std::string("\2\0\0\0\3\0\0\0why", 11), ": why"},
+        {std::string("\1\0\0", 3), "in the middle of a letter"},
+        {"", "the plug-in has gone"},
+    };
+    for (const auto& [bytes, reason] : peers) {
+        int ends[2];
+        ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
+        std::jthread peer([&, socket = ends[1]] {
+            ::send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+            ::shutdown(socket, SHUT_WR);
+        });
+        const auto begun = Attachment::Begin(ends[0]);
+        peer.join();
+        ::close(ends[1]);
+        ASSERT_FALSE(begun) << reason;
+        EXPECT_THAT(begun.Fault().text, HasSubstr(reason));
+    }
+    EXPECT_THAT(Attachment::Begin(0).Fault().text, HasSubstr("is no socket from a plug-in"));
+}
+
+} // namespace

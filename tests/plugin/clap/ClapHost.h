@@ -1,0 +1,257 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// A small host over CLAP's header.
+#pragma once
+
+#include "synth/Realtime.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <clap/entry.h>
+#include <clap/ext/audio-ports.h>
+#include <clap/ext/latency.h>
+#include <clap/ext/note-ports.h>
+#include <clap/ext/params.h>
+#include <clap/ext/state.h>
+#include <clap/plugin-factory.h>
+#include <dlfcn.h>
+
+namespace test {
+
+inline const clap_plugin_factory& Factory() {
+    static const auto* const factory = [] {
+        void* file = dlopen(VEXA_CLAP, RTLD_NOW | RTLD_LOCAL);
+        if (!file)
+            throw std::runtime_error(dlerror());
+        const auto* entry = static_cast<const clap_plugin_entry*>(dlsym(file, "clap_entry"));
+        if (!entry || !entry->init(VEXA_CLAP))
+            throw std::runtime_error("no entry");
+        return static_cast<const clap_plugin_factory*>(entry->get_factory(CLAP_PLUGIN_FACTORY_ID));
+    }();
+    return *factory;
+}
+
+/// Any event.
+union Event {
+    clap_event_header header;
+    clap_event_note note;
+    clap_event_note_expression expression;
+    clap_event_param_value value;
+    clap_event_param_mod mod;
+    clap_event_midi midi;
+};
+
+/// What a note is called; -1 for any.
+struct Name {
+    int id = -1, channel = -1, key = -1;
+    bool operator==(const Name&) const = default;
+};
+
+/// One instance and what it asks its host for. It is active unless a test says otherwise.
+class ClapHost {
+  public:
+    explicit ClapHost(double rate = 48000) {
+        plugin = Factory().create_plugin(&Factory(), &host, "vexa.instrument");
+        if (!plugin || !plugin->init(plugin))
+            throw std::runtime_error("no instance");
+        Activate(rate);
+    }
+    ~ClapHost() {
+        plugin->deactivate(plugin);
+        plugin->destroy(plugin);
+    }
+    ClapHost(const ClapHost&) = delete;
+    ClapHost& operator=(const ClapHost&) = delete;
+
+    void Reset() {
+        const vexa::RealtimeSection realtime;
+        plugin->reset(plugin);
+    }
+    bool Activate(double rate) { return plugin->activate(plugin, rate, 1, 8192); }
+
+    /// Events of the next block, in the order of their times.
+    void Note(uint16_t type, uint32_t time, const Name& name, double velocity = 100 / 127.0) {
+        Event& e = Add(type, time, sizeof e.note);
+        e.note.note_id = name.id;
+        e.note.channel = static_cast<int16_t>(name.channel);
+        e.note.key = static_cast<int16_t>(name.key);
+        e.note.velocity = velocity;
+    }
+    void Express(uint32_t time, clap_note_expression which, const Name& name, double value) {
+        Event& e = Add(CLAP_EVENT_NOTE_EXPRESSION, time, sizeof e.expression);
+        e.expression.expression_id = which;
+        Aim(e.expression, name);
+        e.expression.value = value;
+    }
+    void Set(uint32_t time, const char* parameter, double value, const Name& name = {}) {
+        Event& e = Add(CLAP_EVENT_PARAM_VALUE, time, sizeof e.value);
+        e.value.param_id = Info(parameter).id;
+        Aim(e.value, name);
+        e.value.value = value;
+    }
+    void Modulate(uint32_t time, const char* parameter, double amount, const Name& name = {}) {
+        Event& e = Add(CLAP_EVENT_PARAM_MOD, time, sizeof e.mod);
+        e.mod.param_id = Info(parameter).id;
+        Aim(e.mod, name);
+        e.mod.amount = amount;
+    }
+    void Midi(uint32_t time, std::array<uint8_t, 3> bytes) {
+        Event& e = Add(CLAP_EVENT_MIDI, time, sizeof e.midi);
+        std::copy(bytes.begin(), bytes.end(), e.midi.data);
+    }
+
+    /// What the left ear hears; the right one is in `right`.
+    std::vector<float> Run(uint32_t count) {
+        std::vector<float> left(count + 1, 7);
+        right.assign(count + 1, 7);
+        float* channels[] = {left.data(), right.data()};
+        clap_audio_buffer out{channels, nullptr, 2, 0, 0};
+        const clap_input_events in{this, CountIn, GetIn};
+        const clap_output_events back{this, TakeBack};
+        // What an instrument has no use for may be the buffer that it writes.
+        const clap_process process{-1, count, nullptr, &out, &out, 1, 1, &in, &back};
+        {
+            const vexa::RealtimeSection realtime;
+            status = plugin->process(plugin, &process);
+        }
+        beyond = beyond || left.back() != 7 || right.back() != 7;
+        left.pop_back();
+        right.pop_back();
+        events.clear();
+        return left;
+    }
+    /// Takes the events without a block.
+    void Flush() {
+        const clap_input_events in{this, CountIn, GetIn};
+        const clap_output_events back{this, TakeBack};
+        Extension<clap_plugin_params>(CLAP_EXT_PARAMS).flush(plugin, &in, &back);
+        events.clear();
+    }
+
+    template<class Table>
+    const Table& Extension(const char* id) const {
+        const auto* table = static_cast<const Table*>(plugin->get_extension(plugin, id));
+        if (!table)
+            throw std::runtime_error(id);
+        return *table;
+    }
+    clap_param_info Info(const std::string& parameter) const {
+        const auto& params = Extension<clap_plugin_params>(CLAP_EXT_PARAMS);
+        clap_param_info info{};
+        for (uint32_t i = 0; i < params.count(plugin); i++) {
+            if (params.get_info(plugin, i, &info) && parameter == info.name)
+                return info;
+        }
+        throw std::runtime_error(parameter);
+    }
+    double Value(const char* parameter) const {
+        double value = NAN;
+        Extension<clap_plugin_params>(CLAP_EXT_PARAMS)
+            .get_value(plugin, Info(parameter).id, &value);
+        return value;
+    }
+    uint32_t Latency() const {
+        return Extension<clap_plugin_latency>(CLAP_EXT_LATENCY).get(plugin);
+    }
+
+    /// A few bytes at a time, as streams may.
+    std::string Save() const {
+        std::string text;
+        const clap_ostream stream{
+            &text, [](const clap_ostream* s, const void* data, uint64_t size) {
+                const uint64_t count = std::min<uint64_t>(size, 1000);
+                static_cast<std::string*>(s->ctx)->append(static_cast<const char*>(data), count);
+                return static_cast<int64_t>(count);
+            }};
+        const bool saved = Extension<clap_plugin_state>(CLAP_EXT_STATE).save(plugin, &stream);
+        return saved ? text : "not saved";
+    }
+    /// The stream fails after what there is where it is told to.
+    bool Load(std::string text, bool fails = false) const {
+        struct Source {
+            std::string left;
+            bool fails;
+        } source{std::move(text), fails};
+        const clap_istream stream{
+            &source, [](const clap_istream* s, void* to, uint64_t size) {
+                auto& from = *static_cast<Source*>(s->ctx);
+                const std::size_t count = std::min<std::size_t>({size, 1000, from.left.size()});
+                if (count == 0 && from.fails)
+                    return int64_t{-1};
+                std::memcpy(to, from.left.data(), count);
+                from.left.erase(0, count);
+                return static_cast<int64_t>(count);
+            }};
+        return Extension<clap_plugin_state>(CLAP_EXT_STATE).load(plugin, &stream);
+    }
+
+    const clap_plugin* plugin = nullptr;
+    std::vector<float> right;
+    clap_process_status status = CLAP_PROCESS_ERROR;
+    /// It has written beyond a block.
+    bool beyond = false;
+    int restarts = 0, callbacks = 0, rescans = 0, latencies = 0;
+    /// The notes that it says have ended.
+    std::vector<Name> ended = [] {
+        std::vector<Name> names;
+        names.reserve(1000);
+        return names;
+    }();
+
+  private:
+    Event& Add(uint16_t type, uint32_t time, std::size_t size) {
+        Event& e = events.emplace_back();
+        e = {};
+        e.header = {static_cast<uint32_t>(size), time, CLAP_CORE_EVENT_SPACE_ID, type, 0};
+        return e;
+    }
+    template<class Aimed>
+    static void Aim(Aimed& e, const Name& name) {
+        e.note_id = name.id;
+        e.port_index = -1;
+        e.channel = static_cast<int16_t>(name.channel);
+        e.key = static_cast<int16_t>(name.key);
+    }
+    static uint32_t CountIn(const clap_input_events* list) {
+        return static_cast<uint32_t>(static_cast<ClapHost*>(list->ctx)->events.size());
+    }
+    static const clap_event_header* GetIn(const clap_input_events* list, uint32_t index) {
+        return &static_cast<ClapHost*>(list->ctx)->events[index].header;
+    }
+    static bool TakeBack(const clap_output_events* list, const clap_event_header* event) {
+        const auto& note = *reinterpret_cast<const clap_event_note*>(event);
+        if (event->type == CLAP_EVENT_NOTE_END)
+            static_cast<ClapHost*>(list->ctx)->ended.push_back(
+                {note.note_id, note.channel, note.key});
+        return true;
+    }
+    static ClapHost& Of(const clap_host* host) { return *static_cast<ClapHost*>(host->host_data); }
+    static const void* HostExtension(const clap_host*, const char* id) {
+        static const clap_host_params params{
+            [](const clap_host* h, clap_param_rescan_flags) { Of(h).rescans++; },
+            [](const clap_host*, clap_id, clap_param_clear_flags) {}, [](const clap_host*) {}};
+        static const clap_host_latency latency{[](const clap_host* h) { Of(h).latencies++; }};
+        if (std::strcmp(id, CLAP_EXT_PARAMS) == 0)
+            return &params;
+        return std::strcmp(id, CLAP_EXT_LATENCY) == 0 ? &latency : nullptr;
+    }
+
+    clap_host host{CLAP_VERSION,
+                   this,
+                   "test",
+                   "",
+                   "",
+                   "1",
+                   HostExtension,
+                   [](const clap_host* h) { Of(h).restarts++; },
+                   [](const clap_host*) {},
+                   [](const clap_host* h) { Of(h).callbacks++; }};
+    std::vector<Event> events;
+};
+
+} // namespace test

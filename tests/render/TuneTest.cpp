@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Whole tunes, rendered as a user does it and looked for in what is heard.
+#include "kits/support/SupportDefs.h"
+#include "support/Command.h"
+#include "support/Environment.h"
+#include "support/MidiFiles.h"
+#include "support/SoundFiles.h"
+#include "support/Spectrum.h"
+#include "support/TemporaryFolder.h"
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using test::MidiMessage;
+using testing::HasSubstr;
+
+constexpr double kRate = 44100;
+
+class Tune : public testing::Test {
+  protected:
+    /// Renders a file of those messages; what the program has said.
+    std::string Render(const std::vector<MidiMessage>& messages, std::vector<std::string> options) {
+        const std::string midi = folder.Write("a.mid", test::MidiFileOf(messages)).string();
+        const std::string wav = (folder.Path() / "a.wav").string();
+        options.insert(options.begin(),
+                       {VEXA_PROGRAM_FOLDER "/vexa-render", midi, wav, "--user-folder"});
+        const test::CommandResult result = test::RunCommand(options);
+        EXPECT_EQ(result.exitCode, 0) << result.text;
+        const test::DecodedSound file = test::ReadSound(wav, 0);
+        channels = file.channels;
+        left.clear();
+        for (std::size_t i = 0; i < file.values.size(); i += channels)
+            left.push_back(file.values[i]);
+        return result.text;
+    }
+    /// In 0.4 seconds.
+    double Level(double second, double hertz) const {
+        const auto from = static_cast<std::size_t>(second * kRate);
+        return test::Amplitude({&left[from], std::size_t(0.4 * kRate)}, hertz, kRate);
+    }
+    /// By how many cents a note that sounds from then on for 1.6 seconds is above that frequency.
+    double Cents(double second, double hertz) const {
+        const auto length = static_cast<std::size_t>(0.8 * kRate);
+        const auto from = static_cast<std::size_t>(second * kRate);
+        const auto phase = [&](std::size_t begin) {
+            return std::arg(test::Component({&left[begin], length}, hertz, kRate));
+        };
+        const double expected = 2 * M_PI * hertz * double(length) / kRate;
+        const double turns =
+            std::remainder(phase(from + length) - phase(from) - expected, 2 * M_PI) / (2 * M_PI);
+        return 1200 * std::log2(1 + (turns / 0.8) / hertz);
+    }
+    /// Writes a sine with more elements into the user's sounds.
+    void WriteSine(const std::string& name, const std::string& more) const {
+        std::string text = test::kSineSound;
+        folder.Write("vexa/sounds/" + name, text.insert(text.rfind('<'), more));
+    }
+
+    test::TemporaryFolder folder;
+    test::EnvironmentVariable data{"XDG_DATA_HOME", folder.Path().c_str()};
+    /// What was rendered last.
+    std::size_t channels = 0;
+    std::vector<float> left;
+};
+
+/// Of two sounds an octave apart. A note that sounds goes on.
+TEST_F(Tune, ProgramChangesChooseSoundsAtTheirFrame) {
+    WriteSine("0.xml", "<fx>2</fx>");
+    WriteSine("1.xml", "<playing><spread>90</spread></playing>");
+    folder.Write("vexa/sounds/2.xml", "no sound");
+    const std::vector<MidiMessage> tune{
+        {0, {0xC0, 0}},        {100, {0x90, 69, 100}},  // 880 Hz
+        {600, {0xB0, 32, 1}},  {600, {0xC0, 0}},        // a bank that there is not
+        {700, {0xB0, 32, 0}},  {700, {0xC0, 2}},        // broken
+        {1000, {0xC0, 1}},     {1000, {0x91, 74, 100}}, // half as high
+        {1500, {0x80, 69, 0}}, {1500, {0x81, 74, 0}}};
+    EXPECT_THAT(Render(tune, {"--programs"}),
+                testing::AllOf(HasSubstr("there is no program 128"), HasSubstr("2.xml")));
+    EXPECT_EQ(channels, 2U) << "the second sound has a spread";
+    EXPECT_GT(Level(0.55, 880), 0.2);
+    EXPECT_LT(Level(0.55, 440), 0.01);
+    EXPECT_GT(Level(1.05, 440), 0.2);
+    EXPECT_GT(Level(1.05, 587.3295), 0.2);
+    const std::vector<float> changed = left;
+    // Until that frame it is as without the change.
+    std::vector<MidiMessage> unchanged(tune.begin(), tune.begin() + 2);
+    unchanged.push_back({1500, {0x80, 69, 0}});
+    Render(unchanged, {"--programs"});
+    EXPECT_EQ(channels, 1U);
+    const auto parted = std::mismatch(left.begin(), left.end(), changed.begin());
+    EXPECT_NEAR(double(parted.first - left.begin()), 44100, 1);
+    const std::vector<float> chosen = left;
+    unchanged.erase(unchanged.begin());
+    Render(unchanged, {"--sound", "0"});
+    EXPECT_EQ(left, chosen) << "the same bytes as with the sound that was loaded before";
+    Render(tune, {"--sound", "0"});
+    EXPECT_GT(Level(1.05, 880), 0.2) << "otherwise they mean nothing";
+}
+
+/// As a controller of MPE plays: its configuration, the range of each member, channels by turns,
+/// bend, 74 and pressure before and during each note, and bends that go on after it. By the formula
+/// a note's pressure is how loud its octave is, and its 74 the twelfth.
+TEST_F(Tune, NotesOfAnMpeControllerAreFoundInTheFile) {
+    std::string sound = test::kSineSound;
+    const std::string plain = "x</expression>";
+    sound.replace(sound.find(plain), plain.size(),
+                  "x+a*(2*x*x-1)+b*x*(4*x*x-3)</expression>"
+                  "<macros><actl>2</actl><bctl>74</bctl></macros>");
+    sound.insert(sound.rfind('<'), "<playing><pressure>2</pressure></playing>");
+    folder.Write("vexa/sounds/mpe.xml", sound);
+    std::vector<MidiMessage> tune;
+    const auto send = [&tune](int at, int status, int channel, int data1, int data2) {
+        tune.push_back({at, {uint8(status | channel), uint8(data1), uint8(data2)}});
+        if (status == 0xD0)
+            tune.back().bytes.pop_back();
+    };
+    const auto parameter = [&](int channel, int number, int value) {
+        for (const auto& [controller, data] :
+             {std::pair{101, 0}, {100, number}, {6, value}, {101, 127}, {100, 127}})
+            send(0, 0xB0, channel, controller, data);
+    };
+    const auto bend = [&](int at, int channel, int value) {
+        send(at, 0xE0, channel, (value + 8192) & 127, (value + 8192) >> 7);
+    };
+    parameter(0, 6, 15);
+    for (int channel = 1; channel < 16; channel++)
+        parameter(channel, 0, 24);
+    struct Note {
+        double second, hertz, pressure, timbre;
+    };
+    std::vector<Note> notes;
+    std::mt19937 random(4);
+    const auto below = [&random](int n) { return int(random() % unsigned(n)); };
+    for (int i = 0; i < 20; i++) {
+        const int channel = 1 + i % 15, start = 100 + 600 * i;
+        // No partials of notes that sound together meet.
+        const int key = 48 + i * 11 % 25, bent = below(340) - 170;
+        const int pressure = below(128), timbre = below(128);
+        bend(start, channel, bent);
+        send(start, 0xB0, channel, 74, 64);
+        send(start, 0xD0, channel, 0, 0);
+        send(start, 0x90, channel, key, 40 + below(80));
+        send(start + 20, 0xD0, channel, pressure, 0);
+        send(start + 20, 0xB0, channel, 74, timbre);
+        send(start + 1800, 0x80, channel, key, 64);
+        for (int k = 1; k < 5; k++)
+            bend(start + 1800 + 5 * k, channel, bent + 100 * k);
+        const double semitones = key - 69 + 24.0 * bent / (bent > 0 ? 8191 : 8192);
+        notes.push_back({(start + 60) / 1000.0, 440 * std::exp2(semitones / 12), pressure / 127.0,
+                         timbre / 127.0});
+    }
+    Render(tune, {"--sound", "mpe"});
+    for (const Note& note : notes) {
+        SCOPED_TRACE(note.second);
+        EXPECT_NEAR(Cents(note.second, note.hertz), 0, 0.1);
+        // The next note has sent what is its own by then.
+        const double later = note.second + 0.6, level = Level(later, note.hertz);
+        EXPECT_NEAR(level, 0.25, 0.02);
+        EXPECT_NEAR(Level(later, 2 * note.hertz) / level, note.pressure, 0.05);
+        EXPECT_NEAR(Level(later, 3 * note.hertz) / level, note.timbre, 0.05);
+    }
+}
+
+} // namespace

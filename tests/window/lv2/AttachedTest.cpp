@@ -1,0 +1,185 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The window of a plug-in as a person uses it in a host: the library of the user interface, the
+// program that it starts, and an instrument in this process, on a real display.
+#include "documents/SoundDocument.h"
+#include "plugin/lv2/WindowInterface.h"
+#include "plugin/window/Windows.h"
+#include "support/Environment.h"
+#include "window/Desktop.h"
+
+#include <cstdint>
+#include <fstream>
+#include <functional>
+#include <thread>
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <lv2/data-access/data-access.h>
+#include <lv2/instance-access/instance-access.h>
+#include <lv2/ui/ui.h>
+#include <xcb/xcb.h>
+
+namespace {
+
+using namespace vexa;
+
+constexpr const char* kBundle = VEXA_PROGRAM_FOLDER "/../lv2/vexa.lv2";
+constexpr const char* kTitle = "Host";
+
+/// In the window, as elsewhere with the usual font.
+constexpr int kFieldX = 150, kFieldY = 367;
+constexpr int kPlane = 10, kPlaneTop = 51, kPlaneSize = 301;
+
+/// A host with a window and the user interface in it.
+class Host {
+  public:
+    explicit Host(Windows& windows) {
+        server = ::xcb_connect(nullptr, nullptr);
+        window = ::xcb_generate_id(server);
+        const xcb_screen_t& screen = *::xcb_setup_roots_iterator(::xcb_get_setup(server)).data;
+        ::xcb_create_window(server, XCB_COPY_FROM_PARENT, window, screen.root, 0, 0, 1000, 560, 0,
+                            XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
+        ::xcb_change_property(server, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_NAME,
+                              XCB_ATOM_STRING, 8, 4, kTitle);
+        ::xcb_map_window(server, window);
+        ::xcb_flush(server);
+
+        library = ::dlopen((std::string(kBundle) + "/vexa-ui.so").c_str(), RTLD_NOW);
+        if (!library)
+            throw std::runtime_error(::dlerror());
+        const auto entry = reinterpret_cast<const LV2UI_Descriptor* (*)(std::uint32_t)>(
+            ::dlsym(library, "lv2ui_descriptor"));
+        descriptor = entry(0);
+        idle = static_cast<const LV2UI_Idle_Interface*>(
+            descriptor->extension_data(LV2_UI__idleInterface));
+        LV2_Extension_Data_Feature access{[](const char*) -> const void* {
+            static const lv2::WindowInterface opener{[](LV2_Handle plugin, char*, std::size_t) {
+                return *static_cast<Windows*>(plugin)->Open();
+            }};
+            return &opener;
+        }};
+        LV2_Feature parent{LV2_UI__parent, reinterpret_cast<void*>(std::uintptr_t(window))};
+        LV2_Feature instance{LV2_INSTANCE_ACCESS_URI, &windows};
+        LV2_Feature data{LV2_DATA_ACCESS_URI, &access};
+        const LV2_Feature* const features[] = {&parent, &instance, &data, nullptr};
+        LV2UI_Widget widget = nullptr;
+        ui = descriptor->instantiate(descriptor, "urn:vexa:instrument", kBundle, nullptr, nullptr,
+                                     &widget, features);
+    }
+    ~Host() {
+        descriptor->cleanup(ui);
+        ::dlclose(library);
+        ::xcb_disconnect(server);
+    }
+    Host(const Host&) = delete;
+    Host& operator=(const Host&) = delete;
+
+    /// Goes on until that holds; false where it does not within so long.
+    bool Await(const std::function<bool()>& what, double seconds = 20) {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
+        while (!what()) {
+            if (std::chrono::steady_clock::now() > end)
+                return false;
+            idle->idle(ui);
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+        return true;
+    }
+    /// 0 where it does not run.
+    static pid_t Program() {
+        for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+            std::ifstream file(task.path() / "children");
+            for (pid_t child = 0; file >> child;) {
+                std::ifstream name("/proc/" + std::to_string(child) + "/comm");
+                if (std::string text; name >> text && text == "vexa")
+                    return child;
+            }
+        }
+        return 0;
+    }
+
+  private:
+    xcb_connection_t* server;
+    std::uint32_t window;
+    void* library;
+    const LV2UI_Descriptor* descriptor;
+    const LV2UI_Idle_Interface* idle;
+    LV2UI_Handle ui;
+};
+
+/// Places on the plane where there is an orbit.
+int Marks(const QImage& picture) {
+    int marks = 0;
+    for (int y = kPlaneTop; y < kPlaneTop + kPlaneSize; y++) {
+        for (int x = kPlane; x < kPlane + kPlaneSize; x++)
+            marks += qGreen(picture.pixel(x, y)) == 200;
+    }
+    return marks;
+}
+
+TEST(AttachedWindow, EditsPlaysShowsOrbitsAndOutlivesNothing) {
+    const test::TemporaryFolder folder;
+    const test::EnvironmentVariable data("XDG_DATA_HOME", folder.Path().c_str());
+    test::Desktop desktop(1100, 700);
+    HostedInstrument instrument(std::filesystem::path("/nowhere"), 48000);
+    Sound sound;
+    sound.envelopes[2] = sound.envelopes[3] = {{0, false, 1}, {0.01F, true, 0}};
+    bool taken = false;
+    instrument.Restore(SoundText(sound), "", taken);
+    std::jthread player([&](const std::stop_token& stop) {
+        std::vector<float> left(256), right(256);
+        while (!stop.stop_requested()) {
+            instrument.Render(left.data(), right.data(), left.size());
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        }
+    });
+    auto windows = std::make_unique<Windows>(
+        instrument, [](const std::string& line) { ADD_FAILURE() << line; });
+    auto host = std::make_unique<Host>(*windows);
+    desktop.UseWindow(kTitle);
+
+    const auto type = [&](const char* expression) {
+        const auto plays = [&] {
+            return instrument.ShownSince(0)->sound.function.expression == expression;
+        };
+        // It takes its time to be there.
+        return host->Await([&] {
+            desktop.Click(kFieldX, kFieldY);
+            desktop.Key("ctrl+a");
+            desktop.Type(expression);
+            desktop.Key("Return");
+            return host->Await(plays, 0.5);
+        });
+    };
+    const auto held = [&] {
+        int count = 0;
+        for (const voice& slot : instrument.Records().voices)
+            count += slot.state.Look().Active() && !slot.released;
+        return count;
+    };
+    ASSERT_TRUE(type("x*y/9"));
+    desktop.Click(kPlane + 20, kPlaneTop + 20);
+    desktop.Do({"keydown", "q"});
+    EXPECT_TRUE(host->Await([&] { return held() == 1; }));
+    EXPECT_TRUE(host->Await([&] { return Marks(desktop.Picture()) > 20; }));
+
+    // What the key held is let go when the program is killed, and a click has it back.
+    const pid_t first = Host::Program();
+    ::kill(first, SIGKILL);
+    EXPECT_TRUE(host->Await([&] { return held() == 0 && Host::Program() == 0; }));
+    desktop.Do({"keyup", "q"});
+    desktop.Click(kPlane + 20, kPlaneTop + 20);
+    ASSERT_TRUE(type("x+y/9"));
+    EXPECT_NE(Host::Program(), first);
+
+    // It ends with the plug-in, and where the host closes it.
+    windows.reset();
+    EXPECT_TRUE(host->Await([] { return Host::Program() == 0; }, 1));
+    windows = std::make_unique<Windows>(instrument, [](const std::string&) {});
+    host = std::make_unique<Host>(*windows);
+    ASSERT_NE(Host::Program(), 0);
+    host.reset();
+    EXPECT_EQ(Host::Program(), 0);
+}
+
+} // namespace

@@ -33,7 +33,8 @@ shot() {
     sleep 1
     xdotool keydown q keydown t
     sleep 0.7
-    import -window "$window" "$figures/$1.png"
+    # Few colours make small files.
+    import -window "$window" +dither -colors 255 -strip "png8:$figures/$1.png"
     xdotool keyup q keyup t
 }
 

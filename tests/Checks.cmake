@@ -14,7 +14,7 @@ file(GLOB_RECURSE formatted CONFIGURE_DEPENDS
     ${CMAKE_SOURCE_DIR}/src/*.h ${CMAKE_SOURCE_DIR}/src/*.cpp
     ${CMAKE_SOURCE_DIR}/tests/*.h ${CMAKE_SOURCE_DIR}/tests/*.cpp
     ${CMAKE_SOURCE_DIR}/benchmarks/*.h ${CMAKE_SOURCE_DIR}/benchmarks/*.cpp
-    ${CMAKE_SOURCE_DIR}/packaging/*.cpp)
+    ${CMAKE_SOURCE_DIR}/packaging/*.cpp ${CMAKE_SOURCE_DIR}/docs/manual/tools/*.cpp)
 add_test(NAME format COMMAND ${CLANG_FORMAT} --dry-run -Werror ${formatted})
 
 # Every source says its licence.
@@ -41,3 +41,6 @@ endif()
 add_test(NAME renders COMMAND ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/scripts/compare-renders.py
     $<TARGET_FILE:vexa-render>)
 add_test(NAME maths COMMAND ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/scripts/check-maths.py $<TARGET_FILE:vexa-render>)
+
+# What the manual prints of formulas compiles, plays and looks as it shows.
+add_test(NAME manual COMMAND ${CMAKE_SOURCE_DIR}/scripts/make-manual-pictures --check ${CMAKE_BINARY_DIR})

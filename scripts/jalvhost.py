@@ -68,8 +68,8 @@ class Jalv:
         self.client.activate()
         wait_for(f"jalv {uri}", lambda: len(self._ports(is_audio=True, is_output=True)) >= 2)
         for port, ear in zip(self._ports(is_audio=True, is_output=True), self.ears):
-            self.client.connect(port, ear)
-        self.client.connect(self.midi, self._ports(is_midi=True, is_input=True)[0])
+            self._connect(port, ear)
+        self._connect(self.midi, self._ports(is_midi=True, is_input=True)[0])
 
     def __enter__(self):
         return self
@@ -82,6 +82,17 @@ class Jalv:
     def _read(self):
         for line in self.process.stdout:
             self.output += line
+
+    def _connect(self, source, destination):
+        """As soon as jalv, whose ports are there before, is active."""
+        import jack
+
+        def is_done():
+            with contextlib.suppress(jack.JackError):
+                self.client.connect(source, destination)
+                return True
+            return False
+        wait_for(f"a connection of {source.name} to {destination.name}", is_done)
 
     def _ports(self, **kind):
         return self.client.get_ports("played:", **kind)

@@ -26,12 +26,15 @@
 
 namespace test {
 
+/// No server is found under this name. Before main, as later other threads may read the
+/// environment.
+inline const bool kWithoutServer = ::setenv("JACK_DEFAULT_SERVER", "vexa-test-none", 1) == 0 &&
+                                   ::setenv("JACK_NO_START_SERVER", "1", 1) == 0;
+
 class MainViewTest : public testing::Test {
   protected:
     MainViewTest() {
-        // No server is found under this name.
-        ::setenv("JACK_DEFAULT_SERVER", "vexa-test-none", 1);
-        ::setenv("JACK_NO_START_SERVER", "1", 1);
+        EXPECT_TRUE(kWithoutServer);
         kits::ChooseAudioSystem(kits::AudioSystem::None);
         test::CopyContent(folder.Path());
     }

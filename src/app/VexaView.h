@@ -54,6 +54,7 @@ class VexaView : public BView {
 
     void Draw(BRect update) override;
     void Pulse() override;
+    void ColorsChanged() override;
     /// As AudioGraph::Record.
     void Record(kits::Recording* recording) { graph->Record(recording); }
 
@@ -262,6 +263,7 @@ class VexaView : public BView {
     BMenu* voicesMenu = nullptr;
     BMenu* channelMenu = nullptr;
     BMenu* deviceMenu = nullptr;
+    std::vector<BView*> menuBars;
 
     ComputerKeyboard keyboard;
     /// The source that the user wants, and the number of the one that is connected (0 for none).

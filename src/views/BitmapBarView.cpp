@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "views/BitmapBarView.h"
 
+#include "views/Theme.h"
+
 #include <cmath>
 
 namespace vexa {
 
 namespace {
-
-constexpr rgb_color kCaptionColor = {230, 230, 230};
 
 float WidthOf(const std::unique_ptr<BBitmap>& bitmap) {
     return bitmap ? bitmap->Bounds().Width() : 0;
@@ -37,7 +37,7 @@ void BitmapBarView::Draw(BRect) {
     font_height height;
     GetFontHeight(&height);
     const float middle = (leftWidth + bounds.right - rightWidth) / 2;
-    SetHighColor(kCaptionColor);
+    SetHighColor(Colors().barText);
     DrawString(caption, {std::floor(middle - StringWidth(caption) / 2),
                          std::floor((bounds.top + bounds.bottom + height.ascent) / 2)});
 }

@@ -5,6 +5,7 @@
 #include "app/MacroStrip.h"
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
+#include "app/bar/BarView.h"
 #include "kits/interface/Application.h"
 #include "kits/interface/Control.h"
 #include "kits/translation/TranslationUtils.h"
@@ -24,12 +25,8 @@ constexpr float kWidest = 10000;
 
 constexpr float kMainTop = 41;
 
-// The button in the logo bar, in pixels.
-
-constexpr float kSilenceGap = 12;
-constexpr float kSilenceWidth = 59;
-constexpr float kSilenceTop = 13;
-constexpr float kSilenceHeight = 20;
+/// Between the logo bar's pictures and what stands between them, in pixels.
+constexpr float kBarGap = 6;
 
 /// Whether the code is one of a control of the main view.
 bool IsCommand(uint32 code) {
@@ -61,6 +58,9 @@ VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders,
     mainView = new VexaView({0, kMainTop, frame.Width(), frame.Height()}, "VexaView", folders,
                             choices.plugin);
     AddChild(mainView);
+    const BRect logo = logoBar->Bounds();
+    bar = new BarView({barLeft, 2, logo.right - barRight, logo.bottom - 5}, *mainView);
+    logoBar->AddChild(bar);
     strip.view = new MacroStrip(0, frame.Height() + 1, frame.Width(), *mainView);
     strip.room = MacroStrip::PreferredHeight() + 1;
     AddChild(strip.view);
@@ -79,13 +79,8 @@ void VexaWindow::AddBar() {
     logoBar = new BitmapBarView(left, middle, right, bar, "orvo logo", B_FOLLOW_LEFT_RIGHT,
                                 B_WILL_DRAW | B_FRAME_EVENTS);
     AddChild(logoBar);
-    const float end = bar.Width() - (right ? right->Bounds().Width() : 0) - kSilenceGap;
-    auto* silence = new BButton(
-        {end - kSilenceWidth, kSilenceTop, end, kSilenceTop + kSilenceHeight}, "Silence", "Silence",
-        new BMessage(kSilenceCode), B_FOLLOW_RIGHT | B_FOLLOW_TOP);
-    silence->SetToolTip("Ends all that sounds, at once (Esc)");
-    barControls = silence;
-    logoBar->AddChild(barControls);
+    barLeft = (left ? left->Bounds().Width() : 0) + kBarGap;
+    barRight = (right ? right->Bounds().Width() : 0) + kBarGap;
 }
 
 /// Gives the window the size that its parts take, with a main view of that width, or wider where
@@ -119,8 +114,8 @@ void VexaWindow::Arrange() {
         place(*drawer.view, 0, kMainTop, drawer.room - 1, bottom - kMainTop);
     if (strip.view)
         place(*strip.view, 0, bottom + 1, bounds.right, strip.room - 1);
-    if (classic != barControls->IsHidden())
-        classic ? barControls->Hide() : barControls->Show();
+    if (classic != bar->IsHidden())
+        classic ? bar->Hide() : bar->Show();
 }
 
 void VexaWindow::FrameResized(float, float) {
@@ -147,7 +142,6 @@ void VexaWindow::SetClassic(bool on) {
     const float width = mainView->Frame().Width();
     classic = on;
     ApplyColors();
-    logoBar->SetCaption("");
     Fit(width);
 }
 
@@ -189,8 +183,7 @@ void VexaWindow::MessageReceived(BMessage* message) {
         break;
     case B_PULSE:
         mainView->WatchSound();
-        if (!classic)
-            logoBar->SetCaption(mainView->Caption());
+        bar->Refresh();
         break;
     default:
         if (IsCommand(message->what))

@@ -8,6 +8,7 @@
 namespace vexa {
 
 class Attachment;
+class BarView;
 class BitmapBarView;
 class VexaView;
 
@@ -31,6 +32,7 @@ class VexaWindow : public BWindow {
     VexaWindow(BRect frame, const kits::ProgramFolders& folders, const WindowChoices& choices = {});
 
     VexaView& MainView() { return *mainView; }
+    BarView& Bar() { return *bar; }
 
     /// The parts that can be hidden; the window becomes smaller or larger by them.
     enum class Part { Drawer, Strip };
@@ -72,8 +74,10 @@ class VexaWindow : public BWindow {
     bool classic;
     bool dark = false;
     BitmapBarView* logoBar = nullptr;
-    /// What the logo bar holds beside the pictures.
-    BView* barControls = nullptr;
+    /// What the logo bar holds beside its pictures, and the width of these.
+    BarView* bar = nullptr;
+    float barLeft = 0;
+    float barRight = 0;
     /// Null while it is being built, which may take an alert.
     VexaView* mainView = nullptr;
     Pane drawer;

@@ -87,7 +87,7 @@ void SearchAll(benchmark::State& state) {
 }
 
 void Times(benchmark::internal::Benchmark* benchmark) {
-    benchmark->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(1);
+    benchmark->Unit(benchmark::kMillisecond)->UseRealTime()->MeasureProcessCPUTime()->MinTime(1);
 }
 
 BENCHMARK(ListByBank)->Apply(Times);

@@ -30,10 +30,10 @@ constexpr auto kMostTime = std::chrono::milliseconds(20);
 constexpr int64 kMostFrames = 120 * 48000;
 /// Pixels that have one value where a function takes long, in either direction.
 constexpr std::size_t kCoarse = 4;
-/// A value of 0.1 is shown with a third of the full brightness.
-constexpr float kBrightness = 0.5F;
-/// After so many turns most orbits close.
-constexpr int kTurns = 4;
+/// A value of 0.1 is shown with a quarter of the full brightness.
+constexpr float kBrightness = 0.6F;
+/// More than so many turns of one oscillator cover all of a small picture.
+constexpr float kMostTurns = 12;
 constexpr float kOrbit[] = {64, 224, 80};
 
 /// Silence where the sample is too long.
@@ -157,6 +157,18 @@ Orbit OrbitOf(const Sound& sound, const ControllerTable& controllers) {
             p.Fy};
 }
 
+/// Periods of the note after which the orbit closes; 1 where that takes many.
+float PeriodsOf(const Orbit& orbit) {
+    constexpr float kNear = 0.02F;
+    const auto closes = [](float turns) { return std::abs(turns - std::round(turns)) < kNear; };
+    const float most = std::max(std::abs(orbit.turnsX), std::abs(orbit.turnsY));
+    for (float periods = 1; periods * most < kMostTurns && periods < kMostTurns; periods++) {
+        if (closes(periods * orbit.turnsX) && closes(periods * orbit.turnsY))
+            return periods;
+    }
+    return 1;
+}
+
 void DrawOrbit(const Orbit& orbit, const Area& area, std::size_t size, uint8* pixels) {
     // How much of a pixel the line covers, which is about one pixel wide.
     std::vector<float> covered(size * size);
@@ -164,22 +176,21 @@ void DrawOrbit(const Orbit& orbit, const Area& area, std::size_t size, uint8* pi
         if (column < size && row < size)
             covered[row * size + column] = std::max(covered[row * size + column], share);
     };
+    const float end = 2 * std::numbers::pi_v<float> * PeriodsOf(orbit);
     const float length =
-        2 * std::numbers::pi_v<float> * kTurns *
-        (std::abs(orbit.radiusX * orbit.turnsX) + std::abs(orbit.radiusY * orbit.turnsY)) /
+        end * (std::abs(orbit.radiusX * orbit.turnsX) + std::abs(orbit.radiusY * orbit.turnsY)) /
         area.scale;
     if (!std::isfinite(length))
         return;
     const int steps = static_cast<int>(std::clamp(2 * length, 64.0F, 20000.0F));
     for (int i = 0; i < steps; i++) {
-        const float angle = 2 * std::numbers::pi_v<float> * kTurns * static_cast<float>(i) /
-                            static_cast<float>(steps);
+        const float angle = end * static_cast<float>(i) / static_cast<float>(steps);
         const float x = orbit.centreX + orbit.radiusX * std::cos(orbit.turnsX * angle);
         const float y = orbit.centreY + orbit.radiusY * std::sin(orbit.turnsY * angle);
         const float column = (x - area.left) / area.scale;
         const float row = (area.top - y) / area.scale;
-        const auto end = static_cast<float>(size);
-        if (!(column >= 0 && column < end && row >= 0 && row < end))
+        const auto edge = static_cast<float>(size);
+        if (!(column >= 0 && column < edge && row >= 0 && row < edge))
             continue;
         const auto c = static_cast<std::size_t>(column);
         const auto r = static_cast<std::size_t>(row);

@@ -16,7 +16,7 @@ class FolderWatch {
   public:
     /// How often something may have changed in a folder that cannot be watched, as when it is
     /// absent.
-    static constexpr auto kUnwatched = std::chrono::milliseconds(2000);
+    static constexpr auto kUnwatched = std::chrono::milliseconds(1000);
     /// After a change, so that what follows close on it is noticed together with it.
     static constexpr auto kGathering = std::chrono::milliseconds(30);
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "bank/SoundSearch.h"
 
-#include "kits/support/FoldedText.h"
+#include "kits/text/FoldedText.h"
 
 #include <algorithm>
 #include <iterator>

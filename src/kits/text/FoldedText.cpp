@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "kits/support/FoldedText.h"
+#include "kits/text/FoldedText.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -69,7 +69,7 @@ class RenderProgram : public testing::Test {
 TEST_F(RenderProgram, RendersTheDemoTuneInLittleMemory) {
     const CommandResult result = Run({kDemo, Path("demo.flac")});
     EXPECT_EQ(result.exitCode, 0);
-    EXPECT_THAT(result.text, HasSubstr("750 notes"));
+    EXPECT_THAT(result.text, HasSubstr("899 notes"));
     EXPECT_EQ(folder.Count(), 1U);
     if (!test::kSanitized) {
         EXPECT_LT(result.memory, 40'000'000);

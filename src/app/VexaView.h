@@ -3,9 +3,11 @@
 #pragma once
 
 #include "app/ComputerKeyboard.h"
+#include "app/ControllerLearn.h"
 #include "app/FieldId.h"
 #include "app/FormulaPanel.h"
 #include "app/MessageCodes.h"
+#include "app/NumberStep.h"
 #include "audio/AudioGraph.h"
 #include "instrument/Instrument.h"
 #include "instrument/PlaneFollower.h"
@@ -167,6 +169,7 @@ class VexaView : public BView {
     void AddField(FieldId id, std::string_view name, std::string_view text, uint32 code,
                   BRect frame);
     void AddField(FunctionField id, BRect frame);
+    void MakeTurn(FieldId id, std::string_view reset, const NumberRange& range);
     void AddHint();
     void StartGraph();
     void ShowSound();
@@ -178,6 +181,7 @@ class VexaView : public BView {
     void WatchPlugin();
     static void Leave();
     void FollowMacros();
+    void LearnController();
 
     // Messages.
     bool TakeParameter(uint32 code);
@@ -256,6 +260,13 @@ class VexaView : public BView {
     /// The byte of the fault in what is typed, if it has one.
     std::optional<std::size_t> faultPlace;
     int pulsesOfRest = 0;
+
+    /// The field that has the keyboard, and the controllers when it got that.
+    struct Learning {
+        FieldId field;
+        ControllerLearn from;
+    };
+    std::optional<Learning> learning;
 
     FormulaPanel formulas;
 

@@ -95,6 +95,44 @@ TEST_F(VexaViewTest, EveryCoefficientFieldSetsItsParameterAndMarksTheSound) {
     EXPECT_THAT(alerts.texts, ElementsAre(alert, alert));
 }
 
+TEST_F(VexaViewTest, WheelAndArrowsTurnNumbersAndAMovedControllerIsLearned) {
+    Open(false);
+    const auto& sound = view->SoundParam();
+    Enter("Ax0", "0.7");
+    test::TurnWheel(Field("Ax0"), 3);
+    EXPECT_EQ(Field("Ax0").Text(), std::string("0.73"));
+    EXPECT_EQ(sound.Ax0, 0.73F);
+    test::TurnWheel(Field("Ax0"), -2, Qt::ShiftModifier);
+    EXPECT_EQ(sound.Ax0, 0.728F);
+    Field("Ax0").MakeFocus();
+    test::TypeKey(*window, Qt::Key_Up, Qt::ControlModifier);
+    EXPECT_EQ(sound.Ax0, 0.828F);
+    EXPECT_TRUE(Field("Ax0").IsFocus());
+    // A number above 1 goes in steps of its second digit; a width stays positive; the number of a
+    // controller is a whole one from 0 to 127.
+    for (const auto& [field, from, steps, to] :
+         {std::tuple{"Fx", "3", 1, "3.1"}, std::tuple{"Fy", "0.99", 2, "1.01"},
+          std::tuple{"Sc", "0.05", -9, "0.01"}, std::tuple{"Ax4", "125", 5, "127"},
+          std::tuple{"Ay4", "2", -5, "0"}, std::tuple{"Cx1", "-0.3", -1, "-0.31"}}) {
+        Enter(field, from);
+        test::TurnWheel(Field(field), steps);
+        EXPECT_EQ(Field(field).Text(), std::string(to)) << field;
+    }
+    // While no field of a number has the keyboard nothing is learned.
+    view->Playing().controllers[7] = 0.5F;
+    view->Pulse();
+    Field("Ax4").MakeFocus();
+    view->Pulse();
+    view->Playing().controllers[74] = 0.01F;
+    view->Pulse();
+    EXPECT_EQ(sound.Ax4, 127);
+    view->Playing().controllers[74] = 0.4F;
+    view->Pulse();
+    test::Settle();
+    EXPECT_EQ(sound.Ax4, 74);
+    EXPECT_TRUE(alerts.texts.empty());
+}
+
 TEST_F(VexaViewTest, PlaneControlsMoveThePicture) {
     Open(false);
     Enter("LFx", "1.5");

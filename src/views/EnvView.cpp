@@ -352,13 +352,48 @@ void EnvView::MessageReceived(BMessage* message) {
         BView::MessageReceived(message);
 }
 
-std::string EnvView::Describe(std::size_t index) const {
+std::string EnvView::Label(std::size_t index) const {
     const EnvPoint& point = Points()[index];
     const auto rounded = [](float number) {
         return kits::ShortText(std::round(number * 1000.0) / 1000);
     };
     std::string text = point.fku ? "+" : "";
     return text.append(rounded(point.t)).append(" s, ").append(rounded(point.val));
+}
+
+kits::AccessibleThing EnvView::Describe() const {
+    kits::AccessibleThing thing;
+    thing.role = kits::AccessibleRole::Chart;
+    thing.description = std::to_string(Points().size()) + " points";
+    return thing;
+}
+
+/// A point as a slider of its value; its time is told.
+kits::AccessibleThing EnvView::DescribePart(std::size_t index) const {
+    kits::AccessibleThing thing;
+    const EnvPoint& point = Points()[index];
+    const BPoint at = EnvPoint2View(point);
+    thing.role = kits::AccessibleRole::Slider;
+    thing.name = "point " + std::to_string(index + 1) + (point.fku ? ", released" : "");
+    thing.description = Label(index);
+    thing.number = {point.val, Minimum(), Maximum(), kValueStep * (Maximum() - Minimum())};
+    thing.frame = BRect{at.x, at.y, at.x, at.y}.InsetByCopy(-kLargeHandle, -kLargeHandle);
+    thing.chosen = index == chosen;
+    thing.action = "Choose";
+    return thing;
+}
+
+void EnvView::Activate(std::optional<std::size_t> part) {
+    if (!part)
+        return;
+    chosen = *part;
+    MakeFocus();
+    Invalidate();
+}
+
+void EnvView::SetNumber(std::optional<std::size_t> part, double value) {
+    if (part)
+        MovePoint(*part, std::as_const(*this).Points()[*part].t, static_cast<float>(value));
 }
 
 void EnvView::FrameResized(float, float) {
@@ -435,7 +470,7 @@ void EnvView::DrawHandles() {
 void EnvView::DrawLabel(std::size_t index) {
     font_height height;
     GetFontHeight(&height);
-    const std::string text = Describe(index);
+    const std::string text = Label(index);
     const BPoint at = EnvPoint2View(std::as_const(*this).Points()[index]);
     const float width = StringWidth(text) + 2 * kLabelMargin;
     const float tall = height.ascent + height.descent + kLabelMargin;

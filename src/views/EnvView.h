@@ -44,7 +44,13 @@ class EnvView : public BView, public Envelope {
     /// neighbours and the bounds allow; heard at once.
     void MovePoint(std::size_t index, float t, float value);
     /// Time and value, for a person: "0.25 s, 0.8", behind the release "+0.25 s, 0.8".
-    std::string Describe(std::size_t index) const;
+    std::string Label(std::size_t index) const;
+    kits::AccessibleThing Describe() const override;
+    std::size_t CountParts() const override { return Points().size(); }
+    kits::AccessibleThing DescribePart(std::size_t index) const override;
+    void Activate(std::optional<std::size_t> part) override;
+    void SetNumber(std::optional<std::size_t> part, double value) override;
+
     /// The field for numbers; null while there is none.
     BTextControl* Entry() const { return entry; }
 

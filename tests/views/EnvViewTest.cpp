@@ -190,8 +190,8 @@ TEST_F(EnvViewTest, APointTakesNumbersAfterADoubleClick) {
     test::TypeKey(stage.Window(), Qt::Key_Return);
     EXPECT_FALSE(view->Entry());
     EXPECT_EQ(view->Points()[1], (vexa::EnvPoint{0.75F, false, -0.25F}));
-    EXPECT_EQ(view->Describe(1), "0.75 s, -0.25");
-    EXPECT_EQ(view->Describe(2), "+1 s, -0.5");
+    EXPECT_EQ(view->Label(1), "0.75 s, -0.25");
+    EXPECT_EQ(view->Label(2), "+1 s, -0.5");
     // What is beyond its neighbours or the bounds comes as near as it can; what is no pair of
     // numbers is nothing.
     for (const auto& [text, expected] : {std::pair{"99 7", vexa::EnvPoint{view->Split(), false, 1}},

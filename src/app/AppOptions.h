@@ -22,7 +22,7 @@ struct AppOptions {
     Action action = Action::Play;
 
     bool noWindow = false;
-    /// A sound, a function or a sample to start with.
+    /// A sound, a function, a sample or a picture to start with.
     std::optional<std::filesystem::path> file;
     /// A file's path or a sound's name. Without a value: the sound "default".
     std::optional<std::filesystem::path> sound;

@@ -3,7 +3,6 @@
 #pragma once
 
 #include "kits/pictures/PictureFile.h"
-#include "kits/storage/ProgramFolder.h"
 #include "kits/support/Result.h"
 #include "synth/PlaneFunction.h"
 

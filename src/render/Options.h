@@ -29,10 +29,11 @@ struct Options {
 
     /// A file's path or a sound's name. Without a value: the sound "default".
     std::optional<std::filesystem::path> sound;
-    /// These replace the sound's function; at most one of the first two has a value. A frequency
+    /// These replace the sound's function; at most one of the first three has a value. A frequency
     /// (Hz) without a sample is for the sample that the sound brings, if it does.
     std::optional<std::string> function;
     std::optional<std::filesystem::path> sample;
+    std::optional<std::filesystem::path> picture;
     std::optional<double> sampleFrequency;
 
     /// Values, 0..1, of the macros a to d in place of the sound's.

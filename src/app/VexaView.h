@@ -54,6 +54,7 @@ class VexaView : public BView {
 
     void Draw(BRect update) override;
     void Pulse() override;
+    void ColorsChanged() override;
     /// As AudioGraph::Record.
     void Record(kits::Recording* recording) { graph->Record(recording); }
 
@@ -91,6 +92,8 @@ class VexaView : public BView {
     /// audio device, or for how many voices of the function on the plane there is time where those
     /// are fewer than may be chosen.
     std::string Caption() const;
+    const std::string& SoundName() const { return soundName; }
+    const kits::ProgramFolders& Folders() const { return folders; }
 
     /// As Instrument::Prefer.
     void Prefer(const PlayingTexts& choices) { instrument.Prefer(choices); }
@@ -140,6 +143,8 @@ class VexaView : public BView {
     BMenu& VoicesMenu() { return *voicesMenu; }
     BMenu& ChannelMenu() { return *channelMenu; }
     BMenu& DeviceMenu() { return *deviceMenu; }
+    /// Not where a plug-in plays.
+    bool HasGraph() const { return graph != nullptr; }
     AudioGraph& Graph() { return *graph; }
     Instrument& Played() { return instrument; }
     /// What the plane shows: what plays, or what is being typed.
@@ -266,6 +271,7 @@ class VexaView : public BView {
     BMenu* voicesMenu = nullptr;
     BMenu* channelMenu = nullptr;
     BMenu* deviceMenu = nullptr;
+    std::vector<BView*> menuBars;
 
     ComputerKeyboard keyboard;
     /// The source that the user wants, and the number of the one that is connected (0 for none).

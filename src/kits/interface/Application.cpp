@@ -125,7 +125,7 @@ class Toolkit {
   public:
     Toolkit() : application(count, arguments) {
         application.setQuitOnLastWindowClosed(false);
-        SetAppearance(application);
+        SetAppearance();
         const std::string name = ProgramFile().stem();
         QApplication::setWindowIcon(
             QIcon(QString::fromStdString(ContentFolder() / (name + "-icon.png"))));

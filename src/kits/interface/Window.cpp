@@ -17,6 +17,13 @@ namespace kits {
 
 namespace {
 
+void RecolorTree(BView& view) {
+    view.ColorsChanged();
+    view.Invalidate();
+    for (BView* child : view.Children())
+        RecolorTree(*child);
+}
+
 void PulseTree(BView& view) {
     if (view.Flags() & B_PULSE_NEEDED)
         view.Pulse();
@@ -72,7 +79,13 @@ void WindowWidget::SendKey(uint32 what, const QKeyEvent& event) {
 void WindowWidget::keyPressEvent(QKeyEvent* event) {
     if (event->matches(QKeySequence::Quit) || event->matches(QKeySequence::Close)) {
         window.PostMessage(B_QUIT_REQUESTED);
-    } else if (event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) {
+        return;
+    }
+    const KeyPress press = FromQt(*event);
+    const bool commands = press.modifiers & (B_CONTROL_KEY | B_ALT_KEY);
+    if ((commands || press.key != Key::Character) && window.TakeShortcut(press))
+        return;
+    if (event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) {
         event->ignore();
     } else if (!event->isAutoRepeat()) {
         HeldKeys::Instance().Take(event->nativeScanCode(), *this);
@@ -123,6 +136,11 @@ void BWindow::MessageReceived(BMessage* message) {
     } else {
         BLooper::MessageReceived(message);
     }
+}
+
+void BWindow::ColorsChanged() {
+    for (BView* child : children)
+        kits::RecolorTree(*child);
 }
 
 void BWindow::AddChild(BView* child) {
@@ -189,10 +207,10 @@ void BWindow::MoveTo(float x, float y) {
 }
 
 void BWindow::SetSizeLimits(float minWidth, float maxWidth, float minHeight, float maxHeight) {
-    if (flags & (B_NOT_RESIZABLE | B_NOT_V_RESIZABLE))
-        minHeight = maxHeight = frame.Height();
-    if (flags & B_NOT_RESIZABLE)
+    if (flags & B_NOT_RESIZABLE) {
         minWidth = maxWidth = frame.Width();
+        minHeight = maxHeight = frame.Height();
+    }
     widget->setMinimumSize(int(std::ceil(minWidth)) + 1, int(std::ceil(minHeight)) + 1);
     widget->setMaximumSize(int(std::ceil(maxWidth)) + 1, int(std::ceil(maxHeight)) + 1);
 }

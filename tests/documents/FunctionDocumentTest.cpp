@@ -72,8 +72,9 @@ TEST(FunctionDocument, EachKindComesBackFromItsFile) {
         HasSubstr("  <samplefile>x&lt;y&amp;&amp;y&lt;1 ? &amp;lt; : \xC3\xA4</samplefile>\n"
                   "  <frequency>261.6</frequency>\n  <display>"));
     EXPECT_THAT(sample, Not(HasSubstr("<expression>")));
-    EXPECT_THAT(files[FunctionKind::Picture],
-                HasSubstr("<!DOCTYPE vexapicturefunction SYSTEM \"vexa.dtd\">\n\n<vexapicturefunction>\n"));
+    EXPECT_THAT(
+        files[FunctionKind::Picture],
+        HasSubstr("<!DOCTYPE vexapicturefunction SYSTEM \"vexa.dtd\">\n\n<vexapicturefunction>\n"));
     EXPECT_THAT(files[FunctionKind::Picture],
                 HasSubstr("  </info>\n"
                           "  <picturefile>x&lt;y&amp;&amp;y&lt;1 ? &amp;lt; : \xC3\xA4"

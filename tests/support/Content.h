@@ -6,8 +6,8 @@
 
 namespace test {
 
-/// Copies functions, sounds, samples and pictures into a folder, from where nothing changes while tests run:
-/// in the program folder others may compile.
+/// Copies functions, sounds, samples and pictures into a folder, from where nothing changes while
+/// tests run: in the program folder others may compile.
 inline void CopyContent(const std::filesystem::path& folder) {
     using std::filesystem::copy;
     const std::filesystem::path data = std::filesystem::path(VEXA_SOURCE_FOLDER) / "data";

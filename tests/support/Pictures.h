@@ -21,7 +21,7 @@ struct PngForm {
     int depth = 8;
     bool interlaced = false;
     int transparent = 0;
-    std::string exif;
+    std::string exif = {};
 };
 inline png_color PaletteColour(int i) {
     return {png_byte(i * 16), png_byte(255 - i * 3), png_byte(i * i)};

@@ -8,6 +8,7 @@
 #include "kits/midi/MidiLocalProducer.h"
 #include "kits/midi/MidiRoster.h"
 #include "support/Environment.h"
+#include "support/Pictures.h"
 #include "synth/Envelope.h"
 #include "views/EnvView.h"
 #include "views/R2RFView.h"
@@ -317,6 +318,38 @@ TEST_F(VexaViewTest, MacrosAreEditedFollowedAndSaved) {
     EXPECT_EQ(Text("controller a"), "21");
     EXPECT_EQ(a.value, 1);
     EXPECT_FALSE(view->Changed());
+}
+
+TEST_F(VexaViewTest, APictureIsOpenedByItsContentSavedAndLoaded) {
+    Open(false);
+    // Left dark, which is red on the plane, right bright, under a sound file's name.
+    folder.Write("pictures/two.wav", test::Png(2, 1, {}, {25, 255}));
+    view->Open(In("pictures/two.wav"));
+    test::Settle();
+    EXPECT_EQ(view->Kind(), vexa::FunctionKind::Picture);
+    EXPECT_EQ(Text("Fxy"), "");
+    EXPECT_FALSE(Field("SFreq").IsEnabled());
+    EXPECT_EQ(PixelAt(10, 160), 0xCD0000U);
+    EXPECT_EQ(PixelAt(250, 160), 255U);
+    view->SaveFunction("two.xml");
+    Enter("Fxy", "x/");
+    EXPECT_THAT(view->SavingRemark(), HasSubstr("the picture \"two.wav\", which sounds, will"));
+    Enter("Fxy", "0.5");
+    EXPECT_EQ(PixelAt(10, 160), 127U);
+    view->Open(In("functions/two.xml"));
+    test::Settle();
+    EXPECT_EQ(PixelAt(10, 160), 0xCD0000U);
+    EXPECT_EQ(view->ConstructFunction().pictureFile, "two.wav");
+    // Damaged, it leaves what is there; missing in a document, it is silent and not forgotten.
+    view->Open(folder.Write("cut.png", test::Png(2, 1, {}, {9, 9}).substr(0, 50)));
+    EXPECT_THAT(alerts.texts, testing::Contains("Could not load picture"));
+    EXPECT_EQ(PixelAt(10, 160), 0xCD0000U);
+    std::filesystem::remove(In("pictures/two.wav"));
+    view->LoadFunction(In("functions/two.xml"));
+    test::Settle();
+    EXPECT_EQ(PixelAt(10, 160), 0U);
+    EXPECT_THAT(view->SavingRemark(), HasSubstr("picture \"two.wav\" is missing"));
+    EXPECT_EQ(view->ConstructFunction().pictureFile, "two.wav");
 }
 
 TEST_F(VexaViewTest, ASampleTakesTheExpressionsPlaceAndGivesItBack) {

@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "views/Theme.h"
+
+#include "support/WindowStage.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using vexa::ColorSet;
+using vexa::Theme;
+
+/// Of WCAG 2.1: relative luminance, and the ratio of two.
+double Luminance(rgb_color color) {
+    const auto linear = [](uint8 value) {
+        const double s = value / 255.0;
+        return s <= 0.04045 ? s / 12.92 : std::pow((s + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(color.red) + 0.7152 * linear(color.green) + 0.0722 * linear(color.blue);
+}
+
+double Contrast(rgb_color a, rgb_color b) {
+    const double low = std::min(Luminance(a), Luminance(b));
+    const double high = std::max(Luminance(a), Luminance(b));
+    return (high + 0.05) / (low + 0.05);
+}
+
+TEST(Theme, TextAndLinesCanBeSeen) {
+    constexpr double kText = 4.5;
+    constexpr double kLine = 3;
+    for (const ColorSet set : {ColorSet::Light, ColorSet::Dark}) {
+        vexa::ChooseColors(set);
+        const Theme& c = vexa::Colors();
+        const struct {
+            const char* what;
+            rgb_color above;
+            rgb_color below;
+            double least;
+        } pairs[] = {
+            {"text on the panel", c.text, c.panel, kText},
+            {"quiet text on the panel", c.quietText, c.panel, kText},
+            {"text on a row", c.text, c.list, kText},
+            {"text on a row under the pointer", c.text, c.rowHover, kText},
+            {"text on the chosen row", c.text, c.rowChosen, kText},
+            {"quiet text on a row", c.quietText, c.list, kText},
+            {"quiet text on the chosen row", c.quietText, c.rowChosen, kText},
+            {"a star on a row", c.star, c.list, kLine},
+            {"the focus on the panel", c.accent, c.panel, kLine},
+            {"the focus on an envelope", c.accent, c.editor, kLine},
+            {"the edge of a knob", c.knobEdge, c.panel, kLine},
+            {"a sounding key", c.soundingKey, c.blackKey, kLine},
+            {"the scope", c.scopeLine, c.scope, kLine},
+            {"text in a field", c.controls.text, c.controls.field, kText},
+            {"text of a button", c.controls.text, c.controls.buttonBottom, kText},
+            {"text of a button that is pressed", c.controls.text, c.controls.buttonPressed, kText},
+            {"selected text", c.controls.selectedText, c.controls.selection, kText},
+            {"a tip", c.controls.tipText, c.controls.tip, kText},
+            {"text in a wrong field", c.controls.text, c.controls.wrongField, kText},
+            {"the frame of a wrong field", c.controls.wrongFrame, c.panel, kLine},
+            {"the frame of a field", c.controls.fieldFrame, c.controls.field, kLine},
+            {"envelope 1", c.envelopes[0], c.editor, kLine},
+            {"envelope 2", c.envelopes[1], c.editor, kLine},
+            {"envelope 3", c.envelopes[2], c.editor, kLine},
+            {"envelope 4", c.envelopes[3], c.editor, kLine},
+            {"envelope 1 named", c.envelopes[0], c.panel, kText},
+            {"envelope 2 named", c.envelopes[1], c.panel, kText},
+            {"envelope 3 named", c.envelopes[2], c.panel, kText},
+            {"envelope 4 named", c.envelopes[3], c.panel, kText},
+        };
+        for (const auto& pair : pairs)
+            EXPECT_GE(Contrast(pair.above, pair.below), pair.least)
+                << pair.what << (set == ColorSet::Dark ? ", dark" : ", light");
+    }
+    vexa::ChooseColors(ColorSet::Light);
+}
+
+} // namespace

@@ -32,6 +32,11 @@ constexpr uint32 kSampleLoadedCode = FourCC("SMPL");
 /// The logo bar's: ends all that sounds.
 constexpr uint32 kSilenceCode = FourCC("SILE");
 
+// What the drawer lists before the present sound, and after it: that is loaded.
+
+constexpr uint32 kPreviousSoundCode = FourCC("PRVS");
+constexpr uint32 kNextSoundCode = FourCC("NXTS");
+
 /// A program change has come.
 constexpr uint32 kProgramCode = FourCC("PROG");
 

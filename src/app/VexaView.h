@@ -95,6 +95,8 @@ class VexaView : public BView {
     /// are fewer than may be chosen.
     std::string Caption() const;
     const std::string& SoundName() const { return soundName; }
+    /// The file that the sound was loaded from or saved to; empty where there is none.
+    std::filesystem::path SoundPath() const;
     const kits::ProgramFolders& Folders() const { return folders; }
 
     /// As Instrument::Prefer.

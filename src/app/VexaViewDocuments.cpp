@@ -262,6 +262,10 @@ bool VexaView::MayGiveUp(const std::function<void()>& then) {
     return answer == kDiscard;
 }
 
+std::filesystem::path VexaView::SoundPath() const {
+    return soundName.empty() ? "" : folders.Find("sounds", soundName + ".xml");
+}
+
 std::string VexaView::Caption() const {
     std::string caption = soundName + (Changed() ? " *" : "");
     if (graph && !graph->IsConnected())

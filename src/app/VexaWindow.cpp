@@ -6,6 +6,7 @@
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
 #include "app/bar/BarView.h"
+#include "app/drawer/Drawer.h"
 #include "kits/interface/Application.h"
 #include "kits/interface/ScrollView.h"
 #include "kits/translation/TranslationUtils.h"
@@ -13,7 +14,9 @@
 #include "views/Theme.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <iterator>
+#include <system_error>
 
 namespace vexa {
 
@@ -66,6 +69,7 @@ VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders,
     const BRect logo = logoBar->Bounds();
     bar = new BarView({barLeft, 2, logo.right - barRight, logo.bottom - 5}, *mainView);
     logoBar->AddChild(bar);
+    AddDrawer();
     strip.view = new MacroStrip(0, frame.Height() + 1, frame.Width(), *mainView);
     strip.room = MacroStrip::PreferredHeight() + 1;
     AddChild(strip.view);
@@ -87,6 +91,19 @@ void VexaWindow::AddBar() {
     AddChild(logoBar);
     barLeft = (left ? left->Bounds().Width() : 0) + kBarGap;
     barRight = (right ? right->Bounds().Width() : 0) + kBarGap;
+}
+
+/// Without one where the system has no thread left to read sounds.
+void VexaWindow::AddDrawer() {
+    try {
+        sounds = new Drawer({0, kMainTop, Drawer::kWidth, Bounds().bottom}, *mainView);
+    } catch (const std::system_error& fault) {
+        std::fprintf(stderr, "vexa: there is no list of sounds: %s\n", fault.what());
+        return;
+    }
+    drawer.view = sounds;
+    drawer.room = Drawer::kWidth + 1;
+    AddChild(sounds);
 }
 
 /// That no part needs more of.
@@ -181,6 +198,11 @@ void VexaWindow::SetDark(bool on) {
 }
 
 bool VexaWindow::TakeShortcut(const kits::KeyPress& press) {
+    const bool pages = press.key == kits::Key::PageUp || press.key == kits::Key::PageDown;
+    if (pages && press.modifiers == 0 && sounds) {
+        sounds->Step(press.key == kits::Key::PageUp ? -1 : 1);
+        return true;
+    }
     if (press.key == kits::Key::F9 && !classic) {
         ShowPart(Part::Drawer, !IsShown(Part::Drawer));
         return true;
@@ -214,6 +236,13 @@ void VexaWindow::MessageReceived(BMessage* message) {
     case B_PULSE:
         mainView->WatchSound();
         bar->Refresh();
+        if (sounds)
+            sounds->Refresh();
+        break;
+    case kPreviousSoundCode:
+    case kNextSoundCode:
+        if (sounds)
+            sounds->Step(message->what == kNextSoundCode ? 1 : -1);
         break;
     default:
         if (IsCommand(message->what))

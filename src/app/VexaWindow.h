@@ -12,6 +12,7 @@ namespace vexa {
 class Attachment;
 class BarView;
 class BitmapBarView;
+class Drawer;
 class VexaView;
 
 /// How the window begins.
@@ -36,6 +37,7 @@ class VexaWindow : public BWindow {
 
     VexaView& MainView() { return *mainView; }
     BarView& Bar() { return *bar; }
+    Drawer* Sounds() { return sounds; }
 
     /// The parts that can be hidden; the window becomes smaller or larger by them.
     enum class Part { Drawer, Strip };
@@ -66,6 +68,7 @@ class VexaWindow : public BWindow {
     bool Takes(const Pane& pane) const { return pane.view && pane.wanted && !classic; }
     float RoomOf(const Pane& pane) const { return Takes(pane) ? pane.room : 0; }
     void AddBar();
+    void AddDrawer();
     float NeededWidth() const;
     float FullHeight() const;
     void Fit(float mainWidth);
@@ -88,6 +91,8 @@ class VexaWindow : public BWindow {
     VexaView* mainView = nullptr;
     /// Shows it where the window is too small for all of it.
     BScrollView* mainPane = nullptr;
+    /// Null where there is none.
+    Drawer* sounds = nullptr;
     Pane drawer;
     Pane strip;
 };

@@ -36,6 +36,8 @@ constexpr float kVoicesWidth = 92;
 constexpr float kRecordWidth = 44;
 constexpr float kSilenceWidth = 56;
 constexpr float kWidestName = 330;
+constexpr float kArrowWidth = 20;
+constexpr float kArrowHeight = kHeight - 6;
 constexpr float kCorner = 4;
 constexpr float kInset = 8;
 
@@ -81,8 +83,19 @@ BarView::BarView(BRect frame, VexaView& mainView)
     silence->SetOnDark();
     silence->SetToolTip("Ends all that sounds, at once (Esc)");
     AddChild(silence);
+    previous = AddArrow("◀", "previous sound (Page Up)", kPreviousSoundCode);
+    next = AddArrow("▶", "next sound (Page Down)", kNextSoundCode);
     Arrange();
     Refresh();
+}
+
+BButton* BarView::AddArrow(const char* label, const char* words, uint32 code) {
+    auto* button = new BButton({0, 0, kArrowWidth, kArrowHeight}, words, label, new BMessage(code));
+    button->SetOnDark();
+    button->SetAccessibleName(words);
+    button->SetToolTip(words);
+    AddChild(button);
+    return button;
 }
 
 BarView::~BarView() = default;
@@ -234,6 +247,8 @@ void BarView::Arrange() {
     const float width = std::clamp(right, 60.0F, kWidestName);
     const float left = std::floor((right - width) / 2);
     nameBox = {left, top, left + width, top + kHeight};
+    previous->MoveTo(left + 3, top + 3);
+    next->MoveTo(left + width - kArrowWidth - 3, top + 3);
 }
 
 void BarView::Draw(BRect) {
@@ -246,7 +261,7 @@ void BarView::Draw(BRect) {
     FillRoundRect(nameBox, kCorner);
     SetHighColor(kBoxEdge);
     StrokeRoundRect(nameBox, kCorner);
-    const std::string shown = Cut(*this, caption, nameBox.Width() - 2 * kInset);
+    const std::string shown = Cut(*this, caption, nameBox.Width() - 2 * (kInset + kArrowWidth));
     SetHighColor(colors.barText);
     DrawString(shown,
                {std::floor((nameBox.left + nameBox.right - StringWidth(shown)) / 2), baseline});

@@ -17,10 +17,11 @@ namespace vexa {
 
 class VexaView;
 
-/// From left to right: the sound's name with a mark where it has changed and what is worth knowing
-/// of it; the audio device, whose menu chooses it and the MIDI source; the voices and the share of
-/// the time that they take; the button that records, and the one that silences. What a plug-in's
-/// host has is left out where one plays. Window thread.
+/// From left to right: the sound's name, between buttons for the previous one and the next, with a
+/// mark where it has changed and what is worth knowing of it; the audio device, whose menu chooses
+/// it and the MIDI source; the voices and the share of the time that they take; the button that
+/// records, and the one that silences. What a plug-in's host has is left out where one plays.
+/// Window thread.
 class BarView : public BView {
   public:
     /// The bar of the main view, which outlives it, as wide as the frame.
@@ -44,6 +45,7 @@ class BarView : public BView {
 
   private:
     void AddDevice();
+    BButton* AddArrow(const char* label, const char* words, uint32 code);
     void FillDeviceMenu();
     void ShowDevice();
     void ShowVoices();
@@ -53,6 +55,8 @@ class BarView : public BView {
     VexaView& mainView;
     BMenu* deviceMenu = nullptr;
     BMenuField* device = nullptr;
+    BButton* previous = nullptr;
+    BButton* next = nullptr;
     BButton* record = nullptr;
     BButton* silence = nullptr;
     std::unique_ptr<WindowRecorder> recorder;

@@ -249,6 +249,10 @@ void BTextControl::Type(const char* next) {
     line->setText(kits::ToQt(next));
 }
 
+void BTextControl::SetPlaceholder(std::string_view text) {
+    line->setPlaceholderText(kits::ToQt(text));
+}
+
 void BTextControl::SelectAll() {
     line->selectAll();
 }

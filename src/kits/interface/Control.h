@@ -78,6 +78,8 @@ class BTextControl : public BControl {
     /// As if the user had replaced the text, without confirming it.
     void Type(const char* text);
     void SelectAll();
+    /// What the field shows, dimly, while it is empty.
+    void SetPlaceholder(std::string_view text);
     /// As if the user had pressed Enter.
     void Confirm();
 

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// A few words of which one is chosen.
+#pragma once
+
+#include "kits/interface/View.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace vexa {
+
+/// Words in rows, as many in each as there is room for; a click or the arrows choose one. Window
+/// thread.
+class ChipRow : public BView {
+  public:
+    /// `choose` is told of the index of the word that a person has chosen. The first is chosen
+    /// before.
+    ChipRow(BRect frame, const char* name, std::vector<std::string> words,
+            std::function<void(std::size_t index)> choose);
+
+    std::size_t Chosen() const { return chosen; }
+    void Choose(std::size_t index);
+    /// What all rows take, as BRect::Height counts it.
+    float PreferredHeight() const;
+
+    void Draw(BRect update) override;
+    void MouseDown(BPoint where) override;
+    bool KeyDown(const kits::KeyPress& press) override;
+    void FocusChanged() override { Invalidate(); }
+
+    kits::AccessibleThing Describe() const override;
+    std::size_t CountParts() const override { return words.size(); }
+    kits::AccessibleThing DescribePart(std::size_t index) const override;
+    void Activate(std::optional<std::size_t> part) override;
+
+  private:
+    void Place();
+
+    const std::vector<std::string> words;
+    const std::function<void(std::size_t index)> told;
+    std::vector<BRect> places;
+    std::size_t chosen = 0;
+};
+
+} // namespace vexa

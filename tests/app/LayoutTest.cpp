@@ -108,6 +108,7 @@ TEST_P(LayoutTest, ASmallWindowScrolls) {
 }
 
 TEST_P(LayoutTest, TheMacrosStandBelowTheMainViewAndDoNotTouch) {
+    window->ShowPart(vexa::VexaWindow::Part::Drawer, false);
     BView* strip = window->FindView("Macros");
     EXPECT_EQ(window->FindView("main pane")->Frame(), (BRect{0, 41, window->Bounds().right, 510}));
     EXPECT_EQ(strip->Frame(), (BRect{0, 511, window->Bounds().right, window->Bounds().bottom}));

@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/drawer/Drawer.h"
+
+#include "app/MainViewStage.h"
+#include "app/drawer/ChipRow.h"
+#include "app/drawer/SoundListView.h"
+
+#include <algorithm>
+#include <fstream>
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using test::Settle;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class DrawerTest : public test::MainViewTest {
+  protected:
+    /// With the sounds of the program folder, and one that is broken.
+    void OpenDrawer() {
+        std::ofstream(In("sounds/broken.xml")) << "<vexasound><envelope></vexasound>";
+        Open();
+        drawer = window->Sounds();
+        ASSERT_TRUE(drawer);
+        WaitFor([this] { return drawer->List().Rows().size() == Files().size(); });
+    }
+    template<class Condition>
+    void WaitFor(const Condition& condition) {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        while (!condition() && std::chrono::steady_clock::now() < end) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+            drawer->Refresh();
+        }
+        EXPECT_TRUE(condition());
+    }
+    std::vector<std::string> Files() const { return folders.Documents("sounds"); }
+    std::vector<std::string> Listed() const {
+        std::vector<std::string> names;
+        for (const auto& entry : drawer->List().Rows())
+            names.push_back(entry->path.stem());
+        return names;
+    }
+    std::size_t RowOf(const std::string& name) const {
+        const std::vector<std::string> names = Listed();
+        return std::size_t(std::find(names.begin(), names.end(), name) - names.begin());
+    }
+    void LookFor(const char* text) {
+        drawer->SearchField().Type(text);
+        Settle();
+    }
+
+    vexa::Drawer* drawer = nullptr;
+};
+
+TEST_F(DrawerTest, FindsShowsAndLoadsSounds) {
+    OpenDrawer();
+    vexa::SoundListView& list = drawer->List();
+    EXPECT_EQ(list.LoadedRow(), RowOf("default"));
+    LookFor("glass rings");
+    ASSERT_THAT(Listed(), ElementsAre("glass-rings"));
+    list.Activate(0);
+    Settle();
+    EXPECT_EQ(view->SoundName(), "glass-rings");
+    EXPECT_EQ(list.LoadedRow(), 0U);
+    // By a click, on the second row in sight.
+    LookFor("");
+    list.MoveCursor(0);
+    test::Click(list, {100, 80});
+    Settle();
+    EXPECT_EQ(view->SoundName(), Listed()[1]);
+    // One kind; favourites, of which there is none before a star is pressed.
+    for (std::size_t i = 0; i < drawer->Categories().CountParts(); i++) {
+        const std::string word = drawer->Categories().DescribePart(i).name;
+        drawer->Categories().Choose(i);
+        const auto isBass = [](const auto& entry) { return entry->category == "bass"; };
+        EXPECT_EQ(list.Rows().empty(), word == "★") << word;
+        EXPECT_EQ(std::ranges::all_of(list.Rows(), isBass), word == "★" || word == "bass") << word;
+    }
+    drawer->Categories().Choose(0);
+    vexa::Favourites kept;
+    drawer->SetFavourites({}, [&](const vexa::Favourites& next) { kept = next; });
+    list.MoveCursor(0);
+    test::Click(list, {list.Bounds().right - 20, 16});
+    EXPECT_THAT(kept, ElementsAre(Listed()[0] + ".xml"));
+    EXPECT_TRUE(alerts.texts.empty());
+}
+
+TEST_F(DrawerTest, PreviousAndNextGoThroughWhatIsListedAndPassBrokenOnesOver) {
+    OpenDrawer();
+    vexa::SoundListView& list = drawer->List();
+    const std::size_t broken = RowOf("broken");
+    ASSERT_LT(broken, list.Rows().size());
+    EXPECT_THAT(list.Rows()[broken]->fault, HasSubstr("line 1"));
+    list.Activate(broken);
+    Settle();
+    EXPECT_EQ(view->SoundName(), "default");
+    list.Activate(broken - 1);
+    Settle();
+    test::TypeKey(*window, Qt::Key_PageDown);
+    EXPECT_EQ(view->SoundName(), Listed()[broken + 1]);
+    window->ShowPart(vexa::VexaWindow::Part::Drawer, false);
+    test::TypeKey(*window, Qt::Key_PageUp);
+    EXPECT_EQ(view->SoundName(), Listed()[broken - 1]);
+    // Beyond the end it goes on at the beginning.
+    LookFor("glass");
+    const std::vector<std::string> names = Listed();
+    for (std::size_t i = 0; i <= names.size(); i++) {
+        PressButton("next sound (Page Down)");
+        EXPECT_EQ(view->SoundName(), names[i % names.size()]);
+    }
+    // A sound that is saved comes up, one that is deleted goes.
+    LookFor("");
+    view->SaveSound("zz.xml");
+    WaitFor([this] { return RowOf("zz") < Listed().size(); });
+    std::filesystem::remove(In("sounds/zz.xml"));
+    WaitFor([this] { return RowOf("zz") == Listed().size(); });
+    EXPECT_TRUE(alerts.texts.empty());
+}
+
+} // namespace

@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <utility>
 
 namespace vexa {
 
@@ -45,13 +46,16 @@ void VexaView::ErrorAlert(const std::string& text, const std::string& details) {
 }
 
 VexaView::VexaView(BRect frame, const char* name, const kits::ProgramFolders& folders,
-                   Attachment* plugin)
+                   Attachment* plugin, std::shared_ptr<Settings> remembered)
     : BView(frame, name, B_FOLLOW_ALL_SIDES, B_WILL_DRAW | B_PULSE_NEEDED),
       folders(folders),
       plugin(plugin),
+      settings(std::move(remembered)),
       instrument(folders, plugin ? Addons::None : Addons::Following),
       formulas(*be_plain_font()) {
     SetViewColor(kViewColor);
+    if (const std::string author = settings->Get(kAuthorSetting); !author.empty())
+        instrument.SetUser(author);
     AddPlaneControls();
     AddFileButtons();
     AddMenus();
@@ -229,6 +233,7 @@ void VexaView::Draw(BRect) {
 
 void VexaView::Pulse() {
     kits::CollectRetired();
+    settings->Pulse();
     FollowMacros();
     ShowWhatChanges();
     // The formula plays on.

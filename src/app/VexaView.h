@@ -6,6 +6,7 @@
 #include "app/FieldId.h"
 #include "app/FormulaPanel.h"
 #include "app/MessageCodes.h"
+#include "app/Settings.h"
 #include "audio/AudioGraph.h"
 #include "instrument/Instrument.h"
 #include "instrument/PlaneFollower.h"
@@ -47,9 +48,11 @@ class VexaView : public BView {
     /// `folders` are where documents and samples are found and saved. Builds the view and starts
     /// the audio graph; failures are shown by alerts and leave the rest working. Where there is a
     /// `plugin`, which outlives the view, it is that which plays: there is no graph, the view shows
-    /// the plug-in's sound and notes, and what is done here is done there.
+    /// the plug-in's sound and notes, and what is done here is done there. Without `settings`
+    /// nothing is remembered.
     VexaView(BRect frame, const char* name, const kits::ProgramFolders& folders,
-             Attachment* plugin = nullptr);
+             Attachment* plugin = nullptr,
+             std::shared_ptr<Settings> settings = std::make_shared<Settings>());
     ~VexaView() override;
 
     void Draw(BRect update) override;
@@ -140,6 +143,8 @@ class VexaView : public BView {
     BMenu& DeviceMenu() { return *deviceMenu; }
     AudioGraph& Graph() { return *graph; }
     Instrument& Played() { return instrument; }
+    /// What is remembered from one start to the next.
+    Settings& Remembered() const { return *settings; }
     /// What the plane shows: what plays, or what is being typed.
     const PlaneFunction& ShownFunction() const { return shown.Function(); }
     Engine& Playing() { return instrument.Playing(); }
@@ -220,6 +225,7 @@ class VexaView : public BView {
 
     kits::ProgramFolders folders;
     Attachment* const plugin;
+    const std::shared_ptr<Settings> settings;
     /// The number of edits at which the sound was last offered to it, and the pulses since it went.
     uint64 offeredAt = 0;
     int pulsesAlone = 0;

@@ -83,12 +83,12 @@ bool VexaView::Compile(const char* expression) {
     Function function = ConstructFunction();
     function.kind = FunctionKind::Expression;
     function.expression = expression;
-    function.author = kDefaultAuthor;
+    function.author = instrument.User();
     const bool installed = Install(function);
     // A sample that sounds stays what would be saved, as long as the expression is wrong.
     if (!installed && SampleMode()) {
         function = instrument.State().function;
-        function.author = kDefaultAuthor;
+        function.author = instrument.User();
     }
     instrument.Adopt(function);
     if (!SampleMode())
@@ -100,7 +100,7 @@ bool VexaView::LoadSample(const char* path) {
     Function function = ConstructFunction();
     function.kind = FunctionKind::Sample;
     function.sampleFile = SampleFileName(path, folders);
-    function.author = kDefaultAuthor;
+    function.author = instrument.User();
     if (!Install(function))
         return false;
     ShowKind();
@@ -117,7 +117,7 @@ void VexaView::TakeSampleFrequency() {
     // A text that is no frequency leaves the spiral as it is; the picture is shown all the same.
     instrument.SetSampleFrequency(TextOf(FunctionField::Frequency));
     Function function = instrument.State().function;
-    function.author = kDefaultAuthor;
+    function.author = instrument.User();
     instrument.Adopt(function);
     plane->SetupBitmap();
     plane->Invalidate();

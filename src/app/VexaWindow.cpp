@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 namespace vexa {
 
@@ -55,7 +56,7 @@ BRect WithMacros(BRect frame) {
 } // namespace
 
 VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders, bool withDefaultSound,
-                       Attachment* plugin)
+                       Attachment* plugin, std::shared_ptr<Settings> settings)
     : BWindow(WithMacros(frame), "Vexa", B_TITLED_WINDOW, B_NOT_ZOOMABLE | B_NOT_V_RESIZABLE,
               B_CURRENT_WORKSPACE),
       attached(plugin != nullptr) {
@@ -75,8 +76,8 @@ VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders, bool wi
         new BMessage(kSilenceCode), B_FOLLOW_RIGHT | B_FOLLOW_TOP);
     silence->SetToolTip("Ends all that sounds, at once (Esc)");
     logoBar->AddChild(silence);
-    mainView =
-        new VexaView({0, kMainTop, frame.Width(), frame.Height()}, "VexaView", folders, plugin);
+    mainView = new VexaView({0, kMainTop, frame.Width(), frame.Height()}, "VexaView", folders,
+                            plugin, std::move(settings));
     AddChild(mainView);
     AddChild(new MacroStrip(0, frame.Height() + 1, frame.Width(), *mainView));
     const float needed = std::max(mainView->PreferredWidth(), MacroStrip::LeastWidth());

@@ -2,8 +2,11 @@
 // The main window: the logo bar, the main view and the macros.
 #pragma once
 
+#include "app/Settings.h"
 #include "kits/interface/Window.h"
 #include "kits/storage/ProgramFolder.h"
+
+#include <memory>
 
 namespace vexa {
 
@@ -16,9 +19,10 @@ class VexaWindow : public BWindow {
   public:
     /// The frame is that of the logo bar and the main view: the window is higher by the macros, and
     /// wider where a font needs it. Has the default sound, unless told to leave that
-    /// to the caller, or that of the plug-in, as VexaView. Not shown yet.
+    /// to the caller, or that of the plug-in. Plug-in and settings as VexaView. Not shown yet.
     VexaWindow(BRect frame, const kits::ProgramFolders& folders, bool withDefaultSound = true,
-               Attachment* plugin = nullptr);
+               Attachment* plugin = nullptr,
+               std::shared_ptr<Settings> settings = std::make_shared<Settings>());
 
     VexaView& MainView() { return *mainView; }
 

@@ -86,6 +86,10 @@ class Instrument {
     /// Installs silence in the place of a sample that is missing.
     void Silence();
 
+    /// The author of sounds and functions that are edited here; kDefaultAuthor unless set.
+    void SetUser(const std::string& name) { user = name; }
+    const std::string& User() const { return user; }
+
     /// How this and all later sounds are played, as if they said so themselves where a text is
     /// given: a person has chosen it.
     void Prefer(const PlayingTexts& choices);
@@ -142,6 +146,7 @@ class Instrument {
 
     const kits::ProgramFolders folders;
     const Addons addons;
+    std::string user = kDefaultAuthor;
     Sound sound;
     uint64 changes = 0;
     /// The values of the macros that the sound's texts say.

@@ -15,7 +15,7 @@
 
 namespace vexa {
 
-/// The settings of SettingKeys.h, in a file of lines "name = value", where a list has a line for
+/// The settings of SettingKeys.h, in a file as SettingLines.h has it, where a list has a line for
 /// each item. Losing the file loses nothing else. Lines whose name is not known here, and those
 /// that begin with "#", stay in it. Instances of the program share the file: each reads it at its
 /// start and writes what has been set here, so that of each setting the last who set it wins.
@@ -56,9 +56,6 @@ class Settings {
     /// Of each setting the texts behind its name, one but for lists.
     using Texts = std::map<std::string, TextList, std::less<>>;
 
-    struct Line;
-    struct Content;
-    static Content Read(const std::filesystem::path& file);
     static std::string Save(const std::filesystem::path& file, const Texts& changes);
     const std::string* SingleText(const char* name) const;
     void SetTexts(const char* name, TextList texts);

@@ -2,13 +2,12 @@
 #include "app/VexaApplication.h"
 
 #include "app/Attachment.h"
-#include "app/MessageCodes.h"
 #include "app/VexaView.h"
 #include "app/VexaWindow.h"
-#include "kits/interface/Menu.h"
 
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 namespace vexa {
 
@@ -19,40 +18,11 @@ constexpr BRect kFrame = {64, 100, 999, 610};
 
 constexpr const char* kSignature = "application/x-vnd.orvo-Vexa";
 
-/// Chooses the item of a menu whose message has that code.
-void Choose(BMenu& menu, uint32 code) {
-    if (BMenuItem* item = menu.FindItem(code))
-        item->Choose();
-}
-
 } // namespace
 
-VexaApplication::VexaApplication(const AppOptions& options, const kits::ProgramFolders& folders,
-                                 const Tuning& tuning, kits::Recording* recording)
+VexaApplication::VexaApplication(const kits::ProgramFolders& folders, bool withDefaultSound)
     : BApplication(kSignature),
-      window(new VexaWindow(kFrame, folders, !options.sound, nullptr, ReadSettings())) {
-    VexaView& view = window->MainView();
-    view.Playing().consumer.SetTuning(tuning);
-    if (options.mpe)
-        view.Playing().consumer.ExpectMpe();
-    view.FollowPrograms(options.programs);
-    view.Prefer(options.playing);
-    window->Show();
-    view.Record(recording);
-    if (options.sound)
-        view.LoadSound(*options.sound);
-    if (options.file)
-        view.Open(*options.file);
-    // What the command line asks for is no change.
-    view.TakeAsSaved();
-    if (options.voices)
-        Choose(view.VoicesMenu(), VoicesCode(*options.voices));
-    if (options.channel)
-        Choose(view.ChannelMenu(),
-               *options.channel < 0 ? kAllChannelsCode : ChannelCode(*options.channel + 1));
-    // Without any gear a newcomer plays on the keys before him.
-    view.ChooseSource(options.midi.value_or(ComputerKeyboard::kName));
-}
+      window(new VexaWindow(kFrame, folders, withDefaultSound, nullptr, ReadSettings())) {}
 
 VexaApplication::VexaApplication(const kits::ProgramFolders& folders, Attachment& plugin,
                                  std::optional<uint32> into)
@@ -93,7 +63,7 @@ int RunAttached(int descriptor, std::optional<uint32> into, const kits::ProgramF
 } // namespace
 
 int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders, const Tuning& tuning,
-              kits::Recording* recording) {
+              kits::Recording* recording, JoinedSession* joined) {
     if (options.into)
         kits::ChooseXServer();
     if (const auto display = kits::FindDisplay(); !display) {
@@ -105,7 +75,12 @@ int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders, co
     }
     if (options.attach)
         return RunAttached(*options.attach, options.into, folders);
-    VexaApplication(options, folders, tuning, recording).Run();
+    VexaApplication application(folders, !options.sound);
+    if (joined)
+        application.Window().Begin(std::move(joined->session), joined->project, tuning, recording);
+    else
+        application.Window().Begin(options, tuning, recording);
+    application.Run();
     return 0;
 }
 

@@ -232,10 +232,15 @@ void VexaView::Draw(BRect) {
 }
 
 void VexaView::Pulse() {
+    Tend();
+    ShowWhatChanges();
+}
+
+/// What has to go on behind a window that nobody sees too.
+void VexaView::Tend() {
     kits::CollectRetired();
     settings->Pulse();
     FollowMacros();
-    ShowWhatChanges();
     // The formula plays on.
     const FunctionReport addon = instrument.Collect();
     if (!addon)
@@ -249,6 +254,7 @@ void VexaView::Pulse() {
 }
 
 void VexaView::WatchSound() {
+    Tend();
     if (plugin)
         return WatchPlugin();
     switch (graph->Watch()) {

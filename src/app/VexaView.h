@@ -61,7 +61,8 @@ class VexaView : public BView {
     void Record(kits::Recording* recording) { graph->Record(recording); }
 
     /// As AudioGraph::Watch: shows what has become of the sound, and goes on. The program ends
-    /// where the plug-in has gone.
+    /// where the plug-in has gone. To be called some ten times a second, as Pulse, whether the
+    /// window is shown or not.
     void WatchSound();
     void MessageReceived(BMessage* message) override;
 
@@ -95,6 +96,10 @@ class VexaView : public BView {
     /// are fewer than may be chosen.
     std::string Caption() const;
 
+    /// What it is called from now on, as if it had come from a file of that name.
+    void NameSound(const std::string& name) { soundName = name; }
+    const std::string& SoundName() const { return soundName; }
+
     /// As Instrument::Prefer.
     void Prefer(const PlayingTexts& choices) { instrument.Prefer(choices); }
 
@@ -120,9 +125,11 @@ class VexaView : public BView {
     void SetupMidiMenu();
     /// Chooses a source by its name, now or whenever it appears; empty for none.
     void ChooseSource(const std::string& name);
+    const std::string& ChosenSource() const { return chosenSource; }
     /// Whether program changes choose sounds. What has changed of the sound before is given up then
     /// without a question, as nobody could answer while playing.
     void FollowPrograms(bool on);
+    bool FollowsPrograms() const { return followsPrograms; }
     /// The keyboard's keys and the window's focus.
     ComputerKeyboard& Keyboard() { return keyboard; }
     /// Ends all that sounds, at once.
@@ -178,6 +185,8 @@ class VexaView : public BView {
     void WatchPlugin();
     static void Leave();
     void FollowMacros();
+
+    void Tend();
 
     // Messages.
     bool TakeParameter(uint32 code);

@@ -7,6 +7,7 @@
 #include "app/VexaView.h"
 #include "kits/interface/Application.h"
 #include "kits/interface/Control.h"
+#include "kits/interface/Menu.h"
 #include "kits/translation/TranslationUtils.h"
 #include "views/BitmapBarView.h"
 
@@ -45,6 +46,12 @@ bool IsCommand(uint32 code) {
            between(ChannelCode(1), ChannelCode(9)) || between(ChannelCode(10), ChannelCode(16)) ||
            between(VoicesCode(1), VoicesCode(9)) || between(VoicesCode(10), VoicesCode(20)) ||
            std::ranges::any_of(Parameters(), isRow) || std::ranges::any_of(FunctionFields(), isRow);
+}
+
+/// Chooses the item of a menu whose message has that code.
+void Choose(BMenu& menu, uint32 code) {
+    if (BMenuItem* item = menu.FindItem(code))
+        item->Choose();
 }
 
 /// A frame that has room for them below.
@@ -108,6 +115,7 @@ void VexaWindow::MessageReceived(BMessage* message) {
         break;
     case B_PULSE:
         mainView->WatchSound();
+        FollowSession();
         logoBar->SetCaption(mainView->Caption());
         break;
     default:
@@ -118,7 +126,37 @@ void VexaWindow::MessageReceived(BMessage* message) {
     }
 }
 
+void VexaWindow::Begin(const AppOptions& options, const Tuning& tuning,
+                       kits::Recording* recording) {
+    VexaView& view = *mainView;
+    view.Playing().consumer.SetTuning(tuning);
+    if (options.mpe)
+        view.Playing().consumer.ExpectMpe();
+    view.FollowPrograms(options.programs);
+    view.Prefer(options.playing);
+    if (savedProject.windowShown)
+        Show();
+    view.Record(recording);
+    if (options.sound)
+        view.LoadSound(*options.sound);
+    if (options.file)
+        view.Open(*options.file);
+    // What the command line asks for is no change.
+    view.TakeAsSaved();
+    if (options.voices)
+        Choose(view.VoicesMenu(), VoicesCode(*options.voices));
+    if (options.channel)
+        Choose(view.ChannelMenu(),
+               *options.channel < 0 ? kAllChannelsCode : ChannelCode(*options.channel + 1));
+    // Without any gear a newcomer plays on the keys before him.
+    view.ChooseSource(options.midi.value_or(ComputerKeyboard::kName));
+}
+
 bool VexaWindow::QuitRequested() {
+    if (session) {
+        Hide();
+        return false;
+    }
     // Asked again, it finds nothing that is not saved.
     if (!attached && !mainView->MayGiveUp([this] { PostMessage(B_QUIT_REQUESTED); }))
         return false;

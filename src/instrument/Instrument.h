@@ -93,8 +93,10 @@ class Instrument {
     /// How this and all later sounds are played, as if they said so themselves where a text is
     /// given: a person has chosen it.
     void Prefer(const PlayingTexts& choices);
+    const PlayingTexts& Preferred() const { return preferred; }
     /// The voice limit from now on, whatever a sound says: a person or an option has chosen it.
     void ChooseVoices(int32 limit);
+    std::optional<int32> ChosenVoices() const { return chosenVoices; }
     /// The voice limit where neither a person nor the sound says one; 1 unless set.
     void SetUsualVoices(int32 limit);
     /// What LoadRest and the calls before have given the consumer.

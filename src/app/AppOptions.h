@@ -23,6 +23,8 @@ struct AppOptions {
     Action action = Action::Play;
 
     bool noWindow = false;
+    /// The window is the logo bar and the main view alone, in their first colours.
+    bool classic = false;
     /// A sound, a function or a sample to start with.
     std::optional<std::filesystem::path> file;
     /// A file's path or a sound's name. Without a value: the sound "default".

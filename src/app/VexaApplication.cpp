@@ -18,16 +18,31 @@ constexpr BRect kFrame = {64, 100, 999, 610};
 
 constexpr const char* kSignature = "application/x-vnd.orvo-Vexa";
 
+/// The window that remembers and is remembered.
+WindowChoices Remembering() {
+    WindowChoices choices;
+    choices.settings = ReadSettings();
+    choices.classic = choices.settings->Get(kClassicSetting);
+    return choices;
+}
+
 } // namespace
 
-VexaApplication::VexaApplication(const kits::ProgramFolders& folders, bool withDefaultSound)
-    : BApplication(kSignature),
-      window(new VexaWindow(kFrame, folders, withDefaultSound, nullptr, ReadSettings())) {}
+VexaApplication::VexaApplication(const AppOptions& options, const kits::ProgramFolders& folders)
+    : BApplication(kSignature) {
+    WindowChoices choices = Remembering();
+    choices.withDefaultSound = !options.sound;
+    choices.classic |= options.classic;
+    window = new VexaWindow(kFrame, folders, choices);
+}
 
 VexaApplication::VexaApplication(const kits::ProgramFolders& folders, Attachment& plugin,
                                  std::optional<uint32> into)
-    : BApplication(kSignature),
-      window(new VexaWindow(kFrame, folders, false, &plugin, ReadSettings())) {
+    : BApplication(kSignature) {
+    WindowChoices choices = Remembering();
+    choices.withDefaultSound = false;
+    choices.plugin = &plugin;
+    window = new VexaWindow(kFrame, folders, choices);
     if (into)
         window->EmbedInto(*into);
     window->Show();
@@ -75,7 +90,7 @@ int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders, co
     }
     if (options.attach)
         return RunAttached(*options.attach, options.into, folders);
-    VexaApplication application(folders, !options.sound);
+    VexaApplication application(options, folders);
     if (joined)
         application.Window().Begin(std::move(joined->session), joined->project, tuning, recording);
     else

@@ -21,7 +21,7 @@ class VexaWindow;
 class VexaApplication : public BApplication {
   public:
     /// The window is to be told to begin.
-    VexaApplication(const kits::ProgramFolders& folders, bool withDefaultSound);
+    VexaApplication(const AppOptions& options, const kits::ProgramFolders& folders);
     /// Shows what plays in a plug-in, in a window of its own or inside another one.
     VexaApplication(const kits::ProgramFolders& folders, Attachment& plugin,
                     std::optional<uint32> into);
@@ -32,7 +32,7 @@ class VexaApplication : public BApplication {
 
   private:
     /// Deletes itself when it is closed.
-    VexaWindow* window;
+    VexaWindow* window = nullptr;
 };
 
 /// An alert with why the program cannot begin, where there is a display; waits for the answer.

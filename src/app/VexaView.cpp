@@ -11,6 +11,7 @@
 #include "kits/support/Published.h"
 #include "views/EnvView.h"
 #include "views/R2RFView.h"
+#include "views/Theme.h"
 
 #include <algorithm>
 #include <cmath>
@@ -21,8 +22,6 @@ namespace vexa {
 
 namespace {
 
-constexpr rgb_color kViewColor = {204, 204, 204};
-constexpr rgb_color kEditorColor = {180, 180, 180};
 constexpr uint32 kLeftTop = B_FOLLOW_LEFT | B_FOLLOW_TOP;
 
 constexpr float kPlaneUnitsPerPixel = 0.05F;
@@ -53,7 +52,6 @@ VexaView::VexaView(BRect frame, const char* name, const kits::ProgramFolders& fo
       settings(std::move(remembered)),
       instrument(folders, plugin ? Addons::None : Addons::Following),
       formulas(*be_plain_font()) {
-    SetViewColor(kViewColor);
     if (const std::string author = settings->Get(kAuthorSetting); !author.empty())
         instrument.SetUser(author);
     AddPlaneControls();
@@ -61,6 +59,7 @@ VexaView::VexaView(BRect frame, const char* name, const kits::ProgramFolders& fo
     AddMenus();
     AddEnvelopes();
     AddHint();
+    ColorsChanged();
     if (plugin)
         StartAttached();
     else
@@ -163,7 +162,7 @@ void VexaView::AddMenus() {
     };
     for (const auto& row : bars) {
         auto* bar = new BMenuBar(row.frame, row.name, kLeftTop, B_ITEMS_IN_ROW, false);
-        bar->SetViewColor(kViewColor);
+        menuBars.push_back(bar);
         AddChild(bar);
         bar->AddItem(row.menu);
     }
@@ -178,12 +177,11 @@ void VexaView::AddMenus() {
 void VexaView::AddEnvelopes() {
     for (std::size_t i = 0; i < envelopes.size(); i++) {
         const EnvelopePlace& place = EnvelopePlaces()[i];
-        const EnvelopeRow& row = EnvelopeRows()[i];
-        const BRect frame = {kEditorLeft, row.top, Bounds().right - kMargin,
-                             row.top + kEditorHeight};
+        const BRect frame = {kEditorLeft, EnvelopeTops()[i], Bounds().right - kMargin,
+                             EnvelopeTops()[i] + kEditorHeight};
         envelopes[i] =
             new EnvView(frame, "EnvView", place.minimum, place.maximum, kEnvelopeTimeRange,
-                        B_FOLLOW_LEFT_RIGHT, kEditorColor, row.color);
+                        B_FOLLOW_LEFT_RIGHT, Colors().editor, Colors().envelopes[i]);
         Playing().parameters.*place.target = envelopes[i];
         AddCoefficients(place.group);
         AddChild(envelopes[i]);
@@ -225,6 +223,14 @@ void VexaView::ShowSound() {
 
 float VexaView::PreferredWidth() const {
     return std::ceil(formulas.Right()) + kMargin;
+}
+
+void VexaView::ColorsChanged() {
+    SetViewColor(Colors().panel);
+    for (BView* bar : menuBars)
+        bar->SetViewColor(Colors().panel);
+    for (std::size_t i = 0; i < envelopes.size(); i++)
+        envelopes[i]->SetColors(Colors().editor, Colors().envelopes[i]);
 }
 
 void VexaView::Draw(BRect) {

@@ -57,6 +57,7 @@ class VexaView : public BView {
 
     void Draw(BRect update) override;
     void Pulse() override;
+    void ColorsChanged() override;
     /// As AudioGraph::Record.
     void Record(kits::Recording* recording) { graph->Record(recording); }
 
@@ -95,6 +96,7 @@ class VexaView : public BView {
     /// audio device, or for how many voices of the function on the plane there is time where those
     /// are fewer than may be chosen.
     std::string Caption() const;
+    const kits::ProgramFolders& Folders() const { return folders; }
 
     /// What it is called from now on, as if it had come from a file of that name.
     void NameSound(const std::string& name) { soundName = name; }
@@ -148,6 +150,8 @@ class VexaView : public BView {
     BMenu& VoicesMenu() { return *voicesMenu; }
     BMenu& ChannelMenu() { return *channelMenu; }
     BMenu& DeviceMenu() { return *deviceMenu; }
+    /// Not where a plug-in plays.
+    bool HasGraph() const { return graph != nullptr; }
     AudioGraph& Graph() { return *graph; }
     Instrument& Played() { return instrument; }
     /// What is remembered from one start to the next.
@@ -277,6 +281,7 @@ class VexaView : public BView {
     BMenu* voicesMenu = nullptr;
     BMenu* channelMenu = nullptr;
     BMenu* deviceMenu = nullptr;
+    std::vector<BView*> menuBars;
 
     ComputerKeyboard keyboard;
     /// The source that the user wants, and the number of the one that is connected (0 for none).

@@ -61,6 +61,11 @@ void EnvView::SetPoints(const std::vector<EnvPoint>& next) {
     Invalidate();
 }
 
+void EnvView::SetColors(rgb_color behind, rgb_color line) {
+    SetViewColor(behind);
+    lineColor = line;
+}
+
 /// Ends a drag and lets the points be heard.
 void EnvView::Publish() {
     selected.reset();

@@ -26,6 +26,7 @@ class EnvView : public BView, public Envelope {
 
     /// Takes other points, which are heard and shown at once; a drag ends.
     void SetPoints(const std::vector<EnvPoint>& next);
+    void SetColors(rgb_color behind, rgb_color line);
     rgb_color LineColor() const { return lineColor; }
 
     void Draw(BRect update) override;

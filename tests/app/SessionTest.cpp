@@ -28,8 +28,9 @@ class SessionTest : public test::MainViewTest {
         auto joined = vexa::JoinSession(options);
         ASSERT_TRUE(joined && *joined) << (joined ? "" : joined.Fault().text);
         project = (*joined)->project;
-        window = new vexa::VexaWindow({64, 100, 999, 610}, folders, !project.options.sound, nullptr,
-                                      settings);
+        window = new vexa::VexaWindow(
+            {64, 100, 999, 610}, folders,
+            {.withDefaultSound = !project.options.sound, .settings = settings});
         view = &window->MainView();
         window->Begin(std::move((*joined)->session), project,
                       *vexa::ReadTuning(project.options.tuning), nullptr);

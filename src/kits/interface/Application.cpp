@@ -70,7 +70,7 @@ bool XAnswers() {
 
 Result<void> FindDisplay() {
     const std::string platform = Environment("QT_QPA_PLATFORM");
-    if (platform == "offscreen" || platform == "minimal")
+    if (platform.starts_with("offscreen") || platform == "minimal")
         return {};
     const std::string display = Environment("DISPLAY");
     if ((platform != kXPlatform && WaylandAnswers()) || (!display.empty() && XAnswers()))
@@ -125,7 +125,7 @@ class Toolkit {
   public:
     Toolkit() : application(count, arguments) {
         application.setQuitOnLastWindowClosed(false);
-        SetAppearance(application);
+        SetAppearance();
         const std::string name = ProgramFile().stem();
         QApplication::setWindowIcon(
             QIcon(QString::fromStdString(ContentFolder() / (name + "-icon.png"))));

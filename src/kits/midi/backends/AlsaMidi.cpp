@@ -34,9 +34,8 @@ class AlsaMidi final : public MidiBackend {
         std::vector<std::string> names;
         for (unsigned i = 0; i < input->getPortCount(); i++)
             names.push_back(input->getPortName(i));
-        std::erase_if(names, [](const std::string& name) {
-            return name.starts_with(ClientName() + ":");
-        });
+        std::erase_if(names,
+                      [](const std::string& name) { return name.starts_with(ClientName() + ":"); });
         return names;
     }
 

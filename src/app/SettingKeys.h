@@ -33,7 +33,7 @@ inline const SettingKey<std::string> kScaleSetting{"tuning-scale"};
 inline const SettingKey<std::string> kKeymapSetting{"tuning-keymap"};
 inline const SettingKey<double> kA4Setting{"a4"};
 
-/// Sounds by full path, the one that was opened last at the head.
+/// Files by full path, the one that was opened last at the head.
 inline const SettingKey<TextList> kRecentSetting{"recent"};
 /// The most that are kept of them.
 constexpr std::size_t kMostRecent = 10;

@@ -77,7 +77,7 @@ int RunAttached(int descriptor, std::optional<uint32> into, const kits::ProgramF
 
 } // namespace
 
-int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders, const Tuning& tuning,
+int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders,
               kits::Recording* recording, JoinedSession* joined) {
     if (options.into)
         kits::ChooseXServer();
@@ -92,9 +92,9 @@ int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders, co
         return RunAttached(*options.attach, options.into, folders);
     VexaApplication application(options, folders);
     if (joined)
-        application.Window().Begin(std::move(joined->session), joined->project, tuning, recording);
+        application.Window().Begin(std::move(joined->session), joined->project, recording);
     else
-        application.Window().Begin(options, tuning, recording);
+        application.Window().Begin(options, recording);
     application.Run();
     return 0;
 }

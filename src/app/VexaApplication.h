@@ -41,7 +41,7 @@ void ShowFault(const std::string& text);
 /// Runs the window until it is closed, or the plug-in goes that it is attached to; the program's
 /// exit code. 1, with a message, where there is no display or no plug-in. The recording, or null,
 /// is left to the caller to finish. Where there is a session, the options are its project's.
-int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders, const Tuning& tuning,
+int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders,
               kits::Recording* recording, JoinedSession* joined);
 
 } // namespace vexa

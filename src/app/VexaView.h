@@ -15,6 +15,7 @@
 #include "kits/storage/ProgramFolder.h"
 #include "midi/ProgramSelector.h"
 #include "synth/ParameterTable.h"
+#include "tuning/TuningChoice.h"
 
 #include <array>
 #include <filesystem>
@@ -80,6 +81,9 @@ class VexaView : public BView {
     /// takes the place of one that has changed.
     void Open(const std::filesystem::path& path);
     bool LoadFunction(const std::filesystem::path& path);
+    /// Tunes the keys; where that fails it is shown, and the tuning stays.
+    bool Tune(const TuningChoice& choice);
+    const TuningChoice& Tuned() const { return tuned; }
     /// Into the folder sounds or functions, under a plain file name.
     void SaveSound(const std::string& name);
     void SaveFunction(const std::string& name);
@@ -208,7 +212,14 @@ class VexaView : public BView {
     static std::string ChosenPath(const BMessage& message);
     bool MaySave() const;
     bool MayReplace(const BMessage& message, const char* folder, const std::string& name);
-    void OpenFunction(const std::string& path) { LoadFunction(path); }
+    bool TakeOpening(const BMessage& message);
+    void TakeDrop(const BMessage& message);
+    void Remember(const std::filesystem::path& file);
+    void ChooseTuning(const TuningChoice& choice);
+    void OpenAny(const std::string& path) { Open(path); }
+    void OpenScale(const std::string& path);
+    void OpenKeymap(const std::string& path);
+    void OpenFunction(const std::string& path);
     void OpenSound(const std::string& path);
     void OpenSample(const std::string& path);
 
@@ -287,6 +298,8 @@ class VexaView : public BView {
     /// The source that the user wants, and the number of the one that is connected (0 for none).
     std::string chosenSource;
     int32 connectedSource = 0;
+
+    TuningChoice tuned;
 
     bool followsPrograms = false;
     ProgramSelector programs{Playing().consumer, BMessenger(this), kProgramCode};

@@ -109,7 +109,8 @@ bool VexaView::LoadSample(const char* path) {
 }
 
 void VexaView::OpenSample(const std::string& path) {
-    LoadSample(path.c_str());
+    if (LoadSample(path.c_str()))
+        Remember(path);
 }
 
 void VexaView::TakeSampleFrequency() {

@@ -1,12 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/VexaWindow.h"
 
+#include "app/About.h"
 #include "app/FieldId.h"
 #include "app/MacroStrip.h"
+#include "app/MainMenu.h"
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
 #include "app/bar/BarView.h"
+#include "kits/interface/Alert.h"
 #include "kits/interface/Application.h"
+#include "kits/interface/Desktop.h"
 #include "kits/interface/Menu.h"
 #include "kits/interface/ScrollView.h"
 #include "kits/translation/TranslationUtils.h"
@@ -14,6 +18,7 @@
 #include "views/Theme.h"
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 #include <utility>
 
@@ -32,12 +37,13 @@ constexpr float kMainTop = 41;
 
 /// Between the logo bar's pictures and what stands between them, in pixels.
 constexpr float kBarGap = 6;
+constexpr float kMenuWidth = 34;
 
 /// Whether the code is one of a control of the main view.
 bool IsCommand(uint32 code) {
     static constexpr uint32 kCommands[] = {
         kExpressionTypedCode, kLoadFunctionCode, kSaveFunctionCode, kLoadSoundCode,
-        kSaveSoundCode,       kLoadSampleCode,   kAllChannelsCode,
+        kSaveSoundCode,       kLoadSampleCode,   kAllChannelsCode,  B_SIMPLE_DATA,
     };
     const auto between = [code](uint32 first, uint32 last) {
         return first <= code && code <= last;
@@ -47,6 +53,17 @@ bool IsCommand(uint32 code) {
            between(ChannelCode(1), ChannelCode(9)) || between(ChannelCode(10), ChannelCode(16)) ||
            between(VoicesCode(1), VoicesCode(9)) || between(VoicesCode(10), VoicesCode(20)) ||
            std::ranges::any_of(Parameters(), isRow) || std::ranges::any_of(FunctionFields(), isRow);
+}
+
+TuningChoice RememberedTuning(const Settings& settings) {
+    TuningChoice choice;
+    if (const std::string scale = settings.Get(kScaleSetting); !scale.empty())
+        choice.scale = scale;
+    if (const std::string keymap = settings.Get(kKeymapSetting); !keymap.empty())
+        choice.keymap = keymap;
+    if (const double a4 = settings.Get(kA4Setting); a4 > 0)
+        choice.a4 = a4;
+    return choice;
 }
 
 /// Chooses the item of a menu whose message has that code.
@@ -64,6 +81,7 @@ VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders,
       mainHeight(frame.Height()),
       classic(choices.classic) {
     SetPulseRate(kPulseRate);
+    TakeDrops();
     ApplyColors();
     AddBar();
     mainView = new VexaView({0, kMainTop, frame.Width(), frame.Height()}, "VexaView", folders,
@@ -94,6 +112,16 @@ void VexaWindow::AddBar() {
                                 B_WILL_DRAW | B_FRAME_EVENTS);
     AddChild(logoBar);
     barLeft = (left ? left->Bounds().Width() : 0) + kBarGap;
+    auto* items = new BPopUpMenu("☰", false, false);
+    items->SetOpening([this](BMenu& opened) { FillMainMenu(opened, *this); });
+    menu = new BMenuField({barLeft, 0, barLeft + kMenuWidth, BMenuField::PreferredHeight()},
+                          "main menu", nullptr, items);
+    menu->MoveTo(barLeft, std::floor((logoBar->Bounds().Height() - menu->Bounds().Height()) / 2));
+    menu->SetOnDark();
+    menu->SetAccessibleName("main menu");
+    menu->SetToolTip("Files, tuning, help");
+    logoBar->AddChild(menu);
+    barLeft += kMenuWidth + kBarGap;
     barRight = (right ? right->Bounds().Width() : 0) + kBarGap;
 }
 
@@ -145,6 +173,8 @@ void VexaWindow::Arrange() {
         place(*strip.view, 0, bottom + 1, bounds.right, strip.room - 1);
     if (classic != bar->IsHidden())
         classic ? bar->Hide() : bar->Show();
+    if (classic != menu->IsHidden())
+        classic ? menu->Hide() : menu->Show();
 }
 
 /// Hides what leaves the main view too little of the screen.
@@ -188,7 +218,34 @@ void VexaWindow::SetDark(bool on) {
     ApplyColors();
 }
 
+/// From now on and at the next start.
+void VexaWindow::ChooseClassic(bool on) {
+    SetClassic(on);
+    mainView->Remembered().Set(kClassicSetting, on);
+}
+
+void VexaWindow::ShowManual() {
+    const auto page = FindManual();
+    if (!page)
+        return VexaView::ErrorAlert("The manual is not installed.",
+                                    "It is in docs/manual of the source.");
+    kits::ShowFile(*page, [page = page->string()](const std::string& reason) {
+        auto* alert = new BAlert("Help", ("The manual cannot be shown. It is\n" + page).c_str(),
+                                 "Ok", nullptr, nullptr, B_WIDTH_AS_USUAL, B_WARNING_ALERT);
+        alert->SetDetails(reason);
+        alert->Show();
+    });
+}
+
 bool VexaWindow::TakeShortcut(const kits::KeyPress& press) {
+    if (press.key == kits::Key::F1) {
+        ShowManual();
+        return true;
+    }
+    if (press.key == kits::Key::F11) {
+        ChooseClassic(!classic);
+        return true;
+    }
     if (press.key == kits::Key::F9 && !classic) {
         ShowPart(Part::Drawer, !IsShown(Part::Drawer));
         return true;
@@ -215,6 +272,18 @@ void VexaWindow::MessageReceived(BMessage* message) {
     case kSilenceCode:
         mainView->SilenceAll();
         break;
+    case kClassicCode:
+        ChooseClassic(!classic);
+        break;
+    case kHelpCode:
+        ShowManual();
+        break;
+    case kAboutCode: {
+        auto* alert = new BAlert("About Vexa", AboutText().c_str(), "Ok");
+        alert->SetDetails(LibrariesText());
+        alert->Show();
+        break;
+    }
     case B_KEY_UP:
     case B_WINDOW_ACTIVATED:
         mainView->Keyboard().Take(*message);
@@ -232,10 +301,10 @@ void VexaWindow::MessageReceived(BMessage* message) {
     }
 }
 
-void VexaWindow::Begin(const AppOptions& options, const Tuning& tuning,
-                       kits::Recording* recording) {
+void VexaWindow::Begin(const AppOptions& options, kits::Recording* recording) {
     VexaView& view = *mainView;
-    view.Playing().consumer.SetTuning(tuning);
+    const bool asks = options.tuning.scale || options.tuning.keymap || options.tuning.a4;
+    view.Tune(asks || session ? options.tuning : RememberedTuning(view.Remembered()));
     if (options.mpe)
         view.Playing().consumer.ExpectMpe();
     view.FollowPrograms(options.programs);
@@ -255,7 +324,7 @@ void VexaWindow::Begin(const AppOptions& options, const Tuning& tuning,
         Choose(view.ChannelMenu(),
                *options.channel < 0 ? kAllChannelsCode : ChannelCode(*options.channel + 1));
     // Without any gear a newcomer plays on the keys before him.
-    view.ChooseSource(options.midi.value_or(ComputerKeyboard::kName));
+    view.ChooseSource(options.midi.value_or(view.Remembered().Get(kSourceSetting)));
 }
 
 bool VexaWindow::QuitRequested() {

@@ -8,10 +8,10 @@
 #include "kits/interface/Window.h"
 #include "kits/media/Recording.h"
 #include "kits/storage/ProgramFolder.h"
-#include "tuning/Tuning.h"
 
 #include <memory>
 
+class BMenuField;
 class BScrollView;
 
 namespace vexa {
@@ -58,10 +58,11 @@ class VexaWindow : public BWindow, private SessionClient {
     void SetDark(bool on);
 
     /// Shows the window and has it do what the options ask for, with alerts where that fails.
-    void Begin(const AppOptions& options, const Tuning& tuning, kits::Recording* recording);
+    /// What they leave open is as it was remembered.
+    void Begin(const AppOptions& options, kits::Recording* recording);
     /// The same in a session, whose manager is told how it went. From then on closing the window
     /// hides it, and what it shows is saved where the manager wants it.
-    void Begin(std::unique_ptr<Session> session, const Project& project, const Tuning& tuning,
+    void Begin(std::unique_ptr<Session> session, const Project& project,
                kits::Recording* recording);
     bool InSession() const { return session != nullptr; }
 
@@ -90,6 +91,8 @@ class VexaWindow : public BWindow, private SessionClient {
     bool Takes(const Pane& pane) const { return pane.view && pane.wanted && !classic; }
     float RoomOf(const Pane& pane) const { return Takes(pane) ? pane.room : 0; }
     void AddBar();
+    void ShowManual();
+    void ChooseClassic(bool on);
     float NeededWidth() const;
     float FullHeight() const;
     void Fit(float mainWidth);
@@ -106,6 +109,7 @@ class VexaWindow : public BWindow, private SessionClient {
     BitmapBarView* logoBar = nullptr;
     /// What the logo bar holds beside its pictures, and the width of these.
     BarView* bar = nullptr;
+    BMenuField* menu = nullptr;
     float barLeft = 0;
     float barRight = 0;
     /// Null while it is being built, which may take an alert.

@@ -9,7 +9,7 @@
 namespace vexa {
 
 void VexaWindow::Begin(std::unique_ptr<Session> joined, const Project& project,
-                       const Tuning& tuning, kits::Recording* recording) {
+                       kits::Recording* recording) {
     session = std::move(joined);
     const bool isNew = !ProjectExists(session->Project());
     // What cannot be read of it is known before. The manager does not wait for a person who reads
@@ -17,7 +17,7 @@ void VexaWindow::Begin(std::unique_ptr<Session> joined, const Project& project,
     if (!isNew)
         session->TellOpened({}, false);
     savedProject = project;
-    Begin(project.options, tuning, recording);
+    Begin(project.options, recording);
     if (!isNew)
         mainView->NameSound(project.soundName);
     savedProject = PresentProject();
@@ -37,6 +37,7 @@ Project VexaWindow::PresentProject() {
     project.options.voices = mainView->Played().ChosenVoices();
     project.options.channel = mainView->Graph().Consumer().Channel();
     project.options.midi = mainView->ChosenSource();
+    project.options.tuning = mainView->Tuned();
     project.options.programs = mainView->FollowsPrograms();
     project.options.playing = mainView->Played().Preferred();
     return project;

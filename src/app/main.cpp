@@ -42,7 +42,7 @@ int Play(const vexa::AppOptions& options, const kits::ProgramFolders& folders,
     const int exitCode =
         options.noWindow
             ? vexa::PlayWithoutWindow(options, folders, tuning, recording.get(), joined)
-            : vexa::RunWindow(options, folders, tuning, recording.get(), joined);
+            : vexa::RunWindow(options, folders, recording.get(), joined);
     if (exitCode != 0 || !recording)
         return exitCode;
     const auto finished = recording->Finish();

@@ -32,8 +32,7 @@ class SessionTest : public test::MainViewTest {
             {64, 100, 999, 610}, folders,
             {.withDefaultSound = !project.options.sound, .settings = settings});
         view = &window->MainView();
-        window->Begin(std::move((*joined)->session), project,
-                      *vexa::ReadTuning(project.options.tuning), nullptr);
+        window->Begin(std::move((*joined)->session), project, nullptr);
         test::Settle();
     }
     bool ManagerHears(const std::string& text) {
@@ -175,7 +174,7 @@ TEST_F(SessionTest, AWindowWhoseManagerHasGoneIsShownAndIsAsAnyOther) {
     window = new vexa::VexaWindow({64, 100, 999, 610}, folders);
     vexa::Project hidden;
     hidden.windowShown = false;
-    window->Begin(*std::move(joined), hidden, vexa::Tuning(), nullptr);
+    window->Begin(*std::move(joined), hidden, nullptr);
     EXPECT_TRUE(window->IsHidden());
     const auto pulse = [&] {
         BMessage message(B_PULSE);

@@ -3,6 +3,7 @@
 #include "app/About.h"
 #include "app/MainMenu.h"
 #include "app/MainViewStage.h"
+#include "documents/FunctionDocument.h"
 #include "kits/interface/backends/WindowWidget.h"
 #include "kits/storage/ReadFile.h"
 #include "support/Environment.h"
@@ -57,8 +58,10 @@ class OpeningTest : public test::MainViewTest {
         return Drop(data);
     }
     fs::path Function(const char* name, const char* expression) const {
-        return folder.Write(name, std::string("<vexafunction><expression>") + expression +
-                                      "</expression></vexafunction>");
+        vexa::Function function;
+        function.expression = expression;
+        EXPECT_TRUE(vexa::WriteFunction(In(name), function));
+        return In(name);
     }
     /// The item of the main menu, in it or in a menu below; marked as it is at present.
     BMenuItem& Item(const std::string& label) {

@@ -14,7 +14,7 @@ import tempfile
 
 # Kits that know no windows: all that the engine may use of them.
 ENGINE_KITS = ["kits/support", "kits/storage", "kits/application", "kits/kernel", "kits/maths",
-               "kits/media", "kits/midi"]
+               "kits/media", "kits/midi", "kits/pictures"]
 ALL_KITS = ENGINE_KITS + ["kits/network", "kits/interface", "kits/translation"]
 ENGINE = ["synth", "tuning", "midi", "audio", "formula", "functions", "xml", "documents", "instrument"]
 
@@ -29,6 +29,7 @@ ALLOWED = {
     "kits/media": ["kits/support", "kits/storage", "kits/application", "kits/kernel", "kits/maths"],
     "kits/midi": ["kits/support", "kits/storage", "kits/application", "kits/kernel"],
     "kits/network": ["kits/support"],
+    "kits/pictures": ["kits/support", "kits/storage"],
     "kits/interface": ["kits/support", "kits/storage", "kits/application", "kits/kernel"],
     "kits/translation": ["kits/support", "kits/storage", "kits/application", "kits/kernel",
                          "kits/interface"],

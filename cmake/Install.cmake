@@ -13,6 +13,7 @@ install(DIRECTORY data/functions data/sounds ${VEXA_MADE_CONTENT}/samples ${VEXA
 install(FILES data/demo.mid data/shipped-content DESTINATION ${VEXA_INSTALLED_CONTENT})
 
 if(VEXA_WINDOW)
+    install(DIRECTORY docs/manual DESTINATION ${VEXA_INSTALLED_CONTENT} PATTERN tools EXCLUDE)
     install(FILES ${VEXA_ARTWORK} DESTINATION ${VEXA_INSTALLED_CONTENT})
     set(id org.orvo.Vexa)
     install(FILES data/desktop/${id}.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)

@@ -15,7 +15,7 @@ import tempfile
 # Kits that know no windows: all that the engine may use of them.
 ENGINE_KITS = ["kits/support", "kits/storage", "kits/application", "kits/kernel", "kits/maths",
                "kits/media", "kits/midi", "kits/pictures"]
-ALL_KITS = ENGINE_KITS + ["kits/interface", "kits/translation"]
+ALL_KITS = ENGINE_KITS + ["kits/network", "kits/interface", "kits/translation"]
 ENGINE = ["synth", "tuning", "midi", "audio", "formula", "functions", "xml", "documents", "instrument"]
 
 # Each folder below src/ and the folders that it may use besides itself.
@@ -28,6 +28,7 @@ ALLOWED = {
     "kits/maths": ["kits/support"],
     "kits/media": ["kits/support", "kits/storage", "kits/application", "kits/kernel", "kits/maths"],
     "kits/midi": ["kits/support", "kits/storage", "kits/application", "kits/kernel"],
+    "kits/network": ["kits/support"],
     "kits/pictures": ["kits/support", "kits/storage"],
     "kits/interface": ["kits/support", "kits/storage", "kits/application", "kits/kernel"],
     "kits/translation": ["kits/support", "kits/storage", "kits/application", "kits/kernel",

@@ -3,6 +3,8 @@
 
 #include "instrument/PlayingOptions.h"
 
+#include <algorithm>
+
 namespace vexa {
 
 namespace {
@@ -89,6 +91,11 @@ kits::Result<AppOptions> ParseAppOptions(std::span<const std::string> arguments)
     if (options.into && !options.attach)
         return kits::Error{"--into goes with --attach"};
     return options;
+}
+
+bool SetAppOption(AppOptions& options, std::string_view name, std::string_view text) {
+    const auto row = std::ranges::find_if(Rows(), [&](const auto& r) { return r.name == name; });
+    return row != Rows().end() && (row->value || text.empty()) && row->set(options, text);
 }
 
 std::vector<kits::OptionText> AppOptionTexts() {

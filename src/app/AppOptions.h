@@ -12,6 +12,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vexa {
@@ -64,6 +65,10 @@ constexpr int kAppUsageExitCode = 2;
 /// Reads the arguments after the program's name. The error names the option and what it allows. Not
 /// to be called by two threads at once.
 kits::Result<AppOptions> ParseAppOptions(std::span<const std::string> arguments);
+
+/// Sets one option, as "--name=text"; an option without a value has an empty text. False where
+/// there is no such option or the text is not allowed.
+bool SetAppOption(AppOptions& options, std::string_view name, std::string_view text);
 
 /// The table of options, of which the help is made, and the pages in packaging/pages.
 std::vector<kits::OptionText> AppOptionTexts();

@@ -40,11 +40,14 @@ class MidiWatch : public kits::MessageTarget {
     std::counting_semaphore<> arrived{0};
 };
 
-class HeadlessPlayer {
+class HeadlessPlayer : private SessionClient {
   public:
     HeadlessPlayer(const AppOptions& options, const kits::ProgramFolders& folders,
-                   const Tuning& tuning)
-        : options(options), folders(folders), instrument(folders, Addons::Following) {
+                   const Tuning& tuning, JoinedSession* joined)
+        : options(options),
+          folders(folders),
+          joined(joined),
+          instrument(folders, Addons::Following) {
         instrument.Playing().consumer.SetTuning(tuning);
         if (options.mpe)
             instrument.Playing().consumer.ExpectMpe();
@@ -54,6 +57,10 @@ class HeadlessPlayer {
 
   private:
     bool LoadSound();
+    void OpenProject();
+    Project PresentProject() const;
+    kits::Result<void> SaveProject() override;
+    bool ProjectHasChanged() override;
     void LoadProgram(int32 number);
     bool Load(const std::filesystem::path& path, bool whole);
     bool WatchSources();
@@ -63,6 +70,8 @@ class HeadlessPlayer {
 
     const AppOptions& options;
     const kits::ProgramFolders& folders;
+    /// Null where there is no session.
+    JoinedSession* const joined;
     /// There was sound at some time.
     bool hadDevice = false;
     bool ending = false;
@@ -105,6 +114,7 @@ int HeadlessPlayer::Run(kits::Recording* recording) {
         std::printf("playing through %s\n", graph.DeviceName().c_str());
     std::fflush(stdout);
     ConnectSource();
+    OpenProject();
 
     const Clock::time_point start = Clock::now();
     while (!interrupt.Requested()) {
@@ -120,6 +130,10 @@ int HeadlessPlayer::Run(kits::Recording* recording) {
         if (const FunctionReport addon = instrument.Collect(); !addon && !interrupt.Requested())
             Say(Text(addon));
         TellOfDevice();
+        if (joined) {
+            instrument.FollowMacros();
+            joined->session->Pulse(*this);
+        }
     }
     ending = true;
     Report(Clock::now() - start);
@@ -171,6 +185,35 @@ bool HeadlessPlayer::LoadSound() {
            !options.sound;
 }
 
+/// In a session: answers that it is open, as it is or, where it is new, as it has just been saved.
+void HeadlessPlayer::OpenProject() {
+    if (!joined)
+        return;
+    const bool isNew = !ProjectExists(joined->session->Project());
+    joined->project = PresentProject();
+    joined->session->TellOpened(isNew ? SaveProject() : kits::Result<void>(), isNew);
+}
+
+Project HeadlessPlayer::PresentProject() const {
+    Project project = joined->project;
+    project.sound = instrument.State();
+    return project;
+}
+
+kits::Result<void> HeadlessPlayer::SaveProject() {
+    Project project = PresentProject();
+    if (auto written = WriteProject(joined->session->Project(), project); !written) {
+        Say(written.Fault().text);
+        return written;
+    }
+    joined->project = std::move(project);
+    return {};
+}
+
+bool HeadlessPlayer::ProjectHasChanged() {
+    return !AreAlike(PresentProject(), joined->project);
+}
+
 /// Where there is no such sound, the one before plays on.
 void HeadlessPlayer::LoadProgram(int32 number) {
     const auto path = FindProgram(folders, number);
@@ -182,7 +225,7 @@ void HeadlessPlayer::LoadProgram(int32 number) {
 
 /// Connects the source that the options name, if it is there and was not before.
 void HeadlessPlayer::ConnectSource() {
-    if (!options.midi)
+    if (!options.midi || options.midi->empty())
         return;
     BMidiRoster* roster = BMidiRoster::MidiRoster();
     BMidiProducer* source = roster ? roster->FindProducer(*options.midi) : nullptr;
@@ -216,8 +259,8 @@ void HeadlessPlayer::Report(Clock::duration played) const {
 } // namespace
 
 int PlayWithoutWindow(const AppOptions& options, const kits::ProgramFolders& folders,
-                      const Tuning& tuning, kits::Recording* recording) {
-    return HeadlessPlayer(options, folders, tuning).Run(recording);
+                      const Tuning& tuning, kits::Recording* recording, JoinedSession* joined) {
+    return HeadlessPlayer(options, folders, tuning, joined).Run(recording);
 }
 
 int ListDevices() {

@@ -23,11 +23,29 @@ constexpr uint32 kSaveFunctionCode = FourCC("FUNS");
 constexpr uint32 kLoadSoundCode = FourCC("SNDL");
 constexpr uint32 kSaveSoundCode = FourCC("SNDS");
 constexpr uint32 kLoadSampleCode = FourCC("SAML");
+constexpr uint32 kOpenCode = FourCC("OPEN");
+constexpr uint32 kLoadScaleCode = FourCC("SCLL");
+constexpr uint32 kLoadKeymapCode = FourCC("KBML");
+constexpr uint32 kOpenedCode = FourCC("OPMS");
+constexpr uint32 kScaleLoadedCode = FourCC("SCMS");
+constexpr uint32 kKeymapLoadedCode = FourCC("KBMS");
 constexpr uint32 kFunctionLoadedCode = FourCC("FLMS");
 constexpr uint32 kFunctionSavedCode = FourCC("FSMS");
 constexpr uint32 kSoundLoadedCode = FourCC("SLMS");
 constexpr uint32 kSoundSavedCode = FourCC("SSMS");
 constexpr uint32 kSampleLoadedCode = FourCC("SMPL");
+
+// The main menu's, besides.
+
+/// Has the string "path".
+constexpr uint32 kOpenRecentCode = FourCC("RECN");
+/// Shows the panel that exports the plane.
+constexpr uint32 kSavePictureCode = FourCC("PICS");
+constexpr uint32 kEqualStepsCode = FourCC("12EQ");
+/// The window is classic from now on, the other way than before.
+constexpr uint32 kClassicCode = FourCC("CLSC");
+constexpr uint32 kHelpCode = FourCC("HELP");
+constexpr uint32 kAboutCode = FourCC("ABOU");
 
 /// The logo bar's: ends all that sounds.
 constexpr uint32 kSilenceCode = FourCC("SILE");

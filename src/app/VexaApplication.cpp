@@ -2,13 +2,12 @@
 #include "app/VexaApplication.h"
 
 #include "app/Attachment.h"
-#include "app/MessageCodes.h"
 #include "app/VexaView.h"
 #include "app/VexaWindow.h"
-#include "kits/interface/Menu.h"
 
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 namespace vexa {
 
@@ -19,46 +18,31 @@ constexpr BRect kFrame = {64, 100, 999, 610};
 
 constexpr const char* kSignature = "application/x-vnd.orvo-Vexa";
 
-/// Chooses the item of a menu whose message has that code.
-void Choose(BMenu& menu, uint32 code) {
-    if (BMenuItem* item = menu.FindItem(code))
-        item->Choose();
+/// The window that remembers and is remembered.
+WindowChoices Remembering() {
+    WindowChoices choices;
+    choices.settings = ReadSettings();
+    choices.classic = choices.settings->Get(kClassicSetting);
+    return choices;
 }
 
 } // namespace
 
-VexaApplication::VexaApplication(const AppOptions& options, const kits::ProgramFolders& folders,
-                                 const Tuning& tuning, kits::Recording* recording)
-    : BApplication(kSignature),
-      window(new VexaWindow(kFrame, folders,
-                            {.withDefaultSound = !options.sound, .classic = options.classic})) {
-    VexaView& view = window->MainView();
-    view.Playing().consumer.SetTuning(tuning);
-    if (options.mpe)
-        view.Playing().consumer.ExpectMpe();
-    view.FollowPrograms(options.programs);
-    view.Prefer(options.playing);
-    window->Show();
-    view.Record(recording);
-    if (options.sound)
-        view.LoadSound(*options.sound);
-    if (options.file)
-        view.Open(*options.file);
-    // What the command line asks for is no change.
-    view.TakeAsSaved();
-    if (options.voices)
-        Choose(view.VoicesMenu(), VoicesCode(*options.voices));
-    if (options.channel)
-        Choose(view.ChannelMenu(),
-               *options.channel < 0 ? kAllChannelsCode : ChannelCode(*options.channel + 1));
-    // Without any gear a newcomer plays on the keys before him.
-    view.ChooseSource(options.midi.value_or(ComputerKeyboard::kName));
+VexaApplication::VexaApplication(const AppOptions& options, const kits::ProgramFolders& folders)
+    : BApplication(kSignature) {
+    WindowChoices choices = Remembering();
+    choices.withDefaultSound = !options.sound;
+    choices.classic |= options.classic;
+    window = new VexaWindow(kFrame, folders, choices);
 }
 
 VexaApplication::VexaApplication(const kits::ProgramFolders& folders, Attachment& plugin,
                                  std::optional<uint32> into)
-    : BApplication(kSignature),
-      window(new VexaWindow(kFrame, folders, {.withDefaultSound = false, .plugin = &plugin})) {
+    : BApplication(kSignature) {
+    WindowChoices choices = Remembering();
+    choices.withDefaultSound = false;
+    choices.plugin = &plugin;
+    window = new VexaWindow(kFrame, folders, choices);
     if (into)
         window->EmbedInto(*into);
     window->Show();
@@ -93,8 +77,8 @@ int RunAttached(int descriptor, std::optional<uint32> into, const kits::ProgramF
 
 } // namespace
 
-int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders, const Tuning& tuning,
-              kits::Recording* recording) {
+int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders,
+              kits::Recording* recording, JoinedSession* joined) {
     if (options.into)
         kits::ChooseXServer();
     if (const auto display = kits::FindDisplay(); !display) {
@@ -106,7 +90,12 @@ int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders, co
     }
     if (options.attach)
         return RunAttached(*options.attach, options.into, folders);
-    VexaApplication(options, folders, tuning, recording).Run();
+    VexaApplication application(options, folders);
+    if (joined)
+        application.Window().Begin(std::move(joined->session), joined->project, recording);
+    else
+        application.Window().Begin(options, recording);
+    application.Run();
     return 0;
 }
 

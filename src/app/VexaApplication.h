@@ -3,6 +3,7 @@
 #pragma once
 
 #include "app/AppOptions.h"
+#include "app/JoinedSession.h"
 #include "kits/interface/Application.h"
 #include "kits/media/Recording.h"
 #include "kits/storage/ProgramFolder.h"
@@ -16,22 +17,22 @@ namespace vexa {
 class Attachment;
 class VexaWindow;
 
-/// Opens the main window. Window thread.
+/// Has the main window. Window thread.
 class VexaApplication : public BApplication {
   public:
-    /// What the options ask for is done once the window is there, with alerts where it fails.
-    /// The recording, or null, as AudioGraph::Record.
-    VexaApplication(const AppOptions& options, const kits::ProgramFolders& folders,
-                    const Tuning& tuning, kits::Recording* recording);
+    /// The window is to be told to begin.
+    VexaApplication(const AppOptions& options, const kits::ProgramFolders& folders);
     /// Shows what plays in a plug-in, in a window of its own or inside another one.
     VexaApplication(const kits::ProgramFolders& folders, Attachment& plugin,
                     std::optional<uint32> into);
 
     void MessageReceived(BMessage* message) override;
 
+    VexaWindow& Window() { return *window; }
+
   private:
     /// Deletes itself when it is closed.
-    VexaWindow* window;
+    VexaWindow* window = nullptr;
 };
 
 /// An alert with why the program cannot begin, where there is a display; waits for the answer.
@@ -39,8 +40,8 @@ void ShowFault(const std::string& text);
 
 /// Runs the window until it is closed, or the plug-in goes that it is attached to; the program's
 /// exit code. 1, with a message, where there is no display or no plug-in. The recording, or null,
-/// is left to the caller to finish.
-int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders, const Tuning& tuning,
-              kits::Recording* recording);
+/// is left to the caller to finish. Where there is a session, the options are its project's.
+int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders,
+              kits::Recording* recording, JoinedSession* joined);
 
 } // namespace vexa

@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <utility>
 
 namespace vexa {
 
@@ -45,12 +46,15 @@ void VexaView::ErrorAlert(const std::string& text, const std::string& details) {
 }
 
 VexaView::VexaView(BRect frame, const char* name, const kits::ProgramFolders& folders,
-                   Attachment* plugin)
+                   Attachment* plugin, std::shared_ptr<Settings> remembered)
     : BView(frame, name, B_FOLLOW_ALL_SIDES, B_WILL_DRAW | B_PULSE_NEEDED),
       folders(folders),
       plugin(plugin),
+      settings(std::move(remembered)),
       instrument(folders, plugin ? Addons::None : Addons::Following),
       formulas(*be_plain_font()) {
+    if (const std::string author = settings->Get(kAuthorSetting); !author.empty())
+        instrument.SetUser(author);
     AddPlaneControls();
     AddFileButtons();
     AddMenus();
@@ -254,10 +258,16 @@ void VexaView::Draw(BRect) {
 }
 
 void VexaView::Pulse() {
-    kits::CollectRetired();
-    FollowMacros();
+    Tend();
     ShowWhatChanges();
     LearnController();
+}
+
+/// What has to go on behind a window that nobody sees too.
+void VexaView::Tend() {
+    kits::CollectRetired();
+    settings->Pulse();
+    FollowMacros();
     // The formula plays on.
     const FunctionReport addon = instrument.Collect();
     if (!addon)
@@ -292,6 +302,7 @@ void VexaView::LearnController() {
 }
 
 void VexaView::WatchSound() {
+    Tend();
     if (plugin)
         return WatchPlugin();
     switch (graph->Watch()) {

@@ -8,6 +8,7 @@
 #include "app/FormulaPanel.h"
 #include "app/MessageCodes.h"
 #include "app/NumberStep.h"
+#include "app/Settings.h"
 #include "audio/AudioGraph.h"
 #include "instrument/Instrument.h"
 #include "instrument/PlaneFollower.h"
@@ -16,6 +17,7 @@
 #include "kits/storage/ProgramFolder.h"
 #include "midi/ProgramSelector.h"
 #include "synth/ParameterTable.h"
+#include "tuning/TuningChoice.h"
 
 #include <array>
 #include <filesystem>
@@ -49,9 +51,11 @@ class VexaView : public BView {
     /// `folders` are where documents, samples and pictures are found and saved. Builds the view and
     /// starts the audio graph; failures are shown by alerts and leave the rest working. Where there
     /// is a `plugin`, which outlives the view, it is that which plays: there is no graph, the view
-    /// shows the plug-in's sound and notes, and what is done here is done there.
+    /// shows the plug-in's sound and notes, and what is done here is done there. Without `settings`
+    /// nothing is remembered.
     VexaView(BRect frame, const char* name, const kits::ProgramFolders& folders,
-             Attachment* plugin = nullptr);
+             Attachment* plugin = nullptr,
+             std::shared_ptr<Settings> settings = std::make_shared<Settings>());
     ~VexaView() override;
 
     void Draw(BRect update) override;
@@ -61,7 +65,8 @@ class VexaView : public BView {
     void Record(kits::Recording* recording) { graph->Record(recording); }
 
     /// As AudioGraph::Watch: shows what has become of the sound, and goes on. The program ends
-    /// where the plug-in has gone.
+    /// where the plug-in has gone. To be called some ten times a second, as Pulse, whether the
+    /// window is shown or not.
     void WatchSound();
     void MessageReceived(BMessage* message) override;
 
@@ -78,6 +83,9 @@ class VexaView : public BView {
     /// sound takes the place of one that has changed.
     void Open(const std::filesystem::path& path);
     bool LoadFunction(const std::filesystem::path& path);
+    /// Tunes the keys; where that fails it is shown, and the tuning stays.
+    bool Tune(const TuningChoice& choice);
+    const TuningChoice& Tuned() const { return tuned; }
     /// Into the folder sounds or functions, under a plain file name.
     void SaveSound(const std::string& name);
     void SaveFunction(const std::string& name);
@@ -94,10 +102,13 @@ class VexaView : public BView {
     /// audio device, or for how many voices of the function on the plane there is time where those
     /// are fewer than may be chosen.
     std::string Caption() const;
-    const std::string& SoundName() const { return soundName; }
     /// The file that the sound was loaded from or saved to; empty where there is none.
     std::filesystem::path SoundPath() const;
     const kits::ProgramFolders& Folders() const { return folders; }
+
+    /// What it is called from now on, as if it had come from a file of that name.
+    void NameSound(const std::string& name) { soundName = name; }
+    const std::string& SoundName() const { return soundName; }
 
     /// As Instrument::Prefer.
     void Prefer(const PlayingTexts& choices) { instrument.Prefer(choices); }
@@ -126,9 +137,11 @@ class VexaView : public BView {
     void SetupMidiMenu();
     /// Chooses a source by its name, now or whenever it appears; empty for none.
     void ChooseSource(const std::string& name);
+    const std::string& ChosenSource() const { return chosenSource; }
     /// Whether program changes choose sounds. What has changed of the sound before is given up then
     /// without a question, as nobody could answer while playing.
     void FollowPrograms(bool on);
+    bool FollowsPrograms() const { return followsPrograms; }
     /// The keyboard's keys and the window's focus.
     ComputerKeyboard& Keyboard() { return keyboard; }
     /// Ends all that sounds, at once.
@@ -151,6 +164,8 @@ class VexaView : public BView {
     bool HasGraph() const { return graph != nullptr; }
     AudioGraph& Graph() { return *graph; }
     Instrument& Played() { return instrument; }
+    /// What is remembered from one start to the next.
+    Settings& Remembered() const { return *settings; }
     /// What the plane shows: what plays, or what is being typed.
     const PlaneFunction& ShownFunction() const { return shown.Function(); }
     Engine& Playing() { return instrument.Playing(); }
@@ -189,6 +204,8 @@ class VexaView : public BView {
     void FollowMacros();
     void LearnController();
 
+    void Tend();
+
     // Messages.
     bool TakeParameter(uint32 code);
     bool TakePlaneControl(uint32 code);
@@ -205,7 +222,14 @@ class VexaView : public BView {
     static std::string ChosenPath(const BMessage& message);
     bool MaySave() const;
     bool MayReplace(const BMessage& message, const char* folder, const std::string& name);
-    void OpenFunction(const std::string& path) { LoadFunction(path); }
+    bool TakeOpening(const BMessage& message);
+    void TakeDrop(const BMessage& message);
+    void Remember(const std::filesystem::path& file);
+    void ChooseTuning(const TuningChoice& choice);
+    void OpenAny(const std::string& path) { Open(path); }
+    void OpenScale(const std::string& path);
+    void OpenKeymap(const std::string& path);
+    void OpenFunction(const std::string& path);
     void OpenSound(const std::string& path);
     void OpenSample(const std::string& path);
 
@@ -235,6 +259,7 @@ class VexaView : public BView {
 
     kits::ProgramFolders folders;
     Attachment* const plugin;
+    const std::shared_ptr<Settings> settings;
     /// The number of edits at which the sound was last offered to it, and the pulses since it went.
     uint64 offeredAt = 0;
     int pulsesAlone = 0;
@@ -290,6 +315,8 @@ class VexaView : public BView {
     /// The source that the user wants, and the number of the one that is connected (0 for none).
     std::string chosenSource;
     int32 connectedSource = 0;
+
+    TuningChoice tuned;
 
     bool followsPrograms = false;
     ProgramSelector programs{Playing().consumer, BMessenger(this), kProgramCode};

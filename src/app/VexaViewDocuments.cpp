@@ -158,7 +158,7 @@ void VexaView::Open(const std::filesystem::path& path) {
         OpenSound(path);
         break;
     case DocumentKind::Function:
-        LoadFunction(path);
+        OpenFunction(path);
         break;
     case DocumentKind::Sample:
     case DocumentKind::Picture:
@@ -195,14 +195,24 @@ void VexaView::SaveSound(const std::string& name) {
     if (!Save(name, "sounds", write))
         return;
     soundName = std::filesystem::path(name).stem().string();
+    Remember(folders.Own("sounds") / name);
     TakeAsSaved();
     if (then)
         then();
 }
 
 void VexaView::OpenSound(const std::string& path) {
-    if (MayGiveUp([this, path] { LoadSound(path); }))
-        LoadSound(path);
+    const auto load = [this, path] {
+        if (LoadSound(path))
+            Remember(path);
+    };
+    if (MayGiveUp(load))
+        load();
+}
+
+void VexaView::OpenFunction(const std::string& path) {
+    if (LoadFunction(path))
+        Remember(path);
 }
 
 void VexaView::TakeAsSaved() {

@@ -84,12 +84,12 @@ bool VexaView::Compile(const char* expression) {
     Function function = ConstructFunction();
     function.kind = FunctionKind::Expression;
     function.expression = expression;
-    function.author = kDefaultAuthor;
+    function.author = instrument.User();
     const bool installed = Install(function);
     // A file that sounds stays what would be saved, as long as the expression is wrong.
     if (!installed && Kind() != FunctionKind::Expression) {
         function = instrument.State().function;
-        function.author = kDefaultAuthor;
+        function.author = instrument.User();
     }
     instrument.Adopt(function);
     if (Kind() == FunctionKind::Expression)
@@ -101,7 +101,7 @@ bool VexaView::LoadSample(const char* path) {
     Function function = ConstructFunction();
     function.kind = FunctionKind::Sample;
     function.sampleFile = folders.NameOf("samples", path);
-    function.author = kDefaultAuthor;
+    function.author = instrument.User();
     if (!Install(function))
         return false;
     ShowKind();
@@ -113,7 +113,7 @@ bool VexaView::LoadPicture(const char* path) {
     Function function = ConstructFunction();
     function.kind = FunctionKind::Picture;
     function.pictureFile = folders.NameOf("pictures", path);
-    function.author = kDefaultAuthor;
+    function.author = instrument.User();
     if (!Install(function))
         return false;
     ShowKind();
@@ -121,10 +121,10 @@ bool VexaView::LoadPicture(const char* path) {
 }
 
 void VexaView::OpenSample(const std::string& path) {
-    if (KindOf(path) == DocumentKind::Picture)
-        LoadPicture(path.c_str());
-    else
-        LoadSample(path.c_str());
+    const bool loaded = KindOf(path) == DocumentKind::Picture ? LoadPicture(path.c_str())
+                                                              : LoadSample(path.c_str());
+    if (loaded)
+        Remember(path);
 }
 
 void VexaView::TakeSampleFrequency() {
@@ -132,7 +132,7 @@ void VexaView::TakeSampleFrequency() {
     // A text that is no frequency leaves the spiral as it is; the picture is shown all the same.
     instrument.SetSampleFrequency(TextOf(FunctionField::Frequency));
     Function function = instrument.State().function;
-    function.author = kDefaultAuthor;
+    function.author = instrument.User();
     instrument.Adopt(function);
     plane->SetupBitmap();
     plane->Invalidate();

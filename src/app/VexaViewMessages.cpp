@@ -36,7 +36,7 @@ std::optional<float> NumberIn(const std::string& text) {
 void VexaView::MessageReceived(BMessage* message) {
     const uint32 code = message->what;
     if (TakeParameter(code) || TakePlaneControl(code) || TakeMenuChoice(code) ||
-        TakePanelCommand(*message) || TakeSource(code))
+        TakePanelCommand(*message) || TakeSource(code) || TakeOpening(*message))
         return;
     switch (code) {
     case kExpressionCode:

@@ -48,6 +48,7 @@ void VexaView::ChooseSource(const std::string& name) {
 bool VexaView::TakeSource(uint32 code) {
     if (code == kNoSourceCode) {
         ChooseSource("");
+        settings->Set(kSourceSetting, chosenSource);
         return true;
     }
     if (code == kFollowProgramsCode) {
@@ -59,8 +60,10 @@ bool VexaView::TakeSource(uint32 code) {
     if (code <= kFirstSourceCode || code - kFirstSourceCode > kMostSources)
         return false;
     const BMenuItem* item = deviceMenu->FindItem(code);
-    if (item)
+    if (item) {
         ChooseSource(item->Label());
+        settings->Set(kSourceSetting, chosenSource);
+    }
     return item != nullptr;
 }
 

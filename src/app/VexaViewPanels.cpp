@@ -18,7 +18,7 @@ struct PanelCommand {
     uint32 button;
     file_panel_mode mode;
     uint32 result;
-    /// One of the program's folders.
+    /// One of the program's folders; null for those that a person has elsewhere.
     const char* folder;
     const char* title;
     void (VexaView::*open)(const std::string& path);
@@ -50,6 +50,11 @@ bool VexaView::TakePanelCommand(const BMessage& message) {
          &VexaView::OpenSound, nullptr},
         {kSaveSoundCode, B_SAVE_PANEL, kSoundSavedCode, "sounds", "Save Sound", nullptr,
          &VexaView::SaveSound},
+        {kOpenCode, B_OPEN_PANEL, kOpenedCode, "sounds", "Open", &VexaView::OpenAny, nullptr},
+        {kLoadScaleCode, B_OPEN_PANEL, kScaleLoadedCode, nullptr, "Scala Scale",
+         &VexaView::OpenScale, nullptr},
+        {kLoadKeymapCode, B_OPEN_PANEL, kKeymapLoadedCode, nullptr, "Keyboard Map",
+         &VexaView::OpenKeymap, nullptr},
         {kLoadSampleCode, B_OPEN_PANEL, kSampleLoadedCode, "samples", "Load Sample",
          &VexaView::OpenSample, nullptr},
     };
@@ -85,13 +90,15 @@ void VexaView::ShowPanel(file_panel_mode mode, uint32 result, const char* folder
     const BMessenger self(this);
     auto panel = std::make_unique<BFilePanel>(mode, &self, nullptr, B_FILE_NODE, false,
                                               new BMessage(result), panelFilter.get(), false, true);
-    panel->SetPanelDirectory(folders.Own(folder).c_str());
+    if (folder)
+        panel->SetPanelDirectory(folders.Own(folder).c_str());
     // What can be loaded is the person's and the program's; what can be replaced is the person's.
-    if (mode == B_OPEN_PANEL)
+    if (folder && mode == B_OPEN_PANEL)
         panel->SetBeneath(folders.Own(folder).c_str(), folders.Shipped(folder).c_str());
     panel->Window()->SetTitle(title);
     // Elsewhere it would ask about a file that is not touched; MayReplace does.
-    panel->AskOnlyIn(folders.Own(folder));
+    if (folder)
+        panel->AskOnlyIn(folders.Own(folder));
     panel->Show();
     panels.push_back(std::move(panel));
 }

@@ -1,22 +1,29 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/VexaWindow.h"
 
+#include "app/About.h"
 #include "app/FieldId.h"
 #include "app/MacroStrip.h"
+#include "app/MainMenu.h"
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
 #include "app/bar/BarView.h"
 #include "app/drawer/Drawer.h"
+#include "kits/interface/Alert.h"
 #include "kits/interface/Application.h"
+#include "kits/interface/Desktop.h"
+#include "kits/interface/Menu.h"
 #include "kits/interface/ScrollView.h"
 #include "kits/translation/TranslationUtils.h"
 #include "views/BitmapBarView.h"
 #include "views/Theme.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <iterator>
 #include <system_error>
+#include <utility>
 
 namespace vexa {
 
@@ -33,12 +40,13 @@ constexpr float kMainTop = 41;
 
 /// Between the logo bar's pictures and what stands between them, in pixels.
 constexpr float kBarGap = 6;
+constexpr float kMenuWidth = 34;
 
 /// Whether the code is one of a control of the main view.
 bool IsCommand(uint32 code) {
     static constexpr uint32 kCommands[] = {
         kExpressionTypedCode, kLoadFunctionCode, kSaveFunctionCode, kLoadSoundCode,
-        kSaveSoundCode,       kLoadSampleCode,   kAllChannelsCode,
+        kSaveSoundCode,       kLoadSampleCode,   kAllChannelsCode,  B_SIMPLE_DATA,
     };
     const auto between = [code](uint32 first, uint32 last) {
         return first <= code && code <= last;
@@ -50,6 +58,23 @@ bool IsCommand(uint32 code) {
            std::ranges::any_of(Parameters(), isRow) || std::ranges::any_of(FunctionFields(), isRow);
 }
 
+TuningChoice RememberedTuning(const Settings& settings) {
+    TuningChoice choice;
+    if (const std::string scale = settings.Get(kScaleSetting); !scale.empty())
+        choice.scale = scale;
+    if (const std::string keymap = settings.Get(kKeymapSetting); !keymap.empty())
+        choice.keymap = keymap;
+    if (const double a4 = settings.Get(kA4Setting); a4 > 0)
+        choice.a4 = a4;
+    return choice;
+}
+
+/// Chooses the item of a menu whose message has that code.
+void Choose(BMenu& menu, uint32 code) {
+    if (BMenuItem* item = menu.FindItem(code))
+        item->Choose();
+}
+
 } // namespace
 
 VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders,
@@ -59,10 +84,11 @@ VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders,
       mainHeight(frame.Height()),
       classic(choices.classic) {
     SetPulseRate(kPulseRate);
+    TakeDrops();
     ApplyColors();
     AddBar();
     mainView = new VexaView({0, kMainTop, frame.Width(), frame.Height()}, "VexaView", folders,
-                            choices.plugin);
+                            choices.plugin, choices.settings);
     mainPane = new BScrollView(mainView->Frame(), "main pane");
     AddChild(mainPane);
     mainPane->SetTarget(mainView, mainView->PreferredWidth(), mainView->Frame().Height());
@@ -90,6 +116,16 @@ void VexaWindow::AddBar() {
                                 B_WILL_DRAW | B_FRAME_EVENTS);
     AddChild(logoBar);
     barLeft = (left ? left->Bounds().Width() : 0) + kBarGap;
+    auto* items = new BPopUpMenu("☰", false, false);
+    items->SetOpening([this](BMenu& opened) { FillMainMenu(opened, *this); });
+    menu = new BMenuField({barLeft, 0, barLeft + kMenuWidth, BMenuField::PreferredHeight()},
+                          "main menu", nullptr, items);
+    menu->MoveTo(barLeft, std::floor((logoBar->Bounds().Height() - menu->Bounds().Height()) / 2));
+    menu->SetOnDark();
+    menu->SetAccessibleName("main menu");
+    menu->SetToolTip("Files, tuning, help");
+    logoBar->AddChild(menu);
+    barLeft += kMenuWidth + kBarGap;
     barRight = (right ? right->Bounds().Width() : 0) + kBarGap;
 }
 
@@ -154,6 +190,8 @@ void VexaWindow::Arrange() {
         place(*strip.view, 0, bottom + 1, bounds.right, strip.room - 1);
     if (classic != bar->IsHidden())
         classic ? bar->Hide() : bar->Show();
+    if (classic != menu->IsHidden())
+        classic ? menu->Hide() : menu->Show();
 }
 
 /// Hides what leaves the main view too little of the screen.
@@ -197,10 +235,37 @@ void VexaWindow::SetDark(bool on) {
     ApplyColors();
 }
 
+/// From now on and at the next start.
+void VexaWindow::ChooseClassic(bool on) {
+    SetClassic(on);
+    mainView->Remembered().Set(kClassicSetting, on);
+}
+
+void VexaWindow::ShowManual() {
+    const auto page = FindManual();
+    if (!page)
+        return VexaView::ErrorAlert("The manual is not installed.",
+                                    "It is in docs/manual of the source.");
+    kits::ShowFile(*page, [page = page->string()](const std::string& reason) {
+        auto* alert = new BAlert("Help", ("The manual cannot be shown. It is\n" + page).c_str(),
+                                 "Ok", nullptr, nullptr, B_WIDTH_AS_USUAL, B_WARNING_ALERT);
+        alert->SetDetails(reason);
+        alert->Show();
+    });
+}
+
 bool VexaWindow::TakeShortcut(const kits::KeyPress& press) {
     const bool pages = press.key == kits::Key::PageUp || press.key == kits::Key::PageDown;
     if (pages && press.modifiers == 0 && sounds) {
         sounds->Step(press.key == kits::Key::PageUp ? -1 : 1);
+        return true;
+    }
+    if (press.key == kits::Key::F1) {
+        ShowManual();
+        return true;
+    }
+    if (press.key == kits::Key::F11) {
+        ChooseClassic(!classic);
         return true;
     }
     if (press.key == kits::Key::F9 && !classic) {
@@ -229,12 +294,25 @@ void VexaWindow::MessageReceived(BMessage* message) {
     case kSilenceCode:
         mainView->SilenceAll();
         break;
+    case kClassicCode:
+        ChooseClassic(!classic);
+        break;
+    case kHelpCode:
+        ShowManual();
+        break;
+    case kAboutCode: {
+        auto* alert = new BAlert("About Vexa", AboutText().c_str(), "Ok");
+        alert->SetDetails(LibrariesText());
+        alert->Show();
+        break;
+    }
     case B_KEY_UP:
     case B_WINDOW_ACTIVATED:
         mainView->Keyboard().Take(*message);
         break;
     case B_PULSE:
         mainView->WatchSound();
+        FollowSession();
         bar->Refresh();
         if (sounds)
             sounds->Refresh();
@@ -252,7 +330,37 @@ void VexaWindow::MessageReceived(BMessage* message) {
     }
 }
 
+void VexaWindow::Begin(const AppOptions& options, kits::Recording* recording) {
+    VexaView& view = *mainView;
+    const bool asks = options.tuning.scale || options.tuning.keymap || options.tuning.a4;
+    view.Tune(asks || session ? options.tuning : RememberedTuning(view.Remembered()));
+    if (options.mpe)
+        view.Playing().consumer.ExpectMpe();
+    view.FollowPrograms(options.programs);
+    view.Prefer(options.playing);
+    if (savedProject.windowShown)
+        Show();
+    view.Record(recording);
+    if (options.sound)
+        view.LoadSound(*options.sound);
+    if (options.file)
+        view.Open(*options.file);
+    // What the command line asks for is no change.
+    view.TakeAsSaved();
+    if (options.voices)
+        Choose(view.VoicesMenu(), VoicesCode(*options.voices));
+    if (options.channel)
+        Choose(view.ChannelMenu(),
+               *options.channel < 0 ? kAllChannelsCode : ChannelCode(*options.channel + 1));
+    // Without any gear a newcomer plays on the keys before him.
+    view.ChooseSource(options.midi.value_or(view.Remembered().Get(kSourceSetting)));
+}
+
 bool VexaWindow::QuitRequested() {
+    if (session) {
+        Hide();
+        return false;
+    }
     // Asked again, it finds nothing that is not saved.
     if (!attached && !mainView->MayGiveUp([this] { PostMessage(B_QUIT_REQUESTED); }))
         return false;

@@ -2,9 +2,16 @@
 // The main window and its parts.
 #pragma once
 
+#include "app/Project.h"
+#include "app/Session.h"
+#include "app/Settings.h"
 #include "kits/interface/Window.h"
+#include "kits/media/Recording.h"
 #include "kits/storage/ProgramFolder.h"
 
+#include <memory>
+
+class BMenuField;
 class BScrollView;
 
 namespace vexa {
@@ -23,12 +30,14 @@ struct WindowChoices {
     Attachment* plugin = nullptr;
     /// The logo bar and the main view alone.
     bool classic = false;
+    /// What is remembered from one start to the next; else that is forgotten.
+    std::shared_ptr<Settings> settings = std::make_shared<Settings>();
 };
 
 /// The logo bar, below it the drawer at the left and the main view, below these the strip; drawer
 /// and strip can be hidden. Can be made wider, not taller, and smaller: then the main view scrolls.
 /// Closing it ends the program. Window thread.
-class VexaWindow : public BWindow {
+class VexaWindow : public BWindow, private SessionClient {
   public:
     /// The frame is that of the logo bar and the main view: with the other parts the window is
     /// larger, and wider where a font needs it; what does not fit on the screen is hidden or
@@ -50,12 +59,28 @@ class VexaWindow : public BWindow {
     /// Dark or light colours, where it is not classic.
     void SetDark(bool on);
 
+    /// Shows the window and has it do what the options ask for, with alerts where that fails.
+    /// What they leave open is as it was remembered.
+    void Begin(const AppOptions& options, kits::Recording* recording);
+    /// The same in a session, whose manager is told how it went. From then on closing the window
+    /// hides it, and what it shows is saved where the manager wants it.
+    void Begin(std::unique_ptr<Session> session, const Project& project,
+               kits::Recording* recording);
+    bool InSession() const { return session != nullptr; }
+
     void MessageReceived(BMessage* message) override;
     bool TakeShortcut(const kits::KeyPress& press) override;
     void FrameResized(float width, float height) override;
     bool QuitRequested() override;
 
   private:
+    kits::Result<void> SaveProject() override;
+    bool ProjectHasChanged() override;
+    bool WindowIsShown() override { return !IsHidden(); }
+    void ShowWindow(bool shown) override;
+    Project PresentProject();
+    void FollowSession();
+
     /// What can be hidden, and the room that it takes: of the window's width or height.
     struct Pane {
         BView* view = nullptr;
@@ -69,6 +94,8 @@ class VexaWindow : public BWindow {
     float RoomOf(const Pane& pane) const { return Takes(pane) ? pane.room : 0; }
     void AddBar();
     void AddDrawer();
+    void ShowManual();
+    void ChooseClassic(bool on);
     float NeededWidth() const;
     float FullHeight() const;
     void Fit(float mainWidth);
@@ -85,10 +112,14 @@ class VexaWindow : public BWindow {
     BitmapBarView* logoBar = nullptr;
     /// What the logo bar holds beside its pictures, and the width of these.
     BarView* bar = nullptr;
+    BMenuField* menu = nullptr;
     float barLeft = 0;
     float barRight = 0;
     /// Null while it is being built, which may take an alert.
     VexaView* mainView = nullptr;
+    std::unique_ptr<Session> session;
+    /// The project as it was opened or saved last, with what the window cannot change.
+    Project savedProject;
     /// Shows it where the window is too small for all of it.
     BScrollView* mainPane = nullptr;
     /// Null where there is none.

@@ -2,6 +2,7 @@
 // vexa: the synthesizer, played live.
 #include "app/AppOptions.h"
 #include "app/HeadlessPlayer.h"
+#include "app/JoinedSession.h"
 #include "app/VexaApplication.h"
 #include "kits/application/GuardedMain.h"
 #include "kits/storage/ProgramFolder.h"
@@ -11,6 +12,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,7 +31,7 @@ int Fail(const std::string& text, int exitCode) {
 }
 
 int Play(const vexa::AppOptions& options, const kits::ProgramFolders& folders,
-         const vexa::Tuning& tuning) {
+         const vexa::Tuning& tuning, vexa::JoinedSession* joined) {
     std::unique_ptr<kits::Recording> recording;
     if (options.record) {
         auto begun = kits::Recording::Begin(*options.record);
@@ -37,9 +39,10 @@ int Play(const vexa::AppOptions& options, const kits::ProgramFolders& folders,
             return Fail("--record: " + begun.Fault().text, 1);
         recording = *std::move(begun);
     }
-    const int exitCode = options.noWindow
-                             ? vexa::PlayWithoutWindow(options, folders, tuning, recording.get())
-                             : vexa::RunWindow(options, folders, tuning, recording.get());
+    const int exitCode =
+        options.noWindow
+            ? vexa::PlayWithoutWindow(options, folders, tuning, recording.get(), joined)
+            : vexa::RunWindow(options, folders, recording.get(), joined);
     if (exitCode != 0 || !recording)
         return exitCode;
     const auto finished = recording->Finish();
@@ -80,10 +83,22 @@ int Run(const std::vector<std::string>& texts) {
             return Fail("--sound: " + sound.Fault().text, 1);
         options->sound = *sound;
     }
+    std::optional<vexa::JoinedSession> session;
+    if (!options->attach) {
+        auto joined = vexa::JoinSession(*options);
+        if (!joined)
+            return Fail(joined.Fault().text, 1);
+        session = *std::move(joined);
+        if (session)
+            *options = session->project.options;
+    }
     const auto tuning = vexa::ReadTuning(options->tuning);
-    if (!tuning)
+    if (!tuning) {
+        if (session)
+            session->session->TellOpened(tuning.Fault(), false);
         return Fail(tuning.Fault().text, 1);
-    return Play(*options, *folders, *tuning);
+    }
+    return Play(*options, *folders, *tuning, session ? &*session : nullptr);
 }
 
 } // namespace

@@ -219,7 +219,7 @@ bool Instrument::Wind(const std::string& frequency) {
 
 TextFault Instrument::Edit(const Parameter& row, const std::string& text) {
     sound.texts[static_cast<std::size_t>(&row - Parameters().data())] = text;
-    sound.author = kDefaultAuthor;
+    sound.author = user;
     changes++;
     return ApplyText(row, text, engine.parameters);
 }
@@ -283,7 +283,7 @@ void Instrument::SetMacros(const Function& function) {
 
 TextFault Instrument::EditMacroValue(std::size_t macro, const std::string& text) {
     sound.function.macros[macro].value = text;
-    sound.function.author = kDefaultAuthor;
+    sound.function.author = user;
     changes++;
     const TextFault fault = ApplyMacroValue(text, saidMacros[macro]);
     toldMacros[macro] = saidMacros[macro].value;
@@ -292,7 +292,7 @@ TextFault Instrument::EditMacroValue(std::size_t macro, const std::string& text)
 
 TextFault Instrument::EditMacroController(std::size_t macro, const std::string& text) {
     sound.function.macros[macro].controller = text;
-    sound.function.author = kDefaultAuthor;
+    sound.function.author = user;
     changes++;
     return ApplyMacroController(text, saidMacros[macro]);
 }

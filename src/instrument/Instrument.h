@@ -89,11 +89,17 @@ class Instrument {
     /// Installs silence in the place of a sample or picture that is missing.
     void Silence();
 
+    /// The author of sounds and functions that are edited here; kDefaultAuthor unless set.
+    void SetUser(const std::string& name) { user = name; }
+    const std::string& User() const { return user; }
+
     /// How this and all later sounds are played, as if they said so themselves where a text is
     /// given: a person has chosen it.
     void Prefer(const PlayingTexts& choices);
+    const PlayingTexts& Preferred() const { return preferred; }
     /// The voice limit from now on, whatever a sound says: a person or an option has chosen it.
     void ChooseVoices(int32 limit);
+    std::optional<int32> ChosenVoices() const { return chosenVoices; }
     /// The voice limit where neither a person nor the sound says one; 1 unless set.
     void SetUsualVoices(int32 limit);
     /// What LoadRest and the calls before have given the consumer.
@@ -148,6 +154,7 @@ class Instrument {
 
     const kits::ProgramFolders folders;
     const Addons addons;
+    std::string user = kDefaultAuthor;
     Sound sound;
     uint64 changes = 0;
     /// The values of the macros that the sound's texts say.

@@ -18,6 +18,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -43,7 +44,7 @@ class MainViewTest : public testing::Test {
     /// Opens the window and lets it settle. What is alerted meanwhile is forgotten.
     void Open(bool withDefaultSound = true) {
         window = new vexa::VexaWindow({64, 100, 999, 610}, folders,
-                                      {.withDefaultSound = withDefaultSound});
+                                      {.withDefaultSound = withDefaultSound, .settings = settings});
         view = &window->MainView();
         window->Show();
         window->Activate();
@@ -118,6 +119,8 @@ class MainViewTest : public testing::Test {
     AlertLog alerts;
     TemporaryFolder folder;
     kits::ProgramFolders folders{folder.Path()};
+    /// Of nobody.
+    std::shared_ptr<vexa::Settings> settings = std::make_shared<vexa::Settings>();
     vexa::VexaWindow* window = nullptr;
     vexa::VexaView* view = nullptr;
 };

@@ -514,6 +514,7 @@ TEST_F(VexaViewTest, WithoutASourceKeysAreSilent) {
 }
 
 TEST_F(VexaViewTest, TheAuthorIsTheDocumentsUntilSomethingIsEdited) {
+    settings->Set(vexa::kAuthorSetting, std::string("Cleo"));
     Open(false);
     vexa::Sound sound = view->ConstructSound();
     sound.author = "Anna";
@@ -524,12 +525,12 @@ TEST_F(VexaViewTest, TheAuthorIsTheDocumentsUntilSomethingIsEdited) {
     EXPECT_EQ(view->SoundAuthor(), "Anna");
     // The coefficients' messages, which loading has posted, are edits of the sound.
     test::Settle();
-    EXPECT_EQ(view->SoundAuthor(), "Beta User");
+    EXPECT_EQ(view->SoundAuthor(), "Cleo");
     EXPECT_EQ(view->FunctionAuthor(), "Bert");
     Enter("Sc", "10");
     EXPECT_EQ(view->FunctionAuthor(), "Bert");
     Enter("Fxy", "x");
-    EXPECT_EQ(view->FunctionAuthor(), "Beta User");
+    EXPECT_EQ(view->FunctionAuthor(), "Cleo");
 }
 
 TEST_F(VexaViewTest, WhatIsNotSavedIsMarkedAndAskedAbout) {

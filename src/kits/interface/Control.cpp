@@ -5,10 +5,12 @@
 #include "kits/interface/backends/ViewWidget.h"
 
 #include <QApplication>
+#include <QDragEnterEvent>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMimeData>
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QStyle>
@@ -90,6 +92,13 @@ class BTextControl::Line : public QLineEdit {
     void focusInEvent(QFocusEvent* event) override {
         QLineEdit::focusInEvent(event);
         clicked = event->reason() == Qt::MouseFocusReason;
+    }
+    // A file would become its address; the window may have a use for it.
+    void dragEnterEvent(QDragEnterEvent* event) override {
+        if (event->mimeData()->hasUrls())
+            event->ignore();
+        else
+            QLineEdit::dragEnterEvent(event);
     }
     // The press that enters the field comes after the focus, and places the cursor.
     void mousePressEvent(QMouseEvent* event) override {

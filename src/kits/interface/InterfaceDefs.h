@@ -62,6 +62,10 @@ constexpr uint32 B_ALT_KEY = 4;
 /// Where the pointer has come from, in MouseMoved.
 enum : uint32 { B_ENTERED_VIEW, B_INSIDE_VIEW, B_EXITED_VIEW };
 
+/// What was dropped onto a window that takes drops: entry_ref "refs", one for each file, or string
+/// "text".
+constexpr uint32 B_SIMPLE_DATA = FourCC("DATA");
+
 /// Ends a looper or the application.
 constexpr uint32 B_QUIT_REQUESTED = FourCC("_QRQ");
 /// A key that no text field wanted, with int32 "key" (the key's place on the keyboard, as the X

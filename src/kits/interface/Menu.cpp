@@ -48,6 +48,10 @@ class Opener : public QToolButton {
 BMenuItem::BMenuItem(const char* label, BMessage* message, char)
     : BInvoker(message), label(label) {}
 
+BMenuItem::BMenuItem(BMenu* below) : BInvoker(nullptr), label(below->Name()), submenu(below) {}
+
+BMenuItem::~BMenuItem() = default;
+
 void BMenuItem::SetMarked(bool mark) {
     if (mark && menu && menu->IsRadioMode()) {
         for (const std::unique_ptr<BMenuItem>& item : menu->items)
@@ -144,12 +148,19 @@ void BMenu::Fill(QMenu& toolkit) {
     if (opening)
         opening(*this);
     toolkit.clear();
+    qDeleteAll(toolkit.findChildren<QMenu*>(Qt::FindDirectChildrenOnly));
     // Of a group, so that the mark looks like one of many.
     delete toolkit.findChild<QActionGroup*>();
     auto* group = radio ? new QActionGroup(&toolkit) : nullptr;
     for (const std::unique_ptr<BMenuItem>& item : items) {
         if (dynamic_cast<const BSeparatorItem*>(item.get())) {
             toolkit.addSeparator();
+            continue;
+        }
+        if (BMenu* below = item->Submenu()) {
+            QMenu* beside = toolkit.addMenu(kits::ToQt(item->Label()).replace("&", "&&"));
+            beside->setFont(toolkit.font());
+            below->Fill(*beside);
             continue;
         }
         // A single & would be taken for the mark of a shortcut.

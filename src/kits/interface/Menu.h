@@ -19,12 +19,17 @@ class BMenuItem : public BInvoker {
   public:
     /// Takes the message, which may be null.
     BMenuItem(const char* label, BMessage* message, char shortcut = 0);
+    /// Opens that menu, which it takes, beside itself.
+    explicit BMenuItem(BMenu* submenu);
+    ~BMenuItem() override;
 
     const char* Label() const { return label.c_str(); }
     bool IsMarked() const { return marked; }
     /// In a menu of radio mode the others lose their mark.
     void SetMarked(bool mark);
     BMenu* Menu() const { return menu; }
+    /// Null where the item is none that opens a menu.
+    BMenu* Submenu() const { return submenu.get(); }
 
     /// As if the user had chosen the item.
     void Choose();
@@ -34,6 +39,7 @@ class BMenuItem : public BInvoker {
     std::string label;
     bool marked = false;
     BMenu* menu = nullptr;
+    std::unique_ptr<BMenu> submenu;
 };
 
 class BSeparatorItem : public BMenuItem {

@@ -8,11 +8,16 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDropEvent>
+#include <QMimeData>
 #include <QPointer>
 #include <QScreen>
+#include <QUrl>
 #include <QWindow>
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
+#include <optional>
 
 namespace kits {
 
@@ -94,6 +99,45 @@ void WindowWidget::keyPressEvent(QKeyEvent* event) {
     }
 }
 
+namespace {
+
+/// What a window is told of it; nothing if it has no use for it.
+std::optional<BMessage> Dropped(const QMimeData& data) {
+    BMessage message(B_SIMPLE_DATA);
+    for (const QUrl& url : data.urls()) {
+        if (!url.isLocalFile())
+            continue;
+        const std::filesystem::path path = url.toLocalFile().toStdString();
+        const entry_ref ref{path.parent_path(), path.filename()};
+        message.AddRef("refs", &ref);
+    }
+    if (message.HasData("refs", B_REF_TYPE))
+        return message;
+    if (data.hasUrls() || !data.hasText())
+        return std::nullopt;
+    message.AddString("text", data.text().toStdString());
+    return message;
+}
+
+} // namespace
+
+void WindowWidget::dragEnterEvent(QDragEnterEvent* event) {
+    if (!Dropped(*event->mimeData()))
+        return;
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+}
+
+void WindowWidget::dropEvent(QDropEvent* event) {
+    const std::optional<BMessage> dropped = Dropped(*event->mimeData());
+    if (!dropped)
+        return;
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    // Not now: the other program waits for the end of this, and a person may be asked.
+    window.PostMessage(*dropped);
+}
+
 void WindowWidget::changeEvent(QEvent* event) {
     if (event->type() != QEvent::ActivationChange)
         return;
@@ -137,6 +181,10 @@ void BWindow::MessageReceived(BMessage* message) {
     } else {
         BLooper::MessageReceived(message);
     }
+}
+
+void BWindow::TakeDrops() {
+    widget->setAcceptDrops(true);
 }
 
 void BWindow::ColorsChanged() {

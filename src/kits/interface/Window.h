@@ -42,6 +42,10 @@ class BWindow : public BLooper {
     /// held.
     virtual bool TakeShortcut(const kits::KeyPress& /*press*/) { return false; }
 
+    /// From now on files can be dropped anywhere in the window, and texts where no field is; they
+    /// come as B_SIMPLE_DATA. What is dragged stays where it was.
+    void TakeDrops();
+
     /// Has all views take their colours anew.
     void ColorsChanged();
 

@@ -4,16 +4,14 @@
 #include "kits/storage/Entry.h"
 #include "kits/storage/Path.h"
 #include "kits/storage/ReadFile.h"
+#include "kits/storage/UserFolders.h"
 
 #include <array>
-#include <cerrno>
 #include <cstdint>
-#include <cstdlib>
 #include <set>
 #include <string_view>
 
 #include <sha2.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace kits {
@@ -29,30 +27,6 @@ constexpr const char* kInstalledContent = KITS_INSTALLED_CONTENT;
 constexpr const char* kDocumentEnding = ".xml";
 /// Nothing that comes with the program is larger (scripts/shipped-content.py), in bytes.
 constexpr std::uintmax_t kLargest = 1 << 20;
-
-Result<fs::path> UserDataFolder() {
-    // An empty or relative $XDG_DATA_HOME does not count (XDG Base Directory, version 0.8).
-    if (const char* data = std::getenv("XDG_DATA_HOME"); data && fs::path(data).is_absolute())
-        return fs::path(data);
-    if (const char* home = std::getenv("HOME"); home && *home)
-        return fs::path(home) / ".local/share";
-    return Error{"no folder for the program's data: neither XDG_DATA_HOME nor HOME is set"};
-}
-
-/// Makes a folder and those above it; what is new is the user's alone, as XDG Base Directory has
-/// it.
-void MakeFolder(const fs::path& folder, std::error_code& error) {
-    if (fs::is_directory(folder, error))
-        return;
-    error.clear();
-    if (folder.has_relative_path())
-        MakeFolder(folder.parent_path(), error);
-    // Another instance may have been quicker.
-    if (!error && ::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST)
-        error = {errno, std::system_category()};
-    if (!error && !fs::is_directory(folder, error) && !error)
-        error = std::make_error_code(std::errc::not_a_directory);
-}
 
 bool IsFile(const fs::path& path) {
     std::error_code ignored;
@@ -167,11 +141,8 @@ Result<ProgramFolders> FindProgramFolders(const fs::path& name, bool inUserFolde
         return data.Fault();
     const fs::path own = *data / name;
     for (const char* folder : kFolders) {
-        std::error_code error;
-        MakeFolder(own / folder, error);
-        if (error)
-            return Error{"could not create the folder " + (own / folder).string() + ": " +
-                         error.message()};
+        if (const Result<void> made = MakeUserFolder(own / folder); !made)
+            return made.Fault();
     }
     return ProgramFolders(own, shipped);
 }

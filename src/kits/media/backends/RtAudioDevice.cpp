@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/kernel/OS.h"
 #include "kits/media/backends/AudioDevice.h"
+#include "kits/support/ClientName.h"
 
 #include <algorithm>
 #include <atomic>
@@ -49,7 +50,7 @@ class RtAudioDevice : public AudioDevice {
         output.nChannels = channels;
         RtAudio::StreamOptions options;
         options.flags = RTAUDIO_SCHEDULE_REALTIME | RTAUDIO_MINIMIZE_LATENCY;
-        options.streamName = "Vexa";
+        options.streamName = ClientName();
         audio.openStream(&output, nullptr, RTAUDIO_FLOAT32, rate, &period, Callback, this, &options,
                          TakeError);
         left.resize(period);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/kernel/OS.h"
 #include "kits/midi/backends/MidiBackend.h"
+#include "kits/support/ClientName.h"
 
 #include <map>
 #include <mutex>
@@ -12,13 +13,11 @@ namespace kits {
 
 namespace {
 
-constexpr const char* kClient = "Vexa";
-
 /// RtMidi tells its faults by exceptions; a warning is none.
 void Ignore(RtMidiError::Type, const std::string&, void*) {}
 
 std::unique_ptr<RtMidiIn> OpenClient() {
-    auto midi = std::make_unique<RtMidiIn>(RtMidi::LINUX_ALSA, kClient);
+    auto midi = std::make_unique<RtMidiIn>(RtMidi::LINUX_ALSA, ClientName());
     // System exclusive data and real-time bytes too: the decoder knows what to do with them.
     midi->ignoreTypes(false, false, false);
     return midi;
@@ -35,9 +34,8 @@ class AlsaMidi final : public MidiBackend {
         std::vector<std::string> names;
         for (unsigned i = 0; i < input->getPortCount(); i++)
             names.push_back(input->getPortName(i));
-        std::erase_if(names, [](const std::string& name) {
-            return name.starts_with(std::string(kClient) + ":");
-        });
+        std::erase_if(names,
+                      [](const std::string& name) { return name.starts_with(ClientName() + ":"); });
         return names;
     }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/support/backends/JackClient.h"
 
+#include "kits/support/ClientName.h"
 #include "kits/support/Room.h"
 
 #include <algorithm>
@@ -90,7 +91,7 @@ Result<std::shared_ptr<JackClient>> JackClient::Open() {
     jack_set_error_function(Quiet);
     jack_set_info_function(Quiet);
     jack_status_t status{};
-    jack_client_t* handle = jack_client_open("Vexa", JackNoStartServer, &status);
+    jack_client_t* handle = jack_client_open(ClientName().c_str(), JackNoStartServer, &status);
     if (!handle)
         return Error{Reason(status)};
     one.exists = true;

@@ -31,9 +31,9 @@ class JackProcessor {
 /// any thread's but the server's and the real-time ones, unless noted.
 class JackClient {
   public:
-    /// The open client, or a new one named "Vexa" (the server numbers further instances). Never
-    /// starts a server. The error says why there is none. Waits for the server's answer. From the
-    /// first call on the program ignores SIGPIPE, unless it has a handler for it.
+    /// The open client, or a new one named ClientName() (the server numbers further instances).
+    /// Never starts a server. The error says why there is none. Waits for the server's answer. From
+    /// the first call on the program ignores SIGPIPE, unless it has a handler for it.
     static Result<std::shared_ptr<JackClient>> Open();
 
     ~JackClient();

@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/MainMenu.h"
+
+#include "app/MessageCodes.h"
+#include "app/VexaView.h"
+#include "app/VexaWindow.h"
+#include "kits/interface/Menu.h"
+
+#include <filesystem>
+#include <utility>
+
+namespace vexa {
+
+namespace {
+
+BMenuItem* Add(BMenu& menu, const std::string& label, uint32 code, const BHandler& target) {
+    auto* item = new BMenuItem(label.c_str(), new BMessage(code));
+    menu.AddItem(item);
+    item->SetTarget(&target);
+    return item;
+}
+
+void AddRecent(BMenu& menu, const VexaView& view) {
+    const TextList recent = view.Remembered().Get(kRecentSetting);
+    if (recent.empty())
+        return;
+    auto* files = new BMenu("Open Recent");
+    for (const std::string& path : recent) {
+        auto* message = new BMessage(kOpenRecentCode);
+        message->AddString("path", path);
+        const std::filesystem::path file = path;
+        auto* item = new BMenuItem(
+            (file.stem().string() + "   –   " + file.parent_path().filename().string()).c_str(),
+            message);
+        files->AddItem(item);
+        item->SetTarget(&view);
+    }
+    menu.AddItem(new BMenuItem(files));
+}
+
+/// What tunes the keys, by the names of the files, and what may be chosen instead.
+void AddTuning(BMenu& menu, const VexaView& view) {
+    const TuningChoice& tuning = view.Tuned();
+    const auto named = [](const char* label, const std::optional<std::filesystem::path>& file) {
+        return file ? std::string(label) + " (" + file->filename().string() + ")…"
+                    : std::string(label) + "…";
+    };
+    auto* choices = new BMenu("Tuning");
+    Add(*choices, named("Scala Scale", tuning.scale), kLoadScaleCode, view)
+        ->SetMarked(tuning.scale.has_value());
+    Add(*choices, named("Keyboard Map", tuning.keymap), kLoadKeymapCode, view)
+        ->SetMarked(tuning.keymap.has_value());
+    choices->AddItem(new BSeparatorItem);
+    Add(*choices, "Twelve Equal Steps", kEqualStepsCode, view)
+        ->SetMarked(!tuning.scale && !tuning.keymap);
+    menu.AddItem(new BMenuItem(choices));
+}
+
+} // namespace
+
+void FillMainMenu(BMenu& menu, VexaWindow& window) {
+    const VexaView& view = window.MainView();
+    menu.RemoveAll();
+    Add(menu, "Open…", kOpenCode, view);
+    AddRecent(menu, view);
+    Add(menu, "Save Sound…", kSaveSoundCode, view);
+    Add(menu, "Save Picture…", kSavePictureCode, view);
+    menu.AddItem(new BSeparatorItem);
+    if (view.HasGraph()) {
+        AddTuning(menu, view);
+        Add(menu, "Program Changes Choose Sounds", kFollowProgramsCode, view)
+            ->SetMarked(view.FollowsPrograms());
+        menu.AddItem(new BSeparatorItem);
+    }
+    Add(menu, "Classic Look (F11)", kClassicCode, window)->SetMarked(window.IsClassic());
+    menu.AddItem(new BSeparatorItem);
+    Add(menu, "Help (F1)", kHelpCode, window);
+    Add(menu, "About Vexa", kAboutCode, window);
+}
+
+} // namespace vexa

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// All settings: the name in the file, the value of somebody who has set nothing, what it is for.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace vexa {
+
+using TextList = std::vector<std::string>;
+
+/// A setting of type bool ("true" or "false" in the file), int, double, std::string or TextList,
+/// which is empty unless set.
+template<class T>
+struct SettingKey {
+    const char* name;
+    T initial{};
+};
+
+// What is told nothing else, such as options, goes by these.
+
+/// The author of what is edited here; empty for kDefaultAuthor.
+inline const SettingKey<std::string> kAuthorSetting{"author"};
+/// The MIDI source to connect, by the name in its menu; empty for none.
+inline const SettingKey<std::string> kSourceSetting{"midi-source", "Computer keyboard"};
+/// The audio system, by the name in --audio; empty for the first that is there.
+inline const SettingKey<std::string> kAudioSetting{"audio"};
+
+// The frequencies of the keys: paths of Scala files, empty for none, and that of key 69 in Hz, 0
+// for what the files say.
+
+inline const SettingKey<std::string> kScaleSetting{"tuning-scale"};
+inline const SettingKey<std::string> kKeymapSetting{"tuning-keymap"};
+inline const SettingKey<double> kA4Setting{"a4"};
+
+/// Files by full path, the one that was opened last at the head.
+inline const SettingKey<TextList> kRecentSetting{"recent"};
+/// The most that are kept of them.
+constexpr std::size_t kMostRecent = 10;
+/// Sounds by the name of their file.
+inline const SettingKey<TextList> kFavouritesSetting{"favourite"};
+
+/// The window as it was before anything stood round the main view.
+inline const SettingKey<bool> kClassicSetting{"classic", false};
+
+} // namespace vexa

@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/SettingLines.h"
+
+#include "kits/storage/ReadFile.h"
+#include "kits/support/Quoted.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vexa {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// In bytes; what is longer is no file of settings.
+constexpr std::size_t kLongest = 1 << 20;
+constexpr std::string_view kNameCharacters = "abcdefghijklmnopqrstuvwxyz0123456789-";
+constexpr std::string_view kBlanks = " \t\r";
+
+/// What cannot stand in a value as it is, and the letter behind a backslash that stands for it. A
+/// blank is one of them only at an end, where it would be taken for one beside the "=".
+constexpr std::pair<char, char> kEscapes[] = {
+    {'\\', '\\'}, {'\n', 'n'}, {'\r', 'r'}, {'\t', 't'}, {' ', 's'}};
+
+std::string_view Trimmed(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
+    return text.substr(0, text.find_last_not_of(kBlanks) + 1);
+}
+
+std::string Escaped(std::string_view text) {
+    std::string escaped;
+    for (std::size_t i = 0; i < text.size(); i++) {
+        const auto* const row = std::ranges::find(kEscapes, text[i], &std::pair<char, char>::first);
+        const bool atEnd = i == 0 || i + 1 == text.size();
+        if (row != std::end(kEscapes) && (text[i] != ' ' || atEnd))
+            escaped += {'\\', row->second};
+        else
+            escaped += text[i];
+    }
+    return escaped;
+}
+
+std::string Unescaped(std::string_view text) {
+    std::string plain;
+    for (std::size_t i = 0; i < text.size(); i++) {
+        const char next = i + 1 < text.size() ? text[i + 1] : '\0';
+        const auto* const row = std::ranges::find(kEscapes, next, &std::pair<char, char>::second);
+        const bool escape = text[i] == '\\' && row != std::end(kEscapes);
+        plain += escape ? row->first : text[i];
+        i += escape;
+    }
+    return plain;
+}
+
+} // namespace
+
+SettingLine::SettingLine(std::string_view text) : whole(text) {
+    const std::size_t sign = text.find('=');
+    const std::string_view before = Trimmed(text.substr(0, sign));
+    if (sign == std::string_view::npos || before.starts_with('#') ||
+        before.find_first_not_of(kNameCharacters) != std::string_view::npos)
+        return;
+    name = before;
+    value = Unescaped(Trimmed(text.substr(sign + 1)));
+}
+
+bool SettingLine::IsBroken() const {
+    const std::string_view text = Trimmed(whole);
+    return name.empty() && !text.empty() && !text.starts_with('#');
+}
+
+std::string SettingText(std::string_view name, std::string_view value) {
+    return std::string(name) + " = " + Escaped(value) + '\n';
+}
+
+SettingFile ReadSettingFile(const fs::path& file) {
+    SettingFile content;
+    std::error_code ignored;
+    if (fs::status(file, ignored).type() == fs::file_type::not_found)
+        return content;
+    const kits::Result<std::string> read = kits::ReadFile(file, kLongest);
+    if (!read) {
+        content.faults.push_back(read.Fault().text);
+        return content;
+    }
+    std::string_view rest = *read;
+    while (!rest.empty()) {
+        const std::size_t end = std::min(rest.find('\n'), rest.size());
+        const SettingLine& line = content.lines.emplace_back(rest.substr(0, end));
+        if (line.IsBroken())
+            content.faults.push_back(file.string() + ':' + std::to_string(content.lines.size()) +
+                                     ": " + kits::Quoted(line.whole) +
+                                     " is no setting (name = value)");
+        rest.remove_prefix(std::min(end + 1, rest.size()));
+    }
+    return content;
+}
+
+} // namespace vexa

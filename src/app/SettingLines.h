@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Files of lines "name = value", as settings and sessions are kept in.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vexa {
+
+/// A line of such a file. Names are of small letters, digits and "-"; blanks round name and value
+/// do not count. A value has `\n`, `\r`, `\t`, `\\` and `\s`, a blank, for what could not stand
+/// there. Lines that are empty or begin with "#" have no name.
+struct SettingLine {
+    explicit SettingLine(std::string_view text);
+    /// Neither a setting nor such a line.
+    bool IsBroken() const;
+
+    std::string whole, name, value;
+};
+
+/// The line of any value, with its end.
+std::string SettingText(std::string_view name, std::string_view value);
+
+struct SettingFile {
+    std::vector<SettingLine> lines;
+    /// What is wrong with it, for a person: that it cannot be read, or a broken line with its
+    /// place.
+    std::vector<std::string> faults;
+};
+
+/// Empty where there is no such file. Any thread.
+SettingFile ReadSettingFile(const std::filesystem::path& file);
+
+} // namespace vexa

@@ -1,0 +1,242 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/Settings.h"
+
+#include "app/SettingLines.h"
+#include "kits/storage/FileReplacement.h"
+#include "kits/storage/UserFolders.h"
+#include "kits/support/Descriptor.h"
+#include "kits/support/NumberText.h"
+#include "kits/support/Quoted.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdio>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/file.h>
+
+namespace vexa {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+void Tell(const std::string& text) {
+    std::fprintf(stderr, "vexa: %s\n", text.c_str());
+}
+
+// The values of each type as texts, and back; false for a text that is none.
+
+bool FromText(const std::string& text, std::string& value) {
+    value = text;
+    return true;
+}
+
+bool FromText(const std::string& text, bool& value) {
+    value = text == "true";
+    return value || text == "false";
+}
+
+bool FromText(const std::string& text, int& value) {
+    const char* const end = text.data() + text.size();
+    const auto [read, fault] = std::from_chars(text.data(), end, value);
+    return fault == std::errc() && read == end;
+}
+
+bool FromText(const std::string& text, double& value) {
+    std::size_t length = 0;
+    value = kits::NumberOf(text, &length);
+    return length == text.size() && length > 0;
+}
+
+std::string ToText(const std::string& value) {
+    return value;
+}
+
+std::string ToText(bool value) {
+    return value ? "true" : "false";
+}
+
+std::string ToText(int value) {
+    return std::to_string(value);
+}
+
+/// The shortest that is read as the same number.
+std::string ToText(double value) {
+    char text[32];
+    return {text, std::to_chars(text, std::end(text), value).ptr};
+}
+
+} // namespace
+
+Settings::Settings(fs::path path) : file(std::move(path)) {
+    const SettingFile content = ReadSettingFile(file);
+    for (std::size_t i = 0; i < content.lines.size(); i++) {
+        const SettingLine& line = content.lines[i];
+        if (!line.name.empty()) {
+            texts[line.name].push_back(line.value);
+            lines[line.name] = static_cast<int>(i) + 1;
+        }
+    }
+    if (content.faults.empty())
+        return;
+    Tell("warning: " + content.faults.front());
+    if (const std::size_t others = content.faults.size() - 1; others > 0)
+        Tell("warning: " + file.string() + ": so are " + std::to_string(others) + " other lines");
+}
+
+Settings::~Settings() {
+    if (saving.valid())
+        TakeSaved();
+    if (file.empty() || changes.empty())
+        return;
+    if (const std::string fault = Save(file, changes); !fault.empty())
+        Tell(fault);
+}
+
+/// Null where the setting is not set. Of several lines the last one counts.
+const std::string* Settings::SingleText(const char* name) const {
+    const auto found = texts.find(std::string_view(name));
+    return found == texts.end() || found->second.empty() ? nullptr : &found->second.back();
+}
+
+void Settings::TellWrong(const char* name, const std::string& text) const {
+    if (told.emplace(name).second)
+        Tell("warning: " + file.string() + ':' + std::to_string(lines.at(name)) + ": " + name +
+             " cannot be " + kits::Quoted(text));
+}
+
+template<class T>
+T Settings::Get(const SettingKey<T>& key) const {
+    const std::string* const text = SingleText(key.name);
+    T value{};
+    if (text && FromText(*text, value))
+        return value;
+    if (text)
+        TellWrong(key.name, *text);
+    return key.initial;
+}
+
+template<>
+TextList Settings::Get(const SettingKey<TextList>& key) const {
+    const auto found = texts.find(std::string_view(key.name));
+    return found == texts.end() ? TextList() : found->second;
+}
+
+template<class T>
+void Settings::Set(const SettingKey<T>& key, const T& value) {
+    const std::string* const text = SingleText(key.name);
+    const std::string next = ToText(value);
+    if (text ? *text != next : value != key.initial)
+        SetTexts(key.name, {next});
+}
+
+template<>
+void Settings::Set(const SettingKey<TextList>& key, const TextList& value) {
+    if (value != Get(key))
+        SetTexts(key.name, value);
+}
+
+template bool Settings::Get(const SettingKey<bool>&) const;
+template int Settings::Get(const SettingKey<int>&) const;
+template double Settings::Get(const SettingKey<double>&) const;
+template std::string Settings::Get(const SettingKey<std::string>&) const;
+template void Settings::Set(const SettingKey<bool>&, const bool&);
+template void Settings::Set(const SettingKey<int>&, const int&);
+template void Settings::Set(const SettingKey<double>&, const double&);
+template void Settings::Set(const SettingKey<std::string>&, const std::string&);
+
+void Settings::SetTexts(const char* name, TextList next) {
+    changes[name] = next;
+    texts[name] = std::move(next);
+    lastChange = Clock::now();
+    if (!firstChange)
+        firstChange = lastChange;
+}
+
+void Settings::PutFirst(const SettingKey<TextList>& key, const std::string& item,
+                        std::size_t most) {
+    TextList list = Get(key);
+    std::erase(list, item);
+    list.insert(list.begin(), item);
+    list.resize(std::min(list.size(), most));
+    Set(key, list);
+}
+
+void Settings::Pulse(Clock::time_point now) {
+    if (saving.valid()) {
+        if (saving.wait_for(Clock::duration::zero()) != std::future_status::timeout)
+            TakeSaved();
+        return;
+    }
+    const bool isTime =
+        firstChange && (now - *lastChange >= kRest || now - *firstChange >= kLatest);
+    if (file.empty() || !isTime)
+        return;
+    firstChange.reset();
+    leaving = std::exchange(changes, {});
+    // Where there is no room for a thread, at the next pulse.
+    saving = std::async(std::launch::async | std::launch::deferred, Save, file, leaving);
+}
+
+/// What could not be saved is tried again with the next change.
+void Settings::TakeSaved() {
+    if (const std::string fault = saving.get(); !fault.empty()) {
+        Tell(fault);
+        changes.merge(leaving);
+    }
+    leaving.clear();
+}
+
+/// Into the file as it is now, beside what others have written there. Why that failed; else empty.
+std::string Settings::Save(const fs::path& file, const Texts& changes) {
+    const fs::path folder = file.parent_path();
+    if (const kits::Result<void> made = kits::MakeUserFolder(folder); !made)
+        return made.Fault().text;
+    // Until it is closed, other instances wait.
+    const kits::Descriptor lock(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    ::flock(lock.Number(), LOCK_EX);
+
+    const SettingFile before = ReadSettingFile(file);
+    Texts left = changes;
+    std::string bytes;
+    const auto write = [&bytes](const std::string& name, const TextList& texts) {
+        for (const std::string& text : texts)
+            bytes += SettingText(name, text);
+    };
+    for (const SettingLine& line : before.lines) {
+        if (!changes.contains(line.name) && !line.IsBroken())
+            bytes += line.whole + '\n';
+        // In the place of its first line, all of it.
+        if (const auto changed = left.find(line.name); changed != left.end()) {
+            write(changed->first, changed->second);
+            left.erase(changed);
+        }
+    }
+    for (const auto& [name, texts] : left)
+        write(name, texts);
+
+    const fs::path aside = file.string() + ".broken";
+    std::error_code error;
+    if (!before.faults.empty())
+        fs::rename(file, aside, error);
+    if (error)
+        return "could not move " + file.string() + " aside: " + error.message();
+    const kits::Result<void> saved = kits::ReplaceFile(file, bytes);
+    if (saved)
+        return "";
+    if (!before.faults.empty())
+        fs::rename(aside, file, error);
+    return saved.Fault().text;
+}
+
+std::shared_ptr<Settings> ReadSettings() {
+    const kits::Result<fs::path> folder = kits::UserConfigFolder();
+    if (folder)
+        return std::make_shared<Settings>(*folder / "vexa/settings");
+    Tell("warning: " + folder.Fault().text);
+    return std::make_shared<Settings>();
+}
+
+} // namespace vexa

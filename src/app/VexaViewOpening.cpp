@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What is opened by the menu or dropped onto the window: documents, formulas and tunings.
+#include "app/Dropped.h"
+#include "app/MessageCodes.h"
+#include "app/VexaView.h"
+#include "kits/interface/Alert.h"
+#include "kits/interface/Control.h"
+#include "kits/support/EntryRef.h"
+#include "views/R2RFVTranslatorSavePanel.h"
+#include "views/R2RFView.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vexa {
+
+namespace {
+
+/// A text as one line, without blanks round it.
+std::string OneLine(std::string text) {
+    std::ranges::replace_if(
+        text, [](char c) { return c == '\n' || c == '\r' || c == '\t'; }, ' ');
+    text.erase(0, std::min(text.find_first_not_of(' '), text.size()));
+    text.erase(text.find_last_not_of(' ') + 1);
+    return text;
+}
+
+std::string NameOf(const std::optional<std::filesystem::path>& file) {
+    return file ? file->string() : "";
+}
+
+} // namespace
+
+bool VexaView::TakeOpening(const BMessage& message) {
+    std::string text;
+    switch (message.what) {
+    case kOpenRecentCode:
+        if (message.FindString("path", &text) == B_OK)
+            Open(text);
+        return true;
+    case kSavePictureCode:
+        plane->SavePanel().Show();
+        return true;
+    case kEqualStepsCode:
+        ChooseTuning({{}, {}, tuned.a4});
+        return true;
+    case B_SIMPLE_DATA:
+        TakeDrop(message);
+        return true;
+    default:
+        return false;
+    }
+}
+
+void VexaView::TakeDrop(const BMessage& message) {
+    std::string text;
+    if (message.FindString("text", &text) == B_OK) {
+        // A file manager may know no better than to give a file's name.
+        if (const std::string line = OneLine(std::move(text)); !line.empty())
+            SetAndInvoke(FunctionField::Expression, line);
+        return;
+    }
+    std::vector<std::filesystem::path> files;
+    entry_ref ref;
+    for (int32 i = 0; message.FindRef("refs", i, &ref) == B_OK; i++)
+        files.push_back(std::filesystem::path(ref.directory) / ref.name);
+    const DroppedFiles dropped = SortDropped(files);
+    if (dropped.sound)
+        Open(*dropped.sound);
+    if (dropped.terrain)
+        Open(*dropped.terrain);
+    if (dropped.scale || dropped.keymap) {
+        TuningChoice next = tuned;
+        if (dropped.scale)
+            next.scale = dropped.scale;
+        if (dropped.keymap)
+            next.keymap = dropped.keymap;
+        ChooseTuning(next);
+    }
+    if (dropped.others.empty())
+        return;
+    std::string names;
+    for (const auto& file : dropped.others)
+        names += '\n' + file.filename().string();
+    auto* alert = new BAlert("Open", "Of each kind only the first file was opened.", "Ok", nullptr,
+                             nullptr, B_WIDTH_AS_USUAL, B_INFO_ALERT);
+    alert->SetDetails("These were not:" + names);
+    alert->Show();
+}
+
+void VexaView::Remember(const std::filesystem::path& file) {
+    std::error_code error;
+    const auto whole = std::filesystem::absolute(file, error);
+    if (!error)
+        settings->PutFirst(kRecentSetting, whole.lexically_normal().string(), kMostRecent);
+}
+
+bool VexaView::Tune(const TuningChoice& choice) {
+    // A plug-in's host says how the keys are tuned.
+    if (plugin)
+        return false;
+    const kits::Result<Tuning> tuning = ReadTuning(choice);
+    if (!tuning) {
+        std::fprintf(stderr, "vexa: %s\n", tuning.Fault().text.c_str());
+        ErrorAlert("The tuning stays as it is.", tuning.Fault().text);
+        return false;
+    }
+    Playing().consumer.SetTuning(*tuning);
+    tuned = choice;
+    return true;
+}
+
+void VexaView::OpenScale(const std::string& path) {
+    ChooseTuning({path, tuned.keymap, tuned.a4});
+}
+
+void VexaView::OpenKeymap(const std::string& path) {
+    ChooseTuning({tuned.scale, path, tuned.a4});
+}
+
+void VexaView::ChooseTuning(const TuningChoice& choice) {
+    if (!Tune(choice))
+        return;
+    settings->Set(kScaleSetting, NameOf(choice.scale));
+    settings->Set(kKeymapSetting, NameOf(choice.keymap));
+    settings->Set(kA4Setting, choice.a4.value_or(0));
+}
+
+} // namespace vexa

@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The main window's part in a session.
+#include "app/VexaView.h"
+#include "app/VexaWindow.h"
+
+#include <cstdio>
+#include <utility>
+
+namespace vexa {
+
+void VexaWindow::Begin(std::unique_ptr<Session> joined, const Project& project,
+                       kits::Recording* recording) {
+    session = std::move(joined);
+    const bool isNew = !ProjectExists(session->Project());
+    // What cannot be read of it is known before. The manager does not wait for a person who reads
+    // an alert of what is loaded.
+    if (!isNew)
+        session->TellOpened({}, false);
+    savedProject = project;
+    Begin(project.options, recording);
+    if (!isNew)
+        mainView->NameSound(project.soundName);
+    savedProject = PresentProject();
+    // What the menus were told to choose takes effect when their messages arrive.
+    savedProject.options.voices = project.options.voices;
+    savedProject.options.channel = project.options.channel.value_or(-1);
+    if (isNew)
+        session->TellOpened(WriteProject(session->Project(), savedProject), true);
+}
+
+/// What would be saved now.
+Project VexaWindow::PresentProject() {
+    Project project = savedProject;
+    project.sound = mainView->ConstructSound();
+    project.soundName = mainView->SoundName();
+    project.windowShown = !IsHidden();
+    project.options.voices = mainView->Played().ChosenVoices();
+    project.options.channel = mainView->Graph().Consumer().Channel();
+    project.options.midi = mainView->ChosenSource();
+    project.options.tuning = mainView->Tuned();
+    project.options.programs = mainView->FollowsPrograms();
+    project.options.playing = mainView->Played().Preferred();
+    return project;
+}
+
+kits::Result<void> VexaWindow::SaveProject() {
+    mainView->Played().FollowMacros();
+    Project project = PresentProject();
+    if (auto written = WriteProject(session->Project(), project); !written) {
+        std::fprintf(stderr, "vexa: %s\n", written.Fault().text.c_str());
+        return written;
+    }
+    savedProject = std::move(project);
+    mainView->TakeAsSaved();
+    return {};
+}
+
+bool VexaWindow::ProjectHasChanged() {
+    return !AreAlike(PresentProject(), savedProject);
+}
+
+void VexaWindow::ShowWindow(bool shown) {
+    if (shown) {
+        Show();
+        Activate();
+    } else {
+        Hide();
+    }
+}
+
+/// Where the manager has gone, a window that nobody could show any more is shown, and is as any
+/// other from then on.
+void VexaWindow::FollowSession() {
+    if (!session)
+        return;
+    session->Pulse(*this);
+    if (!session->HasGone())
+        return;
+    std::fprintf(stderr, "vexa: the session manager has gone; what is here is not in %s any more\n",
+                 session->Project().c_str());
+    session.reset();
+    ShowWindow(true);
+}
+
+} // namespace vexa

@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What the desktop does for the program.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <string>
+
+namespace kits {
+
+/// Has the desktop show the file, with whichever program it has for that (xdg-open). Returns at
+/// once; where there is none, `failed` is called later with the reason. Window thread.
+void ShowFile(const std::filesystem::path& file,
+              std::function<void(const std::string& reason)> failed);
+
+} // namespace kits

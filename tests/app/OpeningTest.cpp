@@ -1,0 +1,242 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What is opened by the main menu or dropped onto the window.
+#include "app/About.h"
+#include "app/MainMenu.h"
+#include "app/MainViewStage.h"
+#include "documents/FunctionDocument.h"
+#include "kits/interface/backends/WindowWidget.h"
+#include "kits/storage/ReadFile.h"
+#include "support/Environment.h"
+
+#include <QDropEvent>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QUrl>
+#include <algorithm>
+#include <sstream>
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+namespace fs = std::filesystem;
+
+constexpr const char* kScale = "! s.scl\n!\ntwo\n 2\n!\n 700.\n 2/1\n";
+
+class OpeningTest : public test::MainViewTest {
+  protected:
+    /// As the desktop does it over a point of the window; whether it was taken.
+    bool Drop(const QMimeData& data, QWidget* under = nullptr) {
+        QWidget& to = under ? *under : window->Widget();
+        QDragEnterEvent enter({50, 50}, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton,
+                              Qt::NoModifier);
+        enter.ignore();
+        QApplication::sendEvent(&to, &enter);
+        if (!enter.isAccepted())
+            return false;
+        QDropEvent drop({50, 50}, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton,
+                        Qt::NoModifier);
+        drop.setDropAction(Qt::MoveAction);
+        QApplication::sendEvent(&to, &drop);
+        // A move would have the other program delete its file.
+        EXPECT_EQ(drop.dropAction(), Qt::CopyAction);
+        test::Settle();
+        test::Settle();
+        return drop.isAccepted();
+    }
+    bool DropFiles(const std::vector<fs::path>& files) {
+        QMimeData data;
+        QList<QUrl> urls;
+        for (const fs::path& file : files)
+            urls.append(QUrl::fromLocalFile(QString::fromStdString(file)));
+        data.setUrls(urls);
+        return Drop(data);
+    }
+    bool DropText(const char* text) {
+        QMimeData data;
+        data.setText(text);
+        return Drop(data);
+    }
+    fs::path Function(const char* name, const char* expression) const {
+        vexa::Function function;
+        function.expression = expression;
+        EXPECT_TRUE(vexa::WriteFunction(In(name), function));
+        return In(name);
+    }
+    /// The item of the main menu, in it or in a menu below; marked as it is at present.
+    BMenuItem& Item(const std::string& label) {
+        vexa::FillMainMenu(menu, *window);
+        for (std::size_t i = 0; BMenuItem* item = menu.ItemAt(i); i++) {
+            if (label == item->Label())
+                return *item;
+            if (BMenuItem* below = item->Submenu() ? item->Submenu()->FindItem(label) : nullptr)
+                return *below;
+        }
+        throw std::runtime_error("no item " + label);
+    }
+    void Pick(const std::string& label) {
+        Item(label).Choose();
+        test::Settle();
+    }
+
+    BMenu menu{"test"};
+};
+
+TEST_F(OpeningTest, EachKindOfWhatIsDroppedIsOpened) {
+    Open();
+    EXPECT_TRUE(DropText("\n x*y \n+ 1\r\n"));
+    EXPECT_EQ(Text("Fxy"), "x*y  + 1");
+    EXPECT_EQ(view->ShownFunction()(2, 3), 7);
+    // A sound that has changed is asked about.
+    view->TakeAsSaved();
+
+    EXPECT_TRUE(DropFiles({In("sounds/bell.xml")}));
+    EXPECT_EQ(view->SoundName(), "bell");
+    EXPECT_TRUE(DropFiles({Function("f.xml", "x+0.5")}));
+    EXPECT_EQ(Text("Fxy"), "x+0.5");
+    EXPECT_TRUE(DropFiles({In("samples/pluck.wav")}));
+    EXPECT_TRUE(view->SampleMode());
+    EXPECT_TRUE(DropFiles({In("pictures/island.png")}));
+    EXPECT_EQ(view->Kind(), vexa::FunctionKind::Picture);
+    EXPECT_TRUE(DropFiles({folder.Write("s.SCL", kScale)}));
+    EXPECT_EQ(view->Tuned().scale, In("s.SCL"));
+    EXPECT_EQ(settings->Get(vexa::kScaleSetting), In("s.SCL").string());
+    EXPECT_TRUE(alerts.texts.empty());
+
+    QMimeData elsewhere, nothing;
+    elsewhere.setUrls({QUrl("http://localhost/a.xml")});
+    elsewhere.setText("http://localhost/a.xml");
+    EXPECT_FALSE(Drop(elsewhere));
+    EXPECT_FALSE(Drop(nothing));
+    // A field takes a text itself, but leaves a file to the window.
+    auto* line = window->Widget().findChild<QLineEdit*>();
+    QMimeData file;
+    file.setUrls({QUrl::fromLocalFile("/x")});
+    EXPECT_TRUE(Drop(file, line));
+    EXPECT_FALSE(line->text().contains("file:"));
+    EXPECT_FALSE(alerts.texts.empty());
+}
+
+TEST_F(OpeningTest, OfSeveralFilesTheFirstOfEachKindIsOpenedAndTheRestIsTold) {
+    Open();
+    const auto sound = In("sounds/bell.xml");
+    EXPECT_TRUE(DropFiles({Function("f.xml", "x-1"), In("samples/pluck.wav"), sound,
+                           In("sounds/default.xml"), folder.Write("a.scl", kScale),
+                           folder.Write("b.scl", kScale)}));
+    EXPECT_EQ(view->SoundName(), "bell");
+    EXPECT_EQ(Text("Fxy"), "x-1");
+    EXPECT_EQ(view->Tuned().scale, In("a.scl"));
+    EXPECT_THAT(alerts.texts, ElementsAre(HasSubstr("only the first")));
+    EXPECT_EQ(alerts.details, "These were not:\npluck.wav\ndefault.xml\nb.scl");
+
+    alerts.texts.clear();
+    EXPECT_TRUE(DropFiles({folder.Write("bad.scl", "hello")}));
+    EXPECT_THAT(alerts.texts, ElementsAre("The tuning stays as it is."));
+    EXPECT_THAT(alerts.details, HasSubstr("bad.scl:"));
+    EXPECT_EQ(view->Tuned().scale, In("a.scl"));
+}
+
+TEST_F(OpeningTest, WhatWasOpenedCanBeOpenedAgain) {
+    Open();
+    EXPECT_EQ(menu.FindItem("Open Recent"), nullptr);
+    DropFiles({In("sounds/bell.xml")});
+    DropFiles({Function("f.xml", "x+0.5")});
+    DropFiles({folder.Path() / "none.xml"});
+    view->SaveSound("mine.xml");
+    DropFiles({In("sounds/bell.xml")});
+    EXPECT_THAT(settings->Get(vexa::kRecentSetting),
+                ElementsAre(In("sounds/bell.xml").string(), In("sounds/mine.xml").string(),
+                            In("f.xml").string()));
+    Pick("f   –   " + folder.Path().filename().string());
+    EXPECT_EQ(Text("Fxy"), "x+0.5");
+    EXPECT_EQ(settings->Get(vexa::kRecentSetting).front(), In("f.xml").string());
+}
+
+TEST_F(OpeningTest, TheMenuDoesWhatItSays) {
+    Open();
+    Pick("Open…");
+    Pick("Save Sound…");
+    EXPECT_THAT(OpenTitles(), testing::UnorderedElementsAre("Open", "Save Sound"));
+    ClosePanels();
+    Pick("Save Picture…");
+    EXPECT_EQ(OpenTitles().size(), 1U);
+    ClosePanels();
+
+    EXPECT_FALSE(Item("Program Changes Choose Sounds").IsMarked());
+    Pick("Program Changes Choose Sounds");
+    EXPECT_TRUE(Item("Program Changes Choose Sounds").IsMarked());
+
+    EXPECT_TRUE(Item("Twelve Equal Steps").IsMarked());
+    DropFiles({folder.Write("s.scl", kScale)});
+    EXPECT_FALSE(Item("Twelve Equal Steps").IsMarked());
+    EXPECT_TRUE(Item("Scala Scale (s.scl)…").IsMarked());
+    Pick("Twelve Equal Steps");
+    EXPECT_EQ(view->Tuned().scale, std::nullopt);
+    EXPECT_EQ(settings->Get(vexa::kScaleSetting), "");
+
+    Pick("Classic Look (F11)");
+    EXPECT_TRUE(window->IsClassic());
+    EXPECT_TRUE(window->FindView("main menu")->IsHidden());
+    EXPECT_TRUE(settings->Get(vexa::kClassicSetting));
+    test::TypeKey(*window, Qt::Key_F11);
+    EXPECT_FALSE(window->IsClassic());
+    EXPECT_FALSE(settings->Get(vexa::kClassicSetting));
+
+    Pick("About Vexa");
+    EXPECT_THAT(alerts.texts.back(), HasSubstr("Vexa 0."));
+    EXPECT_THAT(alerts.details, HasSubstr("Qt 6"));
+}
+
+TEST_F(OpeningTest, HelpShowsTheManualOrTellsWhyNot) {
+    Open();
+    const auto waitFor = [](const std::function<bool()>& done) {
+        for (int i = 0; i < 2000 && !done(); i++) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+            test::Settle();
+        }
+        return done();
+    };
+    const auto opener = [&](const char* script) {
+        fs::permissions(folder.Write("bin/xdg-open", script), fs::perms::owner_all);
+    };
+    const auto shown = In("shown");
+    const test::EnvironmentVariable path("PATH", (In("bin").string() + ":/bin").c_str());
+    opener(("#!/bin/sh\necho \"$1\" > " + shown.string() + ".new\nmv " + shown.string() + ".new " +
+            shown.string())
+               .c_str());
+    Pick("Help (F1)");
+    ASSERT_TRUE(waitFor([&] { return fs::exists(shown); }));
+    EXPECT_EQ(*kits::ReadFile(shown), VEXA_SOURCE_FOLDER "/docs/manual/README.md\n");
+    EXPECT_TRUE(alerts.texts.empty());
+
+    opener("#!/bin/sh\nexit 3");
+    test::TypeKey(*window, Qt::Key_F1);
+    ASSERT_TRUE(waitFor([&] { return !alerts.texts.empty(); }));
+    EXPECT_THAT(alerts.details, HasSubstr("(3)"));
+    alerts.texts.clear();
+    fs::remove(In("bin/xdg-open"));
+    const test::EnvironmentVariable nowhere("PATH", In("bin").c_str());
+    Pick("Help (F1)");
+    ASSERT_TRUE(waitFor([&] { return !alerts.texts.empty(); }));
+    EXPECT_THAT(alerts.texts.back(), HasSubstr("docs/manual/README.md"));
+}
+
+TEST(About, NamesTheLibrariesThatTheDocumentNames) {
+    std::istringstream document(*kits::ReadFile(VEXA_SOURCE_FOLDER "/docs/LICENCES.md"));
+    std::size_t count = 0;
+    for (std::string row; std::getline(document, row);) {
+        const bool linked = row.ends_with("| all |") || row.find("`vexa`") != std::string::npos;
+        if (!row.starts_with("| ") || !linked || row.starts_with("| the C and C++"))
+            continue;
+        count++;
+        EXPECT_TRUE(std::ranges::any_of(vexa::LinkedLibraries(), [&](const auto& library) {
+            return row.starts_with(std::string("| ") + library.name) &&
+                   row.find(library.licence) != std::string::npos;
+        })) << row;
+    }
+    EXPECT_EQ(count, vexa::LinkedLibraries().size());
+}
+
+} // namespace

@@ -1,0 +1,221 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The program in sessions of a manager of the tests' own.
+#include "app/JoinedSession.h"
+#include "app/MainViewStage.h"
+#include "kits/storage/ReadFile.h"
+#include "support/Command.h"
+#include "support/Environment.h"
+#include "support/SessionManager.h"
+#include "tuning/TuningChoice.h"
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using std::chrono::milliseconds;
+using testing::HasSubstr;
+using vexa::AppOptions;
+using vexa::Session;
+
+constexpr const char* kScale = "! s.scl\n!\ntwo\n 2\n!\n 700.\n 2/1\n";
+
+class SessionTest : public test::MainViewTest {
+  protected:
+    /// The window as main opens it in the manager's session.
+    void OpenInSession(const AppOptions& options = {}) {
+        delete window;
+        const test::EnvironmentVariable url("NSM_URL", manager.Url().c_str());
+        auto joined = vexa::JoinSession(options);
+        ASSERT_TRUE(joined && *joined) << (joined ? "" : joined.Fault().text);
+        project = (*joined)->project;
+        window = new vexa::VexaWindow(
+            {64, 100, 999, 610}, folders,
+            {.withDefaultSound = !project.options.sound, .settings = settings});
+        view = &window->MainView();
+        window->Begin(std::move((*joined)->session), project, nullptr);
+        test::Settle();
+    }
+    bool ManagerHears(const std::string& text) {
+        return manager.Hears(text, [this] {
+            BMessage pulse(B_PULSE);
+            window->MessageReceived(&pulse);
+            test::Settle();
+        });
+    }
+    void Pick(BMenu& menu, uint32 code) {
+        menu.FindItem(code)->Choose();
+        test::Settle();
+    }
+
+    test::SessionManager manager{folder.Path() / "session/Vexa.nTEST"};
+    /// As it was read.
+    vexa::Project project;
+};
+
+TEST_F(SessionTest, RemembersAll) {
+    AppOptions options;
+    options.tuning = {folder.Write("s.scl", kScale), std::nullopt, 432.1};
+    options.playing.texts[1] = "legato";
+    options.mpe = true;
+    OpenInSession(options);
+    EXPECT_TRUE(ManagerHears("/nsm/server/announce Vexa :dirty:optional-gui: test_app 1 0 " +
+                             std::to_string(::getpid())));
+    EXPECT_TRUE(ManagerHears("/reply /nsm/client/open"));
+    EXPECT_TRUE(vexa::ProjectExists(folder.Path() / "session/Vexa.nTEST"));
+    EXPECT_TRUE(ManagerHears("/nsm/client/is_clean"));
+    EXPECT_TRUE(ManagerHears("/nsm/client/gui_is_shown"));
+
+    // Each of these is a change by itself.
+    const std::function<void()> changes[] = {
+        [&] { Enter("Fxy", "x*y+0.25"); },
+        [&] { Pick(view->VoicesMenu(), vexa::VoicesCode(7)); },
+        [&] { Pick(view->ChannelMenu(), vexa::ChannelCode(3)); },
+        [&] { view->ChooseSource(""); },
+        [&] { view->FollowPrograms(true); },
+        [&] { view->NameSound("Zoë = 1"); },
+    };
+    for (const auto& change : changes) {
+        change();
+        EXPECT_TRUE(ManagerHears("/nsm/client/is_dirty"));
+        manager.Send("/nsm/client/save");
+        EXPECT_TRUE(ManagerHears("/reply /nsm/client/save"));
+        EXPECT_TRUE(ManagerHears("/nsm/client/is_clean"));
+    }
+    EXPECT_FALSE(view->Changed());
+    EXPECT_EQ(*kits::ReadFile(folder.Path() / "session/Vexa.nTEST/scale.scl"), kScale);
+
+    manager.Send("/nsm/client/hide_optional_gui");
+    EXPECT_TRUE(ManagerHears("/nsm/client/gui_is_hidden"));
+    manager.Send("/nsm/client/show_optional_gui");
+    EXPECT_TRUE(ManagerHears("/nsm/client/gui_is_shown"));
+    EXPECT_FALSE(window->QuitRequested());
+    EXPECT_TRUE(ManagerHears("/nsm/client/gui_is_hidden"));
+    manager.Send("/nsm/client/save");
+    EXPECT_TRUE(ManagerHears("/reply /nsm/client/save"));
+    const vexa::Sound saved = view->ConstructSound();
+
+    std::filesystem::remove(folder.Path() / "s.scl");
+    OpenInSession();
+    EXPECT_TRUE(ManagerHears("/reply /nsm/client/open"));
+    EXPECT_TRUE(ManagerHears("/nsm/client/is_clean"));
+    EXPECT_TRUE(ManagerHears("/nsm/client/gui_is_hidden"));
+    EXPECT_TRUE(window->IsHidden());
+    EXPECT_EQ(Text("Fxy"), "x*y+0.25");
+    EXPECT_TRUE(view->ConstructSound() == saved);
+    EXPECT_EQ(view->Playing().consumer.Channel(), 2);
+    EXPECT_EQ(view->Played().VoiceLimit(), 7);
+    EXPECT_EQ(view->ChosenSource(), "");
+    EXPECT_TRUE(view->FollowsPrograms());
+    EXPECT_EQ(view->SoundName(), "Zoë = 1");
+    EXPECT_EQ(view->Played().Preferred().texts[1], "legato");
+    EXPECT_TRUE(project.options.mpe);
+    EXPECT_EQ(project.options.tuning.a4, 432.1);
+    EXPECT_EQ(project.options.tuning.scale, folder.Path() / "session/Vexa.nTEST/scale.scl");
+
+    manager.SendOpen();
+    EXPECT_TRUE(ManagerHears("/error /nsm/client/open -8"));
+}
+
+TEST_F(SessionTest, WhatGoesWrongIsAnsweredAndLeavesTheProjectAsItWas) {
+    OpenInSession();
+    const auto place = folder.Path() / "session/Vexa.nTEST";
+    const std::string sound = *kits::ReadFile(place / "sound.xml");
+    const std::string session = *kits::ReadFile(place / "session");
+    Enter("Fxy", "x");
+    EXPECT_TRUE(ManagerHears("/nsm/client/is_dirty"));
+    std::filesystem::rename(place / "session", place / "moved");
+    std::filesystem::create_directory(place / "session");
+    testing::internal::CaptureStderr();
+    manager.Send("/nsm/client/save");
+    EXPECT_TRUE(ManagerHears("/error /nsm/client/save -10 could not write " + place.string()));
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("could not write"));
+    EXPECT_EQ(*kits::ReadFile(place / "sound.xml"), sound);
+
+    const test::EnvironmentVariable url("NSM_URL", manager.Url().c_str());
+    std::filesystem::remove(place / "session");
+    for (const auto& [name, content, fault] :
+         {std::tuple{"session", "\nvoices = 77\n", "session:2: voices cannot be \"77\""},
+          {"session", "window = ajar", "session:1: window"},
+          {"session", "record = /etc/x.wav", "session:1: record"},
+          {"session", "hello", "session:1: \"hello\" is no setting"},
+          {"sound.xml", "<vexasound><", "sound.xml"}}) {
+        folder.Write(place / "session", session);
+        folder.Write(place / name, content);
+        const auto joined = vexa::JoinSession({});
+        ASSERT_FALSE(joined);
+        EXPECT_THAT(joined.Fault().text, HasSubstr(fault));
+        EXPECT_TRUE(manager.Hears("/error /nsm/client/open -9 " + joined.Fault().text));
+    }
+}
+
+TEST_F(SessionTest, WithoutAManagerThereIsNone) {
+    std::string nobody;
+    {
+        const test::SessionManager gone("/x");
+        nobody = gone.Url();
+    }
+    const test::SessionManager refusing("/x", true), lost("x");
+    for (const auto& [url, fault] : {std::pair{nobody, "does not answer"},
+                                     {refusing.Url(), "No session is open"},
+                                     {lost.Url(), "does not say what to open"},
+                                     {std::string("nowhere"), "is no address"}}) {
+        const auto joined = Session::Join(url, true, {milliseconds(200), milliseconds(200)});
+        ASSERT_FALSE(joined);
+        EXPECT_THAT(joined.Fault().text, HasSubstr(fault));
+    }
+}
+
+TEST_F(SessionTest, AWindowWhoseManagerHasGoneIsShownAndIsAsAnyOther) {
+    auto other = std::make_unique<test::SessionManager>(folder.Path() / "other");
+    auto joined = Session::Join(
+        other->Url(), true,
+        {milliseconds(5000), milliseconds(5000), milliseconds(10), milliseconds(300)});
+    ASSERT_TRUE(joined);
+    window = new vexa::VexaWindow({64, 100, 999, 610}, folders);
+    vexa::Project hidden;
+    hidden.windowShown = false;
+    window->Begin(*std::move(joined), hidden, nullptr);
+    EXPECT_TRUE(window->IsHidden());
+    const auto pulse = [&] {
+        BMessage message(B_PULSE);
+        window->MessageReceived(&message);
+    };
+    EXPECT_TRUE(other->Hears("/osc/ping", pulse));
+    EXPECT_TRUE(other->Hears("/osc/ping", pulse));
+    EXPECT_TRUE(window->InSession());
+    other.reset();
+    testing::internal::CaptureStderr();
+    for (int i = 0; i < 1000 && window->InSession(); i++) {
+        pulse();
+        std::this_thread::sleep_for(milliseconds(5));
+    }
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("session manager has gone"));
+    EXPECT_FALSE(window->InSession());
+    EXPECT_FALSE(window->IsHidden());
+    EXPECT_TRUE(window->QuitRequested());
+}
+
+TEST_F(SessionTest, WithoutAWindowItIsTheSame) {
+    const auto play = [&](std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(),
+                         {VEXA_PROGRAM_FOLDER "/vexa", "--no-window", "--audio", "none"});
+        const test::EnvironmentVariable url("NSM_URL", manager.Url().c_str());
+        return test::RunCommand(arguments, [&](pid_t child) {
+            EXPECT_TRUE(manager.Hears("/nsm/server/announce Vexa :dirty: vexa 1 0 "));
+            EXPECT_TRUE(manager.Hears("/reply /nsm/client/open"));
+            EXPECT_TRUE(manager.Hears("/nsm/client/is_clean"));
+            manager.Send("/nsm/client/save");
+            EXPECT_TRUE(manager.Hears("/reply /nsm/client/save"));
+            ::kill(child, SIGTERM);
+        });
+    };
+    EXPECT_EQ(play({"--voices", "3", "--glide", "0.5"}).exitCode, 0);
+    EXPECT_EQ(play({}).exitCode, 0);
+    const auto read = vexa::ReadProject(folder.Path() / "session/Vexa.nTEST", {});
+    ASSERT_TRUE(read) << read.Fault().text;
+    EXPECT_EQ(read->options.voices, 3);
+    EXPECT_THAT(*kits::ReadFile(folder.Path() / "session/Vexa.nTEST/session"),
+                HasSubstr("glide = 0.5\n"));
+}
+
+} // namespace

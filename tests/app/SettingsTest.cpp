@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What is remembered, in files of tests' own.
+#include "app/Settings.h"
+
+#include "kits/storage/ReadFile.h"
+#include "support/TemporaryFolder.h"
+
+#include <optional>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using vexa::Settings;
+using vexa::TextList;
+
+class SettingsTest : public testing::Test {
+  protected:
+    std::string Content() const { return *kits::ReadFile(file); }
+    /// What it says on standard error when it is read, and what `use` makes it say.
+    template<class Use>
+    std::string Said(Use use) const {
+        testing::internal::CaptureStderr();
+        {
+            Settings settings(file);
+            use(settings);
+        }
+        return testing::internal::GetCapturedStderr();
+    }
+
+    const test::TemporaryFolder folder;
+    const std::filesystem::path file = folder.Path() / "new/vexa/settings";
+    const vexa::SettingKey<int> number{"a-number", 7};
+};
+
+TEST_F(SettingsTest, AreAsTheyWereSetWhenTheyAreReadAgain) {
+    const TextList sounds = {"/a b/c = d.xml", " # \\n\n\\", "last"};
+    EXPECT_EQ(Said([&](Settings& settings) {
+                  settings.Set(vexa::kAuthorSetting, std::string(" Zoë\t"));
+                  settings.Set(vexa::kClassicSetting, true);
+                  settings.Set(vexa::kA4Setting, 0.1);
+                  settings.Set(number, -3);
+                  settings.Set(vexa::kRecentSetting, sounds);
+                  EXPECT_EQ(settings.Get(number), -3);
+              }),
+              "");
+    Settings again(file);
+    EXPECT_EQ(again.Get(vexa::kAuthorSetting), " Zoë\t");
+    EXPECT_TRUE(again.Get(vexa::kClassicSetting));
+    EXPECT_EQ(again.Get(vexa::kA4Setting), 0.1);
+    EXPECT_EQ(again.Get(number), -3);
+    EXPECT_EQ(again.Get(vexa::kRecentSetting), sounds);
+    EXPECT_EQ(again.Get(vexa::kSourceSetting), "Computer keyboard");
+    EXPECT_TRUE(again.Get(vexa::kFavouritesSetting).empty());
+
+    again.PutFirst(vexa::kRecentSetting, "last", 2);
+    EXPECT_THAT(again.Get(vexa::kRecentSetting), ElementsAre("last", sounds[0]));
+}
+
+TEST_F(SettingsTest, KeepWhatOthersHaveWrittenInTheFile) {
+    folder.Write("new/vexa/settings", "# mine\nfrom-later = 1\n\nauthor = A\na4=432\nauthor = B\n");
+    std::optional<Settings> first(file);
+    {
+        Settings second(file);
+        second.Set(vexa::kA4Setting, 442.0);
+        second.Set(vexa::kClassicSetting, true);
+        second.Set(number, 1);
+    }
+    EXPECT_EQ(first->Get(vexa::kAuthorSetting), "B");
+    first->Set(vexa::kAuthorSetting, std::string("C"));
+    first->Set(vexa::kFavouritesSetting, {"x", "y"});
+    first->Set(number, 2);
+    first.reset();
+    EXPECT_EQ(Content(), "# mine\nfrom-later = 1\n\nauthor = C\na4 = 442\na-number = 2\n"
+                         "classic = true\nfavourite = x\nfavourite = y\n");
+    // A list that has become empty has no line.
+    Settings(file).Set(vexa::kFavouritesSetting, {});
+    EXPECT_THAT(Content(), testing::Not(HasSubstr("favourite")));
+}
+
+TEST_F(SettingsTest, OfAFileThatIsWrongTheyTellTheLineAndKeepItBesideTheNextOne) {
+    const std::string before = "author = A\nclassic = perhaps\n\x01\x02\nand so on\n";
+    folder.Write("new/vexa/settings", before);
+    EXPECT_THAT(Said([&](Settings& settings) {
+                    EXPECT_EQ(settings.Get(vexa::kAuthorSetting), "A");
+                    EXPECT_FALSE(settings.Get(vexa::kClassicSetting));
+                    EXPECT_FALSE(settings.Get(vexa::kClassicSetting));
+                }),
+                testing::AllOf(HasSubstr(file.string() + ":3: \"??\" is no setting"),
+                               HasSubstr("1 other line"),
+                               HasSubstr(file.string() + ":2: classic cannot be \"perhaps\"\n")));
+    EXPECT_EQ(Content(), before);
+    Said([&](Settings& settings) { settings.Set(number, 1); });
+    EXPECT_EQ(Content(), "author = A\nclassic = perhaps\na-number = 1\n");
+    EXPECT_EQ(*kits::ReadFile(file.string() + ".broken"), before);
+
+    // What cannot be read, and where nothing can be written.
+    std::filesystem::remove(file);
+    std::filesystem::create_directory(file);
+    EXPECT_THAT(Said([&](Settings& settings) { EXPECT_EQ(settings.Get(number), 7); }),
+                HasSubstr("could not read " + file.string()));
+    std::filesystem::remove_all(folder.Path() / "new");
+    folder.Write("new", "");
+    EXPECT_THAT(Said([&](Settings& settings) { settings.Set(number, 1); }),
+                HasSubstr("could not create the folder " + file.parent_path().string()));
+}
+
+TEST_F(SettingsTest, AreSavedAtRestAndNotAtEachPixel) {
+    Settings settings(file);
+    const auto start = Settings::Clock::now();
+    for (int i = 0; i < 100; i++) {
+        settings.Set(number, i);
+        settings.Pulse(start);
+    }
+    EXPECT_FALSE(std::filesystem::exists(file));
+    const auto pulseUntil = [&](const char* content) {
+        while (!std::filesystem::exists(file) || Content() != content)
+            settings.Pulse(Settings::Clock::now() + Settings::kRest);
+    };
+    pulseUntil("a-number = 99\n");
+    settings.Set(number, 7);
+    pulseUntil("a-number = 7\n");
+}
+
+} // namespace

@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// A session manager of a test's own, that programs announce themselves to.
+#pragma once
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <lo/lo.h>
+
+namespace test {
+
+/// Has a program that announces itself open the project, unless it is told to refuse it, and keeps
+/// all that it is told as lines: path and values, with blanks between them.
+class SessionManager {
+  public:
+    explicit SessionManager(std::filesystem::path project, bool refuses = false)
+        : project(std::move(project)), refuses(refuses), server(lo_server_new(nullptr, nullptr)) {
+        const auto take = [](const char* path, const char* types, lo_arg** values, int count,
+                             lo_message message, void* self) {
+            std::string line = path;
+            for (int i = 0; i < count; i++)
+                line += types[i] == 's' ? std::string(" ") + &values[i]->s
+                                        : ' ' + std::to_string(values[i]->i32);
+            static_cast<SessionManager*>(self)->Take(line, lo_message_get_source(message));
+            return 0;
+        };
+        lo_server_add_method(server, nullptr, nullptr, take, this);
+        thread = std::jthread([this](const std::stop_token& stop) {
+            while (!stop.stop_requested())
+                lo_server_recv_noblock(server, 5);
+        });
+    }
+    ~SessionManager() {
+        thread = {};
+        lo_server_free(server);
+    }
+
+    std::string Url() const {
+        return "osc.udp://localhost:" + std::to_string(lo_server_get_port(server)) + '/';
+    }
+    /// To the program that has announced itself last.
+    void Send(const char* path) { lo_send_from(client, server, LO_TT_IMMEDIATE, path, ""); }
+    void SendOpen() {
+        lo_send_from(client, server, LO_TT_IMMEDIATE, "/nsm/client/open", "sss", project.c_str(),
+                     "Tune", "Vexa.nTEST");
+    }
+
+    /// Whether a line with that text has come since the last call that found one, or comes soon;
+    /// `meanwhile` is done until then.
+    bool Hears(
+        const std::string& text, const std::function<void()>& meanwhile = [] {}) {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        while (std::chrono::steady_clock::now() < end) {
+            meanwhile();
+            const std::lock_guard lock(mutex);
+            const auto found = std::find_if(lines.begin(), lines.end(), [&](const auto& line) {
+                return line.find(text) != std::string::npos;
+            });
+            if (found != lines.end()) {
+                lines.erase(lines.begin(), found + 1);
+                return true;
+            }
+        }
+        return false;
+    }
+
+  private:
+    void Take(const std::string& line, lo_address source) {
+        if (line == "/osc/ping")
+            lo_send_from(source, server, LO_TT_IMMEDIATE, "/reply", "s", "/osc/ping");
+        if (line.starts_with("/nsm/server/announce")) {
+            client = lo_address_new(lo_address_get_hostname(source), lo_address_get_port(source));
+            if (refuses)
+                lo_send_from(client, server, LO_TT_IMMEDIATE, "/error", "sis",
+                             "/nsm/server/announce", -6, "No session is open");
+            else
+                lo_send_from(client, server, LO_TT_IMMEDIATE, "/reply", "ssss",
+                             "/nsm/server/announce", "hello", "test", ":server-control:");
+            SendOpen();
+        }
+        const std::lock_guard lock(mutex);
+        lines.push_back(line);
+    }
+
+    const std::filesystem::path project;
+    const bool refuses;
+    lo_server server;
+    /// Leaks with the test.
+    lo_address client = nullptr;
+    std::mutex mutex;
+    std::vector<std::string> lines;
+    std::jthread thread;
+};
+
+} // namespace test

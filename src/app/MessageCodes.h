@@ -32,6 +32,15 @@ constexpr uint32 kSampleLoadedCode = FourCC("SMPL");
 /// The logo bar's: ends all that sounds.
 constexpr uint32 kSilenceCode = FourCC("SILE");
 
+// The sound becomes another one, as the functions of VexaView say.
+
+constexpr uint32 kUndoCode = FourCC("UNDO");
+constexpr uint32 kRedoCode = FourCC("REDO");
+constexpr uint32 kInitialSoundCode = FourCC("INIT");
+constexpr uint32 kMutateCode = FourCC("MUTA");
+constexpr uint32 kSwitchSlotCode = FourCC("SLOT");
+constexpr uint32 kCopySlotCode = FourCC("SLCP");
+
 /// A program change has come.
 constexpr uint32 kProgramCode = FourCC("PROG");
 

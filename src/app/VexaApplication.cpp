@@ -45,7 +45,7 @@ VexaApplication::VexaApplication(const AppOptions& options, const kits::ProgramF
     if (options.file)
         view.Open(*options.file);
     // What the command line asks for is no change.
-    view.TakeAsSaved();
+    view.BeginHistory();
     if (options.voices)
         Choose(view.VoicesMenu(), VoicesCode(*options.voices));
     if (options.channel)

@@ -6,6 +6,7 @@
 #include "app/MessageCodes.h"
 #include "kits/interface/Alert.h"
 #include "kits/interface/Control.h"
+#include "kits/interface/Gesture.h"
 #include "kits/interface/Menu.h"
 #include "kits/midi/MidiRoster.h"
 #include "kits/support/Published.h"
@@ -56,15 +57,18 @@ VexaView::VexaView(BRect frame, const char* name, const kits::ProgramFolders& fo
     AddEnvelopes();
     AddHint();
     ColorsChanged();
+    slots[slot].emplace(ConfirmedSound(), "");
     if (plugin)
         StartAttached();
     else
         StartGraph();
-    TakeAsSaved();
+    BeginHistory();
+    kits::BeforeEachPress([this] { NoteSteps(); });
 }
 
 VexaView::~VexaView() {
     closing = true;
+    kits::BeforeEachPress(nullptr);
     keyboard.ReleaseAll();
 }
 
@@ -235,6 +239,7 @@ void VexaView::Draw(BRect) {
 
 void VexaView::Pulse() {
     kits::CollectRetired();
+    NoteSteps();
     FollowMacros();
     ShowWhatChanges();
     // The formula plays on.

@@ -41,20 +41,26 @@ bool VexaView::Install(const Function& function) {
     if (!isSample)
         pause.emplace(field);
     const FunctionReport report = instrument.SetFunction(function);
-    // What fails without an alert plays all the same.
-    const bool installed = report.alerts.empty();
-    if (installed)
-        sampleMissing = false;
-    if (!isSample) {
-        expressionWrong = !installed;
-        refusal = installed ? "" : report.details;
-        field.MarkWrong(!installed);
-        field.SetToolTip(refusal.c_str());
-    }
+    const bool installed = MarkInstalled(function, report);
     if (!installed)
         ShowFailure(report);
     else if (!report.details.empty())
         std::fprintf(stderr, "vexa: %s\n", report.details.c_str());
+    return installed;
+}
+
+/// Marks an expression that could not be installed; true where the function could.
+bool VexaView::MarkInstalled(const Function& function, const FunctionReport& report) {
+    // What fails without an alert plays all the same.
+    const bool installed = report.alerts.empty();
+    if (installed)
+        sampleMissing = false;
+    if (function.kind != FunctionKind::Sample) {
+        expressionWrong = !installed;
+        refusal = installed ? "" : report.details;
+        Field(FunctionField::Expression).MarkWrong(!installed);
+        Field(FunctionField::Expression).SetToolTip(refusal.c_str());
+    }
     return installed;
 }
 
@@ -81,16 +87,15 @@ void VexaView::ShowKind() {
 
 bool VexaView::Compile(const char* expression) {
     Function function = ConstructFunction();
+    if (function.kind != FunctionKind::Expression ||
+        instrument.State().function.expression != expression)
+        function.author = kDefaultAuthor;
     function.kind = FunctionKind::Expression;
     function.expression = expression;
-    function.author = kDefaultAuthor;
     const bool installed = Install(function);
     // A sample that sounds stays what would be saved, as long as the expression is wrong.
-    if (!installed && SampleMode()) {
-        function = instrument.State().function;
-        function.author = kDefaultAuthor;
-    }
-    instrument.Adopt(function);
+    if (installed || !SampleMode())
+        instrument.Adopt(function);
     if (!SampleMode())
         ShowKind();
     return installed;
@@ -114,11 +119,12 @@ void VexaView::OpenSample(const std::string& path) {
 
 void VexaView::TakeSampleFrequency() {
     MarkNumber(FunctionField::Frequency);
+    Function function = instrument.State().function;
+    if (function.frequency != TextOf(FunctionField::Frequency))
+        function.author = kDefaultAuthor;
+    instrument.Adopt(function);
     // A text that is no frequency leaves the spiral as it is; the picture is shown all the same.
     instrument.SetSampleFrequency(TextOf(FunctionField::Frequency));
-    Function function = instrument.State().function;
-    function.author = kDefaultAuthor;
-    instrument.Adopt(function);
     plane->SetupBitmap();
     plane->Invalidate();
 }

@@ -34,8 +34,11 @@ constexpr float kSilenceHeight = 20;
 /// Whether the code is one of a control of the main view.
 bool IsCommand(uint32 code) {
     static constexpr uint32 kCommands[] = {
-        kExpressionTypedCode, kLoadFunctionCode, kSaveFunctionCode, kLoadSoundCode,
-        kSaveSoundCode,       kLoadSampleCode,   kAllChannelsCode,
+        kExpressionTypedCode, kLoadFunctionCode, kSaveFunctionCode,
+        kLoadSoundCode,       kSaveSoundCode,    kLoadSampleCode,
+        kAllChannelsCode,     kUndoCode,         kRedoCode,
+        kInitialSoundCode,    kMutateCode,       kSwitchSlotCode,
+        kCopySlotCode,
     };
     const auto between = [code](uint32 first, uint32 last) {
         return first <= code && code <= last;
@@ -157,6 +160,14 @@ void VexaWindow::SetDark(bool on) {
 }
 
 bool VexaWindow::TakeShortcut(const kits::KeyPress& press) {
+    if (press.character == U'Z' && press.modifiers == B_CONTROL_KEY) {
+        mainView->Undo();
+        return true;
+    }
+    if (press.character == U'Z' && press.modifiers == (B_CONTROL_KEY | B_SHIFT_KEY)) {
+        mainView->Redo();
+        return true;
+    }
     if (press.key == kits::Key::F9 && !classic) {
         ShowPart(Part::Drawer, !IsShown(Part::Drawer));
         return true;
@@ -202,7 +213,7 @@ void VexaWindow::MessageReceived(BMessage* message) {
 
 bool VexaWindow::QuitRequested() {
     // Asked again, it finds nothing that is not saved.
-    if (!attached && !mainView->MayGiveUp([this] { PostMessage(B_QUIT_REQUESTED); }))
+    if (!attached && !mainView->MayGiveUpBoth([this] { PostMessage(B_QUIT_REQUESTED); }))
         return false;
     be_app->PostMessage(B_QUIT_REQUESTED);
     return true;

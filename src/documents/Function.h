@@ -62,4 +62,10 @@ struct Function {
     bool operator==(const Function&) const = default;
 };
 
+/// Whether they are computed from the same expression or file.
+inline bool HaveOneSource(const Function& a, const Function& b) {
+    return a.kind == b.kind && (a.kind == FunctionKind::Sample ? a.sampleFile == b.sampleFile
+                                                               : a.expression == b.expression);
+}
+
 } // namespace vexa

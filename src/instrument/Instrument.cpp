@@ -182,8 +182,10 @@ bool Instrument::Wind(const std::string& frequency) {
 }
 
 TextFault Instrument::Edit(const Parameter& row, const std::string& text) {
-    sound.texts[static_cast<std::size_t>(&row - Parameters().data())] = text;
-    sound.author = kDefaultAuthor;
+    std::string& present = sound.texts[static_cast<std::size_t>(&row - Parameters().data())];
+    if (present != text)
+        sound.author = kDefaultAuthor;
+    present = text;
     changes++;
     return ApplyText(row, text, engine.parameters);
 }
@@ -211,8 +213,7 @@ FunctionReport Instrument::ChangeFunction(const Function& from, const Function& 
     FunctionReport report;
     Function next = to;
     const bool isSample = to.kind == FunctionKind::Sample;
-    if (from.kind != to.kind ||
-        (isSample ? from.sampleFile != to.sampleFile : from.expression != to.expression)) {
+    if (!HaveOneSource(from, to)) {
         report = SetFunction(to);
         const bool failed = !report.alerts.empty();
         if (failed && isSample)
@@ -245,19 +246,22 @@ void Instrument::SetMacros(const Function& function) {
         toldMacros[i] = saidMacros[i].value;
 }
 
-TextFault Instrument::EditMacroValue(std::size_t macro, const std::string& text) {
-    sound.function.macros[macro].value = text;
-    sound.function.author = kDefaultAuthor;
+void Instrument::EditMacro(std::string& present, const std::string& text) {
+    if (present != text)
+        sound.function.author = kDefaultAuthor;
+    present = text;
     changes++;
+}
+
+TextFault Instrument::EditMacroValue(std::size_t macro, const std::string& text) {
+    EditMacro(sound.function.macros[macro].value, text);
     const TextFault fault = ApplyMacroValue(text, saidMacros[macro]);
     toldMacros[macro] = saidMacros[macro].value;
     return fault;
 }
 
 TextFault Instrument::EditMacroController(std::size_t macro, const std::string& text) {
-    sound.function.macros[macro].controller = text;
-    sound.function.author = kDefaultAuthor;
-    changes++;
+    EditMacro(sound.function.macros[macro].controller, text);
     return ApplyMacroController(text, saidMacros[macro]);
 }
 

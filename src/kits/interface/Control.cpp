@@ -45,6 +45,10 @@ class Line : public QLineEdit {
             clearFocus();
             // The window may have a use for the key too.
             event->ignore();
+        } else if ((event->matches(QKeySequence::Undo) && text().toStdString() == *confirmed) ||
+                   (event->matches(QKeySequence::Redo) && !isRedoAvailable())) {
+            // There is no typing to take back.
+            event->ignore();
         } else {
             QLineEdit::keyPressEvent(event);
         }
@@ -222,6 +226,8 @@ bool BTextControl::IsFocus() const {
 }
 
 void BTextControl::MarkWrong(bool wrong) {
+    if (line->property("wrong").toBool() == wrong)
+        return;
     line->setProperty("wrong", wrong);
     line->style()->unpolish(line);
     line->style()->polish(line);

@@ -275,6 +275,7 @@ class VexaView : public BView {
     };
     History& Steps() { return *slots[slot]; }
     const History& Steps() const { return *slots[slot]; }
+    void NoteStep(const std::string& name);
     void Become(const Sound& next);
     void OpenOtherSlot();
 

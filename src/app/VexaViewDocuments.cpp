@@ -135,10 +135,8 @@ void VexaView::InterpretSound(const Sound& sound) {
 /// Which is one step, called so; the sound is that of a file then.
 void VexaView::LoadAs(const Sound& sound, const std::string& name, const std::string& step) {
     NoteSteps();
-    {
-        const Busy now(busy);
-        InterpretSound(sound);
-    }
+    const Busy now(busy);
+    InterpretSound(sound);
     Steps().Load(ConfirmedSound(), name, step);
     notedAt = Edits();
     TakeAsSaved();
@@ -150,12 +148,9 @@ bool VexaView::LoadFunction(const std::filesystem::path& path) {
     Tell(path, report);
     if (function) {
         NoteSteps();
-        {
-            const Busy now(busy);
-            InterpretFunction(*function);
-        }
-        Steps().Do(ConfirmedSound(), "function " + path.stem().string());
-        notedAt = Edits();
+        const Busy now(busy);
+        InterpretFunction(*function);
+        NoteStep("function " + path.stem().string());
     } else {
         ErrorAlert(function.Fault().text, report.reason);
     }

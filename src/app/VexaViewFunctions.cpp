@@ -102,6 +102,8 @@ bool VexaView::Compile(const char* expression) {
 }
 
 bool VexaView::LoadSample(const char* path) {
+    NoteSteps();
+    const Busy now(busy);
     Function function = ConstructFunction();
     function.kind = FunctionKind::Sample;
     function.sampleFile = SampleFileName(path, folders);
@@ -110,6 +112,7 @@ bool VexaView::LoadSample(const char* path) {
         return false;
     ShowKind();
     MarkNumber(FunctionField::Frequency);
+    NoteStep("sample " + std::filesystem::path(path).stem().string());
     return true;
 }
 

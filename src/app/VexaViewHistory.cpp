@@ -29,6 +29,12 @@ void VexaView::NoteSteps() {
                  {gesture.number, gesture.held, std::chrono::steady_clock::now()});
 }
 
+/// All that has changed since NoteSteps is one step, which is called so.
+void VexaView::NoteStep(const std::string& name) {
+    Steps().Do(ConfirmedSound(), name);
+    notedAt = Edits();
+}
+
 /// Controllers that move macros are playing. Those of a plug-in its host may have moved, and what
 /// the host does is not for the document.
 void VexaView::FollowMacros() {
@@ -100,7 +106,7 @@ void VexaView::MutateSound(uint64 seed) {
     if (next == before)
         return;
     Become(next);
-    Steps().Do(next, "mutation");
+    NoteStep("mutation");
 }
 
 /// Both are of a file then.

@@ -42,7 +42,7 @@ using Names = std::vector<std::string>;
 void AddFunction(const Function& from, const Function& to, Names& names) {
     if (!HaveOneSource(from, to))
         names.emplace_back(to.kind == FunctionKind::Sample ? "sample" : "formula");
-    if (from.frequency != to.frequency)
+    if (to.kind == FunctionKind::Sample && from.frequency != to.frequency)
         names.emplace_back("sample frequency");
     if (from.width != to.width || from.linkFunction != to.linkFunction ||
         from.linkScreen != to.linkScreen)

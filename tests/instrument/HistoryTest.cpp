@@ -41,7 +41,11 @@ const struct {
          s.function.kind = vexa::FunctionKind::Sample;
          s.function.sampleFile = std::to_string(v);
      }},
-    {"sample frequency", [](Sound& s, int v) { s.function.frequency = std::to_string(v); }},
+    {"sample frequency",
+     [](Sound& s, int v) {
+         if (s.function.kind == vexa::FunctionKind::Sample)
+             s.function.frequency = std::to_string(v);
+     }},
     {"view of the plane",
      [](Sound& s, int v) { s.function.width = s.function.linkScreen.y = std::to_string(v); }},
     {"macro b", [](Sound& s, int v) { s.function.macros[1].value = std::to_string(v); }},
@@ -75,6 +79,8 @@ TEST(History, NamesWhatASoundDiffersIn) {
         Sound from;
         if (name == std::string("bend"))
             from.playing.emplace();
+        if (name == std::string("sample frequency"))
+            from.function.kind = vexa::FunctionKind::Sample;
         Sound to = from;
         change(to, 7);
         EXPECT_EQ(vexa::Difference(from, to), name);

@@ -82,9 +82,12 @@ void Type(BWindow& window, const char* text) {
     Settle();
 }
 
-void TypeKey(BWindow& window, int key) {
+void TypeKey(BWindow& window, int key, uint32 modifiers) {
     QWidget* focus = window.Widget().focusWidget();
-    QTest::keyClick(focus ? focus : &window.Widget(), static_cast<Qt::Key>(key));
+    Qt::KeyboardModifiers beside;
+    beside.setFlag(Qt::ShiftModifier, modifiers & B_SHIFT_KEY);
+    beside.setFlag(Qt::ControlModifier, modifiers & B_CONTROL_KEY);
+    QTest::keyClick(focus ? focus : &window.Widget(), static_cast<Qt::Key>(key), beside);
     Settle();
 }
 

@@ -25,9 +25,10 @@ void Click(BView& view, BPoint where, uint32 button = B_PRIMARY_MOUSE_BUTTON);
 /// Presses two buttons together.
 void PressChord(BView& view, BPoint where);
 
-/// Types into whatever has the focus in the window: a text, or one of the toolkit's keys.
+/// Types into whatever has the focus in the window: a text, or one of the toolkit's keys, beside
+/// B_CONTROL_KEY and so on, added up.
 void Type(BWindow& window, const char* text);
-void TypeKey(BWindow& window, int key);
+void TypeKey(BWindow& window, int key, uint32 modifiers = 0);
 
 /// What the view and its children look like.
 QImage Picture(BView& view);

@@ -200,6 +200,7 @@ void BTextControl::Type(const char* next) {
 
 void BTextControl::Confirm() {
     confirmed = Text();
+    changes++;
     Invoke();
 }
 

@@ -81,7 +81,7 @@ class BTextControl : public BControl {
     void SetModificationMessage(BMessage* message);
     /// Whether the text is another one than that which was confirmed.
     bool IsEdited() const;
-    /// How often the text has changed, whoever changed it.
+    /// How often the text has changed, whoever changed it, or was confirmed.
     uint64 Changes() const { return changes; }
     /// Where the character at that byte of the text is shown, in pixels from the left; beyond an
     /// edge where it is scrolled out of the field.

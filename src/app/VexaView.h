@@ -93,12 +93,13 @@ class VexaView : public BView {
     bool MayGiveUp(const std::function<void()>& then);
     /// The same for the sounds of both slots.
     bool MayGiveUpBoth(const std::function<void()>& then);
-    /// Of the file, without its extension.
-    const std::string& SoundName() const { return Steps().File().name; }
     /// The sound's name, a mark where it has changed, and what is worth knowing: that there is no
     /// audio device, or for how many voices of the function on the plane there is time where those
     /// are fewer than may be chosen.
     std::string Caption() const;
+    /// Of the file, without its extension.
+    const std::string& SoundName() const { return Steps().File().name; }
+    const kits::ProgramFolders& Folders() const { return folders; }
 
     /// As Instrument::Prefer.
     void Prefer(const PlayingTexts& choices) { instrument.Prefer(choices); }
@@ -175,6 +176,8 @@ class VexaView : public BView {
     BMenu& VoicesMenu() { return *voicesMenu; }
     BMenu& ChannelMenu() { return *channelMenu; }
     BMenu& DeviceMenu() { return *deviceMenu; }
+    /// Not where a plug-in plays.
+    bool HasGraph() const { return graph != nullptr; }
     AudioGraph& Graph() { return *graph; }
     Instrument& Played() { return instrument; }
     /// What the plane shows: what plays, or what is being typed.

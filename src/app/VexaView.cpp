@@ -239,7 +239,7 @@ void VexaView::Draw(BRect) {
 
 void VexaView::Pulse() {
     kits::CollectRetired();
-    NoteSteps();
+    EndJoining();
     FollowMacros();
     ShowWhatChanges();
     // The formula plays on.

@@ -280,6 +280,7 @@ class VexaView : public BView {
     const History& Steps() const { return *slots[slot]; }
     void NoteStep(const std::string& name);
     void Become(const Sound& next);
+    void EndJoining();
     void OpenOtherSlot();
 
     kits::ProgramFolders folders;
@@ -292,6 +293,8 @@ class VexaView : public BView {
     std::size_t slot = 0;
     /// The number of edits that the steps know.
     uint64 notedAt = 0;
+    /// For so many pulses more what sounds goes on from what the sound before was.
+    int pulsesOfJoining = 0;
     /// So many of Busy there are.
     int busy = 0;
     /// Whether the sound has changed, and the number of edits at which that was so.

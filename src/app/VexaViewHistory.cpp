@@ -11,6 +11,13 @@
 
 namespace vexa {
 
+namespace {
+
+/// Long enough for the media thread to have taken all up.
+constexpr int kPulsesOfJoining = 3;
+
+} // namespace
+
 void VexaView::BeginHistory() {
     const std::string name = SoundName();
     slots[slot].emplace(ConfirmedSound(), name);
@@ -49,9 +56,12 @@ void VexaView::FollowMacros() {
     notedAt = Edits();
 }
 
-/// The present sound becomes another one, which is known to the steps already or will be.
+/// The present sound becomes another one, which is known to the steps already or will be. What is
+/// the same plays on, and notes that sound go over to it without a step.
 void VexaView::Become(const Sound& next) {
     const Busy now(busy);
+    Playing().renderer.SetJoins(true);
+    pulsesOfJoining = kPulsesOfJoining;
     EndTyping();
     const Function before = instrument.State().function;
     const Function& function = next.function;
@@ -71,6 +81,12 @@ void VexaView::Become(const Sound& next) {
     ShowKind();
     PutSound(next);
     notedAt = Edits();
+}
+
+/// At a pulse.
+void VexaView::EndJoining() {
+    if (pulsesOfJoining > 0 && --pulsesOfJoining == 0)
+        Playing().renderer.SetJoins(false);
 }
 
 void VexaView::Undo() {

@@ -230,6 +230,7 @@ std::string HostedInstrument::Install(Sound next, const std::string& sample, boo
             return Fault(tried, own);
     }
     installed = true;
+    instrument.Playing().renderer.SetJoins(false);
     const FunctionReport report = instrument.Load(next);
     // A sample that has gone is silent, and the sound still says which it was.
     if (!report.alerts.empty())

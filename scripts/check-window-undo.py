@@ -339,7 +339,7 @@ def main():
         faults = 0
         with running(programs / "vexa", "--classic", **said):
             window = Window(programs)
-            window.sample_button = (55, 448)
+            window.sample_button = (55, 399)
             print(f"{len(window.fields)} fields")
             faults += check_documents(window, options.gestures, options.seed)
             if options.pictures:

@@ -123,6 +123,8 @@ bool AreAlike(Sound a, const Sound& b) {
         a.function.sampleFile = b.function.sampleFile;
         a.function.frequency = b.function.frequency;
     }
+    if (a.function.kind != FunctionKind::Picture)
+        a.function.pictureFile = b.function.pictureFile;
     return a == b;
 }
 

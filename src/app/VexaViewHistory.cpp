@@ -65,18 +65,18 @@ void VexaView::Become(const Sound& next) {
     EndTyping();
     const Function before = instrument.State().function;
     const Function& function = next.function;
-    const bool isSample = function.kind == FunctionKind::Sample;
+    const bool isExpression = function.kind == FunctionKind::Expression;
     const FunctionReport report = instrument.Change(ConfirmedSound(), next);
     // As it was, also where it was wrong or could not be found.
     instrument.Adopt(function);
     if (!HaveOneSource(before, function)) {
         // The person knows of an expression that is wrong.
-        if (!MarkInstalled(function, report) && isSample) {
-            sampleMissing = true;
+        if (!MarkInstalled(function, report) && !isExpression) {
+            fileMissing = true;
             ShowFailure(report);
         }
     }
-    if (!isSample)
+    if (isExpression)
         Put(FunctionField::Expression, function.expression);
     ShowKind();
     PutSound(next);

@@ -9,31 +9,36 @@ namespace vexa {
 
 namespace {
 
-using Pair = std::pair<std::string_view, std::string_view>;
+using Words = std::pair<std::string_view, const char*>;
 
-/// Of the groups of coefficients in a document, and of a group's elements.
-constexpr Pair kGroups[] = {
+/// By the names of documents, which are those of the tables.
+constexpr Words kGroups[] = {
     {"dcxdt", "drift of centre x"},
     {"dcydt", "drift of centre y"},
     {"ax", "radius x"},
     {"ay", "radius y"},
     {"cx0", "start of centre x"},
     {"cy0", "start of centre y"},
-    {"fx", "ratio x"},
-    {"fy", "ratio y"},
+    {"fx", "turns in x"},
+    {"fy", "turns in y"},
 };
-constexpr Pair kElements[] = {
-    {"env", "envelope's factor"},    {"vel", "velocity"}, {"key", "key"}, {"ctl", "controller"},
-    {"ctlnum", "controller number"}, {"one", "constant"},
+constexpr Words kElements[] = {
+    {"env", "times the envelope"},
+    {"one", "for every note"},
+    {"vel", "velocity"},
+    {"key", "key"},
+    {"ctl", "controller"},
+    {"ctlnum", "number of the controller"},
+    {"", "per period of the note"},
 };
 
-template<std::size_t Count>
-std::string Worded(const Pair (&words)[Count], std::string_view name) {
-    for (const auto& [element, word] : words) {
-        if (element == name)
-            return std::string(word);
+template<std::size_t N>
+const char* WordsFor(const Words (&table)[N], std::string_view name) {
+    for (const auto& [known, words] : table) {
+        if (known == name)
+            return words;
     }
-    return std::string(name);
+    return "";
 }
 
 /// Of the parts that differ, in order.
@@ -41,7 +46,9 @@ using Names = std::vector<std::string>;
 
 void AddFunction(const Function& from, const Function& to, Names& names) {
     if (!HaveOneSource(from, to))
-        names.emplace_back(to.kind == FunctionKind::Sample ? "sample" : "formula");
+        names.emplace_back(to.kind == FunctionKind::Expression ? "formula"
+                           : to.kind == FunctionKind::Sample   ? "sample"
+                                                               : "picture");
     if (to.kind == FunctionKind::Sample && from.frequency != to.frequency)
         names.emplace_back("sample frequency");
     if (from.width != to.width || from.linkFunction != to.linkFunction ||
@@ -71,8 +78,11 @@ void AddPlaying(const Sound& from, const Sound& to, Names& names) {
 } // namespace
 
 std::string NameOf(const Parameter& row) {
-    const std::string group = Worded(kGroups, row.group);
-    return row.element.empty() ? group : group + ", " + Worded(kElements, row.element);
+    return std::string(WordsFor(kGroups, row.group)) + ", " + WordsFor(kElements, row.element);
+}
+
+std::string NameOfEnvelope(std::size_t envelope) {
+    return std::string("envelope of ") + WordsFor(kGroups, EnvelopePlaces()[envelope].group);
 }
 
 std::string Difference(const Sound& from, const Sound& to) {
@@ -84,7 +94,7 @@ std::string Difference(const Sound& from, const Sound& to) {
     }
     for (std::size_t i = 0; i < EnvelopePlaces().size(); i++) {
         if (from.envelopes[i] != to.envelopes[i])
-            names.push_back("envelope of " + std::string(EnvelopePlaces()[i].name.substr(3)));
+            names.push_back(NameOfEnvelope(i));
     }
     AddPlaying(from, to, names);
     if (names.size() > 2)

@@ -36,7 +36,8 @@ class UndoTest : public test::MainViewTest {
         test::TypeKey(*window, Qt::Key_Return);
     }
     void Press(bool redo) {
-        test::TypeKey(*window, Qt::Key_Z, B_CONTROL_KEY | (redo ? B_SHIFT_KEY : 0));
+        test::TypeKey(*window, Qt::Key_Z,
+                      redo ? Qt::ControlModifier | Qt::ShiftModifier : Qt::ControlModifier);
     }
     std::string Document() const { return vexa::SoundText(view->ConstructSound()); }
     /// With all that it may hear at one half.
@@ -180,7 +181,7 @@ TEST_F(UndoTest, AGestureIsOneStepWithAName) {
     const std::vector<vexa::EnvPoint> points = std::as_const(editor).Points();
     DragPoint(editor, 1, {90, 20});
     EXPECT_NE(std::as_const(editor).Points(), points);
-    undoes("envelope of Ax");
+    undoes("envelope of radius x");
     EXPECT_EQ(std::as_const(editor).Points(), points);
     EXPECT_EQ(editor.Value(0.1F, false, 0), vexa::EnvelopeCurve(points, 0).Value(0.1F, false, 0));
     Press(true);

@@ -53,14 +53,15 @@ const struct {
      [](Sound& s, int v) { s.function.macros[3].controller = std::to_string(v); }},
     {"drift of centre x, velocity",
      [](Sound& s, int v) { Text(s, ParameterId::Cx1) = std::to_string(v); }},
-    {"start of centre y, constant",
+    {"start of centre y, for every note",
      [](Sound& s, int v) { Text(s, ParameterId::C0y0) = std::to_string(v); }},
-    {"ratio x", [](Sound& s, int v) { Text(s, ParameterId::Fx) = std::to_string(v); }},
-    {"envelope of Ax",
+    {"turns in x, per period of the note",
+     [](Sound& s, int v) { Text(s, ParameterId::Fx) = std::to_string(v); }},
+    {"envelope of radius x",
      [](Sound& s, int v) {
          s.envelopes[2].push_back({float(v), true, 0});
      }},
-    {"envelope of Cy",
+    {"envelope of drift of centre y",
      [](Sound& s, int v) {
          s.envelopes[1] = {{0, false, float(v)}};
      }},
@@ -91,7 +92,7 @@ TEST(History, NamesWhatASoundDiffersIn) {
     three = two;
     three.function.expression = "x";
     EXPECT_EQ(vexa::Difference({}, two),
-              "radius x, envelope's factor and radius y, envelope's factor");
+              "radius x, times the envelope and radius y, times the envelope");
     EXPECT_EQ(vexa::Difference({}, three), "several parts");
 }
 
@@ -163,7 +164,7 @@ TEST(History, AGestureIsOneStep) {
     EXPECT_EQ(take(ParameterId::Ax0, "2", At(3000, 2, true)), 6U);
     EXPECT_EQ(take(ParameterId::Ay0, "2", At(9000, 2, true)), 6U);
     EXPECT_EQ(take(ParameterId::Ay0, "3", At(9100, 2)), 6U) << "known after the button was let go";
-    EXPECT_EQ(history.UndoName(), "radius x, envelope's factor and radius y, envelope's factor");
+    EXPECT_EQ(history.UndoName(), "radius x, times the envelope and radius y, times the envelope");
     EXPECT_EQ(take(ParameterId::Ay0, "4", At(9400, 2)), 7U) << "by the wheel, thereafter";
     EXPECT_EQ(take(ParameterId::Ay0, "5", At(9500, 3, true)), 8U);
     EXPECT_EQ(take(ParameterId::Ay0, "4", At(9600, 3, true)), 7U) << "and back";

@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What the fields of the main view are called where they are read out.
+#pragma once
+
+#include "app/FieldId.h"
+
+#include <string>
+
+namespace vexa {
+
+/// In words that a person understands: "drift of centre x, velocity".
+std::string SpokenName(FieldId id);
+
+} // namespace vexa

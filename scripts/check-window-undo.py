@@ -231,7 +231,7 @@ def gesture(window, chance, point):
 
 def check_documents(window, gestures, seed):
     chance = random.Random(seed)
-    documents = [window.save("0.xml")]
+    documents, kinds = [window.save("0.xml")], [""]
     point, counts = None, {}
     for i in range(gestures):
         kind, point = gesture(window, chance, point)
@@ -239,6 +239,7 @@ def check_documents(window, gestures, seed):
         document = window.save("now.xml")
         if document != documents[-1]:
             documents.append(document)
+            kinds.append(kind)
     print(f"{gestures} gestures have made {len(documents) - 1} changes:",
           ", ".join(f"{count} x {kind}" for kind, count in sorted(counts.items())))
     faults = 0
@@ -253,7 +254,7 @@ def check_documents(window, gestures, seed):
     for i, expected in enumerate(documents[1:], 1):
         window.redo()
         if window.save("step.xml") != expected:
-            print(f"step {i} of {len(documents) - 1} is ANOTHER one")
+            print(f"step {i} of {len(documents) - 1}, {kinds[i]}, is ANOTHER one")
             faults += 1
             break
     else:

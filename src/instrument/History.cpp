@@ -87,12 +87,15 @@ void History::Push(const std::string& name, Version after, const GestureMoment& 
 }
 
 void History::Load(const Sound& sound, const std::string& name, const std::string& step) {
+    if (sound == Present() && name == File().name)
+        return;
     auto file = std::make_shared<SoundFile>(SoundFile{name, sound});
     Push(step, Version(sound, std::move(file), &present), {}, false);
 }
 
 void History::Do(const Sound& sound, const std::string& step) {
-    Push(step, Version(sound, present.file, &present), {}, false);
+    if (sound != Present())
+        Push(step, Version(sound, present.file, &present), {}, false);
 }
 
 void History::Play(const Sound& sound) {

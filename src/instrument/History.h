@@ -51,7 +51,7 @@ class History {
     /// it is the same as before.
     void Take(const Sound& sound, const GestureMoment& moment);
     /// A step of its own, whatever comes before and after it, which is called so; the sound is that
-    /// of a file from there on. Also where it is the same.
+    /// of a file from there on. Nothing happens where both are the same as before.
     void Load(const Sound& sound, const std::string& name, const std::string& step);
     /// The same without another file.
     void Do(const Sound& sound, const std::string& step);

@@ -223,6 +223,9 @@ TEST(History, KnowsWhatIsSaved) {
     history.Undo();
     EXPECT_TRUE(isSaved());
     EXPECT_EQ(history.File().name, "mine");
+    history.Load(history.Present(), "mine", "sound mine");
+    history.Do(history.Present(), "mutation");
+    EXPECT_EQ(history.UndoName(), "radius x, times the envelope");
     history.Do(Sound(), "mutation");
     EXPECT_EQ(history.UndoName(), "mutation");
     EXPECT_EQ(history.File().name, "mine");

@@ -332,7 +332,8 @@ def main():
         read, write = os.pipe()
         stack.enter_context(running("Xvfb", "-displayfd", str(write), "-screen", "0", "1600x900x24",
                                     "-nolisten", "tcp", pass_fds=(write,), **quiet))
-        os.environ["DISPLAY"] = ":" + os.read(read, 16).decode().strip()
+        with os.fdopen(read) as number:
+            os.environ["DISPLAY"] = ":" + number.readline().strip()
         stack.enter_context(running("openbox", **quiet))
         stack.enter_context(running("jackd", "-r", "-n", name, "-d", "dummy", "-r", str(RATE), "-p", "256",
                                     **quiet))

@@ -337,7 +337,7 @@ def main():
         stack.enter_context(running("openbox", **quiet))
         stack.enter_context(running("jackd", "-r", "-n", name, "-d", "dummy", "-r", str(RATE), "-p", "256",
                                     **quiet))
-        time.sleep(1)
+        wait_for("the JACK server", lambda: "system:playback_1" in run("jack_lsp"))
         faults = 0
         with running(programs / "vexa", "--classic", **said):
             window = Window(programs)

@@ -59,7 +59,8 @@ class Attachment {
     std::jthread thread;
 };
 
-/// Whether they differ in nothing but whose they are.
+/// Whether they differ in nothing but whose they are, and what is not written of them: of a
+/// function the texts that are of the other kind.
 bool AreAlike(Sound a, const Sound& b);
 
 } // namespace vexa

@@ -1,44 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/FieldNames.h"
 
-#include <string_view>
-#include <utility>
+#include "instrument/SoundParts.h"
 
 namespace vexa {
 
 namespace {
-
-using Words = std::pair<std::string_view, const char*>;
-
-/// By the names of documents, which are those of the tables.
-constexpr Words kGroups[] = {
-    {"dcxdt", "drift of centre x"},
-    {"dcydt", "drift of centre y"},
-    {"ax", "radius x"},
-    {"ay", "radius y"},
-    {"cx0", "start of centre x"},
-    {"cy0", "start of centre y"},
-    {"fx", "turns in x"},
-    {"fy", "turns in y"},
-};
-constexpr Words kElements[] = {
-    {"env", "times the envelope"},
-    {"one", "for every note"},
-    {"vel", "velocity"},
-    {"key", "key"},
-    {"ctl", "controller"},
-    {"ctlnum", "number of the controller"},
-    {"", "per period of the note"},
-};
-
-template<std::size_t N>
-const char* WordsFor(const Words (&table)[N], std::string_view name) {
-    for (const auto& [known, words] : table) {
-        if (known == name)
-            return words;
-    }
-    return "";
-}
 
 const char* NameOf(FunctionField field) {
     switch (field) {
@@ -65,18 +32,13 @@ const char* NameOf(FunctionField field) {
 std::string SpokenName(FieldId id) {
     for (const Parameter& row : Parameters()) {
         if (id == FieldId(row.id))
-            return std::string(WordsFor(kGroups, row.group)) + ", " +
-                   WordsFor(kElements, row.element);
+            return NameOf(row);
     }
     for (const FunctionFieldRow& row : FunctionFields()) {
         if (id == FieldId(row.id))
             return NameOf(row.id);
     }
     return "";
-}
-
-std::string SpokenEnvelopeName(std::size_t envelope) {
-    return std::string("envelope of ") + WordsFor(kGroups, EnvelopePlaces()[envelope].group);
 }
 
 } // namespace vexa

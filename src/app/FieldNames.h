@@ -10,7 +10,5 @@ namespace vexa {
 
 /// In words that a person understands: "drift of centre x, velocity".
 std::string SpokenName(FieldId id);
-/// Of an envelope's editor, in the order of EnvelopePlaces(): "envelope of radius x".
-std::string SpokenEnvelopeName(std::size_t envelope);
 
 } // namespace vexa

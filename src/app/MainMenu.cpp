@@ -66,12 +66,23 @@ void FillMainMenu(BMenu& menu, VexaWindow& window) {
     Add(menu, "Save Sound…", kSaveSoundCode, view);
     Add(menu, "Save Picture…", kSavePictureCode, view);
     menu.AddItem(new BSeparatorItem);
+    Add(menu, "Initial Sound", kInitialSoundCode, view);
+    Add(menu, "Mutate", kMutateCode, view);
+    const std::string other = view.PresentSlot() == 'A' ? "B" : "A";
+    Add(menu, "Compare with " + other, kSwitchSlotCode, view);
+    Add(menu, "Copy to " + other, kCopySlotCode, view);
+    menu.AddItem(new BSeparatorItem);
     if (view.HasGraph()) {
         AddTuning(menu, view);
         Add(menu, "Program Changes Choose Sounds", kFollowProgramsCode, view)
             ->SetMarked(view.FollowsPrograms());
         menu.AddItem(new BSeparatorItem);
     }
+    Add(menu, "Sounds (F9)", kShowDrawerCode, window)
+        ->SetMarked(window.IsShown(VexaWindow::Part::Drawer));
+    Add(menu, "Strip for Playing (F10)", kShowStripCode, window)
+        ->SetMarked(window.IsShown(VexaWindow::Part::Strip));
+    Add(menu, "Dark Colours", kDarkCode, window)->SetMarked(window.IsDark());
     Add(menu, "Classic Look (F11)", kClassicCode, window)->SetMarked(window.IsClassic());
     menu.AddItem(new BSeparatorItem);
     Add(menu, "Help (F1)", kHelpCode, window);

@@ -47,6 +47,12 @@ constexpr uint32 kClassicCode = FourCC("CLSC");
 constexpr uint32 kHelpCode = FourCC("HELP");
 constexpr uint32 kAboutCode = FourCC("ABOU");
 
+// Which parts of the window are shown, and how: the other way than before.
+
+constexpr uint32 kShowDrawerCode = FourCC("DRWR");
+constexpr uint32 kShowStripCode = FourCC("STRP");
+constexpr uint32 kDarkCode = FourCC("DARK");
+
 /// The logo bar's: ends all that sounds.
 constexpr uint32 kSilenceCode = FourCC("SILE");
 
@@ -54,6 +60,15 @@ constexpr uint32 kSilenceCode = FourCC("SILE");
 
 constexpr uint32 kPreviousSoundCode = FourCC("PRVS");
 constexpr uint32 kNextSoundCode = FourCC("NXTS");
+
+// The sound becomes another one, as the functions of VexaView say.
+
+constexpr uint32 kUndoCode = FourCC("UNDO");
+constexpr uint32 kRedoCode = FourCC("REDO");
+constexpr uint32 kInitialSoundCode = FourCC("INIT");
+constexpr uint32 kMutateCode = FourCC("MUTA");
+constexpr uint32 kSwitchSlotCode = FourCC("SLOT");
+constexpr uint32 kCopySlotCode = FourCC("SLCP");
 
 /// A program change has come.
 constexpr uint32 kProgramCode = FourCC("PROG");

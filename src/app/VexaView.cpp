@@ -5,8 +5,10 @@
 #include "app/FieldNames.h"
 #include "app/FormulaHint.h"
 #include "app/MessageCodes.h"
+#include "instrument/SoundParts.h"
 #include "kits/interface/Alert.h"
 #include "kits/interface/Control.h"
+#include "kits/interface/Gesture.h"
 #include "kits/interface/Menu.h"
 #include "kits/midi/MidiRoster.h"
 #include "kits/support/Published.h"
@@ -61,15 +63,18 @@ VexaView::VexaView(BRect frame, const char* name, const kits::ProgramFolders& fo
     AddEnvelopes();
     AddHint();
     ColorsChanged();
+    slots[slot].emplace(ConfirmedSound(), "");
     if (plugin)
         StartAttached();
     else
         StartGraph();
-    TakeAsSaved();
+    BeginHistory();
+    kits::BeforeEachPress([this] { NoteSteps(); });
 }
 
 VexaView::~VexaView() {
     closing = true;
+    kits::BeforeEachPress(nullptr);
     keyboard.ReleaseAll();
 }
 
@@ -196,7 +201,7 @@ void VexaView::AddEnvelopes() {
         envelopes[i] =
             new EnvView(frame, "EnvView", place.minimum, place.maximum, kEnvelopeTimeRange,
                         B_FOLLOW_LEFT_RIGHT, Colors().editor, Colors().envelopes[i]);
-        envelopes[i]->SetAccessibleName(SpokenEnvelopeName(i));
+        envelopes[i]->SetAccessibleName(NameOfEnvelope(i));
         Playing().parameters.*place.target = envelopes[i];
         AddCoefficients(place.group);
         AddChild(envelopes[i]);
@@ -258,6 +263,7 @@ void VexaView::Draw(BRect) {
 }
 
 void VexaView::Pulse() {
+    EndJoining();
     Tend();
     ShowWhatChanges();
     LearnController();

@@ -10,6 +10,7 @@
 #include "app/NumberStep.h"
 #include "app/Settings.h"
 #include "audio/AudioGraph.h"
+#include "instrument/History.h"
 #include "instrument/Instrument.h"
 #include "instrument/PlaneFollower.h"
 #include "kits/interface/FilePanel.h"
@@ -95,20 +96,25 @@ class VexaView : public BView {
     bool Changed() const;
     /// The sound as it is counts as saved.
     void TakeAsSaved();
+    /// So it does, and what was before cannot be brought back by Undo.
+    void BeginHistory();
     /// Whether the sound may be given up: asks where it has changed. A person who wants to save it
     /// first gets the panel, and `then` is called after that.
     bool MayGiveUp(const std::function<void()>& then);
+    /// The same for the sounds of both slots.
+    bool MayGiveUpBoth(const std::function<void()>& then);
     /// The sound's name, a mark where it has changed, and what is worth knowing: that there is no
     /// audio device, or for how many voices of the function on the plane there is time where those
     /// are fewer than may be chosen.
     std::string Caption() const;
     /// The file that the sound was loaded from or saved to; empty where there is none.
     std::filesystem::path SoundPath() const;
+    /// Of the file, without its extension.
+    const std::string& SoundName() const { return Steps().File().name; }
     const kits::ProgramFolders& Folders() const { return folders; }
 
     /// What it is called from now on, as if it had come from a file of that name.
-    void NameSound(const std::string& name) { soundName = name; }
-    const std::string& SoundName() const { return soundName; }
+    void NameSound(const std::string& name) { Steps().File().name = name; }
 
     /// As Instrument::Prefer.
     void Prefer(const PlayingTexts& choices) { instrument.Prefer(choices); }
@@ -116,6 +122,35 @@ class VexaView : public BView {
     /// What the fields, the envelopes and the installed function say at present.
     Function ConstructFunction() const;
     Sound ConstructSound() const;
+
+    // Undo and redo, of all that changes the sound: see History for what a step is. What becomes
+    // another sound so does it at once, and what is the same in both plays on.
+
+    bool CanUndo() const { return Steps().CanUndo(); }
+    bool CanRedo() const { return Steps().CanRedo(); }
+    /// What they would take back or do again, such as "envelope of radius x"; empty if nothing.
+    std::string UndoName() const { return Steps().UndoName(); }
+    std::string RedoName() const { return Steps().RedoName(); }
+    /// Without effect where there is nothing.
+    void Undo();
+    void Redo();
+    /// Makes a step of what has changed since the last call. Is called after messages, at pulses
+    /// and before each press, and need not be called by those who change something.
+    void NoteSteps();
+
+    /// Begins anew, with a sound of little. Asks before it takes the place of one that has changed.
+    void InitialSound();
+    /// Changes a little of the sound by chance, or as a seed says (see Mutate), which is one step.
+    void MutateSound();
+    void MutateSound(uint64 seed);
+
+    /// There are two slots for a sound, each with its own steps, file and name. One of them is
+    /// played and edited; the other one is a copy of it when it is chosen for the first time.
+    char PresentSlot() const { return static_cast<char>('A' + slot); }
+    /// Plays the other one.
+    void SwitchAB();
+    /// Puts the present sound and its file into the other slot, which is one step there.
+    void CopyToOther();
 
     // Functions.
 
@@ -198,7 +233,6 @@ class VexaView : public BView {
     // Where a plug-in plays.
     void StartAttached();
     void TakeNews();
-    Sound PlayingSound() const;
     void WatchPlugin();
     static void Leave();
     void FollowMacros();
@@ -207,6 +241,7 @@ class VexaView : public BView {
     void Tend();
 
     // Messages.
+    void Take(BMessage* message);
     bool TakeParameter(uint32 code);
     bool TakePlaneControl(uint32 code);
     void MarkNumber(FieldId id, bool controller = false);
@@ -243,6 +278,7 @@ class VexaView : public BView {
 
     // Functions.
     bool Install(const Function& function);
+    bool MarkInstalled(const Function& function, const FunctionReport& report);
     void ShowFailure(const FunctionReport& report);
     void ShowKind();
     void TakeSampleFrequency();
@@ -251,11 +287,35 @@ class VexaView : public BView {
     uint64 Edits() const;
     void InterpretFunction(const Function& function);
     void InterpretSound(const Sound& sound);
+    void LoadAs(const Sound& sound, const std::string& name, const std::string& step);
+    Sound ConfirmedSound() const;
+    bool Put(FieldId field, const std::string& text);
+    void PutPlaneFields(const Function& function);
+    void PutSound(const Sound& sound);
     using Writer = std::function<kits::Result<void>(const std::filesystem::path&)>;
     bool Save(const std::string& name, const char* folder, const Writer& write);
-    void SetAndInvoke(FieldId field, const std::string& text);
     std::string TextOf(FieldId field) const;
     void ConnectChosenSource();
+
+    // Undo and redo.
+
+    /// While one lives, changes are parts of a step that is being made.
+    class Busy {
+      public:
+        explicit Busy(int& count) : count(count) { count++; }
+        ~Busy() { count--; }
+        Busy(const Busy&) = delete;
+        Busy& operator=(const Busy&) = delete;
+
+      private:
+        int& count;
+    };
+    History& Steps() { return *slots[slot]; }
+    const History& Steps() const { return *slots[slot]; }
+    void NoteStep(const std::string& name);
+    void Become(const Sound& next);
+    void EndJoining();
+    void OpenOtherSlot();
 
     kits::ProgramFolders folders;
     Attachment* const plugin;
@@ -263,10 +323,15 @@ class VexaView : public BView {
     /// The number of edits at which the sound was last offered to it, and the pulses since it went.
     uint64 offeredAt = 0;
     int pulsesAlone = 0;
-    /// Of the file that was loaded or saved, without its extension.
-    std::string soundName;
-    /// What it held.
-    Sound savedSound;
+    /// The present one is never empty.
+    std::array<std::optional<History>, 2> slots;
+    std::size_t slot = 0;
+    /// The number of edits that the steps know.
+    uint64 notedAt = 0;
+    /// For so many pulses more what sounds goes on from what the sound before was.
+    int pulsesOfJoining = 0;
+    /// So many of Busy there are.
+    int busy = 0;
     /// Whether the sound has changed, and the number of edits at which that was so.
     mutable bool changed = false;
     mutable std::optional<uint64> comparedAt;

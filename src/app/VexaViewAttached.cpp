@@ -32,36 +32,18 @@ void VexaView::StartAttached() {
 /// What has come from the plug-in, and what a person has done here.
 void VexaView::TakeNews() {
     if (const std::optional<Sound> next = plugin->Take(Playing())) {
-        InterpretSound(*next);
-        soundName = next->info.name.value_or("the host's sound");
-        TakeAsSaved();
+        NoteSteps();
+        const std::string name = next->info.name.value_or("the host's sound");
+        LoadAs(*next, name, name);
         offeredAt = Edits();
     }
     if (offeredAt != Edits()) {
         offeredAt = Edits();
-        if (!plugin->Offer(PlayingSound()))
+        if (!plugin->Offer(ConfirmedSound()))
             ErrorAlert("The sound is too large for the plug-in, which plays the one before.");
     }
     if (plugin->IsOver())
         Leave();
-}
-
-/// Of what is in the fields only what has been confirmed.
-Sound VexaView::PlayingSound() const {
-    Sound sound = instrument.State();
-    for (std::size_t i = 0; i < envelopes.size(); i++)
-        sound.envelopes[i] = envelopes[i]->Points();
-    for (const auto id :
-         {FunctionField::Width, FunctionField::LinkFunctionX, FunctionField::LinkFunctionY,
-          FunctionField::LinkScreenX, FunctionField::LinkScreenY})
-        RowOf(id).text(sound.function) = TextOf(id);
-    return sound;
-}
-
-/// Those of a plug-in its host may have moved, and what the host does is not for the document.
-void VexaView::FollowMacros() {
-    if (!plugin)
-        instrument.FollowMacros();
 }
 
 void VexaView::WatchPlugin() {

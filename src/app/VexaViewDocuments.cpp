@@ -22,6 +22,11 @@ namespace vexa {
 
 namespace {
 
+/// Those of the plane's view.
+constexpr FunctionField kPlaneFields[] = {FunctionField::Width, FunctionField::LinkFunctionX,
+                                          FunctionField::LinkFunctionY, FunctionField::LinkScreenX,
+                                          FunctionField::LinkScreenY};
+
 /// On standard error, and what was read over also in one alert for all.
 void Tell(const std::filesystem::path& path, const ReadReport& report) {
     std::string lines;
@@ -47,11 +52,13 @@ std::string VexaView::TextOf(FieldId field) const {
     return Field(field).Text();
 }
 
-/// As if the user had put the text into the field and confirmed it: it takes effect when the
-/// message is handled.
-void VexaView::SetAndInvoke(FieldId field, const std::string& text) {
-    Field(field).SetText(text.c_str());
-    Field(field).Invoke();
+/// Puts the text into the field, as one that was confirmed; false where it stands there so already.
+bool VexaView::Put(FieldId id, const std::string& text) {
+    BTextControl& field = Field(id);
+    if (field.Confirmed() == text && !field.IsEdited())
+        return false;
+    field.SetText(text.c_str());
+    return true;
 }
 
 Function VexaView::ConstructFunction() const {
@@ -71,10 +78,42 @@ Sound VexaView::ConstructSound() const {
     return sound;
 }
 
+/// What has been confirmed of what the fields and the envelopes say.
+Sound VexaView::ConfirmedSound() const {
+    Sound sound = instrument.State();
+    for (std::size_t i = 0; i < envelopes.size(); i++)
+        sound.envelopes[i] = std::as_const(*envelopes[i]).Points();
+    for (const FunctionField id : kPlaneFields)
+        RowOf(id).text(sound.function) = Field(id).Confirmed();
+    return sound;
+}
+
+void VexaView::PutPlaneFields(const Function& function) {
+    Function shown = function;
+    for (const FunctionField id : kPlaneFields) {
+        if (Put(id, RowOf(id).text(shown)))
+            TakePlaneControl(RowOf(id).code);
+    }
+    if (function.kind == FunctionKind::Sample && Put(FunctionField::Frequency, function.frequency))
+        MarkNumber(FunctionField::Frequency);
+}
+
+/// What the instrument plays, in all but the expression's field.
+void VexaView::PutSound(const Sound& sound) {
+    PutPlaneFields(sound.function);
+    for (std::size_t i = 0; i < Parameters().size(); i++) {
+        const Parameter& row = Parameters()[i];
+        if (Put(row.id, sound.texts[i]))
+            MarkNumber(row.id, row.controller);
+    }
+    for (std::size_t i = 0; i < envelopes.size(); i++)
+        envelopes[i]->SetPoints(sound.envelopes[i]);
+    if (BMenuItem* item = voicesMenu->FindItem(VoicesCode(instrument.VoiceLimit())))
+        item->SetMarked(true);
+}
+
 void VexaView::InterpretFunction(const Function& function) {
     const bool isExpression = function.kind == FunctionKind::Expression;
-    if (function.kind == FunctionKind::Sample)
-        SetAndInvoke(FunctionField::Frequency, function.frequency);
     if (isExpression)
         Field(FunctionField::Expression).SetText(function.expression.c_str());
     instrument.SetMacros(function);
@@ -84,32 +123,37 @@ void VexaView::InterpretFunction(const Function& function) {
     // Saving it again must not lose the name: the file may only be elsewhere for a while.
     instrument.Adopt(function);
     ShowKind();
-    SetAndInvoke(FunctionField::Width, function.width);
-    SetAndInvoke(FunctionField::LinkFunctionX, function.linkFunction.x);
-    SetAndInvoke(FunctionField::LinkFunctionY, function.linkFunction.y);
-    SetAndInvoke(FunctionField::LinkScreenX, function.linkScreen.x);
-    SetAndInvoke(FunctionField::LinkScreenY, function.linkScreen.y);
+    PutPlaneFields(function);
 }
 
 void VexaView::InterpretSound(const Sound& sound) {
     InterpretFunction(sound.function);
     instrument.LoadRest(sound);
-    for (std::size_t i = 0; i < Parameters().size(); i++)
-        SetAndInvoke(Parameters()[i].id, sound.texts[i]);
-    for (std::size_t i = 0; i < envelopes.size(); i++)
-        envelopes[i]->SetPoints(sound.envelopes[i]);
-    if (BMenuItem* item = voicesMenu->FindItem(VoicesCode(instrument.VoiceLimit())))
-        item->SetMarked(true);
+    PutSound(sound);
+}
+
+/// Which is one step, called so; the sound is that of a file then.
+void VexaView::LoadAs(const Sound& sound, const std::string& name, const std::string& step) {
+    NoteSteps();
+    const Busy now(busy);
+    InterpretSound(sound);
+    Steps().Load(ConfirmedSound(), name, step);
+    notedAt = Edits();
+    TakeAsSaved();
 }
 
 bool VexaView::LoadFunction(const std::filesystem::path& path) {
     ReadReport report;
     const auto function = ReadFunction(path, ConstructFunction(), report);
     Tell(path, report);
-    if (function)
+    if (function) {
+        NoteSteps();
+        const Busy now(busy);
         InterpretFunction(*function);
-    else
+        NoteStep("function " + path.stem().string());
+    } else {
         ErrorAlert(function.Fault().text, report.reason);
+    }
     return bool(function);
 }
 
@@ -119,9 +163,7 @@ bool VexaView::LoadSound(const std::filesystem::path& path) {
     Tell(path, report);
     if (sound) {
         programFault.clear();
-        InterpretSound(*sound);
-        soundName = path.stem().string();
-        TakeAsSaved();
+        LoadAs(*sound, path.stem().string(), "sound " + path.stem().string());
     } else {
         ErrorAlert(sound.Fault().text, report.reason);
     }
@@ -147,9 +189,7 @@ void VexaView::LoadProgram() {
         std::fprintf(stderr, "vexa: %s\n", fault.c_str());
         return;
     }
-    InterpretSound(*sound);
-    soundName = path->stem().string();
-    TakeAsSaved();
+    LoadAs(*sound, path->stem().string(), "sound " + path->stem().string());
 }
 
 void VexaView::Open(const std::filesystem::path& path) {
@@ -172,11 +212,9 @@ void VexaView::LoadDefaultSound() {
     const std::filesystem::path path = folders.Find("sounds", "default.xml");
     const auto sound = ReadSound(path, report);
     Tell(path, report);
-    if (sound) {
-        InterpretSound(*sound);
-        soundName = "default";
-    }
-    TakeAsSaved();
+    if (sound)
+        LoadAs(*sound, "default", "sound default");
+    BeginHistory();
 }
 
 void VexaView::SaveFunction(const std::string& name) {
@@ -194,7 +232,7 @@ void VexaView::SaveSound(const std::string& name) {
     const std::function<void()> then = std::exchange(afterSaving, nullptr);
     if (!Save(name, "sounds", write))
         return;
-    soundName = std::filesystem::path(name).stem().string();
+    Steps().File().name = std::filesystem::path(name).stem().string();
     Remember(folders.Own("sounds") / name);
     TakeAsSaved();
     if (then)
@@ -216,7 +254,7 @@ void VexaView::OpenFunction(const std::string& path) {
 }
 
 void VexaView::TakeAsSaved() {
-    savedSound = ConstructSound();
+    Steps().File().saved = ConstructSound();
     comparedAt.reset();
 }
 
@@ -233,7 +271,7 @@ uint64 VexaView::Edits() const {
 bool VexaView::Changed() const {
     const uint64 edits = Edits();
     if (comparedAt != edits) {
-        changed = !AreAlike(ConstructSound(), savedSound);
+        changed = !AreAlike(ConstructSound(), Steps().File().saved);
         comparedAt = edits;
     }
     return changed;
@@ -261,7 +299,7 @@ bool VexaView::MayGiveUp(const std::function<void()>& then) {
     constexpr int32 kSave = 2;
     auto* alert =
         new BAlert("Unsaved changes",
-                   ("The sound \"" + soundName + "\" has changes that are not saved.").c_str(),
+                   ("The sound \"" + SoundName() + "\" has changes that are not saved.").c_str(),
                    "Cancel", "Discard", "Save", B_WIDTH_AS_USUAL, B_WARNING_ALERT);
     const int32 answer = alert->Go();
     if (answer == kSave) {
@@ -273,11 +311,11 @@ bool VexaView::MayGiveUp(const std::function<void()>& then) {
 }
 
 std::filesystem::path VexaView::SoundPath() const {
-    return soundName.empty() ? "" : folders.Find("sounds", soundName + ".xml");
+    return SoundName().empty() ? "" : folders.Find("sounds", SoundName() + ".xml");
 }
 
 std::string VexaView::Caption() const {
-    std::string caption = soundName + (Changed() ? " *" : "");
+    std::string caption = SoundName() + (Changed() ? " *" : "");
     if (graph && !graph->IsConnected())
         caption += caption.empty() ? "no sound" : "  (no audio device: no sound)";
     if (!programFault.empty())

@@ -42,20 +42,26 @@ bool VexaView::Install(const Function& function) {
     if (isExpression)
         pause.emplace(field);
     const FunctionReport report = instrument.SetFunction(function);
-    // What fails without an alert plays all the same.
-    const bool installed = report.alerts.empty();
-    if (installed)
-        fileMissing = false;
-    if (isExpression) {
-        expressionWrong = !installed;
-        refusal = installed ? "" : report.details;
-        field.MarkWrong(!installed);
-        field.SetToolTip(refusal.c_str());
-    }
+    const bool installed = MarkInstalled(function, report);
     if (!installed)
         ShowFailure(report);
     else if (!report.details.empty())
         std::fprintf(stderr, "vexa: %s\n", report.details.c_str());
+    return installed;
+}
+
+/// Marks an expression that could not be installed; true where the function could.
+bool VexaView::MarkInstalled(const Function& function, const FunctionReport& report) {
+    // What fails without an alert plays all the same.
+    const bool installed = report.alerts.empty();
+    if (installed)
+        fileMissing = false;
+    if (function.kind == FunctionKind::Expression) {
+        expressionWrong = !installed;
+        refusal = installed ? "" : report.details;
+        Field(FunctionField::Expression).MarkWrong(!installed);
+        Field(FunctionField::Expression).SetToolTip(refusal.c_str());
+    }
     return installed;
 }
 
@@ -82,22 +88,23 @@ void VexaView::ShowKind() {
 
 bool VexaView::Compile(const char* expression) {
     Function function = ConstructFunction();
+    if (function.kind != FunctionKind::Expression ||
+        instrument.State().function.expression != expression)
+        function.author = instrument.User();
     function.kind = FunctionKind::Expression;
     function.expression = expression;
-    function.author = instrument.User();
     const bool installed = Install(function);
     // A file that sounds stays what would be saved, as long as the expression is wrong.
-    if (!installed && Kind() != FunctionKind::Expression) {
-        function = instrument.State().function;
-        function.author = instrument.User();
-    }
-    instrument.Adopt(function);
+    if (installed || Kind() == FunctionKind::Expression)
+        instrument.Adopt(function);
     if (Kind() == FunctionKind::Expression)
         ShowKind();
     return installed;
 }
 
 bool VexaView::LoadSample(const char* path) {
+    NoteSteps();
+    const Busy now(busy);
     Function function = ConstructFunction();
     function.kind = FunctionKind::Sample;
     function.sampleFile = folders.NameOf("samples", path);
@@ -106,10 +113,13 @@ bool VexaView::LoadSample(const char* path) {
         return false;
     ShowKind();
     MarkNumber(FunctionField::Frequency);
+    NoteStep("sample " + std::filesystem::path(path).stem().string());
     return true;
 }
 
 bool VexaView::LoadPicture(const char* path) {
+    NoteSteps();
+    const Busy now(busy);
     Function function = ConstructFunction();
     function.kind = FunctionKind::Picture;
     function.pictureFile = folders.NameOf("pictures", path);
@@ -117,6 +127,7 @@ bool VexaView::LoadPicture(const char* path) {
     if (!Install(function))
         return false;
     ShowKind();
+    NoteStep("picture " + std::filesystem::path(path).stem().string());
     return true;
 }
 
@@ -129,11 +140,12 @@ void VexaView::OpenSample(const std::string& path) {
 
 void VexaView::TakeSampleFrequency() {
     MarkNumber(FunctionField::Frequency);
+    Function function = instrument.State().function;
+    if (function.frequency != TextOf(FunctionField::Frequency))
+        function.author = instrument.User();
+    instrument.Adopt(function);
     // A text that is no frequency leaves the spiral as it is; the picture is shown all the same.
     instrument.SetSampleFrequency(TextOf(FunctionField::Frequency));
-    Function function = instrument.State().function;
-    function.author = instrument.User();
-    instrument.Adopt(function);
     plane->SetupBitmap();
     plane->Invalidate();
 }

@@ -34,6 +34,12 @@ std::optional<float> NumberIn(const std::string& text) {
 } // namespace
 
 void VexaView::MessageReceived(BMessage* message) {
+    NoteSteps();
+    Take(message);
+    NoteSteps();
+}
+
+void VexaView::Take(BMessage* message) {
     const uint32 code = message->what;
     if (TakeParameter(code) || TakePlaneControl(code) || TakeMenuChoice(code) ||
         TakePanelCommand(*message) || TakeSource(code) || TakeOpening(*message))
@@ -53,6 +59,24 @@ void VexaView::MessageReceived(BMessage* message) {
         break;
     case kProgramCode:
         LoadProgram();
+        break;
+    case kUndoCode:
+        Undo();
+        break;
+    case kRedoCode:
+        Redo();
+        break;
+    case kInitialSoundCode:
+        InitialSound();
+        break;
+    case kMutateCode:
+        MutateSound();
+        break;
+    case kSwitchSlotCode:
+        SwitchAB();
+        break;
+    case kCopySlotCode:
+        CopyToOther();
         break;
     case B_MIDI_EVENT:
         SetupMidiMenu();

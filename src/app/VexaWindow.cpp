@@ -45,8 +45,11 @@ constexpr float kMenuWidth = 34;
 /// Whether the code is one of a control of the main view.
 bool IsCommand(uint32 code) {
     static constexpr uint32 kCommands[] = {
-        kExpressionTypedCode, kLoadFunctionCode, kSaveFunctionCode, kLoadSoundCode,
-        kSaveSoundCode,       kLoadSampleCode,   kAllChannelsCode,  B_SIMPLE_DATA,
+        kExpressionTypedCode, kLoadFunctionCode, kSaveFunctionCode,
+        kLoadSoundCode,       kSaveSoundCode,    kLoadSampleCode,
+        kAllChannelsCode,     B_SIMPLE_DATA,     kUndoCode,
+        kRedoCode,            kInitialSoundCode, kMutateCode,
+        kSwitchSlotCode,      kCopySlotCode,
     };
     const auto between = [code](uint32 first, uint32 last) {
         return first <= code && code <= last;
@@ -241,6 +244,16 @@ void VexaWindow::ChooseClassic(bool on) {
     mainView->Remembered().Set(kClassicSetting, on);
 }
 
+void VexaWindow::ChoosePart(Part part, bool show) {
+    ShowPart(part, show);
+    mainView->Remembered().Set(part == Part::Drawer ? kDrawerSetting : kStripSetting, show);
+}
+
+void VexaWindow::ChooseDark(bool on) {
+    SetDark(on);
+    mainView->Remembered().Set(kColorsSetting, std::string(on ? kDarkColors : kLightColors));
+}
+
 void VexaWindow::ShowManual() {
     const auto page = FindManual();
     if (!page)
@@ -268,12 +281,20 @@ bool VexaWindow::TakeShortcut(const kits::KeyPress& press) {
         ChooseClassic(!classic);
         return true;
     }
+    if (press.character == U'Z' && press.modifiers == B_CONTROL_KEY) {
+        mainView->Undo();
+        return true;
+    }
+    if (press.character == U'Z' && press.modifiers == (B_CONTROL_KEY | B_SHIFT_KEY)) {
+        mainView->Redo();
+        return true;
+    }
     if (press.key == kits::Key::F9 && !classic) {
-        ShowPart(Part::Drawer, !IsShown(Part::Drawer));
+        ChoosePart(Part::Drawer, !IsShown(Part::Drawer));
         return true;
     }
     if (press.key == kits::Key::F10 && !classic) {
-        ShowPart(Part::Strip, !IsShown(Part::Strip));
+        ChoosePart(Part::Strip, !IsShown(Part::Strip));
         return true;
     }
     return false;
@@ -346,7 +367,7 @@ void VexaWindow::Begin(const AppOptions& options, kits::Recording* recording) {
     if (options.file)
         view.Open(*options.file);
     // What the command line asks for is no change.
-    view.TakeAsSaved();
+    view.BeginHistory();
     if (options.voices)
         Choose(view.VoicesMenu(), VoicesCode(*options.voices));
     if (options.channel)
@@ -362,7 +383,7 @@ bool VexaWindow::QuitRequested() {
         return false;
     }
     // Asked again, it finds nothing that is not saved.
-    if (!attached && !mainView->MayGiveUp([this] { PostMessage(B_QUIT_REQUESTED); }))
+    if (!attached && !mainView->MayGiveUpBoth([this] { PostMessage(B_QUIT_REQUESTED); }))
         return false;
     be_app->PostMessage(B_QUIT_REQUESTED);
     return true;

@@ -58,6 +58,7 @@ class VexaWindow : public BWindow, private SessionClient {
     bool IsClassic() const { return classic; }
     /// Dark or light colours, where it is not classic.
     void SetDark(bool on);
+    bool IsDark() const { return dark; }
 
     /// Shows the window and has it do what the options ask for, with alerts where that fails.
     /// What they leave open is as it was remembered.
@@ -96,6 +97,8 @@ class VexaWindow : public BWindow, private SessionClient {
     void AddDrawer();
     void ShowManual();
     void ChooseClassic(bool on);
+    void ChoosePart(Part part, bool show);
+    void ChooseDark(bool on);
     float NeededWidth() const;
     float FullHeight() const;
     void Fit(float mainWidth);

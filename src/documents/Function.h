@@ -80,5 +80,9 @@ inline const std::string& SourceOf(const Function& function) {
 inline std::string& SourceOf(Function& function) {
     return const_cast<std::string&>(SourceOf(std::as_const(function)));
 }
+/// Whether they are computed from the same expression or file.
+inline bool HaveOneSource(const Function& a, const Function& b) {
+    return a.kind == b.kind && SourceOf(a) == SourceOf(b);
+}
 
 } // namespace vexa

@@ -218,8 +218,10 @@ bool Instrument::Wind(const std::string& frequency) {
 }
 
 TextFault Instrument::Edit(const Parameter& row, const std::string& text) {
-    sound.texts[static_cast<std::size_t>(&row - Parameters().data())] = text;
-    sound.author = user;
+    std::string& present = sound.texts[static_cast<std::size_t>(&row - Parameters().data())];
+    if (present != text)
+        sound.author = user;
+    present = text;
     changes++;
     return ApplyText(row, text, engine.parameters);
 }
@@ -246,7 +248,7 @@ FunctionReport Instrument::Change(const Sound& from, const Sound& to) {
 FunctionReport Instrument::ChangeFunction(const Function& from, const Function& to) {
     FunctionReport report;
     Function next = to;
-    if (from.kind != to.kind || SourceOf(from) != SourceOf(to)) {
+    if (!HaveOneSource(from, to)) {
         report = SetFunction(to);
         const bool failed = !report.alerts.empty();
         const bool isExpression = to.kind == FunctionKind::Expression;
@@ -281,19 +283,22 @@ void Instrument::SetMacros(const Function& function) {
         toldMacros[i] = saidMacros[i].value;
 }
 
-TextFault Instrument::EditMacroValue(std::size_t macro, const std::string& text) {
-    sound.function.macros[macro].value = text;
-    sound.function.author = user;
+void Instrument::EditMacro(std::string& present, const std::string& text) {
+    if (present != text)
+        sound.function.author = user;
+    present = text;
     changes++;
+}
+
+TextFault Instrument::EditMacroValue(std::size_t macro, const std::string& text) {
+    EditMacro(sound.function.macros[macro].value, text);
     const TextFault fault = ApplyMacroValue(text, saidMacros[macro]);
     toldMacros[macro] = saidMacros[macro].value;
     return fault;
 }
 
 TextFault Instrument::EditMacroController(std::size_t macro, const std::string& text) {
-    sound.function.macros[macro].controller = text;
-    sound.function.author = user;
-    changes++;
+    EditMacro(sound.function.macros[macro].controller, text);
     return ApplyMacroController(text, saidMacros[macro]);
 }
 

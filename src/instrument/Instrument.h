@@ -109,7 +109,8 @@ class Instrument {
     /// at. False, and the winding stays, where the text is no frequency or no sample is loaded.
     bool SetSampleFrequency(const std::string& text);
 
-    /// A coefficient's text, by the rules of ApplyText; the sound is the user's own from then on.
+    /// A coefficient's text, by the rules of ApplyText; where it is another one the sound is the
+    /// user's own from then on.
     TextFault Edit(const Parameter& row, const std::string& text);
 
     /// Does to the present sound what a person has done to `from` to make `to` of it: what is the
@@ -120,8 +121,8 @@ class Instrument {
     FunctionReport Change(const Sound& from, const Sound& to);
 
     /// A macro's value, by the rules of ApplyMacroValue, or its controller, by those of
-    /// ApplyMacroController; the function is the user's own from then on. Where there is a fault
-    /// the sound has the text all the same, and the macro stays as it was.
+    /// ApplyMacroController; where it is another one the function is the user's own from then on.
+    /// Where there is a fault the sound has the text all the same, and the macro stays as it was.
     TextFault EditMacroValue(std::size_t macro, const std::string& text);
     TextFault EditMacroController(std::size_t macro, const std::string& text);
     /// Has State say where controllers have moved the macros since the last call. To be called some
@@ -143,6 +144,7 @@ class Instrument {
 
   private:
     void LimitVoices(int32 limit);
+    void EditMacro(std::string& present, const std::string& text);
     FunctionReport ChangeFunction(const Function& from, const Function& to);
     FunctionReport InstallKind(const Function& function);
     FunctionReport InstallExpression(const std::string& expression);

@@ -17,6 +17,9 @@ std::optional<HostedInstrument::Shown> HostedInstrument::Edit(const Shown& befor
     if (instrument.Changes() != before.changes)
         return std::nullopt;
     // What went wrong the window has found and told itself, before it said this.
+    // Notes go over to what a person makes of the sound without a click, as in the program's own
+    // window.
+    instrument.Playing().renderer.SetJoins(true);
     instrument.Change(before.sound, next);
     edited = true;
     return Shown{next, instrument.Changes()};

@@ -238,6 +238,7 @@ std::string HostedInstrument::Install(Sound next, const std::string& file, bool&
             return Fault(tried, own);
     }
     installed = true;
+    instrument.Playing().renderer.SetJoins(false);
     const FunctionReport report = instrument.Load(next);
     // A file that has gone is silent, and the sound still says which it was.
     if (!report.alerts.empty())

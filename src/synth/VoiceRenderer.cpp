@@ -168,7 +168,8 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
                                 std::size_t count) noexcept {
     const OwnControllers own(playing, macros);
     const VoiceMotion motion(parameters, controllers, own, 1.0 / sampleRate, offset, count);
-    WakeIfChanged(motion, f);
+    const bool changed = WakeIfChanged(motion, f);
+    const float levelBefore = mix.Level();
     std::array<RunningVoice*, kVoiceSlots> sounding;
     std::size_t voiceCount = 0;
     inputs.Advance(sampleRate, Smooth(), offset, count);
@@ -214,6 +215,8 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
             source.Evaluate(other.x.data(), other.y.data(), heard, other.s.data(),
                             voiceCount * count);
     }
+    if (joins && (changed || mix.Level() != levelBefore))
+        Join(all, block, count, mix.Level() / levelBefore);
     one.sum.fill(resting);
     if (apart)
         other.sum.fill(restingRight);
@@ -292,15 +295,31 @@ float VoiceRenderer::StartOf(const RunningVoice& v, const PlaneSource& f,
     return Heard(f.At(static_cast<float>(x), static_cast<float>(y), heard.data()));
 }
 
-/// A voice that rests goes on moving when the sound has become another.
-void VoiceRenderer::WakeIfChanged(const VoiceMotion& motion, const PlaneFunction& f) noexcept {
+/// Charges the filters so that the first samples of a block are what the last ones were, at a level
+/// that is so much louder.
+void VoiceRenderer::Join(std::span<RunningVoice* const> sounding, const Block& block,
+                         std::size_t count, float louder) const noexcept {
+    const auto charge = [louder](LowCutFilter& filter, float first) {
+        const float out = filter.out / louder;
+        filter = Charged(filter, Heard(first) - out, out);
+    };
+    for (std::size_t k = 0; k < sounding.size(); k++) {
+        charge(sounding[k]->filter, block.left.s[k * count]);
+        if (apart)
+            charge(sounding[k]->rightFilter, block.right.s[k * count]);
+    }
+}
+
+/// A voice that rests goes on moving when the sound has become another; answers whether it has.
+bool VoiceRenderer::WakeIfChanged(const VoiceMotion& motion, const PlaneFunction& f) noexcept {
     const VoiceMotion::Sound now = motion.Of();
     if (now == sound && &f.Source() == heard)
-        return;
+        return false;
     sound = now;
     heard = &f.Source();
     for (RunningVoice& v : running)
         v.stands = v.rests = false;
+    return true;
 }
 
 /// Samples in which coefficients and controllers get where they are wanted; 0 where they step.

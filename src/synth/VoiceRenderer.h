@@ -16,6 +16,7 @@
 
 #include <array>
 #include <cstddef>
+#include <span>
 
 namespace vexa {
 
@@ -56,6 +57,11 @@ class VoiceRenderer {
     /// begun before this call is running. Window thread.
     void SetFunction(const PlaneFunction& next) { function.Publish(next); }
 
+    /// Whether notes that sound go on from where they are when the sound becomes another one at
+    /// once: what would be a step is an offset then, which their low-cut filters take away. Not at
+    /// first. Any thread.
+    void SetJoins(bool whether) noexcept { joins = whether; }
+
     /// Forgets all notes at once, and what lingers of them; those that the table has still begin
     /// anew. Not while rendering.
     void Clear() noexcept;
@@ -86,7 +92,9 @@ class VoiceRenderer {
     bool Panned() const noexcept;
     bool GoesOn(const RunningVoice& running, const voice& slot) const noexcept;
     bool RenderCells(const PlaneFunction& f, float* left, float* right, std::size_t cells) noexcept;
-    void WakeIfChanged(const VoiceMotion& motion, const PlaneFunction& f) noexcept;
+    bool WakeIfChanged(const VoiceMotion& motion, const PlaneFunction& f) noexcept;
+    void Join(std::span<RunningVoice* const> sounding, const Block& block, std::size_t count,
+              float louder) const noexcept;
     void ShowProgress() noexcept;
 
     std::array<RunningVoice, kVoiceSlots> running;
@@ -108,6 +116,7 @@ class VoiceRenderer {
     /// Samples rendered since the beginning of the present cell (Oscillator).
     std::size_t offset = 0;
     kits::Shared<bool> bounded{false};
+    kits::Shared<bool> joins{false};
     /// What the voices that rest depend on.
     VoiceMotion::Sound sound{};
     const PlaneSource* heard = nullptr;

@@ -92,7 +92,7 @@ TEST_F(DrawerTest, PreviousAndNextGoThroughWhatIsListedAndPassBrokenOnesOver) {
     vexa::SoundListView& list = drawer->List();
     const std::size_t broken = RowOf("broken");
     ASSERT_LT(broken, list.Rows().size());
-    EXPECT_THAT(list.Rows()[broken]->fault, HasSubstr("line 1"));
+    EXPECT_THAT(list.Rows()[broken]->fault, HasSubstr("broken.xml:1:1"));
     list.Activate(broken);
     Settle();
     EXPECT_EQ(view->SoundName(), "default");

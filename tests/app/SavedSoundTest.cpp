@@ -105,9 +105,7 @@ TEST_F(SavedSoundTest, AnIncompleteSoundIsLoadedOntoAFreshOne) {
     ASSERT_TRUE(expected);
     ASSERT_TRUE(view->LoadSound(part));
     test::Settle();
-    vexa::Sound loaded = view->ConstructSound();
-    // Loading edits the fields, and so makes the sound the user's.
-    loaded.author = expected->author;
+    const vexa::Sound loaded = view->ConstructSound();
     EXPECT_EQ(loaded.texts, expected->texts);
     EXPECT_EQ(loaded.envelopes, expected->envelopes);
     EXPECT_EQ(loaded, *expected);

@@ -261,7 +261,7 @@ TEST_F(VexaViewTest, WhatIsTypedIsExplainedAndShownAndHeardWhenItIsConfirmed) {
 }
 
 TEST_F(VexaViewTest, MacrosAreEditedFollowedAndSaved) {
-    Open();
+    Open(false);
     BView& strip = *window->FindView("Macros");
     auto& slider = dynamic_cast<BSlider&>(*strip.FindView("slider a"));
     const auto pulse = [&] {
@@ -522,9 +522,15 @@ TEST_F(VexaViewTest, TheAuthorIsTheDocumentsUntilSomethingIsEdited) {
     const auto path = folder.Path() / "sounds/authors.xml";
     ASSERT_TRUE(vexa::WriteSound(path, sound));
     view->LoadSound(path);
-    EXPECT_EQ(view->SoundAuthor(), "Anna");
-    // The coefficients' messages, which loading has posted, are edits of the sound.
     test::Settle();
+    EXPECT_EQ(view->SoundAuthor(), "Anna");
+    // What is confirmed and is what it was is no edit.
+    Enter("Cx1", Text("Cx1").c_str());
+    Enter("macro a", Text("macro a").c_str());
+    Enter("Fxy", Text("Fxy").c_str());
+    EXPECT_EQ(view->SoundAuthor(), "Anna");
+    EXPECT_EQ(view->FunctionAuthor(), "Bert");
+    Enter("Cx1", "0.125");
     EXPECT_EQ(view->SoundAuthor(), "Cleo");
     EXPECT_EQ(view->FunctionAuthor(), "Bert");
     Enter("Sc", "10");

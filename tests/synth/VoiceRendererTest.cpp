@@ -318,6 +318,52 @@ TEST(VoiceRenderer, NotesBeginReleaseAndChangeHandsWithoutAClick) {
     EXPECT_LT(Peak({samples.end() - 1000, samples.end()}), 1e-3F) << "released to silence";
 }
 
+/// All that makes a sound becomes another while notes are held, a part after the other.
+TEST(VoiceRenderer, JoinsOneSoundToAnotherWithoutAClick) {
+    const auto largestStep = [](bool joins, float spread) {
+        Engine instrument;
+        test::MakeSine(instrument);
+        instrument.playing.given = true;
+        instrument.playing.spread = spread;
+        instrument.renderer.SetJoins(joins);
+        for (const uchar note : {57, 64, 69})
+            instrument.consumer.NoteOn(0, note, 100, 0);
+        const std::function<void()> changes[] = {
+            [&] { instrument.SetFunction({[](float x, float y) { return y - x; }}); },
+            [&] { instrument.parameters.Ax0 = 0.3F; },
+            [&] { instrument.playing.volume = -6; },
+            [&] {
+                test::SetEnvelope(instrument.envelopes[3], {{0, false, 0.25F}});
+            },
+            [&] { instrument.SetFunction({[](float x, float) { return 5 + x; }}); },
+            [&] {
+                instrument.parameters.Ax0 = 1;
+                instrument.playing.volume = 0;
+            },
+        };
+        std::vector<float> left(10000), right(10000);
+        std::size_t at = 0;
+        const auto play = [&](std::size_t count) {
+            instrument.renderer.Render(&left[at], &right[at], count);
+            at += count;
+        };
+        play(3000);
+        for (const auto& change : changes) {
+            change();
+            play(937);
+        }
+        left.resize(at);
+        right.resize(at);
+        return std::max(test::LargestStep(left), test::LargestStep(right));
+    };
+    // Three sines, of amplitude sqrt(2) at most.
+    const double most = 1.2 * std::sqrt(2) * 2 * M_PI * (220 + 330 + 440) / 44100;
+    for (const float spread : {0.0F, 40.0F}) {
+        EXPECT_LT(largestStep(true, spread), most) << spread;
+        EXPECT_GT(largestStep(false, spread), 5 * most) << "it is the joining";
+    }
+}
+
 /// x where it is computed in blocks, 0 at single points.
 class BlockFormOnly : public vexa::PlaneSource {
   public:

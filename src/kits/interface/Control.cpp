@@ -70,6 +70,10 @@ class BTextControl::Line : public QLineEdit {
             clearFocus();
             // The window may have a use for the key too.
             event->ignore();
+        } else if ((event->matches(QKeySequence::Undo) && text().toStdString() == field->confirmed) ||
+                   (event->matches(QKeySequence::Redo) && !isRedoAvailable())) {
+            // There is no typing to take back.
+            event->ignore();
         } else if (stepping && (event->key() == Qt::Key_Up || event->key() == Qt::Key_Down)) {
             Step(event->key() == Qt::Key_Up ? 1 : -1, event->modifiers());
         } else {
@@ -268,6 +272,7 @@ void BTextControl::SelectAll() {
 
 void BTextControl::Confirm() {
     confirmed = Text();
+    changes++;
     Invoke();
 }
 
@@ -315,6 +320,8 @@ bool BTextControl::IsFocus() const {
 }
 
 void BTextControl::MarkWrong(bool wrong) {
+    if (line->property("wrong").toBool() == wrong)
+        return;
     line->setProperty("wrong", wrong);
     line->style()->unpolish(line);
     line->style()->polish(line);

@@ -60,8 +60,9 @@ class BButton : public BControl {
 
 /// A line of text that can be edited. Sends its message when the user confirms the text: with
 /// Enter, or by leaving the field after a change. Enter and Escape give the keyboard back to the
-/// window; Escape takes back what was not confirmed, and then goes to the window as B_KEY_DOWN. A
-/// click or Tab into the field selects the text.
+/// window; Escape takes back what was not confirmed, and then goes to the window as B_KEY_DOWN.
+/// Ctrl+Z and Ctrl+Shift+Z take typing back and do it again; where there is none they are the
+/// window's. A click or Tab into the field selects the text.
 class BTextControl : public BControl {
   public:
     /// The height follows from the font, whatever the frame says. An empty or missing label takes
@@ -71,6 +72,8 @@ class BTextControl : public BControl {
                  uint32 flags = B_WILL_DRAW | B_NAVIGABLE);
     ~BTextControl() override;
 
+    /// What was confirmed or set last.
+    const std::string& Confirmed() const { return confirmed; }
     /// What the field shows, confirmed or not.
     const char* Text() const;
     /// Counts as confirmed, and sends nothing.
@@ -88,7 +91,7 @@ class BTextControl : public BControl {
     void SetModificationMessage(BMessage* message);
     /// Whether the text is another one than that which was confirmed.
     bool IsEdited() const;
-    /// How often the text has changed, whoever changed it.
+    /// How often the text has changed, whoever changed it, or was confirmed.
     uint64 Changes() const { return changes; }
     /// Where the character at that byte of the text is shown, in pixels from the left; beyond an
     /// edge where it is scrolled out of the field.

@@ -1,0 +1,138 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "instrument/History.h"
+
+#include "instrument/SoundParts.h"
+
+#include <utility>
+
+namespace vexa {
+
+namespace {
+
+template<class T>
+std::shared_ptr<const T> Share(const T& value, const std::shared_ptr<const T>& like) {
+    return like && *like == value ? like : std::make_shared<const T>(value);
+}
+
+/// Puts the macros where `played` has them, but for those in which `from` and `to` differ.
+void KeepPlayed(Sound& sound, const Function& from, const Function& to, const Function& played) {
+    for (std::size_t i = 0; i < kMacros; i++) {
+        if (from.macros[i].value == to.macros[i].value)
+            sound.function.macros[i].value = played.macros[i].value;
+    }
+}
+
+} // namespace
+
+History::Version::Version(const Sound& sound, std::shared_ptr<SoundFile> file, const Version* like)
+    : function(Share(sound.function, like ? like->function : nullptr)),
+      texts(Share(sound.texts, like ? like->texts : nullptr)),
+      file(std::move(file)) {
+    for (std::size_t i = 0; i < envelopes.size(); i++)
+        envelopes[i] = Share(sound.envelopes[i], like ? like->envelopes[i] : nullptr);
+    Sound others;
+    others.author = sound.author;
+    others.info = sound.info;
+    others.playing = sound.playing;
+    others.kept = sound.kept;
+    rest = Share(others, like ? like->rest : nullptr);
+}
+
+Sound History::Version::Get() const {
+    Sound sound = *rest;
+    sound.function = *function;
+    sound.texts = *texts;
+    for (std::size_t i = 0; i < envelopes.size(); i++)
+        sound.envelopes[i] = *envelopes[i];
+    return sound;
+}
+
+History::History(const Sound& sound, const std::string& name)
+    : present(sound, std::make_shared<SoundFile>(SoundFile{name, sound}), nullptr) {}
+
+void History::Take(const Sound& sound, const GestureMoment& moment) {
+    const Sound before = Present();
+    if (sound == before)
+        return;
+    Version after(sound, present.file, &present);
+    if (!Grows(before, sound, moment))
+        return Push(Difference(before, sound), std::move(after), moment, true);
+    Step& step = steps.back();
+    step.after = present = std::move(after);
+    step.last = moment;
+    step.name = Difference(step.before.Get(), sound);
+    // It has come back to where it began.
+    if (step.name.empty()) {
+        steps.pop_back();
+        place--;
+    }
+}
+
+/// Whether that is a part of the last step.
+bool History::Grows(const Sound& from, const Sound& to, const GestureMoment& moment) const {
+    if (place == 0 || CanRedo() || !steps.back().open || steps.back().last.number != moment.number)
+        return false;
+    const Step& step = steps.back();
+    const auto since = moment.time - step.last.time;
+    if (step.held)
+        return moment.held || since < kDelay;
+    return since < kPause && Difference(from, to) == step.name;
+}
+
+void History::Push(const std::string& name, Version after, const GestureMoment& moment, bool open) {
+    steps.erase(steps.begin() + static_cast<std::ptrdiff_t>(place), steps.end());
+    End();
+    steps.push_back({name, std::exchange(present, after), after, moment, moment.held, open});
+    place = steps.size();
+}
+
+void History::Load(const Sound& sound, const std::string& name, const std::string& step) {
+    if (sound == Present() && name == File().name)
+        return;
+    auto file = std::make_shared<SoundFile>(SoundFile{name, sound});
+    Push(step, Version(sound, std::move(file), &present), {}, false);
+}
+
+void History::Do(const Sound& sound, const std::string& step) {
+    if (sound != Present())
+        Push(step, Version(sound, present.file, &present), {}, false);
+}
+
+void History::Play(const Sound& sound) {
+    present = Version(sound, present.file, &present);
+    if (place == 0 || CanRedo() || !steps.back().open)
+        return;
+    // A gesture under way is to hold no more than what it does.
+    Step& step = steps.back();
+    const Version from = step.before, to = step.after;
+    for (Version* version : {&step.before, &step.after}) {
+        Sound moved = version->Get();
+        KeepPlayed(moved, *from.function, *to.function, sound.function);
+        *version = Version(moved, version->file, &present);
+    }
+}
+
+void History::End() {
+    if (place > 0)
+        steps[place - 1].open = false;
+}
+
+Sound History::Undo() {
+    place--;
+    steps[place].open = false;
+    return Move(steps[place].after, steps[place].before);
+}
+
+Sound History::Redo() {
+    place++;
+    return Move(steps[place - 1].before, steps[place - 1].after);
+}
+
+Sound History::Move(const Version& from, const Version& to) {
+    Sound next = to.Get();
+    KeepPlayed(next, *from.function, *to.function, *present.function);
+    present = Version(next, to.file, &to);
+    return next;
+}
+
+} // namespace vexa

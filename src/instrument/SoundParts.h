@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The parts of a sound in words that a person understands, and in which of them two sounds differ.
+#pragma once
+
+#include "documents/Sound.h"
+#include "synth/ParameterTable.h"
+
+#include <string>
+
+namespace vexa {
+
+/// "drift of centre x, velocity"
+std::string NameOf(const Parameter& row);
+/// In the order of EnvelopePlaces(): "envelope of radius x".
+std::string NameOfEnvelope(std::size_t envelope);
+
+/// The part of a sound that differs, such as "formula" or "envelope of radius x"; two of them as
+/// "the one and the other", and "several parts" for more. Empty where the two are the same. Any
+/// thread.
+std::string Difference(const Sound& from, const Sound& to);
+
+} // namespace vexa

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "kits/interface/Gesture.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPointer>
+#include <utility>
+
+namespace kits {
+
+namespace {
+
+/// Sees the events of the whole program. One and the same may come to a window, to the widget in it
+/// and to what that is in, and counts each time, which makes no difference to anybody.
+class Presses : public QObject {
+  public:
+    /// Of the running application.
+    static Presses& Instance() {
+        static QPointer<Presses> instance;
+        if (!instance)
+            instance = new Presses(qApp);
+        return *instance;
+    }
+
+    Gesture present;
+    std::function<void()> told;
+
+  protected:
+    bool eventFilter(QObject*, QEvent* event) override {
+        switch (event->type()) {
+        case QEvent::MouseButtonPress:
+        case QEvent::MouseButtonDblClick:
+            Begin(true);
+            present.held = true;
+            break;
+        case QEvent::MouseButtonRelease:
+        case QEvent::MouseMove:
+            present.held = static_cast<QMouseEvent*>(event)->buttons() != Qt::NoButton;
+            break;
+        case QEvent::KeyPress:
+            Begin(Confirms(static_cast<QKeyEvent*>(event)->key()));
+            break;
+        default:
+            break;
+        }
+        return false;
+    }
+
+  private:
+    explicit Presses(QObject* application) : QObject(application) {
+        application->installEventFilter(this);
+    }
+    void Begin(bool another) {
+        if (told)
+            told();
+        if (another)
+            present.number++;
+    }
+    static bool Confirms(int key) {
+        return key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Tab ||
+               key == Qt::Key_Backtab;
+    }
+};
+
+} // namespace
+
+Gesture PresentGesture() {
+    return Presses::Instance().present;
+}
+
+void BeforeEachPress(std::function<void()> told) {
+    Presses::Instance().told = std::move(told);
+}
+
+} // namespace kits

@@ -1,0 +1,340 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What a person does to a sound in the window, back to the first sound and forth again.
+#include "app/MainViewStage.h"
+#include "app/MessageCodes.h"
+#include "documents/SoundDocument.h"
+#include "instrument/InitialSound.h"
+#include "instrument/ShownFunction.h"
+#include "kits/interface/Slider.h"
+#include "support/Environment.h"
+#include "views/EnvView.h"
+
+#include <random>
+#include <utility>
+
+namespace {
+
+using vexa::EnvView;
+using vexa::FieldId;
+using vexa::FunctionField;
+using vexa::ParameterId;
+
+class UndoTest : public test::MainViewTest {
+  protected:
+    std::size_t Below(std::size_t count) { return random() % count; }
+    float Between(float from, float to) {
+        return from + (to - from) * float(random() % 1000) / 1000;
+    }
+
+    /// As a person does, with Enter; a field that is disabled takes nothing.
+    void Confirm(BTextControl& field, const std::string& text) {
+        window->FindView("Macros")->Pulse();
+        if (!field.IsEnabled())
+            return;
+        field.Type(text.c_str());
+        field.MakeFocus();
+        test::TypeKey(*window, Qt::Key_Return);
+    }
+    void Press(bool redo) {
+        test::TypeKey(*window, Qt::Key_Z,
+                      redo ? Qt::ControlModifier | Qt::ShiftModifier : Qt::ControlModifier);
+    }
+    std::string Document() const { return vexa::SoundText(view->ConstructSound()); }
+    /// With all that it may hear at one half.
+    float Plays(float x, float y) const {
+        std::array<float, vexa::kMostInputs> inputs;
+        inputs.fill(0.5F);
+        return vexa::ShownFunction(view->ShownFunction(), inputs).At(x, y, nullptr);
+    }
+    void DragPoint(EnvView& editor, std::size_t index, BPoint to) {
+        test::Press(editor, editor.EnvPoint2View(std::as_const(editor).Points()[index]));
+        test::Drag(editor, {(to.x + 100) / 2, (to.y + 40) / 2});
+        view->Pulse();
+        test::Drag(editor, to);
+        test::Release(editor, to);
+    }
+    /// One of all the gestures there are.
+    void Gesture() {
+        static const char* const kNumbers[] = {"0", "-1", "0.25", "2", "abc", "nan", "1,5", "0.01"};
+        static const char* const kControllers[] = {"0", "1", "74", "127", "200", "x"};
+        static const char* const kFormulas[] = {"x", "sin(x)*y", "x+", "a*x+b*y", "x*vel", "0"};
+        static const char* const kSounds[] = {"bell", "bass", "choir", "default"};
+        static const char* const kFunctions[] = {"ripples", "vowels", "sand"};
+        static const char* const kSamples[] = {"pluck.wav", "voice.wav", "gone.wav"};
+        const auto one = [this](const auto& texts) { return texts[Below(std::size(texts))]; };
+        EnvView& editor = view->EnvelopeEditor(Below(4));
+        const std::size_t point = Below(std::as_const(editor).Points().size());
+        const BPoint somewhere = {Between(12, editor.Bounds().Width() - 12), Between(5, 80)};
+        switch (Below(12)) {
+        case 0:
+        case 1: {
+            const vexa::Parameter& row = vexa::Parameters()[Below(vexa::kParameters)];
+            Confirm(view->Field(row.id), row.controller ? one(kControllers) : one(kNumbers));
+            break;
+        }
+        case 2:
+            DragPoint(editor, point, somewhere);
+            break;
+        case 3:
+            test::Click(editor, somewhere);
+            break;
+        case 4:
+            test::Click(editor, editor.EnvPoint2View(std::as_const(editor).Points()[point]),
+                        B_SECONDARY_MOUSE_BUTTON);
+            break;
+        case 5:
+            Confirm(view->Field(FunctionField::Expression), one(kFormulas));
+            break;
+        case 6:
+            Confirm(Field(std::string("macro ") + "abcd"[Below(4)]), one(kNumbers));
+            break;
+        case 7:
+            Confirm(Field(std::string("controller ") + "abcd"[Below(4)]), one(kControllers));
+            break;
+        case 8:
+            Confirm(view->Field(vexa::FunctionFields()[1 + Below(6)].id), one(kNumbers));
+            break;
+        case 9:
+            view->LoadSound(In("sounds") / (std::string(one(kSounds)) + ".xml"));
+            break;
+        case 10:
+            if (Below(2) == 0)
+                view->LoadSample((In("samples") / one(kSamples)).c_str());
+            else
+                view->LoadFunction(In("functions") / (std::string(one(kFunctions)) + ".xml"));
+            break;
+        default:
+            Below(4) == 0 ? view->InitialSound() : view->MutateSound(Below(100));
+        }
+        test::Settle();
+    }
+
+    /// No compiler is to be waited for.
+    const test::EnvironmentVariable path{"PATH", "/none"};
+    std::mt19937 random{11}; // NOLINT(cert-msc32-c,cert-msc51-cpp)
+};
+
+TEST_F(UndoTest, ComesBackToTheFirstSoundAndForthToTheLast) {
+    Open();
+    alerts.answer = 1; // discards what has changed
+    std::vector<std::string> documents{Document()};
+    std::vector<std::string> names;
+    const float first = Plays(1, 0.5F);
+    for (int i = 0; i < 500; i++) {
+        Gesture();
+        view->NoteSteps();
+        if (std::string now = Document(); now != documents.back()) {
+            ASSERT_TRUE(view->CanUndo());
+            ASSERT_NE(view->UndoName(), "");
+            documents.push_back(std::move(now));
+        }
+    }
+    EXPECT_GT(documents.size(), 350U);
+    view->LoadSound(In("sounds/bell.xml"));
+    documents.push_back(Document());
+    const float last = Plays(1, 0.5F);
+    alerts.texts.clear();
+    // One at least for each, and none that changes nothing but whose the sound is.
+    std::size_t steps = 0;
+    for (std::size_t i = documents.size() - 1; view->CanUndo(); steps++) {
+        view->Undo();
+        test::Settle();
+        if (i > 0 && Document() != documents[i]) {
+            ASSERT_EQ(Document(), documents[--i]) << i;
+        }
+    }
+    EXPECT_EQ(Document(), documents.front());
+    EXPECT_EQ(steps, documents.size() - 1);
+    EXPECT_EQ(Plays(1, 0.5F), first);
+    EXPECT_FALSE(view->Changed());
+    EXPECT_EQ(view->SoundName(), "default");
+    while (view->CanRedo())
+        view->Redo();
+    test::Settle();
+    EXPECT_EQ(Document(), documents.back());
+    EXPECT_EQ(Plays(1, 0.5F), last);
+    EXPECT_FALSE(view->Changed());
+    EXPECT_EQ(alerts.texts.size(), 0U) << alerts.texts[0];
+    // What is shown is what plays.
+    const vexa::Sound sound = view->ConstructSound();
+    vexa::sound_param expected;
+    vexa::ApplyParameters(sound, expected);
+    for (const vexa::Parameter& row : vexa::Parameters()) {
+        if (row.value) {
+            EXPECT_EQ(float(view->SoundParam().*row.value), float(expected.*row.value));
+        }
+    }
+}
+
+/// Each is one step, by whatever means, and is called what it is.
+TEST_F(UndoTest, AGestureIsOneStepWithAName) {
+    Open();
+    const auto undoes = [&](const std::string& name) {
+        view->Pulse();
+        EXPECT_EQ(view->UndoName(), name);
+        Press(false);
+        EXPECT_EQ(view->UndoName(), "") << name;
+        EXPECT_FALSE(view->CanUndo());
+        EXPECT_EQ(view->RedoName(), name);
+    };
+    EnvView& editor = view->EnvelopeEditor(2);
+    const std::vector<vexa::EnvPoint> points = std::as_const(editor).Points();
+    DragPoint(editor, 1, {90, 20});
+    EXPECT_NE(std::as_const(editor).Points(), points);
+    undoes("envelope of radius x");
+    EXPECT_EQ(std::as_const(editor).Points(), points);
+    EXPECT_EQ(editor.Value(0.1F, false, 0), vexa::EnvelopeCurve(points, 0).Value(0.1F, false, 0));
+    Press(true);
+    EXPECT_NE(std::as_const(editor).Points(), points);
+    Press(false);
+    auto& slider = dynamic_cast<BSlider&>(*window->FindView("slider a"));
+    for (int32 i = 0; i < 30; i++) {
+        slider.Move(i);
+        test::Settle();
+        view->Pulse();
+    }
+    undoes("macro a");
+    window->FindView("Macros")->Pulse();
+    EXPECT_EQ(Text("macro a"), "0.5");
+    EXPECT_EQ(view->Playing().macros[0].value, 0.5F);
+    for (const char* text : {"2", "2.1", "2.2"})
+        Enter("C0x1", text);
+    undoes("start of centre x, velocity");
+    view->LoadSound(In("sounds/bell.xml"));
+    EXPECT_EQ(view->SoundName(), "bell");
+    undoes("sound bell");
+    EXPECT_EQ(view->SoundName(), "default");
+    view->LoadFunction(In("functions/ripples.xml"));
+    undoes("function ripples");
+    view->LoadSample(In("samples/pluck.wav").c_str());
+    EXPECT_TRUE(view->SampleMode());
+    undoes("sample pluck");
+    EXPECT_FALSE(view->SampleMode());
+    EXPECT_FALSE(Field("SFreq").IsEnabled());
+    view->MutateSound();
+    undoes("mutation");
+    Enter("Fxy", "x+");
+    undoes("formula");
+    EXPECT_EQ(view->SavingRemark(), "");
+    Press(true);
+    EXPECT_EQ(Text("Fxy"), "x+");
+    EXPECT_NE(view->SavingRemark(), "");
+    Press(false);
+    // Without a pulse in between, as fast as it may be.
+    DragPoint(editor, 1, {90, 20});
+    Confirm(Field("macro a"), "0.25");
+    Confirm(Field("macro a"), "0.75");
+    DragPoint(view->EnvelopeEditor(3), 1, {90, 20});
+    for (int i = 0; i < 4; i++) {
+        EXPECT_TRUE(view->CanUndo()) << i;
+        Press(false);
+    }
+    EXPECT_FALSE(view->CanUndo());
+    EXPECT_EQ(std::as_const(editor).Points(), points);
+}
+
+TEST_F(UndoTest, AFieldTakesItsTypingBackFirst) {
+    Open(false);
+    Enter("Cx1", "3");
+    Field("Cx2").MakeFocus();
+    test::Type(*window, "7");
+    Press(false);
+    EXPECT_EQ(Text("Cx2"), "0");
+    EXPECT_EQ(Text("Cx1"), "3");
+    Press(true);
+    EXPECT_FALSE(Text("Cx2") == "0") << "typed again";
+    Press(false);
+    Press(false);
+    EXPECT_EQ(Text("Cx1"), "0") << "there is no typing left";
+    Press(true);
+    Press(true);
+    EXPECT_EQ(Text("Cx1"), "3");
+    EXPECT_EQ(view->SoundParam().Cx1, 3);
+}
+
+/// Undoing back to what was saved takes the mark away, whatever was undone.
+TEST_F(UndoTest, KnowsWhatIsSaved) {
+    Open();
+    Enter("Cx1", "3");
+    view->SaveSound("mine.xml");
+    EXPECT_FALSE(view->Changed());
+    Enter("Cx2", "4");
+    EXPECT_TRUE(view->Changed());
+    view->Undo();
+    EXPECT_FALSE(view->Changed());
+    view->Undo();
+    EXPECT_TRUE(view->Changed());
+    EXPECT_EQ(view->SoundName(), "mine");
+    alerts.answer = 0;
+    view->InitialSound();
+    EXPECT_EQ(alerts.texts.size(), 1U);
+    EXPECT_EQ(view->SoundName(), "mine") << "cancelled";
+    alerts.answer = 1;
+    view->InitialSound();
+    EXPECT_EQ(view->SoundName(), vexa::kInitialSoundName);
+    EXPECT_FALSE(view->Changed());
+    EXPECT_EQ(view->ConstructSound(), vexa::InitialSound());
+    view->Undo();
+    EXPECT_EQ(view->SoundName(), "mine");
+    EXPECT_TRUE(view->Changed());
+    view->BeginHistory();
+    EXPECT_FALSE(view->CanUndo());
+    EXPECT_FALSE(view->CanRedo());
+}
+
+TEST_F(UndoTest, EachSlotHasItsOwnSoundAndSteps) {
+    Open();
+    Enter("Cx1", "3");
+    const std::string a = Document();
+    view->SwitchAB();
+    EXPECT_EQ(view->PresentSlot(), 'B');
+    EXPECT_EQ(Document(), a) << "a copy at first";
+    EXPECT_FALSE(view->CanUndo());
+    view->LoadSound(In("sounds/bell.xml"));
+    Enter("Fxy", "x");
+    const std::string b = Document();
+    for (int i = 0; i < 3; i++) {
+        view->SwitchAB();
+        EXPECT_EQ(view->PresentSlot(), 'A');
+        EXPECT_EQ(Document(), a);
+        EXPECT_EQ(view->SoundName(), "default");
+        EXPECT_EQ(view->UndoName(), "drift of centre x, velocity");
+        view->SwitchAB();
+        EXPECT_EQ(Document(), b);
+        EXPECT_EQ(view->SoundName(), "bell");
+        EXPECT_TRUE(view->Changed());
+        EXPECT_EQ(view->UndoName(), "formula");
+    }
+    view->CopyToOther();
+    view->SwitchAB();
+    EXPECT_EQ(Document(), b);
+    EXPECT_EQ(view->SoundName(), "bell");
+    EXPECT_EQ(view->UndoName(), "copy of B");
+    view->Undo();
+    EXPECT_EQ(Document(), a);
+    // Closing asks about both.
+    alerts.texts.clear();
+    alerts.answer = 1;
+    EXPECT_TRUE(view->MayGiveUpBoth([] {}));
+    EXPECT_EQ(alerts.texts.size(), 2U);
+}
+
+TEST_F(UndoTest, ControllersArePlayedNotEdited) {
+    Open();
+    Enter("Cx1", "3");
+    view->Graph().Consumer().ControlChange(0, 17, 127, 0);
+    view->Pulse();
+    EXPECT_EQ(view->UndoName(), "drift of centre x, velocity");
+    Enter("Cx2", "4");
+    view->Graph().Consumer().ControlChange(0, 18, 127, 0);
+    view->Undo();
+    view->Undo();
+    EXPECT_FALSE(view->CanUndo());
+    EXPECT_EQ(Text("Cx1"), "0");
+    EXPECT_EQ(float(view->Playing().macros[1].value), 1);
+    EXPECT_EQ(float(view->Playing().macros[2].value), 1);
+    view->Redo();
+    EXPECT_EQ(view->ConstructSound().function.macros[2].value, "1");
+}
+
+} // namespace

@@ -1,0 +1,234 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "instrument/History.h"
+
+#include "documents/SoundDocument.h"
+#include "instrument/SoundParts.h"
+#include "synth/ParameterTable.h"
+
+#include <random>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using std::chrono::milliseconds;
+using vexa::GestureMoment;
+using vexa::History;
+using vexa::ParameterId;
+using vexa::Sound;
+
+GestureMoment At(int ms, std::uint64_t number = 0, bool held = false) {
+    return {number, held, std::chrono::steady_clock::time_point(milliseconds(ms))};
+}
+
+std::string& Text(Sound& sound, ParameterId id) {
+    return sound.texts[static_cast<std::size_t>(id)];
+}
+
+/// Each a change of one part of a sound, to a value that a number says.
+using Change = void (*)(Sound& sound, int value);
+const struct {
+    const char* name;
+    Change change;
+} kChanges[] = {
+    {"formula",
+     [](Sound& s, int v) {
+         s.function.kind = vexa::FunctionKind::Expression;
+         s.function.expression = "x*" + std::to_string(v);
+     }},
+    {"sample",
+     [](Sound& s, int v) {
+         s.function.kind = vexa::FunctionKind::Sample;
+         s.function.sampleFile = std::to_string(v);
+     }},
+    {"sample frequency",
+     [](Sound& s, int v) {
+         if (s.function.kind == vexa::FunctionKind::Sample)
+             s.function.frequency = std::to_string(v);
+     }},
+    {"view of the plane",
+     [](Sound& s, int v) { s.function.width = s.function.linkScreen.y = std::to_string(v); }},
+    {"macro b", [](Sound& s, int v) { s.function.macros[1].value = std::to_string(v); }},
+    {"controller of macro d",
+     [](Sound& s, int v) { s.function.macros[3].controller = std::to_string(v); }},
+    {"drift of centre x, velocity",
+     [](Sound& s, int v) { Text(s, ParameterId::Cx1) = std::to_string(v); }},
+    {"start of centre y, for every note",
+     [](Sound& s, int v) { Text(s, ParameterId::C0y0) = std::to_string(v); }},
+    {"turns in x, per period of the note",
+     [](Sound& s, int v) { Text(s, ParameterId::Fx) = std::to_string(v); }},
+    {"envelope of radius x",
+     [](Sound& s, int v) {
+         s.envelopes[2].push_back({float(v), true, 0});
+     }},
+    {"envelope of drift of centre y",
+     [](Sound& s, int v) {
+         s.envelopes[1] = {{0, false, float(v)}};
+     }},
+    {"playing", [](Sound& s, int v) { s.playing.emplace().kept = std::to_string(v); }},
+    {"bend",
+     [](Sound& s, int v) {
+         if (s.playing)
+             s.playing->texts[3] = std::to_string(v);
+     }},
+    {"description", [](Sound& s, int v) { s.info.comment = std::to_string(v); }},
+    {"author", [](Sound& s, int v) { s.author = std::to_string(v); }},
+};
+
+TEST(History, NamesWhatASoundDiffersIn) {
+    for (const auto& [name, change] : kChanges) {
+        Sound from;
+        if (name == std::string("bend"))
+            from.playing.emplace();
+        if (name == std::string("sample frequency"))
+            from.function.kind = vexa::FunctionKind::Sample;
+        Sound to = from;
+        change(to, 7);
+        EXPECT_EQ(vexa::Difference(from, to), name);
+        EXPECT_EQ(vexa::Difference(from, from), "");
+    }
+    Sound two, three;
+    Text(two, ParameterId::Ax0) = Text(two, ParameterId::Ay0) = "3";
+    three = two;
+    three.function.expression = "x";
+    EXPECT_EQ(vexa::Difference({}, two),
+              "radius x, times the envelope and radius y, times the envelope");
+    EXPECT_EQ(vexa::Difference({}, three), "several parts");
+}
+
+/// Forth and back between all of five hundred sounds, with documents read in between.
+TEST(History, GoesBackToTheFirstSoundAndForthToTheLast) {
+    std::mt19937 random(7); // NOLINT(cert-msc32-c,cert-msc51-cpp)
+    Sound sound;
+    History history(sound, "first");
+    std::vector<std::string> documents{vexa::SoundText(sound)};
+    std::vector<std::string> files{"first"};
+    for (int i = 1; i <= 500; i++) {
+        const auto& [name, change] = kChanges[random() % std::size(kChanges)];
+        change(sound, i);
+        if (sound == history.Present())
+            continue;
+        if (random() % 20 == 0) {
+            files.push_back(std::to_string(i));
+            history.Load(sound, files.back(), "sound " + files.back());
+        } else {
+            files.push_back(files.back());
+            history.Take(sound, At(i, std::uint64_t(i)));
+        }
+        const bool loaded = files.back() != files[files.size() - 2];
+        EXPECT_EQ(history.UndoName(), loaded ? "sound " + files.back() : name);
+        documents.push_back(vexa::SoundText(sound));
+    }
+    ASSERT_EQ(history.Steps(), documents.size() - 1);
+    EXPECT_FALSE(history.CanRedo());
+    for (int pass = 0; pass < 2; pass++) {
+        for (std::size_t i = documents.size() - 1; i-- > 0;) {
+            ASSERT_EQ(vexa::SoundText(history.Undo()), documents[i]) << i;
+            EXPECT_EQ(history.File().name, files[i]);
+        }
+        EXPECT_FALSE(history.CanUndo());
+        EXPECT_EQ(history.UndoName(), "");
+        for (std::size_t i = 1; i < documents.size(); i++) {
+            ASSERT_EQ(vexa::SoundText(history.Redo()), documents[i]) << i;
+            EXPECT_EQ(history.File().name, files[i]);
+        }
+    }
+    // What was undone and is then not wanted is forgotten.
+    for (int i = 0; i < 10; i++)
+        history.Undo();
+    sound = history.Present();
+    sound.author = "another";
+    history.Take(sound, At(0, 1000));
+    EXPECT_FALSE(history.CanRedo());
+    EXPECT_EQ(history.Steps(), documents.size() - 10);
+}
+
+TEST(History, AGestureIsOneStep) {
+    Sound sound;
+    History history(sound, "");
+    const auto take = [&](ParameterId id, const char* text, const GestureMoment& moment) {
+        Text(sound, id) = text;
+        history.Take(sound, moment);
+        return history.Steps();
+    };
+    // A wheel's steps, and those of arrow keys.
+    EXPECT_EQ(take(ParameterId::Ax0, "1.1", At(0)), 1U);
+    EXPECT_EQ(take(ParameterId::Ax0, "1.2", At(500)), 1U);
+    EXPECT_EQ(take(ParameterId::Ax0, "1.3", At(1000)), 1U);
+    EXPECT_EQ(take(ParameterId::Ax0, "1.4", At(2000)), 2U) << "after a pause";
+    EXPECT_EQ(take(ParameterId::Ax1, "1.4", At(2010)), 3U) << "in another field";
+    EXPECT_EQ(take(ParameterId::Ax1, "1.5", At(2020, 1)), 4U) << "confirmed one after the other";
+    history.End();
+    EXPECT_EQ(take(ParameterId::Ax1, "1.6", At(2030, 1)), 5U);
+    // A drag may move several parts, as long as it takes.
+    EXPECT_EQ(take(ParameterId::Ax0, "2", At(3000, 2, true)), 6U);
+    EXPECT_EQ(take(ParameterId::Ay0, "2", At(9000, 2, true)), 6U);
+    EXPECT_EQ(take(ParameterId::Ay0, "3", At(9100, 2)), 6U) << "known after the button was let go";
+    EXPECT_EQ(history.UndoName(), "radius x, times the envelope and radius y, times the envelope");
+    EXPECT_EQ(take(ParameterId::Ay0, "4", At(9400, 2)), 7U) << "by the wheel, thereafter";
+    EXPECT_EQ(take(ParameterId::Ay0, "5", At(9500, 3, true)), 8U);
+    EXPECT_EQ(take(ParameterId::Ay0, "4", At(9600, 3, true)), 7U) << "and back";
+    history.Undo();
+    EXPECT_EQ(Text(sound = history.Present(), ParameterId::Ay0), "3");
+    EXPECT_EQ(take(ParameterId::Ay0, "3.5", At(9610, 2)), 7U) << "a step that was come back to";
+    EXPECT_FALSE(history.CanRedo());
+}
+
+/// Neither a step, nor taken back with one that has not moved them itself.
+TEST(History, WhatControllersMoveStays) {
+    Sound sound;
+    History history(sound, "");
+    const auto play = [&](const char* a, const char* b) {
+        sound.function.macros[0].value = a;
+        sound.function.macros[1].value = b;
+        history.Play(sound);
+    };
+    const auto values = [](const Sound& s) {
+        return s.function.macros[0].value + " " + s.function.macros[1].value;
+    };
+    sound.function.macros[1].value = "0.2";
+    history.Take(sound, At(0));
+    play("0.9", "0.2");
+    sound.function.expression = "x";
+    history.Take(sound, At(1000, 1, true));
+    play("0.8", "0.3");
+    sound.function.expression = "y";
+    history.Take(sound, At(1500, 1, true));
+    EXPECT_EQ(history.Steps(), 2U);
+    EXPECT_EQ(history.UndoName(), "formula");
+    play("0.7", "0.3");
+    EXPECT_EQ(values(history.Undo()), "0.7 0.3");
+    EXPECT_EQ(values(history.Undo()), "0.7 0.5") << "a person has moved the second";
+    play("0.6", "0.5");
+    EXPECT_EQ(values(history.Redo()), "0.6 0.2");
+    EXPECT_EQ(history.Redo().function.expression, "y");
+}
+
+/// All sounds since the file was read are of the file, under the name by which it was saved last.
+TEST(History, KnowsWhatIsSaved) {
+    Sound sound;
+    History history(sound, "default");
+    Text(sound, ParameterId::Ax0) = "2";
+    history.Take(sound, At(0));
+    history.File() = {"mine", sound};
+    const auto isSaved = [&] { return history.Present() == history.File().saved; };
+    history.Undo();
+    EXPECT_FALSE(isSaved());
+    EXPECT_EQ(history.File().name, "mine");
+    history.Redo();
+    EXPECT_TRUE(isSaved());
+    history.Load(Sound(), "bell", "sound bell");
+    EXPECT_EQ(history.File().name, "bell");
+    EXPECT_TRUE(isSaved());
+    history.Undo();
+    EXPECT_TRUE(isSaved());
+    EXPECT_EQ(history.File().name, "mine");
+    history.Load(history.Present(), "mine", "sound mine");
+    history.Do(history.Present(), "mutation");
+    EXPECT_EQ(history.UndoName(), "radius x, times the envelope");
+    history.Do(Sound(), "mutation");
+    EXPECT_EQ(history.UndoName(), "mutation");
+    EXPECT_EQ(history.File().name, "mine");
+}
+
+} // namespace

@@ -54,6 +54,12 @@ void VexaView::SetAndInvoke(FieldId field, const std::string& text) {
     Field(field).Invoke();
 }
 
+void VexaView::EnterNow(FieldId field, uint32 code, const std::string& text) {
+    Field(field).SetText(text.c_str());
+    BMessage message(code);
+    MessageReceived(&message);
+}
+
 Function VexaView::ConstructFunction() const {
     Function function = instrument.State().function;
     for (const FunctionFieldRow& row : FunctionFields())

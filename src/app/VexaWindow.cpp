@@ -11,6 +11,7 @@
 #include "kits/translation/TranslationUtils.h"
 #include "views/BitmapBarView.h"
 #include "views/Theme.h"
+#include "views/plane/PlaneOverlay.h"
 
 #include <algorithm>
 #include <iterator>
@@ -58,6 +59,7 @@ VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders,
     mainView = new VexaView({0, kMainTop, frame.Width(), frame.Height()}, "VexaView", folders,
                             choices.plugin);
     AddChild(mainView);
+    mainView->SetClassic(classic);
     const BRect logo = logoBar->Bounds();
     bar = new BarView({barLeft, 2, logo.right - barRight, logo.bottom - 5}, *mainView);
     logoBar->AddChild(bar);
@@ -141,6 +143,7 @@ void VexaWindow::ApplyColors() {
 void VexaWindow::SetClassic(bool on) {
     const float width = mainView->Frame().Width();
     classic = on;
+    mainView->SetClassic(on);
     ApplyColors();
     Fit(width);
 }
@@ -159,7 +162,7 @@ bool VexaWindow::TakeShortcut(const kits::KeyPress& press) {
         ShowPart(Part::Strip, !IsShown(Part::Strip));
         return true;
     }
-    return false;
+    return mainView->Overlay().TakeShortcut(press);
 }
 
 void VexaWindow::MessageReceived(BMessage* message) {

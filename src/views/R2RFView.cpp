@@ -146,7 +146,7 @@ void R2RFView::Compute(std::chrono::steady_clock::duration time) {
     }
     if (!drawing)
         return;
-    changes++;
+    computed++;
     const auto start = std::chrono::steady_clock::now();
     if (drawing->Continue(time))
         drawing.reset();

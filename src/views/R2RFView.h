@@ -69,8 +69,10 @@ class R2RFView : public BView {
     }
     /// The picture as far as it is complete after a short while.
     const BBitmap& Shown();
-    /// How often the function, the view of it or the picture have changed.
+    /// How often the function or the view of it have changed, and how often the picture has been
+    /// computed on.
     uint64 Changes() const { return changes; }
+    uint64 Computed() const { return computed; }
     /// Whether there is nothing left to compute.
     bool IsComplete() const { return !stale && !drawing; }
     /// Whether it has been complete for three times as long as it took to compute: who shows one
@@ -126,6 +128,7 @@ class R2RFView : public BView {
     /// What is shown of the plane has changed since `bitmap` was begun.
     bool stale = true;
     uint64 changes = 0;
+    uint64 computed = 0;
     std::unique_ptr<BBitmap> bitmap;
     /// What remains to be computed of `bitmap`; null when it is complete.
     std::unique_ptr<PlaneDrawing> drawing;

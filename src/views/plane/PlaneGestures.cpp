@@ -59,6 +59,7 @@ void PlaneOverlay::SetView(double width, double linkX, double linkY) {
     const double step = TidyStep(width / double(Bounds().Width()) / 5);
     host.SetView(TidyText(width, TidyStep(width / 2000)), TidyText(linkX, step),
                  TidyText(linkY, step));
+    PlaceHandles();
     StartAnimation();
 }
 
@@ -314,6 +315,7 @@ void PlaneOverlay::PlaceHandles() {
     };
     const float scale = plane.Scale();
     const BPoint start = plane.ToView(number(OrbitNumber::StartX), number(OrbitNumber::StartY));
+    bool moved = false;
     for (PlaneHandle* handle : handles) {
         BPoint by;
         switch (handle->Row().First()) {
@@ -333,8 +335,11 @@ void PlaneOverlay::PlaceHandles() {
                 by = {kApart / std::numbers::sqrt2_v<float>, kApart / std::numbers::sqrt2_v<float>};
             break;
         }
-        handle->CenterAt({start.x + by.x, start.y + by.y});
+        moved |= handle->CenterAt({start.x + by.x, start.y + by.y});
     }
+    // With the lines between them.
+    if (moved && ShowsHandles())
+        Invalidate();
 }
 
 // Previews.

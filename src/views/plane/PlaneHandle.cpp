@@ -55,10 +55,12 @@ PlaneHandle::PlaneHandle(PlaneOverlay& overlay, const PlaneHandleRow& row)
     SetToolTip(row.tip);
 }
 
-void PlaneHandle::CenterAt(BPoint point) {
+bool PlaneHandle::CenterAt(BPoint point) {
     const float x = std::round(point.x - kReach), y = std::round(point.y - kReach);
-    if (x != Frame().left || y != Frame().top)
-        MoveTo(x, y);
+    if (x == Frame().left && y == Frame().top)
+        return false;
+    MoveTo(x, y);
+    return true;
 }
 
 void PlaneHandle::Draw(BRect) {

@@ -34,7 +34,8 @@ class PlaneHandle : public BView {
     PlaneHandle(PlaneOverlay& overlay, const PlaneHandleRow& row);
 
     const PlaneHandleRow& Row() const { return row; }
-    void CenterAt(BPoint point);
+    /// Whether that is another place.
+    bool CenterAt(BPoint point);
     BPoint Center() const { return {Frame().left + kReach, Frame().top + kReach}; }
     /// Under the pointer, in the hand, or with the focus.
     bool IsNoticed() const { return hovered || held || IsFocus(); }

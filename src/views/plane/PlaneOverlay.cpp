@@ -40,8 +40,8 @@ constexpr uint8 kOthers = 60;
 /// dashes.
 constexpr double kClose = 1.5;
 constexpr int kDashes = 24;
-/// Between two points of an orbit, in the screen's pixels, and how many there are.
-constexpr double kStride = 5;
+/// Between two points of an orbit, in pixels of the view, and how many there are.
+constexpr double kStride = 7;
 constexpr int kFewest = 24;
 constexpr int kMost = 512;
 
@@ -57,6 +57,24 @@ bool AreClose(const Orbit& a, const Orbit& b, double most) {
     return std::abs(a.cx - b.cx) <= most && std::abs(a.cy - b.cy) <= most &&
            std::abs(a.rx - b.rx) <= most && std::abs(a.ry - b.ry) <= most;
 }
+
+/// Cosine and sine of a phase that goes on in equal steps, exact enough for kMost of them.
+struct Wave {
+    Wave(double phase, double step)
+        : cosine(std::cos(phase)),
+          sine(std::sin(phase)),
+          stepCosine(std::cos(step)),
+          stepSine(std::sin(step)) {}
+    void Advance() {
+        const double next = cosine * stepCosine - sine * stepSine;
+        sine = sine * stepCosine + cosine * stepSine;
+        cosine = next;
+    }
+    double cosine, sine;
+
+  private:
+    double stepCosine, stepSine;
+};
 
 uint32* Words(BBitmap& picture) {
     return static_cast<uint32*>(picture.Bits());
@@ -319,21 +337,21 @@ void PlaneOverlay::DrawOrbit(const Orbit& orbit, rgb_color color, int sharers, i
     const double turns = std::max({std::abs(double(orbit.fx)), std::abs(double(orbit.fy)), 1.0});
     const double length = 2 * std::numbers::pi *
                           std::hypot(orbit.rx * double(orbit.fx), orbit.ry * double(orbit.fy)) /
-                          double(view.scale) * double(density);
+                          double(view.scale);
     // A length that is no number takes the most.
     const double wanted = std::max(length / kStride, kFewest * turns);
     const int steps = wanted < kMost ? static_cast<int>(wanted) : kMost;
     const double step = 2 * std::numbers::pi / steps;
     // Dashes stay where they are on the figure, wherever on it the point is.
     const double dash = 2 * std::numbers::pi / (sharers * std::max(1, kDashes / sharers));
+    Wave x(orbit.phasex, double(orbit.fx) * step), y(orbit.phasey, double(orbit.fy) * step);
     std::optional<Relief::Place> before;
-    for (int k = 0; k <= steps; k++) {
+    for (int k = 0; k <= steps; k++, x.Advance(), y.Advance()) {
         const double phasex = orbit.phasex + double(orbit.fx) * step * k;
-        const double x = orbit.cx + orbit.rx * std::cos(phasex);
-        const double y = orbit.cy + orbit.ry * std::sin(orbit.phasey + double(orbit.fy) * step * k);
         const bool own =
             sharers == 1 || static_cast<int64>(std::floor(phasex / dash)) % sharers == rank;
-        const std::optional<Relief::Place> place = PlaceOf(x, y);
+        const std::optional<Relief::Place> place =
+            PlaceOf(orbit.cx + orbit.rx * x.cosine, orbit.cy + orbit.ry * y.sine);
         if (before && place) {
             const bool seen = before->visible && place->visible;
             color.alpha = !own ? kOthers : seen ? 255 : kBehind;

@@ -2,6 +2,7 @@
 #include "views/plane/Trace.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 
 namespace vexa {
@@ -12,7 +13,7 @@ constexpr int kTile = 32;
 /// In which a line fades to 1 / e, seconds.
 constexpr float kFadeTime = 1.0F / 6;
 /// Farther away than this, in pixels, a line's end is not looked for.
-constexpr float kFarthest = 1e5F;
+constexpr float kFarthest = 3e4F;
 
 /// All four bytes of the pixel times weight / 256, 0 <= weight <= 256.
 uint32 Scaled(uint32 pixel, uint32 weight) {
@@ -23,10 +24,15 @@ uint32 Scaled(uint32 pixel, uint32 weight) {
 
 /// The larger of each of the four bytes.
 uint32 Brighter(uint32 a, uint32 b) {
-    uint32 both = 0;
-    for (uint32 mask = 0xff; mask; mask <<= 8)
-        both |= std::max(a & mask, b & mask);
-    return both;
+    using Bytes [[gnu::vector_size(4)]] = uint8;
+    const auto x = std::bit_cast<Bytes>(a), y = std::bit_cast<Bytes>(b);
+    return std::bit_cast<uint32>(x > y ? x : y);
+}
+
+/// The whole number at or below, for |x| < 2 kFarthest.
+int Floor(float x) {
+    constexpr int kAbove = 1 << 16;
+    return static_cast<int>(x + kAbove) - kAbove;
 }
 
 bool IsNear(BPoint p) {
@@ -87,21 +93,12 @@ bool Trace::IsDark() const {
     return std::none_of(tiles.begin(), tiles.end(), [](const Tile& tile) { return tile.lit; });
 }
 
-void Trace::Put(int x, int y, uint32 color, float coverage) {
-    if (x < 0 || x >= columns || y < 0 || y >= rows || coverage <= 0)
-        return;
-    const std::size_t place = static_cast<std::size_t>(y) * static_cast<std::size_t>(columns) +
-                              static_cast<std::size_t>(x);
-    pixels[place] = Brighter(pixels[place], Scaled(color, static_cast<uint32>(256 * coverage)));
-    tiles[static_cast<std::size_t>(y / kTile * tilesAcross + x / kTile)] = {true, true};
-}
-
-void Trace::Line(BPoint from, BPoint to, rgb_color color, float width) {
+void Trace::Line(BPoint from, BPoint to, rgb_color bright, float width) {
     if (!IsNear(from) || !IsNear(to))
         return;
     const uint32 opaque =
-        0xff000000U | uint32{color.red} << 16 | uint32{color.green} << 8 | uint32{color.blue};
-    const uint32 full = Scaled(opaque, color.alpha == 255 ? 256U : color.alpha);
+        0xff000000U | uint32{bright.red} << 16 | uint32{bright.green} << 8 | uint32{bright.blue};
+    const uint32 full = Scaled(opaque, bright.alpha == 255 ? 256U : bright.alpha);
     // Along the coordinate that grows more, across by the other.
     const bool steep = std::abs(to.y - from.y) > std::abs(to.x - from.x);
     if (steep) {
@@ -110,17 +107,43 @@ void Trace::Line(BPoint from, BPoint to, rgb_color color, float width) {
     }
     if (from.x > to.x)
         std::swap(from, to);
+    const int alongs = steep ? rows : columns;
+    const int acrosses = steep ? columns : rows;
+    const int stepAlong = steep ? columns : 1;
+    const int stepAcross = steep ? 1 : columns;
+    const int tileAlong = steep ? tilesAcross : 1;
+    const int tileAcross = steep ? 1 : tilesAcross;
     const float slope = to.x > from.x ? (to.y - from.y) / (to.x - from.x) : 0.0F;
     const float half = width / 2 * std::sqrt(1 + slope * slope);
-    const int end = std::min(static_cast<int>(std::lround(to.x)), (steep ? rows : columns) - 1);
-    for (int along = std::max(0, static_cast<int>(std::lround(from.x))); along <= end; along++) {
-        const float middle = from.y + slope * (static_cast<float>(along) - from.x);
-        const int last = static_cast<int>(std::ceil(middle + half));
-        for (int across = static_cast<int>(std::floor(middle - half)); across <= last; across++) {
-            const auto center = static_cast<float>(across);
-            const float coverage =
-                std::min(center + 0.5F, middle + half) - std::max(center - 0.5F, middle - half);
-            steep ? Put(across, along, full, coverage) : Put(along, across, full, coverage);
+    const int start = std::max(0, Floor(from.x + 0.5F));
+    const int end = std::min(Floor(to.x + 0.5F), alongs - 1);
+    // A pixel reaches from its number to the next one here.
+    float low = from.y + slope * (static_cast<float>(start) - from.x) + 0.5F - half;
+    for (int along = start; along <= end; along++, low += slope) {
+        const float high = low + 2 * half;
+        const int lowest = Floor(low), highest = Floor(high);
+        uint32* const line = &pixels[static_cast<std::size_t>(along * stepAlong)];
+        const auto put = [&](int across, uint32 color) {
+            if (across < 0 || across >= acrosses)
+                return;
+            uint32& pixel = line[across * stepAcross];
+            pixel = Brighter(pixel, color);
+        };
+        const auto part = [full](float coverage) {
+            return Scaled(full, static_cast<uint32>(256 * std::clamp(coverage, 0.0F, 1.0F)));
+        };
+        if (lowest == highest) {
+            put(lowest, part(2 * half));
+        } else {
+            put(lowest, part(static_cast<float>(lowest + 1) - low));
+            for (int across = lowest + 1; across < highest; across++)
+                put(across, full);
+            put(highest, part(high - static_cast<float>(highest)));
+        }
+        for (const int across : {lowest, highest}) {
+            if (across >= 0 && across < acrosses)
+                tiles[static_cast<std::size_t>(along / kTile * tileAlong +
+                                               across / kTile * tileAcross)] = {true, true};
         }
     }
 }

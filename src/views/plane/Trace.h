@@ -19,8 +19,9 @@ class Trace {
 
     /// All fades by what it does in so many seconds: to a third in a sixth of a second.
     void Fade(float seconds);
-    /// A line of that width, whose color's alpha is how bright it is. Ends that are no numbers are
-    /// passed over.
+    /// A line of that width, less than kWidest, whose color's alpha is how bright it is. One with
+    /// an end far beyond all screens, or that is no number, is passed over.
+    static constexpr float kWidest = 20;
     void Line(BPoint from, BPoint to, rgb_color color, float width);
     /// At once.
     void Clear();
@@ -43,7 +44,6 @@ class Trace {
 
     template<class Each>
     void ForEachRow(std::size_t tile, Each each);
-    void Put(int x, int y, uint32 color, float coverage);
 
     int columns, rows;
     int tilesAcross;

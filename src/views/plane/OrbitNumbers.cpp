@@ -33,10 +33,10 @@ std::span<const OrbitNumberRow> OrbitNumbers() {
 
 OrbitNote NoteInHand(const SoundRecords& records) {
     const int slot = NewestSlot(records.voices);
-    if (slot < 0)
-        return {kPreviewVelocity / 127.0F, kPreviewKey / 127.0F, slot};
+    if (slot < 0 || IsSilent(records.voices))
+        return {kPreviewVelocity / 127.0F, kPreviewKey / 127.0F};
     const voice& note = records.voices[static_cast<std::size_t>(slot)];
-    return {note.vel, note.key, slot};
+    return {note.vel, note.key};
 }
 
 double NumberFor(const OrbitNumberRow& row, const SoundRecords& records, const OrbitNote& note) {

@@ -29,8 +29,6 @@ std::span<const OrbitNumberRow> OrbitNumbers();
 /// Which note's orbit is moved: velocity and key, each divided by 127.
 struct OrbitNote {
     float vel, key;
-    /// In the voice table; -1 where none sounds.
-    int slot;
 };
 /// The newest that sounds; else the one of previews.
 OrbitNote NoteInHand(const SoundRecords& records);

@@ -288,7 +288,7 @@ void PlaneOverlay::SetNumber(OrbitNumber id, double value, double tidy) {
 void PlaneOverlay::StepNumber(OrbitNumber id, int way, uint32 modifiers) {
     const double step = 4 * PixelStep() * double(Weight(modifiers, 0.1F, 10));
     Grip();
-    SetNumber(id, Number(id) + way * step, step / 10);
+    SetNumber(id, Number(id) + way * step, std::min(step / 4, PixelStep()));
     moving = false;
     keyPreview = kKeyPreview;
 }
@@ -347,7 +347,7 @@ void PlaneOverlay::PlaceHandles() {
 void PlaneOverlay::Grip() {
     moving = true;
     keyPreview = 0;
-    if (!previewing && CountActive(host.Records().voices) == 0) {
+    if (!previewing && IsSilent(host.Records().voices)) {
         auditioned.reset();
         Strike();
     }

@@ -262,11 +262,7 @@ void PlaneOverlay::Pulse() {
     }
     if (stale || seenChanges != plane.Changes() || (!IsOwn() && seenComputed != plane.Computed()))
         Invalidate();
-    const VoiceTable& voices = host.Records().voices;
-    const bool sounds = std::any_of(voices.begin(), voices.end(), [](const voice& slot) {
-        return !IsOver(slot, slot.state.Look());
-    });
-    if (sounds || (trace && !trace->IsDark()))
+    if (!IsSilent(host.Records().voices) || (trace && !trace->IsDark()))
         StartAnimation();
     if (toldFor > 0 && --toldFor == 0)
         InvalidateLegend();

@@ -7,7 +7,7 @@
 #include "app/VexaView.h"
 #include "app/bar/BarView.h"
 #include "kits/interface/Application.h"
-#include "kits/interface/Control.h"
+#include "kits/interface/ScrollView.h"
 #include "kits/translation/TranslationUtils.h"
 #include "views/BitmapBarView.h"
 #include "views/Theme.h"
@@ -23,6 +23,9 @@ namespace {
 /// Ten pulses a second move the orbits.
 constexpr bigtime_t kPulseRate = 100000;
 constexpr float kWidest = 10000;
+/// Of the window, whose main view scrolls then, in pixels.
+constexpr float kLeastWidth = 480;
+constexpr float kLeastHeight = 240;
 
 constexpr float kMainTop = 41;
 
@@ -58,14 +61,17 @@ VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders,
     AddBar();
     mainView = new VexaView({0, kMainTop, frame.Width(), frame.Height()}, "VexaView", folders,
                             choices.plugin);
-    AddChild(mainView);
     mainView->SetClassic(classic);
+    mainPane = new BScrollView(mainView->Frame(), "main pane");
+    AddChild(mainPane);
+    mainPane->SetTarget(mainView, mainView->PreferredWidth(), mainView->Frame().Height());
     const BRect logo = logoBar->Bounds();
     bar = new BarView({barLeft, 2, logo.right - barRight, logo.bottom - 5}, *mainView);
     logoBar->AddChild(bar);
     strip.view = new MacroStrip(0, frame.Height() + 1, frame.Width(), *mainView);
     strip.room = MacroStrip::PreferredHeight() + 1;
     AddChild(strip.view);
+    FoldWhatDoesNotFit();
     Fit(frame.Width());
     if (choices.withDefaultSound && !attached)
         mainView->LoadDefaultSound();
@@ -85,16 +91,31 @@ void VexaWindow::AddBar() {
     barRight = (right ? right->Bounds().Width() : 0) + kBarGap;
 }
 
-/// Gives the window the size that its parts take, with a main view of that width, or wider where
-/// that is too narrow.
-void VexaWindow::Fit(float mainWidth) {
+/// That no part needs more of.
+float VexaWindow::NeededWidth() const {
     const float beside = RoomOf(drawer);
-    const float height = mainHeight + RoomOf(strip);
-    float needed = mainView->PreferredWidth();
-    if (Takes(strip))
-        needed = std::max(needed, MacroStrip::LeastWidth() - beside);
-    SetSizeLimits(beside + needed, kWidest, height, height);
-    ResizeTo(beside + std::max(mainWidth, needed), height);
+    const float strips = Takes(strip) ? MacroStrip::LeastWidth() : 0;
+    return std::max(beside + mainView->PreferredWidth(), strips);
+}
+
+float VexaWindow::FullHeight() const {
+    return mainHeight + RoomOf(strip);
+}
+
+/// Gives the window the size that its parts take, with a main view of that width, or wider where
+/// that is too narrow, as far as the screen has room.
+void VexaWindow::Fit(float mainWidth) {
+    const BRect room = Room();
+    const float height = std::min(FullHeight(), room.Height());
+    const float needed = std::min(NeededWidth(), room.Width());
+    SetSizeLimits(std::min(needed, kLeastWidth), kWidest, std::min(height, kLeastHeight),
+                  FullHeight());
+    const float width = std::clamp(RoomOf(drawer) + mainWidth, needed, room.Width());
+    ResizeTo(width, height);
+    const BPoint place = {std::clamp(Frame().left, room.left, room.right - width),
+                          std::clamp(Frame().top, room.top, room.bottom - height)};
+    if (place != Frame().LeftTop())
+        MoveTo(place.x, place.y);
     Arrange();
 }
 
@@ -107,7 +128,7 @@ void VexaWindow::Arrange() {
         view.MoveTo(x, y);
         view.ResizeTo(width, height);
     };
-    place(*mainView, left, kMainTop, bounds.right - left, bottom - kMainTop);
+    place(*mainPane, left, kMainTop, bounds.right - left, bottom - kMainTop);
     for (const Pane* pane : {&drawer, &strip}) {
         if (pane->view && Takes(*pane) == pane->view->IsHidden())
             Takes(*pane) ? pane->view->Show() : pane->view->Hide();
@@ -120,13 +141,22 @@ void VexaWindow::Arrange() {
         classic ? bar->Hide() : bar->Show();
 }
 
+/// Hides what leaves the main view too little of the screen.
+void VexaWindow::FoldWhatDoesNotFit() {
+    const BRect room = Room();
+    if (Takes(strip) && FullHeight() > room.Height())
+        strip.wanted = false;
+    if (Takes(drawer) && NeededWidth() > room.Width())
+        drawer.wanted = false;
+}
+
 void VexaWindow::FrameResized(float, float) {
     if (mainView)
         Arrange();
 }
 
 void VexaWindow::ShowPart(Part part, bool show) {
-    const float width = mainView->Frame().Width();
+    const float width = mainPane->Frame().Width();
     PaneOf(part).wanted = show;
     Fit(width);
 }
@@ -141,7 +171,7 @@ void VexaWindow::ApplyColors() {
 }
 
 void VexaWindow::SetClassic(bool on) {
-    const float width = mainView->Frame().Width();
+    const float width = mainPane->Frame().Width();
     classic = on;
     mainView->SetClassic(on);
     ApplyColors();

@@ -5,6 +5,8 @@
 #include "kits/interface/Window.h"
 #include "kits/storage/ProgramFolder.h"
 
+class BScrollView;
+
 namespace vexa {
 
 class Attachment;
@@ -23,12 +25,13 @@ struct WindowChoices {
 };
 
 /// The logo bar, below it the drawer at the left and the main view, below these the strip; drawer
-/// and strip can be hidden. Can be made wider, not taller. Closing it ends the program. Window
-/// thread.
+/// and strip can be hidden. Can be made wider, not taller, and smaller: then the main view scrolls.
+/// Closing it ends the program. Window thread.
 class VexaWindow : public BWindow {
   public:
     /// The frame is that of the logo bar and the main view: with the other parts the window is
-    /// larger, and wider where a font needs it. Not shown yet.
+    /// larger, and wider where a font needs it; what does not fit on the screen is hidden or
+    /// scrolls. Not shown yet.
     VexaWindow(BRect frame, const kits::ProgramFolders& folders, const WindowChoices& choices = {});
 
     VexaView& MainView() { return *mainView; }
@@ -63,8 +66,11 @@ class VexaWindow : public BWindow {
     bool Takes(const Pane& pane) const { return pane.view && pane.wanted && !classic; }
     float RoomOf(const Pane& pane) const { return Takes(pane) ? pane.room : 0; }
     void AddBar();
+    float NeededWidth() const;
+    float FullHeight() const;
     void Fit(float mainWidth);
     void Arrange();
+    void FoldWhatDoesNotFit();
     void ApplyColors();
 
     /// A plug-in has the sound, whatever becomes of the window.
@@ -80,6 +86,8 @@ class VexaWindow : public BWindow {
     float barRight = 0;
     /// Null while it is being built, which may take an alert.
     VexaView* mainView = nullptr;
+    /// Shows it where the window is too small for all of it.
+    BScrollView* mainPane = nullptr;
     Pane drawer;
     Pane strip;
 };

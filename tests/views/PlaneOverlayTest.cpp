@@ -372,10 +372,13 @@ TEST_F(OverlayTest, HandlesMoveTheOrbitsNumbersAndSoundMeanwhile) {
     EXPECT_NEAR(overlay->Number(OrbitNumber::RadiusX), Value(vexa::ParameterId::Ax0) + 1, 1e-6);
     drag(Handle(1), 20, 0);
     EXPECT_EQ(host.strikes.size(), 5U);
-    const auto items = overlay->Items();
-    ASSERT_EQ(items.size(), 6U);
-    EXPECT_STREQ(items[4].name, "drift of centre x");
-    EXPECT_EQ(items[2].value, overlay->Number(OrbitNumber::RadiusX));
+    // For those who see none of it.
+    ASSERT_EQ(overlay->CountParts(), 6U);
+    EXPECT_EQ(overlay->DescribePart(4).name, "drift of centre x");
+    overlay->SetNumber(2, 2.5);
+    EXPECT_NEAR(overlay->DescribePart(2).number->value, 2.5, 0.002);
+    EXPECT_NEAR(Value(vexa::ParameterId::Ax0), 1.5, 0.002);
+    EXPECT_TRUE(overlay->DescribePart(2).frame.Contains(Handle(1).Center()));
 }
 
 TEST_F(OverlayTest, APlaceIsHeardWhileItIsHeld) {

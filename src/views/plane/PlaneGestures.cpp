@@ -31,6 +31,8 @@ constexpr float kPixelTurn = 0.01F;
 constexpr float kLowest = 0.12F;
 constexpr float kHighest = std::numbers::pi_v<float> / 2;
 
+/// What an arrow key moves a number by, in PixelStep.
+constexpr double kKeyStep = 4;
 /// The handles keep this far from the start of the centre, in pixels, where their number is small.
 constexpr float kApart = 18;
 /// A preview begins anew no sooner than this after it has begun; one that a key has begun ends so
@@ -273,7 +275,7 @@ double PlaneOverlay::Number(OrbitNumber id) const {
     return NumberFor(OrbitNumbers()[static_cast<std::size_t>(id)], records, NoteInHand(records));
 }
 
-void PlaneOverlay::SetNumber(OrbitNumber id, double value, double tidy) {
+void PlaneOverlay::MoveNumber(OrbitNumber id, double value, double tidy) {
     const OrbitNumberRow& row = OrbitNumbers()[static_cast<std::size_t>(id)];
     const SoundRecords& records = host.Records();
     host.SetCoefficient(row.constant,
@@ -283,21 +285,42 @@ void PlaneOverlay::SetNumber(OrbitNumber id, double value, double tidy) {
         anew = true;
     PlaceHandles();
     InvalidateLegend();
+    DescriptionChanged();
 }
 
 void PlaneOverlay::StepNumber(OrbitNumber id, int way, uint32 modifiers) {
-    const double step = 4 * PixelStep() * double(Weight(modifiers, 0.1F, 10));
+    const double step = kKeyStep * PixelStep() * double(Weight(modifiers, 0.1F, 10));
     Grip();
-    SetNumber(id, Number(id) + way * step, std::min(step / 4, PixelStep()));
+    MoveNumber(id, Number(id) + way * step, std::min(step / 4, PixelStep()));
     moving = false;
     keyPreview = kKeyPreview;
 }
 
-std::vector<PlaneOverlay::Item> PlaneOverlay::Items() const {
-    std::vector<Item> items;
-    for (const OrbitNumberRow& row : OrbitNumbers())
-        items.push_back({row.name, Number(row.id), 4 * PixelStep()});
-    return items;
+kits::AccessibleThing PlaneOverlay::Describe() const {
+    kits::AccessibleThing thing;
+    thing.role = kits::AccessibleRole::Picture;
+    thing.description = std::string(relief ? "landscape" : "picture") + ", brightness: " +
+                        std::string(BrightnessCurves()[static_cast<std::size_t>(brightness)].label);
+    return thing;
+}
+
+kits::AccessibleThing PlaneOverlay::DescribePart(std::size_t index) const {
+    const OrbitNumberRow& row = OrbitNumbers()[index];
+    kits::AccessibleThing thing;
+    thing.role = kits::AccessibleRole::Slider;
+    thing.name = row.name;
+    thing.description = TidyText(Number(row.id), PixelStep() / 10);
+    thing.number = {Number(row.id), -kWidest, kWidest, kKeyStep * PixelStep()};
+    for (const PlaneHandle* handle : handles) {
+        if (handle->Row().x == row.id || handle->Row().y == row.id)
+            thing.frame = handle->Frame();
+    }
+    return thing;
+}
+
+void PlaneOverlay::SetNumber(std::optional<std::size_t> part, double value) {
+    if (part)
+        MoveNumber(OrbitNumbers()[*part].id, value, PixelStep() / 10);
 }
 
 BPoint PlaneOverlay::ByPixels(BPoint pixels) const {

@@ -63,6 +63,13 @@ bool PlaneHandle::CenterAt(BPoint point) {
     return true;
 }
 
+kits::AccessibleThing PlaneHandle::Describe() const {
+    kits::AccessibleThing thing;
+    thing.role = kits::AccessibleRole::Group;
+    thing.description = overlay.TextOf(row);
+    return thing;
+}
+
 void PlaneHandle::Draw(BRect) {
     if (!overlay.ShowsHandles())
         return;
@@ -124,9 +131,9 @@ void PlaneHandle::MouseMoved(BPoint where, uint32 transit, const BMessage*) {
     if (held) {
         const BPoint to = overlay.ByPixels({point.x - grip.x, point.y - grip.y});
         if (row.x)
-            overlay.SetNumber(*row.x, gripX + double(to.x), overlay.PixelStep());
+            overlay.MoveNumber(*row.x, gripX + double(to.x), overlay.PixelStep());
         if (row.y)
-            overlay.SetNumber(*row.y, gripY + double(to.y), overlay.PixelStep());
+            overlay.MoveNumber(*row.y, gripY + double(to.y), overlay.PixelStep());
     }
     const bool in = transit != B_EXITED_VIEW;
     if (in != hovered) {

@@ -40,6 +40,7 @@ class PlaneHandle : public BView {
     /// Under the pointer, in the hand, or with the focus.
     bool IsNoticed() const { return hovered || held || IsFocus(); }
 
+    kits::AccessibleThing Describe() const override;
     void Draw(BRect update) override;
     void MouseDown(BPoint where) override;
     void MouseUp(BPoint where) override;

@@ -142,6 +142,7 @@ void PlaneOverlay::MessageReceived(BMessage* message) {
 void PlaneOverlay::SetBrightness(Brightness next) {
     brightness = next;
     stale = true;
+    DescriptionChanged();
     MarkMenu();
     Invalidate();
 }
@@ -149,6 +150,7 @@ void PlaneOverlay::SetBrightness(Brightness next) {
 void PlaneOverlay::SetRelief(bool on) {
     relief = on;
     stale = true;
+    DescriptionChanged();
     MarkMenu();
     ShowHandles();
     Invalidate();
@@ -381,20 +383,22 @@ void PlaneOverlay::Tell(const std::string& text) {
     InvalidateLegend();
 }
 
+std::string PlaneOverlay::TextOf(const PlaneHandleRow& row) const {
+    const double step = PixelStep() / 10;
+    std::string text = TidyText(Number(row.First()), step);
+    if (row.x && row.y)
+        text += ", " + TidyText(Number(*row.y), step);
+    return text;
+}
+
 std::string PlaneOverlay::Legend() const {
     if (toldFor > 0)
         return told;
-    const double step = PixelStep();
-    if (noticed) {
-        const PlaneHandleRow& row = noticed->Row();
-        std::string text = row.name;
-        text += " = " + TidyText(Number(row.First()), step / 10);
-        if (row.x && row.y)
-            text += ", " + TidyText(Number(*row.y), step / 10);
-        return text;
-    }
+    if (noticed)
+        return noticed->Row().name + (" = " + TextOf(noticed->Row()));
     if (!inside || relief)
         return "";
+    const double step = PixelStep();
     const BPoint point = plane.ToPlane(pointer);
     char value[32];
     std::snprintf(value, sizeof value, "%.4g", double(plane.Function()(point.x, point.y)));

@@ -61,19 +61,13 @@ class PlaneOverlay : public BView {
     /// F6: the next brightness. F7: the landscape, or the picture again.
     bool TakeShortcut(const kits::KeyPress& press);
 
-    // The numbers that the handles move, for those who cannot see them.
+    // The numbers that the handles move.
 
-    struct Item {
-        const char* name;
-        double value;
-        /// What an arrow key moves it by.
-        double step;
-    };
-    /// Of the note in hand, in the order of OrbitNumbers().
-    std::vector<Item> Items() const;
+    /// Of the note in hand.
     double Number(OrbitNumber id) const;
-    /// To the nearest multiple of `tidy`.
-    void SetNumber(OrbitNumber id, double value, double tidy);
+    /// To the nearest multiple of `tidy`. A preview that is sounding begins anew where its start
+    /// has moved.
+    void MoveNumber(OrbitNumber id, double value, double tidy);
     /// One step of an arrow key, up where `way` is 1 and down where it is -1; with Shift finer,
     /// with Ctrl coarser. A preview sounds meanwhile.
     void StepNumber(OrbitNumber id, int way, uint32 modifiers);
@@ -93,6 +87,8 @@ class PlaneOverlay : public BView {
     void LetGo();
     /// Plane units, y upwards, that so many pixels of the view are.
     BPoint ByPixels(BPoint pixels) const;
+    /// A handle's numbers as a person reads them: "0.5, -1".
+    std::string TextOf(const PlaneHandleRow& row) const;
     /// What numbers are rounded to that are moved by pixels.
     double PixelStep() const;
     /// The handle whose numbers are told at the edge of the plane; null for none.
@@ -102,6 +98,12 @@ class PlaneOverlay : public BView {
 
     /// All that the orbit reaches, with room.
     void Fit();
+
+    /// The orbit's numbers are its parts, in the order of OrbitNumbers().
+    kits::AccessibleThing Describe() const override;
+    std::size_t CountParts() const override { return OrbitNumbers().size(); }
+    kits::AccessibleThing DescribePart(std::size_t index) const override;
+    void SetNumber(std::optional<std::size_t> part, double value) override;
 
     void MessageReceived(BMessage* message) override;
     void Draw(BRect update) override;

@@ -26,9 +26,9 @@ constexpr const char* kTip =
     "click: fit. Ctrl+Shift+click: hear the place. Right button: save the picture. F6: brightness. "
     "F7: landscape. Esc: silence.";
 
-/// How long values are computed when they are to be shown, and at a pulse; as R2RFView's.
+/// How long values are computed when they are to be shown, and at a pulse, beside R2RFView.
 constexpr auto kDrawTime = std::chrono::milliseconds(20);
-constexpr auto kPulseTime = std::chrono::milliseconds(25);
+constexpr auto kPulseTime = std::chrono::milliseconds(15);
 
 /// Pixels of the view.
 constexpr float kOrbitWidth = 1.5F;

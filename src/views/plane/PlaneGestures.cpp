@@ -130,6 +130,7 @@ void PlaneOverlay::MouseDown(BPoint where) {
 }
 
 void PlaneOverlay::Press(const PlanePress& press) {
+    ShowFocus(false);
     pressed = press.where;
     pressedView = {plane.Scale(), plane.LinkFunction(), plane.LinkScreen()};
     last = press.where;
@@ -200,6 +201,7 @@ bool PlaneOverlay::WheelMoved(BPoint where, BPoint steps) {
 // The keyboard.
 
 bool PlaneOverlay::KeyDown(const kits::KeyPress& press) {
+    ShowFocus(IsFocus());
     const BPoint middle = {Bounds().Width() / 2, Bounds().Height() / 2};
     const float weight = Weight(press.modifiers, 0.1F, 4);
     const View now = {plane.Scale(), plane.LinkFunction(), plane.LinkScreen()};
@@ -238,7 +240,13 @@ bool PlaneOverlay::KeyDown(const kits::KeyPress& press) {
 }
 
 void PlaneOverlay::FocusChanged() {
-    Invalidate();
+    ShowFocus(IsFocus());
+}
+
+/// Not to those who have clicked there.
+void PlaneOverlay::ShowFocus(bool show) {
+    if (std::exchange(focusShown, show) != show)
+        Invalidate();
 }
 
 // The handles.

@@ -371,7 +371,7 @@ void PlaneOverlay::Draw(BRect) {
         }
     }
     DrawLegend();
-    if (IsFocus()) {
+    if (focusShown) {
         SetHighColor(Colors().controls.accent);
         StrokeRoundRect(Bounds().InsetByCopy(1, 1), 2, 2);
     }

@@ -150,6 +150,7 @@ class PlaneOverlay : public BView {
     void ShiftBy(const View& from, BPoint pixels);
     void TurnBy(float right, float up);
     void SetView(double width, double linkX, double linkY);
+    void ShowFocus(bool show);
     void PlaceHandles();
     void ShowHandles();
     void Audition(BPoint where);
@@ -178,7 +179,9 @@ class PlaneOverlay : public BView {
     bool repaint = true;
 
     bool inside = false;
+    /// A handle has the focus; that the plane itself has it is to be seen.
     bool focused = false;
+    bool focusShown = false;
     /// A number is in the hand.
     bool moving = false;
     BPoint pointer;

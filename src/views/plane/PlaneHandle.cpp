@@ -115,8 +115,10 @@ void PlaneHandle::MouseDown(BPoint where) {
     GetMouse(&where, &buttons, true);
     const PlanePress press{InOverlay(where), buttons, Modifiers(), Clicks()};
     passed = buttons != B_PRIMARY_MOUSE_BUTTON || overlay.IsForOverlay(press);
-    if (passed)
+    if (passed) {
+        overlay.MakeFocus();
         return overlay.Press(press);
+    }
     held = true;
     grip = InOverlay(where);
     gripX = row.x ? overlay.Number(*row.x) : 0;

@@ -101,7 +101,8 @@ PlaneOverlay::PlaneOverlay(R2RFView& plane, PlaneHost& host)
 
 PlaneOverlay::~PlaneOverlay() = default;
 
-// Shown while the pointer is over the plane; keys do the same.
+/// Shown while the pointer is over the plane. It takes no focus, which would go on to some field
+/// when it is hidden; keys do the same.
 void PlaneOverlay::AddMenu() {
     menu = new BPopUpMenu("View", false, false);
     for (const BrightnessRow& row : BrightnessCurves())
@@ -114,7 +115,7 @@ void PlaneOverlay::AddMenu() {
     const BRect bounds = Bounds();
     menuField = new BMenuField(
         {bounds.right - kMenuWidth - 3, 4, bounds.right - 4, 4 + BMenuField::PreferredHeight()},
-        "plane view", "", menu, B_FOLLOW_RIGHT | B_FOLLOW_TOP);
+        "plane view", "", menu, B_FOLLOW_RIGHT | B_FOLLOW_TOP, B_WILL_DRAW);
     menuField->SetAccessibleName("how the plane is shown");
     menuField->SetToolTip("How the plane is shown: brightness (F6), landscape (F7)");
     menuField->Hide();

@@ -30,6 +30,7 @@ class ComputerKeyboard {
     void ReleaseAll();
     /// The channel, 0..15, that the coming notes are on; 0 at first. Lets go of all keys.
     void SetChannel(uchar next);
+    uchar Channel() const { return channel; }
 
     /// Takes what is played: the status byte of a note with its channel, the note, the velocity.
     using Player = std::function<void(uint8 status, uint8 note, uint8 velocity)>;

@@ -42,5 +42,12 @@ inline const SettingKey<TextList> kFavouritesSetting{"favourite"};
 
 /// The window as it was before anything stood round the main view.
 inline const SettingKey<bool> kClassicSetting{"classic", false};
+/// Whether the drawer of sounds and the strip are shown.
+inline const SettingKey<bool> kDrawerSetting{"drawer", true};
+inline const SettingKey<bool> kStripSetting{"strip", true};
+/// kLightColors or kDarkColors; empty to follow the desktop.
+inline const SettingKey<std::string> kColorsSetting{"colors"};
+constexpr const char* kLightColors = "light";
+constexpr const char* kDarkColors = "dark";
 
 } // namespace vexa

@@ -5,6 +5,7 @@
 #include "app/FieldNames.h"
 #include "app/FormulaHint.h"
 #include "app/MessageCodes.h"
+#include "app/plane/PlaneDesk.h"
 #include "instrument/SoundParts.h"
 #include "kits/interface/Alert.h"
 #include "kits/interface/Control.h"
@@ -15,6 +16,7 @@
 #include "views/EnvView.h"
 #include "views/R2RFView.h"
 #include "views/Theme.h"
+#include "views/plane/PlaneOverlay.h"
 
 #include <algorithm>
 #include <cmath>
@@ -76,6 +78,7 @@ VexaView::~VexaView() {
     closing = true;
     kits::BeforeEachPress(nullptr);
     keyboard.ReleaseAll();
+    desk->LetGo();
 }
 
 void VexaView::AddField(FieldId id, std::string_view name, std::string_view text, uint32 code,
@@ -112,6 +115,9 @@ void VexaView::AddPlaneControls() {
     plane->SetToolTip("Blue is positive, red negative. Right button: save the picture. "
                       "Esc: silence.");
     AddChild(plane);
+    desk = std::make_unique<PlaneDesk>(*this);
+    overlay = new PlaneOverlay(*plane, *desk);
+    SetClassic(false);
     instrument.Watch([this](const PlaneFunction& f) { ShowPlaying(f); });
 
     AddField(FunctionField::Expression, {6, 317, 310, 327});
@@ -256,6 +262,12 @@ void VexaView::ColorsChanged() {
         bar->SetViewColor(Colors().panel);
     for (std::size_t i = 0; i < envelopes.size(); i++)
         envelopes[i]->SetColors(Colors().editor, Colors().envelopes[i]);
+}
+
+void VexaView::SetClassic(bool on) {
+    plane->ShowMarks(on);
+    if (on != overlay->IsHidden())
+        on ? overlay->Hide() : overlay->Show();
 }
 
 void VexaView::Draw(BRect) {

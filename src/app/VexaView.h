@@ -41,6 +41,8 @@ class Attachment;
 class EnvView;
 class Formula;
 class FormulaHint;
+class PlaneDesk;
+class PlaneOverlay;
 class R2RFView;
 
 /// Owns the instrument, whose envelopes are its editors', and the audio graph. All that the user
@@ -73,6 +75,9 @@ class VexaView : public BView {
 
     /// The width, as BRect::Width counts it, that no text needs more of.
     float PreferredWidth() const;
+
+    /// Without what lies over the plane: the picture shows the orbits itself.
+    void SetClassic(bool on);
 
     // Documents. Each reports its failures by alerts, with the reason there and on standard error,
     // and then changes nothing; what was read over is told likewise.
@@ -186,9 +191,14 @@ class VexaView : public BView {
     /// for the answer.
     static void ErrorAlert(const std::string& text, const std::string& details = "");
 
+    /// The field has the text, and it takes effect at once, as if a person had confirmed it. `code`
+    /// is that of the field's message.
+    void EnterNow(FieldId field, uint32 code, const std::string& text);
+
     // The parts, for the window and for tests.
 
     R2RFView& Plane() { return *plane; }
+    PlaneOverlay& Overlay() { return *overlay; }
     const FormulaHint& Hint() const { return *hint; }
     EnvView& EnvelopeEditor(std::size_t index) { return *envelopes[index]; }
     BTextControl& Field(FieldId id) const { return *fields[id.Index()]; }
@@ -368,6 +378,7 @@ class VexaView : public BView {
 
     // Views, which go with this one.
     R2RFView* plane = nullptr;
+    PlaneOverlay* overlay = nullptr;
     FormulaHint* hint = nullptr;
     std::array<EnvView*, 4> envelopes{};
     std::array<BTextControl*, FieldId::kCount> fields{};
@@ -377,6 +388,7 @@ class VexaView : public BView {
     std::vector<BView*> menuBars;
 
     ComputerKeyboard keyboard;
+    std::unique_ptr<PlaneDesk> desk;
     /// The source that the user wants, and the number of the one that is connected (0 for none).
     std::string chosenSource;
     int32 connectedSource = 0;

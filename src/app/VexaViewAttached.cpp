@@ -3,6 +3,7 @@
 #include "app/Attachment.h"
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
+#include "app/plane/PlaneDesk.h"
 #include "kits/interface/Application.h"
 #include "kits/interface/Control.h"
 #include "views/EnvView.h"
@@ -23,6 +24,8 @@ void VexaView::StartAttached() {
         FindView(bar)->Hide();
     instrument.SetUsualVoices(kMostVoices);
     keyboard.SendTo(
+        [this](uint8 status, uint8 note, uint8 velocity) { plugin->Play(status, note, velocity); });
+    desk->SendTo(
         [this](uint8 status, uint8 note, uint8 velocity) { plugin->Play(status, note, velocity); });
     ShowSound();
     TakeNews();

@@ -61,6 +61,12 @@ bool VexaView::Put(FieldId id, const std::string& text) {
     return true;
 }
 
+void VexaView::EnterNow(FieldId field, uint32 code, const std::string& text) {
+    Field(field).SetText(text.c_str());
+    BMessage message(code);
+    MessageReceived(&message);
+}
+
 Function VexaView::ConstructFunction() const {
     Function function = instrument.State().function;
     for (const FunctionFieldRow& row : FunctionFields())

@@ -56,8 +56,10 @@ void VexaView::TakeDrop(const BMessage& message) {
     std::string text;
     if (message.FindString("text", &text) == B_OK) {
         // A file manager may know no better than to give a file's name.
-        if (const std::string line = OneLine(std::move(text)); !line.empty())
-            SetAndInvoke(FunctionField::Expression, line);
+        if (const std::string line = OneLine(std::move(text)); !line.empty()) {
+            Field(FunctionField::Expression).Type(line.c_str());
+            Field(FunctionField::Expression).Confirm();
+        }
         return;
     }
     std::vector<std::filesystem::path> files;

@@ -17,6 +17,7 @@
 #include "kits/translation/TranslationUtils.h"
 #include "views/BitmapBarView.h"
 #include "views/Theme.h"
+#include "views/plane/PlaneOverlay.h"
 
 #include <algorithm>
 #include <cmath>
@@ -45,11 +46,9 @@ constexpr float kMenuWidth = 34;
 /// Whether the code is one of a control of the main view.
 bool IsCommand(uint32 code) {
     static constexpr uint32 kCommands[] = {
-        kExpressionTypedCode, kLoadFunctionCode, kSaveFunctionCode,
-        kLoadSoundCode,       kSaveSoundCode,    kLoadSampleCode,
-        kAllChannelsCode,     B_SIMPLE_DATA,     kUndoCode,
-        kRedoCode,            kInitialSoundCode, kMutateCode,
-        kSwitchSlotCode,      kCopySlotCode,
+        kExpressionTypedCode, kLoadFunctionCode, kSaveFunctionCode, kLoadSoundCode, kSaveSoundCode,
+        kLoadSampleCode,      kAllChannelsCode,  B_SIMPLE_DATA,     kUndoCode,      kRedoCode,
+        kInitialSoundCode,    kMutateCode,       kSwitchSlotCode,   kCopySlotCode,
     };
     const auto between = [code](uint32 first, uint32 last) {
         return first <= code && code <= last;
@@ -92,6 +91,7 @@ VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders,
     AddBar();
     mainView = new VexaView({0, kMainTop, frame.Width(), frame.Height()}, "VexaView", folders,
                             choices.plugin, choices.settings);
+    mainView->SetClassic(classic);
     mainPane = new BScrollView(mainView->Frame(), "main pane");
     AddChild(mainPane);
     mainPane->SetTarget(mainView, mainView->PreferredWidth(), mainView->Frame().Height());
@@ -102,6 +102,7 @@ VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders,
     strip.view = new MacroStrip(0, frame.Height() + 1, frame.Width(), *mainView);
     strip.room = MacroStrip::PreferredHeight() + 1;
     AddChild(strip.view);
+    Remembered();
     FoldWhatDoesNotFit();
     Fit(frame.Width());
     if (choices.withDefaultSound && !attached)
@@ -197,6 +198,22 @@ void VexaWindow::Arrange() {
         classic ? menu->Hide() : menu->Show();
 }
 
+/// Takes up what a person has chosen before.
+void VexaWindow::Remembered() {
+    const Settings& settings = mainView->Remembered();
+    drawer.wanted = settings.Get(kDrawerSetting);
+    strip.wanted = settings.Get(kStripSetting);
+    const std::string colors = settings.Get(kColorsSetting);
+    dark = colors == kDarkColors || (colors != kLightColors && kits::DesktopIsDark());
+    ApplyColors();
+    if (!sounds)
+        return;
+    const TextList names = settings.Get(kFavouritesSetting);
+    sounds->SetFavourites({names.begin(), names.end()}, [this](const Favourites& next) {
+        mainView->Remembered().Set(kFavouritesSetting, TextList(next.begin(), next.end()));
+    });
+}
+
 /// Hides what leaves the main view too little of the screen.
 void VexaWindow::FoldWhatDoesNotFit() {
     const BRect room = Room();
@@ -229,6 +246,7 @@ void VexaWindow::ApplyColors() {
 void VexaWindow::SetClassic(bool on) {
     const float width = mainPane->Frame().Width();
     classic = on;
+    mainView->SetClassic(on);
     ApplyColors();
     Fit(width);
 }
@@ -297,7 +315,7 @@ bool VexaWindow::TakeShortcut(const kits::KeyPress& press) {
         ChoosePart(Part::Strip, !IsShown(Part::Strip));
         return true;
     }
-    return false;
+    return mainView->Overlay().TakeShortcut(press);
 }
 
 void VexaWindow::MessageReceived(BMessage* message) {
@@ -317,6 +335,15 @@ void VexaWindow::MessageReceived(BMessage* message) {
         break;
     case kClassicCode:
         ChooseClassic(!classic);
+        break;
+    case kShowDrawerCode:
+        ChoosePart(Part::Drawer, !IsShown(Part::Drawer));
+        break;
+    case kShowStripCode:
+        ChoosePart(Part::Strip, !IsShown(Part::Strip));
+        break;
+    case kDarkCode:
+        ChooseDark(!dark);
         break;
     case kHelpCode:
         ShowManual();

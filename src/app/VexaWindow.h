@@ -103,6 +103,7 @@ class VexaWindow : public BWindow, private SessionClient {
     float FullHeight() const;
     void Fit(float mainWidth);
     void Arrange();
+    void Remembered();
     void FoldWhatDoesNotFit();
     void ApplyColors();
 

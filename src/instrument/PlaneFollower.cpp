@@ -2,29 +2,23 @@
 #include "instrument/PlaneFollower.h"
 
 #include "instrument/ShownFunction.h"
+#include "synth/Orbit.h"
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 
 namespace vexa {
 
 std::optional<NoteMoment> NewestNote(const VoiceTable& voices) {
-    std::optional<NoteMoment> newest;
-    double least = std::numeric_limits<double>::infinity();
-    for (const voice& slot : voices) {
-        const VoiceState::Seen seen = slot.state.Look();
-        if (!seen.Active())
-            continue;
-        const double heldFor = slot.released ? double(slot.heldfor) : 0.0;
-        const double t = heldFor + Seconds(slot, seen);
-        if (t >= least)
-            continue;
-        least = t;
-        newest = {slot.vel, slot.key, static_cast<float>(t), OwnOf(slot), {}};
-        std::copy(slot.macros.begin(), slot.macros.end(), newest->macros.begin());
-    }
-    return newest;
+    const int newest = NewestSlot(voices);
+    if (newest < 0)
+        return std::nullopt;
+    const voice& slot = voices[static_cast<std::size_t>(newest)];
+    const double heldFor = slot.released ? double(slot.heldfor) : 0.0;
+    const double t = heldFor + Seconds(slot, slot.state.Look());
+    NoteMoment note{slot.vel, slot.key, static_cast<float>(t), OwnOf(slot), {}};
+    std::copy(slot.macros.begin(), slot.macros.end(), note.macros.begin());
+    return note;
 }
 
 void PlaneFollower::Take(const PlaneFunction& next) {

@@ -31,10 +31,12 @@ constexpr auto kWorthHelp = std::chrono::microseconds(40);
 /// open.
 class PlaneDrawing::Bands {
   public:
-    Bands(const PlaneFunction& f, const PlaneArea& area, uint32* words)
+    /// Fills the words or the values, whichever are not null.
+    Bands(const PlaneFunction& f, const PlaneArea& area, uint32* words, float* values)
         : f(f),
           area(area),
           words(words),
+          values(values),
           rowsPerBand(std::max<std::size_t>(1, kPiece / std::max<std::size_t>(1, area.columns))),
           bands((area.rows + rowsPerBand - 1) / rowsPerBand),
           top((1 - area.linkScreenY) * static_cast<float>(area.rows) * area.scale),
@@ -93,15 +95,17 @@ class PlaneDrawing::Bands {
 
     void Draw(std::size_t first, std::size_t rows) {
         alignas(64) float y[kPiece];
-        alignas(64) float values[kPiece];
+        alignas(64) float piece[kPiece];
         // Of a row that is longer than a piece, all the pieces have the same y.
         for (std::size_t r = 0; r < rows; r++)
             std::fill_n(y + r * area.columns, std::min(kPiece, area.columns),
                         area.linkFunctionY - static_cast<float>(first + r) * area.scale + top);
         for (std::size_t i = 0; i < rows * area.columns; i += kPiece) {
             const std::size_t count = std::min(kPiece, rows * area.columns - i);
-            f.Evaluate(&x[i], y, values, count);
-            Loops().Words(values, words + first * area.columns + i, count);
+            const std::size_t place = first * area.columns + i;
+            f.Evaluate(&x[i], y, values ? values + place : piece, count);
+            if (words)
+                Loops().Words(piece, words + place, count);
         }
     }
 
@@ -109,6 +113,7 @@ class PlaneDrawing::Bands {
     const PlaneFunction& f;
     const PlaneArea area;
     uint32* const words;
+    float* const values;
     const std::size_t rowsPerBand;
     const std::size_t bands;
     const float top;
@@ -171,7 +176,10 @@ class PlaneDrawing::Helpers {
 };
 
 PlaneDrawing::PlaneDrawing(const PlaneFunction& f, const PlaneArea& area, uint32* words)
-    : bands(std::make_shared<Bands>(f, area, words)) {}
+    : bands(std::make_shared<Bands>(f, area, words, nullptr)) {}
+
+PlaneDrawing::PlaneDrawing(const PlaneFunction& f, const PlaneArea& area, float* values)
+    : bands(std::make_shared<Bands>(f, area, nullptr, values)) {}
 
 bool PlaneDrawing::Continue(Clock::duration time) {
     const auto now = Clock::now();

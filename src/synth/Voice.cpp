@@ -29,6 +29,11 @@ bool IsOver(const voice& slot, VoiceState::Seen seen) {
     return !seen.Active() || (Rendered(slot, seen) && slot.over);
 }
 
+bool IsSilent(const VoiceTable& voices) {
+    return std::all_of(voices.begin(), voices.end(),
+                       [](const voice& slot) { return IsOver(slot, slot.state.Look()); });
+}
+
 VoiceView Look(const voice& slot) {
     const bool rendered = Rendered(slot, slot.state.Look());
     VoiceView view{};

@@ -173,6 +173,9 @@ double Seconds(const voice& slot, VoiceState::Seen seen);
 /// thread.
 bool IsOver(const voice& slot, VoiceState::Seen seen);
 
+/// Whether that is so of all. Any thread.
+bool IsSilent(const VoiceTable& voices);
+
 /// Slots that sound. Any thread.
 int CountActive(const VoiceTable& voices);
 

@@ -2,8 +2,8 @@
 #include "views/R2RFView.h"
 
 #include "kits/interface/Window.h"
-#include "synth/Coefficients.h"
 #include "synth/Envelope.h"
+#include "synth/Orbit.h"
 #include "views/ImageExport.h"
 #include "views/R2RFVTranslatorSavePanel.h"
 
@@ -26,7 +26,7 @@ constexpr rgb_color kOrbitColor = {0, 200, 0, 255};
 constexpr std::size_t kPixelBytes = 4;
 /// How long a picture is computed when it is to be shown, and at a pulse, ten of which come in a
 /// second; both are short enough for the window to answer.
-constexpr auto kDrawTime = std::chrono::milliseconds(60);
+constexpr auto kDrawTime = std::chrono::milliseconds(40);
 constexpr auto kPulseTime = std::chrono::milliseconds(30);
 /// Of the green byte within a pixel.
 constexpr std::size_t kGreenByte = 1;
@@ -62,8 +62,11 @@ void R2RFView::MessageReceived(BMessage* message) {
 void R2RFView::MouseDown(BPoint where) {
     uint32 buttons = 0;
     GetMouse(&where, &buttons, true);
-    if (buttons != B_SECONDARY_MOUSE_BUTTON)
-        return;
+    if (buttons == B_SECONDARY_MOUSE_BUTTON)
+        ShowSavePanel();
+}
+
+void R2RFView::ShowSavePanel() {
     savePanel->SetTarget(BMessenger(this));
     savePanel->Window()->SetWorkspaces(B_CURRENT_WORKSPACE);
     savePanel->Show();
@@ -114,10 +117,14 @@ void R2RFView::SetLinkScreenY(float y) {
 void R2RFView::Change() {
     SetupBitmap();
     Invalidate();
+    // What lies on it and shows the picture does so at once.
+    for (BView* child : Children())
+        child->Invalidate();
 }
 
 void R2RFView::SetupBitmap() {
     stale = true;
+    changes++;
     // It calls a function that may be about to go.
     drawing.reset();
 }
@@ -139,6 +146,7 @@ void R2RFView::Compute(std::chrono::steady_clock::duration time) {
     }
     if (!drawing)
         return;
+    computed++;
     const auto start = std::chrono::steady_clock::now();
     if (drawing->Continue(time))
         drawing.reset();
@@ -173,13 +181,27 @@ PlaneArea R2RFView::Area(const BBitmap& picture, float s) const {
     return {linkFunctionX, linkFunctionY, linkScreenX, linkScreenY, s, columns, rows};
 }
 
-void R2RFView::Draw(BRect) {
+const BBitmap& R2RFView::Shown() {
     Compute(kDrawTime);
-    DrawBitmap(bitmap.get(), Bounds());
+    return *bitmap;
+}
+
+void R2RFView::Draw(BRect) {
+    DrawBitmap(&Shown(), Bounds());
 }
 
 void R2RFView::FrameResized(float, float) {
     Change();
+}
+
+BPoint R2RFView::ToPlane(BPoint point) const {
+    const BRect frame = Frame();
+    return {linkFunctionX + (point.x - frame.Width() * linkScreenX) * scale,
+            linkFunctionY - (point.y - frame.Height() * (1 - linkScreenY)) * scale};
+}
+
+void R2RFView::ShowMarks(bool on) {
+    showsMarks = on;
 }
 
 BPoint R2RFView::ToView(float x, float y) const {
@@ -210,7 +232,7 @@ void R2RFView::Pulse() {
     prevDirty = dirty;
     dirty = EmptyRect();
     // What is not complete yet would be drawn over the marks.
-    if (hasSoundParam && IsComplete()) {
+    if (hasSoundParam && showsMarks && IsComplete()) {
         for (int32 slot = 0; slot < kVoiceSlots; slot++) {
             if ((*voices)[static_cast<std::size_t>(slot)].state.Look().Active())
                 DrawSoundPath(slot, kMarkStep);
@@ -241,23 +263,6 @@ void R2RFView::MarkPixel(BPoint point) {
     marks.push_back(offset);
 }
 
-/// A note that is not heard yet, or that nothing plays, has those that all notes have.
-OrbitSums R2RFView::SumsOf(const VoiceView& v) const {
-    if (v.sums)
-        return *v.sums;
-    const auto weights = [&](const CoefficientGroup& group) {
-        return group.For(*soundParam, *ctlvalue, v.vel, v.key);
-    };
-    const Weights driftx = weights(kDcxdt), drifty = weights(kDcydt);
-    const Weights radiusx = weights(kAx), radiusy = weights(kAy);
-    return {driftx.c0,
-            drifty.c0,
-            driftx.rest,
-            drifty.rest,
-            radiusx.c0 + radiusx.rest,
-            radiusy.c0 + radiusy.rest};
-}
-
 void R2RFView::DrawSoundPath(int32 slot, float step) {
     const VoiceView v = Look((*voices)[static_cast<std::size_t>(slot)]);
     const sound_param& p = *soundParam;
@@ -270,7 +275,7 @@ void R2RFView::DrawSoundPath(int32 slot, float step) {
     const auto envelope = [&](const Envelope& curve, std::size_t i) {
         return curve.Value(t, v.released, v.rellevel[i]);
     };
-    const auto [wcx, wcy, restx, resty, wax, way] = SumsOf(v);
+    const auto [wcx, wcy, restx, resty, wax, way] = SumsOf(v, *soundParam, *ctlvalue);
     for (float a = 0; double(a) <= kRevolution; a += step) {
         t += dt;
         const double dCx = envelope(*p.EnvCx, 0) * wcx + restx;
@@ -290,7 +295,7 @@ void R2RFView::DrawSoundPath(int32 slot, float step) {
 void R2RFView::DrawSoundPath(int32 slot, float from, float to, float step) {
     const VoiceView v = Look((*voices)[static_cast<std::size_t>(slot)]);
     const sound_param& p = *soundParam;
-    const OrbitSums sums = SumsOf(v);
+    const OrbitSums sums = SumsOf(v, *soundParam, *ctlvalue);
     const auto envelope = [&v](const Envelope& curve, std::size_t i) {
         return curve.Value(static_cast<float>(v.t), v.released, v.rellevel[i]);
     };

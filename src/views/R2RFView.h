@@ -50,6 +50,14 @@ class R2RFView : public BView {
     void SetSoundParam(const ControllerTable* ctlvalue, const sound_param* soundParam,
                        const VoiceTable* voices);
 
+    /// Whether they do; where something else shows them, pulses leave the picture alone.
+    void ShowMarks(bool on);
+
+    /// Where a point of the plane is shown, and which point is shown somewhere, in pixels of the
+    /// view.
+    BPoint ToView(float x, float y) const;
+    BPoint ToPlane(BPoint point) const;
+
     /// A new B_RGB32 picture of the size of `rect`, round the same link, as DrawPlane computes it.
     /// Not valid where `rect` is too large.
     std::unique_ptr<BBitmap> MakeBitmap(BRect rect, float scale) const;
@@ -59,6 +67,12 @@ class R2RFView : public BView {
         Compute(std::chrono::steady_clock::duration::max());
         return *bitmap;
     }
+    /// The picture as far as it is complete after a short while.
+    const BBitmap& Shown();
+    /// How often the function or the view of it have changed, and how often the picture has been
+    /// computed on.
+    uint64 Changes() const { return changes; }
+    uint64 Computed() const { return computed; }
     /// Whether there is nothing left to compute.
     bool IsComplete() const { return !stale && !drawing; }
     /// Whether it has been complete for three times as long as it took to compute: who shows one
@@ -79,6 +93,7 @@ class R2RFView : public BView {
     /// Writes what the export panel's message asks for: the picture of what the larger side of the
     /// view shows, without orbits, as a square. A message that lacks a field does nothing.
     void SaveImage(const BMessage& message);
+    void ShowSavePanel();
     R2RFVTranslatorSavePanel& SavePanel() { return *savePanel; }
 
     /// A surface to try the view with.
@@ -102,11 +117,9 @@ class R2RFView : public BView {
     void Change();
     void Compute(std::chrono::steady_clock::duration time);
     PlaneArea Area(const BBitmap& picture, float s) const;
-    BPoint ToView(float x, float y) const;
     BRect EmptyRect() const;
     void EraseMarks();
     void MarkPixel(BPoint point);
-    OrbitSums SumsOf(const VoiceView& v) const;
 
     PlaneFunction function{nullfunc};
     float linkFunctionX, linkFunctionY;
@@ -114,6 +127,8 @@ class R2RFView : public BView {
     float scale;
     /// What is shown of the plane has changed since `bitmap` was begun.
     bool stale = true;
+    uint64 changes = 0;
+    uint64 computed = 0;
     std::unique_ptr<BBitmap> bitmap;
     /// What remains to be computed of `bitmap`; null when it is complete.
     std::unique_ptr<PlaneDrawing> drawing;
@@ -122,6 +137,7 @@ class R2RFView : public BView {
     std::chrono::steady_clock::time_point drawingEnd;
 
     bool hasSoundParam = false;
+    bool showsMarks = true;
     const ControllerTable* ctlvalue = nullptr;
     const sound_param* soundParam = nullptr;
     const VoiceTable* voices = nullptr;

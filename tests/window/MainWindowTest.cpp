@@ -1,166 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The window as a person uses it: a real display, mouse and keyboard, on a real JACK server.
-#include "live/LivePlay.h"
-#include "support/Content.h"
-#include "support/Environment.h"
-#include "support/Limits.h"
-#include "window/Desktop.h"
-
-#include <QColorSpace>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "window/MainWindowStage.h"
 
 namespace {
 
-using test::Player;
+using test::kEditorX, test::kEditorY, test::kPlane, test::kPlaneSize, test::kSecond, test::kTop,
+    test::kUnsaved;
+using test::MainWindow;
 using test::WaitFor;
-
-constexpr std::size_t kSecond = 48000;
-
-/// A copy of the program folder, so that what a test saves goes with it.
-class ProgramCopy {
-  public:
-    ProgramCopy() {
-        test::CopyContent(folder.Path());
-        for (const char* name : {"vexa", "orvo.png", "orvobar.png", "vexa.png", "vexa-icon.png"})
-            std::filesystem::copy(std::filesystem::path(VEXA_PROGRAM_FOLDER) / name,
-                                  folder.Path() / name);
-    }
-    std::string Path(const char* name) const { return (folder.Path() / name).string(); }
-    const test::TemporaryFolder& Folder() const { return folder; }
-
-  private:
-    test::TemporaryFolder folder;
-};
-
-/// Positions in the window: those of the main view, which begins at y = 41.
-constexpr int kTop = 41;
-/// Of the editor of EnvAx; its curve goes from y = 3 (1) to y = 83 (0) and begins at x = 9.
-constexpr int kEditorX = 440;
-constexpr int kEditorY = kTop + 218;
-constexpr int kPlane = 10;
-constexpr int kPlaneSize = 301;
-constexpr const char* kUnsaved = "Unsaved changes";
-/// From the button "Save" of that question.
-constexpr int kDiscard = 1;
-
-class MainWindow : public testing::Test {
-  protected:
-    /// `limit`, if any, is what the shell's ulimit takes.
-    void Start(std::vector<std::string> options = {}, const std::string& limit = "") {
-        options.insert(options.begin(), program.Path("vexa"));
-        if (!limit.empty())
-            options = test::Limited(limit, options);
-        vexa = std::make_unique<test::Companion>(options, log);
-        desktop.UseWindow("Vexa");
-        ear->Connect("Vexa:Vexa audio out", ear->Name());
-        player->Connect(player->Name(), "Vexa:Vexa midi in");
-    }
-    void StartWithSine(const char* source = "Computer keyboard") {
-        Start({"--sound", program.Folder().Write("sine.xml", test::kSineSound).string(), "--voices",
-               "20", "--midi", source});
-        // Not all of a document is there.
-        Answer("Warning", 0);
-        desktop.UseWindow("Vexa");
-    }
-    std::string Log() const { return test::Contents(log); }
-
-    /// The largest sample of the coming stretch.
-    float Peak(std::size_t frames = kSecond / 4) {
-        // What is on its way to the ear is not what is heard from now on.
-        Listen(kSecond / 10);
-        const std::size_t from = ear->Count();
-        Listen(frames);
-        float peak = 0;
-        for (std::size_t i = from; i < ear->Count(); i++)
-            peak = std::max(peak, std::abs(ear->Samples()[i]));
-        return peak;
-    }
-    void Listen(std::size_t frames) {
-        const std::size_t end = ear->Count() + frames;
-        ear->WaitWhileThereArePeriods([&] { return ear->Count() >= end; });
-    }
-    void WaitForPeak(float low, float high) {
-        const std::string wanted = "a level of " + std::to_string(low);
-        WaitFor(wanted.c_str(), [&] {
-            const float peak = Peak(kSecond / 20);
-            return low <= peak && peak <= high;
-        });
-    }
-
-    /// Closes the window, changes or no changes, and awaits the program's end.
-    int Close() {
-        desktop.Close();
-        WaitFor("the end or a question",
-                [&] { return desktop.HasWindow(kUnsaved) || !desktop.HasWindow("Vexa"); });
-        if (desktop.HasWindow(kUnsaved))
-            Answer(kUnsaved, kDiscard);
-        return vexa->Wait();
-    }
-    /// Presses a button of an alert, counted from the one that has the keyboard.
-    void Answer(const std::string& alert, int steps) {
-        desktop.UseWindow(alert);
-        for (int i = 0; i < steps; i++)
-            desktop.Key("shift+Tab");
-        desktop.Key("Return");
-        WaitFor("the alert's end", [&] { return !desktop.HasWindow(alert); });
-    }
-
-    /// Replaces the text of the field there and confirms it.
-    void Replace(int x, int y, const std::string& text) const {
-        desktop.Click(x, y);
-        desktop.Key("ctrl+a");
-        desktop.Type(text);
-        desktop.Key("Return");
-    }
-    /// Presses the button at that height, and saves under the name.
-    void SaveAs(int y, const std::string& title, const std::string& name) {
-        desktop.Click(275, y);
-        desktop.UseWindow(title);
-        desktop.Type(name);
-        desktop.Key("Return");
-        WaitFor("the panel's end", [&] { return !desktop.HasWindow(title); });
-        desktop.UseWindow("Vexa");
-    }
-    /// The picture of the plane as it is on the screen.
-    QImage Plane() const {
-        return Pixels(desktop.Picture().copy(kPlane, kTop + 10, kPlaneSize, kPlaneSize));
-    }
-    /// Without what else a file may say of an image.
-    static QImage Pixels(QImage image) {
-        image.convertTo(QImage::Format_RGB32);
-        image.setColorSpace({});
-        return image;
-    }
-    /// How loud a second of a note is that begins now.
-    float PeakOfNote() {
-        player->Play({{0, {0x90, 57, 100}}});
-        const float peak = Peak(kSecond);
-        player->Play({{0, {0xB0, 123, 0}}});
-        WaitForPeak(0, 0.001F);
-        return peak;
-    }
-
-    /// Pixels of the plane view that an orbit's mark is on.
-    int OrbitMarks() const {
-        const QImage picture = desktop.Picture();
-        int marks = 0;
-        for (int y = kPlane; y < kPlane + kPlaneSize; y++) {
-            for (int x = kPlane; x < kPlane + kPlaneSize; x++)
-                marks += picture.pixelColor(x, kTop + y).green() == 200;
-        }
-        return marks;
-    }
-
-    ProgramCopy program;
-    std::string log = program.Path("log");
-    test::Desktop desktop;
-    test::JackServer server{512};
-    std::unique_ptr<test::Ear> ear = std::make_unique<test::Ear>(kSecond * 60);
-    std::unique_ptr<Player> player = std::make_unique<Player>();
-    std::unique_ptr<test::Companion> vexa;
-};
 
 TEST_F(MainWindow, AnEnvelopeDrawnWithTheMouseIsHeardAfterTheRelease) {
     StartWithSine();
@@ -184,13 +31,15 @@ TEST_F(MainWindow, AnEnvelopeDrawnWithTheMouseIsHeardAfterTheRelease) {
 }
 
 TEST_F(MainWindow, ANoteDrawsItsOrbitWhichIsErasedAfterwards) {
-    Start();
-    EXPECT_EQ(OrbitMarks(), 0);
-    player->Play({{0, {0x90, 69, 100}}});
-    WaitFor("an orbit", [&] { return OrbitMarks() > 20; });
-    player->Play({{0, {0xB0, 123, 0}}});
-    WaitFor("its end", [&] { return OrbitMarks() == 0; });
-    EXPECT_EQ(Close(), 0);
+    for (const bool classic : {true, false}) {
+        Start(classic ? std::vector<std::string>{"--classic"} : std::vector<std::string>{});
+        EXPECT_EQ(OrbitMarks(), 0);
+        player->Play({{0, {0x90, 69, 100}}});
+        WaitFor("an orbit", [&] { return OrbitMarks() > 20; });
+        player->Play({{0, {0xB0, 123, 0}}});
+        WaitFor("its end", [&] { return OrbitMarks() == 0; });
+        EXPECT_EQ(Close(), 0);
+    }
 }
 
 TEST_F(MainWindow, FieldsAreReachedAndConfirmedByTheKeyboard) {
@@ -402,7 +251,7 @@ TEST_F(MainWindow, SoundComesBackWithTheServer) {
     WaitFor("the alert", [&] { return desktop.HasWindow("Error"); });
     server.Start(256, 44100);
     ear = std::make_unique<test::Ear>(kSecond * 60);
-    player = std::make_unique<Player>();
+    player = std::make_unique<test::Player>();
     ear->Connect("Vexa:Vexa audio out", ear->Name());
     player->WaitUntilConnected();
     // A connection may be there a period before anything comes through.
@@ -477,6 +326,8 @@ TEST_F(MainWindow, ThePictureIsExported) {
     WaitFor("the file", [&] { return std::filesystem::exists(path); });
     WaitFor("the panel's end", [&] { return !desktop.HasWindow("Save Image"); });
     desktop.UseWindow("Vexa");
+    // Away from the plane, where the pointer brings out handles.
+    desktop.Move(kEditorX, 5);
     const QImage picture(QString::fromStdString(path));
     EXPECT_EQ(picture.size(), QSize(kPlaneSize, kPlaneSize));
     // What the panel has covered is drawn anew.

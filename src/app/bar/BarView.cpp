@@ -85,6 +85,8 @@ BarView::BarView(BRect frame, VexaView& mainView)
     AddChild(silence);
     previous = AddArrow("◀", "previous sound (Page Up)", kPreviousSoundCode);
     next = AddArrow("▶", "next sound (Page Down)", kNextSoundCode);
+    undo = AddArrow("↶", "undo (Ctrl Z)", kUndoCode);
+    redo = AddArrow("↷", "redo (Ctrl Shift Z)", kRedoCode);
     Arrange();
     Refresh();
 }
@@ -184,9 +186,21 @@ void BarView::Refresh() {
         SetAccessibleName("sound: " + caption);
         Invalidate(nameBox);
     }
+    ShowSteps();
     ShowVoices();
     if (mainView.HasGraph())
         ShowDevice();
+}
+
+void BarView::ShowSteps() {
+    const auto show = [](BButton& button, bool can, const std::string& words) {
+        if (button.IsEnabled() != can)
+            button.SetEnabled(can);
+        if (words != button.ToolTip())
+            button.SetToolTip(words.c_str());
+    };
+    show(*undo, mainView.CanUndo(), "undo: " + mainView.UndoName() + " (Ctrl Z)");
+    show(*redo, mainView.CanRedo(), "redo: " + mainView.RedoName() + " (Ctrl Shift Z)");
 }
 
 void BarView::ShowVoices() {
@@ -244,6 +258,9 @@ void BarView::Arrange() {
     voicesBox = {right - kVoicesWidth, top, right, top + kHeight};
     right = voicesBox.left - kGap;
     put(device, kDeviceWidth, BMenuField::PreferredHeight());
+    put(redo, kArrowWidth);
+    right += kGap;
+    put(undo, kArrowWidth);
     const float width = std::clamp(right, 60.0F, kWidestName);
     const float left = std::floor((right - width) / 2);
     nameBox = {left, top, left + width, top + kHeight};

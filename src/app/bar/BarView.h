@@ -48,6 +48,7 @@ class BarView : public BView {
     BButton* AddArrow(const char* label, const char* words, uint32 code);
     void FillDeviceMenu();
     void ShowDevice();
+    void ShowSteps();
     void ShowVoices();
     void Announce(const std::string& text);
     void Arrange();
@@ -57,6 +58,8 @@ class BarView : public BView {
     BMenuField* device = nullptr;
     BButton* previous = nullptr;
     BButton* next = nullptr;
+    BButton* undo = nullptr;
+    BButton* redo = nullptr;
     BButton* record = nullptr;
     BButton* silence = nullptr;
     std::unique_ptr<WindowRecorder> recorder;

@@ -2,6 +2,7 @@
 #include "kits/interface/View.h"
 
 #include "kits/interface/Window.h"
+#include "kits/interface/backends/HeldKeys.h"
 #include "kits/interface/backends/ViewWidget.h"
 
 #include <QAccessible>
@@ -311,8 +312,17 @@ void BView::DrawBitmap(const BBitmap* bitmap, BRect destination) {
     const bool dense = widget->devicePixelRatioF() > 1 && bitmap->Dense();
     const QImage image = kits::ToQt(dense ? *bitmap->Dense() : *bitmap);
     const QRect place = kits::ToQt(destination);
-    painter->setRenderHint(QPainter::SmoothPixmapTransform, place.size() != image.size());
+    const QSize size = (QSizeF(place.size()) * widget->devicePixelRatioF()).toSize();
+    painter->setRenderHint(QPainter::SmoothPixmapTransform, size != image.size());
     painter->drawImage(place, image);
+}
+
+float BView::Density() const {
+    return static_cast<float>(widget->devicePixelRatioF());
+}
+
+void BView::StartAnimation() {
+    widget->StartAnimation();
 }
 
 void BView::Invalidate() {
@@ -335,6 +345,10 @@ void BView::GetMouse(BPoint* where, uint32* buttons, bool) const {
 
 uint32 BView::Modifiers() const {
     return widget->Modifiers();
+}
+
+bool BView::IsHeld(char32_t character) {
+    return kits::HeldKeys::Instance().IsDown(static_cast<int>(character));
 }
 
 int32 BView::Clicks() const {

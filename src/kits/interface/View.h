@@ -55,6 +55,10 @@ class BView : public BHandler {
     virtual void ColorsChanged() {}
     /// As often as the window says, while it is shown; with B_PULSE_NEEDED.
     virtual void Pulse() {}
+    /// The next picture of what moves, some sixty times a second after StartAnimation while the
+    /// view can be seen; `seconds` have passed since the last one. False where nothing moves any
+    /// more.
+    virtual bool Animate(float /*seconds*/) { return false; }
     /// With B_FRAME_EVENTS.
     virtual void FrameResized(float width, float height);
 
@@ -125,8 +129,15 @@ class BView : public BHandler {
     void StrokeEllipse(BPoint center, float radiusX, float radiusY, float width = 1.5F);
     void StrokeArc(BPoint center, float radius, float from, float sweep, float width = 1.5F);
 
-    /// Scaled to the rectangle.
+    /// Scaled to the rectangle; where it is as large as that on the screen, its pixels are the
+    /// screen's.
     void DrawBitmap(const BBitmap* bitmap, BRect destination);
+    /// The screen's pixels per pixel of the coordinates, in a row.
+    float Density() const;
+
+    /// Has Animate called until it answers false. Where the view cannot be seen, as it or its
+    /// window is hidden or minimized, nothing happens, and what goes on there ends.
+    void StartAnimation();
 
     void Invalidate();
     /// That part will be drawn soon.
@@ -139,6 +150,8 @@ class BView : public BHandler {
     void GetMouse(BPoint* where, uint32* buttons, bool checkQueue = true) const;
     /// The keys that were held at that event, B_SHIFT_KEY and so on, added up.
     uint32 Modifiers() const;
+    /// Whether a key is held now that writes this character; a letter is a capital.
+    static bool IsHeld(char32_t character);
     /// How many presses follow each other at the same place: 2 for a double click.
     int32 Clicks() const;
     virtual void MakeFocus(bool focused = true);

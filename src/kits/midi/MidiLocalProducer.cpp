@@ -17,6 +17,11 @@ status_t BMidiLocalProducer::Register() {
     return B_OK;
 }
 
+status_t BMidiLocalProducer::RegisterAsOwn() {
+    kits::LocalSources::Instance().AddOwn(Name());
+    return B_OK;
+}
+
 status_t BMidiLocalProducer::Unregister() {
     kits::LocalSources::Instance().Remove(Name());
     return B_OK;

@@ -16,6 +16,9 @@ class BMidiLocalProducer : public BMidiEndpoint {
 
     /// To be called before the roster is asked for the first time.
     status_t Register();
+    /// In its place: the source stands in no roster and is always connected, as what the program
+    /// plays by itself is.
+    status_t RegisterAsOwn();
     status_t Unregister();
 
     /// Sends to all that are connected. Channels are 0..15, data bytes 0..127; the event takes

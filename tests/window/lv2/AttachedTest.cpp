@@ -112,7 +112,7 @@ int Marks(const QImage& picture) {
     int marks = 0;
     for (int y = kPlaneTop; y < kPlaneTop + kPlaneSize; y++) {
         for (int x = kPlane; x < kPlane + kPlaneSize; x++)
-            marks += qGreen(picture.pixel(x, y)) == 200;
+            marks += qGreen(picture.pixel(x, y)) >= 200;
     }
     return marks;
 }

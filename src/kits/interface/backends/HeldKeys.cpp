@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QKeyEvent>
 #include <QWindow>
+#include <algorithm>
 
 namespace kits {
 
@@ -49,7 +50,7 @@ bool HeldKeys::Press(QKeyEvent& event) {
     const auto held = keys.find(place);
     if (held == keys.end()) {
         if (event.type() == QEvent::KeyPress)
-            keys[place].focus = QApplication::focusWidget();
+            keys[place] = {QApplication::focusWidget(), nullptr, event.key()};
         return false;
     }
     if (!held->second.window && (held->second.focus == QApplication::focusWidget() ||
@@ -58,6 +59,11 @@ bool HeldKeys::Press(QKeyEvent& event) {
     // So that it is no shortcut either.
     event.accept();
     return true;
+}
+
+bool HeldKeys::IsDown(int code) const {
+    return std::any_of(keys.begin(), keys.end(),
+                       [code](const auto& key) { return key.second.code == code; });
 }
 
 bool HeldKeys::Release(const QKeyEvent& event) {

@@ -24,6 +24,9 @@ class HeldKeys : public QObject {
     /// The window has taken the press of the key at that place.
     void Take(quint32 place, WindowWidget& window) { keys[place].window = &window; }
 
+    /// Whether a key with that code of the toolkit is down.
+    bool IsDown(int code) const;
+
   protected:
     bool eventFilter(QObject* receiver, QEvent* event) override;
 
@@ -33,6 +36,7 @@ class HeldKeys : public QObject {
         QPointer<QWidget> focus;
         /// The window that took the press, if one did.
         QPointer<WindowWidget> window;
+        int code = 0;
     };
 
     explicit HeldKeys(QObject* application);

@@ -201,6 +201,26 @@ void ViewWidget::Leave() {
     view.MouseMoved(pointer, B_EXITED_VIEW, nullptr);
 }
 
+void ViewWidget::StartAnimation() {
+    // The toolkit's timers count whole milliseconds.
+    constexpr int kFrame = 16;
+    if (!frames) {
+        frames = std::make_unique<QTimer>();
+        frames->setTimerType(Qt::PreciseTimer);
+        connect(frames.get(), &QTimer::timeout, this, [this] { Animate(); });
+    }
+    if (frames->isActive() || !isVisible() || window()->isMinimized())
+        return;
+    sinceFrame.start();
+    frames->start(kFrame);
+}
+
+void ViewWidget::Animate() {
+    const float seconds = static_cast<float>(sinceFrame.restart()) / 1000;
+    if (!isVisible() || window()->isMinimized() || !view.Animate(seconds))
+        frames->stop();
+}
+
 void ViewWidget::resizeEvent(QResizeEvent*) {
     if (content)
         content->setGeometry(rect());

@@ -4,8 +4,11 @@
 
 #include "kits/interface/View.h"
 
+#include <QElapsedTimer>
 #include <QPainter>
+#include <QTimer>
 #include <QWidget>
+#include <memory>
 
 namespace kits {
 
@@ -48,6 +51,7 @@ class ViewWidget : public QWidget {
     /// The toolkit widget that fills a control, which then has the focus in the view's stead.
     void SetContent(QWidget* next);
     QWidget* Content() const { return content; }
+    void StartAnimation();
 
   protected:
     void paintEvent(QPaintEvent* event) override;
@@ -69,6 +73,7 @@ class ViewWidget : public QWidget {
     bool Keeps() const;
     bool Contains(BPoint point) const;
     void Leave();
+    void Animate();
 
     BView& view;
     QWidget* content = nullptr;
@@ -77,6 +82,9 @@ class ViewWidget : public QWidget {
     uint32 buttons = 0;
     uint32 modifiers = 0;
     int32 clicks = 0;
+    /// Runs while there is something to animate, from the first time on.
+    std::unique_ptr<QTimer> frames;
+    QElapsedTimer sinceFrame;
     /// The pointer was inside at the last event.
     bool inside = false;
 };

@@ -15,9 +15,15 @@ void LocalSources::Add(const std::string& name) {
     names.insert(name);
 }
 
+void LocalSources::AddOwn(const std::string& name) {
+    const std::lock_guard lock(mutex);
+    own.insert(name);
+}
+
 void LocalSources::Remove(const std::string& name) {
     SetConnected(name, false);
     const std::lock_guard lock(mutex);
+    own.erase(name);
     names.erase(name);
 }
 
@@ -51,7 +57,7 @@ bool LocalSources::SetConnected(const std::string& name, bool wanted) {
 
 void LocalSources::Put(const std::string& name, std::span<const uint8> bytes) {
     const std::lock_guard lock(mutex);
-    if (inlet && connected.contains(name))
+    if (inlet && (connected.contains(name) || own.contains(name)))
         inlet->Put(bytes, ::system_time());
 }
 

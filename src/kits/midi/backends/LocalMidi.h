@@ -17,6 +17,8 @@ class LocalSources {
     static LocalSources& Instance();
 
     void Add(const std::string& name);
+    /// One that no list shows and that is always connected.
+    void AddOwn(const std::string& name);
     void Remove(const std::string& name);
     bool Empty();
     std::vector<std::string> Names();
@@ -31,6 +33,7 @@ class LocalSources {
   private:
     std::mutex mutex;
     std::set<std::string> names;
+    std::set<std::string> own;
     std::set<std::string> connected;
     MidiThread::Inlet* inlet = nullptr;
 };

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The main view as the gestures on its plane see it.
+#pragma once
+
+#include "app/plane/PreviewNote.h"
+#include "views/plane/PlaneHost.h"
+
+namespace vexa {
+
+class VexaView;
+
+/// Puts texts into the main view's fields, which take effect as if they had been typed and
+/// confirmed, and plays previews. Window thread.
+class PlaneDesk : public PlaneHost {
+  public:
+    /// Of a view that outlives it.
+    explicit PlaneDesk(VexaView& mainView);
+
+    const SoundRecords& Records() const override;
+    void SetCoefficient(ParameterId id, const std::string& text) override;
+    void SetView(const std::string& width, const std::string& linkX,
+                 const std::string& linkY) override;
+    void Strike(std::optional<BPoint> start) override;
+    void LetGo() override { preview.LetGo(); }
+    void Watch() override { preview.Watch(); }
+    /// As PreviewNote::SendTo.
+    void SendTo(PreviewNote::Player next) { preview.SendTo(std::move(next)); }
+
+  private:
+    VexaView& mainView;
+    PreviewNote preview;
+};
+
+} // namespace vexa

@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/plane/PreviewNote.h"
+
+#include "synth/Coefficients.h"
+#include "views/plane/PlaneHost.h"
+
+#include <numeric>
+
+namespace vexa {
+
+namespace {
+
+/// Calls of Watch after which a note that has not begun is not waited for: the channel may not be
+/// listened to, or nothing plays.
+constexpr int kMostWatched = 30;
+
+constexpr float kVelocity = kPreviewVelocity / 127.0F;
+constexpr float kKey = kPreviewKey / 127.0F;
+
+} // namespace
+
+PreviewNote::PreviewNote(Engine& engine) : engine(engine) {
+    producer.RegisterAsOwn();
+}
+
+uint32 PreviewNote::NotesSoFar() const {
+    return std::accumulate(engine.voices.begin(), engine.voices.end(), uint32{0},
+                           [](uint32 sum, const voice& slot) { return sum + slot.notes; });
+}
+
+void PreviewNote::Play(bool on) {
+    const uint8 channel = *sounding;
+    if (player)
+        player(static_cast<uint8>((on ? 0x90 : 0x80) | channel), kPreviewKey, kPreviewVelocity);
+    else if (on)
+        producer.SprayNoteOn(channel, kPreviewKey, kPreviewVelocity);
+    else
+        producer.SprayNoteOff(channel, kPreviewKey, kPreviewVelocity);
+}
+
+void PreviewNote::Strike(uint8 channel, std::optional<BPoint> start) {
+    if (player && start)
+        return;
+    LetGo();
+    if (start) {
+        const auto lend = [this](const CoefficientGroup& sum, float place) {
+            sound_param& p = engine.parameters;
+            const double rest = sum.For(p, engine.controllers, kVelocity, kKey).rest;
+            Loan loan{&(p.*sum.c0), p.*sum.c0, static_cast<float>(double(place) - rest)};
+            *loan.coefficient = loan.lent;
+            return loan;
+        };
+        notesBefore = NotesSoFar();
+        watched = 0;
+        loans = {lend(kCx0, start->x), lend(kCy0, start->y)};
+    }
+    sounding = channel;
+    Play(true);
+}
+
+void PreviewNote::Watch() {
+    if (loans && (NotesSoFar() != notesBefore || ++watched > kMostWatched))
+        GiveBack();
+}
+
+/// What a person has changed meanwhile stays.
+void PreviewNote::GiveBack() {
+    for (const Loan& loan : *loans) {
+        if (*loan.coefficient == loan.lent)
+            *loan.coefficient = loan.own;
+    }
+    loans.reset();
+}
+
+void PreviewNote::LetGo() {
+    if (loans)
+        GiveBack();
+    if (sounding)
+        Play(false);
+    sounding.reset();
+}
+
+} // namespace vexa

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The note by which a person hears what he does to the orbit.
+#pragma once
+
+#include "kits/midi/MidiLocalProducer.h"
+#include "kits/support/Geometry.h"
+#include "midi/Engine.h"
+
+#include <functional>
+#include <optional>
+
+namespace vexa {
+
+/// One note that comes and goes by the MIDI thread, as those of the computer's keyboard do,
+/// whatever source is chosen. Window thread.
+class PreviewNote {
+  public:
+    explicit PreviewNote(Engine& engine);
+    ~PreviewNote() { LetGo(); }
+    PreviewNote(const PreviewNote&) = delete;
+    PreviewNote& operator=(const PreviewNote&) = delete;
+
+    /// Begins it on the channel, 0..15, or begins it anew. Its centre starts at `start` where there
+    /// is one. For that the engine's own coefficients say so, until it has begun; neither the sound
+    /// nor what it is saved as ever does. Another note that begins in these few milliseconds starts
+    /// there too.
+    void Strike(uint8 channel, std::optional<BPoint> start);
+    void LetGo();
+    /// To be called often until LetGo: gives the coefficients back.
+    void Watch();
+
+    /// Takes what is played: the status byte, the note, the velocity.
+    using Player = std::function<void(uint8 status, uint8 note, uint8 velocity)>;
+    /// It plays there from now on, in another process, where no start can be given: Strike with one
+    /// does nothing.
+    void SendTo(Player next) { player = std::move(next); }
+
+  private:
+    void Play(bool on);
+    uint32 NotesSoFar() const;
+    void GiveBack();
+
+    /// A coefficient as it was and as it is lent.
+    struct Loan {
+        kits::Shared<float>* coefficient;
+        float own, lent;
+    };
+
+    Engine& engine;
+    BMidiLocalProducer producer{"Vexa preview"};
+    Player player;
+    /// The channel that it sounds on.
+    std::optional<uint8> sounding;
+    std::optional<std::array<Loan, 2>> loans;
+    /// All notes of the table when the coefficients were lent, and calls of Watch since then.
+    uint32 notesBefore = 0;
+    int watched = 0;
+};
+
+} // namespace vexa

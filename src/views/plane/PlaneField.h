@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The values of a plane function over a part of the plane.
+#pragma once
+
+#include "synth/PlanePicture.h"
+
+#include <chrono>
+#include <memory>
+#include <vector>
+
+namespace vexa {
+
+/// Computed in parts, as PlaneDrawing; what is not computed yet is 0. Window thread.
+class PlaneField {
+  public:
+    /// Drops what it has and begins with these.
+    void Begin(const PlaneFunction& f, const PlaneArea& area);
+    /// Computes for about so long; true if there are new values.
+    bool Continue(std::chrono::steady_clock::duration time);
+    bool IsComplete() const { return !drawing; }
+
+    /// One row after the other from the top.
+    const std::vector<float>& Values() const { return values; }
+    const PlaneArea& Area() const { return area; }
+
+  private:
+    PlaneFunction function{nullfunc};
+    PlaneArea area{};
+    std::vector<float> values;
+    // Last, as it computes the others.
+    std::unique_ptr<PlaneDrawing> drawing;
+};
+
+} // namespace vexa

@@ -1,0 +1,439 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// How the plane and the orbits on it are shown.
+#include "views/plane/PlaneOverlay.h"
+
+#include "kits/interface/Menu.h"
+#include "views/R2RFView.h"
+#include "views/Theme.h"
+#include "views/plane/OrbitColors.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <numbers>
+
+namespace vexa {
+
+namespace {
+
+/// The first one's; the others follow.
+constexpr uint32 kBrightnessCode = FourCC("Bri0");
+constexpr uint32 kReliefCode = FourCC("Reli");
+
+constexpr const char* kTip =
+    "Blue is positive, red negative. Wheel: zoom. Middle button, or Space and drag: move. Double "
+    "click: fit. Ctrl+Shift+click: hear the place. Right button: save the picture. F6: brightness. "
+    "F7: landscape. Esc: silence.";
+
+/// How long values are computed when they are to be shown, and at a pulse, beside R2RFView.
+constexpr auto kDrawTime = std::chrono::milliseconds(20);
+constexpr auto kPulseTime = std::chrono::milliseconds(15);
+
+/// Pixels of the view.
+constexpr float kOrbitWidth = 1.5F;
+/// Of an orbit behind a hill, of 255.
+constexpr uint8 kBehind = 70;
+/// In a dash that is another voice's.
+constexpr uint8 kOthers = 60;
+/// Orbits no farther apart than this, in pixels of the view, share one line in about so many
+/// dashes.
+constexpr double kClose = 1.5;
+constexpr int kDashes = 24;
+/// Between two points of an orbit, in pixels of the view, and how many there are.
+constexpr double kStride = 7;
+constexpr int kFewest = 24;
+constexpr int kMost = 512;
+
+constexpr float kMenuWidth = 64;
+constexpr rgb_color kLegendBack = {0, 0, 0, 170};
+constexpr rgb_color kLegendInk = {240, 240, 240};
+constexpr float kLegendHeight = 18;
+/// For which what a key has chosen is told, in pulses.
+constexpr int kToldFor = 15;
+
+/// Whether they are the same figure but for so many plane units.
+bool AreClose(const Orbit& a, const Orbit& b, double most) {
+    return std::abs(a.cx - b.cx) <= most && std::abs(a.cy - b.cy) <= most &&
+           std::abs(a.rx - b.rx) <= most && std::abs(a.ry - b.ry) <= most;
+}
+
+/// Cosine and sine of a phase that goes on in equal steps, exact enough for kMost of them.
+struct Wave {
+    Wave(double phase, double step)
+        : cosine(std::cos(phase)),
+          sine(std::sin(phase)),
+          stepCosine(std::cos(step)),
+          stepSine(std::sin(step)) {}
+    void Advance() {
+        const double next = cosine * stepCosine - sine * stepSine;
+        sine = sine * stepCosine + cosine * stepSine;
+        cosine = next;
+    }
+    double cosine, sine;
+
+  private:
+    double stepCosine, stepSine;
+};
+
+uint32* Words(BBitmap& picture) {
+    return static_cast<uint32*>(picture.Bits());
+}
+
+} // namespace
+
+PlaneOverlay::PlaneOverlay(R2RFView& plane, PlaneHost& host)
+    : BView(plane.Bounds(), "Plane", B_FOLLOW_ALL_SIDES,
+            B_WILL_DRAW | B_NAVIGABLE | B_KEEPS_POINTER | B_PULSE_NEEDED),
+      plane(plane),
+      host(host) {
+    SetViewColor(B_TRANSPARENT_COLOR);
+    SetToolTip(kTip);
+    SetAccessibleName("plane");
+    for (const PlaneHandleRow& row : PlaneHandles()) {
+        handles.push_back(new PlaneHandle(*this, row));
+        AddChild(handles.back());
+    }
+    AddMenu();
+    plane.AddChild(this);
+    PlaceHandles();
+}
+
+PlaneOverlay::~PlaneOverlay() = default;
+
+/// Shown while the pointer is over the plane. It takes no focus, which would go on to some field
+/// when it is hidden; keys do the same.
+void PlaneOverlay::AddMenu() {
+    menu = new BPopUpMenu("View", false, false);
+    for (const BrightnessRow& row : BrightnessCurves())
+        menu->AddItem(
+            new BMenuItem(std::string(row.label).c_str(),
+                          new BMessage(kBrightnessCode + static_cast<uint32>(row.curve))));
+    menu->AddItem(new BSeparatorItem);
+    menu->AddItem(new BMenuItem("Landscape", new BMessage(kReliefCode)));
+    menu->SetTargetForItems(this);
+    const BRect bounds = Bounds();
+    menuField = new BMenuField(
+        {bounds.right - kMenuWidth - 3, 4, bounds.right - 4, 4 + BMenuField::PreferredHeight()},
+        "plane view", "", menu, B_FOLLOW_RIGHT | B_FOLLOW_TOP, B_WILL_DRAW);
+    menuField->SetAccessibleName("how the plane is shown");
+    menuField->SetToolTip("How the plane is shown: brightness (F6), landscape (F7)");
+    menuField->Hide();
+    AddChild(menuField);
+    MarkMenu();
+}
+
+void PlaneOverlay::MarkMenu() {
+    for (const BrightnessRow& row : BrightnessCurves())
+        menu->FindItem(kBrightnessCode + static_cast<uint32>(row.curve))
+            ->SetMarked(row.curve == brightness);
+    menu->FindItem(kReliefCode)->SetMarked(relief);
+}
+
+void PlaneOverlay::MessageReceived(BMessage* message) {
+    const uint32 curve = message->what - kBrightnessCode;
+    if (message->what == kReliefCode)
+        SetRelief(!relief);
+    else if (curve < BrightnessCurves().size())
+        SetBrightness(static_cast<Brightness>(curve));
+    else
+        BView::MessageReceived(message);
+}
+
+void PlaneOverlay::SetBrightness(Brightness next) {
+    brightness = next;
+    stale = true;
+    DescriptionChanged();
+    MarkMenu();
+    Invalidate();
+}
+
+void PlaneOverlay::SetRelief(bool on) {
+    relief = on;
+    stale = true;
+    DescriptionChanged();
+    MarkMenu();
+    ShowHandles();
+    Invalidate();
+}
+
+bool PlaneOverlay::TakeShortcut(const kits::KeyPress& press) {
+    if (press.modifiers != 0 || IsHidden())
+        return false;
+    if (press.key == kits::Key::F6) {
+        SetBrightness(static_cast<Brightness>((static_cast<std::size_t>(brightness) + 1) %
+                                              BrightnessCurves().size()));
+        Tell("brightness: " +
+             std::string(BrightnessCurves()[static_cast<std::size_t>(brightness)].label));
+        return true;
+    }
+    if (press.key != kits::Key::F7)
+        return false;
+    SetRelief(!relief);
+    Tell(relief ? "landscape: drag to turn it" : "picture");
+    return true;
+}
+
+/// Whether what is shown is not the very picture of the plane view.
+bool PlaneOverlay::IsOwn() const {
+    return relief || brightness != Brightness::Linear || density != 1;
+}
+
+/// What the plane view shows, over so many points.
+PlaneArea PlaneOverlay::AreaOf(std::size_t columns, std::size_t rows) const {
+    const float pixels = Bounds().Width() + 1;
+    return {plane.LinkFunction().x,
+            plane.LinkFunction().y,
+            plane.LinkScreen().x,
+            plane.LinkScreen().y,
+            plane.Scale() * pixels / static_cast<float>(columns),
+            columns,
+            rows};
+}
+
+void PlaneOverlay::Allocate(int columns, int rows) {
+    const BRect size = {0, 0, static_cast<float>(columns - 1), static_cast<float>(rows - 1)};
+    base = std::make_unique<BBitmap>(size, B_RGB32);
+    shown = std::make_unique<BBitmap>(size, B_RGB32);
+    trace.emplace(columns, rows);
+    stale = true;
+}
+
+/// Brings what is shown up to date with the plane view, as far as that takes a short while.
+void PlaneOverlay::Refresh() {
+    density = Density();
+    const auto pixels = [this](float length) {
+        return static_cast<int>(std::lround((length + 1) * density));
+    };
+    const int columns = pixels(Bounds().Width()), rows = pixels(Bounds().Height());
+    if (!base || base->Bounds().Width() != static_cast<float>(columns - 1) ||
+        base->Bounds().Height() != static_cast<float>(rows - 1))
+        Allocate(columns, rows);
+    const View now = {plane.Scale(), plane.LinkFunction(), plane.LinkScreen()};
+    if (now != view) {
+        view = now;
+        trace->Clear();
+    }
+    const bool changed = stale || seenChanges != plane.Changes();
+    seenChanges = plane.Changes();
+    if (IsOwn()) {
+        if (changed) {
+            constexpr std::size_t kCorners = Relief::kCells + 1;
+            field.Begin(plane.Function(), relief ? AreaOf(kCorners, kCorners)
+                                                 : AreaOf(static_cast<std::size_t>(columns),
+                                                          static_cast<std::size_t>(rows)));
+            field.Continue(kDrawTime);
+        }
+        repaint = repaint || changed;
+    } else {
+        plane.Shown();
+        repaint = repaint || changed || seenComputed != plane.Computed();
+        seenComputed = plane.Computed();
+    }
+    stale = false;
+    if (!std::exchange(repaint, false))
+        return;
+    Paint();
+    trace->ShowAll();
+    trace->Show(Words(*base), Words(*shown));
+}
+
+/// The base, of the values that there are.
+void PlaneOverlay::Paint() {
+    const auto columns = static_cast<int>(base->Bounds().Width()) + 1;
+    const auto rows = static_cast<int>(base->Bounds().Height()) + 1;
+    uint32* const words = Words(*base);
+    const std::size_t count = static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows);
+    if (relief) {
+        land.Take(field, brightness);
+        land.Draw(look, columns, rows, words);
+        return;
+    }
+    if (IsOwn())
+        ShowValues(brightness, field.Values(), words);
+    else
+        std::copy_n(static_cast<const uint32*>(plane.Shown().Bits()), count, words);
+    std::for_each(words, words + count, [](uint32& word) { word |= 0xff000000; });
+}
+
+void PlaneOverlay::Pulse() {
+    if (IsHidden())
+        return;
+    if (IsOwn() && field.Continue(kPulseTime)) {
+        repaint = true;
+        Invalidate();
+    }
+    if (stale || seenChanges != plane.Changes() || (!IsOwn() && seenComputed != plane.Computed()))
+        Invalidate();
+    if (!IsSilent(host.Records().voices) || (trace && !trace->IsDark()))
+        StartAnimation();
+    if (toldFor > 0 && --toldFor == 0)
+        InvalidateLegend();
+    PlaceHandles();
+}
+
+bool PlaneOverlay::Animate(float seconds) {
+    if (IsHidden())
+        return false;
+    AnimatePreview(seconds);
+    if (moving)
+        PlaceHandles();
+    if (!base || view != View{plane.Scale(), plane.LinkFunction(), plane.LinkScreen()}) {
+        // The next Draw begins anew.
+        Invalidate();
+        return true;
+    }
+    trace->Fade(seconds);
+    const bool sounds = DrawOrbits();
+    const BRect extent = trace->Show(Words(*base), Words(*shown));
+    if (extent.right >= extent.left)
+        Invalidate({extent.left / density - 1, extent.top / density - 1, extent.right / density + 1,
+                    extent.bottom / density + 1});
+    return sounds || previewing || !trace->IsDark();
+}
+
+/// Whether there is any. Where several are the same figure each has its share of the line.
+bool PlaneOverlay::DrawOrbits() {
+    const SoundRecords& records = host.Records();
+    std::array<Orbit, kVoiceSlots> orbits;
+    std::vector<std::size_t> sounding;
+    for (std::size_t i = 0; i < records.voices.size(); i++) {
+        const voice& slot = records.voices[i];
+        if (IsOver(slot, slot.state.Look()))
+            continue;
+        orbits[i] = OrbitOf(Look(slot), records.parameters, records.controllers);
+        sounding.push_back(i);
+    }
+    const double close = kClose * double(view.scale);
+    for (const std::size_t i : sounding) {
+        int sharers = 0, rank = 0;
+        for (const std::size_t other : sounding) {
+            if (!AreClose(orbits[i], orbits[other], close))
+                continue;
+            sharers++;
+            rank += other < i;
+        }
+        DrawOrbit(orbits[i], kOrbitColors[i], sharers, rank);
+    }
+    return !sounding.empty();
+}
+
+/// Where a point of the plane is in the screen's pixels of the view.
+std::optional<Relief::Place> PlaneOverlay::PlaceOf(double x, double y) const {
+    if (relief)
+        return land.PlaceOf(x, y);
+    const double scale = double(view.scale);
+    const double px =
+        (x - double(view.link.x)) / scale + double(Bounds().Width()) * double(view.place.x) + 0.5;
+    const double py = (double(view.link.y) - y) / scale +
+                      double(Bounds().Height()) * (1 - double(view.place.y)) + 0.5;
+    return Relief::Place{{static_cast<float>(px * double(density) - 0.5),
+                          static_cast<float>(py * double(density) - 0.5)},
+                         true};
+}
+
+void PlaneOverlay::DrawOrbit(const Orbit& orbit, rgb_color color, int sharers, int rank) {
+    const double turns = std::max({std::abs(double(orbit.fx)), std::abs(double(orbit.fy)), 1.0});
+    const double length = 2 * std::numbers::pi *
+                          std::hypot(orbit.rx * double(orbit.fx), orbit.ry * double(orbit.fy)) /
+                          double(view.scale);
+    // A length that is no number takes the most.
+    const double wanted = std::max(length / kStride, kFewest * turns);
+    const int steps = wanted < kMost ? static_cast<int>(wanted) : kMost;
+    const double step = 2 * std::numbers::pi / steps;
+    // Dashes stay where they are on the figure, wherever on it the point is.
+    const double dash = 2 * std::numbers::pi / (sharers * std::max(1, kDashes / sharers));
+    Wave x(orbit.phasex, double(orbit.fx) * step), y(orbit.phasey, double(orbit.fy) * step);
+    std::optional<Relief::Place> before;
+    for (int k = 0; k <= steps; k++, x.Advance(), y.Advance()) {
+        const double phasex = orbit.phasex + double(orbit.fx) * step * k;
+        const bool own =
+            sharers == 1 || static_cast<int64>(std::floor(phasex / dash)) % sharers == rank;
+        const std::optional<Relief::Place> place =
+            PlaceOf(orbit.cx + orbit.rx * x.cosine, orbit.cy + orbit.ry * y.sine);
+        if (before && place) {
+            const bool seen = before->visible && place->visible;
+            color.alpha = !own ? kOthers : seen ? 255 : kBehind;
+            trace->Line(before->point, place->point, color, kOrbitWidth * density);
+        }
+        before = place;
+    }
+}
+
+void PlaneOverlay::Draw(BRect) {
+    Refresh();
+    DrawBitmap(shown.get(), Bounds());
+    if (ShowsHandles()) {
+        // From the start of the centre to the others.
+        SetHighColor({255, 255, 255, 110});
+        for (std::size_t i = 1; i < handles.size(); i++) {
+            const BPoint line[] = {handles.front()->Center(), handles[i]->Center()};
+            StrokePath(line, 1);
+        }
+    }
+    DrawLegend();
+    if (focusShown) {
+        SetHighColor(Colors().controls.accent);
+        StrokeRoundRect(Bounds().InsetByCopy(1, 1), 2, 2);
+    }
+}
+
+void PlaneOverlay::Tell(const std::string& text) {
+    told = text;
+    toldFor = kToldFor;
+    InvalidateLegend();
+}
+
+std::string PlaneOverlay::TextOf(const PlaneHandleRow& row) const {
+    const double step = PixelStep() / 10;
+    std::string text = TidyText(Number(row.First()), step);
+    if (row.x && row.y)
+        text += ", " + TidyText(Number(*row.y), step);
+    return text;
+}
+
+std::string PlaneOverlay::Legend() const {
+    if (toldFor > 0)
+        return told;
+    if (noticed)
+        return noticed->Row().name + (" = " + TextOf(noticed->Row()));
+    if (!inside || relief)
+        return "";
+    const double step = PixelStep();
+    const BPoint point = plane.ToPlane(pointer);
+    char value[32];
+    std::snprintf(value, sizeof value, "%.4g", double(plane.Function()(point.x, point.y)));
+    std::string text = "x ";
+    text += TidyText(double(point.x), step);
+    text += "   y " + TidyText(double(point.y), step);
+    text += "   f " + std::string(value);
+    return text;
+}
+
+/// In the left bottom corner, or at the top where the pointer would be on it.
+BRect PlaneOverlay::LegendFrame() const {
+    const BRect bounds = Bounds();
+    const bool below =
+        inside && pointer.y > bounds.bottom - 2 * kLegendHeight && pointer.x < bounds.right * 0.7F;
+    const float top = below ? 4 : bounds.bottom - 4 - kLegendHeight;
+    return {4, top, bounds.right - 4, top + kLegendHeight};
+}
+
+void PlaneOverlay::InvalidateLegend() {
+    Invalidate({0, 0, Bounds().right, kLegendHeight + 5});
+    Invalidate({0, Bounds().bottom - kLegendHeight - 5, Bounds().right, Bounds().bottom});
+}
+
+void PlaneOverlay::DrawLegend() {
+    const std::string text = Legend();
+    if (text.empty())
+        return;
+    BRect frame = LegendFrame();
+    frame.right = frame.left + StringWidth(text) + 12;
+    SetHighColor(kLegendBack);
+    FillRoundRect(frame, 4);
+    SetHighColor(kLegendInk);
+    DrawString(text, {frame.left + 6, frame.bottom - 5});
+}
+
+} // namespace vexa

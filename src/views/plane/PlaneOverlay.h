@@ -1,0 +1,212 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What lies on the plane's picture: the orbits, and the gestures that the picture does not take.
+#pragma once
+
+#include "kits/interface/View.h"
+#include "synth/Orbit.h"
+#include "views/plane/Brightness.h"
+#include "views/plane/OrbitNumbers.h"
+#include "views/plane/PlaneField.h"
+#include "views/plane/PlaneHandle.h"
+#include "views/plane/PlaneHost.h"
+#include "views/plane/Relief.h"
+#include "views/plane/Trace.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+class BBitmap;
+class BMenu;
+class BMenuField;
+
+namespace vexa {
+
+class R2RFView;
+
+/// A press of a button on the plane.
+struct PlanePress {
+    BPoint where;
+    /// All that are down.
+    uint32 buttons;
+    uint32 modifiers;
+    int32 clicks;
+};
+
+/// Covers an R2RFView, whose child it is, and shows the same picture, or the plane in another
+/// brightness or as a landscape, in the screen's own pixels; on it the orbits of all notes that
+/// sound, some sixty times a second, one colour a voice, with what they were a moment ago fading.
+///
+/// Wheel: zooms about the pointer. Middle button, or Space and the first button: moves the plane.
+/// Double click: shows all that the orbit reaches. Ctrl+Shift+click: a note whose centre starts
+/// there. Handles for the orbit's numbers are seen while the pointer is over the plane or one of
+/// them has the focus. The second button is the picture's. While it has the focus, the arrow keys
+/// move the plane (Shift less, Ctrl more), + and - zoom, Home shows all. On the landscape the first
+/// button and the arrow keys turn it.
+///
+/// What it does to the sound it does through its host. Window thread.
+class PlaneOverlay : public BView {
+  public:
+    /// Becomes a child of `plane`. The host outlives it.
+    PlaneOverlay(R2RFView& plane, PlaneHost& host);
+    ~PlaneOverlay() override;
+
+    // How the plane is shown.
+
+    void SetBrightness(Brightness next);
+    Brightness Curve() const { return brightness; }
+    void SetRelief(bool on);
+    bool IsRelief() const { return relief; }
+    /// F6: the next brightness. F7: the landscape, or the picture again.
+    bool TakeShortcut(const kits::KeyPress& press);
+
+    // The numbers that the handles move.
+
+    /// Of the note in hand.
+    double Number(OrbitNumber id) const;
+    /// To the nearest multiple of `tidy`. A preview that is sounding begins anew where its start
+    /// has moved.
+    void MoveNumber(OrbitNumber id, double value, double tidy);
+    /// One step of an arrow key, up where `way` is 1 and down where it is -1; with Shift finer,
+    /// with Ctrl coarser. A preview sounds meanwhile.
+    void StepNumber(OrbitNumber id, int way, uint32 modifiers);
+
+    // For the handles.
+
+    bool ShowsHandles() const { return !relief && (inside || focused || moving); }
+    /// A press that is none of a handle's although it is on one.
+    bool IsForOverlay(const PlanePress& press) const;
+    void Press(const PlanePress& press);
+    void Move(BPoint where);
+    void Release(BPoint where);
+    /// The pointer is there, over the plane or no longer.
+    void Hover(BPoint where, bool over);
+    /// A number is being moved, and no longer: where nothing sounds, a preview does meanwhile.
+    void Grip();
+    void LetGo();
+    /// Plane units, y upwards, that so many pixels of the view are.
+    BPoint ByPixels(BPoint pixels) const;
+    /// A handle's numbers as a person reads them: "0.5, -1".
+    std::string TextOf(const PlaneHandleRow& row) const;
+    /// What numbers are rounded to that are moved by pixels.
+    double PixelStep() const;
+    /// The handle whose numbers are told at the edge of the plane; null for none.
+    void Notice(const PlaneHandle* handle);
+    void HandleFocus(const PlaneHandle* handle);
+    const std::vector<PlaneHandle*>& Handles() const { return handles; }
+
+    /// All that the orbit reaches, with room.
+    void Fit();
+
+    /// The orbit's numbers are its parts, in the order of OrbitNumbers().
+    kits::AccessibleThing Describe() const override;
+    std::size_t CountParts() const override { return OrbitNumbers().size(); }
+    kits::AccessibleThing DescribePart(std::size_t index) const override;
+    void SetNumber(std::optional<std::size_t> part, double value) override;
+
+    void MessageReceived(BMessage* message) override;
+    void Draw(BRect update) override;
+    void MouseDown(BPoint where) override;
+    void MouseUp(BPoint where) override;
+    void MouseMoved(BPoint where, uint32 transit, const BMessage* dragged) override;
+    bool WheelMoved(BPoint where, BPoint steps) override;
+    bool KeyDown(const kits::KeyPress& press) override;
+    void FocusChanged() override;
+    void Pulse() override;
+    bool Animate(float seconds) override;
+
+  private:
+    enum class Gesture { None, Move, Turn, Audition };
+
+    /// What the picture is of.
+    struct View {
+        float scale = 0;
+        BPoint link, place;
+        bool operator==(const View&) const = default;
+    };
+
+    // The picture.
+    void AddMenu();
+    void MarkMenu();
+    bool IsOwn() const;
+    PlaneArea AreaOf(std::size_t columns, std::size_t rows) const;
+    void Refresh();
+    void Allocate(int columns, int rows);
+    void Paint();
+    void Tell(const std::string& text);
+    std::string Legend() const;
+    BRect LegendFrame() const;
+    void InvalidateLegend();
+    void DrawLegend();
+
+    // The orbits.
+    bool DrawOrbits();
+    void DrawOrbit(const Orbit& orbit, rgb_color color, int sharers, int rank);
+    std::optional<Relief::Place> PlaceOf(double x, double y) const;
+
+    // Gestures.
+    void Zoom(BPoint where, float steps);
+    void ShiftBy(const View& from, BPoint pixels);
+    void TurnBy(float right, float up);
+    void SetView(double width, double linkX, double linkY);
+    void ShowFocus(bool show);
+    void PlaceHandles();
+    void ShowHandles();
+    void Audition(BPoint where);
+    void Strike();
+    void EndPreview();
+    void AnimatePreview(float seconds);
+
+    R2RFView& plane;
+    PlaneHost& host;
+    Brightness brightness = Brightness::Linear;
+    bool relief = false;
+    ReliefLook look;
+
+    /// What is shown without orbits, and with them, in the screen's pixels.
+    std::unique_ptr<BBitmap> base;
+    std::unique_ptr<BBitmap> shown;
+    std::optional<Trace> trace;
+    float density = 1;
+    /// Where the picture is not that of `plane`: the values, over as many points as it takes.
+    PlaneField field;
+    Relief land;
+    /// What of `plane` is shown, and that something else has changed.
+    View view;
+    uint64 seenChanges = 0, seenComputed = 0;
+    bool stale = true;
+    bool repaint = true;
+
+    bool inside = false;
+    /// A handle has the focus; that the plane itself has it is to be seen.
+    bool focused = false;
+    bool focusShown = false;
+    /// A number is in the hand.
+    bool moving = false;
+    BPoint pointer;
+    const PlaneHandle* noticed = nullptr;
+    /// What was told last, and for how many pulses it is still to be read.
+    std::string told;
+    int toldFor = 0;
+    std::vector<PlaneHandle*> handles;
+    bool handlesShown = false;
+    BMenu* menu = nullptr;
+    BMenuField* menuField = nullptr;
+
+    Gesture gesture = Gesture::None;
+    /// Where the pointer was at the gesture's last step, and what was shown at its begin.
+    BPoint last;
+    BPoint pressed;
+    View pressedView;
+
+    /// The preview sounds; where it starts, if not where notes do; it is to start anew.
+    bool previewing = false;
+    std::optional<BPoint> auditioned;
+    bool anew = false;
+    float sinceStrike = 0;
+    /// Until it is let go that was begun by a key; 0 for the others.
+    float keyPreview = 0;
+};
+
+} // namespace vexa

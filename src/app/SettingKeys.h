@@ -23,8 +23,6 @@ struct SettingKey {
 inline const SettingKey<std::string> kAuthorSetting{"author"};
 /// The MIDI source to connect, by the name in its menu; empty for none.
 inline const SettingKey<std::string> kSourceSetting{"midi-source", "Computer keyboard"};
-/// The audio system, by the name in --audio; empty for the first that is there.
-inline const SettingKey<std::string> kAudioSetting{"audio"};
 
 // The frequencies of the keys: paths of Scala files, empty for none, and that of key 69 in Hz, 0
 // for what the files say.

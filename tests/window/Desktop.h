@@ -29,6 +29,8 @@ class Desktop {
             return !display.empty();
         });
         ::setenv("DISPLAY", (':' + display).c_str(), 1);
+        // What tests choose is nobody's to remember.
+        ::setenv("XDG_CONFIG_HOME", folder.Path().c_str(), 1);
         ::unsetenv("WAYLAND_DISPLAY");
         ::unsetenv("QT_QPA_PLATFORM");
         manager = std::make_unique<Companion>(std::vector<std::string>{"openbox"});

@@ -128,21 +128,21 @@ void PlaneHandle::MouseDown(BPoint where) {
 
 void PlaneHandle::MouseMoved(BPoint where, uint32 transit, const BMessage*) {
     const BPoint point = InOverlay(where);
-    if (passed)
-        return overlay.Move(point);
-    if (held) {
-        const BPoint to = overlay.ByPixels({point.x - grip.x, point.y - grip.y});
-        if (row.x)
-            overlay.MoveNumber(*row.x, gripX + double(to.x), overlay.PixelStep());
-        if (row.y)
-            overlay.MoveNumber(*row.y, gripY + double(to.y), overlay.PixelStep());
-    }
     const bool in = transit != B_EXITED_VIEW;
     if (in != hovered) {
         hovered = in;
         Invalidate();
     }
     overlay.Hover(point, in || held);
+    if (passed) {
+        overlay.Move(point);
+    } else if (held) {
+        const BPoint to = overlay.ByPixels({point.x - grip.x, point.y - grip.y});
+        if (row.x)
+            overlay.MoveNumber(*row.x, gripX + double(to.x), overlay.PixelStep());
+        if (row.y)
+            overlay.MoveNumber(*row.y, gripY + double(to.y), overlay.PixelStep());
+    }
     overlay.Notice(IsNoticed() ? this : nullptr);
 }
 

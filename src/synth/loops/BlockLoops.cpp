@@ -284,6 +284,20 @@ void FilterOf(const float* taps, std::size_t length, const float* frames, std::s
             sums[i] += tap * frame;
         }
     }
+    if constexpr (side == 4) {
+        const float* rows[side];
+        for (std::size_t i = 0; i < side; i++)
+            rows[i] = reinterpret_cast<const float*>(&sums[i]);
+        Four total{};
+        for (int lane = 0; lane < int(kSlack); lane += 4) {
+            Four lanes[4];
+            Columns(rows, lane, lanes);
+            for (const Four& sum : lanes)
+                total += sum;
+        }
+        __builtin_memcpy(out, &total, sizeof total);
+        return;
+    }
     for (std::size_t i = 0; i < side; i++) {
         float sum = 0;
         for (std::size_t lane = 0; lane < kSlack; lane++)

@@ -14,7 +14,7 @@ import tempfile
 
 # Kits that know no windows: all that the engine may use of them.
 ENGINE_KITS = ["kits/support", "kits/storage", "kits/application", "kits/kernel", "kits/maths",
-               "kits/media", "kits/midi"]
+               "kits/media", "kits/midi", "kits/pictures"]
 ALL_KITS = ENGINE_KITS + ["kits/interface", "kits/translation"]
 ENGINE = ["synth", "tuning", "midi", "audio", "formula", "functions", "xml", "documents", "instrument"]
 
@@ -22,11 +22,13 @@ ENGINE = ["synth", "tuning", "midi", "audio", "formula", "functions", "xml", "do
 ALLOWED = {
     "kits/support": [],
     "kits/storage": ["kits/support"],
+    "kits/text": [],
     "kits/application": ["kits/support", "kits/storage"],
     "kits/kernel": ["kits/support", "kits/storage"],
     "kits/maths": ["kits/support"],
     "kits/media": ["kits/support", "kits/storage", "kits/application", "kits/kernel", "kits/maths"],
     "kits/midi": ["kits/support", "kits/storage", "kits/application", "kits/kernel"],
+    "kits/pictures": ["kits/support", "kits/storage"],
     "kits/interface": ["kits/support", "kits/storage", "kits/application", "kits/kernel"],
     "kits/translation": ["kits/support", "kits/storage", "kits/application", "kits/kernel",
                          "kits/interface"],
@@ -40,11 +42,12 @@ ALLOWED = {
     "functions": ENGINE_KITS + ["synth", "formula"],
     "documents": ENGINE_KITS + ["synth", "midi", "audio", "formula", "functions", "xml"],
     "instrument": ENGINE_KITS + ["synth", "midi", "formula", "functions", "documents"],
+    "bank": ENGINE_KITS + ["kits/text", "synth", "formula", "functions", "documents", "instrument"],
     "attach": ["kits/support", "synth"],
     "render": ENGINE_KITS + ENGINE,
     "plugin": ENGINE_KITS + ENGINE + ["attach"],
     "views": ALL_KITS + ENGINE,
-    "app": ALL_KITS + ENGINE + ["attach", "views"],
+    "app": ALL_KITS + ENGINE + ["bank", "attach", "views"],
 }
 
 # Headers in angle brackets that every file may include.

@@ -20,6 +20,8 @@ bool SetAudio(AppOptions& options, std::string_view text) {
 constexpr kits::OptionRow<AppOptions> kRows[] = {
     {"no-window", nullptr, nullptr, "play until interrupted, without a window",
      [](AppOptions& o, std::string_view) { return o.noWindow = true; }},
+    {"classic", nullptr, nullptr, "show the main view alone, in its first colours",
+     [](AppOptions& o, std::string_view) { return o.classic = true; }},
     {"sound", "SOUND", nullptr, "start with a file, or with the sound of that name (default)",
      [](AppOptions& o, std::string_view text) { return SetText(o.sound.emplace(), text); }},
     {"voices", "N", "a whole number from 1 to 20", "most voices at once (the sound's, else 20, with a window 1)",
@@ -75,6 +77,8 @@ kits::Result<AppOptions> ParseAppOptions(std::span<const std::string> arguments)
         options.file = operands->front();
     if (options.file && options.noWindow)
         return kits::Error{"without a window a file is given as --sound " + operands->front()};
+    if (options.classic && options.noWindow)
+        return kits::Error{"--classic is about the window, --no-window has none"};
     const bool isOwnInstrument = options.file || options.noWindow || options.sound ||
                                  options.voices || options.channel || options.audio ||
                                  options.midi || options.record || options.mpe ||
@@ -93,8 +97,8 @@ std::vector<kits::OptionText> AppOptionTexts() {
 
 std::string AppHelpText() {
     return "Usage: vexa [options] [FILE]\n\n"
-           "Opens the synthesizer's window with a sound, a function or a sample, or plays without "
-           "one. Set VEXA_TRACE=1 for trace lines "
+           "Opens the synthesizer's window with a sound, a function, a sample or a picture, or "
+           "plays without one. Set VEXA_TRACE=1 for trace lines "
            "on standard error.\n\n" +
            kits::OptionHelp<AppOptions>(Rows());
 }

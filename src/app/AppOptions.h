@@ -22,7 +22,9 @@ struct AppOptions {
     Action action = Action::Play;
 
     bool noWindow = false;
-    /// A sound, a function or a sample to start with.
+    /// The window is the logo bar and the main view alone, in their first colours.
+    bool classic = false;
+    /// A sound, a function, a sample or a picture to start with.
     std::optional<std::filesystem::path> file;
     /// A file's path or a sound's name. Without a value: the sound "default".
     std::optional<std::filesystem::path> sound;

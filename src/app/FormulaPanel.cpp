@@ -3,6 +3,7 @@
 
 #include "kits/interface/Control.h"
 #include "kits/interface/View.h"
+#include "views/Theme.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,14 +12,7 @@ namespace vexa {
 
 namespace {
 
-constexpr rgb_color kTextColor = {80, 80, 80};
-
-constexpr EnvelopeRow kEnvelopeRows[4] = {
-    {10, {128, 0, 0}},
-    {112, {0, 0, 128}},
-    {218, {192, 64, 64}},
-    {320, {64, 64, 192}},
-};
+constexpr float kEnvelopeTops[4] = {10, 112, 218, 320};
 
 /// Left edges of the plane view's column and of the formulas'.
 constexpr float kPlaneColumn = 10;
@@ -41,8 +35,8 @@ constexpr float kFrequencyBelowLink = 51;
 
 } // namespace
 
-std::span<const EnvelopeRow, 4> EnvelopeRows() {
-    return kEnvelopeRows;
+std::span<const float, 4> EnvelopeTops() {
+    return kEnvelopeTops;
 }
 
 FormulaPanel::FormulaPanel(const BFont& base) : font(base) {
@@ -53,22 +47,19 @@ FormulaPanel::FormulaPanel(const BFont& base) : font(base) {
     pitch = lineHeight + kLineSpace;
 
     using Id = ParameterId;
-    PutDriftBlock('x', Id::Cx0, kEnvelopeRows[0]);
-    PutDriftBlock('y', Id::Cy0, kEnvelopeRows[1]);
-    PutRadiusBlock('x', Id::Ax0, kEnvelopeRows[2]);
-    PutRadiusBlock('y', Id::Ay0, kEnvelopeRows[3]);
+    PutDriftBlock('x', Id::Cx0, 0);
+    PutDriftBlock('y', Id::Cy0, 1);
+    PutRadiusBlock('x', Id::Ax0, 2);
+    PutRadiusBlock('y', Id::Ay0, 3);
     PutOrbitLine('x', Id::Fx, Id::C0x0, height.ascent + kOrbitTop);
     PutOrbitLine('y', Id::Fy, Id::C0y0, height.ascent + kOrbitTop + pitch);
     PutPlaneControls();
 }
 
-void FormulaPanel::Put(std::string_view text, float x, float baseline, rgb_color color) {
-    texts.push_back({std::string(text), {x, baseline}, color});
+void FormulaPanel::Put(std::string_view text, float x, float baseline,
+                       std::optional<std::size_t> envelope) {
+    texts.push_back({std::string(text), {x, baseline}, envelope});
     right = std::max(right, x + Width(text));
-}
-
-void FormulaPanel::Put(std::string_view text, float x, float baseline) {
-    Put(text, x, baseline, kTextColor);
 }
 
 void FormulaPanel::PutGap(FieldId field, float x, float baseline, float width) {
@@ -77,9 +68,9 @@ void FormulaPanel::PutGap(FieldId field, float x, float baseline, float width) {
 }
 
 /// dCx / dt = [Cx0] * Env + [Cx1] * Vel + [Cx2] * Key + [Cx3] * Ctl [Cx4]
-void FormulaPanel::PutDriftBlock(char axis, ParameterId first, const EnvelopeRow& row) {
+void FormulaPanel::PutDriftBlock(char axis, ParameterId first, std::size_t envelope) {
     const std::string name = std::string("dC") + axis;
-    const float top = height.ascent + row.top;
+    const float top = height.ascent + kEnvelopeTops[envelope];
     const float middle = top + lineHeight / 2;
     const float end = kFormulaColumn + Width(name);
     Put(name, kFormulaColumn, top);
@@ -89,21 +80,21 @@ void FormulaPanel::PutDriftBlock(char axis, ParameterId first, const EnvelopeRow
     const float field = end + Width(" = ");
     PutGap(first, field, middle, kCoefficient);
     Put(" * ", field + kCoefficient, middle);
-    Put("Env", field + kCoefficient + Width(" * "), middle, row.color);
-    PutSum(first, row.top, false);
+    Put("Env", field + kCoefficient + Width(" * "), middle, envelope);
+    PutSum(first, kEnvelopeTops[envelope], false);
 }
 
 /// Ax = Env * ([Ax0] + [Ax1] * Vel + [Ax2] * Key + [Ax3] * Ctl [Ax4])
-void FormulaPanel::PutRadiusBlock(char axis, ParameterId first, const EnvelopeRow& row) {
+void FormulaPanel::PutRadiusBlock(char axis, ParameterId first, std::size_t envelope) {
     const std::string name = std::string("A") + axis + " = ";
-    const float middle = height.ascent + row.top + lineHeight / 2;
+    const float middle = height.ascent + kEnvelopeTops[envelope] + lineHeight / 2;
     const float env = kFormulaColumn + Width(name);
     const float open = env + Width("Env");
     Put(name, kFormulaColumn, middle);
-    Put("Env", env, middle, row.color);
+    Put("Env", env, middle, envelope);
     Put(" * (", open, middle);
     PutGap(first, open + Width(" * ("), middle, kCoefficient);
-    PutSum(first, row.top, true);
+    PutSum(first, kEnvelopeTops[envelope], true);
 }
 
 /// The lines of a block below its first: + [1] * Vel, + [2] * Key, + [3] * Ctl [4].
@@ -204,10 +195,11 @@ void FormulaPanel::Draw(BView& view) const {
     view.SetFont(&font, B_FONT_ALL);
     view.SetLowColor(view.ViewColor());
     for (const Text& piece : texts) {
-        view.SetHighColor(piece.color);
+        view.SetHighColor(piece.envelope ? Colors().envelopes[*piece.envelope]
+                                         : Colors().quietText);
         view.DrawString(piece.text, piece.baseline);
     }
-    view.SetHighColor(kTextColor);
+    view.SetHighColor(Colors().quietText);
     for (const Bar& bar : bars)
         view.StrokeLine(bar.from, bar.to);
 }

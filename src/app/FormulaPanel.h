@@ -4,9 +4,10 @@
 
 #include "app/FieldId.h"
 #include "kits/interface/Font.h"
-#include "kits/interface/InterfaceDefs.h"
 #include "kits/support/Geometry.h"
 
+#include <cstddef>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -16,13 +17,8 @@ class BView;
 
 namespace vexa {
 
-/// Tops of the blocks of dCx/dt, dCy/dt, Ax and Ay, which are those of their envelopes' editors,
-/// and the colours of the envelopes' lines.
-struct EnvelopeRow {
-    float top;
-    rgb_color color;
-};
-std::span<const EnvelopeRow, 4> EnvelopeRows();
+/// Tops of the blocks of dCx/dt, dCy/dt, Ax and Ay, which are those of their envelopes' editors.
+std::span<const float, 4> EnvelopeTops();
 
 /// The fixed text of the main view, placed by the measures of the panel font. Positions are in view
 /// coordinates. A value type; window thread.
@@ -35,7 +31,8 @@ class FormulaPanel {
         std::string text;
         /// The left end of the baseline.
         BPoint baseline;
-        rgb_color color;
+        /// The envelope in whose colour it is, if it is in one's.
+        std::optional<std::size_t> envelope;
     };
     /// A fraction bar.
     struct Bar {
@@ -78,11 +75,11 @@ class FormulaPanel {
 
   private:
     float Width(std::string_view text) const { return font.StringWidth(text); }
-    void Put(std::string_view text, float x, float baseline, rgb_color color);
-    void Put(std::string_view text, float x, float baseline);
+    void Put(std::string_view text, float x, float baseline,
+             std::optional<std::size_t> envelope = std::nullopt);
     void PutGap(FieldId field, float x, float baseline, float width);
-    void PutDriftBlock(char axis, ParameterId first, const EnvelopeRow& row);
-    void PutRadiusBlock(char axis, ParameterId first, const EnvelopeRow& row);
+    void PutDriftBlock(char axis, ParameterId first, std::size_t envelope);
+    void PutRadiusBlock(char axis, ParameterId first, std::size_t envelope);
     void PutSum(ParameterId first, float top, bool closed);
     void PutOrbitLine(char axis, ParameterId ratio, ParameterId start, float baseline);
     void PutPlaneControls();

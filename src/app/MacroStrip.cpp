@@ -5,6 +5,7 @@
 #include "documents/NumberDoubt.h"
 #include "kits/interface/Slider.h"
 #include "kits/support/NumberText.h"
+#include "views/Theme.h"
 
 #include <algorithm>
 #include <cmath>
@@ -16,11 +17,6 @@ namespace {
 constexpr uint32 kValueCode = FourCC("MacV");
 constexpr uint32 kSliderCode = FourCC("MacS");
 constexpr uint32 kControllerCode = FourCC("MacC");
-
-constexpr rgb_color kStripColor = {204, 204, 204};
-constexpr rgb_color kEdgeColor = {180, 180, 180};
-constexpr rgb_color kTextColor = {80, 80, 80};
-constexpr rgb_color kDimColor = {150, 150, 150};
 
 // In pixels.
 
@@ -72,7 +68,7 @@ MacroStrip::MacroStrip(float left, float top, float right, VexaView& mainView)
     : BView({left, top, right, top + PreferredHeight()}, "Macros", B_FOLLOW_LEFT_RIGHT,
             B_WILL_DRAW | B_PULSE_NEEDED),
       mainView(mainView) {
-    SetViewColor(kStripColor);
+    ColorsChanged();
     const BFont font = LabelFont();
     SetFont(&font);
     const float room = (right - left - 2 * kMargin) / kMacros;
@@ -81,6 +77,10 @@ MacroStrip::MacroStrip(float left, float top, float right, VexaView& mainView)
         AddCell(i, kMargin + float(i) * (CellWidth() + slider), slider);
     ShowUse();
     ShowValues();
+}
+
+void MacroStrip::ColorsChanged() {
+    SetViewColor(Colors().panel);
 }
 
 float MacroStrip::PreferredHeight() {
@@ -214,11 +214,11 @@ void MacroStrip::MessageReceived(BMessage* message) {
 }
 
 void MacroStrip::Draw(BRect) {
-    SetHighColor(kEdgeColor);
+    SetHighColor(Colors().edge);
     StrokeLine({0, 0}, {Bounds().right, 0});
     for (std::size_t i = 0; i < kMacros; i++) {
         const Cell& cell = cells[i];
-        SetHighColor(cell.used ? kTextColor : kDimColor);
+        SetHighColor(cell.used ? Colors().quietText : Colors().dimText);
         DrawString(Label(i), {cell.left, baseline});
         DrawString(kControllerLabel,
                    {cell.controller->Frame().left - ControllerLabelWidth(), baseline});

@@ -32,6 +32,7 @@ class MacroStrip : public BView {
 
     /// Shows what loading, controllers and typing have changed.
     void Pulse() override;
+    void ColorsChanged() override;
     void Draw(BRect update) override;
     void MessageReceived(BMessage* message) override;
 

@@ -29,7 +29,9 @@ void Choose(BMenu& menu, uint32 code) {
 
 VexaApplication::VexaApplication(const AppOptions& options, const kits::ProgramFolders& folders,
                                  const Tuning& tuning, kits::Recording* recording)
-    : BApplication(kSignature), window(new VexaWindow(kFrame, folders, !options.sound)) {
+    : BApplication(kSignature),
+      window(new VexaWindow(kFrame, folders,
+                            {.withDefaultSound = !options.sound, .classic = options.classic})) {
     VexaView& view = window->MainView();
     view.Playing().consumer.SetTuning(tuning);
     if (options.mpe)
@@ -55,7 +57,8 @@ VexaApplication::VexaApplication(const AppOptions& options, const kits::ProgramF
 
 VexaApplication::VexaApplication(const kits::ProgramFolders& folders, Attachment& plugin,
                                  std::optional<uint32> into)
-    : BApplication(kSignature), window(new VexaWindow(kFrame, folders, false, &plugin)) {
+    : BApplication(kSignature),
+      window(new VexaWindow(kFrame, folders, {.withDefaultSound = false, .plugin = &plugin})) {
     if (into)
         window->EmbedInto(*into);
     window->Show();

@@ -3,9 +3,11 @@
 #pragma once
 
 #include "app/ComputerKeyboard.h"
+#include "app/ControllerLearn.h"
 #include "app/FieldId.h"
 #include "app/FormulaPanel.h"
 #include "app/MessageCodes.h"
+#include "app/NumberStep.h"
 #include "audio/AudioGraph.h"
 #include "instrument/Instrument.h"
 #include "instrument/PlaneFollower.h"
@@ -44,16 +46,17 @@ class R2RFView;
 /// controller are written by the MIDI and the media thread.
 class VexaView : public BView {
   public:
-    /// `folders` are where documents and samples are found and saved. Builds the view and starts
-    /// the audio graph; failures are shown by alerts and leave the rest working. Where there is a
-    /// `plugin`, which outlives the view, it is that which plays: there is no graph, the view shows
-    /// the plug-in's sound and notes, and what is done here is done there.
+    /// `folders` are where documents, samples and pictures are found and saved. Builds the view and
+    /// starts the audio graph; failures are shown by alerts and leave the rest working. Where there
+    /// is a `plugin`, which outlives the view, it is that which plays: there is no graph, the view
+    /// shows the plug-in's sound and notes, and what is done here is done there.
     VexaView(BRect frame, const char* name, const kits::ProgramFolders& folders,
              Attachment* plugin = nullptr);
     ~VexaView() override;
 
     void Draw(BRect update) override;
     void Pulse() override;
+    void ColorsChanged() override;
     /// As AudioGraph::Record.
     void Record(kits::Recording* recording) { graph->Record(recording); }
 
@@ -71,8 +74,8 @@ class VexaView : public BView {
     /// "sounds/default.xml". One that is not there is told on standard error only.
     void LoadDefaultSound();
     bool LoadSound(const std::filesystem::path& path);
-    /// Loads a sound, a function or a sample, whichever the file is. Asks before another sound
-    /// takes the place of one that has changed.
+    /// Loads a sound, a function, a sample or a picture, whichever the file is. Asks before another
+    /// sound takes the place of one that has changed.
     void Open(const std::filesystem::path& path);
     bool LoadFunction(const std::filesystem::path& path);
     /// Into the folder sounds or functions, under a plain file name.
@@ -91,6 +94,8 @@ class VexaView : public BView {
     /// audio device, or for how many voices of the function on the plane there is time where those
     /// are fewer than may be chosen.
     std::string Caption() const;
+    const std::string& SoundName() const { return soundName; }
+    const kits::ProgramFolders& Folders() const { return folders; }
 
     /// As Instrument::Prefer.
     void Prefer(const PlayingTexts& choices) { instrument.Prefer(choices); }
@@ -109,6 +114,8 @@ class VexaView : public BView {
     bool Compiling() const { return instrument.Compiling(); }
     /// Winds a sound file onto the plane; false, with an alert, where that fails.
     bool LoadSample(const char* path);
+    /// Lays the brightness of a picture file on the plane; false, with an alert, where that fails.
+    bool LoadPicture(const char* path);
 
     // MIDI.
 
@@ -138,6 +145,8 @@ class VexaView : public BView {
     BMenu& VoicesMenu() { return *voicesMenu; }
     BMenu& ChannelMenu() { return *channelMenu; }
     BMenu& DeviceMenu() { return *deviceMenu; }
+    /// Not where a plug-in plays.
+    bool HasGraph() const { return graph != nullptr; }
     AudioGraph& Graph() { return *graph; }
     Instrument& Played() { return instrument; }
     /// What the plane shows: what plays, or what is being typed.
@@ -148,7 +157,9 @@ class VexaView : public BView {
     const FormulaPanel& Formulas() const { return formulas; }
     /// What nobody would expect of what is saved at this moment; empty if there is nothing.
     std::string SavingRemark() const;
-    bool SampleMode() const { return instrument.State().function.kind == FunctionKind::Sample; }
+    /// Of the function that would be saved.
+    FunctionKind Kind() const { return instrument.State().function.kind; }
+    bool SampleMode() const { return Kind() == FunctionKind::Sample; }
     const std::string& SoundAuthor() const { return instrument.State().author; }
     const std::string& FunctionAuthor() const { return instrument.State().function.author; }
 
@@ -162,6 +173,7 @@ class VexaView : public BView {
     void AddField(FieldId id, std::string_view name, std::string_view text, uint32 code,
                   BRect frame);
     void AddField(FunctionField id, BRect frame);
+    void MakeTurn(FieldId id, std::string_view reset, const NumberRange& range);
     void AddHint();
     void StartGraph();
     void ShowSound();
@@ -173,6 +185,7 @@ class VexaView : public BView {
     void WatchPlugin();
     static void Leave();
     void FollowMacros();
+    void LearnController();
 
     // Messages.
     bool TakeParameter(uint32 code);
@@ -233,7 +246,7 @@ class VexaView : public BView {
     /// What saving the sound is to be followed by, if anything.
     std::function<void()> afterSaving;
     /// There is no file of that name: nothing sounds, and the name is all that can be saved.
-    bool sampleMissing = false;
+    bool fileMissing = false;
     /// The field has an expression that is not installed, as it is wrong, and why.
     bool expressionWrong = false;
     std::string refusal;
@@ -252,6 +265,13 @@ class VexaView : public BView {
     std::optional<std::size_t> faultPlace;
     int pulsesOfRest = 0;
 
+    /// The field that has the keyboard, and the controllers when it got that.
+    struct Learning {
+        FieldId field;
+        ControllerLearn from;
+    };
+    std::optional<Learning> learning;
+
     FormulaPanel formulas;
 
     // Views, which go with this one.
@@ -262,6 +282,7 @@ class VexaView : public BView {
     BMenu* voicesMenu = nullptr;
     BMenu* channelMenu = nullptr;
     BMenu* deviceMenu = nullptr;
+    std::vector<BView*> menuBars;
 
     ComputerKeyboard keyboard;
     /// The source that the user wants, and the number of the one that is connected (0 for none).

@@ -5,10 +5,12 @@
 #include "app/MacroStrip.h"
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
+#include "app/bar/BarView.h"
 #include "kits/interface/Application.h"
-#include "kits/interface/Control.h"
+#include "kits/interface/ScrollView.h"
 #include "kits/translation/TranslationUtils.h"
 #include "views/BitmapBarView.h"
+#include "views/Theme.h"
 
 #include <algorithm>
 #include <iterator>
@@ -20,15 +22,14 @@ namespace {
 /// Ten pulses a second move the orbits.
 constexpr bigtime_t kPulseRate = 100000;
 constexpr float kWidest = 10000;
+/// Of the window, whose main view scrolls then, in pixels.
+constexpr float kLeastWidth = 480;
+constexpr float kLeastHeight = 240;
 
 constexpr float kMainTop = 41;
 
-// The button in the logo bar, in pixels.
-
-constexpr float kSilenceGap = 12;
-constexpr float kSilenceWidth = 59;
-constexpr float kSilenceTop = 13;
-constexpr float kSilenceHeight = 20;
+/// Between the logo bar's pictures and what stands between them, in pixels.
+constexpr float kBarGap = 6;
 
 /// Whether the code is one of a control of the main view.
 bool IsCommand(uint32 code) {
@@ -46,20 +47,35 @@ bool IsCommand(uint32 code) {
            std::ranges::any_of(Parameters(), isRow) || std::ranges::any_of(FunctionFields(), isRow);
 }
 
-/// A frame that has room for them below.
-BRect WithMacros(BRect frame) {
-    frame.bottom += MacroStrip::PreferredHeight() + 1;
-    return frame;
-}
-
 } // namespace
 
-VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders, bool withDefaultSound,
-                       Attachment* plugin)
-    : BWindow(WithMacros(frame), "Vexa", B_TITLED_WINDOW, B_NOT_ZOOMABLE | B_NOT_V_RESIZABLE,
-              B_CURRENT_WORKSPACE),
-      attached(plugin != nullptr) {
+VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders,
+                       const WindowChoices& choices)
+    : BWindow(frame, "Vexa", B_TITLED_WINDOW, B_NOT_ZOOMABLE, B_CURRENT_WORKSPACE),
+      attached(choices.plugin != nullptr),
+      mainHeight(frame.Height()),
+      classic(choices.classic) {
     SetPulseRate(kPulseRate);
+    ApplyColors();
+    AddBar();
+    mainView = new VexaView({0, kMainTop, frame.Width(), frame.Height()}, "VexaView", folders,
+                            choices.plugin);
+    mainPane = new BScrollView(mainView->Frame(), "main pane");
+    AddChild(mainPane);
+    mainPane->SetTarget(mainView, mainView->PreferredWidth(), mainView->Frame().Height());
+    const BRect logo = logoBar->Bounds();
+    bar = new BarView({barLeft, 2, logo.right - barRight, logo.bottom - 5}, *mainView);
+    logoBar->AddChild(bar);
+    strip.view = new MacroStrip(0, frame.Height() + 1, frame.Width(), *mainView);
+    strip.room = MacroStrip::PreferredHeight() + 1;
+    AddChild(strip.view);
+    FoldWhatDoesNotFit();
+    Fit(frame.Width());
+    if (choices.withDefaultSound && !attached)
+        mainView->LoadDefaultSound();
+}
+
+void VexaWindow::AddBar() {
     BBitmap* left = BTranslationUtils::GetBitmap("orvo.png");
     BBitmap* middle = BTranslationUtils::GetBitmap("orvobar.png");
     BBitmap* right = BTranslationUtils::GetBitmap("vexa.png");
@@ -69,21 +85,111 @@ VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders, bool wi
     logoBar = new BitmapBarView(left, middle, right, bar, "orvo logo", B_FOLLOW_LEFT_RIGHT,
                                 B_WILL_DRAW | B_FRAME_EVENTS);
     AddChild(logoBar);
-    const float end = bar.Width() - (right ? right->Bounds().Width() : 0) - kSilenceGap;
-    auto* silence = new BButton(
-        {end - kSilenceWidth, kSilenceTop, end, kSilenceTop + kSilenceHeight}, "Silence", "Silence",
-        new BMessage(kSilenceCode), B_FOLLOW_RIGHT | B_FOLLOW_TOP);
-    silence->SetToolTip("Ends all that sounds, at once (Esc)");
-    logoBar->AddChild(silence);
-    mainView =
-        new VexaView({0, kMainTop, frame.Width(), frame.Height()}, "VexaView", folders, plugin);
-    AddChild(mainView);
-    AddChild(new MacroStrip(0, frame.Height() + 1, frame.Width(), *mainView));
-    const float needed = std::max(mainView->PreferredWidth(), MacroStrip::LeastWidth());
-    SetSizeLimits(needed, kWidest, Bounds().Height(), Bounds().Height());
-    ResizeTo(std::max(frame.Width(), needed), Bounds().Height());
-    if (withDefaultSound && !attached)
-        mainView->LoadDefaultSound();
+    barLeft = (left ? left->Bounds().Width() : 0) + kBarGap;
+    barRight = (right ? right->Bounds().Width() : 0) + kBarGap;
+}
+
+/// That no part needs more of.
+float VexaWindow::NeededWidth() const {
+    const float beside = RoomOf(drawer);
+    const float strips = Takes(strip) ? MacroStrip::LeastWidth() : 0;
+    return std::max(beside + mainView->PreferredWidth(), strips);
+}
+
+float VexaWindow::FullHeight() const {
+    return mainHeight + RoomOf(strip);
+}
+
+/// Gives the window the size that its parts take, with a main view of that width, or wider where
+/// that is too narrow, as far as the screen has room.
+void VexaWindow::Fit(float mainWidth) {
+    const BRect room = Room();
+    const float height = std::min(FullHeight(), room.Height());
+    const float needed = std::min(NeededWidth(), room.Width());
+    SetSizeLimits(std::min(needed, kLeastWidth), kWidest, std::min(height, kLeastHeight),
+                  FullHeight());
+    const float width = std::clamp(RoomOf(drawer) + mainWidth, needed, room.Width());
+    ResizeTo(width, height);
+    const BPoint place = {std::clamp(Frame().left, room.left, room.right - width),
+                          std::clamp(Frame().top, room.top, room.bottom - height)};
+    if (place != Frame().LeftTop())
+        MoveTo(place.x, place.y);
+    Arrange();
+}
+
+/// Puts the parts where they belong in the window as it is.
+void VexaWindow::Arrange() {
+    const BRect bounds = Bounds();
+    const float left = RoomOf(drawer);
+    const float bottom = bounds.bottom - RoomOf(strip);
+    const auto place = [](BView& view, float x, float y, float width, float height) {
+        view.MoveTo(x, y);
+        view.ResizeTo(width, height);
+    };
+    place(*mainPane, left, kMainTop, bounds.right - left, bottom - kMainTop);
+    for (const Pane* pane : {&drawer, &strip}) {
+        if (pane->view && Takes(*pane) == pane->view->IsHidden())
+            Takes(*pane) ? pane->view->Show() : pane->view->Hide();
+    }
+    if (drawer.view)
+        place(*drawer.view, 0, kMainTop, drawer.room - 1, bottom - kMainTop);
+    if (strip.view)
+        place(*strip.view, 0, bottom + 1, bounds.right, strip.room - 1);
+    if (classic != bar->IsHidden())
+        classic ? bar->Hide() : bar->Show();
+}
+
+/// Hides what leaves the main view too little of the screen.
+void VexaWindow::FoldWhatDoesNotFit() {
+    const BRect room = Room();
+    if (Takes(strip) && FullHeight() > room.Height())
+        strip.wanted = false;
+    if (Takes(drawer) && NeededWidth() > room.Width())
+        drawer.wanted = false;
+}
+
+void VexaWindow::FrameResized(float, float) {
+    if (mainView)
+        Arrange();
+}
+
+void VexaWindow::ShowPart(Part part, bool show) {
+    const float width = mainPane->Frame().Width();
+    PaneOf(part).wanted = show;
+    Fit(width);
+}
+
+bool VexaWindow::IsShown(Part part) const {
+    return Takes(PaneOf(part));
+}
+
+void VexaWindow::ApplyColors() {
+    ChooseColors(classic ? ColorSet::Classic : dark ? ColorSet::Dark : ColorSet::Light);
+    ColorsChanged();
+}
+
+void VexaWindow::SetClassic(bool on) {
+    const float width = mainPane->Frame().Width();
+    classic = on;
+    ApplyColors();
+    Fit(width);
+}
+
+void VexaWindow::SetDark(bool on) {
+    dark = on;
+    ApplyColors();
+}
+
+bool VexaWindow::TakeShortcut(const kits::KeyPress& press) {
+    if (press.key == kits::Key::F9 && !classic) {
+        ShowPart(Part::Drawer, !IsShown(Part::Drawer));
+        return true;
+    }
+    if (press.key == kits::Key::F10 && !classic) {
+        ShowPart(Part::Strip, !IsShown(Part::Strip));
+        return true;
+    }
+    return false;
 }
 
 void VexaWindow::MessageReceived(BMessage* message) {
@@ -107,7 +213,7 @@ void VexaWindow::MessageReceived(BMessage* message) {
         break;
     case B_PULSE:
         mainView->WatchSound();
-        logoBar->SetCaption(mainView->Caption());
+        bar->Refresh();
         break;
     default:
         if (IsCommand(message->what))

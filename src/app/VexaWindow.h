@@ -1,36 +1,95 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The main window: the logo bar, the main view and the macros.
+// The main window and its parts.
 #pragma once
 
 #include "kits/interface/Window.h"
 #include "kits/storage/ProgramFolder.h"
 
+class BScrollView;
+
 namespace vexa {
 
 class Attachment;
+class BarView;
 class BitmapBarView;
 class VexaView;
 
-/// Can be made wider, not taller. Closing it ends the program. Window thread.
+/// How the window begins.
+struct WindowChoices {
+    /// The file "default" is loaded; else the caller does what there is to do.
+    bool withDefaultSound = true;
+    /// Where it is a plug-in that plays, as VexaView.
+    Attachment* plugin = nullptr;
+    /// The logo bar and the main view alone.
+    bool classic = false;
+};
+
+/// The logo bar, below it the drawer at the left and the main view, below these the strip; drawer
+/// and strip can be hidden. Can be made wider, not taller, and smaller: then the main view scrolls.
+/// Closing it ends the program. Window thread.
 class VexaWindow : public BWindow {
   public:
-    /// The frame is that of the logo bar and the main view: the window is higher by the macros, and
-    /// wider where a font needs it. Has the default sound, unless told to leave that
-    /// to the caller, or that of the plug-in, as VexaView. Not shown yet.
-    VexaWindow(BRect frame, const kits::ProgramFolders& folders, bool withDefaultSound = true,
-               Attachment* plugin = nullptr);
+    /// The frame is that of the logo bar and the main view: with the other parts the window is
+    /// larger, and wider where a font needs it; what does not fit on the screen is hidden or
+    /// scrolls. Not shown yet.
+    VexaWindow(BRect frame, const kits::ProgramFolders& folders, const WindowChoices& choices = {});
 
     VexaView& MainView() { return *mainView; }
+    BarView& Bar() { return *bar; }
+
+    /// The parts that can be hidden; the window becomes smaller or larger by them.
+    enum class Part { Drawer, Strip };
+    void ShowPart(Part part, bool show);
+    bool IsShown(Part part) const;
+
+    /// The logo bar and the main view alone, in their first colours, with one-pixel lines.
+    void SetClassic(bool on);
+    bool IsClassic() const { return classic; }
+    /// Dark or light colours, where it is not classic.
+    void SetDark(bool on);
 
     void MessageReceived(BMessage* message) override;
+    bool TakeShortcut(const kits::KeyPress& press) override;
+    void FrameResized(float width, float height) override;
     bool QuitRequested() override;
 
   private:
+    /// What can be hidden, and the room that it takes: of the window's width or height.
+    struct Pane {
+        BView* view = nullptr;
+        float room = 0;
+        bool wanted = true;
+    };
+
+    Pane& PaneOf(Part part) { return part == Part::Drawer ? drawer : strip; }
+    const Pane& PaneOf(Part part) const { return part == Part::Drawer ? drawer : strip; }
+    bool Takes(const Pane& pane) const { return pane.view && pane.wanted && !classic; }
+    float RoomOf(const Pane& pane) const { return Takes(pane) ? pane.room : 0; }
+    void AddBar();
+    float NeededWidth() const;
+    float FullHeight() const;
+    void Fit(float mainWidth);
+    void Arrange();
+    void FoldWhatDoesNotFit();
+    void ApplyColors();
+
     /// A plug-in has the sound, whatever becomes of the window.
     const bool attached;
+    /// Of the main view, with the logo bar.
+    const float mainHeight;
+    bool classic;
+    bool dark = false;
     BitmapBarView* logoBar = nullptr;
+    /// What the logo bar holds beside its pictures, and the width of these.
+    BarView* bar = nullptr;
+    float barLeft = 0;
+    float barRight = 0;
     /// Null while it is being built, which may take an alert.
     VexaView* mainView = nullptr;
+    /// Shows it where the window is too small for all of it.
+    BScrollView* mainPane = nullptr;
+    Pane drawer;
+    Pane strip;
 };
 
 } // namespace vexa

@@ -66,16 +66,24 @@ kits::Error Failure(const std::filesystem::path& path, const std::string& reason
     return {"could not load sample " + path.string() + ": " + reason};
 }
 
-kits::Result<LoadedSample> Load(const std::filesystem::path& path) {
+/// The sound file, and where it is.
+kits::Result<std::unique_ptr<BMediaFile>> Open(const std::filesystem::path& path, BPath& fullPath) {
     const BEntry entry(path.c_str(), false);
-    BPath fullPath;
     entry_ref ref;
     if (entry.GetPath(&fullPath) != B_OK || entry.GetRef(&ref) != B_OK)
         return Failure(path, "there is no such folder");
-    BMediaFile file(&ref);
-    if (file.InitCheck() != B_OK)
-        return kits::Error{file.Fault()};
-    BMediaTrack* const track = file.TrackAt(0);
+    auto file = std::make_unique<BMediaFile>(&ref);
+    if (file->InitCheck() != B_OK)
+        return kits::Error{file->Fault()};
+    return file;
+}
+
+kits::Result<LoadedSample> Load(const std::filesystem::path& path) {
+    BPath fullPath;
+    const kits::Result<std::unique_ptr<BMediaFile>> file = Open(path, fullPath);
+    if (!file)
+        return file.Fault();
+    BMediaTrack* const track = (*file)->TrackAt(0);
 
     media_format format;
     format.type = B_MEDIA_RAW_AUDIO;
@@ -90,7 +98,7 @@ kits::Result<LoadedSample> Load(const std::filesystem::path& path) {
     if (track->CountFrames() > static_cast<int64>(kLongestSample))
         return tooLong();
     std::vector<float> frames = ReadTrack(*track, format);
-    file.ReleaseAllTracks();
+    (*file)->ReleaseAllTracks();
     if (frames.empty())
         return Failure(path, "it contains no sound");
     if (frames.size() > kLongestSample)
@@ -129,6 +137,12 @@ void SampleSpiral::Evaluate(const float* x, const float* y, const float* const*,
     loops.Values(Turns(*sample, winding), x, y, values, count);
 }
 
+kits::Result<int64> SampleLength(const std::filesystem::path& path) {
+    BPath fullPath;
+    const kits::Result<std::unique_ptr<BMediaFile>> file = Open(path, fullPath);
+    return file ? kits::Result<int64>((*file)->TrackAt(0)->CountFrames()) : file.Fault();
+}
+
 kits::Result<LoadedSample> LoadSample(const std::filesystem::path& path) {
     try {
         return Load(path);
@@ -146,19 +160,6 @@ std::optional<Winding> WindingFor(std::size_t frames, float frameRate, double fr
     if (!std::isnormal(winding.T) || !std::isnormal(winding.alphap) || winding.T < 0)
         return std::nullopt;
     return winding;
-}
-
-std::string SampleFileName(const std::string& path, const kits::ProgramFolders& folders) {
-    BPath file;
-    BPath folder;
-    if (BEntry(path.c_str()).GetPath(&file) != B_OK || file.GetParent(&folder) != B_OK)
-        return path;
-    const std::filesystem::path found = folders.Find("samples", file.Leaf());
-    BPath samplesFolder;
-    if (BEntry(found.parent_path().c_str(), true).GetPath(&samplesFolder) == B_OK &&
-        folder == samplesFolder)
-        return file.Leaf();
-    return file.Path();
 }
 
 } // namespace vexa

@@ -9,12 +9,6 @@
 
 namespace vexa {
 
-namespace {
-
-constexpr NoteMoment kNoNote{0.8F, 60.0F / 127, 0};
-
-} // namespace
-
 std::optional<NoteMoment> NewestNote(const VoiceTable& voices) {
     std::optional<NoteMoment> newest;
     double least = std::numeric_limits<double>::infinity();
@@ -42,7 +36,7 @@ std::optional<PlaneFunction> PlaneFollower::Next() {
     const std::span<const FunctionInput> heard = f.Source().Inputs();
     if (heard.empty())
         return std::exchange(changed, false) ? std::optional(f) : std::nullopt;
-    const NoteMoment note = NewestNote(records.voices).value_or(kNoNote);
+    const NoteMoment note = NewestNote(records.voices).value_or(kShownNote);
     const OwnControllers own(records.playing, records.macros);
     std::array<float, kMostInputs> next =
         InputsOf(f.Source(), note, records.macros, records.controllers, own);

@@ -11,6 +11,9 @@
 
 namespace vexa {
 
+/// The note that is shown where none sounds.
+inline constexpr NoteMoment kShownNote{0.8F, 60.0F / 127, 0};
+
 /// The note of those that sound which has begun last; nothing where none sounds. Any thread.
 std::optional<NoteMoment> NewestNote(const VoiceTable& voices);
 

@@ -1,13 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "views/BitmapBarView.h"
 
-#include <cmath>
-
 namespace vexa {
 
 namespace {
-
-constexpr rgb_color kCaptionColor = {230, 230, 230};
 
 float WidthOf(const std::unique_ptr<BBitmap>& bitmap) {
     return bitmap ? bitmap->Bounds().Width() : 0;
@@ -34,19 +30,6 @@ void BitmapBarView::Draw(BRect) {
     // Last, so that it covers the middle image's last column.
     DrawBitmap(rightBitmap.get(),
                {bounds.right - rightWidth, bounds.top, bounds.right, bounds.bottom});
-    font_height height;
-    GetFontHeight(&height);
-    const float middle = (leftWidth + bounds.right - rightWidth) / 2;
-    SetHighColor(kCaptionColor);
-    DrawString(caption, {std::floor(middle - StringWidth(caption) / 2),
-                         std::floor((bounds.top + bounds.bottom + height.ascent) / 2)});
-}
-
-void BitmapBarView::SetCaption(const std::string& next) {
-    if (next == caption)
-        return;
-    caption = next;
-    Invalidate();
 }
 
 void BitmapBarView::FrameResized(float, float) {

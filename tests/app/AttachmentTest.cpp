@@ -43,7 +43,7 @@ TEST_F(AttachedView, ShowsWhatPlaysSendsWhatIsDoneAndNothingElse) {
     sound.envelopes[2] = {{0, false, 0.5F}, {1, true, 0}};
     bool taken = false;
     instrument.Restore(SoundText(sound), "", taken);
-    window = new VexaWindow({64, 100, 999, 610}, folders, true, plugin.get());
+    window = new VexaWindow({64, 100, 999, 610}, folders, {.plugin = plugin.get()});
     view = &window->MainView();
     window->Show();
     GoOn();

@@ -42,7 +42,8 @@ class MainViewTest : public testing::Test {
 
     /// Opens the window and lets it settle. What is alerted meanwhile is forgotten.
     void Open(bool withDefaultSound = true) {
-        window = new vexa::VexaWindow({64, 100, 999, 610}, folders, withDefaultSound);
+        window = new vexa::VexaWindow({64, 100, 999, 610}, folders,
+                                      {.withDefaultSound = withDefaultSound});
         view = &window->MainView();
         window->Show();
         window->Activate();

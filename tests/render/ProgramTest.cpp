@@ -5,6 +5,7 @@
 #include "support/Environment.h"
 #include "support/Limits.h"
 #include "support/MidiFiles.h"
+#include "support/Pictures.h"
 #include "support/SoundFiles.h"
 #include "support/Sounds.h"
 #include "support/Spectrum.h"
@@ -69,7 +70,7 @@ class RenderProgram : public testing::Test {
 TEST_F(RenderProgram, RendersTheDemoTuneInLittleMemory) {
     const CommandResult result = Run({kDemo, Path("demo.flac")});
     EXPECT_EQ(result.exitCode, 0);
-    EXPECT_THAT(result.text, HasSubstr("750 notes"));
+    EXPECT_THAT(result.text, HasSubstr("899 notes"));
     EXPECT_EQ(folder.Count(), 1U);
     if (!test::kSanitized) {
         EXPECT_LT(result.memory, 40'000'000);
@@ -202,6 +203,32 @@ TEST_F(RenderProgram, ASampleCanReplaceTheFunction) {
     ExpectFailure({OneNote(), Path("b.wav"), "--sample-frequency", "220"}, "--sample-frequency", 2);
 }
 
+/// The documents' names differ from the files' by a folder "pictures" only.
+TEST_F(RenderProgram, APictureCanReplaceTheFunctionOrBeTheSounds) {
+    // Columns of black and white.
+    std::vector<png_byte> pixels(64 * 64);
+    for (std::size_t i = 0; i < pixels.size(); i++)
+        pixels[i] = i % 64 / 4 % 2 ? 255 : 0;
+    const std::string picture = folder.Write("pictures/bars.png", test::Png(64, 64, {}, pixels));
+    const CommandResult result = Run({OneNote(), Path("a.wav"), "--picture", picture});
+    EXPECT_EQ(result.exitCode, 0) << result.text;
+    EXPECT_GT(test::Peak(Samples(Path("a.wav"))), 0.01F);
+    std::string text = Contents(VEXA_PROGRAM_FOLDER "/sounds/default.xml");
+    const std::size_t begin = text.find("<vexafunction>");
+    const std::size_t end = text.find("</vexafunction>") + 15;
+    text.replace(begin, end - begin,
+                 "<vexapicturefunction><picturefile>" + picture +
+                     "</picturefile></vexapicturefunction>");
+    folder.Write("sound.xml", text);
+    EXPECT_EQ(Run({OneNote(), Path("b.wav"), "--sound", Path("sound.xml")}).exitCode, 0);
+    EXPECT_EQ(Contents(Path("b.wav")), Contents(Path("a.wav")));
+    folder.Write("pictures/bars.png", "GIF89a");
+    ExpectFailure({OneNote(), Path("c.wav"), "--sound", Path("sound.xml")},
+                  "bars.png: it is neither PNG nor JPEG");
+    for (const char* other : {"--function=x", "--sample=a.wav", "--sample-frequency=1"})
+        ExpectFailure({OneNote(), Path("c.wav"), "--picture", picture, other}, "exclude", 2);
+}
+
 TEST_F(RenderProgram, MacrosAreTheSoundsOrTheCommandLines) {
     const std::string sound = folder.Path() / "sound.xml";
     std::string text = Contents(VEXA_PROGRAM_FOLDER "/sounds/default.xml");
@@ -249,11 +276,23 @@ TEST_F(RenderProgram, BadInputIsNamedAndNothingIsLost) {
     ExpectFailure({good, Path("out.mp3")}, "out.mp3", 2);
     ExpectFailure({good, "/none/out.wav"}, "/none/out.wav");
     ExpectFailure({good, out, "--sound", Path("none.xml")}, "none.xml");
+    ExpectFailure({good, out, "--channel-sound", "2=none"},
+                  "--channel-sound 2=none: there is no file none");
+    ExpectFailure({good, out, "--channel-sound", "2=bell", "--mpe"}, "exclude each other", 2);
     const std::string empty = folder.Write("empty.xml", "").string();
     ExpectFailure({good, out, "--sound", empty}, "empty.xml");
     const std::string foo = folder.Write("foo.xml", "<foo><a/></foo>").string();
     ExpectFailure({good, out, "--sound", foo},
                   "foo.xml:1:1: This is not a valid sound. (expected an element <vexafunction>");
+    const std::string bad =
+        folder
+            .Write("bad.xml", "<vexasound><vexafunction><expression>x+</expression>"
+                              "</vexafunction></vexasound>")
+            .string();
+    ExpectFailure({good, out, "--channel-sound", "2=" + bad},
+                  "--channel-sound 2=" + bad + ": There was an error while trying to compile");
+    EXPECT_THAT(Run({good, Path("on1.wav"), "--channel-sound", "2=bell"}).text,
+                HasSubstr("warning: --channel-sound 2=bell: there is no note on that channel"));
     ExpectFailure({good, out, "--sound", "/dev/random"}, "/dev/random: it is a device, not a file");
     ExpectFailure({good, out, "--function", "x % 2.5"},
                   "There was an error while trying to compile");

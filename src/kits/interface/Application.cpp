@@ -5,6 +5,7 @@
 #include "kits/application/MessageQueue.h"
 #include "kits/interface/Alert.h"
 #include "kits/interface/Window.h"
+#include "kits/interface/backends/AccessibleView.h"
 #include "kits/interface/backends/Appearance.h"
 #include "kits/interface/backends/WindowWidget.h"
 #include "kits/storage/ProgramFolder.h"
@@ -70,7 +71,7 @@ bool XAnswers() {
 
 Result<void> FindDisplay() {
     const std::string platform = Environment("QT_QPA_PLATFORM");
-    if (platform == "offscreen" || platform == "minimal")
+    if (platform.starts_with("offscreen") || platform == "minimal")
         return {};
     const std::string display = Environment("DISPLAY");
     if ((platform != kXPlatform && WaylandAnswers()) || (!display.empty() && XAnswers()))
@@ -125,7 +126,8 @@ class Toolkit {
   public:
     Toolkit() : application(count, arguments) {
         application.setQuitOnLastWindowClosed(false);
-        SetAppearance(application);
+        SetAppearance();
+        DescribeViews();
         const std::string name = ProgramFile().stem();
         QApplication::setWindowIcon(
             QIcon(QString::fromStdString(ContentFolder() / (name + "-icon.png"))));

@@ -4,6 +4,8 @@
 
 #include "kits/support/SupportDefs.h"
 
+#include <string>
+
 struct rgb_color {
     uint8 red = 0;
     uint8 green = 0;
@@ -37,14 +39,25 @@ constexpr uint32 B_WILL_DRAW = 1U << 0;
 constexpr uint32 B_FRAME_EVENTS = 1U << 1;
 /// Its Pulse is called.
 constexpr uint32 B_PULSE_NEEDED = 1U << 2;
-/// The keyboard can reach it.
+/// The keyboard can reach it: it gets KeyDown while it has the focus.
 constexpr uint32 B_NAVIGABLE = 1U << 3;
+/// While a button is held that was pressed inside, it hears of the pointer outside too, and of the
+/// release wherever that is.
+constexpr uint32 B_KEEPS_POINTER = 1U << 4;
+/// What lies behind is seen where it paints nothing.
+constexpr uint32 B_SEE_THROUGH = 1U << 5;
 
 // Mouse buttons, added up.
 
 constexpr uint32 B_PRIMARY_MOUSE_BUTTON = 1;
 constexpr uint32 B_SECONDARY_MOUSE_BUTTON = 2;
 constexpr uint32 B_TERTIARY_MOUSE_BUTTON = 4;
+
+// Keys that are held beside another key or a button, added up.
+
+constexpr uint32 B_SHIFT_KEY = 1;
+constexpr uint32 B_CONTROL_KEY = 2;
+constexpr uint32 B_ALT_KEY = 4;
 
 /// Where the pointer has come from, in MouseMoved.
 enum : uint32 { B_ENTERED_VIEW, B_INSIDE_VIEW, B_EXITED_VIEW };
@@ -59,6 +72,55 @@ constexpr uint32 B_QUIT_REQUESTED = FourCC("_QRQ");
 constexpr uint32 B_KEY_DOWN = FourCC("_KYD");
 constexpr uint32 B_KEY_UP = FourCC("_KYU");
 constexpr int32 B_ESCAPE = 0x1b;
+
+namespace kits {
+
+/// Keys that write no character.
+enum class Key {
+    Character,
+    Up,
+    Down,
+    Left,
+    Right,
+    Home,
+    End,
+    PageUp,
+    PageDown,
+    Enter,
+    Escape,
+    Delete,
+    Backspace,
+    Insert,
+    F1,
+    F2,
+    F3,
+    F4,
+    F5,
+    F6,
+    F7,
+    F8,
+    F9,
+    F10,
+    F11,
+    F12,
+    Other
+};
+
+/// A key that has gone down, or goes on while it is held.
+struct KeyPress {
+    Key key = Key::Other;
+    /// Of Key::Character: what it writes without modifiers, a letter as a capital; else 0.
+    char32_t character = 0;
+    /// What it writes, in UTF-8; empty for keys that write nothing and beside Ctrl or Alt.
+    std::string text;
+    /// B_SHIFT_KEY and so on, added up.
+    uint32 modifiers = 0;
+    /// It has been down before.
+    bool repeat = false;
+};
+
+} // namespace kits
+
 /// The window lost or got the focus: int32 "active" is 0 or 1. Comes at once, as the keys do.
 constexpr uint32 B_WINDOW_ACTIVATED = FourCC("_ACT");
 /// What a window gets at its pulse rate, be it shown or not, and also while an alert is.

@@ -4,6 +4,7 @@
 #include "kits/interface/Window.h"
 #include "kits/interface/backends/ViewWidget.h"
 
+#include <QAccessible>
 #include <cmath>
 
 BView::BView(BRect frame, const char* name, uint32 resizingMode, uint32 flags)
@@ -30,6 +31,12 @@ void BView::MouseDown(BPoint) {}
 void BView::MouseUp(BPoint) {}
 void BView::MouseMoved(BPoint, uint32, const BMessage*) {}
 void BView::FrameResized(float, float) {}
+bool BView::WheelMoved(BPoint, BPoint) {
+    return false;
+}
+bool BView::KeyDown(const kits::KeyPress&) {
+    return false;
+}
 
 void BView::AddChild(BView* child) {
     children.push_back(child);
@@ -189,6 +196,114 @@ void BView::FillRect(BRect rect, pattern which) {
         painter->fillRect(kits::ToQt(rect), kits::ToQt(Color(which)));
 }
 
+namespace {
+
+/// A painter for smooth edges, in the coordinates of pixels' centres, as it was before when it
+/// goes.
+class Smooth {
+  public:
+    explicit Smooth(QPainter& painter) : painter(painter) {
+        painter.save();
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.translate(0.5, 0.5);
+    }
+    ~Smooth() { painter.restore(); }
+    Smooth(const Smooth&) = delete;
+    Smooth& operator=(const Smooth&) = delete;
+
+    QPainter* operator->() { return &painter; }
+
+    void Stroke(rgb_color color, float width) {
+        painter.setBrush(Qt::NoBrush);
+        painter.setPen(QPen(kits::ToQt(color), width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    }
+    void Fill(rgb_color color) {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(kits::ToQt(color));
+    }
+
+  private:
+    QPainter& painter;
+};
+
+QPolygonF Polygon(std::span<const BPoint> points) {
+    QPolygonF polygon;
+    polygon.reserve(static_cast<qsizetype>(points.size()));
+    for (const BPoint point : points)
+        polygon.append(QPointF(point.x, point.y));
+    return polygon;
+}
+
+/// The area that the pixels of the rectangle cover.
+QRectF AreaOf(BRect rect) {
+    return {QPointF(rect.left - 0.5, rect.top - 0.5), QPointF(rect.right + 0.5, rect.bottom + 0.5)};
+}
+
+} // namespace
+
+void BView::StrokePath(std::span<const BPoint> points, float width, bool closed) {
+    if (!widget->Painter() || points.empty())
+        return;
+    Smooth painter(*widget->Painter());
+    painter.Stroke(highColor, width);
+    if (closed)
+        painter->drawPolygon(Polygon(points));
+    else
+        painter->drawPolyline(Polygon(points));
+}
+
+void BView::FillPolygon(std::span<const BPoint> points) {
+    if (!widget->Painter())
+        return;
+    Smooth painter(*widget->Painter());
+    painter.Fill(highColor);
+    painter->drawPolygon(Polygon(points));
+}
+
+void BView::FillRoundRect(BRect rect, float radius) {
+    if (!widget->Painter())
+        return;
+    Smooth painter(*widget->Painter());
+    painter.Fill(highColor);
+    painter->drawRoundedRect(AreaOf(rect), radius, radius);
+}
+
+void BView::StrokeRoundRect(BRect rect, float radius, float width) {
+    if (!widget->Painter())
+        return;
+    Smooth painter(*widget->Painter());
+    painter.Stroke(highColor, width);
+    painter->drawRoundedRect(QRectF(QPointF(rect.left, rect.top), QPointF(rect.right, rect.bottom)),
+                             radius, radius);
+}
+
+void BView::FillEllipse(BPoint center, float radiusX, float radiusY) {
+    if (!widget->Painter())
+        return;
+    Smooth painter(*widget->Painter());
+    painter.Fill(highColor);
+    painter->drawEllipse(QPointF(center.x, center.y), radiusX, radiusY);
+}
+
+void BView::StrokeEllipse(BPoint center, float radiusX, float radiusY, float width) {
+    if (!widget->Painter())
+        return;
+    Smooth painter(*widget->Painter());
+    painter.Stroke(highColor, width);
+    painter->drawEllipse(QPointF(center.x, center.y), radiusX, radiusY);
+}
+
+void BView::StrokeArc(BPoint center, float radius, float from, float sweep, float width) {
+    if (!widget->Painter())
+        return;
+    Smooth painter(*widget->Painter());
+    painter.Stroke(highColor, width);
+    // The toolkit counts sixteenths of a degree.
+    painter->drawArc(QRectF(center.x - radius, center.y - radius, 2 * radius, 2 * radius),
+                     static_cast<int>(std::lround(from * 16)),
+                     static_cast<int>(std::lround(sweep * 16)));
+}
+
 void BView::DrawBitmap(const BBitmap* bitmap, BRect destination) {
     QPainter* painter = widget->Painter();
     if (!painter || !bitmap || !bitmap->IsValid())
@@ -218,6 +333,14 @@ void BView::GetMouse(BPoint* where, uint32* buttons, bool) const {
     *buttons = widget->Buttons();
 }
 
+uint32 BView::Modifiers() const {
+    return widget->Modifiers();
+}
+
+int32 BView::Clicks() const {
+    return widget->Clicks();
+}
+
 void BView::MakeFocus(bool focused) {
     if (focused)
         widget->setFocus();
@@ -234,4 +357,19 @@ void BView::SetToolTip(const char* text) {
     widget->setToolTip(kits::ToQt(toolTip));
     if (QWidget* content = widget->Content())
         content->setAccessibleDescription(kits::ToQt(toolTip));
+}
+
+void BView::SetAccessibleName(std::string_view words) {
+    QWidget* content = widget->Content();
+    // The content may be no more than a frame round what has the focus.
+    while (content && content->focusProxy())
+        content = content->focusProxy();
+    (content ? content : widget.get())->setAccessibleName(kits::ToQt(words));
+}
+
+void BView::DescriptionChanged() {
+    if (!QAccessible::isActive())
+        return;
+    QAccessibleEvent event(widget.get(), QAccessible::DescriptionChanged);
+    QAccessible::updateAccessibility(&event);
 }

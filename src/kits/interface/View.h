@@ -3,11 +3,14 @@
 #pragma once
 
 #include "kits/application/Handler.h"
+#include "kits/interface/Accessible.h"
 #include "kits/interface/Font.h"
 #include "kits/interface/InterfaceDefs.h"
 #include "kits/support/Bitmap.h"
 
 #include <memory>
+#include <optional>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -39,6 +42,17 @@ class BView : public BHandler {
     /// The pointer has moved inside the view, into it or out of it. `transit` says which; there is
     /// never a `dragged` message.
     virtual void MouseMoved(BPoint where, uint32 transit, const BMessage* dragged);
+    /// The wheel was turned by so many steps, away from the person where positive, and where there
+    /// is a second wheel to the right. Fractions come from touch pads. False where the view has no
+    /// use for it: the parent is asked next.
+    virtual bool WheelMoved(BPoint where, BPoint steps);
+    /// A key, while the view has the focus. False where the view has no use for it: it is the
+    /// window's then, as B_KEY_DOWN or TakeShortcut.
+    virtual bool KeyDown(const kits::KeyPress& press);
+    /// The view, not a control inside of it, has got the focus or lost it.
+    virtual void FocusChanged() {}
+    /// The set of colours is another one. A view takes its colours anew and draws itself.
+    virtual void ColorsChanged() {}
     /// As often as the window says, while it is shown; with B_PULSE_NEEDED.
     virtual void Pulse() {}
     /// With B_FRAME_EVENTS.
@@ -99,6 +113,18 @@ class BView : public BHandler {
     /// From the pen.
     void StrokeLine(BPoint to, pattern which = B_SOLID_HIGH);
     void FillRect(BRect rect, pattern which = B_SOLID_HIGH);
+
+    // With smooth edges, in the high colour, whose alpha counts; coordinates are those of pixels'
+    // centres, widths are pixels and angles degrees, counter-clockwise from the right.
+
+    void StrokePath(std::span<const BPoint> points, float width = 1.5F, bool closed = false);
+    void FillPolygon(std::span<const BPoint> points);
+    void FillRoundRect(BRect rect, float radius);
+    void StrokeRoundRect(BRect rect, float radius, float width = 1);
+    void FillEllipse(BPoint center, float radiusX, float radiusY);
+    void StrokeEllipse(BPoint center, float radiusX, float radiusY, float width = 1.5F);
+    void StrokeArc(BPoint center, float radius, float from, float sweep, float width = 1.5F);
+
     /// Scaled to the rectangle.
     void DrawBitmap(const BBitmap* bitmap, BRect destination);
 
@@ -111,12 +137,33 @@ class BView : public BHandler {
     /// Where the pointer was and which buttons were down at the event that is being handled, or at
     /// the last one. `checkQueue` is for compatibility.
     void GetMouse(BPoint* where, uint32* buttons, bool checkQueue = true) const;
+    /// The keys that were held at that event, B_SHIFT_KEY and so on, added up.
+    uint32 Modifiers() const;
+    /// How many presses follow each other at the same place: 2 for a double click.
+    int32 Clicks() const;
     virtual void MakeFocus(bool focused = true);
     virtual bool IsFocus() const;
     /// Shown when the pointer rests on the view; also read out to those who cannot see it. Empty or
     /// null for none.
     virtual void SetToolTip(const char* text);
     const char* ToolTip() const { return toolTip.c_str(); }
+    /// What the view is called where it is read out, in words that a person understands; a control
+    /// is called by its label unless told otherwise.
+    void SetAccessibleName(std::string_view words);
+
+    // What those learn who cannot see the view. A control knows all that by itself.
+
+    /// The view as a whole.
+    virtual kits::AccessibleThing Describe() const { return {}; }
+    /// The parts that the view draws by itself, by index.
+    virtual std::size_t CountParts() const { return 0; }
+    virtual kits::AccessibleThing DescribePart(std::size_t /*index*/) const { return {}; }
+    /// Does what the action of a part says, or of the view where there is no index.
+    virtual void Activate(std::optional<std::size_t> /*part*/) {}
+    /// Sets the number of a part, or of the view.
+    virtual void SetNumber(std::optional<std::size_t> /*part*/, double /*value*/) {}
+    /// To be called when any of that has changed while somebody may be listening.
+    void DescriptionChanged();
 
   private:
     friend class BWindow;

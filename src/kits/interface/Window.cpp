@@ -9,6 +9,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QPointer>
+#include <QScreen>
 #include <QWindow>
 #include <algorithm>
 #include <cmath>
@@ -16,6 +17,13 @@
 namespace kits {
 
 namespace {
+
+void RecolorTree(BView& view) {
+    view.ColorsChanged();
+    view.Invalidate();
+    for (BView* child : view.Children())
+        RecolorTree(*child);
+}
 
 void PulseTree(BView& view) {
     if (view.Flags() & B_PULSE_NEEDED)
@@ -72,7 +80,13 @@ void WindowWidget::SendKey(uint32 what, const QKeyEvent& event) {
 void WindowWidget::keyPressEvent(QKeyEvent* event) {
     if (event->matches(QKeySequence::Quit) || event->matches(QKeySequence::Close)) {
         window.PostMessage(B_QUIT_REQUESTED);
-    } else if (event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) {
+        return;
+    }
+    const KeyPress press = FromQt(*event);
+    const bool commands = press.modifiers & (B_CONTROL_KEY | B_ALT_KEY);
+    if ((commands || press.key != Key::Character) && window.TakeShortcut(press))
+        return;
+    if (event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) {
         event->ignore();
     } else if (!event->isAutoRepeat()) {
         HeldKeys::Instance().Take(event->nativeScanCode(), *this);
@@ -123,6 +137,11 @@ void BWindow::MessageReceived(BMessage* message) {
     } else {
         BLooper::MessageReceived(message);
     }
+}
+
+void BWindow::ColorsChanged() {
+    for (BView* child : children)
+        kits::RecolorTree(*child);
 }
 
 void BWindow::AddChild(BView* child) {
@@ -189,12 +208,26 @@ void BWindow::MoveTo(float x, float y) {
 }
 
 void BWindow::SetSizeLimits(float minWidth, float maxWidth, float minHeight, float maxHeight) {
-    if (flags & (B_NOT_RESIZABLE | B_NOT_V_RESIZABLE))
-        minHeight = maxHeight = frame.Height();
-    if (flags & B_NOT_RESIZABLE)
+    if (flags & B_NOT_RESIZABLE) {
         minWidth = maxWidth = frame.Width();
+        minHeight = maxHeight = frame.Height();
+    }
     widget->setMinimumSize(int(std::ceil(minWidth)) + 1, int(std::ceil(minHeight)) + 1);
     widget->setMaximumSize(int(std::ceil(maxWidth)) + 1, int(std::ceil(maxHeight)) + 1);
+}
+
+BRect BWindow::Room() const {
+    /// What a title takes before the window manager has said so, in pixels.
+    constexpr int kUsualTitle = 24;
+    const QRect free = widget->screen()->availableGeometry();
+    const QRect outside = widget->frameGeometry();
+    const QRect inside = widget->geometry();
+    const bool decorated = outside != inside;
+    const int above = decorated ? inside.top() - outside.top() : kUsualTitle;
+    const int below = decorated ? outside.bottom() - inside.bottom() : 0;
+    const int beside = decorated ? inside.left() - outside.left() : 0;
+    return {float(free.left() + beside), float(free.top() + above), float(free.right() - beside),
+            float(free.bottom() - below)};
 }
 
 void BWindow::SetWorkspaces(uint32) {

@@ -17,7 +17,6 @@ class WindowWidget;
 enum window_type { B_TITLED_WINDOW, B_MODAL_WINDOW };
 
 constexpr uint32 B_NOT_RESIZABLE = 1U << 1;
-constexpr uint32 B_NOT_V_RESIZABLE = 1U << 2;
 constexpr uint32 B_NOT_ZOOMABLE = 1U << 6;
 constexpr uint32 B_CURRENT_WORKSPACE = 0;
 
@@ -37,6 +36,14 @@ class BWindow : public BLooper {
     virtual bool QuitRequested() { return true; }
     /// The content area has changed its size; the views have followed.
     virtual void FrameResized(float /*width*/, float /*height*/) {}
+
+    /// A key that nothing in the window wanted, beside Ctrl or Alt or of those that write nothing.
+    /// False where the window has no use for it: then it becomes B_KEY_DOWN, unless Ctrl or Alt is
+    /// held.
+    virtual bool TakeShortcut(const kits::KeyPress& /*press*/) { return false; }
+
+    /// Has all views take their colours anew.
+    void ColorsChanged();
 
     /// Hides the window now, and deletes it as soon as nothing of it is running.
     virtual void Quit();
@@ -67,6 +74,9 @@ class BWindow : public BLooper {
     void MoveTo(float x, float y);
     /// Of width and height, as BRect::Width counts them.
     void SetSizeLimits(float minWidth, float maxWidth, float minHeight, float maxHeight);
+    /// The part of its screen that the window may fill with its content, beside its title and what
+    /// the desktop keeps for itself.
+    BRect Room() const;
     /// The window comes to the desktop that the user looks at.
     void SetWorkspaces(uint32 workspaces);
 

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/interface/backends/Appearance.h"
 
+#include "kits/interface/Colors.h"
+#include "kits/interface/backends/ViewWidget.h"
+
 #include <QApplication>
 #include <QPalette>
 #include <QStyleFactory>
@@ -9,49 +12,82 @@ namespace kits {
 
 namespace {
 
-constexpr QColor kPanel{204, 204, 204};
-constexpr QColor kText{24, 24, 24};
-constexpr QColor kFaint{128, 128, 128};
-constexpr QColor kAccent{42, 96, 158};
-
+/// %1 to %10 are the colours, in the order of StyleSheet.
 constexpr const char* kControls = R"(
 QLineEdit {
-    border: 1px solid #8c8c8c; border-radius: 2px; background: #fbfbfb; color: #181818;
-    padding: 0px 1px 0px 1px; selection-background-color: #2a609e; selection-color: white;
+    border: 1px solid %1; border-radius: 2px; background: %2; color: %3;
+    padding: 0px 1px 0px 1px; selection-background-color: %4; selection-color: %5;
 }
-QLineEdit:focus { border: 1px solid #2a609e; }
-QLineEdit:disabled { background: #d6d6d6; color: #808080; border: 1px solid #a8a8a8; }
-QLineEdit[wrong="true"] { border: 1px solid #b02020; background: #fbeaea; }
+QLineEdit:focus { border: 1px solid %6; }
+QLineEdit:disabled { background: %7; color: %8; border: 1px solid %1; }
+QLineEdit[wrong="true"] { border: 1px solid %9; background: %10; }
 QPushButton, QToolButton {
-    border: 1px solid #868686; border-radius: 3px; color: #181818; padding: 0px 2px;
-    background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 #f4f4f4, stop:1 #dadada);
+    border: 1px solid %11; border-radius: 3px; color: %3; padding: 0px 2px;
+    background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 %12, stop:1 %13);
 }
-QPushButton:hover, QToolButton:hover { border: 1px solid #5c5c5c; background: #f8f8f8; }
-QPushButton:focus, QToolButton:focus { border: 1px solid #2a609e; }
-QPushButton:pressed, QToolButton:pressed, QToolButton:open { background: #c6ccd4; }
-QPushButton:default { border: 2px solid #5a6f88; }
-QPushButton:disabled, QToolButton:disabled { color: #8c8c8c; }
+QPushButton:hover, QToolButton:hover { border: 1px solid %6; background: %14; }
+QPushButton:focus, QToolButton:focus { border: 1px solid %6; }
+QPushButton:pressed, QToolButton:pressed, QToolButton:open { background: %15; }
+QPushButton:default { border: 2px solid %6; }
+QPushButton:disabled, QToolButton:disabled { color: %8; }
+QPushButton[onDark="true"], QToolButton[onDark="true"] {
+    color: #e6e6e6; background: transparent; border: 1px solid transparent;
+}
+QPushButton[onDark="true"]:hover, QToolButton[onDark="true"]:hover,
+QPushButton[onDark="true"]:focus, QToolButton[onDark="true"]:focus { border: 1px solid #7f8fb0; }
+QPushButton[onDark="true"]:pressed, QToolButton[onDark="true"]:pressed,
+QToolButton[onDark="true"]:open, QPushButton[onDark="true"]:checked { background: #3a4668; }
+QPushButton[onDark="true"]:disabled { color: #68708a; }
 QToolButton::menu-indicator { image: none; }
 )";
 
+QString StyleSheet(const ControlColors& colors) {
+    QString sheet = kControls;
+    // A later colour's text has no percent sign that an earlier one could fill.
+    for (const rgb_color color :
+         {colors.fieldFrame, colors.field, colors.text, colors.selection, colors.selectedText,
+          colors.accent, colors.panel, colors.faintText, colors.wrongFrame, colors.wrongField,
+          colors.buttonFrame, colors.buttonTop, colors.buttonBottom, colors.buttonHover,
+          colors.buttonPressed})
+        sheet = sheet.arg(ToQt(color).name());
+    return sheet;
+}
+
+bool desktopIsDark = false;
+
 } // namespace
 
-void SetAppearance(QApplication& application) {
+void SetAppearance() {
+    // Before the style below replaces it, the palette is the desktop's.
+    const QPalette desktop = QApplication::palette();
+    desktopIsDark = desktop.color(QPalette::WindowText).lightness() >
+                    desktop.color(QPalette::Window).lightness();
     QApplication::setStyle(QStyleFactory::create("Fusion"));
-    QPalette palette(kPanel);
-    palette.setColor(QPalette::WindowText, kText);
-    palette.setColor(QPalette::Text, kText);
-    palette.setColor(QPalette::ButtonText, kText);
-    palette.setColor(QPalette::Base, Qt::white);
-    palette.setColor(QPalette::Highlight, kAccent);
-    palette.setColor(QPalette::HighlightedText, Qt::white);
-    palette.setColor(QPalette::ToolTipBase, QColor(255, 255, 224));
-    palette.setColor(QPalette::ToolTipText, kText);
+    SetControlColors({});
+}
+
+bool DesktopIsDark() {
+    return desktopIsDark;
+}
+
+void SetControlColors(const ControlColors& colors) {
+    QPalette palette(ToQt(colors.panel));
+    const struct {
+        QPalette::ColorRole role;
+        rgb_color color;
+    } roles[] = {
+        {QPalette::WindowText, colors.text},     {QPalette::Text, colors.text},
+        {QPalette::ButtonText, colors.text},     {QPalette::Base, colors.field},
+        {QPalette::Highlight, colors.selection}, {QPalette::HighlightedText, colors.selectedText},
+        {QPalette::ToolTipBase, colors.tip},     {QPalette::ToolTipText, colors.tipText},
+    };
+    for (const auto& row : roles)
+        palette.setColor(row.role, ToQt(row.color));
     for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
-        palette.setColor(QPalette::Disabled, role, kFaint);
-    palette.setColor(QPalette::Disabled, QPalette::Highlight, kPanel.darker(120));
+        palette.setColor(QPalette::Disabled, role, ToQt(colors.faintText));
+    palette.setColor(QPalette::Disabled, QPalette::Highlight, ToQt(colors.panel).darker(120));
     QApplication::setPalette(palette);
-    application.setStyleSheet(kControls);
+    qApp->setStyleSheet(StyleSheet(colors));
 }
 
 } // namespace kits

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// How everything looks: one light palette and compact controls, on every desktop.
+// How everything looks: compact controls, the same on every desktop.
 #pragma once
-
-class QApplication;
 
 namespace kits {
 
-/// The colours around the plane and the envelopes are fixed, so those of the controls are as well.
-void SetAppearance(QApplication& application);
+/// The style of controls, in light colours until SetControlColors gives others. Notes what the
+/// desktop has chosen, for DesktopIsDark.
+void SetAppearance();
 
 } // namespace kits

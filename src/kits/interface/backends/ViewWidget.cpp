@@ -2,9 +2,11 @@
 #include "kits/interface/backends/ViewWidget.h"
 
 #include <QApplication>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QScopedValueRollback>
+#include <QWheelEvent>
 
 namespace kits {
 
@@ -23,16 +25,65 @@ BPoint Position(const QMouseEvent& event) {
 
 } // namespace
 
+uint32 FromQt(Qt::KeyboardModifiers modifiers) {
+    return (modifiers & Qt::ShiftModifier ? B_SHIFT_KEY : 0) |
+           (modifiers & Qt::ControlModifier ? B_CONTROL_KEY : 0) |
+           (modifiers & Qt::AltModifier ? B_ALT_KEY : 0);
+}
+
+KeyPress FromQt(const QKeyEvent& event) {
+    static constexpr struct {
+        int toolkit;
+        Key key;
+    } kKeys[] = {
+        {Qt::Key_Up, Key::Up},
+        {Qt::Key_Down, Key::Down},
+        {Qt::Key_Left, Key::Left},
+        {Qt::Key_Right, Key::Right},
+        {Qt::Key_Home, Key::Home},
+        {Qt::Key_End, Key::End},
+        {Qt::Key_PageUp, Key::PageUp},
+        {Qt::Key_PageDown, Key::PageDown},
+        {Qt::Key_Return, Key::Enter},
+        {Qt::Key_Enter, Key::Enter},
+        {Qt::Key_Escape, Key::Escape},
+        {Qt::Key_Delete, Key::Delete},
+        {Qt::Key_Backspace, Key::Backspace},
+        {Qt::Key_Insert, Key::Insert},
+    };
+    KeyPress press;
+    press.modifiers = FromQt(event.modifiers());
+    press.repeat = event.isAutoRepeat();
+    if (!(press.modifiers & (B_CONTROL_KEY | B_ALT_KEY)))
+        press.text = event.text().toStdString();
+    const int code = event.key();
+    for (const auto& row : kKeys) {
+        if (row.toolkit == code)
+            press.key = row.key;
+    }
+    if (code >= Qt::Key_F1 && code <= Qt::Key_F12)
+        press.key = static_cast<Key>(static_cast<int>(Key::F1) + code - Qt::Key_F1);
+    // Codes below those of the special keys are characters.
+    if (press.key == Key::Other && code < Qt::Key_Escape) {
+        press.key = Key::Character;
+        press.character = static_cast<char32_t>(code);
+    }
+    return press;
+}
+
 ViewWidget::ViewWidget(BView& view) : view(view) {
     setMouseTracking(true);
-    // Every view paints its whole area, so what lies behind need not be painted first.
-    setAttribute(Qt::WA_OpaquePaintEvent);
+    // A view paints its whole area, so what lies behind need not be painted first.
+    setAttribute(Qt::WA_OpaquePaintEvent, !(view.Flags() & B_SEE_THROUGH));
+    if (view.Flags() & B_NAVIGABLE)
+        setFocusPolicy(Qt::StrongFocus);
 }
 
 void ViewWidget::SetContent(QWidget* next) {
     content = next;
     content->setParent(this);
     content->setGeometry(rect());
+    setFocusPolicy(Qt::NoFocus);
     setFocusProxy(content);
     // What the control leaves free shows the parent.
     setAttribute(Qt::WA_OpaquePaintEvent, false);
@@ -54,6 +105,7 @@ void ViewWidget::paintEvent(QPaintEvent* event) {
 
 void ViewWidget::Note(const QMouseEvent& event) {
     pointer = Position(event);
+    modifiers = FromQt(event.modifiers());
     buttons = 0;
     if (event.buttons() & Qt::LeftButton)
         buttons |= B_PRIMARY_MOUSE_BUTTON;
@@ -68,30 +120,74 @@ bool ViewWidget::Contains(BPoint point) const {
 }
 
 void ViewWidget::mousePressEvent(QMouseEvent* event) {
-    Note(*event);
+    Press(*event, 1);
+}
+
+void ViewWidget::mouseDoubleClickEvent(QMouseEvent* event) {
+    Press(*event, 2);
+}
+
+void ViewWidget::Press(const QMouseEvent& event, int32 count) {
+    Note(event);
+    clicks = count;
     inside = true;
     // A press beside the text fields gives the keyboard back to the window.
-    if (QWidget* focused = QApplication::focusWidget())
+    QWidget* focused = QApplication::focusWidget();
+    if (focused && focused != this)
         focused->clearFocus();
+    if (view.Flags() & B_NAVIGABLE)
+        setFocus(Qt::MouseFocusReason);
     view.MouseDown(pointer);
+}
+
+bool ViewWidget::Keeps() const {
+    return view.Flags() & B_KEEPS_POINTER;
 }
 
 void ViewWidget::mouseReleaseEvent(QMouseEvent* event) {
     Note(*event);
-    if (Contains(pointer))
+    if (Keeps() || Contains(pointer))
         view.MouseUp(pointer);
 }
 
-// The toolkit goes on reporting moves outside while a button is held, views do not want to know.
+// The toolkit goes on reporting moves outside while a button is held, which most views do not want
+// to know.
 void ViewWidget::mouseMoveEvent(QMouseEvent* event) {
     Note(*event);
-    if (!Contains(pointer)) {
+    if (!Contains(pointer) && !(Keeps() && buttons)) {
         Leave();
         return;
     }
     const uint32 transit = inside ? B_INSIDE_VIEW : B_ENTERED_VIEW;
     inside = true;
     view.MouseMoved(pointer, transit, nullptr);
+}
+
+void ViewWidget::wheelEvent(QWheelEvent* event) {
+    /// What a step of a usual wheel counts in the toolkit.
+    constexpr float kStep = 120;
+    pointer = {static_cast<float>(event->position().x()),
+               static_cast<float>(event->position().y())};
+    modifiers = FromQt(event->modifiers());
+    const QPoint delta = event->angleDelta();
+    const BPoint steps = {static_cast<float>(-delta.x()) / kStep,
+                          static_cast<float>(delta.y()) / kStep};
+    event->setAccepted(view.WheelMoved(pointer, steps));
+}
+
+void ViewWidget::keyPressEvent(QKeyEvent* event) {
+    modifiers = FromQt(event->modifiers());
+    event->setAccepted(hasFocus() && view.KeyDown(FromQt(*event)));
+}
+
+void ViewWidget::focusInEvent(QFocusEvent* event) {
+    QWidget::focusInEvent(event);
+    view.FocusChanged();
+}
+
+void ViewWidget::focusOutEvent(QFocusEvent* event) {
+    QWidget::focusOutEvent(event);
+    view.FocusChanged();
 }
 
 void ViewWidget::leaveEvent(QEvent*) {

@@ -26,6 +26,10 @@ inline QRect ToQt(BRect rect) {
 
 QFont ToQt(const BFont& font);
 
+/// B_SHIFT_KEY and so on, added up.
+uint32 FromQt(Qt::KeyboardModifiers modifiers);
+KeyPress FromQt(const QKeyEvent& event);
+
 /// The bits are shared, so the bitmap must outlive the image.
 QImage ToQt(const BBitmap& bitmap);
 
@@ -39,6 +43,8 @@ class ViewWidget : public QWidget {
     QPainter* Painter() { return painter; }
     BPoint Pointer() const { return pointer; }
     uint32 Buttons() const { return buttons; }
+    uint32 Modifiers() const { return modifiers; }
+    int32 Clicks() const { return clicks; }
     /// The toolkit widget that fills a control, which then has the focus in the view's stead.
     void SetContent(QWidget* next);
     QWidget* Content() const { return content; }
@@ -48,12 +54,19 @@ class ViewWidget : public QWidget {
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
-    void mouseDoubleClickEvent(QMouseEvent* event) override { mousePressEvent(event); }
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
     void leaveEvent(QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
   private:
     void Note(const QMouseEvent& event);
+    void Press(const QMouseEvent& event, int32 count);
+    /// A view that is told of all that the pointer does while a button is held.
+    bool Keeps() const;
     bool Contains(BPoint point) const;
     void Leave();
 
@@ -62,6 +75,8 @@ class ViewWidget : public QWidget {
     QPainter* painter = nullptr;
     BPoint pointer;
     uint32 buttons = 0;
+    uint32 modifiers = 0;
+    int32 clicks = 0;
     /// The pointer was inside at the last event.
     bool inside = false;
 };

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The colours of controls, menus, panels and alerts.
+#pragma once
+
+#include "kits/interface/InterfaceDefs.h"
+
+namespace kits {
+
+/// A set for everything that the toolkit draws; a light one unless it says otherwise.
+struct ControlColors {
+    /// Behind the controls.
+    rgb_color panel = {204, 204, 204};
+    rgb_color text = {24, 24, 24};
+    /// Of what is disabled.
+    rgb_color faintText = {128, 128, 128};
+    /// Inside of text fields and lists, and their text.
+    rgb_color field = {251, 251, 251};
+    /// A field whose text is not valid, and its frame.
+    rgb_color wrongField = {251, 234, 234};
+    rgb_color wrongFrame = {176, 32, 32};
+    rgb_color fieldFrame = {140, 140, 140};
+    /// A button at its top and bottom, under the pointer, and while it is pressed.
+    rgb_color buttonTop = {244, 244, 244};
+    rgb_color buttonBottom = {218, 218, 218};
+    rgb_color buttonHover = {248, 248, 248};
+    rgb_color buttonPressed = {198, 204, 212};
+    rgb_color buttonFrame = {134, 134, 134};
+    /// The frame of what has the focus, and what is selected, with its text.
+    rgb_color accent = {42, 96, 158};
+    rgb_color selection = {42, 96, 158};
+    rgb_color selectedText = {255, 255, 255};
+    rgb_color tip = {255, 255, 224};
+    rgb_color tipText = {24, 24, 24};
+};
+
+/// From now on everything has these colours; windows draw themselves anew, views are left to
+/// BWindow::ColorsChanged. Window thread, while there is an application.
+void SetControlColors(const ControlColors& colors);
+
+/// Whether the person has chosen dark windows on this desktop. Window thread.
+bool DesktopIsDark();
+
+} // namespace kits

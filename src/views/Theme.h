@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The colours of the window, in three sets.
+#pragma once
+
+#include "kits/interface/Colors.h"
+
+namespace vexa {
+
+/// Every colour that a view of the window draws with. Text on `panel`, `editor`, `bar` and `row...`
+/// has a contrast of at least 4.5 to 1, lines of at least 3 to 1 (the ratio of WCAG 2.1).
+struct Theme {
+    /// Behind the main view, the drawer and the strip, and behind the envelopes.
+    rgb_color panel;
+    rgb_color editor;
+    rgb_color text;
+    /// Of what is said beside, and of what is not to be used at present.
+    rgb_color quietText;
+    rgb_color dimText;
+    /// Between areas.
+    rgb_color edge;
+    /// What has the focus, what is chosen.
+    rgb_color accent;
+    /// The drawer: behind the rows, under the pointer, and the chosen one.
+    rgb_color list;
+    rgb_color rowHover;
+    rgb_color rowChosen;
+    rgb_color star;
+    /// The logo bar: its text, what is well, what asks for attention, what is wrong.
+    rgb_color barText;
+    rgb_color barQuietText;
+    rgb_color good;
+    rgb_color warning;
+    rgb_color bad;
+    /// The strip: knobs, keys and scope.
+    rgb_color knob;
+    rgb_color knobEdge;
+    rgb_color whiteKey;
+    rgb_color blackKey;
+    rgb_color soundingKey;
+    rgb_color scope;
+    rgb_color scopeLine;
+    /// The curves of the envelopes, in the order of EnvelopePlaces().
+    rgb_color envelopes[4];
+    kits::ControlColors controls;
+};
+
+/// Classic has the first version's colours and hairlines. The others are easier to read and draw
+/// curves smoothly.
+enum class ColorSet { Classic, Light, Dark };
+
+/// The set that is chosen, Light at first. Window thread.
+const Theme& Colors();
+ColorSet ChosenColors();
+
+/// Chooses a set, for controls too; the views of open windows are left to BWindow::ColorsChanged.
+/// Window thread, while there is an application.
+void ChooseColors(ColorSet next);
+
+} // namespace vexa

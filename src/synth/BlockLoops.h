@@ -15,11 +15,9 @@ struct EnvelopeLine {
     double base, origin, rise, run;
 };
 
-/// A value on its way: from + (to - from) (done / length) after `done` samples, `to` after
-/// `length`.
+/// A value on its way: from + (to - from) part when it has gone that part of it, `to` from 1 on.
 struct RampLine {
     double from, to;
-    std::size_t done, length;
 };
 
 /// Samples that the loops compute in one go at most.
@@ -28,8 +26,11 @@ constexpr std::size_t kMostSamples = 64;
 /// they consist of whole vectors, and what stands there afterwards means nothing.
 constexpr std::size_t kSlack = 16;
 constexpr std::size_t kRoom = kMostSamples + kSlack;
-/// Cells of kMostSamples samples that loops over cells compute in one go at most.
+/// Cells of kMostSamples samples that are computed in one go at most, where nothing changes in
+/// between, and how many samples and places of an array these are.
 constexpr std::size_t kMostCells = 8;
+constexpr std::size_t kCellSamples = kMostCells * kMostSamples;
+constexpr std::size_t kCellRoom = kCellSamples + kSlack;
 
 /// Sines and cosines of the multiples of a phase's step: of 0 to 7 steps, and of 0 to 7 times
 /// eight.
@@ -55,32 +56,27 @@ struct Coordinate {
     float* place;
 };
 
-/// One coordinate of an orbit over whole cells of kMostSamples samples, with a radius and a drift
-/// that stay: the places are those of a Coordinate.
-struct SteadyCoordinate {
-    /// Of the phase; the wave at the beginning of each cell, and what times slopeSign is the wave's
-    /// derivative by the phase there.
-    const StepWaves* steps;
+/// The wave at the beginning of each of several cells, and what times slopeSign is its derivative
+/// by the phase there.
+struct CellWaves {
     const double *values, *slopes;
     double slopeSign;
-    double radius;
-    /// At the beginning of the first cell, and by how much it grows with each sample.
-    double centre, drift;
-    /// Of the first cell; the next begins `stride` floats after it.
-    float* place;
-    std::size_t stride;
 };
 
-/// A centre that drifts at a changing speed.
-struct Drift {
-    /// The speed at moment i is envelope[i] weight + rest, or envelope[i] weights[i] + rests[i]
-    /// where these are given, per sample of dt seconds.
+/// A changing speed: envelope[i] weight + rest at moment i, or envelope[i] weights[i] + rests[i]
+/// where these are given, per sample of dt seconds.
+struct Speed {
     const float* envelope;
     double weight, rest, dt;
     const double *weights, *rests;
-    /// The centre, which goes on to the next block, and where it is written for each moment.
+};
+
+/// A centre that drifts, by steps[i] after moment i.
+struct Drift {
+    /// The centre, which goes on to the next block.
     double* centre;
-    double* centres;
+    /// The steps, in the place of which the centre is written for each moment.
+    double* steps;
 };
 
 /// A voice's low-cut filter: the difference of two decaying sums.
@@ -94,17 +90,24 @@ struct LowCutFilter {
     float out = 0;
 };
 
-/// Loops for one instruction set. Arrays do not overlap; count <= kMostSamples, unless they say
+/// Loops for one instruction set. Arrays do not overlap; count <= kCellSamples, unless they say
 /// otherwise. Any thread, real-time safe.
 struct BlockLoops {
     /// sums[i] is `start` after i additions of `step`, each rounded; returns the sum after `count`.
     double (*Accumulate)(double start, double step, double* sums, std::size_t count);
-    /// The sines and cosines of `count` phases <= kRoom. Their error is below 1e-15.
+    /// The same, for moments of which only what is rounded to a float is wanted.
+    double (*Moments)(double start, double step, float* sums, std::size_t count);
+    /// The sines and cosines of `count` phases. Their error is below 1e-15. No slack, any count.
     void (*Waves)(const double* phase, double* sines, double* cosines, std::size_t count);
-    /// Writes the places of `number` coordinates, one after the other, each rounded.
+    /// Writes the places of `number` coordinates, one after the other, each rounded; count <=
+    /// kMostSamples.
     void (*Places)(const Coordinate* coordinates, std::size_t number, std::size_t count);
-    /// Writes the places of a coordinate for so many cells.
-    void (*Cells)(const SteadyCoordinate& coordinate, std::size_t cells);
+    /// Writes the places of a coordinate with steps for so many whole cells, those of a cell
+    /// `stride` floats after those of the one before. The wave begins each cell as `waves` says.
+    void (*Cells)(const Coordinate& coordinate, const CellWaves& waves, std::size_t cells,
+                  std::size_t stride);
+    /// steps[i] = the way of moment i at that speed.
+    void (*Steps)(const Speed& speed, double* steps, std::size_t count);
     /// Lets `number` centres drift, each addition rounded; several in turns, as each waits for its
     /// last sum.
     void (*Drifts)(const Drift* drifts, std::size_t number, std::size_t count);
@@ -112,15 +115,18 @@ struct BlockLoops {
     void (*Line)(const EnvelopeLine& line, const float* t, float* values, std::size_t count);
     /// Runs `voices` filters over their input, samples[k * count + i] for filter k at moment i, and
     /// adds their output to sum[i], filter after filter; for several cells one after the other, of
-    /// which the next has its input `stride` floats and its sum `count` floats further on. Input
+    /// which the next has its input `stride` floats and its sum `count` <= kMostSamples floats
+    /// further on. Input
     /// counts as Heard says; a filter whose sums are not finite all the same starts afresh. True
     /// where input was beyond kMostHeard.
     bool (*LowCut)(LowCutFilter* const* filters, const float* samples, std::size_t voices,
                    std::size_t count, float* sum, std::size_t cells, std::size_t stride);
-    /// values[i] = the ramp i samples later.
-    void (*Ramp)(const RampLine& line, double* values, std::size_t count);
-    /// to[i] = from[i], rounded.
-    void (*Narrow)(const double* from, float* to, std::size_t count);
+    /// parts[i] = (done + i) / length.
+    void (*Parts)(std::size_t done, std::size_t length, double* parts, std::size_t count);
+    /// values[i] = the ramp when it has gone parts[i].
+    void (*Ramp)(const RampLine& line, const double* parts, double* values, std::size_t count);
+    /// values[i] = values[i] factors[i], rounded.
+    void (*Scale)(float* values, const double* factors, std::size_t count);
     /// out[i] is the sum of taps[k] frames[i step + k] for k < length, a multiple of kSlack, as
     /// that of kSlack sums side by side. No slack, any count.
     void (*Filter)(const float* taps, std::size_t length, const float* frames, std::size_t step,

@@ -5,12 +5,24 @@
 
 namespace vexa {
 
+namespace {
+
+/// Of the spread, in radians.
+double Half(double spread) noexcept {
+    return spread * (std::numbers::pi / 360);
+}
+
+} // namespace
+
 void Ears::Begin(const sound_param& p, double spread, std::size_t ramp, std::size_t offset,
                  std::size_t count) noexcept {
-    const double half = spread * (std::numbers::pi / 360);
-    x.Begin(p.Fx * half, begun ? ramp : 0, offset, count);
-    y.Begin(p.Fy * half, begun ? ramp : 0, offset, count);
+    x.Begin(p.Fx * Half(spread), begun ? ramp : 0, offset, count);
+    y.Begin(p.Fy * Half(spread), begun ? ramp : 0, offset, count);
     begun = true;
+}
+
+bool Ears::StayAt(const sound_param& p, double spread) const noexcept {
+    return begun && x.angle.StaysAt(p.Fx * Half(spread)) && y.angle.StaysAt(p.Fy * Half(spread));
 }
 
 void Ears::Axis::Begin(double target, std::size_t ramp, std::size_t offset,

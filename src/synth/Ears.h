@@ -21,6 +21,16 @@ struct EarTurn {
 
     /// At moment i of the block.
     double At(std::size_t i) const noexcept { return angles ? angles[i] : angle; }
+
+    /// What the ears hear of a phase with this sine and cosine, where the angle stays.
+    struct Heard {
+        double leftSine, leftCosine, rightSine, rightCosine;
+    };
+    Heard Of(double otherSine, double otherCosine) const noexcept {
+        const double sc = otherSine * cosine, cs = otherCosine * sine;
+        const double cc = otherCosine * cosine, ss = otherSine * sine;
+        return {sc - cs, cc + ss, sc + cs, cc - ss};
+    }
 };
 
 /// The left ear reads the plane half of the spread earlier on the orbit, the right one half of it
@@ -31,6 +41,9 @@ class Ears {
     /// (degrees) has them within `ramp` samples; the first block finds them there.
     void Begin(const sound_param& p, double spread, std::size_t ramp, std::size_t offset,
                std::size_t count) noexcept;
+
+    /// Whether a block in which they are wanted so far apart leaves them where they are.
+    bool StayAt(const sound_param& p, double spread) const noexcept;
 
     /// Whether they may hear different things in this block.
     bool Apart() const noexcept { return x.Apart() || y.Apart(); }

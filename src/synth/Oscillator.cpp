@@ -35,10 +35,9 @@ void Oscillator::Advance(Wave wave, const EarTurn& ears, double sine, double cos
                          Coordinate& right) noexcept {
     if (even && !ears.angles) {
         phase += static_cast<double>(count) * step;
-        const double sc = sine * ears.cosine, cs = cosine * ears.sine;
-        const double cc = cosine * ears.cosine, ss = sine * ears.sine;
-        UseSteps(wave, sc - cs, cc + ss, left);
-        UseSteps(wave, sc + cs, cc - ss, right);
+        const EarTurn::Heard heard = ears.Of(sine, cosine);
+        UseSteps(wave, heard.leftSine, heard.leftCosine, left);
+        UseSteps(wave, heard.rightSine, heard.rightCosine, right);
         return;
     }
     std::array<double, kRoom> phases, earlier, later;

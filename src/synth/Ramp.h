@@ -5,10 +5,33 @@
 #include "synth/BlockLoops.h"
 #include "synth/Pitch.h"
 
+#include <algorithm>
+#include <array>
 #include <concepts>
 #include <cstddef>
 
 namespace vexa {
+
+/// The parts of their ways that ramps have gone at each moment of a block. Most go side by side, as
+/// one hand moves them all: those of the last one are kept. Media thread.
+class RampParts {
+  public:
+    /// Of a block of `count` samples.
+    explicit RampParts(std::size_t count) : count(count) {}
+
+    const double* Of(std::size_t newDone, std::size_t newLength) noexcept {
+        if (newDone != done || newLength != length)
+            Loops().Parts(newDone, newLength, parts.data(), count);
+        done = newDone;
+        length = newLength;
+        return parts.data();
+    }
+
+  private:
+    std::size_t count;
+    std::size_t done = 0, length = 0;
+    alignas(64) std::array<double, kCellRoom> parts;
+};
 
 /// A value on its way. Media thread.
 ///
@@ -41,6 +64,12 @@ class Ramp {
     bool Varies() const noexcept { return varies; }
     /// Whether a block in which `target` is wanted finds it there and leaves it.
     bool StaysAt(Number target) const noexcept { return !varies && to == target; }
+    /// In how many whole cells, at most `most`, it varies if it varies in the first of them, and
+    /// stays if it stays there, as long as nothing else is wanted.
+    std::size_t CellsAlike(std::size_t most) const noexcept {
+        const std::size_t left = (length - done + kMostSamples - 1) / kMostSamples;
+        return left > 0 && left < most ? left : most;
+    }
     Number Now() const noexcept {
         if (done == length)
             return to;
@@ -49,10 +78,15 @@ class Ramp {
     /// Where it is or goes to.
     Number End() const noexcept { return to; }
     bool Moves() const noexcept { return done < length; }
-    /// Writes the next `count` <= kMostSamples values, with room as for BlockLoops, and lets them
-    /// go by.
-    void Write(double* values, std::size_t count) noexcept requires std::same_as<Number, double> {
-        Loops().Ramp({from, to, done, length}, values, count);
+    /// Writes the next `count` values, those of the parts' block, with room as for BlockLoops, and
+    /// lets them go by.
+    void Write(RampParts& parts, double* values,
+               std::size_t count) noexcept requires std::same_as<Number, double> {
+        if (!Moves()) {
+            std::fill_n(values, count, to);
+            return;
+        }
+        Loops().Ramp({from, to}, parts.Of(done, length), values, count);
         Pass(count);
     }
     /// Lets samples go by.

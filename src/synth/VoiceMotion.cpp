@@ -8,17 +8,46 @@
 
 namespace vexa {
 
+/// Work space of one coordinate of one voice.
+struct VoiceMotion::Space {
+    alignas(64) std::array<double, kRoom> waves;
+    alignas(64) std::array<double, kCellRoom> centres;
+    alignas(64) std::array<float, kCellRoom> radiusEnvelope;
+};
+
+/// The phases of several voices at the beginning of each cell, and their waves.
+struct VoiceMotion::Turning {
+    static constexpr std::size_t kMost = 2 * kTogether * kMostCells;
+    std::array<double, kMost> phases, sines, cosines;
+    std::size_t number = 0;
+    /// Where those of x and y begin, which as often as not are the same.
+    struct Place {
+        std::size_t x, y;
+    };
+    std::array<Place, kTogether> places;
+};
+
 namespace {
 
 constexpr double kTwoPi = 6.28318530718;
 
-} // namespace
+/// What the ears hear of an oscillator at the beginning of each cell.
+struct CellEars {
+    std::array<double, kMostCells> leftSines, leftCosines, rightSines, rightCosines;
 
-/// Work space of one coordinate of one voice.
-struct VoiceMotion::Space {
-    alignas(64) std::array<double, kRoom> waves, centres, weights, rests;
-    alignas(64) std::array<float, kRoom> driftEnvelope, radiusEnvelope;
+    void Turn(const EarTurn& ears, const double* sines, const double* cosines,
+              std::size_t cells) noexcept {
+        for (std::size_t i = 0; i < cells; i++) {
+            const EarTurn::Heard heard = ears.Of(sines[i], cosines[i]);
+            leftSines[i] = heard.leftSine;
+            leftCosines[i] = heard.leftCosine;
+            rightSines[i] = heard.rightSine;
+            rightCosines[i] = heard.rightCosine;
+        }
+    }
 };
+
+} // namespace
 
 /// The times of one voice over the block; written only where an envelope asks for them.
 class VoiceMotion::Times {
@@ -52,8 +81,7 @@ class VoiceMotion::Times {
 
   private:
     void Tell() {
-        v.t = Loops().Accumulate(begin, dt, seconds.data(), count);
-        Loops().Narrow(seconds.data(), t.data(), count);
+        v.t = Loops().Moments(begin, dt, t.data(), count);
         told = true;
     }
 
@@ -64,8 +92,7 @@ class VoiceMotion::Times {
     /// The times are between these.
     float first, last;
     bool told = false;
-    alignas(64) std::array<double, kRoom> seconds;
-    alignas(64) std::array<float, kRoom> t;
+    alignas(64) std::array<float, kCellRoom> t;
 };
 
 /// The centres that drift at changing speeds.
@@ -77,6 +104,19 @@ class VoiceMotion::Drifts {
   private:
     std::array<Drift, 2 * kTogether> drifts;
     std::size_t number = 0;
+};
+
+/// What moves several voices; x and y by turns.
+struct VoiceMotion::Moving {
+    explicit Moving(std::size_t count) : ramps(count) {}
+
+    static constexpr std::size_t kMost = 2 * kTogether;
+    RampParts ramps;
+    Drifts drifts;
+    std::array<Space, kMost> spaces;
+    std::array<Coordinate, kMost> coordinates{};
+    std::array<double, kMost> phases, sines, cosines;
+    std::array<std::array<double, kMostSamples>, kTogether> pitches;
 };
 
 VoiceMotion::VoiceMotion(const sound_param& p, const ControllerTable& controllers,
@@ -108,20 +148,22 @@ double VoiceMotion::Sum(RunningVoice& v, std::size_t number, double target) cons
     return sum.Now();
 }
 
-void VoiceMotion::PutRadius(const Axis& axis, RunningVoice& v, Times& times, Space& space,
-                            Coordinate& c) const noexcept {
+void VoiceMotion::PutRadius(const Axis& axis, RunningVoice& v, Times& times, Moving& m,
+                            std::size_t place) const noexcept {
+    Coordinate& c = m.coordinates[place];
     const Weights weights = Of(axis.radius, v);
     const std::size_t number = 4 + axis.number;
     c.radius = Sum(v, number, weights.c0 + weights.rest);
     float value = 0;
-    float* const values = space.radiusEnvelope.data();
+    float* const values = m.spaces[place].radiusEnvelope.data();
     c.envelope = times.Follow(axis.radiusEnvelope, values, value);
     Ramp<double>& sum = v.sums[number];
     if (sum.Varies()) {
-        std::array<double, kRoom> factors;
-        sum.Write(factors.data(), count);
-        for (std::size_t i = 0; i < count; i++)
-            values[i] = static_cast<float>((c.envelope ? values[i] : value) * factors[i]);
+        if (!c.envelope)
+            std::fill_n(values, count, value);
+        std::array<double, kCellRoom> factors;
+        sum.Write(m.ramps, factors.data(), count);
+        Loops().Scale(values, factors.data(), count);
         c.envelope = values;
         c.radius = 1;
     } else if (!c.envelope) {
@@ -130,37 +172,33 @@ void VoiceMotion::PutRadius(const Axis& axis, RunningVoice& v, Times& times, Spa
 }
 
 void VoiceMotion::PutCentre(const Axis& axis, RunningVoice& v, double& centre, Times& times,
-                            Drifts& drifts, Space& space, Coordinate& c) const noexcept {
+                            Moving& m, std::size_t place) const noexcept {
+    Coordinate& c = m.coordinates[place];
     const Weights target = Of(axis.drift, v);
     const Weights weights{Sum(v, axis.number, target.c0), Sum(v, 2 + axis.number, target.rest)};
     Ramp<double>& weight = v.sums[axis.number];
     Ramp<double>& rest = v.sums[2 + axis.number];
     const bool varies = weight.Varies() || rest.Varies();
     float value = 0;
+    alignas(64) std::array<float, kCellRoom> envelope;
+    const bool follows = weights.c0 != 0 || varies;
     const float* const values =
-        weights.c0 == 0 && !varies
-            ? nullptr
-            : times.Follow(axis.driftEnvelope, space.driftEnvelope.data(), value);
-    double* const centres = space.centres.data();
+        follows ? times.Follow(axis.driftEnvelope, envelope.data(), value) : nullptr;
+    double* const centres = m.spaces[place].centres.data();
     c.centres = centres;
     if (varies || values) {
         if (!values)
-            std::fill_n(space.driftEnvelope.data(), kRoom, value);
-        Drift drift{space.driftEnvelope.data(),
-                    weights.c0,
-                    weights.rest,
-                    dt,
-                    nullptr,
-                    nullptr,
-                    &centre,
-                    centres};
+            std::fill_n(envelope.data(), count, value);
+        Speed speed{envelope.data(), weights.c0, weights.rest, dt, nullptr, nullptr};
+        alignas(64) std::array<double, kCellRoom> allWeights, rests;
         if (varies) {
-            weight.Write(space.weights.data(), count);
-            rest.Write(space.rests.data(), count);
-            drift.weights = space.weights.data();
-            drift.rests = space.rests.data();
+            weight.Write(m.ramps, allWeights.data(), count);
+            rest.Write(m.ramps, rests.data(), count);
+            speed.weights = allWeights.data();
+            speed.rests = rests.data();
         }
-        drifts.Add(drift);
+        Loops().Steps(speed, centres, count);
+        m.drifts.Add({&centre, centres});
         return;
     }
     const double step = dt * (value * weights.c0 + weights.rest);
@@ -192,42 +230,39 @@ double VoiceMotion::Turn(const Axis& axis, const RunningVoice& v,
     return factors ? turn : turn * (v.glide.Factor() * v.bend.Factor());
 }
 
-/// What moves several voices; x and y by turns.
-struct VoiceMotion::Moving {
-    static constexpr std::size_t kMost = 2 * kTogether;
-    std::array<Space, kMost> spaces;
-    std::array<Coordinate, kMost> coordinates{};
-    std::array<double, kMost> phases, sines, cosines;
-    std::array<std::array<double, kMostSamples>, kTogether> pitches;
-};
-
 /// All but the waves and the places.
-void VoiceMotion::Begin(std::span<RunningVoice* const> voices, Moving& m) const noexcept {
-    Drifts drifts;
+void VoiceMotion::PutOrbits(std::span<RunningVoice* const> voices, Moving& m) const noexcept {
     for (std::size_t k = 0; k < voices.size(); k++) {
         RunningVoice& v = *voices[k];
         Times times(v, dt, count);
-        PutCentre(x, v, v.cx, times, drifts, m.spaces[2 * k], m.coordinates[2 * k]);
-        PutCentre(y, v, v.cy, times, drifts, m.spaces[2 * k + 1], m.coordinates[2 * k + 1]);
-        PutRadius(x, v, times, m.spaces[2 * k], m.coordinates[2 * k]);
-        PutRadius(y, v, times, m.spaces[2 * k + 1], m.coordinates[2 * k + 1]);
+        PutCentre(x, v, v.cx, times, m, 2 * k);
+        PutCentre(y, v, v.cy, times, m, 2 * k + 1);
+        PutRadius(x, v, times, m, 2 * k);
+        PutRadius(y, v, times, m, 2 * k + 1);
         v.fresh = false;
+    }
+    m.drifts.Run(count);
+}
+
+/// All but the places.
+void VoiceMotion::Begin(std::span<RunningVoice* const> voices, Moving& m) const noexcept {
+    PutOrbits(voices, m);
+    for (std::size_t k = 0; k < voices.size(); k++) {
+        RunningVoice& v = *voices[k];
         const double* const factors = Factors(v, m.pitches[k].data());
         m.phases[2 * k] = v.x.Begin(Turn(x, v, factors), offset, factors);
         m.phases[2 * k + 1] = v.y.Begin(Turn(y, v, factors), offset, factors);
     }
-    drifts.Run(count);
     Loops().Waves(m.phases.data(), m.sines.data(), m.cosines.data(), 2 * voices.size());
 }
 
-void VoiceMotion::Move(std::span<RunningVoice* const> voices, float* placesx,
-                       float* placesy) const noexcept {
-    Moving m;
+void VoiceMotion::Move(std::span<RunningVoice* const> voices, Places places) const noexcept {
+    Moving m(count);
     Begin(voices, m);
     for (std::size_t i = 0; i < 2 * voices.size(); i++) {
         RunningVoice& v = *voices[i / 2];
         const bool isX = i % 2 == 0;
-        m.coordinates[i].place = (isX ? placesx : placesy) + i / 2 * count;
+        m.coordinates[i].place = (isX ? places.x : places.y) + i / 2 * count;
         (isX ? v.x : v.y)
             .Advance(isX ? Oscillator::Wave::cosine : Oscillator::Wave::sine, m.sines[i],
                      m.cosines[i], count, m.spaces[i].waves.data(), m.coordinates[i]);
@@ -235,17 +270,17 @@ void VoiceMotion::Move(std::span<RunningVoice* const> voices, float* placesx,
     Loops().Places(m.coordinates.data(), 2 * voices.size(), count);
 }
 
-void VoiceMotion::Move(std::span<RunningVoice* const> voices, const Ears& ears, float* leftx,
-                       float* lefty, float* rightx, float* righty) const noexcept {
-    Moving m;
+void VoiceMotion::Move(std::span<RunningVoice* const> voices, const Ears& ears, Places left,
+                       Places right) const noexcept {
+    Moving m(count);
     Begin(voices, m);
     alignas(64) std::array<std::array<double, kRoom>, Moving::kMost> waves;
     std::array<Coordinate, Moving::kMost> rights = m.coordinates;
     for (std::size_t i = 0; i < 2 * voices.size(); i++) {
         RunningVoice& v = *voices[i / 2];
         const bool isX = i % 2 == 0;
-        m.coordinates[i].place = (isX ? leftx : lefty) + i / 2 * count;
-        rights[i].place = (isX ? rightx : righty) + i / 2 * count;
+        m.coordinates[i].place = (isX ? left.x : left.y) + i / 2 * count;
+        rights[i].place = (isX ? right.x : right.y) + i / 2 * count;
         (isX ? v.x : v.y)
             .Advance(isX ? Oscillator::Wave::cosine : Oscillator::Wave::sine,
                      isX ? ears.X() : ears.Y(), m.sines[i], m.cosines[i], count,
@@ -253,6 +288,93 @@ void VoiceMotion::Move(std::span<RunningVoice* const> voices, const Ears& ears, 
     }
     Loops().Places(m.coordinates.data(), 2 * voices.size(), count);
     Loops().Places(rights.data(), 2 * voices.size(), count);
+}
+
+/// Whether the voice's phases grow by the same steps in all cells; begins them then, as those of
+/// the voice of that number.
+bool VoiceMotion::TurnsEvenly(RunningVoice& v, Turning& turning, std::size_t voice) const noexcept {
+    const std::size_t cells = count / kMostSamples;
+    double* const ofx = &turning.phases[turning.number];
+    double* const ofy = ofx + cells;
+    if (!v.x.BeginCells(Turn(x, v, nullptr), cells, ofx) ||
+        !v.y.BeginCells(Turn(y, v, nullptr), cells, ofy))
+        return false;
+    const bool joint = std::equal(ofx, ofy, ofy);
+    turning.places[voice] = {turning.number, turning.number + (joint ? 0 : cells)};
+    turning.number += joint ? cells : 2 * cells;
+    return true;
+}
+
+void VoiceMotion::MoveTogether(std::span<RunningVoice* const> voices, Turning& turning,
+                               std::size_t stride, const Ears* ears, Places left,
+                               Places right) const noexcept {
+    const std::size_t cells = count / kMostSamples;
+    const BlockLoops& loops = Loops();
+    loops.Waves(turning.phases.data(), turning.sines.data(), turning.cosines.data(),
+                turning.number);
+    Moving m(count);
+    PutOrbits(voices, m);
+    for (std::size_t k = 0; k < voices.size(); k++) {
+        Coordinate& ofx = m.coordinates[2 * k];
+        Coordinate& ofy = m.coordinates[2 * k + 1];
+        ofx.steps = voices[k]->x.PassCells(cells);
+        ofy.steps = voices[k]->y.PassCells(cells);
+        const auto [atx, aty] = turning.places[k];
+        const double *const sinesx = &turning.sines[atx], *const cosinesx = &turning.cosines[atx];
+        const double *const sinesy = &turning.sines[aty], *const cosinesy = &turning.cosines[aty];
+        const auto write = [&](CellWaves wavesx, CellWaves wavesy, Places places) {
+            ofx.place = places.x + k * kMostSamples;
+            ofy.place = places.y + k * kMostSamples;
+            loops.Cells(ofx, wavesx, cells, stride);
+            loops.Cells(ofy, wavesy, cells, stride);
+        };
+        if (!ears) {
+            write({cosinesx, sinesx, -1}, {sinesy, cosinesy, 1}, left);
+            continue;
+        }
+        CellEars apartx, aparty;
+        apartx.Turn(ears->X(), sinesx, cosinesx, cells);
+        aparty.Turn(ears->Y(), sinesy, cosinesy, cells);
+        write({apartx.leftCosines.data(), apartx.leftSines.data(), -1},
+              {aparty.leftSines.data(), aparty.leftCosines.data(), 1}, left);
+        write({apartx.rightCosines.data(), apartx.rightSines.data(), -1},
+              {aparty.rightSines.data(), aparty.rightCosines.data(), 1}, right);
+    }
+}
+
+void VoiceMotion::MoveAlone(RunningVoice& v, std::size_t stride, const Ears* ears, Places left,
+                            Places right) const noexcept {
+    VoiceMotion cell = *this;
+    cell.count = kMostSamples;
+    RunningVoice* const voice = &v;
+    for (std::size_t at = 0; at < count / kMostSamples * stride; at += stride) {
+        const Places here{left.x + at, left.y + at};
+        if (ears)
+            cell.Move({&voice, 1}, *ears, here, {right.x + at, right.y + at});
+        else
+            cell.Move({&voice, 1}, here);
+    }
+}
+
+void VoiceMotion::MoveCells(std::span<RunningVoice* const> voices, const Ears* ears, Places left,
+                            Places right) const noexcept {
+    const std::size_t stride = voices.size() * kMostSamples;
+    for (std::size_t k = 0; k < voices.size();) {
+        Turning turning;
+        std::size_t even = 0;
+        while (even < kTogether && k + even < voices.size() &&
+               TurnsEvenly(*voices[k + even], turning, even))
+            even++;
+        const auto from = [at = k * kMostSamples](Places places) {
+            return Places{places.x + at, places.y + at};
+        };
+        if (even > 0)
+            MoveTogether(voices.subspan(k, even), turning, stride, ears, from(left),
+                         ears ? from(right) : right);
+        else
+            MoveAlone(*voices[k], stride, ears, from(left), ears ? from(right) : right);
+        k += std::max<std::size_t>(even, 1);
+    }
 }
 
 bool VoiceMotion::Stands(const Axis& axis, RunningVoice& v) const noexcept {

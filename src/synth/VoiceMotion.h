@@ -20,28 +20,35 @@ namespace vexa {
 class VoiceMotion {
   public:
     /// Voices that are moved at a time, side by side.
-    static constexpr std::size_t kTogether = 4;
+    static constexpr std::size_t kTogether = 8;
 
     /// A block of `count` samples, `dt` seconds each, that begins `offset` samples after its cell
-    /// (Oscillator).
+    /// (Oscillator); or up to kMostCells whole cells.
     VoiceMotion(const sound_param& p, const ControllerTable& controllers, const OwnControllers& own,
                 double dt, std::size_t offset, std::size_t count) noexcept;
 
-    /// Moves up to kTogether voices: writes the places of voice k to x[k * count + i] and
-    /// y[k * count + i], and up to kSlack floats beyond, and advances the voices.
-    void Move(std::span<RunningVoice* const> voices, float* x, float* y) const noexcept;
-    /// The same for both ears.
-    void Move(std::span<RunningVoice* const> voices, const Ears& ears, float* leftx, float* lefty,
-              float* rightx, float* righty) const noexcept;
+    /// Where an ear's places are written.
+    struct Places {
+        float *x, *y;
+    };
 
-    /// Whether the sums of the voice's formulas stay as they are now, and it does not come to a
-    /// stand for good, in so many cells from here on.
-    bool GoesOn(RunningVoice& v, std::size_t cells) const noexcept;
-    /// As Move, for whole cells of any number of voices that go on: writes the places of voice k in
-    /// cell i from x[(i * voices.size() + k) * kMostSamples] on. The motion is that of a whole
-    /// cell.
-    void MoveCells(std::span<RunningVoice* const> voices, std::size_t cells, float* x,
-                   float* y) const noexcept;
+    /// Moves up to kTogether voices over a block: writes the places of voice k to x[k * count + i]
+    /// and y[k * count + i], and up to kSlack floats beyond, and advances the voices.
+    void Move(std::span<RunningVoice* const> voices, Places places) const noexcept;
+    /// The same for both ears.
+    void Move(std::span<RunningVoice* const> voices, const Ears& ears, Places left,
+              Places right) const noexcept;
+
+    /// In how many whole cells from here on, at most `most`, the voice moves in the same way: the
+    /// sums of its formulas want what they wanted, none of them arrives but at the end, and the
+    /// voice does not come to a stand for good.
+    std::size_t CellsFor(RunningVoice& v, std::size_t most) const noexcept;
+    /// As Move, over cells, for any number of voices that move in the same way in all of them and
+    /// whose pitch stays: writes the places of voice k in cell i from
+    /// x[(i * voices.size() + k) * kMostSamples] on. Without ears only to the left; those that
+    /// there are stay where they are.
+    void MoveCells(std::span<RunningVoice* const> voices, const Ears* ears, Places left,
+                   Places right) const noexcept;
 
     /// Whether the point of a released voice stays where it is as long as the sound is the same: no
     /// radius, no drift, and no envelope that would still change that.
@@ -80,17 +87,19 @@ class VoiceMotion {
         /// Radians per second of a note of 1 Hz.
         double turn;
     };
-    bool GoesOn(const Axis& axis, const RunningVoice& v) const noexcept;
-    bool HoldsFor(const Axis& axis, RunningVoice& v, double centre, double length, double end,
-                  SteadyCoordinate& coordinate) const noexcept;
-    bool MoveSteadily(RunningVoice& v, std::size_t cells, std::size_t stride, float* placesx,
-                      float* placesy) const noexcept;
-
     struct Space;
     struct Moving;
+    struct Turning;
     class Times;
     class Drifts;
 
+    std::size_t CellsFor(const Axis& axis, const RunningVoice& v, std::size_t most) const noexcept;
+    bool TurnsEvenly(RunningVoice& v, Turning& turning, std::size_t voice) const noexcept;
+    void MoveTogether(std::span<RunningVoice* const> voices, Turning& turning, std::size_t stride,
+                      const Ears* ears, Places left, Places right) const noexcept;
+    void MoveAlone(RunningVoice& v, std::size_t stride, const Ears* ears, Places left,
+                   Places right) const noexcept;
+    void PutOrbits(std::span<RunningVoice* const> voices, Moving& moving) const noexcept;
     void Begin(std::span<RunningVoice* const> voices, Moving& moving) const noexcept;
     bool Stands(const Axis& axis, RunningVoice& v) const noexcept;
     Weights Of(const Coefficients& sum, const RunningVoice& v) const noexcept {
@@ -99,10 +108,10 @@ class VoiceMotion {
     double Sum(RunningVoice& v, std::size_t number, double target) const noexcept;
     const double* Factors(RunningVoice& v, double* space) const noexcept;
     double Turn(const Axis& axis, const RunningVoice& v, const double* factors) const noexcept;
-    void PutRadius(const Axis& axis, RunningVoice& v, Times& times, Space& space,
-                   Coordinate& coordinate) const noexcept;
-    void PutCentre(const Axis& axis, RunningVoice& v, double& centre, Times& times, Drifts& drifts,
-                   Space& space, Coordinate& coordinate) const noexcept;
+    void PutRadius(const Axis& axis, RunningVoice& v, Times& times, Moving& moving,
+                   std::size_t place) const noexcept;
+    void PutCentre(const Axis& axis, RunningVoice& v, double& centre, Times& times, Moving& moving,
+                   std::size_t place) const noexcept;
 
     OwnControllers own;
     double dt;

@@ -151,13 +151,17 @@ void VoiceRenderer::Render(float* left, float* right, std::size_t count) noexcep
     const PlaneFunction& f = function.Get();
     Block block;
     for (std::size_t done = 0; done < count;) {
-        const std::size_t cells = offset == 0 ? std::min(kMostCells, (count - done) / kBlock) : 0;
-        if (cells > 1 && RenderCells(f, left + done, right ? right + done : nullptr, cells)) {
+        float* const rightPart = right ? right + done : nullptr;
+        const std::size_t most = offset == 0 ? std::min(kMostCells, (count - done) / kBlock) : 0;
+        // Where sounds are joined each change is to be seen in its block.
+        const bool whole = most > 1 && !joins;
+        const std::size_t cells = whole ? RenderCells(f, left + done, rightPart, most) : 0;
+        if (cells > 0) {
             done += cells * kBlock;
             continue;
         }
         const std::size_t n = std::min(kBlock - offset, count - done);
-        RenderBlock(f, block, left + done, right ? right + done : nullptr, n);
+        RenderBlock(f, block, left + done, rightPart, n);
         done += n;
         offset = (offset + n) % kBlock;
     }
@@ -204,9 +208,9 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
             const auto some = all.subspan(k, std::min(kTogether, voiceCount - k));
             const std::size_t at = k * count;
             if (apart)
-                motion.Move(some, ears, &one.x[at], &one.y[at], &other.x[at], &other.y[at]);
+                motion.Move(some, ears, {&one.x[at], &one.y[at]}, {&other.x[at], &other.y[at]});
             else
-                motion.Move(some, &one.x[at], &one.y[at]);
+                motion.Move(some, {&one.x[at], &one.y[at]});
         }
         const float* const* heard =
             inputs.Fill(source, all, controllers, own, 1.0 / sampleRate, count);

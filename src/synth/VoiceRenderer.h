@@ -16,6 +16,7 @@
 
 #include <array>
 #include <cstddef>
+#include <memory>
 #include <span>
 
 namespace vexa {
@@ -25,9 +26,8 @@ namespace vexa {
 ///
 /// It keeps the running state of every voice to itself and shows it in the voice table after each
 /// Render; notes, releases and coefficients that other threads write are taken up at the start of
-/// each block of kBlock samples, or of kMostCells such blocks where a Render asks for so many and
-/// nothing has changed. Whoever must have an event at its exact sample ends a Render
-/// there.
+/// each block of kBlock samples, or of up to kMostCells such blocks where a Render asks for so many
+/// and nothing has changed. Whoever must have an event at its exact sample ends a Render there.
 class VoiceRenderer {
   public:
     /// What all programs play with unless told otherwise: it leaves room for a chord.
@@ -35,8 +35,8 @@ class VoiceRenderer {
     /// Samples that are computed in one go.
     static constexpr std::size_t kBlock = kMostSamples;
 
-    /// The records are shared and outlive the renderer. Starts with gain 0, dummyfunction and
-    /// 44100 samples per second.
+    /// Allocates. The records are shared and outlive the renderer. Starts with gain 0,
+    /// dummyfunction and 44100 samples per second.
     VoiceRenderer(const ControllerTable& controllers, Macros& macros, const sound_param& parameters,
                   const Playing& playing, const ChannelVolumes& volumes, VoiceTable& voices);
 
@@ -74,6 +74,13 @@ class VoiceRenderer {
 
   private:
     struct Block;
+    /// What one ear hears over several cells: the places of the voices, the values there, and their
+    /// sum. Too large for the stack of a host's thread.
+    struct CellEar {
+        alignas(64) std::array<float, kMostCells * kVoiceSlots * kBlock> x, y;
+        alignas(64) std::array<float, kMostCells * kVoiceSlots * kBlock + kSlack> s;
+        alignas(64) std::array<float, kCellRoom> sum;
+    };
 
     void TakeUpChange(RunningVoice& running, const voice& slot, const PlaneSource& f) noexcept;
     void MoveTo(RunningVoice& running, std::size_t channel, bool begins) noexcept;
@@ -91,7 +98,8 @@ class VoiceRenderer {
     double BendOf(const RunningVoice& v, const voice& slot) const noexcept;
     bool Panned() const noexcept;
     bool GoesOn(const RunningVoice& running, const voice& slot) const noexcept;
-    bool RenderCells(const PlaneFunction& f, float* left, float* right, std::size_t cells) noexcept;
+    std::size_t RenderCells(const PlaneFunction& f, float* left, float* right,
+                            std::size_t most) noexcept;
     bool WakeIfChanged(const VoiceMotion& motion, const PlaneFunction& f) noexcept;
     void Join(std::span<RunningVoice* const> sounding, const Block& block, std::size_t count,
               float louder) const noexcept;
@@ -105,6 +113,7 @@ class VoiceRenderer {
     const Playing& playing;
     OutputMix mix;
     Ears ears;
+    std::unique_ptr<std::array<CellEar, 2>> cellEars{std::make_unique<std::array<CellEar, 2>>()};
     /// The right ear has filters of its own.
     bool apart = false;
     VoiceTable& voices;

@@ -120,7 +120,12 @@ TEST_P(Loops, PlacesOfCellsAreThoseOfEachCell) {
     constexpr std::size_t kCells = 5, kStride = 100;
     std::mt19937_64 random(1);
     const auto number = [&random] { return double(random() >> 11) * 0x1p-52 - 1; };
-    for (const double drift : {0.0, 0x1p-20}) {
+    std::array<float, kCells * kMostSamples> envelope;
+    std::array<double, kCells * kMostSamples> centres;
+    std::generate(envelope.begin(), envelope.end(), [&] { return float(number()); });
+    std::generate(centres.begin(), centres.end(), number);
+    for (int way = 0; way < 6; way++) {
+        const double drift = way % 3 == 1 ? 0x1p-20 : 0.0;
         vexa::StepWaves steps;
         for (double* waves : {steps.sines, steps.cosines, steps.eightSines, steps.eightCosines})
             std::generate_n(waves, 8, number);
@@ -129,33 +134,40 @@ TEST_P(Loops, PlacesOfCellsAreThoseOfEachCell) {
         std::generate(slopes.begin(), slopes.end(), number);
         std::array<float, kCells * kStride> places;
         std::array<float, kRoom> place;
-        GetParam()->Cells(
-            {&steps, values.data(), slopes.data(), -1, 1.7, -0.75, drift, places.data(), kStride},
-            kCells);
+        vexa::Coordinate whole{};
+        whole.steps = &steps;
+        whole.radius = 1.7;
+        whole.envelope = way >= 3 ? envelope.data() : nullptr;
+        whole.centre = -0.75;
+        whole.drift = drift;
+        whole.centres = way % 3 == 2 ? centres.data() : nullptr;
+        whole.place = places.data();
+        GetParam()->Cells(whole, {values.data(), slopes.data(), -1}, kCells, kStride);
         for (std::size_t n = 0; n < kCells; n++) {
-            vexa::Coordinate c{};
-            c.steps = &steps;
+            const std::size_t first = n * kMostSamples;
+            vexa::Coordinate c = whole;
             c.value = values[n];
             c.slope = -slopes[n];
-            c.radius = 1.7;
-            c.centre = -0.75 + double(n * kMostSamples) * drift;
-            c.drift = drift;
+            c.envelope = whole.envelope ? &envelope[first] : nullptr;
+            c.centre = -0.75 + double(first) * drift;
+            c.centres = whole.centres ? &centres[first] : nullptr;
             c.place = place.data();
             vexa::RunnableLoops().front()->Places(&c, 1, kMostSamples);
             for (std::size_t i = 0; i < kMostSamples; i++)
-                ASSERT_EQ(places[n * kStride + i], place[i]) << drift << ' ' << n << ' ' << i;
+                ASSERT_EQ(places[n * kStride + i], place[i]) << way << ' ' << n << ' ' << i;
         }
     }
 }
 
 TEST_P(Loops, DriftsAddTheirSpeedsOneAfterTheOther) {
-    constexpr std::size_t kMost = 8;
+    constexpr std::size_t kMost = 15;
     std::array<std::array<float, kRoom>, kMost> envelopes;
     std::array<std::array<double, kRoom>, kMost> centres;
     // Weights that go from 0.2 to 1.7 within 40 samples, of which 3 are over.
-    std::array<double, kRoom> weights, rests;
+    std::array<double, kRoom> parts, weights, rests;
     rests.fill(-0.7);
-    GetParam()->Ramp({0.2, 1.7, 3, 40}, weights.data(), 50);
+    GetParam()->Parts(3, 40, parts.data(), 50);
+    GetParam()->Ramp({0.2, 1.7}, parts.data(), weights.data(), 50);
     for (std::size_t number = 1; number <= kMost; number++) {
         std::array<double, kMost> is, should;
         std::vector<vexa::Drift> drifts;
@@ -164,9 +176,10 @@ TEST_P(Loops, DriftsAddTheirSpeedsOneAfterTheOther) {
                 envelopes[k][i] = float(std::sin(double(i + 9 * k)));
             is[k] = should[k] = double(k);
             const bool varies = k % 3 == 1;
-            drifts.push_back({envelopes[k].data(), 0.3 * double(k), 0.1, 1.0 / 44100,
-                              varies ? weights.data() : nullptr, varies ? rests.data() : nullptr,
-                              &is[k], centres[k].data()});
+            GetParam()->Steps({envelopes[k].data(), 0.3 * double(k), 0.1, 1.0 / 44100,
+                               varies ? weights.data() : nullptr, varies ? rests.data() : nullptr},
+                              centres[k].data(), 50);
+            drifts.push_back({&is[k], centres[k].data()});
         }
         GetParam()->Drifts(drifts.data(), number, 50);
         for (std::size_t k = 0; k < number; k++) {

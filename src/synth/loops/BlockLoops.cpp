@@ -28,19 +28,28 @@ double Count(std::size_t i) {
     return static_cast<double>(static_cast<int>(i));
 }
 
-double Accumulate(double start, double step, double* __restrict sums, std::size_t count) {
+template<class Number>
+double AccumulateTo(double start, double step, Number* __restrict sums, std::size_t count) {
     const double rounded = RoundedStep(start, step);
     const double last = start + Count(count) * rounded;
     if (AddsTheSame(start, step, rounded, last)) {
         for (std::size_t i = 0; i < Whole(count); i++)
-            sums[i] = start + Count(i) * rounded;
+            sums[i] = static_cast<Number>(start + Count(i) * rounded);
         return last;
     }
     for (std::size_t i = 0; i < count; i++) {
-        sums[i] = start;
+        sums[i] = static_cast<Number>(start);
         start += step;
     }
     return start;
+}
+
+double Accumulate(double start, double step, double* sums, std::size_t count) {
+    return AccumulateTo(start, step, sums, count);
+}
+
+double Moments(double start, double step, float* sums, std::size_t count) {
+    return AccumulateTo(start, step, sums, count);
 }
 
 void Waves(const double* __restrict phase, double* __restrict sines, double* __restrict cosines,
@@ -152,51 +161,77 @@ void Places(const Coordinate* coordinates, std::size_t number, std::size_t count
     }
 }
 
-template<bool drifting>
-void CellsOf(const SteadyCoordinate& coordinate, std::size_t cells) {
-    const SteadyCoordinate c = coordinate;
+/// How the centre moves.
+enum class Centre { stays, drifts, wanders };
+
+template<bool enveloped, Centre centre>
+void CellsOf(const Coordinate& coordinate, const CellWaves& begin, std::size_t cells,
+             std::size_t stride) {
+    const Coordinate c = coordinate;
     const SteppedWaves waves(*c.steps);
     const EightDoubles moments = {0, 1, 2, 3, 4, 5, 6, 7};
     // Those of all cells first: what is read from memory is in all lanes at once, while the
     // compiler would copy what it still holds from lane to lane, which takes as long as a product.
     alignas(64) double values[kMostCells][8], slopes[kMostCells][8];
     for (std::size_t n = 0; n < cells; n++)
-        waves.Begin(c.values[n], c.slopeSign * c.slopes[n], values[n], slopes[n]);
+        waves.Begin(begin.values[n], begin.slopeSign * begin.slopes[n], values[n], slopes[n]);
     for (std::size_t n = 0; n < cells; n++) {
-        const double centre = c.centre + Count(n * kMostSamples) * c.drift;
-        float* const place = c.place + n * c.stride;
+        const std::size_t first = n * kMostSamples;
+        const double start = c.centre + Count(first) * c.drift;
+        float* const place = c.place + n * stride;
+        alignas(64) double radii[kMostSamples];
+        for (std::size_t i = 0; enveloped && i < kMostSamples; i++)
+            radii[i] = c.envelope[first + i] * c.radius;
         for (std::size_t g = 0; g < kMostSamples / 8; g++) {
-            EightDoubles wave;
+            EightDoubles wave, centres, radius = EightDoubles{} + c.radius;
             waves.Take(values[n][g], slopes[n][g], wave);
-            // A drift of 0 may give the sum another sign than the centre's.
-            const EightDoubles centres =
-                drifting ? centre + (moments + Count(8 * g)) * c.drift : centre + EightDoubles{};
-            const auto rounded = __builtin_convertvector(c.radius * wave + centres, EightFloats);
+            if constexpr (enveloped)
+                __builtin_memcpy(&radius, radii + 8 * g, sizeof radius);
+            if constexpr (centre == Centre::wanders)
+                __builtin_memcpy(&centres, c.centres + first + 8 * g, sizeof centres);
+            else if constexpr (centre == Centre::drifts)
+                centres = start + (moments + Count(8 * g)) * c.drift;
+            else // which may have another sign than the centre
+                centres = start + EightDoubles{};
+            const auto rounded = __builtin_convertvector(radius * wave + centres, EightFloats);
             __builtin_memcpy(place + 8 * g, &rounded, sizeof rounded);
         }
     }
 }
 
-void Cells(const SteadyCoordinate& coordinate, std::size_t cells) {
-    (coordinate.drift == 0 ? CellsOf<false> : CellsOf<true>)(coordinate, cells);
+template<Centre centre>
+void CellsRound(const Coordinate& c, const CellWaves& waves, std::size_t cells,
+                std::size_t stride) {
+    (c.envelope ? CellsOf<true, centre> : CellsOf<false, centre>)(c, waves, cells, stride);
+}
+
+void Cells(const Coordinate& c, const CellWaves& waves, std::size_t cells, std::size_t stride) {
+    (c.centres        ? CellsRound<Centre::wanders>
+     : c.drift != 0.0 ? CellsRound<Centre::drifts>
+                      : CellsRound<Centre::stays>)(c, waves, cells, stride);
+}
+
+void Steps(const Speed& speed, double* __restrict steps, std::size_t count) {
+    const Speed s = speed;
+    for (std::size_t i = 0; i < Whole(count) && !s.weights; i++)
+        steps[i] = s.dt * (s.envelope[i] * s.weight + s.rest);
+    for (std::size_t i = 0; i < Whole(count) && s.weights; i++)
+        steps[i] = s.dt * (s.envelope[i] * s.weights[i] + s.rests[i]);
 }
 
 template<std::size_t side>
 void DriftsOf(const Drift* drifts, std::size_t count) {
-    double steps[side][kRoom];
+    double* steps[side];
     double centre[side];
     for (std::size_t k = 0; k < side; k++) {
-        const Drift d = drifts[k];
-        for (std::size_t i = 0; i < Whole(count) && !d.weights; i++)
-            steps[k][i] = d.dt * (d.envelope[i] * d.weight + d.rest);
-        for (std::size_t i = 0; i < Whole(count) && d.weights; i++)
-            steps[k][i] = d.dt * (d.envelope[i] * d.weights[i] + d.rests[i]);
-        centre[k] = *d.centre;
+        steps[k] = drifts[k].steps;
+        centre[k] = *drifts[k].centre;
     }
     for (std::size_t i = 0; i < count; i++) {
         for (std::size_t k = 0; k < side; k++) {
-            drifts[k].centres[i] = centre[k];
-            centre[k] += steps[k][i];
+            const double next = centre[k] + steps[k][i];
+            steps[k][i] = centre[k];
+            centre[k] = next;
         }
     }
     for (std::size_t k = 0; k < side; k++)
@@ -204,6 +239,8 @@ void DriftsOf(const Drift* drifts, std::size_t count) {
 }
 
 void Drifts(const Drift* drifts, std::size_t number, std::size_t count) {
+    for (; number >= 8; drifts += 8, number -= 8)
+        DriftsOf<8>(drifts, count);
     for (; number >= 4; drifts += 4, number -= 4)
         DriftsOf<4>(drifts, count);
     for (; number >= 2; drifts += 2, number -= 2)
@@ -216,13 +253,12 @@ void Drifts(const Drift* drifts, std::size_t number, std::size_t count) {
 /// The bits of a / b with b's rounded reciprocal, by two of Markstein's steps, which take a third
 /// of a division's time. (P. Markstein, "Computation of elementary functions on the IBM RISC
 /// System/6000 processor", 1990: the last step rounds as a division does, as the one before has
-/// come to the last bit.) Where nothing overflows, and what is left over does not underflow.
+/// come to the last bit.) Where nothing overflows, and what is left over does not underflow; a 0
+/// may come with the other sign.
 double Quotient(double a, double b, double reciprocal) {
     const double rough = a * reciprocal;
     const double close = __builtin_fma(__builtin_fma(-b, rough, a), reciprocal, rough);
-    const double exact = __builtin_fma(__builtin_fma(-b, close, a), reciprocal, close);
-    // With the sign that a 0 has.
-    return a == 0 ? rough : exact;
+    return __builtin_fma(__builtin_fma(-b, close, a), reciprocal, close);
 }
 
 /// Whether a magnitude is far from all that could overflow or underflow.
@@ -235,7 +271,8 @@ void Line(const EnvelopeLine& line, const float* __restrict t, float* __restrict
           std::size_t count) {
     const EnvelopeLine l = line;
 #if defined(__FMA__)
-    if (Moderate(l.rise) && Moderate(l.run)) {
+    // Only to a base of -0 a sign of 0 would matter.
+    if (Moderate(l.rise) && Moderate(l.run) && (l.base != 0 || !__builtin_signbit(l.base))) {
         const double reciprocal = 1 / l.run;
         for (std::size_t i = 0; i < count; i++)
             values[i] = static_cast<float>(
@@ -247,26 +284,29 @@ void Line(const EnvelopeLine& line, const float* __restrict t, float* __restrict
         values[i] = static_cast<float>(l.base + (double(t[i]) - l.origin) * l.rise / l.run);
 }
 
-void Ramp(const RampLine& line, double* __restrict values, std::size_t count) {
-    const RampLine l = line;
-    const double way = l.to - l.from, length = Count(l.length);
+void Parts(std::size_t done, std::size_t length, double* __restrict parts, std::size_t count) {
+    const double begin = Count(done), end = Count(length);
 #if defined(__FMA__)
-    const double reciprocal = 1 / length;
-#endif
-    for (std::size_t i = 0; i < Whole(count); i++) {
-        const double place = Count(l.done) + Count(i);
-#if defined(__FMA__)
-        const double part = Quotient(place, length, reciprocal);
+    const double reciprocal = 1 / end;
+    for (std::size_t i = 0; i < Whole(count); i++)
+        parts[i] = Quotient(begin + Count(i), end, reciprocal);
 #else
-        const double part = place / length;
+    for (std::size_t i = 0; i < Whole(count); i++)
+        parts[i] = (begin + Count(i)) / end;
 #endif
-        values[i] = place < length ? l.from + way * part : l.to;
-    }
 }
 
-void Narrow(const double* __restrict from, float* __restrict to, std::size_t count) {
+void Ramp(const RampLine& line, const double* __restrict parts, double* __restrict values,
+          std::size_t count) {
+    const RampLine l = line;
+    const double way = l.to - l.from;
     for (std::size_t i = 0; i < Whole(count); i++)
-        to[i] = static_cast<float>(from[i]);
+        values[i] = parts[i] < 1 ? l.from + way * parts[i] : l.to;
+}
+
+void Scale(float* __restrict values, const double* __restrict factors, std::size_t count) {
+    for (std::size_t i = 0; i < Whole(count); i++)
+        values[i] = static_cast<float>(values[i] * factors[i]);
 }
 
 using Sums = float __attribute__((vector_size(kSlack * sizeof(float))));
@@ -283,6 +323,20 @@ void FilterOf(const float* taps, std::size_t length, const float* frames, std::s
             __builtin_memcpy(&frame, frames + i * step + k, sizeof frame);
             sums[i] += tap * frame;
         }
+    }
+    if constexpr (side == 4) {
+        const float* rows[side];
+        for (std::size_t i = 0; i < side; i++)
+            rows[i] = reinterpret_cast<const float*>(&sums[i]);
+        Four total{};
+        for (int lane = 0; lane < int(kSlack); lane += 4) {
+            Four lanes[4];
+            Columns(rows, lane, lanes);
+            for (const Four& sum : lanes)
+                total += sum;
+        }
+        __builtin_memcpy(out, &total, sizeof total);
+        return;
     }
     for (std::size_t i = 0; i < side; i++) {
         float sum = 0;
@@ -315,7 +369,8 @@ void Words(const float* __restrict values, unsigned* __restrict words, std::size
 
 } // namespace
 
-const BlockLoops VEXA_LOOPS_TABLE = {Accumulate, Waves, Places, Cells,  Drifts, Line,
-                                     LowCut,     Ramp,  Narrow, Filter, Words,  VEXA_LOOPS_NAME};
+const BlockLoops VEXA_LOOPS_TABLE = {Accumulate, Moments, Waves,  Places, Cells,
+                                     Steps,      Drifts,  Line,   LowCut, Parts,
+                                     Ramp,       Scale,   Filter, Words,  VEXA_LOOPS_NAME};
 
 } // namespace vexa

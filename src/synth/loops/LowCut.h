@@ -74,7 +74,8 @@ inline void Step(const Lanes& hpa, const Lanes& hpb, const Lanes& gain, const La
 }
 
 #if defined(__FMA__)
-/// The same of four, of which the compiler would fuse one lane after the other.
+// The same by whole vectors, where the compiler would now and then take lane after lane.
+
 inline void Step(const Four& hpa, const Four& hpb, const Four& gain, const Four& s, Four& hpsum0,
                  Four& hpsum1, Four& output) {
     const auto wide = [](Four values) { return _mm256_cvtps_pd(values); };
@@ -85,10 +86,33 @@ inline void Step(const Four& hpa, const Four& hpb, const Four& gain, const Four&
     hpsum0 = _mm_fmadd_ps(hpa, hpsum0, s);
     hpsum1 = _mm_fmadd_ps(hpb, hpsum1, s);
 }
+
+inline void Step(const Eight& hpa, const Eight& hpb, const Eight& gain, const Eight& s,
+                 Eight& hpsum0, Eight& hpsum1, Eight& output) {
+#if defined(__AVX512F__)
+    // With a mask of all lanes, as the compiler warns of what the form without one leaves open.
+    const auto wide = [](Eight values) { return _mm512_maskz_cvtps_pd(0xFF, values); };
+    const __m512d input = wide(s);
+    const __m512d w0 = _mm512_fmadd_pd(wide(hpa), wide(hpsum0), input);
+    const __m512d w1 = _mm512_fmadd_pd(wide(hpb), wide(hpsum1), input);
+    output = _mm512_maskz_cvtpd_ps(0xFF, input - wide(gain) * (w0 - w1));
+    hpsum0 = _mm256_fmadd_ps(hpa, hpsum0, s);
+    hpsum1 = _mm256_fmadd_ps(hpb, hpsum1, s);
+#else
+    const auto low = [](const Eight& v) { return Four(_mm256_castps256_ps128(v)); };
+    const auto high = [](const Eight& v) { return Four(_mm256_extractf128_ps(v, 1)); };
+    Four sums0[] = {low(hpsum0), high(hpsum0)}, sums1[] = {low(hpsum1), high(hpsum1)}, outputs[2];
+    Step(low(hpa), low(hpb), low(gain), low(s), sums0[0], sums1[0], outputs[0]);
+    Step(high(hpa), high(hpb), high(gain), high(s), sums0[1], sums1[1], outputs[1]);
+    hpsum0 = _mm256_set_m128(sums0[1], sums0[0]);
+    hpsum1 = _mm256_set_m128(sums1[1], sums1[0]);
+    output = _mm256_set_m128(outputs[1], outputs[0]);
+#endif
+}
 #endif
 
-/// Four columns of as many rows as a column has lanes, from `place` on in each row.
-inline void Columns(const float* const* rows, int place, Four (&columns)[4]) {
+/// Writes four columns of as many rows as a column has lanes, from `place` on in each row.
+inline void Columns(const float* const* rows, int place, Four* columns) {
     Four four[4];
     for (int row = 0; row < 4; row++)
         __builtin_memcpy(&four[row], rows[row] + place, sizeof(Four));
@@ -102,16 +126,14 @@ inline void Columns(const float* const* rows, int place, Four (&columns)[4]) {
     columns[3] = __builtin_shufflevector(high01, high23, 2, 3, 6, 7);
 }
 
-inline void Columns(const float* const* rows, int place, Eight (&columns)[4]) {
-#if defined(__AVX__)
-    // The same in both halves of the vectors, of which one has the first four rows.
+inline void Columns(const float* const* rows, int place, Eight* columns) {
+#if defined(__FMA__)
+    // The same in both halves of the vectors, of which one has the first four rows. (The compiler
+    // would load the second half first, and shuffle it in where shuffles are waited for.)
     Eight four[4];
-    for (int row = 0; row < 4; row++) {
-        Four halves[2];
-        __builtin_memcpy(&halves[0], rows[row] + place, sizeof(Four));
-        __builtin_memcpy(&halves[1], rows[row + 4] + place, sizeof(Four));
-        four[row] = __builtin_shufflevector(halves[0], halves[1], 0, 1, 2, 3, 4, 5, 6, 7);
-    }
+    for (int row = 0; row < 4; row++)
+        four[row] = _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(rows[row] + place)),
+                                         _mm_loadu_ps(rows[row + 4] + place), 1);
     const Eight low01 = __builtin_shufflevector(four[0], four[1], 0, 8, 1, 9, 4, 12, 5, 13);
     const Eight low23 = __builtin_shufflevector(four[2], four[3], 0, 8, 1, 9, 4, 12, 5, 13);
     const Eight high01 = __builtin_shufflevector(four[0], four[1], 2, 10, 3, 11, 6, 14, 7, 15);
@@ -141,17 +163,14 @@ bool AllHeard(const float* samples, std::size_t count) {
 }
 
 /// Bounds the samples as Heard says; true where one was beyond.
-template<int lanes>
-bool Bound(float (*moments)[lanes], int count) {
+bool Bound(float* samples, int count) {
     bool beyond = false;
     for (int i = 0; i < count; i++) {
-        for (int k = 0; k < lanes; k++) {
-            float& s = moments[i][k];
-            // What is not finite has no difference from itself.
-            s = s - s == 0 ? s : 0;
-            beyond = beyond || s > kMostHeard || s < -kMostHeard;
-            s = s > kMostHeard ? kMostHeard : s < -kMostHeard ? -kMostHeard : s;
-        }
+        float& s = samples[i];
+        // What is not finite has no difference from itself.
+        s = s - s == 0 ? s : 0;
+        beyond = beyond || s > kMostHeard || s < -kMostHeard;
+        s = s > kMostHeard ? kMostHeard : s < -kMostHeard ? -kMostHeard : s;
     }
     return beyond;
 }
@@ -175,22 +194,20 @@ class SideBySide {
     /// heard as it is has been bounded.
     bool Run(const float* samples, bool allHeard, int count, float* sum) {
         // For each moment the voices' samples: first the input, then the output.
-        alignas(64) float moments[kRoom][kWidth];
+        alignas(64) Lanes moments[kRoom];
+        const auto row = [&moments](int i) { return reinterpret_cast<float*>(moments + i); };
         alignas(64) static const float silence[kRoom]{};
         const float* lines[kWidth];
         for (int k = 0; k < kWidth; k++)
             lines[k] = k < voices ? samples + k * count : silence;
-        for (int i = 0; i < count; i += 4) {
-            Lanes columns[4];
-            Columns(lines, i, columns);
-            __builtin_memcpy(moments[i], columns, sizeof columns);
-        }
-        const bool beyond = !allHeard && Bound<kWidth>(moments, count);
+        for (int i = 0; i < count; i += 4)
+            Columns(lines, i, moments + i);
+        const bool beyond = !allHeard && Bound(row(0), count * kWidth);
         Filter(moments, count);
         for (int i = 0; i < count; i += kWidth) {
             const float* rows[kWidth];
             for (int moment = 0; moment < kWidth; moment++)
-                rows[moment] = moments[i + moment];
+                rows[moment] = row(i + moment);
             Lanes total;
             __builtin_memcpy(&total, sum + i, sizeof total);
             for (int k = 0; k < kWidth; k += 4) {
@@ -223,14 +240,12 @@ class SideBySide {
         __builtin_memcpy(&to, values, sizeof to);
     }
 
-    void Filter(float (*moments)[kWidth], int count) {
+    void Filter(Lanes* moments, int count) {
         const Lanes a = hpa, b = hpb, g = gain;
         Lanes sum0 = hpsum0, sum1 = hpsum1, output{};
         for (int i = 0; i < count; i++) {
-            Lanes s;
-            __builtin_memcpy(&s, moments[i], sizeof s);
-            Step(a, b, g, s, sum0, sum1, output);
-            __builtin_memcpy(moments[i], &output, sizeof output);
+            Step(a, b, g, moments[i], sum0, sum1, output);
+            moments[i] = output;
         }
         hpsum0 = sum0;
         hpsum1 = sum1;

@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Several cells at once, where nothing begins or ends: what is decided once per voice and block is
+// then decided once for all of them. Every sample is the same as it is in blocks.
+#include "synth/VoiceRenderer.h"
+
+#include <algorithm>
+
+namespace vexa {
+
+std::size_t VoiceMotion::CellsFor(const Axis& axis, const RunningVoice& v,
+                                  std::size_t most) const noexcept {
+    const Weights drift = Of(axis.drift, v);
+    const Weights radius = Of(axis.radius, v);
+    const std::array<double, 3> wanted{drift.c0, drift.rest, radius.c0 + radius.rest};
+    for (std::size_t i = 0; i < wanted.size(); i++) {
+        const Ramp<double>& sum = v.sums[2 * i + axis.number];
+        if (sum.End() != wanted[i])
+            return 0;
+        most = sum.CellsAlike(most);
+    }
+    return most;
+}
+
+std::size_t VoiceMotion::CellsFor(RunningVoice& v, std::size_t most) const noexcept {
+    const std::size_t cells = CellsFor(y, v, CellsFor(x, v, most));
+    if (!v.released || v.rests || cells == 0)
+        return cells;
+    if (v.stands)
+        return 0;
+    // What stands does so for good: it is enough to look at the end, or a little beyond, as if the
+    // sums had arrived there. The envelopes are followed from where they are afterwards.
+    const auto envelopes = v.envelopes;
+    const double t = v.t;
+    v.t += dt * static_cast<double>((cells + 1) * kMostSamples);
+    const bool stands = Stands(x, v) && Stands(y, v);
+    v.t = t;
+    v.envelopes = envelopes;
+    return stands ? 0 : cells;
+}
+
+/// Whether the voice finds nothing new in its slot.
+bool VoiceRenderer::GoesOn(const RunningVoice& v, const voice& slot) const noexcept {
+    const VoiceState::Seen seen = slot.state.Look();
+    if (!v.sounds)
+        return !seen.Active();
+    return seen.Active() && !seen.Changing() && seen.Changes() == v.changes && !v.ends &&
+           v.arrives.StaysAt(1) && v.glide.StaysAt(0) && v.bend.StaysAt(BendOf(v, slot)) &&
+           v.expressed == slot.expressed &&
+           (!v.scaled ||
+            (v.gains[0].StaysAt(slot.gains[0]) && v.gains[1].StaysAt(slot.gains[1]))) &&
+           v.own == OwnOf(slot);
+}
+
+/// Renders up to `most` whole cells at once and answers how many; none where something changes.
+std::size_t VoiceRenderer::RenderCells(const PlaneFunction& f, float* left, float* right,
+                                       std::size_t most) noexcept {
+    if (!mix.Stays() || !ears.StayAt(parameters, right ? playing.Spread() : 0) ||
+        apart != (ears.Apart() || (right && Panned())))
+        return 0;
+    const OwnControllers own(playing, macros);
+    const double dt = 1.0 / sampleRate;
+    const VoiceMotion first(parameters, controllers, own, dt, 0, kBlock);
+    const PlaneSource& source = f.Source();
+    if (!(first.Of() == sound) || &source != heard)
+        return 0;
+    std::size_t cells = most;
+    for (std::size_t i = 0; i < kVoiceSlots && cells > 1; i++) {
+        RunningVoice& v = running[i];
+        if (!GoesOn(v, voices[i]))
+            return 0;
+        if (v.sounds)
+            cells = first.CellsFor(v, cells);
+    }
+    if (cells <= 1)
+        return 0;
+    mix.GoOn(kBlock);
+    std::array<RunningVoice*, kVoiceSlots> sounding;
+    std::size_t voiceCount = 0;
+    float resting = 0, restingRight = 0;
+    for (RunningVoice& v : running) {
+        if (!v.sounds)
+            continue;
+        if (!v.rests) {
+            sounding[voiceCount++] = &v;
+            continue;
+        }
+        resting += v.filter.out * mix.Volume(v) * v.gains[0].Now();
+        restingRight += v.rightFilter.out * mix.Volume(v) * v.gains[1].Now();
+        for (std::size_t i = 0; i < cells; i++)
+            first.Pass(v);
+        v.age += cells * kBlock;
+    }
+    mix.Sort({sounding.data(), voiceCount});
+    const std::span<RunningVoice* const> all(sounding.data(), voiceCount);
+    const std::size_t points = voiceCount * kBlock;
+    auto& [one, other] = *cellEars;
+    const VoiceMotion motion(parameters, controllers, own, dt, 0, cells * kBlock);
+    motion.MoveCells(all, apart ? &ears : nullptr, {one.x.data(), one.y.data()},
+                     {other.x.data(), other.y.data()});
+    // Those of one cell after the other only where they have inputs of their own.
+    const std::size_t some = source.Inputs().empty() ? cells : 1;
+    for (std::size_t i = 0; i < cells; i += some) {
+        inputs.Advance(sampleRate, Smooth(), 0, some * kBlock);
+        if (voiceCount == 0)
+            continue;
+        const float* const* given = inputs.Fill(source, all, controllers, own, dt, some * kBlock);
+        const auto evaluate = [&](CellEar& ear) {
+            source.Evaluate(&ear.x[i * points], &ear.y[i * points], given, &ear.s[i * points],
+                            some * points);
+        };
+        evaluate(one);
+        if (apart)
+            evaluate(other);
+    }
+    std::fill_n(one.sum.data(), cells * kBlock, resting);
+    if (apart)
+        std::fill_n(other.sum.data(), cells * kBlock, restingRight);
+    const std::array<OutputMix::Ear, 2> both{
+        {{&RunningVoice::filter, one.s.data(), one.sum.data(), 0},
+         {&RunningVoice::rightFilter, other.s.data(), other.sum.data(), 1}}};
+    if (mix.Add(all, {both.data(), apart ? both.size() : 1}, cells))
+        bounded = true;
+    const float factor = gain * mix.Level();
+    for (std::size_t i = 0; i < cells * kBlock; i++)
+        left[i] = one.sum[i] * factor;
+    const float* const rightSum = apart ? other.sum.data() : one.sum.data();
+    for (std::size_t i = 0; right && i < cells * kBlock; i++)
+        right[i] = rightSum[i] * factor;
+    return cells;
+}
+
+} // namespace vexa

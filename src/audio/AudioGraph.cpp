@@ -73,6 +73,7 @@ const char* AudioGraph::Connect() {
 }
 
 AudioGraph::DeviceNews AudioGraph::Watch() {
+    producer->TellTrace();
     if (connected)
         Mixer()->TendDevice(producer->EventDelay());
     if (connected && Mixer()->DeviceHasNewRate())

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "kits/kernel/Image.h"
+#include "kits/support/RealtimeMark.h"
 #include "synth/PlaneFunction.h"
 
 #include <optional>
@@ -25,9 +26,11 @@ class FunctionAddon final : public PlaneSource {
     /// What r2rfunstr returns: the expression; nothing if the add-on has no such function.
     const std::optional<std::string>& Expression() const { return expression; }
 
-    float At(float x, float y, const float*) const noexcept override { return point(x, y); }
-    void Evaluate(const float* x, const float* y, const float* const* inputs, float* values,
-                  std::size_t count) const noexcept override;
+    VEXA_REALTIME float At(float x, float y, const float*) const noexcept override {
+        return point(x, y);
+    }
+    VEXA_REALTIME void Evaluate(const float* x, const float* y, const float* const* inputs,
+                                float* values, std::size_t count) const noexcept override;
 
   private:
     using PointForm = float (*)(float x, float y);

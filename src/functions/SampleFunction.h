@@ -7,6 +7,7 @@
 #pragma once
 
 #include "kits/storage/ProgramFolder.h"
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/Result.h"
 #include "kits/support/SupportDefs.h"
 #include "synth/PlaneFunction.h"
@@ -37,7 +38,7 @@ struct Winding {
 std::optional<Winding> WindingFor(std::size_t frames, float frameRate, double frequency);
 
 /// The plane function of a sample.
-class SampleSpiral final : public PlaneSource {
+class VEXA_REALTIME SampleSpiral final : public PlaneSource {
   public:
     SampleSpiral(SampleFrames sample, const Winding& winding);
 

@@ -2,6 +2,8 @@
 // The sample function over a block of points, compiled once per instruction set.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
+
 #include <cstddef>
 #include <span>
 
@@ -18,7 +20,7 @@ struct SpiralTurns {
 };
 
 /// The value of the spiral at a point, in the plainest form. Any thread, real-time safe.
-float sampler2rfun(const SpiralTurns& turns, float x, float y);
+VEXA_REALTIME float sampler2rfun(const SpiralTurns& turns, float x, float y);
 
 /// Loops for one instruction set. Any thread, real-time safe.
 struct SpiralLoops {

@@ -8,6 +8,7 @@
 #include "functions/FunctionCompiler.h"
 #include "functions/SampleFunction.h"
 #include "kits/storage/ProgramFolder.h"
+#include "kits/support/RealtimeMark.h"
 #include "midi/Engine.h"
 
 #include <array>
@@ -128,7 +129,7 @@ class Instrument {
     /// formula of the same values. PlaneFollower shows those that hear more than x and y.
     void Watch(Watcher next) { watcher = std::move(next); }
 
-    Engine& Playing() { return engine; }
+    VEXA_REALTIME Engine& Playing() { return engine; }
     const Engine& Playing() const { return engine; }
 
   private:

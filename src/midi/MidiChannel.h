@@ -2,6 +2,7 @@
 // What the hands hold on one MIDI channel.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/SupportDefs.h"
 #include "midi/NoteName.h"
 #include "synth/OwnControllers.h"
@@ -14,7 +15,7 @@
 namespace vexa {
 
 /// The keys that are down, in the order in which they were struck.
-class HeldKeys {
+class VEXA_REALTIME HeldKeys {
   public:
     struct Key {
         NoteName name;
@@ -45,7 +46,7 @@ class HeldKeys {
 };
 
 /// The controls of one channel, as they were last received. MIDI thread.
-class MidiChannel {
+class VEXA_REALTIME MidiChannel {
   public:
     /// What a control has changed.
     enum class Change { None, Bend, Volume, Zone };
@@ -87,7 +88,7 @@ class MidiChannel {
     struct Range {
         std::optional<uchar> semitones;
         std::optional<uchar> hundredths;
-        float Of(float otherwise) const;
+        VEXA_REALTIME float Of(float otherwise) const;
     };
 
     /// -1..1

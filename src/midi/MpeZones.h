@@ -3,6 +3,7 @@
 // 2018).
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/SupportDefs.h"
 
 #include <optional>
@@ -12,7 +13,7 @@ namespace vexa {
 /// The lower zone has channel 0 as its master and members from 1 upwards, the upper one channel 15
 /// and members from 14 downwards. A channel of a note's own is a member; what comes on the master
 /// is for all of them. At first there are no zones. MIDI thread.
-class MpeZones {
+class VEXA_REALTIME MpeZones {
   public:
     /// By the configuration message, which comes on a master: the zone has so many members, 0..15;
     /// 0 ends it. The other zone gives away what it had of them. False, and nothing changes, where

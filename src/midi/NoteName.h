@@ -2,6 +2,7 @@
 // What a host calls a note.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/SupportDefs.h"
 
 namespace vexa {
@@ -17,7 +18,7 @@ struct NoteName {
 
     static constexpr int32 kOfMidi = -2;
 
-    bool Fits(const NoteName& pattern) const noexcept {
+    VEXA_REALTIME bool Fits(const NoteName& pattern) const noexcept {
         const auto agrees = [](int32 own, int32 wanted) { return wanted == -1 || own == wanted; };
         return agrees(id, pattern.id) && agrees(channel, pattern.channel) &&
                agrees(key, pattern.key);

@@ -2,6 +2,7 @@
 // Moves the voices' points along their orbits.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "synth/Coefficients.h"
 #include "synth/Ears.h"
 #include "synth/OwnControllers.h"
@@ -17,15 +18,16 @@ namespace vexa {
 
 /// The motion of all voices over one block, with the coefficients, controllers and envelopes that
 /// there are when it is made. Media thread, inside a section of a reader of the envelopes.
-class VoiceMotion {
+class VEXA_REALTIME VoiceMotion {
   public:
     /// Voices that are moved at a time, side by side.
     static constexpr std::size_t kTogether = 4;
 
     /// A block of `count` samples, `dt` seconds each, that begins `offset` samples after its cell
     /// (Oscillator).
-    VoiceMotion(const sound_param& p, const ControllerTable& controllers, const OwnControllers& own,
-                double dt, std::size_t offset, std::size_t count) noexcept;
+    VEXA_REALTIME VoiceMotion(const sound_param& p, const ControllerTable& controllers,
+                              const OwnControllers& own, double dt, std::size_t offset,
+                              std::size_t count) noexcept;
 
     /// Moves up to kTogether voices: writes the places of voice k to x[k * count + i] and
     /// y[k * count + i], and up to kSlack floats beyond, and advances the voices.

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "kits/media/MediaNode.h"
+#include "kits/support/RealtimeMark.h"
 
 #include <atomic>
 #include <functional>
@@ -26,7 +27,7 @@ class BTimedEventQueue {
   public:
     BTimedEventQueue() { events.reserve(kRoom); }
     /// False when there is no room, which means that the node queues more than it handles.
-    bool AddEvent(const media_timed_event& event);
+    VEXA_REALTIME bool AddEvent(const media_timed_event& event);
     /// Removes the events of a type.
     void FlushEvents(media_timed_event::event_type type);
     const media_timed_event* FirstEvent() const { return events.empty() ? nullptr : &events[0]; }
@@ -51,9 +52,9 @@ class BMediaEventLooper : public virtual BMediaNode {
 
     /// Any thread.
     run_state RunState() const { return state; }
-    bigtime_t EventLatency() const { return eventLatency; }
-    bigtime_t SchedulingLatency() const { return schedulingLatency; }
-    bigtime_t BufferDuration() const { return bufferDuration; }
+    VEXA_REALTIME bigtime_t EventLatency() const { return eventLatency; }
+    VEXA_REALTIME bigtime_t SchedulingLatency() const { return schedulingLatency; }
+    VEXA_REALTIME bigtime_t BufferDuration() const { return bufferDuration; }
 
   protected:
     explicit BMediaEventLooper(uint32 apiVersion);
@@ -73,8 +74,8 @@ class BMediaEventLooper : public virtual BMediaNode {
     void Quit();
 
     /// The looper's thread.
-    BTimedEventQueue* EventQueue() { return &queue; }
-    void SetEventLatency(bigtime_t next) { eventLatency = next; }
+    VEXA_REALTIME BTimedEventQueue* EventQueue() { return &queue; }
+    VEXA_REALTIME void SetEventLatency(bigtime_t next) { eventLatency = next; }
     void SetBufferDuration(bigtime_t next) { bufferDuration = next; }
 
   private:

@@ -3,6 +3,7 @@
 
 #include "kits/kernel/OS.h"
 #include "kits/media/MediaRoster.h"
+#include "kits/support/RealtimeMark.h"
 
 namespace {
 
@@ -10,7 +11,9 @@ class SystemClock : public BTimeSource {
   public:
     SystemClock() : BMediaNode("System clock") {}
     void* AddOn(int32*) const override { return nullptr; }
-    bigtime_t PerformanceTimeFor(bigtime_t realTime) const noexcept override { return realTime; }
+    VEXA_REALTIME bigtime_t PerformanceTimeFor(bigtime_t realTime) const noexcept override {
+        return realTime;
+    }
     bigtime_t RealTimeFor(bigtime_t performanceTime, bigtime_t latency) const noexcept override {
         return performanceTime - latency;
     }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "kits/media/MediaNode.h"
+#include "kits/support/RealtimeMark.h"
 
 #include <memory>
 #include <string>
@@ -58,7 +59,7 @@ class BMediaRoster {
     status_t StopNode(const media_node& node, bigtime_t performanceTime, bool immediate);
 
     /// The node that a destination belongs to. Media thread, wait-free.
-    static BBufferConsumer* ConsumerOf(const media_destination& destination) noexcept;
+    VEXA_REALTIME static BBufferConsumer* ConsumerOf(const media_destination& destination) noexcept;
 
     struct Records;
 

@@ -5,6 +5,7 @@
 #include "kits/media/DeviceClock.h"
 #include "kits/media/MediaDefs.h"
 #include "kits/media/RateConverter.h"
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/Ring.h"
 
 #include <atomic>
@@ -39,21 +40,21 @@ class MixerInput {
     /// fetched what it played at that time: those that are late in a row were due before the
     /// producer could do anything about the first. Less than 0 is what all of the last two
     /// seconds came earlier than they had to.
-    bigtime_t Write(std::span<const float> frames, bigtime_t start) noexcept;
+    VEXA_REALTIME bigtime_t Write(std::span<const float> frames, bigtime_t start) noexcept;
 
     /// Whether there is nothing to wait for, to play the frames before `frame`. Any thread.
-    bool Reaches(int64 frame) const noexcept { return !playing || written >= frame; }
+    VEXA_REALTIME bool Reaches(int64 frame) const noexcept { return !playing || written >= frame; }
 
-    std::size_t Channels() const { return channels; }
+    VEXA_REALTIME std::size_t Channels() const { return channels; }
     /// The device's thread: adds what belongs to the frames from `frame` on, one channel's to
     /// `left` and the other's to `right`, which is as long. One channel has no right.
-    void AddTo(std::span<float> left, float* right, int64 frame) noexcept;
+    VEXA_REALTIME void AddTo(std::span<float> left, float* right, int64 frame) noexcept;
 
     /// The producer has stopped: that nothing comes is not counted, until it writes again.
     void Stopped() noexcept { playing = false; }
 
     /// Microseconds that the conversion needs to look ahead.
-    bigtime_t Lookahead() const { return lookahead; }
+    VEXA_REALTIME bigtime_t Lookahead() const { return lookahead; }
     /// Any thread.
     MixerCounts Counts() const noexcept { return {late, missing}; }
 
@@ -64,10 +65,10 @@ class MixerInput {
         uint32 count;
     };
 
-    std::span<const float> Convert(std::span<const float> frames) noexcept;
-    bigtime_t LatencyChange(bigtime_t slack, double duration) noexcept;
-    bool NextStretch(int64 frame) noexcept;
-    void Pass(std::size_t frames) noexcept;
+    VEXA_REALTIME std::span<const float> Convert(std::span<const float> frames) noexcept;
+    VEXA_REALTIME bigtime_t LatencyChange(bigtime_t slack, double duration) noexcept;
+    VEXA_REALTIME bool NextStretch(int64 frame) noexcept;
+    VEXA_REALTIME void Pass(std::size_t frames) noexcept;
 
     const DeviceClock& clock;
     double rate;

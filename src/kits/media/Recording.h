@@ -4,6 +4,7 @@
 
 #include "kits/media/SoundFileWriter.h"
 #include "kits/storage/FileReplacement.h"
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/Ring.h"
 
 #include <atomic>
@@ -31,7 +32,7 @@ class Recording {
 
     /// The device's thread: what it plays next. Never waits; what the disk is too slow for is left
     /// out and counted, with some 20 s of patience.
-    void Put(const float* left, const float* right, std::size_t frames) noexcept;
+    VEXA_REALTIME void Put(const float* left, const float* right, std::size_t frames) noexcept;
 
     /// Completes the file, when nobody puts any more. The error says why there is none, or what is
     /// missing in it.

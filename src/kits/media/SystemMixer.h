@@ -8,6 +8,7 @@
 #include "kits/media/Recording.h"
 #include "kits/media/backends/AudioDevice.h"
 #include "kits/support/Published.h"
+#include "kits/support/RealtimeMark.h"
 
 #include <array>
 #include <atomic>
@@ -63,15 +64,16 @@ class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSou
     status_t Connected(BBufferProducer* producer, const media_source& source,
                        const media_destination& destination, const media_format& format) override;
     void Disconnected(const media_source& source, const media_destination& destination) override;
-    void BufferReceived(BBuffer* buffer, const media_destination& destination) noexcept override;
+    VEXA_REALTIME void BufferReceived(BBuffer* buffer,
+                                      const media_destination& destination) noexcept override;
     void ProducerStopped(const media_destination& destination) override;
     status_t GetLatencyFor(const media_destination& destination, bigtime_t* latency,
                            media_node_id* timeSource) override;
 
-    bigtime_t PerformanceTimeFor(bigtime_t realTime) const noexcept override;
+    VEXA_REALTIME bigtime_t PerformanceTimeFor(bigtime_t realTime) const noexcept override;
     bigtime_t RealTimeFor(bigtime_t performanceTime, bigtime_t latency) const noexcept override;
     bool IsRunning(bigtime_t realTime) const noexcept override { return clock.IsRunning(realTime); }
-    bool Waits() const noexcept override { return waits; }
+    VEXA_REALTIME bool Waits() const noexcept override { return waits; }
 
   private:
     struct Input {
@@ -84,11 +86,13 @@ class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSou
         bigtime_t latency = 0;
     };
 
-    void Play(float* left, float* right, uint32 frames, bigtime_t now) noexcept override;
-    void Await(uint32 frames) noexcept override;
-    bigtime_t FollowPeriod(Input& input, const media_destination& destination) noexcept;
-    bigtime_t LatencyOf(const Input& input) const noexcept;
-    std::atomic<Input*>* Slot(const media_destination& destination);
+    VEXA_REALTIME void Play(float* left, float* right, uint32 frames,
+                            bigtime_t now) noexcept override;
+    VEXA_REALTIME void Await(uint32 frames) noexcept override;
+    VEXA_REALTIME bigtime_t FollowPeriod(Input& input,
+                                         const media_destination& destination) noexcept;
+    VEXA_REALTIME bigtime_t LatencyOf(const Input& input) const noexcept;
+    VEXA_REALTIME std::atomic<Input*>* Slot(const media_destination& destination);
 
     AudioSystem system;
     std::unique_ptr<AudioDevice> device;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "kits/midi/MidiEvent.h"
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/Ring.h"
 
 #include <atomic>
@@ -36,15 +37,15 @@ class EventGate : public BMidiLocalConsumer {
     class Turn {
       public:
         /// Without events while the gate is not timed or another thread has the right.
-        explicit Turn(EventGate& gate);
-        ~Turn();
-        Turn(const Turn&) = delete;
+        VEXA_REALTIME explicit Turn(EventGate& gate);
+        VEXA_REALTIME ~Turn();
+        VEXA_REALTIME Turn(const Turn&) = delete;
         Turn& operator=(const Turn&) = delete;
 
         /// The next event; null where there is none.
-        const MidiEvent* Next() noexcept { return holds ? gate.First() : nullptr; }
+        VEXA_REALTIME const MidiEvent* Next() noexcept { return holds ? gate.First() : nullptr; }
         /// Calls the hook of Next.
-        void Play() { gate.PlayFirst(); }
+        VEXA_REALTIME void Play() { gate.PlayFirst(); }
 
       private:
         EventGate& gate;
@@ -66,11 +67,11 @@ class EventGate : public BMidiLocalConsumer {
 
   private:
     void Take(const MidiEvent& event);
-    bool Enter() noexcept { return !entered.exchange(true); }
-    void Leave() noexcept { entered = false; }
-    void Deliver();
-    const MidiEvent* First() noexcept;
-    void PlayFirst();
+    VEXA_REALTIME bool Enter() noexcept { return !entered.exchange(true); }
+    VEXA_REALTIME void Leave() noexcept { entered = false; }
+    VEXA_REALTIME void Deliver();
+    VEXA_REALTIME const MidiEvent* First() noexcept;
+    VEXA_REALTIME void PlayFirst();
 
     BMidiLocalConsumer& consumer;
     Ring<MidiEvent> ring;

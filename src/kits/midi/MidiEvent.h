@@ -3,6 +3,7 @@
 #pragma once
 
 #include "kits/midi/MidiLocalConsumer.h"
+#include "kits/support/RealtimeMark.h"
 
 namespace kits {
 
@@ -39,6 +40,6 @@ constexpr int DataBytesOf(uint8 status) noexcept {
 }
 
 /// Calls the event's hook, in this thread.
-void Call(const MidiEvent& event, BMidiLocalConsumer& consumer);
+VEXA_REALTIME void Call(const MidiEvent& event, BMidiLocalConsumer& consumer);
 
 } // namespace kits

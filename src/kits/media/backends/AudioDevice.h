@@ -3,6 +3,7 @@
 #pragma once
 
 #include "kits/media/AudioSystem.h"
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/Result.h"
 #include "kits/support/SupportDefs.h"
 
@@ -13,7 +14,7 @@
 namespace kits {
 
 /// Whoever computes what a device plays.
-class AudioSource {
+class VEXA_REALTIME AudioSource {
   public:
     virtual ~AudioSource() = default;
     /// The next `frames` samples of the left and of the right channel, within -1..1. `now` is the

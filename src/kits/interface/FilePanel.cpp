@@ -34,7 +34,7 @@ BFilePanel::BFilePanel(file_panel_mode mode, const BMessenger* target, const ent
       window(nullptr) {
     if (const std::unique_ptr<BMessage> taken{message})
         this->message = *taken;
-    window = new kits::FilePanelWindow(*this, nodeFlavors, multipleSelection, filter, modal);
+    window = new kits::FilePanelWindow(*this, mode, nodeFlavors, multipleSelection, filter, modal);
     Panels()[id] = this;
     if (directory)
         SetPanelDirectory(directory);
@@ -48,6 +48,19 @@ BFilePanel::~BFilePanel() {
 
 void BFilePanel::SendMessage(const BMessenger* to, BMessage* result) {
     to->SendMessage(*result);
+}
+
+bool BFilePanel::AsksIn(const std::filesystem::path& folder) const {
+    std::error_code ignored;
+    return askOnlyIn.empty() || std::filesystem::equivalent(askOnlyIn, folder, ignored);
+}
+
+bool BFilePanel::Deliver(BMessage result) {
+    result.AddInt32("panel", id);
+    // The panel may be gone after the hook.
+    const bool hide = hideWhenDone;
+    SendMessage(&target, &result);
+    return hide;
 }
 
 BWindow* BFilePanel::Window() const {

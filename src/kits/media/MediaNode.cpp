@@ -2,7 +2,7 @@
 #include "kits/media/MediaNode.h"
 
 #include "kits/kernel/OS.h"
-#include "kits/media/MediaRoster.h"
+#include "kits/media/ConsumerList.h"
 #include "kits/support/RealtimeMark.h"
 
 namespace {
@@ -39,7 +39,7 @@ status_t BMediaNode::HandleMessage(int32, const void*, std::size_t) {
 
 status_t BBufferProducer::SendBuffer(BBuffer* buffer,
                                      const media_destination& destination) noexcept {
-    BBufferConsumer* consumer = BMediaRoster::ConsumerOf(destination);
+    BBufferConsumer* consumer = kits::ConsumerOf(destination);
     if (!consumer)
         return B_MEDIA_BAD_DESTINATION;
     consumer->BufferReceived(buffer, destination);
@@ -48,7 +48,7 @@ status_t BBufferProducer::SendBuffer(BBuffer* buffer,
 
 status_t BBufferProducer::FindLatencyFor(const media_destination& destination, bigtime_t* latency,
                                          media_node_id* timeSource) {
-    BBufferConsumer* consumer = BMediaRoster::ConsumerOf(destination);
+    BBufferConsumer* consumer = kits::ConsumerOf(destination);
     return consumer ? consumer->GetLatencyFor(destination, latency, timeSource)
                     : B_MEDIA_BAD_DESTINATION;
 }

@@ -3,7 +3,6 @@
 #pragma once
 
 #include "kits/media/MediaNode.h"
-#include "kits/support/RealtimeMark.h"
 
 #include <memory>
 #include <string>
@@ -14,8 +13,7 @@ class SystemMixer;
 
 /// Brings nodes together: it keeps the references, drives the negotiation of a connection in its
 /// order (the producer's proposal, the consumer's acceptance, PrepareToConnect, Connected, Connect)
-/// and starts and stops. Every hook is called in its node's own thread. Window thread, but for
-/// ConsumerOf.
+/// and starts and stops. Every hook is called in its node's own thread. Window thread.
 class BMediaRoster {
   public:
     static BMediaRoster* Roster();
@@ -57,9 +55,6 @@ class BMediaRoster {
     status_t GetLatencyFor(const media_node& node, bigtime_t* latency);
     status_t StartNode(const media_node& node, bigtime_t performanceTime);
     status_t StopNode(const media_node& node, bigtime_t performanceTime, bool immediate);
-
-    /// The node that a destination belongs to. Media thread, wait-free.
-    VEXA_REALTIME static BBufferConsumer* ConsumerOf(const media_destination& destination) noexcept;
 
     struct Records;
 

@@ -141,6 +141,15 @@ def fault_of(source, path, target):
     return None
 
 
+def includes_of(source):
+    """Each include of a tree: its file relative to the tree, its line, and what it names."""
+    for file in sorted(source.rglob("*")):
+        if file.suffix in (".h", ".cpp"):
+            for number, line in enumerate(file.read_text("utf-8").splitlines(), 1):
+                if include := INCLUDE.match(line):
+                    yield file.relative_to(source).as_posix(), number, include.group(1)
+
+
 def circles(uses):
     """The groups of files that reach each other, each as a sorted list."""
     reached = {}
@@ -168,24 +177,19 @@ def circle_faults(source, uses):
 
 def check(source):
     """The faults of a whole tree, as lines to print, and the number of includes."""
-    faults, count, uses = [], 0, {}
-    for file in sorted(source.rglob("*")):
-        if file.suffix not in (".h", ".cpp"):
-            continue
-        path = file.relative_to(source).as_posix()
+    faults = [f"{file}:1: its folder is not in the table of {pathlib.Path(__file__).name}"
+              for file in sorted(source.rglob("*")) if file.suffix in (".h", ".cpp")
+              and folder_of(file.relative_to(source).as_posix()) is None]
+    count, uses = 0, {}
+    for path, number, included in includes_of(source):
         if folder_of(path) is None:
-            faults.append(f"{file}:1: its folder is not in the table of "
-                          f"{pathlib.Path(__file__).name}")
             continue
-        for number, line in enumerate(file.read_text("utf-8").splitlines(), 1):
-            if include := INCLUDE.match(line):
-                count += 1
-                target = TARGET.match(include.group(1))
-                unit = path.rsplit(".", 1)[0]
-                if target and target.group(1) and target.group(1).rsplit(".", 1)[0] != unit:
-                    uses.setdefault(unit, set()).add(target.group(1).rsplit(".", 1)[0])
-                if fault := fault_of(source, path, include.group(1)):
-                    faults.append(f"{file}:{number}: {fault}")
+        count += 1
+        target, unit = TARGET.match(included), path.rsplit(".", 1)[0]
+        if target and target.group(1) and target.group(1).rsplit(".", 1)[0] != unit:
+            uses.setdefault(unit, set()).add(target.group(1).rsplit(".", 1)[0])
+        if fault := fault_of(source, path, included):
+            faults.append(f"{source / path}:{number}: {fault}")
     return faults + circle_faults(source, uses), count
 
 

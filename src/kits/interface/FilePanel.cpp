@@ -26,8 +26,7 @@ int32 NextId() {
 BFilePanel::BFilePanel(file_panel_mode mode, const BMessenger* target, const entry_ref* directory,
                        uint32 nodeFlavors, bool multipleSelection, BMessage* message,
                        BRefFilter* filter, bool modal, bool hideWhenDone)
-    : mode(mode),
-      id(NextId()),
+    : id(NextId()),
       target(target ? *target : BMessenger(be_app)),
       message(mode == B_OPEN_PANEL ? B_REFS_RECEIVED : B_SAVE_REQUESTED),
       hideWhenDone(hideWhenDone),

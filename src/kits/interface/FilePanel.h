@@ -56,7 +56,6 @@ class BFilePanel : private kits::FilePanelOwner {
 
     /// Null once the application has gone.
     BWindow* Window() const;
-    file_panel_mode PanelMode() const { return mode; }
     /// Differs from that of every other panel of this run.
     int32 Id() const { return id; }
     /// The panel that has sent the message; null if it has gone, or if no panel sent it.
@@ -100,7 +99,6 @@ class BFilePanel : private kits::FilePanelOwner {
     bool Deliver(BMessage result) override;
     void WindowGone() override { window = nullptr; }
 
-    file_panel_mode mode;
     int32 id;
     BMessenger target;
     BMessage message;

@@ -19,8 +19,6 @@ class BBufferGroup;
 class BBuffer {
   public:
     VEXA_REALTIME void* Data() { return data.get(); }
-    /// Bytes.
-    std::size_t SizeAvailable() const { return size; }
     VEXA_REALTIME media_header* Header() { return &header; }
 
     /// Gives the buffer back to its group. Wait-free; any thread.

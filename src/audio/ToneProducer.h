@@ -22,7 +22,7 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
     /// Window thread.
     VexaToneProducer(VoiceRenderer& renderer, VoiceTable& voices);
 
-    /// As those of VoiceRenderer. Any thread; window thread.
+    /// Sets the renderer's gain (any thread) and its function (window thread).
     void SetGain(float gain) { renderer.SetGain(gain); }
     void SetFunction(const PlaneFunction& f) { renderer.SetFunction(f); }
 
@@ -83,7 +83,7 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
     void HandleEvent(const media_timed_event* event, bigtime_t lateness,
                      bool realTimeEvent) override;
 
-    /// Buffers in the group; 0 without one.
+    /// Returns how many buffers the group has, 0 without a group.
     int32 CountBuffers() const { return buffers ? buffers->CountBuffers() : 0; }
 
   protected:
@@ -109,7 +109,7 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
 
     std::unique_ptr<BBufferGroup> buffers;
     bigtime_t downstreamLatency = 0;
-    /// What rendering needs, grown by late notices.
+    /// How many microseconds rendering needs, grown by late notices.
     bigtime_t internalLatency = 0;
     bigtime_t leastInternalLatency = 0;
     media_output output;
@@ -119,7 +119,7 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
     bigtime_t startTime = 0;
 
     kits::EventGate* events = nullptr;
-    /// From an event to the frame that is rendered with its effect.
+    /// So many microseconds pass from an event to the frame that is rendered with its effect.
     bigtime_t renderDelay = 0;
     kits::Shared<bigtime_t> eventDelay{0};
 

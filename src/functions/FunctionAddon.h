@@ -15,13 +15,13 @@ namespace vexa {
 /// not be the media or the MIDI thread; kits::Published sees to that.
 class FunctionAddon final : public PlaneSource {
   public:
-    /// Takes over `image`, which is loaded.
+    /// Makes a function of a loaded add-on, which it unloads with itself.
     explicit FunctionAddon(image_id image);
     ~FunctionAddon() override;
 
     /// It exports r2rfun, without which the function must not be called.
     bool HasPointForm() const { return point; }
-    /// It exports r2rfunblock.
+    /// Returns whether the add-on computes blocks of points, by a function r2rfunblock.
     bool HasBlockForm() const { return block; }
     /// What r2rfunstr returns: the expression; nothing if the add-on has no such function.
     const std::optional<std::string>& Expression() const { return expression; }

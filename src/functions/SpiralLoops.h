@@ -13,9 +13,9 @@ namespace vexa {
 struct SpiralTurns {
     const float* sample;
     int last;
-    /// Frames per turn.
+    /// Each turn of the spiral has so many frames.
     float T;
-    /// Distance of neighbouring turns.
+    /// Neighbouring turns are so far apart in the plane.
     float alphap;
 };
 
@@ -28,11 +28,11 @@ struct SpiralLoops {
     /// overlap.
     void (*Values)(const SpiralTurns& turns, const float* x, const float* y, float* values,
                    std::size_t count);
-    /// Of the instruction set.
+    /// The name of the instruction set.
     const char* name;
 };
 
-/// Those that this machine can run, the fastest last.
+/// Returns the loops that this machine can run, the fastest last.
 std::span<const SpiralLoops* const> RunnableSpiralLoops();
 
 } // namespace vexa

@@ -72,7 +72,7 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
         }
         endedCount = 0;
     }
-    /// Whether nothing sounds, or only what is over.
+    /// Returns whether nothing sounds, or only notes that are over.
     VEXA_REALTIME bool IsSilent() const;
 
     /// The channel that is listened to, 0..15, or -1 for all. Any thread.
@@ -95,9 +95,9 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
 
     /// Silences voices until at most `limit` sound, which then is the voice limit. Any thread.
     VEXA_REALTIME void ReduceToMaxVox(int32 limit);
-    /// Notes that sound and are not released. Any thread.
+    /// Returns how many notes sound and are not released. Any thread.
     VEXA_REALTIME int32 CountHeld() const;
-    /// Voices that sound. Any thread.
+    /// Returns how many voices sound. Any thread.
     VEXA_REALTIME int32 CountVox() const { return CountActive(voices); }
     /// Silences the voice that the next stolen note would take. Any thread.
     void ReduceVoxByOne() { ReduceVoicesByOne(voices); }
@@ -167,13 +167,13 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
         uchar channel = 0;
         /// The key is down.
         bool key = false;
-        /// The pedal 66 holds it.
+        /// The pedal 66 holds the note.
         bool sostenuto = false;
         /// It was released before another began on the channel of its own.
         bool bygone = false;
         /// Its id is kOfMidi from when the host has been told of its end, too.
         NoteName name{NoteName::kOfMidi, -1, -1};
-        /// As Expression.
+        /// What the host says of the note, as in Expression.
         float volume = 1, loudness = 1, pan = 0.5F;
     };
     std::array<Holder, kVoiceSlots> holders{};

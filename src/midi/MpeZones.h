@@ -15,9 +15,9 @@ namespace vexa {
 /// is for all of them. At first there are no zones. MIDI thread.
 class VEXA_REALTIME MpeZones {
   public:
-    /// By the configuration message, which comes on a master: the zone has so many members, 0..15;
-    /// 0 ends it. The other zone gives away what it had of them. False, and nothing changes, where
-    /// the channel is no master or the number is too large.
+    /// Takes the configuration message, which comes on a master: the zone has so many members,
+    /// 0..15; 0 ends it. The other zone gives away what it had of them. False, and nothing changes,
+    /// where the channel is no master or the number is too large.
     bool Configure(uchar master, int members);
 
     /// The master of a member; nothing for other channels.
@@ -28,7 +28,7 @@ class VEXA_REALTIME MpeZones {
     bool operator==(const MpeZones&) const = default;
 
   private:
-    /// Members.
+    /// How many member channels each zone has, 0..15.
     int lower = 0, upper = 0;
 };
 

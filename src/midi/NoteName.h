@@ -7,7 +7,7 @@
 
 namespace vexa {
 
-/// As a pattern it means every note that it agrees with, and -1 agrees with any.
+/// The name of a note, which as a pattern means every note that it agrees with; -1 agrees with any.
 struct NoteName {
     /// The host's own number, -1 where it gives none. Notes of MIDI have kOfMidi.
     int32 id = -1;
@@ -28,7 +28,7 @@ struct NoteName {
 
 /// What a host says of a note alone, besides its macros.
 enum class Expression {
-    /// Semitones.
+    /// The note's tuning in semitones.
     Tuning,
     /// Factors from 0 on; the two are multiplied.
     Volume,

@@ -14,7 +14,7 @@ VEXA_REALTIME BBufferConsumer* ConsumerOf(const media_destination& destination) 
 
 /// Lists a consumer by its control port; false where there are too many. Window thread.
 bool ListConsumer(int32 port, BBufferConsumer* consumer);
-/// Takes it off the list, where it is there. Window thread.
+/// Takes a consumer off the list, if it is there. Window thread.
 void UnlistConsumer(const BBufferConsumer* consumer);
 
 } // namespace kits

@@ -41,7 +41,7 @@ class DeviceClock {
   private:
     struct Moment {
         Shared<int64> frame{0};
-        /// Microseconds, smoothed.
+        /// The system's time at the beginning of the period, in microseconds, smoothed.
         Shared<double> realTime{0};
     };
     VEXA_REALTIME const Moment& Latest() const noexcept { return moments[latest]; }

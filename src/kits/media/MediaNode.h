@@ -24,7 +24,7 @@ class BMediaNode {
     BMediaNode& operator=(const BMediaNode&) = delete;
 
     const std::string& Name() const { return name; }
-    /// -1 while not registered.
+    /// Returns the number by which the roster knows the node, -1 while it is not registered.
     VEXA_REALTIME media_node_id ID() const { return id; }
     /// Identifies the node's outputs and inputs; valid from the beginning.
     VEXA_REALTIME int32 ControlPort() const { return port; }
@@ -105,7 +105,8 @@ class BBufferProducer : public virtual BMediaNode {
     /// caller's. Media thread: no wait, lock or allocation.
     VEXA_REALTIME status_t SendBuffer(BBuffer* buffer,
                                       const media_destination& destination) noexcept;
-    /// Microseconds from the moment a buffer is sent until it must be heard.
+    /// Finds how many microseconds pass from the moment at which a buffer is sent until it is
+    /// heard. The node's own thread.
     status_t FindLatencyFor(const media_destination& destination, bigtime_t* latency,
                             media_node_id* timeSource);
 };
@@ -115,7 +116,7 @@ class BBufferConsumer : public virtual BMediaNode {
   public:
     /// Fills in what the proposal leaves open; B_MEDIA_BAD_FORMAT where it cannot be taken.
     virtual status_t AcceptFormat(const media_destination& destination, media_format* format) = 0;
-    /// As BBufferProducer::GetNextOutput: the free input, if there is one.
+    /// Gives the free input, if there is one, in the way of BBufferProducer::GetNextOutput.
     virtual status_t GetNextInput(int32* cookie, media_input* input) = 0;
     virtual status_t Connected(BBufferProducer* producer, const media_source& source,
                                const media_destination& destination,
@@ -139,8 +140,8 @@ class BTimeSource : public virtual BMediaNode {
     VEXA_REALTIME virtual bigtime_t PerformanceTimeFor(bigtime_t realTime) const noexcept = 0;
     /// The moment at which to act so that it is heard at the performance time.
     virtual bigtime_t RealTimeFor(bigtime_t performanceTime, bigtime_t latency) const noexcept = 0;
-    /// False while the source's time stands still, as that of a device whose server hangs: what is
-    /// due then waits.
+    /// Returns false while the source's time stands still, as the time of a device does whose
+    /// server hangs: what is due then waits.
     virtual bool IsRunning(bigtime_t /*realTime*/) const noexcept { return true; }
     /// Whether it waits for what is rendered, as that of a device whose server freewheels: nothing
     /// takes too long then. Any thread.

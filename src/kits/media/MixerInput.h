@@ -53,9 +53,9 @@ class MixerInput {
     /// The producer has stopped: that nothing comes is not counted, until it writes again.
     void Stopped() noexcept { playing = false; }
 
-    /// Microseconds that the conversion needs to look ahead.
+    /// Returns how many microseconds the conversion looks ahead.
     VEXA_REALTIME bigtime_t Lookahead() const { return lookahead; }
-    /// Any thread.
+    /// Tells what was noticed so far. Any thread.
     MixerCounts Counts() const noexcept { return {late, missing}; }
 
   private:
@@ -73,11 +73,11 @@ class MixerInput {
     const DeviceClock& clock;
     double rate;
     std::size_t channels;
-    /// None where the rates are the same.
+    /// The converter of rates; there is none where both rates are the same.
     std::unique_ptr<RateConverter> converter;
     bigtime_t lookahead = 0;
 
-    // The producer's thread.
+    // What follows belongs to the producer's thread.
     std::vector<float> finite;
     std::vector<float> converted;
     /// Performance time at which the next buffer begins if nothing is left out, and the device's
@@ -93,14 +93,14 @@ class MixerInput {
     Ring<float> samples;
     Ring<Stretch> stretches;
 
-    // The device's thread.
+    // What follows belongs to the device's thread.
     Stretch stretch{0, 0};
     std::vector<float> piece;
     bool lateCounted = false;
 
-    /// The frame up to which the device has fetched.
+    /// The frame up to which the device's thread has fetched.
     std::atomic<int64> fetched{0};
-    /// That up to which the producer has written.
+    /// The frame up to which the producer's thread has written.
     std::atomic<int64> written{0};
     std::atomic<bool> playing{false};
     std::atomic<int64> late{0};

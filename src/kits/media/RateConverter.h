@@ -33,7 +33,7 @@ class RateConverter {
     /// Takes all of `frames`, a value per channel each; answers how many values it put into `out`,
     /// which has room for two frames more than the ratio makes of them. Wait-free.
     VEXA_REALTIME std::size_t Process(std::span<const float> frames, std::span<float> out) noexcept;
-    /// Frames that must be taken after one before it can be given out.
+    /// Returns how many frames must be taken after one before that can be given out.
     std::size_t Lookahead() const;
 
   private:

@@ -21,7 +21,7 @@ class Recording {
   public:
     /// The format is what the name asks for. The error names the path and the fault.
     static Result<std::unique_ptr<Recording>> Begin(const std::filesystem::path& path);
-    /// Without Finish nothing is left.
+    /// Ends the recording. Where Finish was not called no file is left.
     ~Recording();
     Recording(const Recording&) = delete;
     Recording& operator=(const Recording&) = delete;
@@ -53,7 +53,7 @@ class Recording {
     std::atomic<bool> takes{false};
     std::atomic<bool> quitting{false};
     std::atomic<std::size_t> lostFrames{0};
-    /// The device's thread.
+    /// The frames of a period by turns of left and right; it belongs to the device's thread.
     std::vector<float> interleaved;
     std::thread thread;
 

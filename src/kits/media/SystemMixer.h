@@ -31,13 +31,14 @@ class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSou
 
     SystemMixer(AudioSystem system, std::unique_ptr<AudioDevice> device);
     ~SystemMixer() override;
-    /// Begins to play.
+    /// Starts the device, which begins to play.
     Result<void> StartDevice();
     /// Stops and gives the device away, to a mixer at the rate that it has now; of no use itself
     /// any more. No producer may be connected.
     std::unique_ptr<AudioDevice> TakeDevice();
 
-    /// As AudioDevice::Tend, and tells the device of the microseconds from an event to its effect.
+    /// Calls AudioDevice::Tend, and tells the device how many microseconds pass from an event to
+    /// its effect. Window thread.
     void TendDevice(bigtime_t latency) {
         device->TellLatency(static_cast<uint32>(clock.FrameAt(latency)));
         device->Tend();
@@ -47,7 +48,8 @@ class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSou
     /// Window thread.
     void Record(Recording* next);
 
-    /// Of all inputs that there are and were. Window thread.
+    /// Adds up what all inputs have noticed, those included that are no longer connected. Window
+    /// thread.
     MixerCounts Counts() const;
     AudioSystem System() const { return system; }
     std::string DeviceName() const { return device->Name(); }
@@ -82,7 +84,8 @@ class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSou
         MixerInput mix;
         BBufferProducer* producer;
         media_source source;
-        /// Microseconds, as the producer knows it. The producer's thread.
+        /// The latency in microseconds that the producer was told last. It belongs to the
+        /// producer's thread.
         bigtime_t latency = 0;
     };
 
@@ -97,17 +100,17 @@ class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSou
     AudioSystem system;
     std::unique_ptr<AudioDevice> device;
     DeviceClock clock;
-    /// Frames that the device last asked for.
+    /// The device last asked for so many frames.
     std::atomic<uint32> period;
     std::array<std::atomic<Input*>, kMostInputs> inputs{};
     /// The device's thread: frames played so far, and whether it has waited for the next ones.
     int64 frame = 0;
     bool awaited = false;
-    /// Whether it waited for the last ones played, or waits.
+    /// The device's thread waited for the frames that it played last, or waits now.
     std::atomic<bool> waits{false};
     Reader reader;
     std::atomic<Recording*> recording{nullptr};
-    /// Of inputs that are no longer connected.
+    /// What the inputs noticed that are no longer connected.
     MixerCounts past;
 };
 

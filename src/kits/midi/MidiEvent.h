@@ -23,9 +23,10 @@ struct MidiEvent {
     /// System time, microseconds, at which it happened; 0 where nobody knows.
     bigtime_t time;
     Hook hook;
-    /// For AllNotesOff whether it was for one channel, which `data1` then tells.
+    /// The channel, 0..15. Of AllNotesOff this is 1 if the message was for one channel, which
+    /// `data1` then tells.
     uint8 channel;
-    /// As they stand in the message; 0 where it has none.
+    /// The data bytes as they stand in the message, 0 where it has none.
     uint8 data1;
     uint8 data2;
 };

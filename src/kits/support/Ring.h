@@ -23,7 +23,7 @@ class Ring {
     static_assert(std::is_trivially_copyable_v<T>);
 
   public:
-    /// Room for at least `capacity` items.
+    /// Makes room for at least `capacity` items.
     explicit Ring(std::size_t capacity)
         : items(std::bit_ceil(std::max<std::size_t>(capacity, 1))) {}
 

@@ -56,8 +56,8 @@ class JackClient {
     /// tells it; 0 while it freewheels, as its time is not the system's then. Processors.
     VEXA_REALTIME bigtime_t PeriodStart() const { return periodStart; }
 
-    /// Frames from what comes in to what goes out for it: told to the server where they have
-    /// changed, and with them to whoever is connected.
+    /// Sets how many frames pass from what comes in to what goes out for it. Where that has changed
+    /// the server is told, and by it whoever is connected.
     void SetLatency(uint32 frames);
 
     /// The processor is called from the next period on. At most kMostProcessors.
@@ -86,7 +86,8 @@ class JackClient {
     std::atomic<bool> dead{false};
     std::atomic<bool> freewheeling{false};
     std::atomic<uint32> latency{0};
-    /// The server's thread.
+    /// The system's time in microseconds at which the present period began. It belongs to the
+    /// server's thread.
     bigtime_t periodStart = 0;
     std::array<std::atomic<JackProcessor*>, kMostProcessors> processors{};
     Reader reader;

@@ -15,7 +15,7 @@ import tempfile
 
 # Kits that know no windows: all that the engine may use of them.
 ENGINE_KITS = ["kits/support", "kits/storage", "kits/application", "kits/kernel", "kits/maths",
-               "kits/media", "kits/midi"]
+               "kits/media", "kits/midi", "kits/pictures"]
 ALL_KITS = ENGINE_KITS + ["kits/interface", "kits/translation"]
 ENGINE = ["synth", "tuning", "midi", "audio", "formula", "functions", "xml", "documents", "instrument"]
 
@@ -29,6 +29,7 @@ ALLOWED = {
     "kits/maths": ["kits/support"],
     "kits/media": ["kits/support", "kits/storage", "kits/application", "kits/kernel", "kits/maths"],
     "kits/midi": ["kits/support", "kits/storage", "kits/application", "kits/kernel"],
+    "kits/pictures": ["kits/support", "kits/storage"],
     "kits/interface": ["kits/support", "kits/storage", "kits/application", "kits/kernel"],
     "kits/translation": ["kits/support", "kits/storage", "kits/application", "kits/kernel",
                          "kits/interface"],
@@ -63,6 +64,8 @@ KNOWN_CIRCLES = [
     ("tuning/", "Keymap Tuning"),
     # A consumer has a gate, which is one; an event calls a consumer's hook.
     ("kits/midi/", "EventGate MidiConnection MidiEvent MidiLocalConsumer"),
+    # A file is read by a decoder, which gives what a file is read to.
+    ("kits/pictures/", "Decoders Orientation PictureFile"),
     # Both are the two sides of one interface.
     ("kits/media/", "AudioSystem backends/AudioDevice"),
     ("kits/midi/", "MidiRoster MidiSystems"),

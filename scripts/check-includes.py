@@ -3,7 +3,8 @@
 """Checks who includes whom: check-includes.py [--self-test] [SOURCE_FOLDER]
 
 Below src/ a folder uses what the table allows and nothing else, a quoted include names a file that
-is there, and third-party headers stay inside the kits. Each wrong include is printed with its place
+is there, third-party headers stay inside the kits, and no files use each other in a circle (a .h and
+its .cpp count as one) but those of KNOWN_CIRCLES. Each wrong include is printed with its place
 and the rule; the exit code is 1 then.
 """
 
@@ -50,6 +51,30 @@ ALLOWED = {
     "views": ALL_KITS + ENGINE,
     "app": ALL_KITS + ENGINE + ["bank", "attach", "views"],
 }
+
+# Files that use each other all the same, each group with the path that its names begin with.
+KNOWN_CIRCLES = [
+    # A fragment is walked through in its lists, and its lists are made of fragments.
+    ("xml/", "FragmentWalk MXFragment MXFragmentList"),
+    # A handler asks the queue to forget it, the queue delivers to handlers.
+    ("kits/application/", "Handler MessageQueue"),
+    # A view has a widget that calls it; both know their window.
+    ("kits/interface/", "Font View Window backends/HeldKeys backends/ViewWidget "
+                        "backends/WindowWidget"),
+    # A keyboard map is a part of a tuning, and made from that of the usual keys.
+    ("tuning/", "Keymap Tuning"),
+    # A consumer has a gate, which is one; an event calls a consumer's hook.
+    ("kits/midi/", "EventGate MidiConnection MidiEvent MidiLocalConsumer"),
+    # A file is read by a decoder, which gives what a file is read to.
+    ("kits/pictures/", "Decoders Orientation PictureFile"),
+    # Both are the two sides of one interface.
+    ("kits/media/", "AudioSystem backends/AudioDevice"),
+    ("kits/midi/", "MidiRoster MidiSystems"),
+    # The kinds of documents name their writers, which say what they are.
+    ("documents/", "DocumentKind FunctionDocument SoundDocument"),
+    # CLAP's functions are given the instance, which gives them to the host.
+    ("plugin/clap/", "Extensions Plugin"),
+]
 
 # Headers in angle brackets that every file may include.
 CPP = set("""
@@ -120,23 +145,56 @@ def fault_of(source, path, target):
     return None
 
 
+def includes_of(source):
+    """Each include of a tree: its file relative to the tree, its line, and what it names."""
+    for file in sorted(source.rglob("*")):
+        if file.suffix in (".h", ".cpp"):
+            for number, line in enumerate(file.read_text("utf-8").splitlines(), 1):
+                if include := INCLUDE.match(line):
+                    yield file.relative_to(source).as_posix(), number, include.group(1)
+
+
+def circles(uses):
+    """The groups of files that reach each other, each as a sorted list."""
+    reached = {}
+    for start in uses:
+        seen, todo = set(), [start]
+        while todo:
+            for used in uses.get(todo.pop(), ()):
+                if used not in seen:
+                    seen.add(used)
+                    todo.append(used)
+        reached[start] = seen
+    groups = {tuple(sorted(other for other in reached[unit] if unit in reached.get(other, ())))
+              for unit in uses if unit in reached[unit]}
+    return [list(group) for group in sorted(groups)]
+
+
+def circle_faults(source, uses):
+    known = [sorted(path + name for name in names.split()) for path, names in KNOWN_CIRCLES]
+    return ([f"{source / group[0]}.h:1: uses what uses it: {' '.join(group)}"
+             for group in circles(uses) if group not in known]
+            + [f"{pathlib.Path(__file__).name}: there is no such circle any more: {' '.join(group)}"
+               for group in known if source.joinpath(group[0] + ".h").is_file()
+               and group not in circles(uses)])
+
+
 def check(source):
     """The faults of a whole tree, as lines to print, and the number of includes."""
-    faults, count = [], 0
-    for file in sorted(source.rglob("*")):
-        if file.suffix not in (".h", ".cpp"):
-            continue
-        path = file.relative_to(source).as_posix()
+    faults = [f"{file}:1: its folder is not in the table of {pathlib.Path(__file__).name}"
+              for file in sorted(source.rglob("*")) if file.suffix in (".h", ".cpp")
+              and folder_of(file.relative_to(source).as_posix()) is None]
+    count, uses = 0, {}
+    for path, number, included in includes_of(source):
         if folder_of(path) is None:
-            faults.append(f"{file}:1: its folder is not in the table of "
-                          f"{pathlib.Path(__file__).name}")
             continue
-        for number, line in enumerate(file.read_text("utf-8").splitlines(), 1):
-            if include := INCLUDE.match(line):
-                count += 1
-                if fault := fault_of(source, path, include.group(1)):
-                    faults.append(f"{file}:{number}: {fault}")
-    return faults, count
+        count += 1
+        target, unit = TARGET.match(included), path.rsplit(".", 1)[0]
+        if target and target.group(1) and target.group(1).rsplit(".", 1)[0] != unit:
+            uses.setdefault(unit, set()).add(target.group(1).rsplit(".", 1)[0])
+        if fault := fault_of(source, path, included):
+            faults.append(f"{source / path}:{number}: {fault}")
+    return faults + circle_faults(source, uses), count
 
 
 # A tree with every fault once; the comment behind a line is what has to be said about it.
@@ -152,7 +210,8 @@ FAULTY = {
     "synth/A.h": '#include <xmmintrin.h>\n#include "kits/storage/A.h"\n'
                  '#include "kits/interface/A.h" //! synth must not use kits/interface\n'
                  '#include "midi/A.h" //! synth must not use midi\n',
-    "midi/A.h": '#include "synth/A.h"\n#include "kits/midi/A.h"\n#include HEADER //! cannot be\n',
+    "midi/A.h": '//! uses what uses it: midi/A synth/A\n#include "synth/A.h"\n'
+                '#include "kits/midi/A.h"\n#include HEADER //! cannot be\n',
     "xml/A.cpp": '#include "synth/A.h" //! xml must not use synth\n',
     "views/A.cpp": '#include "kits/interface/A.h"\n#include <QWidget> //! third-party\n'
                    '#include "app/A.h" //! views must not use app\n',
@@ -161,6 +220,10 @@ FAULTY = {
                     '#include "views/A.h" //! render must not use views\n',
     "views/A.h": "",
     "new/A.h": "//! not in the table\n",
+    "synth/B.h": '//! uses what uses it: synth/B synth/C\n#include "synth/A.h"\n',
+    "synth/B.cpp": '#include "synth/C.h"\n',
+    "synth/C.h": '#include "synth/B.h"\n',
+    "tuning/Keymap.h": "",
 }
 
 
@@ -174,6 +237,7 @@ def self_test():
             expected += [(f"{source / name}:{number}:", line.split("//! ")[1])
                          for number, line in enumerate(text.splitlines(), 1) if "//! " in line]
         faults, _ = check(source)
+        expected.append(("check-includes.py", "there is no such circle any more: tuning/Keymap"))
         wrong = [f"not found: {place} {text}" for place, text in expected
                  if not any(fault.startswith(place) and text in fault for fault in faults)]
         wrong += [f"found without reason: {fault}" for fault in faults

@@ -8,6 +8,20 @@ set(check_includes ${CMAKE_SOURCE_DIR}/scripts/check-includes.py)
 add_test(NAME includes COMMAND ${Python3_EXECUTABLE} ${check_includes} ${CMAKE_SOURCE_DIR}/src)
 add_test(NAME includes_self_test COMMAND ${Python3_EXECUTABLE} ${check_includes} --self-test)
 
+# Nothing in the kits that nobody calls.
+set(check_unused ${CMAKE_SOURCE_DIR}/scripts/check-unused.py)
+add_test(NAME unused COMMAND ${Python3_EXECUTABLE} ${check_unused} ${CMAKE_SOURCE_DIR}/src)
+add_test(NAME unused_self_test COMMAND ${Python3_EXECUTABLE} ${check_unused} --self-test)
+
+# What real-time threads call. The interpreter is the system's, whose packages have libclang.
+set(check_realtime ${CMAKE_SOURCE_DIR}/scripts/check-realtime.py)
+add_test(NAME realtime COMMAND ${check_realtime} ${CMAKE_SOURCE_DIR}/src)
+add_test(NAME realtime_self_test COMMAND ${check_realtime} --self-test)
+
+# The picture of the folders is the one of the sources.
+add_test(NAME house_picture
+    COMMAND ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/scripts/make-house-picture.py --check)
+
 # The layout of the code is clang-format's.
 find_program(CLANG_FORMAT clang-format REQUIRED)
 file(GLOB_RECURSE formatted CONFIGURE_DEPENDS

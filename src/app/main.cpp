@@ -20,8 +20,9 @@
 
 namespace {
 
-/// What playing takes at most of what the system may limit: 20 descriptors, and in a window on a
-/// JACK server 750 MB of address space, of which the loader has taken 85 before.
+/// What playing may take of what the system may limit, once the loader has taken its part: open
+/// descriptors and bytes of address space. tests/app/FaultsTest.cpp measures that it is enough; a
+/// window on a JACK server takes most.
 constexpr std::size_t kDescriptors = 64;
 constexpr std::size_t kMemory = std::size_t{736} << 20;
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "audio/AudioGraph.h"
 
+#include "kits/media/ConsumerList.h"
+
 #include <utility>
 
 namespace vexa {
@@ -73,6 +75,7 @@ const char* AudioGraph::Connect() {
 }
 
 AudioGraph::DeviceNews AudioGraph::Watch() {
+    producer->TellTrace();
     if (connected)
         Mixer()->TendDevice(producer->EventDelay());
     if (connected && Mixer()->DeviceHasNewRate())
@@ -141,7 +144,7 @@ void AudioGraph::TakeNewRate() {
 }
 
 kits::SystemMixer* AudioGraph::Mixer() const {
-    return dynamic_cast<kits::SystemMixer*>(BMediaRoster::ConsumerOf(connection.destination));
+    return dynamic_cast<kits::SystemMixer*>(kits::ConsumerOf(connection.destination));
 }
 
 void AudioGraph::Record(kits::Recording* next) {

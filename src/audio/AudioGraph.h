@@ -48,7 +48,7 @@ class AudioGraph {
     /// The one that is played through or looked for; nothing while any will do.
     std::optional<kits::AudioSystem> System() const;
 
-    /// Alive as long as the graph.
+    /// Returns the producer, which lives as long as the graph.
     VexaToneProducer& Producer() { return *producer; }
     const VexaToneProducer& Producer() const { return *producer; }
     VexaMidiConsumer& Consumer() { return engine.consumer; }
@@ -63,7 +63,7 @@ class AudioGraph {
     kits::MixerCounts Counts() const;
     /// The device for a person; empty while there is no connection.
     std::string DeviceName() const;
-    /// Frames per second of the device; 0 while there is no connection.
+    /// Returns the device's rate in frames per second, 0 while there is no connection.
     double DeviceRate() const;
     /// Why there is no device, as it was when Start looked for one.
     const std::string& DeviceFault() const { return roster.MixerFault(); }
@@ -97,7 +97,7 @@ class AudioGraph {
     kits::Recording* recording = nullptr;
     /// The device that played has gone; whether that has been told.
     enum class Loss { None, Untold, Told } loss = Loss::None;
-    /// Of the mixers that went with their devices.
+    /// What the mixers noticed that went with their devices.
     kits::MixerCounts past;
 };
 

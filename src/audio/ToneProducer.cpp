@@ -260,27 +260,27 @@ void VexaToneProducer::BeUnconnected() {
 }
 
 void VexaToneProducer::LateNoticeReceived(const media_source& what, bigtime_t howMuch, bigtime_t) {
-    FPRINTF(stderr, "ToneProducer::LateNoticeReceived\n");
+    trace.Put("ToneProducer::LateNoticeReceived\n");
     if (what != output.source || RunMode() == B_RECORDING)
         return;
     if (RunMode() == B_INCREASE_LATENCY) {
         internalLatency += howMuch;
         SetEventLatency(downstreamLatency + internalLatency);
-        FPRINTF(stderr, "\tincreasing latency to %lld\n", static_cast<long long>(EventLatency()));
+        trace.Put("\tincreasing latency to %lld\n", EventLatency());
     } else {
         framesSent += FramesPerBuffer();
-        FPRINTF(stderr, "\tskipping a buffer to try to catch up\n");
+        trace.Put("\tskipping a buffer to try to catch up\n");
     }
 }
 
 /// The sound goes on as it is: the next buffers follow on those sent, but are rendered later.
 void VexaToneProducer::EarlyNoticeReceived(const media_source& what, bigtime_t howMuch) {
-    FPRINTF(stderr, "ToneProducer::EarlyNoticeReceived\n");
+    trace.Put("ToneProducer::EarlyNoticeReceived\n");
     if (what != output.source || RunMode() != B_INCREASE_LATENCY)
         return;
     internalLatency = std::max(internalLatency - howMuch, leastInternalLatency);
     SetEventLatency(downstreamLatency + internalLatency);
-    FPRINTF(stderr, "\tdecreasing latency to %lld\n", static_cast<long long>(EventLatency()));
+    trace.Put("\tdecreasing latency to %lld\n", EventLatency());
 }
 
 void VexaToneProducer::EnableOutput(const media_source& what, bool enabled, int32*) {
@@ -427,7 +427,7 @@ std::size_t VexaToneProducer::FrameOf(const kits::MidiEvent& event,
 }
 
 void VexaToneProducer::ReduceVoxByOne() noexcept {
-    FPRINTF(stderr, "ToneProducer: ReduceVoxByOne");
+    trace.Put("ToneProducer: ReduceVoxByOne");
     if (ReduceVoicesByOne(voices))
         dropped = dropped + 1;
 }

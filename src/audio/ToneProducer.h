@@ -4,6 +4,8 @@
 
 #include "kits/media/MediaEventLooper.h"
 #include "kits/midi/EventGate.h"
+#include "kits/support/RealtimeMark.h"
+#include "kits/support/TraceLater.h"
 #include "synth/Oversampler.h"
 
 #include <memory>
@@ -12,7 +14,7 @@ namespace vexa {
 
 /// The program's audio source in the media graph, with one output of floats, of one channel until
 /// told otherwise. Unless noted a method is a hook that runs in the node's own thread, the media
-/// thread; each tells the trace that it ran.
+/// thread; each tells the trace that it ran, those that run while a buffer is made by TellTrace.
 class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
   public:
     /// The renderer plays the voices, at a multiple of the rate where the sound asks for it; both
@@ -20,7 +22,7 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
     /// Window thread.
     VexaToneProducer(VoiceRenderer& renderer, VoiceTable& voices);
 
-    /// As those of VoiceRenderer. Any thread; window thread.
+    /// Sets the renderer's gain (any thread) and its function (window thread).
     void SetGain(float gain) { renderer.SetGain(gain); }
     void SetFunction(const PlaneFunction& f) { renderer.SetFunction(f); }
 
@@ -39,11 +41,13 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
 
     /// Renders `count` frames, then drops a voice if that took 80 % of the time that they play.
     /// Media thread.
-    void FillSineBuffer(float* buffer, std::size_t count) noexcept;
-    void ReduceVoxByOne() noexcept;
+    VEXA_REALTIME void FillSineBuffer(float* buffer, std::size_t count) noexcept;
+    VEXA_REALTIME void ReduceVoxByOne() noexcept;
     /// The share of the time that was last spent rendering, 1 where it takes all of it: the most of
     /// late, which fades within a second. Any thread.
     float Load() const { return load; }
+    /// Writes the trace lines of what the media thread has done since the last call. Window thread.
+    void TellTrace() { trace.Tell(); }
     /// Voices dropped because rendering took too long. Any thread.
     int64 DroppedVoices() const { return dropped; }
 
@@ -66,19 +70,20 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
     void Connect(status_t error, const media_source& source, const media_destination& destination,
                  const media_format& format, char* name) override;
     void Disconnect(const media_source& what, const media_destination& where) override;
-    void LateNoticeReceived(const media_source& what, bigtime_t howMuch,
-                            bigtime_t performanceTime) override;
-    void EarlyNoticeReceived(const media_source& what, bigtime_t howMuch) override;
+    VEXA_REALTIME void LateNoticeReceived(const media_source& what, bigtime_t howMuch,
+                                          bigtime_t performanceTime) override;
+    VEXA_REALTIME void EarlyNoticeReceived(const media_source& what, bigtime_t howMuch) override;
     void EnableOutput(const media_source& what, bool enabled, int32* deprecated) override;
     status_t SetPlayRate(int32 numerator, int32 denominator) override;
     void AdditionalBufferRequested(const media_source& source, media_buffer_id buffer,
                                    bigtime_t time, const media_seek_tag* tag) override;
-    void LatencyChanged(const media_source& source, const media_destination& destination,
-                        bigtime_t latency, uint32 flags) override;
+    VEXA_REALTIME void LatencyChanged(const media_source& source,
+                                      const media_destination& destination, bigtime_t latency,
+                                      uint32 flags) override;
     void HandleEvent(const media_timed_event* event, bigtime_t lateness,
                      bool realTimeEvent) override;
 
-    /// Buffers in the group; 0 without one.
+    /// Returns how many buffers the group has, 0 without a group.
     int32 CountBuffers() const { return buffers ? buffers->CountBuffers() : 0; }
 
   protected:
@@ -87,23 +92,24 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
   private:
     void AllocateBuffers();
     int32 BuffersNeeded() const;
-    BBuffer* FillNextBuffer(bigtime_t eventTime);
-    void HandleBuffer(bigtime_t eventTime);
+    VEXA_REALTIME BBuffer* FillNextBuffer(bigtime_t eventTime);
+    VEXA_REALTIME void HandleBuffer(bigtime_t eventTime);
     void BeUnconnected();
 
-    void Render(float* buffer, std::size_t count) noexcept;
-    void RenderStretch(float* buffer, std::size_t count) noexcept;
-    std::size_t FrameOf(const kits::MidiEvent& event, std::size_t count) const noexcept;
+    VEXA_REALTIME void Render(float* buffer, std::size_t count) noexcept;
+    VEXA_REALTIME void RenderStretch(float* buffer, std::size_t count) noexcept;
+    VEXA_REALTIME std::size_t FrameOf(const kits::MidiEvent& event,
+                                      std::size_t count) const noexcept;
 
-    std::size_t Channels() const { return output.format.u.raw_audio.channel_count; }
-    std::size_t FramesPerBuffer() const;
-    float FrameRate() const { return output.format.u.raw_audio.frame_rate; }
+    VEXA_REALTIME std::size_t Channels() const { return output.format.u.raw_audio.channel_count; }
+    VEXA_REALTIME std::size_t FramesPerBuffer() const;
+    VEXA_REALTIME float FrameRate() const { return output.format.u.raw_audio.frame_rate; }
     /// Performance time of the frame after those sent so far.
-    bigtime_t TimeOfNextFrame() const;
+    VEXA_REALTIME bigtime_t TimeOfNextFrame() const;
 
     std::unique_ptr<BBufferGroup> buffers;
     bigtime_t downstreamLatency = 0;
-    /// What rendering needs, grown by late notices.
+    /// How many microseconds rendering needs, grown by late notices.
     bigtime_t internalLatency = 0;
     bigtime_t leastInternalLatency = 0;
     media_output output;
@@ -113,10 +119,11 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
     bigtime_t startTime = 0;
 
     kits::EventGate* events = nullptr;
-    /// From an event to the frame that is rendered with its effect.
+    /// So many microseconds pass from an event to the frame that is rendered with its effect.
     bigtime_t renderDelay = 0;
     kits::Shared<bigtime_t> eventDelay{0};
 
+    kits::TraceLater trace;
     VoiceTable& voices;
     VoiceRenderer& renderer;
     Oversampler oversampler{renderer};

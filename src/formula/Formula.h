@@ -4,6 +4,7 @@
 
 #include "formula/ExpressionFault.h"
 #include "formula/Program.h"
+#include "kits/support/RealtimeMark.h"
 #include "synth/PlaneFunction.h"
 
 #include <cstddef>
@@ -38,10 +39,12 @@ class Formula final : public PlaneSource {
     /// How many operations it takes for each point.
     std::size_t Length() const { return program.Length(); }
 
-    std::span<const FunctionInput> Inputs() const noexcept override { return program.Inputs(); }
-    float At(float x, float y, const float* inputs) const noexcept override;
-    void Evaluate(const float* x, const float* y, const float* const* inputs, float* values,
-                  std::size_t count) const noexcept override;
+    VEXA_REALTIME std::span<const FunctionInput> Inputs() const noexcept override {
+        return program.Inputs();
+    }
+    VEXA_REALTIME float At(float x, float y, const float* inputs) const noexcept override;
+    VEXA_REALTIME void Evaluate(const float* x, const float* y, const float* const* inputs,
+                                float* values, std::size_t count) const noexcept override;
 
   private:
     const formula::Program program;

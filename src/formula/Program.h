@@ -4,6 +4,7 @@
 
 #include "formula/FormulaLoops.h"
 #include "formula/Graph.h"
+#include "kits/support/RealtimeMark.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -24,11 +25,12 @@ class Program {
     static std::optional<Program> Of(const Graph& graph, Value root, const FormulaLoops& loops);
 
     /// What the root depends on beside x and y.
-    const std::vector<FunctionInput>& Inputs() const { return inputs; }
+    VEXA_REALTIME const std::vector<FunctionInput>& Inputs() const { return inputs; }
 
     /// values[i] = the root at x = from[0][i], y = from[1][i], where the k-th of Inputs() is
     /// from[2 + k][i]. Any thread, real-time safe.
-    void Run(const float* const* from, float* values, std::size_t count) const noexcept;
+    VEXA_REALTIME void Run(const float* const* from, float* values,
+                           std::size_t count) const noexcept;
 
     /// Nanoseconds per point.
     double Cost() const { return cost; }
@@ -50,7 +52,7 @@ class Program {
     /// The workspace, constants, result, x, y and the function's inputs.
     static constexpr std::size_t kBases = kInput + 2 + kMostInputs;
 
-    void RunPiece(void* const* bases, std::size_t count) const noexcept;
+    VEXA_REALTIME void RunPiece(void* const* bases, std::size_t count) const noexcept;
 
     std::vector<Instruction> instructions;
     std::vector<std::uint64_t> constants;

@@ -23,7 +23,7 @@ class AddonThread {
     /// What is under way or ready for another expression is stopped and dropped. The first call
     /// starts the thread, and throws std::system_error where there can be none.
     void Begin(std::string expression);
-    /// No add-on is wanted any more.
+    /// Stops and drops what is under way or ready: no add-on is wanted any more.
     void Drop();
 
     /// What became of the expression, once; nothing as long as the compiler runs.
@@ -41,10 +41,10 @@ class AddonThread {
 
     std::mutex mutex;
     std::condition_variable_any changed;
-    // Under the mutex.
+    // The expression that is to be compiled, and the last outcome; the mutex guards both.
     std::optional<std::string> wanted;
     std::optional<CompileOutcome> ready;
-    /// Of the last Begin or Drop.
+    /// The number of the last Begin or Drop.
     std::atomic<unsigned> latest{0};
     /// The last member: it ends before the others go.
     std::jthread thread;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "kits/kernel/Image.h"
+#include "kits/support/RealtimeMark.h"
 #include "synth/PlaneFunction.h"
 
 #include <optional>
@@ -14,20 +15,22 @@ namespace vexa {
 /// not be the media or the MIDI thread; kits::Published sees to that.
 class FunctionAddon final : public PlaneSource {
   public:
-    /// Takes over `image`, which is loaded.
+    /// Makes a function of a loaded add-on, which it unloads with itself.
     explicit FunctionAddon(image_id image);
     ~FunctionAddon() override;
 
     /// It exports r2rfun, without which the function must not be called.
     bool HasPointForm() const { return point; }
-    /// It exports r2rfunblock.
+    /// Returns whether the add-on computes blocks of points, by a function r2rfunblock.
     bool HasBlockForm() const { return block; }
     /// What r2rfunstr returns: the expression; nothing if the add-on has no such function.
     const std::optional<std::string>& Expression() const { return expression; }
 
-    float At(float x, float y, const float*) const noexcept override { return point(x, y); }
-    void Evaluate(const float* x, const float* y, const float* const* inputs, float* values,
-                  std::size_t count) const noexcept override;
+    VEXA_REALTIME float At(float x, float y, const float*) const noexcept override {
+        return point(x, y);
+    }
+    VEXA_REALTIME void Evaluate(const float* x, const float* y, const float* const* inputs,
+                                float* values, std::size_t count) const noexcept override;
 
   private:
     using PointForm = float (*)(float x, float y);

@@ -72,7 +72,7 @@ class FunctionCompiler {
     /// Any thread.
     static std::vector<std::string> Command(const char* source, const char* addon);
 
-    /// "functions/recent.c"
+    /// Returns the path of "functions/recent.c", the source as it was last compiled.
     std::filesystem::path SourcePath() const { return functions / "recent.c"; }
 
   private:

@@ -16,7 +16,7 @@ constexpr float kSpan = 10.0F;
 
 const PictureLoops& loops = *RunnablePictureLoops().back();
 
-PicturePlane Plane(const kits::BrightnessMap& map) {
+VEXA_REALTIME PicturePlane Plane(const kits::BrightnessMap& map) {
     const auto width = static_cast<float>(map.width);
     const auto height = static_cast<float>(map.height);
     return {map.values.data(), map.width - 1,   map.height - 1, std::max(width, height) / kSpan,

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "kits/pictures/PictureFile.h"
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/Result.h"
 #include "synth/PlaneFunction.h"
 
@@ -23,10 +24,10 @@ class PictureTerrain final : public PlaneSource {
   public:
     explicit PictureTerrain(Picture picture);
 
-    float At(float x, float y, const float*) const noexcept override;
-    /// The same values, to the bit, as PictureLoops.
-    void Evaluate(const float* x, const float* y, const float* const*, float* values,
-                  std::size_t count) const noexcept override;
+    VEXA_REALTIME float At(float x, float y, const float*) const noexcept override;
+    /// Computes what At computes, to the bit, over arrays, as PictureLoops does.
+    VEXA_REALTIME void Evaluate(const float* x, const float* y, const float* const*, float* values,
+                                std::size_t count) const noexcept override;
 
   private:
     const Picture picture;

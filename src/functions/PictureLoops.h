@@ -2,6 +2,8 @@
 // The picture function over a block of points, compiled once per instruction set.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
+
 #include <cstddef>
 #include <span>
 
@@ -22,7 +24,7 @@ struct PicturePlane {
 };
 
 /// The value of the picture at a point, in the plainest form. Any thread, real-time safe.
-float PictureValue(const PicturePlane& plane, float x, float y);
+VEXA_REALTIME float PictureValue(const PicturePlane& plane, float x, float y);
 
 /// Loops for one instruction set. Any thread, real-time safe.
 struct PictureLoops {

@@ -6,6 +6,7 @@
 #include "kits/media/MediaFile.h"
 #include "kits/storage/Entry.h"
 #include "kits/storage/Path.h"
+#include "kits/support/RealtimeMark.h"
 
 #include <algorithm>
 #include <cmath>
@@ -21,19 +22,19 @@ constexpr float kRadius = 5.0F;
 
 const SpiralLoops& loops = *RunnableSpiralLoops().back();
 
-SpiralTurns Turns(const std::vector<float>& sample, const Winding& winding) {
+VEXA_REALTIME SpiralTurns Turns(const std::vector<float>& sample, const Winding& winding) {
     return {sample.data(), static_cast<int>(sample.size()) - 1, winding.T, winding.alphap};
 }
 
 /// The sample at `index`, a whole number or NaN, limited to the sample.
-float At(const SpiralTurns& turns, float index) {
+VEXA_REALTIME float At(const SpiralTurns& turns, float index) {
     if (!(index > 0))
         return turns.sample[0];
     return turns
         .sample[index < static_cast<float>(turns.last) ? static_cast<int32>(index) : turns.last];
 }
 
-float Interpolate(const SpiralTurns& turns, float p) {
+VEXA_REALTIME float Interpolate(const SpiralTurns& turns, float p) {
     const float i = std::floor(p);
     const float f = p - i;
     return (1 - f) * At(turns, i) + f * At(turns, i + 1);

@@ -6,6 +6,7 @@
 // and its radius selects the place in the sample.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/Result.h"
 #include "kits/support/SupportDefs.h"
 #include "synth/PlaneFunction.h"
@@ -22,11 +23,11 @@ namespace vexa {
 /// empty. Spirals of the same sample share it.
 using SampleFrames = std::shared_ptr<const std::vector<float>>;
 
-/// How a sample is wound.
+/// Says how a sample is wound into a spiral.
 struct Winding {
-    /// Frames per turn.
+    /// Each turn of the spiral has so many frames.
     float T = 100.0F;
-    /// Distance of neighbouring turns.
+    /// Neighbouring turns are so far apart in the plane.
     float alphap = 0.1F;
     bool operator==(const Winding&) const = default;
 };
@@ -36,12 +37,12 @@ struct Winding {
 std::optional<Winding> WindingFor(std::size_t frames, float frameRate, double frequency);
 
 /// The plane function of a sample.
-class SampleSpiral final : public PlaneSource {
+class VEXA_REALTIME SampleSpiral final : public PlaneSource {
   public:
     SampleSpiral(SampleFrames sample, const Winding& winding);
 
     float At(float x, float y, const float*) const noexcept override;
-    /// The same values; SpiralLoops tells how far they agree.
+    /// Computes what At computes, over arrays; SpiralLoops tells how far the two agree.
     void Evaluate(const float* x, const float* y, const float* const*, float* values,
                   std::size_t count) const noexcept override;
 
@@ -53,7 +54,7 @@ class SampleSpiral final : public PlaneSource {
 /// A sample that was loaded.
 struct LoadedSample {
     SampleFrames frames;
-    /// Hz; the sample frequency is measured by it.
+    /// The file's rate in Hz, by which the sample frequency is measured.
     float frameRate = 0;
     /// Absolute path of the file.
     std::string path;

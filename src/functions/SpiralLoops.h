@@ -2,6 +2,8 @@
 // The sample function over a block of points, compiled once per instruction set.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
+
 #include <cstddef>
 #include <span>
 
@@ -11,14 +13,14 @@ namespace vexa {
 struct SpiralTurns {
     const float* sample;
     int last;
-    /// Frames per turn.
+    /// Each turn of the spiral has so many frames.
     float T;
-    /// Distance of neighbouring turns.
+    /// Neighbouring turns are so far apart in the plane.
     float alphap;
 };
 
 /// The value of the spiral at a point, in the plainest form. Any thread, real-time safe.
-float sampler2rfun(const SpiralTurns& turns, float x, float y);
+VEXA_REALTIME float sampler2rfun(const SpiralTurns& turns, float x, float y);
 
 /// Loops for one instruction set. Any thread, real-time safe.
 struct SpiralLoops {
@@ -26,11 +28,11 @@ struct SpiralLoops {
     /// overlap.
     void (*Values)(const SpiralTurns& turns, const float* x, const float* y, float* values,
                    std::size_t count);
-    /// Of the instruction set.
+    /// The name of the instruction set.
     const char* name;
 };
 
-/// Those that this machine can run, the fastest last.
+/// Returns the loops that this machine can run, the fastest last.
 std::span<const SpiralLoops* const> RunnableSpiralLoops();
 
 } // namespace vexa

@@ -9,6 +9,7 @@
 #include "functions/PictureFunction.h"
 #include "functions/SampleFunction.h"
 #include "kits/storage/ProgramFolder.h"
+#include "kits/support/RealtimeMark.h"
 #include "midi/Engine.h"
 
 #include <array>
@@ -139,7 +140,7 @@ class Instrument {
     /// formula of the same values. PlaneFollower shows those that hear more than x and y.
     void Watch(Watcher next) { watcher = std::move(next); }
 
-    Engine& Playing() { return engine; }
+    VEXA_REALTIME Engine& Playing() { return engine; }
     const Engine& Playing() const { return engine; }
 
   private:

@@ -2,6 +2,7 @@
 // What the plane shows of a function that differs from note to note.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "synth/PlaneFunction.h"
 
 #include <array>
@@ -10,7 +11,7 @@
 namespace vexa {
 
 /// A function of x and y alone: another one whose inputs stay at some values.
-class ShownFunction final : public PlaneSource {
+class VEXA_REALTIME ShownFunction final : public PlaneSource {
   public:
     ShownFunction(const PlaneFunction& f, const std::array<float, kMostInputs>& values);
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "midi/MidiChannel.h"
 
+#include "kits/support/RealtimeMark.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -29,7 +31,7 @@ constexpr uchar kMostHundredths = 99;
 /// A bend of 0, of 14 bits.
 constexpr int kCentre = 0x2000;
 
-float Squared(uchar value) {
+VEXA_REALTIME float Squared(uchar value) {
     const float part = static_cast<float>(value) / 127;
     return part * part;
 }

@@ -2,6 +2,7 @@
 // What the hands hold on one MIDI channel.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/SupportDefs.h"
 #include "midi/NoteName.h"
 #include "synth/OwnControllers.h"
@@ -14,7 +15,7 @@
 namespace vexa {
 
 /// The keys that are down, in the order in which they were struck.
-class HeldKeys {
+class VEXA_REALTIME HeldKeys {
   public:
     struct Key {
         NoteName name;
@@ -36,7 +37,7 @@ class HeldKeys {
         count = kept;
     }
     bool Has(const NoteName& name) const;
-    /// The last one that is still down.
+    /// Returns the last key that is still down.
     std::optional<Key> Last() const;
 
   private:
@@ -45,7 +46,7 @@ class HeldKeys {
 };
 
 /// The controls of one channel, as they were last received. MIDI thread.
-class MidiChannel {
+class VEXA_REALTIME MidiChannel {
   public:
     /// What a control has changed.
     enum class Change { None, Bend, Volume, Zone };
@@ -54,12 +55,12 @@ class MidiChannel {
     /// whose members are the value; other parameters change nothing.
     Change Control(uchar controller, uchar value);
     void SetBend(uchar lsb, uchar msb);
-    /// By the MIDI association's practice for controller 121, as far as it is kept here: bend,
-    /// expression, parameter, pedals.
+    /// Resets what controller 121 resets by the MIDI association's practice, as far as it is kept
+    /// here: bend, expression, parameter, pedals.
     void Reset();
-    /// What it has of the macros' controllers, which Reset leaves.
+    /// Forgets what the channel has of the macros' controllers, which Reset leaves.
     void ForgetMacros() { std::fill(own.begin() + kOwnMacros, own.end(), -1.0F); }
-    /// The wheel is let go.
+    /// Brings the wheel back to its middle.
     void CentreBend() { bend = 0; }
     /// The range of the wheel, in semitones, where it is told, and that another channel told.
     void ForgetRange() { range = {}; }
@@ -67,15 +68,15 @@ class MidiChannel {
 
     /// Semitones; `otherwise` is the range where none was told.
     float Bend(float otherwise) const { return bend * range.Of(otherwise); }
-    /// The factor on the output.
+    /// Returns the factor on the output, by volume and expression.
     float Volume() const { return volume * expression; }
 
-    /// The pedals 64 and 66 are down.
+    /// Whether the pedals 64 and 66 are down.
     bool sustain = false, sostenuto = false;
     /// What a note of its own has here; as MPE has it before there is any.
     OwnValues own = kNoteBegins;
     HeldKeys keys;
-    /// Of the last note, Hz; 0 before there was one.
+    /// The frequency of the last note in Hz, 0 before there was one.
     float frequency = 0;
     /// The slot of the one voice, while there may be one only; -1 before.
     int voice = -1;
@@ -87,10 +88,10 @@ class MidiChannel {
     struct Range {
         std::optional<uchar> semitones;
         std::optional<uchar> hundredths;
-        float Of(float otherwise) const;
+        VEXA_REALTIME float Of(float otherwise) const;
     };
 
-    /// -1..1
+    /// The wheel's place, -1..1.
     float bend = 0;
     float volume = 1, expression = 1;
     /// The parameter that data are for; 127, 127 is none.

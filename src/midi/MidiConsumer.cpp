@@ -2,6 +2,7 @@
 #include "midi/MidiConsumer.h"
 
 #include "kits/application/AppFileInfo.h"
+#include "kits/support/RealtimeMark.h"
 #include "synth/Coefficients.h"
 #include "synth/Envelope.h"
 #include "synth/ParameterTable.h"
@@ -12,14 +13,14 @@ namespace vexa {
 
 namespace {
 
-float Normalised(uchar value) {
+VEXA_REALTIME float Normalised(uchar value) {
     return static_cast<float>(value / 127.0);
 }
 
 /// Where the orbit's centre starts in one direction.
-float Centre(const CoefficientGroup& group, const sound_param& p,
-             const ControllerTable& controllers, const OwnControllers& own,
-             const NoteMoment& note) {
+VEXA_REALTIME float Centre(const CoefficientGroup& group, const sound_param& p,
+                           const ControllerTable& controllers, const OwnControllers& own,
+                           const NoteMoment& note) {
     const Coefficients now = group.Now(p, controllers);
     const Weights weights = now.For(note.vel, note.key, own.Of(now.number, note.own, now.control));
     return static_cast<float>(weights.c0 + weights.rest);

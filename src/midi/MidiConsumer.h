@@ -5,6 +5,7 @@
 #include "kits/midi/MidiLocalConsumer.h"
 #include "kits/support/Bitmap.h"
 #include "kits/support/Published.h"
+#include "kits/support/RealtimeMark.h"
 #include "midi/MidiChannel.h"
 #include "midi/MpeZones.h"
 #include "midi/NoteName.h"
@@ -34,34 +35,36 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     ~VexaMidiConsumer() override { Unregister(); }
 
     /// MIDI thread. A velocity of 0 is a velocity like others: only NoteOff releases.
-    void NoteOff(uchar channel, uchar note, uchar velocity, bigtime_t time) override;
-    void NoteOn(uchar channel, uchar note, uchar velocity, bigtime_t time) override;
-    void ControlChange(uchar channel, uchar controller, uchar value, bigtime_t time) override;
-    void KeyPressure(uchar channel, uchar note, uchar pressure, bigtime_t time) override;
-    void ChannelPressure(uchar channel, uchar pressure, bigtime_t time) override;
-    void PitchBend(uchar channel, uchar lsb, uchar msb, bigtime_t time) override;
-    void SourceEnded(uchar channel, bigtime_t time) override;
+    VEXA_REALTIME void NoteOff(uchar channel, uchar note, uchar velocity, bigtime_t time) override;
+    VEXA_REALTIME void NoteOn(uchar channel, uchar note, uchar velocity, bigtime_t time) override;
+    VEXA_REALTIME void ControlChange(uchar channel, uchar controller, uchar value,
+                                     bigtime_t time) override;
+    VEXA_REALTIME void KeyPressure(uchar channel, uchar note, uchar pressure,
+                                   bigtime_t time) override;
+    VEXA_REALTIME void ChannelPressure(uchar channel, uchar pressure, bigtime_t time) override;
+    VEXA_REALTIME void PitchBend(uchar channel, uchar lsb, uchar msb, bigtime_t time) override;
+    VEXA_REALTIME void SourceEnded(uchar channel, bigtime_t time) override;
     /// Silences every slot at once, whatever the channel. Any thread.
-    void AllNotesOff(bool justChannel, bigtime_t time) override;
+    VEXA_REALTIME void AllNotesOff(bool justChannel, bigtime_t time) override;
 
     /// Notes that a host names, of which those with other names are others even on the same key.
     /// Real-time safe, MIDI thread, as all here with names.
     ///
     /// Begins one; the velocity is 0..1.
-    void Begin(const NoteName& name, float velocity);
+    VEXA_REALTIME void Begin(const NoteName& name, float velocity);
     /// Lets the keys go of those that fit, or silences them at once.
-    void End(const NoteName& pattern);
-    void Choke(const NoteName& pattern);
+    VEXA_REALTIME void End(const NoteName& pattern);
+    VEXA_REALTIME void Choke(const NoteName& pattern);
     /// Each is for the notes that fit and sound, be they of MIDI, until they end. Macros are 0..1,
     /// their modulation -1..1 in place of the common one (Macro::modulation). What is beyond its
     /// range is bounded; what is no number is ignored.
-    void Express(const NoteName& pattern, Expression which, float value);
-    void SetMacro(const NoteName& pattern, std::size_t macro, float value);
-    void ModulateMacro(const NoteName& pattern, std::size_t macro, float amount);
+    VEXA_REALTIME void Express(const NoteName& pattern, Expression which, float value);
+    VEXA_REALTIME void SetMacro(const NoteName& pattern, std::size_t macro, float value);
+    VEXA_REALTIME void ModulateMacro(const NoteName& pattern, std::size_t macro, float amount);
     /// Tells the names of the named notes that have ended since the last call, once for each
     /// beginning: their keys are up, and nothing is heard of them any more.
     template<class Told>
-    void TakeEnded(Told told) {
+    VEXA_REALTIME void TakeEnded(Told told) {
         FindEnded();
         for (std::size_t i = 0; i < endedCount; i++) {
             if (HasEnded(i))
@@ -69,8 +72,8 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
         }
         endedCount = 0;
     }
-    /// Whether nothing sounds, or only what is over.
-    bool IsSilent() const;
+    /// Returns whether nothing sounds, or only notes that are over.
+    VEXA_REALTIME bool IsSilent() const;
 
     /// The channel that is listened to, 0..15, or -1 for all. Any thread.
     int32 Channel() const { return channel; }
@@ -81,7 +84,7 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     /// All channels but the first are those of one note each (MPE), and bend, whether a sound says
     /// how it is played or not; or no longer so. Where that changes anything the notes of these
     /// channels end. MIDI thread, or before the first event.
-    void ExpectMpe(bool whether = true);
+    VEXA_REALTIME void ExpectMpe(bool whether = true);
 
     /// The function that new voices are charged with; as VoiceRenderer::SetFunction. Window thread.
     void SetFunction(const PlaneFunction& next) { function.Publish(next); }
@@ -91,11 +94,11 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     void SetTuning(const Tuning& next) { tuning.Publish(next); }
 
     /// Silences voices until at most `limit` sound, which then is the voice limit. Any thread.
-    void ReduceToMaxVox(int32 limit);
-    /// Notes that sound and are not released. Any thread.
-    int32 CountHeld() const;
-    /// Voices that sound. Any thread.
-    int32 CountVox() const { return CountActive(voices); }
+    VEXA_REALTIME void ReduceToMaxVox(int32 limit);
+    /// Returns how many notes sound and are not released. Any thread.
+    VEXA_REALTIME int32 CountHeld() const;
+    /// Returns how many voices sound. Any thread.
+    VEXA_REALTIME int32 CountVox() const { return CountActive(voices); }
     /// Silences the voice that the next stolen note would take. Any thread.
     void ReduceVoxByOne() { ReduceVoicesByOne(voices); }
     /// Notes since the start that took the slot of another. Any thread.
@@ -108,47 +111,47 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     static void AddIcons(BMessage* message, const BBitmap& large, const BBitmap& mini);
 
   private:
-    bool Accepts(uchar from) const {
+    VEXA_REALTIME bool Accepts(uchar from) const {
         return channel == -1 || channel == from || channel == MasterOf(from);
     }
-    int ChooseSlot(float key, const NoteName& name);
-    void KeepToLimit();
-    void Strike(const HeldKeys::Key& struck);
+    VEXA_REALTIME int ChooseSlot(float key, const NoteName& name);
+    VEXA_REALTIME void KeepToLimit();
+    VEXA_REALTIME void Strike(const HeldKeys::Key& struck);
     struct Start {
         float cx, cy, out;
     };
-    Start StartOf(const NoteMoment& note) const;
-    void LetGo(std::size_t index, uchar from);
-    void Release(std::size_t index);
+    VEXA_REALTIME Start StartOf(const NoteMoment& note) const;
+    VEXA_REALTIME void LetGo(std::size_t index, uchar from);
+    VEXA_REALTIME void Release(std::size_t index);
     template<class Change>
-    void ChangeNotes(const NoteName& pattern, Change change);
-    void Charge(std::size_t index);
-    void ShowGains(std::size_t index);
-    void FindEnded();
-    void AddEnded(const NoteName& name);
-    bool HasEnded(std::size_t which) const;
+    VEXA_REALTIME void ChangeNotes(const NoteName& pattern, Change change);
+    VEXA_REALTIME void Charge(std::size_t index);
+    VEXA_REALTIME void ShowGains(std::size_t index);
+    VEXA_REALTIME void FindEnded();
+    VEXA_REALTIME void AddEnded(const NoteName& name);
+    VEXA_REALTIME bool HasEnded(std::size_t which) const;
 
-    void TakeUpSound();
-    std::optional<uchar> MasterOf(uchar from) const;
-    bool IsOwn(uchar from) const;
-    MidiChannel& HandOf(uchar from);
-    bool Concerns(uchar from, uchar to) const;
-    bool IsThatNote(std::size_t index, const NoteName& name) const;
-    OwnValues OwnOf(uchar from) const;
-    float BendOf(uchar from) const;
-    void ConfigureZone(uchar master, uchar members);
-    void SetOwn(uchar from, std::size_t which, float value);
-    bool GiveOwn(uchar from, std::size_t which, float value);
-    void ForgetMacros();
-    bool Plays(int index, uchar from) const;
-    bool Sustains(std::size_t index) const;
-    void ReleaseUnheld(uchar from);
-    void HoldSostenuto(uchar from);
-    void LiftPedals(uchar from);
-    void SetController(uchar controller, float value);
-    void ApplyBend(uchar from);
-    void ApplyVolume(uchar from);
-    void ResetControllers(uchar from);
+    VEXA_REALTIME void TakeUpSound();
+    VEXA_REALTIME std::optional<uchar> MasterOf(uchar from) const;
+    VEXA_REALTIME bool IsOwn(uchar from) const;
+    VEXA_REALTIME MidiChannel& HandOf(uchar from);
+    VEXA_REALTIME bool Concerns(uchar from, uchar to) const;
+    VEXA_REALTIME bool IsThatNote(std::size_t index, const NoteName& name) const;
+    VEXA_REALTIME OwnValues OwnOf(uchar from) const;
+    VEXA_REALTIME float BendOf(uchar from) const;
+    VEXA_REALTIME void ConfigureZone(uchar master, uchar members);
+    VEXA_REALTIME void SetOwn(uchar from, std::size_t which, float value);
+    VEXA_REALTIME bool GiveOwn(uchar from, std::size_t which, float value);
+    VEXA_REALTIME void ForgetMacros();
+    VEXA_REALTIME bool Plays(int index, uchar from) const;
+    VEXA_REALTIME bool Sustains(std::size_t index) const;
+    VEXA_REALTIME void ReleaseUnheld(uchar from);
+    VEXA_REALTIME void HoldSostenuto(uchar from);
+    VEXA_REALTIME void LiftPedals(uchar from);
+    VEXA_REALTIME void SetController(uchar controller, float value);
+    VEXA_REALTIME void ApplyBend(uchar from);
+    VEXA_REALTIME void ApplyVolume(uchar from);
+    VEXA_REALTIME void ResetControllers(uchar from);
     void PublishIcons();
 
     ControllerTable& controllers;
@@ -164,13 +167,13 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
         uchar channel = 0;
         /// The key is down.
         bool key = false;
-        /// The pedal 66 holds it.
+        /// The pedal 66 holds the note.
         bool sostenuto = false;
         /// It was released before another began on the channel of its own.
         bool bygone = false;
         /// Its id is kOfMidi from when the host has been told of its end, too.
         NoteName name{NoteName::kOfMidi, -1, -1};
-        /// As Expression.
+        /// What the host says of the note, as in Expression.
         float volume = 1, loudness = 1, pan = 0.5F;
     };
     std::array<Holder, kVoiceSlots> holders{};

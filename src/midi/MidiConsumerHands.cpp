@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Wheel, pedals, pressure and controllers: what a player's hands and feet do besides striking keys.
+#include "kits/support/RealtimeMark.h"
 #include "midi/MidiConsumer.h"
 
 #include <algorithm>
@@ -20,7 +21,7 @@ enum : uchar {
 /// A pedal is down from here on.
 constexpr uchar kDown = 64;
 
-float Normalised(uchar value) {
+VEXA_REALTIME float Normalised(uchar value) {
     return static_cast<float>(value / 127.0);
 }
 

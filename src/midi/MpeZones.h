@@ -3,6 +3,7 @@
 // 2018).
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/SupportDefs.h"
 
 #include <optional>
@@ -12,11 +13,11 @@ namespace vexa {
 /// The lower zone has channel 0 as its master and members from 1 upwards, the upper one channel 15
 /// and members from 14 downwards. A channel of a note's own is a member; what comes on the master
 /// is for all of them. At first there are no zones. MIDI thread.
-class MpeZones {
+class VEXA_REALTIME MpeZones {
   public:
-    /// By the configuration message, which comes on a master: the zone has so many members, 0..15;
-    /// 0 ends it. The other zone gives away what it had of them. False, and nothing changes, where
-    /// the channel is no master or the number is too large.
+    /// Takes the configuration message, which comes on a master: the zone has so many members,
+    /// 0..15; 0 ends it. The other zone gives away what it had of them. False, and nothing changes,
+    /// where the channel is no master or the number is too large.
     bool Configure(uchar master, int members);
 
     /// The master of a member; nothing for other channels.
@@ -27,7 +28,7 @@ class MpeZones {
     bool operator==(const MpeZones&) const = default;
 
   private:
-    /// Members.
+    /// How many member channels each zone has, 0..15.
     int lower = 0, upper = 0;
 };
 

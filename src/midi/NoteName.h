@@ -2,11 +2,12 @@
 // What a host calls a note.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/SupportDefs.h"
 
 namespace vexa {
 
-/// As a pattern it means every note that it agrees with, and -1 agrees with any.
+/// The name of a note, which as a pattern means every note that it agrees with; -1 agrees with any.
 struct NoteName {
     /// The host's own number, -1 where it gives none. Notes of MIDI have kOfMidi.
     int32 id = -1;
@@ -17,7 +18,7 @@ struct NoteName {
 
     static constexpr int32 kOfMidi = -2;
 
-    bool Fits(const NoteName& pattern) const noexcept {
+    VEXA_REALTIME bool Fits(const NoteName& pattern) const noexcept {
         const auto agrees = [](int32 own, int32 wanted) { return wanted == -1 || own == wanted; };
         return agrees(id, pattern.id) && agrees(channel, pattern.channel) &&
                agrees(key, pattern.key);
@@ -27,7 +28,7 @@ struct NoteName {
 
 /// What a host says of a note alone, besides its macros.
 enum class Expression {
-    /// Semitones.
+    /// The note's tuning in semitones.
     Tuning,
     /// Factors from 0 on; the two are multiplied.
     Volume,

@@ -21,7 +21,7 @@ class ProgramSelector : public kits::EventWatcher {
     ProgramSelector(const VexaMidiConsumer& consumer, BMessenger target, uint32 code)
         : consumer(consumer), target(std::move(target)), code(code) {}
 
-    /// MIDI thread.
+    /// Takes a program change up. MIDI thread.
     void Came(const kits::MidiEvent& event) override;
 
     /// The last program that was chosen since the call before: 128 bank + program, where the bank

@@ -2,6 +2,7 @@
 // The knobs that a host sees.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "synth/Playing.h"
 
 #include <array>
@@ -12,7 +13,7 @@
 namespace vexa {
 
 /// One knob. Its lowest value means that the sound has the say, and is what it begins with.
-struct Control {
+struct VEXA_REALTIME Control {
     const char* symbol;
     const char* label;
     /// A unit of LV2's vocabulary of units; null for none.
@@ -36,7 +37,7 @@ constexpr std::size_t kFirstMacroControl = 1;
 constexpr std::size_t kMpeControl = 11;
 using ControlValues = std::array<float, kControls>;
 
-const std::array<Control, kControls>& Controls();
+VEXA_REALTIME const std::array<Control, kControls>& Controls();
 
 /// A value that has a name.
 struct ControlPoint {

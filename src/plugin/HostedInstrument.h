@@ -4,6 +4,7 @@
 
 #include "formula/ExpressionLimits.h"
 #include "instrument/Instrument.h"
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/Ring.h"
 #include "plugin/Controls.h"
 #include "synth/Oversampler.h"
@@ -45,21 +46,21 @@ class HostedInstrument {
     HostedInstrument(kits::ProgramFolders folders, double rate);
     /// Forgets all notes and what wheels, pedals and modulation hold, and goes on at a rate. Audio
     /// side, or while that does nothing.
-    void Restart(double rate) noexcept;
+    VEXA_REALTIME void Restart(double rate) noexcept;
 
     /// Audio side: no allocation, lock, wait or system call.
     /// Takes up the knobs and, where they leave it to the sound, what that says.
-    void TakeControls(const ControlValues& values) noexcept;
+    VEXA_REALTIME void TakeControls(const ControlValues& values) noexcept;
     /// One message, which takes effect with the next sample. What is no whole message is ignored.
-    void Midi(std::span<const uint8> message) noexcept;
+    VEXA_REALTIME void Midi(std::span<const uint8> message) noexcept;
     /// What plays, for what MIDI has no words for.
-    Engine& Audio() noexcept { return instrument.Playing(); }
+    VEXA_REALTIME Engine& Audio() noexcept { return instrument.Playing(); }
     /// The next `count` samples of both ears.
-    void Render(float* left, float* right, std::size_t count) noexcept;
+    VEXA_REALTIME void Render(float* left, float* right, std::size_t count) noexcept;
     /// Samples by which what Render gives is later than it was asked for.
-    std::size_t Delay() const noexcept { return oversampler.Delay(); }
+    VEXA_REALTIME std::size_t Delay() const noexcept { return oversampler.Delay(); }
     /// Puts a request down for Work; false where it is longer than kMostText or too many wait.
-    bool Post(Request request, std::string_view text) noexcept;
+    VEXA_REALTIME bool Post(Request request, std::string_view text) noexcept;
 
     static constexpr std::size_t kMostText = kLongestExpression;
 
@@ -103,13 +104,13 @@ class HostedInstrument {
     /// What plays. Any thread may read what any thread may read of it.
     const SoundRecords& Records() const { return instrument.Playing(); }
     /// Whether a window has edited the sound since the last call. Audio side.
-    bool TakeEdited() noexcept { return edited.exchange(false); }
+    VEXA_REALTIME bool TakeEdited() noexcept { return edited.exchange(false); }
 
   private:
     std::string Do(Request request, const std::string& text);
     std::string Tune(const TuningChoice& choice, bool anyway);
     std::string Install(Sound next, const std::string& file, bool& taken);
-    void PlayPosted() noexcept;
+    VEXA_REALTIME void PlayPosted() noexcept;
 
     const kits::ProgramFolders folders;
     SoundsSay said;

@@ -2,6 +2,7 @@
 // Work for a plug-in whose host lends no thread for it.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/SupportDefs.h"
 
 #include <atomic>
@@ -24,9 +25,9 @@ class WakingThread {
     /// Has the work done once more. Of one thread, which may be the audio side: what sem_post costs
     /// is an atomic addition and, where the thread sleeps, the system's call that wakes it. It
     /// never waits.
-    void Wake() noexcept;
+    VEXA_REALTIME void Wake() noexcept;
     /// Waits until that is done: for an audio side that nobody listens to.
-    void Await() const noexcept;
+    VEXA_REALTIME void Await() const noexcept;
 
   private:
     void Run();

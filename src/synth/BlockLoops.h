@@ -5,6 +5,8 @@
 // operation in them is exact or rounded as IEEE 754 says.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
+
 #include <cstddef>
 #include <span>
 
@@ -140,6 +142,6 @@ struct BlockLoops {
 /// Those that this machine can run, the fastest last.
 std::span<const BlockLoops* const> RunnableLoops();
 /// The fastest for the machine that this runs on.
-const BlockLoops& Loops();
+VEXA_REALTIME const BlockLoops& Loops();
 
 } // namespace vexa

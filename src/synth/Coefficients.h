@@ -2,6 +2,7 @@
 // The weighted sums of the orbit formulas.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "synth/SoundParam.h"
 
 namespace vexa {
@@ -24,7 +25,7 @@ struct Coefficients {
     bool operator==(const Coefficients&) const = default;
     Weights For(float vel, float key) const noexcept { return For(vel, key, control); }
     /// For a note with another value of the controller.
-    Weights For(float vel, float key, double own) const noexcept {
+    VEXA_REALTIME Weights For(float vel, float key, double own) const noexcept {
         return {c0, c1 * vel + c2 * key + c3 * own};
     }
 };
@@ -38,7 +39,8 @@ struct CoefficientGroup {
     kits::Shared<int32> sound_param::*c4;
 
     /// As they are now. Any thread.
-    Coefficients Now(const sound_param& p, const ControllerTable& controllers) const noexcept {
+    VEXA_REALTIME Coefficients Now(const sound_param& p,
+                                   const ControllerTable& controllers) const noexcept {
         const int32 number = p.*c4 & 127;
         return {p.*c0, p.*c1, p.*c2, p.*c3, controllers[static_cast<std::size_t>(number)], number};
     }

@@ -2,6 +2,7 @@
 // Fewer frames per second.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "synth/BlockLoops.h"
 
 #include <cstddef>
@@ -29,7 +30,7 @@ class DecimationFilter {
     std::size_t Length() const { return taps.size(); }
     /// The next `count` frames of the lower rate, of which the first has the place of
     /// frames[Reach()]. Real-time safe, any thread.
-    void Run(const float* frames, float* out, std::size_t count) const noexcept {
+    VEXA_REALTIME void Run(const float* frames, float* out, std::size_t count) const noexcept {
         Loops().Filter(taps.data(), taps.size(), frames, factor, out, count);
     }
 

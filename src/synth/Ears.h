@@ -2,6 +2,7 @@
 // Where on the orbit the two ears read the plane.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "synth/BlockLoops.h"
 #include "synth/Ramp.h"
 #include "synth/SoundParam.h"
@@ -20,13 +21,13 @@ struct EarTurn {
     double sine = 0, cosine = 1;
 
     /// At moment i of the block.
-    double At(std::size_t i) const noexcept { return angles ? angles[i] : angle; }
+    VEXA_REALTIME double At(std::size_t i) const noexcept { return angles ? angles[i] : angle; }
 
     /// What the ears hear of a phase with this sine and cosine, where the angle stays.
     struct Heard {
         double leftSine, leftCosine, rightSine, rightCosine;
     };
-    Heard Of(double otherSine, double otherCosine) const noexcept {
+    VEXA_REALTIME Heard Of(double otherSine, double otherCosine) const noexcept {
         const double sc = otherSine * cosine, cs = otherCosine * sine;
         const double cc = otherCosine * cosine, ss = otherSine * sine;
         return {sc - cs, cc + ss, sc + cs, cc - ss};
@@ -35,7 +36,7 @@ struct EarTurn {
 
 /// The left ear reads the plane half of the spread earlier on the orbit, the right one half of it
 /// later: at phases less and more by Fx spread / 2 in x and Fy spread / 2 in y. Media thread.
-class Ears {
+class VEXA_REALTIME Ears {
   public:
     /// A block of `count` samples, `offset` after its cell. The angles get where the spread
     /// (degrees) has them within `ramp` samples; the first block finds them there.
@@ -52,7 +53,7 @@ class Ears {
     const EarTurn& Y() const noexcept { return y.turn; }
 
   private:
-    struct Axis {
+    struct VEXA_REALTIME Axis {
         void Begin(double target, std::size_t ramp, std::size_t offset, std::size_t count) noexcept;
         bool Apart() const noexcept { return angle.Varies() || angle.Now() != 0; }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "kits/support/Published.h"
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/SupportDefs.h"
 #include "synth/EnvelopeCurve.h"
 
@@ -39,10 +40,10 @@ class Envelope {
     void ProduceCalcPts();
 
     /// The published curve; see Published::Get for how long it lives. Any thread.
-    const EnvelopeCurve& Curve() const noexcept { return curve.Get(); }
+    VEXA_REALTIME const EnvelopeCurve& Curve() const noexcept { return curve.Get(); }
 
     /// Curve().Value: the window thread as it likes, other threads inside a Reader::Section.
-    float Value(float t, bool released, float level) const noexcept {
+    VEXA_REALTIME float Value(float t, bool released, float level) const noexcept {
         return Curve().Value(t, released, level);
     }
 

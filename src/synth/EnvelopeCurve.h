@@ -2,6 +2,7 @@
 // An envelope as the audio and MIDI threads see it: points that never change.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "synth/BlockLoops.h"
 
 #include <cstddef>
@@ -25,7 +26,7 @@ struct EnvPoint {
 /// its end, and a part that leads on from wherever the key was released. Points are expected in
 /// order, key-down points first, each kind in increasing time; any other list is evaluated by the
 /// same rule without fault. Immutable, so any thread may read it.
-class EnvelopeCurve {
+class VEXA_REALTIME EnvelopeCurve {
   public:
     /// `empty` is the value of a curve without points.
     EnvelopeCurve(std::vector<EnvPoint> points, float empty);

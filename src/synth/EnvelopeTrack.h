@@ -2,6 +2,7 @@
 // An envelope as one note follows it.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "synth/EnvelopeCurve.h"
 
 #include <cstddef>
@@ -11,7 +12,7 @@ namespace vexa {
 
 /// Remembers the piece of the curve that the note is in, which mostly lasts for many blocks. Media
 /// thread.
-class EnvelopeTrack {
+class VEXA_REALTIME EnvelopeTrack {
   public:
     /// A note or its release begins.
     void Restart() { curve = 0; }

@@ -5,10 +5,12 @@
 // wide vectors could be linked into code that runs on any machine.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
+
 namespace vexa {
 
 /// What each addition of `step` to a sum near `start` adds once it is rounded.
-static inline double RoundedStep(double start, double step) noexcept {
+VEXA_REALTIME static inline double RoundedStep(double start, double step) noexcept {
     return start + step - start;
 }
 
@@ -19,7 +21,8 @@ static inline double RoundedStep(double start, double step) noexcept {
 /// adds the same multiple `rounded` of the grid's width. Not so if step lies in the middle of two
 /// multiples, where the rounding depends on the sum, nor for a sum that comes down to the binade's
 /// edge.
-static inline bool AddsTheSame(double start, double step, double rounded, double last) noexcept {
+VEXA_REALTIME static inline bool AddsTheSame(double start, double step, double rounded,
+                                             double last) noexcept {
     if (step == 0)
         return true;
     using Bits = unsigned long long;

@@ -2,6 +2,7 @@
 // What a plane function hears of all notes over a block.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "synth/BlockLoops.h"
 #include "synth/Macros.h"
 #include "synth/PlaneFunction.h"
@@ -19,7 +20,7 @@ namespace vexa {
 
 /// The values of a function's inputs at the points of all voices. Media thread, but for its
 /// construction, which allocates.
-class InputBlock {
+class VEXA_REALTIME InputBlock {
   public:
     explicit InputBlock(Macros& macros) : macros(macros), space(std::make_unique<Space>()) {}
 

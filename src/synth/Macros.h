@@ -2,6 +2,7 @@
 // The four numbers of a sound that its formula calls a, b, c and d.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/Shared.h"
 #include "kits/support/SupportDefs.h"
 
@@ -37,13 +38,13 @@ struct alignas(8) OwnMacro {
     /// Below -1 where it has none.
     float modulation = -2;
 
-    bool Given() const noexcept { return value >= 0 || modulation >= -1; }
+    VEXA_REALTIME bool Given() const noexcept { return value >= 0 || modulation >= -1; }
     bool operator==(const OwnMacro&) const = default;
 };
 using OwnMacros = std::array<OwnMacro, kMacros>;
 
 /// Where a macro is to be for a note, 0..1. Any thread.
-inline float Wanted(const Macro& macro, const OwnMacro& own = {}) noexcept {
+VEXA_REALTIME inline float Wanted(const Macro& macro, const OwnMacro& own = {}) noexcept {
     const float value = own.value >= 0 ? own.value : float(macro.value);
     return std::clamp(value + (own.modulation >= -1 ? own.modulation : float(macro.modulation)),
                       0.0F, 1.0F);

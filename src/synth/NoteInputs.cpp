@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "synth/NoteInputs.h"
 
+#include "kits/support/RealtimeMark.h"
+
 namespace vexa {
 
 namespace {
 
-float Now(const Macro& macro, const OwnMacro& own) noexcept {
+VEXA_REALTIME float Now(const Macro& macro, const OwnMacro& own) noexcept {
     return own.Given() ? Wanted(macro, own) : float(macro.now);
 }
 

@@ -2,6 +2,7 @@
 // What a plane function hears of a note.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "synth/Macros.h"
 #include "synth/OwnControllers.h"
 #include "synth/PlaneFunction.h"
@@ -23,8 +24,9 @@ struct NoteMoment {
 
 /// The values of f.Inputs() for the note, with the macros and controllers as they are now. Any
 /// thread, real-time safe.
-std::array<float, kMostInputs> InputsOf(const PlaneSource& f, const NoteMoment& note,
-                                        const Macros& macros, const ControllerTable& controllers,
-                                        const OwnControllers& own) noexcept;
+VEXA_REALTIME std::array<float, kMostInputs> InputsOf(const PlaneSource& f, const NoteMoment& note,
+                                                      const Macros& macros,
+                                                      const ControllerTable& controllers,
+                                                      const OwnControllers& own) noexcept;
 
 } // namespace vexa

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "synth/Oscillator.h"
 
+#include "kits/support/RealtimeMark.h"
+
 #include <algorithm>
 
 namespace vexa {
@@ -8,8 +10,8 @@ namespace vexa {
 namespace {
 
 /// The waves of phases, as the coordinate's own.
-void UseWaves(Oscillator::Wave wave, const double* phases, std::size_t count, double* space,
-              Coordinate& coordinate) noexcept {
+VEXA_REALTIME void UseWaves(Oscillator::Wave wave, const double* phases, std::size_t count,
+                            double* space, Coordinate& coordinate) noexcept {
     std::array<double, kRoom> sines, cosines;
     Loops().Waves(phases, sines.data(), cosines.data(), count);
     std::copy_n((wave == Oscillator::Wave::sine ? sines : cosines).data(), count, space);

@@ -2,6 +2,7 @@
 // One of a voice's two oscillators.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "synth/BlockLoops.h"
 #include "synth/Ears.h"
 #include "synth/EqualSteps.h"
@@ -17,7 +18,7 @@ namespace vexa {
 /// from those of the phase at the beginning of the cell, which is the stretch of kMostSamples
 /// samples that the block lies in, and from those of some steps, which are kept. So few sines are
 /// computed, and none depends on where in a cell blocks are cut. Media thread.
-class Oscillator {
+class VEXA_REALTIME Oscillator {
   public:
     /// Radians, never wrapped.
     double Phase() const { return phase; }

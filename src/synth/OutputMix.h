@@ -2,6 +2,7 @@
 // From the voices' points to their sum: low-cut filters, volumes of channels, and fading ends.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "synth/Playing.h"
 #include "synth/Ramp.h"
 #include "synth/RunningVoice.h"
@@ -13,7 +14,7 @@
 namespace vexa {
 
 /// Voices whose output is scaled alike are filtered side by side. Media thread.
-class OutputMix {
+class VEXA_REALTIME OutputMix {
   public:
     /// The records are shared and outlive this.
     OutputMix(const Playing& playing, const ChannelVolumes& volumes)

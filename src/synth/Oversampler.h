@@ -2,6 +2,7 @@
 // Frames at one rate of a renderer that runs at a multiple of it.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "synth/Decimator.h"
 #include "synth/Ramp.h"
 #include "synth/VoiceRenderer.h"
@@ -24,13 +25,15 @@ class Oversampler {
         : renderer(renderer), half(half), filters{{{2, half}, {4, half}, {8, half}, {16, half}}} {}
 
     /// Frames per second; what has been rendered so far is forgotten. Not while rendering.
-    void SetFrameRate(double rate);
+    VEXA_REALTIME void SetFrameRate(double rate);
 
     /// Frames by which what the next Render renders is heard later: half the filter or 0.
-    std::size_t Delay() const noexcept { return renderer.Oversampling() > 1 ? half : 0; }
+    VEXA_REALTIME std::size_t Delay() const noexcept {
+        return renderer.Oversampling() > 1 ? half : 0;
+    }
 
     /// As VoiceRenderer::Render. Real-time safe.
-    void Render(float* left, float* right, std::size_t count) noexcept;
+    VEXA_REALTIME void Render(float* left, float* right, std::size_t count) noexcept;
 
   private:
     static constexpr std::size_t kMostFactor = 16;
@@ -39,10 +42,10 @@ class Oversampler {
     /// What the renderer has given: as much as the filter holds, and then the next piece.
     using Line = std::vector<float>;
 
-    std::size_t Held() const noexcept { return 2 * half * factor; }
+    VEXA_REALTIME std::size_t Held() const noexcept { return 2 * half * factor; }
     Line NewLine() const { return Line((2 * half + kPiece + 1) * kMostFactor); }
-    void TakeFactor(std::size_t next) noexcept;
-    void Give(const Line& line, float* out, std::size_t count) const noexcept;
+    VEXA_REALTIME void TakeFactor(std::size_t next) noexcept;
+    VEXA_REALTIME void Give(const Line& line, float* out, std::size_t count) const noexcept;
 
     VoiceRenderer& renderer;
     const std::size_t half;

@@ -2,6 +2,7 @@
 // Controllers of which a note may have values of its own.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "synth/Macros.h"
 #include "synth/Playing.h"
 
@@ -19,8 +20,8 @@ using OwnValues = std::array<float, kOwnControllers>;
 constexpr OwnValues kNoOwnValues{-1, -1, -1, -1, -1, -1};
 
 /// Their numbers; -1 where there is none.
-struct OwnControllers {
-    OwnControllers(const Playing& playing, const Macros& macros) noexcept
+struct VEXA_REALTIME OwnControllers {
+    VEXA_REALTIME OwnControllers(const Playing& playing, const Macros& macros) noexcept
         : numbers{playing.Pressure(),   kTimbreNumber,        macros[0].controller,
                   macros[1].controller, macros[2].controller, macros[3].controller} {}
 

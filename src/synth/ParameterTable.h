@@ -2,6 +2,7 @@
 // One row per coefficient of a sound: all that the program knows about it by name.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "synth/SoundParam.h"
 
 #include <cstddef>
@@ -67,7 +68,7 @@ struct EnvelopePlace {
 };
 
 /// EnvCx, EnvCy, EnvAx, EnvAy: also the order of a voice's levels at note-off.
-std::span<const EnvelopePlace, 4> EnvelopePlaces();
+VEXA_REALTIME std::span<const EnvelopePlace, 4> EnvelopePlaces();
 
 /// Seconds that an envelope covers: two thirds while the key is down, one third after.
 constexpr float kEnvelopeTimeRange = 10.0F;

@@ -3,23 +3,24 @@
 #pragma once
 
 #include "kits/maths/Functions.h"
+#include "kits/support/RealtimeMark.h"
 
 #include <numbers>
 
 namespace vexa {
 
 /// The factor of an interval in semitones. Any thread, real-time safe, as all here.
-inline double RatioOf(double semitones) noexcept {
+VEXA_REALTIME inline double RatioOf(double semitones) noexcept {
     return kits::maths::Exponential(semitones * (std::numbers::ln2 / 12));
 }
 
 /// Semitones from a frequency up to another.
-inline double SemitonesBetween(double from, double to) noexcept {
+VEXA_REALTIME inline double SemitonesBetween(double from, double to) noexcept {
     return kits::maths::Logarithm(to / from) * (12 / std::numbers::ln2);
 }
 
 /// The factor of a level in decibels.
-inline double LevelOf(double decibels) noexcept {
+VEXA_REALTIME inline double LevelOf(double decibels) noexcept {
     constexpr double kSemitonesInDecibel = 1.9931568569324174; // 12 log2(10) / 20
     return RatioOf(decibels * kSemitonesInDecibel);
 }

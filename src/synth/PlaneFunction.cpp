@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "synth/PlaneFunction.h"
 
+#include "kits/support/RealtimeMark.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -12,7 +14,9 @@ namespace {
 class PlainSource final : public PlaneSource {
   public:
     explicit PlainSource(PlaneFunction::Point point) : point(point) {}
-    float At(float x, float y, const float*) const noexcept override { return point(x, y); }
+    VEXA_REALTIME float At(float x, float y, const float*) const noexcept override {
+        return point(x, y);
+    }
 
   private:
     const PlaneFunction::Point point;

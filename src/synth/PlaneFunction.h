@@ -2,6 +2,8 @@
 // A sound: a real function of the plane.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
+
 #include <concepts>
 #include <cstddef>
 #include <memory>
@@ -44,7 +46,7 @@ class PlaneSource {
     PlaneSource& operator=(const PlaneSource&) = delete;
 
     /// What it uses beside x and y, at most kMostInputs. Any thread.
-    virtual std::span<const FunctionInput> Inputs() const noexcept { return {}; }
+    VEXA_REALTIME virtual std::span<const FunctionInput> Inputs() const noexcept { return {}; }
 
     /// Estimated time in nanoseconds per point in blocks; 0 where it is too little to be worth a
     /// thought. Any thread.
@@ -52,13 +54,13 @@ class PlaneSource {
 
     /// f(x, y), where the k-th of Inputs() is inputs[k]. Any thread at any time: must not block or
     /// allocate.
-    virtual float At(float x, float y, const float* inputs) const noexcept = 0;
+    VEXA_REALTIME virtual float At(float x, float y, const float* inputs) const noexcept = 0;
 
     /// values[i] = f(x[i], y[i]) for 0 <= i < count, where the k-th of Inputs() is inputs[k][i].
     /// The arrays do not overlap. A source without a faster way takes point after point. Threads as
     /// At.
-    virtual void Evaluate(const float* x, const float* y, const float* const* inputs, float* values,
-                          std::size_t count) const noexcept;
+    VEXA_REALTIME virtual void Evaluate(const float* x, const float* y, const float* const* inputs,
+                                        float* values, std::size_t count) const noexcept;
 };
 
 /// A plane function as a value: a share in its source. Copies are made and dropped where waiting is
@@ -72,7 +74,7 @@ class PlaneFunction {
     template<std::derived_from<PlaneSource> Source>
     PlaneFunction(std::shared_ptr<Source> source) : source(std::move(source)) {}
 
-    const PlaneSource& Source() const noexcept { return *source; }
+    VEXA_REALTIME const PlaneSource& Source() const noexcept { return *source; }
 
     /// Of a function of x and y alone; as those of PlaneSource.
     float operator()(float x, float y) const noexcept { return source->At(x, y, nullptr); }
@@ -88,7 +90,7 @@ class PlaneFunction {
 /// sums grow to some 8000 times its input (note 0 at 44100 samples per second), and stay finite.
 constexpr float kMostHeard = 1e30F;
 /// The value as it is heard; 0 for what is not finite.
-float Heard(float value);
+VEXA_REALTIME float Heard(float value);
 
 /// 0 everywhere.
 float nullfunc(float x, float y);

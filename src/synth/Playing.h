@@ -2,6 +2,7 @@
 // How a sound is played: voices, bend, pedal and what else a player's hands and feet do to it.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/Shared.h"
 #include "kits/support/SupportDefs.h"
 
@@ -25,7 +26,7 @@ enum class PlayMode : int {
 };
 
 /// The values of one sound, in the table's units. Written by the window thread, read by all.
-struct Playing {
+struct VEXA_REALTIME Playing {
     /// With what the table says is absent.
     Playing();
 
@@ -84,7 +85,7 @@ struct PlayingRow {
 constexpr std::size_t kPlayingRows = 10;
 
 /// In the order of a document.
-std::span<const PlayingRow, kPlayingRows> PlayingRows();
+VEXA_REALTIME std::span<const PlayingRow, kPlayingRows> PlayingRows();
 
 /// What a text means; nothing where it is not wholly a value that the row allows. Blanks around it
 /// do not count. The same in every locale.

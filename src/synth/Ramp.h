@@ -2,6 +2,7 @@
 // Values that go to where they are wanted in a straight line instead of stepping.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "synth/BlockLoops.h"
 #include "synth/Pitch.h"
 
@@ -38,7 +39,7 @@ class RampParts {
 /// Whether it varies is decided for whole cells (Oscillator), so that what is computed in one way
 /// or another does not depend on where blocks are cut.
 template<class Number>
-class Ramp {
+class VEXA_REALTIME Ramp {
   public:
     explicit Ramp(Number initial = 0) : from(initial), to(initial) {}
 
@@ -102,7 +103,7 @@ class Ramp {
 
 /// An interval that goes to another in a straight line, and so its factor on a frequency
 /// exponentially. Media thread.
-class PitchRamp {
+class VEXA_REALTIME PitchRamp {
   public:
     /// In semitones, as all intervals here.
     void Set(double interval) noexcept {

@@ -2,6 +2,8 @@
 // What surrounds code that runs in the media thread.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
+
 #include <cstdint>
 
 #if defined(__SSE__)
@@ -15,8 +17,8 @@ namespace vexa {
 /// allocates or locks inside.
 class RealtimeSection {
   public:
-    RealtimeSection() noexcept { depth++; }
-    ~RealtimeSection() { depth--; }
+    VEXA_REALTIME RealtimeSection() noexcept { depth++; }
+    VEXA_REALTIME ~RealtimeSection() { depth--; }
     RealtimeSection(const RealtimeSection&) = delete;
     RealtimeSection& operator=(const RealtimeSection&) = delete;
 
@@ -35,10 +37,10 @@ class FlushDenormals {
   public:
 #if defined(__SSE__)
     // Bit 15 flushes results to zero, bit 6 takes denormal operands as zero.
-    FlushDenormals() noexcept : before(_mm_getcsr()) {
+    VEXA_REALTIME FlushDenormals() noexcept : before(_mm_getcsr()) {
         _mm_setcsr(before | 0x8040U);
     }
-    ~FlushDenormals() {
+    VEXA_REALTIME ~FlushDenormals() {
         _mm_setcsr(before);
     }
 #elif defined(__aarch64__)

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "synth/Voice.h"
 
+#include "kits/support/RealtimeMark.h"
+
 #include <algorithm>
 
 namespace vexa {
@@ -9,7 +11,7 @@ namespace {
 
 /// What is shown is about the slot's note as it is now, or as it was before its pitch changed.
 /// `rendered` is read first: the media thread writes it last, so a match vouches for the rest.
-bool Rendered(const voice& slot, VoiceState::Seen seen) {
+VEXA_REALTIME bool Rendered(const voice& slot, VoiceState::Seen seen) {
     return slot.rendered == seen.Changes() || (slot.renderednotes == slot.notes && !slot.released);
 }
 

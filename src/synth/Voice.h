@@ -6,6 +6,7 @@
 // its own (VoiceRenderer) and shows in the slot how far it has come. Only `active` is everybody's.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/Shared.h"
 #include "kits/support/SupportDefs.h"
 #include "synth/Macros.h"
@@ -25,12 +26,12 @@ using OrbitSums = std::array<double, kOrbitSums>;
 
 /// Whether a slot sounds, and how often its note has changed, in one word, so that silencing the
 /// note that one looked at cannot silence its successor. Wait-free.
-class VoiceState {
+class VEXA_REALTIME VoiceState {
   public:
     /// The word at one moment.
-    class Seen {
+    class VEXA_REALTIME Seen {
       public:
-        explicit Seen(uint32 word) : word(word) {}
+        VEXA_REALTIME explicit Seen(uint32 word) : word(word) {}
         /// The slot sounds.
         bool Active() const { return word & kActive; }
         /// The MIDI thread is rewriting the slot at this moment.
@@ -159,7 +160,7 @@ struct VoiceView {
 };
 
 /// The slot's own controllers, as they are now. Any thread.
-OwnValues OwnOf(const voice& slot);
+VEXA_REALTIME OwnValues OwnOf(const voice& slot);
 
 /// Reads a slot. Where the media thread has not taken a new note or a release up yet, the note is
 /// where it will start: at t = 0. Read while the note changes, fields of the old and the new may
@@ -167,17 +168,17 @@ OwnValues OwnOf(const voice& slot);
 VoiceView Look(const voice& slot);
 
 /// Seconds since note-on or note-off, as Look.
-double Seconds(const voice& slot, VoiceState::Seen seen);
+VEXA_REALTIME double Seconds(const voice& slot, VoiceState::Seen seen);
 
 /// Whether the slot's note does not sound or is over, as far as the media thread has come. Any
 /// thread.
-bool IsOver(const voice& slot, VoiceState::Seen seen);
+VEXA_REALTIME bool IsOver(const voice& slot, VoiceState::Seen seen);
 
 /// Whether that is so of all. Any thread.
 bool IsSilent(const VoiceTable& voices);
 
 /// Slots that sound. Any thread.
-int CountActive(const VoiceTable& voices);
+VEXA_REALTIME int CountActive(const VoiceTable& voices);
 
 /// The voice that is given up first: among the released ones that sound, the longest released,
 /// else the longest held; of equal ones the highest slot. `seen` is the state it was chosen by.
@@ -186,11 +187,11 @@ struct Choice {
     VoiceState::Seen seen;
 };
 /// slot is -1 when nothing sounds. Any thread, wait-free.
-Choice LongestVoice(const VoiceTable& voices);
+VEXA_REALTIME Choice LongestVoice(const VoiceTable& voices);
 
 /// Silences LongestVoice. Where that note has just been replaced, chooses again, at most once per
 /// slot; false if nothing was silenced. Any thread, wait-free.
-bool ReduceVoicesByOne(VoiceTable& voices);
+VEXA_REALTIME bool ReduceVoicesByOne(VoiceTable& voices);
 
 /// Silences the notes whose keys have been let go, at once. Any thread, wait-free.
 void SilenceReleased(VoiceTable& voices);

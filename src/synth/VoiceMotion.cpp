@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "synth/VoiceMotion.h"
 
+#include "kits/support/RealtimeMark.h"
 #include "synth/Envelope.h"
 #include "synth/EqualSteps.h"
 
@@ -50,9 +51,10 @@ struct CellEars {
 } // namespace
 
 /// The times of one voice over the block; written only where an envelope asks for them.
-class VoiceMotion::Times {
+class VEXA_REALTIME VoiceMotion::Times {
   public:
-    Times(RunningVoice& v, double dt, std::size_t count) : v(v), dt(dt), count(count), begin(v.t) {
+    VEXA_REALTIME Times(RunningVoice& v, double dt, std::size_t count)
+        : v(v), dt(dt), count(count), begin(v.t) {
         const double step = RoundedStep(begin, dt);
         const double end = begin + static_cast<double>(count) * step;
         if (AddsTheSame(begin, dt, step, end))
@@ -96,7 +98,7 @@ class VoiceMotion::Times {
 };
 
 /// The centres that drift at changing speeds.
-class VoiceMotion::Drifts {
+class VEXA_REALTIME VoiceMotion::Drifts {
   public:
     void Add(const Drift& drift) { drifts[number++] = drift; }
     void Run(std::size_t count) const { Loops().Drifts(drifts.data(), number, count); }

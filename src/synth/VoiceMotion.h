@@ -2,6 +2,7 @@
 // Moves the voices' points along their orbits.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "synth/Coefficients.h"
 #include "synth/Ears.h"
 #include "synth/OwnControllers.h"
@@ -17,15 +18,16 @@ namespace vexa {
 
 /// The motion of all voices over one block, with the coefficients, controllers and envelopes that
 /// there are when it is made. Media thread, inside a section of a reader of the envelopes.
-class VoiceMotion {
+class VEXA_REALTIME VoiceMotion {
   public:
     /// Voices that are moved at a time, side by side.
     static constexpr std::size_t kTogether = 8;
 
     /// A block of `count` samples, `dt` seconds each, that begins `offset` samples after its cell
     /// (Oscillator); or up to kMostCells whole cells.
-    VoiceMotion(const sound_param& p, const ControllerTable& controllers, const OwnControllers& own,
-                double dt, std::size_t offset, std::size_t count) noexcept;
+    VEXA_REALTIME VoiceMotion(const sound_param& p, const ControllerTable& controllers,
+                              const OwnControllers& own, double dt, std::size_t offset,
+                              std::size_t count) noexcept;
 
     /// Where an ear's places are written.
     struct Places {

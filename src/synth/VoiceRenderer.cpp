@@ -2,6 +2,7 @@
 #include "synth/VoiceRenderer.h"
 
 #include "kits/maths/Functions.h"
+#include "kits/support/RealtimeMark.h"
 #include "synth/Envelope.h"
 #include "synth/NoteInputs.h"
 #include "synth/ParameterTable.h"
@@ -41,7 +42,7 @@ constexpr double kFadeSeconds = 0.005;
 
 /// At most what a filter gives from now on of an input that stays `s`: each of its sums tends to
 /// one value, and what it lacks decays.
-float Lacks(const LowCutFilter& filter, float s) noexcept {
+VEXA_REALTIME float Lacks(const LowCutFilter& filter, float s) noexcept {
     const float end0 = s / (1.0F - filter.hpa);
     const float end1 = s / (1.0F - filter.hpb);
     return filter.hpgain * (std::abs(filter.hpsum0 - end0) + std::abs(filter.hpsum1 - end1));
@@ -49,7 +50,7 @@ float Lacks(const LowCutFilter& filter, float s) noexcept {
 
 /// Whether the output of a filter will stay as it is as long as its input stays `s`. Where all that
 /// is still to come is inaudible, it is left out.
-bool Settles(LowCutFilter& filter, float s) noexcept {
+VEXA_REALTIME bool Settles(LowCutFilter& filter, float s) noexcept {
     const auto after = [s](float pole, float sum) {
         return static_cast<float>(double(pole) * sum + s);
     };
@@ -73,7 +74,7 @@ bool Agree(const LowCutFilter& a, const LowCutFilter& b) noexcept {
 
 /// With the poles and the gain of `poles`: goes on from the output `out`, and takes `d` away from
 /// an input that stays.
-LowCutFilter Charged(const LowCutFilter& poles, float d, float out) noexcept {
+VEXA_REALTIME LowCutFilter Charged(const LowCutFilter& poles, float d, float out) noexcept {
     return {poles.hpa,
             poles.hpb,
             poles.hpgain,
@@ -83,7 +84,7 @@ LowCutFilter Charged(const LowCutFilter& poles, float d, float out) noexcept {
 }
 
 /// Gives a voice other filters, which go on with what they take away, so that nothing jumps.
-void Refilter(RunningVoice& v, const LowCutFilter& next) noexcept {
+VEXA_REALTIME void Refilter(RunningVoice& v, const LowCutFilter& next) noexcept {
     for (LowCutFilter* filter : {&v.filter, &v.rightFilter})
         *filter = Charged(next, filter->hpgain * (filter->hpsum0 - filter->hpsum1), filter->out);
 }

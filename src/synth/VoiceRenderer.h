@@ -3,6 +3,7 @@
 #pragma once
 
 #include "kits/support/Published.h"
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/Shared.h"
 #include "synth/Ears.h"
 #include "synth/InputBlock.h"
@@ -42,10 +43,12 @@ class VoiceRenderer {
 
     /// Writes the next `count` samples of the sum of all voices, times the gain, unclipped.
     /// Media thread: no allocation, lock, wait or system call.
-    void Render(float* buffer, std::size_t count) noexcept { Render(buffer, nullptr, count); }
+    VEXA_REALTIME void Render(float* buffer, std::size_t count) noexcept {
+        Render(buffer, nullptr, count);
+    }
     /// The same for two ears, as far apart as the sound says. Where there is no `right`, or the
     /// spread is 0, both hear what one hears, and it costs as much.
-    void Render(float* left, float* right, std::size_t count) noexcept;
+    VEXA_REALTIME void Render(float* left, float* right, std::size_t count) noexcept;
 
     /// Whether f was so large that it was bounded (kMostHeard). Any thread.
     bool HasBounded() const { return bounded; }
@@ -64,13 +67,13 @@ class VoiceRenderer {
 
     /// Forgets all notes at once, and what lingers of them; those that the table has still begin
     /// anew. Not while rendering.
-    void Clear() noexcept;
+    VEXA_REALTIME void Clear() noexcept;
 
     /// Samples per second, of which one in `oversampling` is heard: the low-cut filters keep their
     /// corner. Voices that sound go on. Not while rendering.
-    void SetSampleRate(double rate, int oversampling = 1) noexcept;
+    VEXA_REALTIME void SetSampleRate(double rate, int oversampling = 1) noexcept;
     /// What the sound wants `oversampling` to be. Any thread.
-    int Oversampling() const noexcept { return playing.Oversampling(); }
+    VEXA_REALTIME int Oversampling() const noexcept { return playing.Oversampling(); }
 
   private:
     struct Block;
@@ -82,28 +85,30 @@ class VoiceRenderer {
         alignas(64) std::array<float, kCellRoom> sum;
     };
 
-    void TakeUpChange(RunningVoice& running, const voice& slot, const PlaneSource& f) noexcept;
-    void MoveTo(RunningVoice& running, std::size_t channel, bool begins) noexcept;
-    void TakeUpHands(RunningVoice& running, const voice& slot) noexcept;
-    std::size_t Smooth() const noexcept;
-    void CutOff(RunningVoice& running) noexcept;
+    VEXA_REALTIME void TakeUpChange(RunningVoice& running, const voice& slot,
+                                    const PlaneSource& f) noexcept;
+    VEXA_REALTIME void MoveTo(RunningVoice& running, std::size_t channel, bool begins) noexcept;
+    VEXA_REALTIME void TakeUpHands(RunningVoice& running, const voice& slot) noexcept;
+    VEXA_REALTIME std::size_t Smooth() const noexcept;
+    VEXA_REALTIME void CutOff(RunningVoice& running) noexcept;
     /// At least one.
-    std::size_t SamplesIn(double seconds) const noexcept;
-    void RenderBlock(const PlaneFunction& f, Block& block, float* left, float* right,
-                     std::size_t count) noexcept;
-    void OpenEars(bool both, std::size_t count) noexcept;
-    void CloseEars() noexcept;
-    LowCutFilter LowCutFor(float freq) const noexcept;
-    float StartOf(const RunningVoice& v, const PlaneSource& f, double side) const noexcept;
-    double BendOf(const RunningVoice& v, const voice& slot) const noexcept;
-    bool Panned() const noexcept;
-    bool GoesOn(const RunningVoice& running, const voice& slot) const noexcept;
-    std::size_t RenderCells(const PlaneFunction& f, float* left, float* right,
-                            std::size_t most) noexcept;
-    bool WakeIfChanged(const VoiceMotion& motion, const PlaneFunction& f) noexcept;
-    void Join(std::span<RunningVoice* const> sounding, const Block& block, std::size_t count,
-              float louder) const noexcept;
-    void ShowProgress() noexcept;
+    VEXA_REALTIME std::size_t SamplesIn(double seconds) const noexcept;
+    VEXA_REALTIME void RenderBlock(const PlaneFunction& f, Block& block, float* left, float* right,
+                                   std::size_t count) noexcept;
+    VEXA_REALTIME void OpenEars(bool both, std::size_t count) noexcept;
+    VEXA_REALTIME void CloseEars() noexcept;
+    VEXA_REALTIME LowCutFilter LowCutFor(float freq) const noexcept;
+    VEXA_REALTIME float StartOf(const RunningVoice& v, const PlaneSource& f,
+                                double side) const noexcept;
+    VEXA_REALTIME double BendOf(const RunningVoice& v, const voice& slot) const noexcept;
+    VEXA_REALTIME bool Panned() const noexcept;
+    VEXA_REALTIME bool GoesOn(const RunningVoice& running, const voice& slot) const noexcept;
+    VEXA_REALTIME std::size_t RenderCells(const PlaneFunction& f, float* left, float* right,
+                                          std::size_t most) noexcept;
+    VEXA_REALTIME bool WakeIfChanged(const VoiceMotion& motion, const PlaneFunction& f) noexcept;
+    VEXA_REALTIME void Join(std::span<RunningVoice* const> sounding, const Block& block,
+                            std::size_t count, float louder) const noexcept;
+    VEXA_REALTIME void ShowProgress() noexcept;
 
     std::array<RunningVoice, kVoiceSlots> running;
     InputBlock inputs;

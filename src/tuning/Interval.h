@@ -4,13 +4,13 @@
 
 namespace vexa {
 
-/// Cents of an octave.
+/// An octave has so many cents.
 constexpr double kOctave = 1200;
 
 /// The ratio of frequencies of an interval in cents.
 double RatioOf(double cents);
 
-/// The cents of a ratio above 0.
+/// Returns the size of a ratio above 0 in cents.
 double CentsOf(double ratio);
 
 } // namespace vexa

@@ -42,7 +42,7 @@ struct Keymap {
 /// last entries may be missing and are "x" then. A reference that the pattern leaves out is an
 /// error, as nothing else could be tuned from it. Errors as ReadScale. Any thread.
 kits::Result<Keymap> ReadKeymap(const std::filesystem::path& path);
-/// The same of a file's bytes; `name` is for messages.
+/// Reads a map from a file's bytes; messages call the file `name`.
 kits::Result<Keymap> ParseKeymap(std::string_view bytes, const std::string& name);
 
 } // namespace vexa

@@ -30,7 +30,7 @@ struct Scale {
 /// in cents where it has a period, else as a ratio or a whole number; what follows a pitch on its
 /// line counts nothing. The error is FILE:LINE with what was expected. Any thread.
 kits::Result<Scale> ReadScale(const std::filesystem::path& path);
-/// The same of a file's bytes; `name` is for messages.
+/// Reads a scale from a file's bytes; messages call the file `name`.
 kits::Result<Scale> ParseScale(std::string_view bytes, const std::string& name);
 
 } // namespace vexa

@@ -6,7 +6,7 @@
 
 namespace vexa {
 
-/// The keys of MIDI.
+/// MIDI has so many keys, 0..127.
 constexpr int kKeys = 128;
 /// The A above the middle C, and its usual frequency in Hz.
 constexpr int kA4 = 69;

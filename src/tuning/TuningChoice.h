@@ -18,7 +18,7 @@ struct TuningChoice {
     /// Scala files. Without a scale: twelve equal steps to the octave. Without a map: Keymap's own.
     std::optional<std::filesystem::path> scale;
     std::optional<std::filesystem::path> keymap;
-    /// Hz of key 69, in place of what the map is tuned from.
+    /// The frequency of key 69 in Hz, which stands in place of what the map is tuned by.
     std::optional<double> a4;
 };
 

@@ -5,6 +5,9 @@
 #include "app/MainViewStage.h"
 #include "support/Limits.h"
 
+#include <chrono>
+#include <thread>
+
 #include <gmock/gmock.h>
 
 namespace {
@@ -15,14 +18,14 @@ using testing::HasSubstr;
 
 const std::string kProgram = VEXA_PROGRAM_FOLDER "/vexa";
 
+const std::vector<std::string> kPlaying = {kProgram, "--no-window", "--audio", "none"};
+
 /// Starts the program at each step of a limit; how often it played.
 int Walk(const char* option, int from, int to, int step) {
-    ::setenv("JACK_DEFAULT_SERVER", "vexa-test-none", 1);
     int played = 0;
     for (int limit = from; limit <= to; limit += step) {
-        const auto result = test::RunLimited(option + std::to_string(limit),
-                                             {kProgram, "--no-window", "--audio", "none"},
-                                             test::TerminateWhenHandled);
+        const auto result =
+            test::RunLimited(option + std::to_string(limit), kPlaying, test::TerminateWhenHandled);
         if (result.exitCode == 0) {
             played++;
             EXPECT_THAT(result.text, HasSubstr("s without sound, 0 MIDI events lost")) << limit;
@@ -34,14 +37,51 @@ int Walk(const char* option, int from, int to, int step) {
     return played;
 }
 
+/// Open descriptors, and kilobytes of address space.
+struct Usage {
+    int descriptors = 0, kilobytes = 0;
+};
+
+/// What the program has when it has played for a moment without a limit. Not at the most: there the
+/// space counts that it takes for a try.
+Usage WhatPlayingTakes() {
+    Usage taken;
+    test::RunCommand(kPlaying, [&taken](pid_t child) {
+        std::this_thread::sleep_for(std::chrono::seconds(1));
+        const fs::path process = "/proc/" + std::to_string(child);
+        for ([[maybe_unused]] const auto& file : fs::directory_iterator(process / "fd"))
+            taken.descriptors++;
+        const std::string status = test::Contents(process / "status");
+        taken.kilobytes = std::stoi(status.substr(status.find("VmSize:") + 7));
+        test::TerminateWhenHandled(child);
+    });
+    return taken;
+}
+
+/// The number before `what` in the message with which the program refuses to play with a limit.
+int AskedFor(const std::string& limit, const std::string& what) {
+    const std::string text = test::RunLimited(limit, kPlaying).text;
+    const std::size_t end = text.find(what);
+    EXPECT_NE(end, std::string::npos) << text;
+    return end == std::string::npos ? 0 : std::stoi(text.substr(text.rfind(' ', end - 1) + 1));
+}
+
 TEST(ProgramFaults, TooLittleAtTheStart) {
     if (test::kSanitized)
         GTEST_SKIP() << "a sanitizer needs more than these limits leave";
-    EXPECT_EQ(Walk("-n ", 4, 60, 8), 0);
-    EXPECT_GT(Walk("-n ", 64, 71, 1), 0);
+    ::setenv("JACK_DEFAULT_SERVER", "vexa-test-none", 1);
+    const Usage taken = WhatPlayingTakes();
+    ASSERT_GT(taken.descriptors, 0);
+    const int files = AskedFor("-n " + std::to_string(taken.descriptors), " descriptors more");
+    EXPECT_GE(files, taken.descriptors) << "what the program asks for is not enough";
+    EXPECT_EQ(Walk("-n ", 4, files - 1, files / 8), 0);
+    EXPECT_GT(Walk("-n ", files, files + 7, 1), 0);
+
     const int least = test::LoaderMemory(kProgram);
-    EXPECT_EQ(Walk("-v ", least, least + (700 << 10), 70 << 10), 0);
-    EXPECT_GT(Walk("-v ", least + (736 << 10), least + (756 << 10), 5 << 10), 0);
+    const int memory = AskedFor("-v " + std::to_string(least), " MB more") << 10;
+    EXPECT_GE(memory, taken.kilobytes - least) << "what the program asks for is not enough";
+    EXPECT_EQ(Walk("-v ", least, least + memory - memory / 20, memory / 10), 0);
+    EXPECT_GT(Walk("-v ", least + memory, least + memory + (20 << 10), 5 << 10), 0);
 }
 
 class WindowFaults : public test::MainViewTest {

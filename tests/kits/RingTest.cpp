@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/support/Ring.h"
 
+#include "kits/support/TraceLater.h"
+
 #include <array>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <numeric>
 #include <random>
 #include <string>
@@ -79,6 +83,21 @@ TEST(Ring, PartsComeTogether) {
         pieces++;
         ASSERT_EQ(std::string(piece.data(), 8), "headbody");
     }
+}
+
+TEST(TraceLater, TellsWhatWasPutDownAndHowMuchFoundNoRoom) {
+    EXPECT_EXIT(
+        {
+            ::setenv("VEXA_TRACE", "1", 1);
+            kits::TraceLater trace;
+            for (int i = 0; i < 300; i++)
+                trace.Put("late by %lld\n", i);
+            std::fprintf(stderr, "nothing yet\n");
+            trace.Tell();
+            std::exit(0);
+        },
+        testing::ExitedWithCode(0),
+        "^nothing yet\nlate by 0\nlate by 1\n(.|\n)*late by 255\n44 trace lines are lost");
 }
 
 } // namespace

@@ -32,7 +32,7 @@ TEST(BString, KeepsZeroBytes) {
     using namespace std::string_view_literals;
     BString text("a\0b"sv);
     EXPECT_EQ(text.Length(), 3);
-    EXPECT_EQ(text.FindLast("b"), 2);
+    EXPECT_EQ(text.FindFirst("b"), 2);
     text.ReplaceAll("b", "\0c"sv).Remove(0, 1);
     EXPECT_TRUE(text == BString("\0\0c"sv));
 }
@@ -56,7 +56,7 @@ TEST(BString, DoesWhatAPlainStringDoes) {
             plain += bytes;
             break;
         case 2:
-            text.Prepend(bytes);
+            text = BString(bytes) += text;
             plain.insert(0, bytes);
             break;
         case 3:

@@ -11,6 +11,7 @@
 
 #include "formula/loops/Lanes.h"
 #include "kits/maths/Functions.h"
+#include "kits/support/RealtimeMark.h"
 
 #include <cstdint>
 
@@ -113,7 +114,7 @@ constexpr Word kRoots[kTable] = {
 /// exp(x) = 2^(n / 16) (1 + part), where n + 16 * 1023 stands in the last bits of `shifted`: behind
 /// its last four bits is the exponent of the power in its bits.
 template<class T>
-[[gnu::always_inline]] inline Power<T> ReduceFinely(T x) {
+VEXA_REALTIME [[gnu::always_inline]] inline Power<T> ReduceFinely(T x) {
     constexpr double kToSixteenths = kRounder + kTable * 1023;
     const T shifted = x * 0x1.71547652b82fep4 + kToSixteenths;
     const T n = shifted - kToSixteenths;

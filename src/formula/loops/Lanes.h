@@ -6,6 +6,8 @@
 // written for a type T of numbers is one for Lanes as well as for double.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
+
 #include <cstddef>
 #include <cstdint>
 #if defined(__FMA__)
@@ -152,10 +154,10 @@ inline Words Looked(const Word (&table)[kTable], Words indices) {
 inline Word Looked(const Word (&table)[kTable], Word index) {
     return table[index % kTable];
 }
-inline Word WordOf(double value) {
+VEXA_REALTIME inline Word WordOf(double value) {
     return __builtin_bit_cast(Word, value);
 }
-inline double OfWord(Word word) {
+VEXA_REALTIME inline double OfWord(Word word) {
     return __builtin_bit_cast(double, word);
 }
 inline double LessExact(double c, double a, double b) {

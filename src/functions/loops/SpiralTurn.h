@@ -3,6 +3,7 @@
 #pragma once
 
 #include "kits/maths/Functions.h"
+#include "kits/support/RealtimeMark.h"
 
 namespace vexa {
 
@@ -10,7 +11,7 @@ namespace {
 
 /// The angle of the point as part of a turn, which begins on the positive x axis: 0..1. The angle
 /// is rounded to float from double precision.
-inline float TurnOf(float x, float y) {
+VEXA_REALTIME inline float TurnOf(float x, float y) {
     constexpr float kLargest = 0x1.fffffep127F;
     const float xsize = __builtin_fabsf(x);
     const float ysize = __builtin_fabsf(y);
@@ -18,7 +19,7 @@ inline float TurnOf(float x, float y) {
     const double across = xsize > kLargest ? kLargest : xsize;
     const double up = ysize > kLargest ? kLargest : ysize;
     const double first = kits::maths::Angle(up, across);
-    // Of (-x, -y), from -pi to pi.
+    // The angle of (-x, -y), from -pi to pi.
     const double upper = __builtin_signbitf(x) ? first : 2 * kits::maths::kHalfPi - first;
     const float angle = __builtin_copysignf(static_cast<float>(upper), -y);
     return static_cast<float>(angle / 6.28318530718 + 0.5);

@@ -24,7 +24,7 @@ struct OptionText {
     const char* help;
 };
 
-/// One row per option.
+/// A row of the table of options.
 template<class Options>
 struct OptionRow : OptionText {
     /// Takes the value over into the options; false if it is not allowed.
@@ -43,7 +43,7 @@ bool SetNumber(Number& target, std::string_view text, Number minimum, Number max
     return true;
 }
 
-/// Any text but an empty one.
+/// Takes any text over but an empty one.
 template<class Target>
 bool SetText(Target& target, std::string_view text) {
     target = text;
@@ -63,7 +63,7 @@ ParseCommandLine(std::span<const OptionText> rows, std::span<const std::string> 
 /// The rows as lines of a help text.
 std::string OptionHelp(std::span<const OptionText> rows);
 
-/// Both for rows that know how to set.
+/// Reads options and values by rows that know how to set them.
 template<class Options>
 Result<std::vector<std::string>> ParseCommandLine(std::span<const OptionRow<Options>> rows,
                                                   std::span<const std::string> arguments,

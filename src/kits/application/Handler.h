@@ -28,7 +28,7 @@ class BHandler {
 
     const char* Name() const { return name.c_str(); }
     void SetName(const char* name);
-    /// Null while the handler belongs to none.
+    /// Returns the looper that the handler belongs to, or null.
     BLooper* Looper() const { return looper; }
 
   private:
@@ -50,12 +50,12 @@ class BLooper : public BHandler {
     bool Lock() { return true; }
     void Unlock() {}
 
-    /// To the looper itself, to be handled later. Any thread.
+    /// Sends a message to the looper itself, which handles it later. Any thread.
     void PostMessage(const BMessage& message);
     void PostMessage(uint32 what) { PostMessage(BMessage(what)); }
 
     void AddHandler(BHandler* handler);
-    /// False if the handler is not this looper's.
+    /// Takes a handler out; returns false if it is not this looper's.
     bool RemoveHandler(BHandler* handler);
 
   private:

@@ -11,12 +11,12 @@ class BHandler;
 /// Holds a message and where it goes. Window thread.
 class BInvoker {
   public:
-    /// Takes the message, which may be null.
+    /// Makes an invoker of a message, which it owns from now on and which may be null.
     explicit BInvoker(BMessage* message) : message(message) {}
     virtual ~BInvoker() = default;
 
     BMessage* Message() const { return message.get(); }
-    /// Takes the message.
+    /// Sets another message, which the invoker owns from now on.
     void SetMessage(BMessage* next) { message.reset(next); }
 
     /// The handler may go before the invoker.

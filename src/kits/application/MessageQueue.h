@@ -19,7 +19,7 @@ class HandlerTarget : public MessageTarget, public std::enable_shared_from_this<
     explicit HandlerTarget(BHandler* handler) : handler(handler) {}
     void Post(const BMessage& message) override;
 
-    /// Null once the handler has gone. Window thread.
+    /// The handler that takes the messages; null once it has gone. Window thread.
     BHandler* handler;
 };
 
@@ -31,8 +31,8 @@ class MessageQueue {
 
     void Post(std::weak_ptr<HandlerTarget> target, const BMessage& message);
 
-    /// Called after a post, by the thread that posts, so that the event loop comes to deliver. Null
-    /// for a loop that asks by itself.
+    /// Sets what is called after a post, by the thread that posts, so that the event loop comes to
+    /// deliver. Null is for a loop that asks by itself.
     void SetWake(std::function<void()> wake);
 
     /// Delivers what has been posted, in order. While a message is being handled (its handler may

@@ -27,7 +27,7 @@ class BMessenger {
     BMessenger() = default;
     explicit BMessenger(std::weak_ptr<kits::MessageTarget> target) : target(std::move(target)) {}
 
-    /// Null for a messenger without a target.
+    /// Makes a messenger to a handler; null makes one without a target.
     explicit BMessenger(const BHandler* handler);
 
     bool IsValid() const { return !target.expired(); }

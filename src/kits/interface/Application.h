@@ -36,8 +36,6 @@ class BApplication : public BLooper {
     /// B_QUIT_REQUESTED ends Run.
     void MessageReceived(BMessage* message) override;
 
-    const char* Signature() const { return Name(); }
-
   private:
     std::unique_ptr<kits::Toolkit> toolkit;
 };

@@ -26,15 +26,14 @@ int32 NextId() {
 BFilePanel::BFilePanel(file_panel_mode mode, const BMessenger* target, const entry_ref* directory,
                        uint32 nodeFlavors, bool multipleSelection, BMessage* message,
                        BRefFilter* filter, bool modal, bool hideWhenDone)
-    : mode(mode),
-      id(NextId()),
+    : id(NextId()),
       target(target ? *target : BMessenger(be_app)),
       message(mode == B_OPEN_PANEL ? B_REFS_RECEIVED : B_SAVE_REQUESTED),
       hideWhenDone(hideWhenDone),
       window(nullptr) {
     if (const std::unique_ptr<BMessage> taken{message})
         this->message = *taken;
-    window = new kits::FilePanelWindow(*this, nodeFlavors, multipleSelection, filter, modal);
+    window = new kits::FilePanelWindow(*this, mode, nodeFlavors, multipleSelection, filter, modal);
     Panels()[id] = this;
     if (directory)
         SetPanelDirectory(directory);
@@ -48,6 +47,19 @@ BFilePanel::~BFilePanel() {
 
 void BFilePanel::SendMessage(const BMessenger* to, BMessage* result) {
     to->SendMessage(*result);
+}
+
+bool BFilePanel::AsksIn(const std::filesystem::path& folder) const {
+    std::error_code ignored;
+    return askOnlyIn.empty() || std::filesystem::equivalent(askOnlyIn, folder, ignored);
+}
+
+bool BFilePanel::Deliver(BMessage result) {
+    result.AddInt32("panel", id);
+    // The panel may be gone after the hook.
+    const bool hide = hideWhenDone;
+    SendMessage(&target, &result);
+    return hide;
 }
 
 BWindow* BFilePanel::Window() const {

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "kits/application/Messenger.h"
-#include "kits/support/EntryRef.h"
+#include "kits/interface/FilePanelDefs.h"
 
 #include <filesystem>
 #include <memory>
@@ -11,31 +11,15 @@
 #include <string_view>
 #include <vector>
 
-struct stat;
 class BWindow;
 
 namespace kits {
 class FilePanelWindow;
 }
 
-enum file_panel_mode { B_OPEN_PANEL, B_SAVE_PANEL };
-
-// Kinds of entries, added up.
-
-constexpr uint32 B_FILE_NODE = 1;
-constexpr uint32 B_DIRECTORY_NODE = 4;
-
 /// What a panel without a message of its own sends.
 constexpr uint32 B_REFS_RECEIVED = FourCC("RRCV");
 constexpr uint32 B_SAVE_REQUESTED = FourCC("SAVE");
-
-/// Says which files a panel lists.
-class BRefFilter {
-  public:
-    virtual ~BRefFilter() = default;
-    /// Folders are not asked about. `status` is that of what a link points to.
-    virtual bool Filter(const entry_ref* ref, const struct stat* status) = 0;
-};
 
 /// What a person has confirmed goes to the target, as a copy of the panel's message with
 ///
@@ -47,7 +31,7 @@ class BRefFilter {
 /// The window is there from the start, hidden; its first child holds the views "PoseView" (the
 /// list), "HScrollBar", "VScrollBar", "CountVw" (how many entries are listed), "cancel button",
 /// "default button" and, in save mode, "text view" (the file name). Window thread.
-class BFilePanel {
+class BFilePanel : private kits::FilePanelOwner {
   public:
     /// A null target is the application, a null directory the person's home folder, no flavours
     /// are files. With B_DIRECTORY_NODE a selected folder can be the result. Takes the message,
@@ -57,22 +41,21 @@ class BFilePanel {
                         const entry_ref* directory = nullptr, uint32 nodeFlavors = 0,
                         bool multipleSelection = true, BMessage* message = nullptr,
                         BRefFilter* filter = nullptr, bool modal = false, bool hideWhenDone = true);
-    virtual ~BFilePanel();
+    ~BFilePanel() override;
     BFilePanel(const BFilePanel&) = delete;
     BFilePanel& operator=(const BFilePanel&) = delete;
 
     // Hooks.
 
     /// The panel has been hidden, after a result or because the person has cancelled it.
-    virtual void WasHidden() {}
+    void WasHidden() override {}
     /// Another entry has been selected, or none.
-    virtual void SelectionChanged() {}
+    void SelectionChanged() override {}
     /// Sends the result; `message` is a copy that may be changed.
     virtual void SendMessage(const BMessenger* to, BMessage* message);
 
     /// Null once the application has gone.
     BWindow* Window() const;
-    file_panel_mode PanelMode() const { return mode; }
     /// Differs from that of every other panel of this run.
     int32 Id() const { return id; }
     /// The panel that has sent the message; null if it has gone, or if no panel sent it.
@@ -111,9 +94,11 @@ class BFilePanel {
     status_t GetNextSelectedRef(entry_ref* ref);
 
   private:
-    friend class kits::FilePanelWindow;
+    bool AsksIn(const std::filesystem::path& folder) const override;
+    BMessage NewResult() const override { return message; }
+    bool Deliver(BMessage result) override;
+    void WindowGone() override { window = nullptr; }
 
-    file_panel_mode mode;
     int32 id;
     BMessenger target;
     BMessage message;

@@ -15,15 +15,15 @@ namespace kits {
 /// What a program may use up. Processes that it starts have the same limits each, except for the
 /// time by the clock, which they share.
 struct ChildLimits {
-    /// Of computing; the system ends the process that exceeds it.
+    /// Seconds of processor time; the system ends a process that uses more.
     std::chrono::seconds processorTime{20};
-    /// By the clock; then the program and what it started are killed.
+    /// Milliseconds by the clock after which the program and what it has started are killed.
     std::chrono::milliseconds time{30'000};
-    /// Bytes of address space.
+    /// The program may have so many bytes of address space.
     std::uint64_t memory = std::uint64_t{1} << 30;
-    /// Bytes of each file that it writes.
+    /// Each file that the program writes may have so many bytes.
     std::uint64_t fileSize = std::uint64_t{64} << 20;
-    /// Bytes of standard error that are kept; the rest is read and dropped.
+    /// So many bytes of its standard error are kept; the rest is read and dropped.
     std::size_t standardError = std::size_t{64} << 10;
 };
 
@@ -39,14 +39,14 @@ struct ChildProgram {
     std::function<bool()> stop = nullptr;
 };
 
-/// How it ended.
+/// Tells how a program has ended.
 struct ChildResult {
     enum class End {
-        /// By itself; `number` is its exit status.
+        /// It has ended by itself; `number` is its exit status.
         exited,
-        /// By the signal `number`.
+        /// The signal `number` has ended it.
         signalled,
-        /// Killed after limits.time.
+        /// It was killed because limits.time was over.
         timedOut,
         /// Killed because `stop` wanted it.
         stopped,

@@ -25,7 +25,7 @@ image_id load_add_on(const char* path);
 /// not loaded, B_NAME_NOT_FOUND for an unknown name.
 status_t get_image_symbol(image_id image, const char* name, int32 type, void** address);
 
-/// Takes the add-on's code and data out of memory: nothing may be executing or use it.
+/// Takes an add-on's code and data out of memory: nothing may be executing or use it.
 status_t unload_add_on(image_id image);
 
 namespace kits {

@@ -2,8 +2,9 @@
 // The system's clock.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/SupportDefs.h"
 
 /// Microseconds since some moment before the program's start; never goes back. Any thread, the
 /// media thread included.
-bigtime_t system_time();
+VEXA_REALTIME bigtime_t system_time();

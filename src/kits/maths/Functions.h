@@ -9,6 +9,8 @@
 // (W. J. Cody and W. Waite, "Software Manual for the Elementary Functions"; FDLIBM for log).
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
+
 #include <cstdint>
 
 namespace kits::maths {
@@ -23,16 +25,16 @@ constexpr double kRounder = 0x1.8p52;
 constexpr double kHalfPi = 0x1.921fb54442d18p0;
 constexpr double kHalfPiRest = 0x1.1a62633145c07p-54;
 
-inline Word WordOf(double value) {
+VEXA_REALTIME inline Word WordOf(double value) {
     return __builtin_bit_cast(Word, value);
 }
-inline double OfWord(Word word) {
+VEXA_REALTIME inline double OfWord(Word word) {
     return __builtin_bit_cast(double, word);
 }
 
 /// c[0] + c[1] x + c[2] x^2 ...
 template<int count>
-inline double Polynomial(double x, const double (&c)[count]) {
+VEXA_REALTIME inline double Polynomial(double x, const double (&c)[count]) {
     double sum = c[count - 1];
     for (int i = count - 2; i >= 0; i--)
         sum = sum * x + c[i];
@@ -102,7 +104,7 @@ struct Power {
     double shifted, part;
 };
 
-inline Power Reduce(double x) {
+VEXA_REALTIME inline Power Reduce(double x) {
     const double shifted = x * 0x1.71547652b82fep0 + kRounder;
     const double k = shifted - kRounder;
     const double r = (x - k * kLog2High) - k * kLog2Low;
@@ -125,7 +127,7 @@ inline double NearExponential(double x) {
 }
 
 /// For every x.
-inline double Exponential(double x) {
+VEXA_REALTIME inline double Exponential(double x) {
     const double low = x < kNoExponential ? kNoExponential : x;
     const Power power = Reduce(low > 710 ? 710 : low);
     // 2^k in two factors, as k may be beyond a number's exponents.
@@ -154,7 +156,7 @@ constexpr double kLogarithm[] = {0.666666666666667,  0.3999999999989938,  0.2857
                                  0.2222221112572281, 0.18182889786191042, 0.15331699633543858,
                                  0.14616721179861816};
 
-inline double Logarithm(double x) {
+VEXA_REALTIME inline double Logarithm(double x) {
     // x = 2^k (1 + f) with 1 + f from sqrt(1/2) to sqrt(2).
     const bool tiny = x < 0x1p-1022;
     const double scaled = tiny ? x * 0x1p54 : x;
@@ -179,7 +181,7 @@ constexpr double kArcus[] = {-0.3333333333333333,  0.19999999999995513,  -0.1428
                              0.03922923713835943,  -0.01917392228554793};
 
 /// atan(up / across) for 0 <= up, across < infinity, from 0 to pi / 2; 0 where both are 0.
-inline double Angle(double up, double across) {
+VEXA_REALTIME inline double Angle(double up, double across) {
     const bool steep = up > across;
     const double small = steep ? across : up;
     const double large = steep ? up : across;

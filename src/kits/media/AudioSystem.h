@@ -9,7 +9,7 @@
 
 namespace kits {
 
-/// In the order in which they are tried. None has no devices.
+/// The audio systems, in the order in which they are tried. The system None has no devices.
 enum class AudioSystem { Jack, Pulse, Alsa, None };
 
 /// "jack", "pulse", "alsa" or "none"; nothing for another name.
@@ -18,7 +18,7 @@ std::optional<AudioSystem> AudioSystemNamed(std::string_view name);
 /// The system that the mixer is to play through; without a value the first that has a device, which
 /// is the chosen one from then on. Window thread.
 void ChooseAudioSystem(std::optional<AudioSystem> system);
-/// Those to try, in order: the chosen one or all. Window thread.
+/// Returns the systems to try, in their order: the chosen one, or all. Window thread.
 std::vector<AudioSystem> AudioSystemsToTry();
 
 /// The output devices of all systems, for a person. Window thread.

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "kits/media/MediaDefs.h"
+#include "kits/support/RealtimeMark.h"
 
 #include <atomic>
 #include <memory>
@@ -17,13 +18,11 @@ class BBufferGroup;
 /// A piece of memory with a header. Belongs to whoever requested it until Recycle.
 class BBuffer {
   public:
-    void* Data() { return data.get(); }
-    /// Bytes.
-    std::size_t SizeAvailable() const { return size; }
-    media_header* Header() { return &header; }
+    VEXA_REALTIME void* Data() { return data.get(); }
+    VEXA_REALTIME media_header* Header() { return &header; }
 
     /// Gives the buffer back to its group. Wait-free; any thread.
-    void Recycle() noexcept;
+    VEXA_REALTIME void Recycle() noexcept;
 
   private:
     friend class BBufferGroup;
@@ -50,7 +49,7 @@ class BBufferGroup {
 
     /// A buffer of at least `size` bytes; waits for one at most `timeout` microseconds, then null.
     /// Media thread.
-    BBuffer* RequestBuffer(std::size_t size, bigtime_t timeout);
+    VEXA_REALTIME BBuffer* RequestBuffer(std::size_t size, bigtime_t timeout);
 
   private:
     friend class BBuffer;

@@ -2,6 +2,7 @@
 // The clock of an audio device: how many frames it has played, told between its periods.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/Shared.h"
 #include "kits/support/SupportDefs.h"
 
@@ -19,31 +20,31 @@ class DeviceClock {
     explicit DeviceClock(double rate, double smoothing = 0.05) : rate(rate), smoothing(smoothing) {}
 
     /// The device's thread: a period begins with the device's frame `frame`, at that real time.
-    void Period(int64 frame, bigtime_t realTime) noexcept;
+    VEXA_REALTIME void Period(int64 frame, bigtime_t realTime) noexcept;
 
     /// The first frame of the present period. Any thread.
     int64 Frame() const noexcept { return Latest().frame; }
     /// Microseconds; wait-free, any thread. Told from the period that was under way at that time,
     /// so that what came in with a period is at its frame however late one asks.
-    bigtime_t PerformanceTimeFor(bigtime_t realTime) const noexcept;
+    VEXA_REALTIME bigtime_t PerformanceTimeFor(bigtime_t realTime) const noexcept;
     bigtime_t RealTimeFor(bigtime_t performanceTime) const noexcept;
 
     /// Whether the device has begun a period in the last half second. Any thread.
     bool IsRunning(bigtime_t realTime) const noexcept;
 
-    bigtime_t TimeOf(int64 frame) const noexcept {
+    VEXA_REALTIME bigtime_t TimeOf(int64 frame) const noexcept {
         return static_cast<bigtime_t>(static_cast<double>(frame) * 1e6 / rate);
     }
-    int64 FrameAt(bigtime_t performanceTime) const noexcept;
-    double Rate() const { return rate; }
+    VEXA_REALTIME int64 FrameAt(bigtime_t performanceTime) const noexcept;
+    VEXA_REALTIME double Rate() const { return rate; }
 
   private:
     struct Moment {
         Shared<int64> frame{0};
-        /// Microseconds, smoothed.
+        /// The system's time at the beginning of the period, in microseconds, smoothed.
         Shared<double> realTime{0};
     };
-    const Moment& Latest() const noexcept { return moments[latest]; }
+    VEXA_REALTIME const Moment& Latest() const noexcept { return moments[latest]; }
 
     /// How many of the latest moments may be looked at: a period or two may begin meanwhile.
     static constexpr uint32 kReadable = 6;

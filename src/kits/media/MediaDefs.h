@@ -47,13 +47,13 @@ enum node_kind : uint32 {
 /// A node as the roster knows it.
 struct media_node {
     media_node_id node = -1;
-    /// Its control port.
+    /// The node's control port, which identifies its outputs and inputs.
     int32 port = -1;
     uint32 kind = 0;
     bool operator==(const media_node&) const = default;
 };
 
-/// Bytes of a connection's name, the terminating zero included.
+/// A connection's name has so many bytes at most, its terminating zero included.
 constexpr std::size_t B_MEDIA_NAME_LENGTH = 64;
 
 struct media_output {

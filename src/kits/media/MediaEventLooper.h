@@ -3,6 +3,7 @@
 #pragma once
 
 #include "kits/media/MediaNode.h"
+#include "kits/support/RealtimeMark.h"
 
 #include <atomic>
 #include <functional>
@@ -25,8 +26,9 @@ struct media_timed_event {
 class BTimedEventQueue {
   public:
     BTimedEventQueue() { events.reserve(kRoom); }
-    /// False when there is no room, which means that the node queues more than it handles.
-    bool AddEvent(const media_timed_event& event);
+    /// Queues an event. Returns false where there is no room, which means that the node queues more
+    /// than it handles.
+    VEXA_REALTIME bool AddEvent(const media_timed_event& event);
     /// Removes the events of a type.
     void FlushEvents(media_timed_event::event_type type);
     const media_timed_event* FirstEvent() const { return events.empty() ? nullptr : &events[0]; }
@@ -51,30 +53,31 @@ class BMediaEventLooper : public virtual BMediaNode {
 
     /// Any thread.
     run_state RunState() const { return state; }
-    bigtime_t EventLatency() const { return eventLatency; }
-    bigtime_t SchedulingLatency() const { return schedulingLatency; }
-    bigtime_t BufferDuration() const { return bufferDuration; }
+    VEXA_REALTIME bigtime_t EventLatency() const { return eventLatency; }
+    VEXA_REALTIME bigtime_t SchedulingLatency() const { return schedulingLatency; }
+    VEXA_REALTIME bigtime_t BufferDuration() const { return bufferDuration; }
 
   protected:
     explicit BMediaEventLooper(uint32 apiVersion);
     ~BMediaEventLooper() override;
 
-    /// In the looper's thread. `lateness` is how many microseconds after its due moment the event
-    /// is handled.
+    /// Called in the looper's thread when an event is due. `lateness` is how many microseconds
+    /// after its due moment the event is handled.
     virtual void HandleEvent(const media_timed_event* event, bigtime_t lateness,
                              bool realTimeEvent) = 0;
 
-    /// Before Run: the thread's priority, B_REAL_TIME_PRIORITY for the highest there is.
+    /// Sets the thread's priority, B_REAL_TIME_PRIORITY for the highest that there is. To be called
+    /// before Run.
     void SetPriority(int32 next) { priority = next; }
-    /// Starts the loop.
+    /// Starts the looper's thread.
     void Run();
     /// Ends it; what is queued is dropped. A derived class calls it in its destructor, as hooks
     /// must not run in what is half gone.
     void Quit();
 
-    /// The looper's thread.
-    BTimedEventQueue* EventQueue() { return &queue; }
-    void SetEventLatency(bigtime_t next) { eventLatency = next; }
+    /// These are called in the looper's thread. Latency and duration are in microseconds.
+    VEXA_REALTIME BTimedEventQueue* EventQueue() { return &queue; }
+    VEXA_REALTIME void SetEventLatency(bigtime_t next) { eventLatency = next; }
     void SetBufferDuration(bigtime_t next) { bufferDuration = next; }
 
   private:
@@ -96,7 +99,7 @@ class BMediaEventLooper : public virtual BMediaNode {
     std::atomic<bigtime_t> eventLatency{0};
     std::atomic<bigtime_t> schedulingLatency{0};
     std::atomic<bigtime_t> bufferDuration{0};
-    /// The newest request first.
+    /// Requests that wait, in a list that begins with the newest one.
     std::atomic<Request*> requests{nullptr};
     sem_t wake;
 };

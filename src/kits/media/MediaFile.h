@@ -16,7 +16,7 @@ enum : status_t {
     B_LAST_BUFFER_ERROR = -ENODATA,
 };
 
-/// Of a track whose file does not tell how long it is.
+/// The number of frames of a track whose file does not tell how long it is.
 constexpr int64 kUnknownLength = -1;
 
 /// The sound in a file. Belongs to its BMediaFile. Used by one thread at a time.
@@ -32,8 +32,8 @@ class BMediaTrack {
     /// are not finite count as 0. The buffer size is what ReadFrames fills at most.
     status_t DecodedFormat(media_format* format);
 
-    /// As the file's header says; a damaged file may have fewer or more. kUnknownLength where the
-    /// header does not say.
+    /// Returns how many frames there are by the file's header; a damaged file may have fewer or
+    /// more. Where the header does not say, that is kUnknownLength.
     int64 CountFrames() const;
 
     /// Decodes up to one buffer; `buffer` holds as many bytes as the decoded format's buffer size.
@@ -57,7 +57,7 @@ class BMediaFile {
     BMediaFile& operator=(const BMediaFile&) = delete;
 
     status_t InitCheck() const { return status; }
-    /// In words why InitCheck is not B_OK; names the file.
+    /// Says in words why InitCheck is not B_OK, and names the file.
     const std::string& Fault() const { return fault; }
 
     /// The file's only track is number 0; null for any other, after a fault or a release.

@@ -27,7 +27,7 @@ enum : uint32 {
 
 /// Uncompressed audio; a 0 leaves the field open.
 struct media_raw_audio_format {
-    /// Frames per second; a frame is one value of each channel.
+    /// The rate in frames per second; a frame is one value of each channel.
     float frame_rate = 0;
     uint32 channel_count = 0;
     uint32 format = 0;
@@ -37,7 +37,7 @@ struct media_raw_audio_format {
 
     bool operator==(const media_raw_audio_format&) const = default;
 
-    /// Every field open.
+    /// A format that leaves every field open.
     static const media_raw_audio_format wildcard;
 };
 

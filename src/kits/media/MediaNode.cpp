@@ -2,7 +2,8 @@
 #include "kits/media/MediaNode.h"
 
 #include "kits/kernel/OS.h"
-#include "kits/media/MediaRoster.h"
+#include "kits/media/ConsumerList.h"
+#include "kits/support/RealtimeMark.h"
 
 namespace {
 
@@ -10,7 +11,9 @@ class SystemClock : public BTimeSource {
   public:
     SystemClock() : BMediaNode("System clock") {}
     void* AddOn(int32*) const override { return nullptr; }
-    bigtime_t PerformanceTimeFor(bigtime_t realTime) const noexcept override { return realTime; }
+    VEXA_REALTIME bigtime_t PerformanceTimeFor(bigtime_t realTime) const noexcept override {
+        return realTime;
+    }
     bigtime_t RealTimeFor(bigtime_t performanceTime, bigtime_t latency) const noexcept override {
         return performanceTime - latency;
     }
@@ -36,7 +39,7 @@ status_t BMediaNode::HandleMessage(int32, const void*, std::size_t) {
 
 status_t BBufferProducer::SendBuffer(BBuffer* buffer,
                                      const media_destination& destination) noexcept {
-    BBufferConsumer* consumer = BMediaRoster::ConsumerOf(destination);
+    BBufferConsumer* consumer = kits::ConsumerOf(destination);
     if (!consumer)
         return B_MEDIA_BAD_DESTINATION;
     consumer->BufferReceived(buffer, destination);
@@ -45,7 +48,7 @@ status_t BBufferProducer::SendBuffer(BBuffer* buffer,
 
 status_t BBufferProducer::FindLatencyFor(const media_destination& destination, bigtime_t* latency,
                                          media_node_id* timeSource) {
-    BBufferConsumer* consumer = BMediaRoster::ConsumerOf(destination);
+    BBufferConsumer* consumer = kits::ConsumerOf(destination);
     return consumer ? consumer->GetLatencyFor(destination, latency, timeSource)
                     : B_MEDIA_BAD_DESTINATION;
 }

@@ -4,6 +4,7 @@
 
 #include "kits/media/BufferGroup.h"
 #include "kits/media/MediaDefs.h"
+#include "kits/support/RealtimeMark.h"
 
 #include <atomic>
 #include <functional>
@@ -23,15 +24,15 @@ class BMediaNode {
     BMediaNode& operator=(const BMediaNode&) = delete;
 
     const std::string& Name() const { return name; }
-    /// -1 while not registered.
-    media_node_id ID() const { return id; }
+    /// Returns the number by which the roster knows the node, -1 while it is not registered.
+    VEXA_REALTIME media_node_id ID() const { return id; }
     /// Identifies the node's outputs and inputs; valid from the beginning.
-    int32 ControlPort() const { return port; }
+    VEXA_REALTIME int32 ControlPort() const { return port; }
     virtual uint32 Kinds() const { return kinds; }
     media_node Node() const { return {id, port, Kinds()}; }
-    run_mode RunMode() const { return mode; }
+    VEXA_REALTIME run_mode RunMode() const { return mode; }
     /// Never null: the system's clock until another was set.
-    BTimeSource* TimeSource() const;
+    VEXA_REALTIME BTimeSource* TimeSource() const;
 
     /// Runs `work` as a hook and returns when it is done. Any thread but the node's own.
     virtual void Call(const std::function<void()>& work) { work(); }
@@ -84,25 +85,28 @@ class BBufferProducer : public virtual BMediaNode {
                          const media_destination& destination, const media_format& format,
                          char* name) = 0;
     virtual void Disconnect(const media_source& what, const media_destination& where) = 0;
-    virtual void LateNoticeReceived(const media_source& what, bigtime_t howMuch,
-                                    bigtime_t performanceTime) = 0;
+    VEXA_REALTIME virtual void LateNoticeReceived(const media_source& what, bigtime_t howMuch,
+                                                  bigtime_t performanceTime) = 0;
     /// All buffers of the last seconds came `howMuch` microseconds earlier than they had to: what
     /// late notices have added to the latency can be given back.
-    virtual void EarlyNoticeReceived(const media_source&, bigtime_t /*howMuch*/) {}
+    VEXA_REALTIME virtual void EarlyNoticeReceived(const media_source&, bigtime_t /*howMuch*/) {}
     virtual void EnableOutput(const media_source& what, bool enabled, int32* deprecated) = 0;
     virtual status_t SetPlayRate(int32 numerator, int32 denominator) = 0;
     virtual void AdditionalBufferRequested(const media_source& source, media_buffer_id buffer,
                                            bigtime_t time, const media_seek_tag* tag) = 0;
-    virtual void LatencyChanged(const media_source& source, const media_destination& destination,
-                                bigtime_t latency, uint32 flags) = 0;
+    VEXA_REALTIME virtual void LatencyChanged(const media_source& source,
+                                              const media_destination& destination,
+                                              bigtime_t latency, uint32 flags) = 0;
 
   protected:
     explicit BBufferProducer(media_type) { AddKind(B_BUFFER_PRODUCER); }
 
     /// Hands the buffer over. B_MEDIA_BAD_DESTINATION where nobody takes it; then it stays the
     /// caller's. Media thread: no wait, lock or allocation.
-    status_t SendBuffer(BBuffer* buffer, const media_destination& destination) noexcept;
-    /// Microseconds from the moment a buffer is sent until it must be heard.
+    VEXA_REALTIME status_t SendBuffer(BBuffer* buffer,
+                                      const media_destination& destination) noexcept;
+    /// Finds how many microseconds pass from the moment at which a buffer is sent until it is
+    /// heard. The node's own thread.
     status_t FindLatencyFor(const media_destination& destination, bigtime_t* latency,
                             media_node_id* timeSource);
 };
@@ -112,14 +116,15 @@ class BBufferConsumer : public virtual BMediaNode {
   public:
     /// Fills in what the proposal leaves open; B_MEDIA_BAD_FORMAT where it cannot be taken.
     virtual status_t AcceptFormat(const media_destination& destination, media_format* format) = 0;
-    /// As BBufferProducer::GetNextOutput: the free input, if there is one.
+    /// Gives the free input, if there is one, in the way of BBufferProducer::GetNextOutput.
     virtual status_t GetNextInput(int32* cookie, media_input* input) = 0;
     virtual status_t Connected(BBufferProducer* producer, const media_source& source,
                                const media_destination& destination,
                                const media_format& format) = 0;
     virtual void Disconnected(const media_source& source, const media_destination& destination) = 0;
     /// The buffer is the consumer's, which recycles it. In the sender's media thread.
-    virtual void BufferReceived(BBuffer* buffer, const media_destination& destination) noexcept = 0;
+    VEXA_REALTIME virtual void BufferReceived(BBuffer* buffer,
+                                              const media_destination& destination) noexcept = 0;
     /// The producer of that input has been stopped: that nothing comes is as it should be.
     virtual void ProducerStopped(const media_destination& destination) = 0;
     virtual status_t GetLatencyFor(const media_destination& destination, bigtime_t* latency,
@@ -132,21 +137,21 @@ class BBufferConsumer : public virtual BMediaNode {
 /// Tells the performance time, in microseconds: the clock of what is heard. Any thread, wait-free.
 class BTimeSource : public virtual BMediaNode {
   public:
-    virtual bigtime_t PerformanceTimeFor(bigtime_t realTime) const noexcept = 0;
+    VEXA_REALTIME virtual bigtime_t PerformanceTimeFor(bigtime_t realTime) const noexcept = 0;
     /// The moment at which to act so that it is heard at the performance time.
     virtual bigtime_t RealTimeFor(bigtime_t performanceTime, bigtime_t latency) const noexcept = 0;
-    /// False while the source's time stands still, as that of a device whose server hangs: what is
-    /// due then waits.
+    /// Returns false while the source's time stands still, as the time of a device does whose
+    /// server hangs: what is due then waits.
     virtual bool IsRunning(bigtime_t /*realTime*/) const noexcept { return true; }
     /// Whether it waits for what is rendered, as that of a device whose server freewheels: nothing
     /// takes too long then. Any thread.
-    virtual bool Waits() const noexcept { return false; }
+    VEXA_REALTIME virtual bool Waits() const noexcept { return false; }
     bigtime_t Now() const noexcept;
     /// Gives back what BMediaRoster::MakeTimeSourceFor returned.
     void Release() {}
 
     /// The system's clock, for whom there is no other.
-    static BTimeSource* System();
+    VEXA_REALTIME static BTimeSource* System();
 
   protected:
     BTimeSource() { AddKind(B_TIME_SOURCE); }

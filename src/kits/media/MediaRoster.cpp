@@ -1,51 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/media/MediaRoster.h"
 
+#include "kits/media/ConsumerList.h"
 #include "kits/media/SystemMixer.h"
 
-#include <array>
-#include <atomic>
 #include <map>
-
-namespace {
-
-/// The consumer with an open connection at each control port, as the media threads look it up.
-/// Ports are counted through the life of a process, consumers are few.
-struct ConsumerEntry {
-    std::atomic<int32> port{-1};
-    std::atomic<BBufferConsumer*> consumer{nullptr};
-};
-std::array<ConsumerEntry, 8> consumers;
-
-bool ListConsumer(int32 port, BBufferConsumer* consumer) {
-    for (ConsumerEntry& entry : consumers) {
-        if (entry.consumer.load() == nullptr) {
-            entry.port = port;
-            entry.consumer = consumer;
-            return true;
-        }
-    }
-    return false;
-}
-
-void UnlistConsumer(const BBufferConsumer* consumer) {
-    for (ConsumerEntry& entry : consumers) {
-        if (entry.consumer.load() == consumer) {
-            entry.consumer = nullptr;
-            entry.port = -1;
-        }
-    }
-}
-
-} // namespace
-
-BBufferConsumer* BMediaRoster::ConsumerOf(const media_destination& destination) noexcept {
-    for (const ConsumerEntry& entry : consumers) {
-        if (entry.port == destination.port)
-            return entry.consumer;
-    }
-    return nullptr;
-}
 
 struct BMediaRoster::Records {
     struct Connection {
@@ -87,7 +46,7 @@ status_t BMediaRoster::RegisterNode(BMediaNode* node) {
     if (!node || node->ID() >= 0)
         return B_BAD_VALUE;
     if (auto* consumer = dynamic_cast<BBufferConsumer*>(node)) {
-        if (!ListConsumer(node->ControlPort(), consumer))
+        if (!kits::ListConsumer(node->ControlPort(), consumer))
             return B_NO_MEMORY;
     }
     node->id = ++records->lastId;
@@ -113,7 +72,7 @@ status_t BMediaRoster::ReleaseNode(const media_node& node) {
         return B_OK;
     records->nodes.erase(node.node);
     if (auto* consumer = dynamic_cast<BBufferConsumer*>(found))
-        UnlistConsumer(consumer);
+        kits::UnlistConsumer(consumer);
     if (found == records->mixer)
         records->mixer = nullptr;
     delete found;
@@ -290,7 +249,7 @@ status_t BMediaRoster::StopNode(const media_node& node, bigtime_t performanceTim
         return B_OK;
     for (const Records::Connection& connection : records->connections) {
         if (connection.source.port == found->ControlPort()) {
-            if (BBufferConsumer* consumer = ConsumerOf(connection.destination))
+            if (BBufferConsumer* consumer = kits::ConsumerOf(connection.destination))
                 consumer->Call([&] { consumer->ProducerStopped(connection.destination); });
         }
     }

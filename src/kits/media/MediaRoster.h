@@ -13,8 +13,7 @@ class SystemMixer;
 
 /// Brings nodes together: it keeps the references, drives the negotiation of a connection in its
 /// order (the producer's proposal, the consumer's acceptance, PrepareToConnect, Connected, Connect)
-/// and starts and stops. Every hook is called in its node's own thread. Window thread, but for
-/// ConsumerOf.
+/// and starts and stops. Every hook is called in its node's own thread. Window thread.
 class BMediaRoster {
   public:
     static BMediaRoster* Roster();
@@ -23,7 +22,7 @@ class BMediaRoster {
     status_t RegisterNode(BMediaNode* node);
     /// What is known of a registered node; counts as a reference.
     status_t GetNodeFor(media_node_id id, media_node* node);
-    /// With the last reference the node is deleted.
+    /// Gives a reference back; with the last one the node is deleted.
     status_t ReleaseNode(const media_node& node);
 
     /// The node that mixes what it gets into the audio device; counts as a reference.
@@ -37,7 +36,7 @@ class BMediaRoster {
     /// The mixer's clock, or without one the system's.
     status_t GetTimeSource(media_node* timeSource);
     status_t SetTimeSourceFor(media_node_id node, media_node_id timeSource);
-    /// Null for an unknown node; the caller releases it.
+    /// Returns the clock of a node, which the caller releases; null for an unknown node.
     BTimeSource* MakeTimeSourceFor(const media_node& node);
 
     status_t GetFreeOutputsFor(const media_node& producer, media_output* outputs, int32 room,
@@ -45,20 +44,18 @@ class BMediaRoster {
     status_t GetFreeInputsFor(const media_node& consumer, media_input* inputs, int32 room,
                               int32* count, media_type type = B_MEDIA_UNKNOWN_TYPE);
 
-    /// On success the format is the one agreed on, and output and input are filled in.
+    /// Connects a producer's output to a consumer's input. On success the format is the one that
+    /// both have agreed on, and output and input are filled in.
     status_t Connect(const media_source& from, const media_destination& to, media_format* format,
                      media_output* output, media_input* input);
     status_t Disconnect(media_node_id producer, const media_source& source, media_node_id consumer,
                         const media_destination& destination);
 
     status_t SetRunModeNode(const media_node& node, run_mode mode);
-    /// Of a producer, in microseconds.
+    /// Tells a producer's latency in microseconds.
     status_t GetLatencyFor(const media_node& node, bigtime_t* latency);
     status_t StartNode(const media_node& node, bigtime_t performanceTime);
     status_t StopNode(const media_node& node, bigtime_t performanceTime, bool immediate);
-
-    /// The node that a destination belongs to. Media thread, wait-free.
-    static BBufferConsumer* ConsumerOf(const media_destination& destination) noexcept;
 
     struct Records;
 

@@ -5,6 +5,7 @@
 #include "kits/media/DeviceClock.h"
 #include "kits/media/MediaDefs.h"
 #include "kits/media/RateConverter.h"
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/Ring.h"
 
 #include <atomic>
@@ -39,22 +40,22 @@ class MixerInput {
     /// fetched what it played at that time: those that are late in a row were due before the
     /// producer could do anything about the first. Less than 0 is what all of the last two
     /// seconds came earlier than they had to.
-    bigtime_t Write(std::span<const float> frames, bigtime_t start) noexcept;
+    VEXA_REALTIME bigtime_t Write(std::span<const float> frames, bigtime_t start) noexcept;
 
     /// Whether there is nothing to wait for, to play the frames before `frame`. Any thread.
-    bool Reaches(int64 frame) const noexcept { return !playing || written >= frame; }
+    VEXA_REALTIME bool Reaches(int64 frame) const noexcept { return !playing || written >= frame; }
 
-    std::size_t Channels() const { return channels; }
+    VEXA_REALTIME std::size_t Channels() const { return channels; }
     /// The device's thread: adds what belongs to the frames from `frame` on, one channel's to
     /// `left` and the other's to `right`, which is as long. One channel has no right.
-    void AddTo(std::span<float> left, float* right, int64 frame) noexcept;
+    VEXA_REALTIME void AddTo(std::span<float> left, float* right, int64 frame) noexcept;
 
     /// The producer has stopped: that nothing comes is not counted, until it writes again.
     void Stopped() noexcept { playing = false; }
 
-    /// Microseconds that the conversion needs to look ahead.
-    bigtime_t Lookahead() const { return lookahead; }
-    /// Any thread.
+    /// Returns how many microseconds the conversion looks ahead.
+    VEXA_REALTIME bigtime_t Lookahead() const { return lookahead; }
+    /// Tells what was noticed so far. Any thread.
     MixerCounts Counts() const noexcept { return {late, missing}; }
 
   private:
@@ -64,19 +65,19 @@ class MixerInput {
         uint32 count;
     };
 
-    std::span<const float> Convert(std::span<const float> frames) noexcept;
-    bigtime_t LatencyChange(bigtime_t slack, double duration) noexcept;
-    bool NextStretch(int64 frame) noexcept;
-    void Pass(std::size_t frames) noexcept;
+    VEXA_REALTIME std::span<const float> Convert(std::span<const float> frames) noexcept;
+    VEXA_REALTIME bigtime_t LatencyChange(bigtime_t slack, double duration) noexcept;
+    VEXA_REALTIME bool NextStretch(int64 frame) noexcept;
+    VEXA_REALTIME void Pass(std::size_t frames) noexcept;
 
     const DeviceClock& clock;
     double rate;
     std::size_t channels;
-    /// None where the rates are the same.
+    /// The converter of rates; there is none where both rates are the same.
     std::unique_ptr<RateConverter> converter;
     bigtime_t lookahead = 0;
 
-    // The producer's thread.
+    // What follows belongs to the producer's thread.
     std::vector<float> finite;
     std::vector<float> converted;
     /// Performance time at which the next buffer begins if nothing is left out, and the device's
@@ -92,14 +93,14 @@ class MixerInput {
     Ring<float> samples;
     Ring<Stretch> stretches;
 
-    // The device's thread.
+    // What follows belongs to the device's thread.
     Stretch stretch{0, 0};
     std::vector<float> piece;
     bool lateCounted = false;
 
-    /// The frame up to which the device has fetched.
+    /// The frame up to which the device's thread has fetched.
     std::atomic<int64> fetched{0};
-    /// That up to which the producer has written.
+    /// The frame up to which the producer's thread has written.
     std::atomic<int64> written{0};
     std::atomic<bool> playing{false};
     std::atomic<int64> late{0};

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/media/RateConverter.h"
 
+#include "kits/support/RealtimeMark.h"
+
 #include <cmath>
 #include <stdexcept>
 
@@ -19,14 +21,14 @@ constexpr unsigned kMostChannels = 2;
 /// phases of a simple ratio, one that interpolates between the filters of 120 phases.
 struct RateConverter::Stepper {
     virtual ~Stepper() = default;
-    virtual void Reset() noexcept = 0;
-    virtual std::size_t Process(const float* frames, std::size_t count,
-                                std::span<float> out) noexcept = 0;
+    VEXA_REALTIME virtual void Reset() noexcept = 0;
+    VEXA_REALTIME virtual std::size_t Process(const float* frames, std::size_t count,
+                                              std::span<float> out) noexcept = 0;
     virtual std::size_t Half() const = 0;
 };
 
 template<class Resampler>
-struct RateConverter::StepperOf : Stepper {
+struct VEXA_REALTIME RateConverter::StepperOf : Stepper {
     explicit StepperOf(std::size_t channels) : channels(channels) {}
     void Reset() noexcept override {
         resampler.reset();

@@ -2,6 +2,8 @@
 // Frames at another rate.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
+
 #include <cstddef>
 #include <memory>
 #include <span>
@@ -27,11 +29,11 @@ class RateConverter {
     static bool CanConvert(double from, double to);
 
     /// Begins anew: the next frame given out has the place of the next one taken. Wait-free.
-    void Reset() noexcept;
+    VEXA_REALTIME void Reset() noexcept;
     /// Takes all of `frames`, a value per channel each; answers how many values it put into `out`,
     /// which has room for two frames more than the ratio makes of them. Wait-free.
-    std::size_t Process(std::span<const float> frames, std::span<float> out) noexcept;
-    /// Frames that must be taken after one before it can be given out.
+    VEXA_REALTIME std::size_t Process(std::span<const float> frames, std::span<float> out) noexcept;
+    /// Returns how many frames must be taken after one before that can be given out.
     std::size_t Lookahead() const;
 
   private:

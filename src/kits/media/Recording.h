@@ -4,6 +4,7 @@
 
 #include "kits/media/SoundFileWriter.h"
 #include "kits/storage/FileReplacement.h"
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/Ring.h"
 
 #include <atomic>
@@ -20,7 +21,7 @@ class Recording {
   public:
     /// The format is what the name asks for. The error names the path and the fault.
     static Result<std::unique_ptr<Recording>> Begin(const std::filesystem::path& path);
-    /// Without Finish nothing is left.
+    /// Ends the recording. Where Finish was not called no file is left.
     ~Recording();
     Recording(const Recording&) = delete;
     Recording& operator=(const Recording&) = delete;
@@ -31,7 +32,7 @@ class Recording {
 
     /// The device's thread: what it plays next. Never waits; what the disk is too slow for is left
     /// out and counted, with some 20 s of patience.
-    void Put(const float* left, const float* right, std::size_t frames) noexcept;
+    VEXA_REALTIME void Put(const float* left, const float* right, std::size_t frames) noexcept;
 
     /// Completes the file, when nobody puts any more. The error says why there is none, or what is
     /// missing in it.
@@ -52,7 +53,7 @@ class Recording {
     std::atomic<bool> takes{false};
     std::atomic<bool> quitting{false};
     std::atomic<std::size_t> lostFrames{0};
-    /// The device's thread.
+    /// The frames of a period by turns of left and right; it belongs to the device's thread.
     std::vector<float> interleaved;
     std::thread thread;
 

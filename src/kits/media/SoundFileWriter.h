@@ -29,7 +29,7 @@ Result<SoundFileFormat> SoundFileFormatOf(const std::filesystem::path& path);
 /// time that may wait for the disk.
 class SoundFileWriter {
   public:
-    /// For Create, of a sound that goes on until somebody ends it.
+    /// The length for Create of a sound that goes on until somebody ends it.
     static constexpr std::uint64_t kUnknownLength = UINT64_MAX;
 
     /// Writes to an open descriptor of an empty file, which stays the caller's and is open for
@@ -41,7 +41,7 @@ class SoundFileWriter {
 
     SoundFileWriter(SoundFileWriter&&) noexcept;
     SoundFileWriter& operator=(SoundFileWriter&&) = delete;
-    /// Without Finish, the file is of no use.
+    /// Closes the file, which is of no use where Finish was not called.
     ~SoundFileWriter();
 
     /// Appends `count` frames, one value per channel each.

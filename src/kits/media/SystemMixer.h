@@ -8,6 +8,7 @@
 #include "kits/media/Recording.h"
 #include "kits/media/backends/AudioDevice.h"
 #include "kits/support/Published.h"
+#include "kits/support/RealtimeMark.h"
 
 #include <array>
 #include <atomic>
@@ -30,13 +31,14 @@ class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSou
 
     SystemMixer(AudioSystem system, std::unique_ptr<AudioDevice> device);
     ~SystemMixer() override;
-    /// Begins to play.
+    /// Starts the device, which begins to play.
     Result<void> StartDevice();
     /// Stops and gives the device away, to a mixer at the rate that it has now; of no use itself
     /// any more. No producer may be connected.
     std::unique_ptr<AudioDevice> TakeDevice();
 
-    /// As AudioDevice::Tend, and tells the device of the microseconds from an event to its effect.
+    /// Calls AudioDevice::Tend, and tells the device how many microseconds pass from an event to
+    /// its effect. Window thread.
     void TendDevice(bigtime_t latency) {
         device->TellLatency(static_cast<uint32>(clock.FrameAt(latency)));
         device->Tend();
@@ -46,7 +48,8 @@ class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSou
     /// Window thread.
     void Record(Recording* next);
 
-    /// Of all inputs that there are and were. Window thread.
+    /// Adds up what all inputs have noticed, those included that are no longer connected. Window
+    /// thread.
     MixerCounts Counts() const;
     AudioSystem System() const { return system; }
     std::string DeviceName() const { return device->Name(); }
@@ -63,15 +66,16 @@ class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSou
     status_t Connected(BBufferProducer* producer, const media_source& source,
                        const media_destination& destination, const media_format& format) override;
     void Disconnected(const media_source& source, const media_destination& destination) override;
-    void BufferReceived(BBuffer* buffer, const media_destination& destination) noexcept override;
+    VEXA_REALTIME void BufferReceived(BBuffer* buffer,
+                                      const media_destination& destination) noexcept override;
     void ProducerStopped(const media_destination& destination) override;
     status_t GetLatencyFor(const media_destination& destination, bigtime_t* latency,
                            media_node_id* timeSource) override;
 
-    bigtime_t PerformanceTimeFor(bigtime_t realTime) const noexcept override;
+    VEXA_REALTIME bigtime_t PerformanceTimeFor(bigtime_t realTime) const noexcept override;
     bigtime_t RealTimeFor(bigtime_t performanceTime, bigtime_t latency) const noexcept override;
     bool IsRunning(bigtime_t realTime) const noexcept override { return clock.IsRunning(realTime); }
-    bool Waits() const noexcept override { return waits; }
+    VEXA_REALTIME bool Waits() const noexcept override { return waits; }
 
   private:
     struct Input {
@@ -80,30 +84,33 @@ class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSou
         MixerInput mix;
         BBufferProducer* producer;
         media_source source;
-        /// Microseconds, as the producer knows it. The producer's thread.
+        /// The latency in microseconds that the producer was told last. It belongs to the
+        /// producer's thread.
         bigtime_t latency = 0;
     };
 
-    void Play(float* left, float* right, uint32 frames, bigtime_t now) noexcept override;
-    void Await(uint32 frames) noexcept override;
-    bigtime_t FollowPeriod(Input& input, const media_destination& destination) noexcept;
-    bigtime_t LatencyOf(const Input& input) const noexcept;
-    std::atomic<Input*>* Slot(const media_destination& destination);
+    VEXA_REALTIME void Play(float* left, float* right, uint32 frames,
+                            bigtime_t now) noexcept override;
+    VEXA_REALTIME void Await(uint32 frames) noexcept override;
+    VEXA_REALTIME bigtime_t FollowPeriod(Input& input,
+                                         const media_destination& destination) noexcept;
+    VEXA_REALTIME bigtime_t LatencyOf(const Input& input) const noexcept;
+    VEXA_REALTIME std::atomic<Input*>* Slot(const media_destination& destination);
 
     AudioSystem system;
     std::unique_ptr<AudioDevice> device;
     DeviceClock clock;
-    /// Frames that the device last asked for.
+    /// The device last asked for so many frames.
     std::atomic<uint32> period;
     std::array<std::atomic<Input*>, kMostInputs> inputs{};
     /// The device's thread: frames played so far, and whether it has waited for the next ones.
     int64 frame = 0;
     bool awaited = false;
-    /// Whether it waited for the last ones played, or waits.
+    /// The device's thread waited for the frames that it played last, or waits now.
     std::atomic<bool> waits{false};
     Reader reader;
     std::atomic<Recording*> recording{nullptr};
-    /// Of inputs that are no longer connected.
+    /// What the inputs noticed that are no longer connected.
     MixerCounts past;
 };
 

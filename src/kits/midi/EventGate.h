@@ -3,6 +3,7 @@
 #pragma once
 
 #include "kits/midi/MidiEvent.h"
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/Ring.h"
 
 #include <atomic>
@@ -29,22 +30,24 @@ class EventGate : public BMidiLocalConsumer {
     /// delivered and no Turn calls a hook any more. Window thread.
     void SetTimed(bool on);
 
-    /// From now on tells the watcher, which outlives the gate; null for nobody. Window thread.
+    /// Sets the watcher that is told of events from now on, which outlives the gate; null is for
+    /// nobody. Window thread.
     void Watch(EventWatcher* next) { watcher = next; }
 
     /// The right to call the hooks, which at most one thread has at a time. One thread at a time.
     class Turn {
       public:
-        /// Without events while the gate is not timed or another thread has the right.
-        explicit Turn(EventGate& gate);
-        ~Turn();
-        Turn(const Turn&) = delete;
+        /// Asks for the right to play events. There are none while the gate is not timed or another
+        /// thread has that right.
+        VEXA_REALTIME explicit Turn(EventGate& gate);
+        VEXA_REALTIME ~Turn();
+        VEXA_REALTIME Turn(const Turn&) = delete;
         Turn& operator=(const Turn&) = delete;
 
         /// The next event; null where there is none.
-        const MidiEvent* Next() noexcept { return holds ? gate.First() : nullptr; }
-        /// Calls the hook of Next.
-        void Play() { gate.PlayFirst(); }
+        VEXA_REALTIME const MidiEvent* Next() noexcept { return holds ? gate.First() : nullptr; }
+        /// Calls the consumer's hook with the event that Next has returned.
+        VEXA_REALTIME void Play() { gate.PlayFirst(); }
 
       private:
         EventGate& gate;
@@ -66,11 +69,11 @@ class EventGate : public BMidiLocalConsumer {
 
   private:
     void Take(const MidiEvent& event);
-    bool Enter() noexcept { return !entered.exchange(true); }
-    void Leave() noexcept { entered = false; }
-    void Deliver();
-    const MidiEvent* First() noexcept;
-    void PlayFirst();
+    VEXA_REALTIME bool Enter() noexcept { return !entered.exchange(true); }
+    VEXA_REALTIME void Leave() noexcept { entered = false; }
+    VEXA_REALTIME void Deliver();
+    VEXA_REALTIME const MidiEvent* First() noexcept;
+    VEXA_REALTIME void PlayFirst();
 
     BMidiLocalConsumer& consumer;
     Ring<MidiEvent> ring;
@@ -78,7 +81,8 @@ class EventGate : public BMidiLocalConsumer {
     std::atomic<bool> timed{false};
     /// Whether a thread has the right to read the ring and to call hooks.
     std::atomic<bool> entered{false};
-    /// Of who has that right: the next event, if it is out of the ring already.
+    /// The next event, if it is out of the ring already. It belongs to the thread that has the
+    /// right to play.
     MidiEvent first{};
     bool hasFirst = false;
 };

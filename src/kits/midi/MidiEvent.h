@@ -3,6 +3,7 @@
 #pragma once
 
 #include "kits/midi/MidiLocalConsumer.h"
+#include "kits/support/RealtimeMark.h"
 
 namespace kits {
 
@@ -22,9 +23,10 @@ struct MidiEvent {
     /// System time, microseconds, at which it happened; 0 where nobody knows.
     bigtime_t time;
     Hook hook;
-    /// For AllNotesOff whether it was for one channel, which `data1` then tells.
+    /// The channel, 0..15. Of AllNotesOff this is 1 if the message was for one channel, which
+    /// `data1` then tells.
     uint8 channel;
-    /// As they stand in the message; 0 where it has none.
+    /// The data bytes as they stand in the message, 0 where it has none.
     uint8 data1;
     uint8 data2;
 };
@@ -39,6 +41,6 @@ constexpr int DataBytesOf(uint8 status) noexcept {
 }
 
 /// Calls the event's hook, in this thread.
-void Call(const MidiEvent& event, BMidiLocalConsumer& consumer);
+VEXA_REALTIME void Call(const MidiEvent& event, BMidiLocalConsumer& consumer);
 
 } // namespace kits

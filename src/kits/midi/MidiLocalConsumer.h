@@ -3,6 +3,7 @@
 #pragma once
 
 #include "kits/support/Message.h"
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/SupportDefs.h"
 
 #include <memory>
@@ -61,22 +62,25 @@ class BMidiLocalConsumer : public BMidiEndpoint {
     /// or the server handed out something else. Window thread.
     int64 LostMidi() const;
 
-    virtual void NoteOff(uchar channel, uchar note, uchar velocity, bigtime_t time);
-    virtual void NoteOn(uchar channel, uchar note, uchar velocity, bigtime_t time);
-    virtual void KeyPressure(uchar channel, uchar note, uchar pressure, bigtime_t time);
-    virtual void ControlChange(uchar channel, uchar controller, uchar value, bigtime_t time);
-    virtual void ProgramChange(uchar channel, uchar program, bigtime_t time);
-    virtual void ChannelPressure(uchar channel, uchar pressure, bigtime_t time);
-    virtual void PitchBend(uchar channel, uchar lsb, uchar msb, bigtime_t time);
-    virtual void SystemExclusive(const void* data, std::size_t length, bigtime_t time);
-    virtual void SystemCommon(uchar status, uchar data1, uchar data2, bigtime_t time);
-    virtual void SystemRealTime(uchar status, bigtime_t time);
-    virtual void TempoChange(int32 beatsPerMinute, bigtime_t time);
+    VEXA_REALTIME virtual void NoteOff(uchar channel, uchar note, uchar velocity, bigtime_t time);
+    VEXA_REALTIME virtual void NoteOn(uchar channel, uchar note, uchar velocity, bigtime_t time);
+    VEXA_REALTIME virtual void KeyPressure(uchar channel, uchar note, uchar pressure,
+                                           bigtime_t time);
+    VEXA_REALTIME virtual void ControlChange(uchar channel, uchar controller, uchar value,
+                                             bigtime_t time);
+    VEXA_REALTIME virtual void ProgramChange(uchar channel, uchar program, bigtime_t time);
+    VEXA_REALTIME virtual void ChannelPressure(uchar channel, uchar pressure, bigtime_t time);
+    VEXA_REALTIME virtual void PitchBend(uchar channel, uchar lsb, uchar msb, bigtime_t time);
+    VEXA_REALTIME virtual void SystemExclusive(const void* data, std::size_t length,
+                                               bigtime_t time);
+    VEXA_REALTIME virtual void SystemCommon(uchar status, uchar data1, uchar data2, bigtime_t time);
+    VEXA_REALTIME virtual void SystemRealTime(uchar status, bigtime_t time);
+    VEXA_REALTIME virtual void TempoChange(int32 beatsPerMinute, bigtime_t time);
     /// The source that has moved wheel or pedals on the channel has gone, or its notes are ended:
     /// what they hold is let go. After the NoteOffs.
-    virtual void SourceEnded(uchar channel, bigtime_t time);
+    VEXA_REALTIME virtual void SourceEnded(uchar channel, bigtime_t time);
     /// justChannel: the message was for one channel only.
-    virtual void AllNotesOff(bool justChannel, bigtime_t time);
+    VEXA_REALTIME virtual void AllNotesOff(bool justChannel, bigtime_t time);
 
   private:
     friend class BMidiProducer;

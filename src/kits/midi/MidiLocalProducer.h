@@ -11,10 +11,10 @@
 class BMidiLocalProducer : public BMidiEndpoint {
   public:
     explicit BMidiLocalProducer(std::string name);
-    /// Unregisters.
+    /// Takes the source away, as if it had been unregistered.
     ~BMidiLocalProducer() override;
 
-    /// To be called before the roster is asked for the first time.
+    /// Makes the source known. To be called before the roster is asked for the first time.
     status_t Register();
     /// In its place: the source stands in no roster and is always connected, as what the program
     /// plays by itself is.

@@ -4,8 +4,7 @@
 #include "kits/midi/MidiSystems.h"
 
 void BMidiProducer::Release() {
-    if (--references == 0)
-        delete this;
+    delete this;
 }
 
 status_t BMidiProducer::Connect(BMidiLocalConsumer* consumer) {

@@ -18,10 +18,12 @@ namespace kits {
 class MidiSystems;
 }
 
-/// A source of another program. Counts its references: who gets one releases it. Window thread.
+/// A source of another program, as one who asked for it has it: who gets one releases it. Window
+/// thread.
 class BMidiProducer : public BMidiEndpoint {
   public:
-    /// The same as long as the source is there; never that of another.
+    /// Returns the source's number, which stays the same while the source is there and is never
+    /// given to another.
     int32 ID() const { return id; }
 
     /// Connects the source to a registered consumer, or undoes it. B_WOULD_BLOCK where it cannot be
@@ -29,8 +31,7 @@ class BMidiProducer : public BMidiEndpoint {
     status_t Connect(BMidiLocalConsumer* consumer);
     status_t Disconnect(BMidiLocalConsumer* consumer);
 
-    void Acquire() { references++; }
-    /// With the last reference the object goes.
+    /// Gives the object back, which is deleted.
     void Release();
 
   private:
@@ -39,13 +40,13 @@ class BMidiProducer : public BMidiEndpoint {
     ~BMidiProducer() override = default;
 
     int32 id;
-    int references = 1;
 };
 
 /// The sources that JACK and the ALSA sequencer show, whichever of the two there is.
 class BMidiRoster {
   public:
-    /// Null while there is no MIDI system; `reason` then says why. Window thread.
+    /// Returns the roster, or null while there is no MIDI system; `reason` then says why. Window
+    /// thread.
     static BMidiRoster* MidiRoster(std::string* reason = nullptr);
 
     /// Sends a B_MIDI_EVENT whenever sources have come or gone, be it with their system, until the
@@ -54,7 +55,7 @@ class BMidiRoster {
 
     /// The producer with the lowest id above *id, which becomes its id; null after the last.
     BMidiProducer* NextProducer(int32* id);
-    /// Null if there is none.
+    /// Returns the source of that number, or null if there is none. The caller releases it.
     BMidiProducer* FindProducer(int32 id);
     BMidiProducer* FindProducer(const std::string& name);
 

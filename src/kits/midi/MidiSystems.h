@@ -41,7 +41,7 @@ class MidiSystems {
         explicit System(Opener open) : open(open) {}
 
         Opener open;
-        /// Null while the system is not there, and why that is so.
+        /// The system's ports; null while the system is not there, and `fault` says why.
         std::unique_ptr<MidiBackend> backend;
         std::string fault;
         /// The registered consumer's.
@@ -52,7 +52,8 @@ class MidiSystems {
         std::string name;
         System* system;
     };
-    /// By number, as they are now. A source that went and came again has a new number. Any thread.
+    /// Returns the sources that there are now, by their numbers. A source that went and came again
+    /// has a new number. Any thread.
     std::map<int32, Source> Sources();
 
     void Watch(const BMessenger& messenger);
@@ -75,7 +76,7 @@ class MidiSystems {
     void Rescan();
 
     std::mutex mutex;
-    /// Never moved.
+    /// The systems, whose places in memory never change.
     std::list<System> systems;
     std::string inputName;
     std::map<int32, Source> sources;

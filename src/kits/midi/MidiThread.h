@@ -3,6 +3,7 @@
 #pragma once
 
 #include "kits/midi/WireDecoder.h"
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/Ring.h"
 
 #include <atomic>
@@ -26,18 +27,18 @@ class MidiThread {
         /// A piece of the stream. Wait-free and without allocation: for a server's real-time
         /// thread. When more comes in than the MIDI thread gets done, pieces are lost and the
         /// inlet's notes, which might hang, are ended. One writing thread per inlet.
-        void Put(std::span<const uint8> bytes, bigtime_t time) noexcept;
+        VEXA_REALTIME void Put(std::span<const uint8> bytes, bigtime_t time) noexcept;
 
         /// A piece of the stream could not be read: it is lost as in Put. The writing thread.
-        void Lose() noexcept;
+        VEXA_REALTIME void Lose() noexcept;
 
         /// Waits until the MIDI thread has done what was put in, for a second at most. The writing
         /// thread, where that may wait.
-        void AwaitDelivery() const noexcept;
+        VEXA_REALTIME void AwaitDelivery() const noexcept;
 
         /// Ends the notes that came in here, as when the source has vanished; those of other inlets
         /// stay. Any thread.
-        void EndNotes() noexcept;
+        VEXA_REALTIME void EndNotes() noexcept;
 
       private:
         friend class MidiThread;

@@ -14,7 +14,7 @@ class BDirectory {
     status_t SetTo(const char* path);
     status_t InitCheck() const { return status; }
 
-    /// Absolute.
+    /// Returns the folder's absolute path.
     const BPath& Path() const { return path; }
 
   private:

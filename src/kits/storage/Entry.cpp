@@ -24,11 +24,6 @@ status_t BEntry::SetTo(const char* newPath, bool traverse) {
     return path.SetTo((folder / entry.filename()).c_str());
 }
 
-bool BEntry::Exists() const {
-    std::error_code ignored;
-    return fs::exists(fs::symlink_status(path.Path(), ignored));
-}
-
 status_t BEntry::GetPath(BPath* result) const {
     *result = path;
     return InitCheck();

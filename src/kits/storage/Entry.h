@@ -17,7 +17,6 @@ class BEntry {
     /// is itself the entry only with `traverse`. B_ENTRY_NOT_FOUND if there is no such folder.
     status_t SetTo(const char* path, bool traverse = false);
     status_t InitCheck() const { return path.InitCheck(); }
-    bool Exists() const;
 
     status_t GetPath(BPath* result) const;
     status_t GetRef(entry_ref* ref) const;

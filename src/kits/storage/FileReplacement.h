@@ -26,8 +26,6 @@ class FileReplacement {
 
     /// Open for reading and writing; stays the replacement's.
     int Descriptor() const { return descriptor; }
-    /// Where the content lies until Commit.
-    const std::filesystem::path& TemporaryPath() const { return temporary; }
 
     Result<void> Write(std::string_view bytes);
 

@@ -31,7 +31,7 @@ class FolderWatch {
   private:
     struct Place {
         std::filesystem::path path;
-        /// Below 0 where it is not watched.
+        /// The system's number of the watch, below 0 where the folder is not watched.
         int watch = -1;
     };
 

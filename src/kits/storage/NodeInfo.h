@@ -4,7 +4,7 @@
 
 #include "kits/storage/Node.h"
 
-/// Bytes that a file type takes at most, its terminating zero included.
+/// A file's type has so many bytes at most, its terminating zero included.
 constexpr int32 B_MIME_TYPE_LENGTH = 240;
 
 /// Reads and sets the MIME type of a node, which must outlive it; it is the node's attribute

@@ -17,7 +17,8 @@ enum color_space : uint32 {
     B_RGBA32 = 0x2008,
 };
 
-/// Pixels in rows from the top, each row padded to a multiple of four bytes. Starts as zeroes.
+/// A picture in memory: pixels in rows from the top, each row padded to a multiple of four bytes.
+/// Starts as zeroes.
 class BBitmap {
   public:
     /// `bounds` has a pixel for every whole coordinate in it, edges included. Where it is empty or
@@ -30,10 +31,11 @@ class BBitmap {
     int32 BytesPerRow() const { return bytesPerRow; }
     void* Bits() { return bits.data(); }
     const void* Bits() const { return bits.data(); }
-    /// Bytes of all rows.
+    /// Returns how many bytes all rows have together.
     int64 BitsLength() const { return static_cast<int64>(bits.size()); }
 
-    /// The same picture at twice the resolution, for dense screens; null where there is none.
+    /// Returns the same picture at twice the resolution, for dense screens, or null where there is
+    /// none.
     const BBitmap* Dense() const { return dense.get(); }
     void SetDense(std::shared_ptr<const BBitmap> next) { dense = std::move(next); }
 

@@ -6,7 +6,7 @@
 
 #include <sys/types.h>
 
-/// A destination of bytes.
+/// Something that bytes can be written to.
 class BDataIO {
   public:
     virtual ~BDataIO() = default;

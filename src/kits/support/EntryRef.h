@@ -8,7 +8,7 @@
 struct entry_ref {
     /// The absolute path of the folder.
     std::string directory;
-    /// Empty where the entry is the root folder.
+    /// The entry's name in that folder; it is empty where the entry is the root folder.
     std::string name;
 
     bool operator==(const entry_ref&) const = default;

@@ -14,15 +14,15 @@ class BList {
     BList& operator=(BList&& other) noexcept;
     virtual ~BList();
 
-    /// At the end, or before the entry at `index` (0..CountItems()). False, and nothing has
-    /// changed, if there is no memory or no such place.
+    /// Adds an item at the end, or before the entry at `index` (0..CountItems()). Returns false,
+    /// and changes nothing, if there is no memory or no such place.
     bool AddItem(void* item);
     bool AddItem(void* item, int32 index);
     /// Takes the entry out and returns it; null if there is none.
     void* RemoveItem(int32 index);
     void MakeEmpty();
 
-    /// Null past either end.
+    /// Returns the entry at an index, or null past either end.
     void* ItemAt(int32 index) const { return index >= 0 && index < count ? items[index] : nullptr; }
     int32 CountItems() const { return count; }
     bool IsEmpty() const { return count == 0; }

@@ -13,9 +13,9 @@ namespace kits {
 /// none.
 double NumberOf(const std::string& text, std::size_t* length = nullptr);
 
-/// As printf's "%f" in the C locale: six decimals.
+/// Writes a number as printf's "%f" does in the C locale, with six decimals.
 std::string FixedText(double number);
-/// The same without zeroes at the end: "0.5", "1".
+/// Writes a number as FixedText does, without zeroes at the end: "0.5", "1".
 std::string ShortText(double number);
 
 } // namespace kits

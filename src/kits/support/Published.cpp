@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/support/Published.h"
 
+#include "kits/support/RealtimeMark.h"
+
 #include <algorithm>
 #include <mutex>
 #include <thread>
@@ -30,7 +32,7 @@ struct Registry {
 };
 
 /// Never destroyed: readers and published values may outlive every other static object.
-Registry& TheRegistry() {
+VEXA_REALTIME Registry& TheRegistry() {
     static auto* registry = new Registry;
     return *registry;
 }

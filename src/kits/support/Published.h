@@ -7,6 +7,8 @@
 // section 5.2).
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
+
 #include <atomic>
 #include <chrono>
 #include <cstdint>
@@ -28,8 +30,8 @@ class Reader {
     /// reader. Wait-free; any thread.
     class Section {
       public:
-        explicit Section(Reader& reader) noexcept;
-        ~Section();
+        VEXA_REALTIME explicit Section(Reader& reader) noexcept;
+        VEXA_REALTIME ~Section();
         Section(const Section&) = delete;
         Section& operator=(const Section&) = delete;
 
@@ -66,7 +68,7 @@ class Published {
 
     /// The value. Valid until the caller's Reader::Section ends or, in the thread that publishes,
     /// until the next Publish. Wait-free; any thread.
-    const T& Get() const noexcept { return *current.load(); }
+    VEXA_REALTIME const T& Get() const noexcept { return *current.load(); }
 
     /// Replaces the value; readers see the old one or the new one, whole. Threads as Retire.
     void Publish(T next) { Discard(current.exchange(new T(std::move(next)))); }

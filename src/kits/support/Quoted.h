@@ -11,7 +11,7 @@ namespace kits {
 /// control character and each byte that is not of a character in UTF-8.
 std::string Shown(std::string_view text);
 
-/// The same in double quotes.
+/// Returns what Shown returns, in double quotes.
 std::string Quoted(std::string_view text);
 
 } // namespace kits

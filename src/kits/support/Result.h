@@ -26,7 +26,7 @@ class [[nodiscard]] Result {
     const T& operator*() const& { return *value; }
     T* operator->() { return &*value; }
     const T* operator->() const { return &*value; }
-    /// Only where there is no value.
+    /// Returns what went wrong. To be asked only where there is no value.
     const Error& Fault() const { return error; }
 
   private:

@@ -2,6 +2,8 @@
 // A queue between two threads that never makes either wait.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
+
 #include <algorithm>
 #include <atomic>
 #include <bit>
@@ -21,21 +23,23 @@ class Ring {
     static_assert(std::is_trivially_copyable_v<T>);
 
   public:
-    /// Room for at least `capacity` items.
+    /// Makes room for at least `capacity` items.
     explicit Ring(std::size_t capacity)
         : items(std::bit_ceil(std::max<std::size_t>(capacity, 1))) {}
 
     /// Items that can be read. Exact for the reader, a lower bound for the writer's progress.
-    std::size_t Readable() const noexcept { return written.load() - read.load(); }
+    VEXA_REALTIME std::size_t Readable() const noexcept { return written.load() - read.load(); }
     /// Items that can be written. Exact for the writer.
-    std::size_t Writable() const noexcept { return items.size() - Readable(); }
+    VEXA_REALTIME std::size_t Writable() const noexcept { return items.size() - Readable(); }
 
     /// Writing thread: all of them, or none and false.
-    bool Write(const T* from, std::size_t count) noexcept { return Write({{from, count}}); }
+    VEXA_REALTIME bool Write(const T* from, std::size_t count) noexcept {
+        return Write({{from, count}});
+    }
 
     /// Writing thread: all parts, one behind the other, or none and false. The reader sees all of
     /// them or none.
-    bool Write(std::initializer_list<std::span<const T>> parts) noexcept {
+    VEXA_REALTIME bool Write(std::initializer_list<std::span<const T>> parts) noexcept {
         std::size_t end = written.load(std::memory_order_relaxed);
         std::size_t room = Writable();
         for (const std::span<const T>& part : parts) {
@@ -54,7 +58,7 @@ class Ring {
     }
 
     /// Reading thread: up to `count` of them; returns how many.
-    std::size_t Read(T* into, std::size_t count) noexcept {
+    VEXA_REALTIME std::size_t Read(T* into, std::size_t count) noexcept {
         count = std::min(count, Readable());
         const std::size_t at = read.load(std::memory_order_relaxed);
         Copy(count, at, [&](std::size_t index, std::size_t done, std::size_t n) {
@@ -65,7 +69,7 @@ class Ring {
     }
 
     /// Reading thread: passes over up to `count` items; returns how many.
-    std::size_t Skip(std::size_t count) noexcept {
+    VEXA_REALTIME std::size_t Skip(std::size_t count) noexcept {
         count = std::min(count, Readable());
         read.store(read.load(std::memory_order_relaxed) + count);
         return count;

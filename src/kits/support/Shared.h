@@ -2,6 +2,8 @@
 // A number that several threads read and write without a lock.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
+
 #include <atomic>
 
 namespace kits {
@@ -20,11 +22,11 @@ class Shared {
         return *this;
     }
 
-    Shared& operator=(T next) noexcept {
+    VEXA_REALTIME Shared& operator=(T next) noexcept {
         value.store(next, std::memory_order_release);
         return *this;
     }
-    operator T() const noexcept { return value.load(std::memory_order_acquire); }
+    VEXA_REALTIME operator T() const noexcept { return value.load(std::memory_order_acquire); }
 
   private:
     static_assert(std::atomic<T>::is_always_lock_free);

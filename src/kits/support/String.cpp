@@ -33,17 +33,8 @@ int64 BString::FindFirst(std::string_view text) const {
     return static_cast<int64>(std::string_view(*this).find(text));
 }
 
-int64 BString::FindLast(std::string_view text) const {
-    return static_cast<int64>(std::string_view(*this).rfind(text));
-}
-
 BString& BString::Append(std::string_view text) {
     bytes.append(text);
-    return *this;
-}
-
-BString& BString::Prepend(std::string_view text) {
-    bytes.insert(start, text);
     return *this;
 }
 

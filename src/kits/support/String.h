@@ -7,10 +7,10 @@
 #include <string>
 #include <string_view>
 
-/// Bytes of no particular encoding, zeros included. Positions and lengths count bytes, from 0; what
-/// lies outside of the string is cut off from every range. Removing from the front takes time in
-/// proportion to what is removed, not to what stays, so that a text of any size can be read by
-/// taking its pieces away. Any thread, one at a time.
+/// A text of bytes in no particular encoding, zeros included. Positions and lengths count bytes,
+/// from 0; what lies outside of the string is cut off from every range. Removing from the front
+/// takes time in proportion to what is removed, not to what stays, so that a text of any size can
+/// be read by taking its pieces away. Any thread, one at a time.
 class BString {
   public:
     BString() = default;
@@ -27,24 +27,22 @@ class BString {
     /// The bytes and a terminating zero, until the string changes.
     const char* String() const { return bytes.c_str() + start; }
     operator std::string_view() const { return std::string_view(bytes).substr(start); }
-    /// 0 outside of the string.
+    /// Returns the byte at a position, 0 outside of the string.
     char ByteAt(int64 position) const;
     char operator[](int64 position) const { return ByteAt(position); }
 
-    /// Position of the first or last occurrence, -1 if there is none.
+    /// Position of the first occurrence, -1 if there is none.
     int64 FindFirst(std::string_view text) const;
-    int64 FindLast(std::string_view text) const;
 
     BString& Append(std::string_view text);
     BString& operator+=(std::string_view text) { return Append(text); }
-    BString& Prepend(std::string_view text);
     BString& Remove(int64 from, int64 length);
-    /// From left to right; what was put in is not searched again.
+    /// Replaces every occurrence, from left to right; what was put in is not searched again.
     BString& ReplaceAll(std::string_view old, std::string_view replacement);
 
     /// `target` (another string) becomes the range.
     void CopyInto(BString& target, int64 from, int64 length) const;
-    /// The same, and the range is removed here.
+    /// `target` becomes the range as in CopyInto, and the range is removed here.
     void MoveInto(BString& target, int64 from, int64 length);
 
     friend bool operator==(const BString& a, const BString& b) {

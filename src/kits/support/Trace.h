@@ -11,7 +11,8 @@ bool TraceIsOn();
 
 } // namespace kits
 
-/// As fprintf, but writes only when the trace is on. Not for the media thread while it renders.
+/// As fprintf, but writes only when the trace is on. Not for real-time threads,
+/// whose lines are kept by TraceLater.
 #define FPRINTF(...)                                                                               \
     do {                                                                                           \
         if (kits::TraceIsOn())                                                                     \

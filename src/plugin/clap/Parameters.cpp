@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "plugin/clap/Parameters.h"
 
+#include "kits/support/RealtimeMark.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -43,7 +45,7 @@ bool IsStepped(const Control& control) {
 
 /// By the FNV-1a function of Fowler, Noll and Vo, without the highest bit, which hosts have uses
 /// for.
-clap_id NumberOf(std::string_view symbol) {
+VEXA_REALTIME clap_id NumberOf(std::string_view symbol) {
     uint32 hash = 2166136261U;
     for (const char c : symbol)
         hash = (hash ^ static_cast<unsigned char>(c)) * 16777619U;

@@ -2,6 +2,7 @@
 // The knobs as CLAP's parameters.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "plugin/Controls.h"
 #include "synth/Macros.h"
 
@@ -15,7 +16,7 @@
 namespace vexa::clap {
 
 /// The macro that a parameter is, of which notes may have values of their own; nothing for others.
-inline std::optional<std::size_t> MacroOf(std::size_t index) {
+VEXA_REALTIME inline std::optional<std::size_t> MacroOf(std::size_t index) {
     const bool isMacro = index >= kFirstMacroControl && index < kFirstMacroControl + kMacros;
     return isMacro ? std::optional(index - kFirstMacroControl) : std::nullopt;
 }
@@ -24,7 +25,7 @@ inline std::optional<std::size_t> MacroOf(std::size_t index) {
 /// whatever else there comes to be.
 clap_param_info InfoOf(std::size_t index);
 /// The index of the parameter with that number; nothing if there is none.
-std::optional<std::size_t> IndexOf(clap_id id);
+VEXA_REALTIME std::optional<std::size_t> IndexOf(clap_id id);
 
 /// A value as a person reads it: "as the sound", a word, or a number with its unit.
 std::string TextOf(const Control& control, double value);
@@ -33,6 +34,6 @@ std::string TextOf(const Control& control, double value);
 std::optional<double> ValueOf(const Control& control, std::string_view text);
 /// What the knob holds of a value that a host gives: within its range, and what leaves the say to
 /// the sound, a NaN too, is its lowest one.
-double Held(const Control& control, double value);
+VEXA_REALTIME double Held(const Control& control, double value);
 
 } // namespace vexa::clap

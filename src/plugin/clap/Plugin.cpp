@@ -2,6 +2,7 @@
 #include "plugin/clap/Plugin.h"
 
 #include "kits/support/Published.h"
+#include "kits/support/RealtimeMark.h"
 #include "plugin/HostedFolders.h"
 #include "plugin/clap/Extensions.h"
 #include "plugin/clap/Parameters.h"
@@ -27,7 +28,7 @@ const Extension* Find(const clap_host& host, const char* id) {
 
 /// Of an event for notes; nothing where it is for none here.
 template<class Event>
-std::optional<NoteName> NameOf(const Event& event) noexcept {
+VEXA_REALTIME std::optional<NoteName> NameOf(const Event& event) noexcept {
     const NoteName name{event.note_id, event.channel, event.key};
     const bool isOurs = event.port_index == 0 || event.port_index == -1;
     if (!isOurs || name.id < -1 || name.channel < -1 || name.channel > 15 || name.key < -1 ||
@@ -41,7 +42,7 @@ constexpr float kInaudible = 1e-7F;
 /// In which all that fades or lingers has done so.
 constexpr double kFadeSeconds = 0.02;
 
-bool IsQuiet(const float* samples, uint32_t count) noexcept {
+VEXA_REALTIME bool IsQuiet(const float* samples, uint32_t count) noexcept {
     return std::all_of(samples, samples + count,
                        [](float sample) { return std::abs(sample) < kInaudible; });
 }

@@ -2,6 +2,7 @@
 // One instance of the CLAP plug-in.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "plugin/HostedInstrument.h"
 #include "plugin/clap/State.h"
 
@@ -26,24 +27,26 @@ class Plugin {
     bool Activate(double rate) noexcept;
     void Deactivate() noexcept { active = false; }
     void OnMainThread() noexcept;
-    uint32_t Latency() const noexcept { return static_cast<uint32_t>(instrument.Delay()); }
+    VEXA_REALTIME uint32_t Latency() const noexcept {
+        return static_cast<uint32_t>(instrument.Delay());
+    }
     double Knob(std::size_t index) const noexcept { return knobs[index]; }
     bool Save(const clap_ostream& stream) noexcept;
     bool Load(const clap_istream& stream) noexcept;
 
     /// Audio thread; Flush where the instance is not active on the main thread.
-    void Reset() noexcept;
-    clap_process_status Process(const clap_process& process) noexcept;
-    void Flush(const clap_input_events& in) noexcept;
+    VEXA_REALTIME void Reset() noexcept;
+    VEXA_REALTIME clap_process_status Process(const clap_process& process) noexcept;
+    VEXA_REALTIME void Flush(const clap_input_events& in) noexcept;
 
   private:
-    void Take(const clap_event_header& event) noexcept;
-    void TakeNote(const clap_event_note& note) noexcept;
-    void TakeExpression(const clap_event_note_expression& event) noexcept;
-    void TakeValue(const clap_event_param_value& event) noexcept;
-    void TakeModulation(const clap_event_param_mod& event) noexcept;
-    void TellEnded(const clap_output_events* out, uint32_t time) noexcept;
-    void TakeKnobs() noexcept;
+    VEXA_REALTIME void Take(const clap_event_header& event) noexcept;
+    VEXA_REALTIME void TakeNote(const clap_event_note& note) noexcept;
+    VEXA_REALTIME void TakeExpression(const clap_event_note_expression& event) noexcept;
+    VEXA_REALTIME void TakeValue(const clap_event_param_value& event) noexcept;
+    VEXA_REALTIME void TakeModulation(const clap_event_param_mod& event) noexcept;
+    VEXA_REALTIME void TellEnded(const clap_output_events* out, uint32_t time) noexcept;
+    VEXA_REALTIME void TakeKnobs() noexcept;
     void Tell(const char* message) const noexcept;
 
     const clap_host& host;

@@ -2,6 +2,7 @@
 // What the plug-in tells its host: values of properties, on their way to the notifications port.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/Ring.h"
 #include "plugin/lv2/Urids.h"
 
@@ -25,7 +26,7 @@ class News {
 
     /// Writes a sequence of as much as there is room for, a message patch:Set each. What does not
     /// fit into the whole port is dropped, the rest comes the next time. Real-time safe.
-    void Write(LV2_Atom_Sequence& port) noexcept;
+    VEXA_REALTIME void Write(LV2_Atom_Sequence& port) noexcept;
 
   private:
     struct Header {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "plugin/lv2/Plugin.h"
 
+#include "kits/support/RealtimeMark.h"
 #include "plugin/HostedFolders.h"
 #include "synth/Realtime.h"
 
@@ -19,7 +20,7 @@ namespace {
 constexpr uint32_t kAll = (1U << std::size(kProperties)) - 1;
 
 /// The value of a property, if it lies wholly inside of the object.
-const LV2_Atom* ValueOf(const LV2_Atom_Object& object, LV2_URID key) {
+VEXA_REALTIME const LV2_Atom* ValueOf(const LV2_Atom_Object& object, LV2_URID key) {
     const auto* body = reinterpret_cast<const uint8*>(&object.body + 1);
     std::span<const uint8> rest(body, object.atom.size - sizeof object.body);
     while (rest.size() >= sizeof(LV2_Atom_Property_Body)) {

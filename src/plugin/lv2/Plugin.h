@@ -2,6 +2,7 @@
 // One instance of the plug-in in an LV2 host.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "plugin/HostedInstrument.h"
 #include "plugin/WakingThread.h"
 #include "plugin/lv2/News.h"
@@ -28,7 +29,7 @@ class Plugin {
 
     void Connect(uint32_t port, void* data);
     void Activate() { instrument.Restart(rate); }
-    void Run(uint32_t count) noexcept;
+    VEXA_REALTIME void Run(uint32_t count) noexcept;
     /// What the worker does.
     void Work() noexcept;
     /// As WindowInterface::open.
@@ -41,13 +42,13 @@ class Plugin {
 
   private:
     template<class Type>
-    Type* Port(uint32_t port) const noexcept {
+    VEXA_REALTIME Type* Port(uint32_t port) const noexcept {
         return static_cast<Type*>(ports[port]);
     }
-    void Take(const LV2_Atom_Object& message) noexcept;
-    void TellEdit(LV2_Atom_Sequence& out, uint32_t room) noexcept;
-    bool Post(std::size_t property, const LV2_Atom& value) noexcept;
-    void Wake() noexcept;
+    VEXA_REALTIME void Take(const LV2_Atom_Object& message) noexcept;
+    VEXA_REALTIME void TellEdit(LV2_Atom_Sequence& out, uint32_t room) noexcept;
+    VEXA_REALTIME bool Post(std::size_t property, const LV2_Atom& value) noexcept;
+    VEXA_REALTIME void Wake() noexcept;
     void Tell(const std::string& text);
     void TellChanges(uint32_t wanted);
 

@@ -118,10 +118,9 @@ class TextView : public BView {
     std::string text;
 };
 
-FilePanelWindow::FilePanelWindow(BFilePanel& panel, uint32 nodeFlavors, bool multipleSelection,
-                                 BRefFilter* filter, bool modal)
-    : BWindow({100, 100, 100 + kRight, 100 + kBottom},
-              panel.PanelMode() == B_SAVE_PANEL ? "Save" : "Open",
+FilePanelWindow::FilePanelWindow(FilePanelOwner& panel, file_panel_mode mode, uint32 nodeFlavors,
+                                 bool multipleSelection, BRefFilter* filter, bool modal)
+    : BWindow({100, 100, 100 + kRight, 100 + kBottom}, mode == B_SAVE_PANEL ? "Save" : "Open",
               modal ? B_MODAL_WINDOW : B_TITLED_WINDOW, 0),
       panel(&panel),
       flavors(nodeFlavors == 0 ? B_FILE_NODE : nodeFlavors),
@@ -132,7 +131,6 @@ FilePanelWindow::FilePanelWindow(BFilePanel& panel, uint32 nodeFlavors, bool mul
     auto* background = new BView(Bounds(), "background", B_FOLLOW_ALL_SIDES, B_WILL_DRAW);
     background->SetViewColor(kPanelColor);
     AddChild(background);
-    const file_panel_mode mode = panel.PanelMode();
     list = new FileList(model, multipleSelection && mode == B_OPEN_PANEL);
     AddNavigation(*background);
     AddList(*background);
@@ -150,7 +148,7 @@ FilePanelWindow::FilePanelWindow(BFilePanel& panel, uint32 nodeFlavors, bool mul
 // The views go first, as the list looks into the model.
 FilePanelWindow::~FilePanelWindow() {
     if (panel)
-        panel->window = nullptr;
+        panel->WindowGone();
     path = nullptr;
     while (BView* child = ChildAt(0))
         delete child;
@@ -461,7 +459,7 @@ void FilePanelWindow::Confirm() {
             Enter(folder / entries.front()->name);
         return;
     }
-    BMessage message = panel->Message();
+    BMessage message = panel->NewResult();
     for (const entry_ref& ref : refs)
         message.AddRef("refs", &ref);
     Send(std::move(message));
@@ -478,8 +476,7 @@ void FilePanelWindow::ConfirmName() {
             name->SetText("");
         return;
     }
-    const bool asks = panel->askOnlyIn.empty() || fs::equivalent(panel->askOnlyIn, folder, ignored);
-    if (asks && fs::exists(fs::symlink_status(file, ignored))) {
+    if (panel->AsksIn(folder) && fs::exists(fs::symlink_status(file, ignored))) {
         const std::string question =
             "\"" + chosen + "\" already exists. Do you want to replace it?";
         auto* alert = new BAlert("Replace", question.c_str(), "Cancel", "Replace", nullptr,
@@ -489,7 +486,7 @@ void FilePanelWindow::ConfirmName() {
         if (alert->Go() != 1)
             return;
     }
-    BMessage message = panel->Message();
+    BMessage message = panel->NewResult();
     entry_ref directory;
     get_ref_for_path(folder.c_str(), &directory);
     message.AddRef("directory", &directory);
@@ -498,10 +495,7 @@ void FilePanelWindow::ConfirmName() {
 }
 
 void FilePanelWindow::Send(BMessage message) {
-    message.AddInt32("panel", panel->Id());
-    const bool hide = panel->hideWhenDone;
-    panel->SendMessage(&panel->Target(), &message);
-    if (hide)
+    if (panel->Deliver(std::move(message)))
         Dismiss();
 }
 

@@ -2,7 +2,7 @@
 // The window of a file panel: its views, and what they do.
 #pragma once
 
-#include "kits/interface/FilePanel.h"
+#include "kits/interface/FilePanelDefs.h"
 #include "kits/interface/Window.h"
 #include "kits/interface/backends/FolderModel.h"
 
@@ -22,8 +22,8 @@ class TextView;
 /// Lives until its panel goes; closing it hides it.
 class FilePanelWindow : public BWindow {
   public:
-    FilePanelWindow(BFilePanel& panel, uint32 nodeFlavors, bool multipleSelection,
-                    BRefFilter* filter, bool modal);
+    FilePanelWindow(FilePanelOwner& panel, file_panel_mode mode, uint32 nodeFlavors,
+                    bool multipleSelection, BRefFilter* filter, bool modal);
     ~FilePanelWindow() override;
 
     bool QuitRequested() override;
@@ -72,7 +72,8 @@ class FilePanelWindow : public BWindow {
     void Send(BMessage message);
     void Complain(const std::string& text);
 
-    BFilePanel* panel;
+    /// Null once it has gone.
+    FilePanelOwner* panel;
     uint32 flavors;
     std::filesystem::path folder;
     FolderModel model;

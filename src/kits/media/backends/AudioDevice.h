@@ -3,6 +3,7 @@
 #pragma once
 
 #include "kits/media/AudioSystem.h"
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/Result.h"
 #include "kits/support/SupportDefs.h"
 
@@ -13,7 +14,7 @@
 namespace kits {
 
 /// Whoever computes what a device plays.
-class AudioSource {
+class VEXA_REALTIME AudioSource {
   public:
     virtual ~AudioSource() = default;
     /// The next `frames` samples of the left and of the right channel, within -1..1. `now` is the
@@ -30,23 +31,25 @@ class AudioSource {
 class AudioDevice {
   public:
     virtual ~AudioDevice() = default;
-    /// For a person: "JACK", "PulseAudio: Built-in Audio".
+    /// Returns a name that a person understands, such as "JACK" or "PulseAudio: Built-in Audio".
     virtual std::string Name() const = 0;
-    /// Frames per second, from the opening or the last Stop on.
+    /// Returns the rate in frames per second that the device had when it was opened, or last
+    /// stopped.
     virtual double SampleRate() const = 0;
     /// The most frames that are asked for at a time. May change while playing; any thread.
     virtual uint32 Period() const = 0;
     /// How much the moments that the source is told need to be smoothed, as DeviceClock takes it.
     virtual double Smoothing() const = 0;
-    /// From now on the source is asked, until Stop is called or the device has gone.
+    /// Starts to ask the source for what to play, until Stop is called or the device has gone.
     virtual Result<void> Start(AudioSource& source) = 0;
     /// When it returns the source is not being asked and will not be again. Silence is played until
     /// the next Start.
     virtual void Stop() = 0;
-    /// Frames from an event to the moment at which its effect is played, for a system that passes
-    /// it on to others.
+    /// Takes the number of frames from an event to the moment at which its effect is played; a
+    /// system that passes it on to others keeps it.
     virtual void TellLatency(uint32 /*frames*/) {}
-    /// To be called now and then while it plays, for what may come later than the device.
+    /// Looks for what may come later than the device, such as ports to connect to. To be called now
+    /// and then while it plays.
     virtual void Tend() {}
     /// The device has disappeared for good, and is to be opened anew. Any thread.
     virtual bool HasGone() const = 0;

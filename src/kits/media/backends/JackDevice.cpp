@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/kernel/OS.h"
 #include "kits/media/backends/AudioDevice.h"
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/backends/JackClient.h"
 
 #include <algorithm>
@@ -94,7 +95,7 @@ class JackDevice : public AudioDevice, private JackProcessor {
         jack_free(speakers);
     }
 
-    void Process(uint32 frames) noexcept override {
+    VEXA_REALTIME void Process(uint32 frames) noexcept override {
         std::array<float*, kPorts.size()> samples{};
         for (std::size_t i = 0; i < ports.size(); i++)
             samples[i] = static_cast<float*>(jack_port_get_buffer(ports[i], frames));

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/midi/backends/MidiBackend.h"
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/backends/JackClient.h"
 
 #include <atomic>
@@ -116,7 +117,7 @@ class JackMidi final : public MidiBackend, private JackProcessor {
         return {};
     }
 
-    void Process(uint32 frames) noexcept override {
+    VEXA_REALTIME void Process(uint32 frames) noexcept override {
         for (Input* input : {&shared, &chosen}) {
             jack_port_t* const port = input->port;
             if (!port)
@@ -136,7 +137,7 @@ class JackMidi final : public MidiBackend, private JackProcessor {
     }
 
     /// By the system's clock; 0 while nobody's clock counts.
-    bigtime_t TimeOf(const jack_midi_event_t& event) const noexcept {
+    VEXA_REALTIME bigtime_t TimeOf(const jack_midi_event_t& event) const noexcept {
         const bigtime_t start = client->PeriodStart();
         return start == 0 ? 0
                           : start + event.time * bigtime_t{1000000} /
@@ -145,7 +146,7 @@ class JackMidi final : public MidiBackend, private JackProcessor {
 
     /// Whether the event's bytes are in the port's buffer: where that is full, jackd1's library
     /// hands out events that never were.
-    bool LiesIn(const void* buffer, const jack_midi_event_t& event) const noexcept {
+    VEXA_REALTIME bool LiesIn(const void* buffer, const jack_midi_event_t& event) const noexcept {
         const auto begin = reinterpret_cast<std::uintptr_t>(buffer);
         const auto at = reinterpret_cast<std::uintptr_t>(event.buffer);
         return at >= begin && event.size <= bufferSize && at - begin <= bufferSize - event.size;

@@ -23,9 +23,9 @@ class LocalSources {
     bool Empty();
     std::vector<std::string> Names();
 
-    /// Null: there is no consumer any more.
+    /// Sets where the sources' bytes go; null says that there is no consumer any more.
     void SetInlet(MidiThread::Inlet* next);
-    /// False for an unknown source.
+    /// Connects or disconnects a source; returns false for an unknown one.
     bool SetConnected(const std::string& name, bool connected);
     /// Nothing happens unless the source is connected.
     void Put(const std::string& name, std::span<const uint8> bytes);

@@ -29,7 +29,7 @@ class MidiBackend {
     /// When it returns nothing more is put into the inlets.
     virtual void CloseInput() = 0;
 
-    /// Between the input and a source of that name; the error names the source.
+    /// Connects the source of that name to the input; the error names the source.
     virtual Result<void> Connect(const std::string& source) = 0;
     virtual void Disconnect(const std::string& source) = 0;
 

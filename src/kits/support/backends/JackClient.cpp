@@ -2,6 +2,7 @@
 #include "kits/support/backends/JackClient.h"
 
 #include "kits/support/ClientName.h"
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/Room.h"
 
 #include <algorithm>
@@ -59,7 +60,7 @@ constexpr double kMostAgo = 10000;
 
 /// By the system's clock. The server may count its time by another: only its distance to now
 /// counts.
-bigtime_t StartOfPeriod(jack_client_t* client) noexcept {
+VEXA_REALTIME bigtime_t StartOfPeriod(jack_client_t* client) noexcept {
     jack_nframes_t frame = 0;
     jack_time_t begin = 0;
     jack_time_t next = 0;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "kits/support/Published.h"
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/Result.h"
 #include "kits/support/SupportDefs.h"
 
@@ -23,7 +24,7 @@ class JackProcessor {
   public:
     virtual ~JackProcessor() = default;
     /// The server's real-time thread: no wait, lock or allocation, unless it is freewheeling.
-    virtual void Process(uint32 frames) noexcept = 0;
+    VEXA_REALTIME virtual void Process(uint32 frames) noexcept = 0;
 };
 
 /// Open as long as somebody holds it. When the server ends, or throws the client out, the client is
@@ -40,7 +41,7 @@ class JackClient {
     JackClient(const JackClient&) = delete;
     JackClient& operator=(const JackClient&) = delete;
 
-    _jack_client* Handle() const { return client; }
+    VEXA_REALTIME _jack_client* Handle() const { return client; }
     /// To be held while the server is asked to make, remove, connect or disconnect a port: the
     /// libraries give each other's answers to two threads that ask at the same time. Not in a
     /// listener.
@@ -49,14 +50,14 @@ class JackClient {
     bool IsDead() const { return dead; }
     /// The server's periods follow on one another as fast as all clients get them done, as for a
     /// recording: a processor may wait, and is not in a real-time thread. Any thread.
-    bool IsFreewheeling() const { return freewheeling; }
+    VEXA_REALTIME bool IsFreewheeling() const { return freewheeling; }
 
     /// System time, microseconds, at which the present period begins, as smooth as the server
     /// tells it; 0 while it freewheels, as its time is not the system's then. Processors.
-    bigtime_t PeriodStart() const { return periodStart; }
+    VEXA_REALTIME bigtime_t PeriodStart() const { return periodStart; }
 
-    /// Frames from what comes in to what goes out for it: told to the server where they have
-    /// changed, and with them to whoever is connected.
+    /// Sets how many frames pass from what comes in to what goes out for it. Where that has changed
+    /// the server is told, and by it whoever is connected.
     void SetLatency(uint32 frames);
 
     /// The processor is called from the next period on. At most kMostProcessors.
@@ -74,7 +75,7 @@ class JackClient {
 
   private:
     explicit JackClient(_jack_client* client);
-    static int Process(uint32 frames, void* self) noexcept;
+    VEXA_REALTIME static int Process(uint32 frames, void* self) noexcept;
     static void Shutdown(void* self);
     void Notify();
     void PassLatency(bool capture);
@@ -85,7 +86,8 @@ class JackClient {
     std::atomic<bool> dead{false};
     std::atomic<bool> freewheeling{false};
     std::atomic<uint32> latency{0};
-    /// The server's thread.
+    /// The system's time in microseconds at which the present period began. It belongs to the
+    /// server's thread.
     bigtime_t periodStart = 0;
     std::array<std::atomic<JackProcessor*>, kMostProcessors> processors{};
     Reader reader;

@@ -1,0 +1,165 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""Checks that the kits offer nothing that nobody calls: check-unused.py [--self-test] [SOURCE_FOLDER]
+
+A public function that a header of src/kits declares must have its name somewhere in the sources
+below src/ besides its declaration and its definition. Exempt are virtual functions, which the base
+or a library calls, what EXCEPTIONS lists, and headers of backends/, which are no interface.
+"""
+
+import collections
+import pathlib
+import re
+import sys
+import tempfile
+
+# Headers that windows are being built on.
+GROWING = {"kits/interface/View.h", "kits/interface/Control.h", "kits/interface/Menu.h",
+           "kits/interface/Window.h", "kits/interface/ScrollView.h", "kits/support/Geometry.h"}
+
+# What the product does not call, and why it is there.
+EXCEPTIONS = {
+    "kits/interface/Alert.h Details": "the same as SetResponder",
+    "kits/interface/Alert.h SetResponder": "tests answer alerts",
+    "kits/interface/FilePanel.h GetNextSelectedRef": "tests see what is selected",
+    "kits/interface/FilePanel.h GetPanelDirectory": "tests see what is shown",
+    "kits/interface/FilePanel.h Rewind": "the same as GetNextSelectedRef",
+    "kits/interface/Font.h SetPlainFontFamily": "tests lay windows out in several fonts",
+    "kits/media/MediaNode.h ReportedErrors": "tests see what a node has reported",
+    "kits/support/Message.h HasData": "tests look into properties",
+    "kits/translation/BitmapStream.h DetachBitmap": "tests look at what was read",
+}
+
+NO_CODE = re.compile(r'//[^\n]*|/\*.*?\*/|"(?:\\.|[^"\\])*"|^\s*#\s*include[^\n]*', re.S | re.M)
+NAME = re.compile(r"([~\w]+)\s*\(")
+NO_NAMES = {"void", "bool", "int", "if", "for", "while", "switch", "return", "sizeof", "decltype",
+            "noexcept", "alignas", "static_assert", "defined", "explicit", "requires"}
+
+
+def code_of(text):
+    return NO_CODE.sub(" ", text)
+
+
+def declared(code):
+    """The names of the functions that a header declares where everybody can call them."""
+    names, scopes, statement = [], ["open"], ""
+
+    def note():
+        words = re.sub(r"\[\[.*?\]\]|template\s*<[^;{]*?>\s(?=\w)", " ", statement)
+        if scopes[-1] != "open" or re.search(r"\b(virtual|override|friend|operator|using|typedef)\b",
+                                             words):
+            return
+        found = NAME.search(re.sub(r"<[^()]*?\([^()]*\)[^()]*?>", "", words))
+        if found and found.group(1) not in NO_NAMES and not found.group(1).startswith("~"):
+            names.append(found.group(1))
+
+    for token in re.findall(r"\b(?:public|private|protected)\s*:(?!:)|[{};]|[^{};\n]+?(?=\bpublic\b|"
+                            r"\bprivate\b|\bprotected\b|[{};\n])|\n|[^{};]", code):
+        if token in ("{", ";"):
+            if token == ";":
+                note()
+            else:
+                kind = re.search(r"\b(class|struct|union|namespace|enum|extern)\b", statement)
+                if kind is None or "(" in re.sub(r"\[\[.*?\]\]|alignas\s*\(.*?\)", "", statement):
+                    note()
+                    scopes.append("body")
+                elif kind.group(1) == "enum":
+                    scopes.append("body")
+                elif scopes[-1] != "open":
+                    scopes.append(scopes[-1])
+                else:
+                    scopes.append("closed" if kind.group(1) == "class" else "open")
+            statement = ""
+        elif token == "}":
+            if len(scopes) > 1:
+                scopes.pop()
+            statement = ""
+        elif re.fullmatch(r"(public|private|protected)\s*:", token):
+            scopes[-1] = "open" if token.startswith("public") else "closed"
+            statement = ""
+        else:
+            statement += token
+    return names
+
+
+def check(source):
+    codes = {path.relative_to(source).as_posix(): code_of(path.read_text("utf-8"))
+             for path in sorted(source.rglob("*")) if path.suffix in (".h", ".cpp")}
+    uses = {path: collections.Counter(re.findall(r"\w+", code)) for path, code in codes.items()}
+    total = sum(uses.values(), collections.Counter())
+    faults, count, excused = [], 0, set()
+    for path, code in codes.items():
+        if (not path.startswith("kits/") or not path.endswith(".h") or "/backends/" in path
+                or path in GROWING):
+            continue
+        classes = set(re.findall(r"\b(?:class|struct)\s+(?:\w+\s+)?(\w+)", code))
+        names = collections.Counter(name for name in declared(code) if name not in classes)
+        for name, declarations in sorted(names.items()):
+            count += 1
+            own = codes.get(path[:-2] + ".cpp", "")
+            definitions = len(re.findall(rf"^\S[^=;(]*?\b{name}\s*\([^;]*?\{{", own, re.M))
+            if total[name] > declarations + definitions:
+                continue
+            if f"{path} {name}" in EXCEPTIONS:
+                excused.add(f"{path} {name}")
+            else:
+                faults.append(f"{source / path}: nobody calls {name}")
+    faults += [f"{pathlib.Path(__file__).name}: no exception any more: {entry}"
+               for entry in EXCEPTIONS if (source / entry.split()[0]).is_file()
+               and entry not in excused]
+    return faults, count
+
+
+FAULTY = {
+    "kits/a/A.h": """class A {
+  public:
+    A();
+    ~A();
+    void Called();
+    int Unused() const { return Hidden(); }
+    virtual void Hook() {}
+    template<class T> void UnusedToo(T value);
+  private:
+    int Hidden();
+};
+inline int Free(int) { return 1; }
+void Own();
+""",
+    "kits/a/A.cpp": "#include \"kits/a/A.h\"\nvoid A::Called() {}\nvoid Own() {}\n"
+                    "static int before = (Own(), 1); // Free\n",
+    "b/B.cpp": "void B() { A().Called(); }\n",
+}
+
+
+def self_test():
+    with tempfile.TemporaryDirectory() as folder:
+        source = pathlib.Path(folder)
+        for name, text in FAULTY.items():
+            (source / name).parent.mkdir(parents=True, exist_ok=True)
+            (source / name).write_text(text)
+        found = [fault.rsplit(" ", 1)[1] for fault in check(source)[0]]
+        wanted = ["Free", "Unused", "UnusedToo"]
+        return [] if found == wanted else [f"found {found}, not {wanted}"]
+
+
+def main():
+    arguments = sys.argv[1:]
+    if arguments == ["--self-test"]:
+        faults, done = self_test(), "the check finds what it has to find"
+    elif len(arguments) <= 1 and not any(argument.startswith("-") for argument in arguments):
+        default = pathlib.Path(__file__).resolve().parent.parent / "src"
+        faults, count = check(pathlib.Path(arguments[0]) if arguments else default)
+        done = f"{count} functions of the kits, all called"
+        if count == 0:
+            faults.append("no function was found: is this the source folder?")
+    else:
+        sys.exit(__doc__)
+    for fault in faults:
+        print(fault)
+    if faults:
+        sys.exit(1)
+    print(done)
+
+
+if __name__ == "__main__":
+    main()

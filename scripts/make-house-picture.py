@@ -1,0 +1,80 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""Draws the folders of src/ and who uses whom into docs/ARCHITECTURE.md: make-house-picture.py [--check]
+
+An arrow goes from a folder to one whose headers it includes, unless it also gets there by other
+arrows. The includes are those that check-includes.py reads. With --check nothing is written, and
+the exit code is 1 where the picture is not the one of the sources.
+"""
+
+import importlib.util
+import pathlib
+import sys
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+PAGE = ROOT / "docs/ARCHITECTURE.md"
+BEGIN, END = "<!-- scripts/make-house-picture.py draws this. -->\n", "<!-- Up to here. -->\n"
+
+
+def load(name):
+    spec = importlib.util.spec_from_file_location(name.replace("-", "_"),
+                                                  ROOT / "scripts" / f"{name}.py")
+    module = importlib.util.module_from_spec(spec)
+    spec.loader.exec_module(module)
+    return module
+
+
+def folders_used(includes):
+    """Each folder of the table with those that it includes."""
+    used = {folder: set() for folder in includes.ALLOWED}
+    for path, _, target in includes.includes_of(ROOT / "src"):
+        match = includes.TARGET.match(target)
+        if match and match.group(1):
+            user, other = includes.folder_of(path), includes.folder_of(match.group(1))
+            if user and other and user != other:
+                used[user].add(other)
+    return used
+
+
+def reached(used, start):
+    found, todo = set(), list(start)
+    while todo:
+        folder = todo.pop()
+        if folder not in found:
+            found.add(folder)
+            todo += used[folder]
+    return found
+
+
+def picture(used):
+    name = {folder: folder.replace("/", "_") for folder in used}
+    lines = ["```mermaid", "flowchart TD"]
+    for folder in used:
+        shape = f"([{folder}])" if folder in ("app", "render", "plugin") else f"[{folder}]"
+        lines.append(f"    {name[folder]}{shape}")
+    for folder, others in used.items():
+        for other in sorted(others):
+            rest = {one for near in others - {other} for one in reached(used, used[near])}
+            if other not in rest:
+                lines.append(f"    {name[folder]} --> {name[other]}")
+    return "\n".join(lines + ["```", ""])
+
+
+def main():
+    if sys.argv[1:] not in ([], ["--check"]):
+        sys.exit(__doc__)
+    text = PAGE.read_text("utf-8")
+    if BEGIN not in text or END not in text:
+        sys.exit(f"{PAGE}: the lines that the picture stands between are not there")
+    before, rest = text.split(BEGIN)
+    drawn = before + BEGIN + picture(folders_used(load("check-includes"))) + END + rest.split(END)[1]
+    if sys.argv[1:] == ["--check"]:
+        if drawn != text:
+            sys.exit(f"{PAGE}: the picture of the folders is old: run {pathlib.Path(__file__).name}")
+        print("the picture shows the folders as they are")
+    else:
+        PAGE.write_text(drawn, "utf-8")
+
+
+if __name__ == "__main__":
+    main()

@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // How long does it take to load a picture, next to libpng's own way to grey? And what does a point
-// of the terrain cost in blocks, next to one point after the other?
+// of the terrain cost in blocks, next to one point after the other? What does it take to open a
+// whole sound with a picture, next to one with an expression?
+#include "documents/SoundDocument.h"
 #include "functions/PictureFunction.h"
 #include "functions/PictureLoops.h"
+#include "instrument/Instrument.h"
 #include "support/Pictures.h"
+#include "support/TemporaryFolder.h"
 
 #include <cmath>
 #include <random>
@@ -86,5 +90,28 @@ void Terrain(benchmark::State& state, bool inBlocks) {
 }
 BENCHMARK_CAPTURE(Terrain, PointByPoint, false)->Arg(384)->Arg(4096);
 BENCHMARK_CAPTURE(Terrain, Blocks, true)->Arg(384)->Arg(4096);
+
+/// From the documents on the disk, one after the other, to the function that plays.
+void Open(benchmark::State& state, vexa::FunctionKind kind, const std::string& source) {
+    const test::TemporaryFolder folder;
+    folder.Write("pictures/a.png", PngOf(1024));
+    folder.Write("pictures/a.jpeg", JpegOf(1024));
+    vexa::Sound sound;
+    sound.function.kind = kind;
+    vexa::SourceOf(sound.function) = source;
+    const std::filesystem::path path = folder.Path() / "sound.xml";
+    if (!vexa::WriteSound(path, sound))
+        return state.SkipWithError("not written");
+    vexa::Instrument instrument(folder.Path(), vexa::Addons::None);
+    for (auto _ : state) {
+        vexa::ReadReport report;
+        if (!instrument.Load(*vexa::ReadSound(path, report)))
+            return state.SkipWithError("not loaded");
+    }
+}
+BENCHMARK_CAPTURE(Open, Expression, vexa::FunctionKind::Expression, "sin(x)*cos(y)")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Open, Png, vexa::FunctionKind::Picture, "a.png")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(Open, Jpeg, vexa::FunctionKind::Picture, "a.jpeg")->Unit(benchmark::kMillisecond);
 
 } // namespace

@@ -2,6 +2,7 @@
 #include "bank/Bank.h"
 
 #include "bank/Thumbnail.h"
+#include "instrument/Instrument.h"
 #include "instrument/Programs.h"
 
 #include <algorithm>
@@ -19,7 +20,9 @@ using Clock = std::chrono::steady_clock;
 /// How long what is new is kept back, so that who shows it is not called for each sound.
 constexpr auto kPart = std::chrono::milliseconds(50);
 constexpr const char* kSounds = "sounds";
+/// What a document may name files in.
 constexpr const char* kSamples = "samples";
+constexpr const char* kPictures = "pictures";
 constexpr auto kForever = std::chrono::hours(24);
 
 } // namespace
@@ -29,7 +32,7 @@ Bank::Bank(kits::ProgramFolders programFolders, int pictureSize, std::function<v
       pictureSize(pictureSize),
       changed(std::move(changed)),
       watch({folders.Own(kSounds), folders.Shipped(kSounds), folders.Own(kSamples),
-             folders.Shipped(kSamples)}) {
+             folders.Shipped(kSamples), folders.Own(kPictures), folders.Shipped(kPictures)}) {
     thread = std::jthread([this](const std::stop_token& stop) { Work(stop); });
 }
 
@@ -89,12 +92,12 @@ void Bank::Scan(const std::stop_token& stop) {
     Publish(true);
 }
 
-std::filesystem::path Bank::PathOf(const std::string& sample) const {
-    return sample.empty() ? "" : folders.Find(kSamples, sample);
+Bank::Stamp Bank::StampOf(const std::optional<Function>& filed) const {
+    return filed ? StampOf(FileOf(*filed, folders).value_or("")) : Stamp();
 }
 
 bool Bank::IsSame(const Known& each, const std::filesystem::path& path) const {
-    return each.stamp == StampOf(path) && each.sampleStamp == StampOf(PathOf(each.sample));
+    return each.stamp == StampOf(path) && each.fileStamp == StampOf(each.filed);
 }
 
 Bank::Known Bank::Read(const std::filesystem::path& path) const {
@@ -103,9 +106,9 @@ Bank::Known Bank::Read(const std::filesystem::path& path) const {
     ReadEntry entry = ReadSoundEntry(path, path.parent_path() == folders.Own(kSounds));
     read.entry = std::make_shared<const SoundEntry>(std::move(entry.entry));
     read.sound = std::move(entry.sound);
-    if (read.sound && read.sound->function.kind == FunctionKind::Sample) {
-        read.sample = read.sound->function.sampleFile;
-        read.sampleStamp = StampOf(PathOf(read.sample));
+    if (read.sound && read.sound->function.kind != FunctionKind::Expression) {
+        read.filed = read.sound->function;
+        read.fileStamp = StampOf(read.filed);
     }
     return read;
 }

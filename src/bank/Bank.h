@@ -54,19 +54,20 @@ class Bank {
     };
     static Stamp StampOf(const std::filesystem::path& path);
 
-    /// A sound, and the sample that its function names, if any; `sound` until it is drawn.
+    /// A sound, and its function where that names a sample or a picture file, with what tells of
+    /// that file; `sound` until it is drawn.
     struct Known {
         std::shared_ptr<const SoundEntry> entry;
         Stamp stamp;
-        std::string sample;
-        Stamp sampleStamp;
+        std::optional<Function> filed;
+        Stamp fileStamp;
         std::optional<Sound> sound;
     };
 
     void Work(const std::stop_token& stop);
     void Scan(const std::stop_token& stop);
     Known Read(const std::filesystem::path& path) const;
-    std::filesystem::path PathOf(const std::string& sample) const;
+    Stamp StampOf(const std::optional<Function>& filed) const;
     bool IsSame(const Known& known, const std::filesystem::path& path) const;
     void DrawPictures(const std::stop_token& stop);
     Known* NextToDraw();

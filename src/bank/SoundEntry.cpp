@@ -30,8 +30,7 @@ void Tell(const Sound& sound, SoundEntry& entry) {
     entry.tags = sound.info.tags.value_or("");
     entry.comment = sound.info.comment.value_or("");
     entry.author = sound.author;
-    entry.formula = sound.function.kind == FunctionKind::Expression ? sound.function.expression
-                                                                    : sound.function.sampleFile;
+    entry.formula = SourceOf(sound.function);
 }
 
 } // namespace

@@ -24,7 +24,7 @@ struct SoundEntry {
     std::string tags;
     std::string author;
     std::string comment;
-    /// The expression, or the name of the sample.
+    /// The expression, or the name of the sample or the picture.
     std::string formula;
     /// Why it cannot be loaded, in one line with the place, if there is one; empty if it can.
     std::string fault;

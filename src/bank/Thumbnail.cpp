@@ -2,6 +2,7 @@
 #include "bank/Thumbnail.h"
 
 #include "documents/ApplySound.h"
+#include "functions/PictureFunction.h"
 #include "functions/SampleFunction.h"
 #include "instrument/Instrument.h"
 #include "instrument/PlaneFollower.h"
@@ -54,11 +55,17 @@ kits::Result<PlaneFunction> SampleFunctionOf(const Function& function,
         std::make_shared<SampleSpiral>(loaded->frames, winding.value_or(Winding())));
 }
 
-kits::Result<PlaneFunction> FunctionOf(const Sound& sound, const kits::ProgramFolders& folders,
-                                       const ControllerTable& controllers) {
+kits::Result<PlaneFunction> PictureFunctionOf(const Function& function,
+                                              const kits::ProgramFolders& folders) {
+    const kits::Result<Picture> loaded = LoadPicture(FileOf(function, folders).value_or(""));
+    if (!loaded)
+        return loaded.Fault();
+    return PlaneFunction(std::make_shared<PictureTerrain>(*loaded));
+}
+
+kits::Result<PlaneFunction> ExpressionFunctionOf(const Sound& sound,
+                                                 const ControllerTable& controllers) {
     const Function& function = sound.function;
-    if (function.kind == FunctionKind::Sample)
-        return SampleFunctionOf(function, folders);
     const PlayableFormula read = ReadPlayable(function.expression);
     if (!read.formula)
         return kits::Error{"formula: " + read.reason};
@@ -73,6 +80,19 @@ kits::Result<PlaneFunction> FunctionOf(const Sound& sound, const kits::ProgramFo
     ApplyPlaying(sound, {}, playing);
     return PlaneFunction(std::make_shared<ShownFunction>(
         f, InputsOf(f.Source(), kShownNote, macros, controllers, {playing, macros})));
+}
+
+kits::Result<PlaneFunction> FunctionOf(const Sound& sound, const kits::ProgramFolders& folders,
+                                       const ControllerTable& controllers) {
+    switch (sound.function.kind) {
+    case FunctionKind::Sample:
+        return SampleFunctionOf(sound.function, folders);
+    case FunctionKind::Picture:
+        return PictureFunctionOf(sound.function, folders);
+    case FunctionKind::Expression:
+        break;
+    }
+    return ExpressionFunctionOf(sound, controllers);
 }
 
 /// Where the pixels are on the plane, as PlaneArea has it.

@@ -65,33 +65,57 @@ void InterpretGroup(const MXFragment* element, std::string_view group, Sound& so
     }
 }
 
-/// A point as it is read, and into `faults` what a person can hardly have meant.
-EnvPoint PointOf(const MXFragment& element, std::vector<std::string>& faults) {
-    const auto attribute = [&](const char* name, const char* form) {
-        const MXString text = element.attributes.GetValue(name);
-        if (text.Length() == 0)
-            faults.push_back(std::string("expected ") + name + "=" + form);
-        return std::string(std::string_view(text));
+std::string AttributeOf(const MXFragment& element, const char* name) {
+    return std::string(std::string_view(element.attributes.GetValue(name)));
+}
+
+EnvPoint PointOf(const MXFragment& element) {
+    const auto number = [&](const char* name) {
+        const auto value = static_cast<float>(kits::NumberOf(AttributeOf(element, name)));
+        return std::isfinite(value) ? value : 0.0F;
     };
-    const auto number = [&](const char* name, const char* form) {
-        const std::string text = attribute(name, form);
-        const auto value = static_cast<float>(kits::NumberOf(text));
-        if (!std::isfinite(value)) {
-            faults.push_back(std::string(name) + ": " + kits::Quoted(text) +
-                             " is not finite and counts as 0");
-            return 0.0F;
-        }
-        if (const std::string doubt = text.empty() ? "" : NumberDoubt(text, false); !doubt.empty())
-            faults.push_back(std::string(name) + ": " + doubt);
-        return value;
-    };
-    const float t = number("t", "\"SECONDS\"");
-    const float val = number("val", "\"VALUE\"");
-    const std::string fku = attribute("fku", "\"true\" or \"false\"");
-    if (!fku.empty() && fku != kReleased && fku != kKeyDown)
-        faults.push_back("fku: expected \"true\" or \"false\", found " + kits::Quoted(fku) +
-                         ", which counts as \"false\"");
-    return {t, fku == kReleased, val};
+    return {number("t"), AttributeOf(element, "fku") == kReleased, number("val")};
+}
+
+/// What is wrong with an attribute's text that should be a number of a point.
+std::string NumberFault(const std::string& text) {
+    if (!std::isfinite(static_cast<float>(kits::NumberOf(text))))
+        return kits::Quoted(text) + " is not finite and counts as 0";
+    return NumberDoubt(text, false);
+}
+
+std::string ReleaseFault(const std::string& text) {
+    if (text == kReleased || text == kKeyDown)
+        return "";
+    return "expected \"true\" or \"false\", found " + kits::Quoted(text) +
+           ", which counts as \"false\"";
+}
+
+/// What a person can hardly have meant by a point, in the order of its attributes.
+std::string FaultsOf(const MXFragment& element) {
+    if (element.Type() == MX_ELEMENT)
+        return "expected an element that ends in \"/>\"; this one is not read";
+    if (element.Type() != MX_EMPTY_ELEMENT)
+        return "";
+    constexpr struct {
+        const char* name;
+        const char* form;
+        std::string (*fault)(const std::string&);
+    } kAttributes[] = {{"t", "\"SECONDS\"", NumberFault},
+                       {"val", "\"VALUE\"", NumberFault},
+                       {"fku", "\"true\" or \"false\"", ReleaseFault}};
+    std::string faults;
+    for (const auto& [name, form, faultOf] : kAttributes) {
+        const std::string text = AttributeOf(element, name);
+        std::string fault;
+        if (text.empty())
+            fault = std::string("expected ") + name + "=" + form;
+        else if (fault = faultOf(text); !fault.empty())
+            fault = std::string(name) + ": " + fault;
+        if (!fault.empty())
+            faults += (faults.empty() ? "" : "; ") + fault;
+    }
+    return faults;
 }
 
 } // namespace
@@ -176,16 +200,10 @@ void InterpretEnvdataElement(const MXFragment& envdata, std::vector<EnvPoint>& p
     WalkFragments(envdata, [&](const MXFragment& fragment) {
         if (fragment.name != kPoint)
             return WalkStep::Into;
-        std::vector<std::string> faults;
         if (fragment.Type() == MX_EMPTY_ELEMENT)
-            points.push_back(PointOf(fragment, faults));
-        else if (fragment.Type() == MX_ELEMENT)
-            faults.emplace_back("expected an element that ends in \"/>\"; this one is not read");
-        std::string text;
-        for (const std::string& fault : faults)
-            text += (text.empty() ? "" : "; ") + fault;
-        if (!text.empty())
-            remarks.Add(fragment.TextLeft(), Tag(kPoint) + ": " + text);
+            points.push_back(PointOf(fragment));
+        if (const std::string faults = FaultsOf(fragment); !faults.empty())
+            remarks.Add(fragment.TextLeft(), Tag(kPoint) + ": " + faults);
         return WalkStep::Into;
     });
 }

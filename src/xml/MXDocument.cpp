@@ -5,8 +5,6 @@
 #include "kits/storage/ReadFile.h"
 #include "xml/MXStatus.h"
 
-#include <new>
-
 namespace vexa {
 
 namespace {
@@ -81,9 +79,7 @@ int32 MXDocument::ParseParts(MXString& text, Remarks* remarks) {
         } else {
             if (part->Type() == MX_TEXT && !(part->name == kByteOrderMark))
                 remark("a text outside of the root element is not read");
-            if (!misc.AddItem(part.get()))
-                throw std::bad_alloc();
-            static_cast<void>(part.release());
+            misc.push_back(std::move(part));
         }
         text.RemoveLeadingSpace();
     }
@@ -98,7 +94,8 @@ MXString MXDocument::AssembleString(MXString unit) const {
     }
     if (doctype)
         text.Append(doctype->AssembleString()).Append("\n");
-    text.Append(misc.AssembleString("", ""));
+    for (const auto& fragment : misc)
+        fragment->AppendTo(text, "", "");
     text.Append("\n");
     if (root)
         root->AppendTo(text, "", unit);

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace vexa {
 
@@ -53,7 +54,7 @@ class MXDocument {
     std::unique_ptr<MXFragment> declaration;
     std::unique_ptr<MXDoctype> doctype;
     /// Comments, instructions, empty elements and texts beside the root, in the order read.
-    MXFragmentList misc;
+    std::vector<std::unique_ptr<MXFragment>> misc;
     std::unique_ptr<MXFragment> root;
 
   private:

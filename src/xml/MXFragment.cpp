@@ -10,8 +10,6 @@
 
 namespace vexa {
 
-static_assert(sizeof(MXFragment) <= 112, "a document in memory is mostly made of fragments");
-
 namespace {
 
 /// The first reference in a text that stays as it is written.
@@ -50,13 +48,41 @@ void RemarkOnEnd(const MXFragment& element, const MXFragment& next, int32 status
 } // namespace
 
 MXFragment::MXFragment(long type, MXString name, MXString attributeText)
-    : type(static_cast<int32>(type)), name(std::move(name)) {
+    : name(std::move(name)), type(type) {
     attributes.ParseString(attributeText);
 }
 
 MXFragment::MXFragment(MXString name, MXString attributeText, MXString text)
     : MXFragment(MX_ELEMENT, std::move(name), std::move(attributeText)) {
     Adopt(std::make_unique<MXFragment>(MX_TEXT, std::move(text)));
+}
+
+/// Deletes from the last leaf on, going down and up instead of recursing, and without allocating:
+/// the entry through which it went down holds the way back up.
+void MXFragment::DeleteChildren() {
+    // The fragment whose children go, and the one above it; null above this one.
+    MXFragment* fragment = this;
+    MXFragment* above = nullptr;
+    for (;;) {
+        MXFragmentList& list = fragment->children;
+        if (!list.IsEmpty()) {
+            MXFragment* child = list.RemoveItem(list.CountItems() - 1);
+            if (child->children.IsEmpty()) {
+                delete child;
+                continue;
+            }
+            // Into the place that just became free, so this cannot fail.
+            list.AddItem(above);
+            above = fragment;
+            fragment = child;
+        } else if (above) {
+            delete fragment;
+            fragment = above;
+            above = fragment->children.RemoveItem(fragment->children.CountItems() - 1);
+        } else {
+            return;
+        }
+    }
 }
 
 int32 MXFragment::ParseString(MXString& text, Remarks* remarks) {
@@ -91,10 +117,10 @@ int32 MXFragment::ParseString(MXString& text, Remarks* remarks) {
 int32 MXFragment::ParseHead(MXString& text, Remarks* remarks) {
     type = MX_UNPARSED;
     attributes.MakeEmpty();
-    children.MakeEmpty();
+    DeleteChildren();
     const bool isMarkup = text.BeginsWithLt();
     text.RemoveLeadingSpace();
-    textLeft = static_cast<uint32>(text.Length());
+    textLeft = static_cast<std::size_t>(text.Length());
     if (!isMarkup) {
         MXString content = text.SplitOffAtFirst("<");
         if (remarks)
@@ -252,7 +278,7 @@ void MXFragment::AppendClosing(MXString& text) const {
 }
 
 MXFragmentList MXFragment::FindFragment(long mask, MXString wanted) {
-    MXFragmentList found = MXFragmentList::Borrowing();
+    MXFragmentList found;
     CollectInto(found, mask, wanted);
     return found;
 }

@@ -26,12 +26,11 @@ enum : long {
 /// tag is not looked at; and a fault inside an element ends the element instead of the reading.
 ///
 /// A tree may be of any depth and size: no operation recurses, and each takes time in proportion to
-/// the text or the tree. A fragment is 112 bytes plus its entry among its siblings, plus a name of
-/// more than 15 bytes; an attribute is 80 bytes plus the texts beyond 15 bytes.
+/// the text or the tree. A fragment owns its children.
 class MXFragment {
   public:
-    explicit MXFragment(long type) : type(static_cast<int32>(type)) {}
-    MXFragment(long type, MXString name) : type(static_cast<int32>(type)), name(std::move(name)) {}
+    explicit MXFragment(long type) : type(type) {}
+    MXFragment(long type, MXString name) : name(std::move(name)), type(type) {}
     /// Attributes are read from `attributeText` as far as they are valid.
     MXFragment(long type, MXString name, MXString attributeText);
     /// An element that holds a text.
@@ -41,6 +40,7 @@ class MXFragment {
     explicit MXFragment(MXString& text) : type(MX_UNPARSED) { ParseString(text); }
     MXFragment(const MXFragment&) = delete;
     MXFragment& operator=(const MXFragment&) = delete;
+    ~MXFragment() { DeleteChildren(); }
 
     /// Becomes the fragment that it takes from the front of the text. MX_OK, or
     /// - MX_END_TAG, MX_DECLARATION: only blanks were taken,
@@ -50,8 +50,8 @@ class MXFragment {
     /// end tags of another name or none, names that are none, references that are not resolved, and
     /// faults that end an element.
     int32 ParseString(MXString& text, Remarks* remarks = nullptr);
-    /// How many bytes of the text that this was read from were left where it begins, up to 4 GiB;
-    /// 0 for a fragment that was not read.
+    /// How many bytes of the text that this was read from were left where it begins; 0 for a
+    /// fragment that was not read.
     std::size_t TextLeft() const { return textLeft; }
 
     /// The compact form, on one line unless a text has several.
@@ -80,20 +80,14 @@ class MXFragment {
 
     long Type() const { return type; }
 
-    /// Ends in four unused bytes, which the type fits into.
-    [[no_unique_address]] MXAttributeList attributes;
-
-  private:
-    int32 type;
-    uint32 textLeft = 0;
-
-  public:
-    MXFragmentList children;
     /// Of a text, a comment and a CDATA section their text instead.
     MXString name;
+    MXAttributeList attributes;
+    MXFragmentList children;
 
   private:
     friend class MXFragmentList;
+    void DeleteChildren();
     void CollectInto(MXFragmentList& found, long mask, const MXString& wanted);
     int32 ParseHead(MXString& text, Remarks* remarks);
     int32 ParseEnclosed(MXString& text, const char* opening, const char* closing, int32 enclosed,
@@ -103,6 +97,9 @@ class MXFragment {
     void AppendOpening(MXString& text) const;
     void AppendClosing(MXString& text) const;
     bool IsOneLine() const;
+
+    long type;
+    std::size_t textLeft = 0;
 };
 
 } // namespace vexa

@@ -9,15 +9,9 @@ namespace vexa {
 
 class MXFragment;
 
-/// Owns its entries and frees them with all that is below them, except for the lists that
-/// FindFragment returns: these point into a tree and own nothing. Moving keeps that apart.
+/// Owns nothing: children belong to the fragment above them.
 class MXFragmentList : public BList {
   public:
-    MXFragmentList() = default;
-    MXFragmentList(MXFragmentList&& other) noexcept;
-    MXFragmentList& operator=(MXFragmentList&& other) noexcept;
-    ~MXFragmentList() override { MakeEmpty(); }
-
     /// The fragments' texts one after the other, in their compact or their indented form.
     MXString AssembleString() const;
     MXString AssembleString(MXString indent, MXString unit) const;
@@ -29,14 +23,6 @@ class MXFragmentList : public BList {
     MXFragment* RemoveItem(int32 index) {
         return static_cast<MXFragment*>(BList::RemoveItem(index));
     }
-    void MakeEmpty();
-
-  private:
-    friend class MXFragment;
-    /// An empty list that owns nothing.
-    static MXFragmentList Borrowing();
-
-    bool owning = true;
 };
 
 } // namespace vexa

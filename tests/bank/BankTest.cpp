@@ -5,6 +5,7 @@
 #include "bank/Thumbnail.h"
 #include "instrument/Programs.h"
 #include "support/Content.h"
+#include "support/Pictures.h"
 #include "support/SoundFiles.h"
 #include "support/TemporaryFolder.h"
 
@@ -36,7 +37,8 @@ Sound Named(const char* name, const char* category, const char* tags, const char
 class BankTest : public testing::Test {
   protected:
     BankTest() {
-        for (const char* name : {"own/sounds", "own/samples", "shipped/sounds", "shipped/samples"})
+        for (const char* name : {"own/sounds", "own/samples", "shipped/sounds", "shipped/samples",
+                                 "own/pictures", "shipped/pictures"})
             fs::create_directories(folder.Path() / name);
         Save("shipped/sounds/bell.xml", Named("Bell", "bell", "bright", "sin(x) * cos(y)"));
         Save("shipped/sounds/bass.xml", Named("Bass", "bass", "warm, Élan", "x*y"));
@@ -85,6 +87,13 @@ class BankTest : public testing::Test {
     std::unique_ptr<Bank> bank;
 };
 
+/// A pixel's blue, green and red.
+std::array<int, 3> Pixel(const BBitmap& picture, int column, int row) {
+    const auto* at =
+        static_cast<const uint8*>(picture.Bits()) + row * picture.BytesPerRow() + column * 4;
+    return {at[0], at[1], at[2]};
+}
+
 TEST_F(BankTest, TellsOfEachSoundInTheOrderOfPrograms) {
     const fs::path own = Save("own/sounds/bass.xml", Named("My bass", "bass", "", "y"));
     Sound sampled;
@@ -92,7 +101,13 @@ TEST_F(BankTest, TellsOfEachSoundInTheOrderOfPrograms) {
     sampled.function.sampleFile = "tone.wav";
     Save("own/sounds/sampled.xml", sampled);
     folder.Write("shipped/samples/tone.wav", test::ShortWav(std::vector<int>(4000, 9000), 8000, 1));
-    const auto view = AwaitSounds(3);
+    Sound pictured;
+    pictured.function.kind = FunctionKind::Picture;
+    pictured.function.pictureFile = "slope.png";
+    Save("own/sounds/pictured.xml", pictured);
+    // White on the left, black on the right.
+    folder.Write("shipped/pictures/slope.png", test::Png(2, 1, {}, {255, 0}));
+    const auto view = AwaitSounds(4);
     std::vector<fs::path> paths;
     for (const auto& entry : view->sounds)
         paths.push_back(entry->path);
@@ -110,8 +125,11 @@ TEST_F(BankTest, TellsOfEachSoundInTheOrderOfPrograms) {
     EXPECT_EQ(bell.comment, "Opens slowly.");
     EXPECT_EQ(bell.formula, "sin(x) * cos(y)");
     const SoundEntry& third = *view->sounds[2];
-    EXPECT_EQ(third.name, "sampled") << "that of the file";
-    EXPECT_EQ(third.formula, "tone.wav");
+    EXPECT_EQ(third.name, "pictured") << "that of the file";
+    EXPECT_EQ(third.formula, "slope.png");
+    EXPECT_EQ(Pixel(*third.picture, 2, 2), (std::array{255, 0, 0}));
+    EXPECT_EQ(Pixel(*third.picture, 45, 45), (std::array{0, 0, 255}));
+    EXPECT_EQ(view->sounds[3]->formula, "tone.wav");
     for (const auto& entry : view->sounds) {
         EXPECT_EQ(entry->fault, "");
         ASSERT_TRUE(entry->picture) << entry->name;
@@ -141,7 +159,11 @@ TEST_F(BankTest, SaysInALineWhatIsWrongWithASound) {
     sampled.function.kind = FunctionKind::Sample;
     sampled.function.sampleFile = "gone.wav";
     Save("own/sounds/sampled.xml", sampled);
-    const auto view = AwaitSounds(6);
+    Sound pictured;
+    pictured.function.kind = FunctionKind::Picture;
+    pictured.function.pictureFile = "gone.png";
+    Save("own/sounds/pictured.xml", pictured);
+    const auto view = AwaitSounds(7);
     std::vector<std::string> faults;
     for (const auto& entry : view->sounds) {
         faults.push_back(entry->fault);
@@ -149,15 +171,23 @@ TEST_F(BankTest, SaysInALineWhatIsWrongWithASound) {
     }
     EXPECT_THAT(faults, ElementsAre("", "", HasSubstr("cut.xml:1:1: This is not a valid sound."),
                                     "empty.xml: expected a root element, found nothing",
-                                    HasSubstr("formula: character 6"), HasSubstr("gone.wav")));
+                                    HasSubstr("formula: character 6"), HasSubstr("gone.png"),
+                                    HasSubstr("gone.wav")));
     for (const std::string& fault : faults)
         EXPECT_THAT(fault, testing::Not(HasSubstr("\n")));
 
-    // The sample comes, and all is well.
+    // The files come, and all is well; what comes in front of one of them is drawn instead.
     folder.Write("own/samples/gone.wav", test::ShortWav({1, 2, 3}, 8000, 1));
+    folder.Write("shipped/pictures/gone.png", test::Png(1, 1, {}, {255}));
+    const auto blue = [](const BankView& now, int value) {
+        const auto& picture = now.sounds.at(5)->picture;
+        return picture && Pixel(*picture, 2, 2)[0] == value;
+    };
     const auto later =
-        Await([](const BankView& now) { return now.sounds.size() == 6 && now.sounds[5]->picture; });
-    EXPECT_EQ(later->sounds[5]->fault, "");
+        Await([&](const BankView& now) { return now.sounds.at(6)->picture && blue(now, 255); });
+    EXPECT_EQ(later->sounds[5]->fault + later->sounds[6]->fault, "");
+    folder.Write("own/pictures/gone.png", test::Png(1, 1, {}, {0}));
+    Await([&](const BankView& now) { return blue(now, 0); });
 }
 
 TEST_F(BankTest, FollowsTheFilesAndReadsOnlyWhatHasChanged) {
@@ -183,13 +213,6 @@ TEST_F(BankTest, FollowsTheFilesAndReadsOnlyWhatHasChanged) {
     const auto last =
         Await([](const BankView& view) { return view.sounds.size() == 2 && view.sounds[1]->own; });
     EXPECT_THAT(Names(*last, {}), ElementsAre("Bass", "Own bell"));
-}
-
-/// A pixel's blue, green and red.
-std::array<int, 3> Pixel(const BBitmap& picture, int column, int row) {
-    const auto* at =
-        static_cast<const uint8*>(picture.Bits()) + row * picture.BytesPerRow() + column * 4;
-    return {at[0], at[1], at[2]};
 }
 
 TEST_F(BankTest, DrawsThePlaneAndTheOrbitInIt) {

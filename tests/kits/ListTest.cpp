@@ -9,7 +9,7 @@ namespace {
 
 TEST(BList, KeepsTheOrderThroughAllItsSizes) {
     std::vector<int> things(1000);
-    BList list(20);
+    BList list;
     for (int i = 0; i < 1000; i++) {
         // The odd ones in order at the end, the even ones in order at the front.
         ASSERT_TRUE(i % 2 ? list.AddItem(&things[i]) : list.AddItem(&things[i], i / 2));

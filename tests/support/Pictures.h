@@ -15,13 +15,14 @@ namespace test {
 
 /// A PNG file of rows as they are in there. `colours` is PNG_COLOR_TYPE_...; a palette has 16
 /// entries, of which `transparent` are, and so are pixels of the grey level 0 where there are any.
-/// `exif` is a chunk of that name.
+/// `exif` is a chunk of that name, `text` is packed into a chunk zTXt.
 struct PngForm {
     int colours = PNG_COLOR_TYPE_GRAY;
     int depth = 8;
     bool interlaced = false;
     int transparent = 0;
     std::string exif = {};
+    std::string text = {};
 };
 inline png_color PaletteColour(int i) {
     return {png_byte(i * 16), png_byte(255 - i * 3), png_byte(i * i)};
@@ -54,6 +55,14 @@ inline std::string Png(unsigned width, unsigned height, const PngForm& form,
     if (!exif.empty())
         png_set_eXIf_1(png, info, png_uint_32(exif.size()),
                        reinterpret_cast<png_bytep>(exif.data()));
+    png_text text{};
+    std::string key = "Comment", content = form.text;
+    text.compression = PNG_TEXT_COMPRESSION_zTXt;
+    text.key = key.data();
+    text.text = content.data();
+    text.text_length = content.size();
+    if (!content.empty())
+        png_set_text(png, info, &text, 1);
     png_write_info(png, info);
     const std::size_t stride = png_get_rowbytes(png, info);
     for (int pass = png_set_interlace_handling(png); pass > 0; pass--) {

@@ -4,34 +4,34 @@
 
 #include "kits/support/SupportDefs.h"
 
-/// Holds pointers and does not own what they point to. Any thread, one at a time.
+#include <vector>
+
+/// Holds pointers and does not own what they point to. Adding at the end takes constant time. Any
+/// thread, one at a time.
 class BList {
   public:
-    /// The storage begins with one entry and doubles up to `itemsPerBlock` entries, from where it
-    /// grows by half: a short list costs little, and a long one constant time per added entry.
-    explicit BList(int32 itemsPerBlock = 20);
-    BList(BList&& other) noexcept;
-    BList& operator=(BList&& other) noexcept;
-    virtual ~BList();
+    BList() = default;
+    BList(BList&&) noexcept = default;
+    BList& operator=(BList&&) noexcept = default;
+    virtual ~BList() = default;
 
     /// Adds an item at the end, or before the entry at `index` (0..CountItems()). Returns false,
     /// and changes nothing, if there is no memory or no such place.
-    bool AddItem(void* item);
+    bool AddItem(void* item) { return AddItem(item, CountItems()); }
     bool AddItem(void* item, int32 index);
-    /// Takes the entry out and returns it; null if there is none.
+    /// Takes the entry out and returns it; null if there is none. Its place stays allocated, so
+    /// that adding another entry cannot fail.
     void* RemoveItem(int32 index);
-    void MakeEmpty();
+    void MakeEmpty() { items.clear(); }
 
     /// Returns the entry at an index, or null past either end.
-    void* ItemAt(int32 index) const { return index >= 0 && index < count ? items[index] : nullptr; }
-    int32 CountItems() const { return count; }
-    bool IsEmpty() const { return count == 0; }
+    void* ItemAt(int32 index) const {
+        return index >= 0 && index < CountItems() ? items[static_cast<std::size_t>(index)]
+                                                  : nullptr;
+    }
+    int32 CountItems() const { return static_cast<int32>(items.size()); }
+    bool IsEmpty() const { return items.empty(); }
 
   private:
-    bool Grow();
-
-    void** items = nullptr;
-    int32 count = 0;
-    int32 capacity = 0;
-    int32 itemsPerBlock;
+    std::vector<void*> items;
 };

@@ -89,6 +89,7 @@ class Instrument {
     /// How this and all later sounds are played, as if they said so themselves where a text is
     /// given: a person has chosen it.
     void Prefer(const PlayingTexts& choices);
+    const PlayingTexts& Preferred() const { return preferred; }
     /// The voice limit from now on, whatever a sound says: a person or an option has chosen it.
     void ChooseVoices(int32 limit);
     /// The voice limit where neither a person nor the sound says one; 1 unless set.
@@ -108,6 +109,11 @@ class Instrument {
     /// installed is left out; a sample that cannot be is silent, and State says which it was.
     /// Reports as SetFunction.
     FunctionReport Change(const Sound& from, const Sound& to);
+
+    /// What the sound says of how it is played, which is its own from then on. A voice limit that
+    /// was chosen before counts no longer. False, and nothing happens, where the row allows no such
+    /// text.
+    bool EditPlaying(const PlayingRow& row, const std::string& text);
 
     /// A macro's value, by the rules of ApplyMacroValue, or its controller, by those of
     /// ApplyMacroController; the function is the user's own from then on. Where there is a fault
@@ -132,6 +138,7 @@ class Instrument {
     const Engine& Playing() const { return engine; }
 
   private:
+    void SetPlaying(const std::optional<PlayingTexts>& next);
     void LimitVoices(int32 limit);
     FunctionReport ChangeFunction(const Function& from, const Function& to);
     FunctionReport InstallExpression(const std::string& expression);

@@ -19,13 +19,14 @@ if(VEXA_FUZZ)
 endif()
 target_include_directories(vexa_options INTERFACE ${CMAKE_SOURCE_DIR}/src)
 
-# vexa_library(NAME [DEPENDS LIBRARY...] [BACKENDS PKG...])
+# vexa_library(NAME [FOLDERS FOLDER...] [DEPENDS LIBRARY...] [BACKENDS PKG...])
 #
-# The static library of the current folder, made of its .cpp files but main.cpp. DEPENDS are libraries of ours,
-# BACKENDS pkg-config modules that only this folder's .cpp files may include.
+# The static library of the current folder, made of its .cpp files but main.cpp, and of those in FOLDERS below it.
+# DEPENDS are libraries of ours, BACKENDS pkg-config modules that only these .cpp files may include.
 function(vexa_library name)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "DEPENDS;BACKENDS")
-    file(GLOB sources CONFIGURE_DEPENDS *.cpp backends/*.cpp)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "FOLDERS;DEPENDS;BACKENDS")
+    list(TRANSFORM arg_FOLDERS APPEND "/*.cpp")
+    file(GLOB sources CONFIGURE_DEPENDS *.cpp backends/*.cpp ${arg_FOLDERS})
     list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
     add_library(${name} STATIC ${sources})
     target_link_libraries(${name} PUBLIC vexa_options ${arg_DEPENDS})

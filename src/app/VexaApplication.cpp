@@ -5,6 +5,8 @@
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
 #include "app/VexaWindow.h"
+#include "app/strip/Strip.h"
+#include "app/strip/TuningControls.h"
 #include "kits/interface/Menu.h"
 
 #include <cstdio>
@@ -34,6 +36,7 @@ VexaApplication::VexaApplication(const AppOptions& options, const kits::ProgramF
                             {.withDefaultSound = !options.sound, .classic = options.classic})) {
     VexaView& view = window->MainView();
     view.Playing().consumer.SetTuning(tuning);
+    window->Playing().Tuning().Show(options.tuning, tuning);
     if (options.mpe)
         view.Playing().consumer.ExpectMpe();
     view.FollowPrograms(options.programs);

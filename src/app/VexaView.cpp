@@ -66,6 +66,7 @@ VexaView::VexaView(BRect frame, const char* name, const kits::ProgramFolders& fo
 VexaView::~VexaView() {
     closing = true;
     keyboard.ReleaseAll();
+    piano.ReleaseAll();
 }
 
 void VexaView::AddField(FieldId id, std::string_view name, std::string_view text, uint32 code,

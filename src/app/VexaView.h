@@ -6,6 +6,7 @@
 #include "app/FieldId.h"
 #include "app/FormulaPanel.h"
 #include "app/MessageCodes.h"
+#include "app/ScreenPiano.h"
 #include "audio/AudioGraph.h"
 #include "instrument/Instrument.h"
 #include "instrument/PlaneFollower.h"
@@ -27,6 +28,7 @@
 class BButton;
 class BMenu;
 class BMenuBar;
+class BMidiRoster;
 class BPopUpMenu;
 class BTextControl;
 
@@ -95,6 +97,8 @@ class VexaView : public BView {
 
     /// As Instrument::Prefer.
     void Prefer(const PlayingTexts& choices) { instrument.Prefer(choices); }
+    /// Marks in the menu how many voices there may be.
+    void ShowVoiceLimit();
 
     /// What the fields, the envelopes and the installed function say at present.
     Function ConstructFunction() const;
@@ -123,6 +127,8 @@ class VexaView : public BView {
     void FollowPrograms(bool on);
     /// The keyboard's keys and the window's focus.
     ComputerKeyboard& Keyboard() { return keyboard; }
+    /// Always connected, whichever source is chosen.
+    ScreenPiano& Piano() { return piano; }
     /// Ends all that sounds, at once.
     void SilenceAll();
 
@@ -139,6 +145,8 @@ class VexaView : public BView {
     BMenu& VoicesMenu() { return *voicesMenu; }
     BMenu& ChannelMenu() { return *channelMenu; }
     BMenu& DeviceMenu() { return *deviceMenu; }
+    /// Not where a plug-in plays.
+    bool HasGraph() const { return graph != nullptr; }
     AudioGraph& Graph() { return *graph; }
     Instrument& Played() { return instrument; }
     /// What the plane shows: what plays, or what is being typed.
@@ -218,6 +226,7 @@ class VexaView : public BView {
     void SetAndInvoke(FieldId field, const std::string& text);
     std::string TextOf(FieldId field) const;
     void ConnectChosenSource();
+    void ConnectPiano(BMidiRoster& roster);
 
     kits::ProgramFolders folders;
     Attachment* const plugin;
@@ -266,9 +275,11 @@ class VexaView : public BView {
     std::vector<BView*> menuBars;
 
     ComputerKeyboard keyboard;
+    ScreenPiano piano;
     /// The source that the user wants, and the number of the one that is connected (0 for none).
     std::string chosenSource;
     int32 connectedSource = 0;
+    bool pianoConnected = false;
 
     bool followsPrograms = false;
     ProgramSelector programs{Playing().consumer, BMessenger(this), kProgramCode};

@@ -98,6 +98,10 @@ void VexaView::InterpretSound(const Sound& sound) {
         SetAndInvoke(Parameters()[i].id, sound.texts[i]);
     for (std::size_t i = 0; i < envelopes.size(); i++)
         envelopes[i]->SetPoints(sound.envelopes[i]);
+    ShowVoiceLimit();
+}
+
+void VexaView::ShowVoiceLimit() {
     if (BMenuItem* item = voicesMenu->FindItem(VoicesCode(instrument.VoiceLimit())))
         item->SetMarked(true);
 }

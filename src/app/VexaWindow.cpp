@@ -2,9 +2,9 @@
 #include "app/VexaWindow.h"
 
 #include "app/FieldId.h"
-#include "app/MacroStrip.h"
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
+#include "app/strip/Strip.h"
 #include "kits/interface/Application.h"
 #include "kits/interface/Control.h"
 #include "kits/translation/TranslationUtils.h"
@@ -61,8 +61,10 @@ VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders,
     mainView = new VexaView({0, kMainTop, frame.Width(), frame.Height()}, "VexaView", folders,
                             choices.plugin);
     AddChild(mainView);
-    strip.view = new MacroStrip(0, frame.Height() + 1, frame.Width(), *mainView);
-    strip.room = MacroStrip::PreferredHeight() + 1;
+    const float bottom = frame.Height() + 1;
+    playing = new Strip({0, bottom, frame.Width(), bottom + Strip::PreferredHeight()}, *mainView);
+    strip.view = playing;
+    strip.room = Strip::PreferredHeight() + 1;
     AddChild(strip.view);
     Fit(frame.Width());
     if (choices.withDefaultSound && !attached)
@@ -95,7 +97,7 @@ void VexaWindow::Fit(float mainWidth) {
     const float height = mainHeight + RoomOf(strip);
     float needed = mainView->PreferredWidth();
     if (Takes(strip))
-        needed = std::max(needed, MacroStrip::LeastWidth() - beside);
+        needed = std::max(needed, Strip::LeastWidth() - beside);
     SetSizeLimits(beside + needed, kWidest, height, height);
     ResizeTo(beside + std::max(mainWidth, needed), height);
     Arrange();

@@ -9,6 +9,7 @@ namespace vexa {
 
 class Attachment;
 class BitmapBarView;
+class Strip;
 class VexaView;
 
 /// How the window begins.
@@ -31,6 +32,7 @@ class VexaWindow : public BWindow {
     VexaWindow(BRect frame, const kits::ProgramFolders& folders, const WindowChoices& choices = {});
 
     VexaView& MainView() { return *mainView; }
+    Strip& Playing() { return *playing; }
 
     /// The parts that can be hidden; the window becomes smaller or larger by them.
     enum class Part { Drawer, Strip };
@@ -78,6 +80,7 @@ class VexaWindow : public BWindow {
     VexaView* mainView = nullptr;
     Pane drawer;
     Pane strip;
+    Strip* playing = nullptr;
 };
 
 } // namespace vexa

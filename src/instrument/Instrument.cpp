@@ -63,8 +63,8 @@ void Instrument::Prefer(const PlayingTexts& choices) {
     saidPlaying.loads = saidPlaying.loads + 1;
 }
 
-bool Instrument::EditPlaying(const PlayingRow& row, const std::string& text) {
-    if (!PlayingValue(row, text))
+bool Instrument::EditPlaying(const PlayingRow& row, const std::optional<std::string>& text) {
+    if (text && !PlayingValue(row, *text))
         return false;
     PlayingTexts next = sound.playing.value_or(PlayingTexts());
     next.texts[static_cast<std::size_t>(&row - PlayingRows().data())] = text;

@@ -111,9 +111,9 @@ class Instrument {
     FunctionReport Change(const Sound& from, const Sound& to);
 
     /// What the sound says of how it is played, which is its own from then on. A voice limit that
-    /// was chosen before counts no longer. False, and nothing happens, where the row allows no such
-    /// text.
-    bool EditPlaying(const PlayingRow& row, const std::string& text);
+    /// was chosen before counts no longer. No text leaves it to the default again. False, and
+    /// nothing happens, where the row allows no such text.
+    bool EditPlaying(const PlayingRow& row, const std::optional<std::string>& text);
 
     /// A macro's value, by the rules of ApplyMacroValue, or its controller, by those of
     /// ApplyMacroController; the function is the user's own from then on. Where there is a fault

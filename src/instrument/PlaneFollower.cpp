@@ -11,25 +11,34 @@ namespace vexa {
 
 namespace {
 
-constexpr NoteMoment kNoNote{0.8F, 60.0F / 127, 0};
+/// Seconds since the slot's note-on.
+double Age(const voice& slot, VoiceState::Seen seen) {
+    return (slot.released ? double(slot.heldfor) : 0.0) + Seconds(slot, seen);
+}
 
 } // namespace
 
-std::optional<NoteMoment> NewestNote(const VoiceTable& voices) {
-    std::optional<NoteMoment> newest;
+std::optional<std::size_t> NewestSlot(const VoiceTable& voices) {
+    std::optional<std::size_t> newest;
     double least = std::numeric_limits<double>::infinity();
-    for (const voice& slot : voices) {
-        const VoiceState::Seen seen = slot.state.Look();
-        if (!seen.Active())
+    for (std::size_t i = 0; i < voices.size(); i++) {
+        const VoiceState::Seen seen = voices[i].state.Look();
+        if (!seen.Active() || Age(voices[i], seen) >= least)
             continue;
-        const double heldFor = slot.released ? double(slot.heldfor) : 0.0;
-        const double t = heldFor + Seconds(slot, seen);
-        if (t >= least)
-            continue;
-        least = t;
-        newest = {slot.vel, slot.key, static_cast<float>(t), OwnOf(slot), {}};
-        std::copy(slot.macros.begin(), slot.macros.end(), newest->macros.begin());
+        least = Age(voices[i], seen);
+        newest = i;
     }
+    return newest;
+}
+
+std::optional<NoteMoment> NewestNote(const VoiceTable& voices) {
+    const std::optional<std::size_t> index = NewestSlot(voices);
+    if (!index)
+        return std::nullopt;
+    const voice& slot = voices[*index];
+    const auto t = static_cast<float>(Age(slot, slot.state.Look()));
+    NoteMoment newest{slot.vel, slot.key, t, OwnOf(slot), {}};
+    std::copy(slot.macros.begin(), slot.macros.end(), newest.macros.begin());
     return newest;
 }
 
@@ -42,7 +51,7 @@ std::optional<PlaneFunction> PlaneFollower::Next() {
     const std::span<const FunctionInput> heard = f.Source().Inputs();
     if (heard.empty())
         return std::exchange(changed, false) ? std::optional(f) : std::nullopt;
-    const NoteMoment note = NewestNote(records.voices).value_or(kNoNote);
+    const NoteMoment note = NewestNote(records.voices).value_or(kUnheardNote);
     const OwnControllers own(records.playing, records.macros);
     std::array<float, kMostInputs> next =
         InputsOf(f.Source(), note, records.macros, records.controllers, own);

@@ -7,9 +7,17 @@
 #include "synth/SoundRecords.h"
 
 #include <array>
+#include <cstddef>
 #include <optional>
 
 namespace vexa {
+
+/// The note that is heard where none sounds, at its begin.
+constexpr NoteMoment kUnheardNote{0.8F, 60.0F / 127, 0};
+
+/// The slot of the note that has begun last of those that sound; nothing where none sounds. Any
+/// thread.
+std::optional<std::size_t> NewestSlot(const VoiceTable& voices);
 
 /// The note of those that sound which has begun last; nothing where none sounds. Any thread.
 std::optional<NoteMoment> NewestNote(const VoiceTable& voices);

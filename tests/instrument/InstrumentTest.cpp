@@ -150,6 +150,9 @@ TEST(Instrument, HowItIsPlayedIsEditedWhileItPlays) {
     EXPECT_TRUE(edit(glide, "2"));
     EXPECT_EQ(engine.playing.glide, 0.5F) << "the player's stands before";
     EXPECT_EQ(instrument.State().playing->texts[glide], "2");
+    EXPECT_TRUE(instrument.EditPlaying(vexa::PlayingRows()[spread], std::nullopt));
+    EXPECT_EQ(engine.playing.spread, 0);
+    EXPECT_EQ(instrument.State().playing->texts[spread], std::nullopt);
 }
 
 TEST(Instrument, AFormulaPlaysAtOnceAndAnAddonFollows) {

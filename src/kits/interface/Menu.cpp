@@ -216,6 +216,10 @@ void BMenuField::AttachedToWindow() {
     }
 }
 
+void BMenuField::SetEnabled(bool enabled) {
+    button->setEnabled(enabled);
+}
+
 void BMenuField::FrameResized(float, float) {
     SetDivider(divider);
 }

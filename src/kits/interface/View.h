@@ -44,7 +44,8 @@ class BView : public BHandler {
     /// is a second wheel to the right. Fractions come from touch pads. False where the view has no
     /// use for it: the parent is asked next.
     virtual bool WheelMoved(BPoint where, BPoint steps);
-    /// A key, while the view has the focus. False where the view has no use for it: it is the
+    /// A key, while the view has the focus, or one that the control inside of it has no use for.
+    /// False where the view has no use for it: it is the
     /// window's then, as B_KEY_DOWN or TakeShortcut.
     virtual bool KeyDown(const kits::KeyPress& press);
     /// The view, not a control inside of it, has got the focus or lost it.

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "app/MacroStrip.h"
+#include "app/strip/MacroKnobs.h"
 
 #include "app/VexaView.h"
+#include "app/strip/Knob.h"
 #include "documents/NumberDoubt.h"
-#include "kits/interface/Slider.h"
+#include "kits/interface/Control.h"
 #include "kits/support/NumberText.h"
 #include "views/Theme.h"
 
@@ -15,21 +16,16 @@ namespace vexa {
 namespace {
 
 constexpr uint32 kValueCode = FourCC("MacV");
-constexpr uint32 kSliderCode = FourCC("MacS");
 constexpr uint32 kControllerCode = FourCC("MacC");
 
 // In pixels.
 
-constexpr float kMargin = 10;
-constexpr float kGap = 4;
-constexpr float kValueWidth = 62;
-constexpr float kControllerWidth = 30;
-constexpr float kBetweenCells = 14;
-constexpr float kWidestSlider = 100;
-constexpr float kNarrowestSlider = 40;
-
-constexpr int32 kSliderSteps = 1000;
-constexpr const char* kControllerLabel = "Ctl ";
+constexpr float kCellWidth = 56;
+constexpr float kBetweenCells = 6;
+constexpr float kKnobSize = 34;
+constexpr float kGap = 2;
+constexpr float kLabelSize = 10;
+constexpr const char* kControllerLabel = "Ctl";
 
 BFont LabelFont() {
     BFont font = *be_plain_font();
@@ -37,100 +33,104 @@ BFont LabelFont() {
     return font;
 }
 
+BFont SmallFont() {
+    BFont font = *be_plain_font();
+    font.SetSize(kLabelSize);
+    return font;
+}
+
 std::string Letter(std::size_t macro) {
-    return {static_cast<char>('a' + macro)};
-}
-
-std::string Label(std::size_t macro) {
-    return Letter(macro) + " = ";
-}
-
-float LabelWidth() {
-    float width = 0;
-    for (std::size_t i = 0; i < kMacros; i++)
-        width = std::max(width, LabelFont().StringWidth(Label(i)));
-    return std::ceil(width);
+    return std::string(1, static_cast<char>('a' + macro));
 }
 
 float ControllerLabelWidth() {
-    return std::ceil(LabelFont().StringWidth(kControllerLabel));
-}
-
-/// All of a cell but the slider.
-float CellWidth() {
-    return LabelWidth() + kValueWidth + kGap + 2 * kGap + ControllerLabelWidth() +
-           kControllerWidth + kBetweenCells;
+    return std::ceil(SmallFont().StringWidth(kControllerLabel)) + 3;
 }
 
 } // namespace
 
-MacroStrip::MacroStrip(float left, float top, float right, VexaView& mainView)
-    : BView({left, top, right, top + PreferredHeight()}, "Macros", B_FOLLOW_LEFT_RIGHT,
-            B_WILL_DRAW | B_PULSE_NEEDED),
+MacroKnobs::MacroKnobs(VexaView& mainView)
+    : BView({0, 0, PreferredWidth(), PreferredHeight()}, "Macros", B_FOLLOW_NONE, B_WILL_DRAW),
       mainView(mainView) {
-    ColorsChanged();
-    const BFont font = LabelFont();
-    SetFont(&font);
-    const float room = (right - left - 2 * kMargin) / kMacros;
-    const float slider = std::clamp(room - CellWidth(), kNarrowestSlider, kWidestSlider);
+    SetViewColor(Colors().panel);
     for (std::size_t i = 0; i < kMacros; i++)
-        AddCell(i, kMargin + float(i) * (CellWidth() + slider), slider);
-    ShowUse();
-    ShowValues();
+        AddCell(i);
+    Refresh();
 }
 
-void MacroStrip::ColorsChanged() {
+void MacroKnobs::ColorsChanged() {
     SetViewColor(Colors().panel);
 }
 
-float MacroStrip::PreferredHeight() {
-    return BTextControl::PreferredHeight() + 13;
+float MacroKnobs::PreferredHeight() {
+    return kKnobSize + 2 * (1 + kGap + BTextControl::PreferredHeight());
 }
 
-float MacroStrip::LeastWidth() {
-    return 2 * kMargin + kMacros * (CellWidth() + kNarrowestSlider);
+float MacroKnobs::PreferredWidth() {
+    return kMacros * (kCellWidth + kBetweenCells) - kBetweenCells - 1;
 }
 
-BMessage* MacroStrip::MessageOf(uint32 code, std::size_t macro) const {
+BMessage* MacroKnobs::MessageOf(uint32 code, std::size_t macro) const {
     auto* message = new BMessage(code);
     message->AddInt32("macro", static_cast<int32>(macro));
     return message;
 }
 
-void MacroStrip::AddCell(std::size_t macro, float left, float width) {
+void MacroKnobs::AddCell(std::size_t macro) {
     Cell& cell = cells[macro];
     const std::string letter = Letter(macro);
-    const float top = 6;
-    const float bottom = top + BTextControl::PreferredHeight();
-    baseline = std::round(top + BTextControl::BaselineOffset());
+    const float left = static_cast<float>(macro) * (kCellWidth + kBetweenCells);
+    const float right = left + kCellWidth - 1;
     cell.left = left;
-    float x = std::floor(left + LabelWidth());
-    cell.value =
-        new BTextControl({x, top, x + kValueWidth - 1, bottom}, ("macro " + letter).c_str(),
-                         nullptr, "", MessageOf(kValueCode, macro));
-    x += kValueWidth + kGap;
-    cell.slider =
-        new BSlider({x, top, std::floor(x + width) - 1, bottom}, ("slider " + letter).c_str(),
-                    nullptr, MessageOf(kSliderCode, macro), 0, kSliderSteps);
-    x += std::floor(width) + 2 * kGap + ControllerLabelWidth();
-    cell.controller = new BTextControl({x, top, x + kControllerWidth - 1, bottom},
+    cell.knob = new Knob({right - kKnobSize, 0, right, kKnobSize}, ("knob " + letter).c_str(),
+                         kInitialMacro);
+    cell.knob->OnTurn([this, macro](float value) {
+        mainView.Played().EditMacroValue(macro, kits::ShortText(value));
+        ShowValues();
+    });
+    float top = kKnobSize + 1 + kGap;
+    const float height = BTextControl::PreferredHeight();
+    cell.value = new BTextControl({left, top, right, top + height}, ("macro " + letter).c_str(),
+                                  nullptr, "", MessageOf(kValueCode, macro));
+    cell.knob->OnType([field = cell.value] { field->MakeFocus(); });
+    top += height + 1 + kGap;
+    cell.controller = new BTextControl({left + ControllerLabelWidth(), top, right, top + height},
                                        ("controller " + letter).c_str(), nullptr, "",
                                        MessageOf(kControllerCode, macro));
-    for (BControl* control :
-         {static_cast<BControl*>(cell.value), static_cast<BControl*>(cell.slider),
-          static_cast<BControl*>(cell.controller)}) {
-        control->SetTarget(this);
-        AddChild(control);
+    AddChild(cell.knob);
+    for (BTextControl* field : {cell.value, cell.controller}) {
+        field->SetTarget(this);
+        AddChild(field);
     }
 }
 
-void MacroStrip::Pulse() {
+void MacroKnobs::Refresh() {
     ShowUse();
+    Learn();
     ShowValues();
 }
 
+/// The first controller that moves while a field for one has the keyboard.
+void MacroKnobs::Learn() {
+    std::size_t asking = 0;
+    while (asking < kMacros && !cells[asking].controller->IsFocus())
+        asking++;
+    if (asking != learner) {
+        learner = asking;
+        learn.reset();
+        if (asking < kMacros)
+            learn.emplace(mainView.Playing().controllers);
+    }
+    const std::optional<int32> number = learn ? learn->Moved() : std::nullopt;
+    if (!number)
+        return;
+    learn.reset();
+    cells[asking].controller->Type(std::to_string(*number).c_str());
+    cells[asking].controller->Confirm();
+}
+
 /// Whether the function uses them.
-void MacroStrip::ShowUse() {
+void MacroKnobs::ShowUse() {
     const PlaneFunction& shown = mainView.ShownFunction();
     if (&shown.Source() == &function.Source())
         return;
@@ -140,8 +140,8 @@ void MacroStrip::ShowUse() {
         const FunctionInput macro{FunctionInput::Kind::Macro, static_cast<unsigned char>(i)};
         Cell& cell = cells[i];
         cell.used = std::find(inputs.begin(), inputs.end(), macro) != inputs.end();
+        cell.knob->SetDimmed(!cell.used);
         cell.value->SetEnabled(cell.used);
-        cell.slider->SetEnabled(cell.used);
         cell.controller->SetEnabled(cell.used);
         MarkFields(i);
     }
@@ -149,13 +149,12 @@ void MacroStrip::ShowUse() {
 }
 
 /// What the sound says of them, but for what is being typed.
-void MacroStrip::ShowValues() {
+void MacroKnobs::ShowValues() {
     const Instrument& instrument = mainView.Played();
     for (std::size_t i = 0; i < kMacros; i++) {
         Cell& cell = cells[i];
         const Function::MacroTexts& texts = instrument.State().function.macros[i];
-        const float value = instrument.Playing().macros[i].value;
-        cell.slider->SetValue(static_cast<int32>(std::lround(value * kSliderSteps)));
+        cell.knob->SetValue(instrument.Playing().macros[i].value);
         if (cell.value->IsEdited() || cell.controller->IsEdited() ||
             (cell.value->Text() == texts.value && cell.controller->Text() == texts.controller))
             continue;
@@ -166,7 +165,7 @@ void MacroStrip::ShowValues() {
 }
 
 /// Marks the fields whose text is not wholly used; the tips say that, or what they are for.
-void MacroStrip::MarkFields(std::size_t macro) {
+void MacroKnobs::MarkFields(std::size_t macro) {
     const Cell& cell = cells[macro];
     const std::string letter = Letter(macro);
     const std::string use = cell.used ? "" : ", for a formula that has " + letter + " in it";
@@ -178,28 +177,26 @@ void MacroStrip::MarkFields(std::size_t macro) {
     cell.value->MarkWrong(!doubt.empty());
     const std::string help = "The macro " + letter + ", 0 to 1" + use;
     cell.value->SetToolTip(doubt.empty() ? help.c_str() : doubt.c_str());
-    cell.slider->SetToolTip(help.c_str());
+    cell.knob->SetToolTip((help + "\nDrag, wheel or arrow keys; Ctrl+click resets it").c_str());
     doubt = NumberDoubt(cell.controller->Text(), true);
     cell.controller->MarkWrong(!doubt.empty());
-    cell.controller->SetToolTip(
-        doubt.empty() ? ("The MIDI controller that moves " + letter + use).c_str() : doubt.c_str());
+    cell.controller->SetToolTip(doubt.empty()
+                                    ? ("The MIDI controller that moves " + letter + use +
+                                       "\nMove one while the keyboard is here, and it is taken")
+                                          .c_str()
+                                    : doubt.c_str());
 }
 
-void MacroStrip::MessageReceived(BMessage* message) {
+void MacroKnobs::MessageReceived(BMessage* message) {
     int32 macro = 0;
     if (message->FindInt32("macro", &macro) != B_OK || macro < 0 || macro >= int32(kMacros))
         return BView::MessageReceived(message);
     const auto index = static_cast<std::size_t>(macro);
     Cell& cell = cells[index];
     Instrument& instrument = mainView.Played();
-    int32 step = 0;
     switch (message->what) {
     case kValueCode:
         instrument.EditMacroValue(index, cell.value->Text());
-        break;
-    case kSliderCode:
-        message->FindInt32("be:value", &step);
-        instrument.EditMacroValue(index, kits::ShortText(double(step) / kSliderSteps));
         break;
     case kControllerCode:
         if (instrument.EditMacroController(index, cell.controller->Text()) ==
@@ -213,15 +210,18 @@ void MacroStrip::MessageReceived(BMessage* message) {
     MarkFields(index);
 }
 
-void MacroStrip::Draw(BRect) {
-    SetHighColor(Colors().edge);
-    StrokeLine({0, 0}, {Bounds().right, 0});
+void MacroKnobs::Draw(BRect) {
+    const BFont large = LabelFont();
+    const BFont small = SmallFont();
     for (std::size_t i = 0; i < kMacros; i++) {
         const Cell& cell = cells[i];
+        SetHighColor(cell.used ? Colors().text : Colors().dimText);
+        SetFont(&large);
+        DrawString(Letter(i), {cell.left + 4, kKnobSize / 2 + 4});
+        SetFont(&small);
         SetHighColor(cell.used ? Colors().quietText : Colors().dimText);
-        DrawString(Label(i), {cell.left, baseline});
-        DrawString(kControllerLabel,
-                   {cell.controller->Frame().left - ControllerLabelWidth(), baseline});
+        DrawString(kControllerLabel, {cell.left, cell.controller->Frame().top +
+                                                     std::round(BTextControl::BaselineOffset())});
     }
 }
 

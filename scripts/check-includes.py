@@ -22,6 +22,7 @@ ENGINE = ["synth", "tuning", "midi", "audio", "formula", "functions", "xml", "do
 ALLOWED = {
     "kits/support": [],
     "kits/storage": ["kits/support"],
+    "kits/text": [],
     "kits/application": ["kits/support", "kits/storage"],
     "kits/kernel": ["kits/support", "kits/storage"],
     "kits/maths": ["kits/support"],
@@ -41,11 +42,12 @@ ALLOWED = {
     "functions": ENGINE_KITS + ["synth", "formula"],
     "documents": ENGINE_KITS + ["synth", "midi", "audio", "formula", "functions", "xml"],
     "instrument": ENGINE_KITS + ["synth", "midi", "formula", "functions", "documents"],
+    "bank": ENGINE_KITS + ["kits/text", "synth", "formula", "functions", "documents", "instrument"],
     "attach": ["kits/support", "synth"],
     "render": ENGINE_KITS + ENGINE,
     "plugin": ENGINE_KITS + ENGINE + ["attach"],
     "views": ALL_KITS + ENGINE,
-    "app": ALL_KITS + ENGINE + ["attach", "views"],
+    "app": ALL_KITS + ENGINE + ["bank", "attach", "views"],
 }
 
 # Headers in angle brackets that every file may include.

@@ -2,198 +2,236 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Writes the demo tune, a Standard MIDI File: make-demo-tune.py OUT.mid
 
-A little piece in E minor of about a minute: two bars of arpeggio, a theme, a slower middle part in
-G major, the theme again and faster, and an end in E major. The same bytes on every run.
+A bossa in A minor of about a minute for five instruments, each on a channel of its own: a melody, chords
+with a pedal, a pad, a bass and hand drums. `./run` has the sounds that it was written for. The same
+bytes on every run.
 """
-
+import pathlib
 import struct
 import sys
 
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent))
+from midifile import variable_length
+
 TICKS = 480  # per beat
 BAR = 4  # beats
+WHEEL, VOLUME, SUSTAIN = 1, 7, 64
 
-# Each voice has a channel and a register of its own (its lowest key; but for the melody it spans one
-# octave), so that no key is ever held by two of them.
-CONDUCTOR, MELODY, ARPEGGIO, CHORDS, BASS = range(5)
-NAMES = ("Demo tune", "Melody", "Arpeggio", "Chords", "Bass")
-LOWEST = {ARPEGGIO: 60, CHORDS: 48, BASS: 35}
-LOUDNESS = {MELODY: 92, ARPEGGIO: 60, CHORDS: 52, BASS: 84}
+# Each player has a channel (counted from 0, as in messages) and a volume.
+MELODY, CHORDS, PAD, BASS, DRUMS = range(5)
+NAMES = ("Melody", "Chords", "Pad", "Bass", "Hand drums")
+CHANNEL = (0, 1, 2, 3, 9)
+LEVEL = (122, 127, 118, 116, 127)
 
-MODULATION_WHEEL, BREATH = 1, 2
+STEPS = {"C": 0, "D": 2, "E": 4, "F": 5, "G": 7, "A": 9, "B": 11}
 
-PITCHES = {"C": 0, "C#": 1, "D": 2, "D#": 3, "Eb": 3, "E": 4, "F": 5, "F#": 6, "G": 7, "G#": 8,
-           "A": 9, "Bb": 10, "B": 11}
-
-# A chord's bass and, above it, its tones; the third of them follows the bass as its second note.
+# A chord's bass, the fifth that the bass moves to, and what the right hand plays, without the root.
 HARMONIES = {
-    "Em9": "E  G B D F#",
-    "Em": "E  E G B",
-    "G6": "G  G B D E",
-    "Gmaj7": "G  G B D F#",
-    "Cmaj7": "C  C E G B",
-    "Cm6": "C  C Eb G A",
-    "Am7": "A  A C E G",
-    "Am6": "A  A C E F#",
-    "F#m7b5": "F#  F# A C E",
-    "Bm7": "B  B D F# A",
-    "B7sus4": "B  B E F# A",
-    "B7": "B  B D# F# A",
-    "D": "D  D F# A",
-    "D7": "D  D F# A C",
-    "E": "E  E G# B",
+    "Am9": "A E  G B C E",
+    "D9": "D A  F# A C E",
+    "Fmaj7": "F C  E G A C",
+    "G6": "G D  E G B D",
+    "Cmaj9": "C G  D E G B",
+    "Dm9": "D A  E F A C",
+    "G13": "G D  E F A B",
+    "Bm7b5": "B F  D F A B",
+    "E7sus4": "E B  D E A B",
+    "E7": "E B  D F G# B",
+    "Am69": "A E  F# B C E",
 }
 
-# A part: its tempo in beats per minute in each bar (the last one holds), arpeggio notes per beat,
-# the beats on which the chords are struck, loudness in percent, and the bars: their harmonies, which
-# share the bar, and the melody, each note a pitch and its beats, "-" a rest.
-INTRO = ((126,), 2, (0,), 80, [
-    ("Em9", "-:4"),
-    ("Em9", "-:3 B5:.5 D6:.5"),
+# A part: its loudness in percent, whether the drums play, the bars, each its harmonies, which share it,
+# and the melody: pitches and their beats. "-" is a rest; "~" comes up to its pitch from below.
+INTRO = (70, True, [
+    ("Am9", "-:4"),
+    ("D9", "-:3 E5:.5 G5:.5"),
 ])
-THEME = ((126,), 2, (0, 1.5), 90, [
-    ("Em9", "E5:1.5 F#5:.5 G5:1 B5:1"),
-    ("Cmaj7", "A5:.5 G5:.5 E5:3"),
-    ("Am7", "C6:1.5 B5:.5 A5:1 E5:1"),
-    ("B7sus4", "F#5:3 -:1"),
-    ("G6", "B5:1.5 C6:.5 D6:1 G5:1"),
-    ("Cmaj7", "E6:1 D6:.5 B5:.5 G5:2"),
-    ("F#m7b5", "A5:1.5 G5:.5 F#5:1 E5:1"),
-    ("B7", "F#5:1 D#5:1 F#5:1.5 D#5:.5"),
+THEME = (85, True, [
+    ("Am9", "~A5:1.5 G5:.5 E5:1.5 C5:.5"),
+    ("D9", "D5:.5 E5:.5 ~F#5:2 -:.5 E5:.5"),
+    ("Am9", "A5:1.5 B5:.5 ~C6:1 B5:.5 A5:.5"),
+    ("D9", "F#5:.5 E5:.5 D5:2.5 E5:.5"),
+    ("Fmaj7", "~C6:1.5 A5:.5 G5:.5 A5:.5 E5:1"),
+    ("G6", "~D6:1.5 B5:.5 A5:.5 B5:.5 G5:1"),
+    ("Cmaj9", "~E6:1.5 D6:.5 B5:1 G5:1"),
+    ("E7sus4 E7", "A5:1 B5:1 ~G#5:1.5 E5:.5"),
 ])
-MIDDLE = ((104,), 2, (0,), 75, [
-    ("Gmaj7", "D6:2 B5:1 G5:1"),
-    ("Bm7", "A5:1.5 B5:.5 F#5:2"),
-    ("Cmaj7", "E5:1 G5:1 B5:1 C6:1"),
-    ("Cm6", "A5:2 G5:1 Eb5:1"),
-    ("Gmaj7", "D6:2 E6:1 D6:1"),
-    ("Em9", "B5:1.5 D6:.5 G5:2"),
-    ("Am7", "C6:1 B5:.5 A5:.5 E5:1 G5:1"),
-    ("D7 B7", "F#5:2 D#5:1 F#5:1"),
+BRIDGE = (75, False, [
+    ("Dm9", "F5:.5 A5:.5 C6:.5 ~E6:1.5 D6:.5 C6:.5"),
+    ("G13", "B5:1.5 A5:.5 ~E5:1.5 D5:.5"),
+    ("Cmaj9", "E5:.5 G5:.5 B5:.5 ~D6:1.5 C6:.5 B5:.5"),
+    ("Bm7b5 E7", "A5:1 F5:1 G#5:1 B5:1"),
 ])
-RETURN = ((132,), 4, (0, 1.5, 2.5), 100, [
-    ("Em9", "E5:1 G5:.5 F#5:.5 G5:1 B5:1"),
-    ("Cmaj7", "A5:.5 B5:.25 A5:.25 G5:.5 F#5:.5 E5:2"),
-    ("Am7", "C6:1 D6:.5 B5:.5 A5:1 E5:1"),
-    ("B7sus4 B7", "F#5:1 G5:.5 A5:.5 D#6:1 F#6:1"),
-    ("Cmaj7", "E6:2 D6:1 C6:1"),
-    ("D", "D6:1.5 C6:.5 A5:1 F#5:1"),
-    ("Em9", "G5:1 B5:1 E6:1 D6:.5 B5:.5"),
-    ("Am6 B7", "C6:1 A5:1 F#5:1 D#5:1"),
+RETURN = (100, True, [
+    ("Am9", "C6:.5 B5:.5 A5:.5 G5:.5 ~E5:1.5 G5:.5"),
+    ("D9", "F#5:.5 G5:.5 ~A5:2 -:.5 A5:.5"),
+    ("Am9", "C6:.75 D6:.25 ~E6:1 D6:.5 C6:.5 B5:.5 A5:.5"),
+    ("D9", "F#5:.5 A5:.5 ~D6:2 -:1"),
+    ("Fmaj7", "C6:1 A5:.5 C6:.5 ~E6:1 D6:.5 C6:.5"),
+    ("G6", "B5:1 G5:.5 B5:.5 ~D6:1 C6:.5 B5:.5"),
+    ("Cmaj9", "~E6:1.5 D6:.25 C6:.25 B5:.5 G5:.5 D5:1"),
+    ("E7sus4 E7", "A5:1 E5:1 ~G#5:1 B5:1"),
 ])
-CODA = ((120, 104, 84, 66), 2, (0,), 70, [
-    ("Em", "E5:3 -:.5 B5:.5"),
-    ("Am6", "C6:2 B5:1 A5:1"),
-    ("B7", "F#5:2 A5:1 D#5:1"),
-    ("E", "E5:4"),
+CODA = (75, True, [
+    ("Fmaj7", "~A5:2 G5:.5 A5:.5 C6:1"),
+    ("G6", "~B5:2.5 -:.5 D6:1"),
+    ("Am69", "~E6:4"),
 ])
-PARTS = (INTRO, THEME, MIDDLE, RETURN, CODA)
+PARTS = (INTRO, THEME, BRIDGE, RETURN, CODA)
+# Beats per minute, and of the last bars.
+TEMPO, SLOWER = 116, (108, 92, 76)
+
+# When the chords are struck in a bar, and for how long.
+COMPING = ((0, 1), (1.5, .5), (2.5, .5), (3.5, .5)), ((0.5, .5), (1.5, 1), (3, .5), (3.5, .5))
+# Sixteenths of the hand drums: heel, toe and slap on the one, open tones of both; every fourth bar is
+# the second line.
+GROOVE = "h.t.s.t.h.t.o.oo", "h.t.s.to.olloolo"
+# Key, velocity, and how far the hand stays on the skin, which is what the wheel says.
+STROKES = {"h": (55, 64, 50), "t": (60, 56, 70), "s": (67, 122, 30), "o": (60, 112, 0), "l": (53, 120, 0)}
 
 
 class Track:
+    """What one player does."""
+
     def __init__(self, name):
+        self.channel = None
         self.events = []  # (tick, order among events of one tick, bytes)
         self.meta(0, 0x03, name.encode("ascii"))
 
     def meta(self, beat, kind, data):
         self.events.append((round(beat * TICKS), 1, bytes((0xFF, kind, len(data))) + data))
 
-    def control(self, beat, channel, controller, value):
-        self.events.append((round(beat * TICKS), 1, bytes((0xB0 | channel, controller, value))))
+    def send(self, beat, status, *data):
+        self.events.append((max(0, round(beat * TICKS)), 1, bytes((status | self.channel, *data))))
 
-    def note(self, beat, beats, channel, key, velocity):
-        """The key is released a sixteenth of a beat early, so that it can be struck again."""
-        start, end = round(beat * TICKS), round((beat + beats) * TICKS) - TICKS // 16
-        self.events.append((start, 2, bytes((0x90 | channel, key, min(velocity, 127)))))
-        self.events.append((end, 0, bytes((0x80 | channel, key, 64))))
+    def control(self, beat, controller, value):
+        self.send(beat, 0xB0, controller, round(value))
+
+    def bend(self, beat, part):
+        """Part of the range, from -1 to 1."""
+        number = min(8192 + round(8192 * part), 16383)
+        self.send(beat, 0xE0, number & 127, number >> 7)
+
+    def note(self, beat, beats, key, velocity):
+        start, end = round(beat * TICKS), round((beat + beats) * TICKS)
+        velocity = max(1, min(round(velocity), 127))
+        self.events.append((start, 2, bytes((0x90 | self.channel, key, velocity))))
+        self.events.append((end, 0, bytes((0x80 | self.channel, key, 64))))
 
     def chunk(self, end):
         self.events.sort(key=lambda event: event[:2])
         self.events.append((round(end * TICKS), 3, b"\xFF\x2F\0"))
         data, now = bytearray(), 0
         for tick, _, message in self.events:
-            data += quantity(tick - now) + message
+            data += variable_length(tick - now) + message
             now = tick
         return b"MTrk" + struct.pack(">I", len(data)) + data
 
 
-def quantity(number):
-    """A variable-length quantity: seven bits per byte, all but the last marked."""
-    text = [number & 127]
-    while number := number >> 7:
-        text.insert(0, number & 127 | 128)
-    return bytes(text)
+def key_of(pitch):
+    """The key of a pitch with its octave, such as F#5."""
+    return 12 * (int(pitch[-1]) + 1) + STEPS[pitch[0]] + pitch.count("#")
 
 
-def key_in(voice, pitch):
-    """The key of the pitch within the octave from the voice's lowest key on."""
-    return LOWEST[voice] + (PITCHES[pitch] - LOWEST[voice]) % 12
+def key_from(lowest, name):
+    """The first key of that name from the lowest on."""
+    return lowest + (STEPS[name[0]] + name.count("#") - lowest) % 12
 
 
-def velocity(voice, loudness, beat):
-    accent = 8 if beat % BAR == 0 else 4 if beat % 1 == 0 else 0
-    return LOUDNESS[voice] * loudness // 100 + accent
-
-
-def play_harmony(tracks, name, beat, beats, density, strikes, loudness):
-    """One harmony for so many beats in the three lower voices."""
-    bass, *tones = HARMONIES[name].split()
-
-    starts = [start for start in strikes if start < beats] + [beats]
-    for start, end in zip(starts, starts[1:]):
-        for tone in tones:
-            tracks[CHORDS].note(beat + start, end - start, CHORDS - 1, key_in(CHORDS, tone),
-                                velocity(CHORDS, loudness, beat + start))
-
-    walk = ((0, 1.5, bass), (1.5, .5, bass), (2, 1, tones[2]), (3, 1, bass))
-    for start, length, pitch in walk if beats == BAR else ((0, 1.5, bass), (1.5, .5, bass)):
-        tracks[BASS].note(beat + start, length, BASS - 1, key_in(BASS, pitch),
-                          velocity(BASS, loudness, beat + start))
-
-    keys = sorted(key_in(ARPEGGIO, tone) for tone in tones)
-    wave = keys + keys[-2:0:-1]  # up and down again
-    for i in range(beats * density):
-        tracks[ARPEGGIO].note(beat + i / density, 1 / density, ARPEGGIO - 1, wave[i % len(wave)],
-                              velocity(ARPEGGIO, loudness, beat + i / density))
-
-
-def play_melody(track, line, beat, loudness):
-    for word in line.split():
-        pitch, beats = word.split(":")
+def play_melody(track, line, following, beat, loudness):
+    words = line.split()
+    for word, next_word in zip(words, [*words[1:], following]):
+        pitch, beats = word.lstrip("~").split(":")
+        beats = float(beats)
         if pitch != "-":
-            key = 12 * (int(pitch[-1]) + 1) + PITCHES[pitch[:-1]]
-            track.note(beat, float(beats), MELODY - 1, key,
-                       velocity(MELODY, loudness, beat) + (key - 76) // 2)
-        beat += float(beats)
+            key = key_of(pitch)
+            if word[0] == "~":
+                for step in range(9):
+                    track.bend(beat + step / 32, -0.4 * (1 - step / 8) ** 2)
+            if beats > 1:
+                # Long notes swell.
+                for step in range(17):
+                    part = step / 16
+                    track.control(beat + part * beats, WHEEL, 70 * part * (1 - part) * loudness / 25)
+            # Bound to the next, so that there is one breath, unless that is the same key.
+            bound = next_word.lstrip("~").split(":")[0] not in (pitch, "-")
+            track.note(beat, beats + (.02 if bound else -.05), key,
+                       loudness + (key - 76) // 2 + 6 * (beat % 1 == 0))
+        beat += beats
     return beat
 
 
-def hill(position, length, height):
-    """Rises from 0 to the height and falls to 0 again over the length."""
-    return round(height * (1 - abs(2 * position / length - 1)))
+def play_chords(track, keys, beat, beats, bar, loudness):
+    # The pedal is changed with the harmony, a little after the first chord.
+    track.control(beat + .1, SUSTAIN, 0)
+    track.control(beat + .2, SUSTAIN, 127)
+    for start, length in COMPING[bar % 2]:
+        if start < beats:
+            for i, key in enumerate(keys):
+                # From below, as fingers fall.
+                track.note(beat + start + .012 * i, min(length, beats - start) - .05, key,
+                           0.88 * loudness + 3 * i + 8 * (start % 1 == 0))
+
+
+def play_bass(track, root, fifth, beat, beats, loudness):
+    low, high = key_from(33, root), key_from(33, fifth)
+    for start, length, key, accent in ((0, 1.4, low, 12), (1.5, .45, high, 0), (2, 1.4, high, 6), (3.5, .45, low, -4)):
+        if start < beats:
+            track.note(beat + start, length, key, loudness + accent)
+    # The wheel opens toward the next harmony.
+    for step in range(8):
+        track.control(beat + beats * step / 8, WHEEL, step * loudness / 25)
+
+
+def play_drums(track, pattern, beat, loudness):
+    for i, stroke in enumerate(pattern):
+        if stroke != ".":
+            key, velocity, damping = STROKES[stroke]
+            at = beat + i / 4
+            track.control(at - 1 / 16, WHEEL, damping)
+            track.note(at, 1 / 5, key, velocity * loudness / 100 + 6 * (i % 8 == 0))
 
 
 def compose():
-    tracks = [Track(name) for name in NAMES]
-    tracks[CONDUCTOR].meta(0, 0x58, bytes((4, 2, 24, 8)))  # 4/4
-    tracks[CONDUCTOR].meta(0, 0x59, bytes((1, 1)))  # E minor
-    beat = 0
-    for tempos, density, strikes, loudness, bars in PARTS:
-        first, beats = beat, len(bars) * BAR
-        for i, (names, line) in enumerate(bars):
-            if i < len(tempos):
-                tracks[CONDUCTOR].meta(beat, 0x51, struct.pack(">I", 60000000 // tempos[i])[1:])
-            harmonies = names.split()
-            share = BAR // len(harmonies)
-            for k, name in enumerate(harmonies):
-                play_harmony(tracks, name, beat + k * share, share, density, strikes, loudness)
-            assert play_melody(tracks[MELODY], line, beat, loudness) == beat + BAR, line
-            beat += BAR
-        # The wheel moves every two bars, the breath once in a part.
-        for step in range(2 * beats + 1):
-            at = step / 2
-            wheel = hill(at % (2 * BAR), 2 * BAR, loudness)
-            tracks[MELODY].control(first + at, MELODY - 1, MODULATION_WHEEL, wheel)
-            tracks[MELODY].control(first + at, MELODY - 1, BREATH, hill(at, beats, 127))
+    conductor = Track("Demo tune")
+    conductor.meta(0, 0x58, bytes((4, 2, 24, 8)))  # 4/4
+    conductor.meta(0, 0x59, bytes((0, 1)))  # A minor
+    players = [Track(name) for name in NAMES]
+    for track, channel, level in zip(players, CHANNEL, LEVEL):
+        track.channel = channel
+        track.control(0, VOLUME, level)
+    tempos = {0: TEMPO} | {-len(SLOWER) + i: tempo for i, tempo in enumerate(SLOWER)}
+    bars = [(loudness, drums, *line) for loudness, drums, lines in PARTS for line in lines]
+    for bar, tempo in tempos.items():
+        conductor.meta(bar % len(bars) * BAR, 0x51, struct.pack(">I", 60000000 // tempo)[1:])
+
+    for bar, (loudness, drums, names, line) in enumerate(bars):
+        beat, last = bar * BAR, bar == len(bars) - 1
+        harmonies = names.split()
+        beats = BAR // len(harmonies)
+        for i, name in enumerate(harmonies):
+            at = beat + i * beats
+            root, fifth, *tones = HARMONIES[name].split()
+            chord = sorted(key_from(52, tone) for tone in tones)
+            struck = 1 if last else beats
+            play_chords(players[CHORDS], chord, at, struck, bar, loudness)
+            play_bass(players[BASS], root, fifth, at, struck, loudness)
+            for key in chord:
+                players[PAD].note(at, beats - .05, key + 12 * (key < 56), 0.8 * loudness)
+        if drums:
+            groove = "o" if last else GROOVE[bar % 4 == 1]
+            play_drums(players[DRUMS], groove, beat, loudness)
+        following = "-" if last else bars[bar + 1][-1].split()[0]
+        end = play_melody(players[MELODY], line, following, beat, loudness)
+        assert end == beat + BAR, line
+        # The pad opens and closes again, once in four bars.
+        for step in range(16):
+            part = (bar % 4 + step / 16) / 4
+            players[PAD].control(beat + step / 4, WHEEL, 4 * part * (1 - part) * loudness)
+    beat = len(bars) * BAR
+    for track in players:
+        track.control(beat, SUSTAIN, 0)
+    tracks = [conductor, *players]
     header = b"MThd" + struct.pack(">IHHH", 6, 1, len(tracks), TICKS)
     return header + b"".join(track.chunk(beat) for track in tracks)
 
@@ -201,8 +239,7 @@ def compose():
 def main():
     if len(sys.argv) != 2:
         sys.exit(__doc__)
-    with open(sys.argv[1], "wb") as file:
-        file.write(compose())
+    pathlib.Path(sys.argv[1]).write_bytes(compose())
 
 
 if __name__ == "__main__":

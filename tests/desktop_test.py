@@ -60,6 +60,9 @@ class Pages(unittest.TestCase):
             before = os.environ.get("XDG_DATA_HOME")
             os.environ["XDG_DATA_HOME"] = folder
             self.assertEqual(completions("vexa", "--sound", "mi"), ["mine"])
+            self.assertEqual(completions("vexa", "--sound", "=", "mi"), ["mine"])
+            self.assertEqual(completions("vexa-render", "--channel-sound", "2", "=", "mi"), ["mine"])
+            self.assertIn("mine", completions("vexa-render", "a.mid", "--channel-sound", "2", "="))
             self.assertEqual(completions("vexa-render", f"{sounds}/m"), [f"{sounds}/mine.xml"])
             os.environ.pop("XDG_DATA_HOME") if before is None else os.environ.update(XDG_DATA_HOME=before)
 

@@ -47,6 +47,8 @@ def bash_case(option):
     """What completes the value of an option, as a line of a case; none where nothing helps."""
     if option.value in ("FILE", "SOUND"):
         return f"    --{option.name}) _@NAME@_{option.value.lower()} ;;\n"
+    if option.value == "N=SOUND":
+        return f"    --{option.name}) $split && _@NAME@_sound ;;\n"
     return f"    --{option.name}) COMPREPLY=($(compgen -W '{' '.join(words(option))}' -- \"$cur\")) ;;\n"
 
 
@@ -56,7 +58,8 @@ def zsh_spec(option):
 
     spec = f"--{option.name}[{plain(option.help)}]"
     if option.value:
-        action = {"FILE": "_files", "SOUND": "_vexa_sounds"}.get(option.value, f"({' '.join(words(option))})")
+        action = {"FILE": "_files", "SOUND": "_vexa_sounds", "N=SOUND": "_vexa_channel_sounds"}.get(
+            option.value, f"({' '.join(words(option))})")
         spec += f":{plain(option.value)}:{action if action != '()' else ' '}"
     return f"    '{spec}' \\\n"
 

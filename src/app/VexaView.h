@@ -94,6 +94,8 @@ class VexaView : public BView {
     /// audio device, or for how many voices of the function on the plane there is time where those
     /// are fewer than may be chosen.
     std::string Caption() const;
+    const std::string& SoundName() const { return soundName; }
+    const kits::ProgramFolders& Folders() const { return folders; }
 
     /// As Instrument::Prefer.
     void Prefer(const PlayingTexts& choices) { instrument.Prefer(choices); }

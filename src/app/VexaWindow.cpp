@@ -4,9 +4,10 @@
 #include "app/FieldId.h"
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
+#include "app/bar/BarView.h"
 #include "app/strip/Strip.h"
 #include "kits/interface/Application.h"
-#include "kits/interface/Control.h"
+#include "kits/interface/ScrollView.h"
 #include "kits/translation/TranslationUtils.h"
 #include "views/BitmapBarView.h"
 #include "views/Theme.h"
@@ -21,15 +22,14 @@ namespace {
 /// Ten pulses a second move the orbits.
 constexpr bigtime_t kPulseRate = 100000;
 constexpr float kWidest = 10000;
+/// Of the window, whose main view scrolls then, in pixels.
+constexpr float kLeastWidth = 480;
+constexpr float kLeastHeight = 240;
 
 constexpr float kMainTop = 41;
 
-// The button in the logo bar, in pixels.
-
-constexpr float kSilenceGap = 12;
-constexpr float kSilenceWidth = 59;
-constexpr float kSilenceTop = 13;
-constexpr float kSilenceHeight = 20;
+/// Between the logo bar's pictures and what stands between them, in pixels.
+constexpr float kBarGap = 6;
 
 /// Whether the code is one of a control of the main view.
 bool IsCommand(uint32 code) {
@@ -60,12 +60,18 @@ VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders,
     AddBar();
     mainView = new VexaView({0, kMainTop, frame.Width(), frame.Height()}, "VexaView", folders,
                             choices.plugin);
-    AddChild(mainView);
+    mainPane = new BScrollView(mainView->Frame(), "main pane");
+    AddChild(mainPane);
+    mainPane->SetTarget(mainView, mainView->PreferredWidth(), mainView->Frame().Height());
+    const BRect logo = logoBar->Bounds();
+    bar = new BarView({barLeft, 2, logo.right - barRight, logo.bottom - 5}, *mainView);
+    logoBar->AddChild(bar);
     const float bottom = frame.Height() + 1;
     playing = new Strip({0, bottom, frame.Width(), bottom + Strip::PreferredHeight()}, *mainView);
     strip.view = playing;
     strip.room = Strip::PreferredHeight() + 1;
     AddChild(strip.view);
+    FoldWhatDoesNotFit();
     Fit(frame.Width());
     if (choices.withDefaultSound && !attached)
         mainView->LoadDefaultSound();
@@ -81,25 +87,35 @@ void VexaWindow::AddBar() {
     logoBar = new BitmapBarView(left, middle, right, bar, "orvo logo", B_FOLLOW_LEFT_RIGHT,
                                 B_WILL_DRAW | B_FRAME_EVENTS);
     AddChild(logoBar);
-    const float end = bar.Width() - (right ? right->Bounds().Width() : 0) - kSilenceGap;
-    auto* silence = new BButton(
-        {end - kSilenceWidth, kSilenceTop, end, kSilenceTop + kSilenceHeight}, "Silence", "Silence",
-        new BMessage(kSilenceCode), B_FOLLOW_RIGHT | B_FOLLOW_TOP);
-    silence->SetToolTip("Ends all that sounds, at once (Esc)");
-    barControls = silence;
-    logoBar->AddChild(barControls);
+    barLeft = (left ? left->Bounds().Width() : 0) + kBarGap;
+    barRight = (right ? right->Bounds().Width() : 0) + kBarGap;
+}
+
+/// That no part needs more of.
+float VexaWindow::NeededWidth() const {
+    const float beside = RoomOf(drawer);
+    const float strips = Takes(strip) ? Strip::LeastWidth() : 0;
+    return std::max(beside + mainView->PreferredWidth(), strips);
+}
+
+float VexaWindow::FullHeight() const {
+    return mainHeight + RoomOf(strip);
 }
 
 /// Gives the window the size that its parts take, with a main view of that width, or wider where
-/// that is too narrow.
+/// that is too narrow, as far as the screen has room.
 void VexaWindow::Fit(float mainWidth) {
-    const float beside = RoomOf(drawer);
-    const float height = mainHeight + RoomOf(strip);
-    float needed = mainView->PreferredWidth();
-    if (Takes(strip))
-        needed = std::max(needed, Strip::LeastWidth() - beside);
-    SetSizeLimits(beside + needed, kWidest, height, height);
-    ResizeTo(beside + std::max(mainWidth, needed), height);
+    const BRect room = Room();
+    const float height = std::min(FullHeight(), room.Height());
+    const float needed = std::min(NeededWidth(), room.Width());
+    SetSizeLimits(std::min(needed, kLeastWidth), kWidest, std::min(height, kLeastHeight),
+                  FullHeight());
+    const float width = std::clamp(RoomOf(drawer) + mainWidth, needed, room.Width());
+    ResizeTo(width, height);
+    const BPoint place = {std::clamp(Frame().left, room.left, room.right - width),
+                          std::clamp(Frame().top, room.top, room.bottom - height)};
+    if (place != Frame().LeftTop())
+        MoveTo(place.x, place.y);
     Arrange();
 }
 
@@ -112,7 +128,7 @@ void VexaWindow::Arrange() {
         view.MoveTo(x, y);
         view.ResizeTo(width, height);
     };
-    place(*mainView, left, kMainTop, bounds.right - left, bottom - kMainTop);
+    place(*mainPane, left, kMainTop, bounds.right - left, bottom - kMainTop);
     for (const Pane* pane : {&drawer, &strip}) {
         if (pane->view && Takes(*pane) == pane->view->IsHidden())
             Takes(*pane) ? pane->view->Show() : pane->view->Hide();
@@ -121,8 +137,17 @@ void VexaWindow::Arrange() {
         place(*drawer.view, 0, kMainTop, drawer.room - 1, bottom - kMainTop);
     if (strip.view)
         place(*strip.view, 0, bottom + 1, bounds.right, strip.room - 1);
-    if (classic != barControls->IsHidden())
-        classic ? barControls->Hide() : barControls->Show();
+    if (classic != bar->IsHidden())
+        classic ? bar->Hide() : bar->Show();
+}
+
+/// Hides what leaves the main view too little of the screen.
+void VexaWindow::FoldWhatDoesNotFit() {
+    const BRect room = Room();
+    if (Takes(strip) && FullHeight() > room.Height())
+        strip.wanted = false;
+    if (Takes(drawer) && NeededWidth() > room.Width())
+        drawer.wanted = false;
 }
 
 void VexaWindow::FrameResized(float, float) {
@@ -131,7 +156,7 @@ void VexaWindow::FrameResized(float, float) {
 }
 
 void VexaWindow::ShowPart(Part part, bool show) {
-    const float width = mainView->Frame().Width();
+    const float width = mainPane->Frame().Width();
     PaneOf(part).wanted = show;
     Fit(width);
 }
@@ -146,10 +171,9 @@ void VexaWindow::ApplyColors() {
 }
 
 void VexaWindow::SetClassic(bool on) {
-    const float width = mainView->Frame().Width();
+    const float width = mainPane->Frame().Width();
     classic = on;
     ApplyColors();
-    logoBar->SetCaption("");
     Fit(width);
 }
 
@@ -191,8 +215,7 @@ void VexaWindow::MessageReceived(BMessage* message) {
         break;
     case B_PULSE:
         mainView->WatchSound();
-        if (!classic)
-            logoBar->SetCaption(mainView->Caption());
+        bar->Refresh();
         break;
     default:
         if (IsCommand(message->what))

@@ -5,9 +5,12 @@
 #include "kits/interface/Window.h"
 #include "kits/storage/ProgramFolder.h"
 
+class BScrollView;
+
 namespace vexa {
 
 class Attachment;
+class BarView;
 class BitmapBarView;
 class Strip;
 class VexaView;
@@ -23,15 +26,17 @@ struct WindowChoices {
 };
 
 /// The logo bar, below it the drawer at the left and the main view, below these the strip; drawer
-/// and strip can be hidden. Can be made wider, not taller. Closing it ends the program. Window
-/// thread.
+/// and strip can be hidden. Can be made wider, not taller, and smaller: then the main view scrolls.
+/// Closing it ends the program. Window thread.
 class VexaWindow : public BWindow {
   public:
     /// The frame is that of the logo bar and the main view: with the other parts the window is
-    /// larger, and wider where a font needs it. Not shown yet.
+    /// larger, and wider where a font needs it; what does not fit on the screen is hidden or
+    /// scrolls. Not shown yet.
     VexaWindow(BRect frame, const kits::ProgramFolders& folders, const WindowChoices& choices = {});
 
     VexaView& MainView() { return *mainView; }
+    BarView& Bar() { return *bar; }
     Strip& Playing() { return *playing; }
 
     /// The parts that can be hidden; the window becomes smaller or larger by them.
@@ -63,8 +68,11 @@ class VexaWindow : public BWindow {
     bool Takes(const Pane& pane) const { return pane.view && pane.wanted && !classic; }
     float RoomOf(const Pane& pane) const { return Takes(pane) ? pane.room : 0; }
     void AddBar();
+    float NeededWidth() const;
+    float FullHeight() const;
     void Fit(float mainWidth);
     void Arrange();
+    void FoldWhatDoesNotFit();
     void ApplyColors();
 
     /// A plug-in has the sound, whatever becomes of the window.
@@ -74,10 +82,14 @@ class VexaWindow : public BWindow {
     bool classic;
     bool dark = false;
     BitmapBarView* logoBar = nullptr;
-    /// What the logo bar holds beside the pictures.
-    BView* barControls = nullptr;
+    /// What the logo bar holds beside its pictures, and the width of these.
+    BarView* bar = nullptr;
+    float barLeft = 0;
+    float barRight = 0;
     /// Null while it is being built, which may take an alert.
     VexaView* mainView = nullptr;
+    /// Shows it where the window is too small for all of it.
+    BScrollView* mainPane = nullptr;
     Pane drawer;
     Pane strip;
     Strip* playing = nullptr;

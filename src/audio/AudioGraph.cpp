@@ -102,6 +102,26 @@ AudioGraph::DeviceNews AudioGraph::Watch() {
     return ConnectTo(search.Take()) ? DeviceNews::There : DeviceNews::None;
 }
 
+void AudioGraph::UseSystem(std::optional<kits::AudioSystem> system) {
+    if (connected) {
+        Disconnect();
+        ReleaseMixer();
+    }
+    kits::ChooseAudioSystem(system);
+    // It is wanted that there is silence for a moment.
+    loss = Loss::Told;
+}
+
+std::optional<kits::AudioSystem> AudioGraph::System() const {
+    const auto systems = kits::AudioSystemsToTry();
+    return systems.size() == 1 ? std::optional(systems.front()) : std::nullopt;
+}
+
+double AudioGraph::DeviceRate() const {
+    const kits::SystemMixer* mixer = Mixer();
+    return mixer ? mixer->DeviceRate() : 0;
+}
+
 /// Begins to play through a mixer that plays already.
 bool AudioGraph::ConnectTo(std::unique_ptr<kits::SystemMixer> mixer) {
     if (roster.RegisterMixer(std::move(mixer)) != B_OK || Connect())

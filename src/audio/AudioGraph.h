@@ -9,6 +9,7 @@
 #include "midi/Engine.h"
 
 #include <functional>
+#include <optional>
 
 namespace vexa {
 
@@ -41,6 +42,12 @@ class AudioGraph {
     /// but for the media thread and the device's.
     DeviceNews Watch();
 
+    /// Plays through that system from now on, or the first that has a device; Watch looks for it as
+    /// for one that has gone. Waits for the media thread and the device's.
+    void UseSystem(std::optional<kits::AudioSystem> system);
+    /// The one that is played through or looked for; nothing while any will do.
+    std::optional<kits::AudioSystem> System() const;
+
     /// Alive as long as the graph.
     VexaToneProducer& Producer() { return *producer; }
     const VexaToneProducer& Producer() const { return *producer; }
@@ -56,6 +63,8 @@ class AudioGraph {
     kits::MixerCounts Counts() const;
     /// The device for a person; empty while there is no connection.
     std::string DeviceName() const;
+    /// Frames per second of the device; 0 while there is no connection.
+    double DeviceRate() const;
     /// Why there is no device, as it was when Start looked for one.
     const std::string& DeviceFault() const { return roster.MixerFault(); }
 

@@ -27,6 +27,9 @@ constexpr float kPreferredRate = 44100;
 constexpr double kOverload = 800000;
 constexpr double kAllowance = 1100000;
 
+/// Seconds.
+constexpr float kLoadFades = 0.5F;
+
 /// Microseconds that an event may take from the server's thread through the MIDI thread.
 constexpr bigtime_t kDelivery = 500;
 /// Microseconds that an event may come too early: more than a period and all latencies.
@@ -365,6 +368,9 @@ void VexaToneProducer::FillSineBuffer(float* buffer, std::size_t count) noexcept
     const bigtime_t elapsed = system_time() - start;
     const bigtime_t budget =
         static_cast<bigtime_t>(kOverload / FrameRate()) * static_cast<bigtime_t>(count);
+    const float duration = static_cast<float>(count) / FrameRate();
+    const float share = static_cast<float>(elapsed) * 1e-6F / duration;
+    load = std::max(share, load * std::max(0.0F, 1 - duration / kLoadFades));
     if (elapsed >= budget && !TimeSource()->Waits())
         ReduceVoxByOne();
 }

@@ -45,6 +45,9 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
     /// Media thread.
     void FillSineBuffer(float* buffer, std::size_t count) noexcept;
     void ReduceVoxByOne() noexcept;
+    /// The share of the time that was last spent rendering, 1 where it takes all of it: the most of
+    /// late, which fades within a second. Any thread.
+    float Load() const { return load; }
     /// Voices dropped because rendering took too long. Any thread.
     int64 DroppedVoices() const { return dropped; }
 
@@ -122,6 +125,7 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
     VoiceRenderer& renderer;
     Oversampler oversampler{renderer};
     kits::Shared<int64> dropped{0};
+    kits::Shared<float> load{0};
     OutputTap tap;
 };
 

@@ -66,16 +66,24 @@ kits::Error Failure(const std::filesystem::path& path, const std::string& reason
     return {"could not load sample " + path.string() + ": " + reason};
 }
 
-kits::Result<LoadedSample> Load(const std::filesystem::path& path) {
+/// The sound file, and where it is.
+kits::Result<std::unique_ptr<BMediaFile>> Open(const std::filesystem::path& path, BPath& fullPath) {
     const BEntry entry(path.c_str(), false);
-    BPath fullPath;
     entry_ref ref;
     if (entry.GetPath(&fullPath) != B_OK || entry.GetRef(&ref) != B_OK)
         return Failure(path, "there is no such folder");
-    BMediaFile file(&ref);
-    if (file.InitCheck() != B_OK)
-        return kits::Error{file.Fault()};
-    BMediaTrack* const track = file.TrackAt(0);
+    auto file = std::make_unique<BMediaFile>(&ref);
+    if (file->InitCheck() != B_OK)
+        return kits::Error{file->Fault()};
+    return file;
+}
+
+kits::Result<LoadedSample> Load(const std::filesystem::path& path) {
+    BPath fullPath;
+    const kits::Result<std::unique_ptr<BMediaFile>> file = Open(path, fullPath);
+    if (!file)
+        return file.Fault();
+    BMediaTrack* const track = (*file)->TrackAt(0);
 
     media_format format;
     format.type = B_MEDIA_RAW_AUDIO;
@@ -90,7 +98,7 @@ kits::Result<LoadedSample> Load(const std::filesystem::path& path) {
     if (track->CountFrames() > static_cast<int64>(kLongestSample))
         return tooLong();
     std::vector<float> frames = ReadTrack(*track, format);
-    file.ReleaseAllTracks();
+    (*file)->ReleaseAllTracks();
     if (frames.empty())
         return Failure(path, "it contains no sound");
     if (frames.size() > kLongestSample)
@@ -127,6 +135,12 @@ float SampleSpiral::At(float x, float y, const float*) const noexcept {
 void SampleSpiral::Evaluate(const float* x, const float* y, const float* const*, float* values,
                             std::size_t count) const noexcept {
     loops.Values(Turns(*sample, winding), x, y, values, count);
+}
+
+kits::Result<int64> SampleLength(const std::filesystem::path& path) {
+    BPath fullPath;
+    const kits::Result<std::unique_ptr<BMediaFile>> file = Open(path, fullPath);
+    return file ? kits::Result<int64>((*file)->TrackAt(0)->CountFrames()) : file.Fault();
 }
 
 kits::Result<LoadedSample> LoadSample(const std::filesystem::path& path) {

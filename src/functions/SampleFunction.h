@@ -65,6 +65,10 @@ constexpr const char* kSampleAlert = "Could not load sample";
 /// Longest sample in frames: 50 minutes at 44.1 kHz.
 constexpr std::size_t kLongestSample = std::size_t{1} << 27;
 
+/// How many frames a sound file says that it has, below 0 where it does not. The error and the
+/// threads are those of LoadSample.
+kits::Result<int64> SampleLength(const std::filesystem::path& path);
+
 /// Decodes a sound file. The error, for standard error, names the file and the fault. Waits for the
 /// disk: not the media or the MIDI thread.
 kits::Result<LoadedSample> LoadSample(const std::filesystem::path& path);

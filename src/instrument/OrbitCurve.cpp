@@ -67,7 +67,7 @@ OrbitPath PathOf(const SoundRecords& records, const VoiceView& v, const OrbitSum
 
 /// Of a note that nobody plays.
 OrbitPath UsualOrbit(const SoundRecords& records) {
-    const auto [vel, key] = std::pair(kUnheardNote.vel, kUnheardNote.key);
+    const auto [vel, key] = std::pair(kShownNote.vel, kShownNote.key);
     const OrbitSums sums = SumsFor(records, vel, key);
     const auto center = [&](const CoefficientGroup& group) {
         const Weights w = group.For(records.parameters, records.controllers, vel, key);

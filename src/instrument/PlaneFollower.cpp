@@ -51,7 +51,7 @@ std::optional<PlaneFunction> PlaneFollower::Next() {
     const std::span<const FunctionInput> heard = f.Source().Inputs();
     if (heard.empty())
         return std::exchange(changed, false) ? std::optional(f) : std::nullopt;
-    const NoteMoment note = NewestNote(records.voices).value_or(kUnheardNote);
+    const NoteMoment note = NewestNote(records.voices).value_or(kShownNote);
     const OwnControllers own(records.playing, records.macros);
     std::array<float, kMostInputs> next =
         InputsOf(f.Source(), note, records.macros, records.controllers, own);

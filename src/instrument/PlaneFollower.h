@@ -12,8 +12,8 @@
 
 namespace vexa {
 
-/// The note that is heard where none sounds, at its begin.
-constexpr NoteMoment kUnheardNote{0.8F, 60.0F / 127, 0};
+/// The note that is shown where none sounds.
+inline constexpr NoteMoment kShownNote{0.8F, 60.0F / 127, 0};
 
 /// The slot of the note that has begun last of those that sound; nothing where none sounds. Any
 /// thread.

@@ -3,13 +3,26 @@
 
 namespace vexa {
 
+namespace {
+
+constexpr const char* kSounds = "sounds";
+
+} // namespace
+
+std::vector<std::filesystem::path> Programs(const kits::ProgramFolders& folders) {
+    std::vector<std::filesystem::path> paths;
+    for (const std::string& name : folders.Documents(kSounds))
+        paths.push_back(folders.Find(kSounds, name));
+    return paths;
+}
+
 kits::Result<std::filesystem::path> FindProgram(const kits::ProgramFolders& folders, int32 number) {
-    const std::vector<std::string> names = folders.Documents("sounds");
+    const std::vector<std::string> names = folders.Documents(kSounds);
     const auto index = static_cast<std::size_t>(number);
     if (number < 0 || index >= names.size())
         return kits::Error{"there is no program " + std::to_string(number) + ": there are " +
                            std::to_string(names.size()) + " sounds, the first is program 0"};
-    return folders.Find("sounds", names[index]);
+    return folders.Find(kSounds, names[index]);
 }
 
 kits::Result<Sound> ReadWhole(const std::filesystem::path& path, const Instrument& instrument,

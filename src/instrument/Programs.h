@@ -9,11 +9,15 @@
 #include "kits/support/SupportDefs.h"
 
 #include <filesystem>
+#include <vector>
 
 namespace vexa {
 
-/// The sound with that number, from 0 in byte order of file names, a person's own and those that
-/// came with the program together. The error says how many there are.
+/// All sounds, in byte order of file names, a person's own and those that came with the program
+/// together, of two with one name the person's. Any thread.
+std::vector<std::filesystem::path> Programs(const kits::ProgramFolders& folders);
+
+/// The sound with that number, from 0 in that order. The error says how many there are.
 kits::Result<std::filesystem::path> FindProgram(const kits::ProgramFolders& folders, int32 number);
 
 /// A sound that the instrument will take whole: its function has been tried. The error, and

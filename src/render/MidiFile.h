@@ -6,7 +6,9 @@
 #include "kits/support/Result.h"
 #include "kits/support/SupportDefs.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <span>
 #include <string>
 #include <string_view>
@@ -24,6 +26,8 @@ struct MidiEvent {
     /// As those of kits::MidiEvent; `number` and `value` are its data.
     uint8 channel, number, value;
 
+    /// The MIDI channel that it came on, 0..15.
+    uint8 From() const { return kind == Kind::AllNotesOff ? number : channel; }
     /// Without its time.
     kits::MidiEvent ForConsumer() const { return {0, kind, channel, number, value}; }
     bool operator==(const MidiEvent&) const = default;
@@ -38,6 +42,18 @@ struct MidiFile {
     std::size_t notes = 0;
     /// What is wrong with the file although it can be played, for a person to read.
     std::vector<std::string> warnings;
+
+    /// What of the file is on a channel that `isThere` is true of (0..15), for as long as the file
+    /// lasts; without the warnings, which are the whole file's.
+    template<class Choice>
+    MidiFile Part(Choice isThere) const {
+        MidiFile part{{}, duration, 0, {}};
+        std::ranges::copy_if(events, std::back_inserter(part.events),
+                             [&](const MidiEvent& event) { return isThere(event.From()); });
+        part.notes = static_cast<std::size_t>(
+            std::ranges::count(part.events, MidiEvent::Kind::NoteOn, &MidiEvent::kind));
+        return part;
+    }
 };
 
 /// A file above this many bytes is refused: it is no music, and it would need some fifteen times

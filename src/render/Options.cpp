@@ -3,6 +3,8 @@
 
 #include "instrument/PlayingOptions.h"
 
+#include <algorithm>
+
 namespace vexa {
 
 namespace {
@@ -18,11 +20,22 @@ bool SetMacro(Options& options, std::string_view text) {
                      text.substr(2), 0.0, 1.0);
 }
 
+/// "2=bell"
+bool SetChannelSound(Options& options, std::string_view text) {
+    const std::size_t end = text.find('=');
+    int channel = 0;
+    return end != text.npos && SetNumber(channel, text.substr(0, end), 1, 16) &&
+           SetText(options.channelSounds[static_cast<std::size_t>(channel - 1)].emplace(),
+                   text.substr(end + 1));
+}
+
 // The columns are easier to compare than to wrap.
 // clang-format off
 constexpr kits::OptionRow<Options> kRows[] = {
     {"sound", "SOUND", nullptr, "play a file, or the sound of that name (default)",
      [](Options& o, std::string_view text) { return SetText(o.sound.emplace(), text); }},
+    {"channel-sound", "N=SOUND", "1 to 16, \"=\" and a sound",
+     "play a channel with a sound of its own", SetChannelSound},
     {"function", "EXPR", nullptr, "play this function of x and y instead of the sound's",
      [](Options& o, std::string_view text) { return SetText(o.function.emplace(), text); }},
     {"macro", "M=V", "a, b, c or d, \"=\" and a number from 0 to 1", "set a macro",
@@ -86,10 +99,17 @@ kits::Result<Options> Checked(Options options, std::span<const std::string> oper
         return kits::Error{"--function and --sample exclude each other"};
     if (options.function && options.sampleFrequency)
         return kits::Error{"--function and --sample-frequency exclude each other"};
+    if (options.mpe && HasChannelSounds(options))
+        return kits::Error{"--mpe and --channel-sound exclude each other: the first gives channels "
+                           "to notes, the second to sounds"};
     return options;
 }
 
 } // namespace
+
+bool HasChannelSounds(const Options& options) {
+    return std::ranges::any_of(options.channelSounds, [](const auto& s) { return bool(s); });
+}
 
 kits::Result<Options> ParseOptions(std::span<const std::string> arguments) {
     Options options;

@@ -29,13 +29,15 @@ struct Options {
 
     /// A file's path or a sound's name. Without a value: the sound "default".
     std::optional<std::filesystem::path> sound;
+    /// The same for single MIDI channels, each of which is then an instrument of its own.
+    std::array<std::optional<std::filesystem::path>, 16> channelSounds;
     /// These replace the sound's function; at most one of the first two has a value. A frequency
     /// (Hz) without a sample is for the sample that the sound brings, if it does.
     std::optional<std::string> function;
     std::optional<std::filesystem::path> sample;
     std::optional<double> sampleFrequency;
 
-    /// Values, 0..1, of the macros a to d in place of the sound's.
+    /// Values, 0..1, of the macros a to d in place of those of `sound`.
     std::array<std::optional<double>, kMacros> macros;
     /// The frequencies of the keys.
     TuningChoice tuning;
@@ -64,6 +66,9 @@ struct Options {
     bool userFolder = false;
     bool quiet = false;
 };
+
+/// Whether any channel has a sound of its own.
+bool HasChannelSounds(const Options& options);
 
 /// What goes to standard error after a wrong command line's fault.
 constexpr const char* kUsageHint =

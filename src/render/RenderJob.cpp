@@ -2,20 +2,18 @@
 #include "render/RenderJob.h"
 
 #include "documents/SoundDocument.h"
-#include "instrument/Instrument.h"
 #include "kits/application/Interrupt.h"
 #include "kits/media/SoundFileWriter.h"
 #include "kits/storage/FileReplacement.h"
-#include "render/FilePrograms.h"
+#include "render/Arrangement.h"
 #include "render/FloatStore.h"
-#include "render/Performance.h"
-#include "synth/Decimator.h"
 
 #include <algorithm>
 #include <bit>
 #include <iterator>
+#include <list>
 #include <optional>
-#include <set>
+#include <utility>
 
 #include <unistd.h>
 
@@ -40,9 +38,7 @@ float Peak(float least, std::span<const float> samples) {
 class RenderJob {
   public:
     RenderJob(const Options& options, const kits::ProgramFolders& folders)
-        : options(options),
-          folders(folders),
-          instrument(folders, options.compile ? Addons::Awaited : Addons::None) {}
+        : options(options), folders(folders) {}
 
     RenderOutcome Run() {
         if (const Result<void> done = Render(); !done) {
@@ -54,14 +50,12 @@ class RenderJob {
 
   private:
     Result<void> Render();
-    Result<Sound> ChosenSound();
-    Result<void> SetUpInstrument();
-    void ChooseForm(const MidiFile& midi);
-    Result<void> Write(Performance& performance, kits::SoundFileWriter& writer,
+    Result<Sound> SoundOf(const std::filesystem::path& path);
+    Result<Sound> MainSound();
+    Result<Arrangement> Arrange(MidiFile midi);
+    Result<void> Write(Arrangement& arrangement, kits::SoundFileWriter& writer,
                        kits::SoundFileFormat format);
-    Result<double> RenderInto(Performance& performance, const FloatStore::Sink& sink);
-    /// Of the file: two where a sound that is heard has a spread.
-    std::size_t Channels() const { return channels; }
+    Result<double> RenderInto(Arrangement& arrangement, const FloatStore::Sink& sink);
 
     /// The reason for ending with an exit code that is not that of a failure.
     Error EndWith(int exitCode, std::string text) {
@@ -77,19 +71,10 @@ class RenderJob {
                                 std::make_move_iterator(more.end()));
     }
 
-    /// Samples that the engine computes for each frame, as many as that of the sounds heard which
-    /// wants most, and for each second.
-    int Oversampling() const { return oversampling; }
-    double FullRate() const { return double(options.rate) * Oversampling(); }
-
     const Options& options;
     const kits::ProgramFolders& folders;
     RenderOutcome outcome;
     std::optional<kits::Interrupt> interrupt;
-    Instrument instrument;
-    FilePrograms programs{instrument, folders};
-    int oversampling = 1;
-    std::size_t channels = 1;
 };
 
 Result<void> RenderJob::Render() {
@@ -102,49 +87,50 @@ Result<void> RenderJob::Render() {
     Warn(std::move(midi->warnings));
     // Not before: a read of a pipe that never ends must end with the program.
     interrupt.emplace();
-    if (Result<void> ready = SetUpInstrument(); !ready)
-        return ready;
-    ChooseForm(*midi);
+    outcome.summary.notes = midi->notes;
+    Result<Arrangement> arrangement = Arrange(std::move(*midi));
+    if (!arrangement)
+        return arrangement.Fault();
 
     Result<kits::FileReplacement> file = kits::FileReplacement::Create(options.output);
     if (!file)
         return file.Fault();
-    Performance performance(instrument.Playing(), *midi, FullRate(), options.tail, Oversampling());
-    if (options.programs)
-        performance.Watch(&programs);
-    const auto frames = static_cast<std::uint64_t>(performance.Length() / Oversampling() + 1);
+    const auto frames = static_cast<std::uint64_t>(arrangement->Seconds() * options.rate + 1);
     Result<kits::SoundFileWriter> writer =
         kits::SoundFileWriter::Create(file->Descriptor(), *format, options.output, options.rate,
-                                      frames, static_cast<int>(Channels()));
+                                      frames, static_cast<int>(arrangement->Channels()));
     if (!writer)
         return writer.Fault();
-    if (Result<void> written = Write(performance, *writer, *format); !written)
+    if (Result<void> written = Write(*arrangement, *writer, *format); !written)
         return written;
     if (Result<void> finished = writer->Finish(); !finished)
         return finished;
-    if (instrument.Playing().renderer.HasBounded())
+    if (arrangement->HasBounded())
         outcome.warnings.push_back("the function has values beyond 1e30, which count as that");
 
-    outcome.summary.seconds = static_cast<double>(performance.Length()) / FullRate();
-    outcome.summary.notes = midi->notes;
-    outcome.summary.mostVoices = static_cast<std::size_t>(performance.MostVoices());
-    outcome.summary.stolenVoices =
-        static_cast<std::size_t>(instrument.Playing().consumer.StolenVox());
+    arrangement->Summarize(outcome.summary);
     return file->Commit();
 }
 
+Result<Sound> RenderJob::SoundOf(const std::filesystem::path& path) {
+    ReadReport report;
+    Result<Sound> sound = ReadSound(path, report);
+    if (!sound)
+        return Error{report.reason};
+    Warn(std::move(report.warnings));
+    return sound;
+}
+
 /// The sound document that the options name, with the function that they put in its place.
-Result<Sound> RenderJob::ChosenSound() {
+Result<Sound> RenderJob::MainSound() {
     const Result<std::filesystem::path> path = options.sound
                                                    ? folders.FindDocument("sounds", *options.sound)
                                                    : folders.Find("sounds", "default.xml");
     if (!path)
         return Error{"--sound: " + path.Fault().text};
-    ReadReport report;
-    Result<Sound> sound = ReadSound(*path, report);
+    Result<Sound> sound = SoundOf(*path);
     if (!sound)
-        return Error{report.reason};
-    Warn(std::move(report.warnings));
+        return sound;
     Function& function = sound->function;
     if (options.function) {
         function.kind = FunctionKind::Expression;
@@ -168,52 +154,55 @@ Result<Sound> RenderJob::ChosenSound() {
     return sound;
 }
 
-Result<void> RenderJob::SetUpInstrument() {
-    const Result<Sound> sound = ChosenSound();
-    if (!sound)
-        return sound.Fault();
-    const Result<Tuning> tuning = ReadTuning(options.tuning);
-    if (!tuning)
-        return tuning.Fault();
-    instrument.Prefer(options.playing);
-    instrument.SetUsualVoices(kMostVoices);
-    if (options.voices)
-        instrument.ChooseVoices(*options.voices);
-    if (const FunctionReport report = instrument.Load(*sound); !report)
-        return Error{Text(report)};
-    Engine& engine = instrument.Playing();
-    engine.consumer.SetTuning(*tuning);
-    if (options.mpe)
-        engine.consumer.ExpectMpe();
-    engine.renderer.SetGain(static_cast<float>(options.gain));
-    engine.consumer.SetChannel(options.channel);
-    return {};
-}
-
-/// Channels and oversampling, by all the sounds that will be heard.
-void RenderJob::ChooseForm(const MidiFile& midi) {
-    if (options.programs)
-        Warn(programs.Read(midi));
-    std::set<const Sound*> heard = programs.Struck();
-    if (heard.empty())
-        heard.insert(&instrument.State());
-    for (const Sound* sound : heard) {
-        Playing playing;
-        ApplyPlaying(*sound, options.playing, playing);
-        oversampling = std::max(oversampling, playing.Oversampling());
-        channels = std::max<std::size_t>(channels, playing.Spread() > 0 ? 2 : 1);
+/// A part for the channels with the main sound, and one for each of the others, in their order.
+Result<Arrangement> RenderJob::Arrange(MidiFile midi) {
+    std::list<Part> parts;
+    const auto add = [&](const Result<Sound>& sound, MidiFile events) -> Result<void> {
+        if (!sound)
+            return sound.Fault();
+        const Result<Tuning> tuning = ReadTuning(options.tuning);
+        if (!tuning)
+            return tuning.Fault();
+        return parts.emplace_back(options, folders, std::move(events))
+            .SetUp(*sound, *tuning, outcome.warnings);
+    };
+    const auto& own = options.channelSounds;
+    const auto eventsOf = [&](auto isThere) {
+        return midi.Part([&](std::size_t from) {
+            return isThere(from) && (options.channel == -1 || std::size_t(options.channel) == from);
+        });
+    };
+    MidiFile rest = HasChannelSounds(options)
+                        ? eventsOf([&](std::size_t from) { return !own[from]; })
+                        : std::move(midi);
+    if (const Result<void> added = add(MainSound(), std::move(rest)); !added)
+        return added.Fault();
+    for (std::size_t channel = 0; channel < own.size(); channel++) {
+        if (!own[channel])
+            continue;
+        const std::string option =
+            "--channel-sound " + std::to_string(channel + 1) + '=' + own[channel]->string() + ": ";
+        const auto path = folders.FindDocument("sounds", *own[channel]);
+        if (!path)
+            return Error{option + path.Fault().text};
+        MidiFile events = eventsOf([&](std::size_t from) { return from == channel; });
+        if (events.notes == 0 && options.channel == -1)
+            Warn({option + "there is no note on that channel"});
+        if (const Result<void> added = add(SoundOf(*path), std::move(events)); !added)
+            return Error{option + added.Fault().text};
     }
+    return Arrangement(std::move(parts));
 }
 
 /// Renders the whole, and scales it where that is asked for.
-Result<void> RenderJob::Write(Performance& performance, kits::SoundFileWriter& writer,
+Result<void> RenderJob::Write(Arrangement& arrangement, kits::SoundFileWriter& writer,
                               kits::SoundFileFormat format) {
-    const auto write = [this, &writer](std::span<const float> samples) {
-        return writer.Write(samples.data(), samples.size() / Channels());
+    const auto write = [&](std::span<const float> samples) {
+        return writer.Write(samples.data(), samples.size() / arrangement.Channels());
     };
     double& peak = outcome.summary.peak;
     if (!options.normalize) {
-        const Result<double> rendered = RenderInto(performance, write);
+        const Result<double> rendered = RenderInto(arrangement, write);
         if (!rendered)
             return rendered.Fault();
         peak = *rendered;
@@ -229,7 +218,7 @@ Result<void> RenderJob::Write(Performance& performance, kits::SoundFileWriter& w
     if (!store)
         return store.Fault();
     const Result<double> rendered =
-        RenderInto(performance, [&store](std::span<const float> s) { return store->Append(s); });
+        RenderInto(arrangement, [&store](std::span<const float> s) { return store->Append(s); });
     if (!rendered)
         return rendered.Fault();
     // Silence stays silence.
@@ -247,46 +236,23 @@ Result<void> RenderJob::Write(Performance& performance, kits::SoundFileWriter& w
 }
 
 /// Renders the whole into the sink, the channels by turns; returns the peak.
-Result<double> RenderJob::RenderInto(Performance& performance, const FloatStore::Sink& sink) {
-    Progress progress(options.quiet ? -1 : STDERR_FILENO,
-                      static_cast<double>(performance.Length()) / FullRate());
-    struct Channel {
-        Decimator decimator;
-        std::vector<float> block, output;
-    };
-    std::vector<Channel> channels(Channels(),
-                                  {Decimator(Oversampling()),
-                                   std::vector<float>(static_cast<std::size_t>(options.block)),
-                                   {}});
+Result<double> RenderJob::RenderInto(Arrangement& arrangement, const FloatStore::Sink& sink) {
+    Progress progress(options.quiet ? -1 : STDERR_FILENO, arrangement.Seconds());
     std::vector<float> frames;
     float peak = 0;
-    for (bool more = true; more;) {
+    while (true) {
         if (interrupt->Requested())
             return Interrupted();
-        float* const right = channels.size() > 1 ? channels[1].block.data() : nullptr;
-        const std::size_t count =
-            performance.Render(channels[0].block.data(), right, channels[0].block.size());
-        if (!programs.Fault().empty())
-            return Error{programs.Fault()};
-        more = count > 0;
-        for (Channel& channel : channels) {
-            channel.output.clear();
-            if (more)
-                channel.decimator.Process(channel.block.data(), count, channel.output);
-            else
-                channel.decimator.Finish(channel.output);
-        }
-        frames.resize(channels[0].output.size() * channels.size());
-        for (std::size_t k = 0; k < channels.size(); k++) {
-            for (std::size_t i = 0; i < channels[k].output.size(); i++)
-                frames[i * channels.size() + k] = channels[k].output[i];
-        }
+        const Result<bool> more = arrangement.Render(frames);
+        if (!more)
+            return more.Fault();
         peak = Peak(peak, frames);
         if (const Result<void> taken = sink(frames); !taken)
             return taken.Fault();
-        progress.Update(static_cast<double>(performance.Position()) / FullRate());
+        if (!*more)
+            return double(peak);
+        progress.Update(arrangement.SecondsDone());
     }
-    return double(peak);
 }
 
 } // namespace

@@ -1,10 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "views/BitmapBarView.h"
 
-#include "views/Theme.h"
-
-#include <cmath>
-
 namespace vexa {
 
 namespace {
@@ -34,19 +30,6 @@ void BitmapBarView::Draw(BRect) {
     // Last, so that it covers the middle image's last column.
     DrawBitmap(rightBitmap.get(),
                {bounds.right - rightWidth, bounds.top, bounds.right, bounds.bottom});
-    font_height height;
-    GetFontHeight(&height);
-    const float middle = (leftWidth + bounds.right - rightWidth) / 2;
-    SetHighColor(Colors().barText);
-    DrawString(caption, {std::floor(middle - StringWidth(caption) / 2),
-                         std::floor((bounds.top + bounds.bottom + height.ascent) / 2)});
-}
-
-void BitmapBarView::SetCaption(const std::string& next) {
-    if (next == caption)
-        return;
-    caption = next;
-    Invalidate();
 }
 
 void BitmapBarView::FrameResized(float, float) {

@@ -5,7 +5,6 @@
 #include "kits/interface/View.h"
 
 #include <memory>
-#include <string>
 
 namespace vexa {
 
@@ -16,9 +15,6 @@ class BitmapBarView : public BView {
     BitmapBarView(BBitmap* left, BBitmap* middle, BBitmap* right, BRect frame, const char* name,
                   uint32 resizingMode, uint32 flags);
 
-    /// A line of text in the middle.
-    void SetCaption(const std::string& next);
-
     void Draw(BRect update) override;
     void FrameResized(float width, float height) override;
 
@@ -26,7 +22,6 @@ class BitmapBarView : public BView {
     std::unique_ptr<BBitmap> leftBitmap;
     std::unique_ptr<BBitmap> middleBitmap;
     std::unique_ptr<BBitmap> rightBitmap;
-    std::string caption;
 };
 
 } // namespace vexa

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Nothing covers or cuts anything, whatever the font.
 #include "app/MainViewStage.h"
+#include "kits/interface/backends/ViewWidget.h"
 #include "views/EnvView.h"
 #include "views/R2RFView.h"
 
@@ -88,9 +89,27 @@ TEST_P(LayoutTest, NothingCoversAnything) {
     }
 }
 
+/// On a screen that it does not fit on.
+TEST_P(LayoutTest, ASmallWindowScrolls) {
+    const BRect whole = view->Frame();
+    window->ResizeTo(500, 300);
+    QApplication::processEvents();
+    BView* pane = window->FindView("main pane");
+    EXPECT_GE(view->Frame().Width(), view->PreferredWidth());
+    EXPECT_EQ(view->Frame().Height(), whole.Height());
+    EXPECT_LT(pane->Frame().bottom, window->FindView("strip")->Frame().top);
+    EXPECT_LE(pane->Frame().right, 500);
+    // What gets the focus comes into sight.
+    BTextControl& last = view->Field(vexa::ParameterId::C0y4);
+    last.MakeFocus();
+    QApplication::processEvents();
+    const QPoint corner = last.Widget().mapTo(&pane->Widget(), QPoint(0, 0));
+    EXPECT_TRUE(pane->Widget().rect().contains(corner)) << corner.x() << ' ' << corner.y();
+}
+
 TEST_P(LayoutTest, TheStripStandsBelowTheMainViewAndNothingTouchesInIt) {
     BView* strip = window->FindView("strip");
-    EXPECT_EQ(view->Frame(), (BRect{0, 41, window->Bounds().right, 510}));
+    EXPECT_EQ(window->FindView("main pane")->Frame(), (BRect{0, 41, window->Bounds().right, 510}));
     for (const float wider : {0.0F, 300.0F}) {
         window->ResizeTo(window->Bounds().right + wider, window->Bounds().bottom);
         test::Settle();

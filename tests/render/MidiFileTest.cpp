@@ -76,7 +76,7 @@ TEST(MidiFile, TellsTheEventsOfASynthesizer) {
                                          vexa::MidiEvent{0.5, Kind::NoteOff, 2, 0x3D, 0x40},
                                          vexa::MidiEvent{0.5, Kind::ControlChange, 0, 1, 0x7F},
                                          vexa::MidiEvent{0.5, Kind::AllNotesOff, 1, 0, 0},
-                                         vexa::MidiEvent{0.5, Kind::AllNotesOff, 1, 0, 0},
+                                         vexa::MidiEvent{0.5, Kind::AllNotesOff, 1, 15, 0},
                                          vexa::MidiEvent{0.5, Kind::ControlChange, 0, 0x79, 0},
                                          vexa::MidiEvent{0.5, Kind::ProgramChange, 0, 5, 0},
                                          vexa::MidiEvent{0.5, Kind::ChannelPressure, 0, 5, 0},

@@ -33,12 +33,14 @@ TEST(Options, ReadsEveryOptionWhereverItStands) {
     const auto options = Parse(
         Words("--sound a.xml in.mid --function=x*y --voices 3 --channel 16 --rate=48000 "
               "--oversample 4 out.wav --tuning a.scl --keymap b.kbm --a4 442.5 --gain 0.5 "
-              "--tail 1e1 --block 64 --normalize --quiet --programs --mode legato --volume -3.5"));
+              "--tail 1e1 --block 64 --normalize --quiet --programs --mode legato --volume -3.5 "
+              "--channel-sound 2=b=c"));
     ASSERT_TRUE(options) << options.Fault().text;
     EXPECT_EQ(options->action, Options::Action::Render);
     EXPECT_EQ(options->midi, "in.mid");
     EXPECT_EQ(options->output, "out.wav");
     EXPECT_EQ(options->sound, "a.xml");
+    EXPECT_EQ(options->channelSounds[1], "b=c");
     EXPECT_EQ(options->function, "x*y");
     EXPECT_EQ(options->voices, 3);
     EXPECT_EQ(options->channel, 15) << "channel 1 is 0";
@@ -79,6 +81,10 @@ TEST(Options, RefusesValuesOutsideTheirRange) {
          {"1", "20"},
          "1 to 20"},
         {"--channel", {"0", "17", "ALL", ""}, {"1", "16", "all"}, "1 to 16 or \"all\""},
+        {"--channel-sound",
+         {"0=a", "17=a", "a", "=a", "2=", "2 =a", "all=a", ""},
+         {"1=a", "16=b=c.xml"},
+         "1 to 16, \"=\" and a sound"},
         {"--rate", {"7999", "768001", "44100.5", "nan"}, {"8000", "768000"}, "8000 to 768000"},
         {"--oversample", {"0", "3", "32", "2x"}, {"1", "2", "4", "8", "16"}, "1, 2, 4, 8 or 16"},
         {"--gain", {"-0.1", "1.01", "nan", "inf", "0,5", "1e999"}, {"0", "1", ".5"}, "0 to 1"},
@@ -112,6 +118,7 @@ TEST(Options, RefusesWrongUsage) {
     EXPECT_EQ(FaultOf({"more.mid"}), "\"out.wav\" is one file too many");
     EXPECT_THAT(FaultOf({"--function", "x", "--sample", "a.wav"}), HasSubstr("exclude each other"));
     EXPECT_THAT(FaultOf({"--function", "x", "--sample-frequency", "9"}), HasSubstr("exclude"));
+    EXPECT_THAT(FaultOf({"--mpe", "--channel-sound", "2=a"}), HasSubstr("exclude each other"));
     EXPECT_EQ(Parse({}).Fault().text, "no MIDI file is named");
     EXPECT_EQ(Parse({"in.mid"}).Fault().text, "no output is named");
     EXPECT_EQ(Parse({"in.mid", ""}).Fault().text, "a file name is empty");

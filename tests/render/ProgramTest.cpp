@@ -69,7 +69,7 @@ class RenderProgram : public testing::Test {
 TEST_F(RenderProgram, RendersTheDemoTuneInLittleMemory) {
     const CommandResult result = Run({kDemo, Path("demo.flac")});
     EXPECT_EQ(result.exitCode, 0);
-    EXPECT_THAT(result.text, HasSubstr("750 notes"));
+    EXPECT_THAT(result.text, HasSubstr("899 notes"));
     EXPECT_EQ(folder.Count(), 1U);
     if (!test::kSanitized) {
         EXPECT_LT(result.memory, 40'000'000);
@@ -249,11 +249,23 @@ TEST_F(RenderProgram, BadInputIsNamedAndNothingIsLost) {
     ExpectFailure({good, Path("out.mp3")}, "out.mp3", 2);
     ExpectFailure({good, "/none/out.wav"}, "/none/out.wav");
     ExpectFailure({good, out, "--sound", Path("none.xml")}, "none.xml");
+    ExpectFailure({good, out, "--channel-sound", "2=none"},
+                  "--channel-sound 2=none: there is no file none");
+    ExpectFailure({good, out, "--channel-sound", "2=bell", "--mpe"}, "exclude each other", 2);
     const std::string empty = folder.Write("empty.xml", "").string();
     ExpectFailure({good, out, "--sound", empty}, "empty.xml");
     const std::string foo = folder.Write("foo.xml", "<foo><a/></foo>").string();
     ExpectFailure({good, out, "--sound", foo},
                   "foo.xml:1:1: This is not a valid sound. (expected an element <vexafunction>");
+    const std::string bad =
+        folder
+            .Write("bad.xml", "<vexasound><vexafunction><expression>x+</expression>"
+                              "</vexafunction></vexasound>")
+            .string();
+    ExpectFailure({good, out, "--channel-sound", "2=" + bad},
+                  "--channel-sound 2=" + bad + ": There was an error while trying to compile");
+    EXPECT_THAT(Run({good, Path("on1.wav"), "--channel-sound", "2=bell"}).text,
+                HasSubstr("warning: --channel-sound 2=bell: there is no note on that channel"));
     ExpectFailure({good, out, "--sound", "/dev/random"}, "/dev/random: it is a device, not a file");
     ExpectFailure({good, out, "--function", "x % 2.5"},
                   "There was an error while trying to compile");

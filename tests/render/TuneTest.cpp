@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <random>
 
 #include <gmock/gmock.h>
@@ -35,8 +36,11 @@ class Tune : public testing::Test {
         const test::DecodedSound file = test::ReadSound(wav, 0);
         channels = file.channels;
         left.clear();
-        for (std::size_t i = 0; i < file.values.size(); i += channels)
+        right.clear();
+        for (std::size_t i = 0; i < file.values.size(); i += channels) {
             left.push_back(file.values[i]);
+            right.push_back(file.values[i + channels - 1]);
+        }
         return result.text;
     }
     /// In 0.4 seconds.
@@ -66,7 +70,7 @@ class Tune : public testing::Test {
     test::EnvironmentVariable data{"XDG_DATA_HOME", folder.Path().c_str()};
     /// What was rendered last.
     std::size_t channels = 0;
-    std::vector<float> left;
+    std::vector<float> left, right;
 };
 
 /// Of two sounds an octave apart. A note that sounds goes on.
@@ -101,6 +105,52 @@ TEST_F(Tune, ProgramChangesChooseSoundsAtTheirFrame) {
     EXPECT_EQ(left, chosen) << "the same bytes as with the sound that was loaded before";
     Render(tune, {"--sound", "0"});
     EXPECT_GT(Level(1.05, 880), 0.2) << "otherwise they mean nothing";
+}
+
+/// What each channel comes to alone adds up to the whole, bit for bit, be it stereo, oversampled,
+/// bent, moved by controllers, silenced or given another sound.
+TEST_F(Tune, ChannelsWithSoundsOfTheirOwnAddUp) {
+    WriteSine("0.xml", "<fx>3</fx><playing><bend>12</bend></playing>");
+    WriteSine("wide.xml", "<playing><spread>90</spread><oversample>4</oversample></playing>");
+    std::string moved = test::kSineSound;
+    folder.Write("vexa/sounds/moved.xml", moved.replace(moved.find("x<"), 1, "x*a*2"));
+    const std::vector<MidiMessage> tune{{100, {0x90, 69, 100}}, {110, {0x91, 69, 100}},
+                                        {120, {0x92, 57, 100}}, {200, {0xE0, 127, 127}},
+                                        {300, {0xB2, 16, 127}}, {700, {0xB2, 123, 0}},
+                                        {800, {0xC2, 0}},       {810, {0x92, 60, 100}},
+                                        {1300, {0x80, 69, 0}},  {1500, {0x82, 57, 0}}};
+    const std::vector<std::string> sounds{"--sound",         "0",       "--channel-sound", "2=wide",
+                                          "--channel-sound", "3=moved", "--programs"};
+    const auto render = [&](std::vector<std::string> options) {
+        options.insert(options.begin(), sounds.begin(), sounds.end());
+        return Render(tune, options);
+    };
+    std::vector<float> leftSum, rightSum;
+    for (const char* alone : {"1", "2", "3"}) {
+        render({"--channel", alone});
+        EXPECT_EQ(channels, alone[0] == '2' ? 2U : 1U);
+        leftSum.resize(std::max(leftSum.size(), left.size()));
+        rightSum.resize(leftSum.size());
+        std::ranges::transform(left, leftSum, leftSum.begin(), std::plus());
+        std::ranges::transform(right, rightSum, rightSum.begin(), std::plus());
+    }
+    EXPECT_THAT(render({}), HasSubstr("4 notes, at most 3 voices at once"));
+    EXPECT_EQ(channels, 2U);
+    EXPECT_EQ(left, leftSum);
+    EXPECT_EQ(right, rightSum);
+    EXPECT_GT(Level(0.25, 3 * 880), 0.2) << "channel 1, bent by an octave";
+    EXPECT_GT(Level(0.25, 440), 0.1) << "channel 2, bent by none";
+    EXPECT_GT(Level(0.4, 220), 0.4) << "channel 3, whose macro a is 1";
+    EXPECT_LT(Level(0.75, 220), 0.01) << "channel 3 has ended";
+    EXPECT_GT(Level(0.75, 440), 0.1) << "channel 2 has not";
+    EXPECT_GT(Level(0.85, 3 * 261.6256), 0.2) << "channel 3 has another sound";
+
+    // On the only instrument "all notes off" (123) is for all channels.
+    render({"--channel", "2"});
+    const std::vector<float> wide(right.begin(), right.begin() + 30000);
+    Render(tune, {"--sound", "wide", "--channel", "2"});
+    right.resize(30000);
+    EXPECT_EQ(right, wide);
 }
 
 /// As a controller of MPE plays: its configuration, the range of each member, channels by turns,

@@ -22,7 +22,9 @@ namespace {
 class ApplicationEnvironment : public testing::Environment {
   public:
     void SetUp() override {
-        ::setenv("QT_QPA_PLATFORM", "offscreen", 0);
+        // The toolkit's own idea of a screen is smaller than what people have.
+        ::setenv("QT_QPA_PLATFORM",
+                 "offscreen:configfile=" VEXA_SOURCE_FOLDER "/tests/support/screen.json", 0);
         application = std::make_unique<BApplication>("application/x-vnd.test-Test");
     }
     void TearDown() override { application.reset(); }

@@ -70,7 +70,7 @@ bool XAnswers() {
 
 Result<void> FindDisplay() {
     const std::string platform = Environment("QT_QPA_PLATFORM");
-    if (platform == "offscreen" || platform == "minimal")
+    if (platform.starts_with("offscreen") || platform == "minimal")
         return {};
     const std::string display = Environment("DISPLAY");
     if ((platform != kXPlatform && WaylandAnswers()) || (!display.empty() && XAnswers()))

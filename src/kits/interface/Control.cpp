@@ -120,6 +120,24 @@ void BButton::SetFontSize(float size) {
     button->setFont(kits::ToQt(font));
 }
 
+void BButton::SetLabel(const char* next) {
+    NoteLabel(next);
+    button->setText(kits::ToQt(next));
+}
+
+void BButton::SetOnDark() {
+    button->setProperty("onDark", true);
+    button->setAutoDefault(false);
+}
+
+void BButton::SetDown(bool down) {
+    if (down == button->isChecked() && down == button->isCheckable())
+        return;
+    const QSignalBlocker silence(button);
+    button->setCheckable(down);
+    button->setChecked(down);
+}
+
 void BButton::Press() {
     button->click();
 }

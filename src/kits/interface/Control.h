@@ -26,6 +26,7 @@ class BControl : public BView, public BInvoker {
     bool IsEnabled() const;
 
   protected:
+    void NoteLabel(const char* next) { label = next; }
     /// Puts the toolkit's control into the view.
     void SetContent(QWidget* content);
 
@@ -42,6 +43,11 @@ class BButton : public BControl {
 
     /// Pixels; 12 at first.
     void SetFontSize(float size);
+    void SetLabel(const char* next);
+    /// For a place that is dark in every set of colours: no frame before the pointer is on it.
+    void SetOnDark();
+    /// Stays down, as what it began goes on.
+    void SetDown(bool down);
     /// As if it had been pressed.
     void Press();
     /// Shows that Enter has the button's effect; what the key does is the window's affair.

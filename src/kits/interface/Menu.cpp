@@ -28,14 +28,16 @@ class Opener : public QToolButton {
         option.text.clear();
         QPainter painter(this);
         style()->drawComplexControl(QStyle::CC_ToolButton, &option, &painter, this);
-        painter.setPen(palette().color(QPalette::ButtonText));
+        painter.setPen(property("onDark").toBool() ? QColor(230, 230, 230)
+                                                   : palette().color(QPalette::ButtonText));
         painter.setFont(font());
         const QRectF room = QRectF(rect()).adjusted(kLeftMargin, 0, -kArrowWidth, 0);
         painter.drawText(room, Qt::AlignVCenter | Qt::AlignLeft, text());
         const QPointF middle(width() - kArrowWidth / 2.0, height() / 2.0 + 0.5);
         painter.setRenderHint(QPainter::Antialiasing);
         painter.setPen(Qt::NoPen);
-        painter.setBrush(QColor(80, 80, 80));
+        painter.setBrush(property("onDark").toBool() ? QColor(200, 204, 214)
+                                                     : palette().color(QPalette::ButtonText));
         painter.drawPolygon(QPolygonF(
             {middle + QPointF(-3.5, -2), middle + QPointF(3.5, -2), middle + QPointF(0, 2.5)}));
     }
@@ -65,6 +67,11 @@ void BMenuItem::Choose() {
 BMenu::BMenu(const char* name, menu_layout) : name(name) {}
 
 BMenu::~BMenu() = default;
+
+void BMenu::SetName(std::string_view next) {
+    name = next;
+    Changed();
+}
 
 void BMenu::AddItem(BMenuItem* item) {
     item->menu = this;
@@ -134,6 +141,8 @@ void BMenu::Changed() const {
 }
 
 void BMenu::Fill(QMenu& toolkit) {
+    if (opening)
+        opening(*this);
     toolkit.clear();
     // Of a group, so that the mark looks like one of many.
     delete toolkit.findChild<QActionGroup*>();
@@ -218,6 +227,10 @@ void BMenuField::AttachedToWindow() {
 
 void BMenuField::SetEnabled(bool enabled) {
     button->setEnabled(enabled);
+}
+
+void BMenuField::SetOnDark() {
+    button->setProperty("onDark", true);
 }
 
 void BMenuField::FrameResized(float, float) {

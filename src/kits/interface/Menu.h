@@ -52,6 +52,10 @@ class BMenu {
     BMenu& operator=(const BMenu&) = delete;
 
     const char* Name() const { return name.c_str(); }
+    void SetName(std::string_view next);
+    /// Called when a person opens the menu, before it is shown, to fill it with what there is by
+    /// now.
+    void SetOpening(std::function<void(BMenu& menu)> next) { opening = std::move(next); }
 
     /// Takes the item over.
     void AddItem(BMenuItem* item);
@@ -89,6 +93,7 @@ class BMenu {
     bool labelFromMarked = false;
     std::vector<std::unique_ptr<BMenuItem>> items;
     std::function<void()> observer;
+    std::function<void(BMenu& menu)> opening;
 };
 
 /// A menu of choices.
@@ -111,6 +116,8 @@ class BMenuField : public BView {
     /// Where the menu begins, in pixels from the left edge.
     void SetDivider(float position);
     float Divider() const { return divider; }
+    /// As BButton::SetOnDark.
+    void SetOnDark();
 
     /// What is shown of the menu's title: all of it, unless there is no room.
     std::string ShownTitle() const;

@@ -357,3 +357,11 @@ void BView::SetToolTip(const char* text) {
     if (QWidget* content = widget->Content())
         content->setAccessibleDescription(kits::ToQt(toolTip));
 }
+
+void BView::SetAccessibleName(std::string_view words) {
+    QWidget* content = widget->Content();
+    // The content may be no more than a frame round what has the focus.
+    while (content && content->focusProxy())
+        content = content->focusProxy();
+    (content ? content : widget.get())->setAccessibleName(kits::ToQt(words));
+}

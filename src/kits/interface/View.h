@@ -146,6 +146,9 @@ class BView : public BHandler {
     /// null for none.
     virtual void SetToolTip(const char* text);
     const char* ToolTip() const { return toolTip.c_str(); }
+    /// What the view is called where it is read out, in words that a person understands; a control
+    /// is called by its label unless told otherwise.
+    void SetAccessibleName(std::string_view words);
 
   private:
     friend class BWindow;

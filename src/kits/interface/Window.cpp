@@ -9,6 +9,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QPointer>
+#include <QScreen>
 #include <QWindow>
 #include <algorithm>
 #include <cmath>
@@ -213,6 +214,20 @@ void BWindow::SetSizeLimits(float minWidth, float maxWidth, float minHeight, flo
     }
     widget->setMinimumSize(int(std::ceil(minWidth)) + 1, int(std::ceil(minHeight)) + 1);
     widget->setMaximumSize(int(std::ceil(maxWidth)) + 1, int(std::ceil(maxHeight)) + 1);
+}
+
+BRect BWindow::Room() const {
+    /// What a title takes before the window manager has said so, in pixels.
+    constexpr int kUsualTitle = 24;
+    const QRect free = widget->screen()->availableGeometry();
+    const QRect outside = widget->frameGeometry();
+    const QRect inside = widget->geometry();
+    const bool decorated = outside != inside;
+    const int above = decorated ? inside.top() - outside.top() : kUsualTitle;
+    const int below = decorated ? outside.bottom() - inside.bottom() : 0;
+    const int beside = decorated ? inside.left() - outside.left() : 0;
+    return {float(free.left() + beside), float(free.top() + above), float(free.right() - beside),
+            float(free.bottom() - below)};
 }
 
 void BWindow::SetWorkspaces(uint32) {

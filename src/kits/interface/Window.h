@@ -74,6 +74,9 @@ class BWindow : public BLooper {
     void MoveTo(float x, float y);
     /// Of width and height, as BRect::Width counts them.
     void SetSizeLimits(float minWidth, float maxWidth, float minHeight, float maxHeight);
+    /// The part of its screen that the window may fill with its content, beside its title and what
+    /// the desktop keeps for itself.
+    BRect Room() const;
     /// The window comes to the desktop that the user looks at.
     void SetWorkspaces(uint32 workspaces);
 

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/media/MixerSearch.h"
 
+#include <algorithm>
 #include <utility>
+#include <vector>
 
 namespace kits {
 
@@ -26,8 +28,12 @@ MixerSearch::State MixerSearch::Look() {
     if (look.wait_for(std::chrono::seconds(0)) == std::future_status::timeout)
         return State::Looking;
     next = Clock::now() + kPause;
-    if (auto opened = look.get())
-        found = *std::move(opened);
+    if (auto opened = look.get()) {
+        // Another system may have been chosen meanwhile.
+        const std::vector<AudioSystem> wanted = AudioSystemsToTry();
+        if (std::find(wanted.begin(), wanted.end(), (*opened)->System()) != wanted.end())
+            found = *std::move(opened);
+    }
     return found ? State::Found : State::InVain;
 }
 

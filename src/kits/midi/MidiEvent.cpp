@@ -22,7 +22,7 @@ MidiEvent EventOf(uint8 status, uint8 data1, uint8 data2, bigtime_t time) noexce
         return {time, KeyPressure, channel, data1, data2};
     case 0xB0:
         if (data1 == kAllSoundOff || data1 >= kAllNotesOff)
-            return {time, AllNotesOff, 1, 0, 0};
+            return {time, AllNotesOff, 1, channel, 0};
         return {time, ControlChange, channel, data1, data2};
     case 0xC0:
         return {time, ProgramChange, channel, data1, 0};

@@ -22,7 +22,7 @@ struct MidiEvent {
     /// System time, microseconds, at which it happened; 0 where nobody knows.
     bigtime_t time;
     Hook hook;
-    /// For AllNotesOff whether it was for one channel.
+    /// For AllNotesOff whether it was for one channel, which `data1` then tells.
     uint8 channel;
     /// As they stand in the message; 0 where it has none.
     uint8 data1;

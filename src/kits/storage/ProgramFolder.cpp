@@ -100,8 +100,10 @@ bool ProgramFolders::IsCopy(const fs::path& file) const {
 fs::path ProgramFolders::Find(const char* folder, const fs::path& name) const {
     const fs::path ownFile = Own(folder) / name;
     const fs::path shippedFile = Shipped(folder) / name;
-    const bool made = IsFile(ownFile) && !IsCopy(ownFile);
-    return made || !IsFile(shippedFile) ? ownFile : shippedFile;
+    // What came with the program is asked for only where there are two of the name: that takes
+    // long.
+    const bool isOwn = !IsFile(shippedFile) || (IsFile(ownFile) && !IsCopy(ownFile));
+    return isOwn ? ownFile : shippedFile;
 }
 
 std::vector<std::string> ProgramFolders::Documents(const char* folder) const {

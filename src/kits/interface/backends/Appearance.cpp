@@ -30,6 +30,14 @@ QPushButton:focus, QToolButton:focus { border: 1px solid %6; }
 QPushButton:pressed, QToolButton:pressed, QToolButton:open { background: %15; }
 QPushButton:default { border: 2px solid %6; }
 QPushButton:disabled, QToolButton:disabled { color: %8; }
+QPushButton[onDark="true"], QToolButton[onDark="true"] {
+    color: #e6e6e6; background: transparent; border: 1px solid transparent;
+}
+QPushButton[onDark="true"]:hover, QToolButton[onDark="true"]:hover,
+QPushButton[onDark="true"]:focus, QToolButton[onDark="true"]:focus { border: 1px solid #7f8fb0; }
+QPushButton[onDark="true"]:pressed, QToolButton[onDark="true"]:pressed,
+QToolButton[onDark="true"]:open, QPushButton[onDark="true"]:checked { background: #3a4668; }
+QPushButton[onDark="true"]:disabled { color: #68708a; }
 QToolButton::menu-indicator { image: none; }
 )";
 

@@ -1,0 +1,259 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/bar/BarView.h"
+
+#include "app/MessageCodes.h"
+#include "app/VexaView.h"
+#include "kits/interface/Control.h"
+#include "kits/interface/Menu.h"
+#include "views/Theme.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+namespace vexa {
+
+namespace {
+
+constexpr uint32 kRecordCode = FourCC("Reco");
+/// The index in kSystems is added.
+constexpr uint32 kSystemCode = FourCC("ASy0");
+
+constexpr struct {
+    kits::AudioSystem system;
+    const char* name;
+} kSystems[] = {{kits::AudioSystem::Jack, "JACK"},
+                {kits::AudioSystem::Pulse, "PulseAudio"},
+                {kits::AudioSystem::Alsa, "ALSA"},
+                {kits::AudioSystem::None, "no sound"}};
+
+// In pixels.
+
+constexpr float kGap = 8;
+constexpr float kHeight = 24;
+constexpr float kDeviceWidth = 118;
+constexpr float kVoicesWidth = 92;
+constexpr float kRecordWidth = 44;
+constexpr float kSilenceWidth = 56;
+constexpr float kWidestName = 330;
+constexpr float kCorner = 4;
+constexpr float kInset = 8;
+
+/// How long an announcement stands, in pulses.
+constexpr int kAnnouncementPulses = 60;
+
+constexpr rgb_color kBox = {14, 18, 44};
+constexpr rgb_color kBoxEdge = {70, 80, 120};
+
+std::string NameOf(std::optional<kits::AudioSystem> system) {
+    for (const auto& row : kSystems) {
+        if (row.system == system)
+            return row.name;
+    }
+    return "";
+}
+
+/// The text, cut at its end where it is too wide.
+std::string Cut(const BView& view, std::string text, float room) {
+    if (view.StringWidth(text) <= room)
+        return text;
+    const std::string dots = "…";
+    while (!text.empty() && view.StringWidth(text + dots) > room) {
+        // A character of UTF-8 as a whole.
+        while (text.size() > 1 && (static_cast<unsigned char>(text.back()) & 0xC0U) == 0x80U)
+            text.pop_back();
+        text.pop_back();
+    }
+    return text + dots;
+}
+
+} // namespace
+
+BarView::BarView(BRect frame, VexaView& mainView)
+    : BView(frame, "bar", B_FOLLOW_LEFT_RIGHT | B_FOLLOW_TOP,
+            B_WILL_DRAW | B_FRAME_EVENTS | B_SEE_THROUGH),
+      mainView(mainView) {
+    SetViewColor(B_TRANSPARENT_COLOR);
+    if (mainView.HasGraph())
+        AddDevice();
+    silence = new BButton({0, 0, kSilenceWidth, kHeight}, "Silence", "Silence",
+                          new BMessage(kSilenceCode));
+    silence->SetOnDark();
+    silence->SetToolTip("Ends all that sounds, at once (Esc)");
+    AddChild(silence);
+    Arrange();
+    Refresh();
+}
+
+BarView::~BarView() = default;
+
+void BarView::AddDevice() {
+    recorder = std::make_unique<WindowRecorder>(mainView.Graph(), mainView.Folders());
+    auto* menu = new BPopUpMenu("device", false, false);
+    deviceMenu = menu;
+    menu->SetOpening([this](BMenu&) { FillDeviceMenu(); });
+    device = new BMenuField({0, 0, kDeviceWidth, kHeight}, "audio device", nullptr, menu);
+    device->SetOnDark();
+    device->SetToolTip("The audio device and its rate; click to choose another one, or the MIDI "
+                       "source");
+    AddChild(device);
+    record =
+        new BButton({0, 0, kRecordWidth, kHeight}, "Record", "● Rec", new BMessage(kRecordCode));
+    record->SetOnDark();
+    record->SetTarget(this);
+    record->SetAccessibleName("Record what is heard");
+    AddChild(record);
+}
+
+/// The audio systems, then what the menu of MIDI sources has at present.
+void BarView::FillDeviceMenu() {
+    deviceMenu->RemoveAll();
+    const std::optional<kits::AudioSystem> used = mainView.Graph().System();
+    for (std::size_t i = 0; i < std::size(kSystems); i++) {
+        auto* item =
+            new BMenuItem(kSystems[i].name, new BMessage(kSystemCode + static_cast<uint32>(i)));
+        deviceMenu->AddItem(item);
+        item->SetTarget(this);
+        if (kSystems[i].system == used)
+            item->SetMarked(true);
+    }
+    deviceMenu->AddItem(new BSeparatorItem);
+    // Marks are those of a choice each, so the menu is in no radio mode.
+    for (std::size_t i = 0; const BMenuItem* source = mainView.DeviceMenu().ItemAt(i); i++) {
+        const bool separates = !source->Message();
+        BMenuItem* item = separates
+                              ? new BSeparatorItem
+                              : new BMenuItem(source->Label(), new BMessage(*source->Message()));
+        deviceMenu->AddItem(item);
+        item->SetTarget(&mainView);
+        item->SetMarked(source->IsMarked());
+    }
+}
+
+void BarView::MessageReceived(BMessage* message) {
+    const uint32 system = message->what - kSystemCode;
+    if (message->what == kRecordCode)
+        ToggleRecording();
+    else if (system < std::size(kSystems) && mainView.HasGraph())
+        mainView.Graph().UseSystem(kSystems[system].system);
+    else
+        BView::MessageReceived(message);
+}
+
+void BarView::ToggleRecording() {
+    if (!recorder)
+        return;
+    if (!recorder->IsRecording()) {
+        if (const auto begun = recorder->Begin(mainView.SoundName()); !begun)
+            VexaView::ErrorAlert("The recording cannot begin.", begun.Fault().text);
+    } else if (const auto kept = recorder->End(); kept) {
+        std::fprintf(stderr, "vexa: recorded %s\n", kept->c_str());
+        Announce("recorded " + kept->filename().string());
+        record->SetToolTip(("The last recording is\n" + kept->string()).c_str());
+    } else {
+        VexaView::ErrorAlert("The recording is not complete.", kept.Fault().text);
+    }
+    record->SetDown(recorder->IsRecording());
+}
+
+void BarView::Announce(const std::string& text) {
+    announcement = text;
+    pulsesLeft = kAnnouncementPulses;
+}
+
+void BarView::Refresh() {
+    if (pulsesLeft > 0 && --pulsesLeft == 0)
+        announcement.clear();
+    const std::string next = announcement.empty() ? mainView.Caption() : announcement;
+    if (next != caption) {
+        caption = next;
+        SetToolTip(caption.c_str());
+        SetAccessibleName("sound: " + caption);
+        Invalidate(nameBox);
+    }
+    ShowVoices();
+    if (mainView.HasGraph())
+        ShowDevice();
+}
+
+void BarView::ShowVoices() {
+    const int sounding = CountActive(mainView.Playing().voices);
+    const std::string next =
+        std::to_string(sounding) + "/" + std::to_string(mainView.Played().VoiceLimit());
+    std::string share;
+    if (mainView.HasGraph() && mainView.Graph().IsConnected()) {
+        const float spent = mainView.Graph().Producer().Load();
+        share = std::to_string(std::lround(spent * 100)) + " %";
+    }
+    if (next == voices && share == load)
+        return;
+    voices = next;
+    load = share;
+    Invalidate(voicesBox);
+}
+
+void BarView::ShowDevice() {
+    AudioGraph& graph = mainView.Graph();
+    std::string title = NameOf(graph.System());
+    if (graph.IsConnected()) {
+        char rate[32];
+        std::snprintf(rate, sizeof rate, " %.4g kHz", graph.DeviceRate() / 1000);
+        title += rate;
+    } else if (graph.System() != kits::AudioSystem::None) {
+        title = title.empty() ? "no device" : title + ": none";
+    }
+    if (title != deviceMenu->Name()) {
+        deviceMenu->SetName(title);
+        device->SetAccessibleName("audio device: " + title);
+    }
+}
+
+void BarView::FrameResized(float, float) {
+    Arrange();
+    Invalidate();
+}
+
+/// From the right; what remains at the left is the name's, up to a width.
+void BarView::Arrange() {
+    const BRect bounds = Bounds();
+    const float top = std::floor((bounds.Height() - kHeight) / 2);
+    float right = bounds.right;
+    const auto put = [&](BView* view, float width, float height = kHeight) {
+        if (!view)
+            return;
+        right -= width;
+        view->MoveTo(right, top + std::floor((kHeight - height) / 2));
+        view->ResizeTo(width, height);
+        right -= kGap;
+    };
+    put(silence, kSilenceWidth);
+    put(record, kRecordWidth);
+    voicesBox = {right - kVoicesWidth, top, right, top + kHeight};
+    right = voicesBox.left - kGap;
+    put(device, kDeviceWidth, BMenuField::PreferredHeight());
+    const float width = std::clamp(right, 60.0F, kWidestName);
+    const float left = std::floor((right - width) / 2);
+    nameBox = {left, top, left + width, top + kHeight};
+}
+
+void BarView::Draw(BRect) {
+    const Theme& colors = Colors();
+    font_height height;
+    GetFontHeight(&height);
+    const float baseline =
+        std::floor((nameBox.top + nameBox.bottom + height.ascent - height.descent) / 2);
+    SetHighColor(kBox);
+    FillRoundRect(nameBox, kCorner);
+    SetHighColor(kBoxEdge);
+    StrokeRoundRect(nameBox, kCorner);
+    const std::string shown = Cut(*this, caption, nameBox.Width() - 2 * kInset);
+    SetHighColor(colors.barText);
+    DrawString(shown,
+               {std::floor((nameBox.left + nameBox.right - StringWidth(shown)) / 2), baseline});
+    SetHighColor(colors.barQuietText);
+    const std::string both = load.empty() ? voices : voices + "  ·  " + load;
+    DrawString(both,
+               {std::floor((voicesBox.left + voicesBox.right - StringWidth(both)) / 2), baseline});
+}
+
+} // namespace vexa

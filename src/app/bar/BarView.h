@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What stands in the logo bar between its pictures.
+#pragma once
+
+#include "app/bar/WindowRecorder.h"
+#include "kits/interface/View.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+class BButton;
+class BMenu;
+class BMenuField;
+
+namespace vexa {
+
+class VexaView;
+
+/// From left to right: the sound's name with a mark where it has changed and what is worth knowing
+/// of it; the audio device, whose menu chooses it and the MIDI source; the voices and the share of
+/// the time that they take; the button that records, and the one that silences. What a plug-in's
+/// host has is left out where one plays. Window thread.
+class BarView : public BView {
+  public:
+    /// The bar of the main view, which outlives it, as wide as the frame.
+    BarView(BRect frame, VexaView& mainView);
+    ~BarView() override;
+
+    void Draw(BRect update) override;
+    void FrameResized(float width, float height) override;
+    void MessageReceived(BMessage* message) override;
+    /// Shows what has become of all that since the last call; to be called some ten times a second.
+    void Refresh();
+
+    /// Records, or ends that. What becomes of it is shown in the place of the sound's name for a
+    /// while.
+    void ToggleRecording();
+    bool IsRecording() const { return recorder && recorder->IsRecording(); }
+
+    /// What stands in the place of the name.
+    const std::string& Caption() const { return caption; }
+    BMenu& DeviceMenu() { return *deviceMenu; }
+
+  private:
+    void AddDevice();
+    void FillDeviceMenu();
+    void ShowDevice();
+    void ShowVoices();
+    void Announce(const std::string& text);
+    void Arrange();
+
+    VexaView& mainView;
+    BMenu* deviceMenu = nullptr;
+    BMenuField* device = nullptr;
+    BButton* record = nullptr;
+    BButton* silence = nullptr;
+    std::unique_ptr<WindowRecorder> recorder;
+
+    BRect nameBox;
+    BRect voicesBox;
+    std::string caption;
+    std::string voices;
+    std::string load;
+    /// What is said for a while instead of the name, and the pulses for which it still is.
+    std::string announcement;
+    int pulsesLeft = 0;
+};
+
+} // namespace vexa

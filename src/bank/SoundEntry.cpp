@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "bank/SoundEntry.h"
+
+#include "kits/text/FoldedText.h"
+
+#include <utility>
+
+namespace vexa {
+
+namespace {
+
+/// Words are searched for without the blanks between them, so those of a formula do not count.
+std::string WithoutBlanks(std::string text) {
+    std::erase_if(text, [](char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; });
+    return text;
+}
+
+std::string Searched(const SoundEntry& entry) {
+    std::string text = entry.path.filename();
+    for (const std::string* part :
+         {&entry.name, &entry.category, &entry.tags, &entry.author, &entry.comment})
+        text += '\n' + *part;
+    return kits::Folded(text + '\n' + WithoutBlanks(entry.formula));
+}
+
+void Tell(const Sound& sound, SoundEntry& entry) {
+    if (sound.info.name && !sound.info.name->empty())
+        entry.name = *sound.info.name;
+    entry.category = sound.info.category.value_or("");
+    entry.tags = sound.info.tags.value_or("");
+    entry.comment = sound.info.comment.value_or("");
+    entry.author = sound.author;
+    entry.formula = sound.function.kind == FunctionKind::Expression ? sound.function.expression
+                                                                    : sound.function.sampleFile;
+}
+
+} // namespace
+
+std::string OneLine(std::string text, const std::filesystem::path& path) {
+    const std::string folder = path.parent_path().string() + '/';
+    for (std::size_t at = 0; (at = text.find(folder, at)) != std::string::npos;)
+        text.erase(at, folder.size());
+    while (text.ends_with('\n'))
+        text.pop_back();
+    for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos;)
+        text.replace(at, 1, text.substr(0, at).ends_with(':') ? " " : "; ");
+    return text;
+}
+
+ReadEntry ReadSoundEntry(const std::filesystem::path& path, bool own) {
+    ReadEntry read;
+    SoundEntry& entry = read.entry;
+    entry.path = path;
+    entry.own = own;
+    entry.name = path.stem();
+    ReadReport report;
+    kits::Result<Sound> sound = ReadSound(path, report);
+    if (sound) {
+        Tell(*sound, entry);
+        read.sound = *std::move(sound);
+    } else {
+        entry.fault = OneLine(report.reason, path);
+    }
+    entry.searched = Searched(entry);
+    return read;
+}
+
+} // namespace vexa

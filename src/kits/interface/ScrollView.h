@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// A view that shows a part of a larger one.
+#pragma once
+
+#include "kits/interface/View.h"
+
+class QScrollArea;
+
+/// Has bars where the target is larger than the view. The wheel moves it where nothing in it has
+/// another use for that, and what gets the focus comes into sight. Window thread.
+class BScrollView : public BView {
+  public:
+    BScrollView(BRect frame, const char* name, uint32 resizingMode = B_FOLLOW_LEFT | B_FOLLOW_TOP);
+    ~BScrollView() override;
+
+    /// Takes the view that is shown, once. It is as large as it says, but not smaller than what
+    /// can be seen, and than the least size given here (as BRect::Width and Height count it).
+    void SetTarget(BView* view, float leastWidth, float leastHeight);
+    /// Another least size.
+    void SetLeastSize(float width, float height);
+
+    void FrameResized(float width, float height) override;
+
+    /// How thick a bar is, in pixels.
+    static float BarWidth();
+
+  private:
+    void Fit();
+
+    QScrollArea* area;
+    BView* target = nullptr;
+    float leastWidth = 0;
+    float leastHeight = 0;
+};

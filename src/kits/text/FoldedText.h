@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Texts as a search compares them.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace kits {
+
+/// The text without case, accents and the differences of compatibility characters (Unicode's
+/// case folding, NFKD without its marks). Of a text that is not UTF-8 only ASCII's case goes. Any
+/// thread.
+std::string Folded(std::string_view text);
+
+} // namespace kits

@@ -38,6 +38,9 @@ class OutputTap {
     /// thread.
     void Put(const float* buffer, std::size_t count, std::size_t channels) noexcept;
 
+    /// How many there are. Any thread.
+    int32 Listeners() const noexcept { return listeners; }
+
     /// Has frames be kept as long as it lives. Window thread.
     class Listener {
       public:

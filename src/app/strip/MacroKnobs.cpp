@@ -192,15 +192,15 @@ void MacroKnobs::MessageReceived(BMessage* message) {
     if (message->FindInt32("macro", &macro) != B_OK || macro < 0 || macro >= int32(kMacros))
         return BView::MessageReceived(message);
     const auto index = static_cast<std::size_t>(macro);
-    Cell& cell = cells[index];
     Instrument& instrument = mainView.Played();
+    std::string text;
+    message->FindString("be:text", &text);
     switch (message->what) {
     case kValueCode:
-        instrument.EditMacroValue(index, cell.value->Text());
+        instrument.EditMacroValue(index, text);
         break;
     case kControllerCode:
-        if (instrument.EditMacroController(index, cell.controller->Text()) ==
-            TextFault::ControllerNumber)
+        if (instrument.EditMacroController(index, text) == TextFault::ControllerNumber)
             VexaView::ErrorAlert(kInvalidController);
         break;
     default:

@@ -41,8 +41,14 @@ void NumberField::Show(double number) {
     TellFault("");
 }
 
-std::optional<std::string> NumberField::Typed() const {
-    std::string text = Trimmed(Text());
+std::optional<std::string> NumberField::Typed(const BMessage& message) const {
+    std::string text;
+    message.FindString("be:text", &text);
+    return WithoutUnit(text);
+}
+
+std::optional<std::string> NumberField::WithoutUnit(const std::string& shownText) const {
+    std::string text = Trimmed(shownText);
     const std::string unit = Trimmed(look.unit);
     if (!unit.empty() && text.ends_with(unit))
         text = Trimmed(text.substr(0, text.size() - unit.size()));
@@ -78,7 +84,7 @@ bool NumberField::Step(double steps) {
     }
     // From what is typed, if that is a number.
     std::size_t length = 0;
-    const double typed = kits::NumberOf(Typed().value_or(""), &length);
+    const double typed = kits::NumberOf(WithoutUnit(Text()).value_or(""), &length);
     const double from = length > 0 && IsEdited() ? typed : shown;
     // Hundredths of steps, so that the way back leads to where it came from.
     const double grid = look.whole ? 1 : look.step / 100;

@@ -30,8 +30,9 @@ class NumberField : public BTextControl {
     /// Shows the number, unless a person is about to type another.
     void Show(double number);
     double Shown() const { return shown; }
-    /// What was typed as it would be written without the unit: nothing for no text. Not checked.
-    std::optional<std::string> Typed() const;
+    /// What a message of the field says was typed, as it would be written without the unit: nothing
+    /// for no text. Not checked.
+    std::optional<std::string> Typed(const BMessage& message) const;
     /// The text was not taken, and why; or it was.
     void TellFault(const std::string& fault);
     /// What the field is for.
@@ -42,6 +43,7 @@ class NumberField : public BTextControl {
 
   private:
     bool Step(double steps);
+    std::optional<std::string> WithoutUnit(const std::string& shownText) const;
     std::string TextOf(double number) const;
 
     const Look look;

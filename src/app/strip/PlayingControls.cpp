@@ -142,7 +142,7 @@ void PlayingControls::MessageReceived(BMessage* message) {
     int32 word = 0;
     message->FindInt32("word", &word);
     const std::optional<std::string> text =
-        number ? number->Typed() : std::string(what.words[static_cast<std::size_t>(word)]);
+        number ? number->Typed(*message) : std::string(what.words[static_cast<std::size_t>(word)]);
     const bool taken = mainView.Played().EditPlaying(what, text);
     if (number)
         number->TellFault(taken ? "" : "This must be " + std::string(what.allowed));

@@ -148,9 +148,9 @@ void Strip::ShowHands() {
                            : "The pitch wheel, for a sound that says how it is played");
 }
 
-/// Where nobody has looked for a while the strip is not seen, and the output is left alone.
+/// While it is hidden the output is left alone.
 void Strip::Pulse() {
-    if (std::chrono::steady_clock::now() - before < std::chrono::seconds(1))
+    if (!IsHidden())
         return;
     scope->Listen(false);
     meter->Listen(false);

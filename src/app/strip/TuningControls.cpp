@@ -36,7 +36,9 @@ class TuningControls::OfExtension : public BRefFilter {
 };
 
 TuningControls::TuningControls(VexaView& mainView)
-    : CellGrid("tuning", 1), mainView(mainView), filter(std::make_unique<OfExtension>()) {
+    : CellGrid("tuning of all sounds", 1),
+      mainView(mainView),
+      filter(std::make_unique<OfExtension>()) {
     auto* popUp = new BPopUpMenu("tuning", false);
     menu = popUp;
     field = new BMenuField({0, 0, 60, 0}, "tuning", nullptr, popUp);
@@ -137,7 +139,7 @@ void TuningControls::MessageReceived(BMessage* message) {
         (message->what == kScaleOpenedCode ? next.scale : next.keymap) = path.Path();
         break;
     case kA4Code: {
-        const std::optional<std::string> text = a4->Typed();
+        const std::optional<std::string> text = a4->Typed(*message);
         std::size_t length = 0;
         const double hertz = kits::NumberOf(text.value_or(""), &length);
         const bool allowed =

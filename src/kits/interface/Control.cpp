@@ -45,6 +45,9 @@ class Line : public QLineEdit {
             clearFocus();
             // The window may have a use for the key too.
             event->ignore();
+        } else if (event->key() == Qt::Key_Up || event->key() == Qt::Key_Down) {
+            // A line has no use for them; beside Ctrl the toolkit would swallow them.
+            event->ignore();
         } else {
             QLineEdit::keyPressEvent(event);
         }
@@ -214,7 +217,11 @@ void BTextControl::Type(const char* next) {
 
 void BTextControl::Confirm() {
     confirmed = Text();
-    Invoke();
+    if (!Message())
+        return;
+    BMessage message = *Message();
+    message.AddString("be:text", confirmed);
+    Target().SendMessage(message);
 }
 
 void BTextControl::SetModificationMessage(BMessage* message) {

@@ -96,7 +96,8 @@ OrbitPath UsualOrbit(const SoundRecords& records) {
 
 OrbitPath NewestOrbit(const SoundRecords& records) {
     const std::optional<std::size_t> slot = NewestSlot(records.voices);
-    if (!slot)
+    // What is over is a point.
+    if (!slot || IsOver(records.voices[*slot], records.voices[*slot].state.Look()))
         return UsualOrbit(records);
     const VoiceView v = Look(records.voices[*slot]);
     return PathOf(records, v, v.sums.value_or(SumsFor(records, v.vel, v.key)));

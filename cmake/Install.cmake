@@ -8,7 +8,8 @@ endif()
 install(TARGETS ${programs} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 # Not from the build's program folder, where a person's own may lie. Content here tells the programs that they are
 # installed, be it where they could write (kits/storage/ProgramFolder.h).
-install(DIRECTORY data/functions data/sounds ${VEXA_MADE_CONTENT}/samples DESTINATION ${VEXA_INSTALLED_CONTENT})
+install(DIRECTORY data/functions data/sounds ${VEXA_MADE_CONTENT}/samples ${VEXA_MADE_CONTENT}/pictures
+    DESTINATION ${VEXA_INSTALLED_CONTENT})
 install(FILES data/demo.mid data/shipped-content DESTINATION ${VEXA_INSTALLED_CONTENT})
 
 if(VEXA_WINDOW)
@@ -38,6 +39,7 @@ endif()
 if(TARGET vexa-clap)
     set(clap ${CMAKE_INSTALL_LIBDIR}/clap)
     install(TARGETS vexa-clap LIBRARY DESTINATION ${clap})
-    install(DIRECTORY ${VEXA_MADE_CONTENT}/samples data/sounds DESTINATION ${clap}/vexa)
+    install(DIRECTORY ${VEXA_MADE_CONTENT}/samples ${VEXA_MADE_CONTENT}/pictures data/sounds
+        DESTINATION ${clap}/vexa)
     install(FILES data/shipped-content DESTINATION ${clap}/vexa)
 endif()

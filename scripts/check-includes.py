@@ -14,7 +14,7 @@ import tempfile
 
 # Kits that know no windows: all that the engine may use of them.
 ENGINE_KITS = ["kits/support", "kits/storage", "kits/application", "kits/kernel", "kits/maths",
-               "kits/media", "kits/midi"]
+               "kits/media", "kits/midi", "kits/pictures"]
 ALL_KITS = ENGINE_KITS + ["kits/interface", "kits/translation", "kits/spectrum"]
 ENGINE = ["synth", "tuning", "midi", "audio", "formula", "functions", "xml", "documents", "instrument"]
 
@@ -28,6 +28,7 @@ ALLOWED = {
     "kits/maths": ["kits/support"],
     "kits/media": ["kits/support", "kits/storage", "kits/application", "kits/kernel", "kits/maths"],
     "kits/midi": ["kits/support", "kits/storage", "kits/application", "kits/kernel"],
+    "kits/pictures": ["kits/support", "kits/storage"],
     "kits/interface": ["kits/support", "kits/storage", "kits/application", "kits/kernel"],
     "kits/translation": ["kits/support", "kits/storage", "kits/application", "kits/kernel",
                          "kits/interface"],

@@ -3,7 +3,7 @@
 """Tells the content that comes with the program from what a person has made of it.
 
   shipped-content.py copy RECORD FOLDER SOURCE...
-      Copies functions/, sounds/ and samples/ of the sources into the program folder FOLDER: what is
+      Copies functions/, sounds/, samples/ and pictures/ of the sources into the program folder FOLDER: what is
       absent there, and what is as it was copied or as some version of the program had it. Anything
       else is a person's work and stays. RECORD keeps the digests of what was copied.
   shipped-content.py rescue RECORD FOLDER
@@ -26,10 +26,11 @@ import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 LIST = ROOT / "data/shipped-content"
-FOLDERS = ("functions", "sounds", "samples")
+FOLDERS = ("functions", "sounds", "samples", "pictures")
 # What compiling an expression leaves in the program folder.
 COMPILED = ("functions/recent", "functions/recent.c")
-SAMPLES_SCRIPT = "scripts/make-samples.py"
+# What makes the content of a folder that is not kept.
+SCRIPTS = {"scripts/make-samples.py": "samples", "scripts/make-pictures.py": "pictures"}
 # The programs take a larger file for a person's without a look (kits/storage/ProgramFolder.cpp).
 LARGEST = 1 << 20
 
@@ -151,20 +152,20 @@ def every_version(*paths):
 
 
 def shipped_so_far():
-    """Pairs (digest, name); samples are what each version of their script makes."""
+    """Pairs (digest, name); samples and pictures are what each version of their script makes."""
     pairs, scripts = set(), set()
-    for name, data in every_version("data/functions", "data/sounds", SAMPLES_SCRIPT):
-        if name == SAMPLES_SCRIPT:
-            scripts.add(data)
+    for name, data in every_version("data/functions", "data/sounds", *SCRIPTS):
+        if name in SCRIPTS:
+            scripts.add((SCRIPTS[name], data))
             continue
         pairs.add((digest_of(data), name.removeprefix("data/")))
         if len(data) > LARGEST:
             sys.exit(f"{name} is larger than {LARGEST} bytes")
-    for script in scripts:
+    for kind, script in scripts:
         with tempfile.TemporaryDirectory() as folder:
-            made = pathlib.Path(folder) / "samples"
+            made = pathlib.Path(folder) / kind
             subprocess.run([sys.executable, "-", made], input=script, check=True)
-            pairs |= {(digest_of_file(path), f"samples/{path.name}") for path in made.iterdir()}
+            pairs |= {(digest_of_file(path), f"{kind}/{path.name}") for path in made.iterdir()}
     return pairs
 
 

@@ -36,6 +36,11 @@ if(TARGET pages)
     add_test(NAME desktop COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_SOURCE_DIR}/desktop_test.py ${CMAKE_BINARY_DIR})
 endif()
 
+# Every control has a name for those who cannot see it, and the Tab key reaches it.
+if(TARGET vexa)
+    add_test(NAME accessible COMMAND ${CMAKE_SOURCE_DIR}/scripts/check-accessible.py ${CMAKE_BINARY_DIR})
+endif()
+
 # A render is the same bytes with every instruction set, and calls nothing of which machines have their own idea.
 # scripts/check-arm64 compares with another machine.
 add_test(NAME renders COMMAND ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/scripts/compare-renders.py

@@ -21,13 +21,15 @@ set(VEXA_PROGRAM_FOLDER ${CMAKE_BINARY_DIR}/bin)
 set(VEXA_MADE_CONTENT ${CMAKE_BINARY_DIR}/content)
 add_subdirectory(data)
 """
-# Quicker than computing tones.
-SAMPLES_SCRIPT = """import pathlib, sys
+# Quicker than computing tones and terrains.
+SCRIPT = """import pathlib, sys
 folder = pathlib.Path(sys.argv[1])
 folder.mkdir(parents=True, exist_ok=True)
-for name in ("harp.wav", "pluck.wav", "voice.wav", "vowel.wav"):
+for name in %s:
     (folder / name).write_text(name)
 """
+MADE = {"samples": ("harp.wav", "pluck.wav", "voice.wav", "vowel.wav"),
+        "pictures": ("island.png", "julia.png", "letters.png", "rose.png", "weave.png")}
 
 
 class ShippedContent(unittest.TestCase):
@@ -40,7 +42,8 @@ class ShippedContent(unittest.TestCase):
         for name in ("data", "scripts"):
             shutil.copytree(SOURCE / name, self.tree / name)
         (self.tree / "CMakeLists.txt").write_text(TREE_RULES)
-        (self.tree / "scripts/make-samples.py").write_text(SAMPLES_SCRIPT)
+        for kind, names in MADE.items():
+            (self.tree / f"scripts/make-{kind}.py").write_text(SCRIPT % repr(names))
 
     def run_command(self, *command):
         environment = dict(os.environ, XDG_DATA_HOME=str(self.home))
@@ -74,6 +77,8 @@ class ShippedContent(unittest.TestCase):
 
     def test_what_a_person_changed_stays_and_what_is_as_copied_follows_the_source(self):
         self.make()
+        for kind, names in MADE.items():
+            self.assertEqual({path.name for path in (self.build / "bin" / kind).iterdir()}, set(names))
         self.copy_of("bass.xml").write_text("edited")
         self.copy_of("mine.xml").write_text("mine")
         for name in ("bass.xml", "bell.xml"):

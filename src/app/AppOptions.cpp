@@ -97,8 +97,8 @@ std::vector<kits::OptionText> AppOptionTexts() {
 
 std::string AppHelpText() {
     return "Usage: vexa [options] [FILE]\n\n"
-           "Opens the synthesizer's window with a sound, a function or a sample, or plays without "
-           "one. Set VEXA_TRACE=1 for trace lines "
+           "Opens the synthesizer's window with a sound, a function, a sample or a picture, or "
+           "plays without one. Set VEXA_TRACE=1 for trace lines "
            "on standard error.\n\n" +
            kits::OptionHelp<AppOptions>(Rows());
 }

@@ -24,7 +24,7 @@ struct AppOptions {
     bool noWindow = false;
     /// The window is the logo bar and the main view alone, in their first colours.
     bool classic = false;
-    /// A sound, a function or a sample to start with.
+    /// A sound, a function, a sample or a picture to start with.
     std::optional<std::filesystem::path> file;
     /// A file's path or a sound's name. Without a value: the sound "default".
     std::optional<std::filesystem::path> sound;

@@ -9,26 +9,19 @@
 
 namespace vexa {
 
-/// Watches the controllers from a moment on. Window thread.
+/// Compares the controllers with how they were at its beginning. Window thread.
 class ControllerLearn {
   public:
-    explicit ControllerLearn(const ControllerTable& controllers) : controllers(controllers) {
-        for (std::size_t i = 0; i < before.size(); i++)
-            before[i] = controllers[i];
-    }
+    /// From now on what moves counts.
+    explicit ControllerLearn(const ControllerTable& controllers);
 
-    /// The number of one that has moved since; nothing while none has.
-    std::optional<int32> Moved() const {
-        for (std::size_t i = 0; i < before.size(); i++) {
-            if (controllers[i] != before[i])
-                return static_cast<int32>(i);
-        }
-        return std::nullopt;
-    }
+    /// The number of the controller that has moved furthest since, by more than a jitter of the
+    /// hand; nothing while none has.
+    std::optional<int> Moved() const;
 
   private:
-    const ControllerTable& controllers;
-    std::array<float, 128> before{};
+    const ControllerTable* controllers;
+    std::array<float, std::tuple_size_v<ControllerTable>> before;
 };
 
 } // namespace vexa

@@ -2,6 +2,7 @@
 #include "app/VexaView.h"
 
 #include "app/Attachment.h"
+#include "app/FieldNames.h"
 #include "app/FormulaHint.h"
 #include "app/MessageCodes.h"
 #include "kits/interface/Alert.h"
@@ -74,7 +75,16 @@ void VexaView::AddField(FieldId id, std::string_view name, std::string_view text
     BTextControl*& field = fields[id.Index()];
     field = new BTextControl(frame, std::string(name).c_str(), nullptr, std::string(text).c_str(),
                              new BMessage(code), kLeftTop);
+    field->SetAccessibleName(SpokenName(id));
     AddChild(field);
+}
+
+/// Has wheel and arrows turn the field's number, and a click with Ctrl bring the text back.
+void VexaView::MakeTurn(FieldId id, std::string_view reset, const NumberRange& range) {
+    Field(id).SetStepping([range](const std::string& text, int steps, uint32 modifiers) {
+        return Stepped(text, steps, modifiers, range);
+    });
+    Field(id).SetReset(reset);
 }
 
 /// With the text of a fresh window.
@@ -82,6 +92,10 @@ void VexaView::AddField(FunctionField id, BRect frame) {
     const FunctionFieldRow& row = RowOf(id);
     Function initial;
     AddField(id, row.name, row.text(initial), row.code, frame);
+    if (id == FunctionField::Expression)
+        return;
+    const bool positive = id == FunctionField::Width || id == FunctionField::Frequency;
+    MakeTurn(id, row.text(initial), {.least = positive ? 0.01 : -1e6});
 }
 
 void VexaView::AddPlaneControls() {
@@ -179,6 +193,7 @@ void VexaView::AddEnvelopes() {
         envelopes[i] =
             new EnvView(frame, "EnvView", place.minimum, place.maximum, kEnvelopeTimeRange,
                         B_FOLLOW_LEFT_RIGHT, Colors().editor, Colors().envelopes[i]);
+        envelopes[i]->SetAccessibleName(SpokenEnvelopeName(i));
         Playing().parameters.*place.target = envelopes[i];
         AddCoefficients(place.group);
         AddChild(envelopes[i]);
@@ -189,8 +204,13 @@ void VexaView::AddEnvelopes() {
 }
 
 void VexaView::AddCoefficients(std::string_view group) {
-    for (const Parameter& row : ParametersOf(group))
+    for (const Parameter& row : ParametersOf(group)) {
         AddField(row.id, row.field, row.initialText, row.code, formulas.FieldFrame(row.id));
+        if (row.controller)
+            MakeTurn(row.id, row.initialText, {.least = 0, .most = 127, .whole = true});
+        else
+            MakeTurn(row.id, row.initialText, {});
+    }
 }
 
 /// Last, as it lies over all else.
@@ -238,6 +258,7 @@ void VexaView::Pulse() {
     kits::CollectRetired();
     FollowMacros();
     ShowWhatChanges();
+    LearnController();
     // The formula plays on.
     const FunctionReport addon = instrument.Collect();
     if (!addon)
@@ -248,6 +269,27 @@ void VexaView::Pulse() {
         text += (text.empty() ? "" : "\n\n") + alert;
     if (!text.empty())
         NewErrorAlert(text, addon.details)->Show();
+}
+
+/// While the field of a controller's number has the keyboard, a controller that moves is taken.
+void VexaView::LearnController() {
+    const auto focused = std::ranges::find_if(Parameters(), [this](const Parameter& row) {
+        return row.controller && Field(row.id).IsFocus();
+    });
+    if (focused == Parameters().end()) {
+        learning.reset();
+        return;
+    }
+    if (!learning || learning->field != FieldId(focused->id))
+        learning = Learning{focused->id, ControllerLearn(Playing().controllers)};
+    const std::optional<int> moved = learning->from.Moved();
+    if (!moved)
+        return;
+    learning.reset();
+    if (std::to_string(*moved) == Field(focused->id).Text())
+        return;
+    Field(focused->id).Type(std::to_string(*moved).c_str());
+    Field(focused->id).Confirm();
 }
 
 void VexaView::WatchSound() {

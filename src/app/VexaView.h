@@ -3,9 +3,11 @@
 #pragma once
 
 #include "app/ComputerKeyboard.h"
+#include "app/ControllerLearn.h"
 #include "app/FieldId.h"
 #include "app/FormulaPanel.h"
 #include "app/MessageCodes.h"
+#include "app/NumberStep.h"
 #include "app/ScreenPiano.h"
 #include "audio/AudioGraph.h"
 #include "instrument/Instrument.h"
@@ -46,10 +48,10 @@ class R2RFView;
 /// controller are written by the MIDI and the media thread.
 class VexaView : public BView {
   public:
-    /// `folders` are where documents and samples are found and saved. Builds the view and starts
-    /// the audio graph; failures are shown by alerts and leave the rest working. Where there is a
-    /// `plugin`, which outlives the view, it is that which plays: there is no graph, the view shows
-    /// the plug-in's sound and notes, and what is done here is done there.
+    /// `folders` are where documents, samples and pictures are found and saved. Builds the view and
+    /// starts the audio graph; failures are shown by alerts and leave the rest working. Where there
+    /// is a `plugin`, which outlives the view, it is that which plays: there is no graph, the view
+    /// shows the plug-in's sound and notes, and what is done here is done there.
     VexaView(BRect frame, const char* name, const kits::ProgramFolders& folders,
              Attachment* plugin = nullptr);
     ~VexaView() override;
@@ -74,8 +76,8 @@ class VexaView : public BView {
     /// "sounds/default.xml". One that is not there is told on standard error only.
     void LoadDefaultSound();
     bool LoadSound(const std::filesystem::path& path);
-    /// Loads a sound, a function or a sample, whichever the file is. Asks before another sound
-    /// takes the place of one that has changed.
+    /// Loads a sound, a function, a sample or a picture, whichever the file is. Asks before another
+    /// sound takes the place of one that has changed.
     void Open(const std::filesystem::path& path);
     bool LoadFunction(const std::filesystem::path& path);
     /// Into the folder sounds or functions, under a plain file name.
@@ -116,6 +118,8 @@ class VexaView : public BView {
     bool Compiling() const { return instrument.Compiling(); }
     /// Winds a sound file onto the plane; false, with an alert, where that fails.
     bool LoadSample(const char* path);
+    /// Lays the brightness of a picture file on the plane; false, with an alert, where that fails.
+    bool LoadPicture(const char* path);
 
     // MIDI.
 
@@ -159,7 +163,9 @@ class VexaView : public BView {
     const FormulaPanel& Formulas() const { return formulas; }
     /// What nobody would expect of what is saved at this moment; empty if there is nothing.
     std::string SavingRemark() const;
-    bool SampleMode() const { return instrument.State().function.kind == FunctionKind::Sample; }
+    /// Of the function that would be saved.
+    FunctionKind Kind() const { return instrument.State().function.kind; }
+    bool SampleMode() const { return Kind() == FunctionKind::Sample; }
     const std::string& SoundAuthor() const { return instrument.State().author; }
     const std::string& FunctionAuthor() const { return instrument.State().function.author; }
 
@@ -173,6 +179,7 @@ class VexaView : public BView {
     void AddField(FieldId id, std::string_view name, std::string_view text, uint32 code,
                   BRect frame);
     void AddField(FunctionField id, BRect frame);
+    void MakeTurn(FieldId id, std::string_view reset, const NumberRange& range);
     void AddHint();
     void StartGraph();
     void ShowSound();
@@ -184,6 +191,7 @@ class VexaView : public BView {
     void WatchPlugin();
     static void Leave();
     void FollowMacros();
+    void LearnController();
 
     // Messages.
     bool TakeParameter(uint32 code);
@@ -245,7 +253,7 @@ class VexaView : public BView {
     /// What saving the sound is to be followed by, if anything.
     std::function<void()> afterSaving;
     /// There is no file of that name: nothing sounds, and the name is all that can be saved.
-    bool sampleMissing = false;
+    bool fileMissing = false;
     /// The field has an expression that is not installed, as it is wrong, and why.
     bool expressionWrong = false;
     std::string refusal;
@@ -263,6 +271,13 @@ class VexaView : public BView {
     /// The byte of the fault in what is typed, if it has one.
     std::optional<std::size_t> faultPlace;
     int pulsesOfRest = 0;
+
+    /// The field that has the keyboard, and the controllers when it got that.
+    struct Learning {
+        FieldId field;
+        ControllerLearn from;
+    };
+    std::optional<Learning> learning;
 
     FormulaPanel formulas;
 

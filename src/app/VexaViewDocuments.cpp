@@ -72,14 +72,14 @@ Sound VexaView::ConstructSound() const {
 }
 
 void VexaView::InterpretFunction(const Function& function) {
-    const bool isSample = function.kind == FunctionKind::Sample;
-    if (isSample)
+    const bool isExpression = function.kind == FunctionKind::Expression;
+    if (function.kind == FunctionKind::Sample)
         SetAndInvoke(FunctionField::Frequency, function.frequency);
-    else
+    if (isExpression)
         Field(FunctionField::Expression).SetText(function.expression.c_str());
     instrument.SetMacros(function);
-    sampleMissing = !Install(function) && isSample;
-    if (sampleMissing)
+    fileMissing = !Install(function) && !isExpression;
+    if (fileMissing)
         instrument.Silence();
     // Saving it again must not lose the name: the file may only be elsewhere for a while.
     instrument.Adopt(function);
@@ -165,6 +165,7 @@ void VexaView::Open(const std::filesystem::path& path) {
         LoadFunction(path);
         break;
     case DocumentKind::Sample:
+    case DocumentKind::Picture:
         OpenSample(path);
         break;
     }
@@ -233,14 +234,15 @@ bool VexaView::Changed() const {
 }
 
 std::string VexaView::SavingRemark() const {
-    if (sampleMissing)
-        return "The sample \"" + instrument.State().function.sampleFile +
-               "\" is missing, so that nothing sounds. Its name will be saved.";
+    const std::string file =
+        (SampleMode() ? "sample \"" : "picture \"") + SourceOf(instrument.State().function) + '"';
+    if (fileMissing)
+        return "The " + file + " is missing, so that nothing sounds. Its name will be saved.";
     if (!expressionWrong)
         return "";
-    return SampleMode()
-               ? "The expression is wrong and will not be saved: the sample \"" +
-                     instrument.State().function.sampleFile + "\", which sounds, will."
+    return Kind() != FunctionKind::Expression
+               ? "The expression is wrong and will not be saved: the " + file +
+                     ", which sounds, will."
                : "The expression is wrong. It will be saved as it stands, not the function "
                  "that sounds.";
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Where the main view's plane function comes from: an expression or a sample.
+// Where the main view's plane function comes from: an expression, a sample or a picture.
 #include "app/VexaView.h"
+#include "documents/DocumentKind.h"
 #include "kits/interface/Control.h"
 #include "views/R2RFView.h"
 
@@ -34,18 +35,18 @@ class Pause {
 
 /// Installs the function; where that fails it is shown, and the function before stays.
 bool VexaView::Install(const Function& function) {
-    const bool isSample = function.kind == FunctionKind::Sample;
+    const bool isExpression = function.kind == FunctionKind::Expression;
     EndTyping();
     BTextControl& field = Field(FunctionField::Expression);
     std::optional<Pause> pause;
-    if (!isSample)
+    if (isExpression)
         pause.emplace(field);
     const FunctionReport report = instrument.SetFunction(function);
     // What fails without an alert plays all the same.
     const bool installed = report.alerts.empty();
     if (installed)
-        sampleMissing = false;
-    if (!isSample) {
+        fileMissing = false;
+    if (isExpression) {
         expressionWrong = !installed;
         refusal = installed ? "" : report.details;
         field.MarkWrong(!installed);
@@ -66,10 +67,10 @@ void VexaView::ShowFailure(const FunctionReport& report) {
         ErrorAlert(alert, &alert == &report.alerts.back() ? report.details : "");
 }
 
-/// The fields are those of an expression or of a sample, whichever the function is.
+/// The fields are those of what the function is made from.
 void VexaView::ShowKind() {
     Field(FunctionField::Frequency).SetEnabled(SampleMode());
-    if (!SampleMode())
+    if (Kind() == FunctionKind::Expression)
         return;
     BTextControl& expression = Field(FunctionField::Expression);
     expression.SetText("");
@@ -85,13 +86,13 @@ bool VexaView::Compile(const char* expression) {
     function.expression = expression;
     function.author = kDefaultAuthor;
     const bool installed = Install(function);
-    // A sample that sounds stays what would be saved, as long as the expression is wrong.
-    if (!installed && SampleMode()) {
+    // A file that sounds stays what would be saved, as long as the expression is wrong.
+    if (!installed && Kind() != FunctionKind::Expression) {
         function = instrument.State().function;
         function.author = kDefaultAuthor;
     }
     instrument.Adopt(function);
-    if (!SampleMode())
+    if (Kind() == FunctionKind::Expression)
         ShowKind();
     return installed;
 }
@@ -99,7 +100,7 @@ bool VexaView::Compile(const char* expression) {
 bool VexaView::LoadSample(const char* path) {
     Function function = ConstructFunction();
     function.kind = FunctionKind::Sample;
-    function.sampleFile = SampleFileName(path, folders);
+    function.sampleFile = folders.NameOf("samples", path);
     function.author = kDefaultAuthor;
     if (!Install(function))
         return false;
@@ -108,8 +109,22 @@ bool VexaView::LoadSample(const char* path) {
     return true;
 }
 
+bool VexaView::LoadPicture(const char* path) {
+    Function function = ConstructFunction();
+    function.kind = FunctionKind::Picture;
+    function.pictureFile = folders.NameOf("pictures", path);
+    function.author = kDefaultAuthor;
+    if (!Install(function))
+        return false;
+    ShowKind();
+    return true;
+}
+
 void VexaView::OpenSample(const std::string& path) {
-    LoadSample(path.c_str());
+    if (KindOf(path) == DocumentKind::Picture)
+        LoadPicture(path.c_str());
+    else
+        LoadSample(path.c_str());
 }
 
 void VexaView::TakeSampleFrequency() {

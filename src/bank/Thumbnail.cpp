@@ -39,7 +39,7 @@ constexpr float kOrbit[] = {64, 224, 80};
 /// Silence where the sample is too long.
 kits::Result<PlaneFunction> SampleFunctionOf(const Function& function,
                                              const kits::ProgramFolders& folders) {
-    const std::filesystem::path path = SamplePath(function, folders);
+    const std::filesystem::path path = FileOf(function, folders).value_or("");
     const kits::Result<int64> length = SampleLength(path);
     if (!length)
         return length.Fault();

@@ -4,6 +4,7 @@
 #include "documents/FunctionDocument.h"
 #include "documents/SoundDocument.h"
 #include "kits/media/MediaFile.h"
+#include "kits/pictures/PictureFile.h"
 #include "kits/storage/NodeInfo.h"
 #include "kits/storage/ReadFile.h"
 
@@ -20,13 +21,15 @@ namespace vexa {
 namespace {
 
 /// How a file begins, so that a sample of any length is not read as text.
-enum class Beginning { Nothing, Xml, OtherText, Other };
+enum class Beginning { Nothing, Xml, OtherText, Picture, Other };
 
 Beginning BeginningOf(const std::filesystem::path& path) {
     const kits::Result<kits::Descriptor> file = kits::OpenRegularFile(path);
     std::array<char, 4096> bytes;
     const ssize_t count = file ? ::read(file->Number(), bytes.data(), bytes.size()) : 0;
     std::string_view text(bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    if (kits::IsPicture(text))
+        return Beginning::Picture;
     if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF"))
         return Beginning::OtherText;
     // The mark that some editors put before a text in UTF-8.
@@ -49,9 +52,9 @@ std::optional<DocumentKind> KindByRoot(const std::filesystem::path& path) {
     const std::string_view root = loaded ? std::string_view(loaded->document.root->name) : "";
     if (root == kSoundElement)
         return DocumentKind::Sound;
-    if (root == kExpressionFunction || root == kSampleFunction)
-        return DocumentKind::Function;
-    return std::nullopt;
+    const bool isFunction =
+        std::ranges::any_of(kFunctionElements, [&](const auto& row) { return root == row.name; });
+    return isFunction ? std::optional(DocumentKind::Function) : std::nullopt;
 }
 
 std::optional<DocumentKind> KindByType(const std::filesystem::path& path) {
@@ -77,6 +80,8 @@ DocumentKind KindByContent(const std::filesystem::path& path) {
         if (const auto kind = KindByRoot(path))
             return *kind;
         return KindByType(path).value_or(DocumentKind::Function);
+    case Beginning::Picture:
+        return DocumentKind::Picture;
     case Beginning::Other: {
         const auto kind = KindByType(path);
         return kind && !IsSoundFile(path) ? *kind : DocumentKind::Sample;

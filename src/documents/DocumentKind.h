@@ -6,9 +6,10 @@
 
 namespace vexa {
 
-enum class DocumentKind { Sound, Function, Sample };
+enum class DocumentKind { Sound, Function, Sample, Picture };
 
-/// By the content: XML by its root element, and what else there is in a file is taken for a sample.
+/// By the content: XML by its root element, a picture by its first bytes, and what else there is in
+/// a file is taken for a sample.
 /// The file's type counts only where the content tells nothing: for an XML text with a root element
 /// of another program or none, and for what is neither XML nor a sound file. What is empty or in
 /// UTF-16, is no regular file, or cannot be read is a document where its name ends in ".xml".

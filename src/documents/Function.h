@@ -6,10 +6,11 @@
 
 #include <array>
 #include <string>
+#include <utility>
 
 namespace vexa {
 
-enum class FunctionKind { Expression, Sample };
+enum class FunctionKind { Expression, Sample, Picture };
 
 /// The author of what was edited since it was loaded.
 constexpr const char* kDefaultAuthor = "Beta User";
@@ -48,6 +49,8 @@ struct Function {
     /// frequency (Hz).
     std::string sampleFile;
     std::string frequency = "440";
+    /// The name of a file in the pictures folder, or a path from "/"; of the kind Picture.
+    std::string pictureFile;
     /// Width of the part of the plane that is shown.
     std::string width = "15";
     /// The point of the plane that is shown at the point of the view, which is relative to the
@@ -61,5 +64,21 @@ struct Function {
 
     bool operator==(const Function&) const = default;
 };
+
+/// The text that the function of its kind is made from: the expression, or the name of the file.
+inline const std::string& SourceOf(const Function& function) {
+    switch (function.kind) {
+    case FunctionKind::Sample:
+        return function.sampleFile;
+    case FunctionKind::Picture:
+        return function.pictureFile;
+    case FunctionKind::Expression:
+        break;
+    }
+    return function.expression;
+}
+inline std::string& SourceOf(Function& function) {
+    return const_cast<std::string&>(SourceOf(std::as_const(function)));
+}
 
 } // namespace vexa

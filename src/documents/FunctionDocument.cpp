@@ -5,15 +5,25 @@
 #include "kits/support/NumberText.h"
 #include "kits/support/Quoted.h"
 
+#include <algorithm>
 #include <array>
+#include <iterator>
 
 namespace vexa {
 
 namespace {
 
-/// The children of a function element, of both kinds.
+/// The children of a function element. A picture's is no element of the other kinds', which keep it
+/// as what they do not know, and the other way round.
 constexpr std::string_view kKnown[] = {"info",      "expression", "samplefile",
                                        "frequency", "display",    "macros"};
+constexpr std::string_view kKnownOfPicture[] = {"info", "picturefile", "display", "macros"};
+
+std::span<const std::string_view> Known(FunctionKind kind) {
+    if (kind == FunctionKind::Picture)
+        return kKnownOfPicture;
+    return kKnown;
+}
 
 std::unique_ptr<MXFragment> ConstructPoint(const char* name, const Function::Point& point) {
     auto element = std::make_unique<MXFragment>(MX_ELEMENT, name);
@@ -73,18 +83,33 @@ void ReadMacros(const MXFragment* element, Function& function, Remarks& remarks)
 
 } // namespace
 
+std::string FunctionTags() {
+    std::string tags;
+    for (const FunctionElement& row : kFunctionElements) {
+        const bool isLast = &row == std::end(kFunctionElements) - 1;
+        tags += (tags.empty() ? "" : isLast ? " or " : ", ") + Tag(row.name);
+    }
+    return tags;
+}
+
 const char* RootName(const Function& function) {
-    return function.kind == FunctionKind::Expression ? kExpressionFunction : kSampleFunction;
+    return std::ranges::find(kFunctionElements, function.kind, &FunctionElement::kind)->name;
 }
 
 std::unique_ptr<MXFragment> ConstructFunctionElement(const Function& function) {
     auto root = std::make_unique<MXFragment>(MX_ELEMENT, RootName(function));
     AdoptChildren(root->Adopt(ConstructInfoElement(function.author)), function.kept.info);
-    if (function.kind == FunctionKind::Expression) {
+    switch (function.kind) {
+    case FunctionKind::Expression:
         root->Adopt(ConstructTextElement("expression", function.expression));
-    } else {
+        break;
+    case FunctionKind::Sample:
         root->Adopt(ConstructTextElement("samplefile", function.sampleFile));
         root->Adopt(ConstructTextElement("frequency", function.frequency));
+        break;
+    case FunctionKind::Picture:
+        root->Adopt(ConstructTextElement("picturefile", function.pictureFile));
+        break;
     }
     MXFragment& display = root->Adopt(std::make_unique<MXFragment>(MX_ELEMENT, "display"));
     display.Adopt(ConstructTextElement("width", function.width));
@@ -97,21 +122,28 @@ std::unique_ptr<MXFragment> ConstructFunctionElement(const Function& function) {
 
 std::optional<Refusal> InterpretFunction(const MXFragment& root, Function& function,
                                          Remarks& remarks) {
-    if (root.name == kExpressionFunction) {
-        function.kind = FunctionKind::Expression;
+    const auto row =
+        std::ranges::find_if(kFunctionElements, [&](const auto& r) { return root.name == r.name; });
+    if (row == std::end(kFunctionElements))
+        return Refusal{kInvalidFunction, "(expected a root element " + FunctionTags() + ", found " +
+                                             Tag(root.name) + ")"};
+    function.kind = row->kind;
+    switch (function.kind) {
+    case FunctionKind::Expression:
         ElementScope(&root, {"expression"}, remarks).ReadText("expression", function.expression);
-    } else if (root.name == kSampleFunction) {
-        function.kind = FunctionKind::Sample;
+        break;
+    case FunctionKind::Sample: {
         const ElementScope sample(&root, {"samplefile", "frequency"}, remarks);
         sample.ReadText("samplefile", function.sampleFile);
         sample.ReadNumber("frequency", function.frequency);
-    } else {
-        return Refusal{kInvalidFunction, "(expected a root element " + Tag(kExpressionFunction) +
-                                             " or " + Tag(kSampleFunction) + ", found " +
-                                             Tag(root.name) + ")"};
+        break;
+    }
+    case FunctionKind::Picture:
+        ElementScope(&root, {"picturefile"}, remarks).ReadText("picturefile", function.pictureFile);
+        break;
     }
     const ElementScope parts(&root, {"info", "display"}, remarks);
-    function.kept.root = ChildrenBut(root, kKnown);
+    function.kept.root = ChildrenBut(root, Known(function.kind));
     InterpretInfoElement(parts.Element("info"), function.author, function.kept, remarks);
     const ElementScope display(parts.Element("display"), {"width", "linkfunction", "linkscreenrel"},
                                remarks);

@@ -10,16 +10,24 @@ namespace vexa {
 /// The alert for a document that has no function.
 constexpr const char* kInvalidFunction = "This is not a valid function.";
 
-/// The elements of the two kinds of functions.
-constexpr const char* kExpressionFunction = "vexafunction";
-constexpr const char* kSampleFunction = "vexasamplefunction";
+/// The element of each kind of functions, in the order in which a sound that has several of them is
+/// looked through.
+struct FunctionElement {
+    FunctionKind kind;
+    const char* name;
+};
+constexpr FunctionElement kFunctionElements[] = {{FunctionKind::Expression, "vexafunction"},
+                                                 {FunctionKind::Sample, "vexasamplefunction"},
+                                                 {FunctionKind::Picture, "vexapicturefunction"}};
+/// Their names as tags, for a message that one of them was expected.
+std::string FunctionTags();
 
 const char* RootName(const Function& function);
 std::unique_ptr<MXFragment> ConstructFunctionElement(const Function& function);
 
 /// Takes the texts of a function element over, and what else is kept of it. What the element lacks
 /// stays as it is in `function` and is a remark, and so is a text that is not the number that it
-/// should be. An element of neither kind is refused, with kInvalidFunction; nothing is changed
+/// should be. An element of no kind is refused, with kInvalidFunction; nothing is changed
 /// then.
 std::optional<Refusal> InterpretFunction(const MXFragment& root, Function& function,
                                          Remarks& remarks);

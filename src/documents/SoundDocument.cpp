@@ -134,15 +134,17 @@ std::unique_ptr<MXFragment> ConstructEnvdataElement(const std::vector<EnvPoint>&
 
 std::optional<Refusal> InterpretSound(const MXFragment& root, Sound& sound, Remarks& remarks) {
     std::vector<std::string_view> names = Groups();
-    names.insert(names.end(), {"info", kExpressionFunction, kSampleFunction});
+    names.emplace_back("info");
+    for (const FunctionElement& row : kFunctionElements)
+        names.emplace_back(row.name);
     const ElementScope parts(&root, names, remarks);
 
-    const MXFragment* function = parts.Find(kExpressionFunction);
+    const MXFragment* function = nullptr;
+    for (const FunctionElement& row : kFunctionElements)
+        function = function ? function : parts.Find(row.name);
     if (!function)
-        function = parts.Find(kSampleFunction);
-    if (!function)
-        return Refusal{kInvalidSound, "(expected an element " + Tag(kExpressionFunction) + " or " +
-                                          Tag(kSampleFunction) + " in " + Tag(root.name) + ")"};
+        return Refusal{kInvalidSound,
+                       "(expected an element " + FunctionTags() + " in " + Tag(root.name) + ")"};
     if (auto refusal = InterpretFunction(*function, sound.function, remarks))
         return refusal;
 

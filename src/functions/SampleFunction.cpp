@@ -162,17 +162,4 @@ std::optional<Winding> WindingFor(std::size_t frames, float frameRate, double fr
     return winding;
 }
 
-std::string SampleFileName(const std::string& path, const kits::ProgramFolders& folders) {
-    BPath file;
-    BPath folder;
-    if (BEntry(path.c_str()).GetPath(&file) != B_OK || file.GetParent(&folder) != B_OK)
-        return path;
-    const std::filesystem::path found = folders.Find("samples", file.Leaf());
-    BPath samplesFolder;
-    if (BEntry(found.parent_path().c_str(), true).GetPath(&samplesFolder) == B_OK &&
-        folder == samplesFolder)
-        return file.Leaf();
-    return file.Path();
-}
-
 } // namespace vexa

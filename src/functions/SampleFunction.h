@@ -6,7 +6,6 @@
 // and its radius selects the place in the sample.
 #pragma once
 
-#include "kits/storage/ProgramFolder.h"
 #include "kits/support/Result.h"
 #include "kits/support/SupportDefs.h"
 #include "synth/PlaneFunction.h"
@@ -72,9 +71,5 @@ kits::Result<int64> SampleLength(const std::filesystem::path& path);
 /// Decodes a sound file. The error, for standard error, names the file and the fault. Waits for the
 /// disk: not the media or the MIDI thread.
 kits::Result<LoadedSample> LoadSample(const std::filesystem::path& path);
-
-/// How a function document names the sample file: by its leaf if it is what is found by that name
-/// directly in a folder "samples" of the program's, else by its full path.
-std::string SampleFileName(const std::string& path, const kits::ProgramFolders& folders);
 
 } // namespace vexa

@@ -20,8 +20,17 @@ std::string Text(const FunctionReport& report) {
     return text + report.details;
 }
 
-std::filesystem::path SamplePath(const Function& function, const kits::ProgramFolders& folders) {
-    return folders.Find("samples", function.sampleFile);
+std::optional<std::filesystem::path> FileOf(const Function& function,
+                                            const kits::ProgramFolders& folders) {
+    switch (function.kind) {
+    case FunctionKind::Sample:
+        return folders.Find("samples", function.sampleFile);
+    case FunctionKind::Picture:
+        return folders.Find("pictures", function.pictureFile);
+    case FunctionKind::Expression:
+        break;
+    }
+    return std::nullopt;
 }
 
 Instrument::Instrument(kits::ProgramFolders programFolders, Addons addons, SoundsSay* apart)
@@ -111,22 +120,39 @@ int32 Instrument::VoiceLimit() const {
 }
 
 FunctionReport Instrument::SetFunction(const Function& function) {
-    FunctionReport report = function.kind == FunctionKind::Sample
-                                ? InstallSample(function)
-                                : InstallExpression(function.expression);
+    FunctionReport report = InstallKind(function);
     // What fails without an alert plays all the same.
     if (report || report.alerts.empty())
         Adopt(function);
     return report;
 }
 
-FunctionReport Instrument::Try(const Function& function) const {
-    if (function.kind != FunctionKind::Sample) {
-        const PlayableFormula read = ReadPlayable(function.expression);
-        return read.formula ? FunctionReport() : FunctionCompiler(folders).Refusal(read.reason);
+FunctionReport Instrument::InstallKind(const Function& function) {
+    switch (function.kind) {
+    case FunctionKind::Sample:
+        return InstallSample(function);
+    case FunctionKind::Picture:
+        return InstallPicture(function);
+    case FunctionKind::Expression:
+        break;
     }
-    const kits::Result<LoadedSample> loaded = LoadSample(SamplePath(function, folders));
-    return loaded ? FunctionReport() : FunctionReport{B_ERROR, {kSampleAlert}, loaded.Fault().text};
+    return InstallExpression(function.expression);
+}
+
+FunctionReport Instrument::Try(const Function& function) const {
+    const auto outcome = [](const auto& loaded, const char* alert) {
+        return loaded ? FunctionReport() : FunctionReport{B_ERROR, {alert}, loaded.Fault().text};
+    };
+    switch (function.kind) {
+    case FunctionKind::Sample:
+        return outcome(LoadSample(*FileOf(function, folders)), kSampleAlert);
+    case FunctionKind::Picture:
+        return outcome(LoadPicture(*FileOf(function, folders)), kPictureAlert);
+    case FunctionKind::Expression:
+        break;
+    }
+    const PlayableFormula read = ReadPlayable(function.expression);
+    return read.formula ? FunctionReport() : FunctionCompiler(folders).Refusal(read.reason);
 }
 
 void Instrument::Silence() {
@@ -177,7 +203,7 @@ FunctionReport Instrument::Collect() {
 }
 
 FunctionReport Instrument::InstallSample(const Function& function) {
-    kits::Result<LoadedSample> loaded = LoadSample(SamplePath(function, folders));
+    kits::Result<LoadedSample> loaded = LoadSample(*FileOf(function, folders));
     if (!loaded)
         return {B_ERROR, {kSampleAlert}, loaded.Fault().text};
     thread.Drop();
@@ -189,6 +215,16 @@ FunctionReport Instrument::InstallSample(const Function& function) {
             {},
             "a sample frequency of " + kits::Quoted(function.frequency) +
                 " Hz: it must be above 0"};
+}
+
+FunctionReport Instrument::InstallPicture(const Function& function) {
+    kits::Result<Picture> loaded = LoadPicture(*FileOf(function, folders));
+    if (!loaded)
+        return {B_ERROR, {kPictureAlert}, loaded.Fault().text};
+    thread.Drop();
+    sample.reset();
+    Install(std::make_shared<PictureTerrain>(*std::move(loaded)));
+    return {};
 }
 
 bool Instrument::SetSampleFrequency(const std::string& text) {
@@ -237,22 +273,22 @@ FunctionReport Instrument::Change(const Sound& from, const Sound& to) {
 FunctionReport Instrument::ChangeFunction(const Function& from, const Function& to) {
     FunctionReport report;
     Function next = to;
-    const bool isSample = to.kind == FunctionKind::Sample;
-    if (from.kind != to.kind ||
-        (isSample ? from.sampleFile != to.sampleFile : from.expression != to.expression)) {
+    if (from.kind != to.kind || SourceOf(from) != SourceOf(to)) {
         report = SetFunction(to);
         const bool failed = !report.alerts.empty();
-        if (failed && isSample)
+        const bool isExpression = to.kind == FunctionKind::Expression;
+        if (failed && !isExpression)
             Silence();
-        if (failed && !isSample) {
+        if (failed && isExpression) {
             next.kind = sound.function.kind;
             next.expression = sound.function.expression;
         }
     } else {
-        // An expression may have been left out before, and a sample have another name here.
+        // An expression may have been left out before, and a file have another name here.
         next.kind = sound.function.kind;
         next.expression = sound.function.expression;
         next.sampleFile = sound.function.sampleFile;
+        next.pictureFile = sound.function.pictureFile;
         if (from.frequency != to.frequency)
             SetSampleFrequency(to.frequency);
     }

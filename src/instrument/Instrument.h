@@ -6,6 +6,7 @@
 #include "documents/Sound.h"
 #include "functions/AddonThread.h"
 #include "functions/FunctionCompiler.h"
+#include "functions/PictureFunction.h"
 #include "functions/SampleFunction.h"
 #include "kits/storage/ProgramFolder.h"
 #include "midi/Engine.h"
@@ -38,9 +39,10 @@ enum class Addons {
 /// The alerts and the details, a line each.
 std::string Text(const FunctionReport& report);
 
-/// The file that a sample function names: what does not begin with "/" lies in the folder
-/// "samples", a person's own or the program's.
-std::filesystem::path SamplePath(const Function& function, const kits::ProgramFolders& folders);
+/// The file that a sample or a picture function names: what does not begin with "/" lies in the
+/// folder "samples" or "pictures", a person's own or the program's. Nothing for an expression.
+std::optional<std::filesystem::path> FileOf(const Function& function,
+                                            const kits::ProgramFolders& folders);
 
 /// What sounds say of how they are played and of their macros.
 struct SoundsSay {
@@ -56,9 +58,10 @@ class Instrument {
     /// Takes the function that is from now on to be shown.
     using Watcher = std::function<void(const PlaneFunction& f)>;
 
-    /// Functions and samples are looked for in `folders`. What sounds say is the engine's own
-    /// records, unless others have a say in these too: then it is put down `apart`, which outlives
-    /// the instrument, and the records and the voice limit are left to who takes it up from there.
+    /// Functions, samples and pictures are looked for in `folders`. What sounds say is the engine's
+    /// own records, unless others have a say in these too: then it is put down `apart`, which
+    /// outlives the instrument, and the records and the voice limit are left to who takes it up
+    /// from there.
     Instrument(kits::ProgramFolders folders, Addons addons, SoundsSay* apart = nullptr);
 
     /// Puts the sound in the place of the present one; where its function fails, the function
@@ -67,8 +70,8 @@ class Instrument {
     /// All of the sound but its function. A lower voice limit does not cut keys off that are held.
     void LoadRest(const Sound& sound);
 
-    /// Compiles the expression or loads the sample, and installs it. Where that fails all stays as
-    /// it was. Waits as Load.
+    /// Compiles the expression or loads the sample or picture, and installs it. Where that fails
+    /// all stays as it was. Waits as Load.
     FunctionReport SetFunction(const Function& function);
     /// What SetFunction would say, with nothing installed: its alerts where it would fail.
     FunctionReport Try(const Function& function) const;
@@ -83,7 +86,7 @@ class Instrument {
     /// Has State say the function, whatever sounds: one that could not be installed is not lost
     /// when the sound is saved.
     void Adopt(const Function& function);
-    /// Installs silence in the place of a sample that is missing.
+    /// Installs silence in the place of a sample or picture that is missing.
     void Silence();
 
     /// How this and all later sounds are played, as if they said so themselves where a text is
@@ -106,7 +109,8 @@ class Instrument {
 
     /// Does to the present sound what a person has done to `from` to make `to` of it: what is the
     /// same in both is left alone, so that what plays goes on. An expression that cannot be
-    /// installed is left out; a sample that cannot be is silent, and State says which it was.
+    /// installed is left out; a sample or picture that cannot be is silent, and State says which it
+    /// was.
     /// Reports as SetFunction.
     FunctionReport Change(const Sound& from, const Sound& to);
 
@@ -141,9 +145,11 @@ class Instrument {
     void SetPlaying(const std::optional<PlayingTexts>& next);
     void LimitVoices(int32 limit);
     FunctionReport ChangeFunction(const Function& from, const Function& to);
+    FunctionReport InstallKind(const Function& function);
     FunctionReport InstallExpression(const std::string& expression);
     FunctionReport Follow(const std::string& expression);
     FunctionReport InstallSample(const Function& function);
+    FunctionReport InstallPicture(const Function& function);
     bool Wind(const std::string& frequency);
     void Install(const PlaneFunction& f);
 

@@ -20,9 +20,16 @@ struct Header {
     uint32 size;
 };
 
+/// Of the function that is asked for.
+FunctionKind KindOf(Request request) {
+    return request == Request::Sample    ? FunctionKind::Sample
+           : request == Request::Picture ? FunctionKind::Picture
+                                         : FunctionKind::Expression;
+}
+
 /// What became of it, in a plug-in's words: no compiler has a part in it.
 std::string Fault(const FunctionReport& report, const Function& function) {
-    if (report || function.kind == FunctionKind::Sample)
+    if (report || function.kind != FunctionKind::Expression)
         return report ? "" : Text(report);
     return "The formula cannot be played: " + report.details;
 }
@@ -171,9 +178,8 @@ std::string HostedInstrument::Do(Request request, const std::string& text) {
         return Tune(next, false);
     }
     Function function = instrument.State().function;
-    const bool isSample = request == Request::Sample;
-    function.kind = isSample ? FunctionKind::Sample : FunctionKind::Expression;
-    (isSample ? function.sampleFile : function.expression) = text;
+    function.kind = KindOf(request);
+    SourceOf(function) = text;
     function.author = kDefaultAuthor;
     return Fault(instrument.SetFunction(function), function);
 }
@@ -194,9 +200,11 @@ std::string HostedInstrument::Text(Request request) {
     const Function& function = instrument.State().function;
     switch (request) {
     case Request::Formula:
-        return function.kind == FunctionKind::Sample ? "" : function.expression;
     case Request::Sample:
-        return SampleFileNow().value_or("");
+    case Request::Picture:
+        if (function.kind != KindOf(request))
+            return "";
+        return FileOf(function, folders).value_or(function.expression).string();
     case Request::Sound:
         return soundFile;
     case Request::Tuning:
@@ -212,26 +220,26 @@ std::string HostedInstrument::State() {
     return SoundText(instrument.State());
 }
 
-std::string HostedInstrument::Restore(const std::string& document, const std::string& sample,
+std::string HostedInstrument::Restore(const std::string& document, const std::string& file,
                                       bool& restored) {
     const std::lock_guard lock(documents);
     restored = false;
     kits::Result<Sound> sound = SoundOfText(document);
-    return sound ? Install(*std::move(sound), sample, restored) : sound.Fault().text;
+    return sound ? Install(*std::move(sound), file, restored) : sound.Fault().text;
 }
 
-std::string HostedInstrument::Install(Sound next, const std::string& sample, bool& installed) {
+std::string HostedInstrument::Install(Sound next, const std::string& file, bool& installed) {
     const Function own = next.function;
     std::error_code ignored;
-    if (own.kind == FunctionKind::Sample && std::filesystem::is_regular_file(sample, ignored))
-        next.function.sampleFile = sample;
+    if (own.kind != FunctionKind::Expression && std::filesystem::is_regular_file(file, ignored))
+        SourceOf(next.function) = file;
     if (own.kind == FunctionKind::Expression) {
         if (const FunctionReport tried = instrument.Try(own); !tried)
             return Fault(tried, own);
     }
     installed = true;
     const FunctionReport report = instrument.Load(next);
-    // A sample that has gone is silent, and the sound still says which it was.
+    // A file that has gone is silent, and the sound still says which it was.
     if (!report.alerts.empty())
         instrument.Silence();
     instrument.Adopt(own);
@@ -239,16 +247,9 @@ std::string HostedInstrument::Install(Sound next, const std::string& sample, boo
     return Fault(report, own);
 }
 
-std::optional<std::string> HostedInstrument::SampleFileNow() const {
-    const Function& function = instrument.State().function;
-    if (function.kind != FunctionKind::Sample)
-        return std::nullopt;
-    return SamplePath(function, folders).string();
-}
-
-std::optional<std::string> HostedInstrument::SampleFile() {
+std::optional<std::filesystem::path> HostedInstrument::FunctionFile() {
     const std::lock_guard lock(documents);
-    return SampleFileNow();
+    return FileOf(instrument.State().function, folders);
 }
 
 TuningChoice HostedInstrument::TunedBy() {

@@ -25,6 +25,8 @@ enum class Request : uint8 {
     Formula,
     /// The text is the path of a sample.
     Sample,
+    /// The text is the path of a picture.
+    Picture,
     /// The text is the path of a sound document.
     Sound,
     /// The text is the path of a Scala file, or empty for equal temperament.
@@ -32,7 +34,7 @@ enum class Request : uint8 {
     /// The text is the path of a keyboard map of Scala, or empty for the usual keys.
     Keymap,
 };
-constexpr std::size_t kRequests = 5;
+constexpr std::size_t kRequests = 6;
 
 /// Two sides, which any two threads may be on at a time: the audio side computes and never waits;
 /// the other one works on documents, and its calls wait for each other.
@@ -71,12 +73,12 @@ class HostedInstrument {
     std::string Text(Request request);
     /// The whole sound as a document.
     std::string State();
-    /// Puts a document in the place of the present sound. `sample` is where its sample is here, and
-    /// stands before the document's own path if there is such a file. Where the document cannot be
-    /// taken all stays as it was. Returns as Work.
-    std::string Restore(const std::string& document, const std::string& sample, bool& taken);
-    /// The file that the sound's sample is read from; nothing for an expression.
-    std::optional<std::string> SampleFile();
+    /// Puts a document in the place of the present sound. `file` is where its sample or picture is
+    /// here, and stands before the document's own path if there is such a file. Where the document
+    /// cannot be taken all stays as it was. Returns as Work.
+    std::string Restore(const std::string& document, const std::string& file, bool& taken);
+    /// The file that the sound's sample or picture is read from; nothing for an expression.
+    std::optional<std::filesystem::path> FunctionFile();
     /// The files that the keys are tuned by, which are the player's and not the sound's.
     TuningChoice TunedBy();
     /// Tunes the keys as in another session. Where the files cannot be read equal temperament
@@ -106,8 +108,7 @@ class HostedInstrument {
   private:
     std::string Do(Request request, const std::string& text);
     std::string Tune(const TuningChoice& choice, bool anyway);
-    std::string Install(Sound next, const std::string& sample, bool& taken);
-    std::optional<std::string> SampleFileNow() const;
+    std::string Install(Sound next, const std::string& file, bool& taken);
     void PlayPosted() noexcept;
 
     const kits::ProgramFolders folders;

@@ -46,6 +46,8 @@ constexpr kits::OptionRow<Options> kRows[] = {
      [](Options& o, std::string_view text) { return SetText(o.sample.emplace(), text); }},
     {"sample-frequency", "HZ", "a number from 0.001 to 1000000", "the pitch of the sample",
      [](Options& o, std::string_view text) { return SetNumber(o.sampleFrequency.emplace(), text, 1e-3, 1e6); }},
+    {"picture", "FILE", nullptr, "play the brightness of this PNG or JPEG instead",
+     [](Options& o, std::string_view text) { return SetText(o.picture.emplace(), text); }},
     {"voices", "N", "a whole number from 1 to 20", "most voices at once (the sound's, or 20)",
      [](Options& o, std::string_view text) { return SetNumber(o.voices.emplace(), text, 1, 20); }},
     {"channel", "N", "a whole number from 1 to 16 or \"all\"", "the MIDI channel to play (all)",
@@ -95,10 +97,21 @@ kits::Result<Options> Checked(Options options, std::span<const std::string> oper
         return kits::Error{'"' + operands[2] + "\" is one file too many"};
     if (!SetText(options.midi, operands[0]) || !SetText(options.output, operands[1]))
         return kits::Error{"a file name is empty"};
-    if (options.function && options.sample)
-        return kits::Error{"--function and --sample exclude each other"};
-    if (options.function && options.sampleFrequency)
-        return kits::Error{"--function and --sample-frequency exclude each other"};
+    const struct {
+        const char* first;
+        const char* second;
+        bool both;
+    } pairs[] = {
+        {"--function", "--sample", options.function && options.sample},
+        {"--function", "--sample-frequency", options.function && options.sampleFrequency},
+        {"--function", "--picture", options.function && options.picture},
+        {"--sample", "--picture", options.sample && options.picture},
+        {"--picture", "--sample-frequency", options.picture && options.sampleFrequency},
+    };
+    for (const auto& [first, second, both] : pairs) {
+        if (both)
+            return kits::Error{std::string(first) + " and " + second + " exclude each other"};
+    }
     if (options.mpe && HasChannelSounds(options))
         return kits::Error{"--mpe and --channel-sound exclude each other: the first gives channels "
                            "to notes, the second to sounds"};

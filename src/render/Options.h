@@ -31,10 +31,11 @@ struct Options {
     std::optional<std::filesystem::path> sound;
     /// The same for single MIDI channels, each of which is then an instrument of its own.
     std::array<std::optional<std::filesystem::path>, 16> channelSounds;
-    /// These replace the sound's function; at most one of the first two has a value. A frequency
+    /// These replace the sound's function; at most one of the first three has a value. A frequency
     /// (Hz) without a sample is for the sample that the sound brings, if it does.
     std::optional<std::string> function;
     std::optional<std::filesystem::path> sample;
+    std::optional<std::filesystem::path> picture;
     std::optional<double> sampleFrequency;
 
     /// Values, 0..1, of the macros a to d in place of those of `sound`.

@@ -141,6 +141,10 @@ Result<Sound> RenderJob::MainSound() {
         function.sampleFile = std::filesystem::absolute(*options.sample).string();
         function.frequency = Function().frequency;
     }
+    if (options.picture) {
+        function.kind = FunctionKind::Picture;
+        function.pictureFile = std::filesystem::absolute(*options.picture).string();
+    }
     for (std::size_t i = 0; i < kMacros; i++) {
         if (options.macros[i])
             function.macros[i].value = std::to_string(*options.macros[i]);

@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "views/EnvView.h"
 
+#include "kits/interface/Control.h"
+#include "kits/support/NumberText.h"
+#include "views/Theme.h"
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -13,18 +17,42 @@ namespace {
 constexpr float kSideMargin = 9;
 constexpr float kTopMargin = 3;
 constexpr float kBottomMargin = 9;
-/// A press this near to a point is one on it.
+/// A press this near to a point is one on it, with hairlines and with handles.
 constexpr float kCatch = 2;
+constexpr float kHandleCatch = 5;
+/// Half the width of a handle, and of one under the pointer.
+constexpr float kHandle = 2.5F;
+constexpr float kLargeHandle = 4.5F;
+constexpr float kCurveWidth = 1.5F;
+/// Between a point and its label, and between the label and its edge.
+constexpr float kLabelGap = 8;
+constexpr float kLabelMargin = 3;
+constexpr float kEntryWidth = 92;
 /// The key marker: distance of its ends from the edges, and how much it is raised with the key
 /// down.
 constexpr float kMarkerMargin = 3;
 constexpr float kMarkerRise = 3;
 
+/// Seconds, and of the range of values, that an arrow moves a point by.
+constexpr float kTimeStep = 0.05F;
+constexpr float kValueStep = 0.02F;
+
+constexpr uint32 kEntryCode = FourCC("EnvN");
+constexpr uint32 kEntryEndCode = FourCC("EnvE");
+
+bool DrawsHairlines() {
+    return ChosenColors() == ColorSet::Classic;
+}
+
+float Catch() {
+    return DrawsHairlines() ? kCatch : kHandleCatch;
+}
+
 } // namespace
 
 EnvView::EnvView(BRect frame, const char* name, float minimum, float maximum, float timeRange,
                  uint32 resizingMode, rgb_color viewColor, rgb_color lineColor)
-    : BView(frame, name, resizingMode, B_WILL_DRAW | B_FRAME_EVENTS),
+    : BView(frame, name, resizingMode, B_WILL_DRAW | B_FRAME_EVENTS | B_NAVIGABLE),
       Envelope(minimum, maximum, timeRange),
       lineColor(lineColor) {
     SetViewColor(viewColor);
@@ -57,6 +85,9 @@ EnvPoint EnvView::View2EnvPoint(BPoint where) const {
 
 void EnvView::SetPoints(const std::vector<EnvPoint>& next) {
     Points() = next;
+    hovered.reset();
+    chosen = 0;
+    CloseEntry();
     Publish();
     Invalidate();
 }
@@ -87,41 +118,75 @@ EnvView::Drag EnvView::DragOf(std::size_t index) const {
     return drag;
 }
 
+std::optional<std::size_t> EnvView::PointAt(BPoint where) const {
+    std::optional<std::size_t> found;
+    for (std::size_t i = 0; i < Points().size(); i++) {
+        const BPoint at = EnvPoint2View(Points()[i]);
+        if (BRect{at.x, at.y, at.x, at.y}.InsetByCopy(-Catch(), -Catch()).Contains(where))
+            found = i;
+    }
+    return found;
+}
+
 void EnvView::MouseDown(BPoint where) {
     uint32 buttons = 0;
     GetMouse(&where, &buttons, true);
-    std::vector<EnvPoint>& points = Points();
-    // Behind the last point at or left of the pointer.
-    std::size_t place = 0;
+    const std::optional<std::size_t> pressed = std::as_const(*this).PointAt(where);
+    CloseEntry();
     selected.reset();
-    for (std::size_t i = 0; i < points.size(); i++) {
-        const BPoint at = EnvPoint2View(points[i]);
-        if (where.x >= at.x)
-            place = i + 1;
-        if (BRect{at.x, at.y, at.x, at.y}.InsetByCopy(-kCatch, -kCatch).Contains(where))
-            selected = DragOf(i);
+    if (pressed) {
+        selected = DragOf(*pressed);
+        chosen = *pressed;
+        Invalidate();
     }
-    const auto at = [&](std::size_t i) { return points.begin() + static_cast<std::ptrdiff_t>(i); };
     if (buttons == B_PRIMARY_MOUSE_BUTTON) {
-        if (selected)
+        if (pressed && Clicks() == 2)
+            AskForNumbers(*pressed);
+        if (pressed)
             return;
-        if (place > 0)
-            points.insert(at(place), View2EnvPoint(where));
-        else if (where.x > kSideMargin)
-            points.push_back(View2EnvPoint(where));
+        std::vector<EnvPoint>& points = Points();
+        // Behind the last point at or left of the pointer.
+        std::size_t place = 0;
+        for (std::size_t i = 0; i < points.size(); i++) {
+            if (where.x >= EnvPoint2View(points[i]).x)
+                place = i + 1;
+        }
+        if (place == 0 && where.x > kSideMargin)
+            place = points.size();
+        else if (place == 0)
+            return;
+        points.insert(points.begin() + static_cast<std::ptrdiff_t>(place), View2EnvPoint(where));
+        chosen = place;
+        Hover(place);
         Invalidate();
     } else if (selected && selected->point > 0) {
-        points.erase(at(selected->point));
-        selected.reset();
-        Invalidate();
+        Remove(selected->point);
     }
+}
+
+void EnvView::Remove(std::size_t index) {
+    Points().erase(Points().begin() + static_cast<std::ptrdiff_t>(index));
+    selected.reset();
+    hovered.reset();
+    chosen = std::min(chosen, Points().size() - 1);
+    Invalidate();
+}
+
+void EnvView::Hover(std::optional<std::size_t> point) {
+    if (point == hovered)
+        return;
+    hovered = point;
+    if (!DrawsHairlines())
+        Invalidate();
 }
 
 void EnvView::MouseMoved(BPoint where, uint32 transit, const BMessage*) {
     if (transit == B_EXITED_VIEW)
         Publish();
-    if (!selected)
+    if (!selected) {
+        Hover(transit == B_EXITED_VIEW ? std::nullopt : std::as_const(*this).PointAt(where));
         return;
+    }
     EnvPoint& point = Points()[selected->point];
     const EnvPoint pointer = View2EnvPoint(where);
     point.val = pointer.val;
@@ -129,7 +194,11 @@ void EnvView::MouseMoved(BPoint where, uint32 transit, const BMessage*) {
         point.t = std::min(std::max(pointer.t, selected->minT), selected->maxT);
     else
         point.t = point.fku ? selected->minT : selected->maxT;
-    Invalidate(Band(*selected));
+    Hover(selected->point);
+    if (DrawsHairlines())
+        Invalidate(Band(*selected));
+    else
+        Invalidate();
 }
 
 BRect EnvView::Band(const Drag& drag) const {
@@ -157,37 +226,268 @@ void EnvView::MouseUp(BPoint) {
     Publish();
 }
 
+void EnvView::MovePoint(std::size_t index, float t, float value) {
+    const Drag limits = DragOf(index);
+    EnvPoint& point = Points()[index];
+    point.t = std::clamp(t, limits.minT, std::max(limits.minT, limits.maxT));
+    point.val = std::clamp(value, Minimum(), Maximum());
+    Publish();
+    Invalidate();
+}
+
+bool EnvView::KeyDown(const kits::KeyPress& press) {
+    using kits::Key;
+    const std::size_t count = std::as_const(*this).Points().size();
+    if (count == 0)
+        return false;
+    chosen = std::min(chosen, count - 1);
+    const bool alt = press.modifiers & B_ALT_KEY;
+    if (alt && (press.key == Key::Left || press.key == Key::Right)) {
+        chosen = press.key == Key::Left ? chosen - (chosen > 0) : std::min(chosen + 1, count - 1);
+    } else if (press.key == Key::Insert) {
+        AddBehind(chosen);
+    } else if (press.key == Key::Delete || press.key == Key::Backspace) {
+        if (chosen == 0)
+            return true;
+        Remove(chosen);
+        Publish();
+    } else if (press.key == Key::Enter) {
+        AskForNumbers(chosen);
+    } else if (!Nudge(press)) {
+        return false;
+    }
+    Invalidate();
+    return true;
+}
+
+/// Moves the chosen point by an arrow; false for another key.
+bool EnvView::Nudge(const kits::KeyPress& press) {
+    float t = 0;
+    float value = 0;
+    switch (press.key) {
+    case kits::Key::Left:
+    case kits::Key::Right:
+        t = press.key == kits::Key::Right ? kTimeStep : -kTimeStep;
+        break;
+    case kits::Key::Up:
+    case kits::Key::Down:
+        value = (press.key == kits::Key::Up ? kValueStep : -kValueStep) * (Maximum() - Minimum());
+        break;
+    default:
+        return false;
+    }
+    const float scale = press.modifiers & B_SHIFT_KEY     ? 0.1F
+                        : press.modifiers & B_CONTROL_KEY ? 10
+                                                          : 1;
+    const EnvPoint point = std::as_const(*this).Points()[chosen];
+    MovePoint(chosen, point.t + t * scale, point.val + value * scale);
+    return true;
+}
+
+/// Half way to the next point, or where there is none in its part to the part's end.
+void EnvView::AddBehind(std::size_t index) {
+    std::vector<EnvPoint>& points = Points();
+    EnvPoint added = points[index];
+    const bool isLast = index + 1 == points.size() || points[index + 1].fku != added.fku;
+    if (isLast) {
+        const float end = added.fku ? TimeRange() - Split() : Split();
+        added.t = (added.t + end) / 2;
+    } else {
+        added.t = (added.t + points[index + 1].t) / 2;
+        added.val = (added.val + points[index + 1].val) / 2;
+    }
+    chosen = index + 1;
+    points.insert(points.begin() + static_cast<std::ptrdiff_t>(chosen), added);
+    Publish();
+}
+
+/// Opens the field for numbers beside the point.
+void EnvView::AskForNumbers(std::size_t index) {
+    CloseEntry();
+    selected.reset();
+    entryPoint = index;
+    const EnvPoint& point = std::as_const(*this).Points()[index];
+    const BPoint at = EnvPoint2View(point);
+    const float left = std::clamp(at.x + kLabelGap, 0.0F, Bounds().right - kEntryWidth);
+    const float top = std::clamp(at.y - BTextControl::PreferredHeight() / 2, 0.0F,
+                                 Bounds().bottom - BTextControl::PreferredHeight());
+    const std::string text = kits::ShortText(point.t) + " " + kits::ShortText(point.val);
+    entry = new BTextControl({left, top, left + kEntryWidth, top}, "time and value", nullptr,
+                             text.c_str(), new BMessage(kEntryCode));
+    entry->SetAccessibleName("time in seconds, and value");
+    entry->SetTarget(this);
+    entry->SetEndMessage(new BMessage(kEntryEndCode));
+    AddChild(entry);
+    entry->MakeFocus();
+    entry->SelectAll();
+}
+
+/// Where a number is missing or none at all the point stays.
+void EnvView::TakeNumbers() {
+    const std::string text = entry->Text();
+    std::size_t first = 0;
+    std::size_t second = 0;
+    const double t = kits::NumberOf(text, &first);
+    const std::string rest =
+        text.substr(std::min(text.find_first_not_of(" ,;\ts", first), text.size()));
+    const double value = kits::NumberOf(rest, &second);
+    const bool complete = first > 0 && second > 0 && std::isfinite(t) && std::isfinite(value);
+    if (complete && entryPoint < std::as_const(*this).Points().size())
+        MovePoint(entryPoint, static_cast<float>(t), static_cast<float>(value));
+}
+
+void EnvView::CloseEntry() {
+    if (!entry)
+        return;
+    RemoveChild(entry);
+    delete std::exchange(entry, nullptr);
+}
+
+void EnvView::MessageReceived(BMessage* message) {
+    if (message->what == kEntryCode && entry)
+        TakeNumbers();
+    else if (message->what == kEntryEndCode && entry && !entry->IsFocus())
+        CloseEntry();
+    else
+        BView::MessageReceived(message);
+}
+
+std::string EnvView::Label(std::size_t index) const {
+    const EnvPoint& point = Points()[index];
+    const auto rounded = [](float number) {
+        return kits::ShortText(std::round(number * 1000.0) / 1000);
+    };
+    std::string text = point.fku ? "+" : "";
+    return text.append(rounded(point.t)).append(" s, ").append(rounded(point.val));
+}
+
+kits::AccessibleThing EnvView::Describe() const {
+    kits::AccessibleThing thing;
+    thing.role = kits::AccessibleRole::Chart;
+    thing.description = std::to_string(Points().size()) + " points";
+    return thing;
+}
+
+/// A point as a slider of its value; its time is told.
+kits::AccessibleThing EnvView::DescribePart(std::size_t index) const {
+    kits::AccessibleThing thing;
+    const EnvPoint& point = Points()[index];
+    const BPoint at = EnvPoint2View(point);
+    thing.role = kits::AccessibleRole::Slider;
+    thing.name = "point " + std::to_string(index + 1) + (point.fku ? ", released" : "");
+    thing.description = Label(index);
+    thing.number = {point.val, Minimum(), Maximum(), kValueStep * (Maximum() - Minimum())};
+    thing.frame = BRect{at.x, at.y, at.x, at.y}.InsetByCopy(-kLargeHandle, -kLargeHandle);
+    thing.chosen = index == chosen;
+    thing.action = "Choose";
+    return thing;
+}
+
+void EnvView::Activate(std::optional<std::size_t> part) {
+    if (!part)
+        return;
+    chosen = *part;
+    MakeFocus();
+    Invalidate();
+}
+
+void EnvView::SetNumber(std::optional<std::size_t> part, double value) {
+    if (part)
+        MovePoint(*part, std::as_const(*this).Points()[*part].t, static_cast<float>(value));
+}
+
 void EnvView::FrameResized(float, float) {
+    CloseEntry();
     Invalidate();
 }
 
 void EnvView::Draw(BRect) {
-    const float right = Frame().Width();
-    const float bottom = Frame().Height();
-    const float release = ReleaseX();
     SetHighColor(lineColor);
     SetLowColor(lineColor);
-    BPoint last;
+    if (DrawsHairlines())
+        DrawHairlines();
+    else
+        DrawSmooth();
+    SetHighColor(lineColor);
+    DrawKeyMarker();
+    if (!DrawsHairlines())
+        DrawHandles();
+}
+
+/// The corners of the curve: the last value with the key down is held until it is let go, and the
+/// last of all to the end.
+std::vector<BPoint> EnvView::Curve2View() const {
+    std::vector<BPoint> corners;
     const EnvPoint* previous = nullptr;
-    for (const EnvPoint& point : std::as_const(*this).Points()) {
-        const BPoint at = EnvPoint2View(point);
-        if (previous) {
-            // The last value with the key down is held until it is let go.
-            if (point.fku && !previous->fku) {
-                StrokeLine(last, {release, last.y});
-                last.x = release;
-            }
-            StrokeLine(last, at);
-        }
-        FillRect(BRect{at.x, at.y, at.x, at.y}.InsetByCopy(-1, -1));
-        last = at;
+    for (const EnvPoint& point : Points()) {
+        if (previous && point.fku && !previous->fku)
+            corners.push_back({ReleaseX(), corners.back().y});
+        corners.push_back(EnvPoint2View(point));
         previous = &point;
     }
     if (previous)
-        StrokeLine(last, {right - kSideMargin, last.y});
+        corners.push_back({Frame().Width() - kSideMargin, corners.back().y});
+    return corners;
+}
 
-    // Key marker: up while the key is down.
-    const float low = bottom - kMarkerMargin;
+void EnvView::DrawHairlines() {
+    const std::vector<BPoint> corners = Curve2View();
+    for (std::size_t i = 1; i < corners.size(); i++)
+        StrokeLine(corners[i - 1], corners[i]);
+    for (const EnvPoint& point : std::as_const(*this).Points()) {
+        const BPoint at = EnvPoint2View(point);
+        FillRect(BRect{at.x, at.y, at.x, at.y}.InsetByCopy(-1, -1));
+    }
+}
+
+void EnvView::DrawSmooth() {
+    StrokePath(Curve2View(), kCurveWidth);
+}
+
+void EnvView::DrawHandles() {
+    const std::vector<EnvPoint>& points = std::as_const(*this).Points();
+    for (std::size_t i = 0; i < points.size(); i++) {
+        const BPoint at = EnvPoint2View(points[i]);
+        const float size = hovered == i ? kLargeHandle : kHandle;
+        SetHighColor(lineColor);
+        FillEllipse(at, size, size);
+        if (IsFocus() && i == chosen) {
+            SetHighColor(Colors().accent);
+            StrokeEllipse(at, kLargeHandle + 2, kLargeHandle + 2);
+        }
+    }
+    if (IsFocus()) {
+        SetHighColor(Colors().accent);
+        StrokeRoundRect(Bounds(), 0);
+    }
+    if (hovered && *hovered < points.size())
+        DrawLabel(*hovered);
+    else if (IsFocus() && chosen < points.size())
+        DrawLabel(chosen);
+}
+
+/// Beside the point, where there is room for it.
+void EnvView::DrawLabel(std::size_t index) {
+    font_height height;
+    GetFontHeight(&height);
+    const std::string text = Label(index);
+    const BPoint at = EnvPoint2View(std::as_const(*this).Points()[index]);
+    const float width = StringWidth(text) + 2 * kLabelMargin;
+    const float tall = height.ascent + height.descent + kLabelMargin;
+    const bool fits = at.x + kLabelGap + width < Bounds().right;
+    const float left = fits ? at.x + kLabelGap : std::max(0.0F, at.x - kLabelGap - width);
+    const float top = std::clamp(at.y - tall / 2, 1.0F, Bounds().bottom - tall - 1);
+    SetHighColor(Colors().controls.tip);
+    FillRoundRect({left, top, left + width, top + tall}, 3);
+    SetHighColor(Colors().controls.tipText);
+    DrawString(text, {left + kLabelMargin, std::floor(top + kLabelMargin / 2 + height.ascent)});
+}
+
+/// Up while the key is down.
+void EnvView::DrawKeyMarker() {
+    const float right = Frame().Width();
+    const float release = ReleaseX();
+    const float low = Frame().Height() - kMarkerMargin;
     const float high = low - kMarkerRise;
     StrokeLine({kMarkerMargin, low}, {kSideMargin, low});
     StrokeLine({kSideMargin, high});

@@ -6,13 +6,22 @@
 #include "synth/Envelope.h"
 
 #include <optional>
+#include <string>
+#include <vector>
+
+class BTextControl;
 
 namespace vexa {
 
 /// Draws an envelope as a line through its points and lets the user add points (press the primary
 /// button beside a point), drag them and delete them (press another button on a point). A change is
 /// heard when a button is released in the view or the pointer leaves it. One second is equally wide
-/// in the key-down part, at the left, and in the release part. Window thread.
+/// in the key-down part, at the left, and in the release part.
+///
+/// A point under the pointer, or dragged, shows its time and value; a double click takes them as
+/// numbers. With the keyboard's focus the arrows move the chosen point, Shift finer and Ctrl
+/// coarser, Alt with Left and Right chooses another one, Insert adds one behind it, Delete deletes
+/// it and Enter takes numbers. Window thread.
 class EnvView : public BView, public Envelope {
   public:
     EnvView(BRect frame, const char* name, float minimum, float maximum, float timeRange,
@@ -29,10 +38,29 @@ class EnvView : public BView, public Envelope {
     void SetColors(rgb_color behind, rgb_color line);
     rgb_color LineColor() const { return lineColor; }
 
+    /// What the keyboard moves.
+    std::size_t ChosenPoint() const { return chosen; }
+    /// Moves a point to that time (seconds from the begin of its part) and value, as near as its
+    /// neighbours and the bounds allow; heard at once.
+    void MovePoint(std::size_t index, float t, float value);
+    /// Time and value, for a person: "0.25 s, 0.8", behind the release "+0.25 s, 0.8".
+    std::string Label(std::size_t index) const;
+    kits::AccessibleThing Describe() const override;
+    std::size_t CountParts() const override { return Points().size(); }
+    kits::AccessibleThing DescribePart(std::size_t index) const override;
+    void Activate(std::optional<std::size_t> part) override;
+    void SetNumber(std::optional<std::size_t> part, double value) override;
+
+    /// The field for numbers; null while there is none.
+    BTextControl* Entry() const { return entry; }
+
     void Draw(BRect update) override;
     void MouseDown(BPoint where) override;
     void MouseUp(BPoint where) override;
     void MouseMoved(BPoint where, uint32 transit, const BMessage* dragged) override;
+    bool KeyDown(const kits::KeyPress& press) override;
+    void FocusChanged() override { Invalidate(); }
+    void MessageReceived(BMessage* message) override;
     void FrameResized(float width, float height) override;
 
   private:
@@ -50,8 +78,26 @@ class EnvView : public BView, public Envelope {
     /// The part of the view that moving the point can change.
     BRect Band(const Drag& drag) const;
     void Publish();
+    std::optional<std::size_t> PointAt(BPoint where) const;
+    void Hover(std::optional<std::size_t> point);
+    bool Nudge(const kits::KeyPress& press);
+    void AddBehind(std::size_t index);
+    void Remove(std::size_t index);
+    void AskForNumbers(std::size_t index);
+    void TakeNumbers();
+    void CloseEntry();
+    std::vector<BPoint> Curve2View() const;
+    void DrawHairlines();
+    void DrawSmooth();
+    void DrawHandles();
+    void DrawLabel(std::size_t index);
+    void DrawKeyMarker();
 
     std::optional<Drag> selected;
+    std::optional<std::size_t> hovered;
+    std::size_t chosen = 0;
+    BTextControl* entry = nullptr;
+    std::size_t entryPoint = 0;
     rgb_color lineColor;
 };
 

@@ -4,6 +4,7 @@
 #include "app/MessageCodes.h"
 #include "kits/storage/NodeInfo.h"
 #include "support/Limits.h"
+#include "support/Pictures.h"
 
 #include <QTreeView>
 #include <algorithm>
@@ -69,6 +70,9 @@ TEST_F(PanelTest, WhatAnOpenPanelNamesIsLoaded) {
     Choose(vexa::kSampleLoadedCode, In("samples/voice.wav"));
     EXPECT_TRUE(view->SampleMode());
     EXPECT_EQ(view->ConstructFunction().sampleFile, "voice.wav");
+    Choose(vexa::kSampleLoadedCode, folder.Write("pictures/a.png", test::Png(1, 1, {}, {255})));
+    EXPECT_EQ(view->Kind(), vexa::FunctionKind::Picture);
+    EXPECT_EQ(view->ConstructFunction().pictureFile, "a.png");
     for (const auto& entry : std::filesystem::directory_iterator(In("functions"))) {
         if (entry.path().extension() != ".xml")
             continue;

@@ -51,7 +51,8 @@ class StripTest : public test::MainViewTest {
     }
     /// What the mouse's wheel does over a view.
     static void Turn(BView& view, int steps, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
-        QWidget& widget = view.Widget();
+        QWidget* line = view.Widget().focusProxy();
+        QWidget& widget = line ? *line : view.Widget();
         const QPointF where(3, 3);
         QWheelEvent event(where, widget.mapToGlobal(where), {}, {0, 120 * steps}, Qt::NoButton,
                           modifiers, Qt::NoScrollPhase, false);

@@ -9,6 +9,7 @@
 #include "kits/midi/MidiLocalProducer.h"
 #include "kits/midi/MidiRoster.h"
 #include "support/Environment.h"
+#include "support/Pictures.h"
 #include "synth/Envelope.h"
 #include "views/EnvView.h"
 #include "views/R2RFView.h"
@@ -94,6 +95,44 @@ TEST_F(VexaViewTest, EveryCoefficientFieldSetsItsParameterAndMarksTheSound) {
     }
     const std::string alert = "Controller number must be between 0 and 127.";
     EXPECT_THAT(alerts.texts, ElementsAre(alert, alert));
+}
+
+TEST_F(VexaViewTest, WheelAndArrowsTurnNumbersAndAMovedControllerIsLearned) {
+    Open(false);
+    const auto& sound = view->SoundParam();
+    Enter("Ax0", "0.7");
+    test::TurnWheel(Field("Ax0"), 3);
+    EXPECT_EQ(Field("Ax0").Text(), std::string("0.73"));
+    EXPECT_EQ(sound.Ax0, 0.73F);
+    test::TurnWheel(Field("Ax0"), -2, Qt::ShiftModifier);
+    EXPECT_EQ(sound.Ax0, 0.728F);
+    Field("Ax0").MakeFocus();
+    test::TypeKey(*window, Qt::Key_Up, Qt::ControlModifier);
+    EXPECT_EQ(sound.Ax0, 0.828F);
+    EXPECT_TRUE(Field("Ax0").IsFocus());
+    // A number above 1 goes in steps of its second digit; a width stays positive; the number of a
+    // controller is a whole one from 0 to 127.
+    for (const auto& [field, from, steps, to] :
+         {std::tuple{"Fx", "3", 1, "3.1"}, std::tuple{"Fy", "0.99", 2, "1.01"},
+          std::tuple{"Sc", "0.05", -9, "0.01"}, std::tuple{"Ax4", "125", 5, "127"},
+          std::tuple{"Ay4", "2", -5, "0"}, std::tuple{"Cx1", "-0.3", -1, "-0.31"}}) {
+        Enter(field, from);
+        test::TurnWheel(Field(field), steps);
+        EXPECT_EQ(Field(field).Text(), std::string(to)) << field;
+    }
+    // While no field of a number has the keyboard nothing is learned.
+    view->Playing().controllers[7] = 0.5F;
+    view->Pulse();
+    Field("Ax4").MakeFocus();
+    view->Pulse();
+    view->Playing().controllers[74] = 0.01F;
+    view->Pulse();
+    EXPECT_EQ(sound.Ax4, 127);
+    view->Playing().controllers[74] = 0.4F;
+    view->Pulse();
+    test::Settle();
+    EXPECT_EQ(sound.Ax4, 74);
+    EXPECT_TRUE(alerts.texts.empty());
 }
 
 TEST_F(VexaViewTest, PlaneControlsMoveThePicture) {
@@ -281,6 +320,38 @@ TEST_F(VexaViewTest, MacrosAreEditedFollowedAndSaved) {
     EXPECT_EQ(Text("controller a"), "21");
     EXPECT_EQ(a.value, 1);
     EXPECT_FALSE(view->Changed());
+}
+
+TEST_F(VexaViewTest, APictureIsOpenedByItsContentSavedAndLoaded) {
+    Open(false);
+    // Left dark, which is red on the plane, right bright, under a sound file's name.
+    folder.Write("pictures/two.wav", test::Png(2, 1, {}, {25, 255}));
+    view->Open(In("pictures/two.wav"));
+    test::Settle();
+    EXPECT_EQ(view->Kind(), vexa::FunctionKind::Picture);
+    EXPECT_EQ(Text("Fxy"), "");
+    EXPECT_FALSE(Field("SFreq").IsEnabled());
+    EXPECT_EQ(PixelAt(10, 160), 0xCD0000U);
+    EXPECT_EQ(PixelAt(250, 160), 255U);
+    view->SaveFunction("two.xml");
+    Enter("Fxy", "x/");
+    EXPECT_THAT(view->SavingRemark(), HasSubstr("the picture \"two.wav\", which sounds, will"));
+    Enter("Fxy", "0.5");
+    EXPECT_EQ(PixelAt(10, 160), 127U);
+    view->Open(In("functions/two.xml"));
+    test::Settle();
+    EXPECT_EQ(PixelAt(10, 160), 0xCD0000U);
+    EXPECT_EQ(view->ConstructFunction().pictureFile, "two.wav");
+    // Damaged, it leaves what is there; missing in a document, it is silent and not forgotten.
+    view->Open(folder.Write("cut.png", test::Png(2, 1, {}, {9, 9}).substr(0, 50)));
+    EXPECT_THAT(alerts.texts, testing::Contains("Could not load picture"));
+    EXPECT_EQ(PixelAt(10, 160), 0xCD0000U);
+    std::filesystem::remove(In("pictures/two.wav"));
+    view->LoadFunction(In("functions/two.xml"));
+    test::Settle();
+    EXPECT_EQ(PixelAt(10, 160), 0U);
+    EXPECT_THAT(view->SavingRemark(), HasSubstr("picture \"two.wav\" is missing"));
+    EXPECT_EQ(view->ConstructFunction().pictureFile, "two.wav");
 }
 
 TEST_F(VexaViewTest, ASampleTakesTheExpressionsPlaceAndGivesItBack) {

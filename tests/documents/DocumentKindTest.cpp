@@ -20,8 +20,9 @@ using test::TemporaryFolder;
 TEST(DocumentKind, ContentDecidesAndTheTypeOnlyWhereThatTellsNothing) {
     const std::string wav = test::ShortWav({1, 2, 3}, 8000, 1);
     const std::string utf16("\xFF\xFE<\0a\0>\0", 8);
-    const auto [sound, function, sample] =
-        std::array{DocumentKind::Sound, DocumentKind::Function, DocumentKind::Sample};
+    const std::string png = "\x89PNG\r\n\x1A\n";
+    const auto [sound, function, sample, picture] = std::array{
+        DocumentKind::Sound, DocumentKind::Function, DocumentKind::Sample, DocumentKind::Picture};
     const struct {
         const char* name;
         std::string content;
@@ -44,6 +45,10 @@ TEST(DocumentKind, ContentDecidesAndTheTypeOnlyWhereThatTellsNothing) {
         {"n.xml", utf16, "", function},
         {"o.xml", utf16.substr(2), "", function},
         {"p.wav", "", "", sample},
+        {"q", "<vexapicturefunction></vexapicturefunction>", kSoundFileType, function},
+        {"r.xml", png, kSoundFileType, picture},
+        {"s.wav", "\xFF\xD8\xFF\xE0", "", picture},
+        {"t.png", "\x89PNG, says the text", "", sample},
     };
     const TemporaryFolder folder;
     const bool keepsTypes = ::setxattr(folder.Path().c_str(), "user.probe", "", 0, 0) == 0;

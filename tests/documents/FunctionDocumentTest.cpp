@@ -4,6 +4,8 @@
 #include "documents/ApplySound.h"
 #include "support/TemporaryFolder.h"
 
+#include <map>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -22,8 +24,11 @@ Function FullFunction(FunctionKind kind) {
     Function function;
     function.kind = kind;
     function.author = "A & B";
-    (kind == FunctionKind::Expression ? function.expression : function.sampleFile) =
-        "x<y&&y<1 ? &lt; : \xC3\xA4";
+    const std::map<FunctionKind, std::string*> texts{
+        {FunctionKind::Expression, &function.expression},
+        {FunctionKind::Sample, &function.sampleFile},
+        {FunctionKind::Picture, &function.pictureFile}};
+    *texts.at(kind) = "x<y&&y<1 ? &lt; : \xC3\xA4";
     function.frequency = "261.6";
     function.width = "15.0";
     function.linkFunction = {"1", "2"};
@@ -34,11 +39,18 @@ Function FullFunction(FunctionKind kind) {
     return function;
 }
 
-TEST(FunctionDocument, BothKindsComeBackFromTheirFiles) {
+TEST(FunctionDocument, EachKindComesBackFromItsFile) {
     const TemporaryFolder folder;
-    for (const FunctionKind kind : {FunctionKind::Expression, FunctionKind::Sample}) {
+    std::map<FunctionKind, std::string> files;
+    for (const FunctionKind kind :
+         {FunctionKind::Expression, FunctionKind::Sample, FunctionKind::Picture}) {
         const auto path = folder.Path() / "f";
-        const Function written = FullFunction(kind);
+        Function written = FullFunction(kind);
+        // What is another kind's is kept, as any element that is not known.
+        if (kind == FunctionKind::Picture)
+            written.kept.root = "<samplefile>a</samplefile><frequency>7</frequency>";
+        else
+            written.kept.root += "<picturefile>a</picturefile>";
         ASSERT_TRUE(WriteFunction(path, written));
         Function start;
         start.frequency = written.frequency;
@@ -52,15 +64,23 @@ TEST(FunctionDocument, BothKindsComeBackFromTheirFiles) {
         if (::getxattr(path.c_str(), "user.mime_type", type, sizeof type) > 0) {
             EXPECT_STREQ(type, "text/orvo-Vexa-function");
         }
+        files[kind] = Contents(path);
     }
+    const std::string& sample = files[FunctionKind::Sample];
     EXPECT_THAT(
-        Contents(folder.Path() / "f"),
+        sample,
         HasSubstr("  <samplefile>x&lt;y&amp;&amp;y&lt;1 ? &amp;lt; : \xC3\xA4</samplefile>\n"
                   "  <frequency>261.6</frequency>\n  <display>"));
-    EXPECT_THAT(Contents(folder.Path() / "f"), Not(HasSubstr("<expression>")));
-    EXPECT_THAT(Contents(folder.Path() / "f"),
-                HasSubstr("  </display>\n  <macros>\n    <a>0.25</a>\n    <d>1</d>\n"
-                          "    <dctl>74</dctl>\n  </macros>\n  <spice>"));
+    EXPECT_THAT(sample, Not(HasSubstr("<expression>")));
+    EXPECT_THAT(
+        files[FunctionKind::Picture],
+        HasSubstr("<!DOCTYPE vexapicturefunction SYSTEM \"vexa.dtd\">\n\n<vexapicturefunction>\n"));
+    EXPECT_THAT(files[FunctionKind::Picture],
+                HasSubstr("  </info>\n"
+                          "  <picturefile>x&lt;y&amp;&amp;y&lt;1 ? &amp;lt; : \xC3\xA4"
+                          "</picturefile>\n  <display>"));
+    EXPECT_THAT(sample, HasSubstr("  </display>\n  <macros>\n    <a>0.25</a>\n    <d>1</d>\n"
+                                  "    <dctl>74</dctl>\n  </macros>\n  <spice>"));
 }
 
 TEST(FunctionDocument, MacrosAreFreshUnlessTheDocumentHasThem) {
@@ -141,8 +161,8 @@ TEST(FunctionDocument, SaysWhyAFileIsNoFunction) {
         {folder.Write("utf16", std::string("\xFF\xFE<\0a\0>\0", 8)), notLoaded,
          "utf16: expected a text in UTF-8, found UTF-16"},
         {folder.Write("sound", "<vexasound/><\xE9\x1Bther></other>"), kInvalidFunction,
-         "sound:1:13: This is not a valid function. (expected a root element <vexafunction> or "
-         "<vexasamplefunction>, found <??ther>)"},
+         "sound:1:13: This is not a valid function. (expected a root element <vexafunction>, "
+         "<vexasamplefunction> or <vexapicturefunction>, found <??ther>)"},
     };
     for (const auto& [path, alert, reason] : cases) {
         ReadReport report;

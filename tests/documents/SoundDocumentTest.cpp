@@ -28,10 +28,12 @@ Sound RandomSound(unsigned seed) {
     Sound sound;
     sound.author = text();
     sound.function.author = text();
-    sound.function.kind = random() % 2 ? FunctionKind::Sample : FunctionKind::Expression;
+    sound.function.kind = kFunctionElements[random() % 3].kind;
     if (sound.function.kind == FunctionKind::Sample) {
         sound.function.sampleFile = text();
         sound.function.frequency = std::to_string(random());
+    } else if (sound.function.kind == FunctionKind::Picture) {
+        sound.function.pictureFile = text();
     } else {
         sound.function.expression = text();
     }
@@ -282,7 +284,7 @@ TEST(SoundDocument, WithoutAFunctionNothingIsTaken) {
     EXPECT_EQ(read.Fault().text, "This is not a valid sound.");
     EXPECT_EQ(report.reason, path.string() +
                                  ":1:1: This is not a valid sound. (expected an element "
-                                 "<vexafunction> or <vexasamplefunction> in "
+                                 "<vexafunction>, <vexasamplefunction> or <vexapicturefunction> in "
                                  "<vexasound>)");
 
     MXString text("<vexasound><fx>2</fx></vexasound>");

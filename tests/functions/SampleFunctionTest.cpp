@@ -221,32 +221,4 @@ TEST(LoadSample, GoesByTheAnnouncedLengthBeforeItReads) {
     });
 }
 
-TEST(SampleFileName, IsTheLeafWhereThatFindsTheFileAgain) {
-    const TemporaryFolder folder;
-    const fs::path program = fs::canonical(folder.Path());
-    folder.Write("samples/a.wav", "");
-    folder.Write("samples/more/a.wav", "");
-    const auto name = [&](const char* path) {
-        return vexa::SampleFileName((program / path).string(), program);
-    };
-    EXPECT_EQ(name("samples/a.wav"), "a.wav");
-    EXPECT_EQ(name("samples//a.wav"), "a.wav");
-    EXPECT_EQ(name("samples/more/../a.wav"), "a.wav");
-    EXPECT_EQ(name("samples/more/a.wav"), (program / "samples/more/a.wav").string());
-    EXPECT_EQ(name("a.wav"), (program / "a.wav").string());
-    EXPECT_EQ(vexa::SampleFileName("/usr/a.wav", program / "none"), "/usr/a.wav");
-    folder.Write("shipped/samples/a.wav", "");
-    folder.Write("shipped/samples/b.wav", "");
-    const kits::ProgramFolders both(program, program / "shipped");
-    const auto shipped = [&](const char* leaf) {
-        return vexa::SampleFileName(program / "shipped/samples" / leaf, both);
-    };
-    EXPECT_EQ(shipped("b.wav"), "b.wav");
-    EXPECT_EQ(shipped("a.wav"), (program / "shipped/samples/a.wav").string())
-        << "one stands before";
-    const test::CurrentFolder current(program);
-    EXPECT_EQ(vexa::SampleFileName("samples/a.wav", fs::path(".")), "a.wav");
-    EXPECT_EQ(vexa::SampleFileName("b.wav", fs::path(".")), (program / "b.wav").string());
-}
-
 } // namespace

@@ -4,8 +4,10 @@
 #include "functions/ProgramFolder.h"
 #include "instrument/PlaneFollower.h"
 #include "support/Environment.h"
+#include "support/Pictures.h"
 #include "support/SoundFiles.h"
 #include "support/Sounds.h"
+#include "support/TemporaryFolder.h"
 
 #include <chrono>
 #include <memory>
@@ -302,6 +304,10 @@ TEST(Instrument, WhatCannotBePlayedLeavesAllAsItWas) {
     missing.kind = vexa::FunctionKind::Sample;
     missing.sampleFile = "none.wav";
     EXPECT_THAT(instrument.SetFunction(missing).alerts, ElementsAre(vexa::kSampleAlert));
+    missing.kind = vexa::FunctionKind::Picture;
+    missing.pictureFile = "none.png";
+    EXPECT_THAT(instrument.SetFunction(missing).alerts, ElementsAre(vexa::kPictureAlert));
+    EXPECT_THAT(instrument.Try(missing).details, HasSubstr("pictures/none.png: No such file"));
     EXPECT_EQ(instrument.State().function, Of("x"));
     EXPECT_EQ(shown, 0);
 }
@@ -351,6 +357,42 @@ TEST(Instrument, ThePlaneIsShownAsTheNewestNoteHearsIt) {
     engine.consumer.NoteOn(0, 30, 100, 0);
     pass(0.25);
     EXPECT_FALSE(follower.Next());
+}
+
+TEST(Instrument, APictureIsTheTerrainAndOutlivesItsFileByName) {
+    const test::TemporaryFolder folder;
+    const auto write = [&](const char* name, png_byte right) {
+        return folder.Write(std::filesystem::path("pictures") / name,
+                            test::Png(2, 1, {}, {0, right}));
+    };
+    write("a.png", 255);
+    Instrument instrument(folder.Path(), Addons::Following);
+    std::optional<vexa::PlaneFunction> f;
+    instrument.Watch([&](const vexa::PlaneFunction& next) { f = next; });
+    vexa::Sound sound;
+    sound.function.kind = vexa::FunctionKind::Picture;
+    sound.function.pictureFile = "a.png";
+    ASSERT_TRUE(instrument.Load(sound));
+    EXPECT_EQ((*f)(5, 0), 1);
+    // What is the same plays on, without a look at the file.
+    vexa::Sound edited = sound;
+    edited.function.width = "3";
+    std::filesystem::remove(folder.Path() / "pictures/a.png");
+    f.reset();
+    EXPECT_TRUE(instrument.Change(sound, edited));
+    EXPECT_FALSE(f);
+    EXPECT_EQ(instrument.State().function, edited.function);
+    sound.function.pictureFile = write("b.png", 51).string();
+    EXPECT_TRUE(instrument.Change(edited, sound));
+    EXPECT_EQ((*f)(5, 0), -0.6F);
+    // In a window attached to a plug-in a file that has gone is silent.
+    EXPECT_FALSE(instrument.Change(sound, edited));
+    EXPECT_EQ((*f)(5, 0), 0);
+    EXPECT_EQ(instrument.State().function.pictureFile, "a.png");
+    EXPECT_FALSE(instrument.SetSampleFrequency("440"));
+    edited.function = Of("x");
+    EXPECT_TRUE(instrument.Change(sound, edited));
+    EXPECT_EQ((*f)(5, 0), 5);
 }
 
 /// With formulas and samples of their own, in turns and in four threads as alone.

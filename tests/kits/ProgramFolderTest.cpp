@@ -84,13 +84,42 @@ TEST_F(ProgramFoldersTest, TheUsersFolderIsMadeForTheUserAlone) {
     const auto found = kits::FindProgramFolders("vexa", true);
     ASSERT_TRUE(found);
     EXPECT_EQ(found->Own("samples"), folder.Path() / "new/data/vexa/samples");
-    for (const char* made : {"new", "new/data/vexa/functions", "new/data/vexa/sounds"})
+    for (const char* made : {"new", "new/data/vexa/functions", "new/data/vexa/pictures"})
         EXPECT_EQ(fs::status(folder.Path() / made).permissions(), fs::perms::owner_all) << made;
     folder.Write("taken", "");
     const test::EnvironmentVariable taken("XDG_DATA_HOME", (folder.Path() / "taken").c_str());
     const auto failed = kits::FindProgramFolders("vexa", true);
     ASSERT_FALSE(failed);
     EXPECT_THAT(failed.Fault().text, HasSubstr("taken/vexa/functions: Not a directory"));
+}
+
+TEST(ProgramFoldersNames, AFileIsNamedByItsLeafWhereThatFindsItAgain) {
+    const test::TemporaryFolder folder;
+    const fs::path program = fs::canonical(folder.Path());
+    folder.Write("samples/a.wav", "");
+    folder.Write("samples/more/a.wav", "");
+    const auto name = [&](const char* path) {
+        return kits::ProgramFolders(program).NameOf("samples", program / path);
+    };
+    EXPECT_EQ(name("samples/a.wav"), "a.wav");
+    EXPECT_EQ(name("samples//a.wav"), "a.wav");
+    EXPECT_EQ(name("samples/more/../a.wav"), "a.wav");
+    EXPECT_EQ(name("samples/more/a.wav"), (program / "samples/more/a.wav").string());
+    EXPECT_EQ(name("a.wav"), (program / "a.wav").string());
+    EXPECT_EQ(kits::ProgramFolders(program / "none").NameOf("samples", "/usr/a.wav"), "/usr/a.wav");
+    folder.Write("shipped/samples/a.wav", "");
+    folder.Write("shipped/samples/b.wav", "");
+    const kits::ProgramFolders both(program, program / "shipped");
+    const auto shipped = [&](const char* leaf) {
+        return both.NameOf("samples", program / "shipped/samples" / leaf);
+    };
+    EXPECT_EQ(shipped("b.wav"), "b.wav");
+    EXPECT_EQ(shipped("a.wav"), (program / "shipped/samples/a.wav").string())
+        << "one stands before";
+    const test::CurrentFolder current(program);
+    const kits::ProgramFolders here(".");
+    EXPECT_EQ(here.NameOf("samples", "samples/a.wav"), "a.wav");
+    EXPECT_EQ(here.NameOf("samples", "b.wav"), (program / "b.wav").string());
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "plugin/Lv2Host.h"
 #include "support/Command.h"
 #include "support/Environment.h"
+#include "support/Pictures.h"
 #include "support/RealtimeWatch.h"
 #include "support/SoundFiles.h"
 #include "support/TemporaryFolder.h"
@@ -265,6 +266,20 @@ TEST_F(Lv2, FilesThatHaveGoneAreToldAndRemembered) {
     host.Midi(0, {0x90, 60, 100});
     EXPECT_GT(Peak(host.Run(4096)), 1e-4F);
     EXPECT_EQ(host.Save()["document"], state["document"]);
+    // So it is with a picture, and a sample that is in its place is none.
+    sound.function.kind = FunctionKind::Picture;
+    sound.function.pictureFile = "/gone/first.png";
+    state["document"] = SoundText(sound);
+    host.logged.clear();
+    host.Restore(state, LV2_ATOM__Path);
+    EXPECT_THAT(host.logged, HasSubstr("here.wav: it is neither PNG nor JPEG"));
+    host.Run(4096);
+    EXPECT_LT(Peak(host.Run(256)), 1e-6F);
+    state["samplefile"] = folder.Write("here.png", test::Png(2, 1, {}, {0, 255})).string();
+    host.Restore(state, LV2_ATOM__Path);
+    host.Midi(0, {0x90, 60, 100});
+    EXPECT_GT(Peak(host.Run(4096)), 1e-4F);
+    EXPECT_EQ(host.Save()["document"], state["document"]);
     // A preset leaves the tuning to the player, and what is refused leaves it as it was.
     EXPECT_EQ(host.Restore({{"document", TextOf("x")}}), LV2_STATE_SUCCESS);
     host.Set("keymap", "/gone/other.kbm");
@@ -386,6 +401,13 @@ TEST_F(Lv2, WhatIsSetIsHeardToldAndKept) {
         ASSERT_TRUE(host.RunUntil([&] { return host.told["sound"] == sound; }));
         EXPECT_THAT(host.told["sample"], testing::EndsWith("vexa.lv2/samples/vowel.wav"));
         EXPECT_EQ(host.told["formula"], "");
+        const std::string picture = folder.Write("a.png", test::Png(2, 1, {}, {0, 255})).string();
+        host.Set("picture", picture);
+        ASSERT_TRUE(host.RunUntil([&] { return host.told["picture"] == picture; }));
+        EXPECT_EQ(host.told["sample"], "");
+        host.Set("picture", "/gone.png");
+        ASSERT_TRUE(host.RunUntil([&] { return !host.told["message"].empty(); }));
+        EXPECT_THAT(host.told["message"], HasSubstr("/gone.png: No such file"));
         host.told.clear();
         host.Patch(LV2_PATCH__Get, [](LV2_Atom_Forge& f) {
             lv2_atom_forge_key(&f, Id(LV2_PATCH__property));

@@ -5,6 +5,7 @@
 #include "support/Environment.h"
 #include "support/Limits.h"
 #include "support/MidiFiles.h"
+#include "support/Pictures.h"
 #include "support/SoundFiles.h"
 #include "support/Sounds.h"
 #include "support/Spectrum.h"
@@ -200,6 +201,32 @@ TEST_F(RenderProgram, ASampleCanReplaceTheFunction) {
     EXPECT_EQ(result.exitCode, 0) << result.text;
     EXPECT_THAT(result.text, testing::Not(HasSubstr("silence")));
     ExpectFailure({OneNote(), Path("b.wav"), "--sample-frequency", "220"}, "--sample-frequency", 2);
+}
+
+/// The documents' names differ from the files' by a folder "pictures" only.
+TEST_F(RenderProgram, APictureCanReplaceTheFunctionOrBeTheSounds) {
+    // Columns of black and white.
+    std::vector<png_byte> pixels(64 * 64);
+    for (std::size_t i = 0; i < pixels.size(); i++)
+        pixels[i] = i % 64 / 4 % 2 ? 255 : 0;
+    const std::string picture = folder.Write("pictures/bars.png", test::Png(64, 64, {}, pixels));
+    const CommandResult result = Run({OneNote(), Path("a.wav"), "--picture", picture});
+    EXPECT_EQ(result.exitCode, 0) << result.text;
+    EXPECT_GT(test::Peak(Samples(Path("a.wav"))), 0.01F);
+    std::string text = Contents(VEXA_PROGRAM_FOLDER "/sounds/default.xml");
+    const std::size_t begin = text.find("<vexafunction>");
+    const std::size_t end = text.find("</vexafunction>") + 15;
+    text.replace(begin, end - begin,
+                 "<vexapicturefunction><picturefile>" + picture +
+                     "</picturefile></vexapicturefunction>");
+    folder.Write("sound.xml", text);
+    EXPECT_EQ(Run({OneNote(), Path("b.wav"), "--sound", Path("sound.xml")}).exitCode, 0);
+    EXPECT_EQ(Contents(Path("b.wav")), Contents(Path("a.wav")));
+    folder.Write("pictures/bars.png", "GIF89a");
+    ExpectFailure({OneNote(), Path("c.wav"), "--sound", Path("sound.xml")},
+                  "bars.png: it is neither PNG nor JPEG");
+    for (const char* other : {"--function=x", "--sample=a.wav", "--sample-frequency=1"})
+        ExpectFailure({OneNote(), Path("c.wav"), "--picture", picture, other}, "exclude", 2);
 }
 
 TEST_F(RenderProgram, MacrosAreTheSoundsOrTheCommandLines) {

@@ -9,6 +9,7 @@
 #include <QApplication>
 #include <QMouseEvent>
 #include <QTest>
+#include <QWheelEvent>
 #include <cstdlib>
 #include <memory>
 
@@ -78,6 +79,11 @@ void Click(BView& view, BPoint where, uint32 button) {
     Release(view, where, button);
 }
 
+void DoubleClick(BView& view, BPoint where) {
+    Send(view, QEvent::MouseButtonDblClick, where, Qt::LeftButton, Qt::LeftButton);
+    Release(view, where);
+}
+
 void Type(BWindow& window, const char* text) {
     QWidget* focus = window.Widget().focusWidget();
     QTest::keyClicks(focus ? focus : &window.Widget(), QString::fromUtf8(text));
@@ -85,8 +91,22 @@ void Type(BWindow& window, const char* text) {
 }
 
 void TypeKey(BWindow& window, int key) {
+    TypeKey(window, key, Qt::NoModifier);
+}
+
+void TypeKey(BWindow& window, int key, Qt::KeyboardModifiers modifiers) {
     QWidget* focus = window.Widget().focusWidget();
-    QTest::keyClick(focus ? focus : &window.Widget(), static_cast<Qt::Key>(key));
+    QTest::keyClick(focus ? focus : &window.Widget(), static_cast<Qt::Key>(key), modifiers);
+    Settle();
+}
+
+void TurnWheel(BView& view, int steps, Qt::KeyboardModifiers modifiers) {
+    QWidget* content = view.Widget().Content();
+    QWidget& widget = content ? *content : view.Widget();
+    const QPointF middle = QRectF(widget.rect()).center();
+    QWheelEvent event(middle, widget.mapToGlobal(middle), {}, {0, 120 * steps}, Qt::NoButton,
+                      modifiers, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(&widget, &event);
     Settle();
 }
 

@@ -22,12 +22,18 @@ void Press(BView& view, BPoint where, uint32 button = B_PRIMARY_MOUSE_BUTTON);
 void Drag(BView& view, BPoint where, uint32 button = B_PRIMARY_MOUSE_BUTTON);
 void Release(BView& view, BPoint where, uint32 button = B_PRIMARY_MOUSE_BUTTON);
 void Click(BView& view, BPoint where, uint32 button = B_PRIMARY_MOUSE_BUTTON);
+/// The second press of two.
+void DoubleClick(BView& view, BPoint where);
 /// Presses two buttons together.
 void PressChord(BView& view, BPoint where);
 
 /// Types into whatever has the focus in the window: a text, or one of the toolkit's keys.
 void Type(BWindow& window, const char* text);
 void TypeKey(BWindow& window, int key);
+/// The same with modifiers of the toolkit's held.
+void TypeKey(BWindow& window, int key, Qt::KeyboardModifiers modifiers);
+/// Turns the wheel by so many steps over the middle of the view, or of the control in it.
+void TurnWheel(BView& view, int steps, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
 
 /// What the view and its children look like.
 QImage Picture(BView& view);

@@ -154,4 +154,58 @@ TEST_F(EnvViewTest, AWiderViewShowsTheSamePointsFurtherApart) {
     EXPECT_THAT(Times(), ElementsAre(0, 2, 1));
 }
 
+TEST_F(EnvViewTest, KeysMoveAddAndDeletePoints) {
+    view->MakeFocus();
+    BWindow& window = stage.Window();
+    test::TypeKey(window, Qt::Key_Right, Qt::AltModifier);
+    EXPECT_EQ(view->ChosenPoint(), 1U);
+    test::TypeKey(window, Qt::Key_Right);
+    test::TypeKey(window, Qt::Key_Right, Qt::ShiftModifier);
+    EXPECT_NEAR(view->Points()[1].t, 2.055, 1e-5);
+    test::TypeKey(window, Qt::Key_Down, Qt::ControlModifier);
+    EXPECT_NEAR(view->Points()[1].val, 0.1, 1e-5);
+    // Heard at once.
+    EXPECT_NEAR(view->Value(2.055F, false, 0), 0.1, 1e-3);
+    test::TypeKey(window, Qt::Key_Insert);
+    EXPECT_EQ(view->ChosenPoint(), 2U);
+    EXPECT_THAT(Times(), ElementsAre(0, testing::FloatNear(2.055F, 1e-4F),
+                                     testing::FloatNear((2.055F + view->Split()) / 2, 1e-4F), 1));
+    test::TypeKey(window, Qt::Key_Delete);
+    EXPECT_EQ(view->Points().size(), 3U);
+    // The first point stays, whatever the keys.
+    for (int i = 0; i < 5; i++)
+        test::TypeKey(window, Qt::Key_Left, Qt::AltModifier);
+    test::TypeKey(window, Qt::Key_Delete);
+    test::TypeKey(window, Qt::Key_Left);
+    EXPECT_EQ(view->Points().size(), 3U);
+    EXPECT_EQ(view->Points()[0].t, 0);
+}
+
+TEST_F(EnvViewTest, APointTakesNumbersAfterADoubleClick) {
+    const BPoint at = PlaceOf(1);
+    test::Click(*view, at);
+    test::DoubleClick(*view, at);
+    ASSERT_TRUE(view->Entry());
+    test::Type(stage.Window(), "0.75, -0.25");
+    test::TypeKey(stage.Window(), Qt::Key_Return);
+    EXPECT_FALSE(view->Entry());
+    EXPECT_EQ(view->Points()[1], (vexa::EnvPoint{0.75F, false, -0.25F}));
+    EXPECT_EQ(view->Label(1), "0.75 s, -0.25");
+    EXPECT_EQ(view->Label(2), "+1 s, -0.5");
+    // What is beyond its neighbours or the bounds comes as near as it can; what is no pair of
+    // numbers is nothing.
+    for (const auto& [text, expected] : {std::pair{"99 7", vexa::EnvPoint{view->Split(), false, 1}},
+                                         std::pair{"-3 -7", vexa::EnvPoint{0, false, -1}},
+                                         std::pair{"0.5", vexa::EnvPoint{0, false, -1}},
+                                         std::pair{"nan inf", vexa::EnvPoint{0, false, -1}}}) {
+        test::DoubleClick(*view, PlaceOf(1));
+        test::Type(stage.Window(), text);
+        test::TypeKey(stage.Window(), Qt::Key_Return);
+        EXPECT_EQ(view->Points()[1], expected) << text;
+    }
+    test::DoubleClick(*view, PlaceOf(2));
+    test::TypeKey(stage.Window(), Qt::Key_Escape);
+    EXPECT_FALSE(view->Entry());
+}
+
 } // namespace

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/strip/MacroKnobs.h"
 
+#include "app/NumberStep.h"
 #include "app/VexaView.h"
 #include "app/strip/Knob.h"
 #include "documents/NumberDoubt.h"
@@ -97,6 +98,15 @@ void MacroKnobs::AddCell(std::size_t macro) {
     cell.controller = new BTextControl({left + ControllerLabelWidth(), top, right, top + height},
                                        ("controller " + letter).c_str(), nullptr, "",
                                        MessageOf(kControllerCode, macro));
+    const auto step = [](BTextControl& field, const NumberRange& range, const std::string& usual) {
+        field.SetStepping([range](const std::string& text, int steps, uint32 modifiers) {
+            return Stepped(text, steps, modifiers, range);
+        });
+        field.SetReset(usual);
+    };
+    step(*cell.value, {0, 1}, kits::ShortText(kInitialMacro));
+    step(*cell.controller, {0, 127, true},
+         std::to_string(kFirstMacroController + static_cast<int32>(macro)));
     AddChild(cell.knob);
     for (BTextControl* field : {cell.value, cell.controller}) {
         field->SetTarget(this);
@@ -121,7 +131,7 @@ void MacroKnobs::Learn() {
         if (asking < kMacros)
             learn.emplace(mainView.Playing().controllers);
     }
-    const std::optional<int32> number = learn ? learn->Moved() : std::nullopt;
+    const std::optional<int> number = learn ? learn->Moved() : std::nullopt;
     if (!number)
         return;
     learn.reset();

@@ -24,7 +24,12 @@ std::string Trimmed(const std::string& text) {
 } // namespace
 
 NumberField::NumberField(const std::string& name, Look look, BMessage* message)
-    : BTextControl({0, 0, 60, 0}, name.c_str(), nullptr, "", message), look(std::move(look)) {}
+    : BTextControl({0, 0, 60, 0}, name.c_str(), nullptr, "", message), look(std::move(look)) {
+    SetStepping([this](const std::string& text, int steps, uint32 modifiers) {
+        return Stepped(text, steps, modifiers);
+    });
+    SetReset("");
+}
 
 std::string NumberField::TextOf(double number) const {
     if (number < look.minimum && !look.below.empty())
@@ -69,43 +74,21 @@ void NumberField::SetHelp(const std::string& next) {
     SetToolTip(help.c_str());
 }
 
-bool NumberField::Step(double steps) {
-    if (!IsEnabled())
-        return false;
-    if (Modifiers() & B_SHIFT_KEY)
-        steps *= kFiner;
-    if (Modifiers() & B_CONTROL_KEY)
-        steps *= kCoarser;
-    double change = steps * look.step;
-    if (look.whole) {
-        rest += std::clamp(change, -look.maximum, look.maximum);
-        change = std::trunc(rest);
-        rest -= change;
-    }
-    // From what is typed, if that is a number.
+/// Of what is typed, if that is a number.
+std::string NumberField::Stepped(const std::string& text, int steps, uint32 modifiers) const {
     std::size_t length = 0;
-    const double typed = kits::NumberOf(WithoutUnit(Text()).value_or(""), &length);
+    const double typed = kits::NumberOf(WithoutUnit(text).value_or(""), &length);
     const double from = length > 0 && IsEdited() ? typed : shown;
+    double step = look.step;
+    if (modifiers & B_SHIFT_KEY && !look.whole)
+        step *= kFiner;
+    if (modifiers & B_CONTROL_KEY)
+        step *= kCoarser;
     // Hundredths of steps, so that the way back leads to where it came from.
     const double grid = look.whole ? 1 : look.step / 100;
     const double least = look.below.empty() ? look.minimum : look.minimum - 1;
-    const double next = std::clamp(std::round((from + change) / grid) * grid, least, look.maximum);
-    if (next == from)
-        return true;
-    shown = next;
-    Type(TextOf(next).c_str());
-    Confirm();
-    return true;
-}
-
-bool NumberField::WheelMoved(BPoint, BPoint steps) {
-    return Step(steps.y);
-}
-
-bool NumberField::KeyDown(const kits::KeyPress& press) {
-    if (press.key != kits::Key::Up && press.key != kits::Key::Down)
-        return false;
-    return Step(press.key == kits::Key::Up ? 1 : -1);
+    const double next = std::round((from + steps * step) / grid) * grid;
+    return TextOf(std::clamp(next, least, look.maximum));
 }
 
 } // namespace vexa

@@ -10,8 +10,8 @@
 namespace vexa {
 
 /// Shows the number and the unit, and takes it with or without. A step by wheel or arrow key sends
-/// the message at once, Shift makes it ten times finer and Ctrl ten times coarser. An empty text
-/// leaves the number to whoever has the default. Window thread.
+/// the message at once, Shift makes it ten times finer and Ctrl ten times coarser. An empty text,
+/// or a click with Ctrl, leaves the number to whoever has the default. Window thread.
 class NumberField : public BTextControl {
   public:
     struct Look {
@@ -38,18 +38,13 @@ class NumberField : public BTextControl {
     /// What the field is for.
     void SetHelp(const std::string& next);
 
-    bool WheelMoved(BPoint where, BPoint steps) override;
-    bool KeyDown(const kits::KeyPress& press) override;
-
   private:
-    bool Step(double steps);
+    std::string Stepped(const std::string& text, int steps, uint32 modifiers) const;
     std::optional<std::string> WithoutUnit(const std::string& shownText) const;
     std::string TextOf(double number) const;
 
     const Look look;
     double shown = 0;
-    /// Parts of steps that a touch pad has made, for a whole number.
-    double rest = 0;
     std::string help;
 };
 

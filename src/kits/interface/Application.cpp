@@ -5,6 +5,7 @@
 #include "kits/application/MessageQueue.h"
 #include "kits/interface/Alert.h"
 #include "kits/interface/Window.h"
+#include "kits/interface/backends/AccessibleView.h"
 #include "kits/interface/backends/Appearance.h"
 #include "kits/interface/backends/WindowWidget.h"
 #include "kits/storage/ProgramFolder.h"
@@ -126,6 +127,7 @@ class Toolkit {
     Toolkit() : application(count, arguments) {
         application.setQuitOnLastWindowClosed(false);
         SetAppearance();
+        DescribeViews();
         const std::string name = ProgramFile().stem();
         QApplication::setWindowIcon(
             QIcon(QString::fromStdString(ContentFolder() / (name + "-icon.png"))));

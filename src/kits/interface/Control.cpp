@@ -13,8 +13,10 @@
 #include <QSignalBlocker>
 #include <QStyle>
 #include <QTextLayout>
+#include <QWheelEvent>
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <utility>
 
 namespace {
@@ -22,10 +24,31 @@ namespace {
 /// The frame of a text field and of a button, in pixels.
 constexpr float kBorder = 1;
 
-class Line : public QLineEdit {
+} // namespace
+
+namespace kits {
+
+float FittingFontSize(std::string_view label, float width) {
+    BFont font = *be_plain_font();
+    while (font.Size() > 8 && font.StringWidth(label) > width)
+        font.SetSize(font.Size() - 1);
+    return font.Size();
+}
+
+} // namespace kits
+
+class BTextControl::Line : public QLineEdit {
   public:
-    /// What Escape goes back to.
-    const std::string* confirmed = nullptr;
+    explicit Line(BTextControl& field) : field(&field) {}
+
+    /// On its way out, it gives the focus up, which must not count as leaving the field.
+    void Retire() {
+        field = nullptr;
+        blockSignals(true);
+    }
+
+    Stepping stepping;
+    std::optional<std::string> reset;
 
     /// Where the character is shown, in pixels from the left.
     float PositionOf(qsizetype index) const {
@@ -41,16 +64,28 @@ class Line : public QLineEdit {
   protected:
     void keyPressEvent(QKeyEvent* event) override {
         if (event->key() == Qt::Key_Escape) {
-            setText(QString::fromStdString(*confirmed));
+            setText(QString::fromStdString(field->confirmed));
             clearFocus();
             // The window may have a use for the key too.
             event->ignore();
-        } else if (event->key() == Qt::Key_Up || event->key() == Qt::Key_Down) {
-            // A line has no use for them; beside Ctrl the toolkit would swallow them.
-            event->ignore();
+        } else if (stepping && (event->key() == Qt::Key_Up || event->key() == Qt::Key_Down)) {
+            Step(event->key() == Qt::Key_Up ? 1 : -1, event->modifiers());
         } else {
             QLineEdit::keyPressEvent(event);
         }
+    }
+    void wheelEvent(QWheelEvent* event) override {
+        /// What a step of a usual wheel counts in the toolkit.
+        constexpr int kStep = 120;
+        if (!stepping || !isEnabled())
+            return event->ignore();
+        // Touch pads turn by little.
+        turned += event->angleDelta().y();
+        const int steps = turned / kStep;
+        turned -= steps * kStep;
+        if (steps != 0)
+            Step(steps, event->modifiers());
+        event->accept();
     }
     void focusInEvent(QFocusEvent* event) override {
         QLineEdit::focusInEvent(event);
@@ -58,28 +93,29 @@ class Line : public QLineEdit {
     }
     // The press that enters the field comes after the focus, and places the cursor.
     void mousePressEvent(QMouseEvent* event) override {
+        if (reset && event->modifiers() & Qt::ControlModifier)
+            return field->Replace(*reset);
         QLineEdit::mousePressEvent(event);
         if (std::exchange(clicked, false))
             selectAll();
     }
+    void focusOutEvent(QFocusEvent* event) override {
+        QLineEdit::focusOutEvent(event);
+        if (field && field->end)
+            field->Target().SendMessage(*field->end);
+    }
 
   private:
+    void Step(int steps, Qt::KeyboardModifiers modifiers) {
+        field->Replace(stepping(text().toStdString(), steps, kits::FromQt(modifiers)));
+    }
+
+    BTextControl* field;
+    /// Of the wheel, not a whole step yet.
+    int turned = 0;
     /// A press has brought the focus and has not been seen yet.
     bool clicked = false;
 };
-
-} // namespace
-
-namespace kits {
-
-float FittingFontSize(std::string_view label, float width) {
-    BFont font = *be_plain_font();
-    while (font.Size() > 8 && font.StringWidth(label) > width)
-        font.SetSize(font.Size() - 1);
-    return font.Size();
-}
-
-} // namespace kits
 
 BControl::BControl(BRect frame, const char* name, const char* label, BMessage* message,
                    uint32 resizingMode, uint32 flags)
@@ -151,10 +187,9 @@ void BButton::MakeDefault() {
 
 BTextControl::BTextControl(BRect frame, const char* name, const char* label, const char* initial,
                            BMessage* message, uint32 resizingMode, uint32 flags)
-    : BControl(frame, name, label, message, resizingMode, flags), confirmed(initial) {
-    auto* editor = new Line;
-    line = editor;
-    editor->confirmed = &confirmed;
+    : BControl(frame, name, label, message, resizingMode, flags),
+      line(new Line(*this)),
+      confirmed(initial) {
     // What a document holds is not cut.
     line->setMaxLength(std::numeric_limits<int>::max());
     line->setText(kits::ToQt(confirmed));
@@ -193,9 +228,8 @@ BTextControl::BTextControl(BRect frame, const char* name, const char* label, con
     ResizeTo(frame.Width(), PreferredHeight());
 }
 
-// The line, on its way out, gives the focus up, which must not count as leaving the field.
 BTextControl::~BTextControl() {
-    line->blockSignals(true);
+    line->Retire();
 }
 
 const char* BTextControl::Text() const {
@@ -213,6 +247,10 @@ void BTextControl::SetText(const char* next) {
 
 void BTextControl::Type(const char* next) {
     line->setText(kits::ToQt(next));
+}
+
+void BTextControl::SelectAll() {
+    line->selectAll();
 }
 
 void BTextControl::Confirm() {
@@ -235,7 +273,28 @@ bool BTextControl::IsEdited() const {
 float BTextControl::PositionOf(std::size_t byte) const {
     const std::string_view shown = Text();
     const QString before = kits::ToQt(shown.substr(0, byte));
-    return static_cast<const Line*>(line)->PositionOf(before.size());
+    return line->PositionOf(before.size());
+}
+
+/// As if the user had typed and confirmed it; nothing where it is the same.
+void BTextControl::Replace(const std::string& next) {
+    if (next == Text() && !IsEdited())
+        return;
+    line->setText(kits::ToQt(next));
+    line->setCursorPosition(0);
+    Confirm();
+}
+
+void BTextControl::SetStepping(Stepping next) {
+    line->stepping = std::move(next);
+}
+
+void BTextControl::SetReset(std::string_view next) {
+    line->reset = next;
+}
+
+void BTextControl::SetEndMessage(BMessage* message) {
+    end.reset(message);
 }
 
 void BTextControl::SetEnabled(bool enabled) {

@@ -6,10 +6,11 @@
 #include "kits/interface/View.h"
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 
-class QLineEdit;
 class QWidget;
 class QPushButton;
 
@@ -76,6 +77,7 @@ class BTextControl : public BControl {
     void SetText(const char* text);
     /// As if the user had replaced the text, without confirming it.
     void Type(const char* text);
+    void SelectAll();
     /// As if the user had pressed Enter.
     void Confirm();
 
@@ -90,6 +92,16 @@ class BTextControl : public BControl {
     /// edge where it is scrolled out of the field.
     float PositionOf(std::size_t byte) const;
 
+    /// Says what the text becomes when a person turns the wheel over the field, or presses Up or
+    /// Down in it, by so many steps, with B_SHIFT_KEY and so on held. It is confirmed at once.
+    using Stepping =
+        std::function<std::string(const std::string& text, int steps, uint32 modifiers)>;
+    void SetStepping(Stepping next);
+    /// The text that a click with Ctrl brings back, and confirms.
+    void SetReset(std::string_view text);
+    /// Takes the message over, which is sent to the target when the field loses the keyboard.
+    void SetEndMessage(BMessage* message);
+
     void SetEnabled(bool enabled) override;
     bool IsFocus() const override;
     /// Shows that the text is not valid.
@@ -101,9 +113,14 @@ class BTextControl : public BControl {
     static float BaselineOffset();
 
   private:
-    QLineEdit* line;
+    class Line;
+
+    void Replace(const std::string& next);
+
+    Line* line;
     std::string confirmed;
     std::unique_ptr<BMessage> modification;
+    std::unique_ptr<BMessage> end;
     uint64 changes = 0;
     mutable std::string text;
 };

@@ -4,6 +4,7 @@
 #include "kits/interface/Window.h"
 #include "kits/interface/backends/ViewWidget.h"
 
+#include <QAccessible>
 #include <cmath>
 
 BView::BView(BRect frame, const char* name, uint32 resizingMode, uint32 flags)
@@ -364,4 +365,11 @@ void BView::SetAccessibleName(std::string_view words) {
     while (content && content->focusProxy())
         content = content->focusProxy();
     (content ? content : widget.get())->setAccessibleName(kits::ToQt(words));
+}
+
+void BView::DescriptionChanged() {
+    if (!QAccessible::isActive())
+        return;
+    QAccessibleEvent event(widget.get(), QAccessible::DescriptionChanged);
+    QAccessible::updateAccessibility(&event);
 }

@@ -3,11 +3,13 @@
 #pragma once
 
 #include "kits/application/Handler.h"
+#include "kits/interface/Accessible.h"
 #include "kits/interface/Font.h"
 #include "kits/interface/InterfaceDefs.h"
 #include "kits/support/Bitmap.h"
 
 #include <memory>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -44,8 +46,7 @@ class BView : public BHandler {
     /// is a second wheel to the right. Fractions come from touch pads. False where the view has no
     /// use for it: the parent is asked next.
     virtual bool WheelMoved(BPoint where, BPoint steps);
-    /// A key, while the view has the focus, or one that the control inside of it has no use for.
-    /// False where the view has no use for it: it is the
+    /// A key, while the view has the focus. False where the view has no use for it: it is the
     /// window's then, as B_KEY_DOWN or TakeShortcut.
     virtual bool KeyDown(const kits::KeyPress& press);
     /// The view, not a control inside of it, has got the focus or lost it.
@@ -149,6 +150,20 @@ class BView : public BHandler {
     /// What the view is called where it is read out, in words that a person understands; a control
     /// is called by its label unless told otherwise.
     void SetAccessibleName(std::string_view words);
+
+    // What those learn who cannot see the view. A control knows all that by itself.
+
+    /// The view as a whole.
+    virtual kits::AccessibleThing Describe() const { return {}; }
+    /// The parts that the view draws by itself, by index.
+    virtual std::size_t CountParts() const { return 0; }
+    virtual kits::AccessibleThing DescribePart(std::size_t /*index*/) const { return {}; }
+    /// Does what the action of a part says, or of the view where there is no index.
+    virtual void Activate(std::optional<std::size_t> /*part*/) {}
+    /// Sets the number of a part, or of the view.
+    virtual void SetNumber(std::optional<std::size_t> /*part*/, double /*value*/) {}
+    /// To be called when any of that has changed while somebody may be listening.
+    void DescriptionChanged();
 
   private:
     friend class BWindow;

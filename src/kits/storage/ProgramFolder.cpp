@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/storage/ProgramFolder.h"
 
+#include "kits/storage/Entry.h"
+#include "kits/storage/Path.h"
 #include "kits/storage/ReadFile.h"
 
 #include <array>
@@ -20,7 +22,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char* kFolders[] = {"functions", "sounds", "samples"};
+constexpr const char* kFolders[] = {"functions", "sounds", "samples", "pictures"};
 constexpr const char* kList = "shipped-content";
 /// From the folder of an installed program.
 constexpr const char* kInstalledContent = KITS_INSTALLED_CONTENT;
@@ -104,6 +106,18 @@ fs::path ProgramFolders::Find(const char* folder, const fs::path& name) const {
     // long.
     const bool isOwn = !IsFile(shippedFile) || (IsFile(ownFile) && !IsCopy(ownFile));
     return isOwn ? ownFile : shippedFile;
+}
+
+std::string ProgramFolders::NameOf(const char* folder, const fs::path& file) const {
+    BPath path;
+    BPath parent;
+    if (BEntry(file.c_str()).GetPath(&path) != B_OK || path.GetParent(&parent) != B_OK)
+        return file.string();
+    BPath place;
+    const fs::path found = Find(folder, path.Leaf());
+    if (BEntry(found.parent_path().c_str(), true).GetPath(&place) == B_OK && parent == place)
+        return path.Leaf();
+    return path.Path();
 }
 
 std::vector<std::string> ProgramFolders::Documents(const char* folder) const {

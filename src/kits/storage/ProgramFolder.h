@@ -17,11 +17,11 @@ std::filesystem::path ProgramFile();
 /// that the installation has put content into (share/vexa/shipped beside bin, cmake/Install.cmake).
 std::filesystem::path ContentFolder();
 
-/// The two places of functions/, sounds/ and samples/: what a person makes is in his own folder,
-/// what came with the program is read from the program's. A name of the person's stands before the
-/// same name of the program's, unless his file is no more than a copy of it in some version of the
-/// program, by the list "shipped-content" there (`DIGEST  FOLDER/NAME`, SHA-256 as sha256sum writes
-/// it). `folder` is the name of one of the three in all calls. Any thread.
+/// The two places of functions/, sounds/, samples/ and pictures/: what a person makes is in his own
+/// folder, what came with the program is read from the program's. A name of the person's stands
+/// before the same name of the program's, unless his file is no more than a copy of it in some
+/// version of the program, by the list "shipped-content" there (`DIGEST  FOLDER/NAME`, SHA-256 as
+/// sha256sum writes it). `folder` is the name of one of the four in all calls. Any thread.
 class ProgramFolders {
   public:
     /// One folder for both, in which every file is the person's.
@@ -35,6 +35,9 @@ class ProgramFolders {
     /// The file of that name, the person's before the program's; where there is none, the one that
     /// he would make. A full path is itself.
     std::filesystem::path Find(const char* folder, const std::filesystem::path& name) const;
+    /// How a document names a file that it needs: by its leaf if it is what is found by that name
+    /// directly in the folder, else by its full path.
+    std::string NameOf(const char* folder, const std::filesystem::path& file) const;
     /// The names of all documents there are, a person's and the program's, each once, in byte
     /// order.
     std::vector<std::string> Documents(const char* folder) const;

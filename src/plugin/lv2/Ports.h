@@ -14,9 +14,9 @@ namespace vexa::lv2 {
 constexpr const char* kUri = VEXA_LV2_URI;
 constexpr const char* kUiUri = VEXA_LV2_URI "#ui";
 /// What the state holds besides the tuning's parameters: the sound document, and where the host has
-/// put its sample.
+/// put its sample or picture. The key is of a time when there were samples only.
 constexpr const char* kSoundState = VEXA_LV2_URI "#document";
-constexpr const char* kSampleState = VEXA_LV2_URI "#samplefile";
+constexpr const char* kFileState = VEXA_LV2_URI "#samplefile";
 
 struct Property {
     const char* uri;
@@ -28,6 +28,7 @@ struct Property {
 constexpr Property kProperties[] = {
     {VEXA_LV2_URI "#formula", "Formula", false},
     {VEXA_LV2_URI "#sample", "Sample", true},
+    {VEXA_LV2_URI "#picture", "Picture", true},
     {VEXA_LV2_URI "#sound", "Sound", true},
     {VEXA_LV2_URI "#tuning", "Scale (Scala)", true},
     {VEXA_LV2_URI "#keymap", "Keyboard map (Scala)", true},

@@ -57,8 +57,8 @@ LV2_State_Status Plugin::Save(LV2_State_Store_Function store, LV2_State_Handle h
         return mapped ? put(key, urids.path, *mapped) : LV2_STATE_ERR_UNKNOWN;
     };
     LV2_State_Status status = put(urids.soundState, urids.string, instrument.State());
-    if (const auto sample = instrument.SampleFile(); sample && status == LV2_STATE_SUCCESS)
-        status = putPath(urids.sampleState, sample);
+    if (const auto file = instrument.FunctionFile(); file && status == LV2_STATE_SUCCESS)
+        status = putPath(urids.fileState, file);
     const TuningChoice tuning = instrument.TunedBy();
     for (const auto& [request, path] :
          {std::pair{Request::Tuning, tuning.scale}, {Request::Keymap, tuning.keymap}}) {
@@ -93,7 +93,7 @@ LV2_State_Status Plugin::Restore(LV2_State_Retrieve_Function retrieve, LV2_State
         return LV2_STATE_ERR_NO_PROPERTY;
     bool taken = false;
     std::string faults =
-        document ? instrument.Restore(*document, text(urids.sampleState).value_or(""), taken)
+        document ? instrument.Restore(*document, text(urids.fileState).value_or(""), taken)
                  : "The state holds no sound of Vexa; what played before plays on.";
     const auto scale = text(urids.properties[static_cast<std::size_t>(Request::Tuning)]);
     const auto keymap = text(urids.properties[static_cast<std::size_t>(Request::Keymap)]);

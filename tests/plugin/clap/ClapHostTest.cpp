@@ -309,9 +309,12 @@ TEST_F(ClapPlugin, EightInstancesPlayWhatVexaRenderPlays) {
     for (int i = 0; i < 8; i++) {
         ReadReport report;
         Sound sound = *ReadSound(VEXA_SOURCE_FOLDER "/benchmarks/twin-hills.xml", report);
-        sound.function.kind = i % 2 ? FunctionKind::Sample : FunctionKind::Expression;
+        sound.function.kind = i == 4  ? FunctionKind::Picture
+                              : i % 2 ? FunctionKind::Sample
+                                      : FunctionKind::Expression;
         sound.function.expression = "sin(x*" + std::to_string(i + 1) + ")*cos(y)";
-        // Both find it beside themselves.
+        // Both find them beside themselves.
+        sound.function.pictureFile = "rose.png";
         sound.function.sampleFile = i % 4 == 1 ? "pluck.wav" : "voice.wav";
         hosts.push_back(std::make_unique<ClapHost>());
         ASSERT_TRUE(hosts.back()->Load(SoundText(sound)));

@@ -177,7 +177,7 @@ void ViewWidget::wheelEvent(QWheelEvent* event) {
 
 void ViewWidget::keyPressEvent(QKeyEvent* event) {
     modifiers = FromQt(event->modifiers());
-    event->setAccepted(view.KeyDown(FromQt(*event)));
+    event->setAccepted(hasFocus() && view.KeyDown(FromQt(*event)));
 }
 
 void ViewWidget::focusInEvent(QFocusEvent* event) {

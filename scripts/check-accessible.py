@@ -1,0 +1,214 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""Walks the window as a screen reader sees it, and by the Tab key.
+
+check-accessible.py [BUILD] [-v] [OPTION...]: build/release if not given; further options go to vexa.
+Starts an X server, a session bus, JACK without a device and vexa with all its parts shown, and reads
+the tree over AT-SPI. Ends with 1 where a control or a part of one has no name, where two controls
+that are shown in one view have the same, or where Tab does not reach each control that takes the
+keyboard and come round again. -v prints the tree.
+"""
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+import time
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+JACK = "vexa-accessible"
+# Seconds.
+START = 20
+# More than there are controls.
+MOST_TABS = 400
+WINDOW_ROLES = ("window", "frame")
+# Views that draw their parts by themselves and have keys for them.
+PARTED_ROLES = ("chart", "list", "image", "grouping")
+SILENT_ROLES = {"filler", "frame", "application", "panel", "scroll pane", "layered pane", "viewport",
+                "separator", "scroll bar", "unknown", "window", "internal frame", "root pane"}
+
+
+def within_a_desktop(arguments):
+    """The exit code of this script within an X server and a session bus of its own."""
+    folder = tempfile.TemporaryDirectory()
+    os.chmod(folder.name, 0o700)
+    environment = dict(os.environ, XDG_RUNTIME_DIR=folder.name, XDG_DATA_HOME=folder.name + "/data",
+                       XDG_CONFIG_HOME=folder.name + "/config", QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1",
+                       VEXA_WITHIN="1")
+    environment.pop("WAYLAND_DISPLAY", None)
+    server = subprocess.Popen(["Xvfb", "-displayfd", "1", "-screen", "0", "1920x1200x24", "-nolisten", "tcp"],
+                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+    environment["DISPLAY"] = ":" + server.stdout.readline().strip()
+    command = ["dbus-run-session", "--", sys.executable, __file__, *arguments]
+    code = subprocess.run(command, env=environment).returncode
+    server.terminate()
+    server.wait()
+    folder.cleanup()
+    return code
+
+
+def wait_for(what, seconds=START):
+    """The first true value of `what`."""
+    end = time.monotonic() + seconds
+    while time.monotonic() < end:
+        found = what()
+        if found:
+            return found
+        time.sleep(0.1)
+    sys.exit("check-accessible: the window does not answer")
+
+
+def children(node):
+    for index in range(node.childCount):
+        child = node.getChildAtIndex(index)
+        if child is not None:
+            yield child
+
+
+def tree(node, path=()):
+    yield node, path
+    for child in children(node):
+        yield from tree(child, path + (node,))
+
+
+def shown(node):
+    import pyatspi
+    states = node.getState()
+    return states.contains(pyatspi.STATE_SHOWING) and states.contains(pyatspi.STATE_VISIBLE)
+
+
+def state(node, which):
+    import pyatspi
+    return node.getState().contains(getattr(pyatspi, "STATE_" + which))
+
+
+def describe(node):
+    """What is printed of it."""
+    text = f"{node.getRoleName()} \"{node.name}\""
+    try:
+        value = node.queryValue()
+        text += f" = {value.currentValue:.4g} ({value.minimumValue:.4g} to {value.maximumValue:.4g})"
+    except NotImplementedError:
+        pass
+    try:
+        action = node.queryAction()
+        text += " [" + ", ".join(action.getName(i) for i in range(action.nActions)) + "]"
+    except NotImplementedError:
+        pass
+    return text
+
+
+def faults_of_names(nodes):
+    seen = {}
+    for node, path in nodes:
+        role = node.getRoleName()
+        if role in SILENT_ROLES or not shown(node):
+            continue
+        if not node.name.strip():
+            yield f"a {role} has no name, in " + " / ".join(p.name or p.getRoleName() for p in path)
+        key = (role, node.name, path[-1].path if path else None)
+        if node.name and state(node, "FOCUSABLE") and key in seen:
+            yield f"two of the role {role} are called \"{node.name}\""
+        seen[key] = node
+
+
+def focused(window):
+    """The innermost: what holds a control has the focus with it."""
+    found = None
+    for node, path in tree(window):
+        part = path and path[-1].getRoleName() in PARTED_ROLES
+        if state(node, "FOCUSED") and not part:
+            found = node
+    return found
+
+
+def identity(node):
+    """Names and roles up to the window: unlike object paths the same after each question."""
+    parts = []
+    while node is not None and node.getRoleName() not in WINDOW_ROLES:
+        parts.append((node.getRoleName(), node.name, node.getIndexInParent()))
+        node = node.parent
+    return tuple(parts)
+
+
+def faults_of_tabs(window, nodes):
+    """Presses Tab until the first place comes again."""
+    wanted = {}
+    for node, path in nodes:
+        # A part of a view is reached by the view's own keys.
+        part = path and path[-1].getRoleName() in PARTED_ROLES
+        usable = state(node, "FOCUSABLE") and state(node, "ENABLED") and shown(node)
+        if usable and not part and node.getRoleName() not in WINDOW_ROLES:
+            wanted[identity(node)] = describe(node)
+    first = None
+    reached = set()
+    last = None
+    for count in range(MOST_TABS):
+        subprocess.run(["xdotool", "key", "Tab"], check=True)
+        time.sleep(0.05)
+        node = focused(window)
+        here = identity(node) if node is not None else None
+        if here is not None and here == last:
+            yield f"Tab does not leave {describe(node)}"
+            return
+        last = here
+        if here is None:
+            continue
+        if first is None:
+            first = here
+        elif here == first:
+            break
+        reached.add(here)
+    else:
+        yield "Tab does not come round again"
+    for key, text in wanted.items():
+        if key not in reached:
+            yield f"Tab does not reach {text}"
+    print(f"Tab: {len(reached)} places, {len(wanted)} that take the keyboard")
+
+
+def walk(build, verbose, options):
+    import pyatspi
+    window = wait_for(lambda: next(
+        (child for application in children(pyatspi.Registry.getDesktop(0))
+         if application.name.lower() == "vexa" for child in children(application)
+         if child.getRoleName() in WINDOW_ROLES), None))
+    time.sleep(2)
+    nodes = list(tree(window))
+    if verbose:
+        for node, path in nodes:
+            if shown(node):
+                print("  " * len(path) + describe(node))
+    faults = list(faults_of_names(nodes)) + list(faults_of_tabs(window, nodes))
+    print(f"{len(nodes)} things in the window, {len(faults)} faults")
+    for fault in faults:
+        print("check-accessible: " + fault)
+    return 1 if faults else 0
+
+
+def main():
+    arguments = sys.argv[1:]
+    if "VEXA_WITHIN" not in os.environ:
+        return within_a_desktop(arguments)
+    verbose = "-v" in arguments
+    arguments = [a for a in arguments if a != "-v"]
+    build = pathlib.Path(arguments.pop(0)) if arguments and not arguments[0].startswith("-") \
+        else ROOT / "build" / "release"
+    launcher = subprocess.Popen(["/usr/libexec/at-spi-bus-launcher", "--launch-immediately"],
+                                stderr=subprocess.DEVNULL)
+    jack = subprocess.Popen(["jackd", "-r", "-n", JACK, "-d", "dummy", "-r", "48000", "-p", "256"],
+                            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    manager = subprocess.Popen(["openbox"], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    time.sleep(1)
+    vexa = subprocess.Popen([build / "bin" / "vexa", "--user-folder", *arguments],
+                            env=dict(os.environ, JACK_DEFAULT_SERVER=JACK))
+    try:
+        return walk(build, verbose, arguments)
+    finally:
+        for process in (vexa, manager, jack, launcher):
+            process.terminate()
+            process.wait()
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -191,6 +191,14 @@ TEST_F(StripTest, ThePianoPlaysShowsWhatSoundsAndEndsEveryNote) {
     ASSERT_TRUE(Comes([&] { return piano.IsLit(61); }));
     hold.MakeFocus();
     ASSERT_TRUE(Comes([&] { return Held() == 0; }));
+    // Who cannot see it plays by the keys' names.
+    for (std::size_t i = 0; i < piano.CountParts(); i++) {
+        if (piano.DescribePart(i).name == "F#4")
+            piano.Activate(i);
+    }
+    ASSERT_TRUE(Comes([&] { return piano.IsLit(66); }));
+    piano.Activate(std::nullopt);
+    ASSERT_TRUE(Comes([&] { return Held() == 0; }));
 
     // The wheel bends what sounds and springs back; silencing lets go of all.
     Enter("bend, semitones", "12");
@@ -243,6 +251,9 @@ TEST_F(StripTest, AKnobTurnsByDragWheelAndKeys) {
     EXPECT_EQ(value(), 1000);
     QTest::mouseClick(&knob.Widget(), Qt::LeftButton, Qt::ControlModifier, {17, 17});
     EXPECT_EQ(value(), 500);
+    knob.SetNumber(std::nullopt, 0.25);
+    EXPECT_EQ(value(), 250);
+    EXPECT_EQ(knob.Describe().number->value, 0.25);
     QTest::mouseDClick(&knob.Widget(), Qt::LeftButton, Qt::NoModifier, {17, 17});
     EXPECT_TRUE(Field("macro a").IsFocus());
 

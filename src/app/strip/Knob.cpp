@@ -34,6 +34,7 @@ void Knob::SetValue(float next) {
     if (next == value)
         return;
     value = next;
+    DescriptionChanged();
     Invalidate();
 }
 
@@ -110,6 +111,18 @@ bool Knob::KeyDown(const kits::KeyPress& press) {
     default:
         return false;
     }
+}
+
+kits::AccessibleThing Knob::Describe() const {
+    kits::AccessibleThing knob;
+    knob.role = kits::AccessibleRole::Slider;
+    knob.name = Name();
+    knob.number = kits::AccessibleNumber{value, 0, 1, kStep};
+    return knob;
+}
+
+void Knob::SetNumber(std::optional<std::size_t>, double next) {
+    Turn(static_cast<float>(next));
 }
 
 void Knob::ColorsChanged() {

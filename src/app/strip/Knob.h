@@ -35,6 +35,8 @@ class Knob : public BView {
     bool WheelMoved(BPoint where, BPoint steps) override;
     bool KeyDown(const kits::KeyPress& press) override;
     void FocusChanged() override { Invalidate(); }
+    kits::AccessibleThing Describe() const override;
+    void SetNumber(std::optional<std::size_t> part, double next) override;
 
   private:
     float Fineness() const;

@@ -29,6 +29,7 @@ void Latch::SetOn(bool next) {
     if (next == on)
         return;
     on = next;
+    DescriptionChanged();
     Invalidate();
 }
 
@@ -47,6 +48,15 @@ bool Latch::KeyDown(const kits::KeyPress& press) {
     if (!press.repeat)
         Change();
     return true;
+}
+
+kits::AccessibleThing Latch::Describe() const {
+    kits::AccessibleThing latch;
+    latch.role = kits::AccessibleRole::Button;
+    latch.name = Name();
+    latch.description = on ? "on" : "off";
+    latch.action = "Press";
+    return latch;
 }
 
 void Latch::ColorsChanged() {

@@ -23,6 +23,8 @@ class Latch : public BView {
     void MouseDown(BPoint where) override;
     bool KeyDown(const kits::KeyPress& press) override;
     void FocusChanged() override { Invalidate(); }
+    kits::AccessibleThing Describe() const override;
+    void Activate(std::optional<std::size_t>) override { Change(); }
 
   private:
     void Change();

@@ -77,6 +77,17 @@ bool LevelMeter::KeyDown(const kits::KeyPress& press) {
     return true;
 }
 
+kits::AccessibleThing LevelMeter::Describe() const {
+    kits::AccessibleThing meter;
+    meter.role = kits::AccessibleRole::Meter;
+    meter.name = Name();
+    const double loudest = level ? std::max(level->Level(0), level->Level(1)) : kFloor;
+    meter.number = kits::AccessibleNumber{std::max(loudest, double(kFloor)), kFloor, 0, 1, true};
+    meter.description = level && level->Clipped() ? "clipped" : "";
+    meter.action = "Reset";
+    return meter;
+}
+
 void LevelMeter::Draw(BRect) {
     const Theme& colors = Colors();
     const BRect bounds = Bounds();

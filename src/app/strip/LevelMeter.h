@@ -26,6 +26,8 @@ class LevelMeter : public BView {
     void MouseDown(BPoint where) override;
     bool KeyDown(const kits::KeyPress& press) override;
     void FocusChanged() override { Invalidate(); }
+    kits::AccessibleThing Describe() const override;
+    void Activate(std::optional<std::size_t>) override { PutOut(); }
 
   private:
     float HeightOf(float decibels) const;

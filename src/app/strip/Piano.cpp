@@ -31,6 +31,14 @@ constexpr int kSoftest = 20;
 constexpr int kLoudest = 127;
 constexpr int kUsualVelocity = 100;
 
+std::string NameOf(int key) {
+    static constexpr const char* kNames[kOctave] = {"C",  "C#", "D",  "D#", "E",  "F",
+                                                    "F#", "G",  "G#", "A",  "A#", "B"};
+    std::string name = kNames[key % kOctave];
+    name += std::to_string(key / kOctave + kFirstOctave);
+    return name;
+}
+
 } // namespace
 
 Piano::Piano(VexaView& mainView)
@@ -60,6 +68,12 @@ void Piano::Arrange(int first, int count) {
     keys = {{kArrowWidth, 0, bounds.right - kArrowWidth, bounds.bottom},
             std::clamp(first, 0, PianoKeys::kWhiteKeys - count),
             count};
+    seen.clear();
+    for (int key = 0; key < kMidiKeys; key++) {
+        if (keys.Has(key))
+            seen.push_back(key);
+    }
+    DescriptionChanged();
     Invalidate();
 }
 
@@ -168,7 +182,7 @@ bool Piano::KeyDown(const kits::KeyPress& press) {
         if (press.key != kits::Key::Enter && press.character != U' ')
             return false;
         if (!press.repeat)
-            Play(played == chosen ? std::nullopt : std::optional(chosen), kUsualVelocity);
+            Activate(std::nullopt);
         return true;
     }
 }
@@ -177,6 +191,33 @@ void Piano::FocusChanged() {
     if (!IsFocus())
         Play(std::nullopt, 0);
     Invalidate();
+}
+
+kits::AccessibleThing Piano::Describe() const {
+    kits::AccessibleThing piano;
+    piano.role = kits::AccessibleRole::Group;
+    piano.name = Name();
+    piano.description = "key " + NameOf(chosen);
+    return piano;
+}
+
+kits::AccessibleThing Piano::DescribePart(std::size_t index) const {
+    kits::AccessibleThing part;
+    const int key = seen[index];
+    part.role = kits::AccessibleRole::Button;
+    part.name = NameOf(key);
+    part.description = IsLit(key) ? "sounds" : "";
+    part.frame = keys.FrameOf(key);
+    part.chosen = key == chosen;
+    part.action = "Play";
+    return part;
+}
+
+/// Begins the note of a key, or ends it.
+void Piano::Activate(std::optional<std::size_t> part) {
+    const int key = part && *part < seen.size() ? seen[*part] : chosen;
+    chosen = key;
+    Play(played == key ? std::nullopt : std::optional(key), kUsualVelocity);
 }
 
 void Piano::ColorsChanged() {
@@ -199,9 +240,7 @@ void Piano::DrawKey(int key) {
     }
     if (key % kOctave == 0) {
         SetHighColor({90, 90, 96});
-        std::string name = "C";
-        name += std::to_string(key / kOctave + kFirstOctave);
-        DrawString(name, {frame.left + 4, frame.bottom - 4});
+        DrawString(NameOf(key), {frame.left + 4, frame.bottom - 4});
     }
 }
 

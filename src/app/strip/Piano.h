@@ -7,6 +7,8 @@
 
 #include <bitset>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace vexa {
 
@@ -36,6 +38,11 @@ class Piano : public BView {
     bool WheelMoved(BPoint where, BPoint steps) override;
     bool KeyDown(const kits::KeyPress& press) override;
     void FocusChanged() override;
+    kits::AccessibleThing Describe() const override;
+    /// The keys that are seen.
+    std::size_t CountParts() const override { return seen.size(); }
+    kits::AccessibleThing DescribePart(std::size_t index) const override;
+    void Activate(std::optional<std::size_t> part) override;
 
   private:
     void Arrange(int first, int count);
@@ -48,6 +55,8 @@ class Piano : public BView {
 
     VexaView& mainView;
     PianoKeys keys;
+    /// Their numbers.
+    std::vector<int> seen;
     std::bitset<128> lit;
     /// The key that the mouse or the keyboard holds.
     std::optional<int> played;

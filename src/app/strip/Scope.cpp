@@ -200,8 +200,21 @@ void Scope::LookAtSpectrum() {
     Take(std::move(next), "spectrum, 20 Hz to 20 kHz");
 }
 
-void Scope::MouseDown(BPoint) {
+kits::AccessibleThing Scope::Describe() const {
+    kits::AccessibleThing scope;
+    scope.role = kits::AccessibleRole::Chart;
+    scope.name = Name();
+    scope.description = caption;
+    scope.action = "Next";
+    return scope;
+}
+
+void Scope::Activate(std::optional<std::size_t>) {
     SetMode(static_cast<Mode>((static_cast<int>(mode) + 1) % 3));
+}
+
+void Scope::MouseDown(BPoint) {
+    Activate(std::nullopt);
 }
 
 bool Scope::KeyDown(const kits::KeyPress& press) {

@@ -43,6 +43,8 @@ class Scope : public BView {
     void MouseDown(BPoint where) override;
     bool KeyDown(const kits::KeyPress& press) override;
     void FocusChanged() override { Invalidate(); }
+    kits::AccessibleThing Describe() const override;
+    void Activate(std::optional<std::size_t> part) override;
     void FrameResized(float width, float height) override;
 
   private:

@@ -27,6 +27,7 @@ void Wheel::SetValue(float next) {
     if (next == value)
         return;
     value = next;
+    DescriptionChanged();
     Invalidate();
 }
 
@@ -87,6 +88,18 @@ void Wheel::FocusChanged() {
     if (springs && !IsFocus())
         Move(0);
     Invalidate();
+}
+
+kits::AccessibleThing Wheel::Describe() const {
+    kits::AccessibleThing wheel;
+    wheel.role = kits::AccessibleRole::Slider;
+    wheel.name = Name();
+    wheel.number = kits::AccessibleNumber{value, springs ? -1.0 : 0.0, 1, kStep};
+    return wheel;
+}
+
+void Wheel::SetNumber(std::optional<std::size_t>, double next) {
+    Move(static_cast<float>(next));
 }
 
 void Wheel::ColorsChanged() {

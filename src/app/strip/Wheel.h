@@ -27,6 +27,8 @@ class Wheel : public BView {
     bool WheelMoved(BPoint where, BPoint steps) override;
     bool KeyDown(const kits::KeyPress& press) override;
     void FocusChanged() override;
+    kits::AccessibleThing Describe() const override;
+    void SetNumber(std::optional<std::size_t> part, double next) override;
 
   private:
     void Move(float next);

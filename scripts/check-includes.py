@@ -16,7 +16,7 @@ import tempfile
 # Kits that know no windows: all that the engine may use of them.
 ENGINE_KITS = ["kits/support", "kits/storage", "kits/application", "kits/kernel", "kits/maths",
                "kits/media", "kits/midi", "kits/pictures"]
-ALL_KITS = ENGINE_KITS + ["kits/network", "kits/interface", "kits/translation"]
+ALL_KITS = ENGINE_KITS + ["kits/network", "kits/spectrum", "kits/interface", "kits/translation"]
 ENGINE = ["synth", "tuning", "midi", "audio", "formula", "functions", "xml", "documents", "instrument"]
 
 # Each folder below src/ and the folders that it may use besides itself.
@@ -34,6 +34,7 @@ ALLOWED = {
     "kits/interface": ["kits/support", "kits/storage", "kits/application", "kits/kernel"],
     "kits/translation": ["kits/support", "kits/storage", "kits/application", "kits/kernel",
                          "kits/interface"],
+    "kits/spectrum": [],
     "synth": ENGINE_KITS,
     "xml": ENGINE_KITS,
     "tuning": ["kits/support", "kits/storage", "kits/maths"],

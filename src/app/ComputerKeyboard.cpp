@@ -32,14 +32,6 @@ std::optional<uchar> Find(const Row& row, uchar first, int32 key) {
 
 } // namespace
 
-ComputerKeyboard::ComputerKeyboard() {
-    producer.Register();
-}
-
-ComputerKeyboard::~ComputerKeyboard() {
-    ReleaseAll();
-}
-
 std::optional<uchar> ComputerKeyboard::NoteOf(int32 key) {
     const auto lower = Find(kLowerRow, kLowerNote, key);
     return lower ? lower : Find(kUpperRow, kUpperNote, key);
@@ -57,30 +49,21 @@ bool ComputerKeyboard::Take(const BMessage& message) {
     if (!note)
         return false;
     if (message.what == B_KEY_DOWN && held.emplace(key, *note).second)
-        Spray(true, *note);
+        source.NoteOn(*note, kVelocity);
     else if (message.what == B_KEY_UP && held.erase(key) > 0)
-        Spray(false, *note);
+        source.NoteOff(*note, kVelocity);
     return true;
-}
-
-void ComputerKeyboard::Spray(bool on, uchar note) const {
-    if (player)
-        player(static_cast<uint8>((on ? 0x90 : 0x80) | channel), note, kVelocity);
-    else if (on)
-        producer.SprayNoteOn(channel, note, kVelocity);
-    else
-        producer.SprayNoteOff(channel, note, kVelocity);
 }
 
 void ComputerKeyboard::ReleaseAll() {
     for (const auto& [key, note] : held)
-        Spray(false, note);
+        source.NoteOff(note, kVelocity);
     held.clear();
 }
 
 void ComputerKeyboard::SetChannel(uchar next) {
     ReleaseAll();
-    channel = next;
+    source.SetChannel(next);
 }
 
 } // namespace vexa

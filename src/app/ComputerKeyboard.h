@@ -2,11 +2,10 @@
 // The computer's keyboard as a piano.
 #pragma once
 
+#include "app/HandSource.h"
 #include "kits/interface/InterfaceDefs.h"
-#include "kits/midi/MidiLocalProducer.h"
 #include "kits/support/Message.h"
 
-#include <functional>
 #include <map>
 #include <optional>
 
@@ -20,8 +19,7 @@ class ComputerKeyboard {
   public:
     static constexpr const char* kName = "Computer keyboard";
 
-    ComputerKeyboard();
-    ~ComputerKeyboard();
+    ~ComputerKeyboard() { ReleaseAll(); }
 
     /// Takes a B_KEY_DOWN, B_KEY_UP or B_WINDOW_ACTIVATED message. True if it was about a key of
     /// the piano.
@@ -30,22 +28,16 @@ class ComputerKeyboard {
     void ReleaseAll();
     /// The channel, 0..15, that the coming notes are on; 0 at first. Lets go of all keys.
     void SetChannel(uchar next);
-    uchar Channel() const { return channel; }
+    uchar Channel() const { return source.Channel(); }
 
-    /// Takes what is played: the status byte of a note with its channel, the note, the velocity.
-    using Player = std::function<void(uint8 status, uint8 note, uint8 velocity)>;
-    /// Notes go there from now on, and not to who has connected the source.
-    void SendTo(Player next) { player = std::move(next); }
+    /// As HandSource.
+    void SendTo(HandSource::Player next) { source.SendTo(std::move(next)); }
 
     /// MIDI note number of a key, by its place as B_KEY_DOWN counts.
     static std::optional<uchar> NoteOf(int32 key);
 
   private:
-    void Spray(bool on, uchar note) const;
-
-    BMidiLocalProducer producer{kName};
-    Player player;
-    uchar channel = 0;
+    HandSource source{kName};
     /// Notes that sound, by the key that is held.
     std::map<int32, uchar> held;
 };

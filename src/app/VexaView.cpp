@@ -79,6 +79,7 @@ VexaView::~VexaView() {
     kits::BeforeEachPress(nullptr);
     keyboard.ReleaseAll();
     desk->LetGo();
+    piano.ReleaseAll();
 }
 
 void VexaView::AddField(FieldId id, std::string_view name, std::string_view text, uint32 code,

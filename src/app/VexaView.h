@@ -8,6 +8,7 @@
 #include "app/FormulaPanel.h"
 #include "app/MessageCodes.h"
 #include "app/NumberStep.h"
+#include "app/ScreenPiano.h"
 #include "app/Settings.h"
 #include "audio/AudioGraph.h"
 #include "instrument/History.h"
@@ -32,6 +33,7 @@
 class BButton;
 class BMenu;
 class BMenuBar;
+class BMidiRoster;
 class BPopUpMenu;
 class BTextControl;
 
@@ -91,7 +93,11 @@ class VexaView : public BView {
     bool LoadFunction(const std::filesystem::path& path);
     /// Tunes the keys; where that fails it is shown, and the tuning stays.
     bool Tune(const TuningChoice& choice);
+    /// The same from now on, and at the next start.
+    bool ChooseTuning(const TuningChoice& choice);
     const TuningChoice& Tuned() const { return tuned; }
+    /// What that is.
+    const Tuning& PresentTuning() const { return tuning; }
     /// Into the folder sounds or functions, under a plain file name.
     void SaveSound(const std::string& name);
     void SaveFunction(const std::string& name);
@@ -123,6 +129,8 @@ class VexaView : public BView {
 
     /// As Instrument::Prefer.
     void Prefer(const PlayingTexts& choices) { instrument.Prefer(choices); }
+    /// Marks in the menu how many voices there may be.
+    void ShowVoiceLimit();
 
     /// What the fields, the envelopes and the installed function say at present.
     Function ConstructFunction() const;
@@ -184,6 +192,8 @@ class VexaView : public BView {
     bool FollowsPrograms() const { return followsPrograms; }
     /// The keyboard's keys and the window's focus.
     ComputerKeyboard& Keyboard() { return keyboard; }
+    /// Always connected, whichever source is chosen.
+    ScreenPiano& Piano() { return piano; }
     /// Ends all that sounds, at once.
     void SilenceAll();
 
@@ -270,7 +280,6 @@ class VexaView : public BView {
     bool TakeOpening(const BMessage& message);
     void TakeDrop(const BMessage& message);
     void Remember(const std::filesystem::path& file);
-    void ChooseTuning(const TuningChoice& choice);
     void OpenAny(const std::string& path) { Open(path); }
     void OpenScale(const std::string& path);
     void OpenKeymap(const std::string& path);
@@ -306,6 +315,7 @@ class VexaView : public BView {
     bool Save(const std::string& name, const char* folder, const Writer& write);
     std::string TextOf(FieldId field) const;
     void ConnectChosenSource();
+    void ConnectPiano(BMidiRoster& roster);
 
     // Undo and redo.
 
@@ -389,11 +399,14 @@ class VexaView : public BView {
 
     ComputerKeyboard keyboard;
     std::unique_ptr<PlaneDesk> desk;
+    ScreenPiano piano;
     /// The source that the user wants, and the number of the one that is connected (0 for none).
     std::string chosenSource;
     int32 connectedSource = 0;
+    bool pianoConnected = false;
 
     TuningChoice tuned;
+    Tuning tuning = EqualTemperament();
 
     bool followsPrograms = false;
     ProgramSelector programs{Playing().consumer, BMessenger(this), kProgramCode};

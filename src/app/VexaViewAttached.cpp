@@ -23,10 +23,12 @@ void VexaView::StartAttached() {
     for (const char* bar : {"Midi Source", "Midi Device", "Midi Channel"})
         FindView(bar)->Hide();
     instrument.SetUsualVoices(kMostVoices);
-    keyboard.SendTo(
-        [this](uint8 status, uint8 note, uint8 velocity) { plugin->Play(status, note, velocity); });
-    desk->SendTo(
-        [this](uint8 status, uint8 note, uint8 velocity) { plugin->Play(status, note, velocity); });
+    const auto play = [this](uint8 status, uint8 first, uint8 second) {
+        plugin->Play(status, first, second);
+    };
+    keyboard.SendTo(play);
+    piano.SendTo(play);
+    desk->SendTo(play);
     ShowSound();
     TakeNews();
     plugin->Watch(BMessenger(this), kNewsCode);

@@ -114,8 +114,7 @@ void VexaView::PutSound(const Sound& sound) {
     }
     for (std::size_t i = 0; i < envelopes.size(); i++)
         envelopes[i]->SetPoints(sound.envelopes[i]);
-    if (BMenuItem* item = voicesMenu->FindItem(VoicesCode(instrument.VoiceLimit())))
-        item->SetMarked(true);
+    ShowVoiceLimit();
 }
 
 void VexaView::InterpretFunction(const Function& function) {
@@ -146,6 +145,11 @@ void VexaView::LoadAs(const Sound& sound, const std::string& name, const std::st
     Steps().Load(ConfirmedSound(), name, step);
     notedAt = Edits();
     TakeAsSaved();
+}
+
+void VexaView::ShowVoiceLimit() {
+    if (BMenuItem* item = voicesMenu->FindItem(VoicesCode(instrument.VoiceLimit())))
+        item->SetMarked(true);
 }
 
 bool VexaView::LoadFunction(const std::filesystem::path& path) {

@@ -150,14 +150,16 @@ bool VexaView::TakeMenuChoice(uint32 code) {
     return true;
 }
 
-/// Listens to the channel, -1 for all; the computer's keyboard plays on it.
+/// Listens to the channel, -1 for all; the computer's keyboard and the piano play on it.
 void VexaView::SetChannel(int32 channel) {
     keyboard.SetChannel(static_cast<uchar>(std::max(channel, 0)));
+    piano.SetChannel(static_cast<uchar>(std::max(channel, 0)));
     graph->Consumer().SetChannel(channel);
 }
 
 void VexaView::SilenceAll() {
     keyboard.ReleaseAll();
+    piano.ReleaseAll();
     if (plugin)
         plugin->Play(0xB0, kAllSoundOff, 0);
     else

@@ -101,13 +101,14 @@ bool VexaView::Tune(const TuningChoice& choice) {
     // A plug-in's host says how the keys are tuned.
     if (plugin)
         return false;
-    const kits::Result<Tuning> tuning = ReadTuning(choice);
-    if (!tuning) {
-        std::fprintf(stderr, "vexa: %s\n", tuning.Fault().text.c_str());
-        ErrorAlert("The tuning stays as it is.", tuning.Fault().text);
+    const kits::Result<Tuning> read = ReadTuning(choice);
+    if (!read) {
+        std::fprintf(stderr, "vexa: %s\n", read.Fault().text.c_str());
+        ErrorAlert("The tuning stays as it is.", read.Fault().text);
         return false;
     }
-    Playing().consumer.SetTuning(*tuning);
+    tuning = *read;
+    Playing().consumer.SetTuning(tuning);
     tuned = choice;
     return true;
 }
@@ -120,12 +121,13 @@ void VexaView::OpenKeymap(const std::string& path) {
     ChooseTuning({tuned.scale, path, tuned.a4});
 }
 
-void VexaView::ChooseTuning(const TuningChoice& choice) {
+bool VexaView::ChooseTuning(const TuningChoice& choice) {
     if (!Tune(choice))
-        return;
+        return false;
     settings->Set(kScaleSetting, NameOf(choice.scale));
     settings->Set(kKeymapSetting, NameOf(choice.keymap));
     settings->Set(kA4Setting, choice.a4.value_or(0));
+    return true;
 }
 
 } // namespace vexa

@@ -3,12 +3,12 @@
 
 #include "app/About.h"
 #include "app/FieldId.h"
-#include "app/MacroStrip.h"
 #include "app/MainMenu.h"
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
 #include "app/bar/BarView.h"
 #include "app/drawer/Drawer.h"
+#include "app/strip/Strip.h"
 #include "kits/interface/Alert.h"
 #include "kits/interface/Application.h"
 #include "kits/interface/Desktop.h"
@@ -99,8 +99,10 @@ VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders,
     bar = new BarView({barLeft, 2, logo.right - barRight, logo.bottom - 5}, *mainView);
     logoBar->AddChild(bar);
     AddDrawer();
-    strip.view = new MacroStrip(0, frame.Height() + 1, frame.Width(), *mainView);
-    strip.room = MacroStrip::PreferredHeight() + 1;
+    const float bottom = frame.Height() + 1;
+    playing = new Strip({0, bottom, frame.Width(), bottom + Strip::PreferredHeight()}, *mainView);
+    strip.view = playing;
+    strip.room = Strip::PreferredHeight() + 1;
     AddChild(strip.view);
     Remembered();
     FoldWhatDoesNotFit();
@@ -149,7 +151,7 @@ void VexaWindow::AddDrawer() {
 /// That no part needs more of.
 float VexaWindow::NeededWidth() const {
     const float beside = RoomOf(drawer);
-    const float strips = Takes(strip) ? MacroStrip::LeastWidth() : 0;
+    const float strips = Takes(strip) ? Strip::LeastWidth() : 0;
     return std::max(beside + mainView->PreferredWidth(), strips);
 }
 

@@ -20,6 +20,7 @@ class Attachment;
 class BarView;
 class BitmapBarView;
 class Drawer;
+class Strip;
 class VexaView;
 
 /// How the window begins.
@@ -47,6 +48,7 @@ class VexaWindow : public BWindow, private SessionClient {
     VexaView& MainView() { return *mainView; }
     BarView& Bar() { return *bar; }
     Drawer* Sounds() { return sounds; }
+    Strip& Playing() { return *playing; }
 
     /// The parts that can be hidden; the window becomes smaller or larger by them.
     enum class Part { Drawer, Strip };
@@ -130,6 +132,7 @@ class VexaWindow : public BWindow, private SessionClient {
     Drawer* sounds = nullptr;
     Pane drawer;
     Pane strip;
+    Strip* playing = nullptr;
 };
 
 } // namespace vexa

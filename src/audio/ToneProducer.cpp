@@ -210,6 +210,7 @@ void VexaToneProducer::Connect(status_t error, const media_source&,
     output.format = format;
     CopyName(name, output.name);
     oversampler.SetFrameRate(FrameRate());
+    tap.SetRate(FrameRate());
 
     media_node_id ignored = -1;
     if (FindLatencyFor(destination, &downstreamLatency, &ignored) != B_OK)
@@ -363,6 +364,7 @@ bigtime_t VexaToneProducer::TimeOfNextFrame() const {
 void VexaToneProducer::FillSineBuffer(float* buffer, std::size_t count) noexcept {
     const bigtime_t start = system_time();
     Render(buffer, count);
+    tap.Put(buffer, count, Channels());
     const bigtime_t elapsed = system_time() - start;
     const bigtime_t budget =
         static_cast<bigtime_t>(kOverload / FrameRate()) * static_cast<bigtime_t>(count);

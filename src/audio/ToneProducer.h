@@ -2,6 +2,7 @@
 // Sound out: the node that renders a buffer each time one is due.
 #pragma once
 
+#include "audio/OutputTap.h"
 #include "kits/media/MediaEventLooper.h"
 #include "kits/midi/EventGate.h"
 #include "kits/support/RealtimeMark.h"
@@ -38,6 +39,9 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
     /// the latency stays as it is, all have the same. What delays an oversampled sound counts. Any
     /// thread.
     bigtime_t EventDelay() const { return eventDelay; }
+
+    /// Where what is sent can be looked at. Window thread.
+    OutputTap& Tap() { return tap; }
 
     /// Renders `count` frames, then drops a voice if that took 80 % of the time that they play.
     /// Media thread.
@@ -129,6 +133,7 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
     Oversampler oversampler{renderer};
     kits::Shared<int64> dropped{0};
     kits::Shared<float> load{0};
+    OutputTap tap;
 };
 
 } // namespace vexa

@@ -74,7 +74,6 @@ void ApplyPlaying(const Sound& sound, const PlayingTexts& choices, Playing& targ
         target.*row.target = value.value_or(row.absent);
     }
     target.given = given;
-    target.loads = target.loads + 1;
 }
 
 void ApplyEnvelopes(const Sound& sound, sound_param& target) {

@@ -38,7 +38,7 @@ void ApplyMacros(const Function& function, Macros& target);
 
 /// Sets how the sound is played to what the texts mean. Those in `choices`, the player's own, stand
 /// before the sound's, as if the sound had them; what means nothing is as if it were not there.
-/// Window thread.
+/// Counts no load. Window thread.
 void ApplyPlaying(const Sound& sound, const PlayingTexts& choices, Playing& target);
 
 /// Replaces and publishes the points of the target's envelopes. Window thread.

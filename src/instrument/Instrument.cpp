@@ -53,6 +53,7 @@ void Instrument::LoadRest(const Sound& next) {
     ApplyParameters(next, engine.parameters);
     ApplyEnvelopes(next, engine.parameters);
     ApplyPlaying(next, preferred, saidPlaying);
+    saidPlaying.loads = saidPlaying.loads + 1;
     LimitVoices(std::max(VoiceLimit(), engine.consumer.CountHeld()));
     Function function = std::move(sound.function);
     sound = next;
@@ -68,6 +69,34 @@ void Instrument::Adopt(const Function& function) {
 void Instrument::Prefer(const PlayingTexts& choices) {
     preferred = choices;
     ApplyPlaying(sound, preferred, saidPlaying);
+    saidPlaying.loads = saidPlaying.loads + 1;
+}
+
+bool Instrument::EditPlaying(const PlayingRow& row, const std::optional<std::string>& text) {
+    if (text && !PlayingValue(row, *text))
+        return false;
+    PlayingTexts next = sound.playing.value_or(PlayingTexts());
+    next.texts[static_cast<std::size_t>(&row - PlayingRows().data())] = text;
+    sound.author = kDefaultAuthor;
+    changes++;
+    if (row.target == &Playing::polyphony)
+        chosenVoices.reset();
+    SetPlaying(next);
+    return true;
+}
+
+/// The same sound goes on, played in another way.
+void Instrument::SetPlaying(const std::optional<PlayingTexts>& next) {
+    const bool given = saidPlaying.given, pedal = saidPlaying.Pedal();
+    const float bend = saidPlaying.bend;
+    const int32 limit = VoiceLimit();
+    sound.playing = next;
+    ApplyPlaying(sound, preferred, saidPlaying);
+    // What hands hold is looked at anew.
+    if (given != saidPlaying.given || pedal != saidPlaying.Pedal() || bend != saidPlaying.bend)
+        saidPlaying.loads = saidPlaying.loads + 1;
+    if (limit != VoiceLimit())
+        LimitVoices(std::max(VoiceLimit(), engine.consumer.CountHeld()));
 }
 
 void Instrument::ChooseVoices(int32 limit) {
@@ -229,17 +258,15 @@ TextFault Instrument::Edit(const Parameter& row, const std::string& text) {
 FunctionReport Instrument::Change(const Sound& from, const Sound& to) {
     const FunctionReport report = ChangeFunction(from.function, to.function);
     Function function = std::move(sound.function);
-    if (from.playing != to.playing) {
-        LoadRest(to);
-    } else {
-        for (std::size_t i = 0; i < Parameters().size(); i++) {
-            if (from.texts[i] != to.texts[i])
-                ApplyText(Parameters()[i], to.texts[i], engine.parameters);
-        }
-        if (from.envelopes != to.envelopes)
-            ApplyEnvelopes(to, engine.parameters);
-        sound = to;
+    for (std::size_t i = 0; i < Parameters().size(); i++) {
+        if (from.texts[i] != to.texts[i])
+            ApplyText(Parameters()[i], to.texts[i], engine.parameters);
     }
+    if (from.envelopes != to.envelopes)
+        ApplyEnvelopes(to, engine.parameters);
+    if (from.playing != to.playing)
+        SetPlaying(to.playing);
+    sound = to;
     Adopt(function);
     return report;
 }

@@ -121,6 +121,11 @@ class Instrument {
     /// Reports as SetFunction.
     FunctionReport Change(const Sound& from, const Sound& to);
 
+    /// What the sound says of how it is played, which is its own from then on. A voice limit that
+    /// was chosen before counts no longer. No text leaves it to the default again. False, and
+    /// nothing happens, where the row allows no such text.
+    bool EditPlaying(const PlayingRow& row, const std::optional<std::string>& text);
+
     /// A macro's value, by the rules of ApplyMacroValue, or its controller, by those of
     /// ApplyMacroController; where it is another one the function is the user's own from then on.
     /// Where there is a fault the sound has the text all the same, and the macro stays as it was.
@@ -144,6 +149,7 @@ class Instrument {
     const Engine& Playing() const { return engine; }
 
   private:
+    void SetPlaying(const std::optional<PlayingTexts>& next);
     void LimitVoices(int32 limit);
     void EditMacro(std::string& present, const std::string& text);
     FunctionReport ChangeFunction(const Function& from, const Function& to);

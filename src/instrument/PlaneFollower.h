@@ -7,6 +7,7 @@
 #include "synth/SoundRecords.h"
 
 #include <array>
+#include <cstddef>
 #include <optional>
 
 namespace vexa {

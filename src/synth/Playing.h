@@ -30,7 +30,7 @@ struct VEXA_REALTIME Playing {
     /// With what the table says is absent.
     Playing();
 
-    /// Counts the sounds that were loaded.
+    /// Counts the sounds that were loaded, and what else has hands and feet hold anew.
     kits::Shared<uint32> loads{0};
     /// Whether anything says how the sound is played. Otherwise wheel, pedal, pressure and volume
     /// change nothing but the controllers' table.

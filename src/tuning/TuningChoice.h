@@ -20,6 +20,8 @@ struct TuningChoice {
     std::optional<std::filesystem::path> keymap;
     /// The frequency of key 69 in Hz, which stands in place of what the map is tuned by.
     std::optional<double> a4;
+
+    bool operator==(const TuningChoice&) const = default;
 };
 
 /// Reads the files. The error is a reader's, or says that no key would sound or that the map leaves

@@ -90,6 +90,23 @@ TEST_F(AttachedView, ShowsWhatPlaysSendsWhatIsDoneAndNothingElse) {
     EXPECT_EQ(float(view->Playing().macros[0].value), 0.25F);
     EXPECT_FALSE(instrument.TakeEdited());
     EXPECT_EQ(Playing().function.macros[0].value, "0.75");
+
+    // What the strip edits is played there, and its piano plays there.
+    Enter("volume, decibels", "-3");
+    GoOn();
+    ASSERT_TRUE(Playing().playing);
+    EXPECT_EQ(Playing().playing->texts.back(), "-3");
+    std::array<float, 64> left, right;
+    BView& piano = *window->FindView("piano");
+    test::Press(piano, {200, 40});
+    GoOn();
+    instrument.Render(left.data(), right.data(), left.size());
+    const voice& slot = instrument.Records().voices[0];
+    EXPECT_TRUE(slot.state.Look().Active() && !slot.released);
+    test::Release(piano, {200, 40});
+    GoOn();
+    instrument.Render(left.data(), right.data(), left.size());
+    EXPECT_TRUE(slot.released);
 }
 
 TEST(Attachment, PluginsThatAreNoneAreNamed) {

@@ -97,7 +97,7 @@ TEST_P(LayoutTest, ASmallWindowScrolls) {
     BView* pane = window->FindView("main pane");
     EXPECT_GE(view->Frame().Width(), view->PreferredWidth());
     EXPECT_EQ(view->Frame().Height(), whole.Height());
-    EXPECT_LT(pane->Frame().bottom, window->FindView("Macros")->Frame().top);
+    EXPECT_LT(pane->Frame().bottom, window->FindView("strip")->Frame().top);
     EXPECT_LE(pane->Frame().right, 500);
     // What gets the focus comes into sight.
     BTextControl& last = view->Field(vexa::ParameterId::C0y4);
@@ -107,22 +107,33 @@ TEST_P(LayoutTest, ASmallWindowScrolls) {
     EXPECT_TRUE(pane->Widget().rect().contains(corner)) << corner.x() << ' ' << corner.y();
 }
 
-TEST_P(LayoutTest, TheMacrosStandBelowTheMainViewAndDoNotTouch) {
+TEST_P(LayoutTest, TheStripStandsBelowTheMainViewAndNothingTouchesInIt) {
     window->ShowPart(vexa::VexaWindow::Part::Drawer, false);
-    BView* strip = window->FindView("Macros");
+    BView* strip = window->FindView("strip");
     EXPECT_EQ(window->FindView("main pane")->Frame(), (BRect{0, 41, window->Bounds().right, 510}));
-    EXPECT_EQ(strip->Frame(), (BRect{0, 511, window->Bounds().right, window->Bounds().bottom}));
-    const QRectF bounds = AreaOf(strip->Bounds());
-    const std::vector<BView*>& controls = strip->Children();
-    ASSERT_EQ(controls.size(), 12U);
-    double end = 0;
-    for (std::size_t i = 0; i < controls.size(); i++) {
-        const QRectF area = AreaOf(controls[i]->Frame());
-        EXPECT_TRUE(bounds.contains(area)) << controls[i]->Name();
-        const QString label = i % 3 == 0 ? "d = " : i % 3 == 1 ? "" : "Ctl";
-        EXPECT_GE(area.left(), end + QFontMetricsF(PanelFont()).horizontalAdvance(label))
-            << controls[i]->Name();
-        end = area.right();
+    for (const float wider : {0.0F, 300.0F}) {
+        window->ResizeTo(window->Bounds().right + wider, window->Bounds().bottom);
+        test::Settle();
+        EXPECT_EQ(strip->Frame(), (BRect{0, 511, window->Bounds().right, window->Bounds().bottom}));
+        std::vector<Piece> pieces;
+        const auto add = [&](const auto& self, const BView& parent, QPointF origin) -> void {
+            for (const BView* child : parent.Children()) {
+                const QRectF area = AreaOf(child->Frame());
+                EXPECT_TRUE(AreaOf(parent.Bounds()).contains(area)) << child->Name();
+                if (child->Children().empty())
+                    pieces.push_back({child->Name(), area.translated(origin)});
+                self(self, *child, origin + area.topLeft());
+            }
+        };
+        add(add, *strip, {});
+        // Scope, level, 4 macros of 3, 12 cells, two wheels, hold and piano.
+        EXPECT_EQ(pieces.size(), 30U);
+        for (std::size_t i = 0; i < pieces.size(); i++) {
+            EXPECT_GE(pieces[i].area.width(), 18) << pieces[i].what;
+            for (std::size_t j = 0; j < i; j++)
+                EXPECT_FALSE(pieces[i].area.intersects(pieces[j].area))
+                    << pieces[j].what << " and " << pieces[i].what;
+        }
     }
 }
 

@@ -3,8 +3,9 @@
 #include "app/FormulaHint.h"
 #include "app/MainViewStage.h"
 #include "app/MessageCodes.h"
+#include "app/strip/Knob.h"
+#include "app/strip/Strip.h"
 #include "documents/SoundDocument.h"
-#include "kits/interface/Slider.h"
 #include "kits/midi/MidiLocalProducer.h"
 #include "kits/midi/MidiRoster.h"
 #include "support/Environment.h"
@@ -262,14 +263,15 @@ TEST_F(VexaViewTest, WhatIsTypedIsExplainedAndShownAndHeardWhenItIsConfirmed) {
 
 TEST_F(VexaViewTest, MacrosAreEditedFollowedAndSaved) {
     Open(false);
-    BView& strip = *window->FindView("Macros");
-    auto& slider = dynamic_cast<BSlider&>(*strip.FindView("slider a"));
+    auto& knob = dynamic_cast<vexa::Knob&>(*window->FindView("knob a"));
     const auto pulse = [&] {
         view->Pulse();
-        strip.Pulse();
+        window->Playing().Refresh();
         test::Settle();
     };
     const vexa::Macro& a = view->Playing().macros[0];
+    Enter("Fxy", "x");
+    pulse();
     EXPECT_FALSE(Field("macro a").IsEnabled());
     Enter("Fxy", "a + 0*vel");
     pulse();
@@ -278,7 +280,7 @@ TEST_F(VexaViewTest, MacrosAreEditedFollowedAndSaved) {
     EXPECT_EQ(PixelAt(10, 10), 127U);
     view->SaveSound("mine.xml");
     EXPECT_FALSE(view->Changed());
-    slider.Move(250);
+    knob.Turn(0.25F);
     test::Settle();
     EXPECT_EQ(a.value, 0.25F);
     EXPECT_EQ(Text("macro a"), "0.25");
@@ -290,7 +292,7 @@ TEST_F(VexaViewTest, MacrosAreEditedFollowedAndSaved) {
     }
     EXPECT_EQ(PixelAt(10, 10), 63U);
     Enter("macro a", "0.5");
-    EXPECT_EQ(slider.Value(), 500);
+    EXPECT_EQ(knob.Value(), 0.5F);
     EXPECT_FALSE(view->Changed()) << "as it was";
     for (const auto& [text, tip] : {std::pair{"1,5", "counts as 1"}, {"7", "counts as 1"}}) {
         Enter("macro a", text);
@@ -305,7 +307,7 @@ TEST_F(VexaViewTest, MacrosAreEditedFollowedAndSaved) {
     view->Graph().Consumer().ControlChange(0, 21, 32, 0);
     pulse();
     EXPECT_EQ(Text("macro a"), "0.251969");
-    EXPECT_EQ(slider.Value(), 252);
+    EXPECT_NEAR(knob.Value(), 32 / 127.0, 1e-6);
     view->Graph().Consumer().ControlChange(0, 21, 127, 0);
     view->SaveSound("mine.xml");
     view->LoadSound(In("sounds/bell.xml"));

@@ -345,7 +345,9 @@ TEST_F(ToneProducer, HasTwoChannelsWhereItIsTold) {
     test::MakeSine(reference);
     for (vexa::Engine* each : {&instrument, &reference})
         each->consumer.NoteOn(0, 69, 127, 0);
+    const vexa::OutputTap::Listener listener(producer->Tap());
     ASSERT_EQ(Connect(), B_OK);
+    EXPECT_EQ(listener.Rate(), 44100);
     EXPECT_EQ(Output().format.u.raw_audio.channel_count, 2U);
     EXPECT_EQ(producer->BufferDuration(), 371519) << "16384 frames";
     Start(0);
@@ -363,6 +365,10 @@ TEST_F(ToneProducer, HasTwoChannelsWhereItIsTold) {
         for (std::size_t i = 0; i < left.size(); i++)
             both.insert(both.end(), {left[i], right[i]});
         EXPECT_EQ(sink->samples, both) << spread;
+        std::vector<vexa::OutputFrame> seen(left.size());
+        ASSERT_TRUE(listener.Copy(listener.Count() - seen.size(), seen));
+        for (std::size_t i = 0; i < seen.size(); i++)
+            ASSERT_TRUE(seen[i].left == left[i] && seen[i].right == right[i]) << spread;
         EXPECT_EQ(left == right, spread == 0 && sink->starts[0] == 0) << spread;
     }
     EXPECT_EQ(producer->DroppedVoices(), 0);
@@ -514,6 +520,7 @@ TEST_F(ToneProducer, ABufferNeitherAllocatesNorLocks) {
     ASSERT_EQ(Connect(), B_OK);
     Start(0);
     RunTo(1);
+    const vexa::OutputTap::Listener listener(producer->Tap());
     const test::RealtimeWatch watch;
     RunTo(2000000);
     EXPECT_EQ(sink->starts.size(), 87U);

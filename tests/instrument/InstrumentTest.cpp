@@ -95,6 +95,68 @@ TEST(Instrument, IsPlayedAsTheSoundSaysUnlessAPersonHasChosen) {
     EXPECT_EQ(instrument.Playing().consumer.CountVox(), 3);
 }
 
+TEST(Instrument, HowItIsPlayedIsEditedWhileItPlays) {
+    const test::ProgramFolder folder;
+    Instrument instrument(folder.Path(), Addons::None);
+    vexa::Sound plain;
+    plain.author = "somebody";
+    instrument.Load(plain);
+    vexa::Engine& engine = instrument.Playing();
+    const auto edit = [&](std::size_t row, const char* text) {
+        const uint64 before = instrument.Changes();
+        const bool taken = instrument.EditPlaying(vexa::PlayingRows()[row], text);
+        EXPECT_EQ(instrument.Changes() != before, taken);
+        return taken;
+    };
+    enum : std::size_t { polyphony, mode, glide, bend, pedal, pressure, spread };
+    engine.consumer.NoteOn(0, 60, 100, 0);
+    engine.consumer.PitchBend(0, 0, 96, 0);
+    EXPECT_EQ(engine.voices[0].bend, 0);
+    EXPECT_FALSE(edit(bend, "49"));
+    EXPECT_FALSE(edit(mode, "both"));
+    EXPECT_EQ(instrument.State(), plain);
+    EXPECT_TRUE(edit(bend, "12"));
+    engine.consumer.NoteOn(0, 61, 100, 0);
+    engine.consumer.PitchBend(0, 0, 96, 0);
+    EXPECT_NEAR(engine.voices[0].bend, 6, 0.001) << "the wheel, from now on";
+    ASSERT_TRUE(instrument.State().playing);
+    EXPECT_EQ(instrument.State().playing->texts[bend], "12");
+    EXPECT_EQ(instrument.State().playing->texts[spread], std::nullopt);
+    EXPECT_EQ(instrument.State().author, vexa::kDefaultAuthor);
+
+    EXPECT_TRUE(edit(pedal, "true"));
+    engine.consumer.ControlChange(0, 64, 127, 0);
+    engine.consumer.NoteOff(0, 61, 0, 0);
+    EXPECT_EQ(engine.consumer.CountHeld(), 1);
+    const uint32 loads = engine.playing.loads;
+    EXPECT_TRUE(edit(spread, " 40 "));
+    EXPECT_EQ(engine.playing.spread, 40);
+    EXPECT_EQ(engine.playing.loads, loads) << "hands go on as they were";
+    vexa::Sound next = instrument.State();
+    next.playing->texts[pedal] = "false";
+    instrument.Change(instrument.State(), next);
+    EXPECT_EQ(instrument.State(), next);
+    engine.consumer.PitchBend(0, 0, 64, 0);
+    EXPECT_EQ(engine.consumer.CountHeld(), 0) << "no pedal will let it go";
+
+    instrument.ChooseVoices(3);
+    EXPECT_TRUE(edit(polyphony, "5"));
+    for (uchar note = 40; note < 60; note++)
+        engine.consumer.NoteOn(0, note, 100, 0);
+    EXPECT_EQ(engine.consumer.CountVox(), 5);
+    EXPECT_TRUE(edit(polyphony, "2"));
+    EXPECT_EQ(engine.consumer.CountHeld(), 5) << "nobody has let them go";
+    vexa::PlayingTexts options;
+    options.texts[glide] = "0.5";
+    instrument.Prefer(options);
+    EXPECT_TRUE(edit(glide, "2"));
+    EXPECT_EQ(engine.playing.glide, 0.5F) << "the player's stands before";
+    EXPECT_EQ(instrument.State().playing->texts[glide], "2");
+    EXPECT_TRUE(instrument.EditPlaying(vexa::PlayingRows()[spread], std::nullopt));
+    EXPECT_EQ(engine.playing.spread, 0);
+    EXPECT_EQ(instrument.State().playing->texts[spread], std::nullopt);
+}
+
 TEST(Instrument, AFormulaPlaysAtOnceAndAnAddonFollows) {
     const test::ProgramFolder folder;
     folder.WriteTemplate(kLoud);

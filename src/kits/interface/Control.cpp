@@ -70,7 +70,8 @@ class BTextControl::Line : public QLineEdit {
             clearFocus();
             // The window may have a use for the key too.
             event->ignore();
-        } else if ((event->matches(QKeySequence::Undo) && text().toStdString() == field->confirmed) ||
+        } else if ((event->matches(QKeySequence::Undo) &&
+                    text().toStdString() == field->confirmed) ||
                    (event->matches(QKeySequence::Redo) && !isRedoAvailable())) {
             // There is no typing to take back.
             event->ignore();
@@ -273,7 +274,11 @@ void BTextControl::SelectAll() {
 void BTextControl::Confirm() {
     confirmed = Text();
     changes++;
-    Invoke();
+    if (!Message())
+        return;
+    BMessage message = *Message();
+    message.AddString("be:text", confirmed);
+    Target().SendMessage(message);
 }
 
 void BTextControl::SetModificationMessage(BMessage* message) {

@@ -58,11 +58,11 @@ class BButton : public BControl {
     QPushButton* button;
 };
 
-/// A line of text that can be edited. Sends its message when the user confirms the text: with
-/// Enter, or by leaving the field after a change. Enter and Escape give the keyboard back to the
-/// window; Escape takes back what was not confirmed, and then goes to the window as B_KEY_DOWN.
-/// Ctrl+Z and Ctrl+Shift+Z take typing back and do it again; where there is none they are the
-/// window's. A click or Tab into the field selects the text.
+/// A line of text that can be edited. Sends its message, with the text as string "be:text", when
+/// the user confirms the text: with Enter, or by leaving the field after a change. Enter and Escape
+/// give the keyboard back to the window; Escape takes back what was not confirmed, and then goes to
+/// the window as B_KEY_DOWN. Ctrl+Z and Ctrl+Shift+Z take typing back and do it again; where there
+/// is none they are the window's. A click or Tab into the field selects the text.
 class BTextControl : public BControl {
   public:
     /// The height follows from the font, whatever the frame says. An empty or missing label takes

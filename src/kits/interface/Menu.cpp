@@ -236,6 +236,10 @@ void BMenuField::AttachedToWindow() {
     }
 }
 
+void BMenuField::SetEnabled(bool enabled) {
+    button->setEnabled(enabled);
+}
+
 void BMenuField::SetOnDark() {
     button->setProperty("onDark", true);
 }

@@ -128,6 +128,8 @@ class BMenuField : public BView {
     /// What is shown of the menu's title: all of it, unless there is no room.
     std::string ShownTitle() const;
 
+    void SetEnabled(bool enabled);
+
     /// Height of what opens a menu, as BRect::Height counts it.
     static float PreferredHeight();
 

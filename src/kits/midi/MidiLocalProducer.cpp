@@ -35,6 +35,14 @@ void BMidiLocalProducer::SprayNoteOff(uchar channel, uchar note, uchar velocity)
     Spray({uint8(0x80 | channel), note, velocity});
 }
 
+void BMidiLocalProducer::SprayControlChange(uchar channel, uchar controller, uchar value) const {
+    Spray({uint8(0xB0 | channel), controller, value});
+}
+
+void BMidiLocalProducer::SprayPitchBend(uchar channel, uchar lsb, uchar msb) const {
+    Spray({uint8(0xE0 | channel), lsb, msb});
+}
+
 void BMidiLocalProducer::Spray(std::initializer_list<uint8> bytes) const {
     kits::LocalSources::Instance().Put(Name(), {bytes.begin(), bytes.size()});
 }

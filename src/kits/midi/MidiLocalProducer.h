@@ -25,6 +25,9 @@ class BMidiLocalProducer : public BMidiEndpoint {
     /// effect at once.
     void SprayNoteOn(uchar channel, uchar note, uchar velocity) const;
     void SprayNoteOff(uchar channel, uchar note, uchar velocity) const;
+    void SprayControlChange(uchar channel, uchar controller, uchar value) const;
+    /// 8192 is the middle: 64 * 128.
+    void SprayPitchBend(uchar channel, uchar lsb, uchar msb) const;
 
   private:
     void Spray(std::initializer_list<uint8> bytes) const;

@@ -1,37 +1,38 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The macros of the sound below the main view.
+// The macros of the sound, in the strip.
 #pragma once
 
+#include "app/ControllerLearn.h"
 #include "kits/interface/View.h"
 #include "synth/Macros.h"
 #include "synth/PlaneFunction.h"
 
 #include <array>
 #include <cstddef>
+#include <optional>
 #include <string>
 
-class BSlider;
 class BTextControl;
 
 namespace vexa {
 
-class Instrument;
+class Knob;
 class VexaView;
 
-/// For each macro its value, as a number and as a slider, and the number of the controller that
-/// moves it. Those that the function on the plane does not use are dimmed. Window thread.
-class MacroStrip : public BView {
+/// For each macro a knob, its value as a number, and the number of the controller that moves it:
+/// while that field has the keyboard, the next controller that moves is taken. Those that the
+/// function on the plane does not use are dimmed. Window thread.
+class MacroKnobs : public BView {
   public:
-    /// Edits the instrument of the main view, which outlives it, from `left` to `right` below
-    /// `top`, as high as PreferredHeight says.
-    MacroStrip(float left, float top, float right, VexaView& mainView);
+    /// Edits the instrument of the main view, which outlives it.
+    explicit MacroKnobs(VexaView& mainView);
 
     /// As BRect::Height and BRect::Width count them.
     static float PreferredHeight();
-    static float LeastWidth();
+    static float PreferredWidth();
 
     /// Shows what loading, controllers and typing have changed.
-    void Pulse() override;
+    void Refresh();
     void ColorsChanged() override;
     void Draw(BRect update) override;
     void MessageReceived(BMessage* message) override;
@@ -39,23 +40,27 @@ class MacroStrip : public BView {
   private:
     struct Cell {
         float left = 0;
+        Knob* knob = nullptr;
         BTextControl* value = nullptr;
-        BSlider* slider = nullptr;
         BTextControl* controller = nullptr;
         bool used = true;
     };
 
-    void AddCell(std::size_t macro, float left, float slider);
+    void AddCell(std::size_t macro);
     BMessage* MessageOf(uint32 code, std::size_t macro) const;
     void ShowUse();
     void ShowValues();
     void MarkFields(std::size_t macro);
+    void Learn();
 
     VexaView& mainView;
     std::array<Cell, kMacros> cells;
-    float baseline = 0;
     /// The function that the cells show the use of.
     PlaneFunction function{nullfunc};
+    /// The macro whose controller's field has the keyboard, and what it waits for, until that has
+    /// come.
+    std::size_t learner = kMacros;
+    std::optional<ControllerLearn> learn;
 };
 
 } // namespace vexa

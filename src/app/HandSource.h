@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Where what is played in the window goes.
+#pragma once
+
+#include "kits/midi/MidiLocalProducer.h"
+
+#include <functional>
+
+namespace vexa {
+
+/// A source in the MIDI roster. Window thread.
+class HandSource {
+  public:
+    explicit HandSource(const char* name) : producer(name) { producer.Register(); }
+
+    /// Takes what is played: the status byte with its channel, and two data bytes.
+    using Player = std::function<void(uint8 status, uint8 first, uint8 second)>;
+    /// Events go there from now on, and not to who has connected the source.
+    void SendTo(Player next) { player = std::move(next); }
+    /// The channel, 0..15, that the coming events are on; 0 at first.
+    void SetChannel(uchar next) { channel = next; }
+    uchar Channel() const { return channel; }
+
+    void NoteOn(uchar note, uchar velocity) const { Send(0x90, note, velocity); }
+    void NoteOff(uchar note, uchar velocity) const { Send(0x80, note, velocity); }
+    void ControlChange(uchar number, uchar value) const { Send(0xB0, number, value); }
+    /// 0..16383; 8192 is the middle.
+    void PitchBend(int value) const { Send(0xE0, uchar(value & 0x7F), uchar(value >> 7)); }
+
+  private:
+    void Send(uint8 kind, uchar first, uchar second) const;
+
+    BMidiLocalProducer producer;
+    Player player;
+    uchar channel = 0;
+};
+
+} // namespace vexa

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What is played on the piano in the window, with its wheels and its hold.
+#pragma once
+
+#include "app/HandSource.h"
+
+#include <set>
+
+namespace vexa {
+
+/// Every note that it begins it ends. A source in the MIDI roster. Window thread.
+class ScreenPiano {
+  public:
+    static constexpr const char* kName = "Piano in the window";
+
+    ~ScreenPiano() { ReleaseAll(); }
+
+    /// As HandSource.
+    void SendTo(HandSource::Player next) { source.SendTo(std::move(next)); }
+    /// The channel of what is played from now on. Lets go of all.
+    void SetChannel(uchar next);
+
+    void Press(uchar key, uchar velocity);
+    void Release(uchar key);
+    /// While it is on, keys that are let go sound on: those of the piano whatever the sound says,
+    /// and others on its channel where the sound has a pedal.
+    void SetHold(bool on);
+    bool Holds() const { return hold; }
+    /// -1..1.
+    void Bend(float amount);
+    float Bent() const { return bent; }
+    /// The modulation wheel, 0..1.
+    void Modulate(float amount);
+
+    /// Lets go of keys, hold and the bend wheel.
+    void ReleaseAll();
+
+  private:
+    HandSource source{kName};
+    /// Keys that are down, and those that only the hold keeps.
+    std::set<uchar> down, kept;
+    bool hold = false;
+    float bent = 0;
+};
+
+} // namespace vexa

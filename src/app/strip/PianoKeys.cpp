@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/strip/PianoKeys.h"
+
+#include <array>
+#include <cmath>
+
+namespace vexa {
+
+namespace {
+
+constexpr int kMidiKeys = 128;
+constexpr int kOctave = 12;
+/// Of the keys from a C on: whether each is black, and how many white ones lie below it.
+constexpr std::array<bool, kOctave> kBlack = {false, true,  false, true,  false, false,
+                                              true,  false, true,  false, true,  false};
+constexpr std::array<int, kOctave> kBelow = {0, 0, 1, 1, 2, 3, 3, 4, 4, 5, 5, 6};
+
+/// Of a black key, in widths and heights of a white one.
+constexpr float kBlackWidth = 0.6F;
+constexpr float kBlackHeight = 0.6F;
+
+} // namespace
+
+bool PianoKeys::IsBlack(int key) {
+    return kBlack[static_cast<std::size_t>(key % kOctave)];
+}
+
+int PianoKeys::WhiteOf(int key) {
+    return key / kOctave * 7 + kBelow[static_cast<std::size_t>(key % kOctave)];
+}
+
+bool PianoKeys::Has(int key) const {
+    const int white = WhiteOf(key) - first;
+    // A black key at the end would lie half beside the piano.
+    return white >= 0 && white < count - (IsBlack(key) ? 1 : 0);
+}
+
+/// Where the white key of that number, counted from the first one seen, begins.
+float PianoKeys::Edge(int white) const {
+    return std::round(area.left +
+                      (area.Width() + 1) * static_cast<float>(white) / static_cast<float>(count));
+}
+
+BRect PianoKeys::FrameOf(int key) const {
+    const int white = WhiteOf(key) - first;
+    if (!IsBlack(key))
+        return {Edge(white), area.top, Edge(white + 1) - 1, area.bottom};
+    const float half = (area.Width() + 1) / static_cast<float>(count) * kBlackWidth / 2;
+    const float middle = Edge(white + 1);
+    return {std::round(middle - half), area.top, std::round(middle + half) - 1,
+            std::round(area.top + area.Height() * kBlackHeight)};
+}
+
+std::optional<int> PianoKeys::KeyAt(BPoint where) const {
+    std::optional<int> found;
+    for (int key = 0; key < kMidiKeys; key++) {
+        if (!Has(key) || !FrameOf(key).InsetByCopy(-0.5F, -0.5F).Contains(where))
+            continue;
+        found = key;
+        if (IsBlack(key))
+            return key;
+    }
+    return found;
+}
+
+} // namespace vexa

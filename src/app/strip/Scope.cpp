@@ -1,0 +1,266 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/strip/Scope.h"
+
+#include "app/VexaView.h"
+#include "synth/Orbit.h"
+#include "views/Theme.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace vexa {
+
+namespace {
+
+constexpr std::size_t kSpectrumSize = 4096;
+/// Hz at the left and the right of a spectrum, and dB of a full sine at its bottom.
+constexpr float kLowest = 20;
+constexpr float kHighest = 20000;
+constexpr float kFloor = -96;
+/// What a spectrum falls at most from one look to the next, of its height.
+constexpr float kFall = 0.04F;
+
+/// Seconds of the output where no note says how long its period is, and periods where one does.
+constexpr float kUsualTime = 0.02F;
+constexpr float kPeriods = 3;
+constexpr std::size_t kLeastFrames = 64;
+constexpr std::size_t kMostFrames = 4096;
+/// Of the peak: below that the output has to have been before it crosses 0 to begin a picture.
+constexpr float kArming = 0.2F;
+
+/// Powers of two by which a curve is drawn larger at most.
+constexpr int kMostZoom = 10;
+/// What is quieter is silence: nothing is to be seen of it.
+constexpr float kSilence = 1e-4F;
+
+constexpr float kLabelSize = 9;
+
+/// The power of two that brings a peak near to 1.
+int ZoomFor(float peak) {
+    return peak > kSilence
+               ? std::clamp(-static_cast<int>(std::ceil(std::log2(peak))), -20, kMostZoom)
+               : 0;
+}
+
+} // namespace
+
+Scope::Scope(VexaView& mainView, OutputTap* tap)
+    : BView({0, 0, 180, 63}, "scope", B_FOLLOW_NONE, B_WILL_DRAW | B_FRAME_EVENTS | B_NAVIGABLE),
+      mainView(mainView),
+      tap(tap),
+      spectrum(kSpectrumSize),
+      follower(mainView.Playing()) {
+    SetViewColor(Colors().scope);
+    BFont font = *be_plain_font();
+    font.SetSize(kLabelSize);
+    SetFont(&font);
+    SetToolTip(tap ? "f along the newest orbit, the output, or its spectrum: a click, or Space, "
+                     "shows the next"
+                   : "f along the newest orbit. The output is the host's");
+}
+
+std::size_t Scope::Columns() const {
+    return static_cast<std::size_t>(std::max(Bounds().Width() - 5, 8.0F));
+}
+
+void Scope::Listen(bool on) {
+    listens = on;
+    const bool wanted = tap && on && mode != Mode::Orbit;
+    if (wanted && !listener)
+        listener.emplace(*tap);
+    if (!wanted)
+        listener.reset();
+}
+
+void Scope::SetMode(Mode next) {
+    mode = tap ? next : Mode::Orbit;
+    curve.clear();
+    path = {};
+    Listen(listens);
+    Refresh();
+    Invalidate();
+}
+
+void Scope::Refresh() {
+    switch (mode) {
+    case Mode::Orbit:
+        return LookAtOrbit();
+    case Mode::Output:
+        return LookAtOutput();
+    case Mode::Spectrum:
+        return LookAtSpectrum();
+    }
+}
+
+void Scope::Take(std::vector<float> next, const std::string& text) {
+    if (next == curve && text == caption)
+        return;
+    curve = std::move(next);
+    caption = text;
+    Invalidate();
+}
+
+void Scope::TakeScaled(std::vector<float> next, const char* text) {
+    float peak = 0;
+    for (const float value : next)
+        peak = std::max(peak, std::abs(value));
+    const int zoom = ZoomFor(peak);
+    for (float& value : next)
+        value = peak > kSilence ? std::ldexp(value, zoom) : 0;
+    std::string scale;
+    if (zoom > 0)
+        scale = "  \u00d7 " + std::to_string(1 << zoom);
+    else if (zoom < 0)
+        scale = "  \u00f7 " + std::to_string(1 << -zoom);
+    Take(std::move(next), text + scale);
+}
+
+void Scope::LookAtOrbit() {
+    const PlaneFunction& shown = mainView.ShownFunction();
+    if (&shown.Source() != &function.Source()) {
+        function = shown;
+        follower.Take(shown);
+    }
+    const std::optional<PlaneFunction> next = follower.Next();
+    const OrbitPath now = NewestOrbit(mainView.Playing());
+    if (!next && now == path && curve.size() == Columns())
+        return;
+    heard = next.value_or(heard);
+    path = now;
+    std::vector<float> values(Columns());
+    FollowOrbit(heard, path, values);
+    TakeScaled(std::move(values), "f along the newest orbit");
+}
+
+/// The mean of both channels over the newest frames; false where there are not so many.
+bool Scope::Newest(std::size_t count) {
+    frames.resize(count);
+    mono.resize(count);
+    const uint64 end = listener ? listener->Count() : 0;
+    if (end < count || !listener->Copy(end - count, frames))
+        return false;
+    std::transform(frames.begin(), frames.end(), mono.begin(),
+                   [](const OutputFrame& frame) { return (frame.left + frame.right) / 2; });
+    return true;
+}
+
+void Scope::LookAtOutput() {
+    const VoiceTable& voices = mainView.Playing().voices;
+    const int newest = NewestSlot(voices);
+    const float rate = listener ? listener->Rate() : 0;
+    const float pitch = newest >= 0 ? float(voices[static_cast<std::size_t>(newest)].pitch) : 0;
+    const float time = pitch > 0 ? kPeriods / pitch : kUsualTime;
+    const auto count = std::clamp(static_cast<std::size_t>(std::max(rate * time, 0.0F)),
+                                  kLeastFrames, kMostFrames);
+    std::vector<float> next(Columns());
+    if (!Newest(2 * count))
+        return Take(std::move(next), "output");
+    // From where the wave rises through 0, so that it stands still.
+    float peak = 0;
+    for (const float value : mono)
+        peak = std::max(peak, std::abs(value));
+    std::size_t start = count;
+    bool armed = false;
+    for (std::size_t i = 0; i < count; i++) {
+        armed = armed || mono[i] < -kArming * peak;
+        if (armed && mono[i] >= 0) {
+            start = i;
+            armed = false;
+        }
+    }
+    for (std::size_t i = 0; i < next.size(); i++) {
+        // The mean of a column's ends and what lies between would blur; its first sample does not.
+        next[i] = mono[start + i * count / next.size()];
+    }
+    TakeScaled(std::move(next), "output");
+}
+
+void Scope::LookAtSpectrum() {
+    std::vector<float> next(Columns());
+    const float rate = listener ? listener->Rate() : 0;
+    if (Newest(kSpectrumSize) && rate > 0) {
+        const std::span<const float> amplitudes = spectrum.Amplitudes(mono);
+        const auto columns = static_cast<float>(next.size());
+        const auto binAt = [&](float column) {
+            const float hertz = kLowest * std::pow(kHighest / kLowest, column / columns);
+            return hertz * float(kSpectrumSize) / rate;
+        };
+        for (std::size_t i = 0; i < next.size(); i++) {
+            const float from = binAt(static_cast<float>(i));
+            const auto first = static_cast<std::size_t>(std::round(from));
+            const auto last = std::max(
+                first + 1, static_cast<std::size_t>(std::round(binAt(static_cast<float>(i + 1)))));
+            float most = 0;
+            for (std::size_t k = first; k < last && k < amplitudes.size(); k++)
+                most = std::max(most, amplitudes[k]);
+            const float decibels = 20 * std::log10(std::max(most, 1e-9F));
+            next[i] = std::clamp(1 - decibels / kFloor, 0.0F, 1.0F);
+        }
+    }
+    for (std::size_t i = 0; i < next.size() && i < curve.size(); i++)
+        next[i] = std::max(next[i], curve[i] - kFall);
+    Take(std::move(next), "spectrum, 20 Hz to 20 kHz");
+}
+
+kits::AccessibleThing Scope::Describe() const {
+    kits::AccessibleThing scope;
+    scope.role = kits::AccessibleRole::Chart;
+    scope.name = Name();
+    scope.description = caption;
+    scope.action = "Next";
+    return scope;
+}
+
+void Scope::Activate(std::optional<std::size_t>) {
+    SetMode(static_cast<Mode>((static_cast<int>(mode) + 1) % 3));
+}
+
+void Scope::MouseDown(BPoint) {
+    Activate(std::nullopt);
+}
+
+bool Scope::KeyDown(const kits::KeyPress& press) {
+    const bool back = press.key == kits::Key::Left || press.key == kits::Key::Up;
+    const bool on = press.key == kits::Key::Right || press.key == kits::Key::Down ||
+                    press.key == kits::Key::Enter || press.character == U' ';
+    if (!back && !on)
+        return false;
+    SetMode(static_cast<Mode>((static_cast<int>(mode) + (back ? 2 : 1)) % 3));
+    return true;
+}
+
+void Scope::FrameResized(float, float) {
+    curve.clear();
+    Refresh();
+}
+
+void Scope::Draw(BRect) {
+    const Theme& colors = Colors();
+    const BRect bounds = Bounds();
+    const float left = 3;
+    font_height height;
+    GetFontHeight(&height);
+    const float top = std::ceil(height.ascent) + 4;
+    const float middle = std::round((top + bounds.bottom - 3) / 2);
+    const float half = bounds.bottom - 4 - middle;
+    const bool isSpectrum = mode == Mode::Spectrum;
+    SetHighColor({60, 60, 66});
+    if (!isSpectrum)
+        StrokeLine({left, middle}, {bounds.right - left, middle});
+    SetHighColor(colors.barQuietText);
+    DrawString(caption, {left + 2, std::ceil(height.ascent) + 2});
+    std::vector<BPoint> points(curve.size());
+    for (std::size_t i = 0; i < curve.size(); i++) {
+        const float y =
+            isSpectrum ? bounds.bottom - 3 - curve[i] * 2 * half : middle - curve[i] * half;
+        points[i] = {left + static_cast<float>(i), y};
+    }
+    SetHighColor(colors.scopeLine);
+    StrokePath(points, 1.25F);
+    if (IsFocus()) {
+        SetHighColor(colors.accent);
+        StrokeRoundRect(bounds.InsetByCopy(0.5F, 0.5F), 1, 2);
+    }
+}
+
+} // namespace vexa

@@ -25,6 +25,7 @@ constexpr LinkedLibrary kLibraries[] = {
     {"Qt 6", "LGPL-3.0-only"},
     {"libxcb, libX11", "MIT"},
     {"liblo", "LGPL-2.1-or-later"},
+    {"FFTW", "GPL-2.0-or-later"},
 };
 
 constexpr const char* kFirstPage = "README.md";

@@ -343,6 +343,8 @@ class VexaView : public BView {
     /// The number of edits at which the sound was last offered to it, and the pulses since it went.
     uint64 offeredAt = 0;
     int pulsesAlone = 0;
+    /// It has sent one.
+    bool hasPluginSound = false;
     /// The present one is never empty.
     std::array<std::optional<History>, 2> slots;
     std::size_t slot = 0;

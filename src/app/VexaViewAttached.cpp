@@ -8,6 +8,8 @@
 #include "kits/interface/Control.h"
 #include "views/EnvView.h"
 
+#include <utility>
+
 namespace vexa {
 
 namespace {
@@ -40,6 +42,9 @@ void VexaView::TakeNews() {
         NoteSteps();
         const std::string name = next->info.name.value_or("the host's sound");
         LoadAs(*next, name, name);
+        // What this view began with was never the plug-in's.
+        if (!std::exchange(hasPluginSound, true))
+            BeginHistory();
         offeredAt = Edits();
     }
     if (offeredAt != Edits()) {

@@ -72,9 +72,12 @@ TEST(ProgramFaults, TooLittleAtTheStart) {
     ::setenv("JACK_DEFAULT_SERVER", "vexa-test-none", 1);
     const Usage taken = WhatPlayingTakes();
     ASSERT_GT(taken.descriptors, 0);
-    const int files = AskedFor("-n " + std::to_string(taken.descriptors), " descriptors more");
+    // The loader has a library open beside the three standard streams.
+    constexpr int kLoading = 4;
+    const int few = std::max(taken.descriptors, kLoading);
+    const int files = AskedFor("-n " + std::to_string(few), " descriptors more");
     EXPECT_GE(files, taken.descriptors) << "what the program asks for is not enough";
-    EXPECT_EQ(Walk("-n ", 4, files - 1, files / 8), 0);
+    EXPECT_EQ(Walk("-n ", kLoading, files - 1, files / 8), 0);
     EXPECT_GT(Walk("-n ", files, files + 7, 1), 0);
 
     const int least = test::LoaderMemory(kProgram);

@@ -223,8 +223,9 @@ TEST_F(StripTest, ThePianoPlaysShowsWhatSoundsAndEndsEveryNote) {
     // Another channel is played on, and the octaves that are seen may be others.
     view->ChannelMenu().FindItem(ChannelCode(6))->Choose();
     test::Settle();
+    const int before = piano.Keys().First();
     Turn(piano, 1);
-    EXPECT_EQ(piano.Keys().First(), 14);
+    EXPECT_EQ(piano.Keys().First(), before - 7);
     test::Press(piano, at(36, 0.9F));
     ASSERT_TRUE(Comes([&] { return Held() == 1; }));
     EXPECT_EQ(view->Playing().voices[0].channel, 5);
@@ -366,8 +367,9 @@ TEST_F(StripTest, TheScopeShowsOrbitOutputAndSpectrumAndTheMeterTheLevel) {
     EXPECT_NEAR(double(peak - curve.begin()) / double(curve.size()),
                 std::log(1000.0 / 20) / std::log(1000.0), 0.01);
     EXPECT_NEAR(*peak, 1 - 12.04 / 96, 0.01) << "a quarter, in the mean of both";
+    const float height = *peak;
     put(0);
-    EXPECT_LT(curve[curve.size() / 2], *peak);
+    EXPECT_LT(*std::max_element(curve.begin(), curve.end()), height);
     const QImage quiet = test::Picture(meter);
     EXPECT_GE(tap.Listeners(), 2);
     put(2);

@@ -2,10 +2,11 @@
 // What a person does to a sound in the window, back to the first sound and forth again.
 #include "app/MainViewStage.h"
 #include "app/MessageCodes.h"
+#include "app/strip/Knob.h"
+#include "app/strip/Strip.h"
 #include "documents/SoundDocument.h"
 #include "instrument/InitialSound.h"
 #include "instrument/ShownFunction.h"
-#include "kits/interface/Slider.h"
 #include "support/Environment.h"
 #include "views/EnvView.h"
 
@@ -28,7 +29,7 @@ class UndoTest : public test::MainViewTest {
 
     /// As a person does, with Enter; a field that is disabled takes nothing.
     void Confirm(BTextControl& field, const std::string& text) {
-        window->FindView("Macros")->Pulse();
+        window->Playing().Refresh();
         if (!field.IsEnabled())
             return;
         field.Type(text.c_str());
@@ -187,14 +188,14 @@ TEST_F(UndoTest, AGestureIsOneStepWithAName) {
     Press(true);
     EXPECT_NE(std::as_const(editor).Points(), points);
     Press(false);
-    auto& slider = dynamic_cast<BSlider&>(*window->FindView("slider a"));
-    for (int32 i = 0; i < 30; i++) {
-        slider.Move(i);
+    auto& knob = dynamic_cast<vexa::Knob&>(*window->FindView("knob a"));
+    for (int i = 0; i < 30; i++) {
+        knob.Turn(float(i) / 1000);
         test::Settle();
         view->Pulse();
     }
     undoes("macro a");
-    window->FindView("Macros")->Pulse();
+    window->Playing().Refresh();
     EXPECT_EQ(Text("macro a"), "0.5");
     EXPECT_EQ(view->Playing().macros[0].value, 0.5F);
     for (const char* text : {"2", "2.1", "2.2"})

@@ -23,7 +23,7 @@ START = 20
 MOST_TABS = 400
 WINDOW_ROLES = ("window", "frame")
 # Views that draw their parts by themselves and have keys for them.
-PARTED_ROLES = ("chart", "list", "image", "grouping")
+PARTED_ROLES = ("chart", "list", "image", "grouping", "panel")
 SILENT_ROLES = {"filler", "frame", "application", "panel", "scroll pane", "layered pane", "viewport",
                 "separator", "scroll bar", "unknown", "window", "internal frame", "root pane"}
 

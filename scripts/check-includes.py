@@ -75,6 +75,12 @@ KNOWN_CIRCLES = [
     ("documents/", "DocumentKind FunctionDocument SoundDocument"),
     # CLAP's functions are given the instance, which gives them to the host.
     ("plugin/clap/", "Extensions Plugin"),
+    # The menu asks the window what to mark, the window has it filled.
+    ("app/", "MainMenu VexaWindow"),
+    # What the plane's gestures do is done by the fields of the main view, which has the gestures.
+    ("app/", "VexaView plane/PlaneDesk"),
+    # A handle is drawn on the overlay, which has the handles.
+    ("views/plane/", "PlaneHandle PlaneOverlay"),
 ]
 
 # Headers in angle brackets that every file may include.

@@ -26,7 +26,6 @@ EXCEPTIONS = {
     "kits/interface/FilePanel.h Rewind": "the same as GetNextSelectedRef",
     "kits/interface/Font.h SetPlainFontFamily": "tests lay windows out in several fonts",
     "kits/media/MediaNode.h ReportedErrors": "tests see what a node has reported",
-    "kits/support/Message.h HasData": "tests look into properties",
     "kits/translation/BitmapStream.h DetachBitmap": "tests look at what was read",
 }
 

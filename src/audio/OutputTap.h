@@ -2,6 +2,7 @@
 // The newest part of what is sent to the device, for those who look at it.
 #pragma once
 
+#include "kits/support/RealtimeMark.h"
 #include "kits/support/Shared.h"
 #include "kits/support/SupportDefs.h"
 
@@ -36,7 +37,7 @@ class OutputTap {
 
     /// Frames of one or two channels, by turns. Costs a comparison where nobody listens. Media
     /// thread.
-    void Put(const float* buffer, std::size_t count, std::size_t channels) noexcept;
+    VEXA_REALTIME void Put(const float* buffer, std::size_t count, std::size_t channels) noexcept;
 
     /// How many there are. Any thread.
     int32 Listeners() const noexcept { return listeners; }

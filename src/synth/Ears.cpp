@@ -8,7 +8,7 @@ namespace vexa {
 namespace {
 
 /// Of the spread, in radians.
-double Half(double spread) noexcept {
+VEXA_REALTIME double Half(double spread) noexcept {
     return spread * (std::numbers::pi / 360);
 }
 

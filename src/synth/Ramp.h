@@ -18,9 +18,9 @@ namespace vexa {
 class RampParts {
   public:
     /// Of a block of `count` samples.
-    explicit RampParts(std::size_t count) : count(count) {}
+    VEXA_REALTIME explicit RampParts(std::size_t count) : count(count) {}
 
-    const double* Of(std::size_t newDone, std::size_t newLength) noexcept {
+    VEXA_REALTIME const double* Of(std::size_t newDone, std::size_t newLength) noexcept {
         if (newDone != done || newLength != length)
             Loops().Parts(newDone, newLength, parts.data(), count);
         done = newDone;

@@ -33,7 +33,7 @@ namespace {
 constexpr double kTwoPi = 6.28318530718;
 
 /// What the ears hear of an oscillator at the beginning of each cell.
-struct CellEars {
+struct VEXA_REALTIME CellEars {
     std::array<double, kMostCells> leftSines, leftCosines, rightSines, rightCosines;
 
     void Turn(const EarTurn& ears, const double* sines, const double* cosines,
@@ -110,7 +110,7 @@ class VEXA_REALTIME VoiceMotion::Drifts {
 
 /// What moves several voices; x and y by turns.
 struct VoiceMotion::Moving {
-    explicit Moving(std::size_t count) : ramps(count) {}
+    VEXA_REALTIME explicit Moving(std::size_t count) : ramps(count) {}
 
     static constexpr std::size_t kMost = 2 * kTogether;
     RampParts ramps;

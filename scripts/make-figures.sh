@@ -8,7 +8,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 programs=$root/build/release/bin
 figures=$root/docs/figures
 work=$(mktemp -d)
-export JACK_DEFAULT_SERVER=vexa-figures JACK_NO_START_SERVER=1 XDG_RUNTIME_DIR=$work
+export JACK_DEFAULT_SERVER=vexa-figures JACK_NO_START_SERVER=1 XDG_RUNTIME_DIR=$work XDG_CONFIG_HOME=$work XDG_DATA_HOME=$work
 chmod 700 "$work"
 children=()
 trap 'kill "${children[@]}" 2>/dev/null || true; wait; rm -rf "$work"' EXIT
@@ -16,7 +16,7 @@ trap 'kill "${children[@]}" 2>/dev/null || true; wait; rm -rf "$work"' EXIT
 jackd -r -n "$JACK_DEFAULT_SERVER" -d dummy -r 48000 -p 256 >/dev/null 2>&1 &
 children+=($!)
 mkfifo "$work/display"
-Xvfb -displayfd 3 -screen 0 2900x1200x24 -nolisten tcp 3>"$work/display" >/dev/null 2>&1 &
+Xvfb -displayfd 3 -screen 0 2900x1500x24 -nolisten tcp 3>"$work/display" >/dev/null 2>&1 &
 children+=($!)
 read -r number <"$work/display"
 export DISPLAY=:$number
@@ -29,7 +29,7 @@ shot() {
     local window
     window=$(timeout 20 xdotool search --sync --onlyvisible --name '^Vexa$' | head -1)
     xdotool windowactivate --sync "$window"
-    [[ -z $2 ]] || xdotool windowsize "$window" "$2" 511
+    [[ -z $2 ]] || xdotool windowsize "$window" "$2" 651
     sleep 1
     xdotool keydown q keydown t
     sleep 0.7
@@ -39,9 +39,9 @@ shot() {
 }
 
 mkdir -p "$figures"
-for row in "window 1 " "window-2x 2 " "window-wide 1 1400"; do
+for row in "window 1 " "window-2x 2 " "window-wide 1 1700"; do
     read -r name scale width <<<"$row"
-    QT_SCALE_FACTOR=$scale "$programs/vexa" --voices 20 2>/dev/null &
+    QT_SCALE_FACTOR=$scale "$programs/vexa" --user-folder --sound bell --voices 20 2>/dev/null &
     vexa=$!
     shot "$name" "$width"
     kill -TERM "$vexa"

@@ -9,6 +9,7 @@
 #include <QImage>
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -29,8 +30,10 @@ class Desktop {
             return !display.empty();
         });
         ::setenv("DISPLAY", (':' + display).c_str(), 1);
-        // What tests choose is nobody's to remember.
+        // What tests choose is nobody's to remember. Without the drawer everything has its place.
         ::setenv("XDG_CONFIG_HOME", folder.Path().c_str(), 1);
+        std::filesystem::create_directories(folder.Path() / "vexa");
+        std::ofstream(folder.Path() / "vexa/settings") << "drawer = false\n";
         ::unsetenv("WAYLAND_DISPLAY");
         ::unsetenv("QT_QPA_PLATFORM");
         manager = std::make_unique<Companion>(std::vector<std::string>{"openbox"});

@@ -68,7 +68,7 @@ OrbitPath PathOf(const SoundRecords& records, const VoiceView& v, const OrbitSum
 
 /// Of a note that nobody plays.
 OrbitPath UsualOrbit(const SoundRecords& records) {
-    const auto [vel, key] = std::pair(kShownNote.vel, kShownNote.key);
+    const float vel = kShownNote.vel, key = kShownNote.key;
     const OrbitSums sums = SumsFor(records, vel, key);
     const auto center = [&](const CoefficientGroup& group) {
         const Weights w = group.For(records.parameters, records.controllers, vel, key);

@@ -140,8 +140,8 @@ void EnvView::MouseDown(BPoint where) {
         Invalidate();
     }
     if (buttons == B_PRIMARY_MOUSE_BUTTON) {
-        if (pressed && Clicks() == 2)
-            AskForNumbers(*pressed);
+        // A press after the one that has added the point may begin a drag as well.
+        asking = pressed && Clicks() == 2;
         if (pressed)
             return;
         std::vector<EnvPoint>& points = Points();
@@ -187,6 +187,7 @@ void EnvView::MouseMoved(BPoint where, uint32 transit, const BMessage*) {
         Hover(transit == B_EXITED_VIEW ? std::nullopt : std::as_const(*this).PointAt(where));
         return;
     }
+    asking = false;
     EnvPoint& point = Points()[selected->point];
     const EnvPoint pointer = View2EnvPoint(where);
     point.val = pointer.val;
@@ -224,6 +225,8 @@ BRect EnvView::Band(const Drag& drag) const {
 
 void EnvView::MouseUp(BPoint) {
     Publish();
+    if (std::exchange(asking, false))
+        AskForNumbers(chosen);
 }
 
 void EnvView::MovePoint(std::size_t index, float t, float value) {

@@ -96,6 +96,8 @@ class EnvView : public BView, public Envelope {
     std::optional<Drag> selected;
     std::optional<std::size_t> hovered;
     std::size_t chosen = 0;
+    /// A second press on a point becomes a double click where it is let go without moving.
+    bool asking = false;
     BTextControl* entry = nullptr;
     std::size_t entryPoint = 0;
     rgb_color lineColor;

@@ -317,7 +317,7 @@ TEST_F(MainWindow, ASessionIsSavedAndFoundAgain) {
 TEST_F(MainWindow, ThePictureIsExported) {
     // Where the panel begins.
     const test::EnvironmentVariable home("HOME", program.Folder().Path().c_str());
-    Start();
+    Start({"--classic"});
     desktop.Click(kPlane + 150, kTop + 160, "3");
     desktop.UseWindow("Save Image");
     const std::string path = program.Path("picture.png");
@@ -326,8 +326,6 @@ TEST_F(MainWindow, ThePictureIsExported) {
     WaitFor("the file", [&] { return std::filesystem::exists(path); });
     WaitFor("the panel's end", [&] { return !desktop.HasWindow("Save Image"); });
     desktop.UseWindow("Vexa");
-    // Away from the plane, where the pointer brings out handles.
-    desktop.Move(kEditorX, 5);
     const QImage picture(QString::fromStdString(path));
     EXPECT_EQ(picture.size(), QSize(kPlaneSize, kPlaneSize));
     // What the panel has covered is drawn anew.

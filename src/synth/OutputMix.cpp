@@ -47,6 +47,16 @@ void OutputMix::Sort(std::span<RunningVoice*> voices) const noexcept {
     }
 }
 
+void OutputMix::AddResting(const RunningVoice& v, float out, std::size_t side,
+                           float* sum) const noexcept {
+    Ramp<float> volume = channels[v.channel], gain = v.gains[side];
+    for (std::size_t i = 0; i < count; i++) {
+        sum[i] += out * volume.Now() * gain.Now();
+        volume.Pass(1);
+        gain.Pass(1);
+    }
+}
+
 bool OutputMix::Add(std::span<RunningVoice* const> voices, std::span<const Ear> ears,
                     std::size_t blocks) noexcept {
     bool beyond = false;

@@ -35,6 +35,14 @@ class VEXA_REALTIME OutputMix {
     float Volume(const RunningVoice& v) const noexcept {
         return Between(channels[v.before], channels[v.channel], v.arrives);
     }
+    /// Whether what a voice that rests adds to the sum may change within this block.
+    bool Moves(const RunningVoice& v) const noexcept {
+        return channels[v.channel].Varies() || v.gains[0].Varies() || v.gains[1].Varies();
+    }
+    /// Adds the output of a voice that rests to the sum of an ear: `out`, at each moment by the
+    /// volume and the gain of that moment.
+    void AddResting(const RunningVoice& v, float out, std::size_t side, float* sum) const noexcept;
+
     /// The factor on a voice's output by its end.
     float Fade(const RunningVoice& v) const noexcept {
         return v.ends ? static_cast<float>(v.left) / static_cast<float>(fadeLength) : 1.0F;

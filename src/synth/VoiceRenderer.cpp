@@ -177,6 +177,9 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
     const float levelBefore = mix.Level();
     std::array<RunningVoice*, kVoiceSlots> sounding;
     std::size_t voiceCount = 0;
+    // Voices that rest while their volumes move.
+    std::array<RunningVoice*, kVoiceSlots> fading;
+    std::size_t fadingCount = 0;
     inputs.Advance(sampleRate, Smooth(), offset, count);
     mix.Begin(SamplesIn(kHandSeconds), SamplesIn(kFadeSeconds), offset, count);
     OpenEars(right, count);
@@ -191,10 +194,12 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
         if (v.rests) {
             motion.Pass(v);
             v.age += count;
+            if (mix.Moves(v)) {
+                fading[fadingCount++] = &v;
+                continue;
+            }
             resting += v.filter.out * mix.Volume(v) * v.gains[0].Now();
             restingRight += v.rightFilter.out * mix.Volume(v) * v.gains[1].Now();
-            for (Ramp<float>& ramp : v.gains)
-                ramp.Pass(v.scaled ? count : 0);
             continue;
         }
         sounding[voiceCount++] = &v;
@@ -225,6 +230,13 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
     one.sum.fill(resting);
     if (apart)
         other.sum.fill(restingRight);
+    for (RunningVoice* const v : std::span(fading.data(), fadingCount)) {
+        mix.AddResting(*v, v->filter.out, 0, one.sum.data());
+        if (apart)
+            mix.AddResting(*v, v->rightFilter.out, 1, other.sum.data());
+        for (Ramp<float>& gain : v->gains)
+            gain.Pass(count);
+    }
     const std::array<OutputMix::Ear, 2> both{
         {{&RunningVoice::filter, one.s.data(), one.sum.data(), 0},
          {&RunningVoice::rightFilter, other.s.data(), other.sum.data(), 1}}};

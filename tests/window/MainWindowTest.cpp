@@ -317,7 +317,7 @@ TEST_F(MainWindow, ASessionIsSavedAndFoundAgain) {
 TEST_F(MainWindow, ThePictureIsExported) {
     // Where the panel begins.
     const test::EnvironmentVariable home("HOME", program.Folder().Path().c_str());
-    Start({"--classic"});
+    Start();
     desktop.Click(kPlane + 150, kTop + 160, "3");
     desktop.UseWindow("Save Image");
     const std::string path = program.Path("picture.png");
@@ -328,6 +328,8 @@ TEST_F(MainWindow, ThePictureIsExported) {
     desktop.UseWindow("Vexa");
     const QImage picture(QString::fromStdString(path));
     EXPECT_EQ(picture.size(), QSize(kPlaneSize, kPlaneSize));
+    // Away from the plane, where the pointer brings out handles.
+    desktop.Move(kEditorX, 5);
     // What the panel has covered is drawn anew.
     WaitFor("the same picture", [&] { return Pixels(picture) == Plane(); });
     EXPECT_EQ(Close(), 0);

@@ -199,8 +199,11 @@ void BarView::ShowSteps() {
         if (words != button.ToolTip())
             button.SetToolTip(words.c_str());
     };
-    show(*undo, mainView.CanUndo(), "undo: " + mainView.UndoName() + " (Ctrl Z)");
-    show(*redo, mainView.CanRedo(), "redo: " + mainView.RedoName() + " (Ctrl Shift Z)");
+    const auto words = [](const char* what, const std::string& step, const char* keys) {
+        return what + (step.empty() ? "" : ": " + step) + keys;
+    };
+    show(*undo, mainView.CanUndo(), words("undo", mainView.UndoName(), " (Ctrl Z)"));
+    show(*redo, mainView.CanRedo(), words("redo", mainView.RedoName(), " (Ctrl Shift Z)"));
 }
 
 void BarView::ShowVoices() {

@@ -366,6 +366,10 @@ bool BView::IsFocus() const {
     return widget->hasFocus();
 }
 
+bool BView::IsFocusByKeys() const {
+    return IsFocus() && widget->FocusCameByKeys();
+}
+
 void BView::SetToolTip(const char* text) {
     toolTip = text ? text : "";
     widget->setToolTip(kits::ToQt(toolTip));

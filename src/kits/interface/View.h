@@ -156,6 +156,9 @@ class BView : public BHandler {
     int32 Clicks() const;
     virtual void MakeFocus(bool focused = true);
     virtual bool IsFocus() const;
+    /// Whether the view has got the focus otherwise than by a press of the mouse. A window that
+    /// comes back leaves that as it was.
+    bool IsFocusByKeys() const;
     /// Shown when the pointer rests on the view; also read out to those who cannot see it. Empty or
     /// null for none.
     virtual void SetToolTip(const char* text);

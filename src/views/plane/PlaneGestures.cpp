@@ -240,7 +240,7 @@ bool PlaneOverlay::KeyDown(const kits::KeyPress& press) {
 }
 
 void PlaneOverlay::FocusChanged() {
-    ShowFocus(IsFocus());
+    ShowFocus(IsFocusByKeys());
 }
 
 /// Not to those who have clicked there.

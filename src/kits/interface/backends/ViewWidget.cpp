@@ -182,6 +182,11 @@ void ViewWidget::keyPressEvent(QKeyEvent* event) {
 
 void ViewWidget::focusInEvent(QFocusEvent* event) {
     QWidget::focusInEvent(event);
+    const Qt::FocusReason reason = event->reason();
+    // A view may pass the focus on while it is pressed.
+    if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason)
+        focusCameByKeys =
+            reason != Qt::MouseFocusReason && QApplication::mouseButtons() == Qt::NoButton;
     view.FocusChanged();
 }
 

@@ -48,6 +48,7 @@ class ViewWidget : public QWidget {
     uint32 Buttons() const { return buttons; }
     uint32 Modifiers() const { return modifiers; }
     int32 Clicks() const { return clicks; }
+    bool FocusCameByKeys() const { return focusCameByKeys; }
     /// The toolkit widget that fills a control, which then has the focus in the view's stead.
     void SetContent(QWidget* next);
     QWidget* Content() const { return content; }
@@ -82,6 +83,7 @@ class ViewWidget : public QWidget {
     uint32 buttons = 0;
     uint32 modifiers = 0;
     int32 clicks = 0;
+    bool focusCameByKeys = false;
     /// Runs while there is something to animate, from the first time on.
     std::unique_ptr<QTimer> frames;
     QElapsedTimer sinceFrame;

@@ -37,7 +37,7 @@ class ComputerKeyboard {
     static std::optional<uchar> NoteOf(int32 key);
 
   private:
-    HandSource source{kName};
+    HandSource source{kName, HandSource::Place::Roster};
     /// Notes that sound, by the key that is held.
     std::map<int32, uchar> held;
 };

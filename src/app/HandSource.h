@@ -8,10 +8,17 @@
 
 namespace vexa {
 
-/// A source in the MIDI roster. Window thread.
+/// A source of MIDI events. Window thread.
 class HandSource {
   public:
-    explicit HandSource(const char* name) : producer(name) { producer.Register(); }
+    /// Whether it stands in the MIDI roster, to be chosen there, or is heard always.
+    enum class Place { Roster, AlwaysHeard };
+    HandSource(const char* name, Place place) : producer(name) {
+        if (place == Place::Roster)
+            producer.Register();
+        else
+            producer.RegisterAsOwn();
+    }
 
     /// Takes what is played: the status byte with its channel, and two data bytes.
     using Player = std::function<void(uint8 status, uint8 first, uint8 second)>;

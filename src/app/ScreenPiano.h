@@ -8,11 +8,9 @@
 
 namespace vexa {
 
-/// Every note that it begins it ends. A source in the MIDI roster. Window thread.
+/// Every note that it begins it ends. Heard whichever source is chosen. Window thread.
 class ScreenPiano {
   public:
-    static constexpr const char* kName = "Piano in the window";
-
     ~ScreenPiano() { ReleaseAll(); }
 
     /// As HandSource.
@@ -36,7 +34,7 @@ class ScreenPiano {
     void ReleaseAll();
 
   private:
-    HandSource source{kName};
+    HandSource source{"Piano in the window", HandSource::Place::AlwaysHeard};
     /// Keys that are down, and those that only the hold keeps.
     std::set<uchar> down, kept;
     bool hold = false;

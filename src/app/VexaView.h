@@ -315,7 +315,6 @@ class VexaView : public BView {
     bool Save(const std::string& name, const char* folder, const Writer& write);
     std::string TextOf(FieldId field) const;
     void ConnectChosenSource();
-    void ConnectPiano(BMidiRoster& roster);
 
     // Undo and redo.
 
@@ -405,7 +404,6 @@ class VexaView : public BView {
     /// The source that the user wants, and the number of the one that is connected (0 for none).
     std::string chosenSource;
     int32 connectedSource = 0;
-    bool pianoConnected = false;
 
     TuningChoice tuned;
     Tuning tuning = EqualTemperament();

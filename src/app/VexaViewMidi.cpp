@@ -22,8 +22,7 @@ void VexaView::SetupMidiMenu() {
     int32 id = 0;
     while (BMidiProducer* source = roster->NextProducer(&id)) {
         const uint32 code = kFirstSourceCode + static_cast<uint32>(id);
-        if (source->Name() != ScreenPiano::kName)
-            deviceMenu->AddItem(new BMenuItem(source->Name().c_str(), new BMessage(code)));
+        deviceMenu->AddItem(new BMenuItem(source->Name().c_str(), new BMessage(code)));
         source->Release();
     }
     deviceMenu->AddItem(new BSeparatorItem);
@@ -68,20 +67,11 @@ bool VexaView::TakeSource(uint32 code) {
     return item != nullptr;
 }
 
-void VexaView::ConnectPiano(BMidiRoster& roster) {
-    BMidiProducer* source = pianoConnected ? nullptr : roster.FindProducer(ScreenPiano::kName);
-    if (!source)
-        return;
-    pianoConnected = source->Connect(&graph->Consumer()) == B_OK;
-    source->Release();
-}
-
 /// Connects the chosen source if it is there, disconnects another one, and marks what is so.
 void VexaView::ConnectChosenSource() {
     BMidiRoster* roster = BMidiRoster::MidiRoster();
     if (!roster || !graph)
         return;
-    ConnectPiano(*roster);
     BMidiProducer* chosen = chosenSource.empty() ? nullptr : roster->FindProducer(chosenSource);
     const int32 wanted = chosen ? chosen->ID() : 0;
     if (wanted != connectedSource) {

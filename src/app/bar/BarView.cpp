@@ -55,20 +55,6 @@ std::string NameOf(std::optional<kits::AudioSystem> system) {
     return "";
 }
 
-/// The text, cut at its end where it is too wide.
-std::string Cut(const BView& view, std::string text, float room) {
-    if (view.StringWidth(text) <= room)
-        return text;
-    const std::string dots = "…";
-    while (!text.empty() && view.StringWidth(text + dots) > room) {
-        // A character of UTF-8 as a whole.
-        while (text.size() > 1 && (static_cast<unsigned char>(text.back()) & 0xC0U) == 0x80U)
-            text.pop_back();
-        text.pop_back();
-    }
-    return text + dots;
-}
-
 } // namespace
 
 BarView::BarView(BRect frame, VexaView& mainView)
@@ -281,7 +267,7 @@ void BarView::Draw(BRect) {
     FillRoundRect(nameBox, kCorner);
     SetHighColor(kBoxEdge);
     StrokeRoundRect(nameBox, kCorner);
-    const std::string shown = Cut(*this, caption, nameBox.Width() - 2 * (kInset + kArrowWidth));
+    const std::string shown = CutToFit(caption, nameBox.Width() - 2 * (kInset + kArrowWidth));
     SetHighColor(colors.barText);
     DrawString(shown,
                {std::floor((nameBox.left + nameBox.right - StringWidth(shown)) / 2), baseline});

@@ -247,21 +247,6 @@ void SoundListView::Draw(BRect update) {
     }
 }
 
-/// The text, cut at its end where it is too wide for the present font.
-std::string SoundListView::Cut(const std::string& text, float room) const {
-    if (StringWidth(text) <= room)
-        return text;
-    std::string cut = text;
-    const std::string dots = "…";
-    while (!cut.empty() && StringWidth(cut + dots) > room) {
-        // A character of UTF-8 as a whole.
-        while (cut.size() > 1 && (static_cast<unsigned char>(cut.back()) & 0xC0U) == 0x80U)
-            cut.pop_back();
-        cut.pop_back();
-    }
-    return cut + dots;
-}
-
 void SoundListView::DrawRow(std::size_t row) {
     const Theme& colors = Colors();
     const SoundEntry& entry = *rows[row];
@@ -288,17 +273,18 @@ void SoundListView::DrawRow(std::size_t row) {
     SetFont(be_plain_font());
     SetHighColor(broken ? colors.dimText : colors.text);
     const std::string name = plays && loadedChanged ? entry.name + " •" : entry.name;
-    DrawString(Cut(name, right - kStar - kMargin - kTextLeft),
+    DrawString(CutToFit(name, right - kStar - kMargin - kTextLeft),
                {kTextLeft, frame.top + kNameBaseline});
     SetFont(&small);
     SetHighColor(colors.quietText);
     if (broken) {
-        DrawString(Cut(entry.fault, right - kTextLeft), {kTextLeft, frame.top + kTagsBaseline});
+        DrawString(CutToFit(entry.fault, right - kTextLeft),
+                   {kTextLeft, frame.top + kTagsBaseline});
         return;
     }
     const float categoryLeft = right - StringWidth(entry.category);
     DrawString(entry.category, {categoryLeft, frame.top + kTagsBaseline});
-    DrawString(Cut(entry.tags, categoryLeft - kMargin - kTextLeft),
+    DrawString(CutToFit(entry.tags, categoryLeft - kMargin - kTextLeft),
                {kTextLeft, frame.top + kTagsBaseline});
     if (entry.own)
         DrawString("yours", {kTextLeft, frame.top + kFaultBaseline});

@@ -72,7 +72,6 @@ class SoundListView : public BView {
     void DrawRow(std::size_t row);
     void DrawStar(const SoundEntry& entry, BRect place);
     void DrawScrollBar();
-    std::string Cut(const std::string& text, float room) const;
 
     const Favourites& favourites;
     const Callbacks callbacks;

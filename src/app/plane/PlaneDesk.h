@@ -24,7 +24,7 @@ class PlaneDesk : public PlaneHost {
     void LetGo() override { preview.LetGo(); }
     void Watch() override { preview.Watch(); }
     /// As PreviewNote::SendTo.
-    void SendTo(PreviewNote::Player next) { preview.SendTo(std::move(next)); }
+    void SendTo(HandSource::Player next) { preview.SendTo(std::move(next)); }
 
   private:
     VexaView& mainView;

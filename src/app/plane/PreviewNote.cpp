@@ -19,27 +19,15 @@ constexpr float kKey = kPreviewKey / 127.0F;
 
 } // namespace
 
-PreviewNote::PreviewNote(Engine& engine) : engine(engine) {
-    producer.RegisterAsOwn();
-}
+PreviewNote::PreviewNote(Engine& engine) : engine(engine) {}
 
 uint32 PreviewNote::NotesSoFar() const {
     return std::accumulate(engine.voices.begin(), engine.voices.end(), uint32{0},
                            [](uint32 sum, const voice& slot) { return sum + slot.notes; });
 }
 
-void PreviewNote::Play(bool on) {
-    const uint8 channel = *sounding;
-    if (player)
-        player(static_cast<uint8>((on ? 0x90 : 0x80) | channel), kPreviewKey, kPreviewVelocity);
-    else if (on)
-        producer.SprayNoteOn(channel, kPreviewKey, kPreviewVelocity);
-    else
-        producer.SprayNoteOff(channel, kPreviewKey, kPreviewVelocity);
-}
-
 void PreviewNote::Strike(uint8 channel, std::optional<BPoint> start) {
-    if (player && start)
+    if (elsewhere && start)
         return;
     LetGo();
     if (start) {
@@ -54,8 +42,9 @@ void PreviewNote::Strike(uint8 channel, std::optional<BPoint> start) {
         watched = 0;
         loans = {lend(kCx0, start->x), lend(kCy0, start->y)};
     }
-    sounding = channel;
-    Play(true);
+    source.SetChannel(channel);
+    source.NoteOn(kPreviewKey, kPreviewVelocity);
+    sounds = true;
 }
 
 void PreviewNote::Watch() {
@@ -75,9 +64,9 @@ void PreviewNote::GiveBack() {
 void PreviewNote::LetGo() {
     if (loans)
         GiveBack();
-    if (sounding)
-        Play(false);
-    sounding.reset();
+    if (sounds)
+        source.NoteOff(kPreviewKey, kPreviewVelocity);
+    sounds = false;
 }
 
 } // namespace vexa

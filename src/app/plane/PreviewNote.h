@@ -2,11 +2,10 @@
 // The note by which a person hears what he does to the orbit.
 #pragma once
 
-#include "kits/midi/MidiLocalProducer.h"
+#include "app/HandSource.h"
 #include "kits/support/Geometry.h"
 #include "midi/Engine.h"
 
-#include <functional>
 #include <optional>
 
 namespace vexa {
@@ -29,14 +28,14 @@ class PreviewNote {
     /// To be called often until LetGo: gives the coefficients back.
     void Watch();
 
-    /// Takes what is played: the status byte, the note, the velocity.
-    using Player = std::function<void(uint8 status, uint8 note, uint8 velocity)>;
-    /// It plays there from now on, in another process, where no start can be given: Strike with one
-    /// does nothing.
-    void SendTo(Player next) { player = std::move(next); }
+    /// It plays there from now on, as HandSource does, in another process, where no start can be
+    /// given: Strike with one does nothing.
+    void SendTo(HandSource::Player next) {
+        source.SendTo(std::move(next));
+        elsewhere = true;
+    }
 
   private:
-    void Play(bool on);
     uint32 NotesSoFar() const;
     void GiveBack();
 
@@ -47,10 +46,9 @@ class PreviewNote {
     };
 
     Engine& engine;
-    BMidiLocalProducer producer{"Vexa preview"};
-    Player player;
-    /// The channel that it sounds on.
-    std::optional<uint8> sounding;
+    HandSource source{"Vexa preview", HandSource::Place::AlwaysHeard};
+    bool elsewhere = false;
+    bool sounds = false;
     std::optional<std::array<Loan, 2>> loans;
     /// All notes of the table when the coefficients were lent, and calls of Watch since then.
     uint32 notesBefore = 0;

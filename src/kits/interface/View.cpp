@@ -168,6 +168,19 @@ void BView::DrawString(std::string_view text, BPoint baseline) {
     DrawString(text);
 }
 
+std::string BView::CutToFit(std::string text, float room) const {
+    if (StringWidth(text) <= room)
+        return text;
+    const std::string dots = "…";
+    while (!text.empty() && StringWidth(text + dots) > room) {
+        // A character of UTF-8 as a whole.
+        while (text.size() > 1 && (static_cast<unsigned char>(text.back()) & 0xC0U) == 0x80U)
+            text.pop_back();
+        text.pop_back();
+    }
+    return text + dots;
+}
+
 void BView::StrokeLine(BPoint from, BPoint to, pattern which) {
     pen = to;
     QPainter* painter = widget->Painter();

@@ -104,6 +104,9 @@ class BView : public BHandler {
     void GetFont(BFont* result) const { *result = font; }
     void GetFontHeight(font_height* height) const { font.GetHeight(height); }
     float StringWidth(std::string_view text) const { return font.StringWidth(text); }
+    /// The text, cut at its end where it is wider than so many pixels, with dots in place of the
+    /// rest.
+    std::string CutToFit(std::string text, float room) const;
     void MovePenTo(BPoint point) { pen = point; }
     BPoint PenLocation() const { return pen; }
 

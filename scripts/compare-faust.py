@@ -5,23 +5,26 @@
 compare-faust.py [VEXA-RENDER]: build/release/bin/vexa-render if not given; faust must be installed.
 Faust's program has the voices of benchmarks/twin-hills.xml, a plain sound of one circle, whose notes
 it knows at compile time, in single precision and vector mode; it is compiled with -O3 -march=native
--ffast-math. Both write floats of 44100 Hz to a file, which are compared. Prints the medians of five
-runs in turns, as processor time: by the sound's formula, and with its add-on, of which what the
-compiler takes is subtracted, as Faust's is not counted either.
+-ffast-math. Both write floats of 44100 Hz to a file, which are compared. Prints the processor time of
+both, by the sound's formula, and with its add-on, of which what the compiler takes is subtracted, as
+Faust's is not counted either: the medians of 21 rounds, in which all are run in turns, and those of
+the ratios in a round, as what else the machine does changes from round to round.
 """
 import array
 import pathlib
+import statistics
 import subprocess
 import sys
 import tempfile
 
 from midifile import midi_file, notes
-from processortime import medians
+from processortime import rounds
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 SOUND = ROOT / "benchmarks/twin-hills.xml"
 NOTES = range(40, 80, 2)
 SECONDS = 60
+ROUNDS = 21
 RATE = 44100
 # Of the longest difference that rounding phases to float leaves in the first second.
 SAME = 0.02
@@ -125,13 +128,17 @@ def main():
             return [program, music, folder / "vexa.wav", "--tail", "0", "--sound", SOUND,
                     *options]
 
-        theirs, whole, compiler, formula = medians(
-            [[faust, folder / "faust.raw"], vexa(long, "--compile"), vexa(short, "--compile"),
-             vexa(long)])
+        times = rounds([[faust, folder / "faust.raw"], vexa(long, "--compile"),
+                        vexa(short, "--compile"), vexa(long)], ROUNDS)
         check((folder / "vexa.wav").read_bytes(), (folder / "faust.raw").read_bytes())
-    addon = whole - compiler
-    print(f"faust {theirs:.2f} s, vexa-render by formula {formula:.2f} s, ratio "
-          f"{theirs / formula:.1f}; with the add-on {addon:.2f} s, ratio {theirs / addon:.1f}")
+    theirs, whole, compiler, formula = zip(*times)
+    addon = [a - b for a, b in zip(whole, compiler)]
+
+    def said(ours):
+        ratio = statistics.median(a / b for a, b in zip(theirs, ours))
+        return f"{statistics.median(ours):.3f} s, ratio {ratio:.2f}"
+    print(f"faust {statistics.median(theirs):.3f} s, vexa-render by formula {said(formula)}; "
+          f"with the add-on {said(addon)}")
 
 
 if __name__ == "__main__":

@@ -19,7 +19,11 @@ def run(command):
     return children() - start
 
 
+def rounds(commands, runs=5):
+    """The seconds of each command in each of so many rounds, in which they are run in turns."""
+    return [[run(command) for command in commands] for _ in range(runs)]
+
+
 def medians(commands, runs=5):
     """The median seconds of each command, all of them run in turns."""
-    times = [[run(command) for command in commands] for _ in range(runs)]
-    return [statistics.median(column) for column in zip(*times)]
+    return [statistics.median(column) for column in zip(*rounds(commands, runs))]

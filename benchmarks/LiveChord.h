@@ -4,9 +4,9 @@
 
 #include "live/LivePlay.h"
 
+#include <ctime>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
 namespace bench {
 
@@ -35,17 +35,10 @@ inline Holdings Look(pid_t process) {
     }
     holdings.threads = Entries(folder + "/task");
     holdings.descriptors = Entries(folder + "/fd");
-    // The numbers behind the name, which is in parentheses; user and system time are the 12th and
-    // 13th of them.
-    const std::string stat = test::Contents(folder + "/stat");
-    std::istringstream fields(stat.substr(stat.rfind(')') + 1));
-    std::string skipped;
-    for (int i = 0; i < 11; i++)
-        fields >> skipped;
-    long user = 0;
-    long system = 0;
-    fields >> user >> system;
-    holdings.processor = double(user + system) / double(::sysconf(_SC_CLK_TCK));
+    clockid_t clock = 0;
+    timespec used{};
+    if (::clock_getcpuclockid(process, &clock) == 0 && ::clock_gettime(clock, &used) == 0)
+        holdings.processor = double(used.tv_sec) + 1e-9 * double(used.tv_nsec);
     return holdings;
 }
 

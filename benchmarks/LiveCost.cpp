@@ -3,8 +3,8 @@
 //
 // LiveCost [SECONDS [ROUNDS [PERIOD [SOUND]]]] plays the chord of LiveSoak on a JACK server of its
 // own, by turns with the sound of that file ("pad") plain, in stereo, oversampled, and both, and
-// prints what each takes of a core: the median of the rounds, and that of the differences from the
-// first in the same round.
+// prints what each takes of a core: in each round, the median of the rounds, and that of the
+// differences from the first in the same round.
 #include "LiveChord.h"
 
 #include <algorithm>
@@ -56,8 +56,12 @@ int main(int count, char** arguments) {
                              {"4 x", {"--spread", "0", "--oversample", "4"}},
                              {"4 x and stereo", {"--oversample", "4", "--spread", "60"}}}};
     for (int round = 0; round < rounds; round++) {
-        for (Way& way : ways)
+        for (Way& way : ways) {
             way.percent.push_back(Cost(sound, way.options, seconds, period));
+            std::printf("%s %.2f%s", way.name, way.percent.back(),
+                        &way == &ways.back() ? "\n" : ", ");
+            std::fflush(stdout);
+        }
     }
     for (const Way& way : ways) {
         std::vector<double> more;

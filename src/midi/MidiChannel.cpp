@@ -16,6 +16,8 @@ enum : uchar {
     kVolume = 7,
     kExpression = 11,
     kDataLsb = 38,
+    kIncrement = 96,
+    kDecrement = 97,
     kOtherLsb = 98,
     kOtherMsb = 99,
     kParameterLsb = 100,
@@ -57,7 +59,7 @@ std::optional<HeldKeys::Key> HeldKeys::Last() const {
     return keys[count - 1];
 }
 
-MidiChannel::Change MidiChannel::Control(uchar controller, uchar value) {
+MidiChannel::Change MidiChannel::Control(uchar controller, uchar value, float usualRange) {
     switch (controller) {
     case kVolume:
         volume = Squared(value);
@@ -77,15 +79,21 @@ MidiChannel::Change MidiChannel::Control(uchar controller, uchar value) {
         return Change::None;
     case kDataMsb:
     case kDataLsb:
-        if (parameterMsb == 0 && parameterLsb == kZoneParameter && controller == kDataMsb)
+        if (IsFor(kZoneParameter) && controller == kDataMsb)
             return Change::Zone;
-        if (parameterMsb != 0 || parameterLsb != kRangeParameter)
+        if (!IsFor(kRangeParameter))
             return Change::None;
         // Of a pair the most significant byte comes first, and alone it has no hundredths.
         if (controller == kDataMsb)
             range = {value, {}};
         else
             range.hundredths = value;
+        return Change::Bend;
+    case kIncrement:
+    case kDecrement:
+        if (!IsFor(kRangeParameter))
+            return Change::None;
+        range.Step(controller == kIncrement ? 1 : -1, usualRange);
         return Change::Bend;
     default:
         return Change::None;
@@ -98,6 +106,13 @@ float MidiChannel::Range::Of(float otherwise) const {
     const float whole = semitones ? static_cast<float>(*semitones) : std::floor(otherwise);
     const float rest = static_cast<float>(std::min(hundredths.value_or(0), kMostHundredths)) / 100;
     return std::min(whole + rest, kWidestRange);
+}
+
+void MidiChannel::Range::Step(int steps, float otherwise) {
+    const float now = Of(otherwise), whole = std::floor(now);
+    semitones =
+        static_cast<uchar>(std::clamp(whole + static_cast<float>(steps), 0.0F, kWidestRange));
+    hundredths = static_cast<uchar>(std::lround((now - whole) * 100));
 }
 
 void MidiChannel::SetBend(uchar lsb, uchar msb) {

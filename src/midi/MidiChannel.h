@@ -52,8 +52,9 @@ class VEXA_REALTIME MidiChannel {
     enum class Change { None, Bend, Volume, Zone };
     /// Volume, expression, and by registered parameters the range of the bend wheel (0: semitones
     /// and hundredths, each of which may come alone, 96 semitones at most) and the zone of MPE (6),
-    /// whose members are the value; other parameters change nothing.
-    Change Control(uchar controller, uchar value);
+    /// whose members are the value; other parameters change nothing. Data increment and decrement,
+    /// whatever their value, step the range by a semitone, from `usualRange` where none was told.
+    Change Control(uchar controller, uchar value, float usualRange);
     void SetBend(uchar lsb, uchar msb);
     /// Resets what controller 121 resets by the MIDI association's practice, as far as it is kept
     /// here: bend, expression, parameter, pedals.
@@ -89,7 +90,14 @@ class VEXA_REALTIME MidiChannel {
         std::optional<uchar> semitones;
         std::optional<uchar> hundredths;
         VEXA_REALTIME float Of(float otherwise) const;
+        /// By so many semitones, as far as there are any.
+        VEXA_REALTIME void Step(int steps, float otherwise);
     };
+
+    /// Whether data are for that registered parameter.
+    VEXA_REALTIME bool IsFor(uchar parameter) const {
+        return parameterMsb == 0 && parameterLsb == parameter;
+    }
 
     /// The wheel's place, -1..1.
     float bend = 0;

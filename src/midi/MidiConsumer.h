@@ -138,6 +138,7 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     VEXA_REALTIME bool Concerns(uchar from, uchar to) const;
     VEXA_REALTIME bool IsThatNote(std::size_t index, const NoteName& name) const;
     VEXA_REALTIME OwnValues OwnOf(uchar from) const;
+    VEXA_REALTIME float UsualRange(uchar from) const;
     VEXA_REALTIME float BendOf(uchar from) const;
     VEXA_REALTIME void ConfigureZone(uchar master, uchar members);
     VEXA_REALTIME void SetOwn(uchar from, std::size_t which, float value);

@@ -132,7 +132,7 @@ void VexaMidiConsumer::ControlChange(uchar from, uchar controller, uchar value, 
             HoldSostenuto(from);
         }
     }
-    switch (channel.Control(controller, value)) {
+    switch (channel.Control(controller, value, UsualRange(from))) {
     case MidiChannel::Change::Bend:
         // What one member is told holds for all.
         for (uchar other = 0; IsOwn(from) && other < channels.size(); other++) {

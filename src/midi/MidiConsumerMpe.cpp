@@ -55,17 +55,21 @@ OwnValues VexaMidiConsumer::OwnOf(uchar from) const {
     return IsOwn(from) ? channels[from].own : kNoOwnValues;
 }
 
+/// The range of the wheel where none is told, in semitones.
+float VexaMidiConsumer::UsualRange(uchar from) const {
+    if (IsOwn(from))
+        return kMemberRange;
+    const float sounds = playing.given ? float(playing.bend) : 0;
+    return zones.IsMaster(from) && sounds == 0 ? kMasterRange : sounds;
+}
+
 /// Semitones. What a master bends comes on top.
 float VexaMidiConsumer::BendOf(uchar from) const {
     if (!playing.Bends())
         return 0;
-    const auto range = [this](uchar channel) {
-        const float sounds = playing.given ? float(playing.bend) : 0;
-        return zones.IsMaster(channel) && sounds == 0 ? kMasterRange : sounds;
-    };
-    if (const std::optional<uchar> master = MasterOf(from))
-        return channels[from].Bend(kMemberRange) + channels[*master].Bend(range(*master));
-    return channels[from].Bend(range(from));
+    const float own = channels[from].Bend(UsualRange(from));
+    const std::optional<uchar> master = MasterOf(from);
+    return master ? own + channels[*master].Bend(UsualRange(*master)) : own;
 }
 
 /// For the notes of the channel, but for those that sounded out before another one began.

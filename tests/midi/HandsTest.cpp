@@ -69,7 +69,13 @@ TEST_F(Hands, TheWheelBendsByTheRangeThatTheSoundOrRpn0Says) {
         {{{6, 12}}, 1200},
         {{{38, 50}}, 1250},
         {{{6, 0}}, 0},
-        {{{6, 127}, {38, 20}}, 9600}};
+        {{{6, 127}, {38, 20}}, 9600},
+        {{{96, 0}}, 9600}, // as wide as it gets
+        {{{97, 0}, {97, 127}}, 9400},
+        {{{6, 1}, {38, 50}, {96, 0}}, 250},
+        {{{97, 0}, {97, 0}, {97, 0}}, 50},
+        {{{101, 127}, {96, 0}}, 50}, // for no parameter
+        {{{101, 0}, {96, 0}}, 150}};
     for (const auto& [events, cents] : ranges) {
         Controls(events);
         Render(instrument, 441);
@@ -77,7 +83,11 @@ TEST_F(Hands, TheWheelBendsByTheRangeThatTheSoundOrRpn0Says) {
     }
 
     instrument.playing.loads = 1; // another sound
+    Control(96, 0);
     Bend(8191);
+    Render(instrument, 441);
+    EXPECT_NEAR(Cents(Hertz(1000), 440), 300, 0.01) << "a step from what the sound says";
+    Control(97, 0);
     Render(instrument, 441);
     EXPECT_NEAR(Cents(Hertz(1000), 493.8833), 0, 0.01);
     instrument.playing.given = false;

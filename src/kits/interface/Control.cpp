@@ -25,6 +25,10 @@ namespace {
 
 /// The frame of a text field and of a button, in pixels.
 constexpr float kBorder = 1;
+/// Fields below this width hold numbers, in pixels: what they say has to be read whole.
+constexpr int kNarrow = 48;
+/// What the toolkit leaves free beside a field's text on each side, in pixels.
+constexpr int kTextMargin = 2;
 
 } // namespace
 
@@ -52,6 +56,22 @@ class BTextControl::Line : public QLineEdit {
     Stepping stepping;
     std::optional<std::string> reset;
 
+    /// Writes what a narrow field says so small that all of it is seen.
+    void FitText() {
+        if (width() >= kNarrow)
+            return;
+        const std::string said = text().toStdString();
+        const float room = float(width()) - 2 * kBorder;
+        BFont font = *be_plain_font();
+        // The sides are used too where the text needs them, but for the cursor's pixel.
+        const bool tight = font.StringWidth(said) > room - 2 * kTextMargin;
+        const int margin = tight ? 1 - kTextMargin : 0;
+        setTextMargins(margin, 0, margin, 0);
+        if (tight)
+            font.SetSize(kits::FittingFontSize(said, room - 2));
+        setFont(kits::ToQt(font));
+    }
+
     /// Where the character is shown, in pixels from the left.
     float PositionOf(qsizetype index) const {
         // As the editor lays it out, which rounds the widths of letters.
@@ -64,6 +84,10 @@ class BTextControl::Line : public QLineEdit {
     }
 
   protected:
+    void resizeEvent(QResizeEvent* event) override {
+        QLineEdit::resizeEvent(event);
+        FitText();
+    }
     void keyPressEvent(QKeyEvent* event) override {
         if (event->key() == Qt::Key_Escape) {
             setText(QString::fromStdString(field->confirmed));
@@ -219,6 +243,7 @@ BTextControl::BTextControl(BRect frame, const char* name, const char* label, con
     });
     QObject::connect(line, &QLineEdit::textChanged, line, [this] {
         changes++;
+        line->FitText();
         if (modification)
             Target().SendMessage(*modification);
     });
@@ -257,6 +282,7 @@ void BTextControl::SetText(const char* next) {
     const QSignalBlocker silence(line);
     line->setText(kits::ToQt(confirmed));
     line->setCursorPosition(0);
+    line->FitText();
 }
 
 void BTextControl::Type(const char* next) {

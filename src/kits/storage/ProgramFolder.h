@@ -47,8 +47,14 @@ class ProgramFolders {
                                                const std::filesystem::path& word) const;
     /// Whether a file, given by its normal path, counts as absent from the person's folder.
     bool IsCopy(const std::filesystem::path& file) const;
+    /// Whether the file of that path, as Find gives it, is a person's work. Where one folder is
+    /// both, a file there is his unless the list tells that it came with the program.
+    bool IsOwn(const char* folder, const std::filesystem::path& file) const;
 
   private:
+    /// Whether the list has the file of that path in the person's folder, with what it contains.
+    bool IsListed(const std::filesystem::path& file) const;
+
     std::filesystem::path own;
     std::filesystem::path shipped;
 };

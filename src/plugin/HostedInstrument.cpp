@@ -31,7 +31,7 @@ FunctionKind KindOf(Request request) {
 std::string Fault(const FunctionReport& report, const Function& function) {
     if (report || function.kind != FunctionKind::Expression)
         return report ? "" : Text(report);
-    return "The formula cannot be played: " + report.details;
+    return "The formula cannot be played: " + report.text;
 }
 
 } // namespace
@@ -40,8 +40,7 @@ HostedInstrument::HostedInstrument(kits::ProgramFolders programFolders, double r
     : folders(std::move(programFolders)) {
     oversampler.SetFrameRate(rate);
     instrument.Playing().renderer.SetGain(VoiceRenderer::kUsualGain);
-    ReadReport ignored;
-    const kits::Result<Sound> sound = ReadSound(folders.Find("sounds", "default.xml"), ignored);
+    const kits::Result<Sound> sound = ReadSound(folders.Find("sounds", "default.xml"));
     if (!sound || !instrument.Load(*sound))
         instrument.Load(Sound());
     ControlValues none;
@@ -162,10 +161,10 @@ std::string HostedInstrument::Work() {
 
 std::string HostedInstrument::Do(Request request, const std::string& text) {
     if (request == Request::Sound) {
-        ReadReport report;
-        kits::Result<Sound> sound = ReadSound(text, report);
+        kits::Result<Sound> sound = ReadSound(text);
         bool loaded = false;
-        const std::string fault = sound ? Install(*std::move(sound), {}, loaded) : report.reason;
+        const std::string fault =
+            sound ? Install(*std::move(sound), {}, loaded) : sound.Fault().text;
         if (loaded)
             soundFile = text;
         return fault;

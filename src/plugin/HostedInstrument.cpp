@@ -2,6 +2,7 @@
 #include "plugin/HostedInstrument.h"
 
 #include "documents/SoundDocument.h"
+#include "kits/midi/ControllerNumbers.h"
 #include "kits/support/Published.h"
 
 #include <algorithm>
@@ -11,9 +12,6 @@
 namespace vexa {
 
 namespace {
-
-/// The MIDI controller that lets go of all others.
-constexpr uint8 kResetControllers = 121;
 
 struct Header {
     Request request;
@@ -51,7 +49,7 @@ HostedInstrument::HostedInstrument(kits::ProgramFolders programFolders, double r
 void HostedInstrument::Restart(double rate) noexcept {
     Engine& engine = instrument.Playing();
     for (uchar channel = 0; channel < 16; channel++)
-        engine.consumer.ControlChange(channel, kResetControllers, 0, 0);
+        engine.consumer.ControlChange(channel, kits::kResetControllers, 0, 0);
     engine.consumer.AllNotesOff(false, 0);
     for (uchar channel = 0; channel < 16; channel++)
         engine.consumer.SourceEnded(channel, 0);

@@ -82,12 +82,11 @@ void InterpretInfoElement(const MXFragment* info, std::string& author, KeptEleme
 
 std::string ChildrenBut(const MXFragment& parent, std::span<const std::string_view> known) {
     MXString elements;
-    for (int32 i = 0; i < parent.children.CountItems(); i++) {
-        const MXFragment& child = *parent.children.ItemAt(i);
-        const bool isElement = child.Type() == MX_ELEMENT || child.Type() == MX_EMPTY_ELEMENT;
+    for (const auto& child : parent.children) {
+        const bool isElement = child->Type() == MX_ELEMENT || child->Type() == MX_EMPTY_ELEMENT;
         if (isElement &&
-            std::find(known.begin(), known.end(), std::string_view(child.name)) == known.end())
-            child.AppendTo(elements);
+            std::find(known.begin(), known.end(), std::string_view(child->name)) == known.end())
+            child->AppendTo(elements);
     }
     return std::string(std::string_view(elements));
 }

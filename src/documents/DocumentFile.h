@@ -20,31 +20,31 @@ namespace vexa {
 /// text: Remarks::kMost of them, and then how many more there are.
 using Warnings = std::vector<kits::Error>;
 
-/// A document to write, with that root element in its doctype and without a root yet.
+/// Makes a document to write, with that root element in its doctype and without a root yet.
 MXDocument ConstructDocumentTemplate(const std::string& rootName);
 
-/// The element "info" with the program's version and the author.
+/// Makes the element "info" with the program's version and the author.
 std::unique_ptr<MXFragment> ConstructInfoElement(const std::string& author);
 /// Takes the author over, and the elements that neither are known here nor are of the names in
 /// `more`. A version newer than ours is a remark. A null element is one that is missing.
 void InterpretInfoElement(const MXFragment* info, std::string& author, KeptElements& kept,
                           Remarks& remarks, std::span<const std::string_view> more = {});
 
-/// The children of an element that are elements of none of these names, as XML.
+/// Returns the children of an element that are elements of none of these names, as XML.
 std::string ChildrenBut(const MXFragment& parent, std::span<const std::string_view> known);
 /// Appends the elements that ChildrenBut has returned.
 void AdoptChildren(MXFragment& parent, const std::string& elements);
 
-/// An element that holds a text, an empty text too.
+/// Makes an element that holds a text, an empty text too.
 std::unique_ptr<MXFragment> ConstructTextElement(std::string_view name, std::string_view text);
 
-/// A text and what was read of it, which has a root.
+/// Holds a text and what was read of it, which has a root.
 struct LoadedDocument {
     MXString text;
     MXDocument document;
 };
 
-/// The document at `path`. What is read over is told to `remarks`. Any thread.
+/// Reads the document at `path`. What is read over is told to `remarks`. Any thread.
 kits::Result<LoadedDocument> LoadDocument(const std::filesystem::path& path, Remarks& remarks);
 
 /// Writes the document in the layout of all documents and sets the file's type; a file system that
@@ -52,16 +52,16 @@ kits::Result<LoadedDocument> LoadDocument(const std::filesystem::path& path, Rem
 kits::Result<void> SaveDocument(const std::filesystem::path& path, MXDocument& document,
                                 const char* fileType);
 
-/// The error that memory does not suffice for the document at `path`.
+/// Makes the error that memory does not suffice for the document at `path`.
 kits::Error TooLarge(const std::filesystem::path& path);
 
-/// The error that a root element is not taken. `alert` is what the window says of it, and
+/// Makes the error that a root element is not taken. `alert` is what the window says of it, and
 /// `expected` what was expected instead; the element's place is not known here.
 kits::Error Refusal(const char* alert, const std::string& expected);
 
-/// What `interpret` (InterpretFunction, InterpretSound) makes of `value` and the document at
-/// `path`. What is to be said about a document that is taken replaces `warnings`, where there are
-/// any. Any thread.
+/// Returns what `interpret` (InterpretFunction, InterpretSound) makes of `value` and the document
+/// at `path`. What is to be said about a document that is taken replaces `warnings`, where there
+/// are any. Any thread.
 template<class Value, class Interpret>
 kits::Result<Value> ReadValue(const std::filesystem::path& path, Value value, Interpret interpret,
                               Warnings* warnings) try {

@@ -19,10 +19,12 @@ struct FunctionElement {
 constexpr FunctionElement kFunctionElements[] = {{FunctionKind::Expression, "vexafunction"},
                                                  {FunctionKind::Sample, "vexasamplefunction"},
                                                  {FunctionKind::Picture, "vexapicturefunction"}};
-/// Their names as tags, for a message that one of them was expected.
+/// Returns their names as tags, for a message that one of them was expected.
 std::string FunctionTags();
 
+/// Returns the name of the element for the function's kind.
 const char* RootName(const Function& function);
+/// Makes the element that holds the whole function, and what was kept of the document it came from.
 std::unique_ptr<MXFragment> ConstructFunctionElement(const Function& function);
 
 /// Takes the texts of a function element over, and what else is kept of it. What the element lacks
@@ -31,8 +33,8 @@ std::unique_ptr<MXFragment> ConstructFunctionElement(const Function& function);
 /// then.
 kits::Result<void> InterpretFunction(const MXFragment& root, Function& function, Remarks& remarks);
 
-/// The function at `path`, `startFrom` for what it lacks. What is to be said about a function that
-/// is taken replaces `warnings`, where there are any. Any thread.
+/// Reads the function at `path`, `startFrom` for what it lacks. What is to be said about a function
+/// that is taken replaces `warnings`, where there are any. Any thread.
 kits::Result<Function> ReadFunction(const std::filesystem::path& path, const Function& startFrom,
                                     Warnings* warnings = nullptr);
 

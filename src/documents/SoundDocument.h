@@ -7,10 +7,12 @@
 
 namespace vexa {
 
+/// Makes the element that holds the whole sound, and what was kept of the document it came from.
 std::unique_ptr<MXFragment> ConstructSoundElement(const Sound& sound);
+/// Makes the element "envdata" with an element for each point of an envelope.
 std::unique_ptr<MXFragment> ConstructEnvdataElement(const std::vector<EnvPoint>& points);
 
-/// The element of a sound.
+/// The name of the element of a sound.
 constexpr const char* kSoundElement = "vexasound";
 
 /// The alert for a document that has no sound.
@@ -29,18 +31,19 @@ kits::Result<void> InterpretSound(const MXFragment& root, Sound& sound, Remarks&
 void InterpretEnvdataElement(const MXFragment& envdata, std::vector<EnvPoint>& points,
                              Remarks& remarks);
 
-/// The sound at `path`, that of a new Sound for what it lacks, whatever was loaded before. What is
-/// to be said about a sound that is taken replaces `warnings`, where there are any. Any thread.
+/// Reads the sound at `path`, that of a new Sound for what it lacks, whatever was loaded before.
+/// What is to be said about a sound that is taken replaces `warnings`, where there are any. Any
+/// thread.
 kits::Result<Sound> ReadSound(const std::filesystem::path& path, Warnings* warnings = nullptr);
 
 /// Writes the sound as the document at `path`, or leaves the file as it was. Any thread.
 kits::Result<void> WriteSound(const std::filesystem::path& path, const Sound& sound);
 
-/// The sound of a document's text, as ReadSound; a text that ends early or has another fault is
-/// refused as a whole. The error says why.
+/// Reads the sound of a document's text, as ReadSound does; a text that ends early or has another
+/// fault is refused as a whole. Any thread.
 kits::Result<Sound> SoundOfText(const std::string& text);
 
-/// What WriteSound writes.
+/// Returns what WriteSound writes. Any thread.
 std::string SoundText(const Sound& sound);
 
 } // namespace vexa

@@ -271,9 +271,11 @@ void MXFragment::CollectInto(MXFragmentList& found, long mask, const MXString& w
     });
 }
 
-int32 MXFragment::Add(MXString text) {
+int32 MXFragment::Add(MXString text) try {
     Adopt(std::make_unique<MXFragment>(MX_TEXT, std::move(text)));
     return 0;
+} catch (const std::bad_alloc&) {
+    return -1;
 }
 
 int32 MXFragment::Add(MXFragment* child) try {

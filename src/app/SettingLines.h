@@ -2,6 +2,8 @@
 // Files of lines "name = value", as settings and sessions are kept in.
 #pragma once
 
+#include "kits/support/Error.h"
+
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -27,7 +29,7 @@ struct SettingFile {
     std::vector<SettingLine> lines;
     /// What is wrong with it, for a person: that it cannot be read, or a broken line with its
     /// place.
-    std::vector<std::string> faults;
+    std::vector<kits::Error> faults;
 };
 
 /// Empty where there is no such file. Any thread.

@@ -81,7 +81,7 @@ Settings::Settings(fs::path path) : file(std::move(path)) {
     }
     if (content.faults.empty())
         return;
-    Tell("warning: " + content.faults.front());
+    Tell("warning: " + content.faults.front().text);
     if (const std::size_t others = content.faults.size() - 1; others > 0)
         Tell("warning: " + file.string() + ": so are " + std::to_string(others) + " other lines");
 }

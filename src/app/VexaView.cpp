@@ -49,6 +49,19 @@ void VexaView::ErrorAlert(const std::string& text, const std::string& details) {
     NewErrorAlert(text, details)->Go();
 }
 
+void VexaView::ShowError(const kits::Error& error) {
+    Print(error);
+    if (error.alerts.empty())
+        ErrorAlert(error.text);
+    for (const std::string& alert : error.alerts)
+        ErrorAlert(alert, &alert == &error.alerts.back() ? error.text : "");
+}
+
+void VexaView::Print(const kits::Error& error) {
+    if (!error.text.empty())
+        std::fprintf(stderr, "vexa: %s\n", error.text.c_str());
+}
+
 VexaView::VexaView(BRect frame, const char* name, const kits::ProgramFolders& folders,
                    Attachment* plugin, std::shared_ptr<Settings> remembered)
     : BView(frame, name, B_FOLLOW_ALL_SIDES, B_WILL_DRAW | B_PULSE_NEEDED),
@@ -290,13 +303,13 @@ void VexaView::Tend() {
     // The formula plays on.
     const FunctionReport addon = instrument.Collect();
     if (!addon)
-        std::fprintf(stderr, "vexa: %s\n", addon.details.c_str());
+        Print(addon);
     // One for all, beside which a person goes on.
     std::string text;
     for (const std::string& alert : addon.alerts)
         text += (text.empty() ? "" : "\n\n") + alert;
     if (!text.empty())
-        NewErrorAlert(text, addon.details)->Show();
+        NewErrorAlert(text, addon.text)->Show();
 }
 
 /// While the field of a controller's number has the keyboard, a controller that moves is taken.

@@ -200,6 +200,11 @@ class VexaView : public BView {
     /// A modal stop alert titled "Error" with the button "Ok". `details`, if any, say why. Waits
     /// for the answer.
     static void ErrorAlert(const std::string& text, const std::string& details = "");
+    /// The error on standard error, as Print says it, and then in such alerts, of which the last
+    /// one has the text as its details.
+    static void ShowError(const kits::Error& error);
+    /// The error's text, if any, as a line on standard error.
+    static void Print(const kits::Error& error);
 
     /// The field has the text, and it takes effect at once, as if a person had confirmed it. `code`
     /// is that of the field's message.
@@ -298,7 +303,6 @@ class VexaView : public BView {
     // Functions.
     bool Install(const Function& function);
     bool MarkInstalled(const Function& function, const FunctionReport& report);
-    void ShowFailure(const FunctionReport& report);
     void ShowKind();
     void TakeSampleFrequency();
 

@@ -44,9 +44,9 @@ bool VexaView::Install(const Function& function) {
     const FunctionReport report = instrument.SetFunction(function);
     const bool installed = MarkInstalled(function, report);
     if (!installed)
-        ShowFailure(report);
-    else if (!report.details.empty())
-        std::fprintf(stderr, "vexa: %s\n", report.details.c_str());
+        ShowError(report);
+    else
+        Print(report);
     return installed;
 }
 
@@ -58,19 +58,11 @@ bool VexaView::MarkInstalled(const Function& function, const FunctionReport& rep
         fileMissing = false;
     if (function.kind == FunctionKind::Expression) {
         expressionWrong = !installed;
-        refusal = installed ? "" : report.details;
+        refusal = installed ? "" : report.text;
         Field(FunctionField::Expression).MarkWrong(!installed);
         Field(FunctionField::Expression).SetToolTip(refusal.c_str());
     }
     return installed;
-}
-
-/// What went wrong, in alerts; why and where, on standard error too.
-void VexaView::ShowFailure(const FunctionReport& report) {
-    if (!report.details.empty())
-        std::fprintf(stderr, "vexa: %s\n", report.details.c_str());
-    for (const std::string& alert : report.alerts)
-        ErrorAlert(alert, &alert == &report.alerts.back() ? report.details : "");
 }
 
 /// The fields are those of what the function is made from.

@@ -73,7 +73,7 @@ void VexaView::Become(const Sound& next) {
         // The person knows of an expression that is wrong.
         if (!MarkInstalled(function, report) && !isExpression) {
             fileMissing = true;
-            ShowFailure(report);
+            ShowError(report);
         }
     }
     if (isExpression)

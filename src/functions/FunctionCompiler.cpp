@@ -52,7 +52,7 @@ void KeepToUser(const fs::path& path) {
 }
 
 CompileReport Failure(status_t status, std::string alert, std::string details) {
-    return {status, {std::move(alert)}, std::move(details)};
+    return {{std::move(details), {std::move(alert)}}, status};
 }
 
 /// Why the compiler gave no add-on.
@@ -218,7 +218,7 @@ CompileReport FunctionCompiler::RunCompiler(const fs::path& folder, const fs::pa
         kits::RunProgram({Command(kSource, kAddon), folder, limits,
                           [&] { return kits::Interrupt::Pending() || (stop && stop()); }});
     if (result.Succeeded())
-        return {B_OK, {}, result.standardError};
+        return {{result.standardError}};
     std::string details = Describe(result, limits);
     const bool complete =
         result.end != kits::ChildResult::End::exited || HasHeaders(folder, limits);

@@ -5,6 +5,7 @@
 #include "functions/FunctionAddon.h"
 #include "kits/kernel/ChildProcess.h"
 #include "kits/storage/ProgramFolder.h"
+#include "kits/support/Error.h"
 #include "kits/support/SupportDefs.h"
 
 #include <filesystem>
@@ -16,15 +17,11 @@
 
 namespace vexa {
 
-/// How a step went. Converts to true if it did what it should.
-struct CompileReport {
+/// How a step went. Converts to true if it did what it should. The error's text is what its alerts
+/// do not say, for standard error and the expression field's tool tip: the compiler's diagnostics,
+/// or why and where the expression was refused. After a success it is the compiler's warnings.
+struct CompileReport : kits::Error {
     status_t status = B_OK;
-    /// The alerts that tell the user about the failure, in the order in which they are shown.
-    std::vector<std::string> alerts;
-    /// What the alerts do not say, for standard error and the expression field's tool tip: the
-    /// compiler's diagnostics, or why and where the expression was refused. After a success, the
-    /// compiler's warnings.
-    std::string details;
 
     explicit operator bool() const { return status == B_OK; }
 };

@@ -33,11 +33,11 @@ class PictureTerrain final : public PlaneSource {
     const Picture picture;
 };
 
-/// What the user is told about a file that cannot be loaded.
+/// The alert about a file that cannot be loaded.
 constexpr const char* kPictureAlert = "Could not load picture";
 
-/// Reads a picture file. The error, for standard error, names the file and the fault. Waits for the
-/// disk: not the media or the MIDI thread.
+/// Reads a picture file. The error has the alert kPictureAlert. Waits for the disk: not the media
+/// or the MIDI thread.
 kits::Result<Picture> LoadPicture(const std::filesystem::path& path);
 
 } // namespace vexa

@@ -60,7 +60,7 @@ struct LoadedSample {
     std::string path;
 };
 
-/// What the user is told about a file that cannot be loaded.
+/// The alert about a file that cannot be loaded.
 constexpr const char* kSampleAlert = "Could not load sample";
 /// Longest sample in frames: 50 minutes at 44.1 kHz.
 constexpr std::size_t kLongestSample = std::size_t{1} << 27;
@@ -69,8 +69,8 @@ constexpr std::size_t kLongestSample = std::size_t{1} << 27;
 /// threads are those of LoadSample.
 kits::Result<int64> SampleLength(const std::filesystem::path& path);
 
-/// Decodes a sound file. The error, for standard error, names the file and the fault. Waits for the
-/// disk: not the media or the MIDI thread.
+/// Decodes a sound file. The error has the alert kSampleAlert. Waits for the disk: not the media
+/// or the MIDI thread.
 kits::Result<LoadedSample> LoadSample(const std::filesystem::path& path);
 
 } // namespace vexa

@@ -21,9 +21,9 @@
 
 namespace vexa {
 
-/// What became of a function that was to be installed: the alerts for a window, in order, and the
-/// details for a terminal or a tool tip. Converts to true where all is as it was wanted. A sample
-/// whose frequency means nothing plays in the winding before, and is reported without an alert.
+/// What became of a function that was to be installed. Converts to true where all is as it was
+/// wanted. A sample whose frequency means nothing plays in the winding before, and is reported
+/// without an alert.
 using FunctionReport = CompileReport;
 
 /// What computes an expression. What notes and macros have a say in, and what is dangerous in C, is
@@ -37,7 +37,7 @@ enum class Addons {
     Following,
 };
 
-/// The alerts and the details, a line each.
+/// The alerts and the text, a line each.
 std::string Text(const FunctionReport& report);
 
 /// The file that a sample or a picture function names: what does not begin with "/" lies in the

@@ -20,9 +20,9 @@ std::vector<std::filesystem::path> Programs(const kits::ProgramFolders& folders)
 /// The sound with that number, from 0 in that order. The error says how many there are.
 kits::Result<std::filesystem::path> FindProgram(const kits::ProgramFolders& folders, int32 number);
 
-/// A sound that the instrument will take whole: its function has been tried. The error, and
-/// `report`, say what is wrong with it. Window thread.
+/// A sound that the instrument will take whole: its function has been tried. `warnings` is as for
+/// ReadSound. Window thread.
 kits::Result<Sound> ReadWhole(const std::filesystem::path& path, const Instrument& instrument,
-                              ReadReport& report);
+                              Warnings& warnings);
 
 } // namespace vexa

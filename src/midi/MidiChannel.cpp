@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "midi/MidiChannel.h"
 
+#include "kits/midi/ControllerNumbers.h"
 #include "kits/support/RealtimeMark.h"
 
 #include <algorithm>
@@ -10,17 +11,9 @@ namespace vexa {
 
 namespace {
 
-/// Controllers of the MIDI standard.
-enum : uchar {
-    kDataMsb = 6,
-    kVolume = 7,
-    kExpression = 11,
-    kDataLsb = 38,
-    kOtherLsb = 98,
-    kOtherMsb = 99,
-    kParameterLsb = 100,
-    kParameterMsb = 101,
-};
+using enum kits::ControllerNumber;
+
+/// The parameter that is none, in both bytes.
 constexpr uchar kNone = 127;
 /// Registered parameters, with a most significant byte of 0.
 enum : uchar { kRangeParameter = 0, kZoneParameter = 6 };

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Wheel, pedals, pressure and controllers: what a player's hands and feet do besides striking keys.
+#include "kits/midi/ControllerNumbers.h"
 #include "kits/support/RealtimeMark.h"
 #include "midi/MidiConsumer.h"
 
@@ -9,15 +10,8 @@ namespace vexa {
 
 namespace {
 
-/// Controllers of the MIDI standard.
-enum : uchar {
-    kModulation = 1,
-    kExpression = 11,
-    kSustain = 64,
-    kSostenuto = 66,
-    kLastPedal = 67,
-    kResetControllers = 121,
-};
+using enum kits::ControllerNumber;
+
 /// A pedal is down from here on.
 constexpr uchar kDown = 64;
 

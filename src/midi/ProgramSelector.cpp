@@ -1,20 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "midi/ProgramSelector.h"
 
+#include "kits/midi/ControllerNumbers.h"
+
 namespace vexa {
-
-namespace {
-
-/// Controllers of the MIDI standard.
-enum : uint8 { kBankMsb = 0, kBankLsb = 32 };
-
-} // namespace
 
 void ProgramSelector::Came(const kits::MidiEvent& event) {
     Bank& bank = banks[event.channel & 15];
-    if (event.hook == kits::MidiEvent::Hook::ControlChange && event.data1 == kBankMsb)
+    if (event.hook == kits::MidiEvent::Hook::ControlChange && event.data1 == kits::kBankMsb)
         bank.msb = event.data2;
-    if (event.hook == kits::MidiEvent::Hook::ControlChange && event.data1 == kBankLsb)
+    if (event.hook == kits::MidiEvent::Hook::ControlChange && event.data1 == kits::kBankLsb)
         bank.lsb = event.data2;
     if (event.hook != kits::MidiEvent::Hook::ProgramChange)
         return;

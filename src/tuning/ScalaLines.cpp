@@ -53,7 +53,7 @@ kits::Error ScalaLines::Expected(const std::string& what) const {
 }
 
 kits::Error ScalaLines::Fault(int line, const std::string& reason) const {
-    return {name + ':' + std::to_string(line) + ": " + reason};
+    return kits::At({name, static_cast<std::size_t>(line)}, {reason});
 }
 
 std::string_view FirstWord(std::string_view line) {

@@ -128,8 +128,7 @@ TEST_F(StripTest, HowTheSoundIsPlayedIsEditedHeardAndSaved) {
     EXPECT_EQ(view->Played().VoiceLimit(), 7);
     EXPECT_EQ(view->VoicesMenu().Title(), "max. 7 voices");
     view->SaveSound("mine.xml");
-    ReadReport report;
-    const auto saved = ReadSound(In("sounds/mine.xml"), report);
+    const auto saved = ReadSound(In("sounds/mine.xml"));
     ASSERT_TRUE(saved);
     EXPECT_EQ(saved->playing, view->ConstructSound().playing);
 

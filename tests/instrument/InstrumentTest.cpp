@@ -298,7 +298,7 @@ TEST(Instrument, WhatCannotBePlayedLeavesAllAsItWas) {
         const FunctionReport report = instrument.SetFunction(Of(fault.expression));
         EXPECT_FALSE(report) << fault.expression;
         EXPECT_EQ(report.alerts.size(), 1U);
-        EXPECT_THAT(report.details, HasSubstr(fault.reason));
+        EXPECT_THAT(report.text, HasSubstr(fault.reason));
     }
     Function missing;
     missing.kind = vexa::FunctionKind::Sample;
@@ -307,7 +307,7 @@ TEST(Instrument, WhatCannotBePlayedLeavesAllAsItWas) {
     missing.kind = vexa::FunctionKind::Picture;
     missing.pictureFile = "none.png";
     EXPECT_THAT(instrument.SetFunction(missing).alerts, ElementsAre(vexa::kPictureAlert));
-    EXPECT_THAT(instrument.Try(missing).details, HasSubstr("pictures/none.png: No such file"));
+    EXPECT_THAT(instrument.Try(missing).text, HasSubstr("pictures/none.png: No such file"));
     EXPECT_EQ(instrument.State().function, Of("x"));
     EXPECT_EQ(shown, 0);
 }

@@ -10,6 +10,7 @@
 #include "app/strip/Scope.h"
 #include "app/strip/TuningControls.h"
 #include "app/strip/Wheel.h"
+#include "kits/midi/ControllerNumbers.h"
 #include "views/Theme.h"
 
 #include <algorithm>
@@ -21,7 +22,6 @@ namespace {
 
 /// Thirty times a second.
 constexpr bigtime_t kLook = 33333;
-constexpr std::size_t kModulation = 1;
 
 // In pixels.
 
@@ -141,7 +141,7 @@ void Strip::Refresh() {
 /// What has been changed elsewhere: by a controller, or by silencing all.
 void Strip::ShowHands() {
     const ScreenPiano& hands = mainView.Piano();
-    modulation->SetValue(mainView.Playing().controllers[kModulation]);
+    modulation->SetValue(mainView.Playing().controllers[kits::kModulation]);
     bend->SetValue(hands.Bent());
     hold->SetOn(hands.Holds());
     const bool bends = mainView.Playing().playing.Bends();

@@ -2,16 +2,12 @@
 // A value, or the reason in words why there is none.
 #pragma once
 
+#include "kits/support/Error.h"
+
 #include <optional>
-#include <string>
 #include <utility>
 
 namespace kits {
-
-/// What went wrong, written for the person who has to act on it: it names the file and the fault.
-struct Error {
-    std::string text;
-};
 
 /// Either a T or an Error. Converts to true when it holds a T.
 template<class T>

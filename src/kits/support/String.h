@@ -17,9 +17,9 @@ class BString {
     /// Up to the terminating zero; null is the empty string.
     BString(const char* text);
     explicit BString(std::string_view text) : bytes(text) {}
-    BString(const BString& other) : bytes(std::string_view(other)) {}
+    BString(const BString& other) = default;
     BString(BString&& other) noexcept;
-    BString& operator=(const BString& other);
+    BString& operator=(const BString& other) = default;
     BString& operator=(BString&& other) noexcept;
     ~BString() = default;
 
@@ -52,9 +52,9 @@ class BString {
 
   private:
     std::string_view Range(int64 from, int64 length) const;
-    void ReleaseDeadSpace();
 
     std::string bytes;
-    /// Where in `bytes` the string begins; what lies before it was removed.
+    /// Where in `bytes` the string begins; what lies before it was removed, and is kept until the
+    /// string changes as a whole.
     std::size_t start = 0;
 };

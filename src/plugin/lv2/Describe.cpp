@@ -195,10 +195,9 @@ int main(int argc, char** argv) {
                  << ">\n " << kUi;
     presets << kPrefixes;
     for (int i = 2; i < argc; i++) {
-        ReadReport report;
-        const kits::Result<Sound> sound = ReadSound(argv[i], report);
+        const kits::Result<Sound> sound = ReadSound(argv[i]);
         if (!sound) {
-            std::fprintf(stderr, "%s\n", report.reason.c_str());
+            std::fprintf(stderr, "%s\n", sound.Fault().text.c_str());
             return 1;
         }
         const std::string file = std::filesystem::path(argv[i]).stem().string();

@@ -78,7 +78,8 @@ class VexaView : public BView {
     /// The width, as BRect::Width counts it, that no text needs more of.
     float PreferredWidth() const;
 
-    /// Without what lies over the plane: the picture shows the orbits itself.
+    /// Without what lies over the plane: the picture shows the orbits itself. Nor is the file named
+    /// that is the function.
     void SetClassic(bool on);
 
     // Documents. Each reports its failures by alerts, with the reason there and on standard error,
@@ -238,6 +239,7 @@ class VexaView : public BView {
   private:
     // Layout.
     void AddPlaneControls();
+    void AddOverlay();
     void AddFileButtons();
     void AddMenus();
     void AddEnvelopes();
@@ -300,6 +302,7 @@ class VexaView : public BView {
     bool MarkInstalled(const Function& function, const FunctionReport& report);
     void ShowFailure(const FunctionReport& report);
     void ShowKind();
+    void ShowSource();
     void TakeSampleFrequency();
 
     // Documents.
@@ -360,6 +363,8 @@ class VexaView : public BView {
     std::function<void()> afterSaving;
     /// There is no file of that name: nothing sounds, and the name is all that can be saved.
     bool fileMissing = false;
+    /// The file that is the function is named in the field of the expression.
+    bool namesSource = true;
     /// The field has an expression that is not installed, as it is wrong, and why.
     bool expressionWrong = false;
     std::string refusal;

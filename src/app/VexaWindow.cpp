@@ -38,6 +38,8 @@ constexpr float kLeastWidth = 480;
 constexpr float kLeastHeight = 240;
 
 constexpr float kMainTop = 41;
+/// For which the toolkit wants room where a scroll bar is shown, at most, in pixels.
+constexpr float kScrollBar = 16;
 
 /// Between the logo bar's pictures and what stands between them, in pixels.
 constexpr float kBarGap = 6;
@@ -200,7 +202,7 @@ void VexaWindow::Arrange() {
     strip.room = Strip::PreferredHeight() + 1;
     if (low) {
         const bool scrolls = bounds.Width() - left < mainView->PreferredWidth();
-        const float main = mainHeight + (scrolls ? BScrollView::BarWidth() : 0);
+        const float main = mainHeight + (scrolls ? kScrollBar : 0);
         strip.room = std::clamp(bounds.Height() - main, playing->LeastHeight() + 1, strip.room);
     }
     const float bottom = bounds.bottom - RoomOf(strip);

@@ -43,6 +43,15 @@ inline const SettingKey<bool> kClassicSetting{"classic", false};
 /// Whether the drawer of sounds and the strip are shown.
 inline const SettingKey<bool> kDrawerSetting{"drawer", true};
 inline const SettingKey<bool> kStripSetting{"strip", true};
+/// Where the window is on the screen and how large, in pixels, as BRect counts them; the width is 0
+/// where nobody has moved or sized it.
+inline const SettingKey<int> kWindowLeftSetting{"window-left"};
+inline const SettingKey<int> kWindowTopSetting{"window-top"};
+inline const SettingKey<int> kWindowWidthSetting{"window-width"};
+inline const SettingKey<int> kWindowHeightSetting{"window-height"};
+/// How bright the plane is, by the key in BrightnessCurves(), and whether it is a landscape.
+inline const SettingKey<std::string> kBrightnessSetting{"brightness", "linear"};
+inline const SettingKey<bool> kLandscapeSetting{"landscape", false};
 /// kLightColors or kDarkColors; empty to follow the desktop.
 inline const SettingKey<std::string> kColorsSetting{"colors"};
 constexpr const char* kLightColors = "light";

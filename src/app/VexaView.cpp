@@ -129,9 +129,7 @@ void VexaView::AddPlaneControls() {
     plane->SetToolTip("Blue is positive, red negative. Right button: save the picture. "
                       "Esc: silence.");
     AddChild(plane);
-    desk = std::make_unique<PlaneDesk>(*this);
-    overlay = new PlaneOverlay(*plane, *desk);
-    SetClassic(false);
+    AddOverlay();
     instrument.Watch([this](const PlaneFunction& f) { ShowPlaying(f); });
 
     AddField(FunctionField::Expression, {6, 317, 310, 327});
@@ -140,6 +138,24 @@ void VexaView::AddPlaneControls() {
     for (const auto id : {FunctionField::LinkFunctionX, FunctionField::LinkFunctionY,
                           FunctionField::LinkScreenX, FunctionField::LinkScreenY})
         AddField(id, formulas.FieldFrame(id));
+}
+
+/// As the plane was shown last.
+void VexaView::AddOverlay() {
+    desk = std::make_unique<PlaneDesk>(*this);
+    overlay = new PlaneOverlay(*plane, *desk);
+    const std::string key = settings->Get(kBrightnessSetting);
+    for (const BrightnessRow& row : BrightnessCurves()) {
+        if (row.key == key)
+            overlay->SetBrightness(row.curve);
+    }
+    overlay->SetRelief(settings->Get(kLandscapeSetting));
+    overlay->WatchLook([this] {
+        const auto curve = static_cast<std::size_t>(overlay->Curve());
+        settings->Set(kBrightnessSetting, std::string(BrightnessCurves()[curve].key));
+        settings->Set(kLandscapeSetting, overlay->IsRelief());
+    });
+    plane->ShowMarks(false);
 }
 
 void VexaView::AddFileButtons() {
@@ -282,6 +298,8 @@ void VexaView::SetClassic(bool on) {
     plane->ShowMarks(on);
     if (on != overlay->IsHidden())
         on ? overlay->Hide() : overlay->Show();
+    namesSource = !on;
+    ShowSource();
 }
 
 void VexaView::Draw(BRect) {

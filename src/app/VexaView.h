@@ -78,7 +78,8 @@ class VexaView : public BView {
     /// The width, as BRect::Width counts it, that no text needs more of.
     float PreferredWidth() const;
 
-    /// Without what lies over the plane: the picture shows the orbits itself.
+    /// Without what lies over the plane: the picture shows the orbits itself. Nor is the file named
+    /// that is the function.
     void SetClassic(bool on);
 
     // Documents. Each reports its failures by alerts, with the reason there and on standard error,
@@ -243,6 +244,7 @@ class VexaView : public BView {
   private:
     // Layout.
     void AddPlaneControls();
+    void AddOverlay();
     void AddFileButtons();
     void AddMenus();
     void AddEnvelopes();
@@ -304,6 +306,7 @@ class VexaView : public BView {
     bool Install(const Function& function);
     bool MarkInstalled(const Function& function, const FunctionReport& report);
     void ShowKind();
+    void ShowSource();
     void TakeSampleFrequency();
 
     // Documents.
@@ -364,6 +367,8 @@ class VexaView : public BView {
     std::function<void()> afterSaving;
     /// There is no file of that name: nothing sounds, and the name is all that can be saved.
     bool fileMissing = false;
+    /// The file that is the function is named in the field of the expression.
+    bool namesSource = true;
     /// The field has an expression that is not installed, as it is wrong, and why.
     bool expressionWrong = false;
     std::string refusal;

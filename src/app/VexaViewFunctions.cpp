@@ -69,13 +69,29 @@ bool VexaView::MarkInstalled(const Function& function, const FunctionReport& rep
 void VexaView::ShowKind() {
     Field(FunctionField::Frequency).SetEnabled(SampleMode());
     if (Kind() == FunctionKind::Expression)
-        return;
+        return ShowSource();
     BTextControl& expression = Field(FunctionField::Expression);
     expression.SetText("");
     expression.SetToolTip(nullptr);
     expression.MarkWrong(false);
     expressionWrong = false;
     refusal.clear();
+    ShowSource();
+}
+
+/// The file stands where the expression would, as long as that is empty.
+void VexaView::ShowSource() {
+    BTextControl& expression = Field(FunctionField::Expression);
+    std::string text;
+    if (namesSource && Kind() != FunctionKind::Expression) {
+        const std::filesystem::path file = SourceOf(instrument.State().function);
+        text = (SampleMode() ? "sample " : "picture ") + file.filename().string();
+        text += fileMissing ? " (missing)" : "";
+        expression.SetToolTip(("The terrain is the " + text + ". What is typed here is " +
+                               "a formula that takes its place")
+                                  .c_str());
+    }
+    expression.SetPlaceholder(text);
 }
 
 bool VexaView::Compile(const char* expression) {

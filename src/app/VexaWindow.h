@@ -10,6 +10,7 @@
 #include "kits/storage/ProgramFolder.h"
 
 #include <memory>
+#include <optional>
 
 class BMenuField;
 class BScrollView;
@@ -36,7 +37,9 @@ struct WindowChoices {
 };
 
 /// The logo bar, below it the drawer at the left and the main view, below these the strip; drawer
-/// and strip can be hidden. Can be made wider, not taller, and smaller: then the main view scrolls.
+/// and strip can be hidden. Can be made wider, not taller, and smaller: then the strip has one row
+/// less and the main view scrolls. Is as large as it was left, and in the same place, at the next
+/// start, as far as the screen has room, unless it is classic or a plug-in's.
 /// Closing it ends the program. Window thread.
 class VexaWindow : public BWindow, private SessionClient {
   public:
@@ -84,6 +87,9 @@ class VexaWindow : public BWindow, private SessionClient {
     Project PresentProject();
     void FollowSession();
 
+    /// Of the window: all that it has.
+    static constexpr float kHighest = 10000;
+
     /// What can be hidden, and the room that it takes: of the window's width or height.
     struct Pane {
         BView* view = nullptr;
@@ -95,6 +101,8 @@ class VexaWindow : public BWindow, private SessionClient {
     const Pane& PaneOf(Part part) const { return part == Part::Drawer ? drawer : strip; }
     bool Takes(const Pane& pane) const { return pane.view && pane.wanted && !classic; }
     float RoomOf(const Pane& pane) const { return Takes(pane) ? pane.room : 0; }
+    /// Whether the window's frame is a person's to remember.
+    bool KeepsFrame() const { return !attached && !classic; }
     void AddBar();
     void AddDrawer();
     void ShowManual();
@@ -103,9 +111,10 @@ class VexaWindow : public BWindow, private SessionClient {
     void ChooseDark(bool on);
     float NeededWidth() const;
     float FullHeight() const;
-    void Fit(float mainWidth);
+    void Fit(float mainWidth, float wantedHeight = kHighest);
     void Arrange();
     void Remembered();
+    void RememberFrame();
     void FoldWhatDoesNotFit();
     void ApplyColors();
 
@@ -115,6 +124,8 @@ class VexaWindow : public BWindow, private SessionClient {
     const float mainHeight;
     bool classic;
     bool dark = false;
+    /// The frame that is remembered, or was there at first.
+    std::optional<BRect> knownFrame;
     BitmapBarView* logoBar = nullptr;
     /// What the logo bar holds beside its pictures, and the width of these.
     BarView* bar = nullptr;

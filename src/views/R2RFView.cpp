@@ -187,7 +187,7 @@ const BBitmap& R2RFView::Shown() {
 }
 
 void R2RFView::Draw(BRect) {
-    DrawBitmap(&Shown(), Bounds());
+    DrawBitmap(&Shown(), Bounds(), true);
 }
 
 void R2RFView::FrameResized(float, float) {

@@ -15,13 +15,14 @@ class BMenuField;
 
 namespace vexa {
 
+class LevelMeter;
 class VexaView;
 
 /// From left to right: the sound's name, between buttons for the previous one and the next, with a
 /// mark where it has changed and what is worth knowing of it; the audio device, whose menu chooses
-/// it and the MIDI source; the voices and the share of the time that they take; the button that
-/// records, and the one that silences. What a plug-in's host has is left out where one plays.
-/// Window thread.
+/// it and the MIDI source; the voices and the share of the time that they take; the level; the
+/// button that records, and the one that silences. What a plug-in's host has is left out where one
+/// plays. Window thread.
 class BarView : public BView {
   public:
     /// The bar of the main view, which outlives it, as wide as the frame.
@@ -62,6 +63,7 @@ class BarView : public BView {
     BButton* redo = nullptr;
     BButton* record = nullptr;
     BButton* silence = nullptr;
+    LevelMeter* meter = nullptr;
     std::unique_ptr<WindowRecorder> recorder;
 
     BRect nameBox;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/interface/Control.h"
 
+#include "kits/interface/Colors.h"
 #include "kits/interface/Window.h"
 #include "kits/interface/backends/ViewWidget.h"
 
@@ -11,6 +12,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMimeData>
+#include <QPainter>
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QStyle>
@@ -55,6 +57,8 @@ class BTextControl::Line : public QLineEdit {
 
     Stepping stepping;
     std::optional<std::string> reset;
+    /// Drawn here, as the toolkit's own is too pale to read.
+    QString placeholder;
 
     /// Writes what a narrow field says so small that all of it is seen.
     void FitText() {
@@ -104,6 +108,20 @@ class BTextControl::Line : public QLineEdit {
         } else {
             QLineEdit::keyPressEvent(event);
         }
+    }
+    void paintEvent(QPaintEvent* event) override {
+        /// From the left edge to the text, in pixels; a text's share of a hint's ink.
+        constexpr int kLeft = 4;
+        constexpr float kInk = 0.72F;
+        QLineEdit::paintEvent(event);
+        if (placeholder.isEmpty() || !text().isEmpty())
+            return;
+        QPainter painter(this);
+        QColor ink = kits::ToQt(kits::PresentControlColors().text);
+        ink.setAlphaF(kInk);
+        painter.setPen(ink);
+        painter.drawText(rect().adjusted(kLeft, 0, -kLeft, 0), Qt::AlignVCenter | Qt::AlignLeft,
+                         placeholder);
     }
     void wheelEvent(QWheelEvent* event) override {
         /// What a step of a usual wheel counts in the toolkit.
@@ -290,7 +308,12 @@ void BTextControl::Type(const char* next) {
 }
 
 void BTextControl::SetPlaceholder(std::string_view text) {
-    line->setPlaceholderText(kits::ToQt(text));
+    line->placeholder = kits::ToQt(text);
+    line->update();
+}
+
+std::string BTextControl::Placeholder() const {
+    return line->placeholder.toStdString();
 }
 
 void BTextControl::SelectAll() {

@@ -83,6 +83,7 @@ class BTextControl : public BControl {
     void SelectAll();
     /// What the field shows, dimly, while it is empty.
     void SetPlaceholder(std::string_view text);
+    std::string Placeholder() const;
     /// As if the user had pressed Enter.
     void Confirm();
 

@@ -133,8 +133,8 @@ class BView : public BHandler {
     void StrokeArc(BPoint center, float radius, float from, float sweep, float width = 1.5F);
 
     /// Scaled to the rectangle; where it is as large as that on the screen, its pixels are the
-    /// screen's.
-    void DrawBitmap(const BBitmap* bitmap, BRect destination);
+    /// screen's. `inBlocks` makes a block of each where the screen is denser than the view.
+    void DrawBitmap(const BBitmap* bitmap, BRect destination, bool inBlocks = false);
     /// The screen's pixels per pixel of the coordinates, in a row.
     float Density() const;
 

@@ -12,9 +12,11 @@
 #include "views/plane/Relief.h"
 #include "views/plane/Trace.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 class BBitmap;
@@ -37,6 +39,8 @@ struct PlanePress {
 /// Covers an R2RFView, whose child it is, and shows the same picture, or the plane in another
 /// brightness or as a landscape, in the screen's own pixels; on it the orbits of all notes that
 /// sound, some sixty times a second, one colour a voice, with what they were a moment ago fading.
+/// Where a sound is stereo a dot and a ring on each orbit are what the left ear and the right one
+/// read when a period begins.
 ///
 /// Wheel: zooms about the pointer. Middle button, or Space and the first button: moves the plane.
 /// Double click: shows all that the orbit reaches. Ctrl+Shift+click: a note whose centre starts
@@ -58,6 +62,10 @@ class PlaneOverlay : public BView {
     Brightness Curve() const { return brightness; }
     void SetRelief(bool on);
     bool IsRelief() const { return relief; }
+    /// Is called when one of them has changed.
+    void WatchLook(std::function<void()> next) { lookChanged = std::move(next); }
+    /// Adds what can be chosen of them, with marks for what is so at present.
+    void AddLooks(BMenu& into) const;
     /// F6: the next brightness. F7: the landscape, or the picture again.
     bool TakeShortcut(const kits::KeyPress& press);
 
@@ -128,7 +136,7 @@ class PlaneOverlay : public BView {
 
     // The picture.
     void AddMenu();
-    void MarkMenu();
+    void ChangeLook();
     bool IsOwn() const;
     PlaneArea AreaOf(std::size_t columns, std::size_t rows) const;
     void Refresh();
@@ -142,7 +150,8 @@ class PlaneOverlay : public BView {
 
     // The orbits.
     bool DrawOrbits();
-    void DrawOrbit(const Orbit& orbit, rgb_color color, int sharers, int rank);
+    void DrawOrbit(const Orbit& orbit, double spread, rgb_color color, int sharers, int rank);
+    void MarkEars(const Orbit& orbit, double spread, rgb_color color);
     std::optional<Relief::Place> PlaceOf(double x, double y) const;
 
     // Gestures.
@@ -163,6 +172,7 @@ class PlaneOverlay : public BView {
     Brightness brightness = Brightness::Linear;
     bool relief = false;
     ReliefLook look;
+    std::function<void()> lookChanged;
 
     /// What is shown without orbits, and with them, in the screen's pixels.
     std::unique_ptr<BBitmap> base;
@@ -191,7 +201,6 @@ class PlaneOverlay : public BView {
     int toldFor = 0;
     std::vector<PlaneHandle*> handles;
     bool handlesShown = false;
-    BMenu* menu = nullptr;
     BMenuField* menuField = nullptr;
 
     Gesture gesture = Gesture::None;

@@ -96,8 +96,9 @@ def measure_shares(window, report, scale, picture):
     tell("idle", 1)
     window.click("hold")
     for octave in (3, 4):
-        for key in ("C", "C#", "D", "D#", "E", "F", "F#", "G", "G#", "A"):
+        for key in ("C", "C#", "D", "D#", "E", "F", "F#", "G", "G#", "A", "A#"):
             window.click(f"{key}{octave}")
+    wait_for("the notes", lambda: window.value("level, decibels of full scale") > -40)
     tell("20 voices drawn", 10)
     if picture:
         windowstage.run("import", "-window", "root", picture)
@@ -230,7 +231,10 @@ def main():
         template = programs / "sounds" / "default.xml"
         command = [programs / "vexa", "--user-folder", "--voices", "20"]
         if options.only in (None, "idle"):
-            with running(*command) as vexa:
+            # Orbits that stay as large as they are.
+            wide = folder / "wide.xml"
+            wide.write_text(ring(template, "sin(x)*cos(y)/9", radius=5))
+            with running(*command, "--sound", wide) as vexa:
                 measure_shares(Window(vexa), report, options.scale, options.picture)
         if options.only in (None, "scan"):
             with running(*command) as vexa:

@@ -59,7 +59,11 @@ def on_a_stage(main, scale="1", period=1024):
         for name in ("WAYLAND_DISPLAY", "QT_QPA_PLATFORM"):
             environment.pop(name, None)
         sys.exit(subprocess.run(["dbus-run-session", "--", sys.executable, *sys.argv], env=environment).returncode)
+    # What was started is ended also where this is told to end.
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))
     quiet = {"stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
+    # Where the window has room for all of its parts.
+    side = [int(pixels * float(scale)) for pixels in (1920, 1200)]
     with contextlib.ExitStack() as stack:
         folder = pathlib.Path(stack.enter_context(tempfile.TemporaryDirectory()))
         name = f"vexa-stage-{os.getpid()}"
@@ -68,7 +72,7 @@ def on_a_stage(main, scale="1", period=1024):
             os.environ[variable] = str(folder / place)
         os.environ.update(JACK_DEFAULT_SERVER=name, JACK_NO_START_SERVER="1")
         read, write = os.pipe()
-        stack.enter_context(running("Xvfb", "-displayfd", write, "-screen", "0", "1920x1200x24", "-nolisten",
+        stack.enter_context(running("Xvfb", "-displayfd", write, "-screen", "0", f"{side[0]}x{side[1]}x24", "-nolisten",
                                     "tcp", pass_fds=(write,), **quiet))
         os.close(write)
         with os.fdopen(read) as number:
@@ -162,7 +166,9 @@ class Window:
         """Left, top, width and height on the screen."""
         node = self[node] if isinstance(node, str) else node
         extents = node.queryComponent().getExtents(self.states.DESKTOP_COORDS)
-        return extents.x, extents.y, extents.width, extents.height
+        # Qt tells pixels of the window.
+        scale = float(os.environ["QT_SCALE_FACTOR"])
+        return tuple(int(scale * pixels) for pixels in (extents.x, extents.y, extents.width, extents.height))
 
     def middle(self, node):
         left, top, width, height = self.box(node)

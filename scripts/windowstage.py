@@ -79,8 +79,15 @@ def on_a_stage(main, scale="1", period=1024):
             os.environ["DISPLAY"] = ":" + number.readline().strip()
         stack.enter_context(running("/usr/libexec/at-spi-bus-launcher", "--launch-immediately", **quiet))
         stack.enter_context(running("openbox", **quiet))
-        stack.enter_context(running("jackd", "-r", "-n", name, "-d", "dummy", "-r", RATE, "-p", period, **quiet))
-        wait_for("the JACK server", lambda: "system:playback_1" in run("jack_lsp"))
+        jackd = "jackd", "-r", "-n", name, "-d", "dummy", "-r", RATE, "-p", period
+        for _ in range(5):
+            # Of two servers that start at once one may give up.
+            server = stack.enter_context(running(*jackd, **quiet))
+            if wait_for("the JACK server", lambda: server.poll() is not None or "system:playback_1" in run("jack_lsp")) \
+                    and server.poll() is None:
+                break
+        else:
+            raise SystemExit("no JACK server starts")
         return main(folder)
 
 

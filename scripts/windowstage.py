@@ -80,12 +80,13 @@ def on_a_stage(main, scale="1", period=1024):
         stack.enter_context(running("/usr/libexec/at-spi-bus-launcher", "--launch-immediately", **quiet))
         stack.enter_context(running("openbox", **quiet))
         jackd = "jackd", "-r", "-n", name, "-d", "dummy", "-r", RATE, "-p", period
-        for _ in range(5):
-            # Of two servers that start at once one may give up.
+        for _ in range(30):
+            # One gives up where too many others run: wait for them.
             server = stack.enter_context(running(*jackd, **quiet))
             if wait_for("the JACK server", lambda: server.poll() is not None or "system:playback_1" in run("jack_lsp")) \
                     and server.poll() is None:
                 break
+            time.sleep(1)
         else:
             raise SystemExit("no JACK server starts")
         return main(folder)
@@ -265,6 +266,7 @@ class Window:
                 rows.append(row)
             elif rows:
                 break
+            time.sleep(1)
         return rows
 
     def save(self, path):

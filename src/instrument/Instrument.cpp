@@ -76,8 +76,11 @@ bool Instrument::EditPlaying(const PlayingRow& row, const std::optional<std::str
     if (text && !PlayingValue(row, *text))
         return false;
     PlayingTexts next = sound.playing.value_or(PlayingTexts());
-    next.texts[static_cast<std::size_t>(&row - PlayingRows().data())] = text;
-    sound.author = kDefaultAuthor;
+    auto& present = next.texts[static_cast<std::size_t>(&row - PlayingRows().data())];
+    // A field may be confirmed as it is.
+    if (present != text)
+        sound.author = user;
+    present = text;
     changes++;
     if (row.target == &Playing::polyphony)
         chosenVoices.reset();

@@ -123,8 +123,12 @@ TEST(Instrument, HowItIsPlayedIsEditedWhileItPlays) {
     EXPECT_EQ(instrument.State().playing->texts[bend], "12");
     EXPECT_EQ(instrument.State().playing->texts[spread], std::nullopt);
     EXPECT_EQ(instrument.State().author, vexa::kDefaultAuthor);
+    instrument.SetUser("Anna");
+    EXPECT_TRUE(edit(bend, "12"));
+    EXPECT_EQ(instrument.State().author, vexa::kDefaultAuthor) << "confirmed as it is";
 
     EXPECT_TRUE(edit(pedal, "true"));
+    EXPECT_EQ(instrument.State().author, "Anna");
     engine.consumer.ControlChange(0, 64, 127, 0);
     engine.consumer.NoteOff(0, 61, 0, 0);
     EXPECT_EQ(engine.consumer.CountHeld(), 1);

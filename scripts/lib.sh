@@ -52,9 +52,9 @@ install_packages() {
 }
 
 # build PRESET [TARGET]: brings the build of a preset up to date. All that is said goes to standard
-# error; nothing is when nothing was to do. Ninja itself configures anew when a CMake file has
-# changed. The presets "render" and "programs" are parts of "release" and share its folder; what was
-# configured there as more than is asked for stays so.
+# error. Ninja itself configures anew when a CMake file has changed. The presets "render" and "programs"
+# are parts of "release" and share its folder; what was configured there as more than is asked for
+# stays so.
 build() {
     local folder=$root/build/$1 part=
     case $1 in

@@ -335,6 +335,8 @@ TEST_F(OverlayTest, WheelMiddleButtonAndDoubleClickChangeTheView) {
     engine.parameters.C0x0 = INFINITY;
     overlay->Fit();
     EXPECT_EQ(host.texts[0], "15");
+    // The handle is outside, but at a place that a view can have.
+    EXPECT_EQ(Handle(0).Frame().left, 1e6F);
     // The second button is the picture's.
     test::Press(*overlay, {20, 20}, B_SECONDARY_MOUSE_BUTTON);
 }

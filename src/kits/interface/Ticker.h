@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What moves more often than a window's pulse.
+// A ticker is for what moves more often than a window's pulse.
 #pragma once
 
 #include "kits/support/SupportDefs.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// How everything looks: compact controls, the same on every desktop.
+// This sets how everything looks: compact controls, which are the same on every desktop.
 #pragma once
 
 namespace kits {

@@ -29,7 +29,7 @@ inline QRect ToQt(BRect rect) {
 
 QFont ToQt(const BFont& font);
 
-/// B_SHIFT_KEY and so on, added up.
+/// Returns the sum of B_SHIFT_KEY and the like.
 uint32 FromQt(Qt::KeyboardModifiers modifiers);
 KeyPress FromQt(const QKeyEvent& event);
 

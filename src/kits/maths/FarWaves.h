@@ -6,7 +6,8 @@
 
 namespace kits {
 
-/// Within 1 ulp for every number; NaN for an infinite one. Any thread, real-time safe.
+/// Returns the sine within 1 ulp for every number, and NaN for an infinite one. Any thread,
+/// real-time safe.
 double FarSine(double x);
 double FarCosine(double x);
 

@@ -8,7 +8,8 @@
 
 namespace kits {
 
-/// What went wrong, written for the person who has to act on it: it names the file and the fault.
+/// An error says what went wrong, written for the person who has to act on it: it names the file
+/// and the fault.
 struct Error {
     std::string text;
 };
@@ -26,7 +27,7 @@ class [[nodiscard]] Result {
     const T& operator*() const& { return *value; }
     T* operator->() { return &*value; }
     const T* operator->() const { return &*value; }
-    /// Returns what went wrong. To be asked only where there is no value.
+    /// Returns what went wrong. It may be called only where there is no value.
     const Error& Fault() const { return error; }
 
   private:

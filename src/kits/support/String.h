@@ -14,7 +14,7 @@
 class BString {
   public:
     BString() = default;
-    /// Up to the terminating zero; null is the empty string.
+    /// Copies the text up to its terminating zero; null makes the empty string.
     BString(const char* text);
     explicit BString(std::string_view text) : bytes(text) {}
     BString(const BString& other) : bytes(std::string_view(other)) {}
@@ -55,6 +55,6 @@ class BString {
     void ReleaseDeadSpace();
 
     std::string bytes;
-    /// Where in `bytes` the string begins; what lies before it was removed.
+    /// The index in `bytes` at which the string begins; what lies before it was removed.
     std::size_t start = 0;
 };

@@ -15,7 +15,7 @@
 
 namespace kits {
 
-/// What the mixer has noticed of one input since it was connected.
+/// These count what the mixer has noticed of one input since it was connected.
 struct MixerCounts {
     /// Buffers of which something came when its moment was over.
     int64 late = 0;
@@ -42,7 +42,8 @@ class MixerInput {
     /// seconds came earlier than they had to.
     VEXA_REALTIME bigtime_t Write(std::span<const float> frames, bigtime_t start) noexcept;
 
-    /// Whether there is nothing to wait for, to play the frames before `frame`. Any thread.
+    /// True where the frames before `frame` are there, or none are expected, so that there is
+    /// nothing to wait for. Any thread.
     VEXA_REALTIME bool Reaches(int64 frame) const noexcept { return !playing || written >= frame; }
 
     VEXA_REALTIME std::size_t Channels() const { return channels; }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a device plays, kept in a sound file.
+// A recording keeps in a sound file what a device plays.
 #pragma once
 
 #include "kits/media/SoundFileWriter.h"
@@ -30,8 +30,8 @@ class Recording {
     /// file; one of another rate ends what is kept, which Finish tells.
     void TakeRate(double rate);
 
-    /// The device's thread: what it plays next. Never waits; what the disk is too slow for is left
-    /// out and counted, with some 20 s of patience.
+    /// Takes what the device plays next. It never waits; what the disk is too slow for is left out
+    /// and counted, with some 20 s of patience. The device's thread.
     VEXA_REALTIME void Put(const float* left, const float* right, std::size_t frames) noexcept;
 
     /// Completes the file, when nobody puts any more. The error says why there is none, or what is
@@ -57,7 +57,7 @@ class Recording {
     std::vector<float> interleaved;
     std::thread thread;
 
-    // The thread's, and after it Finish's.
+    // The writer belongs to the recording's thread, and after its end to Finish.
     std::optional<SoundFileWriter> writer;
     std::optional<Error> fault;
 };

@@ -11,7 +11,8 @@
 
 namespace kits {
 
-/// All sources of this program by name, and the inlet that the connected ones write to. Any thread.
+/// Knows all sources of this program by name, and the inlet that the connected ones write to. Any
+/// thread.
 class LocalSources {
   public:
     static LocalSources& Instance();
@@ -38,7 +39,8 @@ class LocalSources {
     MidiThread::Inlet* inlet = nullptr;
 };
 
-/// LocalSources as a system beside JACK and ALSA.
+/// Opens LocalSources as a system beside JACK and ALSA; `changed` is called when sources come or
+/// go.
 Result<std::unique_ptr<MidiBackend>> OpenLocalMidi(std::function<void()> changed);
 
 } // namespace kits

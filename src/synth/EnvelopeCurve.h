@@ -47,7 +47,7 @@ class VEXA_REALTIME EnvelopeCurve {
         /// The last moment of the stretch; infinite if it has no end.
         float until;
     };
-    /// The piece at t. A list out of order has none: it is answered with one that has ended before
+    /// Returns the piece at t. A list out of order has none, and gives one that has ended before
     /// all times.
     Piece PieceAt(float t, bool released, float level) const noexcept;
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a plane function hears of all notes over a block.
+// An input block holds what a plane function hears of all notes over a block, besides x and y.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -62,18 +62,18 @@ class VEXA_REALTIME InputBlock {
     };
 
     Macros& macros;
-    /// Where they are behind the block, and where they were at its beginning.
+    /// The macros on their way, as they are behind the block, and as they were at its beginning.
     std::array<Ramp<float>, kMacros> ramps, starts;
     bool begun = false;
-    /// Of the inputs that are controllers, in the order of the source's inputs.
+    /// The values of the inputs that are controllers, in the order of the source's inputs.
     std::array<Ramp<float>, kMostInputs> controls;
-    /// Of the block, with the samples in which a macro gets where it is wanted, and whether Fill
-    /// has been called for it and for the one before.
+    /// The samples in which a macro gets where it is wanted, the block's length, and its offset in
+    /// its cell; then whether Fill has been called for this block and for the one before.
     std::size_t smooth = 0, length = 0, offset = 0;
     bool filled = false, wasFilled = false;
     /// The source is that of the block before.
     bool goesOn = false;
-    /// Whose inputs the controls are.
+    /// The source whose inputs the controls are.
     const PlaneSource* source = nullptr;
     std::unique_ptr<Space> space;
     std::array<const float*, kMostInputs> arrays{};

@@ -30,12 +30,13 @@ constexpr ParameterId operator+(ParameterId first, int places) {
     return static_cast<ParameterId>(static_cast<int>(first) + places);
 }
 
-/// A coefficient: its message, its field in the window, its element in a document, its target.
+/// A coefficient, with its message, its field in the window, its element in a document, and its
+/// target.
 struct Parameter {
     ParameterId id;
     /// The message that the field sends.
     uint32 code;
-    /// Name of the text field, and of the sound_param member.
+    /// The name of the text field, and of the sound_param member.
     std::string_view field;
     /// The group's element in a sound document, and the element inside the group; a parameter
     /// without a group of its own (Fx, Fy) is the element itself and has an empty `element`.
@@ -57,7 +58,7 @@ inline const Parameter& ParameterOf(ParameterId id) {
 /// The rows of one group, in order; empty for an unknown name.
 std::span<const Parameter> ParametersOf(std::string_view group);
 
-/// Where each of the four envelopes belongs and what it may hold.
+/// The place of one of the four envelopes, and what it may hold.
 struct EnvelopePlace {
     std::string_view name;
     /// The group whose element "envdata" holds its points.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The picture of a plane function.
+// This draws a plane function as a picture.
 #pragma once
 
 #include "kits/support/SupportDefs.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Which frequency each key has.
+// A tuning says which frequency each key has.
 #pragma once
 
 #include <array>

@@ -44,7 +44,8 @@ class MidiSystems {
         /// The system's ports; null while the system is not there, and `fault` says why.
         std::unique_ptr<MidiBackend> backend;
         std::string fault;
-        /// The inlet of the registered consumer that all sources without one of their own share.
+        /// The registered consumer has two inlets: what others connect to its port comes in at
+        /// `shared`, the sources that Connect connects at `chosen`.
         MidiThread::Inlet* shared = nullptr;
         MidiThread::Inlet* chosen = nullptr;
     };

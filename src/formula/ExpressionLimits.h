@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// How large an expression may be.
+// These limits say how large an expression may be.
 #pragma once
 
 #include <cstddef>

@@ -13,10 +13,10 @@ namespace vexa {
 struct Token {
     enum class Kind { end, number, word, punctuator, refused };
     Kind kind = Kind::end;
-    /// As it stands in the expression, and the byte at which it begins.
+    /// The token as it stands in the expression, and the byte at which it begins.
     std::string_view text;
     std::size_t position = 0;
-    /// Of a number: it is a whole number in C, and its value if that fits.
+    /// True for a number that is a whole one in C; then its value follows if it fits.
     bool integer = false;
     std::optional<unsigned long long> written;
     /// Why no expression may contain it.
@@ -39,7 +39,7 @@ class ExpressionTokens {
     std::size_t position = 0;
 };
 
-/// Whether a word is one of those that make up the name of an arithmetic type.
+/// True where a word is one of those that make up the name of an arithmetic type.
 bool IsTypeWord(std::string_view word);
 
 /// An arithmetic type that a cast may name.

@@ -12,9 +12,9 @@ namespace vexa {
 struct MathFunction {
     std::string_view name;
     int arguments = 1;
-    /// Its result is an integer.
+    /// True where its result is an integer.
     bool integer = false;
-    /// Its first argument is an order n to which its running time is proportional.
+    /// True where its first argument is an order n to which its running time is proportional.
     bool order = false;
 };
 

@@ -25,7 +25,7 @@ constexpr Type Common(Type a, Type b) {
     return a > b ? a : b;
 }
 
-/// What a lane of each type is in the loops.
+/// The C++ type of a lane of each type in the loops.
 template<Type type>
 struct LaneOf;
 template<>

@@ -26,7 +26,7 @@ class AddonThread {
     /// Stops and drops what is under way or ready: no add-on is wanted any more.
     void Drop();
 
-    /// What became of the expression, once; nothing as long as the compiler runs.
+    /// Returns what became of the expression, once; nothing as long as the compiler runs.
     std::optional<CompileOutcome> Take();
     /// Begin was called, and Take has not given the outcome yet.
     bool Pending() const { return pending; }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a function costs.
+// This measures what a function costs.
 #pragma once
 
 #include "synth/PlaneFunction.h"

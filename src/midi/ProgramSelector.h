@@ -24,8 +24,8 @@ class ProgramSelector : public kits::EventWatcher {
     /// Takes a program change up. MIDI thread.
     void Came(const kits::MidiEvent& event) override;
 
-    /// The last program that was chosen since the call before: 128 bank + program, where the bank
-    /// is 128 times controller 0 plus controller 32. Any thread.
+    /// Returns the last program that was chosen since the call before: 128 bank + program, where
+    /// the bank is 128 times controller 0 plus controller 32. Any thread.
     std::optional<int32> Take();
 
   private:

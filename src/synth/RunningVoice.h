@@ -71,8 +71,6 @@ struct RunningVoice {
     /// The factors on what the left and the right ear hear.
     std::array<Ramp<float>, 2> gains{Ramp<float>(1), Ramp<float>(1)};
     OwnMacros macros{};
-    /// The macros that the note has for itself on their way, and whether it had them in the block
-    /// before.
 };
 
 } // namespace vexa

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The computer's keyboard as a piano.
+// The computer's keyboard is a piano here.
 #pragma once
 
 #include "app/HandSource.h"
@@ -21,7 +21,7 @@ class ComputerKeyboard {
 
     ~ComputerKeyboard() { ReleaseAll(); }
 
-    /// Takes a B_KEY_DOWN, B_KEY_UP or B_WINDOW_ACTIVATED message. True if it was about a key of
+    /// Takes a message B_KEY_DOWN, B_KEY_UP or B_WINDOW_ACTIVATED. True if it was about a key of
     /// the piano.
     bool Take(const BMessage& message);
     /// Lets go of all keys that are held.
@@ -30,7 +30,7 @@ class ComputerKeyboard {
     void SetChannel(uchar next);
     uchar Channel() const { return source.Channel(); }
 
-    /// As HandSource.
+    /// Does what HandSource::SendTo does.
     void SendTo(HandSource::Player next) { source.SendTo(std::move(next)); }
 
     /// MIDI note number of a key, by its place as B_KEY_DOWN counts.

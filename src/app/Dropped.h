@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What several files that are dropped at once are to become.
+// This decides what several files that are dropped at once are to become.
 #pragma once
 
 #include <filesystem>

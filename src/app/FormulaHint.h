@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What is wrong with the expression that is being typed.
+// The hint tells what is wrong with the expression that is being typed.
 #pragma once
 
 #include "kits/interface/View.h"
@@ -24,9 +24,9 @@ class FormulaHint : public BView {
     void MoveMark(std::optional<float> x);
     void Withdraw();
 
-    /// As they are shown.
+    /// Returns the lines as they are shown.
     const std::vector<std::string>& Lines() const { return lines; }
-    /// In this view's coordinates.
+    /// Returns where the mark is, in pixels of this view.
     std::optional<float> Mark() const { return mark; }
 
     void Draw(BRect update) override;

@@ -8,7 +8,7 @@
 
 namespace vexa {
 
-/// What a field's number may be.
+/// The range of numbers that a field may have.
 struct NumberRange {
     double least = -1e6;
     double most = 1e6;

@@ -17,7 +17,7 @@ struct SettingKey {
     T initial{};
 };
 
-// What is told nothing else, such as options, goes by these.
+// What is told nothing else, such as options, goes by these settings.
 
 /// The author of what is edited here; empty for kDefaultAuthor.
 inline const SettingKey<std::string> kAuthorSetting{"author"};
@@ -40,7 +40,7 @@ inline const SettingKey<TextList> kFavouritesSetting{"favourite"};
 
 /// The window as it was before anything stood round the main view.
 inline const SettingKey<bool> kClassicSetting{"classic", false};
-/// Whether the drawer of sounds and the strip are shown.
+/// True where the drawer of sounds, or the strip, is shown.
 inline const SettingKey<bool> kDrawerSetting{"drawer", true};
 inline const SettingKey<bool> kStripSetting{"strip", true};
 /// kLightColors or kDarkColors; empty to follow the desktop.

@@ -23,26 +23,26 @@ class Drawer;
 class Strip;
 class VexaView;
 
-/// How the window begins.
+/// These choices say how the window begins.
 struct WindowChoices {
     /// The file "default" is loaded; else the caller does what there is to do.
     bool withDefaultSound = true;
-    /// Where it is a plug-in that plays, as VexaView.
+    /// The plug-in that plays, as VexaView has it; null where none does.
     Attachment* plugin = nullptr;
-    /// The logo bar and the main view alone.
+    /// True where there are the logo bar and the main view alone.
     bool classic = false;
-    /// What is remembered from one start to the next; else that is forgotten.
+    /// What is remembered from one start to the next; the settings made here are forgotten.
     std::shared_ptr<Settings> settings = std::make_shared<Settings>();
 };
 
-/// The logo bar, below it the drawer at the left and the main view, below these the strip; drawer
-/// and strip can be hidden. Can be made wider, not taller, and smaller: then the main view scrolls.
-/// Closing it ends the program. Window thread.
+/// The window has the logo bar at the top, below it the drawer at the left and the main view, below
+/// these the strip; drawer and strip can be hidden. It can be made wider, not taller, and smaller:
+/// then the main view scrolls. Closing it ends the program. Window thread.
 class VexaWindow : public BWindow, private SessionClient {
   public:
-    /// The frame is that of the logo bar and the main view: with the other parts the window is
-    /// larger, and wider where a font needs it; what does not fit on the screen is hidden or
-    /// scrolls. Not shown yet.
+    /// Makes the window, not shown yet. The frame is that of the logo bar and the main view: with
+    /// the other parts the window is larger, and wider where a font needs it; what does not fit on
+    /// the screen is hidden or scrolls.
     VexaWindow(BRect frame, const kits::ProgramFolders& folders, const WindowChoices& choices = {});
 
     VexaView& MainView() { return *mainView; }
@@ -65,8 +65,8 @@ class VexaWindow : public BWindow, private SessionClient {
     /// Shows the window and has it do what the options ask for, with alerts where that fails.
     /// What they leave open is as it was remembered.
     void Begin(const AppOptions& options, kits::Recording* recording);
-    /// The same in a session, whose manager is told how it went. From then on closing the window
-    /// hides it, and what it shows is saved where the manager wants it.
+    /// Does the same in a session, whose manager is told how it went. From then on closing the
+    /// window hides it, and what it shows is saved where the manager wants it.
     void Begin(std::unique_ptr<Session> session, const Project& project,
                kits::Recording* recording);
     bool InSession() const { return session != nullptr; }
@@ -84,7 +84,8 @@ class VexaWindow : public BWindow, private SessionClient {
     Project PresentProject();
     void FollowSession();
 
-    /// What can be hidden, and the room that it takes: of the window's width or height.
+    /// A part that can be hidden, and the room that it takes, in pixels of the window's width or
+    /// height.
     struct Pane {
         BView* view = nullptr;
         float room = 0;
@@ -111,12 +112,12 @@ class VexaWindow : public BWindow, private SessionClient {
 
     /// A plug-in has the sound, whatever becomes of the window.
     const bool attached;
-    /// Of the main view, with the logo bar.
+    /// The height of the main view, with the logo bar, in pixels.
     const float mainHeight;
     bool classic;
     bool dark = false;
     BitmapBarView* logoBar = nullptr;
-    /// What the logo bar holds beside its pictures, and the width of these.
+    /// What the logo bar holds beside its pictures, and the width of these in pixels.
     BarView* bar = nullptr;
     BMenuField* menu = nullptr;
     float barLeft = 0;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a list of sounds tells of one of them.
+// An entry is what a list of sounds tells of one of them.
 #pragma once
 
 #include "documents/SoundDocument.h"
@@ -16,9 +16,9 @@ namespace vexa {
 /// Texts are empty where the sound says nothing.
 struct SoundEntry {
     std::filesystem::path path;
-    /// Made by the person; else it came with the program.
+    /// True for a sound that the person has made; others came with the program.
     bool own = false;
-    /// That of its document, else that of its file without ".xml".
+    /// The name in its document, else that of its file without ".xml".
     std::string name;
     std::string category;
     std::string tags;
@@ -34,8 +34,8 @@ struct SoundEntry {
     std::shared_ptr<const BBitmap> picture;
 };
 
-/// The entry without its picture, and the sound, unless its document has a fault. Waits for the
-/// disk. Any thread.
+/// What reading a sound's file gives: the entry without its picture, and the sound, unless its
+/// document has a fault.
 struct ReadEntry {
     SoundEntry entry;
     std::optional<Sound> sound;

@@ -22,7 +22,7 @@ struct Thumbnail {
 /// view does where no note sounds, but brighter where it is quiet; and in it the orbit of the note
 /// kShownNote, round where it begins and as wide as it becomes. A function that would take longer
 /// than some 20 ms is drawn coarsely, and of a sample of more than two minutes there is only the
-/// orbit. Waits for the disk where there is a sample. Any thread.
+/// orbit. It waits for the disk where there is a sample. Any thread.
 Thumbnail DrawThumbnail(const Sound& sound, const kits::ProgramFolders& folders, int size);
 
 } // namespace vexa

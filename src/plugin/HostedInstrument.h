@@ -20,7 +20,7 @@
 
 namespace vexa {
 
-/// What a host may ask for while the instrument plays, and what it may read.
+/// The requests that a host may make while the instrument plays, and the texts that it may read.
 enum class Request : uint8 {
     /// The text is an expression.
     Formula,
@@ -51,9 +51,10 @@ class HostedInstrument {
     /// Audio side: no allocation, lock, wait or system call.
     /// Takes up the knobs and, where they leave it to the sound, what that says.
     VEXA_REALTIME void TakeControls(const ControlValues& values) noexcept;
-    /// One message, which takes effect with the next sample. What is no whole message is ignored.
+    /// Plays one message, which takes effect with the next sample. What is no whole message is
+    /// ignored.
     VEXA_REALTIME void Midi(std::span<const uint8> message) noexcept;
-    /// What plays, for what MIDI has no words for.
+    /// Returns the engine that plays, for what MIDI has no words for.
     VEXA_REALTIME Engine& Audio() noexcept { return instrument.Playing(); }
     /// The next `count` samples of both ears.
     VEXA_REALTIME void Render(float* left, float* right, std::size_t count) noexcept;
@@ -64,30 +65,30 @@ class HostedInstrument {
 
     static constexpr std::size_t kMostText = kLongestExpression;
 
-    /// The other side.
-    /// Whether there is anything for Work to do.
+    /// From here on functions are the other side's. True where there is anything for Work to do.
     bool Requested() const noexcept { return requests.Readable() > 0; }
     /// Does what was posted. Returns what there is to tell a person, empty where all went well.
     std::string Work();
-    /// What a host reads of that: of the sound as it is now; of the document that a host has asked
-    /// for, as long as it is the sound that plays; of the tuning.
+    /// Returns what a host reads of a request: the file or expression of the sound as it is now,
+    /// the document that a host has asked for, as long as it is the sound that plays, or the
+    /// tuning.
     std::string Text(Request request);
     /// The whole sound as a document.
     std::string State();
     /// Puts a document in the place of the present sound. `file` is where its sample or picture is
     /// here, and stands before the document's own path if there is such a file. Where the document
-    /// cannot be taken all stays as it was. Returns as Work.
+    /// cannot be taken all stays as it was. It returns what Work does.
     std::string Restore(const std::string& document, const std::string& file, bool& taken);
     /// The file that the sound's sample or picture is read from; nothing for an expression.
     std::optional<std::filesystem::path> FunctionFile();
     /// The files that the keys are tuned by, which are the player's and not the sound's.
     TuningChoice TunedBy();
     /// Tunes the keys as in another session. Where the files cannot be read equal temperament
-    /// plays, and TunedBy still says which they were. Returns as Work.
+    /// plays, and TunedBy still says which they were. It returns what Work does.
     std::string RestoreTuning(const TuningChoice& choice);
 
-    // For windows, each of which shows the sound and edits it (window/Windows.h). Of the other side
-    // too.
+    // The following are for windows, each of which shows the sound and edits it (window/Windows.h).
+    // They are the other side's too.
 
     /// The sound, and a number that tells it from those before.
     struct Shown {
@@ -96,14 +97,14 @@ class HostedInstrument {
     };
     /// Nothing where it is still the one of that number.
     std::optional<Shown> ShownSince(uint64 changes);
-    /// As Instrument::Change, from what a window was shown. Nothing, and nothing happens, where the
-    /// sound has become another one since.
+    /// Does what Instrument::Change does, from what a window was shown. Where the sound has become
+    /// another one since it returns nothing, and nothing happens.
     std::optional<Shown> Edit(const Shown& before, const Sound& next);
     /// A message that takes effect with the next samples; one for which there is no room is lost.
     void PostMidi(const std::array<uint8, 3>& message);
-    /// What plays. Any thread may read what any thread may read of it.
+    /// Returns the records of what plays. Any thread may read of them what any thread may read.
     const SoundRecords& Records() const { return instrument.Playing(); }
-    /// Whether a window has edited the sound since the last call. Audio side.
+    /// True where a window has edited the sound since the last call. Audio side.
     VEXA_REALTIME bool TakeEdited() noexcept { return edited.exchange(false); }
 
   private:
@@ -115,19 +116,20 @@ class HostedInstrument {
     const kits::ProgramFolders folders;
     SoundsSay said;
     Instrument instrument{folders, Addons::None, &said};
-    /// With the filter of a whole render: what is heard in a session is what its export gives.
+    /// The filter is that of a whole render, so that what is heard in a session is what its export
+    /// gives.
     Oversampler oversampler{instrument.Playing().renderer, DecimationFilter::kWhole};
     std::mutex documents;
     kits::Ring<char> requests{2 * kMostText};
-    /// What windows play, and who may write it.
+    /// The messages that windows play, and the lock of those who write them.
     kits::Ring<std::array<uint8, 3>> posted{256};
     std::mutex posting;
     std::atomic<bool> edited{false};
     std::string soundFile;
     TuningChoice tunedBy;
-    /// By that, as far as it could be read.
+    /// True where the files of `tunedBy` could be read, so that the keys are tuned by them.
     bool tuned = true;
-    /// Of the audio side: what it has taken up last.
+    /// The values that the audio side has taken up last.
     std::array<float, kMacros> macros{};
     int32 limit = 0;
     bool expectsMpe = false;

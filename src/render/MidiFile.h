@@ -20,21 +20,22 @@ namespace vexa {
 struct MidiEvent {
     using Kind = kits::MidiEvent::Hook;
 
-    /// Since the start of the file. Rounded once from an exact count, so no drift accumulates.
+    /// The seconds since the start of the file, rounded once from an exact count, so that no drift
+    /// accumulates.
     double seconds;
     Kind kind;
-    /// As those of kits::MidiEvent; `number` and `value` are its data.
+    /// These are as in kits::MidiEvent; `number` and `value` are its data.
     uint8 channel, number, value;
 
-    /// The MIDI channel that it came on, 0..15.
+    /// Returns the MIDI channel that the event came on, 0..15.
     uint8 From() const { return kind == Kind::AllNotesOff ? number : channel; }
-    /// Without its time.
+    /// Returns the event for the consumer, without its time.
     kits::MidiEvent ForConsumer() const { return {0, kind, channel, number, value}; }
     bool operator==(const MidiEvent&) const = default;
 };
 
 struct MidiFile {
-    /// By time; events of the same moment in the order of their tracks.
+    /// The events by time; those of the same moment are in the order of their tracks.
     std::vector<MidiEvent> events;
     /// Seconds from the start to the last event of any kind, the tracks' ends included.
     double duration = 0;
@@ -43,8 +44,8 @@ struct MidiFile {
     /// What is wrong with the file although it can be played, for a person to read.
     std::vector<std::string> warnings;
 
-    /// What of the file is on a channel that `isThere` is true of (0..15), for as long as the file
-    /// lasts; without the warnings, which are the whole file's.
+    /// Returns what of the file is on a channel that `isThere` is true of (0..15), for as long as
+    /// the file lasts; without the warnings, which are the whole file's.
     template<class Choice>
     MidiFile Part(Choice isThere) const {
         MidiFile part{{}, duration, 0, {}};

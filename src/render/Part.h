@@ -24,7 +24,7 @@ class Part {
     /// `options` and `folders` outlive the part.
     Part(const Options& options, const kits::ProgramFolders& folders, MidiFile events);
 
-    /// Sets all up that is heard: the sound, and those that program changes will choose. What is
+    /// Sets up all that is heard: the sound, and those that program changes will choose. What is
     /// wrong with these is added to the warnings. The error is the sound's.
     kits::Result<void> SetUp(const Sound& sound, const Tuning& tuning,
                              std::vector<std::string>& warnings);
@@ -32,7 +32,7 @@ class Part {
     bool HasNotes() const { return events.notes > 0; }
     /// Two where a sound that strikes notes has a spread, else one.
     std::size_t Ears() const { return ears.size(); }
-    /// Of all that is to be heard, the tail included.
+    /// Returns the length, in seconds, of all that is to be heard, the tail included.
     double Seconds() const { return double(performance->Length()) / FullRate(); }
     double SecondsDone() const { return double(performance->Position()) / FullRate(); }
     int32 MostVoices() const { return performance->MostVoices(); }

@@ -13,12 +13,12 @@ struct Theme {
     rgb_color panel;
     rgb_color editor;
     rgb_color text;
-    /// Of what is said beside, and of what is not to be used at present.
+    /// The colour of what is said beside, and of what is not to be used at present.
     rgb_color quietText;
     rgb_color dimText;
-    /// Between areas.
+    /// The colour of the lines between areas.
     rgb_color edge;
-    /// What has the focus, what is chosen.
+    /// The colour of what has the focus and of what is chosen.
     rgb_color accent;
     /// The drawer: behind the rows, under the pointer, and the chosen one.
     rgb_color list;
@@ -48,7 +48,7 @@ struct Theme {
 /// curves smoothly.
 enum class ColorSet { Classic, Light, Dark };
 
-/// The set that is chosen, Light at first. Window thread.
+/// Returns the set that is chosen, which is Light at first. Window thread.
 const Theme& Colors();
 ColorSet ChosenColors();
 

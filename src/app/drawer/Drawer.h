@@ -18,8 +18,8 @@ class ChipRow;
 class SoundListView;
 class VexaView;
 
-/// A search, the categories, and the list of sounds below. What is listed is also what previous and
-/// next go through, be the drawer shown or not. Window thread.
+/// The drawer has a search, the categories, and the list of sounds below. What is listed is also
+/// what previous and next go through, be the drawer shown or not. Window thread.
 class Drawer : public BView {
   public:
     /// Loads into the main view, which outlives it. Throws std::system_error where there is no
@@ -63,7 +63,7 @@ class Drawer : public BView {
     SoundListView* list = nullptr;
     std::shared_ptr<const BankView> shown;
     SoundQuery shownQuery;
-    /// Ends before what it reads for goes.
+    /// It stands last, as it is to end before what it reads for goes.
     std::unique_ptr<Bank> bank;
 };
 

@@ -14,13 +14,13 @@
 
 namespace vexa {
 
-/// A row for each sound: its picture, name, tags and category, and a star for favourites. One that
-/// cannot be loaded is dim and says why. A click, or Enter on the row of the cursor, loads a sound;
-/// a click on the star, or Ctrl+D, makes it a favourite or no longer one. Only rows that can be
-/// seen are drawn. Window thread.
+/// The list has a row for each sound: its picture, name, tags and category, and a star for
+/// favourites. One that cannot be loaded is dim and says why. A click, or Enter on the row of the
+/// cursor, loads a sound; a click on the star, or Ctrl+D, makes it a favourite or no longer one.
+/// Only rows that can be seen are drawn. Window thread.
 class SoundListView : public BView {
   public:
-    /// What the list asks of its owner.
+    /// The list calls these functions of its owner.
     struct Callbacks {
         std::function<void(const SoundEntry& entry)> load;
         std::function<void(const SoundEntry& entry)> toggleFavourite;
@@ -30,7 +30,8 @@ class SoundListView : public BView {
 
     SoundListView(BRect frame, const Favourites& favourites, Callbacks callbacks);
 
-    /// Shows these. The cursor stays on its sound where that is among them, and so does the view.
+    /// Shows these sounds. The cursor stays on its sound where that is among them, and so does the
+    /// view.
     void SetRows(SoundList next);
     const SoundList& Rows() const { return rows; }
     /// The sound that plays, and whether it has changed since.
@@ -40,7 +41,7 @@ class SoundListView : public BView {
     /// Puts the cursor on the row, and the row into sight.
     void MoveCursor(std::size_t row);
     std::size_t Cursor() const { return cursor; }
-    /// Those in sight, whose pictures are wanted first.
+    /// Returns the sounds in sight, whose pictures are wanted first.
     std::vector<std::filesystem::path> InSight() const;
     /// A star has changed.
     void FavouritesChanged() { Invalidate(); }

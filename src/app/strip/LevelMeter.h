@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// How loud the output is, in the strip.
+// The meter shows how loud the output is, in the strip.
 #pragma once
 
 #include "audio/OutputLevel.h"
@@ -10,8 +10,8 @@
 
 namespace vexa {
 
-/// Two bars with their held peaks, from -48 dB of full scale up, and above them the light for
-/// clipping, which a click puts out. Window thread.
+/// The meter has two bars with their held peaks, from -48 dB of full scale up, and above them the
+/// light for clipping, which a click puts out. Window thread.
 class LevelMeter : public BView {
   public:
     /// The tap outlives it; null where the output is somebody else's.
@@ -19,7 +19,7 @@ class LevelMeter : public BView {
 
     /// Takes what has come since the last call, so many seconds ago.
     void Refresh(double seconds);
-    /// Whether anybody sees it; else the output is left alone.
+    /// Is told whether anybody sees the meter; while nobody does, it leaves the output alone.
     void Listen(bool on);
 
     void Draw(BRect update) override;
@@ -35,7 +35,7 @@ class LevelMeter : public BView {
 
     OutputTap* const tap;
     std::optional<OutputLevel> level;
-    /// What is drawn: heights of bars and peaks in pixels, and the light.
+    /// What is drawn: the heights of bars and peaks in pixels, and the light.
     std::array<float, 5> shown{};
 };
 

@@ -19,16 +19,16 @@ class TuningControls;
 class VexaView;
 class Wheel;
 
-/// Scope, level, macros, how the sound is played, tuning; and below these the piano with its wheels
-/// and its hold. Looks thirty times a second at what plays, while it is seen, and draws what has
-/// changed. Window thread.
+/// The strip has scope, level, macros, how the sound is played, and tuning, and below these the
+/// piano with its wheels and its hold. It looks thirty times a second at what plays, while it is
+/// seen, and draws what has changed. Window thread.
 class Strip : public BView {
   public:
     /// Shows and edits what the main view plays, which outlives it.
     Strip(BRect frame, VexaView& mainView);
     ~Strip() override;
 
-    /// As BRect::Height and BRect::Width count them.
+    /// Return the size in pixels, as BRect::Height and BRect::Width count it.
     static float PreferredHeight();
     static float LeastWidth();
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What lies on the plane's picture: the orbits, and the gestures that the picture does not take.
+// The overlay lies on the plane's picture: it has the orbits, and the gestures that the picture
+// does not take.
 #pragma once
 
 #include "kits/interface/View.h"
@@ -48,7 +49,7 @@ struct PlanePress {
 /// What it does to the sound it does through its host. Window thread.
 class PlaneOverlay : public BView {
   public:
-    /// Becomes a child of `plane`. The host outlives it.
+    /// Makes an overlay that becomes a child of `plane`. The host outlives it.
     PlaneOverlay(R2RFView& plane, PlaneHost& host);
     ~PlaneOverlay() override;
 
@@ -58,15 +59,16 @@ class PlaneOverlay : public BView {
     Brightness Curve() const { return brightness; }
     void SetRelief(bool on);
     bool IsRelief() const { return relief; }
-    /// F6: the next brightness. F7: the landscape, or the picture again.
+    /// Takes F6, which chooses the next brightness, and F7, which shows the landscape or the
+    /// picture again; true if the key was one of them.
     bool TakeShortcut(const kits::KeyPress& press);
 
     // The numbers that the handles move.
 
-    /// Of the note in hand.
+    /// Returns a number of the orbit of the note in hand.
     double Number(OrbitNumber id) const;
-    /// To the nearest multiple of `tidy`. A preview that is sounding begins anew where its start
-    /// has moved.
+    /// Sets a number to the nearest multiple of `tidy`. A preview that is sounding begins anew
+    /// where its start has moved.
     void MoveNumber(OrbitNumber id, double value, double tidy);
     /// One step of an arrow key, up where `way` is 1 and down where it is -1; with Shift finer,
     /// with Ctrl coarser. A preview sounds meanwhile.
@@ -89,7 +91,7 @@ class PlaneOverlay : public BView {
     BPoint ByPixels(BPoint pixels) const;
     /// A handle's numbers as a person reads them: "0.5, -1".
     std::string TextOf(const PlaneHandleRow& row) const;
-    /// What numbers are rounded to that are moved by pixels.
+    /// Returns the step to whose multiples numbers are rounded that are moved by pixels.
     double PixelStep() const;
     /// The handle whose numbers are told at the edge of the plane; null for none.
     void Notice(const PlaneHandle* handle);
@@ -119,7 +121,7 @@ class PlaneOverlay : public BView {
   private:
     enum class Gesture { None, Move, Turn, Audition };
 
-    /// What the picture is of.
+    /// The part of the plane that the picture is of, and how it is shown.
     struct View {
         float scale = 0;
         BPoint link, place;
@@ -164,15 +166,15 @@ class PlaneOverlay : public BView {
     bool relief = false;
     ReliefLook look;
 
-    /// What is shown without orbits, and with them, in the screen's pixels.
+    /// The pictures without orbits, and with them, in the screen's pixels.
     std::unique_ptr<BBitmap> base;
     std::unique_ptr<BBitmap> shown;
     std::optional<Trace> trace;
     float density = 1;
-    /// Where the picture is not that of `plane`: the values, over as many points as it takes.
+    /// The values, over as many points as it takes, where the picture is not that of `plane`.
     PlaneField field;
     Relief land;
-    /// What of `plane` is shown, and that something else has changed.
+    /// The part of `plane` that is shown, and whether something else has changed.
     View view;
     uint64 seenChanges = 0, seenComputed = 0;
     bool stale = true;
@@ -186,7 +188,7 @@ class PlaneOverlay : public BView {
     bool moving = false;
     BPoint pointer;
     const PlaneHandle* noticed = nullptr;
-    /// What was told last, and for how many pulses it is still to be read.
+    /// The text that was told last, and for how many pulses it is still to be read.
     std::string told;
     int toldFor = 0;
     std::vector<PlaneHandle*> handles;
@@ -195,7 +197,7 @@ class PlaneOverlay : public BView {
     BMenuField* menuField = nullptr;
 
     Gesture gesture = Gesture::None;
-    /// Where the pointer was at the gesture's last step, and what was shown at its begin.
+    /// The place of the pointer at the gesture's last step, and what was shown at its begin.
     BPoint last;
     BPoint pressed;
     View pressedView;
@@ -205,7 +207,7 @@ class PlaneOverlay : public BView {
     std::optional<BPoint> auditioned;
     bool anew = false;
     float sinceStrike = 0;
-    /// Until it is let go that was begun by a key; 0 for the others.
+    /// The seconds until a preview that was begun by a key is let go; 0 for the others.
     float keyPreview = 0;
 };
 

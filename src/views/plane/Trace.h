@@ -10,9 +10,9 @@
 
 namespace vexa {
 
-/// Drawn with smooth edges into pixels of its own, which cost time only where a line is. Where
-/// lines cross, the brighter counts in each of red, green and blue. Coordinates are those of
-/// pixels' centres. Window thread.
+/// A trace of lines is drawn with smooth edges into pixels of its own, which cost time only where a
+/// line is. Where lines cross, the brighter counts in each of red, green and blue. Coordinates are
+/// those of pixels' centres. Window thread.
 class Trace {
   public:
     Trace(int columns, int rows);
@@ -23,7 +23,7 @@ class Trace {
     /// an end far beyond all screens, or that is no number, is passed over.
     static constexpr float kWidest = 20;
     void Line(BPoint from, BPoint to, rgb_color color, float width);
-    /// At once.
+    /// Clears all lines at once, without fading.
     void Clear();
     /// Nothing is to be seen.
     bool IsDark() const;

@@ -17,7 +17,7 @@
 
 namespace vexa {
 
-/// What a command line asks for.
+/// The options that a command line gives.
 struct AppOptions {
     enum class Action { Play, List, Help, Version };
     Action action = Action::Play;
@@ -40,7 +40,7 @@ struct AppOptions {
     TuningChoice tuning;
     /// True where VexaMidiConsumer::ExpectMpe is to be called.
     bool mpe = false;
-    /// Program changes choose sounds.
+    /// True where program changes choose sounds.
     bool programs = false;
     /// Stand before what any sound says of how it is played.
     PlayingTexts playing;

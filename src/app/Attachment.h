@@ -37,9 +37,9 @@ class Attachment {
     /// Plays a note or moves a controller there.
     void Play(uint8 status, uint8 first, uint8 second);
 
-    /// Nothing comes any more, be it that there is still something to Take.
+    /// True where nothing comes any more, even while there is still something to Take.
     bool IsOver() const { return link.IsDeserted(); }
-    /// Why it is over; empty where the plug-in has simply gone.
+    /// Returns why it is over; empty where the plug-in has simply gone.
     const std::string& Fault() const { return link.Fault(); }
 
   private:

@@ -33,7 +33,7 @@ class ComputerKeyboard {
     /// Does what HandSource::SendTo does.
     void SendTo(HandSource::Player next) { source.SendTo(std::move(next)); }
 
-    /// MIDI note number of a key, by its place as B_KEY_DOWN counts.
+    /// Returns the MIDI note number of a key, by its place as B_KEY_DOWN counts.
     static std::optional<uchar> NoteOf(int32 key);
 
   private:

@@ -39,7 +39,7 @@ class FormulaPanel {
         BPoint from;
         BPoint to;
     };
-    /// Room for a text field.
+    /// A gap is room for a text field.
     struct Gap {
         FieldId field;
         BPoint baseline;
@@ -57,8 +57,8 @@ class FormulaPanel {
     /// of the letters before it.
     BRect FieldFrame(FieldId field) const;
 
-    /// The first whole pixel at or right of the point that no text before it on the baseline
-    /// reaches.
+    /// Returns the first whole pixel at or right of the point that no text before it on the
+    /// baseline reaches.
     float ClearOf(BPoint baseline) const;
 
     /// Returns where the widest line ends, with its last field.

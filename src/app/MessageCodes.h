@@ -83,7 +83,7 @@ constexpr uint32 kNewsCode = FourCC("NEWS");
 constexpr uint32 kFollowProgramsCode = FourCC("PRGF");
 
 constexpr uint32 kAllChannelsCode = FourCC("MC_A");
-/// No MIDI source, and the first of the sources: its number is added.
+/// The first chooses no MIDI source; the second chooses a source, whose number is added.
 constexpr uint32 kNoSourceCode = FourCC("MidO");
 constexpr uint32 kFirstSourceCode = FourCC("MD00");
 
@@ -98,7 +98,7 @@ constexpr uint32 NumberedCode(const char (&one)[5], const char (&two)[5], int32 
 constexpr uint32 VoicesCode(int32 most) {
     return NumberedCode("VOX0", "VO00", most);
 }
-/// 'MC_1'..'MC_9', 'MC10'..'MC16' for the channels 1..16
+/// Returns the code of a channel: 'MC_1'..'MC_9', 'MC10'..'MC16' for the channels 1..16.
 constexpr uint32 ChannelCode(int32 channel) {
     return NumberedCode("MC_0", "MC00", channel);
 }

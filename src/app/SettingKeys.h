@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// All settings: the name in the file, the value of somebody who has set nothing, what it is for.
+// All settings are here, each with its name in the file, the value of somebody who has set nothing,
+// and what it is for.
 #pragma once
 
 #include <string>

@@ -20,7 +20,7 @@ struct SettingLine {
     std::string whole, name, value;
 };
 
-/// The line of any value, with its end.
+/// Returns the line of any value, with its end.
 std::string SettingText(std::string_view name, std::string_view value);
 
 struct SettingFile {

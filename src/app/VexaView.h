@@ -84,7 +84,7 @@ class VexaView : public BView {
     // The following are about documents. Each reports its failures by alerts, with the reason there
     // and on standard error, and then changes nothing; what was read over is told likewise.
 
-    /// "sounds/default.xml". One that is not there is told on standard error only.
+    /// Loads "sounds/default.xml". Where it is not there that is told on standard error only.
     void LoadDefaultSound();
     bool LoadSound(const std::filesystem::path& path);
     /// Loads a sound, a function, a sample or a picture, whichever the file is. Asks before another
@@ -93,7 +93,7 @@ class VexaView : public BView {
     bool LoadFunction(const std::filesystem::path& path);
     /// Tunes the keys; where that fails it is shown, and the tuning stays.
     bool Tune(const TuningChoice& choice);
-    /// The same from now on, and at the next start.
+    /// Does the same from now on, and at the next start.
     bool ChooseTuning(const TuningChoice& choice);
     const TuningChoice& Tuned() const { return tuned; }
     /// Returns the tuning that plays.
@@ -112,7 +112,7 @@ class VexaView : public BView {
     /// True where the sound may be given up: asks the person where it has changed. A person who
     /// wants to save it first gets the panel, and `then` is called after that.
     bool MayGiveUp(const std::function<void()>& then);
-    /// The same for the sounds of both slots.
+    /// Asks the same for the sounds of both slots.
     bool MayGiveUpBoth(const std::function<void()>& then);
     /// The sound's name, a mark where it has changed, and what is worth knowing: that there is no
     /// audio device, or for how many voices of the function on the plane there is time where those
@@ -191,7 +191,8 @@ class VexaView : public BView {
     /// then without a question, as nobody could answer while playing.
     void FollowPrograms(bool on);
     bool FollowsPrograms() const { return followsPrograms; }
-    /// The keyboard's keys and the window's focus.
+    /// Returns the piano that the computer's keyboard plays; it is told of keys and of the window's
+    /// focus.
     ComputerKeyboard& Keyboard() { return keyboard; }
     /// Always connected, whichever source is chosen.
     ScreenPiano& Piano() { return piano; }
@@ -412,7 +413,7 @@ class VexaView : public BView {
 
     bool followsPrograms = false;
     ProgramSelector programs{Playing().consumer, BMessenger(this), kProgramCode};
-    /// Why the last program did not become the sound.
+    /// The reason why the last program did not become the sound.
     std::string programFault;
 
     std::unique_ptr<AudioGraph> graph;

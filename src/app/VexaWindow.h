@@ -55,7 +55,7 @@ class VexaWindow : public BWindow, private SessionClient {
     void ShowPart(Part part, bool show);
     bool IsShown(Part part) const;
 
-    /// The logo bar and the main view alone, in their first colours, with one-pixel lines.
+    /// Shows the logo bar and the main view alone, in their first colours, with one-pixel lines.
     void SetClassic(bool on);
     bool IsClassic() const { return classic; }
     /// Dark or light colours, where it is not classic.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// One end of the connection between an instrument in a plug-in and its window.
+// A link is one end of the connection between an instrument in a plug-in and its window.
 #pragma once
 
 #include "kits/support/Result.h"
@@ -23,7 +23,7 @@ constexpr std::size_t kMostSound = std::size_t{512} << 10;
 enum class Kind : uint32 {
     /// "vexa" and kVersion. It is the first letter, and no later one.
     Hello = 1,
-    /// Why the other end is given up. The last letter.
+    /// Tells why the other end is given up. It is the last letter.
     Refusal,
     /// Goes to the window with a serial number and the document of the sound that plays.
     Sound,
@@ -68,7 +68,7 @@ class Link {
     void Put(Kind kind, std::string_view body, std::string_view rest = {});
     /// Puts a Sound or an Edit into the letters to be sent.
     void PutSound(Kind kind, uint32 serial, std::string_view document);
-    /// All that was put has been sent.
+    /// True where all that was put has been sent.
     bool IsIdle() const { return out.empty(); }
     /// Tells the other end why, and closes.
     void Refuse(const std::string& reason);
@@ -76,7 +76,7 @@ class Link {
     /// The other end has said Hello.
     bool HasBegun() const { return begun; }
     bool IsOpen() const { return descriptor >= 0; }
-    /// Why it is closed; empty where the other end has simply gone.
+    /// Returns why the link is closed; empty where the other end has simply gone.
     const std::string& Fault() const { return fault; }
     /// True where the other end has gone, whatever it may have sent before.
     bool IsDeserted() const;

@@ -25,7 +25,7 @@ struct VoiceMoment {
     bool operator==(const VoiceMoment&) const = default;
 };
 
-/// All voices, controllers and macros at one moment. Goes over the wire as it is.
+/// All voices, controllers and macros at one moment. It goes over the wire as it is.
 struct Moment {
     std::array<VoiceMoment, kVoiceSlots> voices;
     std::array<float, 128> controllers;

@@ -66,7 +66,7 @@ class AudioGraph {
     std::string DeviceName() const;
     /// Returns the device's rate in frames per second, 0 while there is no connection.
     double DeviceRate() const;
-    /// Why there is no device, as it was when Start looked for one.
+    /// Returns why there is no device, as it was when Start looked for one.
     const std::string& DeviceFault() const { return roster.MixerFault(); }
 
   private:

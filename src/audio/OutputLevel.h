@@ -16,7 +16,7 @@ class OutputLevel {
     /// The level in dB of full scale below which everything counts as silence.
     static constexpr float kSilence = -60;
 
-    /// The tap outlives it.
+    /// Begins to listen to the tap, which outlives it.
     explicit OutputLevel(OutputTap& tap) : listener(tap), next(listener.Count()) {}
 
     /// Takes what has come since the last call, so many seconds ago. Some ten times a second or
@@ -34,7 +34,7 @@ class OutputLevel {
     struct Channel {
         float level = kSilence;
         float held = kSilence;
-        /// Seconds since `held` was reached.
+        /// The seconds since `held` was reached.
         double age = 0;
     };
     static void Follow(Channel& channel, float peak, double seconds);

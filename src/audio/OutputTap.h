@@ -52,8 +52,8 @@ class OutputTap {
         float Rate() const noexcept { return tap.Rate(); }
         /// Returns how many frames have been kept since the tap was made; the number only grows.
         uint64 Count() const noexcept { return tap.ended; }
-        /// The frames from number `from` on. False, and what is copied means nothing, where some
-        /// have not come yet or were overwritten meanwhile.
+        /// Copies the frames from number `from` on. False, and what is copied means nothing, where
+        /// some have not come yet or were overwritten meanwhile.
         bool Copy(uint64 from, std::span<OutputFrame> into) const noexcept;
 
       private:

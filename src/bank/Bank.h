@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// All sounds that there are, a person's own and those that came with the program.
+// A bank has all sounds that there are, a person's own and those that came with the program.
 #pragma once
 
 #include "bank/SoundSearch.h"
@@ -22,9 +22,9 @@ namespace vexa {
 /// What a bank knows at one moment; it never changes.
 struct BankView {
     SoundList sounds;
-    /// All have been read.
+    /// True when all have been read.
     bool listed = false;
-    /// All have a picture, or will have none.
+    /// True when all have a picture, or will have none.
     bool pictured = false;
 };
 

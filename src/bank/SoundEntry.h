@@ -26,7 +26,8 @@ struct SoundEntry {
     std::string comment;
     /// The expression, or the name of the sample or the picture.
     std::string formula;
-    /// Why it cannot be loaded, in one line with the place, if there is one; empty if it can.
+    /// The reason why it cannot be loaded, in one line with the place, if there is one; empty if it
+    /// can.
     std::string fault;
     /// All of the above that a person reads, as FoldedText folds it.
     std::string searched;
@@ -42,7 +43,7 @@ struct ReadEntry {
 };
 ReadEntry ReadSoundEntry(const std::filesystem::path& path, bool own);
 
-/// A text of several lines in one, that names files in the folder of `path` without it.
+/// Puts a text of several lines into one, which names files in the folder of `path` without it.
 std::string OneLine(std::string text, const std::filesystem::path& path);
 
 } // namespace vexa

@@ -14,7 +14,8 @@ namespace vexa {
 /// A picture, or why there is none.
 struct Thumbnail {
     std::shared_ptr<const BBitmap> picture;
-    /// Why the sound's function cannot be played; empty for a picture. It may have several lines.
+    /// The reason why the sound's function cannot be played; empty for a picture. It may have
+    /// several lines.
     std::string fault;
 };
 

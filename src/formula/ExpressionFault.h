@@ -9,7 +9,7 @@
 
 namespace vexa {
 
-/// Why an expression is refused, in words, and the byte at which the reason lies, from 0.
+/// The reason why an expression is refused, in words, and the byte at which it lies, from 0.
 struct ExpressionFault {
     std::size_t position = 0;
     std::string reason;

@@ -115,7 +115,7 @@ class ExpressionGrammar {
         if (!Accept(punctuator))
             Refuse(kits::Quoted(punctuator) + " is expected before " + Here());
     }
-    /// The token in words.
+    /// Returns the token in words.
     std::string Here() const {
         return token.kind == Token::Kind::end ? "the end" : kits::Quoted(token.text);
     }

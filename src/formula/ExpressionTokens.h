@@ -19,7 +19,7 @@ struct Token {
     /// True for a number that is a whole one in C; then its value follows if it fits.
     bool integer = false;
     std::optional<unsigned long long> written;
-    /// Why no expression may contain it.
+    /// The reason why no expression may contain it.
     std::string reason;
 };
 
@@ -28,10 +28,10 @@ struct Token {
 /// of numbers are refused, as is every other byte.
 class ExpressionTokens {
   public:
-    /// `text` outlives this and all tokens.
+    /// Begins at the text's start; `text` outlives this and all tokens.
     explicit ExpressionTokens(std::string_view text) : text(text) {}
 
-    /// The next token; at the end of the text, and from then on, Kind::end.
+    /// Returns the next token; at the end of the text, and from then on, Kind::end.
     Token Next();
 
   private:
@@ -52,7 +52,7 @@ struct ArithmeticType {
     bool isSigned = true;
 };
 
-/// The type that the words name, in any order that C allows; nothing if they name none.
+/// Returns the type that the words name, in any order that C allows; nothing if they name none.
 std::optional<ArithmeticType> TypeOfWords(std::span<const std::string_view> words);
 
 } // namespace vexa

@@ -40,7 +40,7 @@ class Graph {
     Value Constant(double number);
     Value X() { return Insert({Op::Input, Type::Float, 0}); }
     Value Y() { return Insert({Op::Input, Type::Float, 1}); }
-    /// Nothing where there are kMostInputs others already.
+    /// Returns the value of an input; nothing where there are kMostInputs others already.
     std::optional<Value> Input(FunctionInput input);
     /// `type` is that of the operands, as Op tells.
     Value Apply(Op op, Type type, Value a, Value b = kNone, Value c = kNone);
@@ -51,7 +51,8 @@ class Graph {
         const Node& node = nodes[static_cast<std::size_t>(value)];
         return ResultOf(node.op, node.type);
     }
-    /// The bits of a constant, those of 32 bits in the lower half; nothing of other values.
+    /// Returns the bits of a constant, those of 32 bits in the lower half; nothing for other
+    /// values.
     std::optional<std::uint64_t> Known(Value value) const;
     /// True where the value is the constant `number`, converted to its type.
     bool Is(Value value, double number) const;

@@ -70,9 +70,9 @@ enum class Op : unsigned char {
     Maximum,
     Minimum,
     FusedMultiplyAdd,
-    /// Some operations in one pass, each rounded: a b + c, a b - c, -a b - c, c - a b, a b c; of
-    /// Double a b + c as a Float; and of Float c a / b, with a constant c of Double and in double
-    /// precision, as a Float. A program puts them together, a graph has none of them.
+    /// These do some operations in one pass, each rounded: a b + c, a b - c, -a b - c, c - a b, a b
+    /// c; of Double a b + c as a Float; and of Float c a / b, with a constant c of Double and in
+    /// double precision, as a Float. A program puts them together, a graph has none of them.
     ProductAndSum,
     ProductLess,
     NegativeLess,

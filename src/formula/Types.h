@@ -20,7 +20,8 @@ constexpr bool IsWide(Type type) {
     return type == Type::Long || type == Type::UnsignedLong || type == Type::Double;
 }
 
-/// The type in which C computes with one operand of each: with types of this order, the later.
+/// Returns the type in which C computes with one operand of each: with types of this order, the
+/// later.
 constexpr Type Common(Type a, Type b) {
     return a > b ? a : b;
 }

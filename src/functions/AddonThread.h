@@ -20,8 +20,9 @@ class AddonThread {
   public:
     explicit AddonThread(kits::ProgramFolders folders);
 
-    /// What is under way or ready for another expression is stopped and dropped. The first call
-    /// starts the thread, and throws std::system_error where there can be none.
+    /// Begins to compile the expression. What is under way or ready for another one is stopped and
+    /// dropped. The first call starts the thread, and throws std::system_error where there can be
+    /// none.
     void Begin(std::string expression);
     /// Stops and drops what is under way or ready: no add-on is wanted any more.
     void Drop();

@@ -88,7 +88,7 @@ class FunctionCompiler {
 
     std::filesystem::path functions;
     std::filesystem::path templatePath;
-    /// "functions/recent"
+    /// The file "functions/recent".
     std::filesystem::path addonPath;
     kits::ChildLimits limits;
 };

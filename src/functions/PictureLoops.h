@@ -11,7 +11,7 @@ namespace vexa {
 
 /// A picture on the plane, its numbers side by side.
 struct PicturePlane {
-    /// (right + 1) * (bottom + 1) values, row after row from the top left.
+    /// There are (right + 1) * (bottom + 1) values, row after row from the top left.
     const float* values;
     /// The last column and row, 0..4095.
     int right;

@@ -62,7 +62,7 @@ struct LoadedSample {
 
 /// The words of the alert about a file that cannot be loaded.
 constexpr const char* kSampleAlert = "Could not load sample";
-/// Longest sample in frames: 50 minutes at 44.1 kHz.
+/// The longest sample, in frames: 50 minutes at 44.1 kHz.
 constexpr std::size_t kLongestSample = std::size_t{1} << 27;
 
 /// Returns how many frames a sound file says that it has, below 0 where it does not. The errors and

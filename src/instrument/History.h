@@ -92,7 +92,7 @@ class History {
         Part<Function> function;
         Part<std::vector<std::string>> texts;
         std::array<Part<std::vector<EnvPoint>>, 4> envelopes;
-        /// All but what is above.
+        /// The rest of a sound, beside what is above.
         Part<Sound> rest;
         std::shared_ptr<SoundFile> file;
     };

@@ -38,7 +38,7 @@ enum class Addons {
     Following,
 };
 
-/// The alerts and the details, a line each.
+/// Returns the alerts and the details, a line each.
 std::string Text(const FunctionReport& report);
 
 /// Returns the file that a sample or a picture function names: what does not begin with "/" lies in
@@ -69,7 +69,8 @@ class Instrument {
     /// Puts the sound in the place of the present one; where its function fails, the function
     /// before plays on, with all else of the sound. It waits for the compiler or the disk.
     FunctionReport Load(const Sound& sound);
-    /// All of the sound but its function. A lower voice limit does not cut keys off that are held.
+    /// Loads all of the sound but its function. A lower voice limit does not cut keys off that are
+    /// held.
     void LoadRest(const Sound& sound);
 
     /// Compiles the expression or loads the sample or picture, and installs it. Where that fails

@@ -15,7 +15,7 @@ struct Loudness {
     float peak = 0;
     /// The root of the mean square.
     float mean = 0;
-    /// It went beyond all bounds.
+    /// True where it went beyond all bounds (kMostHeard).
     bool bounded = false;
 };
 /// Measures the sound with that function, at the usual gain. It takes some milliseconds; with the

@@ -17,7 +17,7 @@ namespace vexa {
 /// program together; of two with one name it is the person's. Any thread.
 std::vector<std::filesystem::path> Programs(const kits::ProgramFolders& folders);
 
-/// The sound with that number, from 0 in that order. The error says how many there are.
+/// Returns the sound with that number, from 0 in that order. The error says how many there are.
 kits::Result<std::filesystem::path> FindProgram(const kits::ProgramFolders& folders, int32 number);
 
 /// Reads a sound that the instrument will take whole: its function has been tried. The error, and

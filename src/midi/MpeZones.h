@@ -20,7 +20,7 @@ class VEXA_REALTIME MpeZones {
     /// where the channel is no master or the number is too large.
     bool Configure(uchar master, int members);
 
-    /// The master of a member; nothing for other channels.
+    /// Returns the master of a member; nothing for other channels.
     std::optional<uchar> MasterOf(uchar channel) const;
     /// True where the channel is the master of a zone that has members.
     bool IsMaster(uchar channel) const;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Program changes, by which a player chooses sounds.
+// By program changes a player chooses sounds.
 #pragma once
 
 #include "kits/application/Messenger.h"

@@ -41,8 +41,8 @@ constexpr std::size_t kRequests = 6;
 /// the other one works on documents, and its calls wait for each other.
 class HostedInstrument {
   public:
-    /// `rate` in samples per second. Plays the sound "default", or that of a new window where there
-    /// is none.
+    /// Makes an instrument at `rate` samples per second, which plays the sound "default", or that
+    /// of a new window where there is none.
     HostedInstrument(kits::ProgramFolders folders, double rate);
     /// Forgets all notes and what wheels, pedals and modulation hold, and goes on at a rate. Audio
     /// side, or while that does nothing.
@@ -56,7 +56,7 @@ class HostedInstrument {
     VEXA_REALTIME void Midi(std::span<const uint8> message) noexcept;
     /// Returns the engine that plays, for what MIDI has no words for.
     VEXA_REALTIME Engine& Audio() noexcept { return instrument.Playing(); }
-    /// The next `count` samples of both ears.
+    /// Renders the next `count` samples of both ears.
     VEXA_REALTIME void Render(float* left, float* right, std::size_t count) noexcept;
     /// Samples by which what Render gives is later than it was asked for.
     VEXA_REALTIME std::size_t Delay() const noexcept { return oversampler.Delay(); }
@@ -73,7 +73,7 @@ class HostedInstrument {
     /// the document that a host has asked for, as long as it is the sound that plays, or the
     /// tuning.
     std::string Text(Request request);
-    /// The whole sound as a document.
+    /// Returns the whole sound as a document.
     std::string State();
     /// Puts a document in the place of the present sound. `file` is where its sample or picture is
     /// here, and stands before the document's own path if there is such a file. Where the document
@@ -95,7 +95,7 @@ class HostedInstrument {
         Sound sound;
         uint64 changes = 0;
     };
-    /// Nothing where it is still the one of that number.
+    /// Returns the sound and its number; nothing where it is still the one of the number `changes`.
     std::optional<Shown> ShownSince(uint64 changes);
     /// Does what Instrument::Change does, from what a window was shown. Where the sound has become
     /// another one since it returns nothing, and nothing happens.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Work for a plug-in whose host lends no thread for it.
+// This works for a plug-in whose host lends no thread for it.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Program changes of a MIDI file, which choose sounds.
+// The program changes of a MIDI file choose sounds by this.
 #pragma once
 
 #include "instrument/Instrument.h"

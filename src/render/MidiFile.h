@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Standard MIDI Files: their notes and controllers, each with its moment.
+// This reads Standard MIDI Files: their notes and controllers, each with its moment.
 #pragma once
 
 #include "kits/midi/MidiEvent.h"
@@ -37,11 +37,11 @@ struct MidiEvent {
 struct MidiFile {
     /// The events by time; those of the same moment are in the order of their tracks.
     std::vector<MidiEvent> events;
-    /// Seconds from the start to the last event of any kind, the tracks' ends included.
+    /// The seconds from the start to the last event of any kind, the tracks' ends included.
     double duration = 0;
     /// How many of the events are note-ons.
     std::size_t notes = 0;
-    /// What is wrong with the file although it can be played, for a person to read.
+    /// Sentences for a person on what is wrong with the file although it can be played.
     std::vector<std::string> warnings;
 
     /// Returns what of the file is on a channel that `isThere` is true of (0..15), for as long as

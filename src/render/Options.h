@@ -18,8 +18,8 @@
 
 namespace vexa {
 
-/// What a command line asks for. Texts are never empty; numbers are in the ranges that the help
-/// names.
+/// The options that a command line gives. Texts are never empty; numbers are in the ranges that the
+/// help names.
 struct Options {
     enum class Action { Render, Help, Version };
     Action action = Action::Render;
@@ -44,7 +44,7 @@ struct Options {
     TuningChoice tuning;
     /// True where VexaMidiConsumer::ExpectMpe is to be called.
     bool mpe = false;
-    /// Program changes choose sounds.
+    /// True where program changes choose sounds.
     bool programs = false;
     /// Stand before what the sound says of how it is played.
     PlayingTexts playing;
@@ -57,7 +57,7 @@ struct Options {
     /// The frames per second of the file.
     int rate = 44100;
     double gain = VoiceRenderer::kUsualGain;
-    /// Seconds rendered after the last event.
+    /// The seconds that are rendered after the last event.
     double tail = 3;
     /// Frames rendered at a time; the result does not depend on it.
     int block = 512;

@@ -21,7 +21,7 @@ namespace vexa {
 /// for, into frames of the rate of the file that is made. One thread.
 class Part {
   public:
-    /// `options` and `folders` outlive the part.
+    /// Makes a part of the events. `options` and `folders` outlive it.
     Part(const Options& options, const kits::ProgramFolders& folders, MidiFile events);
 
     /// Sets up all that is heard: the sound, and those that program changes will choose. What is
@@ -45,7 +45,7 @@ class Part {
     kits::Result<void> Render();
     /// Frames that were rendered and not taken.
     std::size_t Ready() const { return ears[0].frames.size(); }
-    /// No more will be ready than are.
+    /// True where no more will be ready than is.
     bool IsDone() const { return done; }
     /// Takes the next frames, as many as `mix` has of that many channels by turns, or as are ready,
     /// and adds them to it: one ear to all channels alike.

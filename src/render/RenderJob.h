@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// One run of vexa-render, from the parsed command line to the finished file.
+// A job is one run of vexa-render, from the parsed command line to the finished file.
 #pragma once
 
 #include "kits/storage/ProgramFolder.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Fewer frames per second.
+// A decimator leaves fewer frames per second.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"

@@ -38,7 +38,7 @@ struct EarTurn {
 /// later: at phases less and more by Fx spread / 2 in x and Fy spread / 2 in y. Media thread.
 class VEXA_REALTIME Ears {
   public:
-    /// A block of `count` samples, `offset` after its cell. The angles get where the spread
+    /// Begins a block of `count` samples, `offset` after its cell. The angles get where the spread
     /// (degrees) has them within `ramp` samples; the first block finds them there.
     void Begin(const sound_param& p, double spread, std::size_t ramp, std::size_t offset,
                std::size_t count) noexcept;

@@ -23,7 +23,7 @@ class Envelope {
     float Minimum() const { return minimum; }
     float Maximum() const { return maximum; }
     float TimeRange() const { return timeRange; }
-    /// Seconds of the key-down part; the release part has the rest of the time range.
+    /// Returns the seconds of the key-down part; the release part has the rest of the time range.
     float Split() const { return split; }
 
     /// The points as edited: key-down points come first, and each kind is in increasing time.
@@ -42,7 +42,8 @@ class Envelope {
     /// Returns the published curve; Published::Get tells how long it lives. Any thread.
     VEXA_REALTIME const EnvelopeCurve& Curve() const noexcept { return curve.Get(); }
 
-    /// Curve().Value: the window thread as it likes, other threads inside a Reader::Section.
+    /// Returns Curve().Value. The window thread calls it as it likes, other threads inside a
+    /// Reader::Section.
     VEXA_REALTIME float Value(float t, bool released, float level) const noexcept {
         return Curve().Value(t, released, level);
     }

@@ -47,7 +47,7 @@ class VEXA_REALTIME InputBlock {
     /// The values of that input for a voice, which wants it at a value that may be its own.
     void Write(const Common& common, float wanted, Ramp<float>& heard, const RunningVoice& v,
                float* to, std::size_t count) noexcept;
-    /// `count` values of the ramp from here on.
+    /// Writes `count` values of the ramp from here on.
     static void Write(Ramp<float> ramp, float* to, std::size_t count) noexcept {
         if (!ramp.Moves()) {
             std::fill_n(to, count, ramp.Now());

@@ -21,8 +21,8 @@ class VEXA_REALTIME OutputMix {
     OutputMix(const Playing& playing, const ChannelVolumes& volumes)
         : playing(playing), volumes(volumes) {}
 
-    /// A block of `count` samples, `offset` after its cell. A volume gets where it is wanted within
-    /// `ramp` samples, and an end takes `fade`.
+    /// Begins a block of `count` samples, `offset` after its cell. A volume gets where it is wanted
+    /// within `ramp` samples, and an end takes `fade`.
     void Begin(std::size_t ramp, std::size_t fade, std::size_t offset, std::size_t count) noexcept;
 
     /// True where a block that begins now leaves all volumes as they are.
@@ -44,7 +44,7 @@ class VEXA_REALTIME OutputMix {
     /// volume and the gain of that moment.
     void AddResting(const RunningVoice& v, float out, std::size_t side, float* sum) const noexcept;
 
-    /// The factor on a voice's output by its end.
+    /// Returns the factor on a voice's output that its end has.
     float Fade(const RunningVoice& v) const noexcept {
         return v.ends ? static_cast<float>(v.left) / static_cast<float>(fadeLength) : 1.0F;
     }

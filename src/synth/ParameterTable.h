@@ -49,13 +49,14 @@ struct Parameter {
     kits::Shared<int32> sound_param::*controller = nullptr;
 };
 
-/// All coefficients, in the order of a sound document: dcxdt, dcydt, ax, ay, cx0, cy0, fx, fy.
+/// Returns all coefficients, in the order of a sound document: dcxdt, dcydt, ax, ay, cx0, cy0, fx,
+/// fy.
 std::span<const Parameter, kParameters> Parameters();
 inline const Parameter& ParameterOf(ParameterId id) {
     return Parameters()[static_cast<std::size_t>(id)];
 }
 
-/// The rows of one group, in order; empty for an unknown name.
+/// Returns the rows of one group, in order; empty for an unknown name.
 std::span<const Parameter> ParametersOf(std::string_view group);
 
 /// The place of one of the four envelopes, and what it may hold.
@@ -68,10 +69,11 @@ struct EnvelopePlace {
     Envelope* sound_param::*target;
 };
 
-/// EnvCx, EnvCy, EnvAx, EnvAy: also the order of a voice's levels at note-off.
+/// Returns the places of EnvCx, EnvCy, EnvAx and EnvAy, which is also the order of a voice's levels
+/// at note-off.
 VEXA_REALTIME std::span<const EnvelopePlace, 4> EnvelopePlaces();
 
-/// Seconds that an envelope covers: two thirds while the key is down, one third after.
+/// The seconds that an envelope covers: two thirds while the key is down, one third after.
 constexpr float kEnvelopeTimeRange = 10.0F;
 
 } // namespace vexa

@@ -20,7 +20,7 @@ VEXA_REALTIME inline double SemitonesBetween(double from, double to) noexcept {
     return kits::maths::Logarithm(to / from) * (12 / std::numbers::ln2);
 }
 
-/// The factor of a level in decibels.
+/// Returns the factor of a level in decibels.
 VEXA_REALTIME inline double LevelOf(double decibels) noexcept {
     // A decibel is so many semitones: 12 log2(10) / 20.
     constexpr double kSemitonesInDecibel = 1.9931568569324174;

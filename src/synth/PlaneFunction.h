@@ -95,7 +95,7 @@ VEXA_REALTIME float Heard(float value);
 /// Returns 0 everywhere.
 float nullfunc(float x, float y);
 
-/// (y - x)(5xy + 2.7) / (1 + x^2 + y^2)^2, limited to -1..1; a NaN passes through.
+/// Computes (y - x)(5xy + 2.7) / (1 + x^2 + y^2)^2, limited to -1..1; a NaN passes through.
 float dummyfunction(float x, float y);
 
 } // namespace vexa

@@ -20,7 +20,7 @@ struct PlaneArea {
     /// left and of its height from the bottom.
     float linkFunctionX, linkFunctionY;
     float linkScreenX, linkScreenY;
-    /// Plane units per pixel.
+    /// The plane's units per pixel.
     float scale;
     std::size_t columns, rows;
 };

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// How a sound is played: voices, bend, pedal and what else a player's hands and feet do to it.
+// These values say how a sound is played: voices, bend, pedal and what else a player's hands and
+// feet do to it.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -53,7 +54,7 @@ struct VEXA_REALTIME Playing {
     double Spread() const noexcept { return given ? double(spread) : 0.0; }
     /// Returns the multiple of the rate at which the sound is computed: 1, 2, 4, 8 or 16.
     int Oversampling() const noexcept { return 1 << static_cast<int>(float(oversample)); }
-    /// The controller that pressure drives; -1 for none.
+    /// Returns the controller that pressure drives; -1 for none.
     int32 Pressure() const noexcept { return given ? static_cast<int32>(float(pressure)) : -1; }
 };
 

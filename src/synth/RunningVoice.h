@@ -57,7 +57,7 @@ struct RunningVoice {
     bool stands = false;
     /// True where the filter had settled too: until something changes, each sample is filter.out.
     bool rests = false;
-    /// Nothing more will be heard of it, as long as nothing changes.
+    /// True where nothing more will be heard of it, as long as nothing changes.
     bool over = false;
     /// It has been cut off and fades, for so many samples more.
     bool ends = false;

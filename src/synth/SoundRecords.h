@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// All that a sound's notes, its renderer and its views share.
+// A sound's notes, its renderer and its views share these records.
 #pragma once
 
 #include "synth/Envelope.h"

@@ -33,11 +33,11 @@ class VEXA_REALTIME VoiceState {
     class VEXA_REALTIME Seen {
       public:
         VEXA_REALTIME explicit Seen(uint32 word) : word(word) {}
-        /// The slot sounds.
+        /// True where the slot sounds.
         bool Active() const { return word & kActive; }
         /// The MIDI thread is rewriting the slot at this moment.
         bool Changing() const { return word & kChanging; }
-        /// Different after every change of the note; wraps around.
+        /// Returns a number that differs after every change of the note; it wraps around.
         uint32 Changes() const { return word >> 2; }
         bool operator==(const Seen&) const = default;
 
@@ -127,7 +127,7 @@ struct voice {
 
     /// state.Changes() of the note that the following fields are about, written after them.
     kits::Shared<uint32> rendered;
-    /// `notes` of that note.
+    /// The count `notes` of that note.
     kits::Shared<uint32> renderednotes;
     /// Seconds since note-on or, once released, since note-off.
     kits::Shared<double> t;

@@ -37,7 +37,7 @@ class VEXA_REALTIME VoiceMotion {
     /// Moves up to kTogether voices over a block: writes the places of voice k to x[k * count + i]
     /// and y[k * count + i], and up to kSlack floats beyond, and advances the voices.
     void Move(std::span<RunningVoice* const> voices, Places places) const noexcept;
-    /// The same for both ears.
+    /// Does the same for both ears.
     void Move(std::span<RunningVoice* const> voices, const Ears& ears, Places left,
               Places right) const noexcept;
 

@@ -14,7 +14,7 @@
 
 namespace vexa {
 
-/// What an R2RFVTranslatorSavePanel asks for.
+/// An R2RFVTranslatorSavePanel asks for this.
 struct ImageRequest {
     entry_ref directory;
     std::string name;

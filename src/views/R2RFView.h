@@ -134,7 +134,7 @@ class R2RFView : public BView {
     std::unique_ptr<BBitmap> bitmap;
     /// The part of `bitmap` that remains to be computed; null when it is complete.
     std::unique_ptr<PlaneDrawing> drawing;
-    /// How long `bitmap` has been computed, and when that ended.
+    /// The time for which `bitmap` has been computed, and the moment when that ended.
     std::chrono::steady_clock::duration drawingTime{};
     std::chrono::steady_clock::time_point drawingEnd;
 

@@ -9,7 +9,7 @@ namespace vexa {
 /// Every colour that a view of the window draws with. Text on `panel`, `editor`, `bar` and `row...`
 /// has a contrast of at least 4.5 to 1, lines of at least 3 to 1 (the ratio of WCAG 2.1).
 struct Theme {
-    /// Behind the main view, the drawer and the strip, and behind the envelopes.
+    /// The colours behind the main view, the drawer and the strip, and behind the envelopes.
     rgb_color panel;
     rgb_color editor;
     rgb_color text;

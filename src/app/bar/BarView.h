@@ -24,7 +24,7 @@ class VexaView;
 /// Window thread.
 class BarView : public BView {
   public:
-    /// The bar of the main view, which outlives it, as wide as the frame.
+    /// Makes the bar of the main view, which outlives it, as wide as the frame.
     BarView(BRect frame, VexaView& mainView);
     ~BarView() override;
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Small controls in columns, each with its label above.
+// A grid has small controls in columns, each with its label above.
 #pragma once
 
 #include "kits/interface/View.h"

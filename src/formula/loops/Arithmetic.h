@@ -226,7 +226,7 @@ inline T ProductOfThreeOf(T a, T b, T c) {
 inline float SumAsFloatOf(double a, double b, double c) {
     return static_cast<float>(a * b + c);
 }
-/// fpclassify's numbers on Linux.
+/// Returns fpclassify's number on Linux.
 template<class T>
 inline int ClassOf(T a) {
     const T size = Magnitude(a);

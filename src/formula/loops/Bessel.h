@@ -40,7 +40,7 @@ inline BesselPair FarPair(int order, double x, double sine, double cosine) {
     return {size * (p * c - q * s), size * (p * s + q * c)};
 }
 
-/// J_order(x) for 0 < x and, where `second`, Y_0 and Y_1 for x < kFar.
+/// This computes J_order(x) for 0 < x and, where `second`, Y_0 and Y_1 for x < kFar.
 struct NearBessel {
     double j, y0, y1;
 };

@@ -16,7 +16,7 @@ struct app_info {
 /// out.
 status_t GetAppInfo(app_info* info);
 
-/// Edge of an icon in pixels.
+/// The edge of an icon in pixels.
 enum icon_size { B_LARGE_ICON = 32, B_MINI_ICON = 16 };
 
 /// The icons of a program, which lie beside its file as <program>-32.icon and <program>-16.icon:

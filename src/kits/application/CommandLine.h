@@ -60,7 +60,7 @@ Result<std::vector<std::string>>
 ParseCommandLine(std::span<const OptionText> rows, std::span<const std::string> arguments,
                  const std::function<bool(std::size_t row, std::string_view value)>& set);
 
-/// The rows as lines of a help text.
+/// Returns the rows as lines of a help text.
 std::string OptionHelp(std::span<const OptionText> rows);
 
 /// Reads options and values by rows that know how to set them.

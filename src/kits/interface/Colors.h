@@ -8,12 +8,12 @@ namespace kits {
 
 /// A set for everything that the toolkit draws; a light one unless it says otherwise.
 struct ControlColors {
-    /// Behind the controls.
+    /// The colour behind the controls.
     rgb_color panel = {204, 204, 204};
     rgb_color text = {24, 24, 24};
     /// The colour of texts of disabled controls.
     rgb_color faintText = {128, 128, 128};
-    /// Inside of text fields and lists, and their text.
+    /// The colours inside of text fields and lists, and of their text.
     rgb_color field = {251, 251, 251};
     /// A field whose text is not valid, and its frame.
     rgb_color wrongField = {251, 234, 234};

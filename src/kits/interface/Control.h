@@ -104,7 +104,7 @@ class BTextControl : public BControl {
     using Stepping =
         std::function<std::string(const std::string& text, int steps, uint32 modifiers)>;
     void SetStepping(Stepping next);
-    /// The text that a click with Ctrl brings back, and confirms.
+    /// Sets the text that a click with Ctrl brings back, and confirms.
     void SetReset(std::string_view text);
     /// Takes the message over, which is sent to the target when the field loses the keyboard.
     void SetEndMessage(BMessage* message);
@@ -114,7 +114,7 @@ class BTextControl : public BControl {
     /// Shows that the text is not valid.
     void MarkWrong(bool wrong);
 
-    /// Height of all text fields, as BRect::Height counts it.
+    /// Returns the height of all text fields, as BRect::Height counts it.
     static float PreferredHeight();
     /// Returns the pixels from the top of a text field down to the baseline of its text.
     static float BaselineOffset();
@@ -134,7 +134,8 @@ class BTextControl : public BControl {
 
 namespace kits {
 
-/// The largest font size, at most 12 and at least 8 pixels, at which the label fits the width.
+/// Returns the largest font size, at most 12 and at least 8 pixels, at which the label fits the
+/// width.
 float FittingFontSize(std::string_view label, float width);
 
 } // namespace kits

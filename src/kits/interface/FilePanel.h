@@ -77,7 +77,7 @@ class BFilePanel : private kits::FilePanelOwner {
     void SetPanelDirectory(const char* path);
     void SetPanelDirectory(const entry_ref* ref);
     void GetPanelDirectory(entry_ref* ref) const;
-    /// Save mode: the name in the text field.
+    /// Sets the name in the text field of a panel in save mode.
     void SetSaveText(std::string_view name);
     std::string SaveText() const;
     /// Save mode: whether to replace a file is asked only while that folder is shown, for a target

@@ -48,7 +48,7 @@ constexpr uint32 B_KEEPS_POINTER = 1U << 4;
 /// What lies behind the view is seen where it paints nothing.
 constexpr uint32 B_SEE_THROUGH = 1U << 5;
 
-// Mouse buttons, added up.
+// The mouse buttons; several are given as their sum.
 
 constexpr uint32 B_PRIMARY_MOUSE_BUTTON = 1;
 constexpr uint32 B_SECONDARY_MOUSE_BUTTON = 2;

@@ -78,12 +78,12 @@ class BMenu {
     void SetTargetForItems(const BHandler* handler);
     void SetTargetForItems(const BMessenger& messenger);
 
-    /// Choosing an item marks it, and it alone.
+    /// Where on, choosing an item marks it, and it alone.
     void SetRadioMode(bool on) { radio = on; }
     bool IsRadioMode() const { return radio; }
     /// Where on, the button or line that opens the menu shows the marked item's label.
     void SetLabelFromMarked(bool on) { labelFromMarked = on; }
-    /// The label of what opens the menu.
+    /// Returns the label of what opens the menu.
     std::string Title() const;
 
     /// Fills a toolkit's menu, and tells it when the title may have changed. Only the kits call it.
@@ -130,7 +130,7 @@ class BMenuField : public BView {
 
     void SetEnabled(bool enabled);
 
-    /// Height of what opens a menu, as BRect::Height counts it.
+    /// Returns the height of what opens a menu, as BRect::Height counts it.
     static float PreferredHeight();
 
     void AttachedToWindow() override;

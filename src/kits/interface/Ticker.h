@@ -16,7 +16,7 @@ namespace kits {
 /// while an alert waits. Window thread.
 class Ticker {
   public:
-    /// Every `interval` microseconds, at least 1000. The view outlives the ticker.
+    /// Calls `tick` every `interval` microseconds, at least 1000. The view outlives the ticker.
     Ticker(const BView& view, bigtime_t interval, std::function<void()> tick);
     ~Ticker();
     Ticker(const Ticker&) = delete;

@@ -136,7 +136,7 @@ class BView : public BHandler {
     /// Draws the bitmap, scaled to the rectangle. Where it has as many pixels as that has on the
     /// screen, they are the screen's.
     void DrawBitmap(const BBitmap* bitmap, BRect destination);
-    /// The screen's pixels per pixel of the coordinates, in a row.
+    /// Returns how many of the screen's pixels there are in a row per pixel of the coordinates.
     float Density() const;
 
     /// Has Animate called again and again until it answers false. Where the view cannot be seen, as

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Running another program to its end, within limits.
+// This runs another program to its end, within limits.
 #pragma once
 
 #include <chrono>
@@ -15,7 +15,7 @@ namespace kits {
 /// The limits of what a program may use up. Processes that it starts have the same limits each,
 /// except for the time by the clock, which they share.
 struct ChildLimits {
-    /// Seconds of processor time; the system ends a process that uses more.
+    /// The seconds of processor time; the system ends a process that uses more.
     std::chrono::seconds processorTime{20};
     /// Milliseconds by the clock after which the program and what it has started are killed.
     std::chrono::milliseconds time{30'000};

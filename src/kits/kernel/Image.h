@@ -21,8 +21,8 @@ enum : int32 {
 /// functions below it may be called from any thread but the media thread.
 image_id load_add_on(const char* path);
 
-/// The address of a function or variable that the add-on exports. B_BAD_VALUE for an image that is
-/// not loaded, B_NAME_NOT_FOUND for an unknown name.
+/// Finds the address of a function or variable that the add-on exports. Returns B_BAD_VALUE for an
+/// image that is not loaded, B_NAME_NOT_FOUND for an unknown name.
 status_t get_image_symbol(image_id image, const char* name, int32 type, void** address);
 
 /// Takes an add-on's code and data out of memory: nothing may be executing or use it.

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Sine and cosine of large numbers, one at a time, the same bits on every machine.
-//
-// No loop's file may have them compiled in, as they are for any machine.
+// These are sine and cosine of large numbers, one at a time, the same bits on every machine. No
+// loop's file may have them compiled in, as they are for any machine.
 #pragma once
 
 namespace kits {

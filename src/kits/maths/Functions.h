@@ -122,7 +122,7 @@ constexpr double kNoExponential = -746;
 inline double NearExponential(double x) {
     const bool none = x < kNoExponential;
     const Power power = Reduce(none ? 0 : x);
-    // The bits of 2^k
+    // This is 2^k.
     const double factor = OfWord((WordOf(power.shifted) + 1023) << 52);
     return none ? 0 : (1 + power.part) * factor;
 }

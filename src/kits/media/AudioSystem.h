@@ -12,7 +12,7 @@ namespace kits {
 /// The audio systems, in the order in which they are tried. The system None has no devices.
 enum class AudioSystem { Jack, Pulse, Alsa, None };
 
-/// "jack", "pulse", "alsa" or "none"; nothing for another name.
+/// Returns the system called "jack", "pulse", "alsa" or "none"; nothing for another name.
 std::optional<AudioSystem> AudioSystemNamed(std::string_view name);
 
 /// Sets the system that the mixer is to play through. Without a value it is the first that has a

@@ -40,7 +40,7 @@ class BBufferGroup {
     /// allows it; the placement is always B_ANY_ADDRESS.
     BBufferGroup(std::size_t size, int32 count, uint32 placement = B_ANY_ADDRESS,
                  uint32 lock = B_NO_LOCK);
-    /// All buffers must have come back.
+    /// All buffers must have come back before.
     ~BBufferGroup();
     BBufferGroup(const BBufferGroup&) = delete;
     BBufferGroup& operator=(const BBufferGroup&) = delete;

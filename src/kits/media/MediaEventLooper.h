@@ -14,7 +14,7 @@
 
 constexpr int32 B_REAL_TIME_PRIORITY = 120;
 
-/// Something to be done at a performance time.
+/// An event is something to be done at a performance time.
 struct media_timed_event {
     enum event_type : int32 { B_START = 1, B_STOP, B_HANDLE_BUFFER };
     bigtime_t event_time = 0;

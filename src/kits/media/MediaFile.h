@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Reading sound files: WAV, AIFF, FLAC, Ogg, Opus, MP3 and what else the system's library knows.
+// This reads sound files: WAV, AIFF, FLAC, Ogg, Opus, MP3 and what else the system's library knows.
 #pragma once
 
 #include "kits/media/MediaFormats.h"

@@ -88,8 +88,8 @@ class BBufferProducer : public virtual BMediaNode {
     virtual void Disconnect(const media_source& what, const media_destination& where) = 0;
     VEXA_REALTIME virtual void LateNoticeReceived(const media_source& what, bigtime_t howMuch,
                                                   bigtime_t performanceTime) = 0;
-    /// All buffers of the last seconds came `howMuch` microseconds earlier than they had to: what
-    /// late notices have added to the latency can be given back.
+    /// Called when all buffers of the last seconds came `howMuch` microseconds earlier than they
+    /// had to: what late notices have added to the latency can be given back.
     VEXA_REALTIME virtual void EarlyNoticeReceived(const media_source&, bigtime_t /*howMuch*/) {}
     virtual void EnableOutput(const media_source& what, bool enabled, int32* deprecated) = 0;
     virtual status_t SetPlayRate(int32 numerator, int32 denominator) = 0;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// All nodes and connections of the process.
+// The roster knows all nodes and connections of the process.
 #pragma once
 
 #include "kits/media/MediaNode.h"

@@ -24,7 +24,7 @@ class RateConverter {
     RateConverter(const RateConverter&) = delete;
     RateConverter& operator=(const RateConverter&) = delete;
 
-    /// Down to a sixteenth, and up to sixty-four times the rate.
+    /// True for rates down to a sixteenth, and up to sixty-four times the first.
     static bool CanConvert(double from, double to);
 
     /// Begins anew: the next frame that is given out has the place of the next one that is taken.

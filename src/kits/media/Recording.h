@@ -47,7 +47,7 @@ class Recording {
     SoundFileFormat format;
     FileReplacement file;
     int rate = 0;
-    /// Why what the device plays is kept no longer.
+    /// The reason why what the device plays is kept no longer.
     std::optional<Error> ended;
     Ring<float> waiting;
     std::atomic<bool> takes{false};

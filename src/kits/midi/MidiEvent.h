@@ -35,7 +35,7 @@ struct MidiEvent {
 /// with velocity 0 is a NoteOff, the controllers 120 and 123 to 127 are AllNotesOff.
 MidiEvent EventOf(uint8 status, uint8 data1, uint8 data2, bigtime_t time) noexcept;
 
-/// Data bytes of a channel message.
+/// Returns the number of data bytes of a channel message.
 constexpr int DataBytesOf(uint8 status) noexcept {
     return (status & 0xE0) == 0xC0 ? 1 : 2;
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// All MIDI systems of the machine as one: their sources by number, and the ports of our consumers.
+// All MIDI systems of the machine are one here: their sources by number, and the ports of our
+// consumers.
 #pragma once
 
 #include "kits/application/Messenger.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Open Sound Control: messages to one other program and back.
+// By Open Sound Control messages go to one other program and back.
 #pragma once
 
 #include "kits/support/Result.h"

@@ -20,7 +20,7 @@ struct Decoded {
 Result<Decoded> DecodePng(std::string_view bytes);
 Result<Decoded> DecodeJpeg(std::string_view bytes);
 
-/// Room for the pixels, or why there shall be none.
+/// Makes room for the pixels, or says why there shall be none.
 Result<BrightnessMap> MapOf(std::size_t width, std::size_t height);
 
 /// The luma of BrightnessMap for channels from 0 to `most`, which is 255 or 65535.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What frequencies a stretch of sound has.
+// A spectrum tells what frequencies a stretch of sound has.
 #pragma once
 
 #include <cstddef>
@@ -13,7 +13,7 @@ namespace kits {
 /// at a time.
 class Spectrum {
   public:
-    /// `size` samples, an even number of at least 4.
+    /// Prepares for stretches of `size` samples, an even number of at least 4.
     explicit Spectrum(std::size_t size);
     ~Spectrum();
     Spectrum(const Spectrum&) = delete;

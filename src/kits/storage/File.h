@@ -32,7 +32,7 @@ class BFile : public BDataIO {
     status_t InitCheck() const { return status; }
 
     ssize_t Write(const void* data, std::size_t size) override;
-    /// The number of bytes, 0 at the end, or a negative status.
+    /// Returns the number of bytes that were read, 0 at the end, or a negative status.
     ssize_t Read(void* data, std::size_t size);
 
     /// Brings what was written to the disk and puts it in the file's place; the file is closed.

@@ -14,7 +14,7 @@ struct Error {
     std::string text;
 };
 
-/// Either a T or an Error. Converts to true when it holds a T.
+/// A result is either a T or an Error. It converts to true when it holds a T.
 template<class T>
 class [[nodiscard]] Result {
   public:

@@ -38,8 +38,8 @@ class Ring {
         return Write({{from, count}});
     }
 
-    /// Writing thread: all parts, one behind the other, or none and false. The reader sees all of
-    /// them or none.
+    /// Writes all parts, one behind the other, or none and returns false. The reader sees all of
+    /// them or none. The writing thread.
     VEXA_REALTIME bool Write(std::initializer_list<std::span<const T>> parts) noexcept {
         std::size_t end = written.load(std::memory_order_relaxed);
         std::size_t room = Writable();

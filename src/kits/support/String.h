@@ -24,7 +24,7 @@ class BString {
     ~BString() = default;
 
     int64 Length() const { return static_cast<int64>(bytes.size() - start); }
-    /// The bytes and a terminating zero, until the string changes.
+    /// Returns the bytes and a terminating zero, which stand until the string changes.
     const char* String() const { return bytes.c_str() + start; }
     operator std::string_view() const { return std::string_view(bytes).substr(start); }
     /// Returns the byte at a position, 0 outside of the string.

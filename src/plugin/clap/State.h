@@ -17,7 +17,7 @@ namespace vexa::clap {
 /// The values of the knobs as a host has them.
 using Knobs = std::array<double, kControls>;
 
-/// All of them leave the say to the sound.
+/// Returns the knobs as they are when all of them leave the say to the sound.
 Knobs UntouchedKnobs();
 
 /// The document with the comment, which is left out where no knob has a say.
@@ -25,7 +25,7 @@ std::string WithKnobs(std::string document, const Knobs& knobs);
 /// Returns the knobs that the comment gives. Knobs of other versions are passed over.
 Knobs KnobsOf(std::string_view state);
 
-/// All that a host's stream has; nothing where it fails, or has more than 64 MiB.
+/// Reads all that a host's stream has; nothing where it fails, or has more than 64 MiB.
 std::optional<std::string> ReadAll(const clap_istream& stream);
 /// False where the stream takes less than all.
 bool WriteAll(const clap_ostream& stream, std::string_view text);

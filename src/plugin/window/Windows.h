@@ -22,7 +22,7 @@ class Windows {
 
     /// The instrument and `tell` outlive it.
     Windows(HostedInstrument& instrument, Tell tell);
-    /// The windows close.
+    /// Closes the windows.
     ~Windows();
 
     /// Returns the descriptor of a socket, for a program that is to be the window; the caller hands

@@ -169,7 +169,7 @@ bool Bound(float* samples, int count) {
     bool beyond = false;
     for (int i = 0; i < count; i++) {
         float& s = samples[i];
-        // What is not finite has no difference from itself.
+        // A number that is not finite has no difference from itself.
         s = s - s == 0 ? s : 0;
         beyond = beyond || s > kMostHeard || s < -kMostHeard;
         s = s > kMostHeard ? kMostHeard : s < -kMostHeard ? -kMostHeard : s;

@@ -30,7 +30,7 @@ float BrightnessOf(Brightness curve, float size, float strongest);
 /// Values that are not finite do not count.
 float StrongestOf(std::span<const float> values);
 
-/// The pixels of the values.
+/// Computes the pixels of the values.
 void ShowValues(Brightness curve, std::span<const float> values, uint32* words);
 
 } // namespace vexa

@@ -31,7 +31,7 @@ std::span<const OrbitNumberRow> OrbitNumbers();
 struct OrbitNote {
     float vel, key;
 };
-/// The newest that sounds; else the one of previews.
+/// Returns the newest note that sounds; where none does, the note of previews.
 OrbitNote NoteInHand(const SoundRecords& records);
 
 /// The number for the note, and what the coefficient has to be for the number to be `value`.

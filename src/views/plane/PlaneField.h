@@ -28,7 +28,7 @@ class PlaneField {
     PlaneFunction function{nullfunc};
     PlaneArea area{};
     std::vector<float> values;
-    // Last, as it computes the others.
+    // It stands last, as it computes the others.
     std::unique_ptr<PlaneDrawing> drawing;
 };
 

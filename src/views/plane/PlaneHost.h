@@ -32,7 +32,7 @@ class PlaneHost {
     virtual void Strike(std::optional<BPoint> start) = 0;
     /// Ends the preview, as a key that is let go does.
     virtual void LetGo() = 0;
-    /// Some sixty times a second from Strike to LetGo.
+    /// Called some sixty times a second from Strike to LetGo.
     virtual void Watch() = 0;
 };
 

@@ -29,7 +29,7 @@ class R2RFView;
 /// A press of a button on the plane.
 struct PlanePress {
     BPoint where;
-    /// All that are down.
+    /// The sum of all buttons that are down.
     uint32 buttons;
     uint32 modifiers;
     int32 clicks;
@@ -53,7 +53,7 @@ class PlaneOverlay : public BView {
     PlaneOverlay(R2RFView& plane, PlaneHost& host);
     ~PlaneOverlay() override;
 
-    // How the plane is shown.
+    // The following set how the plane is shown.
 
     void SetBrightness(Brightness next);
     Brightness Curve() const { return brightness; }
@@ -74,7 +74,7 @@ class PlaneOverlay : public BView {
     /// with Ctrl coarser. A preview sounds meanwhile.
     void StepNumber(OrbitNumber id, int way, uint32 modifiers);
 
-    // For the handles.
+    // The handles call these.
 
     bool ShowsHandles() const { return !relief && (inside || focused || moving); }
     /// A press that is none of a handle's although it is on one.
@@ -98,7 +98,7 @@ class PlaneOverlay : public BView {
     void HandleFocus(const PlaneHandle* handle);
     const std::vector<PlaneHandle*>& Handles() const { return handles; }
 
-    /// All that the orbit reaches, with room.
+    /// Shows all that the orbit reaches, with room round it.
     void Fit();
 
     /// The orbit's numbers are its parts, in the order of OrbitNumbers().

@@ -17,7 +17,7 @@ class Trace {
   public:
     Trace(int columns, int rows);
 
-    /// All fades by what it does in so many seconds: to a third in a sixth of a second.
+    /// Fades all lines by what they fade in so many seconds: to a third in a sixth of a second.
     void Fade(float seconds);
     /// A line of that width, less than kWidest, whose color's alpha is how bright it is. One with
     /// an end far beyond all screens, or that is no number, is passed over.
@@ -25,7 +25,7 @@ class Trace {
     void Line(BPoint from, BPoint to, rgb_color color, float width);
     /// Clears all lines at once, without fading.
     void Clear();
-    /// Nothing is to be seen.
+    /// True where nothing is to be seen.
     bool IsDark() const;
 
     /// Puts the opaque picture `base` with the lines over it into `shown`, both of this size, where
@@ -47,7 +47,7 @@ class Trace {
 
     int columns, rows;
     int tilesAcross;
-    /// Blue, green, red, each times alpha, and alpha.
+    /// Each pixel has blue, green and red, each times alpha, and alpha.
     std::vector<uint32> pixels;
     std::vector<Tile> tiles;
 };

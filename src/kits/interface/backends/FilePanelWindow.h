@@ -79,7 +79,7 @@ class FilePanelWindow : public BWindow {
     FolderModel model;
     FileList* list = nullptr;
     CompletingField* path = nullptr;
-    /// Null in open mode.
+    /// The field of the file's name; null in open mode.
     CompletingField* name = nullptr;
     BButton* parentButton = nullptr;
     BButton* defaultButton = nullptr;

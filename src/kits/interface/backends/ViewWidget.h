@@ -20,7 +20,7 @@ inline QString ToQt(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
-/// The pixels that a rectangle with inclusive edges covers.
+/// Returns the pixels that a rectangle with inclusive edges covers.
 inline QRect ToQt(BRect rect) {
     const QPointF leftTop(rect.left, rect.top);
     return {leftTop.toPoint(),

@@ -28,7 +28,7 @@ class LocalSources {
     void SetInlet(MidiThread::Inlet* next);
     /// Connects or disconnects a source; returns false for an unknown one.
     bool SetConnected(const std::string& name, bool connected);
-    /// Nothing happens unless the source is connected.
+    /// Puts in bytes of the source; nothing happens unless that is connected.
     void Put(const std::string& name, std::span<const uint8> bytes);
 
   private:

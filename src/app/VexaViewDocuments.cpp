@@ -22,12 +22,12 @@ namespace vexa {
 
 namespace {
 
-/// Those of the plane's view.
+/// The fields of the plane's view.
 constexpr FunctionField kPlaneFields[] = {FunctionField::Width, FunctionField::LinkFunctionX,
                                           FunctionField::LinkFunctionY, FunctionField::LinkScreenX,
                                           FunctionField::LinkScreenY};
 
-/// On standard error, and what was read over also in one alert for all.
+/// Tells what there is to say on standard error, and what was read over also in one alert for all.
 void Tell(const std::filesystem::path& path, const ReadReport& report) {
     std::string lines;
     for (const std::string& warning : report.warnings) {
@@ -137,7 +137,7 @@ void VexaView::InterpretSound(const Sound& sound) {
     PutSound(sound);
 }
 
-/// Which is one step, called so; the sound is that of a file then.
+/// Loads a sound, which is one step, called so; the sound is that of a file then.
 void VexaView::LoadAs(const Sound& sound, const std::string& name, const std::string& step) {
     NoteSteps();
     const Busy now(busy);
@@ -268,7 +268,7 @@ void VexaView::TakeAsSaved() {
     comparedAt.reset();
 }
 
-/// How often anything of what ConstructSound tells may have changed.
+/// Counts how often anything of what ConstructSound tells may have changed.
 uint64 VexaView::Edits() const {
     uint64 edits = instrument.Changes();
     for (const BTextControl* field : fields)

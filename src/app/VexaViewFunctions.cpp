@@ -65,7 +65,7 @@ bool VexaView::MarkInstalled(const Function& function, const FunctionReport& rep
     return installed;
 }
 
-/// What went wrong, in alerts; why and where, on standard error too.
+/// Shows what went wrong, in alerts; why and where, on standard error too.
 void VexaView::ShowFailure(const FunctionReport& report) {
     if (!report.details.empty())
         std::fprintf(stderr, "vexa: %s\n", report.details.c_str());

@@ -66,7 +66,7 @@ OrbitPath PathOf(const SoundRecords& records, const VoiceView& v, const OrbitSum
             fy};
 }
 
-/// Of a note that nobody plays.
+/// Returns the orbit of a note that nobody plays.
 OrbitPath UsualOrbit(const SoundRecords& records) {
     const float vel = kShownNote.vel, key = kShownNote.key;
     const OrbitSums sums = SumsFor(records, vel, key);

@@ -52,7 +52,8 @@ void Oscillator::Advance(Wave wave, const EarTurn& ears, double sine, double cos
     UseWaves(wave, later.data(), count, rightSpace, right);
 }
 
-/// Of a phase at the beginning of the cell with this sine and cosine.
+/// Has the coordinate compute its wave by the steps, from a phase at the beginning of the cell with
+/// this sine and cosine.
 void Oscillator::UseSteps(Wave wave, double sine, double cosine, Coordinate& coordinate) noexcept {
     if (step != keptStep) {
         std::array<double, 8> phases, eightPhases;

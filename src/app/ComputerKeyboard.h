@@ -11,10 +11,10 @@
 
 namespace vexa {
 
-/// Two rows of keys: the lowest row of letters is the white keys from C3 on, with the black ones in
-/// the row above it; the row below the digits starts at C4, with the black keys among the digits.
-/// Keys go by their place, so every layout has the same piano. A source in the MIDI roster. Window
-/// thread.
+/// Plays by two rows of keys: the lowest row of letters is the white keys from C3 on, with the
+/// black ones in the row above it; the row below the digits starts at C4, with the black keys among
+/// the digits. Keys go by their place, so every layout has the same piano. It is a source in the
+/// MIDI roster. Window thread.
 class ComputerKeyboard {
   public:
     static constexpr const char* kName = "Computer keyboard";

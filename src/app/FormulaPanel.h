@@ -51,7 +51,7 @@ class FormulaPanel {
     const std::vector<Text>& Texts() const { return texts; }
     const std::vector<Bar>& Bars() const { return bars; }
     const std::vector<Gap>& Gaps() const { return gaps; }
-    /// Null if there is none.
+    /// Returns the gap of a field, null if there is none.
     const Gap* FindGap(FieldId field) const;
     /// The frame of a text field that stands in the gap with its text on the gap's baseline, clear
     /// of the letters before it.

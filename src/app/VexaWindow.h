@@ -122,14 +122,14 @@ class VexaWindow : public BWindow, private SessionClient {
     BMenuField* menu = nullptr;
     float barLeft = 0;
     float barRight = 0;
-    /// Null while it is being built, which may take an alert.
+    /// The main view, null while it is being built, which may take an alert.
     VexaView* mainView = nullptr;
     std::unique_ptr<Session> session;
     /// The project as it was opened or saved last, with what the window cannot change.
     Project savedProject;
     /// Shows it where the window is too small for all of it.
     BScrollView* mainPane = nullptr;
-    /// Null where there is none.
+    /// The drawer, null where there is none.
     Drawer* sounds = nullptr;
     Pane drawer;
     Pane strip;

@@ -29,8 +29,8 @@ class OutputTap {
     OutputTap(const OutputTap&) = delete;
     OutputTap& operator=(const OutputTap&) = delete;
 
-    /// Frames per second of what comes; 0 before anything was connected. Any thread reads it, one
-    /// sets it.
+    /// Returns the frames per second of what comes; 0 before anything was connected. Any thread
+    /// reads it, one sets it.
     float Rate() const noexcept { return rate; }
     void SetRate(float next) noexcept { rate = next; }
 
@@ -68,7 +68,7 @@ class OutputTap {
     kits::Shared<uint64> begun{0};
     kits::Shared<uint64> ended{0};
     kits::Shared<float> rate{0};
-    /// Written by the window thread.
+    /// The number of listeners, written by the window thread.
     kits::Shared<int32> listeners{0};
 };
 

@@ -31,7 +31,7 @@ struct SoundEntry {
     std::string fault;
     /// All of the above that a person reads, as FoldedText folds it.
     std::string searched;
-    /// Null before it is drawn, and of a sound that cannot be loaded.
+    /// The picture, null before it is drawn, and for a sound that cannot be loaded.
     std::shared_ptr<const BBitmap> picture;
 };
 

@@ -6,7 +6,7 @@
 
 namespace vexa {
 
-/// Longest expression, in bytes.
+/// The longest expression, in bytes.
 constexpr std::size_t kLongestExpression = 65536;
 /// Deepest nesting of parentheses, calls, signs, casts and ?:, which readers follow with a deeper
 /// stack.

@@ -63,7 +63,7 @@ struct FormulaOutcome {
 /// the text's length, and bounded stack. Any thread that may allocate.
 FormulaOutcome CompileFormula(std::string_view text);
 
-/// The same, computed by the loops of one instruction set.
+/// Does the same, with a formula that is computed by the loops of one instruction set.
 FormulaOutcome CompileFormula(std::string_view text, const formula::FormulaLoops& loops);
 
 } // namespace vexa

@@ -26,13 +26,13 @@ enum class Constants : unsigned char { None, First, Second, Third };
 constexpr std::size_t kForms = 4;
 
 struct PlainLoops {
-    /// Null where there is no such operation, or no such form of it.
+    /// A loop is null where there is no such operation, or no such form of it.
     Loop loops[kPlainOps][kTypes][kForms];
 };
 
 struct MathsLoops {
     Loop loops[kMathsOps];
-    /// The same of a Float that becomes a Double on the way; null where there is none.
+    /// These take a Float, which becomes a Double on the way; null where there is none.
     Loop ofFloats[kMathsOps];
 };
 

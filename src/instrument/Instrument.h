@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// One whole instrument: what it plays, and what it plays with.
+// An instrument is one as a whole: what it plays, and what it plays with.
 #pragma once
 
 #include "documents/ApplySound.h"

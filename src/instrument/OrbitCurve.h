@@ -9,8 +9,8 @@
 
 namespace vexa {
 
-/// One revolution: centre and radii of the ellipse, the phases at which it begins (radians), and
-/// the turns of x and y.
+/// One revolution of an orbit: centre and radii of the ellipse, the phases at which it begins
+/// (radians), and the turns of x and y.
 struct OrbitPath {
     double cx, cy, ax, ay;
     double phasex, phasey;

@@ -37,8 +37,8 @@ enum class Request : uint8 {
 };
 constexpr std::size_t kRequests = 6;
 
-/// Two sides, which any two threads may be on at a time: the audio side computes and never waits;
-/// the other one works on documents, and its calls wait for each other.
+/// The instrument has two sides, which any two threads may be on at a time: the audio side computes
+/// and never waits; the other one works on documents, and its calls wait for each other.
 class HostedInstrument {
   public:
     /// Makes an instrument at `rate` samples per second, which plays the sound "default", or that
@@ -58,7 +58,7 @@ class HostedInstrument {
     VEXA_REALTIME Engine& Audio() noexcept { return instrument.Playing(); }
     /// Renders the next `count` samples of both ears.
     VEXA_REALTIME void Render(float* left, float* right, std::size_t count) noexcept;
-    /// Samples by which what Render gives is later than it was asked for.
+    /// Returns the samples by which what Render gives is later than it was asked for.
     VEXA_REALTIME std::size_t Delay() const noexcept { return oversampler.Delay(); }
     /// Puts a request down for Work; false where it is longer than kMostText or too many wait.
     VEXA_REALTIME bool Post(Request request, std::string_view text) noexcept;

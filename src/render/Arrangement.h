@@ -21,7 +21,7 @@ class Arrangement {
     /// has any.
     explicit Arrangement(std::list<Part> all);
 
-    /// Two where one of the parts has two ears, else one.
+    /// Returns 2 where one of the parts has two ears, else 1.
     std::size_t Channels() const { return channels; }
     double Seconds() const;
     double SecondsDone() const { return parts.front().SecondsDone(); }

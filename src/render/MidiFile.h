@@ -70,7 +70,7 @@ constexpr int kMaxMidiSeconds = 24 * 60 * 60;
 /// fields say. Any thread but the media thread.
 kits::Result<MidiFile> ReadMidiFile(const std::filesystem::path& path);
 
-/// The same for the content of a file, which messages call `name`.
+/// Reads the content of a file in the same way; messages call it `name`.
 kits::Result<MidiFile> ReadMidiFile(std::span<const uint8> bytes, std::string_view name);
 
 } // namespace vexa

@@ -29,7 +29,7 @@ struct Options {
 
     /// The path of a file or the name of a sound. Without a value it is the sound "default".
     std::optional<std::filesystem::path> sound;
-    /// The same for single MIDI channels, each of which is then an instrument of its own.
+    /// The sounds of single MIDI channels, each of which is then an instrument of its own.
     std::array<std::optional<std::filesystem::path>, 16> channelSounds;
     /// These replace the sound's function; at most one of the first three has a value. A frequency
     /// (Hz) without a sample is for the sample that the sound brings, if it does.
@@ -59,7 +59,7 @@ struct Options {
     double gain = VoiceRenderer::kUsualGain;
     /// The seconds that are rendered after the last event.
     double tail = 3;
-    /// Frames rendered at a time; the result does not depend on it.
+    /// The frames rendered at a time; the result does not depend on it.
     int block = 512;
     /// True where the whole is to be scaled to a peak of 1.
     bool normalize = false;

@@ -23,7 +23,7 @@ class Performance {
     /// before it is played.
     void Watch(kits::EventWatcher* next) { watcher = next; }
 
-    /// Samples from the beginning to the end of the tail.
+    /// Returns the samples from the beginning to the end of the tail.
     int64 Length() const { return length; }
     /// Returns how many samples have been rendered so far.
     int64 Position() const { return position; }

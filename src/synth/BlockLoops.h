@@ -22,7 +22,7 @@ struct RampLine {
     double from, to;
 };
 
-/// Samples that the loops compute in one go at most.
+/// The samples that the loops compute in one go at most.
 constexpr std::size_t kMostSamples = 64;
 /// Every array of a block has room for so many more: the loops go on to a multiple of it, so that
 /// they consist of whole vectors, and what stands there afterwards means nothing.
@@ -97,7 +97,7 @@ struct LowCutFilter {
 struct BlockLoops {
     /// sums[i] is `start` after i additions of `step`, each rounded; returns the sum after `count`.
     double (*Accumulate)(double start, double step, double* sums, std::size_t count);
-    /// The same, for moments of which only what is rounded to a float is wanted.
+    /// Does the same, for moments of which only what is rounded to a float is wanted.
     double (*Moments)(double start, double step, float* sums, std::size_t count);
     /// Computes the sines and cosines of `count` phases, of which there may be any number. Their
     /// error is below 1e-15. The arrays need no slack.

@@ -23,10 +23,11 @@ class DecimationFilter {
     /// lower rate's band is 110 dB lower with either. It allocates.
     DecimationFilter(std::size_t factor, std::size_t half);
 
-    /// Frames of the stream from the first one that a filtered one depends on to itself.
+    /// Returns the frames of the stream from the first one that a filtered one depends on to
+    /// itself.
     std::size_t Reach() const { return reach; }
-    /// Frames that one filtered one is made of; those beyond 2 Reach() + 1 have no effect as long
-    /// as they are finite.
+    /// Returns how many frames one filtered one is made of; those beyond 2 Reach() + 1 have no
+    /// effect as long as they are finite.
     std::size_t Length() const { return taps.size(); }
     /// Computes the next `count` frames of the lower rate, of which the first has the place of
     /// frames[Reach()]. Real-time safe, any thread.
@@ -58,7 +59,7 @@ class Decimator {
   private:
     std::size_t factor;
     DecimationFilter filter;
-    /// Frames that the next output and later ones need; the first is its first tap's.
+    /// The frames that the next output and later ones need; the first belongs to the first tap.
     std::vector<float> held;
     /// How many frames were taken and given out so far.
     std::size_t taken = 0;

@@ -15,7 +15,8 @@ namespace vexa {
 /// The angle, in radians, by which an oscillator's phase is earlier for the left ear, and later for
 /// the right one, over a block.
 struct EarTurn {
-    /// Radians: at the block's beginning, or at each moment of it where there are `angles`.
+    /// The angle at the block's beginning, or, where there are `angles`, at each moment of it; in
+    /// radians.
     double angle = 0;
     const double* angles = nullptr;
     double sine = 0, cosine = 1;

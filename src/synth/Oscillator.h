@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// One of a voice's two oscillators.
+// An oscillator is one of a voice's two, for x and for y.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -66,7 +66,7 @@ class VEXA_REALTIME Oscillator {
     /// long as the coordinate is used.
     void Advance(Wave wave, double sine, double cosine, std::size_t count, double* space,
                  Coordinate& coordinate) noexcept;
-    /// The same for both ears, with a space each; all else of the coordinates stays as it is.
+    /// Does the same for both ears, with a space each; all else of the coordinates stays as it is.
     void Advance(Wave wave, const EarTurn& turn, double sine, double cosine, std::size_t count,
                  double* leftSpace, double* rightSpace, Coordinate& left,
                  Coordinate& right) noexcept;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Frames at one rate of a renderer that runs at a multiple of it.
+// An oversampler gives frames at one rate of a renderer that runs at a multiple of it.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -28,7 +28,8 @@ class Oversampler {
     /// called while rendering.
     VEXA_REALTIME void SetFrameRate(double rate);
 
-    /// Frames by which what the next Render renders is heard later: half the filter or 0.
+    /// Returns the frames by which what the next Render renders is heard later: half the filter or
+    /// 0.
     VEXA_REALTIME std::size_t Delay() const noexcept {
         return renderer.Oversampling() > 1 ? half : 0;
     }
@@ -38,7 +39,7 @@ class Oversampler {
 
   private:
     static constexpr std::size_t kMostFactor = 16;
-    /// Frames that are rendered at a time.
+    /// The frames that are rendered at a time.
     static constexpr std::size_t kPiece = 64;
     /// What the renderer has given: the frames that the filter still needs, and then the next
     /// piece.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// One row per coefficient of a sound: all that the program knows about it by name.
+// The table has one row per coefficient of a sound: all that the program knows about it by name.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"

@@ -33,7 +33,7 @@ struct RunningVoice {
     PitchRamp glide, bend;
     /// Seconds since note-on or, once released, since note-off.
     double t = 0;
-    /// Samples since note-on; they go on after the release.
+    /// The samples since note-on; they go on after the release.
     std::size_t age = 0;
     /// The orbit's centre.
     double cx = 0, cy = 0;

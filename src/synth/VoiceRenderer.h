@@ -33,7 +33,7 @@ class VoiceRenderer {
   public:
     /// The gain that all programs play with unless told otherwise; it leaves room for a chord.
     static constexpr float kUsualGain = 0.25F;
-    /// Samples that are computed in one go.
+    /// The samples that are computed in one go.
     static constexpr std::size_t kBlock = kMostSamples;
 
     /// Makes a renderer with gain 0, dummyfunction and 44100 samples per second. The records are

@@ -59,7 +59,7 @@ class SoundListView : public BView {
     kits::AccessibleThing DescribePart(std::size_t index) const override;
     void Activate(std::optional<std::size_t> part) override;
 
-    /// Pixels a side of the pictures that rows show, on a screen of usual density.
+    /// The pixels a side of the pictures that rows show, on a screen of usual density.
     static constexpr int kPictureSize = 48;
 
   private:
@@ -81,7 +81,7 @@ class SoundListView : public BView {
     bool loadedChanged = false;
     std::size_t cursor = 0;
     std::optional<std::size_t> hovered;
-    /// Pixels of the rows above the view's top.
+    /// The pixels of the rows that are above the view's top.
     float scroll = 0;
     BFont small;
 };

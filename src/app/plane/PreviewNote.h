@@ -10,8 +10,8 @@
 
 namespace vexa {
 
-/// One note that comes and goes by the MIDI thread, as those of the computer's keyboard do,
-/// whatever source is chosen. Window thread.
+/// A note that comes and goes by the MIDI thread, as those of the computer's keyboard do, whatever
+/// source is chosen. Window thread.
 class PreviewNote {
   public:
     explicit PreviewNote(Engine& engine);

@@ -25,7 +25,7 @@ class Knob : public BView {
     void SetValue(float next);
     /// Does what a person's turn does.
     void Turn(float next);
-    /// One that has no effect at present is dimmed.
+    /// Dims a knob that has no effect at present.
     void SetDimmed(bool next);
 
     void Draw(BRect update) override;

@@ -28,7 +28,7 @@ class PlayingControls : public CellGrid {
     void MessageReceived(BMessage* message) override;
 
   private:
-    /// One of the two is there.
+    /// A row's control, a menu or a field; one of the two is there.
     struct Control {
         NumberField* number = nullptr;
         BMenuField* menu = nullptr;

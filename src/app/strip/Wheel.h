@@ -11,8 +11,8 @@ namespace vexa {
 /// A wheel is moved by dragging, by the mouse's wheel and by the arrow keys. Window thread.
 class Wheel : public BView {
   public:
-    /// One that springs goes from -1 to 1 and back to 0 when it is let go, by the mouse, by Enter
-    /// or when the keyboard goes elsewhere; another one goes from 0 to 1 and stays.
+    /// Makes a wheel. One that springs goes from -1 to 1 and back to 0 when it is let go, by the
+    /// mouse, by Enter or when the keyboard goes elsewhere; another one goes from 0 to 1 and stays.
     Wheel(const char* name, bool springs, std::function<void(float)> moved);
 
     float Value() const { return value; }

@@ -54,7 +54,7 @@ class BFilePanel : private kits::FilePanelOwner {
     /// Sends the result; `message` is a copy that may be changed.
     virtual void SendMessage(const BMessenger* to, BMessage* message);
 
-    /// Null once the application has gone.
+    /// Returns the window, null once the application has gone.
     BWindow* Window() const;
     /// Differs from that of every other panel of this run.
     int32 Id() const { return id; }

@@ -33,15 +33,15 @@ class BFont {
     /// Sets the size in pixels.
     void SetSize(float next) { size = next; }
     float Size() const { return size; }
-    /// Empty: the family that the desktop has chosen.
+    /// Returns the family; an empty text stands for the one that the desktop has chosen.
     const std::string& Family() const { return family; }
     void SetFamily(std::string_view name) { family = name; }
 
     void GetHeight(font_height* height) const;
-    /// Pixels from the start of the text to where the next one would start.
+    /// Returns the pixels from the start of the text to where the next one would start.
     float StringWidth(std::string_view text) const;
-    /// Pixels from the start of the text to the right end of its ink: slanted letters reach beyond
-    /// the width.
+    /// Returns the pixels from the start of the text to the right end of its ink: slanted letters
+    /// reach beyond the width.
     float InkWidth(std::string_view text) const;
 
     bool operator==(const BFont&) const = default;

@@ -28,7 +28,7 @@ class BMenuItem : public BInvoker {
     /// Marks the item or not. In a menu of radio mode the other items lose their mark.
     void SetMarked(bool mark);
     BMenu* Menu() const { return menu; }
-    /// Null where the item is none that opens a menu.
+    /// Returns the menu that the item opens, or null.
     BMenu* Submenu() const { return submenu.get(); }
 
     /// Does what a choice by a person does.
@@ -70,7 +70,7 @@ class BMenu {
     void RemoveAll();
     std::size_t CountItems() const { return items.size(); }
     BMenuItem* ItemAt(std::size_t index) const;
-    /// Null if there is none.
+    /// Returns the item of that label, null if there is none.
     BMenuItem* FindItem(std::string_view label) const;
     BMenuItem* FindItem(uint32 command) const;
     BMenuItem* FindMarked() const;

@@ -73,7 +73,7 @@ class BView : public BHandler {
     BView* Parent() const { return parent; }
     /// The view of that name here or below, null if there is none.
     BView* FindView(std::string_view name);
-    /// Null before the view is attached.
+    /// Returns the window that the view is in, null before it is attached.
     BWindow* Window() const { return window; }
 
     // Place.

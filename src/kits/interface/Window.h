@@ -85,7 +85,8 @@ class BWindow : public BLooper {
     /// The window comes to the desktop that the user looks at.
     void SetWorkspaces(uint32 workspaces);
 
-    /// Microseconds between the pulses of the views, at least 1000. 500000 at first.
+    /// Sets the microseconds between the pulses of the views, at least 1000. They are 500000 at
+    /// first.
     void SetPulseRate(bigtime_t rate);
 
     /// The toolkit's widget of the window. Only the kits call it.

@@ -17,7 +17,7 @@ namespace kits {
 struct ChildLimits {
     /// The seconds of processor time; the system ends a process that uses more.
     std::chrono::seconds processorTime{20};
-    /// Milliseconds by the clock after which the program and what it has started are killed.
+    /// The milliseconds by the clock after which the program and what it has started are killed.
     std::chrono::milliseconds time{30'000};
     /// The program may have so many bytes of address space.
     std::uint64_t memory = std::uint64_t{1} << 30;

@@ -24,8 +24,8 @@ struct VectorMaths {
     OfTwo pow, hypot;
 };
 
-/// One for each instruction set of vexa_loops that this architecture has, in its order; the first
-/// runs on every machine.
+/// Returns one for each instruction set of vexa_loops that this architecture has, in its order; the
+/// first runs on every machine.
 std::span<const VectorMaths* const> AllVectorMaths();
 
 } // namespace kits

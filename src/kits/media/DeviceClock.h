@@ -24,8 +24,9 @@ class DeviceClock {
 
     /// Returns the number of the first frame of the present period. Any thread.
     int64 Frame() const noexcept { return Latest().frame; }
-    /// Microseconds; wait-free, any thread. Told from the period that was under way at that time,
-    /// so that what came in with a period is at its frame however late one asks.
+    /// Returns the performance time of a moment of the system's clock, both in microseconds. It is
+    /// told from the period that was under way at that moment, so that what came in with a period
+    /// is at its frame however late one asks. Wait-free, any thread.
     VEXA_REALTIME bigtime_t PerformanceTimeFor(bigtime_t realTime) const noexcept;
     bigtime_t RealTimeFor(bigtime_t performanceTime) const noexcept;
 

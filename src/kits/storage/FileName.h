@@ -8,7 +8,7 @@
 
 namespace kits {
 
-/// Longest name, in bytes: what file systems take.
+/// The longest name, in bytes, that file systems take.
 constexpr std::size_t kLongestFileName = 255;
 
 /// Checks that a file can be created under `name`, which is to be one step of a path. It refuses an

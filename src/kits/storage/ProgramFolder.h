@@ -24,7 +24,7 @@ std::filesystem::path ContentFolder();
 /// sha256sum writes it). `folder` is the name of one of the four in all calls. Any thread.
 class ProgramFolders {
   public:
-    /// One folder for both, in which every file is the person's.
+    /// Takes one folder for both, in which every file is the person's.
     ProgramFolders(std::filesystem::path both); // NOLINT: a path is the simple case of this
     ProgramFolders(const std::filesystem::path& own, std::filesystem::path shipped);
 

@@ -33,7 +33,8 @@ class BMessage {
     status_t FindData(std::string_view name, type_code type, int32 index, const void** data,
                       std::size_t* size) const;
 
-    // The same for the types in use; a text is stored with its length, so it may hold any byte.
+    // These do the same for the types in use; a text is stored with its length, so it may hold any
+    // byte.
 
     status_t AddInt32(std::string_view name, int32 value);
     status_t FindInt32(std::string_view name, int32* value) const;

@@ -17,8 +17,8 @@
 
 namespace kits {
 
-/// One role that reads published values: the renderer, the MIDI consumer. Belongs to one thread at
-/// a time. Construction and destruction take a lock and stay out of the media thread.
+/// A reader is one role that reads published values: the renderer, the MIDI consumer. It belongs to
+/// one thread at a time. Construction and destruction take a lock and stay out of the media thread.
 class Reader {
   public:
     Reader();

@@ -11,7 +11,7 @@ class BBitmapStream {
   public:
     explicit BBitmapStream(BBitmap* bitmap) : bitmap(bitmap) {}
 
-    /// Null once it has been detached.
+    /// Returns the bitmap, null once it has been detached.
     const BBitmap* Bitmap() const { return bitmap.get(); }
     /// Gives the bitmap to the caller. Returns B_NO_INIT if there is none.
     status_t DetachBitmap(BBitmap** result) {

@@ -51,7 +51,7 @@ class Plugin {
     void Tell(const char* message) const noexcept;
 
     const clap_host& host;
-    /// Frames per second; until a host says another.
+    /// The frames per second; this many until a host says another number.
     double rate = 48000;
     HostedInstrument instrument;
     clap_plugin face;

@@ -49,7 +49,7 @@ enum Port : std::uint32_t {
 };
 constexpr std::uint32_t kPorts = kFirstControl + kControls;
 
-/// Bytes of the ports for events, which hold the longest text and some notes.
+/// The bytes of the ports for events, which hold the longest text and some notes.
 constexpr std::size_t kEventBytes = 2 * HostedInstrument::kMostText;
 
 } // namespace vexa::lv2

@@ -75,7 +75,7 @@ inline void Step(const Lanes& hpa, const Lanes& hpb, const Lanes& gain, const La
 }
 
 #if defined(__FMA__)
-// The same by whole vectors, where the compiler would now and then take lane after lane.
+// These do the same by whole vectors, where the compiler would now and then take lane after lane.
 
 inline void Step(const Four& hpa, const Four& hpb, const Four& gain, const Four& s, Four& hpsum0,
                  Four& hpsum1, Four& output) {

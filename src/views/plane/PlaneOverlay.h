@@ -70,8 +70,8 @@ class PlaneOverlay : public BView {
     /// Sets a number to the nearest multiple of `tidy`. A preview that is sounding begins anew
     /// where its start has moved.
     void MoveNumber(OrbitNumber id, double value, double tidy);
-    /// One step of an arrow key, up where `way` is 1 and down where it is -1; with Shift finer,
-    /// with Ctrl coarser. A preview sounds meanwhile.
+    /// Moves a number by one step of an arrow key, up where `way` is 1 and down where it is -1;
+    /// with Shift finer, with Ctrl coarser. A preview sounds meanwhile.
     void StepNumber(OrbitNumber id, int way, uint32 modifiers);
 
     // The handles call these.

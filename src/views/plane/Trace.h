@@ -36,7 +36,7 @@ class Trace {
     void ShowAll();
 
   private:
-    /// Pixels are looked at in squares, all of whose pixels are dark unless it is lit.
+    /// A square of pixels, all of which are dark unless it is lit.
     struct Tile {
         bool lit = false;
         bool changed = true;

@@ -72,7 +72,7 @@ class FilePanelWindow : public BWindow {
     void Send(BMessage message);
     void Complain(const std::string& text);
 
-    /// Null once it has gone.
+    /// The panel, null once it has gone.
     FilePanelOwner* panel;
     uint32 flavors;
     std::filesystem::path folder;

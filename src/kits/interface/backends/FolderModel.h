@@ -17,7 +17,8 @@ struct stat;
 
 namespace kits {
 
-/// One row per entry, folders first; columns are name, size and date of the last change.
+/// The model has one row per entry, folders first; columns are name, size and date of the last
+/// change.
 class FolderModel : public QAbstractTableModel {
   public:
     enum Column { kName, kSize, kDate, kColumns };

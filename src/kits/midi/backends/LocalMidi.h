@@ -18,7 +18,7 @@ class LocalSources {
     static LocalSources& Instance();
 
     void Add(const std::string& name);
-    /// One that no list shows and that is always connected.
+    /// Adds a source that no list shows and that is always connected.
     void AddOwn(const std::string& name);
     void Remove(const std::string& name);
     bool Empty();

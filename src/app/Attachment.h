@@ -31,8 +31,9 @@ class Attachment {
     /// Has the records show the notes that play there. The sound, if it has become another one by
     /// other means than Offer.
     std::optional<Sound> Take(SoundRecords& records);
-    /// The sound is to become that one, but for whose it is. Nothing happens where it is so
-    /// already; false, and nothing happens, where the document is too large to be sent.
+    /// Offers the plug-in that its sound becomes this one, but for whose it is. Nothing happens
+    /// where it is so already; false, and nothing happens, where the document is too large to be
+    /// sent.
     bool Offer(const Sound& sound);
     /// Plays a note or moves a controller there.
     void Play(uint8 status, uint8 first, uint8 second);

@@ -26,7 +26,8 @@ class ComputerKeyboard {
     bool Take(const BMessage& message);
     /// Lets go of all keys that are held.
     void ReleaseAll();
-    /// The channel, 0..15, that the coming notes are on; 0 at first. Lets go of all keys.
+    /// Sets the channel, 0..15, that the coming notes are on, which is 0 at first, and lets go of
+    /// all keys.
     void SetChannel(uchar next);
     uchar Channel() const { return source.Channel(); }
 

@@ -20,7 +20,7 @@ class FormulaHint : public BView {
     /// Comes up with the reason, whose lines are wrapped, and a mark at `x`, in this view's
     /// parent's coordinates, if there is a place.
     void Explain(const std::string& reason, std::optional<float> x);
-    /// The mark alone, where the text has been scrolled.
+    /// Moves the mark alone, where the text has been scrolled.
     void MoveMark(std::optional<float> x);
     void Withdraw();
 

@@ -24,7 +24,7 @@ class HandSource {
     using Player = std::function<void(uint8 status, uint8 first, uint8 second)>;
     /// Events go there from now on, and not to who has connected the source.
     void SendTo(Player next) { player = std::move(next); }
-    /// The channel, 0..15, that the coming events are on; 0 at first.
+    /// Sets the channel, 0..15, that the coming events are on; it is 0 at first.
     void SetChannel(uchar next) { channel = next; }
     uchar Channel() const { return channel; }
 

@@ -203,8 +203,8 @@ class VexaView : public BView {
     /// `details`, if any, say why.
     static void ErrorAlert(const std::string& text, const std::string& details = "");
 
-    /// The field has the text, and it takes effect at once, as if a person had confirmed it. `code`
-    /// is that of the field's message.
+    /// Puts the text into the field, and has it take effect at once, as if a person had confirmed
+    /// it. `code` is that of the field's message.
     void EnterNow(FieldId field, uint32 code, const std::string& text);
 
     // The parts, for the window and for tests.

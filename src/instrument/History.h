@@ -50,14 +50,15 @@ class History {
     /// Tells that the sound has become this one. What was undone can then not be redone. Nothing
     /// happens where it is the same as before.
     void Take(const Sound& sound, const GestureMoment& moment);
-    /// A step of its own, whatever comes before and after it, which is called so; the sound is that
-    /// of a file from there on. Nothing happens where both are the same as before.
+    /// Makes a step of its own, whatever comes before and after it, which is called so; the sound
+    /// is that of a file from there on. Nothing happens where both are the same as before.
     void Load(const Sound& sound, const std::string& name, const std::string& step);
     /// Does the same without another file.
     void Do(const Sound& sound, const std::string& step);
-    /// The hands have moved macros since the last call, and that is all that differs.
+    /// Tells that the hands have moved macros since the last call, and that this is all that
+    /// differs.
     void Play(const Sound& sound);
-    /// The next change is another gesture.
+    /// Ends the gesture: the next change is another one.
     void End();
 
     bool CanUndo() const { return place > 0; }

@@ -92,7 +92,8 @@ class Instrument {
     /// Installs silence in the place of a sample or picture that is missing.
     void Silence();
 
-    /// The author of sounds and functions that are edited here; kDefaultAuthor unless set.
+    /// Sets the author of sounds and functions that are edited here, who is kDefaultAuthor unless
+    /// set.
     void SetUser(const std::string& name) { user = name; }
     const std::string& User() const { return user; }
 
@@ -100,10 +101,11 @@ class Instrument {
     /// the sound said so itself.
     void Prefer(const PlayingTexts& choices);
     const PlayingTexts& Preferred() const { return preferred; }
-    /// The voice limit from now on, whatever a sound says: a person or an option has chosen it.
+    /// Sets the voice limit from now on, whatever a sound says, as a person or an option has chosen
+    /// it.
     void ChooseVoices(int32 limit);
     std::optional<int32> ChosenVoices() const { return chosenVoices; }
-    /// The voice limit where neither a person nor the sound says one; 1 unless set.
+    /// Sets the voice limit where neither a person nor the sound says one; it is 1 unless set.
     void SetUsualVoices(int32 limit);
     /// Returns the voice limit that LoadRest and the calls before have given the consumer.
     int32 VoiceLimit() const;

@@ -62,7 +62,8 @@ class VEXA_REALTIME MidiChannel {
     void ForgetMacros() { std::fill(own.begin() + kOwnMacros, own.end(), -1.0F); }
     /// Brings the wheel back to its middle.
     void CentreBend() { bend = 0; }
-    /// The range of the wheel, in semitones, where it is told, and that another channel told.
+    /// The range of the wheel, in semitones, is forgotten, or is the one that another channel was
+    /// told.
     void ForgetRange() { range = {}; }
     void TakeRange(const MidiChannel& other) { range = other.range; }
 

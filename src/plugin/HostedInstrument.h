@@ -100,7 +100,8 @@ class HostedInstrument {
     /// Does what Instrument::Change does, from what a window was shown. Where the sound has become
     /// another one since it returns nothing, and nothing happens.
     std::optional<Shown> Edit(const Shown& before, const Sound& next);
-    /// A message that takes effect with the next samples; one for which there is no room is lost.
+    /// Posts a message that takes effect with the next samples; one for which there is no room is
+    /// lost.
     void PostMidi(const std::array<uint8, 3>& message);
     /// Returns the records of what plays. Any thread may read of them what any thread may read.
     const SoundRecords& Records() const { return instrument.Playing(); }

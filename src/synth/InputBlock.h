@@ -24,9 +24,9 @@ class VEXA_REALTIME InputBlock {
   public:
     explicit InputBlock(Macros& macros) : macros(macros), space(std::make_unique<Space>()) {}
 
-    /// The macros over the next `count` moments, `rate` a second, whether they are
-    /// used or not. Each goes to what it was last set to within 10 ms, or `smooth` samples if that
-    /// is longer; the first moment of all finds it there. `offset` as for VoiceMotion.
+    /// Moves the macros over the next `count` moments, `rate` a second, whether they are used or
+    /// not. Each goes to what it was last set to within 10 ms, or `smooth` samples if that is
+    /// longer; the first moment of all finds it there. `offset` is that of VoiceMotion.
     void Advance(double rate, std::size_t smooth, std::size_t offset, std::size_t count) noexcept;
 
     /// The arrays that f.Evaluate expects for the points of the block that was advanced over: those
@@ -44,7 +44,7 @@ class VEXA_REALTIME InputBlock {
         Ramp<float> value;
         std::size_t length;
     };
-    /// The values of that input for a voice, which wants it at a value that may be its own.
+    /// Writes the values of that input for a voice, which wants it at a value that may be its own.
     void Write(const Common& common, float wanted, Ramp<float>& heard, const RunningVoice& v,
                float* to, std::size_t count) noexcept;
     /// Writes `count` values of the ramp from here on.

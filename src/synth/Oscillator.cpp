@@ -9,7 +9,7 @@ namespace vexa {
 
 namespace {
 
-/// The waves of phases, as the coordinate's own.
+/// Gives the coordinate the waves of these phases as its own.
 VEXA_REALTIME void UseWaves(Oscillator::Wave wave, const double* phases, std::size_t count,
                             double* space, Coordinate& coordinate) noexcept {
     std::array<double, kRoom> sines, cosines;

@@ -52,7 +52,7 @@ class PlaneDrawing {
     std::shared_ptr<Bands> bands;
 };
 
-/// The whole picture at once, however long it takes.
+/// Draws the whole picture at once, however long it takes.
 void DrawPlane(const PlaneFunction& f, const PlaneArea& area, uint32* words);
 
 } // namespace vexa

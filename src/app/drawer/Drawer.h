@@ -27,7 +27,7 @@ class Drawer : public BView {
     Drawer(BRect frame, VexaView& mainView);
     ~Drawer() override;
 
-    /// The favourites, and who is told when a person has changed them.
+    /// Sets the favourites, and the function that is told when a person has changed them.
     void SetFavourites(Favourites next, std::function<void(const Favourites&)> changed);
 
     /// Loads the sound so many places after the one that plays, or before it; beyond an end it goes

@@ -34,7 +34,7 @@ class SoundListView : public BView {
     /// view.
     void SetRows(SoundList next);
     const SoundList& Rows() const { return rows; }
-    /// The sound that plays, and whether it has changed since.
+    /// Tells the list which sound plays, and whether it has changed since.
     void SetLoaded(const std::filesystem::path& path, bool changed);
     /// The row of the sound that plays, if it is among them.
     std::optional<std::size_t> LoadedRow() const;

@@ -33,7 +33,7 @@ class NumberField : public BTextControl {
     /// Returns what a message of the field says was typed, as it would be written without the unit;
     /// nothing where the text was empty. It is not checked.
     std::optional<std::string> Typed(const BMessage& message) const;
-    /// The text was not taken, and why; or it was.
+    /// Tells that the text was not taken, and why; an empty fault tells that it was.
     void TellFault(const std::string& fault);
     /// Sets the words that tell what the field is for.
     void SetHelp(const std::string& next);

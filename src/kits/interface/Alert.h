@@ -29,7 +29,7 @@ class BAlert {
     void SetDetails(const std::string& next) { details = next; }
     const std::string& Details() const { return details; }
 
-    /// The button that Enter presses, by its index; the last one at first.
+    /// Sets the button that Enter presses, by its index; it is the last one at first.
     void SetDefaultButton(std::size_t index) { defaultButton = index; }
 
     /// Shows the alert, waits for an answer and returns the index of the button. Meanwhile no

@@ -46,8 +46,8 @@ class BView : public BHandler {
     /// is a second wheel to the right. Fractions come from touch pads. False where the view has no
     /// use for it: the parent is asked next.
     virtual bool WheelMoved(BPoint where, BPoint steps);
-    /// A key, while the view has the focus. False where the view has no use for it: it is the
-    /// window's then, as B_KEY_DOWN or TakeShortcut.
+    /// Called for a key while the view has the focus. It answers false where the view has no use
+    /// for it: the key is the window's then, as B_KEY_DOWN or TakeShortcut.
     virtual bool KeyDown(const kits::KeyPress& press);
     /// The view, not a control inside of it, has got the focus or lost it.
     virtual void FocusChanged() {}
@@ -55,9 +55,9 @@ class BView : public BHandler {
     virtual void ColorsChanged() {}
     /// Called at the pulse rate of the window while that is shown, if the view has B_PULSE_NEEDED.
     virtual void Pulse() {}
-    /// The next picture of what moves, some sixty times a second after StartAnimation while the
-    /// view can be seen; `seconds` have passed since the last one. False where nothing moves any
-    /// more.
+    /// Called for the next picture of what moves, some sixty times a second after StartAnimation
+    /// while the view can be seen; `seconds` have passed since the last one. It answers false where
+    /// nothing moves any more.
     virtual bool Animate(float /*seconds*/) { return false; }
     /// Called with the new size in pixels, if the view has B_FRAME_EVENTS.
     virtual void FrameResized(float width, float height);

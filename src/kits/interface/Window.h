@@ -37,9 +37,9 @@ class BWindow : public BLooper {
     /// The content area has changed its size; the views have followed.
     virtual void FrameResized(float /*width*/, float /*height*/) {}
 
-    /// A key that nothing in the window wanted, beside Ctrl or Alt or of those that write nothing.
-    /// False where the window has no use for it: then it becomes B_KEY_DOWN, unless Ctrl or Alt is
-    /// held.
+    /// Called for a key that nothing in the window wanted, beside Ctrl or Alt or of those that
+    /// write nothing. It answers false where the window has no use for it: then it becomes
+    /// B_KEY_DOWN, unless Ctrl or Alt is held.
     virtual bool TakeShortcut(const kits::KeyPress& /*press*/) { return false; }
 
     /// From now on files can be dropped anywhere in the window, and texts where no field is. They
@@ -82,7 +82,7 @@ class BWindow : public BLooper {
     /// The part of its screen that the window may fill with its content, beside its title and what
     /// the desktop keeps for itself.
     BRect Room() const;
-    /// The window comes to the desktop that the user looks at.
+    /// Brings the window to the desktop that the user looks at.
     void SetWorkspaces(uint32 workspaces);
 
     /// Sets the microseconds between the pulses of the views, at least 1000. They are 500000 at

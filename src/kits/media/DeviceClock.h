@@ -19,7 +19,8 @@ class DeviceClock {
     /// woke up.
     explicit DeviceClock(double rate, double smoothing = 0.05) : rate(rate), smoothing(smoothing) {}
 
-    /// The device's thread: a period begins with the device's frame `frame`, at that real time.
+    /// Tells that a period begins with the device's frame `frame`, at that real time in
+    /// microseconds. The device's thread.
     VEXA_REALTIME void Period(int64 frame, bigtime_t realTime) noexcept;
 
     /// Returns the number of the first frame of the present period. Any thread.

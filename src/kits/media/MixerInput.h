@@ -48,8 +48,8 @@ class MixerInput {
     VEXA_REALTIME bool Reaches(int64 frame) const noexcept { return !playing || written >= frame; }
 
     VEXA_REALTIME std::size_t Channels() const { return channels; }
-    /// The device's thread: adds what belongs to the frames from `frame` on, one channel's to
-    /// `left` and the other's to `right`, which is as long. One channel has no right.
+    /// Adds what belongs to the frames from `frame` on, one channel's to `left` and the other's to
+    /// `right`, which is as long. An input of one channel has no right. The device's thread.
     VEXA_REALTIME void AddTo(std::span<float> left, float* right, int64 frame) noexcept;
 
     /// The producer has stopped: that nothing comes is not counted, until it writes again.

@@ -26,8 +26,8 @@ class Recording {
     Recording(const Recording&) = delete;
     Recording& operator=(const Recording&) = delete;
 
-    /// A device of this rate, in frames per second, is about to play. The first one begins the
-    /// file; one of another rate ends what is kept, which Finish tells.
+    /// Tells that a device of this rate, in frames per second, is about to play. The first one
+    /// begins the file; one of another rate ends what is kept, which Finish tells.
     void TakeRate(double rate);
 
     /// Takes what the device plays next. It never waits; what the disk is too slow for is left out

@@ -22,7 +22,8 @@ class PlaneHost {
     // The following do what a person does who puts the texts into the fields.
 
     virtual void SetCoefficient(ParameterId id, const std::string& text) = 0;
-    /// The width that is shown, in plane units, and the point that is shown at the link's place.
+    /// Sets the width that is shown, in plane units, and the point that is shown at the link's
+    /// place.
     virtual void SetView(const std::string& width, const std::string& linkX,
                          const std::string& linkY) = 0;
 

@@ -77,14 +77,15 @@ class PlaneOverlay : public BView {
     // The handles call these.
 
     bool ShowsHandles() const { return !relief && (inside || focused || moving); }
-    /// A press that is none of a handle's although it is on one.
+    /// True for a press that is none of a handle's although it is on one.
     bool IsForOverlay(const PlanePress& press) const;
     void Press(const PlanePress& press);
     void Move(BPoint where);
     void Release(BPoint where);
     /// The pointer is there, over the plane or no longer.
     void Hover(BPoint where, bool over);
-    /// A number is being moved, and no longer: where nothing sounds, a preview does meanwhile.
+    /// Tell that a number is being moved, and no longer: where nothing sounds, a preview does
+    /// meanwhile.
     void Grip();
     void LetGo();
     /// Plane units, y upwards, that so many pixels of the view are.
@@ -93,7 +94,7 @@ class PlaneOverlay : public BView {
     std::string TextOf(const PlaneHandleRow& row) const;
     /// Returns the step to whose multiples numbers are rounded that are moved by pixels.
     double PixelStep() const;
-    /// The handle whose numbers are told at the edge of the plane; null for none.
+    /// Sets the handle whose numbers are told at the edge of the plane; null for none.
     void Notice(const PlaneHandle* handle);
     void HandleFocus(const PlaneHandle* handle);
     const std::vector<PlaneHandle*>& Handles() const { return handles; }

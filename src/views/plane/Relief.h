@@ -29,7 +29,7 @@ class Relief {
     /// How many pieces of ground there are along each side.
     static constexpr int kCells = 128;
 
-    /// The landscape of the values, which have kCells + 1 columns and rows.
+    /// Takes the landscape of the values, which have kCells + 1 columns and rows.
     void Take(const PlaneField& field, Brightness curve);
 
     /// Draws it into a picture of so many pixels, and keeps how far away what each shows is.

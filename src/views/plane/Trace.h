@@ -32,7 +32,7 @@ class Trace {
     /// that has changed since the last call: the extent of that, empty (right < left) if there is
     /// none.
     BRect Show(const uint32* base, uint32* shown);
-    /// The next Show is about everything.
+    /// Has the next Show show everything.
     void ShowAll();
 
   private:

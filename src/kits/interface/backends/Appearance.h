@@ -4,8 +4,8 @@
 
 namespace kits {
 
-/// The style of controls, in light colours until SetControlColors gives others. Notes what the
-/// desktop has chosen, for DesktopIsDark.
+/// Sets the style of controls, in light colours until SetControlColors gives others. It notes what
+/// the desktop has chosen, for DesktopIsDark.
 void SetAppearance();
 
 } // namespace kits

@@ -21,7 +21,7 @@ class HeldKeys : public QObject {
     /// Returns the one of the running application.
     static HeldKeys& Instance();
 
-    /// The window has taken the press of the key at that place.
+    /// Notes that the window has taken the press of the key at that place.
     void Take(quint32 place, WindowWidget& window) { keys[place].window = &window; }
 
     /// True while a key with that code of the toolkit is down.

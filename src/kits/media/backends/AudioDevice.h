@@ -17,9 +17,9 @@ namespace kits {
 class VEXA_REALTIME AudioSource {
   public:
     virtual ~AudioSource() = default;
-    /// The next `frames` samples of the left and of the right channel, within -1..1. `now` is the
-    /// real time, in microseconds, at which the stretch begins as far as the device can tell. The
-    /// device's real-time thread: no wait, lock or allocation.
+    /// Computes the next `frames` samples of the left and of the right channel, within -1..1. `now`
+    /// is the real time, in microseconds, at which the stretch begins as far as the device can
+    /// tell. The device's real-time thread: no wait, lock or allocation.
     virtual void Play(float* left, float* right, uint32 frames, bigtime_t now) noexcept = 0;
     /// Waits until the next `frames` samples are there, for a second at most. A device calls it
     /// that plays in other than real time, and takes everything as soon as it is there. The

@@ -23,7 +23,8 @@ namespace kits {
 class JackProcessor {
   public:
     virtual ~JackProcessor() = default;
-    /// The server's real-time thread: no wait, lock or allocation, unless it is freewheeling.
+    /// Called in each period of so many frames. The server's real-time thread: no wait, lock or
+    /// allocation, unless it is freewheeling.
     VEXA_REALTIME virtual void Process(uint32 frames) noexcept = 0;
 };
 

@@ -30,7 +30,7 @@ namespace {
 constexpr uint32 kLeftTop = B_FOLLOW_LEFT | B_FOLLOW_TOP;
 
 constexpr float kPlaneUnitsPerPixel = 0.05F;
-/// Of the envelope editors.
+/// The place and height of the envelope editors, in pixels.
 constexpr float kEditorLeft = 440;
 constexpr float kEditorHeight = 92;
 /// Between the view's edges and what it holds.
@@ -112,7 +112,7 @@ void VexaView::MakeTurn(FieldId id, std::string_view reset, const NumberRange& r
     Field(id).SetReset(reset);
 }
 
-/// With the text of a fresh window.
+/// Adds a field with the text of a fresh window.
 void VexaView::AddField(FunctionField id, BRect frame) {
     const FunctionFieldRow& row = RowOf(id);
     Function initial;
@@ -210,7 +210,7 @@ void VexaView::AddMenus() {
         BMenu* menu;
         BRect frame;
     } bars[] = {
-        // In the free place beside the sample's button, above the channel.
+        // It stands in the free place beside the sample's button, above the channel.
         {"Midi Source", deviceMenu, {108, frequency.top - 31, 230, frequency.top}},
         {"Midi Device", voicesMenu, {10, top, 110, top}},
         {"Midi Channel", channelMenu, {120, top, 220, top}},

@@ -22,7 +22,7 @@ namespace vexa {
 
 namespace {
 
-/// Those of the plane's view.
+/// The fields of the plane's view.
 constexpr FunctionField kPlaneFields[] = {FunctionField::Width, FunctionField::LinkFunctionX,
                                           FunctionField::LinkFunctionY, FunctionField::LinkScreenX,
                                           FunctionField::LinkScreenY};
@@ -140,7 +140,7 @@ void VexaView::InterpretSound(const Sound& sound) {
     PutSound(sound);
 }
 
-/// Which is one step, called so; the sound is that of a file then.
+/// Loads a sound, which is one step, called so; the sound is that of a file then.
 void VexaView::LoadAs(const Sound& sound, const std::string& name, const std::string& step) {
     NoteSteps();
     const Busy now(busy);
@@ -271,7 +271,7 @@ void VexaView::TakeAsSaved() {
     comparedAt.reset();
 }
 
-/// How often anything of what ConstructSound tells may have changed.
+/// Counts how often anything of what ConstructSound tells may have changed.
 uint64 VexaView::Edits() const {
     uint64 edits = instrument.Changes();
     for (const BTextControl* field : fields)

@@ -33,7 +33,7 @@ namespace {
 /// Ten pulses a second move the orbits.
 constexpr bigtime_t kPulseRate = 100000;
 constexpr float kWidest = 10000;
-/// Of the window, whose main view scrolls then, in pixels.
+/// The least size of the window, whose main view scrolls then, in pixels.
 constexpr float kLeastWidth = 480;
 constexpr float kLeastHeight = 240;
 
@@ -45,7 +45,7 @@ constexpr float kScrollBar = 16;
 constexpr float kBarGap = 6;
 constexpr float kMenuWidth = 34;
 
-/// Whether the code is one of a control of the main view.
+/// True where the code is one of a control of the main view.
 bool IsCommand(uint32 code) {
     static constexpr uint32 kCommands[] = {
         kExpressionTypedCode, kLoadFunctionCode, kSaveFunctionCode, kLoadSoundCode, kSaveSoundCode,
@@ -301,7 +301,7 @@ void VexaWindow::SetDark(bool on) {
     ApplyColors();
 }
 
-/// From now on and at the next start.
+/// Makes the window classic, or no longer, from now on and at the next start.
 void VexaWindow::ChooseClassic(bool on) {
     SetClassic(on);
     mainView->Remembered().Set(kClassicSetting, on);

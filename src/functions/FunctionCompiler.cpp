@@ -20,7 +20,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// What a compilation calls its files, in its private folder and above it.
+// A compilation calls its files so, in its private folder and above it.
 constexpr const char* kSource = "recent.c";
 constexpr const char* kAddon = "recent";
 
@@ -77,8 +77,8 @@ std::string Describe(const kits::ChildResult& result, const kits::ChildLimits& l
     return result.standardError;
 }
 
-/// Whether the compiler has the headers of the C library, which are another package, whatever the
-/// language is in which it tells of them. It writes nothing.
+/// True where the compiler has the headers of the C library, which are another package, whatever
+/// the language is in which it tells of them. It writes nothing.
 bool HasHeaders(const fs::path& folder, const kits::ChildLimits& limits) {
     return kits::RunProgram({{"gcc", "-fsyntax-only", "-include", "math.h", "-x", "c", "/dev/null"},
                              folder,

@@ -11,7 +11,7 @@ namespace vexa {
 
 namespace {
 
-/// What the longer side spans.
+/// The longer side spans so many units of the plane.
 constexpr float kSpan = 10.0F;
 
 const PictureLoops& loops = *RunnablePictureLoops().back();

@@ -88,7 +88,7 @@ bool Instrument::EditPlaying(const PlayingRow& row, const std::optional<std::str
     return true;
 }
 
-/// The same sound goes on, played in another way.
+/// Plays the same sound on in another way.
 void Instrument::SetPlaying(const std::optional<PlayingTexts>& next) {
     const bool given = saidPlaying.given, pedal = saidPlaying.Pedal();
     const float bend = saidPlaying.bend;

@@ -51,7 +51,7 @@ OrbitPath PathOf(const SoundRecords& records, const VoiceView& v, const OrbitSum
             fy};
 }
 
-/// Of a note that nobody plays.
+/// Returns the orbit of a note that nobody plays.
 OrbitPath UsualOrbit(const SoundRecords& records) {
     VoiceView v{};
     v.vel = kShownNote.vel;

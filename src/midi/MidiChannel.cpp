@@ -74,7 +74,7 @@ MidiChannel::Change MidiChannel::Control(uchar controller, uchar value) {
             return Change::Zone;
         if (parameterMsb != 0 || parameterLsb != kRangeParameter)
             return Change::None;
-        // Of a pair the most significant byte comes first, and alone it has no hundredths.
+        // The most significant byte of a pair comes first, and alone it has no hundredths.
         if (controller == kDataMsb)
             range = {value, {}};
         else

@@ -48,7 +48,7 @@ void VexaMidiConsumer::TakeUpSound() {
     }
 }
 
-/// Whether a slot, which may be none, has a note of the channel's zone, or of the channel.
+/// True where a slot, which may be none, has a note of the channel's zone, or of the channel.
 bool VexaMidiConsumer::Plays(int index, uchar from) const {
     if (index < 0)
         return false;
@@ -143,7 +143,8 @@ void VexaMidiConsumer::ControlChange(uchar from, uchar controller, uchar value, 
     }
 }
 
-/// By the MIDI association's recommended practice (RP-015): volume and sound controllers stay.
+/// Resets what the MIDI association's recommended practice (RP-015) says: volume and sound
+/// controllers stay.
 void VexaMidiConsumer::ResetControllers(uchar from) {
     for (uchar to = 0; to < channels.size(); to++) {
         if (Concerns(from, to))
@@ -172,7 +173,7 @@ void VexaMidiConsumer::PitchBend(uchar from, uchar lsb, uchar msb, bigtime_t) {
     ApplyBend(from);
 }
 
-/// To all notes of the channel that sound, released ones too.
+/// Gives the channel's bend to all of its notes that sound, released ones too.
 void VexaMidiConsumer::ApplyBend(uchar from) {
     for (std::size_t i = 0; i < voices.size(); i++) {
         const uchar to = holders[i].channel;

@@ -15,7 +15,7 @@ void ProgramSelector::Came(const kits::MidiEvent& event) {
         return;
     if (const int32 channel = consumer.Channel(); channel >= 0 && channel != event.channel)
         return;
-    // Of many in a row the last one counts, and one message is enough.
+    // Only the last of many in a row counts, so one message is enough.
     if (chosen.exchange((bank.msb * 128 + bank.lsb) * 128 + event.data1) == kNone)
         target.SendMessage(BMessage(code));
 }

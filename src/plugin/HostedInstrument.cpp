@@ -18,7 +18,7 @@ struct Header {
     uint32 size;
 };
 
-/// Of the function that is asked for.
+/// Returns the kind of the function that is asked for.
 FunctionKind KindOf(Request request) {
     return request == Request::Sample    ? FunctionKind::Sample
            : request == Request::Picture ? FunctionKind::Picture

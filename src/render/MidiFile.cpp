@@ -47,7 +47,7 @@ void SortByTick(std::vector<Event>& events) {
                      [](const Event& a, const Event& b) { return a.tick < b.tick; });
 }
 
-/// How ticks become time: a tick lasts `tempo` units, a second has `unitsPerSecond`. Both are
+/// Ticks become time by this: a tick lasts `tempo` units, a second has `unitsPerSecond`. Both are
 /// integers for every division, so times add up without rounding.
 struct TimeBase {
     uint32 tempo = kDefaultTempo;
@@ -100,7 +100,7 @@ class Parser {
 
     std::span<const uint8> bytes;
     std::size_t position = 0;
-    /// Of the part being read: a track, or the whole file.
+    /// The end of the part being read: a track, or the whole file.
     std::size_t end;
     const char* part = "file";
     std::optional<std::string> fault;

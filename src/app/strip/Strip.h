@@ -18,10 +18,10 @@ class TuningControls;
 class VexaView;
 class Wheel;
 
-/// Scope, macros, how the sound is played, tuning; and below these the piano with its wheels and
-/// its hold. In a low window it is one of the two rows, and a button turns it to the other one.
-/// Looks thirty times a second at what plays, while it is seen, and draws what has changed. Window
-/// thread.
+/// The strip has scope, macros, how the sound is played, and tuning, and below these the piano with
+/// its wheels and its hold. In a low window it shows one of the two rows, and a button turns it to
+/// the other one. It looks thirty times a second at what plays, while it is seen, and draws what
+/// has changed. Window thread.
 class Strip : public BView {
   public:
     /// Shows and edits what the main view plays, which outlives it. `turned` is called when another
@@ -29,8 +29,8 @@ class Strip : public BView {
     Strip(BRect frame, VexaView& mainView, std::function<void()> turned);
     ~Strip() override;
 
-    /// As BRect::Height and BRect::Width count them: of both rows, and of the one that is shown
-    /// where there is but one.
+    /// Return the size in pixels, as BRect::Height and BRect::Width count it: of both rows, and of
+    /// the one that is shown where there is but one.
     static float PreferredHeight();
     float LeastHeight() const;
     static float LeastWidth();

@@ -8,12 +8,12 @@ namespace kits {
 
 /// A set for everything that the toolkit draws; a light one unless it says otherwise.
 struct ControlColors {
-    /// Behind the controls.
+    /// The colour behind the controls.
     rgb_color panel = {204, 204, 204};
     rgb_color text = {24, 24, 24};
-    /// Of what is disabled.
+    /// The colour of texts of disabled controls.
     rgb_color faintText = {128, 128, 128};
-    /// Inside of text fields and lists, and their text.
+    /// The colours inside of text fields and lists, and of their text.
     rgb_color field = {251, 251, 251};
     /// A field that is disabled, and its frame.
     rgb_color disabledField = {214, 214, 214};
@@ -42,12 +42,12 @@ struct ControlColors {
     rgb_color tipText = {24, 24, 24};
 };
 
-/// From now on everything has these colours; windows draw themselves anew, views are left to
+/// Gives all controls these colours from now on. Windows draw themselves anew; views are told by
 /// BWindow::ColorsChanged. Window thread, while there is an application.
 void SetControlColors(const ControlColors& colors);
 const ControlColors& PresentControlColors();
 
-/// Whether the person has chosen dark windows on this desktop. Window thread.
+/// True where the person has chosen dark windows on this desktop. Window thread.
 bool DesktopIsDark();
 
 } // namespace kits

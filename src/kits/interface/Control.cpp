@@ -78,7 +78,7 @@ class BTextControl::Line : public QLineEdit {
 
     /// Where the character is shown, in pixels from the left.
     float PositionOf(qsizetype index) const {
-        // As the editor lays it out, which rounds the widths of letters.
+        // The layout is the editor's, which rounds the widths of letters.
         QTextLayout layout(text(), font());
         layout.beginLayout();
         const QTextLine whole = layout.createLine();
@@ -167,7 +167,7 @@ class BTextControl::Line : public QLineEdit {
     }
 
     BTextControl* field;
-    /// Of the wheel, not a whole step yet.
+    /// The turn of the wheel that is not a whole step yet.
     int turned = 0;
     /// A press has brought the focus and has not been seen yet.
     bool clicked = false;

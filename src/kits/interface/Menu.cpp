@@ -151,7 +151,7 @@ void BMenu::Fill(QMenu& toolkit) {
         opening(*this);
     toolkit.clear();
     qDeleteAll(toolkit.findChildren<QMenu*>(Qt::FindDirectChildrenOnly));
-    // Of a group, so that the mark looks like one of many.
+    // Items are in a group, so that the mark looks like one of many.
     delete toolkit.findChild<QActionGroup*>();
     auto* group = radio ? new QActionGroup(&toolkit) : nullptr;
     for (const std::unique_ptr<BMenuItem>& item : items) {

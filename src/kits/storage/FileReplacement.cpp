@@ -40,7 +40,8 @@ fs::path Resolved(const fs::path& path) {
     return error ? path : resolved;
 }
 
-/// Whether the system withholds the attribute, or has no room for such things, rather than failing.
+/// True where the system withholds the attribute, or has no room for such things, rather than
+/// failing.
 bool IsWithheld(int fault) {
     return fault == ENOTSUP || fault == EPERM || fault == EACCES || fault == ENODATA;
 }

@@ -14,7 +14,7 @@
 class BString {
   public:
     BString() = default;
-    /// Up to the terminating zero; null is the empty string.
+    /// Copies the text up to its terminating zero; null makes the empty string.
     BString(const char* text);
     explicit BString(std::string_view text) : bytes(text) {}
     BString(const BString& other) = default;
@@ -24,7 +24,7 @@ class BString {
     ~BString() = default;
 
     int64 Length() const { return static_cast<int64>(bytes.size() - start); }
-    /// The bytes and a terminating zero, until the string changes.
+    /// Returns the bytes and a terminating zero, which stand until the string changes.
     const char* String() const { return bytes.c_str() + start; }
     operator std::string_view() const { return std::string_view(bytes).substr(start); }
     /// Returns the byte at a position, 0 outside of the string.
@@ -54,7 +54,7 @@ class BString {
     std::string_view Range(int64 from, int64 length) const;
 
     std::string bytes;
-    /// Where in `bytes` the string begins; what lies before it was removed, and is kept until the
-    /// string changes as a whole.
+    /// The index in `bytes` at which the string begins; what lies before it was removed, and is
+    /// kept until the string changes as a whole.
     std::size_t start = 0;
 };

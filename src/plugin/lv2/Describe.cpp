@@ -55,7 +55,7 @@ std::string Number(double number) {
     return digits.find('.') == std::string::npos ? digits + ".0" : digits;
 }
 
-/// Of letters, digits and "_" alone: jalv's commands read no others.
+/// Makes the identifier of letters, digits and "_" alone: jalv's commands read no others.
 std::string UriOf(const char* kind, const std::string& word) {
     std::string name = kind + word;
     std::replace_if(

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// How the plane and the orbits on it are shown.
+// This part of the overlay shows the plane and the orbits on it.
 #include "views/plane/PlaneOverlay.h"
 
 #include "kits/interface/Menu.h"
@@ -32,7 +32,7 @@ constexpr auto kPulseTime = std::chrono::milliseconds(15);
 
 /// Pixels of the view.
 constexpr float kOrbitWidth = 1.5F;
-/// Of an orbit behind a hill, of 255.
+/// How strongly an orbit behind a hill is drawn, where 255 is in full.
 constexpr uint8 kBehind = 70;
 /// In a dash that is another voice's.
 constexpr uint8 kOthers = 60;
@@ -55,7 +55,7 @@ constexpr int kRingSides = 12;
 /// For which what a key has chosen is told, in pulses.
 constexpr int kToldFor = 15;
 
-/// Whether they are the same figure but for so many plane units.
+/// True where they are the same figure but for so many plane units.
 bool AreClose(const Orbit& a, const Orbit& b, double most) {
     return std::abs(a.cx - b.cx) <= most && std::abs(a.cy - b.cy) <= most &&
            std::abs(a.rx - b.rx) <= most && std::abs(a.ry - b.ry) <= most;
@@ -182,12 +182,12 @@ bool PlaneOverlay::TakeShortcut(const kits::KeyPress& press) {
     return true;
 }
 
-/// Whether what is shown is not the very picture of the plane view.
+/// True where what is shown is not the very picture of the plane view.
 bool PlaneOverlay::IsOwn() const {
     return relief || brightness != Brightness::Linear || density != 1;
 }
 
-/// What the plane view shows, over so many points.
+/// Returns the area that the plane view shows, over so many points.
 PlaneArea PlaneOverlay::AreaOf(std::size_t columns, std::size_t rows) const {
     const float pixels = Bounds().Width() + 1;
     return {plane.LinkFunction().x,
@@ -300,7 +300,8 @@ bool PlaneOverlay::Animate(float seconds) {
     return sounds || previewing || !trace->IsDark();
 }
 
-/// Whether there is any. Where several are the same figure each has its share of the line.
+/// Draws the orbits; true where there is any. Where several are the same figure each has its share
+/// of the line.
 bool PlaneOverlay::DrawOrbits() {
     const SoundRecords& records = host.Records();
     std::array<Orbit, kVoiceSlots> orbits;
@@ -408,7 +409,7 @@ void PlaneOverlay::Draw(BRect) {
     Refresh();
     DrawBitmap(shown.get(), Bounds());
     if (ShowsHandles()) {
-        // From the start of the centre to the others.
+        // Lines go from the start of the centre to the other handles.
         SetHighColor({255, 255, 255, 110});
         for (std::size_t i = 1; i < handles.size(); i++) {
             const BPoint line[] = {handles.front()->Center(), handles[i]->Center()};

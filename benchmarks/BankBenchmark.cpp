@@ -58,8 +58,7 @@ void ListByBank(benchmark::State& state) {
 void ReadOneByOne(benchmark::State& state) {
     for (auto _ : state) {
         for (const std::filesystem::path& path : Programs(Sounds().Folders())) {
-            ReadReport report;
-            benchmark::DoNotOptimize(bool(ReadSound(path, report)));
+            benchmark::DoNotOptimize(bool(ReadSound(path)));
         }
     }
 }

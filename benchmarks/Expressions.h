@@ -20,7 +20,7 @@ inline vexa::PlaneFunction Compiled(const char* expression) {
     static const test::ProgramFolder folder;
     vexa::CompileOutcome outcome = vexa::FunctionCompiler(folder.Path()).Compile(expression);
     if (!outcome)
-        throw std::runtime_error(outcome.details);
+        throw std::runtime_error(outcome.text);
     return outcome.addon;
 }
 

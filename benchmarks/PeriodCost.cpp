@@ -47,7 +47,7 @@ double Cost(const vexa::Sound& sound, const Way& way, std::size_t seconds, std::
     static const test::ProgramFolder folder;
     vexa::Instrument instrument(folder.Path(), vexa::Addons::Awaited);
     if (const vexa::FunctionReport report = instrument.Load(sound); !report)
-        throw std::runtime_error(report.details);
+        throw std::runtime_error(report.text);
     vexa::Engine& engine = instrument.Playing();
     engine.playing.given = true;
     engine.playing.spread = way.spread;
@@ -86,9 +86,8 @@ int main(int count, char** arguments) {
         return std::size_t(count > index ? std::atoi(arguments[index]) : otherwise);
     };
     const std::size_t seconds = number(1, 5), rounds = number(2, 11), period = number(3, 64);
-    vexa::ReadReport report;
-    const auto sound = vexa::ReadSound(
-        count > 4 ? arguments[4] : VEXA_SOURCE_FOLDER "/benchmarks/twin-hills.xml", report);
+    const auto sound =
+        vexa::ReadSound(count > 4 ? arguments[4] : VEXA_SOURCE_FOLDER "/benchmarks/twin-hills.xml");
     if (!sound) {
         std::fprintf(stderr, "%s\n", sound.Fault().text.c_str());
         return 1;

@@ -104,8 +104,7 @@ void Open(benchmark::State& state, vexa::FunctionKind kind, const std::string& s
         return state.SkipWithError("not written");
     vexa::Instrument instrument(folder.Path(), vexa::Addons::None);
     for (auto _ : state) {
-        vexa::ReadReport report;
-        if (!instrument.Load(*vexa::ReadSound(path, report)))
+        if (!instrument.Load(*vexa::ReadSound(path)))
             return state.SkipWithError("not loaded");
     }
 }

@@ -75,11 +75,10 @@ class Tour {
 
     /// One minute of the next sound; false if something is wrong.
     bool Minute(int minute) {
-        vexa::ReadReport report;
         const fs::path& path = sounds[static_cast<std::size_t>(minute) % sounds.size()];
-        const auto sound = vexa::ReadSound(path, report);
+        const auto sound = vexa::ReadSound(path);
         if (!sound)
-            return Fail(path, report.reason);
+            return Fail(path, sound.Fault().text);
         if (const vexa::FunctionReport loaded = whole.Load(*sound); !loaded)
             return Fail(path, vexa::Text(loaded));
         for (int piece = 0; piece < kPiecesPerMinute; piece++) {

@@ -43,7 +43,7 @@ void SoundOfTree(benchmark::State& state, MXString (*make)(std::size_t)) {
     for (auto _ : state) {
         Sound sound;
         Remarks remarks;
-        benchmark::DoNotOptimize(InterpretSound(root, sound, remarks).has_value());
+        benchmark::DoNotOptimize(bool(InterpretSound(root, sound, remarks)));
     }
     state.SetBytesProcessed(state.iterations() * size);
 }

@@ -19,16 +19,19 @@ if(VEXA_FUZZ)
 endif()
 target_include_directories(vexa_options INTERFACE ${CMAKE_SOURCE_DIR}/src)
 
-# vexa_library(NAME [FOLDERS FOLDER...] [DEPENDS LIBRARY...] [BACKENDS PKG...])
+# vexa_library(NAME [FOLDERS FOLDER...] [DEPENDS LIBRARY...] [BACKENDS PKG...] [APART FILE...])
 #
 # The static library of the current folder, made of its .cpp files but main.cpp, and of those in FOLDERS below it.
 # DEPENDS are libraries of ours, BACKENDS pkg-config modules that only these .cpp files may include.
+# The preset of the fuzzers joins .cpp files for the compiler (CMAKE_UNITY_BUILD). Files in APART, which name something in
+# private as another file does, are then compiled by themselves.
 function(vexa_library name)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "FOLDERS;DEPENDS;BACKENDS")
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "FOLDERS;DEPENDS;BACKENDS;APART")
     list(TRANSFORM arg_FOLDERS APPEND "/*.cpp")
     file(GLOB sources CONFIGURE_DEPENDS *.cpp backends/*.cpp ${arg_FOLDERS})
     list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
     add_library(${name} STATIC ${sources})
+    set_source_files_properties(${arg_APART} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
     target_link_libraries(${name} PUBLIC vexa_options ${arg_DEPENDS})
     foreach(module IN LISTS arg_BACKENDS)
         pkg_check_modules(${module} REQUIRED IMPORTED_TARGET ${module})

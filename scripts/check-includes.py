@@ -10,8 +10,8 @@ and the rule; the exit code is 1 then.
 
 import pathlib
 import re
-import sys
-import tempfile
+
+import sourcecheck
 
 # Kits that know no windows: all that the engine may use of them.
 ENGINE_KITS = ["kits/support", "kits/storage", "kits/application", "kits/kernel", "kits/maths",
@@ -187,7 +187,7 @@ def circle_faults(source, uses):
 
 
 def check(source):
-    """The faults of a whole tree, as lines to print, and the number of includes."""
+    """The faults of a whole tree, and what to say where there are none."""
     faults = [f"{file}:1: its folder is not in the table of {pathlib.Path(__file__).name}"
               for file in sorted(source.rglob("*")) if file.suffix in (".h", ".cpp")
               and folder_of(file.relative_to(source).as_posix()) is None]
@@ -201,7 +201,9 @@ def check(source):
             uses.setdefault(unit, set()).add(target.group(1).rsplit(".", 1)[0])
         if fault := fault_of(source, path, included):
             faults.append(f"{source / path}:{number}: {fault}")
-    return faults + circle_faults(source, uses), count
+    if count == 0:
+        faults.append("no include was found: is this the source folder?")
+    return faults + circle_faults(source, uses), f"{count} includes, all allowed"
 
 
 # A tree with every fault once; the comment behind a line is what has to be said about it.
@@ -235,41 +237,9 @@ FAULTY = {
 
 
 def self_test():
-    with tempfile.TemporaryDirectory() as folder:
-        source = pathlib.Path(folder)
-        expected = []
-        for name, text in FAULTY.items():
-            (source / name).parent.mkdir(parents=True, exist_ok=True)
-            (source / name).write_text(text)
-            expected += [(f"{source / name}:{number}:", line.split("//! ")[1])
-                         for number, line in enumerate(text.splitlines(), 1) if "//! " in line]
-        faults, _ = check(source)
-        expected.append(("check-includes.py", "there is no such circle any more: tuning/Keymap"))
-        wrong = [f"not found: {place} {text}" for place, text in expected
-                 if not any(fault.startswith(place) and text in fault for fault in faults)]
-        wrong += [f"found without reason: {fault}" for fault in faults
-                  if not any(fault.startswith(place) for place, _ in expected)]
-        return wrong
-
-
-def main():
-    arguments = sys.argv[1:]
-    if arguments == ["--self-test"]:
-        faults, done = self_test(), "the check finds what it has to find"
-    elif len(arguments) <= 1 and not any(argument.startswith("-") for argument in arguments):
-        default = pathlib.Path(__file__).resolve().parent.parent / "src"
-        faults, count = check(pathlib.Path(arguments[0]) if arguments else default)
-        done = f"{count} includes, all allowed"
-        if count == 0:
-            faults.append("no include was found: is this the source folder?")
-    else:
-        sys.exit(__doc__)
-    for fault in faults:
-        print(fault)
-    if faults:
-        sys.exit(1)
-    print(done)
+    circle = ("check-includes.py", "there is no such circle any more: tuning/Keymap")
+    return sourcecheck.tried(check, FAULTY, [circle])
 
 
 if __name__ == "__main__":
-    main()
+    sourcecheck.run(__doc__, check, self_test)

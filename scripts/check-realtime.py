@@ -17,11 +17,12 @@ tests/support/RealtimeWatch, which watches while the tests run.
 import fnmatch
 import pathlib
 import re
-import sys
 import tempfile
 
 from clang import cindex
 from clang.cindex import CursorKind as Kind
+
+import sourcecheck
 
 # What the build says of headers' folders and of macros.
 EXTRA = ["-I/usr/share/dpf/distrho/src", '-DVEXA_LOOPS_NAME=""', '-DVEXA_VERSION=""']
@@ -288,44 +289,19 @@ void Marked() {
 }
 
 
-def self_test():
+def check(source):
+    """The faults of a whole tree, and what to say where there are none."""
+    tree = Tree(source)
     with tempfile.TemporaryDirectory() as folder:
-        source = pathlib.Path(folder).resolve() / "src"
-        expected = []
-        for name, text in FAULTY.items():
-            (source / name).parent.mkdir(parents=True, exist_ok=True)
-            (source / name).write_text(text)
-            expected += [(f"{source / name}:{number}:", line.split("//! ")[1])
-                         for number, line in enumerate(text.splitlines(), 1) if "//! " in line]
-        tree = Tree(source)
-        tree.read(folder)
-        return ([f"not found: {place} {text}" for place, text in expected
-                 if not any(fault.startswith(place) and text in fault for fault in tree.faults)]
-                + [f"found without reason: {fault}" for fault in tree.faults
-                   if not any(fault.startswith(place) for place, _ in expected)])
+        count = tree.read(folder)
+    if not tree.marked:
+        tree.faults[f"no function is {MARK}: is this the source folder?"] = True
+    return list(tree.faults), f"{tree.marked} marked functions in {count} sources call marked ones only"
 
 
-def main():
-    arguments = sys.argv[1:]
-    if arguments == ["--self-test"]:
-        faults, done = self_test(), "the check finds what it has to find"
-    elif len(arguments) <= 1 and not any(argument.startswith("-") for argument in arguments):
-        tree = Tree(pathlib.Path(arguments[0]) if arguments
-                    else pathlib.Path(__file__).parent.parent / "src")
-        with tempfile.TemporaryDirectory() as folder:
-            count = tree.read(folder)
-        faults = list(tree.faults)
-        done = f"{tree.marked} marked functions in {count} sources call marked ones only"
-        if not tree.marked:
-            faults.append(f"no function is {MARK}: is this the source folder?")
-    else:
-        sys.exit(__doc__)
-    for fault in faults:
-        print(fault)
-    if faults:
-        sys.exit(1)
-    print(done)
+def self_test():
+    return sourcecheck.tried(check, FAULTY)
 
 
 if __name__ == "__main__":
-    main()
+    sourcecheck.run(__doc__, check, self_test)

@@ -10,8 +10,8 @@ or a library calls, what EXCEPTIONS lists, and headers of backends/, which are n
 import collections
 import pathlib
 import re
-import sys
-import tempfile
+
+import sourcecheck
 
 # Headers that windows are being built on.
 GROWING = {"kits/interface/View.h", "kits/interface/Control.h", "kits/interface/Menu.h",
@@ -82,6 +82,7 @@ def declared(code):
 
 
 def check(source):
+    """The faults of a whole tree, and what to say where there are none."""
     codes = {path.relative_to(source).as_posix(): code_of(path.read_text("utf-8"))
              for path in sorted(source.rglob("*")) if path.suffix in (".h", ".cpp")}
     uses = {path: collections.Counter(re.findall(r"\w+", code)) for path, code in codes.items()}
@@ -106,7 +107,9 @@ def check(source):
     faults += [f"{pathlib.Path(__file__).name}: no exception any more: {entry}"
                for entry in EXCEPTIONS if (source / entry.split()[0]).is_file()
                and entry not in excused]
-    return faults, count
+    if count == 0:
+        faults.append("no function was found: is this the source folder?")
+    return faults, f"{count} functions of the kits, all called"
 
 
 FAULTY = {
@@ -131,34 +134,9 @@ void Own();
 
 
 def self_test():
-    with tempfile.TemporaryDirectory() as folder:
-        source = pathlib.Path(folder)
-        for name, text in FAULTY.items():
-            (source / name).parent.mkdir(parents=True, exist_ok=True)
-            (source / name).write_text(text)
-        found = [fault.rsplit(" ", 1)[1] for fault in check(source)[0]]
-        wanted = ["Free", "Unused", "UnusedToo"]
-        return [] if found == wanted else [f"found {found}, not {wanted}"]
-
-
-def main():
-    arguments = sys.argv[1:]
-    if arguments == ["--self-test"]:
-        faults, done = self_test(), "the check finds what it has to find"
-    elif len(arguments) <= 1 and not any(argument.startswith("-") for argument in arguments):
-        default = pathlib.Path(__file__).resolve().parent.parent / "src"
-        faults, count = check(pathlib.Path(arguments[0]) if arguments else default)
-        done = f"{count} functions of the kits, all called"
-        if count == 0:
-            faults.append("no function was found: is this the source folder?")
-    else:
-        sys.exit(__doc__)
-    for fault in faults:
-        print(fault)
-    if faults:
-        sys.exit(1)
-    print(done)
+    return sourcecheck.tried(check, FAULTY, [("kits/a/A.h: ", f"nobody calls {name}")
+                                             for name in ("Free", "Unused", "UnusedToo")])
 
 
 if __name__ == "__main__":
-    main()
+    sourcecheck.run(__doc__, check, self_test)

@@ -51,11 +51,9 @@ install_packages() {
         fail "could not install ${missing[*]}"
 }
 
-# build PRESET [TARGET]: brings the build of a preset up to date. All that is said goes to standard
-# error; nothing is when nothing was to do. Ninja itself configures anew when a CMake file has
-# changed. The presets "render" and "programs" are parts of "release" and share its folder; what was
-# configured there as more than is asked for stays so.
-build() {
+# configure PRESET: configures the build of a preset, unless it is. Ninja itself configures anew when
+# a CMake file has changed.
+configure() {
     local folder=$root/build/$1 part=
     case $1 in
     render) folder=$root/build/release ;;
@@ -66,5 +64,14 @@ build() {
         { [[ -n $part ]] && ! grep -q "^$part:BOOL=ON" "$folder/CMakeCache.txt"; }; then
         (cd "$root" && cmake --preset "$1") >&2 || fail "could not configure the preset $1"
     fi
-    (cd "$folder" && ninja "${@:2}") >&2 || fail "the build of the preset $1 failed"
+}
+
+# build PRESET [TARGET]: brings the build of a preset up to date. All that is said goes to standard
+# error. The presets "render" and "programs" are parts of "release"
+# and share its folder; what was configured there as more than is asked for stays so.
+build() {
+    local folder=$1
+    [[ $1 != render && $1 != programs ]] || folder=release
+    configure "$1"
+    (cd "$root/build/$folder" && ninja "${@:2}") >&2 || fail "the build of the preset $1 failed"
 }

@@ -5,6 +5,7 @@
 import os
 import pathlib
 import re
+import struct
 import subprocess
 import sys
 import tempfile
@@ -81,6 +82,11 @@ class Desktop(unittest.TestCase):
         self.assertRegex(told, r"^\s*✔ Validation was successful")
         version = output(BUILD / "bin/vexa", "--version").split()[1]
         self.assertIn(f'<release version="{version}"', about.read_text("utf-8"))
+        pictures = re.findall(r'width="(\d+)" height="(\d+)">.*/(.*)</image>', about.read_text("utf-8"))
+        self.assertGreater(len(pictures), 1)
+        for width, height, name in pictures:
+            header = (ROOT / "docs/figures" / name).read_bytes()[:24]
+            self.assertEqual(struct.unpack(">II", header[16:]), (int(width), int(height)), name)
 
     def test_the_flatpak_is_of_this_tree(self):
         path = ROOT / "packaging/flatpak/org.orvo.Vexa.yml"
@@ -91,6 +97,12 @@ class Desktop(unittest.TestCase):
             for source in module["sources"]:
                 pinned = {"archive": "sha256", "git": "tag", "dir": "path"}[source["type"]]
                 self.assertIn(pinned, source, module["name"])
+        # What the build needs, less what the runtime has.
+        needed = re.search(r"\[render\].*(?=\n\[test\])", (ROOT / "scripts/packages.txt").read_text("utf-8"), re.S)[0]
+        runtime = "sndfile1 png jpeg62-turbo ogg jack-jackd2 asound2 xcb1 x11".split()
+        libraries = set(re.findall(r"^lib(\S+)-dev\b", needed, re.M)) - set(runtime)
+        self.assertEqual({module["name"].removeprefix("lib") for module in manifest["modules"][:-1]},
+                         {re.sub(r"\d$", "", library) for library in libraries})
         vexa = manifest["modules"][-1]
         self.assertTrue((path.parent / vexa["sources"][0]["path"] / "CMakeLists.txt").samefile(ROOT / "CMakeLists.txt"))
         options = (ROOT / "CMakeLists.txt").read_text("utf-8")

@@ -29,7 +29,8 @@ constexpr LinkedLibrary kLibraries[] = {
 };
 
 constexpr const char* kFirstPage = "README.md";
-/// From the program folder of a build up to the tree's root, and not much further.
+/// As many steps lead from the program folder of a build up to the tree's root, and not much
+/// further.
 constexpr int kMostSteps = 4;
 
 } // namespace

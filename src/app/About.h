@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the program says of itself, and where its manual is.
+// This is what the program says of itself, and where its manual is.
 #pragma once
 
 #include <filesystem>
@@ -9,16 +9,16 @@
 
 namespace vexa {
 
-/// Name, version and licence.
+/// Returns the program's name, version and licence.
 std::string AboutText();
 
-/// What is linked, and under which licence.
+/// A library that is linked, and its licence.
 struct LinkedLibrary {
     const char* name;
     const char* licence;
 };
 std::span<const LinkedLibrary> LinkedLibraries();
-/// A line for each of them.
+/// Returns a line for each of the libraries.
 std::string LibrariesText();
 
 /// The first page of the manual: of the installation, or of the source tree that the program was

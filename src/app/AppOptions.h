@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The command line of vexa.
+// These are the options of vexa.
 #pragma once
 
 #include "documents/Sound.h"
@@ -17,7 +17,7 @@
 
 namespace vexa {
 
-/// What a command line asks for.
+/// The options that a command line gives.
 struct AppOptions {
     enum class Action { Play, List, Help, Version };
     Action action = Action::Play;
@@ -27,24 +27,24 @@ struct AppOptions {
     bool classic = false;
     /// A sound, a function, a sample or a picture to start with.
     std::optional<std::filesystem::path> file;
-    /// A file's path or a sound's name. Without a value: the sound "default".
+    /// The path of a file or the name of a sound. Without a value it is the sound "default".
     std::optional<std::filesystem::path> sound;
-    /// What a person makes is kept in the user's folder, wherever the program lies.
+    /// True where what a person makes is kept in the user's folder, wherever the program lies.
     bool userFolder = false;
-    /// Most voices at once. Without a value: the sound's polyphony, else 20 without a window, and
-    /// with one what its menu says.
+    /// The most voices at once. Without a value it is the sound's polyphony, else 20 without a
+    /// window, and with one what its menu says.
     std::optional<int> voices;
-    /// The MIDI channel to listen to, 0..15, or -1 for all. Without a value: all.
+    /// The MIDI channel to listen to, 0..15, or -1 for all. Without a value it is all.
     std::optional<int> channel;
     /// The frequencies of the keys.
     TuningChoice tuning;
-    /// VexaMidiConsumer::ExpectMpe.
+    /// True where VexaMidiConsumer::ExpectMpe is to be called.
     bool mpe = false;
-    /// Program changes choose sounds.
+    /// True where program changes choose sounds.
     bool programs = false;
     /// Stand before what any sound says of how it is played.
     PlayingTexts playing;
-    /// Without a value: the first system that has a device.
+    /// The audio system. Without a value it is the first that has a device.
     std::optional<kits::AudioSystem> audio;
     /// The sound file to be written of what is heard.
     std::optional<std::filesystem::path> record;
@@ -56,14 +56,14 @@ struct AppOptions {
     std::optional<std::string> midi;
 };
 
-/// What goes to standard error after a wrong command line's fault.
+/// The hint that goes to standard error after a wrong command line's fault.
 constexpr const char* kAppUsageHint =
     "Usage: vexa [options] [FILE]; vexa --help names the options.";
-/// Exit code after a wrong command line.
+/// The exit code after a wrong command line.
 constexpr int kAppUsageExitCode = 2;
 
-/// Reads the arguments after the program's name. The error names the option and what it allows. Not
-/// to be called by two threads at once.
+/// Reads the arguments after the program's name. The error names the option and what it allows. Two
+/// threads must not call it at once.
 kits::Result<AppOptions> ParseAppOptions(std::span<const std::string> arguments);
 
 /// Sets one option, as "--name=text"; an option without a value has an empty text. False where
@@ -73,7 +73,7 @@ bool SetAppOption(AppOptions& options, std::string_view name, std::string_view t
 /// The table of options, of which the help is made, and the pages in packaging/pages.
 std::vector<kits::OptionText> AppOptionTexts();
 
-/// What --help and --version print, with a newline at the end.
+/// Return what --help and --version print, with a newline at the end.
 std::string AppHelpText();
 std::string AppVersionText();
 

@@ -25,21 +25,22 @@ class Attachment {
     static kits::Result<std::unique_ptr<Attachment>> Begin(int descriptor);
     ~Attachment();
 
-    /// From now on the target is sent `code` when something has come, and some sixty times a second
+    /// Sends the target `code` from now on when something has come, and some sixty times a second
     /// in any case; not again before Take.
     void Watch(const BMessenger& target, uint32 code);
     /// Has the records show the notes that play there. The sound, if it has become another one by
     /// other means than Offer.
     std::optional<Sound> Take(SoundRecords& records);
-    /// The sound is to become that one, but for whose it is. Nothing happens where it is so
-    /// already; false, and nothing happens, where the document is too large to be sent.
+    /// Offers the plug-in that its sound becomes this one, but for whose it is. Nothing happens
+    /// where it is so already; false, and nothing happens, where the document is too large to be
+    /// sent.
     bool Offer(const Sound& sound);
     /// Plays a note or moves a controller there.
     void Play(uint8 status, uint8 first, uint8 second);
 
-    /// Nothing comes any more, be it that there is still something to Take.
+    /// True where nothing comes any more, even while there is still something to Take.
     bool IsOver() const { return link.IsDeserted(); }
-    /// Why it is over; empty where the plug-in has simply gone.
+    /// Returns why it is over; empty where the plug-in has simply gone.
     const std::string& Fault() const { return link.Fault(); }
 
   private:
@@ -48,10 +49,10 @@ class Attachment {
     void WatchUntil(const std::stop_token& stop, const BMessenger& target, uint32 code);
 
     attach::Link link;
-    /// The socket once more, for the thread.
+    /// The descriptor of the socket once more, for the thread.
     const int watched;
     uint32 serial = 0;
-    /// What plays there, as far as is known here.
+    /// The sound that plays there, as far as is known here.
     Sound known;
     /// It has come and is not taken yet.
     bool fresh = false;
@@ -59,8 +60,8 @@ class Attachment {
     std::jthread thread;
 };
 
-/// Whether they differ in nothing but whose they are, and what is not written of them: of a
-/// function the texts that are of the other kind.
+/// True where two sounds differ in nothing but whose they are, and what is not written of them: the
+/// texts of a function that are of another kind than it.
 bool AreAlike(Sound a, const Sound& b);
 
 } // namespace vexa

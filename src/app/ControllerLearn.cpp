@@ -8,7 +8,8 @@ namespace vexa {
 
 namespace {
 
-/// Of a controller's way, 127 steps: more than one that trembles by itself goes.
+/// The share of a controller's way, 127 steps, that it has to move: more than one that trembles by
+/// itself goes.
 constexpr float kJitter = 2.5F / 127;
 
 } // namespace

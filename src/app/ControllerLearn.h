@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Which controller a person moves.
+// This finds which controller a person moves.
 #pragma once
 
 #include "synth/SoundParam.h"
@@ -9,10 +9,10 @@
 
 namespace vexa {
 
-/// Compares the controllers with how they were at its beginning. Window thread.
+/// Compares the controllers with how they were when it was made. Window thread.
 class ControllerLearn {
   public:
-    /// From now on what moves counts.
+    /// Begins: what moves from now on counts.
     explicit ControllerLearn(const ControllerTable& controllers);
 
     /// The number of the controller that has moved furthest since, by more than a jitter of the

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What several files that are dropped at once are to become.
+// This decides what several files that are dropped at once are to become.
 #pragma once
 
 #include <filesystem>
@@ -13,7 +13,7 @@ namespace vexa {
 struct DroppedFiles {
     std::optional<std::filesystem::path> sound;
     std::optional<std::filesystem::path> terrain;
-    /// Scala files, by their endings ".scl" and ".kbm".
+    /// The Scala files, which are known by their endings ".scl" and ".kbm".
     std::optional<std::filesystem::path> scale;
     std::optional<std::filesystem::path> keymap;
     /// The further ones.
@@ -23,7 +23,7 @@ struct DroppedFiles {
 /// Reads as much of the files as tells their kind.
 DroppedFiles SortDropped(std::span<const std::filesystem::path> files);
 
-/// The ending in small letters, with its dot.
+/// Returns the ending in small letters, with its dot.
 std::string EndingOf(const std::filesystem::path& file);
 
 } // namespace vexa

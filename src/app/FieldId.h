@@ -12,7 +12,7 @@
 
 namespace vexa {
 
-/// Those that hold the texts of a Function.
+/// The fields that hold the texts of a Function.
 enum class FunctionField : unsigned char {
     Expression,
     Width,
@@ -24,14 +24,14 @@ enum class FunctionField : unsigned char {
 };
 constexpr std::size_t kFunctionFields = static_cast<std::size_t>(FunctionField::Frequency) + 1;
 
-/// Of any text field: that of a coefficient or of the function.
+/// The handle of any text field: that of a coefficient or of the function.
 class FieldId {
   public:
     constexpr FieldId(ParameterId id) : index(static_cast<std::size_t>(id)) {}
     constexpr FieldId(FunctionField field) : index(kParameters + static_cast<std::size_t>(field)) {}
 
     static constexpr std::size_t kCount = kParameters + kFunctionFields;
-    /// 0..kCount - 1
+    /// Returns a number from 0 to kCount - 1.
     constexpr std::size_t Index() const { return index; }
     constexpr bool operator==(const FieldId&) const = default;
 
@@ -39,18 +39,18 @@ class FieldId {
     std::size_t index;
 };
 
-/// What the main view knows of a function's field.
+/// The record of what the main view knows of a function's field.
 struct FunctionFieldRow {
     FunctionField id;
     /// The message that it sends.
     uint32 code;
-    /// Of the view.
+    /// The name of the view.
     const char* name;
     /// The text of a function that it holds.
     std::string& (*text)(Function& function);
 };
 
-/// In the order of the enumeration.
+/// Returns the rows in the order of the enumeration.
 std::span<const FunctionFieldRow, kFunctionFields> FunctionFields();
 inline const FunctionFieldRow& RowOf(FunctionField id) {
     return FunctionFields()[static_cast<std::size_t>(id)];

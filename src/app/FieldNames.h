@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the fields of the main view are called where they are read out.
+// These names are read out for the fields of the main view.
 #pragma once
 
 #include "app/FieldId.h"
@@ -8,7 +8,8 @@
 
 namespace vexa {
 
-/// In words that a person understands: "drift of centre x, velocity".
+/// Returns the field's name in words that a person understands, as in "drift of centre x,
+/// velocity".
 std::string SpokenName(FieldId id);
 
 } // namespace vexa

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What is wrong with the expression that is being typed.
+// The hint tells what is wrong with the expression that is being typed.
 #pragma once
 
 #include "kits/interface/View.h"
@@ -20,13 +20,13 @@ class FormulaHint : public BView {
     /// Comes up with the reason, whose lines are wrapped, and a mark at `x`, in this view's
     /// parent's coordinates, if there is a place.
     void Explain(const std::string& reason, std::optional<float> x);
-    /// The mark alone, where the text has been scrolled.
+    /// Moves the mark alone, where the text has been scrolled.
     void MoveMark(std::optional<float> x);
     void Withdraw();
 
-    /// As they are shown.
+    /// Returns the lines as they are shown.
     const std::vector<std::string>& Lines() const { return lines; }
-    /// In this view's coordinates.
+    /// Returns where the mark is, in pixels of this view.
     std::optional<float> Mark() const { return mark; }
 
     void Draw(BRect update) override;

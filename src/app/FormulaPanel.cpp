@@ -30,7 +30,7 @@ constexpr float kLineSpace = 6;
 constexpr float kOrbitTop = 422;
 constexpr float kWidthTop = 345;
 constexpr float kLinkTop = 348;
-/// From the link row to the sample's frequency.
+/// The pixels from the link row down to the sample's frequency.
 constexpr float kFrequencyBelowLink = 51;
 
 } // namespace

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Where the formulas of the main view stand, and the gaps in them for the fields.
+// The panel knows where the formulas of the main view stand, and the gaps in them for the fields.
 #pragma once
 
 #include "app/FieldId.h"
@@ -21,7 +21,7 @@ namespace vexa {
 std::span<const float, 4> EnvelopeTops();
 
 /// The fixed text of the main view, placed by the measures of the panel font. Positions are in view
-/// coordinates. A value type; window thread.
+/// coordinates, in pixels. It is a value that can be copied. Window thread.
 class FormulaPanel {
   public:
     /// `base` gives the family; face and size are the panel's own.
@@ -39,11 +39,11 @@ class FormulaPanel {
         BPoint from;
         BPoint to;
     };
-    /// Room for a text field.
+    /// A gap is room for a text field.
     struct Gap {
         FieldId field;
         BPoint baseline;
-        /// In pixels.
+        /// The width in pixels.
         float width;
     };
 
@@ -51,26 +51,26 @@ class FormulaPanel {
     const std::vector<Text>& Texts() const { return texts; }
     const std::vector<Bar>& Bars() const { return bars; }
     const std::vector<Gap>& Gaps() const { return gaps; }
-    /// Null if there is none.
+    /// Returns the gap of a field, null if there is none.
     const Gap* FindGap(FieldId field) const;
     /// The frame of a text field that stands in the gap with its text on the gap's baseline, clear
     /// of the letters before it.
     BRect FieldFrame(FieldId field) const;
 
-    /// The first whole pixel at or right of the point that no text before it on the baseline
-    /// reaches.
+    /// Returns the first whole pixel at or right of the point that no text before it on the
+    /// baseline reaches.
     float ClearOf(BPoint baseline) const;
 
-    /// Where the widest line ends, with its last field.
+    /// Returns where the widest line ends, with its last field.
     float Right() const { return right; }
-    /// Where the text "displaywidth =" ends.
+    /// Returns where the text "displaywidth =" ends.
     BPoint WidthEnd() const { return widthEnd; }
-    /// Baseline of the row "link (".
+    /// Returns the baseline of the row "link (".
     float LinkBaseline() const { return link; }
-    /// From a baseline to the lowest pixel below it.
+    /// Returns the pixels from a baseline to the lowest pixel below it.
     float Descent() const { return height.descent; }
 
-    /// Paints texts and bars. Inside the view's Draw.
+    /// Paints texts and bars. It is called inside the view's Draw.
     void Draw(BView& view) const;
 
   private:
@@ -86,7 +86,7 @@ class FormulaPanel {
 
     BFont font;
     font_height height;
-    /// Of a line, and from one line of a block to the next.
+    /// The height of a line, and the distance from one line of a block to the next, in pixels.
     float lineHeight;
     float pitch;
     BPoint widthEnd;

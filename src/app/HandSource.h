@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Where what is played in the window goes.
+// What is played in the window goes out by this.
 #pragma once
 
 #include "kits/midi/MidiLocalProducer.h"
@@ -8,10 +8,10 @@
 
 namespace vexa {
 
-/// A source of MIDI events. Window thread.
+/// A source of MIDI events for what hands play in the window. Window thread.
 class HandSource {
   public:
-    /// Whether it stands in the MIDI roster, to be chosen there, or is heard always.
+    /// A source stands in the MIDI roster, to be chosen there, or is heard always.
     enum class Place { Roster, AlwaysHeard };
     HandSource(const char* name, Place place) : producer(name) {
         if (place == Place::Roster)
@@ -24,7 +24,7 @@ class HandSource {
     using Player = std::function<void(uint8 status, uint8 first, uint8 second)>;
     /// Events go there from now on, and not to who has connected the source.
     void SendTo(Player next) { player = std::move(next); }
-    /// The channel, 0..15, that the coming events are on; 0 at first.
+    /// Sets the channel, 0..15, that the coming events are on; it is 0 at first.
     void SetChannel(uchar next) { channel = next; }
     uchar Channel() const { return channel; }
 

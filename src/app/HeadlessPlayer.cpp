@@ -164,13 +164,13 @@ void HeadlessPlayer::TellOfDevice() {
 
 /// Says what is wrong with it. Nothing of it, if it is to be whole, where its function fails.
 bool HeadlessPlayer::Load(const std::filesystem::path& path, bool whole) {
-    ReadReport report;
+    Warnings warnings;
     const kits::Result<Sound> sound =
-        whole ? ReadWhole(path, instrument, report) : ReadSound(path, report);
-    for (const std::string& warning : report.warnings)
-        Say("warning: " + warning);
+        whole ? ReadWhole(path, instrument, warnings) : ReadSound(path, &warnings);
+    for (const kits::Error& warning : warnings)
+        Say("warning: " + warning.text);
     if (!sound) {
-        Say(report.reason.empty() ? sound.Fault().text : report.reason);
+        Say(sound.Fault().text);
         return false;
     }
     const FunctionReport loaded = instrument.Load(*sound);

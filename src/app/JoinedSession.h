@@ -11,7 +11,8 @@
 
 namespace vexa {
 
-/// What is kept there, or what the command line says where nothing is yet.
+/// A session that was joined, with what is kept there, or what the command line says where nothing
+/// is kept yet.
 struct JoinedSession {
     std::unique_ptr<Session> session;
     Project project;

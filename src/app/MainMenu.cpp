@@ -5,6 +5,7 @@
 #include "app/VexaView.h"
 #include "app/VexaWindow.h"
 #include "kits/interface/Menu.h"
+#include "views/plane/PlaneOverlay.h"
 
 #include <filesystem>
 #include <utility>
@@ -56,10 +57,16 @@ void AddTuning(BMenu& menu, const VexaView& view) {
     menu.AddItem(new BMenuItem(choices));
 }
 
+void AddPlane(BMenu& menu, const PlaneOverlay& plane) {
+    auto* looks = new BMenu("Plane (F6, F7)");
+    plane.AddLooks(*looks);
+    menu.AddItem(new BMenuItem(looks));
+}
+
 } // namespace
 
 void FillMainMenu(BMenu& menu, VexaWindow& window) {
-    const VexaView& view = window.MainView();
+    VexaView& view = window.MainView();
     menu.RemoveAll();
     Add(menu, "Open…", kOpenCode, view);
     AddRecent(menu, view);
@@ -82,6 +89,7 @@ void FillMainMenu(BMenu& menu, VexaWindow& window) {
         ->SetMarked(window.IsShown(VexaWindow::Part::Drawer));
     Add(menu, "Strip for Playing (F10)", kShowStripCode, window)
         ->SetMarked(window.IsShown(VexaWindow::Part::Strip));
+    AddPlane(menu, view.Overlay());
     Add(menu, "Dark Colours", kDarkCode, window)->SetMarked(window.IsDark());
     Add(menu, "Classic Look (F11)", kClassicCode, window)->SetMarked(window.IsClassic());
     menu.AddItem(new BSeparatorItem);

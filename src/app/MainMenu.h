@@ -8,8 +8,8 @@ namespace vexa {
 
 class VexaWindow;
 
-/// Puts the items in, with marks for what is so at present, in the place of those before. What the
-/// main view does goes to it, the rest to the window. Window thread.
+/// Fills the menu anew, with marks for what is so at present. Messages about what the main view
+/// does go to it, the others to the window. Window thread.
 void FillMainMenu(BMenu& menu, VexaWindow& window);
 
 } // namespace vexa

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The messages of the main view's controls. Those of the coefficients stand in Parameters().
+// These are the messages of the main view's controls. Those of the coefficients stand in
+// Parameters().
 #pragma once
 
 #include "kits/support/SupportDefs.h"
@@ -37,7 +38,7 @@ constexpr uint32 kSampleLoadedCode = FourCC("SMPL");
 
 // The main menu's, besides.
 
-/// Has the string "path".
+/// Opens the sound at the string "path".
 constexpr uint32 kOpenRecentCode = FourCC("RECN");
 /// Shows the panel that exports the plane.
 constexpr uint32 kSavePictureCode = FourCC("PICS");
@@ -47,7 +48,7 @@ constexpr uint32 kClassicCode = FourCC("CLSC");
 constexpr uint32 kHelpCode = FourCC("HELP");
 constexpr uint32 kAboutCode = FourCC("ABOU");
 
-// Which parts of the window are shown, and how: the other way than before.
+// These change which parts of the window are shown, and how, to the other way than before.
 
 constexpr uint32 kShowDrawerCode = FourCC("DRWR");
 constexpr uint32 kShowStripCode = FourCC("STRP");
@@ -56,7 +57,7 @@ constexpr uint32 kDarkCode = FourCC("DARK");
 /// The logo bar's: ends all that sounds.
 constexpr uint32 kSilenceCode = FourCC("SILE");
 
-// What the drawer lists before the present sound, and after it: that is loaded.
+// These load what the drawer lists before the present sound, and after it.
 
 constexpr uint32 kPreviousSoundCode = FourCC("PRVS");
 constexpr uint32 kNextSoundCode = FourCC("NXTS");
@@ -78,11 +79,11 @@ constexpr uint32 kNewsCode = FourCC("NEWS");
 
 // Menus.
 
-/// Whether programs choose sounds from now on, the other way than before.
+/// Changes whether programs choose sounds, to the other way than before.
 constexpr uint32 kFollowProgramsCode = FourCC("PRGF");
 
 constexpr uint32 kAllChannelsCode = FourCC("MC_A");
-/// No MIDI source, and the first of the sources: its number is added.
+/// The first chooses no MIDI source; the second chooses a source, whose number is added.
 constexpr uint32 kNoSourceCode = FourCC("MidO");
 constexpr uint32 kFirstSourceCode = FourCC("MD00");
 
@@ -93,11 +94,11 @@ constexpr uint32 NumberedCode(const char (&one)[5], const char (&two)[5], int32 
         return FourCC(one) + uint32(number);
     return FourCC(two) + uint32(number / 10) * 256 + uint32(number % 10);
 }
-/// 'VOX1'..'VOX9', 'VO10'..'VO20'
+/// Returns the code for so many voices: 'VOX1'..'VOX9', 'VO10'..'VO20'.
 constexpr uint32 VoicesCode(int32 most) {
     return NumberedCode("VOX0", "VO00", most);
 }
-/// 'MC_1'..'MC_9', 'MC10'..'MC16' for the channels 1..16
+/// Returns the code of a channel: 'MC_1'..'MC_9', 'MC10'..'MC16' for the channels 1..16.
 constexpr uint32 ChannelCode(int32 channel) {
     return NumberedCode("MC_0", "MC00", channel);
 }

@@ -8,16 +8,16 @@
 
 namespace vexa {
 
-/// What a field's number may be.
+/// The range of numbers that a field may have.
 struct NumberRange {
     double least = -1e6;
     double most = 1e6;
     bool whole = false;
 };
 
-/// The text so many steps on, within the range. A step is one in the second digit of the number, at
-/// least 0.01, or for whole numbers 1; with Shift held a tenth of that where there are fractions,
-/// with Ctrl ten times as much. `modifiers` are B_SHIFT_KEY and B_CONTROL_KEY, added up.
+/// Returns the text so many steps on, within the range. A step is one in the second digit of the
+/// number, at least 0.01, or for whole numbers 1; with Shift held a tenth of that where there are
+/// fractions, with Ctrl ten times as much. `modifiers` is the sum of B_SHIFT_KEY and B_CONTROL_KEY.
 std::string Stepped(const std::string& text, int steps, uint32 modifiers, const NumberRange& range);
 
 } // namespace vexa

@@ -151,19 +151,18 @@ kits::Result<Project> ReadProject(const fs::path& folder, const AppOptions& opti
     const fs::path file = folder / kSessionFile;
     const SettingFile lines = ReadSettingFile(file);
     if (!lines.faults.empty())
-        return kits::Error{lines.faults.front()};
+        return lines.faults.front();
     Project project;
     project.options = options;
     for (std::size_t i = 0; i < lines.lines.size(); i++) {
         const SettingLine& line = lines.lines[i];
         if (!line.name.empty() && !TakeLine(line, folder, project))
-            return kits::Error{file.string() + ':' + std::to_string(i + 1) + ": " + line.name +
-                               " cannot be " + kits::Quoted(line.value)};
+            return kits::At({file.string(), i + 1},
+                            {line.name + " cannot be " + kits::Quoted(line.value)});
     }
-    ReadReport report;
-    const auto sound = ReadSound(folder / kSoundFile, report);
+    const auto sound = ReadSound(folder / kSoundFile);
     if (!sound)
-        return kits::Error{report.reason.empty() ? sound.Fault().text : report.reason};
+        return sound.Fault();
     project.sound = *sound;
     project.options.sound = folder / kSoundFile;
     project.options.file.reset();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a session keeps of the program.
+// A project is what a session keeps of the program.
 #pragma once
 
 #include "app/AppOptions.h"
@@ -11,27 +11,28 @@
 
 namespace vexa {
 
-/// In a folder of its own: the sound as "sound.xml", what options say of all else as lines
-/// "option = value" in the file "session", and copies of the Scala files that tune the keys.
+/// A project lies in a folder of its own: the sound as "sound.xml", what options say of all else as
+/// lines "option = value" in the file "session", and copies of the Scala files that tune the keys.
 struct Project {
     Sound sound;
-    /// What the sound is called.
+    /// The name of the sound.
     std::string soundName;
     bool windowShown = true;
-    /// Of the options the MIDI source and channel, the voices, the tuning, `mpe`, `programs` and
-    /// `playing`. Those that are not set are not kept.
+    /// The options that are kept: the MIDI source and channel, the voices, the tuning, `mpe`,
+    /// `programs` and `playing`. Those that are not set are not kept.
     AppOptions options;
 };
 
-/// Whether there is one.
+/// True where there is a project in the folder.
 bool ProjectExists(const std::filesystem::path& folder);
-/// What `options` say holds where the project says nothing of it; their `sound` is the file of the
-/// project's. The error names file, line and fault.
+/// Reads a project. What `options` say holds where the project says nothing of it; their `sound` is
+/// the file of the project's. The error names file, line and fault.
 kits::Result<Project> ReadProject(const std::filesystem::path& folder, const AppOptions& options);
-/// Makes the folder where there is none. Where it fails the files are as before.
+/// Writes a project, and makes the folder where there is none. Where it fails the files are as
+/// before.
 kits::Result<void> WriteProject(const std::filesystem::path& folder, const Project& project);
 
-/// Whether WriteProject would write the same, but for authors and whether the window is shown.
+/// True where WriteProject would write the same, but for authors and whether the window is shown.
 bool AreAlike(Project a, const Project& b);
 
 } // namespace vexa

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/ScreenPiano.h"
 
+#include "kits/midi/ControllerNumbers.h"
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -9,8 +11,6 @@ namespace vexa {
 
 namespace {
 
-constexpr uchar kModulation = 1;
-constexpr uchar kSustain = 64;
 constexpr uchar kReleaseVelocity = 64;
 constexpr int kMiddle = 8192;
 
@@ -42,7 +42,7 @@ void ScreenPiano::SetHold(bool on) {
     if (on == hold)
         return;
     hold = on;
-    source.ControlChange(kSustain, on ? 127 : 0);
+    source.ControlChange(kits::kSustain, on ? 127 : 0);
     if (on)
         return;
     for (const uchar key : std::exchange(kept, {}))
@@ -59,7 +59,7 @@ void ScreenPiano::Bend(float amount) {
 }
 
 void ScreenPiano::Modulate(float amount) {
-    source.ControlChange(kModulation,
+    source.ControlChange(kits::kModulation,
                          static_cast<uchar>(std::lround(std::clamp(amount, 0.0F, 1.0F) * 127)));
 }
 

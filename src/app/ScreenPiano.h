@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What is played on the piano in the window, with its wheels and its hold.
+// This plays what a person plays on the piano in the window, with its wheels and its hold.
 #pragma once
 
 #include "app/HandSource.h"
@@ -8,26 +8,26 @@
 
 namespace vexa {
 
-/// Every note that it begins it ends. Heard whichever source is chosen. Window thread.
+/// It ends every note that it begins, and is heard whichever source is chosen. Window thread.
 class ScreenPiano {
   public:
     ~ScreenPiano() { ReleaseAll(); }
 
-    /// As HandSource.
+    /// Does what HandSource::SendTo does.
     void SendTo(HandSource::Player next) { source.SendTo(std::move(next)); }
-    /// The channel of what is played from now on. Lets go of all.
+    /// Sets the channel of what is played from now on, and lets go of all.
     void SetChannel(uchar next);
 
     void Press(uchar key, uchar velocity);
     void Release(uchar key);
-    /// While it is on, keys that are let go sound on: those of the piano whatever the sound says,
-    /// and others on its channel where the sound has a pedal.
+    /// Sets the hold. While it is on, keys that are let go sound on: those of the piano whatever
+    /// the sound says, and others on its channel where the sound has a pedal.
     void SetHold(bool on);
     bool Holds() const { return hold; }
-    /// -1..1.
+    /// Puts the pitch wheel to a place, -1..1.
     void Bend(float amount);
     float Bent() const { return bent; }
-    /// The modulation wheel, 0..1.
+    /// Puts the modulation wheel to a place, 0..1.
     void Modulate(float amount);
 
     /// Lets go of keys, hold and the bend wheel.

@@ -24,7 +24,7 @@ constexpr const char* kPing = "/osc/ping";
 constexpr const char* kReply = "/reply";
 constexpr const char* kError = "/error";
 
-// Of the version of the protocol that has all that is used here.
+// The version of the protocol that has all that is used here.
 
 constexpr int32 kMajor = 1;
 constexpr int32 kMinor = 0;

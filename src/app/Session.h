@@ -13,23 +13,24 @@
 
 namespace vexa {
 
-/// What a session manager asks of the program.
+/// A session manager asks this of the program. Window thread.
 class SessionClient {
   public:
     virtual ~SessionClient() = default;
-    /// Into the project, as a whole; the error says why that failed.
+    /// Saves into the project, as a whole; the error says why that failed.
     virtual kits::Result<void> SaveProject() = 0;
-    /// Whether saving would make another project of it.
+    /// True where saving would make another project of it.
     virtual bool ProjectHasChanged() = 0;
-    // Those of a program without a window are not called.
+    // The following are not called of a program without a window.
     virtual bool WindowIsShown() { return true; }
     virtual void ShowWindow(bool /*shown*/) {}
 };
 
-/// The program's part in a session. Window thread.
+/// A session is the program's part in one that a manager keeps. Window thread.
 class Session {
   public:
-    /// How long is waited for the manager's word, first that it takes us and then what to open.
+    /// How long the program waits for the manager's word, first that it takes us and then what to
+    /// open.
     struct Patience {
         std::chrono::milliseconds welcome{3000};
         std::chrono::milliseconds project{10000};
@@ -77,10 +78,10 @@ class Session {
     const Patience patience;
     std::filesystem::path project;
     std::string name;
-    /// What the manager knows.
+    /// The state that the manager knows.
     std::optional<bool> toldChanged, toldShown;
     Clock::time_point pinged;
-    /// When it last answered a ping.
+    /// The moment at which it last answered a ping.
     std::optional<Clock::time_point> answered;
     bool gone = false;
 };

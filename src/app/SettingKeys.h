@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// All settings: the name in the file, the value of somebody who has set nothing, what it is for.
+// All settings are here, each with its name in the file, the value of somebody who has set nothing,
+// and what it is for.
 #pragma once
 
 #include <string>
@@ -17,7 +18,7 @@ struct SettingKey {
     T initial{};
 };
 
-// What is told nothing else, such as options, goes by these.
+// What is told nothing else, such as options, goes by these settings.
 
 /// The author of what is edited here; empty for kDefaultAuthor.
 inline const SettingKey<std::string> kAuthorSetting{"author"};
@@ -40,9 +41,18 @@ inline const SettingKey<TextList> kFavouritesSetting{"favourite"};
 
 /// The window as it was before anything stood round the main view.
 inline const SettingKey<bool> kClassicSetting{"classic", false};
-/// Whether the drawer of sounds and the strip are shown.
+/// True where the drawer of sounds, or the strip, is shown.
 inline const SettingKey<bool> kDrawerSetting{"drawer", true};
 inline const SettingKey<bool> kStripSetting{"strip", true};
+/// Where the window is on the screen and how large, in pixels, as BRect counts them; the width is 0
+/// where nobody has moved or sized it.
+inline const SettingKey<int> kWindowLeftSetting{"window-left"};
+inline const SettingKey<int> kWindowTopSetting{"window-top"};
+inline const SettingKey<int> kWindowWidthSetting{"window-width"};
+inline const SettingKey<int> kWindowHeightSetting{"window-height"};
+/// How bright the plane is, by the key in BrightnessCurves(), and whether it is a landscape.
+inline const SettingKey<std::string> kBrightnessSetting{"brightness", "linear"};
+inline const SettingKey<bool> kLandscapeSetting{"landscape", false};
 /// kLightColors or kDarkColors; empty to follow the desktop.
 inline const SettingKey<std::string> kColorsSetting{"colors"};
 constexpr const char* kLightColors = "light";

@@ -81,7 +81,7 @@ SettingFile ReadSettingFile(const fs::path& file) {
         return content;
     const kits::Result<std::string> read = kits::ReadFile(file, kLongest);
     if (!read) {
-        content.faults.push_back(read.Fault().text);
+        content.faults.push_back(read.Fault());
         return content;
     }
     std::string_view rest = *read;
@@ -89,9 +89,9 @@ SettingFile ReadSettingFile(const fs::path& file) {
         const std::size_t end = std::min(rest.find('\n'), rest.size());
         const SettingLine& line = content.lines.emplace_back(rest.substr(0, end));
         if (line.IsBroken())
-            content.faults.push_back(file.string() + ':' + std::to_string(content.lines.size()) +
-                                     ": " + kits::Quoted(line.whole) +
-                                     " is no setting (name = value)");
+            content.faults.push_back(
+                kits::At({file.string(), content.lines.size()},
+                         {kits::Quoted(line.whole) + " is no setting (name = value)"}));
         rest.remove_prefix(std::min(end + 1, rest.size()));
     }
     return content;

@@ -2,6 +2,8 @@
 // Files of lines "name = value", as settings and sessions are kept in.
 #pragma once
 
+#include "kits/support/Error.h"
+
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -14,23 +16,23 @@ namespace vexa {
 /// there. Lines that are empty or begin with "#" have no name.
 struct SettingLine {
     explicit SettingLine(std::string_view text);
-    /// Neither a setting nor such a line.
+    /// True for a line that is neither a setting nor empty or a remark.
     bool IsBroken() const;
 
     std::string whole, name, value;
 };
 
-/// The line of any value, with its end.
+/// Returns the line of any value, with its end.
 std::string SettingText(std::string_view name, std::string_view value);
 
 struct SettingFile {
     std::vector<SettingLine> lines;
-    /// What is wrong with it, for a person: that it cannot be read, or a broken line with its
-    /// place.
-    std::vector<std::string> faults;
+    /// What is wrong with it, in sentences for a person: that the file cannot be read, or what is
+    /// wrong with a broken line, with its place.
+    std::vector<kits::Error> faults;
 };
 
-/// Empty where there is no such file. Any thread.
+/// Reads a file, which is empty where there is no such file. Any thread.
 SettingFile ReadSettingFile(const std::filesystem::path& file);
 
 } // namespace vexa

@@ -81,7 +81,7 @@ Settings::Settings(fs::path path) : file(std::move(path)) {
     }
     if (content.faults.empty())
         return;
-    Tell("warning: " + content.faults.front());
+    Tell("warning: " + content.faults.front().text);
     if (const std::size_t others = content.faults.size() - 1; others > 0)
         Tell("warning: " + file.string() + ": so are " + std::to_string(others) + " other lines");
 }
@@ -208,7 +208,7 @@ std::string Settings::Save(const fs::path& file, const Texts& changes) {
     for (const SettingLine& line : before.lines) {
         if (!changes.contains(line.name) && !line.IsBroken())
             bytes += line.whole + '\n';
-        // In the place of its first line, all of it.
+        // All its lines are written in the place of the first.
         if (const auto changed = left.find(line.name); changed != left.end()) {
             write(changed->first, changed->second);
             left.erase(changed);

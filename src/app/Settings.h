@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the program remembers from one start to the next.
+// The settings are what the program remembers from one start to the next.
 #pragma once
 
 #include "app/SettingKeys.h"
@@ -34,7 +34,7 @@ class Settings {
 
     /// Nobody's: nothing is set at first, and what is set is forgotten at the end.
     Settings() = default;
-    /// Those of the file, which need not be there.
+    /// Reads the settings of the file, which need not be there.
     explicit Settings(std::filesystem::path file);
     /// Saves what has been set.
     ~Settings();
@@ -53,7 +53,7 @@ class Settings {
     void Pulse(Clock::time_point now = Clock::now());
 
   private:
-    /// Of each setting the texts behind its name, one but for lists.
+    /// The texts behind the name of each setting, one but for lists.
     using Texts = std::map<std::string, TextList, std::less<>>;
 
     static std::string Save(const std::filesystem::path& file, const Texts& changes);
@@ -79,8 +79,8 @@ TextList Settings::Get(const SettingKey<TextList>& key) const;
 template<>
 void Settings::Set(const SettingKey<TextList>& key, const TextList& value);
 
-/// The file of the program's settings, read. Where the user has no folder for it that is told, and
-/// they are nobody's.
+/// Reads the file of the program's settings. Where the user has no folder for it that is told, and
+/// the settings are kept nowhere.
 std::shared_ptr<Settings> ReadSettings();
 
 } // namespace vexa

@@ -13,7 +13,7 @@ namespace vexa {
 
 namespace {
 
-/// Of the logo bar and the main view, on the screen.
+/// The place of the logo bar and the main view on the screen.
 constexpr BRect kFrame = {64, 100, 999, 610};
 
 constexpr const char* kSignature = "application/x-vnd.orvo-Vexa";

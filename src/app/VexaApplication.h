@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The program with its window.
+// This is the program with its window.
 #pragma once
 
 #include "app/AppOptions.h"
@@ -17,7 +17,7 @@ namespace vexa {
 class Attachment;
 class VexaWindow;
 
-/// Has the main window. Window thread.
+/// The application has the main window. Window thread.
 class VexaApplication : public BApplication {
   public:
     /// The window is to be told to begin.
@@ -38,9 +38,10 @@ class VexaApplication : public BApplication {
 /// An alert with why the program cannot begin, where there is a display; waits for the answer.
 void ShowFault(const std::string& text);
 
-/// Runs the window until it is closed, or the plug-in goes that it is attached to; the program's
-/// exit code. 1, with a message, where there is no display or no plug-in. The recording, or null,
-/// is left to the caller to finish. Where there is a session, the options are its project's.
+/// Runs the window until it is closed, or the plug-in goes that it is attached to, and returns the
+/// program's exit code. It is 1, with a message, where there is no display or no plug-in.
+/// `recording`, which may be null, is left to the caller to finish. Where there is a session, the
+/// options are its project's.
 int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders,
               kits::Recording* recording, JoinedSession* joined);
 

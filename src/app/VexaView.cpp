@@ -30,7 +30,7 @@ namespace {
 constexpr uint32 kLeftTop = B_FOLLOW_LEFT | B_FOLLOW_TOP;
 
 constexpr float kPlaneUnitsPerPixel = 0.05F;
-/// Of the envelope editors.
+/// The place and height of the envelope editors, in pixels.
 constexpr float kEditorLeft = 440;
 constexpr float kEditorHeight = 92;
 /// Between the view's edges and what it holds.
@@ -47,6 +47,19 @@ BAlert* NewErrorAlert(const std::string& text, const std::string& details = "") 
 
 void VexaView::ErrorAlert(const std::string& text, const std::string& details) {
     NewErrorAlert(text, details)->Go();
+}
+
+void VexaView::ShowError(const kits::Error& error) {
+    Print(error);
+    if (error.alerts.empty())
+        ErrorAlert(error.text);
+    for (const std::string& alert : error.alerts)
+        ErrorAlert(alert, &alert == &error.alerts.back() ? error.text : "");
+}
+
+void VexaView::Print(const kits::Error& error) {
+    if (!error.text.empty())
+        std::fprintf(stderr, "vexa: %s\n", error.text.c_str());
 }
 
 VexaView::VexaView(BRect frame, const char* name, const kits::ProgramFolders& folders,
@@ -99,7 +112,7 @@ void VexaView::MakeTurn(FieldId id, std::string_view reset, const NumberRange& r
     Field(id).SetReset(reset);
 }
 
-/// With the text of a fresh window.
+/// Adds a field with the text of a fresh window.
 void VexaView::AddField(FunctionField id, BRect frame) {
     const FunctionFieldRow& row = RowOf(id);
     Function initial;
@@ -116,9 +129,7 @@ void VexaView::AddPlaneControls() {
     plane->SetToolTip("Blue is positive, red negative. Right button: save the picture. "
                       "Esc: silence.");
     AddChild(plane);
-    desk = std::make_unique<PlaneDesk>(*this);
-    overlay = new PlaneOverlay(*plane, *desk);
-    SetClassic(false);
+    AddOverlay();
     instrument.Watch([this](const PlaneFunction& f) { ShowPlaying(f); });
 
     AddField(FunctionField::Expression, {6, 317, 310, 327});
@@ -127,6 +138,24 @@ void VexaView::AddPlaneControls() {
     for (const auto id : {FunctionField::LinkFunctionX, FunctionField::LinkFunctionY,
                           FunctionField::LinkScreenX, FunctionField::LinkScreenY})
         AddField(id, formulas.FieldFrame(id));
+}
+
+/// As the plane was shown last.
+void VexaView::AddOverlay() {
+    desk = std::make_unique<PlaneDesk>(*this);
+    overlay = new PlaneOverlay(*plane, *desk);
+    const std::string key = settings->Get(kBrightnessSetting);
+    for (const BrightnessRow& row : BrightnessCurves()) {
+        if (row.key == key)
+            overlay->SetBrightness(row.curve);
+    }
+    overlay->SetRelief(settings->Get(kLandscapeSetting));
+    overlay->WatchLook([this] {
+        const auto curve = static_cast<std::size_t>(overlay->Curve());
+        settings->Set(kBrightnessSetting, std::string(BrightnessCurves()[curve].key));
+        settings->Set(kLandscapeSetting, overlay->IsRelief());
+    });
+    plane->ShowMarks(false);
 }
 
 void VexaView::AddFileButtons() {
@@ -181,7 +210,7 @@ void VexaView::AddMenus() {
         BMenu* menu;
         BRect frame;
     } bars[] = {
-        // In the free place beside the sample's button, above the channel.
+        // It stands in the free place beside the sample's button, above the channel.
         {"Midi Source", deviceMenu, {108, frequency.top - 31, 230, frequency.top}},
         {"Midi Device", voicesMenu, {10, top, 110, top}},
         {"Midi Channel", channelMenu, {120, top, 220, top}},
@@ -269,6 +298,8 @@ void VexaView::SetClassic(bool on) {
     plane->ShowMarks(on);
     if (on != overlay->IsHidden())
         on ? overlay->Hide() : overlay->Show();
+    namesSource = !on;
+    ShowSource();
 }
 
 void VexaView::Draw(BRect) {
@@ -290,13 +321,13 @@ void VexaView::Tend() {
     // The formula plays on.
     const FunctionReport addon = instrument.Collect();
     if (!addon)
-        std::fprintf(stderr, "vexa: %s\n", addon.details.c_str());
+        Print(addon);
     // One for all, beside which a person goes on.
     std::string text;
     for (const std::string& alert : addon.alerts)
         text += (text.empty() ? "" : "\n\n") + alert;
     if (!text.empty())
-        NewErrorAlert(text, addon.details)->Show();
+        NewErrorAlert(text, addon.text)->Show();
 }
 
 /// While the field of a controller's number has the keyboard, a controller that moves is taken.

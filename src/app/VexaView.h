@@ -53,10 +53,10 @@ class R2RFView;
 /// controller are written by the MIDI and the media thread.
 class VexaView : public BView {
   public:
-    /// `folders` are where documents, samples and pictures are found and saved. Builds the view and
-    /// starts the audio graph; failures are shown by alerts and leave the rest working. Where there
-    /// is a `plugin`, which outlives the view, it is that which plays: there is no graph, the view
-    /// shows the plug-in's sound and notes, and what is done here is done there. Without `settings`
+    /// Builds the view and starts the audio graph; failures are shown by alerts and leave the rest
+    /// working. Documents, samples and pictures are found and saved in `folders`. Where there is a
+    /// `plugin`, which outlives the view, it is that which plays: there is no graph, the view shows
+    /// the plug-in's sound and notes, and what is done here is done there. Without `settings`
     /// nothing is remembered.
     VexaView(BRect frame, const char* name, const kits::ProgramFolders& folders,
              Attachment* plugin = nullptr,
@@ -66,25 +66,26 @@ class VexaView : public BView {
     void Draw(BRect update) override;
     void Pulse() override;
     void ColorsChanged() override;
-    /// As AudioGraph::Record.
+    /// Does what AudioGraph::Record does.
     void Record(kits::Recording* recording) { graph->Record(recording); }
 
-    /// As AudioGraph::Watch: shows what has become of the sound, and goes on. The program ends
-    /// where the plug-in has gone. To be called some ten times a second, as Pulse, whether the
-    /// window is shown or not.
+    /// Does what AudioGraph::Watch does: shows what has become of the sound, and goes on. The
+    /// program ends where the plug-in has gone. It is to be called some ten times a second, as
+    /// Pulse, whether the window is shown or not.
     void WatchSound();
     void MessageReceived(BMessage* message) override;
 
     /// The width, as BRect::Width counts it, that no text needs more of.
     float PreferredWidth() const;
 
-    /// Without what lies over the plane: the picture shows the orbits itself.
+    /// Where on, nothing lies over the plane, as the picture shows the orbits itself, and the file
+    /// that is the function is not named.
     void SetClassic(bool on);
 
-    // Documents. Each reports its failures by alerts, with the reason there and on standard error,
-    // and then changes nothing; what was read over is told likewise.
+    // The following are about documents. Each reports its failures by alerts, with the reason there
+    // and on standard error, and then changes nothing; what was read over is told likewise.
 
-    /// "sounds/default.xml". One that is not there is told on standard error only.
+    /// Loads "sounds/default.xml". Where it is not there that is told on standard error only.
     void LoadDefaultSound();
     bool LoadSound(const std::filesystem::path& path);
     /// Loads a sound, a function, a sample or a picture, whichever the file is. Asks before another
@@ -93,26 +94,26 @@ class VexaView : public BView {
     bool LoadFunction(const std::filesystem::path& path);
     /// Tunes the keys; where that fails it is shown, and the tuning stays.
     bool Tune(const TuningChoice& choice);
-    /// The same from now on, and at the next start.
+    /// Does the same from now on, and at the next start.
     bool ChooseTuning(const TuningChoice& choice);
     const TuningChoice& Tuned() const { return tuned; }
-    /// What that is.
+    /// Returns the tuning that plays.
     const Tuning& PresentTuning() const { return tuning; }
-    /// Into the folder sounds or functions, under a plain file name.
+    /// They save into the folder sounds or functions, under a plain file name.
     void SaveSound(const std::string& name);
     void SaveFunction(const std::string& name);
 
-    /// Whether what would be saved differs, but for authors, from the sound that was loaded or
+    /// True where what would be saved differs, but for authors, from the sound that was loaded or
     /// saved.
     bool Changed() const;
     /// The sound as it is counts as saved.
     void TakeAsSaved();
-    /// So it does, and what was before cannot be brought back by Undo.
+    /// Takes the present sound for unchanged; what was before cannot be brought back by Undo.
     void BeginHistory();
-    /// Whether the sound may be given up: asks where it has changed. A person who wants to save it
-    /// first gets the panel, and `then` is called after that.
+    /// True where the sound may be given up: asks the person where it has changed. A person who
+    /// wants to save it first gets the panel, and `then` is called after that.
     bool MayGiveUp(const std::function<void()>& then);
-    /// The same for the sounds of both slots.
+    /// Asks the same for the sounds of both slots.
     bool MayGiveUpBoth(const std::function<void()>& then);
     /// The sound's name, a mark where it has changed, and what is worth knowing: that there is no
     /// audio device, or for how many voices of the function on the plane there is time where those
@@ -120,31 +121,32 @@ class VexaView : public BView {
     std::string Caption() const;
     /// The file that the sound was loaded from or saved to; empty where there is none.
     std::filesystem::path SoundPath() const;
-    /// Of the file, without its extension.
+    /// Returns the name of the file, without its extension.
     const std::string& SoundName() const { return Steps().File().name; }
     const kits::ProgramFolders& Folders() const { return folders; }
 
-    /// What it is called from now on, as if it had come from a file of that name.
+    /// Sets the name that the sound has from now on, as if it had come from a file of that name.
     void NameSound(const std::string& name) { Steps().File().name = name; }
 
-    /// As Instrument::Prefer.
+    /// Does what Instrument::Prefer does.
     void Prefer(const PlayingTexts& choices) { instrument.Prefer(choices); }
     /// Marks in the menu how many voices there may be.
     void ShowVoiceLimit();
 
-    /// What the fields, the envelopes and the installed function say at present.
+    /// Return what the fields, the envelopes and the installed function say at present.
     Function ConstructFunction() const;
     Sound ConstructSound() const;
 
-    // Undo and redo, of all that changes the sound: see History for what a step is. What becomes
-    // another sound so does it at once, and what is the same in both plays on.
+    // The following undo and redo all that changes the sound; History says what a step is. What
+    // becomes another sound so does it at once, and what is the same in both plays on.
 
     bool CanUndo() const { return Steps().CanUndo(); }
     bool CanRedo() const { return Steps().CanRedo(); }
-    /// What they would take back or do again, such as "envelope of radius x"; empty if nothing.
+    /// Return what they would take back or do again, such as "envelope of radius x"; empty if there
+    /// is nothing.
     std::string UndoName() const { return Steps().UndoName(); }
     std::string RedoName() const { return Steps().RedoName(); }
-    /// Without effect where there is nothing.
+    /// They have no effect where there is nothing.
     void Undo();
     void Redo();
     /// Makes a step of what has changed since the last call. Is called after messages, at pulses
@@ -160,7 +162,7 @@ class VexaView : public BView {
     /// There are two slots for a sound, each with its own steps, file and name. One of them is
     /// played and edited; the other one is a copy of it when it is chosen for the first time.
     char PresentSlot() const { return static_cast<char>('A' + slot); }
-    /// Plays the other one.
+    /// Plays the other one of the two slots.
     void SwitchAB();
     /// Puts the present sound and its file into the other slot, which is one step there.
     void CopyToOther();
@@ -186,23 +188,29 @@ class VexaView : public BView {
     /// Chooses a source by its name, now or whenever it appears; empty for none.
     void ChooseSource(const std::string& name);
     const std::string& ChosenSource() const { return chosenSource; }
-    /// Whether program changes choose sounds. What has changed of the sound before is given up then
-    /// without a question, as nobody could answer while playing.
+    /// Sets whether program changes choose sounds. What has changed of the sound before is given up
+    /// then without a question, as nobody could answer while playing.
     void FollowPrograms(bool on);
     bool FollowsPrograms() const { return followsPrograms; }
-    /// The keyboard's keys and the window's focus.
+    /// Returns the piano that the computer's keyboard plays; it is told of keys and of the window's
+    /// focus.
     ComputerKeyboard& Keyboard() { return keyboard; }
     /// Always connected, whichever source is chosen.
     ScreenPiano& Piano() { return piano; }
     /// Ends all that sounds, at once.
     void SilenceAll();
 
-    /// A modal stop alert titled "Error" with the button "Ok". `details`, if any, say why. Waits
-    /// for the answer.
+    /// Shows a modal stop alert titled "Error" with the button "Ok", and waits for the answer.
+    /// `details`, if any, say why.
     static void ErrorAlert(const std::string& text, const std::string& details = "");
+    /// The error on standard error, as Print says it, and then in such alerts, of which the last
+    /// one has the text as its details.
+    static void ShowError(const kits::Error& error);
+    /// The error's text, if any, as a line on standard error.
+    static void Print(const kits::Error& error);
 
-    /// The field has the text, and it takes effect at once, as if a person had confirmed it. `code`
-    /// is that of the field's message.
+    /// Puts the text into the field, and has it take effect at once, as if a person had confirmed
+    /// it. `code` is that of the field's message.
     void EnterNow(FieldId field, uint32 code, const std::string& text);
 
     // The parts, for the window and for tests.
@@ -215,21 +223,22 @@ class VexaView : public BView {
     BMenu& VoicesMenu() { return *voicesMenu; }
     BMenu& ChannelMenu() { return *channelMenu; }
     BMenu& DeviceMenu() { return *deviceMenu; }
-    /// Not where a plug-in plays.
+    /// True where there is an audio graph, which there is unless a plug-in plays.
     bool HasGraph() const { return graph != nullptr; }
     AudioGraph& Graph() { return *graph; }
     Instrument& Played() { return instrument; }
-    /// What is remembered from one start to the next.
+    /// Returns what is remembered from one start to the next.
     Settings& Remembered() const { return *settings; }
-    /// What the plane shows: what plays, or what is being typed.
+    /// Returns what the plane shows: what plays, or what is being typed.
     const PlaneFunction& ShownFunction() const { return shown.Function(); }
     Engine& Playing() { return instrument.Playing(); }
     const Engine& Playing() const { return instrument.Playing(); }
     const sound_param& SoundParam() const { return Playing().parameters; }
     const FormulaPanel& Formulas() const { return formulas; }
-    /// What nobody would expect of what is saved at this moment; empty if there is nothing.
+    /// Returns a sentence on what nobody would expect of what is saved at this moment; empty if
+    /// there is nothing.
     std::string SavingRemark() const;
-    /// Of the function that would be saved.
+    /// Returns the kind of the function that would be saved.
     FunctionKind Kind() const { return instrument.State().function.kind; }
     bool SampleMode() const { return Kind() == FunctionKind::Sample; }
     const std::string& SoundAuthor() const { return instrument.State().author; }
@@ -238,6 +247,7 @@ class VexaView : public BView {
   private:
     // Layout.
     void AddPlaneControls();
+    void AddOverlay();
     void AddFileButtons();
     void AddMenus();
     void AddEnvelopes();
@@ -250,7 +260,7 @@ class VexaView : public BView {
     void StartGraph();
     void ShowSound();
 
-    // Where a plug-in plays.
+    // Begins the view of a plug-in's sound, in the place of the audio graph.
     void StartAttached();
     void TakeNews();
     void WatchPlugin();
@@ -298,8 +308,8 @@ class VexaView : public BView {
     // Functions.
     bool Install(const Function& function);
     bool MarkInstalled(const Function& function, const FunctionReport& report);
-    void ShowFailure(const FunctionReport& report);
     void ShowKind();
+    void ShowSource();
     void TakeSampleFrequency();
 
     // Documents.
@@ -349,17 +359,19 @@ class VexaView : public BView {
     std::size_t slot = 0;
     /// The number of edits that the steps know.
     uint64 notedAt = 0;
-    /// For so many pulses more what sounds goes on from what the sound before was.
+    /// For so many pulses more, notes that sound go on from where the sound before had them.
     int pulsesOfJoining = 0;
-    /// So many of Busy there are.
+    /// How many objects of Busy there are.
     int busy = 0;
-    /// Whether the sound has changed, and the number of edits at which that was so.
+    /// True where the sound has changed; then the number of edits at which that was found.
     mutable bool changed = false;
     mutable std::optional<uint64> comparedAt;
-    /// What saving the sound is to be followed by, if anything.
+    /// This is called after the sound has been saved, if it is set.
     std::function<void()> afterSaving;
     /// There is no file of that name: nothing sounds, and the name is all that can be saved.
     bool fileMissing = false;
+    /// The file that is the function is named in the field of the expression.
+    bool namesSource = true;
     /// The field has an expression that is not installed, as it is wrong, and why.
     bool expressionWrong = false;
     std::string refusal;
@@ -367,12 +379,12 @@ class VexaView : public BView {
     bool closing = false;
 
     Instrument instrument;
-    /// What plays, but for an add-on of the same values, and what the plane shows.
+    /// The function that plays, but for an add-on of the same values, and what the plane shows.
     PlaneFunction playing{nullfunc};
     PlaneFollower shown{instrument.Playing()};
     /// The plane shows what is typed, not what plays.
     bool previewing = false;
-    /// What is typed and not shown yet, and for how many pulses it has been there.
+    /// The formula that is typed and not shown yet, and for how many pulses it has been there.
     std::shared_ptr<const Formula> typed;
     /// The byte of the fault in what is typed, if it has one.
     std::optional<std::size_t> faultPlace;
@@ -410,7 +422,7 @@ class VexaView : public BView {
 
     bool followsPrograms = false;
     ProgramSelector programs{Playing().consumer, BMessenger(this), kProgramCode};
-    /// Why the last program did not become the sound.
+    /// The reason why the last program did not become the sound.
     std::string programFault;
 
     std::unique_ptr<AudioGraph> graph;

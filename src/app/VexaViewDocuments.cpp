@@ -22,22 +22,25 @@ namespace vexa {
 
 namespace {
 
-/// Those of the plane's view.
+/// The fields of the plane's view.
 constexpr FunctionField kPlaneFields[] = {FunctionField::Width, FunctionField::LinkFunctionX,
                                           FunctionField::LinkFunctionY, FunctionField::LinkScreenX,
                                           FunctionField::LinkScreenY};
 
-/// On standard error, and what was read over also in one alert for all.
-void Tell(const std::filesystem::path& path, const ReadReport& report) {
-    std::string lines;
-    for (const std::string& warning : report.warnings) {
-        std::fprintf(stderr, "vexa: warning: %s\n", warning.c_str());
-        lines += (lines.empty() ? "" : "\n") + warning;
-    }
-    if (!report.reason.empty())
-        std::fprintf(stderr, "vexa: %s\n", report.reason.c_str());
-    if (lines.empty())
+/// Says what was read over on standard error.
+void Warn(const Warnings& warnings) {
+    for (const kits::Error& warning : warnings)
+        std::fprintf(stderr, "vexa: warning: %s\n", warning.text.c_str());
+}
+
+/// Does the same, and says it in one alert for all of it.
+void Tell(const std::filesystem::path& path, const Warnings& warnings) {
+    Warn(warnings);
+    if (warnings.empty())
         return;
+    std::string lines;
+    for (const kits::Error& warning : warnings)
+        lines += (lines.empty() ? "" : "\n") + warning.text;
     const std::string text = "Not all of \"" + path.filename().string() + "\" was understood.";
     auto* alert = new BAlert("Warning", text.c_str(), "Ok", nullptr, nullptr, B_WIDTH_AS_USUAL,
                              B_WARNING_ALERT);
@@ -137,7 +140,7 @@ void VexaView::InterpretSound(const Sound& sound) {
     PutSound(sound);
 }
 
-/// Which is one step, called so; the sound is that of a file then.
+/// Loads a sound, which is one step, called so; the sound is that of a file then.
 void VexaView::LoadAs(const Sound& sound, const std::string& name, const std::string& step) {
     NoteSteps();
     const Busy now(busy);
@@ -153,29 +156,29 @@ void VexaView::ShowVoiceLimit() {
 }
 
 bool VexaView::LoadFunction(const std::filesystem::path& path) {
-    ReadReport report;
-    const auto function = ReadFunction(path, ConstructFunction(), report);
-    Tell(path, report);
+    Warnings warnings;
+    const auto function = ReadFunction(path, ConstructFunction(), &warnings);
+    Tell(path, warnings);
     if (function) {
         NoteSteps();
         const Busy now(busy);
         InterpretFunction(*function);
         NoteStep("function " + path.stem().string());
     } else {
-        ErrorAlert(function.Fault().text, report.reason);
+        ShowError(function.Fault());
     }
     return bool(function);
 }
 
 bool VexaView::LoadSound(const std::filesystem::path& path) {
-    ReadReport report;
-    const auto sound = ReadSound(path, report);
-    Tell(path, report);
+    Warnings warnings;
+    const auto sound = ReadSound(path, &warnings);
+    Tell(path, warnings);
     if (sound) {
         programFault.clear();
         LoadAs(*sound, path.stem().string(), "sound " + path.stem().string());
     } else {
-        ErrorAlert(sound.Fault().text, report.reason);
+        ShowError(sound.Fault());
     }
     return bool(sound);
 }
@@ -186,17 +189,15 @@ void VexaView::LoadProgram() {
     const std::optional<int32> number = programs.Take();
     if (!number)
         return;
-    ReadReport report;
+    Warnings warnings;
     const auto path = FindProgram(folders, *number);
     const auto sound =
-        path ? ReadWhole(*path, instrument, report) : kits::Result<Sound>(path.Fault());
-    for (const std::string& line : report.warnings)
-        std::fprintf(stderr, "vexa: warning: %s\n", line.c_str());
+        path ? ReadWhole(*path, instrument, warnings) : kits::Result<Sound>(path.Fault());
+    Warn(warnings);
     programFault.clear();
     if (!sound) {
-        const std::string& fault = sound.Fault().text;
-        programFault = path ? path->stem().string() + " is not loaded" : fault;
-        std::fprintf(stderr, "vexa: %s\n", fault.c_str());
+        programFault = path ? path->stem().string() + " is not loaded" : sound.Fault().text;
+        Print(sound.Fault());
         return;
     }
     LoadAs(*sound, path->stem().string(), "sound " + path->stem().string());
@@ -218,12 +219,14 @@ void VexaView::Open(const std::filesystem::path& path) {
 }
 
 void VexaView::LoadDefaultSound() {
-    ReadReport report;
+    Warnings warnings;
     const std::filesystem::path path = folders.Find("sounds", "default.xml");
-    const auto sound = ReadSound(path, report);
-    Tell(path, report);
+    const auto sound = ReadSound(path, &warnings);
+    Tell(path, warnings);
     if (sound)
         LoadAs(*sound, "default", "sound default");
+    else
+        Print(sound.Fault());
     BeginHistory();
 }
 
@@ -268,7 +271,7 @@ void VexaView::TakeAsSaved() {
     comparedAt.reset();
 }
 
-/// How often anything of what ConstructSound tells may have changed.
+/// Counts how often anything of what ConstructSound tells may have changed.
 uint64 VexaView::Edits() const {
     uint64 edits = instrument.Changes();
     for (const BTextControl* field : fields)
@@ -345,8 +348,7 @@ bool VexaView::Save(const std::string& name, const char* folder, const Writer& w
     const kits::Result<void> saved = write(path);
     if (saved)
         return true;
-    std::fprintf(stderr, "vexa: %s\n", saved.Fault().text.c_str());
-    ErrorAlert("Could not save \n" + path.string(), saved.Fault().text);
+    ShowError(saved.Fault());
     return false;
 }
 

@@ -44,9 +44,9 @@ bool VexaView::Install(const Function& function) {
     const FunctionReport report = instrument.SetFunction(function);
     const bool installed = MarkInstalled(function, report);
     if (!installed)
-        ShowFailure(report);
-    else if (!report.details.empty())
-        std::fprintf(stderr, "vexa: %s\n", report.details.c_str());
+        ShowError(report);
+    else
+        Print(report);
     return installed;
 }
 
@@ -58,32 +58,40 @@ bool VexaView::MarkInstalled(const Function& function, const FunctionReport& rep
         fileMissing = false;
     if (function.kind == FunctionKind::Expression) {
         expressionWrong = !installed;
-        refusal = installed ? "" : report.details;
+        refusal = installed ? "" : report.text;
         Field(FunctionField::Expression).MarkWrong(!installed);
         Field(FunctionField::Expression).SetToolTip(refusal.c_str());
     }
     return installed;
 }
 
-/// What went wrong, in alerts; why and where, on standard error too.
-void VexaView::ShowFailure(const FunctionReport& report) {
-    if (!report.details.empty())
-        std::fprintf(stderr, "vexa: %s\n", report.details.c_str());
-    for (const std::string& alert : report.alerts)
-        ErrorAlert(alert, &alert == &report.alerts.back() ? report.details : "");
-}
-
 /// The fields are those of what the function is made from.
 void VexaView::ShowKind() {
     Field(FunctionField::Frequency).SetEnabled(SampleMode());
     if (Kind() == FunctionKind::Expression)
-        return;
+        return ShowSource();
     BTextControl& expression = Field(FunctionField::Expression);
     expression.SetText("");
     expression.SetToolTip(nullptr);
     expression.MarkWrong(false);
     expressionWrong = false;
     refusal.clear();
+    ShowSource();
+}
+
+/// The file stands where the expression would, as long as that is empty.
+void VexaView::ShowSource() {
+    BTextControl& expression = Field(FunctionField::Expression);
+    std::string text;
+    if (namesSource && Kind() != FunctionKind::Expression) {
+        const std::filesystem::path file = SourceOf(instrument.State().function);
+        text = (SampleMode() ? "sample " : "picture ") + file.filename().string();
+        text += fileMissing ? " (missing)" : "";
+        expression.SetToolTip(("The terrain is the " + text + ". What is typed here is " +
+                               "a formula that takes its place")
+                                  .c_str());
+    }
+    expression.SetPlaceholder(text);
 }
 
 bool VexaView::Compile(const char* expression) {

@@ -67,13 +67,13 @@ void VexaView::Become(const Sound& next) {
     const Function& function = next.function;
     const bool isExpression = function.kind == FunctionKind::Expression;
     const FunctionReport report = instrument.Change(ConfirmedSound(), next);
-    // As it was, also where it was wrong or could not be found.
+    // The function is taken as it was, also where it was wrong or could not be found.
     instrument.Adopt(function);
     if (!HaveOneSource(before, function)) {
         // The person knows of an expression that is wrong.
         if (!MarkInstalled(function, report) && !isExpression) {
             fileMissing = true;
-            ShowFailure(report);
+            ShowError(report);
         }
     }
     if (isExpression)

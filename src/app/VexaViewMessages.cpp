@@ -6,6 +6,7 @@
 #include "documents/ApplySound.h"
 #include "documents/NumberDoubt.h"
 #include "kits/interface/Control.h"
+#include "kits/midi/ControllerNumbers.h"
 #include "kits/midi/MidiRoster.h"
 #include "kits/support/NumberText.h"
 #include "views/R2RFView.h"
@@ -20,8 +21,6 @@ namespace {
 
 /// Pixels of the plane view that the display width is the width of.
 constexpr float kPlaneWidth = 300.0F;
-/// The MIDI controller.
-constexpr uint8 kAllSoundOff = 120;
 
 /// What the text of a float field means; nothing if it is no number at all (a NaN).
 std::optional<float> NumberIn(const std::string& text) {
@@ -161,7 +160,7 @@ void VexaView::SilenceAll() {
     keyboard.ReleaseAll();
     piano.ReleaseAll();
     if (plugin)
-        plugin->Play(0xB0, kAllSoundOff, 0);
+        plugin->Play(0xB0, kits::kAllSoundOff, 0);
     else
         graph->Consumer().AllNotesOff(false, 0);
 }

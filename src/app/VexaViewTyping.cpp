@@ -24,7 +24,7 @@ std::optional<float> VexaView::PlaceOfFault() const {
            (field.PositionOf(*faultPlace) + field.PositionOf(*faultPlace + 1)) / 2;
 }
 
-/// On the plane, from now on.
+/// Shows the function on the plane from now on.
 void VexaView::ShowFunction(const PlaneFunction& f) {
     shown.Take(f);
     plane->SetFunction(*shown.Next());

@@ -33,17 +33,19 @@ namespace {
 /// Ten pulses a second move the orbits.
 constexpr bigtime_t kPulseRate = 100000;
 constexpr float kWidest = 10000;
-/// Of the window, whose main view scrolls then, in pixels.
+/// The least size of the window, whose main view scrolls then, in pixels.
 constexpr float kLeastWidth = 480;
 constexpr float kLeastHeight = 240;
 
 constexpr float kMainTop = 41;
+/// For which the toolkit wants room where a scroll bar is shown, at most, in pixels.
+constexpr float kScrollBar = 16;
 
 /// Between the logo bar's pictures and what stands between them, in pixels.
 constexpr float kBarGap = 6;
 constexpr float kMenuWidth = 34;
 
-/// Whether the code is one of a control of the main view.
+/// True where the code is one of a control of the main view.
 bool IsCommand(uint32 code) {
     static constexpr uint32 kCommands[] = {
         kExpressionTypedCode, kLoadFunctionCode, kSaveFunctionCode, kLoadSoundCode, kSaveSoundCode,
@@ -71,6 +73,15 @@ TuningChoice RememberedTuning(const Settings& settings) {
     return choice;
 }
 
+/// Where the window was left; else where the frame is.
+BRect Placed(BRect frame, const WindowChoices& choices) {
+    const Settings& settings = *choices.settings;
+    if (choices.plugin || choices.classic || settings.Get(kWindowWidthSetting) <= 0)
+        return frame;
+    return frame.OffsetToCopy(static_cast<float>(settings.Get(kWindowLeftSetting)),
+                              static_cast<float>(settings.Get(kWindowTopSetting)));
+}
+
 /// Chooses the item of a menu whose message has that code.
 void Choose(BMenu& menu, uint32 code) {
     if (BMenuItem* item = menu.FindItem(code))
@@ -81,7 +92,7 @@ void Choose(BMenu& menu, uint32 code) {
 
 VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders,
                        const WindowChoices& choices)
-    : BWindow(frame, "Vexa", B_TITLED_WINDOW, B_NOT_ZOOMABLE, B_CURRENT_WORKSPACE),
+    : BWindow(Placed(frame, choices), "Vexa", B_TITLED_WINDOW, B_NOT_ZOOMABLE, B_CURRENT_WORKSPACE),
       attached(choices.plugin != nullptr),
       mainHeight(frame.Height()),
       classic(choices.classic) {
@@ -100,13 +111,18 @@ VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders,
     logoBar->AddChild(bar);
     AddDrawer();
     const float bottom = frame.Height() + 1;
-    playing = new Strip({0, bottom, frame.Width(), bottom + Strip::PreferredHeight()}, *mainView);
+    playing = new Strip({0, bottom, frame.Width(), bottom + Strip::PreferredHeight()}, *mainView,
+                        [this] { Arrange(); });
     strip.view = playing;
-    strip.room = Strip::PreferredHeight() + 1;
     AddChild(strip.view);
     Remembered();
     FoldWhatDoesNotFit();
-    Fit(frame.Width());
+    const Settings& settings = mainView->Remembered();
+    const auto width = static_cast<float>(settings.Get(kWindowWidthSetting));
+    if (KeepsFrame() && width > 0)
+        Fit(width - RoomOf(drawer), static_cast<float>(settings.Get(kWindowHeightSetting)));
+    else
+        Fit(frame.Width());
     if (choices.withDefaultSound && !attached)
         mainView->LoadDefaultSound();
 }
@@ -156,17 +172,18 @@ float VexaWindow::NeededWidth() const {
 }
 
 float VexaWindow::FullHeight() const {
-    return mainHeight + RoomOf(strip);
+    return mainHeight + (Takes(strip) ? Strip::PreferredHeight() + 1 : 0);
 }
 
 /// Gives the window the size that its parts take, with a main view of that width, or wider where
-/// that is too narrow, as far as the screen has room.
-void VexaWindow::Fit(float mainWidth) {
+/// that is too narrow, and no higher than is wanted, as far as the screen has room.
+void VexaWindow::Fit(float mainWidth, float wantedHeight) {
     const BRect room = Room();
-    const float height = std::min(FullHeight(), room.Height());
+    const float most = std::min(FullHeight(), room.Height());
+    const float least = std::min(most, kLeastHeight);
+    const float height = std::clamp(wantedHeight, least, most);
     const float needed = std::min(NeededWidth(), room.Width());
-    SetSizeLimits(std::min(needed, kLeastWidth), kWidest, std::min(height, kLeastHeight),
-                  FullHeight());
+    SetSizeLimits(std::min(needed, kLeastWidth), kWidest, least, FullHeight());
     const float width = std::clamp(RoomOf(drawer) + mainWidth, needed, room.Width());
     ResizeTo(width, height);
     const BPoint place = {std::clamp(Frame().left, room.left, room.right - width),
@@ -180,6 +197,14 @@ void VexaWindow::Fit(float mainWidth) {
 void VexaWindow::Arrange() {
     const BRect bounds = Bounds();
     const float left = RoomOf(drawer);
+    const bool low = bounds.Height() < FullHeight();
+    playing->SetLow(low);
+    strip.room = Strip::PreferredHeight() + 1;
+    if (low) {
+        const bool scrolls = bounds.Width() - left < mainView->PreferredWidth();
+        const float main = mainHeight + (scrolls ? kScrollBar : 0);
+        strip.room = std::clamp(bounds.Height() - main, playing->LeastHeight() + 1, strip.room);
+    }
     const float bottom = bounds.bottom - RoomOf(strip);
     const auto place = [](BView& view, float x, float y, float width, float height) {
         view.MoveTo(x, y);
@@ -216,10 +241,28 @@ void VexaWindow::Remembered() {
     });
 }
 
+/// For the next start, where it is not as it came up.
+void VexaWindow::RememberFrame() {
+    if (!KeepsFrame() || IsHidden() || Frame() == knownFrame)
+        return;
+    const bool first = !knownFrame;
+    knownFrame = Frame();
+    if (first)
+        return;
+    Settings& settings = mainView->Remembered();
+    const auto remember = [&settings](const SettingKey<int>& key, float pixels) {
+        settings.Set(key, static_cast<int>(std::lround(pixels)));
+    };
+    remember(kWindowLeftSetting, knownFrame->left);
+    remember(kWindowTopSetting, knownFrame->top);
+    remember(kWindowWidthSetting, knownFrame->Width());
+    remember(kWindowHeightSetting, knownFrame->Height());
+}
+
 /// Hides what leaves the main view too little of the screen.
 void VexaWindow::FoldWhatDoesNotFit() {
     const BRect room = Room();
-    if (Takes(strip) && FullHeight() > room.Height())
+    if (Takes(strip) && mainHeight + playing->LeastHeight() + 1 > room.Height())
         strip.wanted = false;
     if (Takes(drawer) && NeededWidth() > room.Width())
         drawer.wanted = false;
@@ -233,7 +276,7 @@ void VexaWindow::FrameResized(float, float) {
 void VexaWindow::ShowPart(Part part, bool show) {
     const float width = mainPane->Frame().Width();
     PaneOf(part).wanted = show;
-    Fit(width);
+    Fit(width, part == Part::Drawer ? Bounds().Height() : kHighest);
 }
 
 bool VexaWindow::IsShown(Part part) const {
@@ -258,7 +301,7 @@ void VexaWindow::SetDark(bool on) {
     ApplyColors();
 }
 
-/// From now on and at the next start.
+/// Makes the window classic, or no longer, from now on and at the next start.
 void VexaWindow::ChooseClassic(bool on) {
     SetClassic(on);
     mainView->Remembered().Set(kClassicSetting, on);
@@ -363,6 +406,7 @@ void VexaWindow::MessageReceived(BMessage* message) {
     case B_PULSE:
         mainView->WatchSound();
         FollowSession();
+        RememberFrame();
         bar->Refresh();
         if (sounds)
             sounds->Refresh();
@@ -407,6 +451,7 @@ void VexaWindow::Begin(const AppOptions& options, kits::Recording* recording) {
 }
 
 bool VexaWindow::QuitRequested() {
+    RememberFrame();
     if (session) {
         Hide();
         return false;

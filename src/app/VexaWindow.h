@@ -10,6 +10,7 @@
 #include "kits/storage/ProgramFolder.h"
 
 #include <memory>
+#include <optional>
 
 class BMenuField;
 class BScrollView;
@@ -23,26 +24,28 @@ class Drawer;
 class Strip;
 class VexaView;
 
-/// How the window begins.
+/// These choices say how the window begins.
 struct WindowChoices {
     /// The file "default" is loaded; else the caller does what there is to do.
     bool withDefaultSound = true;
-    /// Where it is a plug-in that plays, as VexaView.
+    /// The plug-in that plays, as VexaView has it; null where none does.
     Attachment* plugin = nullptr;
-    /// The logo bar and the main view alone.
+    /// True where there are the logo bar and the main view alone.
     bool classic = false;
-    /// What is remembered from one start to the next; else that is forgotten.
+    /// What is remembered from one start to the next; the settings made here are forgotten.
     std::shared_ptr<Settings> settings = std::make_shared<Settings>();
 };
 
-/// The logo bar, below it the drawer at the left and the main view, below these the strip; drawer
-/// and strip can be hidden. Can be made wider, not taller, and smaller: then the main view scrolls.
-/// Closing it ends the program. Window thread.
+/// The window has the logo bar at the top, below it the drawer at the left and the main view, below
+/// these the strip; drawer and strip can be hidden. It can be made wider, not taller, and smaller:
+/// then the strip has one row less and the main view scrolls. It is as large as it was left, and in
+/// the same place, at the next start, as far as the screen has room, unless it is classic or a
+/// plug-in's. Closing it ends the program. Window thread.
 class VexaWindow : public BWindow, private SessionClient {
   public:
-    /// The frame is that of the logo bar and the main view: with the other parts the window is
-    /// larger, and wider where a font needs it; what does not fit on the screen is hidden or
-    /// scrolls. Not shown yet.
+    /// Makes the window, not shown yet. The frame is that of the logo bar and the main view: with
+    /// the other parts the window is larger, and wider where a font needs it; what does not fit on
+    /// the screen is hidden or scrolls.
     VexaWindow(BRect frame, const kits::ProgramFolders& folders, const WindowChoices& choices = {});
 
     VexaView& MainView() { return *mainView; }
@@ -55,7 +58,7 @@ class VexaWindow : public BWindow, private SessionClient {
     void ShowPart(Part part, bool show);
     bool IsShown(Part part) const;
 
-    /// The logo bar and the main view alone, in their first colours, with one-pixel lines.
+    /// Shows the logo bar and the main view alone, in their first colours, with one-pixel lines.
     void SetClassic(bool on);
     bool IsClassic() const { return classic; }
     /// Dark or light colours, where it is not classic.
@@ -65,8 +68,8 @@ class VexaWindow : public BWindow, private SessionClient {
     /// Shows the window and has it do what the options ask for, with alerts where that fails.
     /// What they leave open is as it was remembered.
     void Begin(const AppOptions& options, kits::Recording* recording);
-    /// The same in a session, whose manager is told how it went. From then on closing the window
-    /// hides it, and what it shows is saved where the manager wants it.
+    /// Does the same in a session, whose manager is told how it went. From then on closing the
+    /// window hides it, and what it shows is saved where the manager wants it.
     void Begin(std::unique_ptr<Session> session, const Project& project,
                kits::Recording* recording);
     bool InSession() const { return session != nullptr; }
@@ -84,7 +87,11 @@ class VexaWindow : public BWindow, private SessionClient {
     Project PresentProject();
     void FollowSession();
 
-    /// What can be hidden, and the room that it takes: of the window's width or height.
+    /// The window's largest width and height, in pixels: all that a screen has.
+    static constexpr float kHighest = 10000;
+
+    /// A part that can be hidden, and the room that it takes, in pixels of the window's width or
+    /// height.
     struct Pane {
         BView* view = nullptr;
         float room = 0;
@@ -95,6 +102,8 @@ class VexaWindow : public BWindow, private SessionClient {
     const Pane& PaneOf(Part part) const { return part == Part::Drawer ? drawer : strip; }
     bool Takes(const Pane& pane) const { return pane.view && pane.wanted && !classic; }
     float RoomOf(const Pane& pane) const { return Takes(pane) ? pane.room : 0; }
+    /// Whether the window's frame is a person's to remember.
+    bool KeepsFrame() const { return !attached && !classic; }
     void AddBar();
     void AddDrawer();
     void ShowManual();
@@ -103,32 +112,35 @@ class VexaWindow : public BWindow, private SessionClient {
     void ChooseDark(bool on);
     float NeededWidth() const;
     float FullHeight() const;
-    void Fit(float mainWidth);
+    void Fit(float mainWidth, float wantedHeight = kHighest);
     void Arrange();
     void Remembered();
+    void RememberFrame();
     void FoldWhatDoesNotFit();
     void ApplyColors();
 
     /// A plug-in has the sound, whatever becomes of the window.
     const bool attached;
-    /// Of the main view, with the logo bar.
+    /// The height of the main view, with the logo bar, in pixels.
     const float mainHeight;
     bool classic;
     bool dark = false;
+    /// The frame that is remembered, or was there at first.
+    std::optional<BRect> knownFrame;
     BitmapBarView* logoBar = nullptr;
-    /// What the logo bar holds beside its pictures, and the width of these.
+    /// What the logo bar holds beside its pictures, and the width of these in pixels.
     BarView* bar = nullptr;
     BMenuField* menu = nullptr;
     float barLeft = 0;
     float barRight = 0;
-    /// Null while it is being built, which may take an alert.
+    /// The main view, null while it is being built, which may take an alert.
     VexaView* mainView = nullptr;
     std::unique_ptr<Session> session;
     /// The project as it was opened or saved last, with what the window cannot change.
     Project savedProject;
     /// Shows it where the window is too small for all of it.
     BScrollView* mainPane = nullptr;
-    /// Null where there is none.
+    /// The drawer, null where there is none.
     Drawer* sounds = nullptr;
     Pane drawer;
     Pane strip;

@@ -130,7 +130,7 @@ std::optional<Letter> Link::Next() {
     return std::nullopt;
 }
 
-/// Of what a header says; empty where it is in order.
+/// Returns what is wrong with a header; empty where it is in order.
 std::string Link::FaultOf(Kind kind, std::size_t size) const {
     const auto* row = std::find_if(std::begin(kRows), std::end(kRows),
                                    [&](const Row& r) { return r.kind == kind; });

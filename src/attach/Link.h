@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// One end of the connection between an instrument in a plug-in and its window.
+// A link is one end of the connection between an instrument in a plug-in and its window.
 #pragma once
 
 #include "kits/support/Result.h"
@@ -13,26 +13,26 @@
 
 namespace vexa::attach {
 
-/// Both ends say it first; another one is refused.
+/// The version that both ends say first; another one is refused.
 constexpr uint32 kVersion = 1;
-/// Of the text of a sound, in bytes.
+/// The most bytes that the text of a sound may have.
 constexpr std::size_t kMostSound = std::size_t{512} << 10;
 
 /// What a letter is about. On the wire a letter is this number, the size of what follows and what
 /// follows, in the machine's own order of bytes, as both ends are on one machine.
 enum class Kind : uint32 {
-    /// "vexa" and kVersion. The first letter, and no later one.
+    /// "vexa" and kVersion. It is the first letter, and no later one.
     Hello = 1,
-    /// Why the other end is given up. The last letter.
+    /// Tells why the other end is given up. It is the last letter.
     Refusal,
-    /// To the window: a serial number, and the document of the sound that plays.
+    /// Goes to the window with a serial number and the document of the sound that plays.
     Sound,
-    /// To the plug-in: the serial number of the last sound that came, and the document as it is
-    /// after what a person did to it. An edit of another sound than the last is of no effect.
+    /// Goes to the plug-in with the serial number of the last sound that came, and the document as
+    /// it is after what a person did to it. An edit of another sound than the last has no effect.
     Edit,
-    /// To the window: a Moment.
+    /// Goes to the window with a Moment.
     Moment,
-    /// To the plug-in: a MIDI message of a note or a controller, three bytes.
+    /// Goes to the plug-in with a MIDI message of a note or a controller, three bytes.
     Midi,
 };
 
@@ -41,12 +41,12 @@ struct Letter {
     std::string body;
 };
 
-/// Which end this is.
+/// The two ends of a link.
 enum class End { Plugin, Window };
 
-/// Sends and takes letters over a connected stream socket and never waits but in Wait. A peer that
-/// sends something else than letters for this end, in their sizes, is refused: it is told why, and
-/// the connection is closed. One thread at a time.
+/// A link sends and takes letters over a connected stream socket and never waits but in Wait. A
+/// peer that sends something else than letters for this end, in their sizes, is refused: it is told
+/// why, and the connection is closed. One thread at a time.
 class Link {
   public:
     /// Takes the descriptor over and says Hello.
@@ -66,9 +66,9 @@ class Link {
     /// Puts a letter, the parts of its body one behind the other, behind those that are not sent
     /// yet.
     void Put(Kind kind, std::string_view body, std::string_view rest = {});
-    /// A Sound or an Edit.
+    /// Puts a Sound or an Edit into the letters to be sent.
     void PutSound(Kind kind, uint32 serial, std::string_view document);
-    /// All that was put has been sent.
+    /// True where all that was put has been sent.
     bool IsIdle() const { return out.empty(); }
     /// Tells the other end why, and closes.
     void Refuse(const std::string& reason);
@@ -76,9 +76,9 @@ class Link {
     /// The other end has said Hello.
     bool HasBegun() const { return begun; }
     bool IsOpen() const { return descriptor >= 0; }
-    /// Why it is closed; empty where the other end has simply gone.
+    /// Returns why the link is closed; empty where the other end has simply gone.
     const std::string& Fault() const { return fault; }
-    /// Whether the other end has gone, whatever it may have sent before.
+    /// True where the other end has gone, whatever it may have sent before.
     bool IsDeserted() const;
     /// -1 where it is closed.
     int Descriptor() const { return descriptor; }

@@ -25,7 +25,7 @@ bool AudioGraph::Start() {
     return !failure;
 }
 
-/// What could not be done, or null.
+/// Returns what could not be done, or null.
 const char* AudioGraph::Register() {
     if (roster.RegisterNode(producer) != B_OK)
         return "unable to register ToneProducer node!\n";

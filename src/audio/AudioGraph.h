@@ -33,17 +33,18 @@ class AudioGraph {
     /// sound.
     bool Start();
 
-    /// What has become of the audio device, told once.
+    /// The news of the audio device, each of which is told once.
     enum class DeviceNews { None, Gone, There };
-    /// Looks after the device: to be called some ten times a second after Start, whatever that
-    /// said. Where the device has gone, or there was none, it is looked for about once a second;
-    /// when it is there the sound is too, at whatever rate and period the device has now. A device
-    /// that merely changes its rate is played on, and no news. Does not wait for an audio system,
-    /// but for the media thread and the device's.
+    /// Looks after the device. It is to be called some ten times a second after Start, whatever
+    /// that said. Where the device has gone, or there was none, it is looked for about once a
+    /// second; when it is there the sound is too, at whatever rate and period the device has now. A
+    /// device that merely changes its rate is played on, and no news. It does not wait for an audio
+    /// system, but for the media thread and the device's.
     DeviceNews Watch();
 
-    /// Plays through that system from now on, or the first that has a device; Watch looks for it as
-    /// for one that has gone. Waits for the media thread and the device's.
+    /// Plays through that system from now on, or, without a value, through the first that has a
+    /// device; Watch looks for it as for one that has gone. It waits for the media thread and the
+    /// device's.
     void UseSystem(std::optional<kits::AudioSystem> system);
     /// The one that is played through or looked for; nothing while any will do.
     std::optional<kits::AudioSystem> System() const;
@@ -55,17 +56,17 @@ class AudioGraph {
     const VexaMidiConsumer& Consumer() const { return engine.consumer; }
     bool IsConnected() const { return connected; }
 
-    /// What is heard is recorded too from now on, whatever device plays it; null ends that. The
+    /// Records what is heard too from now on, whatever device plays it; null ends that. The
     /// recording outlives the graph, or is ended before.
     void Record(kits::Recording* next);
 
-    /// What all mixers so far have noticed of our buffers.
+    /// Returns what all mixers so far have noticed of our buffers.
     kits::MixerCounts Counts() const;
     /// The device for a person; empty while there is no connection.
     std::string DeviceName() const;
     /// Returns the device's rate in frames per second, 0 while there is no connection.
     double DeviceRate() const;
-    /// Why there is no device, as it was when Start looked for one.
+    /// Returns why there is no device, as it was when Start looked for one.
     const std::string& DeviceFault() const { return roster.MixerFault(); }
 
   private:
@@ -97,7 +98,7 @@ class AudioGraph {
     kits::Recording* recording = nullptr;
     /// The device that played has gone; whether that has been told.
     enum class Loss { None, Untold, Told } loss = Loss::None;
-    /// What the mixers noticed that went with their devices.
+    /// The counts of the mixers that went with their devices.
     kits::MixerCounts past;
 };
 

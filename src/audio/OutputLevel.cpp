@@ -20,7 +20,8 @@ float Decibels(float peak) {
 
 void OutputLevel::Look(double seconds) {
     const uint64 end = listener.Count();
-    // Of a long time only the end is still there, and of that the oldest may go at any moment.
+    // After a long time only the end is still there, of which the oldest frames may go at any
+    // moment.
     constexpr uint64 kMost = OutputTap::kFrames / 2;
     next = std::max(next, end > kMost ? end - kMost : 0);
     frames.resize(end - next);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// How loud the output is.
+// This measures how loud the output is.
 #pragma once
 
 #include "audio/OutputTap.h"
@@ -10,20 +10,20 @@ namespace vexa {
 
 /// The peaks of both channels as a meter shows them: up at once, down by 20 dB in 1.7 s (IEC
 /// 60268-10, type I), with the highest one of the last two seconds beside it and a light for what
-/// no device can play. Whoever shows it has one of his own. Window thread.
+/// no device can play. Each view that shows it has one of its own. Window thread.
 class OutputLevel {
   public:
-    /// In dB of full scale; what is below counts as silence.
+    /// The level in dB of full scale below which everything counts as silence.
     static constexpr float kSilence = -60;
 
-    /// The tap outlives it.
+    /// Begins to listen to the tap, which outlives it.
     explicit OutputLevel(OutputTap& tap) : listener(tap), next(listener.Count()) {}
 
     /// Takes what has come since the last call, so many seconds ago. Some ten times a second or
     /// more, so that no peak is missed.
     void Look(double seconds);
 
-    /// In dB of full scale, from kSilence on; channel 0 is left, 1 right.
+    /// Returns the level in dB of full scale, from kSilence on; channel 0 is left, 1 right.
     float Level(std::size_t channel) const { return channels[channel].level; }
     float Held(std::size_t channel) const { return channels[channel].held; }
     /// A sample was beyond full scale since the start or the last Forgive.
@@ -34,7 +34,7 @@ class OutputLevel {
     struct Channel {
         float level = kSilence;
         float held = kSilence;
-        /// Seconds since `held` was reached.
+        /// The seconds since `held` was reached.
         double age = 0;
     };
     static void Follow(Channel& channel, float peak, double seconds);

@@ -12,8 +12,7 @@
 
 namespace vexa {
 
-/// One frame of the output. Of such an alignment that every compiler shares it between threads in
-/// one piece.
+/// One frame of the output. By its alignment every compiler shares it between threads in one piece.
 struct alignas(8) OutputFrame {
     float left = 0;
     float right = 0;
@@ -23,26 +22,26 @@ struct alignas(8) OutputFrame {
 /// of these read them without being waited for.
 class OutputTap {
   public:
-    /// How many are kept: 0.68 s at 48 kHz, 0.17 s at 192 kHz.
+    /// How many frames are kept: those of 0.68 s at 48 kHz, of 0.17 s at 192 kHz.
     static constexpr std::size_t kFrames = 1U << 15;
 
     OutputTap() : frames(kFrames) {}
     OutputTap(const OutputTap&) = delete;
     OutputTap& operator=(const OutputTap&) = delete;
 
-    /// Frames per second of what comes; 0 before anything was connected. Any thread reads it, one
-    /// sets it.
+    /// Returns the frames per second of what comes; 0 before anything was connected. Any thread
+    /// reads it, one sets it.
     float Rate() const noexcept { return rate; }
     void SetRate(float next) noexcept { rate = next; }
 
-    /// Frames of one or two channels, by turns. Costs a comparison where nobody listens. Media
-    /// thread.
+    /// Puts in frames of one or two channels, interleaved. It costs a comparison where nobody
+    /// listens. Media thread.
     VEXA_REALTIME void Put(const float* buffer, std::size_t count, std::size_t channels) noexcept;
 
-    /// How many there are. Any thread.
+    /// Returns how many listeners there are. Any thread.
     int32 Listeners() const noexcept { return listeners; }
 
-    /// Has frames be kept as long as it lives. Window thread.
+    /// Frames are kept as long as there is a listener. Window thread.
     class Listener {
       public:
         explicit Listener(OutputTap& tap) : tap(tap) { tap.listeners = tap.listeners + 1; }
@@ -51,10 +50,10 @@ class OutputTap {
         Listener& operator=(const Listener&) = delete;
 
         float Rate() const noexcept { return tap.Rate(); }
-        /// How many frames have been kept since the tap was made; only grows.
+        /// Returns how many frames have been kept since the tap was made; the number only grows.
         uint64 Count() const noexcept { return tap.ended; }
-        /// The frames from number `from` on. False, and what is copied means nothing, where some
-        /// have not come yet or were overwritten meanwhile.
+        /// Copies the frames from number `from` on. False, and what is copied means nothing, where
+        /// some have not come yet or were overwritten meanwhile.
         bool Copy(uint64 from, std::span<OutputFrame> into) const noexcept;
 
       private:
@@ -69,7 +68,7 @@ class OutputTap {
     kits::Shared<uint64> begun{0};
     kits::Shared<uint64> ended{0};
     kits::Shared<float> rate{0};
-    /// Written by the window thread.
+    /// The number of listeners, written by the window thread.
     kits::Shared<int32> listeners{0};
 };
 

@@ -18,41 +18,40 @@ namespace vexa {
 /// thread; each tells the trace that it ran, those that run while a buffer is made by TellTrace.
 class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
   public:
-    /// The renderer plays the voices, at a multiple of the rate where the sound asks for it; both
-    /// outlive the node, and nobody else renders meanwhile.
-    /// Window thread.
+    /// Makes a node that plays the voices by the renderer, at a multiple of the rate where the
+    /// sound asks for it. Both outlive the node, and nobody else renders meanwhile. Window thread.
     VexaToneProducer(VoiceRenderer& renderer, VoiceTable& voices);
 
     /// Sets the renderer's gain (any thread) and its function (window thread).
     void SetGain(float gain) { renderer.SetGain(gain); }
     void SetFunction(const PlaneFunction& f) { renderer.SetFunction(f); }
 
-    /// One channel, or two, left and right, by turns in a buffer, for sounds that have a spread.
-    /// While it is not connected. Window thread.
+    /// Sets the number of channels: one, or two, left and right interleaved in a buffer, for sounds
+    /// that have a spread. It must not be connected then. Window thread.
     void SetChannels(uint32 channels);
 
-    /// From now on plays the events that wait there, each `EventDelay` after it has happened; none
-    /// from null on, for when the gate goes. When it returns the one before is not used any more.
+    /// Plays the events that wait at the gate from now on, each `EventDelay` after it has happened.
+    /// Null ends that, before the gate goes: when it returns the gate before is not used any more.
     /// Window thread.
     void SetEvents(kits::EventGate* gate);
-    /// Microseconds from an event to the moment at which the device plays its effect: as long as
-    /// the latency stays as it is, all have the same. What delays an oversampled sound counts. Any
-    /// thread.
+    /// Returns the microseconds from an event to the moment at which the device plays its effect.
+    /// As long as the latency stays as it is, all events have the same. It counts the delay of an
+    /// oversampled sound. Any thread.
     bigtime_t EventDelay() const { return eventDelay; }
 
-    /// Where what is sent can be looked at. Window thread.
+    /// Returns the tap, where what is sent can be looked at. Window thread.
     OutputTap& Tap() { return tap; }
 
     /// Renders `count` frames, then drops a voice if that took 80 % of the time that they play.
     /// Media thread.
     VEXA_REALTIME void FillSineBuffer(float* buffer, std::size_t count) noexcept;
     VEXA_REALTIME void ReduceVoxByOne() noexcept;
-    /// The share of the time that was last spent rendering, 1 where it takes all of it: the most of
-    /// late, which fades within a second. Any thread.
+    /// Returns the share of the time that was last spent rendering, 1 where it takes all of it: the
+    /// largest of late, which fades within a second. Any thread.
     float Load() const { return load; }
     /// Writes the trace lines of what the media thread has done since the last call. Window thread.
     void TellTrace() { trace.Tell(); }
-    /// Voices dropped because rendering took too long. Any thread.
+    /// Counts the voices that were dropped because rendering took too long. Any thread.
     int64 DroppedVoices() const { return dropped; }
 
     void* AddOn(int32* id) const override;
@@ -108,7 +107,7 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
     VEXA_REALTIME std::size_t Channels() const { return output.format.u.raw_audio.channel_count; }
     VEXA_REALTIME std::size_t FramesPerBuffer() const;
     VEXA_REALTIME float FrameRate() const { return output.format.u.raw_audio.frame_rate; }
-    /// Performance time of the frame after those sent so far.
+    /// Returns the performance time, in microseconds, of the frame after those sent so far.
     VEXA_REALTIME bigtime_t TimeOfNextFrame() const;
 
     std::unique_ptr<BBufferGroup> buffers;

@@ -103,7 +103,7 @@ bool Bank::IsSame(const Known& each, const std::filesystem::path& path) const {
 Bank::Known Bank::Read(const std::filesystem::path& path) const {
     Known read;
     read.stamp = StampOf(path);
-    ReadEntry entry = ReadSoundEntry(path, path.parent_path() == folders.Own(kSounds));
+    ReadEntry entry = ReadSoundEntry(path, folders.IsOwn(kSounds, path));
     read.entry = std::make_shared<const SoundEntry>(std::move(entry.entry));
     read.sound = std::move(entry.sound);
     if (read.sound && read.sound->function.kind != FunctionKind::Expression) {

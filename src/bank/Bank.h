@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// All sounds that there are, a person's own and those that came with the program.
+// A bank has all sounds that there are, a person's own and those that came with the program.
 #pragma once
 
 #include "bank/SoundSearch.h"
@@ -19,12 +19,12 @@
 
 namespace vexa {
 
-/// What a bank knows at one moment.
+/// What a bank knows at one moment; it never changes.
 struct BankView {
     SoundList sounds;
-    /// All have been read.
+    /// True when all have been read.
     bool listed = false;
-    /// All have a picture, or will have none.
+    /// True when all have a picture, or will have none.
     bool pictured = false;
 };
 
@@ -39,13 +39,14 @@ class Bank {
     /// Waits for what the thread is about: reading one sound, or drawing one picture.
     ~Bank();
 
-    /// Never null. Any thread.
+    /// Returns the newest view, never null. Any thread.
     std::shared_ptr<const BankView> View() const;
-    /// The pictures of these sounds come first. Any thread.
+    /// Has the pictures of these sounds drawn first. Any thread.
     void Hurry(std::vector<std::filesystem::path> paths);
 
   private:
-    /// What tells that a file is another one: its place on the disk, its time (ns) and its length.
+    /// A file with another stamp is another file: its place on the disk, its time (ns) and its
+    /// length.
     struct Stamp {
         unsigned long inode = 0;
         long long time = 0;
@@ -77,11 +78,11 @@ class Bank {
     const int pictureSize;
     const std::function<void()> changed;
     kits::FolderWatch watch;
-    /// The thread's.
+    /// This belongs to the bank's own thread.
     std::vector<Known> known;
 
     mutable std::mutex mutex;
-    // Under the mutex.
+    // The mutex guards this.
     std::shared_ptr<const BankView> view = std::make_shared<BankView>();
     std::vector<std::filesystem::path> hurried;
     /// The last member: it ends before the others go.

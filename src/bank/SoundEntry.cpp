@@ -52,13 +52,12 @@ ReadEntry ReadSoundEntry(const std::filesystem::path& path, bool own) {
     entry.path = path;
     entry.own = own;
     entry.name = path.stem();
-    ReadReport report;
-    kits::Result<Sound> sound = ReadSound(path, report);
+    kits::Result<Sound> sound = ReadSound(path);
     if (sound) {
         Tell(*sound, entry);
         read.sound = *std::move(sound);
     } else {
-        entry.fault = OneLine(report.reason, path);
+        entry.fault = OneLine(sound.Fault().text, path);
     }
     entry.searched = Searched(entry);
     return read;

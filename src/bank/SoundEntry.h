@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a list of sounds tells of one of them.
+// An entry is what a list of sounds tells of one of them.
 #pragma once
 
 #include "documents/SoundDocument.h"
@@ -16,9 +16,9 @@ namespace vexa {
 /// Texts are empty where the sound says nothing.
 struct SoundEntry {
     std::filesystem::path path;
-    /// Made by the person; else it came with the program.
+    /// True for a sound that the person has made; others came with the program.
     bool own = false;
-    /// That of its document, else that of its file without ".xml".
+    /// The name in its document, else that of its file without ".xml".
     std::string name;
     std::string category;
     std::string tags;
@@ -26,23 +26,24 @@ struct SoundEntry {
     std::string comment;
     /// The expression, or the name of the sample or the picture.
     std::string formula;
-    /// Why it cannot be loaded, in one line with the place, if there is one; empty if it can.
+    /// The reason why it cannot be loaded, in one line with the place, if there is one; empty if it
+    /// can.
     std::string fault;
     /// All of the above that a person reads, as FoldedText folds it.
     std::string searched;
-    /// Null before it is drawn, and of a sound that cannot be loaded.
+    /// The picture, null before it is drawn, and for a sound that cannot be loaded.
     std::shared_ptr<const BBitmap> picture;
 };
 
-/// The entry without its picture, and the sound, unless its document has a fault. Waits for the
-/// disk. Any thread.
+/// What reading a sound's file gives: the entry without its picture, and the sound, unless its
+/// document has a fault.
 struct ReadEntry {
     SoundEntry entry;
     std::optional<Sound> sound;
 };
 ReadEntry ReadSoundEntry(const std::filesystem::path& path, bool own);
 
-/// A text of several lines in one, that names files in the folder of `path` without it.
+/// Puts a text of several lines into one, which names files in the folder of `path` without it.
 std::string OneLine(std::string text, const std::filesystem::path& path);
 
 } // namespace vexa

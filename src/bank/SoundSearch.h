@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Which sounds a person looks for.
+// A search finds the sounds that a person looks for.
 #pragma once
 
 #include "bank/SoundEntry.h"
@@ -24,10 +24,10 @@ struct SoundQuery {
     /// Words, each of which is somewhere in what a person reads of the sound or in its formula,
     /// without regard to case and accents.
     std::string text{};
-    /// Empty for any.
+    /// The category that is looked for; empty for any.
     std::string category{};
     bool favourite = false;
-    /// Made by the person.
+    /// True for those only that the person has made.
     bool own = false;
 
     bool operator==(const SoundQuery&) const = default;
@@ -35,7 +35,7 @@ struct SoundQuery {
 
 bool IsFavourite(const SoundEntry& entry, const Favourites& favourites);
 
-/// The places in `sounds` of those that are looked for, in order. Any thread.
+/// Returns the places in `sounds` of those that are looked for, in order. Any thread.
 std::vector<std::size_t> Search(const SoundList& sounds, const SoundQuery& query,
                                 const Favourites& favourites);
 

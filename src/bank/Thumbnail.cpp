@@ -190,7 +190,7 @@ float PeriodsOf(const Orbit& orbit) {
 }
 
 void DrawOrbit(const Orbit& orbit, const Area& area, std::size_t size, uint8* pixels) {
-    // How much of a pixel the line covers, which is about one pixel wide.
+    // The share of each pixel that the line covers, which is about one pixel wide.
     std::vector<float> covered(size * size);
     const auto mark = [&](std::size_t column, std::size_t row, float share) {
         if (column < size && row < size)

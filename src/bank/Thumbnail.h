@@ -14,7 +14,8 @@ namespace vexa {
 /// A picture, or why there is none.
 struct Thumbnail {
     std::shared_ptr<const BBitmap> picture;
-    /// Why the sound's function cannot be played; empty for a picture. It may have several lines.
+    /// The reason why the sound's function cannot be played; empty for a picture. It may have
+    /// several lines.
     std::string fault;
 };
 
@@ -22,7 +23,7 @@ struct Thumbnail {
 /// view does where no note sounds, but brighter where it is quiet; and in it the orbit of the note
 /// kShownNote, round where it begins and as wide as it becomes. A function that would take longer
 /// than some 20 ms is drawn coarsely, and of a sample of more than two minutes there is only the
-/// orbit. Waits for the disk where there is a sample. Any thread.
+/// orbit. It waits for the disk where there is a sample. Any thread.
 Thumbnail DrawThumbnail(const Sound& sound, const kits::ProgramFolders& folders, int size);
 
 } // namespace vexa

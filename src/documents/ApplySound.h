@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// From a sound's texts and points to what is heard.
+// Makes a sound's texts and points the numbers from which it is heard.
 #pragma once
 
 #include "documents/NumberDoubt.h"
@@ -10,7 +10,7 @@
 
 namespace vexa {
 
-/// Why a field's text was not taken.
+/// Tells why a field's text was not taken.
 enum class TextFault {
     None,
     /// A float field whose text is a NaN.
@@ -23,13 +23,14 @@ enum class TextFault {
 /// a fault. A text that is no number means 0. The same in every locale. Window thread.
 TextFault ApplyText(const Parameter& row, const std::string& text, sound_param& target);
 
-/// ApplyText for all of the sound's texts. Reading a document tells of their faults. Window thread.
+/// Does what ApplyText does for all of the sound's texts. Their faults are passed over: reading the
+/// document has told of them. Window thread.
 void ApplyParameters(const Sound& sound, sound_param& target);
 
 /// Sets where a macro is to be, within 0..1. A text that is no number means 0; a NaN changes
 /// nothing. Window thread.
 TextFault ApplyMacroValue(const std::string& text, Macro& target);
-/// Sets the controller that moves a macro, as ApplyText. Window thread.
+/// Sets the controller that moves a macro, as ApplyText does. Window thread.
 TextFault ApplyMacroController(const std::string& text, Macro& target);
 
 /// Sets values and controllers of the macros to what the function's texts mean, values within 0..1;

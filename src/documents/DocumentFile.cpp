@@ -30,21 +30,24 @@ std::vector<long> VersionNumbers(const std::string& version) {
     return numbers;
 }
 
-/// What to tell of a text in which no root was found.
-std::string NoRoot(const std::filesystem::path& path, const LoadedDocument& loaded) {
+/// The fault of a text in which no root was found.
+kits::Error NoRoot(const std::filesystem::path& path, const LoadedDocument& loaded) {
     const std::string_view text = loaded.text;
+    const std::string file = path.string();
     if (text.empty())
-        return path.string() + ": expected a root element, found nothing";
+        return kits::At({file}, {"expected a root element, found nothing"});
     if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF"))
-        return path.string() + ": expected a text in UTF-8, found UTF-16";
-    if (loaded.document.Status() != MX_OK)
-        return Located(path.string(), text,
-                       {loaded.document.FaultLeft(), StatusText(loaded.document.Status())});
-    return Located(path.string(), text, {text.size(), "expected a root element, found none"});
+        return kits::At({file}, {"expected a text in UTF-8, found UTF-16"});
+    const MXDocument& document = loaded.document;
+    if (document.Status() != MX_OK)
+        return kits::At(PlaceOf(file, text, document.FaultLeft()), {StatusText(document.Status())});
+    return kits::At({file, 1, 1}, {"expected a root element, found none"});
 }
 
-kits::Error NotLoaded(const std::filesystem::path& path) {
-    return {"Could not load \n" + path.string()};
+/// The same fault with what the window's alert says of a document that it cannot load.
+kits::Error NotLoaded(const std::filesystem::path& path, kits::Error fault) {
+    fault.alerts = {"Could not load \n" + path.string()};
+    return fault;
 }
 
 } // namespace
@@ -79,12 +82,11 @@ void InterpretInfoElement(const MXFragment* info, std::string& author, KeptEleme
 
 std::string ChildrenBut(const MXFragment& parent, std::span<const std::string_view> known) {
     MXString elements;
-    for (int32 i = 0; i < parent.children.CountItems(); i++) {
-        const MXFragment& child = *parent.children.ItemAt(i);
-        const bool isElement = child.Type() == MX_ELEMENT || child.Type() == MX_EMPTY_ELEMENT;
+    for (const auto& child : parent.children) {
+        const bool isElement = child->Type() == MX_ELEMENT || child->Type() == MX_EMPTY_ELEMENT;
         if (isElement &&
-            std::find(known.begin(), known.end(), std::string_view(child.name)) == known.end())
-            child.AppendTo(elements);
+            std::find(known.begin(), known.end(), std::string_view(child->name)) == known.end())
+            child->AppendTo(elements);
     }
     return std::string(std::string_view(elements));
 }
@@ -103,32 +105,29 @@ std::unique_ptr<MXFragment> ConstructTextElement(std::string_view name, std::str
     return std::make_unique<MXFragment>(MXString(name), MXString(text));
 }
 
-kits::Result<LoadedDocument> LoadDocument(const std::filesystem::path& path, ReadReport& report,
-                                          Remarks& remarks) {
-    report = {};
+kits::Result<LoadedDocument> LoadDocument(const std::filesystem::path& path, Remarks& remarks) {
     kits::Result<MXString> text = ReadDocumentText(path);
-    if (!text) {
-        report.reason = text.Fault().text;
-        return NotLoaded(path);
-    }
+    if (!text)
+        return NotLoaded(path, text.Fault());
     MXString unread = *text;
     LoadedDocument loaded{*std::move(text), MXDocument(unread, &remarks)};
-    if (!loaded.document.root) {
-        report.reason = NoRoot(path, loaded);
-        return NotLoaded(path);
-    }
+    if (!loaded.document.root)
+        return NotLoaded(path, NoRoot(path, loaded));
     return loaded;
 }
 
-kits::Error TooLarge(const std::filesystem::path& path, ReadReport& report) {
-    report = {path.string() + ": there is not enough memory", {}};
-    return NotLoaded(path);
+kits::Error TooLarge(const std::filesystem::path& path) {
+    return NotLoaded(path, kits::At({path.string()}, {"there is not enough memory"}));
+}
+
+kits::Error Refusal(const char* alert, const std::string& expected) {
+    return {alert + (" " + expected), {alert}};
 }
 
 kits::Result<void> SaveDocument(const std::filesystem::path& path, MXDocument& document,
                                 const char* fileType) {
     if (document.WriteFile(path.c_str(), kIndentation) != 0)
-        return kits::Error{document.WriteError()};
+        return kits::Error{document.WriteError(), {"Could not save \n" + path.string()}};
     BNode node(path.c_str());
     BNodeInfo(&node).SetType(fileType);
     return {};

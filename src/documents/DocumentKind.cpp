@@ -46,9 +46,8 @@ Beginning BeginningOf(const std::filesystem::path& path) {
 }
 
 std::optional<DocumentKind> KindByRoot(const std::filesystem::path& path) {
-    ReadReport ignored;
     Remarks unheard;
-    const auto loaded = LoadDocument(path, ignored, unheard);
+    const auto loaded = LoadDocument(path, unheard);
     const std::string_view root = loaded ? std::string_view(loaded->document.root->name) : "";
     if (root == kSoundElement)
         return DocumentKind::Sound;

@@ -14,11 +14,10 @@ std::string Tag(std::string_view name) {
 }
 
 const MXFragment* ChildNamed(const MXFragment& parent, std::string_view name) {
-    for (int32 i = 0; i < parent.children.CountItems(); i++) {
-        const MXFragment* child = parent.children.ItemAt(i);
+    for (const auto& child : parent.children) {
         const bool isElement = child->Type() == MX_ELEMENT || child->Type() == MX_EMPTY_ELEMENT;
         if (isElement && child->name == name)
-            return child;
+            return child.get();
     }
     return nullptr;
 }

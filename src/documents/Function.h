@@ -10,15 +10,16 @@
 
 namespace vexa {
 
+/// What a plane function is made from.
 enum class FunctionKind { Expression, Sample, Picture };
 
-/// The author of what was edited since it was loaded.
+/// The name of the author of what was edited since it was loaded.
 constexpr const char* kDefaultAuthor = "Beta User";
 
 /// Elements of a document that this version does not know, as XML. They are written back after
 /// those that it knows.
 struct KeptElements {
-    /// Children of the document's element, and of its element "info".
+    /// The children of the document's element, and those of its element "info".
     std::string root;
     std::string info;
     bool operator==(const KeptElements&) const = default;
@@ -43,21 +44,22 @@ struct Function {
 
     FunctionKind kind = FunctionKind::Expression;
     std::string author = kDefaultAuthor;
-    /// In x and y; of the kind Expression.
+    /// The formula in x and y of a function of the kind Expression.
     std::string expression = "(5*(x*y*y-y*x*x)-3*(x-y))/((1+x*x+y*y)*(1+x*x+y*y))";
-    /// The name of a file in the samples folder, or a path from "/"; of the kind Sample, as is the
-    /// frequency (Hz).
+    /// The name of a file in the samples folder, or a path from "/", of a function of the kind
+    /// Sample, and the frequency in Hz for which the sample is wound.
     std::string sampleFile;
     std::string frequency = "440";
-    /// The name of a file in the pictures folder, or a path from "/"; of the kind Picture.
+    /// The name of a file in the pictures folder, or a path from "/", of a function of the kind
+    /// Picture.
     std::string pictureFile;
-    /// Width of the part of the plane that is shown.
+    /// The width of the part of the plane that is shown.
     std::string width = "15";
     /// The point of the plane that is shown at the point of the view, which is relative to the
     /// view's size (0..1).
     Point linkFunction{"0", "0"};
     Point linkScreen{"0.5", "0.5"};
-    /// Of a to d.
+    /// The texts of the macros a to d.
     std::array<MacroTexts, kMacros> macros{
         {{"0.5", "16"}, {"0.5", "17"}, {"0.5", "18"}, {"0.5", "19"}}};
     KeptElements kept;
@@ -65,7 +67,8 @@ struct Function {
     bool operator==(const Function&) const = default;
 };
 
-/// The text that the function of its kind is made from: the expression, or the name of the file.
+/// Returns the text that the function of its kind is made from: the expression, or the name of the
+/// file.
 inline const std::string& SourceOf(const Function& function) {
     switch (function.kind) {
     case FunctionKind::Sample:
@@ -80,7 +83,7 @@ inline const std::string& SourceOf(const Function& function) {
 inline std::string& SourceOf(Function& function) {
     return const_cast<std::string&>(SourceOf(std::as_const(function)));
 }
-/// Whether they are computed from the same expression or file.
+/// Returns whether both functions are computed from the same expression or file.
 inline bool HaveOneSource(const Function& a, const Function& b) {
     return a.kind == b.kind && SourceOf(a) == SourceOf(b);
 }

@@ -120,13 +120,12 @@ std::unique_ptr<MXFragment> ConstructFunctionElement(const Function& function) {
     return root;
 }
 
-std::optional<Refusal> InterpretFunction(const MXFragment& root, Function& function,
-                                         Remarks& remarks) {
+kits::Result<void> InterpretFunction(const MXFragment& root, Function& function, Remarks& remarks) {
     const auto row =
         std::ranges::find_if(kFunctionElements, [&](const auto& r) { return root.name == r.name; });
     if (row == std::end(kFunctionElements))
-        return Refusal{kInvalidFunction, "(expected a root element " + FunctionTags() + ", found " +
-                                             Tag(root.name) + ")"};
+        return Refusal(kInvalidFunction, "(expected a root element " + FunctionTags() + ", found " +
+                                             Tag(root.name) + ")");
     function.kind = row->kind;
     switch (function.kind) {
     case FunctionKind::Expression:
@@ -151,12 +150,12 @@ std::optional<Refusal> InterpretFunction(const MXFragment& root, Function& funct
     ReadPoint(display.Element("linkfunction"), function.linkFunction, remarks);
     ReadPoint(display.Element("linkscreenrel"), function.linkScreen, remarks);
     ReadMacros(ElementScope(&root, {"macros"}, remarks).Find("macros"), function, remarks);
-    return std::nullopt;
+    return {};
 }
 
 kits::Result<Function> ReadFunction(const std::filesystem::path& path, const Function& startFrom,
-                                    ReadReport& report) {
-    return ReadValue(path, startFrom, InterpretFunction, report);
+                                    Warnings* warnings) {
+    return ReadValue(path, startFrom, InterpretFunction, warnings);
 }
 
 kits::Result<void> WriteFunction(const std::filesystem::path& path, const Function& function) {

@@ -7,18 +7,21 @@
 
 namespace vexa {
 
+/// The name of the element that says how a sound is played.
 constexpr const char* kPlaying = "playing";
 /// The elements of "info" that are a sound's own, in the order in which they are written.
 constexpr std::string_view kSoundInfoNames[] = {"name", "category", "tags", "comment"};
 
-/// The element "playing" with what the texts have.
+/// Makes the element "playing" of the texts that there are. Any thread, as all here.
 std::unique_ptr<MXFragment> ConstructPlayingElement(const PlayingTexts& playing);
-/// The texts of the children of an element "playing". One that means no value is a remark and kept.
+/// Returns the texts of the children of an element "playing". A text that means no value is kept,
+/// and told to `remarks`.
 PlayingTexts ReadPlaying(const MXFragment& element, Remarks& remarks);
 
 /// Appends to an element "info" what the sound says there.
 void AdoptSoundInfo(MXFragment& element, const SoundInfo& info);
-/// The texts of the children of an element "info". An unknown category is a remark and kept.
+/// Returns the texts of the children of an element "info". An unknown category is kept, and told to
+/// `remarks`.
 SoundInfo ReadSoundInfo(const MXFragment& element, Remarks& remarks);
 
 } // namespace vexa

@@ -17,23 +17,26 @@ namespace vexa {
 /// What the element "info" may say of a sound besides its author. An element that is not there is
 /// no text, not an empty one.
 struct SoundInfo {
+    /// What lists show in place of the file's name.
     std::optional<std::string> name;
-    /// One of kCategories.
+    /// One of kCategories, or a word that this version does not know.
     std::optional<std::string> category;
-    /// Separated by commas.
+    /// Words that are separated by commas.
     std::optional<std::string> tags;
     std::optional<std::string> comment;
 
     bool operator==(const SoundInfo&) const = default;
 };
 
+/// The categories in which lists sort sounds.
 constexpr std::string_view kCategories[] = {"bass",  "lead",       "pad",     "keys",  "bell",
                                             "pluck", "percussion", "texture", "effect"};
 
-/// The element "playing": a text for each row of PlayingRows() that it has.
+/// The content of the element "playing".
 struct PlayingTexts {
     PlayingTexts();
 
+    /// A text for each row of PlayingRows(); nothing for a row that the element does not have.
     std::vector<std::optional<std::string>> texts;
     /// Elements that this version does not know, as XML.
     std::string kept;
@@ -41,8 +44,8 @@ struct PlayingTexts {
     bool operator==(const PlayingTexts&) const = default;
 };
 
-/// The texts are as they were typed, and none of them is known to be valid. A new one holds what a
-/// fresh window does.
+/// A sound. Its texts are as they were typed, and none of them is known to be valid. A new sound
+/// holds what a fresh window does.
 struct Sound {
     Sound();
 
@@ -53,7 +56,7 @@ struct Sound {
     std::vector<std::string> texts;
     /// The envelopes' points, in the order of EnvelopePlaces().
     std::array<std::vector<EnvPoint>, 4> envelopes;
-    /// How it is played, where the sound says so.
+    /// How the sound is played, where it says so itself.
     std::optional<PlayingTexts> playing;
     KeptElements kept;
 

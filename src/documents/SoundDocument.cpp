@@ -156,7 +156,7 @@ std::unique_ptr<MXFragment> ConstructEnvdataElement(const std::vector<EnvPoint>&
     return envdata;
 }
 
-std::optional<Refusal> InterpretSound(const MXFragment& root, Sound& sound, Remarks& remarks) {
+kits::Result<void> InterpretSound(const MXFragment& root, Sound& sound, Remarks& remarks) {
     std::vector<std::string_view> names = Groups();
     names.emplace_back("info");
     for (const FunctionElement& row : kFunctionElements)
@@ -167,10 +167,10 @@ std::optional<Refusal> InterpretSound(const MXFragment& root, Sound& sound, Rema
     for (const FunctionElement& row : kFunctionElements)
         function = function ? function : parts.Find(row.name);
     if (!function)
-        return Refusal{kInvalidSound,
-                       "(expected an element " + FunctionTags() + " in " + Tag(root.name) + ")"};
-    if (auto refusal = InterpretFunction(*function, sound.function, remarks))
-        return refusal;
+        return Refusal(kInvalidSound,
+                       "(expected an element " + FunctionTags() + " in " + Tag(root.name) + ")");
+    if (auto taken = InterpretFunction(*function, sound.function, remarks); !taken)
+        return taken;
 
     for (const std::string_view group : Groups()) {
         const Parameter& row = ParametersOf(group).front();
@@ -186,12 +186,12 @@ std::optional<Refusal> InterpretSound(const MXFragment& root, Sound& sound, Rema
     sound.kept.root = "";
     sound.playing.reset();
     if (root.name != kSoundElement)
-        return std::nullopt;
+        return {};
     names.emplace_back(kPlaying);
     sound.kept.root = ChildrenBut(root, names);
     if (const MXFragment* playing = ChildNamed(root, kPlaying))
         sound.playing = ReadPlaying(*playing, remarks);
-    return std::nullopt;
+    return {};
 }
 
 void InterpretEnvdataElement(const MXFragment& envdata, std::vector<EnvPoint>& points,
@@ -208,8 +208,8 @@ void InterpretEnvdataElement(const MXFragment& envdata, std::vector<EnvPoint>& p
     });
 }
 
-kits::Result<Sound> ReadSound(const std::filesystem::path& path, ReadReport& report) {
-    return ReadValue(path, Sound(), InterpretSound, report);
+kits::Result<Sound> ReadSound(const std::filesystem::path& path, Warnings* warnings) {
+    return ReadValue(path, Sound(), InterpretSound, warnings);
 }
 
 kits::Result<void> WriteSound(const std::filesystem::path& path, const Sound& sound) {
@@ -223,18 +223,18 @@ kits::Result<Sound> SoundOfText(const std::string& text) try {
     MXString unread{std::string_view(text)};
     const MXDocument document(unread, &remarks);
     if (document.Status() != MX_OK)
-        return kits::Error{
-            Located("sound", text, {document.FaultLeft(), StatusText(document.Status())})};
+        return kits::At(PlaceOf("sound", text, document.FaultLeft()),
+                        {StatusText(document.Status())});
     if (!document.root)
-        return kits::Error{"sound: expected a root element, found none"};
+        return kits::At({"sound"}, {"expected a root element, found none"});
     // Unclosed elements are read over in files; here they mean that a part is missing.
     const std::string end = "</" + std::string(std::string_view(document.root->name)) + ">";
     const std::size_t last = text.find_last_not_of(" \t\r\n");
     if (!std::string_view(text).substr(0, last + 1).ends_with(end))
-        return kits::Error{"sound: the text ends before " + end};
+        return kits::At({"sound"}, {"the text ends before " + end});
     Sound sound;
-    if (const std::optional<Refusal> refusal = InterpretSound(*document.root, sound, remarks))
-        return kits::Error{refusal->alert + (" " + refusal->expected)};
+    if (const kits::Result<void> taken = InterpretSound(*document.root, sound, remarks); !taken)
+        return taken.Fault();
     return sound;
 } catch (const std::bad_alloc&) {
     return kits::Error{"there is not enough memory for the sound"};

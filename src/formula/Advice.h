@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What people mean who write a formula otherwise than C does.
+// This guesses what people mean who write a formula otherwise than C does.
 #pragma once
 
 #include "formula/ExpressionFault.h"
@@ -9,7 +9,8 @@
 
 namespace vexa::formula {
 
-/// How to write what stands at the fault, where it is a usual slip; else nothing.
+/// Returns a sentence that tells how to write what stands at the fault, where it is a usual slip;
+/// otherwise an empty text.
 std::string AdviceFor(std::string_view formula, const ExpressionFault& fault);
 
 } // namespace vexa::formula

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What is wrong with an expression.
+// A fault tells what is wrong with an expression.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 
 namespace vexa {
 
-/// Why an expression is refused, in words, and the byte at which the reason lies, from 0.
+/// The reason why an expression is refused, in words, and the byte at which it lies, from 0.
 struct ExpressionFault {
     std::size_t position = 0;
     std::string reason;
@@ -23,7 +23,7 @@ inline std::string Text(const ExpressionFault& fault) {
            (fault.advice.empty() ? "" : "\n" + fault.advice);
 }
 
-/// Keeps the first fault.
+/// Collects the faults of an expression, of which it keeps the first.
 class Refusals {
   public:
     void At(std::size_t position, std::string reason, std::string advice = "") {

@@ -60,7 +60,7 @@ class ExpressionGrammar {
     }
 
   private:
-    /// One level of nesting.
+    /// Counts one level of nesting as long as it lives.
     class Level {
       public:
         explicit Level(ExpressionGrammar& grammar) : grammar(grammar) {
@@ -91,7 +91,7 @@ class ExpressionGrammar {
             Refuse(token.reason);
     }
 
-    /// What an action makes of its operands; nothing after a fault.
+    /// Returns what an action makes of its operands; nothing after a fault.
     template<class Action>
     Part Act(const Action& action) {
         if (refusals)
@@ -115,7 +115,7 @@ class ExpressionGrammar {
         if (!Accept(punctuator))
             Refuse(kits::Quoted(punctuator) + " is expected before " + Here());
     }
-    /// The token in words.
+    /// Returns the token in words.
     std::string Here() const {
         return token.kind == Token::Kind::end ? "the end" : kits::Quoted(token.text);
     }
@@ -169,7 +169,7 @@ class ExpressionGrammar {
         return {};
     }
 
-    /// What follows '(': a cast's type and operand, or an expression.
+    /// Reads what follows '(': a cast's type and operand, or an expression.
     Part Parenthesis() {
         const Level level(*this);
         if (token.kind == Token::Kind::word && IsTypeWord(token.text)) {
@@ -182,7 +182,7 @@ class ExpressionGrammar {
         return inner;
     }
 
-    /// A cast's type up to and including ')'.
+    /// Reads a cast's type up to and including ')'.
     std::optional<ArithmeticType> Type() {
         const std::size_t position = token.position;
         std::vector<std::string_view> words;

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// How large an expression may be.
+// These limits say how large an expression may be.
 #pragma once
 
 #include <cstddef>
 
 namespace vexa {
 
-/// Longest expression, in bytes.
+/// The longest expression, in bytes.
 constexpr std::size_t kLongestExpression = 65536;
 /// Deepest nesting of parentheses, calls, signs, casts and ?:, which readers follow with a deeper
 /// stack.

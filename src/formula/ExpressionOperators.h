@@ -12,7 +12,7 @@ struct BinaryOperator {
     std::string_view text;
     /// The higher, the closer it binds.
     int precedence;
-    /// Its result is an integer whatever its operands are.
+    /// True where the result is an integer whatever the operands are.
     bool integer;
 };
 
@@ -37,7 +37,7 @@ constexpr auto kBinaryOperators = std::to_array<BinaryOperator>({
     {"||", 1, true},
 });
 
-/// The row of an operator, or null.
+/// Returns the row of an operator, or null.
 inline const BinaryOperator* FindBinaryOperator(std::string_view text) {
     const auto found = std::find_if(kBinaryOperators.begin(), kBinaryOperators.end(),
                                     [text](const BinaryOperator& row) { return row.text == text; });

@@ -37,7 +37,7 @@ constexpr const char* kComment = "an expression has no comments";
 constexpr const char* kBracket = "brackets and braces have no place in an expression";
 constexpr const char* kText = "an expression has no texts or characters";
 
-/// Those that begin with others stand before them.
+/// Punctuators that begin with others stand before them.
 constexpr auto kPunctuators = std::to_array<Punctuator>({
     {"<<=", kAssignment},
     {">>=", kAssignment},
@@ -167,7 +167,7 @@ bool ReadNumber(Token& token) {
     return IsIntegerSuffix(number.Rest());
 }
 
-/// Whether a whole number fits none of C's types. What is decimal and has no u at its end is
+/// True where a whole number fits none of C's types. What is decimal and has no u at its end is
 /// signed; for a larger one gcc takes 128 bits, which need a library of its own.
 bool IsTooLarge(const Token& token) {
     if (!token.integer || !token.written)

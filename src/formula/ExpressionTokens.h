@@ -13,13 +13,13 @@ namespace vexa {
 struct Token {
     enum class Kind { end, number, word, punctuator, refused };
     Kind kind = Kind::end;
-    /// As it stands in the expression, and the byte at which it begins.
+    /// The token as it stands in the expression, and the byte at which it begins.
     std::string_view text;
     std::size_t position = 0;
-    /// Of a number: it is a whole number in C, and its value if that fits.
+    /// True for a number that is a whole one in C; then its value follows if it fits.
     bool integer = false;
     std::optional<unsigned long long> written;
-    /// Why no expression may contain it.
+    /// The reason why no expression may contain it.
     std::string reason;
 };
 
@@ -28,10 +28,10 @@ struct Token {
 /// of numbers are refused, as is every other byte.
 class ExpressionTokens {
   public:
-    /// `text` outlives this and all tokens.
+    /// Begins at the text's start; `text` outlives this and all tokens.
     explicit ExpressionTokens(std::string_view text) : text(text) {}
 
-    /// The next token; at the end of the text, and from then on, Kind::end.
+    /// Returns the next token; at the end of the text, and from then on, Kind::end.
     Token Next();
 
   private:
@@ -39,7 +39,7 @@ class ExpressionTokens {
     std::size_t position = 0;
 };
 
-/// Whether a word is one of those that make up the name of an arithmetic type.
+/// True where a word is one of those that make up the name of an arithmetic type.
 bool IsTypeWord(std::string_view word);
 
 /// An arithmetic type that a cast may name.
@@ -52,7 +52,7 @@ struct ArithmeticType {
     bool isSigned = true;
 };
 
-/// The type that the words name, in any order that C allows; nothing if they name none.
+/// Returns the type that the words name, in any order that C allows; nothing if they name none.
 std::optional<ArithmeticType> TypeOfWords(std::span<const std::string_view> words);
 
 } // namespace vexa

@@ -12,9 +12,9 @@ namespace vexa {
 struct MathFunction {
     std::string_view name;
     int arguments = 1;
-    /// Its result is an integer.
+    /// True where its result is an integer.
     bool integer = false;
-    /// Its first argument is an order n to which its running time is proportional.
+    /// True where its first argument is an order n to which its running time is proportional.
     bool order = false;
 };
 
@@ -31,13 +31,13 @@ std::span<const MathFunction> MathFunctions();
 std::span<const MathFunction> MathMacros();
 std::span<const MathConstant> MathConstants();
 
-/// The function or macro called `name`, a function also with an f or l at its end; or null.
+/// Returns the function or macro called `name`, a function also with an f or l at its end; or null.
 const MathFunction* FindMathFunction(std::string_view name);
 const MathConstant* FindMathConstant(std::string_view name);
 
-/// Why a word is refused that is none of them.
+/// Returns why a word is refused that is none of them.
 std::string UnknownName(std::string_view word);
-/// Why an order is refused that is none.
+/// Returns why an order is refused that is none.
 std::string OrderFault(const MathFunction& function);
 
 } // namespace vexa

@@ -34,9 +34,9 @@ class Formula final : public PlaneSource {
   public:
     explicit Formula(formula::Program program) : program(std::move(program)) {}
 
-    /// On this machine's instruction set.
+    /// Returns the estimated time in nanoseconds per point on this machine's instruction set.
     double Cost() const noexcept override { return program.Cost(); }
-    /// How many operations it takes for each point.
+    /// Returns how many operations the formula takes for each point.
     std::size_t Length() const { return program.Length(); }
 
     VEXA_REALTIME std::span<const FunctionInput> Inputs() const noexcept override {
@@ -58,12 +58,12 @@ struct FormulaOutcome {
     explicit operator bool() const { return formula != nullptr; }
 };
 
-/// Takes time proportional to the text's length, and bounded stack. Everything that CheckExpression
-/// accepts is a formula, but what needs more intermediate values at a time than there is room for.
-/// Any thread that may allocate.
+/// Makes a formula of the text. Everything that CheckExpression accepts is a formula, but for what
+/// needs more intermediate values at a time than there is room for. It takes time proportional to
+/// the text's length, and bounded stack. Any thread that may allocate.
 FormulaOutcome CompileFormula(std::string_view text);
 
-/// The same, computed by the loops of one instruction set.
+/// Does the same, with a formula that is computed by the loops of one instruction set.
 FormulaOutcome CompileFormula(std::string_view text, const formula::FormulaLoops& loops);
 
 } // namespace vexa

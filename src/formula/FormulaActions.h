@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a formula's text means: each part of it as a value of a graph, with C's types.
+// The actions give a formula's text its meaning: each part of it becomes a value of a graph, with
+// C's types.
 #pragma once
 
 #include "formula/ExpressionFault.h"

@@ -16,22 +16,23 @@ namespace vexa::formula {
 /// Blocks consist of whole groups of so many lanes.
 constexpr std::size_t kLanes = 16;
 
-/// to[i] = the operation on a[i], b[i] and c[i]. The count is a multiple of kLanes; what it does
-/// not take is ignored; `to` overlaps with none of the others. Any thread, real-time safe.
+/// Computes to[i] = the operation on a[i], b[i] and c[i]. The count is a multiple of kLanes; an
+/// operand that the operation does not take is ignored; `to` overlaps with none of the others. Any
+/// thread, real-time safe.
 using Loop = void (*)(const void* a, const void* b, const void* c, void* to, std::size_t count);
 
-/// Which operand is one number for all lanes.
+/// The operand, if any, that is one number for all lanes.
 enum class Constants : unsigned char { None, First, Second, Third };
 constexpr std::size_t kForms = 4;
 
 struct PlainLoops {
-    /// Null where there is no such operation, or no such form of it.
+    /// A loop is null where there is no such operation, or no such form of it.
     Loop loops[kPlainOps][kTypes][kForms];
 };
 
 struct MathsLoops {
     Loop loops[kMathsOps];
-    /// The same of a Float that becomes a Double on the way; null where there is none.
+    /// These take a Float, which becomes a Double on the way; null where there is none.
     Loop ofFloats[kMathsOps];
 };
 
@@ -49,7 +50,7 @@ struct FormulaLoops {
     }
 };
 
-/// Those that this machine can run, the fastest last.
+/// Returns the loops that this machine can run, the fastest last.
 std::span<const FormulaLoops> RunnableFormulaLoops();
 
 } // namespace vexa::formula

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a formula computes: its operations, each once, and what each takes.
+// A graph is what a formula computes: its operations, each once, and what each takes.
 #pragma once
 
 #include "formula/FormulaLoops.h"
@@ -13,14 +13,14 @@
 
 namespace vexa::formula {
 
-/// The value of an operation, a constant or an input: its number in the graph.
+/// The number, in the graph, of the result of an operation, of a constant or of an input.
 using Value = std::int32_t;
 constexpr Value kNone = -1;
 
 /// A node takes values that were made before it.
 struct Node {
     Op op;
-    /// Of the operands, and of a constant or an input itself.
+    /// The type of the operands, or of a constant or an input itself.
     Type type;
     /// A constant's number in a, as an input's, where x is 0, y is 1 and the formula's own follow.
     Value a = kNone, b = kNone, c = kNone;
@@ -40,20 +40,21 @@ class Graph {
     Value Constant(double number);
     Value X() { return Insert({Op::Input, Type::Float, 0}); }
     Value Y() { return Insert({Op::Input, Type::Float, 1}); }
-    /// Nothing where there are kMostInputs others already.
+    /// Returns the value of an input; nothing where there are kMostInputs others already.
     std::optional<Value> Input(FunctionInput input);
     /// `type` is that of the operands, as Op tells.
     Value Apply(Op op, Type type, Value a, Value b = kNone, Value c = kNone);
-    /// As C converts. Any types.
+    /// Converts a value of any type to any type, as C does.
     Value Convert(Value value, Type to);
 
     Type TypeOf(Value value) const {
         const Node& node = nodes[static_cast<std::size_t>(value)];
         return ResultOf(node.op, node.type);
     }
-    /// The bits of a constant, those of 32 bits in the lower half; nothing of other values.
+    /// Returns the bits of a constant, those of 32 bits in the lower half; nothing for other
+    /// values.
     std::optional<std::uint64_t> Known(Value value) const;
-    /// Whether it is the constant `number`, converted to its type.
+    /// True where the value is the constant `number`, converted to its type.
     bool Is(Value value, double number) const;
 
     const std::vector<Node>& Nodes() const { return nodes; }

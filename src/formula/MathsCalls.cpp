@@ -13,7 +13,7 @@ namespace {
 struct Call {
     Graph& graph;
     std::span<const Value> arguments;
-    /// Of the function's arguments and result.
+    /// The type of the function's arguments and result.
     Type type;
 
     Value Argument(std::size_t index) const { return Argument(index, type); }

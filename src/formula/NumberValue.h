@@ -16,11 +16,12 @@ struct NumberValue {
     std::uint64_t bits;
 };
 
-/// Of a token that is a number: its type and value are those of C. Whole numbers that no type of C
-/// holds keep their last 64 bits.
+/// Returns the value of a token that is a number, with the type that it has in C. Whole numbers
+/// that no type of C holds keep their last 64 bits.
 NumberValue ValueOf(const Token& number);
 
-/// Of a name that FindMathConstant knows. Whole ones are those of x86-64 on every machine.
+/// Returns the value of a name that FindMathConstant knows. Whole ones are those of x86-64 on every
+/// machine.
 NumberValue ConstantValue(std::string_view name);
 
 } // namespace vexa::formula

@@ -8,32 +8,32 @@
 
 namespace vexa::formula {
 
-/// Each takes lanes of one type, unless told otherwise. What C leaves undefined is defined here:
-/// sums, differences, products and left shifts of integers wrap around; x / 0 and x % 0 are 0, and
-/// the lowest number divided by -1 is itself, the remainder 0; a shift's count is taken modulo the
-/// number of bits.
+/// An operation takes lanes of one type, unless told otherwise. What C leaves undefined is defined
+/// here: sums, differences, products and left shifts of integers wrap around; x / 0 and x % 0 are
+/// 0, and the lowest number divided by -1 is itself, the remainder 0; a shift's count is taken
+/// modulo the number of bits.
 enum class Op : unsigned char {
     /// One of the program's constants, or of what it is given.
     Constant,
     Input,
 
-    // Of any type.
+    // These take any type.
     Copy,
     Add,
     Subtract,
     Multiply,
     Divide,
     Negate,
-    /// Give Int, 0 or 1.
+    /// The four comparisons give an Int, 0 or 1.
     Less,
     LessEqual,
     Equal,
     NotEqual,
-    /// a ? b : c with a condition a of Int.
+    /// Gives a ? b : c with a condition a of Int.
     Select,
-    /// To the type that they name. A number with a fraction is cut off to a whole one and limited
-    /// to what int, long or unsigned long holds, NaN is 0; to unsigned, and what is negative to
-    /// unsigned long, it goes by way of long, of which the low bits stay.
+    /// These convert to the type that they name. A number with a fraction is cut off to a whole one
+    /// and limited to what int, long or unsigned long holds, and NaN is 0. To unsigned, and from a
+    /// negative number to unsigned long, it goes by way of long, of which the low bits stay.
     ToInt,
     ToUnsigned,
     ToLong,
@@ -41,7 +41,7 @@ enum class Op : unsigned char {
     ToFloat,
     ToDouble,
 
-    // Of integers.
+    // These take integers.
     Remainder,
     And,
     Or,
@@ -50,28 +50,29 @@ enum class Op : unsigned char {
     /// The count b is an Int.
     ShiftLeft,
     ShiftRight,
-    /// Of Int: what is left in a narrower type.
+    /// These take an Int and give what is left of it in a narrower type.
     ToSignedChar,
     ToUnsignedChar,
     ToShort,
     ToUnsignedShort,
 
-    // Of Float and Double; exact, or rounded once.
+    // These take Float and Double. They are exact, or rounded once.
     Absolute,
     CopySign,
     Floor,
     Ceiling,
     Truncate,
-    /// To the nearest whole number: halves away from 0, and to even.
+    /// These round to the nearest whole number: the first takes halves away from 0, the second to
+    /// the even one.
     Round,
     RoundEven,
     SquareRoot,
     Maximum,
     Minimum,
     FusedMultiplyAdd,
-    /// Some operations in one pass, each rounded: a b + c, a b - c, -a b - c, c - a b, a b c; of
-    /// Double a b + c as a Float; and of Float c a / b, with a constant c of Double and in double
-    /// precision, as a Float. A program puts them together, a graph has none of them.
+    /// These do some operations in one pass, each rounded: a b + c, a b - c, -a b - c, c - a b, a b
+    /// c; of Double a b + c as a Float; and of Float c a / b, with a constant c of Double and in
+    /// double precision, as a Float. A program puts them together, a graph has none of them.
     ProductAndSum,
     ProductLess,
     NegativeLess,
@@ -84,14 +85,14 @@ enum class Op : unsigned char {
     /// Give Int: fpclassify's number, and whether the sign is set, which it is in no NaN.
     Classify,
     SignBit,
-    /// Of Double.
+    /// These take a Double.
     IeeeRemainder,
-    /// a 2^b with b of Int.
+    /// Gives a 2^b with b of Int.
     Scale,
     Exponent,
 
-    // Of Double: functions of the maths library. In a program some are of Float too, and give a
-    // Double.
+    // These are functions of the maths library, which take a Double. In a program some take a Float
+    // too, and give a Double.
     Modulo,
     Sin,
     Cos,
@@ -120,7 +121,7 @@ enum class Op : unsigned char {
     Erfc,
     TGamma,
     LGamma,
-    /// Of the order b, a constant of Int.
+    /// Both take as b the order, a constant of Int.
     BesselJ,
     BesselY,
 };
@@ -131,11 +132,12 @@ constexpr std::size_t kPlainOps = static_cast<std::size_t>(kFirstMaths);
 
 /// The type of what an operation on lanes of `type` gives.
 Type ResultOf(Op op, Type type);
-/// Whether a and b may be exchanged.
+/// True where a and b may be exchanged.
 bool Commutes(Op op);
-/// Whether its loop takes constants for a or b as they are; one without is given whole blocks.
+/// True where its loop takes constants for a or b as they are; a loop that does not is given whole
+/// blocks of them.
 bool TakesConstants(Op op);
-/// Estimated time in nanoseconds per point, on this machine's instruction set.
+/// Returns the estimated time in nanoseconds per point, on this machine's instruction set.
 double CostOf(Op op, Type type);
 
 } // namespace vexa::formula

@@ -66,7 +66,7 @@ class Program::Writer {
 
     bool IsConstant(Value value) const { return At(value).op == Op::Constant; }
 
-    /// How often each node that the root needs is taken.
+    /// Counts how often each node that the root needs is taken.
     std::vector<std::uint32_t> CountUses() const {
         std::vector<std::uint32_t> uses(nodes.size());
         uses[IndexOf(root)] = 1;

@@ -13,9 +13,9 @@
 
 namespace vexa::formula {
 
-/// Never changes once it is made. A block's intermediate values lie in kWorkspace bytes on the
-/// stack, which stay in the processor's nearest caches: the more of them are needed at a time, the
-/// shorter are the pieces of a block.
+/// A program never changes once it is made. A block's intermediate values lie in kWorkspace bytes
+/// on the stack, which stay in the processor's nearest caches: the more of them are needed at a
+/// time, the shorter are the pieces of a block.
 class Program {
   public:
     static constexpr std::size_t kWorkspace = 65536;
@@ -24,20 +24,20 @@ class Program {
     /// workspace holds for kLanes points.
     static std::optional<Program> Of(const Graph& graph, Value root, const FormulaLoops& loops);
 
-    /// What the root depends on beside x and y.
+    /// Returns what the root depends on beside x and y.
     VEXA_REALTIME const std::vector<FunctionInput>& Inputs() const { return inputs; }
 
-    /// values[i] = the root at x = from[0][i], y = from[1][i], where the k-th of Inputs() is
-    /// from[2 + k][i]. Any thread, real-time safe.
+    /// Computes values[i] = the root at x = from[0][i], y = from[1][i], where the k-th of Inputs()
+    /// is from[2 + k][i]. Any thread, real-time safe.
     VEXA_REALTIME void Run(const float* const* from, float* values,
                            std::size_t count) const noexcept;
 
-    /// Nanoseconds per point.
+    /// Returns the estimated nanoseconds per point.
     double Cost() const { return cost; }
     std::size_t Length() const { return instructions.size(); }
 
   private:
-    /// Where an operand lies: so many bytes after one of the bases, which are the workspace, the
+    /// An operand lies so many bytes after one of the bases, which are the workspace, the
     /// constants, the result and the inputs.
     struct Place {
         std::uint32_t base = 0, offset = 0;
@@ -57,7 +57,7 @@ class Program {
     std::vector<Instruction> instructions;
     std::vector<std::uint64_t> constants;
     std::vector<FunctionInput> inputs;
-    /// Points that fit into the workspace at a time.
+    /// How many points fit into the workspace at a time.
     std::size_t piece = 0;
     double cost = 0;
 };

@@ -20,12 +20,13 @@ constexpr bool IsWide(Type type) {
     return type == Type::Long || type == Type::UnsignedLong || type == Type::Double;
 }
 
-/// The type in which C computes with one operand of each: with types of this order, the later.
+/// Returns the type in which C computes with one operand of each: with types of this order, the
+/// later.
 constexpr Type Common(Type a, Type b) {
     return a > b ? a : b;
 }
 
-/// What a lane of each type is in the loops.
+/// The C++ type of a lane of each type in the loops.
 template<Type type>
 struct LaneOf;
 template<>

@@ -53,7 +53,7 @@ CompileOutcome AddonThread::Compile(const std::string& expression, const std::st
     return FunctionCompiler(folders).Compile(
         expression, [&] { return stop.stop_requested() || latest != order; });
 } catch (const std::exception& fault) {
-    return {{B_ERROR, {}, std::string("no add-on: ") + fault.what()}, {}};
+    return {{{std::string("no add-on: ") + fault.what()}, B_ERROR}, {}};
 }
 
 } // namespace vexa

@@ -20,13 +20,14 @@ class AddonThread {
   public:
     explicit AddonThread(kits::ProgramFolders folders);
 
-    /// What is under way or ready for another expression is stopped and dropped. The first call
-    /// starts the thread, and throws std::system_error where there can be none.
+    /// Begins to compile the expression. What is under way or ready for another one is stopped and
+    /// dropped. The first call starts the thread, and throws std::system_error where there can be
+    /// none.
     void Begin(std::string expression);
     /// Stops and drops what is under way or ready: no add-on is wanted any more.
     void Drop();
 
-    /// What became of the expression, once; nothing as long as the compiler runs.
+    /// Returns what became of the expression, once; nothing as long as the compiler runs.
     std::optional<CompileOutcome> Take();
     /// Begin was called, and Take has not given the outcome yet.
     bool Pending() const { return pending; }

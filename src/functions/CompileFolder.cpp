@@ -47,7 +47,7 @@ void RemoveLeftOvers(const fs::path& parent) {
     }
 }
 
-/// Whether users who are neither this one nor root may write to a folder.
+/// True where users who are neither this one nor root may write to a folder.
 bool OthersMayWrite(const struct stat& status) {
     const bool group = (status.st_mode & S_IWGRP) != 0 && status.st_gid != ::getegid();
     return group || (status.st_mode & S_IWOTH) != 0;

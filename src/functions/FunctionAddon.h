@@ -23,7 +23,7 @@ class FunctionAddon final : public PlaneSource {
     bool HasPointForm() const { return point; }
     /// Returns whether the add-on computes blocks of points, by a function r2rfunblock.
     bool HasBlockForm() const { return block; }
-    /// What r2rfunstr returns: the expression; nothing if the add-on has no such function.
+    /// Returns the expression that r2rfunstr returns; nothing if the add-on has no such function.
     const std::optional<std::string>& Expression() const { return expression; }
 
     VEXA_REALTIME float At(float x, float y, const float*) const noexcept override {

@@ -20,7 +20,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// What a compilation calls its files, in its private folder and above it.
+// A compilation calls its files so, in its private folder and above it.
 constexpr const char* kSource = "recent.c";
 constexpr const char* kAddon = "recent";
 
@@ -52,7 +52,7 @@ void KeepToUser(const fs::path& path) {
 }
 
 CompileReport Failure(status_t status, std::string alert, std::string details) {
-    return {status, {std::move(alert)}, std::move(details)};
+    return {{std::move(details), {std::move(alert)}}, status};
 }
 
 /// Why the compiler gave no add-on.
@@ -77,8 +77,8 @@ std::string Describe(const kits::ChildResult& result, const kits::ChildLimits& l
     return result.standardError;
 }
 
-/// Whether the compiler has the headers of the C library, which are another package, whatever the
-/// language is in which it tells of them. It writes nothing.
+/// True where the compiler has the headers of the C library, which are another package, whatever
+/// the language is in which it tells of them. It writes nothing.
 bool HasHeaders(const fs::path& folder, const kits::ChildLimits& limits) {
     return kits::RunProgram({{"gcc", "-fsyntax-only", "-include", "math.h", "-x", "c", "/dev/null"},
                              folder,
@@ -218,7 +218,7 @@ CompileReport FunctionCompiler::RunCompiler(const fs::path& folder, const fs::pa
         kits::RunProgram({Command(kSource, kAddon), folder, limits,
                           [&] { return kits::Interrupt::Pending() || (stop && stop()); }});
     if (result.Succeeded())
-        return {B_OK, {}, result.standardError};
+        return {{result.standardError}};
     std::string details = Describe(result, limits);
     const bool complete =
         result.end != kits::ChildResult::End::exited || HasHeaders(folder, limits);

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// From an expression to a loaded function.
+// The compiler makes a loaded function of an expression.
 #pragma once
 
 #include "functions/FunctionAddon.h"
 #include "kits/kernel/ChildProcess.h"
 #include "kits/storage/ProgramFolder.h"
+#include "kits/support/Error.h"
 #include "kits/support/SupportDefs.h"
 
 #include <filesystem>
@@ -16,15 +17,12 @@
 
 namespace vexa {
 
-/// How a step went. Converts to true if it did what it should.
-struct CompileReport {
+/// A report tells how a step went. It converts to true if the step did what it should. The error's
+/// text is what its alerts do not say, for standard error and the expression field's tool tip: the
+/// compiler's diagnostics, or why and where the expression was refused. After a success it is the
+/// compiler's warnings.
+struct CompileReport : kits::Error {
     status_t status = B_OK;
-    /// The alerts that tell the user about the failure, in the order in which they are shown.
-    std::vector<std::string> alerts;
-    /// What the alerts do not say, for standard error and the expression field's tool tip: the
-    /// compiler's diagnostics, or why and where the expression was refused. After a success, the
-    /// compiler's warnings.
-    std::string details;
 
     explicit operator bool() const { return status == B_OK; }
 };
@@ -68,8 +66,8 @@ class FunctionCompiler {
     /// "functions/recent.c" is copied there first.
     CompileOutcome IncludeFunction(const std::filesystem::path& sourcePath) const;
 
-    /// The compiler and its arguments, for a source and an add-on in the folder that it runs in.
-    /// Any thread.
+    /// Returns the compiler and its arguments, for a source and an add-on in the folder that it
+    /// runs in. Any thread.
     static std::vector<std::string> Command(const char* source, const char* addon);
 
     /// Returns the path of "functions/recent.c", the source as it was last compiled.
@@ -88,7 +86,7 @@ class FunctionCompiler {
 
     std::filesystem::path functions;
     std::filesystem::path templatePath;
-    /// "functions/recent"
+    /// The file "functions/recent".
     std::filesystem::path addonPath;
     kits::ChildLimits limits;
 };

@@ -16,7 +16,8 @@ namespace {
 
 constexpr double kNanosecondsPerSample = 1e9 / 48000;
 constexpr double kMostNanoseconds = 0.5 * kNanosecondsPerSample;
-/// Of the time, what voices may take together, and what each costs besides its function.
+/// The share of the time that voices may take together, and the nanoseconds that each costs besides
+/// its function.
 constexpr double kShare = 0.9;
 constexpr double kVoiceNanoseconds = 2;
 constexpr std::size_t kPoints = 64;
@@ -30,7 +31,7 @@ double Spent() {
     return static_cast<double>(time.tv_sec) * 1e9 + static_cast<double>(time.tv_nsec);
 }
 
-/// Of the first `count` points on an ellipse round (centre, centre).
+/// Measures the first `count` points on an ellipse round (centre, centre).
 double CostOf(const PlaneFunction& f, float centre, std::size_t count) {
     std::array<float, kPoints> x, y, values;
     for (std::size_t i = 0; i < count; i++) {

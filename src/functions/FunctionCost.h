@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a function costs.
+// This measures what a function costs.
 #pragma once
 
 #include "synth/PlaneFunction.h"
@@ -15,8 +15,8 @@ namespace vexa {
 /// points if that is more.
 double MeasureCost(const PlaneFunction& f);
 
-/// Why f cannot be played: one voice of it takes more than half of one core's time at 48000 samples
-/// per second. Nothing if it can.
+/// Returns why f cannot be played: one voice of it takes more than half of one core's time at 48000
+/// samples per second. Nothing if it can.
 std::optional<std::string> TooCostly(double nanosecondsPerPoint);
 
 /// About how many voices of it one core can play at 48000 samples per second, at least 1 and at

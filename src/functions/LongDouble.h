@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Double in place of long double.
+// This puts double in the place of long double.
 #pragma once
 
 #include <string>
@@ -7,10 +7,10 @@
 
 namespace vexa {
 
-/// The expression with double in place of long double: constants, types and functions of the C
-/// maths library. The x87 unit takes a hundred times as long for some of them, and no other machine
-/// has its format. For an expression that CheckExpression accepts; any other is answered as some
-/// text of its tokens.
+/// Returns the expression with double in place of long double, in constants, types and functions of
+/// the C maths library. The x87 unit takes a hundred times as long for some of them, and no other
+/// machine has its format. The expression is to be one that CheckExpression accepts; any other is
+/// answered as some text of its tokens.
 std::string WithoutLongDouble(std::string_view expression);
 
 } // namespace vexa

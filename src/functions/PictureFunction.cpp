@@ -11,7 +11,7 @@ namespace vexa {
 
 namespace {
 
-/// What the longer side spans.
+/// The longer side spans so many units of the plane.
 constexpr float kSpan = 10.0F;
 
 const PictureLoops& loops = *RunnablePictureLoops().back();
@@ -59,10 +59,11 @@ void PictureTerrain::Evaluate(const float* x, const float* y, const float* const
 kits::Result<Picture> LoadPicture(const std::filesystem::path& path) try {
     kits::Result<kits::BrightnessMap> map = kits::ReadPicture(path);
     if (!map)
-        return map.Fault();
+        return kits::Error{map.Fault().text, {kPictureAlert}};
     return std::make_shared<const kits::BrightnessMap>(*std::move(map));
 } catch (const std::bad_alloc&) {
-    return kits::Error{"could not read " + path.string() + ": there is not enough memory"};
+    return kits::Error{"could not read " + path.string() + ": there is not enough memory",
+                       {kPictureAlert}};
 }
 
 } // namespace vexa

@@ -13,7 +13,7 @@
 
 namespace vexa {
 
-/// A picture that was loaded, with a pixel at least. Those who play it share it.
+/// A picture that was loaded, with a pixel at least. All that play it share it.
 using Picture = std::shared_ptr<const kits::BrightnessMap>;
 
 /// The plane function of a picture: black is -1, white 1. The picture is seen as it is, y upwards,
@@ -33,11 +33,11 @@ class PictureTerrain final : public PlaneSource {
     const Picture picture;
 };
 
-/// What the user is told about a file that cannot be loaded.
+/// The words of the alert about a file that cannot be loaded.
 constexpr const char* kPictureAlert = "Could not load picture";
 
-/// Reads a picture file. The error, for standard error, names the file and the fault. Waits for the
-/// disk: not the media or the MIDI thread.
+/// Reads a picture file. The error has the alert kPictureAlert, and its text names the file and the
+/// fault. It waits for the disk, so neither the media nor the MIDI thread may call it.
 kits::Result<Picture> LoadPicture(const std::filesystem::path& path);
 
 } // namespace vexa

@@ -64,7 +64,7 @@ void Normalise(std::vector<float>& frames) {
 }
 
 kits::Error Failure(const std::filesystem::path& path, const std::string& reason) {
-    return {"could not load sample " + path.string() + ": " + reason};
+    return {"could not load sample " + path.string() + ": " + reason, {kSampleAlert}};
 }
 
 /// The sound file, and where it is.
@@ -75,7 +75,7 @@ kits::Result<std::unique_ptr<BMediaFile>> Open(const std::filesystem::path& path
         return Failure(path, "there is no such folder");
     auto file = std::make_unique<BMediaFile>(&ref);
     if (file->InitCheck() != B_OK)
-        return kits::Error{file->Fault()};
+        return kits::Error{file->Fault(), {kSampleAlert}};
     return file;
 }
 

@@ -19,8 +19,8 @@
 
 namespace vexa {
 
-/// The frames of a sample, mixed to one channel and normalised to a peak of 1, or silent. Not
-/// empty. Spirals of the same sample share it.
+/// The frames of a sample, mixed to one channel and normalised to a peak of 1, or silent. There is
+/// one at least. Spirals of the same sample share them.
 using SampleFrames = std::shared_ptr<const std::vector<float>>;
 
 /// Says how a sample is wound into a spiral.
@@ -32,7 +32,7 @@ struct Winding {
     bool operator==(const Winding&) const = default;
 };
 
-/// The winding in which one turn is one period of `frequency` (Hz), for so many frames at
+/// Returns the winding in which one turn is one period of `frequency` (Hz), for so many frames at
 /// `frameRate` (Hz). Nothing if the frequency is not positive or out of all proportion. Any thread.
 std::optional<Winding> WindingFor(std::size_t frames, float frameRate, double frequency);
 
@@ -56,21 +56,21 @@ struct LoadedSample {
     SampleFrames frames;
     /// The file's rate in Hz, by which the sample frequency is measured.
     float frameRate = 0;
-    /// Absolute path of the file.
+    /// The absolute path of the file.
     std::string path;
 };
 
-/// What the user is told about a file that cannot be loaded.
+/// The words of the alert about a file that cannot be loaded.
 constexpr const char* kSampleAlert = "Could not load sample";
-/// Longest sample in frames: 50 minutes at 44.1 kHz.
+/// The longest sample, in frames: 50 minutes at 44.1 kHz.
 constexpr std::size_t kLongestSample = std::size_t{1} << 27;
 
-/// How many frames a sound file says that it has, below 0 where it does not. The error and the
-/// threads are those of LoadSample.
+/// Returns how many frames a sound file says that it has, below 0 where it does not. The errors and
+/// the threads are those of LoadSample.
 kits::Result<int64> SampleLength(const std::filesystem::path& path);
 
-/// Decodes a sound file. The error, for standard error, names the file and the fault. Waits for the
-/// disk: not the media or the MIDI thread.
+/// Decodes a sound file. The error has the alert kSampleAlert, and its text names the file and the
+/// fault. It waits for the disk, so neither the media nor the MIDI thread may call it.
 kits::Result<LoadedSample> LoadSample(const std::filesystem::path& path);
 
 } // namespace vexa

@@ -19,10 +19,10 @@ struct SpiralTurns {
     float alphap;
 };
 
-/// The value of the spiral at a point, in the plainest form. Any thread, real-time safe.
+/// Computes the value of the spiral at a point, in the plainest form. Any thread, real-time safe.
 VEXA_REALTIME float sampler2rfun(const SpiralTurns& turns, float x, float y);
 
-/// Loops for one instruction set. Any thread, real-time safe.
+/// The loops for one instruction set. Any thread, real-time safe.
 struct SpiralLoops {
     /// values[i] = what sampler2rfun gives at (x[i], y[i]), the same bits. The arrays do not
     /// overlap.

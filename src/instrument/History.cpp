@@ -68,7 +68,7 @@ void History::Take(const Sound& sound, const GestureMoment& moment) {
     }
 }
 
-/// Whether that is a part of the last step.
+/// True where the change is a part of the last step.
 bool History::Grows(const Sound& from, const Sound& to, const GestureMoment& moment) const {
     if (place == 0 || CanRedo() || !steps.back().open || steps.back().last.number != moment.number)
         return false;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What has been done to a sound, step by step, and back again.
+// A history keeps what has been done to a sound, step by step, and goes back again.
 #pragma once
 
 #include "documents/Sound.h"
@@ -13,17 +13,17 @@
 
 namespace vexa {
 
-/// Where a sound belongs: the file that it was read from or saved to.
+/// The file that a sound belongs to, as it was read from there or saved to it.
 struct SoundFile {
-    /// Without its extension.
+    /// The file's name without its extension.
     std::string name;
-    /// What it holds.
+    /// The sound that the file holds.
     Sound saved;
 };
 
-/// When something was done, as far as it tells one gesture from the next.
+/// The moment at which something was done, as far as it tells one gesture from the next.
 struct GestureMoment {
-    /// Of the gestures so far, a press of the mouse or of a key that confirms.
+    /// Counts the gestures so far; each begins with a press of the mouse or of a key that confirms.
     std::uint64_t number = 0;
     /// A button of the mouse is down.
     bool held = false;
@@ -41,38 +41,40 @@ struct GestureMoment {
 class History {
   public:
     static constexpr std::chrono::milliseconds kPause{600};
-    /// What a button has done that was let go may be known so much later.
+    /// What a held button has done may become known so much later than the button is let go.
     static constexpr std::chrono::milliseconds kDelay{150};
 
     /// Begins with a sound that its file holds.
     History(const Sound& sound, const std::string& name);
 
-    /// The sound has become this one. What was undone can then not be redone. Nothing happens where
-    /// it is the same as before.
+    /// Tells that the sound has become this one. What was undone can then not be redone. Nothing
+    /// happens where it is the same as before.
     void Take(const Sound& sound, const GestureMoment& moment);
-    /// A step of its own, whatever comes before and after it, which is called so; the sound is that
-    /// of a file from there on. Nothing happens where both are the same as before.
+    /// Makes a step of its own, whatever comes before and after it, which is called so; the sound
+    /// is that of a file from there on. Nothing happens where both are the same as before.
     void Load(const Sound& sound, const std::string& name, const std::string& step);
-    /// The same without another file.
+    /// Does the same without another file.
     void Do(const Sound& sound, const std::string& step);
-    /// The hands have moved macros since the last call, and that is all that differs.
+    /// Tells that the hands have moved macros since the last call, and that this is all that
+    /// differs.
     void Play(const Sound& sound);
-    /// The next change is another gesture.
+    /// Ends the gesture: the next change is another one.
     void End();
 
     bool CanUndo() const { return place > 0; }
     bool CanRedo() const { return place < steps.size(); }
-    /// What Undo takes back and Redo does again; empty if nothing.
+    /// The names of what Undo takes back and Redo does again; empty if there is nothing.
     std::string UndoName() const { return CanUndo() ? steps[place - 1].name : ""; }
     std::string RedoName() const { return CanRedo() ? steps[place].name : ""; }
 
-    /// What the sound is to be now. Only where CanUndo or CanRedo says so.
+    /// Goes a step back or on, and returns what the sound is to be now. They may be called only
+    /// where CanUndo or CanRedo says so.
     Sound Undo();
     Sound Redo();
 
     Sound Present() const { return present.Get(); }
-    /// That of the present sound. Those who save to it change it: all the sounds since it was read
-    /// are of the same.
+    /// Returns the file of the present sound. Whoever saves to it changes it: all the sounds since
+    /// it was read are of the same file.
     SoundFile& File() { return *present.file; }
     const SoundFile& File() const { return *present.file; }
 
@@ -91,7 +93,7 @@ class History {
         Part<Function> function;
         Part<std::vector<std::string>> texts;
         std::array<Part<std::vector<EnvPoint>>, 4> envelopes;
-        /// All but what is above.
+        /// The rest of a sound, beside what is above.
         Part<Sound> rest;
         std::shared_ptr<SoundFile> file;
     };
@@ -99,7 +101,7 @@ class History {
         std::string name;
         Version before, after;
         GestureMoment last;
-        /// It began with a button held.
+        /// True where the step began with a button held.
         bool held;
         /// It may still grow.
         bool open;
@@ -111,7 +113,7 @@ class History {
 
     Version present;
     std::vector<Step> steps;
-    /// So many of them are done.
+    /// How many of the steps are done; the others are undone.
     std::size_t place = 0;
 };
 

@@ -17,7 +17,7 @@ std::string Text(const FunctionReport& report) {
     std::string text;
     for (const std::string& alert : report.alerts)
         text += alert + '\n';
-    return text + report.details;
+    return text + report.text;
 }
 
 std::optional<std::filesystem::path> FileOf(const Function& function,
@@ -76,8 +76,11 @@ bool Instrument::EditPlaying(const PlayingRow& row, const std::optional<std::str
     if (text && !PlayingValue(row, *text))
         return false;
     PlayingTexts next = sound.playing.value_or(PlayingTexts());
-    next.texts[static_cast<std::size_t>(&row - PlayingRows().data())] = text;
-    sound.author = kDefaultAuthor;
+    auto& present = next.texts[static_cast<std::size_t>(&row - PlayingRows().data())];
+    // A field may be confirmed as it is.
+    if (present != text)
+        sound.author = user;
+    present = text;
     changes++;
     if (row.target == &Playing::polyphony)
         chosenVoices.reset();
@@ -85,7 +88,7 @@ bool Instrument::EditPlaying(const PlayingRow& row, const std::optional<std::str
     return true;
 }
 
-/// The same sound goes on, played in another way.
+/// Plays the same sound on in another way.
 void Instrument::SetPlaying(const std::optional<PlayingTexts>& next) {
     const bool given = saidPlaying.given, pedal = saidPlaying.Pedal();
     const float bend = saidPlaying.bend;
@@ -140,14 +143,14 @@ FunctionReport Instrument::InstallKind(const Function& function) {
 }
 
 FunctionReport Instrument::Try(const Function& function) const {
-    const auto outcome = [](const auto& loaded, const char* alert) {
-        return loaded ? FunctionReport() : FunctionReport{B_ERROR, {alert}, loaded.Fault().text};
+    const auto outcome = [](const auto& loaded) {
+        return loaded ? FunctionReport() : FunctionReport{loaded.Fault(), B_ERROR};
     };
     switch (function.kind) {
     case FunctionKind::Sample:
-        return outcome(LoadSample(*FileOf(function, folders)), kSampleAlert);
+        return outcome(LoadSample(*FileOf(function, folders)));
     case FunctionKind::Picture:
-        return outcome(LoadPicture(*FileOf(function, folders)), kPictureAlert);
+        return outcome(LoadPicture(*FileOf(function, folders)));
     case FunctionKind::Expression:
         break;
     }
@@ -190,7 +193,7 @@ FunctionReport Instrument::Follow(const std::string& expression) try {
     thread.Begin(expression);
     return {};
 } catch (const std::system_error& fault) {
-    return {B_OK, {}, std::string("there is no thread for the compiler: ") + fault.what()};
+    return {{std::string("there is no thread for the compiler: ") + fault.what()}};
 }
 
 FunctionReport Instrument::Collect() {
@@ -205,22 +208,21 @@ FunctionReport Instrument::Collect() {
 FunctionReport Instrument::InstallSample(const Function& function) {
     kits::Result<LoadedSample> loaded = LoadSample(*FileOf(function, folders));
     if (!loaded)
-        return {B_ERROR, {kSampleAlert}, loaded.Fault().text};
+        return {loaded.Fault(), B_ERROR};
     thread.Drop();
     sample = *std::move(loaded);
     if (Wind(function.frequency))
         return {};
     Install(std::make_shared<SampleSpiral>(sample->frames, winding));
-    return {B_BAD_VALUE,
-            {},
-            "a sample frequency of " + kits::Quoted(function.frequency) +
-                " Hz: it must be above 0"};
+    return {
+        {"a sample frequency of " + kits::Quoted(function.frequency) + " Hz: it must be above 0"},
+        B_BAD_VALUE};
 }
 
 FunctionReport Instrument::InstallPicture(const Function& function) {
     kits::Result<Picture> loaded = LoadPicture(*FileOf(function, folders));
     if (!loaded)
-        return {B_ERROR, {kPictureAlert}, loaded.Fault().text};
+        return {loaded.Fault(), B_ERROR};
     thread.Drop();
     sample.reset();
     Install(std::make_shared<PictureTerrain>(*std::move(loaded)));

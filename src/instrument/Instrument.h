@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// One whole instrument: what it plays, and what it plays with.
+// An instrument is one as a whole: what it plays, and what it plays with.
 #pragma once
 
 #include "documents/ApplySound.h"
@@ -21,15 +21,15 @@
 
 namespace vexa {
 
-/// What became of a function that was to be installed: the alerts for a window, in order, and the
-/// details for a terminal or a tool tip. Converts to true where all is as it was wanted. A sample
-/// whose frequency means nothing plays in the winding before, and is reported without an alert.
+/// A report says what became of a function that was to be installed. It converts to true where all
+/// is as it was wanted. A sample whose frequency means nothing plays in the winding before, and is
+/// reported without an alert.
 using FunctionReport = CompileReport;
 
-/// What computes an expression. What notes and macros have a say in, and what is dangerous in C, is
-/// a formula in any case (functions/ExpressionCheck.h).
+/// This chooses what computes an expression. One in which notes or macros have a say, or which is
+/// dangerous in C, is a formula in any case (functions/ExpressionCheck.h).
 enum class Addons {
-    /// Formulas of the program's own.
+    /// The program's own formulas alone.
     None,
     /// Add-ons of gcc, which Load and SetFunction wait for.
     Awaited,
@@ -37,15 +37,15 @@ enum class Addons {
     Following,
 };
 
-/// The alerts and the details, a line each.
+/// Returns the alerts and the text, a line each.
 std::string Text(const FunctionReport& report);
 
-/// The file that a sample or a picture function names: what does not begin with "/" lies in the
-/// folder "samples" or "pictures", a person's own or the program's. Nothing for an expression.
+/// Returns the file that a sample or a picture function names: what does not begin with "/" lies in
+/// the folder "samples" or "pictures", a person's own or the program's. Nothing for an expression.
 std::optional<std::filesystem::path> FileOf(const Function& function,
                                             const kits::ProgramFolders& folders);
 
-/// What sounds say of how they are played and of their macros.
+/// The things that sounds say of how they are played and of their macros.
 struct SoundsSay {
     Playing playing;
     Macros macros;
@@ -59,28 +59,29 @@ class Instrument {
     /// Takes the function that is from now on to be shown.
     using Watcher = std::function<void(const PlaneFunction& f)>;
 
-    /// Functions, samples and pictures are looked for in `folders`. What sounds say is the engine's
-    /// own records, unless others have a say in these too: then it is put down `apart`, which
-    /// outlives the instrument, and the records and the voice limit are left to who takes it up
-    /// from there.
+    /// Makes an instrument that looks for functions, samples and pictures in `folders`. Where
+    /// `apart` is null what sounds say goes into the engine's own records. Where others have a say
+    /// in these too it is put down in `apart`, which outlives the instrument, and the records and
+    /// the voice limit are left to who takes it up from there.
     Instrument(kits::ProgramFolders folders, Addons addons, SoundsSay* apart = nullptr);
 
     /// Puts the sound in the place of the present one; where its function fails, the function
-    /// before plays on, with all else of the sound. Waits for the compiler or the disk.
+    /// before plays on, with all else of the sound. It waits for the compiler or the disk.
     FunctionReport Load(const Sound& sound);
-    /// All of the sound but its function. A lower voice limit does not cut keys off that are held.
+    /// Loads all of the sound but its function. A lower voice limit does not cut keys off that are
+    /// held.
     void LoadRest(const Sound& sound);
 
     /// Compiles the expression or loads the sample or picture, and installs it. Where that fails
-    /// all stays as it was. Waits as Load.
+    /// all stays as it was. It waits as Load does.
     FunctionReport SetFunction(const Function& function);
-    /// What SetFunction would say, with nothing installed: its alerts where it would fail.
+    /// Reports what SetFunction would, with nothing installed: its alerts where it would fail.
     FunctionReport Try(const Function& function) const;
     /// Installs the add-on that was compiled since the last call, if any; to be called some ten
     /// times a second where they follow. Where there is none because the template or the compiler
     /// is missing there is nothing to report; of other faults there is, and the formula plays on.
     FunctionReport Collect();
-    /// Whether Collect has something to wait for.
+    /// True where Collect has something to wait for.
     bool Compiling() const { return thread.Pending(); }
     /// Sets the macros, which controllers move, to what the function's document says.
     void SetMacros(const Function& function);
@@ -90,20 +91,22 @@ class Instrument {
     /// Installs silence in the place of a sample or picture that is missing.
     void Silence();
 
-    /// The author of sounds and functions that are edited here; kDefaultAuthor unless set.
+    /// Sets the author of sounds and functions that are edited here, who is kDefaultAuthor unless
+    /// set.
     void SetUser(const std::string& name) { user = name; }
     const std::string& User() const { return user; }
 
-    /// How this and all later sounds are played, as if they said so themselves where a text is
-    /// given: a person has chosen it.
+    /// Has this and all later sounds played as a person has chosen: where a text is given, as if
+    /// the sound said so itself.
     void Prefer(const PlayingTexts& choices);
     const PlayingTexts& Preferred() const { return preferred; }
-    /// The voice limit from now on, whatever a sound says: a person or an option has chosen it.
+    /// Sets the voice limit from now on, whatever a sound says, as a person or an option has chosen
+    /// it.
     void ChooseVoices(int32 limit);
     std::optional<int32> ChosenVoices() const { return chosenVoices; }
-    /// The voice limit where neither a person nor the sound says one; 1 unless set.
+    /// Sets the voice limit where neither a person nor the sound says one; it is 1 unless set.
     void SetUsualVoices(int32 limit);
-    /// What LoadRest and the calls before have given the consumer.
+    /// Returns the voice limit that LoadRest and the calls before have given the consumer.
     int32 VoiceLimit() const;
 
     /// Gives the sample that plays another pitch: the text is the frequency (Hz) that it was played
@@ -117,28 +120,28 @@ class Instrument {
     /// Does to the present sound what a person has done to `from` to make `to` of it: what is the
     /// same in both is left alone, so that what plays goes on. An expression that cannot be
     /// installed is left out; a sample or picture that cannot be is silent, and State says which it
-    /// was.
-    /// Reports as SetFunction.
+    /// was. It reports as SetFunction does.
     FunctionReport Change(const Sound& from, const Sound& to);
 
-    /// What the sound says of how it is played, which is its own from then on. A voice limit that
-    /// was chosen before counts no longer. No text leaves it to the default again. False, and
-    /// nothing happens, where the row allows no such text.
+    /// Sets what the sound says of one row of how it is played, which is its own from then on. A
+    /// voice limit that was chosen before counts no longer. Without a text it is the default again.
+    /// False, and nothing happens, where the row allows no such text.
     bool EditPlaying(const PlayingRow& row, const std::optional<std::string>& text);
 
-    /// A macro's value, by the rules of ApplyMacroValue, or its controller, by those of
+    /// Sets a macro's value, by the rules of ApplyMacroValue, or its controller, by those of
     /// ApplyMacroController; where it is another one the function is the user's own from then on.
     /// Where there is a fault the sound has the text all the same, and the macro stays as it was.
     TextFault EditMacroValue(std::size_t macro, const std::string& text);
     TextFault EditMacroController(std::size_t macro, const std::string& text);
-    /// Has State say where controllers have moved the macros since the last call. To be called some
-    /// ten times a second and before the sound is saved, so that what is saved is what one hears.
+    /// Has State say where controllers have moved the macros since the last call. It is to be
+    /// called some ten times a second and before the sound is saved, so that what is saved is what
+    /// one hears.
     void FollowMacros();
 
     /// The sound as the calls so far have made it, with the points of envelopes as they were
     /// loaded.
     const Sound& State() const { return sound; }
-    /// How often State may have become another one.
+    /// Counts how often State may have become another one.
     uint64 Changes() const { return changes; }
 
     /// Called with each new function before the engine has it, but for add-ons that follow a

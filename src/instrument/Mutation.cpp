@@ -33,7 +33,7 @@ constexpr float kLouder = 1.41F, kQuieter = 0.5F;
 constexpr float kSilent = 1e-4F;
 constexpr int kTries = 20, kTriesOfAStrength = 4;
 
-// How much it is, in the middle: of a value, of a time, of a macro, and of a ratio.
+// How much the usual change is: of a value, of a time, of a macro, and of a ratio.
 
 constexpr double kOfValue = 0.1, kOfTime = 0.15, kOfMacro = 0.08, kOfRatio = 0.002;
 
@@ -52,7 +52,7 @@ class Dice {
     Dice(std::uint64_t seed, double strength) : generator(seed), strength(strength) {}
 
     bool Coin() { return generator() >> 63 != 0; }
-    /// Of a bell's shape, within -3..3 strengths.
+    /// Returns a number by a bell's shape, within -3..3 strengths.
     double Amount() {
         double sum = 0;
         for (int i = 0; i < 12; i++)
@@ -82,7 +82,7 @@ void ScaleCoefficients(Sound& sound, Dice& dice) {
         if (!row.controller && !isRatio && dice.Coin())
             Scale(sound.texts[static_cast<std::size_t>(row.id)], dice.Factor(kOfValue));
     }
-    // Not both, as that were another pitch.
+    // Only one of the two changes, as both were another pitch.
     if (dice.Coin()) {
         const ParameterId id = dice.Coin() ? ParameterId::Fx : ParameterId::Fy;
         Scale(sound.texts[static_cast<std::size_t>(id)], dice.Factor(kOfRatio));

@@ -9,17 +9,17 @@
 
 namespace vexa {
 
-/// How loud a sound is, as three notes tell that are held for two seconds: low, middle and high,
+/// Three notes, held for two seconds, tell how loud a sound is: a low, a middle and a high one,
 /// with controllers at 0.
 struct Loudness {
     float peak = 0;
     /// The root of the mean square.
     float mean = 0;
-    /// It went beyond all bounds.
+    /// True where it went beyond all bounds (kMostHeard).
     bool bounded = false;
 };
-/// Of the sound with that function, at the usual gain. Takes some milliseconds; with the most
-/// costly function that can be played, a tenth of a second. Any thread that may wait.
+/// Measures the sound with that function, at the usual gain. It takes some milliseconds; with the
+/// most costly function that can be played, a tenth of a second. Any thread that may wait.
 Loudness MeasureLoudness(const Sound& sound, const PlaneFunction& f);
 
 /// The sound with some of its coefficients, of the values and times of its envelopes' points and of

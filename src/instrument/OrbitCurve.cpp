@@ -30,21 +30,6 @@ float ValueOf(const SoundRecords& records, Place place, float t, const VoiceView
     return envelope.Value(t, v.released, v.rellevel[place]);
 }
 
-/// What all notes have of their own accord, where a note is not heard yet.
-OrbitSums SumsFor(const SoundRecords& records, float vel, float key) {
-    const auto weights = [&](const CoefficientGroup& group) {
-        return group.For(records.parameters, records.controllers, vel, key);
-    };
-    const Weights driftx = weights(kDcxdt), drifty = weights(kDcydt);
-    const Weights radiusx = weights(kAx), radiusy = weights(kAy);
-    return {driftx.c0,
-            drifty.c0,
-            driftx.rest,
-            drifty.rest,
-            radiusx.c0 + radiusx.rest,
-            radiusy.c0 + radiusy.rest};
-}
-
 /// The phase at which the period began that is under way.
 double BeginOf(double phase, double turns) {
     const double period = kTurn * std::abs(turns);
@@ -66,15 +51,16 @@ OrbitPath PathOf(const SoundRecords& records, const VoiceView& v, const OrbitSum
             fy};
 }
 
-/// Of a note that nobody plays.
+/// Returns the orbit of a note that nobody plays.
 OrbitPath UsualOrbit(const SoundRecords& records) {
-    const float vel = kShownNote.vel, key = kShownNote.key;
-    const OrbitSums sums = SumsFor(records, vel, key);
+    VoiceView v{};
+    v.vel = kShownNote.vel;
+    v.key = kShownNote.key;
+    const OrbitSums sums = SumsOf(v, records.parameters, records.controllers);
     const auto center = [&](const CoefficientGroup& group) {
-        const Weights w = group.For(records.parameters, records.controllers, vel, key);
+        const Weights w = group.For(records.parameters, records.controllers, v.vel, v.key);
         return w.c0 + w.rest;
     };
-    VoiceView v{};
     v.cx = center(kCx0);
     v.cy = center(kCy0);
     OrbitPath widest{};
@@ -104,7 +90,7 @@ OrbitPath NewestOrbit(const SoundRecords& records) {
     if (IsOver(slot, slot.state.Look()))
         return UsualOrbit(records);
     const VoiceView v = Look(slot);
-    return PathOf(records, v, v.sums.value_or(SumsFor(records, v.vel, v.key)));
+    return PathOf(records, v, SumsOf(v, records.parameters, records.controllers));
 }
 
 void FollowOrbit(const PlaneFunction& f, const OrbitPath& path, std::span<float> values) {

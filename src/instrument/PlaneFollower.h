@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the plane shows of a function that hears more than x and y, from moment to moment.
+// The follower finds what the plane shows, from moment to moment, of a function that hears more
+// than x and y.
 #pragma once
 
 #include "synth/NoteInputs.h"
@@ -15,7 +16,8 @@ namespace vexa {
 /// The note that is shown where none sounds.
 inline constexpr NoteMoment kShownNote{0.8F, 60.0F / 127, 0};
 
-/// The note of those that sound which has begun last; nothing where none sounds. Any thread.
+/// Returns the note of those that sound which has begun last; nothing where none sounds. Any
+/// thread.
 std::optional<NoteMoment> NewestNote(const VoiceTable& voices);
 
 /// Shows a function as the newest note hears it, with the controllers and the macros as they are;
@@ -28,17 +30,17 @@ class PlaneFollower {
 
     /// Shows this one from now on.
     void Take(const PlaneFunction& next);
-    /// What is to be shown now, a function of x and y alone; nothing if that is what the last call
-    /// has given.
+    /// Returns what is to be shown now, a function of x and y alone; nothing if that is what the
+    /// last call has given.
     std::optional<PlaneFunction> Next();
-    /// What is followed.
+    /// Returns the function that is followed.
     const PlaneFunction& Function() const { return f; }
 
   private:
     const SoundRecords& records;
     PlaneFunction f{nullfunc};
     bool changed = true;
-    /// What the last call has shown it with.
+    /// The values of the function's inputs with which the last call has shown it.
     std::array<float, kMostInputs> inputs{};
 };
 

@@ -26,10 +26,10 @@ kits::Result<std::filesystem::path> FindProgram(const kits::ProgramFolders& fold
 }
 
 kits::Result<Sound> ReadWhole(const std::filesystem::path& path, const Instrument& instrument,
-                              ReadReport& report) {
-    kits::Result<Sound> sound = ReadSound(path, report);
+                              Warnings& warnings) {
+    kits::Result<Sound> sound = ReadSound(path, &warnings);
     if (!sound)
-        return kits::Error{report.reason};
+        return sound;
     if (const FunctionReport tried = instrument.Try(sound->function); !tried)
         return kits::Error{Text(tried)};
     return sound;

@@ -13,16 +13,16 @@
 
 namespace vexa {
 
-/// All sounds, in byte order of file names, a person's own and those that came with the program
-/// together, of two with one name the person's. Any thread.
+/// Returns all sounds, in byte order of file names, a person's own and those that came with the
+/// program together; of two with one name it is the person's. Any thread.
 std::vector<std::filesystem::path> Programs(const kits::ProgramFolders& folders);
 
-/// The sound with that number, from 0 in that order. The error says how many there are.
+/// Returns the sound with that number, from 0 in that order. The error says how many there are.
 kits::Result<std::filesystem::path> FindProgram(const kits::ProgramFolders& folders, int32 number);
 
-/// A sound that the instrument will take whole: its function has been tried. The error, and
-/// `report`, say what is wrong with it. Window thread.
+/// Reads a sound that the instrument will take whole: its function has been tried. `warnings` is as
+/// for ReadSound. Window thread.
 kits::Result<Sound> ReadWhole(const std::filesystem::path& path, const Instrument& instrument,
-                              ReadReport& report);
+                              Warnings& warnings);
 
 } // namespace vexa

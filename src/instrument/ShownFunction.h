@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the plane shows of a function that differs from note to note.
+// This is what the plane shows of a function that differs from note to note.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"

@@ -41,7 +41,7 @@ const char* WordsFor(const Words (&table)[N], std::string_view name) {
     return "";
 }
 
-/// Of the parts that differ, in order.
+/// The names of the parts that differ, in order.
 using Names = std::vector<std::string>;
 
 void AddFunction(const Function& from, const Function& to, Names& names) {

@@ -9,13 +9,14 @@
 
 namespace vexa {
 
-/// "drift of centre x, velocity"
+/// Returns a coefficient's name for a person, as in "drift of centre x, velocity".
 std::string NameOf(const Parameter& row);
-/// In the order of EnvelopePlaces(): "envelope of radius x".
+/// Returns an envelope's name for a person, as in "envelope of radius x", by its number in
+/// EnvelopePlaces().
 std::string NameOfEnvelope(std::size_t envelope);
 
-/// The part of a sound that differs, such as "formula" or "envelope of radius x"; two of them as
-/// "the one and the other", and "several parts" for more. Empty where the two are the same. Any
+/// Names the part of a sound that differs, such as "formula" or "envelope of radius x"; two of them
+/// as "the one and the other", and "several parts" for more. Empty where the two are the same. Any
 /// thread.
 std::string Difference(const Sound& from, const Sound& to);
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What plays, without devices and documents: MIDI events in, samples out.
+// The engine is what plays, without devices and documents: MIDI events go in, samples come out.
 #pragma once
 
 #include "midi/MidiConsumer.h"
@@ -10,7 +10,7 @@ namespace vexa {
 
 /// The records of a sound and the two that work on them.
 struct Engine : SoundRecords {
-    /// The plane function from the next sample and the next note on. Window thread.
+    /// Sets the plane function from the next sample and the next note on. Window thread.
     void SetFunction(const PlaneFunction& f) {
         renderer.SetFunction(f);
         consumer.SetFunction(f);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "midi/MidiChannel.h"
 
+#include "kits/midi/ControllerNumbers.h"
 #include "kits/support/RealtimeMark.h"
 
 #include <algorithm>
@@ -10,19 +11,9 @@ namespace vexa {
 
 namespace {
 
-/// Controllers of the MIDI standard.
-enum : uchar {
-    kDataMsb = 6,
-    kVolume = 7,
-    kExpression = 11,
-    kDataLsb = 38,
-    kIncrement = 96,
-    kDecrement = 97,
-    kOtherLsb = 98,
-    kOtherMsb = 99,
-    kParameterLsb = 100,
-    kParameterMsb = 101,
-};
+using enum kits::ControllerNumber;
+
+/// The parameter that is none, in both bytes.
 constexpr uchar kNone = 127;
 /// Registered parameters, with a most significant byte of 0.
 enum : uchar { kRangeParameter = 0, kZoneParameter = 6 };
@@ -83,7 +74,7 @@ MidiChannel::Change MidiChannel::Control(uchar controller, uchar value, float us
             return Change::Zone;
         if (!IsFor(kRangeParameter))
             return Change::None;
-        // Of a pair the most significant byte comes first, and alone it has no hundredths.
+        // The most significant byte of a pair comes first, and alone it has no hundredths.
         if (controller == kDataMsb)
             range = {value, {}};
         else

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the hands hold on one MIDI channel.
+// This keeps what the hands hold on one MIDI channel.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -19,7 +19,7 @@ class VEXA_REALTIME HeldKeys {
   public:
     struct Key {
         NoteName name;
-        /// 0..1
+        /// The velocity, 0..1.
         float velocity;
     };
     /// A key that is down already becomes the last one; of too many the first is forgotten.
@@ -63,7 +63,8 @@ class VEXA_REALTIME MidiChannel {
     void ForgetMacros() { std::fill(own.begin() + kOwnMacros, own.end(), -1.0F); }
     /// Brings the wheel back to its middle.
     void CentreBend() { bend = 0; }
-    /// The range of the wheel, in semitones, where it is told, and that another channel told.
+    /// The range of the wheel, in semitones, is forgotten, or is the one that another channel was
+    /// told.
     void ForgetRange() { range = {}; }
     void TakeRange(const MidiChannel& other) { range = other.range; }
 
@@ -72,9 +73,10 @@ class VEXA_REALTIME MidiChannel {
     /// Returns the factor on the output, by volume and expression.
     float Volume() const { return volume * expression; }
 
-    /// Whether the pedals 64 and 66 are down.
+    /// True while the pedals 64 (sustain) and 66 (sostenuto) are down.
     bool sustain = false, sostenuto = false;
-    /// What a note of its own has here; as MPE has it before there is any.
+    /// The values that a note alone on the channel has; before any came they are those with which
+    /// MPE begins a note.
     OwnValues own = kNoteBegins;
     HeldKeys keys;
     /// The frequency of the last note in Hz, 0 before there was one.
@@ -85,7 +87,7 @@ class VEXA_REALTIME MidiChannel {
   private:
     static constexpr OwnValues kNoteBegins{0, 64.0F / 127, -1, -1, -1, -1};
 
-    /// How far the wheel bends, as far as it was told.
+    /// The interval, in semitones, by which the wheel bends at most, as far as it was told.
     struct Range {
         std::optional<uchar> semitones;
         std::optional<uchar> hundredths;
@@ -99,7 +101,7 @@ class VEXA_REALTIME MidiChannel {
         return parameterMsb == 0 && parameterLsb == parameter;
     }
 
-    /// The wheel's place, -1..1.
+    /// The wheel's place, -1..1, with 0 in the middle.
     float bend = 0;
     float volume = 1, expression = 1;
     /// The parameter that data are for; 127, 127 is none.

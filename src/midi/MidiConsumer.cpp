@@ -17,7 +17,7 @@ VEXA_REALTIME float Normalised(uchar value) {
     return static_cast<float>(value / 127.0);
 }
 
-/// Where the orbit's centre starts in one direction.
+/// Returns where the orbit's centre starts in one direction.
 VEXA_REALTIME float Centre(const CoefficientGroup& group, const sound_param& p,
                            const ControllerTable& controllers, const OwnControllers& own,
                            const NoteMoment& note) {

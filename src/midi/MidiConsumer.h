@@ -27,14 +27,15 @@ namespace vexa {
 /// its time argument is not looked at.
 class VexaMidiConsumer : public BMidiLocalConsumer {
   public:
-    /// The records are shared and outlive the consumer. Starts with all channels, a voice limit of
-    /// 1, dummyfunction and equal temperament. Window thread.
+    /// Makes a consumer that hears all channels, with a voice limit of 1, dummyfunction and equal
+    /// temperament. The records are shared and outlive it. Window thread.
     VexaMidiConsumer(const char* name, ControllerTable& controllers, Macros& macros,
                      const sound_param& parameters, Playing& playing, ChannelVolumes& volumes,
                      VoiceTable& voices);
     ~VexaMidiConsumer() override { Unregister(); }
 
-    /// MIDI thread. A velocity of 0 is a velocity like others: only NoteOff releases.
+    /// A velocity of 0 is a velocity like others: only NoteOff releases. MIDI thread, as all hooks
+    /// unless noted.
     VEXA_REALTIME void NoteOff(uchar channel, uchar note, uchar velocity, bigtime_t time) override;
     VEXA_REALTIME void NoteOn(uchar channel, uchar note, uchar velocity, bigtime_t time) override;
     VEXA_REALTIME void ControlChange(uchar channel, uchar controller, uchar value,
@@ -55,9 +56,9 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     /// Lets the keys go of those that fit, or silences them at once.
     VEXA_REALTIME void End(const NoteName& pattern);
     VEXA_REALTIME void Choke(const NoteName& pattern);
-    /// Each is for the notes that fit and sound, be they of MIDI, until they end. Macros are 0..1,
-    /// their modulation -1..1 in place of the common one (Macro::modulation). What is beyond its
-    /// range is bounded; what is no number is ignored.
+    /// Each says something of the notes that fit and sound, be they of MIDI, until they end. Macros
+    /// are 0..1, their modulation is -1..1 in place of the common one (Macro::modulation). What is
+    /// beyond its range is bounded; what is no number is ignored.
     VEXA_REALTIME void Express(const NoteName& pattern, Expression which, float value);
     VEXA_REALTIME void SetMacro(const NoteName& pattern, std::size_t macro, float value);
     VEXA_REALTIME void ModulateMacro(const NoteName& pattern, std::size_t macro, float amount);
@@ -75,22 +76,23 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     /// Returns whether nothing sounds, or only notes that are over.
     VEXA_REALTIME bool IsSilent() const;
 
-    /// The channel that is listened to, 0..15, or -1 for all. Any thread.
+    /// Returns the channel that is listened to, 0..15, or -1 for all. Any thread.
     int32 Channel() const { return channel; }
-    /// A change releases the notes that have come in by the endpoint's connections and are held.
-    /// Window thread.
+    /// Sets the channel that is listened to. A change releases the notes that have come in by the
+    /// endpoint's connections and are held. Window thread.
     void SetChannel(int32 next);
 
-    /// All channels but the first are those of one note each (MPE), and bend, whether a sound says
-    /// how it is played or not; or no longer so. Where that changes anything the notes of these
-    /// channels end. MIDI thread, or before the first event.
+    /// Takes all channels but the first for those of one note each (MPE), which bend, whether a
+    /// sound says how it is played or not; with false no longer so. Where that changes anything the
+    /// notes of these channels end. MIDI thread, or before the first event.
     VEXA_REALTIME void ExpectMpe(bool whether = true);
 
-    /// The function that new voices are charged with; as VoiceRenderer::SetFunction. Window thread.
+    /// Sets the function that new voices are charged with, in the way of
+    /// VoiceRenderer::SetFunction. Window thread.
     void SetFunction(const PlaneFunction& next) { function.Publish(next); }
 
-    /// The frequencies of the notes from the next one on; a key with none starts no note and takes
-    /// no voice. Window thread.
+    /// Sets the frequencies of the notes from the next one on; a key with none starts no note and
+    /// takes no voice. Window thread.
     void SetTuning(const Tuning& next) { tuning.Publish(next); }
 
     /// Silences voices until at most `limit` sound, which then is the voice limit. Any thread.
@@ -101,7 +103,7 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     VEXA_REALTIME int32 CountVox() const { return CountActive(voices); }
     /// Silences the voice that the next stolen note would take. Any thread.
     void ReduceVoxByOne() { ReduceVoicesByOne(voices); }
-    /// Notes since the start that took the slot of another. Any thread.
+    /// Counts the notes since the start that took the slot of another. Any thread.
     int64 StolenVox() const { return stolen; }
 
     /// Copies the program's own icons into 32 x 32 and 16 x 16 B_CMAP8 bitmaps; they stay as they
@@ -162,9 +164,10 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     ChannelVolumes& volumes;
     VoiceTable& voices;
     kits::Shared<int32> channel{-1};
-    /// What holds a slot's note. MIDI thread.
+    /// Who holds a slot's note: a key of a channel, or a host. MIDI thread.
     struct Holder {
-        /// Where the note came on; its end is listened to there, whatever the channel is by then.
+        /// The channel that the note came on. Its end is listened to there, whatever the consumer's
+        /// channel is by then.
         uchar channel = 0;
         /// The key is down.
         bool key = false;
@@ -172,19 +175,20 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
         bool sostenuto = false;
         /// It was released before another began on the channel of its own.
         bool bygone = false;
-        /// Its id is kOfMidi from when the host has been told of its end, too.
+        /// The note's name. Its id is kOfMidi for a note of MIDI, and also from when the host has
+        /// been told of the note's end.
         NoteName name{NoteName::kOfMidi, -1, -1};
-        /// What the host says of the note, as in Expression.
+        /// What the host says of the note, in the units of Expression.
         float volume = 1, loudness = 1, pan = 0.5F;
     };
     std::array<Holder, kVoiceSlots> holders{};
-    /// What may have ended since TakeEnded.
+    /// The names of notes that may have ended since TakeEnded.
     std::array<NoteName, 256> ended{};
     std::size_t endedCount = 0;
     std::array<MidiChannel, 16> channels{};
     MpeZones zones;
-    /// What TakeUpSound has taken up: of Playing::loads and `panics`, and the macros' controllers.
-    /// MIDI thread.
+    /// The values that TakeUpSound has taken up: of Playing::loads and `panics`, and the macros'
+    /// controllers. MIDI thread.
     uint32 loads = 0, panicked = 0;
     std::array<int32, kMacros> macroControllers{};
     std::atomic<uint32> panics{0};

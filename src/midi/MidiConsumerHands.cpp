@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Wheel, pedals, pressure and controllers: what a player's hands and feet do besides striking keys.
+#include "kits/midi/ControllerNumbers.h"
 #include "kits/support/RealtimeMark.h"
 #include "midi/MidiConsumer.h"
 
@@ -9,15 +10,8 @@ namespace vexa {
 
 namespace {
 
-/// Controllers of the MIDI standard.
-enum : uchar {
-    kModulation = 1,
-    kExpression = 11,
-    kSustain = 64,
-    kSostenuto = 66,
-    kLastPedal = 67,
-    kResetControllers = 121,
-};
+using enum kits::ControllerNumber;
+
 /// A pedal is down from here on.
 constexpr uchar kDown = 64;
 
@@ -54,7 +48,7 @@ void VexaMidiConsumer::TakeUpSound() {
     }
 }
 
-/// Whether a slot, which may be none, has a note of the channel's zone, or of the channel.
+/// True where a slot, which may be none, has a note of the channel's zone, or of the channel.
 bool VexaMidiConsumer::Plays(int index, uchar from) const {
     if (index < 0)
         return false;
@@ -149,7 +143,8 @@ void VexaMidiConsumer::ControlChange(uchar from, uchar controller, uchar value, 
     }
 }
 
-/// By the MIDI association's recommended practice (RP-015): volume and sound controllers stay.
+/// Resets what the MIDI association's recommended practice (RP-015) says: volume and sound
+/// controllers stay.
 void VexaMidiConsumer::ResetControllers(uchar from) {
     for (uchar to = 0; to < channels.size(); to++) {
         if (Concerns(from, to))
@@ -178,7 +173,7 @@ void VexaMidiConsumer::PitchBend(uchar from, uchar lsb, uchar msb, bigtime_t) {
     ApplyBend(from);
 }
 
-/// To all notes of the channel that sound, released ones too.
+/// Gives the channel's bend to all of its notes that sound, released ones too.
 void VexaMidiConsumer::ApplyBend(uchar from) {
     for (std::size_t i = 0; i < voices.size(); i++) {
         const uchar to = holders[i].channel;

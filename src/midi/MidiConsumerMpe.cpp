@@ -26,7 +26,7 @@ std::optional<uchar> VexaMidiConsumer::MasterOf(uchar from) const {
     return playing.Bends() ? zones.MasterOf(from) : std::nullopt;
 }
 
-/// Whether the channel is that of one note.
+/// True where the channel is that of one note.
 bool VexaMidiConsumer::IsOwn(uchar from) const {
     return MasterOf(from).has_value();
 }
@@ -36,13 +36,14 @@ MidiChannel& VexaMidiConsumer::HandOf(uchar from) {
     return channels[MasterOf(from).value_or(from)];
 }
 
-/// Whether what comes on a channel is for the notes of another: of a master for its members'.
+/// True where what comes on a channel is for the notes of another, as a master's is for its
+/// members'.
 bool VexaMidiConsumer::Concerns(uchar from, uchar to) const {
     return from == to || MasterOf(to) == from;
 }
 
-/// Whether a key may be that of the slot's note: one with another name of a host's is not, and of
-/// MIDI's a key on a channel of its own is another than on any other channel.
+/// True where a key may be that of the slot's note. A host's key with another name is not, and a
+/// MIDI key on a channel of its own is another than on any other channel.
 bool VexaMidiConsumer::IsThatNote(std::size_t index, const NoteName& name) const {
     const NoteName& own = holders[index].name;
     if (own.id != NoteName::kOfMidi || name.id != NoteName::kOfMidi)
@@ -72,7 +73,8 @@ float VexaMidiConsumer::BendOf(uchar from) const {
     return master ? own + channels[*master].Bend(UsualRange(*master)) : own;
 }
 
-/// For the notes of the channel, but for those that sounded out before another one began.
+/// Sets the value for the notes of the channel, but for those that sounded out before another one
+/// began.
 void VexaMidiConsumer::SetOwn(uchar from, std::size_t which, float value) {
     channels[from].own[which] = value;
     for (std::size_t i = 0; i < voices.size(); i++) {

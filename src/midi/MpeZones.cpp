@@ -9,7 +9,7 @@ namespace {
 
 constexpr uchar kLower = 0, kUpper = 15;
 constexpr int kMostMembers = 15;
-/// Of two zones together: both have masters.
+/// Two zones together have at most so many members, as both have masters.
 constexpr int kMostShared = 14;
 
 } // namespace

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Which MIDI channels are one note's own, by MPE (MIDI Polyphonic Expression, MIDI Association
-// 2018).
+// These zones tell which MIDI channels are one note's own, by MPE (MIDI Polyphonic Expression, MIDI
+// Association 2018).
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -20,9 +20,9 @@ class VEXA_REALTIME MpeZones {
     /// where the channel is no master or the number is too large.
     bool Configure(uchar master, int members);
 
-    /// The master of a member; nothing for other channels.
+    /// Returns the master of a member; nothing for other channels.
     std::optional<uchar> MasterOf(uchar channel) const;
-    /// Of a zone that has members.
+    /// True where the channel is the master of a zone that has members.
     bool IsMaster(uchar channel) const;
 
     bool operator==(const MpeZones&) const = default;

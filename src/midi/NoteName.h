@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a host calls a note.
+// This is the name by which a host calls a note.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -11,9 +11,9 @@ namespace vexa {
 struct NoteName {
     /// The host's own number, -1 where it gives none. Notes of MIDI have kOfMidi.
     int32 id = -1;
-    /// 0..15
+    /// The channel, 0..15, or -1 for any.
     int32 channel = -1;
-    /// 0..127
+    /// The key, 0..127, or -1 for any.
     int32 key = -1;
 
     static constexpr int32 kOfMidi = -2;
@@ -26,16 +26,17 @@ struct NoteName {
     bool operator==(const NoteName&) const = default;
 };
 
-/// What a host says of a note alone, besides its macros.
+/// The things that a host says of a note alone, besides its macros.
 enum class Expression {
     /// The note's tuning in semitones.
     Tuning,
     /// Factors from 0 on; the two are multiplied.
     Volume,
     Loudness,
-    /// From the left, 0, over the middle, 0.5, to the right, 1.
+    /// The place between left, 0, middle, 0.5, and right, 1.
     Pan,
-    /// 0..1, as the pressure and the controller 74 of a channel of the note's own (MPE).
+    /// From 0 to 1, with the effect that the pressure and the controller 74 of a channel of the
+    /// note's own (MPE) have.
     Pressure,
     Timbre,
 };

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Program changes, by which a player chooses sounds.
+// By program changes a player chooses sounds.
 #pragma once
 
 #include "kits/application/Messenger.h"
@@ -24,8 +24,8 @@ class ProgramSelector : public kits::EventWatcher {
     /// Takes a program change up. MIDI thread.
     void Came(const kits::MidiEvent& event) override;
 
-    /// The last program that was chosen since the call before: 128 bank + program, where the bank
-    /// is 128 times controller 0 plus controller 32. Any thread.
+    /// Returns the last program that was chosen since the call before: 128 bank + program, where
+    /// the bank is 128 times controller 0 plus controller 32. Any thread.
     std::optional<int32> Take();
 
   private:

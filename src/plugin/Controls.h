@@ -21,10 +21,11 @@ struct VEXA_REALTIME Control {
     float asSound;
     float minimum, maximum;
     bool whole;
-    /// What it sets of how the sound is played; null for a macro and for the switch of MPE.
+    /// The value of how the sound is played that it sets; null for a macro and for the switch of
+    /// MPE.
     kits::Shared<float> Playing::*target;
 
-    /// Whether a value that a host gives leaves the say to the sound; a NaN does.
+    /// True for a value of a host's that leaves the say to the sound, as a NaN does too.
     bool LeavesToSound(float value) const { return !(value >= minimum); }
     /// A value that does not, within what the knob allows, as `target` has it.
     float Bounded(float value) const;

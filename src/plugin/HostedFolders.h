@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Where a plug-in finds samples and pictures.
+// This tells where a plug-in finds samples and pictures.
 #pragma once
 
 #include "kits/storage/ProgramFolder.h"

@@ -2,6 +2,7 @@
 #include "plugin/HostedInstrument.h"
 
 #include "documents/SoundDocument.h"
+#include "kits/midi/ControllerNumbers.h"
 #include "kits/support/Published.h"
 
 #include <algorithm>
@@ -12,15 +13,12 @@ namespace vexa {
 
 namespace {
 
-/// The MIDI controller that lets go of all others.
-constexpr uint8 kResetControllers = 121;
-
 struct Header {
     Request request;
     uint32 size;
 };
 
-/// Of the function that is asked for.
+/// Returns the kind of the function that is asked for.
 FunctionKind KindOf(Request request) {
     return request == Request::Sample    ? FunctionKind::Sample
            : request == Request::Picture ? FunctionKind::Picture
@@ -31,7 +29,7 @@ FunctionKind KindOf(Request request) {
 std::string Fault(const FunctionReport& report, const Function& function) {
     if (report || function.kind != FunctionKind::Expression)
         return report ? "" : Text(report);
-    return "The formula cannot be played: " + report.details;
+    return "The formula cannot be played: " + report.text;
 }
 
 } // namespace
@@ -40,8 +38,7 @@ HostedInstrument::HostedInstrument(kits::ProgramFolders programFolders, double r
     : folders(std::move(programFolders)) {
     oversampler.SetFrameRate(rate);
     instrument.Playing().renderer.SetGain(VoiceRenderer::kUsualGain);
-    ReadReport ignored;
-    const kits::Result<Sound> sound = ReadSound(folders.Find("sounds", "default.xml"), ignored);
+    const kits::Result<Sound> sound = ReadSound(folders.Find("sounds", "default.xml"));
     if (!sound || !instrument.Load(*sound))
         instrument.Load(Sound());
     ControlValues none;
@@ -52,7 +49,7 @@ HostedInstrument::HostedInstrument(kits::ProgramFolders programFolders, double r
 void HostedInstrument::Restart(double rate) noexcept {
     Engine& engine = instrument.Playing();
     for (uchar channel = 0; channel < 16; channel++)
-        engine.consumer.ControlChange(channel, kResetControllers, 0, 0);
+        engine.consumer.ControlChange(channel, kits::kResetControllers, 0, 0);
     engine.consumer.AllNotesOff(false, 0);
     for (uchar channel = 0; channel < 16; channel++)
         engine.consumer.SourceEnded(channel, 0);
@@ -162,10 +159,10 @@ std::string HostedInstrument::Work() {
 
 std::string HostedInstrument::Do(Request request, const std::string& text) {
     if (request == Request::Sound) {
-        ReadReport report;
-        kits::Result<Sound> sound = ReadSound(text, report);
+        kits::Result<Sound> sound = ReadSound(text);
         bool loaded = false;
-        const std::string fault = sound ? Install(*std::move(sound), {}, loaded) : report.reason;
+        const std::string fault =
+            sound ? Install(*std::move(sound), {}, loaded) : sound.Fault().text;
         if (loaded)
             soundFile = text;
         return fault;

@@ -20,7 +20,7 @@
 
 namespace vexa {
 
-/// What a host may ask for while the instrument plays, and what it may read.
+/// The requests that a host may make while the instrument plays, and the texts that it may read.
 enum class Request : uint8 {
     /// The text is an expression.
     Formula,
@@ -37,12 +37,12 @@ enum class Request : uint8 {
 };
 constexpr std::size_t kRequests = 6;
 
-/// Two sides, which any two threads may be on at a time: the audio side computes and never waits;
-/// the other one works on documents, and its calls wait for each other.
+/// The instrument has two sides, which any two threads may be on at a time: the audio side computes
+/// and never waits; the other one works on documents, and its calls wait for each other.
 class HostedInstrument {
   public:
-    /// `rate` in samples per second. Plays the sound "default", or that of a new window where there
-    /// is none.
+    /// Makes an instrument at `rate` samples per second, which plays the sound "default", or that
+    /// of a new window where there is none.
     HostedInstrument(kits::ProgramFolders folders, double rate);
     /// Forgets all notes and what wheels, pedals and modulation hold, and goes on at a rate. Audio
     /// side, or while that does nothing.
@@ -51,59 +51,61 @@ class HostedInstrument {
     /// Audio side: no allocation, lock, wait or system call.
     /// Takes up the knobs and, where they leave it to the sound, what that says.
     VEXA_REALTIME void TakeControls(const ControlValues& values) noexcept;
-    /// One message, which takes effect with the next sample. What is no whole message is ignored.
+    /// Plays one message, which takes effect with the next sample. What is no whole message is
+    /// ignored.
     VEXA_REALTIME void Midi(std::span<const uint8> message) noexcept;
-    /// What plays, for what MIDI has no words for.
+    /// Returns the engine that plays, for what MIDI has no words for.
     VEXA_REALTIME Engine& Audio() noexcept { return instrument.Playing(); }
-    /// The next `count` samples of both ears.
+    /// Renders the next `count` samples of both ears.
     VEXA_REALTIME void Render(float* left, float* right, std::size_t count) noexcept;
-    /// Samples by which what Render gives is later than it was asked for.
+    /// Returns the samples by which what Render gives is later than it was asked for.
     VEXA_REALTIME std::size_t Delay() const noexcept { return oversampler.Delay(); }
     /// Puts a request down for Work; false where it is longer than kMostText or too many wait.
     VEXA_REALTIME bool Post(Request request, std::string_view text) noexcept;
 
     static constexpr std::size_t kMostText = kLongestExpression;
 
-    /// The other side.
-    /// Whether there is anything for Work to do.
+    /// From here on functions are the other side's. True where there is anything for Work to do.
     bool Requested() const noexcept { return requests.Readable() > 0; }
     /// Does what was posted. Returns what there is to tell a person, empty where all went well.
     std::string Work();
-    /// What a host reads of that: of the sound as it is now; of the document that a host has asked
-    /// for, as long as it is the sound that plays; of the tuning.
+    /// Returns what a host reads of a request: the file or expression of the sound as it is now,
+    /// the document that a host has asked for, as long as it is the sound that plays, or the
+    /// tuning.
     std::string Text(Request request);
-    /// The whole sound as a document.
+    /// Returns the whole sound as a document.
     std::string State();
     /// Puts a document in the place of the present sound. `file` is where its sample or picture is
     /// here, and stands before the document's own path if there is such a file. Where the document
-    /// cannot be taken all stays as it was. Returns as Work.
+    /// cannot be taken all stays as it was. It returns what Work does.
     std::string Restore(const std::string& document, const std::string& file, bool& taken);
     /// The file that the sound's sample or picture is read from; nothing for an expression.
     std::optional<std::filesystem::path> FunctionFile();
     /// The files that the keys are tuned by, which are the player's and not the sound's.
     TuningChoice TunedBy();
     /// Tunes the keys as in another session. Where the files cannot be read equal temperament
-    /// plays, and TunedBy still says which they were. Returns as Work.
+    /// plays, and TunedBy still says which they were. It returns what Work does.
     std::string RestoreTuning(const TuningChoice& choice);
 
-    // For windows, each of which shows the sound and edits it (window/Windows.h). Of the other side
-    // too.
+    // The following are for windows, each of which shows the sound and edits it (window/Windows.h).
+    // They are the other side's too.
 
     /// The sound, and a number that tells it from those before.
     struct Shown {
         Sound sound;
         uint64 changes = 0;
     };
-    /// Nothing where it is still the one of that number.
+    /// Returns the sound and its number; nothing where it is still the one of the number `changes`.
     std::optional<Shown> ShownSince(uint64 changes);
-    /// As Instrument::Change, from what a window was shown. Nothing, and nothing happens, where the
-    /// sound has become another one since.
+    /// Does what Instrument::Change does, from what a window was shown. Where the sound has become
+    /// another one since it returns nothing, and nothing happens.
     std::optional<Shown> Edit(const Shown& before, const Sound& next);
-    /// A message that takes effect with the next samples; one for which there is no room is lost.
+    /// Posts a message that takes effect with the next samples; one for which there is no room is
+    /// lost.
     void PostMidi(const std::array<uint8, 3>& message);
-    /// What plays. Any thread may read what any thread may read of it.
+    /// Returns the records of what plays. Any thread may read of them what any thread may read.
     const SoundRecords& Records() const { return instrument.Playing(); }
-    /// Whether a window has edited the sound since the last call. Audio side.
+    /// True where a window has edited the sound since the last call. Audio side.
     VEXA_REALTIME bool TakeEdited() noexcept { return edited.exchange(false); }
 
   private:
@@ -115,19 +117,20 @@ class HostedInstrument {
     const kits::ProgramFolders folders;
     SoundsSay said;
     Instrument instrument{folders, Addons::None, &said};
-    /// With the filter of a whole render: what is heard in a session is what its export gives.
+    /// The filter is that of a whole render, so that what is heard in a session is what its export
+    /// gives.
     Oversampler oversampler{instrument.Playing().renderer, DecimationFilter::kWhole};
     std::mutex documents;
     kits::Ring<char> requests{2 * kMostText};
-    /// What windows play, and who may write it.
+    /// The messages that windows play, and the lock of those who write them.
     kits::Ring<std::array<uint8, 3>> posted{256};
     std::mutex posting;
     std::atomic<bool> edited{false};
     std::string soundFile;
     TuningChoice tunedBy;
-    /// By that, as far as it could be read.
+    /// True where the files of `tunedBy` could be read, so that the keys are tuned by them.
     bool tuned = true;
-    /// Of the audio side: what it has taken up last.
+    /// The values that the audio side has taken up last.
     std::array<float, kMacros> macros{};
     int32 limit = 0;
     bool expectsMpe = false;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Work for a plug-in whose host lends no thread for it.
+// This works for a plug-in whose host lends no thread for it.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -13,7 +13,8 @@
 
 namespace vexa {
 
-/// A thread that sleeps until it is woken, and then works. Its end waits for work that has begun.
+/// A thread that sleeps until it is woken, and then works. The destructor waits for work that has
+/// begun.
 class WakingThread {
   public:
     /// `work` throws nothing.
@@ -22,8 +23,8 @@ class WakingThread {
     WakingThread(const WakingThread&) = delete;
     WakingThread& operator=(const WakingThread&) = delete;
 
-    /// Has the work done once more. Of one thread, which may be the audio side: what sem_post costs
-    /// is an atomic addition and, where the thread sleeps, the system's call that wakes it. It
+    /// Has the work done once more. One thread calls it, which may be the audio side: sem_post
+    /// costs an atomic addition and, where the thread sleeps, the system's call that wakes it. It
     /// never waits.
     VEXA_REALTIME void Wake() noexcept;
     /// Waits until that is done: for an audio side that nobody listens to.

@@ -12,16 +12,16 @@
 
 namespace vexa {
 
-/// The sum of its parts: each frame of the mix is that frame of each, added in their order in
-/// single precision, whatever the rates that they are computed at. It is as long as the longest,
-/// which has one frame more than others at most. One thread.
+/// An arrangement is the sum of its parts: each frame of the mix is that frame of each, added in
+/// their order in single precision, whatever the rates that they are computed at. It is as long as
+/// the longest, which has one frame more than others at most. One thread.
 class Arrangement {
   public:
-    /// Of one part at least, all of them set up. Those without a note are left out, unless none has
-    /// any.
+    /// Takes one part at least, all of them set up. Those without a note are left out, unless none
+    /// has any.
     explicit Arrangement(std::list<Part> all);
 
-    /// Two where one of the parts has two ears, else one.
+    /// Returns 2 where one of the parts has two ears, else 1.
     std::size_t Channels() const { return channels; }
     double Seconds() const;
     double SecondsDone() const { return parts.front().SecondsDone(); }
@@ -30,7 +30,7 @@ class Arrangement {
     /// is more to come; the error a part's.
     kits::Result<bool> Render(std::vector<float>& frames);
 
-    /// Whether a function has had values beyond what counts.
+    /// True where a function has had values beyond what counts (kMostHeard).
     bool HasBounded();
     /// Puts what was played into a summary. The voices of all parts are added up, as if each had
     /// most of its own at the same time.

@@ -37,9 +37,9 @@ std::vector<std::string> FilePrograms::Read(const MidiFile& file) {
 
 std::optional<Sound> FilePrograms::Read(const std::filesystem::path& path,
                                         std::vector<std::string>& remarks) const {
-    ReadReport report;
-    kits::Result<Sound> sound = ReadWhole(path, instrument, report);
-    std::ranges::move(report.warnings, std::back_inserter(remarks));
+    Warnings warnings;
+    kits::Result<Sound> sound = ReadWhole(path, instrument, warnings);
+    std::ranges::move(kits::Texts(warnings), std::back_inserter(remarks));
     if (sound)
         return *std::move(sound);
     remarks.push_back(sound.Fault().text);

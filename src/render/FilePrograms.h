@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Program changes of a MIDI file, which choose sounds.
+// The program changes of a MIDI file choose sounds by this.
 #pragma once
 
 #include "instrument/Instrument.h"
@@ -32,7 +32,7 @@ class FilePrograms : public kits::EventWatcher {
 
     /// Loads the sound that the event chooses, if any.
     void Came(const kits::MidiEvent& event) override;
-    /// What the compiler has refused.
+    /// Returns what the compiler has refused; empty if nothing.
     const std::string& Fault() const { return fault; }
 
   private:
@@ -42,7 +42,7 @@ class FilePrograms : public kits::EventWatcher {
     Instrument& instrument;
     const kits::ProgramFolders& folders;
     ProgramSelector selector{instrument.Playing().consumer, BMessenger(), 0};
-    /// Without a value where it cannot be had.
+    /// The sounds by their programs; without a value where one cannot be had.
     std::map<int32, std::optional<Sound>> sounds;
     std::set<const Sound*> struck;
     std::string fault;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Samples that are too many for memory, kept until all of them are known.
+// A store holds samples that are too many for memory, until all of them are known.
 #pragma once
 
 #include "kits/storage/FileReplacement.h"

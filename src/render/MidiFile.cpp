@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "render/MidiFile.h"
 
+#include "kits/storage/ReadFile.h"
+
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 #include <optional>
-
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace vexa {
 
@@ -49,7 +47,7 @@ void SortByTick(std::vector<Event>& events) {
                      [](const Event& a, const Event& b) { return a.tick < b.tick; });
 }
 
-/// How ticks become time: a tick lasts `tempo` units, a second has `unitsPerSecond`. Both are
+/// Ticks become time by this: a tick lasts `tempo` units, a second has `unitsPerSecond`. Both are
 /// integers for every division, so times add up without rounding.
 struct TimeBase {
     uint32 tempo = kDefaultTempo;
@@ -102,7 +100,7 @@ class Parser {
 
     std::span<const uint8> bytes;
     std::size_t position = 0;
-    /// Of the part being read: a track, or the whole file.
+    /// The end of the part being read: a track, or the whole file.
     std::size_t end;
     const char* part = "file";
     std::optional<std::string> fault;
@@ -391,33 +389,16 @@ void Parser::PlaceInTime() {
 
 kits::Result<MidiFile> ReadMidiFile(std::span<const uint8> bytes, std::string_view name) {
     if (bytes.size() > kMaxMidiFileSize)
-        return kits::Error{"could not read " + std::string(name) + ": larger than 64 MB"};
+        return kits::Error{"could not read " + std::string(name) + ": it is larger than 64 MB"};
     return Parser(bytes).Parse(name);
 }
 
 kits::Result<MidiFile> ReadMidiFile(const std::filesystem::path& path) {
-    const auto failure = [&path](int number) {
-        return kits::Error{"could not read " + path.string() + ": " + std::strerror(number)};
-    };
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (descriptor < 0)
-        return failure(errno);
-    // One byte more than allowed shows that there is too much, even of a pipe without a size.
-    std::vector<uint8> bytes;
-    std::size_t filled = 0;
-    ssize_t count = 0;
-    do {
-        if (filled == bytes.size())
-            bytes.resize(
-                std::min(std::max<std::size_t>(2 * filled, 1 << 16), kMaxMidiFileSize + 1));
-        count = ::read(descriptor, bytes.data() + filled, bytes.size() - filled);
-        filled += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
-    } while (filled <= kMaxMidiFileSize && (count > 0 || (count < 0 && errno == EINTR)));
-    const int fault = count < 0 ? errno : 0;
-    ::close(descriptor);
-    if (fault != 0)
-        return failure(fault);
-    return ReadMidiFile(std::span(bytes).first(filled), path.string());
+    const kits::Result<std::string> bytes = kits::ReadStream(path, kMaxMidiFileSize);
+    if (!bytes)
+        return bytes.Fault();
+    return ReadMidiFile({reinterpret_cast<const uint8*>(bytes->data()), bytes->size()},
+                        path.string());
 }
 
 } // namespace vexa

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Standard MIDI Files: their notes and controllers, each with its moment.
+// This reads Standard MIDI Files: their notes and controllers, each with its moment.
 #pragma once
 
 #include "kits/midi/MidiEvent.h"
@@ -20,31 +20,32 @@ namespace vexa {
 struct MidiEvent {
     using Kind = kits::MidiEvent::Hook;
 
-    /// Since the start of the file. Rounded once from an exact count, so no drift accumulates.
+    /// The seconds since the start of the file, rounded once from an exact count, so that no drift
+    /// accumulates.
     double seconds;
     Kind kind;
-    /// As those of kits::MidiEvent; `number` and `value` are its data.
+    /// These are as in kits::MidiEvent; `number` and `value` are its data.
     uint8 channel, number, value;
 
-    /// The MIDI channel that it came on, 0..15.
+    /// Returns the MIDI channel that the event came on, 0..15.
     uint8 From() const { return kind == Kind::AllNotesOff ? number : channel; }
-    /// Without its time.
+    /// Returns the event for the consumer, without its time.
     kits::MidiEvent ForConsumer() const { return {0, kind, channel, number, value}; }
     bool operator==(const MidiEvent&) const = default;
 };
 
 struct MidiFile {
-    /// By time; events of the same moment in the order of their tracks.
+    /// The events by time; those of the same moment are in the order of their tracks.
     std::vector<MidiEvent> events;
-    /// Seconds from the start to the last event of any kind, the tracks' ends included.
+    /// The seconds from the start to the last event of any kind, the tracks' ends included.
     double duration = 0;
     /// How many of the events are note-ons.
     std::size_t notes = 0;
-    /// What is wrong with the file although it can be played, for a person to read.
+    /// Sentences for a person on what is wrong with the file although it can be played.
     std::vector<std::string> warnings;
 
-    /// What of the file is on a channel that `isThere` is true of (0..15), for as long as the file
-    /// lasts; without the warnings, which are the whole file's.
+    /// Returns what of the file is on a channel that `isThere` is true of (0..15), for as long as
+    /// the file lasts; without the warnings, which are the whole file's.
     template<class Choice>
     MidiFile Part(Choice isThere) const {
         MidiFile part{{}, duration, 0, {}};
@@ -69,7 +70,7 @@ constexpr int kMaxMidiSeconds = 24 * 60 * 60;
 /// fields say. Any thread but the media thread.
 kits::Result<MidiFile> ReadMidiFile(const std::filesystem::path& path);
 
-/// The same for the content of a file, which messages call `name`.
+/// Reads the content of a file in the same way; messages call it `name`.
 kits::Result<MidiFile> ReadMidiFile(std::span<const uint8> bytes, std::string_view name);
 
 } // namespace vexa

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// One instrument of a render and what it plays.
+// A part is one instrument of a render and what it plays.
 #pragma once
 
 #include "instrument/Instrument.h"
@@ -21,18 +21,18 @@ namespace vexa {
 /// for, into frames of the rate of the file that is made. One thread.
 class Part {
   public:
-    /// `options` and `folders` outlive the part.
+    /// Makes a part of the events. `options` and `folders` outlive it.
     Part(const Options& options, const kits::ProgramFolders& folders, MidiFile events);
 
-    /// Sets all up that is heard: the sound, and those that program changes will choose. What is
+    /// Sets up all that is heard: the sound, and those that program changes will choose. What is
     /// wrong with these is added to the warnings. The error is the sound's.
     kits::Result<void> SetUp(const Sound& sound, const Tuning& tuning,
                              std::vector<std::string>& warnings);
 
     bool HasNotes() const { return events.notes > 0; }
-    /// Two where a sound that strikes notes has a spread, else one.
+    /// Returns 2 where a sound that strikes notes has a spread, else 1.
     std::size_t Ears() const { return ears.size(); }
-    /// Of all that is to be heard, the tail included.
+    /// Returns the length, in seconds, of all that is to be heard, the tail included.
     double Seconds() const { return double(performance->Length()) / FullRate(); }
     double SecondsDone() const { return double(performance->Position()) / FullRate(); }
     int32 MostVoices() const { return performance->MostVoices(); }
@@ -43,9 +43,9 @@ class Part {
     /// hold the last ones back. An error is what the compiler says of a sound that a program change
     /// has chosen.
     kits::Result<void> Render();
-    /// Frames that were rendered and not taken.
+    /// Returns the frames that were rendered and not taken.
     std::size_t Ready() const { return ears[0].frames.size(); }
-    /// No more will be ready than are.
+    /// True where no more will be ready than is.
     bool IsDone() const { return done; }
     /// Takes the next frames, as many as `mix` has of that many channels by turns, or as are ready,
     /// and adds them to it: one ear to all channels alike.
@@ -62,8 +62,8 @@ class Part {
     const MidiFile events;
     Instrument instrument;
     FilePrograms programs;
-    /// Samples that the engine computes for each frame, as many as that of the sounds heard which
-    /// wants most.
+    /// The samples that the engine computes for each frame: as many as the sound wants that wants
+    /// most of those heard.
     int oversampling = 1;
     std::optional<Performance> performance;
     std::vector<Ear> ears;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A MIDI file played on an instrument, sample by sample.
+// A performance is a MIDI file played on an instrument, sample by sample.
 #pragma once
 
 #include "kits/midi/EventGate.h"
@@ -14,22 +14,22 @@ namespace vexa {
 /// What it renders does not depend on how many samples it is asked for at a time.
 class Performance {
   public:
-    /// `rate` in samples per second, of which one in `oversampling` will be heard; goes on for
-    /// `tail` seconds after the file's end. Both records must outlive the performance.
+    /// Makes a performance at `rate` samples per second, of which one in `oversampling` will be
+    /// heard; it goes on for `tail` seconds after the file's end. Both records must outlive it.
     Performance(Engine& instrument, const MidiFile& file, double rate, double tail,
                 int oversampling = 1);
 
-    /// From now on tells the watcher, which outlives the performance, of each event at its sample,
+    /// Tells the watcher, which outlives the performance, from now on of each event at its sample,
     /// before it is played.
     void Watch(kits::EventWatcher* next) { watcher = next; }
 
-    /// Samples from the beginning to the end of the tail.
+    /// Returns the samples from the beginning to the end of the tail.
     int64 Length() const { return length; }
-    /// Samples rendered so far.
+    /// Returns how many samples have been rendered so far.
     int64 Position() const { return position; }
 
-    /// Renders the next `count` samples, or as many as are left; returns how many. Without `right`
-    /// there is one ear only.
+    /// Renders the next `count` samples, or as many as are left; returns how many. Where `right` is
+    /// null there is one ear only.
     std::size_t Render(float* left, float* right, std::size_t count);
 
     /// The most voices that have sounded at once so far.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What vexa-render says while it works and when it is done.
+// This is what vexa-render says while it works and when it is done.
 #pragma once
 
 #include <chrono>
@@ -40,7 +40,7 @@ class Progress {
 /// are rendered, `speed` times as fast as they play.
 std::string ProgressLine(double done, double seconds, double speed, std::size_t width);
 
-/// What a render came to.
+/// The figures that a render came to.
 struct RenderSummary {
     double seconds = 0;
     /// Largest absolute value of a sample; 1 is full scale.
@@ -50,7 +50,7 @@ struct RenderSummary {
     std::size_t stolenVoices = 0;
 };
 
-/// The closing line, without a newline, the same in every locale.
+/// Returns the closing line, without a newline, the same in every locale.
 std::string SummaryLine(const RenderSummary& summary);
 
 } // namespace vexa

@@ -113,11 +113,9 @@ Result<void> RenderJob::Render() {
 }
 
 Result<Sound> RenderJob::SoundOf(const std::filesystem::path& path) {
-    ReadReport report;
-    Result<Sound> sound = ReadSound(path, report);
-    if (!sound)
-        return Error{report.reason};
-    Warn(std::move(report.warnings));
+    Warnings warnings;
+    Result<Sound> sound = ReadSound(path, &warnings);
+    Warn(kits::Texts(warnings));
     return sound;
 }
 

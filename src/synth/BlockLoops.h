@@ -22,7 +22,7 @@ struct RampLine {
     double from, to;
 };
 
-/// Samples that the loops compute in one go at most.
+/// The samples that the loops compute in one go at most.
 constexpr std::size_t kMostSamples = 64;
 /// Every array of a block has room for so many more: the loops go on to a multiple of it, so that
 /// they consist of whole vectors, and what stands there afterwards means nothing.
@@ -42,9 +42,9 @@ struct StepWaves {
 
 /// One coordinate of an orbit over a block: place[i] = radius[i] wave[i] + centre[i].
 struct Coordinate {
-    /// Where there are steps, wave[i] is the sine after offset + i of them, or any other wave of
+    /// Where `steps` is not null, wave[i] is the sine after offset + i steps, or any other wave of
     /// that phase, whose value at the beginning is `value` and whose derivative by the phase is
-    /// `slope` there; offset + count <= kMostSamples. Otherwise the waves are given.
+    /// `slope` there; offset + count <= kMostSamples. Where it is null the waves are given.
     const StepWaves* steps;
     double value, slope;
     std::size_t offset;
@@ -83,23 +83,24 @@ struct Drift {
 
 /// A voice's low-cut filter: the difference of two decaying sums.
 struct LowCutFilter {
-    /// How much of a sum is left after one sample.
+    /// The factor that is left of each sum after one sample.
     float hpa = 0, hpb = 0;
-    /// Of the sums' difference, so that the response at frequency 0 is exactly 0.
+    /// The gain of the sums' difference, chosen so that the response at frequency 0 is exactly 0.
     float hpgain = 0;
     float hpsum0 = 0, hpsum1 = 0;
     /// The last output.
     float out = 0;
 };
 
-/// Loops for one instruction set. Arrays do not overlap; count <= kCellSamples, unless they say
-/// otherwise. Any thread, real-time safe.
+/// The loops for one instruction set. Arrays do not overlap, and count <= kCellSamples, unless a
+/// loop says otherwise. Any thread, real-time safe.
 struct BlockLoops {
     /// sums[i] is `start` after i additions of `step`, each rounded; returns the sum after `count`.
     double (*Accumulate)(double start, double step, double* sums, std::size_t count);
-    /// The same, for moments of which only what is rounded to a float is wanted.
+    /// Does the same, for moments of which only what is rounded to a float is wanted.
     double (*Moments)(double start, double step, float* sums, std::size_t count);
-    /// The sines and cosines of `count` phases. Their error is below 1e-15. No slack, any count.
+    /// Computes the sines and cosines of `count` phases, of which there may be any number. Their
+    /// error is below 1e-15. The arrays need no slack.
     void (*Waves)(const double* phase, double* sines, double* cosines, std::size_t count);
     /// Writes the places of `number` coordinates, one after the other, each rounded; count <=
     /// kMostSamples.
@@ -135,11 +136,11 @@ struct BlockLoops {
                    float* out, std::size_t count);
     /// words[i] = values[i] as the word of a pixel (DrawPlane). No slack, any count.
     void (*Words)(const float* values, unsigned* words, std::size_t count);
-    /// Of the instruction set.
+    /// The name of the instruction set.
     const char* name;
 };
 
-/// Those that this machine can run, the fastest last.
+/// Returns the loops that this machine can run, the fastest last.
 std::span<const BlockLoops* const> RunnableLoops();
 /// The fastest for the machine that this runs on.
 VEXA_REALTIME const BlockLoops& Loops();

@@ -7,30 +7,30 @@
 
 namespace vexa {
 
-/// What a sum c0 e + c1 Vel + c2 Key + c3 Ctl(c4) comes to for one note, where e is an envelope's
-/// value or 1.
+/// A sum c0 e + c1 Vel + c2 Key + c3 Ctl(c4) for one note, where e is an envelope's value or 1: the
+/// weight of e, and the rest.
 struct Weights {
     double c0;
-    /// c1 Vel + c2 Key + c3 Ctl(c4)
+    /// The value of c1 Vel + c2 Key + c3 Ctl(c4).
     double rest;
 };
 
 /// The coefficients of one sum at one moment, with the controller.
 struct Coefficients {
     double c0, c1, c2, c3;
-    /// Of the controller: its value and its number.
+    /// The value of the controller, 0..1, and its number c4.
     double control;
     int32 number;
 
     bool operator==(const Coefficients&) const = default;
     Weights For(float vel, float key) const noexcept { return For(vel, key, control); }
-    /// For a note with another value of the controller.
+    /// Returns the sum for a note that has `own` as the value of the controller.
     VEXA_REALTIME Weights For(float vel, float key, double own) const noexcept {
         return {c0, c1 * vel + c2 * key + c3 * own};
     }
 };
 
-/// Where the coefficients of one sum stand in a sound_param.
+/// The places of the coefficients of one sum in a sound_param.
 struct CoefficientGroup {
     kits::Shared<float> sound_param::*c0;
     kits::Shared<float> sound_param::*c1;
@@ -38,20 +38,21 @@ struct CoefficientGroup {
     kits::Shared<float> sound_param::*c3;
     kits::Shared<int32> sound_param::*c4;
 
-    /// As they are now. Any thread.
+    /// Reads the coefficients as they are now. Any thread.
     VEXA_REALTIME Coefficients Now(const sound_param& p,
                                    const ControllerTable& controllers) const noexcept {
         const int32 number = p.*c4 & 127;
         return {p.*c0, p.*c1, p.*c2, p.*c3, controllers[static_cast<std::size_t>(number)], number};
     }
-    /// The sum as it is now. Any thread.
+    /// Computes the sum as it is now. Any thread.
     Weights For(const sound_param& p, const ControllerTable& controllers, float vel,
                 float key) const noexcept {
         return Now(p, controllers).For(vel, key);
     }
 };
 
-/// Drift speed of the orbit's centre, its radii, and the centre at note-on.
+/// For x and y each there are three groups: the drift speed of the orbit's centre, its radius, and
+/// the centre at note-on.
 inline constexpr CoefficientGroup kDcxdt{&sound_param::Cx0, &sound_param::Cx1, &sound_param::Cx2,
                                          &sound_param::Cx3, &sound_param::Cx4};
 inline constexpr CoefficientGroup kDcydt{&sound_param::Cy0, &sound_param::Cy1, &sound_param::Cy2,

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Fewer frames per second.
+// A decimator leaves fewer frames per second.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -10,25 +10,26 @@
 
 namespace vexa {
 
-/// What filters out of a stream what a lower rate cannot hold: a windowed sinc, the same on every
-/// machine. Window and edge are those of zita-resampler, which converts rates where sound is played
-/// live.
+/// Filters out of a stream what a lower rate cannot hold, by a windowed sinc that is the same on
+/// every machine. Window and edge are those of zita-resampler, which converts rates where sound is
+/// played live.
 class DecimationFilter {
   public:
     /// Halves: that of a whole render, and that of what is played live, where delay counts.
     static constexpr std::size_t kWhole = 96, kLive = 32;
 
-    /// For a rate that is `factor` times lower, with `half` frames of it to each side. kWhole keeps
-    /// 95 % of its frequencies, kLive keeps 84 %; what lies beyond the lower rate's band
-    /// is 110 dB lower with either.
+    /// Makes the filter for a rate that is `factor` times lower, with `half` frames of that rate to
+    /// each side. kWhole keeps 95 % of its frequencies, kLive keeps 84 %; what lies beyond the
+    /// lower rate's band is 110 dB lower with either. It allocates.
     DecimationFilter(std::size_t factor, std::size_t half);
 
-    /// Frames of the stream from the first one that a filtered one depends on to itself.
+    /// Returns the frames of the stream from the first one that a filtered one depends on to
+    /// itself.
     std::size_t Reach() const { return reach; }
-    /// Frames that one filtered one is made of; those beyond 2 Reach() + 1 have no effect as long
-    /// as they are finite.
+    /// Returns how many frames one filtered one is made of; those beyond 2 Reach() + 1 have no
+    /// effect as long as they are finite.
     std::size_t Length() const { return taps.size(); }
-    /// The next `count` frames of the lower rate, of which the first has the place of
+    /// Computes the next `count` frames of the lower rate, of which the first has the place of
     /// frames[Reach()]. Real-time safe, any thread.
     VEXA_REALTIME void Run(const float* frames, float* out, std::size_t count) const noexcept {
         Loops().Filter(taps.data(), taps.size(), frames, factor, out, count);
@@ -41,8 +42,8 @@ class DecimationFilter {
 
 /// Lowers the rate of a stream of one channel to a whole part of it. What the lower rate cannot
 /// hold is filtered out: 95 % of its frequencies are kept, and what would be folded onto them is
-/// 110 dB lower. The result is not delayed against the input, n frames become
-/// ceil(n / factor), and they are the same bits on every machine. One thread at a time; allocates.
+/// 110 dB lower. The result is not delayed against the input, n frames become ceil(n / factor), and
+/// they are the same bits on every machine. It allocates. One thread at a time.
 class Decimator {
   public:
     /// `factor` is 1, 2, 4, 8 or 16; with 1 the stream passes unchanged.
@@ -58,9 +59,9 @@ class Decimator {
   private:
     std::size_t factor;
     DecimationFilter filter;
-    /// Frames that the next output and later ones need; the first is its first tap's.
+    /// The frames that the next output and later ones need; the first belongs to the first tap.
     std::vector<float> held;
-    /// Frames taken and given out so far.
+    /// How many frames were taken and given out so far.
     std::size_t taken = 0;
     std::size_t given = 0;
 };

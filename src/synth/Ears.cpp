@@ -7,7 +7,7 @@ namespace vexa {
 
 namespace {
 
-/// Of the spread, in radians.
+/// Returns half of the spread, in radians.
 VEXA_REALTIME double Half(double spread) noexcept {
     return spread * (std::numbers::pi / 360);
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Where on the orbit the two ears read the plane.
+// The two ears read the plane at two places of the orbit.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -12,18 +12,19 @@
 
 namespace vexa {
 
-/// By how much an oscillator's phase is earlier for the left ear, and later for the right one, over
-/// a block.
+/// The angle, in radians, by which an oscillator's phase is earlier for the left ear, and later for
+/// the right one, over a block.
 struct EarTurn {
-    /// Radians: at the block's beginning, or at each moment of it where there are `angles`.
+    /// The angle at the block's beginning, or, where there are `angles`, at each moment of it; in
+    /// radians.
     double angle = 0;
     const double* angles = nullptr;
     double sine = 0, cosine = 1;
 
-    /// At moment i of the block.
+    /// Returns the angle at moment i of the block.
     VEXA_REALTIME double At(std::size_t i) const noexcept { return angles ? angles[i] : angle; }
 
-    /// What the ears hear of a phase with this sine and cosine, where the angle stays.
+    /// The waves that the ears hear of a phase with this sine and cosine, while the angle stays.
     struct Heard {
         double leftSine, leftCosine, rightSine, rightCosine;
     };
@@ -38,17 +39,18 @@ struct EarTurn {
 /// later: at phases less and more by Fx spread / 2 in x and Fy spread / 2 in y. Media thread.
 class VEXA_REALTIME Ears {
   public:
-    /// A block of `count` samples, `offset` after its cell. The angles get where the spread
+    /// Begins a block of `count` samples, `offset` after its cell. The angles get where the spread
     /// (degrees) has them within `ramp` samples; the first block finds them there.
     void Begin(const sound_param& p, double spread, std::size_t ramp, std::size_t offset,
                std::size_t count) noexcept;
 
-    /// Whether a block in which they are wanted so far apart leaves them where they are.
+    /// True where a block in which the ears are wanted so far apart, in degrees, leaves them where
+    /// they are.
     bool StayAt(const sound_param& p, double spread) const noexcept;
 
-    /// Whether they may hear different things in this block.
+    /// True where the ears may hear different things in this block.
     bool Apart() const noexcept { return x.Apart() || y.Apart(); }
-    /// Of the oscillators of x and y.
+    /// The angles for the oscillators of x and of y.
     const EarTurn& X() const noexcept { return x.turn; }
     const EarTurn& Y() const noexcept { return y.turn; }
 

@@ -23,26 +23,27 @@ class Envelope {
     float Minimum() const { return minimum; }
     float Maximum() const { return maximum; }
     float TimeRange() const { return timeRange; }
-    /// Seconds of the key-down part; the release part has the rest of the time range.
+    /// Returns the seconds of the key-down part; the release part has the rest of the time range.
     float Split() const { return split; }
 
-    /// The points as edited: key-down points first, each kind in increasing time. Who changes them
-    /// does so at once and keeps no reference. Window thread.
+    /// The points as edited: key-down points come first, and each kind is in increasing time.
+    /// Whoever changes them does so at once and keeps no reference. Window thread.
     std::vector<EnvPoint>& Points() {
         changes++;
         return points;
     }
     const std::vector<EnvPoint>& Points() const { return points; }
-    /// How often the points may have changed. Window thread.
+    /// Counts how often the points may have changed. Window thread.
     uint64 Changes() const { return changes; }
 
     /// Publishes the points as the curve that is heard. Window thread; readers never wait.
     void ProduceCalcPts();
 
-    /// The published curve; see Published::Get for how long it lives. Any thread.
+    /// Returns the published curve; Published::Get tells how long it lives. Any thread.
     VEXA_REALTIME const EnvelopeCurve& Curve() const noexcept { return curve.Get(); }
 
-    /// Curve().Value: the window thread as it likes, other threads inside a Reader::Section.
+    /// Returns Curve().Value. The window thread calls it as it likes, other threads inside a
+    /// Reader::Section.
     VEXA_REALTIME float Value(float t, bool released, float level) const noexcept {
         return Curve().Value(t, released, level);
     }

@@ -10,7 +10,7 @@ namespace vexa {
 
 namespace {
 
-/// By kind, then by time.
+/// Orders points by kind, then by time.
 bool Before(const EnvPoint& a, const EnvPoint& b) {
     return a.fku != b.fku ? b.fku : a.t < b.t;
 }

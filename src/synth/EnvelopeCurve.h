@@ -35,8 +35,9 @@ class VEXA_REALTIME EnvelopeCurve {
     /// `level` is the value at note-off, from which the release part starts; ignored before it.
     float Value(float t, bool released, float level) const noexcept;
 
-    /// values[i] = Value(t[i], released, level) for 0 <= i < count, where t never falls. The cost
-    /// hardly grows with the number of points: a piece is searched for once and wherever it ends.
+    /// Computes values[i] = Value(t[i], released, level) for 0 <= i < count, where t never falls.
+    /// The cost hardly grows with the number of points: a piece is searched for once and wherever
+    /// it ends.
     void Values(const float* t, bool released, float level, float* values,
                 std::size_t count) const noexcept;
 
@@ -47,17 +48,17 @@ class VEXA_REALTIME EnvelopeCurve {
         /// The last moment of the stretch; infinite if it has no end.
         float until;
     };
-    /// The piece at t. A list out of order has none: it is answered with one that has ended before
+    /// Returns the piece at t. A list out of order has none, and gives one that has ended before
     /// all times.
     Piece PieceAt(float t, bool released, float level) const noexcept;
 
-    /// Another one for each list of points; never 0.
+    /// Returns a number that is another one for each list of points, and never 0.
     std::uint64_t Number() const noexcept { return number; }
 
   private:
     float HeldValue(float t) const noexcept;
     float ReleasedValue(float t, float level) const noexcept;
-    /// The straight line through points i - 1 and i, at t.
+    /// Returns the value at t of the straight line through points i - 1 and i.
     float Line(std::size_t i, float t) const noexcept;
 
     std::uint64_t number;
@@ -65,7 +66,7 @@ class VEXA_REALTIME EnvelopeCurve {
     float empty;
     /// The first points[keyDown] are key-down points, the others release points.
     std::size_t keyDown;
-    /// Key-down points first, beginning at 0, each kind in increasing time.
+    /// True where key-down points come first, beginning at 0, and each kind is in increasing time.
     bool ordered;
 };
 

@@ -22,13 +22,13 @@ class VEXA_REALTIME EnvelopeTrack {
     /// another than before. True if the value stays the same over that time.
     bool Holds(const EnvelopeCurve& next, float first, float last, bool released,
                float level) noexcept;
-    /// As Holds, for all times from t on.
+    /// True where Holds would be true for all times from t on.
     bool HoldsForGood(const EnvelopeCurve& next, float t, bool released, float level) noexcept {
         return Holds(next, t, std::numeric_limits<float>::infinity(), released, level);
     }
     /// The value, where it stays the same.
     float Value() const noexcept { return static_cast<float>(piece.line.base); }
-    /// What next.Values gives, for times between first and last.
+    /// Gives what next.Values gives, for times between first and last.
     void Values(const EnvelopeCurve& next, const float* t, bool released, float level,
                 float* values, std::size_t count) const noexcept;
 

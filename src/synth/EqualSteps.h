@@ -9,18 +9,16 @@
 
 namespace vexa {
 
-/// What each addition of `step` to a sum near `start` adds once it is rounded.
+/// Returns what each addition of `step` to a sum near `start` adds once the sum is rounded.
 VEXA_REALTIME static inline double RoundedStep(double start, double step) noexcept {
     return start + step - start;
 }
 
-/// Whether start + i rounded, which is then exact, is what i rounded additions of `step` give, for
-/// all i up to that of `last`.
-///
-/// As long as a sum stays in one binade, the doubles there are a grid, and adding `step` always
-/// adds the same multiple `rounded` of the grid's width. Not so if step lies in the middle of two
-/// multiples, where the rounding depends on the sum, nor for a sum that comes down to the binade's
-/// edge.
+/// True where start + i rounded, which is then exact, is what i rounded additions of `step` give,
+/// for all i up to that of `last`. As long as a sum stays in one binade, the doubles there are a
+/// grid, and adding `step` always adds the same multiple `rounded` of the grid's width. That is not
+/// so if step lies in the middle of two multiples, where the rounding depends on the sum, nor for a
+/// sum that comes down to the binade's edge.
 VEXA_REALTIME static inline bool AddsTheSame(double start, double step, double rounded,
                                              double last) noexcept {
     if (step == 0)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a plane function hears of all notes over a block.
+// An input block holds what a plane function hears of all notes over a block, besides x and y.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -24,9 +24,9 @@ class VEXA_REALTIME InputBlock {
   public:
     explicit InputBlock(Macros& macros) : macros(macros), space(std::make_unique<Space>()) {}
 
-    /// The macros over the next `count` moments, `rate` a second, whether they are
-    /// used or not. Each goes to what it was last set to within 10 ms, or `smooth` samples if that
-    /// is longer; the first moment of all finds it there. `offset` as for VoiceMotion.
+    /// Moves the macros over the next `count` moments, `rate` a second, whether they are used or
+    /// not. Each goes to what it was last set to within 10 ms, or `smooth` samples if that is
+    /// longer; the first moment of all finds it there. `offset` is that of VoiceMotion.
     void Advance(double rate, std::size_t smooth, std::size_t offset, std::size_t count) noexcept;
 
     /// The arrays that f.Evaluate expects for the points of the block that was advanced over: those
@@ -44,10 +44,10 @@ class VEXA_REALTIME InputBlock {
         Ramp<float> value;
         std::size_t length;
     };
-    /// The values of that input for a voice, which wants it at a value that may be its own.
+    /// Writes the values of that input for a voice, which wants it at a value that may be its own.
     void Write(const Common& common, float wanted, Ramp<float>& heard, const RunningVoice& v,
                float* to, std::size_t count) noexcept;
-    /// `count` values of the ramp from here on.
+    /// Writes `count` values of the ramp from here on.
     static void Write(Ramp<float> ramp, float* to, std::size_t count) noexcept {
         if (!ramp.Moves()) {
             std::fill_n(to, count, ramp.Now());
@@ -62,18 +62,18 @@ class VEXA_REALTIME InputBlock {
     };
 
     Macros& macros;
-    /// Where they are behind the block, and where they were at its beginning.
+    /// The macros on their way, as they are behind the block, and as they were at its beginning.
     std::array<Ramp<float>, kMacros> ramps, starts;
     bool begun = false;
-    /// Of the inputs that are controllers, in the order of the source's inputs.
+    /// The values of the inputs that are controllers, in the order of the source's inputs.
     std::array<Ramp<float>, kMostInputs> controls;
-    /// Of the block, with the samples in which a macro gets where it is wanted, and whether Fill
-    /// has been called for it and for the one before.
+    /// The samples in which a macro gets where it is wanted, the block's length, and its offset in
+    /// its cell; then whether Fill has been called for this block and for the one before.
     std::size_t smooth = 0, length = 0, offset = 0;
     bool filled = false, wasFilled = false;
     /// The source is that of the block before.
     bool goesOn = false;
-    /// Whose inputs the controls are.
+    /// The source whose inputs the controls are.
     const PlaneSource* source = nullptr;
     std::unique_ptr<Space> space;
     std::array<const float*, kMostInputs> arrays{};

@@ -11,7 +11,7 @@ namespace vexa {
 
 namespace {
 
-/// In the order of the sets.
+/// The names in the order of the sets.
 constexpr std::array<std::string_view, 3> kNames{"baseline", "avx2", "avx512"};
 
 InstructionSet BestOfMachine() noexcept {

@@ -16,15 +16,15 @@ namespace vexa {
 /// has it.
 enum class InstructionSet { baseline, avx2, avx512 };
 
-/// Names a set, "baseline", "avx2" or "avx512", of which no later one is to be used: so two of them
-/// can be compared. Of the environment in which the program starts.
+/// This variable of the program's environment names a set, "baseline", "avx2" or "avx512", of which
+/// no later one is to be used, so that two of them can be compared.
 constexpr const char* kInstructionSetVariable = "VEXA_INSTRUCTION_SET";
 
-/// The best of this machine, but none later than the environment allows. Any thread.
+/// Returns the best set of this machine, but none later than the environment allows. Any thread.
 InstructionSet BestInstructionSet() noexcept;
 
-/// Whether the environment names no set or one that this machine has. A program says the fault and
-/// ends; BestInstructionSet takes such an environment for none. Any thread.
+/// Checks that the environment names no set or one that this machine has. A program says the fault
+/// and ends; BestInstructionSet goes on as if such an environment named none. Any thread.
 kits::Result<void> CheckInstructionSet();
 
 /// The tables that this program may run, the fastest last, of `all` in the order of the sets.

@@ -17,21 +17,21 @@ constexpr std::size_t kMacros = 4;
 constexpr float kInitialMacro = 0.5F;
 constexpr int32 kFirstMacroController = 16;
 
-/// One macro. Any thread may read it.
+/// The record of one macro. Any thread may read it.
 struct Macro {
-    /// Where it is to be, 0..1. Written by the window and the MIDI thread.
+    /// The value that is wanted, 0..1. Written by the window and the MIDI thread.
     kits::Shared<float> value{kInitialMacro};
-    /// What a host adds, -1..1; the sum does not leave 0..1. Written by the MIDI thread.
+    /// What a host adds to the value, -1..1; the sum does not leave 0..1. Written by the MIDI
+    /// thread.
     kits::Shared<float> modulation{0};
     /// The controller that moves it, 0..127. Written by the window thread.
     kits::Shared<int32> controller;
-    /// Where it is on its way to where it is wanted, which takes it 10 ms. Written by the media
-    /// thread.
+    /// The value that is heard, which takes 10 ms to what is wanted. Written by the media thread.
     kits::Shared<float> now{kInitialMacro};
 };
 
-/// What a note has of a macro for itself, in place of what is common. Of such an alignment that
-/// every compiler shares it between threads in one piece.
+/// What a note has of a macro for itself, in place of what is common. By its alignment every
+/// compiler shares it between threads in one piece.
 struct alignas(8) OwnMacro {
     /// Below 0 where it has none.
     float value = -1;
@@ -43,14 +43,14 @@ struct alignas(8) OwnMacro {
 };
 using OwnMacros = std::array<OwnMacro, kMacros>;
 
-/// Where a macro is to be for a note, 0..1. Any thread.
+/// Returns the value that is wanted of a macro for a note, 0..1. Any thread.
 VEXA_REALTIME inline float Wanted(const Macro& macro, const OwnMacro& own = {}) noexcept {
     const float value = own.value >= 0 ? own.value : float(macro.value);
     return std::clamp(value + (own.modulation >= -1 ? own.modulation : float(macro.modulation)),
                       0.0F, 1.0F);
 }
 
-/// In the order of their letters.
+/// The macros in the order of their letters.
 struct Macros : std::array<Macro, kMacros> {
     Macros() {
         for (std::size_t i = 0; i < size(); i++)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a plane function hears of a note.
+// These are the values that a plane function hears of a note.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -22,8 +22,8 @@ struct NoteMoment {
     OwnMacros macros{};
 };
 
-/// The values of f.Inputs() for the note, with the macros and controllers as they are now. Any
-/// thread, real-time safe.
+/// Returns the values of f.Inputs() for the note, with the macros and controllers as they are now.
+/// Any thread, real-time safe.
 VEXA_REALTIME std::array<float, kMostInputs> InputsOf(const PlaneSource& f, const NoteMoment& note,
                                                       const Macros& macros,
                                                       const ControllerTable& controllers,

@@ -9,7 +9,7 @@ namespace vexa {
 
 namespace {
 
-/// The waves of phases, as the coordinate's own.
+/// Gives the coordinate the waves of these phases as its own.
 VEXA_REALTIME void UseWaves(Oscillator::Wave wave, const double* phases, std::size_t count,
                             double* space, Coordinate& coordinate) noexcept {
     std::array<double, kRoom> sines, cosines;
@@ -52,7 +52,8 @@ void Oscillator::Advance(Wave wave, const EarTurn& ears, double sine, double cos
     UseWaves(wave, later.data(), count, rightSpace, right);
 }
 
-/// Of a phase at the beginning of the cell with this sine and cosine.
+/// Has the coordinate compute its wave by the steps, from a phase at the beginning of the cell with
+/// this sine and cosine.
 void Oscillator::UseSteps(Wave wave, double sine, double cosine, Coordinate& coordinate) noexcept {
     if (step != keptStep) {
         std::array<double, 8> phases, eightPhases;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// One of a voice's two oscillators.
+// An oscillator is one of a voice's two, for x and for y.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -20,7 +20,7 @@ namespace vexa {
 /// computed, and none depends on where in a cell blocks are cut. Media thread.
 class VEXA_REALTIME Oscillator {
   public:
-    /// Radians, never wrapped.
+    /// Returns the phase in radians, which is never wrapped.
     double Phase() const { return phase; }
     void Restart() { phase = 0; }
 
@@ -66,7 +66,7 @@ class VEXA_REALTIME Oscillator {
     /// long as the coordinate is used.
     void Advance(Wave wave, double sine, double cosine, std::size_t count, double* space,
                  Coordinate& coordinate) noexcept;
-    /// The same for both ears, with a space each; all else of the coordinates stays as it is.
+    /// Does the same for both ears, with a space each; all else of the coordinates stays as it is.
     void Advance(Wave wave, const EarTurn& turn, double sine, double cosine, std::size_t count,
                  double* leftSpace, double* rightSpace, Coordinate& left,
                  Coordinate& right) noexcept;
@@ -86,10 +86,10 @@ class VEXA_REALTIME Oscillator {
     double turn = 0;
     const double* factors = nullptr;
     std::size_t offset = 0;
-    /// What adding `turn` adds in this cell, and whether it always does.
+    /// What adding `turn` adds to the phase in this cell, and whether it always does.
     double step = 0;
     bool even = false;
-    /// What `waves` is of.
+    /// The step of which `waves` has the sines and cosines.
     double keptStep = std::numeric_limits<double>::quiet_NaN();
     StepWaves waves;
 };

@@ -10,7 +10,7 @@ namespace vexa {
 
 void OutputMix::Begin(std::size_t ramp, std::size_t fade, std::size_t offset,
                       std::size_t newCount) noexcept {
-    // Of the block before.
+    // These are the volumes of the block before.
     for (Ramp<float>& channel : channels)
         channel.Pass(count);
     count = newCount;

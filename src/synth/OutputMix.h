@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// From the voices' points to their sum: low-cut filters, volumes of channels, and fading ends.
+// The mix makes the voices' sum of the values at their points: by low-cut filters, volumes of
+// channels, and fading ends.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -20,22 +21,22 @@ class VEXA_REALTIME OutputMix {
     OutputMix(const Playing& playing, const ChannelVolumes& volumes)
         : playing(playing), volumes(volumes) {}
 
-    /// A block of `count` samples, `offset` after its cell. A volume gets where it is wanted within
-    /// `ramp` samples, and an end takes `fade`.
+    /// Begins a block of `count` samples, `offset` after its cell. A volume gets where it is wanted
+    /// within `ramp` samples, and an end takes `fade`.
     void Begin(std::size_t ramp, std::size_t fade, std::size_t offset, std::size_t count) noexcept;
 
-    /// Whether a block that begins now leaves all volumes as they are.
+    /// True where a block that begins now leaves all volumes as they are.
     bool Stays() const noexcept;
     /// Begins blocks of `count` samples, in place of Begin, as long as it stays so.
     void GoOn(std::size_t newCount) noexcept { count = newCount; }
 
-    /// The factor on the sum.
+    /// Returns the factor on the sum.
     float Level() const noexcept { return level; }
-    /// The factor on a voice's output by its channel.
+    /// Returns the factor on a voice's output that its channel has.
     float Volume(const RunningVoice& v) const noexcept {
         return Between(channels[v.before], channels[v.channel], v.arrives);
     }
-    /// Whether what a voice that rests adds to the sum may change within this block.
+    /// True where what a voice that rests adds to the sum may change within this block.
     bool Moves(const RunningVoice& v) const noexcept {
         return channels[v.channel].Varies() || v.gains[0].Varies() || v.gains[1].Varies();
     }
@@ -43,7 +44,7 @@ class VEXA_REALTIME OutputMix {
     /// volume and the gain of that moment.
     void AddResting(const RunningVoice& v, float out, std::size_t side, float* sum) const noexcept;
 
-    /// The factor on a voice's output by its end.
+    /// Returns the factor on a voice's output that its end has.
     float Fade(const RunningVoice& v) const noexcept {
         return v.ends ? static_cast<float>(v.left) / static_cast<float>(fadeLength) : 1.0F;
     }
@@ -51,8 +52,8 @@ class VEXA_REALTIME OutputMix {
     /// Puts voices that are scaled alike side by side. Without volumes and ends the order stays.
     void Sort(std::span<RunningVoice*> voices) const noexcept;
 
-    /// What is heard with one ear: its filters, their input, samples[k * count + i] for voice k at
-    /// moment i, and the sum of their output, with room as for BlockLoops; 0 is the left one.
+    /// What one ear hears: its filters, their input, samples[k * count + i] for voice k at moment
+    /// i, and the sum of their output, with room as for BlockLoops. Ear 0 is the left one.
     struct Ear {
         LowCutFilter RunningVoice::*filter;
         const float* samples;
@@ -71,11 +72,10 @@ class VEXA_REALTIME OutputMix {
         const float end = after.Now();
         return arrives.Moves() ? before.Now() + (end - before.Now()) * arrives.Now() : end;
     }
-    /// No other voice is scaled alike.
-    /// Where the volume of channel i is wanted.
+    /// Returns the volume that is wanted of channel i.
     float Wanted(std::size_t i) const noexcept { return playing.given ? float(volumes[i]) : 1.0F; }
     std::size_t Group(const RunningVoice& v) const noexcept;
-    /// Whether no other voice is scaled as this one is.
+    /// True where no other voice is scaled as this one is.
     static bool IsAlone(const RunningVoice& v) noexcept {
         return v.ends || v.scaled || v.arrives.Varies();
     }

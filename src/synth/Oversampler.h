@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Frames at one rate of a renderer that runs at a multiple of it.
+// An oversampler gives frames at one rate of a renderer that runs at a multiple of it.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -24,22 +24,25 @@ class Oversampler {
     explicit Oversampler(VoiceRenderer& renderer, std::size_t half = DecimationFilter::kLive)
         : renderer(renderer), half(half), filters{{{2, half}, {4, half}, {8, half}, {16, half}}} {}
 
-    /// Frames per second; what has been rendered so far is forgotten. Not while rendering.
+    /// Sets the frames per second. What has been rendered so far is forgotten. It must not be
+    /// called while rendering.
     VEXA_REALTIME void SetFrameRate(double rate);
 
-    /// Frames by which what the next Render renders is heard later: half the filter or 0.
+    /// Returns the frames by which what the next Render renders is heard later: half the filter or
+    /// 0.
     VEXA_REALTIME std::size_t Delay() const noexcept {
         return renderer.Oversampling() > 1 ? half : 0;
     }
 
-    /// As VoiceRenderer::Render. Real-time safe.
+    /// Renders as VoiceRenderer::Render does. Real-time safe.
     VEXA_REALTIME void Render(float* left, float* right, std::size_t count) noexcept;
 
   private:
     static constexpr std::size_t kMostFactor = 16;
-    /// Frames that are rendered at a time.
+    /// The frames that are rendered at a time.
     static constexpr std::size_t kPiece = 64;
-    /// What the renderer has given: as much as the filter holds, and then the next piece.
+    /// What the renderer has given: the frames that the filter still needs, and then the next
+    /// piece.
     using Line = std::vector<float>;
 
     VEXA_REALTIME std::size_t Held() const noexcept { return 2 * half * factor; }
@@ -52,12 +55,12 @@ class Oversampler {
     const std::array<DecimationFilter, 4> filters;
     double frameRate = 44100;
     std::size_t factor = 1;
-    /// That of `factor`, where that is not 1.
+    /// The filter of `factor`, where that is not 1.
     const DecimationFilter* filter = nullptr;
     std::array<Line, 2> lines{NewLine(), NewLine()};
     /// A line as it was before the factor changed.
     Line before = NewLine();
-    /// How much of the filtered frames there is in the output; the rest are those that are not
+    /// The share of the filtered frames in the output, 0..1; the rest are frames that are not
     /// delayed.
     Ramp<float> filtered;
     bool begun = false;

@@ -19,13 +19,14 @@ constexpr int32 kTimbreNumber = 74;
 using OwnValues = std::array<float, kOwnControllers>;
 constexpr OwnValues kNoOwnValues{-1, -1, -1, -1, -1, -1};
 
-/// Their numbers; -1 where there is none.
+/// The numbers of the controllers that a note may have for itself; -1 where there is none.
 struct VEXA_REALTIME OwnControllers {
     VEXA_REALTIME OwnControllers(const Playing& playing, const Macros& macros) noexcept
         : numbers{playing.Pressure(),   kTimbreNumber,        macros[0].controller,
                   macros[1].controller, macros[2].controller, macros[3].controller} {}
 
-    /// Which of them a controller is, the first one where it is several; kOwnControllers if none.
+    /// Returns which of them a controller is, the first one where it is several; kOwnControllers if
+    /// none.
     std::size_t Which(int32 number) const noexcept {
         std::size_t i = 0;
         while (i < kOwnControllers && number != numbers[i])
@@ -37,8 +38,8 @@ struct VEXA_REALTIME OwnControllers {
         const std::size_t which = Which(number);
         return which < kOwnControllers && values[which] >= 0 ? values[which] : common;
     }
-    /// What a note has of a macro for itself: what a host gave it, or else the value of the macro's
-    /// controller.
+    /// Returns what a note has of a macro for itself: what a host gave it, or else the value of the
+    /// macro's controller.
     OwnMacro OfMacro(std::size_t macro, const OwnValues& values,
                      const OwnMacros& macros) const noexcept {
         OwnMacro own = macros[macro];

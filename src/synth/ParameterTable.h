@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// One row per coefficient of a sound: all that the program knows about it by name.
+// The table has one row per coefficient of a sound: all that the program knows about it by name.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -30,12 +30,13 @@ constexpr ParameterId operator+(ParameterId first, int places) {
     return static_cast<ParameterId>(static_cast<int>(first) + places);
 }
 
-/// A coefficient: its message, its field in the window, its element in a document, its target.
+/// A coefficient, with its message, its field in the window, its element in a document, and its
+/// target.
 struct Parameter {
     ParameterId id;
     /// The message that the field sends.
     uint32 code;
-    /// Name of the text field, and of the sound_param member.
+    /// The name of the text field, and of the sound_param member.
     std::string_view field;
     /// The group's element in a sound document, and the element inside the group; a parameter
     /// without a group of its own (Fx, Fy) is the element itself and has an empty `element`.
@@ -48,16 +49,17 @@ struct Parameter {
     kits::Shared<int32> sound_param::*controller = nullptr;
 };
 
-/// All coefficients, in the order of a sound document: dcxdt, dcydt, ax, ay, cx0, cy0, fx, fy.
+/// Returns all coefficients, in the order of a sound document: dcxdt, dcydt, ax, ay, cx0, cy0, fx,
+/// fy.
 std::span<const Parameter, kParameters> Parameters();
 inline const Parameter& ParameterOf(ParameterId id) {
     return Parameters()[static_cast<std::size_t>(id)];
 }
 
-/// The rows of one group, in order; empty for an unknown name.
+/// Returns the rows of one group, in order; empty for an unknown name.
 std::span<const Parameter> ParametersOf(std::string_view group);
 
-/// Where each of the four envelopes belongs and what it may hold.
+/// The place of one of the four envelopes, and what it may hold.
 struct EnvelopePlace {
     std::string_view name;
     /// The group whose element "envdata" holds its points.
@@ -67,10 +69,11 @@ struct EnvelopePlace {
     Envelope* sound_param::*target;
 };
 
-/// EnvCx, EnvCy, EnvAx, EnvAy: also the order of a voice's levels at note-off.
+/// Returns the places of EnvCx, EnvCy, EnvAx and EnvAy, which is also the order of a voice's levels
+/// at note-off.
 VEXA_REALTIME std::span<const EnvelopePlace, 4> EnvelopePlaces();
 
-/// Seconds that an envelope covers: two thirds while the key is down, one third after.
+/// The seconds that an envelope covers: two thirds while the key is down, one third after.
 constexpr float kEnvelopeTimeRange = 10.0F;
 
 } // namespace vexa

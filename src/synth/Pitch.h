@@ -9,19 +9,21 @@
 
 namespace vexa {
 
-/// The factor of an interval in semitones. Any thread, real-time safe, as all here.
+/// Returns the factor of an interval in semitones. Any thread, real-time safe, as all functions
+/// here.
 VEXA_REALTIME inline double RatioOf(double semitones) noexcept {
     return kits::maths::Exponential(semitones * (std::numbers::ln2 / 12));
 }
 
-/// Semitones from a frequency up to another.
+/// Returns the semitones from a frequency up to another.
 VEXA_REALTIME inline double SemitonesBetween(double from, double to) noexcept {
     return kits::maths::Logarithm(to / from) * (12 / std::numbers::ln2);
 }
 
-/// The factor of a level in decibels.
+/// Returns the factor of a level in decibels.
 VEXA_REALTIME inline double LevelOf(double decibels) noexcept {
-    constexpr double kSemitonesInDecibel = 1.9931568569324174; // 12 log2(10) / 20
+    // A decibel is so many semitones: 12 log2(10) / 20.
+    constexpr double kSemitonesInDecibel = 1.9931568569324174;
     return RatioOf(decibels * kSemitonesInDecibel);
 }
 

@@ -12,7 +12,7 @@
 
 namespace vexa {
 
-/// What a function may use beside the orbit's point.
+/// A value that a function may use beside the orbit's point.
 struct FunctionInput {
     enum class Kind : unsigned char {
         /// One of the sound's four macros, 0..1.
@@ -26,7 +26,7 @@ struct FunctionInput {
         Controller,
     };
     Kind kind;
-    /// Of the macro (0..3) or the controller (0..127); else 0.
+    /// The number of the macro (0..3) or the controller (0..127); else 0.
     unsigned char number = 0;
 
     bool operator==(const FunctionInput&) const = default;
@@ -35,9 +35,9 @@ struct FunctionInput {
 /// The most inputs that one function may have.
 constexpr std::size_t kMostInputs = 16;
 
-/// What computes a plane function: a compiled expression, a program of ours, a sample. It never
-/// changes once it is made, so any number of threads and instruments may share it, and it goes when
-/// nobody has it any more.
+/// A source computes a plane function: a compiled expression, a program of ours, a sample, a
+/// picture. It never changes once it is made, so any number of threads and instruments may share
+/// it, and it goes when nobody has it any more.
 class PlaneSource {
   public:
     PlaneSource() = default;
@@ -45,20 +45,20 @@ class PlaneSource {
     PlaneSource(const PlaneSource&) = delete;
     PlaneSource& operator=(const PlaneSource&) = delete;
 
-    /// What it uses beside x and y, at most kMostInputs. Any thread.
+    /// Returns what the function uses beside x and y, at most kMostInputs. Any thread.
     VEXA_REALTIME virtual std::span<const FunctionInput> Inputs() const noexcept { return {}; }
 
-    /// Estimated time in nanoseconds per point in blocks; 0 where it is too little to be worth a
-    /// thought. Any thread.
+    /// Returns the estimated time in nanoseconds per point in blocks; 0 where it is too little to
+    /// be worth a thought. Any thread.
     virtual double Cost() const noexcept { return 0; }
 
     /// f(x, y), where the k-th of Inputs() is inputs[k]. Any thread at any time: must not block or
     /// allocate.
     VEXA_REALTIME virtual float At(float x, float y, const float* inputs) const noexcept = 0;
 
-    /// values[i] = f(x[i], y[i]) for 0 <= i < count, where the k-th of Inputs() is inputs[k][i].
-    /// The arrays do not overlap. A source without a faster way takes point after point. Threads as
-    /// At.
+    /// Computes values[i] = f(x[i], y[i]) for 0 <= i < count, where the k-th of Inputs() is
+    /// inputs[k][i]. The arrays do not overlap. A source without a faster way takes point after
+    /// point. It runs in the same threads as At.
     VEXA_REALTIME virtual void Evaluate(const float* x, const float* y, const float* const* inputs,
                                         float* values, std::size_t count) const noexcept;
 };
@@ -76,7 +76,7 @@ class PlaneFunction {
 
     VEXA_REALTIME const PlaneSource& Source() const noexcept { return *source; }
 
-    /// Of a function of x and y alone; as those of PlaneSource.
+    /// Computes a function of x and y alone, by the source's At.
     float operator()(float x, float y) const noexcept { return source->At(x, y, nullptr); }
     void Evaluate(const float* x, const float* y, float* values, std::size_t count) const noexcept {
         source->Evaluate(x, y, nullptr, values, count);
@@ -86,16 +86,16 @@ class PlaneFunction {
     std::shared_ptr<const PlaneSource> source;
 };
 
-/// What a value of f counts for in the sound: bounded to this on either side. A low-cut filter's
-/// sums grow to some 8000 times its input (note 0 at 44100 samples per second), and stay finite.
+/// A value of f counts in the sound as bounded to this on either side. A low-cut filter's sums grow
+/// to some 8000 times its input (note 0 at 44100 samples per second), and so stay finite.
 constexpr float kMostHeard = 1e30F;
 /// The value as it is heard; 0 for what is not finite.
 VEXA_REALTIME float Heard(float value);
 
-/// 0 everywhere.
+/// Returns 0 everywhere.
 float nullfunc(float x, float y);
 
-/// (y - x)(5xy + 2.7) / (1 + x^2 + y^2)^2, limited to -1..1; a NaN passes through.
+/// Computes (y - x)(5xy + 2.7) / (1 + x^2 + y^2)^2, limited to -1..1; a NaN passes through.
 float dummyfunction(float x, float y);
 
 } // namespace vexa

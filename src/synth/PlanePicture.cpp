@@ -96,7 +96,7 @@ class PlaneDrawing::Bands {
     void Draw(std::size_t first, std::size_t rows) {
         alignas(64) float y[kPiece];
         alignas(64) float piece[kPiece];
-        // Of a row that is longer than a piece, all the pieces have the same y.
+        // All the pieces of a row that is longer than a piece have the same y.
         for (std::size_t r = 0; r < rows; r++)
             std::fill_n(y + r * area.columns, std::min(kPiece, area.columns),
                         area.linkFunctionY - static_cast<float>(first + r) * area.scale + top);
@@ -117,7 +117,7 @@ class PlaneDrawing::Bands {
     const std::size_t rowsPerBand;
     const std::size_t bands;
     const float top;
-    /// Of the points of a band.
+    /// The points of a band.
     std::vector<float> x;
     std::mutex mutex;
     std::condition_variable changed;

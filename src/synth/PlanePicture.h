@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The picture of a plane function.
+// This draws a plane function as a picture.
 #pragma once
 
 #include "kits/support/SupportDefs.h"
@@ -20,7 +20,7 @@ struct PlaneArea {
     /// left and of its height from the bottom.
     float linkFunctionX, linkFunctionY;
     float linkScreenX, linkScreenY;
-    /// Plane units per pixel.
+    /// The plane's units per pixel.
     float scale;
     std::size_t columns, rows;
 };
@@ -34,7 +34,7 @@ class PlaneDrawing {
     /// values beyond +-1 carry into the next byte, and end at the largest float below 2^31. A value
     /// that is not finite is shown as 0.
     PlaneDrawing(const PlaneFunction& f, const PlaneArea& area, uint32* words);
-    /// The same with the values as f gives them in place of the words.
+    /// Makes a drawing of the values as f gives them in place of the words.
     PlaneDrawing(const PlaneFunction& f, const PlaneArea& area, float* values);
 
     /// Computes for about so long, from the top on, or until the picture is complete, which it
@@ -52,7 +52,7 @@ class PlaneDrawing {
     std::shared_ptr<Bands> bands;
 };
 
-/// The whole picture at once, however long it takes.
+/// Draws the whole picture at once, however long it takes.
 void DrawPlane(const PlaneFunction& f, const PlaneArea& area, uint32* words);
 
 } // namespace vexa

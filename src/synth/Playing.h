@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// How a sound is played: voices, bend, pedal and what else a player's hands and feet do to it.
+// These values say how a sound is played: voices, bend, pedal and what else a player's hands and
+// feet do to it.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -21,21 +22,21 @@ enum class PlayMode : int {
     poly,
     /// It takes the voice over, and the key that is still held has it back; each with a new attack.
     mono,
-    /// The same without a new attack.
+    /// As mono, but the note goes on without a new attack.
     legato,
 };
 
 /// The values of one sound, in the table's units. Written by the window thread, read by all.
 struct VEXA_REALTIME Playing {
-    /// With what the table says is absent.
+    /// Makes a record with the values that the table gives for what a sound does not say.
     Playing();
 
     /// Counts the sounds that were loaded, and what else has hands and feet hold anew.
     kits::Shared<uint32> loads{0};
-    /// Whether anything says how the sound is played. Otherwise wheel, pedal, pressure and volume
-    /// change nothing but the controllers' table.
+    /// True where anything says how the sound is played. Otherwise wheel, pedal, pressure and
+    /// volume change nothing but the controllers' table.
     kits::Shared<bool> given{false};
-    /// Whether notes may have channels of their own (MPE) and bend on them, whatever the sound
+    /// True where notes may have channels of their own (MPE) and bend on them, whatever the sound
     /// says.
     kits::Shared<bool> mpe{false};
 
@@ -46,14 +47,14 @@ struct VEXA_REALTIME Playing {
     PlayMode Mode() const noexcept {
         return given ? static_cast<PlayMode>(int(float(mode))) : PlayMode::poly;
     }
-    /// Whether the wheel bends.
+    /// True where the wheel bends.
     bool Bends() const noexcept { return given || mpe; }
     bool Pedal() const noexcept { return given && pedal != 0; }
-    /// Degrees.
+    /// Returns how far the ears are apart on the orbit, in degrees.
     double Spread() const noexcept { return given ? double(spread) : 0.0; }
-    /// At which multiple of the rate the sound is computed: 1, 2, 4, 8 or 16.
+    /// Returns the multiple of the rate at which the sound is computed: 1, 2, 4, 8 or 16.
     int Oversampling() const noexcept { return 1 << static_cast<int>(float(oversample)); }
-    /// The controller that pressure drives; -1 for none.
+    /// Returns the controller that pressure drives; -1 for none.
     int32 Pressure() const noexcept { return given ? static_cast<int32>(float(pressure)) : -1; }
 };
 
@@ -68,13 +69,14 @@ struct PlayingRow {
     std::string_view name;
     double minimum, maximum;
     bool whole;
-    /// Where there are words the value is the number of one, and the range that of these numbers.
+    /// The words that a document writes for the values. Where there are any the value is the number
+    /// of one, and the range that of these numbers.
     std::span<const std::string_view> words;
     /// The value where none is given.
     float absent;
     kits::Shared<float> Playing::*target;
-    /// What stands for the value in the help of an option, what the value may be, with its unit,
-    /// and what it is for.
+    /// The texts for the help of an option: what stands for the value, what the value may be, with
+    /// its unit, and what it is for.
     const char* value;
     const char* allowed;
     const char* help;
@@ -84,11 +86,11 @@ struct PlayingRow {
 
 constexpr std::size_t kPlayingRows = 10;
 
-/// In the order of a document.
+/// Returns the rows in the order of a document.
 VEXA_REALTIME std::span<const PlayingRow, kPlayingRows> PlayingRows();
 
-/// What a text means; nothing where it is not wholly a value that the row allows. Blanks around it
-/// do not count. The same in every locale.
+/// Returns the value that a text means; nothing where it is not wholly a value that the row allows.
+/// Blanks around it do not count. The answer is the same in every locale.
 std::optional<float> PlayingValue(const PlayingRow& row, const std::string& text);
 
 } // namespace vexa

@@ -17,7 +17,7 @@ namespace vexa {
 /// one hand moves them all: those of the last one are kept. Media thread.
 class RampParts {
   public:
-    /// Of a block of `count` samples.
+    /// Makes the parts for a block of `count` samples.
     VEXA_REALTIME explicit RampParts(std::size_t count) : count(count) {}
 
     VEXA_REALTIME const double* Of(std::size_t newDone, std::size_t newLength) noexcept {
@@ -43,11 +43,12 @@ class VEXA_REALTIME Ramp {
   public:
     explicit Ramp(Number initial = 0) : from(initial), to(initial) {}
 
-    /// Is there at once.
+    /// Puts the value there at once.
     void Set(Number value) noexcept { *this = Ramp(value); }
 
-    /// Where a block begins, `offset` samples after its cell: goes to `target` within `samples`,
-    /// which it reaches exactly; begins anew wherever the target is another. Answers whether it is.
+    /// Begins a block, `offset` samples after its cell: the value goes to `target` within
+    /// `samples`, which it reaches exactly; it begins anew wherever the target is another. Answers
+    /// whether it is another.
     bool Aim(Number target, std::size_t samples, std::size_t offset) noexcept {
         if (offset == 0 && done == length)
             varies = false;
@@ -61,12 +62,12 @@ class VEXA_REALTIME Ramp {
         return true;
     }
 
-    /// Whether it may move in this block.
+    /// True where the value may move in this block.
     bool Varies() const noexcept { return varies; }
-    /// Whether a block in which `target` is wanted finds it there and leaves it.
+    /// True where a block in which `target` is wanted finds the value there and leaves it.
     bool StaysAt(Number target) const noexcept { return !varies && to == target; }
-    /// In how many whole cells, at most `most`, it varies if it varies in the first of them, and
-    /// stays if it stays there, as long as nothing else is wanted.
+    /// Returns in how many whole cells, at most `most`, the value varies if it varies in the first
+    /// of them, and stays if it stays there, as long as nothing else is wanted.
     std::size_t CellsAlike(std::size_t most) const noexcept {
         const std::size_t left = (length - done + kMostSamples - 1) / kMostSamples;
         return left > 0 && left < most ? left : most;
@@ -76,7 +77,7 @@ class VEXA_REALTIME Ramp {
             return to;
         return from + (to - from) * (static_cast<Number>(done) / static_cast<Number>(length));
     }
-    /// Where it is or goes to.
+    /// Returns where the value is or goes to.
     Number End() const noexcept { return to; }
     bool Moves() const noexcept { return done < length; }
     /// Writes the next `count` values, those of the parts' block, with room as for BlockLoops, and
@@ -105,7 +106,7 @@ class VEXA_REALTIME Ramp {
 /// exponentially. Media thread.
 class VEXA_REALTIME PitchRamp {
   public:
-    /// In semitones, as all intervals here.
+    /// Sets the interval at once; it is in semitones, as all intervals here.
     void Set(double interval) noexcept {
         line.Set(interval);
         factor = end = RatioOf(interval);

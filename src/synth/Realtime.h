@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What surrounds code that runs in the media thread.
+// This surrounds code that runs in the media thread.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -26,8 +26,8 @@ class RealtimeSection {
     static bool Inside() noexcept { return depth > 0; }
 
   private:
-    /// In a shared object that is loaded late, as plug-ins are, the usual way to a thread's
-    /// variable allocates it at its first use.
+    /// The model is named because in a shared object that is loaded late, as plug-ins are, the
+    /// usual way to a thread's variable allocates it at its first use.
     [[gnu::tls_model("initial-exec")]] static inline thread_local int depth = 0;
 };
 

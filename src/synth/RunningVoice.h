@@ -18,59 +18,59 @@ namespace vexa {
 
 /// The running state of one voice; its slot in the voice table shows what others may know of it.
 struct RunningVoice {
-    /// Of the slot's state and of its notes, as they were taken up.
+    /// The slot's counts of changes, notes and pitches, as they were when they were taken up.
     uint32 changes = 0;
     uint32 notes = 0, tunes = 0;
     bool sounds = false;
     bool released = false;
     float vel = 0, key = 0, freq = 0;
-    /// 0..15. Where a legato key has brought the note to another channel, its volume goes from that
-    /// of the one before to that of the new one as `arrives` goes from 0 to 1.
+    /// The channel, 0..15. Where a legato key has brought the note to another channel, its volume
+    /// goes from that of the one before to that of the new one as `arrives` goes from 0 to 1.
     std::size_t channel = 0, before = 0;
     Ramp<float> arrives{1};
     OwnValues own = kNoOwnValues;
-    /// What lies between the pitch and freq, semitones.
+    /// The intervals that glide and bend put between freq and the pitch, in semitones.
     PitchRamp glide, bend;
     /// Seconds since note-on or, once released, since note-off.
     double t = 0;
-    /// Samples since note-on; they go on after the release.
+    /// The samples since note-on; they go on after the release.
     std::size_t age = 0;
     /// The orbit's centre.
     double cx = 0, cy = 0;
     Oscillator x, y;
-    /// As OrbitSums. Other values are reached within `smooth` samples, but for those of a note that
-    /// has just begun.
+    /// The values of OrbitSums. Other values are reached within `smooth` samples, but for those of
+    /// a note that has just begun.
     std::array<Ramp<double>, kOrbitSums> sums;
     std::size_t smooth = 0;
     bool fresh = false, retuned = false;
-    /// Of the function's inputs those that are macros and controllers: the note's own values, or
-    /// those of all where it has none.
+    /// The function's inputs that are macros and controllers: the note's own values, or those of
+    /// all where it has none.
     std::array<Ramp<float>, kMostInputs> heard;
     /// The four envelopes (EnvelopePlaces), and their values at note-off.
     std::array<EnvelopeTrack, 4> envelopes;
     std::array<float, 4> rellevel{};
     LowCutFilter filter;
-    /// That of the right ear, while the two hear different things.
+    /// The filter of the right ear, while the two hear different things.
     LowCutFilter rightFilter;
-    /// At the end of the last cell its point had come to a stand for good (VoiceMotion::Stands).
+    /// True where at the end of the last cell the note's point had come to a stand for good
+    /// (VoiceMotion::Stands).
     bool stands = false;
-    /// And the filter had settled: until something changes, each sample is filter.out.
+    /// True where the filter had settled too: until something changes, each sample is filter.out.
     bool rests = false;
-    /// Nothing more will be heard of it, as long as nothing changes.
+    /// True where nothing more will be heard of it, as long as nothing changes.
     bool over = false;
     /// It has been cut off and fades, for so many samples more.
     bool ends = false;
     std::size_t left = 0;
-    /// Of the slot's `expressed`, as macros, tuning and gains were taken up.
+    /// The slot's count `expressed` when macros, tuning and gains were taken up.
     uint32 expressed = 0;
     /// The gains are not simply 1.
     bool scaled = false;
-    /// Semitones.
+    /// The tuning that a host gives the note, in semitones.
     double tuning = 0;
     /// The factors on what the left and the right ear hear.
     std::array<Ramp<float>, 2> gains{Ramp<float>(1), Ramp<float>(1)};
     OwnMacros macros{};
-    /// Where the macros are that it has for itself, and whether it had them in the block before.
 };
 
 } // namespace vexa

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// All that a sound's notes, its renderer and its views share.
+// A sound's notes, its renderer and its views share these records.
 #pragma once
 
 #include "synth/Envelope.h"
@@ -22,7 +22,7 @@ struct SoundRecords {
     SoundRecords& operator=(const SoundRecords&) = delete;
 
     ControllerTable controllers;
-    /// In the order of EnvelopePlaces().
+    /// The envelopes in the order of EnvelopePlaces().
     std::array<Envelope, 4> envelopes{NewEnvelope(0), NewEnvelope(1), NewEnvelope(2),
                                       NewEnvelope(3)};
     sound_param parameters;

@@ -19,24 +19,25 @@
 
 namespace vexa {
 
-/// What the sums of a note's orbit formulas come to, x and y by turns: the weight of the drift's
-/// envelope, the rest of the drift, the radius without its envelope.
+/// The number of values that a note's orbit formulas come to. For x and y each, x first in every
+/// pair, these are the weight of the drift's envelope, the rest of the drift, and the radius
+/// without its envelope.
 constexpr std::size_t kOrbitSums = 6;
 using OrbitSums = std::array<double, kOrbitSums>;
 
-/// Whether a slot sounds, and how often its note has changed, in one word, so that silencing the
-/// note that one looked at cannot silence its successor. Wait-free.
+/// Tells whether a slot sounds, and how often its note has changed, in one word, so that silencing
+/// the note that one looked at cannot silence its successor. Wait-free.
 class VEXA_REALTIME VoiceState {
   public:
     /// The word at one moment.
     class VEXA_REALTIME Seen {
       public:
         VEXA_REALTIME explicit Seen(uint32 word) : word(word) {}
-        /// The slot sounds.
+        /// True where the slot sounds.
         bool Active() const { return word & kActive; }
         /// The MIDI thread is rewriting the slot at this moment.
         bool Changing() const { return word & kChanging; }
-        /// Different after every change of the note; wraps around.
+        /// Returns a number that differs after every change of the note; it wraps around.
         uint32 Changes() const { return word >> 2; }
         bool operator==(const Seen&) const = default;
 
@@ -45,7 +46,7 @@ class VEXA_REALTIME VoiceState {
         uint32 word;
     };
 
-    /// Any thread. Sequentially consistent with every change.
+    /// Reads the word. It is sequentially consistent with every change. Any thread.
     Seen Look() const noexcept { return Seen(word.load()); }
 
     /// Ends the note that was seen, at once. False, and nothing happens, if the slot has changed
@@ -77,7 +78,7 @@ struct voice {
 
     // Written by the MIDI thread between BeginChange and EndChange, read by all.
 
-    /// How many notes the slot has had; tells a new note from a release.
+    /// Counts the notes that the slot has had; it tells a new note from a release.
     kits::Shared<uint32> notes;
     /// f at the orbit's start, which the filter is charged with so that the note begins at 0.
     kits::Shared<float> start;
@@ -85,15 +86,16 @@ struct voice {
     kits::Shared<bool> continues;
     /// The orbit's centre at note-on.
     kits::Shared<float> startcx, startcy;
-    /// Hz.
+    /// The frequency of the key in Hz.
     kits::Shared<float> freq;
-    /// Velocity / 127.
+    /// The velocity divided by 127.
     kits::Shared<float> vel;
-    /// Note number / 127: also the note's identity, compared exactly.
+    /// The note number divided by 127, which is also the note's identity, compared exactly.
     kits::Shared<float> key;
-    /// How many pitches the slot has had; one that is not a new note's is taken without an attack.
+    /// Counts the pitches that the slot has had; one that is not a new note's is taken without an
+    /// attack.
     kits::Shared<uint32> tunes;
-    /// 0..15.
+    /// The channel of the note, 0..15.
     kits::Shared<int32> channel;
     /// The pitch comes, within so many seconds, from where the slot's voice is, or from a
     /// frequency (Hz; 0 for nowhere).
@@ -102,38 +104,39 @@ struct voice {
     kits::Shared<float> glidefrom;
     /// The key has been let go.
     kits::Shared<bool> released;
-    /// At note-off: seconds since note-on, and the four envelopes' values then (EnvelopePlaces).
+    /// Written at note-off: the seconds since note-on, and the values of the four envelopes then
+    /// (EnvelopePlaces).
     kits::Shared<float> heldfor;
     std::array<kits::Shared<float>, 4> rellevel;
 
     // Written by the MIDI thread at any time, read by all.
 
-    /// Semitones.
+    /// The bend of the note in semitones.
     kits::Shared<float> bend;
-    /// As OwnValues.
+    /// The values of OwnValues.
     std::array<kits::Shared<float>, kOwnControllers> own;
     std::array<kits::Shared<OwnMacro>, kMacros> macros;
     /// Semitones on top, however the sound is played.
     kits::Shared<float> tuning;
     /// The factors on what the left and the right ear hear of it.
     std::array<kits::Shared<float>, 2> gains{1.0F, 1.0F};
-    /// How often macros, tuning and gains have changed, written after them.
+    /// Counts the changes of macros, tuning and gains; it is written after them.
     kits::Shared<uint32> expressed;
 
     // Written by the media thread after each stretch that it has rendered, read by all.
 
     /// state.Changes() of the note that the following fields are about, written after them.
     kits::Shared<uint32> rendered;
-    /// `notes` of that note.
+    /// The count `notes` of that note.
     kits::Shared<uint32> renderednotes;
     /// Seconds since note-on or, once released, since note-off.
     kits::Shared<double> t;
-    /// Radians, 0 at note-on, never wrapped.
+    /// The phases in radians, 0 at note-on and never wrapped.
     kits::Shared<double> phasex, phasey;
     kits::Shared<double> cx, cy;
-    /// Hz, with glide and bend.
+    /// The frequency that is heard in Hz, with glide and bend.
     kits::Shared<float> pitch;
-    /// As OrbitSums.
+    /// The values of OrbitSums.
     std::array<kits::Shared<double>, kOrbitSums> sums;
     /// The last sample, after the filter.
     kits::Shared<float> out;
@@ -154,30 +157,30 @@ struct VoiceView {
     /// Hz, as it is heard.
     float freq;
     float vel, key;
-    /// As they are heard; nothing where the note has not been.
+    /// The sums as they are heard; nothing where the note has not been heard yet.
     std::optional<OrbitSums> sums;
     std::array<float, 4> rellevel;
 };
 
-/// The slot's own controllers, as they are now. Any thread.
+/// Reads the slot's own controllers, as they are now. Any thread.
 VEXA_REALTIME OwnValues OwnOf(const voice& slot);
 
 /// Reads a slot. Where the media thread has not taken a new note or a release up yet, the note is
-/// where it will start: at t = 0. Read while the note changes, fields of the old and the new may
-/// mix. Any thread.
+/// where it will start, at t = 0. Where the note changes meanwhile, fields of the old and the new
+/// may mix. Any thread.
 VoiceView Look(const voice& slot);
 
-/// Seconds since note-on or note-off, as Look.
+/// Returns the seconds since note-on or note-off, as Look gives them.
 VEXA_REALTIME double Seconds(const voice& slot, VoiceState::Seen seen);
 
-/// Whether the slot's note does not sound or is over, as far as the media thread has come. Any
+/// True where the slot's note does not sound or is over, as far as the media thread has come. Any
 /// thread.
 VEXA_REALTIME bool IsOver(const voice& slot, VoiceState::Seen seen);
 
-/// Whether that is so of all. Any thread.
+/// True where IsOver is true of all slots. Any thread.
 bool IsSilent(const VoiceTable& voices);
 
-/// Slots that sound. Any thread.
+/// Counts the slots that sound. Any thread.
 VEXA_REALTIME int CountActive(const VoiceTable& voices);
 
 /// The voice that is given up first: among the released ones that sound, the longest released,
@@ -189,8 +192,8 @@ struct Choice {
 /// slot is -1 when nothing sounds. Any thread, wait-free.
 VEXA_REALTIME Choice LongestVoice(const VoiceTable& voices);
 
-/// Silences LongestVoice. Where that note has just been replaced, chooses again, at most once per
-/// slot; false if nothing was silenced. Any thread, wait-free.
+/// Silences LongestVoice. Where that note has just been replaced it chooses again, at most once per
+/// slot. False if nothing was silenced. Any thread, wait-free.
 VEXA_REALTIME bool ReduceVoicesByOne(VoiceTable& voices);
 
 /// Silences the notes whose keys have been let go, at once. Any thread, wait-free.

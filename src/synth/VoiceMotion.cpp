@@ -108,7 +108,7 @@ class VEXA_REALTIME VoiceMotion::Drifts {
     std::size_t number = 0;
 };
 
-/// What moves several voices; x and y by turns.
+/// This moves several voices; its arrays have x and y by turns, voice after voice.
 struct VoiceMotion::Moving {
     VEXA_REALTIME explicit Moving(std::size_t count) : ramps(count) {}
 
@@ -292,8 +292,8 @@ void VoiceMotion::Move(std::span<RunningVoice* const> voices, const Ears& ears, 
     Loops().Places(rights.data(), 2 * voices.size(), count);
 }
 
-/// Whether the voice's phases grow by the same steps in all cells; begins them then, as those of
-/// the voice of that number.
+/// True where the voice's phases grow by the same steps in all cells; begins the cells then, as
+/// those of the voice of that number.
 bool VoiceMotion::TurnsEvenly(RunningVoice& v, Turning& turning, std::size_t voice) const noexcept {
     const std::size_t cells = count / kMostSamples;
     double* const ofx = &turning.phases[turning.number];
@@ -381,8 +381,8 @@ void VoiceMotion::MoveCells(std::span<RunningVoice* const> voices, const Ears* e
 
 bool VoiceMotion::Stands(const Axis& axis, RunningVoice& v) const noexcept {
     const auto t = static_cast<float>(v.t);
-    // Whether the sum is 0 for good where its envelope has come to its end, and where it has none
-    // to follow.
+    // True where the sum is 0 for good, as its envelope has come to its end or it has none to
+    // follow.
     const auto zero = [&](const Axis::NumberedCurve& envelope, double weight, double rest) {
         EnvelopeTrack& track = v.envelopes[envelope.number];
         if (weight == 0)

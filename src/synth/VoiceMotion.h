@@ -29,7 +29,7 @@ class VEXA_REALTIME VoiceMotion {
                               const OwnControllers& own, double dt, std::size_t offset,
                               std::size_t count) noexcept;
 
-    /// Where an ear's places are written.
+    /// The arrays into which an ear's places, x and y, are written.
     struct Places {
         float *x, *y;
     };
@@ -37,28 +37,28 @@ class VEXA_REALTIME VoiceMotion {
     /// Moves up to kTogether voices over a block: writes the places of voice k to x[k * count + i]
     /// and y[k * count + i], and up to kSlack floats beyond, and advances the voices.
     void Move(std::span<RunningVoice* const> voices, Places places) const noexcept;
-    /// The same for both ears.
+    /// Does the same for both ears.
     void Move(std::span<RunningVoice* const> voices, const Ears& ears, Places left,
               Places right) const noexcept;
 
-    /// In how many whole cells from here on, at most `most`, the voice moves in the same way: the
-    /// sums of its formulas want what they wanted, none of them arrives but at the end, and the
-    /// voice does not come to a stand for good.
+    /// Returns in how many whole cells from here on, at most `most`, the voice moves in the same
+    /// way: the sums of its formulas want what they wanted, none of them arrives but at the end,
+    /// and the voice does not come to a stand for good.
     std::size_t CellsFor(RunningVoice& v, std::size_t most) const noexcept;
-    /// As Move, over cells, for any number of voices that move in the same way in all of them and
-    /// whose pitch stays: writes the places of voice k in cell i from
-    /// x[(i * voices.size() + k) * kMostSamples] on. Without ears only to the left; those that
-    /// there are stay where they are.
+    /// Moves any number of voices over cells, as Move does, where they move in the same way in all
+    /// of them and their pitch stays. It writes the places of voice k in cell i from x[(i *
+    /// voices.size() + k) * kMostSamples] on. Where `ears` is null it writes only to the left;
+    /// otherwise they stay where they are.
     void MoveCells(std::span<RunningVoice* const> voices, const Ears* ears, Places left,
                    Places right) const noexcept;
 
-    /// Whether the point of a released voice stays where it is as long as the sound is the same: no
-    /// radius, no drift, and no envelope that would still change that.
+    /// True where the point of a released voice stays where it is as long as the sound is the same:
+    /// there is no radius, no drift, and no envelope that would still change that.
     bool Stands(RunningVoice& v) const noexcept;
     /// Lets the block go by for a voice that stands.
     void Pass(RunningVoice& v) const noexcept;
 
-    /// What the motion of a voice depends on besides the voice and its envelopes' points.
+    /// The motion of a voice depends on this besides the voice and its envelopes' points.
     struct Sound {
         Coefficients driftx, drifty, radiusx, radiusy;
         /// Numbers of the curves, in the order of EnvelopePlaces.
@@ -84,9 +84,9 @@ class VEXA_REALTIME VoiceMotion {
         };
         Coefficients drift, radius;
         NumberedCurve driftEnvelope, radiusEnvelope;
-        /// Of x 0, of y 1.
+        /// 0 for x and 1 for y.
         std::size_t number;
-        /// Radians per second of a note of 1 Hz.
+        /// How many radians per second a note of 1 Hz turns.
         double turn;
     };
     struct Space;

@@ -33,7 +33,7 @@ namespace {
 /// The rate that a low-cut filter's constant is computed for, whatever the device's is.
 constexpr double kFilterRate = 44100;
 
-/// Of a voice, below full volume 1.
+/// The part of full volume, which is 1, below which nobody hears a voice.
 constexpr float kInaudible = 1e-7F;
 
 /// Seconds in which the wheel, volumes and what is cut off get where they are wanted.
@@ -48,8 +48,8 @@ VEXA_REALTIME float Lacks(const LowCutFilter& filter, float s) noexcept {
     return filter.hpgain * (std::abs(filter.hpsum0 - end0) + std::abs(filter.hpsum1 - end1));
 }
 
-/// Whether the output of a filter will stay as it is as long as its input stays `s`. Where all that
-/// is still to come is inaudible, it is left out.
+/// True where the output of a filter will stay as it is as long as its input stays `s`. Where all
+/// that is still to come is inaudible, it is left out.
 VEXA_REALTIME bool Settles(LowCutFilter& filter, float s) noexcept {
     const auto after = [s](float pole, float sum) {
         return static_cast<float>(double(pole) * sum + s);
@@ -65,7 +65,7 @@ VEXA_REALTIME bool Settles(LowCutFilter& filter, float s) noexcept {
     return true;
 }
 
-/// Whether two filters with the same input give the same from now on, as far as one hears.
+/// True where two filters with the same input give the same from now on, as far as one hears.
 bool Agree(const LowCutFilter& a, const LowCutFilter& b) noexcept {
     return a.hpgain * (std::abs(a.hpsum0 - b.hpsum0) + std::abs(a.hpsum1 - b.hpsum1)) <
                kInaudible &&
@@ -278,7 +278,7 @@ void VoiceRenderer::OpenEars(bool both, std::size_t count) noexcept {
         v.rightFilter = v.filter;
 }
 
-/// Whether one ear hears more of a note than the other.
+/// True where one ear hears more of a note than the other.
 bool VoiceRenderer::Panned() const noexcept {
     for (std::size_t i = 0; i < running.size(); i++) {
         const RunningVoice& v = running[i];
@@ -300,8 +300,8 @@ void VoiceRenderer::CloseEars() noexcept {
                       }));
 }
 
-/// What an ear, on the side -1 or 1, hears of a note at the orbit's start, by the rule for a single
-/// one: radii of 1, whatever the formulas say.
+/// Returns what an ear, on the side -1 or 1, hears of a note at the orbit's start, by the rule for
+/// a single one: radii of 1, whatever the formulas say.
 float VoiceRenderer::StartOf(const RunningVoice& v, const PlaneSource& f,
                              double side) const noexcept {
     const double x = parameters.EnvAx->Value(0, false, 0) * ears.X().cosine + v.cx;

@@ -31,13 +31,13 @@ namespace vexa {
 /// and nothing has changed. Whoever must have an event at its exact sample ends a Render there.
 class VoiceRenderer {
   public:
-    /// What all programs play with unless told otherwise: it leaves room for a chord.
+    /// The gain that all programs play with unless told otherwise; it leaves room for a chord.
     static constexpr float kUsualGain = 0.25F;
-    /// Samples that are computed in one go.
+    /// The samples that are computed in one go.
     static constexpr std::size_t kBlock = kMostSamples;
 
-    /// Allocates. The records are shared and outlive the renderer. Starts with gain 0,
-    /// dummyfunction and 44100 samples per second.
+    /// Makes a renderer with gain 0, dummyfunction and 44100 samples per second. The records are
+    /// shared and outlive it. It allocates.
     VoiceRenderer(const ControllerTable& controllers, Macros& macros, const sound_param& parameters,
                   const Playing& playing, const ChannelVolumes& volumes, VoiceTable& voices);
 
@@ -46,39 +46,39 @@ class VoiceRenderer {
     VEXA_REALTIME void Render(float* buffer, std::size_t count) noexcept {
         Render(buffer, nullptr, count);
     }
-    /// The same for two ears, as far apart as the sound says. Where there is no `right`, or the
-    /// spread is 0, both hear what one hears, and it costs as much.
+    /// Renders for two ears, which are as far apart as the sound says. Where `right` is null, or
+    /// the spread is 0, both hear what one hears, and it costs as much.
     VEXA_REALTIME void Render(float* left, float* right, std::size_t count) noexcept;
 
-    /// Whether f was so large that it was bounded (kMostHeard). Any thread.
+    /// True where f was so large that it was bounded (kMostHeard). Any thread.
     bool HasBounded() const { return bounded; }
 
-    /// The factor on the sum, 0..1; anything else is ignored. Any thread.
+    /// Sets the factor on the sum, 0..1; anything else is ignored. Any thread.
     void SetGain(float next) noexcept;
 
-    /// The function from the next sample on. The one before is let go when no Render that may have
-    /// begun before this call is running. Window thread.
+    /// Sets the function from the next sample on. The one before is let go when no Render that may
+    /// have begun before this call is running. Window thread.
     void SetFunction(const PlaneFunction& next) { function.Publish(next); }
 
-    /// Whether notes that sound go on from where they are when the sound becomes another one at
-    /// once: what would be a step is an offset then, which their low-cut filters take away. Not at
-    /// first. Any thread.
+    /// Sets whether notes that sound go on from where they are when the sound becomes another one
+    /// at once: what would be a step is an offset then, which their low-cut filters take away. At
+    /// first they do not. Any thread.
     void SetJoins(bool whether) noexcept { joins = whether; }
 
     /// Forgets all notes at once, and what lingers of them; those that the table has still begin
-    /// anew. Not while rendering.
+    /// anew. It must not be called while rendering.
     VEXA_REALTIME void Clear() noexcept;
 
-    /// Samples per second, of which one in `oversampling` is heard: the low-cut filters keep their
-    /// corner. Voices that sound go on. Not while rendering.
+    /// Sets the samples per second, of which one in `oversampling` is heard: the low-cut filters
+    /// keep their corner. Voices that sound go on. It must not be called while rendering.
     VEXA_REALTIME void SetSampleRate(double rate, int oversampling = 1) noexcept;
-    /// What the sound wants `oversampling` to be. Any thread.
+    /// Returns what the sound wants `oversampling` to be. Any thread.
     VEXA_REALTIME int Oversampling() const noexcept { return playing.Oversampling(); }
 
   private:
     struct Block;
     /// What one ear hears over several cells: the places of the voices, the values there, and their
-    /// sum. Too large for the stack of a host's thread.
+    /// sum. It is too large for the stack of a host's thread.
     struct CellEar {
         alignas(64) std::array<float, kMostCells * kVoiceSlots * kBlock> x, y;
         alignas(64) std::array<float, kMostCells * kVoiceSlots * kBlock + kSlack> s;
@@ -91,7 +91,7 @@ class VoiceRenderer {
     VEXA_REALTIME void TakeUpHands(RunningVoice& running, const voice& slot) noexcept;
     VEXA_REALTIME std::size_t Smooth() const noexcept;
     VEXA_REALTIME void CutOff(RunningVoice& running) noexcept;
-    /// At least one.
+    /// Returns the samples in that time, at least one.
     VEXA_REALTIME std::size_t SamplesIn(double seconds) const noexcept;
     VEXA_REALTIME void RenderBlock(const PlaneFunction& f, Block& block, float* left, float* right,
                                    std::size_t count) noexcept;
@@ -127,11 +127,11 @@ class VoiceRenderer {
     double sampleRate = 44100;
     /// The rate that the low-cut filters' constants are computed for.
     double filterRate;
-    /// Samples rendered since the beginning of the present cell (Oscillator).
+    /// How many samples were rendered since the beginning of the present cell (Oscillator).
     std::size_t offset = 0;
     kits::Shared<bool> bounded{false};
     kits::Shared<bool> joins{false};
-    /// What the voices that rest depend on.
+    /// The sound on which the voices that rest depend, as it was in the last block.
     VoiceMotion::Sound sound{};
     const PlaneSource* heard = nullptr;
     kits::Reader reader;

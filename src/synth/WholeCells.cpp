@@ -38,7 +38,7 @@ std::size_t VoiceMotion::CellsFor(RunningVoice& v, std::size_t most) const noexc
     return stands ? 0 : cells;
 }
 
-/// Whether the voice finds nothing new in its slot.
+/// True where the voice finds nothing new in its slot.
 bool VoiceRenderer::GoesOn(const RunningVoice& v, const voice& slot) const noexcept {
     const VoiceState::Seen seen = slot.state.Look();
     if (!v.sounds)

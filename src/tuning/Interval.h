@@ -7,7 +7,7 @@ namespace vexa {
 /// An octave has so many cents.
 constexpr double kOctave = 1200;
 
-/// The ratio of frequencies of an interval in cents.
+/// Returns the ratio of frequencies of an interval in cents.
 double RatioOf(double cents);
 
 /// Returns the size of a ratio above 0 in cents.

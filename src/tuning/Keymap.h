@@ -28,7 +28,8 @@ struct Keymap {
     /// nothing. Empty: key middle + n plays degree n.
     std::vector<std::optional<int>> pattern;
 
-    /// How a key's degree is found: so many repetitions above the middle, and in that the degree.
+    /// A key's degree is found by this: so many repetitions of the pattern above the middle, and in
+    /// that the degree.
     struct Place {
         int repetitions;
         int degree;
@@ -40,7 +41,7 @@ struct Keymap {
 /// Reads a file in Scala's format "kbm": the pattern's size, first, last, middle and reference key,
 /// the reference's frequency, the degree of the octave, and an entry per line, a degree or "x"; the
 /// last entries may be missing and are "x" then. A reference that the pattern leaves out is an
-/// error, as nothing else could be tuned from it. Errors as ReadScale. Any thread.
+/// error, as nothing else could be tuned from it. Errors have the form of ReadScale's. Any thread.
 kits::Result<Keymap> ReadKeymap(const std::filesystem::path& path);
 /// Reads a map from a file's bytes; messages call the file `name`.
 kits::Result<Keymap> ParseKeymap(std::string_view bytes, const std::string& name);

@@ -11,7 +11,7 @@ namespace vexa {
 namespace {
 
 constexpr std::string_view kBlanks = " \t";
-/// What some editors put before the first line of a text in UTF-8.
+/// Some editors put this before the first line of a text in UTF-8.
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 } // namespace
@@ -53,7 +53,7 @@ kits::Error ScalaLines::Expected(const std::string& what) const {
 }
 
 kits::Error ScalaLines::Fault(int line, const std::string& reason) const {
-    return {name + ':' + std::to_string(line) + ": " + reason};
+    return kits::At({name, static_cast<std::size_t>(line)}, {reason});
 }
 
 std::string_view FirstWord(std::string_view line) {

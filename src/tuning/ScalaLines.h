@@ -13,7 +13,7 @@
 namespace vexa {
 
 /// Walks through a file's lines, which end with or without a carriage return; those that begin with
-/// "!" are comments and are passed over. Starts before the first line.
+/// "!" are comments and are passed over. At first it stands before the first line.
 class ScalaLines {
   public:
     /// `name` is the file's, for messages; the bytes must outlive the walk.
@@ -31,7 +31,7 @@ class ScalaLines {
 
     /// "NAME:LINE: expected WHAT, not "TEXT"" or, at the end, that the file ends there.
     kits::Error Expected(const std::string& what) const;
-    /// "NAME:LINE: REASON" for the line of that number.
+    /// Makes the error "NAME:LINE: REASON" for the line of that number.
     kits::Error Fault(int line, const std::string& reason) const;
 
   private:

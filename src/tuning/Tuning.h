@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Which frequency each key has.
+// A tuning says which frequency each key has.
 #pragma once
 
 #include <array>
@@ -20,13 +20,13 @@ constexpr double kMostHertz = 100000;
 /// The frequency of each key in Hz; 0 for a key that sounds nothing.
 using Tuning = std::array<float, kKeys>;
 
-/// Twelve equal steps to the octave, with key 69 at `a4` Hz.
+/// Returns twelve equal steps to the octave, with key 69 at `a4` Hz.
 Tuning EqualTemperament(double a4 = kA4Hertz);
 
 struct Scale;
 struct Keymap;
 
-/// The keys of the map tuned to the scale.
+/// Returns the keys of the map tuned to the scale.
 Tuning TuningOf(const Scale& scale, const Keymap& keymap);
 
 } // namespace vexa

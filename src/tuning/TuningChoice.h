@@ -15,7 +15,8 @@ constexpr double kLeastA4 = 1;
 constexpr double kMostA4 = 20000;
 
 struct TuningChoice {
-    /// Scala files. Without a scale: twelve equal steps to the octave. Without a map: Keymap's own.
+    /// The Scala files. Without a scale there are twelve equal steps to the octave, and without a
+    /// map it is Keymap's own.
     std::optional<std::filesystem::path> scale;
     std::optional<std::filesystem::path> keymap;
     /// The frequency of key 69 in Hz, which stands in place of what the map is tuned by.

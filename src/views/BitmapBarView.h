@@ -8,8 +8,8 @@
 
 namespace vexa {
 
-/// Takes the images over, each of which may be missing; a missing one has the width 0. Window
-/// thread.
+/// Shows images in a bar. It takes them over, and each may be missing; a missing one has the width
+/// 0. Window thread.
 class BitmapBarView : public BView {
   public:
     BitmapBarView(BBitmap* left, BBitmap* middle, BBitmap* right, BRect frame, const char* name,

@@ -27,7 +27,7 @@ class EnvView : public BView, public Envelope {
     EnvView(BRect frame, const char* name, float minimum, float maximum, float timeRange,
             uint32 resizingMode, rgb_color viewColor, rgb_color lineColor);
 
-    /// Where a point is shown.
+    /// Returns where a point is shown, in the view's pixels.
     BPoint EnvPoint2View(const EnvPoint& point) const;
     /// The point that would be shown there: its value is within the bounds and its time at most the
     /// end of its part, but it may be before the beginning.
@@ -38,12 +38,13 @@ class EnvView : public BView, public Envelope {
     void SetColors(rgb_color behind, rgb_color line);
     rgb_color LineColor() const { return lineColor; }
 
-    /// What the keyboard moves.
+    /// Returns the number of the point that the keyboard moves.
     std::size_t ChosenPoint() const { return chosen; }
     /// Moves a point to that time (seconds from the begin of its part) and value, as near as its
     /// neighbours and the bounds allow; heard at once.
     void MovePoint(std::size_t index, float t, float value);
-    /// Time and value, for a person: "0.25 s, 0.8", behind the release "+0.25 s, 0.8".
+    /// Returns time and value for a person, as in "0.25 s, 0.8", for a release point "+0.25 s,
+    /// 0.8".
     std::string Label(std::size_t index) const;
     kits::AccessibleThing Describe() const override;
     std::size_t CountParts() const override { return Points().size(); }
@@ -72,7 +73,7 @@ class EnvView : public BView, public Envelope {
     };
 
     float PixelsPerSecond() const;
-    /// Where the release part starts.
+    /// Returns where the release part starts, in pixels from the left.
     float ReleaseX() const;
     Drag DragOf(std::size_t index) const;
     /// The part of the view that moving the point can change.

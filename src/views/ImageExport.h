@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Writing a picture to a file, with any translator.
+// This writes a picture to a file, with any translator.
 #pragma once
 
 #include "kits/support/Bitmap.h"
@@ -14,7 +14,7 @@
 
 namespace vexa {
 
-/// What a R2RFVTranslatorSavePanel asks for.
+/// An R2RFVTranslatorSavePanel asks for this.
 struct ImageRequest {
     entry_ref directory;
     std::string name;
@@ -25,7 +25,7 @@ struct ImageRequest {
     int32 size;
 };
 
-/// None where the message lacks a field.
+/// Reads the message of the panel; nothing where it lacks a field.
 std::optional<ImageRequest> ReadImageRequest(const BMessage& message);
 
 /// Has the picture made, and writes it. Where that cannot be done an alert says so, nothing is left

@@ -28,7 +28,7 @@ constexpr std::size_t kPixelBytes = 4;
 /// second; both are short enough for the window to answer.
 constexpr auto kDrawTime = std::chrono::milliseconds(40);
 constexpr auto kPulseTime = std::chrono::milliseconds(30);
-/// Of the green byte within a pixel.
+/// The place of the green byte within a pixel.
 constexpr std::size_t kGreenByte = 1;
 
 } // namespace
@@ -187,7 +187,7 @@ const BBitmap& R2RFView::Shown() {
 }
 
 void R2RFView::Draw(BRect) {
-    DrawBitmap(&Shown(), Bounds());
+    DrawBitmap(&Shown(), Bounds(), true);
 }
 
 void R2RFView::FrameResized(float, float) {

@@ -23,9 +23,9 @@ class R2RFVTranslatorSavePanel;
 /// thread.
 class R2RFView : public BView {
   public:
-    /// The plane's point `linkFunction` is shown at the point `linkScreen` of the view, which is in
-    /// fractions of its width from the left and of its height from the bottom. `scale` is plane
-    /// units per pixel. Starts with nullfunc.
+    /// Makes a view of nullfunc. The plane's point `linkFunction` is shown at the point
+    /// `linkScreen` of the view, which is in fractions of its width from the left and of its height
+    /// from the bottom. `scale` is plane units per pixel.
     R2RFView(BRect frame, const char* name, BPoint linkFunction, BPoint linkScreen, float scale,
              uint32 resizingMode);
     ~R2RFView() override;
@@ -46,20 +46,22 @@ class R2RFView : public BView {
     BPoint LinkFunction() const { return {linkFunctionX, linkFunctionY}; }
     BPoint LinkScreen() const { return {linkScreenX, linkScreenY}; }
 
-    /// From now on pulses show orbits. The records are shared and outlive the view's last pulse.
+    /// Has pulses show orbits from now on. The records are shared and outlive the view's last
+    /// pulse.
     void SetSoundParam(const ControllerTable* ctlvalue, const sound_param* soundParam,
                        const VoiceTable* voices);
 
-    /// Whether they do; where something else shows them, pulses leave the picture alone.
+    /// Sets whether pulses show orbits; where something else shows them, pulses leave the picture
+    /// alone.
     void ShowMarks(bool on);
 
-    /// Where a point of the plane is shown, and which point is shown somewhere, in pixels of the
-    /// view.
+    /// Return where a point of the plane is shown, and which point is shown somewhere, in pixels of
+    /// the view.
     BPoint ToView(float x, float y) const;
     BPoint ToPlane(BPoint point) const;
 
-    /// A new B_RGB32 picture of the size of `rect`, round the same link, as DrawPlane computes it.
-    /// Not valid where `rect` is too large.
+    /// Makes a new B_RGB32 picture of the size of `rect`, round the same link, as DrawPlane
+    /// computes it. It is not valid where `rect` is too large.
     std::unique_ptr<BBitmap> MakeBitmap(BRect rect, float scale) const;
 
     /// Completes the picture, however long it takes.
@@ -69,14 +71,14 @@ class R2RFView : public BView {
     }
     /// The picture as far as it is complete after a short while.
     const BBitmap& Shown();
-    /// How often the function or the view of it have changed, and how often the picture has been
-    /// computed on.
+    /// Count how often the function or the view of it have changed, and how often the picture has
+    /// been computed on.
     uint64 Changes() const { return changes; }
     uint64 Computed() const { return computed; }
-    /// Whether there is nothing left to compute.
+    /// True where there is nothing left to compute.
     bool IsComplete() const { return !stale && !drawing; }
-    /// Whether it has been complete for three times as long as it took to compute: who shows one
-    /// picture after the other then takes a quarter of the machine's time at most.
+    /// True where the picture has been complete for three times as long as it took to compute: who
+    /// shows one picture after the other then takes a quarter of the machine's time at most.
     bool IsRested() const;
 
     /// Marks the next revolution of a voice's orbit, as it is heard now, in the picture, in steps
@@ -84,9 +86,9 @@ class R2RFView : public BView {
     /// the sound.
     void DrawSoundPath(int32 voice, float step);
     /// Strokes an orbit of one voice, with centre and radii as they are now, over the times from
-    /// `from` to `to` (seconds). Inside Draw.
+    /// `from` to `to` (seconds). It is called inside Draw.
     void DrawSoundPath(int32 voice, float from, float to, float step);
-    /// Strokes a closed figure. Inside Draw.
+    /// Strokes a closed figure. It is called inside Draw.
     void DrawLissajous(float startPhaseX, float startPhaseY, float centerX, float centerY,
                        float ratioX, float ratioY, float radiusX, float radiusY);
 
@@ -96,11 +98,11 @@ class R2RFView : public BView {
     void ShowSavePanel();
     R2RFVTranslatorSavePanel& SavePanel() { return *savePanel; }
 
-    /// A surface to try the view with.
+    /// This is a surface to try the view with.
     static float f(float x, float y);
 
-    /// What the coming pulse has to repaint at least, in view pixels; empty (right < left) when no
-    /// orbit has been computed.
+    /// Returns what the coming pulse has to repaint at least, in view pixels; empty (right < left)
+    /// when no orbit has been computed.
     BRect DirtyRect() const { return dirty; }
 
     void MessageReceived(BMessage* message) override;
@@ -125,14 +127,14 @@ class R2RFView : public BView {
     float linkFunctionX, linkFunctionY;
     float linkScreenX, linkScreenY;
     float scale;
-    /// What is shown of the plane has changed since `bitmap` was begun.
+    /// True where what is shown of the plane has changed since `bitmap` was begun.
     bool stale = true;
     uint64 changes = 0;
     uint64 computed = 0;
     std::unique_ptr<BBitmap> bitmap;
-    /// What remains to be computed of `bitmap`; null when it is complete.
+    /// The part of `bitmap` that remains to be computed; null when it is complete.
     std::unique_ptr<PlaneDrawing> drawing;
-    /// How long `bitmap` has been computed, and when that ended.
+    /// The time for which `bitmap` has been computed, and the moment when that ended.
     std::chrono::steady_clock::duration drawingTime{};
     std::chrono::steady_clock::time_point drawingEnd;
 
@@ -142,7 +144,7 @@ class R2RFView : public BView {
     const sound_param* soundParam = nullptr;
     const VoiceTable* voices = nullptr;
 
-    /// Offsets in the picture of the green bytes that are set. Never more than kMostMarks.
+    /// The offsets in the picture of the green bytes that are set, never more than kMostMarks.
     std::vector<std::size_t> marks;
     BRect dirty;
     BRect prevDirty;

@@ -9,16 +9,16 @@ namespace vexa {
 /// Every colour that a view of the window draws with. Text on `panel`, `editor`, `bar` and `row...`
 /// has a contrast of at least 4.5 to 1, lines of at least 3 to 1 (the ratio of WCAG 2.1).
 struct Theme {
-    /// Behind the main view, the drawer and the strip, and behind the envelopes.
+    /// The colours behind the main view, the drawer and the strip, and behind the envelopes.
     rgb_color panel;
     rgb_color editor;
     rgb_color text;
-    /// Of what is said beside, and of what is not to be used at present.
+    /// The colour of what is said beside, and of what is not to be used at present.
     rgb_color quietText;
     rgb_color dimText;
-    /// Between areas.
+    /// The colour of the lines between areas.
     rgb_color edge;
-    /// What has the focus, what is chosen.
+    /// The colour of what has the focus and of what is chosen.
     rgb_color accent;
     /// The drawer: behind the rows, under the pointer, and the chosen one.
     rgb_color list;
@@ -48,7 +48,7 @@ struct Theme {
 /// curves smoothly.
 enum class ColorSet { Classic, Light, Dark };
 
-/// The set that is chosen, Light at first. Window thread.
+/// Returns the set that is chosen, which is Light at first. Window thread.
 const Theme& Colors();
 ColorSet ChosenColors();
 

@@ -7,13 +7,13 @@
 
 namespace vexa {
 
-/// Window thread.
+/// An item of a menu of formats. Window thread.
 class TranslatorMenuItem : public BMenuItem {
   public:
     TranslatorMenuItem(const char* label, BMessage* message, uint32 translatorId, uint32 outputType)
         : BMenuItem(label, message), translatorId(translatorId), outputType(outputType) {}
 
-    /// Who writes the format.
+    /// The translator that writes the format.
     translator_id translatorId;
     /// The format's type code.
     uint32 outputType;

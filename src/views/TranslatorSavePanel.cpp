@@ -35,7 +35,7 @@ constexpr const char* kFormatLabel = "Format:";
 /// Where the settings window appears on the screen.
 constexpr BPoint kSettingsPlace = {100, 100};
 
-/// What makes room for the format menu, and how.
+/// The views that make room for the format menu, and how they move.
 struct Move {
     const char* view;
     float moved;

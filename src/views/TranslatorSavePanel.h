@@ -49,7 +49,7 @@ class TranslatorSavePanel : public BFilePanel, public BHandler {
     /// Tells whether the settings window, which deletes itself, is still there.
     BMessenger settingsWindow;
     BWindow* settings = nullptr;
-    /// Belongs to the field.
+    /// The menu, which belongs to the field.
     BPopUpMenu* formatMenu = nullptr;
     BMenuField* formatField = nullptr;
     /// The code of the result.

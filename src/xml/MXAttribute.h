@@ -6,15 +6,16 @@
 
 namespace vexa {
 
-/// Both texts are as they stand in the document: nothing in them is escaped or resolved, so a value
-/// with a double quote in it cannot be read back.
+/// Holds both texts as they stand in the document: nothing in them is escaped or resolved, so a
+/// value with a double quote in it cannot be read back.
 class MXAttribute {
   public:
     MXAttribute() = default;
     MXAttribute(MXString name, MXString value) : name(std::move(name)), value(std::move(value)) {}
 
+    /// Returns NAME="VALUE".
     MXString AssembleString() const;
-    /// The same, appended to `text`.
+    /// Appends what AssembleString returns.
     void AppendTo(MXString& text) const;
 
     MXString name;

@@ -4,9 +4,6 @@
 #include "kits/support/Quoted.h"
 #include "xml/MXStatus.h"
 
-#include <memory>
-#include <new>
-
 namespace vexa {
 
 int32 MXAttributeList::ParseString(MXString& text, std::size_t behind, Remarks* remarks) {
@@ -36,10 +33,7 @@ int32 MXAttributeList::ParseString(MXString& text, std::size_t behind, Remarks* 
             return expected("another double quote before \">\"");
         text.Remove(0, 1);
         text.RemoveLeadingSpace();
-        auto attribute = std::make_unique<MXAttribute>(std::move(name), std::move(value));
-        if (!AddItem(attribute.get()))
-            throw std::bad_alloc();
-        static_cast<void>(attribute.release());
+        attributes.emplace_back(std::move(name), std::move(value));
     }
     return MX_OK;
 }
@@ -51,24 +45,18 @@ MXString MXAttributeList::AssembleString() const {
 }
 
 void MXAttributeList::AppendTo(MXString& text) const {
-    for (int32 i = 0; i < CountItems(); i++) {
+    for (const MXAttribute& attribute : attributes) {
         text.Append(" ");
-        ItemAt(i)->AppendTo(text);
+        attribute.AppendTo(text);
     }
 }
 
 MXString MXAttributeList::GetValue(MXString name) const {
-    for (int32 i = 0; i < CountItems(); i++) {
-        if (ItemAt(i)->name == name)
-            return ItemAt(i)->value;
+    for (const MXAttribute& attribute : attributes) {
+        if (attribute.name == name)
+            return attribute.value;
     }
     return {};
-}
-
-void MXAttributeList::MakeEmpty() {
-    for (int32 i = 0; i < CountItems(); i++)
-        delete ItemAt(i);
-    BList::MakeEmpty();
 }
 
 } // namespace vexa

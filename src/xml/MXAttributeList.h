@@ -2,39 +2,37 @@
 // The attributes of one tag.
 #pragma once
 
-#include "kits/support/List.h"
 #include "xml/MXAttribute.h"
 #include "xml/Remarks.h"
 
+#include <vector>
+
 namespace vexa {
 
-/// Attributes in the order of the document; a name may occur again. Owns its entries.
-class MXAttributeList : public BList {
+/// Holds attributes in the order of the document; a name may occur again. Any thread, one at a
+/// time.
+class MXAttributeList {
   public:
-    MXAttributeList() = default;
-    MXAttributeList(MXAttributeList&&) noexcept = default;
-    MXAttributeList& operator=(MXAttributeList&&) noexcept = default;
-    ~MXAttributeList() override { MakeEmpty(); }
-
-    /// Replaces the entries by those read from the whole text, which is used up. MX_OK or
+    /// Replaces the entries by those read from the whole text, which is used up. Returns MX_OK or
     /// MX_BAD_ATTRIBUTE; what stood before the fault stays in the list.
     int32 ParseString(MXString& text) { return ParseString(text, 0, nullptr); }
-    /// The same for a text with `behind` bytes behind it. What is no attribute, and a name that is
-    /// none, is told to `remarks` where there are any.
+    /// Does the same for a text with `behind` bytes behind it. What is no attribute, and a name
+    /// that is none, is told to `remarks` where there are any.
     int32 ParseString(MXString& text, std::size_t behind, Remarks* remarks);
 
-    /// Each attribute with a space before it.
+    /// Returns each attribute with a space before it.
     MXString AssembleString() const;
-    /// The same, appended to `text`.
+    /// Appends what AssembleString returns.
     void AppendTo(MXString& text) const;
 
-    /// The value of the first attribute of that name, "" if there is none.
+    /// Returns the value of the first attribute of that name, "" if there is none.
     MXString GetValue(MXString name) const;
 
-    MXAttribute* ItemAt(int32 index) const {
-        return static_cast<MXAttribute*>(BList::ItemAt(index));
-    }
-    void MakeEmpty();
+    int32 CountItems() const { return static_cast<int32>(attributes.size()); }
+    void MakeEmpty() { attributes.clear(); }
+
+  private:
+    std::vector<MXAttribute> attributes;
 };
 
 } // namespace vexa

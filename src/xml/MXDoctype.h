@@ -6,22 +6,25 @@
 
 namespace vexa {
 
+/// Holds the three parts of a declaration as they stand in the document.
 class MXDoctype {
   public:
     MXDoctype() = default;
     MXDoctype(MXString name, MXString keyword, MXString literal)
         : name(std::move(name)), keyword(std::move(keyword)), literal(std::move(literal)) {}
 
-    /// Takes one declaration from the front of the text. MX_OK, MX_NO_DOCTYPE (only blanks were
-    /// taken) or MX_BAD_DOCTYPE (name and keyword hold what was read).
+    /// Takes one declaration from the front of the text. Returns MX_OK, MX_NO_DOCTYPE (only blanks
+    /// were taken) or MX_BAD_DOCTYPE (name and keyword hold what was read).
     int32 ParseString(MXString& text);
+    /// Returns the declaration on one line, without a line feed.
     MXString AssembleString() const;
 
-    /// The root element.
+    /// The name of the document's root element.
     MXString name;
-    /// "SYSTEM" or the like; empty if the declaration has an internal subset instead.
+    /// The word "SYSTEM" or the like; empty if the declaration has an internal subset instead.
     MXString keyword;
-    /// With a keyword what stands between the first and the last double quote, else the subset.
+    /// What stands between the first and the last double quote where there is a keyword, else the
+    /// internal subset.
     MXString literal;
 };
 

@@ -13,12 +13,12 @@
 
 namespace vexa {
 
-/// The text of the file at `path`, a regular one of at most kits::kMostFileBytes. A zero byte cuts
-/// off the rest of its line (or of 1023 bytes, if the line is longer). The error names the path and
-/// the reason.
+/// Returns the text of the file at `path`, as kits::ReadFile reads it. A zero byte cuts off the
+/// rest of its line (or of 1023 bytes, if the line is longer). Any thread.
 kits::Result<MXString> ReadDocumentText(const std::filesystem::path& path);
 
-/// Owns its parts. What is absent is null and is not written.
+/// Owns the parts of a document. What is absent is null and is not written. Any thread, one at a
+/// time.
 class MXDocument {
   public:
     MXDocument() = default;
@@ -26,9 +26,10 @@ class MXDocument {
     /// and OpenError() says why; a text with a fault gives what stands before the fault, and
     /// Status() says which.
     explicit MXDocument(const char* path);
-    /// A document to write: the declaration, a doctype of these three texts, and no root yet.
+    /// Makes a document to write: it has the declaration, a doctype of these three texts, and no
+    /// root yet.
     MXDocument(MXString doctypeName, MXString keyword, MXString literal);
-    /// As ParseString.
+    /// Reads the text, as ParseString does.
     explicit MXDocument(MXString& text, Remarks* remarks = nullptr) { ParseString(text, remarks); }
 
     /// Takes the text up and returns the status, as MXFragment::ParseString does, or
@@ -37,23 +38,25 @@ class MXDocument {
     /// read over, is told to `remarks`, where there are any.
     int32 ParseString(MXString& text, Remarks* remarks = nullptr);
 
-    /// `unit` is the indentation of each level inside the root.
+    /// Returns the text of the whole document; `unit` is the indentation of each level inside the
+    /// root.
     MXString AssembleString(MXString unit) const;
 
-    /// 0, or -1 and WriteError() says why. The file is replaced as a whole or stays as it was.
+    /// Writes the file at `path`, which is replaced as a whole or stays as it was. Returns 0, or
+    /// -1, and WriteError() says why.
     int32 WriteFile(const char* path, MXString unit);
 
-    /// Of the last ParseString: see StatusText.
+    /// Returns what the last ParseString returned: see StatusText.
     int32 Status() const { return status; }
-    /// How many bytes of that text were left at the fault.
+    /// Returns how many bytes of that text were left at the fault.
     std::size_t FaultLeft() const { return faultLeft; }
-    /// The path and the system's reason; empty if there was no fault.
+    /// Return the path and the system's reason; empty if there was no fault.
     const std::string& OpenError() const { return openError; }
     const std::string& WriteError() const { return writeError; }
 
     std::unique_ptr<MXFragment> declaration;
     std::unique_ptr<MXDoctype> doctype;
-    /// Comments, instructions, empty elements and texts beside the root, in the order read.
+    /// The comments, instructions, empty elements and texts beside the root, in the order read.
     std::vector<std::unique_ptr<MXFragment>> misc;
     std::unique_ptr<MXFragment> root;
 

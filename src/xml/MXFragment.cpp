@@ -57,32 +57,12 @@ MXFragment::MXFragment(MXString name, MXString attributeText, MXString text)
     Adopt(std::make_unique<MXFragment>(MX_TEXT, std::move(text)));
 }
 
-/// Deletes from the last leaf on, going down and up instead of recursing, and without allocating:
-/// the entry through which it went down holds the way back up.
-void MXFragment::DeleteChildren() {
-    // The fragment whose children go, and the one above it; null above this one.
-    MXFragment* fragment = this;
-    MXFragment* above = nullptr;
-    for (;;) {
-        MXFragmentList& list = fragment->children;
-        if (!list.IsEmpty()) {
-            MXFragment* child = list.RemoveItem(list.CountItems() - 1);
-            if (child->children.IsEmpty()) {
-                delete child;
-                continue;
-            }
-            // Into the place that just became free, so this cannot fail.
-            list.AddItem(above);
-            above = fragment;
-            fragment = child;
-        } else if (above) {
-            delete fragment;
-            fragment = above;
-            above = fragment->children.RemoveItem(fragment->children.CountItems() - 1);
-        } else {
-            return;
-        }
-    }
+/// What is below the children comes up beside them first: a child that still had children of its
+/// own would recurse once for each level of the tree.
+void MXFragment::RemoveChildren() noexcept {
+    for (const auto& child : children)
+        children.splice(children.end(), child->children);
+    children.clear();
 }
 
 int32 MXFragment::ParseString(MXString& text, Remarks* remarks) {
@@ -117,7 +97,7 @@ int32 MXFragment::ParseString(MXString& text, Remarks* remarks) {
 int32 MXFragment::ParseHead(MXString& text, Remarks* remarks) {
     type = MX_UNPARSED;
     attributes.MakeEmpty();
-    DeleteChildren();
+    RemoveChildren();
     const bool isMarkup = text.BeginsWithLt();
     text.RemoveLeadingSpace();
     textLeft = static_cast<std::size_t>(text.Length());
@@ -240,9 +220,9 @@ void MXFragment::AppendTo(MXString& text, const MXString& indent, const MXString
 
 /// Whether the indented form is the compact one.
 bool MXFragment::IsOneLine() const {
-    if (type != MX_ELEMENT || children.IsEmpty())
+    if (type != MX_ELEMENT || children.empty())
         return true;
-    return children.CountItems() == 1 && children.ItemAt(0)->type != MX_ELEMENT;
+    return children.size() == 1 && children.front()->type != MX_ELEMENT;
 }
 
 /// The start tag of an element, all of any other fragment.
@@ -285,28 +265,31 @@ MXFragmentList MXFragment::FindFragment(long mask, MXString wanted) {
 
 void MXFragment::CollectInto(MXFragmentList& found, long mask, const MXString& wanted) {
     WalkFragments(*this, [&](MXFragment& fragment) {
-        if ((fragment.type & mask) != 0 && fragment.name == wanted && !found.AddItem(&fragment))
-            throw std::bad_alloc();
+        if ((fragment.type & mask) != 0 && fragment.name == wanted)
+            found.Add(fragment);
         return WalkStep::Into;
     });
 }
 
-int32 MXFragment::Add(MXString text) {
-    auto child = std::make_unique<MXFragment>(MX_TEXT, std::move(text));
-    if (Add(child.get()) != 0)
-        return -1;
-    static_cast<void>(child.release());
+int32 MXFragment::Add(MXString text) try {
+    Adopt(std::make_unique<MXFragment>(MX_TEXT, std::move(text)));
     return 0;
+} catch (const std::bad_alloc&) {
+    return -1;
 }
 
-int32 MXFragment::Add(MXFragment* child) {
-    return child && children.AddItem(child) ? 0 : -1;
+int32 MXFragment::Add(MXFragment* child) try {
+    if (!child)
+        return -1;
+    children.emplace_back();
+    children.back().reset(child);
+    return 0;
+} catch (const std::bad_alloc&) {
+    return -1;
 }
 
 MXFragment& MXFragment::Adopt(std::unique_ptr<MXFragment> child) {
-    if (Add(child.get()) != 0)
-        throw std::bad_alloc();
-    return *child.release();
+    return *children.emplace_back(std::move(child));
 }
 
 MXString MXFragment::GetContainedText() const {

@@ -6,11 +6,12 @@
 #include "xml/MXFragmentList.h"
 #include "xml/Remarks.h"
 
+#include <list>
 #include <memory>
 
 namespace vexa {
 
-/// The kinds of fragments; a search takes several of them in one mask.
+/// The kinds of fragments, of which a search takes several in one mask.
 enum : long {
     MX_UNPARSED = -1,
     MX_ELEMENT = 1,
@@ -21,28 +22,33 @@ enum : long {
     MX_CDATA = 32,
 };
 
-/// The dialect that is read: a tag ends at its first ">"; attributes stand in double quotes; blanks
-/// around a text are not kept; a comment and a CDATA section are as they stand; the name of an end
-/// tag is not looked at; and a fault inside an element ends the element instead of the reading.
+/// Reads and writes this dialect: a tag ends at its first ">"; attributes stand in double quotes;
+/// blanks around a text are not kept; a comment and a CDATA section are as they stand; the name of
+/// an end tag is not looked at; and a fault inside an element ends the element instead of the
+/// reading.
 ///
 /// A tree may be of any depth and size: no operation recurses, and each takes time in proportion to
-/// the text or the tree. A fragment owns its children.
+/// the text or the tree. A fragment owns its children. Any thread, one at a time for a tree.
 class MXFragment {
   public:
+    /// A list, as its entries can go over to another one without being copied or allocated.
+    using Children = std::list<std::unique_ptr<MXFragment>>;
+
     explicit MXFragment(long type) : type(type) {}
     MXFragment(long type, MXString name) : name(std::move(name)), type(type) {}
-    /// Attributes are read from `attributeText` as far as they are valid.
+    /// Makes a fragment with the attributes that are read from `attributeText`, as far as they are
+    /// valid.
     MXFragment(long type, MXString name, MXString attributeText);
-    /// An element that holds a text.
+    /// Makes an element that holds a text.
     MXFragment(MXString name, MXString attributeText, MXString text);
     MXFragment(MXString name, MXString text) : MXFragment(std::move(name), {}, std::move(text)) {}
-    /// As ParseString; without success the type is MX_UNPARSED.
+    /// Reads the text, as ParseString does; without success the type is MX_UNPARSED.
     explicit MXFragment(MXString& text) : type(MX_UNPARSED) { ParseString(text); }
     MXFragment(const MXFragment&) = delete;
     MXFragment& operator=(const MXFragment&) = delete;
-    ~MXFragment() { DeleteChildren(); }
+    ~MXFragment() { RemoveChildren(); }
 
-    /// Becomes the fragment that it takes from the front of the text. MX_OK, or
+    /// Becomes the fragment that it takes from the front of the text. Returns MX_OK, or
     /// - MX_END_TAG, MX_DECLARATION: only blanks were taken,
     /// - MX_NOTHING, MX_OPEN_...: all was taken.
     ///
@@ -50,44 +56,46 @@ class MXFragment {
     /// end tags of another name or none, names that are none, references that are not resolved, and
     /// faults that end an element.
     int32 ParseString(MXString& text, Remarks* remarks = nullptr);
-    /// How many bytes of the text that this was read from were left where it begins; 0 for a
-    /// fragment that was not read.
+    /// Returns how many bytes of the text that this was read from were left where it begins; 0 for
+    /// a fragment that was not read.
     std::size_t TextLeft() const { return textLeft; }
 
-    /// The compact form, on one line unless a text has several.
+    /// Returns the compact form, on one line unless a text has several.
     MXString AssembleString() const;
-    /// One line, beginning with `indent`, for each tag; an element with at most one child, and that
-    /// no element, on one line of its own. Each level begins with one `unit` more.
+    /// Returns the indented form: each tag has a line of its own, which begins with `indent` and
+    /// one `unit` for each level. An element with at most one child, and that no element, is on one
+    /// line.
     MXString AssembleString(MXString indent, MXString unit) const;
-    /// The same, appended to `text`.
+    /// Append what the two AssembleString return.
     void AppendTo(MXString& text) const;
     void AppendTo(MXString& text, const MXString& indent, const MXString& unit) const;
 
-    /// The fragments of this subtree, this one included, whose type is in `mask` and whose name is
-    /// `name`, in document order.
+    /// Returns the fragments of this subtree, this one included, whose type is in `mask` and whose
+    /// name is `name`, in document order.
     MXFragmentList FindFragment(long mask, MXString name);
 
-    /// Appends a child, which becomes this fragment's; 0, or -1 (and a fragment given by pointer
-    /// stays the caller's) if the list cannot grow. The type stays, and only an element writes its
-    /// children.
+    /// Appends a child, which becomes this fragment's. Returns 0, or -1 (and a fragment given by
+    /// pointer stays the caller's) if there is no memory. The type stays, and only an element
+    /// writes its children.
     int32 Add(MXString text);
     int32 Add(MXFragment* child);
-    /// The same for building trees: returns the child, throws bad_alloc if the list cannot grow.
+    /// Does the same for building trees: returns the child, and throws bad_alloc if there is no
+    /// memory.
     MXFragment& Adopt(std::unique_ptr<MXFragment> child);
 
-    /// The texts of this subtree, without those in comments and CDATA sections.
+    /// Returns the texts of this subtree, without those in comments and CDATA sections.
     MXString GetContainedText() const;
 
     long Type() const { return type; }
 
-    /// Of a text, a comment and a CDATA section their text instead.
+    /// The name of an element or an instruction; the text of a text, a comment or a CDATA section.
     MXString name;
     MXAttributeList attributes;
-    MXFragmentList children;
+    Children children;
 
   private:
     friend class MXFragmentList;
-    void DeleteChildren();
+    void RemoveChildren() noexcept;
     void CollectInto(MXFragmentList& found, long mask, const MXString& wanted);
     int32 ParseHead(MXString& text, Remarks* remarks);
     int32 ParseEnclosed(MXString& text, const char* opening, const char* closing, int32 enclosed,

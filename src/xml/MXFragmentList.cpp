@@ -7,22 +7,22 @@ namespace vexa {
 
 MXString MXFragmentList::AssembleString() const {
     MXString text;
-    for (int32 i = 0; i < CountItems(); i++)
-        ItemAt(i)->AppendTo(text);
+    for (const MXFragment* fragment : fragments)
+        fragment->AppendTo(text);
     return text;
 }
 
 MXString MXFragmentList::AssembleString(MXString indent, MXString unit) const {
     MXString text;
-    for (int32 i = 0; i < CountItems(); i++)
-        ItemAt(i)->AppendTo(text, indent, unit);
+    for (const MXFragment* fragment : fragments)
+        fragment->AppendTo(text, indent, unit);
     return text;
 }
 
 MXFragmentList MXFragmentList::FindFragment(long mask, MXString name) const {
     MXFragmentList found;
-    for (int32 i = 0; i < CountItems(); i++)
-        ItemAt(i)->CollectInto(found, mask, name);
+    for (MXFragment* fragment : fragments)
+        fragment->CollectInto(found, mask, name);
     return found;
 }
 

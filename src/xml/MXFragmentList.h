@@ -1,28 +1,36 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Fragments in order: the children of one, or what a search found.
+// Fragments in order, as a search found them.
 #pragma once
 
-#include "kits/support/List.h"
 #include "xml/MXString.h"
+
+#include <vector>
 
 namespace vexa {
 
 class MXFragment;
 
-/// Owns nothing: children belong to the fragment above them.
-class MXFragmentList : public BList {
+/// The list owns nothing: the fragments stay in the tree, and must outlive the list. Any thread,
+/// one at a time.
+class MXFragmentList {
   public:
-    /// The fragments' texts one after the other, in their compact or their indented form.
+    /// Returns the fragments' texts one after the other, in their compact or their indented form.
     MXString AssembleString() const;
     MXString AssembleString(MXString indent, MXString unit) const;
 
-    /// What MXFragment::FindFragment finds in each entry, in order.
+    /// Returns what MXFragment::FindFragment finds in each entry, in order.
     MXFragmentList FindFragment(long mask, MXString name) const;
 
-    MXFragment* ItemAt(int32 index) const { return static_cast<MXFragment*>(BList::ItemAt(index)); }
-    MXFragment* RemoveItem(int32 index) {
-        return static_cast<MXFragment*>(BList::RemoveItem(index));
+    void Add(MXFragment& fragment) { fragments.push_back(&fragment); }
+    int32 CountItems() const { return static_cast<int32>(fragments.size()); }
+    /// Returns the entry at an index, or null past either end.
+    MXFragment* ItemAt(int32 index) const {
+        return index >= 0 && index < CountItems() ? fragments[static_cast<std::size_t>(index)]
+                                                  : nullptr;
     }
+
+  private:
+    std::vector<MXFragment*> fragments;
 };
 
 } // namespace vexa

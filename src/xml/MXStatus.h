@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the parsers return.
+// The numbers that the parsers of documents return, and what they mean in words.
 #pragma once
 
 #include "kits/support/SupportDefs.h"
@@ -23,7 +23,7 @@ enum : int32 {
     MX_BAD_DOCTYPE = -11,
 };
 
-/// The status in words, for a message that names the file before it.
+/// Returns what the status means in words, for a message that names the file before it.
 const char* StatusText(int32 status);
 
 } // namespace vexa

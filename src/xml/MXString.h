@@ -6,13 +6,14 @@
 
 namespace vexa {
 
-/// Whether XML allows the byte in a name; all bytes of characters beyond ASCII count as such.
+/// Returns whether XML allows the byte in a name; all bytes of characters beyond ASCII count as
+/// allowed.
 bool IsNameByte(char byte);
-/// Whether the text is what others take for a name too. The parsers ask less of a name.
+/// Returns whether other readers of XML take the text for a name too. The parsers here ask less.
 bool IsName(std::string_view text);
 
-/// A text of which the parsers take away what they recognise, piece by piece from its front. Blanks
-/// are the bytes space, tab, line feed and carriage return; no other byte is one.
+/// Holds a text of which the parsers take away what they recognise, piece by piece from its front.
+/// Blanks are the bytes space, tab, line feed and carriage return; no other byte is one.
 class MXString : public BString {
   public:
     using BString::BString;
@@ -21,23 +22,25 @@ class MXString : public BString {
     /// Takes away and returns what stands before the first `separator`; everything if there is
     /// none. The separator stays.
     MXString SplitOffAtFirst(MXString separator);
-    /// The same without returning it, and the separator is taken away too.
+    /// Takes away what stands before the first `separator`, and the separator too; everything if
+    /// there is none.
     void RemovePastFirst(const char* separator);
     /// Takes away and returns the bytes before the first that ends a name: a blank, one of / ? " $
     /// # ; [ or the pair %%. Everything if there is none.
     MXString SplitOffAtFirstNonNameChar();
 
-    /// Whether "<" is the first byte that is not blank.
+    /// Returns whether "<" is the first byte that is not blank.
     bool BeginsWithLt() const;
     bool BeginsWith(std::string_view text) const {
         return std::string_view(*this).starts_with(text);
     }
 
+    /// Takes the blanks away from the front, or from the end.
     MXString& RemoveLeadingSpace();
     MXString& RemoveTrailingSpace();
     /// Makes "<" and "&" of the references &lt; and &amp;, the only ones that are known.
     MXString& ResolveLtAmpRef();
-    /// Its inverse.
+    /// Makes these references of all "<" and "&".
     MXString& MakeLtAmpRef();
 };
 

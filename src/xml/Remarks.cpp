@@ -2,6 +2,7 @@
 #include "xml/Remarks.h"
 
 #include <algorithm>
+#include <functional>
 #include <utility>
 
 namespace vexa {
@@ -9,29 +10,27 @@ namespace vexa {
 namespace {
 
 /// Goes on in the text from `from`, which is at `place`, to the byte `to`.
-Place Advanced(std::string_view text, std::size_t from, Place place, std::size_t to) {
+void Advance(kits::Place& place, std::string_view text, std::size_t from, std::size_t to) {
     for (const char byte : text.substr(from, to - from)) {
-        if (byte == '\n')
-            place = {place.line + 1, 1};
-        else if ((static_cast<unsigned char>(byte) & 0xC0) != 0x80)
+        if (byte == '\n') {
+            place.line++;
+            place.column = 1;
+        } else if ((static_cast<unsigned char>(byte) & 0xC0) != 0x80) {
             place.column++;
+        }
     }
-    return place;
 }
 
 std::size_t OffsetOf(std::string_view text, std::size_t left) {
     return text.size() - std::min(left, text.size());
 }
 
-std::string Line(std::string_view name, Place place, const std::string& text) {
-    return std::string(name) + ':' + std::to_string(place.line) + ':' +
-           std::to_string(place.column) + ": " + text;
-}
-
 } // namespace
 
-Place PlaceOf(std::string_view text, std::size_t left) {
-    return Advanced(text, 0, {1, 1}, OffsetOf(text, left));
+kits::Place PlaceOf(std::string_view file, std::string_view text, std::size_t left) {
+    kits::Place place{std::string(file), 1, 1};
+    Advance(place, text, 0, OffsetOf(text, left));
+    return place;
 }
 
 void Remarks::Add(std::size_t left, std::string text) {
@@ -41,28 +40,22 @@ void Remarks::Add(std::size_t left, std::string text) {
         others++;
 }
 
-std::vector<std::string> Remarks::Located(std::string_view name, std::string_view text) const {
-    std::vector<const Remark*> ordered;
-    for (const Remark& remark : kept)
-        ordered.push_back(&remark);
-    std::stable_sort(ordered.begin(), ordered.end(),
-                     [](const Remark* a, const Remark* b) { return a->left > b->left; });
-    std::vector<std::string> lines;
-    Place place{1, 1};
+std::vector<kits::Error> Remarks::Located(std::string_view file, std::string_view text) const {
+    std::vector<Remark> ordered = kept;
+    std::ranges::stable_sort(ordered, std::greater(), &Remark::left);
+    std::vector<kits::Error> located;
+    kits::Place place{std::string(file), 1, 1};
     std::size_t at = 0;
-    for (const Remark* remark : ordered) {
-        const std::size_t offset = OffsetOf(text, remark->left);
-        place = Advanced(text, at, place, offset);
+    for (const Remark& remark : ordered) {
+        const std::size_t offset = OffsetOf(text, remark.left);
+        Advance(place, text, at, offset);
         at = offset;
-        lines.push_back(Line(name, place, remark->text));
+        located.push_back(kits::At(place, {remark.text}));
     }
     if (others > 0)
-        lines.push_back(std::string(name) + ": and " + std::to_string(others) + " more like these");
-    return lines;
-}
-
-std::string Located(std::string_view name, std::string_view text, const Remark& remark) {
-    return Line(name, PlaceOf(text, remark.left), remark.text);
+        located.push_back(
+            kits::At({std::string(file)}, {"and " + std::to_string(others) + " more like these"}));
+    return located;
 }
 
 } // namespace vexa

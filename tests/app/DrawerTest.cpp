@@ -70,6 +70,15 @@ TEST_F(DrawerTest, FindsShowsAndLoadsSounds) {
     test::Click(list, {100, 80});
     Settle();
     EXPECT_EQ(view->SoundName(), Listed()[1]);
+    // Keys are notes after a click, and look for a sound where keys have led there.
+    test::Type(*window, "q");
+    EXPECT_STREQ(drawer->SearchField().Text(), "");
+    drawer->Categories().MakeFocus();
+    list.MakeFocus();
+    test::Type(*window, "g");
+    Settle();
+    EXPECT_STREQ(drawer->SearchField().Text(), "g");
+    LookFor("");
     // One kind; favourites, of which there is none before a star is pressed.
     for (std::size_t i = 0; i < drawer->Categories().CountParts(); i++) {
         const std::string word = drawer->Categories().DescribePart(i).name;

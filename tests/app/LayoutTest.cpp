@@ -111,13 +111,12 @@ TEST_P(LayoutTest, TheStripStandsBelowTheMainViewAndNothingTouchesInIt) {
     window->ShowPart(vexa::VexaWindow::Part::Drawer, false);
     BView* strip = window->FindView("strip");
     EXPECT_EQ(window->FindView("main pane")->Frame(), (BRect{0, 41, window->Bounds().right, 510}));
-    for (const float wider : {0.0F, 300.0F}) {
-        window->ResizeTo(window->Bounds().right + wider, window->Bounds().bottom);
-        test::Settle();
-        EXPECT_EQ(strip->Frame(), (BRect{0, 511, window->Bounds().right, window->Bounds().bottom}));
+    const auto expectApart = [&](std::size_t count) {
         std::vector<Piece> pieces;
         const auto add = [&](const auto& self, const BView& parent, QPointF origin) -> void {
             for (const BView* child : parent.Children()) {
+                if (child->IsHidden())
+                    continue;
                 const QRectF area = AreaOf(child->Frame());
                 EXPECT_TRUE(AreaOf(parent.Bounds()).contains(area)) << child->Name();
                 if (child->Children().empty())
@@ -126,15 +125,39 @@ TEST_P(LayoutTest, TheStripStandsBelowTheMainViewAndNothingTouchesInIt) {
             }
         };
         add(add, *strip, {});
-        // Scope, level, 4 macros of 3, 12 cells, two wheels, hold and piano.
-        EXPECT_EQ(pieces.size(), 30U);
+        EXPECT_EQ(pieces.size(), count);
         for (std::size_t i = 0; i < pieces.size(); i++) {
             EXPECT_GE(pieces[i].area.width(), 18) << pieces[i].what;
             for (std::size_t j = 0; j < i; j++)
                 EXPECT_FALSE(pieces[i].area.intersects(pieces[j].area))
                     << pieces[j].what << " and " << pieces[i].what;
         }
+    };
+    constexpr std::size_t kControls = 1 + 4 * 3 + 12; // scope, macros, cells
+    constexpr std::size_t kHands = 2 + 1 + 1;         // wheels, hold, piano
+    const float width = window->Bounds().right, height = window->Bounds().bottom;
+    for (const float wider : {0.0F, 300.0F}) {
+        window->ResizeTo(width + wider, height);
+        test::Settle();
+        EXPECT_EQ(strip->Frame(), (BRect{0, 511, window->Bounds().right, height}));
+        expectApart(kControls + kHands);
     }
+    // In a low window it has one row, and the main view has what that leaves.
+    window->ResizeTo(width, 566);
+    test::Settle();
+    EXPECT_EQ(window->FindView("main pane")->Frame().bottom, 510);
+    expectApart(kHands + 1);
+    BView& other = *window->FindView("macros, playing and tuning");
+    other.MakeFocus();
+    for (const std::size_t count : {kControls, kHands}) {
+        test::TypeKey(*window, Qt::Key_Space);
+        EXPECT_EQ(strip->Frame().bottom, 566);
+        expectApart(count + 1);
+        EXPECT_TRUE(other.IsFocus());
+    }
+    window->ResizeTo(width, height);
+    test::Settle();
+    expectApart(kControls + kHands);
 }
 
 TEST_P(LayoutTest, EveryFieldStandsInItsGapOnTheBaselineOfItsFormula) {

@@ -100,8 +100,7 @@ TEST_F(SavedSoundTest, AnIncompleteSoundIsLoadedOntoAFreshOne) {
                                  "<vexafunction><expression>x</expression><macros><a>1</a></macros>"
                                  "</vexafunction><fy>2</fy><playing><bend>2</bend></playing>"
                                  "<later/></vexasound>");
-    vexa::ReadReport report;
-    const auto expected = vexa::ReadSound(part, report);
+    const auto expected = vexa::ReadSound(part);
     ASSERT_TRUE(expected);
     ASSERT_TRUE(view->LoadSound(part));
     test::Settle();

@@ -5,7 +5,6 @@
 #include "app/MainViewStage.h"
 #include "app/strip/Knob.h"
 #include "app/strip/Latch.h"
-#include "app/strip/LevelMeter.h"
 #include "app/strip/NumberField.h"
 #include "app/strip/Piano.h"
 #include "app/strip/Scope.h"
@@ -128,8 +127,7 @@ TEST_F(StripTest, HowTheSoundIsPlayedIsEditedHeardAndSaved) {
     EXPECT_EQ(view->Played().VoiceLimit(), 7);
     EXPECT_EQ(view->VoicesMenu().Title(), "max. 7 voices");
     view->SaveSound("mine.xml");
-    ReadReport report;
-    const auto saved = ReadSound(In("sounds/mine.xml"), report);
+    const auto saved = ReadSound(In("sounds/mine.xml"));
     ASSERT_TRUE(saved);
     EXPECT_EQ(saved->playing, view->ConstructSound().playing);
 
@@ -311,10 +309,9 @@ TEST_F(StripTest, TheTuningIsChosenAndAFaultLeavesTheOneBefore) {
     EXPECT_NEAR(hertz(69), 440, 1e-3);
 }
 
-TEST_F(StripTest, TheScopeShowsOrbitOutputAndSpectrumAndTheMeterTheLevel) {
+TEST_F(StripTest, TheScopeShowsOrbitOutputAndSpectrum) {
     Open(false);
     auto& scope = Find<Scope>("scope");
-    auto& meter = Find<LevelMeter>("level, decibels of full scale");
     OutputTap& tap = view->Graph().Producer().Tap();
     Sound circle;
     circle.function.expression = "2*x";
@@ -372,15 +369,12 @@ TEST_F(StripTest, TheScopeShowsOrbitOutputAndSpectrumAndTheMeterTheLevel) {
     const float height = *peak;
     put(0);
     EXPECT_LT(*std::max_element(curve.begin(), curve.end()), height);
-    const QImage quiet = test::Picture(meter);
-    EXPECT_GE(tap.Listeners(), 2);
-    put(2);
-    EXPECT_NE(test::Picture(meter), quiet);
 
-    // Where nobody sees it nothing is kept.
+    // Where nobody sees it nothing is kept for it.
+    const int32 listeners = tap.Listeners();
     window->ShowPart(VexaWindow::Part::Strip, false);
     window->Playing().Pulse();
-    EXPECT_EQ(tap.Listeners(), 0);
+    EXPECT_EQ(tap.Listeners(), listeners - 1);
 }
 
 } // namespace

@@ -54,11 +54,11 @@ TEST(FunctionDocument, EachKindComesBackFromItsFile) {
         ASSERT_TRUE(WriteFunction(path, written));
         Function start;
         start.frequency = written.frequency;
-        ReadReport report;
-        const auto read = ReadFunction(path, start, report);
-        ASSERT_TRUE(read) << report.reason;
+        Warnings warnings;
+        const auto read = ReadFunction(path, start, &warnings);
+        ASSERT_TRUE(read) << read.Fault().text;
         EXPECT_EQ(*read, written);
-        EXPECT_THAT(report.warnings, ElementsAre());
+        EXPECT_THAT(kits::Texts(warnings), ElementsAre());
 
         char type[64] = {};
         if (::getxattr(path.c_str(), "user.mime_type", type, sizeof type) > 0) {
@@ -85,20 +85,21 @@ TEST(FunctionDocument, EachKindComesBackFromItsFile) {
 
 TEST(FunctionDocument, MacrosAreFreshUnlessTheDocumentHasThem) {
     const TemporaryFolder folder;
-    const auto read = [&](const std::string& macros, ReadReport& report) {
+    const auto read = [&](const std::string& macros, Warnings& warnings) {
         return *ReadFunction(
             folder.Write("f", "<vexafunction><info/><expression>a</expression><display/>" + macros +
                                   "</vexafunction>"),
-            FullFunction(FunctionKind::Sample), report);
+            FullFunction(FunctionKind::Sample), &warnings);
     };
-    ReadReport without;
+    Warnings without;
     EXPECT_EQ(read("", without).macros, Function().macros);
-    ReadReport report;
+    Warnings warnings;
     const Function odd = read("<macros>\n<a>7</a><actl>128</actl><b>z</b><c>nan</c>"
                               "<cctl>3</cctl></macros>",
-                              report);
-    EXPECT_EQ(report.warnings.size(), without.warnings.size() + 4);
-    EXPECT_THAT(report.warnings, testing::Contains(HasSubstr(":2:1: <a>: \"7\" counts as 1")));
+                              warnings);
+    EXPECT_EQ(warnings.size(), without.size() + 4);
+    EXPECT_THAT(kits::Texts(warnings),
+                testing::Contains(HasSubstr(":2:1: <a>: \"7\" counts as 1")));
     vexa::Macros macros;
     vexa::ApplyMacros(odd, macros);
     EXPECT_EQ(macros[0].value, 1);
@@ -114,8 +115,8 @@ TEST(FunctionDocument, WhatIsMissingStaysAndIsReportedWithItsPlace) {
                                         "  <linkfunction><x>7</x></linkfunction><x>8</x>\n"
                                         "</display></vexafunction>\n\xC3\xA4<!-- open");
     const Function start = FullFunction(FunctionKind::Sample);
-    ReadReport report;
-    const auto read = ReadFunction(path, start, report);
+    Warnings warnings;
+    const auto read = ReadFunction(path, start, &warnings);
     ASSERT_TRUE(read);
     Function expected = start;
     expected.kind = FunctionKind::Expression;
@@ -126,7 +127,7 @@ TEST(FunctionDocument, WhatIsMissingStaysAndIsReportedWithItsPlace) {
     EXPECT_EQ(*read, expected);
     const std::string name = path.string();
     EXPECT_THAT(
-        report.warnings,
+        kits::Texts(warnings),
         ElementsAre(name + ":1:1: expected an element <info> in <vexafunction>, found none",
                     name + ":1:44: expected an element <width> in <display>, found none",
                     name + ":1:44: expected an element <linkscreenrel> in <display>, found none",
@@ -165,11 +166,10 @@ TEST(FunctionDocument, SaysWhyAFileIsNoFunction) {
          "<vexasamplefunction> or <vexapicturefunction>, found <??ther>)"},
     };
     for (const auto& [path, alert, reason] : cases) {
-        ReadReport report;
-        const auto read = ReadFunction(path, {}, report);
+        const auto read = ReadFunction(path, {});
         ASSERT_FALSE(read) << path;
-        EXPECT_THAT(read.Fault().text, HasSubstr(alert));
-        EXPECT_THAT(report.reason, EndsWith(reason));
+        EXPECT_THAT(read.Fault().alerts, ElementsAre(HasSubstr(alert)));
+        EXPECT_THAT(read.Fault().text, EndsWith(reason));
     }
 
     const auto written = WriteFunction(missing / "f", {});

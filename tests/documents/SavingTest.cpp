@@ -36,10 +36,10 @@ TEST(Saving, TwoInstancesAtOnceNeverMixTheirDocuments) {
         ::_exit(0);
     }
     for (int i = 0; i < 200; i++) {
-        vexa::ReadReport report;
-        const auto read = vexa::ReadSound(path, report);
-        ASSERT_TRUE(read) << report.reason;
-        EXPECT_TRUE(report.warnings.empty());
+        vexa::Warnings warnings;
+        const auto read = vexa::ReadSound(path, &warnings);
+        ASSERT_TRUE(read) << read.Fault().text;
+        EXPECT_TRUE(warnings.empty());
         EXPECT_TRUE(*read == sounds[0] || *read == sounds[1]);
     }
     for (const pid_t child : children) {

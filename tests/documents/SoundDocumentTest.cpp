@@ -72,8 +72,8 @@ Sound Interpreted(std::string_view text, std::vector<std::string>& lines, Sound 
     MXString given(text);
     Remarks remarks;
     const MXDocument document(given, &remarks);
-    EXPECT_FALSE(InterpretSound(*document.root, sound, remarks));
-    lines = remarks.Located("s", text);
+    EXPECT_TRUE(InterpretSound(*document.root, sound, remarks));
+    lines = kits::Texts(remarks.Located("s", text));
     return sound;
 }
 
@@ -84,11 +84,11 @@ TEST(SoundDocument, RandomSoundsComeBackByteForByte) {
         const Sound written = RandomSound(seed);
         ASSERT_TRUE(WriteSound(path, written));
         const std::string text = Contents(path);
-        ReadReport report;
-        const auto read = ReadSound(path, report);
-        ASSERT_TRUE(read) << report.reason;
+        Warnings warnings;
+        const auto read = ReadSound(path, &warnings);
+        ASSERT_TRUE(read) << read.Fault().text;
         EXPECT_EQ(*read, written) << "seed " << seed;
-        EXPECT_THAT(report.warnings, ElementsAre());
+        EXPECT_THAT(kits::Texts(warnings), ElementsAre());
         ASSERT_TRUE(WriteSound(path, *read));
         EXPECT_EQ(Contents(path), text);
     }
@@ -278,20 +278,21 @@ TEST(SoundDocument, WithoutAFunctionNothingIsTaken) {
     const TemporaryFolder folder;
     const auto path = folder.Write("s", "<vexasound><info><author>S</author></info>"
                                         "<vexafunction/><fx>2</fx></vexasound>");
-    ReadReport report;
-    const auto read = ReadSound(path, report);
+    Warnings warnings;
+    const auto read = ReadSound(path, &warnings);
     ASSERT_FALSE(read);
-    EXPECT_EQ(read.Fault().text, "This is not a valid sound.");
-    EXPECT_EQ(report.reason, path.string() +
-                                 ":1:1: This is not a valid sound. (expected an element "
-                                 "<vexafunction>, <vexasamplefunction> or <vexapicturefunction> in "
-                                 "<vexasound>)");
+    EXPECT_THAT(read.Fault().alerts, ElementsAre("This is not a valid sound."));
+    EXPECT_EQ(read.Fault().place, (kits::Place{path.string(), 1, 1}));
+    EXPECT_EQ(read.Fault().text,
+              path.string() + ":1:1: This is not a valid sound. (expected an element "
+                              "<vexafunction>, <vexasamplefunction> or <vexapicturefunction> in "
+                              "<vexasound>)");
 
     MXString text("<vexasound><fx>2</fx></vexasound>");
     const MXDocument document(text);
     Sound sound = RandomSound(2);
     Remarks remarks;
-    EXPECT_TRUE(InterpretSound(*document.root, sound, remarks));
+    EXPECT_FALSE(InterpretSound(*document.root, sound, remarks));
     EXPECT_EQ(sound, RandomSound(2));
 }
 
@@ -302,14 +303,14 @@ TEST(SoundDocument, AFunctionDocumentIsASoundThatLacksTheRest) {
     function.author = "F";
     function.kept.root = "<later/>";
     ASSERT_TRUE(WriteFunction(path, function));
-    ReadReport report;
-    const auto read = ReadSound(path, report);
+    Warnings warnings;
+    const auto read = ReadSound(path, &warnings);
     ASSERT_TRUE(read);
     Sound expected;
     expected.function = function;
     expected.author = "F";
     EXPECT_EQ(*read, expected) << "onto a fresh sound";
-    EXPECT_EQ(report.warnings.size(), 8U) << "one for each group";
+    EXPECT_EQ(warnings.size(), 8U) << "one for each group";
 }
 
 } // namespace

@@ -45,7 +45,7 @@ TEST(AddonBlock, IsThePointFormWithinFourLastDigits) {
     const vexa::FunctionCompiler compiler(folder.Path());
     for (const std::string& expression : expressions) {
         const auto outcome = compiler.Compile(expression);
-        ASSERT_TRUE(outcome) << outcome.details;
+        ASSERT_TRUE(outcome) << outcome.text;
         ASSERT_TRUE(outcome.addon->HasBlockForm());
         const vexa::PlaneFunction f = outcome.addon;
         std::vector<float> values(x.size());

@@ -67,11 +67,11 @@ TEST(CompileFolder, IsNeverWhereOthersCouldReplaceIt) {
     ::chmod(program.Functions().c_str(), 0777);
     const auto outcome = vexa::FunctionCompiler(program.Path()).Compile("x");
     EXPECT_FALSE(outcome);
-    EXPECT_NE(outcome.details.find("chmod go-w " + program.Functions().string()), std::string::npos)
-        << outcome.details;
+    EXPECT_NE(outcome.text.find("chmod go-w " + program.Functions().string()), std::string::npos)
+        << outcome.text;
     ::chmod(program.Functions().c_str(), 0755);
     ::chmod(program.Path().c_str(), 0777);
-    const std::string above = vexa::FunctionCompiler(program.Path()).Compile("x").details;
+    const std::string above = vexa::FunctionCompiler(program.Path()).Compile("x").text;
     EXPECT_TRUE(above.ends_with("chmod go-w " + program.Path().string())) << above;
     ::chmod(program.Path().c_str(), 01777);
     const mode_t before = ::umask(0);

@@ -18,7 +18,7 @@ using vexa::PlaneFunction;
 PlaneFunction Compile(const FunctionCompiler& compiler, const std::string& expression) {
     const vexa::CompileOutcome outcome = compiler.Compile(expression);
     if (!outcome)
-        throw std::runtime_error(outcome.details);
+        throw std::runtime_error(outcome.text);
     return outcome.addon;
 }
 

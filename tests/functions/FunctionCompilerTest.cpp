@@ -34,7 +34,7 @@ TEST(FunctionCompiler, GivesTheFunctionItsBlockFormAndItsText) {
     const Folder folder;
     const std::string expression = "x<0 ?\t 2*x- -y : sqrt(x*x+y)/3";
     const CompileOutcome outcome = FunctionCompiler(folder.Path()).Compile(expression);
-    ASSERT_TRUE(outcome) << outcome.details;
+    ASSERT_TRUE(outcome) << outcome.text;
     EXPECT_TRUE(outcome.alerts.empty());
     EXPECT_EQ(outcome.addon->Expression(), expression);
     EXPECT_EQ(test::Contents(folder.Function("recent.c")),
@@ -68,7 +68,7 @@ TEST(FunctionCompiler, ComputesLongDoubleInDouble) {
     // What the x87 unit takes milliseconds for.
     const std::string slow = "fmodl((x+1)*1e4900L,3e-4930L)+fmodl((y+1)*1e4900L,3e-4930L)";
     const CompileOutcome outcome = FunctionCompiler(folder.Path()).Compile(slow);
-    ASSERT_TRUE(outcome) << outcome.details;
+    ASSERT_TRUE(outcome) << outcome.text;
     EXPECT_EQ(outcome.addon->Expression(), slow);
 }
 
@@ -81,11 +81,11 @@ TEST(FunctionCompiler, RefusesWhatCostsTooMuchToBePlayed) {
     EXPECT_FALSE(outcome);
     EXPECT_FALSE(outcome.addon);
     EXPECT_THAT(outcome.alerts, ElementsAre(CompilerAlert(folder)));
-    EXPECT_THAT(outcome.details, HasSubstr("microseconds for a point"));
+    EXPECT_THAT(outcome.text, HasSubstr("microseconds for a point"));
     // Costly far from the origin alone.
     EXPECT_THAT(FunctionCompiler(folder.Path())
                     .Compile("x>900 ? fmod(exp(500+x-1000),3e-308)*0" + expression.substr(1) + ":x")
-                    .details,
+                    .text,
                 HasSubstr("microseconds"));
     EXPECT_LT(vexa::MeasureCost({vexa::dummyfunction}), 10000);
 }
@@ -110,7 +110,7 @@ TEST(FunctionCompiler, RefusedExpressionsReachNoFile) {
     EXPECT_FALSE(outcome);
     EXPECT_FALSE(outcome.addon);
     EXPECT_THAT(outcome.alerts, ElementsAre(CompilerAlert(folder)));
-    EXPECT_THAT(outcome.details, HasSubstr("character 5: \"system\" is neither"));
+    EXPECT_THAT(outcome.text, HasSubstr("character 5: \"system\" is neither"));
     EXPECT_EQ(folder.Files(), Files{"addon.c"});
 }
 
@@ -118,8 +118,8 @@ TEST(FunctionCompiler, ReportsWhatTheCompilerSays) {
     const Folder folder;
     const CompileOutcome outcome = FunctionCompiler(folder.Path()).Compile("x % 2");
     EXPECT_THAT(outcome.alerts, ElementsAre(CompilerAlert(folder)));
-    EXPECT_THAT(outcome.details, HasSubstr("recent.c:1:"));
-    EXPECT_THAT(outcome.details, HasSubstr("invalid operands to binary %"));
+    EXPECT_THAT(outcome.text, HasSubstr("recent.c:1:"));
+    EXPECT_THAT(outcome.text, HasSubstr("invalid operands to binary %"));
     EXPECT_EQ(folder.Files(), (Files{"addon.c", "recent.c"}));
 }
 
@@ -132,7 +132,7 @@ TEST(FunctionCompiler, ReportsAMissingTemplate) {
             outcome.alerts,
             ElementsAre("The template file \n" + folder.Function("addon.c") + " \nis missing.",
                         "Could not create source file \n" + folder.Function("recent.c")));
-        EXPECT_THAT(outcome.details, HasSubstr("addon.c: "));
+        EXPECT_THAT(outcome.text, HasSubstr("addon.c: "));
     };
     fs::remove(folder.Function("addon.c"));
     report();
@@ -156,7 +156,7 @@ TEST(FunctionCompiler, ReportsFilesThatCannotBeWritten) {
         noSource.alerts,
         ElementsAre("The temporary file " + folder.Function("recent.c") + " could not be opened.",
                     "Could not create source file \n" + folder.Function("recent.c")));
-    EXPECT_THAT(noSource.details, HasSubstr("it is a folder, not a file"));
+    EXPECT_THAT(noSource.text, HasSubstr("it is a folder, not a file"));
     EXPECT_EQ(folder.Files(), (Files{"addon.c", "recent.c"}));
 
     const auto elsewhere = compiler.MakeSourceFile("x", folder.Path() / "none" / "made.c");
@@ -168,7 +168,7 @@ TEST(FunctionCompiler, ReportsFilesThatCannotBeWritten) {
     fs::create_directory(folder.Function("recent"));
     const CompileOutcome noAddon = compiler.Compile("x");
     EXPECT_THAT(noAddon.alerts, ElementsAre(CompilerAlert(folder)));
-    EXPECT_THAT(noAddon.details, HasSubstr("recent: Is a directory"));
+    EXPECT_THAT(noAddon.text, HasSubstr("recent: Is a directory"));
     EXPECT_EQ(folder.Files(), (Files{"addon.c", "recent", "recent.c"}));
     EXPECT_EQ(test::LoadedAddOns(), 0);
 }
@@ -196,7 +196,7 @@ TEST(FunctionCompiler, ReportsAddOnsThatLackSomething) {
                          "float r2rfun(float x, float y) { return missing(EXPRESSION); }\n");
     const CompileOutcome unresolved = compiler.Compile("x");
     EXPECT_THAT(unresolved.alerts, ElementsAre("The addon \n" + file + " \ncould not be loaded"));
-    EXPECT_THAT(unresolved.details, HasSubstr("undefined symbol: missing"));
+    EXPECT_THAT(unresolved.text, HasSubstr("undefined symbol: missing"));
 
     folder.WriteTemplate(text);
     EXPECT_THAT(compiler.Compile("x").alerts,
@@ -208,7 +208,7 @@ TEST(FunctionCompiler, ReportsAddOnsThatLackSomething) {
 
     folder.WriteTemplate(point + text);
     const CompileOutcome plain = compiler.Compile("x+2*y");
-    ASSERT_TRUE(plain) << plain.details;
+    ASSERT_TRUE(plain) << plain.text;
     const vexa::PlaneFunction function = plain.addon;
     EXPECT_FALSE(plain.addon->HasBlockForm());
     const std::array<float, 3> x{1, 2, 3};
@@ -225,13 +225,13 @@ TEST(FunctionCompiler, ReportsACompilerThatIsMissingOrStopped) {
         const test::EnvironmentVariable path("PATH", "");
         const CompileOutcome outcome = FunctionCompiler(folder.Path()).Compile("x");
         EXPECT_THAT(outcome.alerts, ElementsAre(CompilerAlert(folder)));
-        EXPECT_THAT(outcome.details, HasSubstr("sudo apt install gcc"));
+        EXPECT_THAT(outcome.text, HasSubstr("sudo apt install gcc"));
     }
     kits::ChildLimits slow;
     slow.time = 1ms;
     const CompileOutcome late = FunctionCompiler(folder.Path(), slow).Compile("x");
     EXPECT_THAT(late.alerts, ElementsAre(CompilerAlert(folder)));
-    EXPECT_THAT(late.details, HasSubstr("longer than 1 ms"));
+    EXPECT_THAT(late.text, HasSubstr("longer than 1 ms"));
     kits::ChildLimits small;
     small.memory = 24 << 20;
     EXPECT_THAT(FunctionCompiler(folder.Path(), small).Compile("x").alerts,
@@ -250,7 +250,7 @@ TEST(FunctionCompiler, ReportsACompilerThatIsKilled) {
         const test::EnvironmentVariable path("PATH", compiler.parent_path().c_str());
         const CompileOutcome outcome = FunctionCompiler(folder.Path()).Compile("x");
         EXPECT_THAT(outcome.alerts, ElementsAre(CompilerAlert(folder)));
-        EXPECT_THAT(outcome.details, HasSubstr("gcc was stopped: Killed"));
+        EXPECT_THAT(outcome.text, HasSubstr("gcc was stopped: Killed"));
     }
     EXPECT_EQ(folder.Files(), (Files{"addon.c", "recent.c"}));
     EXPECT_TRUE(FunctionCompiler(folder.Path()).Compile("x"));
@@ -277,8 +277,8 @@ TEST(FunctionCompiler, ReportsATemplateThatMisbehaves) {
         const CompileOutcome outcome = compiler.Compile("x");
         EXPECT_FALSE(outcome) << text;
         EXPECT_THAT(outcome.alerts, testing::SizeIs(1)) << text;
-        EXPECT_FALSE(outcome.details.empty()) << text;
-        EXPECT_LE(outcome.details.size(), limits.standardError + 1000) << text;
+        EXPECT_FALSE(outcome.text.empty()) << text;
+        EXPECT_LE(outcome.text.size(), limits.standardError + 1000) << text;
     }
     EXPECT_EQ(test::LoadedAddOns(), 0);
     folder.WriteTemplate(Folder::OriginalTemplate());
@@ -291,7 +291,7 @@ TEST(FunctionCompiler, WorksInAnyFolder) {
         EXPECT_TRUE(FunctionCompiler(folder.Path()).Compile("x")) << name;
         const test::CurrentFolder current(folder.Path().parent_path());
         const CompileOutcome relative = FunctionCompiler(fs::path(name)).Compile("y");
-        EXPECT_TRUE(relative) << name << "\n" << relative.details;
+        EXPECT_TRUE(relative) << name << "\n" << relative.text;
         fs::remove(folder.Function("addon.c"));
         EXPECT_THAT(FunctionCompiler(folder.Path()).Compile("x").alerts,
                     testing::Contains(HasSubstr(folder.Function("addon.c") + " \nis missing.")));
@@ -309,11 +309,11 @@ TEST(FunctionCompiler, CompilesLongAndDeepExpressions) {
     const Folder folder;
     const FunctionCompiler compiler(folder.Path());
     const CompileOutcome sum = compiler.Compile(longest);
-    ASSERT_TRUE(sum) << sum.details;
+    ASSERT_TRUE(sum) << sum.text;
     EXPECT_EQ(sum.addon->At(1, 2, nullptr), static_cast<float>(longest.size()));
     EXPECT_EQ(sum.addon->Expression(), longest);
     const CompileOutcome sign = compiler.Compile(deepest);
-    ASSERT_TRUE(sign) << sign.details;
+    ASSERT_TRUE(sign) << sign.text;
     EXPECT_EQ(sign.addon->At(3, 0, nullptr), 3);
 }
 
@@ -326,7 +326,7 @@ TEST(FunctionCompiler, GivesEachOfTwoAtATimeItsOwnFunction) {
             for (int k = 0; k < 12; k++) {
                 const std::string expression = "x+" + std::to_string(100 * i + k);
                 const CompileOutcome outcome = compiler.Compile(expression);
-                ASSERT_TRUE(outcome) << outcome.details;
+                ASSERT_TRUE(outcome) << outcome.text;
                 EXPECT_EQ(outcome.addon->Expression(), expression);
                 EXPECT_EQ(outcome.addon->At(0, 0, nullptr), static_cast<float>(100 * i + k));
             }

@@ -34,7 +34,7 @@ TEST(HonestExpressions, AreAcceptedAndComputedRight) {
     std::ofstream(folder.Path() / "all.c") << source.str();
     const auto outcome =
         vexa::FunctionCompiler(folder.Path()).IncludeFunction(folder.Path() / "all.c");
-    ASSERT_TRUE(outcome) << outcome.details;
+    ASSERT_TRUE(outcome) << outcome.text;
     for (std::size_t i = 0; i < std::size(kHonest); i++) {
         const double value = outcome.addon->At(static_cast<float>(i), 0, nullptr);
         const double expected = kHonest[i].value;
@@ -62,8 +62,8 @@ TEST(HonestExpressions, EveryNameOfTheTablesCompiles) {
         sum << "+" << constant.name;
     const test::ProgramFolder folder;
     const auto outcome = vexa::FunctionCompiler(folder.Path()).Compile(sum.str());
-    EXPECT_TRUE(outcome) << outcome.details;
-    EXPECT_EQ(outcome.details.find("implicit declaration"), std::string::npos) << outcome.details;
+    EXPECT_TRUE(outcome) << outcome.text;
+    EXPECT_EQ(outcome.text.find("implicit declaration"), std::string::npos) << outcome.text;
 }
 
 } // namespace

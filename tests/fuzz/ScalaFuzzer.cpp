@@ -11,8 +11,7 @@
 namespace {
 
 void RequirePlace(const kits::Error& fault) {
-    fuzz::Require(fault.text.starts_with("fuzzed:") && fault.text.size() > 8 &&
-                      fault.text[7] >= '0' && fault.text[7] <= '9',
+    fuzz::Require(fault.place.file == "fuzzed" && fault.place.line > 0,
                   "a fault names file and line");
     fuzz::Require(std::none_of(fault.text.begin(), fault.text.end(),
                                [](char c) { return uchar(c) < ' ' || c == 127; }),

@@ -11,9 +11,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8* data, std::size_t size) {
     vexa::Remarks remarks;
     const vexa::MXDocument document(text, &remarks);
     vexa::Sound sound;
-    if (!document.root || vexa::InterpretSound(*document.root, sound, remarks))
+    if (!document.root || !vexa::InterpretSound(*document.root, sound, remarks))
         return 0;
-    for (const std::string& line : remarks.Located("name", fuzz::Text(data, size)))
+    for (const std::string& line : kits::Texts(remarks.Located("name", fuzz::Text(data, size))))
         fuzz::Require(line.starts_with("name:") && line.find('\n') == line.npos,
                       "a remark is a line that names the file");
 
@@ -35,7 +35,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8* data, std::size_t size) {
         const vexa::MXDocument again(bytes);
         vexa::Sound read;
         vexa::Remarks ignored;
-        fuzz::Require(again.root && !vexa::InterpretSound(*again.root, read, ignored),
+        fuzz::Require(again.root && vexa::InterpretSound(*again.root, read, ignored),
                       "a saved sound can be read");
         return read;
     };

@@ -77,11 +77,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8* data, std::size_t size) {
     static const fuzz::WorkFolder work;
     const std::string path = (work.path / "sound.xml").string();
     std::ofstream(path, std::ios::binary) << fuzz::Text(data, size);
-    vexa::ReadReport report;
-    const auto sound = vexa::ReadSound(path, report);
-    for (const std::string& warning : report.warnings)
-        fuzz::Require(warning.starts_with(path + ":"), "a warning names the file");
-    fuzz::Require(bool(sound) == report.reason.empty(), "there is a sound or a reason");
+    vexa::Warnings warnings;
+    const auto sound = vexa::ReadSound(path, &warnings);
+    for (const kits::Error& warning : warnings)
+        fuzz::Require(warning.place.file == path, "a warning names the file");
+    fuzz::Require(sound || !sound.Fault().text.empty(), "there is a sound or a reason");
     if (!sound)
         return 0;
 

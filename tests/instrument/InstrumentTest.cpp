@@ -123,8 +123,12 @@ TEST(Instrument, HowItIsPlayedIsEditedWhileItPlays) {
     EXPECT_EQ(instrument.State().playing->texts[bend], "12");
     EXPECT_EQ(instrument.State().playing->texts[spread], std::nullopt);
     EXPECT_EQ(instrument.State().author, vexa::kDefaultAuthor);
+    instrument.SetUser("Anna");
+    EXPECT_TRUE(edit(bend, "12"));
+    EXPECT_EQ(instrument.State().author, vexa::kDefaultAuthor) << "confirmed as it is";
 
     EXPECT_TRUE(edit(pedal, "true"));
+    EXPECT_EQ(instrument.State().author, "Anna");
     engine.consumer.ControlChange(0, 64, 127, 0);
     engine.consumer.NoteOff(0, 61, 0, 0);
     EXPECT_EQ(engine.consumer.CountHeld(), 1);
@@ -298,7 +302,7 @@ TEST(Instrument, WhatCannotBePlayedLeavesAllAsItWas) {
         const FunctionReport report = instrument.SetFunction(Of(fault.expression));
         EXPECT_FALSE(report) << fault.expression;
         EXPECT_EQ(report.alerts.size(), 1U);
-        EXPECT_THAT(report.details, HasSubstr(fault.reason));
+        EXPECT_THAT(report.text, HasSubstr(fault.reason));
     }
     Function missing;
     missing.kind = vexa::FunctionKind::Sample;
@@ -307,7 +311,7 @@ TEST(Instrument, WhatCannotBePlayedLeavesAllAsItWas) {
     missing.kind = vexa::FunctionKind::Picture;
     missing.pictureFile = "none.png";
     EXPECT_THAT(instrument.SetFunction(missing).alerts, ElementsAre(vexa::kPictureAlert));
-    EXPECT_THAT(instrument.Try(missing).details, HasSubstr("pictures/none.png: No such file"));
+    EXPECT_THAT(instrument.Try(missing).text, HasSubstr("pictures/none.png: No such file"));
     EXPECT_EQ(instrument.State().function, Of("x"));
     EXPECT_EQ(shown, 0);
 }

@@ -2,11 +2,13 @@
 #include "kits/interface/Control.h"
 
 #include "kits/interface/Menu.h"
+#include "kits/interface/backends/ViewWidget.h"
 #include "kits/interface/backends/WindowWidget.h"
 #include "support/WindowStage.h"
 
 #include <QCoreApplication>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QWindow>
 #include <vector>
 
@@ -87,6 +89,27 @@ TEST(Keys, BelongToWhereTheyWerePressedUntilTheyAreLetGo) {
     EXPECT_THAT(std::vector(window->keys.begin() + 2, window->keys.end()),
                 testing::Contains(B_KEY_DOWN));
     delete window;
+}
+
+TEST_F(ControlTest, ANarrowFieldShowsItsWholeNumber) {
+    auto* narrow = new BTextControl({0, 30, 29, 39}, "narrow", nullptr, "0.02", new BMessage(4));
+    panel->AddChild(narrow);
+    const auto* line = narrow->Widget().findChild<QLineEdit*>();
+    ASSERT_NE(line, nullptr);
+    const auto room = [&] {
+        return line->width() - line->fontMetrics().horizontalAdvance(line->text());
+    };
+    const float plain = be_plain_font()->Size();
+    EXPECT_GE(room(), 4) << "as it begins";
+    narrow->SetText("-0.275");
+    EXPECT_GE(room(), 4) << "as it is set";
+    EXPECT_LT(line->font().pixelSize(), plain);
+    narrow->MakeFocus();
+    narrow->SetText("1");
+    EXPECT_EQ(line->font().pixelSize(), plain);
+    test::Type(stage.Window(), "0.12");
+    EXPECT_STREQ(narrow->Text(), "0.121");
+    EXPECT_GE(room(), 4) << "as it is typed";
 }
 
 TEST_F(ControlTest, EnterConfirmsEveryTimeLeavingOnlyAChange) {

@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/storage/Entry.h"
 
-#include "kits/storage/ReadFile.h"
 #include "kits/support/Message.h"
 #include "support/Environment.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 namespace {
 
@@ -76,18 +74,6 @@ TEST(EntryRef, TravelsInMessages) {
     message.AddData("damaged", B_REF_TYPE, "/a", 2);
     EXPECT_EQ(message.FindRef("damaged", &ref), B_BAD_VALUE);
     EXPECT_EQ(get_ref_for_path("", &ref), B_BAD_VALUE);
-}
-
-TEST(ReadFile, GivesAllBytesOrTheReason) {
-    const TemporaryFolder folder;
-    const std::string content = std::string(200'000, 'a') + '\0' + "\r\n\n";
-    EXPECT_EQ(*kits::ReadFile(folder.Write("file", content)), content);
-    EXPECT_NE(kits::ReadFile(folder.Path() / "none").Fault().text.find("none: No such file"),
-              std::string::npos);
-    EXPECT_FALSE(kits::ReadFile(folder.Path()));
-    EXPECT_FALSE(kits::ReadFile("/dev/zero"));
-    ASSERT_EQ(::mkfifo((folder.Path() / "fifo").c_str(), 0600), 0);
-    EXPECT_FALSE(kits::ReadFile(folder.Path() / "fifo")) << "does not wait for a writer";
 }
 
 } // namespace

@@ -58,6 +58,11 @@ TEST_F(ProgramFoldersTest, APersonsNamesStandBeforeTheProgramsAndCopiesDoNot) {
     const kits::ProgramFolders one(folder.Path() / "shipped");
     EXPECT_EQ(one.Own("sounds"), one.Shipped("sounds"));
     EXPECT_FALSE(one.IsCopy(one.Own("sounds") / "bell.xml"));
+    // Where one folder is both, the list tells whose a file is.
+    EXPECT_FALSE(one.IsOwn("sounds", one.Own("sounds") / "bell.xml"));
+    EXPECT_TRUE(one.IsOwn("sounds", one.Own("sounds") / "bass.xml"));
+    EXPECT_FALSE(folders.IsOwn("sounds", folders.Find("sounds", "plain")));
+    EXPECT_TRUE(folders.IsOwn("sounds", folders.Find("sounds", "mine.xml")));
 }
 
 TEST_F(ProgramFoldersTest, AWordIsAPathThenAPersonsThenAShippedName) {

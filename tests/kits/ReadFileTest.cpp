@@ -3,6 +3,9 @@
 
 #include "support/TemporaryFolder.h"
 
+#include <fstream>
+#include <thread>
+
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -12,7 +15,7 @@ namespace fs = std::filesystem;
 
 TEST(ReadFile, TakesRegularFilesUpToALengthAndRefusesTheRestAtOnce) {
     const test::TemporaryFolder folder;
-    const std::string bytes(100'000, '\x1');
+    const std::string bytes = std::string(100'000, '\0') + "\r\n\n";
     const fs::path file = folder.Write("file", bytes);
     const fs::path link = folder.Path() / "link";
     fs::create_symlink("file", link);
@@ -39,6 +42,15 @@ TEST(ReadFile, TakesRegularFilesUpToALengthAndRefusesTheRestAtOnce) {
         ASSERT_FALSE(read) << path;
         EXPECT_EQ(read.Fault().text, "could not read " + path.string() + ": " + reason);
     }
+    // A stream may be what is no file, and has the same limit.
+    std::thread writer([&] { std::ofstream(pipe) << bytes; });
+    const auto piped = kits::ReadStream(pipe);
+    writer.join();
+    EXPECT_TRUE(piped && *piped == bytes);
+    EXPECT_EQ(kits::ReadStream("/dev/zero").Fault().text,
+              "could not read /dev/zero: it is larger than 64 MB");
+    EXPECT_EQ(kits::ReadStream(folder.Path()).Fault().text,
+              "could not read " + folder.Path().string() + ": Is a directory");
     // Its length is said to be 0.
     EXPECT_TRUE(kits::ReadFile("/proc/self/status"));
     EXPECT_FALSE(kits::ReadFile("/proc/self/status", 10));

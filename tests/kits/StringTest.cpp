@@ -80,7 +80,7 @@ TEST(BString, DoesWhatAPlainStringDoes) {
         ASSERT_STREQ(text.String(), plain.c_str());
         ASSERT_EQ(text.FindFirst("cc"), int64(plain.find("cc")));
     }
-    EXPECT_GT(longest, 300U) << "the storage was never given back";
+    EXPECT_GT(longest, 300U) << "much was never eaten up";
 }
 
 } // namespace

@@ -26,8 +26,7 @@ constexpr std::size_t kVolume = 0, kOversample = 10;
 
 /// A sound that is heard, with that function.
 Sound WithFormula(const std::string& expression) {
-    ReadReport report;
-    Sound sound = *ReadSound(VEXA_SOURCE_FOLDER "/benchmarks/twin-hills.xml", report);
+    Sound sound = *ReadSound(VEXA_SOURCE_FOLDER "/benchmarks/twin-hills.xml");
     sound.function.kind = FunctionKind::Expression;
     sound.function.expression = expression;
     return sound;
@@ -373,10 +372,8 @@ TEST_F(Lv2, WhatIsSetIsHeardToldAndKept) {
         ASSERT_TRUE(host.RunUntil([&] { return true; }));
         host.Patch(LV2_PATCH__Get, [](LV2_Atom_Forge&) {});
         ASSERT_TRUE(host.RunUntil([&] { return host.told.size() == std::size(lv2::kProperties); }));
-        ReadReport ignored;
-        EXPECT_EQ(
-            host.told["formula"],
-            ReadSound(VEXA_SOURCE_FOLDER "/data/sounds/default.xml", ignored)->function.expression);
+        EXPECT_EQ(host.told["formula"],
+                  ReadSound(VEXA_SOURCE_FOLDER "/data/sounds/default.xml")->function.expression);
         // A worker without room is asked again.
         host.full = true;
         host.Set("formula", "x-y");
@@ -563,8 +560,7 @@ TEST_F(Lv2, TheBundleHasEverySoundInItsCategory) {
     std::size_t sounds = 0;
     for (const auto& file :
          std::filesystem::directory_iterator(VEXA_SOURCE_FOLDER "/data/sounds")) {
-        ReadReport report;
-        const Sound sound = *ReadSound(file.path(), report);
+        const Sound sound = *ReadSound(file.path());
         EXPECT_EQ(banks[sound.info.name.value_or("")], sound.info.category.value_or(""));
         sounds++;
     }

@@ -55,10 +55,10 @@ TEST(Content, EverySoundIsHeardCleanAndEnds) {
     std::size_t count = 0;
     for (const fs::path& path : Documents("sounds")) {
         SCOPED_TRACE(path.filename());
-        vexa::ReadReport report;
-        const auto sound = vexa::ReadSound(path, report);
-        ASSERT_TRUE(sound) << report.reason;
-        EXPECT_TRUE(report.warnings.empty());
+        vexa::Warnings warnings;
+        const auto sound = vexa::ReadSound(path, &warnings);
+        ASSERT_TRUE(sound) << sound.Fault().text;
+        EXPECT_TRUE(warnings.empty());
         const std::vector<float> samples = PlayOneNote(*sound);
         const float peak = test::Peak(samples);
         EXPECT_GT(peak, 0.02F);
@@ -99,8 +99,7 @@ std::array<std::vector<float>, 3> Hear(const Sound& sound, uchar note, float spr
 TEST(Content, APadWithASpreadOf60KeepsItsFundamentalOnEitherSideAndInMono) {
     int pads = 0;
     for (const fs::path& path : Documents("sounds")) {
-        vexa::ReadReport report;
-        const auto sound = vexa::ReadSound(path, report);
+        const auto sound = vexa::ReadSound(path);
         ASSERT_TRUE(sound);
         // The pads, and those that are played like one.
         const std::string name = path.stem();
@@ -130,13 +129,12 @@ TEST(Content, APadWithASpreadOf60KeepsItsFundamentalOnEitherSideAndInMono) {
 TEST(Content, EveryDocumentIsAsTheProgramWouldSaveIt) {
     const test::TemporaryFolder folder;
     const fs::path copy = folder.Path() / "copy.xml";
-    vexa::ReadReport report;
     for (const fs::path& path : Documents("sounds")) {
-        ASSERT_TRUE(vexa::WriteSound(copy, *vexa::ReadSound(path, report)));
+        ASSERT_TRUE(vexa::WriteSound(copy, *vexa::ReadSound(path)));
         EXPECT_TRUE(test::Contents(copy) == test::Contents(path)) << path;
     }
     for (const fs::path& path : Documents("functions")) {
-        ASSERT_TRUE(vexa::WriteFunction(copy, *vexa::ReadFunction(path, vexa::Function(), report)));
+        ASSERT_TRUE(vexa::WriteFunction(copy, *vexa::ReadFunction(path, vexa::Function())));
         EXPECT_TRUE(test::Contents(copy) == test::Contents(path)) << path;
     }
 }
@@ -146,10 +144,10 @@ TEST(Content, EveryFunctionPlaysAndIsFinite) {
     EXPECT_GE(paths.size(), 40U);
     for (const fs::path& path : paths) {
         SCOPED_TRACE(path.filename());
-        vexa::ReadReport report;
-        const auto function = vexa::ReadFunction(path, vexa::Function(), report);
-        ASSERT_TRUE(function) << report.reason;
-        EXPECT_TRUE(report.warnings.empty());
+        vexa::Warnings warnings;
+        const auto function = vexa::ReadFunction(path, vexa::Function(), &warnings);
+        ASSERT_TRUE(function) << function.Fault().text;
+        EXPECT_TRUE(warnings.empty());
         for (const char* element : {"<name>", "<tags>", "<comment>"})
             EXPECT_THAT(function->kept.info, testing::HasSubstr(element));
         const auto outcome = vexa::CompileFormula(function->expression);

@@ -71,7 +71,7 @@ std::vector<std::string> OptionsIn(const char* file, const char* from, const cha
 /// The command of ./run, which the README names too: all five are heard, at no time nobody, and
 /// nothing is clipped.
 TEST(DemoTune, IsAnArrangementInWhichEachIsHeard) {
-    const std::vector<std::string> sounds = OptionsIn("run", "demo.flac\"", "\nprintf");
+    const std::vector<std::string> sounds = OptionsIn("run", "demo.mid\" \"$demo\"", "\nfi");
     EXPECT_EQ(sounds.size(), 10U);
     EXPECT_EQ(OptionsIn("README.md", "demo.mid demo.flac", "```"), sounds);
 

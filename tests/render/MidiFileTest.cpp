@@ -224,7 +224,7 @@ TEST(MidiFile, NamesAFileThatCannotBeRead) {
     EXPECT_THAT(aFolder.Fault().text, HasSubstr("Is a directory"));
     const auto endless = vexa::ReadMidiFile("/dev/zero");
     ASSERT_FALSE(endless);
-    EXPECT_THAT(endless.Fault().text, HasSubstr("/dev/zero: larger than 64 MB"));
+    EXPECT_THAT(endless.Fault().text, HasSubstr("/dev/zero: it is larger than 64 MB"));
 
     const auto good = vexa::ReadMidiFile(folder.Write("a.mid", Song("\0\x90\1\1"s)));
     ASSERT_TRUE(good) << good.Fault().text;

@@ -39,6 +39,7 @@ class SessionManager {
     ~SessionManager() {
         thread = {};
         lo_server_free(server);
+        lo_address_free(client);
     }
 
     std::string Url() const {
@@ -75,6 +76,7 @@ class SessionManager {
         if (line == "/osc/ping")
             lo_send_from(source, server, LO_TT_IMMEDIATE, "/reply", "s", "/osc/ping");
         if (line.starts_with("/nsm/server/announce")) {
+            lo_address_free(client);
             client = lo_address_new(lo_address_get_hostname(source), lo_address_get_port(source));
             if (refuses)
                 lo_send_from(client, server, LO_TT_IMMEDIATE, "/error", "sis",

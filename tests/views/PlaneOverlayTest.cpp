@@ -255,6 +255,19 @@ TEST_F(OverlayTest, OrbitsAreDrawnOnThePictureWhichStaysAsItIs) {
     EXPECT_TRUE(ShowsThePictureItself());
 }
 
+TEST_F(OverlayTest, WhatBothEarsReadIsMarkedOnTheOrbitOfAStereoSound) {
+    engine.consumer.NoteOn(0, 69, 127, 0);
+    const auto isLit = [this](int x, int y) { return (Seen(x, y) >> 8 & 0xff) > 150; };
+    overlay->Animate(0.016F);
+    EXPECT_FALSE(isLit(171, 165) || isLit(170, 129));
+    engine.playing.given = true;
+    engine.playing.spread = 120;
+    overlay->Animate(0.016F);
+    // 60 degrees before and after the right end: a dot below for the left ear, a ring above.
+    EXPECT_TRUE(isLit(170, 167) && isLit(171, 165));
+    EXPECT_TRUE(isLit(170, 129) && !isLit(171, 131));
+}
+
 TEST_F(OverlayTest, ShowsThePlaneInOtherWays) {
     const uint32 plain = Seen(170, 150);
     const auto press = [this](kits::Key key) {
@@ -322,6 +335,8 @@ TEST_F(OverlayTest, WheelMiddleButtonAndDoubleClickChangeTheView) {
     engine.parameters.C0x0 = INFINITY;
     overlay->Fit();
     EXPECT_EQ(host.texts[0], "15");
+    // The handle is outside, but at a place that a view can have.
+    EXPECT_EQ(Handle(0).Frame().left, 1e6F);
     // The second button is the picture's.
     test::Press(*overlay, {20, 20}, B_SECONDARY_MOUSE_BUTTON);
 }

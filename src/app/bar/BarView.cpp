@@ -3,6 +3,8 @@
 
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
+#include "app/bar/BarColors.h"
+#include "app/bar/LevelMeter.h"
 #include "kits/interface/Control.h"
 #include "kits/interface/Menu.h"
 #include "views/Theme.h"
@@ -33,19 +35,16 @@ constexpr float kGap = 8;
 constexpr float kHeight = 24;
 constexpr float kDeviceWidth = 118;
 constexpr float kVoicesWidth = 92;
+constexpr float kMeterWidth = 64;
 constexpr float kRecordWidth = 44;
 constexpr float kSilenceWidth = 56;
 constexpr float kWidestName = 330;
 constexpr float kArrowWidth = 20;
 constexpr float kArrowHeight = kHeight - 6;
-constexpr float kCorner = 4;
 constexpr float kInset = 8;
 
 /// How long an announcement stands, in pulses.
 constexpr int kAnnouncementPulses = 60;
-
-constexpr rgb_color kBox = {14, 18, 44};
-constexpr rgb_color kBoxEdge = {70, 80, 120};
 
 std::string NameOf(std::optional<kits::AudioSystem> system) {
     for (const auto& row : kSystems) {
@@ -98,6 +97,8 @@ void BarView::AddDevice() {
     device->SetToolTip("The audio device and its rate; click to choose another one, or the MIDI "
                        "source");
     AddChild(device);
+    meter = new LevelMeter(mainView.Graph().Producer().Tap());
+    AddChild(meter);
     record =
         new BButton({0, 0, kRecordWidth, kHeight}, "Record", "● Rec", new BMessage(kRecordCode));
     record->SetOnDark();
@@ -174,8 +175,11 @@ void BarView::Refresh() {
     }
     ShowSteps();
     ShowVoices();
-    if (mainView.HasGraph())
-        ShowDevice();
+    if (!mainView.HasGraph())
+        return;
+    ShowDevice();
+    meter->Listen(!IsHidden());
+    meter->Refresh();
 }
 
 void BarView::ShowSteps() {
@@ -244,6 +248,8 @@ void BarView::Arrange() {
     };
     put(silence, kSilenceWidth);
     put(record, kRecordWidth);
+    if (meter)
+        put(meter, kMeterWidth - 1, kHeight - 1);
     voicesBox = {right - kVoicesWidth, top, right, top + kHeight};
     right = voicesBox.left - kGap;
     put(device, kDeviceWidth, BMenuField::PreferredHeight());
@@ -264,9 +270,9 @@ void BarView::Draw(BRect) {
     const float baseline =
         std::floor((nameBox.top + nameBox.bottom + height.ascent - height.descent) / 2);
     SetHighColor(kBox);
-    FillRoundRect(nameBox, kCorner);
+    FillRoundRect(nameBox, kBoxCorner);
     SetHighColor(kBoxEdge);
-    StrokeRoundRect(nameBox, kCorner);
+    StrokeRoundRect(nameBox, kBoxCorner);
     const std::string shown = CutToFit(caption, nameBox.Width() - 2 * (kInset + kArrowWidth));
     SetHighColor(colors.barText);
     DrawString(shown,

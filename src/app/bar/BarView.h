@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What stands in the logo bar between its pictures.
+// The bar stands in the logo bar between its pictures.
 #pragma once
 
 #include "app/bar/WindowRecorder.h"
@@ -15,16 +15,17 @@ class BMenuField;
 
 namespace vexa {
 
+class LevelMeter;
 class VexaView;
 
-/// From left to right: the sound's name, between buttons for the previous one and the next, with a
-/// mark where it has changed and what is worth knowing of it; the audio device, whose menu chooses
-/// it and the MIDI source; the voices and the share of the time that they take; the button that
-/// records, and the one that silences. What a plug-in's host has is left out where one plays.
-/// Window thread.
+/// From left to right it has the sound's name, between buttons for the previous one and the next,
+/// with a mark where it has changed and what is worth knowing of it; the audio device, whose menu
+/// chooses it and the MIDI source; the voices and the share of the time that they take; the level;
+/// the button that records, and the one that silences. What a plug-in's host has is left out where
+/// one plays. Window thread.
 class BarView : public BView {
   public:
-    /// The bar of the main view, which outlives it, as wide as the frame.
+    /// Makes the bar of the main view, which outlives it, as wide as the frame.
     BarView(BRect frame, VexaView& mainView);
     ~BarView() override;
 
@@ -34,12 +35,12 @@ class BarView : public BView {
     /// Shows what has become of all that since the last call; to be called some ten times a second.
     void Refresh();
 
-    /// Records, or ends that. What becomes of it is shown in the place of the sound's name for a
-    /// while.
+    /// Begins a recording, or ends the one that goes on. What becomes of it is shown in the place
+    /// of the sound's name for a while.
     void ToggleRecording();
     bool IsRecording() const { return recorder && recorder->IsRecording(); }
 
-    /// What stands in the place of the name.
+    /// Returns the text in the place of the name.
     const std::string& Caption() const { return caption; }
     BMenu& DeviceMenu() { return *deviceMenu; }
 
@@ -62,6 +63,7 @@ class BarView : public BView {
     BButton* redo = nullptr;
     BButton* record = nullptr;
     BButton* silence = nullptr;
+    LevelMeter* meter = nullptr;
     std::unique_ptr<WindowRecorder> recorder;
 
     BRect nameBox;
@@ -69,7 +71,8 @@ class BarView : public BView {
     std::string caption;
     std::string voices;
     std::string load;
-    /// What is said for a while instead of the name, and the pulses for which it still is.
+    /// The text that is shown for a while instead of the name, and the pulses for which it still
+    /// is.
     std::string announcement;
     int pulsesLeft = 0;
 };

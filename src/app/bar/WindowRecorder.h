@@ -19,7 +19,7 @@ class AudioGraph;
 class WindowRecorder {
   public:
     WindowRecorder(AudioGraph& graph, kits::ProgramFolders folders);
-    /// What is recorded is kept.
+    /// Ends the recording, if one goes on, and keeps it.
     ~WindowRecorder();
     WindowRecorder(const WindowRecorder&) = delete;
     WindowRecorder& operator=(const WindowRecorder&) = delete;
@@ -27,7 +27,8 @@ class WindowRecorder {
     /// Begins a file that has the sound's name and the time in its own. The error says why there is
     /// none.
     kits::Result<void> Begin(const std::string& soundName);
-    /// Ends it. The path of the file, or the error that says what is missing in it.
+    /// Ends the recording. Returns the path of the file, or the error that says what is missing in
+    /// it.
     kits::Result<std::filesystem::path> End();
     bool IsRecording() const { return recording != nullptr; }
 

@@ -10,8 +10,8 @@
 
 namespace vexa {
 
-/// Words in rows, as many in each as there is room for; a click or the arrows choose one. Window
-/// thread.
+/// Shows words in rows, as many in each as there is room for; a click or the arrows choose one.
+/// Window thread.
 class ChipRow : public BView {
   public:
     /// `choose` is told of the index of the word that a person has chosen. The first is chosen
@@ -21,7 +21,7 @@ class ChipRow : public BView {
 
     std::size_t Chosen() const { return chosen; }
     void Choose(std::size_t index);
-    /// What all rows take, as BRect::Height counts it.
+    /// Returns the height that all rows take, as BRect::Height counts it.
     float PreferredHeight() const;
 
     void Draw(BRect update) override;

@@ -39,7 +39,7 @@ std::vector<std::string> Chips() {
 Drawer::Drawer(BRect frame, VexaView& mainView)
     : BView(frame, "drawer", B_FOLLOW_NONE, B_WILL_DRAW | B_FRAME_EVENTS),
       mainView(mainView),
-      // Of twice the size, for screens of twice the density.
+      // The pictures have twice the size, for screens of twice the density.
       bank(std::make_unique<Bank>(mainView.Folders(), 2 * SoundListView::kPictureSize, nullptr)) {
     search =
         new BTextControl({kMargin, kMargin, frame.Width() - kMargin, kMargin}, "search", nullptr,

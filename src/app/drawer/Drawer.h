@@ -18,8 +18,8 @@ class ChipRow;
 class SoundListView;
 class VexaView;
 
-/// A search, the categories, and the list of sounds below. What is listed is also what previous and
-/// next go through, be the drawer shown or not. Window thread.
+/// The drawer has a search, the categories, and the list of sounds below. What is listed is also
+/// what previous and next go through, be the drawer shown or not. Window thread.
 class Drawer : public BView {
   public:
     /// Loads into the main view, which outlives it. Throws std::system_error where there is no
@@ -27,7 +27,7 @@ class Drawer : public BView {
     Drawer(BRect frame, VexaView& mainView);
     ~Drawer() override;
 
-    /// The favourites, and who is told when a person has changed them.
+    /// Sets the favourites, and the function that is told when a person has changed them.
     void SetFavourites(Favourites next, std::function<void(const Favourites&)> changed);
 
     /// Loads the sound so many places after the one that plays, or before it; beyond an end it goes
@@ -63,7 +63,7 @@ class Drawer : public BView {
     SoundListView* list = nullptr;
     std::shared_ptr<const BankView> shown;
     SoundQuery shownQuery;
-    /// Ends before what it reads for goes.
+    /// It stands last, as it is to end before what it reads for goes.
     std::unique_ptr<Bank> bank;
 };
 

@@ -214,7 +214,8 @@ bool SoundListView::KeyDown(const kits::KeyPress& press) {
             Load(cursor);
         return true;
     case Key::Character:
-        if (press.text.empty())
+        // Who has clicked a sound wants to play it: his keys are notes.
+        if (press.text.empty() || !IsFocusByKeys())
             return false;
         callbacks.type(press.text);
         return true;

@@ -14,13 +14,13 @@
 
 namespace vexa {
 
-/// A row for each sound: its picture, name, tags and category, and a star for favourites. One that
-/// cannot be loaded is dim and says why. A click, or Enter on the row of the cursor, loads a sound;
-/// a click on the star, or Ctrl+D, makes it a favourite or no longer one. Only rows that can be
-/// seen are drawn. Window thread.
+/// The list has a row for each sound: its picture, name, tags and category, and a star for
+/// favourites. One that cannot be loaded is dim and says why. A click, or Enter on the row of the
+/// cursor, loads a sound; a click on the star, or Ctrl+D, makes it a favourite or no longer one.
+/// Only rows that can be seen are drawn. Window thread.
 class SoundListView : public BView {
   public:
-    /// What the list asks of its owner.
+    /// The list calls these functions of its owner.
     struct Callbacks {
         std::function<void(const SoundEntry& entry)> load;
         std::function<void(const SoundEntry& entry)> toggleFavourite;
@@ -30,17 +30,18 @@ class SoundListView : public BView {
 
     SoundListView(BRect frame, const Favourites& favourites, Callbacks callbacks);
 
-    /// Shows these. The cursor stays on its sound where that is among them, and so does the view.
+    /// Shows these sounds. The cursor stays on its sound where that is among them, and so does the
+    /// view.
     void SetRows(SoundList next);
     const SoundList& Rows() const { return rows; }
-    /// The sound that plays, and whether it has changed since.
+    /// Tells the list which sound plays, and whether it has changed since.
     void SetLoaded(const std::filesystem::path& path, bool changed);
     /// The row of the sound that plays, if it is among them.
     std::optional<std::size_t> LoadedRow() const;
     /// Puts the cursor on the row, and the row into sight.
     void MoveCursor(std::size_t row);
     std::size_t Cursor() const { return cursor; }
-    /// Those in sight, whose pictures are wanted first.
+    /// Returns the sounds in sight, whose pictures are wanted first.
     std::vector<std::filesystem::path> InSight() const;
     /// A star has changed.
     void FavouritesChanged() { Invalidate(); }
@@ -58,7 +59,7 @@ class SoundListView : public BView {
     kits::AccessibleThing DescribePart(std::size_t index) const override;
     void Activate(std::optional<std::size_t> part) override;
 
-    /// Pixels a side of the pictures that rows show, on a screen of usual density.
+    /// The pixels a side of the pictures that rows show, on a screen of usual density.
     static constexpr int kPictureSize = 48;
 
   private:
@@ -80,7 +81,7 @@ class SoundListView : public BView {
     bool loadedChanged = false;
     std::size_t cursor = 0;
     std::optional<std::size_t> hovered;
-    /// Pixels of the rows above the view's top.
+    /// The pixels of the rows that are above the view's top.
     float scroll = 0;
     BFont small;
 };

@@ -13,7 +13,7 @@ class VexaView;
 /// confirmed, and plays previews. Window thread.
 class PlaneDesk : public PlaneHost {
   public:
-    /// Of a view that outlives it.
+    /// Makes the desk of a view that outlives it.
     explicit PlaneDesk(VexaView& mainView);
 
     const SoundRecords& Records() const override;
@@ -23,7 +23,7 @@ class PlaneDesk : public PlaneHost {
     void Strike(std::optional<BPoint> start) override;
     void LetGo() override { preview.LetGo(); }
     void Watch() override { preview.Watch(); }
-    /// As PreviewNote::SendTo.
+    /// Does what PreviewNote::SendTo does.
     void SendTo(HandSource::Player next) { preview.SendTo(std::move(next)); }
 
   private:

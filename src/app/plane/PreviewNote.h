@@ -10,8 +10,8 @@
 
 namespace vexa {
 
-/// One note that comes and goes by the MIDI thread, as those of the computer's keyboard do,
-/// whatever source is chosen. Window thread.
+/// A note that comes and goes by the MIDI thread, as those of the computer's keyboard do, whatever
+/// source is chosen. Window thread.
 class PreviewNote {
   public:
     explicit PreviewNote(Engine& engine);
@@ -19,13 +19,13 @@ class PreviewNote {
     PreviewNote(const PreviewNote&) = delete;
     PreviewNote& operator=(const PreviewNote&) = delete;
 
-    /// Begins it on the channel, 0..15, or begins it anew. Its centre starts at `start` where there
-    /// is one. For that the engine's own coefficients say so, until it has begun; neither the sound
-    /// nor what it is saved as ever does. Another note that begins in these few milliseconds starts
-    /// there too.
+    /// Begins the note on the channel, 0..15, or begins it anew. Its centre starts at `start` where
+    /// there is one: the engine's own coefficients say so until the note has begun, while neither
+    /// the sound nor what it is saved as ever does. Another note that begins in these few
+    /// milliseconds starts there too.
     void Strike(uint8 channel, std::optional<BPoint> start);
     void LetGo();
-    /// To be called often until LetGo: gives the coefficients back.
+    /// Gives the coefficients back once the note has begun. It is to be called often until LetGo.
     void Watch();
 
     /// It plays there from now on, as HandSource does, in another process, where no start can be

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Small controls in columns, each with its label above.
+// A grid has small controls in columns, each with its label above.
 #pragma once
 
 #include "kits/interface/View.h"
@@ -10,12 +10,12 @@
 
 namespace vexa {
 
-/// Cells of the same size, filled row by row. Window thread.
+/// A grid has cells of the same size, filled row by row. Window thread.
 class CellGrid : public BView {
   public:
     CellGrid(const char* name, std::size_t columns);
 
-    /// Of so many rows, as BRect::Height counts it.
+    /// Returns the height of so many rows, as BRect::Height counts it.
     static float HeightOf(std::size_t rows);
 
     void Draw(BRect update) override;
@@ -25,7 +25,7 @@ class CellGrid : public BView {
   protected:
     /// Takes the control over; it gets the width of its column.
     void AddCell(const std::string& label, BView* control);
-    /// What is said quietly is not the sound's own.
+    /// Shows a cell quietly, as what is not the sound's own, or as usual.
     void SetQuiet(std::size_t cell, bool quiet);
 
   private:

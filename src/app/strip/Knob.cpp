@@ -16,7 +16,7 @@ constexpr float kStart = 225;
 constexpr float kSweep = -270;
 /// Pixels of a drag from end to end.
 constexpr float kTravel = 150;
-/// Of a key or a step of the wheel.
+/// The way of a key or of a step of the wheel.
 constexpr float kStep = 0.02F;
 constexpr float kFiner = 0.1F;
 constexpr float kCoarser = 5;

@@ -8,9 +8,9 @@
 
 namespace vexa {
 
-/// Turned by dragging up and down, by the wheel and by the arrow keys, finer with Shift and coarser
-/// with Ctrl; Home and End are its ends. A click with Ctrl, or Delete, puts it to its default.
-/// Window thread.
+/// A knob is turned by dragging up and down, by the wheel and by the arrow keys, finer with Shift
+/// and coarser with Ctrl; Home and End are its ends. A click with Ctrl, or Delete, puts it to its
+/// default. Window thread.
 class Knob : public BView {
   public:
     Knob(BRect frame, const char* name, float initial);
@@ -21,11 +21,11 @@ class Knob : public BView {
     void OnType(std::function<void()> next) { typing = std::move(next); }
 
     float Value() const { return value; }
-    /// Calls nobody.
+    /// Sets the number and calls nobody.
     void SetValue(float next);
-    /// As if a person had turned it.
+    /// Does what a person's turn does.
     void Turn(float next);
-    /// One that has no effect at present is dimmed.
+    /// Dims a knob that has no effect at present.
     void SetDimmed(bool next);
 
     void Draw(BRect update) override;
@@ -44,7 +44,7 @@ class Knob : public BView {
     const float initial;
     float value;
     bool dimmed = false;
-    /// Where a drag has last been.
+    /// The height, in pixels, at which a drag was last.
     float dragged = 0;
     std::function<void(float)> turned;
     std::function<void()> typing;

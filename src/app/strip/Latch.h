@@ -9,13 +9,13 @@
 
 namespace vexa {
 
-/// A click, Enter or Space changes it. Window thread.
+/// A switch that a click, Enter or Space changes. Window thread.
 class Latch : public BView {
   public:
     Latch(const char* name, const char* label, std::function<void(bool)> changed);
 
     bool IsOn() const { return on; }
-    /// Calls nobody.
+    /// Sets the state and calls nobody.
     void SetOn(bool next);
 
     void Draw(BRect update) override;

@@ -139,7 +139,7 @@ void MacroKnobs::Learn() {
     cells[asking].controller->Confirm();
 }
 
-/// Whether the function uses them.
+/// Dims the macros that the function does not use.
 void MacroKnobs::ShowUse() {
     const PlaneFunction& shown = mainView.ShownFunction();
     if (&shown.Source() == &function.Source())

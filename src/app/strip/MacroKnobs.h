@@ -19,15 +19,15 @@ namespace vexa {
 class Knob;
 class VexaView;
 
-/// For each macro a knob, its value as a number, and the number of the controller that moves it:
-/// while that field has the keyboard, the next controller that moves is taken. Those that the
-/// function on the plane does not use are dimmed. Window thread.
+/// There is for each macro a knob, its value as a number, and the number of the controller that
+/// moves it: while that field has the keyboard, the next controller that moves is taken. Those that
+/// the function on the plane does not use are dimmed. Window thread.
 class MacroKnobs : public BView {
   public:
     /// Edits the instrument of the main view, which outlives it.
     explicit MacroKnobs(VexaView& mainView);
 
-    /// As BRect::Height and BRect::Width count them.
+    /// Return the size in pixels, as BRect::Height and BRect::Width count it.
     static float PreferredHeight();
     static float PreferredWidth();
 

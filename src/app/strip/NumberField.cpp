@@ -74,7 +74,7 @@ void NumberField::SetHelp(const std::string& next) {
     SetToolTip(help.c_str());
 }
 
-/// Of what is typed, if that is a number.
+/// Steps from what is typed, if that is a number.
 std::string NumberField::Stepped(const std::string& text, int steps, uint32 modifiers) const {
     std::size_t length = 0;
     const double typed = kits::NumberOf(WithoutUnit(text).value_or(""), &length);

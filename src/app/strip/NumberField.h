@@ -9,18 +9,18 @@
 
 namespace vexa {
 
-/// Shows the number and the unit, and takes it with or without. A step by wheel or arrow key sends
-/// the message at once, Shift makes it ten times finer and Ctrl ten times coarser. An empty text,
-/// or a click with Ctrl, leaves the number to whoever has the default. Window thread.
+/// A field that shows a number and its unit, and takes it with or without. A step by wheel or arrow
+/// key sends the message at once, Shift makes it ten times finer and Ctrl ten times coarser. An
+/// empty text, or a click with Ctrl, leaves the number to whoever has the default. Window thread.
 class NumberField : public BTextControl {
   public:
     struct Look {
         double minimum, maximum;
-        /// Of a turn of the wheel.
+        /// The step of a turn of the wheel.
         double step;
         bool whole;
         std::string unit;
-        /// What is shown for a number below the minimum, if that means something.
+        /// The text that is shown for a number below the minimum, if that means something.
         std::string below;
     };
 
@@ -30,12 +30,12 @@ class NumberField : public BTextControl {
     /// Shows the number, unless a person is about to type another.
     void Show(double number);
     double Shown() const { return shown; }
-    /// What a message of the field says was typed, as it would be written without the unit: nothing
-    /// for no text. Not checked.
+    /// Returns what a message of the field says was typed, as it would be written without the unit;
+    /// nothing where the text was empty. It is not checked.
     std::optional<std::string> Typed(const BMessage& message) const;
-    /// The text was not taken, and why; or it was.
+    /// Tells that the text was not taken, and why; an empty fault tells that it was.
     void TellFault(const std::string& fault);
-    /// What the field is for.
+    /// Sets the words that tell what the field is for.
     void SetHelp(const std::string& next);
 
   private:

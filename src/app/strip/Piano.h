@@ -14,10 +14,10 @@ namespace vexa {
 
 class VexaView;
 
-/// As many keys as the width has room for; the wheel and the arrows at its ends move on by octaves.
-/// A press plays, the louder the nearer to the front of the key it is, and sliding plays on. With
-/// the keyboard Left, Right, Up and Down choose a key, by semitones and octaves, and Space or Enter
-/// begins and ends its note. Window thread.
+/// The piano has as many keys as the width has room for; the wheel and the arrows at its ends move
+/// on by octaves. A press plays, the louder the nearer to the front of the key it is, and sliding
+/// plays on. With the keyboard Left, Right, Up and Down choose a key, by semitones and octaves, and
+/// Space or Enter begins and ends its note. Window thread.
 class Piano : public BView {
   public:
     /// Plays and shows the notes of the main view, which outlives it.
@@ -26,7 +26,7 @@ class Piano : public BView {
     /// Shows what sounds now.
     void Refresh();
     const PianoKeys& Keys() const { return keys; }
-    /// Whether the key is shown as one that sounds.
+    /// True where the key is shown as one that sounds.
     bool IsLit(int key) const { return lit[static_cast<std::size_t>(key)]; }
 
     void Draw(BRect update) override;
@@ -55,7 +55,7 @@ class Piano : public BView {
 
     VexaView& mainView;
     PianoKeys keys;
-    /// Their numbers.
+    /// The numbers of the keys that are seen.
     std::vector<int> seen;
     std::bitset<128> lit;
     /// The key that the mouse or the keyboard holds.

@@ -10,12 +10,12 @@ namespace {
 
 constexpr int kMidiKeys = 128;
 constexpr int kOctave = 12;
-/// Of the keys from a C on: whether each is black, and how many white ones lie below it.
+/// For the keys from a C on: whether each is black, and how many white ones lie below it.
 constexpr std::array<bool, kOctave> kBlack = {false, true,  false, true,  false, false,
                                               true,  false, true,  false, true,  false};
 constexpr std::array<int, kOctave> kBelow = {0, 0, 1, 1, 2, 3, 3, 4, 4, 5, 5, 6};
 
-/// Of a black key, in widths and heights of a white one.
+/// The size of a black key, in widths and heights of a white one.
 constexpr float kBlackWidth = 0.6F;
 constexpr float kBlackHeight = 0.6F;
 

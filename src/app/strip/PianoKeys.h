@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Where the keys of a piano lie.
+// This tells where the keys of a piano lie.
 #pragma once
 
 #include "kits/support/Geometry.h"
@@ -19,16 +19,17 @@ class PianoKeys {
     PianoKeys(BRect area, int first, int count) : area(area), first(first), count(count) {}
 
     static bool IsBlack(int key);
-    /// The white key, or the one below a black one, counted from MIDI's key 0.
+    /// Returns the number of the white key, or of the one below a black one, counted from MIDI's
+    /// key 0.
     static int WhiteOf(int key);
 
     int First() const { return first; }
     int Count() const { return count; }
-    /// Whether the key is seen.
+    /// True where the key is seen.
     bool Has(int key) const;
-    /// Its place; black keys lie upon the white ones.
+    /// Returns the place of the key; black keys lie upon the white ones.
     BRect FrameOf(int key) const;
-    /// The key at a point; nothing beside the piano.
+    /// Returns the key at a point; nothing beside the piano.
     std::optional<int> KeyAt(BPoint where) const;
 
   private:

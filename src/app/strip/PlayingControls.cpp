@@ -14,9 +14,9 @@ namespace {
 constexpr uint32 kEditCode = FourCC("PlyE");
 constexpr std::size_t kColumns = 5;
 
-/// What a control shows of a row, in the order of PlayingRows().
+/// A control shows this of a row, in the order of PlayingRows().
 struct Appearance {
-    /// For who cannot see the unit.
+    /// The name, with the unit, for those who cannot see it.
     const char* name;
     const char* unit;
     double step;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// How the sound is played, in the strip.
+// These controls set how the sound is played, in the strip.
 #pragma once
 
 #include "app/strip/CellGrid.h"
@@ -15,9 +15,9 @@ class Instrument;
 class NumberField;
 class VexaView;
 
-/// A menu or a number for each row of PlayingRows(). What the sound does not say is shown as it is
-/// all the same, quietly; what the command line says stands before and cannot be changed here.
-/// Window thread.
+/// There is a menu or a number for each row of PlayingRows(). What the sound does not say is shown
+/// as it is all the same, quietly; what the command line says stands before and cannot be changed
+/// here. Window thread.
 class PlayingControls : public CellGrid {
   public:
     /// Edits the instrument of the main view, which outlives it.
@@ -28,7 +28,7 @@ class PlayingControls : public CellGrid {
     void MessageReceived(BMessage* message) override;
 
   private:
-    /// One of the two is there.
+    /// A row's control, a menu or a field; one of the two is there.
     struct Control {
         NumberField* number = nullptr;
         BMenuField* menu = nullptr;

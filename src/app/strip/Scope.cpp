@@ -17,7 +17,7 @@ constexpr std::size_t kSpectrumSize = 4096;
 constexpr float kLowest = 20;
 constexpr float kHighest = 20000;
 constexpr float kFloor = -96;
-/// What a spectrum falls at most from one look to the next, of its height.
+/// A spectrum falls at most by this share of its height from one look to the next.
 constexpr float kFall = 0.04F;
 
 /// Seconds of the output where no note says how long its period is, and periods where one does.
@@ -25,7 +25,7 @@ constexpr float kUsualTime = 0.02F;
 constexpr float kPeriods = 3;
 constexpr std::size_t kLeastFrames = 64;
 constexpr std::size_t kMostFrames = 4096;
-/// Of the peak: below that the output has to have been before it crosses 0 to begin a picture.
+/// The output has to have been below this share of the peak before it crosses 0 to begin a picture.
 constexpr float kArming = 0.2F;
 
 /// Powers of two by which a curve is drawn larger at most.
@@ -155,7 +155,7 @@ void Scope::LookAtOutput() {
     std::vector<float> next(Columns());
     if (!Newest(2 * count))
         return Take(std::move(next), "output");
-    // From where the wave rises through 0, so that it stands still.
+    // The picture begins where the wave rises through 0, so that it stands still.
     float peak = 0;
     for (const float value : mono)
         peak = std::max(peak, std::abs(value));

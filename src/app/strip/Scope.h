@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What is heard as a curve.
+// The scope shows what is heard as a curve.
 #pragma once
 
 #include "audio/OutputTap.h"
@@ -16,9 +16,9 @@ namespace vexa {
 
 class VexaView;
 
-/// The function along the newest orbit, the output, or its spectrum; a click, Space and the arrow
-/// keys change from one to the other. What is loud is drawn smaller and what is quiet larger, by
-/// powers of two, and is marked so. Window thread.
+/// The scope shows the function along the newest orbit, the output, or its spectrum; a click, Space
+/// and the arrow keys change from one to the other. What is loud is drawn smaller and what is quiet
+/// larger, by powers of two, and is marked so. Window thread.
 class Scope : public BView {
   public:
     enum class Mode { Orbit, Output, Spectrum };
@@ -29,7 +29,7 @@ class Scope : public BView {
 
     /// Shows what there is now; draws nothing where that is what it shows already.
     void Refresh();
-    /// Whether anybody sees it; else the output is left alone.
+    /// Is told whether anybody sees the scope; while nobody does, it leaves the output alone.
     void Listen(bool on);
 
     Mode Shows() const { return mode; }

@@ -3,17 +3,18 @@
 
 #include "app/VexaView.h"
 #include "app/strip/Latch.h"
-#include "app/strip/LevelMeter.h"
 #include "app/strip/MacroKnobs.h"
 #include "app/strip/Piano.h"
 #include "app/strip/PlayingControls.h"
 #include "app/strip/Scope.h"
 #include "app/strip/TuningControls.h"
 #include "app/strip/Wheel.h"
+#include "kits/midi/ControllerNumbers.h"
 #include "views/Theme.h"
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace vexa {
 
@@ -21,7 +22,6 @@ namespace {
 
 /// Thirty times a second.
 constexpr bigtime_t kLook = 33333;
-constexpr std::size_t kModulation = 1;
 
 // In pixels.
 
@@ -29,11 +29,10 @@ constexpr float kMargin = 10;
 constexpr float kTop = 7;
 constexpr float kBottom = 7;
 constexpr float kGap = 12;
-constexpr float kMeterGap = 4;
 constexpr float kRowGap = 7;
 constexpr float kPianoHeight = 44;
-constexpr float kScopeWidth = 176;
-constexpr float kMeterWidth = 24;
+constexpr float kLowPianoHeight = 34;
+constexpr float kScopeWidth = 204;
 constexpr float kTuningWidth = 84;
 constexpr float kLeastPlaying = 340;
 constexpr float kWheelWidth = 20;
@@ -44,6 +43,11 @@ float UpperHeight() {
     return std::max(MacroKnobs::PreferredHeight(), CellGrid::HeightOf(2));
 }
 
+void ShowIf(BView& view, bool shown) {
+    if (shown == view.IsHidden())
+        shown ? view.Show() : view.Hide();
+}
+
 void Put(BView& view, float left, float top, float right, float bottom) {
     view.MoveTo(left, top);
     view.ResizeTo(right - left, bottom - top);
@@ -51,30 +55,31 @@ void Put(BView& view, float left, float top, float right, float bottom) {
 
 } // namespace
 
-Strip::Strip(BRect frame, VexaView& mainView)
+Strip::Strip(BRect frame, VexaView& mainView, std::function<void()> turned)
     : BView(frame, "strip", B_FOLLOW_NONE, B_WILL_DRAW | B_FRAME_EVENTS | B_PULSE_NEEDED),
       mainView(mainView),
+      turned(std::move(turned)),
       ticker(*this, kLook, [this] { Refresh(); }) {
     SetViewColor(Colors().panel);
     OutputTap* tap = mainView.HasGraph() ? &mainView.Graph().Producer().Tap() : nullptr;
     ScreenPiano& hands = mainView.Piano();
     scope = new Scope(mainView, tap);
-    meter = new LevelMeter(tap);
     macros = new MacroKnobs(mainView);
     playing = new PlayingControls(mainView);
     tuning = new TuningControls(mainView);
     bend = new Wheel("pitch bend", true, [&hands](float value) { hands.Bend(value); });
     modulation = new Wheel("modulation", false, [&hands](float value) { hands.Modulate(value); });
     hold = new Latch("hold", "hold", [&hands](bool on) { hands.SetHold(on); });
+    other = new Latch("macros, playing and tuning", "more", [this](bool on) { Turn(on); });
     piano = new Piano(mainView);
     modulation->SetToolTip("The modulation wheel, controller 1");
+    other->SetToolTip("Scope, macros, how the sound is played and tuning instead of the piano");
     hold->SetToolTip("Notes go on when their keys are let go, as with the sustain pedal");
     for (BView* view :
-         {static_cast<BView*>(scope), static_cast<BView*>(meter), static_cast<BView*>(macros),
-          static_cast<BView*>(playing), static_cast<BView*>(tuning), static_cast<BView*>(bend),
-          static_cast<BView*>(modulation), static_cast<BView*>(hold), static_cast<BView*>(piano)})
+         {static_cast<BView*>(scope), static_cast<BView*>(macros), static_cast<BView*>(playing),
+          static_cast<BView*>(tuning), static_cast<BView*>(bend), static_cast<BView*>(modulation),
+          static_cast<BView*>(hold), static_cast<BView*>(other), static_cast<BView*>(piano)})
         AddChild(view);
-    before = std::chrono::steady_clock::now();
     Arrange();
 }
 
@@ -84,53 +89,89 @@ float Strip::PreferredHeight() {
     return kTop + UpperHeight() + 1 + kRowGap + kPianoHeight + kBottom;
 }
 
+float Strip::LeastHeight() const {
+    return kTop + (showsControls ? UpperHeight() + 1 : kLowPianoHeight) + kBottom;
+}
+
 float Strip::LeastWidth() {
-    return 2 * kMargin + kScopeWidth + kMeterGap + kMeterWidth + kGap +
-           MacroKnobs::PreferredWidth() + kGap + kLeastPlaying + kGap + kTuningWidth;
+    return 2 * kMargin + kScopeWidth + kGap + MacroKnobs::PreferredWidth() + kGap + kLeastPlaying +
+           kGap + kTuningWidth;
 }
 
 void Strip::AttachedToWindow() {
     Refresh();
 }
 
-void Strip::Arrange() {
-    const BRect bounds = Bounds();
-    const float bottom = kTop + UpperHeight();
-    float x = kMargin;
-    // What is wider than need be goes to the scope by half.
-    const float more = std::max(bounds.Width() - LeastWidth(), 0.0F);
-    const auto place = [&](BView& view, float width, float gap) {
-        Put(view, x, kTop, x + width - 1, bottom);
-        x += width + gap;
-    };
-    place(*scope, kScopeWidth + std::floor(more / 3), kMeterGap);
-    place(*meter, kMeterWidth, kGap);
-    place(*macros, MacroKnobs::PreferredWidth() + 1, kGap);
-    const float right = bounds.right - kMargin;
-    place(*playing, std::max(right - kTuningWidth - kGap - x, kLeastPlaying), kGap);
-    place(*tuning, kTuningWidth, 0);
+void Strip::SetLow(bool next) {
+    if (next == low)
+        return;
+    low = next;
+    Arrange();
+}
 
-    const float top = bottom + 1 + kRowGap;
-    const float end = top + kPianoHeight - 1;
-    x = kMargin;
+void Strip::Turn(bool toControls) {
+    showsControls = toControls;
+    Arrange();
+    turned();
+}
+
+void Strip::Arrange() {
+    const bool controls = !low || showsControls;
+    const bool hands = !low || !showsControls;
+    for (BView* view : {static_cast<BView*>(scope), static_cast<BView*>(macros),
+                        static_cast<BView*>(playing), static_cast<BView*>(tuning)})
+        ShowIf(*view, controls);
+    for (BView* view : {static_cast<BView*>(bend), static_cast<BView*>(modulation),
+                        static_cast<BView*>(hold), static_cast<BView*>(piano)})
+        ShowIf(*view, hands);
+    ShowIf(*other, low);
+    float left = kMargin;
+    float below = kTop;
+    if (low && controls) {
+        Put(*other, left, kTop, left + kHoldWidth - 1, kTop + UpperHeight());
+        left += kHoldWidth + kHandsGap;
+    }
+    if (controls) {
+        ArrangeControls(left, kTop, kTop + UpperHeight());
+        below = kTop + UpperHeight() + 1 + kRowGap;
+    }
+    if (hands)
+        ArrangeHands(below, Bounds().bottom - kBottom);
+}
+
+void Strip::ArrangeControls(float left, float top, float bottom) {
+    const float right = Bounds().right - kMargin;
+    const auto place = [&](BView& view, float width, float gap) {
+        Put(view, left, top, left + width - 1, bottom);
+        left += width + gap;
+    };
+    // What is wider than need be goes to the scope by a third; what is missing is missing there.
+    const float spare = Bounds().Width() - LeastWidth() - (left - kMargin);
+    const float scopeWidth =
+        kScopeWidth + std::floor(spare > 0 ? spare / 3 : std::max(spare, -kScopeWidth / 2));
+    place(*scope, scopeWidth, kGap);
+    place(*macros, MacroKnobs::PreferredWidth() + 1, kGap);
+    place(*playing, std::max(right - kTuningWidth - kGap - left, kLeastPlaying), kGap);
+    place(*tuning, kTuningWidth, 0);
+}
+
+void Strip::ArrangeHands(float top, float bottom) {
+    float left = kMargin;
     const auto beside = [&](BView& view, float width) {
-        Put(view, x, top, x + width - 1, end);
-        x += width + kHandsGap;
+        Put(view, left, top, left + width - 1, bottom);
+        left += width + kHandsGap;
     };
     beside(*bend, kWheelWidth);
     beside(*modulation, kWheelWidth);
     beside(*hold, kHoldWidth);
-    Put(*piano, x, top, right, end);
+    if (low)
+        beside(*other, kHoldWidth);
+    Put(*piano, left, top, Bounds().right - kMargin, bottom);
 }
 
 void Strip::Refresh() {
-    const auto now = std::chrono::steady_clock::now();
-    const double seconds = std::chrono::duration<double>(now - before).count();
-    before = now;
-    scope->Listen(true);
-    meter->Listen(true);
+    scope->Listen(!scope->IsHidden());
     scope->Refresh();
-    meter->Refresh(seconds);
     macros->Refresh();
     playing->Refresh();
     tuning->Refresh();
@@ -141,7 +182,7 @@ void Strip::Refresh() {
 /// What has been changed elsewhere: by a controller, or by silencing all.
 void Strip::ShowHands() {
     const ScreenPiano& hands = mainView.Piano();
-    modulation->SetValue(mainView.Playing().controllers[kModulation]);
+    modulation->SetValue(mainView.Playing().controllers[kits::kModulation]);
     bend->SetValue(hands.Bent());
     hold->SetOn(hands.Holds());
     const bool bends = mainView.Playing().playing.Bends();
@@ -154,7 +195,6 @@ void Strip::Pulse() {
     if (!IsHidden())
         return;
     scope->Listen(false);
-    meter->Listen(false);
 }
 
 void Strip::ColorsChanged() {

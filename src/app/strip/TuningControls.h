@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The player's tuning, in the strip.
+// These controls set the player's tuning, in the strip.
 #pragma once
 
 #include "app/strip/CellGrid.h"
@@ -16,11 +16,12 @@ namespace vexa {
 class NumberField;
 class VexaView;
 
-/// A menu of scale and keyboard map, and the frequency of A4. What cannot be read is told with its
-/// line, and the tuning before stays. Window thread.
+/// There are a menu of scale and keyboard map, and the frequency of A4. What cannot be read is told
+/// with its line, and the tuning before stays. Window thread.
 class TuningControls : public CellGrid {
   public:
-    /// Tunes the consumer of the main view, which outlives it. Where a plug-in plays the host does.
+    /// Makes controls that tune the consumer of the main view, which outlives them. Where a plug-in
+    /// plays the host tunes.
     explicit TuningControls(VexaView& mainView);
     ~TuningControls() override;
 

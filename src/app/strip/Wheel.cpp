@@ -10,7 +10,7 @@ namespace vexa {
 
 namespace {
 
-/// Of a key or a step of the mouse's wheel.
+/// The way of a key or of a step of the mouse's wheel.
 constexpr float kStep = 0.1F;
 constexpr float kRadius = 4;
 

@@ -8,15 +8,15 @@
 
 namespace vexa {
 
-/// Moved by dragging, by the mouse's wheel and by the arrow keys. Window thread.
+/// A wheel is moved by dragging, by the mouse's wheel and by the arrow keys. Window thread.
 class Wheel : public BView {
   public:
-    /// One that springs goes from -1 to 1 and back to 0 when it is let go, by the mouse, by Enter
-    /// or when the keyboard goes elsewhere; another one goes from 0 to 1 and stays.
+    /// Makes a wheel. One that springs goes from -1 to 1 and back to 0 when it is let go, by the
+    /// mouse, by Enter or when the keyboard goes elsewhere; another one goes from 0 to 1 and stays.
     Wheel(const char* name, bool springs, std::function<void(float)> moved);
 
     float Value() const { return value; }
-    /// Calls nobody.
+    /// Sets the place and calls nobody.
     void SetValue(float next);
 
     void Draw(BRect update) override;
@@ -32,7 +32,7 @@ class Wheel : public BView {
 
   private:
     void Move(float next);
-    /// Pixels of the whole way.
+    /// Returns the pixels of the whole way.
     float Travel() const { return Bounds().Height() - 10; }
 
     const bool springs;

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The operations of C's arithmetic and the exact functions of its maths library, each for one lane.
-//
-// What they give where C leaves it open is told with Op.
+// These are the operations of C's arithmetic and the exact functions of its maths library, each for
+// one lane. Op tells what they give where C leaves it open.
 #pragma once
 
 #include <cstdint>
@@ -122,7 +121,7 @@ inline T ShiftedRight(T a, int b) {
     return T(a >> (unsigned(b) & (8 * sizeof(T) - 1)));
 }
 
-/// As Op says of conversions.
+/// Converts a number as Op says of conversions.
 template<class To, class From>
 inline To Converted(From value) {
     if constexpr (!kFloating<From> || kFloating<To>) {
@@ -227,7 +226,7 @@ inline T ProductOfThreeOf(T a, T b, T c) {
 inline float SumAsFloatOf(double a, double b, double c) {
     return static_cast<float>(a * b + c);
 }
-/// fpclassify's numbers on Linux.
+/// Returns fpclassify's number on Linux.
 template<class T>
 inline int ClassOf(T a) {
     const T size = Magnitude(a);

@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Bessel's functions of whole orders, for one number.
-//
-// Far from 0 they are the sums of H. Hankel's asymptotic expansion, whose terms fall below 1e-17
-// there; near 0 J. C. P. Miller's backward recurrence gives all J at once, and Y_0 and Y_1 are
-// Neumann's series in them (M. Abramowitz and I. Stegun, "Handbook of Mathematical Functions",
-// 9.1.88, 9.2.5 ff., 9.12). The error is below 1e-14 of the larger of the value and
-// 1 / sqrt(1 + |x|).
+// These are Bessel's functions of whole orders, for one number. Far from 0 they are the sums of H.
+// Hankel's asymptotic expansion, whose terms fall below 1e-17 there; near 0 J. C. P. Miller's
+// backward recurrence gives all J at once, and Y_0 and Y_1 are Neumann's series in them (M.
+// Abramowitz and I. Stegun, "Handbook of Mathematical Functions", 9.1.88, 9.2.5 ff., 9.12). The
+// error is below 1e-14 of the larger of the value and 1 / sqrt(1 + |x|).
 #pragma once
 
 #include "formula/loops/Functions.h"
@@ -14,14 +12,14 @@ namespace vexa::formula {
 
 namespace {
 
-/// J and Y of one order.
+/// The values of J and Y of one order.
 struct BesselPair {
     double j, y;
 };
 
 constexpr double kFar = 25;
 
-/// Of order 0 or 1, for x >= kFar. `sine` and `cosine` are those of x.
+/// Computes both of order 0 or 1, for x >= kFar. `sine` and `cosine` are those of x.
 inline BesselPair FarPair(int order, double x, double sine, double cosine) {
     // Terms a_k / x^k with a_k = a_(k-1) (4 order^2 - (2k - 1)^2) / 8k, in turns to P and Q.
     double p = 1, q = 0, term = 1;
@@ -42,13 +40,13 @@ inline BesselPair FarPair(int order, double x, double sine, double cosine) {
     return {size * (p * c - q * s), size * (p * s + q * c)};
 }
 
-/// J_order(x) for 0 < x and, where `second`, Y_0 and Y_1 for x < kFar.
+/// This computes J_order(x) for 0 < x and, where `second`, Y_0 and Y_1 for x < kFar.
 struct NearBessel {
     double j, y0, y1;
 };
 
 inline NearBessel NearOf(int order, double x) {
-    // Euler's constant
+    // This is Euler's constant.
     constexpr double kGamma = 0x1.2788cfc6fb619p-1;
     const int top = order > static_cast<int>(x) ? order : static_cast<int>(x);
     // J falls by more than 1e-17 from `top` to here.

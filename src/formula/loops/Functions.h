@@ -31,7 +31,7 @@ constexpr double kInfinity = __builtin_inf();
 /// Adding it rounds to a whole number, which stands in the last bits of the sum.
 constexpr double kRounder = 0x1.8p52;
 
-/// c[0] + c[1] x + c[2] x^2 ...
+/// Computes c[0] + c[1] x + c[2] x^2 ...
 template<class T, int count>
 [[gnu::always_inline]] inline T Polynomial(T x, const double (&c)[count]) {
     T sum = x * c[count - 1] + c[count - 2];
@@ -46,7 +46,7 @@ template<class T, int count>
 constexpr double kPi1 = 0x1.921fb54400000p+1;
 constexpr double kPi2 = 0x1.0b46000000000p-33;
 constexpr double kPi3 = 0x1.1a62633145c07p-53;
-/// Where the reduction ends.
+/// The reduction ends here.
 constexpr double kLongestWave = 0x1p20;
 
 // (sin(r) / r - 1) / r^2 for r^2 up to (pi / 2)^2; the error of r + r^3 times it is below 1e-17.
@@ -136,7 +136,7 @@ inline auto BeyondExponential(T x) {
     return WordOf(kMostExponential - ZeroWhere(x < kNoExponential, Size(x)));
 }
 
-/// For every x.
+/// Computes exp(x) for every x.
 inline double Exponential(double x) {
     const double low = x < kNoExponential ? kNoExponential : x;
     const Power<double> power = ReduceFinely(low > 710 ? 710 : low);

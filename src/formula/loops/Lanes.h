@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Some vectors of numbers side by side.
-//
-// What is computed of one of them does not wait for the others, so that a processor that does two
-// operations at a time, each of which takes it four steps, is busy all the time. A function that is
-// written for a type T of numbers is one for Lanes as well as for double.
+// Lanes are some vectors of numbers side by side. What is computed of one of them does not wait for
+// the others, so that a processor that does two operations at a time, each of which takes it four
+// steps, is busy all the time. A function that is written for a type T of numbers is one for Lanes
+// as well as for double.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -50,7 +49,7 @@ struct Several {
 using Lanes = Several<NumberVector>;
 using Words = Several<WordVector>;
 using Truths = Several<TruthVector>;
-/// How many numbers they are.
+/// How many numbers there are in all vectors together.
 constexpr std::size_t kNumbers = kVectors * kVectorBytes / sizeof(double);
 
 inline Lanes operator+(Lanes a, Lanes b) {
@@ -150,7 +149,7 @@ inline Words Looked(const Word (&table)[kTable], Words indices) {
         indices);
 }
 
-// The same of one number.
+// The following do for one number what those above do for Lanes.
 inline Word Looked(const Word (&table)[kTable], Word index) {
     return table[index % kTable];
 }
@@ -196,7 +195,7 @@ inline void Store(Lanes lanes, double* to) {
     for (std::size_t k = 0; k < kVectors; k++)
         __builtin_memcpy(to + k * kNumbers / kVectors, &lanes.v[k], kVectorBytes);
 }
-/// Whether the highest bit of any word is set.
+/// True where the highest bit of any word is set.
 inline bool AnyHigh(Words words) {
     WordVector vector = words.v[0];
 #pragma GCC unroll 4

@@ -124,7 +124,7 @@ double FarWave(double x) {
     return values[0];
 }
 
-/// Of numbers that are float or double.
+/// This is for numbers that are float or double.
 template<class From, bool cosine, VectorMaths::OfOne VectorMaths::*far>
 void Waves(const void* a, const void*, const void*, void* to, std::size_t count) {
     const From* __restrict const x = static_cast<const From*>(a);

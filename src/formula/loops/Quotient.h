@@ -26,12 +26,12 @@ inline void Divide(const float* a, const float* b, double c, float* to, std::siz
 /// Quotients that are looked at together.
 constexpr std::size_t kGroup = 128, kQuotients = 16;
 
-/// What a group of quotients has come to: magnitudes, and lanes whose float is not certain.
+/// The outcome of a group of quotients: their magnitudes, and the lanes whose float is not certain.
 struct QuotientCheck {
     __m512 least = _mm512_set1_ps(1), most = _mm512_set1_ps(1);
     __mmask16 uncertain = 0;
 
-    /// Whether all are certain, and far from all that could overflow or underflow.
+    /// True where all are certain, and far from all that could overflow or underflow.
     bool Passed() const {
         const __mmask16 small = _mm512_cmp_ps_mask(least, _mm512_set1_ps(0x1p-30F), _CMP_LT_OQ);
         const __mmask16 large = _mm512_cmp_ps_mask(most, _mm512_set1_ps(0x1p30F), _CMP_GT_OQ);
@@ -65,7 +65,7 @@ inline void NearQuotients(const float* above, const float* below, __m512 c, __m5
 }
 #endif
 
-/// to[i] = c a[i] / b[i].
+/// Computes to[i] = c a[i] / b[i].
 void QuotientAsFloat(const void* a, const void* b, const void* c, void* to, std::size_t count) {
     const float* const x = static_cast<const float*>(a);
     const float* const y = static_cast<const float*>(b);

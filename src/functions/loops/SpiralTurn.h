@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Where on its turn of the spiral a point lies.
+// This computes where on its turn of the spiral a point lies.
 #pragma once
 
 #include "kits/maths/Functions.h"
@@ -19,7 +19,7 @@ VEXA_REALTIME inline float TurnOf(float x, float y) {
     const double across = xsize > kLargest ? kLargest : xsize;
     const double up = ysize > kLargest ? kLargest : ysize;
     const double first = kits::maths::Angle(up, across);
-    // The angle of (-x, -y), from -pi to pi.
+    // The angle of (-x, -y) lies between -pi and pi.
     const double upper = __builtin_signbitf(x) ? first : 2 * kits::maths::kHalfPi - first;
     const float angle = __builtin_copysignf(static_cast<float>(upper), -y);
     return static_cast<float>(angle / 6.28318530718 + 0.5);

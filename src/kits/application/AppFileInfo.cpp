@@ -2,13 +2,11 @@
 #include "kits/application/AppFileInfo.h"
 
 #include "kits/storage/ProgramFolder.h"
+#include "kits/storage/ReadFile.h"
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <utility>
-#include <vector>
 
 status_t GetAppInfo(app_info* info) {
     info->file = kits::ProgramFile();
@@ -21,11 +19,10 @@ status_t BAppFileInfo::GetIcon(BBitmap* icon, icon_size size) const {
     const auto edge = static_cast<float>(size - 1);
     if (!icon || icon->ColorSpace() != B_CMAP8 || icon->Bounds() != BRect{0, 0, edge, edge})
         return B_BAD_VALUE;
-    std::ifstream file(program.string() + "-" + std::to_string(int(size)) + ".icon",
-                       std::ios::binary);
-    const std::vector<char> bits{std::istreambuf_iterator<char>(file), {}};
-    if (static_cast<int64>(bits.size()) != icon->BitsLength())
+    const kits::Result<std::string> bits =
+        kits::ReadFile(program.string() + "-" + std::to_string(int(size)) + ".icon");
+    if (!bits || static_cast<int64>(bits->size()) != icon->BitsLength())
         return B_ENTRY_NOT_FOUND;
-    std::copy(bits.begin(), bits.end(), static_cast<char*>(icon->Bits()));
+    std::ranges::copy(*bits, static_cast<char*>(icon->Bits()));
     return B_OK;
 }

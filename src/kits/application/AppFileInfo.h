@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the program's own file tells about the program.
+// This reads what the program's own file tells about the program.
 #pragma once
 
 #include "kits/support/Bitmap.h"
@@ -12,10 +12,11 @@ struct app_info {
     std::filesystem::path file;
 };
 
-/// Fills in what is known of this program; B_ENTRY_NOT_FOUND where its file cannot be found out.
+/// Fills in what is known of this program. Returns B_ENTRY_NOT_FOUND where its file cannot be found
+/// out.
 status_t GetAppInfo(app_info* info);
 
-/// Edge of an icon in pixels.
+/// The edge of an icon in pixels.
 enum icon_size { B_LARGE_ICON = 32, B_MINI_ICON = 16 };
 
 /// The icons of a program, which lie beside its file as <program>-32.icon and <program>-16.icon:

@@ -16,10 +16,10 @@ namespace kits {
 /// What is known of an option besides what it does.
 struct OptionText {
     const char* name;
-    /// What stands for the value in the help; an option without a value has none.
+    /// The word that stands for the value in the help; null for an option without a value.
     const char* value;
-    /// What the value may be, for the help and the message when it is something else; any text that
-    /// is not empty if this is missing.
+    /// What the value may be, in the words of the help and of the message when it is something
+    /// else. Where it is null, any text that is not empty will do.
     const char* allowed;
     const char* help;
 };
@@ -50,7 +50,7 @@ bool SetText(Target& target, std::string_view text) {
     return !text.empty();
 }
 
-/// A MIDI channel, "1" to "16" as 0 to 15, or "all" as -1.
+/// Reads a MIDI channel: "1" to "16" give 0 to 15, and "all" gives -1. False for any other text.
 bool SetChannel(int& channel, std::string_view text);
 
 /// Calls `set` for each option in `arguments` (the program's name is not among them) with the row's
@@ -60,7 +60,7 @@ Result<std::vector<std::string>>
 ParseCommandLine(std::span<const OptionText> rows, std::span<const std::string> arguments,
                  const std::function<bool(std::size_t row, std::string_view value)>& set);
 
-/// The rows as lines of a help text.
+/// Returns the rows as lines of a help text.
 std::string OptionHelp(std::span<const OptionText> rows);
 
 /// Reads options and values by rows that know how to set them.

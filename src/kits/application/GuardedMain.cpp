@@ -11,7 +11,7 @@ namespace kits {
 
 namespace {
 
-/// Of the program, for the terminate handler.
+/// The name of the program, for the terminate handler.
 const char* guarded = "";
 
 void SayNoMemory() {

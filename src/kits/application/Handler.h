@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What messages are sent to, and the looper that handlers belong to.
+// A handler gets messages; a looper is what handlers belong to.
 #pragma once
 
 #include "kits/application/Messenger.h"

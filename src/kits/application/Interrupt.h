@@ -8,8 +8,8 @@ namespace kits {
 
 /// While one lives, SIGINT, SIGTERM and SIGHUP no longer end the program but are noted, so that its
 /// work can stop in an orderly way. A signal that was ignored before stays ignored, as nohup wants
-/// it. Afterwards the signals do what they did before. One at a time; made and destroyed by the
-/// main thread, read by any.
+/// it. Afterwards the signals do what they did before. There is one at a time, made and destroyed
+/// by the main thread; any thread reads it.
 class Interrupt {
   public:
     Interrupt();
@@ -20,9 +20,9 @@ class Interrupt {
     bool Requested() const { return Signal() != 0; }
     /// The last signal that came, 0 for none.
     int Signal() const;
-    /// Whether the program was asked to end since the last Interrupt was made. Any thread.
+    /// True if the program was asked to end since the last Interrupt was made. Any thread.
     static bool Pending();
-    /// What the program has to end with by the shells' convention: 128 plus the signal.
+    /// Returns the exit code that the shells' convention asks for: 128 plus the signal.
     int ExitCode() const { return 128 + Signal(); }
 
   private:

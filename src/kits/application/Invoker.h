@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What sends a message when it is used.
+// An invoker sends a message when it is used; controls and menu items are invokers.
 #pragma once
 
 #include "kits/application/Messenger.h"
@@ -8,7 +8,7 @@
 
 class BHandler;
 
-/// Holds a message and where it goes. Window thread.
+/// Holds a message and the target that it goes to. Window thread.
 class BInvoker {
   public:
     /// Makes an invoker of a message, which it owns from now on and which may be null.
@@ -24,7 +24,8 @@ class BInvoker {
     void SetTarget(const BMessenger& messenger) { target = messenger; }
     const BMessenger& Target() const { return target; }
 
-    /// Sends a copy of the message. B_BAD_VALUE when there is none, B_NO_INIT without a target.
+    /// Sends a copy of the message. Returns B_BAD_VALUE when there is none, B_NO_INIT without a
+    /// target.
     status_t Invoke() const { return message ? target.SendMessage(*message) : B_BAD_VALUE; }
 
   private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Messages on their way into the window thread.
+// The queue holds messages on their way into the window thread.
 #pragma once
 
 #include "kits/application/Messenger.h"
@@ -13,7 +13,7 @@ class BHandler;
 
 namespace kits {
 
-/// How messages find a handler that may go before they arrive.
+/// Messages find their handler by this, as it may go before they arrive.
 class HandlerTarget : public MessageTarget, public std::enable_shared_from_this<HandlerTarget> {
   public:
     explicit HandlerTarget(BHandler* handler) : handler(handler) {}

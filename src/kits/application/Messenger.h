@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Where messages can be sent to, from any thread.
+// A messenger sends messages to a target, from any thread.
 #pragma once
 
 #include "kits/support/Message.h"
@@ -13,7 +13,7 @@ namespace kits {
 class MessageTarget {
   public:
     virtual ~MessageTarget() = default;
-    /// Takes a copy, to be handled later in the target's own thread. Any thread.
+    /// Takes a copy of the message, which the target handles later in its own thread. Any thread.
     virtual void Post(const BMessage& message) = 0;
 };
 
@@ -21,7 +21,8 @@ class MessageTarget {
 
 class BHandler;
 
-/// A handle on a target, which may go before the handle. A value type; any thread.
+/// A handle on a target, which may go before the handle does. It is a value that can be copied. Any
+/// thread.
 class BMessenger {
   public:
     BMessenger() = default;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a view tells those who cannot see it, and programs that work for them.
+// Here is what a view tells those who cannot see it, and the programs that work for them.
 #pragma once
 
 #include "kits/support/Geometry.h"
@@ -9,7 +9,8 @@
 
 namespace kits {
 
-/// What a view, or a part of it, is. Pane says no more than that there is a view.
+/// The kind of thing that a view, or a part of one, is. Pane says no more than that there is a
+/// view.
 enum class AccessibleRole { Pane, Group, Picture, Chart, List, ListItem, Button, Slider, Meter };
 
 /// A number that can be told, and set where it is not `fixed`.
@@ -24,16 +25,17 @@ struct AccessibleNumber {
 /// A view as a whole, or one of the parts that it draws itself: a row, a point, a key.
 struct AccessibleThing {
     AccessibleRole role = AccessibleRole::Pane;
-    /// In words that a person understands; of a view empty where SetAccessibleName has said it.
+    /// Its name in words that a person understands. A view's is empty where SetAccessibleName has
+    /// given one.
     std::string name;
-    /// What it is at present, in words: "0.25 s, 0.8".
+    /// Its present state in words, as in "0.25 s, 0.8".
     std::string description;
     std::optional<AccessibleNumber> number;
-    /// Of a part: where it is, in the view's coordinates.
+    /// Where a part is, in the coordinates of its view. A view's own is not used.
     BRect frame;
-    /// Of a part: it is the chosen one.
+    /// True for a part that is the chosen one.
     bool chosen = false;
-    /// What Activate does, in one word, "Press" or "Load"; empty where it does nothing.
+    /// The word for what Activate does, "Press" or "Load"; it is empty where that does nothing.
     std::string action;
 };
 

@@ -11,10 +11,11 @@
 enum button_width { B_WIDTH_AS_USUAL };
 enum alert_type { B_INFO_ALERT, B_WARNING_ALERT, B_STOP_ALERT };
 
-/// Made by new; Go or Show deletes it. Window thread.
+/// An alert asks a person one question. It is made by new, and Go or Show deletes it. Window
+/// thread.
 class BAlert {
   public:
-    /// Up to three buttons; the last is what Enter presses.
+    /// An alert has up to three buttons; Enter presses the last of them.
     BAlert(const char* title, const char* text, const char* button1, const char* button2 = nullptr,
            const char* button3 = nullptr, button_width width = B_WIDTH_AS_USUAL,
            alert_type type = B_INFO_ALERT);
@@ -28,7 +29,7 @@ class BAlert {
     void SetDetails(const std::string& next) { details = next; }
     const std::string& Details() const { return details; }
 
-    /// The button that Enter presses, by its index; the last one at first.
+    /// Sets the button that Enter presses, by its index; it is the last one at first.
     void SetDefaultButton(std::size_t index) { defaultButton = index; }
 
     /// Shows the alert, waits for an answer and returns the index of the button. Meanwhile no

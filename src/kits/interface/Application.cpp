@@ -156,7 +156,7 @@ class Toolkit {
         MessageQueue::Instance().SetWake([this, deliver] {
             QMetaObject::invokeMethod(&application, deliver, Qt::QueuedConnection);
         });
-        // What was posted before there was a loop.
+        // This delivers what was posted before there was a loop.
         QMetaObject::invokeMethod(&application, deliver, Qt::QueuedConnection);
         QApplication::exec();
         MessageQueue::Instance().SetWake(nullptr);

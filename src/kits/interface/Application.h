@@ -10,12 +10,12 @@
 namespace kits {
 class Toolkit;
 
-/// Whether there is a display to show windows on; the error says why not. To be asked before the
-/// application is made, which without one cannot go on. Main thread.
+/// Tells whether there is a display to show windows on; the error says why not. It must be called
+/// before the application is made, which cannot go on without a display. Main thread.
 Result<void> FindDisplay();
 
-/// Windows are to be those of the X server, even where there is another display. To be said before
-/// FindDisplay.
+/// Has windows made on the X server, even where there is another display. It must be called before
+/// FindDisplay. Main thread.
 void ChooseXServer();
 
 } // namespace kits

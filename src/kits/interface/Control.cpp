@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/interface/Control.h"
 
+#include "kits/interface/Colors.h"
 #include "kits/interface/Window.h"
 #include "kits/interface/backends/ViewWidget.h"
 
@@ -11,6 +12,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMimeData>
+#include <QPainter>
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QStyle>
@@ -25,6 +27,10 @@ namespace {
 
 /// The frame of a text field and of a button, in pixels.
 constexpr float kBorder = 1;
+/// Fields below this width hold numbers, in pixels: what they say has to be read whole.
+constexpr int kNarrow = 48;
+/// What the toolkit leaves free beside a field's text on each side, in pixels.
+constexpr int kTextMargin = 2;
 
 } // namespace
 
@@ -51,10 +57,28 @@ class BTextControl::Line : public QLineEdit {
 
     Stepping stepping;
     std::optional<std::string> reset;
+    /// Drawn here, as the toolkit's own is too pale to read.
+    QString placeholder;
+
+    /// Writes what a narrow field says so small that all of it is seen.
+    void FitText() {
+        if (width() >= kNarrow)
+            return;
+        const std::string said = text().toStdString();
+        const float room = float(width()) - 2 * kBorder;
+        BFont font = *be_plain_font();
+        // The sides are used too where the text needs them, but for the cursor's pixel.
+        const bool tight = font.StringWidth(said) > room - 2 * kTextMargin;
+        const int margin = tight ? 1 - kTextMargin : 0;
+        setTextMargins(margin, 0, margin, 0);
+        if (tight)
+            font.SetSize(kits::FittingFontSize(said, room - 2));
+        setFont(kits::ToQt(font));
+    }
 
     /// Where the character is shown, in pixels from the left.
     float PositionOf(qsizetype index) const {
-        // As the editor lays it out, which rounds the widths of letters.
+        // The layout is the editor's, which rounds the widths of letters.
         QTextLayout layout(text(), font());
         layout.beginLayout();
         const QTextLine whole = layout.createLine();
@@ -64,6 +88,10 @@ class BTextControl::Line : public QLineEdit {
     }
 
   protected:
+    void resizeEvent(QResizeEvent* event) override {
+        QLineEdit::resizeEvent(event);
+        FitText();
+    }
     void keyPressEvent(QKeyEvent* event) override {
         if (event->key() == Qt::Key_Escape) {
             setText(QString::fromStdString(field->confirmed));
@@ -80,6 +108,20 @@ class BTextControl::Line : public QLineEdit {
         } else {
             QLineEdit::keyPressEvent(event);
         }
+    }
+    void paintEvent(QPaintEvent* event) override {
+        /// From the left edge to the text, in pixels; a text's share of a hint's ink.
+        constexpr int kLeft = 4;
+        constexpr float kInk = 0.72F;
+        QLineEdit::paintEvent(event);
+        if (placeholder.isEmpty() || !text().isEmpty())
+            return;
+        QPainter painter(this);
+        QColor ink = kits::ToQt(kits::PresentControlColors().text);
+        ink.setAlphaF(kInk);
+        painter.setPen(ink);
+        painter.drawText(rect().adjusted(kLeft, 0, -kLeft, 0), Qt::AlignVCenter | Qt::AlignLeft,
+                         placeholder);
     }
     void wheelEvent(QWheelEvent* event) override {
         /// What a step of a usual wheel counts in the toolkit.
@@ -125,7 +167,7 @@ class BTextControl::Line : public QLineEdit {
     }
 
     BTextControl* field;
-    /// Of the wheel, not a whole step yet.
+    /// The turn of the wheel that is not a whole step yet.
     int turned = 0;
     /// A press has brought the focus and has not been seen yet.
     bool clicked = false;
@@ -219,6 +261,7 @@ BTextControl::BTextControl(BRect frame, const char* name, const char* label, con
     });
     QObject::connect(line, &QLineEdit::textChanged, line, [this] {
         changes++;
+        line->FitText();
         if (modification)
             Target().SendMessage(*modification);
     });
@@ -257,6 +300,7 @@ void BTextControl::SetText(const char* next) {
     const QSignalBlocker silence(line);
     line->setText(kits::ToQt(confirmed));
     line->setCursorPosition(0);
+    line->FitText();
 }
 
 void BTextControl::Type(const char* next) {
@@ -264,7 +308,12 @@ void BTextControl::Type(const char* next) {
 }
 
 void BTextControl::SetPlaceholder(std::string_view text) {
-    line->setPlaceholderText(kits::ToQt(text));
+    line->placeholder = kits::ToQt(text);
+    line->update();
+}
+
+std::string BTextControl::Placeholder() const {
+    return line->placeholder.toStdString();
 }
 
 void BTextControl::SelectAll() {

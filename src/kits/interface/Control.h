@@ -14,7 +14,8 @@
 class QWidget;
 class QPushButton;
 
-/// Its target is the window that it is in, until another one is set.
+/// A control sends its message to the window that it is in, until another target is set. Window
+/// thread.
 class BControl : public BView, public BInvoker {
   public:
     BControl(BRect frame, const char* name, const char* label, BMessage* message,
@@ -42,14 +43,15 @@ class BButton : public BControl {
             uint32 resizingMode = B_FOLLOW_LEFT | B_FOLLOW_TOP,
             uint32 flags = B_WILL_DRAW | B_NAVIGABLE);
 
-    /// Pixels; 12 at first.
+    /// Sets the size of the font in pixels; it is 12 at first.
     void SetFontSize(float size);
     void SetLabel(const char* next);
-    /// For a place that is dark in every set of colours: no frame before the pointer is on it.
+    /// Fits the button to a place that is dark in every set of colours: it has no frame until the
+    /// pointer is on it.
     void SetOnDark();
     /// Stays down, as what it began goes on.
     void SetDown(bool down);
-    /// As if it had been pressed.
+    /// Does what a press by a person does.
     void Press();
     /// Shows that Enter has the button's effect; what the key does is the window's affair.
     void MakeDefault();
@@ -72,29 +74,30 @@ class BTextControl : public BControl {
                  uint32 flags = B_WILL_DRAW | B_NAVIGABLE);
     ~BTextControl() override;
 
-    /// What was confirmed or set last.
+    /// The text that was confirmed or set last.
     const std::string& Confirmed() const { return confirmed; }
-    /// What the field shows, confirmed or not.
+    /// The text that the field shows, confirmed or not.
     const char* Text() const;
     /// Counts as confirmed, and sends nothing.
     void SetText(const char* text);
-    /// As if the user had replaced the text, without confirming it.
+    /// Replaces the text as a person's typing does, without confirming it.
     void Type(const char* text);
     void SelectAll();
-    /// What the field shows, dimly, while it is empty.
+    /// Sets the words that the field shows dimly while it is empty.
     void SetPlaceholder(std::string_view text);
-    /// As if the user had pressed Enter.
+    std::string Placeholder() const;
+    /// Does what Enter in the field does.
     void Confirm();
 
     /// Takes the message over, which is sent to the target whenever the user has changed the text,
     /// also back to the confirmed one.
     void SetModificationMessage(BMessage* message);
-    /// Whether the text is another one than that which was confirmed.
+    /// True where the text differs from the one that was confirmed.
     bool IsEdited() const;
-    /// How often the text has changed, whoever changed it, or was confirmed.
+    /// Counts how often the text has changed, whoever changed it, or was confirmed.
     uint64 Changes() const { return changes; }
-    /// Where the character at that byte of the text is shown, in pixels from the left; beyond an
-    /// edge where it is scrolled out of the field.
+    /// Returns where the character at that byte of the text is shown, in pixels from the left; it
+    /// lies beyond an edge where the character is scrolled out of the field.
     float PositionOf(std::size_t byte) const;
 
     /// Says what the text becomes when a person turns the wheel over the field, or presses Up or
@@ -102,7 +105,7 @@ class BTextControl : public BControl {
     using Stepping =
         std::function<std::string(const std::string& text, int steps, uint32 modifiers)>;
     void SetStepping(Stepping next);
-    /// The text that a click with Ctrl brings back, and confirms.
+    /// Sets the text that a click with Ctrl brings back, and confirms.
     void SetReset(std::string_view text);
     /// Takes the message over, which is sent to the target when the field loses the keyboard.
     void SetEndMessage(BMessage* message);
@@ -112,9 +115,9 @@ class BTextControl : public BControl {
     /// Shows that the text is not valid.
     void MarkWrong(bool wrong);
 
-    /// Height of all text fields, as BRect::Height counts it.
+    /// Returns the height of all text fields, as BRect::Height counts it.
     static float PreferredHeight();
-    /// From the top of a text field to the baseline of its text.
+    /// Returns the pixels from the top of a text field down to the baseline of its text.
     static float BaselineOffset();
 
   private:
@@ -132,7 +135,8 @@ class BTextControl : public BControl {
 
 namespace kits {
 
-/// The largest font size, at most 12 and at least 8 pixels, at which the label fits the width.
+/// Returns the largest font size, at most 12 and at least 8 pixels, at which the label fits the
+/// width.
 float FittingFontSize(std::string_view label, float width);
 
 } // namespace kits

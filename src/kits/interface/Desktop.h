@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the desktop does for the program.
+// This is what the program asks of the desktop.
 #pragma once
 
 #include <filesystem>

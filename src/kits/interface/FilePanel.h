@@ -17,7 +17,7 @@ namespace kits {
 class FilePanelWindow;
 }
 
-/// What a panel without a message of its own sends.
+/// The code of the message that a panel sends which was given none of its own.
 constexpr uint32 B_REFS_RECEIVED = FourCC("RRCV");
 constexpr uint32 B_SAVE_REQUESTED = FourCC("SAVE");
 
@@ -54,7 +54,7 @@ class BFilePanel : private kits::FilePanelOwner {
     /// Sends the result; `message` is a copy that may be changed.
     virtual void SendMessage(const BMessenger* to, BMessage* message);
 
-    /// Null once the application has gone.
+    /// Returns the window, null once the application has gone.
     BWindow* Window() const;
     /// Differs from that of every other panel of this run.
     int32 Id() const { return id; }
@@ -68,22 +68,23 @@ class BFilePanel : private kits::FilePanelOwner {
     void SetMessage(const BMessage* next) { message = *next; }
     const BMessage& Message() const { return message; }
 
-    /// Where the panel shows the folder `path`, files of the folder `beneath` are listed with its
-    /// own, if it lists none of that name; "refs" say where each lies. Before the panel is shown.
+    /// While the panel shows the folder `path`, it lists the files of the folder `beneath` too,
+    /// except those whose names are in `path` as well; "refs" say where each lies. It must be
+    /// called before the panel is shown.
     void SetBeneath(const char* path, const char* beneath);
     /// A folder that cannot be read is reported when the panel is next on the screen, and the
     /// nearest one above it that can be read is shown.
     void SetPanelDirectory(const char* path);
     void SetPanelDirectory(const entry_ref* ref);
     void GetPanelDirectory(entry_ref* ref) const;
-    /// Save mode: the name in the text field.
+    /// Sets the name in the text field of a panel in save mode.
     void SetSaveText(std::string_view name);
     std::string SaveText() const;
     /// Save mode: whether to replace a file is asked only while that folder is shown, for a target
     /// that saves there whatever is shown.
     void AskOnlyIn(const std::filesystem::path& folder) { askOnlyIn = folder; }
 
-    /// On the current desktop, with the folder read anew.
+    /// Shows the panel on the current desktop, with the folder read anew.
     void Show();
     void Hide();
     bool IsShowing() const;
@@ -103,7 +104,7 @@ class BFilePanel : private kits::FilePanelOwner {
     BMessenger target;
     BMessage message;
     bool hideWhenDone;
-    /// Empty for every folder.
+    /// The folder in which a person is asked before a file is replaced; empty means every folder.
     std::filesystem::path askOnlyIn;
     kits::FilePanelWindow* window;
     std::vector<entry_ref> refs;

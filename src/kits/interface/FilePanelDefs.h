@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a file panel and its window share.
+// These are the types that a file panel and its window share.
 #pragma once
 
 #include "kits/support/EntryRef.h"
@@ -26,11 +26,11 @@ class BRefFilter {
 
 namespace kits {
 
-/// Whoever a panel's window works for, as the window sees it. Window thread.
+/// The owner of a file panel's window, as the window sees it. Window thread.
 class FilePanelOwner {
   public:
     virtual ~FilePanelOwner() = default;
-    /// Whether a person is asked before a file in that folder is replaced.
+    /// True where a person is to be asked before a file in that folder is replaced.
     virtual bool AsksIn(const std::filesystem::path& folder) const = 0;
     /// A result without what the person has chosen.
     virtual BMessage NewResult() const = 0;

@@ -33,7 +33,7 @@ QFont ToQt(const BFont& font) {
         result.setFamily(ToQt(font.Family()));
     result.setPixelSize(static_cast<int>(font.Size()));
     result.setItalic(font.Face() & B_ITALIC_FACE);
-    // The same widths on every screen, so that what was placed by them is in its place.
+    // Widths are the same on every screen, so that what was placed by them is in its place.
     result.setHintingPreference(QFont::PreferNoHinting);
     return result;
 }

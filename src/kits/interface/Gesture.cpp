@@ -15,7 +15,7 @@ namespace {
 /// and to what that is in, and counts each time, which makes no difference to anybody.
 class Presses : public QObject {
   public:
-    /// Of the running application.
+    /// Returns the one of the running application.
     static Presses& Instance() {
         static QPointer<Presses> instance;
         if (!instance)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a person does with mouse and keyboard, as far as it tells one gesture from the next.
+// This tells where one gesture of a person at mouse and keyboard ends and the next begins.
 #pragma once
 
 #include "kits/support/SupportDefs.h"
@@ -9,18 +9,18 @@
 namespace kits {
 
 struct Gesture {
-    /// So many have begun since the program has: presses of a mouse button, and of Enter and Tab,
-    /// which confirm. Turns of a wheel and other keys go on with the one before.
+    /// Counts the gestures since the program began. A press of a mouse button, of Enter or of Tab,
+    /// which confirm, begins one; turns of a wheel and other keys belong to the one before.
     uint64 number = 0;
     /// A mouse button is down.
     bool held = false;
 };
 
-/// The present one. Window thread, while there is an application.
+/// Returns the gesture that goes on now. Window thread, while there is an application.
 Gesture PresentGesture();
 
-/// Has `told` called before each press of a button or of any key of this program has an effect, in
-/// place of another one; null for none. Window thread.
+/// From now on `told` is called before a press of a mouse button or key in this program has its
+/// effect. It replaces the function set before; null sets none. Window thread.
 void BeforeEachPress(std::function<void()> told);
 
 } // namespace kits

@@ -14,13 +14,14 @@ struct rgb_color {
     bool operator==(const rgb_color&) const = default;
 };
 
-/// As a view's colour: nothing is painted behind what the view draws itself.
+/// A view with this colour paints nothing behind what it draws itself.
 constexpr rgb_color B_TRANSPARENT_COLOR = {119, 116, 119, 0};
 
-/// Which colour a drawing operation takes.
+/// A drawing operation takes the view's high or its low colour.
 enum pattern { B_SOLID_HIGH, B_SOLID_LOW };
 
-// How a view follows its parent when that is resized: one value for each direction, added up.
+// These say how a view follows when its parent is resized. A view takes the sum of one value for
+// each direction.
 
 constexpr uint32 B_FOLLOW_NONE = 0;
 constexpr uint32 B_FOLLOW_LEFT = 0x0000;
@@ -31,23 +32,23 @@ constexpr uint32 B_FOLLOW_BOTTOM = 0x0010;
 constexpr uint32 B_FOLLOW_TOP_BOTTOM = 0x0020;
 constexpr uint32 B_FOLLOW_ALL_SIDES = B_FOLLOW_LEFT_RIGHT | B_FOLLOW_TOP_BOTTOM;
 
-// What a view wants, added up.
+// These flags say what a view wants; a view takes the sum of some.
 
-/// Its Draw is called.
+/// The view's Draw is called.
 constexpr uint32 B_WILL_DRAW = 1U << 0;
-/// Its FrameResized is called.
+/// The view's FrameResized is called.
 constexpr uint32 B_FRAME_EVENTS = 1U << 1;
-/// Its Pulse is called.
+/// The view's Pulse is called.
 constexpr uint32 B_PULSE_NEEDED = 1U << 2;
 /// The keyboard can reach it: it gets KeyDown while it has the focus.
 constexpr uint32 B_NAVIGABLE = 1U << 3;
-/// While a button is held that was pressed inside, it hears of the pointer outside too, and of the
-/// release wherever that is.
+/// While a button is held that was pressed inside the view, the view hears of the pointer outside
+/// too, and of the release wherever that is.
 constexpr uint32 B_KEEPS_POINTER = 1U << 4;
-/// What lies behind is seen where it paints nothing.
+/// What lies behind the view is seen where it paints nothing.
 constexpr uint32 B_SEE_THROUGH = 1U << 5;
 
-// Mouse buttons, added up.
+// The mouse buttons; several are given as their sum.
 
 constexpr uint32 B_PRIMARY_MOUSE_BUTTON = 1;
 constexpr uint32 B_SECONDARY_MOUSE_BUTTON = 2;
@@ -59,14 +60,14 @@ constexpr uint32 B_SHIFT_KEY = 1;
 constexpr uint32 B_CONTROL_KEY = 2;
 constexpr uint32 B_ALT_KEY = 4;
 
-/// Where the pointer has come from, in MouseMoved.
+/// MouseMoved is told by these whether the pointer has just come in, was inside, or has left.
 enum : uint32 { B_ENTERED_VIEW, B_INSIDE_VIEW, B_EXITED_VIEW };
 
-/// What was dropped onto a window that takes drops: entry_ref "refs", one for each file, or string
-/// "text".
+/// A message of this code carries what was dropped onto a window that takes drops: "refs", an
+/// entry_ref for each file, or "text", a string.
 constexpr uint32 B_SIMPLE_DATA = FourCC("DATA");
 
-/// Ends a looper or the application.
+/// A message of this code ends a looper or the application.
 constexpr uint32 B_QUIT_REQUESTED = FourCC("_QRQ");
 /// A key that no text field wanted, with int32 "key" (the key's place on the keyboard, as the X
 /// keyboard extension counts: 24 is the Q of an English one); the Escape key has int32 "raw_char",
@@ -113,11 +114,13 @@ enum class Key {
 /// A key that has gone down, or goes on while it is held.
 struct KeyPress {
     Key key = Key::Other;
-    /// Of Key::Character: what it writes without modifiers, a letter as a capital; else 0.
+    /// The character that a key of kind Key::Character writes without modifiers, a letter as a
+    /// capital; 0 for other keys.
     char32_t character = 0;
-    /// What it writes, in UTF-8; empty for keys that write nothing and beside Ctrl or Alt.
+    /// The text that the press writes, in UTF-8. It is empty for keys that write nothing, and with
+    /// Ctrl or Alt.
     std::string text;
-    /// B_SHIFT_KEY and so on, added up.
+    /// The modifiers that were held: the sum of B_SHIFT_KEY and the like.
     uint32 modifiers = 0;
     /// It has been down before.
     bool repeat = false;
@@ -127,5 +130,6 @@ struct KeyPress {
 
 /// The window lost or got the focus: int32 "active" is 0 or 1. Comes at once, as the keys do.
 constexpr uint32 B_WINDOW_ACTIVATED = FourCC("_ACT");
-/// What a window gets at its pulse rate, be it shown or not, and also while an alert is.
+/// A window gets a message of this code at its pulse rate, whether it is shown or not, and also
+/// while an alert is.
 constexpr uint32 B_PULSE = FourCC("_PUL");

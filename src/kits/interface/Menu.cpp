@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/interface/Menu.h"
 
+#include "kits/interface/Colors.h"
 #include "kits/interface/Control.h"
 #include "kits/interface/Window.h"
 #include "kits/interface/backends/ViewWidget.h"
@@ -36,8 +37,9 @@ class Opener : public QToolButton {
         const QPointF middle(width() - kArrowWidth / 2.0, height() / 2.0 + 0.5);
         painter.setRenderHint(QPainter::Antialiasing);
         painter.setPen(Qt::NoPen);
-        painter.setBrush(property("onDark").toBool() ? QColor(200, 204, 214)
-                                                     : palette().color(QPalette::ButtonText));
+        painter.setBrush(property("onDark").toBool()
+                             ? QColor(200, 204, 214)
+                             : kits::ToQt(kits::PresentControlColors().arrow));
         painter.drawPolygon(QPolygonF(
             {middle + QPointF(-3.5, -2), middle + QPointF(3.5, -2), middle + QPointF(0, 2.5)}));
     }
@@ -149,7 +151,7 @@ void BMenu::Fill(QMenu& toolkit) {
         opening(*this);
     toolkit.clear();
     qDeleteAll(toolkit.findChildren<QMenu*>(Qt::FindDirectChildrenOnly));
-    // Of a group, so that the mark looks like one of many.
+    // Items are in a group, so that the mark looks like one of many.
     delete toolkit.findChild<QActionGroup*>();
     auto* group = radio ? new QActionGroup(&toolkit) : nullptr;
     for (const std::unique_ptr<BMenuItem>& item : items) {

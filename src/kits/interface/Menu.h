@@ -14,7 +14,7 @@ class BMenu;
 class QMenu;
 class QToolButton;
 
-/// A line of a menu; sends its message when it is chosen. Window thread.
+/// A line of a menu, which sends its message when a person chooses it. Window thread.
 class BMenuItem : public BInvoker {
   public:
     /// Takes the message, which may be null.
@@ -25,13 +25,13 @@ class BMenuItem : public BInvoker {
 
     const char* Label() const { return label.c_str(); }
     bool IsMarked() const { return marked; }
-    /// In a menu of radio mode the others lose their mark.
+    /// Marks the item or not. In a menu of radio mode the other items lose their mark.
     void SetMarked(bool mark);
     BMenu* Menu() const { return menu; }
-    /// Null where the item is none that opens a menu.
+    /// Returns the menu that the item opens, or null.
     BMenu* Submenu() const { return submenu.get(); }
 
-    /// As if the user had chosen the item.
+    /// Does what a choice by a person does.
     void Choose();
 
   private:
@@ -49,7 +49,7 @@ class BSeparatorItem : public BMenuItem {
 
 enum menu_layout { B_ITEMS_IN_ROW, B_ITEMS_IN_COLUMN };
 
-/// A list of items, which it owns. Window thread.
+/// A menu is a list of items, which it owns. Window thread.
 class BMenu {
   public:
     explicit BMenu(const char* name, menu_layout layout = B_ITEMS_IN_COLUMN);
@@ -59,8 +59,8 @@ class BMenu {
 
     const char* Name() const { return name.c_str(); }
     void SetName(std::string_view next);
-    /// Called when a person opens the menu, before it is shown, to fill it with what there is by
-    /// now.
+    /// Sets a function that is called each time when a person opens the menu, before it is shown,
+    /// to fill it with what there is by then.
     void SetOpening(std::function<void(BMenu& menu)> next) { opening = std::move(next); }
 
     /// Takes the item over.
@@ -70,7 +70,7 @@ class BMenu {
     void RemoveAll();
     std::size_t CountItems() const { return items.size(); }
     BMenuItem* ItemAt(std::size_t index) const;
-    /// Null if there is none.
+    /// Returns the item of that label, null if there is none.
     BMenuItem* FindItem(std::string_view label) const;
     BMenuItem* FindItem(uint32 command) const;
     BMenuItem* FindMarked() const;
@@ -78,15 +78,15 @@ class BMenu {
     void SetTargetForItems(const BHandler* handler);
     void SetTargetForItems(const BMessenger& messenger);
 
-    /// Choosing an item marks it, and it alone.
+    /// Where on, choosing an item marks it, and it alone.
     void SetRadioMode(bool on) { radio = on; }
     bool IsRadioMode() const { return radio; }
-    /// What opens the menu shows the marked item's label.
+    /// Where on, the button or line that opens the menu shows the marked item's label.
     void SetLabelFromMarked(bool on) { labelFromMarked = on; }
-    /// The label of what opens the menu.
+    /// Returns the label of what opens the menu.
     std::string Title() const;
 
-    /// For the kits: fills a toolkit menu, and tells when the title may have changed.
+    /// Fills a toolkit's menu, and tells it when the title may have changed. Only the kits call it.
     void Fill(QMenu& toolkit);
     void SetObserver(std::function<void()> next) { observer = std::move(next); }
 
@@ -112,25 +112,25 @@ class BPopUpMenu : public BMenu {
 /// A view that shows a menu's title with an arrow, and opens it.
 class BMenuField : public BView {
   public:
-    /// Takes the menu. The label, which may be empty, stands left of it.
+    /// Takes the menu over. The label, which may be empty, stands left of it.
     BMenuField(BRect frame, const char* name, const char* label, BMenu* menu,
                uint32 resizingMode = B_FOLLOW_LEFT | B_FOLLOW_TOP,
                uint32 flags = B_WILL_DRAW | B_NAVIGABLE);
     ~BMenuField() override;
 
     BMenu* Menu() const { return menu.get(); }
-    /// Where the menu begins, in pixels from the left edge.
+    /// Sets where the menu begins, in pixels from the field's left edge.
     void SetDivider(float position);
     float Divider() const { return divider; }
-    /// As BButton::SetOnDark.
+    /// Does what BButton::SetOnDark does.
     void SetOnDark();
 
-    /// What is shown of the menu's title: all of it, unless there is no room.
+    /// Returns the part of the menu's title that is shown: all of it, unless there is no room.
     std::string ShownTitle() const;
 
     void SetEnabled(bool enabled);
 
-    /// Height of what opens a menu, as BRect::Height counts it.
+    /// Returns the height of what opens a menu, as BRect::Height counts it.
     static float PreferredHeight();
 
     void AttachedToWindow() override;
@@ -151,7 +151,7 @@ class BMenuBar : public BView {
     BMenuBar(BRect frame, const char* name, uint32 resizingMode = B_FOLLOW_LEFT | B_FOLLOW_TOP,
              menu_layout layout = B_ITEMS_IN_ROW, bool resizeToFit = true);
 
-    /// Takes the menu. Menus share the bar's width.
+    /// Takes the menu over. The menus of a bar share its width.
     void AddItem(BMenu* menu);
 
   private:

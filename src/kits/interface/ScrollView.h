@@ -6,8 +6,9 @@
 
 class QScrollArea;
 
-/// Has bars where the target is larger than the view. The wheel moves it where nothing in it has
-/// another use for that, and what gets the focus comes into sight. Window thread.
+/// A view with a larger one inside, which it scrolls. It has bars where that one, its target, is
+/// larger than itself. The wheel moves the target where nothing in it has another use for the
+/// wheel, and what gets the focus comes into sight. Window thread.
 class BScrollView : public BView {
   public:
     BScrollView(BRect frame, const char* name, uint32 resizingMode = B_FOLLOW_LEFT | B_FOLLOW_TOP);
@@ -16,12 +17,12 @@ class BScrollView : public BView {
     /// Takes the view that is shown, once. It is as large as it says, but not smaller than what
     /// can be seen, and than the least size given here (as BRect::Width and Height count it).
     void SetTarget(BView* view, float leastWidth, float leastHeight);
-    /// Another least size.
+    /// Sets another least size, counted as in SetTarget.
     void SetLeastSize(float width, float height);
 
     void FrameResized(float width, float height) override;
 
-    /// How thick a bar is, in pixels.
+    /// Returns how thick a bar is, in pixels.
     static float BarWidth();
 
   private:

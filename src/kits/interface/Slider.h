@@ -6,9 +6,9 @@
 
 class QSlider;
 
-/// Shows its label and number above the slider, or neither where there is no label. While the user
-/// moves it, by mouse or keyboard, it sends its message with the number as int32 "be:value". Window
-/// thread.
+/// A slider shows its label and its number above itself, or neither where there is no label. While
+/// a person moves it, by mouse or keyboard, it sends its message with the number as int32
+/// "be:value". Window thread.
 class BSlider : public BControl {
   public:
     BSlider(BRect frame, const char* name, const char* label, BMessage* message, int32 minimum,
@@ -16,9 +16,9 @@ class BSlider : public BControl {
             uint32 flags = B_WILL_DRAW | B_NAVIGABLE);
 
     int32 Value() const;
-    /// Sends nothing.
+    /// Sets the number without sending the message.
     void SetValue(int32 value);
-    /// As if the user had moved it.
+    /// Sets the number and sends the message, as a person's move does.
     void Move(int32 value);
 
   private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What moves more often than a window's pulse.
+// A ticker is for what moves more often than a window's pulse.
 #pragma once
 
 #include "kits/support/SupportDefs.h"
@@ -16,7 +16,7 @@ namespace kits {
 /// while an alert waits. Window thread.
 class Ticker {
   public:
-    /// Every `interval` microseconds, at least 1000. The view outlives the ticker.
+    /// Calls `tick` every `interval` microseconds, at least 1000. The view outlives the ticker.
     Ticker(const BView& view, bigtime_t interval, std::function<void()> tick);
     ~Ticker();
     Ticker(const Ticker&) = delete;

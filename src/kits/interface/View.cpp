@@ -318,7 +318,7 @@ void BView::StrokeArc(BPoint center, float radius, float from, float sweep, floa
                      static_cast<int>(std::lround(sweep * 16)));
 }
 
-void BView::DrawBitmap(const BBitmap* bitmap, BRect destination) {
+void BView::DrawBitmap(const BBitmap* bitmap, BRect destination, bool inBlocks) {
     QPainter* painter = widget->Painter();
     if (!painter || !bitmap || !bitmap->IsValid())
         return;
@@ -326,7 +326,8 @@ void BView::DrawBitmap(const BBitmap* bitmap, BRect destination) {
     const QImage image = kits::ToQt(dense ? *bitmap->Dense() : *bitmap);
     const QRect place = kits::ToQt(destination);
     const QSize size = (QSizeF(place.size()) * widget->devicePixelRatioF()).toSize();
-    painter->setRenderHint(QPainter::SmoothPixmapTransform, size != image.size());
+    painter->setRenderHint(QPainter::SmoothPixmapTransform,
+                           (inBlocks ? place.size() : size) != image.size());
     painter->drawImage(place, image);
 }
 

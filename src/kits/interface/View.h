@@ -46,25 +46,25 @@ class BView : public BHandler {
     /// is a second wheel to the right. Fractions come from touch pads. False where the view has no
     /// use for it: the parent is asked next.
     virtual bool WheelMoved(BPoint where, BPoint steps);
-    /// A key, while the view has the focus. False where the view has no use for it: it is the
-    /// window's then, as B_KEY_DOWN or TakeShortcut.
+    /// Called for a key while the view has the focus. It answers false where the view has no use
+    /// for it: the key is the window's then, as B_KEY_DOWN or TakeShortcut.
     virtual bool KeyDown(const kits::KeyPress& press);
     /// The view, not a control inside of it, has got the focus or lost it.
     virtual void FocusChanged() {}
     /// The set of colours is another one. A view takes its colours anew and draws itself.
     virtual void ColorsChanged() {}
-    /// As often as the window says, while it is shown; with B_PULSE_NEEDED.
+    /// Called at the pulse rate of the window while that is shown, if the view has B_PULSE_NEEDED.
     virtual void Pulse() {}
-    /// The next picture of what moves, some sixty times a second after StartAnimation while the
-    /// view can be seen; `seconds` have passed since the last one. False where nothing moves any
-    /// more.
+    /// Called for the next picture of what moves, some sixty times a second after StartAnimation
+    /// while the view can be seen; `seconds` have passed since the last one. It answers false where
+    /// nothing moves any more.
     virtual bool Animate(float /*seconds*/) { return false; }
-    /// With B_FRAME_EVENTS.
+    /// Called with the new size in pixels, if the view has B_FRAME_EVENTS.
     virtual void FrameResized(float width, float height);
 
     // The tree of views.
 
-    /// Takes the view over, behind its present children in the order of the Tab key.
+    /// Takes the view over. In the order of the Tab key it comes after the present children.
     void AddChild(BView* child);
     /// Gives the child back to the caller; false if it is none.
     bool RemoveChild(BView* child);
@@ -73,7 +73,7 @@ class BView : public BHandler {
     BView* Parent() const { return parent; }
     /// The view of that name here or below, null if there is none.
     BView* FindView(std::string_view name);
-    /// Null before the view is attached.
+    /// Returns the window that the view is in, null before it is attached.
     BWindow* Window() const { return window; }
 
     // Place.
@@ -91,9 +91,9 @@ class BView : public BHandler {
     void Show();
     bool IsHidden() const { return hidden; }
 
-    // Drawing state. Text and lines are in the high colour unless a pattern says otherwise.
+    // The following draws. Text and lines are in the high colour unless a pattern says otherwise.
 
-    /// What is behind all that the view draws.
+    /// Sets the colour that is behind all that the view draws.
     void SetViewColor(rgb_color color);
     rgb_color ViewColor() const { return viewColor; }
     void SetHighColor(rgb_color color) { highColor = color; }
@@ -115,14 +115,15 @@ class BView : public BHandler {
     /// Starts at the pen, the baseline's left end, and leaves the pen where a next one would start.
     void DrawString(std::string_view text);
     void DrawString(std::string_view text, BPoint baseline);
-    /// Both end pixels belong to the line; the pen is left at the end.
+    /// Draws a line, to which both end pixels belong, and leaves the pen at its end.
     void StrokeLine(BPoint from, BPoint to, pattern which = B_SOLID_HIGH);
-    /// From the pen.
+    /// Draws a line from where the pen is, and leaves the pen at its end.
     void StrokeLine(BPoint to, pattern which = B_SOLID_HIGH);
     void FillRect(BRect rect, pattern which = B_SOLID_HIGH);
 
-    // With smooth edges, in the high colour, whose alpha counts; coordinates are those of pixels'
-    // centres, widths are pixels and angles degrees, counter-clockwise from the right.
+    // The following draw with smooth edges in the high colour, whose alpha counts. Coordinates are
+    // those of pixels' centres, widths are pixels, and angles are degrees, counter-clockwise from
+    // the right.
 
     void StrokePath(std::span<const BPoint> points, float width = 1.5F, bool closed = false);
     void FillPolygon(std::span<const BPoint> points);
@@ -132,56 +133,58 @@ class BView : public BHandler {
     void StrokeEllipse(BPoint center, float radiusX, float radiusY, float width = 1.5F);
     void StrokeArc(BPoint center, float radius, float from, float sweep, float width = 1.5F);
 
-    /// Scaled to the rectangle; where it is as large as that on the screen, its pixels are the
-    /// screen's.
-    void DrawBitmap(const BBitmap* bitmap, BRect destination);
-    /// The screen's pixels per pixel of the coordinates, in a row.
+    /// Draws the bitmap, scaled to the rectangle. Where it has as many pixels as that has on the
+    /// screen, they are the screen's. `inBlocks` makes a block of each where the screen is denser
+    /// than the view.
+    void DrawBitmap(const BBitmap* bitmap, BRect destination, bool inBlocks = false);
+    /// Returns how many of the screen's pixels there are in a row per pixel of the coordinates.
     float Density() const;
 
-    /// Has Animate called until it answers false. Where the view cannot be seen, as it or its
-    /// window is hidden or minimized, nothing happens, and what goes on there ends.
+    /// Has Animate called again and again until it answers false. Where the view cannot be seen, as
+    /// it or its window is hidden or minimized, nothing starts, and an animation under way ends.
     void StartAnimation();
 
     void Invalidate();
-    /// That part will be drawn soon.
+    /// Has that part drawn soon.
     void Invalidate(BRect rect);
 
     // Input.
 
-    /// Where the pointer was and which buttons were down at the event that is being handled, or at
-    /// the last one. `checkQueue` is for compatibility.
+    /// Tells where the pointer was and which buttons were down at the event that is being handled,
+    /// or at the last one. `checkQueue` has no effect; it is there as callers pass it.
     void GetMouse(BPoint* where, uint32* buttons, bool checkQueue = true) const;
     /// The keys that were held at that event, B_SHIFT_KEY and so on, added up.
     uint32 Modifiers() const;
-    /// Whether a key is held now that writes this character; a letter is a capital.
+    /// True while a key is held that writes this character; a letter is given as a capital.
     static bool IsHeld(char32_t character);
-    /// How many presses follow each other at the same place: 2 for a double click.
+    /// Returns how many presses have followed each other at the same place: 2 for a double click.
     int32 Clicks() const;
     virtual void MakeFocus(bool focused = true);
     virtual bool IsFocus() const;
-    /// Whether the view has got the focus otherwise than by a press of the mouse. A window that
-    /// comes back leaves that as it was.
+    /// True where the view has got the focus otherwise than by a press of the mouse. When a window
+    /// comes back the answer is what it was before.
     bool IsFocusByKeys() const;
-    /// Shown when the pointer rests on the view; also read out to those who cannot see it. Empty or
-    /// null for none.
+    /// Sets a text that is shown when the pointer rests on the view and read out to those who
+    /// cannot see it. Empty or null takes it away.
     virtual void SetToolTip(const char* text);
     const char* ToolTip() const { return toolTip.c_str(); }
-    /// What the view is called where it is read out, in words that a person understands; a control
-    /// is called by its label unless told otherwise.
+    /// Sets what the view is called where it is read out, in words that a person understands. A
+    /// control is called by its label unless told otherwise.
     void SetAccessibleName(std::string_view words);
 
-    // What those learn who cannot see the view. A control knows all that by itself.
+    // The following tell of the view to those who cannot see it. A control answers all that by
+    // itself.
 
-    /// The view as a whole.
+    /// Describes the view as a whole.
     virtual kits::AccessibleThing Describe() const { return {}; }
     /// The parts that the view draws by itself, by index.
     virtual std::size_t CountParts() const { return 0; }
     virtual kits::AccessibleThing DescribePart(std::size_t /*index*/) const { return {}; }
     /// Does what the action of a part says, or of the view where there is no index.
     virtual void Activate(std::optional<std::size_t> /*part*/) {}
-    /// Sets the number of a part, or of the view.
+    /// Sets the number that a part has, or the view where no part is given.
     virtual void SetNumber(std::optional<std::size_t> /*part*/, double /*value*/) {}
-    /// To be called when any of that has changed while somebody may be listening.
+    /// The view calls it when its description has changed while somebody may be listening.
     void DescriptionChanged();
 
   private:
@@ -211,6 +214,6 @@ class BView : public BHandler {
     std::unique_ptr<kits::ViewWidget> widget;
 
   public:
-    /// For the kits, which put toolkit widgets inside.
+    /// The toolkit's widget of the view, in which the kits put others. Only they call it.
     kits::ViewWidget& Widget() const { return *widget; }
 };

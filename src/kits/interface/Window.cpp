@@ -252,7 +252,8 @@ void BWindow::ResizeTo(float width, float height) {
 }
 
 void BWindow::MoveTo(float x, float y) {
-    widget->move(int(x), int(y));
+    // Not move(), which places the title.
+    widget->setGeometry({QPoint(int(x), int(y)), widget->size()});
 }
 
 void BWindow::SetSizeLimits(float minWidth, float maxWidth, float minHeight, float maxHeight) {
@@ -267,7 +268,9 @@ void BWindow::SetSizeLimits(float minWidth, float maxWidth, float minHeight, flo
 BRect BWindow::Room() const {
     /// What a title takes before the window manager has said so, in pixels.
     constexpr int kUsualTitle = 24;
-    const QRect free = widget->screen()->availableGeometry();
+    // Before it is shown the toolkit knows no better than the first screen.
+    const QScreen* const there = QGuiApplication::screenAt(widget->geometry().center());
+    const QRect free = (there ? there : widget->screen())->availableGeometry();
     const QRect outside = widget->frameGeometry();
     const QRect inside = widget->geometry();
     const bool decorated = outside != inside;

@@ -20,8 +20,8 @@ constexpr uint32 B_NOT_RESIZABLE = 1U << 1;
 constexpr uint32 B_NOT_ZOOMABLE = 1U << 6;
 constexpr uint32 B_CURRENT_WORKSPACE = 0;
 
-/// Made hidden, by new; deletes itself when it quits. Ctrl+Q and Ctrl+W close it as its button
-/// does. Its views are in the coordinates of its content area. Window thread.
+/// A window is made hidden, by new, and deletes itself when it quits. Ctrl+Q and Ctrl+W close it as
+/// its button does. Its views are in the coordinates of its content area, in pixels. Window thread.
 class BWindow : public BLooper {
   public:
     /// The frame, on the screen, is that of the content area, edges included.
@@ -32,18 +32,19 @@ class BWindow : public BLooper {
 
     // Hooks.
 
-    /// Whether the window may close; asked when the user closes it.
+    /// Called when a person closes the window; where it answers false the window stays.
     virtual bool QuitRequested() { return true; }
     /// The content area has changed its size; the views have followed.
     virtual void FrameResized(float /*width*/, float /*height*/) {}
 
-    /// A key that nothing in the window wanted, beside Ctrl or Alt or of those that write nothing.
-    /// False where the window has no use for it: then it becomes B_KEY_DOWN, unless Ctrl or Alt is
-    /// held.
+    /// Called for a key that nothing in the window wanted, beside Ctrl or Alt or of those that
+    /// write nothing. It answers false where the window has no use for it: then it becomes
+    /// B_KEY_DOWN, unless Ctrl or Alt is held.
     virtual bool TakeShortcut(const kits::KeyPress& /*press*/) { return false; }
 
-    /// From now on files can be dropped anywhere in the window, and texts where no field is; they
-    /// come as B_SIMPLE_DATA. What is dragged stays where it was.
+    /// From now on files can be dropped anywhere in the window, and texts where no field is. They
+    /// come as a message B_SIMPLE_DATA. The dragged files and texts themselves stay where they
+    /// were.
     void TakeDrops();
 
     /// Has all views take their colours anew.
@@ -60,9 +61,9 @@ class BWindow : public BLooper {
     BView* ChildAt(std::size_t index) const;
     BView* FindView(std::string_view name) const;
 
-    /// The window becomes the content of that one of the X server, which another program may own,
-    /// is given the size of this one and is followed from then on. Before Show; without effect on
-    /// another display.
+    /// Makes the window the content of the window `host` of the X server, which another program may
+    /// own. It gives that its size and follows it from then on. It must be called before Show, and
+    /// has no effect on another display.
     void EmbedInto(uint32 host);
     void Show();
     void Hide();
@@ -71,23 +72,24 @@ class BWindow : public BLooper {
     const char* Title() const { return title.c_str(); }
     void SetTitle(const char* next);
 
-    /// On the screen.
+    /// Returns the place of the window on the screen, in pixels.
     BRect Frame() const { return frame; }
     BRect Bounds() const { return frame.OffsetToCopy(0, 0); }
     void ResizeTo(float width, float height);
     void MoveTo(float x, float y);
-    /// Of width and height, as BRect::Width counts them.
+    /// Sets the limits of width and height, in pixels as BRect::Width counts them.
     void SetSizeLimits(float minWidth, float maxWidth, float minHeight, float maxHeight);
     /// The part of its screen that the window may fill with its content, beside its title and what
     /// the desktop keeps for itself.
     BRect Room() const;
-    /// The window comes to the desktop that the user looks at.
+    /// Brings the window to the desktop that the user looks at.
     void SetWorkspaces(uint32 workspaces);
 
-    /// Microseconds between the pulses of the views, at least 1000. 500000 at first.
+    /// Sets the microseconds between the pulses of the views, at least 1000. They are 500000 at
+    /// first.
     void SetPulseRate(bigtime_t rate);
 
-    /// For the kits.
+    /// The toolkit's widget of the window. Only the kits call it.
     kits::WindowWidget& Widget() const { return *widget; }
 
   private:

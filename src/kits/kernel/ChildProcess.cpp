@@ -113,7 +113,7 @@ struct Start {
     /// Null: stay.
     const char* folder;
     int standardError;
-    /// Its controlling terminal; null: none.
+    /// The program's controlling terminal; null if it has none.
     const char* terminal;
     /// Takes the errno of what failed; closed by the program's start.
     int failure;
@@ -133,7 +133,7 @@ struct Start {
     ::sigemptyset(&none);
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
 
-    // With a group of its own.
+    // The child has a group of its own.
     bool ready = ::setsid() >= 0;
     if (start.terminal)
         ready = ready && ::open(start.terminal, O_RDWR | O_CLOEXEC) >= 0;

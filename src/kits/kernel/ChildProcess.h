@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Running another program to its end, within limits.
+// This runs another program to its end, within limits.
 #pragma once
 
 #include <chrono>
@@ -12,18 +12,18 @@
 
 namespace kits {
 
-/// What a program may use up. Processes that it starts have the same limits each, except for the
-/// time by the clock, which they share.
+/// The limits of what a program may use up. Processes that it starts have the same limits each,
+/// except for the time by the clock, which they share.
 struct ChildLimits {
-    /// Seconds of processor time; the system ends a process that uses more.
+    /// The seconds of processor time; the system ends a process that uses more.
     std::chrono::seconds processorTime{20};
-    /// Milliseconds by the clock after which the program and what it has started are killed.
+    /// The milliseconds by the clock after which the program and what it has started are killed.
     std::chrono::milliseconds time{30'000};
     /// The program may have so many bytes of address space.
     std::uint64_t memory = std::uint64_t{1} << 30;
     /// Each file that the program writes may have so many bytes.
     std::uint64_t fileSize = std::uint64_t{64} << 20;
-    /// So many bytes of its standard error are kept; the rest is read and dropped.
+    /// How many bytes of its standard error are kept; the rest is read and dropped.
     std::size_t standardError = std::size_t{64} << 10;
 };
 
@@ -35,7 +35,8 @@ struct ChildProgram {
     /// The folder in which it starts, which also takes its temporary files; empty: the caller's.
     std::filesystem::path folder;
     ChildLimits limits;
-    /// Asked several times a second while the program runs, in the calling thread: true ends it.
+    /// This is asked several times a second while the program runs, in the calling thread; where it
+    /// answers true the program is killed.
     std::function<bool()> stop = nullptr;
 };
 
@@ -48,7 +49,7 @@ struct ChildResult {
         signalled,
         /// It was killed because limits.time was over.
         timedOut,
-        /// Killed because `stop` wanted it.
+        /// The program was killed because `stop` answered true.
         stopped,
         /// There is no such program.
         notFound,
@@ -57,7 +58,7 @@ struct ChildResult {
     };
     End end = End::notStarted;
     int number = 0;
-    /// What it wrote to standard error.
+    /// What the program wrote to standard error, as far as that is kept.
     std::string standardError;
 
     bool Succeeded() const { return end == End::exited && number == 0; }

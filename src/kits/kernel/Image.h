@@ -9,7 +9,7 @@
 /// An add-on that is loaded; never 0 or negative.
 using image_id = int32;
 
-/// What a name in an add-on stands for.
+/// The kind of what a name in an add-on stands for.
 enum : int32 {
     B_SYMBOL_TYPE_DATA = 1,
     B_SYMBOL_TYPE_TEXT = 2,
@@ -17,12 +17,12 @@ enum : int32 {
 };
 
 /// Loads the shared object at `path` as the file is now, whatever was loaded from that path before,
-/// with all its undefined names resolved at once. Returns a negative status on failure. Any thread
-/// but the media thread, as all below.
+/// with all its undefined names resolved at once. Returns a negative status on failure. Like all
+/// functions below it may be called from any thread but the media thread.
 image_id load_add_on(const char* path);
 
-/// The address of a function or variable that the add-on exports. B_BAD_VALUE for an image that is
-/// not loaded, B_NAME_NOT_FOUND for an unknown name.
+/// Finds the address of a function or variable that the add-on exports. Returns B_BAD_VALUE for an
+/// image that is not loaded, B_NAME_NOT_FOUND for an unknown name.
 status_t get_image_symbol(image_id image, const char* name, int32 type, void** address);
 
 /// Takes an add-on's code and data out of memory: nothing may be executing or use it.

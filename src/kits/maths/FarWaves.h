@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Sine and cosine of large numbers, one at a time, the same bits on every machine.
-//
-// No loop's file may have them compiled in, as they are for any machine.
+// These are sine and cosine of large numbers, one at a time, the same bits on every machine. No
+// loop's file may have them compiled in, as they are for any machine.
 #pragma once
 
 namespace kits {
 
-/// Within 1 ulp for every number; NaN for an infinite one. Any thread, real-time safe.
+/// Returns the sine within 1 ulp for every number, and NaN for an infinite one. Any thread,
+/// real-time safe.
 double FarSine(double x);
 double FarCosine(double x);
 

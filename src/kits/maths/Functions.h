@@ -32,7 +32,7 @@ VEXA_REALTIME inline double OfWord(Word word) {
     return __builtin_bit_cast(double, word);
 }
 
-/// c[0] + c[1] x + c[2] x^2 ...
+/// Computes c[0] + c[1] x + c[2] x^2 ...
 template<int count>
 VEXA_REALTIME inline double Polynomial(double x, const double (&c)[count]) {
     double sum = c[count - 1];
@@ -46,10 +46,10 @@ VEXA_REALTIME inline double Polynomial(double x, const double (&c)[count]) {
 constexpr double kPi1 = 0x1.921fcp+1;
 constexpr double kPi2 = -0x1.5777ap-20;
 constexpr double kPi3 = -0x1.73dcb3b399d74p-42;
-/// Where the reduction ends. What it leaves out of pi is below 2^-76 there.
+/// The reduction ends here: what it leaves out of pi is below 2^-76 up to this size.
 constexpr double kLongestWave = 1e6;
-/// Up to here a wave's error is still below 1e-15, if more units of its last place near its zeros;
-/// FarWaves.h has what lies beyond.
+/// Up to this size a wave's error is still below 1e-15, though that is more units of its last place
+/// near its zeros; FarWaves.h has what lies beyond.
 constexpr double kLongestPhase = 1e10;
 
 // (sin(r) / r - 1) / r^2 for r^2 up to (pi / 2)^2; the error of r + r^3 times it is below 1e-17.
@@ -74,7 +74,7 @@ inline double Wave(double x) {
     return !cosine && x == 0 ? x : OfWord(WordOf(sine) ^ sign);
 }
 
-/// Where NearModulo ends: the product of a quotient below it and half of a number's bits is exact.
+/// NearModulo ends here: the product of a quotient below it and half of a number's bits is exact.
 constexpr double kLargestQuotient = 0x1p26;
 
 /// fmod(x, y) for |x / y| < kLargestQuotient and a y that is not subnormal; exact, as all of its
@@ -116,17 +116,18 @@ constexpr double kMostExponential = 708;
 /// Below this exp(x) is 0.
 constexpr double kNoExponential = -746;
 
-/// Right where |x| <= kMostExponential or x < kNoExponential. What is computed there is set
-/// aside, and so without the subnormal numbers that processors are slow with.
+/// Computes exp(x), right where |x| <= kMostExponential or x < kNoExponential. What comes out
+/// elsewhere is set aside, and so is computed without the subnormal numbers that processors are
+/// slow with.
 inline double NearExponential(double x) {
     const bool none = x < kNoExponential;
     const Power power = Reduce(none ? 0 : x);
-    // The bits of 2^k
+    // This is 2^k.
     const double factor = OfWord((WordOf(power.shifted) + 1023) << 52);
     return none ? 0 : (1 + power.part) * factor;
 }
 
-/// For every x.
+/// Computes exp(x) for every x.
 VEXA_REALTIME inline double Exponential(double x) {
     const double low = x < kNoExponential ? kNoExponential : x;
     const Power power = Reduce(low > 710 ? 710 : low);
@@ -141,10 +142,10 @@ VEXA_REALTIME inline double Exponential(double x) {
 
 inline double HyperbolicTangent(double x) {
     const double size = __builtin_fabs(x);
-    // 1 from here on.
+    // From 20 on tanh is 1 in double.
     const Power power = Reduce(2 * (size < 20 ? size : 20));
     const double factor = OfWord((WordOf(power.shifted) + 1023) << 52);
-    // exp(2 |x|) - 1
+    // t is exp(2 |x|) - 1.
     const double t = factor * power.part + (factor - 1);
     const double value = __builtin_copysign(t / (t + 2), x);
     return x == x ? value : x;
@@ -160,7 +161,7 @@ VEXA_REALTIME inline double Logarithm(double x) {
     // x = 2^k (1 + f) with 1 + f from sqrt(1/2) to sqrt(2).
     const bool tiny = x < 0x1p-1022;
     const double scaled = tiny ? x * 0x1p54 : x;
-    constexpr Word kRoot = 0x3fe6a09e667f3bcd; // of sqrt(1/2)
+    constexpr Word kRoot = 0x3fe6a09e667f3bcd; // These are the bits of sqrt(1/2).
     const Word above = WordOf(scaled) - kRoot;
     const auto steps = static_cast<std::int64_t>(above) >> 52;
     const double f = OfWord((above & 0xfffffffffffff) + kRoot) - 1;
@@ -185,7 +186,8 @@ VEXA_REALTIME inline double Angle(double up, double across) {
     const bool steep = up > across;
     const double small = steep ? across : up;
     const double large = steep ? up : across;
-    // From the nearer one of the axis and the diagonal: |t| <= tan(pi / 8).
+    // The angle is measured from the nearer one of the axis and the diagonal, so that |t| <= tan(pi
+    // / 8).
     const bool diagonal = small > large * 0x1.a827999fcef32p-2;
     const double nominator = diagonal ? small - large : small;
     const double denominator = diagonal ? small + large : large;
@@ -208,8 +210,8 @@ inline double ArcTangent(double x) {
 inline double ArcTangent2(double y, double x) {
     const double xsize = __builtin_fabs(x);
     const double ysize = __builtin_fabs(y);
-    // What is infinite is so beside any number, and two of them are alike. Large numbers are made
-    // smaller, so that their sum is a number.
+    // An infinite number beside a finite one counts as 1 beside 0, and two infinite ones count as
+    // 1 and 1. Large numbers are made smaller, so that their sum is a number.
     const bool flat = xsize == kInfinity;
     const bool high = ysize == kInfinity;
     const double beside = high ? 0 : xsize;

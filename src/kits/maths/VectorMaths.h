@@ -10,22 +10,22 @@
 
 namespace kits {
 
-/// Loops for one instruction set; each name is that of the function in C. The count is a multiple
-/// of kGroup, the arrays do not overlap. Any thread, real-time safe.
+/// The loops for one instruction set; each name is that of the function in C. The count is a
+/// multiple of kGroup, and the arrays do not overlap. Any thread, real-time safe.
 struct VectorMaths {
     static constexpr std::size_t kGroup = 8;
 
     using OfOne = void (*)(const double* x, double* values, std::size_t count);
     using OfTwo = void (*)(const double* x, const double* y, double* values, std::size_t count);
 
-    /// Within 1 ulp; erfc within 1.5.
+    /// These are exact within 1 ulp; erfc within 1.5.
     OfOne sin, cos, tan, asin, acos, sinh, cosh, asinh, acosh, atanh, exp2, expm1, log2, log10,
         log1p, cbrt, erf, erfc, tgamma, lgamma;
     OfTwo pow, hypot;
 };
 
-/// One for each instruction set of vexa_loops that this architecture has, in its order; the first
-/// runs on every machine.
+/// Returns one for each instruction set of vexa_loops that this architecture has, in its order; the
+/// first runs on every machine.
 std::span<const VectorMaths* const> AllVectorMaths();
 
 } // namespace kits

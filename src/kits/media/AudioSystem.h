@@ -12,16 +12,16 @@ namespace kits {
 /// The audio systems, in the order in which they are tried. The system None has no devices.
 enum class AudioSystem { Jack, Pulse, Alsa, None };
 
-/// "jack", "pulse", "alsa" or "none"; nothing for another name.
+/// Returns the system called "jack", "pulse", "alsa" or "none"; nothing for another name.
 std::optional<AudioSystem> AudioSystemNamed(std::string_view name);
 
-/// The system that the mixer is to play through; without a value the first that has a device, which
-/// is the chosen one from then on. Window thread.
+/// Sets the system that the mixer is to play through. Without a value it is the first that has a
+/// device, which is the chosen one from then on. Window thread.
 void ChooseAudioSystem(std::optional<AudioSystem> system);
 /// Returns the systems to try, in their order: the chosen one, or all. Window thread.
 std::vector<AudioSystem> AudioSystemsToTry();
 
-/// The output devices of all systems, for a person. Window thread.
+/// Returns the output devices of all systems, in words for a person. Window thread.
 std::vector<std::string> AudioDeviceNames();
 
 } // namespace kits

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The memory that media data travel in.
+// This is the memory that media data travel in.
 #pragma once
 
 #include "kits/media/MediaDefs.h"
@@ -15,7 +15,7 @@ enum { B_ANY_ADDRESS = 0, B_NO_LOCK = 0, B_FULL_LOCK = 2 };
 
 class BBufferGroup;
 
-/// A piece of memory with a header. Belongs to whoever requested it until Recycle.
+/// A piece of memory with a header. It belongs to whoever requested it until Recycle.
 class BBuffer {
   public:
     VEXA_REALTIME void* Data() { return data.get(); }
@@ -33,22 +33,22 @@ class BBuffer {
     std::atomic<bool> inUse{false};
 };
 
-/// Buffers of one size, made at once and used over and over.
+/// A group of buffers of one size, made at once and used over and over.
 class BBufferGroup {
   public:
     /// `count` buffers of `size` bytes. `lock` B_FULL_LOCK keeps them in memory where the system
     /// allows it; the placement is always B_ANY_ADDRESS.
     BBufferGroup(std::size_t size, int32 count, uint32 placement = B_ANY_ADDRESS,
                  uint32 lock = B_NO_LOCK);
-    /// All buffers must have come back.
+    /// All buffers must have come back before.
     ~BBufferGroup();
     BBufferGroup(const BBufferGroup&) = delete;
     BBufferGroup& operator=(const BBufferGroup&) = delete;
 
     int32 CountBuffers() const { return static_cast<int32>(buffers.size()); }
 
-    /// A buffer of at least `size` bytes; waits for one at most `timeout` microseconds, then null.
-    /// Media thread.
+    /// Returns a buffer of at least `size` bytes; it waits for one at most `timeout` microseconds,
+    /// and returns null where none came. Media thread.
     VEXA_REALTIME BBuffer* RequestBuffer(std::size_t size, bigtime_t timeout);
 
   private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Waiting by the system's clock.
+// This waits by the system's clock.
 #pragma once
 
 #include "kits/support/SupportDefs.h"

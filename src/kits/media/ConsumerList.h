@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Where buffers go: the registered consumers, as media threads look them up.
+// The list has the registered consumers, as media threads look them up to send buffers.
 #pragma once
 
 #include "kits/media/MediaDefs.h"
@@ -9,7 +9,7 @@ class BBufferConsumer;
 
 namespace kits {
 
-/// The consumer that a destination belongs to; null where it is not listed. Media thread.
+/// Returns the consumer that a destination belongs to; null where it is not listed. Media thread.
 VEXA_REALTIME BBufferConsumer* ConsumerOf(const media_destination& destination) noexcept;
 
 /// Lists a consumer by its control port; false where there are too many. Window thread.

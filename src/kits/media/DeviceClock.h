@@ -19,17 +19,19 @@ class DeviceClock {
     /// woke up.
     explicit DeviceClock(double rate, double smoothing = 0.05) : rate(rate), smoothing(smoothing) {}
 
-    /// The device's thread: a period begins with the device's frame `frame`, at that real time.
+    /// Tells that a period begins with the device's frame `frame`, at that real time in
+    /// microseconds. The device's thread.
     VEXA_REALTIME void Period(int64 frame, bigtime_t realTime) noexcept;
 
-    /// The first frame of the present period. Any thread.
+    /// Returns the number of the first frame of the present period. Any thread.
     int64 Frame() const noexcept { return Latest().frame; }
-    /// Microseconds; wait-free, any thread. Told from the period that was under way at that time,
-    /// so that what came in with a period is at its frame however late one asks.
+    /// Returns the performance time of a moment of the system's clock, both in microseconds. It is
+    /// told from the period that was under way at that moment, so that what came in with a period
+    /// is at its frame however late one asks. Wait-free, any thread.
     VEXA_REALTIME bigtime_t PerformanceTimeFor(bigtime_t realTime) const noexcept;
     bigtime_t RealTimeFor(bigtime_t performanceTime) const noexcept;
 
-    /// Whether the device has begun a period in the last half second. Any thread.
+    /// True where the device has begun a period in the last half second. Any thread.
     bool IsRunning(bigtime_t realTime) const noexcept;
 
     VEXA_REALTIME bigtime_t TimeOf(int64 frame) const noexcept {
@@ -46,7 +48,8 @@ class DeviceClock {
     };
     VEXA_REALTIME const Moment& Latest() const noexcept { return moments[latest]; }
 
-    /// How many of the latest moments may be looked at: a period or two may begin meanwhile.
+    /// How many of the latest moments may be read: the others may be overwritten, as a period or
+    /// two may begin meanwhile.
     static constexpr uint32 kReadable = 6;
 
     double rate;

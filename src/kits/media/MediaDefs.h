@@ -19,7 +19,7 @@ constexpr status_t B_TIMED_OUT = -ETIMEDOUT;
 using media_node_id = int32;
 using media_buffer_id = int32;
 
-/// Where a connection begins: an output of the node with that control port.
+/// The begin of a connection: an output of the node with that control port.
 struct media_source {
     int32 port = -1;
     int32 id = -1;
@@ -28,7 +28,7 @@ struct media_source {
 };
 inline constexpr media_source media_source::null{};
 
-/// Where a connection ends: an input of the node with that control port.
+/// The end of a connection: an input of the node with that control port.
 struct media_destination {
     int32 port = -1;
     int32 id = -1;
@@ -72,17 +72,17 @@ struct media_input {
     char name[B_MEDIA_NAME_LENGTH] = {};
 };
 
-/// What a buffer says of its content.
+/// The header of a buffer tells of its content.
 struct media_header {
     media_type type = B_MEDIA_NO_TYPE;
-    /// Bytes.
+    /// The bytes of content in the buffer.
     std::size_t size_used = 0;
     media_node_id time_source = -1;
     /// Performance time at which the first frame is to be heard, in microseconds.
     bigtime_t start_time = 0;
 };
 
-/// How a node deals with being late.
+/// These say how a node deals with being late.
 enum run_mode : int32 {
     B_OFFLINE = 1,
     B_DECREASE_PRECISION,

@@ -58,7 +58,7 @@ void BMediaEventLooper::Quit() {
     state = B_QUITTING;
     ::sem_post(&wake);
     thread.join();
-    // What was asked for too late for the loop.
+    // This does what was asked for too late for the loop.
     ServeRequests();
 }
 
@@ -118,7 +118,7 @@ void BMediaEventLooper::Loop() {
     }
 }
 
-/// In the order in which they were asked for.
+/// Runs the hooks in the order in which they were asked for.
 void BMediaEventLooper::ServeRequests() {
     Request* newest = requests.exchange(nullptr);
     Request* oldest = nullptr;

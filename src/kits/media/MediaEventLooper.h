@@ -14,7 +14,7 @@
 
 constexpr int32 B_REAL_TIME_PRIORITY = 120;
 
-/// Something to be done at a performance time.
+/// An event is something to be done at a performance time.
 struct media_timed_event {
     enum event_type : int32 { B_START = 1, B_STOP, B_HANDLE_BUFFER };
     bigtime_t event_time = 0;
@@ -51,7 +51,7 @@ class BMediaEventLooper : public virtual BMediaNode {
     void Start(bigtime_t performanceTime) override;
     void Stop(bigtime_t performanceTime, bool immediate) override;
 
-    /// Any thread.
+    /// Returns what the looper is doing. Any thread.
     run_state RunState() const { return state; }
     VEXA_REALTIME bigtime_t EventLatency() const { return eventLatency; }
     VEXA_REALTIME bigtime_t SchedulingLatency() const { return schedulingLatency; }
@@ -66,13 +66,13 @@ class BMediaEventLooper : public virtual BMediaNode {
     virtual void HandleEvent(const media_timed_event* event, bigtime_t lateness,
                              bool realTimeEvent) = 0;
 
-    /// Sets the thread's priority, B_REAL_TIME_PRIORITY for the highest that there is. To be called
-    /// before Run.
+    /// Sets the thread's priority, B_REAL_TIME_PRIORITY for the highest that there is. It must be
+    /// called before Run.
     void SetPriority(int32 next) { priority = next; }
     /// Starts the looper's thread.
     void Run();
-    /// Ends it; what is queued is dropped. A derived class calls it in its destructor, as hooks
-    /// must not run in what is half gone.
+    /// Ends the looper's thread; what is queued is dropped. A derived class calls it in its
+    /// destructor, as hooks must not run in what is half gone.
     void Quit();
 
     /// These are called in the looper's thread. Latency and duration are in microseconds.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Reading sound files: WAV, AIFF, FLAC, Ogg, Opus, MP3 and what else the system's library knows.
+// This reads sound files: WAV, AIFF, FLAC, Ogg, Opus, MP3 and what else the system's library knows.
 #pragma once
 
 #include "kits/media/MediaFormats.h"
@@ -19,7 +19,7 @@ enum : status_t {
 /// The number of frames of a track whose file does not tell how long it is.
 constexpr int64 kUnknownLength = -1;
 
-/// The sound in a file. Belongs to its BMediaFile. Used by one thread at a time.
+/// The sound in a file. It belongs to its BMediaFile, and is used by one thread at a time.
 class BMediaTrack {
   public:
     ~BMediaTrack();

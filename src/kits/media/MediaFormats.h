@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// How audio data is described.
+// These types describe audio data.
 #pragma once
 
 #include "kits/support/SupportDefs.h"
@@ -12,11 +12,11 @@ enum media_type : int32 {
     B_MEDIA_RAW_AUDIO = 1,
 };
 
-/// Type of one value of one channel.
+/// The type of one value of one channel.
 enum : uint32 {
-    /// 16-bit integer.
+    /// A 16-bit integer.
     B_AUDIO_SHORT = 0x2,
-    /// 32-bit float, full scale -1..1.
+    /// A 32-bit float, with full scale from -1 to 1.
     B_AUDIO_FLOAT = 0x24,
 };
 
@@ -25,14 +25,14 @@ enum : uint32 {
     B_MEDIA_LITTLE_ENDIAN = 2,
 };
 
-/// Uncompressed audio; a 0 leaves the field open.
+/// The format of uncompressed audio; a 0 leaves a field open.
 struct media_raw_audio_format {
     /// The rate in frames per second; a frame is one value of each channel.
     float frame_rate = 0;
     uint32 channel_count = 0;
     uint32 format = 0;
     uint32 byte_order = 0;
-    /// Bytes.
+    /// The size of a buffer in bytes.
     std::size_t buffer_size = 0;
 
     bool operator==(const media_raw_audio_format&) const = default;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What takes part in the media graph: nodes, and what each kind of them is asked.
+// Nodes take part in the media graph; the hooks here are what each kind of them is asked.
 #pragma once
 
 #include "kits/media/BufferGroup.h"
@@ -14,7 +14,7 @@
 struct media_seek_tag;
 class BTimeSource;
 
-/// A node. Lives on the heap and belongs to the roster once it is registered, which deletes it with
+/// A node lives on the heap. Once it is registered it belongs to the roster, which deletes it with
 /// its last reference. Hooks run in the node's own thread, where it has one, else in the caller's.
 class BMediaNode {
   public:
@@ -31,13 +31,13 @@ class BMediaNode {
     virtual uint32 Kinds() const { return kinds; }
     media_node Node() const { return {id, port, Kinds()}; }
     VEXA_REALTIME run_mode RunMode() const { return mode; }
-    /// Never null: the system's clock until another was set.
+    /// Returns the node's clock, never null: it is the system's until another was set.
     VEXA_REALTIME BTimeSource* TimeSource() const;
 
     /// Runs `work` as a hook and returns when it is done. Any thread but the node's own.
     virtual void Call(const std::function<void()>& work) { work(); }
 
-    /// The add-on that the node came with, if any.
+    /// Returns the add-on that the node came with, null if there is none.
     virtual void* AddOn(int32* id) const = 0;
     virtual void SetRunMode(run_mode) {}
     virtual status_t HandleMessage(int32 message, const void* data, std::size_t size);
@@ -45,7 +45,8 @@ class BMediaNode {
     virtual void Start(bigtime_t) {}
     virtual void Stop(bigtime_t, bool) {}
 
-    /// What the node has reported with ReportError, as a bit for each node_error. Any thread.
+    /// Returns what the node has reported with ReportError, with a bit for each node_error. Any
+    /// thread.
     uint32 ReportedErrors() const { return errors; }
 
   protected:
@@ -87,8 +88,8 @@ class BBufferProducer : public virtual BMediaNode {
     virtual void Disconnect(const media_source& what, const media_destination& where) = 0;
     VEXA_REALTIME virtual void LateNoticeReceived(const media_source& what, bigtime_t howMuch,
                                                   bigtime_t performanceTime) = 0;
-    /// All buffers of the last seconds came `howMuch` microseconds earlier than they had to: what
-    /// late notices have added to the latency can be given back.
+    /// Called when all buffers of the last seconds came `howMuch` microseconds earlier than they
+    /// had to: what late notices have added to the latency can be given back.
     VEXA_REALTIME virtual void EarlyNoticeReceived(const media_source&, bigtime_t /*howMuch*/) {}
     virtual void EnableOutput(const media_source& what, bool enabled, int32* deprecated) = 0;
     virtual status_t SetPlayRate(int32 numerator, int32 denominator) = 0;
@@ -101,12 +102,12 @@ class BBufferProducer : public virtual BMediaNode {
   protected:
     explicit BBufferProducer(media_type) { AddKind(B_BUFFER_PRODUCER); }
 
-    /// Hands the buffer over. B_MEDIA_BAD_DESTINATION where nobody takes it; then it stays the
-    /// caller's. Media thread: no wait, lock or allocation.
+    /// Hands the buffer over. Where nobody takes it the answer is B_MEDIA_BAD_DESTINATION, and the
+    /// buffer stays the caller's. Media thread: no wait, lock or allocation.
     VEXA_REALTIME status_t SendBuffer(BBuffer* buffer,
                                       const media_destination& destination) noexcept;
     /// Finds how many microseconds pass from the moment at which a buffer is sent until it is
-    /// heard. The node's own thread.
+    /// heard. It is called in the node's own thread.
     status_t FindLatencyFor(const media_destination& destination, bigtime_t* latency,
                             media_node_id* timeSource);
 };
@@ -114,7 +115,7 @@ class BBufferProducer : public virtual BMediaNode {
 /// A node that takes buffers.
 class BBufferConsumer : public virtual BMediaNode {
   public:
-    /// Fills in what the proposal leaves open; B_MEDIA_BAD_FORMAT where it cannot be taken.
+    /// Fills in what the proposal leaves open. Returns B_MEDIA_BAD_FORMAT where it cannot be taken.
     virtual status_t AcceptFormat(const media_destination& destination, media_format* format) = 0;
     /// Gives the free input, if there is one, in the way of BBufferProducer::GetNextOutput.
     virtual status_t GetNextInput(int32* cookie, media_input* input) = 0;
@@ -122,7 +123,8 @@ class BBufferConsumer : public virtual BMediaNode {
                                const media_destination& destination,
                                const media_format& format) = 0;
     virtual void Disconnected(const media_source& source, const media_destination& destination) = 0;
-    /// The buffer is the consumer's, which recycles it. In the sender's media thread.
+    /// Called with a buffer that is the consumer's from then on, which recycles it. The sender's
+    /// media thread.
     VEXA_REALTIME virtual void BufferReceived(BBuffer* buffer,
                                               const media_destination& destination) noexcept = 0;
     /// The producer of that input has been stopped: that nothing comes is as it should be.
@@ -143,8 +145,8 @@ class BTimeSource : public virtual BMediaNode {
     /// Returns false while the source's time stands still, as the time of a device does whose
     /// server hangs: what is due then waits.
     virtual bool IsRunning(bigtime_t /*realTime*/) const noexcept { return true; }
-    /// Whether it waits for what is rendered, as that of a device whose server freewheels: nothing
-    /// takes too long then. Any thread.
+    /// True where the clock stands until everything is rendered, as that of a device whose server
+    /// freewheels: nothing takes too long then. Any thread.
     VEXA_REALTIME virtual bool Waits() const noexcept { return false; }
     bigtime_t Now() const noexcept;
     /// Gives back what BMediaRoster::MakeTimeSourceFor returned.

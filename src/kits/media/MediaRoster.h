@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// All nodes and connections of the process.
+// The roster knows all nodes and connections of the process.
 #pragma once
 
 #include "kits/media/MediaNode.h"
@@ -20,7 +20,7 @@ class BMediaRoster {
 
     /// The node is the roster's from now on. Nobody has a reference yet.
     status_t RegisterNode(BMediaNode* node);
-    /// What is known of a registered node; counts as a reference.
+    /// Looks up a registered node, which counts as a reference.
     status_t GetNodeFor(media_node_id id, media_node* node);
     /// Gives a reference back; with the last one the node is deleted.
     status_t ReleaseNode(const media_node& node);
@@ -33,7 +33,7 @@ class BMediaRoster {
     /// Makes a mixer that somebody else has opened the one of GetAudioMixer, which there must not
     /// be yet.
     status_t RegisterMixer(std::unique_ptr<kits::SystemMixer> mixer);
-    /// The mixer's clock, or without one the system's.
+    /// Returns the mixer's clock, or without a mixer the system's.
     status_t GetTimeSource(media_node* timeSource);
     status_t SetTimeSourceFor(media_node_id node, media_node_id timeSource);
     /// Returns the clock of a node, which the caller releases; null for an unknown node.

@@ -66,7 +66,8 @@ bigtime_t MixerInput::Write(std::span<const float> frames, bigtime_t start) noex
     return LatencyChange(clock.TimeOf(next.frame) - clock.TimeOf(fetched), duration);
 }
 
-/// As Write answers, to sound that was there so many microseconds before the device looked for it.
+/// Returns what Write answers, to sound that was there so many microseconds before the device
+/// looked for it.
 bigtime_t MixerInput::LatencyChange(bigtime_t slack, double duration) noexcept {
     if (slack < 0) {
         inTime = 0;
@@ -114,7 +115,7 @@ void MixerInput::AddTo(std::span<float> left, float* right, int64 frame) noexcep
         missing++;
 }
 
-/// Whether there is a stretch to be played from, which then begins at `frame` or later: whatever
+/// True where there is a stretch to be played from, which then begins at `frame` or later: whatever
 /// comes in the meantime, and a stream that goes back in time may bring what has just been played,
 /// what should have been played before is passed over.
 bool MixerInput::NextStretch(int64 frame) noexcept {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// One producer's way into the mix: converted to the device's rate, and kept until it is played.
+// An input is one producer's way into the mix: its sound is converted to the device's rate, and
+// kept until it is played.
 #pragma once
 
 #include "kits/media/DeviceClock.h"
@@ -15,7 +16,7 @@
 
 namespace kits {
 
-/// What the mixer has noticed of one input since it was connected.
+/// These count what the mixer has noticed of one input since it was connected.
 struct MixerCounts {
     /// Buffers of which something came when its moment was over.
     int64 late = 0;
@@ -23,15 +24,15 @@ struct MixerCounts {
     int64 missing = 0;
 };
 
-/// Floats, one or two interleaved channels. Written by the producer's media thread, read by the
-/// device's thread; neither waits or allocates.
+/// It takes floats of one or two interleaved channels, is written by the producer's media thread
+/// and read by the device's thread; neither waits or allocates.
 class MixerInput {
   public:
     /// `rate` is the producer's; `longest` the most frames in one of its buffers.
     MixerInput(const DeviceClock& clock, double rate, std::size_t longest, unsigned channels = 1);
 
-    /// Microseconds by which a buffer is to be there before the device's thread looks for it: what
-    /// a producer's thread of real-time priority may be late without harm.
+    /// The microseconds by which a buffer is to be there before the device's thread looks for it:
+    /// what a producer's thread of real-time priority may be late without harm.
     static constexpr bigtime_t kMargin = 1000;
 
     /// The producer's thread: frames to be heard from a performance time on. Values that are not
@@ -42,12 +43,13 @@ class MixerInput {
     /// seconds came earlier than they had to.
     VEXA_REALTIME bigtime_t Write(std::span<const float> frames, bigtime_t start) noexcept;
 
-    /// Whether there is nothing to wait for, to play the frames before `frame`. Any thread.
+    /// True where the frames before `frame` are there, or none are expected, so that there is
+    /// nothing to wait for. Any thread.
     VEXA_REALTIME bool Reaches(int64 frame) const noexcept { return !playing || written >= frame; }
 
     VEXA_REALTIME std::size_t Channels() const { return channels; }
-    /// The device's thread: adds what belongs to the frames from `frame` on, one channel's to
-    /// `left` and the other's to `right`, which is as long. One channel has no right.
+    /// Adds what belongs to the frames from `frame` on, one channel's to `left` and the other's to
+    /// `right`, which is as long. An input of one channel has no right. The device's thread.
     VEXA_REALTIME void AddTo(std::span<float> left, float* right, int64 frame) noexcept;
 
     /// The producer has stopped: that nothing comes is not counted, until it writes again.
@@ -59,7 +61,7 @@ class MixerInput {
     MixerCounts Counts() const noexcept { return {late, missing}; }
 
   private:
-    /// Frames in a row that the ring holds: `count` of them, from the device's `frame` on.
+    /// The ring holds frames in a row: `count` of them, from the device's `frame` on.
     struct Stretch {
         int64 frame;
         uint32 count;
@@ -84,9 +86,10 @@ class MixerInput {
     /// frame that the next converted frame is.
     double expected = -1;
     int64 nextFrame = 0;
-    /// Microseconds of lateness that the producer knows of since it was last in time.
+    /// The microseconds of lateness that the producer knows of since it was last in time.
     bigtime_t told = 0;
-    /// Microseconds of sound in a row that were in time, and the least that any of it was early.
+    /// The microseconds of sound in a row that were in time, and the least that any of it was
+    /// early.
     double inTime = 0;
     bigtime_t leastSlack = 0;
 

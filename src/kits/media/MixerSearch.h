@@ -17,11 +17,11 @@ class MixerSearch {
   public:
     enum class State { Looking, InVain, Found };
 
-    /// Begins to look when it is time to, and says what has come of it: InVain until the next look,
-    /// and for good where no audio system is wanted. To be called now and then.
+    /// Begins a look when it is time for one, and says what has come of it: InVain until the next
+    /// look, and for good where no audio system is wanted. It is to be called now and then.
     State Look();
 
-    /// What Look has found. It plays already.
+    /// Hands over the mixer that Look has found, which plays already.
     std::unique_ptr<SystemMixer> Take() { return std::move(found); }
 
     /// The destructor waits for the end of a look.

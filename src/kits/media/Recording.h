@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a device plays, kept in a sound file.
+// A recording keeps in a sound file what a device plays.
 #pragma once
 
 #include "kits/media/SoundFileWriter.h"
@@ -26,12 +26,12 @@ class Recording {
     Recording(const Recording&) = delete;
     Recording& operator=(const Recording&) = delete;
 
-    /// A device of this rate, in frames per second, is about to play. The first one begins the
-    /// file; one of another rate ends what is kept, which Finish tells.
+    /// Tells that a device of this rate, in frames per second, is about to play. The first one
+    /// begins the file; one of another rate ends what is kept, which Finish tells.
     void TakeRate(double rate);
 
-    /// The device's thread: what it plays next. Never waits; what the disk is too slow for is left
-    /// out and counted, with some 20 s of patience.
+    /// Takes what the device plays next. It never waits; what the disk is too slow for is left out
+    /// and counted, with some 20 s of patience. The device's thread.
     VEXA_REALTIME void Put(const float* left, const float* right, std::size_t frames) noexcept;
 
     /// Completes the file, when nobody puts any more. The error says why there is none, or what is
@@ -47,7 +47,7 @@ class Recording {
     SoundFileFormat format;
     FileReplacement file;
     int rate = 0;
-    /// Why what the device plays is kept no longer.
+    /// The reason why what the device plays is kept no longer.
     std::optional<Error> ended;
     Ring<float> waiting;
     std::atomic<bool> takes{false};
@@ -57,7 +57,7 @@ class Recording {
     std::vector<float> interleaved;
     std::thread thread;
 
-    // The thread's, and after it Finish's.
+    // The writer belongs to the recording's thread, and after its end to Finish.
     std::optional<SoundFileWriter> writer;
     std::optional<Error> fault;
 };

@@ -18,7 +18,7 @@ namespace kits {
 
 namespace {
 
-/// Of the variable bit rate, 0..1: about 190 kbit/s for two channels at 44.1 kHz.
+/// The quality of the variable bit rate, 0..1: about 190 kbit/s for two channels at 44.1 kHz.
 constexpr double kOggQuality = 0.6;
 constexpr int kOggSerial = 0x56657861;
 /// Frames that go to the library at a time, always: the Vorbis encoder buffers a whole call, and

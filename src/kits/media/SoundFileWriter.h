@@ -12,9 +12,9 @@
 namespace kits {
 
 enum class SoundFileFormat {
-    /// 32-bit float, so nothing is clipped or rounded. What is longer than the 4 GiB that a WAV
-    /// file can count is written as RF64, its form for such lengths, where the length was announced
-    /// or said to be unknown.
+    /// WAV with values of 32-bit float, so that nothing is clipped or rounded. What is longer than
+    /// the 4 GiB that a WAV file can count is written as RF64, its form for such lengths, where the
+    /// length was announced or said to be unknown.
     wav,
     /// 24 bit; values beyond -1..1 are clipped.
     flac,
@@ -25,8 +25,8 @@ enum class SoundFileFormat {
 /// The format that a file's name asks for: .wav, .flac or .ogg, in any case. The error names these.
 Result<SoundFileFormat> SoundFileFormatOf(const std::filesystem::path& path);
 
-/// One sound file being written. A value that is not finite is written as 0. For one thread at a
-/// time that may wait for the disk.
+/// Writes one sound file. A value that is not finite is written as 0. It is for one thread at a
+/// time, which may wait for the disk.
 class SoundFileWriter {
   public:
     /// The length for Create of a sound that goes on until somebody ends it.

@@ -20,7 +20,8 @@ namespace {
 constexpr uint32 kShortestBuffer = 64;
 constexpr uint32 kLongestBuffer = 512;
 
-/// Where a device waits for its samples: for how many microseconds, and how long between two looks.
+/// A device that waits for its samples does so for so many microseconds, and for so long between
+/// two looks.
 constexpr bigtime_t kMostPatience = 1000000;
 constexpr std::chrono::microseconds kPause{50};
 

@@ -18,15 +18,16 @@
 
 namespace kits {
 
-/// Takes any number of producers of floats in one or two channels up to kMostInputs, of any rate.
-/// Converts each to the device's rate in the producer's media thread; the device's thread sums them
-/// and limits the sum to -1..1. Both go through rings without waiting for each other.
+/// Takes any number of producers up to kMostInputs, of floats in one or two channels and of any
+/// rate. It converts each to the device's rate in the producer's media thread; the device's thread
+/// sums them and limits the sum to -1..1. Samples go from one thread to the other through rings, in
+/// which neither waits for the other.
 class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSource {
   public:
     static constexpr std::size_t kMostInputs = 8;
 
-    /// A mixer that plays through the first of the systems that has a device; the error says of
-    /// each why it has none. Waits for as long as the systems take to answer. Any thread.
+    /// Makes a mixer that plays through the first of the systems that has a device; the error says
+    /// of each why it has none. It waits for as long as the systems take to answer. Any thread.
     static Result<std::unique_ptr<SystemMixer>> Open(std::span<const AudioSystem> systems);
 
     SystemMixer(AudioSystem system, std::unique_ptr<AudioDevice> device);
@@ -44,8 +45,8 @@ class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSou
         device->Tend();
     }
 
-    /// What is played is put there too from now on; nothing any more from null on, when it returns.
-    /// Window thread.
+    /// Puts what is played into the recording too from now on. After a call with null, when that
+    /// returns, the one before gets nothing any more. Window thread.
     void Record(Recording* next);
 
     /// Adds up what all inputs have noticed, those included that are no longer connected. Window
@@ -54,7 +55,7 @@ class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSou
     AudioSystem System() const { return system; }
     std::string DeviceName() const { return device->Name(); }
     double DeviceRate() const { return clock.Rate(); }
-    /// The device plays no more, and another mixer is needed. Any thread.
+    /// True where the device plays no more, and another mixer is needed. Any thread.
     bool DeviceHasGone() const { return device->HasGone(); }
     bool DeviceHasNewRate() const { return device->HasNewRate(); }
 
@@ -110,7 +111,7 @@ class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSou
     std::atomic<bool> waits{false};
     Reader reader;
     std::atomic<Recording*> recording{nullptr};
-    /// What the inputs noticed that are no longer connected.
+    /// What was noticed of the inputs that are no longer connected.
     MixerCounts past;
 };
 

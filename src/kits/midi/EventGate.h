@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Between the MIDI thread and the consumer: events wait here for who plays them at their time.
+// A gate stands between the MIDI thread and the consumer: events wait here for the thread that
+// plays them at their time.
 #pragma once
 
 #include "kits/midi/MidiEvent.h"
@@ -26,15 +27,16 @@ class EventGate : public BMidiLocalConsumer {
   public:
     explicit EventGate(BMidiLocalConsumer& consumer);
 
-    /// Whether events wait for a Turn. When it returns after false, those that waited have been
-    /// delivered and no Turn calls a hook any more. Window thread.
+    /// Sets whether events wait for a Turn. When it returns after false, those that waited have
+    /// been delivered and no Turn calls a hook any more. Window thread.
     void SetTimed(bool on);
 
-    /// Sets the watcher that is told of events from now on, which outlives the gate; null is for
-    /// nobody. Window thread.
+    /// Sets the watcher that is told of events from now on, which outlives the gate; null takes it
+    /// away. Window thread.
     void Watch(EventWatcher* next) { watcher = next; }
 
-    /// The right to call the hooks, which at most one thread has at a time. One thread at a time.
+    /// A turn is the right to call the hooks, which at most one thread has at a time. One thread at
+    /// a time.
     class Turn {
       public:
         /// Asks for the right to play events. There are none while the gate is not timed or another
@@ -79,7 +81,7 @@ class EventGate : public BMidiLocalConsumer {
     Ring<MidiEvent> ring;
     std::atomic<EventWatcher*> watcher{nullptr};
     std::atomic<bool> timed{false};
-    /// Whether a thread has the right to read the ring and to call hooks.
+    /// True while a thread has the right to read the ring and to call hooks.
     std::atomic<bool> entered{false};
     /// The next event, if it is out of the ring already. It belongs to the thread that has the
     /// right to play.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a registered consumer has: its ports and its thread.
+// A registered consumer has this: its ports and its thread.
 #pragma once
 
 #include "kits/midi/EventGate.h"

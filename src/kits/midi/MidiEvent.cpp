@@ -1,14 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/midi/MidiEvent.h"
 
+#include "kits/midi/ControllerNumbers.h"
+
 namespace kits {
-
-namespace {
-
-constexpr uint8 kAllSoundOff = 120;
-constexpr uint8 kAllNotesOff = 123; // and the mode messages up to 127, which imply it
-
-} // namespace
 
 MidiEvent EventOf(uint8 status, uint8 data1, uint8 data2, bigtime_t time) noexcept {
     using enum MidiEvent::Hook;

@@ -23,7 +23,7 @@ struct MidiEvent {
     /// System time, microseconds, at which it happened; 0 where nobody knows.
     bigtime_t time;
     Hook hook;
-    /// The channel, 0..15. Of AllNotesOff this is 1 if the message was for one channel, which
+    /// The channel, 0..15. For AllNotesOff it is 1 if the message was for one channel, which
     /// `data1` then tells.
     uint8 channel;
     /// The data bytes as they stand in the message, 0 where it has none.
@@ -31,11 +31,11 @@ struct MidiEvent {
     uint8 data2;
 };
 
-/// What a channel message means, `status` being 0x80..0xEF and the data 0..127: a note-on with
-/// velocity 0 is a NoteOff, the controllers 120 and 123 to 127 are AllNotesOff.
+/// Returns what a channel message means, `status` being 0x80..0xEF and the data 0..127: a note-on
+/// with velocity 0 is a NoteOff, the controllers 120 and 123 to 127 are AllNotesOff.
 MidiEvent EventOf(uint8 status, uint8 data1, uint8 data2, bigtime_t time) noexcept;
 
-/// Data bytes of a channel message.
+/// Returns the number of data bytes of a channel message.
 constexpr int DataBytesOf(uint8 status) noexcept {
     return (status & 0xE0) == 0xC0 ? 1 : 2;
 }

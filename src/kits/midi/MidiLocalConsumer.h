@@ -23,7 +23,8 @@ class BMidiEndpoint {
 
     const std::string& Name() const { return name; }
 
-    /// What the endpoint tells of itself besides its name, such as icons. Window thread.
+    /// Adds to the message what the endpoint tells of itself besides its name, such as icons.
+    /// Window thread.
     status_t GetProperties(BMessage* into) const;
     status_t SetProperties(const BMessage* next);
 
@@ -48,18 +49,18 @@ class BMidiLocalConsumer : public BMidiEndpoint {
     /// Starts the MIDI thread and makes ports of the endpoint's name, to which other programs can
     /// connect their sources, in every MIDI system that is there or comes later. Window thread.
     status_t Register();
-    /// While it is registered: NoteOff is called, in the MIDI thread, for all notes that came in
-    /// and are on. Window thread.
+    /// Has NoteOff called, in the MIDI thread, for all notes that came in and are on, while it is
+    /// registered. Window thread.
     void EndNotes();
     /// Takes the ports away and ends the MIDI thread: no hook runs any more when it returns.
     status_t Unregister();
 
-    /// Where events can be made to wait for who plays them at their time; null unless registered.
-    /// Lives until Unregister. Window thread.
+    /// Returns the gate at which events can be made to wait for who plays them at their time; null
+    /// unless registered. It lives until Unregister. Window thread.
     kits::EventGate* Gate();
 
-    /// Pieces of what came in, in JACK events, that were lost while registered: there was no room,
-    /// or the server handed out something else. Window thread.
+    /// Counts the pieces of what came in, in JACK events, that were lost while registered: there
+    /// was no room, or the server handed out something else. Window thread.
     int64 LostMidi() const;
 
     VEXA_REALTIME virtual void NoteOff(uchar channel, uchar note, uchar velocity, bigtime_t time);
@@ -76,8 +77,8 @@ class BMidiLocalConsumer : public BMidiEndpoint {
     VEXA_REALTIME virtual void SystemCommon(uchar status, uchar data1, uchar data2, bigtime_t time);
     VEXA_REALTIME virtual void SystemRealTime(uchar status, bigtime_t time);
     VEXA_REALTIME virtual void TempoChange(int32 beatsPerMinute, bigtime_t time);
-    /// The source that has moved wheel or pedals on the channel has gone, or its notes are ended:
-    /// what they hold is let go. After the NoteOffs.
+    /// Called after the NoteOffs when a source that has moved wheel or pedals on the channel has
+    /// gone, or its notes are ended: what they hold is let go.
     VEXA_REALTIME virtual void SourceEnded(uchar channel, bigtime_t time);
     /// justChannel: the message was for one channel only.
     VEXA_REALTIME virtual void AllNotesOff(bool justChannel, bigtime_t time);

@@ -14,10 +14,10 @@ class BMidiLocalProducer : public BMidiEndpoint {
     /// Takes the source away, as if it had been unregistered.
     ~BMidiLocalProducer() override;
 
-    /// Makes the source known. To be called before the roster is asked for the first time.
+    /// Makes the source known. It must be called before the roster is asked for the first time.
     status_t Register();
-    /// In its place: the source stands in no roster and is always connected, as what the program
-    /// plays by itself is.
+    /// Is called in place of Register for a source that stands in no roster and is always
+    /// connected, as what the program plays by itself is.
     status_t RegisterAsOwn();
     status_t Unregister();
 

@@ -11,15 +11,14 @@
 #include <string>
 #include <vector>
 
-/// What a watcher is sent when endpoints have come or gone.
+/// A watcher is sent a message of this code when endpoints have come or gone.
 constexpr uint32 B_MIDI_EVENT = FourCC("MIDI");
 
 namespace kits {
 class MidiSystems;
 }
 
-/// A source of another program, as one who asked for it has it: who gets one releases it. Window
-/// thread.
+/// A source of another program. Whoever gets one from the roster releases it. Window thread.
 class BMidiProducer : public BMidiEndpoint {
   public:
     /// Returns the source's number, which stays the same while the source is there and is never

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// All MIDI systems of the machine as one: their sources by number, and the ports of our consumers.
+// All MIDI systems of the machine are one here: their sources by number, and the ports of our
+// consumers.
 #pragma once
 
 #include "kits/application/Messenger.h"
@@ -28,7 +29,7 @@ class MidiSystems {
   public:
     /// The open ones, or those that can be opened now.
     static std::shared_ptr<MidiSystems> Open();
-    /// Why there is no system at present; empty if there is one. Any thread.
+    /// Returns why there is no system at present; empty if there is one. Any thread.
     std::string Fault();
 
     explicit MidiSystems(int passkey);
@@ -44,7 +45,8 @@ class MidiSystems {
         /// The system's ports; null while the system is not there, and `fault` says why.
         std::unique_ptr<MidiBackend> backend;
         std::string fault;
-        /// The registered consumer's.
+        /// The registered consumer has two inlets: what others connect to its port comes in at
+        /// `shared`, the sources that Connect connects at `chosen`.
         MidiThread::Inlet* shared = nullptr;
         MidiThread::Inlet* chosen = nullptr;
     };
@@ -58,8 +60,8 @@ class MidiSystems {
 
     void Watch(const BMessenger& messenger);
 
-    /// Ports named `name` in every system that is or comes, whose bytes go to the thread. One
-    /// consumer at a time.
+    /// Makes ports named `name` in every system that is there or comes later, whose bytes go to the
+    /// thread. There is one consumer at a time.
     void Register(const std::string& name, MidiThread& thread);
     void Unregister();
 
@@ -84,7 +86,7 @@ class MidiSystems {
     /// Sources have come or gone, which the watchers do not know yet.
     bool untold = false;
     std::vector<BMessenger> watchers;
-    /// Since when no source could be connected.
+    /// The moment since which no source could be connected.
     std::optional<std::chrono::steady_clock::time_point> failingSince;
 
     sem_t changed;

@@ -18,7 +18,7 @@ namespace {
 /// short work, and the next buffer is to have it.
 constexpr int kPriority = 5;
 
-/// Of who waits for a delivery, and how long between two looks.
+/// Who waits for a delivery waits so long at most, and so long between two looks.
 constexpr std::chrono::seconds kMostPatience{1};
 constexpr std::chrono::microseconds kPause{50};
 

@@ -19,17 +19,19 @@ namespace kits {
 /// consumer's hooks one after the other. Runs at real-time priority where the system grants it.
 class MidiThread {
   public:
-    /// Where one source's bytes go in.
+    /// An inlet takes the bytes of one source, or of some that share it.
     class Inlet {
       public:
         explicit Inlet(MidiThread& thread, BMidiLocalConsumer& consumer);
 
-        /// A piece of the stream. Wait-free and without allocation: for a server's real-time
-        /// thread. When more comes in than the MIDI thread gets done, pieces are lost and the
-        /// inlet's notes, which might hang, are ended. One writing thread per inlet.
+        /// Puts in a piece of the stream that came at `time`, microseconds of the system's clock.
+        /// It is wait-free and does not allocate, for a server's real-time thread. When more comes
+        /// in than the MIDI thread gets done, pieces are lost and the inlet's notes, which might
+        /// hang, are ended. One thread writes into an inlet.
         VEXA_REALTIME void Put(std::span<const uint8> bytes, bigtime_t time) noexcept;
 
-        /// A piece of the stream could not be read: it is lost as in Put. The writing thread.
+        /// Tells that a piece of the stream could not be read: it is lost as in Put. The writing
+        /// thread.
         VEXA_REALTIME void Lose() noexcept;
 
         /// Waits until the MIDI thread has done what was put in, for a second at most. The writing
@@ -69,13 +71,13 @@ class MidiThread {
     MidiThread(const MidiThread&) = delete;
     MidiThread& operator=(const MidiThread&) = delete;
 
-    /// Lives as long as the thread. Before Start.
+    /// Makes an inlet, which lives as long as the thread. It must be called before Start.
     Inlet& NewInlet();
     void Start();
 
-    /// Inlet::EndNotes for all of them. Any thread.
+    /// Calls Inlet::EndNotes for all inlets. Any thread.
     void EndNotes() noexcept;
-    /// Pieces that all inlets have lost. Any thread.
+    /// Counts the pieces that all inlets have lost. Any thread.
     int64 LostPieces() const;
 
   private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// From the bytes of a MIDI connection to the hooks of a consumer.
+// A decoder makes calls of a consumer's hooks of the bytes of a MIDI connection.
 #pragma once
 
 #include "kits/midi/MidiLocalConsumer.h"
@@ -21,7 +21,7 @@ class WireDecoder {
     static constexpr std::size_t kLongestSysex = 65536;
 
     explicit WireDecoder(BMidiLocalConsumer& consumer) : consumer(consumer) {
-        // Where memory runs out later, notes go on.
+        // Room is taken at once, so that notes go on where memory runs out later.
         sysex.reserve(kLongestSysex);
     }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/network/OscPeer.h"
 
+#include <cstring>
 #include <utility>
 
 #include <lo/lo.h>
@@ -12,13 +13,18 @@ namespace {
 /// The library would print its faults.
 void Ignore(int, const char*, const char*) {}
 
+/// In a message values lie at multiples of 4 bytes, and the library's union would have 8: so they
+/// are read as bytes.
 std::vector<OscValue> Values(const char* types, lo_arg** values, int count) {
     std::vector<OscValue> read;
     for (int i = 0; i < count; i++) {
-        if (types[i] == LO_INT32)
-            read.emplace_back(values[i]->i32);
-        else if (types[i] == LO_STRING)
-            read.emplace_back(std::string(&values[i]->s));
+        if (types[i] == LO_INT32) {
+            int32 number = 0;
+            std::memcpy(&number, values[i], sizeof number);
+            read.emplace_back(number);
+        } else if (types[i] == LO_STRING) {
+            read.emplace_back(std::string(reinterpret_cast<const char*>(values[i])));
+        }
     }
     return read;
 }

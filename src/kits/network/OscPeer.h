@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Open Sound Control: messages to one other program and back.
+// By Open Sound Control messages go to one other program and back.
 #pragma once
 
 #include "kits/support/Result.h"
@@ -27,12 +27,12 @@ struct OscMessage {
     const int32* Number(std::size_t index) const;
 };
 
-/// The connection with the program at a URL. Of one over UDP nobody knows whether the other is
-/// there. Window thread.
+/// The connection with the program at a URL. Over UDP nobody knows whether the other one is there.
+/// Window thread.
 class OscPeer {
   public:
-    /// `url` as in "osc.udp://host:port/". Waits for the host's name to be looked up. The error
-    /// says what is wrong with it.
+    /// Opens a connection with the program at `url`, as in "osc.udp://host:port/". It waits for the
+    /// host's name to be looked up. The error says what is wrong with the URL.
     static Result<std::unique_ptr<OscPeer>> Open(const std::string& url);
     ~OscPeer();
     OscPeer(const OscPeer&) = delete;
@@ -40,8 +40,8 @@ class OscPeer {
 
     /// False where the system says that it cannot be sent.
     bool Send(const OscMessage& message);
-    /// The next message of the peer's, in order; waits for it as long as that at most. What comes
-    /// from elsewhere is dropped.
+    /// Returns the next message of the peer, in order; it waits for one as long as that at most.
+    /// Messages from elsewhere are dropped.
     std::optional<OscMessage> Receive(std::chrono::milliseconds wait);
 
   private:

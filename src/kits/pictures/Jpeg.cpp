@@ -104,8 +104,9 @@ class JpegDecoder {
         jpeg_finish_decompress(&info);
     }
 
-    /// Of a pixel of the row. Inks take light away, each from one colour and black from all.
-    /// Adobe's programs, which leave their marker, write how much of an ink is not there.
+    /// Returns the brightness of a pixel of the row. Inks take light away, each from one colour and
+    /// black from all. Adobe's programs, which leave their marker, write how much of an ink is not
+    /// there.
     float Brightness(std::size_t x) const noexcept {
         constexpr double kMost = MAXJSAMPLE;
         if (info.out_color_space == JCS_GRAYSCALE)

@@ -44,8 +44,9 @@ int OrientationOf(std::string_view exif) {
 BrightnessMap Upright(BrightnessMap map, int orientation) {
     if (orientation == 1)
         return map;
-    // Where the first row and the first column of the file belong, from 1 on: top left, top right,
-    // bottom right, bottom left, left top, right top, right bottom, left bottom.
+    // The orientations from 1 on say where the first row and the first column of the file belong:
+    // top left, top right, bottom right, bottom left, left top, right top, right bottom, left
+    // bottom.
     const bool swapsSides = orientation >= 5;
     const bool fromLastRow =
         orientation == 3 || orientation == 4 || orientation == 6 || orientation == 7;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Which way up a camera was held, as EXIF tells it (CIPA DC-008, 4.6.5, the tag Orientation).
+// The orientation is which way up a camera was held, as EXIF tells it (CIPA DC-008, 4.6.5, the tag
+// Orientation).
 #pragma once
 
 #include "kits/pictures/PictureFile.h"

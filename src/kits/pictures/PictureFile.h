@@ -33,17 +33,17 @@ struct BrightnessMap {
     std::vector<float> values;
 };
 
-/// Whether a file with these first bytes, eight or more, is meant to be one of the two formats.
+/// True where a file with these first bytes, eight or more, is meant to be one of the two formats.
 bool IsPicture(std::string_view beginning);
 
-/// The picture in the bytes of a file, turned as its EXIF orientation tells. The error says what is
-/// wrong and, where it is the bytes, at which of them. Memory is taken only when the sides are
-/// known to be no longer than kMostPictureSide. Throws std::bad_alloc where there is too little.
-/// The same values on every machine. Any thread.
+/// Decodes the picture in the bytes of a file, turned as its EXIF orientation tells. The error says
+/// what is wrong and, where it is the bytes, at which of them. Memory is taken only when the sides
+/// are known to be no longer than kMostPictureSide; where there is too little it throws
+/// std::bad_alloc. The values are the same on every machine. Any thread.
 Result<BrightnessMap> DecodePicture(std::string_view bytes);
 
-/// The picture in the regular file at `path`; its content decides the format. The error names the
-/// file and the fault; too little memory is one. Any thread.
+/// Reads the picture in the regular file at `path`; its content decides the format. The error names
+/// the file and the fault; too little memory is one. Any thread.
 Result<BrightnessMap> ReadPicture(const std::filesystem::path& path);
 
 } // namespace kits

@@ -101,7 +101,7 @@ class PngDecoder {
         png_read_end(png, info);
     }
 
-    /// Of the pixel whose first channel is the `at`-th of the row.
+    /// Returns the brightness of the pixel whose first channel is the `at`-th of the row.
     template<class Channel>
     float Brightness(std::size_t at, std::size_t channels) const noexcept {
         constexpr double kMost = Channel(-1);

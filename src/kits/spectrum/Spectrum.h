@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What frequencies a stretch of sound has.
+// A spectrum tells what frequencies a stretch of sound has.
 #pragma once
 
 #include <cstddef>
@@ -9,18 +9,20 @@
 
 namespace kits {
 
-/// Spectra of stretches of one length. Allocates in its constructor alone. One thread at a time.
+/// Computes spectra of stretches of one length. It allocates in its constructor alone. One thread
+/// at a time.
 class Spectrum {
   public:
-    /// `size` samples, an even number of at least 4.
+    /// Prepares for stretches of `size` samples, an even number of at least 4.
     explicit Spectrum(std::size_t size);
     ~Spectrum();
     Spectrum(const Spectrum&) = delete;
     Spectrum& operator=(const Spectrum&) = delete;
 
     std::size_t Size() const { return window.size(); }
-    /// How loud each frequency k * rate / size is, k = 0 to size / 2, by a Hann window: the
-    /// amplitude of a sine of that frequency. Valid until the next call. `samples` has `size`.
+    /// Returns how loud each frequency k * rate / size is, k = 0 to size / 2, by a Hann window, as
+    /// the amplitude of a sine of that frequency. The result is valid until the next call.
+    /// `samples` has `size`.
     std::span<const float> Amplitudes(std::span<const float> samples);
 
   private:

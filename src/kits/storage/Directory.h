@@ -4,7 +4,7 @@
 
 #include "kits/storage/Entry.h"
 
-/// An existing folder. Any thread.
+/// A folder that exists. Any thread.
 class BDirectory {
   public:
     explicit BDirectory(const char* path) { SetTo(path); }

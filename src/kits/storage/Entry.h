@@ -26,6 +26,6 @@ class BEntry {
     BPath path;
 };
 
-/// The ref of the entry at an absolute path, which need not exist; links are not followed.
-/// B_BAD_VALUE for an empty path.
+/// Makes the ref of the entry at an absolute path, which need not exist; links are not followed.
+/// Returns B_BAD_VALUE for an empty path.
 status_t get_ref_for_path(const char* path, entry_ref* ref);

@@ -9,7 +9,7 @@
 #include <optional>
 #include <string>
 
-// How a file is opened: B_READ_ONLY, or all of the others added up.
+// These say how a file is opened: by B_READ_ONLY, or by the sum of all the others.
 
 constexpr uint32 B_READ_ONLY = 0;
 constexpr uint32 B_WRITE_ONLY = 1;
@@ -28,11 +28,11 @@ class BFile : public BDataIO {
     BFile& operator=(const BFile&) = delete;
 
     status_t SetTo(const char* path, uint32 mode);
-    /// B_OK, or why the file could not be opened.
+    /// Returns B_OK, or why the file could not be opened.
     status_t InitCheck() const { return status; }
 
     ssize_t Write(const void* data, std::size_t size) override;
-    /// The number of bytes, 0 at the end, or a negative status.
+    /// Returns the number of bytes that were read, 0 at the end, or a negative status.
     ssize_t Read(void* data, std::size_t size);
 
     /// Brings what was written to the disk and puts it in the file's place; the file is closed.

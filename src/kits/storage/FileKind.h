@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What stands at a path that is no file of bytes, in words.
+// This names what stands at a path where no regular file is.
 #pragma once
 
 #include <sys/stat.h>

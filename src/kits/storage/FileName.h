@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Which names a file may be given.
+// This tells which names a file may be given.
 #pragma once
 
 #include "kits/support/Result.h"
@@ -8,10 +8,10 @@
 
 namespace kits {
 
-/// Longest name, in bytes: what file systems take.
+/// The longest name, in bytes, that file systems take.
 constexpr std::size_t kLongestFileName = 255;
 
-/// Whether a file can be created under `name`, which is to be one step of a path. Refused are an
+/// Checks that a file can be created under `name`, which is to be one step of a path. It refuses an
 /// empty name, "." and "..", a slash, control characters (a line feed among them), which would
 /// break the lines of lists and messages, text that is not UTF-8, and what is longer than
 /// kLongestFileName. The error says why, for the user. Nothing is touched. Any thread.

@@ -2,6 +2,7 @@
 #include "kits/storage/FileReplacement.h"
 
 #include "kits/storage/FileKind.h"
+#include "kits/storage/ReadFile.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -24,16 +25,12 @@ namespace {
 /// can only be read by setting it, which would race with other threads, so the kernel's report of
 /// it is read instead; without one, the owner alone may use the file.
 mode_t NewFileMode() {
-    mode_t mask = 0077;
-    if (FILE* status = std::fopen("/proc/self/status", "re")) {
-        char line[256];
-        while (std::fgets(line, sizeof line, status)) {
-            if (std::strncmp(line, "Umask:", 6) == 0)
-                mask = static_cast<mode_t>(std::strtoul(line + 6, nullptr, 8));
-        }
-        std::fclose(status);
-    }
-    return 0666 & ~mask;
+    constexpr std::string_view kLine = "\nUmask:";
+    const Result<std::string> status = ReadFile("/proc/self/status");
+    const std::size_t at = status ? status->find(kLine) : std::string::npos;
+    const unsigned long mask =
+        at == std::string::npos ? 0077 : std::strtoul(&(*status)[at + kLine.size()], nullptr, 8);
+    return 0666 & ~static_cast<mode_t>(mask);
 }
 
 /// Follows a link at `path` to the file that it names; a path without a link stays as it is.
@@ -43,7 +40,8 @@ fs::path Resolved(const fs::path& path) {
     return error ? path : resolved;
 }
 
-/// Whether the system withholds the attribute, or has no room for such things, rather than failing.
+/// True where the system withholds the attribute, or has no room for such things, rather than
+/// failing.
 bool IsWithheld(int fault) {
     return fault == ENOTSUP || fault == EPERM || fault == EACCES || fault == ENODATA;
 }

@@ -42,7 +42,7 @@ class FileReplacement {
     int descriptor = -1;
 };
 
-/// The whole of `bytes` as the new content of the file at `path`.
+/// Makes the whole of `bytes` the new content of the file at `path`.
 Result<void> ReplaceFile(const std::filesystem::path& path, std::string_view bytes);
 
 } // namespace kits

@@ -10,22 +10,22 @@
 
 namespace kits {
 
-/// Watches the files directly in some folders: made, written to, moved, removed. A folder may be
-/// absent and come, or go. One thread at a time but for Wake.
+/// Watches the files directly in some folders for what is made, written to, moved or removed. A
+/// folder may be absent and come, or go. All but Wake is for one thread at a time.
 class FolderWatch {
   public:
-    /// How often something may have changed in a folder that cannot be watched, as when it is
-    /// absent.
+    /// A folder that cannot be watched, as when it is absent, is taken to have changed so often.
     static constexpr auto kUnwatched = std::chrono::milliseconds(1000);
-    /// After a change, so that what follows close on it is noticed together with it.
+    /// The time that Wait goes on after a change, so that what follows close on it is noticed
+    /// together with it.
     static constexpr auto kGathering = std::chrono::milliseconds(30);
 
     explicit FolderWatch(std::vector<std::filesystem::path> folders);
 
-    /// Whether something may have changed since the last call; the first one says so at once. Waits
-    /// for a change for so long, or until Wake is called.
+    /// Waits for a change for so long, or until Wake is called. True where something may have
+    /// changed since the last call; the first one says so at once.
     bool Wait(std::chrono::milliseconds atMost);
-    /// Ends the wait, and all later ones. Any thread.
+    /// Ends the wait that is under way, and all later ones. Any thread.
     void Wake() const;
 
   private:

@@ -14,7 +14,7 @@ class BNode {
     BNode(const BNode&) = delete;
     BNode& operator=(const BNode&) = delete;
 
-    /// B_OK, or why the file could not be opened.
+    /// Returns B_OK, or why the file could not be opened.
     status_t InitCheck() const { return status; }
 
     status_t WriteAttrString(const char* name, const BString* data);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The type of a file.
+// This knows the type of a file.
 #pragma once
 
 #include "kits/storage/Node.h"

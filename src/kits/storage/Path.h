@@ -15,7 +15,8 @@ class BPath {
     explicit BPath(const char* path, const char* leaf = nullptr) { SetTo(path, leaf); }
     explicit BPath(const entry_ref* ref) { SetTo(ref->directory.c_str(), ref->name.c_str()); }
 
-    /// `leaf`, a relative path, is appended. B_BAD_VALUE for an empty path or an absolute leaf.
+    /// Sets the path, with `leaf`, a relative path, appended. Returns B_BAD_VALUE for an empty path
+    /// or an absolute leaf.
     status_t SetTo(const char* path, const char* leaf = nullptr);
     status_t Append(const char* leaf) { return SetTo(Path(), leaf); }
     /// B_NO_INIT until a path is set.
@@ -24,7 +25,7 @@ class BPath {
     const char* Path() const { return path.c_str(); }
     /// The last component; empty for the root.
     const char* Leaf() const;
-    /// B_ENTRY_NOT_FOUND for the root.
+    /// Finds the folder that the path's entry is in. Returns B_ENTRY_NOT_FOUND for the root.
     status_t GetParent(BPath* parent) const;
 
     bool operator==(const BPath&) const = default;

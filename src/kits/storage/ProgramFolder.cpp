@@ -22,7 +22,7 @@ namespace {
 
 constexpr const char* kFolders[] = {"functions", "sounds", "samples", "pictures"};
 constexpr const char* kList = "shipped-content";
-/// From the folder of an installed program.
+/// The content of an installed program, as a path from its folder.
 constexpr const char* kInstalledContent = KITS_INSTALLED_CONTENT;
 constexpr const char* kDocumentEnding = ".xml";
 /// Nothing that comes with the program is larger (scripts/shipped-content.py), in bytes.
@@ -59,8 +59,14 @@ ProgramFolders::ProgramFolders(const fs::path& own, fs::path shipped)
     : own(own.lexically_normal()), shipped(std::move(shipped)) {}
 
 bool ProgramFolders::IsCopy(const fs::path& file) const {
-    if (own == shipped)
-        return false;
+    return own != shipped && IsListed(file);
+}
+
+bool ProgramFolders::IsOwn(const char* folder, const fs::path& file) const {
+    return file.parent_path() == Own(folder) && !(own == shipped && IsListed(file));
+}
+
+bool ProgramFolders::IsListed(const fs::path& file) const {
     std::error_code error;
     if (fs::file_size(file, error) > kLargest || error)
         return false;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Where the program finds what lies beside it, and where it keeps what a person makes.
+// This tells where the program finds what lies beside it, and where it keeps what a person makes.
 #pragma once
 
 #include "kits/support/Result.h"
@@ -24,31 +24,38 @@ std::filesystem::path ContentFolder();
 /// sha256sum writes it). `folder` is the name of one of the four in all calls. Any thread.
 class ProgramFolders {
   public:
-    /// One folder for both, in which every file is the person's.
+    /// Takes one folder for both, in which every file is the person's.
     ProgramFolders(std::filesystem::path both); // NOLINT: a path is the simple case of this
     ProgramFolders(const std::filesystem::path& own, std::filesystem::path shipped);
 
-    /// Where what a person makes is written.
+    /// Returns the folder in which what a person makes is written.
     std::filesystem::path Own(const char* folder) const { return own / folder; }
     std::filesystem::path Shipped(const char* folder) const { return shipped / folder; }
 
     /// The file of that name, the person's before the program's; where there is none, the one that
     /// he would make. A full path is itself.
     std::filesystem::path Find(const char* folder, const std::filesystem::path& name) const;
-    /// How a document names a file that it needs: by its leaf if it is what is found by that name
-    /// directly in the folder, else by its full path.
+    /// Returns the name by which a document refers to a file that it needs: its leaf where that
+    /// name, looked up directly in the folder, finds this file, else its full path.
     std::string NameOf(const char* folder, const std::filesystem::path& file) const;
     /// The names of all documents there are, a person's and the program's, each once, in byte
     /// order.
     std::vector<std::string> Documents(const char* folder) const;
-    /// What a person means by a word on a command line: a file at that path, else the file of that
-    /// name, with or without ".xml". The error says where it was looked for.
+    /// Finds the file that a person means by a word on a command line: the file at that path, else
+    /// the file of that name, with or without ".xml". The error says where it was looked for.
     Result<std::filesystem::path> FindDocument(const char* folder,
                                                const std::filesystem::path& word) const;
-    /// Whether a file, given by its normal path, counts as absent from the person's folder.
+    /// True where a file, given by its normal path, counts as absent from the person's folder, as
+    /// it is a copy of shipped content.
     bool IsCopy(const std::filesystem::path& file) const;
+    /// Whether the file of that path, as Find gives it, is a person's work. Where one folder is
+    /// both, a file there is his unless the list tells that it came with the program.
+    bool IsOwn(const char* folder, const std::filesystem::path& file) const;
 
   private:
+    /// Whether the list has the file of that path in the person's folder, with what it contains.
+    bool IsListed(const std::filesystem::path& file) const;
+
     std::filesystem::path own;
     std::filesystem::path shipped;
 };

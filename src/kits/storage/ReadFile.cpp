@@ -19,6 +19,30 @@ Error NotRead(const std::filesystem::path& path, const std::string& reason) {
     return {"could not read " + path.string() + ": " + reason};
 }
 
+Result<std::string> ReadAll(const Descriptor& file, const std::filesystem::path& path,
+                            std::size_t most) {
+    const auto tooLong = [&] {
+        return NotRead(path, "it is larger than " + std::to_string(most >> 20) + " MB");
+    };
+    struct stat status {};
+    if (::fstat(file.Number(), &status) == 0 && static_cast<std::size_t>(status.st_size) > most)
+        return tooLong();
+
+    std::string content;
+    std::array<char, 65536> buffer;
+    while (true) {
+        const ssize_t count = ::read(file.Number(), buffer.data(), buffer.size());
+        if (count > 0)
+            content.append(buffer.data(), static_cast<std::size_t>(count));
+        else if (count == 0)
+            return content;
+        else if (errno != EINTR)
+            return NotRead(path, std::strerror(errno));
+        if (content.size() > most)
+            return tooLong();
+    }
+}
+
 } // namespace
 
 Result<Descriptor> OpenRegularFile(const std::filesystem::path& path) {
@@ -37,29 +61,13 @@ Result<Descriptor> OpenRegularFile(const std::filesystem::path& path) {
 }
 
 Result<std::string> ReadFile(const std::filesystem::path& path, std::size_t most) {
-    const auto tooLong = [&] {
-        return NotRead(path, "it is larger than " + std::to_string(most >> 20) + " MB");
-    };
     const Result<Descriptor> file = OpenRegularFile(path);
-    if (!file)
-        return file.Fault();
-    struct stat status {};
-    if (::fstat(file->Number(), &status) == 0 && static_cast<std::size_t>(status.st_size) > most)
-        return tooLong();
+    return file ? ReadAll(*file, path, most) : file.Fault();
+}
 
-    std::string content;
-    std::array<char, 65536> buffer;
-    while (true) {
-        const ssize_t count = ::read(file->Number(), buffer.data(), buffer.size());
-        if (count > 0)
-            content.append(buffer.data(), static_cast<std::size_t>(count));
-        else if (count == 0)
-            return content;
-        else if (errno != EINTR)
-            return NotRead(path, std::strerror(errno));
-        if (content.size() > most)
-            return tooLong();
-    }
+Result<std::string> ReadStream(const std::filesystem::path& path, std::size_t most) {
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
+    return file ? ReadAll(file, path, most) : NotRead(path, std::strerror(errno));
 }
 
 } // namespace kits

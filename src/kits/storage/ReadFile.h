@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The whole of a file at once.
+// This reads a whole file at once.
 #pragma once
 
 #include "kits/support/Descriptor.h"
@@ -19,9 +19,14 @@ constexpr std::size_t kMostFileBytes = std::size_t{64} << 20;
 /// off. The error names the path and the reason. Any thread.
 Result<Descriptor> OpenRegularFile(const std::filesystem::path& path);
 
-/// The bytes of the regular file at `path`, opened as by OpenRegularFile. A file of more than
-/// `most` bytes is refused by the length that the system tells, or where it grows beyond that. Any
-/// thread.
+/// Reads the regular file at `path`, opened as by OpenRegularFile. A file of more than `most` bytes
+/// is refused by the length that the system tells, or where it grows beyond that. The error names
+/// the path and the reason. Any thread.
 Result<std::string> ReadFile(const std::filesystem::path& path, std::size_t most = kMostFileBytes);
+
+/// Reads as ReadFile does, but from a pipe or a device too, and waits for its end. For files that a
+/// person names on a command line. Any thread that may wait.
+Result<std::string> ReadStream(const std::filesystem::path& path,
+                               std::size_t most = kMostFileBytes);
 
 } // namespace kits

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Where programs keep things for their user: XDG Base Directory, version 0.8.
+// This tells where programs keep things for their user, by XDG Base Directory, version 0.8.
 #pragma once
 
 #include "kits/support/Result.h"
@@ -8,12 +8,14 @@
 
 namespace kits {
 
-/// What a person makes: $XDG_DATA_HOME, else ~/.local/share. The error says what is not set.
+/// Returns the folder of what a person makes: $XDG_DATA_HOME, else ~/.local/share. The error says
+/// which variable is not set. Any thread.
 Result<std::filesystem::path> UserDataFolder();
-/// How he wants programs to be: $XDG_CONFIG_HOME, else ~/.config. The error as before.
+/// Returns the folder of how a person wants programs to be: $XDG_CONFIG_HOME, else ~/.config. The
+/// error says which variable is not set. Any thread.
 Result<std::filesystem::path> UserConfigFolder();
 
-/// Makes a folder and those above it, where they are not there; what is new is the user's alone.
+/// Makes a folder and those above it that are not there; what is new can be read by the user alone.
 /// The error names the folder and the reason. Any thread.
 Result<void> MakeUserFolder(const std::filesystem::path& folder);
 

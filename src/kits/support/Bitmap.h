@@ -21,8 +21,8 @@ enum color_space : uint32 {
 /// Starts as zeroes.
 class BBitmap {
   public:
-    /// `bounds` has a pixel for every whole coordinate in it, edges included. Where it is empty or
-    /// the memory is lacking the bitmap is not valid and has no bits.
+    /// Makes a bitmap with a pixel for every whole coordinate in `bounds`, edges included. Where
+    /// `bounds` is empty or the memory is lacking the bitmap is not valid and has no bits.
     BBitmap(BRect bounds, color_space space);
 
     bool IsValid() const { return !bits.empty(); }

@@ -6,11 +6,12 @@
 
 namespace kits {
 
-/// What JACK and ALSA show the program as: "Vexa" unless it was set. Further programs of the same
-/// name are numbered by JACK. Any thread.
+/// Returns the name that JACK and ALSA show for the program: "Vexa" unless another was set. JACK
+/// numbers further programs of the same name. Any thread.
 const std::string& ClientName();
 
-/// To be called before anything of audio or MIDI is opened, and by the only thread.
+/// Sets that name. It must be called before anything of audio or MIDI is opened, while there is but
+/// one thread.
 void SetClientName(const std::string& name);
 
 } // namespace kits

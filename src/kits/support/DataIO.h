@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What bytes can be written to.
+// This is the interface of what bytes can be written to.
 #pragma once
 
 #include <cstddef>

@@ -6,7 +6,7 @@
 
 /// Names an entry of a folder in messages and to other kits.
 struct entry_ref {
-    /// The absolute path of the folder.
+    /// The absolute path of the folder that the entry is in.
     std::string directory;
     /// The entry's name in that folder; it is empty where the entry is the root folder.
     std::string name;

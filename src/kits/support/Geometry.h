@@ -27,7 +27,7 @@ struct BRect {
     bool Contains(BPoint p) const {
         return left <= p.x && p.x <= right && top <= p.y && p.y <= bottom;
     }
-    /// Whether the two share a point.
+    /// True where the two share a point.
     bool Intersects(const BRect& other) const {
         return left <= other.right && other.left <= right && top <= other.bottom &&
                other.top <= bottom;

@@ -7,10 +7,10 @@
 
 namespace kits {
 
-/// What strtod reads in the C locale: leading blanks and whatever follows the number are ignored,
-/// "inf", "nan" and hexadecimal numbers are numbers, and a text that is none gives 0. `length`,
-/// where there is one, becomes the number of bytes up to the number's end; 0 for a text that is
-/// none.
+/// Reads the number that a text begins with, as strtod does in the C locale: leading blanks and
+/// whatever follows the number are ignored, "inf", "nan" and hexadecimal numbers are numbers, and a
+/// text that is none gives 0. `length`, where there is one, becomes the number of bytes up to the
+/// number's end, 0 for a text that is none. Any thread.
 double NumberOf(const std::string& text, std::size_t* length = nullptr);
 
 /// Writes a number as printf's "%f" does in the C locale, with six decimals.

@@ -17,8 +17,8 @@
 
 namespace kits {
 
-/// One role that reads published values: the renderer, the MIDI consumer. Belongs to one thread at
-/// a time. Construction and destruction take a lock and stay out of the media thread.
+/// A reader is one role that reads published values: the renderer, the MIDI consumer. It belongs to
+/// one thread at a time. Construction and destruction take a lock and stay out of the media thread.
 class Reader {
   public:
     Reader();
@@ -50,11 +50,13 @@ class Reader {
 /// section.
 void Retire(std::function<void()> release);
 
-/// Releases what has become free since. Returns how many things are still held. Threads as Retire.
+/// Releases what has become free since. Returns how many things are still held. It runs in the same
+/// threads as Retire.
 std::size_t CollectRetired();
 
-/// CollectRetired until nothing is held or `limit` has passed; true if nothing is held. Waits: for
-/// the window thread, where something must be gone (an add-on's code) before work goes on.
+/// Calls CollectRetired until nothing is held or `limit` has passed; true if nothing is held. It
+/// waits, so it is for the window thread, where something must be gone (an add-on's code) before
+/// work goes on.
 bool WaitForReaders(std::chrono::milliseconds limit);
 
 /// A value that one thread replaces as a whole while others read it.
@@ -66,11 +68,12 @@ class Published {
     Published(const Published&) = delete;
     Published& operator=(const Published&) = delete;
 
-    /// The value. Valid until the caller's Reader::Section ends or, in the thread that publishes,
-    /// until the next Publish. Wait-free; any thread.
+    /// Returns the value. It is valid until the caller's Reader::Section ends or, in the thread
+    /// that publishes, until the next Publish. Wait-free; any thread.
     VEXA_REALTIME const T& Get() const noexcept { return *current.load(); }
 
-    /// Replaces the value; readers see the old one or the new one, whole. Threads as Retire.
+    /// Replaces the value; readers see the old one or the new one, whole. It runs in the same
+    /// threads as Retire.
     void Publish(T next) { Discard(current.exchange(new T(std::move(next)))); }
 
   private:

@@ -2,18 +2,14 @@
 // A value, or the reason in words why there is none.
 #pragma once
 
+#include "kits/support/Error.h"
+
 #include <optional>
-#include <string>
 #include <utility>
 
 namespace kits {
 
-/// What went wrong, written for the person who has to act on it: it names the file and the fault.
-struct Error {
-    std::string text;
-};
-
-/// Either a T or an Error. Converts to true when it holds a T.
+/// A result is either a T or an Error. It converts to true when it holds a T.
 template<class T>
 class [[nodiscard]] Result {
   public:
@@ -26,7 +22,7 @@ class [[nodiscard]] Result {
     const T& operator*() const& { return *value; }
     T* operator->() { return &*value; }
     const T* operator->() const { return &*value; }
-    /// Returns what went wrong. To be asked only where there is no value.
+    /// Returns what went wrong. It may be called only where there is no value.
     const Error& Fault() const { return error; }
 
   private:

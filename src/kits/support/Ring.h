@@ -16,8 +16,8 @@
 
 namespace kits {
 
-/// First in, first out, from one writing thread to one reading thread. Wait-free; allocates only in
-/// its constructor. Lamport's queue: each index has one writing thread.
+/// A queue, first in, first out, from one writing thread to one reading thread. It is wait-free and
+/// allocates only in its constructor. It is Lamport's queue: each index has one writing thread.
 template<class T>
 class Ring {
     static_assert(std::is_trivially_copyable_v<T>);
@@ -29,16 +29,17 @@ class Ring {
 
     /// Items that can be read. Exact for the reader, a lower bound for the writer's progress.
     VEXA_REALTIME std::size_t Readable() const noexcept { return written.load() - read.load(); }
-    /// Items that can be written. Exact for the writer.
+    /// Returns how many items can be written. The number is exact in the writing thread; in another
+    /// there may be more by then.
     VEXA_REALTIME std::size_t Writable() const noexcept { return items.size() - Readable(); }
 
-    /// Writing thread: all of them, or none and false.
+    /// Writes all of the items, or none and returns false. The writing thread.
     VEXA_REALTIME bool Write(const T* from, std::size_t count) noexcept {
         return Write({{from, count}});
     }
 
-    /// Writing thread: all parts, one behind the other, or none and false. The reader sees all of
-    /// them or none.
+    /// Writes all parts, one behind the other, or none and returns false. The reader sees all of
+    /// them or none. The writing thread.
     VEXA_REALTIME bool Write(std::initializer_list<std::span<const T>> parts) noexcept {
         std::size_t end = written.load(std::memory_order_relaxed);
         std::size_t room = Writable();

@@ -11,12 +11,6 @@ BString::BString(BString&& other) noexcept
     other.bytes.clear();
 }
 
-BString& BString::operator=(const BString& other) {
-    if (this != &other)
-        *this = BString(other);
-    return *this;
-}
-
 BString& BString::operator=(BString&& other) noexcept {
     bytes.swap(other.bytes);
     std::swap(start, other.start);
@@ -41,12 +35,10 @@ BString& BString::Append(std::string_view text) {
 BString& BString::Remove(int64 from, int64 length) {
     const std::string_view range = Range(from, length);
     const auto position = static_cast<std::size_t>(range.data() - bytes.data());
-    if (position == start) {
+    if (position == start)
         start += range.size();
-        ReleaseDeadSpace();
-    } else {
+    else
         bytes.erase(position, range.size());
-    }
     return *this;
 }
 
@@ -86,15 +78,4 @@ std::string_view BString::Range(int64 from, int64 length) const {
     length = std::clamp<int64>(length, 0, Length() - from);
     return std::string_view(*this).substr(static_cast<std::size_t>(from),
                                           static_cast<std::size_t>(length));
-}
-
-/// Copies what is left once it is no more than what was removed: each copy is paid for by at least
-/// as many bytes removed since the one before. A swap, as assigning a short string would keep the
-/// large storage.
-void BString::ReleaseDeadSpace() {
-    constexpr std::size_t kTolerated = 64;
-    if (start >= bytes.size() - start && start > kTolerated) {
-        std::string(bytes, start).swap(bytes);
-        start = 0;
-    }
 }

@@ -14,17 +14,17 @@
 class BString {
   public:
     BString() = default;
-    /// Up to the terminating zero; null is the empty string.
+    /// Copies the text up to its terminating zero; null makes the empty string.
     BString(const char* text);
     explicit BString(std::string_view text) : bytes(text) {}
-    BString(const BString& other) : bytes(std::string_view(other)) {}
+    BString(const BString& other) = default;
     BString(BString&& other) noexcept;
-    BString& operator=(const BString& other);
+    BString& operator=(const BString& other) = default;
     BString& operator=(BString&& other) noexcept;
     ~BString() = default;
 
     int64 Length() const { return static_cast<int64>(bytes.size() - start); }
-    /// The bytes and a terminating zero, until the string changes.
+    /// Returns the bytes and a terminating zero, which stand until the string changes.
     const char* String() const { return bytes.c_str() + start; }
     operator std::string_view() const { return std::string_view(bytes).substr(start); }
     /// Returns the byte at a position, 0 outside of the string.
@@ -52,9 +52,9 @@ class BString {
 
   private:
     std::string_view Range(int64 from, int64 length) const;
-    void ReleaseDeadSpace();
 
     std::string bytes;
-    /// Where in `bytes` the string begins; what lies before it was removed.
+    /// The index in `bytes` at which the string begins; what lies before it was removed, and is
+    /// kept until the string changes as a whole.
     std::size_t start = 0;
 };

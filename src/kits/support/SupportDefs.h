@@ -15,8 +15,8 @@ using int64 = std::int64_t;
 using uint64 = std::uint64_t;
 using uchar = unsigned char;
 
-/// Outcome of an operation: B_OK (0), or a negative code. Codes that name a fault of the operating
-/// system are its errno negated, so that strerror(-status) describes them.
+/// A status is the outcome of an operation: B_OK (0), or a negative code. Codes that name a fault
+/// of the operating system are its errno negated, so that strerror(-status) describes them.
 using status_t = int32;
 
 /// A moment or a duration in microseconds.

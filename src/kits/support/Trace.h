@@ -6,13 +6,13 @@
 
 namespace kits {
 
-/// Whether trace lines are written: the environment variable VEXA_TRACE is set, and not to 0.
+/// True where trace lines are written, as the environment variable VEXA_TRACE is set, and not to 0.
 bool TraceIsOn();
 
 } // namespace kits
 
-/// As fprintf, but writes only when the trace is on. Not for real-time threads,
-/// whose lines are kept by TraceLater.
+/// Writes as fprintf does, but only when the trace is on. Real-time threads must not use it;
+/// TraceLater keeps their lines.
 #define FPRINTF(...)                                                                               \
     do {                                                                                           \
         if (kits::TraceIsOn())                                                                     \

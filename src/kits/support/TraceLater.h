@@ -13,7 +13,7 @@ class TraceLater {
   public:
     /// Puts a line down: a text for fprintf that lives as long as the program, whose only
     /// conversion, if any, is %lld, and the number for that. A line for which there is no room is
-    /// counted only. The real-time thread.
+    /// only counted. The real-time thread calls it.
     VEXA_REALTIME void Put(const char* text, long long number = 0) noexcept {
         const Line line{text, number};
         if (!lines.Write(&line, 1))

@@ -7,9 +7,9 @@
 
 namespace kits {
 
-/// The text without case, accents and the differences of compatibility characters (Unicode's
-/// case folding, NFKD without its marks). Of a text that is not UTF-8 only ASCII's case goes. Any
-/// thread.
+/// Returns the text without case, accents and the differences of compatibility characters
+/// (Unicode's case folding, NFKD without its marks). A text that is not UTF-8 loses ASCII's case
+/// alone. Any thread.
 std::string Folded(std::string_view text);
 
 } // namespace kits

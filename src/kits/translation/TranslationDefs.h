@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What translators and those who use them agree on.
+// Translators and those who use them agree on these types.
 #pragma once
 
 #include "kits/support/SupportDefs.h"
@@ -22,6 +22,6 @@ struct translation_format {
     /// How well the format keeps the picture, 0 to 1.
     float quality;
     const char* MIME;
-    /// For people.
+    /// The name of the format, for people.
     const char* name;
 };

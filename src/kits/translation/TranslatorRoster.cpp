@@ -19,7 +19,7 @@ struct Setting {
     int32 minimum = 0;
     int32 maximum = 0;
     int32 initial = -1;
-    /// What the toolkit's writer wants for it.
+    /// Returns what the toolkit's writer wants for the person's number.
     int (*writerQuality)(int32 value) = nullptr;
 };
 

@@ -19,14 +19,15 @@ class BTranslatorRoster {
   public:
     static BTranslatorRoster* Default();
 
-    /// In a fixed order, the most useful one first. The list is the caller's, to be freed with
-    /// delete[].
+    /// Lists the translators in a fixed order, the most useful one first. The caller owns the list
+    /// and frees it with delete[].
     status_t GetAllTranslators(translator_id** list, int32* count) const;
     /// The formats stay the roster's: first the neutral one, then that of the files.
     status_t GetOutputFormats(translator_id translator, const translation_format** formats,
                               int32* count) const;
 
-    /// What names of the translator's files end with, such as ".png"; empty if there is none.
+    /// Returns what the names of the translator's files end with, such as ".png"; empty if there is
+    /// nothing.
     std::string FileEnding(translator_id translator) const;
 
     /// A view that shows the translator's settings and changes them. The view is the caller's;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a host calls: CLAP's tables of functions, which pass all on to the instance.
+// The extensions are what a host calls: CLAP's tables of functions, which pass all on to the
+// instance.
 #pragma once
 
 #include "plugin/clap/Plugin.h"

@@ -18,7 +18,7 @@ constexpr std::string_view kAsSound = "as the sound";
 /// Significant digits that a person reads.
 constexpr int kDigits = 6;
 
-/// How units of LV2's vocabulary are written.
+/// The units of LV2's vocabulary, and how they are written.
 constexpr std::pair<std::string_view, std::string_view> kUnits[] = {
     {"db", "dB"}, {"degree", "°"}, {"s", "s"}, {"semitone12TET", "semitones"}};
 

@@ -26,7 +26,7 @@ const Extension* Find(const clap_host& host, const char* id) {
     return static_cast<const Extension*>(host.get_extension(&host, id));
 }
 
-/// Of an event for notes; nothing where it is for none here.
+/// Returns the name of the note that an event is for; nothing where it is for none here.
 template<class Event>
 VEXA_REALTIME std::optional<NoteName> NameOf(const Event& event) noexcept {
     const NoteName name{event.note_id, event.channel, event.key};
@@ -37,7 +37,7 @@ VEXA_REALTIME std::optional<NoteName> NameOf(const Event& event) noexcept {
     return name;
 }
 
-/// Of full volume 1.
+/// The part of full volume, which is 1, that nobody hears.
 constexpr float kInaudible = 1e-7F;
 /// In which all that fades or lingers has done so.
 constexpr double kFadeSeconds = 0.02;

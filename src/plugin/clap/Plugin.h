@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// One instance of the CLAP plug-in.
+// This is one instance of the CLAP plug-in.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -20,10 +20,10 @@ class Plugin {
   public:
     /// `content` is the folder in which shipped samples lie.
     Plugin(const clap_host& host, const std::filesystem::path& content);
-    /// What the host holds.
+    /// Returns the record that the host holds of the instance.
     const clap_plugin* Face() const { return &face; }
 
-    /// Main thread.
+    /// These are called on the main thread.
     bool Activate(double rate) noexcept;
     void Deactivate() noexcept { active = false; }
     void OnMainThread() noexcept;
@@ -34,7 +34,8 @@ class Plugin {
     bool Save(const clap_ostream& stream) noexcept;
     bool Load(const clap_istream& stream) noexcept;
 
-    /// Audio thread; Flush where the instance is not active on the main thread.
+    /// These are called on the audio thread; Flush on the main thread where the instance is not
+    /// active.
     VEXA_REALTIME void Reset() noexcept;
     VEXA_REALTIME clap_process_status Process(const clap_process& process) noexcept;
     VEXA_REALTIME void Flush(const clap_input_events& in) noexcept;
@@ -50,7 +51,7 @@ class Plugin {
     void Tell(const char* message) const noexcept;
 
     const clap_host& host;
-    /// Frames per second; until a host says another.
+    /// The frames per second; this many until a host says another number.
     double rate = 48000;
     HostedInstrument instrument;
     clap_plugin face;
@@ -59,7 +60,7 @@ class Plugin {
     /// The latency that the host knows; on the audio thread, that it is being told another.
     std::atomic<uint32_t> told{0};
     uint32_t asked = 0;
-    /// Frames since something was heard. Audio thread.
+    /// How many frames have passed since something was heard. Audio thread.
     uint64_t quiet = 0;
 };
 

@@ -20,7 +20,7 @@ std::size_t Root(std::string_view document) {
     return document.find(std::string("<").append(kSoundElement).append(">"));
 }
 
-/// What stands before a knob's value.
+/// Returns what stands before a knob's value.
 std::string Lead(const Control& control) {
     return std::string(" ").append(control.symbol).append("=");
 }

@@ -55,7 +55,7 @@ std::string Number(double number) {
     return digits.find('.') == std::string::npos ? digits + ".0" : digits;
 }
 
-/// Of letters, digits and "_" alone: jalv's commands read no others.
+/// Makes the identifier of letters, digits and "_" alone: jalv's commands read no others.
 std::string UriOf(const char* kind, const std::string& word) {
     std::string name = kind + word;
     std::replace_if(
@@ -195,10 +195,9 @@ int main(int argc, char** argv) {
                  << ">\n " << kUi;
     presets << kPrefixes;
     for (int i = 2; i < argc; i++) {
-        ReadReport report;
-        const kits::Result<Sound> sound = ReadSound(argv[i], report);
+        const kits::Result<Sound> sound = ReadSound(argv[i]);
         if (!sound) {
-            std::fprintf(stderr, "%s\n", report.reason.c_str());
+            std::fprintf(stderr, "%s\n", sound.Fault().text.c_str());
             return 1;
         }
         const std::string file = std::filesystem::path(argv[i]).stem().string();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a host offers to a plug-in and to its user interface.
+// The features are what a host offers to a plug-in and to its user interface.
 #pragma once
 
 #include <cstring>

@@ -185,7 +185,7 @@ void Plugin::Tell(const std::string& text) {
         message.pop_back();
     if (message.empty())
         return;
-    // The same once more is news too.
+    // It is forgotten, as the same message once more is news too.
     told[kMessage].clear();
     if (log)
         log->printf(log->handle, urids.error, "vexa: %s\n", message.c_str());
@@ -193,7 +193,7 @@ void Plugin::Tell(const std::string& text) {
         std::fprintf(stderr, "vexa: %s\n", message.c_str());
 }
 
-/// Of the properties that have changed, and of those whose bits are set.
+/// Tells the properties that have changed, and those whose bits are set.
 void Plugin::TellChanges(uint32_t wanted) {
     for (std::size_t i = 0; i < told.size(); i++) {
         std::string now = i == kMessage ? message : instrument.Text(static_cast<Request>(i));

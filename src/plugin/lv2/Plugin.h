@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// One instance of the plug-in in an LV2 host.
+// This is one instance of the plug-in in an LV2 host.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -23,16 +23,16 @@ namespace vexa::lv2 {
 /// thread of its own. State may be saved and restored while it runs.
 class Plugin {
   public:
-    /// What the instance uses of its host outlives it. Of `log` and `schedule` there may be none.
+    /// Makes an instance. What it uses of its host outlives it. `log` and `schedule` may be null.
     Plugin(double rate, const char* bundle, LV2_URID_Map& map, LV2_Log_Log* log,
            LV2_Worker_Schedule* schedule);
 
     void Connect(uint32_t port, void* data);
     void Activate() { instrument.Restart(rate); }
     VEXA_REALTIME void Run(uint32_t count) noexcept;
-    /// What the worker does.
+    /// Does what is asked for, in the host's worker or the thread in its place.
     void Work() noexcept;
-    /// As WindowInterface::open.
+    /// Does what WindowInterface::open says.
     int OpenWindow(char* fault, std::size_t room);
 
     LV2_State_Status Save(LV2_State_Store_Function store, LV2_State_Handle handle,
@@ -62,11 +62,11 @@ class Plugin {
     News news{urids};
     /// The host had no room for the work that it was asked for.
     bool refused = false;
-    /// From the running thread to the one that works: requests that could not be posted, and the
-    /// properties that are asked for, a bit each.
+    /// The running thread tells the one that works by these: that requests could not be posted, and
+    /// the properties that are asked for, a bit each.
     std::atomic<bool> lost{false};
     std::atomic<uint32_t> asked{0};
-    /// Of whoever works: what the host knows of the properties.
+    /// Whoever works has this lock; what follows is what the host knows of the properties.
     std::mutex working;
     std::array<std::string, std::size(kProperties)> told;
     std::string message;

@@ -13,8 +13,8 @@ namespace vexa::lv2 {
 
 constexpr const char* kUri = VEXA_LV2_URI;
 constexpr const char* kUiUri = VEXA_LV2_URI "#ui";
-/// What the state holds besides the tuning's parameters: the sound document, and where the host has
-/// put its sample or picture. The key is of a time when there were samples only.
+/// The state holds these besides the tuning's parameters: the sound document, and where the host
+/// has put its sample or picture. The key is of a time when there were samples only.
 constexpr const char* kSoundState = VEXA_LV2_URI "#document";
 constexpr const char* kFileState = VEXA_LV2_URI "#samplefile";
 
@@ -23,8 +23,8 @@ struct Property {
     const char* label;
     bool isPath;
 };
-/// What a host writes, in the order of Request, and behind these what it only reads: what there was
-/// to tell of the last thing that it asked for.
+/// The properties that a host writes, in the order of Request, and behind these one that it only
+/// reads: what there was to tell of the last thing that it asked for.
 constexpr Property kProperties[] = {
     {VEXA_LV2_URI "#formula", "Formula", false},
     {VEXA_LV2_URI "#sample", "Sample", true},
@@ -49,7 +49,7 @@ enum Port : std::uint32_t {
 };
 constexpr std::uint32_t kPorts = kFirstControl + kControls;
 
-/// Bytes of the ports for events, which hold the longest text and some notes.
+/// The bytes of the ports for events, which hold the longest text and some notes.
 constexpr std::size_t kEventBytes = 2 * HostedInstrument::kMostText;
 
 } // namespace vexa::lv2

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a host's session keeps of the plug-in.
+// This is what a host's session keeps of the plug-in.
 #include "plugin/lv2/Plugin.h"
 
 #include <cstdio>

@@ -38,7 +38,7 @@ struct Urids {
     LV2_URID stateChanged = Of(LV2_STATE__StateChanged);
     LV2_URID soundState = Of(kSoundState);
     LV2_URID fileState = Of(kFileState);
-    /// In the order of kProperties.
+    /// The numbers of the properties, in the order of kProperties.
     std::array<LV2_URID, std::size(kProperties)> properties;
 };
 

@@ -107,7 +107,8 @@ class Conversation {
 
     HostedInstrument& instrument;
     attach::Link link;
-    /// What the window was shown last, with its own edits since, and the number of that letter.
+    /// The sound that the window was shown last, with its own edits since, and the number of that
+    /// letter.
     HostedInstrument::Shown shown;
     uint32 serial = 0;
     attach::Moment last{};

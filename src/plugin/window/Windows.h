@@ -22,12 +22,12 @@ class Windows {
 
     /// The instrument and `tell` outlive it.
     Windows(HostedInstrument& instrument, Tell tell);
-    /// The windows close.
+    /// Closes the windows.
     ~Windows();
 
-    /// The descriptor of a socket, for a program that is to be the window; the caller hands it on
-    /// and closes it. Nobody else can come by that connection, as it has no name. The error says
-    /// why there is none. Not on the audio side.
+    /// Returns the descriptor of a socket, for a program that is to be the window; the caller hands
+    /// it on and closes it. Nobody else can come by that connection, as it has no name. The error
+    /// says why there is none. It is not for the audio side.
     kits::Result<int> Open();
 
   private:

@@ -261,7 +261,7 @@ double Quotient(double a, double b, double reciprocal) {
     return __builtin_fma(__builtin_fma(-b, close, a), reciprocal, close);
 }
 
-/// Whether a magnitude is far from all that could overflow or underflow.
+/// True where a magnitude is far from all that could overflow or underflow.
 bool Moderate(double value) {
     return fabs(value) >= 0x1p-200 && fabs(value) <= 0x1p200;
 }
@@ -311,7 +311,7 @@ void Scale(float* __restrict values, const double* __restrict factors, std::size
 
 using Sums = float __attribute__((vector_size(kSlack * sizeof(float))));
 
-/// So many outputs at a time, which share their taps.
+/// Computes so many outputs at a time, which share their taps.
 template<std::size_t side>
 void FilterOf(const float* taps, std::size_t length, const float* frames, std::size_t step,
               float* out) {

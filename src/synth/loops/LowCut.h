@@ -23,7 +23,7 @@ namespace vexa {
 
 namespace {
 
-/// a b + c, rounded once.
+/// Returns a b + c, rounded once.
 inline float Fused(float a, float b, float c) {
 #if defined(__FMA__) || defined(__ARM_FEATURE_FMA)
     return __builtin_fmaf(a, b, c);
@@ -56,7 +56,8 @@ inline double SumOf(float a, float b, float c) {
 using Four = float __attribute__((vector_size(4 * sizeof(float))));
 using Eight = float __attribute__((vector_size(8 * sizeof(float))));
 
-/// What comes out of filters with these poles and gains, and their sums then.
+/// Advances filters with these poles and gains by one sample: computes their output and the next
+/// sums.
 template<class Lanes>
 inline void Step(const Lanes& hpa, const Lanes& hpb, const Lanes& gain, const Lanes& s,
                  Lanes& hpsum0, Lanes& hpsum1, Lanes& output) {
@@ -74,7 +75,7 @@ inline void Step(const Lanes& hpa, const Lanes& hpb, const Lanes& gain, const La
 }
 
 #if defined(__FMA__)
-// The same by whole vectors, where the compiler would now and then take lane after lane.
+// These do the same by whole vectors, where the compiler would now and then take lane after lane.
 
 inline void Step(const Four& hpa, const Four& hpb, const Four& gain, const Four& s, Four& hpsum0,
                  Four& hpsum1, Four& output) {
@@ -90,7 +91,8 @@ inline void Step(const Four& hpa, const Four& hpb, const Four& gain, const Four&
 inline void Step(const Eight& hpa, const Eight& hpb, const Eight& gain, const Eight& s,
                  Eight& hpsum0, Eight& hpsum1, Eight& output) {
 #if defined(__AVX512F__)
-    // With a mask of all lanes, as the compiler warns of what the form without one leaves open.
+    // The form with a mask of all lanes is used, as the compiler warns of what the form without one
+    // leaves open.
     const auto wide = [](Eight values) { return _mm512_maskz_cvtps_pd(0xFF, values); };
     const __m512d input = wide(s);
     const __m512d w0 = _mm512_fmadd_pd(wide(hpa), wide(hpsum0), input);
@@ -154,7 +156,7 @@ inline void Columns(const float* const* rows, int place, Eight* columns) {
 #endif
 }
 
-/// Whether all samples count as they are.
+/// True where all samples count as they are.
 bool AllHeard(const float* samples, std::size_t count) {
     int beyond = 0;
     for (std::size_t i = 0; i < count; i++)
@@ -167,7 +169,7 @@ bool Bound(float* samples, int count) {
     bool beyond = false;
     for (int i = 0; i < count; i++) {
         float& s = samples[i];
-        // What is not finite has no difference from itself.
+        // A number that is not finite has no difference from itself.
         s = s - s == 0 ? s : 0;
         beyond = beyond || s > kMostHeard || s < -kMostHeard;
         s = s > kMostHeard ? kMostHeard : s < -kMostHeard ? -kMostHeard : s;
@@ -175,7 +177,7 @@ bool Bound(float* samples, int count) {
     return beyond;
 }
 
-/// Up to as many filters as Lanes is wide.
+/// Up to as many filters as Lanes is wide, which advance together.
 template<class Lanes>
 class SideBySide {
   public:
@@ -193,7 +195,7 @@ class SideBySide {
     /// Filters so many samples of each, whose lines stand `count` apart. True where one that is not
     /// heard as it is has been bounded.
     bool Run(const float* samples, bool allHeard, int count, float* sum) {
-        // For each moment the voices' samples: first the input, then the output.
+        // The voices' samples for each moment: first they are the input, then the output.
         alignas(64) Lanes moments[kRoom];
         const auto row = [&moments](int i) { return reinterpret_cast<float*>(moments + i); };
         alignas(64) static const float silence[kRoom]{};

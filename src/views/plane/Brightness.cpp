@@ -20,7 +20,7 @@ constexpr BrightnessRow kCurves[] = {
 
 /// 1 / the least size that the logarithm shows.
 constexpr float kLogarithmRange = 4096;
-/// Of so many values one is looked at for the strongest.
+/// Among so many values one is looked at for the strongest.
 constexpr std::size_t kStride = 13;
 
 } // namespace

@@ -9,8 +9,8 @@
 
 namespace vexa {
 
-/// In the order of the voice table. Each has a contrast of at least 3 to 1 (WCAG 2.1) to all that a
-/// plane shows: black, red and blue. Neighbours differ most.
+/// The colours of the orbits, in the order of the voice table. Each has a contrast of at least 3 to
+/// 1 (WCAG 2.1) to all that a plane shows: black, red and blue. Neighbours differ most.
 extern const std::array<rgb_color, kVoiceSlots> kOrbitColors;
 
 } // namespace vexa

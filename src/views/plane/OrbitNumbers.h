@@ -11,26 +11,27 @@
 
 namespace vexa {
 
-/// Where the centre starts, the radii at their envelopes' full height, and how far the centre
-/// drifts in a second at their envelopes' full height.
+/// An orbit's numbers are where the centre starts, the radii at their envelopes' full height, and
+/// how far the centre drifts in a second at their envelopes' full height, all in units of the
+/// plane.
 enum class OrbitNumber : uint8 { StartX, StartY, RadiusX, RadiusY, DriftX, DriftY };
 
 struct OrbitNumberRow {
     OrbitNumber id;
-    /// For a person.
+    /// The name of the number for a person.
     const char* name;
     /// The sum that it is, and the coefficient that is moved: its first one.
     CoefficientGroup sum;
     ParameterId constant;
 };
-/// In the order of the enumeration.
+/// Returns the rows in the order of the enumeration.
 std::span<const OrbitNumberRow> OrbitNumbers();
 
-/// Which note's orbit is moved: velocity and key, each divided by 127.
+/// The note whose orbit is moved: velocity and key, each divided by 127.
 struct OrbitNote {
     float vel, key;
 };
-/// The newest that sounds; else the one of previews.
+/// Returns the newest note that sounds; where none does, the note of previews.
 OrbitNote NoteInHand(const SoundRecords& records);
 
 /// The number for the note, and what the coefficient has to be for the number to be `value`.
@@ -43,8 +44,8 @@ double TidyStep(double most);
 /// The multiple of the step that is next to the value, as a text.
 std::string TidyText(double value, double step);
 
-/// What the orbit covers from note-on to the end of the time that the key can be drawn held for, or
-/// so long as the centre stays finite.
+/// The area that the orbit covers from note-on to the end of the time that the key can be drawn
+/// held for, or so long as the centre stays finite.
 struct Reach {
     double left, bottom, right, top;
 };

@@ -10,7 +10,8 @@
 
 namespace vexa {
 
-/// Computed in parts, as PlaneDrawing; what is not computed yet is 0. Window thread.
+/// Holds values of the plane function, computed in parts, as PlaneDrawing does; what is not
+/// computed yet is 0. Window thread.
 class PlaneField {
   public:
     /// Drops what it has and begins with these.
@@ -19,7 +20,7 @@ class PlaneField {
     bool Continue(std::chrono::steady_clock::duration time);
     bool IsComplete() const { return !drawing; }
 
-    /// One row after the other from the top.
+    /// Returns the values, one row after the other from the top.
     const std::vector<float>& Values() const { return values; }
     const PlaneArea& Area() const { return area; }
 
@@ -27,7 +28,7 @@ class PlaneField {
     PlaneFunction function{nullfunc};
     PlaneArea area{};
     std::vector<float> values;
-    // Last, as it computes the others.
+    // It stands last, as it computes the others.
     std::unique_ptr<PlaneDrawing> drawing;
 };
 

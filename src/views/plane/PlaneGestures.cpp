@@ -15,23 +15,23 @@ namespace {
 
 /// Steps of a wheel or keys that halve or double the width.
 constexpr float kStepsToHalf = 4;
-/// Of the width that is shown, in plane units.
+/// The least and the greatest width that is shown, in plane units.
 constexpr double kNarrowest = 1e-3;
 constexpr double kWidest = 1e6;
 /// Around what the orbit reaches, of that.
 constexpr double kMargin = 1.3;
-/// What a fresh window shows.
+/// The width that a fresh window shows, in plane units.
 constexpr double kUsualWidth = 15;
 
-/// By which the arrow keys move the plane, in pixels, and turn the landscape, in radians; a drag
-/// turns it by so much per pixel.
+/// The arrow keys move the plane by so many pixels, and turn the landscape by so many radians; a
+/// drag turns it by so much per pixel.
 constexpr float kKeyPixels = 30;
 constexpr float kKeyTurn = 0.1F;
 constexpr float kPixelTurn = 0.01F;
 constexpr float kLowest = 0.12F;
 constexpr float kHighest = std::numbers::pi_v<float> / 2;
 
-/// What an arrow key moves a number by, in PixelStep.
+/// An arrow key moves a number by so many times PixelStep.
 constexpr double kKeyStep = 4;
 /// The handles keep this far from the start of the centre, in pixels, where their number is small.
 constexpr float kApart = 18;
@@ -82,7 +82,7 @@ void PlaneOverlay::Zoom(BPoint where, float steps) {
                 (double(where.y) - double(Bounds().Height()) * (1 - double(place.y))) * next);
 }
 
-/// What was shown at `from` moves by so many pixels.
+/// Moves the plane, from how it was shown at `from`, by so many pixels.
 void PlaneOverlay::ShiftBy(const View& from, BPoint pixels) {
     BPoint by = {pixels.x * from.scale, -pixels.y * from.scale};
     if (relief) {
@@ -368,7 +368,7 @@ void PlaneOverlay::PlaceHandles() {
         }
         moved |= handle->CenterAt({start.x + by.x, start.y + by.y});
     }
-    // With the lines between them.
+    // The whole view is drawn anew, with the lines between the handles.
     if (moved && ShowsHandles())
         Invalidate();
 }

@@ -4,6 +4,7 @@
 #include "views/Theme.h"
 #include "views/plane/PlaneOverlay.h"
 
+#include <algorithm>
 #include <cmath>
 #include <string>
 
@@ -39,6 +40,14 @@ int Arrow(kits::Key key, bool& upright) {
     return key == kits::Key::Left || key == kits::Key::Down ? -1 : 0;
 }
 
+/// A toolkit's places are whole numbers. A handle that is farther away than this, in pixels, or at
+/// no number at all, waits there, far outside of any window.
+constexpr float kFarthest = 1e6F;
+
+float Bounded(float place) {
+    return place >= -kFarthest ? std::min(place, kFarthest) : -kFarthest;
+}
+
 } // namespace
 
 std::span<const PlaneHandleRow> PlaneHandles() {
@@ -56,7 +65,8 @@ PlaneHandle::PlaneHandle(PlaneOverlay& overlay, const PlaneHandleRow& row)
 }
 
 bool PlaneHandle::CenterAt(BPoint point) {
-    const float x = std::round(point.x - kReach), y = std::round(point.y - kReach);
+    const float x = Bounded(std::round(point.x - kReach)),
+                y = Bounded(std::round(point.y - kReach));
     if (x == Frame().left && y == Frame().top)
         return false;
     MoveTo(x, y);

@@ -15,29 +15,29 @@ class PlaneOverlay;
 /// A handle and the numbers that it moves, to the right and up.
 struct PlaneHandleRow {
     const char* name;
-    /// One of them at least.
+    /// The numbers that the handle moves; it has one of them at least.
     std::optional<OrbitNumber> x, y;
     const char* tip;
 
     OrbitNumber First() const { return x ? *x : *y; }
 };
-/// In the order in which the Tab key reaches them.
+/// Returns the handles in the order in which the Tab key reaches them.
 std::span<const PlaneHandleRow> PlaneHandles();
 
-/// Moves one handle's numbers: by the mouse, or, while it has the focus, by the arrow keys, with
-/// Shift finer and with Ctrl coarser. Seen when the overlay says so. Window thread.
+/// A handle moves its numbers: by the mouse, or, while it has the focus, by the arrow keys, with
+/// Shift finer and with Ctrl coarser. It is seen when the overlay says so. Window thread.
 class PlaneHandle : public BView {
   public:
-    /// From its centre to its edges, in pixels.
+    /// The pixels from its centre to its edges.
     static constexpr float kReach = 10;
 
     PlaneHandle(PlaneOverlay& overlay, const PlaneHandleRow& row);
 
     const PlaneHandleRow& Row() const { return row; }
-    /// Whether that is another place.
+    /// Moves the handle; true where that is another place.
     bool CenterAt(BPoint point);
     BPoint Center() const { return {Frame().left + kReach, Frame().top + kReach}; }
-    /// Under the pointer, in the hand, or with the focus.
+    /// True where it is under the pointer, in the hand, or has the focus.
     bool IsNoticed() const { return hovered || held || IsFocus(); }
 
     kits::AccessibleThing Describe() const override;
@@ -56,9 +56,9 @@ class PlaneHandle : public BView {
     const PlaneHandleRow& row;
     bool hovered = false;
     bool held = false;
-    /// What was pressed here is the overlay's affair.
+    /// True where what was pressed here is the overlay's affair.
     bool passed = false;
-    /// Where it was taken hold of, and its numbers there.
+    /// The place where it was taken hold of, and its numbers there.
     BPoint grip;
     double gripX = 0, gripY = 0;
 };

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the gestures on the plane do to the sound.
+// The gestures on the plane reach the sound through a host.
 #pragma once
 
 #include "kits/support/Geometry.h"
@@ -11,18 +11,19 @@
 
 namespace vexa {
 
-/// Whose plane it is. Window thread.
+/// The owner of the plane. Window thread.
 class PlaneHost {
   public:
     virtual ~PlaneHost() = default;
 
-    /// What plays.
+    /// Returns the records of what plays.
     virtual const SoundRecords& Records() const = 0;
 
-    // As if a person had put the texts into the fields.
+    // The following do what a person does who puts the texts into the fields.
 
     virtual void SetCoefficient(ParameterId id, const std::string& text) = 0;
-    /// The width that is shown, in plane units, and the point that is shown at the link's place.
+    /// Sets the width that is shown, in plane units, and the point that is shown at the link's
+    /// place.
     virtual void SetView(const std::string& width, const std::string& linkX,
                          const std::string& linkY) = 0;
 
@@ -30,9 +31,9 @@ class PlaneHost {
     /// there, and the sound and what it is saved as stay as they are. Nothing happens where that
     /// cannot be.
     virtual void Strike(std::optional<BPoint> start) = 0;
-    /// Ends it, as a key that is let go.
+    /// Ends the preview, as a key that is let go does.
     virtual void LetGo() = 0;
-    /// Some sixty times a second from Strike to LetGo.
+    /// Called some sixty times a second from Strike to LetGo.
     virtual void Watch() = 0;
 };
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// How the plane and the orbits on it are shown.
+// This part of the overlay shows the plane and the orbits on it.
 #include "views/plane/PlaneOverlay.h"
 
 #include "kits/interface/Menu.h"
@@ -32,7 +32,7 @@ constexpr auto kPulseTime = std::chrono::milliseconds(15);
 
 /// Pixels of the view.
 constexpr float kOrbitWidth = 1.5F;
-/// Of an orbit behind a hill, of 255.
+/// How strongly an orbit behind a hill is drawn, where 255 is in full.
 constexpr uint8 kBehind = 70;
 /// In a dash that is another voice's.
 constexpr uint8 kOthers = 60;
@@ -49,10 +49,13 @@ constexpr float kMenuWidth = 64;
 constexpr rgb_color kLegendBack = {0, 0, 0, 170};
 constexpr rgb_color kLegendInk = {240, 240, 240};
 constexpr float kLegendHeight = 18;
+/// Of the points that the ears read, in pixels of the view.
+constexpr float kEarRadius = 3.5F;
+constexpr int kRingSides = 12;
 /// For which what a key has chosen is told, in pulses.
 constexpr int kToldFor = 15;
 
-/// Whether they are the same figure but for so many plane units.
+/// True where they are the same figure but for so many plane units.
 bool AreClose(const Orbit& a, const Orbit& b, double most) {
     return std::abs(a.cx - b.cx) <= most && std::abs(a.cy - b.cy) <= most &&
            std::abs(a.rx - b.rx) <= most && std::abs(a.ry - b.ry) <= most;
@@ -104,14 +107,12 @@ PlaneOverlay::~PlaneOverlay() = default;
 /// Shown while the pointer is over the plane. It takes no focus, which would go on to some field
 /// when it is hidden; keys do the same.
 void PlaneOverlay::AddMenu() {
-    menu = new BPopUpMenu("View", false, false);
-    for (const BrightnessRow& row : BrightnessCurves())
-        menu->AddItem(
-            new BMenuItem(std::string(row.label).c_str(),
-                          new BMessage(kBrightnessCode + static_cast<uint32>(row.curve))));
-    menu->AddItem(new BSeparatorItem);
-    menu->AddItem(new BMenuItem("Landscape", new BMessage(kReliefCode)));
-    menu->SetTargetForItems(this);
+    auto* menu = new BPopUpMenu("View", false, false);
+    AddLooks(*menu);
+    menu->SetOpening([this](BMenu& opened) {
+        opened.RemoveAll();
+        AddLooks(opened);
+    });
     const BRect bounds = Bounds();
     menuField = new BMenuField(
         {bounds.right - kMenuWidth - 3, 4, bounds.right - 4, 4 + BMenuField::PreferredHeight()},
@@ -120,14 +121,19 @@ void PlaneOverlay::AddMenu() {
     menuField->SetToolTip("How the plane is shown: brightness (F6), landscape (F7)");
     menuField->Hide();
     AddChild(menuField);
-    MarkMenu();
 }
 
-void PlaneOverlay::MarkMenu() {
+void PlaneOverlay::AddLooks(BMenu& into) const {
+    const auto add = [&](std::string_view label, uint32 code, bool marked) {
+        auto* item = new BMenuItem(std::string(label).c_str(), new BMessage(code));
+        into.AddItem(item);
+        item->SetTarget(this);
+        item->SetMarked(marked);
+    };
     for (const BrightnessRow& row : BrightnessCurves())
-        menu->FindItem(kBrightnessCode + static_cast<uint32>(row.curve))
-            ->SetMarked(row.curve == brightness);
-    menu->FindItem(kReliefCode)->SetMarked(relief);
+        add(row.label, kBrightnessCode + static_cast<uint32>(row.curve), row.curve == brightness);
+    into.AddItem(new BSeparatorItem);
+    add("Landscape", kReliefCode, relief);
 }
 
 void PlaneOverlay::MessageReceived(BMessage* message) {
@@ -142,19 +148,21 @@ void PlaneOverlay::MessageReceived(BMessage* message) {
 
 void PlaneOverlay::SetBrightness(Brightness next) {
     brightness = next;
-    stale = true;
-    DescriptionChanged();
-    MarkMenu();
-    Invalidate();
+    ChangeLook();
 }
 
 void PlaneOverlay::SetRelief(bool on) {
     relief = on;
+    ShowHandles();
+    ChangeLook();
+}
+
+void PlaneOverlay::ChangeLook() {
     stale = true;
     DescriptionChanged();
-    MarkMenu();
-    ShowHandles();
     Invalidate();
+    if (lookChanged)
+        lookChanged();
 }
 
 bool PlaneOverlay::TakeShortcut(const kits::KeyPress& press) {
@@ -174,12 +182,12 @@ bool PlaneOverlay::TakeShortcut(const kits::KeyPress& press) {
     return true;
 }
 
-/// Whether what is shown is not the very picture of the plane view.
+/// True where what is shown is not the very picture of the plane view.
 bool PlaneOverlay::IsOwn() const {
     return relief || brightness != Brightness::Linear || density != 1;
 }
 
-/// What the plane view shows, over so many points.
+/// Returns the area that the plane view shows, over so many points.
 PlaneArea PlaneOverlay::AreaOf(std::size_t columns, std::size_t rows) const {
     const float pixels = Bounds().Width() + 1;
     return {plane.LinkFunction().x,
@@ -292,7 +300,8 @@ bool PlaneOverlay::Animate(float seconds) {
     return sounds || previewing || !trace->IsDark();
 }
 
-/// Whether there is any. Where several are the same figure each has its share of the line.
+/// Draws the orbits; true where there is any. Where several are the same figure each has its share
+/// of the line.
 bool PlaneOverlay::DrawOrbits() {
     const SoundRecords& records = host.Records();
     std::array<Orbit, kVoiceSlots> orbits;
@@ -304,6 +313,7 @@ bool PlaneOverlay::DrawOrbits() {
         orbits[i] = OrbitOf(Look(slot), records.parameters, records.controllers);
         sounding.push_back(i);
     }
+    const double spread = records.playing.Spread() * std::numbers::pi / 180;
     const double close = kClose * double(view.scale);
     for (const std::size_t i : sounding) {
         int sharers = 0, rank = 0;
@@ -313,7 +323,9 @@ bool PlaneOverlay::DrawOrbits() {
             sharers++;
             rank += other < i;
         }
-        DrawOrbit(orbits[i], kOrbitColors[i], sharers, rank);
+        DrawOrbit(orbits[i], spread, kOrbitColors[i], sharers, rank);
+        if (spread > 0)
+            MarkEars(orbits[i], spread, kOrbitColors[i]);
     }
     return !sounding.empty();
 }
@@ -332,7 +344,9 @@ std::optional<Relief::Place> PlaneOverlay::PlaceOf(double x, double y) const {
                          true};
 }
 
-void PlaneOverlay::DrawOrbit(const Orbit& orbit, rgb_color color, int sharers, int rank) {
+/// What the two ears read of it in one period, that are so many radians apart on it.
+void PlaneOverlay::DrawOrbit(const Orbit& orbit, double spread, rgb_color color, int sharers,
+                             int rank) {
     const double turns = std::max({std::abs(double(orbit.fx)), std::abs(double(orbit.fy)), 1.0});
     const double length = 2 * std::numbers::pi *
                           std::hypot(orbit.rx * double(orbit.fx), orbit.ry * double(orbit.fy)) /
@@ -340,13 +354,15 @@ void PlaneOverlay::DrawOrbit(const Orbit& orbit, rgb_color color, int sharers, i
     // A length that is no number takes the most.
     const double wanted = std::max(length / kStride, kFewest * turns);
     const int steps = wanted < kMost ? static_cast<int>(wanted) : kMost;
-    const double step = 2 * std::numbers::pi / steps;
+    const double step = (2 * std::numbers::pi + spread) / steps;
+    const double beginx = orbit.phasex - double(orbit.fx) * spread / 2;
+    const double beginy = orbit.phasey - double(orbit.fy) * spread / 2;
     // Dashes stay where they are on the figure, wherever on it the point is.
     const double dash = 2 * std::numbers::pi / (sharers * std::max(1, kDashes / sharers));
-    Wave x(orbit.phasex, double(orbit.fx) * step), y(orbit.phasey, double(orbit.fy) * step);
+    Wave x(beginx, double(orbit.fx) * step), y(beginy, double(orbit.fy) * step);
     std::optional<Relief::Place> before;
     for (int k = 0; k <= steps; k++, x.Advance(), y.Advance()) {
-        const double phasex = orbit.phasex + double(orbit.fx) * step * k;
+        const double phasex = beginx + double(orbit.fx) * step * k;
         const bool own =
             sharers == 1 || static_cast<int64>(std::floor(phasex / dash)) % sharers == rank;
         const std::optional<Relief::Place> place =
@@ -360,11 +376,40 @@ void PlaneOverlay::DrawOrbit(const Orbit& orbit, rgb_color color, int sharers, i
     }
 }
 
+/// At the coming moment at which a period of the note begins, so that they rest on what closes.
+void PlaneOverlay::MarkEars(const Orbit& orbit, double spread, rgb_color color) {
+    constexpr double kTurn = 2 * std::numbers::pi;
+    const double done = orbit.fx != 0   ? orbit.phasex / (kTurn * double(orbit.fx))
+                        : orbit.fy != 0 ? orbit.phasey / (kTurn * double(orbit.fy))
+                                        : 0;
+    const double rest = kTurn * (std::ceil(done) - done);
+    const float radius = kEarRadius * density;
+    for (const bool right : {false, true}) {
+        const double ahead = rest + (right ? spread : -spread) / 2;
+        const auto place =
+            PlaceOf(orbit.cx + orbit.rx * std::cos(orbit.phasex + double(orbit.fx) * ahead),
+                    orbit.cy + orbit.ry * std::sin(orbit.phasey + double(orbit.fy) * ahead));
+        if (!place)
+            continue;
+        color.alpha = place->visible ? 255 : kBehind;
+        const BPoint at = place->point;
+        BPoint before = {at.x + radius, at.y};
+        for (int i = 1; i <= kRingSides; i++) {
+            const auto angle = static_cast<float>(kTurn * i / kRingSides);
+            const BPoint next = {at.x + radius * std::cos(angle), at.y + radius * std::sin(angle)};
+            trace->Line(before, next, color, density);
+            if (!right)
+                trace->Line(at, next, color, 2 * density);
+            before = next;
+        }
+    }
+}
+
 void PlaneOverlay::Draw(BRect) {
     Refresh();
     DrawBitmap(shown.get(), Bounds());
     if (ShowsHandles()) {
-        // From the start of the centre to the others.
+        // Lines go from the start of the centre to the other handles.
         SetHighColor({255, 255, 255, 110});
         for (std::size_t i = 1; i < handles.size(); i++) {
             const BPoint line[] = {handles.front()->Center(), handles[i]->Center()};

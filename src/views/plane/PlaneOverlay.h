@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What lies on the plane's picture: the orbits, and the gestures that the picture does not take.
+// The overlay lies on the plane's picture: it has the orbits, and the gestures that the picture
+// does not take.
 #pragma once
 
 #include "kits/interface/View.h"
@@ -12,9 +13,11 @@
 #include "views/plane/Relief.h"
 #include "views/plane/Trace.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 class BBitmap;
@@ -28,7 +31,7 @@ class R2RFView;
 /// A press of a button on the plane.
 struct PlanePress {
     BPoint where;
-    /// All that are down.
+    /// The sum of all buttons that are down.
     uint32 buttons;
     uint32 modifiers;
     int32 clicks;
@@ -37,6 +40,8 @@ struct PlanePress {
 /// Covers an R2RFView, whose child it is, and shows the same picture, or the plane in another
 /// brightness or as a landscape, in the screen's own pixels; on it the orbits of all notes that
 /// sound, some sixty times a second, one colour a voice, with what they were a moment ago fading.
+/// Where a sound is stereo a dot and a ring on each orbit are what the left ear and the right one
+/// read when a period begins.
 ///
 /// Wheel: zooms about the pointer. Middle button, or Space and the first button: moves the plane.
 /// Double click: shows all that the orbit reaches. Ctrl+Shift+click: a note whose centre starts
@@ -48,55 +53,61 @@ struct PlanePress {
 /// What it does to the sound it does through its host. Window thread.
 class PlaneOverlay : public BView {
   public:
-    /// Becomes a child of `plane`. The host outlives it.
+    /// Makes an overlay that becomes a child of `plane`. The host outlives it.
     PlaneOverlay(R2RFView& plane, PlaneHost& host);
     ~PlaneOverlay() override;
 
-    // How the plane is shown.
+    // The following set how the plane is shown.
 
     void SetBrightness(Brightness next);
     Brightness Curve() const { return brightness; }
     void SetRelief(bool on);
     bool IsRelief() const { return relief; }
-    /// F6: the next brightness. F7: the landscape, or the picture again.
+    /// Has `next` called when the brightness or the landscape has changed.
+    void WatchLook(std::function<void()> next) { lookChanged = std::move(next); }
+    /// Adds what can be chosen of them, with marks for what is so at present.
+    void AddLooks(BMenu& into) const;
+    /// Takes F6, which chooses the next brightness, and F7, which shows the landscape or the
+    /// picture again; true if the key was one of them.
     bool TakeShortcut(const kits::KeyPress& press);
 
     // The numbers that the handles move.
 
-    /// Of the note in hand.
+    /// Returns a number of the orbit of the note in hand.
     double Number(OrbitNumber id) const;
-    /// To the nearest multiple of `tidy`. A preview that is sounding begins anew where its start
-    /// has moved.
+    /// Sets a number to the nearest multiple of `tidy`. A preview that is sounding begins anew
+    /// where its start has moved.
     void MoveNumber(OrbitNumber id, double value, double tidy);
-    /// One step of an arrow key, up where `way` is 1 and down where it is -1; with Shift finer,
-    /// with Ctrl coarser. A preview sounds meanwhile.
+    /// Moves a number by one step of an arrow key, up where `way` is 1 and down where it is -1;
+    /// with Shift finer, with Ctrl coarser. A preview sounds meanwhile.
     void StepNumber(OrbitNumber id, int way, uint32 modifiers);
 
-    // For the handles.
+    // The handles call these.
 
     bool ShowsHandles() const { return !relief && (inside || focused || moving); }
-    /// A press that is none of a handle's although it is on one.
+    /// True for a press that is none of a handle's although it is on one.
     bool IsForOverlay(const PlanePress& press) const;
     void Press(const PlanePress& press);
     void Move(BPoint where);
     void Release(BPoint where);
     /// The pointer is there, over the plane or no longer.
     void Hover(BPoint where, bool over);
-    /// A number is being moved, and no longer: where nothing sounds, a preview does meanwhile.
+    /// Tell that a number is being moved, and no longer: where nothing sounds, a preview does
+    /// meanwhile.
     void Grip();
     void LetGo();
     /// Plane units, y upwards, that so many pixels of the view are.
     BPoint ByPixels(BPoint pixels) const;
     /// A handle's numbers as a person reads them: "0.5, -1".
     std::string TextOf(const PlaneHandleRow& row) const;
-    /// What numbers are rounded to that are moved by pixels.
+    /// Returns the step to whose multiples numbers are rounded that are moved by pixels.
     double PixelStep() const;
-    /// The handle whose numbers are told at the edge of the plane; null for none.
+    /// Sets the handle whose numbers are told at the edge of the plane; null for none.
     void Notice(const PlaneHandle* handle);
     void HandleFocus(const PlaneHandle* handle);
     const std::vector<PlaneHandle*>& Handles() const { return handles; }
 
-    /// All that the orbit reaches, with room.
+    /// Shows all that the orbit reaches, with room round it.
     void Fit();
 
     /// The orbit's numbers are its parts, in the order of OrbitNumbers().
@@ -119,7 +130,7 @@ class PlaneOverlay : public BView {
   private:
     enum class Gesture { None, Move, Turn, Audition };
 
-    /// What the picture is of.
+    /// The part of the plane that the picture is of, and how it is shown.
     struct View {
         float scale = 0;
         BPoint link, place;
@@ -128,7 +139,7 @@ class PlaneOverlay : public BView {
 
     // The picture.
     void AddMenu();
-    void MarkMenu();
+    void ChangeLook();
     bool IsOwn() const;
     PlaneArea AreaOf(std::size_t columns, std::size_t rows) const;
     void Refresh();
@@ -142,7 +153,8 @@ class PlaneOverlay : public BView {
 
     // The orbits.
     bool DrawOrbits();
-    void DrawOrbit(const Orbit& orbit, rgb_color color, int sharers, int rank);
+    void DrawOrbit(const Orbit& orbit, double spread, rgb_color color, int sharers, int rank);
+    void MarkEars(const Orbit& orbit, double spread, rgb_color color);
     std::optional<Relief::Place> PlaceOf(double x, double y) const;
 
     // Gestures.
@@ -163,16 +175,17 @@ class PlaneOverlay : public BView {
     Brightness brightness = Brightness::Linear;
     bool relief = false;
     ReliefLook look;
+    std::function<void()> lookChanged;
 
-    /// What is shown without orbits, and with them, in the screen's pixels.
+    /// The pictures without orbits, and with them, in the screen's pixels.
     std::unique_ptr<BBitmap> base;
     std::unique_ptr<BBitmap> shown;
     std::optional<Trace> trace;
     float density = 1;
-    /// Where the picture is not that of `plane`: the values, over as many points as it takes.
+    /// The values, over as many points as it takes, where the picture is not that of `plane`.
     PlaneField field;
     Relief land;
-    /// What of `plane` is shown, and that something else has changed.
+    /// The part of `plane` that is shown, and whether something else has changed.
     View view;
     uint64 seenChanges = 0, seenComputed = 0;
     bool stale = true;
@@ -186,16 +199,15 @@ class PlaneOverlay : public BView {
     bool moving = false;
     BPoint pointer;
     const PlaneHandle* noticed = nullptr;
-    /// What was told last, and for how many pulses it is still to be read.
+    /// The text that was told last, and for how many pulses it is still to be read.
     std::string told;
     int toldFor = 0;
     std::vector<PlaneHandle*> handles;
     bool handlesShown = false;
-    BMenu* menu = nullptr;
     BMenuField* menuField = nullptr;
 
     Gesture gesture = Gesture::None;
-    /// Where the pointer was at the gesture's last step, and what was shown at its begin.
+    /// The place of the pointer at the gesture's last step, and what was shown at its begin.
     BPoint last;
     BPoint pressed;
     View pressedView;
@@ -205,7 +217,7 @@ class PlaneOverlay : public BView {
     std::optional<BPoint> auditioned;
     bool anew = false;
     float sinceStrike = 0;
-    /// Until it is let go that was begun by a key; 0 for the others.
+    /// The seconds until a preview that was begun by a key is let go; 0 for the others.
     float keyPreview = 0;
 };
 

@@ -11,7 +11,8 @@ namespace {
 
 /// The landscape is a square of side 2; a value of 1 is as high as this.
 constexpr float kHighest = 0.45F;
-/// Of the smaller side of the picture, for a length of 1: the diagonal fits in, with a margin.
+/// The share of the picture's smaller side that a length of 1 takes: the diagonal fits in, with a
+/// margin.
 constexpr float kUnit = 0.34F;
 /// Behind the landscape, and of ground at height 0 in full light.
 constexpr uint32 kSky = 0xff101012;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A plane function as a landscape.
+// A relief is a plane function as a landscape.
 #pragma once
 
 #include "kits/support/Geometry.h"
@@ -12,8 +12,8 @@
 
 namespace vexa {
 
-/// From where the landscape is looked at, in radians: turned about the upright, and from the
-/// horizon (0) up to straight down (pi / 2).
+/// The direction from which the landscape is looked at, in radians: turned about the upright, and
+/// from the horizon (0) up to straight down (pi / 2).
 struct ReliefLook {
     float turn = 0.6F;
     float height = 0.75F;
@@ -26,17 +26,17 @@ struct ReliefLook {
 /// the picture's pixels.
 class Relief {
   public:
-    /// Pieces of ground along each side.
+    /// How many pieces of ground there are along each side.
     static constexpr int kCells = 128;
 
-    /// The landscape of the values, which have kCells + 1 columns and rows.
+    /// Takes the landscape of the values, which have kCells + 1 columns and rows.
     void Take(const PlaneField& field, Brightness curve);
 
     /// Draws it into a picture of so many pixels, and keeps how far away what each shows is.
     void Draw(const ReliefLook& look, int columns, int rows, uint32* words);
 
-    /// Where a point of the plane is in the last picture that was drawn, and whether it can be seen
-    /// there or lies behind a hill. Nothing for a point beside the landscape.
+    /// The place of a point of the plane in the last picture that was drawn, and whether it can be
+    /// seen there or lies behind a hill. Nothing for a point beside the landscape.
     struct Place {
         BPoint point;
         bool visible;
@@ -57,7 +57,7 @@ class Relief {
     PlaneArea area{};
     std::vector<float> heights = std::vector<float>((kCells + 1) * (kCells + 1));
 
-    // Of the last picture.
+    // The size of the last picture in pixels.
     int columns = 0, rows = 0;
     float unit = 0, sine = 0, cosine = 1, rise = 0, tilt = 1;
     std::vector<float> depths;

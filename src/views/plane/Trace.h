@@ -10,33 +10,33 @@
 
 namespace vexa {
 
-/// Drawn with smooth edges into pixels of its own, which cost time only where a line is. Where
-/// lines cross, the brighter counts in each of red, green and blue. Coordinates are those of
-/// pixels' centres. Window thread.
+/// A trace of lines is drawn with smooth edges into pixels of its own, which cost time only where a
+/// line is. Where lines cross, the brighter counts in each of red, green and blue. Coordinates are
+/// those of pixels' centres. Window thread.
 class Trace {
   public:
     Trace(int columns, int rows);
 
-    /// All fades by what it does in so many seconds: to a third in a sixth of a second.
+    /// Fades all lines by what they fade in so many seconds: to a third in a sixth of a second.
     void Fade(float seconds);
     /// A line of that width, less than kWidest, whose color's alpha is how bright it is. One with
     /// an end far beyond all screens, or that is no number, is passed over.
     static constexpr float kWidest = 20;
     void Line(BPoint from, BPoint to, rgb_color color, float width);
-    /// At once.
+    /// Clears all lines at once, without fading.
     void Clear();
-    /// Nothing is to be seen.
+    /// True where nothing is to be seen.
     bool IsDark() const;
 
     /// Puts the opaque picture `base` with the lines over it into `shown`, both of this size, where
     /// that has changed since the last call: the extent of that, empty (right < left) if there is
     /// none.
     BRect Show(const uint32* base, uint32* shown);
-    /// The next Show is about everything.
+    /// Has the next Show show everything.
     void ShowAll();
 
   private:
-    /// Pixels are looked at in squares, all of whose pixels are dark unless it is lit.
+    /// A square of pixels, all of which are dark unless it is lit.
     struct Tile {
         bool lit = false;
         bool changed = true;
@@ -47,7 +47,7 @@ class Trace {
 
     int columns, rows;
     int tilesAcross;
-    /// Blue, green, red, each times alpha, and alpha.
+    /// Each pixel has blue, green and red, each times alpha, and alpha.
     std::vector<uint32> pixels;
     std::vector<Tile> tiles;
 };

@@ -307,8 +307,7 @@ TEST_F(ClapPlugin, EightInstancesPlayWhatVexaRenderPlays) {
     const std::string midi = folder.Write("notes.mid", {kMidi, sizeof kMidi}).string();
     std::vector<std::unique_ptr<ClapHost>> hosts;
     for (int i = 0; i < 8; i++) {
-        ReadReport report;
-        Sound sound = *ReadSound(VEXA_SOURCE_FOLDER "/benchmarks/twin-hills.xml", report);
+        Sound sound = *ReadSound(VEXA_SOURCE_FOLDER "/benchmarks/twin-hills.xml");
         sound.function.kind = i == 4  ? FunctionKind::Picture
                               : i % 2 ? FunctionKind::Sample
                                       : FunctionKind::Expression;

@@ -4,8 +4,8 @@
 
 namespace kits {
 
-/// From now on views answer for themselves where the toolkit is asked about them. Once, window
-/// thread.
+/// Has views answer for themselves from now on where the toolkit is asked about them. It is called
+/// once, in the window thread.
 void DescribeViews();
 
 } // namespace kits

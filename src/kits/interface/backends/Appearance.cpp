@@ -12,24 +12,24 @@ namespace kits {
 
 namespace {
 
-/// %1 to %10 are the colours, in the order of StyleSheet.
+/// %1 to %19 are the colours, in the order of StyleSheet.
 constexpr const char* kControls = R"(
 QLineEdit {
     border: 1px solid %1; border-radius: 2px; background: %2; color: %3;
     padding: 0px 1px 0px 1px; selection-background-color: %4; selection-color: %5;
 }
 QLineEdit:focus { border: 1px solid %6; }
-QLineEdit:disabled { background: %7; color: %8; border: 1px solid %1; }
+QLineEdit:disabled { background: %7; color: %8; border: 1px solid %16; }
 QLineEdit[wrong="true"] { border: 1px solid %9; background: %10; }
 QPushButton, QToolButton {
     border: 1px solid %11; border-radius: 3px; color: %3; padding: 0px 2px;
     background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 %12, stop:1 %13);
 }
-QPushButton:hover, QToolButton:hover { border: 1px solid %6; background: %14; }
+QPushButton:hover, QToolButton:hover { border: 1px solid %17; background: %14; }
 QPushButton:focus, QToolButton:focus { border: 1px solid %6; }
 QPushButton:pressed, QToolButton:pressed, QToolButton:open { background: %15; }
-QPushButton:default { border: 2px solid %6; }
-QPushButton:disabled, QToolButton:disabled { color: %8; }
+QPushButton:default { border: 2px solid %18; }
+QPushButton:disabled, QToolButton:disabled { color: %19; }
 QPushButton[onDark="true"], QToolButton[onDark="true"] {
     color: #e6e6e6; background: transparent; border: 1px solid transparent;
 }
@@ -46,14 +46,16 @@ QString StyleSheet(const ControlColors& colors) {
     // A later colour's text has no percent sign that an earlier one could fill.
     for (const rgb_color color :
          {colors.fieldFrame, colors.field, colors.text, colors.selection, colors.selectedText,
-          colors.accent, colors.panel, colors.faintText, colors.wrongFrame, colors.wrongField,
-          colors.buttonFrame, colors.buttonTop, colors.buttonBottom, colors.buttonHover,
-          colors.buttonPressed})
+          colors.accent, colors.disabledField, colors.faintText, colors.wrongFrame,
+          colors.wrongField, colors.buttonFrame, colors.buttonTop, colors.buttonBottom,
+          colors.buttonHover, colors.buttonPressed, colors.disabledFrame, colors.hoverFrame,
+          colors.defaultFrame, colors.faintButton})
         sheet = sheet.arg(ToQt(color).name());
     return sheet;
 }
 
 bool desktopIsDark = false;
+ControlColors present;
 
 } // namespace
 
@@ -70,7 +72,12 @@ bool DesktopIsDark() {
     return desktopIsDark;
 }
 
+const ControlColors& PresentControlColors() {
+    return present;
+}
+
 void SetControlColors(const ControlColors& colors) {
+    present = colors;
     QPalette palette(ToQt(colors.panel));
     const struct {
         QPalette::ColorRole role;

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// How everything looks: compact controls, the same on every desktop.
+// This sets how everything looks: compact controls, which are the same on every desktop.
 #pragma once
 
 namespace kits {
 
-/// The style of controls, in light colours until SetControlColors gives others. Notes what the
-/// desktop has chosen, for DesktopIsDark.
+/// Sets the style of controls, in light colours until SetControlColors gives others. It notes what
+/// the desktop has chosen, for DesktopIsDark.
 void SetAppearance();
 
 } // namespace kits

@@ -20,7 +20,7 @@ class CompletingField : public BView {
     CompletingField(BRect frame, const char* name, const char* label, float labelWidth,
                     uint32 resizingMode);
 
-    /// Enter.
+    /// Called when a person presses Enter.
     std::function<void()> onConfirmed;
     /// The words to offer for a text; asked whenever the text is edited.
     std::function<QStringList(const QString&)> completions;

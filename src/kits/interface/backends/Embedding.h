@@ -9,15 +9,16 @@
 
 namespace kits {
 
-/// On an X server: makes the widget a child of the window `host`, gives that its size, and keeps to
-/// the size that others give it, as far as the widget's limits go. A button that is pressed in it
-/// gives it the keyboard, which no window manager would: the toolkit leaves that to the owner of
-/// the host's window, who knows of nothing. On another display nothing happens. Window thread.
+/// Makes the widget, on an X server, a child of the window `host`, gives that its size, and keeps
+/// to the size that others give it, as far as the widget's limits go. A button that is pressed in
+/// the widget gives it the keyboard: no window manager does that, and the toolkit leaves it to the
+/// owner of the host's window, who does not know the widget. On another display nothing happens.
+/// Window thread.
 class Embedding : public QObject {
   public:
     Embedding(QWidget& widget, uint32 host);
 
-    /// To be called some ten times a second.
+    /// Takes up the host window's present size. It is to be called some ten times a second.
     void Follow();
 
   protected:

@@ -17,16 +17,16 @@ class FileList : public QTreeView {
     /// The model must outlive the list.
     FileList(FolderModel& model, bool multipleSelection);
 
-    /// Enter, or a double click.
+    /// Called at Enter or a double click.
     std::function<void()> onActivated;
-    /// Backspace.
+    /// Called at Backspace, by which a person asks for the folder above.
     std::function<void()> onParent;
     std::function<void()> onSelection;
 
-    /// In the order of the list.
+    /// Returns the selected entries in the order of the list.
     std::vector<const FolderModel::Entry*> Selected() const;
-    /// That entry alone, and brings it into view; where it is not listed, none is selected and the
-    /// first has the keyboard.
+    /// Selects that entry alone, and brings it into view. Where it is not listed, none is selected
+    /// and the first has the keyboard.
     void Select(const std::string& name);
 
   protected:

@@ -318,7 +318,8 @@ void FilePanelWindow::Present() {
         const QRect area =
             behind ? behind->frameGeometry() : QApplication::primaryScreen()->availableGeometry();
         const QPoint corner = area.center() - Widget().rect().center();
-        MoveTo(float(std::max(corner.x(), 0)), float(std::max(corner.y(), 0)));
+        const BRect room = Room();
+        MoveTo(std::max(float(corner.x()), room.left), std::max(float(corner.y()), room.top));
         Show();
     } else {
         SetWorkspaces(B_CURRENT_WORKSPACE);

@@ -32,7 +32,7 @@ class FilePanelWindow : public BWindow {
     /// The panel is being deleted.
     void Abandon();
 
-    /// What to list; read at once where the window is shown, else when it will be.
+    /// Sets what to list; it is read at once where the window is shown, else when it is shown next.
     void SetBeneath(const std::filesystem::path& upper, const std::filesystem::path& lower) {
         model.SetBeneath(upper, lower);
     }
@@ -66,20 +66,20 @@ class FilePanelWindow : public BWindow {
     void ListActivated();
     void SelectionChanged();
     void ShowState();
-    /// The default button.
+    /// Does what the default button does.
     void Confirm();
     void ConfirmName();
     void Send(BMessage message);
     void Complain(const std::string& text);
 
-    /// Null once it has gone.
+    /// The panel, null once it has gone.
     FilePanelOwner* panel;
     uint32 flavors;
     std::filesystem::path folder;
     FolderModel model;
     FileList* list = nullptr;
     CompletingField* path = nullptr;
-    /// Null in open mode.
+    /// The field of the file's name; null in open mode.
     CompletingField* name = nullptr;
     BButton* parentButton = nullptr;
     BButton* defaultButton = nullptr;

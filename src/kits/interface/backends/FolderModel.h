@@ -17,13 +17,14 @@ struct stat;
 
 namespace kits {
 
-/// One row per entry, folders first; columns are name, size and date of the last change.
+/// The model has one row per entry, folders first; columns are name, size and date of the last
+/// change.
 class FolderModel : public QAbstractTableModel {
   public:
     enum Column { kName, kSize, kDate, kColumns };
 
     struct Entry {
-        /// As the file system has it; a name need not be text.
+        /// The name as the file system has it, which need not be text.
         std::string name;
         /// The folder that it lies in.
         std::filesystem::path home;
@@ -32,15 +33,15 @@ class FolderModel : public QAbstractTableModel {
         qint64 size;
         QDateTime changed;
     };
-    /// Whether a file is listed.
+    /// A filter answers whether a file is listed.
     using Filter = std::function<bool(const entry_ref& file, const struct stat& status)>;
 
     explicit FolderModel(Filter filter);
 
     /// Lists that folder. The error gives the system's reason; the list stays as it was then.
     Result<void> Read(const std::filesystem::path& folder);
-    /// Where `upper` is read, files of `lower` are listed too, as far as it lists none of their
-    /// names and they can be read.
+    /// When `upper` is read, files of `lower` are listed too, except those whose names are in
+    /// `upper`, as far as `lower` can be read.
     void SetBeneath(std::filesystem::path upper, std::filesystem::path lower);
     const std::filesystem::path& Folder() const { return folder; }
 

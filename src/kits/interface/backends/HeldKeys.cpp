@@ -41,7 +41,7 @@ bool HeldKeys::eventFilter(QObject* receiver, QEvent* event) {
     }
 }
 
-/// Whether the press is to be kept from where the focus is.
+/// True where the press is to be kept from where the focus is.
 bool HeldKeys::Press(QKeyEvent& event) {
     // A key that is simulated may have no place.
     const quint32 place = event.nativeScanCode();

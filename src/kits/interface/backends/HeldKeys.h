@@ -18,13 +18,13 @@ namespace kits {
 /// a field or a menu has the focus by then. Tab alone goes on with the focus. Window thread.
 class HeldKeys : public QObject {
   public:
-    /// Of the running application.
+    /// Returns the one of the running application.
     static HeldKeys& Instance();
 
-    /// The window has taken the press of the key at that place.
+    /// Notes that the window has taken the press of the key at that place.
     void Take(quint32 place, WindowWidget& window) { keys[place].window = &window; }
 
-    /// Whether a key with that code of the toolkit is down.
+    /// True while a key with that code of the toolkit is down.
     bool IsDown(int code) const;
 
   protected:
@@ -32,7 +32,7 @@ class HeldKeys : public QObject {
 
   private:
     struct Key {
-        /// What had the focus at the press.
+        /// The widget that had the focus when the key was pressed.
         QPointer<QWidget> focus;
         /// The window that took the press, if one did.
         QPointer<WindowWidget> window;
@@ -51,7 +51,8 @@ class HeldKeys : public QObject {
 /// events where the press comes a moment later.
 void KeepRepeatsFromReleasing();
 
-/// Whether the X server says that the key at that place is up; false where there is none.
+/// True where the X server says that the key at that place of the keyboard is up; false where there
+/// is no X server.
 bool IsUp(quint32 place);
 
 } // namespace kits

@@ -20,7 +20,7 @@ inline QString ToQt(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
-/// The pixels that a rectangle with inclusive edges covers.
+/// Returns the pixels that a rectangle with inclusive edges covers.
 inline QRect ToQt(BRect rect) {
     const QPointF leftTop(rect.left, rect.top);
     return {leftTop.toPoint(),
@@ -29,7 +29,7 @@ inline QRect ToQt(BRect rect) {
 
 QFont ToQt(const BFont& font);
 
-/// B_SHIFT_KEY and so on, added up.
+/// Returns the sum of B_SHIFT_KEY and the like.
 uint32 FromQt(Qt::KeyboardModifiers modifiers);
 KeyPress FromQt(const QKeyEvent& event);
 
@@ -49,7 +49,7 @@ class ViewWidget : public QWidget {
     uint32 Modifiers() const { return modifiers; }
     int32 Clicks() const { return clicks; }
     bool FocusCameByKeys() const { return focusCameByKeys; }
-    /// The toolkit widget that fills a control, which then has the focus in the view's stead.
+    /// Sets the toolkit widget that fills a control, which then has the focus in the view's stead.
     void SetContent(QWidget* next);
     QWidget* Content() const { return content; }
     void StartAnimation();
@@ -70,7 +70,7 @@ class ViewWidget : public QWidget {
   private:
     void Note(const QMouseEvent& event);
     void Press(const QMouseEvent& event, int32 count);
-    /// A view that is told of all that the pointer does while a button is held.
+    /// True for a view that is told of all that the pointer does while a button is held.
     bool Keeps() const;
     bool Contains(BPoint point) const;
     void Leave();

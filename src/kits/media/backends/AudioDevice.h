@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What an audio device does for the system mixer.
+// An audio device does this for the system mixer.
 #pragma once
 
 #include "kits/media/AudioSystem.h"
@@ -17,17 +17,18 @@ namespace kits {
 class VEXA_REALTIME AudioSource {
   public:
     virtual ~AudioSource() = default;
-    /// The next `frames` samples of the left and of the right channel, within -1..1. `now` is the
-    /// real time, in microseconds, at which the stretch begins as far as the device can tell. The
-    /// device's real-time thread: no wait, lock or allocation.
+    /// Computes the next `frames` samples of the left and of the right channel, within -1..1. `now`
+    /// is the real time, in microseconds, at which the stretch begins as far as the device can
+    /// tell. The device's real-time thread: no wait, lock or allocation.
     virtual void Play(float* left, float* right, uint32 frames, bigtime_t now) noexcept = 0;
-    /// Waits until the next `frames` samples are there, for a second at most: for a device that has
-    /// stopped to play in real time and takes all as soon as it is there. The device's thread.
+    /// Waits until the next `frames` samples are there, for a second at most. A device calls it
+    /// that plays in other than real time, and takes everything as soon as it is there. The
+    /// device's thread.
     virtual void Await(uint32 frames) noexcept = 0;
 };
 
-/// One output. It is opened and started in any one thread, after which all calls are in the window
-/// thread unless noted.
+/// An audio output. It is opened and started in any one thread, after which all calls are in the
+/// window thread unless noted.
 class AudioDevice {
   public:
     virtual ~AudioDevice() = default;
@@ -38,20 +39,21 @@ class AudioDevice {
     virtual double SampleRate() const = 0;
     /// The most frames that are asked for at a time. May change while playing; any thread.
     virtual uint32 Period() const = 0;
-    /// How much the moments that the source is told need to be smoothed, as DeviceClock takes it.
+    /// Returns how much the moments that the source is told need to be smoothed, as DeviceClock
+    /// takes it.
     virtual double Smoothing() const = 0;
     /// Starts to ask the source for what to play, until Stop is called or the device has gone.
     virtual Result<void> Start(AudioSource& source) = 0;
-    /// When it returns the source is not being asked and will not be again. Silence is played until
-    /// the next Start.
+    /// Stops asking the source. When it returns the source is not being asked and will not be
+    /// again, and silence is played until the next Start.
     virtual void Stop() = 0;
     /// Takes the number of frames from an event to the moment at which its effect is played; a
     /// system that passes it on to others keeps it.
     virtual void TellLatency(uint32 /*frames*/) {}
-    /// Looks for what may come later than the device, such as ports to connect to. To be called now
-    /// and then while it plays.
+    /// Looks for what may come later than the device, such as ports to connect to. It is to be
+    /// called now and then while the device plays.
     virtual void Tend() {}
-    /// The device has disappeared for good, and is to be opened anew. Any thread.
+    /// True where the device has disappeared for good, and is to be opened anew. Any thread.
     virtual bool HasGone() const = 0;
     /// It plays at another rate than SampleRate says, and is to be stopped and started.
     virtual bool HasNewRate() const { return false; }

@@ -15,7 +15,7 @@ namespace kits {
 
 namespace {
 
-/// To the left and to the right loudspeaker.
+/// The ports to the left and to the right loudspeaker.
 constexpr std::array<const char*, 2> kPorts{"Vexa audio out", "Vexa audio out right"};
 
 class JackDevice : public AudioDevice, private JackProcessor {

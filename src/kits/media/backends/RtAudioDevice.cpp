@@ -122,7 +122,7 @@ class RtAudioDevice : public AudioDevice {
         }
     }
 
-    /// Of several loudspeakers every second is on the right; a single one gets both.
+    /// Every second one of several loudspeakers is on the right; a single one gets both.
     float* PutFrame(float* output, float onLeft, float onRight) const noexcept {
         if (channels == 1)
             *output = (onLeft + onRight) / 2;
@@ -140,7 +140,8 @@ class RtAudioDevice : public AudioDevice {
     std::vector<float> right;
     AudioSource* source = nullptr;
     std::atomic<bool> gone{false};
-    /// That of the stream's thread: the library's callback for errors says nothing of the stream.
+    /// The device of the stream's thread, as the library's callback for errors says nothing of the
+    /// stream.
     static thread_local RtAudioDevice* playing;
 };
 

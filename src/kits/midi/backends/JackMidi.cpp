@@ -144,7 +144,7 @@ class JackMidi final : public MidiBackend, private JackProcessor {
                                         bigtime_t{jack_get_sample_rate(client->Handle())};
     }
 
-    /// Whether the event's bytes are in the port's buffer: where that is full, jackd1's library
+    /// True where the event's bytes are in the port's buffer: where that is full, jackd1's library
     /// hands out events that never were.
     VEXA_REALTIME bool LiesIn(const void* buffer, const jack_midi_event_t& event) const noexcept {
         const auto begin = reinterpret_cast<std::uintptr_t>(buffer);
@@ -172,9 +172,9 @@ class JackMidi final : public MidiBackend, private JackProcessor {
     std::size_t bufferSize;
     /// Guards the ports against being closed while NoteLosses looks at them.
     std::mutex lossMutex;
-    /// To which other programs connect sources.
+    /// Other programs connect sources to this port.
     Input shared;
-    /// For sources that this program connects; there from the first of them on.
+    /// Sources that this program connects go here; it is there from the first of them on.
     Input chosen;
     std::string chosenName;
     MidiThread::Inlet* chosenInlet = nullptr;

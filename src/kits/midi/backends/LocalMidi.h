@@ -11,13 +11,14 @@
 
 namespace kits {
 
-/// All sources of this program by name, and the inlet that the connected ones write to. Any thread.
+/// Knows all sources of this program by name, and the inlet that the connected ones write to. Any
+/// thread.
 class LocalSources {
   public:
     static LocalSources& Instance();
 
     void Add(const std::string& name);
-    /// One that no list shows and that is always connected.
+    /// Adds a source that no list shows and that is always connected.
     void AddOwn(const std::string& name);
     void Remove(const std::string& name);
     bool Empty();
@@ -27,7 +28,7 @@ class LocalSources {
     void SetInlet(MidiThread::Inlet* next);
     /// Connects or disconnects a source; returns false for an unknown one.
     bool SetConnected(const std::string& name, bool connected);
-    /// Nothing happens unless the source is connected.
+    /// Puts in bytes of the source; nothing happens unless that is connected.
     void Put(const std::string& name, std::span<const uint8> bytes);
 
   private:
@@ -38,7 +39,8 @@ class LocalSources {
     MidiThread::Inlet* inlet = nullptr;
 };
 
-/// LocalSources as a system beside JACK and ALSA.
+/// Opens LocalSources as a system beside JACK and ALSA; `changed` is called when sources come or
+/// go.
 Result<std::unique_ptr<MidiBackend>> OpenLocalMidi(std::function<void()> changed);
 
 } // namespace kits

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a MIDI system does for us: one input port, and the other programs' sources.
+// A MIDI system gives us one input port, and the other programs' sources.
 #pragma once
 
 #include "kits/midi/MidiThread.h"
@@ -12,8 +12,9 @@
 
 namespace kits {
 
-/// A connection to one MIDI system. One call at a time, from any thread but the real-time ones and
-/// the system's. Where `changed` runs is the system's choice: it must only take note.
+/// A connection to one MIDI system. Its functions are called one at a time, from any thread but the
+/// real-time ones and the system's. `changed` runs in whatever thread the system chooses: it must
+/// only take note.
 class MidiBackend {
   public:
     virtual ~MidiBackend() = default;
@@ -23,10 +24,10 @@ class MidiBackend {
 
     /// Makes a port of this name, to which other programs may connect sources, whose bytes go into
     /// the inlet `shared`. Those of the sources that Connect connects go into `chosen`, so that
-    /// each vanishes with its own notes. At most one port.
+    /// each vanishes with its own notes. There is at most one port.
     virtual Result<void> OpenInput(const std::string& name, MidiThread::Inlet& shared,
                                    MidiThread::Inlet& chosen) = 0;
-    /// When it returns nothing more is put into the inlets.
+    /// Closes the port. When it returns nothing more is put into the inlets.
     virtual void CloseInput() = 0;
 
     /// Connects the source of that name to the input; the error names the source.

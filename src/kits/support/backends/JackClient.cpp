@@ -58,8 +58,8 @@ void SurviveAServersEnd() {
 /// Microseconds, besides two periods, that a period's beginning can lie back in earnest.
 constexpr double kMostAgo = 10000;
 
-/// By the system's clock. The server may count its time by another: only its distance to now
-/// counts.
+/// Returns the moment by the system's clock. The server may count its time by another: only its
+/// distance to now counts.
 VEXA_REALTIME bigtime_t StartOfPeriod(jack_client_t* client) noexcept {
     jack_nframes_t frame = 0;
     jack_time_t begin = 0;

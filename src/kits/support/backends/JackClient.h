@@ -19,22 +19,25 @@ struct _jack_client; // NOLINT(bugprone-reserved-identifier): the library's name
 
 namespace kits {
 
-/// What a port's owner does in each of the server's periods.
+/// A processor is called in each of the server's periods, by the server's thread.
 class JackProcessor {
   public:
     virtual ~JackProcessor() = default;
-    /// The server's real-time thread: no wait, lock or allocation, unless it is freewheeling.
+    /// Called in each period of so many frames. The server's real-time thread: no wait, lock or
+    /// allocation, unless it is freewheeling.
     VEXA_REALTIME virtual void Process(uint32 frames) noexcept = 0;
 };
 
-/// Open as long as somebody holds it. When the server ends, or throws the client out, the client is
-/// dead for good; an Open makes another once all who held it have let it go. Each of the calls is
-/// any thread's but the server's and the real-time ones, unless noted.
+/// The program's connection with a JACK server, open as long as somebody holds it. When the server
+/// ends, or throws the client out, the client is dead for good; Open makes another once all who
+/// held it have let it go. Its functions may be called from any thread but the server's and the
+/// real-time ones, unless noted.
 class JackClient {
   public:
-    /// The open client, or a new one named ClientName() (the server numbers further instances).
-    /// Never starts a server. The error says why there is none. Waits for the server's answer. From
-    /// the first call on the program ignores SIGPIPE, unless it has a handler for it.
+    /// Returns the open client, or a new one named ClientName() (the server numbers further
+    /// instances). It waits for the server's answer and never starts a server; the error says why
+    /// there is none. From the first call on the program ignores SIGPIPE, unless it has a handler
+    /// for it.
     static Result<std::shared_ptr<JackClient>> Open();
 
     ~JackClient();
@@ -42,35 +45,40 @@ class JackClient {
     JackClient& operator=(const JackClient&) = delete;
 
     VEXA_REALTIME _jack_client* Handle() const { return client; }
-    /// To be held while the server is asked to make, remove, connect or disconnect a port: the
-    /// libraries give each other's answers to two threads that ask at the same time. Not in a
-    /// listener.
+    /// Returns a lock to be held while the server is asked to make, remove, connect or disconnect a
+    /// port: JACK's libraries give each other's answers to two threads that ask at the same time. A
+    /// listener must not take it.
     [[nodiscard]] std::unique_lock<std::mutex> Request() { return std::unique_lock(requests); }
-    /// The server has gone. Any thread.
+    /// True once the server has gone. Any thread.
     bool IsDead() const { return dead; }
-    /// The server's periods follow on one another as fast as all clients get them done, as for a
-    /// recording: a processor may wait, and is not in a real-time thread. Any thread.
+    /// True while the server's periods follow on one another as fast as all clients get them done,
+    /// as for a recording: a processor may wait then, and is not in a real-time thread. Any thread.
     VEXA_REALTIME bool IsFreewheeling() const { return freewheeling; }
 
-    /// System time, microseconds, at which the present period begins, as smooth as the server
-    /// tells it; 0 while it freewheels, as its time is not the system's then. Processors.
+    /// Returns the system's time, in microseconds, at which the present period begins, as smooth as
+    /// the server tells it; 0 while the server freewheels, as its time is not the system's then.
+    /// Only processors call it.
     VEXA_REALTIME bigtime_t PeriodStart() const { return periodStart; }
 
     /// Sets how many frames pass from what comes in to what goes out for it. Where that has changed
     /// the server is told, and by it whoever is connected.
     void SetLatency(uint32 frames);
 
-    /// The processor is called from the next period on. At most kMostProcessors.
+    /// Has the processor called from the next period on; false where there are kMostProcessors
+    /// already.
     bool Add(JackProcessor& processor);
-    /// When it returns the processor is not being called and will not be again.
+    /// Has the processor no longer called. When it returns the processor is not being called and
+    /// will not be again.
     void Remove(JackProcessor& processor);
-    /// When it returns no processor is in a period that had begun before.
+    /// Waits for the end of the period. When it returns no processor is in a period that had begun
+    /// before.
     void FinishPeriod();
 
     /// `listener` is called, in a thread of the JACK library, when the server goes or when ports
     /// come, go, are renamed, connected or disconnected. It may not call the server.
     void Listen(const void* owner, std::function<void()> listener);
-    /// When it returns the owner's listener is not being called and will not be again.
+    /// Takes the owner's listener away. When it returns that is not being called and will not be
+    /// again.
     void Unlisten(const void* owner);
 
   private:

@@ -27,7 +27,7 @@ namespace {
 constexpr std::uint16_t kWidth = 968, kHeight = 541;
 /// The program's own, where the host gives more room than it takes.
 constexpr std::uint32_t kGrey = 0xCCCCCC;
-/// Of the letters in which this library itself writes: pixels, roughly.
+/// The rough size, in pixels, of the letters in which this library itself writes.
 constexpr std::size_t kLetter = 6, kLine = 18, kMargin = 20;
 constexpr const char* kAgain = " Click here to open it again.";
 

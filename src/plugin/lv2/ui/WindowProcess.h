@@ -10,8 +10,8 @@
 
 namespace vexa::lv2 {
 
-/// Shows what plays at the other end of a socket, inside a window of the X server. What becomes of
-/// it is nobody's fault in the host. One thread.
+/// Runs the program that shows what plays at the other end of a socket, inside a window of the X
+/// server. What becomes of it is nobody's fault in the host. One thread.
 class WindowProcess {
   public:
     ~WindowProcess() { End(); }

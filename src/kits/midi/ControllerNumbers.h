@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The numbers that the MIDI 1.0 standard gives to controllers, those that this program knows.
+#pragma once
+
+#include "kits/support/SupportDefs.h"
+
+namespace kits {
+
+enum ControllerNumber : uint8 {
+    kBankMsb = 0,
+    kModulation = 1,
+    kDataMsb = 6,
+    kVolume = 7,
+    kExpression = 11,
+    kBankLsb = 32,
+    kDataLsb = 38,
+    kSustain = 64,
+    kSostenuto = 66,
+    /// The soft pedal, the last of those that are down from a value of 64 on.
+    kLastPedal = 67,
+    /// A step of the parameter that is chosen.
+    kIncrement = 96,
+    kDecrement = 97,
+    /// Parameters that no standard registers, and those that one does.
+    kOtherLsb = 98,
+    kOtherMsb = 99,
+    kParameterLsb = 100,
+    kParameterMsb = 101,
+    kAllSoundOff = 120,
+    /// Lets go of all controllers.
+    kResetControllers = 121,
+    /// The mode messages that follow, up to 127, mean this too.
+    kAllNotesOff = 123,
+};
+
+} // namespace kits

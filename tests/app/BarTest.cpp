@@ -1,0 +1,190 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What stands in the logo bar, and what of the window is remembered.
+#include "app/MainViewStage.h"
+#include "app/bar/BarView.h"
+#include "app/bar/LevelMeter.h"
+#include "documents/SoundDocument.h"
+#include "kits/interface/backends/ViewWidget.h"
+#include "views/plane/PlaneOverlay.h"
+
+#include <QMenu>
+#include <QToolButton>
+#include <fstream>
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+using vexa::Brightness;
+namespace fs = std::filesystem;
+
+class BarTest : public test::MainViewTest {
+  protected:
+    vexa::BarView& Bar() { return window->Bar(); }
+    /// As ten pulses a second do it.
+    void Pulse(int times = 1) {
+        for (int i = 0; i < times; i++) {
+            BMessage pulse(B_PULSE);
+            window->MessageReceived(&pulse);
+        }
+        test::Settle();
+    }
+    /// The item of the device's menu, as it is when a person opens that.
+    BMenuItem& Device(const char* label) {
+        auto* button = window->FindView("audio device")->Widget().findChild<QToolButton*>();
+        emit button->menu()->aboutToShow();
+        BMenuItem* item = Bar().DeviceMenu().FindItem(label);
+        return item ? *item : throw std::runtime_error(label);
+    }
+    void Reopen() {
+        delete window;
+        Open(false);
+        Pulse();
+    }
+};
+
+TEST_F(BarTest, TheMeterShowsTheLevelAndItsLightStaysOnUntilItIsPutOut) {
+    Open(false);
+    auto& meter =
+        dynamic_cast<vexa::LevelMeter&>(*window->FindView("level, decibels of full scale"));
+    vexa::OutputTap& tap = view->Graph().Producer().Tap();
+    const auto put = [&](float amplitude) {
+        const std::vector<float> frames(9600, amplitude);
+        tap.Put(frames.data(), frames.size() / 2, 2);
+        Pulse();
+    };
+    const auto says = [&] { return meter.Describe().description; };
+    EXPECT_EQ(meter.Describe().number->value, -48);
+    const QImage silent = test::Picture(meter);
+    put(0.5F);
+    EXPECT_NEAR(meter.Describe().number->value, -6.02, 0.5);
+    EXPECT_NE(test::Picture(meter), silent);
+    EXPECT_EQ(says(), "");
+    put(1.5F);
+    put(0);
+    EXPECT_EQ(says(), "clipped");
+    test::Click(meter, {5, 5});
+    EXPECT_EQ(says(), "");
+    for (const int key : {Qt::Key_Space, Qt::Key_Return}) {
+        put(-1.5F);
+        EXPECT_EQ(says(), "clipped");
+        meter.MakeFocus();
+        test::TypeKey(*window, key);
+        EXPECT_EQ(says(), "");
+    }
+    // Where there is no bar nothing is kept for it.
+    const int32 listeners = tap.Listeners();
+    window->SetClassic(true);
+    Pulse();
+    EXPECT_LT(tap.Listeners(), listeners);
+}
+
+TEST_F(BarTest, TellsWhyThereIsNoRecording) {
+    Open();
+    PressButton("Record");
+    EXPECT_TRUE(Bar().IsRecording());
+    PressButton("Record");
+    EXPECT_FALSE(Bar().IsRecording());
+    EXPECT_THAT(alerts.texts, ElementsAre("The recording is not complete."));
+    EXPECT_THAT(alerts.details, HasSubstr("default "));
+    EXPECT_THAT(alerts.details, HasSubstr("no audio device played"));
+    EXPECT_TRUE(fs::is_empty(In("recordings")));
+    Pulse();
+    EXPECT_EQ(Bar().Caption(), view->Caption());
+
+    alerts.texts.clear();
+    fs::remove_all(In("recordings"));
+    std::ofstream(In("recordings")) << "taken";
+    PressButton("Record");
+    EXPECT_FALSE(Bar().IsRecording());
+    EXPECT_THAT(alerts.texts, ElementsAre("The recording cannot begin."));
+    EXPECT_THAT(alerts.details, HasSubstr("recordings"));
+}
+
+TEST_F(BarTest, DeviceAndMidiSourceAreChosenInOneMenu) {
+    Open(false);
+    EXPECT_TRUE(Device("no sound").IsMarked());
+    EXPECT_EQ(Bar().DeviceMenu().Title(), "no sound");
+    Device("PulseAudio").Choose();
+    test::Settle();
+    EXPECT_EQ(view->Graph().System(), kits::AudioSystem::Pulse);
+    Bar().Refresh();
+    EXPECT_THAT(Bar().DeviceMenu().Title(), StartsWith("PulseAudio"));
+    EXPECT_TRUE(Device("PulseAudio").IsMarked());
+    EXPECT_FALSE(Device("no sound").IsMarked());
+    Device("no sound").Choose();
+    test::Settle();
+    Bar().Refresh();
+    EXPECT_EQ(Bar().DeviceMenu().Title(), "no sound");
+
+    view->ChooseSource("");
+    EXPECT_FALSE(Device("Computer keyboard").IsMarked());
+    Device("Computer keyboard").Choose();
+    test::Settle();
+    EXPECT_EQ(view->ChosenSource(), "Computer keyboard");
+    EXPECT_TRUE(Device("Computer keyboard").IsMarked());
+}
+
+TEST_F(BarTest, TheFileThatIsTheTerrainIsNamed) {
+    Open();
+    const auto named = [this] { return std::string(Field("Fxy").Placeholder()); };
+    EXPECT_EQ(named(), "");
+    EXPECT_TRUE(view->LoadPicture(In("pictures/island.png").c_str()));
+    EXPECT_EQ(named(), "picture island.png");
+    window->SetClassic(true);
+    EXPECT_EQ(named(), "");
+    window->SetClassic(false);
+    EXPECT_TRUE(view->LoadSample(In("samples/pluck.wav").c_str()));
+    EXPECT_EQ(named(), "sample pluck.wav");
+    view->Undo();
+    EXPECT_EQ(named(), "picture island.png");
+    view->Undo();
+    EXPECT_EQ(named(), "");
+    vexa::Sound sound = view->ConstructSound();
+    sound.function.kind = vexa::FunctionKind::Sample;
+    sound.function.sampleFile = "gone.wav";
+    ASSERT_TRUE(vexa::WriteSound(In("sounds/gone.xml"), sound));
+    view->LoadSound(In("sounds/gone.xml"));
+    EXPECT_EQ(named(), "sample gone.wav (missing)");
+}
+
+TEST_F(BarTest, TheWindowComesUpAsItWasLeft) {
+    Open(false);
+    Pulse();
+    EXPECT_EQ(settings->Get(vexa::kWindowWidthSetting), 0) << "as it came up";
+    const BRect first = window->Frame();
+    window->MoveTo(150, 130);
+    window->ResizeTo(1290, 580);
+    test::Settle();
+    Pulse();
+    const BRect left = window->Frame();
+    EXPECT_NE(left, first);
+    const auto press = [this](kits::Key key) {
+        EXPECT_TRUE(window->TakeShortcut({key, 0, "", 0, false}));
+    };
+    press(kits::Key::F6);
+    press(kits::Key::F7);
+    Reopen();
+    EXPECT_EQ(window->Frame(), left);
+    EXPECT_EQ(view->Overlay().Curve(), Brightness::SquareRoot);
+    EXPECT_TRUE(view->Overlay().IsRelief());
+    // A classic one has its own, and leaves that alone.
+    window->SetClassic(true);
+    Pulse();
+    EXPECT_EQ(settings->Get(vexa::kWindowHeightSetting), 580);
+    // The screen is not there any more, or smaller.
+    settings->Set(vexa::kWindowLeftSetting, 30000);
+    settings->Set(vexa::kWindowTopSetting, -500);
+    settings->Set(vexa::kWindowWidthSetting, 30000);
+    Reopen();
+    // But for the edges that this platform says a window has once it is shown.
+    const BRect room = window->Room().InsetByCopy(-4, -4);
+    EXPECT_TRUE(room.Contains(window->Frame().LeftTop()));
+    EXPECT_LE(window->Frame().right, room.right);
+    EXPECT_LE(window->Frame().bottom, room.bottom);
+}
+
+} // namespace

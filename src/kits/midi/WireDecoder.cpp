@@ -10,8 +10,8 @@ namespace {
 constexpr uint8 kSysex = 0xF0;
 constexpr uint8 kSysexEnd = 0xF7;
 constexpr uint8 kFirstRealTime = 0xF8;
-constexpr uint8 kFirstPedal = 64;
-constexpr uint8 kLastPedal = 69;
+constexpr uint8 kFirstSwitch = 64;
+constexpr uint8 kLastSwitch = 69;
 constexpr uint8 kEndVelocity = 64; // the standard's where there is none
 
 /// Data bytes after a status; -1 for a status without a meaning.
@@ -93,7 +93,7 @@ void WireDecoder::ChannelMessage(bigtime_t time) {
     else if (event.hook == AllNotesOff)
         held[channel].reset();
     else if (event.hook == PitchBend || (event.hook == ControlChange &&
-                                         event.data1 >= kFirstPedal && event.data1 <= kLastPedal))
+                                         event.data1 >= kFirstSwitch && event.data1 <= kLastSwitch))
         moved.set(channel);
     Call(event, consumer);
 }

@@ -5,9 +5,9 @@
 // own, by turns with the sound of that file ("pad") plain, in stereo, oversampled, and both, and
 // prints what each takes of a core: in each round, the median of the rounds, and that of the
 // differences from the first in the same round.
+#include "CostTable.h"
 #include "LiveChord.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -19,11 +19,6 @@ struct Way {
     std::vector<std::string> options;
     std::vector<double> percent{};
 };
-
-double Median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
 
 /// Percent of a core.
 double Cost(const std::string& sound, const std::vector<std::string>& options,
@@ -63,11 +58,5 @@ int main(int count, char** arguments) {
             std::fflush(stdout);
         }
     }
-    for (const Way& way : ways) {
-        std::vector<double> more;
-        for (std::size_t i = 0; i < way.percent.size(); i++)
-            more.push_back(way.percent[i] - ways[0].percent[i]);
-        std::printf("%-15s %5.2f %% of a core, %5.2f more\n", way.name, Median(way.percent),
-                    Median(more));
-    }
+    vexa::benchmark::PrintCosts(std::span<const Way>(ways));
 }

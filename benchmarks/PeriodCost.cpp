@@ -5,12 +5,12 @@
 // turns with the sound of that file ("twin-hills") plain, in stereo, oversampled, and both, and
 // prints what each would take of a core: the median of the rounds, and that of the differences from
 // the first in the same round.
+#include "CostTable.h"
 #include "documents/SoundDocument.h"
 #include "functions/ProgramFolder.h"
 #include "instrument/Instrument.h"
 #include "synth/Oversampler.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -30,11 +30,6 @@ struct Way {
     float oversample;
     std::vector<double> percent{};
 };
-
-double Median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
 
 double Seconds() {
     timespec used{};
@@ -98,11 +93,5 @@ int main(int count, char** arguments) {
         for (Way& way : ways)
             way.percent.push_back(Cost(*sound, way, seconds, period));
     }
-    for (const Way& way : ways) {
-        std::vector<double> more;
-        for (std::size_t i = 0; i < way.percent.size(); i++)
-            more.push_back(way.percent[i] - ways[0].percent[i]);
-        std::printf("%-15s %5.2f %% of a core, %5.2f more\n", way.name, Median(way.percent),
-                    Median(more));
-    }
+    vexa::benchmark::PrintCosts(std::span<const Way>(ways));
 }

@@ -12,8 +12,6 @@ namespace kits {
 namespace {
 
 constexpr std::size_t kChannels = 2;
-/// Samples.
-constexpr std::size_t kRoom = 1U << 21;
 /// Frames put into it at a time.
 constexpr std::size_t kPiece = 1024;
 
@@ -22,21 +20,23 @@ constexpr std::chrono::milliseconds kPause{20};
 
 } // namespace
 
-Result<std::unique_ptr<Recording>> Recording::Begin(const std::filesystem::path& path) {
+Result<std::unique_ptr<Recording>> Recording::Begin(const std::filesystem::path& path,
+                                                    std::size_t patience) {
     const Result<SoundFileFormat> format = SoundFileFormatOf(path);
     if (!format)
         return format.Fault();
     Result<FileReplacement> file = FileReplacement::Create(path);
     if (!file)
         return file.Fault();
-    return std::unique_ptr<Recording>(new Recording(path, *format, *std::move(file)));
+    return std::unique_ptr<Recording>(new Recording(path, *format, *std::move(file), patience));
 }
 
-Recording::Recording(std::filesystem::path path, SoundFileFormat format, FileReplacement file)
+Recording::Recording(std::filesystem::path path, SoundFileFormat format, FileReplacement file,
+                     std::size_t patience)
     : path(std::move(path)),
       format(format),
       file(std::move(file)),
-      waiting(kRoom),
+      waiting(patience * kChannels),
       interleaved(kPiece * kChannels) {}
 
 Recording::~Recording() {

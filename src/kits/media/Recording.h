@@ -19,8 +19,12 @@ namespace kits {
 /// lies beside it. Window thread, unless noted.
 class Recording {
   public:
+    /// Frames that wait for the disk before any are left out: some 20 s.
+    static constexpr std::size_t kPatience = 1U << 20;
+
     /// The format is what the name asks for. The error names the path and the fault.
-    static Result<std::unique_ptr<Recording>> Begin(const std::filesystem::path& path);
+    static Result<std::unique_ptr<Recording>> Begin(const std::filesystem::path& path,
+                                                    std::size_t patience = kPatience);
     /// Ends the recording. Where Finish was not called no file is left.
     ~Recording();
     Recording(const Recording&) = delete;
@@ -31,7 +35,7 @@ class Recording {
     void TakeRate(double rate);
 
     /// Takes what the device plays next. It never waits; what the disk is too slow for is left out
-    /// and counted, with some 20 s of patience. The device's thread.
+    /// and counted. The device's thread.
     VEXA_REALTIME void Put(const float* left, const float* right, std::size_t frames) noexcept;
 
     /// Completes the file, when nobody puts any more. The error says why there is none, or what is
@@ -39,7 +43,8 @@ class Recording {
     Result<void> Finish();
 
   private:
-    Recording(std::filesystem::path path, SoundFileFormat format, FileReplacement file);
+    Recording(std::filesystem::path path, SoundFileFormat format, FileReplacement file,
+              std::size_t patience);
     void Run();
     void WriteWaiting();
 

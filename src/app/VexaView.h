@@ -101,6 +101,8 @@ class VexaView : public BView {
     const Tuning& PresentTuning() const { return tuning; }
     /// They save into the folder sounds or functions, under a plain file name.
     void SaveSound(const std::string& name);
+    /// Saves to the person's own file that the sound is of; asks for a name where there is none.
+    void SaveAgain();
     void SaveFunction(const std::string& name);
 
     /// True where what would be saved differs, but for authors, from the sound that was loaded or

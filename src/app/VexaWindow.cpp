@@ -48,9 +48,10 @@ constexpr float kMenuWidth = 34;
 /// True where the code is one of a control of the main view.
 bool IsCommand(uint32 code) {
     static constexpr uint32 kCommands[] = {
-        kExpressionTypedCode, kLoadFunctionCode, kSaveFunctionCode, kLoadSoundCode, kSaveSoundCode,
-        kLoadSampleCode,      kAllChannelsCode,  B_SIMPLE_DATA,     kUndoCode,      kRedoCode,
-        kInitialSoundCode,    kMutateCode,       kSwitchSlotCode,   kCopySlotCode,
+        kExpressionTypedCode, kLoadFunctionCode, kSaveFunctionCode, kLoadSoundCode,
+        kSaveSoundCode,       kSaveAgainCode,    kLoadSampleCode,   kAllChannelsCode,
+        B_SIMPLE_DATA,        kUndoCode,         kRedoCode,         kInitialSoundCode,
+        kMutateCode,          kSwitchSlotCode,   kCopySlotCode,
     };
     const auto between = [code](uint32 first, uint32 last) {
         return first <= code && code <= last;
@@ -346,6 +347,10 @@ bool VexaWindow::TakeShortcut(const kits::KeyPress& press) {
     }
     if (press.character == U'Z' && press.modifiers == B_CONTROL_KEY) {
         mainView->Undo();
+        return true;
+    }
+    if (press.character == U'S' && press.modifiers == B_CONTROL_KEY) {
+        mainView->SaveAgain();
         return true;
     }
     if (press.character == U'Z' && press.modifiers == (B_CONTROL_KEY | B_SHIFT_KEY)) {

@@ -177,9 +177,9 @@ def check_undo(window, folder, gestures, seed, report):
     first = window.save(folder / "0.xml")
     # Documents hold what is shown of the plane, so that it is undone with the rest.
     hands.zoomed_plane()
-    undone = window.is_on(UNDO)
+    undoes = window.is_on(UNDO)
     window.key("ctrl+z")
-    report.tell(undone and not window.is_on(UNDO), "the plane zoomed: one step for the wheel")
+    report.tell(undoes and window.becomes(UNDO, "SENSITIVE", False), "the plane zoomed: one step for the wheel")
     counts = {}
     # Each once, as far as they go, then by lot.
     plan = list(WEIGHTS)
@@ -221,6 +221,16 @@ def ratio_text(value, wanted, unit):
     return f"{value:.3f} {unit}, expected {wanted:.3f}"
 
 
+def whole(ear, act):
+    """What `act` returns of a time in which the machine has lost nothing of the sound."""
+    for _ in range(10):
+        start = ear.count()
+        result = act()
+        if ear.is_whole(start, ear.count()):
+            return result
+    raise SystemExit("the machine is too busy: each time something was missing of the sound")
+
+
 class Listener:
     """Measures what JACK gets while a note is held."""
 
@@ -238,7 +248,7 @@ class Listener:
 
     def measure(self):
         time.sleep(0.3)
-        heard = self.ear.listen(1)
+        heard = whole(self.ear, lambda: self.ear.listen(1))
         frequency, phase = tone(heard[0])
         turn = numpy.degrees((tone(heard[1])[1] - phase + numpy.pi) % (2 * numpy.pi) - numpy.pi)
         return level(heard[0]), frequency, abs(float(turn))
@@ -312,16 +322,13 @@ def check_smooth(window, ear, report):
         window.drag(place, (place[0], place[1] + 30), 25)
 
     def heard_during(act):
-        """What comes meanwhile, whole."""
-        for _ in range(10):
+        def heard():
             start = ear.count()
             act()
             window.settle()
             time.sleep(0.3)
-            end = ear.count()
-            if ear.is_whole(start, end):
-                return numpy.array(ear.samples[0, start:end])
-        raise SystemExit("the machine is too busy: each time something was missing of the sound")
+            return numpy.array(ear.samples[0, start:ear.count()])
+        return whole(ear, heard)
 
     def levels(samples):
         return numpy.sqrt((samples[:len(samples) // 960 * 960].reshape(-1, 960) ** 2).mean(1))

@@ -215,9 +215,14 @@ class Window:
 
     def type(self, name, text):
         """Replaces the text of a field and confirms it."""
-        self.click(name)
-        self.key("ctrl+a")
-        xdo("type", "--delay", 3, "--", text)
+        def is_typed():
+            self.click(name)
+            self.key("ctrl+a")
+            xdo("type", "--delay", 3, "--", text)
+            self.settle()
+            return self.text(name) == text
+        # A busy machine may lose a key.
+        wait_for(f"\"{text}\" in \"{name}\"", is_typed)
         self.key("Return")
         self.settle()
 
@@ -283,13 +288,17 @@ class Window:
         xdo("windowactivate", "--sync", self.window)
         return path.read_bytes()
 
-    def is_on(self, button):
-        """Whether a button of the bar can be pressed. They follow ten times a second what there is."""
-        for _ in range(8):
+    def becomes(self, button, state, on=True):
+        """Whether the button gets the state, or loses it, while the window answers ten times: those
+        of the bar follow ten times a second what there is."""
+        for _ in range(10):
             self.settle()
-            if self.has(self[button], "SENSITIVE"):
+            if self.has(self[button], state) == on:
                 return True
         return False
+
+    def is_on(self, button):
+        return self.becomes(button, "SENSITIVE")
 
     def step_all(self, key, button):
         """Undoes or redoes until there is nothing left; says how often the key was pressed."""

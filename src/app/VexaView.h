@@ -77,6 +77,9 @@ class VexaView : public BView {
 
     /// The width, as BRect::Width counts it, that no text needs more of.
     float PreferredWidth() const;
+    /// The same without the margin on the right: where the screen has no more, nothing is scrolled
+    /// for that.
+    float LeastWidth() const;
 
     /// Where on, nothing lies over the plane, as the picture shows the orbits itself, and the file
     /// that is the function is not named.

@@ -106,7 +106,7 @@ VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders,
     mainView->SetClassic(classic);
     mainPane = new BScrollView(mainView->Frame(), "main pane");
     AddChild(mainPane);
-    mainPane->SetTarget(mainView, mainView->PreferredWidth(), mainView->Frame().Height());
+    mainPane->SetTarget(mainView, mainView->LeastWidth(), mainView->Frame().Height());
     const BRect logo = logoBar->Bounds();
     bar = new BarView({barLeft, 2, logo.right - barRight, logo.bottom - 5}, *mainView);
     logoBar->AddChild(bar);
@@ -202,7 +202,7 @@ void VexaWindow::Arrange() {
     playing->SetLow(low);
     strip.room = Strip::PreferredHeight() + 1;
     if (low) {
-        const bool scrolls = bounds.Width() - left < mainView->PreferredWidth();
+        const bool scrolls = bounds.Width() - left < mainView->LeastWidth();
         const float main = mainHeight + (scrolls ? kScrollBar : 0);
         strip.room = std::clamp(bounds.Height() - main, playing->LeastHeight() + 1, strip.room);
     }

@@ -12,9 +12,9 @@ must be the last one.
 
 Then the sound is measured at JACK: level by volume and by a field, frequency by A4 and bend, the angle
 between left and right by spread, a macro, a formula, a point of an envelope and a handle. And under a
-held note with a smoothing of 10 ms the wheel over a coefficient and a handle may make no step in what
-JACK gets; what an envelope's point makes is told, as no smoothing is for envelopes. Ends with 1 where
-anything is otherwise. PART is "undo", "sound" or "smooth".
+held note with a smoothing of 10 ms the wheel over a coefficient, a handle and an envelope's point may
+make no step in what JACK gets. Ends with 1 where anything is otherwise. PART is "undo", "sound" or
+"smooth".
 """
 import argparse
 import difflib
@@ -336,15 +336,15 @@ def check_smooth(window, ear, report):
     time.sleep(0.5)
     alone = heard_during(lambda: time.sleep(1))
     step, loud = abs(numpy.diff(alone)).max(), levels(alone).max()
-    for name, act, smoothed in (("wheel over a field", wheel, True), ("drag of a handle", handle, True),
-                                ("drag of an envelope's point, not smoothed", point, False)):
+    for name, act in (("wheel over a field", wheel), ("drag of a handle", handle),
+                      ("drag of an envelope's point", point)):
         heard = heard_during(act)
         moved = levels(heard)
         # A note that is louder has larger steps by itself.
         own = step * max(1, moved.max() / loud)
         high, most = content_above(heard, 2000), abs(numpy.diff(heard)).max()
         good = most <= 1.1 * own and high < 20 * numpy.log10(moved.max()) - 50
-        report.tell((good or not smoothed) and moved.max() > 1.1 * moved.min(), f"{name}: level over a range of {20 * numpy.log10(moved.max() / moved.min()):.1f} dB; largest "
+        report.tell(good and moved.max() > 1.1 * moved.min(), f"{name}: level over a range of {20 * numpy.log10(moved.max() / moved.min()):.1f} dB; largest "
                     f"step {most:.4f}, of a note of that level {own:.4f}; above 2 kHz {high:.1f} dB, "
                     f"alone {content_above(alone, 2000):.1f} dB")
 

@@ -81,11 +81,12 @@ def on_a_stage(main, scale="1", period=1024):
         stack.enter_context(running("openbox", **quiet))
         jackd = "jackd", "-r", "-n", name, "-d", "dummy", "-r", RATE, "-p", period
         for _ in range(30):
-            # One gives up where too many others run: wait for them.
+            # One gives up where the list of servers is full.
             server = stack.enter_context(running(*jackd, **quiet))
             if wait_for("the JACK server", lambda: server.poll() is not None or "system:playback_1" in run("jack_lsp")) \
                     and server.poll() is None:
                 break
+            run(pathlib.Path(__file__).with_name("forget-jack-servers"))
             time.sleep(1)
         else:
             raise SystemExit("no JACK server starts")
@@ -266,7 +267,6 @@ class Window:
                 rows.append(row)
             elif rows:
                 break
-            time.sleep(1)
         return rows
 
     def save(self, path):

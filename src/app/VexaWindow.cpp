@@ -138,6 +138,11 @@ VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders,
         mainView->LoadDefaultSound();
 }
 
+VexaWindow::~VexaWindow() {
+    // It shows and records what the main view plays, and would be the last to go.
+    delete bar;
+}
+
 void VexaWindow::AddBar() {
     BBitmap* left = BTranslationUtils::GetBitmap("orvo.png");
     BBitmap* middle = BTranslationUtils::GetBitmap("orvobar.png");

@@ -39,7 +39,7 @@ constexpr float kMeterWidth = 64;
 constexpr float kRecordWidth = 44;
 constexpr float kSilenceWidth = 56;
 constexpr float kWidestName = 330;
-constexpr float kMenuArrowWidth = 20;
+constexpr float kArrowButtonWidth = 20;
 constexpr float kArrowHeight = kBarHeight - 6;
 constexpr float kBarInset = 8;
 
@@ -78,7 +78,7 @@ BarView::BarView(BRect frame, VexaView& mainView)
 
 BButton* BarView::AddArrow(const char* label, const char* words, uint32 code) {
     auto* button =
-        new BButton({0, 0, kMenuArrowWidth, kArrowHeight}, words, label, new BMessage(code));
+        new BButton({0, 0, kArrowButtonWidth, kArrowHeight}, words, label, new BMessage(code));
     button->SetOnDark();
     button->SetAccessibleName(words);
     button->SetToolTip(words);
@@ -254,14 +254,14 @@ void BarView::Arrange() {
     voicesBox = {right - kVoicesWidth, top, right, top + kBarHeight};
     right = voicesBox.left - kButtonGap;
     put(device, kDeviceWidth, BMenuField::PreferredHeight());
-    put(redo, kMenuArrowWidth);
+    put(redo, kArrowButtonWidth);
     right += kButtonGap;
-    put(undo, kMenuArrowWidth);
+    put(undo, kArrowButtonWidth);
     const float width = std::clamp(right, 60.0F, kWidestName);
     const float left = std::floor((right - width) / 2);
     nameBox = {left, top, left + width, top + kBarHeight};
     previous->MoveTo(left + 3, top + 3);
-    next->MoveTo(left + width - kMenuArrowWidth - 3, top + 3);
+    next->MoveTo(left + width - kArrowButtonWidth - 3, top + 3);
 }
 
 void BarView::Draw(BRect) {
@@ -275,7 +275,7 @@ void BarView::Draw(BRect) {
     SetHighColor(kBoxEdge);
     StrokeRoundRect(nameBox, kBoxCorner);
     const std::string shown =
-        CutToFit(caption, nameBox.Width() - 2 * (kBarInset + kMenuArrowWidth));
+        CutToFit(caption, nameBox.Width() - 2 * (kBarInset + kArrowButtonWidth));
     SetHighColor(colors.barText);
     DrawString(shown,
                {std::floor((nameBox.left + nameBox.right - StringWidth(shown)) / 2), baseline});

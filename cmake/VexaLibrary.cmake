@@ -1,10 +1,22 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 # How every target of the project is compiled, and the one-library-per-folder rule.
 
-# All presets but dev join the .cpp files of a target for the compiler, so many at a time (CMAKE_UNITY_BUILD): two thirds of
-# the work are headers. So no two files of a folder may name something in private alike. What each of them includes is
-# looked over where nothing is joined: in dev, and in the Debian packages, which ./test --all builds.
-set(CMAKE_UNITY_BUILD_BATCH_SIZE 12 CACHE STRING "How many .cpp files are joined")
+# All presets but dev join the .cpp files of a target for the compiler (CMAKE_UNITY_BUILD): two thirds of the work are
+# headers. So no two files of a folder may name something in private alike. What each of them includes is looked over
+# where nothing is joined: in dev, and in the Debian packages, which ./test --all builds.
+# A dozen at a time, so that none of the joined files takes long by itself.
+set(CMAKE_UNITY_BUILD_BATCH_SIZE 12)
+
+# vexa_join(TARGET SOURCE...): joins the sources of a target in parts of the same size.
+function(vexa_join target)
+    list(LENGTH ARGN count)
+    if(count LESS_EQUAL CMAKE_UNITY_BUILD_BATCH_SIZE)
+        return()
+    endif()
+    math(EXPR parts "(${count} - 1) / ${CMAKE_UNITY_BUILD_BATCH_SIZE} + 1")
+    math(EXPR size "(${count} - 1) / ${parts} + 1")
+    set_target_properties(${target} PROPERTIES UNITY_BUILD_BATCH_SIZE ${size})
+endfunction()
 
 add_library(vexa_options INTERFACE)
 target_compile_options(vexa_options INTERFACE
@@ -38,6 +50,7 @@ function(vexa_library name)
     file(GLOB sources CONFIGURE_DEPENDS *.cpp backends/*.cpp ${arg_FOLDERS})
     list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
     add_library(${name} STATIC ${sources})
+    vexa_join(${name} ${sources})
     set_source_files_properties(${arg_APART} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
     target_link_libraries(${name} PUBLIC vexa_options ${arg_DEPENDS})
     foreach(module IN LISTS arg_BACKENDS)

@@ -18,7 +18,7 @@ import time
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 JACK = "vexa-accessible"
 # Seconds.
-START = 20
+START = 60
 # More than there are controls.
 MOST_TABS = 400
 WINDOW_ROLES = ("window", "frame")

@@ -13,7 +13,7 @@ RATE = 48000
 PERIOD = 256
 
 
-def wait_for(what, is_so, seconds=20):
+def wait_for(what, is_so, seconds=60):
     end = time.monotonic() + seconds
     while not is_so():
         if time.monotonic() > end:

@@ -18,6 +18,7 @@ import xml.etree.ElementTree
 
 RATE = 48000
 UNSAVED = "Unsaved changes"
+UNDO, REDO = "undo (Ctrl Z)", "redo (Ctrl Shift Z)"
 
 
 def wait_for(what, condition, seconds=30):
@@ -81,11 +82,12 @@ def on_a_stage(main, scale="1", period=1024):
         stack.enter_context(running("openbox", **quiet))
         jackd = "jackd", "-r", "-n", name, "-d", "dummy", "-r", RATE, "-p", period
         for _ in range(30):
-            # One gives up where too many others run: wait for them.
+            # One gives up where the list of servers is full.
             server = stack.enter_context(running(*jackd, **quiet))
             if wait_for("the JACK server", lambda: server.poll() is not None or "system:playback_1" in run("jack_lsp")) \
                     and server.poll() is None:
                 break
+            run(pathlib.Path(__file__).with_name("forget-jack-servers"))
             time.sleep(1)
         else:
             raise SystemExit("no JACK server starts")
@@ -213,9 +215,14 @@ class Window:
 
     def type(self, name, text):
         """Replaces the text of a field and confirms it."""
-        self.click(name)
-        self.key("ctrl+a")
-        xdo("type", "--delay", 3, "--", text)
+        def is_typed():
+            self.click(name)
+            self.key("ctrl+a")
+            xdo("type", "--delay", 3, "--", text)
+            self.settle()
+            return self.text(name) == text
+        # A busy machine may lose a key.
+        wait_for(f"\"{text}\" in \"{name}\"", is_typed)
         self.key("Return")
         self.settle()
 
@@ -266,7 +273,6 @@ class Window:
                 rows.append(row)
             elif rows:
                 break
-            time.sleep(1)
         return rows
 
     def save(self, path):
@@ -282,24 +288,31 @@ class Window:
         xdo("windowactivate", "--sync", self.window)
         return path.read_bytes()
 
+    def becomes(self, button, state, on=True):
+        """Whether the button gets the state, or loses it, while the window answers ten times: those
+        of the bar follow ten times a second what there is."""
+        for _ in range(10):
+            self.settle()
+            if self.has(self[button], state) == on:
+                return True
+        return False
+
+    def is_on(self, button):
+        return self.becomes(button, "SENSITIVE")
+
     def step_all(self, key, button):
-        """Undoes or redoes until there is nothing left, and returns how often."""
+        """Undoes or redoes until there is nothing left; says how often the key was pressed."""
         steps = 0
         xdo("mousemove", *self.middle("level, decibels of full scale"))
-        while self.has(self[button], "SENSITIVE"):
+        while self.is_on(button):
             self.key(key)
-            self.settle()
             steps += 1
-            # The button follows ten times a second.
-            if steps % 10 == 0:
-                time.sleep(0.15)
             if steps > 10000:
                 raise SystemExit(f"\"{button}\" never ends")
-        time.sleep(0.3)
         return steps
 
     def undo_all(self):
-        return self.step_all("ctrl+z", "undo (Ctrl Z)")
+        return self.step_all("ctrl+z", UNDO)
 
     def redo_all(self):
-        return self.step_all("ctrl+shift+z", "redo (Ctrl Shift Z)")
+        return self.step_all("ctrl+shift+z", REDO)

@@ -70,7 +70,8 @@ void FillMainMenu(BMenu& menu, VexaWindow& window) {
     menu.RemoveAll();
     Add(menu, "Open…", kOpenCode, view);
     AddRecent(menu, view);
-    Add(menu, "Save Sound…", kSaveSoundCode, view);
+    Add(menu, "Save Sound (Ctrl S)", kSaveAgainCode, view);
+    Add(menu, "Save Sound As…", kSaveSoundCode, view);
     Add(menu, "Save Picture…", kSavePictureCode, view);
     menu.AddItem(new BSeparatorItem);
     Add(menu, "Initial Sound", kInitialSoundCode, view);

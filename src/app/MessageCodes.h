@@ -23,6 +23,7 @@ constexpr uint32 kLoadFunctionCode = FourCC("FUNL");
 constexpr uint32 kSaveFunctionCode = FourCC("FUNS");
 constexpr uint32 kLoadSoundCode = FourCC("SNDL");
 constexpr uint32 kSaveSoundCode = FourCC("SNDS");
+constexpr uint32 kSaveAgainCode = FourCC("SNDA");
 constexpr uint32 kLoadSampleCode = FourCC("SAML");
 constexpr uint32 kOpenCode = FourCC("OPEN");
 constexpr uint32 kLoadScaleCode = FourCC("SCLL");

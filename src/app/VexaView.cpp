@@ -286,6 +286,10 @@ float VexaView::PreferredWidth() const {
     return std::ceil(formulas.Right()) + kViewMargin;
 }
 
+float VexaView::LeastWidth() const {
+    return std::ceil(formulas.Right()) + 1;
+}
+
 void VexaView::ColorsChanged() {
     SetViewColor(Colors().panel);
     for (BView* bar : menuBars)

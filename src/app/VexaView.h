@@ -77,6 +77,9 @@ class VexaView : public BView {
 
     /// The width, as BRect::Width counts it, that no text needs more of.
     float PreferredWidth() const;
+    /// The same without the margin on the right: where the screen has no more, nothing is scrolled
+    /// for that.
+    float LeastWidth() const;
 
     /// Where on, nothing lies over the plane, as the picture shows the orbits itself, and the file
     /// that is the function is not named.
@@ -101,6 +104,8 @@ class VexaView : public BView {
     const Tuning& PresentTuning() const { return tuning; }
     /// They save into the folder sounds or functions, under a plain file name.
     void SaveSound(const std::string& name);
+    /// Saves to the person's own file that the sound is of; asks for a name where there is none.
+    void SaveAgain();
     void SaveFunction(const std::string& name);
 
     /// True where what would be saved differs, but for authors, from the sound that was loaded or

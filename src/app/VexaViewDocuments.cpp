@@ -177,6 +177,7 @@ bool VexaView::LoadSound(const std::filesystem::path& path) {
     if (sound) {
         programFault.clear();
         LoadAs(*sound, path.stem().string(), "sound " + path.stem().string());
+        Steps().File().path = path;
     } else {
         ShowError(sound.Fault());
     }
@@ -201,6 +202,7 @@ void VexaView::LoadProgram() {
         return;
     }
     LoadAs(*sound, path->stem().string(), "sound " + path->stem().string());
+    Steps().File().path = *path;
 }
 
 void VexaView::Open(const std::filesystem::path& path) {
@@ -245,11 +247,30 @@ void VexaView::SaveSound(const std::string& name) {
     const std::function<void()> then = std::exchange(afterSaving, nullptr);
     if (!Save(name, "sounds", write))
         return;
-    Steps().File().name = std::filesystem::path(name).stem().string();
-    Remember(folders.Own("sounds") / name);
+    const std::filesystem::path path = folders.Own("sounds") / name;
+    Steps().File().name = path.stem().string();
+    Steps().File().path = path;
+    Remember(path);
     TakeAsSaved();
     if (then)
         then();
+}
+
+void VexaView::SaveAgain() {
+    const std::filesystem::path path = Steps().File().path;
+    if (path.empty() || !folders.IsOwn("sounds", path)) {
+        BMessage show(kSaveSoundCode);
+        MessageReceived(&show);
+        return;
+    }
+    // What is typed is saved, so that it is heard too.
+    for (BTextControl* field : fields) {
+        if (field->IsEdited())
+            field->Confirm();
+    }
+    afterSaving = nullptr;
+    if (MaySave())
+        SaveSound(path.filename().string());
 }
 
 void VexaView::OpenSound(const std::string& path) {

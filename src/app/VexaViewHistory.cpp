@@ -152,6 +152,7 @@ void VexaView::CopyToOther() {
         return;
     other.Load(sound, SoundName(), std::string("copy of ") + PresentSlot());
     other.File().saved = Steps().File().saved;
+    other.File().path = Steps().File().path;
 }
 
 bool VexaView::MayGiveUpBoth(const std::function<void()>& then) {

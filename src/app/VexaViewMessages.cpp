@@ -65,6 +65,9 @@ void VexaView::Take(BMessage* message) {
     case kRedoCode:
         Redo();
         break;
+    case kSaveAgainCode:
+        SaveAgain();
+        break;
     case kInitialSoundCode:
         InitialSound();
         break;

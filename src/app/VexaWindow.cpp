@@ -48,9 +48,10 @@ constexpr float kMenuWidth = 34;
 /// True where the code is one of a control of the main view.
 bool IsCommand(uint32 code) {
     static constexpr uint32 kCommands[] = {
-        kExpressionTypedCode, kLoadFunctionCode, kSaveFunctionCode, kLoadSoundCode, kSaveSoundCode,
-        kLoadSampleCode,      kAllChannelsCode,  B_SIMPLE_DATA,     kUndoCode,      kRedoCode,
-        kInitialSoundCode,    kMutateCode,       kSwitchSlotCode,   kCopySlotCode,
+        kExpressionTypedCode, kLoadFunctionCode, kSaveFunctionCode, kLoadSoundCode,
+        kSaveSoundCode,       kSaveAgainCode,    kLoadSampleCode,   kAllChannelsCode,
+        B_SIMPLE_DATA,        kUndoCode,         kRedoCode,         kInitialSoundCode,
+        kMutateCode,          kSwitchSlotCode,   kCopySlotCode,
     };
     const auto between = [code](uint32 first, uint32 last) {
         return first <= code && code <= last;
@@ -105,7 +106,7 @@ VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders,
     mainView->SetClassic(classic);
     mainPane = new BScrollView(mainView->Frame(), "main pane");
     AddChild(mainPane);
-    mainPane->SetTarget(mainView, mainView->PreferredWidth(), mainView->Frame().Height());
+    mainPane->SetTarget(mainView, mainView->LeastWidth(), mainView->Frame().Height());
     const BRect logo = logoBar->Bounds();
     bar = new BarView({barLeft, 2, logo.right - barRight, logo.bottom - 5}, *mainView);
     logoBar->AddChild(bar);
@@ -125,6 +126,11 @@ VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders,
         Fit(frame.Width());
     if (choices.withDefaultSound && !attached)
         mainView->LoadDefaultSound();
+}
+
+VexaWindow::~VexaWindow() {
+    // It shows and records what the main view plays, and would be the last to go.
+    delete bar;
 }
 
 void VexaWindow::AddBar() {
@@ -201,7 +207,7 @@ void VexaWindow::Arrange() {
     playing->SetLow(low);
     strip.room = Strip::PreferredHeight() + 1;
     if (low) {
-        const bool scrolls = bounds.Width() - left < mainView->PreferredWidth();
+        const bool scrolls = bounds.Width() - left < mainView->LeastWidth();
         const float main = mainHeight + (scrolls ? kScrollBar : 0);
         strip.room = std::clamp(bounds.Height() - main, playing->LeastHeight() + 1, strip.room);
     }
@@ -346,6 +352,10 @@ bool VexaWindow::TakeShortcut(const kits::KeyPress& press) {
     }
     if (press.character == U'Z' && press.modifiers == B_CONTROL_KEY) {
         mainView->Undo();
+        return true;
+    }
+    if (press.character == U'S' && press.modifiers == B_CONTROL_KEY) {
+        mainView->SaveAgain();
         return true;
     }
     if (press.character == U'Z' && press.modifiers == (B_CONTROL_KEY | B_SHIFT_KEY)) {

@@ -47,6 +47,7 @@ class VexaWindow : public BWindow, private SessionClient {
     /// the other parts the window is larger, and wider where a font needs it; what does not fit on
     /// the screen is hidden or scrolls.
     VexaWindow(BRect frame, const kits::ProgramFolders& folders, const WindowChoices& choices = {});
+    ~VexaWindow() override;
 
     VexaView& MainView() { return *mainView; }
     BarView& Bar() { return *bar; }

@@ -7,6 +7,7 @@
 #include <array>
 #include <chrono>
 #include <cstddef>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -19,6 +20,8 @@ struct SoundFile {
     std::string name;
     /// The sound that the file holds.
     Sound saved;
+    /// Where it is; empty where the sound has come from no file.
+    std::filesystem::path path{};
 };
 
 /// The moment at which something was done, as far as it tells one gesture from the next.

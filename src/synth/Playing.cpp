@@ -38,7 +38,8 @@ constexpr PlayingRow kRows[kPlayingRows] = {
     {"oversample", 0, 4, true, kFactors, 0, &P::oversample,
      "N", "1, 2, 4, 8 or 16", "compute at this multiple of the rate", true},
     {"smooth", 0, 100, false, {}, 0, &P::smooth,
-     "MS", "a number from 0 to 100", "let coefficients and controllers glide so long", true},
+     "MS", "a number from 0 to 100", "let coefficients, envelopes and controllers glide so long",
+     true},
     {"volume", -40, 12, false, {}, 0, &P::volume,
      "DB", "a number from -40 to 12", "the volume on top of the gain", true},
 };

@@ -53,8 +53,9 @@ struct VEXA_REALTIME CellEars {
 /// The times of one voice over the block; written only where an envelope asks for them.
 class VEXA_REALTIME VoiceMotion::Times {
   public:
-    VEXA_REALTIME Times(RunningVoice& v, double dt, std::size_t count)
-        : v(v), dt(dt), count(count), begin(v.t) {
+    /// A block that begins `offset` samples after its cell.
+    VEXA_REALTIME Times(RunningVoice& v, double dt, std::size_t offset, std::size_t count)
+        : v(v), dt(dt), offset(offset), count(count), begin(v.t) {
         const double step = RoundedStep(begin, dt);
         const double end = begin + static_cast<double>(count) * step;
         if (AddsTheSame(begin, dt, step, end))
@@ -67,18 +68,30 @@ class VEXA_REALTIME VoiceMotion::Times {
 
     /// Null where the envelope keeps its value, which is written to `value`; otherwise its values,
     /// which are in `space`.
-    const float* Follow(const Axis::NumberedCurve& envelope, float* space, float& value) {
+    const float* Follow(const Axis::NumberedCurve& envelope, RampParts& ramps, float* space,
+                        float& value) {
         const auto& [curve, number] = envelope;
         EnvelopeTrack& track = v.envelopes[number];
         const float level = v.rellevel[number];
-        if (track.Holds(curve, first, last, v.released, level)) {
+        const bool holds = track.Holds(curve, first, last, v.released, level);
+        if (holds) {
             value = track.Value();
-            return nullptr;
+        } else {
+            if (!told)
+                Tell();
+            track.Values(curve, t.data(), v.released, level, space, count);
         }
-        if (!told)
-            Tell();
-        track.Values(curve, t.data(), v.released, level, space, count);
-        return space;
+        if (v.fresh)
+            track.Forget();
+        const bool lags = track.Follow(curve, holds ? value : space[0], v.smooth, offset);
+        if (lags) {
+            if (holds)
+                std::fill_n(space, count, value);
+            track.AddLag(ramps, space, count);
+        }
+        const bool varies = lags || !holds;
+        track.Heard(varies ? space[count - 1] : value);
+        return varies ? space : nullptr;
     }
 
   private:
@@ -89,7 +102,7 @@ class VEXA_REALTIME VoiceMotion::Times {
 
     RunningVoice& v;
     double dt;
-    std::size_t count;
+    std::size_t offset, count;
     double begin;
     /// The times are between these.
     float first, last;
@@ -158,7 +171,7 @@ void VoiceMotion::PutRadius(const Axis& axis, RunningVoice& v, Times& times, Mov
     c.radius = Sum(v, number, weights.c0 + weights.rest);
     float value = 0;
     float* const values = m.spaces[place].radiusEnvelope.data();
-    c.envelope = times.Follow(axis.radiusEnvelope, values, value);
+    c.envelope = times.Follow(axis.radiusEnvelope, m.ramps, values, value);
     Ramp<double>& sum = v.sums[number];
     if (sum.Varies()) {
         if (!c.envelope)
@@ -184,8 +197,10 @@ void VoiceMotion::PutCentre(const Axis& axis, RunningVoice& v, double& centre, T
     float value = 0;
     alignas(64) std::array<float, kCellRoom> envelope;
     const bool follows = weights.c0 != 0 || varies;
+    if (!follows)
+        v.envelopes[axis.driftEnvelope.number].Forget();
     const float* const values =
-        follows ? times.Follow(axis.driftEnvelope, envelope.data(), value) : nullptr;
+        follows ? times.Follow(axis.driftEnvelope, m.ramps, envelope.data(), value) : nullptr;
     double* const centres = m.spaces[place].centres.data();
     c.centres = centres;
     if (varies || values) {
@@ -236,7 +251,7 @@ double VoiceMotion::Turn(const Axis& axis, const RunningVoice& v,
 void VoiceMotion::PutOrbits(std::span<RunningVoice* const> voices, Moving& m) const noexcept {
     for (std::size_t k = 0; k < voices.size(); k++) {
         RunningVoice& v = *voices[k];
-        Times times(v, dt, count);
+        Times times(v, dt, offset, count);
         PutCentre(x, v, v.cx, times, m, 2 * k);
         PutCentre(y, v, v.cy, times, m, 2 * k + 1);
         PutRadius(x, v, times, m, 2 * k);
@@ -397,13 +412,12 @@ bool VoiceMotion::Stands(const Axis& axis, RunningVoice& v) const noexcept {
 }
 
 bool VoiceMotion::Stands(RunningVoice& v) const noexcept {
-    const auto moves = [](const Ramp<double>& sum) { return sum.Moves(); };
-    return v.released && std::none_of(v.sums.begin(), v.sums.end(), moves) && Stands(x, v) &&
-           Stands(y, v);
+    return v.released && std::ranges::none_of(v.sums, &Ramp<double>::Moves) &&
+           std::ranges::none_of(v.envelopes, &EnvelopeTrack::Lags) && Stands(x, v) && Stands(y, v);
 }
 
 void VoiceMotion::Pass(RunningVoice& v) const noexcept {
-    const Times passed(v, dt, count);
+    const Times passed(v, dt, offset, count);
     std::array<double, kMostSamples> space;
     const double* const factors = Factors(v, space.data());
     v.x.Pass(Turn(x, v, factors), offset, count, factors);

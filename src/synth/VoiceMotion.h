@@ -42,8 +42,8 @@ class VEXA_REALTIME VoiceMotion {
               Places right) const noexcept;
 
     /// Returns in how many whole cells from here on, at most `most`, the voice moves in the same
-    /// way: the sums of its formulas want what they wanted, none of them arrives but at the end,
-    /// and the voice does not come to a stand for good.
+    /// way: the sums of its formulas want what they wanted, none of them and of what its envelopes
+    /// lag behind arrives but at the end, and the voice does not come to a stand for good.
     std::size_t CellsFor(RunningVoice& v, std::size_t most) const noexcept;
     /// Moves any number of voices over cells, as Move does, where they move in the same way in all
     /// of them and their pitch stays. It writes the places of voice k in cell i from x[(i *

@@ -18,6 +18,8 @@ std::size_t VoiceMotion::CellsFor(const Axis& axis, const RunningVoice& v,
             return 0;
         most = sum.CellsAlike(most);
     }
+    for (const Axis::NumberedCurve* envelope : {&axis.driftEnvelope, &axis.radiusEnvelope})
+        most = v.envelopes[envelope->number].CellsAlike(most);
     return most;
 }
 

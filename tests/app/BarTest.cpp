@@ -10,6 +10,7 @@
 #include <QMenu>
 #include <QToolButton>
 #include <fstream>
+#include <utility>
 
 #include <gmock/gmock.h>
 
@@ -102,6 +103,13 @@ TEST_F(BarTest, TellsWhyThereIsNoRecording) {
     EXPECT_FALSE(Bar().IsRecording());
     EXPECT_THAT(alerts.texts, ElementsAre("The recording cannot begin."));
     EXPECT_THAT(alerts.details, HasSubstr("recordings"));
+
+    // The window ends it when it closes.
+    fs::remove(In("recordings"));
+    PressButton("Record");
+    EXPECT_TRUE(Bar().IsRecording());
+    delete std::exchange(window, nullptr);
+    EXPECT_TRUE(fs::is_empty(In("recordings")));
 }
 
 TEST_F(BarTest, DeviceAndMidiSourceAreChosenInOneMenu) {

@@ -95,12 +95,13 @@ TEST_P(LayoutTest, ASmallWindowScrolls) {
     window->ResizeTo(500, 300);
     QApplication::processEvents();
     BView* pane = window->FindView("main pane");
-    EXPECT_GE(view->Frame().Width(), view->PreferredWidth());
+    EXPECT_EQ(view->Frame().Width(), view->LeastWidth());
     EXPECT_EQ(view->Frame().Height(), whole.Height());
     EXPECT_LT(pane->Frame().bottom, window->FindView("strip")->Frame().top);
     EXPECT_LE(pane->Frame().right, 500);
     // What gets the focus comes into sight.
     BTextControl& last = view->Field(vexa::ParameterId::C0y4);
+    EXPECT_LE(last.Frame().right, view->LeastWidth());
     last.MakeFocus();
     QApplication::processEvents();
     const QPoint corner = last.Widget().mapTo(&pane->Widget(), QPoint(0, 0));

@@ -156,7 +156,7 @@ TEST_F(OpeningTest, WhatWasOpenedCanBeOpenedAgain) {
 TEST_F(OpeningTest, TheMenuDoesWhatItSays) {
     Open();
     Pick("Open…");
-    Pick("Save Sound…");
+    Pick("Save Sound As…");
     EXPECT_THAT(OpenTitles(), testing::UnorderedElementsAre("Open", "Save Sound"));
     ClosePanels();
     Pick("Save Picture…");

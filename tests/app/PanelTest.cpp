@@ -182,6 +182,37 @@ TEST_F(OwnFolderTest, BothAreOfferedAndTheOwnOneIsWrittenTo) {
     EXPECT_THAT(alerts.texts, ElementsAre());
 }
 
+TEST_F(OwnFolderTest, ControlSSavesToThePersonsOwnFileOfTheSoundAndToNoOther) {
+    const auto save = [&] {
+        test::TypeKey(*window, Qt::Key_S, Qt::ControlModifier);
+        test::Settle();
+    };
+    // One that came with the program, and one of the name of an own one that is elsewhere.
+    for (const auto& path : {In("sounds/bell.xml"), In("mine.xml")}) {
+        Choose(vexa::kSoundLoadedCode, path);
+        Enter("Fy", "7");
+        const std::string shipped = test::Contents(path),
+                          own = test::Contents(In("own/sounds/mine.xml"));
+        save();
+        EXPECT_THAT(OpenTitles(), ElementsAre("Save Sound")) << path;
+        ClosePanels();
+        EXPECT_EQ(test::Contents(path), shipped);
+        EXPECT_EQ(test::Contents(In("own/sounds/mine.xml")), own);
+        SaveAs(vexa::kSoundSavedCode, "mine.xml", In("own/sounds"));
+        std::filesystem::copy(In("own/sounds/mine.xml"), In("mine.xml"),
+                              std::filesystem::copy_options::overwrite_existing);
+    }
+    // What is typed but not confirmed is heard as it is saved.
+    Field("Fy").Type("5");
+    EXPECT_TRUE(view->Changed());
+    save();
+    EXPECT_THAT(OpenTitles(), ElementsAre());
+    EXPECT_FALSE(view->Changed());
+    EXPECT_THAT(test::Contents(In("own/sounds/mine.xml")), HasSubstr("<fy>5<"));
+    EXPECT_EQ(view->SoundParam().Fy, 5);
+    EXPECT_THAT(alerts.texts, ElementsAre());
+}
+
 TEST_F(PanelTest, NoNameLeavesTheFolder) {
     for (const char* name : {"", "..", "../out.xml", "/tmp/out.xml", "a\nb"})
         SaveAs(vexa::kSoundSavedCode, name, In("sounds"));

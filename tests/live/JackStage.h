@@ -138,7 +138,12 @@ class JackServer {
     /// No client of a server before may be open in this process.
     void Start(int period, int rate = 48000) {
         Launch(period, rate);
-        WaitFor("jackd", [] {
+        WaitFor("jackd", [&] {
+            if (!server->Runs()) {
+                // The list of servers is full, of some that were killed or of others that run.
+                RunCommand({VEXA_SOURCE_FOLDER "/scripts/forget-jack-servers"});
+                Launch(period, rate);
+            }
             jack_client_t* client = jack_client_open("probe", JackNoStartServer, nullptr);
             if (client)
                 jack_client_close(client);

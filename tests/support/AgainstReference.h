@@ -14,14 +14,15 @@
 namespace test {
 
 struct Event {
-    enum class Kind { Note, Controller, Pressure, VoiceLimit, Spread };
+    enum class Kind { Note, Controller, Pressure, VoiceLimit, Spread, Envelope };
     /// The sample.
     std::size_t at;
     Kind kind;
-    /// Of the key or the controller.
+    /// Of the key, the controller or the envelope.
     int number;
     /// The velocity, where 0 releases the note, the value of the controller or the one that
-    /// pressure drives, how many voices may sound, or degrees.
+    /// pressure drives, how many voices may sound, degrees, or hundredths where the envelope is to
+    /// be after 0.2 seconds, from which it falls to half of it.
     int value;
     int channel = 0;
 };
@@ -64,6 +65,12 @@ void Take(const Event& event, vexa::Engine& instrument, ScalarReference<F>& refe
         instrument.playing.given = true;
         instrument.playing.spread = float(event.value);
         reference.SetSpread(event.value);
+        break;
+    case Event::Kind::Envelope:
+        SetEnvelope(instrument.envelopes[number], {{0, false, 0},
+                                                   {0.2F, false, float(event.value) / 100},
+                                                   {1, false, float(event.value) / 200},
+                                                   {0.3F, true, 0}});
         break;
     case Event::Kind::Controller:
         instrument.consumer.ControlChange(channel, number, value, 0);

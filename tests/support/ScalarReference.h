@@ -11,6 +11,7 @@
 #include <cmath>
 #include <concepts>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <utility>
 
@@ -174,6 +175,13 @@ class ScalarReference {
         double Now() const { return passed < length ? from + (to - from) * (passed / length) : to; }
     };
 
+    /// An envelope as it was heard last, and what is left of the difference to the one before.
+    struct Followed {
+        std::uint64_t curve;
+        float value;
+        Line lag;
+    };
+
     /// What a voice is to the left or to the right ear.
     struct Ear {
         float hpsum0, hpsum1, out;
@@ -209,6 +217,7 @@ class ScalarReference {
         float vel, key;
         bool fresh;
         std::array<Line, 6> sums;
+        std::array<Followed, 4> envelopes;
     };
 
     /// By how much an oscillator's phase is another for the ear.
@@ -239,26 +248,40 @@ class ScalarReference {
         return now;
     }
 
+    /// The envelope at this sample.
+    double Follow(Voice& v, std::size_t number, const vexa::Envelope& envelope) const {
+        Followed& followed = v.envelopes[number];
+        const float value = envelope.Value(float(v.t), v.released, v.rellevel[number]);
+        const std::uint64_t curve = envelope.Curve().Number();
+        if (v.fresh)
+            followed = {curve, value, {0, 0, 0, 0}};
+        else if (curve != followed.curve && smooth > 0)
+            followed.lag = {double(followed.value) - value, 0, 0, std::floor(smooth * sampleRate)};
+        followed.curve = curve;
+        followed.value = float(value + followed.lag.Now());
+        followed.lag.passed++;
+        return followed.value;
+    }
+
     /// Adds the next sample of both ears.
     void Sample(Voice& v, std::array<float, 2>& sums) const {
         const double dt = 1.0 / sampleRate;
-        const auto t = float(v.t);
         const double dCx =
-            double(p.EnvCx->Value(t, v.released, v.rellevel[0])) * Smooth(v, 0, p.Cx0) +
+            Follow(v, 0, *p.EnvCx) * Smooth(v, 0, p.Cx0) +
             Smooth(v, 1,
                    double(p.Cx1) * v.vel + double(p.Cx2) * v.key + double(p.Cx3) * ctl[p.Cx4]);
         const double dCy =
-            double(p.EnvCy->Value(t, v.released, v.rellevel[1])) * Smooth(v, 2, p.Cy0) +
+            Follow(v, 1, *p.EnvCy) * Smooth(v, 2, p.Cy0) +
             Smooth(v, 3,
                    double(p.Cy1) * v.vel + double(p.Cy2) * v.key + double(p.Cy3) * ctl[p.Cy4]);
-        const double Ax = p.EnvAx->Value(t, v.released, v.rellevel[2]) *
-                          Smooth(v, 4,
-                                 double(p.Ax0) + double(p.Ax1) * v.vel + double(p.Ax2) * v.key +
-                                     double(p.Ax3) * ctl[p.Ax4]);
-        const double Ay = p.EnvAy->Value(t, v.released, v.rellevel[3]) *
-                          Smooth(v, 5,
-                                 double(p.Ay0) + double(p.Ay1) * v.vel + double(p.Ay2) * v.key +
-                                     double(p.Ay3) * ctl[p.Ay4]);
+        const double Ax =
+            Follow(v, 2, *p.EnvAx) * Smooth(v, 4,
+                                            double(p.Ax0) + double(p.Ax1) * v.vel +
+                                                double(p.Ax2) * v.key + double(p.Ax3) * ctl[p.Ax4]);
+        const double Ay =
+            Follow(v, 3, *p.EnvAy) * Smooth(v, 5,
+                                            double(p.Ay0) + double(p.Ay1) * v.vel +
+                                                double(p.Ay2) * v.key + double(p.Ay3) * ctl[p.Ay4]);
         v.fresh = false;
         for (int side = 0; side < (stereo ? 2 : 1); side++) {
             Ear& ear = v.ears[side];

@@ -35,12 +35,18 @@ float Difference(
 
 TEST(VoiceRenderer, IsTheScalarReferenceOverTenSecondsOfTwentyVoices) {
     const std::size_t samples = 441000;
-    const std::vector<test::Event> events = test::Piece(samples, 1, kControllers);
+    const auto unchanged = [](auto&) {};
+    std::vector<test::Event> events = test::Piece(samples, 1, kControllers);
     EXPECT_LE(Difference(events, samples, 44100, samples), 1e-6F);
+    // A point of an envelope is dragged, to and fro, faster than it is smoothed and slower.
+    using Kind = test::Event::Kind;
+    for (int i = 0; i < 40; i++)
+        events.push_back(
+            {10000 + std::size_t(i) * (i < 20 ? 501 : 9973), Kind::Envelope, i % 4, 7 * i % 100});
+    std::ranges::stable_sort(events, {}, &test::Event::at);
     EXPECT_LE(Difference(events, samples, 48000, 37), 1e-6F);
-    EXPECT_LE(Difference(
-                  events, samples, 44100, 100, [](auto&) {}, 20),
-              1e-6F);
+    for (const std::size_t block : {std::size_t(100), samples})
+        EXPECT_LE(Difference(events, samples, 44100, block, unchanged, 20), 1e-6F);
 }
 
 TEST(VoiceRenderer, IsTheScalarReferenceWithBothEarsWhereverTheyAre) {
@@ -123,6 +129,26 @@ TEST(VoiceRenderer, MovesTheEarsWithoutAClick) {
     // Where they are half a turn apart one hears the opposite of the other.
     for (std::size_t i = 8000; i < 10000; i++)
         ASSERT_NEAR(left[i], -right[i], 0.01);
+}
+
+TEST(VoiceRenderer, EnvelopesThatAreEditedTakeOverWithoutAStep) {
+    const auto largestStep = [](float smooth) {
+        Engine instrument;
+        test::MakeSine(instrument);
+        instrument.playing.given = true;
+        instrument.playing.smooth = smooth;
+        instrument.consumer.NoteOn(0, 40, 100, 0);
+        std::vector<float> samples = Render(instrument, 20000);
+        for (const float value : {0.4F, 0.7F, 0.1F, 1.0F}) {
+            test::SetEnvelope(instrument.envelopes[2], {{0, false, value}});
+            const std::vector<float> more = Render(instrument, 1000);
+            samples.insert(samples.end(), more.begin(), more.end());
+        }
+        return test::LargestStep(samples);
+    };
+    // The sine moves by 2 pi 82.4 / 44100 a sample at most, its radius by 0.9 in 882.
+    EXPECT_LT(largestStep(20), 1.1 * (2 * M_PI * 82.4 / 44100 + 0.9 / 882));
+    EXPECT_GT(largestStep(0), 0.2) << "it is the smoothing";
 }
 
 TEST(VoiceRenderer, IsTheScalarReferenceOverTenMinutesOfOneVoice) {

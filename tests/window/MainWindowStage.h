@@ -89,6 +89,15 @@ class MainWindow : public testing::Test {
         });
     }
 
+    /// Holds A4, which is to be as loud; struck anew, as a busy machine may cost a note its voice.
+    void HoldNote(float low = 0.24F, float high = 0.26F) {
+        WaitFor("the note", [&] {
+            player->Play({{0, {0x90, 69, 100}}});
+            const float peak = Peak(kSecond / 20);
+            return low <= peak && peak <= high;
+        });
+    }
+
     /// Closes the window, changes or no changes, and awaits the program's end.
     int Close() {
         desktop.Close();

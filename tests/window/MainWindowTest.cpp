@@ -11,8 +11,7 @@ using test::WaitFor;
 
 TEST_F(MainWindow, AnEnvelopeDrawnWithTheMouseIsHeardAfterTheRelease) {
     StartWithSine();
-    player->Play({{0, {0x90, 69, 100}}});
-    WaitForPeak(0.24F, 0.26F);
+    HoldNote();
     // The first point from 1 down to a half.
     desktop.Drag(kEditorX + 9, kEditorY + 3, kEditorX + 9, kEditorY + 43);
     EXPECT_NEAR(Peak(), 0.25, 0.01);
@@ -34,30 +33,98 @@ TEST_F(MainWindow, ANoteDrawsItsOrbitWhichIsErasedAfterwards) {
     for (const bool classic : {true, false}) {
         Start(classic ? std::vector<std::string>{"--classic"} : std::vector<std::string>{});
         EXPECT_EQ(OrbitMarks(), 0);
-        player->Play({{0, {0x90, 69, 100}}});
-        WaitFor("an orbit", [&] { return OrbitMarks() > 20; });
+        WaitFor("an orbit", [&] {
+            player->Play({{0, {0x90, 69, 100}}});
+            return OrbitMarks() > 20;
+        });
         player->Play({{0, {0xB0, 123, 0}}});
         WaitFor("its end", [&] { return OrbitMarks() == 0; });
         EXPECT_EQ(Close(), 0);
     }
 }
 
+TEST_F(MainWindow, TheBarRecordsWhatIsHeard) {
+    StartWithSine();
+    constexpr int kRecord = 716, kBar = 20;
+    desktop.Click(kRecord, kBar);
+    HoldNote();
+    desktop.Click(kRecord, kBar);
+    const std::string said = "vexa: recorded ";
+    std::string path;
+    WaitFor("the recording", [&] {
+        const std::string text = Log();
+        const std::size_t at = text.find(said);
+        const std::size_t end = at == text.npos ? at : text.find('\n', at);
+        path = end == text.npos ? "" : text.substr(at + said.size(), end - at - said.size());
+        return !path.empty();
+    });
+    EXPECT_THAT(path, testing::StartsWith(program.Path("recordings/sine ")));
+    // 32-bit floats, of which the loudest is as loud as what was heard.
+    const std::string bytes = test::Contents(path);
+    float loudest = 0;
+    for (std::size_t i = bytes.find("data") + 8; i + sizeof(float) <= bytes.size();) {
+        float sample = 0;
+        std::memcpy(&sample, bytes.data() + i, sizeof sample);
+        loudest = std::max(loudest, sample);
+        i += sizeof sample;
+    }
+    EXPECT_NEAR(loudest, 0.25, 0.02);
+    EXPECT_EQ(Close(), 0);
+}
+
+TEST_F(MainWindow, WhatIsDroppedFromAnotherProgramIsOpened) {
+    StartWithSine();
+    HoldNote();
+    // Each step waits for the one before. The other program is there until all is taken.
+    const auto drop = [&](std::vector<std::string> what, int x, int y, const auto& awaitResult) {
+        what.insert(what.begin(), VEXA_DRAG_SOURCE);
+        const std::string said = program.Path("dragged");
+        test::Companion source(what, said);
+        const auto says = [&](const char* word) {
+            return test::Contents(said).find(word) != std::string::npos;
+        };
+        const auto moveUntil = [&](const char* word, int atX, int atY) {
+            WaitFor(word, [&, step = 0]() mutable {
+                desktop.Move(atX + ++step % 9, atY);
+                return says(word);
+            });
+        };
+        desktop.UseWindow("Drag source");
+        desktop.Move(20, 20);
+        desktop.Do({"mousedown", "1"});
+        moveUntil("begun", 40, 40);
+        desktop.UseWindow("Vexa");
+        moveUntil("taken", x, y);
+        desktop.Drop();
+        // Not moved: it stays in the other program.
+        WaitFor("the end of the drag", [&] { return says("moved") || says("copied"); });
+        EXPECT_TRUE(says("copied"));
+        awaitResult();
+        desktop.UseWindow("Vexa");
+    };
+    // A text on a bare place becomes the formula.
+    drop({"--text", "x/2"}, kEditorX - 60, kTop + 240, [&] { HoldNote(0.12F, 0.13F); });
+    // A file is opened wherever it falls, on the plane and on a field too.
+    const std::string function = program.Folder().Write(
+        "quarter.xml", "<vexafunction><expression>x/4</expression></vexafunction>");
+    drop({function}, kPlane + 100, kTop + 100, [&] {
+        HoldNote(0.06F, 0.065F);
+        Answer("Warning", 0);
+    });
+    drop({program.Path("functions/none.xml")}, 100, kTop + 325, [&] { Answer("Error", 0); });
+    EXPECT_EQ(Close(), 0);
+}
+
 TEST_F(MainWindow, FieldsAreReachedAndConfirmedByTheKeyboard) {
     StartWithSine();
-    player->Play({{0, {0x90, 69, 100}}});
-    WaitForPeak(0.24F, 0.26F);
+    HoldNote();
     // Into the expression and back out of it, in reading order: the display width comes next.
     desktop.Click(100, kTop + 325);
     desktop.Key("ctrl+a");
     desktop.Type("x/2");
     EXPECT_NEAR(Peak(), 0.25, 0.01);
     desktop.Key("Tab");
-    if (test::kSanitized) {
-        // The first block of another function may take so long there that the voice is dropped.
-        Listen(2 * kSecond);
-        player->Play({{0, {0x90, 69, 100}}});
-    }
-    WaitForPeak(0.12F, 0.13F);
+    HoldNote(0.12F, 0.13F);
     const QImage before = desktop.Picture();
     desktop.Key("ctrl+a");
     desktop.Type("3");
@@ -85,8 +152,7 @@ TEST_F(MainWindow, WithoutDescriptorsThereIsAnAlertAndTheSoundGoesOn) {
     if (test::kNeedsDescriptors)
         GTEST_SKIP() << "a sanitizer needs descriptors itself";
     StartWithSine();
-    player->Play({{0, {0x90, 69, 100}}});
-    WaitForPeak(0.24F, 0.26F);
+    HoldNote();
     rlimit before{};
     ::prlimit(vexa->Process(), RLIMIT_NOFILE, nullptr, &before);
     const rlimit none{3, before.rlim_max};
@@ -255,10 +321,7 @@ TEST_F(MainWindow, SoundComesBackWithTheServer) {
     ear->Connect("Vexa:Vexa audio out", ear->Name());
     player->WaitUntilConnected();
     // A connection may be there a period before anything comes through.
-    WaitFor("a note", [&] {
-        player->Play({{0, {0x90, 69, 100}}});
-        return Peak(kSecond / 20) > 0.24F;
-    });
+    HoldNote();
     desktop.UseWindow("Error");
     desktop.Key("Return");
     WaitFor("its end", [&] { return !desktop.HasWindow("Error"); });

@@ -84,8 +84,7 @@ TEST_F(PlaneWindow, IsZoomedMovedAndFitted) {
 
 TEST_F(PlaneWindow, HandlesChangeTheSoundAndAreHeardWithoutANote) {
     StartWithSine();
-    player->Play({{0, {0x90, 69, 100}}});
-    WaitForPeak(0.24F, 0.26F);
+    HoldNote();
     // The radius from 1 to 3.
     Press(170, 150);
     DragTo(210, 155);

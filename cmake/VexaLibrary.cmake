@@ -1,11 +1,31 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 # How every target of the project is compiled, and the one-library-per-folder rule.
 
+# All presets but dev join the .cpp files of a target for the compiler (CMAKE_UNITY_BUILD): two thirds of the work are
+# headers. So no two files of a folder may name something in private alike. What each of them includes is looked over
+# where nothing is joined: in dev, and in the Debian packages, which ./test --all builds.
+# A dozen at a time, so that none of the joined files takes long by itself.
+set(CMAKE_UNITY_BUILD_BATCH_SIZE 12)
+
+# vexa_join(TARGET SOURCE...): joins the sources of a target in parts of the same size.
+function(vexa_join target)
+    list(LENGTH ARGN count)
+    if(count LESS_EQUAL CMAKE_UNITY_BUILD_BATCH_SIZE)
+        return()
+    endif()
+    math(EXPR parts "(${count} - 1) / ${CMAKE_UNITY_BUILD_BATCH_SIZE} + 1")
+    math(EXPR size "(${count} - 1) / ${parts} + 1")
+    set_target_properties(${target} PROPERTIES UNITY_BUILD_BATCH_SIZE ${size})
+endfunction()
+
 add_library(vexa_options INTERFACE)
 target_compile_options(vexa_options INTERFACE
     -Wall -Wextra -Wpedantic $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local> -Wfloat-conversion -Wnon-virtual-dtor -Woverloaded-virtual
     # A render is the same on every machine: no fused multiply-add behind the formulas' back.
-    -ffp-contract=off)
+    -ffp-contract=off
+    # What a program does not call of joined files is left out of it, and the libraries for it too.
+    -ffunction-sections -fdata-sections)
+target_link_options(vexa_options INTERFACE -Wl,--gc-sections,--as-needed)
 if(VEXA_WERROR)
     target_compile_options(vexa_options INTERFACE -Werror)
 endif()
@@ -23,14 +43,14 @@ target_include_directories(vexa_options INTERFACE ${CMAKE_SOURCE_DIR}/src)
 #
 # The static library of the current folder, made of its .cpp files but main.cpp, and of those in FOLDERS below it.
 # DEPENDS are libraries of ours, BACKENDS pkg-config modules that only these .cpp files may include.
-# The preset of the fuzzers joins .cpp files for the compiler (CMAKE_UNITY_BUILD). Files in APART, which name something in
-# private as another file does, are then compiled by themselves.
+# Files in APART are compiled by themselves also where others are joined.
 function(vexa_library name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "FOLDERS;DEPENDS;BACKENDS;APART")
     list(TRANSFORM arg_FOLDERS APPEND "/*.cpp")
     file(GLOB sources CONFIGURE_DEPENDS *.cpp backends/*.cpp ${arg_FOLDERS})
     list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
     add_library(${name} STATIC ${sources})
+    vexa_join(${name} ${sources})
     set_source_files_properties(${arg_APART} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
     target_link_libraries(${name} PUBLIC vexa_options ${arg_DEPENDS})
     foreach(module IN LISTS arg_BACKENDS)

@@ -51,8 +51,8 @@ def low_cut(key, rate):
     return abs(1 - (1 - a) * (1 - b) / (a - b) * (1 / (1 - a * z) - 1 / (1 - b * z)))
 
 
-def worst(program, sound, key, folder):
-    """Decibels of the loudest alias with the sound's own oversampling and with none."""
+def worst(program, sound, key, folder, oversamplings=(None,)):
+    """Decibels of the loudest alias with each of these oversamplings; None is the sound's own."""
     reference = spectrum(program, sound, key, 4 * RATE, 16, folder)
     reference *= low_cut(key, RATE) / numpy.maximum(low_cut(key, 4 * RATE), 1e-9)
 
@@ -60,7 +60,7 @@ def worst(program, sound, key, folder):
         excess = spectrum(program, sound, key, RATE, oversample, folder) - TOLERANCE * reference
         return 20 * numpy.log10(max(excess[LOWEST:].max(), 1e-12)
                                 / max(reference.max(), 1e-12))
-    return level(None), level(1)
+    return [level(oversample) for oversample in oversamplings]
 
 
 def is_judged(root):
@@ -76,7 +76,8 @@ def main():
         for sound in sorted((folder / "sounds").glob("*.xml")):
             judged = is_judged(xml.etree.ElementTree.parse(sound).getroot())
             for key, name in KEYS.items():
-                own, none = worst(folder / "vexa-render", sound, key, pathlib.Path(temporary))
+                own, none = worst(folder / "vexa-render", sound, key, pathlib.Path(temporary),
+                                  (None, 1))
                 print(f"{sound.stem:16} {name}  {own:4.0f} {none:4.0f}{'' if judged else '  not judged'}")
 
 

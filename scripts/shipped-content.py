@@ -9,9 +9,10 @@
   shipped-content.py rescue RECORD FOLDER
       Copies a person's work in FOLDER into the user's folder, $XDG_DATA_HOME/vexa, where it outlives
       the build, and says so. What the user's folder has already stays as it is there.
-  shipped-content.py list [--check]
+  shipped-content.py list [--check [MADE]]
       Writes data/shipped-content, the digests of all content that any commit so far and the files as
       they are had; with --check it only looks whether that is complete, and exits with 1 if not.
+      In MADE are the folders that the scripts as they are have made already.
 
 Records and the list have the layout of sha256sum.
 """
@@ -151,7 +152,7 @@ def every_version(*paths):
             yield name, git("cat-file", "blob", blob)
 
 
-def shipped_so_far():
+def shipped_so_far(made_already):
     """Pairs (digest, name); samples and pictures are what each version of their script makes."""
     pairs, scripts = set(), set()
     for name, data in every_version("data/functions", "data/sounds", *SCRIPTS):
@@ -161,18 +162,22 @@ def shipped_so_far():
         pairs.add((digest_of(data), name.removeprefix("data/")))
         if len(data) > LARGEST:
             sys.exit(f"{name} is larger than {LARGEST} bytes")
+    present = {kind: (ROOT / path).read_bytes() for path, kind in SCRIPTS.items()}
     for kind, script in scripts:
         with tempfile.TemporaryDirectory() as folder:
-            made = pathlib.Path(folder) / kind
-            subprocess.run([sys.executable, "-", made], input=script, check=True)
+            if made_already and script == present[kind]:
+                made = made_already / kind
+            else:
+                made = pathlib.Path(folder) / kind
+                subprocess.run([sys.executable, "-", made], input=script, check=True)
             pairs |= {(digest_of_file(path), f"{kind}/{path.name}") for path in made.iterdir()}
     return pairs
 
 
-def list_shipped(*options):
+def list_shipped(check=False, made=None):
     listed = read_digests(LIST)
-    missing = shipped_so_far() - listed
-    if options == ("--check",):
+    missing = shipped_so_far(made) - listed
+    if check:
         for digest, name in sorted(missing):
             print(f"{LIST}: lacks {name} of digest {digest}")
         if missing:
@@ -187,8 +192,10 @@ def main(arguments):
             copy(*map(pathlib.Path, (record, folder, *sources)))
         case ["rescue", record, folder]:
             rescue(pathlib.Path(record), pathlib.Path(folder))
-        case ["list"] | ["list", "--check"]:
-            list_shipped(*arguments[1:])
+        case ["list"]:
+            list_shipped()
+        case ["list", "--check", *made] if len(made) < 2:
+            list_shipped(True, *map(pathlib.Path, made))
         case _:
             print(__doc__, file=sys.stderr)
             sys.exit(2)

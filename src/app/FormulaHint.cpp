@@ -14,8 +14,8 @@ constexpr rgb_color kEdge = {150, 140, 90};
 constexpr rgb_color kInk = {24, 24, 24};
 constexpr rgb_color kFaultColor = {176, 32, 32};
 
-constexpr float kFontSize = 11;
-constexpr float kMargin = 5;
+constexpr float kHintFontSize = 11;
+constexpr float kHintMargin = 5;
 /// Rows of the mark, a triangle that points up.
 constexpr int kMarkRows = 6;
 
@@ -24,7 +24,7 @@ constexpr int kMarkRows = 6;
 FormulaHint::FormulaHint(float left, float top, float right)
     : BView({left, top, right, top}, "fault", B_FOLLOW_LEFT | B_FOLLOW_TOP, B_WILL_DRAW) {
     BFont small = *be_plain_font();
-    small.SetSize(kFontSize);
+    small.SetSize(kHintFontSize);
     SetFont(&small);
     GetFontHeight(&height);
     SetViewColor(kPaper);
@@ -33,7 +33,7 @@ FormulaHint::FormulaHint(float left, float top, float right)
 
 /// Breaks the line at blanks where it is too wide.
 void FormulaHint::Wrap(const std::string& line) {
-    const float room = Bounds().Width() - 2 * kMargin;
+    const float room = Bounds().Width() - 2 * kHintMargin;
     std::istringstream words(line);
     std::string part;
     for (std::string word; words >> word;) {
@@ -56,7 +56,7 @@ void FormulaHint::Explain(const std::string& reason, std::optional<float> x) {
         Wrap(line);
     MoveMark(x);
     const float pitch = std::ceil(height.ascent + height.descent);
-    ResizeTo(Bounds().Width(), kMarkRows + pitch * float(lines.size()) + kMargin);
+    ResizeTo(Bounds().Width(), kMarkRows + pitch * float(lines.size()) + kHintMargin);
     if (IsHidden())
         Show();
     Invalidate();
@@ -91,7 +91,7 @@ void FormulaHint::Draw(BRect) {
     SetHighColor(kInk);
     float baseline = kMarkRows + std::ceil(height.ascent);
     for (const std::string& line : lines) {
-        DrawString(line, {kMargin, baseline});
+        DrawString(line, {kHintMargin, baseline});
         baseline += std::ceil(height.ascent + height.descent);
     }
 }

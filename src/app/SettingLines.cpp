@@ -16,7 +16,7 @@ namespace {
 /// In bytes; what is longer is no file of settings.
 constexpr std::size_t kLongest = 1 << 20;
 constexpr std::string_view kNameCharacters = "abcdefghijklmnopqrstuvwxyz0123456789-";
-constexpr std::string_view kBlanks = " \t\r";
+constexpr std::string_view kLineBlanks = " \t\r";
 
 /// What cannot stand in a value as it is, and the letter behind a backslash that stands for it. A
 /// blank is one of them only at an end, where it would be taken for one beside the "=".
@@ -24,8 +24,8 @@ constexpr std::pair<char, char> kEscapes[] = {
     {'\\', '\\'}, {'\n', 'n'}, {'\r', 'r'}, {'\t', 't'}, {' ', 's'}};
 
 std::string_view Trimmed(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
-    return text.substr(0, text.find_last_not_of(kBlanks) + 1);
+    text.remove_prefix(std::min(text.find_first_not_of(kLineBlanks), text.size()));
+    return text.substr(0, text.find_last_not_of(kLineBlanks) + 1);
 }
 
 std::string Escaped(std::string_view text) {

@@ -34,7 +34,7 @@ constexpr float kPlaneUnitsPerPixel = 0.05F;
 constexpr float kEditorLeft = 440;
 constexpr float kEditorHeight = 92;
 /// Between the view's edges and what it holds.
-constexpr float kMargin = 10;
+constexpr float kViewMargin = 10;
 
 BAlert* NewErrorAlert(const std::string& text, const std::string& details = "") {
     auto* alert =
@@ -178,8 +178,8 @@ void VexaView::AddFileButtons() {
         frame = frame.OffsetByCopy(0, 30);
     }
     const float top = std::ceil(formulas.LinkBaseline() + formulas.Descent()) + 4;
-    auto* sample = new BButton({kMargin, top, kMargin + 90, top + 25}, "Load Sample", "Load Sample",
-                               new BMessage(kLoadSampleCode), kLeftTop);
+    auto* sample = new BButton({kViewMargin, top, kViewMargin + 90, top + 25}, "Load Sample",
+                               "Load Sample", new BMessage(kLoadSampleCode), kLeftTop);
     sample->SetFontSize(size);
     AddChild(sample);
     AddField(FunctionField::Frequency, formulas.FieldFrame(FunctionField::Frequency));
@@ -232,7 +232,7 @@ void VexaView::AddMenus() {
 void VexaView::AddEnvelopes() {
     for (std::size_t i = 0; i < envelopes.size(); i++) {
         const EnvelopePlace& place = EnvelopePlaces()[i];
-        const BRect frame = {kEditorLeft, EnvelopeTops()[i], Bounds().right - kMargin,
+        const BRect frame = {kEditorLeft, EnvelopeTops()[i], Bounds().right - kViewMargin,
                              EnvelopeTops()[i] + kEditorHeight};
         envelopes[i] =
             new EnvView(frame, "EnvView", place.minimum, place.maximum, kEnvelopeTimeRange,
@@ -283,7 +283,7 @@ void VexaView::ShowSound() {
 }
 
 float VexaView::PreferredWidth() const {
-    return std::ceil(formulas.Right()) + kMargin;
+    return std::ceil(formulas.Right()) + kViewMargin;
 }
 
 float VexaView::LeastWidth() const {

@@ -8,14 +8,6 @@
 
 namespace vexa::formula {
 
-namespace {
-
-constexpr std::size_t IndexOf(Value value) {
-    return static_cast<std::size_t>(value);
-}
-
-} // namespace
-
 std::size_t Graph::Hash::operator()(const Node& node) const {
     std::uint64_t hash = static_cast<std::uint64_t>(node.op) << 8 | std::uint64_t(node.type);
     for (const Value operand : {node.a, node.b, node.c})

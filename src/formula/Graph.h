@@ -6,6 +6,7 @@
 #include "formula/Operations.h"
 #include "synth/PlaneFunction.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <unordered_map>
@@ -16,6 +17,11 @@ namespace vexa::formula {
 /// The number, in the graph, of the result of an operation, of a constant or of an input.
 using Value = std::int32_t;
 constexpr Value kNone = -1;
+
+/// A number that is not kNone, as arrays count.
+constexpr std::size_t IndexOf(Value value) {
+    return static_cast<std::size_t>(value);
+}
 
 /// A node takes values that were made before it.
 struct Node {

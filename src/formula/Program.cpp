@@ -11,10 +11,6 @@ namespace {
 
 constexpr std::size_t kLongestPiece = 640;
 
-constexpr std::size_t IndexOf(Value value) {
-    return static_cast<std::size_t>(value);
-}
-
 } // namespace
 
 /// Lays a graph out in registers, of which each holds one value for all points of a piece.

@@ -14,7 +14,7 @@ namespace {
 /// The longer side spans so many units of the plane.
 constexpr float kSpan = 10.0F;
 
-const PictureLoops& loops = *RunnablePictureLoops().back();
+const PictureLoops& pictureLoops = *RunnablePictureLoops().back();
 
 VEXA_REALTIME PicturePlane Plane(const kits::BrightnessMap& map) {
     const auto width = static_cast<float>(map.width);
@@ -53,7 +53,7 @@ float PictureTerrain::At(float x, float y, const float*) const noexcept {
 
 void PictureTerrain::Evaluate(const float* x, const float* y, const float* const*, float* values,
                               std::size_t count) const noexcept {
-    loops.Values(Plane(*picture), x, y, values, count);
+    pictureLoops.Values(Plane(*picture), x, y, values, count);
 }
 
 kits::Result<Picture> LoadPicture(const std::filesystem::path& path) try {

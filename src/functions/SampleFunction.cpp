@@ -20,7 +20,7 @@ namespace {
 /// The radius at which the sample ends.
 constexpr float kRadius = 5.0F;
 
-const SpiralLoops& loops = *RunnableSpiralLoops().back();
+const SpiralLoops& spiralLoops = *RunnableSpiralLoops().back();
 
 VEXA_REALTIME SpiralTurns Turns(const std::vector<float>& sample, const Winding& winding) {
     return {sample.data(), static_cast<int>(sample.size()) - 1, winding.T, winding.alphap};
@@ -135,7 +135,7 @@ float SampleSpiral::At(float x, float y, const float*) const noexcept {
 
 void SampleSpiral::Evaluate(const float* x, const float* y, const float* const*, float* values,
                             std::size_t count) const noexcept {
-    loops.Values(Turns(*sample, winding), x, y, values, count);
+    spiralLoops.Values(Turns(*sample, winding), x, y, values, count);
 }
 
 kits::Result<int64> SampleLength(const std::filesystem::path& path) {

@@ -10,7 +10,7 @@ namespace vexa {
 namespace {
 
 /// Seconds in which a delay comes or goes.
-constexpr double kFadeSeconds = 0.01;
+constexpr double kDelaySeconds = 0.01;
 
 } // namespace
 
@@ -47,7 +47,7 @@ void Oversampler::Render(float* left, float* right, std::size_t count) noexcept 
 /// they are heard for a millisecond or two.
 void Oversampler::TakeFactor(std::size_t next) noexcept {
     filtered.Aim(next > 1 ? 1.0F : 0.0F,
-                 begun ? static_cast<std::size_t>(frameRate * kFadeSeconds) : 0, 0);
+                 begun ? static_cast<std::size_t>(frameRate * kDelaySeconds) : 0, 0);
     begun = true;
     if (next == factor)
         return;

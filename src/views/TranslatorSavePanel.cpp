@@ -24,8 +24,8 @@ constexpr uint32 kShowSettings = FourCC("sfps");
 /// Pixels that the format menu takes from the views around it.
 constexpr float kRoom = 10;
 /// Pixels between the controls.
-constexpr float kGap = 10;
-constexpr float kLargestSize = 10000;
+constexpr float kPanelGap = 10;
+constexpr float kLargestWindow = 10000;
 constexpr float kLowestHeight = 250;
 constexpr float kFirstHeight = 300;
 
@@ -102,7 +102,7 @@ bool TranslatorSavePanel::AddControls() {
     const BRect place = cancel->Frame();
     const float width =
         std::max(75.0F, std::ceil(be_plain_font()->StringWidth(kSettingsLabel)) + 20);
-    const float right = place.left - kGap;
+    const float right = place.left - kPanelGap;
     auto* button = new BButton({right - width, place.top, right, place.bottom}, "Settings",
                                kSettingsLabel, new BMessage(kShowSettings),
                                B_FOLLOW_RIGHT | B_FOLLOW_BOTTOM, B_WILL_DRAW | B_NAVIGABLE);
@@ -120,8 +120,8 @@ bool TranslatorSavePanel::AddControls() {
     // The buttons and the field never overlap.
     BWindow* window = Window();
     const float minimum =
-        window->Bounds().right - button->Frame().left + kGap + text->Frame().right;
-    window->SetSizeLimits(minimum, kLargestSize, kLowestHeight, kLargestSize);
+        window->Bounds().right - button->Frame().left + kPanelGap + text->Frame().right;
+    window->SetSizeLimits(minimum, kLargestWindow, kLowestHeight, kLargestWindow);
     if (std::ceil(window->Bounds().Width()) + 1 < minimum)
         window->ResizeTo(minimum, kFirstHeight);
     return true;

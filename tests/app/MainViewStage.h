@@ -32,6 +32,9 @@ namespace test {
 inline const bool kWithoutServer = ::setenv("JACK_DEFAULT_SERVER", "vexa-test-none", 1) == 0 &&
                                    ::setenv("JACK_NO_START_SERVER", "1", 1) == 0;
 
+/// A file of Scala's, a scale of two tones.
+inline constexpr const char* kScale = "! s.scl\n!\ntwo\n 2\n!\n 700.\n 2/1\n";
+
 class MainViewTest : public testing::Test {
   protected:
     MainViewTest() {

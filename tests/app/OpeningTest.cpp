@@ -19,11 +19,10 @@
 
 namespace {
 
+using test::kScale;
 using testing::ElementsAre;
 using testing::HasSubstr;
 namespace fs = std::filesystem;
-
-constexpr const char* kScale = "! s.scl\n!\ntwo\n 2\n!\n 700.\n 2/1\n";
 
 class OpeningTest : public test::MainViewTest {
   protected:

@@ -13,11 +13,10 @@
 namespace {
 
 using std::chrono::milliseconds;
+using test::kScale;
 using testing::HasSubstr;
 using vexa::AppOptions;
 using vexa::Session;
-
-constexpr const char* kScale = "! s.scl\n!\ntwo\n 2\n!\n 700.\n 2/1\n";
 
 class SessionTest : public test::MainViewTest {
   protected:

@@ -52,10 +52,10 @@ struct alignas(64) Lanes {
 
 /// What x, y and whatever else a formula hears are at the points: mostly of the sizes that sounds
 /// have, some far from 0 and near it, and numbers that are special.
-struct Points {
+struct RandomPoints {
     std::array<std::array<float, kPoints>, kInputs> values;
 
-    explicit Points(unsigned seed) {
+    explicit RandomPoints(unsigned seed) {
         std::mt19937 random(seed);
         const float special[] = {0,       -0.0F,    1,       -1,    INFINITY, -INFINITY,
                                  NAN,     1e-45F,   -1e-38F, 3e38F, -1e30F,   1e6F,
@@ -75,7 +75,7 @@ struct Points {
 };
 
 /// All values of a graph at all points, by the loops one after the other.
-std::vector<Lanes> Evaluate(const Graph& graph, const Points& points) {
+std::vector<Lanes> Evaluate(const Graph& graph, const RandomPoints& points) {
     const vexa::formula::FormulaLoops loops = vexa::formula::RunnableFormulaLoops().back();
     std::vector<Lanes> all(graph.Nodes().size());
     for (std::size_t n = 0; n < all.size(); n++) {
@@ -202,7 +202,7 @@ std::size_t CompareNodes(const Read& read, const std::vector<Lanes>& all,
 }
 
 /// The program of every instruction set is what its operations give one after the other.
-void CompareWhole(const Read& read, const std::vector<Lanes>& all, const Points& points) {
+void CompareWhole(const Read& read, const std::vector<Lanes>& all, const RandomPoints& points) {
     const Lanes& expected = all[std::size_t(read.root)];
     for (const vexa::formula::FormulaLoops& loops : vexa::formula::RunnableFormulaLoops()) {
         const auto formula = vexa::CompileFormula(read.Text(), loops).formula;
@@ -263,7 +263,7 @@ TEST(RandomFormula, IsNodeByNodeWhatTheCompilerMakesOfIt) {
             }
         }
         ASSERT_TRUE(compiler.Compile());
-        const Points points(seed);
+        const RandomPoints points(seed);
         for (const auto& read : all) {
             const std::vector<Lanes> evaluated = Evaluate(read->graph, points);
             values += CompareNodes(*read, evaluated, compiler);

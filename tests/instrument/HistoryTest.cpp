@@ -3,6 +3,7 @@
 
 #include "documents/SoundDocument.h"
 #include "instrument/SoundParts.h"
+#include "instrument/SoundText.h"
 #include "synth/ParameterTable.h"
 
 #include <random>
@@ -12,6 +13,7 @@
 namespace {
 
 using std::chrono::milliseconds;
+using test::Text;
 using vexa::GestureMoment;
 using vexa::History;
 using vexa::ParameterId;
@@ -19,10 +21,6 @@ using vexa::Sound;
 
 GestureMoment At(int ms, std::uint64_t number = 0, bool held = false) {
     return {number, held, std::chrono::steady_clock::time_point(milliseconds(ms))};
-}
-
-std::string& Text(Sound& sound, ParameterId id) {
-    return sound.texts[static_cast<std::size_t>(id)];
 }
 
 /// Each a change of one part of a sound, to a value that a number says.

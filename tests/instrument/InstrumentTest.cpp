@@ -49,7 +49,7 @@ FunctionReport Await(Instrument& instrument) {
 }
 
 /// How loud a note is with the function that plays.
-float Loudness(Instrument& instrument) {
+float PeakOfANote(Instrument& instrument) {
     vexa::Engine& engine = instrument.Playing();
     instrument.LoadRest(WithCircles());
     engine.renderer.SetGain(1);
@@ -166,7 +166,7 @@ TEST(Instrument, AFormulaPlaysAtOnceAndAnAddonFollows) {
     folder.WriteTemplate(kLoud);
     Instrument formula(folder.Path(), Addons::None);
     ASSERT_TRUE(formula.SetFunction(Of("x")));
-    const float quiet = Loudness(formula);
+    const float quiet = PeakOfANote(formula);
     EXPECT_GT(quiet, 0);
     EXPECT_EQ(folder.Files(), (std::set<std::string>{"addon.c"})) << "no compiler was started";
 
@@ -175,22 +175,22 @@ TEST(Instrument, AFormulaPlaysAtOnceAndAnAddonFollows) {
     following.Watch([&](const vexa::PlaneFunction& f) { shown += f(2, 0) == 2; });
     ASSERT_TRUE(following.SetFunction(Of("x")));
     EXPECT_TRUE(following.Compiling());
-    EXPECT_EQ(Loudness(following), quiet);
+    EXPECT_EQ(PeakOfANote(following), quiet);
     EXPECT_TRUE(Await(following));
-    EXPECT_NEAR(Loudness(following), 3 * quiet, 1e-4 * quiet);
+    EXPECT_NEAR(PeakOfANote(following), 3 * quiet, 1e-4 * quiet);
     EXPECT_EQ(shown, 1);
     following.Watch({});
 
     Instrument awaited(folder.Path(), Addons::Awaited);
     ASSERT_TRUE(awaited.SetFunction(Of("x")));
-    EXPECT_NEAR(Loudness(awaited), 3 * quiet, 1e-4 * quiet);
+    EXPECT_NEAR(PeakOfANote(awaited), 3 * quiet, 1e-4 * quiet);
 
     // What has come to nothing in the meantime is not installed, the latest is.
     for (const char* text : {"x", "2*x", "y", "x"})
         ASSERT_TRUE(following.SetFunction(Of(text)));
-    EXPECT_EQ(Loudness(following), quiet);
+    EXPECT_EQ(PeakOfANote(following), quiet);
     EXPECT_TRUE(Await(following));
-    EXPECT_NEAR(Loudness(following), 3 * quiet, 1e-4 * quiet);
+    EXPECT_NEAR(PeakOfANote(following), 3 * quiet, 1e-4 * quiet);
     ASSERT_TRUE(following.SetFunction(Of("x")));
     following.Silence();
     EXPECT_FALSE(following.Compiling());
@@ -251,7 +251,7 @@ TEST(Instrument, WhatIsMissingForAnAddonIsNoFault) {
         const test::EnvironmentVariable path("PATH", "/none");
         ASSERT_TRUE(following.SetFunction(Of("x")));
         EXPECT_TRUE(Await(following));
-        EXPECT_GT(Loudness(following), 0);
+        EXPECT_GT(PeakOfANote(following), 0);
     }
     {
         // A compiler without the C library's headers.
@@ -262,7 +262,7 @@ TEST(Instrument, WhatIsMissingForAnAddonIsNoFault) {
         const test::EnvironmentVariable path("PATH", folder.Path().c_str());
         ASSERT_TRUE(following.SetFunction(Of("x")));
         EXPECT_TRUE(Await(following));
-        EXPECT_GT(Loudness(following), 0);
+        EXPECT_GT(PeakOfANote(following), 0);
         Instrument awaited(folder.Path(), Addons::Awaited);
         EXPECT_THAT(Text(awaited.SetFunction(Of("x"))), HasSubstr("apt install libc6-dev"));
     }
@@ -282,7 +282,7 @@ TEST(Instrument, ATemplateThatMisbehavesIsTold) {
     EXPECT_THAT(Await(following).alerts,
                 ElementsAre("The function r2rfunstr could not be found in addon \n" +
                             folder.Function("recent")));
-    EXPECT_GT(Loudness(following), 0);
+    EXPECT_GT(PeakOfANote(following), 0);
 }
 
 TEST(Instrument, WhatCannotBePlayedLeavesAllAsItWas) {

@@ -3,6 +3,7 @@
 
 #include "documents/SoundDocument.h"
 #include "instrument/PlayableFormula.h"
+#include "instrument/SoundText.h"
 #include "kits/support/NumberText.h"
 #include "synth/ParameterTable.h"
 
@@ -13,13 +14,10 @@
 
 namespace {
 
+using test::Text;
 using vexa::Loudness;
 using vexa::ParameterId;
 using vexa::Sound;
-
-std::string& Text(Sound& sound, ParameterId id) {
-    return sound.texts[static_cast<std::size_t>(id)];
-}
 
 /// A ring on the plane of x, with all that may change and all that may not.
 Sound Ring() {

@@ -16,7 +16,7 @@ namespace {
 
 using testing::ElementsAre;
 
-class Listener : public BHandler {
+class MessageListener : public BHandler {
   public:
     void MessageReceived(BMessage* message) override {
         codes.push_back(message->what);
@@ -32,7 +32,7 @@ class Listener : public BHandler {
 };
 
 TEST(MessageQueue, DeliversOneMessageAtATimeInOrder) {
-    Listener listener;
+    MessageListener listener;
     const BMessenger messenger(&listener);
     messenger.SendMessage(BMessage(1));
     std::thread([&] { messenger.SendMessage(BMessage(2)); }).join();
@@ -43,7 +43,7 @@ TEST(MessageQueue, DeliversOneMessageAtATimeInOrder) {
 
 TEST(MessageQueue, AHandlerWithoutMemoryIsReportedAndTheNextMessageComes) {
     const test::AlertLog alerts;
-    Listener listener;
+    MessageListener listener;
     const BMessenger messenger(&listener);
     messenger.SendMessage(BMessage(3));
     messenger.SendMessage(BMessage(2));
@@ -56,7 +56,7 @@ TEST(MessageQueue, AHandlerWithoutMemoryIsReportedAndTheNextMessageComes) {
 }
 
 TEST(MessageQueue, WhatIsForAHandlerThatHasGoneIsDropped) {
-    auto listener = std::make_unique<Listener>();
+    auto listener = std::make_unique<MessageListener>();
     const BMessenger messenger(listener.get());
     EXPECT_EQ(messenger.SendMessage(BMessage(2)), B_OK);
     listener.reset();

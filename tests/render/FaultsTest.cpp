@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What the system refuses, one thing after the other: the program plays all the same, or ends with
 // a message and code 1, and files are whole or as they were.
+#include "render/RenderProgram.h"
 #include "support/Limits.h"
 #include "support/TemporaryFolder.h"
 
@@ -11,8 +12,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using test::CommandResult;
-
-const std::string kProgram = VEXA_PROGRAM_FOLDER "/vexa-render";
+using test::kProgram;
 
 class RenderFaults : public testing::Test {
   protected:

@@ -23,7 +23,7 @@ std::vector<std::string> Words(const std::string& text) {
 }
 
 /// The message for "in.mid out.wav" with these options.
-std::string FaultOf(std::vector<std::string> arguments) {
+std::string FaultOfLine(std::vector<std::string> arguments) {
     arguments.insert(arguments.end(), {"in.mid", "out.wav"});
     const auto options = Parse(arguments);
     return options ? "none" : options.Fault().text;
@@ -98,27 +98,28 @@ TEST(Options, RefusesValuesOutsideTheirRange) {
     };
     for (const auto& row : rows) {
         for (const char* value : row.bad) {
-            const std::string fault = FaultOf({row.option, value});
+            const std::string fault = FaultOfLine({row.option, value});
             EXPECT_THAT(fault, HasSubstr(row.option)) << value;
             EXPECT_THAT(fault, HasSubstr(row.allowed)) << value;
             EXPECT_THAT(fault, HasSubstr('"' + std::string(value) + '"'));
         }
         for (const char* value : row.good)
-            EXPECT_EQ(FaultOf({row.option, value}), "none") << row.option << ' ' << value;
+            EXPECT_EQ(FaultOfLine({row.option, value}), "none") << row.option << ' ' << value;
     }
 }
 
 TEST(Options, RefusesWrongUsage) {
-    EXPECT_EQ(FaultOf({"--loud"}), "unknown or ambiguous option --loud");
-    EXPECT_EQ(FaultOf({"--sam", "a"}), "unknown or ambiguous option --sam");
-    EXPECT_EQ(FaultOf({"-vx"}), "unknown option -v");
-    EXPECT_EQ(FaultOf({"--quiet=1"}), "--quiet takes no value");
-    EXPECT_EQ(FaultOf({"--sound", ""}), "--sound needs a value");
-    EXPECT_EQ(FaultOf({"--tuning", ""}), "--tuning needs a value");
-    EXPECT_EQ(FaultOf({"more.mid"}), "\"out.wav\" is one file too many");
-    EXPECT_THAT(FaultOf({"--function", "x", "--sample", "a.wav"}), HasSubstr("exclude each other"));
-    EXPECT_THAT(FaultOf({"--function", "x", "--sample-frequency", "9"}), HasSubstr("exclude"));
-    EXPECT_THAT(FaultOf({"--mpe", "--channel-sound", "2=a"}), HasSubstr("exclude each other"));
+    EXPECT_EQ(FaultOfLine({"--loud"}), "unknown or ambiguous option --loud");
+    EXPECT_EQ(FaultOfLine({"--sam", "a"}), "unknown or ambiguous option --sam");
+    EXPECT_EQ(FaultOfLine({"-vx"}), "unknown option -v");
+    EXPECT_EQ(FaultOfLine({"--quiet=1"}), "--quiet takes no value");
+    EXPECT_EQ(FaultOfLine({"--sound", ""}), "--sound needs a value");
+    EXPECT_EQ(FaultOfLine({"--tuning", ""}), "--tuning needs a value");
+    EXPECT_EQ(FaultOfLine({"more.mid"}), "\"out.wav\" is one file too many");
+    EXPECT_THAT(FaultOfLine({"--function", "x", "--sample", "a.wav"}),
+                HasSubstr("exclude each other"));
+    EXPECT_THAT(FaultOfLine({"--function", "x", "--sample-frequency", "9"}), HasSubstr("exclude"));
+    EXPECT_THAT(FaultOfLine({"--mpe", "--channel-sound", "2=a"}), HasSubstr("exclude each other"));
     EXPECT_EQ(Parse({}).Fault().text, "no MIDI file is named");
     EXPECT_EQ(Parse({"in.mid"}).Fault().text, "no output is named");
     EXPECT_EQ(Parse({"in.mid", ""}).Fault().text, "a file name is empty");

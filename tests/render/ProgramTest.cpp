@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // vexa-render as a user runs it.
 #include "kits/support/SupportDefs.h"
+#include "render/RenderProgram.h"
 #include "support/Command.h"
 #include "support/Environment.h"
 #include "support/Limits.h"
@@ -27,9 +28,9 @@ namespace {
 namespace fs = std::filesystem;
 using test::CommandResult;
 using test::Contents;
+using test::kProgram;
 using testing::HasSubstr;
 
-const std::string kProgram = VEXA_PROGRAM_FOLDER "/vexa-render";
 const std::string kDemo = VEXA_PROGRAM_FOLDER "/demo.mid";
 
 class RenderProgram : public testing::Test {

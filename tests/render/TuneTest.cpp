@@ -21,7 +21,7 @@ namespace {
 using test::MidiMessage;
 using testing::HasSubstr;
 
-constexpr double kRate = 44100;
+constexpr double kTuneRate = 44100;
 
 class Tune : public testing::Test {
   protected:
@@ -45,17 +45,17 @@ class Tune : public testing::Test {
     }
     /// In 0.4 seconds.
     double Level(double second, double hertz) const {
-        const auto from = static_cast<std::size_t>(second * kRate);
-        return test::Amplitude({&left[from], std::size_t(0.4 * kRate)}, hertz, kRate);
+        const auto from = static_cast<std::size_t>(second * kTuneRate);
+        return test::Amplitude({&left[from], std::size_t(0.4 * kTuneRate)}, hertz, kTuneRate);
     }
     /// By how many cents a note that sounds from then on for 1.6 seconds is above that frequency.
     double Cents(double second, double hertz) const {
-        const auto length = static_cast<std::size_t>(0.8 * kRate);
-        const auto from = static_cast<std::size_t>(second * kRate);
+        const auto length = static_cast<std::size_t>(0.8 * kTuneRate);
+        const auto from = static_cast<std::size_t>(second * kTuneRate);
         const auto phase = [&](std::size_t begin) {
-            return std::arg(test::Component({&left[begin], length}, hertz, kRate));
+            return std::arg(test::Component({&left[begin], length}, hertz, kTuneRate));
         };
-        const double expected = 2 * M_PI * hertz * double(length) / kRate;
+        const double expected = 2 * M_PI * hertz * double(length) / kTuneRate;
         const double turns =
             std::remainder(phase(from + length) - phase(from) - expected, 2 * M_PI) / (2 * M_PI);
         return 1200 * std::log2(1 + (turns / 0.8) / hertz);

@@ -5,6 +5,7 @@
 #include "midi/Engine.h"
 #include "support/Sounds.h"
 #include "support/WindowStage.h"
+#include "views/Contrast.h"
 #include "views/R2RFView.h"
 #include "views/plane/OrbitColors.h"
 
@@ -62,19 +63,10 @@ TEST(Trace, ALineHasItsWidthAndFadesAwayWithoutATrace) {
     EXPECT_TRUE(trace.IsDark());
 }
 
-/// The relative luminance of WCAG 2.1.
-double Luminance(rgb_color color) {
-    const auto linear = [](uint8 byte) {
-        const double c = byte / 255.0;
-        return c <= 0.04045 ? c / 12.92 : std::pow((c + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(color.red) + 0.7152 * linear(color.green) + 0.0722 * linear(color.blue);
-}
-
 TEST(OrbitColors, AreToldFromAllThatAPlaneShowsAndFromEachOther) {
     for (const rgb_color& color : vexa::kOrbitColors) {
         for (const rgb_color behind : {rgb_color{255, 0, 0}, {0, 0, 255}, {0, 0, 0}})
-            EXPECT_GE((Luminance(color) + 0.05) / (Luminance(behind) + 0.05), 3);
+            EXPECT_GE(test::Contrast(color, behind), 3);
         EXPECT_EQ(std::count(vexa::kOrbitColors.begin(), vexa::kOrbitColors.end(), color), 1);
     }
 }

@@ -2,32 +2,17 @@
 #include "views/Theme.h"
 
 #include "support/WindowStage.h"
+#include "views/Contrast.h"
 
-#include <algorithm>
-#include <cmath>
 #include <utility>
 
 #include <gtest/gtest.h>
 
 namespace {
 
+using test::Contrast;
 using vexa::ColorSet;
 using vexa::Theme;
-
-/// Of WCAG 2.1: relative luminance, and the ratio of two.
-double Luminance(rgb_color color) {
-    const auto linear = [](uint8 value) {
-        const double s = value / 255.0;
-        return s <= 0.04045 ? s / 12.92 : std::pow((s + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(color.red) + 0.7152 * linear(color.green) + 0.0722 * linear(color.blue);
-}
-
-double Contrast(rgb_color a, rgb_color b) {
-    const double low = std::min(Luminance(a), Luminance(b));
-    const double high = std::max(Luminance(a), Luminance(b));
-    return (high + 0.05) / (low + 0.05);
-}
 
 TEST(Theme, TextAndLinesCanBeSeen) {
     constexpr double kText = 4.5;

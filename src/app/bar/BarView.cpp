@@ -31,17 +31,17 @@ constexpr struct {
 
 // In pixels.
 
-constexpr float kGap = 8;
-constexpr float kHeight = 24;
+constexpr float kButtonGap = 8;
+constexpr float kBarHeight = 24;
 constexpr float kDeviceWidth = 118;
 constexpr float kVoicesWidth = 92;
 constexpr float kMeterWidth = 64;
 constexpr float kRecordWidth = 44;
 constexpr float kSilenceWidth = 56;
 constexpr float kWidestName = 330;
-constexpr float kArrowWidth = 20;
-constexpr float kArrowHeight = kHeight - 6;
-constexpr float kInset = 8;
+constexpr float kArrowButtonWidth = 20;
+constexpr float kArrowHeight = kBarHeight - 6;
+constexpr float kBarInset = 8;
 
 /// How long an announcement stands, in pulses.
 constexpr int kAnnouncementPulses = 60;
@@ -63,7 +63,7 @@ BarView::BarView(BRect frame, VexaView& mainView)
     SetViewColor(B_TRANSPARENT_COLOR);
     if (mainView.HasGraph())
         AddDevice();
-    silence = new BButton({0, 0, kSilenceWidth, kHeight}, "Silence", "Silence",
+    silence = new BButton({0, 0, kSilenceWidth, kBarHeight}, "Silence", "Silence",
                           new BMessage(kSilenceCode));
     silence->SetOnDark();
     silence->SetToolTip("Ends all that sounds, at once (Esc)");
@@ -77,7 +77,8 @@ BarView::BarView(BRect frame, VexaView& mainView)
 }
 
 BButton* BarView::AddArrow(const char* label, const char* words, uint32 code) {
-    auto* button = new BButton({0, 0, kArrowWidth, kArrowHeight}, words, label, new BMessage(code));
+    auto* button =
+        new BButton({0, 0, kArrowButtonWidth, kArrowHeight}, words, label, new BMessage(code));
     button->SetOnDark();
     button->SetAccessibleName(words);
     button->SetToolTip(words);
@@ -92,7 +93,7 @@ void BarView::AddDevice() {
     auto* menu = new BPopUpMenu("device", false, false);
     deviceMenu = menu;
     menu->SetOpening([this](BMenu&) { FillDeviceMenu(); });
-    device = new BMenuField({0, 0, kDeviceWidth, kHeight}, "audio device", nullptr, menu);
+    device = new BMenuField({0, 0, kDeviceWidth, kBarHeight}, "audio device", nullptr, menu);
     device->SetOnDark();
     device->SetToolTip("The audio device and its rate; click to choose another one, or the MIDI "
                        "source");
@@ -100,7 +101,7 @@ void BarView::AddDevice() {
     meter = new LevelMeter(mainView.Graph().Producer().Tap());
     AddChild(meter);
     record =
-        new BButton({0, 0, kRecordWidth, kHeight}, "Record", "● Rec", new BMessage(kRecordCode));
+        new BButton({0, 0, kRecordWidth, kBarHeight}, "Record", "● Rec", new BMessage(kRecordCode));
     record->SetOnDark();
     record->SetTarget(this);
     record->SetAccessibleName("Record what is heard");
@@ -236,31 +237,31 @@ void BarView::FrameResized(float, float) {
 /// From the right; what remains at the left is the name's, up to a width.
 void BarView::Arrange() {
     const BRect bounds = Bounds();
-    const float top = std::floor((bounds.Height() - kHeight) / 2);
+    const float top = std::floor((bounds.Height() - kBarHeight) / 2);
     float right = bounds.right;
-    const auto put = [&](BView* view, float width, float height = kHeight) {
+    const auto put = [&](BView* view, float width, float height = kBarHeight) {
         if (!view)
             return;
         right -= width;
-        view->MoveTo(right, top + std::floor((kHeight - height) / 2));
+        view->MoveTo(right, top + std::floor((kBarHeight - height) / 2));
         view->ResizeTo(width, height);
-        right -= kGap;
+        right -= kButtonGap;
     };
     put(silence, kSilenceWidth);
     put(record, kRecordWidth);
     if (meter)
-        put(meter, kMeterWidth - 1, kHeight - 1);
-    voicesBox = {right - kVoicesWidth, top, right, top + kHeight};
-    right = voicesBox.left - kGap;
+        put(meter, kMeterWidth - 1, kBarHeight - 1);
+    voicesBox = {right - kVoicesWidth, top, right, top + kBarHeight};
+    right = voicesBox.left - kButtonGap;
     put(device, kDeviceWidth, BMenuField::PreferredHeight());
-    put(redo, kArrowWidth);
-    right += kGap;
-    put(undo, kArrowWidth);
+    put(redo, kArrowButtonWidth);
+    right += kButtonGap;
+    put(undo, kArrowButtonWidth);
     const float width = std::clamp(right, 60.0F, kWidestName);
     const float left = std::floor((right - width) / 2);
-    nameBox = {left, top, left + width, top + kHeight};
+    nameBox = {left, top, left + width, top + kBarHeight};
     previous->MoveTo(left + 3, top + 3);
-    next->MoveTo(left + width - kArrowWidth - 3, top + 3);
+    next->MoveTo(left + width - kArrowButtonWidth - 3, top + 3);
 }
 
 void BarView::Draw(BRect) {
@@ -273,7 +274,8 @@ void BarView::Draw(BRect) {
     FillRoundRect(nameBox, kBoxCorner);
     SetHighColor(kBoxEdge);
     StrokeRoundRect(nameBox, kBoxCorner);
-    const std::string shown = CutToFit(caption, nameBox.Width() - 2 * (kInset + kArrowWidth));
+    const std::string shown =
+        CutToFit(caption, nameBox.Width() - 2 * (kBarInset + kArrowButtonWidth));
     SetHighColor(colors.barText);
     DrawString(shown,
                {std::floor((nameBox.left + nameBox.right - StringWidth(shown)) / 2), baseline});

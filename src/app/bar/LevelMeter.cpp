@@ -11,17 +11,17 @@ namespace vexa {
 
 namespace {
 
-constexpr float kFloor = -48;
+constexpr float kQuietest = -48;
 /// From here on a bar asks for attention.
 constexpr float kLoud = -6;
 /// Thirty times a second.
-constexpr bigtime_t kLook = 33333;
+constexpr bigtime_t kMeterLook = 33333;
 
 // In pixels.
 
-constexpr float kMargin = 4;
+constexpr float kMeterMargin = 4;
 constexpr float kLightWidth = 7;
-constexpr float kGap = 2;
+constexpr float kChannelGap = 2;
 
 constexpr rgb_color kLightOff = {72, 40, 44};
 constexpr const char* kTip =
@@ -35,7 +35,7 @@ LevelMeter::LevelMeter(OutputTap& tap)
             B_WILL_DRAW | B_NAVIGABLE | B_SEE_THROUGH),
       tap(tap),
       before(std::chrono::steady_clock::now()),
-      ticker(*this, kLook, [this] { Refresh(); }) {
+      ticker(*this, kMeterLook, [this] { Refresh(); }) {
     SetViewColor(B_TRANSPARENT_COLOR);
     SetToolTip(kTip);
 }
@@ -50,8 +50,8 @@ void LevelMeter::Listen(bool on) {
 }
 
 float LevelMeter::LengthOf(float decibels) const {
-    const float room = Bounds().Width() + 1 - 2 * kMargin - kLightWidth - kGap;
-    return std::round(room * std::clamp(1 - decibels / kFloor, 0.0F, 1.0F));
+    const float room = Bounds().Width() + 1 - 2 * kMeterMargin - kLightWidth - kChannelGap;
+    return std::round(room * std::clamp(1 - decibels / kQuietest, 0.0F, 1.0F));
 }
 
 void LevelMeter::Refresh() {
@@ -91,8 +91,9 @@ kits::AccessibleThing LevelMeter::Describe() const {
     kits::AccessibleThing meter;
     meter.role = kits::AccessibleRole::Meter;
     meter.name = Name();
-    const double loudest = level ? std::max(level->Level(0), level->Level(1)) : kFloor;
-    meter.number = kits::AccessibleNumber{std::max(loudest, double(kFloor)), kFloor, 0, 1, true};
+    const double loudest = level ? std::max(level->Level(0), level->Level(1)) : kQuietest;
+    meter.number =
+        kits::AccessibleNumber{std::max(loudest, double(kQuietest)), kQuietest, 0, 1, true};
     meter.description = level && level->Clipped() ? "clipped" : "";
     meter.action = "Reset";
     return meter;
@@ -103,18 +104,18 @@ void LevelMeter::Draw(BRect) {
     const BRect bounds = Bounds();
     SetHighColor(kBox);
     FillRoundRect(bounds, kBoxCorner);
-    const float light = bounds.right - kMargin - kLightWidth + 1;
+    const float light = bounds.right - kMeterMargin - kLightWidth + 1;
     SetHighColor(shown[4] > 0 ? colors.bad : kLightOff);
-    FillRect({light, kMargin, bounds.right - kMargin, bounds.bottom - kMargin});
-    const float height = std::floor((bounds.Height() + 1 - 2 * kMargin - kGap) / 2);
+    FillRect({light, kMeterMargin, bounds.right - kMeterMargin, bounds.bottom - kMeterMargin});
+    const float height = std::floor((bounds.Height() + 1 - 2 * kMeterMargin - kChannelGap) / 2);
     const float loud = LengthOf(kLoud);
     for (std::size_t i = 0; i < 2; i++) {
-        const float top = kMargin + static_cast<float>(i) * (height + kGap);
+        const float top = kMeterMargin + static_cast<float>(i) * (height + kChannelGap);
         const auto fill = [&](float from, float to, rgb_color color) {
             if (to <= from)
                 return;
             SetHighColor(color);
-            FillRect({kMargin + from, top, kMargin + to - 1, top + height - 1});
+            FillRect({kMeterMargin + from, top, kMeterMargin + to - 1, top + height - 1});
         };
         fill(0, std::min(shown[i], loud), colors.good);
         fill(loud, shown[i], colors.warning);

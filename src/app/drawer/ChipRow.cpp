@@ -12,10 +12,10 @@ namespace {
 
 // In pixels.
 
-constexpr float kFontSize = 11;
-constexpr float kHeight = 18;
-constexpr float kGap = 4;
-constexpr float kInset = 7;
+constexpr float kChipFontSize = 11;
+constexpr float kChipHeight = 18;
+constexpr float kChipGap = 4;
+constexpr float kChipInset = 7;
 
 } // namespace
 
@@ -25,7 +25,7 @@ ChipRow::ChipRow(BRect frame, const char* name, std::vector<std::string> words,
       words(std::move(words)),
       told(std::move(choose)) {
     BFont font = *be_plain_font();
-    font.SetSize(kFontSize);
+    font.SetSize(kChipFontSize);
     SetFont(&font);
     Place();
 }
@@ -34,13 +34,13 @@ void ChipRow::Place() {
     float x = 0;
     float y = 0;
     for (const std::string& word : words) {
-        const float width = std::ceil(StringWidth(word)) + 2 * kInset;
+        const float width = std::ceil(StringWidth(word)) + 2 * kChipInset;
         if (x > 0 && x + width > Bounds().right) {
             x = 0;
-            y += kHeight + kGap;
+            y += kChipHeight + kChipGap;
         }
-        places.push_back({x, y, x + width, y + kHeight});
-        x += width + kGap;
+        places.push_back({x, y, x + width, y + kChipHeight});
+        x += width + kChipGap;
     }
 }
 
@@ -85,15 +85,15 @@ void ChipRow::Draw(BRect update) {
     for (std::size_t i = 0; i < words.size(); i++) {
         const BRect& place = places[i];
         SetHighColor(i == chosen ? colors.controls.selection : colors.rowHover);
-        FillRoundRect(place, kHeight / 2);
+        FillRoundRect(place, kChipHeight / 2);
         if (i == chosen && IsFocus()) {
             SetHighColor(colors.text);
-            StrokeRoundRect(place, kHeight / 2);
+            StrokeRoundRect(place, kChipHeight / 2);
         }
         SetHighColor(i == chosen ? colors.controls.selectedText : colors.text);
         const float baseline =
             std::floor((place.top + place.bottom + height.ascent - height.descent) / 2);
-        DrawString(words[i], {place.left + kInset, baseline});
+        DrawString(words[i], {place.left + kChipInset, baseline});
     }
 }
 

@@ -19,8 +19,8 @@ constexpr uint32 kSearchCode = FourCC("DrwS");
 
 // In pixels.
 
-constexpr float kMargin = 10;
-constexpr float kGap = 8;
+constexpr float kDrawerMargin = 10;
+constexpr float kDrawerGap = 8;
 
 /// Before the categories.
 constexpr const char* kAll = "all";
@@ -41,15 +41,15 @@ Drawer::Drawer(BRect frame, VexaView& mainView)
       mainView(mainView),
       // The pictures have twice the size, for screens of twice the density.
       bank(std::make_unique<Bank>(mainView.Folders(), 2 * SoundListView::kPictureSize, nullptr)) {
-    search =
-        new BTextControl({kMargin, kMargin, frame.Width() - kMargin, kMargin}, "search", nullptr,
-                         "", new BMessage(kSearchCode), B_FOLLOW_LEFT_RIGHT | B_FOLLOW_TOP);
+    search = new BTextControl(
+        {kDrawerMargin, kDrawerMargin, frame.Width() - kDrawerMargin, kDrawerMargin}, "search",
+        nullptr, "", new BMessage(kSearchCode), B_FOLLOW_LEFT_RIGHT | B_FOLLOW_TOP);
     search->SetModificationMessage(new BMessage(kSearchCode));
     search->SetTarget(this);
     search->SetPlaceholder("search name, tag, formula");
     search->SetAccessibleName("search sounds by name, tag or formula");
     AddChild(search);
-    chips = new ChipRow({kMargin, 0, frame.Width() - kMargin, 0}, "categories", Chips(),
+    chips = new ChipRow({kDrawerMargin, 0, frame.Width() - kDrawerMargin, 0}, "categories", Chips(),
                         [this](std::size_t) { ShowRows(); });
     chips->SetAccessibleName("kinds of sounds");
     AddChild(chips);
@@ -160,10 +160,10 @@ void Drawer::FrameResized(float, float) {
 
 void Drawer::Arrange() {
     const BRect bounds = Bounds();
-    const float top = search->Frame().bottom + kGap;
-    chips->MoveTo(kMargin, top);
-    chips->ResizeTo(bounds.Width() - 2 * kMargin, chips->PreferredHeight());
-    const float listTop = std::ceil(chips->Frame().bottom + kGap);
+    const float top = search->Frame().bottom + kDrawerGap;
+    chips->MoveTo(kDrawerMargin, top);
+    chips->ResizeTo(bounds.Width() - 2 * kDrawerMargin, chips->PreferredHeight());
+    const float listTop = std::ceil(chips->Frame().bottom + kDrawerGap);
     list->MoveTo(0, listTop);
     list->ResizeTo(bounds.Width() - 1, std::max(0.0F, bounds.bottom - listTop));
 }

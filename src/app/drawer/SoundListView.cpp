@@ -14,8 +14,8 @@ namespace {
 // In pixels.
 
 constexpr float kRowHeight = 56;
-constexpr float kMargin = 8;
-constexpr float kTextLeft = kMargin + SoundListView::kPictureSize + kMargin;
+constexpr float kListMargin = 8;
+constexpr float kTextLeft = kListMargin + SoundListView::kPictureSize + kListMargin;
 constexpr float kStar = 14;
 constexpr float kBarWidth = 6;
 constexpr float kSmallFont = 11;
@@ -116,8 +116,8 @@ BRect SoundListView::RowFrame(std::size_t row) const {
 
 BRect SoundListView::StarFrame(std::size_t row) const {
     const BRect frame = RowFrame(row);
-    const float right = frame.right - kMargin;
-    return {right - kStar, frame.top + kMargin, right, frame.top + kMargin + kStar};
+    const float right = frame.right - kListMargin;
+    return {right - kStar, frame.top + kListMargin, right, frame.top + kListMargin + kStar};
 }
 
 std::optional<std::size_t> SoundListView::RowAt(BPoint where) const {
@@ -239,7 +239,7 @@ void SoundListView::Draw(BRect update) {
     if (rows.empty()) {
         SetHighColor(Colors().quietText);
         SetFont(be_plain_font());
-        DrawString("no sound is like that", {kMargin, kNameBaseline});
+        DrawString("no sound is like that", {kListMargin, kNameBaseline});
     }
     DrawScrollBar();
     if (IsFocus()) {
@@ -262,7 +262,8 @@ void SoundListView::DrawRow(std::size_t row) {
         StrokeRoundRect(frame.InsetByCopy(2, 1), kCorner);
     }
     const float top = std::floor(frame.top + (kRowHeight - kPictureSize) / 2);
-    const BRect picture = {kMargin, top, kMargin + kPictureSize - 1, top + kPictureSize - 1};
+    const BRect picture = {kListMargin, top, kListMargin + kPictureSize - 1,
+                           top + kPictureSize - 1};
     if (entry.picture) {
         DrawBitmap(entry.picture.get(), picture);
     } else {
@@ -270,11 +271,11 @@ void SoundListView::DrawRow(std::size_t row) {
         FillRect(picture);
     }
     const bool broken = !entry.fault.empty();
-    const float right = frame.right - kMargin;
+    const float right = frame.right - kListMargin;
     SetFont(be_plain_font());
     SetHighColor(broken ? colors.dimText : colors.text);
     const std::string name = plays && loadedChanged ? entry.name + " •" : entry.name;
-    DrawString(CutToFit(name, right - kStar - kMargin - kTextLeft),
+    DrawString(CutToFit(name, right - kStar - kListMargin - kTextLeft),
                {kTextLeft, frame.top + kNameBaseline});
     SetFont(&small);
     SetHighColor(colors.quietText);
@@ -285,7 +286,7 @@ void SoundListView::DrawRow(std::size_t row) {
     }
     const float categoryLeft = right - StringWidth(entry.category);
     DrawString(entry.category, {categoryLeft, frame.top + kTagsBaseline});
-    DrawString(CutToFit(entry.tags, categoryLeft - kMargin - kTextLeft),
+    DrawString(CutToFit(entry.tags, categoryLeft - kListMargin - kTextLeft),
                {kTextLeft, frame.top + kTagsBaseline});
     if (entry.own)
         DrawString("yours", {kTextLeft, frame.top + kFaultBaseline});

@@ -14,7 +14,7 @@ namespace {
 /// listened to, or nothing plays.
 constexpr int kMostWatched = 30;
 
-constexpr float kVelocity = kPreviewVelocity / 127.0F;
+constexpr float kPreviewLoudness = kPreviewVelocity / 127.0F;
 constexpr float kKey = kPreviewKey / 127.0F;
 
 } // namespace
@@ -33,7 +33,7 @@ void PreviewNote::Strike(uint8 channel, std::optional<BPoint> start) {
     if (start) {
         const auto lend = [this](const CoefficientGroup& sum, float place) {
             sound_param& p = engine.parameters;
-            const double rest = sum.For(p, engine.controllers, kVelocity, kKey).rest;
+            const double rest = sum.For(p, engine.controllers, kPreviewLoudness, kKey).rest;
             Loan loan{&(p.*sum.c0), p.*sum.c0, static_cast<float>(double(place) - rest)};
             *loan.coefficient = loan.lent;
             return loan;

@@ -13,20 +13,20 @@ namespace {
 
 // In pixels.
 
-constexpr float kLabelSize = 10;
-constexpr float kGap = 8;
+constexpr float kCellLabelSize = 10;
+constexpr float kColumnGap = 8;
 constexpr float kBelowLabel = 1;
 constexpr float kBetweenRows = 5;
 
-BFont LabelFont() {
+BFont CellFont() {
     BFont font = *be_plain_font();
-    font.SetSize(kLabelSize);
+    font.SetSize(kCellLabelSize);
     return font;
 }
 
 float LabelHeight() {
     font_height height;
-    LabelFont().GetHeight(&height);
+    CellFont().GetHeight(&height);
     return std::ceil(height.ascent + height.descent);
 }
 
@@ -38,7 +38,7 @@ float RowPitch() {
 
 CellGrid::CellGrid(const char* name, std::size_t columns)
     : BView({0, 0, 0, 0}, name, B_FOLLOW_NONE, B_WILL_DRAW | B_FRAME_EVENTS), columns(columns) {
-    const BFont font = LabelFont();
+    const BFont font = CellFont();
     SetFont(&font);
     SetViewColor(Colors().panel);
 }
@@ -64,12 +64,13 @@ void CellGrid::ColorsChanged() {
 }
 
 void CellGrid::FrameResized(float width, float) {
-    const float pitch = (width + 1 + kGap) / static_cast<float>(columns);
+    const float pitch = (width + 1 + kColumnGap) / static_cast<float>(columns);
     font_height height;
     GetFontHeight(&height);
     for (std::size_t i = 0; i < cells.size(); i++) {
         const float left = std::round(pitch * static_cast<float>(i % columns));
-        const float right = std::round(pitch * static_cast<float>(i % columns + 1)) - kGap - 1;
+        const float right =
+            std::round(pitch * static_cast<float>(i % columns + 1)) - kColumnGap - 1;
         const float top = static_cast<float>(i / columns) * RowPitch();
         BView& control = *cells[i].control;
         const float room = BMenuField::PreferredHeight() - control.Bounds().Height();

@@ -10,8 +10,8 @@ namespace vexa {
 
 namespace {
 
-constexpr float kRadius = 4;
-constexpr float kFontSize = 11;
+constexpr float kLatchRadius = 4;
+constexpr float kLatchFontSize = 11;
 
 } // namespace
 
@@ -20,7 +20,7 @@ Latch::Latch(const char* name, const char* label, std::function<void(bool)> chan
       label(label),
       changed(std::move(changed)) {
     BFont font = *be_plain_font();
-    font.SetSize(kFontSize);
+    font.SetSize(kLatchFontSize);
     SetFont(&font);
     SetViewColor(Colors().panel);
 }
@@ -67,9 +67,9 @@ void Latch::Draw(BRect) {
     const Theme& colors = Colors();
     const BRect bounds = Bounds();
     SetHighColor(on ? colors.soundingKey : colors.knob);
-    FillRoundRect(bounds, kRadius);
+    FillRoundRect(bounds, kLatchRadius);
     SetHighColor(IsFocus() ? colors.accent : colors.knobEdge);
-    StrokeRoundRect(bounds.InsetByCopy(0.5F, 0.5F), kRadius, IsFocus() ? 2 : 1);
+    StrokeRoundRect(bounds.InsetByCopy(0.5F, 0.5F), kLatchRadius, IsFocus() ? 2 : 1);
     font_height height;
     GetFontHeight(&height);
     SetHighColor(on ? rgb_color{24, 24, 24} : colors.text);

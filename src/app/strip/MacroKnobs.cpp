@@ -24,11 +24,11 @@ constexpr uint32 kControllerCode = FourCC("MacC");
 constexpr float kCellWidth = 56;
 constexpr float kBetweenCells = 6;
 constexpr float kKnobSize = 34;
-constexpr float kGap = 2;
-constexpr float kLabelSize = 10;
+constexpr float kKnobGap = 2;
+constexpr float kMacroLabelSize = 10;
 constexpr const char* kControllerLabel = "Ctl";
 
-BFont LabelFont() {
+BFont LetterFont() {
     BFont font = *be_plain_font();
     font.SetFace(B_ITALIC_FACE);
     return font;
@@ -36,7 +36,7 @@ BFont LabelFont() {
 
 BFont SmallFont() {
     BFont font = *be_plain_font();
-    font.SetSize(kLabelSize);
+    font.SetSize(kMacroLabelSize);
     return font;
 }
 
@@ -64,7 +64,7 @@ void MacroKnobs::ColorsChanged() {
 }
 
 float MacroKnobs::PreferredHeight() {
-    return kKnobSize + 2 * (1 + kGap + BTextControl::PreferredHeight());
+    return kKnobSize + 2 * (1 + kKnobGap + BTextControl::PreferredHeight());
 }
 
 float MacroKnobs::PreferredWidth() {
@@ -89,12 +89,12 @@ void MacroKnobs::AddCell(std::size_t macro) {
         mainView.Played().EditMacroValue(macro, kits::ShortText(value));
         ShowValues();
     });
-    float top = kKnobSize + 1 + kGap;
+    float top = kKnobSize + 1 + kKnobGap;
     const float height = BTextControl::PreferredHeight();
     cell.value = new BTextControl({left, top, right, top + height}, ("macro " + letter).c_str(),
                                   nullptr, "", MessageOf(kValueCode, macro));
     cell.knob->OnType([field = cell.value] { field->MakeFocus(); });
-    top += height + 1 + kGap;
+    top += height + 1 + kKnobGap;
     cell.controller = new BTextControl({left + ControllerLabelWidth(), top, right, top + height},
                                        ("controller " + letter).c_str(), nullptr, "",
                                        MessageOf(kControllerCode, macro));
@@ -221,7 +221,7 @@ void MacroKnobs::MessageReceived(BMessage* message) {
 }
 
 void MacroKnobs::Draw(BRect) {
-    const BFont large = LabelFont();
+    const BFont large = LetterFont();
     const BFont small = SmallFont();
     for (std::size_t i = 0; i < kMacros; i++) {
         const Cell& cell = cells[i];

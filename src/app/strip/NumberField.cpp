@@ -12,8 +12,8 @@ namespace vexa {
 namespace {
 
 constexpr const char* kBlanks = " \t";
-constexpr double kFiner = 0.1;
-constexpr double kCoarser = 10;
+constexpr double kFinerStep = 0.1;
+constexpr double kCoarserStep = 10;
 
 /// Without blanks at the ends.
 std::string Trimmed(const std::string& text) {
@@ -81,9 +81,9 @@ std::string NumberField::Stepped(const std::string& text, int steps, uint32 modi
     const double from = length > 0 && IsEdited() ? typed : shown;
     double step = look.step;
     if (modifiers & B_SHIFT_KEY && !look.whole)
-        step *= kFiner;
+        step *= kFinerStep;
     if (modifiers & B_CONTROL_KEY)
-        step *= kCoarser;
+        step *= kCoarserStep;
     // Hundredths of steps, so that the way back leads to where it came from.
     const double grid = look.whole ? 1 : look.step / 100;
     const double least = look.below.empty() ? look.minimum : look.minimum - 1;

@@ -13,8 +13,6 @@ namespace vexa {
 
 namespace {
 
-constexpr int kMidiKeys = 128;
-constexpr int kOctave = 12;
 constexpr int kWhiteOctave = 7;
 /// The C that the middle of the piano is near, and how far the octaves' numbers are from MIDI's.
 constexpr int kMiddleC = 60;
@@ -22,9 +20,9 @@ constexpr int kFirstOctave = -1;
 
 // In pixels.
 
-constexpr float kArrowWidth = 12;
+constexpr float kOctaveArrowWidth = 12;
 constexpr float kWhiteWidth = 22;
-constexpr float kLabelSize = 9;
+constexpr float kKeyLabelSize = 9;
 
 /// At the back and at the front of a key, and by the keyboard.
 constexpr int kSoftest = 20;
@@ -47,14 +45,14 @@ Piano::Piano(VexaView& mainView)
       mainView(mainView) {
     SetViewColor(Colors().panel);
     BFont font = *be_plain_font();
-    font.SetSize(kLabelSize);
+    font.SetSize(kKeyLabelSize);
     SetFont(&font);
     SetToolTip("Plays, louder towards the front of a key. The wheel moves on by octaves");
     FrameResized(Bounds().Width(), Bounds().Height());
 }
 
 void Piano::FrameResized(float width, float) {
-    const float room = width + 1 - 2 * kArrowWidth;
+    const float room = width + 1 - 2 * kOctaveArrowWidth;
     const int count = std::clamp(static_cast<int>(std::round(room / kWhiteWidth)), kWhiteOctave,
                                  PianoKeys::kWhiteKeys);
     const int octavesBelow = count / kWhiteOctave / 2;
@@ -65,7 +63,7 @@ void Piano::FrameResized(float width, float) {
 /// Shows so many keys from that white one on, or as near to that as there are keys.
 void Piano::Arrange(int first, int count) {
     const BRect bounds = Bounds();
-    keys = {{kArrowWidth, 0, bounds.right - kArrowWidth, bounds.bottom},
+    keys = {{kOctaveArrowWidth, 0, bounds.right - kOctaveArrowWidth, bounds.bottom},
             std::clamp(first, 0, PianoKeys::kWhiteKeys - count),
             count};
     seen.clear();
@@ -120,9 +118,9 @@ void Piano::MouseDown(BPoint where) {
     GetMouse(&where, &buttons);
     if (buttons != B_PRIMARY_MOUSE_BUTTON)
         return;
-    if (where.x < kArrowWidth)
+    if (where.x < kOctaveArrowWidth)
         return Scroll(-1);
-    if (where.x > Bounds().right - kArrowWidth)
+    if (where.x > Bounds().right - kOctaveArrowWidth)
         return Scroll(1);
     if (const std::optional<int> key = keys.KeyAt(where)) {
         Play(key, VelocityAt(where, *key));
@@ -247,7 +245,7 @@ void Piano::DrawKey(int key) {
 void Piano::DrawArrow(bool right) {
     const int end = keys.First() + keys.Count();
     const bool more = right ? end < PianoKeys::kWhiteKeys : keys.First() > 0;
-    const float x = right ? Bounds().right - kArrowWidth / 2 + 1 : kArrowWidth / 2 - 1;
+    const float x = right ? Bounds().right - kOctaveArrowWidth / 2 + 1 : kOctaveArrowWidth / 2 - 1;
     const float y = Bounds().bottom / 2;
     const float tip = right ? 3.0F : -3.0F;
     SetHighColor(more ? Colors().text : Colors().dimText);

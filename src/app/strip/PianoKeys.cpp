@@ -8,8 +8,6 @@ namespace vexa {
 
 namespace {
 
-constexpr int kMidiKeys = 128;
-constexpr int kOctave = 12;
 /// For the keys from a C on: whether each is black, and how many white ones lie below it.
 constexpr std::array<bool, kOctave> kBlack = {false, true,  false, true,  false, false,
                                               true,  false, true,  false, true,  false};

@@ -8,6 +8,9 @@
 
 namespace vexa {
 
+inline constexpr int kMidiKeys = 128;
+inline constexpr int kOctave = 12;
+
 /// A piano of some white keys in a row in a rectangle of any size. MIDI's 128 keys
 /// have 75 white ones.
 class PianoKeys {

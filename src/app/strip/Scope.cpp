@@ -15,8 +15,8 @@ namespace {
 constexpr std::size_t kSpectrumSize = 4096;
 /// Hz at the left and the right of a spectrum, and dB of a full sine at its bottom.
 constexpr float kLowest = 20;
-constexpr float kHighest = 20000;
-constexpr float kFloor = -96;
+constexpr float kHighestHertz = 20000;
+constexpr float kScopeFloor = -96;
 /// A spectrum falls at most by this share of its height from one look to the next.
 constexpr float kFall = 0.04F;
 
@@ -33,7 +33,7 @@ constexpr int kMostZoom = 10;
 /// What is quieter is silence: nothing is to be seen of it.
 constexpr float kSilence = 1e-4F;
 
-constexpr float kLabelSize = 9;
+constexpr float kScopeLabelSize = 9;
 
 /// The power of two that brings a peak near to 1.
 int ZoomFor(float peak) {
@@ -52,7 +52,7 @@ Scope::Scope(VexaView& mainView, OutputTap* tap)
       follower(mainView.Playing()) {
     SetViewColor(Colors().scope);
     BFont font = *be_plain_font();
-    font.SetSize(kLabelSize);
+    font.SetSize(kScopeLabelSize);
     SetFont(&font);
     SetToolTip(tap ? "f along the newest orbit, the output, or its spectrum: a click, or Space, "
                      "shows the next"
@@ -182,7 +182,7 @@ void Scope::LookAtSpectrum() {
         const std::span<const float> amplitudes = spectrum.Amplitudes(mono);
         const auto columns = static_cast<float>(next.size());
         const auto binAt = [&](float column) {
-            const float hertz = kLowest * std::pow(kHighest / kLowest, column / columns);
+            const float hertz = kLowest * std::pow(kHighestHertz / kLowest, column / columns);
             return hertz * float(kSpectrumSize) / rate;
         };
         for (std::size_t i = 0; i < next.size(); i++) {
@@ -194,7 +194,7 @@ void Scope::LookAtSpectrum() {
             for (std::size_t k = first; k < last && k < amplitudes.size(); k++)
                 most = std::max(most, amplitudes[k]);
             const float decibels = 20 * std::log10(std::max(most, 1e-9F));
-            next[i] = std::clamp(1 - decibels / kFloor, 0.0F, 1.0F);
+            next[i] = std::clamp(1 - decibels / kScopeFloor, 0.0F, 1.0F);
         }
     }
     for (std::size_t i = 0; i < next.size() && i < curve.size(); i++)

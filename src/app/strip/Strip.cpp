@@ -21,14 +21,14 @@ namespace vexa {
 namespace {
 
 /// Thirty times a second.
-constexpr bigtime_t kLook = 33333;
+constexpr bigtime_t kStripLook = 33333;
 
 // In pixels.
 
-constexpr float kMargin = 10;
+constexpr float kStripMargin = 10;
 constexpr float kTop = 7;
 constexpr float kBottom = 7;
-constexpr float kGap = 12;
+constexpr float kStripGap = 12;
 constexpr float kRowGap = 7;
 constexpr float kPianoHeight = 44;
 constexpr float kLowPianoHeight = 34;
@@ -59,7 +59,7 @@ Strip::Strip(BRect frame, VexaView& mainView, std::function<void()> turned)
     : BView(frame, "strip", B_FOLLOW_NONE, B_WILL_DRAW | B_FRAME_EVENTS | B_PULSE_NEEDED),
       mainView(mainView),
       turned(std::move(turned)),
-      ticker(*this, kLook, [this] { Refresh(); }) {
+      ticker(*this, kStripLook, [this] { Refresh(); }) {
     SetViewColor(Colors().panel);
     OutputTap* tap = mainView.HasGraph() ? &mainView.Graph().Producer().Tap() : nullptr;
     ScreenPiano& hands = mainView.Piano();
@@ -94,8 +94,8 @@ float Strip::LeastHeight() const {
 }
 
 float Strip::LeastWidth() {
-    return 2 * kMargin + kScopeWidth + kGap + MacroKnobs::PreferredWidth() + kGap + kLeastPlaying +
-           kGap + kTuningWidth;
+    return 2 * kStripMargin + kScopeWidth + kStripGap + MacroKnobs::PreferredWidth() + kStripGap +
+           kLeastPlaying + kStripGap + kTuningWidth;
 }
 
 void Strip::AttachedToWindow() {
@@ -125,7 +125,7 @@ void Strip::Arrange() {
                         static_cast<BView*>(hold), static_cast<BView*>(piano)})
         ShowIf(*view, hands);
     ShowIf(*other, low);
-    float left = kMargin;
+    float left = kStripMargin;
     float below = kTop;
     if (low && controls) {
         Put(*other, left, kTop, left + kHoldWidth - 1, kTop + UpperHeight());
@@ -140,23 +140,23 @@ void Strip::Arrange() {
 }
 
 void Strip::ArrangeControls(float left, float top, float bottom) {
-    const float right = Bounds().right - kMargin;
+    const float right = Bounds().right - kStripMargin;
     const auto place = [&](BView& view, float width, float gap) {
         Put(view, left, top, left + width - 1, bottom);
         left += width + gap;
     };
     // What is wider than need be goes to the scope by a third; what is missing is missing there.
-    const float spare = Bounds().Width() - LeastWidth() - (left - kMargin);
+    const float spare = Bounds().Width() - LeastWidth() - (left - kStripMargin);
     const float scopeWidth =
         kScopeWidth + std::floor(spare > 0 ? spare / 3 : std::max(spare, -kScopeWidth / 2));
-    place(*scope, scopeWidth, kGap);
-    place(*macros, MacroKnobs::PreferredWidth() + 1, kGap);
-    place(*playing, std::max(right - kTuningWidth - kGap - left, kLeastPlaying), kGap);
+    place(*scope, scopeWidth, kStripGap);
+    place(*macros, MacroKnobs::PreferredWidth() + 1, kStripGap);
+    place(*playing, std::max(right - kTuningWidth - kStripGap - left, kLeastPlaying), kStripGap);
     place(*tuning, kTuningWidth, 0);
 }
 
 void Strip::ArrangeHands(float top, float bottom) {
-    float left = kMargin;
+    float left = kStripMargin;
     const auto beside = [&](BView& view, float width) {
         Put(view, left, top, left + width - 1, bottom);
         left += width + kHandsGap;
@@ -166,7 +166,7 @@ void Strip::ArrangeHands(float top, float bottom) {
     beside(*hold, kHoldWidth);
     if (low)
         beside(*other, kHoldWidth);
-    Put(*piano, left, top, Bounds().right - kMargin, bottom);
+    Put(*piano, left, top, Bounds().right - kStripMargin, bottom);
 }
 
 void Strip::Refresh() {

@@ -11,8 +11,8 @@ namespace vexa {
 namespace {
 
 /// The way of a key or of a step of the mouse's wheel.
-constexpr float kStep = 0.1F;
-constexpr float kRadius = 4;
+constexpr float kWheelStep = 0.1F;
+constexpr float kWheelRadius = 4;
 
 } // namespace
 
@@ -62,17 +62,17 @@ bool Wheel::WheelMoved(BPoint, BPoint steps) {
     // Nothing tells when the mouse's wheel is let go.
     if (springs)
         return false;
-    Move(value + steps.y * kStep);
+    Move(value + steps.y * kWheelStep);
     return true;
 }
 
 bool Wheel::KeyDown(const kits::KeyPress& press) {
     switch (press.key) {
     case kits::Key::Up:
-        Move(value + kStep);
+        Move(value + kWheelStep);
         return true;
     case kits::Key::Down:
-        Move(value - kStep);
+        Move(value - kWheelStep);
         return true;
     case kits::Key::Home:
     case kits::Key::Delete:
@@ -94,7 +94,7 @@ kits::AccessibleThing Wheel::Describe() const {
     kits::AccessibleThing wheel;
     wheel.role = kits::AccessibleRole::Slider;
     wheel.name = Name();
-    wheel.number = kits::AccessibleNumber{value, springs ? -1.0 : 0.0, 1, kStep};
+    wheel.number = kits::AccessibleNumber{value, springs ? -1.0 : 0.0, 1, kWheelStep};
     return wheel;
 }
 
@@ -110,9 +110,9 @@ void Wheel::Draw(BRect) {
     const Theme& colors = Colors();
     const BRect bounds = Bounds();
     SetHighColor(colors.editor);
-    FillRoundRect(bounds, kRadius);
+    FillRoundRect(bounds, kWheelRadius);
     SetHighColor(IsFocus() ? colors.accent : colors.knobEdge);
-    StrokeRoundRect(bounds.InsetByCopy(0.5F, 0.5F), kRadius, IsFocus() ? 2 : 1);
+    StrokeRoundRect(bounds.InsetByCopy(0.5F, 0.5F), kWheelRadius, IsFocus() ? 2 : 1);
     const float share = springs ? (value + 1) / 2 : value;
     const float y = bounds.bottom - 5 - share * Travel();
     SetHighColor(colors.knob);

@@ -1,21 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/media/MediaFile.h"
 
+#include "kits/media/backends/OpenSoundFile.h"
 #include "kits/storage/ReadFile.h"
 
 #include <cmath>
 #include <filesystem>
 #include <vector>
 
-#include <sndfile.h>
-
 namespace {
 
 constexpr sf_count_t kFramesPerBuffer = 4096;
-
-struct CloseSoundFile {
-    void operator()(SNDFILE* file) const { sf_close(file); }
-};
 
 /// The mean of one frame's values.
 float Mix(const float* values, int channels) {
@@ -28,7 +23,7 @@ float Mix(const float* values, int channels) {
 } // namespace
 
 struct BMediaTrack::Source {
-    std::unique_ptr<SNDFILE, CloseSoundFile> file;
+    kits::OpenSoundFile file;
     SF_INFO info{};
     bool mixed = false;
     /// One buffer of the file's channels, where they are mixed.

@@ -13,7 +13,7 @@ namespace kits {
 
 namespace {
 
-constexpr unsigned kMostChannels = 2;
+constexpr unsigned kMostConverted = 2;
 
 } // namespace
 
@@ -33,7 +33,7 @@ struct VEXA_REALTIME RateConverter::StepperOf : Stepper {
     void Reset() noexcept override {
         resampler.reset();
         // Silence up to the middle of the filter: with the next frame begins what comes out.
-        float none[kMostChannels] = {};
+        float none[kMostConverted] = {};
         Process(nullptr, (Half() - 1) * channels, {none, channels});
     }
     std::size_t Process(const float* frames, std::size_t count,
@@ -56,7 +56,7 @@ RateConverter::RateConverter(double from, double to, unsigned half, unsigned cha
     auto simple = std::make_unique<StepperOf<Resampler>>(channels);
     auto any = std::make_unique<StepperOf<VResampler>>(channels);
     const bool whole = from == std::floor(from) && to == std::floor(to);
-    if (!CanConvert(from, to) || channels < 1 || channels > kMostChannels)
+    if (!CanConvert(from, to) || channels < 1 || channels > kMostConverted)
         throw std::invalid_argument("no conversion between these rates");
     if (whole && simple->resampler.setup(static_cast<unsigned>(from), static_cast<unsigned>(to),
                                          channels, half) == 0)

@@ -2,6 +2,7 @@
 #include "kits/media/SoundFileWriter.h"
 
 #include "kits/media/OggPages.h"
+#include "kits/media/backends/OpenSoundFile.h"
 
 #include <algorithm>
 #include <array>
@@ -11,8 +12,6 @@
 #include <string_view>
 #include <utility>
 #include <vector>
-
-#include <sndfile.h>
 
 namespace kits {
 
@@ -39,10 +38,6 @@ constexpr auto kFormats = std::to_array<Format>({
     {".ogg", SoundFileFormat::ogg, SF_FORMAT_OGG | SF_FORMAT_VORBIS},
 });
 
-struct CloseSoundFile {
-    void operator()(SNDFILE* file) const { sf_close(file); }
-};
-
 } // namespace
 
 Result<SoundFileFormat> SoundFileFormatOf(const std::filesystem::path& path) {
@@ -68,7 +63,7 @@ struct SoundFileWriter::State {
     /// What the file can hold of them and what it holds, in bytes of floats.
     std::uint64_t room = UINT64_MAX;
     std::uint64_t written = 0;
-    std::unique_ptr<SNDFILE, CloseSoundFile> file;
+    OpenSoundFile file;
     /// What does not fill a call to the library yet.
     std::vector<float> block;
 

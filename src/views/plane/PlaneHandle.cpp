@@ -20,7 +20,7 @@ constexpr float kUsualSize = 4;
 constexpr float kNoticedSize = 6;
 
 #define VEXA_HANDLE_KEYS "\nDrag, or arrow keys; Shift finer, Ctrl coarser."
-constexpr PlaneHandleRow kRows[] = {
+constexpr PlaneHandleRow kHandleRows[] = {
     {"start of centre", OrbitNumber::StartX, OrbitNumber::StartY,
      "Where the centre of the orbit starts" VEXA_HANDLE_KEYS},
     {"radius x", OrbitNumber::RadiusX, std::nullopt,
@@ -42,16 +42,16 @@ int Arrow(kits::Key key, bool& upright) {
 
 /// A toolkit's places are whole numbers. A handle that is farther away than this, in pixels, or at
 /// no number at all, waits there, far outside of any window.
-constexpr float kFarthest = 1e6F;
+constexpr float kFarthestHandle = 1e6F;
 
 float Bounded(float place) {
-    return place >= -kFarthest ? std::min(place, kFarthest) : -kFarthest;
+    return place >= -kFarthestHandle ? std::min(place, kFarthestHandle) : -kFarthestHandle;
 }
 
 } // namespace
 
 std::span<const PlaneHandleRow> PlaneHandles() {
-    return kRows;
+    return kHandleRows;
 }
 
 PlaneHandle::PlaneHandle(PlaneOverlay& overlay, const PlaneHandleRow& row)

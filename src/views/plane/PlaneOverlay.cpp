@@ -27,8 +27,8 @@ constexpr const char* kTip =
     "F7: landscape. Esc: silence.";
 
 /// How long values are computed when they are to be shown, and at a pulse, beside R2RFView.
-constexpr auto kDrawTime = std::chrono::milliseconds(20);
-constexpr auto kPulseTime = std::chrono::milliseconds(15);
+constexpr auto kOverlayDrawTime = std::chrono::milliseconds(20);
+constexpr auto kOverlayPulseTime = std::chrono::milliseconds(15);
 
 /// Pixels of the view.
 constexpr float kOrbitWidth = 1.5F;
@@ -41,7 +41,7 @@ constexpr uint8 kOthers = 60;
 constexpr double kClose = 1.5;
 constexpr int kDashes = 24;
 /// Between two points of an orbit, in pixels of the view, and how many there are.
-constexpr double kStride = 7;
+constexpr double kPointDistance = 7;
 constexpr int kFewest = 24;
 constexpr int kMost = 512;
 
@@ -230,7 +230,7 @@ void PlaneOverlay::Refresh() {
             field.Begin(plane.Function(), relief ? AreaOf(kCorners, kCorners)
                                                  : AreaOf(static_cast<std::size_t>(columns),
                                                           static_cast<std::size_t>(rows)));
-            field.Continue(kDrawTime);
+            field.Continue(kOverlayDrawTime);
         }
         repaint = repaint || changed;
     } else {
@@ -267,7 +267,7 @@ void PlaneOverlay::Paint() {
 void PlaneOverlay::Pulse() {
     if (IsHidden())
         return;
-    if (IsOwn() && field.Continue(kPulseTime)) {
+    if (IsOwn() && field.Continue(kOverlayPulseTime)) {
         repaint = true;
         Invalidate();
     }
@@ -352,7 +352,7 @@ void PlaneOverlay::DrawOrbit(const Orbit& orbit, double spread, rgb_color color,
                           std::hypot(orbit.rx * double(orbit.fx), orbit.ry * double(orbit.fy)) /
                           double(view.scale);
     // A length that is no number takes the most.
-    const double wanted = std::max(length / kStride, kFewest * turns);
+    const double wanted = std::max(length / kPointDistance, kFewest * turns);
     const int steps = wanted < kMost ? static_cast<int>(wanted) : kMost;
     const double step = (2 * std::numbers::pi + spread) / steps;
     const double beginx = orbit.phasex - double(orbit.fx) * spread / 2;

@@ -10,7 +10,7 @@ namespace vexa {
 namespace {
 
 /// The landscape is a square of side 2; a value of 1 is as high as this.
-constexpr float kHighest = 0.45F;
+constexpr float kHighestGround = 0.45F;
 /// The share of the picture's smaller side that a length of 1 takes: the diagonal fits in, with a
 /// margin.
 constexpr float kUnit = 0.34F;
@@ -18,7 +18,7 @@ constexpr float kUnit = 0.34F;
 constexpr uint32 kSky = 0xff101012;
 constexpr float kGround = 72;
 /// Where the light comes from: u, v, upwards; of length 1.
-constexpr float kLight[3] = {-0.42F, 0.42F, 0.805F};
+constexpr float kLightFrom[3] = {-0.42F, 0.42F, 0.805F};
 constexpr float kShadow = 0.35F;
 /// A line on the ground is seen although it lies a little below.
 constexpr float kOnGround = 0.04F;
@@ -46,7 +46,7 @@ void Relief::Take(const PlaneField& field, Brightness curve) {
 Relief::Corner Relief::Project(float u, float v, float h) const {
     const float right = u * cosine - v * sine;
     const float away = u * sine + v * cosine;
-    const float up = h * kHighest;
+    const float up = h * kHighestGround;
     return {static_cast<float>(columns - 1) / 2 + unit * right,
             static_cast<float>(rows - 1) / 2 - unit * (away * rise + up * tilt),
             away * tilt - up * rise};
@@ -81,8 +81,8 @@ void Relief::Draw(const ReliefLook& look, int width, int height, uint32* words) 
             // The piece's slopes to the right and up.
             const float along = (corners[1] + corners[3] - corners[0] - corners[2]) / 2;
             const float across = (corners[0] + corners[1] - corners[2] - corners[3]) / 2;
-            const float toU = along * kHighest / kStep, toV = across * kHighest / kStep;
-            const float lit = (kLight[2] - toU * kLight[0] - toV * kLight[1]) /
+            const float toU = along * kHighestGround / kStep, toV = across * kHighestGround / kStep;
+            const float lit = (kLightFrom[2] - toU * kLightFrom[0] - toV * kLightFrom[1]) /
                               std::sqrt(1 + toU * toU + toV * toV);
             const float light = kShadow + (1 - kShadow) * std::clamp(lit, 0.0F, 1.0F);
             const uint32 color =

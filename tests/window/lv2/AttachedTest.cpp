@@ -28,7 +28,7 @@ constexpr const char* kTitle = "Host";
 
 /// In the window, as elsewhere with the usual font.
 constexpr int kFieldX = 150, kFieldY = 367;
-constexpr int kPlane = 10, kPlaneTop = 51, kPlaneSize = 301;
+constexpr int kAttachedPlane = 10, kPlaneTop = 51, kAttachedPlaneSize = 301;
 
 /// A host with a window and the user interface in it.
 class Host {
@@ -110,8 +110,8 @@ class Host {
 /// Places on the plane where there is an orbit.
 int Marks(const QImage& picture) {
     int marks = 0;
-    for (int y = kPlaneTop; y < kPlaneTop + kPlaneSize; y++) {
-        for (int x = kPlane; x < kPlane + kPlaneSize; x++)
+    for (int y = kPlaneTop; y < kPlaneTop + kAttachedPlaneSize; y++) {
+        for (int x = kAttachedPlane; x < kAttachedPlane + kAttachedPlaneSize; x++)
             marks += qGreen(picture.pixel(x, y)) >= 200;
     }
     return marks;
@@ -158,7 +158,7 @@ TEST(AttachedWindow, EditsPlaysShowsOrbitsAndOutlivesNothing) {
         return count;
     };
     ASSERT_TRUE(type("x*y/9"));
-    desktop.Click(kPlane + 20, kPlaneTop + 20);
+    desktop.Click(kAttachedPlane + 20, kPlaneTop + 20);
     desktop.Do({"keydown", "q"});
     EXPECT_TRUE(host->Await([&] { return held() == 1; }));
     EXPECT_TRUE(host->Await([&] { return Marks(desktop.Picture()) > 20; }));
@@ -168,7 +168,7 @@ TEST(AttachedWindow, EditsPlaysShowsOrbitsAndOutlivesNothing) {
     ::kill(first, SIGKILL);
     EXPECT_TRUE(host->Await([&] { return held() == 0 && Host::Program() == 0; }));
     desktop.Do({"keyup", "q"});
-    desktop.Click(kPlane + 20, kPlaneTop + 20);
+    desktop.Click(kAttachedPlane + 20, kPlaneTop + 20);
     ASSERT_TRUE(type("x+y/9"));
     EXPECT_NE(Host::Program(), first);
 

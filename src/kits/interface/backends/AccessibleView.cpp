@@ -13,7 +13,7 @@ namespace kits {
 
 namespace {
 
-QAccessible::Role ToQt(AccessibleRole role) {
+QAccessible::Role RoleOf(AccessibleRole role) {
     switch (role) {
     case AccessibleRole::Pane:
         return QAccessible::Client;
@@ -130,7 +130,7 @@ class PartInterface : public QAccessibleInterface, public Answers {
             return {};
         return kits::ToQt(Thing().frame).translated(widget->mapToGlobal(QPoint(0, 0)));
     }
-    QAccessible::Role role() const override { return ToQt(Thing().role); }
+    QAccessible::Role role() const override { return RoleOf(Thing().role); }
     QAccessible::State state() const override {
         QAccessible::State state;
         state.invalid = !isValid();
@@ -168,7 +168,7 @@ class ViewInterface : public QAccessibleWidget, public Answers {
     }
     std::optional<std::size_t> Part() const override { return std::nullopt; }
 
-    QAccessible::Role role() const override { return ToQt(Thing().role); }
+    QAccessible::Role role() const override { return RoleOf(Thing().role); }
     QString text(QAccessible::Text which) const override {
         const AccessibleThing thing = Thing();
         if (which == QAccessible::Name && !thing.name.empty())

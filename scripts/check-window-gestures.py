@@ -174,7 +174,9 @@ def check_undo(window, folder, gestures, seed, report):
     window.key("Return")
     report.tell(not window.is_on(UNDO), "a field confirmed as it is: no step")
     window.undo_all()
-    first = window.save(folder / "0.xml")
+    # A document's name is the file's.
+    saved = folder / "saved.xml"
+    first = window.save(saved)
     # Documents hold what is shown of the plane, so that it is undone with the rest.
     hands.zoomed_plane()
     undoes = window.is_on(UNDO)
@@ -197,11 +199,11 @@ def check_undo(window, folder, gestures, seed, report):
             report.tell(False, f"after {kind} there is a window {others}")
             return
     print(f"{len(plan)} gestures, seed {seed}:", ", ".join(f"{n} x {kind}" for kind, n in sorted(counts.items())))
-    last = window.save(folder / "1.xml")
-    report.same(window.undo_all() and window.save(folder / "2.xml"), first, "undone: the first sound byte for byte")
-    report.same(window.redo_all() and window.save(folder / "3.xml"), last, "redone: the last sound byte for byte")
+    last = window.save(saved)
+    report.same(window.undo_all() and window.save(saved), first, "undone: the first sound byte for byte")
+    report.same(window.redo_all() and window.save(saved), last, "redone: the last sound byte for byte")
     window.undo_all()
-    report.same(window.save(folder / "4.xml"), first, "undone again: the first sound byte for byte")
+    report.same(window.save(saved), first, "undone again: the first sound byte for byte")
 
 
 def level(samples):

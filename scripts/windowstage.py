@@ -221,10 +221,13 @@ class Window:
             xdo("type", "--delay", 3, "--", text)
             self.settle()
             return self.text(name) == text
+        def is_taken():
+            self.key("Return")
+            self.settle()
+            return not self.has(self[name], "FOCUSED")
         # A busy machine may lose a key.
         wait_for(f"\"{text}\" in \"{name}\"", is_typed)
-        self.key("Return")
-        self.settle()
+        wait_for(f"the end of typing in \"{name}\"", is_taken)
 
     def shown(self, title):
         """Another window of the program, of that title."""

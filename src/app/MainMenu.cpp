@@ -73,6 +73,7 @@ void FillMainMenu(BMenu& menu, VexaWindow& window) {
     Add(menu, "Save Sound (Ctrl S)", kSaveAgainCode, view);
     Add(menu, "Save Sound As…", kSaveSoundCode, view);
     Add(menu, "Save Picture…", kSavePictureCode, view);
+    Add(menu, "Show My Sounds", kShowSoundsCode, window);
     menu.AddItem(new BSeparatorItem);
     Add(menu, "Initial Sound", kInitialSoundCode, view);
     Add(menu, "Mutate", kMutateCode, view);

@@ -47,6 +47,7 @@ constexpr uint32 kEqualStepsCode = FourCC("12EQ");
 /// The window is classic from now on, the other way than before.
 constexpr uint32 kClassicCode = FourCC("CLSC");
 constexpr uint32 kHelpCode = FourCC("HELP");
+constexpr uint32 kShowSoundsCode = FourCC("SHSN");
 constexpr uint32 kAboutCode = FourCC("ABOU");
 
 // These change which parts of the window are shown, and how, to the other way than before.

@@ -241,15 +241,21 @@ void VexaView::SaveFunction(const std::string& name) {
 
 void VexaView::SaveSound(const std::string& name) {
     FollowMacros();
-    const auto write = [this](const std::filesystem::path& path) {
-        return WriteSound(path, ConstructSound());
+    const std::string stem = std::filesystem::path(name).stem().string();
+    const auto title = stem == SoundName() ? Steps().File().title : stem;
+    const auto write = [&](const std::filesystem::path& path) {
+        Sound sound = ConstructSound();
+        if (sound.info.name && title)
+            sound.info.name = title;
+        return WriteSound(path, sound);
     };
     const std::function<void()> then = std::exchange(afterSaving, nullptr);
     if (!Save(name, "sounds", write))
         return;
     const std::filesystem::path path = folders.Own("sounds") / name;
-    Steps().File().name = path.stem().string();
+    Steps().File().name = stem;
     Steps().File().path = path;
+    Steps().File().title = title;
     Remember(path);
     TakeAsSaved();
     if (then)
@@ -345,6 +351,8 @@ bool VexaView::MayGiveUp(const std::function<void()>& then) {
 }
 
 std::filesystem::path VexaView::SoundPath() const {
+    if (!Steps().File().path.empty())
+        return Steps().File().path;
     return SoundName().empty() ? "" : folders.Find("sounds", SoundName() + ".xml");
 }
 

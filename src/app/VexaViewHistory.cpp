@@ -153,6 +153,7 @@ void VexaView::CopyToOther() {
     other.Load(sound, SoundName(), std::string("copy of ") + PresentSlot());
     other.File().saved = Steps().File().saved;
     other.File().path = Steps().File().path;
+    other.File().title = Steps().File().title;
 }
 
 bool VexaView::MayGiveUpBoth(const std::function<void()>& then) {

@@ -63,6 +63,16 @@ bool IsCommand(uint32 code) {
            std::ranges::any_of(Parameters(), isRow) || std::ranges::any_of(FunctionFields(), isRow);
 }
 
+/// Has the desktop show a file or a folder; where it cannot, the sentence and the path are said.
+void ShowOnDesktop(const std::filesystem::path& path, const std::string& otherwise) {
+    kits::ShowFile(path, [text = otherwise + path.string()](const std::string& reason) {
+        auto* alert = new BAlert("Show", text.c_str(), "Ok", nullptr, nullptr, B_WIDTH_AS_USUAL,
+                                 B_WARNING_ALERT);
+        alert->SetDetails(reason);
+        alert->Show();
+    });
+}
+
 TuningChoice RememberedTuning(const Settings& settings) {
     TuningChoice choice;
     if (const std::string scale = settings.Get(kScaleSetting); !scale.empty())
@@ -328,12 +338,16 @@ void VexaWindow::ShowManual() {
     if (!page)
         return VexaView::ErrorAlert("The manual is not installed.",
                                     "It is in docs/manual of the source.");
-    kits::ShowFile(*page, [page = page->string()](const std::string& reason) {
-        auto* alert = new BAlert("Help", ("The manual cannot be shown. It is\n" + page).c_str(),
-                                 "Ok", nullptr, nullptr, B_WIDTH_AS_USUAL, B_WARNING_ALERT);
-        alert->SetDetails(reason);
-        alert->Show();
-    });
+    ShowOnDesktop(*page, "The manual cannot be shown. It is\n");
+}
+
+void VexaWindow::ShowSounds() {
+    const std::filesystem::path folder = mainView->Folders().Own("sounds");
+    std::error_code fault;
+    std::filesystem::create_directories(folder, fault);
+    if (fault)
+        return VexaView::ErrorAlert(folder.string(), fault.message());
+    ShowOnDesktop(folder, "The folder cannot be shown. It is\n");
 }
 
 bool VexaWindow::TakeShortcut(const kits::KeyPress& press) {
@@ -399,6 +413,9 @@ void VexaWindow::MessageReceived(BMessage* message) {
         break;
     case kDarkCode:
         ChooseDark(!dark);
+        break;
+    case kShowSoundsCode:
+        ShowSounds();
         break;
     case kHelpCode:
         ShowManual();

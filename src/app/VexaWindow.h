@@ -108,6 +108,7 @@ class VexaWindow : public BWindow, private SessionClient {
     void AddBar();
     void AddDrawer();
     void ShowManual();
+    void ShowSounds();
     void ChooseClassic(bool on);
     void ChoosePart(Part part, bool show);
     void ChooseDark(bool on);

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,9 @@ struct SoundFile {
     Sound saved;
     /// Where it is; empty where the sound has come from no file.
     std::filesystem::path path{};
+    /// The name that the document has been given in the place of the one that the sound came with,
+    /// where it has been saved as another file.
+    std::optional<std::string> title{};
 };
 
 /// The moment at which something was done, as far as it tells one gesture from the next.

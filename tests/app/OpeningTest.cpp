@@ -188,7 +188,7 @@ TEST_F(OpeningTest, TheMenuDoesWhatItSays) {
     EXPECT_THAT(alerts.details, HasSubstr("Qt 6"));
 }
 
-TEST_F(OpeningTest, HelpShowsTheManualOrTellsWhyNot) {
+TEST_F(OpeningTest, TheManualAndTheOwnSoundsAreShownOrItTellsWhyNot) {
     Open();
     const auto waitFor = [](const std::function<bool()>& done) {
         for (int i = 0; i < 2000 && !done(); i++) {
@@ -208,6 +208,13 @@ TEST_F(OpeningTest, HelpShowsTheManualOrTellsWhyNot) {
     Pick("Help (F1)");
     ASSERT_TRUE(waitFor([&] { return fs::exists(shown); }));
     EXPECT_EQ(*kits::ReadFile(shown), VEXA_SOURCE_FOLDER "/docs/manual/README.md\n");
+    // The folder that a sound is handed on from is there before the first one.
+    fs::remove(shown);
+    fs::remove_all(In("sounds"));
+    Pick("Show My Sounds");
+    ASSERT_TRUE(waitFor([&] { return fs::exists(shown); }));
+    EXPECT_EQ(*kits::ReadFile(shown), In("sounds").string() + '\n');
+    EXPECT_TRUE(fs::is_directory(In("sounds")));
     EXPECT_TRUE(alerts.texts.empty());
 
     opener("#!/bin/sh\nexit 3");

@@ -208,7 +208,8 @@ TEST_F(OwnFolderTest, ControlSSavesToThePersonsOwnFileOfTheSoundAndToNoOther) {
     save();
     EXPECT_THAT(OpenTitles(), ElementsAre());
     EXPECT_FALSE(view->Changed());
-    EXPECT_THAT(test::Contents(In("own/sounds/mine.xml")), HasSubstr("<fy>5<"));
+    EXPECT_THAT(test::Contents(In("own/sounds/mine.xml")),
+                testing::AllOf(HasSubstr("<fy>5<"), HasSubstr("<name>mine</name>")));
     EXPECT_EQ(view->SoundParam().Fy, 5);
     EXPECT_THAT(alerts.texts, ElementsAre());
 }

@@ -14,9 +14,6 @@ namespace {
 /// listened to, or nothing plays.
 constexpr int kMostWatched = 30;
 
-constexpr float kPreviewLoudness = kPreviewVelocity / 127.0F;
-constexpr float kKey = kPreviewKey / 127.0F;
-
 } // namespace
 
 PreviewNote::PreviewNote(Engine& engine) : engine(engine) {}
@@ -33,7 +30,9 @@ void PreviewNote::Strike(uint8 channel, std::optional<BPoint> start) {
     if (start) {
         const auto lend = [this](const CoefficientGroup& sum, float place) {
             sound_param& p = engine.parameters;
-            const double rest = sum.For(p, engine.controllers, kPreviewLoudness, kKey).rest;
+            const double rest =
+                sum.For(p, engine.controllers, kPreviewVelocity / 127.0F, kPreviewKey / 127.0F)
+                    .rest;
             Loan loan{&(p.*sum.c0), p.*sum.c0, static_cast<float>(double(place) - rest)};
             *loan.coefficient = loan.lent;
             return loan;

@@ -2,6 +2,7 @@
 #include "app/strip/Piano.h"
 
 #include "app/VexaView.h"
+#include "tuning/Tuning.h"
 #include "views/Theme.h"
 
 #include <algorithm>
@@ -30,10 +31,10 @@ constexpr int kLoudest = 127;
 constexpr int kUsualVelocity = 100;
 
 std::string NameOf(int key) {
-    static constexpr const char* kNames[kOctave] = {"C",  "C#", "D",  "D#", "E",  "F",
-                                                    "F#", "G",  "G#", "A",  "A#", "B"};
-    std::string name = kNames[key % kOctave];
-    name += std::to_string(key / kOctave + kFirstOctave);
+    static constexpr const char* kNames[kKeysInOctave] = {"C",  "C#", "D",  "D#", "E",  "F",
+                                                          "F#", "G",  "G#", "A",  "A#", "B"};
+    std::string name = kNames[key % kKeysInOctave];
+    name += std::to_string(key / kKeysInOctave + kFirstOctave);
     return name;
 }
 
@@ -67,7 +68,7 @@ void Piano::Arrange(int first, int count) {
             std::clamp(first, 0, PianoKeys::kWhiteKeys - count),
             count};
     seen.clear();
-    for (int key = 0; key < kMidiKeys; key++) {
+    for (int key = 0; key < kKeys; key++) {
         if (keys.Has(key))
             seen.push_back(key);
     }
@@ -81,16 +82,16 @@ void Piano::Scroll(int octaves) {
 }
 
 void Piano::Refresh() {
-    std::bitset<kMidiKeys> next;
+    std::bitset<kKeys> next;
     for (const voice& slot : mainView.Playing().voices) {
         const VoiceState::Seen seen = slot.state.Look();
         const long key = std::lround(slot.key * 127);
-        if (seen.Active() && !slot.released && key >= 0 && key < kMidiKeys)
+        if (seen.Active() && !slot.released && key >= 0 && key < kKeys)
             next.set(static_cast<std::size_t>(key));
     }
-    const std::bitset<kMidiKeys> changed = next ^ lit;
+    const std::bitset<kKeys> changed = next ^ lit;
     lit = next;
-    for (int key = 0; changed.any() && key < kMidiKeys; key++) {
+    for (int key = 0; changed.any() && key < kKeys; key++) {
         if (changed[static_cast<std::size_t>(key)] && keys.Has(key))
             Invalidate(keys.FrameOf(key));
     }
@@ -154,7 +155,7 @@ bool Piano::WheelMoved(BPoint, BPoint steps) {
 
 /// The key that the keyboard is on, which is brought into view.
 void Piano::Choose(int key) {
-    chosen = std::clamp(key, 0, kMidiKeys - 1);
+    chosen = std::clamp(key, 0, kKeys - 1);
     while (PianoKeys::WhiteOf(chosen) < keys.First())
         Scroll(-1);
     while (!keys.Has(chosen) && keys.First() + keys.Count() < PianoKeys::kWhiteKeys)
@@ -171,10 +172,10 @@ bool Piano::KeyDown(const kits::KeyPress& press) {
         Choose(chosen + 1);
         return true;
     case kits::Key::Down:
-        Choose(chosen - kOctave);
+        Choose(chosen - kKeysInOctave);
         return true;
     case kits::Key::Up:
-        Choose(chosen + kOctave);
+        Choose(chosen + kKeysInOctave);
         return true;
     default:
         if (press.key != kits::Key::Enter && press.character != U' ')
@@ -236,7 +237,7 @@ void Piano::DrawKey(int key) {
         SetHighColor(colors.accent);
         StrokeRoundRect(frame.InsetByCopy(1.5F, 1.5F), 1, 2);
     }
-    if (key % kOctave == 0) {
+    if (key % kKeysInOctave == 0) {
         SetHighColor({90, 90, 96});
         DrawString(NameOf(key), {frame.left + 4, frame.bottom - 4});
     }
@@ -255,7 +256,7 @@ void Piano::DrawArrow(bool right) {
 
 void Piano::Draw(BRect) {
     for (const bool black : {false, true}) {
-        for (int key = 0; key < kMidiKeys; key++) {
+        for (int key = 0; key < kKeys; key++) {
             if (keys.Has(key) && PianoKeys::IsBlack(key) == black)
                 DrawKey(key);
         }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/strip/PianoKeys.h"
 
+#include "tuning/Tuning.h"
+
 #include <array>
 #include <cmath>
 
@@ -9,9 +11,9 @@ namespace vexa {
 namespace {
 
 /// For the keys from a C on: whether each is black, and how many white ones lie below it.
-constexpr std::array<bool, kOctave> kBlack = {false, true,  false, true,  false, false,
-                                              true,  false, true,  false, true,  false};
-constexpr std::array<int, kOctave> kBelow = {0, 0, 1, 1, 2, 3, 3, 4, 4, 5, 5, 6};
+constexpr std::array<bool, kKeysInOctave> kBlack = {false, true,  false, true,  false, false,
+                                                    true,  false, true,  false, true,  false};
+constexpr std::array<int, kKeysInOctave> kBelow = {0, 0, 1, 1, 2, 3, 3, 4, 4, 5, 5, 6};
 
 /// The size of a black key, in widths and heights of a white one.
 constexpr float kBlackWidth = 0.6F;
@@ -20,11 +22,11 @@ constexpr float kBlackHeight = 0.6F;
 } // namespace
 
 bool PianoKeys::IsBlack(int key) {
-    return kBlack[static_cast<std::size_t>(key % kOctave)];
+    return kBlack[static_cast<std::size_t>(key % kKeysInOctave)];
 }
 
 int PianoKeys::WhiteOf(int key) {
-    return key / kOctave * 7 + kBelow[static_cast<std::size_t>(key % kOctave)];
+    return key / kKeysInOctave * 7 + kBelow[static_cast<std::size_t>(key % kKeysInOctave)];
 }
 
 bool PianoKeys::Has(int key) const {
@@ -51,7 +53,7 @@ BRect PianoKeys::FrameOf(int key) const {
 
 std::optional<int> PianoKeys::KeyAt(BPoint where) const {
     std::optional<int> found;
-    for (int key = 0; key < kMidiKeys; key++) {
+    for (int key = 0; key < kKeys; key++) {
         if (!Has(key) || !FrameOf(key).InsetByCopy(-0.5F, -0.5F).Contains(where))
             continue;
         found = key;

@@ -8,8 +8,7 @@
 
 namespace vexa {
 
-inline constexpr int kMidiKeys = 128;
-inline constexpr int kOctave = 12;
+inline constexpr int kKeysInOctave = 12;
 
 /// A piano of some white keys in a row in a rectangle of any size. MIDI's 128 keys
 /// have 75 white ones.

@@ -80,10 +80,10 @@ int main(int, char** arguments) {
     mydsp* const voices = new mydsp;
     voices->init(%d);
     std::FILE* const file = std::fopen(arguments[1], "wb");
-    std::vector<float> block(512);
+    std::vector<float> block(4096);
     float* out = block.data();
-    for (long left = %dL; left > 0; left -= 512) {
-        const int count = int(std::min(left, 512L));
+    for (long left = %dL; left > 0; left -= 4096) {
+        const int count = int(std::min(left, 4096L));
         voices->compute(count, nullptr, &out);
         std::fwrite(out, sizeof(float), std::size_t(count), file);
     }

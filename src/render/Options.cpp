@@ -58,7 +58,7 @@ constexpr kits::OptionRow<Options> kRows[] = {
      [](Options& o, std::string_view text) { return SetNumber(o.gain, text, 0.0, 1.0); }},
     {"tail", "SECONDS", "a number from 0 to 3600", "go on after the last event (3)",
      [](Options& o, std::string_view text) { return SetNumber(o.tail, text, 0.0, 3600.0); }},
-    {"block", "FRAMES", "a whole number from 1 to 65536", "render so many frames at a time (512)",
+    {"block", "FRAMES", "a whole number from 1 to 65536", "render so many frames at a time (4096)",
      [](Options& o, std::string_view text) { return SetNumber(o.block, text, 1, 65536); }},
     {"normalize", nullptr, nullptr, "scale the whole to full volume",
      [](Options& o, std::string_view) { return o.normalize = true; }},

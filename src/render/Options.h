@@ -60,7 +60,7 @@ struct Options {
     /// The seconds that are rendered after the last event.
     double tail = 3;
     /// The frames rendered at a time; the result does not depend on it.
-    int block = 512;
+    int block = 4096;
     /// True where the whole is to be scaled to a peak of 1.
     bool normalize = false;
     /// True where what a person made is looked for in the user's folder, wherever the program lies.

@@ -6,6 +6,7 @@
 //     w0 = hpa hpsum0 + s,  hpsum0 = w0 rounded to float, the same for 1 and b,
 //     output = s - hpgain (w0 - w1).
 //
+// Of w0 - w1 there remains hpa hpsum0 - hpb hpsum1, whose products are exact in double precision.
 // Only the sums depend on what came before, each by one operation from sample to sample, and they
 // advance for several voices at a time: the voices are the lanes of a vector. (A fused operation
 // rounds once where the formula rounds to double and then to float. The two differ about once in
@@ -14,6 +15,8 @@
 
 #include "synth/BlockLoops.h"
 #include "synth/PlaneFunction.h"
+
+#include <type_traits>
 
 #if defined(__FMA__)
 #include <immintrin.h>
@@ -44,15 +47,6 @@ inline float Fused(float a, float b, float c) {
 #endif
 }
 
-/// a b + c in double precision, in which a b is exact.
-inline double SumOf(float a, float b, float c) {
-#if defined(__FMA__) || defined(__ARM_FEATURE_FMA)
-    return __builtin_fma(double(a), double(b), double(c));
-#else
-    return double(a) * b + c;
-#endif
-}
-
 using Four = float __attribute__((vector_size(4 * sizeof(float))));
 using Eight = float __attribute__((vector_size(8 * sizeof(float))));
 
@@ -64,9 +58,8 @@ inline void Step(const Lanes& hpa, const Lanes& hpb, const Lanes& gain, const La
     constexpr int lanes = sizeof(Lanes) / sizeof(float);
     Lanes next0, next1;
     for (int k = 0; k < lanes; k++) {
-        const double w0 = SumOf(hpa[k], hpsum0[k], s[k]);
-        const double w1 = SumOf(hpb[k], hpsum1[k], s[k]);
-        output[k] = static_cast<float>(s[k] - gain[k] * (w0 - w1));
+        const double w = double(hpa[k]) * hpsum0[k] - double(hpb[k]) * hpsum1[k];
+        output[k] = static_cast<float>(s[k] - gain[k] * w);
         next0[k] = Fused(hpa[k], hpsum0[k], s[k]);
         next1[k] = Fused(hpb[k], hpsum1[k], s[k]);
     }
@@ -80,10 +73,8 @@ inline void Step(const Lanes& hpa, const Lanes& hpb, const Lanes& gain, const La
 inline void Step(const Four& hpa, const Four& hpb, const Four& gain, const Four& s, Four& hpsum0,
                  Four& hpsum1, Four& output) {
     const auto wide = [](Four values) { return _mm256_cvtps_pd(values); };
-    const __m256d input = wide(s);
-    const __m256d w0 = _mm256_fmadd_pd(wide(hpa), wide(hpsum0), input);
-    const __m256d w1 = _mm256_fmadd_pd(wide(hpb), wide(hpsum1), input);
-    output = _mm256_cvtpd_ps(input - wide(gain) * (w0 - w1));
+    const __m256d w = _mm256_fmsub_pd(wide(hpa), wide(hpsum0), wide(hpb) * wide(hpsum1));
+    output = _mm256_cvtpd_ps(wide(s) - wide(gain) * w);
     hpsum0 = _mm_fmadd_ps(hpa, hpsum0, s);
     hpsum1 = _mm_fmadd_ps(hpb, hpsum1, s);
 }
@@ -94,10 +85,8 @@ inline void Step(const Eight& hpa, const Eight& hpb, const Eight& gain, const Ei
     // The form with a mask of all lanes is used, as the compiler warns of what the form without one
     // leaves open.
     const auto wide = [](Eight values) { return _mm512_maskz_cvtps_pd(0xFF, values); };
-    const __m512d input = wide(s);
-    const __m512d w0 = _mm512_fmadd_pd(wide(hpa), wide(hpsum0), input);
-    const __m512d w1 = _mm512_fmadd_pd(wide(hpb), wide(hpsum1), input);
-    output = _mm512_maskz_cvtpd_ps(0xFF, input - wide(gain) * (w0 - w1));
+    const __m512d w = _mm512_fmsub_pd(wide(hpa), wide(hpsum0), wide(hpb) * wide(hpsum1));
+    output = _mm512_maskz_cvtpd_ps(0xFF, wide(s) - wide(gain) * w);
     hpsum0 = _mm256_fmadd_ps(hpa, hpsum0, s);
     hpsum1 = _mm256_fmadd_ps(hpb, hpsum1, s);
 #else
@@ -192,24 +181,47 @@ class SideBySide {
         hpsum1 = sound ? hpsum1 : Lanes{};
     }
 
-    /// Filters so many samples of each, whose lines stand `count` apart. True where one that is not
-    /// heard as it is has been bounded.
-    bool Run(const float* samples, bool allHeard, int count, float* sum) {
-        // The voices' samples for each moment: first they are the input, then the output.
-        alignas(64) Lanes moments[kRoom];
-        const auto row = [&moments](int i) { return reinterpret_cast<float*>(moments + i); };
+    /// Takes so many samples of each as the input, whose lines stand `count` apart from `samples`
+    /// on, which it moves to the next group's. True where one that is not heard as it is has been
+    /// bounded.
+    bool Take(const float*& samples, bool allHeard, int count) {
         alignas(64) static const float silence[kRoom]{};
         const float* lines[kWidth];
         for (int k = 0; k < kWidth; k++)
             lines[k] = k < voices ? samples + k * count : silence;
         for (int i = 0; i < count; i += 4)
             Columns(lines, i, moments + i);
-        const bool beyond = !allHeard && Bound(row(0), count * kWidth);
-        Filter(moments, count);
+        samples += voices * count;
+        return !allHeard && Bound(Row(0), count * kWidth);
+    }
+
+    /// The filters on their way through the moments of an input.
+    class Walk {
+      public:
+        explicit Walk(SideBySide& of)
+            : of(of), a(of.hpa), b(of.hpb), gain(of.gain), sum0(of.hpsum0), sum1(of.hpsum1) {}
+        /// Puts the output in place of the input.
+        void Advance(int moment) {
+            Step(a, b, gain, of.moments[moment], sum0, sum1, output);
+            of.moments[moment] = output;
+        }
+        void End() const {
+            of.hpsum0 = sum0;
+            of.hpsum1 = sum1;
+            of.last = output;
+        }
+
+      private:
+        SideBySide& of;
+        const Lanes a, b, gain;
+        Lanes sum0, sum1, output{};
+    };
+
+    void AddTo(float* sum, int count) {
         for (int i = 0; i < count; i += kWidth) {
             const float* rows[kWidth];
             for (int moment = 0; moment < kWidth; moment++)
-                rows[moment] = row(i + moment);
+                rows[moment] = Row(i + moment);
             Lanes total;
             __builtin_memcpy(&total, sum + i, sizeof total);
             for (int k = 0; k < kWidth; k += 4) {
@@ -220,7 +232,6 @@ class SideBySide {
             }
             __builtin_memcpy(sum + i, &total, sizeof total);
         }
-        return beyond;
     }
 
     /// Lets the filters go on from here.
@@ -242,31 +253,35 @@ class SideBySide {
         __builtin_memcpy(&to, values, sizeof to);
     }
 
-    void Filter(Lanes* moments, int count) {
-        const Lanes a = hpa, b = hpb, g = gain;
-        Lanes sum0 = hpsum0, sum1 = hpsum1, output{};
-        for (int i = 0; i < count; i++) {
-            Step(a, b, g, moments[i], sum0, sum1, output);
-            moments[i] = output;
-        }
-        hpsum0 = sum0;
-        hpsum1 = sum1;
-        last = output;
-    }
+    float* Row(int moment) { return reinterpret_cast<float*>(moments + moment); }
 
     LowCutFilter* const* filters;
     int voices;
     Lanes hpa, hpb, gain, hpsum0, hpsum1, last{};
+    /// The voices' samples for each moment: first they are the input, then the output.
+    alignas(64) Lanes moments[kRoom];
 };
 
-template<class Lanes>
-bool LowCutOf(LowCutFilter* const* filters, int voices, const float* samples, bool allHeard,
-              int count, float* sum, std::size_t cells, std::size_t stride) {
-    SideBySide<Lanes> side(filters, voices);
+/// Advances groups of filters in one loop: while one waits for its sums, another has work.
+template<class... Walks>
+void WalkTogether(int count, Walks... walks) {
+    for (int i = 0; i < count; i++)
+        (walks.Advance(i), ...);
+    (walks.End(), ...);
+}
+
+/// Filters the cells with groups that stand one after the other; true where a sample was bounded.
+template<class... Groups>
+bool LowCutOf(const float* samples, bool allHeard, int count, float* sum, std::size_t cells,
+              std::size_t stride, Groups&&... groups) {
     bool beyond = false;
-    for (std::size_t i = 0; i < cells; i++)
-        beyond |= side.Run(samples + i * stride, allHeard, count, sum + i * std::size_t(count));
-    side.End();
+    for (std::size_t i = 0; i < cells; i++) {
+        const float* lines = samples + i * stride;
+        ((beyond |= groups.Take(lines, allHeard, count)), ...);
+        WalkTogether(count, typename std::remove_reference_t<Groups>::Walk(groups)...);
+        (groups.AddTo(sum + i * std::size_t(count), count), ...);
+    }
+    (groups.End(), ...);
     return beyond;
 }
 
@@ -277,10 +292,16 @@ bool LowCut(LowCutFilter* const* filters, const float* samples, std::size_t voic
     for (std::size_t i = 0; i < cells; i++)
         allHeard &= AllHeard(samples + i * stride, voices * count);
     for (int left = static_cast<int>(voices); left > 0;) {
-        const bool wide = left > 4;
-        const int side = left < 4 ? left : !wide ? 4 : left < 8 ? left : 8;
-        beyond |= (wide ? LowCutOf<Eight> : LowCutOf<Four>)(filters, side, samples, allHeard, n,
-                                                            sum, cells, stride);
+        const auto run = [&](auto&&... groups) {
+            beyond |= LowCutOf(samples, allHeard, n, sum, cells, stride, groups...);
+        };
+        const int side = left < 8 ? left : left <= 12 ? left : 8;
+        if (side > 8)
+            run(SideBySide<Eight>(filters, 8), SideBySide<Four>(filters + 8, side - 8));
+        else if (side > 4)
+            run(SideBySide<Eight>(filters, side));
+        else
+            run(SideBySide<Four>(filters, side));
         filters += side;
         samples += side * n;
         left -= side;

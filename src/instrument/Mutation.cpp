@@ -3,6 +3,7 @@
 
 #include "documents/ApplySound.h"
 #include "documents/NumberDoubt.h"
+#include "kits/maths/Functions.h"
 #include "kits/support/NumberText.h"
 #include "midi/Engine.h"
 #include "synth/Envelope.h"
@@ -59,7 +60,7 @@ class Dice {
             sum += double(generator() >> 11) * 0x1p-53;
         return std::clamp(sum - 6, -3.0, 3.0) * strength;
     }
-    double Factor(double amount) { return std::exp(amount * Amount()); }
+    double Factor(double amount) { return kits::maths::Exponential(amount * Amount()); }
 
   private:
     std::mt19937_64 generator;

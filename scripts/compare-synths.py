@@ -5,7 +5,8 @@
 compare-synths.py [BUILD]: build/release if not given; the Debian packages synthv1-lv2 and
 zynaddsubfx-lv2 must be installed. A chord of 8 notes is held for 60 s in JACK's freewheel: Vexa with
 presets, the others with the sound that they begin with. Prints the medians of three runs in turns,
-of the whole host, and what the host takes with no key held.
+of the whole host, and what the host takes before any key has been struck and as long again, 15 s after
+all have been let go.
 """
 import pathlib
 import statistics
@@ -23,30 +24,33 @@ SYNTHS = [("Vexa, default", VEXA, "default"), ("Vexa, pad", VEXA, "pad"),
           ("ZynAddSubFX", "http://zynaddsubfx.sourceforge.net", None)]
 CHORD = (48, 52, 55, 59, 60, 64, 67, 71)
 SECONDS = 60
+FADING = 15
 RUNS = 3
 
 
 def measured(build, uri, preset):
-    """Seconds of processor time with the chord and without."""
+    """Seconds of processor time with the chord, before it and after it."""
     with Jalv(uri, build / "lv2") as jalv:
         if preset:
             jalv.load(f"{uri}#preset_{preset}")
         _, idle = jalv.play([], SECONDS)
         heard, used = jalv.play(notes(CHORD, 0, 1000 * SECONDS - 1), SECONDS)
+        jalv.play([], FADING)
+        _, after = jalv.play([], SECONDS)
     # The chord has to sound to its end.
     if numpy.abs(heard[:, -48000:]).max() < 1e-4:
         sys.exit(f"{uri} {preset or ''}: silent before the end")
-    return used, idle
+    return used, idle, after
 
 
 def main():
-    build = pathlib.Path(sys.argv[1]) if len(sys.argv) > 1 else ROOT / "build/release"
+    build = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else ROOT / "build/release").resolve()
     with server():
         runs = [[measured(build, uri, preset) for _, uri, preset in SYNTHS] for _ in range(RUNS)]
-    print(f"{'':16} chord   idle (s of processor time, {SECONDS} s of sound)")
+    print(f"{'':16} chord   idle  after (s of processor time, {SECONDS} s of sound)")
     for (name, _, _), rows in zip(SYNTHS, zip(*runs)):
-        used, idle = (statistics.median(column) for column in zip(*rows))
-        print(f"{name:16} {used:5.2f}  {idle:5.2f}")
+        used, idle, after = (statistics.median(column) for column in zip(*rows))
+        print(f"{name:16} {used:5.2f}  {idle:5.2f}  {after:5.2f}")
 
 
 if __name__ == "__main__":

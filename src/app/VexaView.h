@@ -104,8 +104,9 @@ class VexaView : public BView {
     const Tuning& PresentTuning() const { return tuning; }
     /// They save into the folder sounds or functions, under a plain file name.
     void SaveSound(const std::string& name);
-    /// Saves to the person's own file that the sound is of; asks for a name where there is none.
-    void SaveAgain();
+    /// Saves to the person's own file that the sound is of; shows the panel, which asks for a name,
+    /// where there is none. Once it is saved, `then` is called.
+    void SaveAgain(const std::function<void()>& then = nullptr);
     void SaveFunction(const std::string& name);
 
     /// True where what would be saved differs, but for authors, from the sound that was loaded or
@@ -116,7 +117,7 @@ class VexaView : public BView {
     /// Takes the present sound for unchanged; what was before cannot be brought back by Undo.
     void BeginHistory();
     /// True where the sound may be given up: asks the person where it has changed. A person who
-    /// wants to save it first gets the panel, and `then` is called after that.
+    /// wants to save it first gets what SaveAgain does, with `then`.
     bool MayGiveUp(const std::function<void()>& then);
     /// Asks the same for the sounds of both slots.
     bool MayGiveUpBoth(const std::function<void()>& then);

@@ -262,11 +262,12 @@ void VexaView::SaveSound(const std::string& name) {
         then();
 }
 
-void VexaView::SaveAgain() {
+void VexaView::SaveAgain(const std::function<void()>& then) {
     const std::filesystem::path path = Steps().File().path;
     if (path.empty() || !folders.IsOwn("sounds", path)) {
         BMessage show(kSaveSoundCode);
         MessageReceived(&show);
+        afterSaving = then;
         return;
     }
     // What is typed is saved, so that it is heard too.
@@ -274,9 +275,10 @@ void VexaView::SaveAgain() {
         if (field->IsEdited())
             field->Confirm();
     }
-    afterSaving = nullptr;
-    if (MaySave())
-        SaveSound(path.filename().string());
+    if (!MaySave())
+        return;
+    afterSaving = then;
+    SaveSound(path.filename().string());
 }
 
 void VexaView::OpenSound(const std::string& path) {
@@ -342,11 +344,8 @@ bool VexaView::MayGiveUp(const std::function<void()>& then) {
                    ("The sound \"" + SoundName() + "\" has changes that are not saved.").c_str(),
                    "Cancel", "Discard", "Save", B_WIDTH_AS_USUAL, B_WARNING_ALERT);
     const int32 answer = alert->Go();
-    if (answer == kSave) {
-        BMessage show(kSaveSoundCode);
-        MessageReceived(&show);
-        afterSaving = then;
-    }
+    if (answer == kSave)
+        SaveAgain(then);
     return answer == kDiscard;
 }
 

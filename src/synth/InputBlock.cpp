@@ -11,6 +11,12 @@ namespace {
 
 constexpr double kRampSeconds = 0.01;
 
+/// True where somebody's hand moves it.
+VEXA_REALTIME bool IsHand(FunctionInput input) noexcept {
+    return input.kind == FunctionInput::Kind::Macro ||
+           input.kind == FunctionInput::Kind::Controller;
+}
+
 } // namespace
 
 void InputBlock::Advance(double rate, std::size_t newSmooth, std::size_t newOffset,
@@ -30,9 +36,42 @@ void InputBlock::Advance(double rate, std::size_t newSmooth, std::size_t newOffs
     begun = true;
 }
 
+float InputBlock::WantedOf(FunctionInput input, const RunningVoice& v, float common,
+                           const OwnControllers& own) const noexcept {
+    if (input.kind == FunctionInput::Kind::Controller)
+        return static_cast<float>(own.Of(int32(input.number), v.own, double(common)));
+    const OwnMacro given = own.OfMacro(input.number, v.own, v.macros);
+    return given.Given() ? Wanted(macros[input.number], given) : common;
+}
+
+bool InputBlock::IsSteady(const PlaneSource& f, const RunningVoice& v) const noexcept {
+    for (std::size_t n = 0; n < f.Inputs().size(); n++) {
+        if (IsHand(f.Inputs()[n]) && v.heard[n].Varies())
+            return false;
+    }
+    return true;
+}
+
+bool InputBlock::IsAskedOf(const PlaneSource& f, const RunningVoice& v,
+                           const ControllerTable& controllers,
+                           const OwnControllers& own) const noexcept {
+    std::size_t n = 0;
+    for (const FunctionInput input : f.Inputs()) {
+        const Ramp<float>& heard = v.heard[n++];
+        if (!IsHand(input))
+            continue;
+        const float common = input.kind == FunctionInput::Kind::Macro
+                                 ? Wanted(macros[input.number])
+                                 : static_cast<float>(controllers[input.number]);
+        if (!heard.StaysAt(WantedOf(input, v, common, own)))
+            return true;
+    }
+    return false;
+}
+
 void InputBlock::Write(const Common& common, float wanted, Ramp<float>& heard,
                        const RunningVoice& v, float* to, std::size_t count) noexcept {
-    if (v.age > 0 && goesOn) {
+    if (v.age > 0 && sameSource) {
         heard.Aim(wanted, common.length, offset);
     } else {
         heard = common.value;
@@ -46,8 +85,9 @@ const float* const* InputBlock::Fill(const PlaneSource& f, std::span<RunningVoic
                                      const ControllerTable& controllers, const OwnControllers& own,
                                      double dt, std::size_t count) noexcept {
     const std::span<const FunctionInput> inputs = f.Inputs();
+    sameSource = source == &f;
     // What has come while nothing was heard is there at once.
-    goesOn = wasFilled && source == &f;
+    const bool goesOn = wasFilled && sameSource;
     source = &f;
     filled = true;
     for (std::size_t n = 0; n < inputs.size(); n++) {
@@ -62,19 +102,11 @@ const float* const* InputBlock::Fill(const PlaneSource& f, std::span<RunningVoic
         for (std::size_t k = 0; k < voices.size(); k++, to += count) {
             RunningVoice& v = *voices[k];
             switch (input.kind) {
-            case FunctionInput::Kind::Macro: {
-                const Macro& macro = macros[input.number];
-                const OwnMacro given = own.OfMacro(input.number, v.own, v.macros);
-                Write(common, given.Given() ? Wanted(macro, given) : common.value.End(), v.heard[n],
-                      v, to, count);
+            case FunctionInput::Kind::Macro:
+            case FunctionInput::Kind::Controller:
+                Write(common, WantedOf(input, v, common.value.End(), own), v.heard[n], v, to,
+                      count);
                 break;
-            }
-            case FunctionInput::Kind::Controller: {
-                const double wanted =
-                    own.Of(int32(input.number), v.own, double(common.value.End()));
-                Write(common, static_cast<float>(wanted), v.heard[n], v, to, count);
-                break;
-            }
             case FunctionInput::Kind::Velocity:
                 std::fill_n(to, count, v.vel);
                 break;

@@ -24,6 +24,12 @@ class VEXA_REALTIME InputBlock {
   public:
     explicit InputBlock(Macros& macros) : macros(macros), space(std::make_unique<Space>()) {}
 
+    /// True where all that the voice hears of macros and controllers is where it is wanted.
+    bool IsSteady(const PlaneSource& f, const RunningVoice& v) const noexcept;
+    /// True where a macro or controller that f hears is wanted elsewhere than the voice has it.
+    bool IsAskedOf(const PlaneSource& f, const RunningVoice& v, const ControllerTable& controllers,
+                   const OwnControllers& own) const noexcept;
+
     /// Moves the macros over the next `count` moments, `rate` a second, whether they are used or
     /// not. Each goes to what it was last set to within 10 ms, or `smooth` samples if that is
     /// longer; the first moment of all finds it there. `offset` is that of VoiceMotion.
@@ -44,7 +50,11 @@ class VEXA_REALTIME InputBlock {
         Ramp<float> value;
         std::size_t length;
     };
-    /// Writes the values of that input for a voice, which wants it at a value that may be its own.
+    /// Returns where a voice wants an input that is a macro or a controller: where all want it,
+    /// unless it has something of its own.
+    float WantedOf(FunctionInput input, const RunningVoice& v, float common,
+                   const OwnControllers& own) const noexcept;
+    /// Writes the values of that input for a voice.
     void Write(const Common& common, float wanted, Ramp<float>& heard, const RunningVoice& v,
                float* to, std::size_t count) noexcept;
     /// Writes `count` values of the ramp from here on.
@@ -71,8 +81,8 @@ class VEXA_REALTIME InputBlock {
     /// its cell; then whether Fill has been called for this block and for the one before.
     std::size_t smooth = 0, length = 0, offset = 0;
     bool filled = false, wasFilled = false;
-    /// The source is that of the block before.
-    bool goesOn = false;
+    /// The source is that of the last Fill before.
+    bool sameSource = false;
     /// The source whose inputs the controls are.
     const PlaneSource* source = nullptr;
     std::unique_ptr<Space> space;

@@ -55,6 +55,11 @@ struct RunningVoice {
     /// True where at the end of the last cell the note's point had come to a stand for good
     /// (VoiceMotion::Stands).
     bool stands = false;
+    /// What the function gave at the end of the last cell while the point stood, whether it has
+    /// given something else since, and for how many samples up to that end it has not.
+    float level = 0;
+    bool stirs = false;
+    std::size_t stillFor = 0;
     /// True where the filter had settled too: until something changes, each sample is filter.out.
     bool rests = false;
     /// True where nothing more will be heard of it, as long as nothing changes.

@@ -36,6 +36,12 @@ constexpr double kFilterRate = 44100;
 /// The part of full volume, which is 1, below which nobody hears a voice.
 constexpr float kInaudible = 1e-7F;
 
+/// Changes of f from cell to cell of which a low-cut filter leaves nothing that is heard.
+constexpr float kStill = kInaudible / 100;
+/// Where f hears the time, a released note is taken for ended once f has given the same for so many
+/// seconds.
+constexpr double kStillSeconds = 10;
+
 /// Seconds in which the wheel, volumes and what is cut off get where they are wanted.
 constexpr double kHandSeconds = 0.01;
 constexpr double kFadeSeconds = 0.005;
@@ -118,6 +124,7 @@ void VoiceRenderer::SetSampleRate(double rate, int oversampling) noexcept {
     for (RunningVoice& v : running) {
         v.age = scaled(v.age);
         v.left = scaled(v.left);
+        v.stillFor = scaled(v.stillFor);
         if (refilters && v.sounds)
             Refilter(v, LowCutFor(v.freq));
     }
@@ -191,6 +198,8 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
         if (!v.sounds)
             continue;
         TakeUpHands(v, voices[i]);
+        if (v.rests && inputs.IsAskedOf(source, v, controllers, own))
+            v.stands = v.rests = false;
         if (v.rests) {
             motion.Pass(v);
             v.age += count;
@@ -247,23 +256,29 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
     const float* const rightSum = apart ? other.sum.data() : one.sum.data();
     for (std::size_t i = 0; right && i < count; i++)
         right[i] = rightSum[i] * factor;
+    const bool hearsTime = HearsTime(source);
+    const bool cellEnds = offset + count == kBlock;
+    for (std::size_t k = 0; k < voiceCount && hearsTime; k++) {
+        if (sounding[k]->stands)
+            Watch(*sounding[k], {&one.s[k * count], count}, cellEnds);
+    }
     // Only where a cell ends, so that it does not depend on where blocks are cut; and of points
     // that stood at its beginning too, so that the last value is the one that stays.
-    if (offset + count < kBlock)
+    if (!cellEnds)
         return;
     for (std::size_t k = 0; k < voiceCount; k++) {
         RunningVoice& v = *sounding[k];
         const bool stood = v.stands;
         const auto last = [at = (k + 1) * count - 1](const Block::Ear& ear) {
-            return Heard(ear.s[at]);
+            return ear.s[at];
         };
-        const bool stands = motion.Stands(v);
-        // What hears more than its point may sound again.
-        v.stands = stands && source.Inputs().empty();
-        v.rests = stood && v.stands && !v.arrives.Moves() && Settles(v.filter, last(one)) &&
-                  (!apart || Settles(v.rightFilter, last(other)));
-        v.over = stands && Lacks(v.filter, last(one)) < kInaudible &&
-                 (!apart || Lacks(v.rightFilter, last(other)) < kInaudible);
+        v.stands = motion.Stands(v);
+        if (!v.stands)
+            v.stillFor = 0;
+        v.rests = stood && v.stands && !v.arrives.Moves() && inputs.IsSteady(source, v) &&
+                  !Lingers(v, hearsTime, 0) && Settles(v.filter, Heard(last(one))) &&
+                  (!apart || Settles(v.rightFilter, Heard(last(other))));
+        v.over = v.stands && IsOver(v, last(one), last(other));
     }
     CloseEars();
 }
@@ -312,6 +327,23 @@ float VoiceRenderer::StartOf(const RunningVoice& v, const PlaneSource& f,
     return Heard(f.At(static_cast<float>(x), static_cast<float>(y), heard.data()));
 }
 
+bool VoiceRenderer::HearsTime(const PlaneSource& f) noexcept {
+    return std::ranges::any_of(f.Inputs(), [](const FunctionInput& input) {
+        return input.kind == FunctionInput::Kind::Time;
+    });
+}
+
+/// Follows what f gives of a voice whose point stands.
+void VoiceRenderer::Watch(RunningVoice& v, std::span<const float> samples, bool cellEnds) noexcept {
+    for (const float sample : samples)
+        v.stirs = v.stirs || !(std::abs(sample - v.level) <= kStill);
+    if (!cellEnds)
+        return;
+    v.stillFor = v.stirs ? 0 : v.stillFor + kBlock;
+    v.stirs = false;
+    v.level = samples.back();
+}
+
 /// Charges the filters so that the first samples of a block are what the last ones were, at a level
 /// that is so much louder.
 void VoiceRenderer::Join(std::span<RunningVoice* const> sounding, const Block& block,
@@ -325,6 +357,18 @@ void VoiceRenderer::Join(std::span<RunningVoice* const> sounding, const Block& b
         if (apart)
             charge(sounding[k]->rightFilter, block.right.s[k * count]);
     }
+}
+
+/// True where a voice whose point stands, and hears time, counts as heard for so many cells more.
+bool VoiceRenderer::Lingers(const RunningVoice& v, bool hearsTime,
+                            std::size_t cells) const noexcept {
+    return hearsTime && v.stillFor + cells * kBlock < SamplesIn(kStillSeconds);
+}
+
+/// True where nothing will be heard of a voice whose input stays what the ears have of it now.
+bool VoiceRenderer::IsOver(const RunningVoice& v, float left, float right) const noexcept {
+    return Lacks(v.filter, Heard(left)) < kInaudible &&
+           (!apart || Lacks(v.rightFilter, Heard(right)) < kInaudible);
 }
 
 /// A voice that rests goes on moving when the sound has become another; answers whether it has.
@@ -492,6 +536,7 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
         envelope.Restart();
     v.sounds = true;
     v.stands = v.rests = v.over = false;
+    v.stillFor = 0;
     v.changes = seen.Changes();
 }
 

@@ -25,12 +25,10 @@ std::size_t VoiceMotion::CellsFor(const Axis& axis, const RunningVoice& v,
 
 std::size_t VoiceMotion::CellsFor(RunningVoice& v, std::size_t most) const noexcept {
     const std::size_t cells = CellsFor(y, v, CellsFor(x, v, most));
-    if (!v.released || v.rests || cells == 0)
-        return cells;
-    if (v.stands)
-        return 0;
     // What stands does so for good: it is enough to look at the end, or a little beyond, as if the
     // sums had arrived there. The envelopes are followed from where they are afterwards.
+    if (!v.released || v.stands || cells == 0)
+        return cells;
     const auto envelopes = v.envelopes;
     const double t = v.t;
     v.t += dt * static_cast<double>((cells + 1) * kMostSamples);
@@ -65,13 +63,19 @@ std::size_t VoiceRenderer::RenderCells(const PlaneFunction& f, float* left, floa
     const PlaneSource& source = f.Source();
     if (!(first.Of() == sound) || &source != heard)
         return 0;
+    const bool hearsTime = HearsTime(source);
     std::size_t cells = most;
     for (std::size_t i = 0; i < kVoiceSlots && cells > 1; i++) {
         RunningVoice& v = running[i];
         if (!GoesOn(v, voices[i]))
             return 0;
-        if (v.sounds)
-            cells = first.CellsFor(v, cells);
+        if (!v.sounds)
+            continue;
+        // Where a point stands, each cell decides whether the voice rests.
+        if (v.rests ? inputs.IsAskedOf(source, v, controllers, own)
+                    : v.stands && !Lingers(v, hearsTime, cells))
+            return 0;
+        cells = first.CellsFor(v, cells);
     }
     if (cells <= 1)
         return 0;
@@ -114,6 +118,10 @@ std::size_t VoiceRenderer::RenderCells(const PlaneFunction& f, float* left, floa
         if (apart)
             evaluate(other);
     }
+    for (std::size_t k = 0; k < voiceCount; k++) {
+        for (std::size_t i = 0; i < cells && all[k]->stands; i++)
+            Watch(*all[k], {&one.s[i * points + k * kBlock], kBlock}, true);
+    }
     std::fill_n(one.sum.data(), cells * kBlock, resting);
     if (apart)
         std::fill_n(other.sum.data(), cells * kBlock, restingRight);
@@ -122,6 +130,11 @@ std::size_t VoiceRenderer::RenderCells(const PlaneFunction& f, float* left, floa
          {&RunningVoice::rightFilter, other.s.data(), other.sum.data(), 1}}};
     if (mix.Add(all, {both.data(), apart ? both.size() : 1}, cells))
         bounded = true;
+    for (std::size_t k = 0; k < voiceCount; k++) {
+        RunningVoice& v = *all[k];
+        const std::size_t last = (cells - 1) * points + (k + 1) * kBlock - 1;
+        v.over = v.stands && IsOver(v, one.s[last], other.s[last]);
+    }
     const float factor = gain * mix.Level();
     for (std::size_t i = 0; i < cells * kBlock; i++)
         left[i] = one.sum[i] * factor;

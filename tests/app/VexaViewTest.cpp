@@ -562,6 +562,16 @@ TEST_F(VexaViewTest, WhatIsNotSavedIsMarkedAndAskedAbout) {
     view->SaveSound("mine.xml");
     EXPECT_TRUE(saved);
     EXPECT_FALSE(view->Changed());
+    // What has a file of the person's goes there at once.
+    saved = false;
+    Field("Cx1").Type("0.125");
+    alerts.answer = 2;
+    EXPECT_FALSE(view->MayGiveUp([&] { saved = true; }));
+    EXPECT_TRUE(saved);
+    EXPECT_FALSE(view->Changed());
+    EXPECT_THAT(test::Contents(In("sounds/mine.xml")), HasSubstr("0.125"));
+    Enter("Cx1", "0.25");
+    view->SaveAgain();
     Enter("Cx1", "0.5");
     Enter("Cx1", "0.25");
     EXPECT_TRUE(mayGiveUp(0)) << "what is as it was";
@@ -582,7 +592,7 @@ TEST_F(VexaViewTest, WhatIsNotSavedIsMarkedAndAskedAbout) {
     view->LoadSound(In("sounds/mine.xml"));
     test::Settle();
     EXPECT_THAT(view->Caption(), testing::Not(HasSubstr("about")));
-    EXPECT_EQ(alerts.texts.size(), 3U);
+    EXPECT_EQ(alerts.texts.size(), 4U);
     // Another sound takes its place only with consent, a function only changes it.
     view->Open(In("functions/ripples.xml"));
     view->Open(In("sounds/bell.xml"));
@@ -590,7 +600,7 @@ TEST_F(VexaViewTest, WhatIsNotSavedIsMarkedAndAskedAbout) {
     alerts.answer = 1;
     view->Open(In("sounds/bell.xml"));
     EXPECT_EQ(Text("Fy"), "3.5");
-    EXPECT_EQ(alerts.texts.size(), 5U);
+    EXPECT_EQ(alerts.texts.size(), 6U);
     test::Settle();
     EXPECT_FALSE(view->Changed());
 }

@@ -6,6 +6,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -92,6 +95,104 @@ TEST(NoteFormula, MacrosOfANoteAreThoseOfItsChannel) {
         reference.begins[2] = 0.0F;
         EXPECT_LE(test::Difference(instrument, reference, events, samples, blockLimit), 1e-6F);
     }
+}
+
+/// A formula that counts the points at which it is computed.
+class Counted : public vexa::PlaneSource {
+  public:
+    explicit Counted(std::shared_ptr<const vexa::PlaneSource> f) : f(std::move(f)) {}
+    std::span<const vexa::FunctionInput> Inputs() const noexcept override { return f->Inputs(); }
+    float At(float x, float y, const float* inputs) const noexcept override {
+        return f->At(x, y, inputs);
+    }
+    void Evaluate(const float* x, const float* y, const float* const* inputs, float* values,
+                  std::size_t count) const noexcept override {
+        points += count;
+        f->Evaluate(x, y, inputs, values, count);
+    }
+    mutable std::size_t points = 0;
+
+  private:
+    std::shared_ptr<const vexa::PlaneSource> f;
+};
+
+/// What is released and silent costs nothing, but answers as ever to hands that move what it hears.
+/// Time goes on by itself: where it is heard, ten seconds without a change are waited for.
+TEST(NoteFormula, ReleasedNotesThatAreSilentRestUntilAHandMoves) {
+    constexpr std::size_t kSecond = 44100, kSeconds = 40;
+    using Kind = Event::Kind;
+    std::vector<Event> events;
+    for (const int key : {50, 57})
+        events.push_back({0, Kind::Note, key, 100});
+    for (const int key : {50, 57})
+        events.push_back({kSecond / 2, Kind::Note, key, 0});
+    events.push_back({25 * kSecond, Kind::Controller, 1, 127});
+    events.push_back({25 * kSecond + 9999, Kind::Controller, 16, 127});
+    events.push_back({38 * kSecond, Kind::Note, 62, 100});
+    const auto setUp = [](vexa::Engine& instrument, const std::string& text) {
+        test::MakeRich(instrument);
+        // At last no drift: notes stand at another place each.
+        vexa::sound_param& p = instrument.parameters;
+        p.Cx1 = p.Cx3 = p.Cy2 = p.Ay2 = 0;
+        test::SetEnvelope(instrument.envelopes[0],
+                          {{0, false, 0}, {0.4F, false, 1}, {0.3F, true, 0}});
+        auto counted = std::make_shared<Counted>(vexa::CompileFormula(text).formula);
+        instrument.SetFunction(counted);
+        return counted;
+    };
+    const auto expectSeconds = [&](const char* text, const auto& plain, std::size_t blockLimit,
+                                   double least, double most) {
+        vexa::Engine instrument;
+        const auto counted = setUp(instrument, text);
+        test::ScalarReference reference(instrument.parameters, plain);
+        EXPECT_LE(test::Difference(instrument, reference, events, kSeconds * kSecond, blockLimit),
+                  1e-6F)
+            << text;
+        const double seconds = double(counted->points) / double(kSecond);
+        EXPECT_GT(seconds, least) << text;
+        EXPECT_LT(seconds, most) << text << ", computed although nothing is heard";
+    };
+    const auto plain = [](float x, float y, const Hearing& h) {
+        return (x + 0.3F) * (1 + h.macros[0]) + y * h.ctl[1];
+    };
+    const auto fading = [&](float x, float y, const Hearing& h) {
+        return float(double(plain(x, y, h)) + 0.3 * std::exp(double(-2 * h.t)));
+    };
+    const std::string text = "(x+0.3f)*(1+a)+y*ctl(1)";
+    for (const std::size_t blockLimit : {kSecond, std::size_t(37)}) {
+        expectSeconds(text.c_str(), plain, blockLimit, 3, 12);
+        expectSeconds((text + "+0.3*exp(-2*t)").c_str(), fading, blockLimit, 40, 60);
+    }
+
+    // Where controllers are smoothed, a note that rested is as one that never did, as a hand moves
+    // what it hears all the time, if to no effect.
+    std::vector<std::vector<float>> heard;
+    for (const bool rests : {true, false}) {
+        vexa::Engine instrument;
+        const auto counted = setUp(instrument, text + "+0*b");
+        instrument.playing.given = true;
+        instrument.playing.smooth = 50;
+        std::vector<float>& samples = heard.emplace_back();
+        for (const Event& event : events) {
+            if (event.number == 62)
+                break;
+            while (samples.size() < event.at + 999) {
+                const std::size_t n = std::min(event.at + 999 - samples.size(), kSecond / 100);
+                samples.resize(samples.size() + n);
+                instrument.renderer.Render(&*samples.end() - n, n);
+                if (!rests)
+                    instrument.consumer.ControlChange(0, 17, uchar(samples.size() / n % 128), 0);
+            }
+            test::ScalarReference unheard(instrument.parameters, plain);
+            test::Take(event, instrument, unheard);
+        }
+        samples.resize(samples.size() + kSecond);
+        instrument.renderer.Render(&*samples.end() - kSecond, kSecond);
+        EXPECT_EQ(counted->points < 10 * kSecond, rests);
+    }
+    EXPECT_GT(test::Peak({heard[0].end() - kSecond, heard[0].end()}), 0.001F);
+    for (std::size_t i = 0; i < heard[0].size(); i++)
+        ASSERT_NEAR(heard[0][i], heard[1][i], 1e-6) << i;
 }
 
 } // namespace

@@ -269,9 +269,7 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
     for (std::size_t k = 0; k < voiceCount; k++) {
         RunningVoice& v = *sounding[k];
         const bool stood = v.stands;
-        const auto last = [at = (k + 1) * count - 1](const Block::Ear& ear) {
-            return ear.s[at];
-        };
+        const auto last = [at = (k + 1) * count - 1](const Block::Ear& ear) { return ear.s[at]; };
         v.stands = motion.Stands(v);
         if (!v.stands)
             v.stillFor = 0;

@@ -115,7 +115,8 @@ const float* const* InputBlock::Fill(const PlaneSource& f, std::span<RunningVoic
                 break;
             case FunctionInput::Kind::Time:
                 for (std::size_t i = 0; i < count; i++)
-                    to[i] = static_cast<float>(static_cast<double>(v.age + i) * dt);
+                    to[i] =
+                        static_cast<float>(static_cast<double>(v.stopped ? v.age : v.age + i) * dt);
                 break;
             }
         }
@@ -123,7 +124,7 @@ const float* const* InputBlock::Fill(const PlaneSource& f, std::span<RunningVoic
             controls[n].Pass(count);
     }
     for (RunningVoice* v : voices)
-        v->age += count;
+        v->age += v->stopped ? 0 : count;
     return arrays.data();
 }
 

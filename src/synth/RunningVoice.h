@@ -33,8 +33,10 @@ struct RunningVoice {
     PitchRamp glide, bend;
     /// Seconds since note-on or, once released, since note-off.
     double t = 0;
-    /// The samples since note-on; they go on after the release.
+    /// The samples since note-on; they go on after the release, but where the note has been taken
+    /// for ended (`stopped`).
     std::size_t age = 0;
+    bool stopped = false;
     /// The orbit's centre.
     double cx = 0, cy = 0;
     Oscillator x, y;
@@ -56,7 +58,7 @@ struct RunningVoice {
     /// (VoiceMotion::Stands).
     bool stands = false;
     /// What the function gave at the end of the last cell while the point stood, whether it has
-    /// given something else since, and for how many samples up to that end it has not.
+    /// moved away since, and for how many samples up to that end it had not done so in any cell.
     float level = 0;
     bool stirs = false;
     std::size_t stillFor = 0;

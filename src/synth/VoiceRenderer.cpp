@@ -36,10 +36,10 @@ constexpr double kFilterRate = 44100;
 /// The part of full volume, which is 1, below which nobody hears a voice.
 constexpr float kInaudible = 1e-7F;
 
-/// Changes of f from cell to cell of which a low-cut filter leaves nothing that is heard.
-constexpr float kStill = kInaudible / 100;
-/// Where f hears the time, a released note is taken for ended once f has given the same for so many
-/// seconds.
+/// As f hears the time, it may move although a note's point stands. What moves less than this in a
+/// second is too slow to be heard, and less than that in a cell too little: 63 dB below 1. A
+/// released note that does neither for so many seconds is taken for ended.
+constexpr double kStill = 1;
 constexpr double kStillSeconds = 10;
 
 /// Seconds in which the wheel, volumes and what is cut off get where they are wanted.
@@ -202,7 +202,7 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
             v.stands = v.rests = false;
         if (v.rests) {
             motion.Pass(v);
-            v.age += count;
+            v.age += v.stopped ? 0 : count;
             if (mix.Moves(v)) {
                 fading[fadingCount++] = &v;
                 continue;
@@ -271,8 +271,10 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
         const bool stood = v.stands;
         const auto last = [at = (k + 1) * count - 1](const Block::Ear& ear) { return ear.s[at]; };
         v.stands = motion.Stands(v);
-        if (!v.stands)
+        if (!v.stands) {
             v.stillFor = 0;
+            v.stopped = false;
+        }
         v.rests = stood && v.stands && !v.arrives.Moves() && inputs.IsSteady(source, v) &&
                   !Lingers(v, hearsTime, 0) && Settles(v.filter, Heard(last(one))) &&
                   (!apart || Settles(v.rightFilter, Heard(last(other))));
@@ -331,15 +333,19 @@ bool VoiceRenderer::HearsTime(const PlaneSource& f) noexcept {
     });
 }
 
-/// Follows what f gives of a voice whose point stands.
-void VoiceRenderer::Watch(RunningVoice& v, std::span<const float> samples, bool cellEnds) noexcept {
+/// Follows what f gives of a voice whose point stands, and stops the time that it hears where it is
+/// taken for ended.
+void VoiceRenderer::Watch(RunningVoice& v, std::span<const float> samples,
+                          bool cellEnds) const noexcept {
+    const auto most = static_cast<float>(kStill * double(kBlock) / sampleRate);
     for (const float sample : samples)
-        v.stirs = v.stirs || !(std::abs(sample - v.level) <= kStill);
+        v.stirs = v.stirs || !(std::abs(sample - v.level) <= most);
     if (!cellEnds)
         return;
     v.stillFor = v.stirs ? 0 : v.stillFor + kBlock;
     v.stirs = false;
     v.level = samples.back();
+    v.stopped = v.stopped || v.stillFor >= SamplesIn(kStillSeconds);
 }
 
 /// Charges the filters so that the first samples of a block are what the last ones were, at a level
@@ -357,10 +363,10 @@ void VoiceRenderer::Join(std::span<RunningVoice* const> sounding, const Block& b
     }
 }
 
-/// True where a voice whose point stands, and hears time, counts as heard for so many cells more.
+/// True where a voice whose point stands hears time that will not stop within so many cells.
 bool VoiceRenderer::Lingers(const RunningVoice& v, bool hearsTime,
                             std::size_t cells) const noexcept {
-    return hearsTime && v.stillFor + cells * kBlock < SamplesIn(kStillSeconds);
+    return hearsTime && !v.stopped && v.stillFor + cells * kBlock < SamplesIn(kStillSeconds);
 }
 
 /// True where nothing will be heard of a voice whose input stays what the ears have of it now.
@@ -500,6 +506,7 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
         v.bend.Set((playing.Bends() ? double(bend) : 0.0) + v.tuning);
         v.t = 0;
         v.age = 0;
+        v.stopped = false;
         v.cx = startcx;
         v.cy = startcy;
         v.x.Restart();

@@ -94,7 +94,7 @@ std::size_t VoiceRenderer::RenderCells(const PlaneFunction& f, float* left, floa
         restingRight += v.rightFilter.out * mix.Volume(v) * v.gains[1].Now();
         for (std::size_t i = 0; i < cells; i++)
             first.Pass(v);
-        v.age += cells * kBlock;
+        v.age += v.stopped ? 0 : cells * kBlock;
     }
     mix.Sort({sounding.data(), voiceCount});
     const std::span<RunningVoice* const> all(sounding.data(), voiceCount);

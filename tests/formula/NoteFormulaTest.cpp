@@ -140,29 +140,38 @@ TEST(NoteFormula, ReleasedNotesThatAreSilentRestUntilAHandMoves) {
         instrument.SetFunction(counted);
         return counted;
     };
-    const auto expectSeconds = [&](const char* text, const auto& plain, std::size_t blockLimit,
-                                   double least, double most) {
-        vexa::Engine instrument;
-        const auto counted = setUp(instrument, text);
-        test::ScalarReference reference(instrument.parameters, plain);
-        EXPECT_LE(test::Difference(instrument, reference, events, kSeconds * kSecond, blockLimit),
-                  1e-6F)
-            << text;
-        const double seconds = double(counted->points) / double(kSecond);
-        EXPECT_GT(seconds, least) << text;
-        EXPECT_LT(seconds, most) << text << ", computed although nothing is heard";
-    };
     const auto plain = [](float x, float y, const Hearing& h) {
         return (x + 0.3F) * (1 + h.macros[0]) + y * h.ctl[1];
     };
-    const auto fading = [&](float x, float y, const Hearing& h) {
-        return float(double(plain(x, y, h)) + 0.3 * std::exp(double(-2 * h.t)));
-    };
     const std::string text = "(x+0.3f)*(1+a)+y*ctl(1)";
-    for (const std::size_t blockLimit : {kSecond, std::size_t(37)}) {
-        expectSeconds(text.c_str(), plain, blockLimit, 3, 12);
-        expectSeconds((text + "+0.3*exp(-2*t)").c_str(), fading, blockLimit, 40, 60);
-    }
+    // `more` is what hears the time, `late` the difference that may be left of it.
+    const auto expectSeconds = [&](const char* more, const auto& moves, float late, double least,
+                                   double most) {
+        for (const std::size_t blockLimit : {kSecond, std::size_t(37)}) {
+            vexa::Engine instrument;
+            const auto counted = setUp(instrument, text + more);
+            const auto whole = [&](float x, float y, const Hearing& h) {
+                return float(double(plain(x, y, h)) + moves(double(h.t)));
+            };
+            test::ScalarReference reference(instrument.parameters, whole);
+            EXPECT_LE(
+                test::Difference(instrument, reference, events, kSeconds * kSecond, blockLimit),
+                late)
+                << more;
+            const double seconds = double(counted->points) / double(kSecond);
+            EXPECT_GT(seconds, least) << more;
+            EXPECT_LT(seconds, most) << more << ", computed although nothing is heard";
+        }
+    };
+    expectSeconds(
+        "", [](double) { return 0.0; }, 1e-6F, 3, 12);
+    expectSeconds(
+        "+0.3*exp(-2*t)", [](double t) { return 0.3 * std::exp(-2 * t); }, 1e-6F, 22, 30);
+    // What moves too slowly to be heard is left out, what does not goes on.
+    expectSeconds(
+        "+0.02*sin(6.0*t)", [](double t) { return 0.02 * std::sin(6 * t); }, 1e-3F, 22, 30);
+    expectSeconds(
+        "+0.1*sin(60.0*t)", [](double t) { return 0.1 * std::sin(60 * t); }, 1e-4F, 80, 90);
 
     // Where controllers are smoothed, a note that rested is as one that never did, as a hand moves
     // what it hears all the time, if to no effect.

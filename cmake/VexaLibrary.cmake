@@ -4,8 +4,8 @@
 # All presets but dev join the .cpp files of a target for the compiler (CMAKE_UNITY_BUILD): two thirds of the work are
 # headers. So no two files of a folder may name something in private alike. What each of them includes is looked over
 # where nothing is joined: in dev, and in the Debian packages, which ./test --all builds.
-# A dozen at a time, so that none of the joined files takes long by itself.
-set(CMAKE_UNITY_BUILD_BATCH_SIZE 12)
+# One and a half dozen at a time, so that none of the joined files takes long by itself.
+set(CMAKE_UNITY_BUILD_BATCH_SIZE 18)
 
 # vexa_join(TARGET SOURCE...): joins the sources of a target in parts of the same size.
 function(vexa_join target)

@@ -14,6 +14,7 @@ of members and of unnamed values, and what the standard library does inside: for
 tests/support/RealtimeWatch, which watches while the tests run.
 """
 
+import collections
 import fnmatch
 import pathlib
 import re
@@ -220,9 +221,15 @@ class Tree:
         precompiled = pathlib.Path(folder) / "standard.pch"
         self.index.parse(str(prefix), ["-x", "c++-header", *ARGUMENTS[2:]],
                          options=cindex.TranslationUnit.PARSE_INCOMPLETE).save(str(precompiled))
+        # Those of a folder are read as one, and the headers that they share once.
+        joined = collections.defaultdict(list)
         for path in sources:
-            unit = self.index.parse(str(path), [*ARGUMENTS, f"-I{self.source}", *EXTRA,
-                                                "-include-pch", str(precompiled)])
+            joined[path if path.parent.name == "loops" else path.parent].append(path)
+        for paths in joined.values():
+            text = "".join(f'#include "{path}"\n' for path in paths)
+            unit = self.index.parse("joined.cpp", [*ARGUMENTS, f"-I{self.source}", *EXTRA,
+                                                   "-include-pch", str(precompiled)],
+                                    unsaved_files=[("joined.cpp", text)])
             for said in unit.diagnostics:
                 if said.severity >= cindex.Diagnostic.Error and said.location.file:
                     self.faults[f"{said.location.file}:{said.location.line}: {said.spelling}"] = True

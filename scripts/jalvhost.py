@@ -109,18 +109,17 @@ class Jalv:
         if self.frame >= self.frames:
             self.done.set()
 
-    def tell(self, command, answer):
-        """Gives jalv a command and waits until it has said so often what is the answer."""
+    def tell(self, command, answer, times=1):
+        """Gives jalv a command and waits until it has said the answer so many times."""
         self.process.stdin.write(command + "\n")
         self.process.stdin.flush()
-        wait_for(f"jalv: {command}", lambda: answer in self.output)
+        wait_for(f"jalv: {command}", lambda: self.output.count(answer) >= times)
 
     def load(self, preset):
-        self.tell("presets", preset)
+        self.tell("presets", f"{preset} (")
+        # jalv says nothing where it has taken one, but answers the next question after that only.
         self.process.stdin.write(f"preset {preset}\n")
-        self.process.stdin.flush()
-        # jalv says nothing where it has taken one.
-        time.sleep(0.5)
+        self.tell("presets", f"{preset} (", 2)
 
     def play(self, events, seconds):
         """What is heard of (milliseconds, bytes) in freewheel: two rows of samples, and the host's

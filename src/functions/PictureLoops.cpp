@@ -14,7 +14,7 @@ extern const PictureLoops kAvx512PictureLoops;
 
 namespace {
 
-constexpr const PictureLoops* kAll[] = {
+constexpr const PictureLoops* kPictureLoops[] = {
     &kBaselinePictureLoops,
 #if defined(__x86_64__)
     &kAvx2PictureLoops,
@@ -25,7 +25,7 @@ constexpr const PictureLoops* kAll[] = {
 } // namespace
 
 std::span<const PictureLoops* const> RunnablePictureLoops() {
-    return Runnable<PictureLoops>(kAll);
+    return Runnable<PictureLoops>(kPictureLoops);
 }
 
 } // namespace vexa

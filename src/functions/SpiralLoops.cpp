@@ -14,7 +14,7 @@ extern const SpiralLoops kAvx512SpiralLoops;
 
 namespace {
 
-constexpr const SpiralLoops* kAll[] = {
+constexpr const SpiralLoops* kSpiralLoops[] = {
     &kBaselineSpiralLoops,
 #if defined(__x86_64__)
     &kAvx2SpiralLoops,
@@ -25,7 +25,7 @@ constexpr const SpiralLoops* kAll[] = {
 } // namespace
 
 std::span<const SpiralLoops* const> RunnableSpiralLoops() {
-    return Runnable<SpiralLoops>(kAll);
+    return Runnable<SpiralLoops>(kSpiralLoops);
 }
 
 } // namespace vexa

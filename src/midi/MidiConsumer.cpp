@@ -13,10 +13,6 @@ namespace vexa {
 
 namespace {
 
-VEXA_REALTIME float Normalised(uchar value) {
-    return static_cast<float>(value / 127.0);
-}
-
 /// Returns where the orbit's centre starts in one direction.
 VEXA_REALTIME float Centre(const CoefficientGroup& group, const sound_param& p,
                            const ControllerTable& controllers, const OwnControllers& own,

@@ -113,6 +113,8 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     static void AddIcons(BMessage* message, const BBitmap& large, const BBitmap& mini);
 
   private:
+    /// What a message's byte is from 0 to 1.
+    VEXA_REALTIME static float Normalised(uchar value) { return static_cast<float>(value / 127.0); }
     VEXA_REALTIME bool Accepts(uchar from) const {
         return channel == -1 || channel == from || channel == MasterOf(from);
     }

@@ -15,10 +15,6 @@ using enum kits::ControllerNumber;
 /// A pedal is down from here on.
 constexpr uchar kDown = 64;
 
-VEXA_REALTIME float Normalised(uchar value) {
-    return static_cast<float>(value / 127.0);
-}
-
 } // namespace
 
 /// What other threads have done since the event before. MIDI thread.

@@ -48,6 +48,11 @@ class Companion {
         ::kill(child, signal);
         return Wait();
     }
+    /// Asks the program to end, which it has two seconds for.
+    void AskToEnd() const {
+        if (child > 0 && ::kill(child, SIGTERM) == 0)
+            EndsWithin(child, std::chrono::seconds(2));
+    }
     /// The program stands still for so long.
     void Stall(int milliseconds) const {
         ::kill(child, SIGSTOP);

@@ -28,6 +28,8 @@ class LivePlay {
             Attach();
         WaitForLog(period > 0 ? "playing through" : "there is no sound");
     }
+    /// jackd2 may take eight seconds to end after a client has been killed.
+    ~LivePlay() { vexa.AskToEnd(); }
 
     /// A server comes, or comes back; waits until Vexa is there too.
     void StartServer(int period, int withRate) {

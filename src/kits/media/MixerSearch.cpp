@@ -9,7 +9,7 @@ namespace kits {
 
 namespace {
 
-constexpr std::chrono::seconds kPause{1};
+constexpr std::chrono::seconds kSearchPause{1};
 
 } // namespace
 
@@ -27,7 +27,7 @@ MixerSearch::State MixerSearch::Look() {
     }
     if (look.wait_for(std::chrono::seconds(0)) == std::future_status::timeout)
         return State::Looking;
-    next = Clock::now() + kPause;
+    next = Clock::now() + kSearchPause;
     if (auto opened = look.get()) {
         // Another system may have been chosen meanwhile.
         const std::vector<AudioSystem> wanted = AudioSystemsToTry();

@@ -13,10 +13,10 @@ namespace {
 
 constexpr std::size_t kChannels = 2;
 /// Frames put into it at a time.
-constexpr std::size_t kPiece = 1024;
+constexpr std::size_t kWritten = 1024;
 
 /// Between two looks of the thread that writes.
-constexpr std::chrono::milliseconds kPause{20};
+constexpr std::chrono::milliseconds kWriterPause{20};
 
 } // namespace
 
@@ -37,7 +37,7 @@ Recording::Recording(std::filesystem::path path, SoundFileFormat format, FileRep
       format(format),
       file(std::move(file)),
       waiting(patience * kChannels),
-      interleaved(kPiece * kChannels) {}
+      interleaved(kWritten * kChannels) {}
 
 Recording::~Recording() {
     quitting = true;
@@ -86,7 +86,7 @@ void Recording::Put(const float* left, const float* right, std::size_t frames) n
 void Recording::Run() {
     while (!quitting) {
         WriteWaiting();
-        std::this_thread::sleep_for(kPause);
+        std::this_thread::sleep_for(kWriterPause);
     }
 }
 

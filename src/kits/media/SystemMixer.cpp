@@ -23,7 +23,7 @@ constexpr uint32 kLongestBuffer = 512;
 /// A device that waits for its samples does so for so many microseconds, and for so long between
 /// two looks.
 constexpr bigtime_t kMostPatience = 1000000;
-constexpr std::chrono::microseconds kPause{50};
+constexpr std::chrono::microseconds kDevicePause{50};
 
 Result<std::unique_ptr<AudioDevice>> OpenDevice(AudioSystem system) {
     if (system == AudioSystem::None)
@@ -141,7 +141,7 @@ void SystemMixer::Await(uint32 frames) noexcept {
         clock.Period(frame, now);
         if (std::all_of(inputs.begin(), inputs.end(), isThere))
             return;
-        std::this_thread::sleep_for(kPause);
+        std::this_thread::sleep_for(kDevicePause);
     }
 }
 

@@ -12,7 +12,7 @@ namespace {
 constexpr std::size_t kRoom = 1U << 14;
 
 /// Between two looks of who waits for another thread to be done.
-constexpr std::chrono::microseconds kPause{50};
+constexpr std::chrono::microseconds kGatePause{50};
 
 } // namespace
 
@@ -24,7 +24,7 @@ void EventGate::SetTimed(bool on) {
     if (on)
         return;
     while (!Enter())
-        std::this_thread::sleep_for(kPause);
+        std::this_thread::sleep_for(kGatePause);
     Leave();
     Deliver();
 }
@@ -45,7 +45,7 @@ void EventGate::Take(const MidiEvent& event) {
     while (!ring.Write(&event, 1)) {
         Deliver();
         if (ring.Writable() == 0)
-            std::this_thread::sleep_for(kPause);
+            std::this_thread::sleep_for(kGatePause);
     }
     if (!timed)
         Deliver();

@@ -20,7 +20,7 @@ constexpr int kPriority = 5;
 
 /// Who waits for a delivery waits so long at most, and so long between two looks.
 constexpr std::chrono::seconds kMostPatience{1};
-constexpr std::chrono::microseconds kPause{50};
+constexpr std::chrono::microseconds kDeliveryPause{50};
 
 } // namespace
 
@@ -49,7 +49,7 @@ void MidiThread::Inlet::Lose() noexcept {
 void MidiThread::Inlet::AwaitDelivery() const noexcept {
     const auto end = std::chrono::steady_clock::now() + kMostPatience;
     while (done < put && std::chrono::steady_clock::now() < end)
-        std::this_thread::sleep_for(kPause);
+        std::this_thread::sleep_for(kDeliveryPause);
 }
 
 void MidiThread::Inlet::EndNotes() noexcept {

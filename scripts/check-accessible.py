@@ -15,6 +15,8 @@ import sys
 import tempfile
 import time
 
+from windowstage import end
+
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 JACK = "vexa-accessible"
 # Seconds.
@@ -41,8 +43,7 @@ def within_a_desktop(arguments):
     environment["DISPLAY"] = ":" + server.stdout.readline().strip()
     command = ["dbus-run-session", "--", sys.executable, __file__, *arguments]
     code = subprocess.run(command, env=environment).returncode
-    server.terminate()
-    server.wait()
+    end(server)
     folder.cleanup()
     return code
 
@@ -206,8 +207,7 @@ def main():
         return walk(build, verbose, arguments)
     finally:
         for process in (vexa, manager, jack, launcher):
-            process.terminate()
-            process.wait()
+            end(process)
 
 
 if __name__ == "__main__":

@@ -47,8 +47,18 @@ def running(*command, **options):
     try:
         yield process
     finally:
-        process.send_signal(signal.SIGTERM)
-        process.wait(20)
+        end(process)
+
+
+def end(process):
+    """An X server loses the signal that comes just as it goes to sleep: it is sent more than once."""
+    for _ in range(10):
+        process.terminate()
+        with contextlib.suppress(subprocess.TimeoutExpired):
+            process.wait(2)
+            return
+    process.kill()
+    process.wait(20)
 
 
 def on_a_stage(main, scale="1", period=1024):

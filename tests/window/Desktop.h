@@ -40,7 +40,9 @@ class Desktop {
     }
     ~Desktop() {
         manager.reset();
-        server.End(SIGTERM);
+        // An X server loses the signal that comes just as it goes to sleep.
+        for (int times = 0; times < 10 && server.Runs(); times++)
+            server.AskToEnd();
     }
 
     /// Waits for a visible window whose title is that, and makes it the one that Do works on.

@@ -278,7 +278,7 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
         v.rests = stood && v.stands && !v.arrives.Moves() && inputs.IsSteady(source, v) &&
                   !Lingers(v, hearsTime, 0) && Settles(v.filter, Heard(last(one))) &&
                   (!apart || Settles(v.rightFilter, Heard(last(other))));
-        v.over = v.stands && IsOver(v, last(one), last(other));
+        v.over = v.stands && IsOver(v, last(one), apart ? last(other) : 0);
     }
     CloseEars();
 }

@@ -8,6 +8,7 @@ glass of its own; letters.png a word in a broad pen; julia.png the slopes round 
 what a cellular automaton makes of one cell. Grey of 16 bits, the same bytes on every run.
 """
 
+import functools
 import math
 import pathlib
 import random
@@ -35,12 +36,16 @@ def island():
         octaves.append((cells, [[grains.uniform(-1, 1) for _ in range(cells + 2)]
                                 for _ in range(cells + 2)]))
 
+    # All pixels of a row or a column have the same.
+    @functools.cache
+    def cell(place, cells):
+        along = (place / SPAN + 0.5) * cells
+        return int(along), smooth(along - int(along))
+
     def height(x, y):
         sum_ = 0.0
         for octave, (cells, corners) in enumerate(octaves):
-            u, v = (x / SPAN + 0.5) * cells, (y / SPAN + 0.5) * cells
-            i, j = int(u), int(v)
-            a, b = smooth(u - i), smooth(v - j)
+            (i, a), (j, b) = cell(x, cells), cell(y, cells)
             low = corners[j][i] + a * (corners[j][i + 1] - corners[j][i])
             high = corners[j + 1][i] + a * (corners[j + 1][i + 1] - corners[j + 1][i])
             sum_ += (low + b * (high - low)) / 2 ** octave
@@ -92,18 +97,21 @@ def letters():
     strokes = []
     for place, letter in enumerate("VEXA"):
         left = -4.3 + 2.25 * place
-        strokes += [tuple((left + 1.6 * x, -1.4 + 2.8 * y) for x, y in stroke)
-                    for stroke in LETTERS[letter]]
-
-    def away(x, y, stroke):
-        (ax, ay), (bx, by) = stroke
-        dx, dy = bx - ax, by - ay
-        way = min(max(((x - ax) * dx + (y - ay) * dy) / (dx * dx + dy * dy), 0.0), 1.0)
-        return math.hypot(x - ax - way * dx, y - ay - way * dy)
+        for (ax, ay), (bx, by) in LETTERS[letter]:
+            dx, dy = 1.6 * (bx - ax), 2.8 * (by - ay)
+            strokes.append((left + 1.6 * ax, -1.4 + 2.8 * ay, dx, dy, dx * dx + dy * dy))
 
     def height(x, y):
-        distance = min(away(x, y, stroke) for stroke in strokes) / 0.3
-        return (1 - distance * distance) * math.exp(-0.5 * distance * distance)
+        nearest = math.inf
+        for ax, ay, dx, dy, square in strokes:
+            px, py = x - ax, y - ay
+            way = (px * dx + py * dy) / square
+            if way > 0:
+                way = min(way, 1.0)
+                px, py = px - way * dx, py - way * dy
+            nearest = min(nearest, px * px + py * py)
+        distances = nearest / 0.09
+        return (1 - distances) * math.exp(-0.5 * distances)
     return height
 
 

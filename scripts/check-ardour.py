@@ -9,6 +9,7 @@ whether the knobs are as they were, and saves it; ardour7-export opens it again.
 export has not the length of the region, is not at 440 Hz, or differs by more than 1e-6 from what
 vexa-render gives, whatever latency the host had to make up for.
 """
+import argparse
 import os
 import pathlib
 import re
@@ -122,7 +123,10 @@ def pitch(samples):
 
 
 def main():
-    build = pathlib.Path(sys.argv[1]).resolve() if len(sys.argv) > 1 else ROOT / "build/release"
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("build", nargs="?", type=pathlib.Path, default=ROOT / "build/release")
+    build = parser.parse_args().build.resolve()
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
         environment = dict(os.environ, HOME=name, XDG_CONFIG_HOME=name, XDG_DATA_HOME=name,

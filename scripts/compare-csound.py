@@ -8,6 +8,7 @@ blocks of 64 (ksmps). Its instrument has what a note of benchmarks/twin-hills.xm
 orbit on a terrain, a filter against the constant part. Prints the medians of five runs in turns, as
 processor time, which other programs disturb least.
 """
+import argparse
 import pathlib
 import sys
 import tempfile
@@ -38,7 +39,10 @@ endin
 
 
 def main():
-    program = sys.argv[1] if len(sys.argv) > 1 else ROOT / "build/release/bin/vexa-render"
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("program", nargs="?", default=ROOT / "build/release/bin/vexa-render")
+    program = parser.parse_args().program
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
         (folder / "notes.mid").write_bytes(midi_file(notes(NOTES, 0, 1000 * SECONDS)))

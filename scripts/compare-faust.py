@@ -10,6 +10,7 @@ both, by the sound's formula, and with its add-on, of which what the compiler ta
 Faust's is not counted either: the medians of 21 rounds, in which all are run in turns, and those of
 the ratios in a round, as what else the machine does changes from round to round.
 """
+import argparse
 import array
 import pathlib
 import statistics
@@ -116,7 +117,10 @@ def check(ours, theirs):
 
 
 def main():
-    program = sys.argv[1] if len(sys.argv) > 1 else ROOT / "build/release/bin/vexa-render"
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("program", nargs="?", default=ROOT / "build/release/bin/vexa-render")
+    program = parser.parse_args().program
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
         long, short = folder / "notes.mid", folder / "moment.mid"

@@ -7,6 +7,7 @@ a client of JACK run under a server of their own in freewheel; the client sends 
 both ears. vexa-render plays the same MIDI file through the sound. Prints the greatest difference of
 each preset and ends with 1 where one is above 1e-6 or silent.
 """
+import argparse
 import pathlib
 import re
 import subprocess
@@ -52,8 +53,12 @@ def difference(heard, expected):
 
 
 def main():
-    build = pathlib.Path(sys.argv[1]).resolve() if len(sys.argv) > 1 else ROOT / "build/release"
-    step = int(sys.argv[2]) if len(sys.argv) > 2 else 1
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("build", nargs="?", type=pathlib.Path, default=ROOT / "build/release")
+    parser.add_argument("step", nargs="?", type=int, default=1)
+    options = parser.parse_args()
+    build, step = options.build.resolve(), options.step
     failed = False
     with tempfile.TemporaryDirectory() as name, server():
         folder = pathlib.Path(name)

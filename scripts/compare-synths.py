@@ -8,6 +8,7 @@ presets, the others with the sound that they begin with. Prints the medians of t
 of the whole host, and what the host takes before any key has been struck and as long again, 15 s after
 all have been let go.
 """
+import argparse
 import pathlib
 import statistics
 import sys
@@ -44,7 +45,10 @@ def measured(build, uri, preset):
 
 
 def main():
-    build = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else ROOT / "build/release").resolve()
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("build", nargs="?", type=pathlib.Path, default=ROOT / "build/release")
+    build = parser.parse_args().build.resolve()
     with server():
         runs = [[measured(build, uri, preset) for _, uri, preset in SYNTHS] for _ in range(RUNS)]
     print(f"{'':16} chord   idle  after (s of processor time, {SECONDS} s of sound)")

@@ -8,9 +8,9 @@ that rate. An alias is what a spectrum has below 18 kHz beside the one of the 64
 in decibels below the loudest partial. What has no pitch or is a sample is listed, not judged;
 measure-sounds --check fails where another has one of more than MOST.
 """
+import argparse
 import pathlib
 import subprocess
-import sys
 import tempfile
 import xml.etree.ElementTree
 
@@ -70,7 +70,10 @@ def is_judged(root):
 
 
 def main():
-    folder = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else ROOT / "build/release/bin")
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("folder", nargs="?", type=pathlib.Path, default=ROOT / "build/release/bin")
+    folder = parser.parse_args().folder
     print(f"{'sound':16} key  own  none  (dB)")
     with tempfile.TemporaryDirectory() as temporary:
         for sound in sorted((folder / "sounds").glob("*.xml")):

@@ -12,7 +12,9 @@
   shipped-content.py list [--check [MADE]]
       Writes data/shipped-content, the digests of all content that any commit so far and the files as
       they are had; with --check it only looks whether that is complete, and exits with 1 if not.
-      In MADE are the folders that the scripts as they are have made already.
+      Of the scripts that make content it lists the versions too, whose content is then listed, so
+      that they need not run again. In MADE are the folders that the scripts as they are have made
+      already.
 
 Records and the list have the layout of sha256sum.
 """
@@ -152,21 +154,26 @@ def every_version(*paths):
             yield name, git("cat-file", "blob", blob)
 
 
-def shipped_so_far(made_already):
-    """Pairs (digest, name); samples and pictures are what each version of their script makes."""
+def shipped_so_far(listed, made_already):
+    """Pairs (digest, name); samples and pictures are what each version of their script makes, and are
+    known where that version is listed."""
     pairs, scripts = set(), set()
     for name, data in every_version("data/functions", "data/sounds", *SCRIPTS):
         if name in SCRIPTS:
-            scripts.add((SCRIPTS[name], data))
+            scripts.add((name, data))
             continue
         pairs.add((digest_of(data), name.removeprefix("data/")))
         if len(data) > LARGEST:
             sys.exit(f"{name} is larger than {LARGEST} bytes")
-    present = {kind: (ROOT / path).read_bytes() for path, kind in SCRIPTS.items()}
-    for kind, script in scripts:
+    present = {path: (ROOT / path).read_bytes() for path in SCRIPTS}
+    for name, script in scripts:
+        kind, version = SCRIPTS[name], (digest_of(script), name)
+        pairs.add(version)
         with tempfile.TemporaryDirectory() as folder:
-            if made_already and script == present[kind]:
+            if made_already and script == present[name]:
                 made = made_already / kind
+            elif version in listed:
+                continue
             else:
                 made = pathlib.Path(folder) / kind
                 subprocess.run([sys.executable, "-", made], input=script, check=True)
@@ -176,7 +183,7 @@ def shipped_so_far(made_already):
 
 def list_shipped(check=False, made=None):
     listed = read_digests(LIST)
-    missing = shipped_so_far(made) - listed
+    missing = shipped_so_far(listed, made) - listed
     if check:
         for digest, name in sorted(missing):
             print(f"{LIST}: lacks {name} of digest {digest}")

@@ -130,6 +130,26 @@ class ShippedContent(unittest.TestCase):
         self.assertEqual(self.script("list").returncode, 0)
         self.assertEqual(self.script("list", "--check").returncode, 0)
 
+    def test_of_the_scripts_each_version_runs_once(self):
+        script, runs = self.tree / "scripts/make-samples.py", self.tree / "runs"
+        told = f"pathlib.Path({str(runs)!r}).open('a').write('x')\n"
+        script.write_text(SCRIPT % repr(("new.wav",)) + told)
+        check = self.script("list", "--check")
+        self.assertEqual(check.returncode, 1)
+        self.assertIn("lacks samples/new.wav", check.stdout)
+        self.assertEqual(self.script("list").returncode, 0)
+        self.assertEqual(runs.read_text(), "xx")
+        self.assertEqual(self.script("list", "--check").returncode, 0)
+        self.assertEqual(runs.read_text(), "xx")
+        # What the script as it is has made already is looked at all the same.
+        made = self.tree / "made"
+        for kind in MADE:
+            (made / kind).mkdir(parents=True)
+        (made / "samples/other.wav").write_text("other")
+        check = self.script("list", "--check", made)
+        self.assertEqual(check.returncode, 1)
+        self.assertIn("lacks samples/other.wav", check.stdout)
+
 
 if __name__ == "__main__":
     unittest.main()

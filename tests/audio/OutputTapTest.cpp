@@ -2,6 +2,7 @@
 #include "audio/OutputLevel.h"
 
 #include <array>
+#include <atomic>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -27,21 +28,26 @@ TEST(OutputTap, WhatIsReadIsWhatCameWhileMoreComes) {
     put(7, 100);
     const OutputTap::Listener listener(tap);
     EXPECT_EQ(listener.Count(), 0U) << "nothing is kept before anybody listens";
+    // By turns all that is kept, the oldest of which is about to go, and the newest.
+    std::vector<OutputFrame> all(OutputTap::kFrames - 600);
+    // So many frames may have come. More do with each look, now and then too many while it lasts.
+    std::atomic<uint64> due{OutputTap::kFrames};
     std::jthread media([&](const std::stop_token& stop) {
         uint64 count = 0;
         for (std::size_t block = 1; !stop.stop_requested(); block = block % 499 + 1) {
             put(count, block);
             count += block;
+            while (count > due && !stop.stop_requested())
+                std::this_thread::yield();
         }
     });
-    // By turns all that is kept, the oldest of which is about to go, and the newest.
-    std::vector<OutputFrame> all(OutputTap::kFrames - 600);
     int whole = 0, overtaken = 0;
     while (whole < 2000 || (overtaken == 0 && whole < 100000)) {
         const auto seen = whole % 2 == 0 ? std::span(all) : std::span(all).first(20);
         const uint64 end = listener.Count();
         if (end < all.size())
             continue;
+        due += 500;
         if (!listener.Copy(end - seen.size(), seen)) {
             overtaken++;
             continue;

@@ -2,6 +2,7 @@
 // A JACK server of a test's own with a player and a listener, both real clients of it.
 #pragma once
 
+#include "support/Attempts.h"
 #include "support/Command.h"
 
 #include <atomic>
@@ -89,24 +90,10 @@ inline void WaitFor(const char* what, const std::function<bool()>& condition) {
 /// jackd2 on a busy machine now and then loses the signal by which a client that has just come or
 /// been connected is woken, waits for that client for ever, and plays nothing any more. Nothing but
 /// another server helps.
-class ServerStandsStill : public std::runtime_error {
+class ServerStandsStill : public AttemptFails {
   public:
-    ServerStandsStill() : std::runtime_error("the JACK server has no more periods") {}
+    ServerStandsStill() : AttemptFails("the JACK server has no more periods") {}
 };
-
-/// Whether one of five attempts succeeds: what a busy machine makes the server lose is not ours to
-/// judge.
-inline bool SucceedsInTheEnd(const std::function<bool()>& attempt) {
-    for (int i = 0; i < 5; i++) {
-        try {
-            if (attempt())
-                return true;
-        } catch (const ServerStandsStill& fault) {
-            std::printf("attempt %d: %s\n", i + 1, fault.what());
-        }
-    }
-    return false;
-}
 
 /// jackd with the dummy device. JACK_DEFAULT_SERVER names it for every client that is started
 /// later.

@@ -39,6 +39,19 @@ if(VEXA_FUZZ)
 endif()
 target_include_directories(vexa_options INTERFACE ${CMAKE_SOURCE_DIR}/src)
 
+# The instruction sets of vexa_loops, and what the compiler is told for each. With VEXA_ONE_SET there is one, that of this
+# machine, as baseline.
+set(loops_of_Baseline)
+set(loops_of_Avx2 -mavx2 -mfma)
+set(loops_of_Avx512 ${loops_of_Avx2} -mavx512f -mavx512dq -mavx512vl -mavx512bw -mprefer-vector-width=512)
+set(loops_sets Baseline)
+if(VEXA_ONE_SET)
+    set(loops_of_Baseline -march=native)
+elseif(CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
+    list(APPEND loops_sets Avx2 Avx512)
+    target_compile_definitions(vexa_options INTERFACE VEXA_SEVERAL_SETS)
+endif()
+
 # vexa_library(NAME [FOLDERS FOLDER...] [DEPENDS LIBRARY...] [BACKENDS PKG...] [APART FILE...])
 #
 # The static library of the current folder, made of its .cpp files but main.cpp, and of those in FOLDERS below it.
@@ -63,21 +76,14 @@ endfunction()
 # synth/InstructionSet.h. It defines VEXA_LOOPS_TABLE, which is k<set><NAME>, and may ask for the set: VEXA_LOOPS_SET, or
 # VEXA_LOOPS_NAME as a text.
 function(vexa_loops library name)
-    set(Baseline_flags)
-    set(Avx2_flags -mavx2 -mfma)
-    set(Avx512_flags ${Avx2_flags} -mavx512f -mavx512dq -mavx512vl -mavx512bw -mprefer-vector-width=512)
-    set(sets Baseline)
-    if(CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
-        list(APPEND sets Avx2 Avx512)
-    endif()
-    foreach(set IN LISTS sets)
+    foreach(set IN LISTS loops_sets)
         set(target ${library}_${name}_${set})
         add_library(${target} OBJECT loops/${name}.cpp)
         target_link_libraries(${target} PRIVATE vexa_options)
         target_compile_definitions(${target} PRIVATE VEXA_LOOPS_TABLE=k${set}${name} VEXA_LOOPS_NAME="${set}"
             VEXA_LOOPS_SET=${set})
         # What is given up is errno and the floating-point exception flags, which nobody reads.
-        target_compile_options(${target} PRIVATE -fno-math-errno -fno-trapping-math ${${set}_flags})
+        target_compile_options(${target} PRIVATE -fno-math-errno -fno-trapping-math ${loops_of_${set}})
         target_sources(${library} PRIVATE $<TARGET_OBJECTS:${target}>)
     endforeach()
 endfunction()

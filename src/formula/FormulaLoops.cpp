@@ -1,29 +1,24 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "formula/FormulaLoops.h"
 
+#include "kits/maths/LoopTables.h"
 #include "synth/InstructionSet.h"
+
+#include <array>
 
 namespace vexa::formula {
 
-// One table per compilation of loops/PlainLoops.cpp and loops/MathsLoops.cpp.
-extern const PlainLoops kBaselinePlainLoops;
-extern const MathsLoops kBaselineMathsLoops;
-#if defined(__x86_64__)
-extern const PlainLoops kAvx2PlainLoops;
-extern const MathsLoops kAvx2MathsLoops;
-extern const PlainLoops kAvx512PlainLoops;
-extern const MathsLoops kAvx512MathsLoops;
-#endif
+VEXA_LOOP_TABLES(PlainLoops, kPlainLoops);
+VEXA_LOOP_TABLES(MathsLoops, kMathsLoops);
 
 namespace {
 
-constexpr FormulaLoops kAll[] = {
-    {&kBaselinePlainLoops, &kBaselineMathsLoops},
-#if defined(__x86_64__)
-    {&kAvx2PlainLoops, &kAvx2MathsLoops},
-    {&kAvx512PlainLoops, &kAvx512MathsLoops},
-#endif
-};
+constexpr auto kAll = [] {
+    std::array<FormulaLoops, std::size(kPlainLoops)> all{};
+    for (std::size_t i = 0; i < all.size(); i++)
+        all[i] = {kPlainLoops[i], kMathsLoops[i]};
+    return all;
+}();
 
 } // namespace
 

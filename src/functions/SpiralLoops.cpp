@@ -1,28 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "functions/SpiralLoops.h"
 
+#include "kits/maths/LoopTables.h"
 #include "synth/InstructionSet.h"
 
 namespace vexa {
 
-// One table per compilation of loops/SpiralLoops.cpp.
-extern const SpiralLoops kBaselineSpiralLoops;
-#if defined(__x86_64__)
-extern const SpiralLoops kAvx2SpiralLoops;
-extern const SpiralLoops kAvx512SpiralLoops;
-#endif
-
-namespace {
-
-constexpr const SpiralLoops* kSpiralLoops[] = {
-    &kBaselineSpiralLoops,
-#if defined(__x86_64__)
-    &kAvx2SpiralLoops,
-    &kAvx512SpiralLoops,
-#endif
-};
-
-} // namespace
+VEXA_LOOP_TABLES(SpiralLoops, kSpiralLoops);
 
 std::span<const SpiralLoops* const> RunnableSpiralLoops() {
     return Runnable<SpiralLoops>(kSpiralLoops);

@@ -1,26 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "synth/BlockLoops.h"
 
+#include "kits/maths/LoopTables.h"
 #include "synth/InstructionSet.h"
 
 namespace vexa {
 
-// One table per compilation of loops/BlockLoops.cpp.
-extern const BlockLoops kBaselineBlockLoops;
-#if defined(__x86_64__)
-extern const BlockLoops kAvx2BlockLoops;
-extern const BlockLoops kAvx512BlockLoops;
-#endif
+VEXA_LOOP_TABLES(BlockLoops, kAll);
 
 namespace {
-
-constexpr const BlockLoops* kAll[] = {
-    &kBaselineBlockLoops,
-#if defined(__x86_64__)
-    &kAvx2BlockLoops,
-    &kAvx512BlockLoops,
-#endif
-};
 
 const BlockLoops& chosen = *RunnableLoops().back();
 

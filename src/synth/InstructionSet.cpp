@@ -14,8 +14,9 @@ namespace {
 /// The names in the order of the sets.
 constexpr std::array<std::string_view, 3> kNames{"baseline", "avx2", "avx512"};
 
+/// The best set of this machine that loops are compiled for.
 InstructionSet BestOfMachine() noexcept {
-#if defined(__x86_64__)
+#if defined(VEXA_SEVERAL_SETS)
     __builtin_cpu_init();
     const bool avx2 = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
     if (avx2 && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") &&

@@ -123,9 +123,25 @@ const float* const* InputBlock::Fill(const PlaneSource& f, std::span<RunningVoic
         if (isControl)
             controls[n].Pass(count);
     }
+    GoOn(voices, count);
+    return arrays.data();
+}
+
+bool InputBlock::Stays(const PlaneSource& f, std::span<RunningVoice* const> voices) const noexcept {
+    const std::span<const FunctionInput> inputs = f.Inputs();
+    for (std::size_t n = 0; n < inputs.size(); n++) {
+        const FunctionInput::Kind kind = inputs[n].kind;
+        if (kind == FunctionInput::Kind::Time ||
+            (kind == FunctionInput::Kind::Controller && controls[n].Moves()))
+            return false;
+    }
+    return std::ranges::none_of(ramps, &Ramp<float>::Moves) &&
+           std::ranges::all_of(voices, [&](const RunningVoice* v) { return IsSteady(f, *v); });
+}
+
+void InputBlock::GoOn(std::span<RunningVoice* const> voices, std::size_t count) noexcept {
     for (RunningVoice* v : voices)
         v->age += v->stopped ? 0 : count;
-    return arrays.data();
 }
 
 } // namespace vexa

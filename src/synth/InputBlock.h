@@ -44,6 +44,12 @@ class VEXA_REALTIME InputBlock {
                              const ControllerTable& controllers, const OwnControllers& own,
                              double dt, std::size_t count) noexcept;
 
+    /// True where the arrays of the last Fill are those of the blocks to come as well, as long as
+    /// nothing else is wanted: all hands are still, and f does not hear the time.
+    bool Stays(const PlaneSource& f, std::span<RunningVoice* const> voices) const noexcept;
+    /// Goes on by `count` moments, in place of Advance and Fill, where that is so.
+    static void GoOn(std::span<RunningVoice* const> voices, std::size_t count) noexcept;
+
   private:
     /// An input that goes to where it is wanted within so many samples, as all notes hear it.
     struct Common {

@@ -105,11 +105,18 @@ std::size_t VoiceRenderer::RenderCells(const PlaneFunction& f, float* left, floa
                      {other.x.data(), other.y.data()});
     // Those of one cell after the other only where they have inputs of their own.
     const std::size_t some = source.Inputs().empty() ? cells : 1;
+    const float* const* given = nullptr;
+    bool stays = false;
     for (std::size_t i = 0; i < cells; i += some) {
-        inputs.Advance(sampleRate, Smooth(), 0, some * kBlock);
-        if (voiceCount == 0)
-            continue;
-        const float* const* given = inputs.Fill(source, all, controllers, own, dt, some * kBlock);
+        if (stays) {
+            inputs.GoOn(all, some * kBlock);
+        } else {
+            inputs.Advance(sampleRate, Smooth(), 0, some * kBlock);
+            if (voiceCount == 0)
+                continue;
+            given = inputs.Fill(source, all, controllers, own, dt, some * kBlock);
+            stays = inputs.Stays(source, all);
+        }
         const auto evaluate = [&](CellEar& ear) {
             source.Evaluate(&ear.x[i * points], &ear.y[i * points], given, &ear.s[i * points],
                             some * points);

@@ -97,8 +97,8 @@ struct LowCutFilter {
 struct BlockLoops {
     /// sums[i] is `start` after i additions of `step`, each rounded; returns the sum after `count`.
     double (*Accumulate)(double start, double step, double* sums, std::size_t count);
-    /// Does the same, for moments of which only what is rounded to a float is wanted.
-    double (*Moments)(double start, double step, float* sums, std::size_t count);
+    /// Does the same, with each of the sums that are written rounded to a float.
+    double (*Moments)(double start, double step, double* sums, std::size_t count);
     /// Computes the sines and cosines of `count` phases, of which there may be any number. Their
     /// error is below 1e-15. The arrays need no slack.
     void (*Waves)(const double* phase, double* sines, double* cosines, std::size_t count);
@@ -115,7 +115,7 @@ struct BlockLoops {
     /// last sum.
     void (*Drifts)(const Drift* drifts, std::size_t number, std::size_t count);
     /// values[i] = the line at t[i], which is finite. No slack, any count.
-    void (*Line)(const EnvelopeLine& line, const float* t, float* values, std::size_t count);
+    void (*Line)(const EnvelopeLine& line, const double* t, float* values, std::size_t count);
     /// Runs `voices` filters over their input, samples[k * count + i] for filter k at moment i, and
     /// adds their output to sum[i], filter after filter; for several cells one after the other, of
     /// which the next has its input `stride` floats and its sum `count` <= kMostSamples floats

@@ -43,17 +43,17 @@ float EnvelopeCurve::Value(float t, bool released, float level) const noexcept {
     return released ? ReleasedValue(t, level) : HeldValue(t);
 }
 
-void EnvelopeCurve::Values(const float* t, bool released, float level, float* values,
+void EnvelopeCurve::Values(const double* t, bool released, float level, float* values,
                            std::size_t count) const noexcept {
-    const float* const end = t + count;
-    for (const float* from = t; from < end;) {
-        const Piece piece = PieceAt(*from, released, level);
+    const double* const end = t + count;
+    for (const double* from = t; from < end;) {
+        const Piece piece = PieceAt(static_cast<float>(*from), released, level);
         if (piece.until < *from) {
             for (; from < end; from++)
-                values[from - t] = Value(*from, released, level);
+                values[from - t] = Value(static_cast<float>(*from), released, level);
             return;
         }
-        const float* const to =
+        const double* const to =
             end[-1] <= piece.until ? end : std::upper_bound(from, end, piece.until);
         Loops().Line(piece.line, from, values + (from - t), static_cast<std::size_t>(to - from));
         from = to;

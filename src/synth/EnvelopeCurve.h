@@ -35,10 +35,10 @@ class VEXA_REALTIME EnvelopeCurve {
     /// `level` is the value at note-off, from which the release part starts; ignored before it.
     float Value(float t, bool released, float level) const noexcept;
 
-    /// Computes values[i] = Value(t[i], released, level) for 0 <= i < count, where t never falls.
-    /// The cost hardly grows with the number of points: a piece is searched for once and wherever
-    /// it ends.
-    void Values(const float* t, bool released, float level, float* values,
+    /// Computes values[i] = Value(t[i], released, level) for 0 <= i < count, where t never falls
+    /// and is rounded to floats. The cost hardly grows with the number of points: a piece is
+    /// searched for once and wherever it ends.
+    void Values(const double* t, bool released, float level, float* values,
                 std::size_t count) const noexcept;
 
     /// A stretch of time in which the value is one line, or constant.

@@ -15,7 +15,7 @@ bool EnvelopeTrack::Holds(const EnvelopeCurve& next, float first, float last, bo
     return piece.constant && last <= piece.until;
 }
 
-void EnvelopeTrack::Values(const EnvelopeCurve& next, const float* t, bool released, float level,
+void EnvelopeTrack::Values(const EnvelopeCurve& next, const double* t, bool released, float level,
                            float* values, std::size_t count) const noexcept {
     if (t[count - 1] <= piece.until)
         Loops().Line(piece.line, t, values, count);

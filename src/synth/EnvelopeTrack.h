@@ -35,7 +35,7 @@ class VEXA_REALTIME EnvelopeTrack {
     /// The value, where it stays the same.
     float Value() const noexcept { return static_cast<float>(piece.line.base); }
     /// Gives what next.Values gives, for times between first and last.
-    void Values(const EnvelopeCurve& next, const float* t, bool released, float level,
+    void Values(const EnvelopeCurve& next, const double* t, bool released, float level,
                 float* values, std::size_t count) const noexcept;
 
     /// Begins a block, `offset` samples after its cell, in which the first value is to be `first`.

@@ -107,7 +107,7 @@ class VEXA_REALTIME VoiceMotion::Times {
     /// The times are between these.
     float first, last;
     bool told = false;
-    alignas(64) std::array<float, kCellRoom> t;
+    alignas(64) std::array<double, kCellRoom> t;
 };
 
 /// The centres that drift at changing speeds.

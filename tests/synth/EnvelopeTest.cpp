@@ -95,7 +95,7 @@ TEST(EnvelopeCurve, ABlockHasTheValuesOfItsMoments) {
         {{0, true, 1}, {1, true, 2}},
         {{0, false, 0}, {2, false, 1}, {1, false, 3}, {1, true, 0}},
         {{0.5F, false, 1}, {1, false, 2}}};
-    std::vector<float> t;
+    std::vector<double> t;
     for (int i = 0; i <= 300; i++)
         t.push_back(float(i) * 0.01F);
     t[100] = 1;
@@ -106,7 +106,8 @@ TEST(EnvelopeCurve, ABlockHasTheValuesOfItsMoments) {
                 std::vector<float> values(n);
                 curve.Values(&t[t.size() - n], released, 0.6F, values.data(), n);
                 for (std::size_t i = 0; i < n; i++)
-                    ASSERT_EQ(values[i], curve.Value(t[t.size() - n + i], released, 0.6F)) << i;
+                    ASSERT_EQ(values[i], curve.Value(float(t[t.size() - n + i]), released, 0.6F))
+                        << i;
             }
         }
     }

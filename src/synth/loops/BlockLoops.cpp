@@ -28,8 +28,9 @@ double Count(std::size_t i) {
     return static_cast<double>(static_cast<int>(i));
 }
 
+/// Writes the sums as numbers of that type.
 template<class Number>
-double AccumulateTo(double start, double step, Number* __restrict sums, std::size_t count) {
+double AccumulateAs(double start, double step, double* __restrict sums, std::size_t count) {
     const double rounded = RoundedStep(start, step);
     const double last = start + Count(count) * rounded;
     if (AddsTheSame(start, step, rounded, last)) {
@@ -45,11 +46,11 @@ double AccumulateTo(double start, double step, Number* __restrict sums, std::siz
 }
 
 double Accumulate(double start, double step, double* sums, std::size_t count) {
-    return AccumulateTo(start, step, sums, count);
+    return AccumulateAs<double>(start, step, sums, count);
 }
 
-double Moments(double start, double step, float* sums, std::size_t count) {
-    return AccumulateTo(start, step, sums, count);
+double Moments(double start, double step, double* sums, std::size_t count) {
+    return AccumulateAs<float>(start, step, sums, count);
 }
 
 void Waves(const double* __restrict phase, double* __restrict sines, double* __restrict cosines,
@@ -250,16 +251,23 @@ void Drifts(const Drift* drifts, std::size_t number, std::size_t count) {
 }
 
 #if defined(__FMA__)
-/// The bits of a / b with b's rounded reciprocal, by two of Markstein's steps, which take a third
-/// of a division's time. (P. Markstein, "Computation of elementary functions on the IBM RISC
-/// System/6000 processor", 1990: the last step rounds as a division does, as the one before has
-/// come to the last bit.) Where nothing overflows, and what is left over does not underflow; a 0
-/// may come with the other sign.
-double Quotient(double a, double b, double reciprocal) {
-    const double rough = a * reciprocal;
-    const double close = __builtin_fma(__builtin_fma(-b, rough, a), reciprocal, rough);
-    return __builtin_fma(__builtin_fma(-b, close, a), reciprocal, close);
-}
+/// Quotients by b, each with the bits of a / b, by one of Markstein's steps, which takes a third of
+/// a division's time. (P. Markstein, "Computation of elementary functions on the IBM RISC
+/// System/6000 processor", 1990: the step rounds as a division does where `reciprocal` is rounded
+/// so, and what it begins with is one of the two numbers around the quotient. That it is, as the
+/// reciprocal has twice as many digits there.) Where nothing overflows, and what is left over does
+/// not underflow; a 0 may come with the other sign.
+struct Divisor {
+    double b, reciprocal, rest;
+
+    explicit Divisor(double b)
+        : b(b), reciprocal(1 / b), rest(__builtin_fma(-b, reciprocal, 1.0) * reciprocal) {}
+
+    double Of(double a) const {
+        const double close = __builtin_fma(a, reciprocal, a * rest);
+        return __builtin_fma(__builtin_fma(-b, close, a), reciprocal, close);
+    }
+};
 
 /// True where a magnitude is far from all that could overflow or underflow.
 bool Moderate(double value) {
@@ -267,29 +275,28 @@ bool Moderate(double value) {
 }
 #endif
 
-void Line(const EnvelopeLine& line, const float* __restrict t, float* __restrict values,
+void Line(const EnvelopeLine& line, const double* __restrict t, float* __restrict values,
           std::size_t count) {
     const EnvelopeLine l = line;
 #if defined(__FMA__)
     // Only to a base of -0 a sign of 0 would matter.
     if (Moderate(l.rise) && Moderate(l.run) && (l.base != 0 || !__builtin_signbit(l.base))) {
-        const double reciprocal = 1 / l.run;
+        const Divisor run(l.run);
         for (std::size_t i = 0; i < count; i++)
-            values[i] = static_cast<float>(
-                l.base + Quotient((double(t[i]) - l.origin) * l.rise, l.run, reciprocal));
+            values[i] = static_cast<float>(l.base + run.Of((t[i] - l.origin) * l.rise));
         return;
     }
 #endif
     for (std::size_t i = 0; i < count; i++)
-        values[i] = static_cast<float>(l.base + (double(t[i]) - l.origin) * l.rise / l.run);
+        values[i] = static_cast<float>(l.base + (t[i] - l.origin) * l.rise / l.run);
 }
 
 void Parts(std::size_t done, std::size_t length, double* __restrict parts, std::size_t count) {
     const double begin = Count(done), end = Count(length);
 #if defined(__FMA__)
-    const double reciprocal = 1 / end;
+    const Divisor whole(end);
     for (std::size_t i = 0; i < Whole(count); i++)
-        parts[i] = Quotient(begin + Count(i), end, reciprocal);
+        parts[i] = whole.Of(begin + Count(i));
 #else
     for (std::size_t i = 0; i < Whole(count); i++)
         parts[i] = (begin + Count(i)) / end;

@@ -14,7 +14,7 @@ VEXA_LOOP_TABLES(MathsLoops, kMathsLoops);
 namespace {
 
 constexpr auto kAll = [] {
-    std::array<FormulaLoops, std::size(kPlainLoops)> all{};
+    std::array<FormulaLoops, kPlainLoops.size()> all{};
     for (std::size_t i = 0; i < all.size(); i++)
         all[i] = {kPlainLoops[i], kMathsLoops[i]};
     return all;

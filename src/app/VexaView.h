@@ -114,7 +114,8 @@ class VexaView : public BView {
     bool Changed() const;
     /// The sound as it is counts as saved.
     void TakeAsSaved();
-    /// Takes the present sound for unchanged; what was before cannot be brought back by Undo.
+    /// Takes the present sound for unchanged; what was before cannot be brought back by Undo. It is
+    /// of a file no longer where that holds another one.
     void BeginHistory();
     /// True where the sound may be given up: asks the person where it has changed. A person who
     /// wants to save it first gets what SaveAgain does, with `then`.
@@ -131,8 +132,8 @@ class VexaView : public BView {
     const std::string& SoundName() const { return Steps().File().name; }
     const kits::ProgramFolders& Folders() const { return folders; }
 
-    /// Sets the name that the sound has from now on, as if it had come from a file of that name.
-    void NameSound(const std::string& name) { Steps().File().name = name; }
+    /// Sets the name that the sound has from now on, wherever it has come from.
+    void NameSound(const std::string& name);
 
     /// Does what Instrument::Prefer does.
     void Prefer(const PlayingTexts& choices) { instrument.Prefer(choices); }

@@ -177,7 +177,8 @@ bool VexaView::LoadSound(const std::filesystem::path& path) {
     if (sound) {
         programFault.clear();
         LoadAs(*sound, path.stem().string(), "sound " + path.stem().string());
-        Steps().File().path = path;
+        // A relative path, or one through links, may lead to where the sounds are.
+        Steps().File().path = folders.Find("sounds", folders.NameOf("sounds", path));
     } else {
         ShowError(sound.Fault());
     }
@@ -225,10 +226,12 @@ void VexaView::LoadDefaultSound() {
     const std::filesystem::path path = folders.Find("sounds", "default.xml");
     const auto sound = ReadSound(path, &warnings);
     Tell(path, warnings);
-    if (sound)
+    if (sound) {
         LoadAs(*sound, "default", "sound default");
-    else
+        Steps().File().path = path;
+    } else {
         Print(sound.Fault());
+    }
     BeginHistory();
 }
 
@@ -298,6 +301,11 @@ void VexaView::OpenFunction(const std::string& path) {
 void VexaView::TakeAsSaved() {
     Steps().File().saved = ConstructSound();
     comparedAt.reset();
+}
+
+void VexaView::NameSound(const std::string& name) {
+    Steps().File().name = name;
+    Steps().File().path.clear();
 }
 
 /// Counts how often anything of what ConstructSound tells may have changed.

@@ -292,7 +292,7 @@ class VexaView : public BView {
     void ShowPanel(file_panel_mode mode, uint32 result, const char* folder, const char* title);
     void RemovePanel(const BMessage& message);
     static std::string ChosenPath(const BMessage& message);
-    bool MaySave() const;
+    bool MaySave();
     bool MayReplace(const BMessage& message, const char* folder, const std::string& name);
     bool TakeOpening(const BMessage& message);
     void TakeDrop(const BMessage& message);
@@ -331,6 +331,7 @@ class VexaView : public BView {
     using Writer = std::function<kits::Result<void>(const std::filesystem::path&)>;
     bool Save(const std::string& name, const char* folder, const Writer& write);
     std::string TextOf(FieldId field) const;
+    void EnterTyped();
     void ConnectChosenSource();
 
     // Undo and redo.

@@ -70,6 +70,17 @@ void VexaView::EnterNow(FieldId field, uint32 code, const std::string& text) {
     MessageReceived(&message);
 }
 
+/// What is typed in the fields takes effect at once, as if a person had confirmed it.
+void VexaView::EnterTyped() {
+    for (BTextControl* field : fields) {
+        if (!field->IsEdited())
+            continue;
+        field->SetText(std::string(field->Text()).c_str());
+        BMessage message = *field->Message();
+        MessageReceived(&message);
+    }
+}
+
 Function VexaView::ConstructFunction() const {
     Function function = instrument.State().function;
     for (const FunctionFieldRow& row : FunctionFields())
@@ -272,11 +283,6 @@ void VexaView::SaveAgain(const std::function<void()>& then) {
         MessageReceived(&show);
         afterSaving = then;
         return;
-    }
-    // What is typed is saved, so that it is heard too.
-    for (BTextControl* field : fields) {
-        if (field->IsEdited())
-            field->Confirm();
     }
     if (!MaySave())
         return;

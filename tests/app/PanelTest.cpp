@@ -129,6 +129,11 @@ TEST_F(PanelTest, WhatIsSavedButNotHeardIsSaidBefore) {
     alerts.answer = 1;
     SaveAs(vexa::kSoundSavedCode, "wrong.xml", In("sounds"));
     EXPECT_TRUE(std::filesystem::exists(In("sounds/wrong.xml")));
+    // What is typed but not confirmed is heard as it is saved.
+    Field("Fxy").Type("x+1");
+    SaveAs(vexa::kSoundSavedCode, "typed.xml", In("sounds"));
+    EXPECT_EQ(view->ShownFunction()(2, 3), 3);
+    EXPECT_EQ(alerts.texts.size(), 2U);
 }
 
 TEST_F(PanelTest, AllThatIsWrongWithAFileIsInOneAlertWithItsReasons) {
@@ -201,7 +206,8 @@ TEST_F(OwnFolderTest, ControlSSavesToThePersonsOwnFileOfTheSoundAndToNoOther) {
         std::filesystem::copy(In("own/sounds/mine.xml"), In("mine.xml"),
                               std::filesystem::copy_options::overwrite_existing);
     }
-    // What is typed but not confirmed is heard as it is saved.
+    // What is typed but not confirmed is heard as it is saved, and one goes on typing.
+    Field("Fy").MakeFocus();
     Field("Fy").Type("5");
     EXPECT_TRUE(view->Changed());
     save();
@@ -210,6 +216,8 @@ TEST_F(OwnFolderTest, ControlSSavesToThePersonsOwnFileOfTheSoundAndToNoOther) {
     EXPECT_THAT(test::Contents(In("own/sounds/mine.xml")),
                 testing::AllOf(HasSubstr("<fy>5<"), HasSubstr("<name>mine</name>")));
     EXPECT_EQ(view->SoundParam().Fy, 5);
+    test::Type(*window, "6");
+    EXPECT_EQ(Text("Fy"), "56");
     EXPECT_THAT(alerts.texts, ElementsAre());
 }
 

@@ -39,6 +39,11 @@ if(VEXA_FUZZ)
 endif()
 target_include_directories(vexa_options INTERFACE ${CMAKE_SOURCE_DIR}/src)
 
+# vexa_fast(TARGET): of a release, the target is compiled for speed, however long that takes.
+function(vexa_fast target)
+    target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-O3>)
+endfunction()
+
 # The instruction sets of vexa_loops, and what the compiler is told for each. With VEXA_ONE_SET there is one, that of this
 # machine, as baseline.
 set(loops_of_Baseline)
@@ -80,6 +85,7 @@ function(vexa_loops library name)
         set(target ${library}_${name}_${set})
         add_library(${target} OBJECT loops/${name}.cpp)
         target_link_libraries(${target} PRIVATE vexa_options)
+        vexa_fast(${target})
         target_compile_definitions(${target} PRIVATE VEXA_LOOPS_TABLE=k${set}${name} VEXA_LOOPS_NAME="${set}"
             VEXA_LOOPS_SET=${set})
         # What is given up is errno and the floating-point exception flags, which nobody reads.

@@ -32,12 +32,16 @@ namespace vexa {
 /// - tgamma where it is subnormal, which may be 0.
 class Formula final : public PlaneSource {
   public:
-    explicit Formula(formula::Program program) : program(std::move(program)) {}
+    Formula(formula::Program program, bool definedInC)
+        : program(std::move(program)), definedInC(definedInC) {}
 
     /// Returns the estimated time in nanoseconds per point on this machine's instruction set.
     double Cost() const noexcept override { return program.Cost(); }
     /// Returns how many operations the formula takes for each point.
     std::size_t Length() const { return program.Length(); }
+    /// True where a compiler makes the same values of the text, as nothing is computed that C
+    /// leaves undefined, but for a division of whole numbers by 0 (functions/ExpressionCheck.h).
+    bool IsDefinedInC() const { return definedInC; }
 
     VEXA_REALTIME std::span<const FunctionInput> Inputs() const noexcept override {
         return program.Inputs();
@@ -48,6 +52,7 @@ class Formula final : public PlaneSource {
 
   private:
     const formula::Program program;
+    const bool definedInC;
 };
 
 /// A formula, or what is wrong with its text.

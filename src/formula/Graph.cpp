@@ -94,6 +94,12 @@ std::uint64_t Graph::Compute(const Node& node) const {
 }
 
 Value Graph::Apply(Op op, Type type, Value a, Value b, Value c) {
+    if (op >= Op::ToInt && op <= Op::ToUnsignedLong && IsFloating(type))
+        definedInC = false;
+    // A negative count has high bits.
+    if ((op == Op::ShiftLeft || op == Op::ShiftRight) &&
+        Known(b).value_or(64) >= (IsWide(type) ? 64 : 32))
+        definedInC = false;
     const auto isConstant = [this](Value value) { return value == kNone || Known(value); };
     if (isConstant(a) && isConstant(b) && isConstant(c))
         return Constant(ResultOf(op, type), Compute({op, type, a, b, c}));

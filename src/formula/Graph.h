@@ -63,6 +63,11 @@ class Graph {
     /// True where the value is the constant `number`, converted to its type.
     bool Is(Value value, double number) const;
 
+    /// False where something was applied that C leaves undefined for some operands and a compiler
+    /// computes in its own way: a number with a fraction made a whole one, which it may be too
+    /// large for, or a shift by a count that is not known to be below the number of bits.
+    bool IsDefinedInC() const { return definedInC; }
+
     const std::vector<Node>& Nodes() const { return nodes; }
     const std::vector<std::uint64_t>& Constants() const { return constants; }
     const std::vector<FunctionInput>& Inputs() const { return inputs; }
@@ -81,6 +86,7 @@ class Graph {
     std::vector<std::uint64_t> constants;
     std::unordered_map<std::uint64_t, Value> constantOf;
     std::vector<FunctionInput> inputs;
+    bool definedInC = true;
 };
 
 } // namespace vexa::formula

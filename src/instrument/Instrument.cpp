@@ -170,8 +170,8 @@ FunctionReport Instrument::InstallExpression(const std::string& expression) try 
     const PlayableFormula read = ReadPlayable(expression);
     if (!read.formula)
         return compiler.Refusal(read.reason);
-    const bool mayBeAddon =
-        addons != Addons::None && read.formula->Inputs().empty() && !CheckExpression(expression);
+    const bool mayBeAddon = addons != Addons::None && read.formula->Inputs().empty() &&
+                            read.formula->IsDefinedInC() && !CheckExpression(expression);
     PlaneFunction f = read.formula;
     FunctionReport report;
     if (mayBeAddon && addons == Addons::Awaited) {

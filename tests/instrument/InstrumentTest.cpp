@@ -195,11 +195,15 @@ TEST(Instrument, AFormulaPlaysAtOnceAndAnAddonFollows) {
     following.Silence();
     EXPECT_FALSE(following.Compiling());
     // Notes and macros, and what C leaves undefined, are for formulas alone.
-    for (const char* text : {"x*vel", "a*x", "x*((int)x/(int)y)"}) {
+    for (const char* text :
+         {"x*vel", "a*x", "x*((int)x/(int)y)", "(char)(1e10*x)/128.0", "x*lrint(1e19*y)",
+          "x*(unsigned)1e10", "x*(1<<(y>0))", "x*(1<<32)", "x*(1>>-1)"}) {
         EXPECT_TRUE(following.SetFunction(Of(text))) << text;
         EXPECT_FALSE(following.Compiling()) << text;
         EXPECT_TRUE(awaited.SetFunction(Of(text))) << text;
     }
+    EXPECT_TRUE(following.SetFunction(Of("x*((x>0)<<31)+(float)(1L<<63)+(char)300")));
+    EXPECT_TRUE(following.Compiling());
 }
 
 /// Notes that are held, and one that has come to rest, go on as if nothing had happened.

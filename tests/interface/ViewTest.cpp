@@ -3,6 +3,10 @@
 
 #include "support/WindowStage.h"
 
+#include <QApplication>
+#include <QLabel>
+#include <QMessageBox>
+#include <QTextDocumentFragment>
 #include <string>
 #include <vector>
 
@@ -132,6 +136,32 @@ TEST(View, DrawsByPixelsWhoseEdgesBelongToThem) {
     EXPECT_EQ(pixel(12, 12), 0xa0b0c0U);
     EXPECT_EQ(pixel(15, 15), 0xa0b0c0U);
     EXPECT_EQ(pixel(16, 15), kBack);
+}
+
+/// Comments and names from strangers' files are among them.
+TEST(View, ShowsWordsThatLookLikeMarkupAsTheyAre) {
+    const char* const words = "f:3: <a>: \"2\" counts as 1\nwhere x<b and y>0";
+    auto* view = new BView({0, 0, 50, 50}, "view", B_FOLLOW_NONE, B_WILL_DRAW);
+    const test::Stage stage(view);
+    view->SetToolTip(words);
+    QWidget* tipped = nullptr;
+    for (QWidget* widget : QApplication::allWidgets())
+        tipped = widget->objectName() == "view" ? widget : tipped;
+    ASSERT_TRUE(tipped);
+    EXPECT_EQ(QTextDocumentFragment::fromHtml(tipped->toolTip()).toPlainText(), words);
+    view->SetToolTip("plain & simple");
+    EXPECT_EQ(tipped->toolTip(), "plain & simple");
+
+    auto* alert = new BAlert("Warning", words, "OK");
+    alert->SetDetails(words);
+    alert->Show();
+    const auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+    ASSERT_TRUE(box);
+    int shown = 0;
+    for (const QLabel* label : box->findChildren<QLabel*>())
+        shown += label->text() == words && label->textFormat() == Qt::PlainText;
+    EXPECT_EQ(shown, 2);
+    delete box;
 }
 
 TEST(View, IsFoundByNameUntilItIsRemoved) {

@@ -5,6 +5,7 @@
 #include "kits/interface/backends/ViewWidget.h"
 
 #include <QApplication>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 #include <algorithm>
@@ -54,9 +55,12 @@ BAlert::Box BAlert::MakeBox() const {
     // What a compiler or a file says is not markup.
     box->setTextFormat(Qt::PlainText);
     box->setText(kits::ToQt(text).trimmed());
-    if (std::count(details.begin(), details.end(), '\n') < kShortDetails)
+    if (std::count(details.begin(), details.end(), '\n') < kShortDetails) {
         box->setInformativeText(kits::ToQt(details));
-    else
+        // The box sets the format of its first text only.
+        for (QLabel* label : box->findChildren<QLabel*>())
+            label->setTextFormat(Qt::PlainText);
+    } else
         box->setDetailedText(kits::ToQt(details));
     box->setTextInteractionFlags(Qt::TextSelectableByMouse);
     std::vector<QPushButton*> choices;

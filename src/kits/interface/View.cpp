@@ -6,6 +6,7 @@
 #include "kits/interface/backends/ViewWidget.h"
 
 #include <QAccessible>
+#include <QTextDocument>
 #include <cmath>
 
 BView::BView(BRect frame, const char* name, uint32 resizingMode, uint32 flags)
@@ -386,7 +387,10 @@ bool BView::IsFocusByKeys() const {
 
 void BView::SetToolTip(const char* text) {
     toolTip = text ? text : "";
-    widget->setToolTip(kits::ToQt(toolTip));
+    // What looks like markup is not: it may be a stranger's comment.
+    const QString words = kits::ToQt(toolTip);
+    widget->setToolTip(
+        Qt::mightBeRichText(words) ? Qt::convertFromPlainText(words, Qt::WhiteSpaceNormal) : words);
     if (QWidget* content = widget->Content())
         content->setAccessibleDescription(kits::ToQt(toolTip));
 }

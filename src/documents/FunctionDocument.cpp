@@ -149,7 +149,8 @@ kits::Result<void> InterpretFunction(const MXFragment& root, Function& function,
     display.ReadNumber("width", function.width);
     ReadPoint(display.Element("linkfunction"), function.linkFunction, remarks);
     ReadPoint(display.Element("linkscreenrel"), function.linkScreen, remarks);
-    ReadMacros(ElementScope(&root, {"macros"}, remarks).Find("macros"), function, remarks);
+    // Not in an unknown element, which may hold anything.
+    ReadMacros(ChildNamed(root, "macros"), function, remarks);
     return {};
 }
 

@@ -93,6 +93,9 @@ TEST(FunctionDocument, MacrosAreFreshUnlessTheDocumentHasThem) {
     };
     Warnings without;
     EXPECT_EQ(read("", without).macros, Function().macros);
+    Warnings ignored;
+    EXPECT_EQ(read("<morph><macros><a>0.9</a></macros></morph>", ignored).macros,
+              Function().macros);
     Warnings warnings;
     const Function odd = read("<macros>\n<a>7</a><actl>128</actl><b>z</b><c>nan</c>"
                               "<cctl>3</cctl></macros>",

@@ -2,10 +2,10 @@
 #include "functions/FunctionCost.h"
 
 #include "kits/maths/Functions.h"
+#include "kits/support/NumberText.h"
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <numbers>
 
 #include <time.h>
@@ -65,13 +65,9 @@ double MeasureCost(const PlaneFunction& f) {
 std::optional<std::string> TooCostly(double nanosecondsPerPoint) {
     if (!(nanosecondsPerPoint > kMostNanoseconds))
         return std::nullopt;
-    std::array<char, 160> text;
-    std::snprintf(
-        text.data(), text.size(),
-        "the function takes %.3g microseconds for a point, which is too long to be played; "
-        "%.2g are the most",
-        nanosecondsPerPoint / 1000, kMostNanoseconds / 1000);
-    return text.data();
+    return "the function takes " + kits::RoundedText(nanosecondsPerPoint / 1000, 3) +
+           " microseconds for a point, which is too long to be played; " +
+           kits::RoundedText(kMostNanoseconds / 1000, 2) + " are the most";
 }
 
 int VoicesOf(double nanosecondsPerPoint) {

@@ -19,6 +19,9 @@ TEST(NumberText, ReadsAsStrtodAndWritesAsPrintf) {
     EXPECT_EQ(kits::FixedText(-0.0), "-0.000000");
     EXPECT_EQ(kits::FixedText(-std::numeric_limits<double>::infinity()), "-inf");
     EXPECT_EQ(kits::FixedText(std::numeric_limits<double>::max()).size(), 309U + 7);
+    EXPECT_EQ(kits::RoundedText(0.51234567891, 9), "0.512345679");
+    EXPECT_EQ(kits::RoundedText(-1e-300 / 3, 17), "-3.3333333333333334e-301");
+    EXPECT_EQ(kits::RoundedText(-0.00012345678901234567, 17), "-0.00012345678901234567");
 }
 
 TEST(NumberText, DoesNotFollowTheLocale) {
@@ -26,6 +29,7 @@ TEST(NumberText, DoesNotFollowTheLocale) {
     EXPECT_EQ(kits::NumberOf("0.5"), 0.5);
     EXPECT_EQ(kits::NumberOf("0,5"), 0.0);
     EXPECT_EQ(kits::FixedText(0.5), "0.500000");
+    EXPECT_EQ(kits::RoundedText(0.5, 3), "0.5");
 }
 
 } // namespace

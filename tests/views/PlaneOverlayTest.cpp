@@ -245,6 +245,12 @@ TEST_F(OverlayTest, OrbitsAreDrawnOnThePictureWhichStaysAsItIs) {
     EXPECT_TRUE(isOrbit(190, 150) || Seen(190, 150) != 0);
     EXPECT_FALSE(overlay->Animate(3));
     EXPECT_TRUE(ShowsThePictureItself());
+    // Orbits that are nowhere are not to be seen.
+    engine.parameters.Ax0 = INFINITY;
+    engine.consumer.NoteOn(0, 69, 127, 0);
+    engine.consumer.NoteOn(0, 57, 127, 0);
+    EXPECT_TRUE(overlay->Animate(0.016F));
+    EXPECT_TRUE(ShowsThePictureItself());
 }
 
 TEST_F(OverlayTest, WhatBothEarsReadIsMarkedOnTheOrbitOfAStereoSound) {
@@ -305,6 +311,9 @@ TEST_F(OverlayTest, WheelMiddleButtonAndDoubleClickChangeTheView) {
     EXPECT_EQ(host.texts[0], "1000000");
     overlay->WheelMoved({0, 0}, {0, 1e6F});
     EXPECT_EQ(host.texts[0], "0.001");
+    host.SetView("inf", "0", "0");
+    overlay->WheelMoved({220, 100}, {0, 1});
+    EXPECT_EQ(host.texts, (std::vector<std::string>{"1000000", "0", "0"}));
     host.SetView("15", "0", "0");
     const BPoint grip = view->ToPlane({100, 100});
     test::Press(*overlay, {100, 100}, B_TERTIARY_MOUSE_BUTTON);

@@ -7,11 +7,11 @@
 #include "app/bar/LevelMeter.h"
 #include "kits/interface/Control.h"
 #include "kits/interface/Menu.h"
+#include "kits/support/NumberText.h"
 #include "views/Theme.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 
 namespace vexa {
 
@@ -217,9 +217,7 @@ void BarView::ShowDevice() {
     AudioGraph& graph = mainView.Graph();
     std::string title = NameOf(graph.System());
     if (graph.IsConnected()) {
-        char rate[32];
-        std::snprintf(rate, sizeof rate, " %.4g kHz", graph.DeviceRate() / 1000);
-        title += rate;
+        title += ' ' + kits::RoundedText(graph.DeviceRate() / 1000, 4) + " kHz";
     } else if (graph.System() != kits::AudioSystem::None) {
         title = title.empty() ? "no device" : title + ": none";
     }

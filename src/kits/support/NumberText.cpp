@@ -33,4 +33,13 @@ std::string ShortText(double number) {
     return text;
 }
 
+std::string RoundedText(double number, int digits) {
+    // Sign, point and exponent beside the digits, or zeroes after the point in place of the
+    // exponent.
+    char text[32];
+    const auto end =
+        std::to_chars(text, text + sizeof text, number, std::chars_format::general, digits);
+    return {text, end.ptr};
+}
+
 } // namespace kits

@@ -17,5 +17,7 @@ double NumberOf(const std::string& text, std::size_t* length = nullptr);
 std::string FixedText(double number);
 /// Writes a number as FixedText does, without zeroes at the end: "0.5", "1".
 std::string ShortText(double number);
+/// Writes a number as printf's "%g" does in the C locale, with so many digits, at most 17.
+std::string RoundedText(double number, int digits);
 
 } // namespace kits

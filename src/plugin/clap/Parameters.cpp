@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "plugin/clap/Parameters.h"
 
+#include "kits/support/NumberText.h"
 #include "kits/support/RealtimeMark.h"
 
 #include <algorithm>
@@ -97,10 +98,7 @@ std::string TextOf(const Control& control, double value) {
     if (const auto words = WordsOf(control); !words.empty())
         return std::string(words[static_cast<std::size_t>(bounded)]);
     const float number = control.target == &Playing::oversample ? std::exp2(bounded) : bounded;
-    char digits[64];
-    const auto end =
-        std::to_chars(digits, digits + sizeof digits, number, std::chars_format::general, kDigits);
-    std::string text(digits, end.ptr);
+    std::string text = kits::RoundedText(double(number), kDigits);
     const std::string_view unit = UnitOf(control);
     return unit.empty() ? text : text.append(" ").append(unit);
 }

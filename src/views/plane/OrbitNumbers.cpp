@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 
 namespace vexa {
 
@@ -64,9 +63,7 @@ std::string TidyText(double value, double step) {
     // No text of a field has more than the six decimals of a document, unless it is smaller.
     if (step >= 1e-6)
         return kits::ShortText(tidy == 0 ? 0 : tidy);
-    char text[32];
-    std::snprintf(text, sizeof text, "%.9g", tidy);
-    return text;
+    return kits::RoundedText(tidy, 9);
 }
 
 Reach ReachOf(const SoundRecords& records, const OrbitNote& note) {

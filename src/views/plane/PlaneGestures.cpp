@@ -59,6 +59,9 @@ bool IsAudition(const PlanePress& press) {
 void PlaneOverlay::SetView(double width, double linkX, double linkY) {
     width = std::clamp(width, kNarrowest, kWidest);
     const double step = TidyStep(width / double(Bounds().Width()) / 5);
+    // From a view that is nowhere one comes back to the middle.
+    for (double* link : {&linkX, &linkY})
+        *link = std::isfinite(*link) ? *link : 0;
     host.SetView(TidyText(width, TidyStep(width / 2000)), TidyText(linkX, step),
                  TidyText(linkY, step));
     PlaceHandles();

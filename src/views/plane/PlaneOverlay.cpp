@@ -3,6 +3,7 @@
 #include "views/plane/PlaneOverlay.h"
 
 #include "kits/interface/Menu.h"
+#include "kits/support/NumberText.h"
 #include "views/R2RFView.h"
 #include "views/Theme.h"
 #include "views/plane/OrbitColors.h"
@@ -10,7 +11,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdio>
 #include <numbers>
 
 namespace vexa {
@@ -318,7 +318,8 @@ bool PlaneOverlay::DrawOrbits() {
     for (const std::size_t i : sounding) {
         int sharers = 0, rank = 0;
         for (const std::size_t other : sounding) {
-            if (!AreClose(orbits[i], orbits[other], close))
+            // One that is nowhere, at infinity, is not close to itself.
+            if (other != i && !AreClose(orbits[i], orbits[other], close))
                 continue;
             sharers++;
             rank += other < i;
@@ -446,12 +447,10 @@ std::string PlaneOverlay::Legend() const {
         return "";
     const double step = PixelStep();
     const BPoint point = plane.ToPlane(pointer);
-    char value[32];
-    std::snprintf(value, sizeof value, "%.4g", double(plane.Function()(point.x, point.y)));
     std::string text = "x ";
     text += TidyText(double(point.x), step);
     text += "   y " + TidyText(double(point.y), step);
-    text += "   f " + std::string(value);
+    text += "   f " + kits::RoundedText(double(plane.Function()(point.x, point.y)), 4);
     return text;
 }
 

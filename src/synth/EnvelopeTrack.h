@@ -51,6 +51,8 @@ class VEXA_REALTIME EnvelopeTrack {
     bool Lags() const noexcept { return lag.Moves(); }
     /// Ramp::CellsAlike of what is added.
     std::size_t CellsAlike(std::size_t most) const noexcept { return lag.CellsAlike(most); }
+    /// Goes on at a rate that is `ratio` times the one so far.
+    void Rescale(double ratio) noexcept { lag.Rescale(ratio); }
 
   private:
     /// Number of the curve that the piece is of; 0 for none.

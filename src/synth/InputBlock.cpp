@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
 namespace vexa {
 
@@ -11,10 +10,10 @@ namespace {
 
 constexpr double kRampSeconds = 0.01;
 
-/// True where somebody's hand moves it.
-VEXA_REALTIME bool IsHand(FunctionInput input) noexcept {
+/// True where it goes to where it is wanted instead of stepping: hands move it, or legato keys.
+VEXA_REALTIME bool Glides(FunctionInput input) noexcept {
     return input.kind == FunctionInput::Kind::Macro ||
-           input.kind == FunctionInput::Kind::Controller;
+           input.kind == FunctionInput::Kind::Controller || input.kind == FunctionInput::Kind::Key;
 }
 
 } // namespace
@@ -23,7 +22,6 @@ void InputBlock::Advance(double rate, std::size_t newSmooth, std::size_t newOffs
                          std::size_t count) noexcept {
     smooth = newSmooth;
     offset = newOffset;
-    wasFilled = std::exchange(filled, false);
     length =
         std::max(smooth, static_cast<std::size_t>(std::max(1.0, std::floor(rate * kRampSeconds))));
     for (std::size_t m = 0; m < kMacros; m++) {
@@ -38,15 +36,28 @@ void InputBlock::Advance(double rate, std::size_t newSmooth, std::size_t newOffs
 
 float InputBlock::WantedOf(FunctionInput input, const RunningVoice& v, float common,
                            const OwnControllers& own) const noexcept {
+    if (input.kind == FunctionInput::Kind::Key)
+        return v.key;
     if (input.kind == FunctionInput::Kind::Controller)
         return static_cast<float>(own.Of(int32(input.number), v.own, double(common)));
     const OwnMacro given = own.OfMacro(input.number, v.own, v.macros);
     return given.Given() ? Wanted(macros[input.number], given) : common;
 }
 
+float InputBlock::CommonOf(FunctionInput input, const ControllerTable& controllers) const noexcept {
+    switch (input.kind) {
+    case FunctionInput::Kind::Macro:
+        return Wanted(macros[input.number]);
+    case FunctionInput::Kind::Controller:
+        return static_cast<float>(controllers[input.number]);
+    default:
+        return 0;
+    }
+}
+
 bool InputBlock::IsSteady(const PlaneSource& f, const RunningVoice& v) const noexcept {
     for (std::size_t n = 0; n < f.Inputs().size(); n++) {
-        if (IsHand(f.Inputs()[n]) && v.heard[n].Varies())
+        if (Glides(f.Inputs()[n]) && v.heard[n].Varies())
             return false;
     }
     return true;
@@ -58,12 +69,7 @@ bool InputBlock::IsAskedOf(const PlaneSource& f, const RunningVoice& v,
     std::size_t n = 0;
     for (const FunctionInput input : f.Inputs()) {
         const Ramp<float>& heard = v.heard[n++];
-        if (!IsHand(input))
-            continue;
-        const float common = input.kind == FunctionInput::Kind::Macro
-                                 ? Wanted(macros[input.number])
-                                 : static_cast<float>(controllers[input.number]);
-        if (!heard.StaysAt(WantedOf(input, v, common, own)))
+        if (Glides(input) && !heard.StaysAt(WantedOf(input, v, CommonOf(input, controllers), own)))
             return true;
     }
     return false;
@@ -86,32 +92,28 @@ const float* const* InputBlock::Fill(const PlaneSource& f, std::span<RunningVoic
                                      double dt, std::size_t count) noexcept {
     const std::span<const FunctionInput> inputs = f.Inputs();
     sameSource = source == &f;
-    // What has come while nothing was heard is there at once.
-    const bool goesOn = wasFilled && sameSource;
     source = &f;
-    filled = true;
     for (std::size_t n = 0; n < inputs.size(); n++) {
         const FunctionInput input = inputs[n];
         float* to = space->values[n].data();
         arrays[n] = to;
-        const bool isControl = input.kind == FunctionInput::Kind::Controller;
-        if (isControl)
-            controls[n].Aim(controllers[input.number], goesOn ? smooth : 0, offset);
-        const Common common = isControl ? Common{controls[n], smooth}
-                                        : Common{starts[input.number % kMacros], length};
+        const float wanted = CommonOf(input, controllers);
         for (std::size_t k = 0; k < voices.size(); k++, to += count) {
             RunningVoice& v = *voices[k];
             switch (input.kind) {
             case FunctionInput::Kind::Macro:
+                Write({starts[input.number], length}, WantedOf(input, v, wanted, own), v.heard[n],
+                      v, to, count);
+                break;
             case FunctionInput::Kind::Controller:
-                Write(common, WantedOf(input, v, common.value.End(), own), v.heard[n], v, to,
+                Write({Ramp(wanted), smooth}, WantedOf(input, v, wanted, own), v.heard[n], v, to,
                       count);
+                break;
+            case FunctionInput::Kind::Key:
+                Write({Ramp(v.key), v.smooth}, v.key, v.heard[n], v, to, count);
                 break;
             case FunctionInput::Kind::Velocity:
                 std::fill_n(to, count, v.vel);
-                break;
-            case FunctionInput::Kind::Key:
-                std::fill_n(to, count, v.key);
                 break;
             case FunctionInput::Kind::Time:
                 for (std::size_t i = 0; i < count; i++)
@@ -120,22 +122,15 @@ const float* const* InputBlock::Fill(const PlaneSource& f, std::span<RunningVoic
                 break;
             }
         }
-        if (isControl)
-            controls[n].Pass(count);
     }
     GoOn(voices, count);
     return arrays.data();
 }
 
 bool InputBlock::Stays(const PlaneSource& f, std::span<RunningVoice* const> voices) const noexcept {
-    const std::span<const FunctionInput> inputs = f.Inputs();
-    for (std::size_t n = 0; n < inputs.size(); n++) {
-        const FunctionInput::Kind kind = inputs[n].kind;
-        if (kind == FunctionInput::Kind::Time ||
-            (kind == FunctionInput::Kind::Controller && controls[n].Moves()))
-            return false;
-    }
-    return std::ranges::none_of(ramps, &Ramp<float>::Moves) &&
+    const auto isTime = [](FunctionInput i) { return i.kind == FunctionInput::Kind::Time; };
+    return std::ranges::none_of(f.Inputs(), isTime) &&
+           std::ranges::none_of(ramps, &Ramp<float>::Moves) &&
            std::ranges::all_of(voices, [&](const RunningVoice* v) { return IsSteady(f, *v); });
 }
 

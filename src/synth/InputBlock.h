@@ -24,9 +24,11 @@ class VEXA_REALTIME InputBlock {
   public:
     explicit InputBlock(Macros& macros) : macros(macros), space(std::make_unique<Space>()) {}
 
-    /// True where all that the voice hears of macros and controllers is where it is wanted.
+    /// True where all that the voice hears of macros, controllers and its key is where it is
+    /// wanted.
     bool IsSteady(const PlaneSource& f, const RunningVoice& v) const noexcept;
-    /// True where a macro or controller that f hears is wanted elsewhere than the voice has it.
+    /// True where a macro, a controller or the key that f hears is wanted elsewhere than the voice
+    /// has it.
     bool IsAskedOf(const PlaneSource& f, const RunningVoice& v, const ControllerTable& controllers,
                    const OwnControllers& own) const noexcept;
 
@@ -38,8 +40,9 @@ class VEXA_REALTIME InputBlock {
     /// The arrays that f.Evaluate expects for the points of the block that was advanced over: those
     /// of voice k are k * count to (k + 1) * count - 1, and count <= kMostSamples unless f has no
     /// inputs. Each voice's age grows by `count`.
-    /// Controllers go where they are wanted within the smooth samples of Advance, and what a note
-    /// has of its own as what it stands for; a note begins with what it has then.
+    /// Controllers go where they are wanted within the smooth samples of Advance, a key within
+    /// those of its voice, and what a note has of its own as what it stands for. A note begins with
+    /// a macro as far as all have it, and with all else where it is wanted.
     const float* const* Fill(const PlaneSource& f, std::span<RunningVoice* const> voices,
                              const ControllerTable& controllers, const OwnControllers& own,
                              double dt, std::size_t count) noexcept;
@@ -51,13 +54,16 @@ class VEXA_REALTIME InputBlock {
     static void GoOn(std::span<RunningVoice* const> voices, std::size_t count) noexcept;
 
   private:
-    /// An input that goes to where it is wanted within so many samples, as all notes hear it.
+    /// An input as a note that begins now has it, and the samples in which the others get where it
+    /// is wanted.
     struct Common {
         Ramp<float> value;
         std::size_t length;
     };
-    /// Returns where a voice wants an input that is a macro or a controller: where all want it,
-    /// unless it has something of its own.
+    /// Returns where all want an input that is a macro or a controller.
+    float CommonOf(FunctionInput input, const ControllerTable& controllers) const noexcept;
+    /// Returns where a voice wants an input that is a macro, a controller or the key: where all
+    /// want it, unless it has something of its own.
     float WantedOf(FunctionInput input, const RunningVoice& v, float common,
                    const OwnControllers& own) const noexcept;
     /// Writes the values of that input for a voice.
@@ -81,16 +87,13 @@ class VEXA_REALTIME InputBlock {
     /// The macros on their way, as they are behind the block, and as they were at its beginning.
     std::array<Ramp<float>, kMacros> ramps, starts;
     bool begun = false;
-    /// The values of the inputs that are controllers, in the order of the source's inputs.
-    std::array<Ramp<float>, kMostInputs> controls;
-    /// The samples in which a macro gets where it is wanted, the block's length, and its offset in
-    /// its cell; then whether Fill has been called for this block and for the one before.
+    /// The samples in which a controller and in which a macro gets where it is wanted, and the
+    /// block's offset in its cell.
     std::size_t smooth = 0, length = 0, offset = 0;
-    bool filled = false, wasFilled = false;
-    /// The source is that of the last Fill before.
-    bool sameSource = false;
-    /// The source whose inputs the controls are.
+    /// The source of the last Fill.
     const PlaneSource* source = nullptr;
+    /// Whether it was that of the one before too.
+    bool sameSource = false;
     std::unique_ptr<Space> space;
     std::array<const float*, kMostInputs> arrays{};
 };

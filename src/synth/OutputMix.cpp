@@ -81,7 +81,7 @@ bool OutputMix::Add(std::span<RunningVoice* const> voices, std::span<const Ear> 
                     Loops().LowCut(filters.data(), samples, number, count, ear.sum, blocks, stride);
                 continue;
             }
-            Ramp<float> before = channels[first.before], volume = channels[first.channel];
+            Ramp<float> volume = channels[first.channel];
             Ramp<float> gain = first.gains[ear.side];
             first.left = left;
             first.arrives = begin;
@@ -90,9 +90,9 @@ bool OutputMix::Add(std::span<RunningVoice* const> voices, std::span<const Ear> 
                 beyond |= Loops().LowCut(filters.data(), samples + block * stride, number, count,
                                          part.data(), 1, 0);
                 for (std::size_t i = 0; i < count; i++) {
-                    ear.sum[block * count + i] +=
-                        part[i] * Between(before, volume, first.arrives) * Fade(first) * gain.Now();
-                    before.Pass(1);
+                    ear.sum[block * count + i] += part[i] *
+                                                  Between(first.before, volume, first.arrives) *
+                                                  Fade(first) * gain.Now();
                     volume.Pass(1);
                     gain.Pass(1);
                     first.arrives.Pass(1);

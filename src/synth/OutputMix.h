@@ -34,7 +34,7 @@ class VEXA_REALTIME OutputMix {
     float Level() const noexcept { return level; }
     /// Returns the factor on a voice's output that its channel has.
     float Volume(const RunningVoice& v) const noexcept {
-        return Between(channels[v.before], channels[v.channel], v.arrives);
+        return Between(v.before, channels[v.channel], v.arrives);
     }
     /// True where what a voice that rests adds to the sum may change within this block.
     bool Moves(const RunningVoice& v) const noexcept {
@@ -67,10 +67,10 @@ class VEXA_REALTIME OutputMix {
              std::size_t blocks = 1) noexcept;
 
   private:
-    static float Between(const Ramp<float>& before, const Ramp<float>& after,
+    static float Between(float before, const Ramp<float>& after,
                          const Ramp<float>& arrives) noexcept {
         const float end = after.Now();
-        return arrives.Moves() ? before.Now() + (end - before.Now()) * arrives.Now() : end;
+        return arrives.Moves() ? before + (end - before) * arrives.Now() : end;
     }
     /// Returns the volume that is wanted of channel i.
     float Wanted(std::size_t i) const noexcept { return playing.given ? float(volumes[i]) : 1.0F; }

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <concepts>
 #include <cstddef>
 
@@ -33,6 +34,11 @@ class RampParts {
     std::size_t done = 0, length = 0;
     alignas(64) std::array<double, kCellRoom> parts;
 };
+
+/// Returns how many samples these are at a rate that is `ratio` times theirs.
+VEXA_REALTIME inline std::size_t Rescaled(std::size_t samples, double ratio) noexcept {
+    return static_cast<std::size_t>(std::round(static_cast<double>(samples) * ratio));
+}
 
 /// A value on its way. Media thread.
 ///
@@ -95,6 +101,15 @@ class VEXA_REALTIME Ramp {
     void Pass(std::size_t samples) noexcept {
         done = samples < length - done ? done + samples : length;
     }
+    /// Returns the samples that are left.
+    std::size_t Left() const noexcept { return length - done; }
+    /// Goes on at a rate that is `ratio` times the one so far.
+    void Rescale(double ratio) noexcept {
+        const Number now = Now();
+        length = Rescaled(Left(), ratio);
+        done = 0;
+        from = now;
+    }
 
   private:
     Number from, to;
@@ -124,6 +139,14 @@ class VEXA_REALTIME PitchRamp {
     bool Varies() const noexcept { return line.Varies(); }
     bool StaysAt(double target) const noexcept { return line.StaysAt(target); }
     double Factor() const noexcept { return factor; }
+    /// Goes on at a rate that is `by` times the one so far.
+    void Rescale(double by) noexcept {
+        line.Rescale(by);
+        if (line.Moves())
+            ratio = RatioOf((line.End() - line.Now()) / static_cast<double>(line.Left()));
+        else
+            factor = end;
+    }
     /// Multiplies each by the factor at its moment, and goes on.
     void Scale(double* factors, std::size_t count) noexcept {
         for (std::size_t i = 0; i < count; i++) {

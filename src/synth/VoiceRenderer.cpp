@@ -115,16 +115,17 @@ std::size_t VoiceRenderer::SamplesIn(double seconds) const noexcept {
 
 void VoiceRenderer::SetSampleRate(double rate, int oversampling) noexcept {
     const double ratio = rate / sampleRate;
-    const auto scaled = [ratio](std::size_t samples) {
-        return static_cast<std::size_t>(std::round(static_cast<double>(samples) * ratio));
-    };
     const bool refilters = filterRate != kFilterRate * oversampling;
     sampleRate = rate;
     filterRate = kFilterRate * oversampling;
     for (RunningVoice& v : running) {
-        v.age = scaled(v.age);
-        v.left = scaled(v.left);
-        v.stillFor = scaled(v.stillFor);
+        for (std::size_t* samples : {&v.age, &v.left, &v.stillFor})
+            *samples = Rescaled(*samples, ratio);
+        const auto rescale = [ratio](auto&... lines) { (lines.Rescale(ratio), ...); };
+        rescale(v.glide, v.bend, v.arrives, v.gains[0], v.gains[1]);
+        std::ranges::for_each(v.sums, rescale);
+        std::ranges::for_each(v.heard, rescale);
+        std::ranges::for_each(v.envelopes, rescale);
         if (refilters && v.sounds)
             Refilter(v, LowCutFor(v.freq));
     }
@@ -187,7 +188,6 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
     // Voices that rest while their volumes move.
     std::array<RunningVoice*, kVoiceSlots> fading;
     std::size_t fadingCount = 0;
-    inputs.Advance(sampleRate, Smooth(), offset, count);
     mix.Begin(SamplesIn(kHandSeconds), SamplesIn(kFadeSeconds), offset, count);
     OpenEars(right, count);
     const PlaneSource& source = f.Source();
@@ -213,6 +213,8 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
         }
         sounding[voiceCount++] = &v;
     }
+    // Behind the notes that begin, which begin with the macros as they were up to now.
+    inputs.Advance(sampleRate, Smooth(), offset, count);
     mix.Sort({sounding.data(), voiceCount});
     const std::span<RunningVoice* const> all(sounding.data(), voiceCount);
     const float factor = gain * mix.Level();
@@ -435,12 +437,12 @@ void VoiceRenderer::CutOff(RunningVoice& v) noexcept {
     v.ends = v.sounds;
 }
 
-/// A note that begins has the volume of its channel at once.
-void VoiceRenderer::MoveTo(RunningVoice& v, std::size_t channel, bool begins) noexcept {
-    const float volume = mix.Volume(v);
-    v.before = std::exchange(v.channel, channel);
+/// A note that goes on from another gets to the volume of its channel, where `silent` is not so.
+void VoiceRenderer::MoveTo(RunningVoice& v, std::size_t channel, bool silent) noexcept {
+    v.before = mix.Volume(v);
+    v.channel = channel;
     v.arrives.Set(1);
-    if (begins || volume == mix.Volume(v))
+    if (silent || v.before == mix.Volume(v))
         return;
     v.arrives.Set(0);
     v.arrives.Aim(1, SamplesIn(kHandSeconds), offset);
@@ -479,19 +481,20 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
         return;
 
     const bool begins = !v.sounds || notes != v.notes;
+    // What was cut off a moment ago, in this block, still sounds where it is to fade.
+    const bool goesOn = v.sounds && (continues || v.ends || playing.given);
     if (begins || tunes != v.tunes) {
         const double from = glidesOn ? v.freq * v.glide.Factor() : double(glideFrom);
         v.glide.Set(glide > 0 && from > 0 ? SemitonesBetween(freq, from) : 0);
         v.glide.Aim(0, SamplesIn(glide), offset);
         v.retuned = !begins;
-        MoveTo(v, static_cast<std::size_t>(channel) & 15, begins);
+        MoveTo(v, static_cast<std::size_t>(channel) & 15, begins && !goesOn);
         v.tunes = tunes;
         v.key = key;
         v.freq = freq;
         Refilter(v, LowCutFor(freq));
     }
     if (begins) {
-        const bool goesOn = continues || v.ends;
         const float fade = mix.Fade(v);
         v.notes = notes;
         v.released = false;

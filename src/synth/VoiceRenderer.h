@@ -87,7 +87,7 @@ class VoiceRenderer {
 
     VEXA_REALTIME void TakeUpChange(RunningVoice& running, const voice& slot,
                                     const PlaneSource& f) noexcept;
-    VEXA_REALTIME void MoveTo(RunningVoice& running, std::size_t channel, bool begins) noexcept;
+    VEXA_REALTIME void MoveTo(RunningVoice& running, std::size_t channel, bool silent) noexcept;
     VEXA_REALTIME void TakeUpHands(RunningVoice& running, const voice& slot) noexcept;
     VEXA_REALTIME std::size_t Smooth() const noexcept;
     VEXA_REALTIME void CutOff(RunningVoice& running) noexcept;

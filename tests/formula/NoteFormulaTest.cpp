@@ -97,6 +97,46 @@ TEST(NoteFormula, MacrosOfANoteAreThoseOfItsChannel) {
     }
 }
 
+/// Where a note begins, or a legato key takes it over, while what the formula hears is on its way.
+TEST(NoteFormula, ANoteBeginsAndGoesOnWithoutAClickWhileWhatItHearsMoves) {
+    const struct {
+        const char* text;
+        int controller;
+        vexa::PlayMode mode;
+    } cases[] = {{"2*ctl(1)+sin(x)", 1, vexa::PlayMode::poly},
+                 {"2*a+sin(x)", 16, vexa::PlayMode::poly},
+                 {"3*key+sin(x)", 1, vexa::PlayMode::legato}};
+    for (const auto& row : cases) {
+        for (const float smooth : {20.0F, 100.0F}) {
+            vexa::Engine instrument;
+            test::MakeSine(instrument);
+            instrument.SetFunction(vexa::CompileFormula(row.text).formula);
+            instrument.playing.given = true;
+            instrument.playing.smooth = smooth;
+            instrument.playing.spread = 90;
+            instrument.playing.mode = float(int(row.mode));
+            instrument.consumer.NoteOn(0, 45, 127, 0);
+            std::vector<float> left(4000), right(left.size());
+            std::size_t at = 0;
+            const auto play = [&](std::size_t count) {
+                instrument.renderer.Render(&left[at], &right[at], count);
+                at += count;
+            };
+            play(1000);
+            // In the frame in which it begins to move, and on the way.
+            for (const int value : {127, 0}) {
+                instrument.consumer.ControlChange(0, uchar(row.controller), uchar(value), 0);
+                instrument.consumer.NoteOn(0, uchar(value ? 52 : 43), 127, 0);
+                play(200);
+                instrument.consumer.NoteOn(0, uchar(value ? 93 : 47), 127, 0);
+                play(1300);
+            }
+            for (const std::vector<float>& ear : {left, right})
+                EXPECT_LT(test::LargestStep(ear), 0.3F) << row.text << ' ' << smooth;
+        }
+    }
+}
+
 /// A formula that counts the points at which it is computed.
 class Counted : public vexa::PlaneSource {
   public:

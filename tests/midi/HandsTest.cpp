@@ -295,6 +295,23 @@ TEST_F(Hands, WhatIsCutOffFadesWithinFiveMilliseconds) {
     EXPECT_EQ(Peak(Render(instrument, 441)), 0);
 }
 
+TEST_F(Hands, ANoteGoesOnFromWhatIsHeardOfTheOneWhoseVoiceItTakes) {
+    instrument.consumer.ReduceToMaxVox(1);
+    Control(7, 30, 1);
+    std::vector<float> samples;
+    for (int i = 0; i < 40; i++) {
+        // In the same frame all sound may end, and the channel may be a soft one.
+        if (i % 3 == 0)
+            Control(i % 2 ? 120 : 123, 0, uchar((i + 1) % 2));
+        On(69, uchar(i % 2), 127);
+        const std::vector<float> more =
+            Render(instrument, i % 5 == 0 ? 101 : std::size_t(1500 + 7 * i));
+        samples.insert(samples.end(), more.begin(), more.end());
+    }
+    EXPECT_LT(test::LargestStep(samples), 1.5 * 2 * M_PI * 440 / kRate);
+    EXPECT_GT(Peak(samples), 0.9F);
+}
+
 TEST_F(Hands, WhatIsHeardDoesNotDependOnHowItIsCut) {
     std::vector<float> heard[2];
     for (const auto& [most, mpe] : {std::pair{64, false}, {37, false}, {64, true}, {37, true}}) {

@@ -111,6 +111,24 @@ TEST(Oversampler, GoesToAnotherMultipleWithoutAClickOrAnAllocation) {
     play(100, 1000);
     EXPECT_LT(test::LargestStep({left.data(), 1000}), 1.5 * step);
     EXPECT_EQ(test::Peak({left.data() + 400, 600}), 0);
+
+    // A glide takes its time at any multiple.
+    instrument.playing.glide = 0.1F;
+    instrument.consumer.NoteOn(0, 57, 127, 0);
+    play(0, 480);
+    instrument.consumer.NoteOn(0, 69, 127, 0);
+    const auto plays = [](const vexa::voice& slot) {
+        return slot.state.Look().Active() && std::lround(slot.key * 127) == 69;
+    };
+    const auto slot = std::ranges::find_if(instrument.voices, plays);
+    ASSERT_NE(slot, instrument.voices.end());
+    for (const int power : {4, 0, 3, 1}) {
+        instrument.playing.oversample = float(power);
+        play(0, 1190);
+        EXPECT_LT(slot->pitch, 439.5F);
+    }
+    play(0, 60);
+    EXPECT_FLOAT_EQ(slot->pitch, 440);
 }
 
 } // namespace

@@ -28,10 +28,15 @@ void InputBlock::Advance(double rate, std::size_t newSmooth, std::size_t newOffs
         Ramp<float>& ramp = ramps[m];
         ramp.Aim(Wanted(macros[m]), begun ? length : 0, offset);
         starts[m] = ramp;
-        ramp.Pass(count);
         macros[m].now = ramp.Now();
+        ramp.Pass(count);
     }
     begun = true;
+}
+
+void InputBlock::ShowMacros() noexcept {
+    for (std::size_t m = 0; m < kMacros; m++)
+        macros[m].now = begun ? ramps[m].Now() : Wanted(macros[m]);
 }
 
 float InputBlock::WantedOf(FunctionInput input, const RunningVoice& v, float common,
@@ -106,11 +111,11 @@ const float* const* InputBlock::Fill(const PlaneSource& f, std::span<RunningVoic
                       v, to, count);
                 break;
             case FunctionInput::Kind::Controller:
-                Write({Ramp(wanted), smooth}, WantedOf(input, v, wanted, own), v.heard[n], v, to,
-                      count);
+                Write({Ramp<float>(wanted), smooth}, WantedOf(input, v, wanted, own), v.heard[n], v,
+                      to, count);
                 break;
             case FunctionInput::Kind::Key:
-                Write({Ramp(v.key), v.smooth}, v.key, v.heard[n], v, to, count);
+                Write({Ramp<float>(v.key), v.smooth}, v.key, v.heard[n], v, to, count);
                 break;
             case FunctionInput::Kind::Velocity:
                 std::fill_n(to, count, v.vel);

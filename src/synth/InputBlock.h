@@ -34,8 +34,11 @@ class VEXA_REALTIME InputBlock {
 
     /// Moves the macros over the next `count` moments, `rate` a second, whether they are used or
     /// not. Each goes to what it was last set to within 10 ms, or `smooth` samples if that is
-    /// longer; the first moment of all finds it there. `offset` is that of VoiceMotion.
+    /// longer; the first moment of all finds it there. `offset` is that of VoiceMotion. They show
+    /// where they are at the beginning, for notes that begin.
     void Advance(double rate, std::size_t smooth, std::size_t offset, std::size_t count) noexcept;
+    /// Lets them show where they are behind the block, or will begin where there was none so far.
+    void ShowMacros() noexcept;
 
     /// The arrays that f.Evaluate expects for the points of the block that was advanced over: those
     /// of voice k are k * count to (k + 1) * count - 1, and count <= kMostSamples unless f has no

@@ -8,24 +8,38 @@
 
 namespace vexa {
 
-void OutputMix::Begin(std::size_t ramp, std::size_t fade, std::size_t offset,
-                      std::size_t newCount) noexcept {
+void OutputMix::Begin(const Times& times, std::size_t offset, std::size_t newCount) noexcept {
     // These are the volumes of the block before.
     for (Ramp<float>& channel : channels)
         channel.Pass(count);
+    level.Pass(count);
     count = newCount;
-    fadeLength = fade;
+    fadeLength = times.fade;
     for (std::size_t i = 0; i < channels.size(); i++)
-        channels[i].Aim(Wanted(i), begun ? ramp : 0, offset);
-    begun = true;
+        channels[i].Aim(Wanted(i), begun ? times.channel : 0, offset);
+    float wanted = level.End();
     if (playing.volume != decibels) {
         decibels = playing.volume;
-        level = static_cast<float>(LevelOf(double(decibels)));
+        wanted = static_cast<float>(LevelOf(double(decibels)));
+    }
+    level.Aim(wanted, begun ? times.sum : 0, offset);
+    begun = true;
+}
+
+void OutputMix::Write(const float* sum, float gain, float* out, std::size_t length) const noexcept {
+    Ramp<float> now = level;
+    const float factor = gain * now.Now();
+    if (now.Moves()) {
+        for (std::size_t i = 0; i < length; i++, now.Pass(1))
+            out[i] = sum[i] * (gain * now.Now());
+    } else {
+        for (std::size_t i = 0; i < length; i++)
+            out[i] = sum[i] * factor;
     }
 }
 
 bool OutputMix::Stays() const noexcept {
-    bool stays = playing.volume == decibels;
+    bool stays = playing.volume == decibels && !level.Varies();
     for (std::size_t i = 0; i < channels.size(); i++)
         stays = stays && channels[i].StaysAt(Wanted(i));
     return stays;

@@ -21,17 +21,23 @@ class VEXA_REALTIME OutputMix {
     OutputMix(const Playing& playing, const ChannelVolumes& volumes)
         : playing(playing), volumes(volumes) {}
 
-    /// Begins a block of `count` samples, `offset` after its cell. A volume gets where it is wanted
-    /// within `ramp` samples, and an end takes `fade`.
-    void Begin(std::size_t ramp, std::size_t fade, std::size_t offset, std::size_t count) noexcept;
+    /// The samples in which the volume of a channel and that of the sum get where they are wanted,
+    /// and those that an end takes.
+    struct Times {
+        std::size_t channel, sum, fade;
+    };
+    /// Begins a block of `count` samples, `offset` after its cell.
+    void Begin(const Times& times, std::size_t offset, std::size_t count) noexcept;
 
     /// True where a block that begins now leaves all volumes as they are.
     bool Stays() const noexcept;
     /// Begins blocks of `count` samples, in place of Begin, as long as it stays so.
     void GoOn(std::size_t newCount) noexcept { count = newCount; }
 
-    /// Returns the factor on the sum.
-    float Level() const noexcept { return level; }
+    /// Returns the factor on the sum at the block's beginning.
+    float Level() const noexcept { return level.Now(); }
+    /// Writes an ear's sum by the gain and by the factor of each moment.
+    void Write(const float* sum, float gain, float* out, std::size_t count) const noexcept;
     /// Returns the factor on a voice's output that its channel has.
     float Volume(const RunningVoice& v) const noexcept {
         return Between(v.before, channels[v.channel], v.arrives);
@@ -83,7 +89,8 @@ class VEXA_REALTIME OutputMix {
     const Playing& playing;
     const ChannelVolumes& volumes;
     std::array<Ramp<float>, 16> channels;
-    float level = 1, decibels = 0;
+    Ramp<float> level{1};
+    float decibels = 0;
     std::size_t fadeLength = 1, count = 0;
     bool begun = false;
 };

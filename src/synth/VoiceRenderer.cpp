@@ -118,6 +118,7 @@ void VoiceRenderer::SetSampleRate(double rate, int oversampling) noexcept {
     const bool refilters = filterRate != kFilterRate * oversampling;
     sampleRate = rate;
     filterRate = kFilterRate * oversampling;
+    inputs.ShowMacros();
     for (RunningVoice& v : running) {
         for (std::size_t* samples : {&v.age, &v.left, &v.stillFor})
             *samples = Rescaled(*samples, ratio);
@@ -188,7 +189,11 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
     // Voices that rest while their volumes move.
     std::array<RunningVoice*, kVoiceSlots> fading;
     std::size_t fadingCount = 0;
-    mix.Begin(SamplesIn(kHandSeconds), SamplesIn(kFadeSeconds), offset, count);
+    inputs.Advance(sampleRate, Smooth(), offset, count);
+    // Where sounds are joined, notes are charged for another volume of the sum at once.
+    const bool glides = !joins && std::ranges::any_of(running, &RunningVoice::sounds);
+    const std::size_t hand = SamplesIn(kHandSeconds);
+    mix.Begin({hand, glides ? hand : 0, SamplesIn(kFadeSeconds)}, offset, count);
     OpenEars(right, count);
     const PlaneSource& source = f.Source();
     float resting = 0, restingRight = 0;
@@ -213,11 +218,9 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
         }
         sounding[voiceCount++] = &v;
     }
-    // Behind the notes that begin, which begin with the macros as they were up to now.
-    inputs.Advance(sampleRate, Smooth(), offset, count);
+    inputs.ShowMacros();
     mix.Sort({sounding.data(), voiceCount});
     const std::span<RunningVoice* const> all(sounding.data(), voiceCount);
-    const float factor = gain * mix.Level();
     Block::Ear &one = block.left, &other = block.right;
     if (voiceCount > 0) {
         constexpr std::size_t kTogether = VoiceMotion::kTogether;
@@ -253,11 +256,9 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
          {&RunningVoice::rightFilter, other.s.data(), other.sum.data(), 1}}};
     if (mix.Add(all, {both.data(), apart ? both.size() : 1}))
         bounded = true;
-    for (std::size_t i = 0; i < count; i++)
-        left[i] = one.sum[i] * factor;
-    const float* const rightSum = apart ? other.sum.data() : one.sum.data();
-    for (std::size_t i = 0; right && i < count; i++)
-        right[i] = rightSum[i] * factor;
+    mix.Write(one.sum.data(), gain, left, count);
+    if (right)
+        mix.Write(apart ? other.sum.data() : one.sum.data(), gain, right, count);
     const bool hearsTime = HearsTime(source);
     const bool cellEnds = offset + count == kBlock;
     for (std::size_t k = 0; k < voiceCount && hearsTime; k++) {

@@ -112,6 +112,7 @@ std::size_t VoiceRenderer::RenderCells(const PlaneFunction& f, float* left, floa
             inputs.GoOn(all, some * kBlock);
         } else {
             inputs.Advance(sampleRate, Smooth(), 0, some * kBlock);
+            inputs.ShowMacros();
             if (voiceCount == 0)
                 continue;
             given = inputs.Fill(source, all, controllers, own, dt, some * kBlock);
@@ -142,12 +143,9 @@ std::size_t VoiceRenderer::RenderCells(const PlaneFunction& f, float* left, floa
         const std::size_t last = (cells - 1) * points + (k + 1) * kBlock - 1;
         v.over = v.stands && IsOver(v, one.s[last], other.s[last]);
     }
-    const float factor = gain * mix.Level();
-    for (std::size_t i = 0; i < cells * kBlock; i++)
-        left[i] = one.sum[i] * factor;
-    const float* const rightSum = apart ? other.sum.data() : one.sum.data();
-    for (std::size_t i = 0; right && i < cells * kBlock; i++)
-        right[i] = rightSum[i] * factor;
+    mix.Write(one.sum.data(), gain, left, cells * kBlock);
+    if (right)
+        mix.Write(apart ? other.sum.data() : one.sum.data(), gain, right, cells * kBlock);
     return cells;
 }
 

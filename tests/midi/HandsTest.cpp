@@ -270,7 +270,13 @@ TEST_F(Hands, VolumeAndExpressionAreFactorsOfTheirChannel) {
     EXPECT_NEAR(level() / full, std::pow(64 * 100 / (127.0 * 127), 2), 1e-3);
     Control(121, 0); // expression goes back, volume stays
     EXPECT_NEAR(level() / full, std::pow(64 / 127.0, 2), 1e-3);
-    instrument.playing.volume = 6;
+    std::vector<float> samples;
+    for (const float volume : {0.0F, -12.0F, 6.0F, -40.0F, 6.0F}) {
+        instrument.playing.volume = volume;
+        const std::vector<float> more = Render(instrument, 1013);
+        samples.insert(samples.end(), more.begin(), more.end());
+    }
+    EXPECT_LT(test::LargestStep(samples), 0.8 * 2 * M_PI * 440 / kRate);
     EXPECT_NEAR(level() / full, std::pow(64 / 127.0, 2) * 1.99526, 1e-3);
     instrument.playing.given = false;
     instrument.playing.volume = 0;

@@ -153,6 +153,7 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     VEXA_REALTIME void ReleaseUnheld(uchar from);
     VEXA_REALTIME void HoldSostenuto(uchar from);
     VEXA_REALTIME void LiftPedals(uchar from);
+    VEXA_REALTIME void LiftSostenuto(uchar from);
     VEXA_REALTIME void SetController(uchar controller, float value);
     VEXA_REALTIME void ApplyBend(uchar from);
     VEXA_REALTIME void ApplyVolume(uchar from);

@@ -79,7 +79,13 @@ void VexaMidiConsumer::HoldSostenuto(uchar from) {
 }
 
 void VexaMidiConsumer::LiftPedals(uchar from) {
-    channels[from].sustain = channels[from].sostenuto = false;
+    channels[from].sustain = false;
+    LiftSostenuto(from);
+}
+
+/// What the pedal 64 holds goes on.
+void VexaMidiConsumer::LiftSostenuto(uchar from) {
+    channels[from].sostenuto = false;
     for (Holder& holder : holders)
         holder.sostenuto = holder.sostenuto && !Concerns(from, holder.channel);
     ReleaseUnheld(from);
@@ -101,10 +107,7 @@ void VexaMidiConsumer::ControlChange(uchar from, uchar controller, uchar value, 
         channel.sustain = false;
         ReleaseUnheld(from);
     } else if (controller == kSostenuto && value < kDown) {
-        const bool sustain = channel.sustain;
-        channel.sustain = true;
-        LiftPedals(from);
-        channel.sustain = sustain;
+        LiftSostenuto(from);
     }
     if (!Accepts(from))
         return;

@@ -206,6 +206,13 @@ TEST_F(Hands, PedalsHoldNotesAndNothingHangs) {
         EXPECT_EQ(Notes(), Are{60});
     };
     sustainOne();
+    Control(66, 127);
+    Control(66, 0);
+    EXPECT_EQ(Notes(), Are{60}) << "the pedal that is still down holds it";
+    Control(64, 0);
+    EXPECT_EQ(Notes(), Are{-60});
+    Panic();
+    sustainOne();
     instrument.consumer.SourceEnded(0, 0);
     EXPECT_EQ(Notes(), Are{-60}) << "its source has gone";
     Panic();

@@ -53,9 +53,10 @@ void VexaMidiConsumer::Begin(const NoteName& name, float velocity) {
         return AddEnded(name);
     TakeUpSound();
     const HeldKeys::Key struck{name, velocity};
-    if (playing.Mode() != PlayMode::poly)
+    if (!Strike(struck))
+        AddEnded(name);
+    else if (playing.Mode() != PlayMode::poly)
         HandOf(from).keys.Press(struck);
-    Strike(struck);
 }
 
 /// What a voice of the note begins with.
@@ -69,14 +70,15 @@ VexaMidiConsumer::Start VexaMidiConsumer::StartOf(const NoteMoment& note) const 
     return {cx, cy, Heard(f.At(x, cy, inputs.data()))};
 }
 
-/// Gives the key a voice, or the one voice of its channel.
-void VexaMidiConsumer::Strike(const HeldKeys::Key& struck) {
+/// Gives the key a voice, or the one voice of its channel. False, and nothing changes, where it has
+/// no frequency or no voice is allowed.
+bool VexaMidiConsumer::Strike(const HeldKeys::Key& struck) {
     const kits::Reader::Section reading(reader);
     const NoteName& name = struck.name;
     const auto from = static_cast<uchar>(name.channel), note = static_cast<uchar>(name.key);
     const float freq = tuning.Get()[note & 127];
     if (freq == 0)
-        return AddEnded(name);
+        return false;
     const float vel = struck.velocity;
     const float key = Normalised(note);
     const NoteMoment moment{vel, key, 0, OwnOf(from)};
@@ -87,7 +89,7 @@ void VexaMidiConsumer::Strike(const HeldKeys::Key& struck) {
     const bool takesOver = mode != PlayMode::poly && Plays(hand.voice, from);
     const int index = takesOver ? hand.voice : ChooseSlot(key, name);
     if (index < 0)
-        return AddEnded(name);
+        return false;
     hand.voice = index;
     for (std::size_t i = 0; i < voices.size(); i++)
         holders[i].bygone = holders[i].bygone || (holders[i].channel == from && voices[i].released);
@@ -127,6 +129,7 @@ void VexaMidiConsumer::Strike(const HeldKeys::Key& struck) {
     }
     slot.state.EndChange(true);
     KeepToLimit();
+    return true;
 }
 
 void VexaMidiConsumer::SetChannel(int32 next) {
@@ -185,8 +188,8 @@ void VexaMidiConsumer::LetGo(std::size_t index, uchar from) {
     const MidiChannel& hand = HandOf(from);
     const std::optional<HeldKeys::Key> last = hand.keys.Last();
     if (last && playing.Mode() != PlayMode::poly && hand.voice == static_cast<int>(index) &&
-        Plays(hand.voice, from))
-        return Strike(*last);
+        Plays(hand.voice, from) && Strike(*last))
+        return;
     holders[index].key = false;
     if (!Sustains(index))
         Release(index);

@@ -120,7 +120,7 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     }
     VEXA_REALTIME int ChooseSlot(float key, const NoteName& name);
     VEXA_REALTIME void KeepToLimit();
-    VEXA_REALTIME void Strike(const HeldKeys::Key& struck);
+    VEXA_REALTIME bool Strike(const HeldKeys::Key& struck);
     struct Start {
         float cx, cy, out;
     };

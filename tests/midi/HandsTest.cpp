@@ -178,6 +178,26 @@ TEST_F(Hands, OneVoiceFollowsTheLastKeyThatIsDown) {
         EXPECT_EQ(Notes(), Are{});
         Off(65);
         Render(instrument, 441);
+
+        // A key without a frequency has no voice, though it had one when it was struck.
+        vexa::Tuning gaps = vexa::EqualTemperament();
+        gaps[61] = 0;
+        instrument.consumer.SetTuning(gaps);
+        On(60);
+        On(61);
+        Off(60);
+        EXPECT_EQ(Notes(), Are{-60});
+        Off(61);
+        On(62);
+        On(64);
+        gaps[62] = 0;
+        instrument.consumer.SetTuning(gaps);
+        Off(64);
+        EXPECT_EQ(Notes(), Are{-64});
+        Off(62);
+        instrument.consumer.SetTuning(vexa::EqualTemperament());
+        Panic();
+        Render(instrument, 441);
     }
 }
 

@@ -92,7 +92,7 @@ bool VexaMidiConsumer::Strike(const HeldKeys::Key& struck) {
         return false;
     hand.voice = index;
     for (std::size_t i = 0; i < voices.size(); i++)
-        holders[i].bygone = holders[i].bygone || (holders[i].channel == from && voices[i].released);
+        holders[i].bygone = holders[i].bygone || (holders[i].channel == from && !holders[i].key);
     voice& slot = voices[index];
     Holder& holder = holders[static_cast<std::size_t>(index)];
     const VoiceState::Seen before = slot.state.BeginChange();

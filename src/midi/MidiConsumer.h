@@ -176,7 +176,7 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
         bool key = false;
         /// The pedal 66 holds the note.
         bool sostenuto = false;
-        /// It was released before another began on the channel of its own.
+        /// Its key was up before another note began on the channel of its own.
         bool bygone = false;
         /// The note's name. Its id is kOfMidi for a note of MIDI, and also from when the host has
         /// been told of the note's end.

@@ -84,6 +84,7 @@ bool VexaMidiConsumer::Strike(const HeldKeys::Key& struck) {
     const NoteMoment moment{vel, key, 0, OwnOf(from)};
     const Start start = StartOf(moment);
 
+    SpareHeldOnly();
     MidiChannel& hand = HandOf(from);
     const PlayMode mode = playing.Mode();
     const bool takesOver = mode != PlayMode::poly && Plays(hand.voice, from);
@@ -143,7 +144,7 @@ void VexaMidiConsumer::SetChannel(int32 next) {
 /// changed one and who sets the limit look afterwards, and of two who do it at the same time at
 /// least one sees what the other has done.
 void VexaMidiConsumer::KeepToLimit() {
-    while (CountVox() > voiceLimit && ReduceVoicesByOne(voices)) {
+    while (CountVox() > Limit() && ReduceVoicesByOne(voices)) {
     }
 }
 
@@ -155,7 +156,7 @@ int VexaMidiConsumer::ChooseSlot(float key, const NoteName& name) {
             IsThatNote(static_cast<std::size_t>(i), name))
             return i;
     }
-    if (CountVox() < voiceLimit) {
+    if (CountVox() < Limit()) {
         for (int i = 0; i < kVoiceSlots; i++) {
             if (!voices[i].state.Look().Active())
                 return i;
@@ -221,7 +222,23 @@ int32 VexaMidiConsumer::CountHeld() const {
 
 void VexaMidiConsumer::ReduceToMaxVox(int32 limit) {
     voiceLimit = limit;
+    spared = 0;
     KeepToLimit();
+}
+
+void VexaMidiConsumer::LimitNewVox(int32 limit) {
+    // First, as the MIDI thread may look at any time.
+    spared = CountHeld();
+    voiceLimit = limit;
+    KeepToLimit();
+}
+
+/// The limit holds again for the voices of keys that have been let go since it was set.
+void VexaMidiConsumer::SpareHeldOnly() {
+    const int32 held = CountHeld();
+    int32 before = spared;
+    while (before > held && !spared.compare_exchange_weak(before, held)) {
+    }
 }
 
 void VexaMidiConsumer::PublishIcons() {

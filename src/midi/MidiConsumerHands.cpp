@@ -37,6 +37,7 @@ void VexaMidiConsumer::TakeUpSound() {
             if (!IsOwn(from))
                 channels[from].ForgetRange();
             ApplyBend(from);
+            ApplyVolume(from);
             // No pedal of this sound will end what the one before has sustained.
             if (!playing.Pedal())
                 LiftPedals(from);
@@ -114,8 +115,7 @@ void VexaMidiConsumer::ControlChange(uchar from, uchar controller, uchar value, 
     const OwnControllers own(playing, macros);
     if (!GiveOwn(from, own.Which(controller), Normalised(value)))
         SetController(controller, Normalised(value));
-    if (!playing.Bends())
-        return;
+    // What a channel is told is kept for sounds that heed it.
     if (controller == kResetControllers)
         return ResetControllers(from);
     if (playing.Pedal() && value >= kDown) {
@@ -136,7 +136,9 @@ void VexaMidiConsumer::ControlChange(uchar from, uchar controller, uchar value, 
     case MidiChannel::Change::Volume:
         return ApplyVolume(from);
     case MidiChannel::Change::Zone:
-        return ConfigureZone(from, value);
+        if (playing.Bends())
+            ConfigureZone(from, value);
+        return;
     case MidiChannel::Change::None:
         return;
     }
@@ -149,6 +151,10 @@ void VexaMidiConsumer::ResetControllers(uchar from) {
         if (Concerns(from, to))
             channels[to].Reset();
     }
+    ApplyBend(from);
+    ApplyVolume(from);
+    if (!playing.Bends())
+        return;
     SetController(kModulation, 0);
     SetController(kExpression, 1);
     for (uchar pedal = kSustain; pedal <= kLastPedal; pedal++)
@@ -160,12 +166,10 @@ void VexaMidiConsumer::ResetControllers(uchar from) {
         if (Concerns(from, holders[i].channel))
             std::copy(own.begin(), own.end(), voices[i].own.begin());
     }
-    ApplyBend(from);
-    ApplyVolume(from);
 }
 
 void VexaMidiConsumer::PitchBend(uchar from, uchar lsb, uchar msb, bigtime_t) {
-    if (!Accepts(from) || !playing.Bends())
+    if (!Accepts(from))
         return;
     TakeUpSound();
     channels[from].SetBend(lsb, msb);

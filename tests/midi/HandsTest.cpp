@@ -96,6 +96,10 @@ TEST_F(Hands, TheWheelBendsByTheRangeThatTheSoundOrRpn0Says) {
     Bend(-8192);
     On(69);
     EXPECT_NEAR(Cents(Hertz(1000), 440), 0, 0.01);
+    instrument.playing.given = true;
+    instrument.playing.loads = 2;
+    On(69);
+    EXPECT_NEAR(Cents(Hertz(1000), 391.9954), 0, 0.01) << "where the wheel was left meanwhile";
 }
 
 TEST_F(Hands, ASweepOfTheWheelHasNoSteps) {
@@ -302,6 +306,14 @@ TEST_F(Hands, VolumeAndExpressionAreFactorsOfTheirChannel) {
     instrument.playing.given = false;
     instrument.playing.volume = 0;
     EXPECT_GT(level(), 1.5 * full) << "as if they had never come";
+    Control(11, 0);
+    Control(121, 0);
+    Control(7, 32);
+    EXPECT_GT(level(), 1.5 * full);
+    instrument.playing.given = true;
+    instrument.playing.loads = 1; // another sound
+    On(69);
+    EXPECT_NEAR(level() / full, std::pow(32 / 127.0, 2), 1e-3) << "what came meanwhile";
 }
 
 TEST_F(Hands, WhatIsCutOffFadesWithinFiveMilliseconds) {

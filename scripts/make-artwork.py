@@ -7,10 +7,10 @@ each also at twice the resolution (NAME@2x.png), and the application's icon as v
 vexa-icon.png.
 """
 
+import argparse
 import math
 import pathlib
 import subprocess
-import sys
 
 HEIGHT = 48
 INK = "#e8ecf4"
@@ -100,9 +100,10 @@ def render(drawing, path, zoom):
 
 
 def main():
-    if len(sys.argv) != 2:
-        sys.exit(__doc__)
-    folder = pathlib.Path(sys.argv[1])
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("folder", type=pathlib.Path)
+    folder = parser.parse_args().folder
     folder.mkdir(parents=True, exist_ok=True)
     for name, draw in {"orvo": left, "orvobar": middle, "vexa": right}.items():
         width, body = draw()

@@ -6,6 +6,7 @@ A bossa in A minor of about a minute for five instruments, each on a channel of 
 with a pedal, a pad, a bass and hand drums. `./run` has the sounds that it was written for. The same
 bytes on every run.
 """
+import argparse
 import pathlib
 import struct
 import sys
@@ -237,9 +238,10 @@ def compose():
 
 
 def main():
-    if len(sys.argv) != 2:
-        sys.exit(__doc__)
-    pathlib.Path(sys.argv[1]).write_bytes(compose())
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("file", type=pathlib.Path)
+    parser.parse_args().file.write_bytes(compose())
 
 
 if __name__ == "__main__":

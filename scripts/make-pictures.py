@@ -8,12 +8,12 @@ glass of its own; letters.png a word in a broad pen; julia.png the slopes round 
 what a cellular automaton makes of one cell. Grey of 16 bits, the same bytes on every run.
 """
 
+import argparse
 import functools
 import math
 import pathlib
 import random
 import struct
-import sys
 import zlib
 
 # Pixels of a side, which spans 10 on the plane.
@@ -170,9 +170,10 @@ def write(path, height):
 
 
 def main():
-    if len(sys.argv) != 2:
-        sys.exit(__doc__)
-    folder = pathlib.Path(sys.argv[1])
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("folder", type=pathlib.Path)
+    folder = parser.parse_args().folder
     folder.mkdir(parents=True, exist_ok=True)
     for draw in (island, rose, letters, julia, weave):
         write(folder / f"{draw.__name__}.png", draw())

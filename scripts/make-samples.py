@@ -7,10 +7,10 @@ that is damped until nothing is left of it, vowel.wav the vowel from hardly anyt
 are tones of 220 Hz, so that is their sample frequency. The same bytes on every run.
 """
 
+import argparse
 import math
 import pathlib
 import random
-import sys
 import wave
 
 RATE = 44100
@@ -96,9 +96,10 @@ def write(path, samples):
 
 
 def main():
-    if len(sys.argv) != 2:
-        sys.exit(__doc__)
-    folder = pathlib.Path(sys.argv[1])
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("folder", type=pathlib.Path)
+    folder = parser.parse_args().folder
     folder.mkdir(parents=True, exist_ok=True)
     write(folder / "pluck.wav", pluck())
     write(folder / "voice.wav", voice())

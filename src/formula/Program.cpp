@@ -93,7 +93,7 @@ class Program::Writer {
     /// way, is computed in one pass.
     void JoinQuotients() {
         const std::vector<std::uint32_t> uses = CountUses();
-        const auto isFloat = [this](const Node& node) {
+        const auto isFloat = [](const Node& node) {
             return node.op == Op::ToDouble && node.type == Type::Float;
         };
         for (Value value = 0; value <= root; value++) {

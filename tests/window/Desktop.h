@@ -11,8 +11,12 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
+
+#include <xcb/xcb.h>
 
 namespace test {
 
@@ -76,8 +80,31 @@ class Desktop {
     void Type(const std::string& text) const { Do({"type", "--delay", "5", text}); }
     void Key(const std::string& name) const { Do({"key", name}); }
     void Minimize() const { Do({"windowminimize", window}); }
-    /// As the user closes a window: by the window manager.
-    void Close() const { Do({"key", "alt+F4"}); }
+    /// As the user closes a window in a list of them: by the window manager, whoever has the focus.
+    /// Its key goes by that, and may do nothing while another window comes up.
+    void Close() const {
+        const std::unique_ptr<xcb_connection_t, decltype(&::xcb_disconnect)> display(
+            ::xcb_connect(nullptr, nullptr), ::xcb_disconnect);
+        const std::string name = "_NET_CLOSE_WINDOW";
+        const xcb_intern_atom_cookie_t asked =
+            ::xcb_intern_atom(display.get(), 0, std::uint16_t(name.size()), name.c_str());
+        const std::unique_ptr<xcb_intern_atom_reply_t, decltype(&std::free)> atom(
+            ::xcb_intern_atom_reply(display.get(), asked, nullptr), std::free);
+        xcb_client_message_event_t message{};
+        message.response_type = XCB_CLIENT_MESSAGE;
+        message.format = 32;
+        message.window = xcb_window_t(std::stoul(window));
+        message.type = atom->atom;
+        const xcb_window_t root =
+            ::xcb_setup_roots_iterator(::xcb_get_setup(display.get())).data->root;
+        const xcb_void_cookie_t sent = ::xcb_send_event_checked(
+            display.get(), 0, root,
+            XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+            reinterpret_cast<const char*>(&message));
+        // This also awaits that the server has it.
+        if (::xcb_request_check(display.get(), sent))
+            throw std::runtime_error("the display refuses to tell the window manager");
+    }
 
     /// What the window looks like.
     QImage Picture() const {

@@ -5,7 +5,6 @@
 #include "documents/SoundDocument.h"
 #include "instrument/Instrument.h"
 #include "instrument/Programs.h"
-#include "kits/application/Interrupt.h"
 #include "kits/midi/MidiRoster.h"
 #include "kits/support/Published.h"
 #include "midi/ProgramSelector.h"
@@ -53,7 +52,7 @@ class HeadlessPlayer : private SessionClient {
             instrument.Playing().consumer.ExpectMpe();
     }
 
-    int Run(kits::Recording* recording);
+    int Run(const kits::Interrupt& interrupt, kits::Recording* recording);
 
   private:
     bool LoadSound();
@@ -88,8 +87,7 @@ class HeadlessPlayer : private SessionClient {
     bool waitsForSource = false;
 };
 
-int HeadlessPlayer::Run(kits::Recording* recording) {
-    const kits::Interrupt interrupt;
+int HeadlessPlayer::Run(const kits::Interrupt& interrupt, kits::Recording* recording) {
     instrument.Prefer(options.playing);
     instrument.SetUsualVoices(kMostVoices);
     if (options.voices)
@@ -260,8 +258,9 @@ void HeadlessPlayer::Report(Clock::duration played) const {
 } // namespace
 
 int PlayWithoutWindow(const AppOptions& options, const kits::ProgramFolders& folders,
-                      const Tuning& tuning, kits::Recording* recording, JoinedSession* joined) {
-    return HeadlessPlayer(options, folders, tuning, joined).Run(recording);
+                      const Tuning& tuning, const kits::Interrupt& interrupt,
+                      kits::Recording* recording, JoinedSession* joined) {
+    return HeadlessPlayer(options, folders, tuning, joined).Run(interrupt, recording);
 }
 
 int ListDevices() {

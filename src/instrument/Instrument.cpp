@@ -6,7 +6,6 @@
 #include "kits/support/NumberText.h"
 #include "kits/support/Quoted.h"
 
-#include <algorithm>
 #include <new>
 #include <system_error>
 #include <utility>
@@ -54,7 +53,7 @@ void Instrument::LoadRest(const Sound& next) {
     ApplyEnvelopes(next, engine.parameters);
     ApplyPlaying(next, preferred, saidPlaying);
     saidPlaying.loads = saidPlaying.loads + 1;
-    LimitVoices(std::max(VoiceLimit(), engine.consumer.CountHeld()));
+    LimitNewVoices();
     Function function = std::move(sound.function);
     sound = next;
     sound.function = std::move(function);
@@ -99,22 +98,27 @@ void Instrument::SetPlaying(const std::optional<PlayingTexts>& next) {
     if (given != saidPlaying.given || pedal != saidPlaying.Pedal() || bend != saidPlaying.bend)
         saidPlaying.loads = saidPlaying.loads + 1;
     if (limit != VoiceLimit())
-        LimitVoices(std::max(VoiceLimit(), engine.consumer.CountHeld()));
+        LimitNewVoices();
 }
 
 void Instrument::ChooseVoices(int32 limit) {
     chosenVoices = limit;
-    LimitVoices(VoiceLimit());
-}
-
-void Instrument::LimitVoices(int32 limit) {
-    if (!isApart)
-        engine.consumer.ReduceToMaxVox(limit);
+    LimitVoices();
 }
 
 void Instrument::SetUsualVoices(int32 limit) {
     usualVoices = limit;
-    LimitVoices(VoiceLimit());
+    LimitVoices();
+}
+
+void Instrument::LimitVoices() {
+    if (!isApart)
+        engine.consumer.ReduceToMaxVox(VoiceLimit());
+}
+
+void Instrument::LimitNewVoices() {
+    if (!isApart)
+        engine.consumer.LimitNewVox(VoiceLimit());
 }
 
 int32 Instrument::VoiceLimit() const {

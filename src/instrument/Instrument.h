@@ -157,7 +157,8 @@ class Instrument {
 
   private:
     void SetPlaying(const std::optional<PlayingTexts>& next);
-    void LimitVoices(int32 limit);
+    void LimitVoices();
+    void LimitNewVoices();
     void EditMacro(std::string& present, const std::string& text);
     FunctionReport ChangeFunction(const Function& from, const Function& to);
     FunctionReport InstallKind(const Function& function);

@@ -53,9 +53,10 @@ void VexaMidiConsumer::Begin(const NoteName& name, float velocity) {
         return AddEnded(name);
     TakeUpSound();
     const HeldKeys::Key struck{name, velocity};
-    if (playing.Mode() != PlayMode::poly)
+    if (!Strike(struck))
+        AddEnded(name);
+    else if (playing.Mode() != PlayMode::poly)
         HandOf(from).keys.Press(struck);
-    Strike(struck);
 }
 
 /// What a voice of the note begins with.
@@ -69,28 +70,30 @@ VexaMidiConsumer::Start VexaMidiConsumer::StartOf(const NoteMoment& note) const 
     return {cx, cy, Heard(f.At(x, cy, inputs.data()))};
 }
 
-/// Gives the key a voice, or the one voice of its channel.
-void VexaMidiConsumer::Strike(const HeldKeys::Key& struck) {
+/// Gives the key a voice, or the one voice of its channel. False, and nothing changes, where it has
+/// no frequency or no voice is allowed.
+bool VexaMidiConsumer::Strike(const HeldKeys::Key& struck) {
     const kits::Reader::Section reading(reader);
     const NoteName& name = struck.name;
     const auto from = static_cast<uchar>(name.channel), note = static_cast<uchar>(name.key);
     const float freq = tuning.Get()[note & 127];
     if (freq == 0)
-        return AddEnded(name);
+        return false;
     const float vel = struck.velocity;
     const float key = Normalised(note);
     const NoteMoment moment{vel, key, 0, OwnOf(from)};
     const Start start = StartOf(moment);
 
+    SpareHeldOnly();
     MidiChannel& hand = HandOf(from);
     const PlayMode mode = playing.Mode();
     const bool takesOver = mode != PlayMode::poly && Plays(hand.voice, from);
     const int index = takesOver ? hand.voice : ChooseSlot(key, name);
     if (index < 0)
-        return AddEnded(name);
+        return false;
     hand.voice = index;
     for (std::size_t i = 0; i < voices.size(); i++)
-        holders[i].bygone = holders[i].bygone || (holders[i].channel == from && voices[i].released);
+        holders[i].bygone = holders[i].bygone || (holders[i].channel == from && !holders[i].key);
     voice& slot = voices[index];
     Holder& holder = holders[static_cast<std::size_t>(index)];
     const VoiceState::Seen before = slot.state.BeginChange();
@@ -127,6 +130,7 @@ void VexaMidiConsumer::Strike(const HeldKeys::Key& struck) {
     }
     slot.state.EndChange(true);
     KeepToLimit();
+    return true;
 }
 
 void VexaMidiConsumer::SetChannel(int32 next) {
@@ -140,7 +144,7 @@ void VexaMidiConsumer::SetChannel(int32 next) {
 /// changed one and who sets the limit look afterwards, and of two who do it at the same time at
 /// least one sees what the other has done.
 void VexaMidiConsumer::KeepToLimit() {
-    while (CountVox() > voiceLimit && ReduceVoicesByOne(voices)) {
+    while (CountVox() > Limit() && ReduceVoicesByOne(voices)) {
     }
 }
 
@@ -152,7 +156,7 @@ int VexaMidiConsumer::ChooseSlot(float key, const NoteName& name) {
             IsThatNote(static_cast<std::size_t>(i), name))
             return i;
     }
-    if (CountVox() < voiceLimit) {
+    if (CountVox() < Limit()) {
         for (int i = 0; i < kVoiceSlots; i++) {
             if (!voices[i].state.Look().Active())
                 return i;
@@ -185,8 +189,8 @@ void VexaMidiConsumer::LetGo(std::size_t index, uchar from) {
     const MidiChannel& hand = HandOf(from);
     const std::optional<HeldKeys::Key> last = hand.keys.Last();
     if (last && playing.Mode() != PlayMode::poly && hand.voice == static_cast<int>(index) &&
-        Plays(hand.voice, from))
-        return Strike(*last);
+        Plays(hand.voice, from) && Strike(*last))
+        return;
     holders[index].key = false;
     if (!Sustains(index))
         Release(index);
@@ -218,7 +222,23 @@ int32 VexaMidiConsumer::CountHeld() const {
 
 void VexaMidiConsumer::ReduceToMaxVox(int32 limit) {
     voiceLimit = limit;
+    spared = 0;
     KeepToLimit();
+}
+
+void VexaMidiConsumer::LimitNewVox(int32 limit) {
+    // First, as the MIDI thread may look at any time.
+    spared = CountHeld();
+    voiceLimit = limit;
+    KeepToLimit();
+}
+
+/// The limit holds again for the voices of keys that have been let go since it was set.
+void VexaMidiConsumer::SpareHeldOnly() {
+    const int32 held = CountHeld();
+    int32 before = spared;
+    while (before > held && !spared.compare_exchange_weak(before, held)) {
+    }
 }
 
 void VexaMidiConsumer::PublishIcons() {

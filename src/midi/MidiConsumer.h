@@ -17,6 +17,7 @@
 #include "synth/Voice.h"
 #include "tuning/Tuning.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 
@@ -97,6 +98,9 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
 
     /// Silences voices until at most `limit` sound, which then is the voice limit. Any thread.
     VEXA_REALTIME void ReduceToMaxVox(int32 limit);
+    /// Sets the voice limit without cutting off what is held: as many voices may sound, until a
+    /// note begins while fewer are held. Any thread.
+    VEXA_REALTIME void LimitNewVox(int32 limit);
     /// Returns how many notes sound and are not released. Any thread.
     VEXA_REALTIME int32 CountHeld() const;
     /// Returns how many voices sound. Any thread.
@@ -119,8 +123,10 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
         return channel == -1 || channel == from || channel == MasterOf(from);
     }
     VEXA_REALTIME int ChooseSlot(float key, const NoteName& name);
+    VEXA_REALTIME int32 Limit() const { return std::max(int32(voiceLimit), int32(spared)); }
     VEXA_REALTIME void KeepToLimit();
-    VEXA_REALTIME void Strike(const HeldKeys::Key& struck);
+    VEXA_REALTIME void SpareHeldOnly();
+    VEXA_REALTIME bool Strike(const HeldKeys::Key& struck);
     struct Start {
         float cx, cy, out;
     };
@@ -153,6 +159,7 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     VEXA_REALTIME void ReleaseUnheld(uchar from);
     VEXA_REALTIME void HoldSostenuto(uchar from);
     VEXA_REALTIME void LiftPedals(uchar from);
+    VEXA_REALTIME void LiftSostenuto(uchar from);
     VEXA_REALTIME void SetController(uchar controller, float value);
     VEXA_REALTIME void ApplyBend(uchar from);
     VEXA_REALTIME void ApplyVolume(uchar from);
@@ -175,7 +182,7 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
         bool key = false;
         /// The pedal 66 holds the note.
         bool sostenuto = false;
-        /// It was released before another began on the channel of its own.
+        /// Its key was up before another note began on the channel of its own.
         bool bygone = false;
         /// The note's name. Its id is kOfMidi for a note of MIDI, and also from when the host has
         /// been told of the note's end.
@@ -197,6 +204,8 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     kits::Published<PlaneFunction> function{dummyfunction};
     kits::Published<Tuning> tuning{EqualTemperament()};
     std::atomic<int32> voiceLimit{1};
+    /// So many voices may sound whatever the limit is, as they were held when that was set.
+    std::atomic<int32> spared{0};
     kits::Shared<int64> stolen{0};
     kits::Reader reader;
 };

@@ -37,6 +37,7 @@ void VexaMidiConsumer::TakeUpSound() {
             if (!IsOwn(from))
                 channels[from].ForgetRange();
             ApplyBend(from);
+            ApplyVolume(from);
             // No pedal of this sound will end what the one before has sustained.
             if (!playing.Pedal())
                 LiftPedals(from);
@@ -79,7 +80,13 @@ void VexaMidiConsumer::HoldSostenuto(uchar from) {
 }
 
 void VexaMidiConsumer::LiftPedals(uchar from) {
-    channels[from].sustain = channels[from].sostenuto = false;
+    channels[from].sustain = false;
+    LiftSostenuto(from);
+}
+
+/// What the pedal 64 holds goes on.
+void VexaMidiConsumer::LiftSostenuto(uchar from) {
+    channels[from].sostenuto = false;
     for (Holder& holder : holders)
         holder.sostenuto = holder.sostenuto && !Concerns(from, holder.channel);
     ReleaseUnheld(from);
@@ -101,18 +108,14 @@ void VexaMidiConsumer::ControlChange(uchar from, uchar controller, uchar value, 
         channel.sustain = false;
         ReleaseUnheld(from);
     } else if (controller == kSostenuto && value < kDown) {
-        const bool sustain = channel.sustain;
-        channel.sustain = true;
-        LiftPedals(from);
-        channel.sustain = sustain;
+        LiftSostenuto(from);
     }
     if (!Accepts(from))
         return;
     const OwnControllers own(playing, macros);
     if (!GiveOwn(from, own.Which(controller), Normalised(value)))
         SetController(controller, Normalised(value));
-    if (!playing.Bends())
-        return;
+    // What a channel is told is kept for sounds that heed it.
     if (controller == kResetControllers)
         return ResetControllers(from);
     if (playing.Pedal() && value >= kDown) {
@@ -133,7 +136,9 @@ void VexaMidiConsumer::ControlChange(uchar from, uchar controller, uchar value, 
     case MidiChannel::Change::Volume:
         return ApplyVolume(from);
     case MidiChannel::Change::Zone:
-        return ConfigureZone(from, value);
+        if (playing.Bends())
+            ConfigureZone(from, value);
+        return;
     case MidiChannel::Change::None:
         return;
     }
@@ -146,6 +151,10 @@ void VexaMidiConsumer::ResetControllers(uchar from) {
         if (Concerns(from, to))
             channels[to].Reset();
     }
+    ApplyBend(from);
+    ApplyVolume(from);
+    if (!playing.Bends())
+        return;
     SetController(kModulation, 0);
     SetController(kExpression, 1);
     for (uchar pedal = kSustain; pedal <= kLastPedal; pedal++)
@@ -157,12 +166,10 @@ void VexaMidiConsumer::ResetControllers(uchar from) {
         if (Concerns(from, holders[i].channel))
             std::copy(own.begin(), own.end(), voices[i].own.begin());
     }
-    ApplyBend(from);
-    ApplyVolume(from);
 }
 
 void VexaMidiConsumer::PitchBend(uchar from, uchar lsb, uchar msb, bigtime_t) {
-    if (!Accepts(from) || !playing.Bends())
+    if (!Accepts(from))
         return;
     TakeUpSound();
     channels[from].SetBend(lsb, msb);

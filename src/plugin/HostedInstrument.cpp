@@ -5,7 +5,6 @@
 #include "kits/midi/ControllerNumbers.h"
 #include "kits/support/Published.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <limits>
 
@@ -94,7 +93,7 @@ void HostedInstrument::TakeControls(const ControlValues& values) noexcept {
     const int32 next = voices > 0 ? voices : kMostVoices;
     // A sound's lower limit does not cut keys off that are held.
     if (loaded != loads)
-        engine.consumer.ReduceToMaxVox(std::max(next, engine.consumer.CountHeld()));
+        engine.consumer.LimitNewVox(next);
     else if (next != limit)
         engine.consumer.ReduceToMaxVox(next);
     limit = next;

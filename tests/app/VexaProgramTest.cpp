@@ -2,6 +2,7 @@
 // vexa as a user starts it, without any server.
 #include "support/Command.h"
 #include "support/Environment.h"
+#include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -75,6 +76,22 @@ TEST(VexaProgram, WithoutAnyDeviceOrCompilerItLivesAndEndsByItsSignal) {
     EXPECT_THAT(result.text, HasSubstr("unable to get the system mixer"));
     EXPECT_THAT(result.text, HasSubstr("there is no sound: no audio system was asked for"));
     EXPECT_THAT(result.text, HasSubstr("s without sound, 0 MIDI events lost"));
+}
+
+TEST(VexaProgram, ASignalAtTheStartLeavesNoPartOfARecordingBehind) {
+    const test::TemporaryFolder folder;
+    const auto path = folder.Path() / "heard.wav";
+    const auto terminateWhenBegun = [&](pid_t child) {
+        while (folder.Count() == 0 && !test::EndsWithin(child, std::chrono::milliseconds(0))) {
+        }
+        ::kill(child, SIGTERM);
+    };
+    const CommandResult result = test::RunCommand(
+        {VEXA_PROGRAM_FOLDER "/vexa", "--no-window", "--audio", "none", "--record", path.string()},
+        terminateWhenBegun);
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.text, HasSubstr("--record: "));
+    EXPECT_EQ(folder.Count(), 0U);
 }
 
 } // namespace

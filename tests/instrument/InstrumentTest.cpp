@@ -80,8 +80,15 @@ TEST(Instrument, IsPlayedAsTheSoundSaysUnlessAPersonHasChosen) {
     vexa::Sound few;
     few.playing.emplace().texts[0] = "8";
     instrument.Load(few);
-    EXPECT_EQ(instrument.Playing().consumer.CountHeld(), 12) << "nobody has let them go";
-    instrument.Playing().consumer.AllNotesOff(false, 0);
+    vexa::VexaMidiConsumer& consumer = instrument.Playing().consumer;
+    EXPECT_EQ(consumer.CountHeld(), 12) << "nobody has let them go";
+    for (uchar note = 40; note < 50; note++)
+        consumer.NoteOff(0, note, 0, 0);
+    EXPECT_EQ(consumer.CountVox(), 12) << "they sound out";
+    for (uchar note = 60; note < 70; note++)
+        consumer.NoteOn(0, note, 100, 0);
+    EXPECT_EQ(consumer.CountVox(), 8);
+    consumer.AllNotesOff(false, 0);
     vexa::PlayingTexts options;
     options.texts[3] = "7"; // bend
     instrument.Prefer(options);
@@ -150,6 +157,14 @@ TEST(Instrument, HowItIsPlayedIsEditedWhileItPlays) {
     EXPECT_EQ(engine.consumer.CountVox(), 5);
     EXPECT_TRUE(edit(polyphony, "2"));
     EXPECT_EQ(engine.consumer.CountHeld(), 5) << "nobody has let them go";
+    engine.consumer.NoteOn(0, 70, 100, 0);
+    EXPECT_EQ(engine.consumer.CountHeld(), 5);
+    for (uchar note = 40; note < 71; note++)
+        engine.consumer.NoteOff(0, note, 0, 0);
+    EXPECT_EQ(engine.consumer.CountVox(), 5) << "they sound out";
+    for (uchar note = 71; note < 75; note++)
+        engine.consumer.NoteOn(0, note, 100, 0);
+    EXPECT_EQ(engine.consumer.CountVox(), 2);
     vexa::PlayingTexts options;
     options.texts[glide] = "0.5";
     instrument.Prefer(options);

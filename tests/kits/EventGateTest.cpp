@@ -34,21 +34,38 @@ TEST(EventGate, HandsOnAtOnceOrWhenAsked) {
     EXPECT_THAT(log.calls, IsEmpty());
     {
         EventGate::Turn turn(gate);
-        for (bigtime_t time = 10; time < 15; time++) {
+        for (bigtime_t time = 10; time < 17; time++) {
             ASSERT_EQ(turn.Next()->time, time);
             turn.Play();
         }
-        EXPECT_EQ(turn.Next()->time, 15) << "that may wait for another turn";
+        EXPECT_EQ(turn.Next()->time, 17) << "that may wait for another turn";
         EXPECT_EQ(EventGate::Turn(gate).Next(), nullptr) << "one has it already";
     }
     EXPECT_THAT(log.calls, ElementsAre("off 1 60 64", "key 2 61 5", "control 3 7 90", "program 4 8",
-                                       "pressure 5 9"));
+                                       "pressure 5 9", "bend 6 1 64", "ended 7"));
     gate.SetTimed(false);
     EXPECT_EQ(EventGate::Turn(gate).Next(), nullptr);
     EXPECT_EQ(log.calls.size(), 8U);
-    EXPECT_EQ(log.calls[6], "ended 7");
     EXPECT_EQ(log.calls.back(), "alloff 1");
     EXPECT_EQ(log.times, (std::vector<bigtime_t>{10, 11, 12, 13, 14, 15, 16, 17}));
+}
+
+TEST(EventGate, EventsOfSeveralSourcesComeInTheOrderOfTheirTimes) {
+    test::MidiLog log;
+    EventGate gate(log);
+    gate.SetTimed(true);
+    gate.NoteOn(0, 60, 100, 10);
+    gate.NoteOn(0, 61, 100, 30);
+    gate.NoteOff(0, 61, 64, 30);
+    gate.NoteOn(1, 70, 100, 5);
+    gate.NoteOn(1, 71, 100, 20);
+    gate.NoteOff(1, 71, 64, 30);
+    gate.NoteOff(0, 60, 64, 0);
+    gate.NoteOn(2, 80, 100, 15);
+    gate.SetTimed(false);
+    EXPECT_THAT(log.calls, ElementsAre("on 1 70 100", "on 0 60 100", "on 1 71 100", "on 0 61 100",
+                                       "off 0 61 64", "off 1 71 64", "off 0 60 64", "on 2 80 100"))
+        << "without a time, behind all that came before";
 }
 
 /// A consumer that knows what comes next and whether two are in it at a time.

@@ -72,6 +72,17 @@ TEST(MidiThread, DeliversEachInletInOrderByOneThread) {
     EXPECT_FALSE(log.threads.contains(std::this_thread::get_id()));
 }
 
+TEST(MidiThread, TheTimeOfASourceNeverGoesBack) {
+    Slow log;
+    auto thread = std::make_unique<kits::MidiThread>(log);
+    kits::MidiThread::Inlet& inlet = thread->NewInlet();
+    thread->Start();
+    for (const bigtime_t time : {5, 3, 0, 4, 7})
+        inlet.Put(Bytes{0x90, 60, 100}, time);
+    thread.reset();
+    EXPECT_EQ(log.times, (std::vector<bigtime_t>{5, 5, 0, 5, 7}));
+}
+
 TEST(MidiThread, AFloodEndsTheNotesInsteadOfLeavingThemOn) {
     Slow log;
     log.holdUp = true;

@@ -209,6 +209,10 @@ class JackPort {
         });
     }
 
+    void Disconnect(const std::string& from, const std::string& to) {
+        jack_disconnect(handle, from.c_str(), to.c_str());
+    }
+
   protected:
     /// No Process from now on: for the destructor of who has one. A client that is only deactivated
     /// may still be called by jackd1's library when its server is dead.

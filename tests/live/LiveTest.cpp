@@ -302,6 +302,27 @@ TEST(Live, ASourceThatVanishesEndsItsOwnNotesOnly) {
     }
 }
 
+/// By the time that the program is told of it there are as many connections as before.
+TEST(Live, ASourceInWhosePlaceAnotherComesEndsItsNotes) {
+    EXPECT_TRUE(SoundsRight([](LivePlay& play) {
+        const std::string input = "Vexa:Vexa midi in";
+        test::Player next;
+        bool right = true;
+        for (int i = 0; i < 4; i++) {
+            play.Play(NoteOn(69));
+            play.Listen(24000);
+            right = right && play.Levels().first > 0.2;
+            next.Disconnect("player:out", input);
+            next.Connect(next.Name(), input);
+            play.Listen(24000);
+            right = right && play.Levels().first < 0.01;
+            next.Disconnect(next.Name(), input);
+            next.Connect("player:out", input);
+        }
+        return right;
+    }));
+}
+
 /// Nothing is rendered while the server stands still, and soon afterwards notes are heard at once
 /// again.
 TEST(Live, AServerThatStallsForSecondsIsSurvived) {

@@ -96,6 +96,10 @@ TEST_F(Hands, TheWheelBendsByTheRangeThatTheSoundOrRpn0Says) {
     Bend(-8192);
     On(69);
     EXPECT_NEAR(Cents(Hertz(1000), 440), 0, 0.01);
+    instrument.playing.given = true;
+    instrument.playing.loads = 2;
+    On(69);
+    EXPECT_NEAR(Cents(Hertz(1000), 391.9954), 0, 0.01) << "where the wheel was left meanwhile";
 }
 
 TEST_F(Hands, ASweepOfTheWheelHasNoSteps) {
@@ -178,6 +182,26 @@ TEST_F(Hands, OneVoiceFollowsTheLastKeyThatIsDown) {
         EXPECT_EQ(Notes(), Are{});
         Off(65);
         Render(instrument, 441);
+
+        // A key without a frequency has no voice, though it had one when it was struck.
+        vexa::Tuning gaps = vexa::EqualTemperament();
+        gaps[61] = 0;
+        instrument.consumer.SetTuning(gaps);
+        On(60);
+        On(61);
+        Off(60);
+        EXPECT_EQ(Notes(), Are{-60});
+        Off(61);
+        On(62);
+        On(64);
+        gaps[62] = 0;
+        instrument.consumer.SetTuning(gaps);
+        Off(64);
+        EXPECT_EQ(Notes(), Are{-64});
+        Off(62);
+        instrument.consumer.SetTuning(vexa::EqualTemperament());
+        Panic();
+        Render(instrument, 441);
     }
 }
 
@@ -205,6 +229,13 @@ TEST_F(Hands, PedalsHoldNotesAndNothingHangs) {
         Off(60);
         EXPECT_EQ(Notes(), Are{60});
     };
+    sustainOne();
+    Control(66, 127);
+    Control(66, 0);
+    EXPECT_EQ(Notes(), Are{60}) << "the pedal that is still down holds it";
+    Control(64, 0);
+    EXPECT_EQ(Notes(), Are{-60});
+    Panic();
     sustainOne();
     instrument.consumer.SourceEnded(0, 0);
     EXPECT_EQ(Notes(), Are{-60}) << "its source has gone";
@@ -281,6 +312,14 @@ TEST_F(Hands, VolumeAndExpressionAreFactorsOfTheirChannel) {
     instrument.playing.given = false;
     instrument.playing.volume = 0;
     EXPECT_GT(level(), 1.5 * full) << "as if they had never come";
+    Control(11, 0);
+    Control(121, 0);
+    Control(7, 32);
+    EXPECT_GT(level(), 1.5 * full);
+    instrument.playing.given = true;
+    instrument.playing.loads = 1; // another sound
+    On(69);
+    EXPECT_NEAR(level() / full, std::pow(32 / 127.0, 2), 1e-3) << "what came meanwhile";
 }
 
 TEST_F(Hands, WhatIsCutOffFadesWithinFiveMilliseconds) {

@@ -66,6 +66,12 @@ TEST_F(Mpe, EachNoteBendsByItsOwnChannelAndAllByTheMaster) {
     On(72, 1);
     Bend(0, 1);
     ExpectCents({60, 64, 67, 72}, {2400, 0, 0, 0});
+    instrument.playing.pedal = true;
+    Control(64, 127, 0); // holds it as well
+    Off(64, 2);
+    On(65, 2);
+    Bend(8191, 2);
+    ExpectCents({60, 64, 67, 72, 65}, {2400, 0, 0, 0, 2400});
 }
 
 TEST_F(Mpe, PressureAndTimbreAreThoseOfTheNote) {

@@ -25,6 +25,7 @@ void EventGate::SetTimed(bool on) {
         return;
     while (!Enter())
         std::this_thread::sleep_for(kGatePause);
+    PlayAll();
     Leave();
     Deliver();
 }
@@ -33,10 +34,14 @@ void EventGate::SetTimed(bool on) {
 void EventGate::Deliver() {
     // What another thread has put in meanwhile, and could not deliver, is there after Leave.
     while (ring.Readable() > 0 && Enter()) {
-        while (First())
-            PlayFirst();
+        PlayAll();
         Leave();
     }
+}
+
+void EventGate::PlayAll() {
+    while (First())
+        PlayFirst();
 }
 
 void EventGate::Take(const MidiEvent& event) {
@@ -52,14 +57,21 @@ void EventGate::Take(const MidiEvent& event) {
 }
 
 const MidiEvent* EventGate::First() noexcept {
-    if (!hasFirst)
-        hasFirst = ring.Read(&first, 1) > 0;
-    return hasFirst ? &first : nullptr;
+    MidiEvent event;
+    while (count < sorted.size() && ring.Read(&event, 1) > 0) {
+        std::size_t place = count++;
+        for (; place > 0 && event.time != 0 && Sorted(place - 1).time > event.time; place--)
+            Sorted(place) = Sorted(place - 1);
+        Sorted(place) = event;
+    }
+    return count > 0 ? &Sorted(0) : nullptr;
 }
 
 void EventGate::PlayFirst() {
-    hasFirst = false;
-    Call(first, consumer);
+    const MidiEvent event = Sorted(0);
+    begin = (begin + 1) % sorted.size();
+    count--;
+    Call(event, consumer);
 }
 
 EventGate::Turn::Turn(EventGate& gate) : gate(gate), holds(gate.Enter()) {

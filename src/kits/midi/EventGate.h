@@ -7,6 +7,7 @@
 #include "kits/support/RealtimeMark.h"
 #include "kits/support/Ring.h"
 
+#include <array>
 #include <atomic>
 
 namespace kits {
@@ -18,11 +19,13 @@ class EventWatcher {
     virtual void Came(const MidiEvent& event) = 0;
 };
 
-/// Calls the consumer's hooks one after the other, in the order in which the events came in: at
-/// once, in the MIDI thread, or, while it is timed, whenever a Turn says so in the thread that
-/// renders. Hooks of system messages are called at once all the same, and may run beside the
-/// others. Nobody waits but the MIDI thread, where a thousand times more events come in than can be
-/// played.
+/// Calls the consumer's hooks one after the other: at once, in the MIDI thread, or, while it is
+/// timed, whenever a Turn says so in the thread that renders. Events come in in the order of each
+/// source, one source after the other; those that wait are put in the order of their times, as far
+/// as a few hundred go. Those of one time, and those without one behind all that came before, stay
+/// in the order in which they came in. Hooks of system messages are called at once all the same,
+/// and may run beside the others. Nobody waits but the MIDI thread, where a thousand times more
+/// events come in than can be played.
 class EventGate : public BMidiLocalConsumer {
   public:
     explicit EventGate(BMidiLocalConsumer& consumer);
@@ -74,8 +77,12 @@ class EventGate : public BMidiLocalConsumer {
     VEXA_REALTIME bool Enter() noexcept { return !entered.exchange(true); }
     VEXA_REALTIME void Leave() noexcept { entered = false; }
     VEXA_REALTIME void Deliver();
+    VEXA_REALTIME void PlayAll();
     VEXA_REALTIME const MidiEvent* First() noexcept;
     VEXA_REALTIME void PlayFirst();
+    VEXA_REALTIME MidiEvent& Sorted(std::size_t place) noexcept {
+        return sorted[(begin + place) % sorted.size()];
+    }
 
     BMidiLocalConsumer& consumer;
     Ring<MidiEvent> ring;
@@ -83,10 +90,10 @@ class EventGate : public BMidiLocalConsumer {
     std::atomic<bool> timed{false};
     /// True while a thread has the right to read the ring and to call hooks.
     std::atomic<bool> entered{false};
-    /// The next event, if it is out of the ring already. It belongs to the thread that has the
-    /// right to play.
-    MidiEvent first{};
-    bool hasFirst = false;
+    /// The next events, which are out of the ring already, in the order in which they are played:
+    /// `count` of them from `begin` on. They belong to the thread that has the right to play.
+    std::array<MidiEvent, 512> sorted{};
+    std::size_t begin = 0, count = 0;
 };
 
 } // namespace kits

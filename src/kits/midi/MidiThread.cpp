@@ -67,6 +67,8 @@ void MidiThread::Inlet::Drain() {
         std::memcpy(&header, head.data(), sizeof header);
         if (header.gap)
             decoder.Reset();
+        if (header.time != 0)
+            header.time = latest = std::max(latest, header.time);
         for (std::size_t left = header.size; left > 0;) {
             const std::size_t count = std::min(left, bytes.size());
             ring.Read(bytes.data(), count);

@@ -24,10 +24,12 @@ class MidiThread {
       public:
         explicit Inlet(MidiThread& thread, BMidiLocalConsumer& consumer);
 
-        /// Puts in a piece of the stream that came at `time`, microseconds of the system's clock.
-        /// It is wait-free and does not allocate, for a server's real-time thread. When more comes
-        /// in than the MIDI thread gets done, pieces are lost and the inlet's notes, which might
-        /// hang, are ended. One thread writes into an inlet.
+        /// Puts in a piece of the stream that came at `time`, microseconds of the system's clock; 0
+        /// where nobody knows. Where a server's clock goes back, the events have the latest time
+        /// that there has been, so that they stay in order. It is wait-free and does not allocate,
+        /// for a server's real-time thread. When more comes in than the MIDI thread gets done,
+        /// pieces are lost and the inlet's notes, which might hang, are ended. One thread writes
+        /// into an inlet.
         VEXA_REALTIME void Put(std::span<const uint8> bytes, bigtime_t time) noexcept;
 
         /// Tells that a piece of the stream could not be read: it is lost as in Put. The writing
@@ -60,6 +62,8 @@ class MidiThread {
         /// Pieces put in, the writing thread's, and done, the MIDI thread's.
         int64 put = 0;
         std::atomic<int64> done{0};
+        /// The latest time of a piece so far, the MIDI thread's.
+        bigtime_t latest = 0;
         /// The notes are to be ended.
         std::atomic<bool> lost{false};
         std::atomic<int64> lostPieces{0};

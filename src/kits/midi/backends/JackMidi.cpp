@@ -20,8 +20,8 @@ class JackMidi final : public MidiBackend, private JackProcessor {
     JackMidi(std::shared_ptr<JackClient> opened, std::function<void()> changed)
         : client(std::move(opened)),
           bufferSize(jack_port_type_get_buffer_size(client->Handle(), JACK_DEFAULT_MIDI_TYPE)) {
-        client->Listen(this, [this, changed = std::move(changed)] {
-            NoteLosses();
+        client->Listen(this, [this, changed = std::move(changed)](const PartedPorts& parted) {
+            NoteLosses(parted);
             changed();
         });
     }
@@ -92,7 +92,8 @@ class JackMidi final : public MidiBackend, private JackProcessor {
         if (!chosen.port || client->IsDead())
             return;
         const auto request = client->Request();
-        jack_disconnect(client->Handle(), source.c_str(), jack_port_name(chosen.port));
+        if (jack_disconnect(client->Handle(), source.c_str(), jack_port_name(chosen.port)) == 0)
+            chosenInlet->EndNotes();
     }
 
     bool HasGone() const override { return client->IsDead(); }
@@ -153,15 +154,17 @@ class JackMidi final : public MidiBackend, private JackProcessor {
     }
 
     /// Notes of a source that is no longer connected, or of a server that has gone, would never be
-    /// released. Runs in a thread of the JACK library.
-    void NoteLosses() {
+    /// released. By the time that one is told of, another source may be in its place. Runs in a
+    /// thread of the JACK library.
+    void NoteLosses(const PartedPorts& parted) {
         const std::lock_guard lock(lossMutex);
         for (Input* input : {&shared, &chosen}) {
             jack_port_t* const port = input->port;
             if (!port)
                 continue;
             const int now = client->IsDead() ? 0 : jack_port_connected(port);
-            if (now < input->connected || client->IsDead())
+            if (port == parted.one || port == parted.other || now < input->connected ||
+                client->IsDead())
                 input->inlet->EndNotes();
             input->connected = now;
         }

@@ -120,8 +120,12 @@ JackClient::JackClient(_jack_client* client) : client(client) {
         this);
     jack_set_port_connect_callback(
         client,
-        [](jack_port_id_t, jack_port_id_t, int, void* self) {
-            static_cast<JackClient*>(self)->Notify();
+        [](jack_port_id_t one, jack_port_id_t other, int connected, void* self) {
+            auto* const told = static_cast<JackClient*>(self);
+            PartedPorts parted;
+            if (!connected)
+                parted = {jack_port_by_id(told->client, one), jack_port_by_id(told->client, other)};
+            told->Notify(parted);
         },
         this);
     jack_set_port_rename_callback(
@@ -201,7 +205,7 @@ void JackClient::FinishPeriod() {
     }
 }
 
-void JackClient::Listen(const void* owner, std::function<void()> listener) {
+void JackClient::Listen(const void* owner, Listener listener) {
     const std::lock_guard lock(listenersMutex);
     listeners[owner] = std::move(listener);
 }
@@ -228,10 +232,10 @@ void JackClient::Shutdown(void* self) {
     client.Notify();
 }
 
-void JackClient::Notify() {
+void JackClient::Notify(const PartedPorts& parted) {
     const std::lock_guard lock(listenersMutex);
     for (const auto& [owner, listener] : listeners)
-        listener();
+        listener(parted);
 }
 
 } // namespace kits

@@ -15,7 +15,8 @@
 #include <mutex>
 #include <string>
 
-struct _jack_client; // NOLINT(bugprone-reserved-identifier): the library's name
+struct _jack_client; // NOLINT(bugprone-reserved-identifier): the library's names
+struct _jack_port;   // NOLINT(bugprone-reserved-identifier)
 
 namespace kits {
 
@@ -26,6 +27,12 @@ class JackProcessor {
     /// Called in each period of so many frames. The server's real-time thread: no wait, lock or
     /// allocation, unless it is freewheeling.
     VEXA_REALTIME virtual void Process(uint32 frames) noexcept = 0;
+};
+
+/// Two ports that have been disconnected from each other; null where another thing has happened.
+struct PartedPorts {
+    _jack_port* one = nullptr;
+    _jack_port* other = nullptr;
 };
 
 /// The program's connection with a JACK server, open as long as somebody holds it. When the server
@@ -74,9 +81,10 @@ class JackClient {
     /// before.
     void FinishPeriod();
 
+    using Listener = std::function<void(const PartedPorts&)>;
     /// `listener` is called, in a thread of the JACK library, when the server goes or when ports
     /// come, go, are renamed, connected or disconnected. It may not call the server.
-    void Listen(const void* owner, std::function<void()> listener);
+    void Listen(const void* owner, Listener listener);
     /// Takes the owner's listener away. When it returns that is not being called and will not be
     /// again.
     void Unlisten(const void* owner);
@@ -85,7 +93,7 @@ class JackClient {
     explicit JackClient(_jack_client* client);
     VEXA_REALTIME static int Process(uint32 frames, void* self) noexcept;
     static void Shutdown(void* self);
-    void Notify();
+    void Notify(const PartedPorts& parted = {});
     void PassLatency(bool capture);
 
     static constexpr std::size_t kMostProcessors = 4;
@@ -100,7 +108,7 @@ class JackClient {
     std::array<std::atomic<JackProcessor*>, kMostProcessors> processors{};
     Reader reader;
     std::mutex listenersMutex;
-    std::map<const void*, std::function<void()>> listeners;
+    std::map<const void*, Listener> listeners;
 };
 
 } // namespace kits

@@ -47,7 +47,7 @@ VEXA_REALTIME inline std::size_t Rescaled(std::size_t samples, double ratio) noe
 template<class Number>
 class VEXA_REALTIME Ramp {
   public:
-    explicit Ramp(Number initial = 0) : from(initial), to(initial) {}
+    VEXA_REALTIME explicit Ramp(Number initial = 0) : from(initial), to(initial) {}
 
     /// Puts the value there at once.
     void Set(Number value) noexcept { *this = Ramp(value); }

@@ -195,6 +195,8 @@ TEST_F(VexaViewTest, AnExpressionIsCompiledAndShown) {
 
 TEST_F(VexaViewTest, WhatIsTypedIsExplainedAndShownAndHeardWhenItIsConfirmed) {
     Open(false);
+    // Pulses come from here alone, however long the machine takes.
+    window->SetPulseRate(3600000000);
     Enter("Fxy", "0.25");
     BTextControl& field = Field("Fxy");
     const auto pixelAfterPulses = [&] {

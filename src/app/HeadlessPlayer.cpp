@@ -200,7 +200,8 @@ Project HeadlessPlayer::PresentProject() const {
 
 kits::Result<void> HeadlessPlayer::SaveProject() {
     Project project = PresentProject();
-    if (auto written = WriteProject(joined->session->Project(), project); !written) {
+    const TuningChoice& copied = joined->project.options.tuning;
+    if (auto written = WriteProject(joined->session->Project(), project, copied); !written) {
         Say(written.Fault().text);
         return written;
     }

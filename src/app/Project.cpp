@@ -99,15 +99,19 @@ class Replacements {
         files.push_back(*std::move(file));
         return {};
     }
-    /// What is in the file, unless that is the copy itself.
-    kits::Result<void> AddCopy(const std::optional<fs::path>& from, const fs::path& to) {
+    /// What is in the file, unless that is the copy itself. A copy of the file `copied` stays where
+    /// that cannot be read any more.
+    kits::Result<void> AddCopy(const std::optional<fs::path>& from, const fs::path& to,
+                               const std::optional<fs::path>& copied) {
         std::error_code ignored;
         if (!from || fs::equivalent(*from, to, ignored))
             return {};
         const kits::Result<std::string> content = kits::ReadFile(*from);
-        if (!content)
-            return content.Fault();
-        return Add(to, *content);
+        if (content)
+            return Add(to, *content);
+        if (from == copied && fs::exists(to, ignored))
+            return {};
+        return content.Fault();
     }
     kits::Result<void> Commit() {
         for (kits::FileReplacement& file : files) {
@@ -169,15 +173,16 @@ kits::Result<Project> ReadProject(const fs::path& folder, const AppOptions& opti
     return project;
 }
 
-kits::Result<void> WriteProject(const fs::path& folder, const Project& project) {
+kits::Result<void> WriteProject(const fs::path& folder, const Project& project,
+                                const TuningChoice& copied) {
     if (auto made = kits::MakeUserFolder(folder); !made)
         return made;
     const TuningChoice& tuning = project.options.tuning;
     Replacements files;
-    if (auto copied = files.AddCopy(tuning.scale, folder / kScaleFile); !copied)
-        return copied;
-    if (auto copied = files.AddCopy(tuning.keymap, folder / kKeymapFile); !copied)
-        return copied;
+    if (auto added = files.AddCopy(tuning.scale, folder / kScaleFile, copied.scale); !added)
+        return added;
+    if (auto added = files.AddCopy(tuning.keymap, folder / kKeymapFile, copied.keymap); !added)
+        return added;
     if (auto written = files.Add(folder / kSessionFile, SessionText(project)); !written)
         return written;
     if (auto written = files.Add(folder / kSoundFile, SoundText(project.sound)); !written)

@@ -28,9 +28,11 @@ bool ProjectExists(const std::filesystem::path& folder);
 /// Reads a project. What `options` say holds where the project says nothing of it; their `sound` is
 /// the file of the project's. The error names file, line and fault.
 kits::Result<Project> ReadProject(const std::filesystem::path& folder, const AppOptions& options);
-/// Writes a project, and makes the folder where there is none. Where it fails the files are as
-/// before.
-kits::Result<void> WriteProject(const std::filesystem::path& folder, const Project& project);
+/// Writes a project, and makes the folder where there is none. `copied` is the tuning that was
+/// written there last: where its files can no longer be read the copies of them stay. Where it
+/// fails the files are as before.
+kits::Result<void> WriteProject(const std::filesystem::path& folder, const Project& project,
+                                const TuningChoice& copied);
 
 /// True where WriteProject would write the same, but for authors and whether the window is shown.
 bool AreAlike(Project a, const Project& b);

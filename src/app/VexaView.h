@@ -114,7 +114,8 @@ class VexaView : public BView {
     bool Changed() const;
     /// The sound as it is counts as saved.
     void TakeAsSaved();
-    /// Takes the present sound for unchanged; what was before cannot be brought back by Undo.
+    /// Takes the present sound for unchanged; what was before cannot be brought back by Undo. It is
+    /// of a file no longer where that holds another one.
     void BeginHistory();
     /// True where the sound may be given up: asks the person where it has changed. A person who
     /// wants to save it first gets what SaveAgain does, with `then`.
@@ -131,8 +132,8 @@ class VexaView : public BView {
     const std::string& SoundName() const { return Steps().File().name; }
     const kits::ProgramFolders& Folders() const { return folders; }
 
-    /// Sets the name that the sound has from now on, as if it had come from a file of that name.
-    void NameSound(const std::string& name) { Steps().File().name = name; }
+    /// Sets the name that the sound has from now on, wherever it has come from.
+    void NameSound(const std::string& name);
 
     /// Does what Instrument::Prefer does.
     void Prefer(const PlayingTexts& choices) { instrument.Prefer(choices); }
@@ -291,7 +292,7 @@ class VexaView : public BView {
     void ShowPanel(file_panel_mode mode, uint32 result, const char* folder, const char* title);
     void RemovePanel(const BMessage& message);
     static std::string ChosenPath(const BMessage& message);
-    bool MaySave() const;
+    bool MaySave();
     bool MayReplace(const BMessage& message, const char* folder, const std::string& name);
     bool TakeOpening(const BMessage& message);
     void TakeDrop(const BMessage& message);
@@ -330,6 +331,7 @@ class VexaView : public BView {
     using Writer = std::function<kits::Result<void>(const std::filesystem::path&)>;
     bool Save(const std::string& name, const char* folder, const Writer& write);
     std::string TextOf(FieldId field) const;
+    void EnterTyped();
     void ConnectChosenSource();
 
     // Undo and redo.

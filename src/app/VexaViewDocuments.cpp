@@ -70,6 +70,17 @@ void VexaView::EnterNow(FieldId field, uint32 code, const std::string& text) {
     MessageReceived(&message);
 }
 
+/// What is typed in the fields takes effect at once, as if a person had confirmed it.
+void VexaView::EnterTyped() {
+    for (BTextControl* field : fields) {
+        if (!field->IsEdited())
+            continue;
+        field->SetText(std::string(field->Text()).c_str());
+        BMessage message = *field->Message();
+        MessageReceived(&message);
+    }
+}
+
 Function VexaView::ConstructFunction() const {
     Function function = instrument.State().function;
     for (const FunctionFieldRow& row : FunctionFields())
@@ -177,7 +188,8 @@ bool VexaView::LoadSound(const std::filesystem::path& path) {
     if (sound) {
         programFault.clear();
         LoadAs(*sound, path.stem().string(), "sound " + path.stem().string());
-        Steps().File().path = path;
+        // A relative path, or one through links, may lead to where the sounds are.
+        Steps().File().path = folders.Find("sounds", folders.NameOf("sounds", path));
     } else {
         ShowError(sound.Fault());
     }
@@ -225,10 +237,12 @@ void VexaView::LoadDefaultSound() {
     const std::filesystem::path path = folders.Find("sounds", "default.xml");
     const auto sound = ReadSound(path, &warnings);
     Tell(path, warnings);
-    if (sound)
+    if (sound) {
         LoadAs(*sound, "default", "sound default");
-    else
+        Steps().File().path = path;
+    } else {
         Print(sound.Fault());
+    }
     BeginHistory();
 }
 
@@ -270,11 +284,6 @@ void VexaView::SaveAgain(const std::function<void()>& then) {
         afterSaving = then;
         return;
     }
-    // What is typed is saved, so that it is heard too.
-    for (BTextControl* field : fields) {
-        if (field->IsEdited())
-            field->Confirm();
-    }
     if (!MaySave())
         return;
     afterSaving = then;
@@ -298,6 +307,11 @@ void VexaView::OpenFunction(const std::string& path) {
 void VexaView::TakeAsSaved() {
     Steps().File().saved = ConstructSound();
     comparedAt.reset();
+}
+
+void VexaView::NameSound(const std::string& name) {
+    Steps().File().name = name;
+    Steps().File().path.clear();
 }
 
 /// Counts how often anything of what ConstructSound tells may have changed.

@@ -8,6 +8,7 @@
 #include "kits/interface/Gesture.h"
 
 #include <random>
+#include <utility>
 
 namespace vexa {
 
@@ -19,8 +20,12 @@ constexpr int kPulsesOfJoining = 3;
 } // namespace
 
 void VexaView::BeginHistory() {
-    const std::string name = SoundName();
-    slots[slot].emplace(ConfirmedSound(), name);
+    SoundFile file = Steps().File();
+    // What the file does not hold is put there only when a person says so.
+    if (Changed())
+        file.path.clear();
+    slots[slot].emplace(ConfirmedSound(), file.name);
+    Steps().File() = std::move(file);
     slots[1 - slot].reset();
     notedAt = Edits();
     TakeAsSaved();

@@ -25,8 +25,13 @@ std::string OneLine(std::string text) {
     return text;
 }
 
-std::string NameOf(const std::optional<std::filesystem::path>& file) {
-    return file ? file->string() : "";
+/// The next start may be from another folder. Empty where there is no file.
+std::string WholePath(const std::optional<std::filesystem::path>& file) {
+    if (!file)
+        return "";
+    std::error_code error;
+    const auto whole = std::filesystem::absolute(*file, error);
+    return error ? file->string() : whole.string();
 }
 
 } // namespace
@@ -124,8 +129,8 @@ void VexaView::OpenKeymap(const std::string& path) {
 bool VexaView::ChooseTuning(const TuningChoice& choice) {
     if (!Tune(choice))
         return false;
-    settings->Set(kScaleSetting, NameOf(choice.scale));
-    settings->Set(kKeymapSetting, NameOf(choice.keymap));
+    settings->Set(kScaleSetting, WholePath(choice.scale));
+    settings->Set(kKeymapSetting, WholePath(choice.keymap));
     settings->Set(kA4Setting, choice.a4.value_or(0));
     return true;
 }

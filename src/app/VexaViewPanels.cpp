@@ -117,8 +117,10 @@ std::string VexaView::ChosenPath(const BMessage& message) {
     return path.Path();
 }
 
-/// Asks where what would be saved is not what one hears.
-bool VexaView::MaySave() const {
+/// What is typed is saved, so that it is heard too. Asks where what would be saved is not what one
+/// hears.
+bool VexaView::MaySave() {
+    EnterTyped();
     const std::string remark = SavingRemark();
     if (remark.empty())
         return true;

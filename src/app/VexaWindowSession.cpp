@@ -25,7 +25,7 @@ void VexaWindow::Begin(std::unique_ptr<Session> joined, const Project& project,
     savedProject.options.voices = project.options.voices;
     savedProject.options.channel = project.options.channel.value_or(-1);
     if (isNew)
-        session->TellOpened(WriteProject(session->Project(), savedProject), true);
+        session->TellOpened(WriteProject(session->Project(), savedProject, {}), true);
 }
 
 /// What would be saved now.
@@ -46,7 +46,8 @@ Project VexaWindow::PresentProject() {
 kits::Result<void> VexaWindow::SaveProject() {
     mainView->Played().FollowMacros();
     Project project = PresentProject();
-    if (auto written = WriteProject(session->Project(), project); !written) {
+    const TuningChoice& copied = savedProject.options.tuning;
+    if (auto written = WriteProject(session->Project(), project, copied); !written) {
         std::fprintf(stderr, "vexa: %s\n", written.Fault().text.c_str());
         return written;
     }

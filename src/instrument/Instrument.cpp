@@ -164,6 +164,7 @@ FunctionReport Instrument::Try(const Function& function) const {
 
 void Instrument::Silence() {
     thread.Drop();
+    file.clear();
     sample.reset();
     Install(nullfunc);
 }
@@ -185,6 +186,7 @@ FunctionReport Instrument::InstallExpression(const std::string& expression) try 
         report = std::move(compiled);
     }
     thread.Drop();
+    file.clear();
     sample.reset();
     Install(f);
     return mayBeAddon && addons == Addons::Following ? Follow(expression) : report;
@@ -210,10 +212,12 @@ FunctionReport Instrument::Collect() {
 }
 
 FunctionReport Instrument::InstallSample(const Function& function) {
-    kits::Result<LoadedSample> loaded = LoadSample(*FileOf(function, folders));
+    const std::filesystem::path path = *FileOf(function, folders);
+    kits::Result<LoadedSample> loaded = LoadSample(path);
     if (!loaded)
         return {loaded.Fault(), B_ERROR};
     thread.Drop();
+    file = path;
     sample = *std::move(loaded);
     if (Wind(function.frequency))
         return {};
@@ -224,10 +228,12 @@ FunctionReport Instrument::InstallSample(const Function& function) {
 }
 
 FunctionReport Instrument::InstallPicture(const Function& function) {
-    kits::Result<Picture> loaded = LoadPicture(*FileOf(function, folders));
+    const std::filesystem::path path = *FileOf(function, folders);
+    kits::Result<Picture> loaded = LoadPicture(path);
     if (!loaded)
         return {loaded.Fault(), B_ERROR};
     thread.Drop();
+    file = path;
     sample.reset();
     Install(std::make_shared<PictureTerrain>(*std::move(loaded)));
     return {};

@@ -138,6 +138,10 @@ class Instrument {
     /// one hears.
     void FollowMacros();
 
+    /// The file that the sample or picture which plays was read from; empty where none plays. A
+    /// function that was adopted may name another one.
+    const std::filesystem::path& File() const { return file; }
+
     /// The sound as the calls so far have made it, with the points of envelopes as they were
     /// loaded.
     const Sound& State() const { return sound; }
@@ -185,6 +189,8 @@ class Instrument {
     const bool isApart;
     vexa::Playing& saidPlaying;
     Macros& saidMacros;
+    /// Where the sample or picture that plays was read from.
+    std::filesystem::path file;
 };
 
 } // namespace vexa

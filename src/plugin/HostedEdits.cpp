@@ -8,7 +8,11 @@ std::optional<HostedInstrument::Shown> HostedInstrument::ShownSince(uint64 chang
     const std::lock_guard lock(documents);
     if (instrument.Changes() == changes)
         return std::nullopt;
-    return Shown{instrument.State(), instrument.Changes()};
+    Shown shown{instrument.State(), instrument.Changes()};
+    Function& function = shown.sound.function;
+    if (const auto file = PresentFile(); file != FileOf(function, folders))
+        SourceOf(function) = file->string();
+    return shown;
 }
 
 std::optional<HostedInstrument::Shown> HostedInstrument::Edit(const Shown& before,

@@ -200,7 +200,7 @@ std::string HostedInstrument::Text(Request request) {
     case Request::Picture:
         if (function.kind != KindOf(request))
             return "";
-        return FileOf(function, folders).value_or(function.expression).string();
+        return PresentFile().value_or(function.expression).string();
     case Request::Sound:
         return soundFile;
     case Request::Tuning:
@@ -246,7 +246,14 @@ std::string HostedInstrument::Install(Sound next, const std::string& file, bool&
 
 std::optional<std::filesystem::path> HostedInstrument::FunctionFile() {
     const std::lock_guard lock(documents);
-    return FileOf(instrument.State().function, folders);
+    return PresentFile();
+}
+
+/// The file that plays, which the document may know by the path of another machine; one that has
+/// gone as the document names it.
+std::optional<std::filesystem::path> HostedInstrument::PresentFile() const {
+    const auto named = FileOf(instrument.State().function, folders);
+    return named && !instrument.File().empty() ? instrument.File() : named;
 }
 
 TuningChoice HostedInstrument::TunedBy() {

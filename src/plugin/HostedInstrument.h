@@ -96,6 +96,7 @@ class HostedInstrument {
         uint64 changes = 0;
     };
     /// Returns the sound and its number; nothing where it is still the one of the number `changes`.
+    /// A sample or picture that the document's own name does not find is named by its path here.
     std::optional<Shown> ShownSince(uint64 changes);
     /// Does what Instrument::Change does, from what a window was shown. Where the sound has become
     /// another one since it returns nothing, and nothing happens.
@@ -112,6 +113,7 @@ class HostedInstrument {
     std::string Do(Request request, const std::string& text);
     std::string Tune(const TuningChoice& choice, bool anyway);
     std::string Install(Sound next, const std::string& file, bool& taken);
+    std::optional<std::filesystem::path> PresentFile() const;
     VEXA_REALTIME void PlayPosted() noexcept;
 
     const kits::ProgramFolders folders;

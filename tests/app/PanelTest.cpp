@@ -3,6 +3,7 @@
 #include "app/MainViewStage.h"
 #include "app/MessageCodes.h"
 #include "kits/storage/NodeInfo.h"
+#include "support/Environment.h"
 #include "support/Limits.h"
 #include "support/Pictures.h"
 
@@ -128,6 +129,11 @@ TEST_F(PanelTest, WhatIsSavedButNotHeardIsSaidBefore) {
     alerts.answer = 1;
     SaveAs(vexa::kSoundSavedCode, "wrong.xml", In("sounds"));
     EXPECT_TRUE(std::filesystem::exists(In("sounds/wrong.xml")));
+    // What is typed but not confirmed is heard as it is saved.
+    Field("Fxy").Type("x+1");
+    SaveAs(vexa::kSoundSavedCode, "typed.xml", In("sounds"));
+    EXPECT_EQ(view->ShownFunction()(2, 3), 3);
+    EXPECT_EQ(alerts.texts.size(), 2U);
 }
 
 TEST_F(PanelTest, AllThatIsWrongWithAFileIsInOneAlertWithItsReasons) {
@@ -155,8 +161,6 @@ class OwnFolderTest : public PanelTest {
     OwnFolderTest() {
         for (const char* name : {"own/functions", "own/samples", "own/sounds"})
             std::filesystem::create_directories(In(name));
-        std::filesystem::copy(std::filesystem::path(VEXA_PROGRAM_FOLDER) / "shipped-content",
-                              In("shipped-content"));
         std::filesystem::copy(VEXA_SOURCE_FOLDER "/data/sounds/bass.xml", In("own/sounds"));
         std::filesystem::remove(In("functions/recent.c"));
         delete window;
@@ -202,7 +206,8 @@ TEST_F(OwnFolderTest, ControlSSavesToThePersonsOwnFileOfTheSoundAndToNoOther) {
         std::filesystem::copy(In("own/sounds/mine.xml"), In("mine.xml"),
                               std::filesystem::copy_options::overwrite_existing);
     }
-    // What is typed but not confirmed is heard as it is saved.
+    // What is typed but not confirmed is heard as it is saved, and one goes on typing.
+    Field("Fy").MakeFocus();
     Field("Fy").Type("5");
     EXPECT_TRUE(view->Changed());
     save();
@@ -211,6 +216,51 @@ TEST_F(OwnFolderTest, ControlSSavesToThePersonsOwnFileOfTheSoundAndToNoOther) {
     EXPECT_THAT(test::Contents(In("own/sounds/mine.xml")),
                 testing::AllOf(HasSubstr("<fy>5<"), HasSubstr("<name>mine</name>")));
     EXPECT_EQ(view->SoundParam().Fy, 5);
+    test::Type(*window, "6");
+    EXPECT_EQ(Text("Fy"), "56");
+    EXPECT_THAT(alerts.texts, ElementsAre());
+}
+
+TEST_F(OwnFolderTest, WhatTheProgramIsStartedWithIsOfItsFile) {
+    std::filesystem::create_directories(In("elsewhere"));
+    std::filesystem::create_directory_symlink(In("own"), In("link"));
+    for (const char* name : {"own/sounds/mine.xml", "own/sounds/default.xml", "elsewhere/mine.xml"})
+        std::filesystem::copy(In("sounds/bell.xml"), In(name));
+    const test::CurrentFolder current(folder.Path());
+    const auto start = [&](const vexa::AppOptions& options) {
+        delete window;
+        Open(!options.sound);
+        window->Begin(options, nullptr);
+        test::Settle();
+        EXPECT_FALSE(view->Changed());
+    };
+    const auto editAndSave = [&](const char* number) {
+        Enter("Fy", number);
+        test::TypeKey(*window, Qt::Key_S, Qt::ControlModifier);
+        test::Settle();
+    };
+    vexa::AppOptions named, opened, linked, elsewhere, function;
+    named.sound = In("own/sounds/mine.xml");
+    opened.file = "own/sounds/../sounds/mine.xml";
+    linked.file = In("link/sounds/mine.xml");
+    elsewhere.file = "elsewhere/mine.xml";
+    function.file = In("functions/ripples.xml");
+    const std::tuple<vexa::AppOptions, const char*, const char*> owns[] = {
+        {named, "mine", "7"}, {opened, "mine", "8"}, {linked, "mine", "9"}, {{}, "default", "10"}};
+    for (const auto& [options, name, number] : owns) {
+        start(options);
+        EXPECT_EQ(view->SoundPath(), folders.Own("sounds") / (name + std::string(".xml")));
+        editAndSave(number);
+        EXPECT_THAT(OpenTitles(), ElementsAre()) << number;
+        EXPECT_THAT(test::Contents(view->SoundPath()),
+                    HasSubstr("<fy>" + std::string(number) + "<"));
+    }
+    // One of the same name, and another sound than that of the file.
+    start(elsewhere);
+    EXPECT_EQ(view->SoundPath(), std::filesystem::canonical(In("elsewhere/mine.xml")));
+    start(function);
+    editAndSave("11");
+    EXPECT_THAT(OpenTitles(), ElementsAre("Save Sound"));
     EXPECT_THAT(alerts.texts, ElementsAre());
 }
 

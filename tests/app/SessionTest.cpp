@@ -64,6 +64,8 @@ TEST_F(SessionTest, RemembersAll) {
     EXPECT_TRUE(ManagerHears("/nsm/client/is_clean"));
     EXPECT_TRUE(ManagerHears("/nsm/client/gui_is_shown"));
 
+    // What it has a copy of it needs no longer.
+    std::filesystem::remove(folder.Path() / "s.scl");
     // Each of these is a change by itself.
     const std::function<void()> changes[] = {
         [&] { Enter("Fxy", "x*y+0.25"); },
@@ -93,7 +95,6 @@ TEST_F(SessionTest, RemembersAll) {
     EXPECT_TRUE(ManagerHears("/reply /nsm/client/save"));
     const vexa::Sound saved = view->ConstructSound();
 
-    std::filesystem::remove(folder.Path() / "s.scl");
     OpenInSession();
     EXPECT_TRUE(ManagerHears("/reply /nsm/client/open"));
     EXPECT_TRUE(ManagerHears("/nsm/client/is_clean"));
@@ -129,9 +130,22 @@ TEST_F(SessionTest, WhatGoesWrongIsAnsweredAndLeavesTheProjectAsItWas) {
     EXPECT_TRUE(ManagerHears("/error /nsm/client/save -10 could not write " + place.string()));
     EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("could not write"));
     EXPECT_EQ(*kits::ReadFile(place / "sound.xml"), sound);
+    std::filesystem::remove(place / "session");
+    // The copy of another scale is none of one that has gone before it was saved.
+    const auto choose = [&](const char* scale) {
+        view->ChooseTuning({folder.Write(scale, kScale), {}, {}});
+        std::filesystem::remove(folder.Path() / scale);
+        manager.Send("/nsm/client/save");
+        EXPECT_TRUE(
+            ManagerHears("/error /nsm/client/save -10 could not read " + In(scale).string()));
+    };
+    choose("first.scl");
+    folder.Write("first.scl", kScale);
+    manager.Send("/nsm/client/save");
+    EXPECT_TRUE(ManagerHears("/reply /nsm/client/save"));
+    choose("second.scl");
 
     const test::EnvironmentVariable url("NSM_URL", manager.Url().c_str());
-    std::filesystem::remove(place / "session");
     for (const auto& [name, content, fault] :
          {std::tuple{"session", "\nvoices = 77\n", "session:2: voices cannot be \"77\""},
           {"session", "window = ajar", "session:1: window"},
@@ -203,12 +217,14 @@ TEST_F(SessionTest, WithoutAWindowItIsTheSame) {
             EXPECT_TRUE(manager.Hears("/nsm/server/announce Vexa :dirty: vexa 1 0 "));
             EXPECT_TRUE(manager.Hears("/reply /nsm/client/open"));
             EXPECT_TRUE(manager.Hears("/nsm/client/is_clean"));
+            std::filesystem::remove(In("s.scl"));
             manager.Send("/nsm/client/save");
             EXPECT_TRUE(manager.Hears("/reply /nsm/client/save"));
             ::kill(child, SIGTERM);
         });
     };
-    EXPECT_EQ(play({"--voices", "3", "--glide", "0.5"}).exitCode, 0);
+    const std::string scale = folder.Write("s.scl", kScale);
+    EXPECT_EQ(play({"--voices", "3", "--glide", "0.5", "--tuning", scale}).exitCode, 0);
     EXPECT_EQ(play({}).exitCode, 0);
     const auto read = vexa::ReadProject(folder.Path() / "session/Vexa.nTEST", {});
     ASSERT_TRUE(read) << read.Fault().text;

@@ -12,6 +12,7 @@
 #include "app/strip/Wheel.h"
 #include "documents/SoundDocument.h"
 #include "kits/interface/backends/ViewWidget.h"
+#include "support/Environment.h"
 
 #include <QTest>
 #include <QWheelEvent>
@@ -302,6 +303,12 @@ TEST_F(StripTest, TheTuningIsChosenAndAFaultLeavesTheOneBefore) {
     EXPECT_NEAR(hertz(69), 400, 1e-3);
     Enter("A4, hertz", "");
     EXPECT_NEAR(hertz(69), 440, 1e-3);
+    {
+        const test::CurrentFolder current(folder.Path());
+        EXPECT_TRUE(tuning.Choose({"five.scl", "map.kbm", std::nullopt}));
+    }
+    EXPECT_EQ(settings->Get(vexa::kScaleSetting), In("five.scl").string());
+    EXPECT_EQ(settings->Get(vexa::kKeymapSetting), In("map.kbm").string());
     EXPECT_TRUE(tuning.Choose({std::nullopt, In("map.kbm"), std::nullopt}));
     EXPECT_NEAR(hertz(60), 100, 1e-4);
     menu.FindItem("Keys as usual")->Choose();

@@ -539,6 +539,12 @@ TEST_F(VexaViewTest, TheAuthorIsTheDocumentsUntilSomethingIsEdited) {
     EXPECT_EQ(view->FunctionAuthor(), "Bert");
     Enter("Fxy", "x");
     EXPECT_EQ(view->FunctionAuthor(), "Cleo");
+    // What is only typed is an edit when it is saved.
+    view->LoadSound(path);
+    Field("Cx1").Type("0.25");
+    view->SaveAgain();
+    test::Settle();
+    EXPECT_EQ(vexa::ReadSound(path)->author, "Cleo");
 }
 
 TEST_F(VexaViewTest, WhatIsNotSavedIsMarkedAndAskedAbout) {
@@ -623,6 +629,16 @@ TEST_F(VexaViewTest, NothingOfASampleOrALongExpressionIsLostOnSaving) {
     EXPECT_EQ(PixelAt(10, 10), 0U) << "nothing of the sample before";
     Enter("Fxy", "x");
     EXPECT_EQ(view->SavingRemark(), "");
+    // A formula that is only typed is what is saved in the place of a sample.
+    view->LoadSample(In("samples/pluck.wav").c_str());
+    view->SaveSound("mine.xml");
+    Field("Fxy").Type("x*y");
+    view->SaveAgain();
+    test::Settle();
+    EXPECT_FALSE(view->Changed());
+    const vexa::Sound saved = *vexa::ReadSound(In("sounds/mine.xml"));
+    EXPECT_EQ(saved.function.kind, vexa::FunctionKind::Expression);
+    EXPECT_EQ(saved.function.expression, "x*y");
     const std::string text(40000, '1');
     Field("Fxy").SetText(text.c_str());
     EXPECT_EQ(Text("Fxy"), text);

@@ -5,7 +5,9 @@
 #include "attach/Link.h"
 #include "attach/Moment.h"
 #include "documents/SoundDocument.h"
+#include "support/Pictures.h"
 #include "support/RealtimeWatch.h"
+#include "support/TemporaryFolder.h"
 #include "synth/Realtime.h"
 
 #include <algorithm>
@@ -179,6 +181,32 @@ TEST_F(WindowsOfAPlugin, EditsAreHeardAndWhatPlaysIsSeenWhileTheAudioSideNeverWa
     host.join();
     EXPECT_EQ(watch.Faults(), 0);
     EXPECT_EQ(Lines(), "");
+}
+
+/// The session has a place for it that the document does not know.
+TEST_F(WindowsOfAPlugin, AFileThatIsOnlyInTheSessionIsFoundByAWindowAndKeptByIt) {
+    const test::TemporaryFolder folder;
+    const std::string here = (folder.Path() / "here.png").string();
+    folder.Write("here.png", test::Png(2, 1, {}, {0, 255}));
+    Sound restored;
+    restored.function.kind = FunctionKind::Picture;
+    restored.function.pictureFile = "gone.png";
+    bool taken = false;
+    EXPECT_EQ(instrument.Restore(SoundText(restored), here, taken), "");
+    Window window(windows);
+    Sound sound = window.ReadSound();
+    EXPECT_EQ(sound.function.pictureFile, here);
+    sound.texts[0] = restored.texts[0] = "3.5";
+    window.Edit(sound);
+    Await([&] { return instrument.State() == SoundText(restored); });
+    EXPECT_EQ(instrument.FunctionFile(), here);
+    // What a person chooses, and brings back, is found here too.
+    Sound other = sound;
+    other.function.kind = FunctionKind::Expression;
+    window.Edit(other);
+    Await([&] { return !instrument.FunctionFile(); });
+    window.Edit(sound);
+    Await([&] { return instrument.FunctionFile() == here; });
 }
 
 std::string Raw(uint32 kind, uint32 size, const std::string& body) {

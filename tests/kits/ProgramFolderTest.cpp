@@ -91,6 +91,10 @@ TEST_F(ProgramFoldersTest, TheUsersFolderIsMadeForTheUserAlone) {
     EXPECT_EQ(found->Own("samples"), folder.Path() / "new/data/vexa/samples");
     for (const char* made : {"new", "new/data/vexa/functions", "new/data/vexa/pictures"})
         EXPECT_EQ(fs::status(folder.Path() / made).permissions(), fs::perms::owner_all) << made;
+    // A panel, which gives paths without links, shows the same files.
+    fs::create_directory_symlink(folder.Path() / "new", folder.Path() / "link");
+    const test::EnvironmentVariable linked("XDG_DATA_HOME", (folder.Path() / "link/data").c_str());
+    EXPECT_EQ(kits::FindProgramFolders("vexa", true)->Own("samples"), found->Own("samples"));
     folder.Write("taken", "");
     const test::EnvironmentVariable taken("XDG_DATA_HOME", (folder.Path() / "taken").c_str());
     const auto failed = kits::FindProgramFolders("vexa", true);

@@ -6,13 +6,14 @@
 
 namespace test {
 
-/// Copies functions, sounds, samples and pictures into a folder, from where nothing changes while
-/// tests run: in the program folder others may compile.
+/// Copies functions, sounds, samples and pictures, with their list, into a folder, from where
+/// nothing changes while tests run: in the program folder others may compile.
 inline void CopyContent(const std::filesystem::path& folder) {
     using std::filesystem::copy;
     const std::filesystem::path data = std::filesystem::path(VEXA_SOURCE_FOLDER) / "data";
     copy(data / "functions", folder / "functions");
     copy(data / "sounds", folder / "sounds");
+    copy(data / "shipped-content", folder / "shipped-content");
     for (const char* made : {"samples", "pictures"})
         copy(std::filesystem::path(VEXA_PROGRAM_FOLDER) / made, folder / made);
 }

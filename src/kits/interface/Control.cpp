@@ -297,6 +297,9 @@ const char* BTextControl::Text() const {
 void BTextControl::SetText(const char* next) {
     confirmed = next;
     changes++;
+    // Where it stands there already the cursor stays too.
+    if (confirmed == Text())
+        return;
     const QSignalBlocker silence(line);
     line->setText(kits::ToQt(confirmed));
     line->setCursorPosition(0);

@@ -150,7 +150,12 @@ Result<ProgramFolders> FindProgramFolders(const fs::path& name, bool inUserFolde
         if (const Result<void> made = MakeUserFolder(own / folder); !made)
             return made.Fault();
     }
-    return ProgramFolders(own, shipped);
+    // Panels give paths without links.
+    std::error_code error;
+    const fs::path direct = fs::canonical(own, error);
+    if (error)
+        return Error{"could not find the folder " + own.string() + ": " + error.message()};
+    return ProgramFolders(direct, shipped);
 }
 
 } // namespace kits

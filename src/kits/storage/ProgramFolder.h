@@ -62,8 +62,8 @@ class ProgramFolders {
 
 /// The folders of the running program. It keeps what a person makes beside itself or, where that
 /// cannot be written, where it is installed, or if `inUserFolder`, in the folder `name` of the
-/// user's data ($XDG_DATA_HOME, else ~/.local/share), which is made if it is not there. Fails when
-/// that cannot be had.
+/// user's data ($XDG_DATA_HOME, else ~/.local/share), which is made if it is not there. Both are
+/// without links. Fails when that cannot be had.
 Result<ProgramFolders> FindProgramFolders(const std::filesystem::path& name, bool inUserFolder);
 
 } // namespace kits

@@ -456,6 +456,25 @@ TEST_F(Lv2, KnobsStayOutOfTheDocumentAndAboveTheSound) {
     }
 }
 
+TEST_F(Lv2, ALowerVoiceLimitSparesTheKeysThatAreHeldAndNoOthers) {
+    Lv2Host host;
+    const auto play = [&](uint8_t status) {
+        for (const uint8_t key : {60, 64, 67})
+            host.Midi(0, {status, key, 100});
+        host.Run(8192);
+        return Peak(host.Run(8192));
+    };
+    host.Restore({{"document", TextOf("sin(x)")}});
+    const float three = play(0x90);
+    Sound one = WithFormula("sin(x)");
+    one.playing.emplace().texts[0] = "1";
+    host.Restore({{"document", SoundText(one)}});
+    host.Run(8192);
+    EXPECT_GT(Peak(host.Run(8192)), 0.9F * three);
+    play(0x80);
+    EXPECT_LT(play(0x90), 0.5F * three);
+}
+
 TEST_F(Lv2, WhereNobodyListensAFormulaIsHeardFromItsFrameOn) {
     Lv2Host host;
     host.Restore({{"document", TextOf("x-y")}});

@@ -60,8 +60,9 @@ BAlert::Box BAlert::MakeBox() const {
         // The box sets the format of its first text only.
         for (QLabel* label : box->findChildren<QLabel*>())
             label->setTextFormat(Qt::PlainText);
-    } else
+    } else {
         box->setDetailedText(kits::ToQt(details));
+    }
     box->setTextInteractionFlags(Qt::TextSelectableByMouse);
     std::vector<QPushButton*> choices;
     for (const std::string& button : buttons) {

@@ -24,11 +24,12 @@ struct RunningVoice {
     bool sounds = false;
     bool released = false;
     float vel = 0, key = 0, freq = 0;
-    /// The channel, 0..15. Where what sounds has come to another channel, by a legato key or by a
-    /// note that goes on from it, its volume goes from what it was to that of the channel as
+    /// Where what sounds has come to another channel, by a legato key or by a note that goes on
+    /// from it, its volume goes from what it was, which is `before`, to that of the channel as
     /// `arrives` goes from 0 to 1.
-    std::size_t channel = 0;
     float before = 1;
+    /// The channel, 0..15.
+    std::size_t channel = 0;
     Ramp<float> arrives{1};
     OwnValues own = kNoOwnValues;
     /// The intervals that glide and bend put between freq and the pitch, in semitones.

@@ -105,10 +105,9 @@ class VEXA_REALTIME Ramp {
     std::size_t Left() const noexcept { return length - done; }
     /// Goes on at a rate that is `ratio` times the one so far.
     void Rescale(double ratio) noexcept {
-        const Number now = Now();
+        from = Now();
         length = Rescaled(Left(), ratio);
         done = 0;
-        from = now;
     }
 
   private:

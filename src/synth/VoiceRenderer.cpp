@@ -190,7 +190,8 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
     std::array<RunningVoice*, kVoiceSlots> fading;
     std::size_t fadingCount = 0;
     inputs.Advance(sampleRate, Smooth(), offset, count);
-    // Where sounds are joined, notes are charged for another volume of the sum at once.
+    // Where nothing sounds, a volume is there at once; where sounds are joined, notes are charged
+    // for it.
     const bool glides = !joins && std::ranges::any_of(running, &RunningVoice::sounds);
     const std::size_t hand = SamplesIn(kHandSeconds);
     mix.Begin({hand, glides ? hand : 0, SamplesIn(kFadeSeconds)}, offset, count);
@@ -438,7 +439,8 @@ void VoiceRenderer::CutOff(RunningVoice& v) noexcept {
     v.ends = v.sounds;
 }
 
-/// A note that goes on from another gets to the volume of its channel, where `silent` is not so.
+/// Brings a voice to the channel of its note: what sounds gets to the volume there within 10 ms,
+/// what is silent so far has it at once.
 void VoiceRenderer::MoveTo(RunningVoice& v, std::size_t channel, bool silent) noexcept {
     v.before = mix.Volume(v);
     v.channel = channel;

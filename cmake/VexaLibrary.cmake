@@ -57,16 +57,22 @@ elseif(CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
     target_compile_definitions(vexa_options INTERFACE VEXA_SEVERAL_SETS)
 endif()
 
-# vexa_library(NAME [FOLDERS FOLDER...] [DEPENDS LIBRARY...] [BACKENDS PKG...] [APART FILE...])
+# vexa_library(NAME [ONLY FILE...] [FOLDERS FOLDER...] [DEPENDS LIBRARY...] [BACKENDS PKG...] [APART FILE...])
 #
 # The static library of the current folder, made of its .cpp files but main.cpp, and of those in FOLDERS below it.
+# With ONLY it is made of these files, which that of the folder is then without.
 # DEPENDS are libraries of ours, BACKENDS pkg-config modules that only these .cpp files may include.
 # Files in APART are compiled by themselves also where others are joined.
 function(vexa_library name)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "FOLDERS;DEPENDS;BACKENDS;APART")
-    list(TRANSFORM arg_FOLDERS APPEND "/*.cpp")
-    file(GLOB sources CONFIGURE_DEPENDS *.cpp backends/*.cpp ${arg_FOLDERS})
-    list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "ONLY;FOLDERS;DEPENDS;BACKENDS;APART")
+    if(arg_ONLY)
+        list(TRANSFORM arg_ONLY PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/ OUTPUT_VARIABLE sources)
+        set(others_of_folder ${others_of_folder} ${sources} PARENT_SCOPE)
+    else()
+        list(TRANSFORM arg_FOLDERS APPEND "/*.cpp")
+        file(GLOB sources CONFIGURE_DEPENDS *.cpp backends/*.cpp ${arg_FOLDERS})
+        list(REMOVE_ITEM sources ${CMAKE_CURRENT_SOURCE_DIR}/main.cpp ${others_of_folder})
+    endif()
     add_library(${name} STATIC ${sources})
     vexa_join(${name} ${sources})
     set_source_files_properties(${arg_APART} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)

@@ -69,7 +69,6 @@ KNOWN_CIRCLES = [
     # A file is read by a decoder, which gives what a file is read to.
     ("kits/pictures/", "Decoders Orientation PictureFile"),
     # Both are the two sides of one interface.
-    ("kits/media/", "AudioSystem backends/AudioDevice"),
     ("kits/midi/", "MidiRoster MidiSystems"),
     # The kinds of documents name their writers, which say what they are.
     ("documents/", "DocumentKind FunctionDocument SoundDocument"),

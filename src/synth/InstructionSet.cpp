@@ -56,8 +56,9 @@ kits::Result<void> CheckInstructionSet() {
     std::string names;
     for (std::size_t i = 0; i <= static_cast<std::size_t>(BestOfMachine()); i++)
         names += std::string(i > 0 ? ", " : "") + std::string(kNames[i]);
-    return kits::Error{std::string(kInstructionSetVariable) + " is \"" + Asked() +
-                       "\"; this machine has " + names};
+    std::string fault = kInstructionSetVariable;
+    fault.append(" is \"").append(Asked()).append("\"; this machine has ").append(names);
+    return kits::Error{fault};
 }
 
 } // namespace vexa

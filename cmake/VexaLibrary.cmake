@@ -18,9 +18,28 @@ function(vexa_join target)
     set_target_properties(${target} PROPERTIES UNITY_BUILD_BATCH_SIZE ${size})
 endfunction()
 
+# vexa_read_once(TARGET FIRST [HEADER...]): the target FIRST compiles these headers by themselves, and all others that name
+# it are spared their parsing, a half of the work for a short file. All of them need the same options as far as a header
+# sees them: the optimisation, -fPIC, the sanitizer.
+#
+# Only where files are joined, as then too it is not seen what each of them includes; and not under a launcher like ccache,
+# which as a rule remembers nothing of what is compiled so.
+function(vexa_read_once target first)
+    if(NOT CMAKE_UNITY_BUILD OR CMAKE_CXX_COMPILER_LAUNCHER)
+        return()
+    endif()
+    if(target STREQUAL first)
+        target_precompile_headers(${target} PRIVATE ${ARGN})
+    else()
+        target_precompile_headers(${target} REUSE_FROM ${first})
+    endif()
+endfunction()
+
 add_library(vexa_options INTERFACE)
 target_compile_options(vexa_options INTERFACE
     -Wall -Wextra -Wpedantic $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local> -Wfloat-conversion -Wnon-virtual-dtor -Woverloaded-virtual
+    # Some libraries ask for it, so all has it, as the headers (vexa_read_once) see it.
+    -pthread
     # A render is the same on every machine: no fused multiply-add behind the formulas' back.
     -ffp-contract=off
     # What a program does not call of joined files is left out of it, and the libraries for it too.
@@ -57,14 +76,14 @@ elseif(CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
     target_compile_definitions(vexa_options INTERFACE VEXA_SEVERAL_SETS)
 endif()
 
-# vexa_library(NAME [ONLY FILE...] [FOLDERS FOLDER...] [DEPENDS LIBRARY...] [BACKENDS PKG...] [APART FILE...])
+# vexa_library(NAME [FAST] [ONLY FILE...] [FOLDERS FOLDER...] [DEPENDS LIBRARY...] [BACKENDS PKG...] [APART FILE...])
 #
 # The static library of the current folder, made of its .cpp files but main.cpp, and of those in FOLDERS below it.
-# With ONLY it is made of these files, which that of the folder is then without.
+# With ONLY it is made of these files, which that of the folder is then without. FAST is vexa_fast.
 # DEPENDS are libraries of ours, BACKENDS pkg-config modules that only these .cpp files may include.
 # Files in APART are compiled by themselves also where others are joined.
 function(vexa_library name)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "ONLY;FOLDERS;DEPENDS;BACKENDS;APART")
+    cmake_parse_arguments(PARSE_ARGV 1 arg "FAST" "" "ONLY;FOLDERS;DEPENDS;BACKENDS;APART")
     if(arg_ONLY)
         list(TRANSFORM arg_ONLY PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/ OUTPUT_VARIABLE sources)
         set(others_of_folder ${others_of_folder} ${sources} PARENT_SCOPE)
@@ -76,6 +95,16 @@ function(vexa_library name)
     add_library(${name} STATIC ${sources})
     vexa_join(${name} ${sources})
     set_source_files_properties(${arg_APART} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+    # What stands in a header keeps the optimisation that the header was compiled with, whatever its user asks for.
+    set(first kits_support)
+    if(arg_FAST)
+        vexa_fast(${name})
+        if(CMAKE_BUILD_TYPE STREQUAL Release)
+            set(first synth)
+        endif()
+    endif()
+    vexa_read_once(${name} ${first} <algorithm> <array> <atomic> <chrono> <cmath> <cstdio> <cstdlib> <cstring>
+        <filesystem> <functional> <map> <memory> <mutex> <optional> <span> <string> <string_view> <thread> <utility> <vector>)
     target_link_libraries(${name} PUBLIC vexa_options ${arg_DEPENDS})
     foreach(module IN LISTS arg_BACKENDS)
         pkg_check_modules(${module} REQUIRED IMPORTED_TARGET ${module})

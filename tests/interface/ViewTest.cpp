@@ -111,6 +111,7 @@ class Figure : public BView {
         StrokeLine({0, 10}, {8, 10}, B_SOLID_LOW);
         StrokeLine({8, 14}, B_SOLID_LOW);
         DrawBitmap(&bitmap, {12, 12, 15, 15});
+        DrawBitmap(&bitmap, {12, 2, 19, 9});
     }
 
   private:
@@ -136,6 +137,13 @@ TEST(View, DrawsByPixelsWhoseEdgesBelongToThem) {
     EXPECT_EQ(pixel(12, 12), 0xa0b0c0U);
     EXPECT_EQ(pixel(15, 15), 0xa0b0c0U);
     EXPECT_EQ(pixel(16, 15), kBack);
+
+    // A window on Wayland has transparent parts; no pixel of a bitmap is one, smaller or larger.
+    QImage window(view->Widget().size(), QImage::Format_ARGB32_Premultiplied);
+    window.fill(Qt::transparent);
+    view->Widget().render(&window, {}, {}, QWidget::DrawChildren);
+    EXPECT_EQ(window.pixel(13, 13), 0xffa0b0c0U);
+    EXPECT_EQ(window.pixel(16, 6), 0xffa0b0c0U);
 }
 
 /// Comments and names from strangers' files are among them.

@@ -282,7 +282,8 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
         v.rests = stood && v.stands && !v.arrives.Moves() && inputs.IsSteady(source, v) &&
                   !Lingers(v, hearsTime, 0) && Settles(v.filter, Heard(last(one))) &&
                   (!apart || Settles(v.rightFilter, Heard(last(other))));
-        v.over = v.stands && IsOver(v, last(one), apart ? last(other) : 0);
+        // A filter may settle before its output is inaudible: what its sums lack is rounded away.
+        v.over = v.rests || (v.stands && IsOver(v, last(one), apart ? last(other) : 0));
     }
     CloseEars();
 }

@@ -219,7 +219,8 @@ TEST_F(ClapPlugin, TheHostIsToldOnceThatANoteHasEnded) {
         host.Set(0, "Polyphony", voices);
         host.Set(0, "Mode", mode);
     };
-    for (const char* formula : {"x", "x*(1+0*t)"}) {
+    // A filter settles a little beside 0 where a note comes to rest where f is not 0.
+    for (const char* formula : {"x", "x*(1+0*t)", "x+0.4"}) {
         host.Load(Circle(formula));
         polyphony(0, -1);
         host.ended.clear();

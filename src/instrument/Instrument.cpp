@@ -53,6 +53,7 @@ void Instrument::LoadRest(const Sound& next) {
     ApplyEnvelopes(next, engine.parameters);
     ApplyPlaying(next, preferred, saidPlaying);
     saidPlaying.loads = saidPlaying.loads + 1;
+    saidPlaying.replaced = saidPlaying.replaced + 1;
     LimitNewVoices();
     Function function = std::move(sound.function);
     sound = next;
@@ -278,6 +279,8 @@ FunctionReport Instrument::Change(const Sound& from, const Sound& to) {
         ApplyEnvelopes(to, engine.parameters);
     if (from.playing != to.playing)
         SetPlaying(to.playing);
+    if (!HaveOneSource(from.function, to.function))
+        saidPlaying.replaced = saidPlaying.replaced + 1;
     sound = to;
     Adopt(function);
     return report;

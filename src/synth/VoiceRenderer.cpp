@@ -383,12 +383,16 @@ bool VoiceRenderer::IsOver(const RunningVoice& v, float left, float right) const
 /// A voice that rests goes on moving when the sound has become another; answers whether it has.
 bool VoiceRenderer::WakeIfChanged(const VoiceMotion& motion, const PlaneFunction& f) noexcept {
     const VoiceMotion::Sound now = motion.Of();
-    if (now == sound && &f.Source() == heard)
+    const uint32 replaced = playing.replaced;
+    if (now == sound && &f.Source() == heard && replaced == replacedBefore)
         return false;
     sound = now;
     heard = &f.Source();
-    for (RunningVoice& v : running)
+    const bool another = std::exchange(replacedBefore, replaced) != replaced;
+    for (RunningVoice& v : running) {
         v.stands = v.rests = false;
+        v.fresh = v.fresh || another;
+    }
     return true;
 }
 

@@ -140,6 +140,7 @@ class VoiceRenderer {
     /// The sound on which the voices that rest depend, as it was in the last block.
     VoiceMotion::Sound sound{};
     const PlaneSource* heard = nullptr;
+    uint32 replacedBefore = 0;
     kits::Reader reader;
 };
 

@@ -61,7 +61,7 @@ std::size_t VoiceRenderer::RenderCells(const PlaneFunction& f, float* left, floa
     const double dt = 1.0 / sampleRate;
     const VoiceMotion first(parameters, controllers, own, dt, 0, kBlock);
     const PlaneSource& source = f.Source();
-    if (!(first.Of() == sound) || &source != heard)
+    if (!(first.Of() == sound) || &source != heard || playing.replaced != replacedBefore)
         return 0;
     const bool hearsTime = HearsTime(source);
     std::size_t cells = most;

@@ -40,7 +40,25 @@ Instrument::Instrument(kits::ProgramFolders programFolders, Addons addons, Sound
       saidPlaying(apart ? apart->playing : engine.playing),
       saidMacros(apart ? apart->macros : engine.macros) {}
 
+/// While it lives, a function that is installed comes with the rest of its sound.
+class Instrument::Replacing {
+  public:
+    explicit Replacing(Instrument& instrument) : instrument(instrument) {
+        instrument.replaces = true;
+    }
+    ~Replacing() {
+        instrument.replaces = false;
+        instrument.engine.renderer.EndReplacing();
+    }
+    Replacing(const Replacing&) = delete;
+    Replacing& operator=(const Replacing&) = delete;
+
+  private:
+    Instrument& instrument;
+};
+
 FunctionReport Instrument::Load(const Sound& next) {
+    const Replacing replacing(*this);
     SetMacros(next.function);
     FunctionReport report = SetFunction(next.function);
     LoadRest(next);
@@ -53,7 +71,6 @@ void Instrument::LoadRest(const Sound& next) {
     ApplyEnvelopes(next, engine.parameters);
     ApplyPlaying(next, preferred, saidPlaying);
     saidPlaying.loads = saidPlaying.loads + 1;
-    saidPlaying.replaced = saidPlaying.replaced + 1;
     LimitNewVoices();
     Function function = std::move(sound.function);
     sound = next;
@@ -269,6 +286,7 @@ TextFault Instrument::Edit(const Parameter& row, const std::string& text) {
 }
 
 FunctionReport Instrument::Change(const Sound& from, const Sound& to) {
+    const Replacing replacing(*this);
     const FunctionReport report = ChangeFunction(from.function, to.function);
     Function function = std::move(sound.function);
     for (std::size_t i = 0; i < Parameters().size(); i++) {
@@ -279,8 +297,6 @@ FunctionReport Instrument::Change(const Sound& from, const Sound& to) {
         ApplyEnvelopes(to, engine.parameters);
     if (from.playing != to.playing)
         SetPlaying(to.playing);
-    if (!HaveOneSource(from.function, to.function))
-        saidPlaying.replaced = saidPlaying.replaced + 1;
     sound = to;
     Adopt(function);
     return report;
@@ -358,6 +374,8 @@ void Instrument::FollowMacros() {
 void Instrument::Install(const PlaneFunction& f) {
     if (watcher)
         watcher(f);
+    if (replaces)
+        engine.renderer.BeginReplacing();
     engine.SetFunction(f);
 }
 

@@ -74,7 +74,6 @@ void HostedInstrument::TakeControls(const ControlValues& values) noexcept {
     }
     engine.playing.given = given;
     engine.playing.loads = loaded;
-    engine.playing.replaced = uint32(said.playing.replaced);
     // A controller may move a macro away from where sound and knob have it.
     for (std::size_t i = 0; i < kMacros; i++) {
         const std::size_t at = kFirstMacroControl + i;

@@ -33,9 +33,6 @@ struct VEXA_REALTIME Playing {
 
     /// Counts the sounds that were loaded, and what else has hands and feet hold anew.
     kits::Shared<uint32> loads{0};
-    /// Counts the sounds and functions that took the place of others, once all that comes with them
-    /// is there: what is on an orbit of the one must not glide over the other's terrain.
-    kits::Shared<uint32> replaced{0};
     /// True where anything says how the sound is played. Otherwise wheel, pedal, pressure and
     /// volume change nothing but the controllers' table.
     kits::Shared<bool> given{false};

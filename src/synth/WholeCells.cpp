@@ -61,7 +61,7 @@ std::size_t VoiceRenderer::RenderCells(const PlaneFunction& f, float* left, floa
     const double dt = 1.0 / sampleRate;
     const VoiceMotion first(parameters, controllers, own, dt, 0, kBlock);
     const PlaneSource& source = f.Source();
-    if (!(first.Of() == sound) || &source != heard || playing.replaced != replacedBefore)
+    if (!(first.Of() == sound) || &source != heard)
         return 0;
     const bool hearsTime = HearsTime(source);
     std::size_t cells = most;
@@ -78,6 +78,9 @@ std::size_t VoiceRenderer::RenderCells(const PlaneFunction& f, float* left, floa
         cells = first.CellsFor(v, cells);
     }
     if (cells <= 1)
+        return 0;
+    const VoiceMotion motion(parameters, controllers, own, dt, 0, cells * kBlock);
+    if (IsReplaced())
         return 0;
     mix.GoOn(kBlock);
     std::array<RunningVoice*, kVoiceSlots> sounding;
@@ -100,7 +103,6 @@ std::size_t VoiceRenderer::RenderCells(const PlaneFunction& f, float* left, floa
     const std::span<RunningVoice* const> all(sounding.data(), voiceCount);
     const std::size_t points = voiceCount * kBlock;
     auto& [one, other] = *cellEars;
-    const VoiceMotion motion(parameters, controllers, own, dt, 0, cells * kBlock);
     motion.MoveCells(all, apart ? &ears : nullptr, {one.x.data(), one.y.data()},
                      {other.x.data(), other.y.data()});
     // Those of one cell after the other only where they have inputs of their own.

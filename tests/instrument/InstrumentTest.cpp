@@ -290,6 +290,18 @@ TEST(Instrument, NoOrbitGlidesFromOneTerrainOverAnother) {
         const float peak = test::Peak(test::Render(engine, 4410));
         EXPECT_LT(peak, 4) << loads;
         EXPECT_GT(peak, 0.1F) << loads;
+        // Nor is there anything of one sound in the other while they take each other's place.
+        std::jthread player([&engine](const std::stop_token& stop) {
+            while (!stop.stop_requested())
+                EXPECT_LT(test::Peak(test::Render(engine, 64)), 20);
+        });
+        const vexa::Sound* before = &high;
+        for (int i = 0; i < 3000; i++) {
+            const vexa::Sound* next = i % 2 ? &high : &wide;
+            loads ? instrument.Load(*next) : instrument.Change(*before, *next);
+            before = next;
+            std::this_thread::yield();
+        }
     }
 }
 

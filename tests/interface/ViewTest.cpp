@@ -154,9 +154,11 @@ TEST(View, ShowsWordsThatLookLikeMarkupAsTheyAre) {
 
     auto* alert = new BAlert("Warning", words, "OK");
     alert->SetDetails(words);
+    QApplication::setActiveWindow(nullptr);
     alert->Show();
     const auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
     ASSERT_TRUE(box);
+    EXPECT_TRUE(box->parentWidget()) << "the window stays below it, though it is not active";
     int shown = 0;
     for (const QLabel* label : box->findChildren<QLabel*>())
         shown += label->text() == words && label->textFormat() == Qt::PlainText;

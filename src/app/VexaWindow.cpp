@@ -484,7 +484,7 @@ bool VexaWindow::QuitRequested() {
         return false;
     }
     // Asked again, it finds nothing that is not saved.
-    if (!attached && !mainView->MayGiveUpBoth([this] { PostMessage(B_QUIT_REQUESTED); }))
+    if (!attached && !mainView->MayGiveUpAll([this] { PostMessage(B_QUIT_REQUESTED); }))
         return false;
     be_app->PostMessage(B_QUIT_REQUESTED);
     return true;

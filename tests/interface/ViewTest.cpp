@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/interface/View.h"
 
+#include "kits/interface/backends/ViewWidget.h"
 #include "support/WindowStage.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QLabel>
 #include <QMessageBox>
@@ -172,6 +174,30 @@ TEST(View, ShowsWordsThatLookLikeMarkupAsTheyAre) {
         shown += label->text() == words && label->textFormat() == Qt::PlainText;
     EXPECT_EQ(shown, 2);
     delete box;
+}
+
+/// Its state in words, and what it is for.
+TEST(View, IsDescribedToWhoCannotSeeIt) {
+    class Switch : public BView {
+      public:
+        Switch() : BView({0, 0, 50, 50}, "switch", B_FOLLOW_NONE, B_WILL_DRAW) {}
+        kits::AccessibleThing Describe() const override {
+            kits::AccessibleThing thing;
+            thing.role = kits::AccessibleRole::Button;
+            thing.description = state;
+            return thing;
+        }
+        std::string state = "on";
+    };
+    auto* view = new Switch;
+    const test::Stage stage(view);
+    QAccessibleInterface* told = QAccessible::queryAccessibleInterface(&view->Widget());
+    ASSERT_TRUE(told);
+    EXPECT_EQ(told->text(QAccessible::Description), "on");
+    view->SetToolTip("<b>holds</b> notes");
+    EXPECT_EQ(told->text(QAccessible::Description), "on\n<b>holds</b> notes");
+    view->state.clear();
+    EXPECT_EQ(told->text(QAccessible::Description), "<b>holds</b> notes");
 }
 
 TEST(View, IsFoundByNameUntilItIsRemoved) {

@@ -295,7 +295,7 @@ TEST_F(MainWindow, ClosingAsksWhereSomethingHasChangedAndEnterReplacesNothing) {
     EXPECT_EQ(test::Contents(program.Path("sounds/bell.xml")), bell);
     desktop.UseWindow("Save Sound");
     desktop.Key("ctrl+a");
-    desktop.Type("mine.xml");
+    desktop.Type("mine");
     desktop.Key("Return");
     EXPECT_EQ(vexa->Wait(), 0);
     EXPECT_THAT(test::Contents(program.Path("sounds/mine.xml")), testing::HasSubstr("<vel>0.75<"));

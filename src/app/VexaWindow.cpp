@@ -79,8 +79,12 @@ TuningChoice RememberedTuning(const Settings& settings) {
         choice.scale = scale;
     if (const std::string keymap = settings.Get(kKeymapSetting); !keymap.empty())
         choice.keymap = keymap;
-    if (const double a4 = settings.Get(kA4Setting); a4 > 0)
+    const double a4 = settings.Get(kA4Setting);
+    if (a4 >= kLeastA4 && a4 <= kMostA4)
         choice.a4 = a4;
+    else if (a4 != 0)
+        std::fprintf(stderr, "vexa: warning: the setting %s is no frequency from %g to %g\n",
+                     kA4Setting.name, kLeastA4, kMostA4);
     return choice;
 }
 

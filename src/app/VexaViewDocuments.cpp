@@ -12,6 +12,7 @@
 #include "kits/interface/Control.h"
 #include "kits/interface/Menu.h"
 #include "kits/storage/FileName.h"
+#include "kits/storage/UserFolders.h"
 #include "views/EnvView.h"
 #include "views/R2RFView.h"
 
@@ -414,8 +415,11 @@ bool VexaView::Save(const std::string& name, const char* folder, const Writer& w
         ErrorAlert(checked.Fault().text);
         return false;
     }
-    const std::filesystem::path path = folders.Own(folder) / name;
-    const kits::Result<void> saved = write(path);
+    const std::filesystem::path own = folders.Own(folder);
+    // A person may have cleared it away since the start.
+    kits::Result<void> saved = kits::MakeUserFolder(own);
+    if (saved)
+        saved = write(own / name);
     if (saved)
         return true;
     ShowError(saved.Fault());

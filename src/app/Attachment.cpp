@@ -3,6 +3,7 @@
 
 #include "attach/Moment.h"
 #include "documents/SoundDocument.h"
+#include "instrument/SoundParts.h"
 
 #include <chrono>
 #include <string_view>
@@ -112,20 +113,6 @@ void Attachment::Play(uint8 status, uint8 first, uint8 second) {
     const char bytes[] = {static_cast<char>(status), static_cast<char>(first),
                           static_cast<char>(second)};
     link.Put(attach::Kind::Midi, {bytes, sizeof bytes});
-}
-
-bool AreAlike(Sound a, const Sound& b) {
-    a.author = b.author;
-    a.function.author = b.function.author;
-    if (a.function.kind != FunctionKind::Expression)
-        a.function.expression = b.function.expression;
-    if (a.function.kind != FunctionKind::Sample) {
-        a.function.sampleFile = b.function.sampleFile;
-        a.function.frequency = b.function.frequency;
-    }
-    if (a.function.kind != FunctionKind::Picture)
-        a.function.pictureFile = b.function.pictureFile;
-    return a == b;
 }
 
 } // namespace vexa

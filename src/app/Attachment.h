@@ -60,8 +60,4 @@ class Attachment {
     std::jthread thread;
 };
 
-/// True where two sounds differ in nothing but whose they are, and what is not written of them: the
-/// texts of a function that are of another kind than it.
-bool AreAlike(Sound a, const Sound& b);
-
 } // namespace vexa

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/Project.h"
 
-#include "app/Attachment.h"
 #include "app/SettingLines.h"
 #include "documents/SoundDocument.h"
+#include "instrument/SoundParts.h"
 #include "kits/storage/FileReplacement.h"
 #include "kits/storage/ReadFile.h"
 #include "kits/storage/UserFolders.h"

@@ -38,10 +38,10 @@ class VexaApplication : public BApplication {
 /// An alert with why the program cannot begin, where there is a display; waits for the answer.
 void ShowFault(const std::string& text);
 
-/// Runs the window until it is closed, or the plug-in goes that it is attached to, and returns the
-/// program's exit code. It is 1, with a message, where there is no display or no plug-in.
-/// `recording`, which may be null, is left to the caller to finish. Where there is a session, the
-/// options are its project's.
+/// Runs the window until it is closed, a signal is noted, or the plug-in goes that it is attached
+/// to, and returns the program's exit code. It is 1, with a message, where there is no display or
+/// no plug-in. `recording`, which may be null, is left to the caller to finish. Where there is a
+/// session, the options are its project's.
 int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders,
               kits::Recording* recording, JoinedSession* joined);
 

@@ -120,8 +120,9 @@ class VexaView : public BView {
     /// True where the sound may be given up: asks the person where it has changed. A person who
     /// wants to save it first gets what SaveAgain does, with `then`.
     bool MayGiveUp(const std::function<void()>& then);
-    /// Asks the same for the sounds of both slots.
-    bool MayGiveUpBoth(const std::function<void()>& then);
+    /// Asks the same for the sounds of both slots, and for those there that were left for others
+    /// with changes that are not saved.
+    bool MayGiveUpAll(const std::function<void()>& then);
     /// The sound's name, a mark where it has changed, and what is worth knowing: that there is no
     /// audio device, or for how many voices of the function on the plane there is time where those
     /// are fewer than may be chosen.
@@ -195,8 +196,8 @@ class VexaView : public BView {
     /// Chooses a source by its name, now or whenever it appears; empty for none.
     void ChooseSource(const std::string& name);
     const std::string& ChosenSource() const { return chosenSource; }
-    /// Sets whether program changes choose sounds. What has changed of the sound before is given up
-    /// then without a question, as nobody could answer while playing.
+    /// Sets whether program changes choose sounds. Nothing is asked then, as nobody could answer
+    /// while playing: Undo brings back what has changed of the sound before.
     void FollowPrograms(bool on);
     bool FollowsPrograms() const { return followsPrograms; }
     /// Returns the piano that the computer's keyboard plays; it is told of keys and of the window's
@@ -331,6 +332,7 @@ class VexaView : public BView {
     using Writer = std::function<kits::Result<void>(const std::filesystem::path&)>;
     bool Save(const std::string& name, const char* folder, const Writer& write);
     std::string TextOf(FieldId field) const;
+    bool MayGiveUpLeft(const std::function<void()>& then);
     void EnterTyped();
     void ConnectChosenSource();
 

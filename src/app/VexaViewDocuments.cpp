@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Function and sound documents into the main view, and out of it.
-#include "app/Attachment.h"
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
 #include "documents/DocumentKind.h"
@@ -8,10 +7,12 @@
 #include "documents/SoundDocument.h"
 #include "functions/FunctionCost.h"
 #include "instrument/Programs.h"
+#include "instrument/SoundParts.h"
 #include "kits/interface/Alert.h"
 #include "kits/interface/Control.h"
 #include "kits/interface/Menu.h"
 #include "kits/storage/FileName.h"
+#include "kits/storage/UserFolders.h"
 #include "views/EnvView.h"
 #include "views/R2RFView.h"
 
@@ -47,6 +48,16 @@ void Tell(const std::filesystem::path& path, const Warnings& warnings) {
     alert->SetDetails(lines);
     // What was understood is heard meanwhile.
     alert->Show();
+}
+
+enum class Answer { Cancel, Discard, Save };
+
+/// The names of the sounds that it is about, one a line, where the question does not say them.
+Answer AskToSave(const std::string& text, const std::string& names = "") {
+    auto* alert = new BAlert("Unsaved changes", text.c_str(), "Cancel", "Discard", "Save",
+                             B_WIDTH_AS_USUAL, B_WARNING_ALERT);
+    alert->SetDetails(names);
+    return static_cast<Answer>(alert->Go());
 }
 
 } // namespace
@@ -292,8 +303,11 @@ void VexaView::SaveAgain(const std::function<void()>& then) {
 
 void VexaView::OpenSound(const std::string& path) {
     const auto load = [this, path] {
+        Steps().GiveUp(true);
         if (LoadSound(path))
             Remember(path);
+        else
+            Steps().GiveUp(false);
     };
     if (MayGiveUp(load))
         load();
@@ -351,16 +365,31 @@ bool VexaView::MayGiveUp(const std::function<void()>& then) {
     FollowMacros();
     if (!Changed())
         return true;
-    constexpr int32 kDiscard = 1;
-    constexpr int32 kSave = 2;
-    auto* alert =
-        new BAlert("Unsaved changes",
-                   ("The sound \"" + SoundName() + "\" has changes that are not saved.").c_str(),
-                   "Cancel", "Discard", "Save", B_WIDTH_AS_USUAL, B_WARNING_ALERT);
-    const int32 answer = alert->Go();
-    if (answer == kSave)
+    const Answer answer =
+        AskToSave("The sound \"" + SoundName() + "\" has changes that are not saved.");
+    if (answer == Answer::Save)
         SaveAgain(then);
-    return answer == kDiscard;
+    return answer == Answer::Discard;
+}
+
+/// The same for the sounds of the present slot that were left for others. The last one of them is
+/// shown, as Undo would show it, and saved, before the rest is asked about anew.
+bool VexaView::MayGiveUpLeft(const std::function<void()>& then) {
+    const std::vector<History::LeftSound> left = Steps().Left();
+    if (left.empty())
+        return true;
+    std::string names;
+    for (const History::LeftSound& sound : left)
+        names += (names.empty() ? "" : "\n") + sound.name;
+    const Answer answer =
+        AskToSave(left.size() == 1 ? "A sound that you have left has changes that are not saved:"
+                                   : "Sounds that you have left have changes that are not saved:",
+                  names);
+    if (answer == Answer::Save) {
+        Become(Steps().UndoTo(left.front().place));
+        SaveAgain(then);
+    }
+    return answer == Answer::Discard;
 }
 
 std::filesystem::path VexaView::SoundPath() const {
@@ -386,8 +415,11 @@ bool VexaView::Save(const std::string& name, const char* folder, const Writer& w
         ErrorAlert(checked.Fault().text);
         return false;
     }
-    const std::filesystem::path path = folders.Own(folder) / name;
-    const kits::Result<void> saved = write(path);
+    const std::filesystem::path own = folders.Own(folder);
+    // A person may have cleared it away since the start.
+    kits::Result<void> saved = kits::MakeUserFolder(own);
+    if (saved)
+        saved = write(own / name);
     if (saved)
         return true;
     ShowError(saved.Fault());

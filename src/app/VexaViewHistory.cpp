@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The main view's undo and redo, and what else makes another sound of the present one as a whole.
-#include "app/Attachment.h"
 #include "app/VexaView.h"
 #include "instrument/InitialSound.h"
 #include "instrument/Mutation.h"
+#include "instrument/SoundParts.h"
 #include "kits/interface/Control.h"
 #include "kits/interface/Gesture.h"
 
@@ -110,6 +110,7 @@ void VexaView::InitialSound() {
     if (!plugin && !MayGiveUp([this] { InitialSound(); }))
         return;
     FollowMacros();
+    Steps().GiveUp(true);
     const Sound initial = vexa::InitialSound();
     Become(initial);
     Steps().Load(initial, kInitialSoundName, "initial sound");
@@ -140,6 +141,8 @@ void VexaView::OpenOtherSlot() {
         return;
     other.emplace(ConfirmedSound(), "");
     other->File() = Steps().File();
+    // The slot that it comes from has it.
+    other->GiveUp(true);
 }
 
 void VexaView::SwitchAB() {
@@ -159,16 +162,22 @@ void VexaView::CopyToOther() {
     other.File().saved = Steps().File().saved;
     other.File().path = Steps().File().path;
     other.File().title = Steps().File().title;
+    other.GiveUp(true);
 }
 
-bool VexaView::MayGiveUpBoth(const std::function<void()>& then) {
-    if (!MayGiveUp(then))
+bool VexaView::MayGiveUpAll(const std::function<void()>& then) {
+    if (!MayGiveUp(then) || !MayGiveUpLeft(then))
         return false;
     const std::optional<History>& other = slots[1 - slot];
-    if (!other || AreAlike(other->Present(), other->File().saved))
+    if (!other)
+        return true;
+    // What both have is saved or given up by now.
+    const Sound sound = other->Present();
+    const bool saved = AreAlike(sound, other->File().saved) || AreAlike(sound, Steps().Present());
+    if (saved && other->Left().empty())
         return true;
     SwitchAB();
-    return MayGiveUp(then);
+    return (saved || MayGiveUp(then)) && MayGiveUpLeft(then);
 }
 
 } // namespace vexa

@@ -9,6 +9,7 @@
 #include "kits/midi/ControllerNumbers.h"
 #include "kits/midi/MidiRoster.h"
 #include "kits/support/NumberText.h"
+#include "kits/support/Quoted.h"
 #include "views/R2RFView.h"
 
 #include <algorithm>
@@ -128,8 +129,15 @@ bool VexaView::TakePlaneControl(uint32 code) {
     if (code != kScaleCode)
         return false;
     MarkNumber(FunctionField::Width);
-    if (const auto width = NumberIn(TextOf(FunctionField::Width)); width && *width > 0)
+    const std::string text = TextOf(FunctionField::Width);
+    const std::optional<float> width = NumberIn(text);
+    if (width && *width > 0) {
         plane->SetScale(*width / kPlaneWidth);
+    } else {
+        BTextControl& field = Field(FunctionField::Width);
+        field.MarkWrong(true);
+        field.SetToolTip((kits::Quoted(text) + " is no width and changes nothing").c_str());
+    }
     return true;
 }
 

@@ -99,6 +99,9 @@ void VexaView::ShowPanel(file_panel_mode mode, uint32 result, const char* folder
     // Elsewhere it would ask about a file that is not touched; MayReplace does.
     if (folder)
         panel->AskOnlyIn(folders.Own(folder));
+    // What is called otherwise no list would have.
+    if (mode == B_SAVE_PANEL)
+        panel->SetEnding(kits::kDocumentEnding);
     panel->Show();
     panels.push_back(std::move(panel));
 }

@@ -79,8 +79,12 @@ TuningChoice RememberedTuning(const Settings& settings) {
         choice.scale = scale;
     if (const std::string keymap = settings.Get(kKeymapSetting); !keymap.empty())
         choice.keymap = keymap;
-    if (const double a4 = settings.Get(kA4Setting); a4 > 0)
+    const double a4 = settings.Get(kA4Setting);
+    if (a4 >= kLeastA4 && a4 <= kMostA4)
         choice.a4 = a4;
+    else if (a4 != 0)
+        std::fprintf(stderr, "vexa: warning: the setting %s is no frequency from %g to %g\n",
+                     kA4Setting.name, kLeastA4, kMostA4);
     return choice;
 }
 
@@ -484,7 +488,7 @@ bool VexaWindow::QuitRequested() {
         return false;
     }
     // Asked again, it finds nothing that is not saved.
-    if (!attached && !mainView->MayGiveUpBoth([this] { PostMessage(B_QUIT_REQUESTED); }))
+    if (!attached && !mainView->MayGiveUpAll([this] { PostMessage(B_QUIT_REQUESTED); }))
         return false;
     be_app->PostMessage(B_QUIT_REQUESTED);
     return true;

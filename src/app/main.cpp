@@ -34,10 +34,8 @@ int Fail(const std::string& text, int exitCode) {
 
 int Play(const vexa::AppOptions& options, const kits::ProgramFolders& folders,
          const vexa::Tuning& tuning, vexa::JoinedSession* joined) {
-    // A signal from here on leaves no part of a recording behind. A window has one of its own.
-    std::optional<kits::Interrupt> interrupt;
-    if (options.noWindow)
-        interrupt.emplace();
+    // A signal from here on leaves no part of a recording behind.
+    const kits::Interrupt interrupt;
     std::unique_ptr<kits::Recording> recording;
     if (options.record) {
         auto begun = kits::Recording::Begin(*options.record);
@@ -45,9 +43,10 @@ int Play(const vexa::AppOptions& options, const kits::ProgramFolders& folders,
             return Fail("--record: " + begun.Fault().text, 1);
         recording = *std::move(begun);
     }
-    const int exitCode = interrupt ? vexa::PlayWithoutWindow(options, folders, tuning, *interrupt,
-                                                             recording.get(), joined)
-                                   : vexa::RunWindow(options, folders, recording.get(), joined);
+    const int exitCode =
+        options.noWindow
+            ? vexa::PlayWithoutWindow(options, folders, tuning, interrupt, recording.get(), joined)
+            : vexa::RunWindow(options, folders, recording.get(), joined);
     if (exitCode != 0 || !recording)
         return exitCode;
     const auto finished = recording->Finish();

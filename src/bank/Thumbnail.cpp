@@ -9,6 +9,7 @@
 #include "instrument/PlayableFormula.h"
 #include "instrument/ShownFunction.h"
 #include "kits/support/NumberText.h"
+#include "kits/support/ThreadTime.h"
 #include "synth/Coefficients.h"
 #include "synth/EnvelopeCurve.h"
 
@@ -24,8 +25,7 @@ namespace vexa {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
+/// Of the processor: that others keep it busy makes no picture coarse.
 constexpr auto kMostTime = std::chrono::milliseconds(20);
 /// In frames; such a sample is decoded within a few tenths of a second.
 constexpr int64 kMostFrames = 120 * 48000;
@@ -129,10 +129,10 @@ std::vector<float> Values(const PlaneFunction& f, const Area& area, std::size_t 
 }
 
 void DrawTerrain(const PlaneFunction& f, const Area& area, std::size_t size, uint8* pixels) {
-    const auto start = Clock::now();
+    const std::chrono::nanoseconds start = kits::ThreadTime();
     std::size_t step = kCoarse;
     std::vector<float> values = Values(f, area, size, step);
-    if ((Clock::now() - start) * (kCoarse * kCoarse) < kMostTime)
+    if ((kits::ThreadTime() - start) * (kCoarse * kCoarse) < kMostTime)
         values = Values(f, area, size, step = 1);
     const std::size_t columns = size / step;
     for (std::size_t i = 0; i < size * size; i++) {

@@ -118,8 +118,8 @@ std::string NameAdvice(std::string_view word) {
         if (slip.written == lower)
             return std::string(slip.advice);
     }
-    // Longer than any name that could be meant.
-    if (word.size() < 2 || word.size() > 20)
+    // Longer than any name that could be meant, or a word of a type that there is not.
+    if (word.size() < 2 || word.size() > 20 || IsTypeWord(word))
         return "";
     // "xy" is the product of two names.
     if (word.find_first_not_of("xy") == std::string_view::npos) {
@@ -149,6 +149,10 @@ bool IsWord(const Token& token, std::string_view& name) {
 
 /// "2x", where C sees one number that is none.
 std::string ProductAdvice(std::string_view number) {
+    constexpr std::string_view kHexadecimal = "0123456789abcdefABCDEF";
+    if ((number.starts_with("0x") || number.starts_with("0X")) && number.size() > 2 &&
+        kHexadecimal.find(number[2]) != std::string_view::npos)
+        return "";
     const std::size_t digits = number.find_first_not_of("0123456789.");
     if (digits == 0 || digits == std::string_view::npos)
         return number.find('.') != number.rfind('.') ? "a number has one decimal point" : "";

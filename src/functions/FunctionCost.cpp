@@ -3,12 +3,12 @@
 
 #include "kits/maths/Functions.h"
 #include "kits/support/NumberText.h"
+#include "kits/support/ThreadTime.h"
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <numbers>
-
-#include <time.h>
 
 namespace vexa {
 
@@ -24,13 +24,6 @@ constexpr std::size_t kPoints = 64;
 /// What a single point may take, in nanoseconds, before many are out of the question.
 constexpr double kPatience = 5e6;
 
-/// Nanoseconds of processor time that this thread has had.
-double Spent() {
-    timespec time{};
-    ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) * 1e9 + static_cast<double>(time.tv_nsec);
-}
-
 /// Measures the first `count` points on an ellipse round (centre, centre).
 double CostOf(const PlaneFunction& f, float centre, std::size_t count) {
     std::array<float, kPoints> x, y, values;
@@ -39,9 +32,10 @@ double CostOf(const PlaneFunction& f, float centre, std::size_t count) {
         x[i] = centre + static_cast<float>(1.5 * kits::maths::Wave<true>(turn));
         y[i] = centre + static_cast<float>(kits::maths::Wave<false>(turn));
     }
-    const double start = Spent();
+    const std::chrono::nanoseconds start = kits::ThreadTime();
     f.Evaluate(x.data(), y.data(), values.data(), count);
-    return (Spent() - start) / static_cast<double>(count);
+    const std::chrono::duration<double, std::nano> spent = kits::ThreadTime() - start;
+    return spent.count() / static_cast<double>(count);
 }
 
 } // namespace

@@ -128,6 +128,23 @@ Sound History::Redo() {
     return Move(steps[place - 1].before, steps[place - 1].after);
 }
 
+std::vector<History::LeftSound> History::Left() const {
+    std::vector<LeftSound> left;
+    for (std::size_t i = place; i-- > 0;) {
+        const Version& before = steps[i].before;
+        if (before.file != steps[i].after.file && !before.givenUp &&
+            !AreAlike(before.Get(), before.file->saved))
+            left.push_back({i, before.file->name});
+    }
+    return left;
+}
+
+Sound History::UndoTo(std::size_t wanted) {
+    while (place > wanted)
+        Undo();
+    return Present();
+}
+
 Sound History::Move(const Version& from, const Version& to) {
     Sound next = to.Get();
     KeepPlayed(next, *from.function, *to.function, *present.function);

@@ -87,6 +87,20 @@ class History {
 
     std::size_t Steps() const { return steps.size(); }
 
+    /// Sets whether the present sound may be lost, whatever has changed of it. The next one may
+    /// not.
+    void GiveUp(bool on) { present.givenUp = on; }
+    /// The sounds that were left for that of another file, with changes that their own file does
+    /// not hold, and may not be lost: their places among the steps, and their names. The last left
+    /// first.
+    struct LeftSound {
+        std::size_t place;
+        std::string name;
+    };
+    std::vector<LeftSound> Left() const;
+    /// Undoes the steps behind a place, and returns what the sound is to be now.
+    Sound UndoTo(std::size_t wanted);
+
   private:
     template<class T>
     using Part = std::shared_ptr<const T>;
@@ -103,6 +117,7 @@ class History {
         /// The rest of a sound, beside what is above.
         Part<Sound> rest;
         std::shared_ptr<SoundFile> file;
+        bool givenUp = false;
     };
     struct Step {
         std::string name;

@@ -40,7 +40,25 @@ Instrument::Instrument(kits::ProgramFolders programFolders, Addons addons, Sound
       saidPlaying(apart ? apart->playing : engine.playing),
       saidMacros(apart ? apart->macros : engine.macros) {}
 
+/// While it lives, a function that is installed comes with the rest of its sound.
+class Instrument::Replacing {
+  public:
+    explicit Replacing(Instrument& instrument) : instrument(instrument) {
+        instrument.replaces = true;
+    }
+    ~Replacing() {
+        instrument.replaces = false;
+        instrument.engine.renderer.EndReplacing();
+    }
+    Replacing(const Replacing&) = delete;
+    Replacing& operator=(const Replacing&) = delete;
+
+  private:
+    Instrument& instrument;
+};
+
 FunctionReport Instrument::Load(const Sound& next) {
+    const Replacing replacing(*this);
     SetMacros(next.function);
     FunctionReport report = SetFunction(next.function);
     LoadRest(next);
@@ -268,6 +286,7 @@ TextFault Instrument::Edit(const Parameter& row, const std::string& text) {
 }
 
 FunctionReport Instrument::Change(const Sound& from, const Sound& to) {
+    const Replacing replacing(*this);
     const FunctionReport report = ChangeFunction(from.function, to.function);
     Function function = std::move(sound.function);
     for (std::size_t i = 0; i < Parameters().size(); i++) {
@@ -355,6 +374,8 @@ void Instrument::FollowMacros() {
 void Instrument::Install(const PlaneFunction& f) {
     if (watcher)
         watcher(f);
+    if (replaces)
+        engine.renderer.BeginReplacing();
     engine.SetFunction(f);
 }
 

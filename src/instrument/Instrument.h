@@ -156,6 +156,8 @@ class Instrument {
     const Engine& Playing() const { return engine; }
 
   private:
+    class Replacing;
+
     void SetPlaying(const std::optional<PlayingTexts>& next);
     void LimitVoices();
     void LimitNewVoices();
@@ -174,6 +176,7 @@ class Instrument {
     std::string user = kDefaultAuthor;
     Sound sound;
     uint64 changes = 0;
+    bool replaces = false;
     /// The values of the macros that the sound's texts say.
     std::array<float, kMacros> toldMacros{kInitialMacro, kInitialMacro, kInitialMacro,
                                           kInitialMacro};

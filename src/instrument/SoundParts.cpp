@@ -107,4 +107,18 @@ std::string Difference(const Sound& from, const Sound& to) {
     return from == to ? "" : "author";
 }
 
+bool AreAlike(Sound a, const Sound& b) {
+    a.author = b.author;
+    a.function.author = b.function.author;
+    if (a.function.kind != FunctionKind::Expression)
+        a.function.expression = b.function.expression;
+    if (a.function.kind != FunctionKind::Sample) {
+        a.function.sampleFile = b.function.sampleFile;
+        a.function.frequency = b.function.frequency;
+    }
+    if (a.function.kind != FunctionKind::Picture)
+        a.function.pictureFile = b.function.pictureFile;
+    return a == b;
+}
+
 } // namespace vexa

@@ -20,4 +20,8 @@ std::string NameOfEnvelope(std::size_t envelope);
 /// thread.
 std::string Difference(const Sound& from, const Sound& to);
 
+/// True where two sounds differ in nothing but whose they are, and what is not written of them: the
+/// texts of a function that are of another kind than it. Any thread.
+bool AreAlike(Sound a, const Sound& b);
+
 } // namespace vexa

@@ -34,7 +34,7 @@ void VexaMidiConsumer::TakeUpSound() {
         loads = now;
         for (uchar from = 0; from < channels.size(); from++) {
             // What the members bend by is the controller's.
-            if (!IsOwn(from))
+            if (!zones.MasterOf(from))
                 channels[from].ForgetRange();
             ApplyBend(from);
             ApplyVolume(from);
@@ -136,8 +136,11 @@ void VexaMidiConsumer::ControlChange(uchar from, uchar controller, uchar value, 
     case MidiChannel::Change::Volume:
         return ApplyVolume(from);
     case MidiChannel::Change::Zone:
+        // Notes of a sound that heeds no zones go on.
         if (playing.Bends())
             ConfigureZone(from, value);
+        else
+            zones.Configure(from, value);
         return;
     case MidiChannel::Change::None:
         return;

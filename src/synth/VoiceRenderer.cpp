@@ -158,6 +158,11 @@ void VoiceRenderer::Render(float* left, float* right, std::size_t count) noexcep
     const RealtimeSection realtime;
     const FlushDenormals flush;
     const kits::Reader::Section reading(reader);
+    // Before the function, so that no other is taken for it.
+    const uint32 now = replacing;
+    const bool another = std::exchange(replaced, now) != now;
+    for (RunningVoice& v : running)
+        v.fresh = v.fresh || another;
     const PlaneFunction& f = function.Get();
     Block block;
     for (std::size_t done = 0; done < count;) {
@@ -171,17 +176,25 @@ void VoiceRenderer::Render(float* left, float* right, std::size_t count) noexcep
             continue;
         }
         const std::size_t n = std::min(kBlock - offset, count - done);
-        RenderBlock(f, block, left + done, rightPart, n);
+        if (!RenderBlock(f, block, left + done, rightPart, n)) {
+            std::fill_n(left + done, count - done, 0.0F);
+            if (right)
+                std::fill_n(rightPart, count - done, 0.0F);
+            break;
+        }
         done += n;
         offset = (offset + n) % kBlock;
     }
     ShowProgress();
 }
 
-void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* left, float* right,
+/// Renders a block; false, and nothing changes, where what has been read may be of two sounds.
+bool VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* left, float* right,
                                 std::size_t count) noexcept {
     const OwnControllers own(playing, macros);
     const VoiceMotion motion(parameters, controllers, own, 1.0 / sampleRate, offset, count);
+    if (IsReplaced())
+        return false;
     const bool changed = WakeIfChanged(motion, f);
     const float levelBefore = mix.Level();
     std::array<RunningVoice*, kVoiceSlots> sounding;
@@ -269,7 +282,7 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
     // Only where a cell ends, so that it does not depend on where blocks are cut; and of points
     // that stood at its beginning too, so that the last value is the one that stays.
     if (!cellEnds)
-        return;
+        return true;
     for (std::size_t k = 0; k < voiceCount; k++) {
         RunningVoice& v = *sounding[k];
         const bool stood = v.stands;
@@ -282,9 +295,11 @@ void VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
         v.rests = stood && v.stands && !v.arrives.Moves() && inputs.IsSteady(source, v) &&
                   !Lingers(v, hearsTime, 0) && Settles(v.filter, Heard(last(one))) &&
                   (!apart || Settles(v.rightFilter, Heard(last(other))));
-        v.over = v.stands && IsOver(v, last(one), apart ? last(other) : 0);
+        // A filter may settle before its output is inaudible: what its sums lack is rounded away.
+        v.over = v.rests || (v.stands && IsOver(v, last(one), apart ? last(other) : 0));
     }
     CloseEars();
+    return true;
 }
 
 /// Lets the ears part where the sound has a spread. They begin with what both have heard so far.

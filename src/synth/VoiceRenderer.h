@@ -60,6 +60,13 @@ class VoiceRenderer {
     /// have begun before this call is running. Window thread.
     void SetFunction(const PlaneFunction& next) { function.Publish(next); }
 
+    /// Says that the function that is set next comes with other coefficients and envelopes, and
+    /// that all of them are there, if there were any. An orbit of one sound may lead far up another
+    /// one's terrain: in between nothing is heard, and nothing glides from the one to the other.
+    /// Window thread.
+    void BeginReplacing() noexcept { replacing = replacing | 1U; }
+    void EndReplacing() noexcept { replacing = replacing + (replacing & 1U); }
+
     /// Sets whether notes that sound go on from where they are when the sound becomes another one
     /// at once: what would be a step is an offset then, which their low-cut filters take away. At
     /// first they do not. Any thread.
@@ -93,7 +100,11 @@ class VoiceRenderer {
     VEXA_REALTIME void CutOff(RunningVoice& running) noexcept;
     /// Returns the samples in that time, at least one.
     VEXA_REALTIME std::size_t SamplesIn(double seconds) const noexcept;
-    VEXA_REALTIME void RenderBlock(const PlaneFunction& f, Block& block, float* left, float* right,
+    /// True where a sound takes another's place, or has done so since the last Render began.
+    VEXA_REALTIME bool IsReplaced() const noexcept {
+        return replaced % 2 != 0 || replaced != replacing;
+    }
+    VEXA_REALTIME bool RenderBlock(const PlaneFunction& f, Block& block, float* left, float* right,
                                    std::size_t count) noexcept;
     VEXA_REALTIME void OpenEars(bool both, std::size_t count) noexcept;
     VEXA_REALTIME void CloseEars() noexcept;
@@ -140,6 +151,10 @@ class VoiceRenderer {
     /// The sound on which the voices that rest depend, as it was in the last block.
     VoiceMotion::Sound sound{};
     const PlaneSource* heard = nullptr;
+    /// How often a sound has taken the place of another, times two; odd while one does. And the
+    /// count when the last Render began.
+    kits::Shared<uint32> replacing{0};
+    uint32 replaced = 0;
     kits::Reader reader;
 };
 

@@ -79,6 +79,9 @@ std::size_t VoiceRenderer::RenderCells(const PlaneFunction& f, float* left, floa
     }
     if (cells <= 1)
         return 0;
+    const VoiceMotion motion(parameters, controllers, own, dt, 0, cells * kBlock);
+    if (IsReplaced())
+        return 0;
     mix.GoOn(kBlock);
     std::array<RunningVoice*, kVoiceSlots> sounding;
     std::size_t voiceCount = 0;
@@ -100,7 +103,6 @@ std::size_t VoiceRenderer::RenderCells(const PlaneFunction& f, float* left, floa
     const std::span<RunningVoice* const> all(sounding.data(), voiceCount);
     const std::size_t points = voiceCount * kBlock;
     auto& [one, other] = *cellEars;
-    const VoiceMotion motion(parameters, controllers, own, dt, 0, cells * kBlock);
     motion.MoveCells(all, apart ? &ears : nullptr, {one.x.data(), one.y.data()},
                      {other.x.data(), other.y.data()});
     // Those of one cell after the other only where they have inputs of their own.

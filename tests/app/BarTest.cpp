@@ -9,6 +9,7 @@
 
 #include <QMenu>
 #include <QToolButton>
+#include <cmath>
 #include <fstream>
 #include <utility>
 
@@ -193,6 +194,20 @@ TEST_F(BarTest, TheWindowComesUpAsItWasLeft) {
     EXPECT_TRUE(room.Contains(window->Frame().LeftTop()));
     EXPECT_LE(window->Frame().right, room.right);
     EXPECT_LE(window->Frame().bottom, room.bottom);
+}
+
+/// A person may have edited the file of settings. No key would sound at such a frequency.
+TEST_F(BarTest, AFrequencyThatCannotBePlayedIsNotRemembered) {
+    settings->Set(vexa::kA4Setting, 442.0);
+    Open(false);
+    window->Begin({}, nullptr);
+    EXPECT_FLOAT_EQ(view->PresentTuning()[vexa::kA4], 442);
+    for (const double wrong : {1e300, -440.0, double(INFINITY), 20001.0}) {
+        settings->Set(vexa::kA4Setting, wrong);
+        Reopen();
+        window->Begin({}, nullptr);
+        EXPECT_FLOAT_EQ(view->PresentTuning()[vexa::kA4], 440) << wrong;
+    }
 }
 
 } // namespace

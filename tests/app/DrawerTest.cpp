@@ -79,6 +79,14 @@ TEST_F(DrawerTest, FindsShowsAndLoadsSounds) {
     Settle();
     EXPECT_STREQ(drawer->SearchField().Text(), "g");
     LookFor("");
+    // What the pointer rests on is told, also where other rows have come.
+    const BPoint second = {100, 80};
+    list.MouseMoved(second, B_INSIDE_VIEW, nullptr);
+    EXPECT_STRNE(list.ToolTip(), "");
+    LookFor("glass rings");
+    list.MouseMoved(second, B_INSIDE_VIEW, nullptr);
+    EXPECT_STREQ(list.ToolTip(), "") << "there is no second row";
+    LookFor("");
     // One kind; favourites, of which there is none before a star is pressed.
     for (std::size_t i = 0; i < drawer->Categories().CountParts(); i++) {
         const std::string word = drawer->Categories().DescribePart(i).name;

@@ -108,6 +108,32 @@ TEST_P(LayoutTest, ASmallWindowScrolls) {
     EXPECT_TRUE(pane->Widget().rect().contains(corner)) << corner.x() << ' ' << corner.y();
 }
 
+/// What a narrow window has no room for is not shown, rather than over something else.
+TEST_P(LayoutTest, TheBarKeepsTheNameOfTheSound) {
+    window->ShowPart(vexa::VexaWindow::Part::Drawer, false);
+    const BView& bar = *window->FindView("bar");
+    std::size_t before = 0;
+    for (const float width : {480.0F, 560.0F, 640.0F, 800.0F, 935.0F}) {
+        window->ResizeTo(width, 500);
+        test::Settle();
+        std::vector<Piece> pieces;
+        for (const BView* child : bar.Children()) {
+            if (!child->IsHidden())
+                pieces.push_back({child->Name(), AreaOf(child->Frame())});
+        }
+        EXPECT_GE(pieces.size(), std::max<std::size_t>(before, 4));
+        before = pieces.size();
+        for (std::size_t i = 0; i < pieces.size(); i++) {
+            EXPECT_TRUE(AreaOf(bar.Bounds()).contains(pieces[i].area)) << pieces[i].what << width;
+            for (std::size_t j = 0; j < i; j++)
+                // Undo and redo share a column.
+                EXPECT_LE(pieces[i].area.intersected(pieces[j].area).width(), 1)
+                    << pieces[j].what << " and " << pieces[i].what << ' ' << width;
+        }
+    }
+    EXPECT_EQ(before, bar.Children().size());
+}
+
 TEST_P(LayoutTest, TheStripStandsBelowTheMainViewAndNothingTouchesInIt) {
     window->ShowPart(vexa::VexaWindow::Part::Drawer, false);
     BView* strip = window->FindView("strip");

@@ -102,6 +102,11 @@ TEST_F(PanelTest, DocumentsLandInTheirFolderWithTheirTypeWhereverThePanelWas) {
     }
     // Where it went is said for the one that was not to go there.
     EXPECT_THAT(alerts.texts, ElementsAre(HasSubstr(In("functions").string())));
+    // A folder that a person has cleared away meanwhile is made again.
+    std::filesystem::remove_all(In("sounds"));
+    view->SaveAgain();
+    EXPECT_THAT(test::Contents(In("sounds/mine")), HasSubstr("<expression>x+1</expression>"));
+    EXPECT_EQ(alerts.texts.size(), 1U);
 }
 
 TEST_F(PanelTest, AFileThatThePanelDidNotShowIsReplacedOnlyWithConsent) {

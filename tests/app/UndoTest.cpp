@@ -13,6 +13,8 @@
 #include <random>
 #include <utility>
 
+#include <gmock/gmock.h>
+
 namespace {
 
 using vexa::EnvView;
@@ -316,8 +318,64 @@ TEST_F(UndoTest, EachSlotHasItsOwnSoundAndSteps) {
     // Closing asks about both.
     alerts.texts.clear();
     alerts.answer = 1;
-    EXPECT_TRUE(view->MayGiveUpBoth([] {}));
+    EXPECT_TRUE(view->MayGiveUpAll([] {}));
     EXPECT_EQ(alerts.texts.size(), 2U);
+}
+
+/// Choosing from the list asks nothing, as Undo goes back; closing does, as it does not.
+TEST_F(UndoTest, ClosingAsksAboutWhatWasLeftForAnotherSound) {
+    Open();
+    const auto mayClose = [&](int32 answer) {
+        alerts.texts.clear();
+        alerts.answer = answer;
+        return view->MayGiveUpAll([] {});
+    };
+    Enter("Cx1", "3");
+    view->LoadSound(In("sounds/bell.xml"));
+    Enter("Cx1", "4");
+    view->SaveSound("mine.xml");
+    Enter("Cx1", "5");
+    view->LoadSound(In("sounds/pad.xml"));
+    EXPECT_FALSE(mayClose(0));
+    EXPECT_EQ(alerts.texts.size(), 1U);
+    EXPECT_EQ(alerts.details, "mine\ndefault");
+    EXPECT_EQ(view->SoundName(), "pad");
+    EXPECT_TRUE(mayClose(1));
+    // Each is shown as it was left, and saved.
+    EXPECT_FALSE(mayClose(2));
+    EXPECT_EQ(Text("Cx1"), "5");
+    EXPECT_THAT(test::Contents(In("sounds/mine.xml")), testing::HasSubstr("<vel>5<"));
+    EXPECT_FALSE(mayClose(2));
+    EXPECT_EQ(alerts.details, "default");
+    EXPECT_EQ(Text("Cx1"), "3");
+    EXPECT_THAT(OpenTitles(), testing::ElementsAre("Save Sound"));
+    view->SaveSound("another.xml");
+    EXPECT_TRUE(mayClose(0));
+    EXPECT_TRUE(alerts.texts.empty());
+    // What a person has given up is not asked about again, unless he comes back to it.
+    Enter("Cx1", "6");
+    alerts.answer = 1;
+    view->Open(In("sounds/bell.xml"));
+    EXPECT_TRUE(mayClose(0));
+    view->Undo();
+    EXPECT_FALSE(mayClose(0));
+    alerts.answer = 1;
+    view->InitialSound();
+    EXPECT_TRUE(mayClose(0));
+    // Those of the other slot count too.
+    view->Undo();
+    EXPECT_FALSE(mayClose(0));
+    view->SwitchAB();
+    EXPECT_TRUE(mayClose(1));
+    EXPECT_EQ(alerts.texts.size(), 1U) << "both have the same";
+    view->LoadSound(In("sounds/bell.xml"));
+    EXPECT_TRUE(mayClose(1));
+    EXPECT_EQ(alerts.texts.size(), 1U) << "the other slot has what this one has left";
+    EXPECT_EQ(view->PresentSlot(), 'A');
+    view->LoadSound(In("sounds/bell.xml"));
+    view->SwitchAB();
+    EXPECT_FALSE(mayClose(0));
+    EXPECT_EQ(view->PresentSlot(), 'A') << "where it was left";
 }
 
 TEST_F(UndoTest, ControllersArePlayedNotEdited) {

@@ -43,7 +43,8 @@ TEST(FormulaFault, TellsThePlaceTheReasonAndWhatMayBeMeant) {
              {"", 0, "before the end", ""}, {"x+", 2, "before the end", ""},
              {"jn(y, x)", 3, "the order of jn", ""}, {"ctl(128)", 4, "from 0 to 127", ""},
              {"ctl(x)", 4, "from 0 to 127", ""}, {"ctl", 0, "arguments of ctl", "ctl(1)"},
-             {"x\n", 1, "one line", ""},
+             {"x\n", 1, "one line", ""}, {"(long float)x", 1, "not an arithmetic type", ""},
+             {"0xffffffffffffffffff", 0, "larger than 64 bits", ""},
              {"ctl(0)+ctl(1)+ctl(2)+ctl(3)+ctl(4)+ctl(5)+ctl(6)+ctl(7)+ctl(8)+a+b+c+d+vel+key+t+"
               "ctl(10)", 81, "16 different", ""},
          }) {

@@ -229,4 +229,48 @@ TEST(History, KnowsWhatIsSaved) {
     EXPECT_EQ(history.File().name, "mine");
 }
 
+/// Of each file, what it does not hold when another one's sound comes.
+TEST(History, KnowsWhichSoundsWereLeftWithChanges) {
+    Sound sound;
+    History history(sound, "first");
+    std::uint64_t gestures = 0;
+    const auto edit = [&](const char* text) {
+        Text(sound, ParameterId::Ax0) = text;
+        history.Take(sound, At(0, ++gestures));
+    };
+    const auto left = [&] {
+        std::string names;
+        for (const History::LeftSound& known : history.Left())
+            names += known.name + ' ';
+        return names;
+    };
+    history.Load(sound = Sound(), "as it was", "");
+    edit("2");
+    edit("3");
+    EXPECT_EQ(left(), "") << "it is the present one";
+    history.Load(sound = Sound(), "second", "");
+    EXPECT_EQ(left(), "as it was ");
+    edit("4");
+    history.Load(sound = Sound(), "third", "");
+    EXPECT_EQ(left(), "second as it was ");
+    // One is given up, and only as it is.
+    edit("5");
+    history.GiveUp(true);
+    history.Load(sound = Sound(), "fourth", "");
+    EXPECT_EQ(left(), "second as it was ");
+    history.Undo();
+    history.Load(sound = Sound(), "fourth", "");
+    EXPECT_EQ(left(), "third second as it was ");
+    // What is come back to can be saved.
+    sound = history.UndoTo(history.Left()[1].place);
+    EXPECT_EQ(history.File().name, "second");
+    EXPECT_EQ(Text(sound, ParameterId::Ax0), "4");
+    EXPECT_EQ(left(), "as it was ");
+    history.File().saved = sound;
+    for (int i = 0; i < 3; i++)
+        history.Redo();
+    EXPECT_EQ(history.File().name, "fourth");
+    EXPECT_EQ(left(), "third as it was ");
+}
+
 } // namespace

@@ -263,6 +263,48 @@ TEST(Instrument, TheAddonTakesOverWithoutAClick) {
     RecordProperty("difference", std::to_string(1e9 * double(difference)) + "e-9");
 }
 
+/// An orbit that is near 0 on one terrain leads high up on another.
+TEST(Instrument, NoOrbitGlidesFromOneTerrainOverAnother) {
+    const test::ProgramFolder folder;
+    const auto soundOf = [](const std::string& expression, const std::string& radius) {
+        vexa::Sound sound = WithCircles();
+        sound.function.expression = expression;
+        sound.playing.emplace().texts[8] = "20"; // smooth
+        for (std::size_t i = 0; i < sound.texts.size(); i++) {
+            const std::string_view field = vexa::Parameters()[i].field;
+            if (field == "Ax0" || field == "Ay0")
+                sound.texts[i] = radius;
+        }
+        return sound;
+    };
+    const vexa::Sound wide = soundOf("sin(x)", "100"), high = soundOf("pow(x,8)", "1");
+    for (const bool loads : {true, false}) {
+        Instrument instrument(folder.Path(), Addons::None);
+        vexa::Engine& engine = instrument.Playing();
+        instrument.Load(wide);
+        engine.renderer.SetGain(1);
+        engine.renderer.SetJoins(!loads);
+        engine.consumer.NoteOn(0, 60, 127, 0);
+        EXPECT_LT(test::Peak(test::Render(engine, 4410)), 2);
+        loads ? instrument.Load(high) : instrument.Change(wide, high);
+        const float peak = test::Peak(test::Render(engine, 4410));
+        EXPECT_LT(peak, 4) << loads;
+        EXPECT_GT(peak, 0.1F) << loads;
+        // Nor is there anything of one sound in the other while they take each other's place.
+        std::jthread player([&engine](const std::stop_token& stop) {
+            while (!stop.stop_requested())
+                EXPECT_LT(test::Peak(test::Render(engine, 64)), 20);
+        });
+        const vexa::Sound* before = &high;
+        for (int i = 0; i < 3000; i++) {
+            const vexa::Sound* next = i % 2 ? &high : &wide;
+            loads ? instrument.Load(*next) : instrument.Change(*before, *next);
+            before = next;
+            std::this_thread::yield();
+        }
+    }
+}
+
 TEST(Instrument, WhatIsMissingForAnAddonIsNoFault) {
     const test::ProgramFolder folder;
     Instrument following(folder.Path(), Addons::Following);

@@ -6,9 +6,11 @@
 #include "kits/interface/backends/WindowWidget.h"
 #include "support/WindowStage.h"
 
+#include <QAccessible>
 #include <QCoreApplication>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QToolButton>
 #include <QWindow>
 #include <vector>
 
@@ -169,6 +171,21 @@ TEST_F(ControlTest, TheWindowIsTheTargetOfWhatHasNone) {
 TEST_F(ControlTest, APressBesideAFieldLeavesIt) {
     test::Press(*panel, {150, 90});
     EXPECT_FALSE(first->IsFocus());
+}
+
+TEST(Menu, TellsWhatIsChosenToWhoCannotSeeIt) {
+    auto* menu = new BPopUpMenu("voices");
+    menu->AddItem(new BMenuItem("max. 2 voices", new BMessage(2)));
+    auto* field = new BMenuField({0, 0, 99, 20}, "voices", nullptr, menu);
+    const test::Stage stage(field);
+    QAccessibleInterface* told =
+        QAccessible::queryAccessibleInterface(field->Widget().findChild<QToolButton*>());
+    ASSERT_TRUE(told);
+    EXPECT_EQ(told->text(QAccessible::Name), "voices");
+    EXPECT_EQ(told->text(QAccessible::Description), "");
+    menu->FindItem(2)->Choose();
+    EXPECT_EQ(told->text(QAccessible::Name), "voices");
+    EXPECT_EQ(told->text(QAccessible::Description), "max. 2 voices");
 }
 
 TEST(Menu, InRadioModeOneItemIsMarkedAndGivesTheTitle) {

@@ -310,6 +310,35 @@ TEST_F(FilePanelTest, SavesUnderATypedName) {
     EXPECT_TRUE(alerts.texts.empty());
 }
 
+TEST_F(FilePanelTest, GivesANameItsEndingBeforeItAsks) {
+    Panel panel(B_SAVE_PANEL, receiver, folder.Path());
+    panel.SetEnding(".txt");
+    alerts.answer = 1;
+    const auto saved = [&](const char* typed) {
+        panel.Show();
+        panel.SetSaveText(typed);
+        panel.Press("default button");
+        std::string name;
+        if (!receiver.messages.empty())
+            receiver.messages.back().FindString("name", &name);
+        return name;
+    };
+    EXPECT_EQ(saved("one"), "one.txt");
+    EXPECT_EQ(saved("one.txt"), "one.txt");
+    EXPECT_EQ(saved("one.two"), "one.two.txt");
+    EXPECT_TRUE(alerts.texts.empty());
+    EXPECT_EQ(saved("Apple"), "Apple.txt");
+    ASSERT_EQ(alerts.texts.size(), 1U);
+    EXPECT_THAT(alerts.texts[0], HasSubstr("\"Apple.txt\" already exists"));
+    folder.Write("plain", "");
+    EXPECT_EQ(saved("plain"), "plain") << "which there is";
+    // What cannot be a name is refused all the same.
+    EXPECT_EQ(saved(".."), "plain");
+    EXPECT_EQ(saved("a/b"), "plain");
+    EXPECT_EQ(alerts.texts.size(), 4U);
+    EXPECT_THAT(alerts.texts.back(), HasSubstr("\"a/b"));
+}
+
 TEST_F(FilePanelTest, CompletesNamesWhileTheyAreTyped) {
     Panel panel(B_SAVE_PANEL, receiver, folder.Path());
     QTest::keyClicks(&panel.Name(), "B1");

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/interface/View.h"
 
+#include "kits/interface/backends/ViewWidget.h"
 #include "support/WindowStage.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QLabel>
 #include <QMessageBox>
@@ -111,6 +113,7 @@ class Figure : public BView {
         StrokeLine({0, 10}, {8, 10}, B_SOLID_LOW);
         StrokeLine({8, 14}, B_SOLID_LOW);
         DrawBitmap(&bitmap, {12, 12, 15, 15});
+        DrawBitmap(&bitmap, {12, 2, 19, 9});
     }
 
   private:
@@ -136,6 +139,13 @@ TEST(View, DrawsByPixelsWhoseEdgesBelongToThem) {
     EXPECT_EQ(pixel(12, 12), 0xa0b0c0U);
     EXPECT_EQ(pixel(15, 15), 0xa0b0c0U);
     EXPECT_EQ(pixel(16, 15), kBack);
+
+    // A window on Wayland has transparent parts; no pixel of a bitmap is one, smaller or larger.
+    QImage window(view->Widget().size(), QImage::Format_ARGB32_Premultiplied);
+    window.fill(Qt::transparent);
+    view->Widget().render(&window, {}, {}, QWidget::DrawChildren);
+    EXPECT_EQ(window.pixel(13, 13), 0xffa0b0c0U);
+    EXPECT_EQ(window.pixel(16, 6), 0xffa0b0c0U);
 }
 
 /// Comments and names from strangers' files are among them.
@@ -154,14 +164,40 @@ TEST(View, ShowsWordsThatLookLikeMarkupAsTheyAre) {
 
     auto* alert = new BAlert("Warning", words, "OK");
     alert->SetDetails(words);
+    QApplication::setActiveWindow(nullptr);
     alert->Show();
     const auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
     ASSERT_TRUE(box);
+    EXPECT_TRUE(box->parentWidget()) << "the window stays below it, though it is not active";
     int shown = 0;
     for (const QLabel* label : box->findChildren<QLabel*>())
         shown += label->text() == words && label->textFormat() == Qt::PlainText;
     EXPECT_EQ(shown, 2);
     delete box;
+}
+
+/// Its state in words, and what it is for.
+TEST(View, IsDescribedToWhoCannotSeeIt) {
+    class Switch : public BView {
+      public:
+        Switch() : BView({0, 0, 50, 50}, "switch", B_FOLLOW_NONE, B_WILL_DRAW) {}
+        kits::AccessibleThing Describe() const override {
+            kits::AccessibleThing thing;
+            thing.role = kits::AccessibleRole::Button;
+            thing.description = state;
+            return thing;
+        }
+        std::string state = "on";
+    };
+    auto* view = new Switch;
+    const test::Stage stage(view);
+    QAccessibleInterface* told = QAccessible::queryAccessibleInterface(&view->Widget());
+    ASSERT_TRUE(told);
+    EXPECT_EQ(told->text(QAccessible::Description), "on");
+    view->SetToolTip("<b>holds</b> notes");
+    EXPECT_EQ(told->text(QAccessible::Description), "on\n<b>holds</b> notes");
+    view->state.clear();
+    EXPECT_EQ(told->text(QAccessible::Description), "<b>holds</b> notes");
 }
 
 TEST(View, IsFoundByNameUntilItIsRemoved) {

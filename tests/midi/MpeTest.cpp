@@ -191,6 +191,28 @@ TEST_F(Mpe, IsThereWhereTheSoundSaysHowItIsPlayedOrItWasAskedFor) {
     EXPECT_EQ(Held(), 1);
     ExpectCents({69}, {0});
     Panic();
+
+    // What a controller told once holds when a sound that knows of none has come and gone.
+    const auto load = [this](bool given) {
+        instrument.playing.given = given;
+        instrument.playing.loads = instrument.playing.loads + 1;
+    };
+    Parameter(0, 12, 1);
+    load(false);
+    Bend(0, 1);
+    On(72, 1);
+    load(true);
+    Off(72, 1);
+    EXPECT_EQ(Held(), 0);
+    Panic();
+    On(69, 1);
+    Bend(8191, 1);
+    ExpectCents({69}, {1200});
+    load(false);
+    Off(69, 1);
+    EXPECT_EQ(Held(), 0);
+    Panic();
+
     instrument.consumer.ExpectMpe();
     On(69, 1);
     Bend(8191, 1);

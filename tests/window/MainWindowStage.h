@@ -46,23 +46,26 @@ constexpr int kDiscard = 1;
 
 class MainWindow : public testing::Test {
   protected:
-    /// `limit`, if any, is what the shell's ulimit takes.
-    void Start(std::vector<std::string> options = {}, const std::string& limit = "") {
+    /// `limit`, if any, is what the shell's ulimit takes; `alert` is what the program has to say
+    /// first, which is acknowledged.
+    void Start(std::vector<std::string> options = {}, const std::string& limit = "",
+               const std::string& alert = "") {
         options.insert(options.begin(), program.Path("vexa"));
         if (!limit.empty())
             options = Limited(limit, options);
         vexa = std::make_unique<Companion>(options, log);
+        if (!alert.empty())
+            Answer(alert, 0);
         desktop.UseWindow("Vexa");
         ear->Connect("Vexa:Vexa audio out", ear->Name());
         player->Connect(player->Name(), "Vexa:Vexa midi in");
     }
     void StartWithSine(const char* source = "Computer keyboard",
                        const std::string& sound = kSineSound) {
-        Start({"--sound", program.Folder().Write("sine.xml", sound).string(), "--voices", "20",
-               "--midi", source});
         // Not all of a document is there.
-        Answer("Warning", 0);
-        desktop.UseWindow("Vexa");
+        Start({"--sound", program.Folder().Write("sine.xml", sound).string(), "--voices", "20",
+               "--midi", source},
+              "", "Warning");
     }
     std::string Log() const { return Contents(log); }
 

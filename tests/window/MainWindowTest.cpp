@@ -265,6 +265,16 @@ TEST_F(MainWindow, ASignalEndsItAtOnceThoughThereIsSomethingToSay) {
     ::kill(silent.Process(), SIGTERM);
     EXPECT_TRUE(test::EndsWithin(silent.Process(), std::chrono::seconds(1)));
     EXPECT_THAT(Log(), testing::HasSubstr("Error disconnecting nodes"));
+
+    const test::TemporaryFolder folder;
+    test::Companion starting({program.Path("vexa"), "--audio", "none", "--record",
+                              (folder.Path() / "heard.wav").string()},
+                             log);
+    while (folder.Count() == 0 && starting.Runs()) {
+    }
+    ::kill(starting.Process(), SIGTERM);
+    EXPECT_TRUE(test::EndsWithin(starting.Process(), std::chrono::seconds(10)));
+    EXPECT_EQ(folder.Count(), 0U) << "a part of the recording is left";
 }
 
 TEST_F(MainWindow, ClosingAsksWhereSomethingHasChangedAndEnterReplacesNothing) {
@@ -285,7 +295,7 @@ TEST_F(MainWindow, ClosingAsksWhereSomethingHasChangedAndEnterReplacesNothing) {
     EXPECT_EQ(test::Contents(program.Path("sounds/bell.xml")), bell);
     desktop.UseWindow("Save Sound");
     desktop.Key("ctrl+a");
-    desktop.Type("mine.xml");
+    desktop.Type("mine");
     desktop.Key("Return");
     EXPECT_EQ(vexa->Wait(), 0);
     EXPECT_THAT(test::Contents(program.Path("sounds/mine.xml")), testing::HasSubstr("<vel>0.75<"));

@@ -38,6 +38,7 @@ constexpr float kVoicesWidth = 92;
 constexpr float kMeterWidth = 64;
 constexpr float kRecordWidth = 44;
 constexpr float kSilenceWidth = 56;
+constexpr float kLeastName = 110;
 constexpr float kWidestName = 330;
 constexpr float kArrowButtonWidth = 20;
 constexpr float kArrowHeight = kBarHeight - 6;
@@ -232,13 +233,29 @@ void BarView::FrameResized(float, float) {
     Invalidate();
 }
 
-/// From the right; what remains at the left is the name's, up to a width.
+/// From the right; what remains at the left is the name's, up to a width. Where that would be too
+/// little, what is missed least is not shown.
 void BarView::Arrange() {
     const BRect bounds = Bounds();
+    float room = bounds.right - kLeastName - 2 * kArrowButtonWidth - kButtonGap;
+    const auto fits = [&room](float width) {
+        const bool does = room >= width + kButtonGap;
+        room -= does ? width + kButtonGap : 0;
+        return does;
+    };
+    const auto show = [&fits](BView* view, float width) {
+        if (view && fits(width) == view->IsHidden())
+            view->IsHidden() ? view->Show() : view->Hide();
+    };
+    show(silence, kSilenceWidth);
+    show(record, kRecordWidth);
+    show(device, kDeviceWidth);
+    show(meter, kMeterWidth);
+    voicesFit = fits(kVoicesWidth);
     const float top = std::floor((bounds.Height() - kBarHeight) / 2);
     float right = bounds.right;
     const auto put = [&](BView* view, float width, float height = kBarHeight) {
-        if (!view)
+        if (!view || view->IsHidden())
             return;
         right -= width;
         view->MoveTo(right, top + std::floor((kBarHeight - height) / 2));
@@ -247,10 +264,11 @@ void BarView::Arrange() {
     };
     put(silence, kSilenceWidth);
     put(record, kRecordWidth);
-    if (meter)
-        put(meter, kMeterWidth - 1, kBarHeight - 1);
-    voicesBox = {right - kVoicesWidth, top, right, top + kBarHeight};
-    right = voicesBox.left - kButtonGap;
+    put(meter, kMeterWidth - 1, kBarHeight - 1);
+    if (voicesFit) {
+        voicesBox = {right - kVoicesWidth, top, right, top + kBarHeight};
+        right = voicesBox.left - kButtonGap;
+    }
     put(device, kDeviceWidth, BMenuField::PreferredHeight());
     put(redo, kArrowButtonWidth);
     right += kButtonGap;
@@ -277,6 +295,8 @@ void BarView::Draw(BRect) {
     SetHighColor(colors.barText);
     DrawString(shown,
                {std::floor((nameBox.left + nameBox.right - StringWidth(shown)) / 2), baseline});
+    if (!voicesFit)
+        return;
     SetHighColor(colors.barQuietText);
     const std::string both = load.empty() ? voices : voices + "  ·  " + load;
     DrawString(both,

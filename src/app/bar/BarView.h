@@ -22,7 +22,7 @@ class VexaView;
 /// with a mark where it has changed and what is worth knowing of it; the audio device, whose menu
 /// chooses it and the MIDI source; the voices and the share of the time that they take; the level;
 /// the button that records, and the one that silences. What a plug-in's host has is left out where
-/// one plays. Window thread.
+/// one plays, and what a narrow window has no room for. Window thread.
 class BarView : public BView {
   public:
     /// Makes the bar of the main view, which outlives it, as wide as the frame.
@@ -68,6 +68,7 @@ class BarView : public BView {
 
     BRect nameBox;
     BRect voicesBox;
+    bool voicesFit = true;
     std::string caption;
     std::string voices;
     std::string load;

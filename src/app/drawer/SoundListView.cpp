@@ -56,7 +56,7 @@ void SoundListView::SetRows(SoundList next) {
     const std::filesystem::path before = cursor < rows.size() ? rows[cursor]->path : loaded;
     const float place = cursor < rows.size() ? RowFrame(cursor).top : 0;
     rows = std::move(next);
-    hovered.reset();
+    Hover(std::nullopt);
     cursor = 0;
     for (std::size_t i = 0; i < rows.size(); i++) {
         if (rows[i]->path == before) {

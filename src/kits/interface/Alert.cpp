@@ -3,6 +3,7 @@
 
 #include "kits/application/Interrupt.h"
 #include "kits/interface/backends/ViewWidget.h"
+#include "kits/interface/backends/WindowWidget.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -27,6 +28,18 @@ constexpr QMessageBox::Icon kIcons[] = {QMessageBox::Information, QMessageBox::W
 /// Lines of details that need no box of their own.
 constexpr std::ptrdiff_t kShortDetails = 6;
 
+/// The window that an alert stays above: the active one or, as at the start none is yet, one that
+/// is shown. Null where there is none.
+QWidget* WindowBelow() {
+    if (QWidget* active = QApplication::activeWindow())
+        return active;
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (widget->isVisible() && dynamic_cast<kits::WindowWidget*>(widget))
+            return widget;
+    }
+    return nullptr;
+}
+
 } // namespace
 
 BAlert::BAlert(const char* title, const char* text, const char* button1, const char* button2,
@@ -49,7 +62,7 @@ struct BAlert::Box {
 };
 
 BAlert::Box BAlert::MakeBox() const {
-    auto box = std::make_unique<QMessageBox>(QApplication::activeWindow());
+    auto box = std::make_unique<QMessageBox>(WindowBelow());
     box->setWindowTitle(kits::ToQt(title));
     box->setIcon(kIcons[type]);
     // What a compiler or a file says is not markup.

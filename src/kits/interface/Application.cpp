@@ -131,6 +131,11 @@ class Toolkit {
         const std::string name = ProgramFile().stem();
         QApplication::setWindowIcon(
             QIcon(QString::fromStdString(ContentFolder() / (name + "-icon.png"))));
+        QObject::connect(&poll, &QTimer::timeout, [] {
+            if (Interrupt::Pending())
+                QCoreApplication::exit();
+        });
+        poll.start(kSignalInterval);
     }
     ~Toolkit() {
         MessageQueue::Instance().SetWake(nullptr);
@@ -145,13 +150,6 @@ class Toolkit {
     }
 
     void Run() {
-        const Interrupt interrupt;
-        QTimer poll;
-        QObject::connect(&poll, &QTimer::timeout, [&] {
-            if (interrupt.Requested())
-                QCoreApplication::exit();
-        });
-        poll.start(kSignalInterval);
         const auto deliver = [] { MessageQueue::Instance().Deliver(); };
         MessageQueue::Instance().SetWake([this, deliver] {
             QMetaObject::invokeMethod(&application, deliver, Qt::QueuedConnection);
@@ -167,6 +165,7 @@ class Toolkit {
     char name[5] = "vexa";
     char* arguments[2] = {name, nullptr};
     GuardedApplication application;
+    QTimer poll;
 };
 
 } // namespace kits

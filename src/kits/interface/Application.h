@@ -29,8 +29,8 @@ class BApplication : public BLooper {
     /// Windows that are still open go.
     ~BApplication() override;
 
-    /// Delivers events and messages until B_QUIT_REQUESTED is posted. A signal that asks the
-    /// program to end (SIGINT, SIGTERM, SIGHUP) does the same.
+    /// Delivers events and messages until B_QUIT_REQUESTED is posted. A signal that a
+    /// kits::Interrupt has noted does the same.
     void Run();
 
     /// B_QUIT_REQUESTED ends Run.

@@ -83,6 +83,8 @@ class BFilePanel : private kits::FilePanelOwner {
     /// Save mode: whether to replace a file is asked only while that folder is shown, for a target
     /// that saves there whatever is shown.
     void AskOnlyIn(const std::filesystem::path& folder) { askOnlyIn = folder; }
+    /// Save mode: a name that ends otherwise gets that ending, unless there is a file of that name.
+    void SetEnding(const std::string& next) { ending = next; }
 
     /// Shows the panel on the current desktop, with the folder read anew.
     void Show();
@@ -96,6 +98,7 @@ class BFilePanel : private kits::FilePanelOwner {
 
   private:
     bool AsksIn(const std::filesystem::path& folder) const override;
+    const std::string& Ending() const override { return ending; }
     BMessage NewResult() const override { return message; }
     bool Deliver(BMessage result) override;
     void WindowGone() override { window = nullptr; }
@@ -106,6 +109,7 @@ class BFilePanel : private kits::FilePanelOwner {
     bool hideWhenDone;
     /// The folder in which a person is asked before a file is replaced; empty means every folder.
     std::filesystem::path askOnlyIn;
+    std::string ending;
     kits::FilePanelWindow* window;
     std::vector<entry_ref> refs;
     std::size_t next = 0;

@@ -6,6 +6,7 @@
 #include "kits/support/Message.h"
 
 #include <filesystem>
+#include <string>
 
 struct stat;
 
@@ -32,6 +33,8 @@ class FilePanelOwner {
     virtual ~FilePanelOwner() = default;
     /// True where a person is to be asked before a file in that folder is replaced.
     virtual bool AsksIn(const std::filesystem::path& folder) const = 0;
+    /// What a name that is saved ends with; empty for any.
+    virtual const std::string& Ending() const = 0;
     /// A result without what the person has chosen.
     virtual BMessage NewResult() const = 0;
     /// Takes a whole result, upon which the owner may go. Returns whether the window hides now.

@@ -259,6 +259,7 @@ void BMenuField::ShowTitle() {
     const QString text = kits::ToQt(title);
     button->setText(QFontMetrics(button->font()).elidedText(text, Qt::ElideRight, int(room) + 1));
     button->setToolTip(font.StringWidth(title) > room ? text : QString());
+    button->setAccessibleDescription(text == button->accessibleName() ? QString() : text);
 }
 
 BMenuBar::BMenuBar(BRect frame, const char* name, uint32 resizingMode, menu_layout, bool)

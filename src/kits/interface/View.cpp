@@ -7,6 +7,7 @@
 
 #include <QAccessible>
 #include <QTextDocument>
+#include <algorithm>
 #include <cmath>
 
 BView::BView(BRect frame, const char* name, uint32 resizingMode, uint32 flags)
@@ -319,12 +320,30 @@ void BView::StrokeArc(BPoint center, float radius, float from, float sweep, floa
                      static_cast<int>(std::lround(sweep * 16)));
 }
 
+namespace {
+
+/// The fourth byte of a pixel does not count in a picture without alpha. But Qt draws it too, and a
+/// window that can be transparent, as Wayland's can, becomes so.
+QImage Opaque(const QImage& image) {
+    if (image.format() != QImage::Format_RGB32)
+        return image;
+    QImage opaque = image.copy();
+    for (int y = 0; y < opaque.height(); y++) {
+        auto* line = reinterpret_cast<QRgb*>(opaque.scanLine(y));
+        std::transform(line, line + opaque.width(), line,
+                       [](QRgb pixel) { return pixel | 0xff000000U; });
+    }
+    return opaque;
+}
+
+} // namespace
+
 void BView::DrawBitmap(const BBitmap* bitmap, BRect destination, bool inBlocks) {
     QPainter* painter = widget->Painter();
     if (!painter || !bitmap || !bitmap->IsValid())
         return;
     const bool dense = widget->devicePixelRatioF() > 1 && bitmap->Dense();
-    const QImage image = kits::ToQt(dense ? *bitmap->Dense() : *bitmap);
+    const QImage image = Opaque(kits::ToQt(dense ? *bitmap->Dense() : *bitmap));
     const QRect place = kits::ToQt(destination);
     const QSize size = (QSizeF(place.size()) * widget->devicePixelRatioF()).toSize();
     painter->setRenderHint(QPainter::SmoothPixmapTransform,

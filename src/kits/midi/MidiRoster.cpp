@@ -3,6 +3,25 @@
 
 #include "kits/midi/MidiSystems.h"
 
+#include <string_view>
+
+namespace {
+
+/// Leaves out the address at the end by which ALSA's sequencer tells sources apart, as in
+/// "Keys:Keys MIDI 1 20:0": it follows the order in which devices were plugged in.
+std::string_view WithoutAddress(std::string_view name) {
+    constexpr const char* kDigits = "0123456789";
+    const auto colon = name.find_last_not_of(kDigits);
+    if (colon == name.npos || colon + 1 == name.size() || name[colon] != ':')
+        return name;
+    const auto blank = name.find_last_not_of(kDigits, colon - 1);
+    if (blank == name.npos || blank + 1 == colon || name[blank] != ' ')
+        return name;
+    return name.substr(0, blank);
+}
+
+} // namespace
+
 void BMidiProducer::Release() {
     delete this;
 }
@@ -47,8 +66,13 @@ BMidiProducer* BMidiRoster::FindProducer(int32 id) {
 }
 
 BMidiProducer* BMidiRoster::FindProducer(const std::string& name) {
-    for (const auto& [number, source] : systems->Sources()) {
+    const auto sources = systems->Sources();
+    for (const auto& [number, source] : sources) {
         if (source.name == name)
+            return new BMidiProducer(source.name, number);
+    }
+    for (const auto& [number, source] : sources) {
+        if (WithoutAddress(source.name) == WithoutAddress(name))
             return new BMidiProducer(source.name, number);
     }
     return nullptr;

@@ -56,6 +56,8 @@ class BMidiRoster {
     BMidiProducer* NextProducer(int32* id);
     /// Returns the source of that number, or null if there is none. The caller releases it.
     BMidiProducer* FindProducer(int32 id);
+    /// Returns the source of that name or, where there is none, the first that differs from it by
+    /// nothing but ALSA's address at the end; null if there is neither. The caller releases it.
     BMidiProducer* FindProducer(const std::string& name);
 
   private:

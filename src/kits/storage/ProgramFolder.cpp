@@ -24,7 +24,6 @@ constexpr const char* kFolders[] = {"functions", "sounds", "samples", "pictures"
 constexpr const char* kList = "shipped-content";
 /// The content of an installed program, as a path from its folder.
 constexpr const char* kInstalledContent = KITS_INSTALLED_CONTENT;
-constexpr const char* kDocumentEnding = ".xml";
 /// Nothing that comes with the program is larger (scripts/shipped-content.py), in bytes.
 constexpr std::uintmax_t kLargest = 1 << 20;
 

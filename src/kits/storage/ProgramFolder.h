@@ -17,6 +17,9 @@ std::filesystem::path ProgramFile();
 /// that the installation has put content into (share/vexa/shipped beside bin, cmake/Install.cmake).
 std::filesystem::path ContentFolder();
 
+/// How the names of documents end. Files with another ending are no documents by themselves.
+constexpr const char* kDocumentEnding = ".xml";
+
 /// The two places of functions/, sounds/, samples/ and pictures/: what a person makes is in his own
 /// folder, what came with the program is read from the program's. A name of the person's stands
 /// before the same name of the program's, unless his file is no more than a copy of it in some

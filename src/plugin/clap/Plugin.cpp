@@ -151,9 +151,9 @@ clap_process_status Plugin::Process(const clap_process& process) noexcept {
     }
     renderTo(count);
     TellEnded(process.out_events, last);
-    if (const uint32_t latency = Latency(); latency != told && latency != asked) {
-        asked = latency;
-        host.request_callback(&host);
+    if (const uint32_t latency = Latency(); std::exchange(asked, latency) != latency) {
+        if (latency != told)
+            host.request_callback(&host);
     }
     const bool isQuiet = !left || !right || (IsQuiet(left, count) && IsQuiet(right, count));
     quiet = isQuiet && instrument.Audio().consumer.IsSilent() ? quiet + count : 0;

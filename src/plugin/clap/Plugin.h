@@ -57,7 +57,8 @@ class Plugin {
     clap_plugin face;
     std::array<std::atomic<double>, kControls> knobs;
     std::atomic<bool> active{false};
-    /// The latency that the host knows; on the audio thread, that it is being told another.
+    /// The latency that the host knows; on the audio thread, that of the last block, for which it
+    /// has been asked to come where that is another.
     std::atomic<uint32_t> told{0};
     uint32_t asked = 0;
     /// How many frames have passed since something was heard. Audio thread.

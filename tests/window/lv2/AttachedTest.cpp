@@ -24,11 +24,20 @@ namespace {
 using namespace vexa;
 
 constexpr const char* kBundle = VEXA_PROGRAM_FOLDER "/../lv2/vexa.lv2";
+const std::string kLibrary = std::string(kBundle) + "/vexa-ui.so";
 constexpr const char* kTitle = "Host";
 
 /// In the window, as elsewhere with the usual font.
 constexpr int kFieldX = 150, kFieldY = 367;
 constexpr int kAttachedPlane = 10, kPlaneTop = 51, kAttachedPlaneSize = 301;
+
+const LV2UI_Descriptor* Descriptor(void* library) {
+    if (!library)
+        throw std::runtime_error(::dlerror());
+    const auto entry = reinterpret_cast<const LV2UI_Descriptor* (*)(std::uint32_t)>(
+        ::dlsym(library, "lv2ui_descriptor"));
+    return entry(0);
+}
 
 /// A host with a window and the user interface in it.
 class Host {
@@ -44,12 +53,8 @@ class Host {
         ::xcb_map_window(server, window);
         ::xcb_flush(server);
 
-        library = ::dlopen((std::string(kBundle) + "/vexa-ui.so").c_str(), RTLD_NOW);
-        if (!library)
-            throw std::runtime_error(::dlerror());
-        const auto entry = reinterpret_cast<const LV2UI_Descriptor* (*)(std::uint32_t)>(
-            ::dlsym(library, "lv2ui_descriptor"));
-        descriptor = entry(0);
+        library = ::dlopen(kLibrary.c_str(), RTLD_NOW);
+        descriptor = Descriptor(library);
         idle = static_cast<const LV2UI_Idle_Interface*>(
             descriptor->extension_data(LV2_UI__idleInterface));
         LV2_Extension_Data_Feature access{[](const char*) -> const void* {
@@ -115,6 +120,20 @@ int Marks(const QImage& picture) {
             marks += qGreen(picture.pixel(x, y)) >= 200;
     }
     return marks;
+}
+
+TEST(AttachedWindow, IsNoneWhereThereIsNoServer) {
+    const test::EnvironmentVariable display("DISPLAY", "");
+    void* const library = ::dlopen(kLibrary.c_str(), RTLD_NOW);
+    const LV2UI_Descriptor* const descriptor = Descriptor(library);
+    LV2_Feature parent{LV2_UI__parent, reinterpret_cast<void*>(std::uintptr_t(1))};
+    const LV2_Feature* const features[] = {&parent, nullptr};
+    LV2UI_Widget widget = nullptr;
+    EXPECT_EQ(descriptor->instantiate(descriptor, "urn:vexa:instrument", kBundle, nullptr, nullptr,
+                                      &widget, features),
+              nullptr);
+    EXPECT_EQ(widget, nullptr);
+    ::dlclose(library);
 }
 
 TEST(AttachedWindow, EditsPlaysShowsOrbitsAndOutlivesNothing) {

@@ -175,6 +175,12 @@ class ViewInterface : public QAccessibleWidget, public Answers {
             return QString::fromStdString(thing.name);
         if (which == QAccessible::Value && !thing.description.empty())
             return QString::fromStdString(thing.description);
+        // The values that programs are told are numbers: words are a part of the description.
+        if (const BView* view = View(); view && which == QAccessible::Description) {
+            const std::string tip = view->ToolTip();
+            const bool both = !tip.empty() && !thing.description.empty();
+            return QString::fromStdString(thing.description + (both ? "\n" : "") + tip);
+        }
         return QAccessibleWidget::text(which);
     }
     int childCount() const override { return Parts() + QAccessibleWidget::childCount(); }

@@ -467,10 +467,13 @@ void FilePanelWindow::Confirm() {
 }
 
 void FilePanelWindow::ConfirmName() {
-    const std::string chosen = NameText();
+    std::error_code ignored;
+    std::string chosen = NameText();
+    if (!chosen.empty() && !chosen.ends_with(panel->Ending()) &&
+        !fs::exists(fs::symlink_status(folder / chosen, ignored)))
+        chosen += panel->Ending();
     if (const Result<void> checked = CheckFileName(chosen); !checked)
         return Complain(checked.Fault().text);
-    std::error_code ignored;
     const fs::path file = folder / chosen;
     if (fs::is_directory(file, ignored)) {
         if (Enter(file))

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/kernel/OS.h"
 #include "kits/media/backends/AudioDevice.h"
+#include "kits/media/backends/RtAudioLibrary.h"
 #include "kits/support/ClientName.h"
 
 #include <algorithm>
 #include <atomic>
 
 #include <alsa/asoundlib.h>
-#include <rtaudio/RtAudio.h>
 
 namespace kits {
 
@@ -34,13 +34,13 @@ RtAudio::Api QuietApiOf(AudioSystem system) {
 
 class RtAudioDevice : public AudioDevice {
   public:
-    /// Throws RtAudioError.
+    /// Throws a std::runtime_error.
     explicit RtAudioDevice(AudioSystem system) : audio(QuietApiOf(system)) {
         audio.showWarnings(false);
         const unsigned number = audio.getDeviceCount() > 0 ? audio.getDefaultOutputDevice() : 0;
         const RtAudio::DeviceInfo info = audio.getDeviceInfo(number);
-        if (!info.probed || info.outputChannels == 0)
-            throw RtAudioError("no output device", RtAudioError::NO_DEVICES_FOUND);
+        if (!rtaudio::Plays(info))
+            throw std::runtime_error("no output device");
         name = SystemName(system) + ": " + info.name;
         channels = std::min(info.outputChannels, kMostChannels);
         rate = info.preferredSampleRate > 0 ? info.preferredSampleRate : 48000;
@@ -51,8 +51,7 @@ class RtAudioDevice : public AudioDevice {
         RtAudio::StreamOptions options;
         options.flags = RTAUDIO_SCHEDULE_REALTIME | RTAUDIO_MINIMIZE_LATENCY;
         options.streamName = ClientName();
-        audio.openStream(&output, nullptr, RTAUDIO_FLOAT32, rate, &period, Callback, this, &options,
-                         TakeError);
+        rtaudio::Open(audio, output, rate, period, Callback, this, options, TakeError);
         left.resize(period);
         right.resize(period);
     }
@@ -73,9 +72,9 @@ class RtAudioDevice : public AudioDevice {
     Result<void> Start(AudioSource& from) override {
         source = &from;
         try {
-            audio.startStream();
-        } catch (const RtAudioError& fault) {
-            return Error{name + ": " + fault.getMessage()};
+            rtaudio::Start(audio);
+        } catch (const std::runtime_error& fault) {
+            return Error{name + ": " + fault.what()};
         }
         // With a callback for errors the library throws none.
         if (!audio.isStreamRunning())
@@ -87,7 +86,7 @@ class RtAudioDevice : public AudioDevice {
         try {
             if (audio.isStreamRunning())
                 audio.abortStream();
-        } catch (const RtAudioError&) {
+        } catch (const std::runtime_error&) {
             // The device has gone before us.
         }
     }
@@ -107,7 +106,7 @@ class RtAudioDevice : public AudioDevice {
 
     /// An error of the stream's thread is a device that takes no more samples, and to be left at
     /// once; a mere underrun is none.
-    static void TakeError(RtAudioError::Type, const std::string&) {
+    static void TakeError(rtaudio::ErrorType, const std::string&) {
         if (playing)
             playing->gone = true;
     }
@@ -152,8 +151,8 @@ thread_local RtAudioDevice* RtAudioDevice::playing = nullptr;
 Result<std::unique_ptr<AudioDevice>> OpenRtAudioDevice(AudioSystem system) {
     try {
         return {std::make_unique<RtAudioDevice>(system)};
-    } catch (const RtAudioError& fault) {
-        return Error{SystemName(system) + ": " + fault.getMessage()};
+    } catch (const std::runtime_error& fault) {
+        return Error{SystemName(system) + ": " + fault.what()};
     }
 }
 
@@ -162,12 +161,12 @@ std::vector<std::string> RtAudioDevices(AudioSystem system) {
     try {
         RtAudio audio(QuietApiOf(system));
         audio.showWarnings(false);
-        for (unsigned i = 0; i < audio.getDeviceCount(); i++) {
-            const RtAudio::DeviceInfo info = audio.getDeviceInfo(i);
-            if (info.probed && info.outputChannels > 0)
+        for (const unsigned number : rtaudio::Devices(audio)) {
+            const RtAudio::DeviceInfo info = audio.getDeviceInfo(number);
+            if (rtaudio::Plays(info))
                 names.push_back(SystemName(system) + ": " + info.name);
         }
-    } catch (const RtAudioError&) {
+    } catch (const std::runtime_error&) {
         // A system that is not there has no devices.
     }
     return names;

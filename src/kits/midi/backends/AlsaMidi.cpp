@@ -3,6 +3,7 @@
 #include "kits/midi/backends/MidiBackend.h"
 #include "kits/support/ClientName.h"
 
+#include <algorithm>
 #include <map>
 #include <mutex>
 
@@ -36,6 +37,7 @@ class AlsaMidi final : public MidiBackend {
             names.push_back(input->getPortName(i));
         std::erase_if(names,
                       [](const std::string& name) { return name.starts_with(ClientName() + ":"); });
+        EndThoseThatHaveGone(names);
         return names;
     }
 
@@ -82,6 +84,16 @@ class AlsaMidi final : public MidiBackend {
     }
 
   private:
+    /// RtMidi does not tell that a source has vanished: its client would wait for ever, and its
+    /// notes would sound as long.
+    void EndThoseThatHaveGone(const std::vector<std::string>& present) {
+        const auto gone = std::erase_if(connections, [&present](const auto& connection) {
+            return std::find(present.begin(), present.end(), connection.first) == present.end();
+        });
+        if (gone > 0)
+            sources.inlet->EndNotes();
+    }
+
     /// An inlet that several threads write, one after the other.
     struct Entrance {
         MidiThread::Inlet* inlet = nullptr;

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <exception>
 #include <memory>
+#include <stdexcept>
 #include <string>
 
 #include <lv2/data-access/data-access.h>
@@ -44,6 +45,10 @@ class Ui {
         if (const auto* access = Find<LV2_Extension_Data_Feature>(features, LV2_DATA_ACCESS_URI))
             plugin = static_cast<const WindowInterface*>(access->data_access(kWindowInterface));
         server = ::xcb_connect(nullptr, nullptr);
+        if (::xcb_connection_has_error(server) != 0) {
+            ::xcb_disconnect(server);
+            throw std::runtime_error("there is no X server to show the instrument on");
+        }
         MakeWindow();
         Begin();
     }

@@ -1,0 +1,119 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""Plays Vexa through ALSA while devices come and go: what scripts/check-alsa runs in a machine of its own.
+
+alsaguest.py VEXA, as root, where card 0 is snd-aloop's and card 1 snd-virmidi's."""
+import os
+import pathlib
+import subprocess
+import sys
+import time
+
+RATE = 48000
+SINE = """<vexasound><vexafunction><expression>x</expression></vexafunction>
+<dcxdt><env>0</env></dcxdt><dcydt><env>0</env></dcydt>
+<ax><env>1</env><envdata><envpoint t="0" val="1" fku="false"/><envpoint t="0.02" val="0" fku="true"/></envdata></ax>
+<ay><env>0</env></ay></vexasound>"""
+FOLDER = pathlib.Path("/run/vexa-alsa")
+LOG = FOLDER / "log"
+# A name without ALSA's address, which another boot may give to another device.
+KEYS = "Virtual Raw MIDI 1-0:VirMIDI 1-0"
+
+
+def wait_for(what, is_so, seconds=60):
+    end = time.monotonic() + seconds
+    while not is_so():
+        if time.monotonic() > end:
+            raise SystemExit(f"{what}: not after {seconds} s\n{LOG.read_text()}")
+        time.sleep(0.1)
+    print(what, flush=True)
+
+
+def says(text, times=1):
+    return LOG.read_text().count(text) >= times
+
+
+def is_connected():
+    return f"'{KEYS} " in subprocess.run(["aconnect", "-l"], capture_output=True, text=True, check=True).stdout
+
+
+def plug(driver, in_again):
+    path = pathlib.Path(f"/sys/bus/platform/drivers/{driver}/{'bind' if in_again else 'unbind'}")
+    path.write_text(f"{driver}.0")
+
+
+class Ear:
+    """Records what the card plays."""
+
+    def __init__(self):
+        self.path = FOLDER / "heard"
+        self.path.write_bytes(b"")
+        self.process = subprocess.Popen(["arecord", "-q", "-D", "hw:0,1", "-t", "raw", "-f", "S32_LE", "-r", str(RATE),
+                                         "-c", "2", self.path])
+
+    def loud(self):
+        """Whether a note sounds: a sample of the half second to come is a hundredth of full scale or more."""
+        start = self.path.stat().st_size
+        start -= start % 8
+        end = start + RATE // 2 * 8
+        while self.path.stat().st_size < end:
+            time.sleep(0.05)
+        heard = memoryview(self.path.read_bytes()[start:end]).cast("i")
+        return any(abs(sample) > 2**31 / 100 for sample in heard)
+
+    def close(self):
+        self.process.kill()
+        self.process.wait()
+
+
+def strike(ear):
+    """Holds a key; struck anew, as a machine that is played by another may cost a note its voice."""
+    with open("/dev/snd/midiC1D0", "wb", buffering=0) as keys:
+        def is_heard():
+            keys.write(bytes([0x90, 69, 100]))
+            return ear.loud()
+        wait_for("a key is heard", is_heard)
+
+
+def main():
+    FOLDER.mkdir()
+    sound = FOLDER / "sine.xml"
+    sound.write_text(SINE)
+    with open(LOG, "w") as log:
+        vexa = subprocess.Popen([sys.argv[1], "--no-window", "--oversample", "1", "--sound", sound, "--midi", KEYS],
+                                env=os.environ | {"VEXA_TRACE": "1"}, stdout=log, stderr=log)
+    wait_for("it plays through ALSA", lambda: says("playing through ALSA"))
+    wait_for("the keys are connected", is_connected)
+    ear = Ear()
+    strike(ear)
+
+    # What is silent because a voice was dropped tells nothing.
+    def dropped():
+        return LOG.read_text().count("ReduceVoxByOne")
+    tells = False
+    while not tells:
+        before = dropped()
+        plug("snd_virmidi", False)
+        wait_for("without them the note ends", lambda: not ear.loud(), 5)
+        tells = dropped() == before
+        plug("snd_virmidi", True)
+        wait_for("they are connected again", is_connected)
+        strike(ear)
+
+    ear.close()
+    plug("snd_aloop", False)
+    wait_for("the card is missed", lambda: says("the audio device has disappeared"))
+    plug("snd_aloop", True)
+    wait_for("the card is played through again", lambda: says("playing through ALSA", 2))
+    ear = Ear()
+    strike(ear)
+    ear.close()
+
+    vexa.terminate()
+    code = vexa.wait()
+    print(LOG.read_text().splitlines()[-1])
+    if code != 0:
+        raise SystemExit(f"Vexa ends with {code}")
+
+
+main()

@@ -36,7 +36,7 @@ class RtAudioDevice : public AudioDevice {
   public:
     /// Throws a std::runtime_error.
     explicit RtAudioDevice(AudioSystem system) : audio(QuietApiOf(system)) {
-        audio.showWarnings(false);
+        rtaudio::Hush(audio);
         const unsigned number = audio.getDeviceCount() > 0 ? audio.getDefaultOutputDevice() : 0;
         const RtAudio::DeviceInfo info = audio.getDeviceInfo(number);
         if (!rtaudio::Plays(info))
@@ -160,7 +160,7 @@ std::vector<std::string> RtAudioDevices(AudioSystem system) {
     std::vector<std::string> names;
     try {
         RtAudio audio(QuietApiOf(system));
-        audio.showWarnings(false);
+        rtaudio::Hush(audio);
         for (const unsigned number : rtaudio::Devices(audio)) {
             const RtAudio::DeviceInfo info = audio.getDeviceInfo(number);
             if (rtaudio::Plays(info))

@@ -17,6 +17,11 @@ namespace kits::rtaudio {
 
 using ErrorType = RtAudioErrorType;
 
+/// Keeps the library from writing to standard error.
+inline void Hush(RtAudio& audio) {
+    audio.setErrorCallback([](ErrorType, const std::string&) {});
+}
+
 inline std::vector<unsigned> Devices(RtAudio& audio) {
     return audio.getDeviceIds();
 }
@@ -34,6 +39,10 @@ inline void Check(RtAudio& audio, ErrorType error) {
 #else
 
 using ErrorType = RtAudioError::Type;
+
+inline void Hush(RtAudio& audio) {
+    audio.showWarnings(false);
+}
 
 inline std::vector<unsigned> Devices(RtAudio& audio) {
     std::vector<unsigned> devices(audio.getDeviceCount());
@@ -54,8 +63,6 @@ inline void Open(RtAudio& audio, RtAudio::StreamParameters output, unsigned rate
                  void (*takeError)(ErrorType, const std::string&)) {
 #ifdef RTAUDIO_VERSION_MAJOR
     audio.setErrorCallback(takeError);
-    // What ends a stream is a warning to the library.
-    audio.showWarnings(true);
     Check(audio, audio.openStream(&output, nullptr, RTAUDIO_FLOAT32, rate, &period, callback, user,
                                   &options));
 #else

@@ -123,8 +123,9 @@ function(vexa_loops library name)
         vexa_fast(${target})
         target_compile_definitions(${target} PRIVATE VEXA_LOOPS_TABLE=k${set}${name} VEXA_LOOPS_NAME="${set}"
             VEXA_LOOPS_SET=${set})
-        # What is given up is errno and the floating-point exception flags, which nobody reads.
-        target_compile_options(${target} PRIVATE -fno-math-errno -fno-trapping-math ${loops_of_${set}})
+        # What is given up is errno and the floating-point exception flags, which nobody reads. How vectors are passed
+        # has changed long ago, and no two compilers meet here.
+        target_compile_options(${target} PRIVATE -fno-math-errno -fno-trapping-math -Wno-psabi ${loops_of_${set}})
         target_sources(${library} PRIVATE $<TARGET_OBJECTS:${target}>)
     endforeach()
 endfunction()

@@ -327,10 +327,10 @@ namespace {
 QImage Opaque(const QImage& image) {
     if (image.format() != QImage::Format_RGB32)
         return image;
-    QImage opaque = image.copy();
-    for (int y = 0; y < opaque.height(); y++) {
-        auto* line = reinterpret_cast<QRgb*>(opaque.scanLine(y));
-        std::transform(line, line + opaque.width(), line,
+    QImage opaque(image.size(), QImage::Format_RGB32);
+    for (int y = 0; y < image.height(); y++) {
+        const auto* from = reinterpret_cast<const QRgb*>(image.constScanLine(y));
+        std::transform(from, from + image.width(), reinterpret_cast<QRgb*>(opaque.scanLine(y)),
                        [](QRgb pixel) { return pixel | 0xff000000U; });
     }
     return opaque;

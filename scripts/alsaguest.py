@@ -34,7 +34,8 @@ def says(text, times=1):
 
 
 def is_connected():
-    return f"'{KEYS} " in subprocess.run(["aconnect", "-l"], capture_output=True, text=True, check=True).stdout
+    # Nothing else is connected there.
+    return "Connecting To" in subprocess.run(["aconnect", "-l"], capture_output=True, text=True, check=True).stdout
 
 
 def plug(driver, in_again):
@@ -99,6 +100,11 @@ def main():
         plug("snd_virmidi", True)
         wait_for("they are connected again", is_connected)
         strike(ear)
+    # Back before anybody has looked.
+    plug("snd_virmidi", False)
+    plug("snd_virmidi", True)
+    wait_for("they are connected though they were away for a moment only", is_connected)
+    strike(ear)
 
     ear.close()
     plug("snd_aloop", False)

@@ -7,6 +7,7 @@
 #include <map>
 #include <mutex>
 
+#include <alsa/asoundlib.h>
 #include <rtmidi/RtMidi.h>
 #include <unistd.h>
 
@@ -23,6 +24,44 @@ std::unique_ptr<RtMidiIn> OpenClient() {
     midi->ignoreTypes(false, false, false);
     return midi;
 }
+
+/// Asks ALSA's sequencer what RtMidi does not tell.
+class Sequencer {
+  public:
+    Sequencer() {
+        if (::snd_seq_open(&handle, "default", SND_SEQ_OPEN_OUTPUT, 0) < 0)
+            handle = nullptr;
+    }
+    ~Sequencer() {
+        if (handle)
+            ::snd_seq_close(handle);
+    }
+    Sequencer(const Sequencer&) = delete;
+    Sequencer& operator=(const Sequencer&) = delete;
+
+    /// True where a port of this process with that name takes from nobody.
+    bool IsUnused(const std::string& name) const {
+        snd_seq_client_info_t* client = nullptr;
+        snd_seq_port_info_t* port = nullptr;
+        snd_seq_client_info_alloca(&client);
+        snd_seq_port_info_alloca(&port);
+        ::snd_seq_client_info_set_client(client, -1);
+        while (handle && ::snd_seq_query_next_client(handle, client) >= 0) {
+            if (::snd_seq_client_info_get_pid(client) != ::getpid())
+                continue;
+            ::snd_seq_port_info_set_client(port, ::snd_seq_client_info_get_client(client));
+            ::snd_seq_port_info_set_port(port, -1);
+            while (::snd_seq_query_next_port(handle, port) >= 0) {
+                if (name == ::snd_seq_port_info_get_name(port))
+                    return ::snd_seq_port_info_get_write_use(port) == 0;
+            }
+        }
+        return false;
+    }
+
+  private:
+    snd_seq_t* handle = nullptr;
+};
 
 /// Bytes come in RtMidi's own thread, one per client; the clients that share an inlet write it
 /// under a lock that only these threads take.
@@ -85,10 +124,14 @@ class AlsaMidi final : public MidiBackend {
 
   private:
     /// RtMidi does not tell that a source has vanished: its client would wait for ever, and its
-    /// notes would sound as long.
-    void EndThoseThatHaveGone(const std::vector<std::string>& present) {
+    /// notes would sound as long. One that is back already is left out of `present`, so that it
+    /// comes anew.
+    void EndThoseThatHaveGone(std::vector<std::string>& present) {
+        std::erase_if(present, [this](const std::string& name) {
+            return connections.contains(name) && sequencer.IsUnused(name);
+        });
         const auto gone = std::erase_if(connections, [&present](const auto& connection) {
-            return std::find(present.begin(), present.end(), connection.first) == present.end();
+            return std::ranges::find(present, connection.first) == present.end();
         });
         if (gone > 0)
             sources.inlet->EndNotes();
@@ -108,6 +151,7 @@ class AlsaMidi final : public MidiBackend {
 
     Entrance port;
     Entrance sources;
+    Sequencer sequencer;
     std::unique_ptr<RtMidiIn> input;
     std::map<std::string, std::unique_ptr<RtMidiIn>> connections;
 };

@@ -51,6 +51,29 @@ install_packages() {
         fail "could not install ${missing[*]}"
 }
 
+# download_packages FOLDER PACKAGE...: these packages into the folder, by the package lists of the
+# system, or where it has none by lists of our own.
+download_packages() (
+    cd "$1" || exit
+    apt-get download -q "${@:2}" && exit
+    mkdir -p lists/partial archives/partial
+    own=(-o "Dir::State::lists=$1/lists" -o "Dir::Cache=$1" -o "APT::Sandbox::User=$(id -un)")
+    apt-get "${own[@]}" -q update && apt-get "${own[@]}" download -q "${@:2}"
+)
+
+# unpack_once FOLDER COMMAND...: unless the folder is there, runs the command with an empty folder as
+# its last argument, and unpacks the packages that it leaves there.
+unpack_once() (
+    [[ ! -d $1 ]] || exit 0
+    mkdir -p "$(dirname "$1")" && work=$(mktemp -d "$1.XXXXXX") || exit
+    trap 'rm -rf "$work"' EXIT
+    "${@:2}" "$work" >&2 || exit
+    mkdir "$work/unpacked"
+    find "$work" -name '*.deb' -print0 | xargs -0 -n 1 sh -c 'dpkg -x "$1" "$0"' "$work/unpacked" || exit
+    # As a whole or not at all; another one may have been faster.
+    mv -T "$work/unpacked" "$1" || [[ -d $1 ]]
+)
+
 # configure PRESET: configures the build of a preset, unless it is. Ninja itself configures anew when
 # a CMake file has changed.
 configure() {

@@ -36,6 +36,9 @@ constexpr float kEditorHeight = 92;
 /// Between the view's edges and what it holds.
 constexpr float kViewMargin = 10;
 
+constexpr const char* kDeviceGone =
+    "The audio device has disappeared; there is no sound until it is back.";
+
 BAlert* NewErrorAlert(const std::string& text, const std::string& details = "") {
     auto* alert =
         new BAlert("Error", text.c_str(), "Ok", nullptr, nullptr, B_WIDTH_AS_USUAL, B_STOP_ALERT);
@@ -364,12 +367,12 @@ void VexaView::WatchSound() {
         break;
     case AudioGraph::DeviceNews::Gone:
         // Sound and MIDI sources come back whether somebody is there to read it or not.
-        NewErrorAlert("The audio device has disappeared; there is no sound until it is back.")
-            ->Show();
+        NewErrorAlert(kDeviceGone)->Show();
         break;
     case AudioGraph::DeviceNews::There:
         std::fprintf(stderr, "vexa: the audio device is there; playing through %s\n",
                      graph->DeviceName().c_str());
+        BAlert::Withdraw(kDeviceGone);
         ShowSound();
         break;
     }

@@ -333,7 +333,9 @@ class VexaView : public BView {
     bool Save(const std::string& name, const char* folder, const Writer& write);
     std::string TextOf(FieldId field) const;
     bool MayGiveUpLeft(const std::function<void()>& then);
+    void Enter(BTextControl& field);
     void EnterTyped();
+    void KeepTyped();
     void ConnectChosenSource();
 
     // Undo and redo.

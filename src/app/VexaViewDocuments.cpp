@@ -6,6 +6,7 @@
 #include "documents/FunctionDocument.h"
 #include "documents/SoundDocument.h"
 #include "functions/FunctionCost.h"
+#include "instrument/PlayableFormula.h"
 #include "instrument/Programs.h"
 #include "instrument/SoundParts.h"
 #include "kits/interface/Alert.h"
@@ -81,15 +82,27 @@ void VexaView::EnterNow(FieldId field, uint32 code, const std::string& text) {
     MessageReceived(&message);
 }
 
-/// What is typed in the fields takes effect at once, as if a person had confirmed it.
+/// What is typed in the field takes effect at once, as if a person had confirmed it.
+void VexaView::Enter(BTextControl& field) {
+    field.SetText(std::string(field.Text()).c_str());
+    BMessage message = *field.Message();
+    MessageReceived(&message);
+}
+
+/// The same for all fields in which something is typed.
 void VexaView::EnterTyped() {
     for (BTextControl* field : fields) {
-        if (!field->IsEdited())
-            continue;
-        field->SetText(std::string(field->Text()).c_str());
-        BMessage message = *field->Message();
-        MessageReceived(&message);
+        if (field->IsEdited())
+            Enter(*field);
     }
+}
+
+/// An expression that is right but not confirmed yet is entered before another sound takes its
+/// field: what has been left can be undone to, and is asked about at the end.
+void VexaView::KeepTyped() {
+    BTextControl& field = Field(FunctionField::Expression);
+    if (field.IsEdited() && ReadPlayable(field.Text()).formula)
+        Enter(field);
 }
 
 Function VexaView::ConstructFunction() const {
@@ -164,6 +177,7 @@ void VexaView::InterpretSound(const Sound& sound) {
 
 /// Loads a sound, which is one step, called so; the sound is that of a file then.
 void VexaView::LoadAs(const Sound& sound, const std::string& name, const std::string& step) {
+    KeepTyped();
     NoteSteps();
     const Busy now(busy);
     InterpretSound(sound);

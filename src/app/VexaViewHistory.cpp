@@ -122,6 +122,7 @@ void VexaView::MutateSound() {
 }
 
 void VexaView::MutateSound(uint64 seed) {
+    KeepTyped();
     FollowMacros();
     const Sound before = ConfirmedSound();
     Sound next = Mutate(before, playing, seed);
@@ -146,6 +147,7 @@ void VexaView::OpenOtherSlot() {
 }
 
 void VexaView::SwitchAB() {
+    KeepTyped();
     OpenOtherSlot();
     slot = 1 - slot;
     comparedAt.reset();

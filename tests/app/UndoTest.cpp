@@ -322,6 +322,33 @@ TEST_F(UndoTest, EachSlotHasItsOwnSoundAndSteps) {
     EXPECT_EQ(alerts.texts.size(), 2U);
 }
 
+/// Another sound may be chosen before Enter was pressed.
+TEST_F(UndoTest, AFormulaThatIsTypedIsNotLostToAnotherSound) {
+    Open();
+    const auto type = [&](const char* text) { Field("Fxy").Type(text); };
+    type("0.5*sin(3*x)");
+    view->LoadSound(In("sounds/bell.xml"));
+    view->Undo();
+    EXPECT_EQ(Text("Fxy"), "0.5*sin(3*x)");
+    EXPECT_EQ(view->SoundName(), "default");
+    EXPECT_EQ(view->UndoName(), "formula");
+    type("0.25*x");
+    view->SwitchAB();
+    view->SwitchAB();
+    EXPECT_EQ(Text("Fxy"), "0.25*x");
+    type("0.75*x");
+    view->MutateSound(1);
+    view->Undo();
+    EXPECT_EQ(Text("Fxy"), "0.75*x");
+    EXPECT_NEAR(Plays(1, 0), 0.75, 1e-6);
+    // One that is wrong would only be complained of.
+    type("0.75*");
+    view->LoadSound(In("sounds/bell.xml"));
+    EXPECT_TRUE(alerts.texts.empty());
+    view->Undo();
+    EXPECT_EQ(Text("Fxy"), "0.75*x");
+}
+
 /// Choosing from the list asks nothing, as Undo goes back; closing does, as it does not.
 TEST_F(UndoTest, ClosingAsksAboutWhatWasLeftForAnotherSound) {
     Open();

@@ -40,6 +40,21 @@ QWidget* WindowBelow() {
     return nullptr;
 }
 
+/// What Show shows of this text; null where nothing is.
+QMessageBox* ShownBox(const QString& text) {
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        auto* shown = dynamic_cast<QMessageBox*>(widget);
+        if (shown && shown->isVisible() && shown->text() == text)
+            return shown;
+    }
+    return nullptr;
+}
+
+/// An alert's text as its box has it.
+QString BoxText(const std::string& text) {
+    return kits::ToQt(text).trimmed();
+}
+
 } // namespace
 
 BAlert::BAlert(const char* title, const char* text, const char* button1, const char* button2,
@@ -67,7 +82,7 @@ BAlert::Box BAlert::MakeBox() const {
     box->setIcon(kIcons[type]);
     // What a compiler or a file says is not markup.
     box->setTextFormat(Qt::PlainText);
-    box->setText(kits::ToQt(text).trimmed());
+    box->setText(BoxText(text));
     if (std::count(details.begin(), details.end(), '\n') < kShortDetails) {
         box->setInformativeText(kits::ToQt(details));
         // The box sets the format of its first text only.
@@ -119,14 +134,14 @@ void BAlert::Show() {
         responder(*this);
         return;
     }
+    if (ShownBox(BoxText(text)))
+        return;
     QMessageBox* box = MakeBox().box.release();
-    for (const QWidget* widget : QApplication::topLevelWidgets()) {
-        const auto* shown = dynamic_cast<const QMessageBox*>(widget);
-        if (shown && shown->isVisible() && shown->text() == box->text()) {
-            delete box;
-            return;
-        }
-    }
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->open();
+}
+
+void BAlert::Withdraw(const std::string& text) {
+    if (QMessageBox* box = ShownBox(BoxText(text)))
+        box->close();
 }

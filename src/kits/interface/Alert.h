@@ -40,6 +40,8 @@ class BAlert {
     /// Shows the alert and returns; nothing waits for the answer. Nothing is shown while one of the
     /// same text is.
     void Show();
+    /// Closes what Show has shown of this text, as what it says holds no longer.
+    static void Withdraw(const std::string& text);
 
     /// Answers alerts in a person's stead, from now on; an empty function gives them back.
     using Responder = std::function<int32(const BAlert&)>;

@@ -182,6 +182,8 @@ void BarView::Refresh() {
     ShowDevice();
     meter->Listen(!IsHidden());
     meter->Refresh();
+    if (recorder && recorder->HasEnded())
+        ToggleRecording();
 }
 
 void BarView::ShowSteps() {

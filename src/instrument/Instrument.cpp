@@ -34,9 +34,9 @@ std::optional<std::filesystem::path> FileOf(const Function& function,
 
 Instrument::Instrument(kits::ProgramFolders programFolders, Addons addons, SoundsSay* apart)
     : folders(std::move(programFolders)),
+      isApart(apart),
       addons(addons),
       thread(folders),
-      isApart(apart),
       saidPlaying(apart ? apart->playing : engine.playing),
       saidMacros(apart ? apart->macros : engine.macros) {}
 

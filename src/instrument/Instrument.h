@@ -171,25 +171,25 @@ class Instrument {
     bool Wind(const std::string& frequency);
     void Install(const PlaneFunction& f);
 
+    Engine engine;
     const kits::ProgramFolders folders;
-    const Addons addons;
     std::string user = kDefaultAuthor;
     Sound sound;
     uint64 changes = 0;
     bool replaces = false;
+    const bool isApart;
     /// The values of the macros that the sound's texts say.
     std::array<float, kMacros> toldMacros{kInitialMacro, kInitialMacro, kInitialMacro,
                                           kInitialMacro};
     PlayingTexts preferred;
     std::optional<int32> chosenVoices;
     int32 usualVoices = 1;
+    const Addons addons;
     /// The last one that was loaded.
     std::optional<LoadedSample> sample;
     Winding winding;
     Watcher watcher;
     AddonThread thread;
-    Engine engine;
-    const bool isApart;
     vexa::Playing& saidPlaying;
     Macros& saidMacros;
     /// Where the sample or picture that plays was read from.

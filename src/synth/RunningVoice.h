@@ -23,6 +23,8 @@ struct RunningVoice {
     uint32 notes = 0, tunes = 0;
     bool sounds = false;
     bool released = false;
+    /// It has been taken for ended, and the time that the function hears stands.
+    bool stopped = false;
     float vel = 0, key = 0, freq = 0;
     /// Where what sounds has come to another channel, by a legato key or by a note that goes on
     /// from it, its volume goes from what it was, which is `before`, to that of the channel as
@@ -36,10 +38,8 @@ struct RunningVoice {
     PitchRamp glide, bend;
     /// Seconds since note-on or, once released, since note-off.
     double t = 0;
-    /// The samples since note-on; they go on after the release, but where the note has been taken
-    /// for ended (`stopped`).
+    /// The samples since note-on; they go on after the release, but where it is `stopped`.
     std::size_t age = 0;
-    bool stopped = false;
     /// The orbit's centre.
     double cx = 0, cy = 0;
     Oscillator x, y;
@@ -60,22 +60,23 @@ struct RunningVoice {
     /// True where at the end of the last cell the note's point had come to a stand for good
     /// (VoiceMotion::Stands).
     bool stands = false;
-    /// What the function gave at the end of the last cell while the point stood, whether it has
-    /// moved away since, and for how many samples up to that end it had not done so in any cell.
-    float level = 0;
-    bool stirs = false;
-    std::size_t stillFor = 0;
     /// True where the filter had settled too: until something changes, each sample is filter.out.
     bool rests = false;
     /// True where nothing more will be heard of it, as long as nothing changes.
     bool over = false;
+    /// While the point stands: whether what the function gives has moved away since the end of the
+    /// last cell, what it was then, and for how many samples up to that end it had not moved in any
+    /// cell.
+    bool stirs = false;
+    float level = 0;
+    std::size_t stillFor = 0;
     /// It has been cut off and fades, for so many samples more.
-    bool ends = false;
     std::size_t left = 0;
-    /// The slot's count `expressed` when macros, tuning and gains were taken up.
-    uint32 expressed = 0;
+    bool ends = false;
     /// The gains are not simply 1.
     bool scaled = false;
+    /// The slot's count `expressed` when macros, tuning and gains were taken up.
+    uint32 expressed = 0;
     /// The tuning that a host gives the note, in semitones.
     double tuning = 0;
     /// The factors on what the left and the right ear hear.

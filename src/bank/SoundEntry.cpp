@@ -3,11 +3,17 @@
 
 #include "kits/text/FoldedText.h"
 
+#include <cstdint>
+#include <system_error>
 #include <utility>
 
 namespace vexa {
 
 namespace {
+
+/// In bytes. The tree of a document may take sixty times as much memory, and whatever lies where
+/// the sounds are is read without being asked for.
+constexpr std::uintmax_t kMostListed = std::uintmax_t{1} << 20;
 
 /// Words are searched for without the blanks between them, so those of a formula do not count.
 std::string WithoutBlanks(std::string text) {
@@ -52,7 +58,11 @@ ReadEntry ReadSoundEntry(const std::filesystem::path& path, bool own) {
     entry.path = path;
     entry.own = own;
     entry.name = path.stem();
-    kits::Result<Sound> sound = ReadSound(path);
+    std::error_code error;
+    const bool isLarge = std::filesystem::file_size(path, error) > kMostListed && !error;
+    kits::Result<Sound> sound =
+        isLarge ? kits::At({path.string()}, {"it is larger than 1 MB; open it from the menu"})
+                : ReadSound(path);
     if (sound) {
         Tell(*sound, entry);
         read.sound = *std::move(sound);

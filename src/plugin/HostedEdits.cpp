@@ -31,7 +31,15 @@ std::optional<HostedInstrument::Shown> HostedInstrument::Edit(const Shown& befor
 
 void HostedInstrument::PostMidi(const std::array<uint8, 3>& message) {
     const std::lock_guard lock(posting);
+    auto next = notesOn;
+    const uint8 kind = message[0] & 0xF0;
+    if (kind == 0x80 || kind == 0x90)
+        next[(message[0] & 15U) * 128 + (message[1] & 127U)] = kind == 0x90 && message[2] > 0;
+    // There is always room for the ends of all notes that are on.
+    if (posted.Writable() <= next.count())
+        return;
     posted.Write(&message, 1);
+    notesOn = next;
 }
 
 void HostedInstrument::PlayPosted() noexcept {

@@ -7,7 +7,7 @@
 namespace vexa {
 
 /// A person's own content, as the program `vexa` keeps it, before that of `content`, which comes
-/// with the plug-in.
+/// with the plug-in; that alone where the environment names no folder of the person's.
 kits::ProgramFolders HostedFolders(const std::filesystem::path& content);
 
 } // namespace vexa

@@ -12,6 +12,7 @@
 
 #include <array>
 #include <atomic>
+#include <bitset>
 #include <mutex>
 #include <optional>
 #include <span>
@@ -101,8 +102,9 @@ class HostedInstrument {
     /// Does what Instrument::Change does, from what a window was shown. Where the sound has become
     /// another one since it returns nothing, and nothing happens.
     std::optional<Shown> Edit(const Shown& before, const Sound& next);
-    /// Posts a message that takes effect with the next samples; one for which there is no room is
-    /// lost.
+    /// Posts a message that takes effect with the next samples. While a host stands still there is
+    /// room for some, and what does not fit is lost, but never the end of a note whose beginning is
+    /// not.
     void PostMidi(const std::array<uint8, 3>& message);
     /// Returns the records of what plays. Any thread may read of them what any thread may read.
     const SoundRecords& Records() const { return instrument.Playing(); }
@@ -127,6 +129,8 @@ class HostedInstrument {
     /// The messages that windows play, and the lock of those who write them.
     kits::Ring<std::array<uint8, 3>> posted{256};
     std::mutex posting;
+    /// The notes of those messages that are on, by channel and key.
+    std::bitset<16 * 128> notesOn;
     std::atomic<bool> edited{false};
     std::string soundFile;
     TuningChoice tunedBy;

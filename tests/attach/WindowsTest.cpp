@@ -184,6 +184,21 @@ TEST_F(WindowsOfAPlugin, EditsAreHeardAndWhatPlaysIsSeenWhileTheAudioSideNeverWa
 }
 
 /// The session has a place for it that the document does not know.
+TEST_F(WindowsOfAPlugin, KeysStruckWhileTheHostStandsStillAreReleasedWhenItGoesOn) {
+    for (int i = 0; i < 400; i++) {
+        for (const uint8 status : {0x90, 0x80})
+            instrument.PostMidi({status, static_cast<uint8>(i % 128), 100});
+        instrument.PostMidi({0xB0, 1, static_cast<uint8>(i % 128)});
+    }
+    instrument.PostMidi({0x90, 60, 100});
+    instrument.PostMidi({0x80, 60, 64});
+    for (int i = 0; i < 3; i++)
+        Play(instrument);
+    const attach::Moment moment = attach::MomentOf(instrument.Records());
+    EXPECT_TRUE(
+        std::ranges::all_of(moment.voices, [](const auto& v) { return !v.active || v.released; }));
+}
+
 TEST_F(WindowsOfAPlugin, AFileThatIsOnlyInTheSessionIsFoundByAWindowAndKeptByIt) {
     const test::TemporaryFolder folder;
     const std::string here = (folder.Path() / "here.png").string();

@@ -151,6 +151,18 @@ TEST_F(BankTest, FindsAllWordsAnywhereWithoutCaseAndAccents) {
     EXPECT_THAT(Names(*view, {.own = true}), IsEmpty());
 }
 
+/// A tree takes sixty times as much memory as its text.
+TEST_F(BankTest, ReadsNothingUnaskedThatIsLargerThanSoundsAre) {
+    const std::string text = SoundText(Named("Large", "pad", "", "x*y"));
+    for (const std::size_t more : {std::size_t{0}, std::size_t{1} << 20}) {
+        folder.Write("own/sounds/large.xml", text + std::string(more, ' '));
+        const ReadEntry read = ReadSoundEntry(folder.Path() / "own/sounds/large.xml", true);
+        EXPECT_EQ(read.sound.has_value(), more == 0);
+        EXPECT_EQ(read.entry.fault,
+                  more == 0 ? "" : "large.xml: it is larger than 1 MB; open it from the menu");
+    }
+}
+
 TEST_F(BankTest, SaysInALineWhatIsWrongWithASound) {
     folder.Write("own/sounds/cut.xml", "<vexasound>\n <info/>\n");
     folder.Write("own/sounds/empty.xml", "");

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/media/MixerInput.h"
 
+#include <algorithm>
 #include <cmath>
 #include <complex>
 #include <limits>
@@ -177,6 +178,33 @@ TEST(MixerInputConverts, NothingIsMissingBeforeTheFirstFrameIsThere) {
     EXPECT_EQ(input.Write(Frames(16, 1.0F), 20000), 0); // less than the filter is long
     input.AddTo(mix, nullptr, 0);
     EXPECT_EQ(input.Counts().missing, 0);
+}
+
+/// The times of a stream that has gone on for months have few digits behind the microsecond.
+TEST(MixerInputConverts, AStreamOfMonthsStaysInOnePiece) {
+    constexpr double kRate = 44100;
+    constexpr std::size_t kCount = 3;
+    constexpr bigtime_t kBegin = bigtime_t{200} * 86400 * 1000000;
+    const kits::DeviceClock clock(48000);
+    kits::MixerInput input(clock, kRate, kCount);
+    const Frames frames(kCount, 1.0F);
+    Frames mix(480);
+    int64 frame = clock.FrameAt(kBegin);
+    float least = 2;
+    for (int64 sent = 0; sent < 1000000; sent += kCount) {
+        const bigtime_t start = kBegin + bigtime_t(double(sent) / kRate * 1e6);
+        input.Write(frames, start);
+        // The device is 20 ms behind.
+        while (frame + 480 + 960 < clock.FrameAt(start)) {
+            std::ranges::fill(mix, 0.0F);
+            input.AddTo(mix, nullptr, frame);
+            if (sent > 10000)
+                least = std::min(least, std::ranges::min(mix));
+            frame += 480;
+        }
+    }
+    EXPECT_NEAR(least, 1, 0.01) << "the filter begins anew, or frames are missing";
+    EXPECT_EQ(input.Counts().late + input.Counts().missing, 0);
 }
 
 /// A producer, by a clock of the test's, and for how long it is slow and how slow that is.

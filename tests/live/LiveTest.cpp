@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The program on a real JACK server, played by a real client and recorded by another.
+#include "kits/support/ClientName.h"
+#include "kits/support/backends/JackClient.h"
 #include "live/LivePlay.h"
 #include "support/SoundFiles.h"
 #include "support/Spectrum.h"
@@ -158,6 +160,22 @@ TEST(Live, EventsHaveTheirTimeWhateverThePeriod) {
         };
         EXPECT_TRUE(test::SucceedsInTheEnd(right)) << period;
     }
+}
+
+/// A session may give the program any name.
+TEST(Live, LatencyIsToldWhateverTheProgramIsCalled) {
+    const test::JackServer server(256);
+    kits::SetClientName("Vexa (2) + [x]");
+    {
+        const auto client = *kits::JackClient::Open();
+        jack_port_t* const out = jack_port_register(client->Handle(), "out",
+                                                    JACK_DEFAULT_AUDIO_TYPE, JackPortIsOutput, 0);
+        test::Ear ear(48000);
+        ear.Connect(jack_port_name(out), ear.Name());
+        client->SetLatency(500);
+        EXPECT_NO_THROW(test::WaitFor("the latency", [&] { return ear.Latency() >= 500; }));
+    }
+    kits::SetClientName("Vexa");
 }
 
 /// What other clients record from both ports, from the first sample that is not silent to the last.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What an LV2 host sees of the plug-in.
 #include "documents/SoundDocument.h"
+#include "plugin/HostedFolders.h"
 #include "plugin/Lv2Host.h"
 #include "support/Command.h"
 #include "support/Environment.h"
@@ -553,6 +554,17 @@ TEST_F(Lv2, OthersPlayWhileInstancesComeAndGo) {
     maker.join();
     // Nothing is written into the user's folder.
     EXPECT_EQ(folder.Count(), 0U);
+}
+
+/// No folder in whichever one the host was started.
+TEST(HostedFolders, AreThePersonsOnlyWhereTheEnvironmentNamesThem) {
+    const test::EnvironmentVariable data("XDG_DATA_HOME", "");
+    for (const auto& [home, own] : {std::pair{"", "/bundle"}, {"/me", "/me/.local/share/vexa"}}) {
+        const test::EnvironmentVariable set("HOME", home);
+        const kits::ProgramFolders folders = HostedFolders("/bundle");
+        EXPECT_EQ(folders.Own("sounds"), std::filesystem::path(own) / "sounds");
+        EXPECT_EQ(folders.Shipped("sounds"), "/bundle/sounds");
+    }
 }
 
 TEST_F(Lv2, TheBundleHasEverySoundInItsCategory) {

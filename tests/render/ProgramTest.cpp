@@ -506,4 +506,11 @@ TEST_F(RenderProgram, NeedsTemplateAndCompilerOnlyWhereItIsToCompile) {
     EXPECT_TRUE(fs::exists(Path("b.wav")));
 }
 
+TEST_F(RenderProgram, CompilesWhereWhoeverStartsItIgnoresTheEndsOfChildren) {
+    const CommandResult result =
+        test::RunCommand({"/usr/bin/env", "--ignore-signal=CHLD", kProgram, OneNote(),
+                          Path("a.wav"), "--quiet", "--compile", "--function", "x*y"});
+    EXPECT_EQ(result.exitCode, 0) << result.text;
+}
+
 } // namespace

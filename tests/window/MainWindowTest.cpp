@@ -69,6 +69,22 @@ TEST_F(MainWindow, TheBarRecordsWhatIsHeard) {
         i += sizeof sample;
     }
     EXPECT_NEAR(loudest, 0.25, 0.02);
+
+    // However many there are in a second, none takes the place of another.
+    const auto told = [&] {
+        const std::string text = Log();
+        std::size_t count = 0;
+        for (std::size_t at = 0; (at = text.find(said, at)) != text.npos; at++)
+            count++;
+        return count;
+    };
+    for (std::size_t i = 2; i <= 5; i++) {
+        desktop.Click(kRecord, kBar);
+        desktop.Click(kRecord, kBar);
+        WaitFor("another one", [&] { return told() == i; });
+    }
+    using Folder = std::filesystem::directory_iterator;
+    EXPECT_EQ(std::distance(Folder(program.Path("recordings")), Folder()), 5);
     EXPECT_EQ(Close(), 0);
 }
 

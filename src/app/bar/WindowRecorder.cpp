@@ -41,7 +41,11 @@ kits::Result<void> WindowRecorder::Begin(const std::string& soundName) {
     std::filesystem::create_directories(folder, fault);
     if (fault)
         return kits::Error{folder.string() + ": " + fault.message()};
-    path = folder / ((soundName.empty() ? "sound" : soundName) + " " + Now() + ".wav");
+    const std::string stem = (soundName.empty() ? "sound" : soundName) + " " + Now();
+    path = folder / (stem + ".wav");
+    // Within a second, or where the clock has been set back, as it is in autumn.
+    for (int number = 2; std::filesystem::exists(path, fault); number++)
+        path = folder / (stem + " (" + std::to_string(number) + ").wav");
     auto begun = kits::Recording::Begin(path);
     if (!begun)
         return begun.Fault();

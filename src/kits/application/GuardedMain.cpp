@@ -38,6 +38,9 @@ void SayNoMemory() {
 int GuardedMain(const char* program, const std::function<int()>& work) {
     // A write beyond the size that the user's limit allows is to fail, as on a full disk.
     std::signal(SIGXFSZ, SIG_IGN);
+    // Where whoever started the program ignores the ends of children, it would too, and the system
+    // would not keep for RunProgram how one has ended.
+    std::signal(SIGCHLD, SIG_DFL);
     guarded = program;
     std::set_terminate(End);
     try {

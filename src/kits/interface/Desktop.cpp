@@ -4,6 +4,10 @@
 #include <QProcess>
 #include <utility>
 
+#include <linux/close_range.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
 namespace kits {
 
 namespace {
@@ -19,6 +23,10 @@ void ShowFile(const std::filesystem::path& file,
     process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     process->setStandardOutputFile(QProcess::nullDevice());
     process->setStandardInputFile(QProcess::nullDevice());
+    // A browser would hold the sockets of an audio server, for which a program is there until all
+    // of its sockets are closed.
+    process->setChildProcessModifier(
+        [] { ::syscall(SYS_close_range, 3U, ~0U, CLOSE_RANGE_CLOEXEC); });
     QObject::connect(process, &QProcess::errorOccurred, process,
                      [process, failed](QProcess::ProcessError error) {
                          if (error != QProcess::FailedToStart)

@@ -43,15 +43,19 @@ MixerInput::MixerInput(const DeviceClock& clock, double rate, std::size_t longes
 }
 
 bigtime_t MixerInput::Write(std::span<const float> frames, bigtime_t start) noexcept {
+    const auto count = static_cast<int64>(frames.size() / channels);
+    const double duration = static_cast<double>(count) * 1e6 / rate;
+    const double expected =
+        static_cast<double>(rowStart) + static_cast<double>(rowFrames) * 1e6 / rate;
     // Where the buffer belongs if it does not follow on the one before.
-    const double duration = static_cast<double>(frames.size() / channels) * 1e6 / rate;
-    if (expected < 0 || std::abs(static_cast<double>(start) - expected) > duration / 2) {
+    if (rowStart < 0 || std::abs(static_cast<double>(start) - expected) > duration / 2) {
         if (converter)
             converter->Reset();
         nextFrame = clock.FrameAt(start);
-        expected = static_cast<double>(start);
+        rowStart = start;
+        rowFrames = 0;
     }
-    expected += duration;
+    rowFrames += count;
 
     const std::span<const float> output = Convert(frames);
     const Stretch next{nextFrame, static_cast<uint32>(output.size() / channels)};

@@ -82,9 +82,12 @@ class MixerInput {
     // What follows belongs to the producer's thread.
     std::vector<float> finite;
     std::vector<float> converted;
-    /// Performance time at which the next buffer begins if nothing is left out, and the device's
-    /// frame that the next converted frame is.
-    double expected = -1;
+    /// The buffers so far that follow on one another without a gap: the performance time at which
+    /// the first began, and the frames in them. The next one's time is computed from both, as a sum
+    /// of durations would be off by half a buffer after some days.
+    bigtime_t rowStart = -1;
+    int64 rowFrames = 0;
+    /// The device's frame that the next converted frame is.
     int64 nextFrame = 0;
     /// The microseconds of lateness that the producer knows of since it was last in time.
     bigtime_t told = 0;

@@ -92,6 +92,9 @@ Result<FileReplacement> FileReplacement::Create(const fs::path& path) {
     file.target = Resolved(path);
     struct stat existing {};
     const bool exists = ::stat(file.target.c_str(), &existing) == 0;
+    // Such as that the name is too long, which would come out only when all is written.
+    if (!exists && errno != ENOENT)
+        return file.Failure(errno);
     if (exists && !S_ISREG(existing.st_mode))
         return file.Failure(WhatItIs(existing.st_mode));
     // A rename would replace a file that its owner has protected against writing.

@@ -10,6 +10,7 @@
 #include <cmath>
 #include <csignal>
 #include <optional>
+#include <string_view>
 
 #include <jack/jack.h>
 
@@ -154,10 +155,13 @@ void JackClient::PassLatency(bool capture) {
     const auto mode = capture ? JackCaptureLatency : JackPlaybackLatency;
     const unsigned long from = capture ? JackPortIsInput : JackPortIsOutput;
     const unsigned long to = capture ? JackPortIsOutput : JackPortIsInput;
-    const std::string own = std::string("^") + jack_get_client_name(client) + ':';
+    // The server takes a name for a regular expression, and a session may have any.
+    const std::string own = std::string(jack_get_client_name(client)) + ':';
     const auto forPorts = [&](unsigned long direction, const auto& use) {
-        const char** names = jack_get_ports(client, own.c_str(), nullptr, direction);
+        const char** names = jack_get_ports(client, nullptr, nullptr, direction);
         for (const char** name = names; name && *name; name++) {
+            if (!std::string_view(*name).starts_with(own))
+                continue;
             if (jack_port_t* port = jack_port_by_name(client, *name))
                 use(port);
         }

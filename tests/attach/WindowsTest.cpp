@@ -183,7 +183,6 @@ TEST_F(WindowsOfAPlugin, EditsAreHeardAndWhatPlaysIsSeenWhileTheAudioSideNeverWa
     EXPECT_EQ(Lines(), "");
 }
 
-/// The session has a place for it that the document does not know.
 TEST_F(WindowsOfAPlugin, KeysStruckWhileTheHostStandsStillAreReleasedWhenItGoesOn) {
     for (int i = 0; i < 400; i++) {
         for (const uint8 status : {0x90, 0x80})
@@ -199,6 +198,7 @@ TEST_F(WindowsOfAPlugin, KeysStruckWhileTheHostStandsStillAreReleasedWhenItGoesO
         std::ranges::all_of(moment.voices, [](const auto& v) { return !v.active || v.released; }));
 }
 
+/// The session has a place for it that the document does not know.
 TEST_F(WindowsOfAPlugin, AFileThatIsOnlyInTheSessionIsFoundByAWindowAndKeptByIt) {
     const test::TemporaryFolder folder;
     const std::string here = (folder.Path() / "here.png").string();

@@ -2,11 +2,12 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Plays Vexa through ALSA while devices come and go: what scripts/check-alsa runs in a machine of its own.
 
-alsaguest.py VEXA, as root, where card 0 is snd-aloop's and card 1 snd-virmidi's."""
+It takes root, and card 0 is snd-aloop's there and card 1 snd-virmidi's.
+"""
+import argparse
 import os
 import pathlib
 import subprocess
-import sys
 import time
 
 RATE = 48000
@@ -77,11 +78,15 @@ def strike(ear):
 
 
 def main():
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("program", help="vexa")
+    program = parser.parse_args().program
     FOLDER.mkdir()
     sound = FOLDER / "sine.xml"
     sound.write_text(SINE)
     with open(LOG, "w") as log:
-        vexa = subprocess.Popen([sys.argv[1], "--no-window", "--oversample", "1", "--sound", sound, "--midi", KEYS],
+        vexa = subprocess.Popen([program, "--no-window", "--oversample", "1", "--sound", sound, "--midi", KEYS],
                                 env=os.environ | {"VEXA_TRACE": "1"}, stdout=log, stderr=log)
     wait_for("it plays through ALSA", lambda: says("playing through ALSA"))
     wait_for("the keys are connected", is_connected)

@@ -2,12 +2,12 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Walks the window as a screen reader sees it, and by the Tab key.
 
-check-accessible.py [BUILD] [-v] [OPTION...]: build/release if not given; further options go to vexa.
 Starts an X server, a session bus, JACK without a device and vexa with all its parts shown, and reads
 the tree over AT-SPI. Ends with 1 where a control or a part of one has no name, where two controls
 that are shown in one view have the same, or where Tab does not reach each control that takes the
-keyboard and come round again. -v prints the tree.
+keyboard and come round again.
 """
+import argparse
 import os
 import pathlib
 import subprocess
@@ -181,7 +181,7 @@ def faults_of_tabs(window, nodes):
     print(f"Tab: {len(reached)} places, {len(wanted)} that take the keyboard")
 
 
-def walk(build, verbose, options):
+def walk(verbose):
     import pyatspi
     window = wait_for(lambda: next(
         (child for application in children(pyatspi.Registry.getDesktop(0))
@@ -201,23 +201,24 @@ def walk(build, verbose, options):
 
 
 def main():
-    arguments = sys.argv[1:]
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("-v", "--verbose", action="store_true", help="print the tree")
+    parser.add_argument("build", nargs="?", type=pathlib.Path, default=ROOT / "build/release")
+    parser.add_argument("options", nargs=argparse.REMAINDER, help="of vexa, after the build")
+    arguments = parser.parse_args()
     if "VEXA_WITHIN" not in os.environ:
-        return within_a_desktop(arguments)
-    verbose = "-v" in arguments
-    arguments = [a for a in arguments if a != "-v"]
-    build = pathlib.Path(arguments.pop(0)) if arguments and not arguments[0].startswith("-") \
-        else ROOT / "build" / "release"
+        return within_a_desktop(sys.argv[1:])
     launcher = subprocess.Popen(["/usr/libexec/at-spi-bus-launcher", "--launch-immediately"],
                                 stderr=subprocess.DEVNULL)
     jack = subprocess.Popen(["jackd", "-r", "-n", JACK, "-d", "dummy", "-r", "48000", "-p", "256"],
                             stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     manager = subprocess.Popen(["openbox"], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     time.sleep(1)
-    vexa = subprocess.Popen([build / "bin" / "vexa", "--user-folder", *arguments],
+    vexa = subprocess.Popen([arguments.build / "bin" / "vexa", "--user-folder", *arguments.options],
                             env=dict(os.environ, JACK_DEFAULT_SERVER=JACK))
     try:
-        return walk(build, verbose, arguments)
+        return walk(arguments.verbose)
     finally:
         for process in (vexa, manager, jack, launcher):
             end(process)

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Checks who includes whom: check-includes.py [--self-test] [SOURCE_FOLDER]
+"""Checks who includes whom.
 
 Below src/ a folder uses what the table allows and nothing else, a quoted include names a file that
 is there, third-party headers stay inside the kits, and no files use each other in a circle (a .h and

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Checks that real-time code calls real-time code only: check-realtime.py [--self-test] [SOURCE_FOLDER]
+"""Checks that real-time code calls real-time code only.
 
 A function that is marked VEXA_REALTIME (kits/support/RealtimeMark.h), by itself or with its class
 (which does not mark constructors and destructors), may call no function of this tree that is not marked, may override no marked function without being

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Checks that the kits offer nothing that nobody calls: check-unused.py [--self-test] [SOURCE_FOLDER]
+"""Checks that the kits offer nothing that nobody calls.
 
 A public function that a header of src/kits declares must have its name somewhere in the sources
 below src/ besides its declaration and its definition. Exempt are virtual functions, which the base

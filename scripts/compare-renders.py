@@ -2,13 +2,13 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Checks that vexa-render writes the same bytes with every instruction set.
 
-compare-renders.py VEXA-RENDER [OTHER...]: all instruction sets of this machine, one after the other,
-and where OTHER is given also that command, which is vexa-render for another machine and what runs it
-here. Every shipped sound is rendered, at the rate itself, as there are many, and what exercises the
+All instruction sets of this machine, one after the other, and where there is another command also
+that. Every shipped sound is rendered, at the rate itself, as there are many, and what exercises the
 rest: all keys, the maths functions of formulas, macros and the note, samples, oversampling; to files
 of 32-bit floats, without a compiler. Every file that is another one than the baseline's is printed;
 the exit code is 1 then.
 """
+import argparse
 import array
 import os
 import pathlib
@@ -82,9 +82,13 @@ def difference(one, other):
 
 
 def main():
-    if len(sys.argv) < 2:
-        sys.exit(__doc__)
-    program, other = sys.argv[1], sys.argv[2:]
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("program", help="vexa-render")
+    parser.add_argument("other", nargs=argparse.REMAINDER,
+                        help="vexa-render for another machine, after what runs it here")
+    arguments = parser.parse_args()
+    program, other = arguments.program, arguments.other
     sets = machine_sets(program)
     ways = [(name, [program], {VARIABLE: name}) for name in sets]
     if other:

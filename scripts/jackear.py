@@ -2,9 +2,10 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Hears what JACK gets: a client of two ports, in a process of its own that does nothing else.
 
-As a program, jackear.py FOLDER SECONDS LEFT RIGHT: connects itself to these ports and writes what
-comes into files below FOLDER that others can read meanwhile. Ear starts it, and reads them.
+The program connects itself to two ports and writes what comes into files that others can read
+meanwhile. Ear starts it, and reads them.
 """
+import argparse
 import ctypes
 import gc
 import pathlib
@@ -120,5 +121,11 @@ def hear(folder, seconds, ports):
 
 
 if __name__ == "__main__":
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("folder", type=pathlib.Path, help="where the files are written")
+    parser.add_argument("seconds", type=int, help="the most")
+    parser.add_argument("ports", nargs=2, help="the left and the right one")
+    arguments = parser.parse_args()
     signal.pthread_sigmask(signal.SIG_BLOCK, {signal.SIGTERM, signal.SIGINT})
-    sys.exit(hear(pathlib.Path(sys.argv[1]), int(sys.argv[2]), sys.argv[3:5]))
+    sys.exit(hear(arguments.folder, arguments.seconds, arguments.ports))

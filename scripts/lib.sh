@@ -9,6 +9,13 @@ fail() {
     exit 1
 }
 
+# answer_help ARGUMENT...: where the first is --help, says what the script says of itself at its top, and ends it.
+answer_help() {
+    [[ ${1:-} == --help || ${1:-} == -h ]] || return 0
+    sed -n '2,/^set/{/SPDX/d; s/^# \{0,1\}//p}' "$0"
+    exit
+}
+
 # packages_for PURPOSE...: the packages of these sections of scripts/packages.txt, one per line.
 packages_for() {
     awk -v purposes="$*" '

@@ -2,13 +2,12 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Sees that every source says its licence in its first lines.
 
-  licence-lines.py        names the sources that do not, and exits with 1 if there are any
-  licence-lines.py --fix  puts the line into those
-
+Those that do not are named, and the exit code is 1 if there are any.
 A source is a file of code: C++, a script, a CMake file, a template of a page. Content (data/), seeds and pictures are none;
 the whole of them is under the same licence by README.md.
 """
 
+import argparse
 import os
 import pathlib
 import sys
@@ -38,15 +37,17 @@ def sources():
 
 
 def main():
-    if sys.argv[1:] not in ([], ["--fix"]):
-        sys.exit(__doc__)
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--fix", action="store_true", help="put the line into them instead")
+    fix = parser.parse_args().fix
     missing = False
     for path, comment in sources():
         lines = path.read_text("utf-8").splitlines(keepends=True)
         line = f"{comment} {LINE}\n"
         if line in lines[:2]:
             continue
-        if sys.argv[1:]:
+        if fix:
             lines.insert(1 if lines and lines[0].startswith(FIRST) else 0, line)
             path.write_text("".join(lines), "utf-8")
         else:

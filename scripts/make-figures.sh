@@ -1,10 +1,15 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: GPL-3.0-or-later
-# Takes the pictures of the window in docs/figures: at the usual size, at twice the density, and
-# wide, with two notes sounding. Needs a build in build/release and the packages of packages.txt.
+# Takes the pictures of the window in docs/figures: scripts/make-figures.sh
+#
+# They are taken at the usual size, at twice the density, and wide, with two notes sounding. Needs a build
+# in build/release and the packages of packages.txt.
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+source "$root/scripts/lib.sh"
+answer_help "$@"
+
 programs=$root/build/release/bin
 figures=$root/docs/figures
 work=$(mktemp -d)

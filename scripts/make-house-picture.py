@@ -1,12 +1,13 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Draws the folders of src/ and who uses whom into docs/ARCHITECTURE.md: make-house-picture.py [--check]
+"""Draws the folders of src/ and who uses whom into docs/ARCHITECTURE.md.
 
 An arrow goes from a folder to one whose headers it includes, unless it also gets there by other
 arrows. The includes are those that check-includes.py reads. With --check nothing is written, and
 the exit code is 1 where the picture is not the one of the sources.
 """
 
+import argparse
 import importlib.util
 import pathlib
 import sys
@@ -61,14 +62,16 @@ def picture(used):
 
 
 def main():
-    if sys.argv[1:] not in ([], ["--check"]):
-        sys.exit(__doc__)
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--check", action="store_true", help="only look whether it is as it should be")
+    check = parser.parse_args().check
     text = PAGE.read_text("utf-8")
     if BEGIN not in text or END not in text:
         sys.exit(f"{PAGE}: the lines that the picture stands between are not there")
     before, rest = text.split(BEGIN)
     drawn = before + BEGIN + picture(folders_used(load("check-includes"))) + END + rest.split(END)[1]
-    if sys.argv[1:] == ["--check"]:
+    if check:
         if drawn != text:
             sys.exit(f"{PAGE}: the picture of the folders is old: run {pathlib.Path(__file__).name}")
         print("the picture shows the folders as they are")

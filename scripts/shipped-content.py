@@ -203,6 +203,8 @@ def main(arguments):
             list_shipped()
         case ["list", "--check", *made] if len(made) < 2:
             list_shipped(True, *map(pathlib.Path, made))
+        case ["-h" | "--help"]:
+            print(__doc__)
         case _:
             print(__doc__, file=sys.stderr)
             sys.exit(2)

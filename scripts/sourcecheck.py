@@ -4,22 +4,26 @@
 A check is a function of the source folder; it returns the faults, as lines to print, and the line
 to print where there are none.
 """
+import argparse
 import pathlib
 import sys
 import tempfile
 
 
-def run(usage, check, self_test):
+def run(description, check, self_test):
     """The program of a check: without arguments for this tree's src/, with a folder for that one,
     with --self-test for what self_test() says is wrong with the check itself."""
-    arguments = sys.argv[1:]
-    if arguments == ["--self-test"]:
+    parser = argparse.ArgumentParser(description=description,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--self-test", action="store_true", help="try the check on faults instead")
+    parser.add_argument("source", nargs="?", type=pathlib.Path,
+                        default=pathlib.Path(__file__).resolve().parent.parent / "src",
+                        help="this tree's src/ if not given")
+    arguments = parser.parse_args()
+    if arguments.self_test:
         faults, done = self_test(), "the check finds what it has to find"
-    elif len(arguments) <= 1 and not any(argument.startswith("-") for argument in arguments):
-        default = pathlib.Path(__file__).resolve().parent.parent / "src"
-        faults, done = check(pathlib.Path(arguments[0]) if arguments else default)
     else:
-        sys.exit(usage)
+        faults, done = check(arguments.source)
     for fault in faults:
         print(fault)
     sys.exit(print(done) if not faults else 1)

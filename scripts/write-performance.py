@@ -2,11 +2,11 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Measures rendering and pictures, and writes the tables into docs/PERFORMANCE.md.
 
-write-performance.py [BENCHMARKS]: the folder of the built benchmarks, build/release/benchmarks if
-not given. The tables stand between the lines "<!-- measured: NAME -->" and "<!-- end -->" of the
+The tables stand between the lines "<!-- measured: NAME -->" and "<!-- end -->" of the
 page. All figures of one table are medians of nine repetitions in one run, in random order, so that
 their ratios hold on a busy machine too.
 """
+import argparse
 import json
 import pathlib
 import re
@@ -54,7 +54,11 @@ def row(medians, name, unit):
 
 
 def main():
-    folder = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else ROOT / "build/release/benchmarks")
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("benchmarks", nargs="?", type=pathlib.Path,
+                        default=ROOT / "build/release/benchmarks", help="the folder of the built ones")
+    folder = parser.parse_args().benchmarks
     voices = measure(folder / "RenderVoicesBenchmark", "per_voice_sample")
     pictures = measure(folder / "PlanePictureBenchmark", "real_time")
     model = re.search(r"model name\s*: (.*)", pathlib.Path("/proc/cpuinfo").read_text())[1]

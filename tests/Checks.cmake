@@ -36,6 +36,13 @@ add_test(NAME format COMMAND ${CLANG_FORMAT} --dry-run -Werror ${formatted})
 # Every source says its licence.
 add_test(NAME licence COMMAND ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/scripts/licence-lines.py)
 
+# Every script says what it does where it is asked, and does nothing else then.
+add_test(NAME help COMMAND bash -c
+    "for script in \"$0\"/scripts/* \"$0\"/packaging/*-debian \"$0/test\"; do
+        [[ ! -f $script || ! -x $script ]] || { said=$(timeout 20 \"$script\" --help) && [[ -n $said ]]; } ||
+            { echo \"$script --help says nothing\"; exit 1; }
+    done" ${CMAKE_SOURCE_DIR})
+
 # The demo tune in the tree is the one that its script writes.
 add_test(NAME demo_tune COMMAND sh -c
     "\"$0\" \"$1/scripts/make-demo-tune.py\" demo.mid && cmp demo.mid \"$1/data/demo.mid\""

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/interface/Control.h"
 
+#include "kits/interface/Colors.h"
 #include "kits/interface/Menu.h"
 #include "kits/interface/backends/ViewWidget.h"
 #include "kits/interface/backends/WindowWidget.h"
@@ -12,6 +13,7 @@
 #include <QLineEdit>
 #include <QToolButton>
 #include <QWindow>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -106,6 +108,12 @@ TEST_F(ControlTest, ANarrowFieldShowsItsWholeNumber) {
     narrow->SetText("-0.275");
     EXPECT_GE(room(), 4) << "as it is set";
     EXPECT_LT(line->font().pixelSize(), plain);
+    kits::ControlColors dark;
+    std::swap(dark.field, dark.text);
+    for (const kits::ControlColors& colors : {dark, kits::ControlColors{}}) {
+        kits::SetControlColors(colors);
+        EXPECT_GE(room(), 4) << "in other colours";
+    }
     narrow->MakeFocus();
     narrow->SetText("1");
     EXPECT_EQ(line->font().pixelSize(), plain);

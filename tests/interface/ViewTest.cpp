@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/interface/View.h"
 
+#include "kits/interface/Control.h"
 #include "kits/interface/backends/ViewWidget.h"
 #include "support/WindowStage.h"
 
@@ -119,6 +120,27 @@ class Figure : public BView {
   private:
     BBitmap bitmap;
 };
+
+TEST(View, GivesTheKeyboardToNobodyWhenItIsHidden) {
+    auto* panel = new BView({0, 0, 199, 99}, "panel", B_FOLLOW_NONE, B_WILL_DRAW);
+    test::Stage stage{panel};
+    auto* pane = new BView({0, 0, 99, 49}, "pane", B_FOLLOW_NONE, B_WILL_DRAW);
+    panel->AddChild(pane);
+    auto* inside = new BView({0, 0, 49, 24}, "inside", B_FOLLOW_NONE, B_WILL_DRAW | B_NAVIGABLE);
+    pane->AddChild(inside);
+    auto* field = new BTextControl({0, 60, 99, 69}, "field", nullptr, "sin(x)", new BMessage(1));
+    panel->AddChild(field);
+    for (BView* hidden : {inside, pane}) {
+        inside->MakeFocus();
+        ASSERT_TRUE(inside->IsFocus());
+        hidden->Hide();
+        EXPECT_FALSE(field->IsFocus()) << hidden->Name();
+        hidden->Show();
+    }
+    field->MakeFocus();
+    pane->Hide();
+    EXPECT_TRUE(field->IsFocus());
+}
 
 TEST(View, DrawsByPixelsWhoseEdgesBelongToThem) {
     auto* view = new Figure;

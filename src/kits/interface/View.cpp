@@ -137,6 +137,10 @@ void BView::MoveBy(float x, float y) {
 
 void BView::Hide() {
     hidden = true;
+    // The toolkit would give the keyboard to another view, and what is played would be typed there.
+    QWidget* focused = widget->window()->focusWidget();
+    if (focused && (focused == widget.get() || widget->isAncestorOf(focused)))
+        focused->clearFocus();
     widget->hide();
 }
 

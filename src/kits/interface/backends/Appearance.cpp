@@ -7,6 +7,9 @@
 #include <QApplication>
 #include <QPalette>
 #include <QStyleFactory>
+#include <QWidget>
+#include <utility>
+#include <vector>
 
 namespace kits {
 
@@ -94,7 +97,15 @@ void SetControlColors(const ControlColors& colors) {
         palette.setColor(QPalette::Disabled, role, ToQt(colors.faintText));
     palette.setColor(QPalette::Disabled, QPalette::Highlight, ToQt(colors.panel).darker(120));
     QApplication::setPalette(palette);
+    // With another sheet the toolkit gives widgets the fonts back that they had before their own.
+    std::vector<std::pair<QWidget*, QFont>> fonts;
+    for (QWidget* widget : QApplication::allWidgets()) {
+        if (widget->testAttribute(Qt::WA_SetFont))
+            fonts.emplace_back(widget, widget->font());
+    }
     qApp->setStyleSheet(StyleSheet(colors));
+    for (const auto& [widget, font] : fonts)
+        widget->setFont(font);
 }
 
 } // namespace kits

@@ -258,7 +258,7 @@ void BMenuField::ShowTitle() {
     button->setFont(kits::ToQt(font));
     const QString text = kits::ToQt(title);
     button->setText(QFontMetrics(button->font()).elidedText(text, Qt::ElideRight, int(room) + 1));
-    button->setToolTip(font.StringWidth(title) > room ? text : QString());
+    button->setToolTip(font.StringWidth(title) > room ? kits::TipText(text) : QString());
     button->setAccessibleDescription(text == button->accessibleName() ? QString() : text);
 }
 

@@ -10,6 +10,7 @@
 #include <QCoreApplication>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QMenu>
 #include <QToolButton>
 #include <QWindow>
 #include <vector>
@@ -186,6 +187,28 @@ TEST(Menu, TellsWhatIsChosenToWhoCannotSeeIt) {
     menu->FindItem(2)->Choose();
     EXPECT_EQ(told->text(QAccessible::Name), "voices");
     EXPECT_EQ(told->text(QAccessible::Description), "max. 2 voices");
+}
+
+/// The names of files are among them.
+TEST(Menu, HasRoomOnTheScreenWhateverItsItemsSay) {
+    Listener listener;
+    auto* menu = new BPopUpMenu("names");
+    menu->AddItem(new BMenuItem((std::string(250, 'm') + " & folder").c_str(), new BMessage(7)));
+    menu->AddItem(new BMenuItem("short & sweet", new BMessage(8)));
+    menu->SetTargetForItems(&listener);
+    auto* field = new BMenuField({0, 0, 99, 20}, "names", nullptr, menu);
+    const test::Stage stage(field);
+    QMenu* shown = field->Widget().findChild<QToolButton*>()->menu();
+    shown->popup({});
+    EXPECT_LT(shown->width(), 700);
+    QAction* const item = shown->actions().first();
+    EXPECT_TRUE(item->text().startsWith("mmm")) << item->text().toStdString();
+    EXPECT_TRUE(item->text().endsWith("m && folder")) << item->text().toStdString();
+    EXPECT_EQ(shown->actions().last()->text(), "short && sweet");
+    item->trigger();
+    shown->hide();
+    test::Settle();
+    EXPECT_THAT(listener.codes, ElementsAre(7));
 }
 
 TEST(Menu, InRadioModeOneItemIsMarkedAndGivesTheTitle) {

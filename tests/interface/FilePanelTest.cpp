@@ -253,6 +253,23 @@ TEST_F(FilePanelTest, TellsANameThatLooksLikeMarkupAsItIs) {
     EXPECT_EQ(QTextDocumentFragment::fromHtml(tip).toPlainText(), "x <b> & y.txt");
 }
 
+TEST_F(FilePanelTest, IsAllInSight) {
+    Panel panel(B_SAVE_PANEL, receiver, folder.Path());
+    BWindow& window = *panel.Window();
+    panel.Hide();
+    window.ResizeTo(4000, 3000);
+    panel.Show();
+    test::Settle();
+    const BRect room = window.Room();
+    const BRect frame = window.Frame();
+    EXPECT_GE(frame.left, room.left);
+    EXPECT_GE(frame.top, room.top);
+    EXPECT_LE(frame.right, room.right);
+    EXPECT_LE(frame.bottom, room.bottom);
+    EXPECT_TRUE(frame.OffsetToCopy(0, 0).Contains(
+        window.ChildAt(0)->FindView("default button")->Frame().LeftTop()));
+}
+
 TEST_F(FilePanelTest, ReturnsFoldersOnlyWhereTheyAreWanted) {
     Panel files(B_OPEN_PANEL, receiver, folder.Path(), B_FILE_NODE);
     files.Key(Qt::Key_Z);

@@ -326,9 +326,14 @@ void FilePanelWindow::Present() {
         const QWidget* behind = QApplication::activeWindow();
         const QRect area =
             behind ? behind->frameGeometry() : QApplication::primaryScreen()->availableGeometry();
-        const QPoint corner = area.center() - Widget().rect().center();
+        // What stands at its lower edge is to be in sight.
         const BRect room = Room();
-        MoveTo(std::max(float(corner.x()), room.left), std::max(float(corner.y()), room.top));
+        const float width = std::min(Bounds().Width(), room.Width());
+        const float height = std::min(Bounds().Height(), room.Height());
+        ResizeTo(width, height);
+        const QPoint corner = area.center() - Widget().rect().center();
+        MoveTo(std::clamp(float(corner.x()), room.left, room.right - width),
+               std::clamp(float(corner.y()), room.top, room.bottom - height));
         Show();
     } else {
         SetWorkspaces(B_CURRENT_WORKSPACE);

@@ -7,7 +7,9 @@
 #include "support/WindowStage.h"
 
 #include <QAccessible>
+#include <QClipboard>
 #include <QCoreApplication>
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QMenu>
@@ -166,6 +168,31 @@ TEST_F(ControlTest, TheWindowIsTheTargetOfWhatHasNone) {
     auto* orphan = new BButton({0, 75, 49, 95}, "orphan", "Orphan", new BMessage(4));
     panel->AddChild(orphan);
     EXPECT_TRUE(orphan->Target().IsValid());
+}
+
+TEST_F(ControlTest, WhatIsPastedIsOneLine) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"sin(x)\n", "sin(x)"},
+        {"sin(x)\r\n  + y\n\n", "sin(x) + y"},
+        {"a  b ", "a  b "},
+    };
+    for (const auto& [copied, shown] : rows) {
+        QGuiApplication::clipboard()->setText(copied);
+        first->SelectAll();
+        test::TypeKey(stage.Window(), Qt::Key_V, Qt::ControlModifier);
+        EXPECT_STREQ(first->Text(), shown);
+    }
+    // Into the middle of a text, behind which the cursor is.
+    first->Type("1 2");
+    QGuiApplication::clipboard()->setText("+\n");
+    test::TypeKey(stage.Window(), Qt::Key_Home);
+    test::TypeKey(stage.Window(), Qt::Key_Right);
+    test::TypeKey(stage.Window(), Qt::Key_V, Qt::ControlModifier);
+    test::Type(stage.Window(), "3");
+    EXPECT_STREQ(first->Text(), "1+ 3 2");
+    // What a document says in several lines stays as it is.
+    first->SetText("1\n2");
+    EXPECT_STREQ(first->Text(), "1\n2");
 }
 
 // A press beside the fields gives the keyboard to the window, where its keys are music.

@@ -7,6 +7,7 @@
 #include "kits/interface/Menu.h"
 #include "views/plane/PlaneOverlay.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <utility>
 
@@ -22,9 +23,11 @@ BMenuItem* Add(BMenu& menu, const std::string& label, uint32 code, const BHandle
 }
 
 void AddRecent(BMenu& menu, const VexaView& view) {
-    const TextList recent = view.Remembered().Get(kRecentSetting);
+    TextList recent = view.Remembered().Get(kRecentSetting);
     if (recent.empty())
         return;
+    // Several windows may have put more into the file.
+    recent.resize(std::min(recent.size(), kMostRecent));
     auto* files = new BMenu("Open Recent");
     for (const std::string& path : recent) {
         auto* message = new BMessage(kOpenRecentCode);

@@ -129,13 +129,13 @@ void Settings::Set(const SettingKey<T>& key, const T& value) {
     const std::string* const text = SingleText(key.name);
     const std::string next = ToText(value);
     if (text ? *text != next : value != key.initial)
-        SetTexts(key.name, {next});
+        SetTexts(key.name, {next}, false);
 }
 
 template<>
 void Settings::Set(const SettingKey<TextList>& key, const TextList& value) {
     if (value != Get(key))
-        SetTexts(key.name, value);
+        SetTexts(key.name, value, true);
 }
 
 template bool Settings::Get(const SettingKey<bool>&) const;
@@ -147,9 +147,13 @@ template void Settings::Set(const SettingKey<int>&, const int&);
 template void Settings::Set(const SettingKey<double>&, const double&);
 template void Settings::Set(const SettingKey<std::string>&, const std::string&);
 
-void Settings::SetTexts(const char* name, TextList next) {
-    changes[name] = next;
-    texts[name] = std::move(next);
+void Settings::SetTexts(const char* name, TextList next, bool isList) {
+    TextList& present = texts[name];
+    Change& change = changes[name];
+    if (isList && !change.before)
+        change.before = present;
+    change.next = next;
+    present = std::move(next);
     lastChange = Clock::now();
     if (!firstChange)
         firstChange = lastChange;
@@ -184,13 +188,14 @@ void Settings::Pulse(Clock::time_point now) {
 void Settings::TakeSaved() {
     if (const std::string fault = saving.get(); !fault.empty()) {
         Tell(fault);
-        changes.merge(leaving);
+        for (const auto& [name, change] : leaving)
+            changes.try_emplace(name, change).first->second.before = change.before;
     }
     leaving.clear();
 }
 
 /// Into the file as it is now, beside what others have written there. Why that failed; else empty.
-std::string Settings::Save(const fs::path& file, const Texts& changes) {
+std::string Settings::Save(const fs::path& file, const Changes& changes) {
     const fs::path folder = file.parent_path();
     if (const kits::Result<void> made = kits::MakeUserFolder(folder); !made)
         return made.Fault().text;
@@ -199,11 +204,20 @@ std::string Settings::Save(const fs::path& file, const Texts& changes) {
     ::flock(lock.Number(), LOCK_EX);
 
     const SettingFile before = ReadSettingFile(file);
-    Texts left = changes;
+    Changes left = changes;
     std::string bytes;
-    const auto write = [&bytes](const std::string& name, const TextList& texts) {
-        for (const std::string& text : texts)
+    const auto has = [](const TextList& list, const std::string& text) {
+        return std::ranges::find(list, text) != list.end();
+    };
+    const auto write = [&](const std::string& name, const Change& change) {
+        for (const std::string& text : change.next)
             bytes += SettingText(name, text);
+        for (const SettingLine& line : before.lines) {
+            const bool ofOthers = line.name == name && change.before &&
+                                  !has(*change.before, line.value) && !has(change.next, line.value);
+            if (ofOthers)
+                bytes += SettingText(name, line.value);
+        }
     };
     for (const SettingLine& line : before.lines) {
         if (!changes.contains(line.name) && !line.IsBroken())
@@ -214,8 +228,8 @@ std::string Settings::Save(const fs::path& file, const Texts& changes) {
             left.erase(changed);
         }
     }
-    for (const auto& [name, texts] : left)
-        write(name, texts);
+    for (const auto& [name, change] : left)
+        write(name, change);
 
     const fs::path aside = file.string() + ".broken";
     std::error_code error;

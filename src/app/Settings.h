@@ -18,7 +18,8 @@ namespace vexa {
 /// The settings of SettingKeys.h, in a file as SettingLines.h has it, where a list has a line for
 /// each item. Losing the file loses nothing else. Lines whose name is not known here, and those
 /// that begin with "#", stay in it. Instances of the program share the file: each reads it at its
-/// start and writes what has been set here, so that of each setting the last who set it wins.
+/// start and writes what has been set here, so that of each setting the last who set it wins. But
+/// what another has put into a list since stays in it, behind what is written.
 ///
 /// Faults are told on standard error, with file and line. A line that says nothing is read over,
 /// and so is a value that is none; a file that cannot be read counts as empty. When something is
@@ -56,9 +57,17 @@ class Settings {
     /// The texts behind the name of each setting, one but for lists.
     using Texts = std::map<std::string, TextList, std::less<>>;
 
-    static std::string Save(const std::filesystem::path& file, const Texts& changes);
+    /// The texts of a setting from now on. What its list was when it was read, or saved last, is
+    /// what may be taken out of the file again; of other settings all that stands there is.
+    struct Change {
+        TextList next;
+        std::optional<TextList> before;
+    };
+    using Changes = std::map<std::string, Change, std::less<>>;
+
+    static std::string Save(const std::filesystem::path& file, const Changes& changes);
     const std::string* SingleText(const char* name) const;
-    void SetTexts(const char* name, TextList texts);
+    void SetTexts(const char* name, TextList texts, bool isList);
     void TellWrong(const char* name, const std::string& text) const;
     void TakeSaved();
 
@@ -69,7 +78,7 @@ class Settings {
     std::map<std::string, int, std::less<>> lines;
 
     /// Set and not saved, and what is being saved.
-    Texts changes, leaving;
+    Changes changes, leaving;
     std::optional<Clock::time_point> firstChange, lastChange;
     std::future<std::string> saving;
 };

@@ -39,6 +39,13 @@ void HeldKeys::Press(const Key& key) {
     keys[count++] = key;
 }
 
+void HeldKeys::Hold(const NoteName& pattern, bool sostenuto) {
+    for (std::size_t i = 0; i < count; i++) {
+        if (keys[i].name.Fits(pattern))
+            keys[i].sostenuto = sostenuto;
+    }
+}
+
 bool HeldKeys::Has(const NoteName& name) const {
     return std::any_of(keys.begin(), keys.begin() + count,
                        [&](const Key& key) { return key.name == name; });

@@ -21,6 +21,8 @@ class VEXA_REALTIME HeldKeys {
         NoteName name;
         /// The velocity, 0..1.
         float velocity;
+        /// The pedal 66 was pressed while the key was down.
+        bool sostenuto = false;
     };
     /// A key that is down already becomes the last one; of too many the first is forgotten.
     void Press(const Key& key);
@@ -36,6 +38,8 @@ class VEXA_REALTIME HeldKeys {
         }
         count = kept;
     }
+    /// Says of the keys that fit whether the pedal 66 holds them.
+    void Hold(const NoteName& pattern, bool sostenuto);
     bool Has(const NoteName& name) const;
     /// Returns the last key that is still down.
     std::optional<Key> Last() const;

@@ -102,7 +102,7 @@ bool VexaMidiConsumer::Strike(const HeldKeys::Key& struck) {
     // A key that is struck again under the pedal stays under it.
     const bool again = before.Active() && slot.key == key;
     AddEnded(holder.name);
-    holder = {from, true, again && holder.sostenuto, false, name};
+    holder = {from, true, struck.sostenuto || (again && holder.sostenuto), false, name};
     slot.key = key;
     slot.freq = freq;
     slot.channel = from;

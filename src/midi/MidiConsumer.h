@@ -158,6 +158,7 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     VEXA_REALTIME bool Sustains(std::size_t index) const;
     VEXA_REALTIME void ReleaseUnheld(uchar from);
     VEXA_REALTIME void HoldSostenuto(uchar from);
+    VEXA_REALTIME void HoldKeys(uchar from, bool sostenuto);
     VEXA_REALTIME void LiftPedals(uchar from);
     VEXA_REALTIME void LiftSostenuto(uchar from);
     VEXA_REALTIME void SetController(uchar controller, float value);

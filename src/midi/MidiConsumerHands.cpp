@@ -77,6 +77,15 @@ void VexaMidiConsumer::HoldSostenuto(uchar from) {
             !voices[i].released && holders[i].key)
             holders[i].sostenuto = true;
     }
+    HoldKeys(from, true);
+}
+
+/// Keys that do not sound, as another has their one voice, are held when they come back.
+void VexaMidiConsumer::HoldKeys(uchar from, bool sostenuto) {
+    for (uchar to = 0; to < channels.size(); to++) {
+        if (Concerns(from, to))
+            HandOf(to).keys.Hold({-1, to, -1}, sostenuto);
+    }
 }
 
 void VexaMidiConsumer::LiftPedals(uchar from) {
@@ -89,6 +98,7 @@ void VexaMidiConsumer::LiftSostenuto(uchar from) {
     channels[from].sostenuto = false;
     for (Holder& holder : holders)
         holder.sostenuto = holder.sostenuto && !Concerns(from, holder.channel);
+    HoldKeys(from, false);
     ReleaseUnheld(from);
 }
 

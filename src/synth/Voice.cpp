@@ -32,8 +32,13 @@ bool IsOver(const voice& slot, VoiceState::Seen seen) {
 }
 
 bool IsSilent(const VoiceTable& voices) {
-    return std::all_of(voices.begin(), voices.end(),
-                       [](const voice& slot) { return IsOver(slot, slot.state.Look()); });
+    return CountHeard(voices) == 0;
+}
+
+int CountHeard(const VoiceTable& voices) {
+    return static_cast<int>(std::count_if(voices.begin(), voices.end(), [](const voice& slot) {
+        return !IsOver(slot, slot.state.Look());
+    }));
 }
 
 VoiceView Look(const voice& slot) {

@@ -180,7 +180,10 @@ VEXA_REALTIME bool IsOver(const voice& slot, VoiceState::Seen seen);
 /// True where IsOver is true of all slots. Any thread.
 bool IsSilent(const VoiceTable& voices);
 
-/// Counts the slots that sound. Any thread.
+/// Counts the slots of which IsOver is not true. Any thread.
+int CountHeard(const VoiceTable& voices);
+
+/// Counts the slots that sound, also those that are over. Any thread.
 VEXA_REALTIME int CountActive(const VoiceTable& voices);
 
 /// The voice that is given up first: among the released ones that sound, the longest released,

@@ -76,6 +76,12 @@ TEST_F(SettingsTest, KeepWhatOthersHaveWrittenInTheFile) {
     first.reset();
     EXPECT_EQ(Content(), "# mine\nfrom-later = 1\n\nauthor = C\na4 = 442\na-number = 2\n"
                          "classic = true\nfavourite = x\nfavourite = y\n");
+    // Of a list what another puts in meanwhile stays, and what is taken out goes.
+    first.emplace(file);
+    first->Set(vexa::kFavouritesSetting, {"y", "z"});
+    Settings(file).Set(vexa::kFavouritesSetting, {"x", "y", "w"});
+    first.reset();
+    EXPECT_THAT(Settings(file).Get(vexa::kFavouritesSetting), ElementsAre("y", "z", "w"));
     // A list that has become empty has no line.
     Settings(file).Set(vexa::kFavouritesSetting, {});
     EXPECT_THAT(Content(), testing::Not(HasSubstr("favourite")));

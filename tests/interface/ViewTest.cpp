@@ -172,7 +172,11 @@ TEST(View, ShowsWordsThatLookLikeMarkupAsTheyAre) {
 
     auto* alert = new BAlert("Warning", words, "OK");
     alert->SetDetails(words);
+    // Newer versions of Qt advise against it, but have no other way to activate none.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
     QApplication::setActiveWindow(nullptr);
+#pragma GCC diagnostic pop
     alert->Show();
     const auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
     ASSERT_TRUE(box);

@@ -68,6 +68,17 @@ TEST_F(RecordingTest, SaysWhatIsMissing) {
     EXPECT_NE(Fault(*changed).find("from 48000 to 44100 Hz"), std::string::npos);
     EXPECT_EQ(test::ReadSound(folder.Path() / "a.wav", 0).values, std::vector<float>(200, 1.0F));
 
+    // A disk that would be full ends it, and keeps what it has.
+    const auto full = *kits::Recording::Begin(folder.Path() / "full.flac", 1U << 20, 1ULL << 60);
+    full->TakeRate(48000);
+    Put(*full, 100, 1, 1);
+    for (int i = 0; i < 500 && !full->HasEnded(); i++)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    EXPECT_TRUE(full->HasEnded());
+    EXPECT_NE(Fault(*full).find("full.flac: the recording ends where the disk was nearly full"),
+              std::string::npos);
+    EXPECT_TRUE(std::filesystem::exists(folder.Path() / "full.flac"));
+
     // Far more than there is patience for, however fast the disk is: it is written by pauses.
     const auto slow = *kits::Recording::Begin(folder.Path() / "b.wav", 1024);
     slow->TakeRate(48000);

@@ -183,6 +183,26 @@ TEST_F(Hands, OneVoiceFollowsTheLastKeyThatIsDown) {
         Off(65);
         Render(instrument, 441);
 
+        // The pedal holds the key on which it was pressed, also when it comes back, and no other.
+        instrument.playing.pedal = 1;
+        On(60);
+        Control(66, 127);
+        On(62);
+        Off(62);
+        Off(60);
+        EXPECT_EQ(Notes(), Are{60});
+        Control(66, 0);
+        EXPECT_EQ(Notes(), Are{-60});
+        On(60);
+        On(62);
+        Control(66, 127);
+        Control(66, 0);
+        Off(62);
+        Off(60);
+        EXPECT_EQ(Notes(), Are{-60}) << "it is up again";
+        instrument.playing.pedal = 0;
+        Render(instrument, 441);
+
         // A key without a frequency has no voice, though it had one when it was struck.
         vexa::Tuning gaps = vexa::EqualTemperament();
         gaps[61] = 0;

@@ -44,6 +44,18 @@ TEST(Voice, OnlyWhatIsReleasedIsSilenced) {
     EXPECT_EQ(vexa::LongestVoice(voices).slot, 1);
 }
 
+TEST(Voice, WhatIsOverIsHeardNoMoreButTakesItsSlot) {
+    VoiceTable voices;
+    Sound(voices, 1, 9, false);
+    Sound(voices, 4, 1, true);
+    voices[4].over = true;
+    EXPECT_EQ(vexa::CountHeard(voices), 1);
+    EXPECT_EQ(vexa::CountActive(voices), 2);
+    voices[4].state.BeginChange(); // a new note, of which nothing is known yet
+    voices[4].state.EndChange(true);
+    EXPECT_EQ(vexa::CountHeard(voices), 2);
+}
+
 TEST(Voice, ATimeOfTheNoteBeforeDoesNotCountForTheNoteNow) {
     VoiceTable voices;
     Sound(voices, 0, 100, false);

@@ -182,6 +182,8 @@ void BarView::Refresh() {
     ShowDevice();
     meter->Listen(!IsHidden());
     meter->Refresh();
+    if (recorder && recorder->HasEnded())
+        ToggleRecording();
 }
 
 void BarView::ShowSteps() {
@@ -199,9 +201,8 @@ void BarView::ShowSteps() {
 }
 
 void BarView::ShowVoices() {
-    const int sounding = CountActive(mainView.Playing().voices);
-    const std::string next =
-        std::to_string(sounding) + "/" + std::to_string(mainView.Played().VoiceLimit());
+    const std::string next = std::to_string(CountHeard(mainView.Playing().voices)) + "/" +
+                             std::to_string(mainView.Played().VoiceLimit());
     std::string share;
     if (mainView.HasGraph() && mainView.Graph().IsConnected()) {
         const float spent = mainView.Graph().Producer().Load();

@@ -31,6 +31,8 @@ class WindowRecorder {
     /// it.
     kits::Result<std::filesystem::path> End();
     bool IsRecording() const { return recording != nullptr; }
+    /// True where the recording keeps nothing more, as End will tell.
+    bool HasEnded() const { return recording && recording->HasEnded(); }
 
   private:
     AudioGraph& graph;

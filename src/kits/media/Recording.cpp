@@ -7,6 +7,8 @@
 #include <cmath>
 #include <string>
 
+#include <sys/statvfs.h>
+
 namespace kits {
 
 namespace {
@@ -18,24 +20,29 @@ constexpr std::size_t kWritten = 1024;
 /// Between two looks of the thread that writes.
 constexpr std::chrono::milliseconds kWriterPause{20};
 
+/// Between two looks at the disk: a small part of what is left free.
+constexpr std::size_t kSamplesPerLook = 1U << 18;
+
 } // namespace
 
 Result<std::unique_ptr<Recording>> Recording::Begin(const std::filesystem::path& path,
-                                                    std::size_t patience) {
+                                                    std::size_t patience, std::uint64_t reserve) {
     const Result<SoundFileFormat> format = SoundFileFormatOf(path);
     if (!format)
         return format.Fault();
     Result<FileReplacement> file = FileReplacement::Create(path);
     if (!file)
         return file.Fault();
-    return std::unique_ptr<Recording>(new Recording(path, *format, *std::move(file), patience));
+    return std::unique_ptr<Recording>(
+        new Recording(path, *format, *std::move(file), patience, reserve));
 }
 
 Recording::Recording(std::filesystem::path path, SoundFileFormat format, FileReplacement file,
-                     std::size_t patience)
+                     std::size_t patience, std::uint64_t reserve)
     : path(std::move(path)),
       format(format),
       file(std::move(file)),
+      reserve(reserve),
       waiting(patience * kChannels),
       interleaved(kWritten * kChannels) {}
 
@@ -53,6 +60,7 @@ void Recording::TakeRate(double next) {
         return;
     takes = false;
     if (rate != 0) {
+        over = true;
         ended =
             Error{path.string() + ": the recording ends where the device changed its rate from " +
                   std::to_string(rate) + " to " + std::to_string(rounded) + " Hz"};
@@ -61,6 +69,7 @@ void Recording::TakeRate(double next) {
     Result<SoundFileWriter> opened = SoundFileWriter::Create(
         file.Descriptor(), format, path, rounded, SoundFileWriter::kUnknownLength, kChannels);
     if (!opened) {
+        over = true;
         ended = opened.Fault();
         return;
     }
@@ -90,13 +99,31 @@ void Recording::Run() {
     }
 }
 
+/// A system that does not know counts as one with room.
+bool Recording::IsDiskFull() const {
+    struct statvfs disk {};
+    if (::fstatvfs(file.Descriptor(), &disk) != 0 || disk.f_blocks == 0)
+        return false;
+    return std::uint64_t(disk.f_bavail) * disk.f_frsize < reserve;
+}
+
 void Recording::WriteWaiting() {
     std::array<float, 4096> samples;
     while (const std::size_t count = waiting.Read(samples.data(), samples.size())) {
-        if (fault)
+        if (fault || full)
             continue;
-        if (const Result<void> written = writer->Write(samples.data(), count / kChannels); !written)
-            fault = written.Fault();
+        if (untilLook < count) {
+            untilLook = kSamplesPerLook;
+            if (IsDiskFull())
+                full = Error{path.string() + ": the recording ends where the disk was nearly full"};
+        }
+        untilLook -= count;
+        if (!full) {
+            const Result<void> written = writer->Write(samples.data(), count / kChannels);
+            if (!written)
+                fault = written.Fault();
+        }
+        over = over || fault || full;
     }
 }
 
@@ -119,7 +146,8 @@ Result<void> Recording::Finish() {
     if (lostFrames > 0)
         return Error{path.string() + ": " + std::to_string(lostFrames) +
                      " frames are missing, as the disk was too slow"};
-    return ended ? Result<void>(*ended) : Result<void>();
+    const std::optional<Error>& reason = full ? full : ended;
+    return reason ? Result<void>(*reason) : Result<void>();
 }
 
 } // namespace kits

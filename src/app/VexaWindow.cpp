@@ -305,7 +305,6 @@ bool VexaWindow::IsShown(Part part) const {
 
 void VexaWindow::ApplyColors() {
     ChooseColors(classic ? ColorSet::Classic : dark ? ColorSet::Dark : ColorSet::Light);
-    ColorsChanged();
 }
 
 void VexaWindow::SetClassic(bool on) {

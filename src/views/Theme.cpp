@@ -29,6 +29,11 @@ constexpr kits::ControlColors kDarkControls = {
     .selectedText = {255, 255, 255},
     .tip = {62, 62, 52},
     .tipText = {235, 235, 225},
+    .sheet = {43, 45, 50},
+    .list = {28, 29, 33},
+    .otherRow = {35, 37, 41},
+    .header = {54, 57, 63},
+    .headerLine = {86, 89, 97},
 };
 
 constexpr Theme kClassic = {

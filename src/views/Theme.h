@@ -52,8 +52,8 @@ enum class ColorSet { Classic, Light, Dark };
 const Theme& Colors();
 ColorSet ChosenColors();
 
-/// Chooses a set, for controls too; the views of open windows are left to BWindow::ColorsChanged.
-/// Window thread, while there is an application.
+/// Chooses a set, for controls too; all views are told by BView::ColorsChanged. Window thread,
+/// while there is an application.
 void ChooseColors(ColorSet next);
 
 } // namespace vexa

@@ -4,9 +4,11 @@
 #include "app/MainViewStage.h"
 #include "app/drawer/ChipRow.h"
 #include "app/drawer/SoundListView.h"
+#include "kits/interface/backends/ViewWidget.h"
 
 #include <algorithm>
 #include <fstream>
+#include <iterator>
 
 #include <gmock/gmock.h>
 
@@ -102,6 +104,25 @@ TEST_F(DrawerTest, FindsShowsAndLoadsSounds) {
     test::Click(list, {list.Bounds().right - 20, 16});
     EXPECT_THAT(kept, ElementsAre(Listed()[0] + ".xml"));
     EXPECT_TRUE(alerts.texts.empty());
+}
+
+/// A document may name any category.
+TEST_F(DrawerTest, AWordWithoutRoomDoesNotRunOverThePicture) {
+    std::ifstream read(In("sounds/default.xml"));
+    std::string text{std::istreambuf_iterator<char>(read), {}};
+    const std::string usual = "<category>keys<";
+    ASSERT_NE(text.find(usual), std::string::npos);
+    text.replace(text.find(usual), usual.size(), "<category>" + std::string(60, 'm') + '<');
+    std::ofstream(In("sounds/wordy.xml")) << text;
+    OpenDrawer();
+    LookFor("mmm");
+    ASSERT_THAT(Listed(), ElementsAre("wordy"));
+    // Left of the picture there is nothing.
+    const QImage shown = drawer->List().Widget().grab().toImage();
+    for (int y = 0; y < 50; y++) {
+        for (int x = 0; x < 8; x++)
+            EXPECT_EQ(shown.pixel(x, y), shown.pixel(0, 0)) << x << ' ' << y;
+    }
 }
 
 TEST_F(DrawerTest, PreviousAndNextGoThroughWhatIsListedAndPassBrokenOnesOver) {

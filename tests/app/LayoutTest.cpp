@@ -8,6 +8,7 @@
 #include <QFontInfo>
 #include <QFontMetricsF>
 #include <QRegularExpression>
+#include <QScrollBar>
 #include <algorithm>
 #include <string>
 #include <vector>
@@ -106,6 +107,18 @@ TEST_P(LayoutTest, ASmallWindowScrolls) {
     QApplication::processEvents();
     const QPoint corner = last.Widget().mapTo(&pane->Widget(), QPoint(0, 0));
     EXPECT_TRUE(pane->Widget().rect().contains(corner)) << corner.x() << ' ' << corner.y();
+}
+
+/// A bar is there only in a direction in which something is out of sight, and leaves no gap.
+TEST_P(LayoutTest, AWindowThatIsOnlyLowScrollsInOneDirection) {
+    window->ResizeTo(1250, 400);
+    test::Settle();
+    const QWidget& pane = window->FindView("main pane")->Widget();
+    for (const QScrollBar* bar : pane.findChildren<QScrollBar*>()) {
+        EXPECT_EQ(bar->isVisible(), bar->orientation() == Qt::Vertical);
+        const QPoint corner = bar->mapTo(&pane, bar->rect().bottomRight());
+        EXPECT_TRUE(!bar->isVisible() || corner == pane.rect().bottomRight()) << corner.x();
+    }
 }
 
 /// What a narrow window has no room for is not shown, rather than over something else.

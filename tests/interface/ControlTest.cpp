@@ -8,9 +8,12 @@
 #include "support/WindowStage.h"
 
 #include <QAccessible>
+#include <QClipboard>
 #include <QCoreApplication>
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QMenu>
 #include <QToolButton>
 #include <QWindow>
 #include <utility>
@@ -175,6 +178,31 @@ TEST_F(ControlTest, TheWindowIsTheTargetOfWhatHasNone) {
     EXPECT_TRUE(orphan->Target().IsValid());
 }
 
+TEST_F(ControlTest, WhatIsPastedIsOneLine) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"sin(x)\n", "sin(x)"},
+        {"sin(x)\r\n  + y\n\n", "sin(x) + y"},
+        {"a  b ", "a  b "},
+    };
+    for (const auto& [copied, shown] : rows) {
+        QGuiApplication::clipboard()->setText(copied);
+        first->SelectAll();
+        test::TypeKey(stage.Window(), Qt::Key_V, Qt::ControlModifier);
+        EXPECT_STREQ(first->Text(), shown);
+    }
+    // Into the middle of a text, behind which the cursor is.
+    first->Type("1 2");
+    QGuiApplication::clipboard()->setText("+\n");
+    test::TypeKey(stage.Window(), Qt::Key_Home);
+    test::TypeKey(stage.Window(), Qt::Key_Right);
+    test::TypeKey(stage.Window(), Qt::Key_V, Qt::ControlModifier);
+    test::Type(stage.Window(), "3");
+    EXPECT_STREQ(first->Text(), "1+ 3 2");
+    // What a document says in several lines stays as it is.
+    first->SetText("1\n2");
+    EXPECT_STREQ(first->Text(), "1\n2");
+}
+
 // A press beside the fields gives the keyboard to the window, where its keys are music.
 TEST_F(ControlTest, APressBesideAFieldLeavesIt) {
     test::Press(*panel, {150, 90});
@@ -194,6 +222,28 @@ TEST(Menu, TellsWhatIsChosenToWhoCannotSeeIt) {
     menu->FindItem(2)->Choose();
     EXPECT_EQ(told->text(QAccessible::Name), "voices");
     EXPECT_EQ(told->text(QAccessible::Description), "max. 2 voices");
+}
+
+/// The names of files are among them.
+TEST(Menu, HasRoomOnTheScreenWhateverItsItemsSay) {
+    Listener listener;
+    auto* menu = new BPopUpMenu("names");
+    menu->AddItem(new BMenuItem((std::string(250, 'm') + " & folder").c_str(), new BMessage(7)));
+    menu->AddItem(new BMenuItem("short & sweet", new BMessage(8)));
+    menu->SetTargetForItems(&listener);
+    auto* field = new BMenuField({0, 0, 99, 20}, "names", nullptr, menu);
+    const test::Stage stage(field);
+    QMenu* shown = field->Widget().findChild<QToolButton*>()->menu();
+    shown->popup({});
+    EXPECT_LT(shown->width(), 700);
+    QAction* const item = shown->actions().first();
+    EXPECT_TRUE(item->text().startsWith("mmm")) << item->text().toStdString();
+    EXPECT_TRUE(item->text().endsWith("m && folder")) << item->text().toStdString();
+    EXPECT_EQ(shown->actions().last()->text(), "short && sweet");
+    item->trigger();
+    shown->hide();
+    test::Settle();
+    EXPECT_THAT(listener.codes, ElementsAre(7));
 }
 
 TEST(Menu, InRadioModeOneItemIsMarkedAndGivesTheTitle) {

@@ -16,6 +16,7 @@
 #include <QLineEdit>
 #include <QScrollBar>
 #include <QTest>
+#include <QTextDocumentFragment>
 #include <QTreeView>
 #include <memory>
 
@@ -242,6 +243,31 @@ TEST_F(FilePanelTest, ReportsAFolderThatCannotBeRead) {
     panel.SetPanelDirectory((folder.Path() / "zoo").c_str());
     EXPECT_THAT(alerts.texts.back(), HasSubstr("Permission denied"));
     ::chmod((folder.Path() / "zoo").c_str(), 0700);
+}
+
+TEST_F(FilePanelTest, TellsANameThatLooksLikeMarkupAsItIs) {
+    folder.Write("zoo/x <b> & y.txt", "x");
+    const Panel panel(B_OPEN_PANEL, receiver, folder.Path() / "zoo");
+    ASSERT_THAT(panel.Names(), ElementsAre("inside.txt", "x <b> & y.txt"));
+    const QString tip = panel.List().model()->index(1, 0).data(Qt::ToolTipRole).toString();
+    EXPECT_EQ(QTextDocumentFragment::fromHtml(tip).toPlainText(), "x <b> & y.txt");
+}
+
+TEST_F(FilePanelTest, IsAllInSight) {
+    Panel panel(B_SAVE_PANEL, receiver, folder.Path());
+    BWindow& window = *panel.Window();
+    panel.Hide();
+    window.ResizeTo(4000, 3000);
+    panel.Show();
+    test::Settle();
+    const BRect room = window.Room();
+    const BRect frame = window.Frame();
+    EXPECT_GE(frame.left, room.left);
+    EXPECT_GE(frame.top, room.top);
+    EXPECT_LE(frame.right, room.right);
+    EXPECT_LE(frame.bottom, room.bottom);
+    EXPECT_TRUE(frame.OffsetToCopy(0, 0).Contains(
+        window.ChildAt(0)->FindView("default button")->Frame().LeftTop()));
 }
 
 TEST_F(FilePanelTest, ReturnsFoldersOnlyWhereTheyAreWanted) {

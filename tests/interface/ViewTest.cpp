@@ -2,6 +2,7 @@
 #include "kits/interface/View.h"
 
 #include "kits/interface/Control.h"
+#include "kits/interface/Menu.h"
 #include "kits/interface/backends/ViewWidget.h"
 #include "support/WindowStage.h"
 
@@ -10,6 +11,7 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QTextDocumentFragment>
+#include <QToolButton>
 #include <string>
 #include <vector>
 
@@ -183,6 +185,12 @@ TEST(View, ShowsWordsThatLookLikeMarkupAsTheyAre) {
     EXPECT_EQ(QTextDocumentFragment::fromHtml(tipped->toolTip()).toPlainText(), words);
     view->SetToolTip("plain & simple");
     EXPECT_EQ(tipped->toolTip(), "plain & simple");
+
+    // A menu's title that has no room.
+    auto* field = new BMenuField({0, 0, 50, 20}, "field", nullptr, new BMenu("<b>long</b> title"));
+    const test::Stage other(field);
+    const QString tip = field->Widget().findChild<QToolButton*>()->toolTip();
+    EXPECT_EQ(QTextDocumentFragment::fromHtml(tip).toPlainText(), "<b>long</b> title");
 
     auto* alert = new BAlert("Warning", words, "OK");
     alert->SetDetails(words);

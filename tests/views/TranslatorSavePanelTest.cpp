@@ -1,12 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/interface/Control.h"
+#include "kits/interface/backends/ViewWidget.h"
+#include "kits/interface/backends/WindowWidget.h"
 #include "support/MessageLog.h"
 #include "support/TemporaryFolder.h"
 #include "support/WindowStage.h"
+#include "views/Contrast.h"
 #include "views/ImageExport.h"
 #include "views/R2RFVTranslatorSavePanel.h"
+#include "views/Theme.h"
 #include "views/TranslatorMenuItem.h"
 
+#include <QHeaderView>
+#include <QLabel>
+#include <QTreeView>
 #include <cmath>
 #include <cstring>
 
@@ -50,6 +57,48 @@ class TranslatorSavePanel : public testing::Test {
     test::AlertLog alerts;
     Panel panel{BMessenger(&receiver)};
 };
+
+/// The largest contrast of any two pixels there.
+double ContrastIn(QWidget& widget, const QRect& part) {
+    const QImage shown = widget.grab(part).toImage();
+    double most = 1;
+    const QRgb first = shown.pixel(0, 0);
+    const auto color = [](QRgb pixel) {
+        return rgb_color{uint8(qRed(pixel)), uint8(qGreen(pixel)), uint8(qBlue(pixel))};
+    };
+    for (int y = 0; y < shown.height(); y++) {
+        for (int x = 0; x < shown.width(); x++)
+            most = std::max(most, test::Contrast(color(first), color(shown.pixel(x, y))));
+    }
+    return most;
+}
+
+/// Also where they change while it is open.
+TEST_F(TranslatorSavePanel, CanBeReadInAllColors) {
+    const test::TemporaryFolder folder;
+    folder.Write("file", "x");
+    panel.SetPanelDirectory(folder.Path().c_str());
+    panel.Show();
+    test::Settle();
+    panel.ChooseFormat("PNG image");
+    panel.PressSettings();
+    QWidget& all = panel.Window()->Widget();
+    auto& list = *all.findChild<QTreeView*>();
+    QWidget& count = panel.View("CountVw").Widget();
+    QLabel& name = *panel.View("text view").Widget().findChild<QLabel*>();
+    ASSERT_EQ(list.model()->rowCount(), 1);
+    const QRect date = list.visualRect(list.model()->index(0, 2));
+    for (const vexa::ColorSet set :
+         {vexa::ColorSet::Dark, vexa::ColorSet::Light, vexa::ColorSet::Dark}) {
+        vexa::ChooseColors(set);
+        test::Settle();
+        EXPECT_GE(ContrastIn(*list.viewport(), date), 4.5);
+        EXPECT_GE(ContrastIn(*list.header()->viewport(), list.header()->viewport()->rect()), 4.5);
+        EXPECT_GE(ContrastIn(count, count.rect()), 4.5);
+        EXPECT_GE(ContrastIn(all, QRect(name.mapTo(&all, QPoint()), name.size())), 4.5);
+    }
+    vexa::ChooseColors(vexa::ColorSet::Light);
+}
 
 TEST_F(TranslatorSavePanel, MakesRoomForItsControls) {
     const BMessenger target(&receiver);

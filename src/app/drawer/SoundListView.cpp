@@ -284,8 +284,10 @@ void SoundListView::DrawRow(std::size_t row) {
                    {kTextLeft, frame.top + kTagsBaseline});
         return;
     }
-    const float categoryLeft = right - StringWidth(entry.category);
-    DrawString(entry.category, {categoryLeft, frame.top + kTagsBaseline});
+    // Half of the room is enough for those that the drawer offers; a document may name another one.
+    const std::string category = CutToFit(entry.category, (right - kTextLeft) / 2);
+    const float categoryLeft = right - StringWidth(category);
+    DrawString(category, {categoryLeft, frame.top + kTagsBaseline});
     DrawString(CutToFit(entry.tags, categoryLeft - kListMargin - kTextLeft),
                {kTextLeft, frame.top + kTagsBaseline});
     if (entry.own)

@@ -40,10 +40,17 @@ struct ControlColors {
     rgb_color selectedText = {255, 255, 255};
     rgb_color tip = {255, 255, 224};
     rgb_color tipText = {24, 24, 24};
+    /// The colour of file panels, and of what belongs to them.
+    rgb_color sheet = {216, 216, 216};
+    /// Their list, every other row of it, its header, and what divides that.
+    rgb_color list = {255, 255, 255};
+    rgb_color otherRow = {242, 244, 247};
+    rgb_color header = {228, 228, 228};
+    rgb_color headerLine = {180, 180, 180};
 };
 
-/// Gives all controls these colours from now on. Windows draw themselves anew; views are told by
-/// BWindow::ColorsChanged. Window thread, while there is an application.
+/// Gives all controls these colours from now on. Windows draw themselves anew, and their views are
+/// told by BView::ColorsChanged. Window thread, while there is an application.
 void SetControlColors(const ControlColors& colors);
 const ControlColors& PresentControlColors();
 

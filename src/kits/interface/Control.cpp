@@ -14,6 +14,7 @@
 #include <QMimeData>
 #include <QPainter>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QSignalBlocker>
 #include <QStyle>
 #include <QTextLayout>
@@ -74,6 +75,22 @@ class BTextControl::Line : public QLineEdit {
         if (tight)
             font.SetSize(kits::FittingFontSize(said, room - 2));
         setFont(kits::ToQt(font));
+    }
+
+    /// Makes one line of what was pasted or dropped: more cannot be seen, and what is copied
+    /// elsewhere often ends with a line break.
+    void JoinLines() {
+        static const QRegularExpression breaks("\\s*[\n\r\u2028\u2029]\\s*");
+        if (!text().contains(breaks))
+            return;
+        QString before = text().left(cursorPosition());
+        QString after = text().mid(cursorPosition());
+        if (after.isEmpty())
+            before = before.trimmed();
+        before.replace(breaks, " ");
+        after.replace(breaks, " ");
+        setText(before + after);
+        setCursorPosition(int(before.size()));
     }
 
     /// Where the character is shown, in pixels from the left.
@@ -259,6 +276,7 @@ BTextControl::BTextControl(BRect frame, const char* name, const char* label, con
         if (Text() != confirmed)
             Confirm();
     });
+    QObject::connect(line, &QLineEdit::textEdited, line, [this] { line->JoinLines(); });
     QObject::connect(line, &QLineEdit::textChanged, line, [this] {
         changes++;
         line->FitText();

@@ -16,9 +16,12 @@
 
 namespace {
 
-/// Room for the arrow and the frame, in pixels.
+// In pixels.
+
+/// Room for the arrow and the frame.
 constexpr float kArrowWidth = 13;
 constexpr float kLeftMargin = 4;
+constexpr int kWidestLabel = 480;
 
 /// Title at the left, arrow at the right.
 class Opener : public QToolButton {
@@ -44,6 +47,15 @@ class Opener : public QToolButton {
             {middle + QPointF(-3.5, -2), middle + QPointF(3.5, -2), middle + QPointF(0, 2.5)}));
     }
 };
+
+/// An item's label as the toolkit's menu is to show it: what is too long, as the name of a file may
+/// be, without its middle.
+QString ShownLabel(const BMenuItem& item, const QMenu& toolkit) {
+    const QFontMetrics metrics(toolkit.font());
+    // A single & would be taken for the mark of a shortcut.
+    return metrics.elidedText(kits::ToQt(item.Label()), Qt::ElideMiddle, kWidestLabel)
+        .replace("&", "&&");
+}
 
 } // namespace
 
@@ -153,20 +165,23 @@ void BMenu::Fill(QMenu& toolkit) {
     qDeleteAll(toolkit.findChildren<QMenu*>(Qt::FindDirectChildrenOnly));
     // Items are in a group, so that the mark looks like one of many.
     delete toolkit.findChild<QActionGroup*>();
-    auto* group = radio ? new QActionGroup(&toolkit) : nullptr;
+    QActionGroup* group = nullptr;
+    if (radio) {
+        group = new QActionGroup(&toolkit);
+        group->setExclusive(true);
+    }
     for (const std::unique_ptr<BMenuItem>& item : items) {
         if (dynamic_cast<const BSeparatorItem*>(item.get())) {
             toolkit.addSeparator();
             continue;
         }
         if (BMenu* below = item->Submenu()) {
-            QMenu* beside = toolkit.addMenu(kits::ToQt(item->Label()).replace("&", "&&"));
+            QMenu* beside = toolkit.addMenu(ShownLabel(*item, toolkit));
             beside->setFont(toolkit.font());
             below->Fill(*beside);
             continue;
         }
-        // A single & would be taken for the mark of a shortcut.
-        QAction* action = toolkit.addAction(kits::ToQt(item->Label()).replace("&", "&&"));
+        QAction* action = toolkit.addAction(ShownLabel(*item, toolkit));
         action->setCheckable(radio || item->IsMarked());
         action->setActionGroup(group);
         action->setChecked(item->IsMarked());
@@ -258,7 +273,7 @@ void BMenuField::ShowTitle() {
     button->setFont(kits::ToQt(font));
     const QString text = kits::ToQt(title);
     button->setText(QFontMetrics(button->font()).elidedText(text, Qt::ElideRight, int(room) + 1));
-    button->setToolTip(font.StringWidth(title) > room ? text : QString());
+    button->setToolTip(font.StringWidth(title) > room ? kits::TipText(text) : QString());
     button->setAccessibleDescription(text == button->accessibleName() ? QString() : text);
 }
 

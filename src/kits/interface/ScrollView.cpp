@@ -17,14 +17,21 @@ constexpr int kBarWidth = 12;
 /// Round what has got the focus.
 constexpr int kSight = 8;
 
+/// The area gives a bar the width that it asks for, whatever it is fixed to.
+class Bar : public QScrollBar {
+  public:
+    using QScrollBar::QScrollBar;
+    QSize sizeHint() const override { return {kBarWidth, kBarWidth}; }
+};
+
 /// Tab goes on through what is shown; the area itself has no use for the keyboard.
 class Area : public QScrollArea {
   public:
     Area() {
         setFrameShape(QFrame::NoFrame);
         setFocusPolicy(Qt::NoFocus);
-        horizontalScrollBar()->setFixedHeight(kBarWidth);
-        verticalScrollBar()->setFixedWidth(kBarWidth);
+        setHorizontalScrollBar(new Bar(Qt::Horizontal));
+        setVerticalScrollBar(new Bar(Qt::Vertical));
     }
 
   protected:

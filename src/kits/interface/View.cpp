@@ -6,7 +6,6 @@
 #include "kits/interface/backends/ViewWidget.h"
 
 #include <QAccessible>
-#include <QTextDocument>
 #include <algorithm>
 #include <cmath>
 
@@ -410,10 +409,7 @@ bool BView::IsFocusByKeys() const {
 
 void BView::SetToolTip(const char* text) {
     toolTip = text ? text : "";
-    // What looks like markup is not: it may be a stranger's comment.
-    const QString words = kits::ToQt(toolTip);
-    widget->setToolTip(
-        Qt::mightBeRichText(words) ? Qt::convertFromPlainText(words, Qt::WhiteSpaceNormal) : words);
+    widget->setToolTip(kits::TipText(kits::ToQt(toolTip)));
     if (QWidget* content = widget->Content())
         content->setAccessibleDescription(kits::ToQt(toolTip));
 }

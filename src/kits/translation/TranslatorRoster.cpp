@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/translation/TranslatorRoster.h"
 
+#include "kits/interface/Colors.h"
 #include "kits/interface/Slider.h"
 #include "kits/interface/backends/ViewWidget.h"
 #include "kits/support/DataIO.h"
@@ -85,7 +86,7 @@ class ConfigurationView : public BView {
     ConfigurationView(BRect frame, const Translator& translator)
         : BView(frame, translator.formats[1].name, B_FOLLOW_ALL_SIDES, B_WILL_DRAW),
           translator(translator) {
-        SetViewColor({216, 216, 216});
+        ConfigurationView::ColorsChanged();
         const Setting& setting = translator.setting;
         slider = new BSlider({kInset, kInset, frame.Width() - kInset, kInset + kSliderHeight},
                              setting.label, setting.label, new BMessage(kMoved), setting.minimum,
@@ -95,6 +96,7 @@ class ConfigurationView : public BView {
     }
 
     void AttachedToWindow() override { slider->SetTarget(this); }
+    void ColorsChanged() override { SetViewColor(kits::PresentControlColors().sheet); }
 
     void MessageReceived(BMessage* message) override {
         if (message->what == kMoved)

@@ -2,7 +2,9 @@
 #include "kits/interface/backends/Appearance.h"
 
 #include "kits/interface/Colors.h"
+#include "kits/interface/Window.h"
 #include "kits/interface/backends/ViewWidget.h"
+#include "kits/interface/backends/WindowWidget.h"
 
 #include <QApplication>
 #include <QPalette>
@@ -15,7 +17,7 @@ namespace kits {
 
 namespace {
 
-/// %1 to %19 are the colours, in the order of StyleSheet.
+/// %1 to %23 are the colours, in the order of StyleSheet.
 constexpr const char* kControls = R"(
 QLineEdit {
     border: 1px solid %1; border-radius: 2px; background: %2; color: %3;
@@ -42,17 +44,24 @@ QPushButton[onDark="true"]:pressed, QToolButton[onDark="true"]:pressed,
 QToolButton[onDark="true"]:open, QPushButton[onDark="true"]:checked { background: #3a4668; }
 QPushButton[onDark="true"]:disabled { color: #68708a; }
 QToolButton::menu-indicator { image: none; }
+QTreeView { border: 1px solid %1; background: %20; alternate-background-color: %21; }
+QTreeView::item { padding: 1px 4px; }
+QHeaderView::section {
+    padding: 2px 6px; border: none; border-right: 1px solid %23;
+    border-bottom: 1px solid %1; background: %22;
+}
 )";
 
 QString StyleSheet(const ControlColors& colors) {
     QString sheet = kControls;
     // A later colour's text has no percent sign that an earlier one could fill.
     for (const rgb_color color :
-         {colors.fieldFrame, colors.field, colors.text, colors.selection, colors.selectedText,
-          colors.accent, colors.disabledField, colors.faintText, colors.wrongFrame,
-          colors.wrongField, colors.buttonFrame, colors.buttonTop, colors.buttonBottom,
-          colors.buttonHover, colors.buttonPressed, colors.disabledFrame, colors.hoverFrame,
-          colors.defaultFrame, colors.faintButton})
+         {colors.fieldFrame,   colors.field,        colors.text,          colors.selection,
+          colors.selectedText, colors.accent,       colors.disabledField, colors.faintText,
+          colors.wrongFrame,   colors.wrongField,   colors.buttonFrame,   colors.buttonTop,
+          colors.buttonBottom, colors.buttonHover,  colors.buttonPressed, colors.disabledFrame,
+          colors.hoverFrame,   colors.defaultFrame, colors.faintButton,   colors.list,
+          colors.otherRow,     colors.header,       colors.headerLine})
         sheet = sheet.arg(ToQt(color).name());
     return sheet;
 }
@@ -106,6 +115,10 @@ void SetControlColors(const ControlColors& colors) {
     qApp->setStyleSheet(StyleSheet(colors));
     for (const auto& [widget, font] : fonts)
         widget->setFont(font);
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (auto* window = dynamic_cast<WindowWidget*>(widget))
+            window->Window().ColorsChanged();
+    }
 }
 
 } // namespace kits

@@ -16,15 +16,6 @@ namespace {
 constexpr int kSizeWidth = 84;
 constexpr int kDateWidth = 130;
 
-constexpr const char* kLook = R"(
-QTreeView { border: 1px solid #8c8c8c; background: white; alternate-background-color: #f2f4f7; }
-QTreeView::item { padding: 1px 4px; }
-QHeaderView::section {
-    padding: 2px 6px; border: none; border-right: 1px solid #b4b4b4;
-    border-bottom: 1px solid #8c8c8c; background: #e4e4e4;
-}
-)";
-
 constexpr auto kWholeRow = QItemSelectionModel::Select | QItemSelectionModel::Rows;
 
 } // namespace
@@ -44,7 +35,6 @@ FileList::FileList(FolderModel& model, bool multipleSelection) : model(model) {
     setAllColumnsShowFocus(true);
     setAlternatingRowColors(true);
     setTabKeyNavigation(false);
-    setStyleSheet(kLook);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setSelectionMode(multipleSelection ? ExtendedSelection : SingleSelection);

@@ -2,6 +2,7 @@
 #include "kits/interface/backends/FilePanelWindow.h"
 
 #include "kits/interface/Alert.h"
+#include "kits/interface/Colors.h"
 #include "kits/interface/Control.h"
 #include "kits/interface/backends/CompletingField.h"
 #include "kits/interface/backends/FileList.h"
@@ -24,8 +25,6 @@ namespace fs = std::filesystem;
 namespace kits {
 
 namespace {
-
-constexpr rgb_color kPanelColor = {216, 216, 216};
 
 // Places, in pixels; the window's content is (0, 0) to (kRight, kBottom) at first.
 
@@ -94,13 +93,24 @@ QScrollBar* TwinOf(QScrollBar& original) {
 
 } // namespace
 
-/// A line of text, shortened at its end where there is no room.
-class TextView : public BView {
+/// A view that has the colour of panels.
+class SheetView : public BView {
   public:
-    TextView(BRect frame, const char* name, uint32 resizingMode)
+    SheetView(BRect frame, const char* name, uint32 resizingMode)
         : BView(frame, name, resizingMode, B_WILL_DRAW) {
-        SetViewColor(kPanelColor);
+        SheetView::ColorsChanged();
     }
+
+    void ColorsChanged() override {
+        SetViewColor(PresentControlColors().sheet);
+        SetHighColor(PresentControlColors().text);
+    }
+};
+
+/// A line of text, shortened at its end where there is no room.
+class TextView : public SheetView {
+  public:
+    using SheetView::SheetView;
 
     void SetText(const std::string& next) {
         text = next;
@@ -128,8 +138,7 @@ FilePanelWindow::FilePanelWindow(FilePanelOwner& panel, file_panel_mode mode, ui
       model([this, filter](const entry_ref& file, const struct stat& status) {
           return (flavors & B_FILE_NODE) && (!filter || filter->Filter(&file, &status));
       }) {
-    auto* background = new BView(Bounds(), "background", B_FOLLOW_ALL_SIDES, B_WILL_DRAW);
-    background->SetViewColor(kPanelColor);
+    auto* background = new SheetView(Bounds(), "background", B_FOLLOW_ALL_SIDES);
     AddChild(background);
     list = new FileList(model, multipleSelection && mode == B_OPEN_PANEL);
     AddNavigation(*background);
@@ -317,9 +326,14 @@ void FilePanelWindow::Present() {
         const QWidget* behind = QApplication::activeWindow();
         const QRect area =
             behind ? behind->frameGeometry() : QApplication::primaryScreen()->availableGeometry();
-        const QPoint corner = area.center() - Widget().rect().center();
+        // What stands at its lower edge is to be in sight.
         const BRect room = Room();
-        MoveTo(std::max(float(corner.x()), room.left), std::max(float(corner.y()), room.top));
+        const float width = std::min(Bounds().Width(), room.Width());
+        const float height = std::min(Bounds().Height(), room.Height());
+        ResizeTo(width, height);
+        const QPoint corner = area.center() - Widget().rect().center();
+        MoveTo(std::clamp(float(corner.x()), room.left, room.right - width),
+               std::clamp(float(corner.y()), room.top, room.bottom - height));
         Show();
     } else {
         SetWorkspaces(B_CURRENT_WORKSPACE);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/interface/backends/FolderModel.h"
 
+#include "kits/interface/backends/ViewWidget.h"
+
 #include <QApplication>
 #include <QFile>
 #include <QLocale>
@@ -160,7 +162,7 @@ QVariant FolderModel::data(const QModelIndex& index, int role) const {
     if (role == Qt::TextAlignmentRole && index.column() == kSize)
         return QVariant(Qt::AlignRight | Qt::AlignVCenter);
     if (role == Qt::ToolTipRole)
-        return entry.label;
+        return TipText(entry.label);
     if (role != Qt::DisplayRole)
         return {};
     switch (index.column()) {

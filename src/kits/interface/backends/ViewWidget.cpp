@@ -6,6 +6,7 @@
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QScopedValueRollback>
+#include <QTextDocument>
 #include <QWheelEvent>
 
 namespace kits {
@@ -15,6 +16,11 @@ QImage ToQt(const BBitmap& bitmap) {
     return {static_cast<const uchar*>(bitmap.Bits()), bitmap.Bounds().IntegerWidth() + 1,
             bitmap.Bounds().IntegerHeight() + 1, bitmap.BytesPerRow(),
             alpha ? QImage::Format_ARGB32 : QImage::Format_RGB32};
+}
+
+QString TipText(const QString& words) {
+    return Qt::mightBeRichText(words) ? Qt::convertFromPlainText(words, Qt::WhiteSpaceNormal)
+                                      : words;
 }
 
 namespace {

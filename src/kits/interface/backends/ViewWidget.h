@@ -20,6 +20,10 @@ inline QString ToQt(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
+/// Returns what a tip has to be given to show these words. What looks like markup in them is not:
+/// it may be a stranger's comment, or the name of a file.
+QString TipText(const QString& words);
+
 /// Returns the pixels that a rectangle with inclusive edges covers.
 inline QRect ToQt(BRect rect) {
     const QPointF leftTop(rect.left, rect.top);

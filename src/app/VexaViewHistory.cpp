@@ -109,6 +109,7 @@ void VexaView::Redo() {
 void VexaView::InitialSound() {
     if (!plugin && !MayGiveUp([this] { InitialSound(); }))
         return;
+    KeepTyped();
     FollowMacros();
     Steps().GiveUp(true);
     const Sound initial = vexa::InitialSound();

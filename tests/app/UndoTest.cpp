@@ -341,12 +341,18 @@ TEST_F(UndoTest, AFormulaThatIsTypedIsNotLostToAnotherSound) {
     view->Undo();
     EXPECT_EQ(Text("Fxy"), "0.75*x");
     EXPECT_NEAR(Plays(1, 0), 0.75, 1e-6);
+    type("0.125*x");
+    alerts.answer = 1; // what is typed is an unsaved change, which is given up
+    view->InitialSound();
+    view->Undo();
+    EXPECT_EQ(Text("Fxy"), "0.125*x");
     // One that is wrong would only be complained of.
+    alerts.texts.clear();
     type("0.75*");
     view->LoadSound(In("sounds/bell.xml"));
     EXPECT_TRUE(alerts.texts.empty());
     view->Undo();
-    EXPECT_EQ(Text("Fxy"), "0.75*x");
+    EXPECT_EQ(Text("Fxy"), "0.125*x");
 }
 
 /// Choosing from the list asks nothing, as Undo goes back; closing does, as it does not.

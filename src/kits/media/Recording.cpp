@@ -123,7 +123,9 @@ void Recording::WriteWaiting() {
             if (!written)
                 fault = written.Fault();
         }
-        over = over || fault || full;
+        // Never back, as the window thread may say so at the same moment.
+        if (fault || full)
+            over = true;
     }
 }
 

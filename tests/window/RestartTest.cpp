@@ -35,14 +35,11 @@ TEST(Restarts, TheWindowPlaysOnWithinTwoSeconds) {
                           folder.Write("sine.xml", test::kSineSound).string(), "--midi",
                           "Computer keyboard"},
                          log);
-    const auto dismiss = [&desktop](const char* alert) {
-        test::WaitFor("the alert", [&] { return desktop.HasWindow(alert); });
-        desktop.UseWindow(alert);
-        desktop.Key("Return");
-        test::WaitFor("its end", [&] { return !desktop.HasWindow(alert); });
-    };
     // Not all of a document is there.
-    dismiss("Warning");
+    test::WaitFor("the warning", [&] { return desktop.HasWindow("Warning"); });
+    desktop.UseWindow("Warning");
+    desktop.Key("Return");
+    test::WaitFor("its end", [&] { return !desktop.HasWindow("Warning"); });
     const auto holdNote = [&] {
         desktop.UseWindow("Vexa");
         desktop.Do({"keydown", "q"});
@@ -66,7 +63,7 @@ TEST(Restarts, TheWindowPlaysOnWithinTwoSeconds) {
         std::fprintf(stderr, "restart %d by signal %d: back after %.2f s\n", restart, signal,
                      back.count());
         EXPECT_LT(back.count(), 2);
-        dismiss("Error");
+        test::WaitFor("the end of the alert", [&] { return !desktop.HasWindow("Error"); });
         desktop.Do({"keyup", "q"});
     }
     holdNote();

@@ -7,8 +7,8 @@
 
 namespace vexa {
 
-/// A sum c0 e + c1 Vel + c2 Key + c3 Ctl(c4) for one note, where e is an envelope's value or 1: the
-/// weight of e, and the rest.
+/// A sum c0 e + c1 Vel + c2 Key + c3 Ctl(c4) for one note, where e is an envelope's value or 1,
+/// split into the weight of e and the rest.
 struct Weights {
     double c0;
     /// The value of c1 Vel + c2 Key + c3 Ctl(c4).
@@ -24,13 +24,13 @@ struct Coefficients {
 
     bool operator==(const Coefficients&) const = default;
     Weights For(float vel, float key) const noexcept { return For(vel, key, control); }
-    /// Returns the sum for a note that has `own` as the value of the controller.
+    /// Returns the weights for a note whose value of the controller is `own`.
     VEXA_REALTIME Weights For(float vel, float key, double own) const noexcept {
         return {c0, c1 * vel + c2 * key + c3 * own};
     }
 };
 
-/// The places of the coefficients of one sum in a sound_param.
+/// The members of sound_param that hold the coefficients of one sum.
 struct CoefficientGroup {
     kits::Shared<float> sound_param::*c0;
     kits::Shared<float> sound_param::*c1;
@@ -38,13 +38,13 @@ struct CoefficientGroup {
     kits::Shared<float> sound_param::*c3;
     kits::Shared<int32> sound_param::*c4;
 
-    /// Reads the coefficients as they are now. Any thread.
+    /// Reads the current coefficients. Any thread.
     VEXA_REALTIME Coefficients Now(const sound_param& p,
                                    const ControllerTable& controllers) const noexcept {
         const int32 number = p.*c4 & 127;
         return {p.*c0, p.*c1, p.*c2, p.*c3, controllers[static_cast<std::size_t>(number)], number};
     }
-    /// Computes the sum as it is now. Any thread.
+    /// Computes the current weights. Any thread.
     Weights For(const sound_param& p, const ControllerTable& controllers, float vel,
                 float key) const noexcept {
         return Now(p, controllers).For(vel, key);

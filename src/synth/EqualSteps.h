@@ -1,24 +1,25 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Sums of equal steps, each addition rounded, without the chain of additions.
 //
-// Static, and without the standard library's templates, as the loops use it: an instance that uses
-// wide vectors could be linked into code that runs on any machine.
+// The functions are static and use no templates of the standard library because the loops include
+// them: an instance compiled for wide vectors could otherwise be linked into code that runs on any
+// machine.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
 
 namespace vexa {
 
-/// Returns what each addition of `step` to a sum near `start` adds once the sum is rounded.
+/// Returns the effective step: the increment that adding `step` to `start` makes after rounding.
 VEXA_REALTIME static inline double RoundedStep(double start, double step) noexcept {
     return start + step - start;
 }
 
-/// True where start + i rounded, which is then exact, is what i rounded additions of `step` give,
-/// for all i up to that of `last`. As long as a sum stays in one binade, the doubles there are a
-/// grid, and adding `step` always adds the same multiple `rounded` of the grid's width. That is not
-/// so if step lies in the middle of two multiples, where the rounding depends on the sum, nor for a
-/// sum that comes down to the binade's edge.
+/// Returns true if start + i * rounded, which is then exact, equals the result of i rounded
+/// additions of `step`, for all i up to the sum `last`. Within one binade the doubles form a
+/// uniform grid, and adding `step` always adds the same multiple `rounded` of the grid's spacing.
+/// Two cases are excluded: a step halfway between two multiples, where the rounding depends on the
+/// sum, and a sum that comes down to the binade's edge.
 VEXA_REALTIME static inline bool AddsTheSame(double start, double step, double rounded,
                                              double last) noexcept {
     if (step == 0)

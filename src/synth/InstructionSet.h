@@ -1,5 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// The instruction sets that loops are compiled for, and the best of them that this machine has.
+// SPDX-License-Identifier: GPL-3.0-or-later The instruction sets for which loops are compiled, and
+// the best of them on this machine.
 //
 // A file in a folder "loops" is compiled once for each (vexa_loops in cmake/VexaLibrary.cmake) and
 // defines a table of its loops each time.
@@ -12,22 +12,23 @@
 
 namespace vexa {
 
-/// Later ones include earlier ones. AVX2 comes with fused operations here, as in every machine that
-/// has it.
+/// Each set includes the earlier ones. `avx2` includes the fused operations (FMA), which every
+/// machine with AVX2 has.
 enum class InstructionSet { baseline, avx2, avx512 };
 
-/// This variable of the program's environment names a set, "baseline", "avx2" or "avx512", of which
-/// no later one is to be used, so that two of them can be compared.
+/// The environment variable that limits the instruction set to "baseline", "avx2" or "avx512", so
+/// that sets can be compared on one machine.
 constexpr const char* kInstructionSetVariable = "VEXA_INSTRUCTION_SET";
 
-/// Returns the best set of this machine, but none later than the environment allows. Any thread.
+/// Returns the best set of this machine up to the limit in the environment. Any thread.
 InstructionSet BestInstructionSet() noexcept;
 
-/// Checks that the environment names no set or one that this machine has. A program says the fault
-/// and ends; BestInstructionSet goes on as if such an environment named none. Any thread.
+/// Checks that the environment sets no limit, or names a set that this machine has. A program
+/// reports an error and exits; BestInstructionSet ignores an invalid limit. Any thread.
 kits::Result<void> CheckInstructionSet();
 
-/// The tables that this program may run, the fastest last, of `all` in the order of the sets.
+/// Returns the tables that this program may run, the fastest last. `all` is in the order of the
+/// sets.
 template<typename Table>
 std::span<const Table* const> Runnable(std::span<const Table* const> all) noexcept {
     return all.first(static_cast<std::size_t>(BestInstructionSet()) + 1);

@@ -1,5 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// An oscillator is one of a voice's two, for x and for y.
+// SPDX-License-Identifier: GPL-3.0-or-later The oscillator of one coordinate; each voice has one
+// for x and one for y.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -12,25 +12,27 @@
 
 namespace vexa {
 
-/// A phase that grows by equal steps, each addition rounded, and its sine and cosine over a block.
+/// Accumulates a phase by equal steps, each addition rounded, and computes its sine and cosine over
+/// a block.
 ///
-/// Where the rounded steps are equal too, sine and cosine come from the angle addition theorem:
-/// from those of the phase at the beginning of the cell, which is the stretch of kMostSamples
-/// samples that the block lies in, and from those of some steps, which are kept. So few sines are
-/// computed, and none depends on where in a cell blocks are cut. Media thread.
+/// If the rounded steps are equal too, sine and cosine come from the angle addition theorem: from
+/// those of the phase at the beginning of the cell and from kept ones of multiples of the step. A
+/// cell is the aligned stretch of kMostSamples samples in which the block lies. Few sines are
+/// computed this way, and none depends on where blocks split a cell. Media thread.
 class VEXA_REALTIME Oscillator {
   public:
     /// Returns the phase in radians, which is never wrapped.
     double Phase() const { return phase; }
     void Restart() { phase = 0; }
 
-    /// Lets `count` samples go by whose waves nobody asks for, in place of Begin and Advance.
+    /// Advances by `count` samples without computing waves, in place of Begin and Advance.
     void Pass(double newTurn, std::size_t newOffset, std::size_t count,
               const double* newFactors = nullptr) noexcept;
 
-    /// Begins a block `offset` samples after its cell; `turn` is the phase's step. Answers the
-    /// phase at the beginning of the cell, whose sine and cosine Advance needs. Where there are
-    /// factors, the step at moment i is turn newFactors[i]; they must stand until Advance.
+    /// Begins a block `newOffset` samples after the beginning of its cell; `newTurn` is the phase
+    /// step in radians. Returns the phase at the beginning of the cell, whose sine and cosine
+    /// Advance needs. If `newFactors` is not null, the step at sample i is newTurn * newFactors[i],
+    /// and the array must stay valid until Advance; the returned phase is then the current one.
     double Begin(double newTurn, std::size_t newOffset,
                  const double* newFactors = nullptr) noexcept {
         turn = newTurn;
@@ -46,8 +48,8 @@ class VEXA_REALTIME Oscillator {
         return begin;
     }
 
-    /// Begins `cells` whole cells at once, and writes the phases at their beginnings. False, and
-    /// nothing is begun, where the steps are not the same in all of them.
+    /// Begins `cells` whole cells at once and writes the phases at their beginnings. Returns false
+    /// and begins nothing if the rounded steps are not the same in all of them.
     bool BeginCells(double newTurn, std::size_t cells, double* begins) noexcept {
         const double wide = RoundedStep(phase, newTurn);
         const double cell = static_cast<double>(kMostSamples) * wide;
@@ -59,19 +61,20 @@ class VEXA_REALTIME Oscillator {
         return true;
     }
 
-    /// Which wave of the phase is wanted.
+    /// The wave of the phase that Advance computes.
     enum class Wave { sine, cosine };
     /// Fills in the waves of a coordinate for the next `count` samples, with the sine and the
-    /// cosine of what Begin answered. What is written to `space`, of kRoom values, must stand as
-    /// long as the coordinate is used.
+    /// cosine of the phase that Begin returned. `space` has room for kRoom values and must stay
+    /// unchanged as long as the coordinate is used.
     void Advance(Wave wave, double sine, double cosine, std::size_t count, double* space,
                  Coordinate& coordinate) noexcept;
-    /// Does the same for both ears, with a space each; all else of the coordinates stays as it is.
+    /// Does the same for both ears, with one space each; the other fields of the coordinates stay
+    /// unchanged.
     void Advance(Wave wave, const EarTurn& turn, double sine, double cosine, std::size_t count,
                  double* leftSpace, double* rightSpace, Coordinate& left,
                  Coordinate& right) noexcept;
 
-    /// Lets the cells that were begun go by; the waves of their steps.
+    /// Advances past the cells that BeginCells began. Returns the waves of their steps.
     const StepWaves* PassCells(std::size_t cells) noexcept {
         Coordinate coordinate;
         Advance(Wave::sine, 0, 0, cells * kMostSamples, nullptr, coordinate);
@@ -86,10 +89,11 @@ class VEXA_REALTIME Oscillator {
     double turn = 0;
     const double* factors = nullptr;
     std::size_t offset = 0;
-    /// What adding `turn` adds to the phase in this cell, and whether it always does.
+    /// The increment that adding `turn` makes after rounding, and whether it is the same throughout
+    /// this cell.
     double step = 0;
     bool even = false;
-    /// The step of which `waves` has the sines and cosines.
+    /// The step to which the sines and cosines in `waves` belong.
     double keptStep = std::numeric_limits<double>::quiet_NaN();
     StepWaves waves;
 };

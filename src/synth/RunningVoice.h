@@ -16,70 +16,71 @@
 
 namespace vexa {
 
-/// The running state of one voice; its slot in the voice table shows what others may know of it.
+/// The running state of one voice. Its slot in the voice table publishes the part that other
+/// threads may read.
 struct RunningVoice {
-    /// The slot's counts of changes, notes and pitches, as they were when they were taken up.
+    /// The slot's counts of changes, notes and pitches when this voice last took them up.
     uint32 changes = 0;
     uint32 notes = 0, tunes = 0;
     bool sounds = false;
     bool released = false;
-    /// It has been taken for ended, and the time that the function hears stands.
+    /// True if the voice was considered ended; the function's time input then stands still.
     bool stopped = false;
     float vel = 0, key = 0, freq = 0;
-    /// Where what sounds has come to another channel, by a legato key or by a note that goes on
-    /// from it, its volume goes from what it was, which is `before`, to that of the channel as
-    /// `arrives` goes from 0 to 1.
+    /// When the sounding voice moves to another channel, by a legato key or by a note that
+    /// continues it, its volume goes from its previous value `before` to that of the new channel
+    /// while `arrives` goes from 0 to 1.
     float before = 1;
     /// The channel, 0..15.
     std::size_t channel = 0;
     Ramp<float> arrives{1};
     OwnValues own = kNoOwnValues;
-    /// The intervals that glide and bend put between freq and the pitch, in semitones.
+    /// The intervals, in semitones, by which glide and bend move the pitch away from `freq`.
     PitchRamp glide, bend;
     /// Seconds since note-on or, once released, since note-off.
     double t = 0;
-    /// The samples since note-on; they go on after the release, but where it is `stopped`.
+    /// The samples since note-on. The count continues after the release, but not while `stopped`.
     std::size_t age = 0;
     /// The orbit's centre.
     double cx = 0, cy = 0;
     Oscillator x, y;
-    /// The values of OrbitSums. Other values are reached within `smooth` samples, but for those of
-    /// a note that has just begun.
+    /// The values of OrbitSums. They reach a new target within `smooth` samples, except that a note
+    /// that has just begun starts at its targets.
     std::array<Ramp<double>, kOrbitSums> sums;
     std::size_t smooth = 0;
     bool fresh = false, retuned = false;
-    /// The function's inputs that are macros and controllers: the note's own values, or those of
-    /// all where it has none.
+    /// The function's inputs that are macros and controllers: the note's own values, or the common
+    /// ones if it has none.
     std::array<Ramp<float>, kMostInputs> heard;
     /// The four envelopes (EnvelopePlaces), and their values at note-off.
     std::array<EnvelopeTrack, 4> envelopes;
     std::array<float, 4> rellevel{};
     LowCutFilter filter;
-    /// The filter of the right ear, while the two hear different things.
+    /// The filter of the right ear, while the two ears hear different signals.
     LowCutFilter rightFilter;
-    /// True where at the end of the last cell the note's point had come to a stand for good
+    /// True if the note's point had stopped for good at the end of the last cell
     /// (VoiceMotion::Stands).
     bool stands = false;
-    /// True where the filter had settled too: until something changes, each sample is filter.out.
+    /// True if the filter had settled too: until something changes, each sample is filter.out.
     bool rests = false;
-    /// True where nothing more will be heard of it, as long as nothing changes.
+    /// True if the voice stays silent as long as nothing changes.
     bool over = false;
-    /// While the point stands: whether what the function gives has moved away since the end of the
-    /// last cell, what it was then, and for how many samples up to that end it had not moved in any
-    /// cell.
+    /// Used while the point stands. `stirs`: the function's value has moved since the end of the
+    /// last cell. `level`: the value at that end. `stillFor`: the number of samples up to that end
+    /// without a movement in any cell.
     bool stirs = false;
     float level = 0;
     std::size_t stillFor = 0;
-    /// It has been cut off and fades, for so many samples more.
+    /// The remaining samples of the fade after the voice was cut off (`ends`).
     std::size_t left = 0;
     bool ends = false;
-    /// The gains are not simply 1.
+    /// True if the gains differ from 1.
     bool scaled = false;
-    /// The slot's count `expressed` when macros, tuning and gains were taken up.
+    /// The slot's count `expressed` when macros, tuning and gains were last taken up.
     uint32 expressed = 0;
-    /// The tuning that a host gives the note, in semitones.
+    /// The host's tuning of this note, in semitones.
     double tuning = 0;
-    /// The factors on what the left and the right ear hear.
+    /// The gains of the left and the right ear.
     std::array<Ramp<float>, 2> gains{Ramp<float>(1), Ramp<float>(1)};
     OwnMacros macros{};
 };

@@ -19,7 +19,7 @@ using ControllerTable = std::array<kits::Shared<float>, 128>;
 ///   dCx/dt = Cx0 EnvCx(t) + Cx1 Vel + Cx2 Key + Cx3 Ctl(Cx4),
 /// the radius of the orbit
 ///   Ax = EnvAx(t) (Ax0 + Ax1 Vel + Ax2 Key + Ax3 Ctl(Ax4)),
-/// the centre's place at note-on
+/// the centre's position at note-on
 ///   Cx(0) = C0x0 + C0x1 Vel + C0x2 Key + C0x3 Ctl(C0x4),
 /// and the same in y. Vel and Key are the note's velocity and number divided by 127, Ctl(n) is
 /// entry n of the controller table, n = 0..127. Fx and Fy are the turns of the orbit's x and y

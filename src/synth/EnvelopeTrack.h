@@ -1,5 +1,4 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// An envelope as one note follows it.
+// SPDX-License-Identifier: GPL-3.0-or-later The progress of one note through an envelope.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -11,39 +10,39 @@
 
 namespace vexa {
 
-/// Remembers the piece of the curve that the note is in, which mostly lasts for many blocks, and
-/// what was heard last: a curve that takes over under the note does not step. Media thread.
+/// Caches the note's current piece of the curve, which usually lasts for many blocks, and the last
+/// value in use, so that a new curve during the note causes no step. Media thread.
 class VEXA_REALTIME EnvelopeTrack {
   public:
-    /// A note or its release begins.
+    /// Begins a note or its release.
     void Restart() { curve = 0; }
-    /// What was heard is of no account any more: the next curve takes over at once.
+    /// Forgets the last value, so that the next curve takes effect at once.
     void Forget() {
         heard = 0;
         lag.Set(0);
     }
 
-    /// Goes on to the times from `first` to `last`, neither before those of the call before.
-    /// `released` and `level` as for EnvelopeCurve::Value, the same since Restart; the curve may be
-    /// another than before. True if the value stays the same over that time.
+    /// Advances to the times from `first` to `last`, which never decrease between calls. `released`
+    /// and `level` are those of EnvelopeCurve::Value and stay the same between Restarts; the curve
+    /// may differ from the previous call's. Returns true if the value is constant over that time.
     bool Holds(const EnvelopeCurve& next, float first, float last, bool released,
                float level) noexcept;
-    /// True where Holds would be true for all times from t on.
+    /// Returns true if Holds would be true for all times from t on.
     bool HoldsForGood(const EnvelopeCurve& next, float t, bool released, float level) noexcept {
         return Holds(next, t, std::numeric_limits<float>::infinity(), released, level);
     }
-    /// The value, where it stays the same.
+    /// Returns the value if it is constant (Holds).
     float Value() const noexcept { return static_cast<float>(piece.line.base); }
-    /// Gives what next.Values gives, for times between first and last.
+    /// Writes the same values as next.Values, for times between first and last.
     void Values(const EnvelopeCurve& next, const double* t, bool released, float level,
                 float* values, std::size_t count) const noexcept;
 
-    /// Begins a block, `offset` samples after its cell, in which the first value is to be `first`.
-    /// Where another curve was heard before, the difference fades within `smooth` samples, in a
-    /// straight line. True where something is to be added to the values of this block.
+    /// Begins a block `offset` samples after the beginning of its cell; `first` is the curve's
+    /// first value. If another curve was in use before, the difference fades linearly within
+    /// `smooth` samples. Returns true if a difference must be added to the values of this block.
     bool Follow(const EnvelopeCurve& next, float first, std::size_t smooth,
                 std::size_t offset) noexcept;
-    /// Adds it.
+    /// Adds the fading difference to the block's values.
     void AddLag(RampParts& parts, float* values, std::size_t count) noexcept;
     /// The last value of the block.
     void Heard(float value) noexcept { last = value; }
@@ -55,13 +54,13 @@ class VEXA_REALTIME EnvelopeTrack {
     void Rescale(double ratio) noexcept { lag.Rescale(ratio); }
 
   private:
-    /// Number of the curve that the piece is of; 0 for none.
+    /// The number of the curve to which the piece belongs; 0 for none.
     std::uint64_t curve = 0;
     EnvelopeCurve::Piece piece{};
-    /// Number of the curve that was heard last, 0 for none, and the value.
+    /// The number of the curve that was last in use, 0 for none, and its value.
     std::uint64_t heard = 0;
     float last = 0;
-    /// What is left of the difference to the curve before.
+    /// The rest of the difference from the previous curve.
     Ramp<double> lag;
 };
 

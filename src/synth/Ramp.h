@@ -1,5 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// Values that go to where they are wanted in a straight line instead of stepping.
+// SPDX-License-Identifier: GPL-3.0-or-later Values that reach a new target along a straight line
+// instead of in a step.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -14,11 +14,11 @@
 
 namespace vexa {
 
-/// The parts of their ways that ramps have gone at each moment of a block. Most go side by side, as
-/// one hand moves them all: those of the last one are kept. Media thread.
+/// The completed fraction of a ramp at each sample of a block. Most ramps run in parallel because
+/// one controller moves them all, so the fractions of the last ramp are cached. Media thread.
 class RampParts {
   public:
-    /// Makes the parts for a block of `count` samples.
+    /// Prepares the fractions of a block of `count` samples.
     VEXA_REALTIME explicit RampParts(std::size_t count) : count(count) {}
 
     VEXA_REALTIME const double* Of(std::size_t newDone, std::size_t newLength) noexcept {
@@ -35,26 +35,26 @@ class RampParts {
     alignas(64) std::array<double, kCellRoom> parts;
 };
 
-/// Returns how many samples these are at a rate that is `ratio` times theirs.
+/// Converts a number of samples to a rate that is `ratio` times the current one.
 VEXA_REALTIME inline std::size_t Rescaled(std::size_t samples, double ratio) noexcept {
     return static_cast<std::size_t>(std::round(static_cast<double>(samples) * ratio));
 }
 
-/// A value on its way. Media thread.
+/// A value that moves to its target in a straight line. Media thread.
 ///
-/// Whether it varies is decided for whole cells (Oscillator), so that what is computed in one way
-/// or another does not depend on where blocks are cut.
+/// Whether it varies is decided for whole cells (Oscillator), so that the choice of the computation
+/// does not depend on where blocks split a cell.
 template<class Number>
 class VEXA_REALTIME Ramp {
   public:
     VEXA_REALTIME explicit Ramp(Number initial = 0) : from(initial), to(initial) {}
 
-    /// Puts the value there at once.
+    /// Sets the value and the target at once.
     void Set(Number value) noexcept { *this = Ramp(value); }
 
-    /// Begins a block, `offset` samples after its cell: the value goes to `target` within
-    /// `samples`, which it reaches exactly; it begins anew wherever the target is another. Answers
-    /// whether it is another.
+    /// Begins a block `offset` samples after the beginning of its cell. The value goes to `target`
+    /// within `samples` and reaches it exactly; a new target starts a new ramp. Returns whether the
+    /// target is new.
     bool Aim(Number target, std::size_t samples, std::size_t offset) noexcept {
         if (offset == 0 && done == length)
             varies = false;
@@ -68,12 +68,14 @@ class VEXA_REALTIME Ramp {
         return true;
     }
 
-    /// True where the value may move in this block.
+    /// Returns true if the value may move in this block.
     bool Varies() const noexcept { return varies; }
-    /// True where a block in which `target` is wanted finds the value there and leaves it.
+    /// Returns true if the value is at `target`, so that a block with this target leaves it
+    /// unchanged.
     bool StaysAt(Number target) const noexcept { return !varies && to == target; }
-    /// Returns in how many whole cells, at most `most`, the value varies if it varies in the first
-    /// of them, and stays if it stays there, as long as nothing else is wanted.
+    /// Returns the number of whole cells, at most `most`, that are like the first of them: the
+    /// value varies in all of them or stays constant in all, provided that the target does not
+    /// change.
     std::size_t CellsAlike(std::size_t most) const noexcept {
         const std::size_t left = (length - done + kMostSamples - 1) / kMostSamples;
         return left > 0 && left < most ? left : most;
@@ -83,11 +85,11 @@ class VEXA_REALTIME Ramp {
             return to;
         return from + (to - from) * (static_cast<Number>(done) / static_cast<Number>(length));
     }
-    /// Returns where the value is or goes to.
+    /// Returns the target, which is the value itself once it has arrived.
     Number End() const noexcept { return to; }
     bool Moves() const noexcept { return done < length; }
-    /// Writes the next `count` values, those of the parts' block, with room as for BlockLoops, and
-    /// lets them go by.
+    /// Writes the next `count` values, for the block of the fractions, and advances past them. The
+    /// arrays have the room that BlockLoops needs.
     void Write(RampParts& parts, double* values,
                std::size_t count) noexcept requires std::same_as<Number, double> {
         if (!Moves()) {
@@ -97,11 +99,11 @@ class VEXA_REALTIME Ramp {
         Loops().Ramp({from, to}, parts.Of(done, length), values, count);
         Pass(count);
     }
-    /// Lets samples go by.
+    /// Advances by a number of samples.
     void Pass(std::size_t samples) noexcept {
         done = samples < length - done ? done + samples : length;
     }
-    /// Returns the samples that are left.
+    /// Returns the remaining samples.
     std::size_t Left() const noexcept { return length - done; }
     /// Goes on at a rate that is `ratio` times the one so far.
     void Rescale(double ratio) noexcept {
@@ -116,11 +118,11 @@ class VEXA_REALTIME Ramp {
     bool varies = false;
 };
 
-/// An interval that goes to another in a straight line, and so its factor on a frequency
+/// An interval that moves to another one linearly, so that its frequency factor moves
 /// exponentially. Media thread.
 class VEXA_REALTIME PitchRamp {
   public:
-    /// Sets the interval at once; it is in semitones, as all intervals here.
+    /// Sets the interval at once, in semitones like all intervals here.
     void Set(double interval) noexcept {
         line.Set(interval);
         factor = end = RatioOf(interval);
@@ -146,7 +148,7 @@ class VEXA_REALTIME PitchRamp {
         else
             factor = end;
     }
-    /// Multiplies each by the factor at its moment, and goes on.
+    /// Multiplies each value by the factor at its sample, and advances.
     void Scale(double* factors, std::size_t count) noexcept {
         for (std::size_t i = 0; i < count; i++) {
             factors[i] *= factor;

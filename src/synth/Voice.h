@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The sounding notes: the table that the MIDI thread fills and the media thread plays.
 //
-// Every field has one writing thread, so nobody's store can undo another's. The MIDI thread writes
-// a note into a slot and takes note of its release; the media thread runs the note in a record of
-// its own (VoiceRenderer) and shows in the slot how far it has come. Only `active` is everybody's.
+// Every field has one writing thread, so no thread's store can undo another's. The MIDI thread
+// writes a note into a slot and records its release there; the media thread runs the note in a
+// private record (VoiceRenderer) and publishes its progress in the slot. Only `active` may be
+// written by all.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -19,25 +20,25 @@
 
 namespace vexa {
 
-/// The number of values that a note's orbit formulas come to. For x and y each, x first in every
+/// The number of values to which a note's orbit formulas reduce. For x and y each, x first in every
 /// pair, these are the weight of the drift's envelope, the rest of the drift, and the radius
 /// without its envelope.
 constexpr std::size_t kOrbitSums = 6;
 using OrbitSums = std::array<double, kOrbitSums>;
 
-/// Tells whether a slot sounds, and how often its note has changed, in one word, so that silencing
-/// the note that one looked at cannot silence its successor. Wait-free.
+/// Holds in one word whether a slot sounds and how often its note has changed, so that an attempt
+/// to silence a note cannot silence its successor. Wait-free.
 class VEXA_REALTIME VoiceState {
   public:
-    /// The word at one moment.
+    /// A snapshot of the word.
     class VEXA_REALTIME Seen {
       public:
         VEXA_REALTIME explicit Seen(uint32 word) : word(word) {}
-        /// True where the slot sounds.
+        /// Returns true if the slot sounds.
         bool Active() const { return word & kActive; }
-        /// The MIDI thread is rewriting the slot at this moment.
+        /// Returns true if the MIDI thread is rewriting the slot.
         bool Changing() const { return word & kChanging; }
-        /// Returns a number that differs after every change of the note; it wraps around.
+        /// Returns a count that every change of the note increases; it wraps around.
         uint32 Changes() const { return word >> 2; }
         bool operator==(const Seen&) const = default;
 
@@ -49,21 +50,21 @@ class VEXA_REALTIME VoiceState {
     /// Reads the word. It is sequentially consistent with every change. Any thread.
     Seen Look() const noexcept { return Seen(word.load()); }
 
-    /// Ends the note that was seen, at once. False, and nothing happens, if the slot has changed
-    /// since or is changing now. Any thread.
+    /// Ends the note of the snapshot at once. Returns false, without effect, if the slot has
+    /// changed since or is changing now. Any thread.
     bool Silence(Seen seen) noexcept {
         return !seen.Changing() && word.compare_exchange_strong(seen.word, seen.word & ~kActive);
     }
 
-    /// MIDI thread: begins to rewrite the slot's note. Answers what the slot was.
+    /// MIDI thread: begins to rewrite the slot's note. Returns the previous state.
     Seen BeginChange() noexcept { return Seen(word.fetch_or(kChanging)); }
-    /// MIDI thread: the note is complete; all that was written since BeginChange is visible to
-    /// whoever sees the new count of changes.
+    /// MIDI thread: completes the note. All writes since BeginChange are visible to a thread that
+    /// reads the new count of changes.
     void EndChange(bool active) noexcept {
         const uint32 changes = (word.load(std::memory_order_relaxed) >> 2) + 1;
         word.store(changes << 2 | (active ? kActive : 0));
     }
-    /// MIDI thread: ends whatever note the slot has.
+    /// MIDI thread: ends the slot's current note, if any.
     void Silence() noexcept { word.fetch_and(~kActive); }
 
   private:
@@ -78,11 +79,13 @@ struct voice {
 
     // Written by the MIDI thread between BeginChange and EndChange, read by all.
 
-    /// Counts the notes that the slot has had; it tells a new note from a release.
+    /// Counts the slot's notes; this distinguishes a new note from a release.
     kits::Shared<uint32> notes;
-    /// f at the orbit's start, which the filter is charged with so that the note begins at 0.
+    /// The value of f at the orbit's start. The filter is initialised with it so that the note
+    /// begins at 0.
     kits::Shared<float> start;
-    /// The note took over a slot that sounded: it begins at that slot's last output instead.
+    /// True if the note took over a sounding slot: it then begins at that slot's last output
+    /// instead.
     kits::Shared<bool> continues;
     /// The orbit's centre at note-on.
     kits::Shared<float> startcx, startcy;
@@ -92,19 +95,18 @@ struct voice {
     kits::Shared<float> vel;
     /// The note number divided by 127, which is also the note's identity, compared exactly.
     kits::Shared<float> key;
-    /// Counts the pitches that the slot has had; one that is not a new note's is taken without an
-    /// attack.
+    /// Counts the slot's pitches; a new pitch without a new note is taken without an attack.
     kits::Shared<uint32> tunes;
     /// The channel of the note, 0..15.
     kits::Shared<int32> channel;
-    /// The pitch comes, within so many seconds, from where the slot's voice is, or from a
-    /// frequency (Hz; 0 for nowhere).
+    /// The glide to the pitch: its duration in seconds, and whether it starts at the pitch of the
+    /// slot's voice or at a given frequency (Hz; 0 for no glide).
     kits::Shared<float> glide;
     kits::Shared<bool> glideson;
     kits::Shared<float> glidefrom;
-    /// The key has been let go.
+    /// True after the key was released.
     kits::Shared<bool> released;
-    /// Written at note-off: the seconds since note-on, and the values of the four envelopes then
+    /// Written at note-off: the seconds since note-on, and the four envelopes' values at that time
     /// (EnvelopePlaces).
     kits::Shared<float> heldfor;
     std::array<kits::Shared<float>, 4> rellevel;
@@ -116,16 +118,16 @@ struct voice {
     /// The values of OwnValues.
     std::array<kits::Shared<float>, kOwnControllers> own;
     std::array<kits::Shared<OwnMacro>, kMacros> macros;
-    /// Semitones on top, however the sound is played.
+    /// An additional tuning in semitones, which applies regardless of the sound's settings.
     kits::Shared<float> tuning;
-    /// The factors on what the left and the right ear hear of it.
+    /// The gains of the note for the left and the right ear.
     std::array<kits::Shared<float>, 2> gains{1.0F, 1.0F};
-    /// Counts the changes of macros, tuning and gains; it is written after them.
+    /// Counts the changes of macros, tuning and gains; written after them.
     kits::Shared<uint32> expressed;
 
     // Written by the media thread after each stretch that it has rendered, read by all.
 
-    /// state.Changes() of the note that the following fields are about, written after them.
+    /// state.Changes() of the note to which the following fields belong, written after them.
     kits::Shared<uint32> rendered;
     /// The count `notes` of that note.
     kits::Shared<uint32> renderednotes;
@@ -134,72 +136,72 @@ struct voice {
     /// The phases in radians, 0 at note-on and never wrapped.
     kits::Shared<double> phasex, phasey;
     kits::Shared<double> cx, cy;
-    /// The frequency that is heard in Hz, with glide and bend.
+    /// The sounding frequency in Hz, with glide and bend.
     kits::Shared<float> pitch;
     /// The values of OrbitSums.
     std::array<kits::Shared<double>, kOrbitSums> sums;
     /// The last sample, after the filter.
     kits::Shared<float> out;
-    /// It is released, its point has come to a stand for good, and nothing more is heard of it.
+    /// True if the note is released, its point has stopped for good, and it stays silent.
     kits::Shared<bool> over;
 };
 
-/// Slots for one note more than may ever sound, so that a free one is always found.
+/// One slot more than the notes that may sound at once, so that a free slot always exists.
 constexpr int kVoiceSlots = 21;
-/// The most voices that a user may ask for.
+/// The highest polyphony that a user may set.
 constexpr int kMostVoices = kVoiceSlots - 1;
 using VoiceTable = std::array<voice, kVoiceSlots>;
 
-/// A sounding note as the media thread will go on with it.
+/// A sounding note in the state from which the media thread will continue.
 struct VoiceView {
     bool released;
     double t, phasex, phasey, cx, cy;
-    /// Hz, as it is heard.
+    /// The sounding frequency in Hz.
     float freq;
     float vel, key;
-    /// The sums as they are heard; nothing where the note has not been heard yet.
+    /// The sums in use; nothing if the note has not been rendered yet.
     std::optional<OrbitSums> sums;
     std::array<float, 4> rellevel;
 };
 
-/// Reads the slot's own controllers, as they are now. Any thread.
+/// Reads the current values of the slot's own controllers. Any thread.
 VEXA_REALTIME OwnValues OwnOf(const voice& slot);
 
-/// Reads a slot. Where the media thread has not taken a new note or a release up yet, the note is
-/// where it will start, at t = 0. Where the note changes meanwhile, fields of the old and the new
-/// may mix. Any thread.
+/// Reads a slot. If the media thread has not yet taken up a new note or a release, the result is
+/// the note's starting state, at t = 0. If the note changes during the call, fields of the old and
+/// the new note may mix. Any thread.
 VoiceView Look(const voice& slot);
 
-/// Returns the seconds since note-on or note-off, as Look gives them.
+/// Returns the seconds since note-on or note-off, equal to those that Look returns.
 VEXA_REALTIME double Seconds(const voice& slot, VoiceState::Seen seen);
 
-/// True where the slot's note does not sound or is over, as far as the media thread has come. Any
-/// thread.
+/// Returns true if the slot's note does not sound, or if the media thread has published that it is
+/// over. Any thread.
 VEXA_REALTIME bool IsOver(const voice& slot, VoiceState::Seen seen);
 
-/// True where IsOver is true of all slots. Any thread.
+/// Returns true if IsOver is true for all slots. Any thread.
 bool IsSilent(const VoiceTable& voices);
 
-/// Counts the slots of which IsOver is not true. Any thread.
+/// Returns the number of slots for which IsOver is false. Any thread.
 int CountHeard(const VoiceTable& voices);
 
-/// Counts the slots that sound, also those that are over. Any thread.
+/// Returns the number of sounding slots, including those that are over. Any thread.
 VEXA_REALTIME int CountActive(const VoiceTable& voices);
 
-/// The voice that is given up first: among the released ones that sound, the longest released,
-/// else the longest held; of equal ones the highest slot. `seen` is the state it was chosen by.
+/// The voice to steal first: of the sounding released voices the longest released, else the longest
+/// held; of equal ones the highest slot. `seen` is the state by which it was chosen.
 struct Choice {
     int slot;
     VoiceState::Seen seen;
 };
-/// slot is -1 when nothing sounds. Any thread, wait-free.
+/// `slot` is -1 if nothing sounds. Any thread, wait-free.
 VEXA_REALTIME Choice LongestVoice(const VoiceTable& voices);
 
-/// Silences LongestVoice. Where that note has just been replaced it chooses again, at most once per
-/// slot. False if nothing was silenced. Any thread, wait-free.
+/// Silences LongestVoice. If that note has just been replaced, it chooses again, at most once per
+/// slot. Returns false if nothing was silenced. Any thread, wait-free.
 VEXA_REALTIME bool ReduceVoicesByOne(VoiceTable& voices);
 
-/// Silences the notes whose keys have been let go, at once. Any thread, wait-free.
+/// Silences all notes with released keys at once. Any thread, wait-free.
 void SilenceReleased(VoiceTable& voices);
 
 } // namespace vexa

@@ -1,5 +1,4 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// Turns the voice table into samples.
+// SPDX-License-Identifier: GPL-3.0-or-later Renders the notes of the voice table as samples.
 #pragma once
 
 #include "kits/support/Published.h"
@@ -25,19 +24,19 @@ namespace vexa {
 /// Moves each sounding voice's point along its orbit, reads the plane function there, passes it
 /// through the voice's low-cut filter and sums the voices.
 ///
-/// It keeps the running state of every voice to itself and shows it in the voice table after each
-/// Render; notes, releases and coefficients that other threads write are taken up at the start of
-/// each block of kBlock samples, or of up to kMostCells such blocks where a Render asks for so many
-/// and nothing has changed. Whoever must have an event at its exact sample ends a Render there.
+/// The running state of every voice is private; each Render publishes it in the voice table at its
+/// end. Notes, releases and coefficients from other threads take effect at the start of each block
+/// of kBlock samples, or of up to kMostCells such blocks if a Render is that long and nothing has
+/// changed. A caller that needs an event at its exact sample ends a Render there.
 class VoiceRenderer {
   public:
-    /// The gain that all programs play with unless told otherwise; it leaves room for a chord.
+    /// The default gain of all programs; it leaves headroom for a chord.
     static constexpr float kUsualGain = 0.25F;
-    /// The samples that are computed in one go.
+    /// The number of samples in a block.
     static constexpr std::size_t kBlock = kMostSamples;
 
     /// Makes a renderer with gain 0, dummyfunction and 44100 samples per second. The records are
-    /// shared and outlive it. It allocates.
+    /// shared and must outlive the renderer. Allocates.
     VoiceRenderer(const ControllerTable& controllers, Macros& macros, const sound_param& parameters,
                   const Playing& playing, const ChannelVolumes& volumes, VoiceTable& voices);
 
@@ -46,46 +45,47 @@ class VoiceRenderer {
     VEXA_REALTIME void Render(float* buffer, std::size_t count) noexcept {
         Render(buffer, nullptr, count);
     }
-    /// Renders for two ears, which are as far apart as the sound says. Where `right` is null, or
-    /// the spread is 0, both hear what one hears, and it costs as much.
+    /// Renders for two ears, at the distance that the sound's spread sets. If `right` is null or
+    /// the spread is 0, both ears get the signal of one, at the cost of one.
     VEXA_REALTIME void Render(float* left, float* right, std::size_t count) noexcept;
 
-    /// True where f was so large that it was bounded (kMostHeard). Any thread.
+    /// Returns true if a value of f exceeded kMostHeard and was clamped. Any thread.
     bool HasBounded() const { return bounded; }
 
-    /// Sets the factor on the sum, 0..1; anything else is ignored. Any thread.
+    /// Sets the gain of the sum, 0..1; other values are ignored. Any thread.
     void SetGain(float next) noexcept;
 
-    /// Sets the function from the next sample on. The one before is let go when no Render that may
-    /// have begun before this call is running. Window thread.
+    /// Sets the function from the next sample on. The previous one is released once no Render that
+    /// may have begun before this call is running. Window thread.
     void SetFunction(const PlaneFunction& next) { function.Publish(next); }
 
-    /// Says that the function that is set next comes with other coefficients and envelopes, and
-    /// that all of them are there, if there were any. An orbit of one sound may lead far up another
-    /// one's terrain: in between nothing is heard, and nothing glides from the one to the other.
-    /// Window thread.
+    /// Announces that the function that is set next belongs to other coefficients and envelopes,
+    /// and reports that all of them are set, respectively. The orbit of one sound may reach extreme
+    /// values of another sound's terrain: in between the output is silent, and no value glides from
+    /// one sound to the other. Window thread.
     void BeginReplacing() noexcept { replacing = replacing | 1U; }
     void EndReplacing() noexcept { replacing = replacing + (replacing & 1U); }
 
-    /// Sets whether notes that sound go on from where they are when the sound becomes another one
-    /// at once: what would be a step is an offset then, which their low-cut filters take away. At
-    /// first they do not. Any thread.
+    /// Sets whether sounding notes continue from their current output when the sound is replaced at
+    /// once: the step becomes an offset, which their low-cut filters remove. Off by default. Any
+    /// thread.
     void SetJoins(bool whether) noexcept { joins = whether; }
 
-    /// Forgets all notes at once, and what lingers of them; those that the table has still begin
-    /// anew. It must not be called while rendering.
+    /// Drops all notes and their tails at once; notes that are still in the table begin again. Must
+    /// not be called while rendering.
     VEXA_REALTIME void Clear() noexcept;
 
-    /// Sets the samples per second, of which one in `oversampling` is heard: the low-cut filters
-    /// keep their corner. Voices that sound go on. It must not be called while rendering.
+    /// Sets the sample rate, of which the output keeps one sample in `oversampling`; the low-cut
+    /// filters keep their corner frequency. Sounding voices continue. Must not be called while
+    /// rendering.
     VEXA_REALTIME void SetSampleRate(double rate, int oversampling = 1) noexcept;
-    /// Returns what the sound wants `oversampling` to be. Any thread.
+    /// Returns the oversampling factor that the sound asks for. Any thread.
     VEXA_REALTIME int Oversampling() const noexcept { return playing.Oversampling(); }
 
   private:
     struct Block;
-    /// What one ear hears over several cells: the places of the voices, the values there, and their
-    /// sum. It is too large for the stack of a host's thread.
+    /// One ear's data over several cells: the points of the voices, the function's values there,
+    /// and their sum. It is too large for the stack of a host's thread.
     struct CellEar {
         alignas(64) std::array<float, kMostCells * kVoiceSlots * kBlock> x, y;
         alignas(64) std::array<float, kMostCells * kVoiceSlots * kBlock + kSlack> s;
@@ -98,9 +98,9 @@ class VoiceRenderer {
     VEXA_REALTIME void TakeUpHands(RunningVoice& running, const voice& slot) noexcept;
     VEXA_REALTIME std::size_t Smooth() const noexcept;
     VEXA_REALTIME void CutOff(RunningVoice& running) noexcept;
-    /// Returns the samples in that time, at least one.
+    /// Returns the number of samples in that time, at least one.
     VEXA_REALTIME std::size_t SamplesIn(double seconds) const noexcept;
-    /// True where a sound takes another's place, or has done so since the last Render began.
+    /// Returns true if a sound is being replaced, or has been since the last Render began.
     VEXA_REALTIME bool IsReplaced() const noexcept {
         return replaced % 2 != 0 || replaced != replacing;
     }
@@ -136,23 +136,23 @@ class VoiceRenderer {
     OutputMix mix;
     Ears ears;
     std::unique_ptr<std::array<CellEar, 2>> cellEars{std::make_unique<std::array<CellEar, 2>>()};
-    /// The right ear has filters of its own.
+    /// True if the right ear has its own filters.
     bool apart = false;
     VoiceTable& voices;
     kits::Shared<float> gain{0};
     kits::Published<PlaneFunction> function{dummyfunction};
     double sampleRate = 44100;
-    /// The rate that the low-cut filters' constants are computed for.
+    /// The rate for which the low-cut filters' constants are computed.
     double filterRate;
-    /// How many samples were rendered since the beginning of the present cell (Oscillator).
+    /// The number of samples rendered since the beginning of the current cell (Oscillator).
     std::size_t offset = 0;
     kits::Shared<bool> bounded{false};
     kits::Shared<bool> joins{false};
-    /// The sound on which the voices that rest depend, as it was in the last block.
+    /// The sound of the last block, on which the resting voices depend.
     VoiceMotion::Sound sound{};
     const PlaneSource* heard = nullptr;
-    /// How often a sound has taken the place of another, times two; odd while one does. And the
-    /// count when the last Render began.
+    /// Twice the number of times that a sound was replaced, odd during a replacement; and its value
+    /// when the last Render began.
     kits::Shared<uint32> replacing{0};
     uint32 replaced = 0;
     kits::Reader reader;

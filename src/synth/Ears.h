@@ -1,5 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// The two ears read the plane at two places of the orbit.
+// SPDX-License-Identifier: GPL-3.0-or-later The two ears: the left and the right channel read the
+// plane at two points of the orbit.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -12,11 +12,10 @@
 
 namespace vexa {
 
-/// The angle, in radians, by which an oscillator's phase is earlier for the left ear, and later for
-/// the right one, over a block.
+/// The angle by which an oscillator's phase is earlier for the left ear and later for the right
+/// one, over a block.
 struct EarTurn {
-    /// The angle at the block's beginning, or, where there are `angles`, at each moment of it; in
-    /// radians.
+    /// The angle in radians: constant, or, if `angles` is not null, one per sample of the block.
     double angle = 0;
     const double* angles = nullptr;
     double sine = 0, cosine = 1;
@@ -24,7 +23,7 @@ struct EarTurn {
     /// Returns the angle at moment i of the block.
     VEXA_REALTIME double At(std::size_t i) const noexcept { return angles ? angles[i] : angle; }
 
-    /// The waves that the ears hear of a phase with this sine and cosine, while the angle stays.
+    /// The sines and cosines at the two ears' phases, for a constant angle.
     struct Heard {
         double leftSine, leftCosine, rightSine, rightCosine;
     };
@@ -39,16 +38,15 @@ struct EarTurn {
 /// later: at phases less and more by Fx spread / 2 in x and Fy spread / 2 in y. Media thread.
 class VEXA_REALTIME Ears {
   public:
-    /// Begins a block of `count` samples, `offset` after its cell. The angles get where the spread
-    /// (degrees) has them within `ramp` samples; the first block finds them there.
+    /// Begins a block of `count` samples, `offset` after its cell. The angles reach those of the
+    /// spread (degrees) within `ramp` samples; the first block starts there.
     void Begin(const sound_param& p, double spread, std::size_t ramp, std::size_t offset,
                std::size_t count) noexcept;
 
-    /// True where a block in which the ears are wanted so far apart, in degrees, leaves them where
-    /// they are.
+    /// Returns true if a block with this spread, in degrees, leaves the angles unchanged.
     bool StayAt(const sound_param& p, double spread) const noexcept;
 
-    /// True where the ears may hear different things in this block.
+    /// Returns true if the two ears' signals may differ in this block.
     bool Apart() const noexcept { return x.Apart() || y.Apart(); }
     /// The angles for the oscillators of x and of y.
     const EarTurn& X() const noexcept { return x.turn; }

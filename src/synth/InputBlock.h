@@ -1,5 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// An input block holds what a plane function hears of all notes over a block, besides x and y.
+// SPDX-License-Identifier: GPL-3.0-or-later The values of a plane function's inputs other than x
+// and y, for all notes over a block.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -18,55 +18,56 @@
 
 namespace vexa {
 
-/// The values of a function's inputs at the points of all voices. Media thread, but for its
+/// Computes the function's inputs at the points of all voices. Media thread, except for the
 /// construction, which allocates.
 class VEXA_REALTIME InputBlock {
   public:
     explicit InputBlock(Macros& macros) : macros(macros), space(std::make_unique<Space>()) {}
 
-    /// True where all that the voice hears of macros, controllers and its key is where it is
-    /// wanted.
+    /// Returns true if all macros, controllers and the key that the voice uses have reached their
+    /// targets.
     bool IsSteady(const PlaneSource& f, const RunningVoice& v) const noexcept;
-    /// True where a macro, a controller or the key that f hears is wanted elsewhere than the voice
-    /// has it.
+    /// Returns true if the target of a macro, a controller or the key that f uses differs from the
+    /// voice's present target.
     bool IsAskedOf(const PlaneSource& f, const RunningVoice& v, const ControllerTable& controllers,
                    const OwnControllers& own) const noexcept;
 
-    /// Moves the macros over the next `count` moments, `rate` a second, whether they are used or
-    /// not. Each goes to what it was last set to within 10 ms, or `smooth` samples if that is
-    /// longer; the first moment of all finds it there. `offset` is that of VoiceMotion. They show
-    /// where they are at the beginning, for notes that begin.
+    /// Moves the macros over the next `count` samples at `rate` samples per second, whether f uses
+    /// them or not. Each reaches the value last set within 10 ms, or `smooth` samples if that is
+    /// longer; on the first call it starts there. `offset` is that of VoiceMotion. Publishes the
+    /// values at the block's beginning, for notes that begin.
     void Advance(double rate, std::size_t smooth, std::size_t offset, std::size_t count) noexcept;
-    /// Lets them show where they are behind the block, or will begin where there was none so far.
+    /// Publishes the macros' values after the block, or their initial values if there was no block
+    /// yet.
     void ShowMacros() noexcept;
 
-    /// The arrays that f.Evaluate expects for the points of the block that was advanced over: those
-    /// of voice k are k * count to (k + 1) * count - 1, and count <= kMostSamples unless f has no
-    /// inputs. Each voice's age grows by `count`.
-    /// Controllers go where they are wanted within the smooth samples of Advance, a key within
-    /// those of its voice, and what a note has of its own as what it stands for. A note begins with
-    /// a macro as far as all have it, and with all else where it is wanted.
+    /// Returns the arrays that f.Evaluate expects for the points of the block of the last Advance.
+    /// The indices of voice k are k * count to (k + 1) * count - 1, and count <= kMostSamples
+    /// unless f has no inputs. Increases each voice's age by `count`. Controllers reach their
+    /// targets within the smooth samples of Advance, a key within those of its voice, and a note's
+    /// own value in the time of the common value that it replaces. A new note takes a macro at its
+    /// common present value and all other inputs at their targets.
     const float* const* Fill(const PlaneSource& f, std::span<RunningVoice* const> voices,
                              const ControllerTable& controllers, const OwnControllers& own,
                              double dt, std::size_t count) noexcept;
 
-    /// True where the arrays of the last Fill are those of the blocks to come as well, as long as
-    /// nothing else is wanted: all hands are still, and f does not hear the time.
+    /// Returns true if the arrays of the last Fill hold for the following blocks too, as long as no
+    /// target changes: all ramps have ended, and f does not use the time.
     bool Stays(const PlaneSource& f, std::span<RunningVoice* const> voices) const noexcept;
-    /// Goes on by `count` moments, in place of Advance and Fill, where that is so.
+    /// Advances by `count` samples in place of Advance and Fill if Stays is true.
     static void GoOn(std::span<RunningVoice* const> voices, std::size_t count) noexcept;
 
   private:
-    /// An input as a note that begins now has it, and the samples in which the others get where it
-    /// is wanted.
+    /// The value of an input for a note that begins now, and the samples in which the other notes
+    /// reach its target.
     struct Common {
         Ramp<float> value;
         std::size_t length;
     };
-    /// Returns where all want an input that is a macro or a controller.
+    /// Returns the common target of an input that is a macro or a controller.
     float CommonOf(FunctionInput input, const ControllerTable& controllers) const noexcept;
-    /// Returns where a voice wants an input that is a macro, a controller or the key: where all
-    /// want it, unless it has something of its own.
+    /// Returns a voice's target of an input that is a macro, a controller or the key: the common
+    /// one, unless the voice has its own.
     float WantedOf(FunctionInput input, const RunningVoice& v, float common,
                    const OwnControllers& own) const noexcept;
     /// Writes the values of that input for a voice.
@@ -87,15 +88,15 @@ class VEXA_REALTIME InputBlock {
     };
 
     Macros& macros;
-    /// The macros on their way, as they are behind the block, and as they were at its beginning.
+    /// The macros' ramps after the block and at its beginning.
     std::array<Ramp<float>, kMacros> ramps, starts;
     bool begun = false;
-    /// The samples in which a controller and in which a macro gets where it is wanted, and the
-    /// block's offset in its cell.
+    /// The ramp lengths, in samples, of a controller and of a macro, and the block's offset in its
+    /// cell.
     std::size_t smooth = 0, length = 0, offset = 0;
     /// The source of the last Fill.
     const PlaneSource* source = nullptr;
-    /// Whether it was that of the one before too.
+    /// True if the Fill before had the same source.
     bool sameSource = false;
     std::unique_ptr<Space> space;
     std::array<const float*, kMostInputs> arrays{};

@@ -19,23 +19,23 @@ constexpr int32 kFirstMacroController = 16;
 
 /// The record of one macro. Any thread may read it.
 struct Macro {
-    /// The value that is wanted, 0..1. Written by the window and the MIDI thread.
+    /// The target value, 0..1. Written by the window and the MIDI thread.
     kits::Shared<float> value{kInitialMacro};
-    /// What a host adds to the value, -1..1; the sum does not leave 0..1. Written by the MIDI
-    /// thread.
+    /// The host's modulation, which is added to the value, -1..1; the sum is clamped to 0..1.
+    /// Written by the MIDI thread.
     kits::Shared<float> modulation{0};
     /// The controller that moves it, 0..127. Written by the window thread.
     kits::Shared<int32> controller;
-    /// The value that is heard, which takes 10 ms to what is wanted. Written by the media thread.
+    /// The value in use, which reaches the target in 10 ms. Written by the media thread.
     kits::Shared<float> now{kInitialMacro};
 };
 
-/// What a note has of a macro for itself, in place of what is common. By its alignment every
-/// compiler shares it between threads in one piece.
+/// A note's own value and modulation of a macro, which replace the common ones. The alignment makes
+/// the record a lock-free atomic with every compiler.
 struct alignas(8) OwnMacro {
-    /// Below 0 where it has none.
+    /// Below 0 if the note has none.
     float value = -1;
-    /// Below -1 where it has none.
+    /// Below -1 if the note has none.
     float modulation = -2;
 
     VEXA_REALTIME bool Given() const noexcept { return value >= 0 || modulation >= -1; }
@@ -43,7 +43,7 @@ struct alignas(8) OwnMacro {
 };
 using OwnMacros = std::array<OwnMacro, kMacros>;
 
-/// Returns the value that is wanted of a macro for a note, 0..1. Any thread.
+/// Returns the target value of a macro for a note, 0..1. Any thread.
 VEXA_REALTIME inline float Wanted(const Macro& macro, const OwnMacro& own = {}) noexcept {
     const float value = own.value >= 0 ? own.value : float(macro.value);
     return std::clamp(value + (own.modulation >= -1 ? own.modulation : float(macro.modulation)),

@@ -1,5 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// An oversampler gives frames at one rate of a renderer that runs at a multiple of it.
+// SPDX-License-Identifier: GPL-3.0-or-later The oversampler produces frames at one rate from a
+// renderer that runs at a multiple of it.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -13,23 +13,22 @@
 
 namespace vexa {
 
-/// Renders at the multiple of a rate that the sound asks for and takes out what the rate cannot
-/// hold, with a filter that delays what is heard by half its length; at the rate itself nothing is
-/// changed or delayed. A sound may ask for another multiple at any time: what sounds goes on
-/// without a click. Media thread, but for its construction, which allocates.
+/// Renders at the multiple of the output rate that the sound asks for and decimates the result,
+/// with a filter that delays the output by half its length. At factor 1 nothing is changed or
+/// delayed. The factor may change at any time; sounding notes continue without a click. Media
+/// thread, except for the construction, which allocates.
 class Oversampler {
   public:
-    /// The renderer outlives it, and nobody else renders meanwhile. `half` is the filter's, in
-    /// frames; 32 are 0.7 ms at 44100 Hz.
+    /// The renderer must outlive this object, and nothing else may render with it. `half` is the
+    /// filter's half length in frames; 32 are 0.7 ms at 44100 Hz.
     explicit Oversampler(VoiceRenderer& renderer, std::size_t half = DecimationFilter::kLive)
         : renderer(renderer), half(half), filters{{{2, half}, {4, half}, {8, half}, {16, half}}} {}
 
-    /// Sets the frames per second. What has been rendered so far is forgotten. It must not be
-    /// called while rendering.
+    /// Sets the output's sample rate and discards the frames rendered so far. Must not be called
+    /// while rendering.
     VEXA_REALTIME void SetFrameRate(double rate);
 
-    /// Returns the frames by which what the next Render renders is heard later: half the filter or
-    /// 0.
+    /// Returns the delay of the next Render's output in frames: half the filter's length, or 0.
     VEXA_REALTIME std::size_t Delay() const noexcept {
         return renderer.Oversampling() > 1 ? half : 0;
     }
@@ -39,10 +38,9 @@ class Oversampler {
 
   private:
     static constexpr std::size_t kMostFactor = 16;
-    /// The frames that are rendered at a time.
+    /// The number of output frames that are rendered at a time.
     static constexpr std::size_t kPiece = 64;
-    /// What the renderer has given: the frames that the filter still needs, and then the next
-    /// piece.
+    /// The renderer's output: the frames that the filter still needs, followed by the next piece.
     using Line = std::vector<float>;
 
     VEXA_REALTIME std::size_t Held() const noexcept { return 2 * half * factor; }
@@ -55,13 +53,12 @@ class Oversampler {
     const std::array<DecimationFilter, 4> filters;
     double frameRate = 44100;
     std::size_t factor = 1;
-    /// The filter of `factor`, where that is not 1.
+    /// The filter for `factor`; null if that is 1.
     const DecimationFilter* filter = nullptr;
     std::array<Line, 2> lines{NewLine(), NewLine()};
-    /// A line as it was before the factor changed.
+    /// A copy of a line from before the factor changed.
     Line before = NewLine();
-    /// The share of the filtered frames in the output, 0..1; the rest are frames that are not
-    /// delayed.
+    /// The share of the filtered frames in the output, 0..1; the rest are undelayed frames.
     Ramp<float> filtered;
     bool begun = false;
 };

@@ -1,5 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// The table has one row per coefficient of a sound: all that the program knows about it by name.
+// SPDX-License-Identifier: GPL-3.0-or-later The table of a sound's coefficients: one row per
+// coefficient, with all that the program looks up by name.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -25,7 +25,7 @@ enum class ParameterId : unsigned char {
 };
 constexpr std::size_t kParameters = static_cast<std::size_t>(ParameterId::Fy) + 1;
 
-/// The one that stands so many places after the first of its group.
+/// Returns the coefficient `places` places after `first`, the first one of its group.
 constexpr ParameterId operator+(ParameterId first, int places) {
     return static_cast<ParameterId>(static_cast<int>(first) + places);
 }
@@ -42,7 +42,8 @@ struct Parameter {
     /// without a group of its own (Fx, Fy) is the element itself and has an empty `element`.
     std::string_view group;
     std::string_view element;
-    /// Text of the field before anything was loaded or typed; it means the member's initial value.
+    /// Text of the field before anything was loaded or typed; it denotes the member's initial
+    /// value.
     std::string_view initialText;
     /// The member that the text is for: a float, or (a controller's number, 0..127) an int32.
     kits::Shared<float> sound_param::*value = nullptr;
@@ -59,7 +60,7 @@ inline const Parameter& ParameterOf(ParameterId id) {
 /// Returns the rows of one group, in order; empty for an unknown name.
 std::span<const Parameter> ParametersOf(std::string_view group);
 
-/// The place of one of the four envelopes, and what it may hold.
+/// One of the four envelopes: its member of sound_param and its range of values.
 struct EnvelopePlace {
     std::string_view name;
     /// The group whose element "envdata" holds its points.

@@ -12,7 +12,7 @@
 
 namespace vexa {
 
-/// A value that a function may use beside the orbit's point.
+/// An input that a function may use beside the orbit's point.
 struct FunctionInput {
     enum class Kind : unsigned char {
         /// One of the sound's four macros, 0..1.
@@ -20,7 +20,7 @@ struct FunctionInput {
         /// The note's velocity and key, each divided by 127.
         Velocity,
         Key,
-        /// Seconds since note-on; they go on after the release.
+        /// Seconds since note-on; the time continues after the release.
         Time,
         /// The value of a controller, 0..1.
         Controller,
@@ -35,9 +35,9 @@ struct FunctionInput {
 /// The most inputs that one function may have.
 constexpr std::size_t kMostInputs = 16;
 
-/// A source computes a plane function: a compiled expression, a program of ours, a sample, a
-/// picture. It never changes once it is made, so any number of threads and instruments may share
-/// it, and it goes when nobody has it any more.
+/// A source computes a plane function: a compiled expression, a built-in function, a sample, a
+/// picture. It is immutable, so any number of threads and instruments may share it; it is destroyed
+/// with its last owner.
 class PlaneSource {
   public:
     PlaneSource() = default;
@@ -45,29 +45,30 @@ class PlaneSource {
     PlaneSource(const PlaneSource&) = delete;
     PlaneSource& operator=(const PlaneSource&) = delete;
 
-    /// Returns what the function uses beside x and y, at most kMostInputs. Any thread.
+    /// Returns the function's inputs beside x and y, at most kMostInputs. Any thread.
     VEXA_REALTIME virtual std::span<const FunctionInput> Inputs() const noexcept { return {}; }
 
-    /// Returns the estimated time in nanoseconds per point in blocks; 0 where it is too little to
-    /// be worth a thought. Any thread.
+    /// Returns the estimated nanoseconds per point when points are evaluated in blocks; 0 if the
+    /// time is negligible. Any thread.
     virtual double Cost() const noexcept { return 0; }
 
-    /// f(x, y), where the k-th of Inputs() is inputs[k]. Any thread at any time: must not block or
-    /// allocate.
+    /// Returns f(x, y), where inputs[k] is the value of the k-th of Inputs(). Any thread at any
+    /// time: must not block or allocate.
     VEXA_REALTIME virtual float At(float x, float y, const float* inputs) const noexcept = 0;
 
     /// Computes values[i] = f(x[i], y[i]) for 0 <= i < count, where the k-th of Inputs() is
-    /// inputs[k][i]. The arrays do not overlap. A source without a faster way takes point after
-    /// point. It runs in the same threads as At.
+    /// inputs[k][i]. The arrays do not overlap. The default evaluates point by point. Runs in the
+    /// same threads as At.
     VEXA_REALTIME virtual void Evaluate(const float* x, const float* y, const float* const* inputs,
                                         float* values, std::size_t count) const noexcept;
 };
 
-/// A plane function as a value: a share in its source. Copies are made and dropped where waiting is
-/// allowed, as the last to go takes the source with it; the media thread only calls.
+/// A plane function as a value that shares ownership of its source. Copies are made and destroyed
+/// only in threads that may wait, because the last one destroys the source; the media thread only
+/// calls the function.
 class PlaneFunction {
   public:
-    /// A function of the program's own, such as nullfunc.
+    /// Makes a function from one of the program's own, such as nullfunc.
     using Point = float (*)(float x, float y);
     PlaneFunction(Point point);
     /// `source` is not null, and of any kind.
@@ -76,7 +77,7 @@ class PlaneFunction {
 
     VEXA_REALTIME const PlaneSource& Source() const noexcept { return *source; }
 
-    /// Computes a function of x and y alone, by the source's At.
+    /// Returns the value of a function of x and y alone, by the source's At.
     float operator()(float x, float y) const noexcept { return source->At(x, y, nullptr); }
     void Evaluate(const float* x, const float* y, float* values, std::size_t count) const noexcept {
         source->Evaluate(x, y, nullptr, values, count);
@@ -86,10 +87,10 @@ class PlaneFunction {
     std::shared_ptr<const PlaneSource> source;
 };
 
-/// A value of f counts in the sound as bounded to this on either side. A low-cut filter's sums grow
-/// to some 8000 times its input (note 0 at 44100 samples per second), and so stay finite.
+/// The renderer clamps the values of f to this magnitude. A low-cut filter's sums grow to about
+/// 8000 times its input (note 0 at 44100 samples per second), and so stay finite.
 constexpr float kMostHeard = 1e30F;
-/// The value as it is heard; 0 for what is not finite.
+/// Returns the clamped value; 0 for a value that is not finite.
 VEXA_REALTIME float Heard(float value);
 
 /// Returns 0 everywhere.

@@ -16,11 +16,11 @@ namespace vexa {
 /// Sets up the two endpoints of the synthesizer and takes them down again. Window thread.
 class AudioGraph {
   public:
-    /// Shows a person what failed and returns when it has been read.
+    /// Shows an error to the user and returns when the user has dismissed it.
     using Alert = std::function<void(const char* text)>;
 
     /// Makes the producer and registers the engine's consumer, so that notes are accepted from now
-    /// on, whether there will be sound or not. The engine outlives the graph.
+    /// on, with or without a device. The engine must outlive the graph.
     AudioGraph(Engine& engine, Alert alert);
 
     /// Stops, disconnects and releases the nodes. A failure is shown.
@@ -28,25 +28,25 @@ class AudioGraph {
     AudioGraph(const AudioGraph&) = delete;
     AudioGraph& operator=(const AudioGraph&) = delete;
 
-    /// Connects the producer to the system mixer and starts it at a gain of 0.25. The first step
-    /// that fails is shown and ends the work; what was done before stays done. True when there is
-    /// sound.
+    /// Connects the producer to the system mixer and starts it at a gain of 0.25. The first failure
+    /// is shown and ends the sequence; the steps before it stay in effect. Returns true if sound is
+    /// playing.
     bool Start();
 
-    /// The news of the audio device, each of which is told once.
+    /// The events of the audio device, each of which is reported once.
     enum class DeviceNews { None, Gone, There };
-    /// Looks after the device. It is to be called some ten times a second after Start, whatever
-    /// that said. Where the device has gone, or there was none, it is looked for about once a
-    /// second; when it is there the sound is too, at whatever rate and period the device has now. A
-    /// device that merely changes its rate is played on, and no news. It does not wait for an audio
-    /// system, but for the media thread and the device's.
+    /// Monitors the device. To be called about ten times a second after Start, even if that failed.
+    /// If the device has gone or there was none, it searches about once a second; once a device is
+    /// found, the sound plays on it at its current rate and period. A mere change of the device's
+    /// rate is handled and not reported. May wait for the media thread and the device's thread, but
+    /// not for an audio system.
     DeviceNews Watch();
 
-    /// Plays through that system from now on, or, without a value, through the first that has a
-    /// device; Watch looks for it as for one that has gone. It waits for the media thread and the
-    /// device's.
+    /// Plays through that audio system from now on, or, without a value, through the first that has
+    /// a device; Watch searches for it as for a lost device. Waits for the media thread and the
+    /// device's thread.
     void UseSystem(std::optional<kits::AudioSystem> system);
-    /// The one that is played through or looked for; nothing while any will do.
+    /// Returns the audio system that is used or searched for; nothing if any is accepted.
     std::optional<kits::AudioSystem> System() const;
 
     /// Returns the producer, which lives as long as the graph.
@@ -56,17 +56,17 @@ class AudioGraph {
     const VexaMidiConsumer& Consumer() const { return engine.consumer; }
     bool IsConnected() const { return connected; }
 
-    /// Records what is heard too from now on, whatever device plays it; null ends that. The
-    /// recording outlives the graph, or is ended before.
+    /// Sends the output to a recording too from now on, on whatever device; null ends that. The
+    /// recording must outlive the graph or be ended before.
     void Record(kits::Recording* next);
 
-    /// Returns what all mixers so far have noticed of our buffers.
+    /// Returns the counts of all mixers so far about the producer's buffers.
     kits::MixerCounts Counts() const;
-    /// The device for a person; empty while there is no connection.
+    /// Returns the device's name for display; empty while there is no connection.
     std::string DeviceName() const;
     /// Returns the device's rate in frames per second, 0 while there is no connection.
     double DeviceRate() const;
-    /// Returns why there is no device, as it was when Start looked for one.
+    /// Returns the reason for the missing device, as of the search in Start.
     const std::string& DeviceFault() const { return roster.MixerFault(); }
 
   private:
@@ -96,9 +96,9 @@ class AudioGraph {
 
     kits::MixerSearch search;
     kits::Recording* recording = nullptr;
-    /// The device that played has gone; whether that has been told.
+    /// True if the device in use has gone, and whether that has been reported.
     enum class Loss { None, Untold, Told } loss = Loss::None;
-    /// The counts of the mixers that went with their devices.
+    /// The counts of the mixers that were removed with their devices.
     kits::MixerCounts past;
 };
 

@@ -1,5 +1,4 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// This measures how loud the output is.
+// SPDX-License-Identifier: GPL-3.0-or-later Measures the output level.
 #pragma once
 
 #include "audio/OutputTap.h"
@@ -8,25 +7,25 @@
 
 namespace vexa {
 
-/// The peaks of both channels as a meter shows them: up at once, down by 20 dB in 1.7 s (IEC
-/// 60268-10, type I), with the highest one of the last two seconds beside it and a light for what
-/// no device can play. Each view that shows it has one of its own. Window thread.
+/// The peaks of both channels as a meter shows them: they rise at once and fall by 20 dB in 1.7 s
+/// (IEC 60268-10, type I), with the highest peak of the last two seconds and a clip light. Each
+/// view has its own object. Window thread.
 class OutputLevel {
   public:
     /// The level in dB of full scale below which everything counts as silence.
     static constexpr float kSilence = -60;
 
-    /// Begins to listen to the tap, which outlives it.
+    /// Begins to listen to the tap, which must outlive this object.
     explicit OutputLevel(OutputTap& tap) : listener(tap), next(listener.Count()) {}
 
-    /// Takes what has come since the last call, so many seconds ago. Some ten times a second or
-    /// more, so that no peak is missed.
+    /// Takes the frames since the last call, which was `seconds` ago. To be called about ten times
+    /// a second or more, so that no peak is missed.
     void Look(double seconds);
 
     /// Returns the level in dB of full scale, from kSilence on; channel 0 is left, 1 right.
     float Level(std::size_t channel) const { return channels[channel].level; }
     float Held(std::size_t channel) const { return channels[channel].held; }
-    /// A sample was beyond full scale since the start or the last Forgive.
+    /// Returns true if a sample exceeded full scale since the start or the last Forgive.
     bool Clipped() const { return clipped; }
     void Forgive() { clipped = false; }
 
@@ -40,7 +39,7 @@ class OutputLevel {
     static void Follow(Channel& channel, float peak, double seconds);
 
     const OutputTap::Listener listener;
-    /// The number of the first frame that was not looked at.
+    /// The number of the first frame that has not been examined.
     uint64 next;
     std::vector<OutputFrame> frames;
     Channel channels[2];

@@ -1,5 +1,4 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// The newest part of what is sent to the device, for those who look at it.
+// SPDX-License-Identifier: GPL-3.0-or-later The most recent output frames, for meters and scopes.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -12,36 +11,36 @@
 
 namespace vexa {
 
-/// One frame of the output. By its alignment every compiler shares it between threads in one piece.
+/// One frame of the output. The alignment makes it a lock-free atomic with every compiler.
 struct alignas(8) OutputFrame {
     float left = 0;
     float right = 0;
 };
 
-/// Keeps the newest frames that the media thread has put in, while there is a Listener; any number
-/// of these read them without being waited for.
+/// Keeps the media thread's most recent frames while a Listener exists. Any number of listeners may
+/// read; the media thread never waits for them.
 class OutputTap {
   public:
-    /// How many frames are kept: those of 0.68 s at 48 kHz, of 0.17 s at 192 kHz.
+    /// The number of frames kept: 0.68 s at 48 kHz, 0.17 s at 192 kHz.
     static constexpr std::size_t kFrames = 1U << 15;
 
     OutputTap() : frames(kFrames) {}
     OutputTap(const OutputTap&) = delete;
     OutputTap& operator=(const OutputTap&) = delete;
 
-    /// Returns the frames per second of what comes; 0 before anything was connected. Any thread
-    /// reads it, one sets it.
+    /// Returns the sample rate of the output; 0 before the first connection. Any thread may read
+    /// it, one sets it.
     float Rate() const noexcept { return rate; }
     void SetRate(float next) noexcept { rate = next; }
 
-    /// Puts in frames of one or two channels, interleaved. It costs a comparison where nobody
-    /// listens. Media thread.
+    /// Stores frames of one or two channels, interleaved. Costs one comparison if there is no
+    /// listener. Media thread.
     VEXA_REALTIME void Put(const float* buffer, std::size_t count, std::size_t channels) noexcept;
 
-    /// Returns how many listeners there are. Any thread.
+    /// Returns the number of listeners. Any thread.
     int32 Listeners() const noexcept { return listeners; }
 
-    /// Frames are kept as long as there is a listener. Window thread.
+    /// Frames are kept as long as a listener exists. Window thread.
     class Listener {
       public:
         explicit Listener(OutputTap& tap) : tap(tap) { tap.listeners = tap.listeners + 1; }
@@ -50,10 +49,10 @@ class OutputTap {
         Listener& operator=(const Listener&) = delete;
 
         float Rate() const noexcept { return tap.Rate(); }
-        /// Returns how many frames have been kept since the tap was made; the number only grows.
+        /// Returns the number of frames stored since the tap was made; it only grows.
         uint64 Count() const noexcept { return tap.ended; }
-        /// Copies the frames from number `from` on. False, and what is copied means nothing, where
-        /// some have not come yet or were overwritten meanwhile.
+        /// Copies the frames from number `from` on. Returns false if some are not stored yet or
+        /// were overwritten meanwhile; the copy is then meaningless.
         bool Copy(uint64 from, std::span<OutputFrame> into) const noexcept;
 
       private:

@@ -17,19 +17,20 @@ struct EnvelopeLine {
     double base, origin, rise, run;
 };
 
-/// A value on its way: from + (to - from) part when it has gone that part of it, `to` from 1 on.
+/// A ramp: the value is from + (to - from) part after the fraction `part` of the way, and `to` from
+/// fraction 1 on.
 struct RampLine {
     double from, to;
 };
 
-/// The samples that the loops compute in one go at most.
+/// The largest number of samples in a block.
 constexpr std::size_t kMostSamples = 64;
-/// Every array of a block has room for so many more: the loops go on to a multiple of it, so that
-/// they consist of whole vectors, and what stands there afterwards means nothing.
+/// Every array of a block has room for this many more values: the loops continue to a multiple of
+/// it so that they consist of whole vectors. The extra values are meaningless.
 constexpr std::size_t kSlack = 16;
 constexpr std::size_t kRoom = kMostSamples + kSlack;
-/// Cells of kMostSamples samples that are computed in one go at most, where nothing changes in
-/// between, and how many samples and places of an array these are.
+/// The largest number of cells, of kMostSamples samples each, that are computed at once while
+/// nothing changes in between; and the corresponding number of samples and size of an array.
 constexpr std::size_t kMostCells = 8;
 constexpr std::size_t kCellSamples = kMostCells * kMostSamples;
 constexpr std::size_t kCellRoom = kCellSamples + kSlack;
@@ -58,8 +59,8 @@ struct Coordinate {
     float* place;
 };
 
-/// The wave at the beginning of each of several cells, and what times slopeSign is its derivative
-/// by the phase there.
+/// The wave's value at the beginning of each of several cells, and its derivative by the phase
+/// there, which is the slope times slopeSign.
 struct CellWaves {
     const double *values, *slopes;
     double slopeSign;
@@ -73,17 +74,17 @@ struct Speed {
     const double *weights, *rests;
 };
 
-/// A centre that drifts, by steps[i] after moment i.
+/// A centre that drifts by steps[i] after sample i.
 struct Drift {
-    /// The centre, which goes on to the next block.
+    /// The centre; updated to its value at the next block.
     double* centre;
-    /// The steps, in the place of which the centre is written for each moment.
+    /// The steps; overwritten with the centre at each sample.
     double* steps;
 };
 
 /// A voice's low-cut filter: the difference of two decaying sums.
 struct LowCutFilter {
-    /// The factor that is left of each sum after one sample.
+    /// The decay factor of each sum per sample.
     float hpa = 0, hpb = 0;
     /// The gain of the sums' difference, chosen so that the response at frequency 0 is exactly 0.
     float hpgain = 0;
@@ -105,33 +106,33 @@ struct BlockLoops {
     /// Writes the places of `number` coordinates, one after the other, each rounded; count <=
     /// kMostSamples.
     void (*Places)(const Coordinate* coordinates, std::size_t number, std::size_t count);
-    /// Writes the places of a coordinate with steps for so many whole cells, those of a cell
-    /// `stride` floats after those of the one before. The wave begins each cell as `waves` says.
+    /// Writes the places of a coordinate with `steps` for `cells` whole cells. Each cell's places
+    /// begin `stride` floats after those of the previous one, and its wave begins at the value and
+    /// slope in `waves`.
     void (*Cells)(const Coordinate& coordinate, const CellWaves& waves, std::size_t cells,
                   std::size_t stride);
-    /// steps[i] = the way of moment i at that speed.
+    /// steps[i] = the distance travelled in sample i at that speed.
     void (*Steps)(const Speed& speed, double* steps, std::size_t count);
-    /// Lets `number` centres drift, each addition rounded; several in turns, as each waits for its
-    /// last sum.
+    /// Moves `number` drifting centres, each addition rounded; several are interleaved, because
+    /// each addition waits for the previous sum.
     void (*Drifts)(const Drift* drifts, std::size_t number, std::size_t count);
     /// values[i] = the line at t[i], which is finite. No slack, any count.
     void (*Line)(const EnvelopeLine& line, const double* t, float* values, std::size_t count);
     /// Runs `voices` filters over their input, samples[k * count + i] for filter k at moment i, and
-    /// adds their output to sum[i], filter after filter; for several cells one after the other, of
-    /// which the next has its input `stride` floats and its sum `count` <= kMostSamples floats
-    /// further on. Input
-    /// counts as Heard says; a filter whose sums are not finite all the same starts afresh. True
-    /// where input was beyond kMostHeard.
+    /// adds their output to sum[i], filter after filter. Runs several cells one after the other:
+    /// the next cell has its input `stride` floats and its sum `count` <= kMostSamples floats
+    /// further on. Input is clamped as by Heard; a filter whose sums are nevertheless not finite is
+    /// reset. Returns true if input exceeded kMostHeard.
     bool (*LowCut)(LowCutFilter* const* filters, const float* samples, std::size_t voices,
                    std::size_t count, float* sum, std::size_t cells, std::size_t stride);
     /// parts[i] = (done + i) / length.
     void (*Parts)(std::size_t done, std::size_t length, double* parts, std::size_t count);
-    /// values[i] = the ramp when it has gone parts[i].
+    /// values[i] = the ramp's value after the fraction parts[i].
     void (*Ramp)(const RampLine& line, const double* parts, double* values, std::size_t count);
     /// values[i] = values[i] factors[i], rounded.
     void (*Scale)(float* values, const double* factors, std::size_t count);
-    /// out[i] is the sum of taps[k] frames[i step + k] for k < length, a multiple of kSlack, as
-    /// that of kSlack sums side by side. No slack, any count.
+    /// out[i] is the sum of taps[k] frames[i step + k] for k < length, a multiple of kSlack,
+    /// accumulated in kSlack parallel sums. No slack, any count.
     void (*Filter)(const float* taps, std::size_t length, const float* frames, std::size_t step,
                    float* out, std::size_t count);
     /// words[i] = values[i] as the word of a pixel (DrawPlane). No slack, any count.
@@ -142,7 +143,7 @@ struct BlockLoops {
 
 /// Returns the loops that this machine can run, the fastest last.
 std::span<const BlockLoops* const> RunnableLoops();
-/// The fastest for the machine that this runs on.
+/// Returns the fastest loops for this machine.
 VEXA_REALTIME const BlockLoops& Loops();
 
 } // namespace vexa

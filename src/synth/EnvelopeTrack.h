@@ -44,13 +44,13 @@ class VEXA_REALTIME EnvelopeTrack {
                 std::size_t offset) noexcept;
     /// Adds the fading difference to the block's values.
     void AddLag(RampParts& parts, float* values, std::size_t count) noexcept;
-    /// The last value of the block.
+    /// Records the last value of the block.
     void Heard(float value) noexcept { last = value; }
-    /// True where values are still to be added.
+    /// Returns true while a difference is still fading.
     bool Lags() const noexcept { return lag.Moves(); }
-    /// Ramp::CellsAlike of what is added.
+    /// Returns Ramp::CellsAlike of the fading difference.
     std::size_t CellsAlike(std::size_t most) const noexcept { return lag.CellsAlike(most); }
-    /// Goes on at a rate that is `ratio` times the one so far.
+    /// Continues at a sample rate that is `ratio` times the previous one.
     void Rescale(double ratio) noexcept { lag.Rescale(ratio); }
 
   private:

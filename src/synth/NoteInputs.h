@@ -1,5 +1,4 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// These are the values that a plane function hears of a note.
+// SPDX-License-Identifier: GPL-3.0-or-later The values of a plane function's inputs for one note.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"

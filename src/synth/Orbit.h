@@ -1,5 +1,4 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// The orbit of a sounding note, as it is heard at one moment.
+// SPDX-License-Identifier: GPL-3.0-or-later The orbit of a sounding note at one moment.
 #pragma once
 
 #include "synth/SoundParam.h"
@@ -7,8 +6,8 @@
 
 namespace vexa {
 
-/// Returns the note's sums as the renderer has them. A note that is not heard yet, or that nothing
-/// plays, has those that all notes have. Any thread.
+/// Returns the note's sums in the renderer. For a note that has not been rendered yet, or without a
+/// renderer, it returns those of the common coefficients and controllers. Any thread.
 OrbitSums SumsOf(const VoiceView& v, const sound_param& p, const ControllerTable& controllers);
 
 /// The figure x = cx + rx cos(phasex + fx a), y = cy + ry sin(phasey + fy a): while `a` goes from 0
@@ -21,11 +20,11 @@ struct Orbit {
     float fx, fy;
 };
 
-/// Returns the note's orbit with centre and radii as they are at this moment; in one period they
-/// change too little to be seen. Window thread.
+/// Returns the note's orbit with its current centre and radii; their change within one period is
+/// too small to be seen. Window thread.
 Orbit OrbitOf(const VoiceView& v, const sound_param& p, const ControllerTable& controllers);
 
-/// Returns the slot whose note has begun last; -1 where none sounds. Any thread.
+/// Returns the slot of the newest note; -1 if none sounds. Any thread.
 int NewestSlot(const VoiceTable& voices);
 
 } // namespace vexa

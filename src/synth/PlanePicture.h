@@ -1,5 +1,4 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// This draws a plane function as a picture.
+// SPDX-License-Identifier: GPL-3.0-or-later Draws a plane function as a picture.
 #pragma once
 
 #include "kits/support/SupportDefs.h"
@@ -11,13 +10,13 @@
 
 namespace vexa {
 
-/// Which rectangle of the plane a picture shows. The pixel in column c and row r shows
+/// The rectangle of the plane that a picture shows. The pixel in column c and row r shows
 ///
 ///     x = linkFunctionX + c scale - linkScreenX columns scale,
 ///     y = linkFunctionY - r scale + (1 - linkScreenY) rows scale.
 struct PlaneArea {
-    /// A point of the plane, and where it is shown, in fractions of the picture's width from the
-    /// left and of its height from the bottom.
+    /// A point of the plane, and its position in the picture, in fractions of the width from the
+    /// left and of the height from the bottom.
     float linkFunctionX, linkFunctionY;
     float linkScreenX, linkScreenY;
     /// The plane's units per pixel.
@@ -25,8 +24,8 @@ struct PlaneArea {
     std::size_t columns, rows;
 };
 
-/// A picture that is computed in parts, so that a function that takes long does not hold up who
-/// shows it. One thread at a time, not the media thread.
+/// A picture that is computed in parts, so that a slow function does not block the caller. One
+/// thread at a time, not the media thread.
 class PlaneDrawing {
   public:
     /// `words` has room for the pixels, one row after the other, and outlives this or the last
@@ -37,12 +36,12 @@ class PlaneDrawing {
     /// Makes a drawing of the values as f gives them in place of the words.
     PlaneDrawing(const PlaneFunction& f, const PlaneArea& area, float* values);
 
-    /// Computes for about so long, from the top on, or until the picture is complete, which it
-    /// answers.
+    /// Computes for about `time`, from the top on, or until the picture is complete. Returns
+    /// whether it is complete.
     ///
-    /// Where the first rows say that it takes long, all cores compute the rest. f is then called in
-    /// threads of this class's own, but only while this runs, so what the caller may call, they
-    /// may.
+    /// If the first rows show that the picture takes long, all cores compute the rest. f is then
+    /// called in threads of this class, but only during this call, so they may call whatever the
+    /// caller may call.
     bool Continue(std::chrono::steady_clock::duration time);
 
   private:

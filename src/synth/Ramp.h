@@ -105,7 +105,7 @@ class VEXA_REALTIME Ramp {
     }
     /// Returns the remaining samples.
     std::size_t Left() const noexcept { return length - done; }
-    /// Goes on at a rate that is `ratio` times the one so far.
+    /// Continues at a sample rate that is `ratio` times the previous one.
     void Rescale(double ratio) noexcept {
         from = Now();
         length = Rescaled(Left(), ratio);
@@ -140,7 +140,7 @@ class VEXA_REALTIME PitchRamp {
     bool Varies() const noexcept { return line.Varies(); }
     bool StaysAt(double target) const noexcept { return line.StaysAt(target); }
     double Factor() const noexcept { return factor; }
-    /// Goes on at a rate that is `by` times the one so far.
+    /// Continues at a sample rate that is `by` times the previous one.
     void Rescale(double by) noexcept {
         line.Rescale(by);
         if (line.Moves())

@@ -16,15 +16,15 @@
 
 namespace vexa {
 
-/// The motion of all voices over one block, with the coefficients, controllers and envelopes that
-/// there are when it is made. Media thread, inside a section of a reader of the envelopes.
+/// The motion of all voices over one block, with the coefficients, controllers and envelopes at the
+/// time of construction. Media thread, inside a section of a reader of the envelopes.
 class VEXA_REALTIME VoiceMotion {
   public:
-    /// Voices that are moved at a time, side by side.
+    /// The largest number of voices that are moved together.
     static constexpr std::size_t kTogether = 8;
 
-    /// A block of `count` samples, `dt` seconds each, that begins `offset` samples after its cell
-    /// (Oscillator); or up to kMostCells whole cells.
+    /// Prepares a block of `count` samples, `dt` seconds each, that begins `offset` samples after
+    /// the beginning of its cell (Oscillator); or up to kMostCells whole cells.
     VEXA_REALTIME VoiceMotion(const sound_param& p, const ControllerTable& controllers,
                               const OwnControllers& own, double dt, std::size_t offset,
                               std::size_t count) noexcept;
@@ -41,24 +41,24 @@ class VEXA_REALTIME VoiceMotion {
     void Move(std::span<RunningVoice* const> voices, const Ears& ears, Places left,
               Places right) const noexcept;
 
-    /// Returns in how many whole cells from here on, at most `most`, the voice moves in the same
-    /// way: the sums of its formulas want what they wanted, none of them and of what its envelopes
-    /// lag behind arrives but at the end, and the voice does not come to a stand for good.
+    /// Returns the number of whole cells from here on, at most `most`, over which the voice moves
+    /// in the same way: the targets of its sums are unchanged, no ramp of a sum or of an envelope's
+    /// fading difference ends before the last of the cells, and the voice does not stop for good.
     std::size_t CellsFor(RunningVoice& v, std::size_t most) const noexcept;
-    /// Moves any number of voices over cells, as Move does, where they move in the same way in all
-    /// of them and their pitch stays. It writes the places of voice k in cell i from x[(i *
-    /// voices.size() + k) * kMostSamples] on. Where `ears` is null it writes only to the left;
-    /// otherwise they stay where they are.
+    /// Moves any number of voices over several cells, as Move does, provided that they move in the
+    /// same way in all of them and their pitch is constant. Writes the places of voice k in cell i
+    /// from x[(i * voices.size() + k) * kMostSamples] on. If `ears` is null it writes only to
+    /// `left`; otherwise the ears' angles must be constant.
     void MoveCells(std::span<RunningVoice* const> voices, const Ears* ears, Places left,
                    Places right) const noexcept;
 
-    /// True where the point of a released voice stays where it is as long as the sound is the same:
-    /// there is no radius, no drift, and no envelope that would still change that.
+    /// Returns true if the point of a released voice stands still as long as the sound is the same:
+    /// radius and drift are 0, and no envelope can change that any more.
     bool Stands(RunningVoice& v) const noexcept;
-    /// Lets the block go by for a voice that stands.
+    /// Advances a standing voice past the block.
     void Pass(RunningVoice& v) const noexcept;
 
-    /// The motion of a voice depends on this besides the voice and its envelopes' points.
+    /// The data on which a voice's motion depends besides the voice itself.
     struct Sound {
         Coefficients driftx, drifty, radiusx, radiusy;
         /// Numbers of the curves, in the order of EnvelopePlaces.
@@ -86,7 +86,7 @@ class VEXA_REALTIME VoiceMotion {
         NumberedCurve driftEnvelope, radiusEnvelope;
         /// 0 for x and 1 for y.
         std::size_t number;
-        /// How many radians per second a note of 1 Hz turns.
+        /// The angular speed of a note of 1 Hz, in radians per second.
         double turn;
     };
     struct Space;

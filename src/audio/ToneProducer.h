@@ -13,13 +13,13 @@
 
 namespace vexa {
 
-/// The program's audio source in the media graph, with one output of floats, of one channel until
-/// told otherwise. Unless noted a method is a hook that runs in the node's own thread, the media
-/// thread; each tells the trace that it ran, those that run while a buffer is made by TellTrace.
+/// The program's audio source in the media graph, with one float output, of one channel by default.
+/// Unless noted a method is a hook that runs in the node's own thread, the media thread. Each hook
+/// writes a trace line; those that run while a buffer is made leave this to TellTrace.
 class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
   public:
-    /// Makes a node that plays the voices by the renderer, at a multiple of the rate where the
-    /// sound asks for it. Both outlive the node, and nobody else renders meanwhile. Window thread.
+    /// Makes a node that plays the voices through the renderer, oversampled if the sound asks for
+    /// it. Both must outlive the node, and nothing else may use the renderer. Window thread.
     VexaToneProducer(VoiceRenderer& renderer, VoiceTable& voices);
 
     /// Sets the renderer's gain (any thread) and its function (window thread).
@@ -27,31 +27,31 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
     void SetFunction(const PlaneFunction& f) { renderer.SetFunction(f); }
 
     /// Sets the number of channels: one, or two, left and right interleaved in a buffer, for sounds
-    /// that have a spread. It must not be connected then. Window thread.
+    /// that have a spread. The node must not be connected. Window thread.
     void SetChannels(uint32 channels);
 
-    /// Plays the events that wait at the gate from now on, each `EventDelay` after it has happened.
-    /// Null ends that, before the gate goes: when it returns the gate before is not used any more.
-    /// Window thread.
+    /// Plays the events waiting at the gate from now on, each `EventDelay` after it has happened.
+    /// Null detaches the gate and is required before its destruction: when the call returns, the
+    /// previous gate is no longer used. Window thread.
     void SetEvents(kits::EventGate* gate);
     /// Returns the microseconds from an event to the moment at which the device plays its effect.
-    /// As long as the latency stays as it is, all events have the same. It counts the delay of an
-    /// oversampled sound. Any thread.
+    /// It is the same for all events as long as the latency is constant, and includes the delay of
+    /// oversampling. Any thread.
     bigtime_t EventDelay() const { return eventDelay; }
 
-    /// Returns the tap, where what is sent can be looked at. Window thread.
+    /// Returns the tap, from which the output can be read. Window thread.
     OutputTap& Tap() { return tap; }
 
-    /// Renders `count` frames, then drops a voice if that took 80 % of the time that they play.
-    /// Media thread.
+    /// Renders `count` frames, then drops a voice if this took 80 % of their playing time. Media
+    /// thread.
     VEXA_REALTIME void FillSineBuffer(float* buffer, std::size_t count) noexcept;
     VEXA_REALTIME void ReduceVoxByOne() noexcept;
-    /// Returns the share of the time that was last spent rendering, 1 where it takes all of it: the
-    /// largest of late, which fades within a second. Any thread.
+    /// Returns the recent peak of the rendering load, which fades within a second; 1 means that
+    /// rendering takes all of the available time. Any thread.
     float Load() const { return load; }
-    /// Writes the trace lines of what the media thread has done since the last call. Window thread.
+    /// Writes the trace lines of the media thread's work since the last call. Window thread.
     void TellTrace() { trace.Tell(); }
-    /// Counts the voices that were dropped because rendering took too long. Any thread.
+    /// Returns the number of voices dropped because rendering took too long. Any thread.
     int64 DroppedVoices() const { return dropped; }
 
     void* AddOn(int32* id) const override;
@@ -86,7 +86,7 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
     void HandleEvent(const media_timed_event* event, bigtime_t lateness,
                      bool realTimeEvent) override;
 
-    /// Returns how many buffers the group has, 0 without a group.
+    /// Returns the number of buffers in the group, 0 without a group.
     int32 CountBuffers() const { return buffers ? buffers->CountBuffers() : 0; }
 
   protected:
@@ -107,12 +107,12 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
     VEXA_REALTIME std::size_t Channels() const { return output.format.u.raw_audio.channel_count; }
     VEXA_REALTIME std::size_t FramesPerBuffer() const;
     VEXA_REALTIME float FrameRate() const { return output.format.u.raw_audio.frame_rate; }
-    /// Returns the performance time, in microseconds, of the frame after those sent so far.
+    /// Returns the performance time, in microseconds, of the next frame to send.
     VEXA_REALTIME bigtime_t TimeOfNextFrame() const;
 
     std::unique_ptr<BBufferGroup> buffers;
     bigtime_t downstreamLatency = 0;
-    /// How many microseconds rendering needs, grown by late notices.
+    /// The time that rendering needs, in microseconds; late notices increase it.
     bigtime_t internalLatency = 0;
     bigtime_t leastInternalLatency = 0;
     media_output output;
@@ -122,7 +122,7 @@ class VexaToneProducer : public BMediaEventLooper, public BBufferProducer {
     bigtime_t startTime = 0;
 
     kits::EventGate* events = nullptr;
-    /// So many microseconds pass from an event to the frame that is rendered with its effect.
+    /// The microseconds from an event to the frame that is rendered with its effect.
     bigtime_t renderDelay = 0;
     kits::Shared<bigtime_t> eventDelay{0};
 

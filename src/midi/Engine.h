@@ -1,5 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// The engine is what plays, without devices and documents: MIDI events go in, samples come out.
+// SPDX-License-Identifier: GPL-3.0-or-later The engine turns MIDI events into samples, without
+// devices and documents.
 #pragma once
 
 #include "midi/MidiConsumer.h"
@@ -8,7 +8,7 @@
 
 namespace vexa {
 
-/// The records of a sound and the two that work on them.
+/// The records of a sound, with the MIDI consumer and the renderer that share them.
 struct Engine : SoundRecords {
     /// Sets the plane function from the next sample and the next note on. Window thread.
     void SetFunction(const PlaneFunction& f) {

@@ -1,5 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// This keeps what the hands hold on one MIDI channel.
+// SPDX-License-Identifier: GPL-3.0-or-later The state of the keys, pedals and other controls of one
+// MIDI channel.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -14,7 +14,7 @@
 
 namespace vexa {
 
-/// The keys that are down, in the order in which they were struck.
+/// The keys that are down, in the order of their note-ons.
 class VEXA_REALTIME HeldKeys {
   public:
     struct Key {
@@ -24,9 +24,9 @@ class VEXA_REALTIME HeldKeys {
         /// The pedal 66 was pressed while the key was down.
         bool sostenuto = false;
     };
-    /// A key that is down already becomes the last one; of too many the first is forgotten.
+    /// A key that is already down moves to the end; if there are too many, the first is dropped.
     void Press(const Key& key);
-    /// Tells the names of the keys that fit and were down.
+    /// Reports the names of the matching keys that were down.
     template<class Told>
     void Release(const NoteName& pattern, Told told) {
         std::size_t kept = 0;
@@ -38,7 +38,7 @@ class VEXA_REALTIME HeldKeys {
         }
         count = kept;
     }
-    /// Says of the keys that fit whether the pedal 66 holds them.
+    /// Sets whether the pedal 66 holds the matching keys.
     void Hold(const NoteName& pattern, bool sostenuto);
     bool Has(const NoteName& name) const;
     /// Returns the last key that is still down.
@@ -52,46 +52,47 @@ class VEXA_REALTIME HeldKeys {
 /// The controls of one channel, as they were last received. MIDI thread.
 class VEXA_REALTIME MidiChannel {
   public:
-    /// What a control has changed.
+    /// The state that a control message has changed.
     enum class Change { None, Bend, Volume, Zone };
     /// Volume, expression, and by registered parameters the range of the bend wheel (0: semitones
-    /// and hundredths, each of which may come alone, 96 semitones at most) and the zone of MPE (6),
-    /// whose members are the value; other parameters change nothing. Data increment and decrement,
-    /// whatever their value, step the range by a semitone, from `usualRange` where none was told.
+    /// and hundredths, each of which may come alone, 96 semitones at most) and the MPE zone (6),
+    /// whose number of members is the value; other parameters have no effect. Data increment and
+    /// decrement, whatever their value, step the range by a semitone, starting from `usualRange` if
+    /// none was received.
     Change Control(uchar controller, uchar value, float usualRange);
     void SetBend(uchar lsb, uchar msb);
-    /// Resets what controller 121 resets by the MIDI association's practice, as far as it is kept
-    /// here: bend, expression, parameter, pedals.
+    /// Resets the controls that controller 121 resets by the MIDI Association's recommended
+    /// practice, as far as they are kept here: bend, expression, parameter, pedals.
     void Reset();
-    /// Forgets what the channel has of the macros' controllers, which Reset leaves.
+    /// Clears the channel's own values of the macros' controllers, which Reset leaves.
     void ForgetMacros() { std::fill(own.begin() + kOwnMacros, own.end(), -1.0F); }
-    /// Brings the wheel back to its middle.
+    /// Centres the wheel.
     void CentreBend() { bend = 0; }
-    /// The range of the wheel, in semitones, is forgotten, or is the one that another channel was
-    /// told.
+    /// Clears the range of the wheel, in semitones, or copies the one that another channel
+    /// received.
     void ForgetRange() { range = {}; }
     void TakeRange(const MidiChannel& other) { range = other.range; }
 
-    /// Semitones; `otherwise` is the range where none was told.
+    /// Returns the bend in semitones; `otherwise` is the range if none was received.
     float Bend(float otherwise) const { return bend * range.Of(otherwise); }
-    /// Returns the factor on the output, by volume and expression.
+    /// Returns the channel's gain from volume and expression.
     float Volume() const { return volume * expression; }
 
     /// True while the pedals 64 (sustain) and 66 (sostenuto) are down.
     bool sustain = false, sostenuto = false;
-    /// The values that a note alone on the channel has; before any came they are those with which
-    /// MPE begins a note.
+    /// The values of the single note on an MPE member channel; until some arrive they are the
+    /// initial values of MPE.
     OwnValues own = kNoteBegins;
     HeldKeys keys;
     /// The frequency of the last note in Hz, 0 before there was one.
     float frequency = 0;
-    /// The slot of the one voice, while there may be one only; -1 before.
+    /// The slot of the single voice in a monophonic mode; -1 before the first.
     int voice = -1;
 
   private:
     static constexpr OwnValues kNoteBegins{0, 64.0F / 127, -1, -1, -1, -1};
 
-    /// The interval, in semitones, by which the wheel bends at most, as far as it was told.
+    /// The wheel's range in semitones, if one was received.
     struct Range {
         std::optional<uchar> semitones;
         std::optional<uchar> hundredths;
@@ -100,15 +101,15 @@ class VEXA_REALTIME MidiChannel {
         VEXA_REALTIME void Step(int steps, float otherwise);
     };
 
-    /// Whether data are for that registered parameter.
+    /// Returns whether data messages apply to that registered parameter.
     VEXA_REALTIME bool IsFor(uchar parameter) const {
         return parameterMsb == 0 && parameterLsb == parameter;
     }
 
-    /// The wheel's place, -1..1, with 0 in the middle.
+    /// The wheel's position, -1..1, with 0 in the middle.
     float bend = 0;
     float volume = 1, expression = 1;
-    /// The parameter that data are for; 127, 127 is none.
+    /// The registered parameter to which data messages apply; 127, 127 means none.
     uchar parameterMsb = 127, parameterLsb = 127;
     Range range;
 };

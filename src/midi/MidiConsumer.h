@@ -23,20 +23,20 @@
 
 namespace vexa {
 
-/// The program's MIDI input. It decides which note takes which voice slot and computes what a voice
-/// starts with; the renderer plays what it has set up. An event takes effect when its hook runs,
-/// its time argument is not looked at.
+/// The program's MIDI input. It assigns notes to voice slots and computes the starting values of a
+/// voice; the renderer plays the slots. An event takes effect when its hook runs; its time argument
+/// is ignored.
 class VexaMidiConsumer : public BMidiLocalConsumer {
   public:
-    /// Makes a consumer that hears all channels, with a voice limit of 1, dummyfunction and equal
-    /// temperament. The records are shared and outlive it. Window thread.
+    /// Makes a consumer that listens to all channels, with a voice limit of 1, dummyfunction and
+    /// equal temperament. The records are shared and must outlive it. Window thread.
     VexaMidiConsumer(const char* name, ControllerTable& controllers, Macros& macros,
                      const sound_param& parameters, Playing& playing, ChannelVolumes& volumes,
                      VoiceTable& voices);
     ~VexaMidiConsumer() override { Unregister(); }
 
-    /// A velocity of 0 is a velocity like others: only NoteOff releases. MIDI thread, as all hooks
-    /// unless noted.
+    /// A velocity of 0 starts a note like any other; only NoteOff releases. MIDI thread, like all
+    /// hooks unless noted.
     VEXA_REALTIME void NoteOff(uchar channel, uchar note, uchar velocity, bigtime_t time) override;
     VEXA_REALTIME void NoteOn(uchar channel, uchar note, uchar velocity, bigtime_t time) override;
     VEXA_REALTIME void ControlChange(uchar channel, uchar controller, uchar value,
@@ -46,25 +46,25 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     VEXA_REALTIME void ChannelPressure(uchar channel, uchar pressure, bigtime_t time) override;
     VEXA_REALTIME void PitchBend(uchar channel, uchar lsb, uchar msb, bigtime_t time) override;
     VEXA_REALTIME void SourceEnded(uchar channel, bigtime_t time) override;
-    /// Silences every slot at once, whatever the channel. Any thread.
+    /// Silences every slot at once, on all channels. Any thread.
     VEXA_REALTIME void AllNotesOff(bool justChannel, bigtime_t time) override;
 
-    /// Notes that a host names, of which those with other names are others even on the same key.
-    /// Real-time safe, MIDI thread, as all here with names.
+    /// Notes that a host identifies by names; notes with different names are different even on the
+    /// same key. Real-time safe, MIDI thread, like all functions here that take names.
     ///
-    /// Begins one; the velocity is 0..1.
+    /// Begins a named note; the velocity is 0..1.
     VEXA_REALTIME void Begin(const NoteName& name, float velocity);
-    /// Lets the keys go of those that fit, or silences them at once.
+    /// Releases the matching notes, or silences them at once.
     VEXA_REALTIME void End(const NoteName& pattern);
     VEXA_REALTIME void Choke(const NoteName& pattern);
-    /// Each says something of the notes that fit and sound, be they of MIDI, until they end. Macros
-    /// are 0..1, their modulation is -1..1 in place of the common one (Macro::modulation). What is
-    /// beyond its range is bounded; what is no number is ignored.
+    /// Sets a value of the sounding notes that match, MIDI notes included, until they end. Macros
+    /// are 0..1; their modulation, -1..1, replaces the common one (Macro::modulation). Values out
+    /// of range are clamped; NaN is ignored.
     VEXA_REALTIME void Express(const NoteName& pattern, Expression which, float value);
     VEXA_REALTIME void SetMacro(const NoteName& pattern, std::size_t macro, float value);
     VEXA_REALTIME void ModulateMacro(const NoteName& pattern, std::size_t macro, float amount);
-    /// Tells the names of the named notes that have ended since the last call, once for each
-    /// beginning: their keys are up, and nothing is heard of them any more.
+    /// Reports the names of the named notes that have ended since the last call, once for each
+    /// beginning. A note has ended when its key is up and it is silent for good.
     template<class Told>
     VEXA_REALTIME void TakeEnded(Told told) {
         FindEnded();
@@ -74,50 +74,50 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
         }
         endedCount = 0;
     }
-    /// Returns whether nothing sounds, or only notes that are over.
+    /// Returns true if no note sounds, apart from notes that are over.
     VEXA_REALTIME bool IsSilent() const;
 
-    /// Returns the channel that is listened to, 0..15, or -1 for all. Any thread.
+    /// Returns the channel to which the consumer listens, 0..15, or -1 for all. Any thread.
     int32 Channel() const { return channel; }
-    /// Sets the channel that is listened to. A change releases the notes that have come in by the
-    /// endpoint's connections and are held. Window thread.
+    /// Sets the channel to which the consumer listens. A change releases the held notes that
+    /// arrived by the endpoint's connections. Window thread.
     void SetChannel(int32 next);
 
-    /// Takes all channels but the first for those of one note each (MPE), which bend, whether a
-    /// sound says how it is played or not; with false no longer so. Where that changes anything the
-    /// notes of these channels end. MIDI thread, or before the first event.
+    /// Switches MPE on or off: all channels but the first then carry one note each and bend it,
+    /// regardless of the sound's settings. A change ends the notes of these channels. MIDI thread,
+    /// or before the first event.
     VEXA_REALTIME void ExpectMpe(bool whether = true);
 
-    /// Sets the function that new voices are charged with, in the way of
+    /// Sets the function from which the filters of new voices are initialised, like
     /// VoiceRenderer::SetFunction. Window thread.
     void SetFunction(const PlaneFunction& next) { function.Publish(next); }
 
-    /// Sets the frequencies of the notes from the next one on; a key with none starts no note and
-    /// takes no voice. Window thread.
+    /// Sets the frequencies of the keys from the next note on; a key without a frequency starts no
+    /// note and takes no voice. Window thread.
     void SetTuning(const Tuning& next) { tuning.Publish(next); }
 
-    /// Silences voices until at most `limit` sound, which then is the voice limit. Any thread.
+    /// Sets the voice limit and silences voices until at most `limit` sound. Any thread.
     VEXA_REALTIME void ReduceToMaxVox(int32 limit);
-    /// Sets the voice limit without cutting off what is held: as many voices may sound, until a
-    /// note begins while fewer are held. Any thread.
+    /// Sets the voice limit without cutting off held notes: as many voices as are held may sound
+    /// until a note begins while fewer are held. Any thread.
     VEXA_REALTIME void LimitNewVox(int32 limit);
-    /// Returns how many notes sound and are not released. Any thread.
+    /// Returns the number of sounding notes that are not released. Any thread.
     VEXA_REALTIME int32 CountHeld() const;
-    /// Returns how many voices sound. Any thread.
+    /// Returns the number of sounding voices. Any thread.
     VEXA_REALTIME int32 CountVox() const { return CountActive(voices); }
-    /// Silences the voice that the next stolen note would take. Any thread.
+    /// Silences the voice that would be stolen next. Any thread.
     void ReduceVoxByOne() { ReduceVoicesByOne(voices); }
-    /// Counts the notes since the start that took the slot of another. Any thread.
+    /// Returns the number of notes since the start that stole another note's slot. Any thread.
     int64 StolenVox() const { return stolen; }
 
-    /// Copies the program's own icons into 32 x 32 and 16 x 16 B_CMAP8 bitmaps; they stay as they
-    /// are where it has none.
+    /// Copies the program's own icons into 32 x 32 and 16 x 16 B_CMAP8 bitmaps; a bitmap stays
+    /// unchanged if the program has no icon.
     static void GetIcons(BBitmap* large, BBitmap* mini);
-    /// Puts the icons into an endpoint's properties, in place of those that are there.
+    /// Puts the icons into an endpoint's properties and replaces existing ones.
     static void AddIcons(BMessage* message, const BBitmap& large, const BBitmap& mini);
 
   private:
-    /// What a message's byte is from 0 to 1.
+    /// Converts a data byte to 0..1.
     VEXA_REALTIME static float Normalised(uchar value) { return static_cast<float>(value / 127.0); }
     VEXA_REALTIME bool Accepts(uchar from) const {
         return channel == -1 || channel == from || channel == MasterOf(from);
@@ -174,21 +174,21 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     ChannelVolumes& volumes;
     VoiceTable& voices;
     kits::Shared<int32> channel{-1};
-    /// Who holds a slot's note: a key of a channel, or a host. MIDI thread.
+    /// The holder of a slot's note: a key of a channel, or a host. MIDI thread.
     struct Holder {
-        /// The channel that the note came on. Its end is listened to there, whatever the consumer's
-        /// channel is by then.
+        /// The channel on which the note arrived. Its note-off is accepted there even if the
+        /// consumer's channel has changed.
         uchar channel = 0;
         /// The key is down.
         bool key = false;
         /// The pedal 66 holds the note.
         bool sostenuto = false;
-        /// Its key was up before another note began on the channel of its own.
+        /// True if its key was up before another note began on the same MPE member channel.
         bool bygone = false;
-        /// The note's name. Its id is kOfMidi for a note of MIDI, and also from when the host has
-        /// been told of the note's end.
+        /// The note's name. Its id is kOfMidi for a MIDI note, and also after the note's end was
+        /// reported to the host.
         NoteName name{NoteName::kOfMidi, -1, -1};
-        /// What the host says of the note, in the units of Expression.
+        /// The host's values for the note, in the units of Expression.
         float volume = 1, loudness = 1, pan = 0.5F;
     };
     std::array<Holder, kVoiceSlots> holders{};
@@ -197,15 +197,16 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     std::size_t endedCount = 0;
     std::array<MidiChannel, 16> channels{};
     MpeZones zones;
-    /// The values that TakeUpSound has taken up: of Playing::loads and `panics`, and the macros'
-    /// controllers. MIDI thread.
+    /// The values of Playing::loads, of `panics` and of the macros' controllers that TakeUpSound
+    /// last took up. MIDI thread.
     uint32 loads = 0, panicked = 0;
     std::array<int32, kMacros> macroControllers{};
     std::atomic<uint32> panics{0};
     kits::Published<PlaneFunction> function{dummyfunction};
     kits::Published<Tuning> tuning{EqualTemperament()};
     std::atomic<int32> voiceLimit{1};
-    /// So many voices may sound whatever the limit is, as they were held when that was set.
+    /// The number of voices that may sound regardless of the limit, because they were held when it
+    /// was set.
     std::atomic<int32> spared{0};
     kits::Shared<int64> stolen{0};
     kits::Reader reader;

@@ -1,5 +1,4 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// This is the name by which a host calls a note.
+// SPDX-License-Identifier: GPL-3.0-or-later The name by which a host identifies a note.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -7,9 +6,10 @@
 
 namespace vexa {
 
-/// The name of a note, which as a pattern means every note that it agrees with; -1 agrees with any.
+/// The name of a note. As a pattern it matches every note with the same fields; -1 matches any
+/// value.
 struct NoteName {
-    /// The host's own number, -1 where it gives none. Notes of MIDI have kOfMidi.
+    /// The host's note id, -1 for none. MIDI notes have kOfMidi.
     int32 id = -1;
     /// The channel, 0..15, or -1 for any.
     int32 channel = -1;
@@ -26,17 +26,16 @@ struct NoteName {
     bool operator==(const NoteName&) const = default;
 };
 
-/// The things that a host says of a note alone, besides its macros.
+/// The values, besides macros, that a host sets for a single note.
 enum class Expression {
     /// The note's tuning in semitones.
     Tuning,
-    /// Factors from 0 on; the two are multiplied.
+    /// Gains of at least 0; the two are multiplied.
     Volume,
     Loudness,
-    /// The place between left, 0, middle, 0.5, and right, 1.
+    /// The pan: 0 is left, 0.5 the middle, 1 right.
     Pan,
-    /// From 0 to 1, with the effect that the pressure and the controller 74 of a channel of the
-    /// note's own (MPE) have.
+    /// From 0 to 1, with the effect of pressure and controller 74 on an MPE member channel.
     Pressure,
     Timbre,
 };

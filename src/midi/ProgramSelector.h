@@ -1,5 +1,4 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// By program changes a player chooses sounds.
+// SPDX-License-Identifier: GPL-3.0-or-later Program changes, by which a player chooses sounds.
 #pragma once
 
 #include "kits/application/Messenger.h"
@@ -12,20 +11,20 @@
 
 namespace vexa {
 
-/// Hears of program changes as soon as they come, whenever the notes around them are played, and
-/// wakes who loads sounds.
+/// Receives program changes as soon as they arrive, independently of the time at which neighbouring
+/// notes are played, and notifies the looper that loads sounds.
 class ProgramSelector : public kits::EventWatcher {
   public:
-    /// Only what comes on a channel that the consumer listens to counts. `target` gets a message of
-    /// that code after each program change. Window thread.
+    /// Ignores channels to which the consumer does not listen. `target` gets a message of that code
+    /// after each program change. Window thread.
     ProgramSelector(const VexaMidiConsumer& consumer, BMessenger target, uint32 code)
         : consumer(consumer), target(std::move(target)), code(code) {}
 
-    /// Takes a program change up. MIDI thread.
+    /// Handles a program change. MIDI thread.
     void Came(const kits::MidiEvent& event) override;
 
-    /// Returns the last program that was chosen since the call before: 128 bank + program, where
-    /// the bank is 128 times controller 0 plus controller 32. Any thread.
+    /// Returns the last program chosen since the previous call: 128 bank + program, where the bank
+    /// is 128 times controller 0 plus controller 32. Any thread.
     std::optional<int32> Take();
 
   private:

@@ -59,8 +59,9 @@ class VoiceRenderer {
     /// may have begun before this call is running. Window thread.
     void SetFunction(const PlaneFunction& next) { function.Publish(next); }
 
-    /// Announces that the function that is set next belongs to other coefficients and envelopes,
-    /// and reports that all of them are set, respectively. The orbit of one sound may reach extreme
+    /// Marks the replacement of a sound: BeginReplacing() announces that the next function comes
+    /// with other coefficients and envelopes, EndReplacing() says that all of them are set.
+    /// EndReplacing() without a replacement has no effect. The orbit of one sound may reach extreme
     /// values of another sound's terrain: in between the output is silent, and no value glides from
     /// one sound to the other. Window thread.
     void BeginReplacing() noexcept { replacing = replacing | 1U; }

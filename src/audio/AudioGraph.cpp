@@ -25,7 +25,7 @@ bool AudioGraph::Start() {
     return !failure;
 }
 
-/// Returns what could not be done, or null.
+/// Returns the name of the step that failed, or null.
 const char* AudioGraph::Register() {
     if (roster.RegisterNode(producer) != B_OK)
         return "unable to register ToneProducer node!\n";
@@ -34,7 +34,7 @@ const char* AudioGraph::Register() {
     return nullptr;
 }
 
-/// Connects to the mixer and starts; what could not be done, or null.
+/// Connects to the mixer and starts. Returns the name of the step that failed, or null.
 const char* AudioGraph::Connect() {
     if (roster.GetAudioMixer(&connection.consumer) != B_OK)
         return "unable to get the system mixer";
@@ -85,7 +85,7 @@ AudioGraph::DeviceNews AudioGraph::Watch() {
         ReleaseMixer();
         loss = Loss::Untold;
     }
-    // What failed for another reason than the device is not tried again.
+    // A failure with another cause than the device is not retried.
     const bool noDevice = connection.producer.node >= 0 && connection.consumer.node < 0;
     if (!noDevice)
         return DeviceNews::None;
@@ -100,7 +100,7 @@ AudioGraph::DeviceNews AudioGraph::Watch() {
     case kits::MixerSearch::State::Found:
         break;
     }
-    // What was let go while nothing was heard is over, and does not fade out now.
+    // Notes that were released while there was no output have ended and do not fade out now.
     SilenceReleased(engine.voices);
     return ConnectTo(search.Take()) ? DeviceNews::There : DeviceNews::None;
 }
@@ -111,7 +111,7 @@ void AudioGraph::UseSystem(std::optional<kits::AudioSystem> system) {
         ReleaseMixer();
     }
     kits::ChooseAudioSystem(system);
-    // It is wanted that there is silence for a moment.
+    // A short silence is intended here.
     loss = Loss::Told;
 }
 
@@ -125,7 +125,7 @@ double AudioGraph::DeviceRate() const {
     return mixer ? mixer->DeviceRate() : 0;
 }
 
-/// Begins to play through a mixer that plays already.
+/// Begins to play through a mixer that is already running.
 bool AudioGraph::ConnectTo(std::unique_ptr<kits::SystemMixer> mixer) {
     if (roster.RegisterMixer(std::move(mixer)) != B_OK || Connect())
         return false;
@@ -167,7 +167,7 @@ std::string AudioGraph::DeviceName() const {
     return mixer ? mixer->DeviceName() : std::string();
 }
 
-/// Stops and disconnects the producer, which then knows nothing of the mixer any more.
+/// Stops and disconnects the producer, which then holds no reference to the mixer.
 status_t AudioGraph::Disconnect() {
     if (connected) {
         roster.StopNode(connection.producer, 0, true);

@@ -16,9 +16,9 @@ namespace {
 
 constexpr const char* kName = "Vexa audio out";
 constexpr uint32 kApiVersion = 0x500;
-/// Frames of a buffer where the consumer leaves its size open.
+/// The default buffer size in frames, if the consumer leaves it open.
 constexpr std::size_t kDefaultFrames = 16;
-/// Frames of two channels that are rendered at a time.
+/// The number of stereo frames that are rendered at a time.
 constexpr std::size_t kStretch = 256;
 constexpr float kPreferredRate = 44100;
 
@@ -236,7 +236,7 @@ void VexaToneProducer::AllocateBuffers() {
     buffers = std::make_unique<BBufferGroup>(size, BuffersNeeded(), B_ANY_ADDRESS, B_FULL_LOCK);
 }
 
-/// Those on the way, one that is played and one that is filled.
+/// The buffers in transit, one being played and one being filled.
 int32 VexaToneProducer::BuffersNeeded() const {
     return static_cast<int32>(downstreamLatency / std::max<bigtime_t>(BufferDuration(), 1) + 2);
 }
@@ -274,7 +274,8 @@ void VexaToneProducer::LateNoticeReceived(const media_source& what, bigtime_t ho
     }
 }
 
-/// The sound goes on as it is: the next buffers follow on those sent, but are rendered later.
+/// The sound continues without a gap: the next buffers follow those already sent, but are rendered
+/// later.
 void VexaToneProducer::EarlyNoticeReceived(const media_source& what, bigtime_t howMuch) {
     trace.Put("ToneProducer::EarlyNoticeReceived\n");
     if (what != output.source || RunMode() != B_INCREASE_LATENCY)
@@ -375,7 +376,7 @@ void VexaToneProducer::FillSineBuffer(float* buffer, std::size_t count) noexcept
         ReduceVoxByOne();
 }
 
-/// The renderer takes an event up where a stretch begins.
+/// The renderer takes up an event at the beginning of a stretch.
 void VexaToneProducer::Render(float* buffer, std::size_t count) noexcept {
     std::size_t done = 0;
     if (events) {
@@ -414,14 +415,15 @@ void VexaToneProducer::RenderStretch(float* buffer, std::size_t count) noexcept 
     }
 }
 
-/// Frames from the beginning of the next buffer; 0 for what is late, `count` for what may wait.
+/// Returns the event's frame in the next buffer; 0 if it is late, `count` if it belongs to a later
+/// one.
 std::size_t VexaToneProducer::FrameOf(const kits::MidiEvent& event,
                                       std::size_t count) const noexcept {
     if (event.time == 0)
         return 0;
     const bigtime_t due = TimeSource()->PerformanceTimeFor(event.time) + renderDelay;
     const bigtime_t from = due - TimeOfNextFrame();
-    // Nothing is known so long before; the clock has jumped.
+    // No event is known so long in advance; the clock has jumped.
     if (from <= 0 || from > kMostAhead)
         return 0;
     const double frame = std::round(static_cast<double>(from) * FrameRate() / 1e6);

@@ -4,13 +4,13 @@
 
 namespace vexa {
 
-/// An octave has so many cents.
+/// The cents in an octave.
 constexpr double kOctave = 1200;
 
-/// Returns the ratio of frequencies of an interval in cents.
+/// Returns the frequency ratio of an interval in cents.
 double RatioOf(double cents);
 
-/// Returns the size of a ratio above 0 in cents.
+/// Returns the size in cents of a frequency ratio above 0.
 double CentsOf(double ratio);
 
 } // namespace vexa

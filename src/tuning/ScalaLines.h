@@ -1,5 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// The lines of a file of Scala, the program whose formats tunings are exchanged in.
+// SPDX-License-Identifier: GPL-3.0-or-later The lines of a Scala file. Scala's formats are the
+// common ones for the exchange of tunings.
 #pragma once
 
 #include "kits/support/Result.h"
@@ -12,11 +12,11 @@
 
 namespace vexa {
 
-/// Walks through a file's lines, which end with or without a carriage return; those that begin with
-/// "!" are comments and are passed over. At first it stands before the first line.
+/// Iterates over a file's lines, which may end with a carriage return too; lines that begin with
+/// "!" are comments and are skipped. It starts before the first line.
 class ScalaLines {
   public:
-    /// `name` is the file's, for messages; the bytes must outlive the walk.
+    /// `name` is the file's name for messages; the bytes must outlive this object.
     ScalaLines(std::string_view bytes, std::string name);
 
     /// Steps to the next line, or to the next that is not blank; false at the end, where the text
@@ -24,9 +24,9 @@ class ScalaLines {
     bool Next();
     bool NextFilled();
 
-    /// The line without what ends it.
+    /// Returns the line without its line end.
     std::string_view Text() const { return text; }
-    /// The line's number, from 1; at the end that of the last one, 1 where there is none.
+    /// Returns the line's number, from 1; at the end that of the last line, 1 if there is none.
     int Number() const { return std::max(number, 1); }
 
     /// "NAME:LINE: expected WHAT, not "TEXT"" or, at the end, that the file ends there.
@@ -42,10 +42,11 @@ class ScalaLines {
     bool ended = false;
 };
 
-/// The line's first word, which ends at a space or a tab.
+/// Returns the line's first word, which ends at a space or a tab.
 std::string_view FirstWord(std::string_view line);
 
-/// The first word of a line where the whole of it is a number within the limits, which no NaN is.
+/// Returns the first word of a line as a number; nothing if the whole word is not a number within
+/// the limits. NaN is outside any limits.
 template<class Number>
 std::optional<Number> NumberIn(std::string_view line, Number minimum, Number maximum) {
     const std::string_view word = FirstWord(line);

@@ -40,7 +40,7 @@ void SkipBlanks(std::string_view& text) {
         text.remove_prefix(1);
 }
 
-/// The value of what TakeNumber has taken; NaN where it is none or beyond all numbers.
+/// Returns the value of the text that TakeNumber has taken; NaN if it is no number or out of range.
 double ValueOf(std::string_view number) {
     if (number.starts_with('+'))
         number.remove_prefix(1);
@@ -50,7 +50,7 @@ double ValueOf(std::string_view number) {
     return fault == std::errc() && stop == end ? value : std::nan("");
 }
 
-/// The cents of the pitch at a line's begin; the error is what was expected in its place.
+/// Returns the cents of the pitch at the beginning of a line; the error is the expected content.
 Result<double> ReadPitch(std::string_view text) {
     SkipBlanks(text);
     const std::string_view first = TakeNumber(text, true);
@@ -70,7 +70,7 @@ Result<double> ReadPitch(std::string_view text) {
             return Error{kRatio};
         cents = CentsOf(upper) - CentsOf(lower);
     }
-    // What follows is no remark but makes another number of it, as a decimal comma does.
+    // The rest of the word is no remark but belongs to the number, like a decimal comma.
     const bool comma = text.size() > 1 && text[0] == ',' && IsDigit(text[1]);
     if (comma || text.starts_with('/') || text.starts_with('.'))
         return Error{kPitch};

@@ -20,7 +20,7 @@ std::optional<double> CentsOf(const Scale& scale, const Keymap& keymap, int key)
     return place->repetitions * scale.Cents(keymap.octave) + scale.Cents(place->degree);
 }
 
-/// What a key of that frequency has in a tuning.
+/// Returns the tuning's entry for a key of that frequency: 0 outside the audible range.
 float Playable(double hertz) {
     return hertz >= kLeastHertz && hertz <= kMostHertz ? static_cast<float>(hertz) : 0.0F;
 }

@@ -1,23 +1,22 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// A tuning says which frequency each key has.
+// SPDX-License-Identifier: GPL-3.0-or-later A tuning assigns a frequency to each key.
 #pragma once
 
 #include <array>
 
 namespace vexa {
 
-/// MIDI has so many keys, 0..127.
+/// The number of MIDI keys, 0..127.
 constexpr int kKeys = 128;
 /// The A above the middle C, and its usual frequency in Hz.
 constexpr int kA4 = 69;
 constexpr double kA4Hertz = 440;
 
-/// A key with a frequency (Hz) outside of these sounds nothing: below, single precision no longer
-/// holds the low-cut filter's poles apart from 1; above there is nothing to hear.
+/// The range of frequencies (Hz) of keys that sound. Below it, single precision cannot distinguish
+/// the low-cut filter's poles from 1; above it nothing is audible.
 constexpr double kLeastHertz = 0.1;
 constexpr double kMostHertz = 100000;
 
-/// The frequency of each key in Hz; 0 for a key that sounds nothing.
+/// The frequency of each key in Hz; 0 for a silent key.
 using Tuning = std::array<float, kKeys>;
 
 /// Returns twelve equal steps to the octave, with key 69 at `a4` Hz.
@@ -26,7 +25,7 @@ Tuning EqualTemperament(double a4 = kA4Hertz);
 struct Scale;
 struct Keymap;
 
-/// Returns the keys of the map tuned to the scale.
+/// Returns the tuning of the map's keys to the scale.
 Tuning TuningOf(const Scale& scale, const Keymap& keymap);
 
 } // namespace vexa

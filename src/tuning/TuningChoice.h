@@ -1,5 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later
-// The tuning that a person chooses, by the same options in all programs.
+// SPDX-License-Identifier: GPL-3.0-or-later The user's choice of tuning, with the same options in
+// all programs.
 #pragma once
 
 #include "kits/support/Result.h"
@@ -10,23 +10,23 @@
 
 namespace vexa {
 
-/// The frequencies of A4, in Hz, that can be asked for.
+/// The valid range of the frequency of A4, in Hz.
 constexpr double kLeastA4 = 1;
 constexpr double kMostA4 = 20000;
 
 struct TuningChoice {
-    /// The Scala files. Without a scale there are twelve equal steps to the octave, and without a
-    /// map it is Keymap's own.
+    /// The Scala files. The default scale is twelve equal steps to the octave, the default map that
+    /// of Keymap.
     std::optional<std::filesystem::path> scale;
     std::optional<std::filesystem::path> keymap;
-    /// The frequency of key 69 in Hz, which stands in place of what the map is tuned by.
+    /// The frequency of key 69 in Hz, which replaces the map's reference.
     std::optional<double> a4;
 
     bool operator==(const TuningChoice&) const = default;
 };
 
-/// Reads the files. The error is a reader's, or says that no key would sound or that the map leaves
-/// key 69 out, which is to be tuned. Any thread.
+/// Reads the files. The error is that of a reader, or says that no key would sound, or that the map
+/// omits key 69 although its frequency is given. Any thread.
 kits::Result<Tuning> ReadTuning(const TuningChoice& choice);
 
 } // namespace vexa

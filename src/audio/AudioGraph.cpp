@@ -111,7 +111,7 @@ void AudioGraph::UseSystem(std::optional<kits::AudioSystem> system) {
         ReleaseMixer();
     }
     kits::ChooseAudioSystem(system);
-    // A short silence is intended here.
+    // The short silence is intended, so it is not reported as a loss.
     loss = Loss::Told;
 }
 

@@ -9,7 +9,7 @@ namespace {
 
 constexpr uchar kLower = 0, kUpper = 15;
 constexpr int kMostMembers = 15;
-/// Two zones together have at most so many members, as both have masters.
+/// The largest number of members of both zones together: each zone also needs its master.
 constexpr int kMostShared = 14;
 
 } // namespace

@@ -9,7 +9,7 @@
 namespace vexa {
 
 void OutputMix::Begin(const Times& times, std::size_t offset, std::size_t newCount) noexcept {
-    // These are the volumes of the block before.
+    // These are the volumes of the previous block.
     for (Ramp<float>& channel : channels)
         channel.Pass(count);
     level.Pass(count);
@@ -45,7 +45,7 @@ bool OutputMix::Stays() const noexcept {
     return stays;
 }
 
-/// Voices of one group are scaled alike; those of group 0 not at all.
+/// Voices of one group have equal scaling; those of group 0 have none.
 std::size_t OutputMix::Group(const RunningVoice& v) const noexcept {
     const Ramp<float>& channel = channels[v.channel];
     return channel.Varies() || channel.Now() != 1 ? 1 + v.channel : 0;

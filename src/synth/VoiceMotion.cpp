@@ -32,7 +32,7 @@ namespace {
 
 constexpr double kTwoPi = 6.28318530718;
 
-/// What the ears hear of an oscillator at the beginning of each cell.
+/// The two ears' waves of an oscillator at the beginning of each cell.
 struct VEXA_REALTIME CellEars {
     std::array<double, kMostCells> leftSines, leftCosines, rightSines, rightCosines;
 
@@ -50,10 +50,10 @@ struct VEXA_REALTIME CellEars {
 
 } // namespace
 
-/// The times of one voice over the block; written only where an envelope asks for them.
+/// The times of one voice over the block; computed only if an envelope needs them.
 class VEXA_REALTIME VoiceMotion::Times {
   public:
-    /// A block that begins `offset` samples after its cell.
+    /// Prepares a block that begins `offset` samples after the beginning of its cell.
     VEXA_REALTIME Times(RunningVoice& v, double dt, std::size_t offset, std::size_t count)
         : v(v), dt(dt), offset(offset), count(count), begin(v.t) {
         const double step = RoundedStep(begin, dt);
@@ -66,8 +66,8 @@ class VEXA_REALTIME VoiceMotion::Times {
         last = static_cast<float>(v.t);
     }
 
-    /// Null where the envelope keeps its value, which is written to `value`; otherwise its values,
-    /// which are in `space`.
+    /// Returns null if the envelope is constant, with its value in `value`; otherwise the
+    /// envelope's values, which are in `space`.
     const float* Follow(const Axis::NumberedCurve& envelope, RampParts& ramps, float* space,
                         float& value) {
         const auto& [curve, number] = envelope;
@@ -110,7 +110,7 @@ class VEXA_REALTIME VoiceMotion::Times {
     alignas(64) std::array<double, kCellRoom> t;
 };
 
-/// The centres that drift at changing speeds.
+/// The centres that drift at varying speeds.
 class VEXA_REALTIME VoiceMotion::Drifts {
   public:
     void Add(const Drift& drift) { drifts[number++] = drift; }
@@ -121,7 +121,7 @@ class VEXA_REALTIME VoiceMotion::Drifts {
     std::size_t number = 0;
 };
 
-/// This moves several voices; its arrays have x and y by turns, voice after voice.
+/// The work space for moving several voices; its arrays alternate x and y, voice after voice.
 struct VoiceMotion::Moving {
     VEXA_REALTIME explicit Moving(std::size_t count) : ramps(count) {}
 
@@ -154,7 +154,8 @@ VoiceMotion::VoiceMotion(const sound_param& p, const ControllerTable& controller
         1,
         kTwoPi * p.Fy} {}
 
-/// The sum of that number (RunningVoice::sums) on its way to what it is to be.
+/// Returns the present value of the sum of that index (RunningVoice::sums), which moves to
+/// `target`.
 double VoiceMotion::Sum(RunningVoice& v, std::size_t number, double target) const noexcept {
     Ramp<double>& sum = v.sums[number];
     if (v.fresh)
@@ -230,7 +231,7 @@ void VoiceMotion::PutCentre(const Axis& axis, RunningVoice& v, double& centre, T
     }
 }
 
-/// What the frequency is multiplied by at each moment, in `space`, where that changes; else null.
+/// Returns the factor on the frequency at each sample, in `space`, if it varies; else null.
 const double* VoiceMotion::Factors(RunningVoice& v, double* space) const noexcept {
     if (!v.glide.Varies() && !v.bend.Varies())
         return nullptr;
@@ -307,8 +308,8 @@ void VoiceMotion::Move(std::span<RunningVoice* const> voices, const Ears& ears, 
     Loops().Places(rights.data(), 2 * voices.size(), count);
 }
 
-/// True where the voice's phases grow by the same steps in all cells; begins the cells then, as
-/// those of the voice of that number.
+/// Returns true if the voice's phases grow by the same steps in all cells; it then begins the
+/// cells, at the index `voice`.
 bool VoiceMotion::TurnsEvenly(RunningVoice& v, Turning& turning, std::size_t voice) const noexcept {
     const std::size_t cells = count / kMostSamples;
     double* const ofx = &turning.phases[turning.number];
@@ -396,8 +397,7 @@ void VoiceMotion::MoveCells(std::span<RunningVoice* const> voices, const Ears* e
 
 bool VoiceMotion::Stands(const Axis& axis, RunningVoice& v) const noexcept {
     const auto t = static_cast<float>(v.t);
-    // True where the sum is 0 for good, as its envelope has come to its end or it has none to
-    // follow.
+    // True if the sum stays 0, because its envelope has ended or it follows none.
     const auto zero = [&](const Axis::NumberedCurve& envelope, double weight, double rest) {
         EnvelopeTrack& track = v.envelopes[envelope.number];
         if (weight == 0)

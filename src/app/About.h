@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This is what the program says of itself, and where its manual is.
+// The text of the About box, the list of linked libraries, and the place of the manual.
 #pragma once
 
 #include <filesystem>
@@ -18,11 +18,11 @@ struct LinkedLibrary {
     const char* licence;
 };
 std::span<const LinkedLibrary> LinkedLibraries();
-/// Returns a line for each of the libraries.
+/// Returns a heading and a line for each library, with its name and licence.
 std::string LibrariesText();
 
-/// The first page of the manual: of the installation, or of the source tree that the program was
-/// built in. Nothing where there is neither.
+/// Returns the first page of the manual: of the installation, or else of the source tree in which
+/// the program was built. Returns nothing if neither exists.
 std::optional<std::filesystem::path> FindManual();
 
 } // namespace vexa

@@ -16,31 +16,32 @@
 
 namespace vexa {
 
-/// A sound that plays elsewhere, as it is known here. Window thread, but for its thread, which
-/// waits for the socket.
+/// Keeps the sound here and the one that plays in a plug-in the same, over a socket. Window thread;
+/// a thread of its own only waits for the socket.
 class Attachment {
   public:
-    /// Takes over the descriptor of a connected socket, and waits until the plug-in has said its
-    /// sound. The error says what is at the other end instead.
+    /// Takes ownership of the descriptor of a connected socket and waits until the plug-in has sent
+    /// its sound. The error says what is wrong with the other end.
     static kits::Result<std::unique_ptr<Attachment>> Begin(int descriptor);
     ~Attachment();
 
-    /// Sends the target `code` from now on when something has come, and some sixty times a second
-    /// in any case; not again before Take.
+    /// From now on sends the message `code` to `target` when data has arrived, and about sixty
+    /// times a second in any case. After each message it waits for a call of Take before it sends
+    /// the next.
     void Watch(const BMessenger& target, uint32 code);
-    /// Has the records show the notes that play there. The sound, if it has become another one by
-    /// other means than Offer.
+    /// Reads what has arrived and makes `records` show the notes that play in the plug-in. Returns
+    /// the plug-in's sound if it has changed by other means than Offer.
     std::optional<Sound> Take(SoundRecords& records);
-    /// Offers the plug-in that its sound becomes this one, but for whose it is. Nothing happens
-    /// where it is so already; false, and nothing happens, where the document is too large to be
-    /// sent.
+    /// Sends the plug-in this sound to play from now on. Returns true and sends nothing if the
+    /// plug-in's sound is already like it, apart from authors. Returns false and sends nothing if
+    /// the document is too large.
     bool Offer(const Sound& sound);
-    /// Plays a note or moves a controller there.
+    /// Sends the plug-in a MIDI message of three bytes, such as a note or a controller.
     void Play(uint8 status, uint8 first, uint8 second);
 
-    /// True where nothing comes any more, even while there is still something to Take.
+    /// True if the other end has closed the connection, even if Take has still something to read.
     bool IsOver() const { return link.IsDeserted(); }
-    /// Returns why it is over; empty where the plug-in has simply gone.
+    /// Returns why the connection is over; empty if the plug-in has simply gone.
     const std::string& Fault() const { return link.Fault(); }
 
   private:
@@ -49,12 +50,12 @@ class Attachment {
     void WatchUntil(const std::stop_token& stop, const BMessenger& target, uint32 code);
 
     attach::Link link;
-    /// The descriptor of the socket once more, for the thread.
+    /// A duplicate of the socket's descriptor, for the thread.
     const int watched;
     uint32 serial = 0;
-    /// The sound that plays there, as far as is known here.
+    /// The plug-in's sound, as it was last received or sent.
     Sound known;
-    /// It has come and is not taken yet.
+    /// True if `known` has been received and Take has not returned it yet.
     bool fresh = false;
     std::binary_semaphore taken{1};
     std::jthread thread;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The computer's keyboard is a piano here.
+// Plays notes with the computer's keyboard.
 #pragma once
 
 #include "app/HandSource.h"
@@ -11,35 +11,35 @@
 
 namespace vexa {
 
-/// Plays by two rows of keys: the lowest row of letters is the white keys from C3 on, with the
-/// black ones in the row above it; the row below the digits starts at C4, with the black keys among
-/// the digits. Keys go by their place, so every layout has the same piano. It is a source in the
-/// MIDI roster. Window thread.
+/// A piano of two ranges. The lowest row of letters has the white keys from C3 on, and the row
+/// above it the black ones. The row below the digits has the white keys from C4 on, and the digits
+/// the black ones. Keys are known by their position, so the piano is the same in every keyboard
+/// layout. It is a source in the MIDI roster. Window thread.
 class ComputerKeyboard {
   public:
     static constexpr const char* kName = "Computer keyboard";
 
     ~ComputerKeyboard() { ReleaseAll(); }
 
-    /// Takes a message B_KEY_DOWN, B_KEY_UP or B_WINDOW_ACTIVATED. True if it was about a key of
-    /// the piano.
+    /// Takes a message B_KEY_DOWN, B_KEY_UP or B_WINDOW_ACTIVATED. Returns true if it concerned a
+    /// key of the piano.
     bool Take(const BMessage& message);
-    /// Lets go of all keys that are held.
+    /// Releases all keys that are held.
     void ReleaseAll();
-    /// Sets the channel, 0..15, that the coming notes are on, which is 0 at first, and lets go of
-    /// all keys.
+    /// Releases all keys and sets the channel of the coming notes, 0..15. It is 0 at first.
     void SetChannel(uchar next);
     uchar Channel() const { return source.Channel(); }
 
     /// Does what HandSource::SendTo does.
     void SendTo(HandSource::Player next) { source.SendTo(std::move(next)); }
 
-    /// Returns the MIDI note number of a key, by its place as B_KEY_DOWN counts.
+    /// Returns the MIDI note number of a key, by its position as in B_KEY_DOWN; nothing if the key
+    /// is not part of the piano.
     static std::optional<uchar> NoteOf(int32 key);
 
   private:
     HandSource source{kName, HandSource::Place::Roster};
-    /// Notes that sound, by the key that is held.
+    /// The notes that sound, by the keys that hold them.
     std::map<int32, uchar> held;
 };
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This finds which controller a person moves.
+// Detects which controller the user moves.
 #pragma once
 
 #include "synth/SoundParam.h"
@@ -9,14 +9,14 @@
 
 namespace vexa {
 
-/// Compares the controllers with how they were when it was made. Window thread.
+/// Compares the controllers with their values at construction. Window thread.
 class ControllerLearn {
   public:
-    /// Begins: what moves from now on counts.
+    /// Takes the present values as the reference. `controllers` outlives the object.
     explicit ControllerLearn(const ControllerTable& controllers);
 
-    /// The number of the controller that has moved furthest since, by more than a jitter of the
-    /// hand; nothing while none has.
+    /// Returns the number of the controller that has moved furthest since construction; nothing
+    /// while no movement exceeds jitter.
     std::optional<int> Moved() const;
 
   private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This decides what several files that are dropped at once are to become.
+// Sorts several files that are dropped at once by what each is to become.
 #pragma once
 
 #include <filesystem>
@@ -9,21 +9,21 @@
 
 namespace vexa {
 
-/// The first of each kind; a function, a sample or a picture is a terrain.
+/// The first file of each kind. A terrain is a function, a sample or a picture.
 struct DroppedFiles {
     std::optional<std::filesystem::path> sound;
     std::optional<std::filesystem::path> terrain;
-    /// The Scala files, which are known by their endings ".scl" and ".kbm".
+    /// Scala files, which are recognised by their extensions ".scl" and ".kbm".
     std::optional<std::filesystem::path> scale;
     std::optional<std::filesystem::path> keymap;
-    /// The further ones.
+    /// All files but the first of each kind.
     std::vector<std::filesystem::path> others;
 };
 
-/// Reads as much of the files as tells their kind.
+/// Sorts the files, and reads only as much of each as its kind requires.
 DroppedFiles SortDropped(std::span<const std::filesystem::path> files);
 
-/// Returns the ending in small letters, with its dot.
+/// Returns the extension in lower case (ASCII letters only), with its dot.
 std::string EndingOf(const std::filesystem::path& file);
 
 } // namespace vexa

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The text fields of the main view by handle.
+// Handles for the text fields of the main view.
 #pragma once
 
 #include "documents/Function.h"
@@ -24,7 +24,7 @@ enum class FunctionField : unsigned char {
 };
 constexpr std::size_t kFunctionFields = static_cast<std::size_t>(FunctionField::Frequency) + 1;
 
-/// The handle of any text field: that of a coefficient or of the function.
+/// The handle of a text field, either of a coefficient or of the function.
 class FieldId {
   public:
     constexpr FieldId(ParameterId id) : index(static_cast<std::size_t>(id)) {}
@@ -39,14 +39,14 @@ class FieldId {
     std::size_t index;
 };
 
-/// The record of what the main view knows of a function's field.
+/// The properties of one of the function's fields.
 struct FunctionFieldRow {
     FunctionField id;
-    /// The message that it sends.
+    /// The code of the field's message.
     uint32 code;
     /// The name of the view.
     const char* name;
-    /// The text of a function that it holds.
+    /// Returns the text of the function that the field shows.
     std::string& (*text)(Function& function);
 };
 

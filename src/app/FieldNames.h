@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// These names are read out for the fields of the main view.
+// The names that are read out for the fields of the main view.
 #pragma once
 
 #include "app/FieldId.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The hint tells what is wrong with the expression that is being typed.
+// The hint that explains what is wrong with the expression that is being typed.
 #pragma once
 
 #include "kits/interface/View.h"
@@ -10,23 +10,23 @@
 
 namespace vexa {
 
-/// A note that comes up below the field while its text has a fault, over what is there, with a mark
-/// under the place. Hidden at first. Window thread.
+/// A note below the expression's field, in front of the views there, while the text has a fault. A
+/// mark at its top points to the fault. Hidden at first. Window thread.
 class FormulaHint : public BView {
   public:
-    /// `top` is the first row below the field.
+    /// `top` is the first row of pixels below the field.
     FormulaHint(float left, float top, float right);
 
-    /// Comes up with the reason, whose lines are wrapped, and a mark at `x`, in this view's
-    /// parent's coordinates, if there is a place.
+    /// Shows the reason, with its lines wrapped, and a mark at `x` if the fault has a place. `x` is
+    /// in coordinates of the parent view.
     void Explain(const std::string& reason, std::optional<float> x);
-    /// Moves the mark alone, where the text has been scrolled.
+    /// Moves only the mark, for when the text has been scrolled.
     void MoveMark(std::optional<float> x);
     void Withdraw();
 
-    /// Returns the lines as they are shown.
+    /// Returns the lines as they are shown, after wrapping.
     const std::vector<std::string>& Lines() const { return lines; }
-    /// Returns where the mark is, in pixels of this view.
+    /// Returns the x coordinate of the mark in this view, in pixels; nothing without a mark.
     std::optional<float> Mark() const { return mark; }
 
     void Draw(BRect update) override;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The panel knows where the formulas of the main view stand, and the gaps in them for the fields.
+// The layout of the formulas in the main view, with the gaps for the fields.
 #pragma once
 
 #include "app/FieldId.h"
@@ -17,21 +17,22 @@ class BView;
 
 namespace vexa {
 
-/// Tops of the blocks of dCx/dt, dCy/dt, Ax and Ay, which are those of their envelopes' editors.
+/// Returns the tops of the blocks of dCx/dt, dCy/dt, Ax and Ay, which are also the tops of their
+/// envelope editors.
 std::span<const float, 4> EnvelopeTops();
 
 /// The fixed text of the main view, placed by the measures of the panel font. Positions are in view
-/// coordinates, in pixels. It is a value that can be copied. Window thread.
+/// coordinates, in pixels. It can be copied. Window thread.
 class FormulaPanel {
   public:
-    /// `base` gives the family; face and size are the panel's own.
+    /// `base` gives the font family; the panel sets face and size itself.
     explicit FormulaPanel(const BFont& base);
 
     struct Text {
         std::string text;
         /// The left end of the baseline.
         BPoint baseline;
-        /// The envelope in whose colour it is, if it is in one's.
+        /// The index of the envelope in whose colour the text is drawn, if any.
         std::optional<std::size_t> envelope;
     };
     /// A fraction bar.
@@ -39,7 +40,7 @@ class FormulaPanel {
         BPoint from;
         BPoint to;
     };
-    /// A gap is room for a text field.
+    /// The room for a text field.
     struct Gap {
         FieldId field;
         BPoint baseline;
@@ -53,24 +54,24 @@ class FormulaPanel {
     const std::vector<Gap>& Gaps() const { return gaps; }
     /// Returns the gap of a field, null if there is none.
     const Gap* FindGap(FieldId field) const;
-    /// The frame of a text field that stands in the gap with its text on the gap's baseline, clear
-    /// of the letters before it.
+    /// Returns the frame of a text field in the gap. The field's text stands on the gap's baseline,
+    /// and the field begins right of the letters before it.
     BRect FieldFrame(FieldId field) const;
 
-    /// Returns the first whole pixel at or right of the point that no text before it on the
-    /// baseline reaches.
+    /// Returns a whole pixel that lies right of the point and of the ink of each text that begins
+    /// before the point on the same baseline.
     float ClearOf(BPoint baseline) const;
 
-    /// Returns where the widest line ends, with its last field.
+    /// Returns the right end of the widest line, including its last field.
     float Right() const { return right; }
-    /// Returns where the text "displaywidth =" ends.
+    /// Returns the right end of the text "displaywidth =", on its baseline.
     BPoint WidthEnd() const { return widthEnd; }
     /// Returns the baseline of the row "link (".
     float LinkBaseline() const { return link; }
-    /// Returns the pixels from a baseline to the lowest pixel below it.
+    /// Returns the font's descent, from a baseline to the lowest pixel below it.
     float Descent() const { return height.descent; }
 
-    /// Paints texts and bars. It is called inside the view's Draw.
+    /// Paints texts and bars. Must be called inside the view's Draw.
     void Draw(BView& view) const;
 
   private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// vexa --no-window: plays what MIDI brings until it is told to end.
+// vexa --no-window: plays MIDI events until the program is asked to end.
 #pragma once
 
 #include "app/AppOptions.h"
@@ -10,16 +10,17 @@
 
 namespace vexa {
 
-/// Sets up the sound and the audio graph, runs until the interrupt is requested, and says on
+/// Sets up the sound and the audio graph, runs until the interrupt is requested, and reports on
 /// standard output how it went; faults go to standard error. Returns the program's exit code: 0, or
-/// 1 when a sound that was asked for cannot be played. The recording, or null, is left to the
-/// caller to finish. Where there is a session, or null, the options are its project's. The calling
-/// thread is the window thread.
+/// 1 if a sound that was asked for cannot be played. `recording`, which may be null, is left to the
+/// caller to finish. `joined` is null if there is no session; otherwise the options are those of
+/// its project. The calling thread is the window thread.
 int PlayWithoutWindow(const AppOptions& options, const kits::ProgramFolders& folders,
                       const Tuning& tuning, const kits::Interrupt& interrupt,
                       kits::Recording* recording, JoinedSession* joined);
 
-/// Prints the audio devices and MIDI sources; the exit code.
+/// Prints the audio devices and MIDI sources. Returns the exit code, which is 1 if there is no MIDI
+/// roster.
 int ListDevices();
 
 } // namespace vexa

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The menu of what has no place of its own in the window.
+// The main menu, with the commands that have no place of their own in the window.
 #pragma once
 
 class BMenu;
@@ -8,8 +8,8 @@ namespace vexa {
 
 class VexaWindow;
 
-/// Fills the menu anew, with marks for what is so at present. Messages about what the main view
-/// does go to it, the others to the window. Window thread.
+/// Replaces the items of the menu, and marks those that apply at present. Commands for the main
+/// view go to it, all others to the window. Window thread.
 void FillMainMenu(BMenu& menu, VexaWindow& window);
 
 } // namespace vexa

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// These are the messages of the main view's controls. Those of the coefficients stand in
-// Parameters().
+// The message codes of the main view's controls. Those of the coefficients are in Parameters().
 #pragma once
 
 #include "kits/support/SupportDefs.h"
@@ -8,7 +7,7 @@
 namespace vexa {
 
 constexpr uint32 kExpressionCode = FourCC("Fxy_");
-/// The expression is not confirmed yet.
+/// Sent while the expression is being typed, before it is confirmed.
 constexpr uint32 kExpressionTypedCode = FourCC("FxyT");
 constexpr uint32 kSampleFrequencyCode = FourCC("SFRQ");
 constexpr uint32 kScaleCode = FourCC("SCAL");
@@ -17,7 +16,7 @@ constexpr uint32 kLinkFunctionYCode = FourCC("LFy_");
 constexpr uint32 kLinkScreenXCode = FourCC("LSx_");
 constexpr uint32 kLinkScreenYCode = FourCC("LSy_");
 
-// Buttons, which show a file panel, and what the panels send.
+// Codes of the buttons that show a file panel, and of the panels' results.
 
 constexpr uint32 kLoadFunctionCode = FourCC("FUNL");
 constexpr uint32 kSaveFunctionCode = FourCC("FUNS");
@@ -37,34 +36,34 @@ constexpr uint32 kSoundLoadedCode = FourCC("SLMS");
 constexpr uint32 kSoundSavedCode = FourCC("SSMS");
 constexpr uint32 kSampleLoadedCode = FourCC("SMPL");
 
-// The main menu's, besides.
+// Further codes of the main menu.
 
-/// Opens the sound at the string "path".
+/// Opens the file whose path is the string "path".
 constexpr uint32 kOpenRecentCode = FourCC("RECN");
-/// Shows the panel that exports the plane.
+/// Shows the panel that exports a picture of the plane.
 constexpr uint32 kSavePictureCode = FourCC("PICS");
 constexpr uint32 kEqualStepsCode = FourCC("12EQ");
-/// The window is classic from now on, the other way than before.
+/// Switches the classic look on or off.
 constexpr uint32 kClassicCode = FourCC("CLSC");
 constexpr uint32 kHelpCode = FourCC("HELP");
 constexpr uint32 kShowSoundsCode = FourCC("SHSN");
 constexpr uint32 kAboutCode = FourCC("ABOU");
 
-// These change which parts of the window are shown, and how, to the other way than before.
+// Each of these switches a part of the window, or its dark colours, on or off.
 
 constexpr uint32 kShowDrawerCode = FourCC("DRWR");
 constexpr uint32 kShowStripCode = FourCC("STRP");
 constexpr uint32 kDarkCode = FourCC("DARK");
 
-/// The logo bar's: ends all that sounds.
+/// Sent by the logo bar. Ends all notes at once.
 constexpr uint32 kSilenceCode = FourCC("SILE");
 
-// These load what the drawer lists before the present sound, and after it.
+// These load the sound before or after the present one in the drawer's list.
 
 constexpr uint32 kPreviousSoundCode = FourCC("PRVS");
 constexpr uint32 kNextSoundCode = FourCC("NXTS");
 
-// The sound becomes another one, as the functions of VexaView say.
+// These change the whole sound; see the corresponding functions of VexaView.
 
 constexpr uint32 kUndoCode = FourCC("UNDO");
 constexpr uint32 kRedoCode = FourCC("REDO");
@@ -73,7 +72,7 @@ constexpr uint32 kMutateCode = FourCC("MUTA");
 constexpr uint32 kSwitchSlotCode = FourCC("SLOT");
 constexpr uint32 kCopySlotCode = FourCC("SLCP");
 
-/// A program change has come.
+/// A MIDI program change has arrived.
 constexpr uint32 kProgramCode = FourCC("PROG");
 
 /// The plug-in that the window is attached to may have news.
@@ -81,22 +80,24 @@ constexpr uint32 kNewsCode = FourCC("NEWS");
 
 // Menus.
 
-/// Changes whether programs choose sounds, to the other way than before.
+/// Switches on or off whether program changes choose sounds.
 constexpr uint32 kFollowProgramsCode = FourCC("PRGF");
 
 constexpr uint32 kAllChannelsCode = FourCC("MC_A");
-/// The first chooses no MIDI source; the second chooses a source, whose number is added.
+/// kNoSourceCode chooses no MIDI source. kFirstSourceCode plus the number of a source chooses that
+/// source.
 constexpr uint32 kNoSourceCode = FourCC("MidO");
 constexpr uint32 kFirstSourceCode = FourCC("MD00");
 
-/// A code of four characters that ends in a number of one or two digits: `one` has a place for the
-/// last digit of 1..9, `two` for those of 10..20.
+/// Returns a code of four characters that ends in a number of one or two digits. `one` has the
+/// digit 0 in the place of a number from 1 to 9, `two` two digits 0 in the place of a number from
+/// 10 to 20.
 constexpr uint32 NumberedCode(const char (&one)[5], const char (&two)[5], int32 number) {
     if (number < 10)
         return FourCC(one) + uint32(number);
     return FourCC(two) + uint32(number / 10) * 256 + uint32(number % 10);
 }
-/// Returns the code for so many voices: 'VOX1'..'VOX9', 'VO10'..'VO20'.
+/// Returns the code for at most that many voices: 'VOX1'..'VOX9', 'VO10'..'VO20'.
 constexpr uint32 VoicesCode(int32 most) {
     return NumberedCode("VOX0", "VO00", most);
 }

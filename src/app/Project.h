@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A project is what a session keeps of the program.
+// A project: the state of the program that a session keeps.
 #pragma once
 
 #include "app/AppOptions.h"
@@ -11,30 +11,32 @@
 
 namespace vexa {
 
-/// A project lies in a folder of its own: the sound as "sound.xml", what options say of all else as
-/// lines "option = value" in the file "session", and copies of the Scala files that tune the keys.
+/// A project lies in a folder of its own: the sound as "sound.xml", the rest as options in lines
+/// "option = value" of the file "session", and copies of the Scala files that tune the keys.
 struct Project {
     Sound sound;
     /// The name of the sound.
     std::string soundName;
     bool windowShown = true;
     /// The options that are kept: the MIDI source and channel, the voices, the tuning, `mpe`,
-    /// `programs` and `playing`. Those that are not set are not kept.
+    /// `programs` and `playing`. Options without a value are not kept.
     AppOptions options;
 };
 
-/// True where there is a project in the folder.
+/// True if the folder exists, which means that it holds a project.
 bool ProjectExists(const std::filesystem::path& folder);
-/// Reads a project. What `options` say holds where the project says nothing of it; their `sound` is
-/// the file of the project's. The error names file, line and fault.
+/// Reads a project. Options that the project does not say are taken from `options`. In the result
+/// the option `sound` is the project's sound file, and `file` is not set. The error names file,
+/// line and fault.
 kits::Result<Project> ReadProject(const std::filesystem::path& folder, const AppOptions& options);
-/// Writes a project, and makes the folder where there is none. `copied` is the tuning that was
-/// written there last: where its files can no longer be read the copies of them stay. Where it
-/// fails the files are as before.
+/// Writes a project and creates its folder if there is none. `copied` is the tuning whose files
+/// were copied there last: the copy of a file that can no longer be read stays. If anything fails,
+/// the files are as before.
 kits::Result<void> WriteProject(const std::filesystem::path& folder, const Project& project,
                                 const TuningChoice& copied);
 
-/// True where WriteProject would write the same, but for authors and whether the window is shown.
+/// True if WriteProject would write the same for both, apart from authors and from whether the
+/// window is shown.
 bool AreAlike(Project a, const Project& b);
 
 } // namespace vexa

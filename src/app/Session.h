@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A session manager, which keeps what plays together: the protocol NSM, API 1.0.
+// The connection to a session manager, which saves programs that play together: the protocol NSM,
+// API 1.0.
 #pragma once
 
 #include "kits/network/OscPeer.h"
@@ -13,52 +14,55 @@
 
 namespace vexa {
 
-/// A session manager asks this of the program. Window thread.
+/// The requests of a session manager to the program. Window thread.
 class SessionClient {
   public:
     virtual ~SessionClient() = default;
-    /// Saves into the project, as a whole; the error says why that failed.
+    /// Saves the whole project; the error says why that failed.
     virtual kits::Result<void> SaveProject() = 0;
-    /// True where saving would make another project of it.
+    /// True if saving would change the project.
     virtual bool ProjectHasChanged() = 0;
-    // The following are not called of a program without a window.
+    // The following are called only for a program with a window.
     virtual bool WindowIsShown() { return true; }
     virtual void ShowWindow(bool /*shown*/) {}
 };
 
-/// A session is the program's part in one that a manager keeps. Window thread.
+/// The program's part in a session. Window thread.
 class Session {
   public:
-    /// How long the program waits for the manager's word, first that it takes us and then what to
+    /// How long the program waits for the manager: first for its welcome, then for the project to
     /// open.
     struct Patience {
         std::chrono::milliseconds welcome{3000};
         std::chrono::milliseconds project{10000};
-        /// A manager that has answered to this and does so no longer for `silence` has gone.
+        /// The time between pings. A manager that has answered a ping, but none for `silence`, has
+        /// gone.
         std::chrono::milliseconds ping{5000};
         std::chrono::milliseconds silence{20000};
     };
 
-    /// Tells the manager at `url` of the program, and waits until it has said what to open. The
-    /// error says why there is no session; the manager then expects nothing.
+    /// Announces the program to the manager at `url` and waits until it has said which project to
+    /// open. The error says why there is no session; the manager then expects nothing of the
+    /// program.
     static kits::Result<std::unique_ptr<Session>> Join(const std::string& url, bool hasWindow,
                                                        const Patience& patience);
     static kits::Result<std::unique_ptr<Session>> Join(const std::string& url, bool hasWindow) {
         return Join(url, hasWindow, Patience());
     }
 
-    /// The folder of the project; there is none yet where it is a new one.
+    /// The folder of the project, which does not exist yet if the project is new.
     const std::filesystem::path& Project() const { return project; }
-    /// The program's name in the session, which JACK is to know it by.
+    /// The program's name in the session, which is to be its name in JACK too.
     const std::string& Name() const { return name; }
 
-    /// Answers what to open: that it is done, or why it is not.
+    /// Answers the request to open the project: that it is open, or why it cannot be opened or, if
+    /// `isNew`, created.
     void TellOpened(const kits::Result<void>& opened, bool isNew);
 
-    /// Does what the manager has asked for since the last call, and tells it what has become of the
-    /// project and of the window; to be called some ten times a second.
+    /// Fulfils the requests that the manager has sent since the last call, and tells it when the
+    /// project has changed or the window is shown or hidden. To be called about ten times a second.
     void Pulse(SessionClient& client);
-    /// The manager was there and does not answer any more.
+    /// True if the manager has answered pings and does not answer any more.
     bool HasGone() const { return gone; }
 
   private:
@@ -78,7 +82,7 @@ class Session {
     const Patience patience;
     std::filesystem::path project;
     std::string name;
-    /// The state that the manager knows.
+    /// The states that the manager was told last.
     std::optional<bool> toldChanged, toldShown;
     Clock::time_point pinged;
     /// The moment at which it last answered a ping.

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// All settings are here, each with its name in the file, the value of somebody who has set nothing,
-// and what it is for.
+// All settings, each with its name in the file, its default and its purpose.
 #pragma once
 
 #include <string>
@@ -11,49 +10,50 @@ namespace vexa {
 using TextList = std::vector<std::string>;
 
 /// A setting of type bool ("true" or "false" in the file), int, double, std::string or TextList,
-/// which is empty unless set.
+/// whose default is always empty.
 template<class T>
 struct SettingKey {
     const char* name;
     T initial{};
 };
 
-// What is told nothing else, such as options, goes by these settings.
+// These settings apply unless something else, such as an option, is given.
 
-/// The author of what is edited here; empty for kDefaultAuthor.
+/// The author of sounds and functions that are edited here; empty for kDefaultAuthor.
 inline const SettingKey<std::string> kAuthorSetting{"author"};
 /// The MIDI source to connect, by the name in its menu; empty for none.
 inline const SettingKey<std::string> kSourceSetting{"midi-source", "Computer keyboard"};
 
-// The frequencies of the keys: paths of Scala files, empty for none, and that of key 69 in Hz, 0
-// for what the files say.
+// The tuning of the keys: paths of Scala files, empty for none, and the frequency of key 69 in Hz,
+// 0 for that of the files.
 
 inline const SettingKey<std::string> kScaleSetting{"tuning-scale"};
 inline const SettingKey<std::string> kKeymapSetting{"tuning-keymap"};
 inline const SettingKey<double> kA4Setting{"a4"};
 
-/// Files by full path, the one that was opened last at the head.
+/// The full paths of files that were opened, the last one first.
 inline const SettingKey<TextList> kRecentSetting{"recent"};
-/// The most that are kept of them.
+/// The maximum number of them.
 constexpr std::size_t kMostRecent = 10;
-/// Sounds by the name of their file.
+/// The favourite sounds, by the names of their files.
 inline const SettingKey<TextList> kFavouritesSetting{"favourite"};
 
-/// The window as it was before anything stood round the main view.
+/// True if the window shows only the logo bar and the main view, in their original colours.
 inline const SettingKey<bool> kClassicSetting{"classic", false};
-/// True where the drawer of sounds, or the strip, is shown.
+/// True if the drawer of sounds, or the strip, is shown.
 inline const SettingKey<bool> kDrawerSetting{"drawer", true};
 inline const SettingKey<bool> kStripSetting{"strip", true};
-/// Where the window is on the screen and how large, in pixels, as BRect counts them; the width is 0
-/// where nobody has moved or sized it.
+/// The place and size of the window on the screen, in pixels, as BRect counts them. The width is 0
+/// if the user has never moved or sized it.
 inline const SettingKey<int> kWindowLeftSetting{"window-left"};
 inline const SettingKey<int> kWindowTopSetting{"window-top"};
 inline const SettingKey<int> kWindowWidthSetting{"window-width"};
 inline const SettingKey<int> kWindowHeightSetting{"window-height"};
-/// How bright the plane is, by the key in BrightnessCurves(), and whether it is a landscape.
+/// The brightness of the plane, by its key in BrightnessCurves(), and whether the plane is shown as
+/// a landscape.
 inline const SettingKey<std::string> kBrightnessSetting{"brightness", "linear"};
 inline const SettingKey<bool> kLandscapeSetting{"landscape", false};
-/// kLightColors or kDarkColors; empty to follow the desktop.
+/// The set of colours: kLightColors or kDarkColors; empty to follow the desktop.
 inline const SettingKey<std::string> kColorsSetting{"colors"};
 constexpr const char* kLightColors = "light";
 constexpr const char* kDarkColors = "dark";

@@ -15,29 +15,28 @@
 
 namespace vexa {
 
-/// The settings of SettingKeys.h, in a file as SettingLines.h has it, where a list has a line for
-/// each item. Losing the file loses nothing else. Lines whose name is not known here, and those
-/// that begin with "#", stay in it. Instances of the program share the file: each reads it at its
-/// start and writes what has been set here, so that of each setting the last who set it wins. But
-/// what another has put into a list since stays in it, behind what is written.
+/// The settings of SettingKeys.h, in a file of the form of SettingLines.h; a list has one line for
+/// each item. Losing the file loses nothing else. Lines with unknown names, and lines that begin
+/// with "#", stay in it. Instances of the program share the file: each reads it at its start and
+/// writes only the settings that were set in it, so the last instance that sets a setting wins.
+/// Items that another instance has added to a list since stay in it, behind those that are written.
 ///
-/// Faults are told on standard error, with file and line. A line that says nothing is read over,
-/// and so is a value that is none; a file that cannot be read counts as empty. When something is
-/// saved, a file with such lines or that cannot be read is kept beside the new one, as
-/// "settings.broken". Window thread.
+/// Faults are reported on standard error, with file and line. Broken lines and invalid values are
+/// ignored; a file that cannot be read counts as empty. If the file has broken lines or cannot be
+/// read, the next save keeps it beside the new one, as "settings.broken". Window thread.
 class Settings {
   public:
     using Clock = std::chrono::steady_clock;
-    /// What is set is saved when nothing has been set for so long, as when a window is sized, but
-    /// not later than the other time after the first.
+    /// Changes are saved when nothing has been set for kRest, so that sizing the window is saved
+    /// once, but at most kLatest after the first change.
     static constexpr std::chrono::seconds kRest{1};
     static constexpr std::chrono::seconds kLatest{5};
 
-    /// Nobody's: nothing is set at first, and what is set is forgotten at the end.
+    /// Makes settings without a file: nothing is set at first, and changes are lost at the end.
     Settings() = default;
-    /// Reads the settings of the file, which need not be there.
+    /// Reads the settings of the file, which need not exist.
     explicit Settings(std::filesystem::path file);
-    /// Saves what has been set.
+    /// Saves the changes that are not saved yet.
     ~Settings();
     Settings(const Settings&) = delete;
     Settings& operator=(const Settings&) = delete;
@@ -47,18 +46,20 @@ class Settings {
     template<class T>
     void Set(const SettingKey<T>& key, const T& value);
 
-    /// Puts the item at the head of the list, which has it once and `most` items at most.
+    /// Puts the item at the head of the list, removes its other occurrences, and keeps `most` items
+    /// at most.
     void PutFirst(const SettingKey<TextList>& key, const std::string& item, std::size_t most);
 
-    /// Begins to save, in a thread, where it is time to; to be called some ten times a second.
+    /// Begins to save in a thread, if changes are due. To be called about ten times a second.
     void Pulse(Clock::time_point now = Clock::now());
 
   private:
-    /// The texts behind the name of each setting, one but for lists.
+    /// The texts of each setting by its name: one, or any number for a list.
     using Texts = std::map<std::string, TextList, std::less<>>;
 
-    /// The texts of a setting from now on. What its list was when it was read, or saved last, is
-    /// what may be taken out of the file again; of other settings all that stands there is.
+    /// The change of a setting. `next` are its texts from now on. Of a list, `before` are the texts
+    /// when it was last read or saved: only these may be removed from the file. Of other settings
+    /// all lines in the file are replaced.
     struct Change {
         TextList next;
         std::optional<TextList> before;
@@ -73,11 +74,11 @@ class Settings {
 
     const std::filesystem::path file;
     Texts texts;
-    /// The names whose values were found to be none, and where in the file names stand.
+    /// The names whose invalid values have been reported, and the lines of the names in the file.
     mutable std::set<std::string, std::less<>> told;
     std::map<std::string, int, std::less<>> lines;
 
-    /// Set and not saved, and what is being saved.
+    /// The changes that are not saved yet, and those that are being saved.
     Changes changes, leaving;
     std::optional<Clock::time_point> firstChange, lastChange;
     std::future<std::string> saving;
@@ -88,8 +89,8 @@ TextList Settings::Get(const SettingKey<TextList>& key) const;
 template<>
 void Settings::Set(const SettingKey<TextList>& key, const TextList& value);
 
-/// Reads the file of the program's settings. Where the user has no folder for it that is told, and
-/// the settings are kept nowhere.
+/// Reads the file of the program's settings. If the user has no folder for it, that is reported and
+/// the settings have no file.
 std::shared_ptr<Settings> ReadSettings();
 
 } // namespace vexa

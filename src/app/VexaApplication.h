@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This is the program with its window.
+// The program with its window.
 #pragma once
 
 #include "app/AppOptions.h"
@@ -17,12 +17,12 @@ namespace vexa {
 class Attachment;
 class VexaWindow;
 
-/// The application has the main window. Window thread.
+/// The application and its main window. Window thread.
 class VexaApplication : public BApplication {
   public:
-    /// The window is to be told to begin.
+    /// Makes the window without showing it: the caller calls its Begin.
     VexaApplication(const AppOptions& options, const kits::ProgramFolders& folders);
-    /// Shows what plays in a plug-in, in a window of its own or inside another one.
+    /// Makes and shows the window of a plug-in's sound, by itself or inside the X window `into`.
     VexaApplication(const kits::ProgramFolders& folders, Attachment& plugin,
                     std::optional<uint32> into);
 
@@ -31,17 +31,19 @@ class VexaApplication : public BApplication {
     VexaWindow& Window() { return *window; }
 
   private:
-    /// Deletes itself when it is closed.
+    /// The window deletes itself when it is closed.
     VexaWindow* window = nullptr;
 };
 
-/// An alert with why the program cannot begin, where there is a display; waits for the answer.
+/// Shows an alert with the reason why the program cannot start, and waits for the answer. Does
+/// nothing without a display.
 void ShowFault(const std::string& text);
 
-/// Runs the window until it is closed, a signal is noted, or the plug-in goes that it is attached
-/// to, and returns the program's exit code. It is 1, with a message, where there is no display or
-/// no plug-in. `recording`, which may be null, is left to the caller to finish. Where there is a
-/// session, the options are its project's.
+/// Runs the window until it is closed, a signal is noted, or the plug-in that it is attached to has
+/// gone. Returns the program's exit code, which is 1, with a message, if there is no display or no
+/// plug-in, or if the connection to the plug-in has a fault. `recording`, which may be null, is
+/// left to the caller to finish. `joined` is null if there is no session; otherwise the options are
+/// those of its project.
 int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders,
               kits::Recording* recording, JoinedSession* joined);
 

@@ -54,7 +54,8 @@ constexpr double kLongestWave = 1e6;
 /// than one unit in the last place. FarWaves.h serves larger numbers.
 constexpr double kLongestPhase = 1e10;
 
-// (sin(r) / r - 1) / r^2 for r^2 up to (pi / 2)^2; the error of r + r^3 times it is below 1e-17.
+// The polynomial in r^2 for (sin(r) / r - 1) / r^2, up to (pi / 2)^2. The error of r + r^3 times it
+// is below 1e-17.
 constexpr double kSine[] = {-0.16666666666666666,    0.008333333333333316,
                             -0.00019841269841254974, 2.7557319219163234e-06,
                             -2.5052107616996182e-08, 1.6058977312464087e-10,
@@ -94,7 +95,8 @@ inline double NearModulo(double x, double y) {
     return __builtin_copysign(positive < step ? positive : positive - step, x);
 }
 
-// (exp(r) - 1 - r) / r^2 for |r| up to log(2) / 2; the error of r^2 times it is below 1e-17.
+// The polynomial in r for (exp(r) - 1 - r) / r^2, |r| up to log(2) / 2. The error of r^2 times it
+// is below 1e-17.
 constexpr double kExponential[] = {
     0.5000000000000001,     0.16666666666666669,    0.041666666666623824,   0.008333333333330039,
     0.0013888888917367081,  0.00019841269863171557, 2.4801521057868204e-05, 2.7557268276905696e-06,
@@ -155,8 +157,8 @@ inline double HyperbolicTangent(double x) {
     return x == x ? value : x;
 }
 
-// log((1 + s) / (1 - s)) / s, without its first term 2, divided by s^2, for s^2 up to
-// ((sqrt(2) - 1) / (sqrt(2) + 1))^2; the error of s^3 times it is below 1e-18.
+// The polynomial in s^2 for (log((1 + s) / (1 - s)) / s - 2) / s^2, up to ((sqrt(2) - 1) / (sqrt(2)
+// + 1))^2. The error of s^3 times it is below 1e-18.
 constexpr double kLogarithm[] = {0.666666666666667,  0.3999999999989938,  0.28571428626031065,
                                  0.2222221112572281, 0.18182889786191042, 0.15331699633543858,
                                  0.14616721179861816};
@@ -179,7 +181,8 @@ VEXA_REALTIME inline double Logarithm(double x) {
     return x > 0 && x < kInfinity ? value : x == x ? outside : x;
 }
 
-// (atan(t) / t - 1) / t^2 for t up to tan(pi / 8); the error of t + t^3 times it is below 1e-17.
+// The polynomial in t^2 for (atan(t) / t - 1) / t^2, t up to tan(pi / 8). The error of t + t^3
+// times it is below 1e-17.
 constexpr double kArcus[] = {-0.3333333333333333,  0.19999999999995513,  -0.1428571428466482,
                              0.11111111015117626,  -0.09090904572487347, 0.07692183059894114,
                              -0.06664509603255386, 0.05858132894427922,  -0.05085365922344248,

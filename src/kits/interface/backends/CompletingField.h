@@ -21,7 +21,7 @@ class CompletingField : public BView {
     CompletingField(BRect frame, const char* name, const char* label, float labelWidth,
                     uint32 resizingMode);
 
-    /// Called when a person presses Enter.
+    /// Called when the user presses Enter.
     std::function<void()> onConfirmed;
     /// Returns the words to offer for a text. It is called whenever the user has edited the text.
     std::function<QStringList(const QString&)> completions;

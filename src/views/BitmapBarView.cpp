@@ -27,7 +27,7 @@ void BitmapBarView::Draw(BRect) {
     DrawBitmap(leftBitmap.get(), {bounds.left, bounds.top, leftWidth, bounds.bottom});
     DrawBitmap(middleBitmap.get(),
                {leftWidth, bounds.top, bounds.right - rightWidth + 1, bounds.bottom});
-    // Last, so that it covers the middle image's last column.
+    // Drawn last, to cover the last column of the middle image.
     DrawBitmap(rightBitmap.get(),
                {bounds.right - rightWidth, bounds.top, bounds.right, bounds.bottom});
 }

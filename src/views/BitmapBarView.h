@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A bar of three images, the middle one stretched between the others.
+// A bar of three images, of which the middle one is stretched between the others.
 #pragma once
 
 #include "kits/interface/View.h"
@@ -8,8 +8,8 @@
 
 namespace vexa {
 
-/// Shows images in a bar. It takes them over, and each may be missing; a missing one has the width
-/// 0. Window thread.
+/// Shows three images in a bar and takes ownership of them. Each may be null, which counts as an
+/// image of width 0. Window thread.
 class BitmapBarView : public BView {
   public:
     BitmapBarView(BBitmap* left, BBitmap* middle, BBitmap* right, BRect frame, const char* name,

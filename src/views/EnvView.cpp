@@ -13,27 +13,27 @@ namespace vexa {
 
 namespace {
 
-// Pixels between the edges of the view and the curve.
+// The margins between the edges of the view and the curve, in pixels.
 constexpr float kSideMargin = 9;
 constexpr float kTopMargin = 3;
 constexpr float kBottomMargin = 9;
-/// A press this near to a point is one on it, with hairlines and with handles.
+/// The greatest distance at which a press hits a point, with hairlines and with handles.
 constexpr float kCatch = 2;
 constexpr float kHandleCatch = 5;
-/// Half the width of a handle, and of one under the pointer.
+/// Half the width of a handle, and of a handle under the pointer.
 constexpr float kHandle = 2.5F;
 constexpr float kLargeHandle = 4.5F;
 constexpr float kCurveWidth = 1.5F;
-/// Between a point and its label, and between the label and its edge.
+/// The gap between a point and its label, and between the label's text and its edge.
 constexpr float kLabelGap = 8;
 constexpr float kLabelMargin = 3;
 constexpr float kEntryWidth = 92;
-/// The key marker: distance of its ends from the edges, and how much it is raised with the key
-/// down.
+/// The key marker: the distance of its ends from the edges, and the height by which it is raised
+/// while the key is down.
 constexpr float kMarkerMargin = 3;
 constexpr float kMarkerRise = 3;
 
-/// Seconds, and of the range of values, that an arrow moves a point by.
+/// The steps of an arrow key: in seconds, and as a fraction of the range of values.
 constexpr float kTimeStep = 0.05F;
 constexpr float kValueStep = 0.02F;
 
@@ -97,7 +97,7 @@ void EnvView::SetColors(rgb_color behind, rgb_color line) {
     lineColor = line;
 }
 
-/// Ends a drag and lets the points be heard.
+/// Ends a drag and publishes the points, so that they are heard.
 void EnvView::Publish() {
     selected.reset();
     ProduceCalcPts();
@@ -140,12 +140,13 @@ void EnvView::MouseDown(BPoint where) {
         Invalidate();
     }
     if (buttons == B_PRIMARY_MOUSE_BUTTON) {
-        // A press after the one that has added the point may begin a drag as well.
+        // A second press, even on a point that the first one has just added, may also begin a drag.
+        // Therefore the numbers are asked for only when it is released without a movement.
         asking = pressed && Clicks() == 2;
         if (pressed)
             return;
         std::vector<EnvPoint>& points = Points();
-        // Behind the last point at or left of the pointer.
+        // The new point is inserted after the last point at or left of the pointer.
         std::size_t place = 0;
         for (std::size_t i = 0; i < points.size(); i++) {
             if (where.x >= EnvPoint2View(points[i]).x)
@@ -263,7 +264,7 @@ bool EnvView::KeyDown(const kits::KeyPress& press) {
     return true;
 }
 
-/// Moves the chosen point by an arrow; false for another key.
+/// Moves the chosen point by an arrow key. Returns false for other keys.
 bool EnvView::Nudge(const kits::KeyPress& press) {
     float t = 0;
     float value = 0;
@@ -287,7 +288,7 @@ bool EnvView::Nudge(const kits::KeyPress& press) {
     return true;
 }
 
-/// Half way to the next point, or where there is none in its part to the part's end.
+/// Adds a point half way to the next one, or to the end of the part if the point is its last.
 void EnvView::AddBehind(std::size_t index) {
     std::vector<EnvPoint>& points = Points();
     EnvPoint added = points[index];
@@ -325,7 +326,7 @@ void EnvView::AskForNumbers(std::size_t index) {
     entry->SelectAll();
 }
 
-/// Where a number is missing or none at all the point stays.
+/// Moves the point to the entered time and value. If one is missing or invalid, the point stays.
 void EnvView::TakeNumbers() {
     const std::string text = entry->Text();
     std::size_t first = 0;
@@ -371,7 +372,7 @@ kits::AccessibleThing EnvView::Describe() const {
     return thing;
 }
 
-/// A point as a slider of its value; its time is told.
+/// Describes a point as a slider for its value. Its time is only in the description.
 kits::AccessibleThing EnvView::DescribePart(std::size_t index) const {
     kits::AccessibleThing thing;
     const EnvPoint& point = Points()[index];
@@ -417,8 +418,8 @@ void EnvView::Draw(BRect) {
         DrawHandles();
 }
 
-/// The corners of the curve: the last value with the key down is held until it is let go, and the
-/// last of all to the end.
+/// Returns the corners of the curve. The last value of the key-down part is held until the release,
+/// and the last value of all until the end.
 std::vector<BPoint> EnvView::Curve2View() const {
     std::vector<BPoint> corners;
     const EnvPoint* previous = nullptr;
@@ -469,7 +470,7 @@ void EnvView::DrawHandles() {
         DrawLabel(chosen);
 }
 
-/// Beside the point, where there is room for it.
+/// Draws the label beside the point, on the side where there is room.
 void EnvView::DrawLabel(std::size_t index) {
     font_height height;
     GetFontHeight(&height);
@@ -486,7 +487,7 @@ void EnvView::DrawLabel(std::size_t index) {
     DrawString(text, {left + kLabelMargin, std::floor(top + kLabelMargin / 2 + height.ascent)});
 }
 
-/// Up while the key is down.
+/// Draws the key marker, which is raised over the key-down part.
 void EnvView::DrawKeyMarker() {
     const float right = Frame().Width();
     const float release = ReleaseX();

@@ -14,37 +14,37 @@ class BTextControl;
 namespace vexa {
 
 /// Draws an envelope as a line through its points and lets the user add points (press the primary
-/// button beside a point), drag them and delete them (press another button on a point). A change is
-/// heard when a button is released in the view or the pointer leaves it. One second is equally wide
-/// in the key-down part, at the left, and in the release part.
+/// button beside a point), drag them, and delete them (press another button on a point). A change
+/// becomes audible when a button is released in the view or the pointer leaves it. The key-down
+/// part, at the left, and the release part have the same scale of time.
 ///
-/// A point under the pointer, or dragged, shows its time and value; a double click takes them as
-/// numbers. With the keyboard's focus the arrows move the chosen point, Shift finer and Ctrl
-/// coarser, Alt with Left and Right chooses another one, Insert adds one behind it, Delete deletes
-/// it and Enter takes numbers. Window thread.
+/// A point under the pointer or being dragged shows its time and value; a double click on it opens
+/// a field for them. With the keyboard focus, the arrow keys move the chosen point, finely with
+/// Shift and coarsely with Ctrl. Alt with Left or Right chooses another point, Insert adds one
+/// after it, Delete deletes it, and Enter opens the field for its numbers. Window thread.
 class EnvView : public BView, public Envelope {
   public:
     EnvView(BRect frame, const char* name, float minimum, float maximum, float timeRange,
             uint32 resizingMode, rgb_color viewColor, rgb_color lineColor);
 
-    /// Returns where a point is shown, in the view's pixels.
+    /// Returns the position of a point in the view's pixels.
     BPoint EnvPoint2View(const EnvPoint& point) const;
-    /// The point that would be shown there: its value is within the bounds and its time at most the
-    /// end of its part, but it may be before the beginning.
+    /// Returns the envelope point at a position in the view. Its value is within the bounds and its
+    /// time at most the end of its part, but the time may be negative.
     EnvPoint View2EnvPoint(BPoint where) const;
 
-    /// Takes other points, which are heard and shown at once; a drag ends.
+    /// Replaces the points, which are heard and shown at once. A drag in progress ends.
     void SetPoints(const std::vector<EnvPoint>& next);
     void SetColors(rgb_color behind, rgb_color line);
     rgb_color LineColor() const { return lineColor; }
 
-    /// Returns the number of the point that the keyboard moves.
+    /// Returns the index of the chosen point, which the keys move.
     std::size_t ChosenPoint() const { return chosen; }
-    /// Moves a point to that time (seconds from the begin of its part) and value, as near as its
-    /// neighbours and the bounds allow; heard at once.
+    /// Moves a point to the time `t` (seconds from the start of its part) and `value`, or as near
+    /// as its neighbours and the bounds allow. The change is heard at once.
     void MovePoint(std::size_t index, float t, float value);
-    /// Returns time and value for a person, as in "0.25 s, 0.8", for a release point "+0.25 s,
-    /// 0.8".
+    /// Returns the time and value of a point as a text for the user, for example "0.25 s, 0.8", or
+    /// "+0.25 s, 0.8" for a point of the release part.
     std::string Label(std::size_t index) const;
     kits::AccessibleThing Describe() const override;
     std::size_t CountParts() const override { return Points().size(); }
@@ -52,7 +52,7 @@ class EnvView : public BView, public Envelope {
     void Activate(std::optional<std::size_t> part) override;
     void SetNumber(std::optional<std::size_t> part, double value) override;
 
-    /// The field for numbers; null while there is none.
+    /// Returns the text field for a point's numbers, or null while it is closed.
     BTextControl* Entry() const { return entry; }
 
     void Draw(BRect update) override;
@@ -65,7 +65,7 @@ class EnvView : public BView, public Envelope {
     void FrameResized(float width, float height) override;
 
   private:
-    /// A point that is being dragged, and the times between which it can be dragged.
+    /// A point that can be dragged, and the range of times that it can be dragged to.
     struct Drag {
         std::size_t point;
         float minT;
@@ -73,10 +73,10 @@ class EnvView : public BView, public Envelope {
     };
 
     float PixelsPerSecond() const;
-    /// Returns where the release part starts, in pixels from the left.
+    /// Returns the start of the release part in pixels from the left.
     float ReleaseX() const;
     Drag DragOf(std::size_t index) const;
-    /// The part of the view that moving the point can change.
+    /// Returns the part of the view that dragging the point can change.
     BRect Band(const Drag& drag) const;
     void Publish();
     std::optional<std::size_t> PointAt(BPoint where) const;
@@ -97,7 +97,8 @@ class EnvView : public BView, public Envelope {
     std::optional<Drag> selected;
     std::optional<std::size_t> hovered;
     std::size_t chosen = 0;
-    /// A second press on a point becomes a double click where it is let go without moving.
+    /// True after a second press on a point, which becomes a double click if the button is released
+    /// without a movement.
     bool asking = false;
     BTextControl* entry = nullptr;
     std::size_t entryPoint = 0;

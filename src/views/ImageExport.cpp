@@ -13,12 +13,12 @@ namespace vexa {
 
 namespace {
 
-/// Beyond it no picture is made: the largest coordinate that the toolkit's painting knows.
+/// The largest size of a picture, which is the largest coordinate of the toolkit's painting.
 constexpr int32 kLargestSize = 32767;
 
 void Tell(const char* text, status_t status) {
     auto* alert = new BAlert("", text, "OK");
-    // These two are none of the system's.
+    // These two are no error codes of the system, so strerror has no text for them.
     if (status != B_ERROR && status != B_BAD_TYPE)
         alert->SetDetails(std::strerror(-status));
     alert->Go();
@@ -60,7 +60,7 @@ void ExportImage(const ImageRequest& request,
         if (status == B_OK)
             status = file.Commit();
     } catch (const std::bad_alloc&) {
-        // A picture may be larger than the memory.
+        // The picture does not fit into memory; `status` is still B_NO_MEMORY.
     }
     if (status != B_OK)
         Tell("Could not save the image.", status);

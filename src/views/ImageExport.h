@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This writes a picture to a file, with any translator.
+// Writes a picture to a file in the format of a translator.
 #pragma once
 
 #include "kits/support/Bitmap.h"
@@ -14,24 +14,24 @@
 
 namespace vexa {
 
-/// An R2RFVTranslatorSavePanel asks for this.
+/// The contents of an R2RFVTranslatorSavePanel's result.
 struct ImageRequest {
     entry_ref directory;
     std::string name;
     translator_id translator;
-    /// A type of the translator's output formats.
+    /// The type of one of the translator's output formats.
     uint32 format;
-    /// The picture has one more pixel in each direction.
+    /// The picture's edge as BRect counts it: the picture has one pixel more in each direction.
     int32 size;
 };
 
-/// Reads the message of the panel; nothing where it lacks a field.
+/// Reads the panel's message. Returns nothing if a field is missing.
 std::optional<ImageRequest> ReadImageRequest(const BMessage& message);
 
-/// Has the picture made, and writes it. Where that cannot be done an alert says so, nothing is left
-/// of the file, and one that was there before is as it was. `makeBitmap` is called with the size
-/// once the file can be written, and only for sizes from 0 to 32767; its answer may be null or
-/// not valid. Window thread.
+/// Creates the picture with `makeBitmap` and writes it. On failure an alert reports the reason, and
+/// no partial file remains: an existing file stays unchanged. `makeBitmap` is called with the size
+/// once the file has been opened for writing, and only for sizes from 0 to 32767. It may return
+/// null or an invalid bitmap. Window thread.
 void ExportImage(const ImageRequest& request,
                  const std::function<std::unique_ptr<BBitmap>(int32 size)>& makeBitmap);
 

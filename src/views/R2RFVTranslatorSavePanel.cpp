@@ -13,7 +13,8 @@ namespace {
 
 constexpr uint32 kSizeChanged = FourCC("SZTC");
 
-/// A number beyond an int32 stays as large as one can be, and is refused when the file is written.
+/// Returns the number in the text, clamped to the range of int32; such an extreme size is refused
+/// when the file is written.
 int32 Integer(const char* text) {
     using Limits = std::numeric_limits<int32>;
     return static_cast<int32>(

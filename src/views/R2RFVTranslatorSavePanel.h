@@ -8,9 +8,9 @@ class BTextControl;
 
 namespace vexa {
 
-/// Its result has "size" (int32) too: the edge of the picture as BRect counts it, one less than its
-/// pixels. It is what the person has last confirmed in the field, and 0 for a text that is no
-/// number. Window thread.
+/// A save panel whose result also has "size" (int32): the edge of the picture as BRect counts it,
+/// one less than its pixels. It is the last confirmed number in the size field, or 0 if the text is
+/// not a number. Window thread.
 class R2RFVTranslatorSavePanel : public TranslatorSavePanel {
   public:
     R2RFVTranslatorSavePanel(const char* name, BMessenger* target, entry_ref* directory,

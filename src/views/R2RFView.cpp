@@ -15,7 +15,7 @@ namespace vexa {
 
 namespace {
 
-/// The export panel's result.
+/// The message code of the export panel's result.
 constexpr uint32 kSaveImage = FourCC("SIMG");
 
 /// Radians between the marks of an orbit: 51 of them in a revolution.
@@ -24,11 +24,11 @@ constexpr double kRevolution = 6.28318530718;
 constexpr uint8 kMarkGreen = 200;
 constexpr rgb_color kOrbitColor = {0, 200, 0, 255};
 constexpr std::size_t kPixelBytes = 4;
-/// How long a picture is computed when it is to be shown, and at a pulse, ten of which come in a
-/// second; both are short enough for the window to answer.
+/// The time for computing the picture before it is drawn, and at each of the ten pulses per second.
+/// Both are short enough for the window to stay responsive.
 constexpr auto kDrawTime = std::chrono::milliseconds(40);
 constexpr auto kPulseTime = std::chrono::milliseconds(30);
-/// The place of the green byte within a pixel.
+/// The offset of the green byte within a pixel.
 constexpr std::size_t kGreenByte = 1;
 
 } // namespace
@@ -79,7 +79,7 @@ void R2RFView::SaveImage(const BMessage& message) {
     ExportImage(*request, [this](int32 size) {
         const auto n = static_cast<float>(size);
         const float shown = std::max(Frame().Width(), Frame().Height()) * scale;
-        // A picture of one pixel shows all of it.
+        // A picture of one pixel (size 0) shows all of it in that pixel.
         return MakeBitmap({0, 0, n, n}, shown / std::max(n, 1.0F));
     });
 }
@@ -117,7 +117,7 @@ void R2RFView::SetLinkScreenY(float y) {
 void R2RFView::Change() {
     SetupBitmap();
     Invalidate();
-    // What lies on it and shows the picture does so at once.
+    // Child views that show the picture are redrawn at once too.
     for (BView* child : Children())
         child->Invalidate();
 }
@@ -125,16 +125,17 @@ void R2RFView::Change() {
 void R2RFView::SetupBitmap() {
     stale = true;
     changes++;
-    // It calls a function that may be about to go.
+    // The drawing calls the old function, which may be about to be unloaded.
     drawing.reset();
 }
 
-/// Goes on with the picture for so long if it is not complete.
+/// Continues an incomplete picture for about `time`.
 void R2RFView::Compute(std::chrono::steady_clock::duration time) {
     if (stale) {
         stale = false;
         drawingTime = {};
-        // What was shown stays until what is new takes its place: the picture may move.
+        // The old picture stays visible until the new one replaces it part by part, so that there
+        // is no gap while the user moves the plane.
         if (!bitmap || bitmap->Bounds() != Frame()) {
             marks.clear();
             bitmap = std::make_unique<BBitmap>(Frame(), B_RGB32);
@@ -174,7 +175,7 @@ std::unique_ptr<BBitmap> R2RFView::MakeBitmap(BRect rect, float s) const {
     return picture;
 }
 
-/// What a picture of `s` plane units per pixel shows.
+/// Returns the area of the plane that `picture` shows at `s` plane units per pixel.
 PlaneArea R2RFView::Area(const BBitmap& picture, float s) const {
     const auto columns = static_cast<std::size_t>(picture.BytesPerRow()) / kPixelBytes;
     const auto rows = static_cast<std::size_t>(picture.Bounds().IntegerHeight()) + 1;
@@ -210,7 +211,7 @@ BPoint R2RFView::ToView(float x, float y) const {
             (linkFunctionY - y) / scale + frame.Height() * (1 - linkScreenY)};
 }
 
-/// The extent of no point: any point widens it to itself.
+/// Returns an empty extent, which grows by std::min and std::max to the points added to it.
 BRect R2RFView::EmptyRect() const {
     return {float(bitmap->BytesPerRow()), float(bitmap->Bounds().IntegerHeight() + 1), 0, 0};
 }
@@ -231,7 +232,7 @@ void R2RFView::Pulse() {
     EraseMarks();
     prevDirty = dirty;
     dirty = EmptyRect();
-    // What is not complete yet would be drawn over the marks.
+    // An incomplete picture would be drawn over the marks.
     if (hasSoundParam && showsMarks && IsComplete()) {
         for (int32 slot = 0; slot < kVoiceSlots; slot++) {
             if ((*voices)[static_cast<std::size_t>(slot)].state.Look().Active())
@@ -241,7 +242,7 @@ void R2RFView::Pulse() {
     const BRect both = {std::min(prevDirty.left, dirty.left), std::min(prevDirty.top, dirty.top),
                         std::max(prevDirty.right, dirty.right),
                         std::max(prevDirty.bottom, dirty.bottom)};
-    // An orbit that is a line upright or level has an extent without width or height.
+    // A vertical or horizontal orbit has an extent of zero width or height, which is not empty.
     if (both.right >= both.left && both.bottom >= both.top)
         Invalidate(both.InsetByCopy(-1, -1));
 }
@@ -249,8 +250,8 @@ void R2RFView::Pulse() {
 void R2RFView::MarkPixel(BPoint point) {
     dirty = {std::min(dirty.left, point.x), std::min(dirty.top, point.y),
              std::max(dirty.right, point.x), std::max(dirty.bottom, point.y)};
-    // Truncated toward zero, so what is less than a pixel outside counts as inside. Points that are
-    // no numbers fail every comparison.
+    // Coordinates are truncated toward zero, so a point less than a pixel outside counts as inside.
+    // NaN fails every comparison.
     const int32 pixels = bitmap->BytesPerRow() / int32(kPixelBytes);
     const auto columns = static_cast<float>(pixels);
     const auto rows = static_cast<float>(bitmap->Bounds().IntegerHeight() + 1);

@@ -17,20 +17,20 @@ namespace vexa {
 class R2RFVTranslatorSavePanel;
 
 /// Shows a function from R^2 to R as a picture of a rectangle of the plane: blue where it is
-/// positive, red where it is negative. The picture is computed when it is shown after a change, for
-/// a short time at once and, where that does not suffice, on at each pulse until it is complete;
-/// then orbits are poked into its green bytes at each pulse and taken out at the next. Window
+/// positive, red where it is negative. After a change the picture is computed when it is next
+/// shown, at first for a short time and then a part at each pulse until it is complete. Then each
+/// pulse marks the coming orbits in the picture's green bytes and erases the previous marks. Window
 /// thread.
 class R2RFView : public BView {
   public:
-    /// Makes a view of nullfunc. The plane's point `linkFunction` is shown at the point
-    /// `linkScreen` of the view, which is in fractions of its width from the left and of its height
-    /// from the bottom. `scale` is plane units per pixel.
+    /// Makes a view of nullfunc. The plane's point `linkFunction` is shown at the view's point
+    /// `linkScreen`, which is in fractions of the width from the left and of the height from the
+    /// bottom. `scale` is in plane units per pixel.
     R2RFView(BRect frame, const char* name, BPoint linkFunction, BPoint linkScreen, float scale,
              uint32 resizingMode);
     ~R2RFView() override;
 
-    // Each has the picture computed anew.
+    // Each of these causes the picture to be computed again.
 
     void SetFunction(const PlaneFunction& next);
     void SetScale(float next);
@@ -38,7 +38,7 @@ class R2RFView : public BView {
     void SetLinkFunctionY(float y);
     void SetLinkScreenX(float x);
     void SetLinkScreenY(float y);
-    /// Has the picture computed anew for the present frame, without marks.
+    /// Causes the picture to be computed again for the present frame, without marks.
     void SetupBitmap();
 
     const PlaneFunction& Function() const { return function; }
@@ -46,74 +46,75 @@ class R2RFView : public BView {
     BPoint LinkFunction() const { return {linkFunctionX, linkFunctionY}; }
     BPoint LinkScreen() const { return {linkScreenX, linkScreenY}; }
 
-    /// Has pulses show orbits from now on. The records are shared and outlive the view's last
-    /// pulse.
+    /// From now on pulses show the orbits of these records, which are shared and must outlive the
+    /// view's last pulse.
     void SetSoundParam(const ControllerTable* ctlvalue, const sound_param* soundParam,
                        const VoiceTable* voices);
 
-    /// Sets whether pulses show orbits; where something else shows them, pulses leave the picture
-    /// alone.
+    /// Sets whether pulses mark orbits in the picture. It is turned off while another view shows
+    /// them.
     void ShowMarks(bool on);
 
-    /// Return where a point of the plane is shown, and which point is shown somewhere, in pixels of
-    /// the view.
+    /// Convert a point of the plane to pixels of the view, and back.
     BPoint ToView(float x, float y) const;
     BPoint ToPlane(BPoint point) const;
 
-    /// Makes a new B_RGB32 picture of the size of `rect`, round the same link, as DrawPlane
-    /// computes it. It is not valid where `rect` is too large.
+    /// Makes a new B_RGB32 picture of the size of `rect` around the same link, as DrawPlane
+    /// computes it. It is invalid if `rect` is too large.
     std::unique_ptr<BBitmap> MakeBitmap(BRect rect, float scale) const;
 
-    /// Completes the picture, however long it takes.
+    /// Completes the picture, however long that takes.
     const BBitmap& Picture() {
         Compute(std::chrono::steady_clock::duration::max());
         return *bitmap;
     }
-    /// The picture as far as it is complete after a short while.
+    /// Returns the picture after computing it further for a short time; it may still be incomplete.
     const BBitmap& Shown();
-    /// Count how often the function or the view of it have changed, and how often the picture has
-    /// been computed on.
+    /// Return the number of changes of the function or of the shown part of the plane, and the
+    /// number of times that the computation of the picture has been continued.
     uint64 Changes() const { return changes; }
     uint64 Computed() const { return computed; }
-    /// True where there is nothing left to compute.
+    /// Returns true if nothing is left to compute.
     bool IsComplete() const { return !stale && !drawing; }
-    /// True where the picture has been complete for three times as long as it took to compute: who
-    /// shows one picture after the other then takes a quarter of the machine's time at most.
+    /// Returns true once the picture has been complete for three times as long as its computation
+    /// took. Showing one picture after another only then takes at most a quarter of the machine's
+    /// time.
     bool IsRested() const;
 
-    /// Marks the next revolution of a voice's orbit, as it is heard now, in the picture, in steps
-    /// of `step` radians. The drift and the envelopes run 2 pi times faster along the path than in
-    /// the sound.
+    /// Marks the next revolution of a voice's present orbit in the picture, in steps of `step`
+    /// radians. The drift and the envelopes run 2 pi times faster along the marks than in the
+    /// sound.
     void DrawSoundPath(int32 voice, float step);
-    /// Strokes an orbit of one voice, with centre and radii as they are now, over the times from
-    /// `from` to `to` (seconds). It is called inside Draw.
+    /// Strokes the orbit of one voice, with its present centre and radii, over the times from
+    /// `from` to `to` in steps of `step` (seconds). To be called inside Draw.
     void DrawSoundPath(int32 voice, float from, float to, float step);
-    /// Strokes a closed figure. It is called inside Draw.
+    /// Strokes a Lissajous figure. To be called inside Draw.
     void DrawLissajous(float startPhaseX, float startPhaseY, float centerX, float centerY,
                        float ratioX, float ratioY, float radiusX, float radiusY);
 
-    /// Writes what the export panel's message asks for: the picture of what the larger side of the
-    /// view shows, without orbits, as a square. A message that lacks a field does nothing.
+    /// Writes the picture that the export panel's message asks for: a square of the plane whose
+    /// side is the larger side of the view, without orbits. A message that lacks a field is
+    /// ignored.
     void SaveImage(const BMessage& message);
     void ShowSavePanel();
     R2RFVTranslatorSavePanel& SavePanel() { return *savePanel; }
 
-    /// This is a surface to try the view with.
+    /// An example of a plane function.
     static float f(float x, float y);
 
-    /// Returns what the coming pulse has to repaint at least, in view pixels; empty (right < left)
-    /// when no orbit has been computed.
+    /// Returns the least area that the next pulse has to repaint, in view pixels. It is empty
+    /// (right < left) if no orbit has been marked.
     BRect DirtyRect() const { return dirty; }
 
     void MessageReceived(BMessage* message) override;
     void Draw(BRect update) override;
-    /// The secondary button alone shows the export panel.
+    /// The secondary button, pressed alone, shows the export panel.
     void MouseDown(BPoint where) override;
     void Pulse() override;
     void FrameResized(float width, float height) override;
 
   private:
-    /// 51 for each voice that a pulse can show.
+    /// The most marks in the picture: enough for 51 of each of kMostVoices voices.
     static constexpr std::size_t kMostMarks = 1050;
 
     void Change();
@@ -127,14 +128,15 @@ class R2RFView : public BView {
     float linkFunctionX, linkFunctionY;
     float linkScreenX, linkScreenY;
     float scale;
-    /// True where what is shown of the plane has changed since `bitmap` was begun.
+    /// True if the function or the shown part of the plane has changed since `bitmap` was begun.
     bool stale = true;
     uint64 changes = 0;
     uint64 computed = 0;
     std::unique_ptr<BBitmap> bitmap;
     /// The part of `bitmap` that remains to be computed; null when it is complete.
     std::unique_ptr<PlaneDrawing> drawing;
-    /// The time for which `bitmap` has been computed, and the moment when that ended.
+    /// The time that the computation of `bitmap` has taken so far, and the moment when it last
+    /// stopped.
     std::chrono::steady_clock::duration drawingTime{};
     std::chrono::steady_clock::time_point drawingEnd;
 
@@ -144,7 +146,7 @@ class R2RFView : public BView {
     const sound_param* soundParam = nullptr;
     const VoiceTable* voices = nullptr;
 
-    /// The offsets in the picture of the green bytes that are set, never more than kMostMarks.
+    /// The offsets of the green bytes that are set in the picture, at most kMostMarks.
     std::vector<std::size_t> marks;
     BRect dirty;
     BRect prevDirty;

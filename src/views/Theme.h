@@ -6,26 +6,27 @@
 
 namespace vexa {
 
-/// Every colour that a view of the window draws with. Text on `panel`, `editor`, `bar` and `row...`
-/// has a contrast of at least 4.5 to 1, lines of at least 3 to 1 (the ratio of WCAG 2.1).
+/// All colours that the views of the window draw with. Text on `panel`, `editor`, the logo bar and
+/// `row...` has a contrast of at least 4.5 to 1, lines of at least 3 to 1 (contrast ratio of WCAG
+/// 2.1).
 struct Theme {
-    /// The colours behind the main view, the drawer and the strip, and behind the envelopes.
+    /// The background of the main view, the drawer and the strip, and that of the envelopes.
     rgb_color panel;
     rgb_color editor;
     rgb_color text;
-    /// The colour of what is said beside, and of what is not to be used at present.
+    /// Secondary texts, and texts of unavailable items.
     rgb_color quietText;
     rgb_color dimText;
-    /// The colour of the lines between areas.
+    /// The lines between areas.
     rgb_color edge;
-    /// The colour of what has the focus and of what is chosen.
+    /// The focus and the chosen item.
     rgb_color accent;
-    /// The drawer: behind the rows, under the pointer, and the chosen one.
+    /// The drawer: the background of its rows, of the row under the pointer and of the chosen row.
     rgb_color list;
     rgb_color rowHover;
     rgb_color rowChosen;
     rgb_color star;
-    /// The logo bar: its text, what is well, what asks for attention, what is wrong.
+    /// The logo bar: its text, and the colours of good states, of warnings and of faults.
     rgb_color barText;
     rgb_color barQuietText;
     rgb_color good;
@@ -44,16 +45,16 @@ struct Theme {
     kits::ControlColors controls;
 };
 
-/// Classic has the first version's colours and hairlines. The others are easier to read and draw
-/// curves smoothly.
+/// The sets of colours. Classic has the colours and hairlines of the first version; the others are
+/// easier to read and draw curves antialiased.
 enum class ColorSet { Classic, Light, Dark };
 
-/// Returns the set that is chosen, which is Light at first. Window thread.
+/// Return the chosen set, initially Light. Window thread.
 const Theme& Colors();
 ColorSet ChosenColors();
 
-/// Chooses a set, for controls too; all views are told by BView::ColorsChanged. Window thread,
-/// while there is an application.
+/// Chooses a set, which also applies to controls. All views are notified by BView::ColorsChanged.
+/// Window thread, while there is an application.
 void ChooseColors(ColorSet next);
 
 } // namespace vexa

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A line of the menu of picture formats.
+// An item in the menu of picture formats.
 #pragma once
 
 #include "kits/interface/Menu.h"
@@ -7,7 +7,7 @@
 
 namespace vexa {
 
-/// An item of a menu of formats. Window thread.
+/// An item that stands for one format of one translator. Window thread.
 class TranslatorMenuItem : public BMenuItem {
   public:
     TranslatorMenuItem(const char* label, BMessage* message, uint32 translatorId, uint32 outputType)

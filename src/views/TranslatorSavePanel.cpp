@@ -21,9 +21,9 @@ namespace {
 constexpr uint32 kFormatChosen = FourCC("sfpf");
 constexpr uint32 kShowSettings = FourCC("sfps");
 
-/// Pixels that the format menu takes from the views around it.
+/// The height that the format menu takes from the views around it, in pixels.
 constexpr float kRoom = 10;
-/// Pixels between the controls.
+/// The gap between the controls, in pixels.
 constexpr float kPanelGap = 10;
 constexpr float kLargestWindow = 10000;
 constexpr float kLowestHeight = 250;
@@ -32,10 +32,11 @@ constexpr float kFirstHeight = 300;
 constexpr const char* kSettingsLabel = "Settings...";
 constexpr const char* kFormatLabel = "Format:";
 
-/// Where the settings window appears on the screen.
+/// The position of the settings window on the screen.
 constexpr BPoint kSettingsPlace = {100, 100};
 
-/// The views that make room for the format menu, and how they move.
+/// The views that make room for the format menu, with the changes of their vertical position and
+/// height.
 struct Move {
     const char* view;
     float moved;
@@ -47,7 +48,7 @@ constexpr Move kMoves[] = {
     {"text view", kRoom, 0},
 };
 
-/// The first picture format for files that the translator writes; null if there is none.
+/// Returns the translator's first picture format for files, or null if there is none.
 const translation_format* FileFormat(translator_id translator) {
     const translation_format* formats = nullptr;
     int32 count = 0;
@@ -117,7 +118,7 @@ bool TranslatorSavePanel::AddControls() {
     formatField->SetDivider(be_plain_font()->StringWidth(kFormatLabel) + 7);
     Background()->AddChild(formatField);
 
-    // The buttons and the field never overlap.
+    // The window's minimum width keeps the buttons and the field from overlapping.
     BWindow* window = Window();
     const float minimum =
         window->Bounds().right - button->Frame().left + kPanelGap + text->Frame().right;
@@ -152,7 +153,7 @@ TranslatorMenuItem* TranslatorSavePanel::GetCurrentMenuItem() const {
 }
 
 BWindow* TranslatorSavePanel::SettingsWindow() const {
-    // A window that is going is hidden first.
+    // A window that quits is hidden before it is deleted.
     return settingsWindow.IsValid() && !settings->IsHidden() ? settings : nullptr;
 }
 
@@ -180,7 +181,8 @@ void TranslatorSavePanel::TranslatorSettings() {
     settings->Show();
 }
 
-/// Gives the name, if there is one, the ending of the format, in place of that of another.
+/// Appends the ending of the marked format to the name in the panel, if there is one, in place of
+/// another format's ending.
 void TranslatorSavePanel::UpdateName() {
     const std::filesystem::path name = SaveText();
     if (!formatMenu || !name.has_stem())

@@ -11,12 +11,12 @@ namespace vexa {
 
 class TranslatorMenuItem;
 
-/// A save panel whose result also says which translator is to write the file, and in which format:
-/// "translator_id" (raw, 4 bytes) and "translator_format" (int32), missing where no format can be
-/// written. As a handler it takes the messages of its own controls. Window thread.
+/// A save panel whose result also names the translator that must write the file and the format:
+/// "translator_id" (raw, 4 bytes) and "translator_format" (int32). Both are missing if no format
+/// can be written. As a handler the panel takes the messages of its own controls. Window thread.
 class TranslatorSavePanel : public BFilePanel, public BHandler {
   public:
-    /// The name is the handler's; all else is as in BFilePanel.
+    /// `name` is the handler's name; the other arguments are those of BFilePanel.
     TranslatorSavePanel(const char* name, BMessenger* target, entry_ref* directory,
                         uint32 nodeFlavors, bool multipleSelection, BMessage* message,
                         BRefFilter* filter, bool modal, bool hideWhenDone);
@@ -24,35 +24,36 @@ class TranslatorSavePanel : public BFilePanel, public BHandler {
 
     void MessageReceived(BMessage* message) override;
 
-    /// The marked item, null if there is none.
+    /// Returns the marked format, or null.
     TranslatorMenuItem* GetCurrentMenuItem() const;
-    /// The window of the last call of TranslatorSettings, null once it has been closed.
+    /// Returns the window that TranslatorSettings opened last, or null once it has been closed.
     BWindow* SettingsWindow() const;
 
   protected:
-    /// Creates the menu of formats, one for each translator that writes pictures, and marks the
-    /// first.
+    /// Creates the menu of formats, with one for each translator that writes pictures, and marks
+    /// the first.
     void BuildMenu();
-    /// Shows what the marked format's translator can be told, or why there is nothing to show.
+    /// Shows the settings of the marked format's translator, or an alert with the reason if it has
+    /// none.
     void TranslatorSettings();
-    /// Makes the result what the controls say now.
+    /// Builds the result from the present state of the controls.
     void UpdateMessage();
-    /// Adds what the controls of a derived panel say.
+    /// Adds the fields of a derived panel's controls.
     virtual void AddFields(BMessage& /*message*/) const {}
-    /// The view of the panel that all others are in.
+    /// Returns the panel's view that contains all others.
     BView* Background() const { return Window()->ChildAt(0); }
 
   private:
     void UpdateName();
     bool AddControls();
 
-    /// Tells whether the settings window, which deletes itself, is still there.
+    /// Valid as long as the settings window, which deletes itself, exists.
     BMessenger settingsWindow;
     BWindow* settings = nullptr;
-    /// The menu, which belongs to the field.
+    /// The menu, which `formatField` owns.
     BPopUpMenu* formatMenu = nullptr;
     BMenuField* formatField = nullptr;
-    /// The code of the result.
+    /// The message code of the result.
     uint32 saveWhat;
 };
 

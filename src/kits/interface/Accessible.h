@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Here is what a view tells those who cannot see it, and the programs that work for them.
+// The description of a view for users who cannot see it, and for the programs that work for them
+// (screen readers).
 #pragma once
 
 #include "kits/support/Geometry.h"
@@ -9,11 +10,10 @@
 
 namespace kits {
 
-/// The kind of thing that a view, or a part of one, is. Pane says no more than that there is a
-/// view.
+/// The kind of a view or of a part of one. Pane is a view without further meaning.
 enum class AccessibleRole { Pane, Group, Picture, Chart, List, ListItem, Button, Slider, Meter };
 
-/// A number that can be told, and set where it is not `fixed`.
+/// A number that a screen reader can read, and set unless `fixed` is true.
 struct AccessibleNumber {
     double value = 0;
     double least = 0;
@@ -25,17 +25,18 @@ struct AccessibleNumber {
 /// A view as a whole, or one of the parts that it draws itself: a row, a point, a key.
 struct AccessibleThing {
     AccessibleRole role = AccessibleRole::Pane;
-    /// Its name in words that a person understands. A view's is empty where SetAccessibleName has
-    /// given one.
+    /// The name in words that the user understands. It is empty for a view that has its name from
+    /// SetAccessibleName.
     std::string name;
-    /// Its present state in words, as in "0.25 s, 0.8".
+    /// The present state in words, for example "0.25 s, 0.8".
     std::string description;
     std::optional<AccessibleNumber> number;
-    /// Where a part is, in the coordinates of its view. A view's own is not used.
+    /// The place of a part in the coordinates of its view. It is not used for a view as a whole.
     BRect frame;
-    /// True for a part that is the chosen one.
+    /// True for the chosen part.
     bool chosen = false;
-    /// The word for what Activate does, "Press" or "Load"; it is empty where that does nothing.
+    /// The word for the effect of Activate, such as "Press" or "Load"; empty if Activate does
+    /// nothing.
     std::string action;
 };
 

@@ -25,11 +25,11 @@ BAlert::Responder& CurrentResponder() {
 constexpr QMessageBox::Icon kIcons[] = {QMessageBox::Information, QMessageBox::Warning,
                                         QMessageBox::Critical};
 
-/// Lines of details that need no box of their own.
+/// Details with fewer lines than this are shown without a box of their own.
 constexpr std::ptrdiff_t kShortDetails = 6;
 
-/// The window that an alert stays above: the active one or, as at the start none is yet, one that
-/// is shown. Null where there is none.
+/// Returns the window that an alert stays above: the active one or, at the start of the program
+/// when none is active yet, a shown one. Null if there is neither.
 QWidget* WindowBelow() {
     if (QWidget* active = QApplication::activeWindow())
         return active;
@@ -40,7 +40,7 @@ QWidget* WindowBelow() {
     return nullptr;
 }
 
-/// What Show shows of this text; null where nothing is.
+/// Returns the shown box with this text, or null.
 QMessageBox* ShownBox(const QString& text) {
     for (QWidget* widget : QApplication::topLevelWidgets()) {
         auto* shown = dynamic_cast<QMessageBox*>(widget);
@@ -50,7 +50,7 @@ QMessageBox* ShownBox(const QString& text) {
     return nullptr;
 }
 
-/// An alert's text as its box has it.
+/// Returns an alert's text as its box stores it.
 QString BoxText(const std::string& text) {
     return kits::ToQt(text).trimmed();
 }
@@ -80,12 +80,12 @@ BAlert::Box BAlert::MakeBox() const {
     auto box = std::make_unique<QMessageBox>(WindowBelow());
     box->setWindowTitle(kits::ToQt(title));
     box->setIcon(kIcons[type]);
-    // What a compiler or a file says is not markup.
+    // Plain, because messages of a compiler or contents of a file may look like markup.
     box->setTextFormat(Qt::PlainText);
     box->setText(BoxText(text));
     if (std::count(details.begin(), details.end(), '\n') < kShortDetails) {
         box->setInformativeText(kits::ToQt(details));
-        // The box sets the format of its first text only.
+        // setTextFormat() applies only to the main text, not to the informative text.
         for (QLabel* label : box->findChildren<QLabel*>())
             label->setTextFormat(Qt::PlainText);
     } else {
@@ -102,8 +102,8 @@ BAlert::Box BAlert::MakeBox() const {
     return {std::move(box), std::move(choices)};
 }
 
-/// Nobody answers a program that was told to end: what it has to say goes to standard error. False
-/// where there is somebody.
+/// Writes the text to standard error and returns true if a signal has told the program to end, as
+/// nobody can answer then. Returns false otherwise.
 bool BAlert::SaidToNobody() const {
     if (!kits::Interrupt::Pending())
         return false;

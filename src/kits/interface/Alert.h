@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A question or a message that waits for a person.
+// A question to the user, or a message.
 #pragma once
 
 #include "kits/support/SupportDefs.h"
@@ -11,11 +11,12 @@
 enum button_width { B_WIDTH_AS_USUAL };
 enum alert_type { B_INFO_ALERT, B_WARNING_ALERT, B_STOP_ALERT };
 
-/// An alert asks a person one question. It is made by new, and Go or Show deletes it. Window
+/// Asks the user one question. An alert is created by `new`, and Go or Show deletes it. Window
 /// thread.
 class BAlert {
   public:
-    /// An alert has up to three buttons; Enter presses the last of them.
+    /// The alert has up to three buttons. Enter presses the last of them unless SetDefaultButton
+    /// says otherwise.
     BAlert(const char* title, const char* text, const char* button1, const char* button2 = nullptr,
            const char* button3 = nullptr, button_width width = B_WIDTH_AS_USUAL,
            alert_type type = B_INFO_ALERT);
@@ -25,25 +26,27 @@ class BAlert {
     const std::vector<std::string>& Buttons() const { return buttons; }
     alert_type Type() const { return type; }
 
-    /// More about the text: below it, or where it is long in a box that the person can open.
+    /// Sets further text. A short one is shown below the alert's text, a long one in a box that the
+    /// user can open.
     void SetDetails(const std::string& next) { details = next; }
     const std::string& Details() const { return details; }
 
-    /// Sets the button that Enter presses, by its index; it is the last one at first.
+    /// Sets the index of the button that Enter presses; the default is the last one.
     void SetDefaultButton(std::size_t index) { defaultButton = index; }
 
-    /// Shows the alert, waits for an answer and returns the index of the button. Meanwhile no
-    /// message is handled; drawing and pulses go on. In a program that was told to end by a signal
-    /// it goes to standard error, and the answer is 0.
+    /// Shows the alert, waits for the answer and returns the index of the button. Meanwhile no
+    /// message is handled, but drawing and pulses go on. If a signal has told the program to end,
+    /// the text is written to standard error instead and the result is 0.
     int32 Go();
 
-    /// Shows the alert and returns; nothing waits for the answer. Nothing is shown while one of the
-    /// same text is.
+    /// Shows the alert and returns at once, without waiting for the answer. Does nothing while an
+    /// alert with the same text is shown this way.
     void Show();
-    /// Closes what Show has shown of this text, as what it says holds no longer.
+    /// Closes the alert with this text that Show has opened, because the text no longer holds.
     static void Withdraw(const std::string& text);
 
-    /// Answers alerts in a person's stead, from now on; an empty function gives them back.
+    /// Sets a function that answers all alerts in place of the user from now on. An empty function
+    /// has them shown to the user again.
     using Responder = std::function<int32(const BAlert&)>;
     static void SetResponder(Responder responder);
 

@@ -32,7 +32,7 @@ namespace kits {
 
 namespace {
 
-/// How often the event loop looks whether a signal has come.
+/// The interval at which the event loop checks for signals, in milliseconds.
 constexpr int kSignalInterval = 100;
 
 constexpr const char* kXPlatform = "xcb";
@@ -86,8 +86,8 @@ void ChooseXServer() {
     ::setenv("QT_QPA_PLATFORM", kXPlatform, 1);
 }
 
-/// Says what has left an event or a message as an exception, instead of ending the program: what
-/// was asked for has not been done, all else goes on.
+/// Reports an exception that escapes from an event or a message handler instead of ending the
+/// program: that action has failed, but everything else goes on.
 class GuardedApplication : public QApplication {
   public:
     using QApplication::QApplication;
@@ -106,7 +106,7 @@ class GuardedApplication : public QApplication {
   private:
     void Tell(const char* text) {
         std::fprintf(stderr, "%s: %s\n", qPrintable(applicationName()), text);
-        // What fails while the alert is open, such as drawing, would open another one.
+        // A failure while the alert is open, such as in drawing, would open another alert.
         if (telling)
             return;
         const QScopedValueRollback rollback(telling, true);
@@ -114,14 +114,14 @@ class GuardedApplication : public QApplication {
             (new BAlert("Error", text, "Ok", nullptr, nullptr, B_WIDTH_AS_USUAL, B_STOP_ALERT))
                 ->Go();
         } catch (const std::bad_alloc&) {
-            // The line on standard error has to do.
+            // There is no memory for the alert; the line on standard error must suffice.
         }
     }
 
     bool telling = false;
 };
 
-/// The toolkit, for as long as the application lives.
+/// Owns the toolkit for the lifetime of the application.
 class Toolkit {
   public:
     Toolkit() : application(count, arguments) {
@@ -139,7 +139,8 @@ class Toolkit {
     }
     ~Toolkit() {
         MessageQueue::Instance().SetWake(nullptr);
-        // Collected first, as menus are top-level widgets too and go with their windows.
+        // Collected first, because menus are top-level widgets too and are deleted with their
+        // windows.
         std::vector<BWindow*> windows;
         for (QWidget* widget : QApplication::topLevelWidgets()) {
             if (auto* window = dynamic_cast<WindowWidget*>(widget))
@@ -154,7 +155,7 @@ class Toolkit {
         MessageQueue::Instance().SetWake([this, deliver] {
             QMetaObject::invokeMethod(&application, deliver, Qt::QueuedConnection);
         });
-        // This delivers what was posted before there was a loop.
+        // Delivers the messages that were posted before the loop started.
         QMetaObject::invokeMethod(&application, deliver, Qt::QueuedConnection);
         QApplication::exec();
         MessageQueue::Instance().SetWake(nullptr);
@@ -171,12 +172,14 @@ class Toolkit {
 } // namespace kits
 
 BApplication::BApplication(const char* signature) : BLooper(signature) {
-    // Shared memory comes from an X server as a descriptor; one for which there is no room breaks
-    // the connection, and that ends the program. Without it, pictures go through the connection.
+    // With shared memory the X server sends a file descriptor, and if the process has no room for
+    // one, the connection breaks and the program ends. Without it, images are sent over the
+    // connection.
     ::setenv("QT_XCB_NO_MITSHM", "1", 0);
     toolkit = std::make_unique<kits::Toolkit>();
-    // Qt converts large pictures in threads of its pool, and waits for ever for one that the system
-    // does not grant. One that is there from the start does it all.
+    // Qt converts large images in threads of its pool, and waits for ever for a thread that the
+    // system refuses to create. Therefore one thread is created here, kept, and does all of that
+    // work.
     QThreadPool* const pool = QThreadPool::globalInstance();
     pool->setMaxThreadCount(1);
     pool->setExpiryTimeout(-1);
@@ -187,7 +190,7 @@ BApplication::BApplication(const char* signature) : BLooper(signature) {
     const std::string name = text.substr(dash + 1);
     const std::string vendor = text.substr(0, dash);
     QApplication::setApplicationName(QString::fromStdString(name));
-    // By this a desktop finds the program's entry in its menu.
+    // The desktop finds the program's desktop entry by this name.
     QApplication::setDesktopFileName(
         QString::fromStdString("org." + vendor.substr(vendor.find_last_of('.') + 1) + '.' + name));
 }
@@ -202,7 +205,7 @@ void BApplication::Run() {
 }
 
 void BApplication::MessageReceived(BMessage* message) {
-    // Not quit(), which asks every window first: a file panel that is open never agrees.
+    // Not quit(), which asks every window first: an open file panel always refuses.
     if (message->what == B_QUIT_REQUESTED)
         QCoreApplication::exit();
     else

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The program as the desktop sees it, and its event loop.
+// The application object of the program, and its event loop.
 #pragma once
 
 #include "kits/application/Handler.h"
@@ -10,27 +10,28 @@
 namespace kits {
 class Toolkit;
 
-/// Tells whether there is a display to show windows on; the error says why not. It must be called
-/// before the application is made, which cannot go on without a display. Main thread.
+/// Checks that there is a display to show windows on; the error gives the reason if there is none.
+/// It must be called before the application is created, which ends the process if it finds no
+/// display. Main thread.
 Result<void> FindDisplay();
 
-/// Has windows made on the X server, even where there is another display. It must be called before
+/// Selects the X server for all windows, even if there is another display. It must be called before
 /// FindDisplay. Main thread.
 void ChooseXServer();
 
 } // namespace kits
 
-/// There is one; the thread that makes it is the window thread.
+/// The application, of which there is one. The thread that creates it is the window thread.
 class BApplication : public BLooper {
   public:
-    /// The signature is the application's MIME type, "application/x-vnd.<vendor>-<name>"; its
-    /// entry in the desktop's menu is org.<vendor>.<name>.
+    /// The signature is the application's MIME type, "application/x-vnd.<vendor>-<name>". From it
+    /// follows the name of the application's desktop entry, org.<vendor>.<name>.
     explicit BApplication(const char* signature);
-    /// Windows that are still open go.
+    /// Deletes the windows that are still open.
     ~BApplication() override;
 
-    /// Delivers events and messages until B_QUIT_REQUESTED is posted. A signal that a
-    /// kits::Interrupt has noted does the same.
+    /// Delivers events and messages until B_QUIT_REQUESTED is posted or a kits::Interrupt has noted
+    /// a signal.
     void Run();
 
     /// B_QUIT_REQUESTED ends Run.
@@ -40,5 +41,5 @@ class BApplication : public BLooper {
     std::unique_ptr<kits::Toolkit> toolkit;
 };
 
-/// The running application, null where there is none.
+/// The running application, or null.
 extern BApplication* be_app;

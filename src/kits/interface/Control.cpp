@@ -28,9 +28,9 @@ namespace {
 
 /// The frame of a text field and of a button, in pixels.
 constexpr float kBorder = 1;
-/// Fields below this width hold numbers, in pixels: what they say has to be read whole.
+/// Fields narrower than this, in pixels, hold numbers, which must be readable as a whole.
 constexpr int kNarrow = 48;
-/// What the toolkit leaves free beside a field's text on each side, in pixels.
+/// The margin that the toolkit leaves on each side of a field's text, in pixels.
 constexpr int kTextMargin = 2;
 
 } // namespace
@@ -50,7 +50,8 @@ class BTextControl::Line : public QLineEdit {
   public:
     explicit Line(BTextControl& field) : field(&field) {}
 
-    /// On its way out, it gives the focus up, which must not count as leaving the field.
+    /// Detaches the line from its field, which is being deleted. The line then loses the focus, and
+    /// that must not count as leaving the field.
     void Retire() {
         field = nullptr;
         blockSignals(true);
@@ -58,17 +59,17 @@ class BTextControl::Line : public QLineEdit {
 
     Stepping stepping;
     std::optional<std::string> reset;
-    /// Drawn here, as the toolkit's own is too pale to read.
+    /// Drawn by paintEvent, because the toolkit's own placeholder is too pale to read.
     QString placeholder;
 
-    /// Writes what a narrow field says so small that all of it is seen.
+    /// Reduces the font of a narrow field so that its whole text is visible.
     void FitText() {
         if (width() >= kNarrow)
             return;
         const std::string said = text().toStdString();
         const float room = float(width()) - 2 * kBorder;
         BFont font = *be_plain_font();
-        // The sides are used too where the text needs them, but for the cursor's pixel.
+        // A long text also uses the margins, except for one pixel for the cursor.
         const bool tight = font.StringWidth(said) > room - 2 * kTextMargin;
         const int margin = tight ? 1 - kTextMargin : 0;
         setTextMargins(margin, 0, margin, 0);
@@ -77,8 +78,8 @@ class BTextControl::Line : public QLineEdit {
         setFont(kits::ToQt(font));
     }
 
-    /// Makes one line of what was pasted or dropped: more cannot be seen, and what is copied
-    /// elsewhere often ends with a line break.
+    /// Joins the lines of pasted or dropped text: the field shows only one line, and copied text
+    /// often ends with a line break.
     void JoinLines() {
         static const QRegularExpression breaks("\\s*[\n\r\u2028\u2029]\\s*");
         if (!text().contains(breaks))
@@ -93,9 +94,9 @@ class BTextControl::Line : public QLineEdit {
         setCursorPosition(int(before.size()));
     }
 
-    /// Where the character is shown, in pixels from the left.
+    /// Returns the position of the character in pixels from the left edge of the field.
     float PositionOf(qsizetype index) const {
-        // The layout is the editor's, which rounds the widths of letters.
+        // A layout like the editor's own, which rounds the widths of letters.
         QTextLayout layout(text(), font());
         layout.beginLayout();
         const QTextLine whole = layout.createLine();
@@ -113,12 +114,12 @@ class BTextControl::Line : public QLineEdit {
         if (event->key() == Qt::Key_Escape) {
             setText(QString::fromStdString(field->confirmed));
             clearFocus();
-            // The window may have a use for the key too.
+            // The window may use the key too.
             event->ignore();
         } else if ((event->matches(QKeySequence::Undo) &&
                     text().toStdString() == field->confirmed) ||
                    (event->matches(QKeySequence::Redo) && !isRedoAvailable())) {
-            // There is no typing to take back.
+            // There is no typing to undo or redo, so the window gets the key.
             event->ignore();
         } else if (stepping && (event->key() == Qt::Key_Up || event->key() == Qt::Key_Down)) {
             Step(event->key() == Qt::Key_Up ? 1 : -1, event->modifiers());
@@ -127,7 +128,7 @@ class BTextControl::Line : public QLineEdit {
         }
     }
     void paintEvent(QPaintEvent* event) override {
-        /// From the left edge to the text, in pixels; a text's share of a hint's ink.
+        /// The distance from the left edge to the hint in pixels, and the opacity of the hint.
         constexpr int kLeft = 4;
         constexpr float kInk = 0.72F;
         QLineEdit::paintEvent(event);
@@ -141,11 +142,11 @@ class BTextControl::Line : public QLineEdit {
                          placeholder);
     }
     void wheelEvent(QWheelEvent* event) override {
-        /// What a step of a usual wheel counts in the toolkit.
+        /// The angle of one step of an ordinary wheel, in the toolkit's units of 1/8 degree.
         constexpr int kStep = 120;
         if (!stepping || !isEnabled())
             return event->ignore();
-        // Touch pads turn by little.
+        // Touch pads send fractions of a step, which add up.
         turned += event->angleDelta().y();
         const int steps = turned / kStep;
         turned -= steps * kStep;
@@ -157,14 +158,15 @@ class BTextControl::Line : public QLineEdit {
         QLineEdit::focusInEvent(event);
         clicked = event->reason() == Qt::MouseFocusReason;
     }
-    // A file would become its address; the window may have a use for it.
+    // The line edit would insert the URL of a dropped file. Ignored, so that the window can take
+    // the file.
     void dragEnterEvent(QDragEnterEvent* event) override {
         if (event->mimeData()->hasUrls())
             event->ignore();
         else
             QLineEdit::dragEnterEvent(event);
     }
-    // The press that enters the field comes after the focus, and places the cursor.
+    // The press that brings the focus arrives after focusInEvent and would place the cursor.
     void mousePressEvent(QMouseEvent* event) override {
         if (reset && event->modifiers() & Qt::ControlModifier)
             return field->Replace(*reset);
@@ -184,9 +186,9 @@ class BTextControl::Line : public QLineEdit {
     }
 
     BTextControl* field;
-    /// The turn of the wheel that is not a whole step yet.
+    /// The turn of the wheel that does not make a whole step yet.
     int turned = 0;
-    /// A press has brought the focus and has not been seen yet.
+    /// True between a focus event caused by a press and the press itself.
     bool clicked = false;
 };
 
@@ -263,13 +265,13 @@ BTextControl::BTextControl(BRect frame, const char* name, const char* label, con
     : BControl(frame, name, label, message, resizingMode, flags),
       line(new Line(*this)),
       confirmed(initial) {
-    // What a document holds is not cut.
+    // No limit, so that a text from a document is never cut off.
     line->setMaxLength(std::numeric_limits<int>::max());
     line->setText(kits::ToQt(confirmed));
     line->setCursorPosition(0);
     QObject::connect(line, &QLineEdit::returnPressed, line, [this] {
         Confirm();
-        // The keyboard is the window's again.
+        // Gives the keyboard back to the window.
         line->clearFocus();
     });
     QObject::connect(line, &QLineEdit::editingFinished, line, [this] {
@@ -315,7 +317,7 @@ const char* BTextControl::Text() const {
 void BTextControl::SetText(const char* next) {
     confirmed = next;
     changes++;
-    // Where it stands there already the cursor stays too.
+    // If the field already shows this text, the cursor keeps its place.
     if (confirmed == Text())
         return;
     const QSignalBlocker silence(line);
@@ -365,7 +367,8 @@ float BTextControl::PositionOf(std::size_t byte) const {
     return line->PositionOf(before.size());
 }
 
-/// As if the user had typed and confirmed it; nothing where it is the same.
+/// Has the effect of the user typing and confirming the text; does nothing if that text is
+/// confirmed already.
 void BTextControl::Replace(const std::string& next) {
     if (next == Text() && !IsEdited())
         return;

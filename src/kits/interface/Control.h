@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Controls: views that send a message when they are used.
+// Controls: views that send a message when the user operates them.
 #pragma once
 
 #include "kits/application/Invoker.h"
@@ -14,7 +14,7 @@
 class QWidget;
 class QPushButton;
 
-/// A control sends its message to the window that it is in, until another target is set. Window
+/// A control sends its message to the window that contains it, until another target is set. Window
 /// thread.
 class BControl : public BView, public BInvoker {
   public:
@@ -29,95 +29,98 @@ class BControl : public BView, public BInvoker {
 
   protected:
     void NoteLabel(const char* next) { label = next; }
-    /// Puts the toolkit's control into the view.
+    /// Fills the view with the toolkit's control.
     void SetContent(QWidget* content);
 
   private:
     std::string label;
 };
 
-/// A push button; sends its message when pressed by mouse or keyboard.
+/// A push button. It sends its message when it is pressed by mouse or keyboard.
 class BButton : public BControl {
   public:
     BButton(BRect frame, const char* name, const char* label, BMessage* message,
             uint32 resizingMode = B_FOLLOW_LEFT | B_FOLLOW_TOP,
             uint32 flags = B_WILL_DRAW | B_NAVIGABLE);
 
-    /// Sets the size of the font in pixels; it is 12 at first.
+    /// Sets the font size in pixels. Initially it is the largest up to 12 at which the label fits.
     void SetFontSize(float size);
     void SetLabel(const char* next);
-    /// Fits the button to a place that is dark in every set of colours: it has no frame until the
-    /// pointer is on it.
+    /// Adapts the button to a background that is dark in every set of colours: it has no frame
+    /// until the pointer is on it.
     void SetOnDark();
-    /// Stays down, as what it began goes on.
+    /// Shows the button as pressed while the action that it has started goes on.
     void SetDown(bool down);
-    /// Does what a press by a person does.
+    /// Has the effect of a press by the user.
     void Press();
-    /// Shows that Enter has the button's effect; what the key does is the window's affair.
+    /// Marks the button visibly as the one that Enter presses. The key itself is handled by the
+    /// window.
     void MakeDefault();
 
   private:
     QPushButton* button;
 };
 
-/// A line of text that can be edited. Sends its message, with the text as string "be:text", when
-/// the user confirms the text: with Enter, or by leaving the field after a change. Enter and Escape
-/// give the keyboard back to the window; Escape takes back what was not confirmed, and then goes to
-/// the window as B_KEY_DOWN. Ctrl+Z and Ctrl+Shift+Z take typing back and do it again; where there
-/// is none they are the window's. A click or Tab into the field selects the text.
+/// A line of text that can be edited. It sends its message, with the text as string "be:text", when
+/// the user confirms the text, either by Enter or by leaving the field after a change. Enter and
+/// Escape give the keyboard back to the window. Escape restores the confirmed text, and then
+/// reaches the window as B_KEY_DOWN. Ctrl+Z and Ctrl+Shift+Z undo and redo typing; if there is no
+/// typing to undo or redo, the window gets them. A click or Tab into the field selects the text.
 class BTextControl : public BControl {
   public:
-    /// The height follows from the font, whatever the frame says. An empty or missing label takes
-    /// no room.
+    /// The height follows from the font; the frame's height is ignored. An empty or missing label
+    /// takes no room.
     BTextControl(BRect frame, const char* name, const char* label, const char* text,
                  BMessage* message, uint32 resizingMode = B_FOLLOW_LEFT | B_FOLLOW_TOP,
                  uint32 flags = B_WILL_DRAW | B_NAVIGABLE);
     ~BTextControl() override;
 
-    /// The text that was confirmed or set last.
+    /// Returns the text that was last confirmed or set.
     const std::string& Confirmed() const { return confirmed; }
-    /// The text that the field shows, confirmed or not.
+    /// Returns the text that the field shows, confirmed or not.
     const char* Text() const;
-    /// Counts as confirmed, and sends nothing.
+    /// Sets the text, which counts as confirmed, without sending a message.
     void SetText(const char* text);
-    /// Replaces the text as a person's typing does, without confirming it.
+    /// Replaces the text as the user's typing does, without confirming it.
     void Type(const char* text);
     void SelectAll();
-    /// Sets the words that the field shows dimly while it is empty.
+    /// Sets a hint that the field shows dimly while it is empty.
     void SetPlaceholder(std::string_view text);
     std::string Placeholder() const;
-    /// Does what Enter in the field does.
+    /// Confirms the text and sends the message, as Enter in the field does.
     void Confirm();
 
-    /// Takes the message over, which is sent to the target whenever the user has changed the text,
-    /// also back to the confirmed one.
+    /// Takes ownership of the message, which is sent to the target whenever the user or Type has
+    /// changed the text, even if that restores the confirmed text.
     void SetModificationMessage(BMessage* message);
-    /// True where the text differs from the one that was confirmed.
+    /// Returns true if the text differs from the confirmed one.
     bool IsEdited() const;
-    /// Counts how often the text has changed, whoever changed it, or was confirmed.
+    /// Returns the number of changes and confirmations of the text so far, by the user or by the
+    /// program.
     uint64 Changes() const { return changes; }
-    /// Returns where the character at that byte of the text is shown, in pixels from the left; it
-    /// lies beyond an edge where the character is scrolled out of the field.
+    /// Returns the position of the character that starts at `byte` of the text, in pixels from the
+    /// left edge. It lies outside the field if the character is scrolled out of view.
     float PositionOf(std::size_t byte) const;
 
-    /// Says what the text becomes when a person turns the wheel over the field, or presses Up or
-    /// Down in it, by so many steps, with B_SHIFT_KEY and so on held. It is confirmed at once.
+    /// Returns the new text after the user has turned the wheel over the field by `steps`, or
+    /// pressed Up (1) or Down (-1) in it. `modifiers` is the sum of B_SHIFT_KEY and the like. The
+    /// new text is confirmed at once.
     using Stepping =
         std::function<std::string(const std::string& text, int steps, uint32 modifiers)>;
     void SetStepping(Stepping next);
-    /// Sets the text that a click with Ctrl brings back, and confirms.
+    /// Sets the text that a click with Ctrl restores and confirms.
     void SetReset(std::string_view text);
-    /// Takes the message over, which is sent to the target when the field loses the keyboard.
+    /// Takes ownership of the message, which is sent to the target when the field loses the focus.
     void SetEndMessage(BMessage* message);
 
     void SetEnabled(bool enabled) override;
     bool IsFocus() const override;
-    /// Shows that the text is not valid.
+    /// Shows the field as invalid, or as valid again.
     void MarkWrong(bool wrong);
 
     /// Returns the height of all text fields, as BRect::Height counts it.
     static float PreferredHeight();
-    /// Returns the pixels from the top of a text field down to the baseline of its text.
+    /// Returns the distance from the top of a text field to the baseline of its text, in pixels.
     static float BaselineOffset();
 
   private:
@@ -135,8 +138,8 @@ class BTextControl : public BControl {
 
 namespace kits {
 
-/// Returns the largest font size, at most 12 and at least 8 pixels, at which the label fits the
-/// width.
+/// Returns the largest whole font size from 8 to 12 pixels at which the label fits the width, or 8
+/// if none does.
 float FittingFontSize(std::string_view label, float width);
 
 } // namespace kits

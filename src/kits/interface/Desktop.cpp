@@ -18,13 +18,13 @@ constexpr const char* kOpener = "xdg-open";
 
 void ShowFile(const std::filesystem::path& file,
               std::function<void(const std::string& reason)> failed) {
-    // Without an owner: what it shows may stay longer than this program.
+    // Without an owner, because the shown file may stay open longer than this program runs.
     auto* process = new QProcess;
     process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     process->setStandardOutputFile(QProcess::nullDevice());
     process->setStandardInputFile(QProcess::nullDevice());
-    // A browser would hold the sockets of an audio server, for which a program is there until all
-    // of its sockets are closed.
+    // Otherwise a browser, for example, would inherit the sockets to an audio server, and the
+    // server would treat this program as connected until all copies of its sockets are closed.
     process->setChildProcessModifier(
         [] { ::syscall(SYS_close_range, 3U, ~0U, CLOSE_RANGE_CLOEXEC); });
     QObject::connect(process, &QProcess::errorOccurred, process,

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This is what the program asks of the desktop.
+// Requests of the program to the desktop.
 #pragma once
 
 #include <filesystem>
@@ -8,9 +8,9 @@
 
 namespace kits {
 
-/// Has the desktop show the file, with whichever program it has for that (xdg-open). Returns at
-/// once; where there is none, `failed` is called later with the reason. That program gets none of
-/// the caller's open files. Window thread.
+/// Has the desktop show the file with the program that it has chosen for such files (by xdg-open).
+/// Returns at once; if there is no such program, `failed` is called later with the reason. The
+/// program inherits none of the caller's open files. Window thread.
 void ShowFile(const std::filesystem::path& file,
               std::function<void(const std::string& reason)> failed);
 

@@ -10,7 +10,7 @@
 
 namespace {
 
-/// The panels that there are, by their ids.
+/// All existing panels by their ids.
 std::map<int32, BFilePanel*>& Panels() {
     static std::map<int32, BFilePanel*> panels;
     return panels;
@@ -56,7 +56,7 @@ bool BFilePanel::AsksIn(const std::filesystem::path& folder) const {
 
 bool BFilePanel::Deliver(BMessage result) {
     result.AddInt32("panel", id);
-    // The panel may be gone after the hook.
+    // Copied, because the hook may delete the panel.
     const bool hide = hideWhenDone;
     SendMessage(&target, &result);
     return hide;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The dialog in which a person chooses files to open, or where to save one.
+// The dialog in which the user chooses files to open, or where to save one.
 #pragma once
 
 #include "kits/application/Messenger.h"
@@ -17,26 +17,28 @@ namespace kits {
 class FilePanelWindow;
 }
 
-/// The code of the message that a panel sends which was given none of its own.
+/// The codes of the messages that a panel sends if it was given none, in open mode and in save
+/// mode.
 constexpr uint32 B_REFS_RECEIVED = FourCC("RRCV");
 constexpr uint32 B_SAVE_REQUESTED = FourCC("SAVE");
 
-/// What a person has confirmed goes to the target, as a copy of the panel's message with
+/// A dialog for opening or saving files. When the user confirms a choice, the target gets a copy of
+/// the panel's message with these fields:
 ///
 /// - open mode: "refs", an entry_ref for each selected entry,
-/// - save mode: "directory" (entry_ref) and "name" (string), once the name is one that a file can
-///   have and the person agrees to replace a file that exists (AskOnlyIn),
+/// - save mode: "directory" (entry_ref) and "name" (string), once the name is a valid file name and
+///   the user has agreed to replace a file that exists (see AskOnlyIn),
 /// - always: "panel" (int32), the Id() of the panel.
 ///
-/// The window is there from the start, hidden; its first child holds the views "PoseView" (the
-/// list), "HScrollBar", "VScrollBar", "CountVw" (how many entries are listed), "cancel button",
-/// "default button" and, in save mode, "text view" (the file name). Window thread.
+/// The window exists from the start, hidden. Its first child holds the views "PoseView" (the list),
+/// "HScrollBar", "VScrollBar", "CountVw" (the number of listed entries), "cancel button", "default
+/// button" and, in save mode, "text view" (the file name). Window thread.
 class BFilePanel : private kits::FilePanelOwner {
   public:
-    /// A null target is the application, a null directory the person's home folder, no flavours
-    /// are files. With B_DIRECTORY_NODE a selected folder can be the result. Takes the message,
-    /// which may be null; the target is copied, the filter must outlive the panel. After a result
-    /// the panel hides itself if `hideWhenDone`.
+    /// A null target means the application, a null directory the user's home folder, and 0 as
+    /// `nodeFlavors` files only; with B_DIRECTORY_NODE a selected folder can be the result too.
+    /// Takes ownership of the message, which may be null. The target is copied; the filter must
+    /// outlive the panel. The panel hides itself after a result if `hideWhenDone` is true.
     explicit BFilePanel(file_panel_mode mode = B_OPEN_PANEL, const BMessenger* target = nullptr,
                         const entry_ref* directory = nullptr, uint32 nodeFlavors = 0,
                         bool multipleSelection = true, BMessage* message = nullptr,
@@ -47,53 +49,56 @@ class BFilePanel : private kits::FilePanelOwner {
 
     // Hooks.
 
-    /// The panel has been hidden, after a result or because the person has cancelled it.
+    /// Called when the panel has been hidden, after a result or because the user has cancelled it.
     void WasHidden() override {}
-    /// Another entry has been selected, or none.
+    /// Called when the selection has changed.
     void SelectionChanged() override {}
-    /// Sends the result; `message` is a copy that may be changed.
+    /// Sends the result to the target. `message` is a copy that may be changed.
     virtual void SendMessage(const BMessenger* to, BMessage* message);
 
-    /// Returns the window, null once the application has gone.
+    /// Returns the window, or null after the application has ended.
     BWindow* Window() const;
-    /// Differs from that of every other panel of this run.
+    /// Returns the panel's id, which is unique within this run of the program.
     int32 Id() const { return id; }
-    /// The panel that has sent the message; null if it has gone, or if no panel sent it.
+    /// Returns the panel that has sent the message, or null if it no longer exists or no panel sent
+    /// it.
     static BFilePanel* SenderOf(const BMessage& message);
 
-    /// The messenger is copied.
+    /// Sets the target by copying the messenger.
     void SetTarget(const BMessenger& next) { target = next; }
     const BMessenger& Target() const { return target; }
-    /// The message is copied.
+    /// Sets the panel's message by copying it.
     void SetMessage(const BMessage* next) { message = *next; }
     const BMessage& Message() const { return message; }
 
-    /// While the panel shows the folder `path`, it lists the files of the folder `beneath` too,
-    /// except those whose names are in `path` as well; "refs" say where each lies. It must be
-    /// called before the panel is shown.
+    /// While the panel shows the folder `path`, it also lists the files of the folder `beneath`,
+    /// except those whose names occur in `path` too. The "refs" of a result say in which folder
+    /// each lies. It must be called before the panel is shown.
     void SetBeneath(const char* path, const char* beneath);
-    /// A folder that cannot be read is reported when the panel is next on the screen, and the
-    /// nearest one above it that can be read is shown.
+    /// Sets the folder to list. If the panel is hidden, a folder that cannot be read is reported
+    /// when the panel is next shown, and the nearest readable folder above it is listed. If the
+    /// panel is shown, it is reported at once and the present folder stays.
     void SetPanelDirectory(const char* path);
     void SetPanelDirectory(const entry_ref* ref);
     void GetPanelDirectory(entry_ref* ref) const;
     /// Sets the name in the text field of a panel in save mode.
     void SetSaveText(std::string_view name);
     std::string SaveText() const;
-    /// Save mode: whether to replace a file is asked only while that folder is shown, for a target
-    /// that saves there whatever is shown.
+    /// Save mode: makes the panel ask before replacing a file only while it shows `folder`. This is
+    /// for a target that always saves in `folder`, whichever folder is shown.
     void AskOnlyIn(const std::filesystem::path& folder) { askOnlyIn = folder; }
-    /// Save mode: a name that ends otherwise gets that ending, unless there is a file of that name.
+    /// Save mode: sets an ending that is appended to names without it, unless a file with the typed
+    /// name exists.
     void SetEnding(const std::string& next) { ending = next; }
 
-    /// Shows the panel on the current desktop, with the folder read anew.
+    /// Shows the panel on the current desktop and reads its folder again.
     void Show();
     void Hide();
     bool IsShowing() const;
 
-    /// GetNextSelectedRef starts anew, with what is selected now.
+    /// Restarts GetNextSelectedRef with the present selection.
     void Rewind();
-    /// B_ENTRY_NOT_FOUND when all have been given.
+    /// Gives the next selected entry, or returns B_ENTRY_NOT_FOUND after the last one.
     status_t GetNextSelectedRef(entry_ref* ref);
 
   private:
@@ -107,7 +112,8 @@ class BFilePanel : private kits::FilePanelOwner {
     BMessenger target;
     BMessage message;
     bool hideWhenDone;
-    /// The folder in which a person is asked before a file is replaced; empty means every folder.
+    /// The only folder in which the user is asked before a file is replaced; empty means every
+    /// folder.
     std::filesystem::path askOnlyIn;
     std::string ending;
     kits::FilePanelWindow* window;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// These are the types that a file panel and its window share.
+// The types that a file panel and its window share.
 #pragma once
 
 #include "kits/support/EntryRef.h"
@@ -12,16 +12,17 @@ struct stat;
 
 enum file_panel_mode { B_OPEN_PANEL, B_SAVE_PANEL };
 
-// Kinds of entries, added up.
+// Kinds of entries; several are given as their sum.
 
 constexpr uint32 B_FILE_NODE = 1;
 constexpr uint32 B_DIRECTORY_NODE = 4;
 
-/// Says which files a panel lists.
+/// Decides which files a panel lists.
 class BRefFilter {
   public:
     virtual ~BRefFilter() = default;
-    /// Folders are not asked about. `status` is that of what a link points to.
+    /// Returns true if the file is listed. It is not called for folders. `status` is that of the
+    /// link's target if the file is a symbolic link.
     virtual bool Filter(const entry_ref* ref, const struct stat* status) = 0;
 };
 
@@ -31,19 +32,20 @@ namespace kits {
 class FilePanelOwner {
   public:
     virtual ~FilePanelOwner() = default;
-    /// True where a person is to be asked before a file in that folder is replaced.
+    /// Returns true if the user must be asked before a file in that folder is replaced.
     virtual bool AsksIn(const std::filesystem::path& folder) const = 0;
-    /// What a name that is saved ends with; empty for any.
+    /// Returns the ending of all saved names; empty allows any.
     virtual const std::string& Ending() const = 0;
-    /// A result without what the person has chosen.
+    /// Returns a new result without the fields of the user's choice.
     virtual BMessage NewResult() const = 0;
-    /// Takes a whole result, upon which the owner may go. Returns whether the window hides now.
+    /// Delivers a complete result; the owner may be deleted meanwhile. Returns true if the window
+    /// must hide now.
     virtual bool Deliver(BMessage result) = 0;
-    /// Another entry has been selected, or none.
+    /// Called when the selection has changed.
     virtual void SelectionChanged() = 0;
-    /// The window has been hidden.
+    /// Called when the window has been hidden.
     virtual void WasHidden() = 0;
-    /// The window is being deleted, as when the application ends.
+    /// Called when the window is being deleted, for instance because the application ends.
     virtual void WindowGone() = 0;
 };
 

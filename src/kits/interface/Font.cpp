@@ -33,7 +33,8 @@ QFont ToQt(const BFont& font) {
         result.setFamily(ToQt(font.Family()));
     result.setPixelSize(static_cast<int>(font.Size()));
     result.setItalic(font.Face() & B_ITALIC_FACE);
-    // Widths are the same on every screen, so that what was placed by them is in its place.
+    // Without hinting, widths are the same on every screen, so a layout computed from them fits
+    // everywhere.
     result.setHintingPreference(QFont::PreferNoHinting);
     return result;
 }

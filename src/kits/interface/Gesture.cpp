@@ -11,11 +11,12 @@ namespace kits {
 
 namespace {
 
-/// Sees the events of the whole program. One and the same may come to a window, to the widget in it
-/// and to what that is in, and counts each time, which makes no difference to anybody.
+/// Filters the events of the whole program. One press may pass here several times, for the window,
+/// for the widget in it and for that widget's parents, and count each time. This does no harm, as
+/// users of the number only compare it.
 class Presses : public QObject {
   public:
-    /// Returns the one of the running application.
+    /// Returns the instance of the running application.
     static Presses& Instance() {
         static QPointer<Presses> instance;
         if (!instance)

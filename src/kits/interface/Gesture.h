@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This tells where one gesture of a person at mouse and keyboard ends and the next begins.
+// Divides the user's input by mouse and keyboard into gestures.
 #pragma once
 
 #include "kits/support/SupportDefs.h"
@@ -9,18 +9,19 @@
 namespace kits {
 
 struct Gesture {
-    /// Counts the gestures since the program began. A press of a mouse button, of Enter or of Tab,
-    /// which confirm, begins one; turns of a wheel and other keys belong to the one before.
+    /// The number of gestures since the program started. A press of a mouse button begins a new
+    /// one, and so does Enter or Tab, because these confirm. Wheel turns and other keys belong to
+    /// the present gesture.
     uint64 number = 0;
-    /// A mouse button is down.
+    /// True while a mouse button is down.
     bool held = false;
 };
 
-/// Returns the gesture that goes on now. Window thread, while there is an application.
+/// Returns the present gesture. Window thread, while there is an application.
 Gesture PresentGesture();
 
-/// From now on `told` is called before a press of a mouse button or key in this program has its
-/// effect. It replaces the function set before; null sets none. Window thread.
+/// Sets a function that is called before each press of a mouse button or key in this program takes
+/// effect. It replaces the previous function; an empty one removes it. Window thread.
 void BeforeEachPress(std::function<void()> told);
 
 } // namespace kits

@@ -16,14 +16,14 @@
 
 namespace {
 
-// In pixels.
+// The following are in pixels.
 
-/// Room for the arrow and the frame.
+/// The room for the arrow and the frame.
 constexpr float kArrowWidth = 13;
 constexpr float kLeftMargin = 4;
 constexpr int kWidestLabel = 480;
 
-/// Title at the left, arrow at the right.
+/// A button that draws its title at the left and an arrow at the right.
 class Opener : public QToolButton {
   protected:
     void paintEvent(QPaintEvent*) override {
@@ -48,11 +48,11 @@ class Opener : public QToolButton {
     }
 };
 
-/// An item's label as the toolkit's menu is to show it: what is too long, as the name of a file may
-/// be, without its middle.
+/// Returns an item's label for the toolkit's menu. A label that is too long, such as a file name,
+/// is shortened in the middle.
 QString ShownLabel(const BMenuItem& item, const QMenu& toolkit) {
     const QFontMetrics metrics(toolkit.font());
-    // A single & would be taken for the mark of a shortcut.
+    // Escaped, because a single & would mark the next letter as a shortcut.
     return metrics.elidedText(kits::ToQt(item.Label()), Qt::ElideMiddle, kWidestLabel)
         .replace("&", "&&");
 }
@@ -163,7 +163,8 @@ void BMenu::Fill(QMenu& toolkit) {
         opening(*this);
     toolkit.clear();
     qDeleteAll(toolkit.findChildren<QMenu*>(Qt::FindDirectChildrenOnly));
-    // Items are in a group, so that the mark looks like one of many.
+    // In radio mode the items form a group, so that the mark looks like one of several
+    // alternatives.
     delete toolkit.findChild<QActionGroup*>();
     QActionGroup* group = nullptr;
     if (radio) {
@@ -245,7 +246,7 @@ float BMenuField::PreferredHeight() {
     return std::ceil(height.ascent + height.descent) + 5;
 }
 
-// Items without a target go to the window, as other controls do.
+// Items without a target send their messages to the window, as other controls do.
 void BMenuField::AttachedToWindow() {
     for (std::size_t i = 0; BMenuItem* item = menu->ItemAt(i); i++) {
         if (!item->Target().IsValid())

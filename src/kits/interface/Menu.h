@@ -14,24 +14,24 @@ class BMenu;
 class QMenu;
 class QToolButton;
 
-/// A line of a menu, which sends its message when a person chooses it. Window thread.
+/// A line of a menu. It sends its message when the user chooses it. Window thread.
 class BMenuItem : public BInvoker {
   public:
-    /// Takes the message, which may be null.
+    /// Takes ownership of the message, which may be null.
     BMenuItem(const char* label, BMessage* message, char shortcut = 0);
-    /// Opens that menu, which it takes, beside itself.
+    /// Makes an item that opens `submenu` beside itself. Takes ownership of the menu.
     explicit BMenuItem(BMenu* submenu);
     ~BMenuItem() override;
 
     const char* Label() const { return label.c_str(); }
     bool IsMarked() const { return marked; }
-    /// Marks the item or not. In a menu of radio mode the other items lose their mark.
+    /// Sets or removes the mark. In a menu in radio mode, marking an item unmarks the others.
     void SetMarked(bool mark);
     BMenu* Menu() const { return menu; }
-    /// Returns the menu that the item opens, or null.
+    /// Returns the submenu that the item opens, or null.
     BMenu* Submenu() const { return submenu.get(); }
 
-    /// Does what a choice by a person does.
+    /// Has the effect of a choice by the user.
     void Choose();
 
   private:
@@ -49,7 +49,7 @@ class BSeparatorItem : public BMenuItem {
 
 enum menu_layout { B_ITEMS_IN_ROW, B_ITEMS_IN_COLUMN };
 
-/// A menu is a list of items, which it owns. Window thread.
+/// A list of items, which the menu owns. Window thread.
 class BMenu {
   public:
     explicit BMenu(const char* name, menu_layout layout = B_ITEMS_IN_COLUMN);
@@ -59,18 +59,19 @@ class BMenu {
 
     const char* Name() const { return name.c_str(); }
     void SetName(std::string_view next);
-    /// Sets a function that is called each time when a person opens the menu, before it is shown,
-    /// to fill it with what there is by then.
+    /// Sets a function that is called each time the user opens the menu, before it is shown, so
+    /// that it can fill the menu with the present items.
     void SetOpening(std::function<void(BMenu& menu)> next) { opening = std::move(next); }
 
-    /// Takes the item over.
+    /// Takes ownership of the item.
     void AddItem(BMenuItem* item);
-    /// Gives the item back; null if there is none.
+    /// Removes the item and gives it back to the caller, or returns null if there is no such item.
     BMenuItem* RemoveItem(std::size_t index);
     void RemoveAll();
     std::size_t CountItems() const { return items.size(); }
     BMenuItem* ItemAt(std::size_t index) const;
-    /// Returns the item of that label, null if there is none.
+    /// Return the first item with that label, with a message of that code, or with a mark; null if
+    /// there is none.
     BMenuItem* FindItem(std::string_view label) const;
     BMenuItem* FindItem(uint32 command) const;
     BMenuItem* FindMarked() const;
@@ -78,15 +79,16 @@ class BMenu {
     void SetTargetForItems(const BHandler* handler);
     void SetTargetForItems(const BMessenger& messenger);
 
-    /// Where on, choosing an item marks it, and it alone.
+    /// In radio mode, choosing an item marks it and unmarks all others.
     void SetRadioMode(bool on) { radio = on; }
     bool IsRadioMode() const { return radio; }
-    /// Where on, the button or line that opens the menu shows the marked item's label.
+    /// If on, the button or item that opens the menu shows the label of the marked item.
     void SetLabelFromMarked(bool on) { labelFromMarked = on; }
-    /// Returns the label of what opens the menu.
+    /// Returns the label for the button or item that opens the menu.
     std::string Title() const;
 
-    /// Fills a toolkit's menu, and tells it when the title may have changed. Only the kits call it.
+    /// Fill a menu of the toolkit, and set a function that is called when the title may have
+    /// changed. Only the kits call them.
     void Fill(QMenu& toolkit);
     void SetObserver(std::function<void()> next) { observer = std::move(next); }
 
@@ -109,28 +111,28 @@ class BPopUpMenu : public BMenu {
                         menu_layout layout = B_ITEMS_IN_COLUMN);
 };
 
-/// A view that shows a menu's title with an arrow, and opens it.
+/// A view that shows the title of a menu with an arrow, and opens the menu when pressed.
 class BMenuField : public BView {
   public:
-    /// Takes the menu over. The label, which may be empty, stands left of it.
+    /// Takes ownership of the menu. The label, which may be empty, is shown left of the menu.
     BMenuField(BRect frame, const char* name, const char* label, BMenu* menu,
                uint32 resizingMode = B_FOLLOW_LEFT | B_FOLLOW_TOP,
                uint32 flags = B_WILL_DRAW | B_NAVIGABLE);
     ~BMenuField() override;
 
     BMenu* Menu() const { return menu.get(); }
-    /// Sets where the menu begins, in pixels from the field's left edge.
+    /// Sets the start of the menu's button, in pixels from the field's left edge.
     void SetDivider(float position);
     float Divider() const { return divider; }
-    /// Does what BButton::SetOnDark does.
+    /// Adapts the field to a dark background, as BButton::SetOnDark does.
     void SetOnDark();
 
-    /// Returns the part of the menu's title that is shown: all of it, unless there is no room.
+    /// Returns the shown part of the menu's title, which is cut if there is too little room.
     std::string ShownTitle() const;
 
     void SetEnabled(bool enabled);
 
-    /// Returns the height of what opens a menu, as BRect::Height counts it.
+    /// Returns the height of all menu fields, as BRect::Height counts it.
     static float PreferredHeight();
 
     void AttachedToWindow() override;
@@ -145,13 +147,13 @@ class BMenuField : public BView {
     QToolButton* button;
 };
 
-/// A bar of menus, each as wide as there is room: here of one that fills the bar's frame.
+/// A bar of menus that share its width equally.
 class BMenuBar : public BView {
   public:
     BMenuBar(BRect frame, const char* name, uint32 resizingMode = B_FOLLOW_LEFT | B_FOLLOW_TOP,
              menu_layout layout = B_ITEMS_IN_ROW, bool resizeToFit = true);
 
-    /// Takes the menu over. The menus of a bar share its width.
+    /// Takes ownership of the menu.
     void AddItem(BMenu* menu);
 
   private:

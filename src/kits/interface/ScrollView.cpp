@@ -11,20 +11,20 @@
 
 namespace {
 
-// In pixels.
+// The following are in pixels.
 
 constexpr int kBarWidth = 12;
-/// Round what has got the focus.
+/// The margin to keep visible around the widget that has got the focus.
 constexpr int kSight = 8;
 
-/// The area gives a bar the width that it asks for, whatever it is fixed to.
+/// The scroll area sizes a bar by its size hint, even if the bar has a fixed size.
 class Bar : public QScrollBar {
   public:
     using QScrollBar::QScrollBar;
     QSize sizeHint() const override { return {kBarWidth, kBarWidth}; }
 };
 
-/// Tab goes on through what is shown; the area itself has no use for the keyboard.
+/// A scroll area that never takes the focus: Tab goes through the views inside it.
 class Area : public QScrollArea {
   public:
     Area() {
@@ -35,7 +35,7 @@ class Area : public QScrollArea {
     }
 
   protected:
-    // The keys that scroll belong to the window.
+    // The arrow and page keys are left to the window.
     void keyPressEvent(QKeyEvent* event) override { event->ignore(); }
 };
 
@@ -50,7 +50,7 @@ BScrollView::BScrollView(BRect frame, const char* name, uint32 resizingMode)
     });
 }
 
-// The target is the view's, not the toolkit's.
+// The target belongs to the view, not to the toolkit, which must not delete it.
 BScrollView::~BScrollView() {
     area->takeWidget();
 }
@@ -77,7 +77,7 @@ float BScrollView::BarWidth() {
     return kBarWidth;
 }
 
-/// A bar in one direction takes room from the other.
+/// Sizes the target to the visible area. A bar in one direction reduces the room in the other.
 void BScrollView::Fit() {
     if (!target)
         return;
@@ -89,7 +89,7 @@ void BScrollView::Fit() {
     if (height < leastHeight)
         width -= kBarWidth;
     target->ResizeTo(std::max(width, leastWidth), std::max(height, leastHeight));
-    // The frame of a view knows nothing of how far it is scrolled.
+    // Restores the scroll position, which a view's frame does not include.
     target->Widget().move(-area->horizontalScrollBar()->value(),
                           -area->verticalScrollBar()->value());
 }

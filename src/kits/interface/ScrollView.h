@@ -6,23 +6,24 @@
 
 class QScrollArea;
 
-/// A view with a larger one inside, which it scrolls. It has bars where that one, its target, is
-/// larger than itself. The wheel moves the target where nothing in it has another use for the
-/// wheel, and what gets the focus comes into sight. Window thread.
+/// Scrolls a larger view inside itself, its target. It has scroll bars where the target is larger
+/// than itself. The wheel scrolls unless a view inside the target uses the wheel, and a view that
+/// gets the focus is scrolled into sight. Window thread.
 class BScrollView : public BView {
   public:
     BScrollView(BRect frame, const char* name, uint32 resizingMode = B_FOLLOW_LEFT | B_FOLLOW_TOP);
     ~BScrollView() override;
 
-    /// Takes the view that is shown, once. It is as large as it says, but not smaller than what
-    /// can be seen, and than the least size given here (as BRect::Width and Height count it).
+    /// Sets the target and takes ownership of it; it can be called once. The target always fills
+    /// the visible area, but is never smaller than `leastWidth` and `leastHeight`, which count as
+    /// BRect::Width and Height do.
     void SetTarget(BView* view, float leastWidth, float leastHeight);
-    /// Sets another least size, counted as in SetTarget.
+    /// Changes the target's least size, counted as in SetTarget.
     void SetLeastSize(float width, float height);
 
     void FrameResized(float width, float height) override;
 
-    /// Returns how thick a bar is, in pixels.
+    /// Returns the thickness of a scroll bar in pixels.
     static float BarWidth();
 
   private:

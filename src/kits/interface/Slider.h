@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A slider for a whole number.
+// A slider for an integer.
 #pragma once
 
 #include "kits/interface/Control.h"
 
 class QSlider;
 
-/// A slider shows its label and its number above itself, or neither where there is no label. While
-/// a person moves it, by mouse or keyboard, it sends its message with the number as int32
-/// "be:value". Window thread.
+/// A slider for an integer. It shows its label and its number above itself, or neither if the label
+/// is empty. While the user moves it, by mouse or keyboard, it sends its message with the number as
+/// int32 "be:value". Window thread.
 class BSlider : public BControl {
   public:
     BSlider(BRect frame, const char* name, const char* label, BMessage* message, int32 minimum,
@@ -18,7 +18,7 @@ class BSlider : public BControl {
     int32 Value() const;
     /// Sets the number without sending the message.
     void SetValue(int32 value);
-    /// Sets the number and sends the message, as a person's move does.
+    /// Sets the number and sends the message, as a move by the user does.
     void Move(int32 value);
 
   private:

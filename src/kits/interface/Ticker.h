@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A ticker is for what moves more often than a window's pulse.
+// A timer for displays that change more often than a window's pulse.
 #pragma once
 
 #include "kits/support/SupportDefs.h"
@@ -12,11 +12,11 @@ class QTimer;
 
 namespace kits {
 
-/// Calls a function again and again while a view of a window that is shown is shown itself, also
-/// while an alert waits. Window thread.
+/// Calls a function periodically while a view and its window are shown, also while an alert is
+/// open. Window thread.
 class Ticker {
   public:
-    /// Calls `tick` every `interval` microseconds, at least 1000. The view outlives the ticker.
+    /// Calls `tick` every `interval` microseconds, at least 1000. The view must outlive the ticker.
     Ticker(const BView& view, bigtime_t interval, std::function<void()> tick);
     ~Ticker();
     Ticker(const Ticker&) = delete;

@@ -66,7 +66,7 @@ void BView::SetWindow(BWindow* next) {
         Looper()->RemoveHandler(this);
     if (next)
         AttachedToWindow();
-    // A hook may have added children, which then have their window already.
+    // Children that a hook has just added are already attached to their window.
     for (BView* child : std::vector<BView*>(children)) {
         if (child->window != next)
             child->SetWindow(next);
@@ -136,7 +136,8 @@ void BView::MoveBy(float x, float y) {
 
 void BView::Hide() {
     hidden = true;
-    // The toolkit would give the keyboard to another view, and what is played would be typed there.
+    // Otherwise the toolkit would pass the focus on to another field, and the keys that play notes
+    // would type there.
     QWidget* focused = widget->window()->focusWidget();
     if (focused && (focused == widget.get() || widget->isAncestorOf(focused)))
         focused->clearFocus();
@@ -178,7 +179,7 @@ std::string BView::CutToFit(std::string text, float room) const {
         return text;
     const std::string dots = "…";
     while (!text.empty() && StringWidth(text + dots) > room) {
-        // A character of UTF-8 as a whole.
+        // Removes a UTF-8 character as a whole.
         while (text.size() > 1 && (static_cast<unsigned char>(text.back()) & 0xC0U) == 0x80U)
             text.pop_back();
         text.pop_back();
@@ -191,8 +192,8 @@ void BView::StrokeLine(BPoint from, BPoint to, pattern which) {
     QPainter* painter = widget->Painter();
     if (!painter)
         return;
-    // Level and upright lines are kept sharp, all others are smoothed. Coordinates are those of
-    // pixels' centres.
+    // Horizontal and vertical lines are drawn sharp, all others antialiased. Coordinates are those
+    // of the pixels' centres.
     const bool straight = from.x == to.x || from.y == to.y;
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing, !straight);
@@ -217,8 +218,8 @@ void BView::FillRect(BRect rect, pattern which) {
 
 namespace {
 
-/// A painter for smooth edges, in the coordinates of pixels' centres, as it was before when it
-/// goes.
+/// Sets a painter up for antialiased drawing in coordinates of pixel centres, and restores it when
+/// destroyed.
 class Smooth {
   public:
     explicit Smooth(QPainter& painter) : painter(painter) {
@@ -253,7 +254,7 @@ QPolygonF Polygon(std::span<const BPoint> points) {
     return polygon;
 }
 
-/// The area that the pixels of the rectangle cover.
+/// Returns the area that the pixels of the rectangle cover.
 QRectF AreaOf(BRect rect) {
     return {QPointF(rect.left - 0.5, rect.top - 0.5), QPointF(rect.right + 0.5, rect.bottom + 0.5)};
 }
@@ -317,7 +318,7 @@ void BView::StrokeArc(BPoint center, float radius, float from, float sweep, floa
         return;
     Smooth painter(*widget->Painter());
     painter.Stroke(highColor, width);
-    // The toolkit counts sixteenths of a degree.
+    // The toolkit's angles are in units of 1/16 degree.
     painter->drawArc(QRectF(center.x - radius, center.y - radius, 2 * radius, 2 * radius),
                      static_cast<int>(std::lround(from * 16)),
                      static_cast<int>(std::lround(sweep * 16)));
@@ -325,8 +326,9 @@ void BView::StrokeArc(BPoint center, float radius, float from, float sweep, floa
 
 namespace {
 
-/// The fourth byte of a pixel does not count in a picture without alpha. But Qt draws it too, and a
-/// window that can be transparent, as Wayland's can, becomes so.
+/// Returns an image without alpha with the fourth byte of each pixel set to 255. That byte has no
+/// meaning in such an image, but Qt copies it, and in a window that supports transparency, as
+/// Wayland's do, it would make the pixels transparent.
 QImage Opaque(const QImage& image) {
     if (image.format() != QImage::Format_RGB32)
         return image;
@@ -367,7 +369,8 @@ void BView::Invalidate() {
 }
 
 void BView::Invalidate(BRect rect) {
-    // Whatever a fraction of is inside; a view far beyond the screen is drawn no further than this.
+    // Rounds outwards, so that partly covered pixels are included. The limit is far beyond any
+    // screen and keeps the conversion to int valid.
     const auto whole = [](float edge) {
         return static_cast<int>(std::clamp(edge, -32000.0F, 32000.0F));
     };
@@ -416,7 +419,7 @@ void BView::SetToolTip(const char* text) {
 
 void BView::SetAccessibleName(std::string_view words) {
     QWidget* content = widget->Content();
-    // The content may be no more than a frame round what has the focus.
+    // The content may be a mere container of the control that gets the focus.
     while (content && content->focusProxy())
         content = content->focusProxy();
     (content ? content : widget.get())->setAccessibleName(kits::ToQt(words));

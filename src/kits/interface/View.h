@@ -20,60 +20,61 @@ namespace kits {
 class ViewWidget;
 }
 
-/// Coordinates are pixels (of a screen of usual density; a denser one has several per pixel), x to
-/// the right and y down, (0, 0) at the view's own left-top corner; a frame is in the parent's
-/// coordinates and its edges belong to it. A view owns its children. Window thread.
+/// A view has its own coordinates: logical pixels (a dense screen has several pixels per logical
+/// one), x to the right and y down, with (0, 0) at the view's left-top corner. Its frame is in the
+/// parent's coordinates, edges included. A view owns its children. Window thread.
 class BView : public BHandler {
   public:
     BView(BRect frame, const char* name, uint32 resizingMode, uint32 flags);
-    /// Deletes the children, and leaves the parent.
+    /// Deletes the children and removes the view from its parent.
     ~BView() override;
 
     // Hooks.
 
-    /// The view has become part of a window.
+    /// Called when the view has become part of a window.
     virtual void AttachedToWindow() {}
-    /// Paints what is inside `update`, or more: the system clips it. Drawing operations have an
-    /// effect only while it runs.
+    /// Paints at least the rectangle `update`; the system clips the rest. The drawing operations
+    /// below have an effect only while this hook runs.
     virtual void Draw(BRect update);
     virtual void MouseDown(BPoint where);
-    /// A button was released inside the view.
+    /// Called when a button is released inside the view.
     virtual void MouseUp(BPoint where);
-    /// The pointer has moved inside the view, into it or out of it. `transit` says which; there is
-    /// never a `dragged` message.
+    /// Called when the pointer moves inside the view (`transit` is B_INSIDE_VIEW), into it
+    /// (B_ENTERED_VIEW) or out of it (B_EXITED_VIEW). `dragged` is always null.
     virtual void MouseMoved(BPoint where, uint32 transit, const BMessage* dragged);
-    /// The wheel was turned by so many steps, away from the person where positive, and where there
-    /// is a second wheel to the right. Fractions come from touch pads. False where the view has no
-    /// use for it: the parent is asked next.
+    /// Called when the wheel is turned. `steps.y` counts the steps, positive away from the user;
+    /// `steps.x` is the turn of a horizontal wheel, positive to the right. Touch pads send
+    /// fractions of a step. Returns false if the view ignores the wheel; then the parent is asked.
     virtual bool WheelMoved(BPoint where, BPoint steps);
-    /// Called for a key while the view has the focus. It answers false where the view has no use
-    /// for it: the key is the window's then, as B_KEY_DOWN or TakeShortcut.
+    /// Called for a key while the view has the focus. Returns false if the view ignores the key;
+    /// then the window gets it, by B_KEY_DOWN or TakeShortcut.
     virtual bool KeyDown(const kits::KeyPress& press);
-    /// The view, not a control inside of it, has got the focus or lost it.
+    /// Called when the view itself, not a control inside it, has got or lost the focus.
     virtual void FocusChanged() {}
-    /// The set of colours is another one. A view takes its colours anew and draws itself.
+    /// Called when another set of colours has been chosen. A view looks its colours up again and
+    /// redraws itself.
     virtual void ColorsChanged() {}
-    /// Called at the pulse rate of the window while that is shown, if the view has B_PULSE_NEEDED.
+    /// Called at the window's pulse rate while the window is shown, if the view has B_PULSE_NEEDED.
     virtual void Pulse() {}
-    /// Called for the next picture of what moves, some sixty times a second after StartAnimation
-    /// while the view can be seen; `seconds` have passed since the last one. It answers false where
-    /// nothing moves any more.
+    /// Called for each frame of an animation, about sixty times a second after StartAnimation while
+    /// the view is visible. `seconds` is the time since the last frame. Returns false to end the
+    /// animation.
     virtual bool Animate(float /*seconds*/) { return false; }
     /// Called with the new size in pixels, if the view has B_FRAME_EVENTS.
     virtual void FrameResized(float width, float height);
 
     // The tree of views.
 
-    /// Takes the view over. In the order of the Tab key it comes after the present children.
+    /// Takes ownership of the view, which follows the present children in the order of the Tab key.
     void AddChild(BView* child);
-    /// Gives the child back to the caller; false if it is none.
+    /// Gives the child back to the caller. Returns false if the view has no such child.
     bool RemoveChild(BView* child);
     const std::vector<BView*>& Children() const { return children; }
     BView* ChildAt(std::size_t index) const;
     BView* Parent() const { return parent; }
-    /// The view of that name here or below, null if there is none.
+    /// Returns the view with that name among this view and its descendants, or null.
     BView* FindView(std::string_view name);
-    /// Returns the window that the view is in, null before it is attached.
+    /// Returns the window that contains the view, or null before the view is attached.
     BWindow* Window() const { return window; }
 
     // Place.
@@ -91,9 +92,10 @@ class BView : public BHandler {
     void Show();
     bool IsHidden() const { return hidden; }
 
-    // The following draws. Text and lines are in the high colour unless a pattern says otherwise.
+    // State of the drawing operations. Text and lines take the high colour unless a pattern says
+    // otherwise.
 
-    /// Sets the colour that is behind all that the view draws.
+    /// Sets the background colour.
     void SetViewColor(rgb_color color);
     rgb_color ViewColor() const { return viewColor; }
     void SetHighColor(rgb_color color) { highColor = color; }
@@ -104,26 +106,27 @@ class BView : public BHandler {
     void GetFont(BFont* result) const { *result = font; }
     void GetFontHeight(font_height* height) const { font.GetHeight(height); }
     float StringWidth(std::string_view text) const { return font.StringWidth(text); }
-    /// The text, cut at its end where it is wider than so many pixels, with dots in place of the
-    /// rest.
+    /// Returns the text. If it is wider than `room` pixels, its end is cut off and replaced by
+    /// dots.
     std::string CutToFit(std::string text, float room) const;
     void MovePenTo(BPoint point) { pen = point; }
     BPoint PenLocation() const { return pen; }
 
     // Drawing operations.
 
-    /// Starts at the pen, the baseline's left end, and leaves the pen where a next one would start.
+    /// Draws the text with its baseline starting at the pen, and moves the pen to the end of the
+    /// text.
     void DrawString(std::string_view text);
     void DrawString(std::string_view text, BPoint baseline);
-    /// Draws a line, to which both end pixels belong, and leaves the pen at its end.
+    /// Draws a line that includes both end pixels, and moves the pen to its end.
     void StrokeLine(BPoint from, BPoint to, pattern which = B_SOLID_HIGH);
-    /// Draws a line from where the pen is, and leaves the pen at its end.
+    /// Draws a line from the pen, and moves the pen to its end.
     void StrokeLine(BPoint to, pattern which = B_SOLID_HIGH);
     void FillRect(BRect rect, pattern which = B_SOLID_HIGH);
 
-    // The following draw with smooth edges in the high colour, whose alpha counts. Coordinates are
-    // those of pixels' centres, widths are pixels, and angles are degrees, counter-clockwise from
-    // the right.
+    // The following operations are antialiased and draw in the high colour with its alpha. Whole
+    // coordinates are the centres of pixels, widths are pixels, and angles are degrees,
+    // counter-clockwise from the right.
 
     void StrokePath(std::span<const BPoint> points, float width = 1.5F, bool closed = false);
     void FillPolygon(std::span<const BPoint> points);
@@ -133,58 +136,58 @@ class BView : public BHandler {
     void StrokeEllipse(BPoint center, float radiusX, float radiusY, float width = 1.5F);
     void StrokeArc(BPoint center, float radius, float from, float sweep, float width = 1.5F);
 
-    /// Draws the bitmap, scaled to the rectangle. Where it has as many pixels as that has on the
-    /// screen, they are the screen's. `inBlocks` makes a block of each where the screen is denser
-    /// than the view.
+    /// Draws the bitmap scaled to `destination`. A bitmap with as many pixels as `destination` has
+    /// physical pixels on the screen is copied pixel by pixel. With `inBlocks`, a bitmap with one
+    /// pixel per logical pixel is enlarged into sharp blocks on a denser screen, without smoothing.
     void DrawBitmap(const BBitmap* bitmap, BRect destination, bool inBlocks = false);
-    /// Returns how many of the screen's pixels there are in a row per pixel of the coordinates.
+    /// Returns the number of screen pixels per logical pixel, in one direction.
     float Density() const;
 
-    /// Has Animate called again and again until it answers false. Where the view cannot be seen, as
-    /// it or its window is hidden or minimized, nothing starts, and an animation under way ends.
+    /// Starts calling Animate until it returns false. Does nothing while the view cannot be seen
+    /// because it or its window is hidden or minimized; a running animation ends then.
     void StartAnimation();
 
     void Invalidate();
-    /// Has that part drawn soon.
+    /// Marks the rectangle to be redrawn soon.
     void Invalidate(BRect rect);
 
     // Input.
 
-    /// Tells where the pointer was and which buttons were down at the event that is being handled,
-    /// or at the last one. `checkQueue` has no effect; it is there as callers pass it.
+    /// Returns the position of the pointer and the pressed buttons at the event that is being
+    /// handled, or at the last one. `checkQueue` has no effect; it exists because callers pass it.
     void GetMouse(BPoint* where, uint32* buttons, bool checkQueue = true) const;
-    /// The keys that were held at that event, B_SHIFT_KEY and so on, added up.
+    /// Returns the modifiers that were held at that event: the sum of B_SHIFT_KEY and the like.
     uint32 Modifiers() const;
-    /// True while a key is held that writes this character; a letter is given as a capital.
+    /// Returns true while the key of this character is held; a letter is given as a capital.
     static bool IsHeld(char32_t character);
-    /// Returns how many presses have followed each other at the same place: 2 for a double click.
+    /// Returns the number of consecutive presses at the same place: 2 for a double click.
     int32 Clicks() const;
     virtual void MakeFocus(bool focused = true);
     virtual bool IsFocus() const;
-    /// True where the view has got the focus otherwise than by a press of the mouse. When a window
-    /// comes back the answer is what it was before.
+    /// Returns true if the view has the focus and got it by other means than a press of the mouse.
+    /// Leaving the window and returning to it does not change the answer.
     bool IsFocusByKeys() const;
-    /// Sets a text that is shown when the pointer rests on the view and read out to those who
-    /// cannot see it. Empty or null takes it away.
+    /// Sets a text that is shown when the pointer rests on the view and that screen readers read
+    /// out. Empty or null removes it.
     virtual void SetToolTip(const char* text);
     const char* ToolTip() const { return toolTip.c_str(); }
-    /// Sets what the view is called where it is read out, in words that a person understands. A
-    /// control is called by its label unless told otherwise.
+    /// Sets the view's name for screen readers, in words that the user understands. Without it a
+    /// control has its label as its name.
     void SetAccessibleName(std::string_view words);
 
-    // The following tell of the view to those who cannot see it. A control answers all that by
-    // itself.
+    // The following describe the view to screen readers. A control does all of this by itself.
 
     /// Describes the view as a whole.
     virtual kits::AccessibleThing Describe() const { return {}; }
-    /// The parts that the view draws by itself, by index.
+    /// The parts that the view draws by itself, such as rows or points, by index.
     virtual std::size_t CountParts() const { return 0; }
     virtual kits::AccessibleThing DescribePart(std::size_t /*index*/) const { return {}; }
-    /// Does what the action of a part says, or of the view where there is no index.
+    /// Performs the action of a part, or of the view if `part` is empty.
     virtual void Activate(std::optional<std::size_t> /*part*/) {}
-    /// Sets the number that a part has, or the view where no part is given.
+    /// Sets the number of a part, or of the view if `part` is empty.
     virtual void SetNumber(std::optional<std::size_t> /*part*/, double /*value*/) {}
-    /// The view calls it when its description has changed while somebody may be listening.
+    /// To be called by the view when its description has changed, so that screen readers are
+    /// notified.
     void DescriptionChanged();
 
   private:
@@ -214,6 +217,7 @@ class BView : public BHandler {
     std::unique_ptr<kits::ViewWidget> widget;
 
   public:
-    /// The toolkit's widget of the view, in which the kits put others. Only they call it.
+    /// Returns the toolkit's widget of the view, into which the kits put other widgets. Only the
+    /// kits call it.
     kits::ViewWidget& Widget() const { return *widget; }
 };

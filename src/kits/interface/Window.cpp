@@ -53,7 +53,7 @@ void WindowWidget::Pulse() {
         window.embedding->Follow();
     BMessage message(B_PULSE);
     window.MessageReceived(&message);
-    // Nobody sees the views of a window that is hidden or minimized.
+    // The views of a hidden or minimized window cannot be seen and get no pulses.
     if (!isVisible() || isMinimized())
         return;
     for (std::size_t i = 0; BView* child = window.ChildAt(i); i++)
@@ -73,7 +73,8 @@ void WindowWidget::moveEvent(QMoveEvent* event) {
     window.frame = window.frame.OffsetToCopy(float(event->pos().x()), float(event->pos().y()));
 }
 
-// At once, as a pulse: no note is to go on because an alert waits for an answer.
+// Calls the window directly instead of posting, as for a pulse: a release must end its note even
+// while an alert waits for an answer.
 void WindowWidget::SendKey(uint32 what, const QKeyEvent& event) {
     BMessage message(what);
     message.AddInt32("key", static_cast<int32>(event.nativeScanCode()));
@@ -101,7 +102,8 @@ void WindowWidget::keyPressEvent(QKeyEvent* event) {
 
 namespace {
 
-/// What a window is told of it; nothing if it has no use for it.
+/// Returns the message for a window about the dropped data, or nothing if the data has neither
+/// local files nor text.
 std::optional<BMessage> Dropped(const QMimeData& data) {
     BMessage message(B_SIMPLE_DATA);
     for (const QUrl& url : data.urls()) {
@@ -134,7 +136,8 @@ void WindowWidget::dropEvent(QDropEvent* event) {
         return;
     event->setDropAction(Qt::CopyAction);
     event->accept();
-    // Not now: the other program waits for the end of this, and a person may be asked.
+    // Posted, because the program that the data comes from waits until this handler returns, and
+    // handling the message may ask the user something.
     window.PostMessage(*dropped);
 }
 
@@ -169,7 +172,7 @@ BWindow::~BWindow() {
 
 void BWindow::Quit() {
     Hide();
-    // Not now: the call may come out of a hook of one of its own views.
+    // Deferred, because the call may come from a hook of one of the window's own views.
     QMetaObject::invokeMethod(
         qApp, [this] { delete this; }, Qt::QueuedConnection);
 }
@@ -225,7 +228,7 @@ void BWindow::EmbedInto(uint32 host) {
 
 void BWindow::Show() {
     widget->show();
-    // No field has the keyboard until the user chooses one.
+    // The window itself has the keyboard, and no field, until the user chooses one.
     widget->setFocus();
 }
 
@@ -252,7 +255,7 @@ void BWindow::ResizeTo(float width, float height) {
 }
 
 void BWindow::MoveTo(float x, float y) {
-    // Not move(), which places the title.
+    // Not move(), which places the outer frame with the title bar.
     widget->setGeometry({QPoint(int(x), int(y)), widget->size()});
 }
 
@@ -266,9 +269,10 @@ void BWindow::SetSizeLimits(float minWidth, float maxWidth, float minHeight, flo
 }
 
 BRect BWindow::Room() const {
-    /// What a title takes before the window manager has said so, in pixels.
+    /// The assumed height of the title bar in pixels, until the window manager has reported the
+    /// real one.
     constexpr int kUsualTitle = 24;
-    // Before it is shown the toolkit knows no better than the first screen.
+    // Before the window is shown, QWidget::screen() is always the first screen.
     const QScreen* const there = QGuiApplication::screenAt(widget->geometry().center());
     const QRect free = (there ? there : widget->screen())->availableGeometry();
     const QRect outside = widget->frameGeometry();
@@ -284,7 +288,7 @@ BRect BWindow::Room() const {
 void BWindow::SetWorkspaces(uint32) {
     if (IsHidden())
         return;
-    // Showing a window anew brings it to where the user is.
+    // Hiding and showing a window moves it to the user's current desktop.
     widget->hide();
     widget->show();
 }

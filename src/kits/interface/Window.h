@@ -20,11 +20,12 @@ constexpr uint32 B_NOT_RESIZABLE = 1U << 1;
 constexpr uint32 B_NOT_ZOOMABLE = 1U << 6;
 constexpr uint32 B_CURRENT_WORKSPACE = 0;
 
-/// A window is made hidden, by new, and deletes itself when it quits. Ctrl+Q and Ctrl+W close it as
-/// its button does. Its views are in the coordinates of its content area, in pixels. Window thread.
+/// A window is created by `new`, hidden, and deletes itself when it quits. Ctrl+Q and Ctrl+W close
+/// it as its close button does. Its views are in the coordinates of its content area, in pixels.
+/// Window thread.
 class BWindow : public BLooper {
   public:
-    /// The frame, on the screen, is that of the content area, edges included.
+    /// `frame` is the content area in screen coordinates, edges included.
     BWindow(BRect frame, const char* title, window_type type, uint32 flags,
             uint32 workspaces = B_CURRENT_WORKSPACE);
     /// Deletes the views.
@@ -32,28 +33,28 @@ class BWindow : public BLooper {
 
     // Hooks.
 
-    /// Called when a person closes the window; where it answers false the window stays.
+    /// Called when the user closes the window. If it returns false, the window stays open.
     virtual bool QuitRequested() { return true; }
-    /// The content area has changed its size; the views have followed.
+    /// Called when the content area has changed its size, after the views have followed.
     virtual void FrameResized(float /*width*/, float /*height*/) {}
 
-    /// Called for a key that nothing in the window wanted, beside Ctrl or Alt or of those that
-    /// write nothing. It answers false where the window has no use for it: then it becomes
-    /// B_KEY_DOWN, unless Ctrl or Alt is held.
+    /// Called for a key that no view of the window has used, if Ctrl or Alt is held or the key
+    /// writes no character. Returns false if the window ignores it too; then it is sent as
+    /// B_KEY_DOWN, unless Ctrl, Alt or Meta is held.
     virtual bool TakeShortcut(const kits::KeyPress& /*press*/) { return false; }
 
-    /// From now on files can be dropped anywhere in the window, and texts where no field is. They
-    /// come as a message B_SIMPLE_DATA. The dragged files and texts themselves stay where they
-    /// were.
+    /// From now on the window accepts dropped files everywhere, and dropped texts except on text
+    /// fields, which take those themselves. A drop arrives as a message B_SIMPLE_DATA. It is always
+    /// a copy: the dragged originals stay where they are.
     void TakeDrops();
 
-    /// Has all views take their colours anew.
+    /// Calls ColorsChanged of all views and redraws them.
     void ColorsChanged();
 
-    /// Hides the window now, and deletes it as soon as nothing of it is running.
+    /// Hides the window at once, and deletes it as soon as none of its code is running.
     virtual void Quit();
 
-    /// B_QUIT_REQUESTED asks QuitRequested and quits.
+    /// Handles B_QUIT_REQUESTED: calls QuitRequested and, if that returns true, Quit.
     void MessageReceived(BMessage* message) override;
 
     void AddChild(BView* child);
@@ -61,9 +62,9 @@ class BWindow : public BLooper {
     BView* ChildAt(std::size_t index) const;
     BView* FindView(std::string_view name) const;
 
-    /// Makes the window the content of the window `host` of the X server, which another program may
-    /// own. It gives that its size and follows it from then on. It must be called before Show, and
-    /// has no effect on another display.
+    /// Embeds the window into the window `host` of the X server, which may belong to another
+    /// program. The host is resized to this window's size; from then on this window follows the
+    /// host's size. It must be called before Show, and has no effect on another kind of display.
     void EmbedInto(uint32 host);
     void Show();
     void Hide();
@@ -72,24 +73,24 @@ class BWindow : public BLooper {
     const char* Title() const { return title.c_str(); }
     void SetTitle(const char* next);
 
-    /// Returns the place of the window on the screen, in pixels.
+    /// Returns the content area in screen coordinates, in pixels.
     BRect Frame() const { return frame; }
     BRect Bounds() const { return frame.OffsetToCopy(0, 0); }
     void ResizeTo(float width, float height);
     void MoveTo(float x, float y);
     /// Sets the limits of width and height, in pixels as BRect::Width counts them.
     void SetSizeLimits(float minWidth, float maxWidth, float minHeight, float maxHeight);
-    /// The part of its screen that the window may fill with its content, beside its title and what
-    /// the desktop keeps for itself.
+    /// Returns the area of its screen that the content of the window may fill: the screen without
+    /// the window's title bar and the areas that the desktop reserves, such as its panels.
     BRect Room() const;
-    /// Brings the window to the desktop that the user looks at.
+    /// Moves the window to the user's current desktop, if it is shown. The argument is ignored.
     void SetWorkspaces(uint32 workspaces);
 
-    /// Sets the microseconds between the pulses of the views, at least 1000. They are 500000 at
-    /// first.
+    /// Sets the time between the pulses of the views in microseconds, at least 1000. The default is
+    /// 500000.
     void SetPulseRate(bigtime_t rate);
 
-    /// The toolkit's widget of the window. Only the kits call it.
+    /// Returns the toolkit's widget of the window. Only the kits call it.
     kits::WindowWidget& Widget() const { return *widget; }
 
   private:

@@ -10,11 +10,11 @@ namespace kits {
 
 namespace {
 
-/// The library would print its faults.
+/// Replaces the library's error handler, which would print to the terminal.
 void Ignore(int, const char*, const char*) {}
 
-/// In a message values lie at multiples of 4 bytes, and the library's union would have 8: so they
-/// are read as bytes.
+/// Returns the values of a message. They are copied bytewise, because they are aligned to 4 bytes
+/// in a message, while the library's union requires 8.
 std::vector<OscValue> Values(const char* types, lo_arg** values, int count) {
     std::vector<OscValue> read;
     for (int i = 0; i < count; i++) {
@@ -63,7 +63,7 @@ Result<std::unique_ptr<OscPeer>> OscPeer::Open(const std::string& url) {
         lo_server_new_with_proto(nullptr, lo_address_get_protocol(handles->peer), Ignore);
     if (!handles->own)
         return Error{"the system has no port for Open Sound Control"};
-    // At once, whatever time they are meant for.
+    // Messages are delivered at once, even if their time stamps are in the future.
     lo_server_enable_queue(handles->own, 0, 1);
     return std::unique_ptr<OscPeer>(new OscPeer(std::move(handles)));
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// By Open Sound Control messages go to one other program and back.
+// Exchanges messages of Open Sound Control (OSC) with one other program.
 #pragma once
 
 #include "kits/support/Result.h"
@@ -15,33 +15,34 @@
 
 namespace kits {
 
-/// A number or a text; of messages with others that part is read over.
+/// An argument of a message. Arguments of other types are skipped when a message is received.
 using OscValue = std::variant<int32, std::string>;
 
 struct OscMessage {
     std::string path;
     std::vector<OscValue> values;
 
-    /// The value at that place if it is a text, or a number.
+    /// Return the value at `index` if it is a text, or if it is a number; otherwise null.
     const std::string* Text(std::size_t index) const;
     const int32* Number(std::size_t index) const;
 };
 
-/// The connection with the program at a URL. Over UDP nobody knows whether the other one is there.
+/// The connection with the program at a URL. Over UDP it is unknown whether that program exists.
 /// Window thread.
 class OscPeer {
   public:
-    /// Opens a connection with the program at `url`, as in "osc.udp://host:port/". It waits for the
-    /// host's name to be looked up. The error says what is wrong with the URL.
+    /// Opens a connection with the program at `url`, for example "osc.udp://host:port/". It blocks
+    /// while the host name is looked up. The error says that the URL is invalid or that the system
+    /// has no port left.
     static Result<std::unique_ptr<OscPeer>> Open(const std::string& url);
     ~OscPeer();
     OscPeer(const OscPeer&) = delete;
     OscPeer& operator=(const OscPeer&) = delete;
 
-    /// False where the system says that it cannot be sent.
+    /// Returns false if the system reports that the message cannot be sent.
     bool Send(const OscMessage& message);
-    /// Returns the next message of the peer, in order; it waits for one as long as that at most.
-    /// Messages from elsewhere are dropped.
+    /// Returns the next message of the peer in the order of arrival, waiting at most `wait` for
+    /// one. Messages from other senders are dropped.
     std::optional<OscMessage> Receive(std::chrono::milliseconds wait);
 
   private:

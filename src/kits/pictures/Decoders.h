@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The two formats, and what they have in common.
+// The decoders of the two formats, and their common parts.
 #pragma once
 
 #include "kits/pictures/PictureFile.h"
@@ -10,30 +10,32 @@
 
 namespace kits {
 
-/// A picture as the file has it.
+/// A picture as it is stored in the file, before it is turned upright.
 struct Decoded {
     BrightnessMap map;
-    /// The orientation as EXIF numbers it, 1..8.
+    /// The orientation in EXIF's numbering, 1..8.
     int orientation = 1;
 };
 
 Result<Decoded> DecodePng(std::string_view bytes);
 Result<Decoded> DecodeJpeg(std::string_view bytes);
 
-/// Makes room for the pixels, or says why there shall be none.
+/// Allocates a map of that size, or returns an error if a side is longer than kMostPictureSide.
 Result<BrightnessMap> MapOf(std::size_t width, std::size_t height);
 
-/// The luma of BrightnessMap for channels from 0 to `most`, which is 255 or 65535.
+/// Returns the luma of BrightnessMap, -1..1, for channels from 0 to `most`, which is 255 or 65535.
 template<class Channel>
 double Luma(Channel red, Channel green, Channel blue, double most) {
     return (2 * (299.0 * red + 587.0 * green + 114.0 * blue) - 1000 * most) / (1000 * most);
 }
 
-/// A C library jumps to it when it gives up by not returning from a function of ours.
+/// The target of the long jump by which a C library gives up, as its error callback must not
+/// return.
 class Landing {
   public:
-    /// Calls the library by a function that has no objects with destructors meanwhile, as none of
-    /// them would run. False if the library gave up.
+    /// Calls `step`, which calls the library. Returns false if the library gave up. No objects with
+    /// destructors may be alive in `step` when the library gives up, because their destructors
+    /// would not run.
     template<class Step>
     bool Try(const Step& step) {
         if (setjmp(place) != 0)
@@ -41,14 +43,14 @@ class Landing {
         step();
         return true;
     }
-    /// The library's function that must not return calls it. `at` is the byte of the file that the
-    /// library has come to.
+    /// Ends the present Try. It is to be called from the library's error callback, which must not
+    /// return. `at` is the byte of the file that the library has reached.
     [[noreturn]] void GiveUp(const char* reason, std::size_t at) {
         std::strncpy(text, reason, sizeof text - 1);
         byte = at;
         std::longjmp(place, 1);
     }
-    /// Returns why and where the library gave up, once it has.
+    /// Returns the reason and the place in the file, once the library has given up.
     Error Fault() const { return {"at byte " + std::to_string(byte) + ": " + text}; }
 
   private:

@@ -3,11 +3,11 @@
 #include "kits/pictures/Orientation.h"
 
 #include <algorithm>
-// jpeglib.h expects it.
+// jpeglib.h requires it.
 #include <cstdio>
 
 #include <jpeglib.h>
-// After the one that it needs.
+// Included after jpeglib.h, which it requires.
 #include <jerror.h>
 
 namespace kits {
@@ -16,16 +16,16 @@ namespace {
 
 constexpr int kExifMarker = JPEG_APP0 + 1;
 constexpr std::string_view kExifBeginning{"Exif\0\0", 6};
-/// The most passes over a progressive picture, each of which takes time however short it is in the
-/// file. Encoders write some ten.
+/// The most scans of a progressive picture. Each takes time, however short it is in the file;
+/// encoders write about ten.
 constexpr int kMostScans = 100;
 
-/// What the library overlooks and no picture suffers from: bytes between the parts of the file,
-/// versions and colour transforms that it does not know, an order of scans that is unusual.
+/// The library's warnings that do not affect the picture: bytes between the parts of the file,
+/// unknown versions and colour transforms, an unusual order of scans.
 constexpr int kHarmless[] = {JWRN_EXTRANEOUS_DATA, JWRN_JFIF_MAJOR, JWRN_ADOBE_XFORM,
                              JWRN_BOGUS_PROGRESSION};
 
-/// One file on its way through libjpeg.
+/// Decodes one file with libjpeg.
 class JpegDecoder {
   public:
     explicit JpegDecoder(std::string_view bytes) : bytes(bytes) {
@@ -48,10 +48,10 @@ class JpegDecoder {
         map = *std::move(room);
         const bool isInk = info.jpeg_color_space == JCS_CMYK || info.jpeg_color_space == JCS_YCCK;
         info.out_color_space = isInk ? JCS_CMYK : JCS_GRAYSCALE;
-        // The form that is the same to the bit on every processor.
+        // This DCT gives the same bits on every processor.
         info.dct_method = JDCT_ISLOW;
         row.resize(std::size_t{4} * info.image_width);
-        // The library forgets it with the last row.
+        // Read now, because the library discards the markers with the last row.
         const int orientation = Orientation();
         if (!landing.Try([this] { ReadRows(); }))
             return landing.Fault();
@@ -67,11 +67,12 @@ class JpegDecoder {
         info->err->format_message(info, text);
         JpegDecoder& self = Of(info);
         const std::size_t left = self.info.src ? self.info.src->bytes_in_buffer : 0;
-        // What the library puts in the place of an end that is missing is not of the file.
+        // At a premature end the library feeds itself a substitute end marker, which is not part of
+        // the file.
         const std::size_t read = self.bytes.size() - std::min(left, self.bytes.size());
         self.landing.GiveUp(text, info->err->msg_code == JWRN_JPEG_EOF ? self.bytes.size() : read);
     }
-    /// Damage is a fault: the library would go on with grey in the place of what is missing.
+    /// Treats warnings about damage as errors; the library would fill the missing parts with grey.
     static void Judge(j_common_ptr info, int level) {
         if (level < 0 && std::ranges::count(kHarmless, info->err->msg_code) == 0)
             GiveUp(info);
@@ -104,9 +105,8 @@ class JpegDecoder {
         jpeg_finish_decompress(&info);
     }
 
-    /// Returns the brightness of a pixel of the row. Inks take light away, each from one colour and
-    /// black from all. Adobe's programs, which leave their marker, write how much of an ink is not
-    /// there.
+    /// Returns the brightness of a pixel of the row. An ink absorbs the light of one colour, and
+    /// black that of all. Adobe's programs, recognised by their marker, store the inks inverted.
     float Brightness(std::size_t x) const noexcept {
         constexpr double kMost = MAXJSAMPLE;
         if (info.out_color_space == JCS_GRAYSCALE)

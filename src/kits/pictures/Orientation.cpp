@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t kTag = 0x0112;
 constexpr std::size_t kShort = 3;
-/// Bytes of an entry, and where its value stands in there.
+/// The size of an entry, and the offset of its value within it, in bytes.
 constexpr std::size_t kEntry = 12;
 constexpr std::size_t kValue = 8;
 
@@ -19,7 +19,7 @@ int OrientationOf(std::string_view exif) {
     const bool isLittle = exif.starts_with("II");
     if (!isLittle && !exif.starts_with("MM"))
         return 1;
-    // 0 behind the end.
+    // Reads a number of `count` bytes; beyond the end of the data it is 0.
     const auto number = [&](std::size_t at, std::size_t count) {
         std::size_t value = 0;
         if (at > exif.size() || count > exif.size() - at)
@@ -44,9 +44,9 @@ int OrientationOf(std::string_view exif) {
 BrightnessMap Upright(BrightnessMap map, int orientation) {
     if (orientation == 1)
         return map;
-    // The orientations from 1 on say where the first row and the first column of the file belong:
-    // top left, top right, bottom right, bottom left, left top, right top, right bottom, left
-    // bottom.
+    // The orientations from 1 on say at which edges of the upright picture the first row and the
+    // first column of the file lie: top left, top right, bottom right, bottom left, left top, right
+    // top, right bottom, left bottom.
     const bool swapsSides = orientation >= 5;
     const bool fromLastRow =
         orientation == 3 || orientation == 4 || orientation == 6 || orientation == 7;

@@ -11,9 +11,9 @@ namespace kits {
 
 namespace {
 
-/// PNG (ISO/IEC 15948, 5.2).
+/// The signature of PNG (ISO/IEC 15948, 5.2).
 constexpr std::string_view kPngBeginning = "\x89PNG\r\n\x1A\n";
-/// The marker SOI and the first byte of another (ITU-T T.81, B.1.1).
+/// The marker SOI and the first byte of the next marker (ITU-T T.81, B.1.1).
 constexpr std::string_view kJpegBeginning = "\xFF\xD8\xFF";
 
 } // namespace

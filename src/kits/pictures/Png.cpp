@@ -11,7 +11,7 @@ namespace kits {
 
 namespace {
 
-/// One file on its way through libpng.
+/// Decodes one file with libpng.
 class PngDecoder {
   public:
     explicit PngDecoder(std::string_view bytes) : bytes(bytes) {}
@@ -28,7 +28,7 @@ class PngDecoder {
         if (!room)
             return room.Fault();
         map = *std::move(room);
-        // The sides are known to be short.
+        // From here on the sides are known to be within the limit.
         if (!landing.Try([this] { ChooseForm(); }))
             return landing.Fault();
         row.resize(png_get_rowbytes(png, info));
@@ -59,17 +59,18 @@ class PngDecoder {
         if (!info)
             return;
         png_set_read_fn(png, this, Take);
-        // MapOf tells it in our words.
+        // The library's own limits are lifted; MapOf checks the size and has a better message.
         png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
-        // All that does not make the pixels is passed over, but for the orientation: texts and
-        // profiles may unpack to much more than the file is long.
+        // All chunks that do not affect the pixels are skipped, except the orientation: texts and
+        // profiles may unpack to far more than the size of the file.
         png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_NEVER, nullptr, -1);
         png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_AS_DEFAULT,
                                     reinterpret_cast<png_const_bytep>("eXIf"), 1);
         png_read_info(png, info);
     }
 
-    /// Channels of 8 or 16 bits: grey or colours, with or without opacity.
+    /// Chooses the form of the rows: channels of 8 or 16 bits, grey or colours, with or without
+    /// alpha.
     void ChooseForm() {
         png_set_expand(png);
         if constexpr (std::endian::native == std::endian::little)
@@ -77,8 +78,8 @@ class PngDecoder {
         png_read_update_info(png, info);
     }
 
-    /// The passes of an interlaced picture each have some of the rows and columns (ISO/IEC 15948,
-    /// 8.2), and come without the others.
+    /// Reads all rows. Each pass over an interlaced picture has only some of the rows and columns
+    /// (ISO/IEC 15948, 8.2), stored without gaps.
     void ReadRows() {
         const bool interlaced = png_get_interlace_type(png, info) == PNG_INTERLACE_ADAM7;
         const std::size_t width = png_get_image_width(png, info);
@@ -101,7 +102,7 @@ class PngDecoder {
         png_read_end(png, info);
     }
 
-    /// Returns the brightness of the pixel whose first channel is the `at`-th of the row.
+    /// Returns the brightness of the pixel whose first channel has the index `at` in the row.
     template<class Channel>
     float Brightness(std::size_t at, std::size_t channels) const noexcept {
         constexpr double kMost = Channel(-1);

@@ -8,7 +8,7 @@
 
 namespace kits {
 
-/// FFTW's memory and what it has prepared for it.
+/// FFTW's buffers and the plan for them.
 struct Spectrum::Plan {
     explicit Plan(std::size_t size)
         : in(fftwf_alloc_real(size)),
@@ -29,7 +29,8 @@ struct Spectrum::Plan {
 
 Spectrum::Spectrum(std::size_t size)
     : window(size), plan(std::make_unique<Plan>(size)), amplitudes(size / 2 + 1) {
-    // Its mean is 1/2, and a sine is shared by two frequencies: hence the factor.
+    // The window's mean is 1/2, and a real sine is split between a positive and a negative
+    // frequency; the factor compensates both.
     for (std::size_t i = 0; i < size; i++) {
         const double turn = 2 * std::numbers::pi * static_cast<double>(i);
         window[i] = static_cast<float>(2 * (1 - std::cos(turn / static_cast<double>(size))) /

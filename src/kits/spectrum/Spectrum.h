@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A spectrum tells what frequencies a stretch of sound has.
+// The spectrum of a block of sound.
 #pragma once
 
 #include <cstddef>
@@ -9,20 +9,20 @@
 
 namespace kits {
 
-/// Computes spectra of stretches of one length. It allocates in its constructor alone. One thread
+/// Computes the spectra of blocks of one length. Only the constructor allocates memory. One thread
 /// at a time.
 class Spectrum {
   public:
-    /// Prepares for stretches of `size` samples, an even number of at least 4.
+    /// Prepares for blocks of `size` samples, an even number of at least 4.
     explicit Spectrum(std::size_t size);
     ~Spectrum();
     Spectrum(const Spectrum&) = delete;
     Spectrum& operator=(const Spectrum&) = delete;
 
     std::size_t Size() const { return window.size(); }
-    /// Returns how loud each frequency k * rate / size is, k = 0 to size / 2, by a Hann window, as
-    /// the amplitude of a sine of that frequency. The result is valid until the next call.
-    /// `samples` has `size`.
+    /// Returns the amplitude at each frequency k * rate / size, k = 0 to size / 2, scaled so that a
+    /// sine of that frequency has its own amplitude. A Hann window is applied. `samples` has `size`
+    /// values. The result is valid until the next call.
     std::span<const float> Amplitudes(std::span<const float> samples);
 
   private:

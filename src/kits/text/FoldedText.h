@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Texts as a search compares them.
+// Normalises texts for searches.
 #pragma once
 
 #include <string>
@@ -7,9 +7,9 @@
 
 namespace kits {
 
-/// Returns the text without case, accents and the differences of compatibility characters
-/// (Unicode's case folding, NFKD without its marks). A text that is not UTF-8 loses ASCII's case
-/// alone. Any thread.
+/// Returns the text without differences of case, accents and compatibility characters (Unicode's
+/// case folding, and NFKD without its marks). In a text that is not valid UTF-8, only ASCII letters
+/// are folded. Any thread.
 std::string Folded(std::string_view text);
 
 } // namespace kits

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A bitmap stream is a bitmap as the source of a translation.
+// A bitmap as the source of a translation.
 #pragma once
 
 #include "kits/support/Bitmap.h"
@@ -11,9 +11,9 @@ class BBitmapStream {
   public:
     explicit BBitmapStream(BBitmap* bitmap) : bitmap(bitmap) {}
 
-    /// Returns the bitmap, null once it has been detached.
+    /// Returns the bitmap, or null once it has been detached.
     const BBitmap* Bitmap() const { return bitmap.get(); }
-    /// Gives the bitmap to the caller. Returns B_NO_INIT if there is none.
+    /// Passes the bitmap to the caller, who then owns it. Returns B_NO_INIT if there is none.
     status_t DetachBitmap(BBitmap** result) {
         *result = bitmap.release();
         return *result ? B_OK : B_NO_INIT;

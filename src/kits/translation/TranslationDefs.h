@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Translators and those who use them agree on these types.
+// The types that translators and their users share.
 #pragma once
 
 #include "kits/support/SupportDefs.h"
 
-/// Names a translator for as long as the program runs.
+/// The id of a translator, valid as long as the program runs.
 using translator_id = uint32;
 
-/// The group of all picture formats, and the type of the neutral one among them: pixels in memory.
+/// The group of all picture formats, and the type of the neutral format among them: pixels in
+/// memory.
 constexpr uint32 B_TRANSLATOR_BITMAP = FourCC("bits");
 
 /// The translator has nothing to configure.
@@ -22,6 +23,6 @@ struct translation_format {
     /// How well the format keeps the picture, 0 to 1.
     float quality;
     const char* MIME;
-    /// The name of the format, for people.
+    /// The name of the format for the user.
     const char* name;
 };

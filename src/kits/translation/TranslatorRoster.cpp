@@ -13,14 +13,14 @@
 
 namespace {
 
-/// A number that a person chooses for a format.
+/// A number that the user chooses for a format.
 struct Setting {
-    /// Null where the format has none.
+    /// Null if the format has no setting.
     const char* label = nullptr;
     int32 minimum = 0;
     int32 maximum = 0;
     int32 initial = -1;
-    /// Returns what the toolkit's writer wants for the person's number.
+    /// Converts the user's number to the quality that the toolkit's writer expects.
     int (*writerQuality)(int32 value) = nullptr;
 };
 
@@ -38,7 +38,7 @@ int AsIs(int32 value) {
     return value;
 }
 
-/// The toolkit's PNG quality q stands for the compression level (100 - q) * 9 / 91.
+/// Inverts the toolkit's rule that a PNG quality q means the compression level (100 - q) * 9 / 91.
 int QualityOfCompression(int32 level) {
     return 100 - (level * 91 + 8) / 9;
 }
@@ -51,7 +51,7 @@ constexpr translation_format File(const char (&type)[5], float quality, const ch
     return {FourCC(type), B_TRANSLATOR_BITMAP, quality, mime, name};
 }
 
-/// A translator's id is its row, counted from 1.
+/// All translators. The id of one is its row, counted from 1.
 constexpr Translator kTranslators[] = {
     {"png", kCompression, {kNeutral, File("PNG ", 1, "image/png", "PNG image")}},
     {"jpeg", kQuality, {kNeutral, File("JPEG", 0.8F, "image/jpeg", "JPEG image")}},

@@ -18,9 +18,9 @@ constexpr BrightnessRow kCurves[] = {
     {Brightness::Strongest, "Up to the strongest", "strongest"},
 };
 
-/// 1 / the least size that the logarithm shows.
+/// The reciprocal of the least size that the logarithmic curve shows.
 constexpr float kLogarithmRange = 4096;
-/// Among so many values one is looked at for the strongest.
+/// StrongestOf samples one of this many values.
 constexpr std::size_t kStride = 13;
 
 } // namespace

@@ -3,7 +3,7 @@
 
 namespace vexa {
 
-// Seven hues in three tints, each no lighter than its contrast to red needs.
+// Seven hues in three tints, each only as light as its contrast to red requires.
 constexpr std::array<rgb_color, kVoiceSlots> kOrbitColors = {
     {{255, 234, 0},   {84, 255, 113},  {110, 243, 255}, {255, 218, 181}, {255, 212, 255},
      {128, 255, 0},   {5, 255, 172},   {238, 255, 0},   {148, 255, 182}, {194, 241, 255},

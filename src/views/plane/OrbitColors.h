@@ -10,7 +10,7 @@
 namespace vexa {
 
 /// The colours of the orbits, in the order of the voice table. Each has a contrast of at least 3 to
-/// 1 (WCAG 2.1) to all that a plane shows: black, red and blue. Neighbours differ most.
+/// 1 (WCAG 2.1) to all colours of a plane: black, red and blue. Neighbours differ most.
 extern const std::array<rgb_color, kVoiceSlots> kOrbitColors;
 
 } // namespace vexa

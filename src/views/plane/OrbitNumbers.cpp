@@ -21,7 +21,7 @@ const OrbitNumberRow kRows[] = {
     {OrbitNumber::DriftY, "drift of centre y", kDcydt, ParameterId::Cy0},
 };
 
-/// Moments of the held time at which the reach is looked at.
+/// The number of time steps in which ReachOf follows the key-down part.
 constexpr int kMoments = 400;
 
 } // namespace
@@ -60,7 +60,7 @@ double TidyStep(double most) {
 
 std::string TidyText(double value, double step) {
     const double tidy = std::round(value / step) * step;
-    // No text of a field has more than the six decimals of a document, unless it is smaller.
+    // Texts of fields have at most six decimals, as in documents, unless the step is smaller.
     if (step >= 1e-6)
         return kits::ShortText(tidy == 0 ? 0 : tidy);
     return kits::RoundedText(tidy, 9);

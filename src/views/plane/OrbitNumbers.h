@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The numbers of an orbit that a hand on the plane can move.
+// The numbers of an orbit that the user can change with the handles on the plane.
 #pragma once
 
 #include "synth/Coefficients.h"
@@ -11,41 +11,43 @@
 
 namespace vexa {
 
-/// An orbit's numbers are where the centre starts, the radii at their envelopes' full height, and
-/// how far the centre drifts in a second at their envelopes' full height, all in units of the
-/// plane.
+/// The numbers of an orbit, all in units of the plane: the start of the centre, the radii at the
+/// full height of their envelopes, and the drift of the centre per second at the full height of its
+/// envelopes.
 enum class OrbitNumber : uint8 { StartX, StartY, RadiusX, RadiusY, DriftX, DriftY };
 
 struct OrbitNumberRow {
     OrbitNumber id;
-    /// The name of the number for a person.
+    /// The name of the number for the user.
     const char* name;
-    /// The sum that it is, and the coefficient that is moved: its first one.
+    /// The sum that gives the number, and the coefficient that changes with it: the sum's first
+    /// one.
     CoefficientGroup sum;
     ParameterId constant;
 };
 /// Returns the rows in the order of the enumeration.
 std::span<const OrbitNumberRow> OrbitNumbers();
 
-/// The note whose orbit is moved: velocity and key, each divided by 127.
+/// The note whose orbit is edited ("the note in hand"): velocity and key, each divided by 127.
 struct OrbitNote {
     float vel, key;
 };
-/// Returns the newest note that sounds; where none does, the note of previews.
+/// Returns the newest sounding note, or the note of previews if none sounds.
 OrbitNote NoteInHand(const SoundRecords& records);
 
-/// The number for the note, and what the coefficient has to be for the number to be `value`.
+/// Return the number for the note, and the coefficient with which the number becomes `value`.
 double NumberFor(const OrbitNumberRow& row, const SoundRecords& records, const OrbitNote& note);
 double ConstantFor(const OrbitNumberRow& row, const SoundRecords& records, const OrbitNote& note,
                    double value);
 
-/// The largest of 1, 2 and 5 times a power of ten that is no more than `most`, which is above 0.
+/// Returns the largest of 1, 2 and 5 times a power of ten that is at most `most`, which must be
+/// positive.
 double TidyStep(double most);
-/// The multiple of the step that is next to the value, as a text.
+/// Returns the multiple of the step that is nearest to the value, as a text.
 std::string TidyText(double value, double step);
 
-/// The area that the orbit covers from note-on to the end of the time that the key can be drawn
-/// held for, or so long as the centre stays finite.
+/// The area that the orbit covers from note-on to the end of the key-down part of the envelopes, or
+/// until its centre is no longer finite.
 struct Reach {
     double left, bottom, right, top;
 };

@@ -10,13 +10,13 @@
 
 namespace vexa {
 
-/// Holds values of the plane function, computed in parts, as PlaneDrawing does; what is not
-/// computed yet is 0. Window thread.
+/// The values of the plane function, computed in parts as by PlaneDrawing. Values that are not
+/// computed yet are 0. Window thread.
 class PlaneField {
   public:
-    /// Drops what it has and begins with these.
+    /// Drops the present values and starts with this function and area.
     void Begin(const PlaneFunction& f, const PlaneArea& area);
-    /// Computes for about so long; true if there are new values.
+    /// Computes for about `time`. Returns true if there may be new values.
     bool Continue(std::chrono::steady_clock::duration time);
     bool IsComplete() const { return !drawing; }
 
@@ -28,7 +28,7 @@ class PlaneField {
     PlaneFunction function{nullfunc};
     PlaneArea area{};
     std::vector<float> values;
-    // It stands last, as it computes the others.
+    // Declared last, because it writes to the others.
     std::unique_ptr<PlaneDrawing> drawing;
 };
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the hands do on the plane.
+// The gestures on the plane by mouse and keyboard.
 #include "kits/interface/Menu.h"
 #include "kits/support/NumberText.h"
 #include "views/R2RFView.h"
@@ -13,30 +13,32 @@ namespace vexa {
 
 namespace {
 
-/// Steps of a wheel or keys that halve or double the width.
+/// The number of steps of the wheel or of a key that halve or double the width.
 constexpr float kStepsToHalf = 4;
-/// The least and the greatest width that is shown, in plane units.
+/// The least and the greatest width that can be shown, in plane units.
 constexpr double kNarrowest = 1e-3;
 constexpr double kWidest = 1e6;
-/// Around what the orbit reaches, of that.
+/// The factor by which the fitted view exceeds the reach of the orbit.
 constexpr double kMargin = 1.3;
-/// The width that a fresh window shows, in plane units.
+/// The width that a new window shows, in plane units.
 constexpr double kUsualWidth = 15;
 
-/// The arrow keys move the plane by so many pixels, and turn the landscape by so many radians; a
-/// drag turns it by so much per pixel.
+/// The steps of an arrow key: pixels by which it moves the plane, and radians by which it turns the
+/// landscape. A drag turns it by kPixelTurn per pixel, and the elevation stays between kLowest and
+/// kHighest.
 constexpr float kKeyPixels = 30;
 constexpr float kKeyTurn = 0.1F;
 constexpr float kPixelTurn = 0.01F;
 constexpr float kLowest = 0.12F;
 constexpr float kHighest = std::numbers::pi_v<float> / 2;
 
-/// An arrow key moves a number by so many times PixelStep.
+/// The step of an arrow key that changes a number, in units of PixelStep.
 constexpr double kKeyStep = 4;
-/// The handles keep this far from the start of the centre, in pixels, where their number is small.
+/// The least distance of the other handles from that of the start of the centre, in pixels, however
+/// small their numbers are.
 constexpr float kApart = 18;
-/// A preview begins anew no sooner than this after it has begun; one that a key has begun ends so
-/// long after the last key. Seconds.
+/// In seconds: the least time between two starts of a preview, and the time from the last key press
+/// to the end of a preview that a key has started.
 constexpr float kBetweenStrikes = 0.15F;
 constexpr float kKeyPreview = 0.5F;
 
@@ -55,11 +57,11 @@ bool IsAudition(const PlanePress& press) {
 
 // The view of the plane.
 
-/// Width, and the point at the link's place, each as exact as a fraction of a pixel.
+/// Sets the width and the point at the link's place, each rounded to a fraction of a pixel.
 void PlaneOverlay::SetView(double width, double linkX, double linkY) {
     width = std::clamp(width, kNarrowest, kWidest);
     const double step = TidyStep(width / double(Bounds().Width()) / 5);
-    // From a view that is nowhere one comes back to the middle.
+    // A coordinate that is not finite becomes 0, so that the user can leave such a view.
     for (double* link : {&linkX, &linkY})
         *link = std::isfinite(*link) ? *link : 0;
     host.SetView(TidyText(width, TidyStep(width / 2000)), TidyText(linkX, step),
@@ -73,7 +75,7 @@ void PlaneOverlay::Zoom(BPoint where, float steps) {
     const double scale = double(plane.Scale());
     const double wanted =
         std::clamp(scale * side * std::exp2(-double(steps / kStepsToHalf)), kNarrowest, kWidest);
-    // What the field will say.
+    // The width as the field will show it, rounded.
     const double width = kits::NumberOf(TidyText(wanted, TidyStep(wanted / 2000)));
     if (relief)
         where = {Bounds().Width() / 2, Bounds().Height() / 2};
@@ -85,7 +87,7 @@ void PlaneOverlay::Zoom(BPoint where, float steps) {
                 (double(where.y) - double(Bounds().Height()) * (1 - double(place.y))) * next);
 }
 
-/// Moves the plane, from how it was shown at `from`, by so many pixels.
+/// Moves the plane by a distance in pixels from its place in the view `from`.
 void PlaneOverlay::ShiftBy(const View& from, BPoint pixels) {
     BPoint by = {pixels.x * from.scale, -pixels.y * from.scale};
     if (relief) {
@@ -195,7 +197,7 @@ void PlaneOverlay::Release(BPoint) {
 }
 
 bool PlaneOverlay::WheelMoved(BPoint where, BPoint steps) {
-    // Not while something else has the plane in the hand.
+    // The wheel is ignored during another gesture.
     if (gesture == Gesture::None && steps.y != 0)
         Zoom(where, steps.y);
     return true;
@@ -235,7 +237,7 @@ bool PlaneOverlay::KeyDown(const kits::KeyPress& press) {
             Zoom(middle, press.text == "+" ? 1.0F : -1.0F);
             return true;
         }
-        // Held, it turns the first button into one that moves.
+        // Space is taken, because the first button moves the plane while it is held.
         return press.character == ' ';
     default:
         return false;
@@ -246,7 +248,7 @@ void PlaneOverlay::FocusChanged() {
     ShowFocus(IsFocusByKeys());
 }
 
-/// Not to those who have clicked there.
+/// Shows or hides the mark of the plane's focus, which is not shown after a click.
 void PlaneOverlay::ShowFocus(bool show) {
     if (std::exchange(focusShown, show) != show)
         Invalidate();
@@ -267,7 +269,8 @@ void PlaneOverlay::Notice(const PlaneHandle* handle) {
 }
 
 void PlaneOverlay::ShowHandles() {
-    // The menu stays while it is open, and the pointer is on it then, not here.
+    // Only the menu's button is hidden here. An open menu stays: the pointer is on the menu then,
+    // no longer on the plane.
     const bool show = inside;
     if (show == menuField->IsHidden())
         show ? menuField->Show() : menuField->Hide();
@@ -291,7 +294,7 @@ void PlaneOverlay::MoveNumber(OrbitNumber id, double value, double tidy) {
     const SoundRecords& records = host.Records();
     host.SetCoefficient(row.constant,
                         TidyText(ConstantFor(row, records, NoteInHand(records), value), tidy));
-    // A note has its start from its beginning.
+    // The start of the centre takes effect only when a note begins.
     if (id == OrbitNumber::StartX || id == OrbitNumber::StartY)
         anew = true;
     PlaceHandles();
@@ -371,7 +374,7 @@ void PlaneOverlay::PlaceHandles() {
         }
         moved |= handle->CenterAt({start.x + by.x, start.y + by.y});
     }
-    // The whole view is drawn anew, with the lines between the handles.
+    // Redraws the whole view, because of the lines between the handles.
     if (moved && ShowsHandles())
         Invalidate();
 }

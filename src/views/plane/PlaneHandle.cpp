@@ -12,7 +12,7 @@ namespace vexa {
 
 namespace {
 
-// On the plane, which is the same in all sets of colours.
+// The plane looks the same in all sets of colours, and so do the handles.
 constexpr rgb_color kInk = {255, 255, 255};
 constexpr rgb_color kRim = {0, 0, 0, 200};
 
@@ -32,7 +32,8 @@ constexpr PlaneHandleRow kHandleRows[] = {
 };
 #undef VEXA_HANDLE_KEYS
 
-/// Which way an arrow key goes: to the right or up; 0 for other keys.
+/// Returns 1 for an arrow key to the right or up, -1 for one to the left or down, and 0 for other
+/// keys. Sets `upright` to true for up and down.
 int Arrow(kits::Key key, bool& upright) {
     upright = key == kits::Key::Up || key == kits::Key::Down;
     if (key == kits::Key::Right || key == kits::Key::Up)
@@ -40,8 +41,8 @@ int Arrow(kits::Key key, bool& upright) {
     return key == kits::Key::Left || key == kits::Key::Down ? -1 : 0;
 }
 
-/// A toolkit's places are whole numbers. A handle that is farther away than this, in pixels, or at
-/// no number at all, waits there, far outside of any window.
+/// The toolkit's coordinates are integers. A handle farther away than this, in pixels, or at NaN,
+/// is put at this limit, which is far outside any window.
 constexpr float kFarthestHandle = 1e6F;
 
 float Bounded(float place) {
@@ -174,7 +175,7 @@ bool PlaneHandle::KeyDown(const kits::KeyPress& press) {
     const int way = Arrow(press.key, upright);
     if (way == 0)
         return overlay.KeyDown(press);
-    // A handle of one number takes both pairs of arrows.
+    // A handle with only one number changes it with both pairs of arrow keys.
     const std::optional<OrbitNumber> number =
         upright ? (row.y ? row.y : row.x) : (row.x ? row.x : row.y);
     overlay.StepNumber(*number, way, press.modifiers);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A place on the plane that can be taken hold of.
+// A handle on the plane that the user can drag.
 #pragma once
 
 #include "kits/interface/View.h"
@@ -12,10 +12,10 @@ namespace vexa {
 
 class PlaneOverlay;
 
-/// A handle and the numbers that it moves, to the right and up.
+/// A handle and the numbers that it changes by movements to the right and up.
 struct PlaneHandleRow {
     const char* name;
-    /// The numbers that the handle moves; it has one of them at least.
+    /// The numbers that the handle changes; at least one is set.
     std::optional<OrbitNumber> x, y;
     const char* tip;
 
@@ -24,20 +24,21 @@ struct PlaneHandleRow {
 /// Returns the handles in the order in which the Tab key reaches them.
 std::span<const PlaneHandleRow> PlaneHandles();
 
-/// A handle moves its numbers: by the mouse, or, while it has the focus, by the arrow keys, with
-/// Shift finer and with Ctrl coarser. It is seen when the overlay says so. Window thread.
+/// A handle changes its numbers by the mouse or, while it has the focus, by the arrow keys, finely
+/// with Shift and coarsely with Ctrl. It is visible while PlaneOverlay::ShowsHandles() is true.
+/// Window thread.
 class PlaneHandle : public BView {
   public:
-    /// The pixels from its centre to its edges.
+    /// The distance from its centre to its edges in pixels.
     static constexpr float kReach = 10;
 
     PlaneHandle(PlaneOverlay& overlay, const PlaneHandleRow& row);
 
     const PlaneHandleRow& Row() const { return row; }
-    /// Moves the handle; true where that is another place.
+    /// Moves the handle's centre to the point. Returns true if that changes its place.
     bool CenterAt(BPoint point);
     BPoint Center() const { return {Frame().left + kReach, Frame().top + kReach}; }
-    /// True where it is under the pointer, in the hand, or has the focus.
+    /// Returns true if it is under the pointer, being dragged, or has the focus.
     bool IsNoticed() const { return hovered || held || IsFocus(); }
 
     kits::AccessibleThing Describe() const override;
@@ -56,9 +57,10 @@ class PlaneHandle : public BView {
     const PlaneHandleRow& row;
     bool hovered = false;
     bool held = false;
-    /// True where what was pressed here is the overlay's affair.
+    /// True while a press that belongs to the overlay, not to the handle, is held.
     bool passed = false;
-    /// The place where it was taken hold of, and its numbers there.
+    /// The point where the drag started, in the overlay's coordinates, and the handle's numbers at
+    /// that time.
     BPoint grip;
     double gripX = 0, gripY = 0;
 };

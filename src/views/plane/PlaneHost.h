@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The gestures on the plane reach the sound through a host.
+// The interface through which the gestures on the plane change the sound.
 #pragma once
 
 #include "kits/support/Geometry.h"
@@ -11,34 +11,33 @@
 
 namespace vexa {
 
-/// The owner of the plane. Window thread.
+/// The owner of the plane's views. Window thread.
 class PlaneHost {
   public:
     virtual ~PlaneHost() = default;
 
-    /// Returns the records of what plays.
+    /// Returns the records of the playing instrument.
     virtual const SoundRecords& Records() const = 0;
 
-    // The following do what a person does who puts the texts into the fields.
+    // The following have the effect of the user entering the texts into the fields.
 
     virtual void SetCoefficient(ParameterId id, const std::string& text) = 0;
-    /// Sets the width that is shown, in plane units, and the point that is shown at the link's
+    /// Sets the shown width in plane units, and the point of the plane that is shown at the link's
     /// place.
     virtual void SetView(const std::string& width, const std::string& linkX,
                          const std::string& linkY) = 0;
 
-    /// Begins the note of a preview, or begins it anew; where a point is given its centre starts
-    /// there, and the sound and what it is saved as stay as they are. Nothing happens where that
-    /// cannot be.
+    /// Starts or restarts the note of a preview. If `start` is given, its centre starts at that
+    /// point, while the sound and its document stay unchanged; where that is impossible nothing
+    /// happens.
     virtual void Strike(std::optional<BPoint> start) = 0;
-    /// Ends the preview, as a key that is let go does.
+    /// Ends the preview, as the release of a key does.
     virtual void LetGo() = 0;
-    /// Called some sixty times a second from Strike to LetGo.
+    /// Called about sixty times a second between Strike and LetGo.
     virtual void Watch() = 0;
 };
 
-/// The note of previews, which the handles are for where none sounds: velocity and key, each
-/// divided by 127.
+/// The note of previews, which the handles refer to if no note sounds: velocity and key, 0..127.
 constexpr uint8 kPreviewVelocity = 102;
 constexpr uint8 kPreviewKey = 60;
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This part of the overlay shows the plane and the orbits on it.
+// The overlay's display of the plane and the orbits on it.
 #include "views/plane/PlaneOverlay.h"
 
 #include "kits/interface/Menu.h"
@@ -17,7 +17,7 @@ namespace vexa {
 
 namespace {
 
-/// The first one's; the others follow.
+/// The message code of the first brightness curve; those of the others follow.
 constexpr uint32 kBrightnessCode = FourCC("Bri0");
 constexpr uint32 kReliefCode = FourCC("Reli");
 
@@ -26,21 +26,23 @@ constexpr const char* kTip =
     "click: fit. Ctrl+Shift+click: hear the place. Right button: save the picture. F6: brightness. "
     "F7: landscape. Esc: silence.";
 
-/// How long values are computed when they are to be shown, and at a pulse, beside R2RFView.
+/// The time for computing values before they are drawn, and at each pulse, in addition to that of
+/// R2RFView.
 constexpr auto kOverlayDrawTime = std::chrono::milliseconds(20);
 constexpr auto kOverlayPulseTime = std::chrono::milliseconds(15);
 
-/// Pixels of the view.
+/// The width of an orbit's line in pixels of the view.
 constexpr float kOrbitWidth = 1.5F;
-/// How strongly an orbit behind a hill is drawn, where 255 is in full.
+/// The alpha of an orbit behind a hill, where 255 is opaque.
 constexpr uint8 kBehind = 70;
-/// In a dash that is another voice's.
+/// The alpha of an orbit in a dash that belongs to another voice.
 constexpr uint8 kOthers = 60;
-/// Orbits no farther apart than this, in pixels of the view, share one line in about so many
-/// dashes.
+/// Orbits that differ by no more than kClose, in pixels of the view, share one line, divided into
+/// about kDashes dashes.
 constexpr double kClose = 1.5;
 constexpr int kDashes = 24;
-/// Between two points of an orbit, in pixels of the view, and how many there are.
+/// The distance between two points of an orbit in pixels of the view, the least number of points
+/// per turn, and the most points in total.
 constexpr double kPointDistance = 7;
 constexpr int kFewest = 24;
 constexpr int kMost = 512;
@@ -49,19 +51,19 @@ constexpr float kMenuWidth = 64;
 constexpr rgb_color kLegendBack = {0, 0, 0, 170};
 constexpr rgb_color kLegendInk = {240, 240, 240};
 constexpr float kLegendHeight = 18;
-/// Of the points that the ears read, in pixels of the view.
+/// The radius of the marks at the points that the ears read, in pixels of the view.
 constexpr float kEarRadius = 3.5F;
 constexpr int kRingSides = 12;
-/// For which what a key has chosen is told, in pulses.
+/// The number of pulses for which the message about a key's choice is shown.
 constexpr int kToldFor = 15;
 
-/// True where they are the same figure but for so many plane units.
+/// Returns true if the two figures differ by at most `most` plane units.
 bool AreClose(const Orbit& a, const Orbit& b, double most) {
     return std::abs(a.cx - b.cx) <= most && std::abs(a.cy - b.cy) <= most &&
            std::abs(a.rx - b.rx) <= most && std::abs(a.ry - b.ry) <= most;
 }
 
-/// Cosine and sine of a phase that goes on in equal steps, exact enough for kMost of them.
+/// Cosine and sine of a phase that advances in equal steps, accurate enough for kMost of them.
 struct Wave {
     Wave(double phase, double step)
         : cosine(std::cos(phase)),
@@ -104,8 +106,8 @@ PlaneOverlay::PlaneOverlay(R2RFView& plane, PlaneHost& host)
 
 PlaneOverlay::~PlaneOverlay() = default;
 
-/// Shown while the pointer is over the plane. It takes no focus, which would go on to some field
-/// when it is hidden; keys do the same.
+/// Adds the menu, which is shown while the pointer is over the plane. It takes no focus, because
+/// that would pass on to some field when the menu is hidden. F6 and F7 do the same by keyboard.
 void PlaneOverlay::AddMenu() {
     auto* menu = new BPopUpMenu("View", false, false);
     AddLooks(*menu);
@@ -182,12 +184,12 @@ bool PlaneOverlay::TakeShortcut(const kits::KeyPress& press) {
     return true;
 }
 
-/// True where what is shown is not the very picture of the plane view.
+/// Returns true if the base is computed here instead of copied from the plane view's picture.
 bool PlaneOverlay::IsOwn() const {
     return relief || brightness != Brightness::Linear || density != 1;
 }
 
-/// Returns the area that the plane view shows, over so many points.
+/// Returns the area that the plane view shows, with this number of columns and rows.
 PlaneArea PlaneOverlay::AreaOf(std::size_t columns, std::size_t rows) const {
     const float pixels = Bounds().Width() + 1;
     return {plane.LinkFunction().x,
@@ -207,7 +209,7 @@ void PlaneOverlay::Allocate(int columns, int rows) {
     stale = true;
 }
 
-/// Brings what is shown up to date with the plane view, as far as that takes a short while.
+/// Updates the shown picture from the plane view, as far as a short time allows.
 void PlaneOverlay::Refresh() {
     density = Density();
     const auto pixels = [this](float length) {
@@ -246,7 +248,7 @@ void PlaneOverlay::Refresh() {
     trace->Show(Words(*base), Words(*shown));
 }
 
-/// The base, of the values that there are.
+/// Paints the base from the values computed so far.
 void PlaneOverlay::Paint() {
     const auto columns = static_cast<int>(base->Bounds().Width()) + 1;
     const auto rows = static_cast<int>(base->Bounds().Height()) + 1;
@@ -287,7 +289,7 @@ bool PlaneOverlay::Animate(float seconds) {
     if (moving)
         PlaceHandles();
     if (!base || view != View{plane.Scale(), plane.LinkFunction(), plane.LinkScreen()}) {
-        // The next Draw begins anew.
+        // The next Draw starts with a new picture.
         Invalidate();
         return true;
     }
@@ -300,8 +302,7 @@ bool PlaneOverlay::Animate(float seconds) {
     return sounds || previewing || !trace->IsDark();
 }
 
-/// Draws the orbits; true where there is any. Where several are the same figure each has its share
-/// of the line.
+/// Draws the orbits and returns true if there is any. Orbits that nearly coincide share their line.
 bool PlaneOverlay::DrawOrbits() {
     const SoundRecords& records = host.Records();
     std::array<Orbit, kVoiceSlots> orbits;
@@ -318,7 +319,7 @@ bool PlaneOverlay::DrawOrbits() {
     for (const std::size_t i : sounding) {
         int sharers = 0, rank = 0;
         for (const std::size_t other : sounding) {
-            // One that is nowhere, at infinity, is not close to itself.
+            // An orbit at infinity is not close even to itself, hence the comparison of indices.
             if (other != i && !AreClose(orbits[i], orbits[other], close))
                 continue;
             sharers++;
@@ -331,7 +332,7 @@ bool PlaneOverlay::DrawOrbits() {
     return !sounding.empty();
 }
 
-/// Where a point of the plane is in the screen's pixels of the view.
+/// Returns the position of a point of the plane in the view, in the screen's pixels.
 std::optional<Relief::Place> PlaneOverlay::PlaceOf(double x, double y) const {
     if (relief)
         return land.PlaceOf(x, y);
@@ -345,20 +346,22 @@ std::optional<Relief::Place> PlaneOverlay::PlaceOf(double x, double y) const {
                          true};
 }
 
-/// What the two ears read of it in one period, that are so many radians apart on it.
+/// Draws the part of the orbit that the two ears read in one period; they are `spread` radians
+/// apart on it. `sharers` orbits share the line, and this one has the dashes whose number is `rank`
+/// modulo `sharers`.
 void PlaneOverlay::DrawOrbit(const Orbit& orbit, double spread, rgb_color color, int sharers,
                              int rank) {
     const double turns = std::max({std::abs(double(orbit.fx)), std::abs(double(orbit.fy)), 1.0});
     const double length = 2 * std::numbers::pi *
                           std::hypot(orbit.rx * double(orbit.fx), orbit.ry * double(orbit.fy)) /
                           double(view.scale);
-    // A length that is no number takes the most.
+    // If the length is NaN, the number of steps is kMost.
     const double wanted = std::max(length / kPointDistance, kFewest * turns);
     const int steps = wanted < kMost ? static_cast<int>(wanted) : kMost;
     const double step = (2 * std::numbers::pi + spread) / steps;
     const double beginx = orbit.phasex - double(orbit.fx) * spread / 2;
     const double beginy = orbit.phasey - double(orbit.fy) * spread / 2;
-    // Dashes stay where they are on the figure, wherever on it the point is.
+    // Dashes are fixed on the figure; they do not move with the point.
     const double dash = 2 * std::numbers::pi / (sharers * std::max(1, kDashes / sharers));
     Wave x(beginx, double(orbit.fx) * step), y(beginy, double(orbit.fy) * step);
     std::optional<Relief::Place> before;
@@ -377,7 +380,8 @@ void PlaneOverlay::DrawOrbit(const Orbit& orbit, double spread, rgb_color color,
     }
 }
 
-/// At the coming moment at which a period of the note begins, so that they rest on what closes.
+/// Marks the points of both ears at the start of the note's next period, so that the marks stand
+/// still on a closed orbit.
 void PlaneOverlay::MarkEars(const Orbit& orbit, double spread, rgb_color color) {
     constexpr double kTurn = 2 * std::numbers::pi;
     const double done = orbit.fx != 0   ? orbit.phasex / (kTurn * double(orbit.fx))
@@ -410,7 +414,7 @@ void PlaneOverlay::Draw(BRect) {
     Refresh();
     DrawBitmap(shown.get(), Bounds());
     if (ShowsHandles()) {
-        // Lines go from the start of the centre to the other handles.
+        // Lines from the start of the centre to the other handles.
         SetHighColor({255, 255, 255, 110});
         for (std::size_t i = 1; i < handles.size(); i++) {
             const BPoint line[] = {handles.front()->Center(), handles[i]->Center()};
@@ -454,7 +458,8 @@ std::string PlaneOverlay::Legend() const {
     return text;
 }
 
-/// In the left bottom corner, or at the top where the pointer would be on it.
+/// Returns the place of the legend: the left bottom corner, or the top if the pointer would be on
+/// it.
 BRect PlaneOverlay::LegendFrame() const {
     const BRect bounds = Bounds();
     const bool below =

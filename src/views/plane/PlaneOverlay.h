@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The overlay lies on the plane's picture: it has the orbits, and the gestures that the picture
-// does not take.
+// The overlay on the plane's picture: it shows the orbits, and handles the gestures that the
+// picture does not.
 #pragma once
 
 #include "kits/interface/View.h"
@@ -28,89 +28,88 @@ namespace vexa {
 
 class R2RFView;
 
-/// A press of a button on the plane.
+/// A press of a mouse button on the plane.
 struct PlanePress {
     BPoint where;
-    /// The sum of all buttons that are down.
+    /// The sum of all pressed buttons.
     uint32 buttons;
     uint32 modifiers;
     int32 clicks;
 };
 
-/// Covers an R2RFView, whose child it is, and shows the same picture, or the plane in another
-/// brightness or as a landscape, in the screen's own pixels; on it the orbits of all notes that
-/// sound, some sixty times a second, one colour a voice, with what they were a moment ago fading.
-/// Where a sound is stereo a dot and a ring on each orbit are what the left ear and the right one
-/// read when a period begins.
+/// Covers an R2RFView, as its child, and shows the same picture, or the plane with another
+/// brightness or as a landscape, at the screen's own resolution. On it the overlay draws the orbits
+/// of all sounding notes about sixty times a second, in one colour per voice, with a fading trace
+/// of their past. If the sound is stereo, a dot and a ring on each orbit mark the points that the
+/// left and the right ear read when a period begins.
 ///
 /// Wheel: zooms about the pointer. Middle button, or Space and the first button: moves the plane.
-/// Double click: shows all that the orbit reaches. Ctrl+Shift+click: a note whose centre starts
-/// there. Handles for the orbit's numbers are seen while the pointer is over the plane or one of
-/// them has the focus. The second button is the picture's. While it has the focus, the arrow keys
-/// move the plane (Shift less, Ctrl more), + and - zoom, Home shows all. On the landscape the first
-/// button and the arrow keys turn it.
+/// Double click: fits the view to all that the orbit reaches. Ctrl+Shift+click: plays a note whose
+/// centre starts there. Second button: the picture's export panel. Handles for the orbit's numbers
+/// are visible while the pointer is over the plane or one of them has the focus. With the keyboard
+/// focus, the arrow keys move the plane (less with Shift, more with Ctrl), + and - zoom, and Home
+/// fits the view. On the landscape the first button and the arrow keys turn it.
 ///
-/// What it does to the sound it does through its host. Window thread.
+/// All changes of the sound go through the host. Window thread.
 class PlaneOverlay : public BView {
   public:
-    /// Makes an overlay that becomes a child of `plane`. The host outlives it.
+    /// Makes an overlay that becomes a child of `plane`. The host must outlive it.
     PlaneOverlay(R2RFView& plane, PlaneHost& host);
     ~PlaneOverlay() override;
 
-    // The following set how the plane is shown.
+    // How the plane is shown.
 
     void SetBrightness(Brightness next);
     Brightness Curve() const { return brightness; }
     void SetRelief(bool on);
     bool IsRelief() const { return relief; }
-    /// Has `next` called when the brightness or the landscape has changed.
+    /// Sets a function that is called when the brightness or the landscape mode has changed.
     void WatchLook(std::function<void()> next) { lookChanged = std::move(next); }
-    /// Adds what can be chosen of them, with marks for what is so at present.
+    /// Adds the brightness curves and the landscape to a menu, with marks on the present choice.
     void AddLooks(BMenu& into) const;
-    /// Takes F6, which chooses the next brightness, and F7, which shows the landscape or the
-    /// picture again; true if the key was one of them.
+    /// Handles F6, which chooses the next brightness, and F7, which switches between landscape and
+    /// picture. Returns true if the key was one of them.
     bool TakeShortcut(const kits::KeyPress& press);
 
-    // The numbers that the handles move.
+    // The numbers that the handles change.
 
     /// Returns a number of the orbit of the note in hand.
     double Number(OrbitNumber id) const;
-    /// Sets a number to the nearest multiple of `tidy`. A preview that is sounding begins anew
-    /// where its start has moved.
+    /// Sets a number to the nearest multiple of `tidy`. If that moves the start of the centre, a
+    /// sounding preview is restarted.
     void MoveNumber(OrbitNumber id, double value, double tidy);
-    /// Moves a number by one step of an arrow key, up where `way` is 1 and down where it is -1;
-    /// with Shift finer, with Ctrl coarser. A preview sounds meanwhile.
+    /// Changes a number by one step of an arrow key, up if `way` is 1 and down if it is -1, finely
+    /// with Shift and coarsely with Ctrl. A preview sounds meanwhile.
     void StepNumber(OrbitNumber id, int way, uint32 modifiers);
 
     // The handles call these.
 
     bool ShowsHandles() const { return !relief && (inside || focused || moving); }
-    /// True for a press that is none of a handle's although it is on one.
+    /// Returns true if a press on a handle is meant for the overlay.
     bool IsForOverlay(const PlanePress& press) const;
     void Press(const PlanePress& press);
     void Move(BPoint where);
     void Release(BPoint where);
-    /// The pointer is there, over the plane or no longer.
+    /// Notes the position of the pointer, and whether it is over the plane.
     void Hover(BPoint where, bool over);
-    /// Tell that a number is being moved, and no longer: where nothing sounds, a preview does
-    /// meanwhile.
+    /// Start and end the dragging of a number. If no note sounds, a preview does meanwhile.
     void Grip();
     void LetGo();
-    /// Plane units, y upwards, that so many pixels of the view are.
+    /// Converts a distance in pixels of the view to plane units, with y upwards.
     BPoint ByPixels(BPoint pixels) const;
-    /// A handle's numbers as a person reads them: "0.5, -1".
+    /// Returns a handle's numbers as a text for the user, for example "0.5, -1".
     std::string TextOf(const PlaneHandleRow& row) const;
-    /// Returns the step to whose multiples numbers are rounded that are moved by pixels.
+    /// Returns the step to whose multiples a dragged number is rounded.
     double PixelStep() const;
-    /// Sets the handle whose numbers are told at the edge of the plane; null for none.
+    /// Sets the handle whose numbers are shown at the edge of the plane; null for none.
     void Notice(const PlaneHandle* handle);
     void HandleFocus(const PlaneHandle* handle);
     const std::vector<PlaneHandle*>& Handles() const { return handles; }
 
-    /// Shows all that the orbit reaches, with room round it.
+    /// Fits the view to all that the orbit reaches, with a margin.
     void Fit();
 
-    /// The orbit's numbers are its parts, in the order of OrbitNumbers().
+    /// Its parts for screen readers are the orbit's numbers, in the order of OrbitNumbers().
     kits::AccessibleThing Describe() const override;
     std::size_t CountParts() const override { return OrbitNumbers().size(); }
     kits::AccessibleThing DescribePart(std::size_t index) const override;
@@ -130,7 +129,7 @@ class PlaneOverlay : public BView {
   private:
     enum class Gesture { None, Move, Turn, Audition };
 
-    /// The part of the plane that the picture is of, and how it is shown.
+    /// The part of the plane that the picture shows, and how it is placed.
     struct View {
         float scale = 0;
         BPoint link, place;
@@ -177,29 +176,29 @@ class PlaneOverlay : public BView {
     ReliefLook look;
     std::function<void()> lookChanged;
 
-    /// The pictures without orbits, and with them, in the screen's pixels.
+    /// The pictures without and with orbits, in the screen's pixels.
     std::unique_ptr<BBitmap> base;
     std::unique_ptr<BBitmap> shown;
     std::optional<Trace> trace;
     float density = 1;
-    /// The values, over as many points as it takes, where the picture is not that of `plane`.
+    /// The values of the plane, at the needed resolution, for pictures other than that of `plane`.
     PlaneField field;
     Relief land;
-    /// The part of `plane` that is shown, and whether something else has changed.
+    /// The part of `plane` that was shown last, and the marks of other changes since then.
     View view;
     uint64 seenChanges = 0, seenComputed = 0;
     bool stale = true;
     bool repaint = true;
 
     bool inside = false;
-    /// A handle has the focus; that the plane itself has it is to be seen.
+    /// True if a handle has the focus, and if the plane's own focus is visible.
     bool focused = false;
     bool focusShown = false;
-    /// A number is in the hand.
+    /// True while a number is being dragged.
     bool moving = false;
     BPoint pointer;
     const PlaneHandle* noticed = nullptr;
-    /// The text that was told last, and for how many pulses it is still to be read.
+    /// The message that was shown last, and the number of pulses for which it still stays.
     std::string told;
     int toldFor = 0;
     std::vector<PlaneHandle*> handles;
@@ -207,17 +206,18 @@ class PlaneOverlay : public BView {
     BMenuField* menuField = nullptr;
 
     Gesture gesture = Gesture::None;
-    /// The place of the pointer at the gesture's last step, and what was shown at its begin.
+    /// The pointer at the last step of the gesture, and the pointer and the view at its start.
     BPoint last;
     BPoint pressed;
     View pressedView;
 
-    /// The preview sounds; where it starts, if not where notes do; it is to start anew.
+    /// True while a preview sounds; the start of its centre if it is not that of other notes; true
+    /// if it must be restarted.
     bool previewing = false;
     std::optional<BPoint> auditioned;
     bool anew = false;
     float sinceStrike = 0;
-    /// The seconds until a preview that was begun by a key is let go; 0 for the others.
+    /// The seconds until a preview started by a key ends; 0 for other previews.
     float keyPreview = 0;
 };
 

@@ -9,18 +9,19 @@ namespace vexa {
 
 namespace {
 
-/// The landscape is a square of side 2; a value of 1 is as high as this.
+/// The height of a value of 1 in the landscape, a square of side 2.
 constexpr float kHighestGround = 0.45F;
-/// The share of the picture's smaller side that a length of 1 takes: the diagonal fits in, with a
-/// margin.
+/// The share of the picture's smaller side that a length of 1 takes, so that the diagonal fits in
+/// with a margin.
 constexpr float kUnit = 0.34F;
-/// Behind the landscape, and of ground at height 0 in full light.
+/// The background colour, and the brightness of ground at height 0 in full light.
 constexpr uint32 kSky = 0xff101012;
 constexpr float kGround = 72;
-/// Where the light comes from: u, v, upwards; of length 1.
+/// The unit vector (u, v, up) towards the light.
 constexpr float kLightFrom[3] = {-0.42F, 0.42F, 0.805F};
 constexpr float kShadow = 0.35F;
-/// A line on the ground is seen although it lies a little below.
+/// The tolerance in depth with which a line on the ground counts as visible although it lies
+/// slightly below the drawn surface.
 constexpr float kOnGround = 0.04F;
 
 uint32 ColorOf(float height, float light) {
@@ -42,7 +43,8 @@ void Relief::Take(const PlaneField& field, Brightness curve) {
     });
 }
 
-/// u and v are -1..1, to the right and up in the flat picture.
+/// Projects a point into the picture. u and v are -1..1, to the right and up in the flat picture; h
+/// is the height, -1..1.
 Relief::Corner Relief::Project(float u, float v, float h) const {
     const float right = u * cosine - v * sine;
     const float away = u * sine + v * cosine;
@@ -78,7 +80,7 @@ void Relief::Draw(const ReliefLook& look, int width, int height, uint32* words) 
         for (int column = 0; column < kCells; column++) {
             const float corners[] = {HeightAt(column, row - 1), HeightAt(column + 1, row - 1),
                                      HeightAt(column, row), HeightAt(column + 1, row)};
-            // The piece's slopes to the right and up.
+            // The cell's slopes to the right and up.
             const float along = (corners[1] + corners[3] - corners[0] - corners[2]) / 2;
             const float across = (corners[0] + corners[1] - corners[2] - corners[3]) / 2;
             const float toU = along * kHighestGround / kStep, toV = across * kHighestGround / kStep;
@@ -94,7 +96,8 @@ void Relief::Draw(const ReliefLook& look, int width, int height, uint32* words) 
     }
 }
 
-/// The triangle, where nothing is nearer. A pixel is inside where its centre is, edges included.
+/// Draws the triangle where nothing drawn before is nearer. A pixel is inside if its centre is,
+/// edges included.
 void Relief::Fill(const Corner& a, const Corner& b, const Corner& c, uint32 color, uint32* words) {
     const float area2 = (b.x - a.x) * (c.y - a.y) - (c.x - a.x) * (b.y - a.y);
     if (area2 == 0)

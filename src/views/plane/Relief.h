@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A relief is a plane function as a landscape.
+// A plane function drawn as a landscape.
 #pragma once
 
 #include "kits/support/Geometry.h"
@@ -12,31 +12,32 @@
 
 namespace vexa {
 
-/// The direction from which the landscape is looked at, in radians: turned about the upright, and
-/// from the horizon (0) up to straight down (pi / 2).
+/// The direction of the view onto the landscape in radians: the rotation about the vertical axis,
+/// and the elevation from the horizon (0) up to straight down (pi / 2).
 struct ReliefLook {
     float turn = 0.6F;
     float height = 0.75F;
 };
 
-/// Values as heights over a part of the plane, in parallel projection: what is blue in the flat
-/// picture stands up, what is red lies low, as high as it would be bright. Window thread.
+/// Shows values as heights over a part of the plane, in parallel projection. Values that are blue
+/// in the flat picture rise and red ones sink, by their brightness there. Window thread.
 ///
-/// A picture takes a few milliseconds, whatever the function: about kCells^2 pieces of ground and
+/// A picture takes a few milliseconds whatever the function, for about kCells^2 cells of ground and
 /// the picture's pixels.
 class Relief {
   public:
-    /// How many pieces of ground there are along each side.
+    /// The number of cells of ground along each side.
     static constexpr int kCells = 128;
 
-    /// Takes the landscape of the values, which have kCells + 1 columns and rows.
+    /// Takes the heights from the values, which have kCells + 1 columns and rows.
     void Take(const PlaneField& field, Brightness curve);
 
-    /// Draws it into a picture of so many pixels, and keeps how far away what each shows is.
+    /// Draws the landscape into a picture of columns x rows pixels, and keeps the depth of each
+    /// pixel for PlaceOf.
     void Draw(const ReliefLook& look, int columns, int rows, uint32* words);
 
-    /// The place of a point of the plane in the last picture that was drawn, and whether it can be
-    /// seen there or lies behind a hill. Nothing for a point beside the landscape.
+    /// A point of the plane in the last drawn picture: its position, and whether it is visible or
+    /// hidden behind a hill. PlaceOf returns nothing for a point outside the landscape.
     struct Place {
         BPoint point;
         bool visible;
@@ -57,7 +58,7 @@ class Relief {
     PlaneArea area{};
     std::vector<float> heights = std::vector<float>((kCells + 1) * (kCells + 1));
 
-    // The size of the last picture in pixels.
+    // The size of the last drawn picture in pixels.
     int columns = 0, rows = 0;
     float unit = 0, sine = 0, cosine = 1, rise = 0, tilt = 1;
     std::vector<float> depths;

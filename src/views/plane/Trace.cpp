@@ -10,26 +10,26 @@ namespace vexa {
 namespace {
 
 constexpr int kTile = 32;
-/// In which a line fades to 1 / e, seconds.
+/// The time in which a line fades to 1 / e, in seconds.
 constexpr float kFadeTime = 1.0F / 6;
-/// Farther away than this, in pixels, a line's end is not looked for.
+/// Lines with an end farther away than this, in pixels, are ignored.
 constexpr float kFarthest = 3e4F;
 
-/// All four bytes of the pixel times weight / 256, 0 <= weight <= 256.
+/// Returns the pixel with each of its four bytes multiplied by weight / 256, 0 <= weight <= 256.
 uint32 Scaled(uint32 pixel, uint32 weight) {
     const uint32 even = (pixel & 0xff00ff) * weight >> 8 & 0xff00ff;
     const uint32 odd = (pixel >> 8 & 0xff00ff) * weight & 0xff00ff00;
     return even | odd;
 }
 
-/// The larger of each of the four bytes.
+/// Returns the larger value of each of the four bytes.
 uint32 Brighter(uint32 a, uint32 b) {
     using Bytes [[gnu::vector_size(4)]] = uint8;
     const auto x = std::bit_cast<Bytes>(a), y = std::bit_cast<Bytes>(b);
     return std::bit_cast<uint32>(x > y ? x : y);
 }
 
-/// The whole number at or below, for |x| < 2 kFarthest.
+/// Returns x rounded down, for |x| < 2 kFarthest.
 int Floor(float x) {
     constexpr int kAbove = 1 << 16;
     return static_cast<int>(x + kAbove) - kAbove;
@@ -99,7 +99,7 @@ void Trace::Line(BPoint from, BPoint to, rgb_color bright, float width) {
     const uint32 opaque =
         0xff000000U | uint32{bright.red} << 16 | uint32{bright.green} << 8 | uint32{bright.blue};
     const uint32 full = Scaled(opaque, bright.alpha == 255 ? 256U : bright.alpha);
-    // Along the coordinate that grows more, across by the other.
+    // `along` is the coordinate that changes more, `across` the other one.
     const bool steep = std::abs(to.y - from.y) > std::abs(to.x - from.x);
     if (steep) {
         std::swap(from.x, from.y);
@@ -117,7 +117,7 @@ void Trace::Line(BPoint from, BPoint to, rgb_color bright, float width) {
     const float half = width / 2 * std::sqrt(1 + slope * slope);
     const int start = std::max(0, Floor(from.x + 0.5F));
     const int end = std::min(Floor(to.x + 0.5F), alongs - 1);
-    // A pixel reaches from its number to the next one here.
+    // From here on pixel n covers the range from n to n + 1.
     float low = from.y + slope * (static_cast<float>(start) - from.x) + 0.5F - half;
     for (int along = start; along <= end; along++, low += slope) {
         const float high = low + 2 * half;

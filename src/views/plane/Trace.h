@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Bright lines over a picture that fade.
+// Bright, fading lines over a picture.
 #pragma once
 
 #include "kits/interface/InterfaceDefs.h"
@@ -10,33 +10,33 @@
 
 namespace vexa {
 
-/// A trace of lines is drawn with smooth edges into pixels of its own, which cost time only where a
-/// line is. Where lines cross, the brighter counts in each of red, green and blue. Coordinates are
-/// those of pixels' centres. Window thread.
+/// Antialiased lines in a layer of their own, which costs time only where there are lines. Where
+/// lines cross, the brighter value counts in each of red, green and blue. Whole coordinates are the
+/// centres of pixels. Window thread.
 class Trace {
   public:
     Trace(int columns, int rows);
 
-    /// Fades all lines by what they fade in so many seconds: to a third in a sixth of a second.
+    /// Fades all lines as in `seconds` of time: to 1/e, about a third, in a sixth of a second.
     void Fade(float seconds);
-    /// A line of that width, less than kWidest, whose color's alpha is how bright it is. One with
-    /// an end far beyond all screens, or that is no number, is passed over.
+    /// Draws a line of a width below kWidest; the alpha of `color` is its brightness. A line with
+    /// an end far beyond all screens, or not a number, is ignored.
     static constexpr float kWidest = 20;
     void Line(BPoint from, BPoint to, rgb_color color, float width);
     /// Clears all lines at once, without fading.
     void Clear();
-    /// True where nothing is to be seen.
+    /// Returns true if nothing is visible.
     bool IsDark() const;
 
-    /// Puts the opaque picture `base` with the lines over it into `shown`, both of this size, where
-    /// that has changed since the last call: the extent of that, empty (right < left) if there is
-    /// none.
+    /// Writes the opaque picture `base` with the lines over it into `shown`, both of this size,
+    /// where the lines have changed since the last call. Returns the extent of these changes, empty
+    /// (right < left) if there are none.
     BRect Show(const uint32* base, uint32* shown);
-    /// Has the next Show show everything.
+    /// Makes the next Show write everything.
     void ShowAll();
 
   private:
-    /// A square of pixels, all of which are dark unless it is lit.
+    /// A square of pixels. Unless it is lit, all of them are dark.
     struct Tile {
         bool lit = false;
         bool changed = true;
@@ -47,7 +47,7 @@ class Trace {
 
     int columns, rows;
     int tilesAcross;
-    /// Each pixel has blue, green and red, each times alpha, and alpha.
+    /// The pixels, with premultiplied blue, green and red, and alpha.
     std::vector<uint32> pixels;
     std::vector<Tile> tiles;
 };

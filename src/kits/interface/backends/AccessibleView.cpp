@@ -37,8 +37,8 @@ QAccessible::Role RoleOf(AccessibleRole role) {
     return QAccessible::Client;
 }
 
-/// Numbers and actions of a thing, which is found anew at every question, as views change. The two
-/// interfaces of the toolkit are the same for a view and for a part of it.
+/// Implements the toolkit's two interfaces for numbers and actions, in the same way for a view and
+/// for a part of one. The description is fetched again for each request, because views change.
 class Answers : public QAccessibleValueInterface, public QAccessibleActionInterface {
   public:
     virtual BView* View() const = 0;
@@ -95,7 +95,7 @@ class Answers : public QAccessibleValueInterface, public QAccessibleActionInterf
     AccessibleNumber Number() const { return Thing().number.value_or(AccessibleNumber()); }
 };
 
-/// A row, a point or a key of a view.
+/// The toolkit's interface of a part of a view, such as a row, a point or a key.
 class PartInterface : public QAccessibleInterface, public Answers {
   public:
     PartInterface(ViewWidget* widget, std::size_t index) : widget(widget), index(index) {}
@@ -153,7 +153,7 @@ class PartInterface : public QAccessibleInterface, public Answers {
     std::size_t index;
 };
 
-/// A view; its parts come before the views in it.
+/// The toolkit's interface of a view. Its parts come before its child views.
 class ViewInterface : public QAccessibleWidget, public Answers {
   public:
     explicit ViewInterface(ViewWidget& widget) : QAccessibleWidget(&widget) {}
@@ -175,7 +175,8 @@ class ViewInterface : public QAccessibleWidget, public Answers {
             return QString::fromStdString(thing.name);
         if (which == QAccessible::Value && !thing.description.empty())
             return QString::fromStdString(thing.description);
-        // The values that programs are told are numbers: words are a part of the description.
+        // Screen readers get only numbers as values, so a description in words is also part of the
+        // Description text.
         if (const BView* view = View(); view && which == QAccessible::Description) {
             const std::string tip = view->ToolTip();
             const bool both = !tip.empty() && !thing.description.empty();

@@ -17,7 +17,8 @@ namespace kits {
 
 namespace {
 
-/// %1 to %23 are the colours, in the order of StyleSheet.
+/// The style sheet of the controls. %1 to %23 are the colours in the order in which StyleSheet()
+/// fills them in.
 constexpr const char* kControls = R"(
 QLineEdit {
     border: 1px solid %1; border-radius: 2px; background: %2; color: %3;
@@ -54,7 +55,7 @@ QHeaderView::section {
 
 QString StyleSheet(const ControlColors& colors) {
     QString sheet = kControls;
-    // A later colour's text has no percent sign that an earlier one could fill.
+    // Filling in one after the other is safe: the text of a colour contains no percent sign.
     for (const rgb_color color :
          {colors.fieldFrame,   colors.field,        colors.text,          colors.selection,
           colors.selectedText, colors.accent,       colors.disabledField, colors.faintText,
@@ -72,7 +73,7 @@ ControlColors present;
 } // namespace
 
 void SetAppearance() {
-    // Before the style below replaces it, the palette is the desktop's.
+    // At this point the palette is still the desktop's; the style below replaces it.
     const QPalette desktop = QApplication::palette();
     desktopIsDark = desktop.color(QPalette::WindowText).lightness() >
                     desktop.color(QPalette::Window).lightness();
@@ -106,7 +107,8 @@ void SetControlColors(const ControlColors& colors) {
         palette.setColor(QPalette::Disabled, role, ToQt(colors.faintText));
     palette.setColor(QPalette::Disabled, QPalette::Highlight, ToQt(colors.panel).darker(120));
     QApplication::setPalette(palette);
-    // With another sheet the toolkit gives widgets the fonts back that they had before their own.
+    // A new style sheet makes the toolkit reset the widgets' fonts, so they are saved and set
+    // again.
     std::vector<std::pair<QWidget*, QFont>> fonts;
     for (QWidget* widget : QApplication::allWidgets()) {
         if (widget->testAttribute(Qt::WA_SetFont))

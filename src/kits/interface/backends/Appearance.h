@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This sets how everything looks: compact controls, which are the same on every desktop.
+// The style of the controls: compact, and the same on every desktop.
 #pragma once
 
 namespace kits {
 
-/// Sets the style of controls, in light colours until SetControlColors gives others. It notes what
-/// the desktop has chosen, for DesktopIsDark.
+/// Sets the style of controls, in light colours until SetControlColors sets others. Before that it
+/// records for DesktopIsDark whether the desktop's own colours are dark.
 void SetAppearance();
 
 } // namespace kits

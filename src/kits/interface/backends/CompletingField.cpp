@@ -42,14 +42,14 @@ CompletingField::CompletingField(BRect frame, const char* name, const char* labe
     both->setFocusProxy(line);
     Widget().SetContent(both);
 
-    // The words are there before the completer looks for them: it reacts to the same signal, but
-    // was connected when the line got the keyboard, which is later.
+    // Sets the words before the completer reads them: the completer connects to the same signal
+    // only when the line gets the focus, so its slot runs after this one.
     QObject::connect(line, &QLineEdit::textEdited, line, [this](const QString& text) {
         if (completions)
             words->setStringList(completions(text));
     });
     QObject::connect(line, &QLineEdit::returnPressed, line, [this] {
-        // The key that takes a completion does no more than that.
+        // The Enter that accepts a completion does nothing else.
         const QAbstractItemView& popup = *completer->popup();
         const bool completes = popup.isVisible() && popup.currentIndex().isValid();
         if (onConfirmed && !completes)

@@ -16,18 +16,19 @@ namespace kits {
 
 class CompletingField : public BView {
   public:
-    /// The label, which may be empty, stands left of the field in a column of that width.
+    /// The label is shown left of the field in a column of `labelWidth` pixels; if that is 0, it is
+    /// only the name for screen readers.
     CompletingField(BRect frame, const char* name, const char* label, float labelWidth,
                     uint32 resizingMode);
 
-    /// Called when a person presses Enter.
+    /// Called when the user presses Enter.
     std::function<void()> onConfirmed;
-    /// The words to offer for a text; asked whenever the text is edited.
+    /// Returns the words to offer for a text. It is called whenever the user has edited the text.
     std::function<QStringList(const QString&)> completions;
 
     std::string Text() const;
     void SetText(const QString& text);
-    /// Selects the text up to its extension, which seldom is what changes.
+    /// Selects the text without its file name extension, which users seldom change.
     void SelectStem();
 
     /// The toolkit's field.

@@ -12,7 +12,7 @@ namespace kits {
 
 namespace {
 
-/// Null where there is no X server.
+/// Returns the connection to the X server, or null if there is none.
 xcb_connection_t* Server() {
     const auto* x11 = qApp->nativeInterface<QNativeInterface::QX11Application>();
     return x11 ? x11->connection() : nullptr;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A window of ours as the content of another program's.
+// A window of this program embedded into a window of another one.
 #pragma once
 
 #include "kits/support/SupportDefs.h"
@@ -9,16 +9,17 @@
 
 namespace kits {
 
-/// Makes the widget, on an X server, a child of the window `host`, gives that its size, and keeps
-/// to the size that others give it, as far as the widget's limits go. A button that is pressed in
-/// the widget gives it the keyboard: no window manager does that, and the toolkit leaves it to the
-/// owner of the host's window, who does not know the widget. On another display nothing happens.
-/// Window thread.
+/// On an X server, makes the widget a child of the window `host`, resizes the host to the widget's
+/// size, and from then on resizes the widget to the host's size, within the widget's limits. A
+/// press of a mouse button in the widget gives it the keyboard focus: no window manager does that
+/// for an embedded window, and the toolkit leaves it to the owner of the host window, who does not
+/// know the widget. On another kind of display nothing happens. Window thread.
 class Embedding : public QObject {
   public:
     Embedding(QWidget& widget, uint32 host);
 
-    /// Takes up the host window's present size. It is to be called some ten times a second.
+    /// Resizes the widget to the host window's present size. It is to be called about ten times a
+    /// second.
     void Follow();
 
   protected:

@@ -12,7 +12,7 @@ namespace kits {
 
 namespace {
 
-/// Pixels of the columns for size and date.
+/// The widths of the columns for size and date, in pixels.
 constexpr int kSizeWidth = 84;
 constexpr int kDateWidth = 130;
 
@@ -21,7 +21,8 @@ constexpr auto kWholeRow = QItemSelectionModel::Select | QItemSelectionModel::Ro
 } // namespace
 
 FileList::FileList(FolderModel& model, bool multipleSelection) : model(model) {
-    // Before the view hears of a reset, which makes it forget.
+    // Connected before setModel(), so that the selection is saved before the view handles the reset
+    // and drops it.
     connect(&model, &QAbstractItemModel::modelAboutToBeReset, this, [this] { Remember(); });
     setModel(&model);
     connect(&model, &QAbstractItemModel::modelReset, this, [this] { Restore(); });
@@ -100,7 +101,7 @@ void FileList::keyPressEvent(QKeyEvent* event) {
     switch (event->key()) {
     case Qt::Key_Return:
     case Qt::Key_Enter:
-        // The entry that has the keyboard is meant even if it was never selected.
+        // If nothing is selected, the current entry is meant.
         if (selectionModel()->selectedRows().isEmpty() && currentIndex().isValid())
             selectionModel()->select(currentIndex(), kWholeRow);
         onActivated();

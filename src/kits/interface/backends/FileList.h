@@ -11,22 +11,22 @@
 
 namespace kits {
 
-/// Keeps what is selected when the list is sorted, filtered or read anew.
+/// A list that keeps its selection when it is sorted, filtered or read again.
 class FileList : public QTreeView {
   public:
     /// The model must outlive the list.
     FileList(FolderModel& model, bool multipleSelection);
 
-    /// Called at Enter or a double click.
+    /// Called on Enter or a double click.
     std::function<void()> onActivated;
-    /// Called at Backspace, by which a person asks for the folder above.
+    /// Called on Backspace, with which the user asks for the parent folder.
     std::function<void()> onParent;
     std::function<void()> onSelection;
 
     /// Returns the selected entries in the order of the list.
     std::vector<const FolderModel::Entry*> Selected() const;
-    /// Selects that entry alone, and brings it into view. Where it is not listed, none is selected
-    /// and the first has the keyboard.
+    /// Selects that entry alone and scrolls to it. If it is not listed, nothing is selected and the
+    /// first entry becomes the current one.
     void Select(const std::string& name);
 
   protected:

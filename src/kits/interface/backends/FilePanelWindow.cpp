@@ -26,7 +26,7 @@ namespace kits {
 
 namespace {
 
-// Places, in pixels; the window's content is (0, 0) to (kRight, kBottom) at first.
+// Positions and sizes in pixels. The window's content initially spans (0, 0) to (kRight, kBottom).
 
 constexpr float kRight = 579;
 constexpr float kBottom = 399;
@@ -45,8 +45,8 @@ constexpr float kNameLabelWidth = 53;
 constexpr float kMinimumWidth = 460;
 constexpr float kMinimumHeight = 250;
 
-// All that a person does comes as one of these messages, by mouse or keyboard: while an alert waits
-// for an answer no other message is handled, so nothing changes behind its back.
+// Every action of the user, by mouse or keyboard, arrives as one of these messages. While an alert
+// waits for an answer no message is handled, so nothing in the panel changes meanwhile.
 
 constexpr uint32 kCancel = FourCC("cncl");
 constexpr uint32 kDefault = FourCC("dflt");
@@ -66,7 +66,7 @@ QString TextOf(const fs::path& path) {
     return QFile::decodeName(path.c_str());
 }
 
-/// A view that a widget of the toolkit fills.
+/// A view filled with a widget of the toolkit.
 class HolderView : public BView {
   public:
     HolderView(BRect frame, const char* name, uint32 resizingMode, QWidget* content)
@@ -75,7 +75,7 @@ class HolderView : public BView {
     }
 };
 
-/// A scroll bar outside of the list that does what the list's own, hidden one does.
+/// Returns a scroll bar outside the list that works like the list's own, hidden one.
 QScrollBar* TwinOf(QScrollBar& original) {
     auto* twin = new QScrollBar(original.orientation());
     twin->setFocusPolicy(Qt::NoFocus);
@@ -93,7 +93,7 @@ QScrollBar* TwinOf(QScrollBar& original) {
 
 } // namespace
 
-/// A view that has the colour of panels.
+/// A view in the colour of file panels.
 class SheetView : public BView {
   public:
     SheetView(BRect frame, const char* name, uint32 resizingMode)
@@ -107,7 +107,7 @@ class SheetView : public BView {
     }
 };
 
-/// A line of text, shortened at its end where there is no room.
+/// A line of text, clipped where there is no room.
 class TextView : public SheetView {
   public:
     using SheetView::SheetView;
@@ -154,7 +154,7 @@ FilePanelWindow::FilePanelWindow(FilePanelOwner& panel, file_panel_mode mode, ui
     ShowState();
 }
 
-// The views go first, as the list looks into the model.
+// Deletes the views first, because the list refers to the model.
 FilePanelWindow::~FilePanelWindow() {
     if (panel)
         panel->WindowGone();
@@ -185,7 +185,7 @@ void FilePanelWindow::AddNavigation(BView& background) {
                                "Folder", 0, B_FOLLOW_LEFT_RIGHT | B_FOLLOW_TOP);
     path->SetToolTip("The folder that is listed; another one can be typed here (Ctrl+L)");
     path->onConfirmed = [this] { PostMessage(kGoToPath); };
-    // A path that was typed in vain stays to be corrected, until the field is left.
+    // A typed path that could not be opened stays for correction until the field is left.
     QObject::connect(qApp, &QApplication::focusChanged, list,
                      [this](const QWidget* from, const QWidget* to) {
                          if (path && from == &path->Line() && to && to->window() == &Widget())
@@ -242,7 +242,7 @@ void FilePanelWindow::AddShortcuts() {
     for (const auto& [keys, what] : shortcuts) {
         auto* shortcut = new QShortcut(keys, &Widget());
         QObject::connect(shortcut, &QShortcut::activated, list, [this, what = what] {
-            // Escape closes the completions first.
+            // Escape first closes the list of completions.
             QWidget* popup = QApplication::activePopupWidget();
             if (what == kCancel && popup)
                 popup->hide();
@@ -258,7 +258,7 @@ bool FilePanelWindow::QuitRequested() {
 }
 
 void FilePanelWindow::MessageReceived(BMessage* message) {
-    // What was on its way to a panel that has gone.
+    // The message was still in the queue when the panel was deleted.
     if (!panel)
         return;
     switch (message->what) {
@@ -276,7 +276,7 @@ void FilePanelWindow::MessageReceived(BMessage* message) {
     case kActivate:
         return ListActivated();
     case kReload:
-        // A hidden list is read anew when it is shown.
+        // A hidden list is read again when it is shown.
         if (!IsHidden())
             Reload();
         return;
@@ -326,7 +326,7 @@ void FilePanelWindow::Present() {
         const QWidget* behind = QApplication::activeWindow();
         const QRect area =
             behind ? behind->frameGeometry() : QApplication::primaryScreen()->availableGeometry();
-        // What stands at its lower edge is to be in sight.
+        // Shrinks to the screen, so that the controls at the lower edge can be seen.
         const BRect room = Room();
         const float width = std::min(Bounds().Width(), room.Width());
         const float height = std::min(Bounds().Height(), room.Height());
@@ -345,7 +345,7 @@ void FilePanelWindow::Present() {
     } else {
         list->setFocus();
     }
-    // Last, as a folder that cannot be read is reported on top of the panel.
+    // Last, so that the alert about an unreadable folder appears on top of the panel.
     Reload();
 }
 
@@ -384,7 +384,7 @@ void FilePanelWindow::EnterParent() {
         Enter(folder.parent_path(), folder.filename().string());
 }
 
-// The folder may have gone meanwhile; the nearest one that can be read takes its place.
+// If the folder cannot be read any more, lists the nearest folder above it that can be.
 void FilePanelWindow::Reload() {
     fs::path next = folder;
     if (Enter(next))
@@ -412,7 +412,7 @@ void FilePanelWindow::GoToTypedPath() {
     QString text = path->Line().text();
     if (text == "~" || text.startsWith("~/"))
         text.replace(0, 1, QDir::homePath());
-    // A relative path starts where the panel is.
+    // A relative path starts in the listed folder.
     if (Enter(folder / PathOf(text)))
         list->setFocus();
 }
@@ -499,7 +499,8 @@ void FilePanelWindow::ConfirmName() {
             "\"" + chosen + "\" already exists. Do you want to replace it?";
         auto* alert = new BAlert("Replace", question.c_str(), "Cancel", "Replace", nullptr,
                                  B_WIDTH_AS_USUAL, B_WARNING_ALERT);
-        // Enter, which has confirmed the name, must not also replace a file.
+        // Cancel is the default, so that the Enter that has confirmed the name does not also
+        // confirm the replacement.
         alert->SetDefaultButton(0);
         if (alert->Go() != 1)
             return;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The window of a file panel: its views, and what they do.
+// The window of a file panel, with its views and their behaviour.
 #pragma once
 
 #include "kits/interface/FilePanelDefs.h"
@@ -19,7 +19,7 @@ class CompletingField;
 class FileList;
 class TextView;
 
-/// Lives until its panel goes; closing it hides it.
+/// The window lives until its panel is deleted. Closing it only hides it.
 class FilePanelWindow : public BWindow {
   public:
     FilePanelWindow(FilePanelOwner& panel, file_panel_mode mode, uint32 nodeFlavors,
@@ -29,10 +29,11 @@ class FilePanelWindow : public BWindow {
     bool QuitRequested() override;
     void MessageReceived(BMessage* message) override;
 
-    /// The panel is being deleted.
+    /// Called when the panel is being deleted; the window quits.
     void Abandon();
 
-    /// Sets what to list; it is read at once where the window is shown, else when it is shown next.
+    /// These two set the content of the list. SetBeneath takes effect when the folder is next read.
+    /// SetFolder reads the folder at once if the window is shown, otherwise when it is shown next.
     void SetBeneath(const std::filesystem::path& upper, const std::filesystem::path& lower) {
         model.SetBeneath(upper, lower);
     }
@@ -43,7 +44,7 @@ class FilePanelWindow : public BWindow {
     std::vector<entry_ref> SelectedRefs() const;
 
     void Present();
-    /// Hides the window and tells the panel.
+    /// Hides the window and notifies the panel.
     void Dismiss();
 
   private:
@@ -53,7 +54,8 @@ class FilePanelWindow : public BWindow {
     void AddChoices(BView& background, file_panel_mode mode);
     void AddShortcuts();
 
-    /// Lists the folder, or reports why not and answers false.
+    /// Lists the folder and selects the entry `select`. If the folder cannot be read, reports the
+    /// reason in an alert and returns false.
     bool Enter(const std::filesystem::path& next, const std::string& select = "");
     void EnterParent();
     void Reload();
@@ -66,20 +68,20 @@ class FilePanelWindow : public BWindow {
     void ListActivated();
     void SelectionChanged();
     void ShowState();
-    /// Does what the default button does.
+    /// Has the effect of the default button.
     void Confirm();
     void ConfirmName();
     void Send(BMessage message);
     void Complain(const std::string& text);
 
-    /// The panel, null once it has gone.
+    /// The panel, or null once it has been deleted.
     FilePanelOwner* panel;
     uint32 flavors;
     std::filesystem::path folder;
     FolderModel model;
     FileList* list = nullptr;
     CompletingField* path = nullptr;
-    /// The field of the file's name; null in open mode.
+    /// The field of the file name; null in open mode.
     CompletingField* name = nullptr;
     BButton* parentButton = nullptr;
     BButton* defaultButton = nullptr;

@@ -29,7 +29,7 @@ struct CloseFolder {
 
 } // namespace
 
-// Where the system names no language there are no rules for numbers either, so English ones are
+// If the system sets no language, there are no rules for sorting numbers either, so English is
 // used.
 FolderModel::FolderModel(Filter filter)
     : filter(std::move(filter)),
@@ -51,7 +51,7 @@ FolderModel::EntriesOf(const std::filesystem::path& place) const {
         if (name == "." || name == "..")
             continue;
         struct stat status {};
-        // A link that leads nowhere is listed as what it is.
+        // A dangling symbolic link is listed as the link itself.
         if (::fstatat(::dirfd(open.get()), item->d_name, &status, 0) != 0 &&
             ::fstatat(::dirfd(open.get()), item->d_name, &status, AT_SYMLINK_NOFOLLOW) != 0)
             continue;
@@ -131,7 +131,7 @@ bool FolderModel::Before(const Entry& a, const Entry& b) const {
         return (a.size < b.size) != down;
     if (sortColumn == kDate && a.changed != b.changed)
         return (a.changed < b.changed) != down;
-    // Among equals the order of the names stays the usual one.
+    // Entries that are equal in size or date are sorted by ascending name in either direction.
     const bool namesDown = down && sortColumn == kName;
     if (const int order = collator.compare(a.label, b.label); order != 0)
         return (order < 0) != namesDown;

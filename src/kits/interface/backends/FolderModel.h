@@ -17,31 +17,32 @@ struct stat;
 
 namespace kits {
 
-/// The model has one row per entry, folders first; columns are name, size and date of the last
+/// A table with one row per entry, folders first. The columns are name, size and date of the last
 /// change.
 class FolderModel : public QAbstractTableModel {
   public:
     enum Column { kName, kSize, kDate, kColumns };
 
     struct Entry {
-        /// The name as the file system has it, which need not be text.
+        /// The bytes of the name in the file system, which need not be valid text.
         std::string name;
-        /// The folder that it lies in.
+        /// The folder that contains the entry.
         std::filesystem::path home;
         QString label;
         bool folder;
         qint64 size;
         QDateTime changed;
     };
-    /// A filter answers whether a file is listed.
+    /// Returns true if a file is listed.
     using Filter = std::function<bool(const entry_ref& file, const struct stat& status)>;
 
     explicit FolderModel(Filter filter);
 
-    /// Lists that folder. The error gives the system's reason; the list stays as it was then.
+    /// Lists that folder. On failure the error is the system's reason, and the list stays
+    /// unchanged.
     Result<void> Read(const std::filesystem::path& folder);
-    /// When `upper` is read, files of `lower` are listed too, except those whose names are in
-    /// `upper`, as far as `lower` can be read.
+    /// From now on, whenever `upper` is read, the files of `lower` are listed too, except those
+    /// whose names occur in `upper`. A `lower` that cannot be read is ignored.
     void SetBeneath(std::filesystem::path upper, std::filesystem::path lower);
     const std::filesystem::path& Folder() const { return folder; }
 
@@ -49,7 +50,7 @@ class FolderModel : public QAbstractTableModel {
     bool ShowsHidden() const { return showsHidden; }
 
     const Entry& At(int row) const { return entries[rows[static_cast<std::size_t>(row)]]; }
-    /// Null if it is not listed.
+    /// Returns the index of the entry with that name, or an invalid index if it is not listed.
     QModelIndex Find(const std::string& name) const;
 
     int rowCount(const QModelIndex& parent = {}) const override;

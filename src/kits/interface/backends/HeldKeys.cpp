@@ -11,7 +11,8 @@ namespace kits {
 HeldKeys::HeldKeys(QObject* application) : QObject(application) {
     application->installEventFilter(this);
     KeepRepeatsFromReleasing();
-    // A window that closes at a press misses the release.
+    // A window that closes on a press misses the release, so keys that are up by now are removed
+    // here.
     connect(qApp, &QGuiApplication::focusWindowChanged, this,
             [this] { std::erase_if(keys, [](const auto& key) { return IsUp(key.first); }); });
 }
@@ -26,13 +27,14 @@ HeldKeys& HeldKeys::Instance() {
 bool HeldKeys::eventFilter(QObject* receiver, QEvent* event) {
     switch (event->type()) {
     case QEvent::ApplicationStateChange:
-        // Another program sees the releases.
+        // Another program gets the releases from now on.
         if (QGuiApplication::applicationState() != Qt::ApplicationActive)
             keys.clear();
         return false;
     case QEvent::ShortcutOverride:
     case QEvent::KeyPress:
-        // The toolkit's window comes first, then the widget in it.
+        // Each event passes here for the toolkit's window first, then for the focused widget; only
+        // the first counts.
         return receiver->isWindowType() && Press(static_cast<QKeyEvent&>(*event));
     case QEvent::KeyRelease:
         return receiver->isWindowType() && Release(static_cast<QKeyEvent&>(*event));
@@ -41,9 +43,9 @@ bool HeldKeys::eventFilter(QObject* receiver, QEvent* event) {
     }
 }
 
-/// True where the press is to be kept from where the focus is.
+/// Returns true if the press must not reach the focused widget.
 bool HeldKeys::Press(QKeyEvent& event) {
-    // A key that is simulated may have no place.
+    // A simulated key press may have no place on the keyboard.
     const quint32 place = event.nativeScanCode();
     if (place == 0)
         return false;
@@ -56,7 +58,7 @@ bool HeldKeys::Press(QKeyEvent& event) {
     if (!held->second.window && (held->second.focus == QApplication::focusWidget() ||
                                  event.key() == Qt::Key_Tab || event.key() == Qt::Key_Backtab))
         return false;
-    // So that it is no shortcut either.
+    // Accepting a ShortcutOverride prevents the key from triggering a shortcut.
     event.accept();
     return true;
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The keys that are down, wherever the keyboard's focus goes meanwhile.
+// Tracks the keys that are down, independently of the keyboard focus.
 #pragma once
 
 #include "kits/interface/backends/WindowWidget.h"
@@ -12,19 +12,20 @@ class QKeyEvent;
 
 namespace kits {
 
-/// Follows each key of the keyboard from its press to its release: what a key does until it is let
-/// go belongs to the place that it was pressed in. A field that gets the focus while a key is held
-/// gets none of its repeats, and a window is told of the release of every key that it took, even if
-/// a field or a menu has the focus by then. Tab alone goes on with the focus. Window thread.
+/// Follows each key from its press to its release. Until its release a key belongs to the widget or
+/// window that got its press: a field that gets the focus while a key is held gets none of its
+/// repeats, and a window is told of the release of every key that it took, even if a field or a
+/// menu has the focus by then. Only the repeats of Tab follow the focus. Window thread.
 class HeldKeys : public QObject {
   public:
-    /// Returns the one of the running application.
+    /// Returns the instance of the running application.
     static HeldKeys& Instance();
 
-    /// Notes that the window has taken the press of the key at that place.
+    /// Notes that the window has taken the press of the key at `place`, the key's number on the
+    /// keyboard.
     void Take(quint32 place, WindowWidget& window) { keys[place].window = &window; }
 
-    /// True while a key with that code of the toolkit is down.
+    /// Returns true while a key with this toolkit key code is down.
     bool IsDown(int code) const;
 
   protected:
@@ -46,13 +47,13 @@ class HeldKeys : public QObject {
     std::map<quint32, Key> keys;
 };
 
-/// Has the X server tell of no releases while a key is only held; where there is none, nothing.
-/// The toolkit recognises a repeat by the press that follows its release, and takes it for two true
-/// events where the press comes a moment later.
+/// Makes the X server send no releases while a key repeats; does nothing without an X server.
+/// Otherwise the toolkit has to recognise a repeat by the press that follows its release at once,
+/// and if that press is delayed it takes the two for a true release and a new press.
 void KeepRepeatsFromReleasing();
 
-/// True where the X server says that the key at that place of the keyboard is up; false where there
-/// is no X server.
+/// Returns true if the X server reports that the key at that place of the keyboard is up, and false
+/// without an X server.
 bool IsUp(quint32 place);
 
 } // namespace kits

@@ -2,7 +2,7 @@
 #include "kits/interface/backends/HeldKeys.h"
 
 #include <QGuiApplication>
-// Last, for its macros.
+// Included last because of its macros.
 #include <X11/XKBlib.h>
 
 namespace kits {

@@ -69,7 +69,7 @@ KeyPress FromQt(const QKeyEvent& event) {
     }
     if (code >= Qt::Key_F1 && code <= Qt::Key_F12)
         press.key = static_cast<Key>(static_cast<int>(Key::F1) + code - Qt::Key_F1);
-    // Codes below those of the special keys are characters.
+    // Key codes below those of the special keys are characters.
     if (press.key == Key::Other && code < Qt::Key_Escape) {
         press.key = Key::Character;
         press.character = static_cast<char32_t>(code);
@@ -79,7 +79,7 @@ KeyPress FromQt(const QKeyEvent& event) {
 
 ViewWidget::ViewWidget(BView& view) : view(view) {
     setMouseTracking(true);
-    // A view paints its whole area, so what lies behind need not be painted first.
+    // A view paints its whole area, so the toolkit need not paint the background first.
     setAttribute(Qt::WA_OpaquePaintEvent, !(view.Flags() & B_SEE_THROUGH));
     if (view.Flags() & B_NAVIGABLE)
         setFocusPolicy(Qt::StrongFocus);
@@ -91,7 +91,7 @@ void ViewWidget::SetContent(QWidget* next) {
     content->setGeometry(rect());
     setFocusPolicy(Qt::NoFocus);
     setFocusProxy(content);
-    // What the control leaves free shows the parent.
+    // The parent shows through where the control paints nothing.
     setAttribute(Qt::WA_OpaquePaintEvent, false);
 }
 
@@ -137,7 +137,7 @@ void ViewWidget::Press(const QMouseEvent& event, int32 count) {
     Note(event);
     clicks = count;
     inside = true;
-    // A press beside the text fields gives the keyboard back to the window.
+    // A press outside the text fields gives the keyboard back to the window.
     QWidget* focused = QApplication::focusWidget();
     if (focused && focused != this)
         focused->clearFocus();
@@ -156,8 +156,8 @@ void ViewWidget::mouseReleaseEvent(QMouseEvent* event) {
         view.MouseUp(pointer);
 }
 
-// The toolkit goes on reporting moves outside while a button is held, which most views do not want
-// to know.
+// While a button is held the toolkit also reports moves outside the view, which are passed on only
+// to views with B_KEEPS_POINTER.
 void ViewWidget::mouseMoveEvent(QMouseEvent* event) {
     Note(*event);
     if (!Contains(pointer) && !(Keeps() && buttons)) {
@@ -170,7 +170,7 @@ void ViewWidget::mouseMoveEvent(QMouseEvent* event) {
 }
 
 void ViewWidget::wheelEvent(QWheelEvent* event) {
-    /// What a step of a usual wheel counts in the toolkit.
+    /// The angle of one step of an ordinary wheel, in the toolkit's units of 1/8 degree.
     constexpr float kStep = 120;
     pointer = {static_cast<float>(event->position().x()),
                static_cast<float>(event->position().y())};
@@ -189,7 +189,8 @@ void ViewWidget::keyPressEvent(QKeyEvent* event) {
 void ViewWidget::focusInEvent(QFocusEvent* event) {
     QWidget::focusInEvent(event);
     const Qt::FocusReason reason = event->reason();
-    // A view may pass the focus on while it is pressed.
+    // A focus change while a mouse button is down counts as one by the mouse, because a pressed
+    // view may pass the focus on.
     if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason)
         focusCameByKeys =
             reason != Qt::MouseFocusReason && QApplication::mouseButtons() == Qt::NoButton;
@@ -213,7 +214,7 @@ void ViewWidget::Leave() {
 }
 
 void ViewWidget::StartAnimation() {
-    // The toolkit's timers count whole milliseconds.
+    // The duration of a frame; the toolkit's timers count whole milliseconds.
     constexpr int kFrame = 16;
     if (!frames) {
         frames = std::make_unique<QTimer>();

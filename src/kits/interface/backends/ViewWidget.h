@@ -20,11 +20,11 @@ inline QString ToQt(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
-/// Returns what a tip has to be given to show these words. What looks like markup in them is not:
-/// it may be a stranger's comment, or the name of a file.
+/// Returns the text to set as a tool tip so that it shows exactly `words`. Markup in them is
+/// escaped, because they may come from a stranger's comment or a file name.
 QString TipText(const QString& words);
 
-/// Returns the pixels that a rectangle with inclusive edges covers.
+/// Returns the pixels that a BRect, whose edges are inclusive, covers.
 inline QRect ToQt(BRect rect) {
     const QPointF leftTop(rect.left, rect.top);
     return {leftTop.toPoint(),
@@ -37,7 +37,7 @@ QFont ToQt(const BFont& font);
 uint32 FromQt(Qt::KeyboardModifiers modifiers);
 KeyPress FromQt(const QKeyEvent& event);
 
-/// The bits are shared, so the bitmap must outlive the image.
+/// Returns an image that shares the bitmap's bits, so the bitmap must outlive it.
 QImage ToQt(const BBitmap& bitmap);
 
 /// Forwards the toolkit's events to the view's hooks.
@@ -46,14 +46,14 @@ class ViewWidget : public QWidget {
     explicit ViewWidget(BView& view);
 
     BView& View() { return view; }
-    /// Valid while the view draws.
+    /// Returns the painter while the view draws, otherwise null.
     QPainter* Painter() { return painter; }
     BPoint Pointer() const { return pointer; }
     uint32 Buttons() const { return buttons; }
     uint32 Modifiers() const { return modifiers; }
     int32 Clicks() const { return clicks; }
     bool FocusCameByKeys() const { return focusCameByKeys; }
-    /// Sets the toolkit widget that fills a control, which then has the focus in the view's stead.
+    /// Sets the toolkit widget that fills a control; it has the focus in place of the view.
     void SetContent(QWidget* next);
     QWidget* Content() const { return content; }
     void StartAnimation();
@@ -74,7 +74,8 @@ class ViewWidget : public QWidget {
   private:
     void Note(const QMouseEvent& event);
     void Press(const QMouseEvent& event, int32 count);
-    /// True for a view that is told of all that the pointer does while a button is held.
+    /// Returns true if the view gets all moves of the pointer while a button is held
+    /// (B_KEEPS_POINTER).
     bool Keeps() const;
     bool Contains(BPoint point) const;
     void Leave();
@@ -88,10 +89,10 @@ class ViewWidget : public QWidget {
     uint32 modifiers = 0;
     int32 clicks = 0;
     bool focusCameByKeys = false;
-    /// Runs while there is something to animate, from the first time on.
+    /// Runs while an animation does. Created by the first StartAnimation.
     std::unique_ptr<QTimer> frames;
     QElapsedTimer sinceFrame;
-    /// The pointer was inside at the last event.
+    /// True if the pointer was inside at the last event.
     bool inside = false;
 };
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // VectorMaths for the instruction set that this file is compiled for.
 //
-// No function of the standard library's templates is used here: an instance that uses wide vectors
-// could be linked into code that runs on any machine.
+// No function template of the standard library is used here: an instance compiled for wide vectors
+// could be linked into code that must run on any machine.
 #include "kits/maths/VectorMaths.h"
 
 #include <sleef.h>
@@ -13,7 +13,7 @@ extern const VectorMaths VEXA_LOOPS_TABLE;
 
 namespace {
 
-// SLEEF's name of a function: the width of its vectors and the instruction set stand in it.
+// SLEEF's name of a function, which includes the vector width and the instruction set.
 #if defined(__AVX512F__)
 using Vector = __m512d;
 #define FORM(name, precision) Sleef_cinz_##name##d8_##precision##avx512fnofma
@@ -43,7 +43,8 @@ inline void Store(const Vector& vector, double* to) {
     __builtin_memcpy(to, &vector, sizeof vector);
 }
 
-// A function's loop, of which the compiler would not take the vector function as a parameter.
+// The loop of a function. A macro, because the compiler rejects a function of vector types as a
+// template argument.
 #define OF_ONE(name, precision)                                                                    \
     [](const double* x, double* values, std::size_t count) {                                       \
         for (std::size_t i = 0; i < count; i += kLanes)                                            \

@@ -44,7 +44,7 @@ bool SetNumber(Number& target, std::string_view text, Number minimum, Number max
     return true;
 }
 
-/// Accepts any text that is not empty.
+/// Sets `target` to the text; returns false if that is empty.
 template<class Target>
 bool SetText(Target& target, std::string_view text) {
     target = text;

@@ -39,8 +39,8 @@ bigtime_t DeviceClock::PerformanceTimeFor(bigtime_t realTime) const noexcept {
     const auto time = static_cast<double>(realTime);
     const auto size = static_cast<uint32>(moments.size());
     uint32 at = latest;
-    // The time ends at the next period's first frame: while the device stands still, no frames
-    // pass.
+    // The result is limited to the next period's first frame: while the device stands still, no
+    // frames pass.
     bigtime_t end = std::numeric_limits<bigtime_t>::max();
     for (uint32 looked = 1; looked < kReadable && moments[at].realTime > time; looked++) {
         const uint32 before = (at + size - 1) % size;

@@ -244,7 +244,7 @@ status_t BMediaRoster::StopNode(const media_node& node, bigtime_t performanceTim
     if (!found)
         return B_MEDIA_BAD_NODE;
     found->Call([&] { found->Stop(performanceTime, immediate); });
-    // Until a later stop the producer still sends, and missing buffers are faults.
+    // With a later stop the producer still sends until then, so missing buffers still count.
     if (!immediate)
         return B_OK;
     for (const Records::Connection& connection : records->connections) {

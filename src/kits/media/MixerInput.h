@@ -32,8 +32,8 @@ class MixerInput {
     /// its buffers.
     MixerInput(const DeviceClock& clock, double rate, std::size_t longest, unsigned channels = 1);
 
-    /// How many microseconds before the device's thread fetches a buffer that buffer should arrive:
-    /// the delay that a producer's real-time thread may have without harm.
+    /// The time, in microseconds, by which a buffer should arrive before the device's thread
+    /// fetches it: the delay that a producer's real-time thread may have without harm.
     static constexpr bigtime_t kMargin = 1000;
 
     /// Takes frames to be heard from the performance time `start` on. Values that are not finite

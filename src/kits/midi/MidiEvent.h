@@ -23,8 +23,8 @@ struct MidiEvent {
     /// The system time, in microseconds, at which it happened; 0 if that is unknown.
     bigtime_t time;
     Hook hook;
-    /// The channel, 0..15. For AllNotesOff it is 1 if the message was for one channel, which
-    /// `data1` then tells.
+    /// The channel, 0..15. For AllNotesOff it is 1 if the message was for a single channel, which
+    /// EventOf puts into `data1`.
     uint8 channel;
     /// The data bytes of the message; 0 for those that it does not have.
     uint8 data1;

@@ -16,8 +16,8 @@ class BMidiLocalProducer : public BMidiEndpoint {
 
     /// Makes the source known. It must be called before the roster is first used.
     status_t Register();
-    /// Is called in place of Register for a source that no roster lists and that is always
-    /// connected, such as notes that the program plays by itself.
+    /// Replaces Register for a source that no roster lists and that is always connected, such as
+    /// what the program plays by itself.
     status_t RegisterAsOwn();
     status_t Unregister();
 

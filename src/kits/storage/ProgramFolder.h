@@ -40,8 +40,8 @@ class ProgramFolders {
     /// Returns the file of that name, the person's before the program's; if there is none, the path
     /// at which the person would create it. An absolute path is returned as it is.
     std::filesystem::path Find(const char* folder, const std::filesystem::path& name) const;
-    /// Returns the name by which a document refers to a file that it needs: the last component of
-    /// its path if Find leads from that name to this file, directly in the folder, else its full
+    /// Returns the name by which a document refers to a file that it needs: the file's name without
+    /// its folder if Find, given that name, finds this file directly in the folder, else its full
     /// path.
     std::string NameOf(const char* folder, const std::filesystem::path& file) const;
     /// Returns the names of all documents, a person's and the program's, each once, in byte order.

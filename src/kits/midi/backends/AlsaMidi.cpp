@@ -15,7 +15,7 @@ namespace kits {
 
 namespace {
 
-/// Ignores warnings; RtMidi reports its errors by exceptions.
+/// Ignores RtMidi's messages, which it would otherwise write to standard error.
 void Ignore(RtMidiError::Type, const std::string&, void*) {}
 
 std::unique_ptr<RtMidiIn> OpenClient() {

@@ -23,8 +23,8 @@ class MidiBackend {
     virtual std::vector<std::string> Sources() = 0;
 
     /// Makes a port of this name, to which other programs may connect sources; their bytes go into
-    /// the inlet `shared`. The bytes of sources that Connect connects go into `chosen`, so that
-    /// either kind can vanish with its own notes. There is at most one port.
+    /// the inlet `shared`. The bytes of sources that Connect connects go into `chosen`, so that the
+    /// notes of either kind can be ended separately. There is at most one port.
     virtual Result<void> OpenInput(const std::string& name, MidiThread::Inlet& shared,
                                    MidiThread::Inlet& chosen) = 0;
     /// Closes the port. When it returns, nothing is put into the inlets any more.

@@ -9,13 +9,14 @@ namespace kits {
 
 namespace {
 
-/// "--name VALUE" as the help shows it.
+/// Returns "--name VALUE" as the help shows it.
 std::string Synopsis(const OptionText& row) {
     std::string text = std::string("--") + row.name;
     return row.value ? text + ' ' + row.value : text;
 }
 
-/// The rows as getopt_long takes them, each with its index as the value, beyond all characters.
+/// The rows as getopt_long takes them; each returns its index plus kFirstRow, which is beyond all
+/// characters.
 constexpr int kFirstRow = 256;
 
 std::vector<option> GetoptTable(std::span<const OptionText> rows) {
@@ -28,7 +29,8 @@ std::vector<option> GetoptTable(std::span<const OptionText> rows) {
     return table;
 }
 
-/// What getopt_long's answer `found` (':' or '?') means for the argument that it stopped at.
+/// Returns the error for getopt_long's result `found` (':' or '?') and the argument at which it
+/// stopped.
 Error Misuse(std::span<const OptionText> rows, int found, const char* argument) {
     if (found == ':')
         return {std::string(argument) + " needs a value"};
@@ -54,7 +56,7 @@ Result<std::vector<std::string>>
 ParseCommandLine(std::span<const OptionText> rows, std::span<const std::string> arguments,
                  const std::function<bool(std::size_t row, std::string_view value)>& set) {
     const std::vector<option> table = GetoptTable(rows);
-    // getopt_long puts the operands behind the options: it moves these pointers.
+    // getopt_long moves these pointers, so that the operands follow the options.
     std::string program;
     std::vector<std::string> texts(arguments.begin(), arguments.end());
     std::vector<char*> argv{program.data()};
@@ -66,7 +68,7 @@ ParseCommandLine(std::span<const OptionText> rows, std::span<const std::string> 
     ::optind = 0; // start anew, not where the last command line ended
     ::opterr = 0; // the messages are ours
     for (;;) {
-        // The colon asks for ':' where a value is missing.
+        // The colon makes it return ':' for a missing value.
         const int found = ::getopt_long(count, argv.data(), ":", table.data(), nullptr);
         if (found == ':' || found == '?')
             return Misuse(rows, found, argv[::optind - 1]);

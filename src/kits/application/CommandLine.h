@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Options of a command line, driven by a table from which the help is made too.
+// Options of a command line, driven by a table from which the help text is made as well.
 #pragma once
 
 #include "kits/support/Result.h"
@@ -13,13 +13,13 @@
 
 namespace kits {
 
-/// What is known of an option besides what it does.
+/// The description of an option, without its effect.
 struct OptionText {
     const char* name;
     /// The word that stands for the value in the help; null for an option without a value.
     const char* value;
-    /// What the value may be, in the words of the help and of the message when it is something
-    /// else. Where it is null, any text that is not empty will do.
+    /// The allowed values, in the words of the help and of the message about any other value. If it
+    /// is null, any text that is not empty is allowed.
     const char* allowed;
     const char* help;
 };
@@ -27,11 +27,12 @@ struct OptionText {
 /// A row of the table of options.
 template<class Options>
 struct OptionRow : OptionText {
-    /// Takes the value over into the options; false if it is not allowed.
+    /// Sets the value in the options; returns false if it is not allowed.
     bool (*set)(Options& options, std::string_view text);
 };
 
-/// The whole of `text` as a number within the limits, which no NaN is; in every locale the same.
+/// Reads the whole of `text` as a number within the limits (never a NaN), independently of the
+/// locale. Returns false for any other text.
 template<class Number>
 bool SetNumber(Number& target, std::string_view text, Number minimum, Number maximum) {
     Number number{};
@@ -43,19 +44,20 @@ bool SetNumber(Number& target, std::string_view text, Number minimum, Number max
     return true;
 }
 
-/// Takes any text over but an empty one.
+/// Sets `target` to the text; returns false if that is empty.
 template<class Target>
 bool SetText(Target& target, std::string_view text) {
     target = text;
     return !text.empty();
 }
 
-/// Reads a MIDI channel: "1" to "16" give 0 to 15, and "all" gives -1. False for any other text.
+/// Reads a MIDI channel: "1" to "16" give 0 to 15, and "all" gives -1. Returns false for any other
+/// text.
 bool SetChannel(int& channel, std::string_view text);
 
-/// Calls `set` for each option in `arguments` (the program's name is not among them) with the row's
-/// index and the value, and returns the operands. The error names the option and what it allows.
-/// Not to be called by two threads at once.
+/// Calls `set` for each option in `arguments`, which exclude the program's name, with the row's
+/// index and the value, and returns the operands. The error names the option and its allowed
+/// values. Two threads must not call it at once.
 Result<std::vector<std::string>>
 ParseCommandLine(std::span<const OptionText> rows, std::span<const std::string> arguments,
                  const std::function<bool(std::size_t row, std::string_view value)>& set);
@@ -63,7 +65,7 @@ ParseCommandLine(std::span<const OptionText> rows, std::span<const std::string> 
 /// Returns the rows as lines of a help text.
 std::string OptionHelp(std::span<const OptionText> rows);
 
-/// Reads options and values by rows that know how to set them.
+/// Reads options and values by rows that can set them.
 template<class Options>
 Result<std::vector<std::string>> ParseCommandLine(std::span<const OptionRow<Options>> rows,
                                                   std::span<const std::string> arguments,

@@ -18,8 +18,8 @@ void SayNoMemory() {
     std::fprintf(stderr, "%s: there is not enough memory\n", guarded);
 }
 
-/// An exception that left a thread, or that a library cannot let through: the end of the program
-/// all the same, but as one that the person understands.
+/// Handles an exception that left a thread, or that a library cannot let through: the program still
+/// ends, but with a message that a person understands.
 [[noreturn]] void End() {
     try {
         if (std::current_exception())
@@ -36,10 +36,11 @@ void SayNoMemory() {
 } // namespace
 
 int GuardedMain(const char* program, const std::function<int()>& work) {
-    // A write beyond the size that the user's limit allows is to fail, as on a full disk.
+    // A write beyond the user's limit of file size must fail, as on a full disk, instead of ending
+    // the program.
     std::signal(SIGXFSZ, SIG_IGN);
-    // Where whoever started the program ignores the ends of children, it would too, and the system
-    // would not keep for RunProgram how one has ended.
+    // If the process that started the program ignores the ends of its children, this one inherits
+    // that, and the system would not keep a child's exit status for RunProgram.
     std::signal(SIGCHLD, SIG_DFL);
     guarded = program;
     std::set_terminate(End);

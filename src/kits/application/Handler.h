@@ -14,8 +14,8 @@ class HandlerTarget;
 
 class BLooper;
 
-/// Takes messages in. Lives in the window thread, where its hook is called; messages may be sent to
-/// it from any thread, by a BMessenger.
+/// Receives messages. It lives in the window thread, where its hook is called; any thread may send
+/// it messages through a BMessenger.
 class BHandler {
   public:
     explicit BHandler(const char* name = nullptr);
@@ -23,7 +23,8 @@ class BHandler {
     BHandler(const BHandler&) = delete;
     BHandler& operator=(const BHandler&) = delete;
 
-    /// A message has arrived; what a class does not know it passes on to its base.
+    /// Called when a message has arrived; a class passes messages that it does not know on to its
+    /// base class.
     virtual void MessageReceived(BMessage* message);
 
     const char* Name() const { return name.c_str(); }
@@ -41,7 +42,7 @@ class BHandler {
 };
 
 /// A handler that others belong to. All loopers share the window thread and its queue, so there is
-/// nothing to lock: Lock succeeds at once, and says in the code what a lock would be for.
+/// nothing to lock: Lock succeeds at once, and only marks in the code what a lock would protect.
 class BLooper : public BHandler {
   public:
     explicit BLooper(const char* name = nullptr);
@@ -55,7 +56,7 @@ class BLooper : public BHandler {
     void PostMessage(uint32 what) { PostMessage(BMessage(what)); }
 
     void AddHandler(BHandler* handler);
-    /// Takes a handler out; returns false if it is not this looper's.
+    /// Removes a handler; returns false if it does not belong to this looper.
     bool RemoveHandler(BHandler* handler);
 
   private:

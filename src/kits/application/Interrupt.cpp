@@ -23,7 +23,7 @@ Interrupt::Interrupt() {
     received.store(0);
     struct sigaction noting {};
     noting.sa_handler = NoteSignal;
-    // System calls of libraries that do not expect to be interrupted go on.
+    // SA_RESTART, for libraries that do not expect their system calls to be interrupted.
     noting.sa_flags = SA_RESTART;
     ::sigemptyset(&noting.sa_mask);
     for (std::size_t i = 0; i < std::size(kSignals); i++) {

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A request from outside to end early, such as Ctrl-C.
+// A request from outside, such as Ctrl-C, to end early.
 #pragma once
 
 #include <csignal>
 
 namespace kits {
 
-/// While one lives, SIGINT, SIGTERM and SIGHUP no longer end the program but are noted, so that its
-/// work can stop in an orderly way. A signal that was ignored before stays ignored, as nohup wants
-/// it. Afterwards the signals do what they did before. There is one at a time, made and destroyed
-/// by the main thread; any thread reads it.
+/// While an Interrupt exists, SIGINT, SIGTERM and SIGHUP do not end the program but are recorded,
+/// so that its work can stop in an orderly way. A signal that was ignored before stays ignored, as
+/// nohup requires. The destructor restores the signals' previous actions. There is at most one at a
+/// time, made and destroyed by the main thread; any thread reads it.
 class Interrupt {
   public:
     Interrupt();
@@ -18,9 +18,9 @@ class Interrupt {
     Interrupt& operator=(const Interrupt&) = delete;
 
     bool Requested() const { return Signal() != 0; }
-    /// The last signal that came, 0 for none.
+    /// Returns the last signal received, 0 for none.
     int Signal() const;
-    /// True if the program was asked to end since the last Interrupt was made. Any thread.
+    /// Returns true if the program was asked to end since the last Interrupt was made. Any thread.
     static bool Pending();
     /// Returns the exit code that the shells' convention asks for: 128 plus the signal.
     int ExitCode() const { return 128 + Signal(); }

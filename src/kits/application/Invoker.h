@@ -8,10 +8,10 @@
 
 class BHandler;
 
-/// Holds a message and the target that it goes to. Window thread.
+/// Holds a message and its target. Window thread.
 class BInvoker {
   public:
-    /// Makes an invoker of a message, which it owns from now on and which may be null.
+    /// Makes an invoker with a message, which it owns from now on and which may be null.
     explicit BInvoker(BMessage* message) : message(message) {}
     virtual ~BInvoker() = default;
 
@@ -19,13 +19,13 @@ class BInvoker {
     /// Sets another message, which the invoker owns from now on.
     void SetMessage(BMessage* next) { message.reset(next); }
 
-    /// The handler may go before the invoker.
+    /// Sets the target, which may be destroyed before the invoker.
     virtual void SetTarget(const BHandler* handler) { target = BMessenger(handler); }
     void SetTarget(const BMessenger& messenger) { target = messenger; }
     const BMessenger& Target() const { return target; }
 
-    /// Sends a copy of the message. Returns B_BAD_VALUE when there is none, B_NO_INIT without a
-    /// target.
+    /// Sends a copy of the message. Returns B_BAD_VALUE if there is no message, B_NO_INIT if there
+    /// is no target.
     status_t Invoke() const { return message ? target.SendMessage(*message) : B_BAD_VALUE; }
 
   private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The queue holds messages on their way into the window thread.
+// The queue of messages on their way into the window thread.
 #pragma once
 
 #include "kits/application/Messenger.h"
@@ -13,13 +13,13 @@ class BHandler;
 
 namespace kits {
 
-/// Messages find their handler by this, as it may go before they arrive.
+/// Leads a message to its handler, which may be destroyed before the message arrives.
 class HandlerTarget : public MessageTarget, public std::enable_shared_from_this<HandlerTarget> {
   public:
     explicit HandlerTarget(BHandler* handler) : handler(handler) {}
     void Post(const BMessage& message) override;
 
-    /// The handler that takes the messages; null once it has gone. Window thread.
+    /// The handler that takes the messages; null once it has been destroyed. Window thread.
     BHandler* handler;
 };
 
@@ -31,13 +31,13 @@ class MessageQueue {
 
     void Post(std::weak_ptr<HandlerTarget> target, const BMessage& message);
 
-    /// Sets what is called after a post, by the thread that posts, so that the event loop comes to
-    /// deliver. Null is for a loop that asks by itself.
+    /// Sets a function that is called after each post, in the thread that posts, to make the event
+    /// loop deliver. Null is for a loop that polls.
     void SetWake(std::function<void()> wake);
 
-    /// Delivers what has been posted, in order. While a message is being handled (its handler may
-    /// wait for a person in an alert) nothing else is delivered. An exception of the handler passes
-    /// through; what was posted behind comes with the next call. Window thread.
+    /// Delivers the posted messages in order. While a message is being handled (its handler may
+    /// wait for a person in an alert), no other is delivered. An exception of the handler passes
+    /// through; the messages behind it come with the next call. Window thread.
     void Deliver();
 
   private:

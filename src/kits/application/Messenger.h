@@ -9,7 +9,7 @@
 
 namespace kits {
 
-/// Something that takes messages in.
+/// A receiver of messages.
 class MessageTarget {
   public:
     virtual ~MessageTarget() = default;
@@ -21,8 +21,8 @@ class MessageTarget {
 
 class BHandler;
 
-/// A handle on a target, which may go before the handle does. It is a value that can be copied. Any
-/// thread.
+/// A reference to a target, which may be destroyed before the messenger. It is a value that can be
+/// copied. Any thread.
 class BMessenger {
   public:
     BMessenger() = default;
@@ -32,7 +32,7 @@ class BMessenger {
     explicit BMessenger(const BHandler* handler);
 
     bool IsValid() const { return !target.expired(); }
-    /// B_OK, or B_NO_INIT when there is no target any more.
+    /// Returns B_OK, or B_NO_INIT if the target does not exist any more.
     status_t SendMessage(const BMessage& message) const {
         const std::shared_ptr<kits::MessageTarget> alive = target.lock();
         if (!alive)

@@ -31,7 +31,7 @@ bool IsProgram(const std::string& path) {
            ::access(path.c_str(), X_OK) == 0;
 }
 
-/// The path of the program called `name`; empty if there is none.
+/// Returns the path of the program called `name`; empty if there is none.
 std::string FindProgram(const std::string& name) {
     if (name.find('/') != std::string::npos)
         return IsProgram(name) ? name : std::string();
@@ -47,7 +47,7 @@ std::string FindProgram(const std::string& name) {
     return {};
 }
 
-/// The caller's environment, with TMPDIR set to `folder`.
+/// Returns the caller's environment, with TMPDIR set to `folder`.
 std::vector<std::string> Environment(const std::filesystem::path& folder) {
     constexpr std::string_view kTemporary = "TMPDIR=";
     std::vector<std::string> variables;
@@ -74,8 +74,8 @@ struct Pipe {
     Descriptor in;
 };
 
-/// A pipe above the three standard descriptors, which the caller may have closed. Reading from it
-/// does not wait.
+/// Makes a pipe whose descriptors lie above the three standard ones, which the caller may have
+/// closed. Reading from it does not wait.
 Pipe MakePipe() {
     std::array<int, 2> ends{-1, -1};
     if (::pipe2(ends.data(), O_CLOEXEC) != 0)
@@ -87,9 +87,9 @@ Pipe MakePipe() {
             Descriptor(::fcntl(in.Number(), F_DUPFD_CLOEXEC, 3))};
 }
 
-/// A terminal that belongs to nobody yet. A program that takes it as its own is told to hang up
-/// when the last descriptor of the other side is closed, which the system does for a process that
-/// is killed; and with the program, all in its group are.
+/// A pseudo-terminal that is nobody's controlling terminal yet. When the last descriptor of its
+/// master side is closed, which the system does also for a process that is killed, the program that
+/// has it as its controlling terminal gets SIGHUP, and so do all in its process group.
 class HangUpLine {
   public:
     HangUpLine() : master(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)) {
@@ -97,7 +97,7 @@ class HangUpLine {
             ::ptsname_r(master.Number(), name.data(), name.size()) != 0)
             name[0] = 0;
     }
-    /// Null where the system has none to give.
+    /// Returns null if the system cannot provide a terminal.
     const char* Name() const { return name[0] ? name.data() : nullptr; }
 
   private:
@@ -105,26 +105,26 @@ class HangUpLine {
     std::array<char, 64> name{};
 };
 
-/// All that the child needs between its birth and the program's start.
+/// Everything that the child needs between its start and that of the program.
 struct Start {
     const char* path;
     char* const* arguments;
     char* const* environment;
-    /// Null: stay.
+    /// Null: the caller's folder.
     const char* folder;
     int standardError;
     /// The program's controlling terminal; null if it has none.
     const char* terminal;
-    /// Takes the errno of what failed; closed by the program's start.
+    /// The pipe that takes the errno of a failed step; the program's start closes it.
     int failure;
     std::array<std::pair<int, rlim_t>, 4> limits;
 };
 
-/// The child's part. It shares the memory of the process that waits for it, so it makes system
-/// calls and nothing else.
+/// The child's part. It shares the memory of the process that waits for it, so it only makes system
+/// calls.
 [[noreturn]] void BecomeProgram(const Start& start) {
-    // The program gets every signal as a program expects it; all are blocked until then, because
-    // the parent's handlers must not run here.
+    // The program gets the default action of every signal. All signals are blocked until then,
+    // because the parent's handlers must not run here.
     struct sigaction initial {};
     initial.sa_handler = SIG_DFL;
     for (int number = 1; number < NSIG; number++)
@@ -133,16 +133,16 @@ struct Start {
     ::sigemptyset(&none);
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
 
-    // The child has a group of its own.
+    // The child gets a process group of its own.
     bool ready = ::setsid() >= 0;
     if (start.terminal)
         ready = ready && ::open(start.terminal, O_RDWR | O_CLOEXEC) >= 0;
     ::umask(S_IRWXG | S_IRWXO);
-    // This may itself become one of the standard descriptors, so it stays open.
+    // Stays open, because it may itself have become one of the standard descriptors.
     const int nothing = ::open("/dev/null", O_RDWR);
     ready = ready && ::dup2(nothing, STDIN_FILENO) >= 0 && ::dup2(nothing, STDOUT_FILENO) >= 0 &&
             ::dup2(start.standardError, STDERR_FILENO) >= 0;
-    // A kernel without this call leaves what other libraries opened without O_CLOEXEC.
+    // On a kernel without this call, files that other libraries opened without O_CLOEXEC stay open.
     ::syscall(SYS_close_range, 3U, ~0U, CLOSE_RANGE_CLOEXEC);
     for (const auto& [resource, most] : start.limits) {
         rlimit limit{};
@@ -155,13 +155,13 @@ struct Start {
     if (ready)
         ::execve(start.path, start.arguments, start.environment);
     const int number = errno;
-    // If even this fails, the exit status tells.
+    // If even this fails, the exit status reports the failure.
     [[maybe_unused]] const ssize_t written = ::write(start.failure, &number, sizeof number);
     ::_exit(127);
 }
 
-/// Starts the child; -1 with errno if there is none. It does not see a copy of the memory but the
-/// memory itself while this thread waits, as in posix_spawn, which cannot set limits.
+/// Starts the child. Returns -1, with errno set, on failure. The child uses this process's memory,
+/// not a copy, while this thread waits, as with posix_spawn, which cannot set limits.
 pid_t StartChild(const Start& start) {
     sigset_t all;
     sigset_t before;
@@ -176,8 +176,8 @@ pid_t StartChild(const Start& start) {
     return child;
 }
 
-/// Appends what the pipe has to offer to `text`, as far as `most` allows; false at its end. Returns
-/// even if the writer never pauses.
+/// Appends the available bytes of the pipe to `text`, up to a length of `most`; returns false at
+/// the pipe's end. It returns even if the writer never pauses.
 bool ReadAvailable(int pipe, std::string& text, std::size_t most) {
     std::array<char, 16384> buffer;
     for (int turn = 0; turn < 16; turn++) {
@@ -193,11 +193,11 @@ bool ReadAvailable(int pipe, std::string& text, std::size_t most) {
     return true;
 }
 
-/// Why the wait for the child is over.
+/// The reason why the wait for the child is over.
 enum class Waited { ended, timedOut, stopped };
 
-/// Reads the child's standard error until the child has ended, or until the program's limits or its
-/// `stop` want it to.
+/// Reads the child's standard error until the child has ended, its time is over or `stop` returns
+/// true.
 Waited WaitForEnd(pid_t child, int pipe, std::string& text, const ChildProgram& program,
                   Clock::time_point end) {
     const Descriptor process(static_cast<int>(::syscall(SYS_pidfd_open, child, 0)));
@@ -208,7 +208,7 @@ Waited WaitForEnd(pid_t child, int pipe, std::string& text, const ChildProgram& 
             return Waited::timedOut;
         if (program.stop && program.stop())
             return Waited::stopped;
-        // Without a descriptor for the process (an old kernel), it is asked every now and then.
+        // Without a descriptor for the process (an old kernel), its end is polled.
         const decltype(left) interval = !process ? 10 : program.stop ? 50 : left;
         const auto pause = std::min(left, interval);
         if (::poll(waits.data(), waits.size(), static_cast<int>(pause)) < 0 && errno != EINTR)
@@ -266,7 +266,7 @@ ChildResult RunProgram(const ChildProgram& program) {
 
     const Waited waitedFor =
         WaitForEnd(child, standardError.out.Number(), result.standardError, program, end);
-    // The child's number, and with it the group's, stays taken until waitpid.
+    // The child's process id, and with it the group's, stays reserved until waitpid.
     ::kill(-child, SIGKILL);
     int status = 0;
     pid_t waited;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This runs another program to its end, within limits.
+// Runs another program to its end, within limits.
 #pragma once
 
 #include <chrono>
@@ -12,18 +12,18 @@
 
 namespace kits {
 
-/// The limits of what a program may use up. Processes that it starts have the same limits each,
-/// except for the time by the clock, which they share.
+/// The limits of a program's resources. Each process that it starts has the same limits of its own,
+/// except for the elapsed time, which they share.
 struct ChildLimits {
     /// The seconds of processor time; the system ends a process that uses more.
     std::chrono::seconds processorTime{20};
-    /// The milliseconds by the clock after which the program and what it has started are killed.
+    /// The elapsed milliseconds after which the program and all that it has started are killed.
     std::chrono::milliseconds time{30'000};
-    /// The program may have so many bytes of address space.
+    /// The maximum address space in bytes.
     std::uint64_t memory = std::uint64_t{1} << 30;
-    /// Each file that the program writes may have so many bytes.
+    /// The maximum size, in bytes, of each file that the program writes.
     std::uint64_t fileSize = std::uint64_t{64} << 20;
-    /// How many bytes of its standard error are kept; the rest is read and dropped.
+    /// The maximum number of bytes of standard error that are kept; the rest is read and dropped.
     std::size_t standardError = std::size_t{64} << 10;
 };
 
@@ -32,24 +32,24 @@ struct ChildProgram {
     /// The program and its arguments. A name without a slash is looked up in the folders of PATH
     /// that are absolute paths; the current folder is never searched. A shell is not involved.
     std::vector<std::string> arguments;
-    /// The folder in which it starts, which also takes its temporary files; empty: the caller's.
+    /// The folder in which it starts and keeps its temporary files; empty for the caller's.
     std::filesystem::path folder;
     ChildLimits limits;
-    /// This is asked several times a second while the program runs, in the calling thread; where it
-    /// answers true the program is killed.
+    /// Is called several times a second, in the calling thread, while the program runs; if it
+    /// returns true, the program is killed.
     std::function<bool()> stop = nullptr;
 };
 
-/// Tells how a program has ended.
+/// The way in which a program has ended.
 struct ChildResult {
     enum class End {
-        /// It has ended by itself; `number` is its exit status.
+        /// It ended by itself; `number` is its exit status.
         exited,
-        /// The signal `number` has ended it.
+        /// The signal `number` ended it.
         signalled,
-        /// It was killed because limits.time was over.
+        /// It was killed because limits.time had passed.
         timedOut,
-        /// The program was killed because `stop` answered true.
+        /// It was killed because `stop` returned true.
         stopped,
         /// There is no such program.
         notFound,
@@ -58,18 +58,18 @@ struct ChildResult {
     };
     End end = End::notStarted;
     int number = 0;
-    /// What the program wrote to standard error, as far as that is kept.
+    /// The program's standard error, up to limits.standardError bytes.
     std::string standardError;
 
     bool Succeeded() const { return end == End::exited && number == 0; }
 };
 
-/// Runs the program with empty input, its output dropped, and waits for it. When it has ended, all
-/// that it started in its process group is gone as well; so it is when the caller's process ends
-/// first, however that ends. The program gets none of the caller's open files, and what it creates
-/// is the user's alone (a file mode mask of 077). Safe in a process with several threads, whose
-/// memory is not copied: a thread that plays is not slowed down by page faults. Any thread that may
-/// wait.
+/// Runs the program with empty input and its output dropped, and waits for it. When it has ended,
+/// all processes that it started in its process group are killed; the same happens if the caller's
+/// process ends first, in whatever way. The program gets none of the caller's open files, and only
+/// the user can access what it creates (a file mode mask of 077). Safe in a process with several
+/// threads, whose memory is not copied, so that page faults do not slow down a thread that plays.
+/// Any thread that may wait.
 ChildResult RunProgram(const ChildProgram& program);
 
 } // namespace kits

@@ -14,12 +14,13 @@ namespace {
 
 struct Image {
     void* handle;
-    /// The loader takes a path that it has seen for the object that it loaded from there, even if
-    /// the file was replaced. A path through an open descriptor is unique as long as that is open.
+    /// For a path that it has seen, the loader returns the object that it loaded from there before,
+    /// even if the file was replaced. A path through an open descriptor is unique as long as that
+    /// is open.
     kits::Descriptor file;
 };
 
-/// All add-ons that are loaded.
+/// All loaded add-ons.
 struct Images {
     std::mutex mutex;
     std::map<image_id, Image> loaded;

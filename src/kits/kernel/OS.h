@@ -5,6 +5,6 @@
 #include "kits/support/RealtimeMark.h"
 #include "kits/support/SupportDefs.h"
 
-/// Returns the microseconds since some moment before the program's start; the number never goes
-/// back. Any thread, the media thread included.
+/// Returns the microseconds since some fixed moment before the program's start; the value never
+/// decreases. Any thread, including the media thread.
 VEXA_REALTIME bigtime_t system_time();

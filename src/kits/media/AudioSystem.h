@@ -15,13 +15,13 @@ enum class AudioSystem { Jack, Pulse, Alsa, None };
 /// Returns the system called "jack", "pulse", "alsa" or "none"; nothing for another name.
 std::optional<AudioSystem> AudioSystemNamed(std::string_view name);
 
-/// Sets the system that the mixer is to play through. Without a value it is the first that has a
-/// device, which is the chosen one from then on. Window thread.
+/// Sets the system that the mixer plays through. Without a value, the first system that has a
+/// device is taken and is the chosen one from then on. Window thread.
 void ChooseAudioSystem(std::optional<AudioSystem> system);
-/// Returns the systems to try, in their order: the chosen one, or all. Window thread.
+/// Returns the systems to try, in order: only the chosen one, or all. Window thread.
 std::vector<AudioSystem> AudioSystemsToTry();
 
-/// Returns the output devices of all systems, in words for a person. Window thread.
+/// Returns the names of the output devices of all systems, for a person to read. Window thread.
 std::vector<std::string> AudioDeviceNames();
 
 } // namespace kits

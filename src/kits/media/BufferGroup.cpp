@@ -21,7 +21,8 @@ BBufferGroup::BBufferGroup(std::size_t size, int32 count, uint32, uint32 lock)
         buffer.group = this;
         buffer.data = std::make_unique<std::byte[]>(size);
         buffer.size = size;
-        // Not granted to ordinary users without limits for it; then the memory may be swapped.
+        // Ordinary users may not do this without a limit for locked memory; the memory may then be
+        // swapped.
         if (locked && ::mlock(buffer.data.get(), size) != 0)
             locked = false;
     }
@@ -38,7 +39,7 @@ BBufferGroup::~BBufferGroup() {
 BBuffer* BBufferGroup::RequestBuffer(std::size_t wanted, bigtime_t timeout) {
     if (wanted > size || !kits::WaitUntil(available, system_time() + timeout))
         return nullptr;
-    // There is one for us, but others may take the one that we look at.
+    // One buffer is certain, but another thread may take the one that is being looked at.
     while (true) {
         for (const std::unique_ptr<BBuffer>& buffer : buffers) {
             if (!buffer->inUse.exchange(true))

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This is the memory that media data travel in.
+// The memory that media data travel in.
 #pragma once
 
 #include "kits/media/MediaDefs.h"
@@ -21,7 +21,7 @@ class BBuffer {
     VEXA_REALTIME void* Data() { return data.get(); }
     VEXA_REALTIME media_header* Header() { return &header; }
 
-    /// Gives the buffer back to its group. Wait-free; any thread.
+    /// Returns the buffer to its group. Wait-free; any thread.
     VEXA_REALTIME void Recycle() noexcept;
 
   private:
@@ -33,22 +33,22 @@ class BBuffer {
     std::atomic<bool> inUse{false};
 };
 
-/// A group of buffers of one size, made at once and used over and over.
+/// A group of buffers of one size, allocated once and reused.
 class BBufferGroup {
   public:
-    /// `count` buffers of `size` bytes. `lock` B_FULL_LOCK keeps them in memory where the system
-    /// allows it; the placement is always B_ANY_ADDRESS.
+    /// Allocates `count` buffers of `size` bytes. `lock` B_FULL_LOCK keeps them in physical memory
+    /// where the system allows it; `placement` is always B_ANY_ADDRESS.
     BBufferGroup(std::size_t size, int32 count, uint32 placement = B_ANY_ADDRESS,
                  uint32 lock = B_NO_LOCK);
-    /// All buffers must have come back before.
+    /// All buffers must have been recycled before.
     ~BBufferGroup();
     BBufferGroup(const BBufferGroup&) = delete;
     BBufferGroup& operator=(const BBufferGroup&) = delete;
 
     int32 CountBuffers() const { return static_cast<int32>(buffers.size()); }
 
-    /// Returns a buffer of at least `size` bytes; it waits for one at most `timeout` microseconds,
-    /// and returns null where none came. Media thread.
+    /// Returns a buffer of at least `size` bytes. Waits for one at most `timeout` microseconds;
+    /// returns null if none became free or if the group's buffers are smaller. Media thread.
     VEXA_REALTIME BBuffer* RequestBuffer(std::size_t size, bigtime_t timeout);
 
   private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This waits by the system's clock.
+// Waiting by the system's clock.
 #pragma once
 
 #include "kits/support/SupportDefs.h"
@@ -8,8 +8,8 @@
 
 namespace kits {
 
-/// Waits until the semaphore is posted, which it then takes (true), or until the moment of
-/// system_time() (false). Any thread.
+/// Waits until the semaphore is posted or until `moment` of system_time(). Returns true, with the
+/// semaphore taken, in the first case and false in the second. Any thread.
 bool WaitUntil(sem_t& semaphore, bigtime_t moment) noexcept;
 
 } // namespace kits

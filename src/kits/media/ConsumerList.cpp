@@ -8,8 +8,8 @@ namespace kits {
 
 namespace {
 
-/// The consumer with an open connection at each control port, as the media threads look it up.
-/// Ports are counted through the life of a process, consumers are few.
+/// The consumer with an open connection at each control port. The media threads look it up. Port
+/// numbers grow through the life of a process, but consumers are few.
 struct ConsumerEntry {
     std::atomic<int32> port{-1};
     std::atomic<BBufferConsumer*> consumer{nullptr};

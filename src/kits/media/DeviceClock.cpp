@@ -9,10 +9,11 @@ namespace kits {
 
 namespace {
 
-/// Microseconds of deviation that are no jitter any more: the device has paused or lost a period.
+/// A deviation of this many microseconds is no jitter: the device has paused or lost a period.
 constexpr double kJump = 20000;
 
-/// Microseconds without a period after which the device stands still: several of the longest.
+/// After this many microseconds without a period, several of the longest periods, the device counts
+/// as standing still.
 constexpr double kStandstill = 500000;
 
 } // namespace
@@ -38,7 +39,8 @@ bigtime_t DeviceClock::PerformanceTimeFor(bigtime_t realTime) const noexcept {
     const auto time = static_cast<double>(realTime);
     const auto size = static_cast<uint32>(moments.size());
     uint32 at = latest;
-    // Time that passed while the device stood still belongs to none of its frames.
+    // The result is limited to the next period's first frame: while the device stands still, no
+    // frames pass.
     bigtime_t end = std::numeric_limits<bigtime_t>::max();
     for (uint32 looked = 1; looked < kReadable && moments[at].realTime > time; looked++) {
         const uint32 before = (at + size - 1) % size;

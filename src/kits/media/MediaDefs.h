@@ -19,7 +19,7 @@ constexpr status_t B_TIMED_OUT = -ETIMEDOUT;
 using media_node_id = int32;
 using media_buffer_id = int32;
 
-/// The begin of a connection: an output of the node with that control port.
+/// The start of a connection: an output of the node with that control port.
 struct media_source {
     int32 port = -1;
     int32 id = -1;
@@ -53,7 +53,7 @@ struct media_node {
     bool operator==(const media_node&) const = default;
 };
 
-/// A connection's name has so many bytes at most, its terminating zero included.
+/// The maximum length of a connection's name in bytes, including its terminating zero.
 constexpr std::size_t B_MEDIA_NAME_LENGTH = 64;
 
 struct media_output {
@@ -72,17 +72,17 @@ struct media_input {
     char name[B_MEDIA_NAME_LENGTH] = {};
 };
 
-/// The header of a buffer tells of its content.
+/// The header that describes the content of a buffer.
 struct media_header {
     media_type type = B_MEDIA_NO_TYPE;
-    /// The bytes of content in the buffer.
+    /// The number of bytes of content in the buffer.
     std::size_t size_used = 0;
     media_node_id time_source = -1;
     /// Performance time at which the first frame is to be heard, in microseconds.
     bigtime_t start_time = 0;
 };
 
-/// These say how a node deals with being late.
+/// The ways in which a node deals with being late.
 enum run_mode : int32 {
     B_OFFLINE = 1,
     B_DECREASE_PRECISION,

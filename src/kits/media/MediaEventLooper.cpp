@@ -10,15 +10,15 @@
 
 namespace {
 
-/// Below the audio servers and the MIDI thread, above ordinary work: a server that waits for a
-/// buffer that is being computed would lose more than it gains.
+/// Below the audio servers and the MIDI thread, above ordinary work: a server that had to wait
+/// while a buffer is computed would lose more than is gained.
 constexpr int kRealTimePriority = 4;
 
-/// Microseconds that a thread of real-time priority, or another, may wake late.
+/// How many microseconds late a thread may wake with real-time priority and with ordinary priority.
 constexpr bigtime_t kRealTimeJitter = 200;
 constexpr bigtime_t kOrdinaryJitter = 1000;
 
-/// Microseconds between two looks at a time source that stands still.
+/// Microseconds between two checks of a time source that stands still.
 constexpr bigtime_t kStandstillPause = 10000;
 
 } // namespace
@@ -58,7 +58,7 @@ void BMediaEventLooper::Quit() {
     state = B_QUITTING;
     ::sem_post(&wake);
     thread.join();
-    // This does what was asked for too late for the loop.
+    // Runs the requests that came too late for the loop.
     ServeRequests();
 }
 
@@ -108,7 +108,7 @@ void BMediaEventLooper::Loop() {
                                                               EventLatency() + SchedulingLatency());
         const bigtime_t now = system_time();
         const bigtime_t lateness = now - due;
-        // What were computed for a time that does not come would be heard late, and for long.
+        // Buffers computed for a time that does not come would be heard late, and for long.
         if (due != 0 && !TimeSource()->IsRunning(now))
             kits::WaitUntil(wake, now + kStandstillPause);
         else if (lateness >= 0)
@@ -118,7 +118,7 @@ void BMediaEventLooper::Loop() {
     }
 }
 
-/// Runs the hooks in the order in which they were asked for.
+/// Runs the hooks in the order in which they were requested.
 void BMediaEventLooper::ServeRequests() {
     Request* newest = requests.exchange(nullptr);
     Request* oldest = nullptr;

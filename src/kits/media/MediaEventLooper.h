@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A node with a thread of its own that does things at their time.
+// A node with a thread of its own that handles events at their performance times.
 #pragma once
 
 #include "kits/media/MediaNode.h"
@@ -21,12 +21,12 @@ struct media_timed_event {
     event_type type = B_START;
 };
 
-/// Events in the order of their times; those of one time in the order added. Its room is made at
-/// once. Belongs to the looper's thread.
+/// Events in the order of their times; those of equal time stay in the order in which they were
+/// added. The memory is reserved in the constructor. Belongs to the looper's thread.
 class BTimedEventQueue {
   public:
     BTimedEventQueue() { events.reserve(kRoom); }
-    /// Queues an event. Returns false where there is no room, which means that the node queues more
+    /// Queues an event. Returns false if the queue is full, which means that the node queues more
     /// than it handles.
     VEXA_REALTIME bool AddEvent(const media_timed_event& event);
     /// Removes the events of a type.
@@ -39,19 +39,19 @@ class BTimedEventQueue {
     std::vector<media_timed_event> events;
 };
 
-/// The event loop wakes early by the event latency plus the scheduling latency and calls
-/// HandleEvent. In between it runs the hooks that others ask for.
+/// Calls HandleEvent for each event. The loop wakes before an event's time by the event latency
+/// plus the scheduling latency. In between it runs the hooks that other threads ask for.
 class BMediaEventLooper : public virtual BMediaNode {
   public:
     enum run_state : int32 { B_UNREGISTERED, B_STOPPED, B_STARTED, B_QUITTING };
 
     void Call(const std::function<void()>& work) override;
-    /// Queues a B_START or a B_STOP; an immediate stop is handled at once, and a start that has not
-    /// come yet never will.
+    /// Queues a B_START or a B_STOP. An immediate stop is handled at once and cancels all queued
+    /// starts.
     void Start(bigtime_t performanceTime) override;
     void Stop(bigtime_t performanceTime, bool immediate) override;
 
-    /// Returns what the looper is doing. Any thread.
+    /// Returns the looper's state. Any thread.
     run_state RunState() const { return state; }
     VEXA_REALTIME bigtime_t EventLatency() const { return eventLatency; }
     VEXA_REALTIME bigtime_t SchedulingLatency() const { return schedulingLatency; }
@@ -66,13 +66,13 @@ class BMediaEventLooper : public virtual BMediaNode {
     virtual void HandleEvent(const media_timed_event* event, bigtime_t lateness,
                              bool realTimeEvent) = 0;
 
-    /// Sets the thread's priority, B_REAL_TIME_PRIORITY for the highest that there is. It must be
-    /// called before Run.
+    /// Sets the thread's priority; B_REAL_TIME_PRIORITY is the highest. It must be called before
+    /// Run.
     void SetPriority(int32 next) { priority = next; }
     /// Starts the looper's thread.
     void Run();
-    /// Ends the looper's thread; what is queued is dropped. A derived class calls it in its
-    /// destructor, as hooks must not run in what is half gone.
+    /// Ends the looper's thread; queued events are dropped. A derived class calls it in its
+    /// destructor, because hooks must not run in a partly destroyed object.
     void Quit();
 
     /// These are called in the looper's thread. Latency and duration are in microseconds.
@@ -81,7 +81,7 @@ class BMediaEventLooper : public virtual BMediaNode {
     void SetBufferDuration(bigtime_t next) { bufferDuration = next; }
 
   private:
-    /// Work that another thread waits for, in that thread's stack.
+    /// Work that another thread waits for. The request lies on that thread's stack.
     struct Request {
         const std::function<void()>* work;
         sem_t done;
@@ -99,7 +99,7 @@ class BMediaEventLooper : public virtual BMediaNode {
     std::atomic<bigtime_t> eventLatency{0};
     std::atomic<bigtime_t> schedulingLatency{0};
     std::atomic<bigtime_t> bufferDuration{0};
-    /// Requests that wait, in a list that begins with the newest one.
+    /// The waiting requests, as a linked list that begins with the newest one.
     std::atomic<Request*> requests{nullptr};
     sem_t wake;
 };

@@ -12,7 +12,7 @@ namespace {
 
 constexpr sf_count_t kFramesPerBuffer = 4096;
 
-/// The mean of one frame's values.
+/// Returns the mean of one frame's values.
 float Mix(const float* values, int channels) {
     double sum = 0;
     for (int i = 0; i < channels; i++)
@@ -26,7 +26,7 @@ struct BMediaTrack::Source {
     kits::OpenSoundFile file;
     SF_INFO info{};
     bool mixed = false;
-    /// One buffer of the file's channels, where they are mixed.
+    /// One buffer of the file's channels, used where they are mixed.
     std::vector<float> frames;
 };
 
@@ -72,8 +72,9 @@ status_t BMediaTrack::ReadFrames(void* buffer, int64* frameCount, media_header*)
 BMediaFile::BMediaFile(const entry_ref* ref) {
     const std::string path = BPath(ref->directory.c_str(), ref->name.c_str()).Path();
     auto source = std::make_unique<BMediaTrack::Source>();
-    // The library reports a missing file vaguely, and would wait for the writer of a pipe. It opens
-    // the file itself, as it knows some formats by the ending of the name only.
+    // Checked first, because the library reports a missing file vaguely and would wait for the
+    // writer of a pipe. The library then opens the file by its name, as it knows some formats by
+    // the name's ending only.
     if (const auto opened = kits::OpenRegularFile(path); !opened) {
         std::error_code ignored;
         status = std::filesystem::exists(path, ignored) ? B_BAD_TYPE : B_ENTRY_NOT_FOUND;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This reads sound files: WAV, AIFF, FLAC, Ogg, Opus, MP3 and what else the system's library knows.
+// Reads sound files: WAV, AIFF, FLAC, Ogg, Opus, MP3 and the other formats that libsndfile knows.
 #pragma once
 
 #include "kits/media/MediaFormats.h"
@@ -16,7 +16,7 @@ enum : status_t {
     B_LAST_BUFFER_ERROR = -ENODATA,
 };
 
-/// The number of frames of a track whose file does not tell how long it is.
+/// The number of frames of a track whose file does not say how long it is.
 constexpr int64 kUnknownLength = -1;
 
 /// The sound in a file. It belongs to its BMediaFile, and is used by one thread at a time.
@@ -26,18 +26,19 @@ class BMediaTrack {
     BMediaTrack(const BMediaTrack&) = delete;
     BMediaTrack& operator=(const BMediaTrack&) = delete;
 
-    /// Settles the format of what ReadFrames delivers and writes it into `format`, whose channel
-    /// count is a request: 1 mixes all channels to one (their mean), any other delivers the
-    /// file's. Values are always B_AUDIO_FLOAT, full scale -1..1, at the file's rate; those that
-    /// are not finite count as 0. The buffer size is what ReadFrames fills at most.
+    /// Determines the format that ReadFrames delivers and writes it into `format`. The channel
+    /// count in `format` is a request: 1 mixes all channels to one (their mean), any other value
+    /// delivers the file's channels. Values are always B_AUDIO_FLOAT, full scale -1..1, at the
+    /// file's rate; those that are not finite become 0. The buffer size is the most that ReadFrames
+    /// fills.
     status_t DecodedFormat(media_format* format);
 
-    /// Returns how many frames there are by the file's header; a damaged file may have fewer or
-    /// more. Where the header does not say, that is kUnknownLength.
+    /// Returns the number of frames according to the file's header; a damaged file may have fewer
+    /// or more. Returns kUnknownLength if the header does not say.
     int64 CountFrames() const;
 
-    /// Decodes up to one buffer; `buffer` holds as many bytes as the decoded format's buffer size.
-    /// B_LAST_BUFFER_ERROR at the end. The header, which may be null, is not filled in.
+    /// Decodes up to one buffer; `buffer` has room for the decoded format's buffer size. Returns
+    /// B_LAST_BUFFER_ERROR at the end. `header` may be null and is not filled in.
     status_t ReadFrames(void* buffer, int64* frameCount, media_header* header = nullptr);
 
   private:
@@ -57,12 +58,13 @@ class BMediaFile {
     BMediaFile& operator=(const BMediaFile&) = delete;
 
     status_t InitCheck() const { return status; }
-    /// Says in words why InitCheck is not B_OK, and names the file.
+    /// Returns a text that says why InitCheck is not B_OK and names the file.
     const std::string& Fault() const { return fault; }
 
-    /// The file's only track is number 0; null for any other, after a fault or a release.
+    /// Returns the file's only track for index 0; null for any other index, after a fault or after
+    /// a release.
     BMediaTrack* TrackAt(int32 index);
-    /// Closes the file; its tracks are gone.
+    /// Closes the file and deletes its track.
     status_t ReleaseAllTracks();
 
   private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Nodes take part in the media graph; the hooks here are what each kind of them is asked.
+// The nodes of the media graph, and the hooks that are called for each kind of node.
 #pragma once
 
 #include "kits/media/BufferGroup.h"
@@ -14,8 +14,8 @@
 struct media_seek_tag;
 class BTimeSource;
 
-/// A node lives on the heap. Once it is registered it belongs to the roster, which deletes it with
-/// its last reference. Hooks run in the node's own thread, where it has one, else in the caller's.
+/// A node lives on the heap. Once registered it belongs to the roster, which deletes it with its
+/// last reference. Hooks run in the node's own thread if it has one, otherwise in the caller's.
 class BMediaNode {
   public:
     enum node_error { B_NODE_FAILED_SET_RUN_MODE = 1 };
@@ -24,20 +24,21 @@ class BMediaNode {
     BMediaNode& operator=(const BMediaNode&) = delete;
 
     const std::string& Name() const { return name; }
-    /// Returns the number by which the roster knows the node, -1 while it is not registered.
+    /// Returns the node's number in the roster, -1 while it is not registered.
     VEXA_REALTIME media_node_id ID() const { return id; }
-    /// Identifies the node's outputs and inputs; valid from the beginning.
+    /// Identifies the node's outputs and inputs; valid from construction on.
     VEXA_REALTIME int32 ControlPort() const { return port; }
     virtual uint32 Kinds() const { return kinds; }
     media_node Node() const { return {id, port, Kinds()}; }
     VEXA_REALTIME run_mode RunMode() const { return mode; }
-    /// Returns the node's clock, never null: it is the system's until another was set.
+    /// Returns the node's clock, never null: the system's clock until another one is set.
     VEXA_REALTIME BTimeSource* TimeSource() const;
 
-    /// Runs `work` as a hook and returns when it is done. Any thread but the node's own.
+    /// Runs `work` as a hook and returns when it is done. Any thread; in the node's own it runs
+    /// directly.
     virtual void Call(const std::function<void()>& work) { work(); }
 
-    /// Returns the add-on that the node came with, null if there is none.
+    /// Returns the add-on that provides the node, null if there is none.
     virtual void* AddOn(int32* id) const = 0;
     virtual void SetRunMode(run_mode) {}
     virtual status_t HandleMessage(int32 message, const void* data, std::size_t size);
@@ -45,8 +46,8 @@ class BMediaNode {
     virtual void Start(bigtime_t) {}
     virtual void Stop(bigtime_t, bool) {}
 
-    /// Returns what the node has reported with ReportError, with a bit for each node_error. Any
-    /// thread.
+    /// Returns the errors that the node has reported with ReportError, one bit for each node_error.
+    /// Any thread.
     uint32 ReportedErrors() const { return errors; }
 
   protected:
@@ -88,8 +89,8 @@ class BBufferProducer : public virtual BMediaNode {
     virtual void Disconnect(const media_source& what, const media_destination& where) = 0;
     VEXA_REALTIME virtual void LateNoticeReceived(const media_source& what, bigtime_t howMuch,
                                                   bigtime_t performanceTime) = 0;
-    /// Called when all buffers of the last seconds came `howMuch` microseconds earlier than they
-    /// had to: what late notices have added to the latency can be given back.
+    /// Called when all buffers of the last seconds arrived `howMuch` microseconds earlier than
+    /// necessary: the producer can give back latency that late notices have added.
     VEXA_REALTIME virtual void EarlyNoticeReceived(const media_source&, bigtime_t /*howMuch*/) {}
     virtual void EnableOutput(const media_source& what, bool enabled, int32* deprecated) = 0;
     virtual status_t SetPlayRate(int32 numerator, int32 denominator) = 0;
@@ -102,12 +103,12 @@ class BBufferProducer : public virtual BMediaNode {
   protected:
     explicit BBufferProducer(media_type) { AddKind(B_BUFFER_PRODUCER); }
 
-    /// Hands the buffer over. Where nobody takes it the answer is B_MEDIA_BAD_DESTINATION, and the
-    /// buffer stays the caller's. Media thread: no wait, lock or allocation.
+    /// Hands the buffer over. Returns B_MEDIA_BAD_DESTINATION if no consumer takes it; the buffer
+    /// then stays the caller's. Media thread: no wait, lock or allocation.
     VEXA_REALTIME status_t SendBuffer(BBuffer* buffer,
                                       const media_destination& destination) noexcept;
-    /// Finds how many microseconds pass from the moment at which a buffer is sent until it is
-    /// heard. It is called in the node's own thread.
+    /// Finds the latency, in microseconds, from the moment at which a buffer is sent until it is
+    /// heard. The node's own thread.
     status_t FindLatencyFor(const media_destination& destination, bigtime_t* latency,
                             media_node_id* timeSource);
 };
@@ -115,19 +116,21 @@ class BBufferProducer : public virtual BMediaNode {
 /// A node that takes buffers.
 class BBufferConsumer : public virtual BMediaNode {
   public:
-    /// Fills in what the proposal leaves open. Returns B_MEDIA_BAD_FORMAT where it cannot be taken.
+    /// Fills in the fields that the proposal leaves open. Returns B_MEDIA_BAD_FORMAT if it cannot
+    /// be taken.
     virtual status_t AcceptFormat(const media_destination& destination, media_format* format) = 0;
-    /// Gives the free input, if there is one, in the way of BBufferProducer::GetNextOutput.
+    /// Finds the next free input, in the way of BBufferProducer::GetNextOutput.
     virtual status_t GetNextInput(int32* cookie, media_input* input) = 0;
     virtual status_t Connected(BBufferProducer* producer, const media_source& source,
                                const media_destination& destination,
                                const media_format& format) = 0;
     virtual void Disconnected(const media_source& source, const media_destination& destination) = 0;
-    /// Called with a buffer that is the consumer's from then on, which recycles it. The sender's
-    /// media thread.
+    /// Called with a buffer that belongs to the consumer from then on; the consumer recycles it.
+    /// The sender's media thread.
     VEXA_REALTIME virtual void BufferReceived(BBuffer* buffer,
                                               const media_destination& destination) noexcept = 0;
-    /// The producer of that input has been stopped: that nothing comes is as it should be.
+    /// Called when the producer of that input has been stopped: missing buffers are no fault from
+    /// now on.
     virtual void ProducerStopped(const media_destination& destination) = 0;
     virtual status_t GetLatencyFor(const media_destination& destination, bigtime_t* latency,
                                    media_node_id* timeSource) = 0;
@@ -136,23 +139,24 @@ class BBufferConsumer : public virtual BMediaNode {
     BBufferConsumer() { AddKind(B_BUFFER_CONSUMER); }
 };
 
-/// Tells the performance time, in microseconds: the clock of what is heard. Any thread, wait-free.
+/// Converts between real time and performance time, the clock of what is heard, both in
+/// microseconds. Any thread, wait-free.
 class BTimeSource : public virtual BMediaNode {
   public:
     VEXA_REALTIME virtual bigtime_t PerformanceTimeFor(bigtime_t realTime) const noexcept = 0;
-    /// The moment at which to act so that it is heard at the performance time.
+    /// Returns the real time at which to act so that the effect is heard at `performanceTime`.
     virtual bigtime_t RealTimeFor(bigtime_t performanceTime, bigtime_t latency) const noexcept = 0;
-    /// Returns false while the source's time stands still, as the time of a device does whose
-    /// server hangs: what is due then waits.
+    /// Returns false while the source's time stands still, such as that of a device whose server
+    /// hangs; due events then wait.
     virtual bool IsRunning(bigtime_t /*realTime*/) const noexcept { return true; }
-    /// True where the clock stands until everything is rendered, as that of a device whose server
-    /// freewheels: nothing takes too long then. Any thread.
+    /// Returns true if the clock stands until everything is rendered, like that of a device whose
+    /// server freewheels: nothing can be late then. Any thread.
     VEXA_REALTIME virtual bool Waits() const noexcept { return false; }
     bigtime_t Now() const noexcept;
     /// Gives back what BMediaRoster::MakeTimeSourceFor returned.
     void Release() {}
 
-    /// The system's clock, for whom there is no other.
+    /// Returns the system's clock, the default time source.
     VEXA_REALTIME static BTimeSource* System();
 
   protected:

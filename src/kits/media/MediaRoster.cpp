@@ -29,7 +29,7 @@ struct BMediaRoster::Records {
     std::map<media_node_id, BMediaNode*> nodes;
     media_node_id lastId = 0;
     kits::SystemMixer* mixer = nullptr;
-    /// Why there was none when it was asked for last.
+    /// Why there was no mixer when it was last asked for.
     std::string mixerFault;
     std::vector<Connection> connections;
 };
@@ -244,7 +244,7 @@ status_t BMediaRoster::StopNode(const media_node& node, bigtime_t performanceTim
     if (!found)
         return B_MEDIA_BAD_NODE;
     found->Call([&] { found->Stop(performanceTime, immediate); });
-    // What a producer still sends until a later stop is missed if it does not come.
+    // With a later stop the producer still sends until then, so missing buffers still count.
     if (!immediate)
         return B_OK;
     for (const Records::Connection& connection : records->connections) {

@@ -11,29 +11,29 @@ namespace kits {
 class SystemMixer;
 }
 
-/// Brings nodes together: it keeps the references, drives the negotiation of a connection in its
-/// order (the producer's proposal, the consumer's acceptance, PrepareToConnect, Connected, Connect)
-/// and starts and stops. Every hook is called in its node's own thread. Window thread.
+/// Brings nodes together: counts references, conducts the negotiation of a connection in its order
+/// (the producer's proposal, the consumer's acceptance, PrepareToConnect, Connected, Connect), and
+/// starts and stops nodes. Every hook is called in its node's own thread. Window thread.
 class BMediaRoster {
   public:
     static BMediaRoster* Roster();
 
-    /// The node is the roster's from now on. Nobody has a reference yet.
+    /// Takes ownership of the node. Nobody has a reference to it yet.
     status_t RegisterNode(BMediaNode* node);
-    /// Looks up a registered node, which counts as a reference.
+    /// Looks up a registered node and counts a reference to it.
     status_t GetNodeFor(media_node_id id, media_node* node);
-    /// Gives a reference back; with the last one the node is deleted.
+    /// Releases a reference; the node is deleted with the last one.
     status_t ReleaseNode(const media_node& node);
 
-    /// The node that mixes what it gets into the audio device; counts as a reference.
-    /// B_NAME_NOT_FOUND where there is no device, and MixerFault says why. Opens the device unless
-    /// it is open.
+    /// Finds the node that mixes its inputs into the audio device, and counts a reference to it.
+    /// Opens the device unless it is open. Returns B_NAME_NOT_FOUND if there is no device;
+    /// MixerFault then says why.
     status_t GetAudioMixer(media_node* mixer);
     const std::string& MixerFault() const;
-    /// Makes a mixer that somebody else has opened the one of GetAudioMixer, which there must not
-    /// be yet.
+    /// Registers a mixer that the caller has opened as the one that GetAudioMixer finds. There must
+    /// be none yet.
     status_t RegisterMixer(std::unique_ptr<kits::SystemMixer> mixer);
-    /// Returns the mixer's clock, or without a mixer the system's.
+    /// Returns the mixer's clock, or the system's if there is no mixer.
     status_t GetTimeSource(media_node* timeSource);
     status_t SetTimeSourceFor(media_node_id node, media_node_id timeSource);
     /// Returns the clock of a node, which the caller releases; null for an unknown node.
@@ -52,7 +52,7 @@ class BMediaRoster {
                         const media_destination& destination);
 
     status_t SetRunModeNode(const media_node& node, run_mode mode);
-    /// Tells a producer's latency in microseconds.
+    /// Returns a producer's latency in microseconds.
     status_t GetLatencyFor(const media_node& node, bigtime_t* latency);
     status_t StartNode(const media_node& node, bigtime_t performanceTime);
     status_t StopNode(const media_node& node, bigtime_t performanceTime, bool immediate);

@@ -8,20 +8,22 @@ namespace kits {
 
 namespace {
 
-/// Frames of the rate converter's filter to each side: 20 kHz of 44100 Hz are 4 dB down, 19 kHz a
-/// quarter of one, images 80 dB and more.
+/// The rate converter's filter extends this many frames to each side. At 44100 Hz, 20 kHz is
+/// attenuated by 4 dB, 19 kHz by a quarter of a dB, and images by 80 dB and more.
 constexpr unsigned kFilterHalf = 32;
 
 /// Frames in the ring: more than any producer is ahead.
 constexpr std::size_t kRoom = 1U << 16;
 constexpr std::size_t kStretches = 1U << 12;
-/// Frames that are taken out of it at a time.
+/// The number of frames taken out of the ring at a time.
 constexpr std::size_t kPiece = 4096;
 
-/// Frames of lateness that a producer hears of: it cannot be ahead by more than the ring holds.
+/// The largest lateness, in frames, that a producer is told: it cannot be ahead by more than the
+/// ring holds.
 constexpr int64 kMostLate = kRoom / 2;
 
-/// Microseconds of sound that must have come too early before it is to come later.
+/// Microseconds of sound that must have arrived too early before the producer is asked to come
+/// later.
 constexpr double kPatience = 2e6;
 
 } // namespace
@@ -47,7 +49,7 @@ bigtime_t MixerInput::Write(std::span<const float> frames, bigtime_t start) noex
     const double duration = static_cast<double>(count) * 1e6 / rate;
     const double expected =
         static_cast<double>(rowStart) + static_cast<double>(rowFrames) * 1e6 / rate;
-    // Where the buffer belongs if it does not follow on the one before.
+    // A buffer that does not follow the one before is placed by its start time.
     if (rowStart < 0 || std::abs(static_cast<double>(start) - expected) > duration / 2) {
         if (converter)
             converter->Reset();
@@ -63,15 +65,15 @@ bigtime_t MixerInput::Write(std::span<const float> frames, bigtime_t start) noex
     if (samples.Writable() >= output.size() && stretches.Writable() > 0 && !output.empty()) {
         samples.Write(output.data(), output.size());
         stretches.Write(&next, 1);
-        // Only now: nothing is missing while the first frames are still on their way.
+        // Set only now: while the first frames are still on their way, nothing is missing.
         playing = true;
     }
     written = nextFrame;
     return LatencyChange(clock.TimeOf(next.frame) - clock.TimeOf(fetched), duration);
 }
 
-/// Returns what Write answers, to sound that was there so many microseconds before the device
-/// looked for it.
+/// Returns the result of Write for a buffer of `duration` microseconds that arrived `slack`
+/// microseconds before the device fetched it.
 bigtime_t MixerInput::LatencyChange(bigtime_t slack, double duration) noexcept {
     if (slack < 0) {
         inTime = 0;
@@ -113,15 +115,15 @@ void MixerInput::AddTo(std::span<float> left, float* right, int64 frame) noexcep
         at += static_cast<int64>(n);
     }
     fetched = end;
-    // With a stretch to come later the silence is meant: the stream begins there or left a part
-    // out.
+    // A stretch that comes later means that the silence is intended: the stream begins there or has
+    // left a part out.
     if (at < end && playing && !NextStretch(at))
         missing++;
 }
 
-/// True where there is a stretch to be played from, which then begins at `frame` or later: whatever
-/// comes in the meantime, and a stream that goes back in time may bring what has just been played,
-/// what should have been played before is passed over.
+/// Returns true if there is a stretch to play from; it then begins at `frame` or later. Frames
+/// before `frame` are skipped, whatever arrives meanwhile. A stream that goes back in time may
+/// repeat frames that have just been played.
 bool MixerInput::NextStretch(int64 frame) noexcept {
     while (true) {
         if (stretch.count == 0) {
@@ -140,7 +142,7 @@ bool MixerInput::NextStretch(int64 frame) noexcept {
     }
 }
 
-/// Frames of the stretch are out of the ring.
+/// Advances `stretch` past frames that have been taken out of the ring.
 void MixerInput::Pass(std::size_t frames) noexcept {
     stretch.frame += static_cast<int64>(frames);
     stretch.count -= static_cast<uint32>(frames);

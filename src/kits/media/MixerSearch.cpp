@@ -21,7 +21,7 @@ MixerSearch::State MixerSearch::Look() {
         std::erase(systems, AudioSystem::None);
         if (systems.empty() || Clock::now() < next)
             return State::InVain;
-        // Where the system has no thread left, the look takes place below.
+        // If the system has no thread left, the search runs in `look.get()` below.
         look = std::async(std::launch::async | std::launch::deferred,
                           [systems] { return SystemMixer::Open(systems); });
     }

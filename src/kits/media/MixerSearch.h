@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Looking for an audio device that is not there yet.
+// The search for an audio device while there is none.
 #pragma once
 
 #include "kits/media/SystemMixer.h"
@@ -11,20 +11,20 @@
 
 namespace kits {
 
-/// Looks once a second for a device of AudioSystemsToTry(), in a thread of its own, as an audio
-/// system may take its time to answer. Window thread.
+/// Searches once a second for a device of AudioSystemsToTry(), in a thread of its own because an
+/// audio system may take its time to answer. Window thread.
 class MixerSearch {
   public:
     enum class State { Looking, InVain, Found };
 
-    /// Begins a look when it is time for one, and says what has come of it: InVain until the next
-    /// look, and for good where no audio system is wanted. It is to be called now and then.
+    /// Starts a search when one is due, and returns the state: InVain until the next search, and
+    /// for good if no audio system is wanted. It is to be called regularly.
     State Look();
 
-    /// Hands over the mixer that Look has found, which plays already.
+    /// Hands over the mixer that Look has found; it already plays.
     std::unique_ptr<SystemMixer> Take() { return std::move(found); }
 
-    /// The destructor waits for the end of a look.
+    /// The destructor waits for the end of a running search.
 
   private:
     using Clock = std::chrono::steady_clock;

@@ -20,7 +20,7 @@ constexpr std::size_t kSerialPosition = 14;
 constexpr std::size_t kMostSegments = 255;
 constexpr std::size_t kLongestSegment = 255;
 
-/// Reads `size` bytes unless the file ends before; how many it read, or -1.
+/// Reads `size` bytes, or fewer at the end of the file. Returns the number read, or -1 on an error.
 ssize_t ReadAt(int descriptor, unsigned char* bytes, std::size_t size, off_t offset) {
     std::size_t done = 0;
     while (done < size) {

@@ -6,9 +6,10 @@
 
 namespace kits {
 
-/// Gives all pages of a file that holds one Ogg stream the serial number `serial`, and checksums
-/// that fit. Encoders choose the number at random, so files of the same sound would differ.
-/// `descriptor` is open for reading and writing. The error is the reason only.
+/// Gives all pages of a file that holds one Ogg stream the serial number `serial` and matching
+/// checksums. Encoders choose the number at random, so files of the same sound would differ.
+/// `descriptor` is open for reading and writing. The error is the reason only, without the file's
+/// name.
 Result<void> SetOggSerial(int descriptor, int serial);
 
 } // namespace kits

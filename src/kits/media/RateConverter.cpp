@@ -17,8 +17,8 @@ constexpr unsigned kMostConverted = 2;
 
 } // namespace
 
-/// The library has two resamplers that do not know each other: one with a filter for each of the
-/// phases of a simple ratio, one that interpolates between the filters of 120 phases.
+/// The library has two unrelated resampler classes: one has a filter for each phase of a simple
+/// ratio, the other interpolates between the filters of 120 phases.
 struct RateConverter::Stepper {
     virtual ~Stepper() = default;
     VEXA_REALTIME virtual void Reset() noexcept = 0;
@@ -32,14 +32,14 @@ struct VEXA_REALTIME RateConverter::StepperOf : Stepper {
     explicit StepperOf(std::size_t channels) : channels(channels) {}
     void Reset() noexcept override {
         resampler.reset();
-        // Silence up to the middle of the filter: with the next frame begins what comes out.
+        // Silence up to the middle of the filter makes the output begin with the next frame.
         float none[kMostConverted] = {};
         Process(nullptr, (Half() - 1) * channels, {none, channels});
     }
     std::size_t Process(const float* frames, std::size_t count,
                         std::span<float> out) noexcept override {
         resampler.inp_count = static_cast<unsigned>(count / channels);
-        // It does not write there.
+        // The library does not write there.
         resampler.inp_data = const_cast<float*>(frames);
         resampler.out_count = static_cast<unsigned>(out.size() / channels);
         resampler.out_data = out.data();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This gives out frames at another rate than they come in.
+// Sample rate conversion.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -10,30 +10,31 @@
 
 namespace kits {
 
-/// Converts a stream of interleaved channels from one sample rate to another. The filter has `half`
-/// frames, of the lower of the two rates, to each side (8..96): 32 keep 85 % of the lower rate's
-/// frequencies, 96 keep 95 %. One thread at a time.
+/// Converts a stream of interleaved channels from one sample rate to another. The filter extends
+/// `half` frames (8..96) of the lower of the two rates to each side: 32 keep 85 % of the lower
+/// rate's frequencies, 96 keep 95 %. One thread at a time.
 class RateConverter {
   public:
-    /// Makes a converter between two rates in hertz. Between whole numbers whose ratio is simple,
-    /// as any two of the usual rates have, the images of a sine at 9/10 of the band are 110 dB
-    /// below it, between others 92. It allocates, and throws std::invalid_argument for rates that
-    /// CanConvert does not allow and for other than one or two channels.
+    /// Makes a converter between two rates in hertz. If both are whole numbers in a simple ratio,
+    /// as any two of the usual rates are, the images of a sine at 9/10 of the band are 110 dB below
+    /// it, otherwise 92 dB. It allocates, and throws std::invalid_argument for rates that
+    /// CanConvert rejects and for other than one or two channels.
     RateConverter(double from, double to, unsigned half, unsigned channels = 1);
     ~RateConverter();
     RateConverter(const RateConverter&) = delete;
     RateConverter& operator=(const RateConverter&) = delete;
 
-    /// True for rates down to a sixteenth, and up to sixty-four times the first.
+    /// Returns true if `to` lies between a sixteenth of `from` and sixty-four times `from`, and
+    /// both between 1 and 1e9.
     static bool CanConvert(double from, double to);
 
-    /// Begins anew: the next frame that is given out has the place of the next one that is taken.
-    /// Wait-free.
+    /// Starts anew: the next output frame corresponds to the next input frame. Wait-free.
     VEXA_REALTIME void Reset() noexcept;
-    /// Takes all of `frames`, which have a value for each channel; answers how many values it put
-    /// into `out`, which has room for two frames more than the ratio makes of them. Wait-free.
+    /// Takes all of `frames`, which are interleaved, and returns the number of values that it has
+    /// put into `out`. `out` has room for two frames more than the ratio makes of the input.
+    /// Wait-free.
     VEXA_REALTIME std::size_t Process(std::span<const float> frames, std::span<float> out) noexcept;
-    /// Returns how many frames must be taken after one before that can be given out.
+    /// Returns how many further frames must be taken before a frame can be given out.
     std::size_t Lookahead() const;
 
   private:

@@ -14,13 +14,13 @@ namespace kits {
 namespace {
 
 constexpr std::size_t kChannels = 2;
-/// Frames put into it at a time.
+/// The number of frames passed to the writer at a time.
 constexpr std::size_t kWritten = 1024;
 
-/// Between two looks of the thread that writes.
+/// The writing thread's pause between two checks.
 constexpr std::chrono::milliseconds kWriterPause{20};
 
-/// Between two looks at the disk: a small part of what is left free.
+/// Samples between two checks of the free space: a small part of the reserve.
 constexpr std::size_t kSamplesPerLook = 1U << 18;
 
 } // namespace
@@ -99,7 +99,7 @@ void Recording::Run() {
     }
 }
 
-/// A system that does not know counts as one with room.
+/// A file system that does not report its size counts as one with room.
 bool Recording::IsDiskFull() const {
     struct statvfs disk {};
     if (::fstatvfs(file.Descriptor(), &disk) != 0 || disk.f_blocks == 0)
@@ -123,7 +123,7 @@ void Recording::WriteWaiting() {
             if (!written)
                 fault = written.Fault();
         }
-        // Never back, as the window thread may say so at the same moment.
+        // Never set to false, as the window thread may set it to true at the same moment.
         if (fault || full)
             over = true;
     }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A recording keeps in a sound file what a device plays.
+// A recording writes what a device plays into a sound file.
 #pragma once
 
 #include "kits/media/SoundFileWriter.h"
@@ -15,37 +15,37 @@
 namespace kits {
 
 /// A sound file that grows while a device plays: two channels, every sample as the device gets it,
-/// from the first device on. The file takes its place when the recording is finished; until then it
-/// lies beside it. Window thread, unless noted.
+/// from the first device on. The file is written under a temporary name in the same folder and
+/// takes its place when the recording is finished. Window thread, unless noted.
 class Recording {
   public:
-    /// Frames that wait for the disk before any are left out: some 20 s.
+    /// The most frames that wait for the disk before any are left out: about 20 s.
     static constexpr std::size_t kPatience = 1U << 20;
-    /// Bytes of the disk that it leaves free. It ends before, as a whole file.
+    /// Bytes of the disk to leave free. The recording ends before, with a complete file.
     static constexpr std::uint64_t kReserve = 16U << 20;
 
-    /// The format is what the name asks for. The error names the path and the fault.
+    /// The file's name determines the format. The error names the path and the fault.
     static Result<std::unique_ptr<Recording>> Begin(const std::filesystem::path& path,
                                                     std::size_t patience = kPatience,
                                                     std::uint64_t reserve = kReserve);
-    /// Ends the recording. Where Finish was not called no file is left.
+    /// Ends the recording. Unless Finish was called, no file is left.
     ~Recording();
     Recording(const Recording&) = delete;
     Recording& operator=(const Recording&) = delete;
 
-    /// Tells that a device of this rate, in frames per second, is about to play. The first one
-    /// begins the file; one of another rate ends what is kept, which Finish tells.
+    /// Announces that a device of this rate, in frames per second, is about to play. The first call
+    /// begins the file; a later one with another rate ends the recording, which Finish reports.
     void TakeRate(double rate);
 
-    /// Takes what the device plays next. It never waits; what the disk is too slow for is left out
-    /// and counted. The device's thread.
+    /// Takes the frames that the device plays next. It never waits; frames that the disk is too
+    /// slow for are left out and counted. The device's thread.
     VEXA_REALTIME void Put(const float* left, const float* right, std::size_t frames) noexcept;
 
-    /// True from when on nothing more is kept, whoever puts it; Finish tells why. Any thread.
+    /// Returns true once nothing more is kept, whoever puts it; Finish reports why. Any thread.
     bool HasEnded() const { return over; }
 
-    /// Completes the file, when nobody puts any more. The error says why there is none, or what is
-    /// missing in it.
+    /// Completes the file. No thread may call Put any more. The error says why there is no file, or
+    /// what is missing in it.
     Result<void> Finish();
 
   private:
@@ -60,22 +60,22 @@ class Recording {
     FileReplacement file;
     const std::uint64_t reserve;
     int rate = 0;
-    /// The reason why what the device plays is kept no longer.
+    /// The reason why the device's output is no longer kept.
     std::optional<Error> ended;
     Ring<float> waiting;
     std::atomic<bool> takes{false};
     std::atomic<bool> quitting{false};
     std::atomic<bool> over{false};
     std::atomic<std::size_t> lostFrames{0};
-    /// The frames of a period by turns of left and right; it belongs to the device's thread.
+    /// The frames of a period, left and right interleaved. Belongs to the device's thread.
     std::vector<float> interleaved;
     std::thread thread;
 
-    // The writer belongs to the recording's thread, and after its end to Finish.
+    // The writer belongs to the recording's thread and, after that thread's end, to Finish.
     std::optional<SoundFileWriter> writer;
-    /// Why the file is of no use, or ends before what was put does.
+    /// Why the file is of no use, and why it ends before the last frame put.
     std::optional<Error> fault, full;
-    /// Samples until the disk is looked at again.
+    /// The number of samples until the free space is checked again.
     std::size_t untilLook = 0;
 };
 

@@ -20,10 +20,10 @@ namespace {
 /// The quality of the variable bit rate, 0..1: about 190 kbit/s for two channels at 44.1 kHz.
 constexpr double kOggQuality = 0.6;
 constexpr int kOggSerial = 0x56657861;
-/// Frames that go to the library at a time, always: the Vorbis encoder buffers a whole call, and
-/// what it writes depends on how the frames are cut into calls.
+/// The number of frames in each call to the library. It is constant because the Vorbis encoder
+/// buffers a whole call, and its output depends on how the frames are divided into calls.
 constexpr std::size_t kFramesPerWrite = 4096;
-/// A WAV file counts its bytes, the header's among them, in 32 bits.
+/// A WAV file counts its bytes, including the header's, in 32 bits.
 constexpr std::uint64_t kMostWavBytes = 0xffffffff - 4096;
 
 struct Format {
@@ -60,11 +60,11 @@ struct SoundFileWriter::State {
     SoundFileFormat format;
     std::string name;
     std::size_t channels;
-    /// What the file can hold of them and what it holds, in bytes of floats.
+    /// The capacity of the file and the amount written, in bytes of floats.
     std::uint64_t room = UINT64_MAX;
     std::uint64_t written = 0;
     OpenSoundFile file;
-    /// What does not fill a call to the library yet.
+    /// Values that do not fill a call to the library yet.
     std::vector<float> block;
 
     Result<void> Flush();
@@ -106,10 +106,10 @@ Result<SoundFileWriter> SoundFileWriter::Create(int descriptor, SoundFileFormat 
     SNDFILE* const file = state->file.get();
     if (!file)
         return state->Failure(sf_strerror(nullptr));
-    // The chunk with the peaks carries the time of writing.
+    // The peak chunk contains the time of writing.
     sf_command(file, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
     sf_command(file, SFC_SET_CLIPPING, nullptr, SF_TRUE);
-    // What turns out to be no longer than a WAV file may be becomes one, which more programs read.
+    // A file that turns out to fit into WAV becomes WAV, which more programs read.
     if (frames == kUnknownLength)
         sf_command(file, SFC_RF64_AUTO_DOWNGRADE, nullptr, SF_TRUE);
     double quality = kOggQuality;
@@ -127,7 +127,7 @@ Result<void> SoundFileWriter::Write(const float* frames, std::size_t count) {
         const std::size_t now = std::min(count, room);
         const std::size_t held = s.block.size(), more = now * s.channels;
         s.block.resize(held + more);
-        // What is not finite has no difference from itself.
+        // The difference of a value that is not finite from itself is NaN.
         for (std::size_t i = 0; i < more; i++)
             s.block[held + i] = frames[i] - frames[i] == 0 ? frames[i] : 0.0F;
         frames += now * s.channels;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Writing sound files that are the same, byte for byte, whenever the same sound is written.
+// Writes sound files; the same sound gives the same file, byte for byte.
 #pragma once
 
 #include "kits/support/Result.h"
@@ -12,9 +12,9 @@
 namespace kits {
 
 enum class SoundFileFormat {
-    /// WAV with values of 32-bit float, so that nothing is clipped or rounded. What is longer than
-    /// the 4 GiB that a WAV file can count is written as RF64, its form for such lengths, where the
-    /// length was announced or said to be unknown.
+    /// WAV with 32-bit float values, so that nothing is clipped or rounded. A sound longer than the
+    /// 4 GiB that a WAV file can count is written as RF64, WAV's form for such lengths, if the
+    /// length was announced or declared unknown.
     wav,
     /// 24 bit; values beyond -1..1 are clipped.
     flac,
@@ -22,32 +22,32 @@ enum class SoundFileFormat {
     ogg,
 };
 
-/// The format that a file's name asks for: .wav, .flac or .ogg, in any case. The error names these.
+/// Returns the format for a file's name: .wav, .flac or .ogg, in any case. The error names these.
 Result<SoundFileFormat> SoundFileFormatOf(const std::filesystem::path& path);
 
-/// Writes one sound file. A value that is not finite is written as 0. It is for one thread at a
-/// time, which may wait for the disk.
+/// Writes one sound file. Values that are not finite are written as 0. For one thread at a time,
+/// which may wait for the disk.
 class SoundFileWriter {
   public:
-    /// The length for Create of a sound that goes on until somebody ends it.
+    /// The length to pass to Create for a sound whose end is not known.
     static constexpr std::uint64_t kUnknownLength = UINT64_MAX;
 
     /// Writes to an open descriptor of an empty file, which stays the caller's and is open for
-    /// reading too. `name` is the file's name in errors; `frameRate` in frames per second; `frames`
-    /// is at least how many there will be.
+    /// reading too. `name` is the file's name in errors; `frameRate` is in frames per second;
+    /// `frames` is an upper bound of the number of frames.
     static Result<SoundFileWriter> Create(int descriptor, SoundFileFormat format,
                                           const std::filesystem::path& name, int frameRate,
                                           std::uint64_t frames, int channels = 1);
 
     SoundFileWriter(SoundFileWriter&&) noexcept;
     SoundFileWriter& operator=(SoundFileWriter&&) = delete;
-    /// Closes the file, which is of no use where Finish was not called.
+    /// Closes the file, which is of no use unless Finish was called.
     ~SoundFileWriter();
 
-    /// Appends `count` frames, one value per channel each.
+    /// Appends `count` frames of interleaved channels.
     Result<void> Write(const float* frames, std::size_t count);
 
-    /// Completes the file: the last call.
+    /// Completes the file. It must be the last call.
     Result<void> Finish();
 
   private:

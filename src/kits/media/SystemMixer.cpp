@@ -15,13 +15,14 @@ namespace kits {
 
 namespace {
 
-/// Frames of a producer's buffer, where the producer leaves it to us. Shorter ones would come a
-/// millisecond or so sooner, and to wake the producer for each costs more than to render it.
+/// The limits, in frames, of a producer's buffer where the producer leaves the size open. Shorter
+/// buffers would arrive a millisecond or so sooner, but to wake the producer for each costs more
+/// than to render it.
 constexpr uint32 kShortestBuffer = 64;
 constexpr uint32 kLongestBuffer = 512;
 
-/// A device that waits for its samples does so for so many microseconds, and for so long between
-/// two looks.
+/// The longest time, in microseconds, that a device waits for its samples, and the pause between
+/// two checks.
 constexpr bigtime_t kMostPatience = 1000000;
 constexpr std::chrono::microseconds kDevicePause{50};
 
@@ -68,7 +69,7 @@ SystemMixer::SystemMixer(AudioSystem system, std::unique_ptr<AudioDevice> opened
       period(device->Period()) {}
 
 SystemMixer::~SystemMixer() {
-    // First the thread that reads the inputs.
+    // First end the thread that reads the inputs.
     device.reset();
     for (std::atomic<Input*>& input : inputs)
         delete input.load();
@@ -91,7 +92,7 @@ std::unique_ptr<AudioDevice> SystemMixer::TakeDevice() {
 void SystemMixer::Play(float* left, float* right, uint32 frames, bigtime_t now) noexcept {
     const Reader::Section section(reader);
     waits = std::exchange(awaited, false);
-    // First: a producer that is late because of it finds the reason.
+    // Set first, so that a producer that is late because the period has grown finds the reason.
     period = frames;
     clock.Period(frame, now);
     const std::span<float> mix(left, frames);
@@ -102,11 +103,11 @@ void SystemMixer::Play(float* left, float* right, uint32 frames, bigtime_t now) 
                 input->mix.AddTo(mix, right, frame);
         }
     };
-    // What has one channel is heard alike on both sides.
+    // An input of one channel is heard alike on both sides.
     add(1);
     std::copy_n(left, frames, right);
     add(2);
-    // Inputs are finite, but what a filter makes of the largest floats need not be.
+    // Inputs are finite, but a filter's output for the largest floats need not be.
     for (float* channel : {left, right})
         std::transform(channel, channel + frames, channel, [](float sample) {
             return std::isfinite(sample) ? std::clamp(sample, -1.0F, 1.0F) : 0.0F;
@@ -120,7 +121,7 @@ void SystemMixer::Record(Recording* next) {
     if (next)
         next->TakeRate(clock.Rate());
     recording = next;
-    // A period that had begun before may use the one before to its end.
+    // A period that had already begun may use the previous recording to its end.
     const auto passed = std::make_shared<std::atomic<bool>>(false);
     Retire([passed] { *passed = true; });
     while (!*passed && !(WaitForReaders(std::chrono::milliseconds(100)) || device->HasGone())) {
@@ -137,7 +138,7 @@ void SystemMixer::Await(uint32 frames) noexcept {
     waits = true;
     const bigtime_t start = system_time();
     for (bigtime_t now = start; now < start + kMostPatience; now = system_time()) {
-        // Performance time stands still meanwhile, and its source is seen to live.
+        // Performance time stands still meanwhile, but IsRunning stays true.
         clock.Period(frame, now);
         if (std::all_of(inputs.begin(), inputs.end(), isThere))
             return;
@@ -216,15 +217,15 @@ void SystemMixer::Disconnected(const media_source&, const media_destination& des
 
 void SystemMixer::BufferReceived(BBuffer* buffer, const media_destination& destination) noexcept {
     std::atomic<Input*>* slot = Slot(destination);
-    // The input stays while we are here: the producer forgets its destination, in this thread,
-    // before the input is taken away.
+    // The input stays valid in this function: the producer forgets its destination, in this thread,
+    // before the input is removed.
     if (Input* input = slot ? slot->load() : nullptr) {
         const auto* frames = static_cast<const float*>(buffer->Data());
         const bigtime_t start = buffer->Header()->start_time;
         const bigtime_t change =
             input->mix.Write({frames, buffer->Header()->size_used / sizeof(float)}, start);
-        // Looked at after the frames that the device has fetched: what is late because the period
-        // has grown is no more so when the producer knows.
+        // Called after Write, which compares with the frames that the device has fetched. Lateness
+        // due to a longer period ends when the producer knows of the period.
         const bigtime_t grown = std::max<bigtime_t>(FollowPeriod(*input, destination), 0);
         if (change > grown)
             input->producer->LateNoticeReceived(input->source, change - grown, start);
@@ -234,7 +235,8 @@ void SystemMixer::BufferReceived(BBuffer* buffer, const media_destination& desti
     buffer->Recycle();
 }
 
-/// Tells the producer of a period that has changed; by how many microseconds its latency grows.
+/// Tells the producer if the period has changed. Returns by how many microseconds its latency
+/// grows.
 bigtime_t SystemMixer::FollowPeriod(Input& input, const media_destination& destination) noexcept {
     const bigtime_t before = std::exchange(input.latency, LatencyOf(input));
     if (input.latency != before)

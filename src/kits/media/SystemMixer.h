@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The last node of the graph: mixes what it gets into the audio device, whose clock it shows.
+// The last node of the graph: mixes its inputs into the audio device, whose clock is its time
+// source.
 #pragma once
 
 #include "kits/media/DeviceClock.h"
@@ -18,44 +19,45 @@
 
 namespace kits {
 
-/// Takes any number of producers up to kMostInputs, of floats in one or two channels and of any
-/// rate. It converts each to the device's rate in the producer's media thread; the device's thread
-/// sums them and limits the sum to -1..1. Samples go from one thread to the other through rings, in
-/// which neither waits for the other.
+/// Takes up to kMostInputs producers of floats in one or two channels and of any rate. It converts
+/// each to the device's rate in the producer's media thread; the device's thread sums them and
+/// clamps the sum to -1..1. Samples pass between the threads through rings, in which neither thread
+/// waits for the other.
 class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSource {
   public:
     static constexpr std::size_t kMostInputs = 8;
 
-    /// Makes a mixer that plays through the first of the systems that has a device; the error says
-    /// of each why it has none. It waits for as long as the systems take to answer. Any thread.
+    /// Opens a mixer that plays through the first of the systems that has a device. The error says
+    /// for each system why it has none. Waits for as long as the systems take to answer. Any
+    /// thread.
     static Result<std::unique_ptr<SystemMixer>> Open(std::span<const AudioSystem> systems);
 
     SystemMixer(AudioSystem system, std::unique_ptr<AudioDevice> device);
     ~SystemMixer() override;
     /// Starts the device, which begins to play.
     Result<void> StartDevice();
-    /// Stops and gives the device away, to a mixer at the rate that it has now; of no use itself
-    /// any more. No producer may be connected.
+    /// Stops the device and returns it, for a new mixer at the rate that the device has now; this
+    /// mixer is of no use afterwards. No producer may be connected.
     std::unique_ptr<AudioDevice> TakeDevice();
 
-    /// Calls AudioDevice::Tend, and tells the device how many microseconds pass from an event to
-    /// its effect. Window thread.
+    /// Calls AudioDevice::Tend, and passes the device the latency, in microseconds, from an event
+    /// to its audible effect. Window thread.
     void TendDevice(bigtime_t latency) {
         device->TellLatency(static_cast<uint32>(clock.FrameAt(latency)));
         device->Tend();
     }
 
-    /// Puts what is played into the recording too from now on. After a call with null, when that
-    /// returns, the one before gets nothing any more. Window thread.
+    /// Also puts everything that is played from now on into the recording `next`, which may be
+    /// null. When the call returns, the previous recording gets nothing any more. Window thread.
     void Record(Recording* next);
 
-    /// Adds up what all inputs have noticed, those included that are no longer connected. Window
+    /// Returns the sums of the counts of all inputs, including those no longer connected. Window
     /// thread.
     MixerCounts Counts() const;
     AudioSystem System() const { return system; }
     std::string DeviceName() const { return device->Name(); }
     double DeviceRate() const { return clock.Rate(); }
-    /// True where the device plays no more, and another mixer is needed. Any thread.
+    /// Returns true if the device plays no more and another mixer is needed. Any thread.
     bool DeviceHasGone() const { return device->HasGone(); }
     bool DeviceHasNewRate() const { return device->HasNewRate(); }
 
@@ -85,7 +87,7 @@ class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSou
         MixerInput mix;
         BBufferProducer* producer;
         media_source source;
-        /// The latency in microseconds that the producer was told last. It belongs to the
+        /// The latency in microseconds that the producer was last told. It belongs to the
         /// producer's thread.
         bigtime_t latency = 0;
     };
@@ -101,17 +103,18 @@ class SystemMixer : public BBufferConsumer, public BTimeSource, private AudioSou
     AudioSystem system;
     std::unique_ptr<AudioDevice> device;
     DeviceClock clock;
-    /// The device last asked for so many frames.
+    /// The number of frames that the device last asked for.
     std::atomic<uint32> period;
     std::array<std::atomic<Input*>, kMostInputs> inputs{};
-    /// The device's thread: frames played so far, and whether it has waited for the next ones.
+    /// Of the device's thread: the frames played so far, and whether it has waited for the next
+    /// ones.
     int64 frame = 0;
     bool awaited = false;
-    /// The device's thread waited for the frames that it played last, or waits now.
+    /// True if the device's thread waited for the frames that it played last, or is waiting now.
     std::atomic<bool> waits{false};
     Reader reader;
     std::atomic<Recording*> recording{nullptr};
-    /// What was noticed of the inputs that are no longer connected.
+    /// The counts of the inputs that are no longer connected.
     MixerCounts past;
 };
 

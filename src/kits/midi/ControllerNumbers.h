@@ -16,20 +16,20 @@ enum ControllerNumber : uint8 {
     kDataLsb = 38,
     kSustain = 64,
     kSostenuto = 66,
-    /// The soft pedal, the last of those that are down from a value of 64 on.
+    /// The soft pedal, the last of the pedals, which are down from a value of 64 on.
     kLastPedal = 67,
-    /// A step of the parameter that is chosen.
+    /// Step the selected parameter up and down.
     kIncrement = 96,
     kDecrement = 97,
-    /// Parameters that no standard registers, and those that one does.
+    /// The numbers of the non-registered and of the registered parameters.
     kOtherLsb = 98,
     kOtherMsb = 99,
     kParameterLsb = 100,
     kParameterMsb = 101,
     kAllSoundOff = 120,
-    /// Lets go of all controllers.
+    /// Resets all controllers.
     kResetControllers = 121,
-    /// The mode messages that follow, up to 127, mean this too.
+    /// The mode messages that follow, up to 127, also mean this.
     kAllNotesOff = 123,
 };
 

@@ -8,10 +8,10 @@ namespace kits {
 
 namespace {
 
-/// Events that may wait: some seconds of all that a MIDI cable carries.
+/// The number of events that may wait: some seconds of the full rate of a MIDI cable.
 constexpr std::size_t kRoom = 1U << 14;
 
-/// Between two looks of who waits for another thread to be done.
+/// The pause between two checks of a thread that waits for another.
 constexpr std::chrono::microseconds kGatePause{50};
 
 } // namespace
@@ -30,9 +30,10 @@ void EventGate::SetTimed(bool on) {
     Deliver();
 }
 
-/// All that waits, unless another thread is at it, which then does it.
+/// Plays all waiting events, unless another thread is playing them.
 void EventGate::Deliver() {
-    // What another thread has put in meanwhile, and could not deliver, is there after Leave.
+    // Repeated after Leave, for events that another thread has put in meanwhile and could not
+    // deliver.
     while (ring.Readable() > 0 && Enter()) {
         PlayAll();
         Leave();
@@ -75,11 +76,11 @@ void EventGate::PlayFirst() {
 }
 
 EventGate::Turn::Turn(EventGate& gate) : gate(gate), holds(gate.Enter()) {
-    // Only now: who ends the timing waits for whoever has entered.
+    // Checked only after entering: whoever ends the timing waits for the thread that has entered.
     if (holds && !gate.timed) {
         holds = false;
         gate.Leave();
-        // What came in at this moment found somebody here.
+        // An event that arrived at this moment found the gate entered and was not delivered.
         gate.Deliver();
     }
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A gate stands between the MIDI thread and the consumer: events wait here for the thread that
-// plays them at their time.
+// A gate between the MIDI thread and the consumer: events wait here for the thread that plays them
+// at their time.
 #pragma once
 
 #include "kits/midi/MidiEvent.h"
@@ -12,44 +12,43 @@
 
 namespace kits {
 
-/// Hears of events as they come in, before their time. MIDI thread.
+/// Is told of events as they arrive, before their time. MIDI thread.
 class EventWatcher {
   public:
     virtual ~EventWatcher() = default;
     virtual void Came(const MidiEvent& event) = 0;
 };
 
-/// Calls the consumer's hooks one after the other: at once, in the MIDI thread, or, while it is
-/// timed, whenever a Turn says so in the thread that renders. Events come in in the order of each
-/// source, one source after the other; those that wait are put in the order of their times, as far
-/// as a few hundred go. Those of one time, and those without one behind all that came before, stay
-/// in the order in which they came in. Hooks of system messages are called at once all the same,
-/// and may run beside the others. Nobody waits but the MIDI thread, where a thousand times more
-/// events come in than can be played.
+/// Calls the consumer's hooks one after the other: the MIDI thread calls them at once or, while the
+/// gate is timed, the rendering thread calls them in its Turn. Each source's events arrive in their
+/// order, but one source after the other; a few hundred waiting events are sorted by their times.
+/// Events of equal times keep the order in which they arrived, and an event without a time stays
+/// behind all that arrived before it. Hooks of system messages are always called at once, and may
+/// run beside the others. Only the MIDI thread ever waits, if a thousand times more events arrive
+/// than can be played.
 class EventGate : public BMidiLocalConsumer {
   public:
     explicit EventGate(BMidiLocalConsumer& consumer);
 
-    /// Sets whether events wait for a Turn. When it returns after false, those that waited have
+    /// Sets whether events wait for a Turn. When it returns after false, the waiting events have
     /// been delivered and no Turn calls a hook any more. Window thread.
     void SetTimed(bool on);
 
-    /// Sets the watcher that is told of events from now on, which outlives the gate; null takes it
-    /// away. Window thread.
+    /// Sets the watcher that is told of events from now on and outlives the gate; null removes it.
+    /// Window thread.
     void Watch(EventWatcher* next) { watcher = next; }
 
-    /// A turn is the right to call the hooks, which at most one thread has at a time. One thread at
-    /// a time.
+    /// A turn is the right to call the hooks, which at most one thread holds at a time.
     class Turn {
       public:
-        /// Asks for the right to play events. There are none while the gate is not timed or another
-        /// thread has that right.
+        /// Asks for the right to play events. Next returns null while the gate is not timed or
+        /// another thread holds the right.
         VEXA_REALTIME explicit Turn(EventGate& gate);
         VEXA_REALTIME ~Turn();
         VEXA_REALTIME Turn(const Turn&) = delete;
         Turn& operator=(const Turn&) = delete;
 
-        /// The next event; null where there is none.
+        /// Returns the next event; null if there is none.
         VEXA_REALTIME const MidiEvent* Next() noexcept { return holds ? gate.First() : nullptr; }
         /// Calls the consumer's hook with the event that Next has returned.
         VEXA_REALTIME void Play() { gate.PlayFirst(); }
@@ -90,7 +89,7 @@ class EventGate : public BMidiLocalConsumer {
     std::atomic<bool> timed{false};
     /// True while a thread has the right to read the ring and to call hooks.
     std::atomic<bool> entered{false};
-    /// The next events, which are out of the ring already, in the order in which they are played:
+    /// The next events, already taken out of the ring, in the order in which they are played:
     /// `count` of them from `begin` on. They belong to the thread that has the right to play.
     std::array<MidiEvent, 512> sorted{};
     std::size_t begin = 0, count = 0;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A registered consumer has this: its ports and its thread.
+// The ports and the thread of a registered consumer.
 #pragma once
 
 #include "kits/midi/EventGate.h"
@@ -7,8 +7,8 @@
 
 namespace kits {
 
-/// Made by BMidiLocalConsumer::Register, which alone knows MIDI systems; a program that never calls
-/// it, a plug-in for one, needs none of them.
+/// Made by BMidiLocalConsumer::Register, the only function that needs MIDI systems. A program that
+/// never calls it, such as a plug-in, needs none of them.
 class MidiConnection {
   public:
     virtual ~MidiConnection() = default;

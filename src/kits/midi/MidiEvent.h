@@ -7,7 +7,7 @@
 
 namespace kits {
 
-/// One hook of a consumer and its arguments, those of the channel messages.
+/// One hook of a consumer with its arguments, for the channel messages.
 struct MidiEvent {
     enum class Hook : uint8 {
         NoteOff,
@@ -20,19 +20,19 @@ struct MidiEvent {
         SourceEnded,
         AllNotesOff,
     };
-    /// System time, microseconds, at which it happened; 0 where nobody knows.
+    /// The system time, in microseconds, at which it happened; 0 if that is unknown.
     bigtime_t time;
     Hook hook;
-    /// The channel, 0..15. For AllNotesOff it is 1 if the message was for one channel, which
-    /// `data1` then tells.
+    /// The channel, 0..15. For AllNotesOff it is 1 if the message was for a single channel, which
+    /// EventOf puts into `data1`.
     uint8 channel;
-    /// The data bytes as they stand in the message, 0 where it has none.
+    /// The data bytes of the message; 0 for those that it does not have.
     uint8 data1;
     uint8 data2;
 };
 
-/// Returns what a channel message means, `status` being 0x80..0xEF and the data 0..127: a note-on
-/// with velocity 0 is a NoteOff, the controllers 120 and 123 to 127 are AllNotesOff.
+/// Returns the event of a channel message, with `status` in 0x80..0xEF and the data in 0..127: a
+/// note-on with velocity 0 is a NoteOff, the controllers 120 and 123 to 127 are AllNotesOff.
 MidiEvent EventOf(uint8 status, uint8 data1, uint8 data2, bigtime_t time) noexcept;
 
 /// Returns the number of data bytes of a channel message.

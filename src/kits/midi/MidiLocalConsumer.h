@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The receiving end of MIDI connections, as a program of ours implements it.
+// The receiving end of MIDI connections, implemented by this program.
 #pragma once
 
 #include "kits/support/Message.h"
@@ -23,8 +23,8 @@ class BMidiEndpoint {
 
     const std::string& Name() const { return name; }
 
-    /// Adds to the message what the endpoint tells of itself besides its name, such as icons.
-    /// Window thread.
+    /// Adds the endpoint's properties besides its name, such as icons, to the message. Window
+    /// thread.
     status_t GetProperties(BMessage* into) const;
     status_t SetProperties(const BMessage* next);
 
@@ -36,31 +36,31 @@ class BMidiEndpoint {
     BMessage properties;
 };
 
-/// A consumer in this program. Its hooks are called by one thread, the MIDI thread or whoever plays
-/// the events of its gate, one event after the other, for whatever is connected; all do nothing
-/// unless overridden. Channels are 0..15, data bytes 0..127, `time` is the moment of the event by
-/// the system's clock, in microseconds, or 0 where nobody knows it.
+/// A consumer in this program. One thread at a time, the MIDI thread or the one that plays the
+/// events of its gate, calls its hooks, one event after the other, for all connected sources. Hooks
+/// do nothing unless overridden. Channels are 0..15, data bytes 0..127; `time` is the moment of the
+/// event by the system's clock, in microseconds, or 0 if unknown.
 class BMidiLocalConsumer : public BMidiEndpoint {
   public:
     explicit BMidiLocalConsumer(std::string name);
-    /// A registered consumer unregisters itself first: hooks must not run in what is half gone.
+    /// A derived class unregisters itself first: hooks must not run in a partly destroyed object.
     ~BMidiLocalConsumer() override;
 
     /// Starts the MIDI thread and makes ports of the endpoint's name, to which other programs can
-    /// connect their sources, in every MIDI system that is there or comes later. Window thread.
+    /// connect their sources, in every MIDI system that exists or appears later. Window thread.
     status_t Register();
-    /// Has NoteOff called, in the MIDI thread, for all notes that came in and are on, while it is
-    /// registered. Window thread.
+    /// Makes the MIDI thread call NoteOff for all received notes that are on. It does nothing
+    /// unless registered. Window thread.
     void EndNotes();
-    /// Takes the ports away and ends the MIDI thread: no hook runs any more when it returns.
+    /// Removes the ports and ends the MIDI thread: no hook runs any more when it returns.
     status_t Unregister();
 
-    /// Returns the gate at which events can be made to wait for who plays them at their time; null
-    /// unless registered. It lives until Unregister. Window thread.
+    /// Returns the gate at which events can wait for the thread that plays them at their time; null
+    /// unless registered. It is valid until Unregister. Window thread.
     kits::EventGate* Gate();
 
-    /// Counts the pieces of what came in, in JACK events, that were lost while registered: there
-    /// was no room, or the server handed out something else. Window thread.
+    /// Returns the number of pieces of the input, such as JACK events, that were lost while
+    /// registered: there was no room, or the server handed out invalid data. Window thread.
     int64 LostMidi() const;
 
     VEXA_REALTIME virtual void NoteOff(uchar channel, uchar note, uchar velocity, bigtime_t time);
@@ -78,9 +78,9 @@ class BMidiLocalConsumer : public BMidiEndpoint {
     VEXA_REALTIME virtual void SystemRealTime(uchar status, bigtime_t time);
     VEXA_REALTIME virtual void TempoChange(int32 beatsPerMinute, bigtime_t time);
     /// Called after the NoteOffs when a source that has moved wheel or pedals on the channel has
-    /// gone, or its notes are ended: what they hold is let go.
+    /// gone, or when its notes are ended: the wheel and the pedals are released.
     VEXA_REALTIME virtual void SourceEnded(uchar channel, bigtime_t time);
-    /// justChannel: the message was for one channel only.
+    /// `justChannel`: the message was for one channel only.
     VEXA_REALTIME virtual void AllNotesOff(bool justChannel, bigtime_t time);
 
   private:

@@ -6,27 +6,27 @@
 
 #include <initializer_list>
 
-/// While registered it stands in the roster among the sources of other programs, and can be
-/// connected to the consumers of this one. Window thread.
+/// A source that, while registered, is listed in the roster among the sources of other programs and
+/// can be connected to the consumers of this one. Window thread.
 class BMidiLocalProducer : public BMidiEndpoint {
   public:
     explicit BMidiLocalProducer(std::string name);
-    /// Takes the source away, as if it had been unregistered.
+    /// Removes the source, as Unregister does.
     ~BMidiLocalProducer() override;
 
-    /// Makes the source known. It must be called before the roster is asked for the first time.
+    /// Makes the source known. It must be called before the roster is first used.
     status_t Register();
-    /// Is called in place of Register for a source that stands in no roster and is always
-    /// connected, as what the program plays by itself is.
+    /// Replaces Register for a source that no roster lists and that is always connected, such as
+    /// what the program plays by itself.
     status_t RegisterAsOwn();
     status_t Unregister();
 
-    /// Sends to all that are connected. Channels are 0..15, data bytes 0..127; the event takes
-    /// effect at once.
+    /// Send an event to all connected consumers. Channels are 0..15, data bytes 0..127; the event
+    /// takes effect at once.
     void SprayNoteOn(uchar channel, uchar note, uchar velocity) const;
     void SprayNoteOff(uchar channel, uchar note, uchar velocity) const;
     void SprayControlChange(uchar channel, uchar controller, uchar value) const;
-    /// 8192 is the middle: 64 * 128.
+    /// The centre is 8192: `msb` 64, `lsb` 0.
     void SprayPitchBend(uchar channel, uchar lsb, uchar msb) const;
 
   private:

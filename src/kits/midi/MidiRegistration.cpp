@@ -10,8 +10,8 @@ namespace kits {
 
 namespace {
 
-/// A registered consumer's ports and thread. Taken down in the opposite order: first nothing comes
-/// in any more, then what came in is delivered.
+/// A registered consumer's ports and thread. Destroyed in reverse order: first no input arrives any
+/// more, then the input that has arrived is delivered.
 class SystemConnection final : public MidiConnection {
   public:
     explicit SystemConnection(BMidiLocalConsumer& consumer)

@@ -7,8 +7,9 @@
 
 namespace {
 
-/// Leaves out the address at the end by which ALSA's sequencer tells sources apart, as in
-/// "Keys:Keys MIDI 1 20:0": it follows the order in which devices were plugged in.
+/// Returns the name without the address at its end by which ALSA's sequencer tells sources apart,
+/// as in "Keys:Keys MIDI 1 20:0": the address depends on the order in which devices were plugged
+/// in.
 std::string_view WithoutAddress(std::string_view name) {
     constexpr const char* kDigits = "0123456789";
     const auto colon = name.find_last_not_of(kDigits);

@@ -11,26 +11,27 @@
 #include <string>
 #include <vector>
 
-/// A watcher is sent a message of this code when endpoints have come or gone.
+/// The code of the message that a watcher is sent when endpoints have come or gone.
 constexpr uint32 B_MIDI_EVENT = FourCC("MIDI");
 
 namespace kits {
 class MidiSystems;
 }
 
-/// A source of another program. Whoever gets one from the roster releases it. Window thread.
+/// A source of another program. The caller that gets one from the roster releases it. Window
+/// thread.
 class BMidiProducer : public BMidiEndpoint {
   public:
-    /// Returns the source's number, which stays the same while the source is there and is never
-    /// given to another.
+    /// Returns the source's number, which stays the same while the source exists and is never given
+    /// to another.
     int32 ID() const { return id; }
 
-    /// Connects the source to a registered consumer, or undoes it. B_WOULD_BLOCK where it cannot be
-    /// connected yet: a B_MIDI_EVENT will tell when to try again.
+    /// Connects the source to a registered consumer, or disconnects it. Returns B_WOULD_BLOCK if it
+    /// cannot be connected yet: a B_MIDI_EVENT then says when to try again.
     status_t Connect(BMidiLocalConsumer* consumer);
     status_t Disconnect(BMidiLocalConsumer* consumer);
 
-    /// Gives the object back, which is deleted.
+    /// Deletes the object.
     void Release();
 
   private:
@@ -41,23 +42,24 @@ class BMidiProducer : public BMidiEndpoint {
     int32 id;
 };
 
-/// The sources that JACK and the ALSA sequencer show, whichever of the two there is.
+/// The sources that JACK and the ALSA sequencer show, as far as these exist, and this program's
+/// own.
 class BMidiRoster {
   public:
     /// Returns the roster, or null while there is no MIDI system; `reason` then says why. Window
     /// thread.
     static BMidiRoster* MidiRoster(std::string* reason = nullptr);
 
-    /// Sends a B_MIDI_EVENT whenever sources have come or gone, be it with their system, until the
-    /// target goes.
+    /// Sends a B_MIDI_EVENT whenever sources have come or gone, also together with their system,
+    /// until the target is destroyed.
     void StartWatching(const BMessenger& messenger);
 
-    /// The producer with the lowest id above *id, which becomes its id; null after the last.
+    /// Returns the producer with the lowest id above *id and sets *id to that; null after the last.
     BMidiProducer* NextProducer(int32* id);
-    /// Returns the source of that number, or null if there is none. The caller releases it.
+    /// Returns the source with that number, or null if there is none. The caller releases it.
     BMidiProducer* FindProducer(int32 id);
-    /// Returns the source of that name or, where there is none, the first that differs from it by
-    /// nothing but ALSA's address at the end; null if there is neither. The caller releases it.
+    /// Returns the source with that name or, if there is none, the first whose name differs only in
+    /// ALSA's address at the end; null if there is neither. The caller releases it.
     BMidiProducer* FindProducer(const std::string& name);
 
   private:

@@ -14,10 +14,11 @@ namespace kits {
 
 namespace {
 
-/// How often systems that do not tell of changes are asked, and others are looked for, in seconds.
+/// The interval, in seconds, at which systems that do not report changes are asked and missing
+/// systems are looked for.
 constexpr int kPollInterval = 1;
 
-/// For so long a source that is there may refuse to be connected.
+/// The time for which an existing source may refuse to be connected.
 constexpr std::chrono::seconds kPatience{5};
 
 } // namespace
@@ -49,7 +50,7 @@ MidiSystems::~MidiSystems() {
     ::sem_post(&changed);
     if (thread.joinable())
         thread.join();
-    // No system may call back any more when the semaphore goes.
+    // No system may call back, and post the semaphore, after its destruction.
     systems.clear();
     ::sem_destroy(&changed);
 }
@@ -65,8 +66,8 @@ std::string MidiSystems::Fault() {
     return faults;
 }
 
-/// Lets go of a system that has ended, and opens one that is not there, if it can be opened. A
-/// system may take its time to answer, so nobody is kept out meanwhile.
+/// Closes a system that has ended, and opens one that is missing if that is possible. A system may
+/// take its time to answer, so the mutex is free meanwhile.
 void MidiSystems::Revive(System& system) {
     {
         const std::lock_guard lock(mutex);
@@ -85,7 +86,7 @@ void MidiSystems::Revive(System& system) {
     }
 }
 
-/// Takes the system's sources, and the notes that they hold, away with it.
+/// Removes a system together with its sources, and ends the notes that they hold.
 void MidiSystems::Close(System& system) {
     untold = std::erase_if(sources,
                            [&](const auto& entry) { return entry.second.system == &system; }) > 0 ||
@@ -124,7 +125,7 @@ void MidiSystems::Run() {
     }
 }
 
-/// Opens what can be opened, and tells the watchers of sources that have come or gone.
+/// Opens the systems that can be opened, and tells the watchers of sources that have come or gone.
 void MidiSystems::LookAround() {
     for (System& system : systems)
         Revive(system);
@@ -208,7 +209,8 @@ status_t MidiSystems::Connect(int32 number, bool connected) {
         failingSince.reset();
         return B_ERROR;
     }
-    // A JACK program shows its ports a moment before it takes part, which nobody can see.
+    // A JACK program shows its ports a moment before it becomes active, and nothing shows when it
+    // does.
     failingSince = failingSince.value_or(now);
     sources.erase(source);
     untold = true;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// All MIDI systems of the machine are one here: their sources by number, and the ports of our
+// All MIDI systems of the machine as one: their sources by number, and the ports of this program's
 // consumers.
 #pragma once
 
@@ -22,12 +22,12 @@
 
 namespace kits {
 
-/// Open as long as somebody holds it. A thread of its own looks after the sources, and once a
-/// second for systems that have gone or were never there: these get the consumer's port when they
-/// come.
+/// Open as long as somebody holds it. A thread of its own keeps the list of sources up to date, and
+/// once a second looks for systems that have gone or did not exist yet: these get the consumer's
+/// port when they appear.
 class MidiSystems {
   public:
-    /// The open ones, or those that can be opened now.
+    /// Returns the open instance, or one with the systems that can be opened now.
     static std::shared_ptr<MidiSystems> Open();
     /// Returns why there is no system at present; empty if there is one. Any thread.
     std::string Fault();
@@ -42,11 +42,11 @@ class MidiSystems {
         explicit System(Opener open) : open(open) {}
 
         Opener open;
-        /// The system's ports; null while the system is not there, and `fault` says why.
+        /// The system's ports; null while the system does not exist, and `fault` says why.
         std::unique_ptr<MidiBackend> backend;
         std::string fault;
-        /// The registered consumer has two inlets: what others connect to its port comes in at
-        /// `shared`, the sources that Connect connects at `chosen`.
+        /// The registered consumer has two inlets: `shared` takes what others connect to its port,
+        /// `chosen` takes the sources that Connect connects.
         MidiThread::Inlet* shared = nullptr;
         MidiThread::Inlet* chosen = nullptr;
     };
@@ -54,19 +54,20 @@ class MidiSystems {
         std::string name;
         System* system;
     };
-    /// Returns the sources that there are now, by their numbers. A source that went and came again
-    /// has a new number. Any thread.
+    /// Returns the present sources by their numbers. A source that went and came back has a new
+    /// number. Any thread.
     std::map<int32, Source> Sources();
 
     void Watch(const BMessenger& messenger);
 
-    /// Makes ports named `name` in every system that is there or comes later, whose bytes go to the
+    /// Makes ports named `name` in every system that exists or appears later, whose bytes go to the
     /// thread. There is one consumer at a time.
     void Register(const std::string& name, MidiThread& thread);
     void Unregister();
 
-    /// B_WOULD_BLOCK where the source cannot be connected yet: it is about to come anew, with
-    /// another number, and to be tried again. B_ERROR when that has gone on for seconds.
+    /// Connects or disconnects a source. Returns B_WOULD_BLOCK if it cannot be connected yet: it
+    /// will be listed anew with another number, and is then to be tried again. Returns B_ERROR when
+    /// that has gone on for seconds.
     status_t Connect(int32 source, bool connected);
 
   private:
@@ -83,10 +84,10 @@ class MidiSystems {
     std::string inputName;
     std::map<int32, Source> sources;
     int32 lastNumber = 0;
-    /// Sources have come or gone, which the watchers do not know yet.
+    /// Sources have come or gone, of which the watchers have not been told.
     bool untold = false;
     std::vector<BMessenger> watchers;
-    /// The moment since which no source could be connected.
+    /// The moment since which connecting a source has failed.
     std::optional<std::chrono::steady_clock::time_point> failingSince;
 
     sem_t changed;

@@ -14,11 +14,11 @@ namespace kits {
 
 namespace {
 
-/// That of a JACK client's own thread by the server's defaults, above the media thread: a note is
-/// short work, and the next buffer is to have it.
+/// The default priority of a JACK client's own thread, above the media thread: handling a note is
+/// short work, and the next buffer should contain it.
 constexpr int kPriority = 5;
 
-/// Who waits for a delivery waits so long at most, and so long between two looks.
+/// The longest wait for a delivery, and the pause between two checks.
 constexpr std::chrono::seconds kMostPatience{1};
 constexpr std::chrono::microseconds kDeliveryPause{50};
 

@@ -19,25 +19,24 @@ namespace kits {
 /// consumer's hooks one after the other. Runs at real-time priority where the system grants it.
 class MidiThread {
   public:
-    /// An inlet takes the bytes of one source, or of some that share it.
+    /// An inlet takes the bytes of one source, or of several that share it.
     class Inlet {
       public:
         explicit Inlet(MidiThread& thread, BMidiLocalConsumer& consumer);
 
-        /// Puts in a piece of the stream that came at `time`, microseconds of the system's clock; 0
-        /// where nobody knows. Where a server's clock goes back, the events have the latest time
-        /// that there has been, so that they stay in order. It is wait-free and does not allocate,
-        /// for a server's real-time thread. When more comes in than the MIDI thread gets done,
-        /// pieces are lost and the inlet's notes, which might hang, are ended. One thread writes
-        /// into an inlet.
+        /// Puts in a piece of the stream that arrived at `time`, in microseconds of the system's
+        /// clock; 0 if unknown. If a server's clock goes back, the events get the latest time so
+        /// far, so that they stay in order. It is wait-free and does not allocate, for a server's
+        /// real-time thread. If more arrives than the MIDI thread can process, pieces are lost and
+        /// the inlet's notes, which might hang, are ended. One thread writes into an inlet.
         VEXA_REALTIME void Put(std::span<const uint8> bytes, bigtime_t time) noexcept;
 
-        /// Tells that a piece of the stream could not be read: it is lost as in Put. The writing
+        /// Notes that a piece of the stream could not be read: it is lost as in Put. The writing
         /// thread.
         VEXA_REALTIME void Lose() noexcept;
 
-        /// Waits until the MIDI thread has done what was put in, for a second at most. The writing
-        /// thread, where that may wait.
+        /// Waits until the MIDI thread has processed everything that was put in, for a second at
+        /// most. The writing thread, where that may wait.
         VEXA_REALTIME void AwaitDelivery() const noexcept;
 
         /// Ends the notes that came in here, as when the source has vanished; those of other inlets
@@ -49,7 +48,7 @@ class MidiThread {
         struct Header {
             bigtime_t time;
             uint32 size;
-            /// Pieces before this one are lost.
+            /// Pieces before this one were lost.
             bool gap;
         };
         void Drain();
@@ -57,12 +56,12 @@ class MidiThread {
         MidiThread& thread;
         WireDecoder decoder;
         Ring<uint8> ring{1U << 20};
-        /// The writing thread's: the latest pieces are lost.
+        /// The writing thread's: the latest pieces were lost.
         bool gap = false;
-        /// Pieces put in, the writing thread's, and done, the MIDI thread's.
+        /// The number of pieces put in (the writing thread's) and processed (the MIDI thread's).
         int64 put = 0;
         std::atomic<int64> done{0};
-        /// The latest time of a piece so far, the MIDI thread's.
+        /// The latest time of all pieces so far; the MIDI thread's.
         bigtime_t latest = 0;
         /// The notes are to be ended.
         std::atomic<bool> lost{false};
@@ -70,7 +69,8 @@ class MidiThread {
     };
 
     explicit MidiThread(BMidiLocalConsumer& consumer);
-    /// Ends the thread; what has been put in is delivered first. No inlet may be written any more.
+    /// Ends the thread; everything put in is delivered first. No thread may write into an inlet any
+    /// more.
     ~MidiThread();
     MidiThread(const MidiThread&) = delete;
     MidiThread& operator=(const MidiThread&) = delete;
@@ -81,7 +81,7 @@ class MidiThread {
 
     /// Calls Inlet::EndNotes for all inlets. Any thread.
     void EndNotes() noexcept;
-    /// Counts the pieces that all inlets have lost. Any thread.
+    /// Returns the number of pieces that all inlets have lost. Any thread.
     int64 LostPieces() const;
 
   private:

@@ -12,9 +12,9 @@ constexpr uint8 kSysexEnd = 0xF7;
 constexpr uint8 kFirstRealTime = 0xF8;
 constexpr uint8 kFirstSwitch = 64;
 constexpr uint8 kLastSwitch = 69;
-constexpr uint8 kEndVelocity = 64; // the standard's where there is none
+constexpr uint8 kEndVelocity = 64; // the standard's value for a missing velocity
 
-/// Data bytes after a status; -1 for a status without a meaning.
+/// Returns the number of data bytes after a status; -1 for an undefined status.
 int DataBytes(uint8 status) {
     if (status < 0xF0)
         return DataBytesOf(status);

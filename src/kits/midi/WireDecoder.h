@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A decoder makes calls of a consumer's hooks of the bytes of a MIDI connection.
+// Turns the bytes of a MIDI connection into calls of a consumer's hooks.
 #pragma once
 
 #include "kits/midi/MidiLocalConsumer.h"
@@ -21,7 +21,7 @@ class WireDecoder {
     static constexpr std::size_t kLongestSysex = 65536;
 
     explicit WireDecoder(BMidiLocalConsumer& consumer) : consumer(consumer) {
-        // Room is taken at once, so that notes go on where memory runs out later.
+        // Reserved at once, so that notes still play if memory runs out later.
         sysex.reserve(kLongestSysex);
     }
 
@@ -31,7 +31,7 @@ class WireDecoder {
     /// whose wheel or pedals it has moved.
     void EndNotes(bigtime_t time);
 
-    /// Forgets the message begun and the running status: part of the stream is missing.
+    /// Discards the unfinished message and the running status: part of the stream is missing.
     void Reset() { status = 0; }
 
   private:
@@ -41,7 +41,7 @@ class WireDecoder {
     void EndSysex(bigtime_t time);
 
     BMidiLocalConsumer& consumer;
-    /// The status that data belong to; 0 for none, 0xF0 inside of system exclusive data.
+    /// The status that data bytes belong to; 0 for none, 0xF0 within system exclusive data.
     uint8 status = 0;
     uint8 data[2] = {};
     int have = 0;

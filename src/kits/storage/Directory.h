@@ -10,7 +10,7 @@ class BDirectory {
     explicit BDirectory(const char* path) { SetTo(path); }
     explicit BDirectory(const entry_ref* ref) { SetTo(BPath(ref).Path()); }
 
-    /// B_ENTRY_NOT_FOUND if there is nothing, B_BAD_TYPE if it is not a folder.
+    /// Returns B_ENTRY_NOT_FOUND if nothing exists there, B_BAD_TYPE if it is not a folder.
     status_t SetTo(const char* path);
     status_t InitCheck() const { return status; }
 

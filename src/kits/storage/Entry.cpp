@@ -49,7 +49,7 @@ status_t get_ref_for_path(const char* path, entry_ref* ref) {
     if (whole.InitCheck() != B_OK)
         return B_BAD_VALUE;
     BPath folder = whole;
-    // The root is in no folder but itself.
+    // The root folder is its own parent.
     whole.GetParent(&folder);
     *ref = {folder.Path(), whole.Leaf()};
     return B_OK;

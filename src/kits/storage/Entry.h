@@ -13,8 +13,9 @@ class BEntry {
     explicit BEntry(const char* path, bool traverse = false) { SetTo(path, traverse); }
     explicit BEntry(const entry_ref* ref, bool traverse = false);
 
-    /// Links in the path to the folder are followed, so that each entry has one path; a link that
-    /// is itself the entry only with `traverse`. B_ENTRY_NOT_FOUND if there is no such folder.
+    /// Follows links in the path to the folder, so that each entry has one path; follows a link
+    /// that is itself the entry only with `traverse`. Returns B_ENTRY_NOT_FOUND if there is no such
+    /// folder.
     status_t SetTo(const char* path, bool traverse = false);
     status_t InitCheck() const { return path.InitCheck(); }
 
@@ -26,6 +27,6 @@ class BEntry {
     BPath path;
 };
 
-/// Makes the ref of the entry at an absolute path, which need not exist; links are not followed.
+/// Makes the ref of the entry at an absolute path, which need not exist; does not follow links.
 /// Returns B_BAD_VALUE for an empty path.
 status_t get_ref_for_path(const char* path, entry_ref* ref);

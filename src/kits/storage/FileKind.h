@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This names what stands at a path where no regular file is.
+// Names for what a path leads to if it is not a regular file.
 #pragma once
 
 #include <sys/stat.h>
 
 namespace kits {
 
-/// "it is a folder, not a file" and the like, for a mode of stat(2) that is not that of a
-/// regular file.
+/// Returns "it is a folder, not a file" or the like, for a mode of stat(2) that is not a regular
+/// file's.
 inline const char* WhatItIs(mode_t mode) {
     switch (mode & S_IFMT) {
     case S_IFDIR:

@@ -9,8 +9,8 @@ namespace kits {
 
 namespace {
 
-/// The bytes that the UTF-8 character at the start of `text`, which is not empty, consists of; 0 if
-/// there is none: no overlong forms, no surrogates, nothing above U+10FFFF.
+/// Returns the length in bytes of the UTF-8 character at the start of `text`, which is not empty; 0
+/// if it is invalid: no overlong forms, no surrogates, nothing above U+10FFFF.
 std::size_t CharacterLength(std::string_view text) {
     const auto byte = [text](std::size_t i) {
         return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This tells which names a file may be given.
+// The names that a file may be given.
 #pragma once
 
 #include "kits/support/Result.h"
@@ -8,13 +8,13 @@
 
 namespace kits {
 
-/// The longest name, in bytes, that file systems take.
+/// The longest name, in bytes, that file systems accept.
 constexpr std::size_t kLongestFileName = 255;
 
-/// Checks that a file can be created under `name`, which is to be one step of a path. It refuses an
+/// Checks that a file can be created under `name`, a single component of a path. It rejects an
 /// empty name, "." and "..", a slash, control characters (a line feed among them), which would
-/// break the lines of lists and messages, text that is not UTF-8, and what is longer than
-/// kLongestFileName. The error says why, for the user. Nothing is touched. Any thread.
+/// break the lines of lists and messages, text that is not UTF-8, and names longer than
+/// kLongestFileName. The error says why, for the user. The file system is not touched. Any thread.
 Result<void> CheckFileName(std::string_view name);
 
 } // namespace kits

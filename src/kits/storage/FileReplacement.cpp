@@ -21,9 +21,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// The rights that open(2) would give a new file: everybody's, less the process's mask. The mask
-/// can only be read by setting it, which would race with other threads, so the kernel's report of
-/// it is read instead; without one, the owner alone may use the file.
+/// Returns the permissions that open(2) would give a new file: everybody's, less the process's
+/// mask. Reading the mask by umask(2) sets it, which would race with other threads, so the kernel's
+/// report of it is read instead; without one, only the owner may use the file.
 mode_t NewFileMode() {
     constexpr std::string_view kLine = "\nUmask:";
     const Result<std::string> status = ReadFile("/proc/self/status");
@@ -33,24 +33,24 @@ mode_t NewFileMode() {
     return 0666 & ~static_cast<mode_t>(mask);
 }
 
-/// Follows a link at `path` to the file that it names; a path without a link stays as it is.
+/// Returns the file that a link at `path` leads to; a path that is no link is returned as it is.
 fs::path Resolved(const fs::path& path) {
     std::error_code error;
     fs::path resolved = fs::is_symlink(path, error) ? fs::weakly_canonical(path, error) : path;
     return error ? path : resolved;
 }
 
-/// True where the system withholds the attribute, or has no room for such things, rather than
-/// failing.
+/// Returns true if the error means that the system withholds the attribute, or does not support
+/// attributes, rather than a failure.
 bool IsWithheld(int fault) {
     return fault == ENOTSUP || fault == EPERM || fault == EACCES || fault == ENODATA;
 }
 
-/// Gives a new file the extended attributes of an old one, access lists among them; 0 or the error
-/// number. Attributes that only the system or root may set or read are left out where that is not
-/// us.
+/// Gives a new file the extended attributes of an old one, access lists among them. Returns 0 or
+/// the error number. Attributes that this process may not read or set, because only the system or
+/// root may, are left out.
 int TakeOverAttributes(const char* old, int descriptor) {
-    // The kernel's limits for the list and for a value.
+    // The kernel's limits for the size of the list and of a value.
     std::string names(64 * 1024, '\0');
     std::string value(64 * 1024, '\0');
     const ssize_t length = ::listxattr(old, names.data(), names.size());
@@ -67,10 +67,12 @@ int TakeOverAttributes(const char* old, int descriptor) {
     return 0;
 }
 
-/// Gives a new file the owner, the rights and the attributes of an old one; 0 or the error number.
+/// Gives a new file the owner, the permissions and the attributes of an old one. Returns 0 or the
+/// error number.
 int TakeOver(const char* old, const struct stat& status, int descriptor) {
-    // Only root may give a file away; then it is ours, in the old file's group if we are in it. A
-    // file of another owner must not run in our name.
+    // Only root may give a file away; otherwise this process owns it, in the old file's group if it
+    // is a member. A file that belonged to another owner must then not run with this process's
+    // identity, so the set-id bits are dropped.
     mode_t rights = status.st_mode & 07777;
     const auto giveTo = [&](uid_t owner) {
         return ::fchown(descriptor, owner, status.st_gid) == 0;
@@ -79,7 +81,7 @@ int TakeOver(const char* old, const struct stat& status, int descriptor) {
         giveTo(static_cast<uid_t>(-1));
         rights &= 0777;
     }
-    // Access lists, which are attributes, refine the rights.
+    // Set before the access lists, which are attributes and refine the permissions.
     if (::fchmod(descriptor, rights) != 0)
         return errno;
     return TakeOverAttributes(old, descriptor);
@@ -92,12 +94,13 @@ Result<FileReplacement> FileReplacement::Create(const fs::path& path) {
     file.target = Resolved(path);
     struct stat existing {};
     const bool exists = ::stat(file.target.c_str(), &existing) == 0;
-    // Such as that the name is too long, which would come out only when all is written.
+    // An error such as a name that is too long, which would otherwise show only after everything is
+    // written.
     if (!exists && errno != ENOENT)
         return file.Failure(errno);
     if (exists && !S_ISREG(existing.st_mode))
         return file.Failure(WhatItIs(existing.st_mode));
-    // A rename would replace a file that its owner has protected against writing.
+    // A rename would replace even a file that its owner has protected against writing.
     if (exists && ::access(file.target.c_str(), W_OK) != 0)
         return file.Failure(errno);
 
@@ -139,7 +142,7 @@ Result<void> FileReplacement::Write(std::string_view bytes) {
 }
 
 Result<void> FileReplacement::Commit() {
-    // A file system without fsync (EINVAL) has nothing to wait for.
+    // EINVAL: the file system has no fsync, so there is nothing to wait for.
     if (::fsync(descriptor) != 0 && errno != EINVAL)
         return Failure(errno);
     if (::close(std::exchange(descriptor, -1)) != 0)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Writing a file so that it is either whole or was never touched.
+// Writing a file so that it is either replaced as a whole or not touched.
 #pragma once
 
 #include "kits/support/Result.h"
@@ -10,11 +10,12 @@
 
 namespace kits {
 
-/// A new content for a file. It is written beside the file under a name of its own and takes the
+/// The new content of a file. It is written beside the file under a name of its own and takes the
 /// file's place in one step; destroyed before that, it leaves nothing behind and the file as it
 /// was. A symbolic link is followed, so the file that it names is replaced. An existing file's
-/// extended attributes and rights stay, and its owner and group as far as the system lets us give a
-/// file away. Of a file with several names (hard links) only this one gets the new content.
+/// extended attributes and permissions are kept, and its owner and group as far as the system
+/// allows giving a file away. If a file has several names (hard links), only this name gets the new
+/// content.
 class FileReplacement {
   public:
     /// Creates the file beside `path`. The error names the path and the system's reason.
@@ -24,12 +25,12 @@ class FileReplacement {
     FileReplacement& operator=(FileReplacement&&) = delete;
     ~FileReplacement();
 
-    /// Open for reading and writing; stays the replacement's.
+    /// Returns the descriptor, which is open for reading and writing and remains the replacement's.
     int Descriptor() const { return descriptor; }
 
     Result<void> Write(std::string_view bytes);
 
-    /// Brings the content to the disk and puts it in the file's place.
+    /// Flushes the content to the disk and puts it in the file's place.
     Result<void> Commit();
 
   private:

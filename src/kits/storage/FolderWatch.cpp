@@ -19,9 +19,10 @@ namespace {
 constexpr std::uint32_t kEvents = IN_CREATE | IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM |
                                   IN_DELETE | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
 
-/// Without waking: whether there is one to come.
+/// Waits until one of the descriptors is readable, without reading it; returns false after
+/// `atMost`.
 bool Poll(int first, int second, std::chrono::milliseconds atMost) {
-    // A descriptor below 0 is passed over.
+    // poll ignores a descriptor below 0.
     std::array<pollfd, 2> both{{{first, POLLIN, 0}, {second, POLLIN, 0}}};
     return ::poll(both.data(), both.size(), static_cast<int>(atMost.count())) > 0;
 }
@@ -54,7 +55,7 @@ bool FolderWatch::Wait(std::chrono::milliseconds atMost) {
             return true;
         }
         const auto until = all ? end : std::min(end, looked + kUnwatched);
-        // Rounded up, so that the end is reached by then.
+        // Rounded up, so that the end has been reached afterwards.
         const auto wait = std::chrono::ceil<std::chrono::milliseconds>(until - now);
         if (Poll(events.Number(), waking.Number(), std::max(wait, wait.zero()))) {
             if (Poll(waking.Number(), -1, wait.zero()))
@@ -68,7 +69,7 @@ bool FolderWatch::Wait(std::chrono::milliseconds atMost) {
     }
 }
 
-/// Watches what is not watched yet; whether there was any that can be.
+/// Watches the folders that are not watched yet. Returns true if any of them now is.
 bool FolderWatch::Observe() {
     bool found = false;
     for (Place& place : places) {
@@ -80,7 +81,7 @@ bool FolderWatch::Observe() {
     return found;
 }
 
-/// Takes all events; a folder that has gone is not watched any more.
+/// Takes all events; a folder that has been removed or moved is no longer watched.
 void FolderWatch::Drain() {
     alignas(inotify_event) std::array<char, 16384> bytes;
     ssize_t count;

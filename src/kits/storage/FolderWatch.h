@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Noticing that files in some folders have changed.
+// Watches folders for changes of their files.
 #pragma once
 
 #include "kits/support/Descriptor.h"
@@ -10,28 +10,30 @@
 
 namespace kits {
 
-/// Watches the files directly in some folders for what is made, written to, moved or removed. A
-/// folder may be absent and come, or go. All but Wake is for one thread at a time.
+/// Watches the files directly in some folders for being made, written to, moved or removed. A
+/// folder may be absent, and may appear or disappear. All functions but Wake are for one thread at
+/// a time.
 class FolderWatch {
   public:
-    /// A folder that cannot be watched, as when it is absent, is taken to have changed so often.
+    /// The interval at which a folder that cannot be watched, such as an absent one, is assumed to
+    /// have changed.
     static constexpr auto kUnwatched = std::chrono::milliseconds(1000);
-    /// The time that Wait goes on after a change, so that what follows close on it is noticed
+    /// How long Wait continues after a change, so that changes that follow closely are noticed
     /// together with it.
     static constexpr auto kGathering = std::chrono::milliseconds(30);
 
     explicit FolderWatch(std::vector<std::filesystem::path> folders);
 
-    /// Waits for a change for so long, or until Wake is called. True where something may have
-    /// changed since the last call; the first one says so at once.
+    /// Waits at most `atMost` for a change, or until Wake is called. Returns true if something may
+    /// have changed since the last call; the first call returns true at once.
     bool Wait(std::chrono::milliseconds atMost);
-    /// Ends the wait that is under way, and all later ones. Any thread.
+    /// Ends the present wait and makes all later ones return at once. Any thread.
     void Wake() const;
 
   private:
     struct Place {
         std::filesystem::path path;
-        /// The system's number of the watch, below 0 where the folder is not watched.
+        /// The system's number of the watch; below 0 if the folder is not watched.
         int watch = -1;
     };
 

@@ -16,7 +16,7 @@ std::string UserAttribute(const char* name) {
 } // namespace
 
 BNode::BNode(const char* path)
-    // A pipe without a writer is not waited for.
+    // O_NONBLOCK: opening a pipe does not wait for its writer.
     : descriptor(::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {
     if (descriptor < 0)
         status = -errno;
@@ -39,7 +39,7 @@ status_t BNode::WriteAttrString(const char* name, const BString* data) {
 status_t BNode::ReadAttrString(const char* name, BString* result) const {
     if (status != B_OK)
         return status;
-    // Linux allows no longer one.
+    // The longest value that Linux allows.
     std::string value(64 * 1024, '\0');
     const ssize_t size =
         ::fgetxattr(descriptor, UserAttribute(name).c_str(), value.data(), value.size());

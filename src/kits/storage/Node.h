@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A file as the holder of attributes.
+// A file or folder as a holder of attributes.
 #pragma once
 
 #include "kits/support/String.h"
@@ -14,11 +14,11 @@ class BNode {
     BNode(const BNode&) = delete;
     BNode& operator=(const BNode&) = delete;
 
-    /// Returns B_OK, or why the file could not be opened.
+    /// Returns B_OK, or the reason why the file could not be opened.
     status_t InitCheck() const { return status; }
 
     status_t WriteAttrString(const char* name, const BString* data);
-    /// B_ENTRY_NOT_FOUND if there is no such attribute.
+    /// Returns B_ENTRY_NOT_FOUND if there is no such attribute.
     status_t ReadAttrString(const char* name, BString* result) const;
 
   private:

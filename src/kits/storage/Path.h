@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The name of a place in the file system.
+// A path in the file system.
 #pragma once
 
 #include "kits/support/EntryRef.h"
@@ -7,8 +7,8 @@
 
 #include <string>
 
-/// An absolute path without "." and "..", doubled or trailing slashes; empty until it is set. A
-/// relative path is taken from the current folder. Nothing need exist there. Any thread.
+/// An absolute path without ".", "..", double or trailing slashes; empty until it is set. A
+/// relative path is resolved against the current folder. The path need not exist. Any thread.
 class BPath {
   public:
     BPath() = default;
@@ -19,13 +19,14 @@ class BPath {
     /// or an absolute leaf.
     status_t SetTo(const char* path, const char* leaf = nullptr);
     status_t Append(const char* leaf) { return SetTo(Path(), leaf); }
-    /// B_NO_INIT until a path is set.
+    /// Returns B_NO_INIT until a path is set.
     status_t InitCheck() const { return path.empty() ? B_NO_INIT : B_OK; }
 
     const char* Path() const { return path.c_str(); }
-    /// The last component; empty for the root.
+    /// Returns the last component; empty for the root.
     const char* Leaf() const;
-    /// Finds the folder that the path's entry is in. Returns B_ENTRY_NOT_FOUND for the root.
+    /// Sets `parent` to the folder that contains the path's entry. Returns B_ENTRY_NOT_FOUND for
+    /// the root.
     status_t GetParent(BPath* parent) const;
 
     bool operator==(const BPath&) const = default;

@@ -22,9 +22,9 @@ namespace {
 
 constexpr const char* kFolders[] = {"functions", "sounds", "samples", "pictures"};
 constexpr const char* kList = "shipped-content";
-/// The content of an installed program, as a path from its folder.
+/// The folder of an installed program's content, as a path from the program's folder.
 constexpr const char* kInstalledContent = KITS_INSTALLED_CONTENT;
-/// Nothing that comes with the program is larger (scripts/shipped-content.py), in bytes.
+/// An upper bound, in bytes, of the size of each shipped file (scripts/shipped-content.py).
 constexpr std::uintmax_t kLargest = 1 << 20;
 
 bool IsFile(const fs::path& path) {
@@ -71,7 +71,7 @@ bool ProgramFolders::IsListed(const fs::path& file) const {
         return false;
     const Result<std::string> list = ReadFile(shipped / kList);
     const std::string entry = "  " + file.lexically_relative(own).string() + '\n';
-    // Most names are the person's own, and their files are not read for this.
+    // Most names are not in the list; their files need not be read.
     if (!list || list->find(entry) == std::string::npos)
         return false;
     const Result<std::string> content = ReadFile(file);
@@ -81,8 +81,7 @@ bool ProgramFolders::IsListed(const fs::path& file) const {
 fs::path ProgramFolders::Find(const char* folder, const fs::path& name) const {
     const fs::path ownFile = Own(folder) / name;
     const fs::path shippedFile = Shipped(folder) / name;
-    // What came with the program is asked for only where there are two of the name: that takes
-    // long.
+    // IsCopy takes long, so it is called only where both folders have a file of the name.
     const bool isOwn = !IsFile(shippedFile) || (IsFile(ownFile) && !IsCopy(ownFile));
     return isOwn ? ownFile : shippedFile;
 }
@@ -117,7 +116,7 @@ Result<fs::path> ProgramFolders::FindDocument(const char* folder, const fs::path
     if (IsFile(word))
         return word;
     const fs::path withEnding = word.string() + kDocumentEnding;
-    // The person's before the program's, under whichever of the names.
+    // The person's folder comes before the program's, under either of the names.
     for (const auto& place : {Own(folder), Shipped(folder)}) {
         for (const auto& name : {word, withEnding}) {
             if (const fs::path found = Find(folder, name); IsFile(found) && found == place / name)
@@ -149,7 +148,7 @@ Result<ProgramFolders> FindProgramFolders(const fs::path& name, bool inUserFolde
         if (const Result<void> made = MakeUserFolder(own / folder); !made)
             return made.Fault();
     }
-    // Panels give paths without links.
+    // File panels return paths without links.
     std::error_code error;
     const fs::path direct = fs::canonical(own, error);
     if (error)

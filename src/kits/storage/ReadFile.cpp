@@ -51,7 +51,7 @@ Result<Descriptor> OpenRegularFile(const std::filesystem::path& path) {
         return NotRead(path, std::strerror(errno));
     if (!S_ISREG(status.st_mode))
         return NotRead(path, WhatItIs(status.st_mode));
-    // O_NONBLOCK and the second look: it may have become a pipe in between.
+    // O_NONBLOCK, and the type checked again, because the file may have become a pipe in between.
     Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (!file || ::fstat(file.Number(), &status) != 0)
         return NotRead(path, std::strerror(errno));

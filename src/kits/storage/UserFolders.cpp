@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 namespace {
 
 Result<fs::path> UserFolder(const char* variable, const char* belowHome, const char* what) {
-    // An empty or relative path does not count.
+    // An empty or relative path is ignored.
     if (const char* folder = std::getenv(variable); folder && fs::path(folder).is_absolute())
         return fs::path(folder);
     if (const char* home = std::getenv("HOME"); home && *home)
@@ -29,7 +29,7 @@ void MakeFolder(const fs::path& folder, std::error_code& error) {
     error.clear();
     if (folder.has_relative_path())
         MakeFolder(folder.parent_path(), error);
-    // Another instance may have been quicker.
+    // Another process may have made the folder meanwhile.
     if (!error && ::mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST)
         error = {errno, std::system_category()};
     if (!error && !fs::is_directory(folder, error) && !error)

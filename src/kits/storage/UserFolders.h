@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This tells where programs keep things for their user, by XDG Base Directory, version 0.8.
+// The folders in which programs keep a user's files, by XDG Base Directory, version 0.8.
 #pragma once
 
 #include "kits/support/Result.h"
@@ -8,15 +8,15 @@
 
 namespace kits {
 
-/// Returns the folder of what a person makes: $XDG_DATA_HOME, else ~/.local/share. The error says
-/// which variable is not set. Any thread.
+/// Returns the folder of a user's data: $XDG_DATA_HOME, else ~/.local/share. The error names the
+/// variables that are not set. Any thread.
 Result<std::filesystem::path> UserDataFolder();
-/// Returns the folder of how a person wants programs to be: $XDG_CONFIG_HOME, else ~/.config. The
-/// error says which variable is not set. Any thread.
+/// Returns the folder of a user's settings: $XDG_CONFIG_HOME, else ~/.config. The error names the
+/// variables that are not set. Any thread.
 Result<std::filesystem::path> UserConfigFolder();
 
-/// Makes a folder and those above it that are not there; what is new can be read by the user alone.
-/// The error names the folder and the reason. Any thread.
+/// Makes a folder and those above it that do not exist; only the user can read new ones. The error
+/// names the folder and the reason. Any thread.
 Result<void> MakeUserFolder(const std::filesystem::path& folder);
 
 } // namespace kits

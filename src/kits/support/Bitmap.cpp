@@ -13,6 +13,6 @@ BBitmap::BBitmap(BRect bounds, color_space space) : bounds(bounds), space(space)
         bits.resize(static_cast<std::size_t>(bytes * rows));
         bytesPerRow = static_cast<int32>(bytes);
     } catch (const std::bad_alloc&) {
-        // Not valid, as the bounds are too large for this machine.
+        // The bitmap stays invalid: the bounds are too large for this machine.
     }
 }

@@ -11,7 +11,7 @@
 enum color_space : uint32 {
     /// One byte per pixel, an index into the system's colours.
     B_CMAP8 = 0x0004,
-    /// Four bytes per pixel: blue, green, red, and one that does not count.
+    /// Four bytes per pixel: blue, green, red, and one that is ignored.
     B_RGB32 = 0x0008,
     /// Four bytes per pixel: blue, green, red, alpha.
     B_RGBA32 = 0x2008,
@@ -21,8 +21,8 @@ enum color_space : uint32 {
 /// Starts as zeroes.
 class BBitmap {
   public:
-    /// Makes a bitmap with a pixel for every whole coordinate in `bounds`, edges included. Where
-    /// `bounds` is empty or the memory is lacking the bitmap is not valid and has no bits.
+    /// Makes a bitmap with a pixel for every whole coordinate in `bounds`, edges included. If
+    /// `bounds` is empty or memory is lacking, the bitmap is invalid and has no bits.
     BBitmap(BRect bounds, color_space space);
 
     bool IsValid() const { return !bits.empty(); }
@@ -31,7 +31,7 @@ class BBitmap {
     int32 BytesPerRow() const { return bytesPerRow; }
     void* Bits() { return bits.data(); }
     const void* Bits() const { return bits.data(); }
-    /// Returns how many bytes all rows have together.
+    /// Returns the number of bytes of all rows together.
     int64 BitsLength() const { return static_cast<int64>(bits.size()); }
 
     /// Returns the same picture at twice the resolution, for dense screens, or null where there is

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The program's name among those that play.
+// The name under which audio and MIDI systems show the program.
 #pragma once
 
 #include <string>
@@ -10,8 +10,8 @@ namespace kits {
 /// numbers further programs of the same name. Any thread.
 const std::string& ClientName();
 
-/// Sets that name. It must be called before anything of audio or MIDI is opened, while there is but
-/// one thread.
+/// Sets that name. It must be called before anything of audio or MIDI is opened, while there is
+/// only one thread.
 void SetClientName(const std::string& name);
 
 } // namespace kits

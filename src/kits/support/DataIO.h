@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This is the interface of what bytes can be written to.
+// The interface of anything that bytes can be written to.
 #pragma once
 
 #include <cstddef>
@@ -10,6 +10,6 @@
 class BDataIO {
   public:
     virtual ~BDataIO() = default;
-    /// Writes all of it and returns the size, or a negative status.
+    /// Writes all bytes and returns `size`, or a negative status.
     virtual ssize_t Write(const void* data, std::size_t size) = 0;
 };

@@ -27,7 +27,7 @@ struct BRect {
     bool Contains(BPoint p) const {
         return left <= p.x && p.x <= right && top <= p.y && p.y <= bottom;
     }
-    /// True where the two share a point.
+    /// Returns true if the rectangles share a point.
     bool Intersects(const BRect& other) const {
         return left <= other.right && other.left <= right && top <= other.bottom &&
                other.top <= bottom;
@@ -36,7 +36,7 @@ struct BRect {
         return {left + x, top + y, right + x, bottom + y};
     }
     BRect OffsetToCopy(float x, float y) const { return {x, y, x + Width(), y + Height()}; }
-    /// Edges move inwards, outwards where negative.
+    /// Moves the edges inwards, or outwards for negative values.
     BRect InsetByCopy(float x, float y) const { return {left + x, top + y, right - x, bottom - y}; }
     bool operator==(const BRect&) const = default;
 };

@@ -78,7 +78,7 @@ status_t BMessage::FindString(std::string_view name, std::string* text) const {
     return status;
 }
 
-// Neither part of a ref can hold a zero, so a zero parts them.
+// Neither part of a ref can contain a zero byte, so a zero separates them.
 
 status_t BMessage::AddRef(std::string_view name, const entry_ref* ref) {
     const std::string both = ref->directory + '\0' + ref->name;

@@ -15,9 +15,9 @@ constexpr type_code B_INT32_TYPE = FourCC("LONG");
 constexpr type_code B_REF_TYPE = FourCC("RREF");
 constexpr type_code B_STRING_TYPE = FourCC("CSTR");
 
-/// A message is a value that can be copied; a field of it holds one or more items of one type, in
-/// the order added. Operations answer B_OK, B_NAME_NOT_FOUND (no such field), B_BAD_INDEX (no such
-/// item) or B_BAD_TYPE (another type).
+/// A message is a value that can be copied. Each field holds one or more items of one type, in the
+/// order in which they were added. Operations return B_OK, B_NAME_NOT_FOUND (no such field),
+/// B_BAD_INDEX (no such item) or B_BAD_TYPE (another type).
 class BMessage {
   public:
     explicit BMessage(uint32 what = 0) : what(what) {}
@@ -29,12 +29,12 @@ class BMessage {
     status_t AddData(std::string_view name, type_code type, const void* data, std::size_t size);
     status_t ReplaceData(std::string_view name, type_code type, int32 index, const void* data,
                          std::size_t size);
-    /// The item stays the message's; valid until the message changes.
+    /// The item belongs to the message and is valid until the message changes.
     status_t FindData(std::string_view name, type_code type, int32 index, const void** data,
                       std::size_t* size) const;
 
-    // These do the same for the types in use; a text is stored with its length, so it may hold any
-    // byte.
+    // The same operations for the types in use. A text is stored with its length, so it may contain
+    // any byte.
 
     status_t AddInt32(std::string_view name, int32 value);
     status_t FindInt32(std::string_view name, int32* value) const;

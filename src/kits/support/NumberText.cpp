@@ -34,7 +34,7 @@ std::string ShortText(double number) {
 }
 
 std::string RoundedText(double number, int digits) {
-    // Sign, point and exponent beside the digits, or zeroes after the point in place of the
+    // The sign, point and exponent besides the digits, or zeroes after the point instead of the
     // exponent.
     char text[32];
     const auto end =

@@ -22,12 +22,12 @@ struct Retired {
     std::function<void()> release;
 };
 
-/// All readers of the process and all that waits to be freed.
+/// All readers of the process, and everything that waits to be freed.
 struct Registry {
     std::mutex mutex;
     std::vector<const Reader*> readers;
     std::vector<Retired> retired;
-    /// Sections that began in an epoch below a retirement's may hold what it retired.
+    /// A section that began in an epoch below that of a retirement may hold the retired value.
     std::atomic<std::uint64_t> epoch{1};
 };
 
@@ -37,7 +37,8 @@ VEXA_REALTIME Registry& TheRegistry() {
     return *registry;
 }
 
-/// Takes what no reader holds any more out of the registry, whose lock the caller has.
+/// Removes the items that no reader holds any more from the registry, whose lock the caller holds,
+/// and returns them.
 std::vector<Retired> TakeFree(Registry& registry) {
     const auto held = [&registry](const Retired& item) {
         return !std::all_of(
@@ -52,7 +53,7 @@ std::vector<Retired> TakeFree(Registry& registry) {
     return released;
 }
 
-/// Runs the releases outside the lock: one may retire something in its turn.
+/// Runs the releases outside the lock, because a release may itself retire something.
 void ReleaseAll(const std::vector<Retired>& items) {
     for (const Retired& item : items)
         item.release();

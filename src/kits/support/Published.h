@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Values that one thread replaces while others read them, and the freeing of what was replaced.
 //
-// A reader never waits: it marks itself as reading, follows a pointer, and takes the mark away.
-// A replaced value is freed when every reader that might still hold it has passed a moment at which
-// it was not reading (epoch-based reclamation: Fraser, "Practical lock-freedom", 2004,
-// section 5.2).
+// A reader never waits: it marks itself as reading, follows a pointer, and clears the mark. A
+// replaced value is freed when every reader that might still hold it has since been seen not
+// reading (epoch-based reclamation: Fraser, "Practical lock-freedom", 2004, section 5.2).
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -17,8 +16,9 @@
 
 namespace kits {
 
-/// A reader is one role that reads published values: the renderer, the MIDI consumer. It belongs to
-/// one thread at a time. Construction and destruction take a lock and stay out of the media thread.
+/// A reader is one role that reads published values, such as the renderer or the MIDI consumer. It
+/// belongs to one thread at a time. Construction and destruction take a lock, so they must not
+/// happen in the media thread.
 class Reader {
   public:
     Reader();
@@ -26,8 +26,8 @@ class Reader {
     Reader(const Reader&) = delete;
     Reader& operator=(const Reader&) = delete;
 
-    /// While it lives, nothing that its reader got from a Published is freed. Not nested within one
-    /// reader. Wait-free; any thread.
+    /// While a section exists, nothing that its reader got from a Published is freed. Sections of
+    /// one reader cannot be nested. Wait-free; any thread.
     class Section {
       public:
         VEXA_REALTIME explicit Section(Reader& reader) noexcept;
@@ -46,17 +46,17 @@ class Reader {
 };
 
 /// Calls `release` as soon as no reader can hold what was replaced before this call: now, or in a
-/// later Retire or CollectRetired. Takes a lock: not from the media thread, and not inside a
-/// section.
+/// later Retire or CollectRetired. It takes a lock, so it must not be called in the media thread or
+/// inside a section.
 void Retire(std::function<void()> release);
 
-/// Releases what has become free since. Returns how many things are still held. It runs in the same
+/// Releases what has become free. Returns how many retired things are still held. For the same
 /// threads as Retire.
 std::size_t CollectRetired();
 
-/// Calls CollectRetired until nothing is held or `limit` has passed; true if nothing is held. It
-/// waits, so it is for the window thread, where something must be gone (an add-on's code) before
-/// work goes on.
+/// Calls CollectRetired until nothing is held or `limit` has passed; returns true if nothing is
+/// held. It waits, so it is for the window thread, when something such as an add-on's code must be
+/// gone before work can continue.
 bool WaitForReaders(std::chrono::milliseconds limit);
 
 /// A value that one thread replaces as a whole while others read it.
@@ -72,7 +72,7 @@ class Published {
     /// that publishes, until the next Publish. Wait-free; any thread.
     VEXA_REALTIME const T& Get() const noexcept { return *current.load(); }
 
-    /// Replaces the value; readers see the old one or the new one, whole. It runs in the same
+    /// Replaces the value; readers see either the old one or the new one, whole. For the same
     /// threads as Retire.
     void Publish(T next) { Discard(current.exchange(new T(std::move(next)))); }
 

@@ -13,8 +13,8 @@ unsigned char ByteAt(std::string_view text, std::size_t at) {
     return at < text.size() ? static_cast<unsigned char>(text[at]) : 0;
 }
 
-/// The bytes of the character at the front of the text; 0 if that is no character in UTF-8 or a
-/// control character.
+/// Returns the number of bytes of the character at the front of the text; 0 if that is not valid
+/// UTF-8 or is a control character.
 std::size_t PrintableLength(std::string_view text) {
     const unsigned char first = ByteAt(text, 0);
     if (first < 0x80)
@@ -26,7 +26,8 @@ std::size_t PrintableLength(std::string_view text) {
             return 0;
         code = code << 6 | (ByteAt(text, i) & 0x3FU);
     }
-    // Longer than need be, the second set of control characters, halves of pairs, beyond the end.
+    // Excludes overlong forms, the control characters U+0080..U+009F, surrogates and what exceeds
+    // U+10FFFF.
     constexpr std::uint32_t kLeast[] = {0, 0, 0xA0, 0x800, 0x10000};
     if (first < 0xC2 || code < kLeast[length] || (code >= 0xD800 && code < 0xE000) ||
         code > 0x10FFFF)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Texts of others inside of messages.
+// Texts from outside the program, made fit for messages.
 #pragma once
 
 #include <string>
@@ -7,8 +7,8 @@
 
 namespace kits {
 
-/// The text fit for one line of a terminal: shortened to 60 bytes and "...", and "?" for each
-/// control character and each byte that is not of a character in UTF-8.
+/// Returns the text made fit for one line of a terminal: shortened to 60 bytes and "...", with "?"
+/// for each control character and each byte that is not part of a character in UTF-8.
 std::string Shown(std::string_view text);
 
 /// Returns what Shown returns, in double quotes.

@@ -4,8 +4,8 @@
 
 namespace kits {
 
-/// Gives the calling thread the real-time priority `priority` (1..99; SCHED_FIFO) where the system
-/// grants it; false where it does not.
+/// Gives the calling thread the real-time priority `priority` (1..99; SCHED_FIFO) if the system
+/// grants it; returns false if it does not.
 bool TakeRealtimePriority(int priority);
 
 } // namespace kits

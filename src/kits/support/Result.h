@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A value, or the reason in words why there is none.
+// A value, or an Error that says why there is none.
 #pragma once
 
 #include "kits/support/Error.h"

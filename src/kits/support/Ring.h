@@ -27,19 +27,20 @@ class Ring {
     explicit Ring(std::size_t capacity)
         : items(std::bit_ceil(std::max<std::size_t>(capacity, 1))) {}
 
-    /// Items that can be read. Exact for the reader, a lower bound for the writer's progress.
+    /// Returns how many items can be read. The reading thread can read at least so many; in another
+    /// there may be fewer by then.
     VEXA_REALTIME std::size_t Readable() const noexcept { return written.load() - read.load(); }
-    /// Returns how many items can be written. The number is exact in the writing thread; in another
-    /// there may be more by then.
+    /// Returns how many items can be written. The writing thread can write at least so many; in
+    /// another there may be fewer by then.
     VEXA_REALTIME std::size_t Writable() const noexcept { return items.size() - Readable(); }
 
-    /// Writes all of the items, or none and returns false. The writing thread.
+    /// Writes all of the items, or returns false and writes none. The writing thread.
     VEXA_REALTIME bool Write(const T* from, std::size_t count) noexcept {
         return Write({{from, count}});
     }
 
-    /// Writes all parts, one behind the other, or none and returns false. The reader sees all of
-    /// them or none. The writing thread.
+    /// Writes all parts, one after the other, or returns false and writes none. The reader sees all
+    /// of them or none. The writing thread.
     VEXA_REALTIME bool Write(std::initializer_list<std::span<const T>> parts) noexcept {
         std::size_t end = written.load(std::memory_order_relaxed);
         std::size_t room = Writable();
@@ -58,7 +59,7 @@ class Ring {
         return true;
     }
 
-    /// Reading thread: up to `count` of them; returns how many.
+    /// Reads up to `count` items and returns how many. The reading thread.
     VEXA_REALTIME std::size_t Read(T* into, std::size_t count) noexcept {
         count = std::min(count, Readable());
         const std::size_t at = read.load(std::memory_order_relaxed);
@@ -69,7 +70,7 @@ class Ring {
         return count;
     }
 
-    /// Reading thread: passes over up to `count` items; returns how many.
+    /// Skips up to `count` items and returns how many. The reading thread.
     VEXA_REALTIME std::size_t Skip(std::size_t count) noexcept {
         count = std::min(count, Readable());
         read.store(read.load(std::memory_order_relaxed) + count);
@@ -77,7 +78,8 @@ class Ring {
     }
 
   private:
-    /// Calls `part` for the one or two stretches that `count` items from `at` on lie in.
+    /// Calls `part` for the one or two contiguous stretches that hold the `count` items from `at`
+    /// on.
     template<class Part>
     void Copy(std::size_t count, std::size_t at, const Part& part) noexcept {
         const std::size_t index = at & (items.size() - 1);
@@ -88,7 +90,7 @@ class Ring {
     }
 
     std::vector<T> items;
-    /// Counts that only grow; an item's place is its count modulo the size, a power of two.
+    /// Counters that only grow; an item's index is its counter modulo the size, a power of two.
     std::atomic<std::size_t> written{0};
     std::atomic<std::size_t> read{0};
 };

@@ -9,8 +9,8 @@
 namespace kits {
 
 /// A 32- or 64-bit value (or a flag) shared between threads. Reading acquires and writing releases,
-/// so whoever sees a value sees all that its writer wrote before it; on x86-64 both are plain
-/// moves. Copying copies the value, not the sharing. Any thread.
+/// so a thread that reads a value sees everything that its writer wrote before it; on x86-64 both
+/// are plain moves. Copying copies the value, not the sharing. Any thread.
 template<class T>
 class Shared {
   public:

@@ -38,7 +38,8 @@ constexpr status_t B_NAME_NOT_FOUND = -ENOKEY;
 constexpr status_t B_BAD_TYPE = -EBADMSG;
 constexpr status_t B_NO_INIT = -ENXIO;
 
-/// Four characters as the 32-bit code that the platform writes as 'abcd', most significant first.
+/// Returns the 32-bit code of four characters, which the platform writes as 'abcd', most
+/// significant first.
 constexpr uint32 FourCC(const char (&text)[5]) {
     return uint32(uchar(text[0])) << 24 | uint32(uchar(text[1])) << 16 |
            uint32(uchar(text[2])) << 8 | uint32(uchar(text[3]));

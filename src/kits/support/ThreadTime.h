@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The time that a thread has computed, whatever else the machine does meanwhile.
+// The processor time of a thread, which does not depend on what else the machine does.
 #pragma once
 
 #include <chrono>
@@ -8,7 +8,7 @@
 
 namespace kits {
 
-/// Returns the processor time that the calling thread has had.
+/// Returns the processor time that the calling thread has used.
 inline std::chrono::nanoseconds ThreadTime() {
     timespec time{};
     ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);

@@ -6,7 +6,8 @@
 
 namespace kits {
 
-/// True where trace lines are written, as the environment variable VEXA_TRACE is set, and not to 0.
+/// Returns true if trace lines are written: the environment variable VEXA_TRACE is set, and not to
+/// 0.
 bool TraceIsOn();
 
 } // namespace kits

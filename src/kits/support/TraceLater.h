@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Trace lines of a thread that must not write them.
+// Trace lines of a thread that must not write them itself.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -8,20 +8,20 @@
 
 namespace kits {
 
-/// Keeps the lines of one thread until another writes them (kits/support/Trace.h).
+/// Keeps the lines of one thread until another thread writes them (kits/support/Trace.h).
 class TraceLater {
   public:
-    /// Puts a line down: a text for fprintf that lives as long as the program, whose only
+    /// Stores a line: a text for fprintf that lives as long as the program and whose only
     /// conversion, if any, is %lld, and the number for that. A line for which there is no room is
-    /// only counted. The real-time thread calls it.
+    /// only counted. The real-time thread.
     VEXA_REALTIME void Put(const char* text, long long number = 0) noexcept {
         const Line line{text, number};
         if (!lines.Write(&line, 1))
             lost++;
     }
 
-    /// Writes what was put down, if the trace is on, and how many lines found no room. One thread
-    /// at a time, which may wait.
+    /// Writes the stored lines, if the trace is on, and how many lines found no room. One thread at
+    /// a time, which may wait.
     void Tell();
 
   private:

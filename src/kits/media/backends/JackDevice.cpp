@@ -15,7 +15,7 @@ namespace kits {
 
 namespace {
 
-/// The ports to the left and to the right loudspeaker.
+/// The ports for the left and the right loudspeaker.
 constexpr std::array<const char*, 2> kPorts{"Vexa audio out", "Vexa audio out right"};
 
 class JackDevice : public AudioDevice, private JackProcessor {
@@ -38,12 +38,12 @@ class JackDevice : public AudioDevice, private JackProcessor {
     double SampleRate() const override { return rate; }
     uint32 Period() const override { return jack_get_buffer_size(client->Handle()); }
 
-    /// The server has smoothed its periods' times, and knows when it has lost some.
+    /// The server smooths the times of its periods and knows when it has lost some.
     double Smoothing() const override { return 1; }
 
     Result<void> Start(AudioSource& from) override {
         source = &from;
-        // Once there, the ports stay, and with them what others have connected to them.
+        // Once registered, the ports stay, and with them the connections that others have made.
         if (ports.back())
             return {};
         for (std::size_t i = 0; i < ports.size(); i++) {
@@ -67,7 +67,7 @@ class JackDevice : public AudioDevice, private JackProcessor {
 
     void TellLatency(uint32 frames) override { client->SetLatency(frames); }
 
-    /// PipeWire answers before it has found its sound cards.
+    /// Tries to connect again, as PipeWire answers before it has found its sound cards.
     void Tend() override {
         if (connected < ports.size() && !client->IsDead())
             ConnectToLoudspeakers();
@@ -81,7 +81,7 @@ class JackDevice : public AudioDevice, private JackProcessor {
     }
 
   private:
-    /// Each of them once: what a person disconnects stays so.
+    /// Connects each port once only: a connection that a person removes stays removed.
     void ConnectToLoudspeakers() {
         const auto request = client->Request();
         const char** speakers = jack_get_ports(client->Handle(), nullptr, JACK_DEFAULT_AUDIO_TYPE,
@@ -116,7 +116,7 @@ class JackDevice : public AudioDevice, private JackProcessor {
     std::shared_ptr<JackClient> client;
     jack_nframes_t rate;
     std::array<jack_port_t*, kPorts.size()> ports{};
-    /// How many have been connected to their loudspeakers.
+    /// The number of ports that have been connected to their loudspeakers.
     std::size_t connected = 0;
     std::atomic<AudioSource*> source{nullptr};
 };

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A sound file that libsndfile has open is closed with its owner.
+// An open file of libsndfile that is closed with its owner.
 #pragma once
 
 #include <memory>

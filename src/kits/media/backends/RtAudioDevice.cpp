@@ -24,7 +24,8 @@ std::string SystemName(AudioSystem system) {
     return system == AudioSystem::Pulse ? "PulseAudio" : "ALSA";
 }
 
-/// ALSA's library writes each of its attempts to standard error; what matters is in our messages.
+/// ALSA's library writes each of its attempts to standard error; the program's messages say what
+/// matters.
 void Quiet(const char*, int, const char*, int, const char*, ...) {}
 
 RtAudio::Api QuietApiOf(AudioSystem system) {
@@ -66,7 +67,7 @@ class RtAudioDevice : public AudioDevice {
     double SampleRate() const override { return rate; }
     uint32 Period() const override { return period; }
 
-    /// The moments are those at which a thread woke up.
+    /// The moments are those at which a thread woke up, so they jitter.
     double Smoothing() const override { return 0.05; }
 
     Result<void> Start(AudioSource& from) override {
@@ -76,7 +77,7 @@ class RtAudioDevice : public AudioDevice {
         } catch (const std::runtime_error& fault) {
             return Error{name + ": " + fault.what()};
         }
-        // With a callback for errors the library throws none.
+        // If it has an error callback, the library does not throw errors.
         if (!audio.isStreamRunning())
             return Error{name + ": the stream does not start"};
         return {};
@@ -87,14 +88,14 @@ class RtAudioDevice : public AudioDevice {
             if (audio.isStreamRunning())
                 audio.abortStream();
         } catch (const std::runtime_error&) {
-            // The device has gone before us.
+            // The device has already gone.
         }
     }
 
     bool HasGone() const override { return gone; }
 
   private:
-    /// What ends a stream at once.
+    /// The result of the callback that ends the stream at once.
     static constexpr int kAbort = 2;
 
     static int Callback(void* output, void*, unsigned frames, double, RtAudioStreamStatus,
@@ -104,8 +105,8 @@ class RtAudioDevice : public AudioDevice {
         return playing->gone ? kAbort : 0;
     }
 
-    /// An error of the stream's thread is a device that takes no more samples, and to be left at
-    /// once; a mere underrun is none.
+    /// An error in the stream's thread means that the device takes no more samples and must be left
+    /// at once; a mere underrun is not reported as one.
     static void TakeError(rtaudio::ErrorType, const std::string&) {
         if (playing)
             playing->gone = true;
@@ -121,7 +122,8 @@ class RtAudioDevice : public AudioDevice {
         }
     }
 
-    /// Every second one of several loudspeakers is on the right; a single one gets both.
+    /// Plays the right channel on every second one of several loudspeakers; a single one gets the
+    /// mean of both.
     float* PutFrame(float* output, float onLeft, float onRight) const noexcept {
         if (channels == 1)
             *output = (onLeft + onRight) / 2;
@@ -139,8 +141,8 @@ class RtAudioDevice : public AudioDevice {
     std::vector<float> right;
     AudioSource* source = nullptr;
     std::atomic<bool> gone{false};
-    /// The device of the stream's thread, as the library's callback for errors says nothing of the
-    /// stream.
+    /// The device whose stream runs in this thread, because the library's error callback does not
+    /// name the stream.
     static thread_local RtAudioDevice* playing;
 };
 
@@ -167,7 +169,7 @@ std::vector<std::string> RtAudioDevices(AudioSystem system) {
                 names.push_back(SystemName(system) + ": " + info.name);
         }
     } catch (const std::runtime_error&) {
-        // A system that is not there has no devices.
+        // A system that does not exist has no devices.
     }
     return names;
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// RtAudio, in what its versions differ in: up to 5 it throws what fails, counts its devices from 0
-// and has a callback for each stream's errors; from 6 on it returns what fails, its devices have
-// numbers of their own, and the callback is the library's.
+// The differences between RtAudio's versions. Up to 5 it throws errors, numbers its devices from 0
+// and has an error callback for each stream; from 6 on it returns errors, its devices have ids of
+// their own, and there is one error callback for the library object.
 #pragma once
 
 #include <numeric>
@@ -30,7 +30,7 @@ inline bool Plays(const RtAudio::DeviceInfo& info) {
     return info.outputChannels > 0;
 }
 
-/// Throws what the library has returned as an error.
+/// Throws an error that the library has returned.
 inline void Check(RtAudio& audio, ErrorType error) {
     if (error > RTAUDIO_WARNING)
         throw std::runtime_error(audio.getErrorText());
@@ -56,8 +56,8 @@ inline bool Plays(const RtAudio::DeviceInfo& info) {
 
 #endif
 
-/// Opens a stream of floats that is played. `takeError` hears in the stream's thread of what ends
-/// it. Throws a std::runtime_error.
+/// Opens a stream of floats for playback. `takeError` is called in the stream's thread with errors
+/// that end the stream. Throws a std::runtime_error.
 inline void Open(RtAudio& audio, RtAudio::StreamParameters output, unsigned rate, unsigned& period,
                  RtAudioCallback callback, void* user, RtAudio::StreamOptions options,
                  void (*takeError)(ErrorType, const std::string&)) {

@@ -15,17 +15,17 @@ namespace kits {
 
 namespace {
 
-/// RtMidi tells its faults by exceptions; a warning is none.
+/// Ignores RtMidi's messages, which it would otherwise write to standard error.
 void Ignore(RtMidiError::Type, const std::string&, void*) {}
 
 std::unique_ptr<RtMidiIn> OpenClient() {
     auto midi = std::make_unique<RtMidiIn>(RtMidi::LINUX_ALSA, ClientName());
-    // System exclusive data and real-time bytes too: the decoder knows what to do with them.
+    // Takes system exclusive data and real-time bytes too: the decoder handles them.
     midi->ignoreTypes(false, false, false);
     return midi;
 }
 
-/// Asks ALSA's sequencer what RtMidi does not tell.
+/// Asks ALSA's sequencer for facts that RtMidi does not report.
 class Sequencer {
   public:
     Sequencer() {
@@ -39,7 +39,7 @@ class Sequencer {
     Sequencer(const Sequencer&) = delete;
     Sequencer& operator=(const Sequencer&) = delete;
 
-    /// True where a port of this process with that name takes from nobody.
+    /// Returns true if a port of this process with that name is connected to no source.
     bool IsUnused(const std::string& name) const {
         snd_seq_client_info_t* client = nullptr;
         snd_seq_port_info_t* port = nullptr;
@@ -63,8 +63,8 @@ class Sequencer {
     snd_seq_t* handle = nullptr;
 };
 
-/// Bytes come in RtMidi's own thread, one per client; the clients that share an inlet write it
-/// under a lock that only these threads take.
+/// Bytes arrive in RtMidi's own threads, one per client; clients that share an inlet write it under
+/// a lock that only these threads take.
 class AlsaMidi final : public MidiBackend {
   public:
     AlsaMidi() : input(OpenClient()) { input->setErrorCallback(Ignore); }
@@ -98,7 +98,7 @@ class AlsaMidi final : public MidiBackend {
         input->closePort();
     }
 
-    /// RtMidi connects a port of its own to a source, so each connection is a client.
+    /// RtMidi connects one port of its own to one source, so each connection is a client.
     Result<void> Connect(const std::string& source) override {
         try {
             auto connection = OpenClient();
@@ -123,9 +123,9 @@ class AlsaMidi final : public MidiBackend {
     }
 
   private:
-    /// RtMidi does not tell that a source has vanished: its client would wait for ever, and its
-    /// notes would sound as long. One that is back already is left out of `present`, so that it
-    /// comes anew.
+    /// RtMidi does not report that a source has vanished: its client would wait for ever, and its
+    /// notes would not end. A source that is already back is left out of `present`, so that it is
+    /// listed as a new one.
     void EndThoseThatHaveGone(std::vector<std::string>& present) {
         std::erase_if(present, [this](const std::string& name) {
             return connections.contains(name) && sequencer.IsUnused(name);
@@ -137,7 +137,7 @@ class AlsaMidi final : public MidiBackend {
             sources.inlet->EndNotes();
     }
 
-    /// An inlet that several threads write, one after the other.
+    /// An inlet that several threads write, one at a time.
     struct Entrance {
         MidiThread::Inlet* inlet = nullptr;
         std::mutex writing;
@@ -159,7 +159,7 @@ class AlsaMidi final : public MidiBackend {
 } // namespace
 
 Result<std::unique_ptr<MidiBackend>> OpenAlsaMidi(std::function<void()>) {
-    // Both libraries write to standard error when there is none, before they fail.
+    // Checked first, because both libraries write to standard error when there is no sequencer.
     if (::access("/dev/snd/seq", R_OK | W_OK) != 0)
         return Error{"no ALSA sequencer"};
     try {

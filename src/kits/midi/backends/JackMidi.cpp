@@ -70,8 +70,8 @@ class JackMidi final : public MidiBackend, private JackProcessor {
         }
     }
 
-    /// The server mixes what comes to one port, so the source gets a port that is not the one to
-    /// which others connect theirs.
+    /// The server mixes all input of a port, so sources that this program connects get a port of
+    /// their own, apart from the one to which others connect theirs.
     Result<void> Connect(const std::string& source) override {
         const Error fault{"could not connect the MIDI source \"" + source + "\""};
         if (!shared.port || client->IsDead())
@@ -100,10 +100,10 @@ class JackMidi final : public MidiBackend, private JackProcessor {
 
   private:
     struct Input {
-        /// Set last and taken away first; read by the server's threads.
+        /// Set last and cleared first; read by the server's threads.
         std::atomic<jack_port_t*> port{nullptr};
         MidiThread::Inlet* inlet = nullptr;
-        /// NoteLosses' own.
+        /// Belongs to NoteLosses.
         int connected = 0;
     };
 
@@ -137,7 +137,7 @@ class JackMidi final : public MidiBackend, private JackProcessor {
         }
     }
 
-    /// By the system's clock; 0 while nobody's clock counts.
+    /// Returns the event's time by the system's clock; 0 while the server freewheels.
     VEXA_REALTIME bigtime_t TimeOf(const jack_midi_event_t& event) const noexcept {
         const bigtime_t start = client->PeriodStart();
         return start == 0 ? 0
@@ -145,17 +145,17 @@ class JackMidi final : public MidiBackend, private JackProcessor {
                                         bigtime_t{jack_get_sample_rate(client->Handle())};
     }
 
-    /// True where the event's bytes are in the port's buffer: where that is full, jackd1's library
-    /// hands out events that never were.
+    /// Returns true if the event's bytes lie in the port's buffer: when that is full, jackd1's
+    /// library hands out events that do not exist.
     VEXA_REALTIME bool LiesIn(const void* buffer, const jack_midi_event_t& event) const noexcept {
         const auto begin = reinterpret_cast<std::uintptr_t>(buffer);
         const auto at = reinterpret_cast<std::uintptr_t>(event.buffer);
         return at >= begin && event.size <= bufferSize && at - begin <= bufferSize - event.size;
     }
 
-    /// Notes of a source that is no longer connected, or of a server that has gone, would never be
-    /// released. By the time that one is told of, another source may be in its place. Runs in a
-    /// thread of the JACK library.
+    /// Ends the notes of a source that is no longer connected, or of a server that has gone:
+    /// nothing else would release them. When the disconnection is reported, another source may
+    /// already be connected instead. Runs in a thread of the JACK library.
     void NoteLosses(const PartedPorts& parted) {
         const std::lock_guard lock(lossMutex);
         for (Input* input : {&shared, &chosen}) {
@@ -171,13 +171,13 @@ class JackMidi final : public MidiBackend, private JackProcessor {
     }
 
     std::shared_ptr<JackClient> client;
-    /// Bytes of a MIDI port's buffer.
+    /// The size of a MIDI port's buffer in bytes.
     std::size_t bufferSize;
     /// Guards the ports against being closed while NoteLosses looks at them.
     std::mutex lossMutex;
     /// Other programs connect sources to this port.
     Input shared;
-    /// Sources that this program connects go here; it is there from the first of them on.
+    /// The port for sources that this program connects; it exists from the first of them on.
     Input chosen;
     std::string chosenName;
     MidiThread::Inlet* chosenInlet = nullptr;

@@ -24,11 +24,11 @@ class LocalSources {
     bool Empty();
     std::vector<std::string> Names();
 
-    /// Sets where the sources' bytes go; null says that there is no consumer any more.
+    /// Sets where the sources' bytes go; null if there is no consumer any more.
     void SetInlet(MidiThread::Inlet* next);
     /// Connects or disconnects a source; returns false for an unknown one.
     bool SetConnected(const std::string& name, bool connected);
-    /// Puts in bytes of the source; nothing happens unless that is connected.
+    /// Puts bytes of the source into the inlet; does nothing unless the source is connected.
     void Put(const std::string& name, std::span<const uint8> bytes);
 
   private:

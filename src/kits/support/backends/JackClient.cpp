@@ -26,16 +26,17 @@ std::string Reason(jack_status_t status) {
     return "the JACK server refused the client";
 }
 
-/// What a client takes at most: some ten descriptors, the server's memory of 105 MB, and threads.
-/// Where the library finds too little it leaves a database with which no client of the user starts.
+/// The most that a client takes: about ten descriptors, the server's memory of 105 MB, and threads.
+/// If the library finds too little, it leaves a database with which none of the user's clients
+/// starts.
 constexpr std::size_t kDescriptors = 24;
 constexpr std::size_t kMemory = std::size_t{192} << 20;
 
-/// The one client, which the audio and the MIDI port's threads ask for.
+/// The one client, which the threads of both the audio and the MIDI port ask for.
 struct TheClient {
     std::mutex mutex;
     std::weak_ptr<JackClient> opened;
-    /// There is a handle, of a client that may be on its way out.
+    /// True while there is a handle, possibly of a client that is being closed.
     std::atomic<bool> exists{false};
 };
 
@@ -44,23 +45,23 @@ TheClient& One() {
     return one;
 }
 
-/// The library reports to standard error on its own; what matters is in our messages.
+/// The library writes to standard error on its own; the program's messages say what matters.
 void Quiet(const char*) {}
 
-/// jackd1's library writes to the sockets of a server that may have died, in threads of its own:
-/// such a write is to fail, as it does with jackd2's, and not to end the program. Programs that
-/// RunProgram starts have the signal as usual.
+/// jackd1's library writes, in threads of its own, to the sockets of a server that may have died.
+/// Such a write must fail, as it does in jackd2's, instead of ending the program. Programs that
+/// RunProgram starts have the signal's default action.
 void SurviveAServersEnd() {
     struct sigaction now {};
     if (::sigaction(SIGPIPE, nullptr, &now) == 0 && now.sa_handler == SIG_DFL)
         std::signal(SIGPIPE, SIG_IGN);
 }
 
-/// Microseconds, besides two periods, that a period's beginning can lie back in earnest.
+/// Microseconds, in addition to two periods, that the beginning of a period can plausibly lie back.
 constexpr double kMostAgo = 10000;
 
-/// Returns the moment by the system's clock. The server may count its time by another: only its
-/// distance to now counts.
+/// Returns the beginning of the period by the system's clock. The server may use another clock:
+/// only the distance from its present time counts.
 VEXA_REALTIME bigtime_t StartOfPeriod(jack_client_t* client) noexcept {
     jack_nframes_t frame = 0;
     jack_time_t begin = 0;
@@ -69,7 +70,7 @@ VEXA_REALTIME bigtime_t StartOfPeriod(jack_client_t* client) noexcept {
     bigtime_t ago = 0;
     if (jack_get_cycle_times(client, &frame, &begin, &next, &period) == 0)
         ago = static_cast<bigtime_t>(jack_get_time() - begin);
-    // After the server has stood still its smoothed time is off by as much as that, and comes back
+    // After the server has stood still, its smoothed time is wrong by that duration and recovers
     // over many seconds.
     if (std::abs(static_cast<double>(ago)) > kMostAgo + 2 * double(period))
         ago = 0;
@@ -84,7 +85,8 @@ Result<std::shared_ptr<JackClient>> JackClient::Open() {
     const std::lock_guard lock(one.mutex);
     if (std::shared_ptr<JackClient> client = one.opened.lock(); client && !client->IsDead())
         return client;
-    // All clients of a process look at one server's memory: that of a new server cannot be theirs.
+    // All clients of a process use one server's memory: a new server's cannot be used while the old
+    // client exists.
     if (one.exists)
         return Error{"the JACK server has gone"};
     if (const auto room = CheckRoom(kDescriptors, kMemory); !room)
@@ -149,13 +151,13 @@ void JackClient::SetLatency(uint32 frames) {
     jack_recompute_total_latencies(client);
 }
 
-/// What the ports at one end are told, those at the other pass on with ours added. In a thread of
-/// the JACK library.
+/// Adds this program's latency to that of the ports at one end, and reports the sum at the ports of
+/// the other end. Runs in a thread of the JACK library.
 void JackClient::PassLatency(bool capture) {
     const auto mode = capture ? JackCaptureLatency : JackPlaybackLatency;
     const unsigned long from = capture ? JackPortIsInput : JackPortIsOutput;
     const unsigned long to = capture ? JackPortIsOutput : JackPortIsInput;
-    // The server takes a name for a regular expression, and a session may have any.
+    // The server takes a name for a regular expression, and a session may choose any name.
     const std::string own = std::string(jack_get_client_name(client)) + ':';
     const auto forPorts = [&](unsigned long direction, const auto& use) {
         const char** names = jack_get_ports(client, nullptr, nullptr, direction);
@@ -201,8 +203,8 @@ void JackClient::Remove(JackProcessor& processor) {
 }
 
 void JackClient::FinishPeriod() {
-    // It is over when the readers have passed. Only a server that has gone may leave its thread,
-    // and so its reader, in the middle of one.
+    // The period is over when the readers have passed. Only a server that has gone can leave its
+    // thread, and so its reader, inside of a period.
     const auto passed = std::make_shared<std::atomic<bool>>(false);
     Retire([passed] { *passed = true; });
     while (!*passed && !(WaitForReaders(std::chrono::milliseconds(100)) || IsDead())) {

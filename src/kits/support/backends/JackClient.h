@@ -20,24 +20,24 @@ struct _jack_port;   // NOLINT(bugprone-reserved-identifier)
 
 namespace kits {
 
-/// A processor is called in each of the server's periods, by the server's thread.
+/// A processor is called in each of the server's periods, in the server's thread.
 class JackProcessor {
   public:
     virtual ~JackProcessor() = default;
-    /// Called in each period of so many frames. The server's real-time thread: no wait, lock or
-    /// allocation, unless it is freewheeling.
+    /// Called in each period with its number of frames. The server's real-time thread: no wait,
+    /// lock or allocation, unless it is freewheeling.
     VEXA_REALTIME virtual void Process(uint32 frames) noexcept = 0;
 };
 
-/// Two ports that have been disconnected from each other; null where another thing has happened.
+/// Two ports that have been disconnected from each other; null if something else has happened.
 struct PartedPorts {
     _jack_port* one = nullptr;
     _jack_port* other = nullptr;
 };
 
-/// The program's connection with a JACK server, open as long as somebody holds it. When the server
-/// ends, or throws the client out, the client is dead for good; Open makes another once all who
-/// held it have let it go. Its functions may be called from any thread but the server's and the
+/// The program's connection to a JACK server, open as long as somebody holds it. When the server
+/// ends, or throws the client out, the client is dead for good; Open makes another one once all
+/// holders have released it. Its functions may be called from any thread but the server's and the
 /// real-time ones, unless noted.
 class JackClient {
   public:
@@ -52,41 +52,41 @@ class JackClient {
     JackClient& operator=(const JackClient&) = delete;
 
     VEXA_REALTIME _jack_client* Handle() const { return client; }
-    /// Returns a lock to be held while the server is asked to make, remove, connect or disconnect a
-    /// port: JACK's libraries give each other's answers to two threads that ask at the same time. A
-    /// listener must not take it.
+    /// Returns a lock that must be held while the server is asked to make, remove, connect or
+    /// disconnect a port: JACK's libraries confuse the answers to two threads that ask at the same
+    /// time. A listener must not take it.
     [[nodiscard]] std::unique_lock<std::mutex> Request() { return std::unique_lock(requests); }
-    /// True once the server has gone. Any thread.
+    /// Returns true once the server has gone. Any thread.
     bool IsDead() const { return dead; }
-    /// True while the server's periods follow on one another as fast as all clients get them done,
-    /// as for a recording: a processor may wait then, and is not in a real-time thread. Any thread.
+    /// Returns true while the server freewheels: its periods follow one another as fast as all
+    /// clients finish them, as for a recording. A processor may wait then, and is not in a
+    /// real-time thread. Any thread.
     VEXA_REALTIME bool IsFreewheeling() const { return freewheeling; }
 
-    /// Returns the system's time, in microseconds, at which the present period begins, as smooth as
-    /// the server tells it; 0 while the server freewheels, as its time is not the system's then.
-    /// Only processors call it.
+    /// Returns the system's time, in microseconds, at which the present period begins, as smoothed
+    /// by the server; 0 while the server freewheels, as its time is not the system's then. Only
+    /// processors call it.
     VEXA_REALTIME bigtime_t PeriodStart() const { return periodStart; }
 
-    /// Sets how many frames pass from what comes in to what goes out for it. Where that has changed
-    /// the server is told, and by it whoever is connected.
+    /// Sets the latency, in frames, from an input to the resulting output. If it has changed, the
+    /// server is told, which tells the connected programs.
     void SetLatency(uint32 frames);
 
-    /// Has the processor called from the next period on; false where there are kMostProcessors
-    /// already.
+    /// Adds a processor, which is called from the next period on; returns false if there are
+    /// kMostProcessors already.
     bool Add(JackProcessor& processor);
-    /// Has the processor no longer called. When it returns the processor is not being called and
-    /// will not be again.
+    /// Removes a processor. When it returns, no call is under way and none will follow.
     void Remove(JackProcessor& processor);
-    /// Waits for the end of the period. When it returns no processor is in a period that had begun
-    /// before.
+    /// Waits for the end of the period. When it returns, no processor is in a period that began
+    /// before the call.
     void FinishPeriod();
 
     using Listener = std::function<void(const PartedPorts&)>;
-    /// `listener` is called, in a thread of the JACK library, when the server goes or when ports
-    /// come, go, are renamed, connected or disconnected. It may not call the server.
+    /// Adds the owner's listener. It is called, in a thread of the JACK library, when the server
+    /// goes or when ports come, go, are renamed, connected or disconnected. It must not call the
+    /// server.
     void Listen(const void* owner, Listener listener);
-    /// Takes the owner's listener away. When it returns that is not being called and will not be
-    /// again.
+    /// Removes the owner's listener. When it returns, no call is under way and none will follow.
     void Unlisten(const void* owner);
 
   private:

@@ -477,8 +477,8 @@ int FramesToChange(const LivePlay& play, std::uint32_t frame, double hertz) {
     return int(at - begin);
 }
 
-/// A note 50 ms after a program change has the sound of that number, or the one before where there
-/// is none; the note before it goes on, and is the first to tell of the change.
+/// A note 50 ms after a program change has the sound of that number, or the previous sound if there
+/// is none. The note before it continues, and the change is first audible in it.
 TEST(Live, ProgramChangesChooseSounds) {
     const test::TemporaryFolder data;
     const std::string sine = test::kSineSound;

@@ -91,7 +91,7 @@ TEST(ProgramFaults, TooLittleAtTheStart) {
 class WindowFaults : public test::MainViewTest {
   protected:
     WindowFaults() {
-        // The tests run as another user, who needs access.
+        // Some tests do their work as another user, who needs access.
         ::chmod(folder.Path().c_str(), 0755);
         Open(false);
     }

@@ -214,7 +214,7 @@ TEST_F(OpeningTest, TheManualAndTheOwnSoundsAreShownOrItTellsWhyNot) {
     Pick("Help (F1)");
     ASSERT_TRUE(waitFor([&] { return fs::exists(shown); }));
     EXPECT_EQ(*kits::ReadFile(shown), VEXA_SOURCE_FOLDER "/docs/manual/README.md\n");
-    // The folder from which a sound is exported exists before the first export.
+    // The folder of the user's sounds is created when it is shown, before the first save.
     fs::remove(shown);
     fs::remove_all(In("sounds"));
     Pick("Show My Sounds");

@@ -290,7 +290,7 @@ TEST(Instrument, NoOrbitGlidesFromOneTerrainOverAnother) {
         const float peak = test::Peak(test::Render(engine, 4410));
         EXPECT_LT(peak, 4) << loads;
         EXPECT_GT(peak, 0.1F) << loads;
-        // During the crossfade neither sound contains anything of the other.
+        // While one sound replaces the other, no block mixes parts of both.
         std::jthread player([&engine](const std::stop_token& stop) {
             while (!stop.stop_requested())
                 EXPECT_LT(test::Peak(test::Render(engine, 64)), 20);

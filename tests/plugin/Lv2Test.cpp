@@ -44,7 +44,7 @@ float Peak(const std::vector<float>& samples) {
     return peak;
 }
 
-/// Returns a sine with a period of so many samples.
+/// Returns a sine with a period of `period` samples.
 std::vector<float> Wave(int period) {
     std::vector<float> wave(4000);
     for (std::size_t i = 0; i < wave.size(); i++)

@@ -19,7 +19,7 @@ using namespace vexa;
 constexpr int kSounds = 1000;
 constexpr int kPictureSize = 48;
 
-/// A person's folder with copies of all shipped sounds until there are a thousand.
+/// A user's folder with a thousand sounds: copies of all shipped ones.
 class Many {
   public:
     Many() {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// How long does an expression take until it is installed, against the compiler's run alone?
+// How long does it take to install an expression, compared with the compiler's run alone?
 #include "Expressions.h"
 #include "kits/kernel/ChildProcess.h"
 #include "midi/Engine.h"
@@ -8,7 +8,7 @@
 
 namespace {
 
-/// As FunctionCompiler runs it, on the source that it makes.
+/// The compiler alone, run as FunctionCompiler runs it on its source.
 void BareCompiler(benchmark::State& state) {
     const test::ProgramFolder folder;
     const vexa::FunctionCompiler compiler(folder.Path());
@@ -22,7 +22,7 @@ void BareCompiler(benchmark::State& state) {
 }
 BENCHMARK(BareCompiler)->Unit(benchmark::kMillisecond)->UseRealTime();
 
-/// Checked, compiled, loaded and installed.
+/// An expression that is checked, compiled, loaded and installed.
 void Installed(benchmark::State& state) {
     const test::ProgramFolder folder;
     vexa::Engine engine;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This compares what several ways of playing take of a core, measured by turns.
+// A table that compares the load of several ways of playing, measured in turns.
 #pragma once
 
 #include <algorithm>
@@ -9,14 +9,14 @@
 
 namespace vexa::benchmark {
 
-/// Returns the upper median of values of which there is one at least.
+/// Returns the upper median of at least one value.
 inline double Median(std::vector<double> values) {
     std::sort(values.begin(), values.end());
     return values[values.size() / 2];
 }
 
-/// Prints a line for each way: its `name`, the median over the rounds of its `percent`, which has a
-/// value for each round, and the median of what each round took more than with the first way.
+/// Prints a line for each way: its `name`, the median of its `percent`, which has a value per
+/// round, and the median over the rounds of its difference from the first way.
 template<class Way>
 void PrintCosts(std::span<const Way> ways) {
     for (const Way& way : ways) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The plane functions that benchmarks compare with, as the program makes them.
+// The plane functions that benchmarks share, made as the program makes them.
 #pragma once
 
 #include "functions/ProgramFolder.h"
@@ -10,12 +10,12 @@
 
 namespace bench {
 
-/// Rational, the one that the program starts with.
+/// The expression with which the program starts, a rational function.
 inline constexpr const char* kDefault = "(5*(x*y*y-y*x*x)-3*(x-y))/((1+x*x+y*y)*(1+x*x+y*y))";
 inline constexpr const char* kTranscendental = "sin(3*x)*cos(2*y)+exp(-x*x-y*y)";
 inline constexpr const char* kBranches = "x>y ? sin(x)*y : (x<-1 ? x*x : y-x)";
 
-/// The function of an expression, compiled by the product's compiler.
+/// Returns the function of an expression, compiled by the product's compiler.
 inline vexa::PlaneFunction Compiled(const char* expression) {
     static const test::ProgramFolder folder;
     vexa::CompileOutcome outcome = vexa::FunctionCompiler(folder.Path()).Compile(expression);
@@ -24,7 +24,7 @@ inline vexa::PlaneFunction Compiled(const char* expression) {
     return outcome.addon;
 }
 
-/// The sample function of ten seconds of a tone of 220 Hz with partials.
+/// Returns the sample function of ten seconds of a tone of 220 Hz with partials.
 inline vexa::PlaneFunction LoadedSample() {
     constexpr int kRate = 44100;
     std::vector<float> tone(10 * kRate);

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What does a point of the plane cost in the program's own blocks, in the compiler's add-on, and by
-// the C library, near 0 and far from it, alone and as a sample of one of 20 voices ("Voice")? And
-// what does each operation cost, which is the table that a formula's cost is estimated from?
+// What does a point of the plane cost in the program's own blocks, in the compiler's add-on, and
+// with the C library, near 0 and far from it, alone and as a sample of one of 20 voices ("Voice")?
+// And what does each operation cost? The latter is the source of the table for estimating a
+// formula's cost.
 #include "Expressions.h"
 #include "formula/Formula.h"
 #include "support/Sounds.h"
@@ -17,7 +18,7 @@ namespace {
 
 constexpr std::size_t kBlock = 1280;
 
-/// Of 20 voices.
+/// The points of 20 voices.
 struct Points {
     std::array<float, kBlock> x, y, values;
 
@@ -45,7 +46,7 @@ void Function(benchmark::State& state, const vexa::PlaneFunction& function, floa
     Report(state, kBlock);
 }
 
-/// 20 voices that go round their centres.
+/// 20 voices that circle around their centres.
 void Voices(benchmark::State& state, const vexa::PlaneFunction& function, float centre) {
     constexpr std::size_t kSamples = 64;
     vexa::Engine instrument;
@@ -73,14 +74,14 @@ float TranscendentalByTheLibrary(float x, float y) {
                               std::exp(double(-x * x - y * y)));
 }
 
-/// From the text to what can be installed.
+/// Compiles a formula from its text to an installable function.
 void Compile(benchmark::State& state) {
     for (auto _ : state)
         benchmark::DoNotOptimize(vexa::CompileFormula(bench::kTranscendental));
 }
 BENCHMARK(Compile)->Unit(benchmark::kMicrosecond);
 
-/// One operation of a formula, in the lanes of its type.
+/// Measures one operation of a formula, in the lanes of its type.
 void Operation(benchmark::State& state, vexa::formula::Op op, vexa::formula::Type type) {
     using namespace vexa::formula;
     constexpr std::size_t kPiece = 256;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What live benchmarks play, and what it takes.
+// The notes that live benchmarks play, and the resources that playing uses.
 #pragma once
 
 #include "live/LivePlay.h"
@@ -10,13 +10,13 @@
 
 namespace bench {
 
-/// What a process holds and has used.
+/// The resources of a process.
 struct Holdings {
-    /// Resident, in kilobytes.
+    /// Resident memory in kilobytes.
     long memory = 0;
     long threads = 0;
     long descriptors = 0;
-    /// Seconds of a processor, of all threads.
+    /// Processor time of all threads in seconds.
     double processor = 0;
 };
 
@@ -42,7 +42,7 @@ inline Holdings Look(pid_t process) {
     return holdings;
 }
 
-/// 20 voices, with 20 controller changes and 2 to 3 changes of notes a second.
+/// Returns a script of 20 voices, with 20 controller changes and 2 to 3 note changes a second.
 inline std::vector<test::Player::Message> Chord(std::uint32_t seconds) {
     std::vector<test::Player::Message> script;
     for (std::uint8_t note = 40; note < 60; note++)

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What do oversampling and stereo cost where a sound is played live?
+// What do oversampling and stereo cost when a sound is played live?
 //
 // LiveCost [SECONDS [ROUNDS [PERIOD [SOUND]]]] plays the chord of LiveSoak on a JACK server of its
-// own, by turns with the sound of that file ("pad") plain, in stereo, oversampled, and both, and
-// prints what each takes of a core: in each round, the median of the rounds, and that of the
-// differences from the first in the same round.
+// own. It plays the given sound ("pad" by default) in turns plain, in stereo, oversampled, and
+// both. It prints the percentage of a core that each takes: per round, the median of the rounds,
+// and the median of the differences from the first in the same round.
 #include "CostTable.h"
 #include "LiveChord.h"
 
@@ -20,12 +20,12 @@ struct Way {
     std::vector<double> percent{};
 };
 
-/// Percent of a core.
+/// Returns the load in percent of a core.
 double Cost(const std::string& sound, const std::vector<std::string>& options,
             std::uint32_t seconds, int period) {
     test::LivePlay play(period, 48000, sound, options);
     std::vector<test::Player::Message> script = bench::Chord(seconds);
-    // What follows the start, such as the compiler, is over.
+    // The work after the start, such as compiling, is over by now.
     play.Play({script.begin(), script.begin() + 20});
     play.Play({{96000, {0xB0, 1, 1}}});
     const double before = bench::Look(play.Vexa().Process()).processor;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// How long is it from a note's MIDI event to its first sample, on a JACK server's clock?
+// How long is it from a note's MIDI event to its first sample, by a JACK server's clock?
 //
-// LiveLatency [PERIOD [NOTES]] prints median and worst in frames at 48000 Hz, beside three periods
-// and one buffer of the producer.
+// LiveLatency [PERIOD [NOTES]] prints the median and the maximum in frames at 48000 Hz, and for
+// comparison three periods and one buffer of the producer.
 #include "live/LivePlay.h"
 
 #include <cstdio>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Does live playing lose buffers, grow or drift over a long time?
+// Does live playing lose buffers, use more and more resources, or drift over a long time?
 //
 // LiveSoak [SECONDS [PERIOD]] plays 20 voices with moving controllers on a JACK server of its own,
-// beside a client that does nothing but look at the clock, and prints what each has noticed:
-// periods that the idle client was called late for are the machine's own doing.
+// beside an idle client that only reads the clock, and prints the faults that each has seen.
+// Periods for which the idle client was called late are the machine's fault, not the program's.
 #include "LiveChord.h"
 
 #include <cstdio>
@@ -11,7 +11,7 @@
 
 namespace {
 
-/// Counts the periods in which the server called it more than a period late.
+/// Counts the periods in which the server called the client more than a period late.
 class Idle : public test::JackPort {
   public:
     Idle() : JackPort("idle", "in", JACK_DEFAULT_AUDIO_TYPE, JackPortIsInput) { Activate(); }

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What does a note-on cost, with a free voice and where it has to steal one?
+// What does a note-on cost with a free voice, and when it has to steal one?
 #include "midi/Engine.h"
 
 #include <benchmark/benchmark.h>
 
 namespace {
 
-/// Notes that a table of 20 voices has room for.
+/// Notes that fit into a table of 20 voices.
 void FreeVoice(benchmark::State& state) {
     vexa::Engine instrument;
     instrument.consumer.ReduceToMaxVox(vexa::kMostVoices);
@@ -21,7 +21,7 @@ void FreeVoice(benchmark::State& state) {
 }
 BENCHMARK(FreeVoice);
 
-/// Every note takes the voice of another.
+/// Notes of which each steals the voice of another.
 void StolenVoice(benchmark::State& state) {
     vexa::Engine instrument;
     instrument.consumer.ReduceToMaxVox(vexa::kMostVoices);

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What do oversampling and stereo cost in the media thread, without a server around it?
 //
-// PeriodCost [SECONDS [ROUNDS [PERIOD [SOUND]]]] renders the chord of LiveCost in its periods, by
-// turns with the sound of that file ("twin-hills") plain, in stereo, oversampled, and both, and
-// prints what each would take of a core: the median of the rounds, and that of the differences from
-// the first in the same round.
+// PeriodCost [SECONDS [ROUNDS [PERIOD [SOUND]]]] renders the chord of LiveCost period by period. It
+// plays the given sound ("twin-hills" by default) in turns plain, in stereo, oversampled, and both.
+// It prints the percentage of a core that each would take: the median of the rounds, and the median
+// of the differences from the first in the same round.
 #include "CostTable.h"
 #include "documents/SoundDocument.h"
 #include "functions/ProgramFolder.h"
@@ -26,7 +26,7 @@ constexpr std::size_t kTick = 2400;
 struct Way {
     const char* name;
     float spread;
-    /// As a power of 2.
+    /// The oversampling factor as a power of 2.
     float oversample;
     std::vector<double> percent{};
 };
@@ -37,7 +37,7 @@ double Seconds() {
     return double(used.tv_sec) + 1e-9 * double(used.tv_nsec);
 }
 
-/// Percent of a core.
+/// Returns the load in percent of a core.
 double Cost(const vexa::Sound& sound, const Way& way, std::size_t seconds, std::size_t period) {
     static const test::ProgramFolder folder;
     vexa::Instrument instrument(folder.Path(), vexa::Addons::Awaited);

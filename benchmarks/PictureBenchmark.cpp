@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// How long does it take to load a picture, next to libpng's own way to grey? And what does a point
-// of the terrain cost in blocks, next to one point after the other? What does it take to open a
-// whole sound with a picture, next to one with an expression?
+// How long does it take to load a picture, compared with libpng's own conversion to grey? What does
+// a point of the terrain cost in blocks, compared with one point at a time? What does it take to
+// open a whole sound with a picture, compared with one with an expression?
 #include "documents/SoundDocument.h"
 #include "functions/PictureFunction.h"
 #include "functions/PictureLoops.h"
@@ -16,7 +16,7 @@
 
 namespace {
 
-/// Hills and some grain, as a photograph has; `channels` 8-bit values each pixel.
+/// Returns hills with some grain, like a photograph; `channels` 8-bit values per pixel.
 std::vector<unsigned char> Pixels(std::size_t side, std::size_t channels) {
     std::vector<unsigned char> pixels(side * side * channels);
     std::mt19937 random(1);
@@ -43,7 +43,7 @@ void Decode(benchmark::State& state, std::string (*make)(std::size_t)) {
     state.counters["MB"] = double(file.size()) / 1e6;
 }
 
-/// By the library's simplified interface, to 8 bits.
+/// Loads with the library's simplified interface, to 8 bits.
 void Library(benchmark::State& state) {
     const std::string file = PngOf(std::size_t(state.range(0)));
     for (auto _ : state) {
@@ -64,7 +64,7 @@ BENCHMARK(Library)->Apply(Sizes);
 BENCHMARK_CAPTURE(Decode, Png, PngOf)->Apply(Sizes);
 BENCHMARK_CAPTURE(Decode, Jpeg, JpegOf)->Apply(Sizes);
 
-/// 20 voices on rings about the middle, block by block as the renderer asks.
+/// 20 voices on rings around the centre, block by block as the renderer asks for them.
 void Terrain(benchmark::State& state, bool inBlocks) {
     const auto side = int32(state.range(0));
     kits::BrightnessMap map{side, side, {}};
@@ -91,7 +91,7 @@ void Terrain(benchmark::State& state, bool inBlocks) {
 BENCHMARK_CAPTURE(Terrain, PointByPoint, false)->Arg(384)->Arg(4096);
 BENCHMARK_CAPTURE(Terrain, Blocks, true)->Arg(384)->Arg(4096);
 
-/// From the documents on the disk, one after the other, to the function that plays.
+/// Opens a sound, from its documents on the disk to the function that plays.
 void Open(benchmark::State& state, vexa::FunctionKind kind, const std::string& source) {
     const test::TemporaryFolder folder;
     folder.Write("pictures/a.png", PngOf(1024));

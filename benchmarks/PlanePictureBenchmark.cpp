@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// How long does the picture of the plane take, against computing it point by point?
+// How long does it take to compute the picture of the plane, compared with computing it point by
+// point?
 #include "Expressions.h"
 #include "synth/PlanePicture.h"
 
@@ -22,7 +23,7 @@ void Product(benchmark::State& state, const vexa::PlaneFunction& function, std::
     }
 }
 
-/// The rule, one point after the other.
+/// Computes the picture by its definition, one point after the other.
 void Reference(benchmark::State& state, const vexa::PlaneFunction& function, std::size_t side) {
     std::vector<uint32> words(side * side);
     const vexa::PlaneArea area = Area(side);

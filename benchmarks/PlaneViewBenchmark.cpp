@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// How long does the plane view take for a pulse, and for the picture of an export?
+// How long does the plane view take for a pulse, and for an exported picture?
 #include "kits/interface/Application.h"
 #include "midi/Engine.h"
 #include "views/R2RFView.h"
@@ -26,7 +26,7 @@ float Point(float x, float y) {
            ((1 + x * x + y * y) * (1 + x * x + y * y));
 }
 
-/// With a block form, as compiled functions have.
+/// A source with a block form, as compiled functions have.
 class Source final : public vexa::PlaneSource {
     float At(float x, float y, const float*) const noexcept override { return Point(x, y); }
     void Evaluate(const float* x, const float* y, const float* const*, float* values,
@@ -36,8 +36,8 @@ class Source final : public vexa::PlaneSource {
     }
 };
 
-/// The picture of an export, besides writing it; `peak` is the most memory that the process has
-/// had, in sizes of the picture.
+/// Draws an exported picture without writing it; `peak` is the process's greatest memory use as a
+/// multiple of the picture's size.
 void Export(benchmark::State& state) {
     Application();
     vexa::R2RFView view(kFrame, "view", {0, 0}, {0.5F, 0.5F}, 0.05F, B_FOLLOW_NONE);
@@ -54,7 +54,7 @@ void Export(benchmark::State& state) {
 }
 BENCHMARK(Export)->Arg(8001)->Unit(benchmark::kMillisecond);
 
-/// A pulse with so many voices; with none it only asks.
+/// A pulse with the given number of voices; without any the view only checks for changes.
 void Pulse(benchmark::State& state) {
     Application();
     vexa::R2RFView view(kFrame, "view", {0, 0}, {0.5F, 0.5F}, 0.05F, B_FOLLOW_NONE);

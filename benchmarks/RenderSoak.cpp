@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Does rendering grow, leak, hang or drift over hours?
+// Does rendering use more and more resources, leak, hang or drift over hours?
 //
-// RenderSoak [HOURS] plays that long, faster than real time: each minute another of the sounds that
-// the program comes with, its function compiled anew, is played by random notes and controllers,
-// then all notes are released. A second instrument holds one sine of 440 Hz all the while. Exits
-// with 1 if memory, descriptors, threads or add-ons grow after the first quarter, a note hangs, or
-// the sine is a tenth of a turn off at the end (after four hours, 3 hundred-thousandths of a cent).
+// RenderSoak [HOURS] plays the given time, faster than real time. Each minute another of the
+// shipped sounds, its function compiled anew, is played by random notes and controllers; then all
+// notes are released. Meanwhile a second instrument holds one sine of 440 Hz. Exits with 1 if
+// memory, descriptors, threads or add-ons grow after the first quarter, if a note hangs, or if the
+// sine is a tenth of a turn off at the end (after four hours, 3 hundred-thousandths of a cent).
 #include "documents/SoundDocument.h"
 #include "instrument/Instrument.h"
 #include "kits/support/Published.h"
@@ -31,9 +31,9 @@ constexpr int kRate = 44100;
 constexpr std::size_t kPiece = 441;
 constexpr int kPiecesPerMinute = 60 * kRate / static_cast<int>(kPiece);
 
-/// What of this process must not grow.
+/// The resources of this process that must not grow.
 struct Usage {
-    /// Anonymous memory: pages of files come and go as the system likes.
+    /// Anonymous memory only: the system maps and drops pages of files at its own discretion.
     long kilobytes = 0;
     long threads = 0;
     long descriptors = 0;
@@ -62,7 +62,7 @@ void Print(int minute, const Usage& usage) {
     std::fflush(stdout);
 }
 
-/// The instrument that is played, and what it is played with.
+/// The instrument under test, and the events that it is played with.
 class Tour {
   public:
     Tour() {
@@ -73,7 +73,7 @@ class Tour {
         instrument.consumer.ReduceToMaxVox(20);
     }
 
-    /// One minute of the next sound; false if something is wrong.
+    /// Plays one minute of the next sound; returns false if something is wrong.
     bool Minute(int minute) {
         const fs::path& path = sounds[static_cast<std::size_t>(minute) % sounds.size()];
         const auto sound = vexa::ReadSound(path);
@@ -93,7 +93,7 @@ class Tour {
             }
         }
         kits::CollectRetired();
-        // A voice that is released keeps its slot until another note needs it.
+        // A released voice keeps its slot until another note needs it.
         for (const vexa::voice& slot : instrument.voices) {
             if (slot.state.Look().Active() && !slot.released)
                 return Fail(path, "a note hangs");
@@ -143,12 +143,12 @@ class LongNote {
         for (int i = 0; i < 60; i++)
             now = Second();
     }
-    /// Turns by which the phase has moved since the beginning, which is a whole number of seconds
-    /// ago.
+    /// Returns the turns by which the phase has drifted since the start, which is a whole number of
+    /// seconds ago.
     double Drift() const { return std::arg(now / before) / (2 * std::numbers::pi); }
 
   private:
-    /// Renders a second; the sine's phase and amplitude in it.
+    /// Renders a second and returns the sine's amplitude and phase in it.
     std::complex<double> Second() {
         const std::vector<float> samples = test::Render(instrument, kRate);
         std::complex<double> sum = 0;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What does a voice cost per sample, in the product and in the plain reference?
 //
-// Both compute the same compiled add-on, the reference by its point function.
+// Both compute the same compiled add-on; the reference calls its point function.
 #include "Expressions.h"
 #include "support/ScalarReference.h"
 #include "support/Sounds.h"
@@ -21,7 +21,7 @@ void StrikeChord(int voices, const std::function<void(int note)>& strike) {
         strike(40 + 2 * i);
 }
 
-/// Time per voice and sample, as an inverted rate.
+/// Reports the time per voice and sample, as an inverted rate.
 void Report(benchmark::State& state, int voices, std::size_t count = kBlock) {
     state.counters["per_voice_sample"] =
         benchmark::Counter(double(state.iterations()) * double(count) * voices,
@@ -54,8 +54,8 @@ void Reference(benchmark::State& state, const vexa::PlaneFunction& function, int
     Report(state, voices);
 }
 
-/// 20 voices of the default expression, `count` samples at a time, prepared by `prepare` once they
-/// are struck.
+/// Renders 20 voices of the default expression, `count` samples at a time; `prepare` is called once
+/// their notes are on.
 void Render20(
     benchmark::State& state, std::size_t count,
     const std::function<void(vexa::Engine&)>& prepare = [](auto&) {}) {
@@ -73,7 +73,8 @@ void Render20(
     Report(state, 20, count);
 }
 
-/// Four envelopes of so many points, over ten minutes that no run reaches.
+/// Four envelopes with the given number of points over ten minutes, of which a run plays only the
+/// start.
 void EnvelopePoints(benchmark::State& state) {
     Render20(state, kBlock, [&state](vexa::Engine& instrument) {
         test::Points points;
@@ -86,13 +87,13 @@ void EnvelopePoints(benchmark::State& state) {
 }
 BENCHMARK(EnvelopePoints)->Arg(2)->Arg(8)->Arg(64);
 
-/// So many samples at a time.
+/// Blocks of the given number of samples.
 void BlockLength(benchmark::State& state) {
     Render20(state, static_cast<std::size_t>(state.range(0)));
 }
 BENCHMARK(BlockLength)->RangeMultiplier(4)->Range(16, 1024);
 
-/// Notes that have sounded for so many hours, which pass in one block.
+/// Notes that have sounded for the given number of hours, which pass in one block.
 void NoteHours(benchmark::State& state) {
     Render20(state, kBlock, [&state](vexa::Engine& instrument) {
         if (state.range(0) == 0)
@@ -105,7 +106,7 @@ void NoteHours(benchmark::State& state) {
 }
 BENCHMARK(NoteHours)->Arg(0)->Arg(10);
 
-/// Voices while their keys are held (0), and released ones that have gone silent (1).
+/// Voices whose keys are held (0), and released ones that have become silent (1).
 void Released(benchmark::State& state) {
     Render20(state, kBlock, [&state](vexa::Engine& instrument) {
         vexa::sound_param& p = instrument.parameters;
@@ -121,7 +122,7 @@ void Released(benchmark::State& state) {
 }
 BENCHMARK(Released)->Arg(0)->Arg(1);
 
-/// One ear (-1), and two that are so many degrees apart.
+/// One ear (-1), and two ears the given number of degrees apart.
 void Spread(benchmark::State& state) {
     const vexa::PlaneFunction function = bench::Compiled(bench::kDefault);
     vexa::Engine instrument;
@@ -141,7 +142,7 @@ void Spread(benchmark::State& state) {
 }
 BENCHMARK(Spread)->Arg(-1)->Arg(0)->Arg(60);
 
-/// Reference and product in turns, so that both meet the same machine.
+/// Runs reference and product in turns, so that both see the machine in the same state.
 void Compare(const std::string& name, const vexa::PlaneFunction& function) {
     for (const int voices : {1, 5, 20}) {
         const std::string ending = "/" + name + "/" + std::to_string(voices);

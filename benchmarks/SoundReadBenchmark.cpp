@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What does it cost to take a sound out of a document's tree, next to reading the tree? Documents
-// of 1, 8 and 64 MB, one that is all points and one in which nothing that is looked for is found
-// where it could be.
+// What does it cost to extract a sound from a document's tree, compared with reading the tree? The
+// documents have 1, 8 and 64 MB; one consists of points only, and in the other every search for an
+// element fails only after it has looked everywhere.
 #include "documents/SoundDocument.h"
 
 #include <benchmark/benchmark.h>
@@ -16,7 +16,8 @@ MXString WithPoints(std::size_t size) {
     return ConstructSoundElement(sound)->AssembleString("", "  ");
 }
 
-/// Every group holds all that follows, and none holds what belongs into it.
+/// Returns a document in which each group contains all following ones, and none contains its proper
+/// elements.
 MXString Nothing(std::size_t size) {
     std::string text = "<vexasound><vexafunction/><info><display>";
     for (const char* group : {"dcxdt", "dcydt", "ax", "ay", "cx0", "cy0", "vexafunction"})

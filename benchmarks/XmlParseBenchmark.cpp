@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// How does the time to read a document grow with its size? Linear growth shows as the same bytes
-// per second at 1, 8 and 64 MB, for each kind of document.
+// How does the time to read a document grow with its size? Linear growth shows as equal bytes per
+// second at 1, 8 and 64 MB, for each kind of document.
 #include "xml/MXDocument.h"
 
 #include <string>
@@ -36,7 +36,7 @@ std::size_t Size(const benchmark::State& state) {
     return static_cast<std::size_t>(state.range(0)) << 20;
 }
 
-/// What a sound of many points looks like.
+/// A document like a sound with many points.
 void Points(benchmark::State& state) {
     Parse(state,
           Filled(Size(state), "<vexasound>\n<envdata>\n",
@@ -47,7 +47,7 @@ void Elements(benchmark::State& state) {
     Parse(state, Filled(Size(state), "<r>\n", "  <a>\n    <b>x &lt; y</b>\n  </a>\n", "</r>"));
 }
 
-/// Nothing is closed, so every element is ended at the end of the text.
+/// Elements without end tags, which all end at the end of the text.
 void NestedWithoutEnd(benchmark::State& state) {
     Parse(state, Filled(Size(state), "", "<a>", ""));
 }
@@ -56,13 +56,13 @@ void OneText(benchmark::State& state) {
     Parse(state, Filled(Size(state), "<r>", "x &lt; y % z ", "</r>"));
 }
 
-/// Attributes with opening marks in them.
+/// Attributes that contain the opening marks of comments and processing instructions.
 void OneTag(benchmark::State& state) {
     Parse(state, Filled(Size(state), "<r><a", " a=\"<!--<?<\"", "></a></r>"));
 }
 
-/// Freed memory stays with the process and is touched before measuring: how fast the system hands
-/// memory out is not the question.
+/// Freed memory stays with the process and is touched before measuring: the system's speed at
+/// providing memory is not the subject.
 void Sizes(benchmark::internal::Benchmark* benchmark) {
     ::mallopt(M_TRIM_THRESHOLD, -1);
     ::mallopt(M_MMAP_MAX, 0);

@@ -97,7 +97,7 @@ class Desktop(unittest.TestCase):
             for source in module["sources"]:
                 pinned = {"archive": "sha256", "git": "tag", "dir": "path"}[source["type"]]
                 self.assertIn(pinned, source, module["name"])
-        # What the build needs, less what the runtime has.
+        # The packages that the build needs, except those in the runtime.
         needed = re.search(r"\[render\].*(?=\n\[test\])", (ROOT / "scripts/packages.txt").read_text("utf-8"), re.S)[0]
         runtime = "sndfile1 png jpeg62-turbo ogg jack-jackd2 asound2 xcb1 x11".split()
         libraries = set(re.findall(r"^lib(\S+)-dev\b", needed, re.M)) - set(runtime)

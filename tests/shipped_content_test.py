@@ -21,7 +21,7 @@ set(VEXA_PROGRAM_FOLDER ${CMAKE_BINARY_DIR}/bin)
 set(VEXA_MADE_CONTENT ${CMAKE_BINARY_DIR}/content)
 add_subdirectory(data)
 """
-# Quicker than computing tones and terrains.
+# Faster than computing tones and terrains.
 SCRIPT = """import pathlib, sys
 folder = pathlib.Path(sys.argv[1])
 folder.mkdir(parents=True, exist_ok=True)
@@ -88,7 +88,7 @@ class ShippedContent(unittest.TestCase):
         self.assertEqual(self.copy_of("bell.xml").read_text(), "newer")
         self.assertIn("no work to do", self.make())
 
-        # Without the record what differs is a person's, unless some version had it.
+        # Without the record a differing file counts as the user's, unless some version shipped it.
         self.run_ok("ninja", "-C", self.build, "-t", "clean")
         self.assertFalse((self.build / "copied-content").exists())
         self.copy_of("pad.xml").write_text("older")
@@ -108,7 +108,7 @@ class ShippedContent(unittest.TestCase):
         self.copy_of("pad.xml").write_text("edited here")
         self.sound("home/vexa", "pad.xml").parent.mkdir(parents=True)
         self.sound("home/vexa", "pad.xml").write_text("edited there")
-        # A copy of what came with the program gives way.
+        # A copy of shipped content is replaced.
         shutil.copy(self.sound("data", "bass.xml"), self.sound("home/vexa", "bass.xml"))
         (self.build / "bin/functions/recent.c").write_text("compiled")
         said = self.rescue()

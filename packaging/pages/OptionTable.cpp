@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Prints the options of both programs, for make-pages.py: a line per option, with tabs between the
-// program, the option's name, what stands for its value, what that may be, and what it does.
+// Prints the options of both programs for make-pages.py: one line per option, with the program, the
+// name of the option, the placeholder of its value, its allowed values and its effect, separated by
+// tabs.
 #include "app/AppOptions.h"
 #include "render/Options.h"
 

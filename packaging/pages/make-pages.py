@@ -68,7 +68,7 @@ def main():
     table, version, content, folder = sys.argv[1:]
     for program, options in read_table(table).items():
         texts = {
-            # What ends with a line feed takes the place of a whole line.
+            # A text that ends with a line feed replaces a whole line.
             "MAN_OPTIONS": "".join(map(man_option, options)),
             "BASH_CASES": "".join(bash_case(option) for option in options if option.value),
             "ZSH_OPTIONS": "".join(map(zsh_spec, options)),

@@ -23,7 +23,7 @@ Control OfPlaying(const char* name, const char* label, const char* unit, float a
             row.target};
 }
 
-/// The knob has the factor itself, the record its power of two.
+/// The control shows the oversampling factor itself; the record stores its power of two.
 Control OfOversampling() {
     Control control = OfPlaying("oversample", "Oversampling", nullptr, 0);
     control.minimum = 1;

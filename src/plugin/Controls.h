@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The knobs that a host sees.
+// The controls (knobs) of the plug-ins in a host.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -12,27 +12,27 @@
 
 namespace vexa {
 
-/// One knob. Its lowest value means that the sound has the say, and is what it begins with.
+/// One control. Its lowest value, which is its default, leaves the setting to the sound.
 struct VEXA_REALTIME Control {
     const char* symbol;
     const char* label;
-    /// A unit of LV2's vocabulary of units; null for none.
+    /// A unit of LV2's units vocabulary; null for none.
     const char* unit;
     float asSound;
     float minimum, maximum;
     bool whole;
-    /// The value of how the sound is played that it sets; null for a macro and for the switch of
-    /// MPE.
+    /// The playing setting that the control overrides; null for a macro and for the switch of MPE.
     kits::Shared<float> Playing::*target;
 
-    /// True for a value of a host's that leaves the say to the sound, as a NaN does too.
+    /// Returns true if the host's value leaves the setting to the sound, as a NaN does too.
     bool LeavesToSound(float value) const { return !(value >= minimum); }
-    /// A value that does not, within what the knob allows, as `target` has it.
+    /// Returns any other value, limited to the control's range and converted to the unit of
+    /// `target`.
     float Bounded(float value) const;
 };
 
-/// Macros a to d come second to fifth; the last one has notes expected on channels of their own,
-/// which otherwise the configuration message of MPE begins and ends.
+/// Macros a to d are the second to fifth control. The last one makes the instrument expect notes on
+/// channels of their own; otherwise MPE's configuration message switches that on and off.
 constexpr std::size_t kControls = 12;
 constexpr std::size_t kFirstMacroControl = 1;
 constexpr std::size_t kMpeControl = 11;
@@ -46,7 +46,7 @@ struct ControlPoint {
     std::string label;
 };
 
-/// The lowest value, and all others of a knob that is a choice between few.
+/// Returns the lowest value of a control, and all others if it is a choice between few.
 std::vector<ControlPoint> Points(const Control& control);
 
 } // namespace vexa

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What windows do to the instrument.
+// The edits and notes that windows send to the instrument.
 #include "plugin/HostedInstrument.h"
 
 namespace vexa {
@@ -20,9 +20,8 @@ std::optional<HostedInstrument::Shown> HostedInstrument::Edit(const Shown& befor
     const std::lock_guard lock(documents);
     if (instrument.Changes() != before.changes)
         return std::nullopt;
-    // What went wrong the window has found and told itself, before it said this.
-    // Notes go over to what a person makes of the sound without a click, as in the program's own
-    // window.
+    // A failure is not reported here: the window found and reported it before it sent the edit.
+    // Sounding notes pass to the edited sound without a click, as in the program's own window.
     instrument.Playing().renderer.SetJoins(true);
     instrument.Change(before.sound, next);
     edited = true;
@@ -35,7 +34,7 @@ void HostedInstrument::PostMidi(const std::array<uint8, 3>& message) {
     const uint8 kind = message[0] & 0xF0;
     if (kind == 0x80 || kind == 0x90)
         next[(message[0] & 15U) * 128 + (message[1] & 127U)] = kind == 0x90 && message[2] > 0;
-    // There is always room for the ends of all notes that are on.
+    // Leaves enough room for the note-offs of all notes that are on.
     if (posted.Writable() <= next.count())
         return;
     posted.Write(&message, 1);

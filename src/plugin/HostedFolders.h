@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This tells where a plug-in finds samples and pictures.
+// The folders in which a plug-in finds samples and pictures.
 #pragma once
 
 #include "kits/storage/ProgramFolder.h"
 
 namespace vexa {
 
-/// A person's own content, as the program `vexa` keeps it, before that of `content`, which comes
-/// with the plug-in; that alone where the environment names no folder of the person's.
+/// Returns the user's own content, as the program `vexa` keeps it, followed by `content`, which is
+/// shipped with the plug-in; only `content` if the environment names no folder of the user.
 kits::ProgramFolders HostedFolders(const std::filesystem::path& content);
 
 } // namespace vexa

@@ -17,14 +17,14 @@ struct Header {
     uint32 size;
 };
 
-/// Returns the kind of the function that is asked for.
+/// Returns the kind of function that a request sets.
 FunctionKind KindOf(Request request) {
     return request == Request::Sample    ? FunctionKind::Sample
            : request == Request::Picture ? FunctionKind::Picture
                                          : FunctionKind::Expression;
 }
 
-/// What became of it, in a plug-in's words: no compiler has a part in it.
+/// Returns the fault of a function in words for a plug-in, in which no compiler is involved.
 std::string Fault(const FunctionReport& report, const Function& function) {
     if (report || function.kind != FunctionKind::Expression)
         return report ? "" : Text(report);
@@ -69,12 +69,12 @@ void HostedInstrument::TakeControls(const ControlValues& values) noexcept {
         if (!control.target || control.LeavesToSound(values[i]))
             continue;
         engine.playing.*control.target = control.Bounded(values[i]);
-        // How finely a sound is computed says nothing of how it is played.
+        // The oversampling factor does not count as a setting of how the sound is played.
         given = given || control.target != &Playing::oversample;
     }
     engine.playing.given = given;
     engine.playing.loads = loaded;
-    // A controller may move a macro away from where sound and knob have it.
+    // A controller may move a macro away from the value of the sound or the control.
     for (std::size_t i = 0; i < kMacros; i++) {
         const std::size_t at = kFirstMacroControl + i;
         const Control& control = Controls()[at];
@@ -91,7 +91,7 @@ void HostedInstrument::TakeControls(const ControlValues& values) noexcept {
     expectsMpe = mpe;
     const auto voices = static_cast<int32>(float(engine.playing.polyphony));
     const int32 next = voices > 0 ? voices : kMostVoices;
-    // A sound's lower limit does not cut keys off that are held.
+    // A newly loaded sound with a lower limit does not cut off keys that are held.
     if (loaded != loads)
         engine.consumer.LimitNewVox(next);
     else if (next != limit)
@@ -167,7 +167,7 @@ std::string HostedInstrument::Do(Request request, const std::string& text) {
         return fault;
     }
     if (request == Request::Tuning || request == Request::Keymap) {
-        // The other file only if it has a part in what plays.
+        // Keeps the other file only if it is part of the present tuning.
         TuningChoice next = tuned ? tunedBy : TuningChoice();
         (request == Request::Tuning ? next.scale : next.keymap) =
             text.empty() ? std::nullopt : std::optional<std::filesystem::path>(text);
@@ -180,7 +180,8 @@ std::string HostedInstrument::Do(Request request, const std::string& text) {
     return Fault(instrument.SetFunction(function), function);
 }
 
-/// Where that fails all stays as it was, unless it is to be so `anyway`.
+/// On failure nothing changes, unless `anyway` is true: then the choice is kept and equal
+/// temperament plays.
 std::string HostedInstrument::Tune(const TuningChoice& choice, bool anyway) {
     const kits::Result<Tuning> tuning = ReadTuning(choice);
     if (!tuning && !anyway)
@@ -236,7 +237,7 @@ std::string HostedInstrument::Install(Sound next, const std::string& file, bool&
     installed = true;
     instrument.Playing().renderer.SetJoins(false);
     const FunctionReport report = instrument.Load(next);
-    // A file that has gone is silent, and the sound still says which it was.
+    // A missing file plays silence, and the sound keeps its name.
     if (!report.alerts.empty())
         instrument.Silence();
     instrument.Adopt(own);
@@ -249,8 +250,8 @@ std::optional<std::filesystem::path> HostedInstrument::FunctionFile() {
     return PresentFile();
 }
 
-/// The file that plays, which the document may know by the path of another machine; one that has
-/// gone as the document names it.
+/// Returns the file that plays, which the document may name by a path of another machine; a missing
+/// file is returned as the document names it.
 std::optional<std::filesystem::path> HostedInstrument::PresentFile() const {
     const auto named = FileOf(instrument.State().function, folders);
     return named && !instrument.File().empty() ? instrument.File() : named;

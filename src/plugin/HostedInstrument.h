@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// An instrument inside somebody else's process, whatever the kind of plug-in.
+// An instrument inside the process of a host, for every kind of plug-in.
 #pragma once
 
 #include "formula/ExpressionLimits.h"
@@ -21,7 +21,8 @@
 
 namespace vexa {
 
-/// The requests that a host may make while the instrument plays, and the texts that it may read.
+/// The requests that a host may make while the instrument plays. Each has a text that the host may
+/// also read.
 enum class Request : uint8 {
     /// The text is an expression.
     Formula,
@@ -33,82 +34,87 @@ enum class Request : uint8 {
     Sound,
     /// The text is the path of a Scala file, or empty for equal temperament.
     Tuning,
-    /// The text is the path of a keyboard map of Scala, or empty for the usual keys.
+    /// The text is the path of a Scala keyboard map, or empty for the default keys.
     Keymap,
 };
 constexpr std::size_t kRequests = 6;
 
-/// The instrument has two sides, which any two threads may be on at a time: the audio side computes
-/// and never waits; the other one works on documents, and its calls wait for each other.
+/// The instrument has two sides, which may run at the same time on any two threads. The audio side
+/// computes and never waits. The other side works on documents; its calls are serialized by a
+/// mutex.
 class HostedInstrument {
   public:
-    /// Makes an instrument at `rate` samples per second, which plays the sound "default", or that
-    /// of a new window where there is none.
+    /// Makes an instrument at `rate` samples per second. It plays the sound "default", or the sound
+    /// of a new window if "default" does not exist.
     HostedInstrument(kits::ProgramFolders folders, double rate);
-    /// Forgets all notes and what wheels, pedals and modulation hold, and goes on at a rate. Audio
-    /// side, or while that does nothing.
+    /// Ends all notes, resets wheels, pedals and modulation, and continues at `rate` samples per
+    /// second. Audio side, or any thread while the audio side is idle.
     VEXA_REALTIME void Restart(double rate) noexcept;
 
-    /// Audio side: no allocation, lock, wait or system call.
-    /// Takes up the knobs and, where they leave it to the sound, what that says.
+    /// The audio side: no allocation, lock, wait or system call.
+    /// Applies the controls, and the sound's settings where the controls leave them to the sound.
     VEXA_REALTIME void TakeControls(const ControlValues& values) noexcept;
-    /// Plays one message, which takes effect with the next sample. What is no whole message is
+    /// Plays one MIDI message, which takes effect with the next sample. Incomplete messages are
     /// ignored.
     VEXA_REALTIME void Midi(std::span<const uint8> message) noexcept;
-    /// Returns the engine that plays, for what MIDI has no words for.
+    /// Returns the engine that plays, for events that MIDI cannot express.
     VEXA_REALTIME Engine& Audio() noexcept { return instrument.Playing(); }
     /// Renders the next `count` samples of both ears.
     VEXA_REALTIME void Render(float* left, float* right, std::size_t count) noexcept;
-    /// Returns the samples by which what Render gives is later than it was asked for.
+    /// Returns the latency of Render in samples.
     VEXA_REALTIME std::size_t Delay() const noexcept { return oversampler.Delay(); }
-    /// Puts a request down for Work; false where it is longer than kMostText or too many wait.
+    /// Queues a request for Work; returns false if it is longer than kMostText or the queue is
+    /// full.
     VEXA_REALTIME bool Post(Request request, std::string_view text) noexcept;
 
     static constexpr std::size_t kMostText = kLongestExpression;
 
-    /// From here on functions are the other side's. True where there is anything for Work to do.
+    /// The functions from here on belong to the other side. Returns true if Work has anything to
+    /// do.
     bool Requested() const noexcept { return requests.Readable() > 0; }
-    /// Does what was posted. Returns what there is to tell a person, empty where all went well.
+    /// Processes the queued requests. Returns the message for the user; empty if all succeeded.
     std::string Work();
-    /// Returns what a host reads of a request: the file or expression of the sound as it is now,
-    /// the document that a host has asked for, as long as it is the sound that plays, or the
-    /// tuning.
+    /// Returns the text of a request as a host reads it: the file or expression of the present
+    /// sound, the path of the document that the host has loaded, as long as that sound plays, or
+    /// the path of the tuning.
     std::string Text(Request request);
     /// Returns the whole sound as a document.
     std::string State();
-    /// Puts a document in the place of the present sound. `file` is where its sample or picture is
-    /// here, and stands before the document's own path if there is such a file. Where the document
-    /// cannot be taken all stays as it was. It returns what Work does.
+    /// Replaces the present sound by a document. `file` is the path of its sample or picture on
+    /// this machine, and takes precedence over the document's own path if the file exists. `taken`
+    /// becomes false, and nothing changes, if the document cannot be used. Returns a message as
+    /// Work does.
     std::string Restore(const std::string& document, const std::string& file, bool& taken);
-    /// The file that the sound's sample or picture is read from; nothing for an expression.
+    /// Returns the file of the sound's sample or picture; no value for an expression.
     std::optional<std::filesystem::path> FunctionFile();
-    /// The files that the keys are tuned by, which are the player's and not the sound's.
+    /// Returns the files of the tuning, which belongs to the player and not to the sound.
     TuningChoice TunedBy();
-    /// Tunes the keys as in another session. Where the files cannot be read equal temperament
-    /// plays, and TunedBy still says which they were. It returns what Work does.
+    /// Restores the tuning of a session. If the files cannot be read equal temperament plays, and
+    /// TunedBy still returns them. Returns a message as Work does.
     std::string RestoreTuning(const TuningChoice& choice);
 
     // The following are for windows, each of which shows the sound and edits it (window/Windows.h).
-    // They are the other side's too.
+    // They belong to the other side too.
 
-    /// The sound, and a number that tells it from those before.
+    /// The sound, and a number that distinguishes it from earlier ones.
     struct Shown {
         Sound sound;
         uint64 changes = 0;
     };
-    /// Returns the sound and its number; nothing where it is still the one of the number `changes`.
-    /// A sample or picture that the document's own name does not find is named by its path here.
+    /// Returns the sound and its number; no value if the number is still `changes`. A sample or
+    /// picture that is not found under the document's own name has its path as its name here.
     std::optional<Shown> ShownSince(uint64 changes);
-    /// Does what Instrument::Change does, from what a window was shown. Where the sound has become
-    /// another one since it returns nothing, and nothing happens.
+    /// Applies an edit as Instrument::Change does, where `before` is the sound that the window was
+    /// shown. If the sound has changed since, it does nothing and returns no value.
     std::optional<Shown> Edit(const Shown& before, const Sound& next);
-    /// Posts a message that takes effect with the next samples. While a host stands still there is
-    /// room for some, and what does not fit is lost, but never the end of a note whose beginning is
-    /// not.
+    /// Queues a message that takes effect with the next samples. While the host does not render,
+    /// the queue may fill up; further messages are then lost, but never the note-off of a note
+    /// whose note-on was queued.
     void PostMidi(const std::array<uint8, 3>& message);
-    /// Returns the records of what plays. Any thread may read of them what any thread may read.
+    /// Returns the records of the engine. Any thread may read those members that are open to any
+    /// thread.
     const SoundRecords& Records() const { return instrument.Playing(); }
-    /// True where a window has edited the sound since the last call. Audio side.
+    /// Returns true if a window has edited the sound since the last call. Audio side.
     VEXA_REALTIME bool TakeEdited() noexcept { return edited.exchange(false); }
 
   private:
@@ -121,22 +127,21 @@ class HostedInstrument {
     const kits::ProgramFolders folders;
     SoundsSay said;
     Instrument instrument{folders, Addons::None, &said};
-    /// The filter is that of a whole render, so that what is heard in a session is what its export
-    /// gives.
+    /// The filter is that of an offline render, so that a session sounds exactly like its export.
     Oversampler oversampler{instrument.Playing().renderer, DecimationFilter::kWhole};
     std::mutex documents;
     kits::Ring<char> requests{2 * kMostText};
-    /// The messages that windows play, and the lock of those who write them.
+    /// The messages that windows play, and the mutex of their writers.
     kits::Ring<std::array<uint8, 3>> posted{256};
     std::mutex posting;
-    /// The notes of those messages that are on, by channel and key.
+    /// The notes that these messages hold down, by channel and key.
     std::bitset<16 * 128> notesOn;
     std::atomic<bool> edited{false};
     std::string soundFile;
     TuningChoice tunedBy;
-    /// True where the files of `tunedBy` could be read, so that the keys are tuned by them.
+    /// True if the files of `tunedBy` could be read, so that the keys are tuned by them.
     bool tuned = true;
-    /// The values that the audio side has taken up last.
+    /// The values that the audio side applied last.
     std::array<float, kMacros> macros{};
     int32 limit = 0;
     bool expectsMpe = false;

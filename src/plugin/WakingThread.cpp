@@ -29,7 +29,7 @@ void WakingThread::Await() const noexcept {
 
 void WakingThread::Run() {
     while (!ending) {
-        // A signal only has it look once more.
+        // A signal may interrupt the wait; the loop then only checks again.
         sem_wait(&woken);
         const uint32 now = asked;
         if (now == done)

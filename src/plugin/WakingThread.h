@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This works for a plug-in whose host lends no thread for it.
+// A worker thread for a plug-in whose host lends none.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -13,8 +13,8 @@
 
 namespace vexa {
 
-/// A thread that sleeps until it is woken, and then works. The destructor waits for work that has
-/// begun.
+/// A thread that sleeps until it is woken, and then works. The destructor waits until work that has
+/// begun is done.
 class WakingThread {
   public:
     /// `work` throws nothing.
@@ -23,11 +23,11 @@ class WakingThread {
     WakingThread(const WakingThread&) = delete;
     WakingThread& operator=(const WakingThread&) = delete;
 
-    /// Has the work done once more. One thread calls it, which may be the audio side: sem_post
-    /// costs an atomic addition and, where the thread sleeps, the system's call that wakes it. It
-    /// never waits.
+    /// Requests one more run of the work. Only one thread calls it, possibly the audio side:
+    /// sem_post costs an atomic addition and, if the thread sleeps, the system call that wakes it.
+    /// It never blocks.
     VEXA_REALTIME void Wake() noexcept;
-    /// Waits until that is done: for an audio side that nobody listens to.
+    /// Waits until the requested work is done. It is for an audio side that renders offline.
     VEXA_REALTIME void Await() const noexcept;
 
   private:

@@ -27,7 +27,7 @@ kits::Result<bool> Arrangement::Render(std::vector<float>& frames) {
         if (!part.IsDone())
             common = std::min(common, part.Ready());
     }
-    // What is added to -0 stays as it is, zeros' signs among it.
+    // Negative zero is the neutral element of addition: adding to it keeps the sign of a zero.
     frames.assign(std::min(common, most) * channels, -0.0F);
     for (Part& part : parts)
         part.MixInto(frames, channels);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The instruments that play a file together.
+// An arrangement is the set of instruments that play a file together.
 #pragma once
 
 #include "kits/support/Result.h"
@@ -12,28 +12,29 @@
 
 namespace vexa {
 
-/// An arrangement is the sum of its parts: each frame of the mix is that frame of each, added in
-/// their order in single precision, whatever the rates that they are computed at. It is as long as
-/// the longest, which has one frame more than others at most. One thread.
+/// An arrangement mixes its parts: each frame of the mix is the sum of the parts' frames at that
+/// position, added in the order of the parts in single precision, independently of their
+/// oversampling. The mix is as long as the longest part; the parts' lengths differ by one frame at
+/// most. One thread.
 class Arrangement {
   public:
-    /// Takes one part at least, all of them set up. Those without a note are left out, unless none
-    /// has any.
+    /// Takes at least one part; all of them are set up. Parts without a note are left out, unless
+    /// no part has a note.
     explicit Arrangement(std::list<Part> all);
 
-    /// Returns 2 where one of the parts has two ears, else 1.
+    /// Returns 2 if any of the parts has two ears, else 1.
     std::size_t Channels() const { return channels; }
     double Seconds() const;
     double SecondsDone() const { return parts.front().SecondsDone(); }
-    /// Renders a block of each part and puts the frames that all of them have ready, which may be
-    /// none, in the place of what `frames` holds, the channels by turns. The value is whether there
-    /// is more to come; the error a part's.
+    /// Renders a block of each part and replaces the content of `frames` by the interleaved frames
+    /// that all parts have ready, possibly none. The value is true if more frames will follow; an
+    /// error is that of a part.
     kits::Result<bool> Render(std::vector<float>& frames);
 
-    /// True where a function has had values beyond what counts (kMostHeard).
+    /// Returns true if a function has given a value beyond the bound that is heard (kMostHeard).
     bool HasBounded();
-    /// Puts what was played into a summary. The voices of all parts are added up, as if each had
-    /// most of its own at the same time.
+    /// Writes the statistics of the render into `summary`. The parts' peak numbers of voices are
+    /// added up, as if all parts had reached them at the same time.
     void Summarize(RenderSummary& summary);
 
   private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The program changes of a MIDI file choose sounds by this.
+// Loads the sounds that the program changes of a MIDI file choose.
 #pragma once
 
 #include "instrument/Instrument.h"
@@ -18,21 +18,22 @@ namespace vexa {
 /// Reads the sounds that a file's program changes choose, and loads each when its event comes.
 class FilePrograms : public kits::EventWatcher {
   public:
-    /// Loads into `instrument`, whose consumer says which channels are listened to. It outlives
-    /// this.
+    /// Sounds are loaded into `instrument`, whose consumer decides which channels are heard. It
+    /// outlives this object.
     FilePrograms(Instrument& instrument, const kits::ProgramFolders& folders)
         : instrument(instrument), folders(folders) {}
 
-    /// Reads all sounds that the file chooses. Answers what is wrong with them, each told once, and
-    /// of those that there are not the first: where one cannot be had whole, the sound before plays
-    /// on.
+    /// Reads all sounds that the file chooses. Returns one sentence for each fault, and for program
+    /// numbers without a sound only one, about the first. A program whose sound cannot be read is
+    /// ignored: the previous sound plays on.
     std::vector<std::string> Read(const MidiFile& file);
-    /// The sounds with which the file that was read strikes notes, the present one among them.
+    /// Returns the sounds that play a note in the file, which may include the sound that was loaded
+    /// before.
     const std::set<const Sound*>& Struck() const { return struck; }
 
     /// Loads the sound that the event chooses, if any.
     void Came(const kits::MidiEvent& event) override;
-    /// Returns what the compiler has refused; empty if nothing.
+    /// Returns the first error of the compiler; empty if there is none.
     const std::string& Fault() const { return fault; }
 
   private:
@@ -42,7 +43,7 @@ class FilePrograms : public kits::EventWatcher {
     Instrument& instrument;
     const kits::ProgramFolders& folders;
     ProgramSelector selector{instrument.Playing().consumer, BMessenger(), 0};
-    /// The sounds by their programs; without a value where one cannot be had.
+    /// The sounds by program number; no value if the sound cannot be read.
     std::map<int32, std::optional<Sound>> sounds;
     std::set<const Sound*> struck;
     std::string fault;

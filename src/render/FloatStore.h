@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A store holds samples that are too many for memory, until all of them are known.
+// A store on disk for samples that are too many for memory and are needed once all are known.
 #pragma once
 
 #include "kits/storage/FileReplacement.h"
@@ -9,7 +9,8 @@
 
 namespace vexa {
 
-/// A temporary file of floats beside another file; gone when it is destroyed. One thread.
+/// A temporary file of floats in the same folder as another file. The destructor removes it. One
+/// thread.
 class FloatStore {
   public:
     using Sink = std::function<kits::Result<void>(std::span<const float>)>;
@@ -18,7 +19,7 @@ class FloatStore {
 
     kits::Result<void> Append(std::span<const float> samples);
 
-    /// Hands all samples on, in pieces and in order; stops at the sink's first error.
+    /// Passes all samples to the sink, in pieces and in order; stops at the sink's first error.
     kits::Result<void> Replay(const Sink& sink) const;
 
   private:

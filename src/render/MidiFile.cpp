@@ -24,10 +24,10 @@ enum : uint8 {
 };
 enum : uint8 { kEndOfTrack = 0x2F, kSetTempo = 0x51 };
 
-/// An event at a tick, before the tempo map has told its time.
+/// An event at a tick, before the tempo map gives its time.
 struct ChannelEvent {
     uint64 tick;
-    /// Where in the file the event begins.
+    /// The offset in the file at which the event begins.
     uint32 position;
     MidiEvent::Kind kind;
     uint8 channel, number, value;
@@ -40,23 +40,23 @@ struct TempoChange {
     uint32 tempo;
 };
 
-/// Into order; events of one moment stay in the order of their tracks.
+/// Sorts by tick; events at the same tick stay in the order of their tracks.
 template<class Event>
 void SortByTick(std::vector<Event>& events) {
     std::stable_sort(events.begin(), events.end(),
                      [](const Event& a, const Event& b) { return a.tick < b.tick; });
 }
 
-/// Ticks become time by this: a tick lasts `tempo` units, a second has `unitsPerSecond`. Both are
-/// integers for every division, so times add up without rounding.
+/// The unit of time into which ticks are converted: a tick lasts `tempo` units, a second has
+/// `unitsPerSecond`. Both are integers for every division, so times add up without rounding.
 struct TimeBase {
     uint32 tempo = kDefaultTempo;
     uint64 unitsPerSecond = 0;
     bool followsTempo = true;
 };
 
-/// Reads a file front to back. The first fault stays, and after it there is nothing left to read:
-/// reads give 0 and every loop over the rest ends.
+/// Reads a file front to back. It keeps the first fault; after it nothing is left to read: reads
+/// return 0 and every loop over the remaining bytes ends.
 class Parser {
   public:
     explicit Parser(std::span<const uint8> bytes) : bytes(bytes), end(bytes.size()) {}
@@ -100,7 +100,7 @@ class Parser {
 
     std::span<const uint8> bytes;
     std::size_t position = 0;
-    /// The end of the part being read: a track, or the whole file.
+    /// The end of the part that is read at present: a track, or the whole file.
     std::size_t end;
     const char* part = "file";
     std::optional<std::string> fault;
@@ -111,10 +111,10 @@ class Parser {
     TimeBase base;
     std::vector<ChannelEvent> events;
     std::vector<TempoChange> tempos;
-    /// Where the longest track ends.
+    /// The tick at which the longest track ends.
     uint64 lastTick = 0;
     uint32 lastPosition = 0;
-    /// How far the events have been placed, in ticks and in the units of the base.
+    /// The position up to which events have their times, in ticks and in units of the time base.
     uint64 tick = 0, units = 0;
     std::size_t tracksWithoutEnd = 0;
     std::size_t tracksWithRest = 0;
@@ -175,7 +175,7 @@ kits::Result<MidiFile> Parser::Parse(std::string_view name) {
     return std::move(file);
 }
 
-/// Moves into the data chunk of a RIFF wrapper, where there is one.
+/// Moves into the data chunk of a RIFF wrapper, if there is one.
 void Parser::Unwrap() {
     if (bytes.empty())
         return Fail("the file is empty", 0);
@@ -198,7 +198,7 @@ void Parser::Unwrap() {
             end = position + length;
             return;
         }
-        // Chunks begin at even places.
+        // Chunks begin at even offsets.
         position += std::min<std::size_t>(length + length % 2, Left());
     }
     Fail("the RIFF wrapper holds no MIDI data", position);
@@ -223,7 +223,8 @@ void Parser::ParseHeader() {
     if (type > 2)
         return Fail("a MIDI file of the unknown type " + std::to_string(type), start + 8);
 
-    // Above 32767 the division is minus the frames per second, and the ticks in a frame.
+    // A division above 32767 holds the negated frames per second in its high byte and the ticks per
+    // frame in the low one.
     const uint32 frames = division > 0x7FFF ? 256 - (division >> 8) : 0;
     const uint32 ticks = frames > 0 ? division & 0xFF : division;
     if (ticks == 0)
@@ -283,8 +284,8 @@ void Parser::ParseTracks() {
 
 void Parser::ParseTrack() {
     uint64 tick = 0;
-    // System exclusive and meta events cancel the running status; files that go on with it all the
-    // same mean the one before, so it stays.
+    // System exclusive and meta events cancel the running status. Files that use it after them
+    // nevertheless mean the status before, so it is kept.
     uint8 running = 0;
     bool ended = false;
     while (Left() > 0 && !ended) {
@@ -345,7 +346,7 @@ void Parser::ParseChannelEvent(uint8 status, uint64 tick, std::size_t start) {
     file.notes += e.hook == MidiEvent::Kind::NoteOn;
 }
 
-/// Lets time go by up to a tick, for what stands at that place of the file.
+/// Advances the time to a tick; a fault is reported at the given offset of the file.
 void Parser::PassTo(uint64 next, uint32 where) {
     const uint64 ticks = next - tick;
     if (base.tempo > 0 && ticks > (base.unitsPerSecond * kMaxMidiSeconds - units) / base.tempo)
@@ -355,7 +356,7 @@ void Parser::PassTo(uint64 next, uint32 where) {
     file.duration = static_cast<double>(units) / static_cast<double>(base.unitsPerSecond);
 }
 
-/// Brings the events of all tracks into order and gives each its time.
+/// Sorts the events of all tracks and gives each its time.
 void Parser::PlaceInTime() {
     SortByTick(events);
     SortByTick(tempos);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This reads Standard MIDI Files: their notes and controllers, each with its moment.
+// Reads Standard MIDI Files: their notes and controllers, each with its time.
 #pragma once
 
 #include "kits/midi/MidiEvent.h"
@@ -16,7 +16,7 @@
 
 namespace vexa {
 
-/// One event that a synthesizer acts on, as consumers have it.
+/// One event that a synthesizer handles, in the form that consumers take.
 struct MidiEvent {
     using Kind = kits::MidiEvent::Hook;
 
@@ -24,10 +24,10 @@ struct MidiEvent {
     /// accumulates.
     double seconds;
     Kind kind;
-    /// These are as in kits::MidiEvent; `number` and `value` are its data.
+    /// As in kits::MidiEvent; `number` and `value` are its data.
     uint8 channel, number, value;
 
-    /// Returns the MIDI channel that the event came on, 0..15.
+    /// Returns the MIDI channel on which the event came, 0..15.
     uint8 From() const { return kind == Kind::AllNotesOff ? number : channel; }
     /// Returns the event for the consumer, without its time.
     kits::MidiEvent ForConsumer() const { return {0, kind, channel, number, value}; }
@@ -35,17 +35,17 @@ struct MidiEvent {
 };
 
 struct MidiFile {
-    /// The events by time; those of the same moment are in the order of their tracks.
+    /// The events by time; events at the same time are in the order of their tracks.
     std::vector<MidiEvent> events;
-    /// The seconds from the start to the last event of any kind, the tracks' ends included.
+    /// The seconds from the start to the last event of any kind, including the ends of the tracks.
     double duration = 0;
-    /// How many of the events are note-ons.
+    /// The number of note-on events.
     std::size_t notes = 0;
-    /// Sentences for a person on what is wrong with the file although it can be played.
+    /// Sentences for the user about faults of the file that do not prevent playing.
     std::vector<std::string> warnings;
 
-    /// Returns what of the file is on a channel that `isThere` is true of (0..15), for as long as
-    /// the file lasts; without the warnings, which are the whole file's.
+    /// Returns the events of the channels (0..15) for which `isThere` returns true, with the
+    /// duration of the whole file and without the warnings, which concern the whole file.
     template<class Choice>
     MidiFile Part(Choice isThere) const {
         MidiFile part{{}, duration, 0, {}};
@@ -57,20 +57,20 @@ struct MidiFile {
     }
 };
 
-/// A file above this many bytes is refused: it is no music, and it would need some fifteen times
-/// its size in memory.
+/// A larger file, in bytes, is refused: it is not music, and it would take about fifteen times its
+/// size in memory.
 constexpr std::size_t kMaxMidiFileSize = 64U << 20;
 
 /// A file that lasts longer, in seconds, is refused.
 constexpr int kMaxMidiSeconds = 24 * 60 * 60;
 
 /// Reads types 0 and 1 and the first track of type 2, plain or in a RIFF wrapper (RMID). Slight
-/// faults that other programs leave are read over with a warning; an error names the file, the
-/// fault and the byte where it lies. Memory is bounded by the size of the file, whatever its length
-/// fields say. Any thread but the media thread.
+/// faults, as other programs write them, are skipped with a warning. An error names the file, the
+/// fault and its byte offset. Memory use is bounded by the size of the file, whatever its length
+/// fields claim. Any thread but the media thread.
 kits::Result<MidiFile> ReadMidiFile(const std::filesystem::path& path);
 
-/// Reads the content of a file in the same way; messages call it `name`.
+/// Reads the content of a file in the same way; messages refer to it as `name`.
 kits::Result<MidiFile> ReadMidiFile(std::span<const uint8> bytes, std::string_view name);
 
 } // namespace vexa

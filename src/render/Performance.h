@@ -10,29 +10,29 @@
 
 namespace vexa {
 
-/// Plays the events of a file, each at the sample nearest to its moment, and renders what is heard.
-/// What it renders does not depend on how many samples it is asked for at a time.
+/// Plays the events of a file, each at the sample nearest to its time, and renders the result. The
+/// output does not depend on the number of samples rendered per call.
 class Performance {
   public:
-    /// Makes a performance at `rate` samples per second, of which one in `oversampling` will be
-    /// heard; it goes on for `tail` seconds after the file's end. Both records must outlive it.
+    /// Plays at `rate` samples per second, `oversampling` times the rate of the output, until
+    /// `tail` seconds after the file's end. `instrument` and `file` outlive it.
     Performance(Engine& instrument, const MidiFile& file, double rate, double tail,
                 int oversampling = 1);
 
-    /// Tells the watcher, which outlives the performance, from now on of each event at its sample,
-    /// before it is played.
+    /// From now on calls the watcher with each event, at its sample and before it is played. The
+    /// watcher outlives the performance.
     void Watch(kits::EventWatcher* next) { watcher = next; }
 
-    /// Returns the samples from the beginning to the end of the tail.
+    /// Returns the number of samples from the start to the end of the tail.
     int64 Length() const { return length; }
-    /// Returns how many samples have been rendered so far.
+    /// Returns the number of samples rendered so far.
     int64 Position() const { return position; }
 
-    /// Renders the next `count` samples, or as many as are left; returns how many. Where `right` is
-    /// null there is one ear only.
+    /// Renders the next `count` samples, or as many as are left, and returns their number. If
+    /// `right` is null only one ear is rendered.
     std::size_t Render(float* left, float* right, std::size_t count);
 
-    /// The most voices that have sounded at once so far.
+    /// Returns the greatest number of voices that have sounded at once so far.
     int32 MostVoices() const { return mostVoices; }
 
   private:

@@ -16,10 +16,10 @@ namespace vexa {
 namespace {
 
 constexpr std::chrono::milliseconds kRedrawInterval{100};
-constexpr std::size_t kUsualWidth = 80; // of a terminal that does not tell
-constexpr std::size_t kShortestBar = 4; // below it the text stands alone
+constexpr std::size_t kUsualWidth = 80; // columns of a terminal that does not report its width
+constexpr std::size_t kShortestBar = 4; // if the bar would be shorter, only the text is shown
 
-/// `value` with `digits` behind the point, whatever the locale.
+/// Returns `value` with `digits` digits after the decimal point, independently of the locale.
 std::string Fixed(double value, int digits) {
     char text[400]; // the largest double has 309 digits before the point
     const auto [end, fault] =
@@ -27,7 +27,7 @@ std::string Fixed(double value, int digits) {
     return fault == std::errc() ? std::string(std::begin(text), end) : "?";
 }
 
-/// Seconds as minutes and seconds, "1:05".
+/// Returns seconds as minutes and seconds, "1:05".
 std::string Clockwise(double seconds) {
     const auto whole = static_cast<long long>(std::max(seconds, 0.0));
     const std::string rest = std::to_string(whole % 60);
@@ -67,19 +67,20 @@ void Progress::Update(double done, Clock::time_point now) {
                       TerminalWidth(descriptor) - 1));
 }
 
-/// Replaces the line by overwriting it, which every terminal understands.
+/// Replaces the line by overwriting it, which works on every terminal.
 void Progress::Draw(const std::string& line) {
     std::string text = '\r' + line;
     if (line.size() < drawn)
         text += std::string(drawn - line.size(), ' ');
     if (line.empty())
         text += '\r';
-    // A terminal that has been stopped (Ctrl-S) is not waited for: a signal must end the render.
+    // Does not wait for a terminal that has been stopped (Ctrl-S): a signal must be able to end the
+    // render.
     pollfd terminal{descriptor, POLLOUT, 0};
     if (::poll(&terminal, 1, 0) == 0)
         return;
     drawn = line.size();
-    // A terminal that takes nothing costs the line, not the render.
+    // If the terminal takes no output the line is lost; the render goes on.
     if (::write(descriptor, text.data(), text.size()) < 0)
         descriptor = -1;
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This is what vexa-render says while it works and when it is done.
+// The messages of vexa-render while it works and when it is done.
 #pragma once
 
 #include <chrono>
@@ -14,15 +14,16 @@ class Progress {
   public:
     using Clock = std::chrono::steady_clock;
 
-    /// `descriptor` is where to draw, and stays the caller's; `seconds` is the length of the whole.
+    /// Draws on `descriptor`, which the caller keeps and closes; `seconds` is the length of the
+    /// whole render.
     Progress(int descriptor, double seconds, Clock::time_point start = Clock::now());
     /// Erases the line.
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    /// `done` seconds are rendered. Cheap enough to call for every block: it draws ten times a
-    /// second at most.
+    /// Shows that `done` seconds are rendered. It may be called for every block: it draws at most
+    /// ten times a second.
     void Update(double done, Clock::time_point now = Clock::now());
 
   private:
@@ -32,15 +33,15 @@ class Progress {
     double seconds;
     Clock::time_point start;
     Clock::time_point next;
-    /// Columns of the line that stands there.
+    /// The number of columns of the line that is shown.
     std::size_t drawn = 0;
 };
 
-/// The progress line in at most `width` columns, its bar as long as they allow: `done` of `seconds`
-/// are rendered, `speed` times as fast as they play.
+/// Returns the progress line, at most `width` columns wide, with the longest bar that fits: `done`
+/// of `seconds` are rendered, `speed` times as fast as real time.
 std::string ProgressLine(double done, double seconds, double speed, std::size_t width);
 
-/// The figures that a render came to.
+/// The statistics of a render.
 struct RenderSummary {
     double seconds = 0;
     /// Largest absolute value of a sample; 1 is full scale.

@@ -26,8 +26,8 @@ using kits::Result;
 
 constexpr int kFailed = 1;
 
-/// The greatest magnitude, of `least` and the samples, none of which is NaN. Magnitudes are in the
-/// order of their bits, which compilers compare in vectors.
+/// Returns the greatest magnitude among `least` and the samples, none of which is NaN. Magnitudes
+/// compare like their bit patterns as integers, and compilers vectorize integer comparisons.
 float Peak(float least, std::span<const float> samples) {
     auto most = std::bit_cast<int32>(least);
     for (const float sample : samples)
@@ -57,7 +57,7 @@ class RenderJob {
                        kits::SoundFileFormat format);
     Result<double> RenderInto(Arrangement& arrangement, const FloatStore::Sink& sink);
 
-    /// The reason for ending with an exit code that is not that of a failure.
+    /// Returns the error of a run that ends with an exit code other than that of a failure.
     Error EndWith(int exitCode, std::string text) {
         outcome.exitCode = exitCode;
         return {std::move(text)};
@@ -85,7 +85,8 @@ Result<void> RenderJob::Render() {
     if (!midi)
         return midi.Fault();
     Warn(std::move(midi->warnings));
-    // Not before: a read of a pipe that never ends must end with the program.
+    // Signals are caught only from here on: before, a signal ends the program even if it reads a
+    // pipe that never ends.
     interrupt.emplace();
     outcome.summary.notes = midi->notes;
     Result<Arrangement> arrangement = Arrange(std::move(*midi));
@@ -119,7 +120,7 @@ Result<Sound> RenderJob::SoundOf(const std::filesystem::path& path) {
     return sound;
 }
 
-/// The sound document that the options name, with the function that they put in its place.
+/// Returns the sound that the options name, with the function that they replace.
 Result<Sound> RenderJob::MainSound() {
     const Result<std::filesystem::path> path = options.sound
                                                    ? folders.FindDocument("sounds", *options.sound)
@@ -156,7 +157,8 @@ Result<Sound> RenderJob::MainSound() {
     return sound;
 }
 
-/// A part for the channels with the main sound, and one for each of the others, in their order.
+/// Makes a part for the channels with the main sound and one for each of the other channels, in
+/// their order.
 Result<Arrangement> RenderJob::Arrange(MidiFile midi) {
     std::list<Part> parts;
     const auto add = [&](const Result<Sound>& sound, MidiFile events) -> Result<void> {
@@ -196,7 +198,7 @@ Result<Arrangement> RenderJob::Arrange(MidiFile midi) {
     return Arrangement(std::move(parts));
 }
 
-/// Renders the whole, and scales it where that is asked for.
+/// Renders everything and writes it, scaled if the options say so.
 Result<void> RenderJob::Write(Arrangement& arrangement, kits::SoundFileWriter& writer,
                               kits::SoundFileFormat format) {
     const auto write = [&](std::span<const float> samples) {
@@ -215,7 +217,7 @@ Result<void> RenderJob::Write(Arrangement& arrangement, kits::SoundFileWriter& w
         return {};
     }
 
-    // The scale is known when all is rendered.
+    // The scale is only known after everything is rendered.
     Result<FloatStore> store = FloatStore::Create(options.output);
     if (!store)
         return store.Fault();
@@ -223,7 +225,7 @@ Result<void> RenderJob::Write(Arrangement& arrangement, kits::SoundFileWriter& w
         RenderInto(arrangement, [&store](std::span<const float> s) { return store->Append(s); });
     if (!rendered)
         return rendered.Fault();
-    // Silence stays silence.
+    // Silence is not scaled.
     peak = *rendered > 0 ? 1 : 0;
     const auto scale = static_cast<float>(*rendered > 0 ? 1 / *rendered : 1);
     std::vector<float> scaled;
@@ -237,7 +239,7 @@ Result<void> RenderJob::Write(Arrangement& arrangement, kits::SoundFileWriter& w
     });
 }
 
-/// Renders the whole into the sink, the channels by turns; returns the peak.
+/// Renders everything into the sink, with interleaved channels; returns the peak.
 Result<double> RenderJob::RenderInto(Arrangement& arrangement, const FloatStore::Sink& sink) {
     Progress progress(options.quiet ? -1 : STDERR_FILENO, arrangement.Seconds());
     std::vector<float> frames;

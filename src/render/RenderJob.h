@@ -12,21 +12,21 @@
 
 namespace vexa {
 
-/// The outcome tells how a run ended.
+/// The outcome of a run.
 struct RenderOutcome {
-    /// The exit code: 0, 1 for a failure, 2 for options that do not fit the sound, 128 and more for
-    /// a signal.
+    /// The exit code: 0 for success, 1 for a failure, 2 for options that do not fit the sound, 128
+    /// plus its number for a signal.
     int exitCode = 0;
-    /// The reason, if it failed.
+    /// The reason of a failure.
     std::string fault;
     RenderSummary summary;
-    /// Sentences on what is not as it should be although the file was written.
+    /// Sentences about problems that did not prevent the file from being written.
     std::vector<std::string> warnings;
 };
 
-/// Does what the options ask for with what `folders` have. On any failure, and on SIGINT, SIGTERM
-/// or SIGHUP, the output is as it was and nothing is left beside it. One thread, which does the
-/// work of the window, the MIDI and the media thread.
+/// Renders as the options say, with the content of `folders`. After any failure, and on SIGINT,
+/// SIGTERM or SIGHUP, the output file is unchanged and no temporary file is left beside it. The
+/// calling thread acts as the window, the MIDI and the media thread.
 RenderOutcome RunRender(const Options& options, const kits::ProgramFolders& folders);
 
 } // namespace vexa

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The main view of an instrument that plays in a plug-in, both in one process.
+// Catches faults between the main view and an instrument that plays in a plug-in; both run in one
+// process.
 #include "app/Attachment.h"
 
 #include "app/MainViewStage.h"
@@ -19,7 +20,7 @@ class AttachedView : public test::MainViewTest {
   protected:
     ~AttachedView() override { delete std::exchange(window, nullptr); }
 
-    /// Lets both sides go on for a while that is longer than what either waits for.
+    /// Lets both sides run for longer than either of them waits.
     void GoOn() {
         for (int i = 0; i < 30; i++) {
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
@@ -53,7 +54,7 @@ TEST_F(AttachedView, ShowsWhatPlaysSendsWhatIsDoneAndNothingElse) {
     EXPECT_FALSE(instrument.TakeEdited()) << "what was shown came back";
     EXPECT_EQ(Playing(), sound);
 
-    // What is typed is sent when it is confirmed, and never what is wrong.
+    // A typed text is sent when it is confirmed, and never if it is invalid.
     Field("Fxy").Type("x-y");
     GoOn();
     EXPECT_FALSE(instrument.TakeEdited());
@@ -67,7 +68,7 @@ TEST_F(AttachedView, ShowsWhatPlaysSendsWhatIsDoneAndNothingElse) {
     EXPECT_EQ(Playing().function.expression, "x-y");
     EXPECT_EQ(Playing().function.width, "9");
 
-    // What is undone here is undone there.
+    // An edit that is undone here is undone in the plug-in.
     view->Undo();
     GoOn();
     EXPECT_EQ(Playing().function.width, "7");
@@ -76,7 +77,7 @@ TEST_F(AttachedView, ShowsWhatPlaysSendsWhatIsDoneAndNothingElse) {
     EXPECT_EQ(Playing().function.expression, "x*y+a");
     EXPECT_EQ(alerts.texts.size(), 1U);
 
-    // A macro that a host moves is shown, and does not become the sound's.
+    // A macro moved by a host is shown, and does not become part of the sound.
     ControlValues knobs;
     knobs.fill(-100);
     knobs[kFirstMacroControl] = 0.25F;
@@ -89,7 +90,7 @@ TEST_F(AttachedView, ShowsWhatPlaysSendsWhatIsDoneAndNothingElse) {
     EXPECT_FALSE(instrument.TakeEdited());
     EXPECT_EQ(Playing().function.macros[0].value, "0.75");
 
-    // What the strip edits is played there, and its piano plays there.
+    // Edits in the strip and notes of its piano are played by the plug-in.
     Enter("volume, decibels", "-3");
     GoOn();
     ASSERT_TRUE(Playing().playing);

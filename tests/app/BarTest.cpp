@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What stands in the logo bar, and what of the window is remembered.
+// Catches faults in the logo bar's content, and in the window's remembered settings.
 #include "app/MainViewStage.h"
 #include "app/bar/BarView.h"
 #include "app/bar/LevelMeter.h"
@@ -26,7 +26,7 @@ namespace fs = std::filesystem;
 class BarTest : public test::MainViewTest {
   protected:
     vexa::BarView& Bar() { return window->Bar(); }
-    /// As ten pulses a second do it.
+    /// Sends pulses as the window does ten times a second.
     void Pulse(int times = 1) {
         for (int i = 0; i < times; i++) {
             BMessage pulse(B_PULSE);
@@ -34,7 +34,7 @@ class BarTest : public test::MainViewTest {
         }
         test::Settle();
     }
-    /// The item of the device's menu, as it is when a person opens that.
+    /// Returns the item of the device menu as it is when the user opens the menu.
     BMenuItem& Device(const char* label) {
         auto* button = window->FindView("audio device")->Widget().findChild<QToolButton*>();
         emit button->menu()->aboutToShow();
@@ -77,7 +77,7 @@ TEST_F(BarTest, TheMeterShowsTheLevelAndItsLightStaysOnUntilItIsPutOut) {
         test::TypeKey(*window, key);
         EXPECT_EQ(says(), "");
     }
-    // Where there is no bar nothing is kept for it.
+    // Without a bar nothing is recorded for it.
     const int32 listeners = tap.Listeners();
     window->SetClassic(true);
     Pulse();
@@ -105,7 +105,7 @@ TEST_F(BarTest, TellsWhyThereIsNoRecording) {
     EXPECT_THAT(alerts.texts, ElementsAre("The recording cannot begin."));
     EXPECT_THAT(alerts.details, HasSubstr("recordings"));
 
-    // The window ends it when it closes.
+    // The window ends the recording when it closes.
     fs::remove(In("recordings"));
     PressButton("Record");
     EXPECT_TRUE(Bar().IsRecording());
@@ -180,23 +180,23 @@ TEST_F(BarTest, TheWindowComesUpAsItWasLeft) {
     EXPECT_EQ(window->Frame(), left);
     EXPECT_EQ(view->Overlay().Curve(), Brightness::SquareRoot);
     EXPECT_TRUE(view->Overlay().IsRelief());
-    // A classic one has its own, and leaves that alone.
+    // A classic window has a fixed size of its own, and leaves the stored one unchanged.
     window->SetClassic(true);
     Pulse();
     EXPECT_EQ(settings->Get(vexa::kWindowHeightSetting), 580);
-    // The screen is not there any more, or smaller.
+    // The screen no longer exists, or is smaller.
     settings->Set(vexa::kWindowLeftSetting, 30000);
     settings->Set(vexa::kWindowTopSetting, -500);
     settings->Set(vexa::kWindowWidthSetting, 30000);
     Reopen();
-    // But for the edges that this platform says a window has once it is shown.
+    // Except for the frame that the platform adds once the window is shown.
     const BRect room = window->Room().InsetByCopy(-4, -4);
     EXPECT_TRUE(room.Contains(window->Frame().LeftTop()));
     EXPECT_LE(window->Frame().right, room.right);
     EXPECT_LE(window->Frame().bottom, room.bottom);
 }
 
-/// A person may have edited the file of settings. No key would sound at such a frequency.
+/// The user may have edited the settings file. At such a frequency no key would sound.
 TEST_F(BarTest, AFrequencyThatCannotBePlayedIsNotRemembered) {
     settings->Set(vexa::kA4Setting, 442.0);
     Open(false);

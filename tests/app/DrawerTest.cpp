@@ -20,7 +20,7 @@ using testing::HasSubstr;
 
 class DrawerTest : public test::MainViewTest {
   protected:
-    /// With the sounds of the program folder, and one that is broken.
+    /// Opens with the sounds of the program folder and a damaged one.
     void OpenDrawer() {
         std::ofstream(In("sounds/broken.xml")) << "<vexasound><envelope></vexasound>";
         Open();
@@ -66,13 +66,13 @@ TEST_F(DrawerTest, FindsShowsAndLoadsSounds) {
     Settle();
     EXPECT_EQ(view->SoundName(), "glass-rings");
     EXPECT_EQ(list.LoadedRow(), 0U);
-    // By a click, on the second row in sight.
+    // Selects by a click on the second visible row.
     LookFor("");
     list.MoveCursor(0);
     test::Click(list, {100, 80});
     Settle();
     EXPECT_EQ(view->SoundName(), Listed()[1]);
-    // Keys are notes after a click, and look for a sound where keys have led there.
+    // After a click keys play notes; after keys have moved the focus there they search for a sound.
     test::Type(*window, "q");
     EXPECT_STREQ(drawer->SearchField().Text(), "");
     drawer->Categories().MakeFocus();
@@ -81,7 +81,7 @@ TEST_F(DrawerTest, FindsShowsAndLoadsSounds) {
     Settle();
     EXPECT_STREQ(drawer->SearchField().Text(), "g");
     LookFor("");
-    // What the pointer rests on is told, also where other rows have come.
+    // The name under the pointer is shown, also after other rows have moved there.
     const BPoint second = {100, 80};
     list.MouseMoved(second, B_INSIDE_VIEW, nullptr);
     EXPECT_STRNE(list.ToolTip(), "");
@@ -89,7 +89,7 @@ TEST_F(DrawerTest, FindsShowsAndLoadsSounds) {
     list.MouseMoved(second, B_INSIDE_VIEW, nullptr);
     EXPECT_STREQ(list.ToolTip(), "") << "there is no second row";
     LookFor("");
-    // One kind; favourites, of which there is none before a star is pressed.
+    // One category; then favourites, of which there are none before a star is pressed.
     for (std::size_t i = 0; i < drawer->Categories().CountParts(); i++) {
         const std::string word = drawer->Categories().DescribePart(i).name;
         drawer->Categories().Choose(i);
@@ -117,7 +117,7 @@ TEST_F(DrawerTest, AWordWithoutRoomDoesNotRunOverThePicture) {
     OpenDrawer();
     LookFor("mmm");
     ASSERT_THAT(Listed(), ElementsAre("wordy"));
-    // Left of the picture there is nothing.
+    // The area left of the picture is empty.
     const QImage shown = drawer->List().Widget().grab().toImage();
     for (int y = 0; y < 50; y++) {
         for (int x = 0; x < 8; x++)
@@ -141,14 +141,14 @@ TEST_F(DrawerTest, PreviousAndNextGoThroughWhatIsListedAndPassBrokenOnesOver) {
     window->ShowPart(vexa::VexaWindow::Part::Drawer, false);
     test::TypeKey(*window, Qt::Key_PageUp);
     EXPECT_EQ(view->SoundName(), Listed()[broken - 1]);
-    // Beyond the end it goes on at the beginning.
+    // Beyond the end the search continues at the beginning.
     LookFor("glass");
     const std::vector<std::string> names = Listed();
     for (std::size_t i = 0; i <= names.size(); i++) {
         PressButton("next sound (Page Down)");
         EXPECT_EQ(view->SoundName(), names[i % names.size()]);
     }
-    // A sound that is saved comes up, one that is deleted goes.
+    // A sound that is saved appears, and one that is deleted disappears.
     LookFor("");
     view->SaveSound("zz.xml");
     WaitFor([this] { return RowOf("zz") < Listed().size(); });

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the system refuses to the program, one thing after the other. At its start: it plays all the
-// same, or ends with a message and code 1. Later: each thing that a user does is done, or an alert
-// says that it is not, and then all is as before.
+// Denies one system resource after the other. At its start the program must play all the same, or
+// end with a message and code 1. Later each action of the user must succeed, or an alert must
+// report its failure and leave everything unchanged.
 #include "app/MainViewStage.h"
 #include "support/Limits.h"
 
@@ -20,7 +20,7 @@ const std::string kProgram = VEXA_PROGRAM_FOLDER "/vexa";
 
 const std::vector<std::string> kPlaying = {kProgram, "--no-window", "--audio", "none"};
 
-/// Starts the program at each step of a limit; how often it played.
+/// Starts the program at each step of a limit; returns how often it played.
 int Walk(const char* option, int from, int to, int step) {
     int played = 0;
     for (int limit = from; limit <= to; limit += step) {
@@ -42,8 +42,8 @@ struct Usage {
     int descriptors = 0, kilobytes = 0;
 };
 
-/// What the program has when it has played for a moment without a limit. Not at the most: there the
-/// space counts that it takes for a try.
+/// Returns the resources of the program after it has played without a limit for a moment. The peak
+/// would also count address space that it only uses for an attempt.
 Usage WhatPlayingTakes() {
     Usage taken;
     test::RunCommand(kPlaying, [&taken](pid_t child) {
@@ -58,7 +58,8 @@ Usage WhatPlayingTakes() {
     return taken;
 }
 
-/// The number before `what` in the message with which the program refuses to play with a limit.
+/// Returns the number before `what` in the message with which the program refuses to play under a
+/// limit.
 int AskedFor(const std::string& limit, const std::string& what) {
     const std::string text = test::RunLimited(limit, kPlaying).text;
     const std::size_t end = text.find(what);
@@ -72,7 +73,7 @@ TEST(ProgramFaults, TooLittleAtTheStart) {
     ::setenv("JACK_DEFAULT_SERVER", "vexa-test-none", 1);
     const Usage taken = WhatPlayingTakes();
     ASSERT_GT(taken.descriptors, 0);
-    // The loader has a library open beside the three standard streams.
+    // Besides the three standard streams the loader has a library open.
     constexpr int kLoading = 4;
     const int few = std::max(taken.descriptors, kLoading);
     const int files = AskedFor("-n " + std::to_string(few), " descriptors more");
@@ -90,12 +91,12 @@ TEST(ProgramFaults, TooLittleAtTheStart) {
 class WindowFaults : public test::MainViewTest {
   protected:
     WindowFaults() {
-        // Another user has to be able to look in.
+        // Some tests do their work as another user, who needs access.
         ::chmod(folder.Path().c_str(), 0755);
         Open(false);
     }
 
-    /// What a user does, and something that shows whether it has been done.
+    /// An action of the user, and a trace that shows whether it was done.
     struct Deed {
         const char* name;
         std::function<void()> act;
@@ -122,8 +123,8 @@ class WindowFaults : public test::MainViewTest {
     static constexpr uint32 kHalf = 127;
     using Shortage = std::function<void(const std::function<void()>&)>;
 
-    /// Does all deeds in a shortage. `expected` are the beginnings of their last alerts, empty
-    /// for what must succeed, or null where either may be.
+    /// Does all deeds in a shortage. `expected` has the beginnings of their last alerts: empty if
+    /// the deed must succeed, null if either outcome is valid.
     void Try(const Shortage& shortage, const std::vector<const char*>& expected) {
         for (std::size_t i = 0; i < deeds.size(); i++) {
             for (const char* name : {"picture.png", "sounds/mine.xml", "functions/mine.xml"})
@@ -138,7 +139,7 @@ class WindowFaults : public test::MainViewTest {
             shortage(deeds[i].act);
             test::Settle();
             const std::string alert = alerts.texts.empty() ? "" : alerts.texts.back();
-            // The function plays, whatever becomes of its add-on.
+            // The function plays even if its add-on fails.
             const bool done = alert.empty() || alert.find("/functions/recent") != alert.npos;
             EXPECT_EQ(deeds[i].trace() != before, done) << deeds[i].name << alert;
             EXPECT_EQ(Names(), names) << deeds[i].name;
@@ -149,7 +150,7 @@ class WindowFaults : public test::MainViewTest {
         }
     }
 
-    /// Every name below the program folder.
+    /// Returns the names of all files below the program folder.
     std::vector<std::string> Names() const {
         std::vector<std::string> names;
         for (const auto& entry : fs::recursive_directory_iterator(folder.Path()))
@@ -187,13 +188,13 @@ TEST_F(WindowFaults, ADiskThatIsFullOrAFolderThatTakesNothing) {
     Try([](const auto& act) { act(); }, done);
 }
 
-/// What is too large for the memory there is.
+/// A file that is too large for the available memory.
 TEST_F(WindowFaults, MemoryUsedUp) {
     if (test::kSanitized)
         GTEST_SKIP() << "a sanitizer needs more than this limit leaves";
     const auto document =
         folder.Write("huge.xml", "<vexasound>" + std::string(64 << 20, ' ') + "</vexasound>");
-    // The head of a file of 20 million frames, which no disk has to hold.
+    // The header of a file of 20 million frames, of which the disk holds only this.
     const auto sample = folder.Write("huge.wav", test::Contents(In("samples/pluck.wav")));
     const auto write = [&](long at, std::uint32_t number) {
         std::fstream file(sample, std::ios::in | std::ios::out | std::ios::binary);
@@ -208,7 +209,7 @@ TEST_F(WindowFaults, MemoryUsedUp) {
         view->LoadSound(document);
         view->LoadSample(sample.c_str());
         ExportPicture("picture.png", 8000);
-        // The little that is left is enough for this.
+        // The remaining memory is enough for this.
         Enter("Ax0", "0.25");
     });
     EXPECT_THAT(alerts.texts, ElementsAre("Could not load \n" + document.string(),

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Nothing covers or cuts anything, whatever the font.
+// Catches controls and texts that cover or cut each other, with any font.
 #include "app/MainViewStage.h"
 #include "kits/interface/backends/ViewWidget.h"
 #include "views/EnvView.h"
@@ -49,12 +49,12 @@ class LayoutTest : public test::MainViewTest, public testing::WithParamInterface
         return pieces;
     }
 
-    /// The ink of the formulas' texts.
+    /// Returns the inked area of the formulas' texts.
     std::vector<Piece> Texts() const {
         const QFontMetricsF metrics(PanelFont());
         std::vector<Piece> pieces;
         for (const auto& text : view->Formulas().Texts()) {
-            // Blanks at the ends have no ink.
+            // Leading and trailing blanks have no ink.
             const QString whole = QString::fromStdString(text.text);
             const QString blanks(whole.indexOf(QRegularExpression("\\S")), ' ');
             const QRectF ink = metrics.tightBoundingRect(whole.trimmed());
@@ -90,7 +90,7 @@ TEST_P(LayoutTest, NothingCoversAnything) {
     }
 }
 
-/// On a screen that it does not fit on.
+/// On a screen that is too small for the window.
 TEST_P(LayoutTest, ASmallWindowScrolls) {
     const BRect whole = view->Frame();
     window->ResizeTo(500, 300);
@@ -100,7 +100,7 @@ TEST_P(LayoutTest, ASmallWindowScrolls) {
     EXPECT_EQ(view->Frame().Height(), whole.Height());
     EXPECT_LT(pane->Frame().bottom, window->FindView("strip")->Frame().top);
     EXPECT_LE(pane->Frame().right, 500);
-    // What gets the focus comes into sight.
+    // A control that gets the focus scrolls into view.
     BTextControl& last = view->Field(vexa::ParameterId::C0y4);
     EXPECT_LE(last.Frame().right, view->LeastWidth());
     last.MakeFocus();
@@ -109,7 +109,7 @@ TEST_P(LayoutTest, ASmallWindowScrolls) {
     EXPECT_TRUE(pane->Widget().rect().contains(corner)) << corner.x() << ' ' << corner.y();
 }
 
-/// A bar is there only in a direction in which something is out of sight, and leaves no gap.
+/// A scroll bar appears only in a direction in which something is out of view, and leaves no gap.
 TEST_P(LayoutTest, AWindowThatIsOnlyLowScrollsInOneDirection) {
     window->ResizeTo(1250, 400);
     test::Settle();
@@ -121,7 +121,7 @@ TEST_P(LayoutTest, AWindowThatIsOnlyLowScrollsInOneDirection) {
     }
 }
 
-/// What a narrow window has no room for is not shown, rather than over something else.
+/// In a narrow window, items without room are hidden instead of covering others.
 TEST_P(LayoutTest, TheBarKeepsTheNameOfTheSound) {
     window->ShowPart(vexa::VexaWindow::Part::Drawer, false);
     const BView& bar = *window->FindView("bar");
@@ -182,7 +182,7 @@ TEST_P(LayoutTest, TheStripStandsBelowTheMainViewAndNothingTouchesInIt) {
         EXPECT_EQ(strip->Frame(), (BRect{0, 511, window->Bounds().right, height}));
         expectApart(kControls + kHands);
     }
-    // In a low window it has one row, and the main view has what that leaves.
+    // In a low window the strip has one row, and the main view has the remaining height.
     window->ResizeTo(width, 566);
     test::Settle();
     EXPECT_EQ(window->FindView("main pane")->Frame().bottom, 510);

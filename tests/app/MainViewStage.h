@@ -27,12 +27,12 @@
 
 namespace test {
 
-/// No server is found under this name. Before main, as later other threads may read the
-/// environment.
+/// No JACK server is found under this name. It is set before main, because later other threads may
+/// read the environment.
 inline const bool kWithoutServer = ::setenv("JACK_DEFAULT_SERVER", "vexa-test-none", 1) == 0 &&
                                    ::setenv("JACK_NO_START_SERVER", "1", 1) == 0;
 
-/// A file of Scala's, a scale of two tones.
+/// A Scala file with a scale of two tones.
 inline constexpr const char* kScale = "! s.scl\n!\ntwo\n 2\n!\n 700.\n 2/1\n";
 
 class MainViewTest : public testing::Test {
@@ -44,7 +44,7 @@ class MainViewTest : public testing::Test {
     }
     ~MainViewTest() override { delete window; }
 
-    /// Opens the window and lets it settle. What is alerted meanwhile is forgotten.
+    /// Opens the window and waits until it is idle. Alerts that appear meanwhile are discarded.
     void Open(bool withDefaultSound = true) {
         window = new vexa::VexaWindow({64, 100, 999, 610}, folders,
                                       {.withDefaultSound = withDefaultSound, .settings = settings});
@@ -55,7 +55,7 @@ class MainViewTest : public testing::Test {
         alerts.texts.clear();
     }
 
-    /// As a user does: replaces a field's text and presses Enter.
+    /// Replaces a field's text and presses Enter, as a user does.
     void Enter(const char* field, const char* text) {
         Field(field).Type(text);
         Field(field).Confirm();
@@ -69,13 +69,13 @@ class MainViewTest : public testing::Test {
         }
         Settle();
     }
-    /// As a user sees them: by name.
+    /// Finds controls by name, as a user sees them.
     BTextControl& Field(const std::string& name) const {
         return dynamic_cast<BTextControl&>(*window->FindView(name.c_str()));
     }
     std::string Text(const char* field) const { return Field(field).Text(); }
     std::filesystem::path In(const char* name) const { return folder.Path() / name; }
-    /// Of the picture of the plane: the value of f and the marks.
+    /// Returns a pixel of the picture of the plane: the value of f and the marks on it.
     uint32 PixelAt(int column, int row) const {
         const BBitmap& picture = view->Plane().Picture();
         return static_cast<const uint32*>(picture.Bits())[row * picture.BytesPerRow() / 4 + column];
@@ -88,7 +88,7 @@ class MainViewTest : public testing::Test {
         dynamic_cast<BButton&>(*window->FindView(label)).Press();
         Settle();
     }
-    /// As a user saves the plane's picture, of so many pixels and one.
+    /// Saves the plane's picture as a user does; `size` is its width and height in pixels less one.
     void ExportPicture(const char* name, int32 size = 300) {
         view->Plane().SavePanel().SetPanelDirectory(folder.Path().c_str());
         view->Plane().SavePanel().Show();
@@ -101,7 +101,7 @@ class MainViewTest : public testing::Test {
         Send(view->Plane(), message);
         view->Plane().SavePanel().Hide();
     }
-    /// The windows besides the main one that are open.
+    /// Returns the titles of the open windows except the main one.
     static std::vector<std::string> OpenTitles() {
         std::vector<std::string> titles;
         for (const QWidget* widget : QApplication::topLevelWidgets()) {
@@ -110,7 +110,7 @@ class MainViewTest : public testing::Test {
         }
         return titles;
     }
-    /// As a user closes them.
+    /// Closes the panels as a user does.
     static void ClosePanels() {
         for (QWidget* widget : QApplication::topLevelWidgets()) {
             if (widget->isVisible() && widget->windowTitle() != "Vexa")
@@ -122,7 +122,7 @@ class MainViewTest : public testing::Test {
     AlertLog alerts;
     TemporaryFolder folder;
     kits::ProgramFolders folders{folder.Path()};
-    /// Of nobody.
+    /// Settings without a file.
     std::shared_ptr<vexa::Settings> settings = std::make_shared<vexa::Settings>();
     vexa::VexaWindow* window = nullptr;
     vexa::VexaView* view = nullptr;

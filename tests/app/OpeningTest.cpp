@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What is opened by the main menu or dropped onto the window.
+// Catches faults in opening files from the main menu and by drag and drop.
 #include "app/About.h"
 #include "app/MainMenu.h"
 #include "app/MainViewStage.h"
@@ -28,7 +28,7 @@ namespace fs = std::filesystem;
 
 class OpeningTest : public test::MainViewTest {
   protected:
-    /// As the desktop does it over a point of the window; whether it was taken.
+    /// Drops at a point of the window as the desktop does; returns whether the drop was accepted.
     bool Drop(const QMimeData& data, QWidget* under = nullptr) {
         QWidget& to = under ? *under : window->Widget();
         QDragEnterEvent enter({50, 50}, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton,
@@ -41,7 +41,7 @@ class OpeningTest : public test::MainViewTest {
                         Qt::NoModifier);
         drop.setDropAction(Qt::MoveAction);
         QApplication::sendEvent(&to, &drop);
-        // A move would have the other program delete its file.
+        // A move would make the other program delete its file.
         EXPECT_EQ(drop.dropAction(), Qt::CopyAction);
         test::Settle();
         test::Settle();
@@ -66,7 +66,7 @@ class OpeningTest : public test::MainViewTest {
         EXPECT_TRUE(vexa::WriteFunction(In(name), function));
         return In(name);
     }
-    /// The item of the main menu, in it or in a menu below; marked as it is at present.
+    /// Returns the item of the main menu or of its submenus, with its present mark.
     BMenuItem& Item(const std::string& label) {
         vexa::FillMainMenu(menu, *window);
         for (std::size_t i = 0; BMenuItem* item = menu.ItemAt(i); i++) {
@@ -90,7 +90,7 @@ TEST_F(OpeningTest, EachKindOfWhatIsDroppedIsOpened) {
     EXPECT_TRUE(DropText("\n x*y \n+ 1\r\n"));
     EXPECT_EQ(Text("Fxy"), "x*y  + 1");
     EXPECT_EQ(view->ShownFunction()(2, 3), 7);
-    // A sound that has changed is asked about.
+    // The user is asked about a sound with unsaved changes.
     view->TakeAsSaved();
 
     EXPECT_TRUE(DropFiles({In("sounds/bell.xml")}));
@@ -111,7 +111,7 @@ TEST_F(OpeningTest, EachKindOfWhatIsDroppedIsOpened) {
     elsewhere.setText("http://localhost/a.xml");
     EXPECT_FALSE(Drop(elsewhere));
     EXPECT_FALSE(Drop(nothing));
-    // A field takes a text itself, but leaves a file to the window.
+    // A field accepts a dropped text itself, but leaves a file to the window.
     auto* line = window->Widget().findChild<QLineEdit*>();
     QMimeData file;
     file.setUrls({QUrl::fromLocalFile("/x")});
@@ -204,7 +204,7 @@ TEST_F(OpeningTest, TheManualAndTheOwnSoundsAreShownOrItTellsWhyNot) {
     };
     const auto shown = In("shown");
     const test::EnvironmentVariable path("PATH", (In("bin").string() + ":/bin").c_str());
-    // Libraries do not mark all of their files as the program's alone.
+    // Libraries do not mark all of their descriptors close-on-exec.
     const kits::Descriptor open(::open("/dev/null", O_RDONLY));
     const std::string inherited = "/dev/fd/" + std::to_string(open.Number());
     opener(("#!/bin/sh\n[ -e " + inherited + " ] && echo inherited > " + shown.string() +
@@ -214,7 +214,7 @@ TEST_F(OpeningTest, TheManualAndTheOwnSoundsAreShownOrItTellsWhyNot) {
     Pick("Help (F1)");
     ASSERT_TRUE(waitFor([&] { return fs::exists(shown); }));
     EXPECT_EQ(*kits::ReadFile(shown), VEXA_SOURCE_FOLDER "/docs/manual/README.md\n");
-    // The folder that a sound is handed on from is there before the first one.
+    // The folder of the user's sounds is created when it is shown, before the first save.
     fs::remove(shown);
     fs::remove_all(In("sounds"));
     Pick("Show My Sounds");

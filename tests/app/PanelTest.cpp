@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The main view's file panels: what they show, and what their results do.
+// Catches faults in the main view's file panels: their content and the effect of their results.
 #include "app/MainViewStage.h"
 #include "app/MessageCodes.h"
 #include "kits/storage/NodeInfo.h"
@@ -23,7 +23,7 @@ class PanelTest : public test::MainViewTest {
   protected:
     PanelTest() { Open(false); }
 
-    /// What the panel of that button lists.
+    /// Returns the entries that the panel of that button lists.
     std::vector<std::string> Listed(const char* button) {
         PressButton(button);
         std::vector<std::string> names;
@@ -36,14 +36,14 @@ class PanelTest : public test::MainViewTest {
         return names;
     }
 
-    /// What an open panel sends when a file has been chosen.
+    /// Sends the message of an open panel in which a file was chosen.
     void Choose(uint32 result, const std::filesystem::path& path) {
         BMessage message(result);
         const entry_ref ref{path.parent_path().string(), path.filename().string()};
         message.AddRef("refs", &ref);
         Send(*view, message);
     }
-    /// What a save panel sends that showed `shown`.
+    /// Sends the message of a save panel that showed `shown`.
     void SaveAs(uint32 result, const std::string& name, const std::filesystem::path& shown) {
         BMessage message(result);
         const entry_ref ref{shown.parent_path().string(), shown.filename().string()};
@@ -95,14 +95,14 @@ TEST_F(PanelTest, DocumentsLandInTheirFolderWithTheirTypeWhereverThePanelWas) {
         EXPECT_THAT(test::Contents(In(name)), HasSubstr("<expression>x+1</expression>"));
         BNode node(In(name).c_str());
         char found[B_MIME_TYPE_LENGTH] = "";
-        // A file system may keep no types.
+        // A file system may not store file types.
         if (BNodeInfo(&node).GetType(found) == B_OK) {
             EXPECT_STREQ(found, type);
         }
     }
-    // Where it went is said for the one that was not to go there.
+    // The alert names the file's actual folder if it differs from the chosen one.
     EXPECT_THAT(alerts.texts, ElementsAre(HasSubstr(In("functions").string())));
-    // A folder that a person has cleared away meanwhile is made again.
+    // A folder that the user has deleted meanwhile is created again.
     std::filesystem::remove_all(In("sounds"));
     view->SaveAgain();
     EXPECT_THAT(test::Contents(In("sounds/mine")), HasSubstr("<expression>x+1</expression>"));
@@ -119,7 +119,7 @@ TEST_F(PanelTest, AFileThatThePanelDidNotShowIsReplacedOnlyWithConsent) {
     alerts.answer = 1;
     SaveAs(vexa::kSoundSavedCode, "bell.xml", folder.Path());
     EXPECT_NE(test::Contents(In("sounds/bell.xml")), before);
-    // The panel itself has asked about what it showed.
+    // The panel has already asked about replacing a file that it showed.
     SaveAs(vexa::kSoundSavedCode, "bell.xml", In("sounds"));
     EXPECT_EQ(alerts.texts.size(), 2U);
 }
@@ -134,7 +134,7 @@ TEST_F(PanelTest, WhatIsSavedButNotHeardIsSaidBefore) {
     alerts.answer = 1;
     SaveAs(vexa::kSoundSavedCode, "wrong.xml", In("sounds"));
     EXPECT_TRUE(std::filesystem::exists(In("sounds/wrong.xml")));
-    // What is typed but not confirmed is heard as it is saved.
+    // A text that is typed but not confirmed is heard when it is saved.
     Field("Fxy").Type("x+1");
     SaveAs(vexa::kSoundSavedCode, "typed.xml", In("sounds"));
     EXPECT_EQ(view->ShownFunction()(2, 3), 3);
@@ -160,7 +160,7 @@ TEST_F(PanelTest, AllThatIsWrongWithAFileIsInOneAlertWithItsReasons) {
     EXPECT_THAT(alerts.details, HasSubstr("character 3"));
 }
 
-/// With a folder of the user's beside the program's.
+/// With a user's folder beside the program's.
 class OwnFolderTest : public PanelTest {
   protected:
     OwnFolderTest() {
@@ -196,7 +196,7 @@ TEST_F(OwnFolderTest, ControlSSavesToThePersonsOwnFileOfTheSoundAndToNoOther) {
         test::TypeKey(*window, Qt::Key_S, Qt::ControlModifier);
         test::Settle();
     };
-    // One that came with the program, and one of the name of an own one that is elsewhere.
+    // A shipped sound, and a sound in another folder with the name of one of the user's.
     for (const auto& path : {In("sounds/bell.xml"), In("mine.xml")}) {
         Choose(vexa::kSoundLoadedCode, path);
         Enter("Fy", "7");
@@ -211,7 +211,7 @@ TEST_F(OwnFolderTest, ControlSSavesToThePersonsOwnFileOfTheSoundAndToNoOther) {
         std::filesystem::copy(In("own/sounds/mine.xml"), In("mine.xml"),
                               std::filesystem::copy_options::overwrite_existing);
     }
-    // What is typed but not confirmed is heard as it is saved, and one goes on typing.
+    // A text that is typed but not confirmed is heard when it is saved, and typing can continue.
     Field("Fy").MakeFocus();
     Field("Fy").Type("5");
     EXPECT_TRUE(view->Changed());
@@ -260,7 +260,7 @@ TEST_F(OwnFolderTest, WhatTheProgramIsStartedWithIsOfItsFile) {
         EXPECT_THAT(test::Contents(view->SoundPath()),
                     HasSubstr("<fy>" + std::string(number) + "<"));
     }
-    // One of the same name, and another sound than that of the file.
+    // A file with the same name, and a sound other than that of the file.
     start(elsewhere);
     EXPECT_EQ(view->SoundPath(), std::filesystem::canonical(In("elsewhere/mine.xml")));
     start(function);
@@ -291,7 +291,7 @@ TEST_F(PanelTest, BadDocumentsAreReportedAndChangeNothing) {
         const auto path = folder.Write(name, text);
         alerts.texts.clear();
         Choose(vexa::kSoundLoadedCode, path);
-        // What was cut off has its function, and the rest is as it was.
+        // A truncated document still gives its function, and the rest is unchanged.
         EXPECT_FALSE(alerts.texts.empty()) << name;
         EXPECT_EQ(view->ConstructSound().envelopes, before.envelopes) << name;
         EXPECT_EQ(view->ConstructSound().texts, before.texts) << name;
@@ -305,7 +305,7 @@ TEST_F(PanelTest, AFileIsOpenedAsWhatItIs) {
     view->Open(In("samples/pluck.wav"));
     test::Settle();
     EXPECT_TRUE(view->SampleMode());
-    // Without its type it goes by its root element.
+    // Without a file type the root element determines the kind.
     const auto function =
         folder.Write("f", "\xEF\xBB\xBF <vexafunction><expression>0.5</expression></vexafunction>");
     view->Open(function);
@@ -316,7 +316,7 @@ TEST_F(PanelTest, AFileIsOpenedAsWhatItIs) {
     EXPECT_EQ(alerts.texts.size(), 2U);
 }
 
-/// Numbers of things that a process has.
+/// The process's numbers of resources.
 struct Holdings {
     long threads, files, addOns;
     bool operator==(const Holdings&) const = default;
@@ -355,7 +355,7 @@ TEST_F(PanelTest, NothingLeaksOverManyLoadsCompilesAndExports) {
         PressButton("Load Sound");
         ClosePanels();
     };
-    // So large that the threads which help with pictures are there.
+    // Large enough to start the helper threads for pictures.
     ExportPicture("picture", 3000);
     for (int round = 0; round < 8; round++)
         useAll(round);
@@ -363,13 +363,13 @@ TEST_F(PanelTest, NothingLeaksOverManyLoadsCompilesAndExports) {
     const std::size_t memory = ResidentPages();
     for (int round = 0; round < 60; round++)
         useAll(round);
-    // Fewer where a library has given up something by then.
+    // Fewer if a library has released something meanwhile.
     EXPECT_LE(Count().threads, before.threads);
     EXPECT_LE(Count().files, before.files);
     EXPECT_EQ(Count().addOns, 1);
     EXPECT_THAT(alerts.texts, testing::Each(HasSubstr("changes that are not saved")));
-    // What the allocator keeps may vary; a leaked sample or picture would be many times that.
-    // Sanitizers keep what was freed, and look for leaks themselves.
+    // The memory that the allocator keeps may vary; a leaked sample or picture would be many times
+    // larger. Sanitizers keep freed memory, and check for leaks themselves.
     if (!test::kSanitized) {
         EXPECT_LT(ResidentPages(), memory + 2048);
     }

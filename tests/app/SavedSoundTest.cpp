@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A sound that the window has saved is the sound that the window plays.
+// Catches differences between the sound that the window plays and the sound that it saves.
 #include "app/MainViewStage.h"
 #include "documents/SoundDocument.h"
 #include "kits/media/MediaFile.h"
@@ -16,7 +16,7 @@ namespace {
 /// Plays a MIDI file on the window's own records, each event at its sample.
 std::vector<float> Play(vexa::VexaView& view, const vexa::MidiFile& file, std::size_t length) {
     vexa::VexaMidiConsumer& consumer = view.Graph().Consumer();
-    // The producer's own would drop voices when a few samples take longer than they play.
+    // The window's producer would drop voices when a few samples take longer than real time.
     vexa::Engine& engine = view.Playing();
     vexa::VoiceRenderer renderer(engine.controllers, engine.macros, engine.parameters,
                                  engine.playing, engine.volumes, engine.voices);
@@ -39,7 +39,7 @@ using SavedSoundTest = test::MainViewTest;
 
 TEST_F(SavedSoundTest, IsRenderedAsTheWindowPlaysIt) {
     Open();
-    // One that is rendered at the rate itself.
+    // A sound that is rendered without oversampling.
     ASSERT_TRUE(view->LoadSound(VEXA_SOURCE_FOLDER "/benchmarks/twin-hills.xml"));
     Enter("Fxy", "0.5*sin(2*x)*cos(y)");
     Enter("Cy1", "0.25");
@@ -47,7 +47,7 @@ TEST_F(SavedSoundTest, IsRenderedAsTheWindowPlaysIt) {
     Enter("Ax3", "0.75");
     Enter("Ax4", "7");
     view->EnvelopeEditor(2).SetPoints({{0, false, 0}, {0.1F, false, 1}, {0.4F, true, 0}});
-    // Numbers that take all of a document's six digits.
+    // Numbers that use all six digits that a document stores.
     view->EnvelopeEditor(0).SetPoints({{0, false, 0.123456F}, {1, false, -0.654321F}});
     view->SaveSound("mine.xml");
     ASSERT_TRUE(alerts.texts.empty());
@@ -75,7 +75,7 @@ TEST_F(SavedSoundTest, IsRenderedAsTheWindowPlaysIt) {
         std::copy_n(piece.begin(), std::min(std::size_t(frames), expected.size() - at),
                     expected.begin() + std::ptrdiff_t(at));
     }
-    // Twenty seconds say it all.
+    // Twenty seconds are enough.
     expected.resize(20 * 44100);
     const std::vector<float> played = Play(*view, *file, expected.size());
     float difference = 0;
@@ -88,8 +88,8 @@ TEST_F(SavedSoundTest, IsRenderedAsTheWindowPlaysIt) {
     EXPECT_GT(peak, 0.05);
 }
 
-/// Whatever was loaded before: an incomplete document is the same sound here as in the programs
-/// without a window, and what this version does not know of it is saved again.
+/// Whatever was loaded before, an incomplete document gives the same sound here as in the programs
+/// without a window, and elements that are unknown to this version are saved again.
 TEST_F(SavedSoundTest, AnIncompleteSoundIsLoadedOntoAFreshOne) {
     Open();
     Enter("Ax2", "0.75");

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The program in sessions of a manager of the tests' own.
+// Catches faults of the program in sessions of a session manager, which the tests provide.
 #include "app/JoinedSession.h"
 #include "app/MainViewStage.h"
 #include "kits/storage/ReadFile.h"
@@ -20,7 +20,7 @@ using vexa::Session;
 
 class SessionTest : public test::MainViewTest {
   protected:
-    /// The window as main opens it in the manager's session.
+    /// Opens the window in the manager's session as main does.
     void OpenInSession(const AppOptions& options = {}) {
         delete window;
         const test::EnvironmentVariable url("NSM_URL", manager.Url().c_str());
@@ -47,7 +47,7 @@ class SessionTest : public test::MainViewTest {
     }
 
     test::SessionManager manager{folder.Path() / "session/Vexa.nTEST"};
-    /// As it was read.
+    /// The project as it was read.
     vexa::Project project;
 };
 
@@ -64,9 +64,9 @@ TEST_F(SessionTest, RemembersAll) {
     EXPECT_TRUE(ManagerHears("/nsm/client/is_clean"));
     EXPECT_TRUE(ManagerHears("/nsm/client/gui_is_shown"));
 
-    // What it has a copy of it needs no longer.
+    // The session has a copy of the file, so the original is no longer needed.
     std::filesystem::remove(folder.Path() / "s.scl");
-    // Each of these is a change by itself.
+    // Each of these is a change of its own.
     const std::function<void()> changes[] = {
         [&] { Enter("Fxy", "x*y+0.25"); },
         [&] { Pick(view->VoicesMenu(), vexa::VoicesCode(7)); },
@@ -131,7 +131,7 @@ TEST_F(SessionTest, WhatGoesWrongIsAnsweredAndLeavesTheProjectAsItWas) {
     EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("could not write"));
     EXPECT_EQ(*kits::ReadFile(place / "sound.xml"), sound);
     std::filesystem::remove(place / "session");
-    // The copy of another scale is none of one that has gone before it was saved.
+    // The copy of another scale does not replace a scale that disappeared before it was saved.
     const auto choose = [&](const char* scale) {
         view->ChooseTuning({folder.Write(scale, kScale), {}, {}});
         std::filesystem::remove(folder.Path() / scale);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What is remembered, in files of tests' own.
+// Catches settings that are lost or damaged, in files of the tests.
 #include "app/Settings.h"
 
 #include "kits/storage/ReadFile.h"
@@ -20,7 +20,7 @@ using vexa::TextList;
 class SettingsTest : public testing::Test {
   protected:
     std::string Content() const { return *kits::ReadFile(file); }
-    /// What it says on standard error when it is read, and what `use` makes it say.
+    /// Returns the output on standard error when the settings are read and while `use` runs.
     template<class Use>
     std::string Said(Use use) const {
         testing::internal::CaptureStderr();
@@ -76,13 +76,13 @@ TEST_F(SettingsTest, KeepWhatOthersHaveWrittenInTheFile) {
     first.reset();
     EXPECT_EQ(Content(), "# mine\nfrom-later = 1\n\nauthor = C\na4 = 442\na-number = 2\n"
                          "classic = true\nfavourite = x\nfavourite = y\n");
-    // Of a list what another puts in meanwhile stays, and what is taken out goes.
+    // In a list, entries that another program adds meanwhile stay, and removed entries disappear.
     first.emplace(file);
     first->Set(vexa::kFavouritesSetting, {"y", "z"});
     Settings(file).Set(vexa::kFavouritesSetting, {"x", "y", "w"});
     first.reset();
     EXPECT_THAT(Settings(file).Get(vexa::kFavouritesSetting), ElementsAre("y", "z", "w"));
-    // A list that has become empty has no line.
+    // An empty list has no line.
     Settings(file).Set(vexa::kFavouritesSetting, {});
     EXPECT_THAT(Content(), testing::Not(HasSubstr("favourite")));
 }
@@ -103,7 +103,7 @@ TEST_F(SettingsTest, OfAFileThatIsWrongTheyTellTheLineAndKeepItBesideTheNextOne)
     EXPECT_EQ(Content(), "author = A\nclassic = perhaps\na-number = 1\n");
     EXPECT_EQ(*kits::ReadFile(file.string() + ".broken"), before);
 
-    // What cannot be read, and where nothing can be written.
+    // A file that cannot be read, and a place where nothing can be written.
     std::filesystem::remove(file);
     std::filesystem::create_directory(file);
     EXPECT_THAT(Said([&](Settings& settings) { EXPECT_EQ(settings.Get(number), 7); }),

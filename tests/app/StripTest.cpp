@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The strip for playing: every gesture, and what it does to the sound and its document.
+// Catches faults of the strip for playing: every gesture, and its effect on the sound and its
+// document.
 #include "app/strip/Strip.h"
 
 #include "app/MainViewStage.h"
@@ -36,7 +37,7 @@ class StripTest : public test::MainViewTest {
     }
     VexaMidiConsumer& Consumer() { return view->Graph().Consumer(); }
     const Playing& Heard() { return view->Playing().playing; }
-    /// What the sound's document would say of the row of that name.
+    /// Returns the text of that row in the sound's document.
     std::optional<std::string> Said(std::string_view row) {
         const auto playing = view->ConstructSound().playing;
         for (std::size_t i = 0; playing && i < kPlayingRows; i++) {
@@ -49,7 +50,7 @@ class StripTest : public test::MainViewTest {
         window->Playing().Refresh();
         test::Settle();
     }
-    /// What the mouse's wheel does over a view.
+    /// Turns the mouse wheel over a view.
     static void Turn(BView& view, int steps, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
         QWidget* line = view.Widget().focusProxy();
         QWidget& widget = line ? *line : view.Widget();
@@ -64,7 +65,7 @@ class StripTest : public test::MainViewTest {
         QTest::keyClick(widget, key, modifiers);
         test::Settle();
     }
-    /// Lets the MIDI thread handle what was sent, until the condition has held once.
+    /// Lets the MIDI thread handle the sent events, until the condition has held once.
     template<class Condition>
     bool Comes(const Condition& condition) {
         for (int i = 0; i < 2000; i++) {
@@ -93,7 +94,7 @@ TEST_F(StripTest, HowTheSoundIsPlayedIsEditedHeardAndSaved) {
     EXPECT_EQ(Said("spread"), "42.5");
     EXPECT_STREQ(spread.Text(), "42.5\u00b0");
     EXPECT_TRUE(view->Changed());
-    // A step at once, finer and coarser; the ends hold.
+    // Single steps, finer and coarser ones; values stop at the ends.
     Turn(spread, 1);
     EXPECT_EQ(Said("spread"), "47.5");
     Turn(spread, -2, Qt::ShiftModifier);
@@ -103,7 +104,7 @@ TEST_F(StripTest, HowTheSoundIsPlayedIsEditedHeardAndSaved) {
     EXPECT_EQ(Said("spread"), "91.5");
     Turn(spread, 99);
     EXPECT_EQ(Heard().spread, 180);
-    // What is wrong is marked, and all stays as it was.
+    // An invalid text is marked, and everything else is unchanged.
     Enter("glide, seconds", "6");
     EXPECT_THAT(glide.ToolTip(), HasSubstr("from 0 to 5"));
     EXPECT_EQ(Said("glide"), std::nullopt);
@@ -132,7 +133,7 @@ TEST_F(StripTest, HowTheSoundIsPlayedIsEditedHeardAndSaved) {
     ASSERT_TRUE(saved);
     EXPECT_EQ(saved->playing, view->ConstructSound().playing);
 
-    // Another sound is shown, but what the command line says stands before.
+    // Another sound is shown, but the command line's settings take precedence.
     PlayingTexts options;
     options.texts[2] = "0.25";
     view->Prefer(options);
@@ -161,7 +162,7 @@ TEST_F(StripTest, ThePianoPlaysShowsWhatSoundsAndEndsEveryNote) {
     test::Press(piano, at(60, 1));
     ASSERT_TRUE(Comes([&] { return Held() == 1 && piano.IsLit(60); }));
     EXPECT_EQ(view->Playing().voices[0].vel, 1);
-    // Sliding on, out of the view and back.
+    // The pointer slides on, out of the view and back.
     test::Drag(piano, at(61, 0));
     ASSERT_TRUE(Comes([&] { return piano.IsLit(61) && !piano.IsLit(60); }));
     EXPECT_NEAR(view->Playing().voices[1].vel, 20 / 127.0, 1e-6);
@@ -169,13 +170,14 @@ TEST_F(StripTest, ThePianoPlaysShowsWhatSoundsAndEndsEveryNote) {
     ASSERT_TRUE(Comes([&] { return piano.IsLit(64) && Held() == 1; }));
     test::Release(piano, {at(64, 0).x, -40});
     ASSERT_TRUE(Comes([&] { return Held() == 0; }));
-    // Notes from elsewhere are shown too.
+    // Notes from other sources are shown too.
     Consumer().NoteOn(3, 72, 100, 0);
     EXPECT_TRUE(Comes([&] { return piano.IsLit(72); }));
     Consumer().NoteOff(3, 72, 0, 0);
     EXPECT_TRUE(Comes([&] { return !piano.IsLit(72); }));
 
-    // The hold keeps the piano's keys, whatever the sound says, and gives a sound its pedal.
+    // The hold switch keeps the piano's keys, whatever the sound sets, and acts as the sound's
+    // pedal.
     test::Click(hold, {5, 5});
     for (const int key : {48, 52, 48}) {
         test::Press(piano, at(key, 0.9F));
@@ -184,7 +186,7 @@ TEST_F(StripTest, ThePianoPlaysShowsWhatSoundsAndEndsEveryNote) {
     ASSERT_TRUE(Comes([&] { return Held() == 2 && view->Playing().controllers[64] == 1; }));
     test::Click(hold, {5, 5});
     ASSERT_TRUE(Comes([&] { return Held() == 0 && view->Playing().controllers[64] == 0; }));
-    // Space begins and ends a note, and whoever leaves ends it.
+    // Space starts and ends a note, and losing the focus ends it.
     piano.MakeFocus();
     Key(piano, Qt::Key_Right);
     Key(piano, Qt::Key_Up);
@@ -192,7 +194,7 @@ TEST_F(StripTest, ThePianoPlaysShowsWhatSoundsAndEndsEveryNote) {
     ASSERT_TRUE(Comes([&] { return piano.IsLit(61); }));
     hold.MakeFocus();
     ASSERT_TRUE(Comes([&] { return Held() == 0; }));
-    // Who cannot see it plays by the keys' names.
+    // Assistive technology plays by the keys' names.
     for (std::size_t i = 0; i < piano.CountParts(); i++) {
         if (piano.DescribePart(i).name == "F#4")
             piano.Activate(i);
@@ -201,7 +203,7 @@ TEST_F(StripTest, ThePianoPlaysShowsWhatSoundsAndEndsEveryNote) {
     piano.Activate(std::nullopt);
     ASSERT_TRUE(Comes([&] { return Held() == 0; }));
 
-    // The wheel bends what sounds and springs back; silencing lets go of all.
+    // The wheel bends sounding notes and springs back; silencing releases all.
     Enter("bend, semitones", "12");
     test::Click(hold, {5, 5});
     test::Press(piano, at(50, 0.9F));
@@ -221,7 +223,7 @@ TEST_F(StripTest, ThePianoPlaysShowsWhatSoundsAndEndsEveryNote) {
     view->SilenceAll();
     ASSERT_TRUE(Comes([&] { return Consumer().CountVox() == 0 && !hold.IsOn(); }));
     EXPECT_EQ(bend.Value(), 0);
-    // Another channel is played on, and the octaves that are seen may be others.
+    // The piano plays on another channel, and shows other octaves.
     view->ChannelMenu().FindItem(ChannelCode(6))->Choose();
     test::Settle();
     const int before = piano.Keys().First();
@@ -259,7 +261,7 @@ TEST_F(StripTest, AKnobTurnsByDragWheelAndKeys) {
     QTest::mouseDClick(&knob.Widget(), Qt::LeftButton, Qt::NoModifier, {17, 17});
     EXPECT_TRUE(Field("macro a").IsFocus());
 
-    // While the number's field has the keyboard, the next controller that moves is taken, and no
+    // While the number field has the focus, the next controller that moves is learned, and no
     // other.
     Consumer().ControlChange(0, 40, 1, 0);
     Field("controller a").MakeFocus();
@@ -341,7 +343,7 @@ TEST_F(StripTest, TheScopeShowsOrbitOutputAndSpectrum) {
     Enter("Fxy", "0.25*x*a");
     Look();
     expectSine(1, "f along the newest orbit  \u00d7 8");
-    // A note's own orbit: it has drifted, and hears its macro.
+    // A note's own orbit: it has drifted, and follows its own macro.
     Enter("Fxy", "a*x");
     Consumer().NoteOn(0, 69, 127, 0);
     Find<Knob>("knob a").Turn(1);
@@ -349,7 +351,7 @@ TEST_F(StripTest, TheScopeShowsOrbitOutputAndSpectrum) {
     expectSine(1, "f along the newest orbit");
     Consumer().AllNotesOff(false, 0);
 
-    // The output, and its spectrum, as long as somebody looks.
+    // The output and its spectrum are computed while they are visible.
     tap.SetRate(48000);
     const auto put = [&](float amplitude) {
         for (int i = 0; i < 9600; i++) {
@@ -377,7 +379,7 @@ TEST_F(StripTest, TheScopeShowsOrbitOutputAndSpectrum) {
     put(0);
     EXPECT_LT(*std::max_element(curve.begin(), curve.end()), height);
 
-    // Where nobody sees it nothing is kept for it.
+    // Nothing is recorded for an invisible scope.
     const int32 listeners = tap.Listeners();
     window->ShowPart(VexaWindow::Part::Strip, false);
     window->Playing().Pulse();

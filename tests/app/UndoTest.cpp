@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a person does to a sound in the window, back to the first sound and forth again.
+// Undoes and redoes all kinds of edits in the window. Catches edits that cannot be undone or change
+// something else.
 #include "app/MainViewStage.h"
 #include "app/MessageCodes.h"
 #include "app/strip/Knob.h"
@@ -29,7 +30,7 @@ class UndoTest : public test::MainViewTest {
         return from + (to - from) * float(random() % 1000) / 1000;
     }
 
-    /// As a person does, with Enter; a field that is disabled takes nothing.
+    /// Types into a field and presses Enter, as a user does; a disabled field ignores it.
     void Confirm(BTextControl& field, const std::string& text) {
         window->Playing().Refresh();
         if (!field.IsEnabled())
@@ -43,7 +44,7 @@ class UndoTest : public test::MainViewTest {
                       redo ? Qt::ControlModifier | Qt::ShiftModifier : Qt::ControlModifier);
     }
     std::string Document() const { return vexa::SoundText(view->ConstructSound()); }
-    /// With all that it may hear at one half.
+    /// Returns the value of the function with all its inputs at one half.
     float Plays(float x, float y) const {
         std::array<float, vexa::kMostInputs> inputs;
         inputs.fill(0.5F);
@@ -56,7 +57,7 @@ class UndoTest : public test::MainViewTest {
         test::Drag(editor, to);
         test::Release(editor, to);
     }
-    /// One of all the gestures there are.
+    /// Makes one of all kinds of gestures.
     void Gesture() {
         static const char* const kNumbers[] = {"0", "-1", "0.25", "2", "abc", "nan", "1,5", "0.01"};
         static const char* const kControllers[] = {"0", "1", "74", "127", "200", "x"};
@@ -112,14 +113,14 @@ class UndoTest : public test::MainViewTest {
         test::Settle();
     }
 
-    /// No compiler is to be waited for.
+    /// There is no compiler, so that none is waited for.
     const test::EnvironmentVariable path{"PATH", "/none"};
     std::mt19937 random{11}; // NOLINT(cert-msc32-c,cert-msc51-cpp)
 };
 
 TEST_F(UndoTest, ComesBackToTheFirstSoundAndForthToTheLast) {
     Open();
-    alerts.answer = 1; // discards what has changed
+    alerts.answer = 1; // discards the unsaved changes
     std::vector<std::string> documents{Document()};
     std::vector<std::string> names;
     const float first = Plays(1, 0.5F);
@@ -137,7 +138,8 @@ TEST_F(UndoTest, ComesBackToTheFirstSoundAndForthToTheLast) {
     documents.push_back(Document());
     const float last = Plays(1, 0.5F);
     alerts.texts.clear();
-    // One at least for each, and none that changes nothing but whose the sound is.
+    // At least one step for each document, and no step that changes nothing but the file to which
+    // the sound belongs.
     std::size_t steps = 0;
     for (std::size_t i = documents.size() - 1; view->CanUndo(); steps++) {
         view->Undo();
@@ -158,7 +160,7 @@ TEST_F(UndoTest, ComesBackToTheFirstSoundAndForthToTheLast) {
     EXPECT_EQ(Plays(1, 0.5F), last);
     EXPECT_FALSE(view->Changed());
     EXPECT_EQ(alerts.texts.size(), 0U) << alerts.texts[0];
-    // What is shown is what plays.
+    // The fields show the values that play.
     const vexa::Sound sound = view->ConstructSound();
     vexa::sound_param expected;
     vexa::ApplyParameters(sound, expected);
@@ -169,7 +171,7 @@ TEST_F(UndoTest, ComesBackToTheFirstSoundAndForthToTheLast) {
     }
 }
 
-/// Each is one step, by whatever means, and is called what it is.
+/// Each edit is one step, however it is made, and has the right name.
 TEST_F(UndoTest, AGestureIsOneStepWithAName) {
     Open();
     const auto undoes = [&](const std::string& name) {
@@ -223,7 +225,7 @@ TEST_F(UndoTest, AGestureIsOneStepWithAName) {
     EXPECT_EQ(Text("Fxy"), "x+");
     EXPECT_NE(view->SavingRemark(), "");
     Press(false);
-    // Without a pulse in between, as fast as it may be.
+    // Without a pulse in between, as fast as possible.
     DragPoint(editor, 1, {90, 20});
     Confirm(Field("macro a"), "0.25");
     Confirm(Field("macro a"), "0.75");
@@ -255,7 +257,7 @@ TEST_F(UndoTest, AFieldTakesItsTypingBackFirst) {
     EXPECT_EQ(view->SoundParam().Cx1, 3);
 }
 
-/// Undoing back to what was saved takes the mark away, whatever was undone.
+/// Undoing back to the saved state removes the unsaved mark, whatever was undone.
 TEST_F(UndoTest, KnowsWhatIsSaved) {
     Open();
     Enter("Cx1", "3");
@@ -315,14 +317,14 @@ TEST_F(UndoTest, EachSlotHasItsOwnSoundAndSteps) {
     EXPECT_EQ(view->UndoName(), "copy of B");
     view->Undo();
     EXPECT_EQ(Document(), a);
-    // Closing asks about both.
+    // Closing asks about both slots.
     alerts.texts.clear();
     alerts.answer = 1;
     EXPECT_TRUE(view->MayGiveUpAll([] {}));
     EXPECT_EQ(alerts.texts.size(), 2U);
 }
 
-/// Another sound may be chosen before Enter was pressed.
+/// Another sound may be chosen before Enter is pressed.
 TEST_F(UndoTest, AFormulaThatIsTypedIsNotLostToAnotherSound) {
     Open();
     const auto type = [&](const char* text) { Field("Fxy").Type(text); };
@@ -342,11 +344,11 @@ TEST_F(UndoTest, AFormulaThatIsTypedIsNotLostToAnotherSound) {
     EXPECT_EQ(Text("Fxy"), "0.75*x");
     EXPECT_NEAR(Plays(1, 0), 0.75, 1e-6);
     type("0.125*x");
-    alerts.answer = 1; // what is typed is an unsaved change, which is given up
+    alerts.answer = 1; // the typed text is an unsaved change, which is discarded
     view->InitialSound();
     view->Undo();
     EXPECT_EQ(Text("Fxy"), "0.125*x");
-    // One that is wrong would only be complained of.
+    // An invalid text would only cause an alert.
     alerts.texts.clear();
     type("0.75*");
     view->LoadSound(In("sounds/bell.xml"));
@@ -355,7 +357,8 @@ TEST_F(UndoTest, AFormulaThatIsTypedIsNotLostToAnotherSound) {
     EXPECT_EQ(Text("Fxy"), "0.125*x");
 }
 
-/// Choosing from the list asks nothing, as Undo goes back; closing does, as it does not.
+/// Choosing from the list does not ask, as Undo can restore the sound; closing asks, as nothing
+/// can.
 TEST_F(UndoTest, ClosingAsksAboutWhatWasLeftForAnotherSound) {
     Open();
     const auto mayClose = [&](int32 answer) {
@@ -374,7 +377,7 @@ TEST_F(UndoTest, ClosingAsksAboutWhatWasLeftForAnotherSound) {
     EXPECT_EQ(alerts.details, "mine\ndefault");
     EXPECT_EQ(view->SoundName(), "pad");
     EXPECT_TRUE(mayClose(1));
-    // Each is shown as it was left, and saved.
+    // Each sound is shown as it was left, and saved.
     EXPECT_FALSE(mayClose(2));
     EXPECT_EQ(Text("Cx1"), "5");
     EXPECT_THAT(test::Contents(In("sounds/mine.xml")), testing::HasSubstr("<vel>5<"));
@@ -385,7 +388,7 @@ TEST_F(UndoTest, ClosingAsksAboutWhatWasLeftForAnotherSound) {
     view->SaveSound("another.xml");
     EXPECT_TRUE(mayClose(0));
     EXPECT_TRUE(alerts.texts.empty());
-    // What a person has given up is not asked about again, unless he comes back to it.
+    // Discarded changes are not asked about again, unless the user returns to them.
     Enter("Cx1", "6");
     alerts.answer = 1;
     view->Open(In("sounds/bell.xml"));
@@ -395,7 +398,7 @@ TEST_F(UndoTest, ClosingAsksAboutWhatWasLeftForAnotherSound) {
     alerts.answer = 1;
     view->InitialSound();
     EXPECT_TRUE(mayClose(0));
-    // Those of the other slot count too.
+    // Changes in the other slot count too.
     view->Undo();
     EXPECT_FALSE(mayClose(0));
     view->SwitchAB();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// vexa as a user starts it, without any server.
+// Catches faults of vexa as a user starts it, without any server.
 #include "support/Command.h"
 #include "support/Environment.h"
 #include "support/TemporaryFolder.h"

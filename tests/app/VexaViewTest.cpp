@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Every control of the main view, through its message.
+// Catches controls of the main view whose message has no or the wrong effect.
 #include "app/FormulaHint.h"
 #include "app/MainViewStage.h"
 #include "app/MessageCodes.h"
@@ -61,7 +61,7 @@ TEST_F(VexaViewTest, TabWalksTheFieldsInReadingOrder) {
     }
     Field("Fxy").MakeFocus();
     std::vector<std::string> walked{"Fxy"};
-    // Buttons and menus lie between.
+    // Buttons and menus lie in between.
     for (int key = 0; key < 60 && walked.size() < expected.size(); key++) {
         test::TypeKey(*window, Qt::Key_Tab);
         for (const std::string& name : expected) {
@@ -110,8 +110,8 @@ TEST_F(VexaViewTest, WheelAndArrowsTurnNumbersAndAMovedControllerIsLearned) {
     test::TypeKey(*window, Qt::Key_Up, Qt::ControlModifier);
     EXPECT_EQ(sound.Ax0, 0.828F);
     EXPECT_TRUE(Field("Ax0").IsFocus());
-    // A number above 1 goes in steps of its second digit; a width stays positive; the number of a
-    // controller is a whole one from 0 to 127.
+    // A number above 1 changes in steps of its second digit; a width stays positive; a controller's
+    // number is an integer from 0 to 127.
     for (const auto& [field, from, steps, to] :
          {std::tuple{"Fx", "3", 1, "3.1"}, std::tuple{"Fy", "0.99", 2, "1.01"},
           std::tuple{"Sc", "0.05", -9, "0.01"}, std::tuple{"Ax4", "125", 5, "127"},
@@ -120,7 +120,7 @@ TEST_F(VexaViewTest, WheelAndArrowsTurnNumbersAndAMovedControllerIsLearned) {
         test::TurnWheel(Field(field), steps);
         EXPECT_EQ(Field(field).Text(), std::string(to)) << field;
     }
-    // While no field of a number has the keyboard nothing is learned.
+    // No controller is learned while no number field has the focus.
     view->Playing().controllers[7] = 0.5F;
     view->Pulse();
     Field("Ax4").MakeFocus();
@@ -158,7 +158,7 @@ TEST_F(VexaViewTest, AnExpressionIsCompiledAndShown) {
     EXPECT_EQ(PixelAt(10, 10), 127U);
     EXPECT_EQ(Text("Fxy"), "0.5");
     EXPECT_TRUE(Field("Fxy").IsEnabled());
-    // What the person types meanwhile stays when the add-on comes, with or without one.
+    // Text typed meanwhile stays when the add-on is ready or has failed.
     Field("Fxy").Type("x+");
     FinishAddon();
     EXPECT_TRUE(std::filesystem::exists(In("functions/recent")));
@@ -180,7 +180,7 @@ TEST_F(VexaViewTest, AnExpressionIsCompiledAndShown) {
         Enter("Fxy", "0.5");
         FinishAddon();
     }
-    // After a failure the function before stays, with the text that is wrong.
+    // After a failure the previous function stays, with the invalid text.
     Enter("Fxy", "0.5 + fopen(x)");
     ASSERT_EQ(alerts.texts.size(), 1U);
     EXPECT_THAT(alerts.texts[0], HasSubstr("There was an error while trying to compile"));
@@ -195,7 +195,7 @@ TEST_F(VexaViewTest, AnExpressionIsCompiledAndShown) {
 
 TEST_F(VexaViewTest, WhatIsTypedIsExplainedAndShownAndHeardWhenItIsConfirmed) {
     Open(false);
-    // Pulses come from here alone, however long the machine takes.
+    // Only the test sends pulses, however slow the machine is.
     window->SetPulseRate(3600000000);
     Enter("Fxy", "0.25");
     BTextControl& field = Field("Fxy");
@@ -253,7 +253,7 @@ TEST_F(VexaViewTest, WhatIsTypedIsExplainedAndShownAndHeardWhenItIsConfirmed) {
     test::Settle();
     EXPECT_EQ(field.ToolTip(), tip) << "what was confirmed is wrong as before";
     EXPECT_TRUE(view->Hint().IsHidden());
-    // A text that was never confirmed leaves nothing behind when something else is loaded.
+    // An unconfirmed text leaves no trace when something else is loaded.
     type("0.125");
     pixelAfterPulses();
     ASSERT_TRUE(view->LoadSound(In("sounds/bell.xml")));
@@ -287,7 +287,7 @@ TEST_F(VexaViewTest, MacrosAreEditedFollowedAndSaved) {
     EXPECT_EQ(a.value, 0.25F);
     EXPECT_EQ(Text("macro a"), "0.25");
     EXPECT_TRUE(view->Changed());
-    // When the picture before has been there for a while.
+    // After the previous picture has existed for a while.
     for (int i = 0; i < 5000 && PixelAt(10, 10) != 63; i++) {
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
         pulse();
@@ -301,7 +301,7 @@ TEST_F(VexaViewTest, MacrosAreEditedFollowedAndSaved) {
         EXPECT_THAT(Field("macro a").ToolTip(), HasSubstr(tip));
         EXPECT_EQ(a.value, 1);
     }
-    // Another controller moves it, and what it is moved to is shown and saved.
+    // Another controller moves the macro, and its new value is shown and saved.
     Enter("controller a", "128");
     EXPECT_THAT(alerts.texts, ElementsAre("Controller number must be between 0 and 127."));
     EXPECT_EQ(a.controller, 16);
@@ -326,7 +326,8 @@ TEST_F(VexaViewTest, MacrosAreEditedFollowedAndSaved) {
 
 TEST_F(VexaViewTest, APictureIsOpenedByItsContentSavedAndLoaded) {
     Open(false);
-    // Left dark, which is red on the plane, right bright, under a sound file's name.
+    // The left half is dark, which is red on the plane, the right one bright; the file has a sound
+    // file's name.
     folder.Write("pictures/two.wav", test::Png(2, 1, {}, {25, 255}));
     view->Open(In("pictures/two.wav"));
     test::Settle();
@@ -344,7 +345,8 @@ TEST_F(VexaViewTest, APictureIsOpenedByItsContentSavedAndLoaded) {
     test::Settle();
     EXPECT_EQ(PixelAt(10, 160), 0xCD0000U);
     EXPECT_EQ(view->ConstructFunction().pictureFile, "two.wav");
-    // Damaged, it leaves what is there; missing in a document, it is silent and not forgotten.
+    // A damaged picture changes nothing; a missing picture of a document is silent and keeps its
+    // name.
     view->Open(folder.Write("cut.png", test::Png(2, 1, {}, {9, 9}).substr(0, 50)));
     EXPECT_THAT(alerts.texts, testing::Contains("Could not load picture"));
     EXPECT_EQ(PixelAt(10, 160), 0xCD0000U);
@@ -418,7 +420,7 @@ TEST_F(VexaViewTest, TheSourceMenuListsEachSourceOnceAndConnectsTheChosenOne) {
     BMessage press(B_KEY_DOWN);
     press.AddInt32("key", 24);
     const auto sounds = [&] {
-        // Unregistering ends the MIDI thread when all that was sent has been handled.
+        // Unregistering ends the MIDI thread after it has handled all sent events.
         view->Graph().Consumer().Unregister();
         return view->Graph().Consumer().CountVox();
     };
@@ -441,7 +443,7 @@ TEST_F(VexaViewTest, ProgramChangesChooseSoundsWhereTheyAreLetTo) {
         return view->Caption();
     };
     const std::string before = view->Caption();
-    // The first four of those that came along are acid-line, alarm, bass and bell.
+    // The first four shipped sounds are acid-line, alarm, bass and bell.
     EXPECT_EQ(after(3, 0), before) << "not without being asked to";
     view->DeviceMenu().FindItem(vexa::kFollowProgramsCode)->Choose();
     test::Settle();
@@ -457,7 +459,7 @@ TEST_F(VexaViewTest, ProgramChangesChooseSoundsWhereTheyAreLetTo) {
     test::Settle();
     EXPECT_THAT(after(2, 0),
                 testing::AllOf(StartsWith("bass"), testing::Not(HasSubstr("program"))));
-    // No document, a wrong function, and a sample that is missing: nothing of them is taken.
+    // No document, an invalid function, and a missing sample: none of them is loaded.
     const std::string radius = Text("Ax0");
     for (const char* text :
          {"no sound",
@@ -494,7 +496,7 @@ TEST_F(VexaViewTest, AnotherChannelReleasesWhatIsHeldAndTheKeysPlayOnIt) {
     BMessage press(B_KEY_DOWN);
     press.AddInt32("key", 24);
     Send(*window, press);
-    // Ends the MIDI thread when all that was sent has been handled.
+    // Ends the MIDI thread after it has handled all sent events.
     view->Graph().Consumer().Unregister();
     EXPECT_EQ(view->Graph().Consumer().CountVox(), 2) << "released, not silenced";
     EXPECT_TRUE(view->Playing().voices[0].released);
@@ -528,7 +530,7 @@ TEST_F(VexaViewTest, TheAuthorIsTheDocumentsUntilSomethingIsEdited) {
     view->LoadSound(path);
     test::Settle();
     EXPECT_EQ(view->SoundAuthor(), "Anna");
-    // What is confirmed and is what it was is no edit.
+    // Confirming an unchanged value is not an edit.
     Enter("Cx1", Text("Cx1").c_str());
     Enter("macro a", Text("macro a").c_str());
     Enter("Fxy", Text("Fxy").c_str());
@@ -541,7 +543,7 @@ TEST_F(VexaViewTest, TheAuthorIsTheDocumentsUntilSomethingIsEdited) {
     EXPECT_EQ(view->FunctionAuthor(), "Bert");
     Enter("Fxy", "x");
     EXPECT_EQ(view->FunctionAuthor(), "Cleo");
-    // What is only typed is an edit when it is saved.
+    // Text that is only typed counts as an edit when it is saved.
     view->LoadSound(path);
     Field("Cx1").Type("0.25");
     view->SaveAgain();
@@ -570,7 +572,7 @@ TEST_F(VexaViewTest, WhatIsNotSavedIsMarkedAndAskedAbout) {
     view->SaveSound("mine.xml");
     EXPECT_TRUE(saved);
     EXPECT_FALSE(view->Changed());
-    // What has a file of the person's goes there at once.
+    // A sound with a file of the user's is saved there at once.
     saved = false;
     Field("Cx1").Type("0.125");
     alerts.answer = 2;
@@ -592,7 +594,7 @@ TEST_F(VexaViewTest, WhatIsNotSavedIsMarkedAndAskedAbout) {
     EXPECT_TRUE(view->Changed());
     Field("Cx1").Type("0.25");
     EXPECT_FALSE(view->Changed());
-    // It limits the voices, but not so far that its add-on would be refused.
+    // It limits the voices, but not so much that its add-on would be refused.
     std::string costly = "x";
     for (int i = 0; i < 10; i++)
         costly += "+jn(50,x+" + std::to_string(i) + ")";
@@ -602,7 +604,7 @@ TEST_F(VexaViewTest, WhatIsNotSavedIsMarkedAndAskedAbout) {
     test::Settle();
     EXPECT_THAT(view->Caption(), testing::Not(HasSubstr("about")));
     EXPECT_EQ(alerts.texts.size(), 4U);
-    // Another sound takes its place only with consent, a function only changes it.
+    // Another sound replaces it only after consent; a function only changes it.
     view->Open(In("functions/ripples.xml"));
     view->Open(In("sounds/bell.xml"));
     EXPECT_NE(Text("Fy"), "3.5");
@@ -631,7 +633,7 @@ TEST_F(VexaViewTest, NothingOfASampleOrALongExpressionIsLostOnSaving) {
     EXPECT_EQ(PixelAt(10, 10), 0U) << "nothing of the sample before";
     Enter("Fxy", "x");
     EXPECT_EQ(view->SavingRemark(), "");
-    // A formula that is only typed is what is saved in the place of a sample.
+    // A formula that is only typed is saved in place of a sample.
     view->LoadSample(In("samples/pluck.wav").c_str());
     view->SaveSound("mine.xml");
     Field("Fxy").Type("x*y");

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Windows of a hosted instrument, as far as the wire shows them: both ends in one process.
+// Catches faults on the connection between a hosted instrument and its windows; both ends run in
+// one process.
 #include "plugin/window/Windows.h"
 
 #include "attach/Link.h"
@@ -34,7 +35,7 @@ using attach::Kind;
 using testing::HasSubstr;
 using Milliseconds = std::chrono::milliseconds;
 
-/// A block of a host's, and the largest sample of it.
+/// Renders a block as a host does and returns its largest sample.
 float Play(HostedInstrument& instrument) {
     std::array<float, 256> left{}, right{};
     ControlValues leftToTheSound;
@@ -45,12 +46,12 @@ float Play(HostedInstrument& instrument) {
     return *std::max_element(left.begin(), left.end());
 }
 
-/// What a window's program does with its end.
+/// The window's program at its end of the connection.
 class Window {
   public:
     explicit Window(Windows& windows) : link(*windows.Open(), attach::End::Window) {}
 
-    /// The next letter; of one kind, if it is asked for. Null where the connection ends.
+    /// Returns the next letter, of one kind if given; null if the connection ends.
     std::optional<attach::Letter> Read(std::optional<Kind> kind = std::nullopt) {
         const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
         while (std::chrono::steady_clock::now() < end) {
@@ -74,7 +75,7 @@ class Window {
     void Strike(char status, char key, char velocity) {
         link.Put(Kind::Midi, std::string{status, key, velocity});
     }
-    /// The next moment for which that holds.
+    /// Returns the next moment for which the condition holds.
     attach::Moment See(const std::function<bool(const attach::Moment&)>& what) {
         attach::Moment moment{};
         int count = 0;
@@ -124,7 +125,7 @@ TEST_F(WindowsOfAPlugin, EditsAreHeardAndWhatPlaysIsSeenWhileTheAudioSideNeverWa
     Sound sound = window->ReadSound();
     EXPECT_EQ(SoundText(sound), instrument.State());
 
-    // A key of the window's, and its orbit.
+    // A key of the window, and its orbit.
     sound.envelopes[2] = sound.envelopes[3] = {{0, false, 1}, {1, true, 0}};
     window->Edit(sound);
     window->Strike('\x90', 60, 100);
@@ -137,7 +138,7 @@ TEST_F(WindowsOfAPlugin, EditsAreHeardAndWhatPlaysIsSeenWhileTheAudioSideNeverWa
     EXPECT_EQ(attach::MomentOf(shown), later);
     EXPECT_EQ(CountActive(shown.voices), 1);
 
-    // The numbers, the formula, the macros and the points, one by one, and all of it is kept.
+    // Edits the numbers, the formula, the macros and the points one by one; all edits are kept.
     sound.texts[0] = "3.5";
     sound.function.expression = "4*a*x";
     window->Edit(sound);
@@ -152,7 +153,7 @@ TEST_F(WindowsOfAPlugin, EditsAreHeardAndWhatPlaysIsSeenWhileTheAudioSideNeverWa
     EXPECT_TRUE(instrument.TakeEdited());
     EXPECT_FALSE(instrument.TakeEdited());
 
-    // A formula that is none is left out, now and with what is edited next.
+    // An invalid formula is left out, now and in the next edit.
     sound.function.expression = "x+";
     window->Edit(sound);
     sound.texts[0] = "4.5";
@@ -160,7 +161,7 @@ TEST_F(WindowsOfAPlugin, EditsAreHeardAndWhatPlaysIsSeenWhileTheAudioSideNeverWa
     sound.function.expression = "4*a*x";
     Await([&] { return instrument.State() == SoundText(sound); });
 
-    // What the host restores stands before an edit that has crossed it, and is shown.
+    // A state that the host restores takes precedence over an edit that crossed it, and is shown.
     Sound restored;
     restored.function.expression = "y/3";
     bool taken = false;
@@ -169,7 +170,7 @@ TEST_F(WindowsOfAPlugin, EditsAreHeardAndWhatPlaysIsSeenWhileTheAudioSideNeverWa
     EXPECT_EQ(window->ReadSound().function.expression, "y/3");
     EXPECT_EQ(Expression(), "y/3");
 
-    // A window that is killed leaves no key down, and does no harm to another one.
+    // A killed window leaves no key down, and does not affect another window.
     window->Strike('\x90', 64, 100);
     Window other(windows);
     other.See([](const auto& m) { return m.voices[1].active || m.voices[0].key == 64.0F / 127; });
@@ -198,7 +199,7 @@ TEST_F(WindowsOfAPlugin, KeysStruckWhileTheHostStandsStillAreReleasedWhenItGoesO
         std::ranges::all_of(moment.voices, [](const auto& v) { return !v.active || v.released; }));
 }
 
-/// The session has a place for it that the document does not know.
+/// The session has a path for the file that the document does not know.
 TEST_F(WindowsOfAPlugin, AFileThatIsOnlyInTheSessionIsFoundByAWindowAndKeptByIt) {
     const test::TemporaryFolder folder;
     const std::string here = (folder.Path() / "here.png").string();
@@ -215,7 +216,7 @@ TEST_F(WindowsOfAPlugin, AFileThatIsOnlyInTheSessionIsFoundByAWindowAndKeptByIt)
     window.Edit(sound);
     Await([&] { return instrument.State() == SoundText(restored); });
     EXPECT_EQ(instrument.FunctionFile(), here);
-    // What a person chooses, and brings back, is found here too.
+    // Files that the user chooses, or restores by Undo, are found here too.
     Sound other = sound;
     other.function.kind = FunctionKind::Expression;
     window.Edit(other);
@@ -251,7 +252,7 @@ TEST_F(WindowsOfAPlugin, PeersThatAreNoWindowsAreToldWhyAndNothingChanges) {
         const int socket = *windows.Open();
         const timeval patience{2, 0};
         ::setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
-        // The sound comes first, so that an edit of it is one.
+        // The sound comes first, so that an edit refers to it.
         char header[16 + 12];
         EXPECT_EQ(::send(socket, hello.data(), bytes.starts_with(hello) ? 16 : 0, MSG_NOSIGNAL),
                   bytes.starts_with(hello) ? 16 : 0);
@@ -280,13 +281,13 @@ TEST_F(WindowsOfAPlugin, PeersThatAreNoWindowsAreToldWhyAndNothingChanges) {
     EXPECT_EQ(instrument.State(), before);
 }
 
-/// One that never reads, and one that ends with the plug-in.
+/// A window that never reads, and one that ends with the plug-in.
 TEST_F(WindowsOfAPlugin, NobodyWaitsForAWindowThatStandsStillAndThePluginsEndIsIts) {
     auto hosted = std::make_unique<HostedInstrument>(std::filesystem::path("/nowhere"), 48000);
     auto itsWindows = std::make_unique<Windows>(*hosted, [](const std::string&) {});
     Window frozen(*itsWindows), window(*itsWindows);
     Sound sound = window.ReadSound();
-    // Altogether more than a socket has room for.
+    // In total more than a socket can buffer.
     sound.info.comment = std::string(100000, 'c');
     for (int i = 0; i < 20; i++) {
         sound.function.expression = "x*" + std::to_string(i);

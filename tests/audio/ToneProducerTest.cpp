@@ -23,7 +23,7 @@ class Sink : public BBufferConsumer, public BTimeSource {
     Sink() : BMediaNode("sink") { starts.reserve(1000); }
     ~Sink() override = default;
 
-    // What it wants; a 0 leaves it to the producer.
+    // The values that the consumer requests; a 0 leaves the choice to the producer.
     std::size_t bufferSize = 4096;
     float frameRate = 0;
     bigtime_t latency = 0;
@@ -402,7 +402,7 @@ TEST_F(ToneProducer, AnEventTakesEffectAtItsFrame) {
     EXPECT_EQ(firstAndLast(), std::pair(501L, 4000L)) << "the first sample of a note is 0";
     RunTo(3 * kBuffer);
     EXPECT_EQ(firstAndLast().first, 71);
-    // What is late, or happened at no time that is known, is played at once.
+    // Late events, and events without a known time, are played at once.
     gate.AllNotesOff(false, timeOf(0));
     gate.NoteOn(0, 69, 127, 0);
     RunTo(4 * kBuffer);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The list of all sounds: what it tells of them, how it is searched, and that it follows the files.
+// Catches faults in the list of all sounds: its entries, its search, and its updates when files
+// change.
 #include "bank/Bank.h"
 
 #include "bank/Thumbnail.h"
@@ -33,7 +34,7 @@ Sound Named(const char* name, const char* category, const char* tags, const char
     return sound;
 }
 
-/// A bank on two folders, and the means of waiting for what becomes of it.
+/// A bank of two folders, with helpers to wait for its results.
 class BankTest : public testing::Test {
   protected:
     BankTest() {
@@ -49,7 +50,7 @@ class BankTest : public testing::Test {
         return folder.Path() / name;
     }
 
-    /// The view that has what is asked for, which has to come within 20 s.
+    /// Returns the view for which the condition holds, which must appear within 20 s.
     template<class Predicate>
     std::shared_ptr<const BankView> Await(Predicate predicate) {
         if (!bank)
@@ -87,7 +88,7 @@ class BankTest : public testing::Test {
     std::unique_ptr<Bank> bank;
 };
 
-/// A pixel's blue, green and red.
+/// Returns a pixel's blue, green and red.
 std::array<int, 3> Pixel(const BBitmap& picture, int column, int row) {
     const auto* at =
         static_cast<const uint8*>(picture.Bits()) + row * picture.BytesPerRow() + column * 4;
@@ -151,7 +152,7 @@ TEST_F(BankTest, FindsAllWordsAnywhereWithoutCaseAndAccents) {
     EXPECT_THAT(Names(*view, {.own = true}), IsEmpty());
 }
 
-/// A tree takes sixty times as much memory as its text.
+/// A document's tree takes sixty times as much memory as its text.
 TEST_F(BankTest, ReadsNothingUnaskedThatIsLargerThanSoundsAre) {
     const std::string text = SoundText(Named("Large", "pad", "", "x*y"));
     for (const std::size_t more : {std::size_t{0}, std::size_t{1} << 20}) {
@@ -188,7 +189,8 @@ TEST_F(BankTest, SaysInALineWhatIsWrongWithASound) {
     for (const std::string& fault : faults)
         EXPECT_THAT(fault, testing::Not(HasSubstr("\n")));
 
-    // The files come, and all is well; what comes in front of one of them is drawn instead.
+    // The missing files appear, and the picture is drawn; a file that takes precedence is drawn
+    // instead.
     folder.Write("own/samples/gone.wav", test::ShortWav({1, 2, 3}, 8000, 1));
     folder.Write("shipped/pictures/gone.png", test::Png(1, 1, {}, {255}));
     const auto blue = [](const BankView& now, int value) {
@@ -215,7 +217,7 @@ TEST_F(BankTest, FollowsTheFilesAndReadsOnlyWhatHasChanged) {
     EXPECT_NE(third->sounds[2]->picture, second->sounds[2]->picture);
     fs::remove(mine);
     AwaitSounds(2);
-    // The whole folder goes and comes.
+    // The whole folder disappears and comes back.
     Save("own/sounds/mine.xml", Named("Mine", "pad", "", "x"));
     AwaitSounds(3);
     fs::remove_all(folder.Path() / "own/sounds");
@@ -228,7 +230,8 @@ TEST_F(BankTest, FollowsTheFilesAndReadsOnlyWhatHasChanged) {
 }
 
 TEST_F(BankTest, DrawsThePlaneAndTheOrbitInIt) {
-    // Blue right of the middle, red left of it; a circle of radius 4 round (2, 0) in 15 units.
+    // Blue right of the centre, red left of it; a circle of radius 4 around (2, 0), with 15 units
+    // in the picture.
     Sound sound = Named("", "", "", "x > 0 ? 1 : -0.25");
     sound.texts[static_cast<std::size_t>(ParameterId::C0x0)] = "2";
     for (const ParameterId id : {ParameterId::Ax0, ParameterId::Ay0})
@@ -239,7 +242,7 @@ TEST_F(BankTest, DrawsThePlaneAndTheOrbitInIt) {
     ASSERT_TRUE(drawn.picture) << drawn.fault;
     EXPECT_EQ(Pixel(*drawn.picture, 46, 2), (std::array{255, 0, 0}));
     EXPECT_EQ(Pixel(*drawn.picture, 1, 24), (std::array{0, 0, 110}));
-    // The circle's right and left end, and its middle.
+    // The circle's right and left end, and its centre.
     const auto column = [](double x) { return static_cast<int>((x + 7.5) / 15 * 48); };
     for (const auto& [x, green] : {std::pair{6.0, true}, {-2.0, true}, {2.0, false}}) {
         int most = 0;
@@ -248,7 +251,7 @@ TEST_F(BankTest, DrawsThePlaneAndTheOrbitInIt) {
         EXPECT_EQ(most > 150, green) << x << ": " << most;
     }
 
-    // What would take long is drawn coarsely, within a bounded time.
+    // A function that takes long is drawn coarsely, within a bounded time.
     std::string dear = "j0(x)";
     for (int i = 0; i < 24; i++)
         dear += "+jn(" + std::to_string(i + 20) + ",3*x+y)";

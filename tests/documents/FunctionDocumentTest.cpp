@@ -46,7 +46,7 @@ TEST(FunctionDocument, EachKindComesBackFromItsFile) {
          {FunctionKind::Expression, FunctionKind::Sample, FunctionKind::Picture}) {
         const auto path = folder.Path() / "f";
         Function written = FullFunction(kind);
-        // What is another kind's is kept, as any element that is not known.
+        // Elements of another kind of function are kept, as unknown elements are.
         if (kind == FunctionKind::Picture)
             written.kept.root = "<samplefile>a</samplefile><frequency>7</frequency>";
         else

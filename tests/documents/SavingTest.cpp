@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Saving when others save too.
+// Catches documents that are lost or mixed when several programs save at the same time.
 #include "documents/SoundDocument.h"
 #include "support/Command.h"
 #include "support/TemporaryFolder.h"
@@ -18,7 +18,7 @@ vexa::Sound SoundOf(const std::string& author) {
     return sound;
 }
 
-/// Whoever looks sees one document or the other, whole.
+/// A reader sees one document or the other, complete.
 TEST(Saving, TwoInstancesAtOnceNeverMixTheirDocuments) {
     const test::TemporaryFolder folder;
     const fs::path path = folder.Path() / "sound.xml";

@@ -67,7 +67,7 @@ Sound RandomSound(unsigned seed) {
     return sound;
 }
 
-/// What a document makes of a sound, and the remarks on it, as those of a file "s".
+/// Returns the sound of a document, and the remarks on it as those of a file "s".
 Sound Interpreted(std::string_view text, std::vector<std::string>& lines, Sound sound = {}) {
     MXString given(text);
     Remarks remarks;
@@ -124,10 +124,10 @@ TEST(SoundDocument, LooksElementsUpByNameWhereverTheyStand) {
         << "a missing group is reported once";
 }
 
-/// What can hardly be meant: each is read as it always is, and never in silence.
+/// Values that are hardly intended: each is read in the usual way, but with a warning.
 TEST(SoundDocument, TellsTheLineAndColumnOfWhatIsMalformed) {
     const struct {
-        /// In place of the group "ay".
+        /// Replaces the group "ay".
         const char* group;
         std::vector<std::string> expected;
     } cases[] = {

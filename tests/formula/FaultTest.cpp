@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What is said of a formula that is none.
+// Catches wrong or missing messages about invalid formulas.
 
 #include "formula/Formula.h"
 
@@ -10,7 +10,7 @@ namespace {
 struct Faulty {
     std::string_view text;
     std::size_t position;
-    /// Parts of what is said.
+    /// Parts of the message.
     std::string_view reason, advice;
 };
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What formulas compute, against values of another origin.
+// Catches formulas that compute wrong values, against values of independent origin.
 
 #include "formula/Formula.h"
 
@@ -107,9 +107,9 @@ TEST(Formula, HearsTheNoteAndTheMacros) {
     EXPECT_TRUE(std::ranges::equal(formula->Inputs(), expected));
     EXPECT_EQ(formula->At(1, 0, std::array{1.0F, 2.0F, 3.0F, 4.0F, 5.0F}.data()), 543213);
     EXPECT_TRUE(Compiled("x*y")->Inputs().empty());
-    // What has no influence is no input.
+    // An input without influence is not listed.
     EXPECT_TRUE(Compiled("(1 ? x : vel) + sin(x)")->Inputs().empty());
-    // The compiler has none of them.
+    // The compiler provides none of these inputs.
     for (const char* text : {"a", "b", "c", "d", "vel", "key", "t", "ctl(1)"})
         EXPECT_TRUE(vexa::CheckExpression(text)) << text;
 }
@@ -121,8 +121,8 @@ const char* const kTerrains[] = {
     "x>y ? nextafterf(x,y)*copysign(x,y) : ldexp(y,3)+fmax(x,y)-fmin(x,y)+(short)(y*1e6)",
 };
 
-/// Blocks of any length, single points and all instruction sets give the same bits, far from 0,
-/// where reductions end, and for what is no number.
+/// Blocks of any length, single points and all instruction sets must give the same bits, far from
+/// 0, at the limits of argument reductions, and for NaN.
 TEST(Formula, IsTheSameOnEveryInstructionSetAndHoweverItIsAsked) {
     Points points(3000);
     const float special[] = {0,       -0.0F, INFINITY, -INFINITY, NAN,   1e-45F,
@@ -157,8 +157,8 @@ TEST(Formula, IsTheSameOnEveryInstructionSetAndHoweverItIsAsked) {
     }
 }
 
-/// Of floats of any kind and size, and of such as have a quotient that is as near to the middle
-/// between two floats as can be.
+/// Divides floats of any kind and size, and such whose quotient is as close as possible to the
+/// midpoint between two floats.
 TEST(Formula, QuotientsAreThoseOfDoublePrecisionOnEveryInstructionSet) {
     std::mt19937 random(3);
     std::vector<float> x, y;
@@ -202,7 +202,7 @@ std::string Repeated(std::string_view text, int count) {
 }
 
 TEST(Formula, IsBoundedWhateverItsText) {
-    // As deep as may be, as long as may be, and with as many values at a time as may be.
+    // As deep as possible, as long as possible, and with as many live values as possible.
     const std::string sum = Repeated("+x*1.5+sin(y*2.5)", 3800);
     ASSERT_LE(sum.size(), vexa::kLongestExpression);
     EXPECT_TRUE(CompileFormula("0" + sum));
@@ -221,7 +221,7 @@ TEST(Formula, IsBoundedWhateverItsText) {
     }
     EXPECT_NE(CompileFormula(first + again).fault.reason.find("too many intermediate values"),
               std::string::npos);
-    // The same operation is done once, and what is known is known before.
+    // Equal operations are computed once, and constant ones in advance.
     EXPECT_EQ(Compiled("(x*y+1)*(y*x+1)")->Length(), 2U);
     EXPECT_EQ(Compiled("x + sin(M_PI/3) * (2 > 1 ? 4 : x)")->Length(), 3U);
     EXPECT_LT(Compiled("x*y")->Cost(), Compiled("sin(x*y)")->Cost());

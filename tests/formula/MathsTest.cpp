@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// How exact the functions of the maths library are in double precision.
+// Catches functions of the maths library that are less accurate in double precision than required.
 
 #include "formula/FormulaLoops.h"
 
@@ -36,8 +36,8 @@ double Computed(Op op, double x, double y = 0) {
     return values[0];
 }
 
-/// How many units of the last place of `exact` the value is off; 0 where both are the same or no
-/// numbers.
+/// Returns by how many units in the last place of `exact` the value is off; 0 if both are equal or
+/// both NaN.
 double Ulps(double value, long double exact) {
     const auto rounded = static_cast<double>(exact);
     if (value == rounded || (std::isnan(value) && std::isnan(rounded)))
@@ -74,8 +74,8 @@ const Function kLibrary[] = {
 };
 // clang-format on
 
-/// The library's own forms of long double are the measure; the greatest errors are in the record of
-/// the run.
+/// The C library's long double functions are the reference; the greatest errors are recorded in the
+/// run's output.
 void ExpectWithinUlps(std::span<const Function> functions, double slack) {
     std::mt19937_64 random(3);
     for (const Function& function : functions) {
@@ -103,7 +103,7 @@ TEST(FormulaMaths, OwnPolynomialsAreWithinThreeUlps) {
     ExpectWithinUlps(kOwn, 0);
 }
 
-/// What SLEEF promises, and what the measure itself is off.
+/// The error that SLEEF guarantees, and the error of the reference itself.
 TEST(FormulaMaths, LibraryKeepsItsPromise) {
     ExpectWithinUlps(kLibrary, 0.1);
 }
@@ -126,7 +126,7 @@ TEST(FormulaMaths, AnglesAndPowersAreExactInAllDirections) {
     RecordProperty("pow", std::to_string(worstPower));
     EXPECT_LE(worst, 2.5);
     EXPECT_LE(worstPower, 1.1);
-    // Just below what is infinite.
+    // Just below the overflow to infinity.
     EXPECT_LE(Ulps(Computed(Op::Pow, 0x1.fffffep127, 8), std::pow(0x1.fffffep127L, 8)), 3);
     const double special[] = {
         0.0,         -0.0,  1,     -1,     2,     -3, 0.5, double(INFINITY), -double(INFINITY),

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What gcc makes of single operations.
+// Compiles single operations with gcc, as the reference for formulas.
 #pragma once
 
 #include "formula/RandomTrees.h"
@@ -19,7 +19,7 @@
 
 namespace test {
 
-/// A node together with the types of its operands and its own after C's promotion.
+/// A node with the types of its operands and its own type after C's promotions.
 struct NodeKind {
     std::string pattern, demand;
     std::vector<vexa::formula::Type> operands;
@@ -28,17 +28,18 @@ struct NodeKind {
     auto operator<=>(const NodeKind&) const = default;
 };
 
-/// Compiles kinds of nodes with the compiler and the options of add-ons, though not to vectors.
+/// Compiles kinds of nodes with the compiler and the options of add-ons, but without vectorization.
 class NodeCompiler {
   public:
-    /// Over arrays of the types: to[i] where what the node demands holds, which `holds` tells.
+    /// A loop over arrays of the types. It computes to[i] where the node's demand holds, and stores
+    /// in `holds` whether it does.
     using Loop = void (*)(const void* const* operands, void* to, unsigned char* holds, long count);
 
     void Want(const NodeKind& kind) {
         if (loops.try_emplace(kind, nullptr).second)
             wanted.push_back(kind);
     }
-    /// False where the compiler disagrees with a type.
+    /// Fails if the compiler disagrees with a type.
     testing::AssertionResult Compile() {
         if (wanted.empty())
             return testing::AssertionSuccess();
@@ -74,14 +75,14 @@ class NodeCompiler {
         std::ostringstream source;
         source << "#pragma GCC optimize(\"O1\")\n"
                   "#include <math.h>\n"
-                  // Whole numbers fit, as they are cut to their last bits.
+                  // Whole numbers always fit, as they are cut to their lowest bits.
                   "#define FITS(p, low, high) \\\n"
                   "    (WHOLE(__typeof__(p)) || ((p) > (low) && (p) < (high)))\n"
                   "#define SHIFTS(p, q) ((q) >= 0 && (q) < 8 * sizeof(+(p)))\n"
                   "#define DIVIDES(p, q, t) \\\n"
                   "    ((t)(q) != 0 && ((t)-1 > 0 || (t)(q) != (t)-1 || \\\n"
                   "                     (t)(p) != (t)1 << (8 * sizeof(t) - 1)))\n";
-        // A long long is as good as a long.
+        // A long long counts as a long.
         source << "#define WHOLE(t) ((t)0.5 == 0)\n"
                   "#define IS_OF(t, value) \\\n"
                   "    _Static_assert(sizeof(+(value)) == sizeof(t) && \\\n"

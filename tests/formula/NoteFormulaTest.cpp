@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Formulas that hear the note, played by twenty voices.
+// Catches wrong values of formulas that use inputs of the note, played by twenty voices.
 
 #include "formula/Formula.h"
 #include "support/AgainstReference.h"
@@ -29,8 +29,8 @@ std::vector<Event> PieceWithLimits(std::size_t samples) {
     return events;
 }
 
-/// Each voice by its own velocity, key and time, which goes on after a release and begins anew with
-/// the note that takes a voice over.
+/// Each voice uses its own velocity, key and time; the time continues after a release and restarts
+/// with the note that steals a voice.
 TEST(NoteFormula, EachVoiceIsTheScalarReference) {
     const auto opening = [](float x, float y, const Hearing& h) {
         return float((0.2 + 0.8 * h.vel) * std::sin(double(3 * x + 2 * h.t)) * std::cos(double(y)));
@@ -56,8 +56,8 @@ TEST(NoteFormula, EachVoiceIsTheScalarReference) {
     expect("(x+t*y)/(1+x*x+y*y+t)*key*vel+a*b/(1+x*x)*ctl(74)-c*d*ctl(1)/(2+y*y)", all, samples);
 }
 
-/// By MPE a note's macros are those of its own channel's controllers, pressure and 74 included,
-/// until the master's are for all.
+/// With MPE a note's macros follow the controllers of its own channel, pressure and 74 included,
+/// until the master's apply to all.
 TEST(NoteFormula, MacrosOfANoteAreThoseOfItsChannel) {
     constexpr int kPressure = 2;
     constexpr int kControllers[] = {16, 74, kPressure, 19};
@@ -65,7 +65,8 @@ TEST(NoteFormula, MacrosOfANoteAreThoseOfItsChannel) {
     std::vector<Event> events = test::Piece(samples, 3, kControllers);
     for (std::size_t i = 0; i < events.size(); i++) {
         Event& event = events[i];
-        // One key has one channel, which several share; of controllers one in three is for all.
+        // Each key has one channel, which several keys share; one in three controllers applies to
+        // all.
         event.channel = event.kind == Event::Kind::Note ? 1 + event.number % 15
                         : i % 3 == 0                    ? 0
                                                         : 1 + int(i % 15);
@@ -97,7 +98,7 @@ TEST(NoteFormula, MacrosOfANoteAreThoseOfItsChannel) {
     }
 }
 
-/// Where a note begins, or a legato key takes it over, while what the formula hears is on its way.
+/// A note begins, or a legato key takes it over, while inputs of the formula are changing.
 TEST(NoteFormula, ANoteBeginsAndGoesOnWithoutAClickWhileWhatItHearsMoves) {
     const struct {
         const char* text;
@@ -125,7 +126,7 @@ TEST(NoteFormula, ANoteBeginsAndGoesOnWithoutAClickWhileWhatItHearsMoves) {
                 at += count;
             };
             play(1000);
-            // In the frame in which it begins to move, and on the way.
+            // In the frame in which the change begins, and during the change.
             for (const int value : {127, 0}) {
                 instrument.consumer.ControlChange(0, uchar(row.controller), uchar(value), 0);
                 instrument.consumer.NoteOn(0, uchar(value ? 52 : 43), 127, 0);
@@ -159,8 +160,9 @@ class Counted : public vexa::PlaneSource {
     std::shared_ptr<const vexa::PlaneSource> f;
 };
 
-/// What is released and silent costs nothing, but answers as ever to hands that move what it hears.
-/// Time goes on by itself: where it is heard, ten seconds without a change are waited for.
+/// Released, silent notes cost nothing, but respond as ever to controllers that change their
+/// inputs. Time passes without a controller: a formula that uses it rests only after ten seconds
+/// without a change.
 TEST(NoteFormula, ReleasedNotesThatAreSilentRestUntilAHandMoves) {
     constexpr std::size_t kSecond = 44100, kSeconds = 40;
     using Kind = Event::Kind;
@@ -174,7 +176,7 @@ TEST(NoteFormula, ReleasedNotesThatAreSilentRestUntilAHandMoves) {
     events.push_back({38 * kSecond, Kind::Note, 62, 100});
     const auto setUp = [](vexa::Engine& instrument, const std::string& text) {
         test::MakeRich(instrument);
-        // At last no drift: notes stand at another place each.
+        // Finally without drift; each note stands at another place.
         vexa::sound_param& p = instrument.parameters;
         p.Cx1 = p.Cx3 = p.Cy2 = p.Ay2 = 0;
         test::SetEnvelope(instrument.envelopes[0],
@@ -187,7 +189,7 @@ TEST(NoteFormula, ReleasedNotesThatAreSilentRestUntilAHandMoves) {
         return (x + 0.3F) * (1 + h.macros[0]) + y * h.ctl[1];
     };
     const std::string text = "(x+0.3f)*(1+a)+y*ctl(1)";
-    // `more` is what hears the time, `late` the difference that may be left of it.
+    // `more` is the term that uses the time, `late` the difference that may remain of it.
     const auto expectSeconds = [&](const char* more, const auto& moves, float late, double least,
                                    double most) {
         for (const std::size_t blockLimit : {kSecond, std::size_t(37)}) {
@@ -210,14 +212,14 @@ TEST(NoteFormula, ReleasedNotesThatAreSilentRestUntilAHandMoves) {
         "", [](double) { return 0.0; }, 1e-6F, 3, 12);
     expectSeconds(
         "+0.3*exp(-2*t)", [](double t) { return 0.3 * std::exp(-2 * t); }, 1e-6F, 22, 30);
-    // What moves too slowly to be heard is left out, what does not goes on.
+    // Changes too slow to be audible are left out, others continue.
     expectSeconds(
         "+0.02*sin(6.0*t)", [](double t) { return 0.02 * std::sin(6 * t); }, 1e-3F, 22, 30);
     expectSeconds(
         "+0.1*sin(60.0*t)", [](double t) { return 0.1 * std::sin(60 * t); }, 1e-4F, 80, 90);
 
-    // Where controllers are smoothed, a note that rested is as one that never did, as a hand moves
-    // what it hears all the time, if to no effect.
+    // If controllers are smoothed, a note that rested equals one that never did, for which a
+    // controller moves all the time without an effect.
     std::vector<std::vector<float>> heard;
     for (const bool rests : {true, false}) {
         vexa::Engine instrument;

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Random expressions, node by node against the C compiler and as a whole against plain evaluation.
+// Compares random expressions node by node with the C compiler, and as a whole with plain
+// evaluation.
 //
-// VEXA_FORMULA_MINUTES: goes on for so many minutes, with a seed after the other.
+// VEXA_FORMULA_MINUTES: runs for that many minutes, with one seed after the other.
 
 #include "formula/ExpressionGrammar.h"
 #include "formula/Formula.h"
@@ -50,8 +51,8 @@ struct alignas(64) Lanes {
     }
 };
 
-/// What x, y and whatever else a formula hears are at the points: mostly of the sizes that sounds
-/// have, some far from 0 and near it, and numbers that are special.
+/// The values of x, y and the other inputs at the points: mostly of usual size, some far from 0 or
+/// near it, and special numbers.
 struct RandomPoints {
     std::array<std::array<float, kPoints>, kInputs> values;
 
@@ -74,7 +75,7 @@ struct RandomPoints {
     }
 };
 
-/// All values of a graph at all points, by the loops one after the other.
+/// Returns all values of a graph at all points, computed by one loop after the other.
 std::vector<Lanes> Evaluate(const Graph& graph, const RandomPoints& points) {
     const vexa::formula::FormulaLoops loops = vexa::formula::RunnableFormulaLoops().back();
     std::vector<Lanes> all(graph.Nodes().size());
@@ -96,7 +97,7 @@ std::vector<Lanes> Evaluate(const Graph& graph, const RandomPoints& points) {
     return all;
 }
 
-/// Whether a node, that is no function of long double, has one value only that C allows.
+/// Returns true if C allows only one value for a node that is not a function of long double.
 bool IsExact(std::string_view name) {
     static constexpr std::string_view kExact[] = {
         "ceil",  "copysign", "fabs",      "fdim",      "floor",      "fma",       "fmax",
@@ -107,10 +108,10 @@ bool IsExact(std::string_view name) {
     return !function || std::ranges::find(kExact, function->name) != std::end(kExact);
 }
 
-/// Whether a value is what the compiler's library gives, or near enough.
+/// Returns true if a value equals that of the compiler's library, or is close enough.
 bool Agrees(std::string_view pattern, Type type, double value, double expected) {
     if (value == expected || (std::isnan(value) && std::isnan(expected)))
-        // Which zero fmin and fmax give is open.
+        // C leaves open which zero fmin and fmax return.
         return std::signbit(value) == std::signbit(expected) || std::isnan(value) ||
                pattern.find("fm") != std::string_view::npos;
     const bool isLong = pattern.starts_with("(double)") && pattern.ends_with(")");
@@ -121,18 +122,18 @@ bool Agrees(std::string_view pattern, Type type, double value, double expected) 
     const double size = std::fabs(expected), error = std::fabs(value - expected);
     const bool single = type == Type::Float;
     if (name[0] == 'j' || name[0] == 'y')
-        // Those of float are no measure, as the library computes with floats.
+        // Float functions are no reference, as the library computes with floats.
         return error <= (single ? 1e-4 : 1e-13) * std::max(1.0, size);
     const int exponent = std::max(size == 0 ? -2000 : std::ilogb(size), single ? -126 : -1022);
     const double ulp = std::ldexp(1.0, exponent - (single ? 23 : 52));
-    // The library's own gamma functions are up to 10 off (the glibc manual, "Known Maximum
+    // The library's own gamma functions are off by up to 10 units (the glibc manual, "Known Maximum
     // Errors").
     const bool gamma = name.substr(1).starts_with("gamma");
     return error <= (gamma ? 14 : 4) * ulp || (name.starts_with("lgamma") && error <= 1e-15) ||
            (name.starts_with("tgamma") && size < 0x1p-1022);
 }
 
-/// An expression as a graph that has each of its nodes.
+/// An expression as a graph that contains each of its nodes.
 struct Read {
     explicit Read(test::Tree whole) : tree(std::move(whole)) {
         vexa::Refusals refusals;
@@ -149,7 +150,8 @@ struct Read {
     }
 
     const std::string& Text() const { return tree.Texts().back(); }
-    /// What the compiler is asked for; nothing where the node is what the formula is given.
+    /// The kind of node that the compiler computes; no value if the node is an input of the
+    /// formula.
     std::optional<test::NodeKind> KindOf(std::size_t k) const {
         if (graph.Nodes()[std::size_t(values[k])].op == Op::Input)
             return std::nullopt;
@@ -166,7 +168,7 @@ struct Read {
     Value root = vexa::formula::kNone;
 };
 
-/// How many values agreed with the compiler's.
+/// The number of values that agreed with the compiler's.
 std::size_t CompareNodes(const Read& read, const std::vector<Lanes>& all,
                          const test::NodeCompiler& compiler) {
     std::size_t number = 0;
@@ -201,7 +203,8 @@ std::size_t CompareNodes(const Read& read, const std::vector<Lanes>& all,
     return number;
 }
 
-/// The program of every instruction set is what its operations give one after the other.
+/// The program of every instruction set must give the same values as its single operations in
+/// order.
 void CompareWhole(const Read& read, const std::vector<Lanes>& all, const RandomPoints& points) {
     const Lanes& expected = all[std::size_t(read.root)];
     for (const vexa::formula::FormulaLoops& loops : vexa::formula::RunnableFormulaLoops()) {
@@ -225,7 +228,7 @@ void CompareWhole(const Read& read, const std::vector<Lanes>& all, const RandomP
     }
 }
 
-/// Every function with every ending, and others.
+/// Every function with every suffix, and others.
 std::vector<std::unique_ptr<Read>> Expressions(unsigned seed, std::size_t count) {
     test::RandomTrees random(seed);
     std::vector<std::unique_ptr<Read>> all;
@@ -243,8 +246,8 @@ std::vector<std::unique_ptr<Read>> Expressions(unsigned seed, std::size_t count)
     return all;
 }
 
-/// Exact operations bit for bit, maths functions within 4 units of the last place, and what C
-/// leaves undefined left out. A million points with each seed.
+/// Exact operations agree bit for bit, maths functions within 4 units in the last place; values
+/// that C leaves undefined are left out. A million points with each seed.
 TEST(RandomFormula, IsNodeByNodeWhatTheCompilerMakesOfIt) {
     using Clock = std::chrono::steady_clock;
     const char* minutes = std::getenv("VEXA_FORMULA_MINUTES");

@@ -18,16 +18,17 @@ namespace test {
 struct TreeNode {
     /// Its C text, where $0, $1 and $2 stand for the operands.
     std::string pattern;
-    /// Of C's precedences, where calls and names have 15, signs and casts 14.
+    /// C's precedence of the operation; calls and names have 15, signs and casts 14.
     int precedence = 15;
     /// The precedence below which an operand is put into parentheses.
     std::array<int, 3> needs{};
     std::vector<std::size_t> operands{};
-    /// What C demands of the operands, in the terms of NodeCompiler; else its value is undefined.
+    /// The condition that C requires of the operands, in the terms of NodeCompiler; otherwise the
+    /// value is undefined.
     std::string demand{};
 };
 
-/// The nodes of an expression, operands before those that take them; the last is the whole.
+/// The nodes of an expression, operands before their operations; the last node is the root.
 class Tree {
   public:
     std::size_t Add(TreeNode node) {
@@ -48,7 +49,7 @@ class Tree {
     }
 
     const std::vector<TreeNode>& Nodes() const { return nodes; }
-    /// Of the expression that a node is the whole of.
+    /// Returns for each node the text of the expression whose root it is.
     const std::vector<std::string>& Texts() const { return texts; }
 
   private:
@@ -60,14 +61,14 @@ class RandomTrees {
   public:
     explicit RandomTrees(unsigned seed) : random(seed) {}
 
-    /// An expression of any type, with at most so many operations above each other.
+    /// Returns an expression of any type, with at most `depth` nested operations.
     Tree Any(int depth) {
         tree = {};
         Number(depth);
         return tree;
     }
-    /// A call of that function, whose name may have an ending; what is a long double is converted
-    /// to double.
+    /// Returns a call of the function, whose name may have a suffix; a long double result is
+    /// converted to double.
     Tree CallOf(const vexa::MathFunction& function, const std::string& ending, int depth) {
         tree = {};
         Call(function, ending, depth);
@@ -106,7 +107,7 @@ class RandomTrees {
     }
 
     std::size_t Binary(const Operator& op, std::size_t a, std::size_t b, std::string demand = "") {
-        // Of equal precedence the left one comes first.
+        // Operators of equal precedence associate to the left.
         return tree.Add({std::string("$0 ") + op.text + " $1",
                          op.precedence,
                          {op.precedence, op.precedence + 1},
@@ -186,7 +187,7 @@ class RandomTrees {
         return tree.Add({"$0 ? $1 : $2", 3, {4, 0, 3}, {condition, a, b}});
     }
     std::size_t Prefixed(const char* sign, std::size_t operand, const char* demand = "") {
-        // Two signs of a kind would be another operator.
+        // Two equal signs in a row would form another operator.
         const bool sticks = (sign[0] == '-' || sign[0] == '+') && sign[1] == 0;
         return tree.Add({std::string(sign) + "$0", 14, {sticks ? 15 : 14}, {operand}, demand});
     }
@@ -201,7 +202,7 @@ class RandomTrees {
         const auto macros = vexa::MathMacros();
         const bool macro =
             std::ranges::find(macros, function.name, &vexa::MathFunction::name) != macros.end();
-        // The neighbours of a long double are others.
+        // The neighbours of a long double differ from those of a double.
         const bool isLong = ending == "l" && !macro && !is({"nextafter", "nexttoward"});
         TreeNode node;
         if (isLong && !function.integer)
@@ -212,7 +213,7 @@ class RandomTrees {
         if (function.order)
             node.pattern += OneOf(std::to_array({"0, ", "1, ", "2, ", "3, ", "17, ", "100, "}));
         for (int i = function.order ? 1 : 0; i < function.arguments; i++) {
-            // A macro's arguments are numbers with a fraction, and those of long double are double.
+            // The macros take floating-point arguments, and long double ones as double.
             std::size_t argument = Number(depth - 1);
             const bool wide = isLong || (i == 1 && is({"nexttoward"}));
             if (macro || wide)
@@ -229,7 +230,7 @@ class RandomTrees {
         else if (is({"lrint", "llrint", "lround", "llround"}))
             node.demand = ending == "f" ? "FITS((float)$0, -0x1p63, 0x1p63)"
                                         : "FITS((double)$0, -0x1p63, 0x1p63)";
-        // The library's powl takes such powers for odd.
+        // The C library's powl treats powers from 2^63 on as odd.
         else if (is({"pow"}) && isLong)
             node.demand = "fabs((double)$1) < 0x1p63";
         // Processors differ in the signs of NaNs.
@@ -237,7 +238,7 @@ class RandomTrees {
             node.demand = "$1 == $1";
         else if (is({"signbit"})) {
             node.demand = "$0 == $0";
-            // Which number it is where there is a sign is open.
+            // C leaves open which nonzero number is returned for a set sign.
             node.pattern += " != 0";
             node.precedence = 9;
         }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The block form of a compiled add-on, against its point form.
+// Catches differences between the block form and the point form of a compiled add-on.
 #include "functions/ProgramFolder.h"
 
 #include <cmath>
@@ -12,7 +12,7 @@
 
 namespace {
 
-/// How many floats lie between two numbers; both not numbers count as equal.
+/// Returns the number of floats between two numbers; two NaNs count as equal.
 long Distance(float a, float b) {
     if (std::isnan(a) || std::isnan(b))
         return std::isnan(a) && std::isnan(b) ? 0 : 1000000;

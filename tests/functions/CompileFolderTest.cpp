@@ -29,8 +29,8 @@ TEST(CompileFolder, IsTheOwnersAloneAndGoesWithItsObject) {
     EXPECT_EQ(parent.Count(), 0U);
 }
 
-/// What a program that was killed in mid-compile has left goes with the next one, and nothing else
-/// does.
+/// The next compilation removes the files of a program that was killed while it compiled, and
+/// nothing else.
 TEST(CompileFolder, RemovesWhatAKilledProgramHasLeft) {
     const test::TemporaryFolder parent;
     const fs::path precious = parent.Write("elsewhere/precious", "x");

@@ -11,7 +11,7 @@ using vexa::CheckExpression;
 
 struct Refused {
     std::string expression;
-    /// Byte at which the reason lies, and a part of it.
+    /// The byte offset of the fault, and a part of its text.
     std::size_t position;
     std::string reason;
 };
@@ -159,7 +159,7 @@ TEST(ExpressionCheck, AcceptsAllOfCsArithmetic) {
                     "0xffffffffffffffff"});
 }
 
-/// Places no more trust in the stack than the limits promise.
+/// The checker uses no more stack than its limits allow.
 TEST(ExpressionCheck, BoundsLengthAndDepth) {
     const auto repeat = [](std::string_view text, int count) {
         std::string all;

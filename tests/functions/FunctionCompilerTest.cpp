@@ -65,7 +65,7 @@ TEST(FunctionCompiler, ComputesLongDoubleInDouble) {
               "(  double) fmod(x + 1.5, 0x1p-3) + sizeless(1L)");
     EXPECT_EQ(vexa::WithoutLongDouble("(double long)ceil(x)*ceill(y)-HUGE_VALL+(long)x"),
               "(double )ceil(x)*ceil(y)-HUGE_VAL+(long)x");
-    // What the x87 unit takes milliseconds for.
+    // An operation that takes the x87 unit milliseconds.
     const std::string slow = "fmodl((x+1)*1e4900L,3e-4930L)+fmodl((y+1)*1e4900L,3e-4930L)";
     const CompileOutcome outcome = FunctionCompiler(folder.Path()).Compile(slow);
     ASSERT_TRUE(outcome) << outcome.text;
@@ -82,7 +82,7 @@ TEST(FunctionCompiler, RefusesWhatCostsTooMuchToBePlayed) {
     EXPECT_FALSE(outcome.addon);
     EXPECT_THAT(outcome.alerts, ElementsAre(CompilerAlert(folder)));
     EXPECT_THAT(outcome.text, HasSubstr("microseconds for a point"));
-    // Costly far from the origin alone.
+    // Expensive only far from the origin.
     EXPECT_THAT(FunctionCompiler(folder.Path())
                     .Compile("x>900 ? fmod(exp(500+x-1000),3e-308)*0" + expression.substr(1) + ":x")
                     .text,

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Expressions that people write pass the check, and the add-ons compute them right.
+// Catches usual expressions that the check refuses, or that an add-on computes wrongly.
 
 #include "support/HonestExpressions.h"
 
@@ -43,7 +43,7 @@ TEST(HonestExpressions, AreAcceptedAndComputedRight) {
     }
 }
 
-/// Every name that is accepted is one that the maths header declares, with that many arguments.
+/// The maths header declares every accepted name, with that number of arguments.
 TEST(HonestExpressions, EveryNameOfTheTablesCompiles) {
     std::ostringstream sum;
     const auto add = [&sum](const std::string& name, const vexa::MathFunction& function) {

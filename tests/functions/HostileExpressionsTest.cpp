@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Expressions that try to be more than arithmetic. None of them may reach the compiler.
+// Expressions that try to do more than arithmetic. Catches any of them that reaches the compiler.
 
 #include "functions/ExpressionCheck.h"
 #include "functions/ProgramFolder.h"
@@ -13,13 +13,13 @@ namespace fs = std::filesystem;
 
 struct Hostile {
     std::string_view expression;
-    /// What it would do if it were compiled.
+    /// Its effect if it were compiled.
     const char* aim;
 };
 
 // clang-format off
 constexpr Hostile kHostile[] = {
-    // Running something.
+    // Running a program.
     {R"(({system("id"); x;}))", "a statement expression runs a command"},
     {R"(system("id"))", "calls into the C library"}, {"((int(*)())0)()", "calls an address"},
     {"(*(int(*)(void))x)()", "calls an address"}, {"exit(1)", "ends the program"},
@@ -82,7 +82,7 @@ constexpr Hostile kHostile[] = {
     {"*&x", "goes through an address"}, {"&x", "an address"}, {"*(float*)0", "reads an address"},
     {"(char*)x", "makes a pointer"}, {"x[y]", "reads an address"}, {"x.y", "a structure"},
     {"x->y", "a structure"},
-    // Texts, types and what else C has.
+    // String literals, types and other parts of C.
     {"\"a\"[0]", "reads a text"}, {"'a'", "a character"}, {"L'a'", "a wide character"},
     {"u8\"a\"", "a text with a prefix"}, {"R\"(x)\"", "a raw text"},
     {"(float){x}", "a compound literal"}, {"(int[]){1, 2}[0]", "a compound literal"},
@@ -119,7 +119,7 @@ std::string Repeated(std::string_view text, std::size_t count) {
 
 TEST(HostileExpressions, NoneReachesTheCompiler) {
     const test::ProgramFolder folder;
-    // A compiler that tells that it was started.
+    // A compiler that reports that it was started.
     const fs::path started = folder.Path() / "started";
     const fs::path compiler = folder.Path() / "path/gcc";
     fs::create_directories(compiler.parent_path());
@@ -131,7 +131,7 @@ TEST(HostileExpressions, NoneReachesTheCompiler) {
     for (const auto& [expression, aim] : kHostile) {
         EXPECT_TRUE(vexa::CheckExpression(expression)) << expression << ": " << aim;
         EXPECT_FALSE(functions.Compile(expression)) << expression << ": " << aim;
-        // Among other things, it is refused as well.
+        // As a part of a larger expression it is refused as well.
         const std::string inside = "sin(x) + (" + std::string(expression) + ")";
         EXPECT_TRUE(vexa::CheckExpression(inside)) << inside << ": " << aim;
     }
@@ -142,7 +142,7 @@ TEST(HostileExpressions, NoneReachesTheCompiler) {
     EXPECT_TRUE(fs::exists(started)) << "but it is the one that is started";
 }
 
-/// Some are harmless but for their size.
+/// Some are harmless except for their size.
 TEST(HostileExpressions, SizeCostsNothing) {
     constexpr std::size_t kSize = 2'000'000;
     for (const std::string_view text : {"(", ")", "-", "- ", "x+", "1", "sin(", "(int)", "x?",

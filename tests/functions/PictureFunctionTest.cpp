@@ -24,8 +24,8 @@ Picture Noise(int width, int height) {
     return std::make_shared<const kits::BrightnessMap>(std::move(map));
 }
 
-/// The mean of the pixels by how much of each lies under a square as large as a pixel round the
-/// point: bilinear interpolation, told otherwise.
+/// Returns the mean of the pixels, weighted by their overlap with a pixel-sized square around the
+/// point: another form of bilinear interpolation.
 double Reference(const kits::BrightnessMap& map, double x, double y) {
     const double pixel = 10.0 / std::max(map.width, map.height);
     const double left = map.width * -pixel / 2, top = map.height * pixel / 2;
@@ -55,10 +55,10 @@ TEST(PictureFunction, IsBilinearAndSpansTenByItsLongerSide) {
             const float y = (float(random()) / 4294967296.0F - 0.5F) * float(pixel * (height + 1));
             worst = std::max(worst, std::abs(f(x, y) - Reference(*picture, x, y)));
         }
-        // A place among 600 pixels has a resolution of 2^-15 pixel.
+        // A position among 600 pixels has a resolution of 2^-15 pixel.
         EXPECT_LT(worst, 1e-4) << width << " x " << height;
     }
-    // As it is seen: the second pixel is right of the first, the second row below.
+    // As on the screen: the second pixel is right of the first, the second row below.
     const Picture corners = std::make_shared<const kits::BrightnessMap>(
         kits::BrightnessMap{2, 2, {0.1F, 0.2F, 0.3F, 0.4F}});
     const PlaneFunction f = std::make_shared<PictureTerrain>(corners);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A program folder that lives as long as a test.
+// A program folder that exists as long as a test.
 #pragma once
 
 #include "functions/FunctionCompiler.h"
@@ -13,7 +13,7 @@
 
 namespace test {
 
-/// Has the template that the program comes with, unless a test takes it away.
+/// A program folder with the template that the program comes with, unless a test removes it.
 class ProgramFolder {
   public:
     explicit ProgramFolder(const std::filesystem::path& name = "program")
@@ -32,7 +32,7 @@ class ProgramFolder {
     void WriteTemplate(std::string_view text) const {
         std::ofstream(Functions() / "addon.c", std::ios::binary) << text;
     }
-    /// The names in the folder "functions", hidden ones included.
+    /// Returns the names in the folder "functions", hidden ones included.
     std::set<std::string> Files() const {
         std::set<std::string> names;
         for (const auto& entry : std::filesystem::directory_iterator(Functions()))
@@ -45,7 +45,7 @@ class ProgramFolder {
     std::filesystem::path path;
 };
 
-/// How many add-ons this process has loaded.
+/// Returns the number of add-ons that this process has loaded.
 inline int LoadedAddOns() {
     int count = 0;
     const auto look = [](dl_phdr_info* info, std::size_t, void* data) {

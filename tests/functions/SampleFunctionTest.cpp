@@ -25,7 +25,7 @@ using vexa::SampleSpiral;
 using vexa::Winding;
 using vexa::WindingFor;
 
-/// The values as a sample of 1000 Hz.
+/// Returns the values as a sample of 1000 Hz.
 SampleFrames Load(const std::vector<float>& values) {
     const TemporaryFolder folder;
     EXPECT_TRUE(test::WriteSound(folder.Path() / "a.wav", values, 1000));
@@ -43,7 +43,7 @@ std::vector<float> Ramp(std::size_t n) {
     return values;
 }
 
-/// The spiral in double precision, for points within the sample.
+/// Returns the spiral's value in double precision, for points within the sample.
 double Reference(const std::vector<float>& sample, const Winding& spiral, double x, double y) {
     const double phi = std::atan2(-y, -x) / (2 * std::numbers::pi) + 0.5;
     const double u = std::hypot(x, y) / spiral.alphap - phi;
@@ -186,7 +186,7 @@ TEST(LoadSample, TellsWhyThereIsNone) {
     refuse("none/missing.wav", "no such folder");
     refuse("", "not a file");
 
-    // A header that promises more than the file holds gives what there is.
+    // A header that claims more frames than the file holds gives those that exist.
     std::string cut = test::ShortWav(std::vector<int>(1000, 16384), 44100, 1);
     cut.resize(44 + 200);
     const auto loaded = LoadSample(folder.Write("cut.wav", cut));

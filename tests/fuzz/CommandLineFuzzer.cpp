@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Any command line of either program gives options in range or a message. Arguments end at line
-// feeds.
+// Fails if a command line of either program gives neither options in range nor a message. Arguments
+// end at line feeds.
 
 #include "app/AppOptions.h"
 #include "fuzz/Fuzzing.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the check lets through is compiled: the object defines the three functions of an add-on, and
-// needs nothing but the maths library. The compiler is the judge of the check.
+// Compiles the expressions that pass the check. Fails if the object defines more than the three
+// functions of an add-on, or needs anything but the maths library. The compiler thus verifies the
+// check.
 
 #include "functions/ExpressionCheck.h"
 #include "fuzz/Fuzzing.h"
@@ -20,7 +21,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Whether the maths library itself, not one that it needs, has a function of that name.
+/// Returns true if the maths library itself, not one that it needs, has a function of that name.
 bool IsOfTheMathsLibrary(const char* name) {
     static void* const library = ::dlopen("libm.so.6", RTLD_NOW | RTLD_LOCAL);
     void* const address = library ? ::dlsym(library, name) : nullptr;
@@ -29,7 +30,7 @@ bool IsOfTheMathsLibrary(const char* name) {
            std::strstr(info.dli_fname, "libm.so") != nullptr;
 }
 
-/// The object's tables are the compiler's own, so they are taken as they are.
+/// The compiler made the object's tables, so they are not validated.
 template<class Row>
 std::span<const Row> Rows(const std::string& object, const ElfW(Shdr) & section) {
     return {reinterpret_cast<const Row*>(object.data() + section.sh_offset),
@@ -78,7 +79,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8* data, std::size_t size) {
     fuzz::Require(result.end == kits::ChildResult::End::exited,
                   "the compiler stays within its limits");
     if (result.number != 0)
-        return 0; // the types were wrong, which is the compiler's business
+        return 0; // the types were wrong, which only the compiler can detect
     const auto object = kits::ReadFile(folder / "a.o");
     fuzz::Require(bool(object), "the object can be read");
     CheckSymbols(*object);

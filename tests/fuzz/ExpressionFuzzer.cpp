@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Any text is judged in bounded time and memory; what passes is one line of harmless characters.
+// Fails if checking a text takes unbounded time or memory, or if a text passes that is not one line
+// of harmless characters.
 
 #include "functions/ExpressionCheck.h"
 #include "fuzz/Fuzzing.h"

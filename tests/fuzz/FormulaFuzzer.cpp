@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Any text becomes a formula or a fault, in bounded time and memory; what the compiler may see is a
-// formula too; and a block's values are those of its points.
+// Fails if a text gives neither a formula nor a fault, in bounded time and memory; if a text that
+// passes the check for the compiler is not a formula; or if a block's values differ from those of
+// its points.
 
 #include "formula/Formula.h"
 #include "functions/ExpressionCheck.h"

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Any document gives a function or a reason, and a function is the same when it was saved and read.
+// Fails if a document gives neither a function nor a reason, or if a function changes by saving and
+// reading.
 
 #include "documents/FunctionDocument.h"
 #include "fuzz/Fuzzing.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the fuzzers share.
+// Helpers that the fuzzers share.
 #pragma once
 
 #include "kits/support/SupportDefs.h"
@@ -12,7 +12,7 @@
 
 namespace fuzz {
 
-/// Ends the program, which makes the fuzzer keep the input, if a promise is broken.
+/// Ends the program if a promise is broken, so that the fuzzer keeps the input.
 inline void Require(bool kept, std::string_view promise) {
     if (kept)
         return;

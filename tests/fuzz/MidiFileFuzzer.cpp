@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Any bytes give a file whose events are in order and in range, or a reason.
+// Fails if bytes give neither a file whose events are in order and in range, nor a reason.
 
 #include "fuzz/Fuzzing.h"
 #include "render/MidiFile.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Any bytes give a picture that is in range everywhere, or a reason.
+// Fails if bytes give neither a picture that is in range everywhere, nor a reason.
 
 #include "functions/PictureFunction.h"
 #include "fuzz/Fuzzing.h"

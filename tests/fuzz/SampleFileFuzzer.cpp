@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Any file gives a sample that is finite everywhere, or a reason.
+// Fails if a file gives neither a sample that is finite everywhere, nor a reason.
 
 #include "functions/SampleFunction.h"
 #include "fuzz/Fuzzing.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Any bytes, as a scale and as a keyboard map, give a reason that names a line or a tuning whose
-// keys all can be played.
+// Fails if bytes, read as a scale and as a keyboard map, give neither a reason that names a line,
+// nor a tuning whose keys can all be played.
 
 #include "fuzz/Fuzzing.h"
 #include "tuning/Keymap.h"
@@ -27,7 +27,7 @@ void RequirePlayable(const vexa::Scale& scale, const vexa::Keymap& keymap) {
 
 } // namespace
 
-/// The scale ends at a byte of 0, the map follows.
+/// The scale ends at a zero byte; the map follows.
 extern "C" int LLVMFuzzerTestOneInput(const uint8* data, std::size_t size) {
     const std::string_view bytes = fuzz::Text(data, size);
     const std::size_t end = std::min(bytes.find('\0'), bytes.size());

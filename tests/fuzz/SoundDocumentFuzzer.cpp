@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Any document gives a sound that can be applied, and that is the same when it was saved and read.
+// Fails if a document gives neither a sound that can be applied nor a reason, or if the sound
+// changes by saving and reading.
 
 #include "documents/ApplySound.h"
 #include "documents/SoundDocument.h"
@@ -27,7 +28,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8* data, std::size_t size) {
                       "what is not in its range is as if it were not there");
     }
 
-    // Texts and numbers reach their written form with the first save.
+    // The first save brings texts and numbers into their written form.
     const auto saved = [](const vexa::Sound& value) {
         vexa::MXDocument copy = vexa::ConstructDocumentTemplate("vexasound");
         copy.root = vexa::ConstructSoundElement(value);

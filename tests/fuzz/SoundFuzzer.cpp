@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Any file gives a reason or a sound that can be played: a second of notes is finite, in a time
-// that does not depend on the sound. What the expression computes is not looked at here: its place
-// is taken by one of a few functions, as no compiler keeps up with a fuzzer.
+// Fails if a file gives neither a reason nor a sound that can be played: a second of notes must be
+// finite and take a time that does not depend on the sound. The expression is not compiled, as no
+// compiler keeps up with a fuzzer; one of a few functions replaces it.
 
 #include "documents/ApplySound.h"
 #include "documents/SoundDocument.h"
@@ -20,8 +20,8 @@ namespace {
 
 constexpr std::size_t kRate = 44100;
 constexpr int kVoices = 6;
-/// Seconds of a processor, under sanitizers, for a second of sound: some hundred times as long as
-/// it takes where nothing is wrong.
+/// The limit of processor time in seconds, under sanitizers, for a second of sound: about a hundred
+/// times the usual time.
 constexpr double kMostSeconds = 10;
 
 float Hills(float x, float y) {
@@ -53,7 +53,7 @@ double ProcessorSeconds() {
     return double(std::clock()) / CLOCKS_PER_SEC;
 }
 
-/// Chords over the whole keyboard, with controllers, half of the time held.
+/// Plays chords over the whole keyboard, with controllers; the keys are held half of the time.
 void Play(vexa::Engine& instrument) {
     std::vector<float> samples(kRate / 10);
     for (int step = 0; step < 10; step++) {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Any stream, cut anywhere, calls the same hooks with data in range.
+// Fails if the hooks that a stream calls depend on where it is cut, or if their data are out of
+// range.
 
 #include "fuzz/Fuzzing.h"
 #include "kits/midi/WireDecoder.h"
@@ -30,7 +31,7 @@ class Watch : public test::MidiLog {
 
 } // namespace
 
-/// The first byte says how long the pieces are.
+/// The first byte gives the length of the pieces.
 extern "C" int LLVMFuzzerTestOneInput(const uint8* data, std::size_t size) {
     if (size == 0)
         return 0;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Any text is read without a fault of ours, and so is whatever is written of it. Texts that are no
-// XML need not come back the same.
+// Fails if a text, or the text written from its tree, cannot be read without a fault of the reader.
+// A text that is not XML need not come back the same.
 
 #include "fuzz/Fuzzing.h"
 #include "xml/MXDocument.h"

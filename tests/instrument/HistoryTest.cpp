@@ -23,7 +23,7 @@ GestureMoment At(int ms, std::uint64_t number = 0, bool held = false) {
     return {number, held, std::chrono::steady_clock::time_point(milliseconds(ms))};
 }
 
-/// Each a change of one part of a sound, to a value that a number says.
+/// Changes one part of a sound to a value that the number determines.
 using Change = void (*)(Sound& sound, int value);
 const struct {
     const char* name;
@@ -94,7 +94,7 @@ TEST(History, NamesWhatASoundDiffersIn) {
     EXPECT_EQ(vexa::Difference({}, three), "several parts");
 }
 
-/// Forth and back between all of five hundred sounds, with documents read in between.
+/// Undoes and redoes all of five hundred sounds, with documents read in between.
 TEST(History, GoesBackToTheFirstSoundAndForthToTheLast) {
     std::mt19937 random(7); // NOLINT(cert-msc32-c,cert-msc51-cpp)
     Sound sound;
@@ -131,7 +131,7 @@ TEST(History, GoesBackToTheFirstSoundAndForthToTheLast) {
             EXPECT_EQ(history.File().name, files[i]);
         }
     }
-    // What was undone and is then not wanted is forgotten.
+    // An edit after Undo discards the undone sounds.
     for (int i = 0; i < 10; i++)
         history.Undo();
     sound = history.Present();
@@ -149,7 +149,7 @@ TEST(History, AGestureIsOneStep) {
         history.Take(sound, moment);
         return history.Steps();
     };
-    // A wheel's steps, and those of arrow keys.
+    // The steps of the mouse wheel and of the arrow keys.
     EXPECT_EQ(take(ParameterId::Ax0, "1.1", At(0)), 1U);
     EXPECT_EQ(take(ParameterId::Ax0, "1.2", At(500)), 1U);
     EXPECT_EQ(take(ParameterId::Ax0, "1.3", At(1000)), 1U);
@@ -158,7 +158,7 @@ TEST(History, AGestureIsOneStep) {
     EXPECT_EQ(take(ParameterId::Ax1, "1.5", At(2020, 1)), 4U) << "confirmed one after the other";
     history.End();
     EXPECT_EQ(take(ParameterId::Ax1, "1.6", At(2030, 1)), 5U);
-    // A drag may move several parts, as long as it takes.
+    // A drag may move several parts until it ends.
     EXPECT_EQ(take(ParameterId::Ax0, "2", At(3000, 2, true)), 6U);
     EXPECT_EQ(take(ParameterId::Ay0, "2", At(9000, 2, true)), 6U);
     EXPECT_EQ(take(ParameterId::Ay0, "3", At(9100, 2)), 6U) << "known after the button was let go";
@@ -172,7 +172,7 @@ TEST(History, AGestureIsOneStep) {
     EXPECT_FALSE(history.CanRedo());
 }
 
-/// Neither a step, nor taken back with one that has not moved them itself.
+/// Changes by controllers are no steps, and a step that did not make them does not undo them.
 TEST(History, WhatControllersMoveStays) {
     Sound sound;
     History history(sound, "");
@@ -202,7 +202,7 @@ TEST(History, WhatControllersMoveStays) {
     EXPECT_EQ(history.Redo().function.expression, "y");
 }
 
-/// All sounds since the file was read are of the file, under the name by which it was saved last.
+/// All sounds since a file was read belong to the file, under the name of the last save.
 TEST(History, KnowsWhatIsSaved) {
     Sound sound;
     History history(sound, "default");
@@ -229,7 +229,7 @@ TEST(History, KnowsWhatIsSaved) {
     EXPECT_EQ(history.File().name, "mine");
 }
 
-/// Of each file, what it does not hold when another one's sound comes.
+/// Counts per file the unsaved changes that remain when another file's sound is loaded.
 TEST(History, KnowsWhichSoundsWereLeftWithChanges) {
     Sound sound;
     History history(sound, "first");
@@ -253,7 +253,7 @@ TEST(History, KnowsWhichSoundsWereLeftWithChanges) {
     edit("4");
     history.Load(sound = Sound(), "third", "");
     EXPECT_EQ(left(), "second as it was ");
-    // One is given up, and only as it is.
+    // Changes of one file are discarded, and only in their present state.
     edit("5");
     history.GiveUp(true);
     history.Load(sound = Sound(), "fourth", "");
@@ -261,7 +261,7 @@ TEST(History, KnowsWhichSoundsWereLeftWithChanges) {
     history.Undo();
     history.Load(sound = Sound(), "fourth", "");
     EXPECT_EQ(left(), "third second as it was ");
-    // What is come back to can be saved.
+    // A sound reached again by Undo can be saved.
     sound = history.UndoTo(history.Left()[1].place);
     EXPECT_EQ(history.File().name, "second");
     EXPECT_EQ(Text(sound, ParameterId::Ax0), "4");

@@ -31,14 +31,14 @@ Function Of(const std::string& expression) {
     return function;
 }
 
-/// A sound whose notes go round the origin.
+/// Returns a sound whose notes circle around the origin.
 vexa::Sound WithCircles() {
     vexa::Sound sound;
     sound.envelopes[2] = sound.envelopes[3] = {{0, false, 0}, {0.01F, false, 1}, {0.05F, true, 0}};
     return sound;
 }
 
-/// What became of the add-on.
+/// Returns the result of the add-on.
 FunctionReport Await(Instrument& instrument) {
     while (instrument.Compiling()) {
         if (FunctionReport report = instrument.Collect(); !report)
@@ -48,7 +48,7 @@ FunctionReport Await(Instrument& instrument) {
     return {};
 }
 
-/// How loud a note is with the function that plays.
+/// Returns the level of a note with the function that plays.
 float PeakOfANote(Instrument& instrument) {
     vexa::Engine& engine = instrument.Playing();
     instrument.LoadRest(WithCircles());
@@ -58,7 +58,7 @@ float PeakOfANote(Instrument& instrument) {
     return test::Peak(test::Render(engine, 4410));
 }
 
-/// Add-ons of this template are louder than the formula, which shows who plays.
+/// Add-ons of this template are louder than the formula, which shows which of them plays.
 const std::string kLoud = "const char* r2rfunstr(void) { return EXPRESSION_STR; }\n"
                           "float r2rfun(float x, float y) { return 3 * (EXPRESSION); }\n";
 
@@ -200,7 +200,7 @@ TEST(Instrument, AFormulaPlaysAtOnceAndAnAddonFollows) {
     ASSERT_TRUE(awaited.SetFunction(Of("x")));
     EXPECT_NEAR(PeakOfANote(awaited), 3 * quiet, 1e-4 * quiet);
 
-    // What has come to nothing in the meantime is not installed, the latest is.
+    // An add-on that has become obsolete is not installed; the latest is.
     for (const char* text : {"x", "2*x", "y", "x"})
         ASSERT_TRUE(following.SetFunction(Of(text)));
     EXPECT_EQ(PeakOfANote(following), quiet);
@@ -209,7 +209,7 @@ TEST(Instrument, AFormulaPlaysAtOnceAndAnAddonFollows) {
     ASSERT_TRUE(following.SetFunction(Of("x")));
     following.Silence();
     EXPECT_FALSE(following.Compiling());
-    // Notes and macros, and what C leaves undefined, are for formulas alone.
+    // Note inputs, macros and values that C leaves undefined exist in formulas only.
     for (const char* text :
          {"x*vel", "a*x", "x*((int)x/(int)y)", "(char)(1e10*x)/128.0", "x*lrint(1e19*y)",
           "x*(unsigned)1e10", "x*(1<<(y>0))", "x*(1<<32)", "x*(1>>-1)"}) {
@@ -221,7 +221,7 @@ TEST(Instrument, AFormulaPlaysAtOnceAndAnAddonFollows) {
     EXPECT_TRUE(following.Compiling());
 }
 
-/// Notes that are held, and one that has come to rest, go on as if nothing had happened.
+/// Held notes, and one that has come to rest, continue unchanged.
 TEST(Instrument, TheAddonTakesOverWithoutAClick) {
     const test::ProgramFolder folder;
     Instrument formula(folder.Path(), Addons::None);
@@ -258,12 +258,12 @@ TEST(Instrument, TheAddonTakesOverWithoutAClick) {
     play(44100);
     EXPECT_GT(peak, 1);
     EXPECT_GT(difference, 0) << "roundings show that another plays";
-    // Of 19 voices, which are louder than 1 together.
+    // The level of 19 voices, which exceed 1 together.
     EXPECT_LE(difference, 1e-6 * std::max(peak, 1.0F));
     RecordProperty("difference", std::to_string(1e9 * double(difference)) + "e-9");
 }
 
-/// An orbit that is near 0 on one terrain leads high up on another.
+/// An orbit near 0 on one terrain may lie high on another.
 TEST(Instrument, NoOrbitGlidesFromOneTerrainOverAnother) {
     const test::ProgramFolder folder;
     const auto soundOf = [](const std::string& expression, const std::string& radius) {
@@ -290,7 +290,7 @@ TEST(Instrument, NoOrbitGlidesFromOneTerrainOverAnother) {
         const float peak = test::Peak(test::Render(engine, 4410));
         EXPECT_LT(peak, 4) << loads;
         EXPECT_GT(peak, 0.1F) << loads;
-        // Nor is there anything of one sound in the other while they take each other's place.
+        // While one sound replaces the other, no block mixes parts of both.
         std::jthread player([&engine](const std::stop_token& stop) {
             while (!stop.stop_requested())
                 EXPECT_LT(test::Peak(test::Render(engine, 64)), 20);
@@ -330,7 +330,7 @@ TEST(Instrument, WhatIsMissingForAnAddonIsNoFault) {
     std::filesystem::remove(folder.Function("addon.c"));
     ASSERT_TRUE(following.SetFunction(Of("x")));
     EXPECT_TRUE(Await(following));
-    // Where it is asked for it is a fault.
+    // If an add-on is required, its absence is a fault.
     Instrument awaited(folder.Path(), Addons::Awaited);
     EXPECT_THAT(Text(awaited.SetFunction(Of("x"))), HasSubstr("is missing."));
 }
@@ -416,7 +416,7 @@ TEST(Instrument, ThePlaneIsShownAsTheNewestNoteHearsIt) {
     expectNext(64.0 / 127, 1070.5);
     engine.consumer.ControlChange(0, 5, 127, 0);
     expectNext(64.0 / 127, 9070.5);
-    // It costs nothing what is not heard.
+    // Inaudible voices cost nothing.
     ASSERT_TRUE(instrument.SetFunction(Of("x")));
     expectNext(1, 0);
     engine.consumer.NoteOn(0, 30, 100, 0);
@@ -439,7 +439,7 @@ TEST(Instrument, APictureIsTheTerrainAndOutlivesItsFileByName) {
     sound.function.pictureFile = "a.png";
     ASSERT_TRUE(instrument.Load(sound));
     EXPECT_EQ((*f)(5, 0), 1);
-    // What is the same plays on, without a look at the file.
+    // An unchanged file plays on and is not read again.
     vexa::Sound edited = sound;
     edited.function.width = "3";
     std::filesystem::remove(folder.Path() / "pictures/a.png");
@@ -450,7 +450,7 @@ TEST(Instrument, APictureIsTheTerrainAndOutlivesItsFileByName) {
     sound.function.pictureFile = write("b.png", 51).string();
     EXPECT_TRUE(instrument.Change(edited, sound));
     EXPECT_EQ((*f)(5, 0), -0.6F);
-    // In a window attached to a plug-in a file that has gone is silent.
+    // In a window attached to a plug-in a missing file is silent.
     EXPECT_FALSE(instrument.Change(sound, edited));
     EXPECT_EQ((*f)(5, 0), 0);
     EXPECT_EQ(instrument.State().function.pictureFile, "a.png");

@@ -19,7 +19,7 @@ using vexa::Loudness;
 using vexa::ParameterId;
 using vexa::Sound;
 
-/// A ring on the plane of x, with all that may change and all that may not.
+/// A ring on the plane f = x, with all values that may change and all that may not.
 Sound Ring() {
     Sound sound;
     sound.author = sound.function.author = "Anna";
@@ -94,7 +94,8 @@ TEST(Mutation, ChangesByLittleWhatItMay) {
     EXPECT_TRUE(first && time && level && macro && ratio);
 }
 
-/// A ridge that the ring just touches: many of its neighbours are silent, and as many shout.
+/// A ridge that the ring just touches: many neighbouring sounds are silent, and as many are too
+/// loud.
 TEST(Mutation, IsNeitherSilentNorDeafening) {
     const vexa::PlaneFunction f = vexa::ReadPlayable("x > 0.8 ? exp(20*(x-0.8)) : 0").formula;
     Sound before = Ring();
@@ -108,19 +109,19 @@ TEST(Mutation, IsNeitherSilentNorDeafening) {
         EXPECT_LE(now.peak, 1.42F * was.peak);
         EXPECT_GE(now.mean, 0.49F * was.mean);
     }
-    // Where there is nothing to lose.
+    // A sound with nothing to lose.
     Text(before, ParameterId::Ax0) = "0.1";
     EXPECT_EQ(vexa::MeasureLoudness(before, f).peak, 0);
     EXPECT_NE(vexa::Mutate(before, f, 1), before);
 }
 
-/// With a sine of amplitude 1 the loudness is known: a note is a circle's x, at the gain.
+/// With a sine of amplitude 1 the loudness is known: a note is a circle's x, times the gain.
 TEST(Mutation, LoudnessIsThatOfHeldNotes) {
     Sound sound;
     sound.envelopes[2] = sound.envelopes[3] = {{0, false, 1}, {0.001F, true, 0}};
     const Loudness sine = vexa::MeasureLoudness(sound, vexa::ReadPlayable("x").formula);
     EXPECT_NEAR(sine.mean, 0.25 * std::sqrt(0.5 * 2 / 2.5), 0.01);
-    // A note begins at 0, wherever the circle does.
+    // A note starts at 0, wherever the circle does.
     EXPECT_NEAR(sine.peak, 0.5, 0.01);
     EXPECT_FALSE(sine.bounded);
     EXPECT_TRUE(vexa::MeasureLoudness(sound, vexa::ReadPlayable("1e35*x").formula).bounded);

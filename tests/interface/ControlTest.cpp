@@ -54,7 +54,7 @@ class ControlTest : public testing::Test {
     BButton* button = new BButton({0, 50, 49, 74}, "button", "Button", new BMessage(3));
 };
 
-/// A window that keeps the keys that it gets.
+/// A window that records the keys that it receives.
 class KeyWindow : public BWindow {
   public:
     KeyWindow() : BWindow({0, 0, 199, 99}, "Keys", B_TITLED_WINDOW, 0) {}
@@ -62,7 +62,7 @@ class KeyWindow : public BWindow {
         if (message->what == B_KEY_DOWN || message->what == B_KEY_UP)
             keys.push_back(message->what);
     }
-    /// As a display sends it. A repeat is but another press.
+    /// Sends a key as a display does. A repetition is just another press.
     void Key(QEvent::Type type) {
         constexpr quint32 kPlace = 24;
         QKeyEvent event(type, Qt::Key_Q, Qt::NoModifier, kPlace, 0, 0, "q");
@@ -85,7 +85,7 @@ TEST(Keys, BelongToWhereTheyWerePressedUntilTheyAreLetGo) {
     window->Key(QEvent::KeyRelease);
     EXPECT_STREQ(field->Text(), "");
     EXPECT_THAT(window->keys, ElementsAre(B_KEY_DOWN, B_KEY_UP));
-    // Those of the field repeat there, and are no notes.
+    // Keys of the field repeat there, and are no notes.
     window->Key(QEvent::KeyPress);
     window->Key(QEvent::KeyPress);
     test::TypeKey(*window, Qt::Key_Return);
@@ -190,7 +190,7 @@ TEST_F(ControlTest, WhatIsPastedIsOneLine) {
         test::TypeKey(stage.Window(), Qt::Key_V, Qt::ControlModifier);
         EXPECT_STREQ(first->Text(), shown);
     }
-    // Into the middle of a text, behind which the cursor is.
+    // Pastes into the middle of a text; the cursor ends up behind the pasted text.
     first->Type("1 2");
     QGuiApplication::clipboard()->setText("+\n");
     test::TypeKey(stage.Window(), Qt::Key_Home);
@@ -198,12 +198,12 @@ TEST_F(ControlTest, WhatIsPastedIsOneLine) {
     test::TypeKey(stage.Window(), Qt::Key_V, Qt::ControlModifier);
     test::Type(stage.Window(), "3");
     EXPECT_STREQ(first->Text(), "1+ 3 2");
-    // What a document says in several lines stays as it is.
+    // A text of several lines in a document stays unchanged.
     first->SetText("1\n2");
     EXPECT_STREQ(first->Text(), "1\n2");
 }
 
-// A press beside the fields gives the keyboard to the window, where its keys are music.
+// A press beside the fields gives the focus to the window, where its keys play notes.
 TEST_F(ControlTest, APressBesideAFieldLeavesIt) {
     test::Press(*panel, {150, 90});
     EXPECT_FALSE(first->IsFocus());
@@ -224,7 +224,7 @@ TEST(Menu, TellsWhatIsChosenToWhoCannotSeeIt) {
     EXPECT_EQ(told->text(QAccessible::Description), "max. 2 voices");
 }
 
-/// The names of files are among them.
+/// Names of files occur among these texts.
 TEST(Menu, HasRoomOnTheScreenWhateverItsItemsSay) {
     Listener listener;
     auto* menu = new BPopUpMenu("names");

@@ -38,7 +38,7 @@ T* ContentOf(const BFilePanel& panel, const char* view) {
     return panel.Window()->ChildAt(0)->FindView(view)->Widget().findChild<T*>();
 }
 
-/// A panel, and what a person does with it.
+/// A panel, and a user's actions on it.
 class Panel : public BFilePanel {
   public:
     Panel(file_panel_mode mode, const BHandler& receiver, const fs::path& folder,
@@ -73,7 +73,7 @@ class Panel : public BFilePanel {
         return names;
     }
 
-    /// To what has the focus.
+    /// Sends to the focused view.
     void Key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) const {
         QTest::keyClick(Window()->Widget().focusWidget(), key, modifiers);
         test::Settle();
@@ -358,7 +358,7 @@ TEST_F(FilePanelTest, GivesANameItsEndingBeforeItAsks) {
     EXPECT_THAT(alerts.texts[0], HasSubstr("\"Apple.txt\" already exists"));
     folder.Write("plain", "");
     EXPECT_EQ(saved("plain"), "plain") << "which there is";
-    // What cannot be a name is refused all the same.
+    // A text that cannot be a file name is still refused.
     EXPECT_EQ(saved(".."), "plain");
     EXPECT_EQ(saved("a/b"), "plain");
     EXPECT_EQ(alerts.texts.size(), 4U);

@@ -24,7 +24,7 @@ class MessageListener : public BHandler {
             throw std::bad_alloc();
         if (message->what != 1)
             return;
-        // As an alert does that waits for a person.
+        // As an alert does that waits for the user.
         kits::MessageQueue::Instance().Deliver();
         codes.push_back(100);
     }

@@ -30,7 +30,7 @@ class Full : public BDataIO {
     ssize_t Write(const void*, std::size_t) override { return -ENOSPC; }
 };
 
-/// Smooth and coloured, so that a format that loses something loses little.
+/// Smooth and coloured, so that a lossy format loses little.
 BBitmap* Gradient(int32 width, int32 height) {
     auto* bitmap = new BBitmap({0, 0, float(width - 1), float(height - 1)}, B_RGB32);
     for (int32 y = 0; y < height; y++) {

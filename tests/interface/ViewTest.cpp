@@ -22,7 +22,7 @@ namespace {
 
 using testing::ElementsAre;
 
-/// Notes what happens to it.
+/// Records the calls that it receives.
 class Witness : public BView {
   public:
     explicit Witness(BRect frame, uint32 mode = B_FOLLOW_NONE)
@@ -172,7 +172,7 @@ TEST(View, DrawsByPixelsWhoseEdgesBelongToThem) {
     EXPECT_EQ(window.pixel(16, 6), 0xffa0b0c0U);
 }
 
-/// Comments and names from strangers' files are among them.
+/// Comments and names from files of others occur among these texts.
 TEST(View, ShowsWordsThatLookLikeMarkupAsTheyAre) {
     const char* const words = "f:3: <a>: \"2\" counts as 1\nwhere x<b and y>0";
     auto* view = new BView({0, 0, 50, 50}, "view", B_FOLLOW_NONE, B_WILL_DRAW);
@@ -186,7 +186,7 @@ TEST(View, ShowsWordsThatLookLikeMarkupAsTheyAre) {
     view->SetToolTip("plain & simple");
     EXPECT_EQ(tipped->toolTip(), "plain & simple");
 
-    // A menu's title that has no room.
+    // A menu's title without enough room.
     auto* field = new BMenuField({0, 0, 50, 20}, "field", nullptr, new BMenu("<b>long</b> title"));
     const test::Stage other(field);
     const QString tip = field->Widget().findChild<QToolButton*>()->toolTip();

@@ -21,7 +21,7 @@ using namespace std::chrono_literals;
 using End = kits::ChildResult::End;
 using test::TemporaryFolder;
 
-/// Runs a line of shell, which is convenient to behave in all the ways that a program may.
+/// Runs a line of shell, which can imitate every behaviour of a program.
 kits::ChildResult Shell(const std::string& line, kits::ChildLimits limits = {},
                         std::vector<std::string> more = {}, const fs::path& folder = {}) {
     std::vector<std::string> arguments{"/bin/sh", "-c", line, "sh"};
@@ -84,7 +84,7 @@ TEST(ChildProcess, PassesArgumentsAsTheyAreAndNothingElse) {
     const TemporaryFolder folder;
     EXPECT_EQ(Shell("echo $PWD $TMPDIR >&2", {}, {}, folder.Path()).standardError,
               folder.Path().string() + " " + folder.Path().string() + "\n");
-    // Signals that this process ignores or blocks reach the program all the same.
+    // Signals that this process ignores or blocks still reach the program.
     auto* const handler = std::signal(SIGTERM, SIG_IGN);
     EXPECT_EQ(Shell("kill -s TERM $$").end, End::signalled);
     std::signal(SIGTERM, handler);

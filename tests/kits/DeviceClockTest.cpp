@@ -15,7 +15,7 @@ TEST(DeviceClock, FramesAndTimesBelongTogether) {
 }
 
 TEST(DeviceClock, SmoothsTheJitterOfItsThread) {
-    // A device 50 millionths faster than its rate says, and a thread that wakes up to 2 ms late.
+    // The device runs 50 ppm faster than its nominal rate, and the thread wakes up to 2 ms late.
     kits::DeviceClock clock(48000);
     std::mt19937 random(3);
     const auto trueTime = [](int64 frame) { return 7e6 + double(frame) * 1e6 / 48002.4; };
@@ -55,10 +55,10 @@ TEST(DeviceClock, FollowsAJumpAtOnce) {
     EXPECT_EQ(clock.RealTimeFor(25000), 1525000);
 }
 
-/// Of events that come in with a period and are asked about when others have begun.
+/// For events that arrive with one period and are asked about in a later one.
 TEST(DeviceClock, TellsAPastMomentFromItsOwnPeriod) {
     kits::DeviceClock clock(48000, 1);
-    // Each period 300 us later than the one before is long, and then a standstill.
+    // Each period arrives 300 us later than its length allows, and then the device stands still.
     for (int64 period = 0; period < 4; period++)
         clock.Period(period * 480, 1000000 + period * 10300);
     clock.Period(4 * 480, 1000000 + 3 * 10300 + 400000);
@@ -72,7 +72,7 @@ TEST(DeviceClock, FollowsSteadyMomentsAtOnce) {
     kits::DeviceClock clock(48000, 1);
     clock.Period(0, 1000000);
     clock.Period(480, 1010000);
-    // A period was lost: the device goes on 10 ms later than expected.
+    // A period was lost: the device continues 10 ms later than expected.
     clock.Period(960, 1030000);
     EXPECT_EQ(clock.PerformanceTimeFor(1030000), 20000);
     EXPECT_EQ(clock.RealTimeFor(20000), 1030000);

@@ -68,7 +68,7 @@ TEST(EventGate, EventsOfSeveralSourcesComeInTheOrderOfTheirTimes) {
         << "without a time, behind all that came before";
 }
 
-/// A consumer that knows what comes next and whether two are in it at a time.
+/// A consumer that checks the order of events, and that no two calls overlap.
 class Counter : public BMidiLocalConsumer {
   public:
     Counter() : BMidiLocalConsumer("counter") {}
@@ -108,7 +108,7 @@ TEST(EventGate, WhoeverPlaysThemEventsStayInOrderAndNoneIsLost) {
     EXPECT_EQ(counter.inside, 0);
 }
 
-/// More than any cable carries, and nobody who plays it.
+/// More events than any cable carries, while nothing renders.
 TEST(EventGate, AFullGateHandsOn) {
     Counter counter;
     EventGate gate(counter);

@@ -43,7 +43,7 @@ TEST(FileName, RefusesWhatIsNoNameAndSaysWhy) {
     }
 }
 
-/// Whatever passes can be written, the longest names too.
+/// Catches accepted names that cannot be written, the longest names included.
 TEST(FileName, WhatPassesCanBeWritten) {
     const test::TemporaryFolder folder;
     for (const std::string& name :

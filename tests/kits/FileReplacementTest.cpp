@@ -90,7 +90,7 @@ TEST(FileReplacement, ReportsWhatCannotBeWritten) {
         EXPECT_EQ(refused.Fault().text,
                   "could not write " + path.string() + ": it is " + reason + ", not a file");
     }
-    // At once, not when hours of sound have been written.
+    // Fails at once, not after hours of sound have been written.
     const auto begun = kits::FileReplacement::Create(folder.Path() / std::string(300, 'a'));
     ASSERT_FALSE(begun);
     EXPECT_TRUE(begun.Fault().text.ends_with("aaa: File name too long")) << begun.Fault().text;

@@ -11,7 +11,7 @@ namespace {
 namespace fs = std::filesystem;
 using test::TemporaryFolder;
 
-/// Builds the source into `file`, anew.
+/// Builds the source into `file`, replacing an older build.
 void BuildAddOn(const TemporaryFolder& folder, const char* file, const char* source) {
     folder.Write("source.c", source);
     const auto built =

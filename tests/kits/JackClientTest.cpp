@@ -12,7 +12,7 @@
 namespace {
 
 TEST(JackClient, IsNotOpenedWhereTheLibraryHadTooLittleForIt) {
-    // As long as there is room it is for want of a server, which the test has none of.
+    // As long as there is memory it fails because there is no server.
     ::setenv("JACK_DEFAULT_SERVER", "vexa-no-such-server", 1);
     test::WithDescriptorsLeft(test::kNeedsDescriptors ? 20 : 10, [] {
         const auto client = kits::JackClient::Open();

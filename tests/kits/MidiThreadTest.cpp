@@ -17,7 +17,7 @@ using namespace std::chrono_literals;
 using Bytes = std::vector<uint8>;
 constexpr auto kLimit = 60s;
 
-/// Remembers its threads; can be held up at its first call.
+/// Records its threads; can be blocked at its first call.
 class Slow : public test::MidiLog {
   public:
     std::set<std::thread::id> threads;
@@ -57,7 +57,7 @@ TEST(MidiThread, DeliversEachInletInOrderByOneThread) {
     }
     for (std::thread& writer : writers)
         writer.join();
-    thread.reset(); // delivers what is left
+    thread.reset(); // delivers the remaining bytes
 
     std::array<int, kInlets> next{};
     for (std::size_t k = 0; k < log.calls.size(); k++) {
@@ -120,7 +120,7 @@ TEST(MidiThread, NoMessageIsJoinedAcrossALostPiece) {
     inlet.Put(Bytes(2000000, 0xFE), 1); // never fits
     inlet.Put(Bytes{5, 0x80, 61, 9}, 1);
     inlet.Put(Bytes{0x90, 60}, 1);
-    inlet.Lose(); // nothing that could be put
+    inlet.Lose(); // as for bytes that cannot be put
     inlet.Put(Bytes{5, 0x80, 62, 9}, 1);
     log.goOn.release();
     thread.reset();

@@ -19,7 +19,7 @@ constexpr double kTurn = 2 * std::numbers::pi;
 
 class MixerInput : public testing::Test {
   protected:
-    /// `count` frames 1, 2, 3.. from the device's frame `frame` on.
+    /// Writes `count` frames 1, 2, 3... that begin at the device's frame `frame`.
     bigtime_t Put(int64 frame, std::size_t count) {
         Frames frames(count);
         std::iota(frames.begin(), frames.end(), 1.0F);
@@ -47,7 +47,7 @@ TEST_F(MixerInput, PlaysFramesExactlyAtTheirPlace) {
     EXPECT_EQ(Late() + Missing(), 0);
 }
 
-/// Each channel of two is what it would be alone, at the device's rate and at another.
+/// Each of two channels must equal the same channel alone, at the device's rate and at another.
 TEST(MixerInputOfTwoChannels, KeepsThemApart) {
     const kits::DeviceClock clock(48000);
     for (const double rate : {48000.0, 44100.0}) {
@@ -67,7 +67,7 @@ TEST(MixerInputOfTwoChannels, KeepsThemApart) {
             one.Write(mono, start);
             two.Write(stereo, start);
         }
-        // From the middle of the stream, in parts.
+        // Reads in parts, from the middle of the stream.
         for (const std::size_t from : {1100, 1500}) {
             one.AddTo(std::span(alone).subspan(from, 400), nullptr, int64(from));
             two.AddTo(std::span(left).subspan(from, 400), &right[from], int64(from));
@@ -135,14 +135,14 @@ TEST_F(MixerInput, WhatComesLateAtAnyMomentStaysInsideOfThePeriod) {
     std::jthread producer([&](const std::stop_token& stop) {
         const Frames frames(64, 1.0F);
         for (int64 frame = 0; !stop.stop_requested();) {
-            // Ahead of what is played nothing would come late any more.
+            // Before the playing position nothing would be late any more.
             if (frame < played - int64(kLate) || frame > played)
                 frame = played - int64(kLate);
             input.Write(frames, clock.TimeOf(frame));
             frame += 64;
         }
     });
-    // Room for what would be written too early.
+    // Room for frames that would be written too early.
     Frames all(kLate + 128 + 64, 0);
     const std::span mix = std::span(all).subspan(kLate + 64);
     while (Late() < 20000) {
@@ -175,12 +175,12 @@ TEST(MixerInputConverts, NothingIsMissingBeforeTheFirstFrameIsThere) {
     const kits::DeviceClock clock(48000);
     kits::MixerInput input(clock, 44100, 16);
     Frames mix(480, 0);
-    EXPECT_EQ(input.Write(Frames(16, 1.0F), 20000), 0); // less than the filter is long
+    EXPECT_EQ(input.Write(Frames(16, 1.0F), 20000), 0); // shorter than the filter
     input.AddTo(mix, nullptr, 0);
     EXPECT_EQ(input.Counts().missing, 0);
 }
 
-/// The times of a stream that has gone on for months have few digits behind the microsecond.
+/// After months of streaming the times have few digits below a microsecond.
 TEST(MixerInputConverts, AStreamOfMonthsStaysInOnePiece) {
     constexpr double kRate = 44100;
     constexpr std::size_t kCount = 3;
@@ -207,17 +207,17 @@ TEST(MixerInputConverts, AStreamOfMonthsStaysInOnePiece) {
     EXPECT_EQ(input.Counts().late + input.Counts().missing, 0);
 }
 
-/// A producer, by a clock of the test's, and for how long it is slow and how slow that is.
+/// A producer on the test's clock, how long it is slow and how slow it is.
 struct Fault {
-    /// Microseconds.
+    /// In microseconds.
     double duration;
-    /// What rendering takes, of the time that it plays.
+    /// The time that rendering takes, relative to the duration rendered.
     double cost;
     bigtime_t leastLatency;
     bigtime_t mostLatency;
 };
 class MixerInputAfter : public testing::TestWithParam<Fault> {};
-/// Many buffers that take twice their time, and one that takes three seconds.
+/// Many buffers that take twice their duration, and one that takes three seconds.
 INSTANTIATE_TEST_SUITE_P(, MixerInputAfter,
                          testing::Values(Fault{300000, 2, 100000, 200000},
                                          Fault{1500, 2067, 500000, 700000}));
@@ -233,7 +233,7 @@ TEST_P(MixerInputAfter, TheLatencyThatAFaultHasAddedIsGivenBackWithoutAClick) {
     const bigtime_t needed = 2667 + input.Lookahead() + kits::MixerInput::kMargin + 1536;
     bigtime_t latency = needed;
     bigtime_t most = 0;
-    double free = 0; // the moment from which the producer can begin the next buffer
+    double free = 0; // the time from which the producer can begin the next buffer
     double end = kBegin + fault.duration;
     int64 sent = 0;
     int64 missing = 0;
@@ -255,7 +255,7 @@ TEST_P(MixerInputAfter, TheLatencyThatAFaultHasAddedIsGivenBackWithoutAClick) {
         for (float& frame : frames)
             frame = static_cast<float>(std::sin(kTurn * 440 * double(sent++) / kRate));
         const bigtime_t change = input.Write(frames, static_cast<bigtime_t>(start));
-        // As the tone producer takes it.
+        // Applies the change as the tone producer does.
         latency = std::max(latency + change, needed);
         most = std::max(most, latency - needed);
         if (now() < end + 2e6)
@@ -273,7 +273,7 @@ TEST_P(MixerInputAfter, TheLatencyThatAFaultHasAddedIsGivenBackWithoutAClick) {
     EXPECT_NEAR(step, kTurn * 440 / 48000, 0.001);
 }
 
-/// The sine of a frequency that the frames hold, relative to sin(2 pi f t) with t = 0 at frame 0.
+/// Returns the sine of a frequency in the frames, relative to sin(2 pi f t) with t = 0 at frame 0.
 std::complex<double> SineIn(std::span<const float> frames, std::size_t from, double frequency,
                             double rate) {
     std::complex<double> sum = 0;
@@ -310,7 +310,7 @@ TEST_P(MixerInputConvertsFrom, ASineKeepsItsFrequencyLevelAndPlace) {
             const double seconds = double(sent) / rate;
             EXPECT_EQ(input.Write(frames, static_cast<bigtime_t>(seconds * 1e6)), 0);
             sent += 256;
-            // The device fetches as much as must be there by now.
+            // The device fetches all frames that must be available by now.
             const auto end = static_cast<int64>((seconds + 256 / rate) * 48000) -
                              static_cast<int64>(double(input.Lookahead()) * 0.048) - 2;
             while (int64(played.size()) + 64 <= end) {
@@ -327,7 +327,7 @@ TEST_P(MixerInputConvertsFrom, ASineKeepsItsFrequencyLevelAndPlace) {
             const std::size_t from = part.size() == 47000 ? 0 : afterGap;
             const auto sine = SineIn(part, from + 200, frequency, 48000);
             EXPECT_NEAR(20 * std::log10(std::abs(sine) / 0.5), 0, 0.1) << frequency;
-            // Half a frame from rounding the start to a frame.
+            // Half a frame is due to rounding the start to a frame.
             const double frameError = std::arg(sine) / kTurn / frequency * 48000;
             EXPECT_LE(std::abs(frameError), 0.55) << frequency << " from " << from;
         }

@@ -18,7 +18,7 @@ using kits::BrightnessMap;
 using kits::DecodePicture;
 using testing::HasSubstr;
 
-/// Of channels from 0 to 1.
+/// Returns the brightness of channels from 0 to 1.
 double Brightness(double red, double green, double blue, double opacity) {
     return (2 * (0.299 * red + 0.587 * green + 0.114 * blue) - 1) * opacity;
 }
@@ -31,7 +31,7 @@ std::vector<png_byte> RandomBytes(std::size_t count) {
     return bytes;
 }
 
-/// The channel at the `index`-th place of a row, of `depth` bits.
+/// Returns the channel at index `index` of a row with `depth` bits per channel.
 unsigned ChannelAt(const png_byte* row, std::size_t index, int depth) {
     if (depth == 16)
         return unsigned(row[2 * index] << 8 | row[2 * index + 1]);
@@ -90,7 +90,7 @@ TEST(PictureFile, ReadsEveryKindOfPng) {
     }
 }
 
-/// One colour in each of four blocks.
+/// Returns four blocks, each of one colour.
 std::vector<JSAMPLE> Blocks(const std::vector<std::vector<JSAMPLE>>& colours) {
     std::vector<JSAMPLE> pixels;
     for (std::size_t k = 0; k < 32 * 32; k++) {
@@ -135,7 +135,7 @@ TEST(PictureFile, ReadsEveryKindOfJpeg) {
     }
 }
 
-/// EXIF's data with the one tag, in either order of bytes.
+/// Returns EXIF data with only that tag, in either byte order.
 std::string Exif(int orientation, bool little) {
     const auto number = [&](unsigned value, int count) {
         std::string bytes;
@@ -149,7 +149,7 @@ std::string Exif(int orientation, bool little) {
 }
 
 TEST(PictureFile, TurnsAPictureAsItsExifTells) {
-    // F, and how it looks in files with each orientation (CIPA DC-008).
+    // F, and its pixels in files with each orientation (CIPA DC-008).
     const std::string upright = "##"
                                 "#."
                                 "##"
@@ -191,7 +191,7 @@ TEST(PictureFile, TurnsAPictureAsItsExifTells) {
     }
 }
 
-/// One file of each way through the decoders.
+/// Returns one file for each path through the decoders.
 std::vector<std::string> SmallFiles() {
     std::vector<std::string> files;
     for (const bool interlaced : {false, true}) {
@@ -212,7 +212,7 @@ TEST(PictureFile, RefusesWhatIsCutAndSurvivesWhatIsDamaged) {
         ASSERT_TRUE(DecodePicture(file));
         for (std::size_t length = 0; length < file.size(); length++) {
             const auto read = DecodePicture(file.substr(0, length));
-            // Only the mark of a JPEG file's end may be missing.
+            // Only a JPEG file's end marker may be missing.
             if (read) {
                 EXPECT_GE(length, file.size() - 2) << "of " << file.size();
             } else if (length >= 8) {
@@ -230,7 +230,7 @@ TEST(PictureFile, RefusesWhatIsCutAndSurvivesWhatIsDamaged) {
     }
 }
 
-/// The file with a chunk in front of the pixels.
+/// Returns the file with a chunk inserted before the pixels.
 std::string WithChunk(std::string file, const std::string& name, const std::string& data) {
     const std::string body = name + data;
     const auto number = [](unsigned long value) {
@@ -246,7 +246,7 @@ std::string WithChunk(std::string file, const std::string& name, const std::stri
 }
 
 TEST(PictureFile, TakesNoMoreMemoryOrTimeThanAPictureIsWorth) {
-    // Sides come before memory is asked for.
+    // The size is checked before memory is allocated.
     const std::string small = test::Png(11, 7, {}, RandomBytes(77));
     const std::string header = WithChunk("\x89PNG\r\n\x1A\n" + std::string(25, ' '), "IHDR",
                                          std::string("\x7F\0\0\0\x7F\0\0\0\x08\0\0\0\0", 13));
@@ -259,7 +259,8 @@ TEST(PictureFile, TakesNoMoreMemoryOrTimeThanAPictureIsWorth) {
     std::string largest =
         test::Png(unsigned(most), unsigned(most), {PNG_COLOR_TYPE_GRAY, 1, true, 0, ""},
                   std::vector<png_byte>(most * most / 8));
-    // Texts that unpack to a thousand times their length are not unpacked: these would take 70 MB.
+    // Texts that expand to a thousand times their length are not decompressed: these would take 70
+    // MB.
     test::PngForm form;
     form.text.assign(7'000'000, 'x');
     const std::string texts = test::Png(1, 1, form, {0});

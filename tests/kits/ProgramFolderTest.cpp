@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Which of two files of one name is meant: what a person made, or what came with the program.
+// Catches the wrong choice between two files of one name: the user's, or the shipped one.
 #include "kits/storage/ProgramFolder.h"
 
 #include "support/Environment.h"
@@ -25,7 +25,7 @@ class ProgramFoldersTest : public testing::Test {
             folder.Write(fs::path("shipped/sounds") / name, "newest");
     }
 
-    /// Below the temporary folder.
+    /// Returns the path found, relative to the temporary folder.
     std::string Found(const char* name) const {
         return folders.Find("sounds", name).lexically_relative(folder.Path()).string();
     }
@@ -35,7 +35,7 @@ class ProgramFoldersTest : public testing::Test {
     }
 
     test::TemporaryFolder folder;
-    // The last slash is that of a person's $XDG_DATA_HOME.
+    // The trailing slash is that of a user's $XDG_DATA_HOME.
     kits::ProgramFolders folders{folder.Path() / "own/", folder.Path() / "shipped"};
 };
 
@@ -58,7 +58,7 @@ TEST_F(ProgramFoldersTest, APersonsNamesStandBeforeTheProgramsAndCopiesDoNot) {
     const kits::ProgramFolders one(folder.Path() / "shipped");
     EXPECT_EQ(one.Own("sounds"), one.Shipped("sounds"));
     EXPECT_FALSE(one.IsCopy(one.Own("sounds") / "bell.xml"));
-    // Where one folder is both, the list tells whose a file is.
+    // If one folder serves as both, the list of shipped files tells whose a file is.
     EXPECT_FALSE(one.IsOwn("sounds", one.Own("sounds") / "bell.xml"));
     EXPECT_TRUE(one.IsOwn("sounds", one.Own("sounds") / "bass.xml"));
     EXPECT_FALSE(folders.IsOwn("sounds", folders.Find("sounds", "plain")));
@@ -91,7 +91,7 @@ TEST_F(ProgramFoldersTest, TheUsersFolderIsMadeForTheUserAlone) {
     EXPECT_EQ(found->Own("samples"), folder.Path() / "new/data/vexa/samples");
     for (const char* made : {"new", "new/data/vexa/functions", "new/data/vexa/pictures"})
         EXPECT_EQ(fs::status(folder.Path() / made).permissions(), fs::perms::owner_all) << made;
-    // A panel, which gives paths without links, shows the same files.
+    // A file panel, which gives paths without links, shows the same files.
     fs::create_directory_symlink(folder.Path() / "new", folder.Path() / "link");
     const test::EnvironmentVariable linked("XDG_DATA_HOME", (folder.Path() / "link/data").c_str());
     EXPECT_EQ(kits::FindProgramFolders("vexa", true)->Own("samples"), found->Own("samples"));

@@ -12,7 +12,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// Counts how many of it live.
+/// Counts its living instances.
 struct Counted {
     explicit Counted(int number, std::atomic<int>& alive) : number(number), alive(&alive) {
         alive++;

@@ -42,7 +42,7 @@ TEST(ReadFile, TakesRegularFilesUpToALengthAndRefusesTheRestAtOnce) {
         ASSERT_FALSE(read) << path;
         EXPECT_EQ(read.Fault().text, "could not read " + path.string() + ": " + reason);
     }
-    // A stream may be what is no file, and has the same limit.
+    // A stream may read from a pipe, with the same limit.
     std::thread writer([&] { std::ofstream(pipe) << bytes; });
     const auto piped = kits::ReadStream(pipe);
     writer.join();
@@ -51,7 +51,7 @@ TEST(ReadFile, TakesRegularFilesUpToALengthAndRefusesTheRestAtOnce) {
               "could not read /dev/zero: it is larger than 64 MB");
     EXPECT_EQ(kits::ReadStream(folder.Path()).Fault().text,
               "could not read " + folder.Path().string() + ": Is a directory");
-    // Its length is said to be 0.
+    // The system reports its length as 0.
     EXPECT_TRUE(kits::ReadFile("/proc/self/status"));
     EXPECT_FALSE(kits::ReadFile("/proc/self/status", 10));
 }

@@ -15,7 +15,7 @@ class RecordingTest : public testing::Test {
         EXPECT_TRUE(begun);
         return *std::move(begun);
     }
-    /// Why it is not whole; empty where it is.
+    /// Returns the reason for which the recording is incomplete; empty if it is complete.
     static std::string Fault(kits::Recording& recording) {
         const auto finished = recording.Finish();
         return finished ? "" : finished.Fault().text;
@@ -23,7 +23,7 @@ class RecordingTest : public testing::Test {
     std::size_t Files() const {
         return std::size_t(std::distance(std::filesystem::directory_iterator(folder.Path()), {}));
     }
-    /// So many frames of these values.
+    /// Puts `frames` frames of these values.
     static void Put(kits::Recording& recording, std::size_t frames, float left, float right) {
         recording.Put(std::vector(frames, left).data(), std::vector(frames, right).data(), frames);
     }
@@ -68,7 +68,7 @@ TEST_F(RecordingTest, SaysWhatIsMissing) {
     EXPECT_NE(Fault(*changed).find("from 48000 to 44100 Hz"), std::string::npos);
     EXPECT_EQ(test::ReadSound(folder.Path() / "a.wav", 0).values, std::vector<float>(200, 1.0F));
 
-    // A disk that would be full ends it, and keeps what it has.
+    // A disk that would become full ends the recording, which keeps its content.
     const auto full = *kits::Recording::Begin(folder.Path() / "full.flac", 1U << 20, 1ULL << 60);
     full->TakeRate(48000);
     Put(*full, 100, 1, 1);
@@ -79,7 +79,7 @@ TEST_F(RecordingTest, SaysWhatIsMissing) {
               std::string::npos);
     EXPECT_TRUE(std::filesystem::exists(folder.Path() / "full.flac"));
 
-    // Far more than there is patience for, however fast the disk is: it is written by pauses.
+    // Far more than any disk can write in the available time, so that the recording pauses.
     const auto slow = *kits::Recording::Begin(folder.Path() / "b.wav", 1024);
     slow->TakeRate(48000);
     Put(*slow, 1U << 22, 1, 1);

@@ -37,7 +37,7 @@ TEST(BString, KeepsZeroBytes) {
     EXPECT_TRUE(text == BString("\0\0c"sv));
 }
 
-/// Every operation against the same one on a std::string, with the front being eaten up most.
+/// Compares every operation with that of a std::string; removal at the front is the most frequent.
 TEST(BString, DoesWhatAPlainStringDoes) {
     std::mt19937 random(11);
     const auto below = [&random](std::size_t n) { return std::size_t(random() % (n + 1)); };

@@ -85,7 +85,7 @@ TEST(WireDecoder, WhatHasNoMeaningCallsNothing) {
     for (const uint8 undefined : {0xF4, 0xF5, 0xF7})
         EXPECT_EQ(Decoded({0x90, undefined, 60, 100, 60, 100}), Calls{}) << int(undefined);
     EXPECT_EQ(Decoded({0x90, 60, 0x80, 61, 5}), Calls{"off 0 61 5"}) << "a message cut short";
-    // System common messages end the running status, their own included.
+    // System common messages end the running status, also that of their own kind.
     EXPECT_EQ(Decoded({0x90, 60, 100, 0xF6, 61, 100}), (Calls{"on 0 60 100", "common 246 0 0"}));
     EXPECT_EQ(Decoded({0x90, 60, 100, 0xF3, 9, 61, 100, 0xF2, 1, 2, 3, 4}),
               (Calls{"on 0 60 100", "common 243 9 0", "common 242 1 2"}));

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A JACK server of a test's own with a player and a listener, both real clients of it.
+// A JACK server that belongs to the test, with a player and a recorder that are real clients of it.
 #pragma once
 
 #include "support/Attempts.h"
@@ -31,7 +31,8 @@ class Companion {
         : child(::fork()) {
         if (child != 0)
             return;
-        // A test that is killed leaves no server behind: there is room for eight of them.
+        // Ends with the test even if the test is killed: the system has room for only eight JACK
+        // servers.
         ::prctl(PR_SET_PDEATHSIG, SIGTERM);
         if (!std::freopen(output.c_str(), "w", stdout) || !::dup2(1, 2))
             ::_exit(126);
@@ -42,25 +43,26 @@ class Companion {
     Companion& operator=(const Companion&) = delete;
 
     pid_t Process() const { return child; }
-    /// Sends the signal and waits; the exit code, or 128 plus the signal that ended it.
+    /// Sends the signal and waits. Returns the exit code, or 128 plus the signal that ended the
+    /// program.
     int End(int signal) {
         if (child <= 0)
             return 0;
         ::kill(child, signal);
         return Wait();
     }
-    /// Asks the program to end, which it has two seconds for.
+    /// Sends SIGTERM and waits up to two seconds for the program to end.
     void AskToEnd() const {
         if (child > 0 && ::kill(child, SIGTERM) == 0)
             EndsWithin(child, std::chrono::seconds(2));
     }
-    /// The program stands still for so long.
+    /// Stops the program for the given time.
     void Stall(int milliseconds) const {
         ::kill(child, SIGSTOP);
         std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
         ::kill(child, SIGCONT);
     }
-    /// Whether it has not ended by itself.
+    /// Returns true if the program has not ended by itself.
     bool Runs() const {
         siginfo_t info{};
         return ::waitid(P_PID, id_t(child), &info, WEXITED | WNOHANG | WNOWAIT) == 0 &&
@@ -77,7 +79,7 @@ class Companion {
     pid_t child;
 };
 
-/// Looks at a condition until it holds; throws after thirty seconds.
+/// Polls a condition until it holds; throws after thirty seconds.
 inline void WaitFor(const char* what, const std::function<bool()>& condition) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
     while (!condition()) {
@@ -87,9 +89,9 @@ inline void WaitFor(const char* what, const std::function<bool()>& condition) {
     }
 }
 
-/// jackd2 on a busy machine now and then loses the signal by which a client that has just come or
-/// been connected is woken, waits for that client for ever, and plays nothing any more. Nothing but
-/// another server helps.
+/// On a busy machine, jackd2 sometimes loses the signal that wakes a client which has just been
+/// opened or connected. It then waits for that client for ever and plays nothing. Only a new server
+/// helps.
 class ServerStandsStill : public AttemptFails {
   public:
     ServerStandsStill() : AttemptFails("the JACK server has no more periods") {}
@@ -99,13 +101,14 @@ class ServerStandsStill : public AttemptFails {
 /// later.
 class JackServer {
   public:
-    /// Without a period it is not running yet.
+    /// Without a period the server is not started yet.
     explicit JackServer(int period = 0) : name("vexa-test-" + std::to_string(::getpid())) {
         ::setenv("JACK_DEFAULT_SERVER", name.c_str(), 1);
         ::setenv("JACK_NO_START_SERVER", "1", 1);
         jack_set_error_function([](const char*) {});
         jack_set_info_function([](const char*) {});
-        // With jackd1's library a server's end would be that of its clients in this process too.
+        // With jackd1's library the end of the server would otherwise end this process, which has
+        // clients of it.
         std::signal(SIGPIPE, SIG_IGN);
         if (period > 0)
             Start(period);
@@ -115,24 +118,24 @@ class JackServer {
             server->End(SIGTERM);
         if (!killed)
             return;
-        // What a killed server leaves behind would keep others from starting in the end; a
-        // successor of the same name takes it away.
+        // The shared memory of killed servers would in the end keep others from starting; a new
+        // server of the same name removes it.
         std::vector<std::string> brief = Command(1024, 48000);
         brief.insert(brief.begin(), {"timeout", "-s", "TERM", "1"});
         Companion(std::move(brief)).Wait();
     }
 
-    /// Returns before the server is there.
+    /// Returns before the server is ready.
     void Launch(int period, int rate = 48000) {
         killed = false;
         server = std::make_unique<Companion>(Command(period, rate));
     }
-    /// No client of a server before may be open in this process.
+    /// No client of an earlier server may be open in this process.
     void Start(int period, int rate = 48000) {
         Launch(period, rate);
         WaitFor("jackd", [&] {
             if (!server->Runs()) {
-                // The list of servers is full, of some that were killed or of others that run.
+                // The server registry is full, of killed servers or of running ones.
                 RunCommand({VEXA_SOURCE_FOLDER "/scripts/forget-jack-servers"});
                 Launch(period, rate);
             }
@@ -142,7 +145,7 @@ class JackServer {
             return client != nullptr;
         });
     }
-    /// The server ends, from one moment to the next or after it has said so.
+    /// Ends the server, by default abruptly.
     void Kill(int signal = SIGKILL) {
         killed = signal == SIGKILL;
         server->End(signal);
@@ -179,11 +182,11 @@ class JackPort {
     JackPort& operator=(const JackPort&) = delete;
 
     std::string Name() const { return jack_port_name(own); }
-    /// Somebody, perhaps ourselves, has connected the port.
+    /// Waits until any client, possibly this process, has connected the port.
     void WaitUntilConnected() const {
         WaitFor("a connection", [this] { return jack_port_connected(own) > 0; });
     }
-    /// Looks at what periods bring about until it is there; throws where none come for five
+    /// Waits for a condition that the periods bring about; throws if no period comes for five
     /// seconds.
     void WaitWhileThereArePeriods(const std::function<bool()>& condition) const {
         using Clock = std::chrono::steady_clock;
@@ -200,7 +203,7 @@ class JackPort {
         }
     }
     void SetPeriod(unsigned frames) { jack_set_buffer_size(handle, frames); }
-    /// The server's periods follow on one another as fast as all get them done.
+    /// In freewheel mode the server runs its periods as fast as all clients finish them.
     void SetFreewheel(bool on) { jack_set_freewheel(handle, on ? 1 : 0); }
     void Connect(const std::string& from, const std::string& to) {
         WaitFor(to.c_str(), [&] {
@@ -214,12 +217,12 @@ class JackPort {
     }
 
   protected:
-    /// No Process from now on: for the destructor of who has one. A client that is only deactivated
-    /// may still be called by jackd1's library when its server is dead.
+    /// Stops calls of Process; destructors of classes that override it call this. jackd1's library
+    /// may still call a client that is only deactivated when its server is dead.
     void Close() {
         if (handle)
             jack_client_close(handle);
-        // Not before: Process uses it to its last call.
+        // Reset only now: Process uses the handle until its last call.
         handle = nullptr;
     }
     void Activate() {
@@ -235,11 +238,11 @@ class JackPort {
         jack_activate(handle);
     }
     virtual void Process(jack_nframes_t frames) = 0;
-    /// The frame at which the present period begins, by the server's clock, which goes on over
-    /// periods that are lost. To be called once a period.
+    /// Returns the frame at which the present period begins, by the server's clock, which also
+    /// counts lost periods. To be called once a period.
     jack_nframes_t Now(jack_nframes_t frames) {
         const jack_nframes_t now = jack_last_frame_time(handle);
-        // jackd1's stands still while it freewheels.
+        // jackd1's clock stands still in freewheel mode.
         if (now == before)
             stoodStill += frames;
         before = now;
@@ -255,7 +258,7 @@ class JackPort {
     jack_nframes_t stoodStill = 0;
 };
 
-/// Records all that arrives, each sample at its frame after the first.
+/// Records the input, each sample at its frame after the first.
 class Ear : public JackPort {
   public:
     explicit Ear(std::size_t mostFrames)
@@ -273,13 +276,13 @@ class Ear : public JackPort {
     std::size_t Count() const { return count; }
     const std::vector<float>& Samples() const { return samples; }
     std::uint32_t FirstFrame() const { return first; }
-    /// Frames that what arrives has been under way, as the server says.
+    /// Returns the latency of the input in frames, as the server reports it.
     int Latency() const {
         jack_latency_range_t range{};
         jack_port_get_latency_range(own, JackCaptureLatency, &range);
         return int(range.max);
     }
-    /// Periods that the server has lost.
+    /// Returns the number of periods that the server has lost.
     int Lost() const { return lost; }
 
   private:
@@ -312,7 +315,7 @@ class Player : public JackPort {
     Player() : JackPort("player", "out", JACK_DEFAULT_MIDI_TYPE, JackPortIsOutput) { Activate(); }
     ~Player() override { Close(); }
 
-    /// Returns when the last message has been sent.
+    /// Sends the messages; returns when the last one has been sent.
     void Play(std::vector<Message> next) {
         script = std::move(next);
         position = 0;

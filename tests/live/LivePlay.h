@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// vexa --no-window on a stage: what it plays when a script is played to it.
+// Runs vexa --no-window on a JACK stage and records what it plays.
 #pragma once
 
 #include "live/JackStage.h"
@@ -17,7 +17,7 @@ namespace test {
 
 class LivePlay {
   public:
-    /// `frames` is how much can be recorded of one server; without a period there is none yet.
+    /// `frames` is the length of the recording per server; without a period no server runs yet.
     LivePlay(int period, std::size_t frames, const std::string& sound = kSineSound,
              const std::vector<std::string>& options = {})
         : frames(frames),
@@ -31,7 +31,7 @@ class LivePlay {
     /// jackd2 may take eight seconds to end after a client has been killed.
     ~LivePlay() { vexa.AskToEnd(); }
 
-    /// A server comes, or comes back; waits until Vexa is there too.
+    /// Starts a server, the first or a new one, and waits until Vexa has connected to it.
     void StartServer(int period, int withRate) {
         rate = withRate;
         server.Start(period, rate);
@@ -41,7 +41,8 @@ class LivePlay {
         server.Kill();
         Detach();
     }
-    /// Vexa is the only client from now on, or the first of those that are.
+    /// Closes the test's own clients, so that Vexa is the server's only client, or becomes the
+    /// first one.
     void Detach() {
         ear.reset();
         player.reset();
@@ -54,26 +55,26 @@ class LivePlay {
     }
 
     void Play(std::vector<Player::Message> script) { player->Play(std::move(script)); }
-    /// Waits until so many more frames have been recorded.
+    /// Waits until `more` further frames have been recorded.
     void Listen(std::size_t more) {
         const std::size_t end = Count() + more;
         ear->WaitWhileThereArePeriods([this, end] { return Count() >= end; });
     }
-    /// Sample of the recording at a frame after the script began.
+    /// Returns the index in the recording of a frame after the script began.
     std::size_t At(std::uint32_t frame) const {
         return std::size_t(player->StartFrame() + frame - ear->FirstFrame());
     }
-    /// Frames recorded so far.
+    /// Returns the number of frames recorded so far.
     std::size_t Count() const { return ear->Count(); }
     void TakePlayerAway() { player.reset(); }
     void SetPeriod(unsigned period) { ear->SetPeriod(period); }
     void SetFreewheel(bool on) { ear->SetFreewheel(on); }
     int ToldLatency() const { return ear->Latency(); }
     const std::vector<float>& Samples() const { return ear->Samples(); }
-    /// Periods that the server has lost.
+    /// Returns the number of periods that the server has lost.
     int Lost() const { return ear->Lost(); }
     std::string Log() const { return Contents(log); }
-    /// Waits until the program has said the text so many times.
+    /// Waits until the program has printed the text the given number of times.
     void WaitForLog(const std::string& text, int times = 1) const {
         WaitFor(text.c_str(), [&] { return CountInLog(text) >= times; });
     }
@@ -87,8 +88,8 @@ class LivePlay {
     Companion& Vexa() { return vexa; }
     JackServer& Server() { return server; }
 
-    /// The amplitudes of 440 Hz and 880 Hz in that tenth of the last 0.4 seconds in which 440 Hz is
-    /// the loudest: what the server loses is not judged.
+    /// Returns the amplitudes of 440 Hz and 880 Hz in the tenth of the last 0.4 seconds in which
+    /// 440 Hz is the loudest, so that buffers lost by the server do not count.
     std::pair<double, double> Levels() const {
         std::pair<double, double> best;
         for (std::size_t from = Count() - 19200; from + 4800 <= Count(); from += 2400) {
@@ -98,7 +99,7 @@ class LivePlay {
         return best;
     }
 
-    /// Frames from each note-on of a script to the first sample that is not silent.
+    /// Returns the frames from each note-on of a script to the first sample that is not silent.
     std::vector<int> Latencies(const std::vector<std::uint32_t>& noteOns, int limit) const {
         std::vector<int> latencies;
         for (const std::uint32_t frame : noteOns) {
@@ -129,7 +130,7 @@ class LivePlay {
     std::unique_ptr<Player> player;
 };
 
-/// `count` short notes, each silenced before the next, at frames that fall anywhere in a period.
+/// Returns `count` short notes, each silenced before the next, at frames anywhere in a period.
 inline std::vector<Player::Message> ShortNotes(int count, std::vector<std::uint32_t>& noteOns) {
     std::vector<Player::Message> script;
     std::uint32_t frame = 1000;

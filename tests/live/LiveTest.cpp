@@ -17,7 +17,7 @@ namespace {
 
 using test::LivePlay;
 
-/// The phase of 440 Hz in a tenth of a second from a sample on.
+/// Returns the phase of 440 Hz in the tenth of a second that begins at a sample.
 double PhaseAt(std::span<const float> samples, std::size_t from) {
     std::complex<double> sum = 0;
     for (std::size_t i = from; i < from + 4800; i++)
@@ -25,7 +25,7 @@ double PhaseAt(std::span<const float> samples, std::size_t from) {
     return std::arg(sum);
 }
 
-/// What is largest between two samples, from the beginning of the script to a frame of it.
+/// Returns the largest step between two samples, from the start of the script to a frame of it.
 float LargestStep(const LivePlay& play, std::uint32_t end) {
     float step = 0;
     for (std::size_t i = play.At(0); i < play.At(end); i++)
@@ -33,13 +33,13 @@ float LargestStep(const LivePlay& play, std::uint32_t end) {
     return step;
 }
 
-/// Half more than a sine of 440 Hz and 0.25 has.
+/// 1.5 times the steepest step of a sine of 440 Hz and amplitude 0.25.
 constexpr float kSteepest = 0.25F * 2 * float(M_PI) * 440 / 48000 * 1.5F;
 
 TEST(Live, ANoteHasItsPitchBeginsAndEndsWithoutAClick) {
     std::unique_ptr<LivePlay> play;
-    // What the server or a busy machine loses is not ours to judge: such a recording is made again,
-    // and long periods leave them time.
+    // Buffers lost by the server or a busy machine are not the program's fault: such a recording is
+    // repeated, and long periods give them time.
     float step = 0;
     const auto nothingIsLost = [&play, &step] {
         play.reset();
@@ -47,7 +47,7 @@ TEST(Live, ANoteHasItsPitchBeginsAndEndsWithoutAClick) {
         play->Play({{1000, {0x90, 69, 100}}, {97000, {0x80, 69, 0}}});
         play->Listen(36000);
         EXPECT_EQ(play->Vexa().End(SIGTERM), 0);
-        // jackd1 does not tell of every period that it leaves out.
+        // jackd1 does not report every period that it skips.
         step = LargestStep(*play, 110000);
         return play->Lost() == 0 && step < kSteepest &&
                play->Log().find("; 0 late and 0 missing buffers, 0 voices") != std::string::npos;
@@ -66,11 +66,11 @@ TEST(Live, ANoteHasItsPitchBeginsAndEndsWithoutAClick) {
         ASSERT_LT(std::abs(samples[i]), 0.01) << "20 ms after note-off";
 }
 
-/// Three periods of 128 and the producer's buffer, which is 64 frames of 44100 Hz, 70 of the
-/// server's.
+/// In frames at 48000 Hz: three periods of 128 and the producer's buffer, whose 64 frames at 44100
+/// Hz are 70 frames of the server.
 constexpr int kMostLatency = 3 * 128 + 70;
 
-/// The median of the frames from a note's event to its first sample, of so many notes.
+/// Returns the median of the frames from a note's event to its first sample, over `notes` notes.
 int MedianLatency(LivePlay& play, std::size_t notes) {
     std::vector<std::uint32_t> noteOns;
     play.Play(test::ShortNotes(int(notes), noteOns));
@@ -82,8 +82,8 @@ int MedianLatency(LivePlay& play, std::size_t notes) {
 
 TEST(Live, ANoteIsHeardWithinThreePeriodsAndABuffer) {
     int median = 0;
-    // On a busy machine the server loses periods, and what is late raises the latency for a while,
-    // after which the next notes may be right.
+    // On a busy machine the server loses periods, and late buffers raise the latency for a while;
+    // later notes may be right again.
     EXPECT_TRUE(test::SucceedsInTheEnd([&median] {
         LivePlay play(128, 48000 * 20);
         for (int i = 0; i < 3; i++) {
@@ -97,12 +97,12 @@ TEST(Live, ANoteIsHeardWithinThreePeriodsAndABuffer) {
 }
 
 constexpr std::uint32_t kNotes = 16;
-/// How many of them are in step with the one before where events have their time. Of notes that
-/// begin anywhere in a period of 256 frames one in 85 is so by chance.
+/// The least number of notes that keep the latency of the previous one if events keep their time.
+/// Notes that begin anywhere in a period of 256 frames do so by chance once in 85 notes.
 constexpr int kInStep = 6;
 
-/// Where each of these notes of 10 ms begins and ends in the recording, after its events; no entry
-/// where one is not heard.
+/// The start and end of each of these notes of 10 ms in the recording, relative to their events; no
+/// entry for a note that is not heard.
 struct ShortNotesHeard {
     std::vector<int> begins;
     std::vector<int> ends;
@@ -135,7 +135,7 @@ ShortNotesHeard PlayShortNotes(LivePlay& play) {
     return heard;
 }
 
-/// How many are what the one before is, give or take a frame.
+/// Returns the number of values that equal the previous one within a frame.
 int CountSteady(const std::vector<int>& values) {
     int count = 0;
     for (std::size_t i = 1; i < values.size(); i++)
@@ -143,12 +143,12 @@ int CountSteady(const std::vector<int>& values) {
     return count;
 }
 
-/// A period of the server holds several of them, or the beginning and the end of a note. The server
-/// knows how late what one hears is.
+/// Catches events that are moved to the start of a period. A period of the server holds several
+/// notes, or the start and the end of one, and the server knows the latency of the output.
 TEST(Live, EventsHaveTheirTimeWhateverThePeriod) {
     for (const int period : {256, 1024, 2048}) {
-        // On a busy machine the server loses periods every now and then, and what is
-        // late raises the latency for a while.
+        // On a busy machine the server now and then loses periods, and late buffers raise the
+        // latency for a while.
         const auto right = [period] {
             LivePlay play(period, 48000 * 20);
             const ShortNotesHeard heard = PlayShortNotes(play);
@@ -162,7 +162,8 @@ TEST(Live, EventsHaveTheirTimeWhateverThePeriod) {
     }
 }
 
-/// A session may give the program any name.
+/// Catches a latency that is reported only under the usual client name: a session may choose the
+/// name.
 TEST(Live, LatencyIsToldWhateverTheProgramIsCalled) {
     const test::JackServer server(256);
     kits::SetClientName("Vexa (2) + [x]");
@@ -178,7 +179,8 @@ TEST(Live, LatencyIsToldWhateverTheProgramIsCalled) {
     kits::SetClientName("Vexa");
 }
 
-/// What other clients record from both ports, from the first sample that is not silent to the last.
+/// Compares the recordings of other clients, from both ports, from the first sample that is not
+/// silent to the last.
 TEST(Live, WhatIsHeardIsRecordedSampleBySample) {
     const auto sounding = [](std::span<const float> all) {
         const auto sounds = [](float sample) { return sample != 0; };
@@ -206,16 +208,15 @@ TEST(Live, WhatIsHeardIsRecordedSampleBySample) {
         const std::vector<float> left = sounding(play.Samples());
         EXPECT_FALSE(left.empty());
         EXPECT_NE(sounding(kept[0]), sounding(kept[1])) << "each ear hears its own";
-        // Not where the server has lost periods.
+        // Does not count if the server has lost periods.
         return play.Lost() == 0 && sounding(kept[0]) == left &&
                sounding(kept[1]) == sounding(right.Samples());
     };
     EXPECT_TRUE(test::SucceedsInTheEnd(allTheSame));
 }
 
-/// Plays until it sounds as it should, five times at most: a busy machine, on which the server
-/// loses periods, is not ours to judge. `sounds` looks at what was played, and the program ends as
-/// it should in any case.
+/// Repeats the play until `sounds` accepts it, at most five times, as a busy machine makes the
+/// server lose periods, which is not the program's fault. The program must end properly each time.
 bool SoundsRight(const std::function<bool(LivePlay&)>& sounds,
                  const std::vector<std::string>& options = {}, int period = 128) {
     return test::SucceedsInTheEnd([&] {
@@ -238,7 +239,7 @@ TEST(Live, AFloodOfMidiLeavesNoNoteBehind) {
     for (std::uint32_t i = 0; i < 100000; i++) {
         const auto status = std::uint8_t(0x80 + random() % 0x80);
         const auto data = [&random] { return std::uint8_t(random() % 0x80); };
-        // Whole messages, as JACK wants them: of one byte from F4 on, of three below F0.
+        // JACK takes whole messages only: one byte from F4 on, three bytes below F0.
         std::vector<std::uint8_t> bytes{status};
         if (status < 0xF0)
             bytes.insert(bytes.end(), {data(), data()});
@@ -249,7 +250,7 @@ TEST(Live, AFloodOfMidiLeavesNoNoteBehind) {
     script.push_back({72000, {0x90, 69, 100}});
     EXPECT_TRUE(SoundsRight([&script](LivePlay& play) {
         play.Play(script);
-        // The flood may have made a busy machine late, which is given back by and by.
+        // The flood may have raised the latency on a busy machine, which falls again gradually.
         play.Listen(38400);
         const auto loudest = [&play](std::uint32_t frame, std::size_t count) {
             float peak = 0;
@@ -262,7 +263,7 @@ TEST(Live, AFloodOfMidiLeavesNoNoteBehind) {
     }));
 }
 
-/// Where a port's buffer is full, jackd1's library hands out events that never were.
+/// When a port's buffer is full, jackd1's library delivers events that nobody sent.
 TEST(Live, AFullMidiBufferIsSurvived) {
     std::mt19937 random(3);
     std::vector<test::Player::Message> script;
@@ -296,8 +297,8 @@ TEST(Live, ASecondInstanceHasPortsOfItsOwn) {
     EXPECT_EQ(play.Vexa().End(SIGTERM), 0);
 }
 
-/// Of two sources, one chosen by the program and one connected from outside, each takes its own
-/// notes with it.
+/// Catches a vanished source that leaves its notes on or ends those of others. One source was
+/// chosen by the program, the other was connected from outside.
 TEST(Live, ASourceThatVanishesEndsItsOwnNotesOnly) {
     for (const bool chosenVanishes : {true, false}) {
         const auto sounds = [chosenVanishes](LivePlay& play) {
@@ -320,7 +321,7 @@ TEST(Live, ASourceThatVanishesEndsItsOwnNotesOnly) {
     }
 }
 
-/// By the time that the program is told of it there are as many connections as before.
+/// When the program is notified, the number of connections is the same as before.
 TEST(Live, ASourceInWhosePlaceAnotherComesEndsItsNotes) {
     EXPECT_TRUE(SoundsRight([](LivePlay& play) {
         const std::string input = "Vexa:Vexa midi in";
@@ -341,8 +342,8 @@ TEST(Live, ASourceInWhosePlaceAnotherComesEndsItsNotes) {
     }));
 }
 
-/// Nothing is rendered while the server stands still, and soon afterwards notes are heard at once
-/// again.
+/// Nothing is rendered while the server stands still. Catches a latency that stays raised
+/// afterwards.
 TEST(Live, AServerThatStallsForSecondsIsSurvived) {
     EXPECT_TRUE(SoundsRight([](LivePlay& play) {
         play.Play({{1000, {0x90, 69, 100}}, {5800, {0x80, 69, 0}}});
@@ -354,7 +355,7 @@ TEST(Live, AServerThatStallsForSecondsIsSurvived) {
     }));
 }
 
-/// The buffer size is the server's to change at any moment.
+/// The server may change the buffer size at any time.
 TEST(Live, TheServersPeriodMayChange) {
     EXPECT_TRUE(SoundsRight([](LivePlay& play) {
         play.Play(NoteOn(69));
@@ -368,30 +369,30 @@ TEST(Live, TheServersPeriodMayChange) {
     }));
 }
 
-/// Where the period was long, and where the program or the server stood still.
+/// After long periods, and after the program or the server was stopped.
 TEST(Live, TheLatencyThatAFaultHasAddedIsGivenBack) {
     EXPECT_TRUE(SoundsRight([](LivePlay& play) {
         play.SetPeriod(2048);
         play.Listen(48000);
         play.SetPeriod(128);
         play.Listen(9600);
-        // 0 where a note before is still to be heard.
+        // 0 if an earlier note is still audible.
         const int afterLongPeriods = MedianLatency(play, 9);
         play.Vexa().Stall(400);
-        // It is given back by and by, within five seconds.
+        // The latency falls gradually, within five seconds.
         int afterAStop = 0;
         for (int i = 0; i < 8 && (afterAStop <= 0 || afterAStop > 2 * kMostLatency); i++)
             afterAStop = MedianLatency(play, 9);
-        // A busy machine keeps what it needs; long periods would leave 1920 frames.
+        // A busy machine keeps the latency that it needs; long periods would leave 1920 frames.
         return afterLongPeriods > 0 && afterLongPeriods <= 2 * kMostLatency && afterAStop > 0 &&
                afterAStop <= 2 * kMostLatency;
     }));
 }
 
-/// Faster than it can be heard a note sounds as it does in time, and afterwards there is sound.
+/// In freewheel mode a note sounds as in real time, and playing continues afterwards.
 TEST(Live, AServerThatFreewheelsGetsAllOfTheSound) {
     std::optional<LivePlay> stage;
-    // jackd2's count of frames may jump where a busy machine makes it miss a period.
+    // jackd2's frame counter may jump if a busy machine makes it miss a period.
     ASSERT_TRUE(test::SucceedsInTheEnd([&stage] {
         stage.emplace(128, 48000 * 60);
         stage->SetFreewheel(true);
@@ -402,7 +403,7 @@ TEST(Live, AServerThatFreewheelsGetsAllOfTheSound) {
     }));
     LivePlay& play = *stage;
     const std::span<const float> all(play.Samples());
-    // From the beginning of the note, which has its time, to its end.
+    // Compares from the start of the note to its end.
     const std::size_t first = play.At(1000);
     const std::size_t last = play.At(145000);
     const auto begin = std::find_if(all.begin() + std::ptrdiff_t(first), all.end(),
@@ -418,7 +419,7 @@ TEST(Live, AServerThatFreewheelsGetsAllOfTheSound) {
     EXPECT_NEAR(step, 0.25 * 2 * M_PI * 440 / 48000, 0.002);
     EXPECT_LT(silent, 10) << "samples";
     EXPECT_NEAR(test::Amplitude(all.subspan(at, 96000), 440, 48000), 0.25, 0.02);
-    // In real time again a busy machine loses some of it, or the voice.
+    // Back in real time, a busy machine may lose buffers, or the voice.
     bool sounds = false;
     for (int attempt = 0; attempt < 10 && !sounds; attempt++) {
         play.Play(NoteOn(69));
@@ -435,8 +436,8 @@ TEST(Live, AServerThatFreewheelsGetsAllOfTheSound) {
     EXPECT_GE(missing, 0) << log;
 }
 
-/// What was held when the server died is over, notes have their pitch at the next one's rate, and
-/// the source that was asked for is connected each time.
+/// Notes held when the server dies have ended, notes have their pitch at the next server's sample
+/// rate, and the requested source is connected each time.
 TEST(Live, AServerThatComesLateOrComesBackIsPlayedThrough) {
     const auto sounds = [](LivePlay& play) {
         int servers = 0;
@@ -465,8 +466,8 @@ TEST(Live, AServerThatComesLateOrComesBackIsPlayedThrough) {
     EXPECT_TRUE(SoundsRight(sounds, {"--midi", "player-01:out"}, 0));
 }
 
-/// Frames from an event to the first sample that does not go on as a sine: each of a sine's is 2
-/// cos(w) times the one before, less the one before that.
+/// Returns the frames from an event to the first sample that does not continue a sine: each sample
+/// of a sine is 2 cos(w) times the previous one, minus the one before that.
 int FramesToChange(const LivePlay& play, std::uint32_t frame, double hertz) {
     const double factor = 2 * std::cos(2 * M_PI * hertz / 48000);
     const auto begin = play.Samples().begin() + std::ptrdiff_t(play.At(frame));
@@ -476,13 +477,13 @@ int FramesToChange(const LivePlay& play, std::uint32_t frame, double hertz) {
     return int(at - begin);
 }
 
-/// A note 50 ms after a program change has the sound of that number, or the one before where there
-/// is none; the note before it goes on, and is the first to tell of the change.
+/// A note 50 ms after a program change has the sound of that number, or the previous sound if there
+/// is none. The note before it continues, and the change is first audible in it.
 TEST(Live, ProgramChangesChooseSounds) {
     const test::TemporaryFolder data;
     const std::string sine = test::kSineSound;
     const std::string octave = "<fx>2</fx></vexasound>";
-    // Before and behind the sounds that come with the program.
+    // File names that sort before and after those of the shipped sounds.
     data.Write("vexa/sounds/0.xml", sine.substr(0, sine.rfind('<')) + octave);
     data.Write("vexa/sounds/1.xml", "no sound");
     ::setenv("XDG_DATA_HOME", data.Path().c_str(), 1);
@@ -492,7 +493,7 @@ TEST(Live, ProgramChangesChooseSounds) {
         play.Play({{1000, {0x90, 45, 100}},
                    {12000, {0xC0, 0}},
                    {14400, {0x90, 69, 100}},
-                   {24000, {0xB0, 32, 1}}, // a bank that there is not
+                   {24000, {0xB0, 32, 1}}, // a bank that does not exist
                    {24000, {0xC0, 0}},
                    {26400, {0x90, 57, 100}},
                    {40000, {0xB0, 32, 0}},
@@ -516,8 +517,9 @@ TEST(Live, ProgramChangesChooseSounds) {
     ::unsetenv("XDG_DATA_HOME");
 }
 
-/// Other clients, with their sockets in a row with ours, may hide what a library does when the
-/// server ends or throws its client out, as jackd1 does with one that stands still.
+/// Runs without other clients in this process: their sockets, numbered next to the program's, may
+/// hide errors of a library when the server ends or drops its client, as jackd1 drops one that
+/// stands still.
 TEST(Live, WithNoOtherClientAServersEndIsSurvivedToo) {
     EXPECT_TRUE(SoundsRight([](LivePlay& play) {
         play.Detach();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// An instrument that plays a sine, and hands on its keys and wheels.
+// An instrument that plays a sine, with helpers for its keys and controllers.
 #pragma once
 
 #include "support/Sounds.h"
@@ -10,7 +10,7 @@ namespace test {
 
 constexpr double kRate = 44100;
 
-/// Without a channel all is on the first one.
+/// Without a channel argument, messages go to the first channel.
 class HandsStage : public testing::Test {
   protected:
     HandsStage() { MakeSine(instrument); }
@@ -22,7 +22,7 @@ class HandsStage : public testing::Test {
     void Control(uchar controller, uchar value, uchar channel = 0) {
         instrument.consumer.ControlChange(channel, controller, value, 0);
     }
-    /// Messages of several controllers, one after the other.
+    /// Sends messages of several controllers, one after the other.
     void Controls(const std::vector<std::pair<int, int>>& messages, uchar channel = 0) {
         for (const auto& [controller, value] : messages)
             Control(uchar(controller), uchar(value), channel);
@@ -37,7 +37,7 @@ class HandsStage : public testing::Test {
     void Panic(bool justChannel = false) { instrument.consumer.AllNotesOff(justChannel, 0); }
     void Be(vexa::PlayMode mode) { instrument.playing.mode = float(int(mode)); }
 
-    /// The frequencies of the first slots' notes over the next samples, Hz.
+    /// Returns the frequencies in Hz of the first slots' notes over the next samples.
     std::vector<double> Hertz(std::size_t slots, std::size_t samples) {
         std::vector<double> hertz;
         for (std::size_t i = 0; i < slots; i++)
@@ -52,7 +52,7 @@ class HandsStage : public testing::Test {
         return 1200 * std::log2(hertz / expected);
     }
 
-    /// The note that a slot plays: its number, negative once released, 0 if it is silent.
+    /// Returns the note that a slot plays: its number, negative once released, 0 if it is silent.
     int Note(std::size_t slot) const {
         const vexa::voice& v = instrument.voices[slot];
         const int note = static_cast<int>(std::lround(v.key * 127));

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What wheel, pedals, pressure and held keys do to the notes, where the sound says that they do.
+// Catches wrong effects of wheel, pedals, pressure and held keys on the notes, as the sound sets
+// them.
 #include "midi/HandsStage.h"
 #include "support/Spectrum.h"
 
@@ -20,18 +21,18 @@ class Hands : public test::HandsStage {
   protected:
     Hands() { instrument.playing.given = true; }
 
-    /// Of one slot's note.
+    /// Returns the frequency of a slot's note.
     double Hertz(std::size_t samples = 1, std::size_t slot = 0) {
         return HandsStage::Hertz(slot + 1, samples)[slot];
     }
-    /// What is loudest above 2000 Hz, decibels below full volume.
+    /// Returns the greatest level above 2000 Hz, in decibels relative to full volume.
     static double LoudestAbove2000(std::span<const float> samples) {
         double most = 0;
         for (double hertz = 2000; hertz < 20000; hertz += 97)
             most = std::max(most, test::Amplitude(samples, hertz, kRate));
         return 20 * std::log10(most);
     }
-    /// 344 samples after each of some events.
+    /// Renders 344 samples after each of some events.
     std::vector<float> Sweep(int first, int last, int step, const std::function<void(int)>& event) {
         std::vector<float> samples;
         for (int value = first; value < last; value += step) {
@@ -52,7 +53,7 @@ TEST_F(Hands, TheWheelBendsByTheRangeThatTheSoundOrRpn0Says) {
     Render(instrument, 441);
     EXPECT_NEAR(Cents(Hertz(1000), 391.9954), 0, 0.01);
 
-    // Half of a parameter's number, another parameter, and none: their data change nothing.
+    // Half of a parameter's number, another parameter, and none: their data have no effect.
     const std::vector<std::pair<int, int>> harmless[] = {{{101, 0}, {6, 24}},
                                                          {{101, 0}, {100, 1}, {6, 24}},
                                                          {{99, 0}, {98, 0}, {6, 24}},
@@ -106,7 +107,7 @@ TEST_F(Hands, ASweepOfTheWheelHasNoSteps) {
     instrument.playing.bend = 12;
     On(69);
     Render(instrument, 4410);
-    // As coarse as a wheel of seven bits.
+    // In the coarse steps of a seven-bit wheel.
     const std::vector<float> samples = Sweep(-8192, 8192, 128, [this](int value) { Bend(value); });
     EXPECT_GT(Peak(samples), 0.9F);
     EXPECT_LT(LoudestAbove2000(samples), -120) << "a pitch that steps leaves -105";
@@ -139,7 +140,7 @@ TEST_F(Hands, AGlideIsExponentialAndExactAtBothEnds) {
     Render(instrument, 11024);
     EXPECT_NEAR(Cents(Hertz(1, 1), 440), 0, 1e-6);
 
-    // On the way to another note the one voice comes from where it is.
+    // The single voice glides to another note from its present pitch.
     Be(PlayMode::legato);
     Off(57);
     On(81);
@@ -175,7 +176,7 @@ TEST_F(Hands, OneVoiceFollowsTheLastKeyThatIsDown) {
         Render(instrument, 441);
         On(65);
         EXPECT_EQ(vexa::Look(instrument.voices[0]).t, 0) << "after a release it begins anew";
-        // Keys that were down at a panic, or in another mode, leave nothing behind.
+        // Keys that were down at a panic, or in another mode, have no further effect.
         On(66);
         Panic();
         Off(66);
@@ -183,7 +184,7 @@ TEST_F(Hands, OneVoiceFollowsTheLastKeyThatIsDown) {
         Off(65);
         Render(instrument, 441);
 
-        // The pedal holds the key on which it was pressed, also when it comes back, and no other.
+        // The pedal holds only the key during which it was pressed, also when that key returns.
         instrument.playing.pedal = 1;
         On(60);
         Control(66, 127);
@@ -203,7 +204,7 @@ TEST_F(Hands, OneVoiceFollowsTheLastKeyThatIsDown) {
         instrument.playing.pedal = 0;
         Render(instrument, 441);
 
-        // A key without a frequency has no voice, though it had one when it was struck.
+        // A key without a frequency has no voice, even if it had one when it was struck.
         vexa::Tuning gaps = vexa::EqualTemperament();
         gaps[61] = 0;
         instrument.consumer.SetTuning(gaps);
@@ -365,7 +366,7 @@ TEST_F(Hands, ANoteGoesOnFromWhatIsHeardOfTheOneWhoseVoiceItTakes) {
     Control(7, 30, 1);
     std::vector<float> samples;
     for (int i = 0; i < 40; i++) {
-        // In the same frame all sound may end, and the channel may be a soft one.
+        // In the same frame all sound may be cut off, and the channel may have the soft pedal down.
         if (i % 3 == 0)
             Control(i % 2 ? 120 : 123, 0, uchar((i + 1) % 2));
         On(69, uchar(i % 2), 127);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Notes with channels of their own, as MPE has them.
+// Catches faults in the handling of MPE, where each note has a channel of its own.
 #include "midi/HandsStage.h"
 #include "support/Spectrum.h"
 
@@ -19,7 +19,7 @@ class Mpe : public test::HandsStage {
     }
     void Zone(uchar master, int members) { Parameter(6, members, master); }
 
-    /// By how many cents each slot's note is above a key.
+    /// Expects each slot's note to be that many cents above a key.
     void ExpectCents(const std::vector<int>& keys, const std::vector<double>& expected) {
         Render(instrument, 882);
         const std::vector<double> hertz = Hertz(keys.size(), 2000);
@@ -52,12 +52,12 @@ TEST_F(Mpe, EachNoteBendsByItsOwnChannelAndAllByTheMaster) {
     ExpectCents({60, 64, 67}, {5000, 4800 * part(-1024) + 200, 4800 * part(43) + 200});
     instrument.playing.bend = 12;
     Bend(-8192, 0);
-    Parameter(0, 24, 2); // one member tells it for all
+    Parameter(0, 24, 2); // one member sets it for all
     ExpectCents({60, 64, 67}, {1200, 2400 * part(-1024) - 1200, 2400 * part(43) - 1200});
     Control(121, 0, 0);
     ExpectCents({60, 64, 67}, {0, 0, 0});
 
-    // A note that was let go goes on with its channel until that has another one.
+    // A released note follows its channel until the channel has another note.
     instrument.envelopes[2].Points().back().t = 100;
     instrument.envelopes[2].ProduceCalcPts();
     Off(60, 1);
@@ -94,7 +94,7 @@ TEST_F(Mpe, PressureAndTimbreAreThoseOfTheNote) {
         set(12, 1);
         EXPECT_NEAR(Levels({440})[0], 32 / 127.0, 0.03);
         EXPECT_NEAR(Levels({880})[0], 96 / 127.0, 0.03);
-        // Outside of the zone it is everybody's, of whom these have their own.
+        // Outside the zone it applies to all notes, but these have values of their own.
         set(0, 127);
         EXPECT_NEAR(Levels({440})[0], 32 / 127.0, 0.03);
         Zone(15, 14);
@@ -144,7 +144,7 @@ TEST_F(Mpe, AKeyOfAnotherChannelIsAnotherNote) {
     On(62, 4);
     ExpectCents({62}, {4800 * 4096 / 8191.0});
 
-    // The volume is that of the key's channel, which it takes 10 ms to get to.
+    // The volume is that of the key's channel, and is reached within 10 ms.
     Panic();
     Render(instrument, 441);
     On(69, 5);
@@ -192,7 +192,7 @@ TEST_F(Mpe, IsThereWhereTheSoundSaysHowItIsPlayedOrItWasAskedFor) {
     ExpectCents({69}, {0});
     Panic();
 
-    // What a controller told once holds when a sound that knows of none has come and gone.
+    // A controller's configuration stays valid after a sound without one was loaded and replaced.
     const auto load = [this](bool given) {
         instrument.playing.given = given;
         instrument.playing.loads = instrument.playing.loads + 1;

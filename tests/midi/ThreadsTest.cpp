@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The window's, the MIDI and the media thread's work, all at once. The thread sanitizer looks at
-// these too.
+// Catches data races between the window, the MIDI and the media thread, which work at the same
+// time. The thread sanitizer runs these tests too.
 #include "support/Sounds.h"
 
 #include <atomic>
@@ -17,8 +17,8 @@ float Slope(float x, float y) {
     return x - 0.5F * y;
 }
 
-/// The number of a slot's changes that the media thread has shown is the number there is: nothing
-/// that MIDI has done to it was overlooked.
+/// Expects that the media thread has taken up all changes of each slot, so that no MIDI event was
+/// missed.
 void ExpectTakenUp(const Engine& instrument) {
     for (const vexa::voice& slot : instrument.voices) {
         if (slot.state.Look().Active()) {
@@ -49,7 +49,7 @@ TEST(Threads, NoNoteAndNoReleaseIsLostWhileBuffersAreRendered) {
     instrument.renderer.Render(last.data(), last.size());
     EXPECT_EQ(instrument.consumer.CountVox(), 20);
     ExpectTakenUp(instrument);
-    // The last twenty notes: every third was struck again after its release.
+    // The last twenty notes; every third was struck again after its release.
     for (int round = 2980; round < 3000; round++) {
         const float key = static_cast<float>((40 + round % 20) / 127.0);
         int held = 0;

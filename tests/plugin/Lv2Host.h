@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A small LV2 host. Plug-ins come from the bundle by lilv, or from the test program itself, where
-// the real-time watch and the sanitizers see them.
+// A small LV2 host. It loads the plug-in from the bundle with lilv, or from the test program
+// itself, where the real-time watch and the sanitizers see it.
 #pragma once
 
 #include "plugin/lv2/Ports.h"
@@ -28,7 +28,7 @@
 
 namespace test {
 
-/// Names and numbers, for all instances.
+/// Maps URIs to numbers, for all instances.
 inline LV2_URID Id(const std::string& uri) {
     static std::mutex mutex;
     static std::map<std::string, LV2_URID> ids;
@@ -36,7 +36,7 @@ inline LV2_URID Id(const std::string& uri) {
     return ids.try_emplace(uri, static_cast<LV2_URID>(ids.size() + 1)).first->second;
 }
 
-/// The world with the bundle in it.
+/// Returns the lilv world with the bundle loaded.
 inline LilvWorld* World() {
     static LilvWorld* const world = [] {
         LilvWorld* made = lilv_world_new();
@@ -100,13 +100,13 @@ class Lv2Host {
             descriptor->deactivate(handle);
     }
 
-    /// Events of the next block, in the order of their frames.
+    /// Adds an event to the next block; events are given in the order of their frames.
     void Midi(int64_t at, const std::vector<uint8_t>& bytes) {
         lv2_atom_forge_frame_time(&forge, at);
         lv2_atom_forge_atom(&forge, static_cast<uint32_t>(bytes.size()), Id(LV2_MIDI__MidiEvent));
         lv2_atom_forge_write(&forge, bytes.data(), static_cast<uint32_t>(bytes.size()));
     }
-    /// A patch message of that kind with what `body` writes.
+    /// Adds a patch message of that kind, with the content that `body` writes.
     void Patch(const char* kind, const std::function<void(LV2_Atom_Forge&)>& body, int64_t at = 0) {
         LV2_Atom_Forge_Frame object;
         lv2_atom_forge_frame_time(&forge, at);
@@ -123,7 +123,7 @@ class Lv2Host {
         });
     }
 
-    /// The left ear of the next block; `right` gets the other one.
+    /// Renders the next block and returns the left ear; `right` receives the other one.
     std::vector<float> Run(uint32_t count, std::vector<float>* right = nullptr) {
         std::vector<float> ears[2];
         for (uint32_t ear = 0; ear < 2; ear++) {
@@ -147,7 +147,7 @@ class Lv2Host {
             *right = ears[1];
         return ears[0];
     }
-    /// Runs, and has the worker work, until it is so; false after 10 s.
+    /// Runs blocks and the worker until the condition holds; returns false after 10 s.
     bool RunUntil(const std::function<bool()>& is) {
         const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
         while (!is()) {
@@ -159,13 +159,13 @@ class Lv2Host {
         }
         return true;
     }
-    /// What the host's worker was asked for, if anything.
+    /// Does the work that was scheduled, if any.
     void Work() {
         while (scheduled.exchange(0) > 0)
             WorkerInterface().work(handle, nullptr, nullptr, 0, nullptr);
     }
 
-    /// By the part of the names behind "#".
+    /// Values by the part of the property's URI after "#".
     using Values = std::map<std::string, std::string>;
     Values Save() {
         saved.clear();
@@ -181,11 +181,11 @@ class Lv2Host {
     const double rate;
     std::array<float, vexa::kControls> controls{};
     float latency = -1, freewheel = 0;
-    /// What was told in notifications, and in the host's log.
+    /// The values sent in notifications, their number, and the host's log.
     Values told;
     int tellings = 0;
     std::string logged;
-    /// A worker that has no room.
+    /// True if the host's worker queue is full.
     std::atomic<bool> full{false};
     std::vector<uint64_t> events = std::vector<uint64_t>(300000);
     std::vector<uint64_t> notifications = std::vector<uint64_t>(kNotificationBytes / 8 + 1);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What an LV2 host sees of the plug-in.
+// Catches faults of the plug-in as an LV2 host sees it.
 #include "documents/SoundDocument.h"
 #include "plugin/HostedFolders.h"
 #include "plugin/Lv2Host.h"
@@ -25,7 +25,7 @@ using testing::HasSubstr;
 
 constexpr std::size_t kVolume = 0, kOversample = 10;
 
-/// A sound that is heard, with that function.
+/// Returns an audible sound with that function.
 Sound WithFormula(const std::string& expression) {
     Sound sound = *ReadSound(VEXA_SOURCE_FOLDER "/benchmarks/twin-hills.xml");
     sound.function.kind = FunctionKind::Expression;
@@ -44,7 +44,7 @@ float Peak(const std::vector<float>& samples) {
     return peak;
 }
 
-/// A sine of so many samples.
+/// Returns a sine with a period of `period` samples.
 std::vector<float> Wave(int period) {
     std::vector<float> wave(4000);
     for (std::size_t i = 0; i < wave.size(); i++)
@@ -52,7 +52,7 @@ std::vector<float> Wave(int period) {
     return wave;
 }
 
-/// No test makes run() allocate, release or lock.
+/// Every test fails if run() allocates, releases memory or locks a mutex.
 class Lv2 : public testing::Test {
   protected:
     void TearDown() override { EXPECT_EQ(watch.Faults(), 0); }
@@ -85,7 +85,7 @@ std::string MidiFile(const std::vector<Event>& events) {
            static_cast<char>(track.size()) + track;
 }
 
-/// What vexa-render makes of the tune and the sound, the ears by turns.
+/// Returns vexa-render's output for the tune and the sound, the ears interleaved.
 std::vector<float> Rendered(const test::TemporaryFolder& folder, const std::string& sound, int rate,
                             const std::vector<std::string>& more) {
     const auto out = folder.Path() / "out.wav";
@@ -111,7 +111,7 @@ std::vector<float> Rendered(const test::TemporaryFolder& folder, const std::stri
     return ears;
 }
 
-/// The same of an instance that plays it in blocks of all sizes.
+/// Returns the output of an instance that plays the tune in blocks of all sizes.
 std::vector<float> Played(Lv2Host& host) {
     constexpr std::array<uint32_t, 6> blocks{1, 0, 511, 64, 8192, 37};
     host.Run(512);
@@ -192,7 +192,7 @@ TEST_F(Lv2, EightInstancesPlayWhatVexaRenderGives) {
         ASSERT_EQ(host.Restore({{"document", SoundText(sound)}}), LV2_STATE_SUCCESS);
     }
     for (std::size_t i = 0; i < hosts.size(); i++) {
-        // The state that was saved is a sound that the programs open.
+        // The saved state is a sound document, which the programs can open.
         const std::vector<float> expected =
             Rendered(folder, hosts[i]->Save()["document"], rows[i].rate, rows[i].options);
         const std::vector<float> heard = Played(*hosts[i]);
@@ -231,10 +231,10 @@ TEST_F(Lv2, WhatIsNoSoundOfOursLeavesAllAsItWas) {
         EXPECT_GT(Peak(host.Run(256)), 1e-4F);
         EXPECT_THAT(host.told["message"], HasSubstr(message));
     }
-    // A host begins with nothing, which is no fault.
+    // A host first restores an empty state, which is not a fault.
     EXPECT_EQ(host.Restore({}), LV2_STATE_ERR_NO_PROPERTY);
     EXPECT_EQ(host.logged, "");
-    // What a newer version adds is kept.
+    // Elements of a newer version are kept.
     std::string newer = good;
     newer.insert(newer.rfind("</vexasound>"), "<future><depth>3</depth></future>");
     EXPECT_EQ(host.Restore({{"document", newer}}), LV2_STATE_SUCCESS);
@@ -258,7 +258,7 @@ TEST_F(Lv2, FilesThatHaveGoneAreToldAndRemembered) {
     EXPECT_EQ(Peak(host.Run(256)), 0);
     state["samplefile"] = "/gone/first.wav";
     EXPECT_EQ(host.Save(), state);
-    // The place of the sample in a session stands before its own.
+    // The path of the sample in the session takes precedence over the document's own.
     const std::string here = (folder.Path() / "here.wav").string();
     ASSERT_TRUE(test::WriteSound(here, Wave(80), 22050));
     state["samplefile"] = here;
@@ -266,7 +266,7 @@ TEST_F(Lv2, FilesThatHaveGoneAreToldAndRemembered) {
     host.Midi(0, {0x90, 60, 100});
     EXPECT_GT(Peak(host.Run(4096)), 1e-4F);
     EXPECT_EQ(host.Save(), state) << "from here the next session plays it";
-    // So it is with a picture, and a sample that is in its place is none.
+    // The same holds for a picture; a sample at its path is not a picture.
     sound.function.kind = FunctionKind::Picture;
     sound.function.pictureFile = "/gone/first.png";
     state["document"] = SoundText(sound);
@@ -280,7 +280,7 @@ TEST_F(Lv2, FilesThatHaveGoneAreToldAndRemembered) {
     host.Midi(0, {0x90, 60, 100});
     EXPECT_GT(Peak(host.Run(4096)), 1e-4F);
     EXPECT_EQ(host.Save(), state) << "from here the next session plays it";
-    // A preset leaves the tuning to the player, and what is refused leaves it as it was.
+    // A preset leaves the tuning to the player, and a refused state leaves the tuning unchanged.
     EXPECT_EQ(host.Restore({{"document", TextOf("x")}}), LV2_STATE_SUCCESS);
     host.Set("keymap", "/gone/other.kbm");
     ASSERT_TRUE(
@@ -329,8 +329,8 @@ TEST_F(Lv2, MessagesThatMeanNothingChangeNothing) {
             key(f, LV2_PATCH__value);
             lv2_atom_forge_float(&f, 1);
         },
-        // The atom says that it is longer than the message, behind which there is a formula: the
-        // frame of the next one.
+        // The atom claims to be longer than the message. It is followed by a formula: the frame of
+        // the next message.
         [&](LV2_Atom_Forge& f) {
             formula(f);
             key(f, LV2_PATCH__value);
@@ -375,14 +375,14 @@ TEST_F(Lv2, WhatIsSetIsHeardToldAndKept) {
         ASSERT_TRUE(host.RunUntil([&] { return host.told.size() == std::size(lv2::kProperties); }));
         EXPECT_EQ(host.told["formula"],
                   ReadSound(VEXA_SOURCE_FOLDER "/data/sounds/default.xml")->function.expression);
-        // A worker without room is asked again.
+        // If the worker has no room it is asked again.
         host.full = true;
         host.Set("formula", "x-y");
         host.Run(64);
         host.full = false;
         ASSERT_TRUE(host.RunUntil([&] { return host.told["formula"] == "x-y"; }));
         EXPECT_THAT(host.Save()["document"], HasSubstr("<expression>x-y<"));
-        // The fault says where, each time, and a formula that is taken takes it back.
+        // The fault gives its position each time, and a valid formula clears it.
         for (int i = 0; i < 2; i++) {
             host.told.clear();
             host.Set("formula", "x**y");
@@ -393,7 +393,7 @@ TEST_F(Lv2, WhatIsSetIsHeardToldAndKept) {
         EXPECT_THAT(host.logged, testing::Not(HasSubstr("gcc")));
         host.Set("formula", "x+y");
         ASSERT_TRUE(host.RunUntil([&] { return host.told["message"].empty(); }));
-        // A sound brings a formula or a sample of its own.
+        // A sound replaces the formula or sample by its own.
         const std::string sound = VEXA_SOURCE_FOLDER "/data/sounds/voice.xml";
         host.Set("sound", sound);
         ASSERT_TRUE(host.RunUntil([&] { return host.told["sound"] == sound; }));
@@ -413,7 +413,7 @@ TEST_F(Lv2, WhatIsSetIsHeardToldAndKept) {
         });
         ASSERT_TRUE(host.RunUntil([&] { return !host.told.empty(); }));
         EXPECT_EQ(host.told.size(), 1U);
-        // A host that restores another sound hears of it, even if its port has room for little.
+        // A host that restores another sound is notified of it, even if its port has little room.
         host.notificationBytes = 200;
         host.Restore({{"document", TextOf("x" + std::string(400, ' '))}});
         ASSERT_TRUE(host.RunUntil([&] { return host.told.contains("sound"); }));
@@ -433,7 +433,8 @@ TEST_F(Lv2, KnobsStayOutOfTheDocumentAndAboveTheSound) {
     host.controls[kVolume] = -40;
     host.Midi(0, {0x90, 60, 100});
     const float quiet = Peak(host.Run(8192));
-    // Not for a block are they the sound's while it is loaded.
+    // While a sound is loaded, its own values never replace those of the controls, not even for one
+    // block.
     std::jthread loader([&](const std::stop_token& stop) {
         while (!stop.stop_requested())
             host.Restore({{"document", before.at("document")}});
@@ -444,7 +445,7 @@ TEST_F(Lv2, KnobsStayOutOfTheDocumentAndAboveTheSound) {
     host.controls[kVolume] = -41;
     EXPECT_GT(Peak(host.Run(8192)), 20 * quiet);
     EXPECT_EQ(host.Save(), before);
-    // A sound may say how finely it is computed, and a knob otherwise; the delay is told.
+    // A sound may set the oversampling, and a control may override it; the latency is reported.
     Sound fine = WithFormula("sin(x)*cos(y)");
     fine.playing.emplace().texts[7] = "4";
     host.Restore({{"document", SoundText(fine)}});
@@ -556,7 +557,7 @@ TEST_F(Lv2, OthersPlayWhileInstancesComeAndGo) {
     EXPECT_EQ(folder.Count(), 0U);
 }
 
-/// No folder in whichever one the host was started.
+/// Catches folders below the host's current folder if the environment names none of the user's.
 TEST(HostedFolders, AreThePersonsOnlyWhereTheEnvironmentNamesThem) {
     const test::EnvironmentVariable data("XDG_DATA_HOME", "");
     for (const auto& [home, own] : {std::pair{"", "/bundle"}, {"/me", "/me/.local/share/vexa"}}) {

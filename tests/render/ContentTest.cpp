@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The sounds, functions and samples that come with the program, by what they sound like.
+// Checks the shipped sounds, functions and samples by their rendered output.
 #include "documents/FunctionDocument.h"
 #include "documents/SoundDocument.h"
 #include "formula/Formula.h"
@@ -20,7 +20,7 @@ namespace fs = std::filesystem;
 using vexa::Sound;
 
 const fs::path kFolder = VEXA_PROGRAM_FOLDER;
-/// The copies in the program folder may have been changed by hand.
+/// Uses the source folder, as the copies in the program folder may have been edited.
 const fs::path kContent = VEXA_SOURCE_FOLDER "/data";
 constexpr double kRate = 44100;
 
@@ -34,7 +34,7 @@ std::vector<fs::path> Documents(const char* folder) {
     return paths;
 }
 
-/// Two seconds of note 57 (220 Hz), then its release, at the gain that a user starts with.
+/// Renders two seconds of note 57 (220 Hz), then its release, at the default gain.
 std::vector<float> PlayOneNote(const Sound& sound) {
     vexa::Instrument whole(kFolder, vexa::Addons::None);
     const vexa::FunctionReport report = whole.Load(sound);
@@ -49,7 +49,7 @@ std::vector<float> PlayOneNote(const Sound& sound) {
     return samples;
 }
 
-/// What it is like beside the others `scripts/measure-sounds --check` tells, another test.
+/// Another test, `scripts/measure-sounds --check`, compares the sounds with each other.
 TEST(Content, EverySoundIsHeardCleanAndEnds) {
     std::set<std::string> categories;
     std::size_t count = 0;
@@ -77,8 +77,8 @@ TEST(Content, EverySoundIsHeardCleanAndEnds) {
                                 std::begin(vexa::kCategories), std::end(vexa::kCategories))));
 }
 
-/// What ears so many degrees apart hear of a held note: the left one, the right one, and a single
-/// loudspeaker for both.
+/// Renders a held note with ears the given number of degrees apart: the left ear, the right ear,
+/// and a single loudspeaker for both.
 std::array<std::vector<float>, 3> Hear(const Sound& sound, uchar note, float spread) {
     vexa::Instrument whole(kFolder, vexa::Addons::None);
     EXPECT_TRUE(whole.Load(sound));
@@ -101,12 +101,12 @@ TEST(Content, APadWithASpreadOf60KeepsItsFundamentalOnEitherSideAndInMono) {
     for (const fs::path& path : Documents("sounds")) {
         const auto sound = vexa::ReadSound(path);
         ASSERT_TRUE(sound);
-        // The pads, and those that are played like one.
+        // The pads, and other sounds that are played like pads.
         const std::string name = path.stem();
         if (sound->info.category != "pad" && name != "pad" && name != "drone")
             continue;
         pads++;
-        // Both ratios, the last two texts, may be above 1.
+        // The last two texts are the ratios, which may both be above 1.
         const double lowest =
             std::min(std::stod(sound->texts.end()[-2]), std::stod(sound->texts.back()));
         for (const uchar note : {36, 48, 60, 72}) {
@@ -152,7 +152,8 @@ TEST(Content, EveryFunctionPlaysAndIsFinite) {
             EXPECT_THAT(function->kept.info, testing::HasSubstr(element));
         const auto outcome = vexa::CompileFormula(function->expression);
         ASSERT_TRUE(outcome) << outcome.fault.reason;
-        // Macros in their middle, a note in its middle, half a second old, and the wheel half up.
+        // All macros at their middle, a note in the middle of the keyboard, half a second old, and
+        // the wheel half up.
         const std::vector<float> inputs(outcome.formula->Inputs().size(), 0.5F);
         float highest = 0;
         for (float x = -8; x <= 8; x += 0.25F) {

@@ -21,8 +21,8 @@ using Kind = vexa::MidiEvent::Kind;
 const std::map<int, std::string> kPlayers{
     {1, "melody"}, {2, "chords"}, {3, "pad"}, {4, "bass"}, {10, "drums"}};
 
-/// The demo tune shows the program at its best: it fits the voices, leaves none on, and no key is
-/// struck on a channel that is held there.
+/// Catches a demo tune that needs more voices than there are, leaves notes on, or strikes a key on
+/// a channel where it is held.
 TEST(DemoTune, IsPlayableByFive) {
     const auto tune = vexa::ReadMidiFile(VEXA_SOURCE_FOLDER "/data/demo.mid");
     ASSERT_TRUE(tune) << tune.Fault().text;
@@ -58,7 +58,7 @@ TEST(DemoTune, IsPlayableByFive) {
     EXPECT_THAT(bent, testing::ElementsAre(1));
 }
 
-/// The options of a command, which a file has between those texts.
+/// Returns the options of a command in a file, found between two texts.
 std::vector<std::string> OptionsIn(const char* file, const char* from, const char* to) {
     const std::string text = test::Contents(std::string(VEXA_SOURCE_FOLDER "/") + file);
     const std::size_t begin = text.find(from) + std::string(from).size();
@@ -68,8 +68,8 @@ std::vector<std::string> OptionsIn(const char* file, const char* from, const cha
     return options;
 }
 
-/// The command of ./run, which the README names too: all five are heard, at no time nobody, and
-/// nothing is clipped.
+/// Checks the command of ./run, which the README names too: all five parts are heard, there is no
+/// silence, and nothing is clipped.
 TEST(DemoTune, IsAnArrangementInWhichEachIsHeard) {
     const std::vector<std::string> sounds = OptionsIn("run", "demo.mid\" \"$demo\"", "\nfi");
     EXPECT_EQ(sounds.size(), 10U);
@@ -103,7 +103,7 @@ TEST(DemoTune, IsAnArrangementInWhichEachIsHeard) {
         EXPECT_GT(10 * std::log10(own / whole), -15) << player;
     const auto [least, most] = std::ranges::minmax(mix);
     EXPECT_LT(20 * std::log10(std::max(-least, most)), -1);
-    // Tenths of a second until what rings at the end.
+    // Looks at each tenth of a second up to the final decay.
     for (std::size_t begin = 0; begin < 2 * 52 * 16000; begin += 3200) {
         const auto at = mix.begin() + static_cast<std::ptrdiff_t>(begin);
         ASSERT_GT(std::accumulate(at, at + 3200, 0.0, square) / 3200, 1e-3) << begin / 32000.0;

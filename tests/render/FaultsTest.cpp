@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the system refuses, one thing after the other: the program plays all the same, or ends with
-// a message and code 1, and files are whole or as they were.
+// Denies one system resource after the other. Catches a program that neither plays nor ends with a
+// message and code 1, and files that are partly written.
 #include "render/RenderProgram.h"
 #include "support/Limits.h"
 #include "support/TemporaryFolder.h"
@@ -21,8 +21,8 @@ class RenderFaults : public testing::Test {
             GTEST_SKIP() << "a sanitizer needs more than these limits leave";
     }
 
-    /// Renders over an older file at each step of a limit, and expects one of the two good ends
-    /// each time, and each of them at least once.
+    /// Renders over an older file at each step of a limit, and expects one of the two valid
+    /// outcomes each time, and each of them at least once.
     void Walk(const char* option, int from, int to, int step) {
         int played = 0;
         int refused = 0;
@@ -61,7 +61,7 @@ class RenderFaults : public testing::Test {
 };
 
 TEST_F(RenderFaults, FileDescriptorsUsedUp) {
-    // With fewer the loader itself finds no room for the libraries.
+    // With fewer descriptors the loader itself cannot load the libraries.
     Walk("-n ", 5, 24, 1);
 }
 
@@ -71,7 +71,7 @@ TEST_F(RenderFaults, MemoryUsedUp) {
 }
 
 TEST_F(RenderFaults, ADiskThatIsFullAtAnyPoint) {
-    // In blocks of 512 bytes; the file and the add-on both run into the limit.
+    // In blocks of 512 bytes; the output and the add-on both reach the limit.
     Walk("-f ", 0, 400, 16);
 }
 

@@ -22,7 +22,7 @@ using testing::IsEmpty;
 using vexa::MidiFile;
 using Kind = vexa::MidiEvent::Kind;
 
-/// One track, 100 ticks per quarter: 200 per second at the usual tempo.
+/// A file of one track with 100 ticks per quarter note: 200 per second at the default tempo.
 std::string Song(const std::string& events) {
     return Header(0, 1, 100) + Track(events);
 }
@@ -37,7 +37,7 @@ kits::Result<MidiFile> Read(const std::string& bytes) {
     return vexa::ReadMidiFile(exact, "a.mid");
 }
 
-/// The file, which has to be readable without a warning.
+/// Returns the file, which must be readable without a warning.
 MidiFile Good(const std::string& bytes) {
     auto file = Read(bytes);
     EXPECT_TRUE(file) << file.Fault().text;
@@ -61,7 +61,7 @@ std::vector<double> Times(const MidiFile& file) {
 
 TEST(MidiFile, TellsTheEventsOfASynthesizer) {
     const MidiFile file = Good(Song("\0\x92\x3C\x64"       // note on, channel 3
-                                    "\x64\x92\x3C\0"       // velocity 0 is its end
+                                    "\x64\x92\x3C\0"       // velocity 0 ends it
                                     "\0\x82\x3D\x40"       // note off
                                     "\0\xB0\1\x7F"         // modulation wheel
                                     "\0\xB0\x78\0"         // all sound off
@@ -90,7 +90,7 @@ TEST(MidiFile, ReadsRunningStatusAndStepsOverWhatIsNoNote) {
     const std::string on = "\x3C\x64"s;
     const MidiFile file =
         Good(Song("\0\x90"s + on + "\1" + on + "\1\xF0\3\1\2\xF7" + // system exclusive
-                  "\1" + on +                                       // goes on all the same
+                  "\1" + on +                                       // the running status continues
                   "\1\xF7\2\xF8\xF8" +                              // escape
                   "\1\xFF\3\2hi" +                                  // track name
                   "\1\xFF\x7F\x81\0"s + std::string(128, '\xFF') + "\1" + on));
@@ -116,7 +116,7 @@ TEST(MidiFile, MergesTracksByTimeThenOrderUnderOneTempoMap) {
 }
 
 TEST(MidiFile, TimesDoNotDrift) {
-    // A tempo that no double holds, over 100000 short steps.
+    // A tempo that a double cannot represent exactly, over 100000 short steps.
     std::string events = "\0"s + Tempo(333333);
     for (int i = 0; i < 100000; i++)
         events += "\1\x90\x3C\x64";

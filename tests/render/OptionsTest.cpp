@@ -22,7 +22,7 @@ std::vector<std::string> Words(const std::string& text) {
     return {std::istream_iterator<std::string>(words), {}};
 }
 
-/// The message for "in.mid out.wav" with these options.
+/// Returns the message for "in.mid out.wav" with these options.
 std::string FaultOfLine(std::vector<std::string> arguments) {
     arguments.insert(arguments.end(), {"in.mid", "out.wav"});
     const auto options = Parse(arguments);

@@ -24,7 +24,7 @@ MidiFile Tune() {
             file.events.push_back({seconds, MidiEvent::Kind::NoteOff, 0, note, 0});
         file.events.push_back({seconds, MidiEvent::Kind::ControlChange, 0, 1, uint8(i % 128)});
     }
-    // Then little happens, so that the points move alike for long.
+    // Few events follow, so that the points move uniformly for long.
     for (int i = 0; i < 16; i++) {
         const double seconds = 1.6 + 0.2113 * i;
         file.events.push_back({seconds, MidiEvent::Kind::PitchBend, 0, uint8(i), uint8(90 - i)});
@@ -41,7 +41,7 @@ MidiFile Tune() {
 /// changes; in a way that comes to rest while coefficients are on their way; and with two ears.
 enum class Way { plain, played, resting, stereo };
 
-/// One ear, or both, one after the other.
+/// Returns one ear, or both ears one after the other.
 std::vector<float> Perform(const MidiFile& file, std::size_t block, Way way) {
     Engine instrument;
     test::MakeRich(instrument);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// vexa-render as a user runs it.
+// Catches faults of vexa-render as a user runs it.
 #include "kits/support/SupportDefs.h"
 #include "render/RenderProgram.h"
 #include "support/Command.h"
@@ -47,7 +47,7 @@ class RenderProgram : public testing::Test {
             .Write("note.mid", test::MidiFileOf({{0, {0x90, note, 100}}, {250, {0x80, note, 0}}}))
             .string();
     }
-    /// The samples of a file in the WAV format that we write: 32-bit floats in the data chunk.
+    /// Returns the samples of a WAV file in the written format: 32-bit floats in the data chunk.
     std::vector<float> Samples(const std::string& path) const {
         const std::string bytes = Contents(path);
         const std::size_t data = bytes.find("data");
@@ -55,7 +55,7 @@ class RenderProgram : public testing::Test {
         std::memcpy(samples.data(), bytes.data() + data + 8, samples.size() * sizeof(float));
         return samples;
     }
-    /// Expects a failure that says so and leaves no output and nothing else.
+    /// Expects a failure with that message which leaves neither an output nor any other file.
     void ExpectFailure(const std::vector<std::string>& arguments, const std::string& text,
                        int exitCode = 1) {
         const std::size_t before = folder.Count();
@@ -147,8 +147,8 @@ TEST_F(RenderProgram, ChannelVoicesAndNormalizeDoWhatTheySay) {
 }
 
 TEST_F(RenderProgram, OversamplingTakesTheAliasesAwayAndLeavesTheRest) {
-    // A step of the plane: harmonics without end. Note 108 is 4186.009 Hz; its 7th harmonic lies at
-    // 29302 Hz and folds to 14798 Hz.
+    // A step of the plane has infinitely many harmonics. Note 108 is 4186.009 Hz; its 7th harmonic
+    // lies at 29302 Hz and folds to 14798 Hz.
     const double note = 4186.009;
     double level[2];
     double alias[2];
@@ -204,7 +204,7 @@ TEST_F(RenderProgram, ASampleCanReplaceTheFunction) {
     ExpectFailure({OneNote(), Path("b.wav"), "--sample-frequency", "220"}, "--sample-frequency", 2);
 }
 
-/// The documents' names differ from the files' by a folder "pictures" only.
+/// The names in the documents lack only the folder "pictures".
 TEST_F(RenderProgram, APictureCanReplaceTheFunctionOrBeTheSounds) {
     // Columns of black and white.
     std::vector<png_byte> pixels(64 * 64);
@@ -335,8 +335,8 @@ TEST_F(RenderProgram, WhatIsWrongWithADocumentIsToldWithItsPlace) {
         EXPECT_THAT(result.text, HasSubstr(name + what));
 }
 
-/// Who names a pipe where a file is wanted is told so, and a tune may come out of a pipe; if
-/// nothing comes, a signal ends the program at once, whatever it waits for.
+/// A pipe is refused where a file is needed. A tune may come from a pipe; if nothing comes, a
+/// signal ends the program at once.
 TEST_F(RenderProgram, APipeIsRefusedOrMayBeWaitedFor) {
     const std::string pipe = Path("pipe");
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
@@ -434,7 +434,7 @@ TEST_F(RenderProgram, WhatIsTheUsersIsInTheUsersFolderAndShippedContentIsOnlyRea
         ASSERT_EQ(render(with({"--sound", "bell"})).exitCode, 0);
         EXPECT_EQ(test::Peak(Samples(Path("out.wav"))), 0);
         EXPECT_TRUE(fs::exists(own / "functions/recent"));
-        // As if it were what an older version came with.
+        // As if an older version had shipped it.
         std::ofstream(content / "shipped-content", std::ios::app)
             << test::RunCommand({"sha256sum", silent}).text.substr(0, 64) << "  sounds/bell.xml\n";
         ASSERT_EQ(render(with({"--sound", "bell"})).exitCode, 0);
@@ -446,7 +446,7 @@ TEST_F(RenderProgram, WhatIsTheUsersIsInTheUsersFolderAndShippedContentIsOnlyRea
         EXPECT_FALSE(fs::exists(content / "functions/recent"));
         fs::remove_all(folder.Path() / "data");
     }
-    // The bare program has everything beside itself.
+    // A program outside an installation finds all content beside itself.
     fs::rename(program / "vexa-render", content / "vexa-render");
     fs::remove(program);
     fs::rename(content, program);
@@ -457,7 +457,7 @@ TEST_F(RenderProgram, WhatIsTheUsersIsInTheUsersFolderAndShippedContentIsOnlyRea
 
 TEST_F(RenderProgram, AnInterruptLeavesNothingBehind) {
     const fs::path old = folder.Write("out.wav", "precious");
-    // As long as it takes until the render has begun to write beside its output.
+    // Waits until the render has begun to write beside its output.
     const auto interrupt = [this](pid_t child) {
         while (folder.Count() < 2) {
         }

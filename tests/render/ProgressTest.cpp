@@ -33,10 +33,10 @@ class Terminal {
     Terminal(const Terminal&) = delete;
     Terminal& operator=(const Terminal&) = delete;
 
-    /// Where the program writes.
+    /// Returns the descriptor to which the program writes.
     int Descriptor() const { return keyboard; }
 
-    /// What was written since the last call.
+    /// Returns the text written since the last call.
     std::string Written() const {
         std::array<char, 4096> text{};
         const ssize_t count = ::read(screen, text.data(), text.size());
@@ -51,7 +51,7 @@ class Terminal {
 TEST(Progress, DoesNotWaitForATerminalThatIsStopped) {
     const Terminal terminal;
     ASSERT_EQ(::tcflow(terminal.Descriptor(), TCOOFF), 0);
-    // What waits is ended by this signal.
+    // This signal ends a program that waits.
     ::alarm(10);
     const auto start = Progress::Clock::now();
     Progress progress(terminal.Descriptor(), 60, start);

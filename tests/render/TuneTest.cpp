@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Whole tunes, rendered as a user does it and looked for in what is heard.
+// Renders whole tunes as a user does, and finds their notes in the output. Catches notes that are
+// missing, wrong or late.
 #include "kits/support/SupportDefs.h"
 #include "support/Command.h"
 #include "support/Environment.h"
@@ -25,7 +26,7 @@ constexpr double kTuneRate = 44100;
 
 class Tune : public testing::Test {
   protected:
-    /// Renders a file of those messages; what the program has said.
+    /// Renders a file of those messages; returns the program's output.
     std::string Render(const std::vector<MidiMessage>& messages, std::vector<std::string> options) {
         const std::string midi = folder.Write("a.mid", test::MidiFileOf(messages)).string();
         const std::string wav = (folder.Path() / "a.wav").string();
@@ -43,12 +44,13 @@ class Tune : public testing::Test {
         }
         return result.text;
     }
-    /// In 0.4 seconds.
+    /// Returns the amplitude over 0.4 seconds.
     double Level(double second, double hertz) const {
         const auto from = static_cast<std::size_t>(second * kTuneRate);
         return test::Amplitude({&left[from], std::size_t(0.4 * kTuneRate)}, hertz, kTuneRate);
     }
-    /// By how many cents a note that sounds from then on for 1.6 seconds is above that frequency.
+    /// Returns by how many cents a note that sounds from `second` on for 1.6 seconds is above the
+    /// frequency.
     double Cents(double second, double hertz) const {
         const auto length = static_cast<std::size_t>(0.8 * kTuneRate);
         const auto from = static_cast<std::size_t>(second * kTuneRate);
@@ -68,12 +70,12 @@ class Tune : public testing::Test {
 
     test::TemporaryFolder folder;
     test::EnvironmentVariable data{"XDG_DATA_HOME", folder.Path().c_str()};
-    /// What was rendered last.
+    /// The output of the last render.
     std::size_t channels = 0;
     std::vector<float> left, right;
 };
 
-/// Of two sounds an octave apart. A note that sounds goes on.
+/// Uses two sounds an octave apart. A note that sounds during the change continues.
 TEST_F(Tune, ProgramChangesChooseSoundsAtTheirFrame) {
     WriteSine("0.xml", "<fx>2</fx>");
     WriteSine("1.xml", "<playing><spread>90</spread></playing>");
@@ -92,7 +94,7 @@ TEST_F(Tune, ProgramChangesChooseSoundsAtTheirFrame) {
     EXPECT_GT(Level(1.05, 440), 0.2);
     EXPECT_GT(Level(1.05, 587.3295), 0.2);
     const std::vector<float> changed = left;
-    // Until that frame it is as without the change.
+    // Up to that frame the output is the same as without the change.
     std::vector<MidiMessage> unchanged(tune.begin(), tune.begin() + 2);
     unchanged.push_back({1500, {0x80, 69, 0}});
     Render(unchanged, {"--programs"});
@@ -107,7 +109,7 @@ TEST_F(Tune, ProgramChangesChooseSoundsAtTheirFrame) {
     EXPECT_GT(Level(1.05, 880), 0.2) << "otherwise they mean nothing";
 }
 
-/// What each channel comes to alone adds up to the whole, bit for bit, be it stereo, oversampled,
+/// The channels rendered alone must add up to the whole, bit for bit, whether stereo, oversampled,
 /// bent, moved by controllers, silenced or given another sound.
 TEST_F(Tune, ChannelsWithSoundsOfTheirOwnAddUp) {
     WriteSine("0.xml", "<fx>3</fx><playing><bend>12</bend></playing>");
@@ -145,7 +147,7 @@ TEST_F(Tune, ChannelsWithSoundsOfTheirOwnAddUp) {
     EXPECT_GT(Level(0.75, 440), 0.1) << "channel 2 has not";
     EXPECT_GT(Level(0.85, 3 * 261.6256), 0.2) << "channel 3 has another sound";
 
-    // On the only instrument "all notes off" (123) is for all channels.
+    // On a single instrument "all notes off" (123) applies to all channels.
     render({"--channel", "2"});
     const std::vector<float> wide(right.begin(), right.begin() + 30000);
     Render(tune, {"--sound", "wide", "--channel", "2"});
@@ -153,9 +155,9 @@ TEST_F(Tune, ChannelsWithSoundsOfTheirOwnAddUp) {
     EXPECT_EQ(right, wide);
 }
 
-/// As a controller of MPE plays: its configuration, the range of each member, channels by turns,
-/// bend, 74 and pressure before and during each note, and bends that go on after it. By the formula
-/// a note's pressure is how loud its octave is, and its 74 the twelfth.
+/// Plays like an MPE controller: its configuration, the bend range of each member, channels in
+/// rotation, bend, 74 and pressure before and during each note, and bends that continue after it.
+/// In the formula a note's pressure sets the level of its octave, and its 74 that of the twelfth.
 TEST_F(Tune, NotesOfAnMpeControllerAreFoundInTheFile) {
     std::string sound = test::kSineSound;
     const std::string plain = "x</expression>";
@@ -189,7 +191,7 @@ TEST_F(Tune, NotesOfAnMpeControllerAreFoundInTheFile) {
     const auto below = [&random](int n) { return int(random() % unsigned(n)); };
     for (int i = 0; i < 20; i++) {
         const int channel = 1 + i % 15, start = 100 + 600 * i;
-        // No partials of notes that sound together meet.
+        // No partials of simultaneous notes coincide.
         const int key = 48 + i * 11 % 25, bent = below(340) - 170;
         const int pressure = below(128), timbre = below(128);
         bend(start, channel, bent);
@@ -209,7 +211,7 @@ TEST_F(Tune, NotesOfAnMpeControllerAreFoundInTheFile) {
     for (const Note& note : notes) {
         SCOPED_TRACE(note.second);
         EXPECT_NEAR(Cents(note.second, note.hertz), 0, 0.1);
-        // The next note has sent what is its own by then.
+        // By then the next note has sent its own controllers.
         const double later = note.second + 0.6, level = Level(later, note.hertz);
         EXPECT_NEAR(level, 0.25, 0.02);
         EXPECT_NEAR(Level(later, 2 * note.hertz) / level, note.pressure, 0.05);

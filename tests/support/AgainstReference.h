@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A piece that is played by the product and by the scalar reference.
+// Plays a piece with the product and with the scalar reference, and compares them.
 #pragma once
 
 #include "support/ScalarReference.h"
@@ -15,14 +15,14 @@ namespace test {
 
 struct Event {
     enum class Kind { Note, Controller, Pressure, VoiceLimit, Spread, Envelope };
-    /// The sample.
+    /// The sample at which the event happens.
     std::size_t at;
     Kind kind;
-    /// Of the key, the controller or the envelope.
+    /// The number of the key, the controller or the envelope.
     int number;
-    /// The velocity, where 0 releases the note, the value of the controller or the one that
-    /// pressure drives, how many voices may sound, degrees, or hundredths where the envelope is to
-    /// be after 0.2 seconds, from which it falls to half of it.
+    /// The velocity (0 releases the note), the value of the controller, the controller that
+    /// pressure drives, the maximum number of voices, degrees, or the level in hundredths that the
+    /// envelope reaches after 0.2 seconds and from which it falls to half.
     int value;
     int channel = 0;
 };
@@ -50,7 +50,7 @@ inline std::vector<Event> Piece(std::size_t samples, unsigned seed,
     return events;
 }
 
-/// Gives both the same events.
+/// Passes the same event to both.
 template<class F>
 void Take(const Event& event, vexa::Engine& instrument, ScalarReference<F>& reference) {
     const auto number = static_cast<uchar>(event.number);
@@ -92,11 +92,12 @@ void Take(const Event& event, vexa::Engine& instrument, ScalarReference<F>& refe
     }
 }
 
-/// The greatest difference between product and reference over a piece, in blocks up to a length.
+/// Returns the greatest difference between product and reference over a piece, rendered in blocks
+/// of at most a given length.
 template<class F>
 float Difference(vexa::Engine& instrument, ScalarReference<F>& reference,
                  std::span<const Event> events, std::size_t samples, std::size_t blockLimit) {
-    // The right ear's after the left one's, if it is computed.
+    // The right ear's samples follow the left ear's, if both are computed.
     const std::size_t ears = reference.stereo ? 2 : 1;
     std::vector<float> is(samples * ears);
     std::vector<float> should(samples * ears);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Tests in real time, which a busy machine may disturb.
+// Repeats tests in real time, which a busy machine may disturb.
 #pragma once
 
 #include <cstdio>
@@ -8,14 +8,14 @@
 
 namespace test {
 
-/// Ends an attempt that cannot succeed any more.
+/// Thrown to end an attempt that can no longer succeed.
 class AttemptFails : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
 
-/// Whether one of five attempts succeeds: what a busy machine makes a server or a device lose is
-/// not ours to judge.
+/// Returns true if one of five attempts succeeds: data that a server or a device loses on a busy
+/// machine is not the program's fault.
 inline bool SucceedsInTheEnd(const std::function<bool()>& attempt) {
     for (int i = 0; i < 5; i++) {
         try {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Running a program of ours as a user does.
+// Runs one of the programs as a user does.
 #pragma once
 
 #include <chrono>
@@ -24,13 +24,12 @@ struct CommandResult {
     int exitCode = -1;
     /// Standard output and standard error.
     std::string text;
-    /// Largest resident memory in bytes.
+    /// The largest resident memory in bytes.
     long memory = 0;
 };
 
-/// Becomes the program; for a child that has been forked. 127 if there is none. The program gets
-/// the three usual descriptors, whatever else the test was started with, and a broken pipe ends it,
-/// whatever the test does about its own.
+/// Replaces a forked child by the program; exits with 127 if there is none. The program inherits
+/// only the three standard descriptors, and SIGPIPE ends it even if the test ignores that signal.
 [[noreturn]] inline void Execute(std::vector<std::string> arguments) {
     std::signal(SIGPIPE, SIG_DFL);
     ::close_range(3, ~0U, CLOSE_RANGE_CLOEXEC);
@@ -42,12 +41,12 @@ struct CommandResult {
     ::_exit(127);
 }
 
-/// The exit code of a status from wait, or 128 plus the signal that ended the program.
+/// Returns the exit code of a status from wait, or 128 plus the signal that ended the program.
 inline int ExitCode(int status) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
-/// Runs a program with arguments, no terminal, and `meanwhile` while it runs.
+/// Runs a program with arguments and without a terminal; calls `meanwhile` while it runs.
 inline CommandResult RunCommand(std::vector<std::string> arguments,
                                 const std::function<void(pid_t)>& meanwhile = {}) {
     int ends[2];
@@ -78,7 +77,7 @@ inline CommandResult RunCommand(std::vector<std::string> arguments,
     return result;
 }
 
-/// Whether a child ends within a time; it stays to be waited for.
+/// Returns true if a child ends within the time; it remains to be waited for.
 inline bool EndsWithin(pid_t child, std::chrono::milliseconds time) {
     const auto end = std::chrono::steady_clock::now() + time;
     while (true) {
@@ -92,14 +91,14 @@ inline bool EndsWithin(pid_t child, std::chrono::milliseconds time) {
     }
 }
 
-/// Ends a program of ours by SIGTERM, but not before it handles that, which shows in its status.
+/// Ends a program by SIGTERM, once its process status shows that it handles that signal.
 inline void TerminateWhenHandled(pid_t child) {
     const std::string path = "/proc/" + std::to_string(child) + "/status";
     while (true) {
         std::ifstream file(path);
         const std::string text{std::istreambuf_iterator<char>(file), {}};
         const std::size_t caught = text.find("SigCgt:");
-        // Without the line, or a zombie: it has ended by itself.
+        // Without the line, or as a zombie, the program has ended by itself.
         if (caught == std::string::npos || text.find("State:\tZ") != std::string::npos)
             return;
         if (std::stoull(text.substr(caught + 7), nullptr, 16) & (1ULL << (SIGTERM - 1)))

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The content that comes with the program.
+// The content that is shipped with the program.
 #pragma once
 
 #include <filesystem>
 
 namespace test {
 
-/// Copies functions, sounds, samples and pictures, with their list, into a folder, from where
-/// nothing changes while tests run: in the program folder others may compile.
+/// Copies functions, sounds, samples and pictures, with their list, into a folder. Nothing changes
+/// there while tests run, whereas in the program folder other tests may compile.
 inline void CopyContent(const std::filesystem::path& folder) {
     using std::filesystem::copy;
     const std::filesystem::path data = std::filesystem::path(VEXA_SOURCE_FOLDER) / "data";

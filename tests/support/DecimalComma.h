@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A locale whose numbers have a decimal comma, wherever the tests run.
+// A locale with a decimal comma, independent of the machine's locales.
 #pragma once
 
 #include "support/TemporaryFolder.h"
@@ -10,13 +10,13 @@
 
 namespace test {
 
-/// Sets a German locale, made by localedef (package locales), while it lives. Throws where that
-/// cannot be done: a test of the decimal comma without one would test nothing.
+/// Sets a German locale, made by localedef (package locales), for its lifetime. Throws if that
+/// fails, because a test of the decimal comma could not fail without one.
 class DecimalComma {
   public:
     DecimalComma() : before(std::setlocale(LC_ALL, nullptr)) {
         const std::string locale = (folder.Path() / "de_DE.UTF-8").string();
-        // It warns, and exits with 1, about what the source leaves to other locales.
+        // localedef warns, and exits with 1, about parts that the source leaves to other locales.
         if (std::system(("localedef -i de_DE -f UTF-8 " + locale + " >/dev/null 2>&1").c_str()) < 0)
             throw std::runtime_error("localedef cannot be run");
         ::setenv("LOCPATH", folder.Path().c_str(), 1);

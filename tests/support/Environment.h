@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a process inherits, changed for the length of a test.
+// Changes inherited by a process, such as environment variables, for the duration of a test.
 #pragma once
 
 #include <cstdlib>
@@ -31,7 +31,7 @@ class EnvironmentVariable {
     std::optional<std::string> before;
 };
 
-/// Makes a folder the current one, and returns.
+/// Makes a folder the current one, and restores the previous one.
 class CurrentFolder {
   public:
     explicit CurrentFolder(const std::filesystem::path& folder)

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Expressions that people write, and their values at one point, worked out from definitions, series
-// and integrals instead of by C.
+// Expressions as users write them, with their values at one point, computed from definitions,
+// series and integrals instead of C functions.
 #pragma once
 
 #include <string_view>

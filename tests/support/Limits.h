@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the system refuses, to this process or to a program that it starts.
+// Limits of system resources, for this process or for a program that it starts.
 #pragma once
 
 #include "support/Command.h"
@@ -19,13 +19,14 @@
 
 namespace test {
 
-/// What the programs under test are built with. Sanitizers take terabytes of address space.
+/// The sanitizers with which the programs under test are built. They need terabytes of address
+/// space.
 constexpr std::string_view kSanitizers = VEXA_SANITIZE;
 constexpr bool kSanitized = !kSanitizers.empty();
-/// To look at an object's type, this one needs descriptors itself.
+/// This sanitizer needs descriptors itself to inspect an object's type.
 constexpr bool kNeedsDescriptors = kSanitizers.find("undefined") != std::string_view::npos;
 
-/// The command that may use so much of a resource, as the shell's ulimit takes it.
+/// Returns the command under a resource limit, given in the syntax of the shell's ulimit.
 inline std::vector<std::string> Limited(const std::string& limit,
                                         std::vector<std::string> command) {
     command.insert(command.begin(),
@@ -37,7 +38,7 @@ inline CommandResult RunLimited(const std::string& limit, std::vector<std::strin
     return RunCommand(Limited(limit, std::move(command)), meanwhile);
 }
 
-/// The least address space in kilobytes in which the loader starts the program.
+/// Returns the smallest address space, in kilobytes, in which the loader starts the program.
 inline int LoaderMemory(const std::string& program) {
     int least = 8 << 10;
     while (least < (1 << 20) &&
@@ -46,7 +47,7 @@ inline int LoaderMemory(const std::string& program) {
     return least;
 }
 
-/// Runs `work` while this process may use so much of a resource.
+/// Runs `work` while this process may use at most `most` of a resource.
 inline void WithLimit(__rlimit_resource resource, rlim_t most, const std::function<void()>& work) {
     rlimit before{};
     ::getrlimit(resource, &before);
@@ -56,15 +57,14 @@ inline void WithLimit(__rlimit_resource resource, rlim_t most, const std::functi
     ::setrlimit(resource, &before);
 }
 
-/// Runs `work` while no file can grow beyond `bytes`: what a full disk does to a writer, without
-/// filling one.
+/// Runs `work` while no file can grow beyond `bytes`. For a writer this is like a full disk.
 inline void WithFileSizeLimit(rlim_t bytes, const std::function<void()>& work) {
     auto* handler = std::signal(SIGXFSZ, SIG_IGN);
     WithLimit(RLIMIT_FSIZE, bytes, work);
     std::signal(SIGXFSZ, handler);
 }
 
-/// Runs `work` while so many descriptors are left.
+/// Runs `work` while only `left` descriptors are free.
 inline void WithDescriptorsLeft(std::size_t left, const std::function<void()>& work) {
     WithLimit(RLIMIT_NOFILE, 256, [&] {
         std::vector<int> taken;
@@ -80,8 +80,7 @@ inline void WithDescriptorsLeft(std::size_t left, const std::function<void()>& w
     });
 }
 
-/// Runs `work` while the process can get so many bytes of memory from the system, besides what it
-/// has got.
+/// Runs `work` while the process can get at most `bytes` more memory from the system.
 inline void WithMemoryLeft(std::size_t bytes, const std::function<void()>& work) {
     std::size_t pages = 0;
     std::ifstream("/proc/self/statm") >> pages;
@@ -94,7 +93,7 @@ inline void WithReadOnlyFolders(const std::vector<std::filesystem::path>& folder
     constexpr uid_t kNobody = 65534;
     for (const auto& folder : folders)
         ::chmod(folder.c_str(), 0555);
-    // Nothing is forbidden to root, so another user does it.
+    // Permissions do not restrict root, so the work runs as another user.
     const uid_t user = ::geteuid();
     if (::seteuid(user == 0 ? kNobody : user) == 0)
         work();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A handler that keeps what it is sent.
+// A handler that keeps the messages it receives.
 #pragma once
 
 #include "kits/application/Handler.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Standard MIDI Files, and the sound that they are played with where notes are to be found again.
+// Makes Standard MIDI Files, and a sound whose notes can be found in the rendered samples.
 #pragma once
 
 #include <algorithm>
@@ -24,18 +24,18 @@ inline std::string Header(int type, int tracks, int division) {
 
 inline const std::string kEnd = "\0\xFF\x2F\0"s;
 
-/// A track chunk; its end-of-track event is added.
+/// Returns a track chunk; the end-of-track event is added.
 inline std::string Track(const std::string& events) {
     return "MTrk" + BigEndian(events.size() + kEnd.size(), 4) + events + kEnd;
 }
 
-/// One message at a millisecond.
+/// A message and its time in milliseconds.
 struct MidiMessage {
     int at;
     std::vector<std::uint8_t> bytes;
 };
 
-/// A file of those messages in the order of their times, in one track.
+/// Returns a file with the messages in the order of their times, in one track.
 inline std::string MidiFileOf(std::vector<MidiMessage> messages) {
     std::ranges::stable_sort(messages, {}, &MidiMessage::at);
     std::string events;
@@ -53,7 +53,7 @@ inline std::string MidiFileOf(std::vector<MidiMessage> messages) {
     return Header(0, 1, (256 - 25) << 8 | 40) + Track(events);
 }
 
-/// The plane f = x with circles of radius 1 that are there at once and last until 20 ms after
+/// The plane f = x with circles of radius 1 that have their full size at once and until 20 ms after
 /// note-off: a note is a sine from its second sample on.
 constexpr const char* kSineSound =
     "<vexasound><vexafunction><expression>x</expression></vexafunction>"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A MIDI consumer that writes down what is called.
+// A MIDI consumer that records its calls.
 #pragma once
 
 #include "kits/midi/MidiLocalConsumer.h"

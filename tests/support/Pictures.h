@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Picture files for tests, written by the formats' own libraries.
+// Makes picture files for tests with the formats' own libraries.
 #pragma once
 
 #include <algorithm>
@@ -13,9 +13,10 @@
 
 namespace test {
 
-/// A PNG file of rows as they are in there. `colours` is PNG_COLOR_TYPE_...; a palette has 16
-/// entries, of which `transparent` are, and so are pixels of the grey level 0 where there are any.
-/// `exif` is a chunk of that name, `text` is packed into a chunk zTXt.
+/// The form of a PNG file, whose rows are written unchanged. `colours` is PNG_COLOR_TYPE_...; a
+/// palette has 16 entries, of which `transparent` ones are transparent, and so are pixels of grey
+/// level 0 if there are any. `exif` is a chunk of that name, `text` is compressed into a chunk
+/// zTXt.
 struct PngForm {
     int colours = PNG_COLOR_TYPE_GRAY;
     int depth = 8;
@@ -74,13 +75,13 @@ inline std::string Png(unsigned width, unsigned height, const PngForm& form,
     return file;
 }
 
-/// A JPEG file of the best quality. `space` is what the pixels are and, but for colours, the file
-/// has too; those are YCbCr there unless they are to be `kept`.
+/// The form of a JPEG file of the best quality. `space` is the colour space of the pixels and of
+/// the file, except that RGB is stored as YCbCr unless it is `kept`.
 struct JpegForm {
     J_COLOR_SPACE space = JCS_GRAYSCALE;
     int channels = 1;
     bool progressive = false;
-    /// Of inks: whether Adobe's marker is there.
+    /// For inks: true if the file has Adobe's marker.
     bool adobe = true;
     /// The bytes of a marker APP1.
     std::string app1 = {};

@@ -46,7 +46,7 @@ int RealtimeWatch::Faults() const {
 
 #if WATCH_C_LIBRARY
 
-// The C library's own names for what the functions below stand in front of.
+// The C library's own names of the functions that those below replace.
 extern "C" {
 void* __libc_malloc(std::size_t);
 void* __libc_calloc(std::size_t, std::size_t);
@@ -80,7 +80,7 @@ int pthread_mutex_lock(pthread_mutex_t* mutex) {
 
 #else
 
-// A sanitizer has the C library's functions for itself; the language's own remain.
+// A sanitizer replaces the C library's functions itself; those of C++ remain.
 void* operator new(std::size_t size) {
     Note();
     if (void* block = std::malloc(size))

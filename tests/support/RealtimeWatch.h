@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Counts what code inside a RealtimeSection must not do.
+// Counts operations that are forbidden inside a RealtimeSection.
 #pragma once
 
 namespace test {
 
-/// While it lives, every allocation, release and lock of a mutex by a thread that is inside a
-/// vexa::RealtimeSection is a fault. One at a time. Link RealtimeWatch.cpp.
+/// While the watch exists, every allocation, deallocation and mutex lock by a thread inside a
+/// vexa::RealtimeSection counts as a fault. Only one may exist at a time. Link RealtimeWatch.cpp.
 class RealtimeWatch {
   public:
     RealtimeWatch();

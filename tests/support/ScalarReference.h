@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The instrument once more, in its plainest form: one sample after the other, one voice after the
-// other, each line a line of the formulas. What is fast is checked against what can be read.
+// The instrument in its plainest form: one sample and one voice after the other, each line a line
+// of the formulas. Tests check the fast product against this readable reference.
 #pragma once
 
 #include "synth/Envelope.h"
@@ -17,17 +17,17 @@
 
 namespace test {
 
-/// What a function may know of a note beside the point where it is.
+/// The values of a note, besides its point, that a function may use.
 struct Hearing {
     float vel, key;
     /// Seconds since the note began.
     float t;
     const std::array<float, 128>& ctl;
-    /// a, b, c and d.
+    /// The macros a to d.
     std::array<float, 4> macros;
 };
 
-/// F gives f(x, y), or f(x, y, hearing) where it asks for more.
+/// F returns f(x, y), or f(x, y, hearing) if it uses more.
 template<class F = vexa::PlaneFunction>
 class ScalarReference {
   public:
@@ -35,14 +35,14 @@ class ScalarReference {
 
     double sampleRate = 44100;
     float gain = 0.25F;
-    /// Seconds.
+    /// The smoothing time in seconds.
     double smooth = 0;
     int voiceLimit = 20;
-    /// Whether the right ear is computed too.
+    /// True if the right ear is computed too.
     bool stereo = false;
     std::array<float, 128> ctl{};
-    /// Of the macros, and of those of them that notes have of their own from their begin on: by MPE
-    /// pressure and 74, which are 0 and 64 before there is any.
+    /// The controllers of the macros. `begins` has the initial values of the macros that a note has
+    /// of its own from its start, by MPE pressure and controller 74: 0 and 64 before any message.
     std::array<int, 4> macroControllers{16, 17, 18, 19};
     std::array<std::optional<float>, 4> begins{};
 
@@ -104,8 +104,8 @@ class ScalarReference {
         }
     }
 
-    /// A controller of channel 0, which is for all, or of one note's own. Macros go there in a
-    /// straight line, over 10 ms, from the next sample on.
+    /// Sets a controller on channel 0, which applies to all notes, or on the channel of a single
+    /// note. Macros change in a straight line over 10 ms, from the next sample on.
     void Control(int channel, int number, int value) {
         const auto to = float(value / 127.0);
         if (channel == 0)
@@ -134,13 +134,13 @@ class ScalarReference {
         }
     }
 
-    /// Degrees; from the next sample on, but the first, the ears go there in a straight line, over
-    /// 10 ms.
+    /// Sets the spread in degrees. It changes in a straight line over 10 ms from the next sample
+    /// on, except before the first sample.
     void SetSpread(double to) {
         spread = {begun ? spread.Now() : to, to, 0, std::floor(0.01 * sampleRate)};
     }
 
-    /// Ends those that have sounded longest, released ones first.
+    /// Ends the voices that have sounded longest, released ones first.
     void LimitVoices(int limit) {
         voiceLimit = limit;
         while (Sounding() > limit)
@@ -169,20 +169,21 @@ class ScalarReference {
     }
 
   private:
-    /// A straight line to what a sum is to be.
+    /// A straight line to the target of a sum.
     struct Line {
         double from, to, passed, length;
         double Now() const { return passed < length ? from + (to - from) * (passed / length) : to; }
     };
 
-    /// An envelope as it was heard last, and what is left of the difference to the one before.
+    /// The value of an envelope that was heard last, and the remaining difference to the previous
+    /// curve.
     struct Followed {
         std::uint64_t curve;
         float value;
         Line lag;
     };
 
-    /// What a voice is to the left or to the right ear.
+    /// The state of a voice that each ear has of its own.
     struct Ear {
         float hpsum0, hpsum1, out;
     };
@@ -197,10 +198,10 @@ class ScalarReference {
     };
 
     struct Voice {
-        /// Of a channel that has had another note since this one was released.
+        /// True if its channel has had another note since this one was released.
         bool bygone;
         int channel;
-        /// As it hears them, be they its own.
+        /// The macros that the voice uses, global ones or its own.
         std::array<Ramp, 4> macros;
         std::array<bool, 4> owns;
         float hpa, hpb, hpgain;
@@ -209,7 +210,7 @@ class ScalarReference {
         bool active;
         double t;
         bool released;
-        /// Seconds since the note began, where t are those since it was released.
+        /// Seconds since the note began; `t` counts from its release once it is released.
         double age;
         double phasex, phasey;
         float freq;
@@ -220,7 +221,7 @@ class ScalarReference {
         std::array<Followed, 4> envelopes;
     };
 
-    /// By how much an oscillator's phase is another for the ear.
+    /// Returns the phase offset of an oscillator for an ear.
     double Turn(int side, float frequency) const {
         return (side == 0 ? -0.5 : 0.5) * frequency * spread.Now() * M_PI / 180;
     }
@@ -238,7 +239,7 @@ class ScalarReference {
                                           v.macros[3].Now()}}));
     }
 
-    /// The sum at this sample.
+    /// Returns the smoothed sum at this sample.
     double Smooth(Voice& v, std::size_t number, double target) const {
         Line& line = v.sums[number];
         if (v.fresh || target != line.to)
@@ -248,7 +249,7 @@ class ScalarReference {
         return now;
     }
 
-    /// The envelope at this sample.
+    /// Returns the envelope at this sample.
     double Follow(Voice& v, std::size_t number, const vexa::Envelope& envelope) const {
         Followed& followed = v.envelopes[number];
         const float value = envelope.Value(float(v.t), v.released, v.rellevel[number]);
@@ -342,7 +343,7 @@ class ScalarReference {
     const vexa::sound_param& p;
     const F f;
     std::array<Ramp, 4> macros;
-    /// What their next notes begin with.
+    /// The initial values of the channels' next notes.
     std::array<std::array<std::optional<float>, 4>, 16> channels;
     Line spread{0, 0, 0, 0};
     bool begun = false;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A session manager of a test's own, that programs announce themselves to.
+// A session manager that belongs to the test, to which programs announce themselves.
 #pragma once
 
 #include <algorithm>
@@ -15,8 +15,8 @@
 
 namespace test {
 
-/// Has a program that announces itself open the project, unless it is told to refuse it, and keeps
-/// all that it is told as lines: path and values, with blanks between them.
+/// Makes a program that announces itself open the project, unless told to refuse it. It keeps all
+/// messages that it receives as lines: path and values, separated by blanks.
 class SessionManager {
   public:
     explicit SessionManager(std::filesystem::path project, bool refuses = false)
@@ -45,15 +45,15 @@ class SessionManager {
     std::string Url() const {
         return "osc.udp://localhost:" + std::to_string(lo_server_get_port(server)) + '/';
     }
-    /// To the program that has announced itself last.
+    /// Sends to the program that was announced last.
     void Send(const char* path) { lo_send_from(client, server, LO_TT_IMMEDIATE, path, ""); }
     void SendOpen() {
         lo_send_from(client, server, LO_TT_IMMEDIATE, "/nsm/client/open", "sss", project.c_str(),
                      "Tune", "Vexa.nTEST");
     }
 
-    /// Whether a line with that text has come since the last call that found one, or comes soon;
-    /// `meanwhile` is done until then.
+    /// Returns true if a line with that text has come since the last successful call, or comes
+    /// soon; `meanwhile` is called while waiting.
     bool Hears(
         const std::string& text, const std::function<void()>& meanwhile = [] {}) {
         const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
@@ -93,7 +93,7 @@ class SessionManager {
     const std::filesystem::path project;
     const bool refuses;
     lo_server server;
-    /// Leaks with the test.
+    /// Never freed.
     lo_address client = nullptr;
     std::mutex mutex;
     std::vector<std::string> lines;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Sound files made and read by tests.
+// Sound files that tests write and read.
 #pragma once
 
 #include "kits/media/MediaFile.h"
@@ -14,7 +14,7 @@
 
 namespace test {
 
-/// A number of `bytes` bytes, least significant first.
+/// Returns a number as `bytes` bytes, least significant first.
 inline std::string LittleEndian(unsigned number, int bytes) {
     std::string text;
     for (int i = 0; i < bytes; i++)
@@ -22,7 +22,7 @@ inline std::string LittleEndian(unsigned number, int bytes) {
     return text;
 }
 
-/// A WAV file of 16-bit integers, interleaved.
+/// Returns a WAV file of 16-bit integers, interleaved.
 inline std::string ShortWav(const std::vector<int>& values, unsigned frameRate, unsigned channels) {
     std::string data;
     for (const int value : values)
@@ -36,8 +36,8 @@ inline std::string ShortWav(const std::vector<int>& values, unsigned frameRate, 
            "data" + LittleEndian(length, 4) + data;
 }
 
-/// Writes interleaved frames into a sound file whose name tells the format, with that many
-/// announced; the first error.
+/// Writes interleaved frames into a sound file whose name gives the format, announcing the given
+/// number of frames; returns the first error.
 inline kits::Result<void> WriteSound(const std::filesystem::path& path,
                                      const std::vector<float>& values, int frameRate,
                                      int channels = 1, std::uint64_t announced = 0) {
@@ -60,7 +60,7 @@ inline kits::Result<void> WriteSound(const std::filesystem::path& path,
     return file->Commit();
 }
 
-/// What a sound file decodes to; `channels` as requested from the track.
+/// The decoded content of a sound file; `channels` as requested from the track.
 struct DecodedSound {
     float frameRate = 0;
     unsigned channels = 0;

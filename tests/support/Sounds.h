@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Instruments that tests play, and what they measure of the samples.
+// Instruments that tests play, and measurements of their samples.
 #pragma once
 
 #include "midi/Engine.h"
@@ -23,7 +23,7 @@ inline float PlaneOfX(float x, float) {
     return x;
 }
 
-/// A gain of 1, 20 voices, and circles of radius 1 with quick ends.
+/// Sets a gain of 1, 20 voices, and circles of radius 1 with short releases.
 inline void MakeSine(vexa::Engine& instrument) {
     instrument.SetFunction({PlaneOfX});
     instrument.renderer.SetGain(1);
@@ -33,7 +33,8 @@ inline void MakeSine(vexa::Engine& instrument) {
     SetEnvelope(instrument.envelopes[3], circle);
 }
 
-/// All that a sound can have: drift, envelopes of several points, Lissajous ratios, controllers.
+/// Uses every feature of a sound: drift, envelopes of several points, Lissajous ratios,
+/// controllers.
 inline void MakeRich(vexa::Engine& instrument) {
     vexa::sound_param& p = instrument.parameters;
     p.Cx0 = 0.7F;
@@ -79,7 +80,7 @@ inline float Peak(std::span<const float> samples) {
     return peak;
 }
 
-/// The largest step from one sample to the next.
+/// Returns the largest step from one sample to the next.
 inline float LargestStep(std::span<const float> samples) {
     float step = 0;
     for (std::size_t i = 1; i < samples.size(); i++)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// How much of a frequency there is in a stretch of samples.
+// Measures a frequency's part in a stretch of samples.
 #pragma once
 
 #include <cmath>
@@ -8,8 +8,8 @@
 
 namespace test {
 
-/// Amplitude of the sine of `hertz` in the samples and its phase at the first of them, by a sum
-/// weighted with a Hann window.
+/// Returns the amplitude of the sine of `hertz` in the samples and its phase at the first of them,
+/// from a sum weighted with a Hann window.
 inline std::complex<double> Component(std::span<const float> samples, double hertz, double rate) {
     std::complex<double> sum = 0;
     double weights = 0;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A folder that lives as long as a test, and what tests do with files.
+// A folder that exists as long as a test, and helpers for files.
 #pragma once
 
 #include <cstdlib>
@@ -37,7 +37,7 @@ class TemporaryFolder {
         return path / name;
     }
 
-    /// Entries in the folder, hidden ones included.
+    /// Returns the number of entries in the folder, hidden ones included.
     std::size_t Count() const {
         return static_cast<std::size_t>(
             std::distance(std::filesystem::directory_iterator(path), {}));

@@ -19,11 +19,11 @@ namespace test {
 
 namespace {
 
-/// The application of the whole test program.
+/// The application object of the whole test program.
 class ApplicationEnvironment : public testing::Environment {
   public:
     void SetUp() override {
-        // The toolkit's own idea of a screen is smaller than what people have.
+        // The toolkit's default screen is smaller than usual screens.
         ::setenv("QT_QPA_PLATFORM",
                  "offscreen:configfile=" VEXA_SOURCE_FOLDER "/tests/support/screen.json", 0);
         application = std::make_unique<BApplication>("application/x-vnd.test-Test");

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Windows without a display: what tests of views need of the toolkit.
+// Windows without a display: helpers for tests of views.
 #pragma once
 
 #include "kits/interface/Alert.h"
@@ -12,33 +12,33 @@
 
 namespace test {
 
-/// Delivers all messages and lets the toolkit do what is due.
+/// Delivers all messages and lets the toolkit process its pending events.
 void Settle();
 
-// What a mouse does, at a point of the view, with one of the buttons of InterfaceDefs.h. The button
-// stays down between Press and Release, and Drag moves with it.
+// Actions of a mouse at a point of the view, with one of the buttons of InterfaceDefs.h. The button
+// stays down between Press and Release; Drag moves the mouse while it is down.
 
 void Press(BView& view, BPoint where, uint32 button = B_PRIMARY_MOUSE_BUTTON);
 void Drag(BView& view, BPoint where, uint32 button = B_PRIMARY_MOUSE_BUTTON);
 void Release(BView& view, BPoint where, uint32 button = B_PRIMARY_MOUSE_BUTTON);
 void Click(BView& view, BPoint where, uint32 button = B_PRIMARY_MOUSE_BUTTON);
-/// The second press of two.
+/// The second press of a double click.
 void DoubleClick(BView& view, BPoint where);
 /// Presses two buttons together.
 void PressChord(BView& view, BPoint where);
 
-/// Types into whatever has the focus in the window: a text, or one of the toolkit's keys.
+/// Types a text, or one of the toolkit's keys, into the focused view of the window.
 void Type(BWindow& window, const char* text);
 void TypeKey(BWindow& window, int key);
-/// The same with modifiers of the toolkit's held.
+/// Types a key while modifiers of the toolkit are held.
 void TypeKey(BWindow& window, int key, Qt::KeyboardModifiers modifiers);
-/// Turns the wheel by so many steps over the middle of the view, or of the control in it.
+/// Turns the wheel by `steps` over the middle of the view, or of the control in it.
 void TurnWheel(BView& view, int steps, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
 
-/// What the view and its children look like.
+/// Returns the picture of the view and its children.
 QImage Picture(BView& view);
 
-/// Collects the texts of alerts and presses their last button, as long as it lives.
+/// Collects the texts of alerts and presses their last button, during its lifetime.
 class AlertLog {
   public:
     AlertLog();
@@ -47,13 +47,13 @@ class AlertLog {
     AlertLog& operator=(const AlertLog&) = delete;
 
     std::vector<std::string> texts;
-    /// Of the last one.
+    /// The details of the last alert.
     std::string details;
     /// The button that is pressed; -1 for the last.
     int32 answer = -1;
 };
 
-/// A window on the stage that holds one view and goes with it.
+/// A window on the stage that holds one view and destroys it.
 class Stage {
   public:
     explicit Stage(BView* view, float width = 400, float height = 300);

@@ -70,7 +70,7 @@ TEST_P(Loops, SineAndCosineAreExactToTheTwelfthDigit) {
     }
 }
 
-/// Each way to have a wave, a radius and a centre, over blocks of any length.
+/// Covers each kind of wave, radius and centre, over blocks of any length.
 TEST_P(Loops, PlacesAreRadiusTimesWavePlusCentre) {
     constexpr double kStep = 0.0627;
     constexpr double kBegin = 0.5;
@@ -163,7 +163,7 @@ TEST_P(Loops, DriftsAddTheirSpeedsOneAfterTheOther) {
     constexpr std::size_t kMost = 15;
     std::array<std::array<float, kRoom>, kMost> envelopes;
     std::array<std::array<double, kRoom>, kMost> centres;
-    // Weights that go from 0.2 to 1.7 within 40 samples, of which 3 are over.
+    // Weights that go from 0.2 to 1.7 within 40 samples, of which 3 have passed.
     std::array<double, kRoom> parts, weights, rests;
     rests.fill(-0.7);
     GetParam()->Parts(3, 40, parts.data(), 50);
@@ -213,7 +213,7 @@ TEST_P(Loops, LineIsTheFormulaToTheLastBit) {
                 << t[i] << ' ' << l.base << ' ' << l.origin << ' ' << l.rise << ' ' << l.run;
         }
     };
-    // Base 0: nothing of the quotient is rounded away but by the float.
+    // Base 0: only the conversion to float rounds the quotient.
     for (int i = 0; i < 3000; i++) {
         const int exponents = i % 3 == 0 ? 120 : 4;
         std::vector<double> t(67);

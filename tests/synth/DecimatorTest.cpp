@@ -8,7 +8,7 @@
 
 namespace {
 
-/// Frames of a sine with `period` frames.
+/// Returns `frames` frames of a sine with a period of `period` frames.
 std::vector<float> Sine(double period, std::size_t frames) {
     std::vector<float> values(frames);
     for (std::size_t i = 0; i < frames; i++)
@@ -17,7 +17,7 @@ std::vector<float> Sine(double period, std::size_t frames) {
     return values;
 }
 
-/// The stream, taken in pieces of 1, 2, 3, ... frames.
+/// Decimates the stream in pieces of 1, 2, 3, ... frames.
 std::vector<float> Decimate(int factor, const std::vector<float>& frames) {
     vexa::Decimator decimator(factor);
     std::vector<float> out;
@@ -32,7 +32,7 @@ TEST(Decimator, KeepsWhatTheLowerRateHoldsInItsPlace) {
     for (const int factor : {1, 2, 4, 8, 16}) {
         const std::vector<float> out = Decimate(factor, Sine(10.0 * factor, 20000));
         const std::vector<float> expected = Sine(10.0, out.size());
-        // The filter reaches some 200 frames of the lower rate to each side.
+        // The filter extends some 200 frames of the lower rate to each side.
         float worst = 0;
         for (std::size_t i = 250; i + 250 < out.size(); i++)
             worst = std::max(worst, std::abs(out[i] - expected[i]));

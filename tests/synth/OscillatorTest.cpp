@@ -13,10 +13,10 @@ using vexa::kMostSamples;
 using vexa::kRoom;
 using vexa::Oscillator;
 
-/// The phase is the bits of one addition after the other, the waves are exact to the twelfth digit,
-/// through changes of the step and in blocks of any length.
+/// The phase must have the bits of successive additions, and the waves be exact to the twelfth
+/// digit, through changes of the step and in blocks of any length.
 TEST(Oscillator, FollowsTheChainOfAdditionsWhereverBlocksAreCut) {
-    // The centre takes the leading digits away, so that a float shows the others.
+    // The centre cancels the leading digits, so that a float shows the lower ones.
     constexpr double kRadius = 1e9;
     std::mt19937 random(1);
     for (const Oscillator::Wave wave : {Oscillator::Wave::sine, Oscillator::Wave::cosine}) {

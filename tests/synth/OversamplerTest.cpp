@@ -11,7 +11,7 @@ namespace {
 
 using vexa::Oversampler;
 
-/// The next frames of the left ear, and of the right one behind them, in pieces.
+/// Returns the next frames of the left ear, followed by those of the right one, rendered in pieces.
 std::vector<float> Take(Oversampler& from, std::size_t count, std::size_t piece = 1000) {
     std::vector<float> frames(2 * count);
     for (std::size_t done = 0; done < count;) {
@@ -22,7 +22,7 @@ std::vector<float> Take(Oversampler& from, std::size_t count, std::size_t piece 
     return frames;
 }
 
-/// A note at a multiple of the rate, 2 to the power.
+/// Renders a note at 2 to the `power` times the rate.
 std::vector<float> Note(int power, uchar note, std::size_t piece, float spread,
                         const vexa::PlaneFunction& f = {test::PlaneOfX}) {
     vexa::Engine instrument;
@@ -49,7 +49,8 @@ TEST(Oversampler, GivesTheSameSoundALittleLater) {
         for (const float spread : {0.0F, 60.0F}) {
             const std::vector<float> is = Note(power, 69, 1000, spread);
             const std::vector<float> at1 = Note(0, 69, 1000, spread);
-            // The filter has no say before it is full; the low-cut's is that of the same corner.
+            // Compares only once the filter is full; the low-cut filter has the same corner
+            // frequency.
             for (std::size_t i = 32; i < 5900; i++) {
                 ASSERT_NEAR(is[i], at1[i - 32], 0.01) << power << ' ' << i;
                 ASSERT_NEAR(is[6000 + i], at1[6000 + i - 32], 0.01) << power << ' ' << i;
@@ -98,13 +99,13 @@ TEST(Oversampler, GoesToAnotherMultipleWithoutAClickOrAnAllocation) {
     const double step = 2 * M_PI * 440 / 48000;
     for (const std::vector<float>& ear : {left, right}) {
         EXPECT_LT(test::LargestStep(ear), 1.5 * step);
-        // A click shows in the second difference, which of the sine is below step^2.
+        // A click shows in the second difference, which is below step^2 for the sine.
         for (std::size_t i = 1000; i + 1 < ear.size(); i++)
             ASSERT_LT(std::abs(ear[i + 1] - 2 * ear[i] + ear[i - 1]), 3 * step * step) << i;
         EXPECT_NEAR(test::Peak({ear.end() - 1000, ear.end()}), 1, 0.05);
     }
 
-    // What fades goes on fading, from where it is.
+    // A fade continues from its present level.
     instrument.consumer.AllNotesOff(false, 0);
     play(0, 100);
     instrument.playing.oversample = 4;
@@ -112,7 +113,7 @@ TEST(Oversampler, GoesToAnotherMultipleWithoutAClickOrAnAllocation) {
     EXPECT_LT(test::LargestStep({left.data(), 1000}), 1.5 * step);
     EXPECT_EQ(test::Peak({left.data() + 400, 600}), 0);
 
-    // A glide takes its time at any multiple.
+    // A glide takes the same time at any multiple.
     instrument.playing.glide = 0.1F;
     instrument.consumer.NoteOn(0, 57, 127, 0);
     play(0, 480);

@@ -11,7 +11,7 @@
 
 namespace {
 
-/// Of both signs, with values that do not fit a byte or are none.
+/// Values of both signs, some beyond the range of a byte, and NaN.
 float Waves(float x, float y) {
     if (std::abs(x - y) < 0.01F)
         return std::numeric_limits<float>::quiet_NaN();
@@ -31,8 +31,8 @@ float CountedWaves(float x, float y) {
     return Waves(x, y);
 }
 
-/// From less than a band of rows to rows of several pieces, so small that one thread computes them
-/// and so large that all do.
+/// Sizes from less than a band of rows up to rows of several pieces: some so small that one thread
+/// computes them, some so large that all threads do.
 TEST(PlanePicture, HasEveryPixelOnceWhateverItsSize) {
     const struct {
         std::size_t columns, rows;

@@ -15,7 +15,7 @@ using vexa::Engine;
 
 constexpr int kControllers[] = {1, 2};
 
-/// The greatest difference between product and reference over a piece.
+/// Returns the greatest difference between product and reference over a piece.
 float Difference(
     const std::vector<test::Event>& events, std::size_t samples, double rate,
     std::size_t blockLimit, const std::function<void(vexa::sound_param&)>& change = [](auto&) {},
@@ -38,7 +38,7 @@ TEST(VoiceRenderer, IsTheScalarReferenceOverTenSecondsOfTwentyVoices) {
     const auto unchanged = [](auto&) {};
     std::vector<test::Event> events = test::Piece(samples, 1, kControllers);
     EXPECT_LE(Difference(events, samples, 44100, samples), 1e-6F);
-    // A point of an envelope is dragged, to and fro, faster than it is smoothed and slower.
+    // A point of an envelope is dragged back and forth, faster and slower than the smoothing.
     using Kind = test::Event::Kind;
     for (int i = 0; i < 40; i++)
         events.push_back(
@@ -54,7 +54,8 @@ TEST(VoiceRenderer, IsTheScalarReferenceWithBothEarsWhereverTheyAre) {
     const auto unchanged = [](auto&) {};
     using Kind = test::Event::Kind;
     std::vector<test::Event> events = test::Piece(samples, 1, kControllers);
-    // Apart from the start, within a cell, one again for a while, and while they are on their way.
+    // The ears are apart from the start, change within a cell, coincide for a while, and change
+    // again during a change.
     for (const auto& [at, degrees] : {std::pair<std::size_t, int>{0, 60},
                                       {100001, 137},
                                       {150000, 0},
@@ -126,7 +127,7 @@ TEST(VoiceRenderer, MovesTheEarsWithoutAClick) {
     EXPECT_LT(test::LargestStep(left), most);
     EXPECT_LT(test::LargestStep(right), most);
     EXPECT_EQ(Peak({left.data(), 11}), 0);
-    // Where they are half a turn apart one hears the opposite of the other.
+    // With the ears half a turn apart, one hears the negative of the other.
     for (std::size_t i = 8000; i < 10000; i++)
         ASSERT_NEAR(left[i], -right[i], 0.01);
 }
@@ -152,7 +153,7 @@ TEST(VoiceRenderer, EnvelopesThatAreEditedTakeOverWithoutAStep) {
 }
 
 TEST(VoiceRenderer, IsTheScalarReferenceOverTenMinutesOfOneVoice) {
-    // Without drift, so that the orbit does not leave where the function has values.
+    // Without drift, so that the orbit stays where the function has values.
     const auto stay = [](vexa::sound_param& p) {
         p.Cx0 = p.Cx1 = p.Cx3 = p.Cy0 = p.Cy2 = 0;
         p.C0x0 = 0.1F;
@@ -165,7 +166,7 @@ TEST(VoiceRenderer, PlaysNote69At440HertzForTenMinutes) {
     Engine instrument;
     test::MakeSine(instrument);
     instrument.consumer.NoteOn(0, 69, 127, 0);
-    // The moments of the first and of the last upward crossing of zero, after the attack.
+    // The times of the first and the last upward zero crossing, after the attack.
     const std::size_t minutes10 = 600 * 44100;
     double first = 0;
     double last = 0;
@@ -205,7 +206,7 @@ TEST(VoiceRenderer, RemovesTheConstantPartWhateverItIs) {
     instrument.consumer.NoteOn(0, 60, 100, 0);
     EXPECT_LT(Peak(Render(instrument, 44100)), 2e-5F) << "charged to begin at 0, and stays there";
 
-    // Another constant from now on: a step, which the filter forgets.
+    // Another constant: a step, which the filter lets decay.
     instrument.SetFunction({[](float, float) { return -0.9F; }});
     EXPECT_GT(Peak(Render(instrument, 10)), 0.9F);
     Render(instrument, 44100);
@@ -276,7 +277,7 @@ TEST(VoiceRenderer, ReleasedVoicesThatHaveGoneSilentRestUntilSomethingChanges) {
     };
     Engine instrument;
     test::MakeRich(instrument);
-    // At last no drift; notes stand at another place each, where f is not 0.
+    // Finally without drift; each note stands at another place, where f is not 0.
     vexa::sound_param& p = instrument.parameters;
     p.Cx1 = p.Cx3 = p.Cy2 = p.Ay2 = 0;
     test::SetEnvelope(instrument.envelopes[0], {{0, false, 0}, {0.4F, false, 1}, {0.3F, true, 0}});
@@ -312,7 +313,7 @@ TEST(VoiceRenderer, ReleasedVoicesThatHaveGoneSilentRestUntilSomethingChanges) {
     EXPECT_EQ(instrument.consumer.CountVox(), 20);
     EXPECT_NEAR(vexa::Look(instrument.voices[0]).t - before, 0.1, 1e-9);
 
-    // A controller moves their centres again.
+    // A controller moves the centres again.
     p.Cx3 = 0.5F;
     instrument.consumer.ControlChange(0, 1, 100, 0);
     reference.ctl[1] = float(100 / 127.0);
@@ -337,14 +338,14 @@ TEST(VoiceRenderer, NotesBeginReleaseAndChangeHandsWithoutAClick) {
     play(3023);
     instrument.consumer.NoteOff(0, 64, 0, 0);
     play(6000);
-    // A sine of 440 Hz moves by 2 pi 440 / 44100 a sample at most; the attack and the filter's own
-    // answer to the taken-over level add a little. A click would be a step of the order of 1.
+    // A sine of 440 Hz moves by 2 pi 440 / 44100 a sample at most; the attack and the filter's
+    // response to the inherited level add a little. A click would be a step of the order of 1.
     EXPECT_LT(test::LargestStep(samples), 1.5 * 2 * M_PI * 440 / 44100);
     EXPECT_LT(std::abs(samples[0]), 0.01);
     EXPECT_LT(Peak({samples.end() - 1000, samples.end()}), 1e-3F) << "released to silence";
 }
 
-/// All that makes a sound becomes another while notes are held, a part after the other.
+/// Every part of a sound changes while notes are held, one after the other.
 TEST(VoiceRenderer, JoinsOneSoundToAnotherWithoutAClick) {
     const auto largestStep = [](bool joins, float spread) {
         Engine instrument;
@@ -390,7 +391,7 @@ TEST(VoiceRenderer, JoinsOneSoundToAnotherWithoutAClick) {
     }
 }
 
-/// x where it is computed in blocks, 0 at single points.
+/// x if computed in blocks, 0 at single points.
 class BlockFormOnly : public vexa::PlaneSource {
   public:
     float At(float, float, const float*) const noexcept override { return 0; }

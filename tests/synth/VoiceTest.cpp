@@ -51,7 +51,7 @@ TEST(Voice, WhatIsOverIsHeardNoMoreButTakesItsSlot) {
     voices[4].over = true;
     EXPECT_EQ(vexa::CountHeard(voices), 1);
     EXPECT_EQ(vexa::CountActive(voices), 2);
-    voices[4].state.BeginChange(); // a new note, of which nothing is known yet
+    voices[4].state.BeginChange(); // a new note that is not complete yet
     voices[4].state.EndChange(true);
     EXPECT_EQ(vexa::CountHeard(voices), 2);
 }

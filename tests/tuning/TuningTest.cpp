@@ -24,7 +24,7 @@ double CentsBetween(double hertz, double other) {
     return 1200 * std::log2(hertz / other);
 }
 
-/// A wave's part at a frequency, seen through a Hann window.
+/// Returns a frequency's component in the samples, with a Hann window.
 std::complex<double> PartAt(double hertz, std::span<const float> samples) {
     const std::complex<double> turn = std::polar(1.0, -2 * M_PI * hertz / kRate);
     const std::complex<double> slow = std::polar(1.0, 2 * M_PI / double(samples.size()));
@@ -39,8 +39,9 @@ std::complex<double> PartAt(double hertz, std::span<const float> samples) {
     return 2.0 * sum / double(samples.size());
 }
 
-/// How many cents what the key sounds lies from the frequency that it should have: by the phase
-/// between two stretches, of forty periods or half a second at least; NaN where it is not there.
+/// Returns the difference in cents between the pitch of the key and the expected frequency, from
+/// the phase between two stretches of at least forty periods or half a second; NaN if the note is
+/// not found.
 double CentsOff(const Tuning& tuning, int key, double hertz) {
     vexa::Engine instrument;
     test::MakeSine(instrument);
@@ -60,7 +61,7 @@ double CentsOff(const Tuning& tuning, int key, double hertz) {
     return CentsBetween(hertz + phase * kRate / (2 * M_PI * double(lag)), hertz);
 }
 
-/// Plays and measures all keys that can be heard, and looks at the others' frequencies.
+/// Plays and measures all audible keys, and checks the frequencies of the others.
 void ExpectTuned(const Tuning& tuning, const std::function<double(int key)>& expected) {
     int measured = 0;
     for (int key = 0; key < kKeys; key++) {
@@ -74,7 +75,7 @@ void ExpectTuned(const Tuning& tuning, const std::function<double(int key)>& exp
         if (hertz < 5 || hertz > 20000)
             continue;
         measured++;
-        // Not less than, so that NaN is a failure.
+        // Written so that NaN is a failure.
         EXPECT_TRUE(std::abs(CentsOff(tuning, key, hertz)) < 0.01) << "key " << key;
     }
     EXPECT_GT(measured, 10);
@@ -190,7 +191,7 @@ TEST(Tuning, TheLowestAndTheHighestThatCanBePlayedAreFinite) {
             EXPECT_TRUE(peak > 0 && peak < 3) << hertz << " Hz, " << oversample << " x: " << peak;
         }
     }
-    // An octave from key to key leaves the ends of the keyboard beyond all that can be played.
+    // With an octave per key, the ends of the keyboard lie outside the playable range.
     const auto octaves = ParseScale("octaves\n1\n2\n", "s");
     ASSERT_TRUE(octaves);
     ExpectTuned(vexa::TuningOf(*octaves, {}), [](int key) { return 440 * std::exp2(key - 69); });

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// How well one colour is told from another, by WCAG 2.1.
+// The contrast of two colours, by WCAG 2.1.
 #pragma once
 
 #include "kits/interface/InterfaceDefs.h"

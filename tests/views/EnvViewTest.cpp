@@ -56,7 +56,7 @@ TEST_F(EnvViewTest, APressBesideAPointAddsOneThatIsHeardAfterTheRelease) {
     EXPECT_NEAR(view->Points()[1].t, 51 / 46.7, 1e-4);
     EXPECT_NEAR(view->Points()[1].val, 0.5, 1e-5);
     EXPECT_NEAR(view->Value(51 / 46.7F, false, 0), 0.25 * 51 / 46.7, 1e-3);
-    // Not selected: it does not follow the pointer.
+    // It is not selected, so it does not follow the pointer.
     test::Drag(*view, {70, 60});
     EXPECT_NEAR(view->Points()[1].t, 51 / 46.7, 1e-4);
     test::Release(*view, {70, 60});
@@ -79,7 +79,7 @@ TEST_F(EnvViewTest, APointIsDraggedBetweenItsNeighbours) {
     test::Drag(*view, {3, 0});
     EXPECT_EQ(view->Points()[1].t, 0);
     EXPECT_EQ(view->Points()[1].val, 1);
-    // Over the release part it stays at the end of its own.
+    // Over the release part the point stays at the end of its own part.
     test::Drag(*view, {400, 43});
     EXPECT_EQ(view->Points()[1].t, view->Split());
     EXPECT_FALSE(view->Points()[1].fku);
@@ -120,7 +120,7 @@ TEST_F(EnvViewTest, OtherButtonsDeleteAllButTheFirstPoint) {
     EXPECT_NEAR(view->Value(2, false, 0), 0, 1e-6);
     test::Click(*view, PlaceOf(1), B_SECONDARY_MOUSE_BUTTON);
     EXPECT_THAT(Times(), ElementsAre(0));
-    // On the first it still drags the value.
+    // On the first point it still drags the value.
     test::Press(*view, PlaceOf(0), B_SECONDARY_MOUSE_BUTTON);
     test::Drag(*view, {9, 3}, B_SECONDARY_MOUSE_BUTTON);
     EXPECT_EQ(view->Points()[0].val, 1);
@@ -142,7 +142,7 @@ TEST_F(EnvViewTest, DrawsTheCurveAndTheKey) {
     EXPECT_TRUE(isLine(200, 23) && isLine(319, 23));
     EXPECT_TRUE(isLine(400, 63) && isLine(475, 63));
     EXPECT_FALSE(isLine(480, 63));
-    // The marker is up between 9 and 320.
+    // The marker is visible between 9 and 320.
     EXPECT_TRUE(isLine(3, 89) && isLine(9, 86) && isLine(200, 86) && isLine(320, 86));
     EXPECT_TRUE(isLine(400, 89) && isLine(482, 89));
     EXPECT_FALSE(isLine(400, 86) || isLine(200, 89) || isLine(483, 89));
@@ -164,7 +164,7 @@ TEST_F(EnvViewTest, KeysMoveAddAndDeletePoints) {
     EXPECT_NEAR(view->Points()[1].t, 2.055, 1e-5);
     test::TypeKey(window, Qt::Key_Down, Qt::ControlModifier);
     EXPECT_NEAR(view->Points()[1].val, 0.1, 1e-5);
-    // Heard at once.
+    // The change is audible at once.
     EXPECT_NEAR(view->Value(2.055F, false, 0), 0.1, 1e-3);
     test::TypeKey(window, Qt::Key_Insert);
     EXPECT_EQ(view->ChosenPoint(), 2U);
@@ -172,7 +172,7 @@ TEST_F(EnvViewTest, KeysMoveAddAndDeletePoints) {
                                      testing::FloatNear((2.055F + view->Split()) / 2, 1e-4F), 1));
     test::TypeKey(window, Qt::Key_Delete);
     EXPECT_EQ(view->Points().size(), 3U);
-    // The first point stays, whatever the keys.
+    // The first point stays, whatever keys are pressed.
     for (int i = 0; i < 5; i++)
         test::TypeKey(window, Qt::Key_Left, Qt::AltModifier);
     test::TypeKey(window, Qt::Key_Delete);
@@ -192,8 +192,8 @@ TEST_F(EnvViewTest, APointTakesNumbersAfterADoubleClick) {
     EXPECT_EQ(view->Points()[1], (vexa::EnvPoint{0.75F, false, -0.25F}));
     EXPECT_EQ(view->Label(1), "0.75 s, -0.25");
     EXPECT_EQ(view->Label(2), "+1 s, -0.5");
-    // What is beyond its neighbours or the bounds comes as near as it can; what is no pair of
-    // numbers is nothing.
+    // A value beyond its neighbours or the bounds is limited to them; a text that is not a pair of
+    // numbers is ignored.
     for (const auto& [text, expected] : {std::pair{"99 7", vexa::EnvPoint{view->Split(), false, 1}},
                                          std::pair{"-3 -7", vexa::EnvPoint{0, false, -1}},
                                          std::pair{"0.5", vexa::EnvPoint{0, false, -1}},

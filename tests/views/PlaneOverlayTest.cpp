@@ -52,7 +52,7 @@ TEST(Trace, ALineHasItsWidthAndFadesAwayWithoutATrace) {
         const BRect none = trace.Show(base.data(), shown.data());
         EXPECT_LT(none.right, none.left);
     }
-    // Beyond the edges, and nowhere.
+    // Outside the view, and at places that are no numbers.
     trace.Line({-50, -50}, {150, 150}, {255, 255, 255}, 2);
     trace.Line({NAN, 3}, {4, 4}, {255, 255, 255}, 2);
     trace.Line({-1e30F, 3}, {INFINITY, 4}, {255, 255, 255}, 2);
@@ -120,20 +120,20 @@ TEST(Relief, AHillStandsUpAndHidesWhatLiesBehind) {
     EXPECT_TRUE(top->visible && front->visible && right->visible);
     EXPECT_FALSE(behind->visible);
     EXPECT_FALSE(relief.PlaceOf(5, 0));
-    // The hill is blue, the sky is the sky.
+    // The hill is blue, and the sky keeps its colour.
     const auto at = [&](BPoint p) {
         return words[static_cast<std::size_t>(std::lround(p.y) * 301 + std::lround(p.x))];
     };
     EXPECT_GT(at(top->point) & 0xff, 2 * (at(top->point) >> 16 & 0xff));
     EXPECT_EQ(words[5], words[300 * 301]);
-    // From above it is the flat picture, turned.
+    // From above it equals the flat picture, turned.
     relief.Draw({float(M_PI) / 2, float(M_PI) / 2}, 301, 301, words.data());
     EXPECT_NEAR(relief.PlaceOf(3, 0)->point.x, 150, 1);
     EXPECT_LT(relief.PlaceOf(3, 0)->point.y, 100);
     EXPECT_TRUE(relief.PlaceOf(0, 1.2)->visible);
 }
 
-/// What the gestures say, done to an engine and a view.
+/// Applies the gestures to an engine and a view.
 class Host : public vexa::PlaneHost {
   public:
     explicit Host(vexa::Engine& engine) : engine(engine) {}
@@ -179,7 +179,7 @@ class OverlayTest : public testing::Test {
         test::SetEnvelope(engine.envelopes[3], full);
         test::Settle();
     }
-    /// What is to be seen at the view's pixel, without alpha.
+    /// Returns the view's visible pixel, without alpha.
     uint32 Seen(int x, int y) { return test::Picture(*view).pixel(x, y) & 0xffffff; }
     bool ShowsThePictureItself() {
         const QImage seen = test::Picture(*view);
@@ -212,7 +212,7 @@ TEST_F(OverlayTest, OrbitsAreDrawnOnThePictureWhichStaysAsItIs) {
     engine.consumer.ReduceToMaxVox(2);
     engine.consumer.NoteOn(0, 69, 127, 0);
     EXPECT_TRUE(overlay->Animate(0.016F));
-    // An ellipse of 40 by 20 pixels, in the first voice's colour; the picture knows nothing of it.
+    // An ellipse of 40 by 20 pixels, in the first voice's colour; the plane's picture is unchanged.
     const auto isOrbit = [this](int x, int y) { return (Seen(x, y) >> 8 & 0xff) > 150; };
     EXPECT_TRUE(isOrbit(190, 150) && isOrbit(110, 150) && isOrbit(150, 130) && isOrbit(150, 170));
     EXPECT_FALSE(isOrbit(150, 150));
@@ -221,7 +221,7 @@ TEST_F(OverlayTest, OrbitsAreDrawnOnThePictureWhichStaysAsItIs) {
     view->Pulse();
     const auto* words = static_cast<const uint32*>(view->Picture().Bits());
     EXPECT_EQ(words[150 * 301 + 190] & 0xff00, 0U);
-    // Two of the same share the line.
+    // Two equal orbits share the line.
     engine.consumer.NoteOn(0, 57, 127, 0);
     overlay->Animate(1);
     int colors[2] = {};
@@ -239,13 +239,13 @@ TEST_F(OverlayTest, OrbitsAreDrawnOnThePictureWhichStaysAsItIs) {
     }
     EXPECT_GT(colors[0], 20);
     EXPECT_GT(colors[1], 20);
-    // What was fades, and then nothing is left to do.
+    // The old marks fade, and then nothing is left to do.
     engine.consumer.AllNotesOff(false, 0);
     EXPECT_TRUE(overlay->Animate(0.05F));
     EXPECT_TRUE(isOrbit(190, 150) || Seen(190, 150) != 0);
     EXPECT_FALSE(overlay->Animate(3));
     EXPECT_TRUE(ShowsThePictureItself());
-    // Orbits that are nowhere are not to be seen.
+    // Orbits at places that are no numbers are invisible.
     engine.parameters.Ax0 = INFINITY;
     engine.consumer.NoteOn(0, 69, 127, 0);
     engine.consumer.NoteOn(0, 57, 127, 0);
@@ -325,7 +325,7 @@ TEST_F(OverlayTest, WheelMiddleButtonAndDoubleClickChangeTheView) {
     EXPECT_NEAR(view->ToView(grip.x, grip.y).y, 80, 0.2);
     EXPECT_EQ(host.texts[0], "15");
 
-    // All that the orbit reaches: it starts at 3 and drifts to the left for 20/3 seconds.
+    // The whole area of the orbit: it starts at 3 and drifts to the left for 20/3 seconds.
     engine.parameters.C0x0 = 3;
     engine.parameters.Cx1 = -0.5;
     overlay->Press({{60, 60}, B_PRIMARY_MOUSE_BUTTON, 0, 2});
@@ -336,9 +336,9 @@ TEST_F(OverlayTest, WheelMiddleButtonAndDoubleClickChangeTheView) {
     engine.parameters.C0x0 = INFINITY;
     overlay->Fit();
     EXPECT_EQ(host.texts[0], "15");
-    // The handle is outside, but at a place that a view can have.
+    // The handle is outside the view, but at a place that a view can show.
     EXPECT_EQ(Handle(0).Frame().left, 1e6F);
-    // The second button is the picture's.
+    // The second button belongs to the picture.
     test::Press(*overlay, {20, 20}, B_SECONDARY_MOUSE_BUTTON);
 }
 
@@ -351,7 +351,7 @@ TEST_F(OverlayTest, HandlesMoveTheOrbitsNumbersAndSoundMeanwhile) {
     const auto drag = [](vexa::PlaneHandle& handle, float right, float down) {
         constexpr float kMiddle = vexa::PlaneHandle::kReach;
         test::Press(handle, {kMiddle, kMiddle});
-        // The handle goes with the pointer.
+        // The handle follows the pointer.
         test::Drag(handle, {kMiddle + right, kMiddle + down});
         test::Release(handle, {kMiddle, kMiddle});
     };
@@ -369,7 +369,7 @@ TEST_F(OverlayTest, HandlesMoveTheOrbitsNumbersAndSoundMeanwhile) {
     drag(Handle(3), 0, 20);
     EXPECT_EQ(host.strikes.size(), 4U);
 
-    // With keys; the preview ends by itself.
+    // Moves with keys; the preview ends by itself.
     for (const auto& [modifiers, step] :
          {std::pair(0U, 0.08), {uint32(B_SHIFT_KEY), 0.008}, {uint32(B_CONTROL_KEY), 0.8}}) {
         const double before = overlay->Number(OrbitNumber::RadiusX);
@@ -383,12 +383,12 @@ TEST_F(OverlayTest, HandlesMoveTheOrbitsNumbersAndSoundMeanwhile) {
     EXPECT_EQ(host.ends, 4);
     overlay->Animate(0.3F);
     EXPECT_EQ(host.ends, 5);
-    // A note that sounds is preview enough, and it is the one that the handles are for.
+    // A sounding note needs no preview, and the handles belong to it.
     engine.consumer.NoteOn(0, 69, 127, 0);
     EXPECT_NEAR(overlay->Number(OrbitNumber::RadiusX), Value(vexa::ParameterId::Ax0) + 1, 1e-6);
     drag(Handle(1), 20, 0);
     EXPECT_EQ(host.strikes.size(), 5U);
-    // For those who see none of it.
+    // Descriptions for assistive technology.
     ASSERT_EQ(overlay->CountParts(), 6U);
     EXPECT_EQ(overlay->DescribePart(4).name, "drift of centre x");
     overlay->SetNumber(2, 2.5);
@@ -402,7 +402,7 @@ TEST_F(OverlayTest, APlaceIsHeardWhileItIsHeld) {
     ASSERT_EQ(host.strikes.size(), 1U);
     EXPECT_NEAR(host.strikes[0]->x, 2, 1e-5);
     EXPECT_NEAR(host.strikes[0]->y, 2, 1e-5);
-    // Elsewhere it begins anew, but not with each pixel.
+    // At another place the preview restarts, but not with each pixel.
     overlay->Move({180, 110});
     overlay->Animate(0.05F);
     overlay->Move({170, 110});

@@ -60,7 +60,7 @@ TEST(R2RFView, ShowsAValueAsItsWord) {
         {Constant<-2, 1>, 510U << 16},
         {NotANumber, 0},
         {Infinite, 0},
-        // The values end where a word does.
+        // The values end at a word boundary.
         {Constant<1000000000, 1>, 2147483520},
     };
     for (const auto& row : cases) {
@@ -77,7 +77,7 @@ float YInHundredths(float, float y) {
     return y * 100 / 255;
 }
 
-/// What a picture of XInHundredths or YInHundredths shows.
+/// Expects the picture of XInHundredths or YInHundredths.
 int Signed(uint32 word) {
     return word & 0xff0000 ? -int(word >> 16) : int(word);
 }
@@ -144,7 +144,7 @@ TEST_F(OrbitTest, APulseDrawsTheComingRevolutionAndTheNextErasesIt) {
     EXPECT_LT(view->DirtyRect().right, view->DirtyRect().left);
 }
 
-/// Of a note with a pressure and a bend of its own.
+/// For a note with pressure and bend of its own.
 TEST_F(OrbitTest, ShowsTheOrbitThatIsHeard) {
     vexa::sound_param& p = instrument.parameters;
     p.Ax0 = p.Ay0 = p.Cx0 = 0;
@@ -200,7 +200,7 @@ TEST_F(OrbitTest, AChangedPictureHasNoOldMarks) {
     view->Pulse();
 }
 
-/// Counts how often it is painted.
+/// Counts its paint events.
 class PaintedView : public vexa::R2RFView {
   public:
     using R2RFView::R2RFView;
@@ -271,7 +271,7 @@ TEST(R2RFView, AFunctionThatTakesLongIsDrawnBitByBitAndOnceForAllChanges) {
     EXPECT_EQ(points, kAll);
 }
 
-/// Strokes the curves that only Draw may.
+/// Draws the curves that may only be drawn inside Draw.
 class Strokes : public vexa::R2RFView {
   public:
     using R2RFView::R2RFView;

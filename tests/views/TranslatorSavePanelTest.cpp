@@ -58,7 +58,7 @@ class TranslatorSavePanel : public testing::Test {
     Panel panel{BMessenger(&receiver)};
 };
 
-/// The largest contrast of any two pixels there.
+/// Returns the largest contrast between any two pixels of the area.
 double ContrastIn(QWidget& widget, const QRect& part) {
     const QImage shown = widget.grab(part).toImage();
     double most = 1;
@@ -73,7 +73,7 @@ double ContrastIn(QWidget& widget, const QRect& part) {
     return most;
 }
 
-/// Also where they change while it is open.
+/// Also if they change while it is open.
 TEST_F(TranslatorSavePanel, CanBeReadInAllColors) {
     const test::TemporaryFolder folder;
     folder.Write("file", "x");
@@ -177,7 +177,7 @@ TEST_F(TranslatorSavePanel, EveryChangeIsInTheResult) {
     panel.ChooseFormat("PNG image");
     EXPECT_EQ(panel.Message().what, kImage);
     EXPECT_EQ(panel.SizeSent(), INT32_MAX);
-    // A name, if there is one, gets the ending of the format.
+    // A name that is not empty gets the suffix of the format.
     EXPECT_EQ(panel.SaveText(), "");
     panel.SetSaveText("my.song");
     panel.ChooseFormat("TIFF image");

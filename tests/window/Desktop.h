@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A display of a test's own with a window manager, a mouse and a keyboard.
+// A display that belongs to the test, with a window manager, a mouse and a keyboard.
 #pragma once
 
 #include "live/JackStage.h"
@@ -20,7 +20,7 @@
 
 namespace test {
 
-/// Xvfb with openbox. DISPLAY names it for every program that is started later.
+/// Xvfb with openbox. It sets DISPLAY for every program that is started later.
 class Desktop {
   public:
     explicit Desktop(int width = 1600, int height = 900)
@@ -34,7 +34,8 @@ class Desktop {
             return !display.empty();
         });
         ::setenv("DISPLAY", (':' + display).c_str(), 1);
-        // What tests choose is nobody's to remember. Without the drawer everything has its place.
+        // The test's settings go to its own folder. The drawer is closed, so that all controls have
+        // fixed positions.
         ::setenv("XDG_CONFIG_HOME", folder.Path().c_str(), 1);
         std::filesystem::create_directories(folder.Path() / "vexa");
         std::ofstream(folder.Path() / "vexa/settings") << "drawer = false\n";
@@ -44,12 +45,12 @@ class Desktop {
     }
     ~Desktop() {
         manager.reset();
-        // An X server loses the signal that comes just as it goes to sleep.
+        // An X server loses a signal that comes just as it goes to sleep, so it is repeated.
         for (int times = 0; times < 10 && server.Runs(); times++)
             server.AskToEnd();
     }
 
-    /// Waits for a visible window whose title is that, and makes it the one that Do works on.
+    /// Waits for a visible window with that title and selects it for Do.
     void UseWindow(const std::string& title) {
         window.clear();
         WaitFor(title.c_str(), [&] {
@@ -60,7 +61,7 @@ class Desktop {
     }
     bool HasWindow(const std::string& title) const { return !WindowOf(title).empty(); }
 
-    /// An xdotool command.
+    /// Runs an xdotool command.
     void Do(std::vector<std::string> command) const { Run(std::move(command)); }
     void Move(int x, int y) const {
         Do({"mousemove", "--window", window, std::to_string(x), std::to_string(y)});
@@ -72,7 +73,7 @@ class Desktop {
     void Drag(int fromX, int fromY, int toX, int toY) const {
         Move(fromX, fromY);
         Do({"mousedown", "1"});
-        // A drag of several moves, as a hand makes it.
+        // A drag of several moves, like that of a hand.
         Move((fromX + toX) / 2, (fromY + toY) / 2);
         Move(toX, toY);
     }
@@ -80,8 +81,9 @@ class Desktop {
     void Type(const std::string& text) const { Do({"type", "--delay", "5", text}); }
     void Key(const std::string& name) const { Do({"key", name}); }
     void Minimize() const { Do({"windowminimize", window}); }
-    /// As the user closes a window in a list of them: by the window manager, whoever has the focus.
-    /// Its key goes by that, and may do nothing while another window comes up.
+    /// Closes the window through the window manager, as a user does in a list of windows, whichever
+    /// window has the focus. The manager's key depends on the focus, and may do nothing while
+    /// another window opens.
     void Close() const {
         const std::unique_ptr<xcb_connection_t, decltype(&::xcb_disconnect)> display(
             ::xcb_connect(nullptr, nullptr), ::xcb_disconnect);
@@ -101,12 +103,12 @@ class Desktop {
             display.get(), 0, root,
             XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
             reinterpret_cast<const char*>(&message));
-        // This also awaits that the server has it.
+        // This also waits until the server has received it.
         if (::xcb_request_check(display.get(), sent))
             throw std::runtime_error("the display refuses to tell the window manager");
     }
 
-    /// What the window looks like.
+    /// Returns the picture of the window.
     QImage Picture() const {
         const std::string path = (folder.Path() / "picture.png").string();
         RunCommand({"import", "-window", window, path});
@@ -114,9 +116,9 @@ class Desktop {
     }
 
   private:
-    /// The number of a visible window of that title; empty if there is none.
+    /// Returns the id of a visible window with that title; empty if there is none.
     static std::string WindowOf(const std::string& title) {
-        // A window that goes during the search is an error of it, as text.
+        // A window that closes during the search makes xdotool print an error into its output.
         std::string pattern = '^' + title + '$';
         std::replace_if(
             pattern.begin(), pattern.end(), [](char c) { return c == '(' || c == ')'; }, '.');

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The program's window on a display and a JACK server of the test's own.
+// The program's window on a display and a JACK server that belong to the test.
 #pragma once
 
 #include "live/LivePlay.h"
@@ -17,7 +17,7 @@ namespace test {
 
 constexpr std::size_t kSecond = 48000;
 
-/// A copy of the program folder, so that what a test saves goes with it.
+/// A copy of the program folder, so that files saved by a test are removed with it.
 class ProgramCopy {
   public:
     ProgramCopy() {
@@ -35,19 +35,20 @@ class ProgramCopy {
 
 /// Positions in the window: those of the main view, which begins at y = 41.
 constexpr int kTop = 41;
-/// Of the editor of EnvAx; its curve goes from y = 3 (1) to y = 83 (0) and begins at x = 9.
+/// The position of the editor of EnvAx; its curve goes from y = 3 (1) to y = 83 (0) and begins at x
+/// = 9.
 constexpr int kEditorX = 440;
 constexpr int kEditorY = kTop + 218;
 constexpr int kPlane = 10;
 constexpr int kPlaneSize = 301;
 constexpr const char* kUnsaved = "Unsaved changes";
-/// From the button "Save" of that question.
+/// The steps in that question from the button "Save" to the one that discards the changes.
 constexpr int kDiscard = 1;
 
 class MainWindow : public testing::Test {
   protected:
-    /// `limit`, if any, is what the shell's ulimit takes; `alert` is what the program has to say
-    /// first, which is acknowledged.
+    /// `limit`, if any, is the argument of the shell's ulimit; `alert` is the title of an alert
+    /// that the program shows first, which is acknowledged.
     void Start(std::vector<std::string> options = {}, const std::string& limit = "",
                const std::string& alert = "") {
         options.insert(options.begin(), program.Path("vexa"));
@@ -62,16 +63,16 @@ class MainWindow : public testing::Test {
     }
     void StartWithSine(const char* source = "Computer keyboard",
                        const std::string& sound = kSineSound) {
-        // Not all of a document is there.
+        // The document has only some of the elements.
         Start({"--sound", program.Folder().Write("sine.xml", sound).string(), "--voices", "20",
                "--midi", source},
               "", "Warning");
     }
     std::string Log() const { return Contents(log); }
 
-    /// The largest sample of the coming stretch.
+    /// Returns the largest sample of the next stretch.
     float Peak(std::size_t frames = kSecond / 4) {
-        // What is on its way to the ear is not what is heard from now on.
+        // Samples that are already on their way to the recorder do not belong to the stretch.
         Listen(kSecond / 10);
         const std::size_t from = ear->Count();
         Listen(frames);
@@ -92,7 +93,8 @@ class MainWindow : public testing::Test {
         });
     }
 
-    /// Holds A4, which is to be as loud; struck anew, as a busy machine may cost a note its voice.
+    /// Holds A4 and checks its level; strikes it again if needed, as a busy machine may cost a note
+    /// its voice.
     void HoldNote(float low = 0.24F, float high = 0.26F) {
         WaitFor("the note", [&] {
             player->Play({{0, {0x90, 69, 100}}});
@@ -101,7 +103,7 @@ class MainWindow : public testing::Test {
         });
     }
 
-    /// Closes the window, changes or no changes, and awaits the program's end.
+    /// Closes the window, discarding changes, and waits for the program to end.
     int Close() {
         desktop.Close();
         WaitFor("the end or a question",
@@ -110,7 +112,7 @@ class MainWindow : public testing::Test {
             Answer(kUnsaved, kDiscard);
         return vexa->Wait();
     }
-    /// Presses a button of an alert, counted from the one that has the keyboard.
+    /// Presses a button of an alert, counted from the focused one.
     void Answer(const std::string& alert, int steps) {
         desktop.UseWindow(alert);
         for (int i = 0; i < steps; i++)
@@ -119,7 +121,7 @@ class MainWindow : public testing::Test {
         WaitFor("the alert's end", [&] { return !desktop.HasWindow(alert); });
     }
 
-    /// Replaces the text of the field there and confirms it.
+    /// Replaces the text of the field at that position and confirms it.
     void Replace(int x, int y, const std::string& text) const {
         desktop.Click(x, y);
         desktop.Key("ctrl+a");
@@ -135,17 +137,17 @@ class MainWindow : public testing::Test {
         WaitFor("the panel's end", [&] { return !desktop.HasWindow(title); });
         desktop.UseWindow("Vexa");
     }
-    /// The picture of the plane as it is on the screen.
+    /// Returns the picture of the plane on the screen.
     QImage Plane() const {
         return Pixels(desktop.Picture().copy(kPlane, kTop + 10, kPlaneSize, kPlaneSize));
     }
-    /// Without what else a file may say of an image.
+    /// Returns the pixels without an image file's metadata.
     static QImage Pixels(QImage image) {
         image.convertTo(QImage::Format_RGB32);
         image.setColorSpace({});
         return image;
     }
-    /// How loud a second of a note is that begins now.
+    /// Returns the peak of a second of a note that begins now.
     float PeakOfNote() {
         player->Play({{0, {0x90, 57, 100}}});
         const float peak = Peak(kSecond);
@@ -154,7 +156,7 @@ class MainWindow : public testing::Test {
         return peak;
     }
 
-    /// Pixels of the plane view that an orbit is on.
+    /// Counts the pixels of the plane view that an orbit covers.
     int OrbitMarks() const {
         const QImage plane = Plane();
         int marks = 0;

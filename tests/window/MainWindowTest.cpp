@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The window as a person uses it: a real display, mouse and keyboard, on a real JACK server.
+// Uses the window as a user does: with a real display, mouse and keyboard, on a real JACK server.
 #include "window/MainWindowStage.h"
 
 namespace {
@@ -12,12 +12,12 @@ using test::WaitFor;
 TEST_F(MainWindow, AnEnvelopeDrawnWithTheMouseIsHeardAfterTheRelease) {
     StartWithSine();
     HoldNote();
-    // The first point from 1 down to a half.
+    // Drags the first point from 1 down to a half.
     desktop.Drag(kEditorX + 9, kEditorY + 3, kEditorX + 9, kEditorY + 43);
     EXPECT_NEAR(Peak(), 0.25, 0.01);
     desktop.Drop();
     WaitForPeak(0.12F, 0.13F);
-    // A new point at the end of the held part, dragged to the top after another press on it.
+    // Adds a point at the end of the held part, and drags it to the top with a second press.
     desktop.Click(kEditorX + 100, kEditorY + 43);
     desktop.Drag(kEditorX + 100, kEditorY + 43, kEditorX + 11, kEditorY + 3);
     EXPECT_NEAR(Peak(), 0.125, 0.01);
@@ -59,7 +59,7 @@ TEST_F(MainWindow, TheBarRecordsWhatIsHeard) {
         return !path.empty();
     });
     EXPECT_THAT(path, testing::StartsWith(program.Path("recordings/sine ")));
-    // 32-bit floats, of which the loudest is as loud as what was heard.
+    // 32-bit floats, whose peak equals that of the recorded output.
     const std::string bytes = test::Contents(path);
     float loudest = 0;
     for (std::size_t i = bytes.find("data") + 8; i + sizeof(float) <= bytes.size();) {
@@ -70,7 +70,7 @@ TEST_F(MainWindow, TheBarRecordsWhatIsHeard) {
     }
     EXPECT_NEAR(loudest, 0.25, 0.02);
 
-    // However many there are in a second, none takes the place of another.
+    // Several recordings in one second must not replace each other.
     const auto told = [&] {
         const std::string text = Log();
         std::size_t count = 0;
@@ -91,7 +91,7 @@ TEST_F(MainWindow, TheBarRecordsWhatIsHeard) {
 TEST_F(MainWindow, WhatIsDroppedFromAnotherProgramIsOpened) {
     StartWithSine();
     HoldNote();
-    // Each step waits for the one before. The other program is there until all is taken.
+    // Each step waits for the previous one. The other program runs until all is taken.
     const auto drop = [&](std::vector<std::string> what, int x, int y, const auto& awaitResult) {
         what.insert(what.begin(), VEXA_DRAG_SOURCE);
         const std::string said = program.Path("dragged");
@@ -112,15 +112,15 @@ TEST_F(MainWindow, WhatIsDroppedFromAnotherProgramIsOpened) {
         desktop.UseWindow("Vexa");
         moveUntil("taken", x, y);
         desktop.Drop();
-        // Not moved: it stays in the other program.
+        // The file is copied, not moved: it stays in the other program.
         WaitFor("the end of the drag", [&] { return says("moved") || says("copied"); });
         EXPECT_TRUE(says("copied"));
         awaitResult();
         desktop.UseWindow("Vexa");
     };
-    // A text on a bare place becomes the formula.
+    // A text dropped on an empty place becomes the formula.
     drop({"--text", "x/2"}, kEditorX - 60, kTop + 240, [&] { HoldNote(0.12F, 0.13F); });
-    // A file is opened wherever it falls, on the plane and on a field too.
+    // A file is opened wherever it is dropped, also on the plane and on a field.
     const std::string function = program.Folder().Write(
         "quarter.xml", "<vexafunction><expression>x/4</expression></vexafunction>");
     drop({function}, kPlane + 100, kTop + 100, [&] {
@@ -134,7 +134,8 @@ TEST_F(MainWindow, WhatIsDroppedFromAnotherProgramIsOpened) {
 TEST_F(MainWindow, FieldsAreReachedAndConfirmedByTheKeyboard) {
     StartWithSine();
     HoldNote();
-    // Into the expression and back out of it, in reading order: the display width comes next.
+    // Moves the focus into the expression and out of it, in reading order: the display width comes
+    // next.
     desktop.Click(100, kTop + 325);
     desktop.Key("ctrl+a");
     desktop.Type("x/2");
@@ -151,7 +152,7 @@ TEST_F(MainWindow, FieldsAreReachedAndConfirmedByTheKeyboard) {
                before.pixelColor(kPlane + 200, kTop + 100);
     };
     WaitFor("a nearer view", changed);
-    // A wrong expression is said and changes nothing that is heard.
+    // A wrong expression is reported and leaves the sound unchanged.
     desktop.Click(100, kTop + 325);
     desktop.Key("ctrl+a");
     desktop.Type("x/");
@@ -173,7 +174,7 @@ TEST_F(MainWindow, WithoutDescriptorsThereIsAnAlertAndTheSoundGoesOn) {
     ::prlimit(vexa->Process(), RLIMIT_NOFILE, nullptr, &before);
     const rlimit none{3, before.rlim_max};
     ::prlimit(vexa->Process(), RLIMIT_NOFILE, &none, nullptr);
-    // The formula plays, and there is no add-on for it.
+    // The formula plays without an add-on.
     Replace(100, kTop + 325, "x/2");
     desktop.UseWindow("Error");
     EXPECT_NEAR(Peak(), 0.125, 0.01);
@@ -218,7 +219,7 @@ TEST_F(MainWindow, TheComputersKeysPlayAndFallSilent) {
     desktop.Do({"keyup", "q"});
     desktop.Do({"keyup", "e"});
     WaitForPeak(0, 0.01F);
-    // In a text field a key is a letter.
+    // In a text field a key types a letter.
     desktop.Click(100, kTop + 325);
     desktop.Do({"keydown", "q"});
     EXPECT_LT(Peak(), 0.01);
@@ -229,20 +230,20 @@ TEST_F(MainWindow, TheComputersKeysPlayAndFallSilent) {
 
 TEST_F(MainWindow, AKeyThatIsHeldIsFollowedIntoAFieldAndEscapeSilencesAll) {
     StartWithSine();
-    // After Enter the keyboard is the piano's again.
+    // After Enter the keyboard plays notes again.
     Replace(352, kTop + 258, "0.75");
     desktop.Do({"keydown", "q"});
     WaitForPeak(0.1F, 0.5F);
     desktop.Click(352, kTop + 278);
-    // Long enough to be repeated.
+    // Long enough for the key to repeat.
     Listen(2 * kSecond);
     EXPECT_GT(Peak(), 0.1F);
     desktop.Do({"keyup", "q"});
     WaitForPeak(0, 0.001F);
-    // A click has selected what is there, so that typing replaces it.
+    // A click has selected the content, so that typing replaces it.
     desktop.Type("0.5");
     desktop.Key("Return");
-    // On another channel the keys play as well, and a change of it leaves no note behind.
+    // The keys play on another channel too, and a change of the channel leaves no note on.
     desktop.Click(170, kTop + 449);
     for (int i = 0; i < 4; i++)
         desktop.Key("Down");
@@ -315,7 +316,7 @@ TEST_F(MainWindow, ClosingAsksWhereSomethingHasChangedAndEnterReplacesNothing) {
     desktop.Key("Return");
     EXPECT_EQ(vexa->Wait(), 0);
     EXPECT_THAT(test::Contents(program.Path("sounds/mine.xml")), testing::HasSubstr("<vel>0.75<"));
-    // A signal asks nothing.
+    // A signal closes the window without a question.
     Start();
     Replace(352, kTop + 258, "0.75");
     EXPECT_EQ(vexa->End(SIGTERM), 0);
@@ -332,7 +333,7 @@ TEST_F(MainWindow, WithoutAFolderToWriteInItSaysSo) {
     EXPECT_THAT(Log(), testing::HasSubstr("/dev/null/data"));
 }
 
-/// Also while nobody sees the window or has read the alert. The source that was chosen is connected
+/// Also while the window is not visible and the alert is unread. The chosen source is connected
 /// again.
 TEST_F(MainWindow, SoundComesBackWithTheServer) {
     StartWithSine("player:out");
@@ -346,7 +347,7 @@ TEST_F(MainWindow, SoundComesBackWithTheServer) {
     player = std::make_unique<test::Player>();
     ear->Connect("Vexa:Vexa audio out", ear->Name());
     player->WaitUntilConnected();
-    // A connection may be there a period before anything comes through.
+    // A connection may exist for a period before it delivers anything.
     HoldNote();
     WaitFor("the end of the alert, which nobody answers",
             [&] { return !desktop.HasWindow("Error"); });
@@ -403,7 +404,7 @@ TEST_F(MainWindow, ASessionIsSavedAndFoundAgain) {
 }
 
 TEST_F(MainWindow, ThePictureIsExported) {
-    // Where the panel begins.
+    // The folder in which the panel opens.
     const test::EnvironmentVariable home("HOME", program.Folder().Path().c_str());
     Start();
     desktop.Click(kPlane + 150, kTop + 160, "3");
@@ -416,9 +417,9 @@ TEST_F(MainWindow, ThePictureIsExported) {
     desktop.UseWindow("Vexa");
     const QImage picture(QString::fromStdString(path));
     EXPECT_EQ(picture.size(), QSize(kPlaneSize, kPlaneSize));
-    // Away from the plane, where the pointer brings out handles.
+    // Moves away from the plane, where the pointer makes handles appear.
     desktop.Move(kEditorX, 5);
-    // What the panel has covered is drawn anew.
+    // The area that the panel covered is drawn again.
     WaitFor("the same picture", [&] { return Pixels(picture) == Plane(); });
     EXPECT_EQ(Close(), 0);
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The gestures on the plane: a real display, mouse and keyboard, and the sound that comes of them.
+// The gestures on the plane, and their effect on the sound: with a real display, mouse and
+// keyboard.
 #include "window/MainWindowStage.h"
 
 #include <fstream>
@@ -10,7 +11,7 @@ namespace {
 using test::kPlane, test::kPlaneSize, test::kSecond, test::kTop;
 using test::WaitFor;
 
-/// Seconds of a thread's processor time.
+/// Returns a thread's processor time in seconds.
 double ProcessorTime(pid_t thread) {
     std::ifstream file("/proc/" + std::to_string(thread) + "/schedstat");
     double nanoseconds = 0;
@@ -20,7 +21,7 @@ double ProcessorTime(pid_t thread) {
 
 class PlaneWindow : public test::MainWindow {
   protected:
-    // In pixels of the plane's picture, whose middle is 150, 150; 20 of them are 1 at first.
+    // In pixels of the plane's picture, whose centre is 150, 150; initially 20 of them are 1 unit.
 
     void At(int x, int y) const { desktop.Move(kPlane + x, kTop + 10 + y); }
     void Press(int x, int y, const char* button = "1") const {
@@ -34,7 +35,8 @@ class PlaneWindow : public test::MainWindow {
     void Let(const char* button = "1") const { desktop.Do({"mouseup", button}); }
     void Away() const { desktop.Move(kPlane + 500, 5); }
     QRgb Pixel(int x, int y) const { return Plane().pixel(x, y); }
-    /// Waits until the picture shows the function x with x there, red for less than 0.
+    /// Waits until the picture shows the function x with the value `x` at that column; negative
+    /// values are red.
     void WaitForPicture(const char* what, int column, double x) const {
         WaitFor(what, [&] {
             const QRgb pixel = Pixel(column, 250);
@@ -42,7 +44,7 @@ class PlaneWindow : public test::MainWindow {
             return std::abs(value - 255 * std::abs(x)) < 5 && qGreen(pixel) == 0;
         });
     }
-    /// Of the thread of the window, in parts of one core.
+    /// Returns the load of the window's thread, as a fraction of a core.
     double Load(std::size_t frames) {
         const double before = ProcessorTime(vexa->Process());
         Listen(frames);
@@ -52,14 +54,14 @@ class PlaneWindow : public test::MainWindow {
 
 TEST_F(PlaneWindow, IsZoomedMovedAndFitted) {
     StartWithSine();
-    // About x = 0.5, where the pointer is: a quarter of the width.
+    // Zooms around x = 0.5, where the pointer is, to a quarter of the width.
     At(160, 40);
     for (int i = 0; i < 8; i++)
         desktop.Do({"click", "4"});
     Away();
     WaitForPicture("a nearer view", 160, 0.5);
     WaitForPicture("a nearer view", 120, 0);
-    // By the middle button, and by Space and the first one.
+    // Drags with the middle button, and with Space and the first one.
     Press(120, 100, "2");
     DragTo(160, 160);
     Let("2");
@@ -73,7 +75,7 @@ TEST_F(PlaneWindow, IsZoomedMovedAndFitted) {
     desktop.Do({"keyup", "space"});
     Away();
     WaitForPicture("another part", 200, 0);
-    // The orbit goes from -1 to 1, with room.
+    // The orbit extends from -1 to 1, with a margin.
     At(20, 20);
     desktop.Do({"click", "--repeat", "2", "--delay", "40", "1"});
     Away();
@@ -85,20 +87,20 @@ TEST_F(PlaneWindow, IsZoomedMovedAndFitted) {
 TEST_F(PlaneWindow, HandlesChangeTheSoundAndAreHeardWithoutANote) {
     StartWithSine();
     HoldNote();
-    // The radius from 1 to 3.
+    // Drags the radius from 1 to 3.
     Press(170, 150);
     DragTo(210, 155);
     WaitForPeak(0.73F, 0.77F);
     Let();
     WaitForPeak(0.73F, 0.77F);
-    // By keys, coarser and finer.
+    // Moves by keys, in coarse and fine steps.
     desktop.Do({"key", "--repeat", "3", "ctrl+Left"});
     WaitForPeak(0.13F, 0.17F);
     desktop.Do({"key", "--repeat", "5", "Right"});
     WaitForPeak(0.23F, 0.27F);
     player->Play({{0, {0x80, 69, 100}}});
     WaitForPeak(0, 0.001F);
-    // A preview as long as the handle is held.
+    // A preview sounds as long as the handle is held.
     Press(170, 150);
     DragTo(190, 150);
     WaitForPeak(0.48F, 0.53F);
@@ -123,13 +125,13 @@ TEST_F(PlaneWindow, APlaceIsHeardAndChangesNothing) {
     desktop.Do({"keyup", "shift"});
     desktop.Do({"keyup", "ctrl"});
     WaitForPeak(0, 0.001F);
-    // The next note starts where notes do.
+    // The next note starts at its usual place.
     player->Play({{0, {0x90, 69, 100}}});
     EXPECT_LT(Peak(kSecond / 2), 0.001F);
     SaveAs(kTop + 418, "Save Sound", "after.xml");
     EXPECT_EQ(test::Contents(program.Path("sounds/before.xml")),
               test::Contents(program.Path("sounds/after.xml")));
-    // Nothing is unsaved.
+    // There are no unsaved changes.
     desktop.Close();
     EXPECT_EQ(vexa->Wait(), 0);
 }
@@ -137,7 +139,7 @@ TEST_F(PlaneWindow, APlaceIsHeardAndChangesNothing) {
 TEST_F(PlaneWindow, TakesLittleTime) {
     if (test::kSanitized)
         GTEST_SKIP() << "a sanitizer takes several times as long";
-    // Circles with a radius of 4, one beside the other.
+    // Circles with a radius of 4, side by side.
     std::string circles = test::kSineSound;
     const auto radii = circles.find("<ax>"), end = circles.find("<ay>");
     std::string radius = circles.substr(radii, end - radii);
@@ -161,7 +163,7 @@ TEST_F(PlaneWindow, TakesLittleTime) {
     desktop.Key("F7");
     Listen(kSecond);
     EXPECT_LT(Load(kSecond * 3 / 2), 0.1);
-    // What nobody sees is not drawn.
+    // An invisible view is not drawn.
     desktop.Minimize();
     Listen(kSecond);
     const double hidden = Load(kSecond * 3 / 2);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The audio server ends under the window and comes back, time after time.
+// The audio server ends while the window is open and comes back, several times.
 #include "live/LivePlay.h"
 #include "window/Desktop.h"
 
@@ -12,7 +12,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// What becomes loudest in a tenth of a second.
+/// Returns the peak of a tenth of a second.
 float Peak(const test::Ear& ear) {
     const std::size_t from = ear.Count();
     ear.WaitWhileThereArePeriods([&] { return ear.Count() >= from + 4800; });
@@ -22,8 +22,9 @@ float Peak(const test::Ear& ear) {
     return peak;
 }
 
-/// With a note held, and no other client there when the server ends: others may hide what that does
-/// to one. VEXA_RESTARTS is how often (2), half of them by SIGTERM, half by SIGKILL.
+/// A note is held, and no other client runs when the server ends, as others may hide the server's
+/// effect on a single client. VEXA_RESTARTS is the number of restarts (2), half of them by SIGTERM,
+/// half by SIGKILL.
 TEST(Restarts, TheWindowPlaysOnWithinTwoSeconds) {
     const char* wanted = std::getenv("VEXA_RESTARTS");
     const int restarts = wanted ? std::atoi(wanted) : 2;
@@ -35,7 +36,7 @@ TEST(Restarts, TheWindowPlaysOnWithinTwoSeconds) {
                           folder.Write("sine.xml", test::kSineSound).string(), "--midi",
                           "Computer keyboard"},
                          log);
-    // Not all of a document is there.
+    // The document has only some of the elements.
     test::WaitFor("the warning", [&] { return desktop.HasWindow("Warning"); });
     desktop.UseWindow("Warning");
     desktop.Key("Return");

@@ -73,7 +73,7 @@ TEST(MXDocument, AZeroByteCutsOffItsPieceOfTheFile) {
     const TemporaryFolder folder;
     std::string text = "<a>1\n";
     text += std::string("2\0lost\n", 7);
-    // A line in two pieces, 1023 bytes and the rest: the first one is cut, the second one is not.
+    // A line in two pieces, 1023 bytes and the rest: only the first one is cut.
     text += std::string(1000, '3') + '\0' + std::string(22, 'x') + "4\n";
     text += "</a>";
     const std::string path = folder.Write("a.xml", text);

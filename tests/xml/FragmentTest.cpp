@@ -10,7 +10,7 @@ namespace {
 
 using namespace vexa;
 
-/// The fragment written in its compact form after reading it; "" if it cannot be read.
+/// Returns the fragment in its compact form after reading it; "" if it cannot be read.
 std::string Reread(std::string_view text) {
     MXString given(text);
     MXFragment fragment(MX_UNPARSED);
@@ -161,9 +161,9 @@ TEST(MXFragment, WhateverWasReadIsWrittenSoThatItReadsTheSame) {
     }
 }
 
-/// Far deeper than any stack, and quadratic work on it would not end.
+/// Catches recursion, as the depth exceeds any stack, and quadratic work, which would not end.
 TEST(MXFragment, MillionsOfNestedElements) {
-    // A sanitizer makes each of the objects many times as large.
+    // With a sanitizer each of the objects takes many times the memory.
     constexpr int kDepth = test::kSanitized ? 1'000'000 : 2'000'000;
     std::string nested;
     nested.reserve(kDepth * 7 + 1);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The one symbol that a host sees.
+// The entry point, the only symbol that a host sees.
 #include "plugin/clap/Extensions.h"
 
 #include <cstdio>
@@ -14,7 +14,8 @@ namespace vexa::clap {
 
 namespace {
 
-/// The folder "vexa" beside the file that this is in, whatever a host says about where it is.
+/// Returns the folder "vexa" beside this shared object, independently of the path that a host
+/// gives.
 std::filesystem::path Content() {
     Dl_info info{};
     if (dladdr(&clap_entry, &info) == 0 || !info.dli_fname)

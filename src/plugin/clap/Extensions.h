@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The extensions are what a host calls: CLAP's tables of functions, which pass all on to the
+// The extensions: CLAP's tables of functions that a host calls. They forward every call to the
 // instance.
 #pragma once
 

@@ -16,10 +16,10 @@ namespace vexa::clap {
 namespace {
 
 constexpr std::string_view kAsSound = "as the sound";
-/// Significant digits that a person reads.
+/// The number of significant digits shown to the user.
 constexpr int kDigits = 6;
 
-/// The units of LV2's vocabulary, and how they are written.
+/// The units of LV2's units vocabulary and their spelling for the user.
 constexpr std::pair<std::string_view, std::string_view> kUnits[] = {
     {"db", "dB"}, {"degree", "°"}, {"s", "s"}, {"semitone12TET", "semitones"}};
 
@@ -31,7 +31,7 @@ std::string_view UnitOf(const Control& control) {
     return {};
 }
 
-/// The words for the numbers from 0 on; none for most.
+/// Returns the words for the values from 0 on; empty for most controls.
 std::span<const std::string_view> WordsOf(const Control& control) {
     for (const PlayingRow& row : PlayingRows()) {
         if (control.target && row.target == control.target && control.target == &Playing::mode)
@@ -44,8 +44,8 @@ bool IsStepped(const Control& control) {
     return control.whole && control.asSound == std::floor(control.asSound);
 }
 
-/// By the FNV-1a function of Fowler, Noll and Vo, without the highest bit, which hosts have uses
-/// for.
+/// Returns the FNV-1a hash (Fowler, Noll, Vo) of the symbol without its highest bit, which hosts
+/// use for their own purposes.
 VEXA_REALTIME clap_id NumberOf(std::string_view symbol) {
     uint32 hash = 2166136261U;
     for (const char c : symbol)

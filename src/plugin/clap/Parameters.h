@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The knobs as CLAP's parameters.
+// The controls as CLAP parameters.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -15,25 +15,26 @@
 
 namespace vexa::clap {
 
-/// The macro that a parameter is, of which notes may have values of their own; nothing for others.
+/// Returns the macro of a parameter, which may have a value per note; no value for the other
+/// parameters.
 VEXA_REALTIME inline std::optional<std::size_t> MacroOf(std::size_t index) {
     const bool isMacro = index >= kFirstMacroControl && index < kFirstMacroControl + kMacros;
     return isMacro ? std::optional(index - kFirstMacroControl) : std::nullopt;
 }
 
-/// Returns what a host is told of a parameter. Its number is made of its symbol, so that projects
-/// find it whatever else there comes to be.
+/// Returns the description of a parameter for a host. Its id is derived from its symbol, so that
+/// projects find it even after others are added.
 clap_param_info InfoOf(std::size_t index);
-/// The index of the parameter with that number; nothing if there is none.
+/// Returns the index of the parameter with that id; no value if there is none.
 VEXA_REALTIME std::optional<std::size_t> IndexOf(clap_id id);
 
-/// A value as a person reads it: "as the sound", a word, or a number with its unit.
+/// Returns a value as a user reads it: "as the sound", a word, or a number with its unit.
 std::string TextOf(const Control& control, double value);
-/// Returns what such a text means, with or without the unit; nothing where it is none, or beyond
-/// what the knob allows. The answer is the same in every locale.
+/// Returns the value of such a text, with or without the unit; no value if the text is not valid or
+/// out of range. The result is independent of the locale.
 std::optional<double> ValueOf(const Control& control, std::string_view text);
-/// Returns what the knob holds of a value that a host gives: it is brought within the range, and
-/// what leaves the say to the sound, a NaN too, becomes the lowest value.
+/// Returns a host's value as the control stores it: limited to the range. A value that leaves the
+/// setting to the sound, including NaN, becomes the lowest value.
 VEXA_REALTIME double Held(const Control& control, double value);
 
 } // namespace vexa::clap

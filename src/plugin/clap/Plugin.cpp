@@ -26,7 +26,7 @@ const Extension* Find(const clap_host& host, const char* id) {
     return static_cast<const Extension*>(host.get_extension(&host, id));
 }
 
-/// Returns the name of the note that an event is for; nothing where it is for none here.
+/// Returns the note that an event addresses; no value if the event is for another port.
 template<class Event>
 VEXA_REALTIME std::optional<NoteName> NameOf(const Event& event) noexcept {
     const NoteName name{event.note_id, event.channel, event.key};
@@ -37,9 +37,9 @@ VEXA_REALTIME std::optional<NoteName> NameOf(const Event& event) noexcept {
     return name;
 }
 
-/// The part of full volume, which is 1, that nobody hears.
+/// The level below which the output is inaudible, relative to full volume (1).
 constexpr float kInaudible = 1e-7F;
-/// In which all that fades or lingers has done so.
+/// The time after which all fades and the tail of the filter have ended.
 constexpr double kFadeSeconds = 0.02;
 
 VEXA_REALTIME bool IsQuiet(const float* samples, uint32_t count) noexcept {
@@ -71,8 +71,8 @@ bool Plugin::Activate(double next) noexcept {
     return true;
 }
 
-/// A sound was loaded, whose predecessor may be free by now; or the audio thread has seen another
-/// latency, which a host takes up between two activations.
+/// Runs after a sound was loaded, as its predecessor may be free by now, and after the audio thread
+/// has seen another latency, which a host accepts only between two activations.
 void Plugin::OnMainThread() noexcept {
     kits::CollectRetired();
     if (active && told != Latency())

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This is one instance of the CLAP plug-in.
+// One instance of the CLAP plug-in.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -14,16 +14,16 @@
 
 namespace vexa::clap {
 
-/// Calls come on the threads that CLAP's header names; those of the main thread and of the audio
-/// thread may come at the same time.
+/// Functions are called on the threads that CLAP's headers name. Calls of the main thread and of
+/// the audio thread may overlap.
 class Plugin {
   public:
-    /// `content` is the folder in which shipped samples lie.
+    /// `content` is the folder of the shipped samples and pictures.
     Plugin(const clap_host& host, const std::filesystem::path& content);
-    /// Returns the record that the host holds of the instance.
+    /// Returns the `clap_plugin` that the host holds for the instance.
     const clap_plugin* Face() const { return &face; }
 
-    /// These are called on the main thread.
+    /// Main thread.
     bool Activate(double rate) noexcept;
     void Deactivate() noexcept { active = false; }
     void OnMainThread() noexcept;
@@ -34,8 +34,7 @@ class Plugin {
     bool Save(const clap_ostream& stream) noexcept;
     bool Load(const clap_istream& stream) noexcept;
 
-    /// These are called on the audio thread; Flush on the main thread where the instance is not
-    /// active.
+    /// Audio thread; Flush is called on the main thread while the instance is inactive.
     VEXA_REALTIME void Reset() noexcept;
     VEXA_REALTIME clap_process_status Process(const clap_process& process) noexcept;
     VEXA_REALTIME void Flush(const clap_input_events& in) noexcept;
@@ -51,17 +50,17 @@ class Plugin {
     void Tell(const char* message) const noexcept;
 
     const clap_host& host;
-    /// The frames per second; this many until a host says another number.
+    /// The sample rate, Hz; this value until the host gives another.
     double rate = 48000;
     HostedInstrument instrument;
     clap_plugin face;
     std::array<std::atomic<double>, kControls> knobs;
     std::atomic<bool> active{false};
-    /// The latency that the host knows; on the audio thread, that of the last block, for which it
-    /// has been asked to come where that is another.
+    /// `told` is the latency that the host knows. `asked` belongs to the audio thread: the latency
+    /// of the last block, for which OnMainThread has been requested if it differs from `told`.
     std::atomic<uint32_t> told{0};
     uint32_t asked = 0;
-    /// How many frames have passed since something was heard. Audio thread.
+    /// The number of frames since the output was last audible. Audio thread.
     uint64_t quiet = 0;
 };
 

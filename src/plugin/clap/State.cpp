@@ -15,12 +15,12 @@ namespace {
 constexpr std::size_t kMostBytes = std::size_t{64} << 20;
 constexpr std::string_view kBegin = "<!-- vexa-knobs", kEnd = " -->\n";
 
-/// Where a document's root begins.
+/// Returns the position at which a document's root begins.
 std::size_t Root(std::string_view document) {
     return document.find(std::string("<").append(kSoundElement).append(">"));
 }
 
-/// Returns what stands before a knob's value.
+/// Returns the text that precedes a control's value.
 std::string Lead(const Control& control) {
     return std::string(" ").append(control.symbol).append("=");
 }

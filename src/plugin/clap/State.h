@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A state is what a host keeps of an instance: a sound document, which other programs open as it
-// is. A comment before its root has the knobs that do not leave the say to the sound.
+// The state that a host stores for an instance: a sound document, which other programs can open. A
+// comment before its root holds the controls that override the sound.
 #pragma once
 
 #include "plugin/Controls.h"
@@ -14,20 +14,21 @@
 
 namespace vexa::clap {
 
-/// The values of the knobs as a host has them.
+/// The values of the controls, as the host sees them.
 using Knobs = std::array<double, kControls>;
 
-/// Returns the knobs as they are when all of them leave the say to the sound.
+/// Returns the values with which all controls leave their settings to the sound.
 Knobs UntouchedKnobs();
 
-/// The document with the comment, which is left out where no knob has a say.
+/// Returns the document with that comment, which is left out if no control overrides the sound.
 std::string WithKnobs(std::string document, const Knobs& knobs);
-/// Returns the knobs that the comment gives. Knobs of other versions are passed over.
+/// Returns the controls that the comment gives. Unknown ones, of other versions, are ignored.
 Knobs KnobsOf(std::string_view state);
 
-/// Reads all that a host's stream has; nothing where it fails, or has more than 64 MiB.
+/// Returns the whole content of a host's stream; no value if reading fails or it has more than 64
+/// MiB.
 std::optional<std::string> ReadAll(const clap_istream& stream);
-/// False where the stream takes less than all.
+/// Returns false if the stream does not take the whole text.
 bool WriteAll(const clap_ostream& stream, std::string_view text);
 
 } // namespace vexa::clap

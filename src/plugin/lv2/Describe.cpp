@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// vexa-lv2-describe [--ui] BUNDLE SOUND...: writes what hosts read of the plug-in, of its user
-// interface where there is one, and a preset per sound.
+// vexa-lv2-describe [--ui] BUNDLE SOUND...: writes the description of the plug-in for hosts, with
+// its user interface if there is one, and a preset per sound.
 #include "documents/SoundDocument.h"
 #include "plugin/lv2/Ports.h"
 
@@ -55,7 +55,8 @@ std::string Number(double number) {
     return digits.find('.') == std::string::npos ? digits + ".0" : digits;
 }
 
-/// Makes the identifier of letters, digits and "_" alone: jalv's commands read no others.
+/// The identifier consists of letters, digits and "_" only: jalv's commands accept no other
+/// characters.
 std::string UriOf(const char* kind, const std::string& word) {
     std::string name = kind + word;
     std::replace_if(
@@ -161,7 +162,7 @@ void WritePlugin(std::ostream& out) {
     out << " .\n";
 }
 
-/// It can do nothing for a plug-in in another process.
+/// The user interface accesses the instance, so it cannot serve a plug-in in another process.
 constexpr const char* kUi = R"( a ui:X11UI ;
   lv2:binary <vexa-ui.so> ;
   lv2:requiredFeature <http://lv2plug.in/ns/ext/instance-access> ,
@@ -185,7 +186,7 @@ int main(int argc, char** argv) {
     }
     const std::filesystem::path bundle = argv[1];
     std::ostringstream manifest, presets, plugin;
-    /// The names of those that the sounds are of.
+    /// The names of the banks to which the sounds belong.
     std::map<std::string, std::string> banks;
     WritePlugin(plugin);
     manifest << kPrefixes << "<" << lv2::kUri

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The entry that LV2 hosts look for, and the extensions behind it.
+// The entry point that LV2 hosts look for, and its extensions.
 #include "plugin/lv2/Features.h"
 #include "plugin/lv2/Plugin.h"
 #include "plugin/lv2/WindowInterface.h"
@@ -15,7 +15,7 @@ namespace vexa::lv2 {
 
 namespace {
 
-/// Samples per second.
+/// The highest sample rate that is accepted, Hz.
 constexpr double kMostRate = 1e6;
 
 LV2_Handle Instantiate(const LV2_Descriptor*, double rate, const char* bundle,

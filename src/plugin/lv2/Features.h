@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The features are what a host offers to a plug-in and to its user interface.
+// The features that a host offers to a plug-in and to its user interface.
 #pragma once
 
 #include <cstring>
@@ -8,7 +8,7 @@
 
 namespace vexa::lv2 {
 
-/// The data of the feature of that name; null where the host has none.
+/// Returns the data of the feature with that URI; null if the host does not offer it.
 template<class Feature>
 Feature* Find(const LV2_Feature* const* features, const char* uri) {
     for (; features && *features; features++) {

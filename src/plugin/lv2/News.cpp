@@ -5,7 +5,7 @@ namespace vexa::lv2 {
 
 namespace {
 
-/// More than what an event has around its text.
+/// An upper bound of the bytes of an event besides its text.
 constexpr std::size_t kAround = 128;
 
 } // namespace

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// News is what the plug-in tells its host: values of properties, on their way to the notifications
+// News is the queue of property values that the plug-in sends to its host through the notifications
 // port.
 #pragma once
 
@@ -16,18 +16,19 @@
 
 namespace vexa::lv2 {
 
-/// News goes from the thread that works to the one that runs.
+/// Values pass from the working thread to the running (audio) thread.
 class News {
   public:
     explicit News(const Urids& urids);
 
-    /// Puts in the value of a property in kProperties. False where the host has not fetched what
-    /// was put before; what no port would hold is passed over. The working thread.
+    /// Queues the value of a property, an index in kProperties. Returns false if the queue is full
+    /// because the host has not fetched earlier values; a value too long for any port is dropped.
+    /// Working thread.
     bool Put(std::size_t property, std::string_view text);
 
-    /// Writes a sequence of as much as there is room for, a message patch:Set for each. What does
-    /// not fit into the whole port is dropped, the rest comes the next time. Real-time safe; the
-    /// running thread.
+    /// Writes as many queued values as fit into the port, each as a patch:Set message. A value that
+    /// does not even fit into an empty port is dropped; the others follow at the next call. Running
+    /// thread, real-time safe.
     VEXA_REALTIME void Write(LV2_Atom_Sequence& port) noexcept;
 
   private:
@@ -38,7 +39,7 @@ class News {
     const Urids& urids;
     LV2_Atom_Forge forge{};
     kits::Ring<char> ring{2 * HostedInstrument::kMostText};
-    /// The running thread has these: a header whose text is still in the ring, and room for a text.
+    /// Of the running thread: a header whose text is still in the ring, and room for a text.
     std::optional<Header> next;
     std::vector<char> text = std::vector<char>(HostedInstrument::kMostText);
 };

@@ -19,7 +19,7 @@ namespace {
 
 constexpr uint32_t kAll = (1U << std::size(kProperties)) - 1;
 
-/// The value of a property, if it lies wholly inside of the object.
+/// Returns the value of a property if it lies completely inside the object.
 VEXA_REALTIME const LV2_Atom* ValueOf(const LV2_Atom_Object& object, LV2_URID key) {
     const auto* body = reinterpret_cast<const uint8*>(&object.body + 1);
     std::span<const uint8> rest(body, object.atom.size - sizeof object.body);
@@ -90,10 +90,10 @@ void Plugin::Run(uint32_t count) noexcept {
         }
     }
     renderTo(count);
-    // A sound that has been loaded may be computed at another rate.
+    // A newly loaded sound may have another oversampling factor and thus another latency.
     if (auto* latency = Port<float>(kLatency))
         *latency = static_cast<float>(instrument.Delay());
-    // The last thing, as a host may have both sequences in one place.
+    // This comes last, as a host may use one buffer for both sequences.
     if (auto* out = Port<LV2_Atom_Sequence>(kNotifications)) {
         const uint32_t room = out->atom.size;
         news.Write(*out);
@@ -108,7 +108,8 @@ int Plugin::OpenWindow(char* fault, std::size_t room) {
     return socket ? *socket : -1;
 }
 
-/// The host is to know that its session has something to be saved, and what its parameters are now.
+/// Tells the host that its session has unsaved changes, and wakes the worker to send the new values
+/// of the properties.
 void Plugin::TellEdit(LV2_Atom_Sequence& out, uint32_t room) noexcept {
     struct {
         LV2_Atom_Event event;
@@ -142,13 +143,13 @@ void Plugin::Take(const LV2_Atom_Object& message) noexcept {
         return;
     }
     Wake();
-    // While nobody listens a formula is heard from its own frame on.
+    // In an offline render a formula takes effect at the frame of its message.
     const auto* freewheel = Port<const float>(kFreewheel);
     if (thread && freewheel && *freewheel > 0)
         thread->Await();
 }
 
-/// False where there is nothing to be done.
+/// Returns false if there is nothing to do.
 bool Plugin::Post(std::size_t property, const LV2_Atom& value) noexcept {
     if (property >= kRequests || (value.type != urids.string && value.type != urids.path))
         return false;
@@ -178,14 +179,14 @@ void Plugin::Work() noexcept try {
     std::fprintf(stderr, "vexa: %s\n", fault.what());
 }
 
-/// What there is to say of what was asked for last: nothing where all went well.
+/// Reports the result of the last request; an empty text means success.
 void Plugin::Tell(const std::string& text) {
     message = text;
     while (message.ends_with('\n'))
         message.pop_back();
     if (message.empty())
         return;
-    // It is forgotten, as the same message once more is news too.
+    // Forgets the last message, so that the same message is sent again.
     told[kMessage].clear();
     if (log)
         log->printf(log->handle, urids.error, "vexa: %s\n", message.c_str());
@@ -193,7 +194,7 @@ void Plugin::Tell(const std::string& text) {
         std::fprintf(stderr, "vexa: %s\n", message.c_str());
 }
 
-/// Tells the properties that have changed, and those whose bits are set.
+/// Sends the properties that have changed, and those whose bits are set in `wanted`.
 void Plugin::TellChanges(uint32_t wanted) {
     for (std::size_t i = 0; i < told.size(); i++) {
         std::string now = i == kMessage ? message : instrument.Text(static_cast<Request>(i));

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This is one instance of the plug-in in an LV2 host.
+// One instance of the plug-in in an LV2 host.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -19,20 +19,20 @@
 
 namespace vexa::lv2 {
 
-/// Documents, formulas and samples are worked on in the host's worker where there is one, else in a
-/// thread of its own. State may be saved and restored while it runs.
+/// Documents, formulas and samples are processed in the host's worker if it has one, else in a
+/// thread of the instance's own. State may be saved and restored while it runs.
 class Plugin {
   public:
-    /// Makes an instance. What it uses of its host outlives it. `log` and `schedule` may be null.
+    /// Makes an instance. The features of the host outlive it. `log` and `schedule` may be null.
     Plugin(double rate, const char* bundle, LV2_URID_Map& map, LV2_Log_Log* log,
            LV2_Worker_Schedule* schedule);
 
     void Connect(uint32_t port, void* data);
     void Activate() { instrument.Restart(rate); }
     VEXA_REALTIME void Run(uint32_t count) noexcept;
-    /// Does what is asked for, in the host's worker or the thread in its place.
+    /// Processes the requests, in the host's worker or in the thread that replaces it.
     void Work() noexcept;
-    /// Does what WindowInterface::open says.
+    /// Opens a window as WindowInterface::open does.
     int OpenWindow(char* fault, std::size_t room);
 
     LV2_State_Status Save(LV2_State_Store_Function store, LV2_State_Handle handle,
@@ -60,18 +60,19 @@ class Plugin {
     std::array<void*, kPorts> ports{};
     ControlValues controls;
     News news{urids};
-    /// The host had no room for the work that it was asked for.
+    /// True if the host's worker queue was full when work was last scheduled.
     bool refused = false;
-    /// The running thread tells the one that works by these: that requests could not be posted, and
-    /// the properties that are asked for, a bit each.
+    /// The running thread sets these for the working thread: whether requests could not be queued,
+    /// and the properties that the host has asked for, a bit each.
     std::atomic<bool> lost{false};
     std::atomic<uint32_t> asked{0};
-    /// Whoever works has this lock; what follows is what the host knows of the properties.
+    /// The working thread holds this mutex. It guards the following: the values of the properties
+    /// that the host knows.
     std::mutex working;
     std::array<std::string, std::size(kProperties)> told;
     std::string message;
     Windows windows;
-    /// The last one, so that it ends before all else does.
+    /// The last member, so that it is destroyed, and thus ended, first.
     std::optional<WakingThread> thread;
 };
 

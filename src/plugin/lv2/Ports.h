@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The ports of the LV2 plug-in and its names, for the plug-in and for what describes it.
+// The ports and names of the LV2 plug-in, shared by the plug-in and the generator of its
+// description.
 #pragma once
 
 #include "plugin/HostedInstrument.h"
@@ -13,8 +14,8 @@ namespace vexa::lv2 {
 
 constexpr const char* kUri = VEXA_LV2_URI;
 constexpr const char* kUiUri = VEXA_LV2_URI "#ui";
-/// The state holds these besides the tuning's parameters: the sound document, and where the host
-/// has put its sample or picture. The key is of a time when there were samples only.
+/// The keys of the state besides the tuning's parameters: the sound document, and where the host
+/// has put its sample or picture. The second key dates from when there were only samples.
 constexpr const char* kSoundState = VEXA_LV2_URI "#document";
 constexpr const char* kFileState = VEXA_LV2_URI "#samplefile";
 
@@ -23,8 +24,8 @@ struct Property {
     const char* label;
     bool isPath;
 };
-/// The properties that a host writes, in the order of Request, and behind these one that it only
-/// reads: what there was to tell of the last thing that it asked for.
+/// The properties that a host writes, in the order of Request, followed by one that it only reads:
+/// the message about its last request.
 constexpr Property kProperties[] = {
     {VEXA_LV2_URI "#formula", "Formula", false},
     {VEXA_LV2_URI "#sample", "Sample", true},
@@ -37,7 +38,7 @@ constexpr Property kProperties[] = {
 constexpr std::size_t kMessage = kRequests;
 static_assert(std::size(kProperties) == kRequests + 1);
 
-/// The controls follow the last one.
+/// The controls follow the last port.
 enum Port : std::uint32_t {
     kEvents,
     kNotifications,
@@ -49,7 +50,7 @@ enum Port : std::uint32_t {
 };
 constexpr std::uint32_t kPorts = kFirstControl + kControls;
 
-/// The bytes of the ports for events, which hold the longest text and some notes.
+/// The size of the event ports in bytes: room for the longest text and some notes.
 constexpr std::size_t kEventBytes = 2 * HostedInstrument::kMostText;
 
 } // namespace vexa::lv2

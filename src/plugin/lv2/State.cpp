@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This is what a host's session keeps of the plug-in.
+// Saves and restores the state of the plug-in in a host's session.
 #include "plugin/lv2/Plugin.h"
 
 #include <cstdio>
@@ -14,7 +14,7 @@ namespace {
 
 constexpr uint32_t kFlags = LV2_STATE_IS_POD | LV2_STATE_IS_PORTABLE;
 
-/// Files have other places in a session than here.
+/// Maps file paths between a session and this machine.
 class Paths {
   public:
     Paths(const LV2_State_Map_Path* map, const LV2_State_Free_Path* freePath)
@@ -49,7 +49,7 @@ LV2_State_Status Plugin::Save(LV2_State_Store_Function store, LV2_State_Handle h
     const auto put = [&](LV2_URID key, LV2_URID type, const std::string& text) {
         return store(handle, key, text.c_str(), text.size() + 1, type, kFlags);
     };
-    /// A file that there is none of is an empty text, as a sound alone has none either.
+    /// A missing file is stored as an empty text.
     const auto putPath = [&](LV2_URID key, const std::optional<std::filesystem::path>& path) {
         if (!path)
             return put(key, urids.string, "");
@@ -88,7 +88,7 @@ LV2_State_Status Plugin::Restore(LV2_State_Retrieve_Function retrieve, LV2_State
         return type == urids.path ? paths.Here(found) : found;
     };
     const std::optional<std::string> document = text(urids.soundState);
-    // Hosts begin with a state in which there is nothing.
+    // Hosts first restore an empty state.
     if (!document && type == 0)
         return LV2_STATE_ERR_NO_PROPERTY;
     bool taken = false;
@@ -97,7 +97,7 @@ LV2_State_Status Plugin::Restore(LV2_State_Retrieve_Function retrieve, LV2_State
                  : "The state holds no sound of Vexa; what played before plays on.";
     const auto scale = text(urids.properties[static_cast<std::size_t>(Request::Tuning)]);
     const auto keymap = text(urids.properties[static_cast<std::size_t>(Request::Keymap)]);
-    // A preset is a sound and leaves the tuning to the player.
+    // A preset holds only a sound; the tuning is the player's and stays.
     if (taken && (scale || keymap)) {
         const auto path = [](const std::optional<std::string>& file) {
             return file && !file->empty() ? std::optional<std::filesystem::path>(*file)

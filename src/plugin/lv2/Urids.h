@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The numbers that a host has for the names that the plug-in uses.
+// The numbers (URIDs) to which the host maps the names that the plug-in uses.
 #pragma once
 
 #include "plugin/lv2/Ports.h"
@@ -38,7 +38,7 @@ struct Urids {
     LV2_URID stateChanged = Of(LV2_STATE__StateChanged);
     LV2_URID soundState = Of(kSoundState);
     LV2_URID fileState = Of(kFileState);
-    /// The numbers of the properties, in the order of kProperties.
+    /// The URIDs of the properties, in the order of kProperties.
     std::array<LV2_URID, std::size(kProperties)> properties;
 };
 

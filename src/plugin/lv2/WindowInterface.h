@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The library of the user interface asks the plug-in for this, in the same process.
+// The interface of the plug-in for the user interface's library, which runs in the same process.
 #pragma once
 
 #include "plugin/lv2/Ports.h"
@@ -12,10 +12,10 @@ namespace vexa::lv2 {
 
 constexpr const char* kWindowInterface = VEXA_LV2_URI "#windowinterface";
 
-/// The plug-in's extension data of that name.
+/// The plug-in's extension data for that URI.
 struct WindowInterface {
-    /// Opens a connection as Windows::Open does. The answer is below 0 where there is none; then
-    /// `fault`, which has room for so many bytes, says why.
+    /// Opens a connection as Windows::Open does and returns its descriptor, or a negative value on
+    /// failure. Then `fault`, which has `room` bytes, holds the reason.
     int (*open)(LV2_Handle plugin, char* fault, std::size_t room);
 };
 

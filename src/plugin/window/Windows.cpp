@@ -22,7 +22,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// How often a window is shown what plays, where that changes.
+/// The interval at which a window is shown the playing state, if it changes.
 constexpr std::chrono::milliseconds kMomentInterval{30};
 
 template<class T>
@@ -30,12 +30,12 @@ std::string_view BytesOf(const T& value) {
     return {reinterpret_cast<const char*>(&value), sizeof value};
 }
 
-/// The plug-in's side of one window. Of the session's thread.
+/// The plug-in's side of the connection to one window. Session thread.
 class Conversation {
   public:
     Conversation(HostedInstrument& instrument, int socket)
         : instrument(instrument), link(socket, attach::End::Plugin) {}
-    /// No key of the window's stays down.
+    /// Releases the keys that the window holds.
     ~Conversation() {
         for (std::size_t i = 0; i < held.size(); i++) {
             if (held[i])
@@ -46,14 +46,14 @@ class Conversation {
     Conversation(const Conversation&) = delete;
     Conversation& operator=(const Conversation&) = delete;
 
-    /// Returns why the window was given up; empty where it has gone or `stop` is asked for.
+    /// Returns why the window was given up; empty if it was closed or `stop` was requested.
     std::string Run(const std::stop_token& stop) {
         while (!stop.stop_requested() && link.IsOpen()) {
             link.Wait(kMomentInterval);
             link.Pump();
             while (const std::optional<attach::Letter> letter = link.Next())
                 Take(*letter);
-            // One that does not read is not written to.
+            // Nothing is sent to a window that does not read.
             if (link.HasBegun() && link.IsIdle())
                 Show();
         }
@@ -107,13 +107,13 @@ class Conversation {
 
     HostedInstrument& instrument;
     attach::Link link;
-    /// The sound that the window was shown last, with its own edits since, and the number of that
-    /// letter.
+    /// The sound that the window was last shown, including its own edits since, and the serial
+    /// number of that letter.
     HostedInstrument::Shown shown;
     uint32 serial = 0;
     attach::Moment last{};
     Clock::time_point next{};
-    /// Keys of the window's that are down, by channel and note.
+    /// The keys that the window holds down, by channel and note.
     std::bitset<16 * 128> held;
 };
 

@@ -12,12 +12,12 @@
 
 namespace vexa {
 
-/// Lets programs in processes of their own show an instrument and edit it (attach/Link.h). Each has
-/// a thread here, which waits for the window and never makes the audio side wait. Whatever a window
-/// sends, and however it ends, the instrument plays on.
+/// Lets programs in processes of their own show an instrument and edit it (attach/Link.h). Each
+/// window has a thread here, which waits for the window and never blocks the audio side. Whatever a
+/// window sends, and however it ends, the instrument plays on.
 class Windows {
   public:
-    /// Takes what there is to tell a person, a line each. Any thread.
+    /// Takes a message for the user, one line per call. Any thread.
     using Tell = std::function<void(const std::string& line)>;
 
     /// The instrument and `tell` outlive it.
@@ -25,9 +25,9 @@ class Windows {
     /// Closes the windows.
     ~Windows();
 
-    /// Returns the descriptor of a socket, for a program that is to be the window; the caller hands
-    /// it on and closes it. Nobody else can come by that connection, as it has no name. The error
-    /// says why there is none. It is not for the audio side.
+    /// Returns the descriptor of a socket for a program that is to be the window; the caller passes
+    /// it on and closes it. The connection has no name, so no other process can join it. An error
+    /// gives the reason. Not for the audio side.
     kits::Result<int> Open();
 
   private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A small host over CLAP's header.
+// A small host built on CLAP's headers.
 #pragma once
 
 #include "synth/Realtime.h"
@@ -46,13 +46,14 @@ union Event {
     clap_event_midi midi;
 };
 
-/// What a note is called; -1 for any.
+/// The address of a note; -1 is a wildcard.
 struct Name {
     int id = -1, channel = -1, key = -1;
     bool operator==(const Name&) const = default;
 };
 
-/// One instance and what it asks its host for. It is active unless a test says otherwise.
+/// One instance, and the requests that it makes to its host. It is active unless a test says
+/// otherwise.
 class ClapHost {
   public:
     explicit ClapHost(double rate = 48000) {
@@ -74,7 +75,7 @@ class ClapHost {
     }
     bool Activate(double rate) { return plugin->activate(plugin, rate, 1, 8192); }
 
-    /// Events of the next block, in the order of their times.
+    /// Adds an event to the next block; events are given in the order of their times.
     void Note(uint16_t type, uint32_t time, const Name& name, double velocity = 100 / 127.0) {
         Event& e = Add(type, time, sizeof e.note);
         e.note.note_id = name.id;
@@ -105,7 +106,7 @@ class ClapHost {
         std::copy(bytes.begin(), bytes.end(), e.midi.data);
     }
 
-    /// What the left ear hears; the right one is in `right`.
+    /// Renders a block and returns the left ear; the right one is in `right`.
     std::vector<float> Run(uint32_t count) {
         std::vector<float> left(count + 1, 7);
         right.assign(count + 1, 7);
@@ -113,7 +114,7 @@ class ClapHost {
         clap_audio_buffer out{channels, nullptr, 2, 0, 0};
         const clap_input_events in{this, CountIn, GetIn};
         const clap_output_events back{this, TakeBack};
-        // What an instrument has no use for may be the buffer that it writes.
+        // An instrument ignores its input, so the host may pass the output buffer as input.
         const clap_process process{-1, count, nullptr, &out, &out, 1, 1, &in, &back};
         {
             const vexa::RealtimeSection realtime;
@@ -125,7 +126,7 @@ class ClapHost {
         events.clear();
         return left;
     }
-    /// Takes the events without a block.
+    /// Passes the events without rendering.
     void Flush() {
         const clap_input_events in{this, CountIn, GetIn};
         const clap_output_events back{this, TakeBack};
@@ -159,7 +160,7 @@ class ClapHost {
         return Extension<clap_plugin_latency>(CLAP_EXT_LATENCY).get(plugin);
     }
 
-    /// A few bytes at a time, as streams may.
+    /// Writes a few bytes at a time, as streams may.
     std::string Save() const {
         std::string text;
         const clap_ostream stream{
@@ -171,7 +172,7 @@ class ClapHost {
         const bool saved = Extension<clap_plugin_state>(CLAP_EXT_STATE).save(plugin, &stream);
         return saved ? text : "not saved";
     }
-    /// The stream fails after what there is where it is told to.
+    /// Loads a state; if `fails` is true the stream fails after its text.
     bool Load(std::string text, bool fails = false) const {
         struct Source {
             std::string left;
@@ -193,10 +194,10 @@ class ClapHost {
     const clap_plugin* plugin = nullptr;
     std::vector<float> right;
     clap_process_status status = CLAP_PROCESS_ERROR;
-    /// It has written beyond a block.
+    /// True if the plug-in has written beyond a block.
     bool beyond = false;
     int restarts = 0, callbacks = 0, rescans = 0, latencies = 0;
-    /// The notes that it says have ended.
+    /// The notes whose end the plug-in has reported.
     std::vector<Name> ended = [] {
         std::vector<Name> names;
         names.reserve(1000);

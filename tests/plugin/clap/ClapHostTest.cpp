@@ -48,7 +48,7 @@ double Level(const std::vector<float>& samples) {
     return samples.empty() ? 0 : std::sqrt(sum / static_cast<double>(samples.size()));
 }
 
-/// Of a sine, in Hz, by its first and last rise through 0.
+/// Returns the frequency of a sine in Hz, from its first and last rise through 0.
 double Pitch(const std::vector<float>& samples, double rate) {
     double first = -1, last = -1;
     int turns = -1;
@@ -76,7 +76,7 @@ class ClapPlugin : public testing::Test {
 
 TEST_F(ClapPlugin, NotesOfOneKeyHaveTheirOwnPitches) {
     ClapHost host;
-    // Whether a sound lets the wheel bend or not.
+    // For a sound with pitch bend and one without.
     Sound plain;
     plain.function.expression = "x";
     plain.envelopes[2] = plain.envelopes[3] = {{0, false, 0}, {0.01F, false, 1}};
@@ -88,7 +88,7 @@ TEST_F(ClapPlugin, NotesOfOneKeyHaveTheirOwnPitches) {
         }
         host.Express(0, CLAP_NOTE_EXPRESSION_TUNING, {1, -1, -1}, 0.3721);
         host.Run(4800);
-        // Later, at a frame of a block.
+        // The same later, within a block.
         host.Express(100, CLAP_NOTE_EXPRESSION_TUNING, {2, -1, -1}, -1.503);
         host.Run(4800);
         const std::vector<float> left = host.Run(48000);
@@ -98,7 +98,7 @@ TEST_F(ClapPlugin, NotesOfOneKeyHaveTheirOwnPitches) {
         host.Reset();
         EXPECT_EQ(Level(host.Run(480)), 0);
     }
-    // As MIDI has it, on a channel of its own (MPE), whose wheel goes as far as 48 semitones.
+    // As with MIDI, on a channel of the note's own (MPE), whose wheel covers 48 semitones.
     host.Load(Circle("x"));
     for (const auto& [controller, value] : {std::pair{101, 0}, {100, 6}, {6, 15}})
         host.Midi(0, {0xB0, uint8_t(controller), uint8_t(value)});
@@ -219,7 +219,7 @@ TEST_F(ClapPlugin, TheHostIsToldOnceThatANoteHasEnded) {
         host.Set(0, "Polyphony", voices);
         host.Set(0, "Mode", mode);
     };
-    // A filter settles a little beside 0 where a note comes to rest where f is not 0.
+    // If f is not 0 where a note comes to rest, the filter settles slightly beside 0.
     for (const char* formula : {"x", "x*(1+0*t)", "x+0.4"}) {
         host.Load(Circle(formula));
         polyphony(0, -1);
@@ -240,7 +240,7 @@ TEST_F(ClapPlugin, TheHostIsToldOnceThatANoteHasEnded) {
         EXPECT_THAT(host.ended, ElementsAre(Name{5, 2, 60}, Name{6, 2, 60})) << formula;
         EXPECT_EQ(host.status, CLAP_PROCESS_SLEEP);
     }
-    // A voice that another note takes.
+    // A voice that is stolen by another note.
     host.ended.clear();
     polyphony(1, -1);
     host.Note(kOn, 0, {1, 0, 60});
@@ -250,7 +250,7 @@ TEST_F(ClapPlugin, TheHostIsToldOnceThatANoteHasEnded) {
     host.Reset();
     host.Run(1);
     EXPECT_THAT(host.ended, ElementsAre(Name{1, 0, 60}, Name{2, 0, 61}));
-    // A key that is struck again without a number is the same note.
+    // A key that is struck again without a note id is the same note.
     host.ended.clear();
     polyphony(0, -1);
     host.Note(kOn, 0, {-1, 0, 60});
@@ -260,7 +260,7 @@ TEST_F(ClapPlugin, TheHostIsToldOnceThatANoteHasEnded) {
     host.Note(CLAP_EVENT_NOTE_CHOKE, 0, {});
     host.Run(64);
     EXPECT_THAT(host.ended, ElementsAre(Name{-1, 0, 60}));
-    // One voice: a key that is down has it back.
+    // With one voice, the note returns to a key that is still down.
     host.ended.clear();
     polyphony(0, 1);
     host.Note(kOn, 0, {1, 0, 69});
@@ -277,7 +277,7 @@ TEST_F(ClapPlugin, TheHostIsToldOnceThatANoteHasEnded) {
     for (int i = 0; i < 100; i++)
         host.Run(4800);
     EXPECT_THAT(host.ended, ElementsAre(Name{2, 0, 81}, Name{1, 0, 69}, Name{3, 0, 70}));
-    // What is no note neither sounds nor ends.
+    // Invalid notes neither sound nor end.
     host.Reset();
     for (const Name& none :
          {Name{1}, {1, -1, 60}, {1, 0, -1}, {1, 77, 60}, {1, 0, 200}, {-9, 0, 60}})
@@ -287,7 +287,7 @@ TEST_F(ClapPlugin, TheHostIsToldOnceThatANoteHasEnded) {
     EXPECT_EQ(host.ended.size(), 3);
 }
 
-/// In blocks of all lengths, appended to both ears.
+/// Plays in blocks of all lengths, appended to both ears.
 void Play(ClapHost& host, std::size_t count, std::array<std::vector<float>, 2>& ears) {
     constexpr std::size_t kBlocks[] = {0, 1, 8192, 333, 64};
     for (std::size_t done = 0, i = 0; done < count; i++) {
@@ -299,7 +299,7 @@ void Play(ClapHost& host, std::size_t count, std::array<std::vector<float>, 2>& 
     }
 }
 
-/// What a host keeps is a sound that vexa-render plays, and gives the same samples.
+/// The state that a host keeps is a sound document. vexa-render must give the same samples for it.
 TEST_F(ClapPlugin, EightInstancesPlayWhatVexaRenderPlays) {
     const test::TemporaryFolder folder;
     // Two keys, a quarter of a second: 480 ticks of half a second each.
@@ -313,7 +313,7 @@ TEST_F(ClapPlugin, EightInstancesPlayWhatVexaRenderPlays) {
                               : i % 2 ? FunctionKind::Sample
                                       : FunctionKind::Expression;
         sound.function.expression = "sin(x*" + std::to_string(i + 1) + ")*cos(y)";
-        // Both find them beside themselves.
+        // Both find the pictures in the folder beside them.
         sound.function.pictureFile = "rose.png";
         sound.function.sampleFile = i % 4 == 1 ? "pluck.wav" : "voice.wav";
         hosts.push_back(std::make_unique<ClapHost>());
@@ -328,7 +328,7 @@ TEST_F(ClapPlugin, EightInstancesPlayWhatVexaRenderPlays) {
                                   folder.Write("sound.xml", hosts[i]->Save()).string(), "--rate",
                                   std::to_string(rate), "--tail", "0.1", "--quiet"});
             ASSERT_EQ(run.exitCode, 0) << run.text;
-            // Of 32-bit floats.
+            // The samples are 32-bit floats.
             const std::string bytes = test::Contents(out);
             const std::size_t data = bytes.find("data") + 8;
             std::vector<float> expected((bytes.size() - data) / sizeof(float));
@@ -378,7 +378,7 @@ TEST_F(ClapPlugin, AStateIsTheSoundAndTheKnobs) {
         each->Note(kOn, 3, {1, 0, 60});
     EXPECT_EQ(host.Run(8192), other.Run(8192));
     EXPECT_GT(Level(host.Run(64)), 1e-4);
-    // Knobs that are not there leave the say to the sound.
+    // Controls missing in a state leave their settings to the sound.
     ASSERT_TRUE(other.Load(sound));
     EXPECT_EQ(other.Save(), sound);
 
@@ -498,7 +498,7 @@ TEST_F(ClapPlugin, ActivationsAndLatenciesMayComeInAnyOrder) {
     EXPECT_EQ(host.restarts, 1);
     host.Activate(48000);
     EXPECT_EQ(host.latencies, 1);
-    // A latency that has gone back before the host looked is asked for anew when it comes again.
+    // A latency that changed back before the host looked is reported again when it returns.
     host.callbacks = 0;
     for (const double factor : {1, 4, 1}) {
         host.Set(0, "Oversampling", factor);
@@ -508,7 +508,7 @@ TEST_F(ClapPlugin, ActivationsAndLatenciesMayComeInAnyOrder) {
     host.Set(0, "Oversampling", 4);
     host.Run(64);
     EXPECT_EQ(Level(host.Run(64)), 0) << "nothing is left of the note";
-    // As a new one, whatever came before.
+    // Behaves like a new instance, whatever happened before.
     host.Set(0, "Oversampling", 0);
     fresh.Run(64);
     for (const double rate : {kNaN, 0.0, -1.0})

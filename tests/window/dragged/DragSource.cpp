@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Another program that something is dragged out of: drag_source [--text] WHAT shows a small window
-// "Drag source", out of which a file, or a text, is dragged once. It says "begun" when it is under
-// way, "taken" where it could be dropped, and at the end what has become of it: "copied", "moved"
-// or "refused".
+// Another program to drag from: drag_source [--text] WHAT shows a small window "Drag source", from
+// which a file, or a text, can be dragged once. It prints "begun" when the drag starts, "taken"
+// when it is over a place that accepts it, and finally the result: "copied", "moved" or "refused".
 #include <QApplication>
 #include <QDrag>
 #include <QMimeData>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The window of a plug-in as a person uses it in a host: the library of the user interface, the
+// The window of a plug-in as a user sees it in a host: the library of the user interface, the
 // program that it starts, and an instrument in this process, on a real display.
 #include "documents/SoundDocument.h"
 #include "plugin/lv2/WindowInterface.h"
@@ -27,7 +27,7 @@ constexpr const char* kBundle = VEXA_PROGRAM_FOLDER "/../lv2/vexa.lv2";
 const std::string kLibrary = std::string(kBundle) + "/vexa-ui.so";
 constexpr const char* kTitle = "Host";
 
-/// In the window, as elsewhere with the usual font.
+/// The position of the field in the window with the default font.
 constexpr int kFieldX = 150, kFieldY = 367;
 constexpr int kAttachedPlane = 10, kPlaneTop = 51, kAttachedPlaneSize = 301;
 
@@ -39,7 +39,7 @@ const LV2UI_Descriptor* Descriptor(void* library) {
     return entry(0);
 }
 
-/// A host with a window and the user interface in it.
+/// A host with a window that holds the user interface.
 class Host {
   public:
     explicit Host(Windows& windows) {
@@ -79,7 +79,7 @@ class Host {
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 
-    /// Goes on until that holds; false where it does not within so long.
+    /// Runs until the condition holds; returns false if it does not within `seconds`.
     bool Await(const std::function<bool()>& what, double seconds = 20) {
         const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
         while (!what()) {
@@ -90,7 +90,7 @@ class Host {
         }
         return true;
     }
-    /// 0 where it does not run.
+    /// Returns the id of the program's process; 0 if it does not run.
     static pid_t Program() {
         for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
             std::ifstream file(task.path() / "children");
@@ -112,7 +112,7 @@ class Host {
     LV2UI_Handle ui;
 };
 
-/// Places on the plane where there is an orbit.
+/// Counts the pixels of the plane that an orbit covers.
 int Marks(const QImage& picture) {
     int marks = 0;
     for (int y = kPlaneTop; y < kPlaneTop + kAttachedPlaneSize; y++) {
@@ -161,7 +161,7 @@ TEST(AttachedWindow, EditsPlaysShowsOrbitsAndOutlivesNothing) {
         const auto plays = [&] {
             return instrument.ShownSince(0)->sound.function.expression == expression;
         };
-        // It takes its time to be there.
+        // The user interface takes time to appear.
         return host->Await([&] {
             desktop.Click(kFieldX, kFieldY);
             desktop.Key("ctrl+a");
@@ -182,7 +182,7 @@ TEST(AttachedWindow, EditsPlaysShowsOrbitsAndOutlivesNothing) {
     EXPECT_TRUE(host->Await([&] { return held() == 1; }));
     EXPECT_TRUE(host->Await([&] { return Marks(desktop.Picture()) > 20; }));
 
-    // What the key held is let go when the program is killed, and a click has it back.
+    // The note of a held key ends when the program is killed, and a click starts the program again.
     const pid_t first = Host::Program();
     ::kill(first, SIGKILL);
     EXPECT_TRUE(host->Await([&] { return held() == 0 && Host::Program() == 0; }));
@@ -191,7 +191,7 @@ TEST(AttachedWindow, EditsPlaysShowsOrbitsAndOutlivesNothing) {
     ASSERT_TRUE(type("x+y/9"));
     EXPECT_NE(Host::Program(), first);
 
-    // It ends with the plug-in, and where the host closes it.
+    // The program ends with the plug-in, and when the host closes its window.
     windows.reset();
     EXPECT_TRUE(host->Await([] { return Host::Program() == 0; }, 1));
     windows = std::make_unique<Windows>(instrument, [](const std::string&) {});

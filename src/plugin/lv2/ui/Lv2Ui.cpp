@@ -24,15 +24,17 @@ namespace vexa::lv2 {
 
 namespace {
 
-/// Until the program has said how large it is: pixels, as many as it needs with the usual font.
+/// The size of the window in pixels until the program has reported its own: its size with the
+/// default font.
 constexpr std::uint16_t kWidth = 968, kHeight = 541;
-/// The program's own, where the host gives more room than it takes.
+/// The program's background colour, for the area of the window that it leaves free.
 constexpr std::uint32_t kGrey = 0xCCCCCC;
-/// The rough size, in pixels, of the letters in which this library itself writes.
+/// The approximate size, in pixels, of the letters that this library draws itself.
 constexpr std::size_t kLetter = 6, kLine = 18, kMargin = 20;
 constexpr const char* kAgain = " Click here to open it again.";
 
-/// Xlib would end the host where a window has gone; this server's errors are events.
+/// Uses xcb: Xlib would end the host when a window is gone, whereas errors of this connection are
+/// events.
 class Ui {
   public:
     Ui(const char* bundle, const LV2_Feature* const* features)
@@ -53,7 +55,7 @@ class Ui {
         Begin();
     }
     ~Ui() {
-        // First, as it draws in the window.
+        // Ends the process first, as it draws in the window.
         process.End();
         ::xcb_destroy_window(server, window);
         ::xcb_disconnect(server);
@@ -120,7 +122,7 @@ class Ui {
         }
     }
 
-    /// Where the toolkit of the host has the keyboard, the host sends the keys to this window.
+    /// If the host's toolkit has the keyboard focus, the host sends key events to this window.
     void PassOn(const xcb_generic_event_t& event, std::uint32_t mask) {
         const std::unique_ptr<xcb_query_tree_reply_t, decltype(&std::free)> tree(
             ::xcb_query_tree_reply(server, ::xcb_query_tree(server, window), nullptr), &std::free);
@@ -133,7 +135,7 @@ class Ui {
         ::xcb_flush(server);
     }
 
-    /// The program has said how large it is, or the host how large it may be.
+    /// Handles a size that either the program has asked for or the host has set.
     void TakeOwnSize(const xcb_configure_notify_event_t& place) {
         if (place.width == width && place.height == height)
             return;
@@ -157,7 +159,7 @@ class Ui {
         Draw();
     }
 
-    /// The text, broken between words.
+    /// Draws the text, broken between words.
     void Draw() {
         ::xcb_clear_area(server, 0, window, 0, 0, 0, 0);
         const std::uint32_t font = ::xcb_generate_id(server), context = ::xcb_generate_id(server);
@@ -188,7 +190,7 @@ class Ui {
     xcb_connection_t* server = nullptr;
     std::uint32_t window = 0;
     std::uint16_t width = kWidth, height = kHeight;
-    /// What is shown where the program does not run.
+    /// The text that is shown while the program does not run.
     std::string text;
     WindowProcess process;
 };

@@ -15,9 +15,10 @@ namespace vexa::lv2 {
 namespace {
 
 constexpr const char* kProgram = "vexa";
-/// From the bundle: in it; where both are installed; where both are built.
+/// The program's path relative to the bundle: inside it; if both are installed; if both are in the
+/// build folder.
 constexpr const char* kPlaces[] = {"vexa", "../../vexa/vexa", "../../bin/vexa"};
-/// The socket in the child.
+/// The number of the socket's descriptor in the child.
 constexpr int kSocket = 3;
 
 std::string Program(const std::string& bundle) {
@@ -47,7 +48,7 @@ std::string WindowProcess::Start(const std::string& bundle, int socket, std::uin
     ::posix_spawn_file_actions_init(&files);
     ::posix_spawn_file_actions_adddup2(&files, socket, kSocket);
     ::posix_spawn_file_actions_addclosefrom_np(&files, kSocket + 1);
-    // What the host has done about signals is its own affair.
+    // The child starts with the default signal handling instead of the host's.
     posix_spawnattr_t attributes;
     ::posix_spawnattr_init(&attributes);
     ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);

@@ -10,19 +10,19 @@
 
 namespace vexa::lv2 {
 
-/// Runs the program that shows what plays at the other end of a socket, inside a window of the X
-/// server. What becomes of it is nobody's fault in the host. One thread.
+/// Runs the program, which shows the instrument at the other end of a socket, inside a window of
+/// the X server. A failure of the program does not affect the host. One thread.
 class WindowProcess {
   public:
     ~WindowProcess() { End(); }
 
-    /// Starts the program that lies with the bundle, or else the one in PATH. The socket stays the
-    /// caller's. Returns what there is to tell a person; empty where it is started.
+    /// Starts the program in the bundle, or else the one in PATH. The caller keeps the socket.
+    /// Returns a message for the user; empty if the program was started.
     std::string Start(const std::string& bundle, int socket, std::uint32_t window);
     bool Runs() const { return child > 0; }
-    /// Once after it has ended: what there is to tell a person. Does not wait.
+    /// Returns a message for the user, once after the program has ended. Does not wait.
     std::optional<std::string> Ended();
-    /// Asks it to end, and waits; after a second it has no choice.
+    /// Asks the program to end and waits; kills it after a second.
     void End();
 
   private:

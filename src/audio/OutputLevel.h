@@ -1,4 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later Measures the output level.
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Measures the output level.
 #pragma once
 
 #include "audio/OutputTap.h"

@@ -1,4 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later The most recent output frames, for meters and scopes.
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The most recent output frames, for meters and scopes.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"

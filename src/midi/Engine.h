@@ -1,5 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later The engine turns MIDI events into samples, without
-// devices and documents.
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The engine turns MIDI events into samples, without devices and documents.
 #pragma once
 
 #include "midi/MidiConsumer.h"

@@ -1,5 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later The state of the keys, pedals and other controls of one
-// MIDI channel.
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The state of the keys, pedals and other controls of one MIDI channel.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"

@@ -1,5 +1,6 @@
-// SPDX-License-Identifier: GPL-3.0-or-later The zones of MPE (MIDI Polyphonic Expression, MIDI
-// Association 2018), in which each member channel carries a single note.
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The zones of MPE (MIDI Polyphonic Expression, MIDI Association 2018), in which each member
+// channel carries a single note.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"

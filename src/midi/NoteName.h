@@ -1,4 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later The name by which a host identifies a note.
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The name by which a host identifies a note.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"

@@ -1,4 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later Program changes, by which a player chooses sounds.
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Program changes, by which a player chooses sounds.
 #pragma once
 
 #include "kits/application/Messenger.h"

@@ -1,5 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later Decimation: lowering the sample rate of a stream by an
-// integer factor.
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Decimation: lowering the sample rate of a stream by an integer factor.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"

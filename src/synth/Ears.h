@@ -1,5 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later The two ears: the left and the right channel read the
-// plane at two points of the orbit.
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The two ears: the left and the right channel read the plane at two points of the orbit.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"

@@ -1,5 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later An envelope: the points that the user edits, and the
-// published curve that the renderer reads.
+// SPDX-License-Identifier: GPL-3.0-or-later
+// An envelope: the points that the user edits, and the published curve that the renderer reads.
 #pragma once
 
 #include "kits/support/Published.h"

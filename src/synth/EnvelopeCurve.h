@@ -1,5 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later An immutable envelope, as the audio and MIDI threads
-// read it.
+// SPDX-License-Identifier: GPL-3.0-or-later
+// An immutable envelope, as the audio and MIDI threads read it.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"

@@ -1,4 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later The progress of one note through an envelope.
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The progress of one note through an envelope.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"

@@ -1,5 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later The values of a plane function's inputs other than x
-// and y, for all notes over a block.
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The values of a plane function's inputs other than x and y, for all notes over a block.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"

@@ -1,5 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later The instruction sets for which loops are compiled, and
-// the best of them on this machine.
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The instruction sets for which loops are compiled, and the best of them on this machine.
 //
 // A file in a folder "loops" is compiled once for each (vexa_loops in cmake/VexaLibrary.cmake) and
 // defines a table of its loops each time.

@@ -1,4 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later The values of a plane function's inputs for one note.
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The values of a plane function's inputs for one note.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"

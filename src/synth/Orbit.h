@@ -1,4 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later The orbit of a sounding note at one moment.
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The orbit of a sounding note at one moment.
 #pragma once
 
 #include "synth/SoundParam.h"

@@ -1,5 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later The oscillator of one coordinate; each voice has one
-// for x and one for y.
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The oscillator of one coordinate; each voice has one for x and one for y.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"

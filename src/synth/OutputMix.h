@@ -1,5 +1,6 @@
-// SPDX-License-Identifier: GPL-3.0-or-later Mixes the function's values at the voices' points into
-// a sum: low-cut filters, channel volumes, and the fades of voices that were cut off.
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Mixes the function's values at the voices' points into a sum: low-cut filters, channel volumes,
+// and the fades of voices that were cut off.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"

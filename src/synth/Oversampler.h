@@ -1,5 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later The oversampler produces frames at one rate from a
-// renderer that runs at a multiple of it.
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The oversampler produces frames at one rate from a renderer that runs at a multiple of it.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"

@@ -1,5 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later The controllers that a single note may override with
-// its own values (MPE, plug-in hosts).
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The controllers that a single note may override with its own values (MPE, plug-in hosts).
 #pragma once
 
 #include "kits/support/RealtimeMark.h"

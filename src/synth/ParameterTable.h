@@ -1,5 +1,6 @@
-// SPDX-License-Identifier: GPL-3.0-or-later The table of a sound's coefficients: one row per
-// coefficient, with all that the program looks up by name.
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The table of a sound's coefficients: one row per coefficient, with all that the program looks up
+// by name.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"

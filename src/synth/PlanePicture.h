@@ -1,4 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later Draws a plane function as a picture.
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Draws a plane function as a picture.
 #pragma once
 
 #include "kits/support/SupportDefs.h"

@@ -1,5 +1,6 @@
-// SPDX-License-Identifier: GPL-3.0-or-later The settings that say how a sound is played: voices,
-// bend, pedal and the player's other means of expression.
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The settings that say how a sound is played: voices, bend, pedal and the player's other means of
+// expression.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"

@@ -1,5 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later Values that reach a new target along a straight line
-// instead of in a step.
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Values that reach a new target along a straight line instead of in a step.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"

@@ -1,5 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later The records that a sound's notes, its renderer and its
-// views share.
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The records that a sound's notes, its renderer and its views share.
 #pragma once
 
 #include "synth/Envelope.h"

@@ -58,7 +58,8 @@ class VEXA_REALTIME VoiceMotion {
     /// Advances a standing voice past the block.
     void Pass(RunningVoice& v) const noexcept;
 
-    /// The data on which a voice's motion depends besides the voice itself.
+    /// The data on which a voice's motion depends besides the voice itself and the envelopes'
+    /// points.
     struct Sound {
         Coefficients driftx, drifty, radiusx, radiusy;
         /// Numbers of the curves, in the order of EnvelopePlaces.

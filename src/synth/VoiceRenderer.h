@@ -1,4 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later Renders the notes of the voice table as samples.
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Renders the notes of the voice table as samples.
 #pragma once
 
 #include "kits/support/Published.h"

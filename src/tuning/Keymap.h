@@ -1,5 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later Keyboard maps: the scale degree of each key, and the
-// reference frequency.
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Keyboard maps: the scale degree of each key, and the reference frequency.
 #pragma once
 
 #include "kits/support/Result.h"

@@ -1,5 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later The lines of a Scala file. Scala's formats are the
-// common ones for the exchange of tunings.
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The lines of a Scala file. Scala's formats are the common ones for the exchange of tunings.
 #pragma once
 
 #include "kits/support/Result.h"

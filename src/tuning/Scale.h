@@ -1,5 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later Scales: the pitches that divide an octave or another
-// interval of repetition.
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Scales: the pitches that divide an octave or another interval of repetition.
 #pragma once
 
 #include "kits/support/Result.h"

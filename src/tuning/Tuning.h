@@ -1,4 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later A tuning assigns a frequency to each key.
+// SPDX-License-Identifier: GPL-3.0-or-later
+// A tuning assigns a frequency to each key.
 #pragma once
 
 #include <array>

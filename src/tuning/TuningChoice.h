@@ -1,5 +1,5 @@
-// SPDX-License-Identifier: GPL-3.0-or-later The user's choice of tuning, with the same options in
-// all programs.
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The user's choice of tuning, with the same options in all programs.
 #pragma once
 
 #include "kits/support/Result.h"

@@ -43,13 +43,11 @@ VEXA_REALTIME inline double Polynomial(double x, const double (&c)[count]) {
 }
 
 // Pi in three parts. The first two have 20 bits each, so that their products with integers and
-// half-integers below 2^32 are exact.
+// half-integers below 2^32 are exact. For numbers up to 1e6 the part of pi that the three leave out
+// contributes less than 2^-76.
 constexpr double kPi1 = 0x1.921fcp+1;
 constexpr double kPi2 = -0x1.5777ap-20;
 constexpr double kPi3 = -0x1.73dcb3b399d74p-42;
-/// The end of the accurate reduction: up to this size the part of pi that it leaves out contributes
-/// less than 2^-76.
-constexpr double kLongestWave = 1e6;
 /// Up to this size the error of a wave is still below 1e-15, although near its zeros that is more
 /// than one unit in the last place. FarWaves.h serves larger numbers.
 constexpr double kLongestPhase = 1e10;
@@ -117,21 +115,8 @@ VEXA_REALTIME inline Power Reduce(double x) {
     return {shifted, r + r * r * Polynomial(r, kExponential)};
 }
 
-/// For |x| up to this limit neither exp(x) nor the factor 2^k is subnormal or infinite.
-constexpr double kMostExponential = 708;
 /// Below this exp(x) is 0.
 constexpr double kNoExponential = -746;
-
-/// Returns exp(x) if |x| <= kMostExponential or x < kNoExponential. The result for any other x is
-/// invalid and must be discarded. It is computed without subnormal numbers, because processors are
-/// slow with those.
-inline double NearExponential(double x) {
-    const bool none = x < kNoExponential;
-    const Power power = Reduce(none ? 0 : x);
-    // 2^k.
-    const double factor = OfWord((WordOf(power.shifted) + 1023) << 52);
-    return none ? 0 : (1 + power.part) * factor;
-}
 
 /// Returns exp(x) for every x.
 VEXA_REALTIME inline double Exponential(double x) {

@@ -146,8 +146,8 @@ class VexaView : public BView {
     /// Marks the present voice limit in the menu.
     void ShowVoiceLimit();
 
-    /// Return the function and the sound as they would be saved: the texts of the fields, the
-    /// points of the envelopes and the rest of the installed function.
+    /// Return the function and the sound as they would be saved: with the texts of the fields and
+    /// the points of the envelopes, and the rest from the instrument.
     Function ConstructFunction() const;
     Sound ConstructSound() const;
 

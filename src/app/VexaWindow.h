@@ -26,7 +26,7 @@ class VexaView;
 
 /// The choices with which a window starts.
 struct WindowChoices {
-    /// Loads the sound "default"; else the caller sets the sound and begins the history.
+    /// Loads the sound "default"; else the caller loads a sound, if any.
     bool withDefaultSound = true;
     /// The plug-in that plays, as in VexaView; null if none does.
     Attachment* plugin = nullptr;

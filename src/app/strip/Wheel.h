@@ -9,12 +9,12 @@
 namespace vexa {
 
 /// A wheel is moved by dragging, by the arrow keys Up and Down and, unless it springs, by the mouse
-/// wheel. Window thread.
+/// wheel. Home, Delete and Enter set it to 0. Window thread.
 class Wheel : public BView {
   public:
-    /// Makes a wheel. A springing wheel covers -1..1 and returns to 0 when the mouse or Enter
-    /// releases it or the keyboard focus leaves it; another one covers 0..1 and keeps its value.
-    /// `moved` is called with each value that the user sets.
+    /// Makes a wheel. A springing wheel covers -1..1 and returns to 0 when the mouse releases it or
+    /// the keyboard focus leaves it; another one covers 0..1 and keeps its value. `moved` is called
+    /// with each new value, except those of SetValue.
     Wheel(const char* name, bool springs, std::function<void(float)> moved);
 
     float Value() const { return value; }

@@ -63,7 +63,7 @@ void FormulaHint::Explain(const std::string& reason, std::optional<float> x) {
 }
 
 void FormulaHint::MoveMark(std::optional<float> x) {
-    // A place scrolled out of the field is beyond its end: keep the mark inside.
+    // A place that is scrolled out of the field is clamped to the hint's ends.
     if (x)
         x = std::clamp(std::round(*x - Frame().left), float(kMarkRows),
                        Bounds().right - float(kMarkRows));

@@ -161,7 +161,7 @@ void HeadlessPlayer::TellOfDevice() {
 }
 
 /// Loads a sound and prints faults and warnings. If `whole`, loads nothing of a sound whose
-/// function fails. Returns whether all of it was loaded.
+/// function fails. Returns whether it loaded without a fault.
 bool HeadlessPlayer::Load(const std::filesystem::path& path, bool whole) {
     Warnings warnings;
     const kits::Result<Sound> sound =

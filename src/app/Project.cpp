@@ -100,7 +100,7 @@ class Replacements {
         return {};
     }
     /// Adds the content of `from` as the new content of `to`, unless both are the same file. If
-    /// `from` cannot be read but equals `copied`, an existing copy in `to` stays.
+    /// `from` cannot be read but is the file `copied`, its existing copy stays.
     kits::Result<void> AddCopy(const std::optional<fs::path>& from, const fs::path& to,
                                const std::optional<fs::path>& copied) {
         std::error_code ignored;

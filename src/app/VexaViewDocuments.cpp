@@ -215,7 +215,7 @@ bool VexaView::LoadSound(const std::filesystem::path& path) {
     if (sound) {
         programFault.clear();
         LoadAs(*sound, path.stem().string(), "sound " + path.stem().string());
-        // Finds the file under its usual path if `path` is relative or leads through links.
+        // Use the usual path of the file, as `path` may be relative or lead through links.
         Steps().File().path = folders.Find("sounds", folders.NameOf("sounds", path));
     } else {
         ShowError(sound.Fault());
@@ -389,7 +389,7 @@ bool VexaView::MayGiveUp(const std::function<void()>& then) {
 }
 
 /// Asks the same for the sounds of the present slot that were left for others. To save, shows the
-/// last one, as Undo would, and saves it; `then` asks about the rest anew.
+/// last one, as Undo would, and saves it; `then` has to ask about the rest anew.
 bool VexaView::MayGiveUpLeft(const std::function<void()>& then) {
     const std::vector<History::LeftSound> left = Steps().Left();
     if (left.empty())

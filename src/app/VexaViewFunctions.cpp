@@ -52,7 +52,7 @@ bool VexaView::Install(const Function& function) {
 
 /// Marks an expression that could not be installed. Returns whether the function was installed.
 bool VexaView::MarkInstalled(const Function& function, const FunctionReport& report) {
-    // A fault without an alert does not keep the function from playing.
+    // A function with a fault but no alert plays all the same.
     const bool installed = report.alerts.empty();
     if (installed)
         fileMissing = false;

@@ -48,8 +48,8 @@ void VexaView::NoteStep(const std::string& name) {
 }
 
 /// Takes over the macros that controllers have moved, which History counts as playing, not as a
-/// step. With a plug-in does nothing else than NoteSteps: its host may have moved them, and the
-/// host's automation does not belong in the document.
+/// step. With a plug-in only calls NoteSteps: its host may have moved them, and the host's
+/// automation does not belong in the document.
 void VexaView::FollowMacros() {
     NoteSteps();
     if (plugin)

@@ -10,7 +10,7 @@ namespace vexa {
 
 namespace {
 
-/// The pulses without a change of the text after which the plane shows it.
+/// The pulses for which the text must stay unchanged before the plane shows it.
 constexpr int kPulsesOfRest = 2;
 
 } // namespace

@@ -398,7 +398,7 @@ class VexaView : public BView {
     /// The expression in the field is wrong and not installed, and the reason.
     bool expressionWrong = false;
     std::string refusal;
-    /// The destructor runs.
+    /// The view is being destroyed.
     bool closing = false;
 
     Instrument instrument;

@@ -60,7 +60,7 @@ class Piano : public BView {
     std::bitset<128> lit;
     /// The key that the mouse or the keyboard holds.
     std::optional<int> played;
-    /// The key that the keyboard would play.
+    /// The key that the computer's keyboard would play.
     int chosen = 60;
     float turned = 0;
     /// The user has scrolled, so a change of the width keeps the first key.

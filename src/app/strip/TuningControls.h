@@ -28,8 +28,8 @@ class TuningControls : public CellGrid {
     /// Shows the main view's tuning.
     void Refresh();
     const TuningChoice& Choice() const { return choice; }
-    /// Reads the files of the choice and tunes the keys. Returns false, after an alert, if that
-    /// fails.
+    /// Reads the files of the choice and tunes the keys. Returns false if that fails, after an
+    /// alert, or if a plug-in plays.
     bool Choose(const TuningChoice& next);
 
     void MessageReceived(BMessage* message) override;

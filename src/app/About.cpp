@@ -29,8 +29,8 @@ constexpr LinkedLibrary kLibraries[] = {
 };
 
 constexpr const char* kFirstPage = "README.md";
-/// As many steps lead from the program folder of a build up to the tree's root, and not much
-/// further.
+/// The number of parent folders to try. A build's program folder lies at most so deep in the source
+/// tree.
 constexpr int kMostSteps = 4;
 
 } // namespace

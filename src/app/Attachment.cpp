@@ -19,9 +19,9 @@ namespace {
 
 using std::chrono::milliseconds;
 
-/// How long a plug-in may take to say its sound.
+/// The longest time that a plug-in may take to send its sound.
 constexpr std::chrono::seconds kPatience{5};
-/// How often the window looks whether there is something to offer.
+/// The longest wait before the window looks again whether it has something to offer.
 constexpr milliseconds kLook{15};
 
 } // namespace

@@ -8,10 +8,10 @@ namespace vexa {
 
 namespace {
 
-/// Every key is struck alike.
+/// All keys have the same velocity, as a computer keyboard measures none.
 constexpr uchar kVelocity = 100;
 
-// The places of the keys, in the order of the notes, and the note of the first.
+// The key codes, in the order of the notes, and the note of the first.
 
 /// Z S X D C V G B H N J M , L . ; / of an English keyboard.
 constexpr std::array<int32, 17> kLowerRow = {52, 39, 53, 40, 54, 55, 42, 56, 43,
@@ -39,7 +39,7 @@ std::optional<uchar> ComputerKeyboard::NoteOf(int32 key) {
 
 bool ComputerKeyboard::Take(const BMessage& message) {
     if (message.what == B_WINDOW_ACTIVATED) {
-        // The key may be let go of while another window listens.
+        // The release of a key can go to another window and would be missed here.
         ReleaseAll();
         return false;
     }

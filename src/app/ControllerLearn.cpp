@@ -8,8 +8,8 @@ namespace vexa {
 
 namespace {
 
-/// The share of a controller's way, 127 steps, that it has to move: more than one that trembles by
-/// itself goes.
+/// The share of a controller's range that it must exceed: 2.5 of 127 steps, more than the jitter of
+/// a controller that nobody touches.
 constexpr float kJitter = 2.5F / 127;
 
 } // namespace

@@ -16,7 +16,7 @@ constexpr rgb_color kFaultColor = {176, 32, 32};
 
 constexpr float kHintFontSize = 11;
 constexpr float kHintMargin = 5;
-/// Rows of the mark, a triangle that points up.
+/// The height in pixel rows of the mark, a triangle that points up.
 constexpr int kMarkRows = 6;
 
 } // namespace
@@ -31,7 +31,7 @@ FormulaHint::FormulaHint(float left, float top, float right)
     Hide();
 }
 
-/// Breaks the line at blanks where it is too wide.
+/// Breaks the line at blanks if it is too wide.
 void FormulaHint::Wrap(const std::string& line) {
     const float room = Bounds().Width() - 2 * kHintMargin;
     std::istringstream words(line);
@@ -63,7 +63,7 @@ void FormulaHint::Explain(const std::string& reason, std::optional<float> x) {
 }
 
 void FormulaHint::MoveMark(std::optional<float> x) {
-    // What is scrolled out of the field is beyond its end.
+    // A place that is scrolled out of the field is clamped to the hint's ends.
     if (x)
         x = std::clamp(std::round(*x - Frame().left), float(kMarkRows),
                        Bounds().right - float(kMarkRows));

@@ -20,19 +20,19 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// How often the window thread looks at what others cannot tell it.
+/// The period at which the window thread polls for events that send no message.
 constexpr std::chrono::milliseconds kPulse{100};
 
 void Say(const std::string& text) {
     std::fprintf(stderr, "vexa: %s%s", text.c_str(), text.ends_with('\n') ? "" : "\n");
 }
 
-/// Wakes the window thread when MIDI sources have come or gone, be it with their system, and when a
-/// program was chosen.
+/// Wakes the window thread when MIDI sources have come or gone, alone or with the MIDI system, and
+/// when a program change has chosen a sound.
 class MidiWatch : public kits::MessageTarget {
   public:
     void Post(const BMessage&) override { arrived.release(); }
-    /// True when something was posted within the pulse.
+    /// Waits up to one pulse; returns whether something was posted.
     bool Wait() { return arrived.try_acquire_for(kPulse); }
 
   private:
@@ -69,9 +69,9 @@ class HeadlessPlayer : private SessionClient {
 
     const AppOptions& options;
     const kits::ProgramFolders& folders;
-    /// Null where there is no session.
+    /// Null outside a session.
     JoinedSession* const joined;
-    /// There was sound at some time.
+    /// An audio device has been there at some time.
     bool hadDevice = false;
     bool ending = false;
     Instrument instrument;
@@ -82,7 +82,7 @@ class HeadlessPlayer : private SessionClient {
                                  ? std::string(text) + ": no audio device was connected"
                                  : text);
                      }};
-    /// The number of the source that is connected; 0 for none.
+    /// The ID of the connected source; 0 for none.
     int32 connectedSource = 0;
     bool waitsForSource = false;
 };
@@ -138,7 +138,7 @@ int HeadlessPlayer::Run(const kits::Interrupt& interrupt, kits::Recording* recor
     return 0;
 }
 
-/// Begins to watch for sources; false while there is no MIDI system.
+/// Starts watching for sources. Returns false if there is no MIDI system.
 bool HeadlessPlayer::WatchSources() {
     BMidiRoster* roster = BMidiRoster::MidiRoster();
     if (roster)
@@ -160,7 +160,8 @@ void HeadlessPlayer::TellOfDevice() {
     }
 }
 
-/// Says what is wrong with it. Nothing of it, if it is to be whole, where its function fails.
+/// Loads a sound and prints faults and warnings. If `whole`, loads nothing of a sound whose
+/// function fails. Returns whether it loaded without a fault.
 bool HeadlessPlayer::Load(const std::filesystem::path& path, bool whole) {
     Warnings warnings;
     const kits::Result<Sound> sound =
@@ -177,13 +178,14 @@ bool HeadlessPlayer::Load(const std::filesystem::path& path, bool whole) {
     return bool(loaded);
 }
 
-/// Only a sound that was asked for must be there.
+/// Loads the sound that the options name, else the default one. Returns false only if a named sound
+/// fails.
 bool HeadlessPlayer::LoadSound() {
     return Load(options.sound.value_or(folders.Find("sounds", "default.xml")), false) ||
            !options.sound;
 }
 
-/// In a session: answers that it is open, as it is or, where it is new, as it has just been saved.
+/// In a session, reports that the project is open; a new project is saved first.
 void HeadlessPlayer::OpenProject() {
     if (!joined)
         return;
@@ -213,7 +215,7 @@ bool HeadlessPlayer::ProjectHasChanged() {
     return !AreAlike(PresentProject(), joined->project);
 }
 
-/// Where there is no such sound, the one before plays on.
+/// Loads the sound of a program change. If that fails, the previous sound plays on.
 void HeadlessPlayer::LoadProgram(int32 number) {
     const auto path = FindProgram(folders, number);
     if (!path)
@@ -222,7 +224,7 @@ void HeadlessPlayer::LoadProgram(int32 number) {
         Say("program " + std::to_string(number) + ": " + path->stem().string());
 }
 
-/// Connects the source that the options name, if it is there and was not before.
+/// Connects the source that the options name, if it is there and not connected yet.
 void HeadlessPlayer::ConnectSource() {
     if (!options.midi || options.midi->empty())
         return;

@@ -26,7 +26,7 @@ void AddRecent(BMenu& menu, const VexaView& view) {
     TextList recent = view.Remembered().Get(kRecentSetting);
     if (recent.empty())
         return;
-    // Several windows may have put more into the file.
+    // Several windows together may have written more entries to the file.
     recent.resize(std::min(recent.size(), kMostRecent));
     auto* files = new BMenu("Open Recent");
     for (const std::string& path : recent) {
@@ -42,7 +42,7 @@ void AddRecent(BMenu& menu, const VexaView& view) {
     menu.AddItem(new BMenuItem(files));
 }
 
-/// What tunes the keys, by the names of the files, and what may be chosen instead.
+/// Adds the tuning menu: the present scale and keyboard map by file name, and the choices.
 void AddTuning(BMenu& menu, const VexaView& view) {
     const TuningChoice& tuning = view.Tuned();
     const auto named = [](const char* label, const std::optional<std::filesystem::path>& file) {

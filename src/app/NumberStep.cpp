@@ -17,7 +17,7 @@ double StepOf(double number, uint32 modifiers, bool whole) {
     double step = 1;
     if (!whole) {
         const double size = std::max(std::fabs(number), 10 * kLeastStep);
-        // A little more, as 0.1 + 0.2 is not quite 0.3.
+        // The factor makes up for rounding, as 0.1 + 0.2 is not quite 0.3.
         step = std::max(std::pow(10, std::floor(std::log10(size * (1 + 1e-9))) - 1), kLeastStep);
     }
     if (modifiers & B_CONTROL_KEY)

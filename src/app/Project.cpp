@@ -27,19 +27,19 @@ constexpr const char* kSessionFile = "session";
 constexpr const char* kScaleFile = "scale.scl";
 constexpr const char* kKeymapFile = "keymap.kbm";
 
-// Names of lines that are no options.
+// The names of the lines that are not options.
 
 constexpr std::string_view kSoundName = "sound-name";
 constexpr std::string_view kWindow = "window";
 constexpr std::string_view kShown = "shown";
 constexpr std::string_view kHidden = "hidden";
 
-/// Those whose value is the name of a file in the folder.
+/// Returns whether the line's value is the name of a file in the project's folder.
 bool IsTuningFile(std::string_view name) {
     return name == "tuning" || name == "keymap";
 }
 
-/// The options that are kept. What others there are belongs to one run, or to the machine.
+/// Returns the options that a project keeps. The others belong to a single run or to the machine.
 const std::set<std::string_view>& Kept() {
     static const auto names = [] {
         std::set<std::string_view> all = {"voices", "channel", "mpe",    "programs",
@@ -53,7 +53,7 @@ const std::set<std::string_view>& Kept() {
     return names;
 }
 
-/// The lines of the file "session".
+/// Returns the text of the file "session".
 std::string SessionText(const Project& project) {
     const AppOptions& options = project.options;
     std::string text = SettingText(kSoundName, project.soundName) +
@@ -86,8 +86,8 @@ std::string SessionText(const Project& project) {
     return text;
 }
 
-/// New contents for files, of which either all are written or none has changed, unless the system
-/// fails between two renames.
+/// New contents for several files. Either all are replaced or none, unless the system fails between
+/// two renames.
 class Replacements {
   public:
     kits::Result<void> Add(const fs::path& path, std::string_view bytes) {
@@ -99,8 +99,8 @@ class Replacements {
         files.push_back(*std::move(file));
         return {};
     }
-    /// What is in the file, unless that is the copy itself. A copy of the file `copied` stays where
-    /// that cannot be read any more.
+    /// Adds the content of `from` as the new content of `to`, unless both are the same file. If
+    /// `from` cannot be read but is the file `copied`, its existing copy stays.
     kits::Result<void> AddCopy(const std::optional<fs::path>& from, const fs::path& to,
                                const std::optional<fs::path>& copied) {
         std::error_code ignored;
@@ -125,7 +125,7 @@ class Replacements {
     std::vector<kits::FileReplacement> files;
 };
 
-/// Sets the project to what the line says; false where that is nothing it could say.
+/// Applies the line to the project. Returns false if its name or value is invalid.
 bool TakeLine(const SettingLine& line, const fs::path& folder, Project& project) {
     if (line.name == kSoundName) {
         project.soundName = line.value;
@@ -135,7 +135,7 @@ bool TakeLine(const SettingLine& line, const fs::path& folder, Project& project)
         project.windowShown = line.value == kShown;
         return project.windowShown || line.value == kHidden;
     }
-    // No source is a choice too.
+    // An empty name chooses no source, which is a choice too.
     if (line.name == "midi" && line.value.empty()) {
         project.options.midi = "";
         return true;

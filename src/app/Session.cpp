@@ -24,12 +24,12 @@ constexpr const char* kPing = "/osc/ping";
 constexpr const char* kReply = "/reply";
 constexpr const char* kError = "/error";
 
-// The version of the protocol that has all that is used here.
+// The lowest version of the protocol that has all messages used here.
 
 constexpr int32 kMajor = 1;
 constexpr int32 kMinor = 0;
 
-// The protocol's numbers for what may go wrong.
+// The protocol's error codes.
 
 constexpr int32 kNotNow = -8;
 constexpr int32 kBadProject = -9;
@@ -135,7 +135,8 @@ void Session::Tell(std::optional<bool>& told, bool now, const char* ifTrue, cons
     manager->Send({now ? ifTrue : ifFalse, {}});
 }
 
-/// What cannot be seen of a manager is whether it is there; but not all know this question.
+/// Pings the manager, as nothing else shows whether it still runs. Not every manager answers a
+/// ping, so only one that has answered before counts as gone when it is silent.
 void Session::Ping() {
     const auto now = Clock::now();
     if (now - pinged >= patience.ping) {

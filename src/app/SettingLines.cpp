@@ -13,13 +13,13 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// In bytes; what is longer is no file of settings.
+/// The largest size of a settings file, in bytes; a longer file is invalid.
 constexpr std::size_t kLongest = 1 << 20;
 constexpr std::string_view kNameCharacters = "abcdefghijklmnopqrstuvwxyz0123456789-";
 constexpr std::string_view kLineBlanks = " \t\r";
 
-/// What cannot stand in a value as it is, and the letter behind a backslash that stands for it. A
-/// blank is one of them only at an end, where it would be taken for one beside the "=".
+/// The characters that are escaped in a value, and the letter after the backslash. A blank is
+/// escaped only at either end, where it would otherwise be taken as padding of the "=".
 constexpr std::pair<char, char> kEscapes[] = {
     {'\\', '\\'}, {'\n', 'n'}, {'\r', 'r'}, {'\t', 't'}, {' ', 's'}};
 

@@ -26,7 +26,7 @@ void Tell(const std::string& text) {
     std::fprintf(stderr, "vexa: %s\n", text.c_str());
 }
 
-// The values of each type as texts, and back; false for a text that is none.
+// Conversions between values and texts; FromText returns false for an invalid text.
 
 bool FromText(const std::string& text, std::string& value) {
     value = text;
@@ -62,7 +62,7 @@ std::string ToText(int value) {
     return std::to_string(value);
 }
 
-/// The shortest that is read as the same number.
+/// Returns the shortest text that reads back as the same number.
 std::string ToText(double value) {
     char text[32];
     return {text, std::to_chars(text, std::end(text), value).ptr};
@@ -95,7 +95,7 @@ Settings::~Settings() {
         Tell(fault);
 }
 
-/// Null where the setting is not set. Of several lines the last one counts.
+/// Returns null if the setting is not set. Of several lines the last one counts.
 const std::string* Settings::SingleText(const char* name) const {
     const auto found = texts.find(std::string_view(name));
     return found == texts.end() || found->second.empty() ? nullptr : &found->second.back();
@@ -180,11 +180,11 @@ void Settings::Pulse(Clock::time_point now) {
         return;
     firstChange.reset();
     leaving = std::exchange(changes, {});
-    // Where there is no room for a thread, at the next pulse.
+    // Without a free thread the saving is deferred and runs at the next pulse.
     saving = std::async(std::launch::async | std::launch::deferred, Save, file, leaving);
 }
 
-/// What could not be saved is tried again with the next change.
+/// Reports a failed save and keeps its changes, which are saved again with the next change.
 void Settings::TakeSaved() {
     if (const std::string fault = saving.get(); !fault.empty()) {
         Tell(fault);
@@ -194,12 +194,13 @@ void Settings::TakeSaved() {
     leaving.clear();
 }
 
-/// Into the file as it is now, beside what others have written there. Why that failed; else empty.
+/// Merges the changes into the file as it is now, with the settings that other instances have
+/// written. Returns the reason for a failure; else an empty text.
 std::string Settings::Save(const fs::path& file, const Changes& changes) {
     const fs::path folder = file.parent_path();
     if (const kits::Result<void> made = kits::MakeUserFolder(folder); !made)
         return made.Fault().text;
-    // Until it is closed, other instances wait.
+    // Other instances wait until this descriptor is closed.
     const kits::Descriptor lock(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     ::flock(lock.Number(), LOCK_EX);
 
@@ -222,7 +223,7 @@ std::string Settings::Save(const fs::path& file, const Changes& changes) {
     for (const SettingLine& line : before.lines) {
         if (!changes.contains(line.name) && !line.IsBroken())
             bytes += line.whole + '\n';
-        // All its lines are written in the place of the first.
+        // All lines of the setting are written in place of the first.
         if (const auto changed = left.find(line.name); changed != left.end()) {
             write(changed->first, changed->second);
             left.erase(changed);

@@ -13,12 +13,12 @@ namespace vexa {
 
 namespace {
 
-/// The place of the logo bar and the main view on the screen.
+/// The frame of the logo bar and the main view on the screen.
 constexpr BRect kFrame = {64, 100, 999, 610};
 
 constexpr const char* kSignature = "application/x-vnd.orvo-Vexa";
 
-/// The window that remembers and is remembered.
+/// Returns the choices of a window with stored settings.
 WindowChoices Remembering() {
     WindowChoices choices;
     choices.settings = ReadSettings();
@@ -53,7 +53,7 @@ void VexaApplication::MessageReceived(BMessage* message) {
 }
 
 void ShowFault(const std::string& text) {
-    // On a platform without a screen there is nobody to answer.
+    // Without a display there is nobody to answer the alert.
     if (!kits::FindDisplay() || std::getenv("QT_QPA_PLATFORM"))
         return;
     const BApplication application(kSignature);

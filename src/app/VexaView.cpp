@@ -33,7 +33,7 @@ constexpr float kPlaneUnitsPerPixel = 0.05F;
 /// The place and height of the envelope editors, in pixels.
 constexpr float kEditorLeft = 440;
 constexpr float kEditorHeight = 92;
-/// Between the view's edges and what it holds.
+/// The margin between the view's edges and its contents, in pixels.
 constexpr float kViewMargin = 10;
 
 constexpr const char* kDeviceGone =
@@ -107,7 +107,8 @@ void VexaView::AddField(FieldId id, std::string_view name, std::string_view text
     AddChild(field);
 }
 
-/// Has wheel and arrows turn the field's number, and a click with Ctrl bring the text back.
+/// Makes the wheel and the arrow keys step the field's number, and a click with Ctrl reset its
+/// text.
 void VexaView::MakeTurn(FieldId id, std::string_view reset, const NumberRange& range) {
     Field(id).SetStepping([range](const std::string& text, int steps, uint32 modifiers) {
         return Stepped(text, steps, modifiers, range);
@@ -115,7 +116,7 @@ void VexaView::MakeTurn(FieldId id, std::string_view reset, const NumberRange& r
     Field(id).SetReset(reset);
 }
 
-/// Adds a field with the text of a fresh window.
+/// Adds a field with the initial text of a new window.
 void VexaView::AddField(FunctionField id, BRect frame) {
     const FunctionFieldRow& row = RowOf(id);
     Function initial;
@@ -143,7 +144,7 @@ void VexaView::AddPlaneControls() {
         AddField(id, formulas.FieldFrame(id));
 }
 
-/// As the plane was shown last.
+/// Adds the overlay, with the look that the plane had last.
 void VexaView::AddOverlay() {
     desk = std::make_unique<PlaneDesk>(*this);
     overlay = new PlaneOverlay(*plane, *desk);
@@ -170,7 +171,7 @@ void VexaView::AddFileButtons() {
                    {"Save Sound", kSaveSoundCode},
                    {"Load Sound", kLoadSoundCode}};
     BRect frame = {240, 345, 310, 370};
-    // All in the size that the widest needs.
+    // All labels have the font size that the widest one needs.
     float size = be_plain_font()->Size();
     for (const auto& row : buttons)
         size = std::min(size, kits::FittingFontSize(row.label, frame.Width() - 6));
@@ -213,7 +214,7 @@ void VexaView::AddMenus() {
         BMenu* menu;
         BRect frame;
     } bars[] = {
-        // It stands in the free place beside the sample's button, above the channel.
+        // The source's menu is beside the sample's button, above the channel's.
         {"Midi Source", deviceMenu, {108, frequency.top - 31, 230, frequency.top}},
         {"Midi Device", voicesMenu, {10, top, 110, top}},
         {"Midi Channel", channelMenu, {120, top, 220, top}},
@@ -260,7 +261,7 @@ void VexaView::AddCoefficients(std::string_view group) {
     }
 }
 
-/// Last, as it lies over all else.
+/// Adds the hint as the last child, as it covers the others.
 void VexaView::AddHint() {
     const BRect field = Field(FunctionField::Expression).Frame();
     hint = new FormulaHint(field.left, field.bottom + 1, field.right);
@@ -268,7 +269,7 @@ void VexaView::AddHint() {
 }
 
 void VexaView::StartGraph() {
-    // At the end there may have been nothing to disconnect.
+    // When the view closes, a device that was never connected fails to disconnect.
     const auto alert = [this](const char* text) {
         ErrorAlert(text, closing ? "No audio device was connected." : graph->DeviceFault());
     };
@@ -280,7 +281,7 @@ void VexaView::StartGraph() {
     ConnectChosenSource();
 }
 
-/// From now on the plane shows the orbits of what is heard.
+/// Makes the plane show the orbits of the sounding notes.
 void VexaView::ShowSound() {
     plane->SetSoundParam(&Playing().controllers, &Playing().parameters, &Playing().voices);
 }
@@ -320,16 +321,16 @@ void VexaView::Pulse() {
     LearnController();
 }
 
-/// What has to go on behind a window that nobody sees too.
+/// Does the periodic work that continues in a hidden window.
 void VexaView::Tend() {
     kits::CollectRetired();
     settings->Pulse();
     FollowMacros();
-    // The formula plays on.
+    // If compiling the add-on fails, the formula itself plays on.
     const FunctionReport addon = instrument.Collect();
     if (!addon)
         Print(addon);
-    // One for all, beside which a person goes on.
+    // One alert for all faults, which does not block the user.
     std::string text;
     for (const std::string& alert : addon.alerts)
         text += (text.empty() ? "" : "\n\n") + alert;
@@ -337,7 +338,7 @@ void VexaView::Tend() {
         NewErrorAlert(text, addon.text)->Show();
 }
 
-/// While the field of a controller's number has the keyboard, a controller that moves is taken.
+/// While the field of a controller number has the keyboard focus, takes the controller that moves.
 void VexaView::LearnController() {
     const auto focused = std::ranges::find_if(Parameters(), [this](const Parameter& row) {
         return row.controller && Field(row.id).IsFocus();
@@ -366,7 +367,7 @@ void VexaView::WatchSound() {
     case AudioGraph::DeviceNews::None:
         break;
     case AudioGraph::DeviceNews::Gone:
-        // Sound and MIDI sources come back whether somebody is there to read it or not.
+        // This alert must not wait for an answer: sound and MIDI sources come back without a user.
         NewErrorAlert(kDeviceGone)->Show();
         break;
     case AudioGraph::DeviceNews::There:

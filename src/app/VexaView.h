@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The main view: every control of the window, and what each does.
+// The main view: all controls of the window and their effects.
 #pragma once
 
 #include "app/ComputerKeyboard.h"
@@ -47,16 +47,16 @@ class PlaneDesk;
 class PlaneOverlay;
 class R2RFView;
 
-/// Owns the instrument, whose envelopes are its editors', and the audio graph. All that the user
-/// does arrives at MessageReceived: from controls by way of the window, from panels, menus
-/// and the MIDI roster directly. Window thread, like all views; the records of a voice and of a
-/// controller are written by the MIDI and the media thread.
+/// Owns the instrument, which plays the envelopes of this view's editors, and the audio graph.
+/// Every user action arrives at MessageReceived: from controls through the window, from panels,
+/// menus and the MIDI roster directly. Window thread, like all views; the MIDI and the media thread
+/// write the records of voices and controllers.
 class VexaView : public BView {
   public:
-    /// Builds the view and starts the audio graph; failures are shown by alerts and leave the rest
-    /// working. Documents, samples and pictures are found and saved in `folders`. Where there is a
-    /// `plugin`, which outlives the view, it is that which plays: there is no graph, the view shows
-    /// the plug-in's sound and notes, and what is done here is done there. Without `settings`
+    /// Builds the view and starts the audio graph; alerts report failures, and the rest works on.
+    /// Documents, samples and pictures are found and saved in `folders`. If there is a `plugin`,
+    /// which outlives the view, the plug-in plays instead of a graph: the view shows its sound and
+    /// notes, and edits of the view take effect in it. The default `settings` have no file, so
     /// nothing is remembered.
     VexaView(BRect frame, const char* name, const kits::ProgramFolders& folders,
              Attachment* plugin = nullptr,
@@ -66,159 +66,166 @@ class VexaView : public BView {
     void Draw(BRect update) override;
     void Pulse() override;
     void ColorsChanged() override;
-    /// Does what AudioGraph::Record does.
+    /// See AudioGraph::Record.
     void Record(kits::Recording* recording) { graph->Record(recording); }
 
-    /// Does what AudioGraph::Watch does: shows what has become of the sound, and goes on. The
-    /// program ends where the plug-in has gone. It is to be called some ten times a second, as
-    /// Pulse, whether the window is shown or not.
+    /// Calls AudioGraph::Watch and shows its news; with a plug-in, ends the program once the
+    /// plug-in has gone. Also does the periodic work that a hidden window needs. To be called about
+    /// ten times a second, like Pulse, whether the window is shown or not.
     void WatchSound();
     void MessageReceived(BMessage* message) override;
 
-    /// The width, as BRect::Width counts it, that no text needs more of.
+    /// Returns the width, as BRect::Width counts it, that has room for every text.
     float PreferredWidth() const;
-    /// The same without the margin on the right: where the screen has no more, nothing is scrolled
-    /// for that.
+    /// Returns the same without the right margin. The view scrolls horizontally only if it is
+    /// narrower than this.
     float LeastWidth() const;
 
-    /// Where on, nothing lies over the plane, as the picture shows the orbits itself, and the file
-    /// that is the function is not named.
+    /// If `on`, hides the overlay of the plane, as the picture then shows the orbits itself, and no
+    /// longer names the file of a sample or picture in the expression's field.
     void SetClassic(bool on);
 
-    // The following are about documents. Each reports its failures by alerts, with the reason there
-    // and on standard error, and then changes nothing; what was read over is told likewise.
+    // The following load and save documents. If one fails, it changes nothing and reports the
+    // reason in alerts and on standard error. Parts of a document that were not understood are
+    // reported in the same ways.
 
-    /// Loads "sounds/default.xml". Where it is not there that is told on standard error only.
+    /// Loads "sounds/default.xml" and begins the history. Reports a failure on standard error only.
     void LoadDefaultSound();
     bool LoadSound(const std::filesystem::path& path);
-    /// Loads a sound, a function, a sample or a picture, whichever the file is. Asks before another
-    /// sound takes the place of one that has changed.
+    /// Loads a sound, function, sample or picture, depending on the file. Asks before it replaces a
+    /// changed sound.
     void Open(const std::filesystem::path& path);
     bool LoadFunction(const std::filesystem::path& path);
-    /// Tunes the keys; where that fails it is shown, and the tuning stays.
+    /// Tunes the keys. Returns false, and keeps the tuning, if that fails, with an alert, or if a
+    /// plug-in plays, which its host tunes.
     bool Tune(const TuningChoice& choice);
-    /// Does the same from now on, and at the next start.
+    /// Does the same and remembers the choice for the next start.
     bool ChooseTuning(const TuningChoice& choice);
     const TuningChoice& Tuned() const { return tuned; }
     /// Returns the tuning that plays.
     const Tuning& PresentTuning() const { return tuning; }
-    /// They save into the folder sounds or functions, under a plain file name.
+    /// Saves the sound in the user's folder "sounds"; `name` is a plain file name. SaveFunction
+    /// does the same for the function, in "functions".
     void SaveSound(const std::string& name);
-    /// Saves to the person's own file that the sound is of; shows the panel, which asks for a name,
-    /// where there is none. Once it is saved, `then` is called.
+    /// Saves to the user's own file that the sound belongs to. If there is none, shows the panel
+    /// that asks for a name. Calls `then` once the sound is saved.
     void SaveAgain(const std::function<void()>& then = nullptr);
     void SaveFunction(const std::string& name);
 
-    /// True where what would be saved differs, but for authors, from the sound that was loaded or
+    /// Returns whether the sound differs, apart from authors, from the one that was last loaded or
     /// saved.
     bool Changed() const;
-    /// The sound as it is counts as saved.
+    /// Takes the present sound as the saved one, so that Changed returns false.
     void TakeAsSaved();
-    /// Takes the present sound for unchanged; what was before cannot be brought back by Undo. It is
-    /// of a file no longer where that holds another one.
+    /// Makes the present sound the unchanged start of a new history, so that Undo cannot go back
+    /// beyond it, and discards the other slot. If the sound has changed, it no longer belongs to
+    /// its file.
     void BeginHistory();
-    /// True where the sound may be given up: asks the person where it has changed. A person who
-    /// wants to save it first gets what SaveAgain does, with `then`.
+    /// Returns whether the sound may be discarded; asks the user if it has changed. If the user
+    /// chooses to save it first, calls SaveAgain(then) and returns false.
     bool MayGiveUp(const std::function<void()>& then);
-    /// Asks the same for the sounds of both slots, and for those there that were left for others
-    /// with changes that are not saved.
+    /// Asks the same for the sounds of both slots, and for the unsaved ones that were left for
+    /// another sound there.
     bool MayGiveUpAll(const std::function<void()>& then);
-    /// The sound's name, a mark where it has changed, and what is worth knowing: that there is no
-    /// audio device, or for how many voices of the function on the plane there is time where those
-    /// are fewer than may be chosen.
+    /// Returns the sound's name, with a mark if it has changed, and notices: that there is no audio
+    /// device, why the last program change failed, and the number of voices of the shown function
+    /// that there is time for, if that is less than kMostVoices.
     std::string Caption() const;
-    /// The file that the sound was loaded from or saved to; empty where there is none.
+    /// Returns the file that the sound was loaded from or saved to. If there is none, returns the
+    /// path in "sounds" that the sound's name leads to; empty without a name.
     std::filesystem::path SoundPath() const;
     /// Returns the name of the file, without its extension.
     const std::string& SoundName() const { return Steps().File().name; }
     const kits::ProgramFolders& Folders() const { return folders; }
 
-    /// Sets the name that the sound has from now on, wherever it has come from.
+    /// Sets the sound's name and detaches the sound from any file.
     void NameSound(const std::string& name);
 
-    /// Does what Instrument::Prefer does.
+    /// See Instrument::Prefer.
     void Prefer(const PlayingTexts& choices) { instrument.Prefer(choices); }
-    /// Marks in the menu how many voices there may be.
+    /// Marks the present voice limit in the menu.
     void ShowVoiceLimit();
 
-    /// Return what the fields, the envelopes and the installed function say at present.
+    /// Return the function and the sound as they would be saved: with the texts of the fields and
+    /// the points of the envelopes, and the rest from the instrument.
     Function ConstructFunction() const;
     Sound ConstructSound() const;
 
-    // The following undo and redo all that changes the sound; History says what a step is. What
-    // becomes another sound so does it at once, and what is the same in both plays on.
+    // The following undo and redo all changes of the sound; History defines a step. Another sound
+    // takes effect at once, and the parts that both sounds share play on.
 
     bool CanUndo() const { return Steps().CanUndo(); }
     bool CanRedo() const { return Steps().CanRedo(); }
-    /// Return what they would take back or do again, such as "envelope of radius x"; empty if there
-    /// is nothing.
+    /// Return the name of the step that Undo or Redo would apply, such as "envelope of radius x";
+    /// empty if there is none.
     std::string UndoName() const { return Steps().UndoName(); }
     std::string RedoName() const { return Steps().RedoName(); }
-    /// They have no effect where there is nothing.
+    /// Have no effect if there is no step.
     void Undo();
     void Redo();
-    /// Makes a step of what has changed since the last call. Is called after messages, at pulses
-    /// and before each press, and need not be called by those who change something.
+    /// Makes a step of the changes since the last call. The view itself calls it around each
+    /// message, at pulses and before each press, so code that changes the sound need not.
     void NoteSteps();
 
-    /// Begins anew, with a sound of little. Asks before it takes the place of one that has changed.
+    /// Starts over with a minimal sound. Asks before it replaces a changed one.
     void InitialSound();
-    /// Changes a little of the sound by chance, or as a seed says (see Mutate), which is one step.
+    /// Changes the sound slightly as one step, either randomly or as determined by `seed` (see
+    /// Mutate).
     void MutateSound();
     void MutateSound(uint64 seed);
 
-    /// There are two slots for a sound, each with its own steps, file and name. One of them is
-    /// played and edited; the other one is a copy of it when it is chosen for the first time.
+    /// There are two slots, A and B, each with a sound, its steps, file and name. The present one
+    /// is played and edited; the other starts as a copy of it when it is first chosen.
     char PresentSlot() const { return static_cast<char>('A' + slot); }
-    /// Plays the other one of the two slots.
+    /// Makes the other slot the present one.
     void SwitchAB();
-    /// Puts the present sound and its file into the other slot, which is one step there.
+    /// Copies the present sound and its file to the other slot, as one step there.
     void CopyToOther();
 
     // Functions.
 
-    /// Compiles the expression and installs its function; a failure is shown and the function
-    /// before stays. The field is disabled meanwhile.
-    /// True if it is installed. An add-on follows in the background.
+    /// Compiles the expression and installs its function; the expression's field is disabled
+    /// meanwhile. Returns false if that fails: the failure is shown, and the previous function
+    /// stays. An add-on follows in the background.
     bool Compile(const char* expression);
-    /// The add-on of the last expression has not come yet.
+    /// Returns whether the add-on of the last expression is still being made.
     bool Compiling() const { return instrument.Compiling(); }
-    /// Winds a sound file onto the plane; false, with an alert, where that fails.
+    /// Winds a sound file onto the plane. Returns false, after an alert, if that fails.
     bool LoadSample(const char* path);
-    /// Lays the brightness of a picture file on the plane; false, with an alert, where that fails.
+    /// Lays the brightness of a picture file on the plane. Returns false, after an alert, if that
+    /// fails.
     bool LoadPicture(const char* path);
 
     // MIDI.
 
-    /// Lists the sources anew. The one that the user has chosen is connected again when it has come
-    /// back.
+    /// Rebuilds the list of sources, and reconnects the chosen source if it is there again.
     void SetupMidiMenu();
-    /// Chooses a source by its name, now or whenever it appears; empty for none.
+    /// Chooses a source by its name, to be connected now or when it appears; empty for none.
     void ChooseSource(const std::string& name);
     const std::string& ChosenSource() const { return chosenSource; }
-    /// Sets whether program changes choose sounds. Nothing is asked then, as nobody could answer
-    /// while playing: Undo brings back what has changed of the sound before.
+    /// Sets whether program changes load sounds. They load without a question, because nobody could
+    /// answer it while playing; Undo restores unsaved changes of the previous sound.
     void FollowPrograms(bool on);
     bool FollowsPrograms() const { return followsPrograms; }
-    /// Returns the piano that the computer's keyboard plays; it is told of keys and of the window's
-    /// focus.
+    /// Returns the computer keyboard as a piano. Its owner passes it the key events and the changes
+    /// of the window's focus.
     ComputerKeyboard& Keyboard() { return keyboard; }
-    /// Always connected, whichever source is chosen.
+    /// Returns the piano on the screen, which is always connected, whatever source is chosen.
     ScreenPiano& Piano() { return piano; }
-    /// Ends all that sounds, at once.
+    /// Ends all notes at once, without their release.
     void SilenceAll();
 
     /// Shows a modal stop alert titled "Error" with the button "Ok", and waits for the answer.
-    /// `details`, if any, say why.
+    /// `details`, if not empty, gives the reason.
     static void ErrorAlert(const std::string& text, const std::string& details = "");
-    /// The error on standard error, as Print says it, and then in such alerts, of which the last
-    /// one has the text as its details.
+    /// Prints the error (see Print), then shows each of its alerts by ErrorAlert, the last with the
+    /// error's text as details. An error without alerts shows its text.
     static void ShowError(const kits::Error& error);
-    /// The error's text, if any, as a line on standard error.
+    /// Prints the error's text, if any, as a line on standard error.
     static void Print(const kits::Error& error);
 
-    /// Puts the text into the field, and has it take effect at once, as if a person had confirmed
-    /// it. `code` is that of the field's message.
+    /// Puts the text into the field and applies it at once, as if the user had confirmed it. `code`
+    /// is the code of the field's message.
     void EnterNow(FieldId field, uint32 code, const std::string& text);
 
     // The parts, for the window and for tests.
@@ -231,20 +238,21 @@ class VexaView : public BView {
     BMenu& VoicesMenu() { return *voicesMenu; }
     BMenu& ChannelMenu() { return *channelMenu; }
     BMenu& DeviceMenu() { return *deviceMenu; }
-    /// True where there is an audio graph, which there is unless a plug-in plays.
+    /// Returns whether there is an audio graph, which is so unless a plug-in plays.
     bool HasGraph() const { return graph != nullptr; }
     AudioGraph& Graph() { return *graph; }
     Instrument& Played() { return instrument; }
-    /// Returns what is remembered from one start to the next.
+    /// Returns the settings, which last from one start to the next.
     Settings& Remembered() const { return *settings; }
-    /// Returns what the plane shows: what plays, or what is being typed.
+    /// Returns the function that the plane shows: the one that plays or, in a preview, the one
+    /// being typed.
     const PlaneFunction& ShownFunction() const { return shown.Function(); }
     Engine& Playing() { return instrument.Playing(); }
     const Engine& Playing() const { return instrument.Playing(); }
     const sound_param& SoundParam() const { return Playing().parameters; }
     const FormulaPanel& Formulas() const { return formulas; }
-    /// Returns a sentence on what nobody would expect of what is saved at this moment; empty if
-    /// there is nothing.
+    /// Returns a warning of one or two sentences if the document saved now would differ from what
+    /// is heard; else an empty text.
     std::string SavingRemark() const;
     /// Returns the kind of the function that would be saved.
     FunctionKind Kind() const { return instrument.State().function.kind; }
@@ -268,7 +276,7 @@ class VexaView : public BView {
     void StartGraph();
     void ShowSound();
 
-    // Begins the view of a plug-in's sound, in the place of the audio graph.
+    // The sound of a plug-in, in place of the audio graph.
     void StartAttached();
     void TakeNews();
     void WatchPlugin();
@@ -305,7 +313,7 @@ class VexaView : public BView {
     void OpenSound(const std::string& path);
     void OpenSample(const std::string& path);
 
-    // What the plane shows, and what is typed.
+    // The plane's function, and the preview while an expression is typed.
     void ShowFunction(const PlaneFunction& f);
     void ShowPlaying(const PlaneFunction& f);
     void TakeTyping();
@@ -340,7 +348,7 @@ class VexaView : public BView {
 
     // Undo and redo.
 
-    /// While one lives, changes are parts of a step that is being made.
+    /// While an object exists, NoteSteps does nothing: the changes belong to a step in progress.
     class Busy {
       public:
         explicit Busy(int& count) : count(count) { count++; }
@@ -361,48 +369,54 @@ class VexaView : public BView {
     kits::ProgramFolders folders;
     Attachment* const plugin;
     const std::shared_ptr<Settings> settings;
-    /// The number of edits at which the sound was last offered to it, and the pulses since it went.
+    /// The number of edits at which the plug-in was last offered the sound, and the pulses since
+    /// the plug-in has gone.
     uint64 offeredAt = 0;
     int pulsesAlone = 0;
-    /// It has sent one.
+    /// The plug-in has sent a sound.
     bool hasPluginSound = false;
-    /// The present one is never empty.
+    /// The histories of both slots. The present slot always has one.
     std::array<std::optional<History>, 2> slots;
     std::size_t slot = 0;
-    /// The number of edits that the steps know.
+    /// The number of edits up to which steps have been noted.
     uint64 notedAt = 0;
-    /// For so many pulses more, notes that sound go on from where the sound before had them.
+    /// The pulses for which sounding notes still carry over from the previous sound without a jump.
     int pulsesOfJoining = 0;
-    /// How many objects of Busy there are.
+    /// The number of existing Busy objects.
     int busy = 0;
-    /// True where the sound has changed; then the number of edits at which that was found.
+    /// The result of the last comparison with the saved sound, and the number of edits at which it
+    /// was made.
     mutable bool changed = false;
     mutable std::optional<uint64> comparedAt;
-    /// This is called after the sound has been saved, if it is set.
+    /// Called once after the next saving of the sound, if set.
     std::function<void()> afterSaving;
-    /// There is no file of that name: nothing sounds, and the name is all that can be saved.
+    /// The file of the sample or picture is missing: nothing sounds, and only its name can be
+    /// saved.
     bool fileMissing = false;
-    /// The file that is the function is named in the field of the expression.
+    /// The expression's field names the file of a sample or picture.
     bool namesSource = true;
-    /// The field has an expression that is not installed, as it is wrong, and why.
+    /// The expression in the field is wrong and not installed, and the reason.
     bool expressionWrong = false;
     std::string refusal;
-    /// The view is on its way out.
+    /// The view is being destroyed.
     bool closing = false;
 
     Instrument instrument;
-    /// The function that plays, but for an add-on of the same values, and what the plane shows.
+    /// The function that plays, apart from an add-on with the same values, and the one that the
+    /// plane shows.
     PlaneFunction playing{nullfunc};
     PlaneFollower shown{instrument.Playing()};
-    /// The plane shows what is typed, not what plays.
+    /// The plane shows the typed formula, not the function that plays.
     bool previewing = false;
-    /// The formula that is typed and not shown yet, and for how many pulses it has been there.
+    /// A typed formula that the plane does not show yet (null if there is none), and in
+    /// `pulsesOfRest` the pulses since it was typed.
     std::shared_ptr<const Formula> typed;
-    /// The byte of the fault in what is typed, if it has one.
+    /// The byte position of the fault in the typed text, if it has one.
     std::optional<std::size_t> faultPlace;
     int pulsesOfRest = 0;
 
-    /// The field that has the keyboard, and the controllers when it got that.
+    /// The controller field that has the keyboard focus, and the controllers at the moment when it
+    /// got it.
     struct Learning {
         FieldId field;
         ControllerLearn from;
@@ -411,7 +425,7 @@ class VexaView : public BView {
 
     FormulaPanel formulas;
 
-    // Views, which go with this one.
+    // Views, which this view owns as its children.
     R2RFView* plane = nullptr;
     PlaneOverlay* overlay = nullptr;
     FormulaHint* hint = nullptr;
@@ -425,7 +439,8 @@ class VexaView : public BView {
     ComputerKeyboard keyboard;
     std::unique_ptr<PlaneDesk> desk;
     ScreenPiano piano;
-    /// The source that the user wants, and the number of the one that is connected (0 for none).
+    /// The name of the source that the user has chosen, and the ID of the connected one (0 for
+    /// none).
     std::string chosenSource;
     int32 connectedSource = 0;
 
@@ -434,12 +449,12 @@ class VexaView : public BView {
 
     bool followsPrograms = false;
     ProgramSelector programs{Playing().consumer, BMessenger(this), kProgramCode};
-    /// The reason why the last program did not become the sound.
+    /// The reason why the last program change loaded no sound; empty if it did.
     std::string programFault;
 
     std::unique_ptr<AudioGraph> graph;
 
-    /// Outlives the panels.
+    /// Declared before the panels, which use it.
     std::unique_ptr<BRefFilter> panelFilter;
     std::vector<std::unique_ptr<BFilePanel>> panels;
 };

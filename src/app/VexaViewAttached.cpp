@@ -14,13 +14,13 @@ namespace vexa {
 
 namespace {
 
-/// Pulses after which a plug-in that has gone is not waited for to be heard out: an alert may be
-/// open, behind which nothing is.
+/// The pulses after which a plug-in that has gone ends the program even if its last news has not
+/// been read: an open alert may hold up TakeNews.
 constexpr int kPulsesOfGrace = 3;
 
 } // namespace
 
-/// The host has the devices and says how many voices there are.
+/// Begins the view of a plug-in's sound. The host has the devices and sets the voice limit.
 void VexaView::StartAttached() {
     for (const char* bar : {"Midi Source", "Midi Device", "Midi Channel"})
         FindView(bar)->Hide();
@@ -36,13 +36,13 @@ void VexaView::StartAttached() {
     plugin->Watch(BMessenger(this), kNewsCode);
 }
 
-/// What has come from the plug-in, and what a person has done here.
+/// Takes the news of the plug-in, and offers it the user's changes.
 void VexaView::TakeNews() {
     if (const std::optional<Sound> next = plugin->Take(Playing())) {
         NoteSteps();
         const std::string name = next->info.name.value_or("the host's sound");
         LoadAs(*next, name, name);
-        // What this view began with was never the plug-in's.
+        // The view's initial sound never was the plug-in's, so it is not part of the history.
         if (!std::exchange(hasPluginSound, true))
             BeginHistory();
         offeredAt = Edits();
@@ -62,7 +62,7 @@ void VexaView::WatchPlugin() {
         Leave();
 }
 
-/// At once, whatever waits for a person.
+/// Ends the program at once, even if an alert is open.
 void VexaView::Leave() {
     BMessage quit(B_QUIT_REQUESTED);
     be_app->MessageReceived(&quit);

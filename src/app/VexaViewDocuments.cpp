@@ -24,18 +24,18 @@ namespace vexa {
 
 namespace {
 
-/// The fields of the plane's view.
+/// The fields that determine the plane's display.
 constexpr FunctionField kPlaneFields[] = {FunctionField::Width, FunctionField::LinkFunctionX,
                                           FunctionField::LinkFunctionY, FunctionField::LinkScreenX,
                                           FunctionField::LinkScreenY};
 
-/// Says what was read over on standard error.
+/// Prints the warnings on standard error.
 void Warn(const Warnings& warnings) {
     for (const kits::Error& warning : warnings)
         std::fprintf(stderr, "vexa: warning: %s\n", warning.text.c_str());
 }
 
-/// Does the same, and says it in one alert for all of it.
+/// Prints the warnings and shows them in one alert.
 void Tell(const std::filesystem::path& path, const Warnings& warnings) {
     Warn(warnings);
     if (warnings.empty())
@@ -47,13 +47,13 @@ void Tell(const std::filesystem::path& path, const Warnings& warnings) {
     auto* alert = new BAlert("Warning", text.c_str(), "Ok", nullptr, nullptr, B_WIDTH_AS_USUAL,
                              B_WARNING_ALERT);
     alert->SetDetails(lines);
-    // What was understood is heard meanwhile.
+    // The alert does not block: the understood part is loaded and heard meanwhile.
     alert->Show();
 }
 
 enum class Answer { Cancel, Discard, Save };
 
-/// The names of the sounds that it is about, one a line, where the question does not say them.
+/// Asks whether to save. `names`, if not empty, are the sounds concerned, one per line.
 Answer AskToSave(const std::string& text, const std::string& names = "") {
     auto* alert = new BAlert("Unsaved changes", text.c_str(), "Cancel", "Discard", "Save",
                              B_WIDTH_AS_USUAL, B_WARNING_ALERT);
@@ -67,7 +67,7 @@ std::string VexaView::TextOf(FieldId field) const {
     return Field(field).Text();
 }
 
-/// Puts the text into the field, as one that was confirmed; false where it stands there so already.
+/// Puts the text into the field as confirmed. Returns false if it is there already.
 bool VexaView::Put(FieldId id, const std::string& text) {
     BTextControl& field = Field(id);
     if (field.Confirmed() == text && !field.IsEdited())
@@ -82,14 +82,14 @@ void VexaView::EnterNow(FieldId field, uint32 code, const std::string& text) {
     MessageReceived(&message);
 }
 
-/// What is typed in the field takes effect at once, as if a person had confirmed it.
+/// Applies the typed text of the field, as if the user had confirmed it.
 void VexaView::Enter(BTextControl& field) {
     field.SetText(std::string(field.Text()).c_str());
     BMessage message = *field.Message();
     MessageReceived(&message);
 }
 
-/// The same for all fields in which something is typed.
+/// Applies the typed text of all fields.
 void VexaView::EnterTyped() {
     for (BTextControl* field : fields) {
         if (field->IsEdited())
@@ -97,8 +97,8 @@ void VexaView::EnterTyped() {
     }
 }
 
-/// An expression that is right but not confirmed yet is entered before another sound takes its
-/// field: what has been left can be undone to, and is asked about at the end.
+/// Enters a valid, unconfirmed expression before another sound replaces it, so that Undo can
+/// restore it and closing asks about it.
 void VexaView::KeepTyped() {
     BTextControl& field = Field(FunctionField::Expression);
     if (field.IsEdited() && ReadPlayable(field.Text()).formula)
@@ -122,7 +122,7 @@ Sound VexaView::ConstructSound() const {
     return sound;
 }
 
-/// What has been confirmed of what the fields and the envelopes say.
+/// Returns the sound of the confirmed texts and the envelopes, without unconfirmed typing.
 Sound VexaView::ConfirmedSound() const {
     Sound sound = instrument.State();
     for (std::size_t i = 0; i < envelopes.size(); i++)
@@ -142,7 +142,7 @@ void VexaView::PutPlaneFields(const Function& function) {
         MarkNumber(FunctionField::Frequency);
 }
 
-/// What the instrument plays, in all but the expression's field.
+/// Shows the sound in all controls except the expression's field.
 void VexaView::PutSound(const Sound& sound) {
     PutPlaneFields(sound.function);
     for (std::size_t i = 0; i < Parameters().size(); i++) {
@@ -163,7 +163,8 @@ void VexaView::InterpretFunction(const Function& function) {
     fileMissing = !Install(function) && !isExpression;
     if (fileMissing)
         instrument.Silence();
-    // Saving it again must not lose the name: the file may only be elsewhere for a while.
+    // The state keeps the file's name even if installing failed, because the file may be missing
+    // only for a while, and saving must not lose its name.
     instrument.Adopt(function);
     ShowKind();
     PutPlaneFields(function);
@@ -175,7 +176,8 @@ void VexaView::InterpretSound(const Sound& sound) {
     PutSound(sound);
 }
 
-/// Loads a sound, which is one step, called so; the sound is that of a file then.
+/// Loads a sound as one step, which is named `step`. The sound then belongs to a file called
+/// `name`.
 void VexaView::LoadAs(const Sound& sound, const std::string& name, const std::string& step) {
     KeepTyped();
     NoteSteps();
@@ -213,7 +215,7 @@ bool VexaView::LoadSound(const std::filesystem::path& path) {
     if (sound) {
         programFault.clear();
         LoadAs(*sound, path.stem().string(), "sound " + path.stem().string());
-        // A relative path, or one through links, may lead to where the sounds are.
+        // Use the usual path of the file, as `path` may be relative or lead through links.
         Steps().File().path = folders.Find("sounds", folders.NameOf("sounds", path));
     } else {
         ShowError(sound.Fault());
@@ -221,8 +223,8 @@ bool VexaView::LoadSound(const std::filesystem::path& path) {
     return bool(sound);
 }
 
-/// Nobody can answer an alert while playing: what is wrong stands in the logo bar and on standard
-/// error, and the sound before plays on.
+/// Loads the sound of the last program change. As nobody can answer an alert while playing, a
+/// failure is shown in the logo bar and on standard error, and the previous sound plays on.
 void VexaView::LoadProgram() {
     const std::optional<int32> number = programs.Take();
     if (!number)
@@ -342,7 +344,7 @@ void VexaView::NameSound(const std::string& name) {
     Steps().File().path.clear();
 }
 
-/// Counts how often anything of what ConstructSound tells may have changed.
+/// Returns a count that grows with each possible change of ConstructSound's result.
 uint64 VexaView::Edits() const {
     uint64 edits = instrument.Changes();
     for (const BTextControl* field : fields)
@@ -386,8 +388,8 @@ bool VexaView::MayGiveUp(const std::function<void()>& then) {
     return answer == Answer::Discard;
 }
 
-/// The same for the sounds of the present slot that were left for others. The last one of them is
-/// shown, as Undo would show it, and saved, before the rest is asked about anew.
+/// Asks the same for the sounds of the present slot that were left for others. To save, shows the
+/// last one, as Undo would, and saves it; `then` has to ask about the rest anew.
 bool VexaView::MayGiveUpLeft(const std::function<void()>& then) {
     const std::vector<History::LeftSound> left = Steps().Left();
     if (left.empty())
@@ -430,7 +432,7 @@ bool VexaView::Save(const std::string& name, const char* folder, const Writer& w
         return false;
     }
     const std::filesystem::path own = folders.Own(folder);
-    // A person may have cleared it away since the start.
+    // The user may have removed the folder since the start.
     kits::Result<void> saved = kits::MakeUserFolder(own);
     if (saved)
         saved = write(own / name);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Where the main view's plane function comes from: an expression, a sample or a picture.
+// The sources of the main view's plane function: an expression, a sample or a picture.
 #include "app/VexaView.h"
 #include "documents/DocumentKind.h"
 #include "kits/interface/Control.h"
@@ -12,7 +12,7 @@ namespace vexa {
 
 namespace {
 
-/// While it lives, the field takes no text.
+/// Disables the field during its lifetime.
 class Pause {
   public:
     explicit Pause(BTextControl& field) : field(field), focused(field.IsFocus()) {
@@ -33,7 +33,7 @@ class Pause {
 
 } // namespace
 
-/// Installs the function; where that fails it is shown, and the function before stays.
+/// Installs the function. If that fails, shows the error and keeps the previous function.
 bool VexaView::Install(const Function& function) {
     const bool isExpression = function.kind == FunctionKind::Expression;
     EndTyping();
@@ -50,9 +50,9 @@ bool VexaView::Install(const Function& function) {
     return installed;
 }
 
-/// Marks an expression that could not be installed; true where the function could.
+/// Marks an expression that could not be installed. Returns whether the function was installed.
 bool VexaView::MarkInstalled(const Function& function, const FunctionReport& report) {
-    // What fails without an alert plays all the same.
+    // A function with a fault but no alert plays all the same.
     const bool installed = report.alerts.empty();
     if (installed)
         fileMissing = false;
@@ -65,7 +65,7 @@ bool VexaView::MarkInstalled(const Function& function, const FunctionReport& rep
     return installed;
 }
 
-/// The fields are those of what the function is made from.
+/// Adapts the fields to the kind of the function.
 void VexaView::ShowKind() {
     Field(FunctionField::Frequency).SetEnabled(SampleMode());
     if (Kind() == FunctionKind::Expression)
@@ -79,7 +79,7 @@ void VexaView::ShowKind() {
     ShowSource();
 }
 
-/// The file stands where the expression would, as long as that is empty.
+/// Shows the file's name in the expression's field as long as that is empty.
 void VexaView::ShowSource() {
     BTextControl& expression = Field(FunctionField::Expression);
     std::string text;
@@ -102,7 +102,7 @@ bool VexaView::Compile(const char* expression) {
     function.kind = FunctionKind::Expression;
     function.expression = expression;
     const bool installed = Install(function);
-    // A file that sounds stays what would be saved, as long as the expression is wrong.
+    // While the expression is wrong, a sample or picture that sounds remains the function to save.
     if (installed || Kind() == FunctionKind::Expression)
         instrument.Adopt(function);
     if (Kind() == FunctionKind::Expression)

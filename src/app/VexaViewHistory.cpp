@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The main view's undo and redo, and what else makes another sound of the present one as a whole.
+// The main view's undo and redo, and the other operations that replace the whole sound.
 #include "app/VexaView.h"
 #include "instrument/InitialSound.h"
 #include "instrument/Mutation.h"
@@ -14,14 +14,14 @@ namespace vexa {
 
 namespace {
 
-/// Long enough for the media thread to have taken all up.
+/// Long enough for the media thread to have taken over the whole new sound.
 constexpr int kPulsesOfJoining = 3;
 
 } // namespace
 
 void VexaView::BeginHistory() {
     SoundFile file = Steps().File();
-    // What the file does not hold is put there only when a person says so.
+    // A changed sound is written to a file only at the user's request.
     if (Changed())
         file.path.clear();
     slots[slot].emplace(ConfirmedSound(), file.name);
@@ -41,14 +41,15 @@ void VexaView::NoteSteps() {
                  {gesture.number, gesture.held, std::chrono::steady_clock::now()});
 }
 
-/// All that has changed since NoteSteps is one step, which is called so.
+/// Makes one step, named `name`, of all changes since NoteSteps.
 void VexaView::NoteStep(const std::string& name) {
     Steps().Do(ConfirmedSound(), name);
     notedAt = Edits();
 }
 
-/// Controllers that move macros are playing. Those of a plug-in its host may have moved, and what
-/// the host does is not for the document.
+/// Takes over the macros that controllers have moved, which History counts as playing, not as a
+/// step. With a plug-in only calls NoteSteps: its host may have moved them, and the host's
+/// automation does not belong in the document.
 void VexaView::FollowMacros() {
     NoteSteps();
     if (plugin)
@@ -61,8 +62,8 @@ void VexaView::FollowMacros() {
     notedAt = Edits();
 }
 
-/// The present sound becomes another one, which is known to the steps already or will be. What is
-/// the same plays on, and notes that sound go over to it without a step.
+/// Replaces the present sound by `next`, which is in the steps already or will be. Parts that both
+/// share play on, and sounding notes change over without a jump.
 void VexaView::Become(const Sound& next) {
     const Busy now(busy);
     Playing().renderer.SetJoins(true);
@@ -72,10 +73,10 @@ void VexaView::Become(const Sound& next) {
     const Function& function = next.function;
     const bool isExpression = function.kind == FunctionKind::Expression;
     const FunctionReport report = instrument.Change(ConfirmedSound(), next);
-    // The function is taken as it was, also where it was wrong or could not be found.
+    // The state takes the function even if it was wrong or its file was missing.
     instrument.Adopt(function);
     if (!HaveOneSource(before, function)) {
-        // The person knows of an expression that is wrong.
+        // A wrong expression needs no alert: the user has seen its fault before.
         if (!MarkInstalled(function, report) && !isExpression) {
             fileMissing = true;
             ShowError(report);
@@ -88,7 +89,7 @@ void VexaView::Become(const Sound& next) {
     notedAt = Edits();
 }
 
-/// At a pulse.
+/// Counts down the pulses of joining.
 void VexaView::EndJoining() {
     if (pulsesOfJoining > 0 && --pulsesOfJoining == 0)
         Playing().renderer.SetJoins(false);
@@ -134,7 +135,7 @@ void VexaView::MutateSound(uint64 seed) {
     NoteStep("mutation");
 }
 
-/// Both are of a file then.
+/// Ends the gesture. If the other slot is empty, copies the present sound into it, with its file.
 void VexaView::OpenOtherSlot() {
     FollowMacros();
     Steps().End();
@@ -143,7 +144,7 @@ void VexaView::OpenOtherSlot() {
         return;
     other.emplace(ConfirmedSound(), "");
     other->File() = Steps().File();
-    // The slot that it comes from has it.
+    // Losing the copy needs no question: the original is still in its slot.
     other->GiveUp(true);
 }
 
@@ -174,7 +175,7 @@ bool VexaView::MayGiveUpAll(const std::function<void()>& then) {
     const std::optional<History>& other = slots[1 - slot];
     if (!other)
         return true;
-    // What both have is saved or given up by now.
+    // The changes of a sound that both slots have are saved or given up by now.
     const Sound sound = other->Present();
     const bool saved = AreAlike(sound, other->File().saved) || AreAlike(sound, Steps().Present());
     if (saved && other->Left().empty())

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What each message of the main view does.
+// The effects of the main view's messages.
 #include "app/Attachment.h"
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
@@ -20,10 +20,10 @@ namespace vexa {
 
 namespace {
 
-/// Pixels of the plane view that the display width is the width of.
+/// The width in pixels of the plane's view, which shows the display width.
 constexpr float kPlaneWidth = 300.0F;
 
-/// What the text of a float field means; nothing if it is no number at all (a NaN).
+/// Returns the value of a float field's text; nothing if the text is not a number (NaN).
 std::optional<float> NumberIn(const std::string& text) {
     const auto number = static_cast<float>(kits::NumberOf(text));
     if (std::isnan(number))
@@ -101,7 +101,7 @@ bool VexaView::TakeParameter(uint32 code) {
     return false;
 }
 
-/// Marks a field whose text is not wholly used, and says in its tip what was understood.
+/// Marks a field if its text is not used completely; its tool tip says what was understood.
 void VexaView::MarkNumber(FieldId id, bool controller) {
     const std::string doubt = NumberDoubt(TextOf(id), controller);
     Field(id).MarkWrong(!doubt.empty());
@@ -160,7 +160,8 @@ bool VexaView::TakeMenuChoice(uint32 code) {
     return true;
 }
 
-/// Listens to the channel, -1 for all; the computer's keyboard and the piano play on it.
+/// Sets the MIDI channel, 0..15, or -1 for all. The computer's keyboard and the screen piano play
+/// on it, or on channel 0 for all.
 void VexaView::SetChannel(int32 channel) {
     keyboard.SetChannel(static_cast<uchar>(std::max(channel, 0)));
     piano.SetChannel(static_cast<uchar>(std::max(channel, 0)));

@@ -55,7 +55,7 @@ bool VexaView::TakeSource(uint32 code) {
         FollowPrograms(!followsPrograms);
         return true;
     }
-    // Numbers are small; what lies far above is another message.
+    // Source numbers are small; codes far above belong to other messages.
     constexpr uint32 kMostSources = 1U << 16;
     if (code <= kFirstSourceCode || code - kFirstSourceCode > kMostSources)
         return false;
@@ -67,7 +67,8 @@ bool VexaView::TakeSource(uint32 code) {
     return item != nullptr;
 }
 
-/// Connects the chosen source if it is there, disconnects another one, and marks what is so.
+/// Connects the chosen source if it is there, disconnects another one, and marks the connected one
+/// in the menu.
 void VexaView::ConnectChosenSource() {
     BMidiRoster* roster = BMidiRoster::MidiRoster();
     if (!roster || !graph)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What is opened by the menu or dropped onto the window: documents, formulas and tunings.
+// Opening by the menu or by dropping onto the window: documents, formulas and tunings.
 #include "app/Dropped.h"
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
@@ -16,7 +16,7 @@ namespace vexa {
 
 namespace {
 
-/// A text as one line, without blanks round it.
+/// Returns the text as one line, without blanks at its ends.
 std::string OneLine(std::string text) {
     std::ranges::replace_if(
         text, [](char c) { return c == '\n' || c == '\r' || c == '\t'; }, ' ');
@@ -25,7 +25,7 @@ std::string OneLine(std::string text) {
     return text;
 }
 
-/// The next start may be from another folder. Empty where there is no file.
+/// Returns the absolute path, as the next start may be from another folder; empty without a file.
 std::string WholePath(const std::optional<std::filesystem::path>& file) {
     if (!file)
         return "";
@@ -60,7 +60,7 @@ bool VexaView::TakeOpening(const BMessage& message) {
 void VexaView::TakeDrop(const BMessage& message) {
     std::string text;
     if (message.FindString("text", &text) == B_OK) {
-        // A file manager may know no better than to give a file's name.
+        // A file manager may drop a file's name as plain text.
         if (const std::string line = OneLine(std::move(text)); !line.empty()) {
             Field(FunctionField::Expression).Type(line.c_str());
             Field(FunctionField::Expression).Confirm();
@@ -103,7 +103,7 @@ void VexaView::Remember(const std::filesystem::path& file) {
 }
 
 bool VexaView::Tune(const TuningChoice& choice) {
-    // A plug-in's host says how the keys are tuned.
+    // The plug-in's host tunes the keys.
     if (plugin)
         return false;
     const kits::Result<Tuning> read = ReadTuning(choice);

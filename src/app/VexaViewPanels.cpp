@@ -13,19 +13,19 @@ namespace vexa {
 
 namespace {
 
-/// A button, the panel that it shows, and what the panel's result does.
+/// The code of a button, the panel that it shows, and the action for the panel's result.
 struct PanelCommand {
     uint32 button;
     file_panel_mode mode;
     uint32 result;
-    /// One of the program's folders; null for those that a person has elsewhere.
+    /// One of the program's folders; null for files that the user keeps elsewhere.
     const char* folder;
     const char* title;
     void (VexaView::*open)(const std::string& path);
     void (VexaView::*save)(const std::string& name);
 };
 
-/// Lists no file of a person's that is a mere copy of what came with the program.
+/// Hides the user's files that are mere copies of shipped ones.
 class NoCopies : public BRefFilter {
   public:
     explicit NoCopies(const kits::ProgramFolders& folders) : folders(folders) {}
@@ -39,7 +39,7 @@ class NoCopies : public BRefFilter {
 
 } // namespace
 
-/// Shows a panel, or takes the result of one; false for any other message.
+/// Shows a panel or takes the result of one. Returns false for any other message.
 bool VexaView::TakePanelCommand(const BMessage& message) {
     static const PanelCommand kCommands[] = {
         {kLoadFunctionCode, B_OPEN_PANEL, kFunctionLoadedCode, "functions", "Load f(x,y)",
@@ -83,7 +83,7 @@ bool VexaView::TakePanelCommand(const BMessage& message) {
 
 void VexaView::ShowPanel(file_panel_mode mode, uint32 result, const char* folder,
                          const char* title) {
-    // Those that were cancelled are of no more use.
+    // Cancelled panels are no longer needed.
     std::erase_if(panels, [](const auto& panel) { return !panel->IsShowing(); });
     if (!panelFilter)
         panelFilter = std::make_unique<NoCopies>(folders);
@@ -92,14 +92,15 @@ void VexaView::ShowPanel(file_panel_mode mode, uint32 result, const char* folder
                                               new BMessage(result), panelFilter.get(), false, true);
     if (folder)
         panel->SetPanelDirectory(folders.Own(folder).c_str());
-    // What can be loaded is the person's and the program's; what can be replaced is the person's.
+    // The user's and the shipped files can be loaded; only the user's can be replaced.
     if (folder && mode == B_OPEN_PANEL)
         panel->SetBeneath(folders.Own(folder).c_str(), folders.Shipped(folder).c_str());
     panel->Window()->SetTitle(title);
-    // Elsewhere it would ask about a file that is not touched; MayReplace does.
+    // In other folders the panel would ask about a file that is not written; MayReplace asks
+    // instead.
     if (folder)
         panel->AskOnlyIn(folders.Own(folder));
-    // What is called otherwise no list would have.
+    // The lists show only files with this ending.
     if (mode == B_SAVE_PANEL)
         panel->SetEnding(kits::kDocumentEnding);
     panel->Show();
@@ -111,7 +112,7 @@ void VexaView::RemovePanel(const BMessage& message) {
     std::erase_if(panels, [sender](const auto& panel) { return panel.get() == sender; });
 }
 
-/// The first entry that an open panel's message names; empty if there is none.
+/// Returns the path of the first entry in an open panel's message; empty if there is none.
 std::string VexaView::ChosenPath(const BMessage& message) {
     entry_ref ref;
     BPath path;
@@ -120,8 +121,8 @@ std::string VexaView::ChosenPath(const BMessage& message) {
     return path.Path();
 }
 
-/// What is typed is saved, so that it is heard too. Asks where what would be saved is not what one
-/// hears.
+/// Applies typed texts, so that the saved sound is the heard one. Asks the user if they differ
+/// anyhow, and returns whether to save.
 bool VexaView::MaySave() {
     EnterTyped();
     const std::string remark = SavingRemark();
@@ -132,8 +133,8 @@ bool VexaView::MaySave() {
                ->Go() == 1;
 }
 
-/// Documents go into their folder, whichever the panel showed. Where it was another one, the person
-/// is told and asked here.
+/// Documents are saved in their own folder, whichever one the panel showed. If it showed another
+/// one, tells and asks the user. Returns whether to save.
 bool VexaView::MayReplace(const BMessage& message, const char* folder, const std::string& name) {
     entry_ref shown;
     message.FindRef("directory", &shown);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the main view shows of an expression while it is being typed.
+// The main view's feedback on an expression while it is being typed.
 #include "app/FormulaHint.h"
 #include "app/VexaView.h"
 #include "instrument/PlayableFormula.h"
@@ -10,12 +10,12 @@ namespace vexa {
 
 namespace {
 
-/// Pulses for which the text has stayed as it is before the plane shows it.
+/// The pulses for which the text must stay unchanged before the plane shows it.
 constexpr int kPulsesOfRest = 2;
 
 } // namespace
 
-/// Where the middle of the character is shown at which the fault lies.
+/// Returns the x coordinate of the middle of the faulty character; nothing without a fault.
 std::optional<float> VexaView::PlaceOfFault() const {
     if (!faultPlace)
         return std::nullopt;
@@ -24,13 +24,13 @@ std::optional<float> VexaView::PlaceOfFault() const {
            (field.PositionOf(*faultPlace) + field.PositionOf(*faultPlace + 1)) / 2;
 }
 
-/// Shows the function on the plane from now on.
+/// Makes the plane show the function.
 void VexaView::ShowFunction(const PlaneFunction& f) {
     shown.Take(f);
     plane->SetFunction(*shown.Next());
 }
 
-/// The function that plays is another one.
+/// Takes a new playing function and shows it.
 void VexaView::ShowPlaying(const PlaneFunction& f) {
     playing = f;
     typed.reset();
@@ -38,8 +38,8 @@ void VexaView::ShowPlaying(const PlaneFunction& f) {
     ShowFunction(f);
 }
 
-/// Tells a fault at once. A text that is right is shown as a picture when the person pauses, and
-/// stays so while the next ones are wrong; it is heard when it is confirmed.
+/// Shows a fault at once. A valid formula appears on the plane when the user pauses, and stays
+/// there while later texts are wrong; it is heard once confirmed.
 void VexaView::TakeTyping() {
     BTextControl& field = Field(FunctionField::Expression);
     if (!field.IsEdited())
@@ -55,7 +55,7 @@ void VexaView::TakeTyping() {
         hint->Explain(read.reason, PlaceOfFault());
 }
 
-/// All is as the text says that was confirmed last, or as it was taken.
+/// Ends the preview: the field's tool tip and the plane return to the function that plays.
 void VexaView::EndTyping() {
     hint->Withdraw();
     typed.reset();
@@ -64,10 +64,10 @@ void VexaView::EndTyping() {
         ShowPlaying(playing);
 }
 
-/// At a pulse: what has been typed, or what the function hears, as soon as the last picture has
-/// been there for a while.
+/// Called at a pulse. Shows the typed formula, or the playing function with changed inputs, once
+/// the last picture has been visible for a while.
 void VexaView::ShowWhatChanges() {
-    // The field scrolls when it is painted, and as the cursor goes.
+    // The field scrolls on painting and with the cursor, so the mark is moved here.
     if (!hint->IsHidden())
         hint->MoveMark(PlaceOfFault());
     if (typed && ++pulsesOfRest >= kPulsesOfRest) {

@@ -30,22 +30,22 @@ namespace vexa {
 
 namespace {
 
-/// Ten pulses a second move the orbits.
+/// The pulse period in microseconds; the orbits move ten times a second.
 constexpr bigtime_t kPulseRate = 100000;
 constexpr float kWidest = 10000;
-/// The least size of the window, whose main view scrolls then, in pixels.
+/// The minimum size of the window, in pixels; the main view then scrolls.
 constexpr float kLeastWidth = 480;
 constexpr float kLeastHeight = 240;
 
 constexpr float kMainTop = 41;
-/// For which the toolkit wants room where a scroll bar is shown, at most, in pixels.
+/// The most room that the toolkit needs for a scroll bar, in pixels.
 constexpr float kScrollBar = 16;
 
-/// Between the logo bar's pictures and what stands between them, in pixels.
+/// The gap between the logo bar's pictures and the views between them, in pixels.
 constexpr float kBarGap = 6;
 constexpr float kMenuWidth = 34;
 
-/// True where the code is one of a control of the main view.
+/// Returns whether the code is that of a control of the main view.
 bool IsCommand(uint32 code) {
     static constexpr uint32 kCommands[] = {
         kExpressionTypedCode, kLoadFunctionCode, kSaveFunctionCode, kLoadSoundCode,
@@ -63,7 +63,8 @@ bool IsCommand(uint32 code) {
            std::ranges::any_of(Parameters(), isRow) || std::ranges::any_of(FunctionFields(), isRow);
 }
 
-/// Has the desktop show a file or a folder; where it cannot, the sentence and the path are said.
+/// Asks the desktop to show a file or folder. If it cannot, an alert shows `otherwise` with the
+/// path.
 void ShowOnDesktop(const std::filesystem::path& path, const std::string& otherwise) {
     kits::ShowFile(path, [text = otherwise + path.string()](const std::string& reason) {
         auto* alert = new BAlert("Show", text.c_str(), "Ok", nullptr, nullptr, B_WIDTH_AS_USUAL,
@@ -88,7 +89,7 @@ TuningChoice RememberedTuning(const Settings& settings) {
     return choice;
 }
 
-/// Where the window was left; else where the frame is.
+/// Returns the frame at the remembered position, or the frame itself.
 BRect Placed(BRect frame, const WindowChoices& choices) {
     const Settings& settings = *choices.settings;
     if (choices.plugin || choices.classic || settings.Get(kWindowWidthSetting) <= 0)
@@ -143,7 +144,7 @@ VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders,
 }
 
 VexaWindow::~VexaWindow() {
-    // It shows and records what the main view plays, and would be the last to go.
+    // The bar uses the main view, but would be destroyed after it.
     delete bar;
 }
 
@@ -171,7 +172,7 @@ void VexaWindow::AddBar() {
     barRight = (right ? right->Bounds().Width() : 0) + kBarGap;
 }
 
-/// Without one where the system has no thread left to read sounds.
+/// Adds the drawer, or none if the system has no thread left to read sounds.
 void VexaWindow::AddDrawer() {
     try {
         sounds = new Drawer({0, kMainTop, Drawer::kWidth, Bounds().bottom}, *mainView);
@@ -184,7 +185,7 @@ void VexaWindow::AddDrawer() {
     AddChild(sounds);
 }
 
-/// That no part needs more of.
+/// Returns the least width that is enough for all parts.
 float VexaWindow::NeededWidth() const {
     const float beside = RoomOf(drawer);
     const float strips = Takes(strip) ? Strip::LeastWidth() : 0;
@@ -195,8 +196,8 @@ float VexaWindow::FullHeight() const {
     return mainHeight + (Takes(strip) ? Strip::PreferredHeight() + 1 : 0);
 }
 
-/// Gives the window the size that its parts take, with a main view of that width, or wider where
-/// that is too narrow, and no higher than is wanted, as far as the screen has room.
+/// Sizes the window for its parts: with a main view `mainWidth` wide, or wider if that is too
+/// narrow, and at most `wantedHeight` high, as far as the screen has room.
 void VexaWindow::Fit(float mainWidth, float wantedHeight) {
     const BRect room = Room();
     const float most = std::min(FullHeight(), room.Height());
@@ -213,7 +214,7 @@ void VexaWindow::Fit(float mainWidth, float wantedHeight) {
     Arrange();
 }
 
-/// Puts the parts where they belong in the window as it is.
+/// Places the parts in the window's present size.
 void VexaWindow::Arrange() {
     const BRect bounds = Bounds();
     const float left = RoomOf(drawer);
@@ -245,7 +246,7 @@ void VexaWindow::Arrange() {
         classic ? menu->Hide() : menu->Show();
 }
 
-/// Takes up what a person has chosen before.
+/// Applies the remembered settings.
 void VexaWindow::Remembered() {
     const Settings& settings = mainView->Remembered();
     drawer.wanted = settings.Get(kDrawerSetting);
@@ -261,7 +262,7 @@ void VexaWindow::Remembered() {
     });
 }
 
-/// For the next start, where it is not as it came up.
+/// Remembers a changed frame for the next start.
 void VexaWindow::RememberFrame() {
     if (!KeepsFrame() || IsHidden() || Frame() == knownFrame)
         return;
@@ -279,7 +280,7 @@ void VexaWindow::RememberFrame() {
     remember(kWindowHeightSetting, knownFrame->Height());
 }
 
-/// Hides what leaves the main view too little of the screen.
+/// Hides the parts that leave too little of the screen for the main view.
 void VexaWindow::FoldWhatDoesNotFit() {
     const BRect room = Room();
     if (Takes(strip) && mainHeight + playing->LeastHeight() + 1 > room.Height())
@@ -320,7 +321,7 @@ void VexaWindow::SetDark(bool on) {
     ApplyColors();
 }
 
-/// Makes the window classic, or no longer, from now on and at the next start.
+/// Makes the window classic, or no longer, and remembers the choice.
 void VexaWindow::ChooseClassic(bool on) {
     SetClassic(on);
     mainView->Remembered().Set(kClassicSetting, on);
@@ -469,14 +470,14 @@ void VexaWindow::Begin(const AppOptions& options, kits::Recording* recording) {
         view.LoadSound(*options.sound);
     if (options.file)
         view.Open(*options.file);
-    // What the command line asks for is no change.
+    // The options of the command line do not count as changes of the sound.
     view.BeginHistory();
     if (options.voices)
         Choose(view.VoicesMenu(), VoicesCode(*options.voices));
     if (options.channel)
         Choose(view.ChannelMenu(),
                *options.channel < 0 ? kAllChannelsCode : ChannelCode(*options.channel + 1));
-    // Without any gear a newcomer plays on the keys before him.
+    // By default the source is the computer's keyboard, so a newcomer can play without any device.
     view.ChooseSource(options.midi.value_or(view.Remembered().Get(kSourceSetting)));
 }
 
@@ -486,7 +487,7 @@ bool VexaWindow::QuitRequested() {
         Hide();
         return false;
     }
-    // Asked again, it finds nothing that is not saved.
+    // Once all is saved, the request is posted again and finds nothing unsaved.
     if (!attached && !mainView->MayGiveUpAll([this] { PostMessage(B_QUIT_REQUESTED); }))
         return false;
     be_app->PostMessage(B_QUIT_REQUESTED);

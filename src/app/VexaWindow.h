@@ -24,28 +24,30 @@ class Drawer;
 class Strip;
 class VexaView;
 
-/// These choices say how the window begins.
+/// The choices with which a window starts.
 struct WindowChoices {
-    /// The file "default" is loaded; else the caller does what there is to do.
+    /// Loads the sound "default"; else the caller loads a sound, if any.
     bool withDefaultSound = true;
-    /// The plug-in that plays, as VexaView has it; null where none does.
+    /// The plug-in that plays, as in VexaView; null if none does.
     Attachment* plugin = nullptr;
-    /// True where there are the logo bar and the main view alone.
+    /// Shows the logo bar and the main view alone.
     bool classic = false;
-    /// What is remembered from one start to the next; the settings made here are forgotten.
+    /// The settings, which last from one start to the next. The default ones have no file, so they
+    /// are forgotten.
     std::shared_ptr<Settings> settings = std::make_shared<Settings>();
 };
 
-/// The window has the logo bar at the top, below it the drawer at the left and the main view, below
-/// these the strip; drawer and strip can be hidden. It can be made wider, not taller, and smaller:
-/// then the strip has one row less and the main view scrolls. It is as large as it was left, and in
-/// the same place, at the next start, as far as the screen has room, unless it is classic or a
-/// plug-in's. Closing it ends the program. Window thread.
+/// The window has the logo bar at the top, the drawer below it at the left, the main view at its
+/// right, and the strip below these. Drawer and strip can be hidden. The user can make the window
+/// wider and smaller, but not taller than its parts. In a smaller window the strip has one row less
+/// and the main view scrolls. The next start restores the size and place, as far as the screen has
+/// room, except for a classic window and one of a plug-in. Closing the window ends the program.
+/// Window thread.
 class VexaWindow : public BWindow, private SessionClient {
   public:
-    /// Makes the window, not shown yet. The frame is that of the logo bar and the main view: with
-    /// the other parts the window is larger, and wider where a font needs it; what does not fit on
-    /// the screen is hidden or scrolls.
+    /// Makes the window without showing it. `frame` is the frame of the logo bar and the main view:
+    /// the other parts enlarge the window, and a font can widen it. Parts that do not fit on the
+    /// screen are hidden, and the main view scrolls.
     VexaWindow(BRect frame, const kits::ProgramFolders& folders, const WindowChoices& choices = {});
     ~VexaWindow() override;
 
@@ -54,23 +56,25 @@ class VexaWindow : public BWindow, private SessionClient {
     Drawer* Sounds() { return sounds; }
     Strip& Playing() { return *playing; }
 
-    /// The parts that can be hidden; the window becomes smaller or larger by them.
+    /// The parts that can be hidden. ShowPart shrinks or enlarges the window by the part.
     enum class Part { Drawer, Strip };
     void ShowPart(Part part, bool show);
     bool IsShown(Part part) const;
 
-    /// Shows the logo bar and the main view alone, in their first colours, with one-pixel lines.
+    /// If `on`, shows the logo bar and the main view alone, in the classic colours and with
+    /// one-pixel lines; else the whole window.
     void SetClassic(bool on);
     bool IsClassic() const { return classic; }
-    /// Dark or light colours, where it is not classic.
+    /// Chooses dark or light colours, which apply while the window is not classic.
     void SetDark(bool on);
     bool IsDark() const { return dark; }
 
-    /// Shows the window and has it do what the options ask for, with alerts where that fails.
-    /// What they leave open is as it was remembered.
+    /// Shows the window and carries out the options, with alerts for failures. The remembered
+    /// settings apply to what the options leave open. The recording, if not null, receives the
+    /// output.
     void Begin(const AppOptions& options, kits::Recording* recording);
-    /// Does the same in a session, whose manager is told how it went. From then on closing the
-    /// window hides it, and what it shows is saved where the manager wants it.
+    /// Does the same in a session and reports to its manager how opening went. From then on closing
+    /// the window hides it, and SaveProject saves to the place that the manager has set.
     void Begin(std::unique_ptr<Session> session, const Project& project,
                kits::Recording* recording);
     bool InSession() const { return session != nullptr; }
@@ -88,11 +92,12 @@ class VexaWindow : public BWindow, private SessionClient {
     Project PresentProject();
     void FollowSession();
 
-    /// The window's largest width and height, in pixels: all that a screen has.
+    /// A height in pixels above that of any screen, for a window as high as its parts. The limit of
+    /// the width is `kWidest`.
     static constexpr float kHighest = 10000;
 
-    /// A part that can be hidden, and the room that it takes, in pixels of the window's width or
-    /// height.
+    /// A part that can be hidden, and the room that it takes, in pixels of the window's width
+    /// (drawer) or height (strip).
     struct Pane {
         BView* view = nullptr;
         float room = 0;
@@ -103,7 +108,7 @@ class VexaWindow : public BWindow, private SessionClient {
     const Pane& PaneOf(Part part) const { return part == Part::Drawer ? drawer : strip; }
     bool Takes(const Pane& pane) const { return pane.view && pane.wanted && !classic; }
     float RoomOf(const Pane& pane) const { return Takes(pane) ? pane.room : 0; }
-    /// Whether the window's frame is a person's to remember.
+    /// Returns whether the window's frame is remembered.
     bool KeepsFrame() const { return !attached && !classic; }
     void AddBar();
     void AddDrawer();
@@ -121,28 +126,30 @@ class VexaWindow : public BWindow, private SessionClient {
     void FoldWhatDoesNotFit();
     void ApplyColors();
 
-    /// A plug-in has the sound, whatever becomes of the window.
+    /// A plug-in plays, so closing the window loses no sound.
     const bool attached;
     /// The height of the main view, with the logo bar, in pixels.
     const float mainHeight;
     bool classic;
     bool dark = false;
-    /// The frame that is remembered, or was there at first.
+    /// The frame that was last remembered, or the one at first.
     std::optional<BRect> knownFrame;
     BitmapBarView* logoBar = nullptr;
-    /// What the logo bar holds beside its pictures, and the width of these in pixels.
+    /// The views in the logo bar between its pictures, and the pixels to leave free at its left and
+    /// right.
     BarView* bar = nullptr;
     BMenuField* menu = nullptr;
     float barLeft = 0;
     float barRight = 0;
-    /// The main view, null while it is being built, which may take an alert.
+    /// The main view; null while it is being constructed, which may show an alert and so handle
+    /// messages.
     VexaView* mainView = nullptr;
     std::unique_ptr<Session> session;
-    /// The project as it was opened or saved last, with what the window cannot change.
+    /// The project as last opened or saved, with the parts that the window cannot change.
     Project savedProject;
-    /// Shows it where the window is too small for all of it.
+    /// Scrolls the main view if the window is too small for all of it.
     BScrollView* mainPane = nullptr;
-    /// The drawer, null where there is none.
+    /// The drawer; null if no thread could be had for it.
     Drawer* sounds = nullptr;
     Pane drawer;
     Pane strip;

@@ -12,8 +12,8 @@ void VexaWindow::Begin(std::unique_ptr<Session> joined, const Project& project,
                        kits::Recording* recording) {
     session = std::move(joined);
     const bool isNew = !ProjectExists(session->Project());
-    // What cannot be read of it is known before. The manager does not wait for a person who reads
-    // an alert of what is loaded.
+    // The project has been read, so its faults are known. Answer before loading, as the manager
+    // does not wait for a user who reads an alert.
     if (!isNew)
         session->TellOpened({}, false);
     savedProject = project;
@@ -21,14 +21,14 @@ void VexaWindow::Begin(std::unique_ptr<Session> joined, const Project& project,
     if (!isNew)
         mainView->NameSound(project.soundName);
     savedProject = PresentProject();
-    // What the menus were told to choose takes effect when their messages arrive.
+    // The choices in the menus take effect only when their messages arrive.
     savedProject.options.voices = project.options.voices;
     savedProject.options.channel = project.options.channel.value_or(-1);
     if (isNew)
         session->TellOpened(WriteProject(session->Project(), savedProject, {}), true);
 }
 
-/// What would be saved now.
+/// Returns the project as it would be saved now.
 Project VexaWindow::PresentProject() {
     Project project = savedProject;
     project.sound = mainView->ConstructSound();
@@ -69,8 +69,8 @@ void VexaWindow::ShowWindow(bool shown) {
     }
 }
 
-/// Where the manager has gone, a window that nobody could show any more is shown, and is as any
-/// other from then on.
+/// Handles the session's messages. If the manager has gone, the session ends and the window is
+/// shown, as nobody else could show it any more.
 void VexaWindow::FollowSession() {
     if (!session)
         return;

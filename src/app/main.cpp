@@ -21,9 +21,9 @@
 
 namespace {
 
-/// What playing may take of what the system may limit, once the loader has taken its part: open
-/// descriptors and bytes of address space. tests/app/FaultsTest.cpp measures that it is enough; a
-/// window on a JACK server takes most.
+/// The open descriptors and the bytes of address space that playing needs once the loader has run;
+/// the system may limit both. tests/app/FaultsTest.cpp measures that they suffice; a window on a
+/// JACK server needs most.
 constexpr std::size_t kDescriptors = 64;
 constexpr std::size_t kMemory = std::size_t{736} << 20;
 
@@ -34,7 +34,7 @@ int Fail(const std::string& text, int exitCode) {
 
 int Play(const vexa::AppOptions& options, const kits::ProgramFolders& folders,
          const vexa::Tuning& tuning, vexa::JoinedSession* joined) {
-    // A signal from here on leaves no part of a recording behind.
+    // From here on a signal ends the program in order, so that no recording is left incomplete.
     const kits::Interrupt interrupt;
     std::unique_ptr<kits::Recording> recording;
     if (options.record) {
@@ -76,7 +76,7 @@ int Run(const std::vector<std::string>& texts) {
     const auto folders = kits::FindProgramFolders("vexa", options->userFolder);
     if (!folders) {
         const int exitCode = Fail(folders.Fault().text, 1);
-        // Whoever has started it from a menu sees no terminal.
+        // A user who has started the program from a menu sees no terminal.
         if (!options->noWindow && ::isatty(STDERR_FILENO) == 0)
             vexa::ShowFault(folders.Fault().text);
         return exitCode;

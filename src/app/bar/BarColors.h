@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the boxes in the logo bar are drawn with, which is dark in every set of colours.
+// The colours of the boxes in the logo bar, which is dark in every colour set.
 #pragma once
 
 #include "kits/interface/InterfaceDefs.h"
@@ -8,7 +8,7 @@ namespace vexa {
 
 constexpr rgb_color kBox = {14, 18, 44};
 constexpr rgb_color kBoxEdge = {70, 80, 120};
-/// The radius of their corners, in pixels.
+/// The corner radius of the boxes, in pixels.
 constexpr float kBoxCorner = 4;
 
 } // namespace vexa

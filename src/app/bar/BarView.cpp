@@ -18,7 +18,7 @@ namespace vexa {
 namespace {
 
 constexpr uint32 kRecordCode = FourCC("Reco");
-/// The index in kSystems is added.
+/// The code of the first audio system; the index in `kSystems` is added.
 constexpr uint32 kSystemCode = FourCC("ASy0");
 
 constexpr struct {
@@ -44,7 +44,7 @@ constexpr float kArrowButtonWidth = 20;
 constexpr float kArrowHeight = kBarHeight - 6;
 constexpr float kBarInset = 8;
 
-/// How long an announcement stands, in pulses.
+/// The time for which an announcement is shown, in pulses.
 constexpr int kAnnouncementPulses = 60;
 
 std::string NameOf(std::optional<kits::AudioSystem> system) {
@@ -109,7 +109,7 @@ void BarView::AddDevice() {
     AddChild(record);
 }
 
-/// The audio systems, then what the menu of MIDI sources has at present.
+/// Fills the menu with the audio systems, then the present items of the menu of MIDI sources.
 void BarView::FillDeviceMenu() {
     deviceMenu->RemoveAll();
     const std::optional<kits::AudioSystem> used = mainView.Graph().System();
@@ -122,7 +122,7 @@ void BarView::FillDeviceMenu() {
             item->SetMarked(true);
     }
     deviceMenu->AddItem(new BSeparatorItem);
-    // Marks are those of a choice each, so the menu is in no radio mode.
+    // Audio system and MIDI source are marked independently, so the menu is not in radio mode.
     for (std::size_t i = 0; const BMenuItem* source = mainView.DeviceMenu().ItemAt(i); i++) {
         const bool separates = !source->Message();
         BMenuItem* item = separates
@@ -234,8 +234,8 @@ void BarView::FrameResized(float, float) {
     Invalidate();
 }
 
-/// From the right; what remains at the left is the name's, up to a width. Where that would be too
-/// little, what is missed least is not shown.
+/// Places the views from the right; the name has the rest at the left, up to a maximum width. If
+/// that is too little, hides the least important views.
 void BarView::Arrange() {
     const BRect bounds = Bounds();
     float room = bounds.right - kLeastName - 2 * kArrowButtonWidth - kButtonGap;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The bar stands in the logo bar between its pictures.
+// The bar of controls between the pictures of the logo bar.
 #pragma once
 
 #include "app/bar/WindowRecorder.h"
@@ -18,29 +18,30 @@ namespace vexa {
 class LevelMeter;
 class VexaView;
 
-/// From left to right it has the sound's name, between buttons for the previous one and the next,
-/// with a mark where it has changed and what is worth knowing of it; the audio device, whose menu
-/// chooses it and the MIDI source; the voices and the share of the time that they take; the level;
-/// the button that records, and the one that silences. What a plug-in's host has is left out where
-/// one plays, and what a narrow window has no room for. Window thread.
+/// From left to right the bar has: the caption of the sound (VexaView::Caption), between buttons
+/// for the previous and the next sound; buttons for undo and redo; the audio device, whose menu
+/// chooses it and the MIDI source; the number of voices and their share of the time; the level
+/// meter; the record button and the silence button. If a plug-in plays, the device, the meter and
+/// the record button are left out, as its host has them; a narrow bar leaves out what it has no
+/// room for. Window thread.
 class BarView : public BView {
   public:
-    /// Makes the bar of the main view, which outlives it, as wide as the frame.
+    /// Makes a bar for the main view, which outlives it, as wide as `frame`.
     BarView(BRect frame, VexaView& mainView);
     ~BarView() override;
 
     void Draw(BRect update) override;
     void FrameResized(float width, float height) override;
     void MessageReceived(BMessage* message) override;
-    /// Shows what has become of all that since the last call; to be called some ten times a second.
+    /// Shows changes of all this since the last call. To be called about ten times a second.
     void Refresh();
 
-    /// Begins a recording, or ends the one that goes on. What becomes of it is shown in the place
-    /// of the sound's name for a while.
+    /// Begins a recording or ends the present one. The bar shows the name of the finished file in
+    /// place of the sound's name for a while; an alert reports a failure.
     void ToggleRecording();
     bool IsRecording() const { return recorder && recorder->IsRecording(); }
 
-    /// Returns the text in the place of the name.
+    /// Returns the text in the name's place.
     const std::string& Caption() const { return caption; }
     BMenu& DeviceMenu() { return *deviceMenu; }
 
@@ -72,8 +73,7 @@ class BarView : public BView {
     std::string caption;
     std::string voices;
     std::string load;
-    /// The text that is shown for a while instead of the name, and the pulses for which it still
-    /// is.
+    /// The text shown for a while instead of the name, and the pulses that remain for it.
     std::string announcement;
     int pulsesLeft = 0;
 };

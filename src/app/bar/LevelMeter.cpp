@@ -12,9 +12,9 @@ namespace vexa {
 namespace {
 
 constexpr float kQuietest = -48;
-/// From here on a bar asks for attention.
+/// The level in dB from which a bar has the warning colour.
 constexpr float kLoud = -6;
-/// Thirty times a second.
+/// The period in microseconds: thirty times a second.
 constexpr bigtime_t kMeterLook = 33333;
 
 // In pixels.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// How loud the output is, in the logo bar.
+// The output level, in the logo bar.
 #pragma once
 
 #include "audio/OutputLevel.h"
@@ -12,18 +12,18 @@
 
 namespace vexa {
 
-/// Two bars with their held peaks, left above right, from -48 dB of full scale on, and at their
-/// right end the light for clipping, which stays on until a click, Enter or Space puts it out.
-/// Moves thirty times a second. Window thread.
+/// Two bars with their held peaks, left above right, from -48 to 0 dB of full scale. The clip light
+/// at their right end stays on until a click, Enter or Space resets it. The meter moves thirty
+/// times a second. Window thread.
 class LevelMeter : public BView {
   public:
-    /// The tap outlives it.
+    /// Makes a meter of `tap`, which outlives it.
     explicit LevelMeter(OutputTap& tap);
 
-    /// Takes what has come since the last call. To be called some ten times a second also where
-    /// nobody sees it, so that no clipping is missed.
+    /// Measures the output since the last call. To be called about ten times a second even while
+    /// the meter is not visible, so that no clipping is missed.
     void Refresh();
-    /// Whether the output is looked at; else it is left alone.
+    /// Starts or stops listening to the output. While stopped, the tap has no listener.
     void Listen(bool on);
 
     void Draw(BRect update) override;
@@ -40,7 +40,8 @@ class LevelMeter : public BView {
     OutputTap& tap;
     std::optional<OutputLevel> level;
     std::chrono::steady_clock::time_point before;
-    /// What is drawn: lengths of bars and peaks in pixels, and the light.
+    /// The drawn state: the lengths of both bars and of both peaks in pixels, and 1 for a lit clip
+    /// light.
     std::array<float, 5> shown{};
     kits::Ticker ticker;
 };

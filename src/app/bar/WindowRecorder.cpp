@@ -13,7 +13,7 @@ namespace vexa {
 
 namespace {
 
-/// The local time, as it sorts: "2031-05-17 20.15.08".
+/// Returns the local time in a form that sorts: "2031-05-17 20.15.08".
 std::string Now() {
     const std::time_t seconds = std::time(nullptr);
     std::tm parts{};
@@ -43,7 +43,8 @@ kits::Result<void> WindowRecorder::Begin(const std::string& soundName) {
         return kits::Error{folder.string() + ": " + fault.message()};
     const std::string stem = (soundName.empty() ? "sound" : soundName) + " " + Now();
     path = folder / (stem + ".wav");
-    // Within a second, or where the clock has been set back, as it is in autumn.
+    // The name can exist already: from the same second, or after the clock was set back, as in
+    // autumn.
     for (int number = 2; std::filesystem::exists(path, fault); number++)
         path = folder / (stem + " (" + std::to_string(number) + ").wav");
     auto begun = kits::Recording::Begin(path);

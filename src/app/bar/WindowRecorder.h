@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Recordings that a person begins and ends in the window.
+// Recordings that the user begins and ends in the window.
 #pragma once
 
 #include "kits/media/Recording.h"
@@ -14,24 +14,24 @@ namespace vexa {
 
 class AudioGraph;
 
-/// Records what is heard into the person's folder "recordings", into a new 32-bit float WAV file
-/// each time. Window thread.
+/// Records the output into the user's folder "recordings", each time into a new 32-bit float WAV
+/// file. Window thread.
 class WindowRecorder {
   public:
     WindowRecorder(AudioGraph& graph, kits::ProgramFolders folders);
-    /// Ends the recording, if one goes on, and keeps it.
+    /// Ends and keeps a recording in progress.
     ~WindowRecorder();
     WindowRecorder(const WindowRecorder&) = delete;
     WindowRecorder& operator=(const WindowRecorder&) = delete;
 
-    /// Begins a file that has the sound's name and the time in its own. The error says why there is
-    /// none.
+    /// Begins a file named after the sound and the local time. The error gives the reason if that
+    /// fails.
     kits::Result<void> Begin(const std::string& soundName);
-    /// Ends the recording. Returns the path of the file, or the error that says what is missing in
-    /// it.
+    /// Ends the recording, which must be in progress. Returns the path of the file, or an error
+    /// that says what is missing in it.
     kits::Result<std::filesystem::path> End();
     bool IsRecording() const { return recording != nullptr; }
-    /// True where the recording keeps nothing more, as End will tell.
+    /// Returns whether the recording has stopped by itself and keeps nothing more; End reports why.
     bool HasEnded() const { return recording && recording->HasEnded(); }
 
   private:

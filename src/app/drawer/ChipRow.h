@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A few words of which one is chosen.
+// A choice of one word from a few.
 #pragma once
 
 #include "kits/interface/View.h"
@@ -10,18 +10,18 @@
 
 namespace vexa {
 
-/// Shows words in rows, as many in each as there is room for; a click or the arrows choose one.
+/// Shows the words as chips, in rows of as many as fit; a click or the arrow keys choose one.
 /// Window thread.
 class ChipRow : public BView {
   public:
-    /// `choose` is told of the index of the word that a person has chosen. The first is chosen
-    /// before.
+    /// Makes chips of `words`, with the first chosen. `choose` is called with the index of each
+    /// newly chosen word, whether the user or a call of Choose has chosen it.
     ChipRow(BRect frame, const char* name, std::vector<std::string> words,
             std::function<void(std::size_t index)> choose);
 
     std::size_t Chosen() const { return chosen; }
     void Choose(std::size_t index);
-    /// Returns the height that all rows take, as BRect::Height counts it.
+    /// Returns the height of all rows, as BRect::Height counts it.
     float PreferredHeight() const;
 
     void Draw(BRect update) override;

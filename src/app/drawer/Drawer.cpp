@@ -22,7 +22,7 @@ constexpr uint32 kSearchCode = FourCC("DrwS");
 constexpr float kDrawerMargin = 10;
 constexpr float kDrawerGap = 8;
 
-/// Before the categories.
+/// The chips before the categories.
 constexpr const char* kAll = "all";
 constexpr const char* kFavourites = "★";
 constexpr const char* kOwn = "yours";
@@ -39,7 +39,7 @@ std::vector<std::string> Chips() {
 Drawer::Drawer(BRect frame, VexaView& mainView)
     : BView(frame, "drawer", B_FOLLOW_NONE, B_WILL_DRAW | B_FRAME_EVENTS),
       mainView(mainView),
-      // The pictures have twice the size, for screens of twice the density.
+      // The pictures have twice the size, for screens of double density.
       bank(std::make_unique<Bank>(mainView.Folders(), 2 * SoundListView::kPictureSize, nullptr)) {
     search = new BTextControl(
         {kDrawerMargin, kDrawerMargin, frame.Width() - kDrawerMargin, kDrawerMargin}, "search",
@@ -168,7 +168,7 @@ void Drawer::Arrange() {
     list->ResizeTo(bounds.Width() - 1, std::max(0.0F, bounds.bottom - listTop));
 }
 
-/// The edge to the main view.
+/// Draws the edge to the main view.
 void Drawer::Draw(BRect) {
     SetHighColor(Colors().edge);
     StrokeLine({Bounds().right, 0}, {Bounds().right, Bounds().bottom});

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The sounds that there are, to choose from.
+// The list of all sounds to choose from.
 #pragma once
 
 #include "bank/Bank.h"
@@ -18,23 +18,24 @@ class ChipRow;
 class SoundListView;
 class VexaView;
 
-/// The drawer has a search, the categories, and the list of sounds below. What is listed is also
-/// what previous and next go through, be the drawer shown or not. Window thread.
+/// The drawer has a search field, the categories, and below them the list of matching sounds. Step
+/// goes through the same list, whether the drawer is shown or not. Window thread.
 class Drawer : public BView {
   public:
-    /// Loads into the main view, which outlives it. Throws std::system_error where there is no
-    /// thread to be had that reads sounds.
+    /// Makes a drawer that loads sounds into the main view, which outlives it. Throws
+    /// std::system_error if the thread that reads sounds cannot be started.
     Drawer(BRect frame, VexaView& mainView);
     ~Drawer() override;
 
-    /// Sets the favourites, and the function that is told when a person has changed them.
+    /// Sets the favourites and the function that is called when the user has changed them.
     void SetFavourites(Favourites next, std::function<void(const Favourites&)> changed);
 
-    /// Loads the sound so many places after the one that plays, or before it; beyond an end it goes
-    /// on at the other one. Those that cannot be loaded are passed over.
+    /// Loads the sound `places` after the one that plays, or before it if negative; the list wraps
+    /// around. Sounds that cannot be loaded are skipped.
     void Step(int places);
 
-    /// Shows what has become of the sounds, and of the one that plays; some ten times a second.
+    /// Shows changes of the bank's sounds and of the sound that plays. To be called about ten times
+    /// a second.
     void Refresh();
 
     void MessageReceived(BMessage* message) override;
@@ -63,7 +64,7 @@ class Drawer : public BView {
     SoundListView* list = nullptr;
     std::shared_ptr<const BankView> shown;
     SoundQuery shownQuery;
-    /// It stands last, as it is to end before what it reads for goes.
+    /// Declared last so that its thread ends before the members above are destroyed.
     std::unique_ptr<Bank> bank;
 };
 

@@ -24,10 +24,10 @@ constexpr float kTagsBaseline = 36;
 constexpr float kFaultBaseline = 48;
 constexpr float kCorner = 3;
 
-/// Rows that a step of the wheel goes.
+/// The rows that one notch of the wheel scrolls.
 constexpr float kWheelRows = 1.5F;
 
-/// A star with its tip up.
+/// Returns the corners of a star that points up.
 std::vector<BPoint> Star(BPoint center, float radius) {
     constexpr int kCorners = 10;
     constexpr float kInner = 0.42F;
@@ -142,7 +142,7 @@ void SoundListView::ScrollTo(float next) {
 
 void SoundListView::Load(std::size_t row) {
     MoveCursor(row);
-    // The callback may bring other rows.
+    // The callback may replace the rows.
     const std::shared_ptr<const SoundEntry> entry = rows[row];
     if (entry->fault.empty())
         callbacks.load(*entry);
@@ -156,7 +156,7 @@ void SoundListView::MouseDown(BPoint where) {
         callbacks.toggleFavourite(*rows[*row]);
         return;
     }
-    // The second press of two has nothing to add.
+    // The second press of a double click has no further effect.
     if (Clicks() == 1)
         Load(*row);
 }
@@ -214,7 +214,7 @@ bool SoundListView::KeyDown(const kits::KeyPress& press) {
             Load(cursor);
         return true;
     case Key::Character:
-        // Who has clicked a sound wants to play it: his keys are notes.
+        // After a click on a sound the user wants to play it, so the keys are notes, not text.
         if (press.text.empty() || !IsFocusByKeys())
             return false;
         callbacks.type(press.text);
@@ -284,7 +284,8 @@ void SoundListView::DrawRow(std::size_t row) {
                    {kTextLeft, frame.top + kTagsBaseline});
         return;
     }
-    // Half of the room is enough for those that the drawer offers; a document may name another one.
+    // Half of the width is enough for the drawer's own categories, but a document may name another
+    // one.
     const std::string category = CutToFit(entry.category, (right - kTextLeft) / 2);
     const float categoryLeft = right - StringWidth(category);
     DrawString(category, {categoryLeft, frame.top + kTagsBaseline});

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The rows of the sounds drawer.
+// The list of sounds in the drawer.
 #pragma once
 
 #include "bank/SoundSearch.h"
@@ -15,35 +15,36 @@
 namespace vexa {
 
 /// The list has a row for each sound: its picture, name, tags and category, and a star for
-/// favourites. One that cannot be loaded is dim and says why. A click, or Enter on the row of the
-/// cursor, loads a sound; a click on the star, or Ctrl+D, makes it a favourite or no longer one.
-/// Only rows that can be seen are drawn. Window thread.
+/// favourites. A sound that cannot be loaded is dim and shows the reason. A click, or Enter on the
+/// cursor's row, loads the sound; a click on the star, or Ctrl+D, adds it to the favourites or
+/// removes it. Only visible rows are drawn. Window thread.
 class SoundListView : public BView {
   public:
-    /// The list calls these functions of its owner.
+    /// The functions of the owner that the list calls.
     struct Callbacks {
         std::function<void(const SoundEntry& entry)> load;
         std::function<void(const SoundEntry& entry)> toggleFavourite;
-        /// A character was typed: it is for the search.
+        /// The user has typed a character for the search.
         std::function<void(const std::string& text)> type;
     };
 
     SoundListView(BRect frame, const Favourites& favourites, Callbacks callbacks);
 
-    /// Shows these sounds. The cursor stays on its sound where that is among them, and so does the
-    /// view.
+    /// Shows these sounds. If the cursor's sound is among them, the cursor stays on it and its row
+    /// stays at the same height in the view.
     void SetRows(SoundList next);
     const SoundList& Rows() const { return rows; }
-    /// Tells the list which sound plays, and whether it has changed since.
+    /// Sets which sound plays and whether it has changed since it was loaded. If it is another one,
+    /// the cursor moves to it.
     void SetLoaded(const std::filesystem::path& path, bool changed);
-    /// The row of the sound that plays, if it is among them.
+    /// Returns the row of the sound that plays, if it is in the list.
     std::optional<std::size_t> LoadedRow() const;
-    /// Puts the cursor on the row, and the row into sight.
+    /// Moves the cursor to the row and scrolls the row into view.
     void MoveCursor(std::size_t row);
     std::size_t Cursor() const { return cursor; }
-    /// Returns the sounds in sight, whose pictures are wanted first.
+    /// Returns the files of the visible rows, whose pictures are needed first.
     std::vector<std::filesystem::path> InSight() const;
-    /// A star has changed.
+    /// Redraws the stars after a change of the favourites.
     void FavouritesChanged() { Invalidate(); }
 
     void Draw(BRect update) override;
@@ -59,7 +60,7 @@ class SoundListView : public BView {
     kits::AccessibleThing DescribePart(std::size_t index) const override;
     void Activate(std::optional<std::size_t> part) override;
 
-    /// The pixels a side of the pictures that rows show, on a screen of usual density.
+    /// The side of a row's picture, in pixels of a screen of normal density.
     static constexpr int kPictureSize = 48;
 
   private:
@@ -81,7 +82,7 @@ class SoundListView : public BView {
     bool loadedChanged = false;
     std::size_t cursor = 0;
     std::optional<std::size_t> hovered;
-    /// The pixels of the rows that are above the view's top.
+    /// The height of the rows above the top of the view, in pixels.
     float scroll = 0;
     BFont small;
 };

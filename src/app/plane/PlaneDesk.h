@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The main view as the gestures on its plane see it.
+// The main view as the host of the gestures on its plane.
 #pragma once
 
 #include "app/plane/PreviewNote.h"
@@ -9,11 +9,11 @@ namespace vexa {
 
 class VexaView;
 
-/// Puts texts into the main view's fields, which take effect as if they had been typed and
-/// confirmed, and plays previews. Window thread.
+/// Puts texts into the main view's fields, where they take effect as if typed and confirmed, and
+/// plays preview notes. Window thread.
 class PlaneDesk : public PlaneHost {
   public:
-    /// Makes the desk of a view that outlives it.
+    /// Makes the desk of `mainView`, which outlives it.
     explicit PlaneDesk(VexaView& mainView);
 
     const SoundRecords& Records() const override;
@@ -23,7 +23,7 @@ class PlaneDesk : public PlaneHost {
     void Strike(std::optional<BPoint> start) override;
     void LetGo() override { preview.LetGo(); }
     void Watch() override { preview.Watch(); }
-    /// Does what PreviewNote::SendTo does.
+    /// See PreviewNote::SendTo.
     void SendTo(HandSource::Player next) { preview.SendTo(std::move(next)); }
 
   private:

@@ -10,8 +10,8 @@ namespace vexa {
 
 namespace {
 
-/// Calls of Watch after which a note that has not begun is not waited for: the channel may not be
-/// listened to, or nothing plays.
+/// The calls of Watch after which the coefficients are restored even if the note has not begun: the
+/// channel may be ignored, or nothing plays.
 constexpr int kMostWatched = 30;
 
 } // namespace
@@ -51,7 +51,7 @@ void PreviewNote::Watch() {
         GiveBack();
 }
 
-/// What a person has changed meanwhile stays.
+/// Restores the coefficients, except those that the user has changed meanwhile.
 void PreviewNote::GiveBack() {
     for (const Loan& loan : *loans) {
         if (*loan.coefficient == loan.lent)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The note by which a person hears what he does to the orbit.
+// The note that lets the user hear an edit of the orbit.
 #pragma once
 
 #include "app/HandSource.h"
@@ -10,8 +10,8 @@
 
 namespace vexa {
 
-/// A note that comes and goes by the MIDI thread, as those of the computer's keyboard do, whatever
-/// source is chosen. Window thread.
+/// A note that is played through the MIDI thread, like those of the computer's keyboard, but
+/// reaches the engine whatever source is chosen. Window thread.
 class PreviewNote {
   public:
     explicit PreviewNote(Engine& engine);
@@ -19,17 +19,17 @@ class PreviewNote {
     PreviewNote(const PreviewNote&) = delete;
     PreviewNote& operator=(const PreviewNote&) = delete;
 
-    /// Begins the note on the channel, 0..15, or begins it anew. Its centre starts at `start` where
-    /// there is one: the engine's own coefficients say so until the note has begun, while neither
-    /// the sound nor what it is saved as ever does. Another note that begins in these few
-    /// milliseconds starts there too.
+    /// Begins the note on `channel`, 0..15, and ends the previous one. If there is a `start`, the
+    /// orbit's centre starts there. For that the engine's coefficients are changed until the note
+    /// has begun; the sound in the window and in documents is not. Another note that begins in
+    /// these few milliseconds starts there too.
     void Strike(uint8 channel, std::optional<BPoint> start);
     void LetGo();
-    /// Gives the coefficients back once the note has begun. It is to be called often until LetGo.
+    /// Restores the coefficients once the note has begun. To be called often until LetGo.
     void Watch();
 
-    /// It plays there from now on, as HandSource does, in another process, where no start can be
-    /// given: Strike with one does nothing.
+    /// Sends the note to `next` from now on, as HandSource::SendTo does. It then plays in another
+    /// process, where no start can be given: Strike with a start does nothing.
     void SendTo(HandSource::Player next) {
         source.SendTo(std::move(next));
         elsewhere = true;
@@ -39,7 +39,7 @@ class PreviewNote {
     uint32 NotesSoFar() const;
     void GiveBack();
 
-    /// A coefficient as it was and as it is lent.
+    /// A coefficient of the engine, its own value, and the value lent to it for the start.
     struct Loan {
         kits::Shared<float>* coefficient;
         float own, lent;
@@ -50,7 +50,8 @@ class PreviewNote {
     bool elsewhere = false;
     bool sounds = false;
     std::optional<std::array<Loan, 2>> loans;
-    /// All notes of the table when the coefficients were lent, and calls of Watch since then.
+    /// The number of notes that the voice table had counted when the coefficients were lent, and
+    /// the calls of Watch since then.
     uint32 notesBefore = 0;
     int watched = 0;
 };

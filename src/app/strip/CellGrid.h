@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A grid has small controls in columns, each with its label above.
+// A grid of small controls, each with its label above.
 #pragma once
 
 #include "kits/interface/View.h"
@@ -10,12 +10,12 @@
 
 namespace vexa {
 
-/// A grid has cells of the same size, filled row by row. Window thread.
+/// Cells of equal size in columns, filled row by row. Window thread.
 class CellGrid : public BView {
   public:
     CellGrid(const char* name, std::size_t columns);
 
-    /// Returns the height of so many rows, as BRect::Height counts it.
+    /// Returns the height of `rows` rows, as BRect::Height counts it.
     static float HeightOf(std::size_t rows);
 
     void Draw(BRect update) override;
@@ -23,9 +23,10 @@ class CellGrid : public BView {
     void FrameResized(float width, float height) override;
 
   protected:
-    /// Takes the control over; it gets the width of its column.
+    /// Adds a cell and takes ownership of its control, which gets the width of the column.
     void AddCell(const std::string& label, BView* control);
-    /// Shows a cell quietly, as what is not the sound's own, or as usual.
+    /// Draws the cell's label in the quiet colour, which marks a value that the sound does not set,
+    /// or in the usual one.
     void SetQuiet(std::size_t cell, bool quiet);
 
   private:

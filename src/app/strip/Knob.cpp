@@ -11,12 +11,12 @@ namespace vexa {
 
 namespace {
 
-/// Degrees, counter-clockwise from the right, of 0, and how far it is from there to 1.
+/// The angle of 0, and the angle from there to 1, in degrees counter-clockwise from the right.
 constexpr float kStart = 225;
 constexpr float kSweep = -270;
-/// Pixels of a drag from end to end.
+/// The length in pixels of a drag from end to end.
 constexpr float kTravel = 150;
-/// The way of a key or of a step of the wheel.
+/// The change by a key or a notch of the wheel, and its factors with Shift and Ctrl.
 constexpr float kStep = 0.02F;
 constexpr float kFiner = 0.1F;
 constexpr float kCoarser = 5;

@@ -8,24 +8,25 @@
 
 namespace vexa {
 
-/// A knob is turned by dragging up and down, by the wheel and by the arrow keys, finer with Shift
-/// and coarser with Ctrl; Home and End are its ends. A click with Ctrl, or Delete, puts it to its
-/// default. Window thread.
+/// A knob is turned by dragging up and down, by the mouse wheel and by the arrow keys, more finely
+/// with Shift and, except when dragging, more coarsely with Ctrl. Home and End turn it to its ends.
+/// A click with Ctrl, or Delete, resets it to its default. Window thread.
 class Knob : public BView {
   public:
     Knob(BRect frame, const char* name, float initial);
 
-    /// Called when a person has turned it.
+    /// Sets the function that is called when the user has turned the knob.
     void OnTurn(std::function<void(float)> next) { turned = std::move(next); }
-    /// Called when a person wants to type the number: at a double click, or Enter.
+    /// Sets the function that is called when the user asks to type the number, by a double click or
+    /// Enter.
     void OnType(std::function<void()> next) { typing = std::move(next); }
 
     float Value() const { return value; }
-    /// Sets the number and calls nobody.
+    /// Sets the number without calling the function of OnTurn.
     void SetValue(float next);
-    /// Does what a person's turn does.
+    /// Turns the knob as the user does: clamps the number to 0..1 and reports a change.
     void Turn(float next);
-    /// Dims a knob that has no effect at present.
+    /// Dims the knob, to show that it has no effect at present.
     void SetDimmed(bool next);
 
     void Draw(BRect update) override;
@@ -44,7 +45,7 @@ class Knob : public BView {
     const float initial;
     float value;
     bool dimmed = false;
-    /// The height, in pixels, at which a drag was last.
+    /// The vertical position of the pointer at the last event of the drag, in pixels.
     float dragged = 0;
     std::function<void(float)> turned;
     std::function<void()> typing;

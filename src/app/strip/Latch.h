@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A button that stays down.
+// A button that stays pressed.
 #pragma once
 
 #include "kits/interface/View.h"
@@ -9,13 +9,13 @@
 
 namespace vexa {
 
-/// A switch that a click, Enter or Space changes. Window thread.
+/// A switch that a click, Enter or Space toggles. Window thread.
 class Latch : public BView {
   public:
     Latch(const char* name, const char* label, std::function<void(bool)> changed);
 
     bool IsOn() const { return on; }
-    /// Sets the state and calls nobody.
+    /// Sets the state without calling the function.
     void SetOn(bool next);
 
     void Draw(BRect update) override;

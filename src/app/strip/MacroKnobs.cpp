@@ -120,7 +120,7 @@ void MacroKnobs::Refresh() {
     ShowValues();
 }
 
-/// The first controller that moves while a field for one has the keyboard.
+/// While the field of a controller has the keyboard focus, takes the first controller that moves.
 void MacroKnobs::Learn() {
     std::size_t asking = 0;
     while (asking < kMacros && !cells[asking].controller->IsFocus())
@@ -158,7 +158,7 @@ void MacroKnobs::ShowUse() {
     Invalidate();
 }
 
-/// What the sound says of them, but for what is being typed.
+/// Shows the sound's macro values and controllers, but keeps text that is being typed.
 void MacroKnobs::ShowValues() {
     const Instrument& instrument = mainView.Played();
     for (std::size_t i = 0; i < kMacros; i++) {
@@ -174,7 +174,8 @@ void MacroKnobs::ShowValues() {
     }
 }
 
-/// Marks the fields whose text is not wholly used; the tips say that, or what they are for.
+/// Marks the fields whose text is not used completely. The tool tips say so, or else what the
+/// fields are for.
 void MacroKnobs::MarkFields(std::size_t macro) {
     const Cell& cell = cells[macro];
     const std::string letter = Letter(macro);

@@ -19,9 +19,9 @@ namespace vexa {
 class Knob;
 class VexaView;
 
-/// There is for each macro a knob, its value as a number, and the number of the controller that
-/// moves it: while that field has the keyboard, the next controller that moves is taken. Those that
-/// the function on the plane does not use are dimmed. Window thread.
+/// Each macro has a knob, its value as a number, and the number of the controller that moves it.
+/// While the controller's field has the keyboard focus, the next controller that moves is taken.
+/// Macros that the function on the plane does not use are dimmed. Window thread.
 class MacroKnobs : public BView {
   public:
     /// Edits the instrument of the main view, which outlives it.
@@ -31,7 +31,7 @@ class MacroKnobs : public BView {
     static float PreferredHeight();
     static float PreferredWidth();
 
-    /// Shows what loading, controllers and typing have changed.
+    /// Shows changes made by loading, controllers and typing.
     void Refresh();
     void ColorsChanged() override;
     void Draw(BRect update) override;
@@ -55,10 +55,10 @@ class MacroKnobs : public BView {
 
     VexaView& mainView;
     std::array<Cell, kMacros> cells;
-    /// The function that the cells show the use of.
+    /// The function whose use of the macros the cells show.
     PlaneFunction function{nullfunc};
-    /// The macro whose controller's field has the keyboard, and what it waits for, until that has
-    /// come.
+    /// The macro whose controller field has the keyboard focus (`kMacros` if none), and the
+    /// detection of its controller, until one has moved.
     std::size_t learner = kMacros;
     std::optional<ControllerLearn> learn;
 };

@@ -15,7 +15,7 @@ constexpr const char* kBlanks = " \t";
 constexpr double kFinerStep = 0.1;
 constexpr double kCoarserStep = 10;
 
-/// Without blanks at the ends.
+/// Returns the text without blanks at its ends.
 std::string Trimmed(const std::string& text) {
     const std::size_t first = text.find_first_not_of(kBlanks);
     return first == text.npos ? "" : text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
@@ -74,7 +74,7 @@ void NumberField::SetHelp(const std::string& next) {
     SetToolTip(help.c_str());
 }
 
-/// Steps from what is typed, if that is a number.
+/// Steps from the typed text if that is a number, else from the shown one.
 std::string NumberField::Stepped(const std::string& text, int steps, uint32 modifiers) const {
     std::size_t length = 0;
     const double typed = kits::NumberOf(WithoutUnit(text).value_or(""), &length);
@@ -84,7 +84,7 @@ std::string NumberField::Stepped(const std::string& text, int steps, uint32 modi
         step *= kFinerStep;
     if (modifiers & B_CONTROL_KEY)
         step *= kCoarserStep;
-    // Hundredths of steps, so that the way back leads to where it came from.
+    // Rounds to hundredths of a step, so that stepping back returns to the same number.
     const double grid = look.whole ? 1 : look.step / 100;
     const double least = look.below.empty() ? look.minimum : look.minimum - 1;
     const double next = std::round((from + steps * step) / grid) * grid;

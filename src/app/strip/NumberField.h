@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A field for one number with its unit, which wheel and arrow keys change too.
+// A field for a number with its unit, which the mouse wheel and the arrow keys step.
 #pragma once
 
 #include "kits/interface/Control.h"
@@ -9,33 +9,35 @@
 
 namespace vexa {
 
-/// A field that shows a number and its unit, and takes it with or without. A step by wheel or arrow
-/// key sends the message at once, Shift makes it ten times finer and Ctrl ten times coarser. An
-/// empty text, or a click with Ctrl, leaves the number to whoever has the default. Window thread.
+/// A field that shows a number with its unit and accepts it with or without. A step by wheel or
+/// arrow key sends the message at once; Shift makes it ten times finer, except for whole numbers,
+/// and Ctrl ten times coarser. An empty text, or a click with Ctrl, lets the message's receiver
+/// choose its default. Window thread.
 class NumberField : public BTextControl {
   public:
     struct Look {
         double minimum, maximum;
-        /// The step of a turn of the wheel.
+        /// The step of one notch of the wheel.
         double step;
         bool whole;
         std::string unit;
-        /// The text that is shown for a number below the minimum, if that means something.
+        /// The text for a number below the minimum; empty if there are no such numbers.
         std::string below;
     };
 
-    /// The name says to a person what it is.
+    /// Makes a field that sends `message`. `name` is the name for accessibility.
     NumberField(const std::string& name, Look look, BMessage* message);
 
-    /// Shows the number, unless a person is about to type another.
+    /// Shows the number, unless the user is typing another one.
     void Show(double number);
     double Shown() const { return shown; }
-    /// Returns what a message of the field says was typed, as it would be written without the unit;
-    /// nothing where the text was empty. It is not checked.
+    /// Returns the text that was typed, from a message of the field, without the unit; nothing if
+    /// it was empty or the text `below`. The text is not checked.
     std::optional<std::string> Typed(const BMessage& message) const;
-    /// Tells that the text was not taken, and why; an empty fault tells that it was.
+    /// Marks the text as not accepted, with `fault` as the reason; an empty `fault` removes the
+    /// mark.
     void TellFault(const std::string& fault);
-    /// Sets the words that tell what the field is for.
+    /// Sets the tool tip that says what the field is for.
     void SetHelp(const std::string& next);
 
   private:

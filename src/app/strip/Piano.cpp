@@ -15,7 +15,7 @@ namespace vexa {
 namespace {
 
 constexpr int kWhiteOctave = 7;
-/// The C that the middle of the piano is near, and how far the octaves' numbers are from MIDI's.
+/// The C near the middle of the piano, and the number of the octave of MIDI key 0.
 constexpr int kMiddleC = 60;
 constexpr int kFirstOctave = -1;
 
@@ -25,7 +25,7 @@ constexpr float kOctaveArrowWidth = 12;
 constexpr float kWhiteWidth = 22;
 constexpr float kKeyLabelSize = 9;
 
-/// At the back and at the front of a key, and by the keyboard.
+/// The velocities at the back and at the front of a key, and for the computer's keyboard.
 constexpr int kSoftest = 20;
 constexpr int kLoudest = 127;
 constexpr int kUsualVelocity = 100;
@@ -61,7 +61,8 @@ void Piano::FrameResized(float width, float) {
             count);
 }
 
-/// Shows so many keys from that white one on, or as near to that as there are keys.
+/// Shows `count` white keys from the white key `first` on, or as near to it as the range of keys
+/// allows.
 void Piano::Arrange(int first, int count) {
     const BRect bounds = Bounds();
     keys = {{kOctaveArrowWidth, 0, bounds.right - kOctaveArrowWidth, bounds.bottom},
@@ -97,7 +98,7 @@ void Piano::Refresh() {
     }
 }
 
-/// Lets go of what is held, and plays that key.
+/// Releases the held key and plays `key`, if there is one.
 void Piano::Play(std::optional<int> key, int velocity) {
     if (key == played)
         return;
@@ -138,7 +139,7 @@ void Piano::MouseMoved(BPoint where, uint32, const BMessage*) {
     GetMouse(&where, &buttons);
     if (!(buttons & B_PRIMARY_MOUSE_BUTTON) || !played)
         return;
-    // Above and below the keys the hand is still on them.
+    // A pointer above or below the keys still plays them.
     where.y = std::clamp(where.y, 0.0F, Bounds().bottom);
     if (const std::optional<int> key = keys.KeyAt(where))
         Play(key, VelocityAt(where, *key));
@@ -153,7 +154,7 @@ bool Piano::WheelMoved(BPoint, BPoint steps) {
     return true;
 }
 
-/// The key that the keyboard is on, which is brought into view.
+/// Chooses the key for the computer's keyboard and scrolls it into view.
 void Piano::Choose(int key) {
     chosen = std::clamp(key, 0, kKeys - 1);
     while (PianoKeys::WhiteOf(chosen) < keys.First())
@@ -212,7 +213,7 @@ kits::AccessibleThing Piano::DescribePart(std::size_t index) const {
     return part;
 }
 
-/// Begins the note of a key, or ends it.
+/// Begins or ends the note of a key.
 void Piano::Activate(std::optional<std::size_t> part) {
     const int key = part && *part < seen.size() ? seen[*part] : chosen;
     chosen = key;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A piano that shows what sounds, and plays.
+// A piano that shows the sounding notes and plays.
 #pragma once
 
 #include "app/strip/PianoKeys.h"
@@ -14,19 +14,19 @@ namespace vexa {
 
 class VexaView;
 
-/// The piano has as many keys as the width has room for; the wheel and the arrows at its ends move
-/// on by octaves. A press plays, the louder the nearer to the front of the key it is, and sliding
-/// plays on. With the keyboard Left, Right, Up and Down choose a key, by semitones and octaves, and
-/// Space or Enter begins and ends its note. Window thread.
+/// The piano has as many keys as the width has room for; the mouse wheel and the arrows at its ends
+/// scroll it by octaves. A press plays a note, louder towards the front of the key, and sliding
+/// plays the keys it reaches. On the keyboard, Left and Right choose a key by semitones, Up and
+/// Down by octaves, and Space or Enter begins and ends its note. Window thread.
 class Piano : public BView {
   public:
-    /// Plays and shows the notes of the main view, which outlives it.
+    /// Makes a piano that plays and shows the notes of the main view, which outlives it.
     explicit Piano(VexaView& mainView);
 
-    /// Shows what sounds now.
+    /// Shows the keys that sound now.
     void Refresh();
     const PianoKeys& Keys() const { return keys; }
-    /// True where the key is shown as one that sounds.
+    /// Returns whether the key is shown as sounding.
     bool IsLit(int key) const { return lit[static_cast<std::size_t>(key)]; }
 
     void Draw(BRect update) override;
@@ -39,7 +39,7 @@ class Piano : public BView {
     bool KeyDown(const kits::KeyPress& press) override;
     void FocusChanged() override;
     kits::AccessibleThing Describe() const override;
-    /// The keys that are seen.
+    /// Returns the number of visible keys.
     std::size_t CountParts() const override { return seen.size(); }
     kits::AccessibleThing DescribePart(std::size_t index) const override;
     void Activate(std::optional<std::size_t> part) override;
@@ -55,15 +55,15 @@ class Piano : public BView {
 
     VexaView& mainView;
     PianoKeys keys;
-    /// The numbers of the keys that are seen.
+    /// The MIDI numbers of the visible keys.
     std::vector<int> seen;
     std::bitset<128> lit;
     /// The key that the mouse or the keyboard holds.
     std::optional<int> played;
-    /// The one that the keyboard would play.
+    /// The key that the computer's keyboard would play.
     int chosen = 60;
     float turned = 0;
-    /// A person has chosen which keys are seen.
+    /// The user has scrolled, so a change of the width keeps the first key.
     bool scrolled = false;
 };
 

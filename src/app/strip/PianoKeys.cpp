@@ -10,12 +10,13 @@ namespace vexa {
 
 namespace {
 
-/// For the keys from a C on: whether each is black, and how many white ones lie below it.
+/// For the keys of an octave from C on: whether each is black, and how many white keys lie below
+/// it.
 constexpr std::array<bool, kKeysInOctave> kBlack = {false, true,  false, true,  false, false,
                                                     true,  false, true,  false, true,  false};
 constexpr std::array<int, kKeysInOctave> kBelow = {0, 0, 1, 1, 2, 3, 3, 4, 4, 5, 5, 6};
 
-/// The size of a black key, in widths and heights of a white one.
+/// The size of a black key relative to a white one.
 constexpr float kBlackWidth = 0.6F;
 constexpr float kBlackHeight = 0.6F;
 
@@ -31,11 +32,11 @@ int PianoKeys::WhiteOf(int key) {
 
 bool PianoKeys::Has(int key) const {
     const int white = WhiteOf(key) - first;
-    // A black key at the end would lie half beside the piano.
+    // A black key at the end would lie half outside the piano.
     return white >= 0 && white < count - (IsBlack(key) ? 1 : 0);
 }
 
-/// Where the white key of that number, counted from the first one seen, begins.
+/// Returns the x coordinate of the left edge of a white key, counted from the first visible one.
 float PianoKeys::Edge(int white) const {
     return std::round(area.left +
                       (area.Width() + 1) * static_cast<float>(white) / static_cast<float>(count));

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This tells where the keys of a piano lie.
+// The layout of a piano's keys.
 #pragma once
 
 #include "kits/support/Geometry.h"
@@ -10,28 +10,29 @@ namespace vexa {
 
 inline constexpr int kKeysInOctave = 12;
 
-/// A piano of some white keys in a row in a rectangle of any size. MIDI's 128 keys
-/// have 75 white ones.
+/// A piano of `count` adjacent white keys, and the black ones between them, in a rectangle of any
+/// size. MIDI's 128 keys have 75 white ones.
 class PianoKeys {
   public:
     static constexpr int kWhiteKeys = 75;
 
     PianoKeys() = default;
-    /// `first` is the number of the first white key, from 0 on.
+    /// Makes a piano of `count` white keys in `area`. `first` is the number of the first one,
+    /// counted from 0.
     PianoKeys(BRect area, int first, int count) : area(area), first(first), count(count) {}
 
     static bool IsBlack(int key);
-    /// Returns the number of the white key, or of the one below a black one, counted from MIDI's
-    /// key 0.
+    /// Returns the number of a white key, counted from MIDI's key 0; for a black key that of the
+    /// white key below it.
     static int WhiteOf(int key);
 
     int First() const { return first; }
     int Count() const { return count; }
-    /// True where the key is seen.
+    /// Returns whether the key is visible.
     bool Has(int key) const;
-    /// Returns the place of the key; black keys lie upon the white ones.
+    /// Returns the key's rectangle. Those of black keys lie on top of the white ones.
     BRect FrameOf(int key) const;
-    /// Returns the key at a point; nothing beside the piano.
+    /// Returns the key at the point; nothing outside the piano.
     std::optional<int> KeyAt(BPoint where) const;
 
   private:

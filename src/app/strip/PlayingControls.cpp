@@ -14,15 +14,15 @@ namespace {
 constexpr uint32 kEditCode = FourCC("PlyE");
 constexpr std::size_t kColumns = 5;
 
-/// A control shows this of a row, in the order of PlayingRows().
+/// The appearance of a row's control, in the order of PlayingRows().
 struct Appearance {
-    /// The name, with the unit, for those who cannot see it.
+    /// The name with the unit, for accessibility.
     const char* name;
     const char* unit;
     double step;
-    /// For the value where none is given, if that is none.
+    /// The text for "no value", if the row has such a value.
     const char* none;
-    /// What the words of the row are called here; null for the words themselves.
+    /// The labels of the row's words; null for the words themselves.
     const char* const* words;
 };
 
@@ -97,7 +97,7 @@ void PlayingControls::Refresh() {
         Show(row);
 }
 
-/// As it is heard.
+/// Returns the value that is heard.
 double PlayingControls::ValueOf(std::size_t row) const {
     const PlayingRow& what = PlayingRows()[row];
     if (what.target == &Playing::polyphony)

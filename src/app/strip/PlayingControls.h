@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// These controls set how the sound is played, in the strip.
+// The controls in the strip for how the sound is played.
 #pragma once
 
 #include "app/strip/CellGrid.h"
@@ -15,20 +15,20 @@ class Instrument;
 class NumberField;
 class VexaView;
 
-/// There is a menu or a number for each row of PlayingRows(). What the sound does not say is shown
-/// as it is all the same, quietly; what the command line says stands before and cannot be changed
-/// here. Window thread.
+/// Each row of PlayingRows() has a menu or a number field. A value that the sound does not set is
+/// shown all the same, with a quiet label. A value from the command line takes precedence and
+/// cannot be changed here. Window thread.
 class PlayingControls : public CellGrid {
   public:
     /// Edits the instrument of the main view, which outlives it.
     explicit PlayingControls(VexaView& mainView);
 
-    /// Shows what has changed.
+    /// Shows changes since the last call.
     void Refresh();
     void MessageReceived(BMessage* message) override;
 
   private:
-    /// A row's control, a menu or a field; one of the two is there.
+    /// A row's control: either `number` or `menu` is set, the other is null.
     struct Control {
         NumberField* number = nullptr;
         BMenuField* menu = nullptr;
@@ -40,7 +40,7 @@ class PlayingControls : public CellGrid {
 
     VexaView& mainView;
     std::array<Control, kPlayingRows> controls;
-    /// The changes of the instrument that are shown, and its voice limit.
+    /// The instrument's count of changes, and its voice limit, that the controls show.
     uint64 shown = ~uint64{0};
     int32 shownLimit = 0;
 };

@@ -13,29 +13,32 @@ namespace vexa {
 namespace {
 
 constexpr std::size_t kSpectrumSize = 4096;
-/// Hz at the left and the right of a spectrum, and dB of a full sine at its bottom.
+/// The frequencies in Hz at the left and right edge of a spectrum, and the level at its bottom, in
+/// dB of a full-scale sine.
 constexpr float kLowest = 20;
 constexpr float kHighestHertz = 20000;
 constexpr float kScopeFloor = -96;
-/// A spectrum falls at most by this share of its height from one look to the next.
+/// The largest fall of a spectrum from one refresh to the next, as a share of its height.
 constexpr float kFall = 0.04F;
 
-/// Seconds of the output where no note says how long its period is, and periods where one does.
+/// The output's length in the picture: in seconds if no note gives a period, else in periods.
 constexpr float kUsualTime = 0.02F;
 constexpr float kPeriods = 3;
 constexpr std::size_t kLeastFrames = 64;
 constexpr std::size_t kMostFrames = 4096;
-/// The output has to have been below this share of the peak before it crosses 0 to begin a picture.
+/// The picture begins at an upward zero crossing after the output was below minus this share of the
+/// peak.
 constexpr float kArming = 0.2F;
 
-/// Powers of two by which a curve is drawn larger at most.
+/// The largest enlargement of a curve, as a power of two.
 constexpr int kMostZoom = 10;
-/// What is quieter is silence: nothing is to be seen of it.
+/// A quieter peak counts as silence and is drawn as a line at 0.
 constexpr float kSilence = 1e-4F;
 
 constexpr float kScopeLabelSize = 9;
 
-/// The power of two that brings a peak near to 1.
+/// Returns the exponent of the power of two that scales the peak to above 0.5 and at most 1, as far
+/// as `kMostZoom` allows; 0 for silence.
 int ZoomFor(float peak) {
     return peak > kSilence
                ? std::clamp(-static_cast<int>(std::ceil(std::log2(peak))), -20, kMostZoom)
@@ -132,7 +135,8 @@ void Scope::LookAtOrbit() {
     TakeScaled(std::move(values), "f along the newest orbit");
 }
 
-/// The mean of both channels over the newest frames; false where there are not so many.
+/// Copies the newest `count` frames and the mean of both channels. Returns false if there are not
+/// that many.
 bool Scope::Newest(std::size_t count) {
     frames.resize(count);
     mono.resize(count);
@@ -155,7 +159,7 @@ void Scope::LookAtOutput() {
     std::vector<float> next(Columns());
     if (!Newest(2 * count))
         return Take(std::move(next), "output");
-    // The picture begins where the wave rises through 0, so that it stands still.
+    // Begin where the wave rises through 0, so that the picture stands still.
     float peak = 0;
     for (const float value : mono)
         peak = std::max(peak, std::abs(value));
@@ -169,7 +173,7 @@ void Scope::LookAtOutput() {
         }
     }
     for (std::size_t i = 0; i < next.size(); i++) {
-        // The mean of a column's ends and what lies between would blur; its first sample does not.
+        // A column shows its first sample, as a mean over the column would blur the curve.
         next[i] = mono[start + i * count / next.size()];
     }
     TakeScaled(std::move(next), "output");

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The scope shows what is heard as a curve.
+// A curve of the sound that is heard.
 #pragma once
 
 #include "audio/OutputTap.h"
@@ -16,26 +16,27 @@ namespace vexa {
 
 class VexaView;
 
-/// The scope shows the function along the newest orbit, the output, or its spectrum; a click, Space
-/// and the arrow keys change from one to the other. What is loud is drawn smaller and what is quiet
-/// larger, by powers of two, and is marked so. Window thread.
+/// The scope shows the function along the newest orbit, the output, or its spectrum; a click,
+/// Enter, Space and the arrow keys switch between them. Loud curves are drawn smaller and quiet
+/// ones larger, by powers of two, and the caption states the factor; the spectrum is not scaled.
+/// Window thread.
 class Scope : public BView {
   public:
     enum class Mode { Orbit, Output, Spectrum };
 
-    /// Shows what the main view plays, which outlives it. The tap too; null where the output is
-    /// somebody else's, whose orbits alone can be shown.
+    /// Makes a scope of the main view and of `tap`, both of which outlive it. A null `tap` means
+    /// that the output belongs to a plug-in's host: only orbits can be shown.
     Scope(VexaView& mainView, OutputTap* tap);
 
-    /// Shows what there is now; draws nothing where that is what it shows already.
+    /// Shows the present state. Redraws only if it differs from the last one.
     void Refresh();
-    /// Is told whether anybody sees the scope; while nobody does, it leaves the output alone.
+    /// Sets whether the scope is visible. While it is not, it does not listen to the output.
     void Listen(bool on);
 
     Mode Shows() const { return mode; }
     void SetMode(Mode next);
-    /// What is drawn: the heights of the curve's points from the middle, -1..1, or from the bottom,
-    /// 0..1, and what is written above.
+    /// Returns the heights of the curve's points, -1..1 from the middle or, for a spectrum, 0..1
+    /// from the bottom. Caption returns the text above.
     const std::vector<float>& Curve() const { return curve; }
     const std::string& Caption() const { return caption; }
 
@@ -61,12 +62,13 @@ class Scope : public BView {
     Mode mode = Mode::Orbit;
     bool listens = false;
     std::optional<OutputTap::Listener> listener;
-    /// The newest frames, and both channels' mean.
+    /// The newest frames, and the mean of their channels.
     std::vector<OutputFrame> frames;
     std::vector<float> mono;
     kits::Spectrum spectrum;
 
-    /// The function that is followed, as the newest note hears it, and where.
+    /// The followed function; its follower; the function of x and y as the newest note hears it;
+    /// and that note's path.
     PlaneFunction function{nullfunc};
     PlaneFollower follower;
     PlaneFunction heard{nullfunc};

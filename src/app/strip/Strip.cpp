@@ -20,7 +20,7 @@ namespace vexa {
 
 namespace {
 
-/// Thirty times a second.
+/// The period in microseconds: thirty times a second.
 constexpr bigtime_t kStripLook = 33333;
 
 // In pixels.
@@ -145,7 +145,7 @@ void Strip::ArrangeControls(float left, float top, float bottom) {
         Put(view, left, top, left + width - 1, bottom);
         left += width + gap;
     };
-    // What is wider than need be goes to the scope by a third; what is missing is missing there.
+    // The scope gets a third of any surplus width, and bears all of a shortage.
     const float spare = Bounds().Width() - LeastWidth() - (left - kStripMargin);
     const float scopeWidth =
         kScopeWidth + std::floor(spare > 0 ? spare / 3 : std::max(spare, -kScopeWidth / 2));
@@ -179,7 +179,7 @@ void Strip::Refresh() {
     ShowHands();
 }
 
-/// What has been changed elsewhere: by a controller, or by silencing all.
+/// Shows changes from elsewhere: by a controller, or by silencing all.
 void Strip::ShowHands() {
     const ScreenPiano& hands = mainView.Piano();
     modulation->SetValue(mainView.Playing().controllers[kits::kModulation]);
@@ -190,7 +190,7 @@ void Strip::ShowHands() {
                            : "The pitch wheel, for a sound that says how it is played");
 }
 
-/// While it is hidden the output is left alone.
+/// While the strip is hidden, the scope does not listen to the output.
 void Strip::Pulse() {
     if (!IsHidden())
         return;

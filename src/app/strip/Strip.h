@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The strip for playing, below the main view.
+// The strip of controls for playing, below the main view.
 #pragma once
 
 #include "kits/interface/Ticker.h"
@@ -18,30 +18,30 @@ class TuningControls;
 class VexaView;
 class Wheel;
 
-/// The strip has scope, macros, how the sound is played, and tuning, and below these the piano with
-/// its wheels and its hold. In a low window it shows one of the two rows, and a button turns it to
-/// the other one. It looks thirty times a second at what plays, while it is seen, and draws what
-/// has changed. Window thread.
+/// The upper row has the scope, the macros, the controls for playing and the tuning; the lower row
+/// has the piano with its wheels and the hold switch. In a low window the strip shows one row, and
+/// a button switches to the other. While visible, the strip looks thirty times a second at the
+/// sound that plays and draws the changes. Window thread.
 class Strip : public BView {
   public:
-    /// Shows and edits what the main view plays, which outlives it. `turned` is called when another
-    /// row is shown, which may need another height.
+    /// Makes a strip that shows and edits the sound of the main view, which outlives it. `turned`
+    /// is called when another row is shown, which may need another height.
     Strip(BRect frame, VexaView& mainView, std::function<void()> turned);
     ~Strip() override;
 
-    /// Return the size in pixels, as BRect::Height and BRect::Width count it: of both rows, and of
-    /// the one that is shown where there is but one.
+    /// Return the size in pixels, as BRect::Height and BRect::Width count it. PreferredHeight is
+    /// that of both rows, LeastHeight that of the row which a low strip shows.
     static float PreferredHeight();
     float LeastHeight() const;
     static float LeastWidth();
 
-    /// Whether there is room for one row only.
+    /// Sets whether there is room for one row only.
     void SetLow(bool next);
 
     TuningControls& Tuning() { return *tuning; }
     Scope& Curve() { return *scope; }
 
-    /// Shows what there is now.
+    /// Shows the present state.
     void Refresh();
 
     void AttachedToWindow() override;
@@ -60,9 +60,9 @@ class Strip : public BView {
     VexaView& mainView;
     const std::function<void()> turned;
     bool low = false;
-    /// Which of the rows a low one shows: the upper one.
+    /// True if a low strip shows the upper row.
     bool showsControls = false;
-    // Views, which go with this one.
+    // Views, which the strip owns as its children.
     Scope* scope;
     MacroKnobs* macros;
     PlayingControls* playing;
@@ -70,7 +70,7 @@ class Strip : public BView {
     Wheel* bend;
     Wheel* modulation;
     Latch* hold;
-    /// Of a low strip.
+    /// The button of a low strip that switches to the other row.
     Latch* other;
     Piano* piano;
     kits::Ticker ticker;

@@ -89,7 +89,7 @@ void TuningControls::FillMenu() {
     }
     menu->AddItem(new BMenuItem("Open a keyboard map (.kbm) ...", new BMessage(kOpenMapCode)));
     menu->SetTargetForItems(this);
-    // The first that is marked is the menu's title.
+    // The first marked item is the menu's title.
     (scale ? scale : equal)->SetMarked(true);
     (map ? map : usual)->SetMarked(true);
 }

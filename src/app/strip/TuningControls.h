@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// These controls set the player's tuning, in the strip.
+// The controls in the strip for the player's tuning.
 #pragma once
 
 #include "app/strip/CellGrid.h"
@@ -16,19 +16,20 @@ namespace vexa {
 class NumberField;
 class VexaView;
 
-/// There are a menu of scale and keyboard map, and the frequency of A4. What cannot be read is told
-/// with its line, and the tuning before stays. Window thread.
+/// A menu of the scale and the keyboard map, and the frequency of A4. If a file cannot be read, an
+/// alert says why, with the line, and the tuning stays. Window thread.
 class TuningControls : public CellGrid {
   public:
-    /// Makes controls that tune the consumer of the main view, which outlives them. Where a plug-in
-    /// plays the host tunes.
+    /// Makes controls that tune the MIDI consumer of the main view, which outlives them. If a
+    /// plug-in plays, they are disabled, as the host tunes.
     explicit TuningControls(VexaView& mainView);
     ~TuningControls() override;
 
-    /// Shows what the main view is tuned to.
+    /// Shows the main view's tuning.
     void Refresh();
     const TuningChoice& Choice() const { return choice; }
-    /// Reads it and has it heard; false, with an alert, where that fails.
+    /// Reads the files of the choice and tunes the keys. Returns false if that fails, after an
+    /// alert, or if a plug-in plays.
     bool Choose(const TuningChoice& next);
 
     void MessageReceived(BMessage* message) override;

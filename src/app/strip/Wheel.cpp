@@ -10,7 +10,7 @@ namespace vexa {
 
 namespace {
 
-/// The way of a key or of a step of the mouse's wheel.
+/// The change by a key or a notch of the mouse wheel.
 constexpr float kWheelStep = 0.1F;
 constexpr float kWheelRadius = 4;
 
@@ -59,7 +59,7 @@ void Wheel::MouseMoved(BPoint where, uint32, const BMessage*) {
 }
 
 bool Wheel::WheelMoved(BPoint, BPoint steps) {
-    // Nothing tells when the mouse's wheel is let go.
+    // No event reports that the mouse wheel is released.
     if (springs)
         return false;
     Move(value + steps.y * kWheelStep);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A wheel beside a piano.
+// A wheel beside the piano.
 #pragma once
 
 #include "kits/interface/View.h"
@@ -8,15 +8,17 @@
 
 namespace vexa {
 
-/// A wheel is moved by dragging, by the mouse's wheel and by the arrow keys. Window thread.
+/// A wheel is moved by dragging, by the arrow keys Up and Down and, unless it springs, by the mouse
+/// wheel. Home, Delete and Enter set it to 0. Window thread.
 class Wheel : public BView {
   public:
-    /// Makes a wheel. One that springs goes from -1 to 1 and back to 0 when it is let go, by the
-    /// mouse, by Enter or when the keyboard goes elsewhere; another one goes from 0 to 1 and stays.
+    /// Makes a wheel. A springing wheel covers -1..1 and returns to 0 when the mouse releases it or
+    /// the keyboard focus leaves it; another one covers 0..1 and keeps its value. `moved` is called
+    /// with each new value, except those of SetValue.
     Wheel(const char* name, bool springs, std::function<void(float)> moved);
 
     float Value() const { return value; }
-    /// Sets the place and calls nobody.
+    /// Sets the value without calling `moved`.
     void SetValue(float next);
 
     void Draw(BRect update) override;
@@ -32,7 +34,7 @@ class Wheel : public BView {
 
   private:
     void Move(float next);
-    /// Returns the pixels of the whole way.
+    /// Returns the length of the whole travel, in pixels.
     float Travel() const { return Bounds().Height() - 10; }
 
     const bool springs;

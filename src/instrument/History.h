@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A history keeps what has been done to a sound, step by step, and goes back again.
+// The history of a sound: the steps of its changes, for undo and redo.
 #pragma once
 
 #include "documents/Sound.h"
@@ -21,100 +21,101 @@ struct SoundFile {
     std::string name;
     /// The sound that the file holds.
     Sound saved;
-    /// Where it is; empty where the sound has come from no file.
+    /// The file's path; empty if the sound does not come from a file.
     std::filesystem::path path{};
-    /// The name that the document has been given in the place of the one that the sound came with,
-    /// where it has been saved as another file.
+    /// The name that the document was given when it was saved as another file, in place of the name
+    /// that the sound came with.
     std::optional<std::string> title{};
 };
 
-/// The moment at which something was done, as far as it tells one gesture from the next.
+/// The moment of a change, with the data that distinguish one gesture from the next.
 struct GestureMoment {
-    /// Counts the gestures so far; each begins with a press of the mouse or of a key that confirms.
+    /// The number of gestures so far; each begins with a press of a mouse button or of a key that
+    /// confirms.
     std::uint64_t number = 0;
-    /// A button of the mouse is down.
+    /// True while a mouse button is down.
     bool held = false;
     std::chrono::steady_clock::time_point time;
 };
 
-/// The sounds that a window has had, as steps from one to the next. A step is what one gesture has
-/// done: all that changes while a button is held, or changes of one part of which each follows the
-/// one before within kPause, as steps of a wheel do. There is no limit; a step takes 0.6 to 1.8
-/// KB, as it shares with the one before what is the same in both, such as the formula and three of
-/// the envelopes.
+/// The sounds of a window, as steps from one to the next. A step is the effect of one gesture: all
+/// changes while a button is held, or changes of one part that follow each other within kPause,
+/// such as steps of a mouse wheel. The number of steps is unlimited. A step takes 0.6 to 1.8 KB,
+/// because it shares equal parts with the step before, such as the formula and three of the
+/// envelopes.
 ///
-/// Controllers that move macros are playing, not steps: what a step has not changed itself of the
-/// macros stays where the hands have put it. A value type without a thread of its own.
+/// Moving a macro with a controller is playing, not a step: Undo and Redo leave macros that the
+/// step has not changed where the controllers have put them. A value type without a thread of its
+/// own.
 class History {
   public:
     static constexpr std::chrono::milliseconds kPause{600};
-    /// What a held button has done may become known so much later than the button is let go.
+    /// The effect of a held button may become known this long after its release.
     static constexpr std::chrono::milliseconds kDelay{150};
 
-    /// Begins with a sound that its file holds.
+    /// Begins with a sound that equals the contents of its file.
     History(const Sound& sound, const std::string& name);
 
-    /// Tells that the sound has become this one. What was undone can then not be redone. Nothing
-    /// happens where it is the same as before.
+    /// Records that the sound has become this one, after which undone steps cannot be redone. Does
+    /// nothing if it is the same as before.
     void Take(const Sound& sound, const GestureMoment& moment);
-    /// Makes a step of its own, whatever comes before and after it, which is called so; the sound
-    /// is that of a file from there on. Nothing happens where both are the same as before.
+    /// Records a step of its own with the name `step`, which never merges with its neighbours; from
+    /// then on the sound belongs to the file `name`. Does nothing if both are the same as before.
     void Load(const Sound& sound, const std::string& name, const std::string& step);
-    /// Does the same without another file.
+    /// Does the same without a change of file.
     void Do(const Sound& sound, const std::string& step);
-    /// Tells that the hands have moved macros since the last call, and that this is all that
-    /// differs.
+    /// Records that controllers have moved macros since the last call, and that nothing else has
+    /// changed.
     void Play(const Sound& sound);
-    /// Ends the gesture: the next change is another one.
+    /// Ends the gesture: the next change begins another step.
     void End();
 
     bool CanUndo() const { return place > 0; }
     bool CanRedo() const { return place < steps.size(); }
-    /// The names of what Undo takes back and Redo does again; empty if there is nothing.
+    /// Return the names of the steps that Undo and Redo would apply; empty if there is none.
     std::string UndoName() const { return CanUndo() ? steps[place - 1].name : ""; }
     std::string RedoName() const { return CanRedo() ? steps[place].name : ""; }
 
-    /// Goes a step back or on, and returns what the sound is to be now. They may be called only
-    /// where CanUndo or CanRedo says so.
+    /// Go one step back or on, and return the new sound. Require CanUndo or CanRedo.
     Sound Undo();
     Sound Redo();
 
     Sound Present() const { return present.Get(); }
-    /// Returns the file of the present sound. Whoever saves to it changes it: all the sounds since
-    /// it was read are of the same file.
+    /// Returns the file of the present sound. All sounds since it was read share it, so saving to
+    /// it may change it here.
     SoundFile& File() { return *present.file; }
     const SoundFile& File() const { return *present.file; }
 
     std::size_t Steps() const { return steps.size(); }
 
-    /// Sets whether the present sound may be lost, whatever has changed of it. The next one may
+    /// Sets whether the present sound may be lost although it has unsaved changes. Later sounds may
     /// not.
     void GiveUp(bool on) { present.givenUp = on; }
-    /// The sounds that were left for that of another file, with changes that their own file does
-    /// not hold, and may not be lost: their places among the steps, and their names. The last left
-    /// first.
+    /// A sound that was left for one of another file, with changes that its own file does not have,
+    /// and that may not be lost: its place among the steps, and its name.
     struct LeftSound {
         std::size_t place;
         std::string name;
     };
+    /// Returns these sounds, the last one left first.
     std::vector<LeftSound> Left() const;
-    /// Undoes the steps behind a place, and returns what the sound is to be now.
+    /// Undoes the steps after a place, and returns the new sound.
     Sound UndoTo(std::size_t wanted);
 
   private:
     template<class T>
     using Part = std::shared_ptr<const T>;
 
-    /// A sound in parts, which others may share.
+    /// A sound in parts, which other versions may share.
     struct Version {
-        /// Shares with `like`, if there is one, what is the same.
+        /// Shares equal parts with `like`, if that is not null.
         Version(const Sound& sound, std::shared_ptr<SoundFile> file, const Version* like);
         Sound Get() const;
 
         Part<Function> function;
         Part<std::vector<std::string>> texts;
         std::array<Part<std::vector<EnvPoint>>, 4> envelopes;
-        /// The rest of a sound, beside what is above.
+        /// The parts of a sound that are not above.
         Part<Sound> rest;
         std::shared_ptr<SoundFile> file;
         bool givenUp = false;
@@ -125,7 +126,7 @@ class History {
         GestureMoment last;
         /// True where the step began with a button held.
         bool held;
-        /// It may still grow.
+        /// True while the step may still grow.
         bool open;
     };
 
@@ -135,7 +136,7 @@ class History {
 
     Version present;
     std::vector<Step> steps;
-    /// How many of the steps are done; the others are undone.
+    /// The number of steps that are done; the others are undone.
     std::size_t place = 0;
 };
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// An instrument is one as a whole: what it plays, and what it plays with.
+// A whole instrument: a sound as the user edits it, and the engine that plays it.
 #pragma once
 
 #include "documents/ApplySound.h"
@@ -21,135 +21,134 @@
 
 namespace vexa {
 
-/// A report says what became of a function that was to be installed. It converts to true where all
-/// is as it was wanted. A sample whose frequency means nothing plays in the winding before, and is
-/// reported without an alert.
+/// Reports the installation of a function. Converts to true if it succeeded completely. A sample
+/// whose frequency is invalid plays with the previous winding; that is reported without an alert.
 using FunctionReport = CompileReport;
 
-/// This chooses what computes an expression. One in which notes or macros have a say, or which is
-/// dangerous in C, is a formula in any case (functions/ExpressionCheck.h).
+/// Selects how an expression is computed. An expression that uses notes or macros, or that is
+/// undefined in C, is always a formula (functions/ExpressionCheck.h).
 enum class Addons {
-    /// The program's own formulas alone.
+    /// Formulas only.
     None,
-    /// Add-ons of gcc, which Load and SetFunction wait for.
+    /// Add-ons compiled by gcc; Load and SetFunction wait for the compiler.
     Awaited,
-    /// A formula at once, and an add-on in its place when it is compiled.
+    /// A formula at once, replaced by an add-on when that is compiled.
     Following,
 };
 
 /// Returns the alerts and the text, a line each.
 std::string Text(const FunctionReport& report);
 
-/// Returns the file that a sample or a picture function names: what does not begin with "/" lies in
-/// the folder "samples" or "pictures", a person's own or the program's. Nothing for an expression.
+/// Returns the file that a sample or picture function names; nothing for an expression. A name that
+/// does not begin with "/" is looked up in the folder "samples" or "pictures", first the user's,
+/// then the program's.
 std::optional<std::filesystem::path> FileOf(const Function& function,
                                             const kits::ProgramFolders& folders);
 
-/// The things that sounds say of how they are played and of their macros.
+/// A sound's settings of how it is played, and of its macros.
 struct SoundsSay {
     Playing playing;
     Macros macros;
 };
 
-/// The sound as a person edits it, and the engine that plays it. Nothing of it is shared with other
-/// instruments of the process. All calls belong to one thread, the window thread, but for what the
-/// engine's consumer and renderer allow to the MIDI and the media thread.
+/// The sound as the user edits it, and the engine that plays it. Instruments in one process share
+/// nothing. All calls come from one thread, the window thread, except for those that the engine's
+/// consumer and renderer allow to the MIDI and the media thread.
 class Instrument {
   public:
-    /// Takes the function that is from now on to be shown.
+    /// Receives the function that is to be shown from now on.
     using Watcher = std::function<void(const PlaneFunction& f)>;
 
-    /// Makes an instrument that looks for functions, samples and pictures in `folders`. Where
-    /// `apart` is null what sounds say goes into the engine's own records. Where others have a say
-    /// in these too it is put down in `apart`, which outlives the instrument, and the records and
-    /// the voice limit are left to who takes it up from there.
+    /// Makes an instrument that looks for functions, samples and pictures in `folders`. If `apart`
+    /// is null, a sound's settings go directly into the engine's records. Otherwise they are stored
+    /// in `apart`, which outlives the instrument, and its owner sets the records and the voice
+    /// limit from there; this is for hosts, which also set these values.
     Instrument(kits::ProgramFolders folders, Addons addons, SoundsSay* apart = nullptr);
 
-    /// Puts the sound in the place of the present one; where its function fails, the function
-    /// before plays on, with all else of the sound. It waits for the compiler or the disk.
+    /// Replaces the present sound. If its function fails, the previous function plays on with the
+    /// rest of the new sound. Waits for the compiler or the disk.
     FunctionReport Load(const Sound& sound);
-    /// Loads all of the sound but its function. A lower voice limit does not cut keys off that are
-    /// held.
+    /// Loads all of the sound except its function. A lower voice limit does not cut off held keys.
     void LoadRest(const Sound& sound);
 
-    /// Compiles the expression or loads the sample or picture, and installs it. Where that fails
-    /// all stays as it was. It waits as Load does.
+    /// Compiles the expression or loads the sample or picture, and installs it. Changes nothing if
+    /// that fails. Waits as Load does.
     FunctionReport SetFunction(const Function& function);
-    /// Reports what SetFunction would, with nothing installed: its alerts where it would fail.
+    /// Returns the report that SetFunction would give, without installing anything.
     FunctionReport Try(const Function& function) const;
-    /// Installs the add-on that was compiled since the last call, if any; to be called some ten
-    /// times a second where they follow. Where there is none because the template or the compiler
-    /// is missing there is nothing to report; of other faults there is, and the formula plays on.
+    /// Installs the add-on that was compiled since the last call, if any. To be called about ten
+    /// times a second with Addons::Following. A missing template or compiler is not reported; other
+    /// faults are, and the formula plays on.
     FunctionReport Collect();
-    /// True where Collect has something to wait for.
+    /// Returns true while an add-on is being compiled for Collect.
     bool Compiling() const { return thread.Pending(); }
-    /// Sets the macros, which controllers move, to what the function's document says.
+    /// Sets the macros, which controllers may have moved, to the values of the function's document.
     void SetMacros(const Function& function);
-    /// Has State say the function, whatever sounds: one that could not be installed is not lost
-    /// when the sound is saved.
+    /// Makes State contain this function, whatever plays, so that a function that could not be
+    /// installed is not lost when the sound is saved.
     void Adopt(const Function& function);
-    /// Installs silence in the place of a sample or picture that is missing.
+    /// Installs silence in place of a missing sample or picture.
     void Silence();
 
-    /// Sets the author of sounds and functions that are edited here, who is kDefaultAuthor unless
-    /// set.
+    /// Sets the author of sounds and functions that are edited here; kDefaultAuthor unless set.
     void SetUser(const std::string& name) { user = name; }
     const std::string& User() const { return user; }
 
-    /// Has this and all later sounds played as a person has chosen: where a text is given, as if
-    /// the sound said so itself.
+    /// Sets the user's choices of how this and all later sounds are played. A text that is given
+    /// here overrides the sound's own.
     void Prefer(const PlayingTexts& choices);
     const PlayingTexts& Preferred() const { return preferred; }
-    /// Sets the voice limit from now on, whatever a sound says, as a person or an option has chosen
-    /// it.
+    /// Sets the voice limit that the user or an option has chosen. It overrides that of any sound.
     void ChooseVoices(int32 limit);
     std::optional<int32> ChosenVoices() const { return chosenVoices; }
-    /// Sets the voice limit where neither a person nor the sound says one; it is 1 unless set.
+    /// Sets the voice limit for sounds without one, unless ChooseVoices was called; 1 unless set.
     void SetUsualVoices(int32 limit);
-    /// Returns the voice limit that LoadRest and the calls before have given the consumer.
+    /// Returns the voice limit that the consumer has from LoadRest and the calls above.
     int32 VoiceLimit() const;
 
-    /// Gives the sample that plays another pitch: the text is the frequency (Hz) that it was played
-    /// at. False, and the winding stays, where the text is no frequency or no sample is loaded.
+    /// Sets the frequency (Hz), given as a text, at which the playing sample was recorded. Returns
+    /// false, and keeps the winding, if the text is no frequency or no sample is loaded.
     bool SetSampleFrequency(const std::string& text);
 
-    /// A coefficient's text, by the rules of ApplyText; where it is another one the sound is the
-    /// user's own from then on.
+    /// Sets a coefficient's text, by the rules of ApplyText. If it differs, the sound's author
+    /// becomes the user.
     TextFault Edit(const Parameter& row, const std::string& text);
 
-    /// Does to the present sound what a person has done to `from` to make `to` of it: what is the
-    /// same in both is left alone, so that what plays goes on. An expression that cannot be
-    /// installed is left out; a sample or picture that cannot be is silent, and State says which it
-    /// was. It reports as SetFunction does.
+    /// Applies the difference between `from` and `to` to the present sound. Equal parts are left
+    /// alone, so that they play on. An expression that cannot be installed is left out; a sample or
+    /// picture that cannot be installed is silent, and State still names it. Reports as SetFunction
+    /// does.
     FunctionReport Change(const Sound& from, const Sound& to);
 
-    /// Sets what the sound says of one row of how it is played, which is its own from then on. A
-    /// voice limit that was chosen before counts no longer. Without a text it is the default again.
-    /// False, and nothing happens, where the row allows no such text.
+    /// Sets the sound's text of one playing parameter; no text means the default. If the text
+    /// differs, the sound's author becomes the user. Once the voice limit is set here, a previous
+    /// ChooseVoices no longer applies. Returns false, and changes nothing, if the row does not
+    /// allow the text.
     bool EditPlaying(const PlayingRow& row, const std::optional<std::string>& text);
 
     /// Sets a macro's value, by the rules of ApplyMacroValue, or its controller, by those of
-    /// ApplyMacroController; where it is another one the function is the user's own from then on.
-    /// Where there is a fault the sound has the text all the same, and the macro stays as it was.
+    /// ApplyMacroController. If the text differs, the function's author becomes the user. A faulty
+    /// text becomes part of the sound all the same, but the macro keeps its value.
     TextFault EditMacroValue(std::size_t macro, const std::string& text);
     TextFault EditMacroController(std::size_t macro, const std::string& text);
-    /// Has State say where controllers have moved the macros since the last call. It is to be
-    /// called some ten times a second and before the sound is saved, so that what is saved is what
-    /// one hears.
+    /// Writes the positions to which controllers have moved the macros since the last call into
+    /// State. To be called about ten times a second and before the sound is saved, so that the
+    /// audible values are saved.
     void FollowMacros();
 
-    /// The file that the sample or picture which plays was read from; empty where none plays. A
-    /// function that was adopted may name another one.
+    /// Returns the file from which the playing sample or picture was read; empty if neither plays.
+    /// A function given to Adopt may name another one.
     const std::filesystem::path& File() const { return file; }
 
-    /// The sound as the calls so far have made it, with the points of envelopes as they were
+    /// Returns the sound as changed by the calls so far, with the envelopes' points as they were
     /// loaded.
     const Sound& State() const { return sound; }
-    /// Counts how often State may have become another one.
+    /// Counts the changes that State may have had.
     uint64 Changes() const { return changes; }
 
-    /// Called with each new function before the engine has it, but for add-ons that follow a
-    /// formula of the same values. PlaneFollower shows those that hear more than x and y.
+    /// Sets the watcher that is called with each new function before the engine gets it, except
+    /// with add-ons that replace a formula of the same values. PlaneFollower shows functions with
+    /// more inputs than x and y.
     void Watch(Watcher next) { watcher = std::move(next); }
 
     VEXA_REALTIME Engine& Playing() { return engine; }
@@ -178,21 +177,21 @@ class Instrument {
     uint64 changes = 0;
     bool replaces = false;
     const bool isApart;
-    /// The values of the macros that the sound's texts say.
+    /// The macros' values according to the sound's texts.
     std::array<float, kMacros> toldMacros{kInitialMacro, kInitialMacro, kInitialMacro,
                                           kInitialMacro};
     PlayingTexts preferred;
     std::optional<int32> chosenVoices;
     int32 usualVoices = 1;
     const Addons addons;
-    /// The last one that was loaded.
+    /// The sample that was loaded last.
     std::optional<LoadedSample> sample;
     Winding winding;
     Watcher watcher;
     AddonThread thread;
     vexa::Playing& saidPlaying;
     Macros& saidMacros;
-    /// Where the sample or picture that plays was read from.
+    /// The file from which the playing sample or picture was read.
     std::filesystem::path file;
 };
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A link is one end of the connection between an instrument in a plug-in and its window.
+// One end of the connection between an instrument in a plug-in and its window.
 #pragma once
 
 #include "kits/support/Result.h"
@@ -13,26 +13,26 @@
 
 namespace vexa::attach {
 
-/// The version that both ends say first; another one is refused.
+/// The protocol version that both ends send first. An end with another version is refused.
 constexpr uint32 kVersion = 1;
-/// The most bytes that the text of a sound may have.
+/// The maximum size of a sound's document in bytes.
 constexpr std::size_t kMostSound = std::size_t{512} << 10;
 
-/// What a letter is about. On the wire a letter is this number, the size of what follows and what
-/// follows, in the machine's own order of bytes, as both ends are on one machine.
+/// The kind of a letter. On the wire a letter is this number, the size of the body, and the body,
+/// in the machine's byte order, because both ends run on one machine.
 enum class Kind : uint32 {
-    /// "vexa" and kVersion. It is the first letter, and no later one.
+    /// "vexa" and kVersion. The first letter, and never a later one.
     Hello = 1,
-    /// Tells why the other end is given up. It is the last letter.
+    /// The reason why the other end is disconnected. The last letter.
     Refusal,
-    /// Goes to the window with a serial number and the document of the sound that plays.
+    /// To the window: a serial number and the document of the playing sound.
     Sound,
-    /// Goes to the plug-in with the serial number of the last sound that came, and the document as
-    /// it is after what a person did to it. An edit of another sound than the last has no effect.
+    /// To the plug-in: the serial number of the last Sound that was received, and the edited
+    /// document. An edit of an older sound has no effect.
     Edit,
-    /// Goes to the window with a Moment.
+    /// To the window: a Moment.
     Moment,
-    /// Goes to the plug-in with a MIDI message of a note or a controller, three bytes.
+    /// To the plug-in: a MIDI message of a note or a controller, three bytes.
     Midi,
 };
 
@@ -44,43 +44,43 @@ struct Letter {
 /// The two ends of a link.
 enum class End { Plugin, Window };
 
-/// A link sends and takes letters over a connected stream socket and never waits but in Wait. A
-/// peer that sends something else than letters for this end, in their sizes, is refused: it is told
-/// why, and the connection is closed. One thread at a time.
+/// Sends and receives letters over a connected stream socket; only Wait blocks. A peer that sends
+/// anything but letters for this end, of valid sizes, is told the reason and disconnected. One
+/// thread at a time.
 class Link {
   public:
-    /// Takes the descriptor over and says Hello.
+    /// Takes ownership of the descriptor and sends Hello.
     Link(int descriptor, End end);
     ~Link();
     Link(const Link&) = delete;
     Link& operator=(const Link&) = delete;
 
-    /// Returns when there is something to read, or room for what is to be sent, or the connection
-    /// has ended; after that time at the latest.
+    /// Waits until there is data to read, room for data to be sent, or the end of the connection,
+    /// but no longer than `time`.
     void Wait(std::chrono::milliseconds time) const;
-    /// Reads and sends what there is, without waiting.
+    /// Reads and sends as much as possible without waiting.
     void Pump();
-    /// The next letter that is there as a whole; no Hello.
+    /// Returns the next complete letter, except Hello; nothing if there is none.
     std::optional<Letter> Next();
 
-    /// Puts a letter, the parts of its body one behind the other, behind those that are not sent
-    /// yet.
+    /// Queues a letter with the body `body` followed by `rest`.
     void Put(Kind kind, std::string_view body, std::string_view rest = {});
-    /// Puts a Sound or an Edit into the letters to be sent.
+    /// Queues a Sound or an Edit.
     void PutSound(Kind kind, uint32 serial, std::string_view document);
-    /// True where all that was put has been sent.
+    /// Returns true if all queued letters have been sent.
     bool IsIdle() const { return out.empty(); }
-    /// Tells the other end why, and closes.
+    /// Sends the reason to the other end and closes the connection.
     void Refuse(const std::string& reason);
 
-    /// The other end has said Hello.
+    /// Returns true once the other end has sent Hello.
     bool HasBegun() const { return begun; }
     bool IsOpen() const { return descriptor >= 0; }
-    /// Returns why the link is closed; empty where the other end has simply gone.
+    /// Returns the reason why the link is closed; empty if the other end has simply gone.
     const std::string& Fault() const { return fault; }
-    /// True where the other end has gone, whatever it may have sent before.
+    /// Returns true if the other end has gone, even if it has sent letters before that are still to
+    /// be read.
     bool IsDeserted() const;
-    /// -1 where it is closed.
+    /// Returns the socket's descriptor; -1 if the link is closed.
     int Descriptor() const { return descriptor; }
 
   private:

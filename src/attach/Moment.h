@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A moment is what a window sees of the notes that an instrument plays elsewhere.
+// The state of an instrument's notes that is sent to a window in another process.
 #pragma once
 
 #include "kits/support/SupportDefs.h"
@@ -10,10 +10,10 @@
 
 namespace vexa::attach {
 
-/// One slot of the voice table, as a view of it needs it; see synth/Voice.h for the units.
+/// One slot of the voice table, with the fields that views need; see synth/Voice.h for the units.
 struct VoiceMoment {
     int32 active, released, channel;
-    /// Not 0 where what is rendered of the note is known, `sums` among it.
+    /// Not 0 if the rendered state of the note is known, including `sums`.
     int32 rendered;
     uint32 notes;
     float freq, pitch, vel, key, heldfor;
@@ -25,7 +25,7 @@ struct VoiceMoment {
     bool operator==(const VoiceMoment&) const = default;
 };
 
-/// All voices, controllers and macros at one moment. It goes over the wire as it is.
+/// All voices, controllers and macros at one moment. Sent over the wire as it is in memory.
 struct Moment {
     std::array<VoiceMoment, kVoiceSlots> voices;
     std::array<float, 128> controllers;
@@ -37,11 +37,11 @@ struct Moment {
 /// Reads the body of a letter of the kind Moment.
 Moment ReadMoment(std::string_view body);
 
-/// Reads what plays, without waiting for anybody. Any thread.
+/// Reads the state of a playing instrument, without waiting for other threads. Any thread.
 Moment MomentOf(const SoundRecords& records);
 
-/// Makes records that nobody plays show what another instrument plays. What is no number, or beyond
-/// its range, counts as 0. Window thread, in the place of the MIDI and the media thread.
+/// Writes the state of another instrument into records that no engine plays. Values that are NaN or
+/// out of range count as 0. Window thread, in place of the MIDI and the media thread.
 void Show(const Moment& moment, SoundRecords& records);
 
 } // namespace vexa::attach

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A bank has all sounds that there are, a person's own and those that came with the program.
+// A bank has all sounds: the user's own and those that come with the program.
 #pragma once
 
 #include "bank/SoundSearch.h"
@@ -19,34 +19,34 @@
 
 namespace vexa {
 
-/// What a bank knows at one moment; it never changes.
+/// A snapshot of a bank; immutable.
 struct BankView {
     SoundList sounds;
-    /// True when all have been read.
+    /// True once all sounds have been read.
     bool listed = false;
-    /// True when all have a picture, or will have none.
+    /// True once every sound has a picture or will not get one.
     bool pictured = false;
 };
 
-/// Reads sounds and draws their pictures in a thread of its own, and follows what becomes of the
-/// files: what has not changed is not read again. Nobody waits for it.
+/// Reads sounds and draws their pictures in a thread of its own, and follows changes of the files;
+/// unchanged files are not read again. No other thread waits for it.
 class Bank {
   public:
     /// Pictures have `pictureSize` pixels a side. `changed` is called in the bank's thread when
-    /// View has something new, some twenty times a second at most; it may be empty. Throws
-    /// std::system_error where there is no thread to be had.
+    /// View has changed, at most about twenty times a second; it may be empty. Throws
+    /// std::system_error if no thread can be started.
     Bank(kits::ProgramFolders folders, int pictureSize, std::function<void()> changed);
-    /// Waits for what the thread is about: reading one sound, or drawing one picture.
+    /// Waits for the thread's present work: reading one sound or drawing one picture.
     ~Bank();
 
     /// Returns the newest view, never null. Any thread.
     std::shared_ptr<const BankView> View() const;
-    /// Has the pictures of these sounds drawn first. Any thread.
+    /// Makes the bank draw the pictures of these sounds first. Any thread.
     void Hurry(std::vector<std::filesystem::path> paths);
 
   private:
-    /// A file with another stamp is another file: its place on the disk, its time (ns) and its
-    /// length.
+    /// Identifies a version of a file: its inode, modification time (ns) and length. A file with
+    /// another stamp is read again.
     struct Stamp {
         unsigned long inode = 0;
         long long time = 0;
@@ -55,8 +55,8 @@ class Bank {
     };
     static Stamp StampOf(const std::filesystem::path& path);
 
-    /// A sound, and its function where that names a sample or a picture file, with what tells of
-    /// that file; `sound` until it is drawn.
+    /// A sound with its file's stamp. `filed` is its function if that names a sample or picture
+    /// file, and `fileStamp` is that file's stamp. `sound` is kept until its picture is drawn.
     struct Known {
         std::shared_ptr<const SoundEntry> entry;
         Stamp stamp;
@@ -78,14 +78,14 @@ class Bank {
     const int pictureSize;
     const std::function<void()> changed;
     kits::FolderWatch watch;
-    /// This belongs to the bank's own thread.
+    /// Only the bank's own thread uses this.
     std::vector<Known> known;
 
     mutable std::mutex mutex;
-    // The mutex guards this.
+    // The mutex guards these two.
     std::shared_ptr<const BankView> view = std::make_shared<BankView>();
     std::vector<std::filesystem::path> hurried;
-    /// The last member: it ends before the others go.
+    /// The last member, so that the thread ends before the other members are destroyed.
     std::jthread thread;
 };
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// An entry is what a list of sounds tells of one of them.
+// An entry of a list of sounds.
 #pragma once
 
 #include "documents/SoundDocument.h"
@@ -13,12 +13,12 @@
 
 namespace vexa {
 
-/// Texts are empty where the sound says nothing.
+/// The description of a sound. Texts that the sound does not have are empty.
 struct SoundEntry {
     std::filesystem::path path;
-    /// True for a sound that the person has made; others came with the program.
+    /// True for a sound of the user's own, false for one that came with the program.
     bool own = false;
-    /// The name in its document, else that of its file without ".xml".
+    /// The name in the document, or the file's name without ".xml" if that is empty.
     std::string name;
     std::string category;
     std::string tags;
@@ -26,16 +26,16 @@ struct SoundEntry {
     std::string comment;
     /// The expression, or the name of the sample or the picture.
     std::string formula;
-    /// The reason why it cannot be loaded, in one line with the place, if there is one; empty if it
-    /// can.
+    /// The reason why the sound cannot be loaded, in one line with the place, if there is one;
+    /// empty if it can be loaded.
     std::string fault;
-    /// All of the above that a person reads, as FoldedText folds it.
+    /// All texts above that are shown, folded by FoldedText, for searches.
     std::string searched;
-    /// The picture, null before it is drawn, and for a sound that cannot be loaded.
+    /// The picture; null until it is drawn, and for a sound that cannot be loaded.
     std::shared_ptr<const BBitmap> picture;
 };
 
-/// What reading a sound's file gives: the entry without its picture, and the sound, unless its
+/// The result of reading a sound's file: the entry without its picture, and the sound unless its
 /// document has a fault.
 struct ReadEntry {
     SoundEntry entry;
@@ -43,7 +43,7 @@ struct ReadEntry {
 };
 ReadEntry ReadSoundEntry(const std::filesystem::path& path, bool own);
 
-/// Puts a text of several lines into one, which names files in the folder of `path` without it.
+/// Joins the lines of a text, and removes the path of the folder of `path` from file names in it.
 std::string OneLine(std::string text, const std::filesystem::path& path);
 
 } // namespace vexa

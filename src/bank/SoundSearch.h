@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A search finds the sounds that a person looks for.
+// The search for sounds in a list.
 #pragma once
 
 #include "bank/SoundEntry.h"
@@ -13,21 +13,21 @@
 
 namespace vexa {
 
-/// Sounds in the order of their numbers. Entries never change: one that has is another one.
+/// Sounds in the order of their numbers. Entries are immutable: a changed sound has a new entry.
 using SoundList = std::vector<std::shared_ptr<const SoundEntry>>;
 
-/// The names of files of favourite sounds.
+/// The file names of the favourite sounds.
 using Favourites = std::set<std::string, std::less<>>;
 
-/// All that is asked for must hold.
+/// The conditions of a search, which must all hold.
 struct SoundQuery {
-    /// Words, each of which is somewhere in what a person reads of the sound or in its formula,
-    /// without regard to case and accents.
+    /// Words, each of which occurs in the shown texts or the formula of the sound, regardless of
+    /// case and accents.
     std::string text{};
-    /// The category that is looked for; empty for any.
+    /// The category; empty for any.
     std::string category{};
     bool favourite = false;
-    /// True for those only that the person has made.
+    /// True for the user's own sounds only.
     bool own = false;
 
     bool operator==(const SoundQuery&) const = default;
@@ -35,7 +35,7 @@ struct SoundQuery {
 
 bool IsFavourite(const SoundEntry& entry, const Favourites& favourites);
 
-/// Returns the places in `sounds` of those that are looked for, in order. Any thread.
+/// Returns the indices in `sounds` of the sounds that match, in order. Any thread.
 std::vector<std::size_t> Search(const SoundList& sounds, const SoundQuery& query,
                                 const Favourites& favourites);
 

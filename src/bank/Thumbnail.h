@@ -11,19 +11,19 @@
 
 namespace vexa {
 
-/// A picture, or why there is none.
+/// A picture, or the reason why there is none.
 struct Thumbnail {
     std::shared_ptr<const BBitmap> picture;
-    /// The reason why the sound's function cannot be played; empty for a picture. It may have
-    /// several lines.
+    /// The reason why the sound's function cannot be played; empty if there is a picture. It may
+    /// have several lines.
     std::string fault;
 };
 
-/// Draws `size` by `size` pixels, 4 at least, of what the sound shows of the plane, as the plane
-/// view does where no note sounds, but brighter where it is quiet; and in it the orbit of the note
-/// kShownNote, round where it begins and as wide as it becomes. A function that would take longer
-/// than some 20 ms is drawn coarsely, and of a sample of more than two minutes there is only the
-/// orbit. It waits for the disk where there is a sample. Any thread.
+/// Draws the part of the plane that the sound shows, in `size` by `size` pixels, at least 4. The
+/// plane looks as in the plane view without notes, but brighter in its quiet parts. On it is the
+/// orbit of the note kShownNote, around its starting point and at its largest size. A function that
+/// would take longer than about 20 ms is drawn coarsely, and a sample of more than two minutes has
+/// only the orbit. Waits for the disk if the function is a sample. Any thread.
 Thumbnail DrawThumbnail(const Sound& sound, const kits::ProgramFolders& folders, int size);
 
 } // namespace vexa

@@ -114,7 +114,7 @@ Bank::Known Bank::Read(const std::filesystem::path& path) const {
     return read;
 }
 
-/// Draws pictures until every sound has one. Rescans the folders in between if they have changed.
+/// Draws the missing pictures. Scans the folders again in between if they have changed.
 void Bank::DrawPictures(const std::stop_token& stop) {
     auto published = Clock::now();
     bool drawn = false;

@@ -15,8 +15,8 @@ namespace {
 /// is read unasked, and the tree of a document may take sixty times the memory of its file.
 constexpr std::uintmax_t kMostListed = std::uintmax_t{1} << 20;
 
-/// Returns the text without blanks. A search splits its text at blanks, so a formula with blanks
-/// can be found only if the blanks of the searched formula are removed.
+/// Returns the text without blanks. The words of a search contain none, so that "x*y" also finds
+/// the formula "x * y".
 std::string WithoutBlanks(std::string text) {
     std::erase_if(text, [](char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; });
     return text;

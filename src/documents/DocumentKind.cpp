@@ -100,7 +100,7 @@ DocumentKind KindOf(const std::filesystem::path& path) {
     try {
         return KindByContent(path);
     } catch (const std::bad_alloc&) {
-        // Only XML is read as a whole here. The document's reader reports the lack of memory again.
+        // Only XML is read as a whole here. The document's reader will report the lack of memory.
         return DocumentKind::Function;
     }
 }

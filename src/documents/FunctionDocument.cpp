@@ -13,8 +13,9 @@ namespace vexa {
 
 namespace {
 
-/// The known children of a function element. A child that belongs only to the other kinds of
-/// function is unknown, and is kept: for example "picturefile" in an expression's element.
+/// The known children of the elements of expressions and samples, and of pictures. A child that
+/// only the other list has is unknown, and is kept: for example "picturefile" in a sample's
+/// element.
 constexpr std::string_view kKnown[] = {"info",      "expression", "samplefile",
                                        "frequency", "display",    "macros"};
 constexpr std::string_view kKnownOfPicture[] = {"info", "picturefile", "display", "macros"};

@@ -27,11 +27,11 @@ const char* RootName(const Function& function);
 /// Makes the element of the whole function, including the unknown elements that were kept.
 std::unique_ptr<MXFragment> ConstructFunctionElement(const Function& function);
 
-/// Reads the texts and the unknown elements of a function element into `function`. A missing text
-/// remains unchanged in `function` and adds a remark, but a missing macro text gets its initial
-/// value without a remark. A text that should be a number and is not adds a remark. An element that
-/// is not one of kFunctionElements is refused with kInvalidFunction, and `function` remains
-/// unchanged.
+/// Reads the texts and the unknown elements of a function element into `function`. A missing
+/// element leaves its texts in `function` unchanged and adds a remark; a missing macro text gets
+/// its initial value without a remark. A text that should be a number and is not adds a remark. An
+/// element that is not one of kFunctionElements is refused with kInvalidFunction, and `function`
+/// remains unchanged.
 kits::Result<void> InterpretFunction(const MXFragment& root, Function& function, Remarks& remarks);
 
 /// Reads the function at `path`. Texts that it lacks are taken from `startFrom`. `warnings` is that

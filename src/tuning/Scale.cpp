@@ -71,8 +71,8 @@ Result<double> ReadPitch(std::string_view text) {
             return Error{kRatio};
         cents = CentsOf(upper) - CentsOf(lower);
     }
-    // A decimal comma, a slash or another period belongs to the number, so the rest is not a
-    // remark.
+    // A decimal comma, a slash or another period is part of a malformed number, not of the text
+    // after the pitch, which is ignored.
     const bool comma = text.size() > 1 && text[0] == ',' && IsDigit(text[1]);
     if (comma || text.starts_with('/') || text.starts_with('.'))
         return Error{kPitch};

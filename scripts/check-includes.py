@@ -63,7 +63,7 @@ KNOWN_CIRCLES = [
     # A view owns a widget that calls it, and both know their window.
     ("kits/interface/", "Font View Window backends/HeldKeys backends/ViewWidget "
                         "backends/WindowWidget"),
-    # A tuning contains a keyboard map, whose defaults are constants of the tuning.
+    # A tuning is computed from a keyboard map, whose defaults are constants of the tuning.
     ("tuning/", "Keymap Tuning"),
     # A consumer owns a gate, which is itself a consumer; an event calls a hook of a consumer.
     ("kits/midi/", "EventGate MidiConnection MidiEvent MidiLocalConsumer"),

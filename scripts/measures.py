@@ -136,8 +136,8 @@ def cents(samples, key):
     offsets = numpy.arange(-50, 51)
 
     def comb(offset):
-        # The comb has multiples of half the frequency, the period of an orbit whose two ratios differ by a
-        # half.
+        # The comb has the multiples of half the key's frequency, because an orbit with ratios such as 1
+        # and 1.5 repeats at that frequency.
         multiples = pitch * 2 ** (offset / 1200) * numpy.arange(1, 41) / 2
         return numpy.interp(multiples[multiples < 12000], frequencies, magnitude).sum()
     return float(offsets[numpy.argmax([comb(offset) for offset in offsets])])

@@ -19,7 +19,7 @@ from windowstage import end
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 JACK = "vexa-accessible"
-# Seconds.
+# The longest wait for the window, in seconds.
 START = 60
 # An upper bound of the number of controls.
 MOST_TABS = 400

@@ -27,7 +27,7 @@ RATE = 48000
 # The length of the region. Ardour counts 1920 ticks in a beat, and a new session has 120 beats a minute.
 SECONDS = 4
 TICKS = SECONDS * 2 * 1920
-# Milliseconds.
+# Start and end of the note, in milliseconds.
 BEGIN, END = 500, 2500
 
 # This sound is oversampled, so the plug-in has a latency for which the host must compensate.

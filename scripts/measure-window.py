@@ -33,7 +33,7 @@ from windowstage import RATE, Window, program_folder, ring, running, wait_for, x
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 THOUSAND = 1000
-# Shipped ones.
+# The shipped sounds whose loading is measured, by kind.
 SOUNDS = {"formula": "bell", "sample": "voice", "picture": "handwriting"}
 
 

@@ -42,7 +42,7 @@ Result<void> ReadPattern(ScalaLines& lines, int size, Keymap& keymap) {
             return lines.Expected("a degree from 0 to " + std::to_string(kMostScaleNotes) +
                                   ", or x");
         if (keymap.pattern.size() == static_cast<std::size_t>(size))
-            return lines.Expected("no more than " + std::to_string(size) + " entries");
+            return lines.Expected("no entry after number " + std::to_string(size));
         keymap.pattern.push_back(degree);
     }
     keymap.pattern.resize(static_cast<std::size_t>(size));

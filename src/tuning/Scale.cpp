@@ -111,7 +111,7 @@ Result<Scale> ParseScale(std::string_view bytes, const std::string& name) {
     }
     while (lines.NextFilled()) {
         if (ReadPitch(lines.Text()))
-            return lines.Expected("no more than " + std::to_string(*count) + " pitches");
+            return lines.Expected("no pitch after number " + std::to_string(*count));
     }
     return scale;
 }

@@ -11,10 +11,10 @@
 namespace vexa::formula {
 
 /// Adds a call of a function of the maths library to the graph and returns its result. `name` is
-/// the name as the formula has it, possibly with the suffix f or l. The arguments may be of any
-/// type; their number is right. Functions of long double are computed in double. Functions of float
-/// are computed in double too and then rounded, unless computing in float is exact or rounds only
-/// once.
+/// the name as the formula has it, possibly with the suffix f or l. `arguments` has as many values
+/// as the function takes, of any types. Functions of long double are computed in double. Functions
+/// of float are computed in double too and then rounded, unless computing in float is exact or
+/// rounds only once.
 Value CallMaths(Graph& graph, const MathFunction& function, std::string_view name,
                 std::span<const Value> arguments);
 

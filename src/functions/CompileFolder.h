@@ -10,7 +10,7 @@
 namespace vexa {
 
 /// A folder that no other user can access, and that is removed with this object. It is locked while
-/// its process lives: a folder whose lock is free was left behind by a killed program.
+/// this process lives, so a folder that is not locked was left behind by a killed program.
 class CompileFolder {
   public:
     /// Creates a folder named ".compile-" and six characters below `parent`. The error says that

@@ -189,8 +189,8 @@ CompileOutcome FunctionCompiler::Build(std::string_view source, const fs::path& 
     if (!compiled)
         return {std::move(compiled), {}};
 
-    // Who may write to a loaded file may change the code that runs. The add-on is loaded before it
-    // moves to a place where another program might replace it.
+    // A user who may write to a loaded file could change the code that runs. The add-on is loaded
+    // before it moves to a place where another program might replace it.
     KeepToUser(folder / kAddon);
     const image_id image = load_add_on((folder / kAddon).c_str());
     std::shared_ptr<const FunctionAddon> addon;

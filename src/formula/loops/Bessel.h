@@ -53,8 +53,8 @@ inline NearBessel NearOf(int order, double x) {
     // From order `top` to order `n`, J falls by a factor of more than 1e17.
     int n = (top + 24 + static_cast<int>(__builtin_sqrt(40.0 * (top + 1)))) & ~1;
     double above = 0, here = 1e-300, wanted = 0;
-    // `norm` sums J_0 + 2 (J_2 + J_4 ...), which is 1 of the true values. `series` sums (-1)^k J_2k
-    // / k, and `slope` the derivatives of these terms.
+    // `norm` sums J_0 + 2 (J_2 + J_4 ...), which is 1 for the true values. `series` sums (-1)^k
+    // J_2k / k, and `slope` the derivatives of these terms.
     double norm = 0, series = 0, slope = 0;
     for (; n > 0; n--) {
         if (n == order)

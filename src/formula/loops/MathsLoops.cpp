@@ -78,7 +78,7 @@ double HalfExponential(double x) {
     return 0.5 * root * root;
 }
 
-/// tgamma. A result that is so small that it is 0 also has a sign, which changes at each whole
+/// Computes tgamma. Even a result so small that it is 0 has a sign, which changes at each whole
 /// number.
 void Gamma(const void* a, const void*, const void*, void* to, std::size_t count) {
     const double* __restrict const x = Numbers(a);
@@ -91,8 +91,8 @@ void Gamma(const void* a, const void*, const void*, void* to, std::size_t count)
     }
 }
 
-/// pow. The library returns infinity for some results just below the largest number; these are
-/// computed here as the square of the root.
+/// Computes pow. The library returns infinity for some results just below the largest number; these
+/// are computed here as the square of pow(|x|, y / 2).
 void Powers(const void* a, const void* b, const void*, void* to, std::size_t count) {
     const double* __restrict const x = Numbers(a);
     const double* __restrict const y = Numbers(b);
@@ -126,7 +126,7 @@ double FarWave(double x) {
     return values[0];
 }
 
-/// sin or cos of numbers that are float or double.
+/// Computes sin or cos of floats or doubles.
 template<class From, bool cosine, VectorMaths::OfOne VectorMaths::*far>
 void Waves(const void* a, const void*, const void*, void* to, std::size_t count) {
     const From* __restrict const x = static_cast<const From*>(a);

@@ -48,7 +48,7 @@ class Graph {
     Value Constant(double number);
     Value X() { return Insert({Op::Input, Type::Float, 0}); }
     Value Y() { return Insert({Op::Input, Type::Float, 1}); }
-    /// Returns the value of an input; nothing if it would be one more than kMostInputs.
+    /// Returns the value of an input; nothing if the graph has kMostInputs others already.
     std::optional<Value> Input(FunctionInput input);
     /// Returns the value of an operation. `type` is the type of the operands, as Op defines it.
     Value Apply(Op op, Type type, Value a, Value b = kNone, Value c = kNone);

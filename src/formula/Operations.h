@@ -70,10 +70,10 @@ enum class Op : unsigned char {
     Maximum,
     Minimum,
     FusedMultiplyAdd,
-    /// These compute several operations in one pass, each of which is rounded: a b + c, a b - c, -a
-    /// b - c, c - a b and a b c; for Double, a b + c as a Float; for Float, c a / b as a Float,
-    /// with a constant c of Double, in double precision. A program joins operations into these; a
-    /// graph contains none.
+    /// Each of these computes several operations in one pass and rounds each of them: a b + c, a b
+    /// - c, -a b - c, c - a b and a b c; for Double, a b + c as a Float; for Float, c a / b as a
+    /// Float, with a constant c of Double, in double precision. A program joins operations into
+    /// these; a graph contains none.
     ProductAndSum,
     ProductLess,
     NegativeLess,
@@ -84,7 +84,7 @@ enum class Op : unsigned char {
     /// Returns the neighbour of a in the direction of b, which is a Double for both types.
     NextAfter,
     /// Both return an Int: the number that fpclassify returns, and 1 if the sign bit is set. A NaN
-    /// counts as unsigned.
+    /// counts as positive.
     Classify,
     SignBit,
     /// The following take a Double.

@@ -62,9 +62,9 @@ constexpr double kSine[] = {-0.16666666666666666,    0.008333333333333316,
 /// BeyondWave sets the highest bit and, unless x is the value of a float, where WaveNearZero does.
 template<bool cosine, class T>
 [[gnu::always_inline]] inline T Wave(T x) {
-    // x| = turns pi + r with |r| <= pi / 2, where `turns` is a whole number for the sine, and a
-    // whole umber and a half for the cosine. Every half turn changes the sign. Only the last
-    // difference is ounded.
+    // The reduction is |x| = turns pi + r with |r| <= pi / 2, where `turns` is a whole number for
+    // the sine, and a whole number and a half for the cosine. Every half turn changes the sign.
+    // Only the last difference is rounded.
     constexpr double kToWhole = kRounder + (cosine ? 1 : 0);
     const T size = Size(x);
     const T shifted = (size * 0x1.45f306dc9c883p-2 - (cosine ? 0.5 : 0.0)) + kToWhole;

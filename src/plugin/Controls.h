@@ -31,8 +31,9 @@ struct VEXA_REALTIME Control {
     float Bounded(float value) const;
 };
 
-/// Macros a to d are the second to fifth control. The last one makes the instrument expect notes on
-/// channels of their own; otherwise MPE's configuration message switches that on and off.
+/// Macros a to d are the second to fifth control. The control kMpeControl makes the instrument
+/// expect notes on channels of their own; otherwise MPE's configuration message switches that on
+/// and off.
 constexpr std::size_t kControls = 12;
 constexpr std::size_t kFirstMacroControl = 1;
 constexpr std::size_t kMpeControl = 11;

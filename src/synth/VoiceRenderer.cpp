@@ -15,12 +15,12 @@
 
 namespace vexa {
 
-/// The work space of one block. Positions and values of all the voices stand one voice after the
-/// other, so that the plane function is called once.
+/// The work space of one block. The points and values of all voices lie voice after voice, so that
+/// the plane function is called once.
 struct VoiceRenderer::Block {
     static constexpr std::size_t kPoints = kVoiceSlots * kBlock + kSlack;
 
-    /// What one ear hears.
+    /// The data of one ear.
     struct Ear {
         alignas(64) std::array<float, kPoints> x, y, s;
         alignas(64) std::array<float, kRoom> sum;
@@ -30,32 +30,35 @@ struct VoiceRenderer::Block {
 
 namespace {
 
-/// The rate that a low-cut filter's constant is computed for, whatever the device's is.
+/// The sample rate for which a low-cut filter's constants are computed without oversampling,
+/// whatever the device's rate is.
 constexpr double kFilterRate = 44100;
 
-/// The part of full volume, which is 1, below which nobody hears a voice.
+/// The amplitude below which a voice is inaudible; full volume is 1.
 constexpr float kInaudible = 1e-7F;
 
-/// As f hears the time, it may move although a note's point stands. What moves less than this in a
-/// second is too slow to be heard, and less than that in a cell too little: 63 dB below 1. A
-/// released note that does neither for so many seconds is taken for ended.
+/// A function that uses the time may move although a note's point stands. A movement slower than
+/// kStill per second is inaudible: within a cell it is at most 0.0015 at 44100 samples per second,
+/// 57 dB below 1. A released note whose value moves no more than that in any cell for kStillSeconds
+/// counts as ended.
 constexpr double kStill = 1;
 constexpr double kStillSeconds = 10;
 
-/// Seconds in which the wheel, volumes and what is cut off get where they are wanted.
+/// The ramp time of bends, volumes and gains, and the fade time of a voice that was cut off, in
+/// seconds.
 constexpr double kHandSeconds = 0.01;
 constexpr double kFadeSeconds = 0.005;
 
-/// At most what a filter gives from now on of an input that stays `s`: each of its sums tends to
-/// one value, and what it lacks decays.
+/// Returns an upper bound of the filter's output from now on if its input stays at `s`. Each sum
+/// converges to a limit, and its distance from that limit decays.
 VEXA_REALTIME float Lacks(const LowCutFilter& filter, float s) noexcept {
     const float end0 = s / (1.0F - filter.hpa);
     const float end1 = s / (1.0F - filter.hpb);
     return filter.hpgain * (std::abs(filter.hpsum0 - end0) + std::abs(filter.hpsum1 - end1));
 }
 
-/// True where the output of a filter will stay as it is as long as its input stays `s`. Where all
-/// that is still to come is inaudible, it is left out.
+/// Returns true if the filter's output will not change as long as its input stays at `s`. If all
+/// remaining output is inaudible, the filter is moved to its limit, with output 0.
 VEXA_REALTIME bool Settles(LowCutFilter& filter, float s) noexcept {
     const auto after = [s](float pole, float sum) {
         return static_cast<float>(double(pole) * sum + s);
@@ -71,15 +74,16 @@ VEXA_REALTIME bool Settles(LowCutFilter& filter, float s) noexcept {
     return true;
 }
 
-/// True where two filters with the same input give the same from now on, as far as one hears.
+/// Returns true if the outputs of two filters with the same poles and input differ inaudibly from
+/// now on.
 bool Agree(const LowCutFilter& a, const LowCutFilter& b) noexcept {
     return a.hpgain * (std::abs(a.hpsum0 - b.hpsum0) + std::abs(a.hpsum1 - b.hpsum1)) <
                kInaudible &&
            std::abs(a.out - b.out) < kInaudible;
 }
 
-/// With the poles and the gain of `poles`: goes on from the output `out`, and takes `d` away from
-/// an input that stays.
+/// Returns a filter with the poles and the gain of `poles`, the last output `out`, and the sums to
+/// which a constant input `d` leads: it subtracts d from its next input.
 VEXA_REALTIME LowCutFilter Charged(const LowCutFilter& poles, float d, float out) noexcept {
     return {poles.hpa,
             poles.hpb,
@@ -89,7 +93,8 @@ VEXA_REALTIME LowCutFilter Charged(const LowCutFilter& poles, float d, float out
             out};
 }
 
-/// Gives a voice other filters, which go on with what they take away, so that nothing jumps.
+/// Replaces the poles and gains of a voice's filters. Each filter goes on with the offset that it
+/// subtracts at present, so that the output does not jump.
 VEXA_REALTIME void Refilter(RunningVoice& v, const LowCutFilter& next) noexcept {
     for (LowCutFilter* filter : {&v.filter, &v.rightFilter})
         *filter = Charged(next, filter->hpgain * (filter->hpsum0 - filter->hpsum1), filter->out);
@@ -132,8 +137,9 @@ void VoiceRenderer::SetSampleRate(double rate, int oversampling) noexcept {
     }
 }
 
-/// The filter of a note of `freq` Hz, not charged. The poles of the two accumulators are e^-k and
-/// e^-2k with k = ln 2 freq / filterRate; the gain makes the response at frequency 0 exactly 0.
+/// Returns the filter of a note of `freq` Hz, with sums of 0. The poles of the two accumulators are
+/// e^-k and e^-2k with k = ln 2 freq / filterRate; the gain makes the response at frequency 0
+/// exactly 0.
 LowCutFilter VoiceRenderer::LowCutFor(float freq) const noexcept {
     const auto k = static_cast<float>(std::numbers::ln2 * freq / filterRate);
     const auto hpa = static_cast<float>(kits::maths::Exponential(-double(k)));
@@ -158,7 +164,8 @@ void VoiceRenderer::Render(float* left, float* right, std::size_t count) noexcep
     const RealtimeSection realtime;
     const FlushDenormals flush;
     const kits::Reader::Section reading(reader);
-    // Before the function, so that no other is taken for it.
+    // Read before the function: IsReplaced() then notices a replacement that happens in between. In
+    // the other order, the old function would be taken for the new sound's.
     const uint32 now = replacing;
     const bool another = std::exchange(replaced, now) != now;
     for (RunningVoice& v : running)
@@ -168,7 +175,7 @@ void VoiceRenderer::Render(float* left, float* right, std::size_t count) noexcep
     for (std::size_t done = 0; done < count;) {
         float* const rightPart = right ? right + done : nullptr;
         const std::size_t most = offset == 0 ? std::min(kMostCells, (count - done) / kBlock) : 0;
-        // Where sounds are joined each change is to be seen in its block.
+        // If sounds are joined, each change must be noticed in its own block.
         const bool whole = most > 1 && !joins;
         const std::size_t cells = whole ? RenderCells(f, left + done, rightPart, most) : 0;
         if (cells > 0) {
@@ -188,7 +195,8 @@ void VoiceRenderer::Render(float* left, float* right, std::size_t count) noexcep
     ShowProgress();
 }
 
-/// Renders a block; false, and nothing changes, where what has been read may be of two sounds.
+/// Renders a block. Returns false, without any effect, if the values that it has read may belong to
+/// two different sounds.
 bool VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* left, float* right,
                                 std::size_t count) noexcept {
     const OwnControllers own(playing, macros);
@@ -199,12 +207,12 @@ bool VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
     const float levelBefore = mix.Level();
     std::array<RunningVoice*, kVoiceSlots> sounding;
     std::size_t voiceCount = 0;
-    // Voices that rest while their volumes move.
+    // Resting voices whose volumes or gains move.
     std::array<RunningVoice*, kVoiceSlots> fading;
     std::size_t fadingCount = 0;
     inputs.Advance(sampleRate, Smooth(), offset, count);
-    // Where nothing sounds, a volume is there at once; where sounds are joined, notes are charged
-    // for it.
+    // If nothing sounds, a new volume of the sum applies at once. It also does if sounds are
+    // joined, because Join charges the filters for it.
     const bool glides = !joins && std::ranges::any_of(running, &RunningVoice::sounds);
     const std::size_t hand = SamplesIn(kHandSeconds);
     mix.Begin({hand, glides ? hand : 0, SamplesIn(kFadeSeconds)}, offset, count);
@@ -279,8 +287,9 @@ bool VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
         if (sounding[k]->stands)
             Watch(*sounding[k], {&one.s[k * count], count}, cellEnds);
     }
-    // Only where a cell ends, so that it does not depend on where blocks are cut; and of points
-    // that stood at its beginning too, so that the last value is the one that stays.
+    // Whether a voice rests is decided only at the end of a cell, so that it does not depend on
+    // where blocks split the cell. Its point must have stood at the cell's beginning too, so that
+    // the last value is the one that stays.
     if (!cellEnds)
         return true;
     for (std::size_t k = 0; k < voiceCount; k++) {
@@ -295,14 +304,16 @@ bool VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
         v.rests = stood && v.stands && !v.arrives.Moves() && inputs.IsSteady(source, v) &&
                   !Lingers(v, hearsTime, 0) && Settles(v.filter, Heard(last(one))) &&
                   (!apart || Settles(v.rightFilter, Heard(last(other))));
-        // A filter may settle before its output is inaudible: what its sums lack is rounded away.
+        // A resting voice is over even if IsOver is false: its filter may settle short of the
+        // limits because rounding stops its sums there.
         v.over = v.rests || (v.stands && IsOver(v, last(one), apart ? last(other) : 0));
     }
     CloseEars();
     return true;
 }
 
-/// Lets the ears part where the sound has a spread. They begin with what both have heard so far.
+/// Begins the ears' block. If the sound has a spread or a note is panned, the right ear gets
+/// filters of its own, which start as copies of the left ear's.
 void VoiceRenderer::OpenEars(bool both, std::size_t count) noexcept {
     ears.Begin(parameters, both ? playing.Spread() : 0, SamplesIn(kHandSeconds), offset, count);
     if (apart || !(ears.Apart() || (both && Panned())))
@@ -312,7 +323,7 @@ void VoiceRenderer::OpenEars(bool both, std::size_t count) noexcept {
         v.rightFilter = v.filter;
 }
 
-/// True where one ear hears more of a note than the other.
+/// Returns true if a note has different gains for the two ears.
 bool VoiceRenderer::Panned() const noexcept {
     for (std::size_t i = 0; i < running.size(); i++) {
         const RunningVoice& v = running[i];
@@ -326,7 +337,7 @@ bool VoiceRenderer::Panned() const noexcept {
     return false;
 }
 
-/// At the end of a cell: the ears are one again where they hear the same.
+/// Gives up the right ear's filters at the end of a cell if both ears hear the same again.
 void VoiceRenderer::CloseEars() noexcept {
     apart = apart && (ears.Apart() || Panned() ||
                       std::any_of(running.begin(), running.end(), [](const auto& v) {
@@ -334,8 +345,9 @@ void VoiceRenderer::CloseEars() noexcept {
                       }));
 }
 
-/// Returns what an ear, on the side -1 or 1, hears of a note at the orbit's start, by the rule for
-/// a single one: radii of 1, whatever the formulas say.
+/// Returns the value of f that an ear hears at the orbit's start; `side` is -1 for the left ear and
+/// 1 for the right one. As for voice::start, the radii are the envelopes' first values, whatever
+/// the formulas say.
 float VoiceRenderer::StartOf(const RunningVoice& v, const PlaneSource& f,
                              double side) const noexcept {
     const double x = parameters.EnvAx->Value(0, false, 0) * ears.X().cosine + v.cx;
@@ -352,8 +364,8 @@ bool VoiceRenderer::HearsTime(const PlaneSource& f) noexcept {
     });
 }
 
-/// Follows what f gives of a voice whose point stands, and stops the time that it hears where it is
-/// taken for ended.
+/// Observes the value of f for a voice whose point stands, and stops the function's time input once
+/// the voice counts as ended.
 void VoiceRenderer::Watch(RunningVoice& v, std::span<const float> samples,
                           bool cellEnds) const noexcept {
     const auto most = static_cast<float>(kStill * double(kBlock) / sampleRate);
@@ -367,8 +379,8 @@ void VoiceRenderer::Watch(RunningVoice& v, std::span<const float> samples,
     v.stopped = v.stopped || v.stillFor >= SamplesIn(kStillSeconds);
 }
 
-/// Charges the filters so that the first samples of a block are what the last ones were, at a level
-/// that is so much louder.
+/// Charges the filters so that the output of this block begins at the last output of the previous
+/// one, although the sum's volume is `louder` times the previous volume.
 void VoiceRenderer::Join(std::span<RunningVoice* const> sounding, const Block& block,
                          std::size_t count, float louder) const noexcept {
     const auto charge = [louder](LowCutFilter& filter, float first) {
@@ -382,19 +394,21 @@ void VoiceRenderer::Join(std::span<RunningVoice* const> sounding, const Block& b
     }
 }
 
-/// True where a voice whose point stands hears time that will not stop within so many cells.
+/// Returns true if a voice whose point stands hears a time that will not stop within `cells` cells.
 bool VoiceRenderer::Lingers(const RunningVoice& v, bool hearsTime,
                             std::size_t cells) const noexcept {
     return hearsTime && !v.stopped && v.stillFor + cells * kBlock < SamplesIn(kStillSeconds);
 }
 
-/// True where nothing will be heard of a voice whose input stays what the ears have of it now.
+/// Returns true if the voice stays inaudible as long as its inputs for the two ears stay at `left`
+/// and `right`.
 bool VoiceRenderer::IsOver(const RunningVoice& v, float left, float right) const noexcept {
     return Lacks(v.filter, Heard(left)) < kInaudible &&
            (!apart || Lacks(v.rightFilter, Heard(right)) < kInaudible);
 }
 
-/// A voice that rests goes on moving when the sound has become another; answers whether it has.
+/// Returns true if the sound differs from that of the last block; the resting voices then move
+/// again.
 bool VoiceRenderer::WakeIfChanged(const VoiceMotion& motion, const PlaneFunction& f) noexcept {
     const VoiceMotion::Sound now = motion.Of();
     if (now == sound && &f.Source() == heard)
@@ -406,14 +420,16 @@ bool VoiceRenderer::WakeIfChanged(const VoiceMotion& motion, const PlaneFunction
     return true;
 }
 
-/// Samples in which coefficients and controllers get where they are wanted; 0 where they step.
+/// Returns the number of samples in which coefficients and controllers reach their targets; 0 if
+/// they step.
 std::size_t VoiceRenderer::Smooth() const noexcept {
     const double seconds = playing.given ? double(playing.smooth) / 1000 : 0;
     return seconds > 0 ? SamplesIn(seconds) : 0;
 }
 
-/// What the player's hands do to a note that sounds. Other voices than the newest may have been
-/// taken from the slot by now, and then this is about a note that is not taken up yet.
+/// Applies the player's hands to a sounding note: bend, own controllers and macros, tuning, gains.
+/// A voice that was cut off is left alone, because its slot may already hold the values of a note
+/// that has not been taken up yet.
 void VoiceRenderer::TakeUpHands(RunningVoice& v, const voice& slot) noexcept {
     v.glide.Aim(0, 0, offset);
     v.arrives.Aim(1, 0, offset);
@@ -434,17 +450,18 @@ void VoiceRenderer::TakeUpHands(RunningVoice& v, const voice& slot) noexcept {
     }
     v.bend.Aim(BendOf(v, slot), SamplesIn(kHandSeconds), offset);
     v.own = OwnOf(slot);
-    // What a legato key has a say in does not jump.
+    // The values that depend on the key do not jump at a legato key.
     v.smooth = std::max(Smooth(), v.retuned ? SamplesIn(kHandSeconds) : 0);
     v.retuned = false;
 }
 
-/// Semitones.
+/// Returns the bend and the tuning together, in semitones.
 double VoiceRenderer::BendOf(const RunningVoice& v, const voice& slot) const noexcept {
     return (playing.Bends() ? double(slot.bend) : 0.0) + v.tuning;
 }
 
-/// Where somebody says how the sound is played, a voice that is cut off fades.
+/// Ends a voice whose slot was silenced: with a fade if the sound has playing settings
+/// (Playing::given), otherwise at once.
 void VoiceRenderer::CutOff(RunningVoice& v) noexcept {
     if (!v.ends && playing.given && !v.rests) {
         v.ends = true;
@@ -454,8 +471,8 @@ void VoiceRenderer::CutOff(RunningVoice& v) noexcept {
     v.ends = v.sounds;
 }
 
-/// Brings a voice to the channel of its note: what sounds gets to the volume there within 10 ms,
-/// what is silent so far has it at once.
+/// Moves a voice to the channel of its note. A sounding voice reaches the volume of that channel
+/// within 10 ms, a silent one has it at once.
 void VoiceRenderer::MoveTo(RunningVoice& v, std::size_t channel, bool silent) noexcept {
     v.before = mix.Volume(v);
     v.channel = channel;
@@ -466,9 +483,9 @@ void VoiceRenderer::MoveTo(RunningVoice& v, std::size_t channel, bool silent) no
     v.arrives.Aim(1, SamplesIn(kHandSeconds), offset);
 }
 
-/// Begins the slot's new note, or its release or its new pitch, if there is one. A note that is
-/// being rewritten at this moment is left for the next block; until then the voice goes on as it
-/// is.
+/// Takes up the slot's new note, its release or its new pitch, if there is one. A note that is
+/// being rewritten at this moment is taken up with the next block; until then the voice continues
+/// unchanged.
 void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
                                  const PlaneSource& f) noexcept {
     const VoiceState::Seen seen = slot.state.Look();
@@ -477,7 +494,7 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
     if (seen.Changing() || (v.sounds && seen.Changes() == v.changes))
         return;
 
-    // All is read before anything changes, in case that the slot is rewritten meanwhile.
+    // Everything is read before the voice changes, because the slot may be rewritten meanwhile.
     const uint32 notes = slot.notes, tunes = slot.tunes;
     const int32 channel = slot.channel;
     const float glide = slot.glide, glideFrom = slot.glidefrom;
@@ -499,7 +516,8 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
         return;
 
     const bool begins = !v.sounds || notes != v.notes;
-    // What was cut off a moment ago, in this block, still sounds where it is to fade.
+    // With playing settings a voice that is cut off fades, so the slot's previous note still sounds
+    // if it was replaced since the last block.
     const bool goesOn = v.sounds && (continues || v.ends || playing.given);
     if (begins || tunes != v.tunes) {
         const double from = glidesOn ? v.freq * v.glide.Factor() : double(glideFrom);
@@ -532,7 +550,8 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
         v.cy = startcy;
         v.x.Restart();
         v.y.Restart();
-        // Charged so that the first sample is what the slot's last one was, without a click.
+        // Charges a filter so that the first sample equals the slot's last one, which avoids a
+        // click; if the slot was silent, it is 0.
         const auto charge = [&](LowCutFilter& filter, std::size_t ear, float from) {
             const float before = v.gains[ear].Now();
             v.gains[ear].Set(gains[ear]);
@@ -549,8 +568,8 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
     if (released && !v.released) {
         const auto places = EnvelopePlaces();
         for (std::size_t i = 0; i < places.size(); i++) {
-            // A note-off that came while a buffer was rendered took the levels of an earlier time
-            // than the voice has reached: taken again, so that nothing jumps.
+            // A note-off that arrived while a buffer was rendered recorded the levels of an earlier
+            // time than the voice has reached. They are computed again, so that nothing jumps.
             const Envelope& envelope = *(parameters.*places[i].target);
             const auto t = static_cast<float>(v.t);
             v.rellevel[i] = t == heldFor ? rellevel[i] : envelope.Value(t, false, 0);

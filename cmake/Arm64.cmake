@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-# Builds for 64-bit Arm on another machine, against the Debian packages that scripts/check-arm64 has unpacked.
+# Toolchain that cross-compiles for 64-bit Arm against the Debian packages that scripts/check-arm64 unpacks.
 
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR aarch64)

@@ -1,13 +1,14 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-# Where an installation puts everything: the programs, what they look for, and what desktops and shells do.
+# The installation: programs, their content, plug-ins, and the files for desktops and the service manager.
+# packaging/pages adds man pages and completions.
 
 set(programs vexa-render)
 if(VEXA_WINDOW)
     list(APPEND programs vexa)
 endif()
 install(TARGETS ${programs} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-# Not from the build's program folder, where a person's own may lie. Content here tells the programs that they are
-# installed, be it where they could write (kits/storage/ProgramFolder.h).
+# Content is installed from its sources and not from the program folder, which may also hold a person's files. By the file
+# shipped-content there the programs know that they are installed, even in a writable place (kits/storage/ProgramFolder.h).
 install(DIRECTORY data/functions data/sounds ${VEXA_MADE_CONTENT}/samples ${VEXA_MADE_CONTENT}/pictures
     DESTINATION ${VEXA_INSTALLED_CONTENT})
 install(FILES data/demo.mid data/shipped-content DESTINATION ${VEXA_INSTALLED_CONTENT})
@@ -23,7 +24,7 @@ if(VEXA_WINDOW)
         DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)
     install(FILES ${VEXA_PROGRAM_FOLDER}/vexa-icon.png RENAME ${id}.png
         DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/128x128/apps)
-    # The unit has the path of the program that is installed with it.
+    # The systemd unit contains the path of the installed program.
     configure_file(data/desktop/vexa.service.in ${CMAKE_BINARY_DIR}/vexa.service @ONLY)
     install(FILES ${CMAKE_BINARY_DIR}/vexa.service DESTINATION lib/systemd/user)
 endif()

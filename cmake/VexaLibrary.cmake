@@ -1,13 +1,13 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-# How every target of the project is compiled, and the one-library-per-folder rule.
+# Functions that define the project's targets, one library per folder, and the options with which all of them are compiled.
 
-# All presets but dev join the .cpp files of a target for the compiler (CMAKE_UNITY_BUILD): two thirds of the work are
-# headers. So no two files of a folder may name something in private alike. What each of them includes is looked over
-# where nothing is joined: in dev, and in the Debian packages, which ./test --all builds.
-# One and a half dozen at a time, so that none of the joined files takes long by itself.
+# All presets but dev join the .cpp files of a target for the compiler (CMAKE_UNITY_BUILD), because two thirds of its work
+# are headers. Therefore no two files of a folder may give the same name to something private. A missing include shows only
+# in builds that join nothing: dev, and the Debian packages, which ./test --all builds.
+# At most 18 files are joined, so that no joined file takes long to compile.
 set(CMAKE_UNITY_BUILD_BATCH_SIZE 18)
 
-# vexa_join(TARGET SOURCE...): joins the sources of a target in parts of the same size.
+# vexa_join(TARGET SOURCE...): makes the joined files of a target about equally large.
 function(vexa_join target)
     list(LENGTH ARGN count)
     if(count LESS_EQUAL CMAKE_UNITY_BUILD_BATCH_SIZE)
@@ -18,12 +18,12 @@ function(vexa_join target)
     set_target_properties(${target} PROPERTIES UNITY_BUILD_BATCH_SIZE ${size})
 endfunction()
 
-# vexa_read_once(TARGET FIRST [HEADER...]): the target FIRST compiles these headers by themselves, and all others that name
-# it are spared their parsing, a half of the work for a short file. All of them need the same options as far as a header
-# sees them: the optimisation, -fPIC, the sanitizer.
+# vexa_read_once(TARGET FIRST [HEADER...]): uses precompiled headers. The target FIRST precompiles the given headers, and
+# all other targets that name FIRST reuse them, which saves half of the work for a short file. All of these targets must
+# have the same options that affect headers: optimization, -fPIC, sanitizer.
 #
-# Only where files are joined, as then too it is not seen what each of them includes; and not under a launcher like ccache,
-# which as a rule remembers nothing of what is compiled so.
+# Precompiled headers hide missing includes, so they are used only where joined files hide them anyway; and not under a
+# launcher such as ccache, which by default does not cache files that are compiled with them.
 function(vexa_read_once target first)
     if(NOT CMAKE_UNITY_BUILD OR CMAKE_CXX_COMPILER_LAUNCHER)
         return()
@@ -38,11 +38,11 @@ endfunction()
 add_library(vexa_options INTERFACE)
 target_compile_options(vexa_options INTERFACE
     -Wall -Wextra -Wpedantic $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local> -Wfloat-conversion -Wnon-virtual-dtor -Woverloaded-virtual
-    # Some libraries ask for it, so all has it, as the headers (vexa_read_once) see it.
+    # Some libraries require it. All targets get it, because it affects precompiled headers (vexa_read_once).
     -pthread
-    # A render is the same on every machine: no fused multiply-add behind the formulas' back.
+    # A render is the same on every machine, so the compiler must not fuse multiplications and additions by itself.
     -ffp-contract=off
-    # What a program does not call of joined files is left out of it, and the libraries for it too.
+    # The linker leaves out functions of joined files that a program does not call, and libraries that only these need.
     -ffunction-sections -fdata-sections)
 target_link_options(vexa_options INTERFACE -Wl,--gc-sections,--as-needed)
 if(VEXA_WERROR)
@@ -58,13 +58,13 @@ if(VEXA_FUZZ)
 endif()
 target_include_directories(vexa_options INTERFACE ${CMAKE_SOURCE_DIR}/src)
 
-# vexa_fast(TARGET): of a release, the target is compiled for speed, however long that takes.
+# vexa_fast(TARGET): compiles the target with -O3 in a release build.
 function(vexa_fast target)
     target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-O3>)
 endfunction()
 
-# The instruction sets of vexa_loops, and what the compiler is told for each. With VEXA_ONE_SET there is one, that of this
-# machine, as baseline.
+# The instruction sets of vexa_loops, with the compiler options of each. With VEXA_ONE_SET there is only Baseline, which is
+# then compiled for this machine.
 set(loops_of_Baseline)
 set(loops_of_Avx2 -mavx2 -mfma)
 set(loops_of_Avx512 ${loops_of_Avx2} -mavx512f -mavx512dq -mavx512vl -mavx512bw -mprefer-vector-width=512)
@@ -78,10 +78,10 @@ endif()
 
 # vexa_library(NAME [FAST] [ONLY FILE...] [FOLDERS FOLDER...] [DEPENDS LIBRARY...] [BACKENDS PKG...] [APART FILE...])
 #
-# The static library of the current folder, made of its .cpp files but main.cpp, and of those in FOLDERS below it.
-# With ONLY it is made of these files, which that of the folder is then without. FAST is vexa_fast.
-# DEPENDS are libraries of ours, BACKENDS pkg-config modules that only these .cpp files may include.
-# Files in APART are compiled by themselves also where others are joined.
+# Defines a static library from the .cpp files of the current folder, except main.cpp, and of its subfolders backends and
+# FOLDERS. With ONLY it consists of these files alone, and a later library of the same folder omits them.
+# FAST applies vexa_fast. DEPENDS are libraries of this project; BACKENDS are pkg-config modules whose headers only this
+# library's .cpp files may include. Files in APART are never joined with others.
 function(vexa_library name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "FAST" "" "ONLY;FOLDERS;DEPENDS;BACKENDS;APART")
     if(arg_ONLY)
@@ -95,7 +95,7 @@ function(vexa_library name)
     add_library(${name} STATIC ${sources})
     vexa_join(${name} ${sources})
     set_source_files_properties(${arg_APART} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
-    # What stands in a header keeps the optimisation that the header was compiled with, whatever its user asks for.
+    # Functions in a precompiled header keep the optimization with which it was compiled, so fast targets need their own.
     set(first kits_support)
     if(arg_FAST)
         vexa_fast(${name})
@@ -112,9 +112,9 @@ function(vexa_library name)
     endforeach()
 endfunction()
 
-# vexa_loops(LIBRARY NAME): loops/NAME.cpp of the current folder, compiled into the library once per instruction set of
-# synth/InstructionSet.h. It defines VEXA_LOOPS_TABLE, which is k<set><NAME>, and may ask for the set: VEXA_LOOPS_SET, or
-# VEXA_LOOPS_NAME as a text.
+# vexa_loops(LIBRARY NAME): compiles loops/NAME.cpp of the current folder into the library, once per instruction set of
+# synth/InstructionSet.h. The file must define the object VEXA_LOOPS_TABLE, a macro for k<set><NAME>, and may use the
+# macros VEXA_LOOPS_SET, the name of the set, and VEXA_LOOPS_NAME, the same as a string.
 function(vexa_loops library name)
     foreach(set IN LISTS loops_sets)
         set(target ${library}_${name}_${set})
@@ -123,15 +123,14 @@ function(vexa_loops library name)
         vexa_fast(${target})
         target_compile_definitions(${target} PRIVATE VEXA_LOOPS_TABLE=k${set}${name} VEXA_LOOPS_NAME="${set}"
             VEXA_LOOPS_SET=${set})
-        # What is given up is errno and the floating-point exception flags, which nobody reads. How vectors are passed
-        # has changed long ago, and no two compilers meet here.
+        # The first two options give up errno and the floating-point exception flags, which nobody reads. -Wno-psabi
+        # silences a note about a change in how vectors are passed, because all callers come from the same compiler.
         target_compile_options(${target} PRIVATE -fno-math-errno -fno-trapping-math -Wno-psabi ${loops_of_${set}})
         target_sources(${library} PRIVATE $<TARGET_OBJECTS:${target}>)
     endforeach()
 endfunction()
 
-# vexa_program(NAME DEPENDS LIBRARY...): the current folder's main.cpp as a program in the program
-# folder.
+# vexa_program(NAME DEPENDS LIBRARY...): builds main.cpp of the current folder as a program in the program folder.
 function(vexa_program name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "DEPENDS")
     add_executable(${name} main.cpp)

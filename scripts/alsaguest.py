@@ -1,8 +1,9 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Plays Vexa through ALSA while devices come and go: what scripts/check-alsa runs in a machine of its own.
+"""Checks that Vexa plays through ALSA while its devices disappear and return.
 
-It takes root, and card 0 is snd-aloop's there and card 1 snd-virmidi's.
+scripts/check-alsa runs this in a virtual machine. It needs root, an ALSA loopback card (snd-aloop) as
+card 0 and a virtual MIDI card (snd-virmidi) as card 1. The exit code is not 0 if a check fails.
 """
 import argparse
 import os
@@ -17,7 +18,7 @@ SINE = """<vexasound><vexafunction><expression>x</expression></vexafunction>
 <ay><env>0</env></ay></vexasound>"""
 FOLDER = pathlib.Path("/run/vexa-alsa")
 LOG = FOLDER / "log"
-# A name without ALSA's address, which another boot may give to another device.
+# The name lacks ALSA's address (client and port), which another boot may give to another device.
 KEYS = "Virtual Raw MIDI 1-0:VirMIDI 1-0"
 
 
@@ -35,7 +36,7 @@ def says(text, times=1):
 
 
 def is_connected():
-    # Nothing else is connected there.
+    # The machine has no other connections.
     return "Connecting To" in subprocess.run(["aconnect", "-l"], capture_output=True, text=True, check=True).stdout
 
 
@@ -45,7 +46,7 @@ def plug(driver, in_again):
 
 
 class Ear:
-    """Records what the card plays."""
+    """Records the output of the loopback card."""
 
     def __init__(self):
         self.path = FOLDER / "heard"
@@ -54,7 +55,7 @@ class Ear:
                                          "-c", "2", self.path])
 
     def loud(self):
-        """Whether a note sounds: a sample of the half second to come is a hundredth of full scale or more."""
+        """Returns whether a note sounds: some sample of the next half second exceeds 1 % of full scale."""
         start = self.path.stat().st_size
         start -= start % 8
         end = start + RATE // 2 * 8
@@ -69,7 +70,8 @@ class Ear:
 
 
 def strike(ear):
-    """Holds a key; struck anew, as a machine that is played by another may cost a note its voice."""
+    """Waits until a held key is heard. The key is struck repeatedly, because an overloaded emulated machine may drop the
+    voice of a note."""
     with open("/dev/snd/midiC1D0", "wb", buffering=0) as keys:
         def is_heard():
             keys.write(bytes([0x90, 69, 100]))
@@ -93,7 +95,7 @@ def main():
     ear = Ear()
     strike(ear)
 
-    # What is silent because a voice was dropped tells nothing.
+    # Silence proves nothing if a voice was dropped meanwhile, so the check is repeated then.
     def dropped():
         return LOG.read_text().count("ReduceVoxByOne")
     tells = False
@@ -105,7 +107,7 @@ def main():
         plug("snd_virmidi", True)
         wait_for("they are connected again", is_connected)
         strike(ear)
-    # Back before anybody has looked.
+    # The device returns before the program has noticed that it was gone.
     plug("snd_virmidi", False)
     plug("snd_virmidi", True)
     wait_for("they are connected though they were away for a moment only", is_connected)

@@ -1,11 +1,11 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Walks the window as a screen reader sees it, and by the Tab key.
+"""Checks that the window can be used with a screen reader and with the Tab key.
 
-Starts an X server, a session bus, JACK without a device and vexa with all its parts shown, and reads
-the tree over AT-SPI. Ends with 1 where a control or a part of one has no name, where two controls
-that are shown in one view have the same, or where Tab does not reach each control that takes the
-keyboard and come round again.
+Starts an X server, a session bus, a JACK server without a device and vexa with all its parts shown,
+and reads the window's tree of accessible objects over AT-SPI. The exit code is 1 if a control or a
+part of one has no name, if two controls that are shown in one view have the same name, or if Tab does
+not reach every control that takes the keyboard and then return to the first.
 """
 import argparse
 import os
@@ -19,19 +19,19 @@ from windowstage import end
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 JACK = "vexa-accessible"
-# Seconds.
+# The longest wait for the window, in seconds.
 START = 60
-# More than there are controls.
+# An upper bound of the number of controls.
 MOST_TABS = 400
 WINDOW_ROLES = ("window", "frame")
-# Views that draw their parts by themselves and have keys for them.
+# Roles of views that draw their parts themselves and have keys to move among them.
 PARTED_ROLES = ("chart", "list", "image", "grouping", "panel")
 SILENT_ROLES = {"filler", "frame", "application", "panel", "scroll pane", "layered pane", "viewport",
                 "separator", "scroll bar", "unknown", "window", "internal frame", "root pane"}
 
 
 def within_a_desktop(arguments):
-    """The exit code of this script within an X server and a session bus of its own."""
+    """Runs this script again under an X server and a session bus of its own, and returns its exit code."""
     folder = tempfile.TemporaryDirectory()
     os.chmod(folder.name, 0o700)
     environment = dict(os.environ, XDG_RUNTIME_DIR=folder.name, XDG_DATA_HOME=folder.name + "/data",
@@ -49,7 +49,7 @@ def within_a_desktop(arguments):
 
 
 def wait_for(what, seconds=START):
-    """The first true value of `what`."""
+    """Calls `what` until it returns a true value, and returns that; ends the script after `seconds`."""
     end = time.monotonic() + seconds
     while time.monotonic() < end:
         found = what()
@@ -84,7 +84,7 @@ def state(node, which):
 
 
 def describe(node):
-    """What is printed of it."""
+    """Returns a line about a control: role, name, value with its range, and actions."""
     text = f"{node.getRoleName()} \"{node.name}\""
     try:
         value = node.queryValue()
@@ -114,7 +114,7 @@ def faults_of_names(nodes):
 
 
 def focused(window):
-    """The innermost: what holds a control has the focus with it."""
+    """Returns the innermost focused object, or None; the objects that contain it also count as focused."""
     found = None
     for node, path in tree(window):
         part = path and path[-1].getRoleName() in PARTED_ROLES
@@ -124,7 +124,8 @@ def focused(window):
 
 
 def identity(node):
-    """Names and roles up to the window: unlike object paths the same after each question."""
+    """Returns the roles, names and indices from the object up to the window. Unlike object paths they stay
+    the same from one query to the next."""
     parts = []
     while node is not None and node.getRoleName() not in WINDOW_ROLES:
         parts.append((node.getRoleName(), node.name, node.getIndexInParent()))
@@ -133,24 +134,25 @@ def identity(node):
 
 
 def focused_after(window, last):
-    """What has the keyboard, once it is something else than `last`; a busy machine takes its time to tell."""
+    """Returns the object that has the keyboard once it differs from `last`, or after 2 s whatever has it then: a busy
+    machine reports the change late."""
     end = time.monotonic() + 2
     nowhere = 0
     while True:
-        # To look takes longer.
+        # The query itself takes longer than this pause.
         time.sleep(0.05)
         node = focused(window)
-        # A part of a view is nowhere, in earnest; what is on its way to the next place is not so twice.
+        # Inside a view with parts there is lastingly no focused object; while the focus moves, only for one query.
         nowhere += node is None
         if nowhere == 2 or (node is not None and identity(node) != last) or time.monotonic() > end:
             return node
 
 
 def faults_of_tabs(window, nodes):
-    """Presses Tab until the first place comes again."""
+    """Presses Tab until the first place comes again, and yields the faults."""
     wanted = {}
     for node, path in nodes:
-        # A part of a view is reached by the view's own keys.
+        # Parts of a view are reached by the view's own keys.
         part = path and path[-1].getRoleName() in PARTED_ROLES
         usable = state(node, "FOCUSABLE") and state(node, "ENABLED") and shown(node)
         if usable and not part and node.getRoleName() not in WINDOW_ROLES:

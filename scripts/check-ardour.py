@@ -1,13 +1,14 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Has Ardour, without a window or a device, keep and export a session with the LV2 plug-in.
+"""Checks that Ardour saves, opens and exports a session with the LV2 plug-in.
 
-check-ardour.py [BUILD]: build/release if not given; the Debian package ardour must be installed. A
-Lua script makes a session with the instrument on a track, loads a preset and sets two of its knobs;
-a MIDI region with note 69 is written into the session's file; a second script opens the session, looks
-whether the knobs are as they were, and saves it; ardour7-export opens it again. Ends with 1 where the
-export has not the length of the region, is not at 440 Hz, or differs by more than 1e-6 from what
-vexa-render gives, whatever latency the host had to make up for.
+check-ardour.py [BUILD], build/release by default. Ardour runs without a window or a device; the Debian
+package ardour must be installed. A Lua script makes a session with the instrument on a track, loads a
+preset and sets two of its knobs. A MIDI region with note 69 is written into the session's file. A
+second Lua script opens the session, checks that the knobs have kept their values, and saves it.
+ardour7-export exports it. The exit code is 1 if a step fails, the export has another length than the
+region, its pitch is not 440 Hz, or it differs by more than 1e-6 from the output of vexa-render, which
+also tests that the host compensates the plug-in's latency.
 """
 import argparse
 import os
@@ -23,13 +24,13 @@ from midifile import midi_file
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 RATE = 48000
-# Of the region. Ardour has 1920 ticks in a beat, and 120 beats in a minute at first.
+# The length of the region. Ardour counts 1920 ticks in a beat, and a new session has 120 beats a minute.
 SECONDS = 4
 TICKS = SECONDS * 2 * 1920
-# Milliseconds.
+# Start and end of the note, in milliseconds.
 BEGIN, END = 500, 2500
 
-# Oversampled, so that the host has a latency to make up for.
+# This sound is oversampled, so the plug-in has a latency for which the host must compensate.
 SOUND, LABEL = "bell", "Bell"
 
 
@@ -71,7 +72,8 @@ quit()
 
 
 def note(beats_in_a_second):
-    """Ardour takes beats from a MIDI file and no tempo."""
+    """Returns a MIDI file of the note whose times in beats suit the given tempo: Ardour reads the beats of
+    a MIDI file and ignores its tempo."""
     return midi_file([(beats_in_a_second * BEGIN, (0x90, 69, 100)),
                       (beats_in_a_second * END, (0x80, 69, 0))])
 
@@ -88,7 +90,7 @@ def lua(text, folder, environment):
 
 
 def write_region(folder):
-    """A region with the note in it, into what Ardour has saved."""
+    """Inserts a region with the note into the session file that Ardour has saved."""
     session = folder / "session"
     midi = session / "interchange/session/midifiles"
     midi.mkdir(parents=True, exist_ok=True)
@@ -110,14 +112,15 @@ def write_region(folder):
 
 
 def samples(data):
-    """The channels of a WAV file of floats."""
+    """Returns the channels of a WAV file of 32-bit floats, a row each."""
     channels = int.from_bytes(data[22:24], "little")
     size = int.from_bytes(data[data.index(b"data") + 4:][:4], "little")
     return numpy.frombuffer(data[data.index(b"data") + 8:][:size], "<f4").reshape(-1, channels).T
 
 
 def pitch(samples):
-    """Of the strongest partial, in Hz, refined between the lines of the spectrum."""
+    """Returns the frequency of the strongest partial in Hz; zero padding makes the spectrum eight times
+    finer."""
     power = numpy.abs(numpy.fft.rfft(samples * numpy.hanning(len(samples)), 8 * len(samples)))
     return numpy.argmax(power) * RATE / (8 * len(samples))
 

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Checks who includes whom.
+"""Checks the includes of the source tree.
 
-Below src/ a folder uses what the table allows and nothing else, a quoted include names a file that
-is there, third-party headers stay inside the kits, and no files use each other in a circle (a .h and
-its .cpp count as one) but those of KNOWN_CIRCLES. Each wrong include is printed with its place
-and the rule; the exit code is 1 then.
+A folder below src/ may use only the folders that the table ALLOWED lists for it. A quoted include must
+name an existing file. Third-party headers stay inside the kits and the plug-ins. No files may include
+each other in a circle, except those in KNOWN_CIRCLES; a .h and its .cpp count as one file. Each fault
+is printed with its place and the rule that it breaks; the exit code is 1 if there is any.
 """
 
 import pathlib
@@ -13,13 +13,13 @@ import re
 
 import sourcecheck
 
-# Kits that know no windows: all that the engine may use of them.
+# The kits that the engine may use; none of them knows windows.
 ENGINE_KITS = ["kits/support", "kits/storage", "kits/application", "kits/kernel", "kits/maths",
                "kits/media", "kits/midi", "kits/pictures"]
 ALL_KITS = ENGINE_KITS + ["kits/network", "kits/spectrum", "kits/interface", "kits/translation"]
 ENGINE = ["synth", "tuning", "midi", "audio", "formula", "functions", "xml", "documents", "instrument"]
 
-# Each folder below src/ and the folders that it may use besides itself.
+# For each folder below src/, the folders that it may use besides itself.
 ALLOWED = {
     "kits/support": [],
     "kits/storage": ["kits/support"],
@@ -53,36 +53,37 @@ ALLOWED = {
     "app": ALL_KITS + ENGINE + ["bank", "attach", "views"],
 }
 
-# Files that use each other all the same, each group with the path that its names begin with.
+# Groups of files that may include each other: the path that precedes the names, and the names. The
+# comment gives the reason.
 KNOWN_CIRCLES = [
-    # A fragment is walked through in its lists, and its lists are made of fragments.
+    # Walking through a fragment walks through its lists, and these lists consist of fragments.
     ("xml/", "FragmentWalk MXFragment MXFragmentList"),
-    # A handler asks the queue to forget it, the queue delivers to handlers.
+    # A handler asks the queue to forget it, and the queue delivers messages to handlers.
     ("kits/application/", "Handler MessageQueue"),
-    # A view has a widget that calls it; both know their window.
+    # A view owns a widget that calls it, and both know their window.
     ("kits/interface/", "Font View Window backends/HeldKeys backends/ViewWidget "
                         "backends/WindowWidget"),
-    # A keyboard map is a part of a tuning, and made from that of the usual keys.
+    # A tuning is computed from a keyboard map, whose defaults are constants of the tuning.
     ("tuning/", "Keymap Tuning"),
-    # A consumer has a gate, which is one; an event calls a consumer's hook.
+    # A consumer owns a gate, which is itself a consumer; an event calls a hook of a consumer.
     ("kits/midi/", "EventGate MidiConnection MidiEvent MidiLocalConsumer"),
-    # A file is read by a decoder, which gives what a file is read to.
+    # Reading a picture uses the decoders and the orientation, which work on its result type.
     ("kits/pictures/", "Decoders Orientation PictureFile"),
-    # Both are the two sides of one interface.
+    # The roster and the systems are the two sides of one interface.
     ("kits/midi/", "MidiRoster MidiSystems"),
-    # The kinds of documents name their writers, which say what they are.
+    # The table of document kinds names their writers, and a writer states its kind.
     ("documents/", "DocumentKind FunctionDocument SoundDocument"),
-    # CLAP's functions are given the instance, which gives them to the host.
+    # The functions for the host take the instance, and the instance gives them to the host.
     ("plugin/clap/", "Extensions Plugin"),
-    # The menu asks the window what to mark, the window has it filled.
+    # The menu asks the window which items to mark, and the window fills the menu.
     ("app/", "MainMenu VexaWindow"),
-    # What the plane's gestures do is done by the fields of the main view, which has the gestures.
+    # The gestures on the plane change fields of the main view, and the main view owns the gestures.
     ("app/", "VexaView plane/PlaneDesk"),
-    # A handle is drawn on the overlay, which has the handles.
+    # A handle is drawn on the overlay, and the overlay owns the handles.
     ("views/plane/", "PlaneHandle PlaneOverlay"),
 ]
 
-# Headers in angle brackets that every file may include.
+# The standard and system headers, in angle brackets, that every file may include.
 CPP = set("""
     algorithm any array atomic barrier bit bitset charconv chrono codecvt compare complex concepts
     condition_variable coroutine deque exception execution filesystem format forward_list fstream
@@ -103,7 +104,7 @@ C_AND_POSIX = set("""
     tgmath threads time uchar ucontext ulimit unistd utime utmpx wchar wctype wordexp
     """.split())
 SYSTEM = re.compile(r"(sys|linux|asm)/[\w/.-]+\.h")
-# What the compiler brings for the processor.
+# The compiler's headers for processor instructions.
 PROCESSOR = {"cpuid.h", "immintrin.h", "xmmintrin.h", "emmintrin.h", "pmmintrin.h", "x86intrin.h",
              "arm_neon.h"}
 
@@ -117,7 +118,7 @@ def is_standard(header):
 
 
 def folder_of(path):
-    """The row of the table that a path relative to src/ belongs to: the longest that holds it."""
+    """Returns the row of the table for a path relative to src/, the longest that contains it, or None."""
     rows = [row for row in ALLOWED if path.startswith(row + "/")]
     return max(rows, key=len, default=None)
 
@@ -130,7 +131,7 @@ def may_name_libraries(path):
 
 
 def fault_of(source, path, target):
-    """What is wrong with the include in the file at `path` (relative to src/), or None."""
+    """Returns the fault of an include in the file at `path` (relative to src/), or None."""
     match = TARGET.match(target)
     if not match:
         return "names no file, so it cannot be checked"
@@ -152,7 +153,8 @@ def fault_of(source, path, target):
 
 
 def includes_of(source):
-    """Each include of a tree: its file relative to the tree, its line, and what it names."""
+    """Yields each include of a tree: its file relative to the tree, its line number, and the text after
+    #include."""
     for file in sorted(source.rglob("*")):
         if file.suffix in (".h", ".cpp"):
             for number, line in enumerate(file.read_text("utf-8").splitlines(), 1):
@@ -161,7 +163,7 @@ def includes_of(source):
 
 
 def circles(uses):
-    """The groups of files that reach each other, each as a sorted list."""
+    """Returns the groups of files that include each other, directly or not, each as a sorted list."""
     reached = {}
     for start in uses:
         seen, todo = set(), [start]
@@ -186,7 +188,7 @@ def circle_faults(source, uses):
 
 
 def check(source):
-    """The faults of a whole tree, and what to say where there are none."""
+    """Returns the faults of a whole tree, and the line to print if there are none."""
     faults = [f"{file}:1: its folder is not in the table of {pathlib.Path(__file__).name}"
               for file in sorted(source.rglob("*")) if file.suffix in (".h", ".cpp")
               and folder_of(file.relative_to(source).as_posix()) is None]
@@ -205,7 +207,7 @@ def check(source):
     return faults + circle_faults(source, uses), f"{count} includes, all allowed"
 
 
-# A tree with every fault once; the comment behind a line is what has to be said about it.
+# A tree that contains every kind of fault. The text after "//!" must be in the report of its line.
 FAULTY = {
     "kits/support/A.h": '#include <vector>\n#include <sndfile.h> //! third-party\n',
     "kits/support/B.cpp": '#include <sndfile.h>\n#include "kits/support/A.h"\n'

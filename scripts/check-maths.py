@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Checks which functions of the C maths library a program calls.
+"""Checks that a program calls no inexact function of the C maths library.
 
-What the library rounds as it likes differs between its versions and processors, and with it a
-render; kits/maths has such functions. What it computes exactly it may be asked for. Each call of
-another is printed; the exit code is 1 then.
+The C standard does not fix the rounding of functions such as sin, so their results, and with them a
+render, differ between versions of the library and between processors. Programs call those of
+kits/maths instead. Functions with exact results may be called. Each imported inexact function is
+printed; the exit code is 1 if there is any.
 """
 import argparse
 import re
@@ -14,7 +15,7 @@ import sys
 INEXACT = re.compile(
     r"(a?(sin|cos|tan)h?|sincos|atan2|exp(2|10|m1)?|log(2|10|1p)?|pow|cbrt|hypot|erfc?|[tl]?gamma|"
     r"[jy][01n]|c(exp|log|pow|sqrt|abs|arg))[fl]?(_r)?")
-# Asked by what is printed after a render.
+# The report that is printed after a render uses it.
 ALLOWED = {"log10"}
 
 

@@ -1,17 +1,18 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Checks that real-time code calls real-time code only.
+"""Checks that real-time code calls only real-time code.
 
-A function that is marked VEXA_REALTIME (kits/support/RealtimeMark.h), by itself or with its class
-(which does not mark constructors and destructors), may call no function of this tree that is not marked, may override no marked function without being
-marked, and may neither allocate by new, delete, throw, nor call what BANNED lists. Exempt is what
-the language makes (defaulted functions) or computes at compile time (constexpr functions).
+A function is marked with VEXA_REALTIME (kits/support/RealtimeMark.h), by itself or with its class; a
+class's mark does not cover constructors and destructors. A marked function may not call an unmarked
+function of this tree, use new, delete or throw, or call a library function in BANNED. A function that
+overrides a marked one must be marked. Defaulted and constexpr functions count as marked. The exit code
+is 1 if there is a fault.
 
-Every source that has the mark, or includes a header of its folder that has it, is read by libclang.
-What initialises a static variable of a function is let through: it happens once, at the first call,
-which is made while things are set up. Not seen are calls through pointers to functions, calls that depend on a template's parameters, the destructors
-of members and of unnamed values, and what the standard library does inside: for these there is
-tests/support/RealtimeWatch, which watches while the tests run.
+libclang reads every source that has the mark or includes a header of its own folder that has it. The
+initialization of a function's static variable is not checked, because it runs once, at the first call,
+which is made during set-up. The check does not see calls through function pointers, calls that depend
+on template parameters, the destructors of members and of unnamed values, and the inside of the
+standard library. tests/support/RealtimeWatch observes these while tests run.
 """
 
 import collections
@@ -25,7 +26,7 @@ from clang.cindex import CursorKind as Kind
 
 import sourcecheck
 
-# What the build says of headers' folders and of macros.
+# Include folders and macros that the build passes to the compiler.
 EXTRA = ["-I/usr/share/dpf/distrho/src", '-DVEXA_LOOPS_NAME=""', '-DVEXA_VERSION=""']
 ARGUMENTS = ["-x", "c++", "-std=c++20", "-Wno-everything"]
 MARK = "VEXA_REALTIME"
@@ -42,7 +43,8 @@ BANNED = set("""
     sleep_until join make_unique make_shared async to_string
     """.split())
 
-# What one function (a pattern) may call, or override unmarked, nevertheless, and why.
+# Permitted calls and unmarked overrides: patterns of the caller (or overriding function) and of the
+# callee (or overridden function), and the reason.
 EXCEPTIONS = {
     ("kits::EventGate::*", "BMidiLocalConsumer::*"):
         "the gate stands in the MIDI thread, before what real-time threads play, and may wait there",
@@ -55,7 +57,7 @@ EXCEPTIONS = {
 
 
 def kind_of(cursor):
-    """None for what these bindings do not know."""
+    """Returns the kind of a cursor, or None if these bindings do not know it."""
     try:
         return cursor.kind
     except ValueError:
@@ -67,7 +69,7 @@ def is_excused(user, used):
 
 
 class Tree:
-    """What the sources of a tree say of their functions."""
+    """Collects the marks, calls and faults of the functions in a source tree."""
 
     def __init__(self, source):
         self.source = source.resolve()
@@ -78,7 +80,8 @@ class Tree:
         self.marked = 0
 
     def files(self):
-        """The sources to read: those with marks of their own or in a header of theirs."""
+        """Returns the sources to read, which have marks themselves or in a header of their folder, and the
+        names of the standard headers that they need."""
         texts = {path: path.read_text("utf-8") for path in sorted(self.source.rglob("*"))
                  if path.suffix in (".h", ".cpp") and path.name != "RealtimeMark.h"}
         marked = {path for path, text in texts.items() if MARK in text}
@@ -88,7 +91,7 @@ class Tree:
         headers = {path for path in marked if path.suffix == ".h"}
         sources = [path for path in texts if path.suffix == ".cpp" and (path in marked or any(
             header.parent == path.parent for header in included[path] & headers))]
-        # The standard headers of all of them are read once.
+        # These headers are precompiled, so they are read once for all sources.
         standard = sorted({name for path in texts if path.suffix == ".h" or path in sources
                            for name in re.findall(r"^\s*#\s*include\s+<([a-z_]+)>", texts[path],
                                                   re.M)})
@@ -99,7 +102,7 @@ class Tree:
         return file is not None and file.name.startswith(f"{self.source}/")
 
     def is_marked(self, cursor):
-        """The function is marked, or a class that it is in."""
+        """Returns whether the function or class is marked, by itself or by a class around it."""
         template = cindex.conf.lib.clang_getSpecializedCursorTemplate(cursor)
         if template is not None and template.kind != Kind.NO_DECL_FOUND:
             cursor = template
@@ -142,7 +145,7 @@ class Tree:
         self.faults[f"{place}: {text}"] = True
 
     def check_body(self, function, cursor):
-        """All calls below the cursor; lambdas belong to the function that has them."""
+        """Checks all calls below the cursor; the body of a lambda belongs to the function around it."""
         for child in cursor.get_children():
             kind = kind_of(child)
             if kind in (Kind.CXX_NEW_EXPR, Kind.CXX_DELETE_EXPR, Kind.CXX_THROW_EXPR):
@@ -177,7 +180,7 @@ class Tree:
                           f"{self.name_of(callee)}, which is not")
 
     def check_override(self, function):
-        """What stands for a marked function of a base is called in its place."""
+        """Reports an unmarked function that overrides a marked one, because it is called in its place."""
         def bases(record):
             for child in record.get_children():
                 if child.kind == Kind.CXX_BASE_SPECIFIER:
@@ -221,7 +224,7 @@ class Tree:
         precompiled = pathlib.Path(folder) / "standard.pch"
         self.index.parse(str(prefix), ["-x", "c++-header", *ARGUMENTS[2:]],
                          options=cindex.TranslationUnit.PARSE_INCOMPLETE).save(str(precompiled))
-        # Those of a folder are read as one, and the headers that they share once.
+        # All sources of a folder are read as one, so that shared headers are read once.
         joined = collections.defaultdict(list)
         for path in sources:
             joined[path if path.parent.name == "loops" else path.parent].append(path)
@@ -239,7 +242,7 @@ class Tree:
 
 
 
-# A tree with every fault once; the comment behind a line is what has to be said about it.
+# A tree that contains every kind of fault. The text after "//!" must be in the report of its line.
 FAULTY = {
     "kits/support/RealtimeMark.h": '#define VEXA_REALTIME [[clang::annotate("realtime")]]\n',
     "a/A.h": """#include "kits/support/RealtimeMark.h"
@@ -297,7 +300,7 @@ void Marked() {
 
 
 def check(source):
-    """The faults of a whole tree, and what to say where there are none."""
+    """Returns the faults of a whole tree, and the line to print if there are none."""
     tree = Tree(source)
     with tempfile.TemporaryDirectory() as folder:
         count = tree.read(folder)

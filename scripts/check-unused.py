@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Checks that the kits offer nothing that nobody calls.
+"""Checks that the kits offer no function without a caller.
 
-A public function that a header of src/kits declares must have its name somewhere in the sources
-below src/ besides its declaration and its definition. Exempt are virtual functions, which the base
-or a library calls, what EXCEPTIONS lists, and headers of backends/, which are no interface.
+The name of each public function that a header of src/kits declares must occur in the sources below
+src/ outside its declaration and definition. Exempt are virtual functions, which a base class or a
+library calls, the functions in EXCEPTIONS, and the headers in backends/ and in GROWING. The exit code
+is 1 if there is a fault.
 """
 
 import collections
@@ -13,11 +14,11 @@ import re
 
 import sourcecheck
 
-# Headers that windows are being built on.
+# Exempt headers, on which windows are being built.
 GROWING = {"kits/interface/View.h", "kits/interface/Control.h", "kits/interface/Menu.h",
            "kits/interface/Window.h", "kits/interface/ScrollView.h", "kits/support/Geometry.h"}
 
-# What the product does not call, and why it is there.
+# Functions that the product does not call, with the reason why they exist.
 EXCEPTIONS = {
     "kits/interface/Alert.h Details": "the same as SetResponder",
     "kits/interface/Alert.h SetResponder": "tests answer alerts",
@@ -40,7 +41,7 @@ def code_of(text):
 
 
 def declared(code):
-    """The names of the functions that a header declares where everybody can call them."""
+    """Returns the names of the public functions that a header declares, virtual ones excepted."""
     names, scopes, statement = [], ["open"], ""
 
     def note():
@@ -82,7 +83,7 @@ def declared(code):
 
 
 def check(source):
-    """The faults of a whole tree, and what to say where there are none."""
+    """Returns the faults of a whole tree, and the line to print if there are none."""
     codes = {path.relative_to(source).as_posix(): code_of(path.read_text("utf-8"))
              for path in sorted(source.rglob("*")) if path.suffix in (".h", ".cpp")}
     uses = {path: collections.Counter(re.findall(r"\w+", code)) for path, code in codes.items()}

@@ -1,20 +1,21 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Does on a real display, with a real JACK server, what hands may do to a sound, and undoes it.
+"""Checks the window with mouse and keyboard gestures, on a display and a JACK server of its own.
 
 check-window-gestures.py [--gestures N] [--seed N] [--only PART] [--scale S] [--picture FILE] [BUILD]:
-100 gestures, seed 1 and build/release if not given. The whole window is shown, and xdotool does what
-is drawn by lot: types, turns the wheel and presses Up and Down in fields, adds, drags, moves by keys
-and removes points of envelopes, confirms formulas, chooses sounds in the drawer and by Page Up and
-Page Down, turns macros, mutates, begins anew, compares A with B, drags handles on the plane and zooms
-it. Then all is undone, and the saved sound must be the first one byte for byte; all is redone, and it
-must be the last one.
+100 gestures, seed 1 and build/release by default. PART is one of the three parts:
 
-Then the sound is measured at JACK: level by volume and by a field, frequency by A4 and bend, the angle
-between left and right by spread, a macro, a formula, a point of an envelope and a handle. And under a
-held note with a smoothing of 10 ms the wheel over a coefficient, a handle and an envelope's point may
-make no step in what JACK gets. Ends with 1 where anything is otherwise. PART is "undo", "sound" or
-"smooth".
+undo: xdotool makes random gestures in the window: it types, turns the wheel and presses Up and Down in
+fields; adds, drags, moves by keys and removes points of envelopes; confirms formulas; chooses sounds in
+the drawer and with Page Up and Page Down; turns macros, mutates, starts with the initial sound,
+compares A with B, drags handles on the plane and zooms it. Then all is undone, and the saved sound must
+equal the first one byte for byte; all is redone, and it must equal the last one.
+sound: measures at JACK how the volume, a formula, its undoing, a coefficient, A4, the pitch bend, the
+spread and a macro change the level, the frequency, or the angle between left and right.
+smooth: under a held note with a smoothing of 10 ms, the wheel over a coefficient, the drag of a handle
+and the drag of an envelope's point must not make a step in the signal.
+
+The exit code is 1 if a check fails.
 """
 import argparse
 import difflib
@@ -41,7 +42,7 @@ def inside(box, chance, inset=12):
 
 
 class Hands:
-    """Gestures, each of which does one thing somewhere."""
+    """Gestures at random places with random values, a method each. The seed determines them."""
 
     def __init__(self, window, seed):
         self.window = window
@@ -101,7 +102,7 @@ class Hands:
         self.window.answer(UNSAVED, "Discard")
 
     def next_sound(self):
-        # Keys are for the window where no field has them.
+        # The window gets the keys only if no field has the focus.
         self.window.click("piano")
         self.window.key(self.chance.choice(("Next", "Prior")))
         self.window.answer(UNSAVED, "Discard")
@@ -127,7 +128,7 @@ class Hands:
         self.window.answer(UNSAVED, "Discard")
 
     def other_slot(self):
-        """Back again, past a change in the other one, which has steps of its own."""
+        """Changes the sound in slot B, which has a history of its own, and returns to A."""
         self.window.choose("Compare with B")
         self.typed_number()
         self.window.choose("Compare with A")
@@ -147,7 +148,7 @@ class Hands:
             self.chance.choice("45"))
 
 
-# How often each comes, beside the others.
+# The relative frequency of each gesture.
 WEIGHTS = {"typed_number": 3, "wheel": 3, "arrows_in_a_field": 3, "added_point": 3, "dragged_point": 4,
            "removed_point": 2, "point_by_keys": 3, "formula": 2, "sound": 2, "next_sound": 1, "macro": 3, "strip": 3,
            "mutation": 1, "initial_sound": 1, "other_slot": 1, "handle": 3, "zoomed_plane": 1}
@@ -174,16 +175,16 @@ def check_undo(window, folder, gestures, seed, report):
     window.key("Return")
     report.tell(not window.is_on(UNDO), "a field confirmed as it is: no step")
     window.undo_all()
-    # A document's name is the file's.
+    # A document's name follows its file, so all documents are saved under the same one.
     saved = folder / "saved.xml"
     first = window.save(saved)
-    # Documents hold what is shown of the plane, so that it is undone with the rest.
+    # A document contains the shown part of the plane, so zooming is a step like any other edit.
     hands.zoomed_plane()
     undoes = window.is_on(UNDO)
     window.key("ctrl+z")
     report.tell(undoes and window.becomes(UNDO, "SENSITIVE", False), "the plane zoomed: one step for the wheel")
     counts = {}
-    # Each once, as far as they go, then by lot.
+    # Each gesture once, in random order, then random ones; `gestures` limits the total.
     plan = list(WEIGHTS)
     hands.chance.shuffle(plan)
     plan = (plan + hands.chance.choices(list(WEIGHTS), WEIGHTS.values(), k=gestures))[:gestures]
@@ -211,7 +212,7 @@ def level(samples):
 
 
 def tone(samples):
-    """Frequency and phase of the loudest partial."""
+    """Returns the frequency (Hz) and phase (radians) of the loudest partial."""
     size = len(samples)
     spectrum = numpy.fft.rfft(samples * numpy.hanning(size))
     peak = int(abs(spectrum[2:]).argmax()) + 2
@@ -224,7 +225,8 @@ def ratio_text(value, wanted, unit):
 
 
 def whole(ear, act):
-    """What `act` returns of a time in which the machine has lost nothing of the sound."""
+    """Repeats `act` until JACK has dropped nothing during it, and returns its result; gives up after ten
+    times."""
     for _ in range(10):
         start = ear.count()
         result = act()
@@ -234,7 +236,7 @@ def whole(ear, act):
 
 
 class Listener:
-    """Measures what JACK gets while a note is held."""
+    """Measures the program's output at JACK while a note is held."""
 
     def __init__(self, window, ear):
         self.window, self.ear = window, ear
@@ -243,7 +245,7 @@ class Listener:
     def strike(self):
         self.window.click("Silence")
         wait_for("silence", lambda: abs(self.ear.listen(0.1)).max() < 0.001)
-        # Silence has ended "hold" as well, with which a note outlasts the click.
+        # "hold" makes a note outlast the click on its key. "Silence" has switched it off.
         self.window.click("hold")
         self.window.click("A3")
         wait_for("the note", lambda: abs(self.ear.listen(0.1)).max() > 0.01)
@@ -293,7 +295,8 @@ def check_sound(window, ear, report):
 
 
 def content_above(samples, hertz):
-    """RMS of what is above, of blocks of 20 ms, the largest in decibels of full scale."""
+    """Returns the level above a frequency, in decibels of full scale: the largest RMS of all blocks of
+    20 ms."""
     size = len(samples)
     spectrum = numpy.fft.rfft(samples)
     spectrum[:int(hertz * size / RATE)] = 0
@@ -303,7 +306,7 @@ def content_above(samples, hertz):
 
 
 def check_smooth(window, ear, report):
-    """Under a note of 220 Hz, with a smoothing of 10 ms."""
+    """Checks that gestures make no step under a note of 220 Hz, with a smoothing of 10 ms."""
     window.type("smoothing, milliseconds", "10")
     Listener(window, ear)
     radius = "radius x, times the envelope"
@@ -342,7 +345,7 @@ def check_smooth(window, ear, report):
                       ("drag of an envelope's point", point)):
         heard = heard_during(act)
         moved = levels(heard)
-        # A note that is louder has larger steps by itself.
+        # The steps between samples grow with the level of a note.
         own = step * max(1, moved.max() / loud)
         high, most = content_above(heard, 2000), abs(numpy.diff(heard)).max()
         good = most <= 1.1 * own and high < 20 * numpy.log10(moved.max()) - 50

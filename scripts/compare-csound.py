@@ -1,12 +1,11 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Compares the whole vexa-render with Csound's opcode wterrain on the same 20 notes of 60 seconds.
+"""Compares the processor time of vexa-render and of Csound's opcode wterrain for 20 notes of 60 s.
 
-compare-csound.py [VEXA-RENDER]: build/release/bin/vexa-render if not given; csound must be
-installed. Both read their score from a file and write floats of 44100 Hz to another; Csound works in
-blocks of 64 (ksmps). Its instrument has what a note of benchmarks/twin-hills.xml has: four envelopes, an
-orbit on a terrain, a filter against the constant part. Prints the medians of five runs in turns, as
-processor time, which other programs disturb least.
+compare-csound.py [VEXA-RENDER], build/release/bin/vexa-render by default; csound must be installed.
+Both read their score from a file and write 32-bit floats at 44100 Hz to another; Csound works in blocks
+of 64 samples (ksmps). Its instrument corresponds to a note of benchmarks/twin-hills.xml: four envelopes,
+an orbit on a terrain, and a filter that removes DC. Prints the medians of five alternating runs.
 """
 import argparse
 import pathlib

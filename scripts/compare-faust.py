@@ -1,14 +1,17 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Compares the whole vexa-render with the same voices written in Faust: 20 notes of 60 seconds.
+"""Compares the processor time of vexa-render and of the same voices in Faust for 20 notes of 60 s.
 
-compare-faust.py [VEXA-RENDER]: build/release/bin/vexa-render if not given; faust must be installed.
-Faust's program has the voices of benchmarks/twin-hills.xml, a plain sound of one circle, whose notes
-it knows at compile time, in single precision and vector mode; it is compiled with -O3 -march=native
--ffast-math. Both write floats of 44100 Hz to a file, which are compared. Prints the processor time of
-both, by the sound's formula, and with its add-on, of which what the compiler takes is subtracted, as
-Faust's is not counted either: the medians of 21 rounds, in which all are run in turns, and those of
-the ratios in a round, as what else the machine does changes from round to round.
+compare-faust.py [VEXA-RENDER], build/release/bin/vexa-render by default; faust must be installed.
+Faust's program has the voices of benchmarks/twin-hills.xml, a plain sound with a circular orbit, and
+knows the notes at compile time. It uses single precision and vector mode and is compiled with
+-O3 -march=native -ffast-math. Both write 32-bit floats at 44100 Hz to a file; the script ends with an
+error if the two files do not have the same sound.
+
+vexa-render is measured with the interpreted formula and with the compiled add-on. From the latter the
+compiler's time is subtracted, because Faust's compilation is not counted either. Prints the medians of
+21 rounds, in each of which all programs run once, and the medians of the ratios within a round, because
+the load of the machine differs between rounds.
 """
 import argparse
 import array
@@ -27,10 +30,11 @@ NOTES = range(40, 80, 2)
 SECONDS = 60
 ROUNDS = 21
 RATE = 44100
-# Of the longest difference that rounding phases to float leaves in the first second.
+# The largest difference of samples in the first second, as a part of the peak, at which the two sounds
+# count as the same. Rounding phases to float causes differences of this size.
 SAME = 0.02
 
-# benchmarks/twin-hills.xml as it is without releases and controllers, for keys of velocity 100.
+# benchmarks/twin-hills.xml without release segments and controllers, for notes of velocity 100.
 VOICES = """import("stdfaust.lib");
 
 time = ba.time / ma.SR;
@@ -94,7 +98,7 @@ int main(int, char** arguments) {
 
 
 def build_faust(folder):
-    """The program that plays the voices: PROGRAM OUTPUT."""
+    """Compiles the program that plays the voices into the file that its argument names; returns its path."""
     (folder / "voices.dsp").write_text(VOICES % (len(NOTES), NOTES.start, NOTES.step))
     (folder / "program.cpp").write_text(PROGRAM % (RATE, RATE * SECONDS))
     subprocess.run(["faust", "-vec", "-vs", "64", "-single", "-a", folder / "program.cpp", "-o",
@@ -105,7 +109,7 @@ def build_faust(folder):
 
 
 def check(ours, theirs):
-    """Ends the program where they do not play the same."""
+    """Ends the script with an error unless both files have the same sound."""
     data = ours.index(b"data") + 8
     one, other = array.array("f", ours[data:]), array.array("f", theirs)
     if len(one) != len(other):

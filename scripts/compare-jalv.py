@@ -1,11 +1,12 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Plays every preset of the LV2 plug-in in jalv, twice, and compares with vexa-render.
+"""Checks that the presets of the LV2 plug-in sound the same in jalv as in vexa-render.
 
-compare-jalv.py [BUILD [STEP]]: build/release if not given; of the presets each STEP-th only. jalv and
-a client of JACK run under a server of their own in freewheel; the client sends the events and records
-both ears. vexa-render plays the same MIDI file through the sound. Prints the greatest difference of
-each preset and ends with 1 where one is above 1e-6 or silent.
+compare-jalv.py [BUILD [STEP]], build/release and 1 by default; every STEP-th preset is checked, twice.
+jalv and a JACK client run under a JACK server of their own, which freewheels. The client sends the
+events and records both channels. vexa-render plays a MIDI file of the same events with the same sound.
+Prints the largest difference for each preset; the exit code is 1 if one is above 1e-6 or a preset is
+silent.
 """
 import argparse
 import pathlib
@@ -24,14 +25,14 @@ URI = "urn:vexa:instrument"
 SECONDS = 5
 TAIL = 4
 LIMIT = 1e-6
-# Frames by which oversampling makes what is heard later.
+# The latency in frames without and with oversampling.
 LATENCIES = (0, 96)
 EVENTS = [(100, (0x90, 60, 100)), (137, (0x90, 64, 90)), (900, (0x80, 60, 0)),
           (1200, (0x80, 64, 0)), (1300, (0x90, 72, 110)), (1800, (0x80, 72, 0))]
 
 
 def rendered(build, folder, sound):
-    """Two rows of samples."""
+    """Renders the notes with a sound and returns the samples as two rows, left and right."""
     out = folder / "out.wav"
     subprocess.run([build / "bin/vexa-render", folder / "notes.mid", out, "--sound", sound, "--rate",
                     str(RATE), "--quiet", "--tail", str(TAIL)], check=True)
@@ -42,10 +43,11 @@ def rendered(build, folder, sound):
 
 
 def difference(heard, expected):
-    """The least over the latencies of the greatest one, and the latency."""
+    """Returns the largest difference of two samples for the latency at which it is least, and that
+    latency."""
     rows = []
     for latency in LATENCIES:
-        # The recorder, which also sends the events, hears the host a period later.
+        # The recorder also sends the events, so it receives the host's output one period later.
         begin = PERIOD + latency
         count = min(heard.shape[1] - begin, expected.shape[1])
         rows.append((numpy.abs(heard[:, begin:begin + count] - expected[:, :count]).max(), latency))
@@ -67,7 +69,7 @@ def main():
             preset = f"{URI}#preset_" + re.sub("[^A-Za-z0-9]", "_", sound.stem)
             expected = rendered(build, folder, sound)
             for _ in range(2):
-                # Of an instance that has played before something may still sound.
+                # A new host each time, because in an old one earlier notes may still sound.
                 with Jalv(URI, build / "lv2") as jalv:
                     jalv.load(preset)
                     heard, _ = jalv.play(EVENTS, SECONDS)

@@ -2,11 +2,11 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Checks that vexa-render writes the same bytes with every instruction set.
 
-All instruction sets of this machine, one after the other, and where there is another command also
-that. Every shipped sound is rendered, at the rate itself, as there are many, and what exercises the
-rest: all keys, the maths functions of formulas, macros and the note, samples, oversampling; to files
-of 32-bit floats, without a compiler. Every file that is another one than the baseline's is printed;
-the exit code is 1 then.
+Renders each piece with each instruction set of this machine and, if a second command is given, with
+that one too. The pieces are every shipped sound, without oversampling to save time, and cases that
+exercise the rest: all keys, the maths functions of formulas, macros and properties of the note,
+oversampling, another rate. The files have 32-bit floats; no compiler is used. Each file that differs
+from that of the first instruction set is printed; the exit code is 1 if there is any.
 """
 import argparse
 import array
@@ -41,7 +41,7 @@ FORMULAS = [
     "(0.2+0.8*vel)*sin(3*x+2*t)*cos(y+key)+a*ctl(1)+b*(x>y)",
 ]
 
-# Each a name, the music and the options.
+# Each piece has a name, the bytes of a MIDI file, and options of vexa-render.
 PIECES = (
     [(path.stem, PHRASE, ["--sound", path.stem, "--oversample", "1"])
      for path in sorted((ROOT / "data/sounds").glob("*.xml"))]
@@ -52,8 +52,8 @@ PIECES = (
 
 
 def machine_sets(program):
-    """The instruction sets that the program can use on this machine: it names them where it is asked
-    for one that there is not."""
+    """Returns the instruction sets that the program can use on this machine. It lists them in its error
+    message for an unknown one."""
     said = subprocess.run([program, "a.mid", "a.wav"], env=os.environ | {VARIABLE: "?"},
                           capture_output=True, text=True).stderr
     head, separator, names = said.partition("this machine has ")
@@ -63,7 +63,7 @@ def machine_sets(program):
 
 
 def render(command, environment, folder, music, options):
-    """The bytes of a render."""
+    """Returns the bytes of the sound file that a command renders."""
     (folder / "music.mid").write_bytes(music)
     output = folder / "sound.wav"
     subprocess.run([*command, folder / "music.mid", output, "--quiet", "--tail", "0.3", *options],
@@ -72,7 +72,7 @@ def render(command, environment, folder, music, options):
 
 
 def difference(one, other):
-    """In words, of two files that ought to be the same."""
+    """Returns a text about the difference of two files that should be equal."""
     if len(one) != len(other):
         return f"{len(other)} instead of {len(one)} bytes"
     data = one.index(b"data") + 8

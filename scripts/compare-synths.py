@@ -1,12 +1,12 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Compares the processor time of Vexa with that of other LV2 synths, all in jalv.
+"""Compares the processor time of Vexa and of other LV2 synthesizers, all in jalv.
 
-compare-synths.py [BUILD]: build/release if not given; the Debian packages synthv1-lv2 and
-zynaddsubfx-lv2 must be installed. A chord of 8 notes is held for 60 s in JACK's freewheel: Vexa with
-presets, the others with the sound that they begin with. Prints the medians of three runs in turns,
-of the whole host, and what the host takes before any key has been struck and as long again, 15 s after
-all have been let go.
+compare-synths.py [BUILD], build/release by default; the Debian packages synthv1-lv2 and zynaddsubfx-lv2
+must be installed. A chord of 8 notes is held for 60 s of sound while JACK freewheels. Vexa plays with
+presets, the others with their initial sound. Prints the processor time of the whole host for 60 s of
+sound: with the chord, before it ("idle"), and from 15 s after its release ("after"). The times are
+medians of three alternating runs.
 """
 import argparse
 import pathlib
@@ -30,7 +30,7 @@ RUNS = 3
 
 
 def measured(build, uri, preset):
-    """Seconds of processor time with the chord, before it and after it."""
+    """Returns the seconds of processor time with the chord, before it and after it."""
     with Jalv(uri, build / "lv2") as jalv:
         if preset:
             jalv.load(f"{uri}#preset_{preset}")

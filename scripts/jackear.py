@@ -1,9 +1,9 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Hears what JACK gets: a client of two ports, in a process of its own that does nothing else.
+"""Records two ports of JACK, in a process of its own that does nothing else.
 
-The program connects itself to two ports and writes what comes into files that others can read
-meanwhile. Ear starts it, and reads them.
+The program connects itself to two output ports and writes their samples into files that other
+processes can read meanwhile. The class Ear starts it and reads these files.
 """
 import argparse
 import ctypes
@@ -21,7 +21,7 @@ MOST_PERIODS = 1 << 18
 
 
 class Ear:
-    """What JACK gets from two ports, from now on, for at most so many seconds."""
+    """The recording of two ports, from its construction on, for at most `seconds`."""
 
     def __init__(self, folder, left, right, seconds=300):
         self.folder = pathlib.Path(folder)
@@ -34,11 +34,11 @@ class Ear:
         self.periods = numpy.memmap(self.folder / "periods", "<f8", "r").reshape(-1, 3)
 
     def count(self):
-        """Frames heard so far."""
+        """Returns the number of frames recorded so far."""
         return int(self.periods[0, 0])
 
     def listen(self, seconds):
-        """The samples of both ports from now on, a row each; waits for them."""
+        """Waits for the next `seconds` and returns the samples of both ports, a row each."""
         start = self.count()
         while self.count() < start + int(seconds * RATE):
             time.sleep(0.02)
@@ -47,7 +47,8 @@ class Ear:
         return numpy.array(self.samples[:, start:start + int(seconds * RATE)])
 
     def is_whole(self, start, end):
-        """Whether nothing is missing there of a note that is held: a busy machine drops periods."""
+        """Returns whether the recording of a held note is complete from frame `start` to `end`. On a busy
+        machine JACK drops periods, which leaves gaps in its frame times or runs of zeros."""
         periods = numpy.array(self.periods[1:])
         inside = periods[(periods[:, 1] > 0) & (periods[:, 0] >= start) & (periods[:, 0] < end)]
         in_turn = (numpy.diff(inside[:, 0]) == numpy.diff(inside[:, 2])).all()
@@ -55,14 +56,14 @@ class Ear:
         return bool(in_turn) and int(numpy.diff(silent).max()) < 24
 
     def frame_at(self, moment):
-        """The first frame that JACK got after a moment of time.monotonic()."""
+        """Returns the first frame recorded after a moment of time.monotonic()."""
         periods = numpy.array(self.periods[1:])
         heard = periods[periods[:, 1] > 0]
         later = numpy.flatnonzero(heard[:, 1] >= moment)
         return int(heard[later[0], 0]) if len(later) else self.count()
 
     def moment_of(self, frame):
-        """When JACK got the period that a frame is in, by time.monotonic()."""
+        """Returns when the period of a frame was recorded, by time.monotonic()."""
         periods = numpy.array(self.periods[1:])
         heard = periods[periods[:, 1] > 0]
         return float(heard[numpy.searchsorted(heard[:, 0], frame, "right") - 1, 1])
@@ -87,8 +88,8 @@ def hear(folder, seconds, ports):
     jack.jack_last_frame_time.restype = ctypes.c_uint32
     frames = seconds * RATE
     samples = numpy.memmap(folder / "samples", "<f4", "w+", shape=(2, frames))
-    # The first row counts the frames; each of the others has the first frame of a period,
-    # when it came, and what frame it is for JACK.
+    # The first row has the number of frames so far. Each other row describes a period: its first frame,
+    # its time by time.monotonic(), and JACK's own number of that frame.
     periods = numpy.memmap(folder / "periods", "<f8", "w+", shape=(MOST_PERIODS, 3))
     places = [samples[row].ctypes.data for row in (0, 1)]
     heard = [0, 1]

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""LV2 plug-ins played and recorded in jalv, under a JACK server of our own without a device."""
+"""Plays and records LV2 plug-ins in jalv, under a JACK server of its own without a device."""
 import contextlib
 import os
 import pathlib
@@ -23,7 +23,7 @@ def wait_for(what, is_so, seconds=60):
 
 @contextlib.contextmanager
 def server():
-    """A server, which clients of this process and of its children use meanwhile."""
+    """Runs a JACK server, which meanwhile is the default of this process and its children."""
     name = f"vexa-jalv-{os.getpid()}"
     os.environ.update(JACK_DEFAULT_SERVER=name, JACK_NO_START_SERVER="1")
     with subprocess.Popen(["jackd", "-r", "-n", name, "-d", "dummy", "-r", str(RATE), "-p", str(PERIOD)],
@@ -45,11 +45,11 @@ def server():
 
 
 class Jalv:
-    """One plug-in in a host of its own."""
+    """A plug-in in a process of jalv, connected to a JACK client that plays and records it."""
 
     def __init__(self, uri, bundles=None):
         import jack
-        # Some plug-ins start a toolkit in the host.
+        # For plug-ins that start Qt in the host: it needs no display then.
         environment = dict(os.environ, QT_QPA_PLATFORM="offscreen")
         if bundles:
             environment["LV2_PATH"] = f"{bundles}:/usr/lib/lv2"
@@ -84,7 +84,7 @@ class Jalv:
             self.output += line
 
     def _connect(self, source, destination):
-        """As soon as jalv, whose ports are there before, is active."""
+        """Connects two ports once jalv is active; its ports exist before that."""
         import jack
 
         def is_done():
@@ -110,20 +110,20 @@ class Jalv:
             self.done.set()
 
     def tell(self, command, answer, times=1):
-        """Gives jalv a command and waits until it has said the answer so many times."""
+        """Gives jalv a command and waits until its output contains the answer `times` times."""
         self.process.stdin.write(command + "\n")
         self.process.stdin.flush()
         wait_for(f"jalv: {command}", lambda: self.output.count(answer) >= times)
 
     def load(self, preset):
         self.tell("presets", f"{preset} (")
-        # jalv says nothing where it has taken one, but answers the next question after that only.
+        # jalv does not report that it has loaded a preset, but answers the next command only after that.
         self.process.stdin.write(f"preset {preset}\n")
         self.tell("presets", f"{preset} (", 2)
 
     def play(self, events, seconds):
-        """What is heard of (milliseconds, bytes) in freewheel: two rows of samples, and the host's
-        processor time in seconds. Recording begins at the first event."""
+        """Plays events, pairs (milliseconds, bytes), in freewheel. Returns the recorded samples, a row per
+        channel, and the host's processor time in seconds. Recording begins at time 0 of the events."""
         self.events = [(ms * RATE // 1000, bytes(message)) for ms, message in events]
         self.recorded, self.frame = [], 0
         self.done.clear()

@@ -1,22 +1,23 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-# Shell functions that ./run, ./test and what these call share. To be sourced with `root` set to the
-# tree's folder.
+# Shell functions that ./run, ./test and the scripts share. A script sets `root` to the top folder of
+# the tree and then sources this file.
 # shellcheck shell=bash disable=SC2154
 
-# Ends the script with a message.
+# fail MESSAGE...: ends the script with exit code 1 and the message on standard error.
 fail() {
     printf '%s: %s\n' "$(basename "$0")" "$*" >&2
     exit 1
 }
 
-# answer_help ARGUMENT...: where the first is --help, says what the script says of itself at its top, and ends it.
+# answer_help ARGUMENT...: if the first argument is --help or -h, prints the comment at the top of the
+# script, up to its line "set ...", and ends the script.
 answer_help() {
     [[ ${1:-} == --help || ${1:-} == -h ]] || return 0
     sed -n '2,/^set/{/SPDX/d; s/^# \{0,1\}//p}' "$0"
     exit
 }
 
-# packages_for PURPOSE...: the packages of these sections of scripts/packages.txt, one per line.
+# packages_for PURPOSE...: prints the packages of these sections of scripts/packages.txt, one per line.
 packages_for() {
     awk -v purposes="$*" '
         BEGIN { split(purposes, list, " "); for (i in list) wanted["[" list[i] "]"] }
@@ -25,8 +26,9 @@ packages_for() {
         inside && NF { print $1 }' "$root/scripts/packages.txt"
 }
 
-# install_packages PURPOSE...: installs those of packages_for that are missing, and says before what
-# they take.
+# install_packages PURPOSE...: installs the missing packages of these sections. Before it does so, it
+# prints their names, their number, the size of the download and the disk space. On a system without
+# dpkg it only points to the list.
 install_packages() {
     local wanted missing as_root=() apt
     mapfile -t wanted < <(packages_for "$@")
@@ -48,8 +50,8 @@ install_packages() {
     apt=("${as_root[@]}" env LC_ALL=C DEBIAN_FRONTEND=noninteractive apt-get -q)
     printf 'missing packages: %s\n' "${missing[*]}" >&2
     "${apt[@]}" update >&2 || fail 'apt-get update failed'
-    # What apt says that it would do, with the packages that these need in turn. It exits with 1, as
-    # the answer is no; what it cannot do at all it says below.
+    # Prints apt's summary, which includes dependencies. The exit code is ignored: it is 1 because
+    # --assume-no declines, and a real failure shows in the installation below.
     { "${apt[@]}" install --assume-no --no-install-recommends "${missing[@]}" 2>/dev/null || true; } |
         sed -n -e 's/^\([0-9]* upgraded, [0-9]* newly installed\),.*/packages: \1/p' \
             -e 's/^Need to get \(.*\) of archives.*/download: \1/p' \
@@ -58,8 +60,8 @@ install_packages() {
         fail "could not install ${missing[*]}"
 }
 
-# download_packages FOLDER PACKAGE...: these packages into the folder, by the package lists of the
-# system, or where it has none by lists of our own.
+# download_packages FOLDER PACKAGE...: downloads packages into the folder. If the system's package
+# lists do not suffice, it fetches lists of its own into the folder.
 download_packages() (
     cd "$1" || exit
     apt-get download -q "${@:2}" && exit
@@ -68,8 +70,9 @@ download_packages() (
     apt-get "${own[@]}" -q update && apt-get "${own[@]}" download -q "${@:2}"
 )
 
-# unpack_once FOLDER COMMAND...: unless the folder is there, runs the command with an empty folder as
-# its last argument, and unpacks the packages that it leaves there.
+# unpack_once FOLDER COMMAND...: does nothing if the folder exists. Otherwise it runs the command with
+# an empty working folder as the last argument, and unpacks the Debian packages that the command has
+# put there into FOLDER.
 unpack_once() (
     [[ ! -d $1 ]] || exit 0
     mkdir -p "$(dirname "$1")" && work=$(mktemp -d "$1.XXXXXX") || exit
@@ -77,12 +80,12 @@ unpack_once() (
     "${@:2}" "$work" >&2 || exit
     mkdir "$work/unpacked"
     find "$work" -name '*.deb' -print0 | xargs -0 -n 1 sh -c 'dpkg -x "$1" "$0"' "$work/unpacked" || exit
-    # As a whole or not at all; another one may have been faster.
+    # The rename is atomic. It fails if another process has made the folder meanwhile, which is fine.
     mv -T "$work/unpacked" "$1" || [[ -d $1 ]]
 )
 
-# configure PRESET: configures the build of a preset, unless it is. Ninja itself configures anew when
-# a CMake file has changed.
+# configure PRESET: configures the build of a preset unless that is done. Ninja configures it again by
+# itself when a CMake file has changed.
 configure() {
     local folder=$root/build/$1 part=
     case $1 in
@@ -96,9 +99,9 @@ configure() {
     fi
 }
 
-# build PRESET [TARGET]: brings the build of a preset up to date. All that is said goes to standard
-# error. The presets "render" and "programs" are parts of "release"
-# and share its folder; what was configured there as more than is asked for stays so.
+# build PRESET [TARGET...]: brings the build of a preset up to date, with all output on standard error.
+# The presets "render" and "programs" are parts of "release" and share its folder; a folder that is
+# already configured for more stays so.
 build() {
     local folder=$1
     [[ $1 != render && $1 != programs ]] || folder=release

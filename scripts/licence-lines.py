@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Sees that every source says its licence in its first lines.
+"""Checks that every source file states its licence in its first two lines.
 
-Those that do not are named, and the exit code is 1 if there are any.
-A source is a file of code: C++, a script, a CMake file, a template of a page. Content (data/), seeds and pictures are none;
-the whole of them is under the same licence by README.md.
+Prints each file without the line; the exit code is 1 if there is any. Source files are C++, scripts,
+CMake files and templates of pages. Content (data/), seeds and pictures are not checked; README.md puts
+them under the same licence.
 """
 
 import argparse
@@ -14,16 +14,17 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 LINE = "SPDX-License-Identifier: GPL-3.0-or-later"
-# How a comment begins, by the end of a file's name; scripts without one are known by their first line.
+# The beginning of a comment, by the end of the file's name. Scripts without a suffix are recognized by
+# their first line.
 COMMENTS = {".cpp": "//", ".h": "//", ".py": "#", ".sh": "#", ".cmake": "#", "CMakeLists.txt": "#", ".bash.in": "#", ".zsh.in": "#",
             ".1.in": '.\\"', "debian/rules": "#"}
 SKIPPED = {"build", "__pycache__", "data", "seeds"}
-# What has to stay the first line of its file.
+# Beginnings of lines that must stay the first of their file.
 FIRST = ("#!", "#compdef")
 
 
 def sources():
-    """Pairs (path, how a comment begins there)."""
+    """Yields pairs (path, beginning of a comment) for all source files."""
     for folder, folders, names in os.walk(ROOT):
         folders[:] = sorted(name for name in folders if name not in SKIPPED and name != ".git")
         for name in sorted(names):

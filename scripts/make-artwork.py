@@ -2,9 +2,9 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Draws the logo bar's images and the icons: make-artwork.py FOLDER
 
-The drawings are SVG, made here and rendered by rsvg-convert: orvo.png, orvobar.png and vexa.png,
-each also at twice the resolution (NAME@2x.png), and the application's icon as vexa-icon.svg and
-vexa-icon.png.
+This script generates SVG drawings, and rsvg-convert renders them. It writes orvo.png, orvobar.png and
+vexa.png, each also at twice the resolution (NAME@2x.png), and the application's icon as vexa-icon.svg
+and vexa-icon.png.
 """
 
 import argparse
@@ -26,7 +26,8 @@ BACKGROUND = """
 <rect y="43" width="{width}" height="1" fill="#5a678f"/>
 """
 
-# Letters as strokes in a cell of the given width; lower case is 12 high and stands on y = 30.
+# Letters: the width of a cell and the path of the strokes in it. The baseline is y = 30, and lower-case
+# letters are 12 high.
 LETTERS = {
     "o": (15, "M1,24 a6,6 0 1 0 12,0 a6,6 0 1 0 -12,0"),
     "r": (10, "M1,18 V30 M1,24 C1,20 4,18 8,18"),
@@ -39,7 +40,7 @@ LETTERS = {
 
 
 def text(word, x, color, weight=2.2):
-    """The word from x on, and where it ends."""
+    """Returns a word that begins at x, as an SVG group, and the x at which the next letter would begin."""
     strokes = []
     for letter in word:
         width, path = LETTERS[letter]
@@ -51,7 +52,7 @@ def text(word, x, color, weight=2.2):
 
 
 def orbit(cx, cy, rx, ry, fx, fy, color, weight):
-    """An orbit with the frequency ratios fx and fy, as a closed curve."""
+    """Returns an orbit with the frequency ratios fx and fy as a closed curve in SVG."""
     points = []
     for k in range(241):
         angle = 2 * math.pi * k / 240

@@ -2,9 +2,9 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 """Writes the demo tune, a Standard MIDI File: make-demo-tune.py OUT.mid
 
-A bossa in A minor of about a minute for five instruments, each on a channel of its own: a melody, chords
-with a pedal, a pad, a bass and hand drums. `./run` has the sounds that it was written for. The same
-bytes on every run.
+The tune is a bossa nova in A minor, about a minute long, for five instruments, each on a channel of its
+own: a melody, chords with the sustain pedal, a pad, a bass and hand drums. The script ./run names the
+sounds for which it was written. Every run writes the same bytes.
 """
 import argparse
 import pathlib
@@ -18,7 +18,7 @@ TICKS = 480  # per beat
 BAR = 4  # beats
 WHEEL, VOLUME, SUSTAIN = 1, 7, 64
 
-# Each player has a channel (counted from 0, as in messages) and a volume.
+# Channels count from 0, as in MIDI messages; LEVEL is the volume controller.
 MELODY, CHORDS, PAD, BASS, DRUMS = range(5)
 NAMES = ("Melody", "Chords", "Pad", "Bass", "Hand drums")
 CHANNEL = (0, 1, 2, 3, 9)
@@ -26,7 +26,8 @@ LEVEL = (122, 127, 118, 116, 127)
 
 STEPS = {"C": 0, "D": 2, "E": 4, "F": 5, "G": 7, "A": 9, "B": 11}
 
-# A chord's bass, the fifth that the bass moves to, and what the right hand plays, without the root.
+# For each chord its root, the fifth to which the bass moves, and the notes of the right hand, which
+# leaves out the root.
 HARMONIES = {
     "Am9": "A E  G B C E",
     "D9": "D A  F# A C E",
@@ -41,8 +42,8 @@ HARMONIES = {
     "Am69": "A E  F# B C E",
 }
 
-# A part: its loudness in percent, whether the drums play, the bars, each its harmonies, which share it,
-# and the melody: pitches and their beats. "-" is a rest; "~" comes up to its pitch from below.
+# A part has its loudness in percent, whether the drums play, and its bars. A bar has its harmonies, which
+# share it equally, and the melody as PITCH:BEATS. "-" is a rest; "~" bends up to the pitch from below.
 INTRO = (70, True, [
     ("Am9", "-:4"),
     ("D9", "-:3 E5:.5 G5:.5"),
@@ -79,20 +80,21 @@ CODA = (75, True, [
     ("Am69", "~E6:4"),
 ])
 PARTS = (INTRO, THEME, BRIDGE, RETURN, CODA)
-# Beats per minute, and of the last bars.
+# Beats per minute, and those of the last three bars.
 TEMPO, SLOWER = 116, (108, 92, 76)
 
-# When the chords are struck in a bar, and for how long.
+# Start and length, in beats, of the chords in an even and in an odd bar.
 COMPING = ((0, 1), (1.5, .5), (2.5, .5), (3.5, .5)), ((0.5, .5), (1.5, 1), (3, .5), (3.5, .5))
-# Sixteenths of the hand drums: heel, toe and slap on the one, open tones of both; every fourth bar is
-# the second line.
+# The sixteenths of the hand drums: heel, toe, slap and open tone of the higher drum, and the open tone
+# of the lower one ("l"). Every fourth bar has the second pattern.
 GROOVE = "h.t.s.t.h.t.o.oo", "h.t.s.to.olloolo"
-# Key, velocity, and how far the hand stays on the skin, which is what the wheel says.
+# For each stroke its key, its velocity and the value of the modulation wheel, which is how much the hand
+# damps the skin.
 STROKES = {"h": (55, 64, 50), "t": (60, 56, 70), "s": (67, 122, 30), "o": (60, 112, 0), "l": (53, 120, 0)}
 
 
 class Track:
-    """What one player does."""
+    """The track of one player, or of the conductor, which has no channel."""
 
     def __init__(self, name):
         self.channel = None
@@ -109,7 +111,7 @@ class Track:
         self.send(beat, 0xB0, controller, round(value))
 
     def bend(self, beat, part):
-        """Part of the range, from -1 to 1."""
+        """Adds a pitch bend by `part` of its range, from -1 to 1."""
         number = min(8192 + round(8192 * part), 16383)
         self.send(beat, 0xE0, number & 127, number >> 7)
 
@@ -130,12 +132,12 @@ class Track:
 
 
 def key_of(pitch):
-    """The key of a pitch with its octave, such as F#5."""
+    """Returns the MIDI key of a pitch with its octave, such as F#5."""
     return 12 * (int(pitch[-1]) + 1) + STEPS[pitch[0]] + pitch.count("#")
 
 
 def key_from(lowest, name):
-    """The first key of that name from the lowest on."""
+    """Returns the lowest key from `lowest` on that has the name."""
     return lowest + (STEPS[name[0]] + name.count("#") - lowest) % 12
 
 
@@ -154,7 +156,7 @@ def play_melody(track, line, following, beat, loudness):
                 for step in range(17):
                     part = step / 16
                     track.control(beat + part * beats, WHEEL, 70 * part * (1 - part) * loudness / 25)
-            # Bound to the next, so that there is one breath, unless that is the same key.
+            # Overlaps the next note, so that the two are legato, unless that has the same key.
             bound = next_word.lstrip("~").split(":")[0] not in (pitch, "-")
             track.note(beat, beats + (.02 if bound else -.05), key,
                        loudness + (key - 76) // 2 + 6 * (beat % 1 == 0))
@@ -163,13 +165,13 @@ def play_melody(track, line, following, beat, loudness):
 
 
 def play_chords(track, keys, beat, beats, bar, loudness):
-    # The pedal is changed with the harmony, a little after the first chord.
+    # The pedal is released and pressed again with each harmony, shortly after its first chord.
     track.control(beat + .1, SUSTAIN, 0)
     track.control(beat + .2, SUSTAIN, 127)
     for start, length in COMPING[bar % 2]:
         if start < beats:
             for i, key in enumerate(keys):
-                # From below, as fingers fall.
+                # The chord is slightly broken, from the lowest note up.
                 track.note(beat + start + .012 * i, min(length, beats - start) - .05, key,
                            0.88 * loudness + 3 * i + 8 * (start % 1 == 0))
 
@@ -179,7 +181,7 @@ def play_bass(track, root, fifth, beat, beats, loudness):
     for start, length, key, accent in ((0, 1.4, low, 12), (1.5, .45, high, 0), (2, 1.4, high, 6), (3.5, .45, low, -4)):
         if start < beats:
             track.note(beat + start, length, key, loudness + accent)
-    # The wheel opens toward the next harmony.
+    # The wheel rises toward the next harmony.
     for step in range(8):
         track.control(beat + beats * step / 8, WHEEL, step * loudness / 25)
 
@@ -225,7 +227,7 @@ def compose():
         following = "-" if last else bars[bar + 1][-1].split()[0]
         end = play_melody(players[MELODY], line, following, beat, loudness)
         assert end == beat + BAR, line
-        # The pad opens and closes again, once in four bars.
+        # The pad's wheel rises and falls once in four bars.
         for step in range(16):
             part = (bar % 4 + step / 16) / 4
             players[PAD].control(beat + step / 4, WHEEL, 4 * part * (1 - part) * loudness)

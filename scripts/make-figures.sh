@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: GPL-3.0-or-later
-# Takes the pictures of the window in docs/figures: scripts/make-figures.sh
+# Takes the screenshots of the window in docs/figures: scripts/make-figures.sh
 #
-# They are taken at the usual size, at twice the density, and wide, with two notes sounding. Needs a build
-# in build/release and the packages of packages.txt.
+# The window is shown at its default size, at twice the pixel density, and wide, while two notes sound,
+# on an X server and a JACK server of the script's own. Needs a build in build/release and the packages
+# of the sections "window" and "test" in scripts/packages.txt.
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -29,7 +30,7 @@ openbox &
 children+=($!)
 sleep 1
 
-# shot NAME WIDTH: a picture of the running window, of the given width unless that is empty.
+# shot NAME WIDTH: takes a picture of the running window, after resizing it unless WIDTH is empty.
 shot() {
     local window
     window=$(timeout 20 xdotool search --sync --onlyvisible --name '^Vexa$' | head -1)
@@ -38,7 +39,7 @@ shot() {
     sleep 1
     xdotool keydown q keydown t
     sleep 0.7
-    # Few colours make small files.
+    # A palette of few colours keeps the files small.
     import -window "$window" +dither -colors 255 -strip "png8:$figures/$1.png"
     xdotool keyup q keyup t
 }

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Draws the folders of src/ and who uses whom into docs/ARCHITECTURE.md.
+"""Draws the folders of src/ and their dependencies into docs/ARCHITECTURE.md.
 
-An arrow goes from a folder to one whose headers it includes, unless it also gets there by other
-arrows. The includes are those that check-includes.py reads. With --check nothing is written, and
-the exit code is 1 where the picture is not the one of the sources.
+An arrow leads from a folder to each folder whose headers it includes, unless other arrows already lead
+there. check-includes.py reads the includes. With --check nothing is written, and the exit code is 1 if
+the picture in the page is out of date.
 """
 
 import argparse
@@ -26,7 +26,7 @@ def load(name):
 
 
 def folders_used(includes):
-    """Each folder of the table with those that it includes."""
+    """Returns for each folder of the table the set of folders whose headers it includes."""
     used = {folder: set() for folder in includes.ALLOWED}
     for path, _, target in includes.includes_of(ROOT / "src"):
         match = includes.TARGET.match(target)

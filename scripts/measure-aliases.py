@@ -1,12 +1,13 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Measures how far the aliases of the shipped sounds are down.
+"""Measures the level of the aliases of the shipped sounds.
 
-measure-aliases.py [PROGRAM-FOLDER]: build/release/bin if not given. Each sound plays keys 96
-and 108 (C7 and C8) by itself at 48000 Hz, with its own oversampling and with none, and at 64 times
-that rate. An alias is what a spectrum has below 18 kHz beside the one of the 64 times: the largest,
-in decibels below the loudest partial. What has no pitch or is a sample is listed, not judged;
-measure-sounds --check fails where another has one of more than MOST.
+measure-aliases.py [PROGRAM-FOLDER], build/release/bin by default. Each sound plays the keys 96 and 108
+(C7 and C8), one at a time, at 48000 Hz with its own oversampling and without oversampling. The
+reference is a render at 64 times that rate: 192000 Hz, oversampled 16 times. An alias is what the
+spectrum has below 18 kHz in excess of the reference. Printed is the largest, in decibels relative to
+the loudest partial. Sounds without a pitch and samples are listed as not judged; measure-sounds --check
+fails if any other sound has an alias above MOST.
 """
 import argparse
 import pathlib
@@ -23,14 +24,15 @@ RATE = 48000
 KEYS = {96: "C7", 108: "C8"}
 MOST = -80
 NOT_JUDGED = ("texture", "effect", "percussion")
-# What rounding and the decimators do to a partial is no alias, nor is what is left of the envelopes'
-# slow changes below this.
+# Rounding and the decimators may change a partial by this factor; the excess counts as an alias. Below
+# LOWEST (Hz) remains of the envelopes' slow changes would be mistaken for aliases.
 TOLERANCE = 1.12
 LOWEST = 200
 
 
 def spectrum(program, sound, key, rate, oversample, folder):
-    """Levels of one note, 0.3 to 1.3 s after its beginning, for each whole frequency to 18 kHz."""
+    """Returns the amplitude of one note at each whole frequency from 0 to 18000 Hz, from 0.3 to 1.3 s
+    after its beginning."""
     tune, wav = folder / "note.mid", folder / "note.wav"
     tune.write_bytes(midi_file(notes([key], 0, 1350)))
     option = ["--oversample", str(oversample)] if oversample else []
@@ -43,8 +45,8 @@ def spectrum(program, sound, key, rate, oversample, folder):
 
 
 def low_cut(key, rate):
-    """What the low-cut leaves of each whole frequency. Its constants are those of 44100 Hz, so the rate
-    of a render, without its oversampling, moves its corner."""
+    """Returns the gain of the low-cut filter at each whole frequency. Its constants are those of 44100 Hz,
+    so its corner depends on the rate of a render (without oversampling)."""
     k = numpy.log(2) * 440 * 2 ** ((key - 69) / 12) / 44100
     z = numpy.exp(-2j * numpy.pi * numpy.arange(18001) / rate)
     a, b = numpy.exp(-k), numpy.exp(-2 * k)
@@ -52,7 +54,8 @@ def low_cut(key, rate):
 
 
 def worst(program, sound, key, folder, oversamplings=(None,)):
-    """Decibels of the loudest alias with each of these oversamplings; None is the sound's own."""
+    """Returns the level of the loudest alias, in decibels, with each of these oversamplings; None is the
+    sound's own."""
     reference = spectrum(program, sound, key, 4 * RATE, 16, folder)
     reference *= low_cut(key, RATE) / numpy.maximum(low_cut(key, 4 * RATE), 1e-9)
 
@@ -64,7 +67,7 @@ def worst(program, sound, key, folder, oversamplings=(None,)):
 
 
 def is_judged(root):
-    """Of a sound's document: whether it has a pitch and is no sample."""
+    """Returns whether the sound of a document has a pitch and is not a sample."""
     return (root.findtext("info/category") not in NOT_JUDGED
             and root.find("vexasamplefunction") is None)
 

@@ -1,20 +1,20 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Measures how fast the window is, on a display and a JACK server of its own.
+"""Measures how fast the window responds, on a display and a JACK server of its own.
 
-measure-window.py [--only PART] [--scale S] [--runs N] [--picture FILE] [BUILD]: 20 runs and build/release if not given. Tells, with the
-limit that each is to keep:
+measure-window.py [--only PART] [--scale S] [--runs N] [--picture FILE] [BUILD]: 20 runs and
+build/release by default. PART is one of the three parts. Each prints its results with their limits:
 
-load: from a click on a sound in the drawer to another sound at JACK under a held note, for sounds of
-formulas, samples and pictures. It holds the way of the click to the program, a period of JACK (128
-frames) and that the sound goes over in the window's turn.
-idle: processor time of the window thread, of one core, with nothing to do and with 20 voices drawn; that
-of all other threads, which compute the sound, is told beside it.
-scan: what the window thread takes to answer a question over AT-SPI, again and again, while 1000 sounds
-are found, read and drawn: the longest answer holds the longest stall. It is not less than that, but
-for questions that find the thread free; a busy machine makes it longer. And how long it takes until
-the list has all of them.
-PART is one of these. Ends with 1 where a limit is not kept.
+load: the time from a click on a sound in the drawer until the output at JACK changes, under a held
+note, for sounds with a formula, a sample and a picture. It includes the way of the click to the
+program, a period of JACK (128 frames), and the window thread's change of the sound.
+idle: the processor time of the window thread in percent of a core, while nothing happens and while 20
+voices are drawn. The time of all other threads, which compute the sound, is printed without a limit.
+scan: the response time of the window thread to queries over AT-SPI, repeated while 1000 sounds are
+found, read and drawn. The longest response includes the longest stall, unless no query fell into it; a
+busy machine lengthens it. Then the time in which the drawer lists all sounds again after a search.
+
+The exit code is 1 if a limit is exceeded.
 """
 import argparse
 import ctypes
@@ -33,7 +33,7 @@ from windowstage import RATE, Window, program_folder, ring, running, wait_for, x
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 THOUSAND = 1000
-# Shipped ones.
+# The shipped sounds whose loading is measured, by kind.
 SOUNDS = {"formula": "bell", "sample": "voice", "picture": "handwriting"}
 
 
@@ -48,7 +48,7 @@ class Report:
 
 
 class Mouse:
-    """Presses a button without the time that it takes to start a program."""
+    """Presses the mouse button by XTest, without the time that starting xdotool would take."""
 
     def __init__(self):
         self.x, self.test = ctypes.CDLL("libX11.so.6"), ctypes.CDLL("libXtst.so.6")
@@ -56,7 +56,7 @@ class Mouse:
         self.display = ctypes.c_void_p(self.x.XOpenDisplay(None))
 
     def click(self):
-        """When the button went down, by time.monotonic()."""
+        """Clicks, and returns when the button went down, by time.monotonic()."""
         moment = time.monotonic()
         for down in (1, 0):
             self.test.XTestFakeButtonEvent(self.display, 1, down, ctypes.c_ulong(0))
@@ -65,7 +65,7 @@ class Mouse:
 
 
 def thread_times(process):
-    """Seconds of each thread, by number: the first is the window's."""
+    """Returns the processor seconds of each thread by its id; the window thread's id is the process's."""
     times = {}
     for task in pathlib.Path(f"/proc/{process.pid}/task").iterdir():
         fields = (task / "stat").read_text().rsplit(")", 1)[1].split()
@@ -74,7 +74,7 @@ def thread_times(process):
 
 
 def window_share(process, seconds=4, repeats=5):
-    """Medians of what the window thread and all others take of a core."""
+    """Returns the medians of the shares of a core that the window thread and all other threads take."""
     own, others = [], []
     for _ in range(repeats):
         before, start = thread_times(process), time.monotonic()
@@ -105,7 +105,8 @@ def measure_shares(window, report, scale, picture):
 
 
 def changed_at(samples, start, until):
-    """The first frame from `start` on that is not the sine that comes before."""
+    """Returns the first frame from `start` on that departs from the sine fitted to the 4800 frames before,
+    or None if there is none before `until`."""
     before = 4800
     frames = numpy.arange(-before, until - start)
     heard = samples[start - before:until]
@@ -164,7 +165,7 @@ def measure_load(window, ear, report, runs):
 
 
 def thousand(programs, sounds):
-    """A user's folder: the shipped sounds, again and again, under other names."""
+    """Fills a user's folder with 1000 copies of the shipped sounds under different names."""
     shipped = sorted((programs / "sounds").glob("*.xml"))
     for number in range(THOUSAND):
         source = shipped[number % len(shipped)]
@@ -173,7 +174,7 @@ def thousand(programs, sounds):
 
 
 def answers(window, seconds):
-    """How long the window thread takes to say something, again and again."""
+    """Returns the response times of the window thread, in milliseconds, to queries during `seconds`."""
     times = []
     end = time.monotonic() + seconds
     while time.monotonic() < end:
@@ -231,7 +232,7 @@ def main():
         template = programs / "sounds" / "default.xml"
         command = [programs / "vexa", "--user-folder", "--voices", "20"]
         if options.only in (None, "idle"):
-            # Orbits that stay as large as they are.
+            # The orbits are large and keep their size.
             wide = folder / "wide.xml"
             wide.write_text(ring(template, "sin(x)*cos(y)/9", radius=5))
             with running(*command, "--sound", wide) as vexa:

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""What can be measured of samples: loudness, spectra, changes, clicks, pitch.
+"""Measurements of samples: loudness, spectra, changes, clicks, pitch.
 
-Samples are rows of the channels, at RATE.
+Samples are arrays with a row per channel, at RATE.
 """
 import numpy
 
@@ -17,7 +17,7 @@ def peak(samples):
 
 
 def k_weighted(samples):
-    """The two filters of ITU-R BS.1770, whose coefficients are for 48000 Hz."""
+    """Returns the samples behind the two filters of ITU-R BS.1770, whose coefficients are for 48000 Hz."""
     size = 1 << (samples.shape[1] + RATE).bit_length()
     z = numpy.exp(-2j * numpy.pi * numpy.fft.rfftfreq(size))
     shelf = ((1.53512485958697 - 2.69169618940638 * z + 1.19839281085285 * z * z)
@@ -27,7 +27,8 @@ def k_weighted(samples):
 
 
 def momentary(samples):
-    """Loudness (LUFS) of the windows of 400 ms, ten a second. One channel is heard from two sides."""
+    """Returns the loudness (LUFS) of windows of 400 ms, one each 100 ms. A single channel counts as two
+    equal ones, because it plays from both sides."""
     weighted = k_weighted(samples)
     tenth = RATE // 10
     whole = (weighted.shape[1] // tenth) * tenth
@@ -36,7 +37,8 @@ def momentary(samples):
 
 
 def integrated(samples):
-    """Gated as EBU R128 has it."""
+    """Returns the integrated loudness (LUFS) with the two gates of EBU R128: -70 LUFS, and 10 LU below the
+    mean."""
     blocks = momentary(samples)
 
     def mean(chosen):
@@ -46,7 +48,7 @@ def integrated(samples):
 
 
 def spectrum(samples):
-    """Power over frequency of all channels."""
+    """Returns the frequencies (Hz) and the power at each, as the mean of the channels."""
     window = numpy.hanning(samples.shape[1])
     size = max(8192, samples.shape[1])
     power = abs(numpy.fft.rfft(samples * window, size)) ** 2 / (window ** 2).sum()
@@ -54,7 +56,7 @@ def spectrum(samples):
 
 
 def level_and_centroid(samples):
-    """Decibels, and the centre of the spectrum of amplitudes (Hz)."""
+    """Returns the level (dB) and the centroid of the amplitude spectrum from 20 to 20000 Hz (Hz)."""
     frequencies, power = spectrum(samples)
     heard = (frequencies > 20) & (frequencies < 20000)
     amplitudes = numpy.sqrt(power[heard])
@@ -62,14 +64,14 @@ def level_and_centroid(samples):
             float((amplitudes * frequencies[heard]).sum() / max(amplitudes.sum(), 1e-15)))
 
 
-# The parts of a note that are compared where something is changed (seconds): its stroke, what
-# follows, and what is held.
+# Edges, in seconds, of the parts of a note that `change` compares: the stroke, the decay, and the
+# held sound.
 PARTS = (0, 0.1, 0.4, 99)
 
 
 def change(pieces):
-    """The largest change of any part between any two of the pieces, where it is no more than 30 dB
-    below the loudest: decibels, and percent of the centroid."""
+    """Returns the largest changes between any two of the pieces in any part: of the level in decibels, and
+    of the centroid in percent. Parts more than 30 dB below the loudest are ignored."""
     parts = numpy.array([[level_and_centroid(piece[:, int(begin * RATE):int(end * RATE)])
                           for begin, end in zip(PARTS, PARTS[1:])] for piece in pieces])
     levels, centroids = parts[..., 0], parts[..., 1]
@@ -79,7 +81,7 @@ def change(pieces):
 
 
 def mel_bands(samples, bands):
-    """Power in bands of equal width in mel, from 60 to 16000 Hz."""
+    """Returns the power in bands of equal width in mel, from 60 to 16000 Hz."""
     frequencies, power = spectrum(samples)
     mel = numpy.linspace(*(2595 * numpy.log10(1 + numpy.array([60, 16000]) / 700)), bands + 1)
     edges = numpy.searchsorted(frequencies, 700 * (10 ** (mel / 2595) - 1))
@@ -87,9 +89,9 @@ def mel_bands(samples, bands):
     return (sums[edges[1:]] - sums[edges[:-1]]) * (frequencies[1] / RATE)
 
 
-# Clicks: power of short windows in third octaves from 500 Hz; an event may have as much as the
-# loudest window of the sound around it, or what is 40 dB below its
-# loudest band, which that masks.
+# Clicks are measured by the power of short windows (frames) in third octaves from 500 Hz. In each band an
+# event may have the power of the loudest window of the sound around it, or the power OWN_FLOOR decibels
+# below the loudest band, which masks it. SILENT is the result for a silent sound.
 WINDOW, HOP, OWN_FLOOR, SILENT = 256, 64, 40, -99.0
 
 
@@ -103,8 +105,8 @@ def short_bands(samples):
 
 
 def click(samples, at):
-    """By how many decibels what happens within 4 ms after `at` (seconds) exceeds what the sound itself
-    has in the 200 ms on either side."""
+    """Returns by how many decibels the event in the 4 ms after `at` (seconds) exceeds the sound itself
+    in the 200 ms on either side."""
     before, after = 0.2, 0.25
     start = max(0, int((at - before) * RATE))
     piece = samples[:, start:int((at + after) * RATE)]
@@ -119,21 +121,23 @@ def click(samples, at):
 
 
 def amplitude(samples):
-    """Root mean squares of 5 ms, one each millisecond."""
+    """Returns the RMS of windows of 5 ms, one each millisecond."""
     power = numpy.cumsum(numpy.concatenate([[0], (samples ** 2).mean(0)]))
     begins = numpy.arange(0, samples.shape[1] - RATE // 200, RATE // 1000)
     return numpy.sqrt(numpy.maximum(power[begins + RATE // 200] - power[begins], 0) / (RATE // 200))
 
 
 def cents(samples, key):
-    """How far off, in the middle of all partials, as a comb finds them that is moved."""
+    """Returns by how many cents, -50 to 50, the partials deviate from those of the key: the shift of a comb
+    of partials that gathers the largest sum of amplitudes."""
     frequencies, power = spectrum(samples)
     magnitude = numpy.sqrt(power)
     pitch = 440 * 2 ** ((key - 69) / 12)
     offsets = numpy.arange(-50, 51)
 
     def comb(offset):
-        # A half of the key's frequency is where two ratios meet.
+        # The comb has the multiples of half the key's frequency, because an orbit with ratios such as 1
+        # and 1.5 repeats at that frequency.
         multiples = pitch * 2 ** (offset / 1200) * numpy.arange(1, 41) / 2
         return numpy.interp(multiples[multiples < 12000], frequencies, magnitude).sum()
     return float(offsets[numpy.argmax([comb(offset) for offset in offsets])])

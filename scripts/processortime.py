@@ -1,18 +1,18 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Processor time of programs, which other programs disturb least, for the scripts that compare."""
+"""Measures the processor time of programs, which other load disturbs less than elapsed time."""
 import resource
 import statistics
 import subprocess
 
 
 def children():
-    """Seconds of processor time of the programs that were run so far."""
+    """Returns the processor seconds of all child processes that have ended so far."""
     usage = resource.getrusage(resource.RUSAGE_CHILDREN)
     return usage.ru_utime + usage.ru_stime
 
 
 def run(command):
-    """Seconds that a program takes."""
+    """Runs a program and returns its processor seconds."""
     start = children()
     subprocess.run(command, check=True, timeout=300, stdout=subprocess.DEVNULL,
                    stderr=subprocess.DEVNULL)
@@ -20,10 +20,10 @@ def run(command):
 
 
 def rounds(commands, runs=5):
-    """The seconds of each command in each of so many rounds, in which they are run in turns."""
+    """Runs all commands once in each of `runs` rounds; returns a row of processor seconds per round."""
     return [[run(command) for command in commands] for _ in range(runs)]
 
 
 def medians(commands, runs=5):
-    """The median seconds of each command, all of them run in turns."""
+    """Runs all commands in rounds and returns the median of the processor seconds of each."""
     return [statistics.median(column) for column in zip(*rounds(commands, runs))]

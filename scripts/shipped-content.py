@@ -1,22 +1,22 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Tells the content that comes with the program from what a person has made of it.
+"""Copies and lists shipped content, and distinguishes it from files that a person has made or changed.
 
   shipped-content.py copy RECORD FOLDER SOURCE...
-      Copies functions/, sounds/, samples/ and pictures/ of the sources into the program folder FOLDER: what is
-      absent there, and what is as it was copied or as some version of the program had it. Anything
-      else is a person's work and stays. RECORD keeps the digests of what was copied.
+      Copies functions/, sounds/, samples/ and pictures/ of the SOURCE folders into the program folder
+      FOLDER. A file there is replaced only if it is as it was copied or as some version of the program
+      shipped it; any other file is a person's work and stays. RECORD keeps the digests of the copies.
   shipped-content.py rescue RECORD FOLDER
       Copies a person's work in FOLDER into the user's folder, $XDG_DATA_HOME/vexa, where it outlives
-      the build, and says so. What the user's folder has already stays as it is there.
+      the build, and prints each copy. A person's work that is already there is not replaced.
   shipped-content.py list [--check [MADE]]
-      Writes data/shipped-content, the digests of all content that any commit so far and the files as
-      they are had; with --check it only looks whether that is complete, and exits with 1 if not.
-      Of the scripts that make content it lists the versions too, whose content is then listed, so
-      that they need not run again. In MADE are the folders that the scripts as they are have made
-      already.
+      Adds to data/shipped-content the digests of all content of every commit and of the present files.
+      With --check it writes nothing, prints what the list lacks, and exits with 1 if it lacks anything.
+      The list also has the versions of the scripts that generate content. The content of a listed
+      version is listed too, so that version need not run again. MADE is a folder with the content that
+      the present versions have already generated.
 
-Records and the list have the layout of sha256sum.
+RECORD and the list have the format of sha256sum.
 """
 
 import hashlib
@@ -30,11 +30,11 @@ import tempfile
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 LIST = ROOT / "data/shipped-content"
 FOLDERS = ("functions", "sounds", "samples", "pictures")
-# What compiling an expression leaves in the program folder.
+# Files that the compilation of an expression leaves in the program folder.
 COMPILED = ("functions/recent", "functions/recent.c")
-# What makes the content of a folder that is not kept.
+# The scripts that generate content, and the folder of each; the tree does not contain that content.
 SCRIPTS = {"scripts/make-samples.py": "samples", "scripts/make-pictures.py": "pictures"}
-# The programs take a larger file for a person's without a look (kits/storage/ProgramFolder.cpp).
+# The programs take any larger file for a person's work without reading it (kits/storage/ProgramFolder.cpp).
 LARGEST = 1 << 20
 
 
@@ -48,7 +48,7 @@ def digest_of_file(path):
 
 
 def read_digests(path):
-    """Pairs (digest, name) of a record or the list; none if there is no such file."""
+    """Returns the pairs (digest, name) of a record or of the list; none if the file does not exist."""
     if not path.exists():
         return set()
     return {tuple(line.split("  ", 1)) for line in path.read_text("utf-8").splitlines()}
@@ -60,7 +60,7 @@ def write_digests(path, pairs):
 
 
 def replace(path, write):
-    """Has a file written beside its place and puts it there as a whole."""
+    """Replaces a file atomically: `write` writes a new file beside it, which is then renamed."""
     path.parent.mkdir(parents=True, exist_ok=True)
     beside = path.with_name(f".{path.name}.{os.getpid()}")
     try:
@@ -71,7 +71,7 @@ def replace(path, write):
 
 
 def content_of(folder):
-    """The files of the program folder or a source by their names; hidden ones are of no interest."""
+    """Returns the files of the program folder or of a source, by name; hidden ones are left out."""
     files = {}
     for sub in FOLDERS:
         for path in sorted((folder / sub).rglob("*")):
@@ -119,13 +119,13 @@ def rescue(record, folder):
         if there and (there, name) not in known:
             print(f"{path} is another one than your {place}; both stay as they are")
             continue
-        # With the time of change and the attributes, which tell the type.
+        # copy2 keeps the modification time and the extended attributes, which hold the file's type.
         replace(place, lambda beside, path=path: shutil.copy2(path, beside))
         print(f"{path} is yours: copied to {place}")
 
 
 def git(*arguments):
-    # The tree may be another user's, as where it is mounted into a container.
+    # The tree may belong to another user, for example if it is mounted into a container.
     command = ["git", "-c", "safe.directory=*", "-C", ROOT, *arguments]
     return subprocess.run(command, check=True, capture_output=True).stdout
 
@@ -138,7 +138,7 @@ def has_history():
 
 
 def every_version(*paths):
-    """Pairs (name, bytes) of the files below these paths in every commit and as they are."""
+    """Yields pairs (name, bytes) of the files at or below these paths, at present and in every commit."""
     for path in paths:
         for file in [ROOT / path] if (ROOT / path).is_file() else (ROOT / path).rglob("*"):
             if file.is_file():
@@ -155,8 +155,8 @@ def every_version(*paths):
 
 
 def shipped_so_far(listed, made_already):
-    """Pairs (digest, name); samples and pictures are what each version of their script makes, and are
-    known where that version is listed."""
+    """Returns pairs (digest, name) of all content so far. Samples and pictures are generated by running each
+    version of their script, unless that version is listed."""
     pairs, scripts = set(), set()
     for name, data in every_version("data/functions", "data/sounds", *SCRIPTS):
         if name in SCRIPTS:

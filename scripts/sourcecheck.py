@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""What the checks of the sources share: their command line, and trying them on a tree with faults.
+"""Shared by the checks of the sources: their command line, and a self-test on a tree with faults.
 
-A check is a function of the source folder; it returns the faults, as lines to print, and the line
-to print where there are none.
+A check is a function that takes the source folder and returns the faults, as lines to print, and the
+line to print if there are none.
 """
 import argparse
 import pathlib
@@ -11,8 +11,8 @@ import tempfile
 
 
 def run(description, check, self_test):
-    """The program of a check: without arguments for this tree's src/, with a folder for that one,
-    with --self-test for what self_test() says is wrong with the check itself."""
+    """Runs a check as a program: on this tree's src/ without arguments, on a given folder, or with
+    --self-test on the check itself, whose faults `self_test()` returns. Exits with 1 if there are any."""
     parser = argparse.ArgumentParser(description=description,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--self-test", action="store_true", help="try the check on faults instead")
@@ -30,9 +30,9 @@ def run(description, check, self_test):
 
 
 def tried(check, files, more=()):
-    """What the check gets wrong about a tree of these files (text by name). A line of theirs that
-    ends in "//! TEXT" has a fault with that text, and no other line has any; `more` are further
-    faults, each by its begin and a text in it. Names of files count from the source folder."""
+    """Runs the check on a tree of these files (text by name, relative to the source folder) and returns
+    its mistakes, as lines. A line of a file that ends in "//! TEXT" must have a fault with that text, and
+    other lines must have none. `more` has further expected faults as pairs (beginning, text in it)."""
     with tempfile.TemporaryDirectory() as folder:
         source = pathlib.Path(folder).resolve() / "src"
         expected = list(more)

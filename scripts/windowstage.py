@@ -1,9 +1,8 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""The window on a display, a session bus and a JACK server of a script's own, for the scripts that
-drive it.
+"""Runs the window on a display, a session bus and a JACK server of a script's own, and drives it.
 
-Controls are found by the names that screen readers are told, and that tells also where they are and
-what they say, so that no place in the window is written down here.
+Controls are found by their names in the tree for screen readers (AT-SPI). The tree also has their
+positions and values, so that no coordinate of the window is written down here.
 """
 import contextlib
 import os
@@ -22,7 +21,7 @@ UNDO, REDO = "undo (Ctrl Z)", "redo (Ctrl Shift Z)"
 
 
 def wait_for(what, condition, seconds=30):
-    """The first true value of `condition`."""
+    """Calls `condition` until it returns a true value, and returns that; ends the script after `seconds`."""
     end = time.monotonic() + seconds
     while True:
         found = condition()
@@ -51,7 +50,8 @@ def running(*command, **options):
 
 
 def end(process):
-    """An X server loses the signal that comes just as it goes to sleep: it is sent more than once."""
+    """Ends a process by SIGTERM, sent up to ten times, because an X server loses a signal that arrives just
+    as it goes to sleep; then by SIGKILL."""
     for _ in range(10):
         process.terminate()
         with contextlib.suppress(subprocess.TimeoutExpired):
@@ -62,18 +62,19 @@ def end(process):
 
 
 def on_a_stage(main, scale="1", period=1024):
-    """Ends with what `main(folder)` returns, run on a display with a session bus and a JACK server.
-    The folder is an empty one for what programs keep."""
+    """Runs `main(folder)` on a display with a session bus and a JACK server, and returns its result or
+    exits with it. `folder` is a new one for the files of programs. `scale` is the number of screen pixels
+    per window pixel, `period` that of frames in a period of JACK."""
     if "VEXA_STAGE" not in os.environ:
         environment = dict(os.environ, VEXA_STAGE="1", QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1",
                            QT_SCALE_FACTOR=scale)
         for name in ("WAYLAND_DISPLAY", "QT_QPA_PLATFORM"):
             environment.pop(name, None)
         sys.exit(subprocess.run(["dbus-run-session", "--", sys.executable, *sys.argv], env=environment).returncode)
-    # What was started is ended also where this is told to end.
+    # On SIGTERM the script exits as usual, so that all started processes are ended.
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))
     quiet = {"stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
-    # Where the window has room for all of its parts.
+    # A screen on which the window has room for all its parts.
     side = [int(pixels * float(scale)) for pixels in (1920, 1200)]
     with contextlib.ExitStack() as stack:
         folder = pathlib.Path(stack.enter_context(tempfile.TemporaryDirectory()))
@@ -92,7 +93,7 @@ def on_a_stage(main, scale="1", period=1024):
         stack.enter_context(running("openbox", **quiet))
         jackd = "jackd", "-r", "-n", name, "-d", "dummy", "-r", RATE, "-p", period
         for _ in range(30):
-            # One gives up where the list of servers is full.
+            # A server gives up if JACK's list of servers is full.
             server = stack.enter_context(running(*jackd, **quiet))
             if wait_for("the JACK server", lambda: server.poll() is not None or "system:playback_1" in run("jack_lsp")) \
                     and server.poll() is None:
@@ -105,14 +106,14 @@ def on_a_stage(main, scale="1", period=1024):
 
 
 def program_folder(build, folder):
-    """A copy of the built program and its content, so that what is made there goes with it."""
+    """Copies the built programs and their content, so that files made beside them disappear with the copy."""
     shutil.copytree(pathlib.Path(build) / "bin", folder)
     return folder
 
 
 def ring(template, formula, radius=1, name="ring"):
-    """The document of a ring that stays where it is, with nothing that smooths it: on the plane of x
-    it is a pure sine."""
+    """Returns a sound document whose orbit is a fixed circle (an ellipse if `radius` is not 1), without
+    playing parameters such as smoothing. With the formula x it plays a pure sine."""
     root = xml.etree.ElementTree.parse(template).getroot()
     root.find("info/name").text = name
     root.find("vexafunction/expression").text = formula
@@ -146,7 +147,7 @@ def nodes_below(node):
 
 
 class Window:
-    """The program's main window, and the windows that come up beside it."""
+    """Drives the program's main window and the windows that it opens."""
 
     def __init__(self, process):
         import pyatspi
@@ -166,16 +167,16 @@ class Window:
         return next((c for c in children(application) if c.name == "Vexa"), None)
 
     def __getitem__(self, name):
-        """The control of that name."""
+        """Returns the control of that name; ends the script if there is none."""
         if name not in self.controls:
-            # What a control says may be a part of its name.
+            # Some names contain the control's value, so that the cache may be outdated.
             self.controls |= {node.name: node for node in nodes_below(self.frame) if node.name}
         if name not in self.controls:
             raise SystemExit(f"the window has nothing called \"{name}\"")
         return self.controls[name]
 
     def named(self, ending):
-        """The names of the controls that end so."""
+        """Returns the names of controls that have this ending."""
         self["sounds"]
         return [name for name in self.controls if name.endswith(ending)]
 
@@ -183,10 +184,10 @@ class Window:
         return node.getState().contains(getattr(self.states, "STATE_" + state))
 
     def box(self, node):
-        """Left, top, width and height on the screen."""
+        """Returns left, top, width and height of a control in pixels of the screen."""
         node = self[node] if isinstance(node, str) else node
         extents = node.queryComponent().getExtents(self.states.DESKTOP_COORDS)
-        # Qt tells pixels of the window.
+        # Qt reports window pixels, without the scale factor.
         scale = float(os.environ["QT_SCALE_FACTOR"])
         return tuple(int(scale * pixels) for pixels in (extents.x, extents.y, extents.width, extents.height))
 
@@ -202,7 +203,8 @@ class Window:
         return text.getText(0, -1)
 
     def settle(self):
-        """Until the window has taken up what mouse and keyboard did: it answers in turn."""
+        """Waits until the window has handled the mouse and keyboard events so far: it answers a query in turn
+        with them."""
         for _ in range(2):
             time.sleep(0.03)
             self.frame.getState()
@@ -240,11 +242,11 @@ class Window:
         wait_for(f"the end of typing in \"{name}\"", is_taken)
 
     def shown(self, title):
-        """Another window of the program, of that title."""
+        """Returns the other window of the program with this title, or None."""
         return next((c for c in children(self.application) if c.name == title), None)
 
     def answer(self, title, button):
-        """Presses a button of an alert that may be there."""
+        """Presses a button of an alert if it is open."""
         self.settle()
         alert = self.shown(title)
         if not alert:
@@ -254,8 +256,8 @@ class Window:
         self.settle()
 
     def choose(self, label):
-        """An item of the main menu, by the keyboard: that of a menu is told as it moves, but a menu
-        is in no tree."""
+        """Chooses an item of the main menu by the keyboard. Menus are not in the accessible tree, but each
+        item is reported when it gets the focus."""
         from gi.repository import GLib
         told = []
         listener = lambda event: told.append(event.source.name)
@@ -277,7 +279,7 @@ class Window:
         self.settle()
 
     def rows(self):
-        """The rows of the drawer that are in sight."""
+        """Returns the rows of the drawer's list that are wholly visible."""
         _, top, _, height = self.box("sounds")
         rows = []
         for row in children(self["sounds"]):
@@ -289,7 +291,8 @@ class Window:
         return rows
 
     def save(self, path):
-        """Saves the sound as a file of that name in its folder, and returns the document."""
+        """Saves the sound by the file panel and returns the bytes of the document. The panel must show the
+        folder of `path`."""
         path.unlink(missing_ok=True)
         self.click("Save Sound")
         panel = wait_for("the panel", lambda: xdo("search", "--onlyvisible", "--name", "^Save Sound$").split())[0]
@@ -302,8 +305,8 @@ class Window:
         return path.read_bytes()
 
     def becomes(self, button, state, on=True):
-        """Whether the button gets the state, or loses it, while the window answers ten times: those
-        of the bar follow ten times a second what there is."""
+        """Returns whether a button gets the state, or loses it if not `on`, within ten queries. The buttons of
+        the bar are updated ten times a second."""
         for _ in range(10):
             self.settle()
             if self.has(self[button], state) == on:
@@ -314,7 +317,7 @@ class Window:
         return self.becomes(button, "SENSITIVE")
 
     def step_all(self, key, button):
-        """Undoes or redoes until there is nothing left; says how often the key was pressed."""
+        """Undoes or redoes until nothing is left; returns how often the key was pressed."""
         steps = 0
         xdo("mousemove", *self.middle("level, decibels of full scale"))
         while self.is_on(button):

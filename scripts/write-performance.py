@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Measures rendering and pictures, and writes the tables into docs/PERFORMANCE.md.
+"""Measures rendering and the computation of pictures, and writes the tables into docs/PERFORMANCE.md.
 
-The tables stand between the lines "<!-- measured: NAME -->" and "<!-- end -->" of the
-page. All figures of one table are medians of nine repetitions in one run, in random order, so that
-their ratios hold on a busy machine too.
+Each table replaces the text between a line "<!-- measured: NAME -->" and the next "<!-- end -->" of the
+page. All figures of a table are medians of nine repetitions in one run, in random order, so that their
+ratios also hold on a busy machine. Needs the benchmarks of the release build.
 """
 import argparse
 import json
@@ -18,7 +18,7 @@ PAGE = ROOT / "docs/PERFORMANCE.md"
 
 
 def measure(program, counter):
-    """The median of each benchmark of the program, by name."""
+    """Runs a benchmark program and returns the median of `counter` for each benchmark, by name."""
     command = [program, "--benchmark_format=json", "--benchmark_repetitions=9",
                "--benchmark_min_time=0.03", "--benchmark_enable_random_interleaving=true",
                "--benchmark_report_aggregates_only=true"]
@@ -34,7 +34,7 @@ def table(heads, rows):
 
 
 def compared(medians, heads, factor, digits):
-    """A table of all that is there as Reference and as Product."""
+    """Returns a table of the benchmarks that exist as Reference/... and Product/..., with their ratio."""
     rows = []
     for name, reference in medians.items():
         if name.startswith("Reference/"):

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Makes man pages and completions of the tables of options.
+"""Generates man pages and shell completions from the tables of options.
 
-make-pages.py TABLE VERSION CONTENT FOLDER: TABLE is what OptionTable.cpp prints, CONTENT the folder of the content that is
-installed. Writes FOLDER/man/PROGRAM.1, FOLDER/bash/PROGRAM and FOLDER/zsh/_PROGRAM, each from the template beside this file:
-where that has @NAME@, what is called so below is put.
+make-pages.py TABLE VERSION CONTENT FOLDER: TABLE is a file with the output of OptionTable.cpp, CONTENT the folder of the
+installed content. For each program it writes FOLDER/man/PROGRAM.1, FOLDER/bash/PROGRAM and FOLDER/zsh/_PROGRAM from the
+templates beside this file. In a template, @NAME@ is replaced by the text of that name (see main).
 """
 
 import collections
@@ -18,7 +18,7 @@ Option = collections.namedtuple("Option", "name value allowed help")
 
 
 def read_table(path):
-    """The options of each program, in the order of the table."""
+    """Returns the options of each program, in the order of the table."""
     programs = collections.defaultdict(list)
     for line in pathlib.Path(path).read_text("utf-8").splitlines():
         program, *cells = line.split("\t")
@@ -27,13 +27,13 @@ def read_table(path):
 
 
 def words(option):
-    """The values of an option that takes one of a few words or numbers, by what is said of them: "a, b or c"."""
+    """Returns the values of an option whose text about allowed values has the form "a, b or c"; otherwise none."""
     found = re.fullmatch(r"((?:[a-z0-9]+, )*[a-z0-9]+) or ([a-z0-9]+)", option.allowed)
     return found[1].split(", ") + [found[2]] if found else []
 
 
 def roff(text):
-    """A text as it is read by troff."""
+    """Escapes a text for troff."""
     return text.replace("\\", "\\e").replace("-", "\\-").replace("'", "\\(cq").replace('"', "\\(dq")
 
 
@@ -44,7 +44,7 @@ def man_option(option):
 
 
 def bash_case(option):
-    """What completes the value of an option, as a line of a case; none where nothing helps."""
+    """Returns the line of a shell "case" that completes the value of an option; without known values it offers none."""
     if option.value in ("FILE", "SOUND"):
         return f"    --{option.name}) _@NAME@_{option.value.lower()} ;;\n"
     if option.value == "N=SOUND":

@@ -128,10 +128,11 @@ void Session::Take(const OscMessage& message, SessionClient& client) {
         answered = Clock::now();
 }
 
-void Session::Tell(std::optional<bool>& told, bool now, const char* ifTrue, const char* ifFalse) {
-    if (told == now)
+void Session::Tell(std::optional<bool>& reported, bool now, const char* ifTrue,
+                   const char* ifFalse) {
+    if (reported == now)
         return;
-    told = now;
+    reported = now;
     manager->Send({now ? ifTrue : ifFalse, {}});
 }
 

@@ -74,7 +74,7 @@ class Session {
     std::optional<kits::OscMessage> Next(Clock::time_point end);
     void Take(const kits::OscMessage& message, SessionClient& client);
     void Answer(const std::string& request, const kits::Result<void>& done, int32 fault);
-    void Tell(std::optional<bool>& told, bool now, const char* ifTrue, const char* ifFalse);
+    void Tell(std::optional<bool>& reported, bool now, const char* ifTrue, const char* ifFalse);
     void Ping();
 
     const std::unique_ptr<kits::OscPeer> manager;

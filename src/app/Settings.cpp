@@ -102,7 +102,7 @@ const std::string* Settings::SingleText(const char* name) const {
 }
 
 void Settings::TellWrong(const char* name, const std::string& text) const {
-    if (told.emplace(name).second)
+    if (reported.emplace(name).second)
         Tell("warning: " + file.string() + ':' + std::to_string(lines.at(name)) + ": " + name +
              " cannot be " + kits::Quoted(text));
 }

@@ -75,7 +75,7 @@ class Settings {
     const std::filesystem::path file;
     Texts texts;
     /// The names whose invalid values have been reported, and the lines of the names in the file.
-    mutable std::set<std::string, std::less<>> told;
+    mutable std::set<std::string, std::less<>> reported;
     std::map<std::string, int, std::less<>> lines;
 
     /// The changes that are not saved yet, and those that are being saved.

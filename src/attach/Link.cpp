@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::string_view kGreeting = "vexa";
 constexpr std::size_t kMostReason = 1000;
-/// What is read at a time.
+/// The maximum number of bytes per call of recv.
 constexpr std::size_t kPiece = std::size_t{64} << 10;
 
 struct Header {
@@ -29,7 +29,7 @@ struct Header {
 
 struct Row {
     Kind kind;
-    /// The end that takes it; nothing for both.
+    /// The end that receives such letters; nothing for both ends.
     std::optional<End> to;
     std::size_t least, most;
 };
@@ -76,14 +76,14 @@ void Link::Pump() {
 
 void Link::Read() {
     char piece[kPiece];
-    // No more than a letter of the largest kind waits for Next.
+    // Limits the unread data to about one letter of the largest kind, until Next takes letters out.
     while (IsOpen() && in.size() <= sizeof(Header) + sizeof(uint32) + kMostSound) {
         const ssize_t count = ::recv(descriptor, piece, sizeof piece, 0);
         if (count < 0 && errno == EINTR)
             continue;
         if (count < 0 && errno == EAGAIN)
             return;
-        // What has come before is read all the same.
+        // Closing keeps `in`, so Next still returns the letters that arrived before.
         if (count <= 0)
             return Close();
         in.append(piece, static_cast<std::size_t>(count));
@@ -95,7 +95,7 @@ void Link::Send() {
         const ssize_t count = ::send(descriptor, out.data(), out.size(), MSG_NOSIGNAL);
         if (count < 0 && errno == EINTR)
             continue;
-        // Where the other end has gone, what it has said last is still to be read.
+        // The other end has gone. The link is not closed here, because its last letters are unread.
         if (count < 0 && errno != EAGAIN)
             out.clear();
         if (count < 0)
@@ -130,7 +130,7 @@ std::optional<Letter> Link::Next() {
     return std::nullopt;
 }
 
-/// Returns what is wrong with a header; empty where it is in order.
+/// Returns the fault of a header; empty if it is valid.
 std::string Link::FaultOf(Kind kind, std::size_t size) const {
     const auto* row = std::find_if(std::begin(kRows), std::end(kRows),
                                    [&](const Row& r) { return r.kind == kind; });

@@ -7,13 +7,13 @@
 namespace vexa::attach {
 
 static_assert(std::is_trivially_copyable_v<Moment>);
-// No gaps, in which there would be something of the process.
+// There is no padding, which would send unrelated memory of the process over the wire.
 static_assert(sizeof(VoiceMoment) == 20 * sizeof(float) + 11 * sizeof(double) &&
               sizeof(Moment) == kVoiceSlots * sizeof(VoiceMoment) + 132 * sizeof(float));
 
 namespace {
 
-/// 0..1
+/// Returns the value if it is in 0..1, else 0.
 float Fraction(float value) {
     return value >= 0 && value <= 1 ? value : 0.0F;
 }
@@ -32,7 +32,7 @@ Moment MomentOf(const SoundRecords& records) {
     for (std::size_t i = 0; i < moment.voices.size(); i++) {
         const voice& slot = records.voices[i];
         VoiceMoment& v = moment.voices[i];
-        // What does not sound is all zeros, so that silence is the same from moment to moment.
+        // An inactive slot is all zeros, so that the moments of a silent instrument are equal.
         if (!slot.state.Look().Active())
             continue;
         const VoiceView view = Look(slot);

@@ -40,8 +40,10 @@ Moment ReadMoment(std::string_view body);
 /// Reads the state of a playing instrument, without waiting for other threads. Any thread.
 Moment MomentOf(const SoundRecords& records);
 
-/// Writes the state of another instrument into records that no engine plays. Values that are NaN or
-/// out of range count as 0. Window thread, in place of the MIDI and the media thread.
+/// Writes the state of another instrument into records that no engine plays. Velocities, keys,
+/// controllers and macros outside 0..1 become 0, and a frequency or pitch that is not positive
+/// becomes 1. Everything else is copied: the window draws any place of a voice. Window thread, in
+/// place of the MIDI and the media thread.
 void Show(const Moment& moment, SoundRecords& records);
 
 } // namespace vexa::attach

@@ -83,7 +83,7 @@ AudioGraph::DeviceNews AudioGraph::Watch() {
     if (connected && Mixer()->DeviceHasGone()) {
         Disconnect();
         ReleaseMixer();
-        loss = Loss::Untold;
+        loss = Loss::Unreported;
     }
     // A failure with another cause than the device is not retried.
     const bool noDevice = connection.producer.node >= 0 && connection.consumer.node < 0;
@@ -93,9 +93,9 @@ AudioGraph::DeviceNews AudioGraph::Watch() {
     case kits::MixerSearch::State::Looking:
         return DeviceNews::None;
     case kits::MixerSearch::State::InVain:
-        if (loss != Loss::Untold)
+        if (loss != Loss::Unreported)
             return DeviceNews::None;
-        loss = Loss::Told;
+        loss = Loss::Reported;
         return DeviceNews::Gone;
     case kits::MixerSearch::State::Found:
         break;
@@ -112,7 +112,7 @@ void AudioGraph::UseSystem(std::optional<kits::AudioSystem> system) {
     }
     kits::ChooseAudioSystem(system);
     // The short silence is intended, so it is not reported as a loss.
-    loss = Loss::Told;
+    loss = Loss::Reported;
 }
 
 std::optional<kits::AudioSystem> AudioGraph::System() const {
@@ -140,7 +140,7 @@ void AudioGraph::TakeNewRate() {
     auto mixer = std::make_unique<kits::SystemMixer>(before.System(), before.TakeDevice());
     ReleaseMixer();
     if (!mixer->StartDevice() || !ConnectTo(std::move(mixer)))
-        loss = Loss::Untold;
+        loss = Loss::Unreported;
 }
 
 kits::SystemMixer* AudioGraph::Mixer() const {

@@ -97,7 +97,7 @@ class AudioGraph {
     kits::MixerSearch search;
     kits::Recording* recording = nullptr;
     /// Whether the device in use has gone, and whether its loss has been reported.
-    enum class Loss { None, Untold, Told } loss = Loss::None;
+    enum class Loss { None, Unreported, Reported } loss = Loss::None;
     /// The counts of the mixers that were removed with their devices.
     kits::MixerCounts past;
 };

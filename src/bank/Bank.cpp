@@ -17,10 +17,11 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// How long what is new is kept back, so that who shows it is not called for each sound.
+/// The shortest time between two views while sounds are read and drawn, so that `changed` is not
+/// called for each sound.
 constexpr auto kPart = std::chrono::milliseconds(50);
 constexpr const char* kSounds = "sounds";
-/// What a document may name files in.
+/// The folders of the files that documents name.
 constexpr const char* kSamples = "samples";
 constexpr const char* kPictures = "pictures";
 constexpr auto kForever = std::chrono::hours(24);
@@ -68,7 +69,7 @@ void Bank::Work(const std::stop_token& stop) {
     }
 }
 
-/// Reads what is new or has changed.
+/// Lists the sounds again, and reads those that are new or have changed.
 void Bank::Scan(const std::stop_token& stop) {
     std::unordered_map<std::string, Known> before;
     for (Known& each : known)
@@ -83,7 +84,7 @@ void Bank::Scan(const std::stop_token& stop) {
             known.push_back(std::move(found->second));
         else
             known.push_back(Read(path));
-        // Later there is a whole list that is shown as long as it takes to make the next.
+        // Only the first scan publishes parts; later the last complete list is shown meanwhile.
         if (before.empty() && Clock::now() - published > kPart) {
             Publish(false);
             published = Clock::now();
@@ -113,7 +114,7 @@ Bank::Known Bank::Read(const std::filesystem::path& path) const {
     return read;
 }
 
-/// Until all are drawn or the folders have changed.
+/// Draws the missing pictures. Scans the folders again in between if they have changed.
 void Bank::DrawPictures(const std::stop_token& stop) {
     auto published = Clock::now();
     bool drawn = false;
@@ -168,7 +169,7 @@ void Bank::Publish(bool listed) {
         const std::lock_guard lock(mutex);
         std::swap(view, last);
     }
-    // What was shown goes without the lock.
+    // The previous view is destroyed without the lock.
     last.reset();
     if (changed)
         changed();

@@ -11,11 +11,12 @@ namespace vexa {
 
 namespace {
 
-/// In bytes. The tree of a document may take sixty times as much memory, and whatever lies where
-/// the sounds are is read without being asked for.
+/// The maximum size in bytes of a file that is read for a list. Every file in the folders of sounds
+/// is read unasked, and the tree of a document may take sixty times the memory of its file.
 constexpr std::uintmax_t kMostListed = std::uintmax_t{1} << 20;
 
-/// Words are searched for without the blanks between them, so those of a formula do not count.
+/// Returns the text without blanks. The words of a search contain none, so that "x*y" also finds
+/// the formula "x * y".
 std::string WithoutBlanks(std::string text) {
     std::erase_if(text, [](char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; });
     return text;

@@ -25,19 +25,20 @@ namespace vexa {
 
 namespace {
 
-/// Of the processor: that others keep it busy makes no picture coarse.
+/// The maximum time for a fine picture, in CPU time of the thread, so that the load of other
+/// threads does not make pictures coarse.
 constexpr auto kMostTime = std::chrono::milliseconds(20);
-/// In frames; such a sample is decoded within a few tenths of a second.
+/// The longest sample that is drawn, in frames; its decoding takes a few tenths of a second.
 constexpr int64 kMostFrames = 120 * 48000;
-/// Pixels that have one value where a function takes long, in either direction.
+/// The side, in pixels, of the squares with one value in a coarse picture.
 constexpr std::size_t kCoarse = 4;
-/// A value of 0.1 is shown with a quarter of the full brightness.
+/// The exponent of the brightness: a value of 0.1 is shown with a quarter of the full brightness.
 constexpr float kBrightness = 0.6F;
-/// More than so many turns of one oscillator cover all of a small picture.
+/// The maximum number of drawn turns of one oscillator; more of them would fill a small picture.
 constexpr float kMostTurns = 12;
 constexpr float kOrbit[] = {64, 224, 80};
 
-/// Silence where the sample is too long.
+/// Returns the function of a sample, or a silent function if the sample is too long.
 kits::Result<PlaneFunction> SampleFunctionOf(const Function& function,
                                              const kits::ProgramFolders& folders) {
     const std::filesystem::path path = FileOf(function, folders).value_or("");
@@ -95,7 +96,8 @@ kits::Result<PlaneFunction> FunctionOf(const Sound& sound, const kits::ProgramFo
     return ExpressionFunctionOf(sound, controllers);
 }
 
-/// Where the pixels are on the plane, as PlaneArea has it.
+/// The position of a picture of size by size pixels on the plane, as in PlaneArea: the plane's
+/// units per pixel, and the coordinates of the left and the top edge.
 struct Area {
     Area(const Function& function, std::size_t size)
         : scale(Number(function.width) / static_cast<float>(size)),
@@ -111,7 +113,7 @@ struct Area {
     float scale, left, top;
 };
 
-/// f at each `step`-th pixel, row after row.
+/// Returns f at the centre of each square of `step` by `step` pixels, row after row.
 std::vector<float> Values(const PlaneFunction& f, const Area& area, std::size_t size,
                           std::size_t step) {
     const std::size_t columns = size / step;
@@ -150,7 +152,8 @@ struct Orbit {
     float centreX, centreY, radiusX, radiusY, turnsX, turnsY;
 };
 
-/// What the sum of a radius is at most while the key is down.
+/// Returns the largest absolute value of envelope number `place` while the key is down, times
+/// `sum`, the weighted sum of a radius.
 float Largest(const std::vector<EnvPoint>& points, std::size_t place, float sum) {
     const EnvelopePlace& row = EnvelopePlaces()[place];
     const EnvelopeCurve curve(points, std::max(row.minimum, 0.0F));
@@ -177,7 +180,8 @@ Orbit OrbitOf(const Sound& sound, const ControllerTable& controllers) {
             p.Fy};
 }
 
-/// Periods of the note after which the orbit closes; 1 where that takes many.
+/// Returns the number of periods of the note after which the orbit closes; 1 if these would be more
+/// than kMostTurns allows.
 float PeriodsOf(const Orbit& orbit) {
     constexpr float kNear = 0.02F;
     const auto closes = [](float turns) { return std::abs(turns - std::round(turns)) < kNear; };
@@ -190,7 +194,7 @@ float PeriodsOf(const Orbit& orbit) {
 }
 
 void DrawOrbit(const Orbit& orbit, const Area& area, std::size_t size, uint8* pixels) {
-    // The share of each pixel that the line covers, which is about one pixel wide.
+    // The share of each pixel that the line, about one pixel wide, covers.
     std::vector<float> covered(size * size);
     const auto mark = [&](std::size_t column, std::size_t row, float share) {
         if (column < size && row < size)
@@ -222,7 +226,8 @@ void DrawOrbit(const Orbit& orbit, const Area& area, std::size_t size, uint8* pi
         mark(c + 1, r + 1, right * below);
     }
     for (std::size_t i = 0; i < covered.size(); i++) {
-        // A point between four pixels covers a quarter of each; the line goes on to the next ones.
+        // A point between four pixels marks only a quarter of each, although the line through them
+        // covers more, hence the factor.
         const float share = std::min(1.0F, 1.6F * covered[i]);
         for (std::size_t k = 0; k < 3; k++) {
             uint8& byte = pixels[i * 4 + k];

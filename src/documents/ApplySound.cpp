@@ -13,7 +13,7 @@ namespace vexa {
 namespace {
 
 TextFault ApplyController(const std::string& text, kits::Shared<int32>& target) {
-    // A number beyond the range of long comes as the end of that range, so it is refused too.
+    // strtol clamps a number to the range of long, so one beyond that range is rejected too.
     const long number = std::strtol(text.c_str(), nullptr, 10);
     if (number < 0 || number > 127)
         return TextFault::ControllerNumber;
@@ -67,7 +67,7 @@ void ApplyPlaying(const Sound& sound, const PlayingTexts& choices, Playing& targ
         std::optional<float> value;
         if (choices.texts[i])
             value = PlayingValue(row, *choices.texts[i]);
-        // How finely a sound is computed says nothing of how it is played.
+        // Oversampling concerns only the computation, so it does not count as a setting of playing.
         given = given || (value && row.target != &Playing::oversample);
         if (!value && sound.playing && sound.playing->texts[i])
             value = PlayingValue(row, *sound.playing->texts[i]);

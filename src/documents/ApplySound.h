@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Makes a sound's texts and points the numbers from which it is heard.
+// Converts a sound's texts and points into the parameters and envelopes that the engine plays.
 #pragma once
 
 #include "documents/NumberDoubt.h"
@@ -10,36 +10,37 @@
 
 namespace vexa {
 
-/// Tells why a field's text was not taken.
+/// The reason why a field's text is rejected.
 enum class TextFault {
     None,
     /// A float field whose text is a NaN.
     NotANumber,
-    /// A controller field whose number is not 0..127; kInvalidController is the alert for it.
+    /// A controller field whose number is not in 0..127; its alert is kInvalidController.
     ControllerNumber,
 };
 
-/// Sets the parameter that the row is of to what the text means, or leaves it as it is if there is
-/// a fault. A text that is no number means 0. The same in every locale. Window thread.
+/// Sets the row's parameter in `target` to the value of the text, or leaves it unchanged if there
+/// is a fault. A text that is not a number counts as 0. The result does not depend on the locale.
+/// Window thread.
 TextFault ApplyText(const Parameter& row, const std::string& text, sound_param& target);
 
-/// Does what ApplyText does for all of the sound's texts. Their faults are passed over: reading the
-/// document has told of them. Window thread.
+/// Applies all parameter texts of the sound with ApplyText. Faults are ignored, because reading the
+/// document has reported them. Window thread.
 void ApplyParameters(const Sound& sound, sound_param& target);
 
-/// Sets where a macro is to be, within 0..1. A text that is no number means 0; a NaN changes
-/// nothing. Window thread.
+/// Sets the target value of a macro, clamped to 0..1. A text that is not a number counts as 0; a
+/// NaN changes nothing. Window thread.
 TextFault ApplyMacroValue(const std::string& text, Macro& target);
-/// Sets the controller that moves a macro, as ApplyText does. Window thread.
+/// Sets the controller that moves a macro, with the faults of ApplyText. Window thread.
 TextFault ApplyMacroController(const std::string& text, Macro& target);
 
-/// Sets values and controllers of the macros to what the function's texts mean, values within 0..1;
-/// what means nothing is as in a fresh function. Window thread.
+/// Sets the values, clamped to 0..1, and the controllers of the macros from the function's texts.
+/// In place of a rejected text the default of a new function applies. Window thread.
 void ApplyMacros(const Function& function, Macros& target);
 
-/// Sets how the sound is played to what the texts mean. Those in `choices`, the player's own, stand
-/// before the sound's, as if the sound had them; what means nothing is as if it were not there.
-/// Counts no load. Window thread.
+/// Sets the playing settings from their texts. A text in `choices`, the player's own, takes
+/// precedence over the sound's text, as if the sound contained it. An invalid text counts as
+/// absent, and an absent setting gets its default. `loads` remains unchanged. Window thread.
 void ApplyPlaying(const Sound& sound, const PlayingTexts& choices, Playing& target);
 
 /// Replaces and publishes the points of the target's envelopes. Window thread.

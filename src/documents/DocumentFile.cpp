@@ -12,16 +12,17 @@ namespace vexa {
 
 namespace {
 
-/// The version that documents name.
+/// The version that is written into documents.
 constexpr const char* kVersion = "0.2.0 beta";
 constexpr std::string_view kKnownInInfo[] = {"vexaversion", "author"};
-/// What the doctype refers to; readers do not look at it.
+/// The reference in the doctype, which the reader ignores.
 constexpr const char* kDoctypeKeyword = "SYSTEM";
 constexpr const char* kDoctypeLocation = "vexa.dtd";
 /// The indentation of each level.
 constexpr const char* kIndentation = "  ";
 
-/// The numbers of a version, without what follows the last of them.
+/// Returns the numbers at the beginning of a version, which periods separate; further text is
+/// ignored.
 std::vector<long> VersionNumbers(const std::string& version) {
     std::vector<long> numbers;
     const char* at = version.c_str();
@@ -30,7 +31,7 @@ std::vector<long> VersionNumbers(const std::string& version) {
     return numbers;
 }
 
-/// The fault of a text in which no root was found.
+/// Returns the error for a text without a root element.
 kits::Error NoRoot(const std::filesystem::path& path, const LoadedDocument& loaded) {
     const std::string_view text = loaded.text;
     const std::string file = path.string();
@@ -44,7 +45,7 @@ kits::Error NoRoot(const std::filesystem::path& path, const LoadedDocument& load
     return kits::At({file, 1, 1}, {"expected a root element, found none"});
 }
 
-/// The same fault with what the window's alert says of a document that it cannot load.
+/// Returns the error with the window's alert for a document that cannot be loaded.
 kits::Error NotLoaded(const std::filesystem::path& path, kits::Error fault) {
     fault.alerts = {"Could not load \n" + path.string()};
     return fault;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What function and sound documents have in common: their frame, and reading and saving them.
+// The common parts of function and sound documents: their frame, reading and saving.
 #pragma once
 
 #include "documents/ElementScope.h"
@@ -16,52 +16,54 @@
 
 namespace vexa {
 
-/// What was missing, wrong or read over in a file that was taken all the same, in the order of the
-/// text: Remarks::kMost of them, and then how many more there are.
+/// The missing, wrong and ignored parts of a file that was nevertheless loaded, in the order of the
+/// text: at most Remarks::kMost entries, and a last one with the number of the others, if any.
 using Warnings = std::vector<kits::Error>;
 
-/// Makes a document to write, with that root element in its doctype and without a root yet.
+/// Makes a document for writing, with the root element's name in its doctype and no root yet.
 MXDocument ConstructDocumentTemplate(const std::string& rootName);
 
 /// Makes the element "info" with the program's version and the author.
 std::unique_ptr<MXFragment> ConstructInfoElement(const std::string& author);
-/// Takes the author over, and the elements that neither are known here nor are of the names in
-/// `more`. A version newer than ours is a remark. A null element is one that is missing.
+/// Reads the author into `author`, and into `kept.info` all child elements except those known here
+/// and those named in `more`. A newer version than this program's adds a remark. A null `info`
+/// means that the element is missing: `author` then remains unchanged.
 void InterpretInfoElement(const MXFragment* info, std::string& author, KeptElements& kept,
                           Remarks& remarks, std::span<const std::string_view> more = {});
 
-/// Returns the children of an element that are elements of none of these names, as XML.
+/// Returns the child elements whose names are not in `known`, as XML.
 std::string ChildrenBut(const MXFragment& parent, std::span<const std::string_view> known);
-/// Appends the elements that ChildrenBut has returned.
+/// Appends the elements in a text that ChildrenBut has returned.
 void AdoptChildren(MXFragment& parent, const std::string& elements);
 
-/// Makes an element that holds a text, an empty text too.
+/// Makes an element with one text child, even if the text is empty.
 std::unique_ptr<MXFragment> ConstructTextElement(std::string_view name, std::string_view text);
 
-/// Holds a text and what was read of it, which has a root.
+/// A text and the document read from it, whose root is not null.
 struct LoadedDocument {
     MXString text;
     MXDocument document;
 };
 
-/// Reads the document at `path`. What is read over is told to `remarks`. Any thread.
+/// Reads the document at `path`, and adds remarks about the parts that are ignored. A document
+/// without a root is an error. Any thread.
 kits::Result<LoadedDocument> LoadDocument(const std::filesystem::path& path, Remarks& remarks);
 
-/// Writes the document in the layout of all documents and sets the file's type; a file system that
-/// keeps no types is no fault. Any thread.
+/// Writes the document with the indentation that all documents have, and sets the file's MIME type.
+/// A file system that cannot store types is not an error. Any thread.
 kits::Result<void> SaveDocument(const std::filesystem::path& path, MXDocument& document,
                                 const char* fileType);
 
-/// Makes the error that memory does not suffice for the document at `path`.
+/// Makes the error that there is not enough memory for the document at `path`.
 kits::Error TooLarge(const std::filesystem::path& path);
 
-/// Makes the error that a root element is not taken. `alert` is what the window says of it, and
-/// `expected` what was expected instead; the element's place is not known here.
+/// Makes the error for a rejected root element, without a place, which the caller adds. `alert` is
+/// the text of the window's alert, and `expected` names the expected element.
 kits::Error Refusal(const char* alert, const std::string& expected);
 
-/// Returns what `interpret` (InterpretFunction, InterpretSound) makes of `value` and the document
-/// at `path`. What is to be said about a document that is taken replaces `warnings`, where there
-/// are any. Any thread.
+/// Reads the document at `path` into `value` with `interpret` (InterpretFunction or
+/// InterpretSound), and returns the result. The document's warnings replace `warnings`, unless it
+/// is null; an error leaves it empty. Any thread.
 template<class Value, class Interpret>
 kits::Result<Value> ReadValue(const std::filesystem::path& path, Value value, Interpret interpret,
                               Warnings* warnings) try {

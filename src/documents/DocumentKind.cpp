@@ -20,7 +20,8 @@ namespace vexa {
 
 namespace {
 
-/// How a file begins, so that a sample of any length is not read as text.
+/// The content at the beginning of a file. Only the first bytes are read, so that a long sample is
+/// not read as a text.
 enum class Beginning { Nothing, Xml, OtherText, Picture, Other };
 
 Beginning BeginningOf(const std::filesystem::path& path) {
@@ -32,13 +33,13 @@ Beginning BeginningOf(const std::filesystem::path& path) {
         return Beginning::Picture;
     if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF"))
         return Beginning::OtherText;
-    // The mark that some editors put before a text in UTF-8.
+    // The byte order mark that some editors put at the front of a UTF-8 text.
     if (text.starts_with("\xEF\xBB\xBF"))
         text.remove_prefix(3);
     text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
     if (text.empty())
         return Beginning::Nothing;
-    // UTF-16 without a mark has a zero beside each character of ASCII.
+    // UTF-16 without a byte order mark has a zero byte beside each ASCII character.
     if (text.starts_with(std::string_view("<\0", 2)) ||
         text.starts_with(std::string_view("\0<", 2)))
         return Beginning::OtherText;
@@ -73,7 +74,7 @@ bool IsSoundFile(const std::filesystem::path& path) {
 }
 
 DocumentKind KindByContent(const std::filesystem::path& path) {
-    // What is neither is refused, with the reason, by whoever reads it as a function.
+    // XML of unknown kind counts as a function, whose reader refuses it and gives the reason.
     switch (BeginningOf(path)) {
     case Beginning::Xml:
         if (const auto kind = KindByRoot(path))
@@ -99,7 +100,7 @@ DocumentKind KindOf(const std::filesystem::path& path) {
     try {
         return KindByContent(path);
     } catch (const std::bad_alloc&) {
-        // Only XML is read as a whole; its reader tells that there is not enough memory.
+        // Only XML is read as a whole here. The document's reader will report the lack of memory.
         return DocumentKind::Function;
     }
 }

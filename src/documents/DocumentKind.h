@@ -1,23 +1,25 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Finding out what a file is that somebody wants to open.
+// Detects the kind of a file that is to be opened.
 #pragma once
 
 #include <filesystem>
 
 namespace vexa {
 
-/// What a file is opened as.
+/// The ways in which a file can be opened.
 enum class DocumentKind { Sound, Function, Sample, Picture };
 
-/// Tells what a file is by its content: XML by its root element, a picture by its first bytes, and
-/// what else there is in a file is taken for a sample. The file's type counts only where the
-/// content tells nothing: for an XML text with a root element of another program or none, and for
-/// what is neither XML nor a sound file. What is empty or in UTF-16, is no regular file, or cannot
-/// be read is a document where its name ends in ".xml". Whoever loads the file says what is wrong
-/// with it. Throws nothing, whatever the file. Any thread.
+/// Returns the kind of a file by its content: XML by its root element, a picture by its first
+/// bytes, anything else is a sample. The file's MIME type decides only where the content does not:
+/// - XML with an unknown root element or none; without a type of Vexa it is a function;
+/// - content that is neither XML nor a picture nor a sound file; without a type it is a sample;
+/// - a file that is blank, in UTF-16, not regular or unreadable; without a type it is a function if
+///   its name ends in ".xml", else a sample.
+///
+/// The code that loads the file reports its faults. Throws nothing. Any thread.
 DocumentKind KindOf(const std::filesystem::path& path);
 
-/// The types of the files that documents are saved in.
+/// The MIME types of the files of saved documents.
 constexpr const char* kSoundFileType = "text/orvo-Vexa-sound";
 constexpr const char* kFunctionFileType = "text/orvo-Vexa-function";
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Looking up elements by name below an element of a document.
+// Looks up elements by name in the subtree of an element of a document.
 #pragma once
 
 #include "xml/MXFragment.h"
@@ -11,31 +11,33 @@
 
 namespace vexa {
 
-/// Returns "<NAME>", fit for a message.
+/// Returns "<NAME>", made fit for a message by kits::Shown.
 std::string Tag(std::string_view name);
 
-/// Returns the first child that is an element of that name, be it an empty one; null if there is
-/// none.
+/// Returns the first child element with that name, which may be an MX_EMPTY_ELEMENT; null if there
+/// is none.
 const MXFragment* ChildNamed(const MXFragment& parent, std::string_view name);
 
-/// Finds the first element of each of some names in an element's subtree, in document order and the
-/// element itself included. All are found in one walk, so that looking up costs no more than the
-/// document is long, whatever is missing in it. Any thread, one at a time.
+/// Finds the first MX_ELEMENT with each of several names in the subtree of an element, itself
+/// included, in document order. One walk finds all of them, so the cost is at most proportional to
+/// the subtree, even if elements are missing. Any thread, one at a time.
 class ElementScope {
   public:
-    /// Walks through the subtree of `scope`. A null `scope` is an element that is missing: nothing
-    /// is found in it, and nothing more is said about it. `scope` and `remarks` must outlive this.
+    /// Walks through the subtree of `scope`. A null `scope` means that the element itself is
+    /// missing: nothing is found, and no further remarks are added. `scope` and `remarks` must
+    /// outlive this object.
     ElementScope(const MXFragment* scope, std::vector<std::string_view> names, Remarks& remarks);
 
-    /// Returns the element, or null; `name` is one of the names.
+    /// Returns the element, or null if it is missing; `name` is one of the constructor's names.
     const MXFragment* Find(std::string_view name) const;
-    /// Returns the same, and adds a remark if it is missing.
+    /// Does the same, and adds a remark if the element is missing.
     const MXFragment* Element(std::string_view name) const;
-    /// Sets the field to the element's text, and says where the element holds more than that. A
-    /// missing element leaves the field as it is, with a remark. Returns the element.
+    /// Sets the field to the element's text, and adds a remark if the element also contains
+    /// elements or CDATA sections. A missing element adds a remark and leaves the field unchanged.
+    /// Returns the element, or null.
     const MXFragment* ReadText(std::string_view name, std::string& field) const;
-    /// Does the same for a field that holds a number, or that of a controller, and says where the
-    /// text is none, or not as a whole. The text is taken as it stands.
+    /// Does the same for a field with a float, or with a controller number if `controller` is true,
+    /// and adds a remark if NumberDoubt finds the text odd. The field gets the text unchanged.
     void ReadNumber(std::string_view name, std::string& field, bool controller = false) const;
 
   private:

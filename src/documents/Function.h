@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A plane function as a document holds it: the texts of the window's fields.
+// A plane function as a document stores it: the texts of the window's fields.
 #pragma once
 
 #include "synth/Macros.h"
@@ -10,23 +10,23 @@
 
 namespace vexa {
 
-/// What a plane function is made from.
+/// The source that a plane function is made from.
 enum class FunctionKind { Expression, Sample, Picture };
 
-/// The name of the author of what was edited since it was loaded.
+/// The author of a new document, and of one that was edited after loading.
 constexpr const char* kDefaultAuthor = "Beta User";
 
-/// Elements of a document that this version does not know, as XML. They are written back after
-/// those that it knows.
+/// The elements of a document that this version does not know, as XML. They are written back after
+/// the known ones.
 struct KeptElements {
-    /// The children of the document's element, and those of its element "info".
+    /// The unknown children of the document's element, and of its element "info".
     std::string root;
     std::string info;
     bool operator==(const KeptElements&) const = default;
 };
 
-/// Where the plane function comes from and how the plane view shows it. The texts are as they were
-/// typed, and none of them is known to be valid. The values here are those of a fresh window.
+/// The source of the plane function, and the part of the plane that the plane view shows. The texts
+/// are kept as typed and may be invalid. The initial values are those of a new window.
 struct Function {
     /// The texts of a point's two fields.
     struct Point {
@@ -44,19 +44,18 @@ struct Function {
 
     FunctionKind kind = FunctionKind::Expression;
     std::string author = kDefaultAuthor;
-    /// The formula in x and y of a function of the kind Expression.
+    /// The formula in x and y; for the kind Expression.
     std::string expression = "(5*(x*y*y-y*x*x)-3*(x-y))/((1+x*x+y*y)*(1+x*x+y*y))";
-    /// The name of a file in the samples folder, or a path from "/", of a function of the kind
-    /// Sample, and the frequency in Hz for which the sample is wound.
+    /// For the kind Sample: the name of a file in the samples folder or an absolute path, and the
+    /// frequency in Hz whose period is one turn of the sample's spiral (SampleFunction.h).
     std::string sampleFile;
     std::string frequency = "440";
-    /// The name of a file in the pictures folder, or a path from "/", of a function of the kind
-    /// Picture.
+    /// For the kind Picture: the name of a file in the pictures folder or an absolute path.
     std::string pictureFile;
-    /// The width of the part of the plane that is shown.
+    /// The width of the visible part of the plane.
     std::string width = "15";
-    /// The point of the plane that is shown at the point of the view, which is relative to the
-    /// view's size (0..1).
+    /// The point `linkFunction` of the plane is shown at the point `linkScreen` of the view, which
+    /// is in fractions (0..1) of the view's width from the left and of its height from the bottom.
     Point linkFunction{"0", "0"};
     Point linkScreen{"0.5", "0.5"};
     /// The texts of the macros a to d.
@@ -67,8 +66,8 @@ struct Function {
     bool operator==(const Function&) const = default;
 };
 
-/// Returns the text that the function of its kind is made from: the expression, or the name of the
-/// file.
+/// Returns the text of the function's source, depending on its kind: the expression, or the name of
+/// the file.
 inline const std::string& SourceOf(const Function& function) {
     switch (function.kind) {
     case FunctionKind::Sample:

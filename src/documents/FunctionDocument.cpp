@@ -13,8 +13,9 @@ namespace vexa {
 
 namespace {
 
-/// The children of a function element. A picture's is no element of the other kinds', which keep it
-/// as what they do not know, and the other way round.
+/// The known children of the elements of expressions and samples, and of pictures. A child that
+/// only the other list has is unknown, and is kept: for example "picturefile" in a sample's
+/// element.
 constexpr std::string_view kKnown[] = {"info",      "expression", "samplefile",
                                        "frequency", "display",    "macros"};
 constexpr std::string_view kKnownOfPicture[] = {"info", "picturefile", "display", "macros"};
@@ -38,7 +39,7 @@ void ReadPoint(const MXFragment* element, Function::Point& point, Remarks& remar
     scope.ReadNumber("y", point.y);
 }
 
-/// The name of a macro's value, and that of its controller.
+/// The names of the elements of a macro's value and of its controller.
 struct MacroNames {
     const char* value;
     const char* controller;
@@ -46,7 +47,8 @@ struct MacroNames {
 constexpr std::array<MacroNames, kMacros> kMacroNames{
     {{"a", "actl"}, {"b", "bctl"}, {"c", "cctl"}, {"d", "dctl"}}};
 
-/// What is as in a fresh function is left out, and the whole element where all is.
+/// Appends the element "macros" with the texts that differ from those of a new function; no element
+/// if all texts are equal.
 void AdoptMacros(MXFragment& root, const Function& function) {
     const Function fresh;
     if (function.macros == fresh.macros)
@@ -149,7 +151,7 @@ kits::Result<void> InterpretFunction(const MXFragment& root, Function& function,
     display.ReadNumber("width", function.width);
     ReadPoint(display.Element("linkfunction"), function.linkFunction, remarks);
     ReadPoint(display.Element("linkscreenrel"), function.linkScreen, remarks);
-    // Not in an unknown element, which may hold anything.
+    // Only a child of the root counts, because unknown elements may contain any element.
     ReadMacros(ChildNamed(root, "macros"), function, remarks);
     return {};
 }

@@ -7,11 +7,11 @@
 
 namespace vexa {
 
-/// The alert for a document that has no function.
+/// The alert for a document without a function.
 constexpr const char* kInvalidFunction = "This is not a valid function.";
 
-/// The element of each kind of functions, in the order in which a sound that has several of them is
-/// looked through.
+/// The name of the element for each kind of function. If a sound has elements of several kinds, the
+/// first kind in this order is read.
 struct FunctionElement {
     FunctionKind kind;
     const char* name;
@@ -19,26 +19,27 @@ struct FunctionElement {
 constexpr FunctionElement kFunctionElements[] = {{FunctionKind::Expression, "vexafunction"},
                                                  {FunctionKind::Sample, "vexasamplefunction"},
                                                  {FunctionKind::Picture, "vexapicturefunction"}};
-/// Returns their names as tags, for a message that one of them was expected.
+/// Returns these names as tags, for a message that one of them was expected.
 std::string FunctionTags();
 
 /// Returns the name of the element for the function's kind.
 const char* RootName(const Function& function);
-/// Makes the element that holds the whole function, and what was kept of the document it came from.
+/// Makes the element of the whole function, including the unknown elements that were kept.
 std::unique_ptr<MXFragment> ConstructFunctionElement(const Function& function);
 
-/// Takes the texts of a function element over, and what else is kept of it. What the element lacks
-/// stays as it is in `function` and is a remark, and so is a text that is not the number that it
-/// should be. An element of no kind is refused, with kInvalidFunction; nothing is changed
-/// then.
+/// Reads the texts and the unknown elements of a function element into `function`. A missing
+/// element leaves its texts in `function` unchanged and adds a remark; a missing macro text gets
+/// its initial value without a remark. A text that should be a number and is not adds a remark. An
+/// element that is not one of kFunctionElements is refused with kInvalidFunction, and `function`
+/// remains unchanged.
 kits::Result<void> InterpretFunction(const MXFragment& root, Function& function, Remarks& remarks);
 
-/// Reads the function at `path`, `startFrom` for what it lacks. What is to be said about a function
-/// that is taken replaces `warnings`, where there are any. Any thread.
+/// Reads the function at `path`. Texts that it lacks are taken from `startFrom`. `warnings` is that
+/// of ReadValue. Any thread.
 kits::Result<Function> ReadFunction(const std::filesystem::path& path, const Function& startFrom,
                                     Warnings* warnings = nullptr);
 
-/// Writes the function as the document at `path`, or leaves the file as it was. Any thread.
+/// Writes the function as the document at `path`; an error leaves the file unchanged. Any thread.
 kits::Result<void> WriteFunction(const std::filesystem::path& path, const Function& function);
 
 } // namespace vexa

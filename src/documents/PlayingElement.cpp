@@ -9,11 +9,11 @@ namespace vexa {
 
 namespace {
 
-/// In the order of kSoundInfoNames.
+/// The members of SoundInfo in the order of kSoundInfoNames.
 constexpr std::optional<std::string> SoundInfo::*kInfoTexts[] = {
     &SoundInfo::name, &SoundInfo::category, &SoundInfo::tags, &SoundInfo::comment};
 
-/// The text of the child of that name; nothing where there is none.
+/// Returns the text of the first child with that name; std::nullopt if there is none.
 std::optional<std::string> ChildText(const MXFragment& parent, std::string_view name,
                                      Remarks& remarks) {
     const MXFragment* child = ChildNamed(parent, name);

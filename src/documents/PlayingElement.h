@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What a sound document says of the player and of the listener: "playing", and more in "info".
+// The elements of a sound document that serve the player and the listener: "playing" with its
+// children, and the children of "info" besides the author.
 #pragma once
 
 #include "documents/DocumentFile.h"
@@ -7,21 +8,23 @@
 
 namespace vexa {
 
-/// The name of the element that says how a sound is played.
+/// The name of the element with the settings of how a sound is played.
 constexpr const char* kPlaying = "playing";
-/// The elements of "info" that are a sound's own, in the order in which they are written.
+/// The children of "info" that only sounds have, in the order in which they are written.
 constexpr std::string_view kSoundInfoNames[] = {"name", "category", "tags", "comment"};
 
-/// Makes the element "playing" of the texts that there are. Any thread, as all here.
+// All functions below may be called in any thread.
+
+/// Makes the element "playing", with a child for each text that is not absent.
 std::unique_ptr<MXFragment> ConstructPlayingElement(const PlayingTexts& playing);
-/// Returns the texts of the children of an element "playing". A text that means no value is kept,
-/// and told to `remarks`.
+/// Returns the texts of the children of an element "playing". An invalid text is kept and adds a
+/// remark.
 PlayingTexts ReadPlaying(const MXFragment& element, Remarks& remarks);
 
-/// Appends to an element "info" what the sound says there.
+/// Appends the children of kSoundInfoNames to an element "info", except absent ones.
 void AdoptSoundInfo(MXFragment& element, const SoundInfo& info);
-/// Returns the texts of the children of an element "info". An unknown category is kept, and told to
-/// `remarks`.
+/// Returns the texts of these children of an element "info". An unknown category is kept and adds a
+/// remark.
 SoundInfo ReadSoundInfo(const MXFragment& element, Remarks& remarks);
 
 } // namespace vexa

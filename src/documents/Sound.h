@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A whole sound as a document holds it.
+// A whole sound as a document stores it.
 #pragma once
 
 #include "documents/Function.h"
@@ -14,21 +14,21 @@
 
 namespace vexa {
 
-/// What the element "info" may say of a sound besides its author. An element that is not there is
-/// no text, not an empty one.
+/// The optional children of the element "info" besides the author. An absent child is std::nullopt,
+/// which differs from an empty text.
 struct SoundInfo {
-    /// What lists show in place of the file's name.
+    /// The name that lists show instead of the file's name.
     std::optional<std::string> name;
     /// One of kCategories, or a word that this version does not know.
     std::optional<std::string> category;
-    /// Words that are separated by commas.
+    /// Words separated by commas.
     std::optional<std::string> tags;
     std::optional<std::string> comment;
 
     bool operator==(const SoundInfo&) const = default;
 };
 
-/// The categories in which lists sort sounds.
+/// The categories of sounds in lists.
 constexpr std::string_view kCategories[] = {"bass",  "lead",       "pad",     "keys",  "bell",
                                             "pluck", "percussion", "texture", "effect"};
 
@@ -36,16 +36,16 @@ constexpr std::string_view kCategories[] = {"bass",  "lead",       "pad",     "k
 struct PlayingTexts {
     PlayingTexts();
 
-    /// A text for each row of PlayingRows(); nothing for a row that the element does not have.
+    /// A text for each row of PlayingRows(); std::nullopt if the element lacks the row.
     std::vector<std::optional<std::string>> texts;
-    /// Elements that this version does not know, as XML.
+    /// The children that this version does not know, as XML.
     std::string kept;
 
     bool operator==(const PlayingTexts&) const = default;
 };
 
-/// A sound. Its texts are as they were typed, and none of them is known to be valid. A new sound
-/// holds what a fresh window does.
+/// A sound. Its texts are kept as typed and may be invalid. A new sound has the values of a new
+/// window.
 struct Sound {
     Sound();
 
@@ -56,7 +56,7 @@ struct Sound {
     std::vector<std::string> texts;
     /// The envelopes' points, in the order of EnvelopePlaces().
     std::array<std::vector<EnvPoint>, 4> envelopes;
-    /// How the sound is played, where it says so itself.
+    /// The settings of how the sound is played; std::nullopt if the sound has none.
     std::optional<PlayingTexts> playing;
     KeptElements kept;
 

@@ -20,11 +20,12 @@ namespace {
 
 constexpr const char* kPoint = "envpoint";
 constexpr const char* kPoints = "envdata";
-/// The attribute "fku" of a release point; with any other text it is a key-down point.
+/// The values of a point's attribute "fku" for a release point and for a key-down point. Any text
+/// except "true" is read as a key-down point.
 constexpr const char* kReleased = "true";
 constexpr const char* kKeyDown = "false";
 
-/// The groups of coefficients, in order.
+/// Returns the names of the groups of coefficients, in the order of Parameters().
 std::vector<std::string_view> Groups() {
     std::vector<std::string_view> groups;
     for (const Parameter& row : Parameters()) {
@@ -38,7 +39,7 @@ std::size_t IndexOf(const Parameter& row) {
     return static_cast<std::size_t>(&row - Parameters().data());
 }
 
-/// The sound's envelope that belongs to a group; null if it has none.
+/// Returns the envelope points of a group in the sound; null if the group has no envelope.
 template<class SoundType>
 auto* EnvelopeOf(std::string_view group, SoundType& sound) {
     const auto places = EnvelopePlaces();
@@ -77,7 +78,7 @@ EnvPoint PointOf(const MXFragment& element) {
     return {number("t"), AttributeOf(element, "fku") == kReleased, number("val")};
 }
 
-/// What is wrong with an attribute's text that should be a number of a point.
+/// Returns the fault of the text of a numeric attribute of a point; empty if it has none.
 std::string NumberFault(const std::string& text) {
     if (!std::isfinite(static_cast<float>(kits::NumberOf(text))))
         return kits::Quoted(text) + " is not finite and counts as 0";
@@ -91,7 +92,7 @@ std::string ReleaseFault(const std::string& text) {
            ", which counts as \"false\"";
 }
 
-/// What a person can hardly have meant by a point, in the order of its attributes.
+/// Returns the probable mistakes in a point, in the order t, val, fku; empty if there are none.
 std::string FaultsOf(const MXFragment& element) {
     if (element.Type() == MX_ELEMENT)
         return "expected an element that ends in \"/>\"; this one is not read";
@@ -182,7 +183,7 @@ kits::Result<void> InterpretSound(const MXFragment& root, Sound& sound, Remarks&
     const MXFragment* info = parts.Element("info");
     InterpretInfoElement(info, sound.author, sound.kept, remarks, kSoundInfoNames);
     sound.info = info ? ReadSoundInfo(*info, remarks) : SoundInfo();
-    // The children of a function that stands for a whole sound are the function's.
+    // If the root is a function element in place of a sound, its children belong to the function.
     sound.kept.root = "";
     sound.playing.reset();
     if (root.name != kSoundElement)
@@ -227,7 +228,8 @@ kits::Result<Sound> SoundOfText(const std::string& text) try {
                         {StatusText(document.Status())});
     if (!document.root)
         return kits::At({"sound"}, {"expected a root element, found none"});
-    // Unclosed elements are read over in files; here they mean that a part is missing.
+    // In files an element without an end tag is accepted; here it means that the text is
+    // incomplete.
     const std::string end = "</" + std::string(std::string_view(document.root->name)) + ">";
     const std::size_t last = text.find_last_not_of(" \t\r\n");
     if (!std::string_view(text).substr(0, last + 1).ends_with(end))

@@ -7,7 +7,7 @@
 
 namespace vexa {
 
-/// Makes the element that holds the whole sound, and what was kept of the document it came from.
+/// Makes the element of the whole sound, including the unknown elements that were kept.
 std::unique_ptr<MXFragment> ConstructSoundElement(const Sound& sound);
 /// Makes the element "envdata" with an element for each point of an envelope.
 std::unique_ptr<MXFragment> ConstructEnvdataElement(const std::vector<EnvPoint>& points);
@@ -15,35 +15,35 @@ std::unique_ptr<MXFragment> ConstructEnvdataElement(const std::vector<EnvPoint>&
 /// The name of the element of a sound.
 constexpr const char* kSoundElement = "vexasound";
 
-/// The alert for a document that has no sound.
+/// The alert for a document without a sound.
 constexpr const char* kInvalidSound = "This is not a valid sound.";
 
-/// Takes the function, the texts and the points of a sound element over, each from the first
-/// element of its name, wherever it stands, and what else is kept of it. What the element lacks
-/// stays as it is in `sound` and is a remark, and so is a text that is not the number that it
-/// should be. An element without a function is refused, with kInvalidSound; nothing is changed
-/// then.
+/// Reads the function, the texts, the points and the unknown elements of a sound element into
+/// `sound`. The function, the groups of coefficients and "info" are each read from the first
+/// element of that name at any depth. A missing element leaves its values in `sound` unchanged and
+/// adds a remark; optional texts ("playing" and those of SoundInfo and the macros) are reset
+/// instead. A text that should be a number and is not adds a remark. An element without a function
+/// is refused with kInvalidSound, and `sound` remains unchanged.
 kits::Result<void> InterpretSound(const MXFragment& root, Sound& sound, Remarks& remarks);
 
-/// Replaces the points by those of an element "envdata", in its order. A time or a value that is
-/// missing or not a finite number is read as 0, and what is not "true" as a point of the key that
-/// is down. All that a person can hardly have meant is a remark.
+/// Replaces the points by those of an element "envdata", in document order. A time or value that is
+/// missing or not a finite number is read as 0. A point is a release point if its attribute "fku"
+/// is "true", else a key-down point. Each probable mistake adds a remark.
 void InterpretEnvdataElement(const MXFragment& envdata, std::vector<EnvPoint>& points,
                              Remarks& remarks);
 
-/// Reads the sound at `path`, that of a new Sound for what it lacks, whatever was loaded before.
-/// What is to be said about a sound that is taken replaces `warnings`, where there are any. Any
-/// thread.
+/// Reads the sound at `path`. Texts and points that it lacks are those of a new Sound, regardless
+/// of any sound that was loaded before. `warnings` is that of ReadValue. Any thread.
 kits::Result<Sound> ReadSound(const std::filesystem::path& path, Warnings* warnings = nullptr);
 
-/// Writes the sound as the document at `path`, or leaves the file as it was. Any thread.
+/// Writes the sound as the document at `path`; an error leaves the file unchanged. Any thread.
 kits::Result<void> WriteSound(const std::filesystem::path& path, const Sound& sound);
 
-/// Reads the sound of a document's text, as ReadSound does; a text that ends early or has another
-/// fault is refused as a whole. Any thread.
+/// Reads a sound from a document's text, like ReadSound, but refuses a text that is incomplete or
+/// that the parser cannot read to its end. Any thread.
 kits::Result<Sound> SoundOfText(const std::string& text);
 
-/// Returns what WriteSound writes. Any thread.
+/// Returns the text that WriteSound writes. Any thread.
 std::string SoundText(const Sound& sound);
 
 } // namespace vexa

@@ -19,7 +19,7 @@ struct Slip {
     std::string_view advice;
 };
 
-/// Names of other languages, in small letters.
+/// Names from other languages and from habit, in small letters.
 constexpr auto kNames = std::to_array<Slip>({
     {"pi", "write M_PI"},
     {"tau", "write 2*M_PI"},
@@ -57,7 +57,7 @@ constexpr auto kNames = std::to_array<Slip>({
     {"theta", "write atan2(y, x)"},
 });
 
-/// Signs, of which a token holds the beginning.
+/// Signs of other notations. The refused token holds only the first byte of a sign.
 constexpr auto kSigns = std::to_array<Slip>({
     {"\xc3\x97", "to multiply write *"},
     {"\xc2\xb7", "to multiply write *"},
@@ -89,8 +89,8 @@ std::vector<std::string_view> KnownNames() {
     return names;
 }
 
-/// Characters to set, take out, replace or exchange with their neighbour, small and capital ones
-/// being the same, until one name is the other.
+/// Returns the number of edits that turn one name into the other, ignoring case: a character is
+/// inserted, deleted or replaced, or two neighbours are exchanged.
 std::size_t Distance(std::string_view a, std::string_view b) {
     const auto same = [](char one, char other) { return (one | 0x20) == (other | 0x20); };
     std::vector<std::vector<std::size_t>> rows(a.size() + 1,
@@ -108,7 +108,7 @@ std::size_t Distance(std::string_view a, std::string_view b) {
     return rows.back().back();
 }
 
-/// For a word that is no name.
+/// Returns the advice for a word that is not a known name, or an empty text.
 std::string NameAdvice(std::string_view word) {
     std::string lower(word);
     std::transform(lower.begin(), lower.end(), lower.begin(), [](char letter) {
@@ -118,7 +118,8 @@ std::string NameAdvice(std::string_view word) {
         if (slip.written == lower)
             return std::string(slip.advice);
     }
-    // Longer than any name that could be meant, or a word of a type that there is not.
+    // There is no advice for a single letter, a word longer than any name, or a misplaced word of a
+    // type.
     if (word.size() < 2 || word.size() > 20 || IsTypeWord(word))
         return "";
     // "xy" is the product of two names.
@@ -128,7 +129,7 @@ std::string NameAdvice(std::string_view word) {
             product += product.empty() ? std::string{letter} : std::string{'*', letter};
         return "to multiply write " + product.substr(0, 20);
     }
-    // Among those that are as near, one of the same length.
+    // Among equally near names, one of the same length wins.
     std::string_view nearest;
     std::size_t least = 2 * (1 + word.size() / 4) + 2;
     for (const std::string_view name : KnownNames()) {
@@ -147,7 +148,7 @@ bool IsWord(const Token& token, std::string_view& name) {
     return token.kind == Token::Kind::word;
 }
 
-/// "2x", where C sees one number that is none.
+/// Returns the advice for text such as "2x", which C reads as one malformed number.
 std::string ProductAdvice(std::string_view number) {
     constexpr std::string_view kHexadecimal = "0123456789abcdefABCDEF";
     if ((number.starts_with("0x") || number.starts_with("0X")) && number.size() > 2 &&
@@ -166,7 +167,8 @@ bool HasMoreClosing(std::string_view text) {
     return std::count(text.begin(), text.end(), ')') > std::count(text.begin(), text.end(), '(');
 }
 
-/// Where the innermost parenthesis that is not closed stands, counted from 1; 0 if all are.
+/// Returns the position, counted from 1, of the innermost parenthesis that is not closed; 0 if all
+/// are.
 std::size_t Unclosed(std::string_view text) {
     std::vector<std::size_t> open;
     for (std::size_t i = 0; i < text.size(); i++) {
@@ -223,7 +225,7 @@ std::string AdviceFor(std::string_view formula, const ExpressionFault& fault) {
         return "for a power write pow(x, 2)";
     if (here.text == "|")
         return "for a magnitude write fabs(x)";
-    // A name stands where one may, or an operator is missing before it.
+    // Either a name stands where one may, or an operator is missing before it.
     if (IsWord(here, name) && !EndsOperand(before)) {
         const std::vector<std::string_view> known = KnownNames();
         const bool isKnown = std::find(known.begin(), known.end(), name) != known.end();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This guesses what people mean who write a formula otherwise than C does.
+// Advice on common slips of people who write a formula otherwise than C does.
 #pragma once
 
 #include "formula/ExpressionFault.h"
@@ -9,8 +9,8 @@
 
 namespace vexa::formula {
 
-/// Returns a sentence that tells how to write what stands at the fault, where it is a usual slip;
-/// otherwise an empty text.
+/// Returns a sentence that says how to write the part of the formula at the fault if it is a common
+/// slip; otherwise an empty text.
 std::string AdviceFor(std::string_view formula, const ExpressionFault& fault);
 
 } // namespace vexa::formula

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A fault tells what is wrong with an expression.
+// The reason and the position of an error in an expression.
 #pragma once
 
 #include <cstddef>
@@ -9,21 +9,22 @@
 
 namespace vexa {
 
-/// The reason why an expression is refused, in words, and the byte at which it lies, from 0.
+/// The reason for which an expression is refused, in words, and the index of the byte at fault.
 struct ExpressionFault {
     std::size_t position = 0;
     std::string reason;
-    /// What the author may have meant, as a sentence that tells how to write it; often empty.
+    /// A sentence that says how to write what the author probably meant; often empty.
     std::string advice{};
 };
 
-/// The place, as a person counts characters, and the reason; the advice on a line of its own.
+/// Returns the position, as characters are counted from 1, and the reason. The advice follows on a
+/// line of its own.
 inline std::string Text(const ExpressionFault& fault) {
     return "character " + std::to_string(fault.position + 1) + ": " + fault.reason +
            (fault.advice.empty() ? "" : "\n" + fault.advice);
 }
 
-/// Collects the faults of an expression, of which it keeps the first.
+/// Receives the faults of an expression and keeps only the first.
 class Refusals {
   public:
     void At(std::size_t position, std::string reason, std::string advice = "") {

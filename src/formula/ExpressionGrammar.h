@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The grammar of expressions, which is a part of C's.
+// The grammar of expressions, a subset of C's.
 //
-// It consists of numbers and names; the operators + - ! ~ of one operand; * / % + - << >> < > <= >=
-// == != & ^ | && || ?:; parentheses and casts to arithmetic types; and calls of functions. Blanks
-// and tabs separate. What these mean is the business of the actions.
+// An expression consists of numbers and names; the unary operators + - ! ~; the operators
+// * / % + - << >> < > <= >= == != & ^ | && || ?:; parentheses and casts to arithmetic types; and
+// calls of functions. Blanks and tabs separate tokens. The actions define the meaning.
 #pragma once
 
 #include "formula/ExpressionFault.h"
@@ -20,23 +20,23 @@
 
 namespace vexa {
 
-/// Recursive descent, in time proportional to the length and with bounded stack. After the first
-/// fault it sees the end of the text and acts no more.
+/// A recursive-descent parser, which takes time proportional to the length, and bounded stack.
+/// After the first fault it behaves as at the end of the text and calls no more actions.
 ///
-/// Actions are a class with a type Part, what is known of a part of the expression, and
+/// `Actions` is a class with a type Part, which holds what is known of a part of the expression,
+/// and the following functions, which may refuse an expression too. Positions are those of
+/// operators, signs, names and arguments.
 ///
 ///     Part Number(const Token&)
-///     std::optional<Part> Name(const Token&)       nothing if it is no name of a number
-///     const MathFunction* Function(std::string_view)  null if it is no name of a function
+///     std::optional<Part> Name(const Token&)       nothing if it does not name a number
+///     const MathFunction* Function(std::string_view)  null if it does not name a function
 ///     void Argument(const MathFunction&, int index, const Part&, std::size_t position)
 ///     Part Call(const MathFunction&, const Token& name, const std::vector<Part>&)
 ///     Part Sign(const Token& sign, const Part&)
 ///     Part Binary(const BinaryOperator&, const Part&, const Part&, std::size_t position)
 ///     Part Choice(const Part& condition, const Part&, const Part&)
 ///     Part Cast(const ArithmeticType&, const Part&)
-///     std::string NameFault(const Token&)          why a word is none of them
-///
-/// which may refuse too. Positions are those of operators, signs, names and arguments.
+///     std::string NameFault(const Token&)          why a word is not a known name
 template<class Actions>
 class ExpressionGrammar {
   public:
@@ -45,7 +45,8 @@ class ExpressionGrammar {
     ExpressionGrammar(std::string_view text, Actions& actions, Refusals& refusals)
         : text(text), tokens(text), actions(actions), refusals(refusals) {}
 
-    /// The whole expression, where nothing is refused.
+    /// Parses the whole text and returns the Part of the expression; the Part is meaningless after
+    /// a fault.
     Part Run() {
         if (text.size() > kLongestExpression) {
             refusals.At(kLongestExpression, "the expression is longer than " +
@@ -91,7 +92,7 @@ class ExpressionGrammar {
             Refuse(token.reason);
     }
 
-    /// Returns what an action makes of its operands; nothing after a fault.
+    /// Returns the result of an action, or an empty Part after a fault.
     template<class Action>
     Part Act(const Action& action) {
         if (refusals)
@@ -115,7 +116,7 @@ class ExpressionGrammar {
         if (!Accept(punctuator))
             Refuse(kits::Quoted(punctuator) + " is expected before " + Here());
     }
-    /// Returns the token in words.
+    /// Describes the current token for a message.
     std::string Here() const {
         return token.kind == Token::Kind::end ? "the end" : kits::Quoted(token.text);
     }
@@ -169,7 +170,7 @@ class ExpressionGrammar {
         return {};
     }
 
-    /// Reads what follows '(': a cast's type and operand, or an expression.
+    /// Reads the text after '(': either the type and the operand of a cast, or an expression.
     Part Parenthesis() {
         const Level level(*this);
         if (token.kind == Token::Kind::word && IsTypeWord(token.text)) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// These limits say how large an expression may be.
+// The limits of an expression's size.
 #pragma once
 
 #include <cstddef>
@@ -8,10 +8,10 @@ namespace vexa {
 
 /// The longest expression, in bytes.
 constexpr std::size_t kLongestExpression = 65536;
-/// Deepest nesting of parentheses, calls, signs, casts and ?:, which readers follow with a deeper
-/// stack.
+/// The deepest nesting of parentheses, calls, signs, casts and ?:, each level of which takes stack
+/// in whatever reads the expression.
 constexpr int kDeepestExpression = 256;
-/// Highest order of jn and yn, whose running time is proportional to it.
+/// The highest order of jn and yn, whose running time is proportional to the order.
 constexpr int kHighestOrder = 100;
 
 } // namespace vexa

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The operators of two operands that an expression may have.
+// The binary operators that an expression may contain.
 #pragma once
 
 #include <algorithm>
@@ -10,9 +10,9 @@ namespace vexa {
 
 struct BinaryOperator {
     std::string_view text;
-    /// The higher, the closer it binds.
+    /// An operator of higher precedence binds more tightly.
     int precedence;
-    /// True where the result is an integer whatever the operands are.
+    /// True if the result is an integer for operands of any type.
     bool integer;
 };
 

@@ -13,7 +13,7 @@ namespace vexa {
 
 namespace {
 
-// The classes of the C locale, whatever locale the program runs in.
+// The character classes of the C locale, independent of the program's locale.
 constexpr std::string_view kOctal = "01234567";
 constexpr std::string_view kDecimal = "0123456789";
 constexpr std::string_view kHexadecimal = "0123456789abcdefABCDEF";
@@ -25,11 +25,9 @@ bool IsIn(char character, std::string_view set) {
 
 struct Punctuator {
     std::string_view text;
-    /// Null if expressions may contain it.
+    /// The reason for refusing it; null if expressions may contain it.
     const char* reason;
 };
-
-/// Bytes of a token that a message repeats.
 
 constexpr const char* kAssignment = "nothing can be assigned in an expression";
 constexpr const char* kPreprocessor = "the preprocessor cannot be used in an expression";
@@ -37,7 +35,7 @@ constexpr const char* kComment = "an expression has no comments";
 constexpr const char* kBracket = "brackets and braces have no place in an expression";
 constexpr const char* kText = "an expression has no texts or characters";
 
-/// Punctuators that begin with others stand before them.
+/// A punctuator stands before all shorter ones with which it begins.
 constexpr auto kPunctuators = std::to_array<Punctuator>({
     {"<<=", kAssignment},
     {">>=", kAssignment},
@@ -97,7 +95,7 @@ constexpr auto kPunctuators = std::to_array<Punctuator>({
     {",", nullptr},
 });
 
-/// Takes a number apart from left to right.
+/// Reads the parts of a number from left to right.
 class NumberText {
   public:
     explicit NumberText(std::string_view rest) : rest(rest) {}
@@ -118,7 +116,7 @@ class NumberText {
     std::string_view rest;
 };
 
-/// Accepts what may follow the digits of a whole number.
+/// Returns true for a valid suffix of an integer, which may be empty.
 bool IsIntegerSuffix(std::string_view text) {
     constexpr auto kLong = std::to_array<std::string_view>({"l", "L", "ll", "LL", ""});
     if (text.starts_with('u') || text.starts_with('U'))
@@ -128,8 +126,8 @@ bool IsIntegerSuffix(std::string_view text) {
     return std::find(kLong.begin(), kLong.end(), text) != kLong.end();
 }
 
-/// Fills in what kind of number the token is; false if C has no such number. Imaginary and binary
-/// numbers, which compilers add to C, are not numbers here.
+/// Sets `integer` and `written` of a number token; returns false if C has no such number. Imaginary
+/// and binary numbers, which compilers add to C, are refused.
 bool ReadNumber(Token& token) {
     NumberText number(token.text);
     const bool hexadecimal = token.text.starts_with("0x") || token.text.starts_with("0X");
@@ -167,8 +165,8 @@ bool ReadNumber(Token& token) {
     return IsIntegerSuffix(number.Rest());
 }
 
-/// True where a whole number fits none of C's types. What is decimal and has no u at its end is
-/// signed; for a larger one gcc takes 128 bits, which need a library of its own.
+/// Returns true if an integer fits none of C's types. A decimal number without the suffix u is
+/// signed; for a larger one gcc takes 128 bits, which need a library of their own.
 bool IsTooLarge(const Token& token) {
     if (!token.integer || !token.written)
         return token.integer;
@@ -177,8 +175,8 @@ bool IsTooLarge(const Token& token) {
     return decimal && isSigned && *token.written > std::numeric_limits<long long>::max();
 }
 
-/// The length of what C takes for a number at the start of `text`, well-formed or not: "0x1e+5" is
-/// one token and no number.
+/// Returns the length of the text at the start of `text` that C reads as a number, well-formed or
+/// not: "0x1e+5" is one token but not a valid number.
 std::size_t NumberLength(std::string_view text) {
     std::size_t length = 1;
     while (length < text.size()) {
@@ -258,7 +256,7 @@ bool IsTypeWord(std::string_view word) {
 std::optional<ArithmeticType> TypeOfWords(std::span<const std::string_view> words) {
     using enum ArithmeticType::Kind;
     struct Row {
-        /// The words in alphabetical order; C takes them in any.
+        /// The words in alphabetical order; C allows any order.
         std::string_view words;
         ArithmeticType type;
     };

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// An expression cut into the tokens of C.
+// Splits an expression into the tokens of C.
 #pragma once
 
 #include <cstddef>
@@ -16,16 +16,17 @@ struct Token {
     /// The token as it stands in the expression, and the byte at which it begins.
     std::string_view text;
     std::size_t position = 0;
-    /// True for a number that is a whole one in C; then its value follows if it fits.
+    /// True if the token is an integer constant of C. `written` is then its value, if 64 bits hold
+    /// it.
     bool integer = false;
     std::optional<unsigned long long> written;
-    /// The reason why no expression may contain it.
+    /// The reason why the token is refused.
     std::string reason;
 };
 
-/// Reads an expression from left to right. Each token is the longest that C would take there, so
-/// what the checker sees is what the compiler sees. Tokens of C that have no place in an expression
-/// of numbers are refused, as is every other byte.
+/// Reads an expression from left to right. Each token is the longest that C would read there, so
+/// that CheckExpression sees the same tokens as the compiler. Tokens of C that do not belong in an
+/// expression of numbers are refused, and so is every other byte.
 class ExpressionTokens {
   public:
     /// Begins at the text's start; `text` outlives this and all tokens.
@@ -39,16 +40,16 @@ class ExpressionTokens {
     std::size_t position = 0;
 };
 
-/// True where a word is one of those that make up the name of an arithmetic type.
+/// Returns true if the word can be part of the name of an arithmetic type.
 bool IsTypeWord(std::string_view word);
 
 /// An arithmetic type that a cast may name.
 struct ArithmeticType {
     enum class Kind { boolean, integer, floating };
     Kind kind;
-    /// A long double has those of a double.
+    /// A long double counts as a double of 64 bits.
     int bits;
-    /// A char has a sign.
+    /// A plain char is signed.
     bool isSigned = true;
 };
 

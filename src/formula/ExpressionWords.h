@@ -8,13 +8,13 @@
 
 namespace vexa {
 
-/// A function, or a macro that is used like one, of the C maths library.
+/// A function of the C maths library, or a macro of its header that is called like a function.
 struct MathFunction {
     std::string_view name;
     int arguments = 1;
-    /// True where its result is an integer.
+    /// True if the result is an integer.
     bool integer = false;
-    /// True where its first argument is an order n to which its running time is proportional.
+    /// True if the first argument is an order n; the running time is proportional to n.
     bool order = false;
 };
 
@@ -24,20 +24,21 @@ struct MathConstant {
     bool integer = false;
 };
 
-/// Functions that exist for double, for float (name + f) and for long double (name + l); all that
-/// take and return numbers only.
+/// Returns all functions that take and return numbers only. Each exists for double, for float (name
+/// + f) and for long double (name + l).
 std::span<const MathFunction> MathFunctions();
-/// Macros for arguments of any floating type.
+/// Returns the macros, whose arguments may be of any floating type.
 std::span<const MathFunction> MathMacros();
 std::span<const MathConstant> MathConstants();
 
-/// Returns the function or macro called `name`, a function also with an f or l at its end; or null.
+/// Returns the function or macro called `name`, or null. A function is also found with the suffix f
+/// or l.
 const MathFunction* FindMathFunction(std::string_view name);
 const MathConstant* FindMathConstant(std::string_view name);
 
-/// Returns why a word is refused that is none of them.
+/// Returns the reason for refusing a word that is not a known name.
 std::string UnknownName(std::string_view word);
-/// Returns why an order is refused that is none.
+/// Returns the reason for refusing an invalid order.
 std::string OrderFault(const MathFunction& function);
 
 } // namespace vexa

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A formula that is computed by the program itself, without a compiler.
+// A formula that the program computes itself, without a compiler.
 #pragma once
 
 #include "formula/ExpressionFault.h"
@@ -15,21 +15,21 @@
 
 namespace vexa {
 
-/// f(x, y) as a text has it, with C's types and conversions, but that
+/// The function f(x, y) that a text defines, with C's types and conversions, except that
 ///
 /// - a long double is a double, and long has 64 bits;
-/// - what C leaves undefined is defined (formula/Operations.h);
-/// - the macros a to d, vel, key, t and ctl(n) may stand beside x and y; only those that do are
-///   inputs.
+/// - operations that C leaves undefined are defined (formula/Operations.h);
+/// - the macros a to d, vel, key, t and ctl(n) may be used beside x and y; those that are used are
+///   the inputs.
 ///
-/// The values are the same bits on every x86-64 and 64-bit Arm machine, NaNs being all the same,
-/// and those of a block are those of its points. Maths functions are within 4 ulp of their type,
-/// but for
+/// The values have the same bits on every x86-64 and 64-bit Arm machine, where all NaNs count as
+/// equal. A point has the same value in a block as alone. Maths functions are within 4 ulp of their
+/// type, except for
 ///
 /// - j0, j1, jn, y0, y1 and yn, whose error is below 1e-13 of the larger of the value and 1 /
 ///   sqrt(1 + |x|);
-/// - lgamma left of 0, near whose zeros the error is below 1e-15;
-/// - tgamma where it is subnormal, which may be 0.
+/// - lgamma left of 0, whose error near a zero is below 1e-15;
+/// - tgamma where the result is subnormal, which may be returned as 0.
 class Formula final : public PlaneSource {
   public:
     Formula(formula::Program program, bool definedInC)
@@ -37,10 +37,11 @@ class Formula final : public PlaneSource {
 
     /// Returns the estimated time in nanoseconds per point on this machine's instruction set.
     double Cost() const noexcept override { return program.Cost(); }
-    /// Returns how many operations the formula takes for each point.
+    /// Returns the number of operations per point.
     std::size_t Length() const { return program.Length(); }
-    /// True where a compiler makes the same values of the text, as nothing is computed that C
-    /// leaves undefined, but for a division of whole numbers by 0 (functions/ExpressionCheck.h).
+    /// Returns true if a compiled add-on of the text has the same values, because the formula
+    /// computes nothing that C leaves undefined. The exception is a division of integers by 0,
+    /// which functions/ExpressionCheck.h refuses.
     bool IsDefinedInC() const { return definedInC; }
 
     VEXA_REALTIME std::span<const FunctionInput> Inputs() const noexcept override {
@@ -55,7 +56,7 @@ class Formula final : public PlaneSource {
     const bool definedInC;
 };
 
-/// A formula, or what is wrong with its text.
+/// A formula, or the fault of its text.
 struct FormulaOutcome {
     std::shared_ptr<const Formula> formula;
     ExpressionFault fault;
@@ -63,12 +64,12 @@ struct FormulaOutcome {
     explicit operator bool() const { return formula != nullptr; }
 };
 
-/// Makes a formula of the text. Everything that CheckExpression accepts is a formula, but for what
-/// needs more intermediate values at a time than there is room for. It takes time proportional to
-/// the text's length, and bounded stack. Any thread that may allocate.
+/// Makes a formula of the text. Every expression that CheckExpression accepts is a formula, unless
+/// it needs more intermediate values at a time than the workspace holds (formula/Program.h). Takes
+/// time proportional to the text's length, and bounded stack. Any thread that may allocate.
 FormulaOutcome CompileFormula(std::string_view text);
 
-/// Does the same, with a formula that is computed by the loops of one instruction set.
+/// Does the same for a formula that is computed by the loops of one given instruction set.
 FormulaOutcome CompileFormula(std::string_view text, const formula::FormulaLoops& loops);
 
 } // namespace vexa

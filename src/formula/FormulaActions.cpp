@@ -34,11 +34,11 @@ constexpr unsigned kControllers = 128;
 struct Arithmetic {
     std::string_view text;
     Op op;
-    /// It has no meaning for numbers with a fraction.
+    /// True if the operator is not defined for floating-point numbers.
     bool integer = false;
 };
 
-/// Operators whose operands C brings to a common type.
+/// The operators whose operands C converts to a common type.
 constexpr auto kArithmetic = std::to_array<Arithmetic>({
     {"*", Op::Multiply},
     {"/", Op::Divide},
@@ -103,7 +103,7 @@ void FormulaActions::Argument(const MathFunction& function, int index, const Par
     const bool controller = &function == &kController;
     if (index > 0 || (!function.order && !controller))
         return;
-    // A negative number has high bits.
+    // A negative number is too large as well, because its high bits are set.
     const auto number = graph.Known(argument.value);
     const bool whole = number && !IsFloating(graph.TypeOf(argument.value));
     if (controller && (!whole || *number >= kControllers))

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The actions give a formula's text its meaning: each part of it becomes a value of a graph, with
-// C's types.
+// The actions that give a formula's text its meaning: each part of it becomes a value of a Graph,
+// with its type in C.
 #pragma once
 
 #include "formula/ExpressionFault.h"
@@ -16,8 +16,8 @@
 
 namespace vexa::formula {
 
-/// The actions of an ExpressionGrammar. Beside the names of the maths library a formula may use the
-/// macros a to d, vel, key, t and ctl(n).
+/// The actions of an ExpressionGrammar. In addition to the names of the maths library a formula may
+/// use the macros a to d, vel, key, t and ctl(n).
 class FormulaActions {
   public:
     struct Part {
@@ -40,7 +40,7 @@ class FormulaActions {
     std::string NameFault(const Token& word);
 
   private:
-    /// An Int that is 1 where the value is not 0.
+    /// Returns an Int that is 1 if the value is not 0, and otherwise 0.
     Value Truth(Value value);
     Part Input(const Token& word, FunctionInput input);
 
@@ -48,7 +48,7 @@ class FormulaActions {
     Refusals& refusals;
 };
 
-/// The names of what a formula is given, x and y among them.
+/// Returns the names of all inputs of a formula, including x and y.
 std::vector<std::string_view> InputNames();
 
 } // namespace vexa::formula

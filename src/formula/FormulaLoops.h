@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The operations of a program over blocks of points, compiled once per instruction set.
 //
-// All instruction sets give the same bits, the payloads of NaNs aside: every operation is exact, or
-// rounded as IEEE 754 says, or made of such ones and fused where a product is exact, or one of
-// SLEEF's deterministic functions.
+// All instruction sets give the same bits, except for the payloads of NaNs: every operation is
+// exact, rounded as IEEE 754 defines it, composed of such operations and fused only where a product
+// is exact, or one of SLEEF's deterministic functions.
 #pragma once
 
 #include "formula/Operations.h"
@@ -13,26 +13,26 @@
 
 namespace vexa::formula {
 
-/// Blocks consist of whole groups of so many lanes.
+/// The number of points in a group. A block consists of whole groups.
 constexpr std::size_t kLanes = 16;
 
-/// Computes to[i] = the operation on a[i], b[i] and c[i]. The count is a multiple of kLanes; an
-/// operand that the operation does not take is ignored; `to` overlaps with none of the others. Any
-/// thread, real-time safe.
+/// Computes to[i] = the operation's result for a[i], b[i] and c[i]. `count` is a multiple of
+/// kLanes. An operand that the operation does not take is ignored. `to` does not overlap with the
+/// operands. Any thread, real-time safe.
 using Loop = void (*)(const void* a, const void* b, const void* c, void* to, std::size_t count);
 
-/// The operand, if any, that is one number for all lanes.
+/// States which operand, if any, is one number for all lanes.
 enum class Constants : unsigned char { None, First, Second, Third };
 constexpr std::size_t kForms = 4;
 
 struct PlainLoops {
-    /// A loop is null where there is no such operation, or no such form of it.
+    /// A loop is null if the operation does not exist for the type, or not in that form.
     Loop loops[kPlainOps][kTypes][kForms];
 };
 
 struct MathsLoops {
     Loop loops[kMathsOps];
-    /// These take a Float, which becomes a Double on the way; null where there is none.
+    /// The loops that take Floats and convert them to Double; null where no such loop exists.
     Loop ofFloats[kMathsOps];
 };
 
@@ -50,7 +50,7 @@ struct FormulaLoops {
     }
 };
 
-/// Returns the loops that this machine can run, the fastest last.
+/// Returns the loops for each instruction set that this machine can run, the fastest last.
 std::span<const FormulaLoops> RunnableFormulaLoops();
 
 } // namespace vexa::formula

@@ -96,7 +96,7 @@ std::uint64_t Graph::Compute(const Node& node) const {
 Value Graph::Apply(Op op, Type type, Value a, Value b, Value c) {
     if (op >= Op::ToInt && op <= Op::ToUnsignedLong && IsFloating(type))
         definedInC = false;
-    // A negative count has high bits.
+    // A negative count is too large as well, because its high bits are set.
     if ((op == Op::ShiftLeft || op == Op::ShiftRight) &&
         Known(b).value_or(64) >= (IsWide(type) ? 64 : 32))
         definedInC = false;

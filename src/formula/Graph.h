@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A graph is what a formula computes: its operations, each once, and what each takes.
+// A graph holds the operations of a formula, each of them once, and their operands.
 #pragma once
 
 #include "formula/FormulaLoops.h"
@@ -14,28 +14,30 @@
 
 namespace vexa::formula {
 
-/// The number, in the graph, of the result of an operation, of a constant or of an input.
+/// The index, in the graph, of the node of a constant, an input or an operation's result.
 using Value = std::int32_t;
 constexpr Value kNone = -1;
 
-/// A number that is not kNone, as arrays count.
+/// Returns a value other than kNone as an array index.
 constexpr std::size_t IndexOf(Value value) {
     return static_cast<std::size_t>(value);
 }
 
-/// A node takes values that were made before it.
+/// A constant, an input or an operation. Its operands are earlier nodes of the graph.
 struct Node {
     Op op;
-    /// The type of the operands, or of a constant or an input itself.
+    /// The type of the operands; for a constant or an input, its own type.
     Type type;
-    /// A constant's number in a, as an input's, where x is 0, y is 1 and the formula's own follow.
+    /// The operands. For a constant, `a` is its index in Constants(). For an input, `a` is 0 for x,
+    /// 1 for y and 2 + the index in Inputs() for the others.
     Value a = kNone, b = kNone, c = kNone;
 
     bool operator==(const Node&) const = default;
 };
 
-/// Grows by one operation at a time. The same operation on the same values is there once, and one
-/// on constants is a constant, computed by the loop that would compute it later.
+/// A graph grows by one operation at a time. Applying an operation to the same values again returns
+/// the existing node. An operation on constants becomes a constant, computed by the loop that would
+/// otherwise compute it later.
 class Graph {
   public:
     Graph();
@@ -46,9 +48,9 @@ class Graph {
     Value Constant(double number);
     Value X() { return Insert({Op::Input, Type::Float, 0}); }
     Value Y() { return Insert({Op::Input, Type::Float, 1}); }
-    /// Returns the value of an input; nothing where there are kMostInputs others already.
+    /// Returns the value of an input; nothing if the graph has kMostInputs others already.
     std::optional<Value> Input(FunctionInput input);
-    /// `type` is that of the operands, as Op tells.
+    /// Returns the value of an operation. `type` is the type of the operands, as Op defines it.
     Value Apply(Op op, Type type, Value a, Value b = kNone, Value c = kNone);
     /// Converts a value of any type to any type, as C does.
     Value Convert(Value value, Type to);
@@ -57,15 +59,16 @@ class Graph {
         const Node& node = nodes[static_cast<std::size_t>(value)];
         return ResultOf(node.op, node.type);
     }
-    /// Returns the bits of a constant, those of 32 bits in the lower half; nothing for other
+    /// Returns the bits of a constant, where 32-bit types use the lower half; nothing for other
     /// values.
     std::optional<std::uint64_t> Known(Value value) const;
-    /// True where the value is the constant `number`, converted to its type.
+    /// Returns true if the value is a constant that equals `number`.
     bool Is(Value value, double number) const;
 
-    /// False where something was applied that C leaves undefined for some operands and a compiler
-    /// computes in its own way: a number with a fraction made a whole one, which it may be too
-    /// large for, or a shift by a count that is not known to be below the number of bits.
+    /// Returns false if an operation was applied that C leaves undefined for some operands, so that
+    /// a compiler may compute it otherwise: the conversion of a floating-point number to an
+    /// integer, which may be out of range, or a shift by a count that is not known to be below the
+    /// number of bits.
     bool IsDefinedInC() const { return definedInC; }
 
     const std::vector<Node>& Nodes() const { return nodes; }

@@ -9,7 +9,7 @@ namespace vexa::formula {
 
 namespace {
 
-/// A call while it is translated.
+/// A call that is being translated.
 struct Call {
     Graph& graph;
     std::span<const Value> arguments;
@@ -29,7 +29,7 @@ struct Call {
 struct Direct {
     std::string_view name;
     Op op;
-    /// There are loops for float too.
+    /// True if loops for float exist too.
     bool floats = false;
 };
 
@@ -81,7 +81,7 @@ Value InDouble(const Call& call, Op op, Value a, Value b = kNone) {
     return call.graph.Convert(call.graph.Apply(op, Type::Double, a, b), call.type);
 }
 
-/// Small exponents are products, which are within 1 ulp.
+/// The exponents 2, 3 and 4 become products, which are within 2 ulp.
 Value Power(const Call& call) {
     const auto widened = [&call](std::size_t index) {
         return call.graph.Convert(call.Argument(index), Type::Double);
@@ -100,7 +100,7 @@ Value Power(const Call& call) {
     return InDouble(call, Op::Pow, base, exponent);
 }
 
-/// x > y ? x - y : 0, and NaN where one is.
+/// Returns x > y ? x - y : 0, and NaN if an argument is NaN.
 Value PositiveDifference(const Call& call) {
     const Value x = call.Argument(0);
     const Value y = call.Argument(1);
@@ -128,7 +128,7 @@ Value BesselOfOrder(const Call& call) {
                     call.graph.Constant(order));
 }
 
-/// An exponent of Long by way of Double is limited to what an Int holds.
+/// The conversion of a Long exponent to Double and then to Int limits it to the range of an Int.
 Value Scaled(const Call& call) {
     const Value x = call.graph.Convert(call.Argument(0), Type::Double);
     return InDouble(call, Op::Scale, x, call.Argument(1, Type::Int));
@@ -164,7 +164,7 @@ Value IsNormal(const Call& call) {
 Value IsFinite(const Call& call) {
     return call.graph.Apply(Op::Less, Type::Int, call.graph.Constant(1), ClassOf(call));
 }
-/// -1 for minus infinity, as in the C library.
+/// Returns -1 for minus infinity, as the C library does.
 Value IsInfinite(const Call& call) {
     const Value infinite = IsClass(call, 1);
     const Value negative = call.Apply(Op::SignBit, call.Argument(0));
@@ -234,7 +234,8 @@ auto Find(const Rows& rows, std::string_view name) {
                         [name](const auto& row) { return row.name == name; });
 }
 
-/// That of a macro is the common one of its arguments, where integers count as double.
+/// Returns the type in which a call computes. For a macro it is the common type of the arguments,
+/// where integers count as double.
 Type TypeOfCall(const Graph& graph, const MathFunction& function, std::string_view name,
                 std::span<const Value> arguments) {
     const auto macros = MathMacros();

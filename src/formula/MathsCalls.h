@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Calls of functions of the maths library as operations of a graph.
+// Translates calls of the maths library's functions into operations of a graph.
 #pragma once
 
 #include "formula/ExpressionWords.h"
@@ -10,10 +10,11 @@
 
 namespace vexa::formula {
 
-/// Adds a call of a function of the maths library to the graph. `name` is that of the function,
-/// with f or l at its end where it stands in the formula so; the arguments are of any types and as
-/// many as it takes. Functions of long double are computed in double, and those of float in double
-/// too, then rounded, where that is not exact anyway.
+/// Adds a call of a function of the maths library to the graph and returns its result. `name` is
+/// the name as the formula has it, possibly with the suffix f or l. `arguments` has as many values
+/// as the function takes, of any types. Functions of long double are computed in double. Functions
+/// of float are computed in double too and then rounded, unless computing in float is exact or
+/// rounds only once.
 Value CallMaths(Graph& graph, const MathFunction& function, std::string_view name,
                 std::span<const Value> arguments);
 

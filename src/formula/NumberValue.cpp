@@ -47,7 +47,7 @@ NumberValue Whole(std::string_view text) {
     }
     const bool isUnsigned = suffix.find_first_of("uU") != std::string_view::npos;
     const bool isLong = suffix.find_first_of("lL") != std::string_view::npos;
-    // A decimal number without u gets a type without a sign only where no other holds it.
+    // A decimal number without the suffix u is unsigned only if no signed type holds it.
     const bool mayBeUnsigned = isUnsigned || base != 10;
     const std::uint64_t half = std::uint64_t(1) << 63;
     Type type = Type::UnsignedLong;
@@ -70,7 +70,7 @@ NumberValue Fractional(std::string_view text) {
         return Of(number);
     const std::string_view digits = text.substr(hexadecimal ? 2 : 0);
     float rounded = static_cast<float>(number);
-    // Rounded once; what lies outside of the range is left as it is.
+    // This rounds only once. It leaves `rounded` unchanged if the number is out of range.
     std::from_chars(digits.data(), digits.data() + digits.size(), rounded,
                     hexadecimal ? std::chars_format::hex : std::chars_format::general);
     return Of(rounded);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Numbers as they are written, and the constants of the maths header, as typed values.
+// Converts the numbers of a formula's text, and the constants of the maths header, to typed values.
 #pragma once
 
 #include "formula/ExpressionTokens.h"
@@ -10,18 +10,18 @@
 
 namespace vexa::formula {
 
-/// The bits of a number of 32 bits are in the lower half.
+/// A typed number. A 32-bit type uses the lower half of `bits`.
 struct NumberValue {
     Type type;
     std::uint64_t bits;
 };
 
-/// Returns the value of a token that is a number, with the type that it has in C. Whole numbers
-/// that no type of C holds keep their last 64 bits.
+/// Returns the value of a number token, with its type in C. A whole number that no type of C holds
+/// keeps its lowest 64 bits.
 NumberValue ValueOf(const Token& number);
 
-/// Returns the value of a name that FindMathConstant knows. Whole ones are those of x86-64 on every
-/// machine.
+/// Returns the value of a constant that FindMathConstant knows. Integer constants have their x86-64
+/// values on every machine.
 NumberValue ConstantValue(std::string_view name);
 
 } // namespace vexa::formula

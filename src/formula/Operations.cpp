@@ -10,16 +10,17 @@ namespace vexa::formula {
 
 namespace {
 
-/// Nanoseconds per point with AVX2 at 2.4 GHz, in blocks of 256 points; of lanes of 32 bits where
-/// there are such (benchmarks/FormulaBenchmark, "Operation").
+/// Nanoseconds per point with AVX2 at 2.4 GHz, in blocks of 256 points, for 32-bit lanes if the
+/// operation has them (benchmarks/FormulaBenchmark, "Operation").
 struct OperationCost {
     Op op;
     float nanoseconds;
-    /// It computes one value after the other, so that wider vectors do not help.
+    /// True if the operation computes one value after the other, so that wider vectors do not help.
     bool single = false;
 };
 
-/// What is not named costs as much as a sum. Conversions are those of numbers with a fraction.
+/// An operation that is not listed costs as much as a sum. The rows of conversions are for
+/// floating-point numbers.
 constexpr auto kCosts = std::to_array<OperationCost>({
     {Op::Constant, 0},
     {Op::Input, 0},
@@ -69,7 +70,7 @@ constexpr auto kCosts = std::to_array<OperationCost>({
 });
 constexpr float kSum = 0.08F;
 
-/// The row that tells what the operation costs in lanes of the type.
+/// Returns the operation whose row holds the cost of `op` for lanes of `type`.
 Op RowOf(Op op, Type type) {
     if (IsFloating(type))
         return op;
@@ -132,7 +133,8 @@ double CostOf(Op op, Type type) {
     if (row.single)
         return row.nanoseconds;
     const double width = IsWide(type) && op < kFirstMaths ? 2 : 1;
-    // Baseline is 2.2 to 3.3 times slower by measurement; AVX-512 is taken to be twice as fast.
+    // The baseline is 2.2 to 3.3 times slower by measurement; AVX-512 is assumed to be twice as
+    // fast.
     constexpr std::array kSlower = {2.5, 1.0, 0.5};
     return row.nanoseconds * width * kSlower[static_cast<std::size_t>(BestInstructionSet())];
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The operations that a program consists of.
+// The operations of which a program consists.
 #pragma once
 
 #include "formula/Types.h"
@@ -8,32 +8,32 @@
 
 namespace vexa::formula {
 
-/// An operation takes lanes of one type, unless told otherwise. What C leaves undefined is defined
-/// here: sums, differences, products and left shifts of integers wrap around; x / 0 and x % 0 are
-/// 0, and the lowest number divided by -1 is itself, the remainder 0; a shift's count is taken
-/// modulo the number of bits.
+/// The operands of an operation are lanes of one type, unless stated otherwise. Cases that C leaves
+/// undefined are defined here: sums, differences, products and left shifts of integers wrap around;
+/// x / 0 and x % 0 are 0; the lowest number divided by -1 is itself, with the remainder 0; the
+/// count of a shift is taken modulo the number of bits.
 enum class Op : unsigned char {
-    /// One of the program's constants, or of what it is given.
+    /// A constant or an input of the program.
     Constant,
     Input,
 
-    // These take any type.
+    // The following take any type.
     Copy,
     Add,
     Subtract,
     Multiply,
     Divide,
     Negate,
-    /// The four comparisons give an Int, 0 or 1.
+    /// The four comparisons return an Int, 0 or 1.
     Less,
     LessEqual,
     Equal,
     NotEqual,
-    /// Gives a ? b : c with a condition a of Int.
+    /// Returns a ? b : c, where the condition `a` is an Int.
     Select,
-    /// These convert to the type that they name. A number with a fraction is cut off to a whole one
-    /// and limited to what int, long or unsigned long holds, and NaN is 0. To unsigned, and from a
-    /// negative number to unsigned long, it goes by way of long, of which the low bits stay.
+    /// The conversions to the named type. A floating-point number is truncated and limited to the
+    /// range of int, long or unsigned long; NaN becomes 0. The conversion to unsigned, and that of
+    /// a negative number to unsigned long, goes through long and keeps its low bits.
     ToInt,
     ToUnsigned,
     ToLong,
@@ -41,38 +41,39 @@ enum class Op : unsigned char {
     ToFloat,
     ToDouble,
 
-    // These take integers.
+    // The following take integers.
     Remainder,
     And,
     Or,
     Xor,
     Not,
-    /// The count b is an Int.
+    /// The count `b` of both shifts is an Int.
     ShiftLeft,
     ShiftRight,
-    /// These take an Int and give what is left of it in a narrower type.
+    /// These four take an Int and convert it to a narrower type; the result is an Int.
     ToSignedChar,
     ToUnsignedChar,
     ToShort,
     ToUnsignedShort,
 
-    // These take Float and Double. They are exact, or rounded once.
+    // The following take Float or Double. They are exact, or rounded once.
     Absolute,
     CopySign,
     Floor,
     Ceiling,
     Truncate,
-    /// These round to the nearest whole number: the first takes halves away from 0, the second to
-    /// the even one.
+    /// Both round to the nearest whole number: Round rounds halves away from 0, RoundEven to the
+    /// even neighbour.
     Round,
     RoundEven,
     SquareRoot,
     Maximum,
     Minimum,
     FusedMultiplyAdd,
-    /// These do some operations in one pass, each rounded: a b + c, a b - c, -a b - c, c - a b, a b
-    /// c; of Double a b + c as a Float; and of Float c a / b, with a constant c of Double and in
-    /// double precision, as a Float. A program puts them together, a graph has none of them.
+    /// Each of these computes several operations in one pass and rounds each of them: a b + c, a b
+    /// - c, -a b - c, c - a b and a b c; for Double, a b + c as a Float; for Float, c a / b as a
+    /// Float, with a constant c of Double, in double precision. A program joins operations into
+    /// these; a graph contains none.
     ProductAndSum,
     ProductLess,
     NegativeLess,
@@ -80,19 +81,20 @@ enum class Op : unsigned char {
     ProductOfThree,
     SumAsFloat,
     QuotientAsFloat,
-    /// Towards b, which is a Double in both types.
+    /// Returns the neighbour of a in the direction of b, which is a Double for both types.
     NextAfter,
-    /// Give Int: fpclassify's number, and whether the sign is set, which it is in no NaN.
+    /// Both return an Int: the number that fpclassify returns, and 1 if the sign bit is set. A NaN
+    /// counts as positive.
     Classify,
     SignBit,
-    /// These take a Double.
+    /// The following take a Double.
     IeeeRemainder,
-    /// Gives a 2^b with b of Int.
+    /// Returns a 2^b, where b is an Int.
     Scale,
     Exponent,
 
-    // These are functions of the maths library, which take a Double. In a program some take a Float
-    // too, and give a Double.
+    // The functions of the maths library, which take a Double. In a program some have a form that
+    // takes a Float and returns a Double.
     Modulo,
     Sin,
     Cos,
@@ -121,7 +123,7 @@ enum class Op : unsigned char {
     Erfc,
     TGamma,
     LGamma,
-    /// Both take as b the order, a constant of Int.
+    /// For both, `b` is the order, a constant of Int.
     BesselJ,
     BesselY,
 };
@@ -130,14 +132,14 @@ constexpr std::size_t kMathsOps =
     static_cast<std::size_t>(Op::BesselY) - static_cast<std::size_t>(kFirstMaths) + 1;
 constexpr std::size_t kPlainOps = static_cast<std::size_t>(kFirstMaths);
 
-/// The type of what an operation on lanes of `type` gives.
+/// Returns the result type of an operation of a graph on operands of `type`.
 Type ResultOf(Op op, Type type);
-/// True where a and b may be exchanged.
+/// Returns true if a and b may be exchanged.
 bool Commutes(Op op);
-/// True where its loop takes constants for a or b as they are; a loop that does not is given whole
-/// blocks of them.
+/// Returns true if the operation's loop takes a constant operand as a single number. Any other loop
+/// takes it as a block filled with the number.
 bool TakesConstants(Op op);
-/// Returns the estimated time in nanoseconds per point, on this machine's instruction set.
+/// Returns the estimated nanoseconds per point on this machine's instruction set.
 double CostOf(Op op, Type type);
 
 } // namespace vexa::formula

@@ -13,7 +13,8 @@ constexpr std::size_t kLongestPiece = 640;
 
 } // namespace
 
-/// Lays a graph out in registers, of which each holds one value for all points of a piece.
+/// Translates a graph into instructions on registers. A register holds one value for all points of
+/// a piece.
 class Program::Writer {
   public:
     Writer(const Graph& graph, Value root, const FormulaLoops& loops)
@@ -62,7 +63,7 @@ class Program::Writer {
 
     bool IsConstant(Value value) const { return At(value).op == Op::Constant; }
 
-    /// Counts how often each node that the root needs is taken.
+    /// Counts the uses of each node that the root needs.
     std::vector<std::uint32_t> CountUses() const {
         std::vector<std::uint32_t> uses(nodes.size());
         uses[IndexOf(root)] = 1;
@@ -77,7 +78,8 @@ class Program::Writer {
         return uses;
     }
 
-    /// Functions of a float that becomes a double read it themselves, where there is a loop for it.
+    /// Lets a maths function of a Float that is converted to Double read the Float itself, if such
+    /// a loop exists.
     void JoinConversions() {
         for (Value value = 0; value <= root; value++) {
             Node& node = nodes[IndexOf(value)];
@@ -89,8 +91,8 @@ class Program::Writer {
         }
     }
 
-    /// A fraction of floats with a constant factor, which becomes a double and a float again on the
-    /// way, is computed in one pass.
+    /// Joins (c a) / b of Floats a and b, converted to Double, with a constant c and the result
+    /// converted to Float, into one operation.
     void JoinQuotients() {
         const std::vector<std::uint32_t> uses = CountUses();
         const auto isFloat = [](const Node& node) {
@@ -110,7 +112,8 @@ class Program::Writer {
         }
     }
 
-    /// Products that only one sum, difference or product takes are computed in one pass with it.
+    /// Joins a product with the only sum, difference or product that uses it, and a joined sum of
+    /// Doubles with its conversion to Float at the root.
     void JoinProducts() {
         const std::vector<std::uint32_t> uses = CountUses();
         for (Value value = 0; value <= root; value++) {
@@ -132,7 +135,7 @@ class Program::Writer {
                     : product ? Op::ProductOfThree
                     : first   ? Op::ProductLess
                               : Op::LessProduct;
-            // -x x is the same as -(x x).
+            // (-a) b has the same bits as -(a b).
             for (Value* factor : {&inner.a, &inner.b}) {
                 if (op == Op::ProductLess && At(*factor).op == Op::Negate) {
                     op = Op::NegativeLess;
@@ -197,13 +200,13 @@ class Program::Writer {
         program.cost += CostOf(op, type);
     }
 
-    /// A register that holds a constant for every point.
+    /// Returns a register that is filled with a constant.
     Place Spread(Value value) {
         const Type type = At(value).type;
         const Place zero = PlaceOf(value);
         const Place to{kWork, Take()};
         spread.push_back(to.offset);
-        // A constant beside another: the first of both.
+        // In this form Copy fills `to` with the number at its first operand.
         Emit(Op::Copy, type, Constants::First, to, {zero, zero, zero});
         return to;
     }
@@ -233,7 +236,7 @@ class Program::Writer {
             registerOf[IndexOf(value)] = Take();
             to = PlaceOf(value);
         }
-        // What is not taken is anything that can be read.
+        // An operand that the operation does not take still points at readable memory.
         for (std::size_t k = 1; k < from.size(); k++) {
             if (operands[k] == kNone)
                 from[k] = from[0];
@@ -270,12 +273,12 @@ class Program::Writer {
     const FormulaLoops& loops;
     Program program;
     std::vector<Node> nodes;
-    /// The last node that takes a value; kNone if none does.
+    /// The last node that uses each value; kNone if none does.
     std::vector<Value> lastUse;
-    /// The number that an input of the graph has in the program.
+    /// The index in the program of each input of the graph.
     std::vector<std::uint32_t> inputOf;
     std::vector<std::uint32_t> registerOf;
-    /// Registers that are free again, and those of constants for the instruction at hand.
+    /// The free registers, and those that hold a constant for the current instruction only.
     std::vector<std::uint32_t> free, spread;
     std::uint32_t registers = 0;
 };
@@ -297,7 +300,7 @@ void Program::Run(const float* const* from, float* values, std::size_t count) co
     alignas(64) std::byte work[kWorkspace];
     std::array<void*, kBases> bases;
     bases[kWork] = work;
-    // Loops only read what they take.
+    // The loops only read their operands.
     bases[kConstant] = const_cast<std::uint64_t*>(constants.data());
     const std::size_t number = 2 + inputs.size();
     std::size_t done = 0;
@@ -311,7 +314,7 @@ void Program::Run(const float* const* from, float* values, std::size_t count) co
     }
     if (done == count)
         return;
-    // The rest in a whole group.
+    // The remaining points are computed in a whole group, filled up with zeros.
     alignas(64) float rest[2 + kMostInputs][kLanes];
     alignas(64) float result[kLanes];
     for (std::size_t k = 0; k < number; k++) {

@@ -7,8 +7,8 @@
 
 namespace vexa::formula {
 
-/// C's arithmetic types after the integer promotions, of 64-bit Linux: int has 32 bits, long and
-/// long long have 64. A long double is a double here.
+/// C's arithmetic types after the integer promotions, as on 64-bit Linux: int has 32 bits, long and
+/// long long have 64. A long double is treated as a double.
 enum class Type : unsigned char { Int, Unsigned, Long, UnsignedLong, Float, Double };
 constexpr std::size_t kTypes = 6;
 
@@ -20,8 +20,8 @@ constexpr bool IsWide(Type type) {
     return type == Type::Long || type == Type::UnsignedLong || type == Type::Double;
 }
 
-/// Returns the type in which C computes with one operand of each: with types of this order, the
-/// later.
+/// Returns the common type to which C converts two operands of these types: the later one in the
+/// order of Type.
 constexpr Type Common(Type a, Type b) {
     return a > b ? a : b;
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Compiling an add-on while a formula plays already.
+// Compiles an add-on while a formula is already playing.
 #pragma once
 
 #include "functions/FunctionCompiler.h"
@@ -14,22 +14,21 @@
 
 namespace vexa {
 
-/// Compiles the expression that was last asked for in a thread of its own. All calls belong to one
-/// thread, and none but the destructor, which stops the compiler, waits.
+/// Compiles the expression of the latest Begin in a thread of its own. All calls belong to one
+/// thread. None of them waits except the destructor, which stops the compiler.
 class AddonThread {
   public:
     explicit AddonThread(kits::ProgramFolders folders);
 
-    /// Begins to compile the expression. What is under way or ready for another one is stopped and
-    /// dropped. The first call starts the thread, and throws std::system_error where there can be
-    /// none.
+    /// Begins to compile the expression. A compilation under way is stopped, and an earlier outcome
+    /// is dropped. The first call starts the thread, and throws std::system_error if that fails.
     void Begin(std::string expression);
-    /// Stops and drops what is under way or ready: no add-on is wanted any more.
+    /// Stops a compilation under way and drops an outcome that is ready.
     void Drop();
 
-    /// Returns what became of the expression, once; nothing as long as the compiler runs.
+    /// Returns the outcome, once; nothing while the compiler runs.
     std::optional<CompileOutcome> Take();
-    /// Begin was called, and Take has not given the outcome yet.
+    /// Returns true if Begin was called and Take has not returned the outcome yet.
     bool Pending() const { return pending; }
 
   private:
@@ -42,12 +41,12 @@ class AddonThread {
 
     std::mutex mutex;
     std::condition_variable_any changed;
-    // The expression that is to be compiled, and the last outcome; the mutex guards both.
+    // The expression to compile, and the latest outcome. The mutex guards both.
     std::optional<std::string> wanted;
     std::optional<CompileOutcome> ready;
-    /// The number of the last Begin or Drop.
+    /// Counts the calls of Begin and Drop, so that an outdated outcome is recognised.
     std::atomic<unsigned> latest{0};
-    /// The last member: it ends before the others go.
+    /// The last member, so that the thread ends before the others are destroyed.
     std::jthread thread;
 };
 

@@ -21,7 +21,8 @@ namespace {
 
 constexpr const char* kPrefix = ".compile-";
 
-/// The folder's lock, if the folder is one of this user's and no process has it.
+/// Returns the folder's lock; an empty descriptor if the folder cannot be opened, belongs to
+/// another user or is locked already.
 kits::Descriptor Lock(const fs::path& folder) {
     kits::Descriptor descriptor(
         ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
@@ -32,8 +33,8 @@ kits::Descriptor Lock(const fs::path& folder) {
     return descriptor;
 }
 
-/// Removes the folders that no process has locked. One that was created this moment and is not
-/// locked yet may be among them: its creator notices.
+/// Removes the folders that no process has locked. Among them may be one that was created just now
+/// and is not locked yet; its creator notices that.
 void RemoveLeftOvers(const fs::path& parent) {
     std::error_code error;
     for (fs::directory_iterator entry(parent, error), end; !error && entry != end;
@@ -47,14 +48,14 @@ void RemoveLeftOvers(const fs::path& parent) {
     }
 }
 
-/// True where users who are neither this one nor root may write to a folder.
+/// Returns true if users other than this one and root may write to the folder.
 bool OthersMayWrite(const struct stat& status) {
     const bool group = (status.st_mode & S_IWGRP) != 0 && status.st_gid != ::getegid();
     return group || (status.st_mode & S_IWOTH) != 0;
 }
 
-/// Why somebody else could put files into the folder, or replace those that are there or the folder
-/// itself. To root all folders belong.
+/// Returns why another user could put files into the folder, or replace its files or the folder
+/// itself; nothing if none could. Root may use a folder of any owner.
 std::optional<std::string> SharedWithOthers(const fs::path& folder) {
     const std::unique_ptr<char, decltype(&std::free)> path(::realpath(folder.c_str(), nullptr),
                                                            &std::free);
@@ -72,7 +73,7 @@ std::optional<std::string> SharedWithOthers(const fs::path& folder) {
     };
     if (OthersMayWrite(status))
         return shared("it", folder);
-    // In a folder with the sticky bit, such as /tmp, everybody renames only what is theirs.
+    // In a folder with the sticky bit, such as /tmp, users can rename only their own files.
     for (fs::path above = fs::path(path.get()).parent_path();; above = above.parent_path()) {
         if (::stat(above.c_str(), &status) != 0)
             return above.string() + ": " + std::strerror(errno);
@@ -92,7 +93,7 @@ kits::Result<CompileFolder> CompileFolder::Create(const fs::path& parent) {
     if (const auto reason = SharedWithOthers(parent))
         return failure(*reason);
     RemoveLeftOvers(parent);
-    // More than once only if another program takes the folder for a left-over each time.
+    // A further attempt is needed only if another program took the new folder for a left-over.
     for (int attempt = 0; attempt < 100; attempt++) {
         std::string pattern = (parent / (std::string(kPrefix) + "XXXXXX")).string();
         if (!::mkdtemp(pattern.data()))
@@ -104,10 +105,11 @@ kits::Result<CompileFolder> CompileFolder::Create(const fs::path& parent) {
         if (lock && ::fstat(lock.Number(), &locked) == 0 && ::stat(pattern.c_str(), &there) == 0 &&
             locked.st_ino == there.st_ino)
             return CompileFolder(pattern, std::move(lock));
-        // Where folders cannot be locked (network file systems) nobody takes it for a left-over.
+        // If folders cannot be locked (network file systems), no program takes this one for a
+        // left-over.
         if (!lock && fault != EWOULDBLOCK && fault != ENOENT && fault != EMFILE && fault != ENFILE)
             return CompileFolder(pattern, kits::Descriptor());
-        // Empty as it is; to look into it would take a descriptor.
+        // The folder is empty, so rmdir suffices; remove_all would need a descriptor.
         ::rmdir(pattern.c_str());
         if (fault == EMFILE || fault == ENFILE)
             return failure(std::strerror(fault));
@@ -123,7 +125,7 @@ CompileFolder::CompileFolder(CompileFolder&& other) noexcept
 
 CompileFolder::~CompileFolder() {
     std::error_code ignored;
-    // What the lock's descriptor leaves free is needed for removing.
+    // Closing the lock frees a descriptor, which remove_all needs.
     lock.Close();
     if (!path.empty())
         fs::remove_all(path, ignored);

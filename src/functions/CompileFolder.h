@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The folder in which one compilation takes place.
+// The private folder of one compilation.
 #pragma once
 
 #include "kits/support/Descriptor.h"
@@ -9,13 +9,13 @@
 
 namespace vexa {
 
-/// A folder that nobody else can use and that goes with this. It is locked as long as its process
-/// lives, so one that a killed program has left is known by its lock being free.
+/// A folder that no other user can access, and that is removed with this object. It is locked while
+/// this process lives, so a folder that is not locked was left behind by a killed program.
 class CompileFolder {
   public:
-    /// Creates ".compile-" and six characters below `parent`, where no other user can have put
-    /// anything: the error says if `parent` is not such a folder, or why nothing can be created
-    /// there. What killed programs have left is removed first.
+    /// Creates a folder named ".compile-" and six characters below `parent`. The error says that
+    /// other users could put files into `parent`, or why nothing can be created there. Folders that
+    /// killed programs have left behind are removed first.
     static kits::Result<CompileFolder> Create(const std::filesystem::path& parent);
 
     CompileFolder(CompileFolder&& other) noexcept;

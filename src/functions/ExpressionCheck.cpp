@@ -7,12 +7,12 @@ namespace vexa {
 
 namespace {
 
-/// Tells what C computes in integers.
+/// Finds out which parts of an expression C computes in integers.
 class CheckActions {
   public:
     struct Part {
         bool integer = false;
-        /// Its value, if it is a whole number written out.
+        /// The value of a whole number that is written out.
         std::optional<unsigned long long> written;
     };
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A compiled expression that is loaded.
+// A compiled expression, loaded as an add-on.
 #pragma once
 
 #include "kits/kernel/Image.h"
@@ -11,17 +11,17 @@
 
 namespace vexa {
 
-/// Owns a loaded add-on and calls what it exports. It is unloaded with its last owner, which must
-/// not be the media or the MIDI thread; kits::Published sees to that.
+/// Owns a loaded add-on and calls the functions that it exports. The last owner unloads the add-on,
+/// and must therefore not be the media or the MIDI thread; kits::Published ensures that.
 class FunctionAddon final : public PlaneSource {
   public:
-    /// Makes a function of a loaded add-on, which it unloads with itself.
+    /// Takes over a loaded add-on; the destructor unloads it.
     explicit FunctionAddon(image_id image);
     ~FunctionAddon() override;
 
-    /// It exports r2rfun, without which the function must not be called.
+    /// Returns whether the add-on exports r2rfun. Otherwise the function must not be called.
     bool HasPointForm() const { return point; }
-    /// Returns whether the add-on computes blocks of points, by a function r2rfunblock.
+    /// Returns whether the add-on exports r2rfunblock, which computes blocks of points.
     bool HasBlockForm() const { return block; }
     /// Returns the expression that r2rfunstr returns; nothing if the add-on has no such function.
     const std::optional<std::string>& Expression() const { return expression; }

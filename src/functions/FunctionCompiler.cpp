@@ -20,7 +20,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// A compilation calls its files so, in its private folder and above it.
+// The names of a compilation's files, in its private folder and in "functions" above it.
 constexpr const char* kSource = "recent.c";
 constexpr const char* kAddon = "recent";
 
@@ -34,7 +34,7 @@ constexpr const char* kNotLoaded = "The addon \n%s \ncould not be loaded";
 constexpr const char* kNoFunction = "The function r2rfun could not be found in addon \n%s";
 constexpr const char* kNoText = "The function r2rfunstr could not be found in addon \n%s";
 
-/// The alert with a path in place of each %s.
+/// Returns the alert with one of the paths in place of each %s.
 std::string Alert(std::string text, std::initializer_list<fs::path> paths) {
     std::size_t position = 0;
     for (const fs::path& path : paths) {
@@ -45,7 +45,7 @@ std::string Alert(std::string text, std::initializer_list<fs::path> paths) {
     return text;
 }
 
-/// Nobody else may read or write the file, whatever the mask for new files is.
+/// Makes the file readable and writable for the user only, whatever the umask is.
 void KeepToUser(const fs::path& path) {
     std::error_code error;
     fs::permissions(path, fs::perms::owner_read | fs::perms::owner_write, error);
@@ -55,7 +55,7 @@ CompileReport Failure(status_t status, std::string alert, std::string details) {
     return {{std::move(details), {std::move(alert)}}, status};
 }
 
-/// Why the compiler gave no add-on.
+/// Returns the reason why the compiler made no add-on.
 std::string Describe(const kits::ChildResult& result, const kits::ChildLimits& limits) {
     using End = kits::ChildResult::End;
     switch (result.end) {
@@ -77,8 +77,8 @@ std::string Describe(const kits::ChildResult& result, const kits::ChildLimits& l
     return result.standardError;
 }
 
-/// True where the compiler has the headers of the C library, which are another package, whatever
-/// the language is in which it tells of them. It writes nothing.
+/// Returns true if the compiler finds the headers of the C library, which are a separate package. A
+/// trial run shows it whatever the language of the compiler's messages. It writes no file.
 bool HasHeaders(const fs::path& folder, const kits::ChildLimits& limits) {
     return kits::RunProgram({{"gcc", "-fsyntax-only", "-include", "math.h", "-x", "c", "/dev/null"},
                              folder,
@@ -88,11 +88,12 @@ bool HasHeaders(const fs::path& folder, const kits::ChildLimits& limits) {
 
 } // namespace
 
-// The options after -O3 let the compiler use the vector instructions of this machine and leave
-// every result as C defines it: no fused operations, no reordering; what is given up is errno and
-// the floating-point exception flags, which nobody reads. -fwrapv defines the overflow of integers.
-// An add-on has nothing to set up and calls nothing but the maths library, and left without all
-// else, and without the plugin for link-time optimisation, it is linked in half the time.
+// The options from -march=native to -fno-trapping-math let the compiler use the vector instructions
+// of this machine, but keep every result as C defines it: no fused operations and no reordering.
+// Only errno and the floating-point exception flags, which nobody reads, are given up. -fwrapv
+// defines the overflow of integers. An add-on has no initialisation and calls only the maths
+// library. Without the other libraries and start files, and without the plugin for link-time
+// optimisation, linking takes half the time.
 std::vector<std::string> FunctionCompiler::Command(const char* source, const char* addon) {
     return {"gcc",
             "-shared",
@@ -141,7 +142,7 @@ CompileReport FunctionCompiler::MakeSourceFile(std::string_view expression,
     return MakeSource(expression, expression, sourcePath, source);
 }
 
-/// `computed` is what the function computes, and `expression` what it says that it does.
+/// `computed` is the expression that the function evaluates, `expression` the one that it reports.
 CompileReport FunctionCompiler::MakeSource(std::string_view expression, std::string_view computed,
                                            const fs::path& sourcePath, std::string& source) const {
     const kits::Result<std::string> body = kits::ReadFile(templatePath);
@@ -175,7 +176,7 @@ CompileOutcome FunctionCompiler::IncludeFunction(const fs::path& sourcePath) con
     return Build(*source, sourcePath, nullptr);
 }
 
-/// `source` is the content of the file at `sourcePath`, which may have been replaced since.
+/// `source` is the content of the file at `sourcePath`, which may have been replaced since then.
 CompileOutcome FunctionCompiler::Build(std::string_view source, const fs::path& sourcePath,
                                        const std::function<bool()>& stop) const {
     const kits::Result<CompileFolder> created = CompileFolder::Create(functions);
@@ -188,8 +189,8 @@ CompileOutcome FunctionCompiler::Build(std::string_view source, const fs::path& 
     if (!compiled)
         return {std::move(compiled), {}};
 
-    // Whoever may write to a loaded file may change what is executed. And it is loaded before it
-    // moves to where another program might replace it.
+    // A user who may write to a loaded file could change the code that runs. The add-on is loaded
+    // before it moves to a place where another program might replace it.
     KeepToUser(folder / kAddon);
     const image_id image = load_add_on((folder / kAddon).c_str());
     std::shared_ptr<const FunctionAddon> addon;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The compiler makes a loaded function of an expression.
+// Compiles an expression into an add-on and loads it.
 #pragma once
 
 #include "functions/FunctionAddon.h"
@@ -17,60 +17,60 @@
 
 namespace vexa {
 
-/// A report tells how a step went. It converts to true if the step did what it should. The error's
-/// text is what its alerts do not say, for standard error and the expression field's tool tip: the
-/// compiler's diagnostics, or why and where the expression was refused. After a success it is the
-/// compiler's warnings.
+/// The report on a step. It converts to true if the step succeeded. The error's text, for standard
+/// error and the tool tip of the expression's field, holds the details that the alerts do not give:
+/// the compiler's diagnostics, or why and where the expression was refused. After a success it
+/// holds the compiler's warnings.
 struct CompileReport : kits::Error {
     status_t status = B_OK;
 
     explicit operator bool() const { return status == B_OK; }
 };
 
-/// A report and, after a success, the add-on, which has its point function and its expression.
+/// A report and, after a success, the add-on, which exports the point function and the expression.
 struct CompileOutcome : CompileReport {
     std::shared_ptr<const FunctionAddon> addon;
 };
 
-/// Compiles expressions with the system's C compiler. Of the program's folders "functions" has the
-/// template "addon.c" and, where a person's own lie, after a compilation its source "recent.c" and
-/// the add-on "recent"; nothing else is left there. Each compilation takes place in a private
-/// folder below "functions" (CompileFolder), so several at a time, in one program or in several,
-/// never get each other's function. All calls wait for the compiler: the window thread, or any
-/// other that may wait.
+/// Compiles expressions with the system's C compiler. The program's folder "functions" holds the
+/// template "addon.c". The user's own folder "functions" holds, after a compilation, the source
+/// "recent.c" and the add-on "recent", and nothing else is left there. Each compilation runs in a
+/// private folder below "functions" (CompileFolder), so that simultaneous compilations, in one
+/// program or in several, never get each other's function. All calls wait for the compiler: the
+/// window thread, or any other that may wait.
 class FunctionCompiler {
   public:
     explicit FunctionCompiler(const kits::ProgramFolders& folders,
                               kits::ChildLimits limits = kits::ChildLimits());
 
-    /// Checks the expression, makes the source file and includes its function. Only an expression
-    /// that CheckExpression accepts reaches a file or the compiler, which computes its long double
-    /// in double. A request to end the program (kits::Interrupt) stops the compiler, and so does
-    /// `stop`, which is asked several times a second. Where the template, the compiler or the C
-    /// library's headers are missing the status is B_ENTRY_NOT_FOUND.
+    /// Checks the expression, makes the source file, compiles it and loads the function. Only an
+    /// expression that CheckExpression accepts reaches a file or the compiler; its long double is
+    /// computed in double. A request to end the program (kits::Interrupt) stops the compiler, and
+    /// so does `stop` when it returns true; it is called several times a second. If the template,
+    /// the compiler or the C library's headers are missing, the status is B_ENTRY_NOT_FOUND.
     CompileOutcome Compile(std::string_view expression,
                            const std::function<bool()>& stop = nullptr) const;
 
-    /// The report on an expression that is refused for a reason.
+    /// Returns the report on an expression that is refused for the reason in `details`.
     CompileReport Refusal(std::string details) const {
         return CompilerFailure(SourcePath(), std::move(details));
     }
 
-    /// Writes the source for an expression, which is not checked: two macro definitions with the
-    /// expression as it stands, and the template. The file is the user's alone. B_ENTRY_NOT_FOUND:
-    /// there is no template.
+    /// Writes the source for an expression, without checking it: two macro definitions with the
+    /// expression as it is, and the template. Only the user may read and write the file. Returns
+    /// B_ENTRY_NOT_FOUND if the template is missing.
     CompileReport MakeSourceFile(std::string_view expression,
                                  const std::filesystem::path& sourcePath) const;
 
-    /// Compiles a C source, whose author is trusted, and loads the add-on. A source that is not
-    /// "functions/recent.c" is copied there first.
+    /// Compiles a C source, whose author is trusted, and loads the add-on. The source is first
+    /// copied to "functions/recent.c", unless it is that file.
     CompileOutcome IncludeFunction(const std::filesystem::path& sourcePath) const;
 
-    /// Returns the compiler and its arguments, for a source and an add-on in the folder that it
-    /// runs in. Any thread.
+    /// Returns the compiler's command line, for a source and an add-on in the folder in which it
+    /// runs. Any thread.
     static std::vector<std::string> Command(const char* source, const char* addon);
 
-    /// Returns the path of "functions/recent.c", the source as it was last compiled.
+    /// Returns the path of "functions/recent.c", the source that was compiled last.
     std::filesystem::path SourcePath() const { return functions / "recent.c"; }
 
   private:
@@ -86,7 +86,7 @@ class FunctionCompiler {
 
     std::filesystem::path functions;
     std::filesystem::path templatePath;
-    /// The file "functions/recent".
+    /// The path of "functions/recent".
     std::filesystem::path addonPath;
     kits::ChildLimits limits;
 };

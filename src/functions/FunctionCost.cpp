@@ -16,15 +16,16 @@ namespace {
 
 constexpr double kNanosecondsPerSample = 1e9 / 48000;
 constexpr double kMostNanoseconds = 0.5 * kNanosecondsPerSample;
-/// The share of the time that voices may take together, and the nanoseconds that each costs besides
-/// its function.
+/// The share of a core's time that all voices may take together, and the nanoseconds per sample
+/// that a voice takes besides its function.
 constexpr double kShare = 0.9;
 constexpr double kVoiceNanoseconds = 2;
 constexpr std::size_t kPoints = 64;
-/// What a single point may take, in nanoseconds, before many are out of the question.
+/// The longest time of a single point, in nanoseconds; above it no further points are measured.
 constexpr double kPatience = 5e6;
 
-/// Measures the first `count` points on an ellipse round (centre, centre).
+/// Returns the nanoseconds per point for the first `count` points on an ellipse round (centre,
+/// centre).
 double CostOf(const PlaneFunction& f, float centre, std::size_t count) {
     std::array<float, kPoints> x, y, values;
     for (std::size_t i = 0; i < count; i++) {
@@ -43,10 +44,10 @@ double CostOf(const PlaneFunction& f, float centre, std::size_t count) {
 double MeasureCost(const PlaneFunction& f) {
     double most = 0;
     for (const float centre : {0.0F, 1000.0F, 100000.0F}) {
-        // One point first, which shows what cannot be waited for.
+        // A single point first, which shows whether many would take too long.
         double cost = CostOf(f, centre, 1);
         if (cost < kPatience) {
-            // The least of several, as what is first touched costs more.
+            // The least of several measurements, because the first one includes cold caches.
             cost = CostOf(f, centre, kPoints);
             for (int i = 0; i < 4 && cost > kMostNanoseconds / 10; i++)
                 cost = std::min(cost, CostOf(f, centre, kPoints));

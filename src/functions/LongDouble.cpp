@@ -10,7 +10,8 @@ namespace vexa {
 
 namespace {
 
-/// The name without the l of its long double form.
+/// Returns the name of the double form of a long double function or constant; any other name as it
+/// is.
 std::string_view DoubleForm(std::string_view name) {
     if (name == "HUGE_VALL")
         return "HUGE_VAL";
@@ -39,7 +40,8 @@ std::string WithoutLongDouble(std::string_view expression) {
             (text.ends_with('L') || text.ends_with('l')))
             text.remove_suffix(1);
         else if (token.kind == Token::Kind::word)
-            // Types are written in any order: before the first token there is none.
+            // C allows the words of a type in any order. For the first token `i - 1` wraps around
+            // and is out of range.
             text = text == "long" && (isDouble(i + 1) || isDouble(i - 1)) ? "" : DoubleForm(text);
         result += expression.substr(copied, token.position - copied);
         result += text;

@@ -11,7 +11,7 @@ namespace vexa {
 
 namespace {
 
-/// The longer side spans so many units of the plane.
+/// The units of the plane that the picture's longer side spans.
 constexpr float kSpan = 10.0F;
 
 const PictureLoops& pictureLoops = *RunnablePictureLoops().back();
@@ -26,7 +26,7 @@ VEXA_REALTIME PicturePlane Plane(const kits::BrightnessMap& map) {
 } // namespace
 
 float PictureValue(const PicturePlane& plane, float x, float y) {
-    // A place that is not a number is none above 0.
+    // NaN is not above 0, so it becomes 0.
     const auto bounded = [](float place, int last) {
         return place > 0 ? std::min(place, static_cast<float>(last)) : 0.0F;
     };

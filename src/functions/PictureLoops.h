@@ -9,34 +9,34 @@
 
 namespace vexa {
 
-/// A picture on the plane, its numbers side by side.
+/// A picture on the plane as plain numbers, for the loops.
 struct PicturePlane {
-    /// There are (right + 1) * (bottom + 1) values, row after row from the top left.
+    /// (right + 1) * (bottom + 1) values, row by row from the top left.
     const float* values;
     /// The last column and row, 0..4095.
     int right;
     int bottom;
     /// The pixels per unit of the plane.
     float scale;
-    /// The column and the row of the origin, counted from the middle of the first pixel.
+    /// The column and the row of the origin, counted from the centre of the first pixel.
     float column;
     float row;
 };
 
-/// Computes the value of the picture at a point, in the plainest form. Any thread, real-time safe.
+/// Returns the picture's value at a point, computed in the plainest form. Any thread, real-time
+/// safe.
 VEXA_REALTIME float PictureValue(const PicturePlane& plane, float x, float y);
 
 /// The loops for one instruction set. Any thread, real-time safe.
 struct PictureLoops {
-    /// values[i] = what PictureValue gives at (x[i], y[i]), the same bits. The arrays do not
-    /// overlap.
+    /// Sets values[i] to the same bits as PictureValue at (x[i], y[i]). The arrays do not overlap.
     void (*Values)(const PicturePlane& plane, const float* x, const float* y, float* values,
                    std::size_t count);
     /// The name of the instruction set.
     const char* name;
 };
 
-/// Returns the loops that this machine can run, the fastest last.
+/// Returns the loops for each instruction set that this machine can run, the fastest last.
 std::span<const PictureLoops* const> RunnablePictureLoops();
 
 } // namespace vexa

@@ -26,7 +26,8 @@ VEXA_REALTIME SpiralTurns Turns(const std::vector<float>& sample, const Winding&
     return {sample.data(), static_cast<int>(sample.size()) - 1, winding.T, winding.alphap};
 }
 
-/// The sample at `index`, a whole number or NaN, limited to the sample.
+/// Returns the sample at `index`, which is a whole number or NaN; an index outside of the sample
+/// counts as its nearest end.
 VEXA_REALTIME float At(const SpiralTurns& turns, float index) {
     if (!(index > 0))
         return turns.sample[0];
@@ -40,8 +41,8 @@ VEXA_REALTIME float Interpolate(const SpiralTurns& turns, float p) {
     return (1 - f) * At(turns, i) + f * At(turns, i + 1);
 }
 
-/// The frames of the track, which delivers floats of one channel; kLongestSample and some more
-/// where there are too many.
+/// Returns the frames of the track, which delivers floats of one channel. A track that is too long
+/// is read until slightly more than kLongestSample frames.
 std::vector<float> ReadTrack(BMediaTrack& track, const media_format& format) {
     std::vector<float> frames;
     frames.reserve(static_cast<std::size_t>(std::max<int64>(track.CountFrames(), 0)));
@@ -52,7 +53,7 @@ std::vector<float> ReadTrack(BMediaTrack& track, const media_format& format) {
     return frames;
 }
 
-/// Scales to a peak of 1; silence stays.
+/// Scales the frames to a peak of 1; silence remains.
 void Normalise(std::vector<float>& frames) {
     float peak = 0;
     for (const float value : frames)
@@ -67,7 +68,7 @@ kits::Error Failure(const std::filesystem::path& path, const std::string& reason
     return {"could not load sample " + path.string() + ": " + reason, {kSampleAlert}};
 }
 
-/// The sound file, and where it is.
+/// Opens the sound file and sets `fullPath`.
 kits::Result<std::unique_ptr<BMediaFile>> Open(const std::filesystem::path& path, BPath& fullPath) {
     const BEntry entry(path.c_str(), false);
     entry_ref ref;
@@ -119,7 +120,7 @@ float sampler2rfun(const SpiralTurns& turns, float x, float y) {
     const float n = std::floor(u);
     const float w = u - n;
     const float p0 = (n + phi) * turns.T;
-    // So far out the turns are all the same, and w has lost its digits or is not a number.
+    // So far out all turns have the last value, and `w` has lost its digits or is NaN.
     if (p0 >= static_cast<float>(turns.last))
         return turns.sample[turns.last];
     const float p1 = p0 + turns.T;

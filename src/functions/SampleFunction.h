@@ -19,21 +19,22 @@
 
 namespace vexa {
 
-/// The frames of a sample, mixed to one channel and normalised to a peak of 1, or silent. There is
-/// one at least. Spirals of the same sample share them.
+/// The frames of a sample, at least one, mixed to one channel and normalised to a peak of 1, or
+/// silent. Spirals of the same sample share them.
 using SampleFrames = std::shared_ptr<const std::vector<float>>;
 
-/// Says how a sample is wound into a spiral.
+/// The measures of the spiral into which a sample is wound.
 struct Winding {
-    /// Each turn of the spiral has so many frames.
+    /// The frames per turn of the spiral.
     float T = 100.0F;
-    /// Neighbouring turns are so far apart in the plane.
+    /// The distance of neighbouring turns in the plane.
     float alphap = 0.1F;
     bool operator==(const Winding&) const = default;
 };
 
-/// Returns the winding in which one turn is one period of `frequency` (Hz), for so many frames at
-/// `frameRate` (Hz). Nothing if the frequency is not positive or out of all proportion. Any thread.
+/// Returns the winding in which one turn is one period of `frequency` (Hz), for a sample of
+/// `frames` frames at `frameRate` (Hz). Returns nothing if there are no frames, if the frequency is
+/// not positive, or if a measure is not a normal float. Any thread.
 std::optional<Winding> WindingFor(std::size_t frames, float frameRate, double frequency);
 
 /// The plane function of a sample.
@@ -42,7 +43,7 @@ class VEXA_REALTIME SampleSpiral final : public PlaneSource {
     SampleSpiral(SampleFrames sample, const Winding& winding);
 
     float At(float x, float y, const float*) const noexcept override;
-    /// Computes what At computes, over arrays; SpiralLoops tells how far the two agree.
+    /// Computes the same bits as At, over arrays, by SpiralLoops.
     void Evaluate(const float* x, const float* y, const float* const*, float* values,
                   std::size_t count) const noexcept override;
 
@@ -51,26 +52,26 @@ class VEXA_REALTIME SampleSpiral final : public PlaneSource {
     const Winding winding;
 };
 
-/// A sample that was loaded.
+/// A loaded sample.
 struct LoadedSample {
     SampleFrames frames;
-    /// The file's rate in Hz, by which the sample frequency is measured.
+    /// The frame rate of the file in Hz, to which the sample frequency refers.
     float frameRate = 0;
     /// The absolute path of the file.
     std::string path;
 };
 
-/// The words of the alert about a file that cannot be loaded.
+/// The text of the alert for a file that cannot be loaded.
 constexpr const char* kSampleAlert = "Could not load sample";
 /// The longest sample, in frames: 50 minutes at 44.1 kHz.
 constexpr std::size_t kLongestSample = std::size_t{1} << 27;
 
-/// Returns how many frames a sound file says that it has, below 0 where it does not. The errors and
-/// the threads are those of LoadSample.
+/// Returns the number of frames that a sound file states, negative if it states none. Errors and
+/// threads as for LoadSample.
 kits::Result<int64> SampleLength(const std::filesystem::path& path);
 
-/// Decodes a sound file. The error has the alert kSampleAlert, and its text names the file and the
-/// fault. It waits for the disk, so neither the media nor the MIDI thread may call it.
+/// Decodes a sound file. The error has the alert kSampleAlert; its text names the file and the
+/// fault. Waits for the disk, so it must not run in the media or the MIDI thread.
 kits::Result<LoadedSample> LoadSample(const std::filesystem::path& path);
 
 } // namespace vexa

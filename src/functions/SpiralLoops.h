@@ -9,30 +9,30 @@
 
 namespace vexa {
 
-/// A spiral's numbers side by side. `sample` has last + 1 values.
+/// A spiral as plain numbers, for the loops. `sample` has last + 1 values.
 struct SpiralTurns {
     const float* sample;
     int last;
-    /// Each turn of the spiral has so many frames.
+    /// The frames per turn of the spiral.
     float T;
-    /// Neighbouring turns are so far apart in the plane.
+    /// The distance of neighbouring turns in the plane.
     float alphap;
 };
 
-/// Computes the value of the spiral at a point, in the plainest form. Any thread, real-time safe.
+/// Returns the spiral's value at a point, computed in the plainest form. Any thread, real-time
+/// safe.
 VEXA_REALTIME float sampler2rfun(const SpiralTurns& turns, float x, float y);
 
 /// The loops for one instruction set. Any thread, real-time safe.
 struct SpiralLoops {
-    /// values[i] = what sampler2rfun gives at (x[i], y[i]), the same bits. The arrays do not
-    /// overlap.
+    /// Sets values[i] to the same bits as sampler2rfun at (x[i], y[i]). The arrays do not overlap.
     void (*Values)(const SpiralTurns& turns, const float* x, const float* y, float* values,
                    std::size_t count);
     /// The name of the instruction set.
     const char* name;
 };
 
-/// Returns the loops that this machine can run, the fastest last.
+/// Returns the loops for each instruction set that this machine can run, the fastest last.
 std::span<const SpiralLoops* const> RunnableSpiralLoops();
 
 } // namespace vexa

@@ -27,12 +27,12 @@ class VEXA_REALTIME HeldKeys {
     /// A key that is already down moves to the end; if there are too many, the first is dropped.
     void Press(const Key& key);
     /// Reports the names of the matching keys that were down.
-    template<class Told>
-    void Release(const NoteName& pattern, Told told) {
+    template<class Take>
+    void Release(const NoteName& pattern, Take take) {
         std::size_t kept = 0;
         for (std::size_t i = 0; i < count; i++) {
             if (keys[i].name.Fits(pattern))
-                told(keys[i].name);
+                take(keys[i].name);
             else
                 keys[kept++] = keys[i];
         }

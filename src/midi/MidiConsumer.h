@@ -65,12 +65,12 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     VEXA_REALTIME void ModulateMacro(const NoteName& pattern, std::size_t macro, float amount);
     /// Reports the names of the named notes that have ended since the last call, once for each
     /// beginning. A note has ended when its key is up and it is silent for good.
-    template<class Told>
-    VEXA_REALTIME void TakeEnded(Told told) {
+    template<class Take>
+    VEXA_REALTIME void TakeEnded(Take take) {
         FindEnded();
         for (std::size_t i = 0; i < endedCount; i++) {
             if (HasEnded(i))
-                told(ended[i]);
+                take(ended[i]);
         }
         endedCount = 0;
     }

@@ -9,7 +9,8 @@ namespace vexa {
 
 DecimationFilter::DecimationFilter(std::size_t factor, std::size_t half)
     : factor(factor), reach(half * factor), taps((2 * reach + kSlack) / kSlack * kSlack) {
-    // The edge, where a half is left, lies so much below that of the lower rate's band.
+    // The edge, where the response is one half, lies below the lower rate's Nyquist frequency by
+    // this margin.
     const double edge = (1 - 2.6 / static_cast<double>(half)) / static_cast<double>(factor);
     for (std::size_t i = 0; i <= 2 * reach; i++) {
         const double place = static_cast<double>(i) - static_cast<double>(reach);
@@ -24,7 +25,7 @@ DecimationFilter::DecimationFilter(std::size_t factor, std::size_t half)
 
 Decimator::Decimator(int step)
     : factor(static_cast<std::size_t>(step)), filter(factor, DecimationFilter::kWhole) {
-    // Silence before the first frame, which is in the middle of the first output's filter.
+    // Silence precedes the first frame, which lies in the middle of the first output's filter.
     if (factor > 1)
         held.resize(filter.Reach());
 }
@@ -49,7 +50,7 @@ void Decimator::Finish(std::vector<float>& out) {
     if (factor == 1)
         return;
     const std::size_t whole = out.size() + (taken + factor - 1) / factor - given;
-    // Silence behind the end pushes the last frames out, and more.
+    // Silence after the end pushes the last frames out, and some more.
     const std::vector<float> silence(filter.Length());
     Process(silence.data(), silence.size(), out);
     out.resize(whole);

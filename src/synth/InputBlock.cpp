@@ -10,7 +10,8 @@ namespace {
 
 constexpr double kRampSeconds = 0.01;
 
-/// True where it goes to where it is wanted instead of stepping: hands move it, or legato keys.
+/// Returns true if the input moves to its target in a ramp instead of a step: controllers, macros,
+/// and the key in a legato change.
 VEXA_REALTIME bool Glides(FunctionInput input) noexcept {
     return input.kind == FunctionInput::Kind::Macro ||
            input.kind == FunctionInput::Kind::Controller || input.kind == FunctionInput::Kind::Key;

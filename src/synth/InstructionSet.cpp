@@ -14,7 +14,7 @@ namespace {
 /// The names in the order of the sets.
 constexpr std::array<std::string_view, 3> kNames{"baseline", "avx2", "avx512"};
 
-/// The best set of this machine that loops are compiled for.
+/// Returns the best instruction set of this machine for which the loops are compiled.
 InstructionSet BestOfMachine() noexcept {
 #if defined(VEXA_SEVERAL_SETS)
     __builtin_cpu_init();
@@ -32,7 +32,7 @@ const char* Asked() noexcept {
     return std::getenv(kInstructionSetVariable);
 }
 
-/// The set that the environment asks for, if this machine has it.
+/// Returns the set that the environment asks for, if this machine has it.
 std::optional<InstructionSet> Allowed() noexcept {
     const char* const asked = Asked();
     const auto best = static_cast<std::size_t>(BestOfMachine());

@@ -9,7 +9,7 @@ namespace vexa {
 
 namespace {
 
-/// Gives the coordinate the waves of these phases as its own.
+/// Sets the coordinate's own waves to those of the phases.
 VEXA_REALTIME void UseWaves(Oscillator::Wave wave, const double* phases, std::size_t count,
                             double* space, Coordinate& coordinate) noexcept {
     std::array<double, kRoom> sines, cosines;
@@ -52,8 +52,8 @@ void Oscillator::Advance(Wave wave, const EarTurn& ears, double sine, double cos
     UseWaves(wave, later.data(), count, rightSpace, right);
 }
 
-/// Has the coordinate compute its wave by the steps, from a phase at the beginning of the cell with
-/// this sine and cosine.
+/// Lets the coordinate compute its wave from the steps; `sine` and `cosine` belong to the phase at
+/// the beginning of the cell.
 void Oscillator::UseSteps(Wave wave, double sine, double cosine, Coordinate& coordinate) noexcept {
     if (step != keptStep) {
         std::array<double, 8> phases, eightPhases;

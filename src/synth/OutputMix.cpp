@@ -9,7 +9,7 @@
 namespace vexa {
 
 void OutputMix::Begin(const Times& times, std::size_t offset, std::size_t newCount) noexcept {
-    // These are the volumes of the previous block.
+    // Until here the ramps have the volumes of the previous block.
     for (Ramp<float>& channel : channels)
         channel.Pass(count);
     level.Pass(count);

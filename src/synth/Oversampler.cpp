@@ -9,10 +9,10 @@ namespace vexa {
 
 namespace {
 
-/// Seconds in which a delay comes or goes.
+/// The time, in seconds, in which the delay fades in or out.
 constexpr double kDelaySeconds = 0.01;
 
-/// True where all are 0. Bits are gathered without a branch, many at a time.
+/// Returns true if all samples are 0. The bits are combined without a branch, many at a time.
 VEXA_REALTIME bool IsSilent(std::span<const float> samples) noexcept {
     if (samples.front() != 0 || samples.back() != 0)
         return false;
@@ -41,7 +41,7 @@ void Oversampler::Render(float* left, float* right, std::size_t count) noexcept 
         float* const nextRight = lines[1].data() + Held();
         renderer.Render(next, right ? nextRight : nullptr, n * factor);
         Give(lines[0], left + done, n);
-        // What both ears hear alike is filtered once.
+        // If both ears hear the same, the filter runs once.
         if (right && std::equal(lines[0].data(), next + n * factor, lines[1].data()))
             std::copy_n(left + done, n, right + done);
         else if (right)
@@ -53,8 +53,8 @@ void Oversampler::Render(float* left, float* right, std::size_t count) noexcept 
     }
 }
 
-/// The frames that were held are held on at the new rate, if by straight lines between them only:
-/// they are heard for a millisecond or two.
+/// Converts the held frames to the new rate. Linear interpolation suffices, as they are heard for
+/// only a millisecond or two.
 void Oversampler::TakeFactor(std::size_t next) noexcept {
     filtered.Aim(next > 1 ? 1.0F : 0.0F,
                  begun ? static_cast<std::size_t>(frameRate * kDelaySeconds) : 0, 0);
@@ -76,13 +76,13 @@ void Oversampler::TakeFactor(std::size_t next) noexcept {
 }
 
 void Oversampler::Give(const Line& line, float* out, std::size_t count) const noexcept {
-    // Silence stays silence, and is what is rendered most of the time.
+    // Most of the time only silence is rendered, and its output is silence.
     if (IsSilent({line.data(), Held() + count * factor})) {
         std::fill_n(out, count, 0.0F);
         return;
     }
     const bool steady = !filtered.Moves();
-    // Those that are delayed.
+    // The delayed samples.
     if (!steady || filtered.Now() != 0) {
         if (filter)
             filter->Run(line.data(), out, count);

@@ -88,7 +88,7 @@ class PlaneFunction {
 };
 
 /// The renderer clamps the values of f to this magnitude. A low-cut filter's sums grow to about
-/// 8000 times its input (note 0 at 44100 samples per second), and so stay finite.
+/// 1e7 times its input at worst (a note of 0.1 Hz at 16 times the rate), and so stay finite.
 constexpr float kMostHeard = 1e30F;
 /// Returns the clamped value; 0 for a value that is not finite.
 VEXA_REALTIME float Heard(float value);

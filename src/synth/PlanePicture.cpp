@@ -18,17 +18,17 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// Points that are computed in one go: their places, values and words fit the first cache.
+/// The number of points that are computed in one go, so that their places, values and words fit
+/// into the first-level cache.
 constexpr std::size_t kPiece = 2048;
-/// How long one core computes before it looks whether the others are worth waking, which takes some
-/// microseconds.
+/// The time for which one core computes before it decides whether to wake the others, and the
+/// remaining time above which it does. Waking takes some microseconds.
 constexpr auto kTrial = std::chrono::microseconds(10);
 constexpr auto kWorthHelp = std::chrono::microseconds(40);
 
 } // namespace
 
-/// The rows of a picture in bands, which several threads take one after the other while they are
-/// open.
+/// The rows of a picture, in bands that several threads take one by one while taking is open.
 class PlaneDrawing::Bands {
   public:
     /// Fills the words or the values, whichever are not null.
@@ -46,7 +46,7 @@ class PlaneDrawing::Bands {
             x[c] = area.linkFunctionX + static_cast<float>(c % area.columns) * area.scale - left;
     }
 
-    /// From now on bands may be taken, until the moment `end`.
+    /// Lets threads take bands, until the moment `end`.
     void Open(Clock::time_point end) {
         const std::lock_guard lock(mutex);
         closes = end;
@@ -59,7 +59,8 @@ class PlaneDrawing::Bands {
         }
     }
 
-    /// Computes bands until kTrial is over; how long all the others will take at that pace.
+    /// Computes bands until kTrial is over, and returns the time that all the others would take at
+    /// that pace.
     std::chrono::duration<double> Try() {
         const auto start = Clock::now();
         const std::size_t first = next;
@@ -70,8 +71,9 @@ class PlaneDrawing::Bands {
         return passed * (static_cast<double>(bands - next) / std::max(done, 1.0));
     }
 
-    /// No more bands may be taken; waits for those that other threads have taken. Whoever comes
-    /// later touches neither the function nor the words. Answers whether the picture is complete.
+    /// Stops the taking of bands, and waits for those that other threads have taken. A thread that
+    /// comes later touches neither the function nor the words. Returns true if the picture is
+    /// complete.
     bool Close() {
         std::unique_lock lock(mutex);
         open = false;
@@ -96,7 +98,7 @@ class PlaneDrawing::Bands {
     void Draw(std::size_t first, std::size_t rows) {
         alignas(64) float y[kPiece];
         alignas(64) float piece[kPiece];
-        // All the pieces of a row that is longer than a piece have the same y.
+        // If a row is longer than a piece, all pieces of the row have the same y.
         for (std::size_t r = 0; r < rows; r++)
             std::fill_n(y + r * area.columns, std::min(kPiece, area.columns),
                         area.linkFunctionY - static_cast<float>(first + r) * area.scale + top);
@@ -109,7 +111,7 @@ class PlaneDrawing::Bands {
         }
     }
 
-    /// The caller's, called by nobody when all bands are finished.
+    /// Owned by the caller, and not called any more once all bands are finished.
     const PlaneFunction& f;
     const PlaneArea area;
     uint32* const words;
@@ -117,18 +119,18 @@ class PlaneDrawing::Bands {
     const std::size_t rowsPerBand;
     const std::size_t bands;
     const float top;
-    /// The points of a band.
+    /// The x of each point of a band.
     std::vector<float> x;
     std::mutex mutex;
     std::condition_variable changed;
     bool open = false;
     Clock::time_point closes;
-    /// The bands that have been taken and those that are done.
+    /// The numbers of bands that have been taken and that are finished.
     std::size_t next = 0;
     std::size_t finished = 0;
 };
 
-/// One sleeping thread for each further core, from the first picture that wants them to the end of
+/// One sleeping thread for each further core, from the first picture that needs them to the end of
 /// the program.
 class PlaneDrawing::Helpers {
   public:
@@ -137,7 +139,8 @@ class PlaneDrawing::Helpers {
         return helpers;
     }
 
-    /// Has all helpers draw what is left; those that are late for one picture take the next.
+    /// Lets all helpers draw bands of this picture. A helper that is late for it takes the next
+    /// one.
     void Offer(std::shared_ptr<Bands> bands) {
         const std::lock_guard lock(mutex);
         offered = std::move(bands);
@@ -151,7 +154,7 @@ class PlaneDrawing::Helpers {
             for (unsigned core = 1; core < std::thread::hardware_concurrency(); core++)
                 threads.emplace_back([this](const std::stop_token& stop) { Run(stop); });
         } catch (const std::system_error&) {
-            // There are no more threads to be had: fewer help.
+            // The system has no more threads, so fewer help.
         }
     }
 
@@ -171,7 +174,7 @@ class PlaneDrawing::Helpers {
     std::condition_variable_any changed;
     std::shared_ptr<Bands> offered;
     std::size_t offers = 0;
-    // Last, so that they end before what they use.
+    // The last member, so that the threads end before the members that they use.
     std::vector<std::jthread> threads;
 };
 

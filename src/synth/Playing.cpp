@@ -14,7 +14,7 @@ using P = Playing;
 
 constexpr std::string_view kModes[] = {"poly", "mono", "legato"};
 constexpr std::string_view kFlags[] = {"false", "true"};
-/// Powers of two.
+/// The permitted factors of oversampling, which are powers of two.
 constexpr std::string_view kFactors[] = {"1", "2", "4", "8", "16"};
 
 // The columns are easier to compare than to wrap.

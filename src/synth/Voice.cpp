@@ -9,8 +9,9 @@ namespace vexa {
 
 namespace {
 
-/// What is shown is about the slot's note as it is now, or as it was before its pitch changed.
-/// `rendered` is read first: the media thread writes it last, so a match vouches for the rest.
+/// Returns true if the published state belongs to the slot's note as it is now, or as it was before
+/// its pitch changed. `rendered` is read first: the media thread writes it last, so a match
+/// confirms the other values.
 VEXA_REALTIME bool Rendered(const voice& slot, VoiceState::Seen seen) {
     return slot.rendered == seen.Changes() || (slot.renderednotes == slot.notes && !slot.released);
 }
@@ -45,7 +46,7 @@ VoiceView Look(const voice& slot) {
     const bool rendered = Rendered(slot, slot.state.Look());
     VoiceView view{};
     view.released = slot.released;
-    // A release restarts the time; the orbit goes on from where it is.
+    // A release restarts the time, and the orbit continues from its place.
     view.t = rendered ? double(slot.t) : 0.0;
     if (rendered || view.released) {
         view.phasex = slot.phasex;

@@ -9,7 +9,7 @@
 
 namespace vexa {
 
-/// Work space of one coordinate of one voice.
+/// The work space of one coordinate of one voice.
 struct VoiceMotion::Space {
     alignas(64) std::array<double, kRoom> waves;
     alignas(64) std::array<double, kCellRoom> centres;
@@ -21,7 +21,8 @@ struct VoiceMotion::Turning {
     static constexpr std::size_t kMost = 2 * kTogether * kMostCells;
     std::array<double, kMost> phases, sines, cosines;
     std::size_t number = 0;
-    /// Where those of x and y begin, which as often as not are the same.
+    /// The indices at which the phases of x and of y begin. They are equal if both coordinates have
+    /// the same phases, as on every circular orbit.
     struct Place {
         std::size_t x, y;
     };
@@ -61,7 +62,7 @@ class VEXA_REALTIME VoiceMotion::Times {
         if (AddsTheSame(begin, dt, step, end))
             v.t = end;
         else
-            Tell();
+            Fill();
         first = static_cast<float>(begin);
         last = static_cast<float>(v.t);
     }
@@ -77,8 +78,8 @@ class VEXA_REALTIME VoiceMotion::Times {
         if (holds) {
             value = track.Value();
         } else {
-            if (!told)
-                Tell();
+            if (!filled)
+                Fill();
             track.Values(curve, t.data(), v.released, level, space, count);
         }
         if (v.fresh)
@@ -95,18 +96,18 @@ class VEXA_REALTIME VoiceMotion::Times {
     }
 
   private:
-    void Tell() {
+    void Fill() {
         v.t = Loops().Moments(begin, dt, t.data(), count);
-        told = true;
+        filled = true;
     }
 
     RunningVoice& v;
     double dt;
     std::size_t offset, count;
     double begin;
-    /// The times are between these.
+    /// The bounds of the times.
     float first, last;
-    bool told = false;
+    bool filled = false;
     alignas(64) std::array<double, kCellRoom> t;
 };
 
@@ -241,14 +242,15 @@ const double* VoiceMotion::Factors(RunningVoice& v, double* space) const noexcep
     return space;
 }
 
-/// Radians per sample, or what the factors multiply.
+/// Returns the phase step in radians per sample; if there are factors on the frequency, the step
+/// that they multiply.
 double VoiceMotion::Turn(const Axis& axis, const RunningVoice& v,
                          const double* factors) const noexcept {
     const double turn = axis.turn * v.freq * dt;
     return factors ? turn : turn * (v.glide.Factor() * v.bend.Factor());
 }
 
-/// All but the waves and the places.
+/// Computes the centres and radii of the voices.
 void VoiceMotion::PutOrbits(std::span<RunningVoice* const> voices, Moving& m) const noexcept {
     for (std::size_t k = 0; k < voices.size(); k++) {
         RunningVoice& v = *voices[k];
@@ -262,7 +264,8 @@ void VoiceMotion::PutOrbits(std::span<RunningVoice* const> voices, Moving& m) co
     m.drifts.Run(count);
 }
 
-/// All but the places.
+/// Computes everything but the places: centres and radii, and the phases and waves at the beginning
+/// of the block.
 void VoiceMotion::Begin(std::span<RunningVoice* const> voices, Moving& m) const noexcept {
     PutOrbits(voices, m);
     for (std::size_t k = 0; k < voices.size(); k++) {

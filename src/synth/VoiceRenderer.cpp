@@ -15,12 +15,12 @@
 
 namespace vexa {
 
-/// The work space of one block. The points and values of all voices lie voice after voice, so that
-/// the plane function is called once.
+/// The work space of one block. The positions and values of the voices follow one another, so that
+/// one call of the plane function computes all of them.
 struct VoiceRenderer::Block {
     static constexpr std::size_t kPoints = kVoiceSlots * kBlock + kSlack;
 
-    /// The data of one ear.
+    /// The points and values of one ear, and the sum of its voices.
     struct Ear {
         alignas(64) std::array<float, kPoints> x, y, s;
         alignas(64) std::array<float, kRoom> sum;
@@ -30,35 +30,33 @@ struct VoiceRenderer::Block {
 
 namespace {
 
-/// The sample rate for which a low-cut filter's constants are computed without oversampling,
-/// whatever the device's rate is.
+/// The rate for which a low-cut filter's constant is computed, whatever the rate of the device is.
 constexpr double kFilterRate = 44100;
 
-/// The amplitude below which a voice is inaudible; full volume is 1.
+/// A voice below this level is inaudible. Full volume is 1.
 constexpr float kInaudible = 1e-7F;
 
-/// A function that uses the time may move although a note's point stands. A movement slower than
-/// kStill per second is inaudible: within a cell it is at most 0.0015 at 44100 samples per second,
-/// 57 dB below 1. A released note whose value moves no more than that in any cell for kStillSeconds
-/// counts as ended.
+/// If f uses the time, its value may change although a note's point stands. A change of less than
+/// `kStill` per second is too slow to be heard, and its change within a cell, 63 dB below 1, too
+/// small. A released note that changes no faster for `kStillSeconds` counts as ended.
 constexpr double kStill = 1;
 constexpr double kStillSeconds = 10;
 
-/// The ramp time of bends, volumes and gains, and the fade time of a voice that was cut off, in
-/// seconds.
+/// The durations, in seconds, of the ramps of pitch bend, volumes and pan, and of the fade of a
+/// voice that is cut off.
 constexpr double kHandSeconds = 0.01;
 constexpr double kFadeSeconds = 0.005;
 
-/// Returns an upper bound of the filter's output from now on if its input stays at `s`. Each sum
-/// converges to a limit, and its distance from that limit decays.
+/// Returns an upper bound of the filter's output from now on if its input stays at `s`. Each
+/// accumulator converges to a limit, and its distance from that limit decays.
 VEXA_REALTIME float Lacks(const LowCutFilter& filter, float s) noexcept {
     const float end0 = s / (1.0F - filter.hpa);
     const float end1 = s / (1.0F - filter.hpb);
     return filter.hpgain * (std::abs(filter.hpsum0 - end0) + std::abs(filter.hpsum1 - end1));
 }
 
-/// Returns true if the filter's output will not change as long as its input stays at `s`. If all
-/// remaining output is inaudible, the filter is moved to its limit, with output 0.
+/// Returns true if the filter's output stays constant as long as its input stays at `s`. If all
+/// further change is inaudible, the filter is set to its limits, and true is returned too.
 VEXA_REALTIME bool Settles(LowCutFilter& filter, float s) noexcept {
     const auto after = [s](float pole, float sum) {
         return static_cast<float>(double(pole) * sum + s);
@@ -74,16 +72,16 @@ VEXA_REALTIME bool Settles(LowCutFilter& filter, float s) noexcept {
     return true;
 }
 
-/// Returns true if the outputs of two filters with the same poles and input differ inaudibly from
-/// now on.
+/// Returns true if two filters with the same input will have the same output from now on, up to
+/// inaudible differences.
 bool Agree(const LowCutFilter& a, const LowCutFilter& b) noexcept {
     return a.hpgain * (std::abs(a.hpsum0 - b.hpsum0) + std::abs(a.hpsum1 - b.hpsum1)) <
                kInaudible &&
            std::abs(a.out - b.out) < kInaudible;
 }
 
-/// Returns a filter with the poles and the gain of `poles`, the last output `out`, and the sums to
-/// which a constant input `d` leads: it subtracts d from its next input.
+/// Returns a filter with the coefficients of `poles` whose last output is `out`, and which
+/// subtracts `d` from a constant input.
 VEXA_REALTIME LowCutFilter Charged(const LowCutFilter& poles, float d, float out) noexcept {
     return {poles.hpa,
             poles.hpb,
@@ -93,8 +91,8 @@ VEXA_REALTIME LowCutFilter Charged(const LowCutFilter& poles, float d, float out
             out};
 }
 
-/// Replaces the poles and gains of a voice's filters. Each filter goes on with the offset that it
-/// subtracts at present, so that the output does not jump.
+/// Replaces the coefficients of the voice's filters. The new filters subtract the same offset as
+/// the old ones, so the output has no step.
 VEXA_REALTIME void Refilter(RunningVoice& v, const LowCutFilter& next) noexcept {
     for (LowCutFilter* filter : {&v.filter, &v.rightFilter})
         *filter = Charged(next, filter->hpgain * (filter->hpsum0 - filter->hpsum1), filter->out);
@@ -137,9 +135,9 @@ void VoiceRenderer::SetSampleRate(double rate, int oversampling) noexcept {
     }
 }
 
-/// Returns the filter of a note of `freq` Hz, with sums of 0. The poles of the two accumulators are
-/// e^-k and e^-2k with k = ln 2 freq / filterRate; the gain makes the response at frequency 0
-/// exactly 0.
+/// Returns the filter of a note of `freq` Hz with its accumulators at 0. The poles of the two
+/// accumulators are e^-k and e^-2k with k = ln 2 freq / filterRate; the gain makes the response at
+/// frequency 0 exactly 0.
 LowCutFilter VoiceRenderer::LowCutFor(float freq) const noexcept {
     const auto k = static_cast<float>(std::numbers::ln2 * freq / filterRate);
     const auto hpa = static_cast<float>(kits::maths::Exponential(-double(k)));
@@ -164,8 +162,8 @@ void VoiceRenderer::Render(float* left, float* right, std::size_t count) noexcep
     const RealtimeSection realtime;
     const FlushDenormals flush;
     const kits::Reader::Section reading(reader);
-    // Read before the function: IsReplaced() then notices a replacement that happens in between. In
-    // the other order, the old function would be taken for the new sound's.
+    // Read before the function, so that a function that arrives in between is not taken for the old
+    // one.
     const uint32 now = replacing;
     const bool another = std::exchange(replaced, now) != now;
     for (RunningVoice& v : running)
@@ -175,7 +173,7 @@ void VoiceRenderer::Render(float* left, float* right, std::size_t count) noexcep
     for (std::size_t done = 0; done < count;) {
         float* const rightPart = right ? right + done : nullptr;
         const std::size_t most = offset == 0 ? std::min(kMostCells, (count - done) / kBlock) : 0;
-        // If sounds are joined, each change must be noticed in its own block.
+        // While sounds are joined, each change must be noticed in its own block.
         const bool whole = most > 1 && !joins;
         const std::size_t cells = whole ? RenderCells(f, left + done, rightPart, most) : 0;
         if (cells > 0) {
@@ -195,8 +193,8 @@ void VoiceRenderer::Render(float* left, float* right, std::size_t count) noexcep
     ShowProgress();
 }
 
-/// Renders a block. Returns false, without any effect, if the values that it has read may belong to
-/// two different sounds.
+/// Renders a block. Returns false, and changes nothing, if the values read may belong to two
+/// sounds.
 bool VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* left, float* right,
                                 std::size_t count) noexcept {
     const OwnControllers own(playing, macros);
@@ -207,12 +205,12 @@ bool VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
     const float levelBefore = mix.Level();
     std::array<RunningVoice*, kVoiceSlots> sounding;
     std::size_t voiceCount = 0;
-    // Resting voices whose volumes or gains move.
+    // Voices at rest whose volumes move.
     std::array<RunningVoice*, kVoiceSlots> fading;
     std::size_t fadingCount = 0;
     inputs.Advance(sampleRate, Smooth(), offset, count);
-    // If nothing sounds, a new volume of the sum applies at once. It also does if sounds are
-    // joined, because Join charges the filters for it.
+    // A volume changes at once if nothing sounds, or if sounds are joined: the filters of the notes
+    // then compensate for it.
     const bool glides = !joins && std::ranges::any_of(running, &RunningVoice::sounds);
     const std::size_t hand = SamplesIn(kHandSeconds);
     mix.Begin({hand, glides ? hand : 0, SamplesIn(kFadeSeconds)}, offset, count);
@@ -287,9 +285,8 @@ bool VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
         if (sounding[k]->stands)
             Watch(*sounding[k], {&one.s[k * count], count}, cellEnds);
     }
-    // Whether a voice rests is decided only at the end of a cell, so that it does not depend on
-    // where blocks split the cell. Its point must have stood at the cell's beginning too, so that
-    // the last value is the one that stays.
+    // Only at the end of a cell, so that the result does not depend on how blocks are cut; and only
+    // for points that already stood when the cell began, so that the last value is the final one.
     if (!cellEnds)
         return true;
     for (std::size_t k = 0; k < voiceCount; k++) {
@@ -304,16 +301,16 @@ bool VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
         v.rests = stood && v.stands && !v.arrives.Moves() && inputs.IsSteady(source, v) &&
                   !Lingers(v, hearsTime, 0) && Settles(v.filter, Heard(last(one))) &&
                   (!apart || Settles(v.rightFilter, Heard(last(other))));
-        // A resting voice is over even if IsOver is false: its filter may settle short of the
-        // limits because rounding stops its sums there.
+        // A filter may settle while its output is still audible, because rounding hides what its
+        // accumulators lack.
         v.over = v.rests || (v.stands && IsOver(v, last(one), apart ? last(other) : 0));
     }
     CloseEars();
     return true;
 }
 
-/// Begins the ears' block. If the sound has a spread or a note is panned, the right ear gets
-/// filters of its own, which start as copies of the left ear's.
+/// Parts the ears if the sound has a spread or a note is panned. The right ear begins with the
+/// filters of the left one.
 void VoiceRenderer::OpenEars(bool both, std::size_t count) noexcept {
     ears.Begin(parameters, both ? playing.Spread() : 0, SamplesIn(kHandSeconds), offset, count);
     if (apart || !(ears.Apart() || (both && Panned())))
@@ -323,7 +320,7 @@ void VoiceRenderer::OpenEars(bool both, std::size_t count) noexcept {
         v.rightFilter = v.filter;
 }
 
-/// Returns true if a note has different gains for the two ears.
+/// Returns true if a note is louder in one ear than in the other.
 bool VoiceRenderer::Panned() const noexcept {
     for (std::size_t i = 0; i < running.size(); i++) {
         const RunningVoice& v = running[i];
@@ -337,7 +334,7 @@ bool VoiceRenderer::Panned() const noexcept {
     return false;
 }
 
-/// Gives up the right ear's filters at the end of a cell if both ears hear the same again.
+/// Joins the ears again, at the end of a cell, if they hear the same.
 void VoiceRenderer::CloseEars() noexcept {
     apart = apart && (ears.Apart() || Panned() ||
                       std::any_of(running.begin(), running.end(), [](const auto& v) {
@@ -345,9 +342,8 @@ void VoiceRenderer::CloseEars() noexcept {
                       }));
 }
 
-/// Returns the value of f that an ear hears at the orbit's start; `side` is -1 for the left ear and
-/// 1 for the right one. As for voice::start, the radii are the envelopes' first values, whatever
-/// the formulas say.
+/// Returns the value of f that an ear, on the side -1 or 1, hears at the start of a note's orbit.
+/// As for a single ear, the radii count as 1, whatever their formulas give.
 float VoiceRenderer::StartOf(const RunningVoice& v, const PlaneSource& f,
                              double side) const noexcept {
     const double x = parameters.EnvAx->Value(0, false, 0) * ears.X().cosine + v.cx;
@@ -364,8 +360,8 @@ bool VoiceRenderer::HearsTime(const PlaneSource& f) noexcept {
     });
 }
 
-/// Observes the value of f for a voice whose point stands, and stops the function's time input once
-/// the voice counts as ended.
+/// Watches the values of f of a voice whose point stands, and stops the voice's time once the voice
+/// counts as ended.
 void VoiceRenderer::Watch(RunningVoice& v, std::span<const float> samples,
                           bool cellEnds) const noexcept {
     const auto most = static_cast<float>(kStill * double(kBlock) / sampleRate);
@@ -379,8 +375,8 @@ void VoiceRenderer::Watch(RunningVoice& v, std::span<const float> samples,
     v.stopped = v.stopped || v.stillFor >= SamplesIn(kStillSeconds);
 }
 
-/// Charges the filters so that the output of this block begins at the last output of the previous
-/// one, although the sum's volume is `louder` times the previous volume.
+/// Sets the filters so that the first samples of a block continue from the last output. `louder` is
+/// the ratio of the new to the old level.
 void VoiceRenderer::Join(std::span<RunningVoice* const> sounding, const Block& block,
                          std::size_t count, float louder) const noexcept {
     const auto charge = [louder](LowCutFilter& filter, float first) {
@@ -394,21 +390,21 @@ void VoiceRenderer::Join(std::span<RunningVoice* const> sounding, const Block& b
     }
 }
 
-/// Returns true if a voice whose point stands hears a time that will not stop within `cells` cells.
+/// Returns true if the voice, whose point stands, uses a time that will not stop within the next
+/// `cells` cells.
 bool VoiceRenderer::Lingers(const RunningVoice& v, bool hearsTime,
                             std::size_t cells) const noexcept {
     return hearsTime && !v.stopped && v.stillFor + cells * kBlock < SamplesIn(kStillSeconds);
 }
 
-/// Returns true if the voice stays inaudible as long as its inputs for the two ears stay at `left`
-/// and `right`.
+/// Returns true if the voice stays inaudible as long as the input of its filters keeps these
+/// values.
 bool VoiceRenderer::IsOver(const RunningVoice& v, float left, float right) const noexcept {
     return Lacks(v.filter, Heard(left)) < kInaudible &&
            (!apart || Lacks(v.rightFilter, Heard(right)) < kInaudible);
 }
 
-/// Returns true if the sound differs from that of the last block; the resting voices then move
-/// again.
+/// Wakes the resting voices if the sound or the function has changed. Returns true if it has.
 bool VoiceRenderer::WakeIfChanged(const VoiceMotion& motion, const PlaneFunction& f) noexcept {
     const VoiceMotion::Sound now = motion.Of();
     if (now == sound && &f.Source() == heard)
@@ -420,16 +416,14 @@ bool VoiceRenderer::WakeIfChanged(const VoiceMotion& motion, const PlaneFunction
     return true;
 }
 
-/// Returns the number of samples in which coefficients and controllers reach their targets; 0 if
-/// they step.
+/// Returns the length in samples of the ramps of coefficients and controllers; 0 if they step.
 std::size_t VoiceRenderer::Smooth() const noexcept {
     const double seconds = playing.given ? double(playing.smooth) / 1000 : 0;
     return seconds > 0 ? SamplesIn(seconds) : 0;
 }
 
-/// Applies the player's hands to a sounding note: bend, own controllers and macros, tuning, gains.
-/// A voice that was cut off is left alone, because its slot may already hold the values of a note
-/// that has not been taken up yet.
+/// Applies bend, expression and controllers to a sounding note. If its slot meanwhile has a newer
+/// note that has not been taken up, these values are that note's.
 void VoiceRenderer::TakeUpHands(RunningVoice& v, const voice& slot) noexcept {
     v.glide.Aim(0, 0, offset);
     v.arrives.Aim(1, 0, offset);
@@ -450,18 +444,17 @@ void VoiceRenderer::TakeUpHands(RunningVoice& v, const voice& slot) noexcept {
     }
     v.bend.Aim(BendOf(v, slot), SamplesIn(kHandSeconds), offset);
     v.own = OwnOf(slot);
-    // The values that depend on the key do not jump at a legato key.
+    // Values that depend on the key do not jump at a legato change.
     v.smooth = std::max(Smooth(), v.retuned ? SamplesIn(kHandSeconds) : 0);
     v.retuned = false;
 }
 
-/// Returns the bend and the tuning together, in semitones.
+/// Returns the bend of a note in semitones.
 double VoiceRenderer::BendOf(const RunningVoice& v, const voice& slot) const noexcept {
     return (playing.Bends() ? double(slot.bend) : 0.0) + v.tuning;
 }
 
-/// Ends a voice whose slot was silenced: with a fade if the sound has playing settings
-/// (Playing::given), otherwise at once.
+/// Ends a voice. With `playing` settings it fades out, without them it stops at once.
 void VoiceRenderer::CutOff(RunningVoice& v) noexcept {
     if (!v.ends && playing.given && !v.rests) {
         v.ends = true;
@@ -471,8 +464,8 @@ void VoiceRenderer::CutOff(RunningVoice& v) noexcept {
     v.ends = v.sounds;
 }
 
-/// Moves a voice to the channel of its note. A sounding voice reaches the volume of that channel
-/// within 10 ms, a silent one has it at once.
+/// Moves the voice to the channel of its note. A sounding voice reaches the volume of that channel
+/// within 10 ms; a silent one has it at once.
 void VoiceRenderer::MoveTo(RunningVoice& v, std::size_t channel, bool silent) noexcept {
     v.before = mix.Volume(v);
     v.channel = channel;
@@ -483,9 +476,9 @@ void VoiceRenderer::MoveTo(RunningVoice& v, std::size_t channel, bool silent) no
     v.arrives.Aim(1, SamplesIn(kHandSeconds), offset);
 }
 
-/// Takes up the slot's new note, its release or its new pitch, if there is one. A note that is
-/// being rewritten at this moment is taken up with the next block; until then the voice continues
-/// unchanged.
+/// Takes up a change of the slot: a new note, a release or a new pitch. A slot that is being
+/// rewritten at this moment is left for the next block, and the voice continues unchanged until
+/// then.
 void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
                                  const PlaneSource& f) noexcept {
     const VoiceState::Seen seen = slot.state.Look();
@@ -494,7 +487,7 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
     if (seen.Changing() || (v.sounds && seen.Changes() == v.changes))
         return;
 
-    // Everything is read before the voice changes, because the slot may be rewritten meanwhile.
+    // Everything is read before anything changes, because the slot may be rewritten meanwhile.
     const uint32 notes = slot.notes, tunes = slot.tunes;
     const int32 channel = slot.channel;
     const float glide = slot.glide, glideFrom = slot.glidefrom;
@@ -516,8 +509,7 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
         return;
 
     const bool begins = !v.sounds || notes != v.notes;
-    // With playing settings a voice that is cut off fades, so the slot's previous note still sounds
-    // if it was replaced since the last block.
+    // A note that was cut off in this block still sounds if it is to fade.
     const bool goesOn = v.sounds && (continues || v.ends || playing.given);
     if (begins || tunes != v.tunes) {
         const double from = glidesOn ? v.freq * v.glide.Factor() : double(glideFrom);
@@ -550,8 +542,7 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
         v.cy = startcy;
         v.x.Restart();
         v.y.Restart();
-        // Charges a filter so that the first sample equals the slot's last one, which avoids a
-        // click; if the slot was silent, it is 0.
+        // The first sample of the new note equals the last one of the slot, so there is no click.
         const auto charge = [&](LowCutFilter& filter, std::size_t ear, float from) {
             const float before = v.gains[ear].Now();
             v.gains[ear].Set(gains[ear]);
@@ -568,8 +559,8 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
     if (released && !v.released) {
         const auto places = EnvelopePlaces();
         for (std::size_t i = 0; i < places.size(); i++) {
-            // A note-off that arrived while a buffer was rendered recorded the levels of an earlier
-            // time than the voice has reached. They are computed again, so that nothing jumps.
+            // If the note-off came while a buffer was rendered, its levels belong to an earlier
+            // time than the voice has reached. They are then computed anew, so that nothing jumps.
             const Envelope& envelope = *(parameters.*places[i].target);
             const auto t = static_cast<float>(v.t);
             v.rellevel[i] = t == heldFor ? rellevel[i] : envelope.Value(t, false, 0);

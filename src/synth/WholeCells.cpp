@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Several cells at once, where nothing begins or ends: what is decided once per voice and block is
-// then decided once for all of them. Every sample is the same as it is in blocks.
+// Renders several cells at once while no note begins or ends, so that each decision per voice and
+// block is made once for all of them. Every sample is the same as when rendered in blocks.
 #include "synth/VoiceRenderer.h"
 
 #include <algorithm>
@@ -25,8 +25,8 @@ std::size_t VoiceMotion::CellsFor(const Axis& axis, const RunningVoice& v,
 
 std::size_t VoiceMotion::CellsFor(RunningVoice& v, std::size_t most) const noexcept {
     const std::size_t cells = CellsFor(y, v, CellsFor(x, v, most));
-    // What stands does so for good: it is enough to look at the end, or a little beyond, as if the
-    // sums had arrived there. The envelopes are followed from where they are afterwards.
+    // A point that stands does so for good, so it is enough to check the end of the cells, or a
+    // little beyond it, with the sums at their targets. The envelopes are restored afterwards.
     if (!v.released || v.stands || cells == 0)
         return cells;
     const auto envelopes = v.envelopes;
@@ -38,7 +38,7 @@ std::size_t VoiceMotion::CellsFor(RunningVoice& v, std::size_t most) const noexc
     return stands ? 0 : cells;
 }
 
-/// True where the voice finds nothing new in its slot.
+/// Returns true if the voice's slot has no change for it.
 bool VoiceRenderer::GoesOn(const RunningVoice& v, const voice& slot) const noexcept {
     const VoiceState::Seen seen = slot.state.Look();
     if (!v.sounds)
@@ -51,7 +51,8 @@ bool VoiceRenderer::GoesOn(const RunningVoice& v, const voice& slot) const noexc
            v.own == OwnOf(slot);
 }
 
-/// Renders up to `most` whole cells at once and answers how many; none where something changes.
+/// Renders up to `most` whole cells at once and returns their number; 0 if anything changes in
+/// them.
 std::size_t VoiceRenderer::RenderCells(const PlaneFunction& f, float* left, float* right,
                                        std::size_t most) noexcept {
     if (!mix.Stays() || !ears.StayAt(parameters, right ? playing.Spread() : 0) ||
@@ -71,7 +72,7 @@ std::size_t VoiceRenderer::RenderCells(const PlaneFunction& f, float* left, floa
             return 0;
         if (!v.sounds)
             continue;
-        // Where a point stands, each cell decides whether the voice rests.
+        // If a point stands, each cell decides whether the voice rests.
         if (v.rests ? inputs.IsAskedOf(source, v, controllers, own)
                     : v.stands && !Lingers(v, hearsTime, cells))
             return 0;
@@ -105,7 +106,7 @@ std::size_t VoiceRenderer::RenderCells(const PlaneFunction& f, float* left, floa
     auto& [one, other] = *cellEars;
     motion.MoveCells(all, apart ? &ears : nullptr, {one.x.data(), one.y.data()},
                      {other.x.data(), other.y.data()});
-    // Those of one cell after the other only where they have inputs of their own.
+    // Functions with inputs are evaluated cell by cell.
     const std::size_t some = source.Inputs().empty() ? cells : 1;
     const float* const* given = nullptr;
     bool stays = false;

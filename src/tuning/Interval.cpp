@@ -10,7 +10,7 @@ namespace vexa {
 namespace {
 
 double Compute(kits::VectorMaths::OfOne kits::VectorMaths::*function, double x) {
-    // The first runs on every machine.
+    // The loops of the first instruction set run on every machine.
     const kits::VectorMaths& maths = *kits::AllVectorMaths().front();
     std::array<double, kits::VectorMaths::kGroup> arguments{};
     std::array<double, kits::VectorMaths::kGroup> values{};

@@ -11,7 +11,7 @@ namespace {
 
 using kits::Result;
 
-/// The keys that follow on the size, in the file's order.
+/// The keys that follow the pattern's size in the file, in the file's order.
 struct KeyRow {
     const char* what;
     int Keymap::*target;
@@ -23,7 +23,8 @@ constexpr KeyRow kKeyRows[] = {
     {"the reference key, from 0 to 127", &Keymap::reference},
 };
 
-/// Takes the next line's number, from 0 to `most`.
+/// Reads the number on the next line that is not blank into `target`. Returns false, and leaves
+/// `target` unchanged, if it is not a number from 0 to `most`.
 bool TakeNumber(ScalaLines& lines, int most, int& target) {
     lines.NextFilled();
     const auto number = NumberIn(lines.Text(), 0, most);
@@ -31,7 +32,7 @@ bool TakeNumber(ScalaLines& lines, int most, int& target) {
     return number.has_value();
 }
 
-/// Reads the entries of a pattern of that size.
+/// Reads the remaining lines as the entries of a pattern of `size` keys.
 Result<void> ReadPattern(ScalaLines& lines, int size, Keymap& keymap) {
     while (lines.NextFilled()) {
         const std::string_view word = FirstWord(lines.Text());
@@ -41,7 +42,7 @@ Result<void> ReadPattern(ScalaLines& lines, int size, Keymap& keymap) {
             return lines.Expected("a degree from 0 to " + std::to_string(kMostScaleNotes) +
                                   ", or x");
         if (keymap.pattern.size() == static_cast<std::size_t>(size))
-            return lines.Expected("no more than " + std::to_string(size) + " entries");
+            return lines.Expected("no entry after number " + std::to_string(size));
         keymap.pattern.push_back(degree);
     }
     keymap.pattern.resize(static_cast<std::size_t>(size));

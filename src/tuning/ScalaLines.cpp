@@ -11,7 +11,7 @@ namespace vexa {
 namespace {
 
 constexpr std::string_view kBlanks = " \t";
-/// Some editors put this before the first line of a text in UTF-8.
+/// Some editors put this mark at the front of a UTF-8 text.
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 } // namespace

@@ -22,7 +22,8 @@ bool IsDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
-/// Takes a sign and digits, and a period among them where that is allowed, from the text's front.
+/// Removes a number from the front of the text and returns it: an optional sign and digits, with at
+/// most one period if `withPeriod` is true.
 std::string_view TakeNumber(std::string_view& text, bool withPeriod) {
     std::size_t end = text.starts_with('-') || text.starts_with('+') ? 1 : 0;
     bool period = !withPeriod;
@@ -40,7 +41,7 @@ void SkipBlanks(std::string_view& text) {
         text.remove_prefix(1);
 }
 
-/// Returns the value of the text that TakeNumber has taken; NaN if it is no number or out of range.
+/// Returns the value of a text from TakeNumber; NaN if it is not a number or out of range.
 double ValueOf(std::string_view number) {
     if (number.starts_with('+'))
         number.remove_prefix(1);
@@ -70,7 +71,8 @@ Result<double> ReadPitch(std::string_view text) {
             return Error{kRatio};
         cents = CentsOf(upper) - CentsOf(lower);
     }
-    // The rest of the word is no remark but belongs to the number, like a decimal comma.
+    // A decimal comma, a slash or another period is part of a malformed number, not of the text
+    // after the pitch, which is ignored.
     const bool comma = text.size() > 1 && text[0] == ',' && IsDigit(text[1]);
     if (comma || text.starts_with('/') || text.starts_with('.'))
         return Error{kPitch};
@@ -109,7 +111,7 @@ Result<Scale> ParseScale(std::string_view bytes, const std::string& name) {
     }
     while (lines.NextFilled()) {
         if (ReadPitch(lines.Text()))
-            return lines.Expected("no more than " + std::to_string(*count) + " pitches");
+            return lines.Expected("no pitch after number " + std::to_string(*count));
     }
     return scale;
 }

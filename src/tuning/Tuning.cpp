@@ -12,7 +12,8 @@ namespace vexa {
 
 namespace {
 
-/// Cents above the scale's degree 0 on the map's middle key.
+/// Returns the interval in cents from the map's middle key, as degree 0, to `key`; nothing if the
+/// map omits the key.
 std::optional<double> CentsOf(const Scale& scale, const Keymap& keymap, int key) {
     const std::optional<Keymap::Place> place = keymap.PlaceOf(key);
     if (!place)
@@ -20,15 +21,15 @@ std::optional<double> CentsOf(const Scale& scale, const Keymap& keymap, int key)
     return place->repetitions * scale.Cents(keymap.octave) + scale.Cents(place->degree);
 }
 
-/// Returns the tuning's entry for a key of that frequency: 0 outside the audible range.
+/// Returns the tuning's entry for a key with that frequency: 0 outside kLeastHertz to kMostHertz.
 float Playable(double hertz) {
     return hertz >= kLeastHertz && hertz <= kMostHertz ? static_cast<float>(hertz) : 0.0F;
 }
 
 } // namespace
 
-/// The step and the ratio are rounded to single precision, so that without a choice every sample is
-/// what it is by single precision throughout; the error is below 0.001 cents.
+/// The step and the ratio are rounded to single precision, so that the default tuning gives the
+/// same samples, bit for bit, as a computation in single precision; the error is below 0.001 cents.
 Tuning EqualTemperament(double a4) {
     const auto semitone = static_cast<float>(std::numbers::ln2 / 12);
     Tuning tuning;

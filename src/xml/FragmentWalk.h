@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Going through a tree in document order, at any depth, without recursion.
+// Walks through a tree of fragments in document order, without recursion, at any depth.
 #pragma once
 
 #include "xml/MXFragment.h"
@@ -8,12 +8,12 @@
 
 namespace vexa {
 
-/// Tells how to go on from a fragment: to its children, to what comes after them, or not at all.
+/// How a walk continues after a fragment: with its children, past its children, or not at all.
 enum class WalkStep { Into, Past, Stop };
 
-/// Calls enter(fragment), which returns a WalkStep, for `top` and then for what is below it in
-/// document order, and leave(fragment) after the children of each fragment that was gone into.
-/// `Fragment` is MXFragment or const MXFragment.
+/// Calls enter(fragment), which returns a WalkStep, for `top` and its descendants in document
+/// order. For each fragment with WalkStep::Into it calls leave(fragment) after the children.
+/// Neither is called again after WalkStep::Stop. `Fragment` is MXFragment or const MXFragment.
 template<class Fragment, class Enter, class Leave>
 void WalkFragments(Fragment& top, Enter enter, Leave leave) {
     struct Level {
@@ -41,7 +41,7 @@ void WalkFragments(Fragment& top, Enter enter, Leave leave) {
     }
 }
 
-/// Does the same for those who need not know when a fragment is left.
+/// Does the same without a `leave`.
 template<class Fragment, class Enter>
 void WalkFragments(Fragment& top, Enter enter) {
     WalkFragments(top, enter, [](Fragment&) {});

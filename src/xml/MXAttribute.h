@@ -6,8 +6,8 @@
 
 namespace vexa {
 
-/// Holds both texts as they stand in the document: nothing in them is escaped or resolved, so a
-/// value with a double quote in it cannot be read back.
+/// Holds name and value exactly as in the document. Nothing is escaped or resolved, so a value that
+/// contains a double quote cannot be read back.
 class MXAttribute {
   public:
     MXAttribute() = default;
@@ -15,7 +15,7 @@ class MXAttribute {
 
     /// Returns NAME="VALUE".
     MXString AssembleString() const;
-    /// Appends what AssembleString returns.
+    /// Appends the text that AssembleString returns.
     void AppendTo(MXString& text) const;
 
     MXString name;

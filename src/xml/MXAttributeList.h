@@ -9,23 +9,23 @@
 
 namespace vexa {
 
-/// Holds attributes in the order of the document; a name may occur again. Any thread, one at a
-/// time.
+/// Holds attributes in document order; a name may occur several times. Any thread, one at a time.
 class MXAttributeList {
   public:
-    /// Replaces the entries by those read from the whole text, which is used up. Returns MX_OK or
-    /// MX_BAD_ATTRIBUTE; what stood before the fault stays in the list.
+    /// Replaces the entries by those read from the text, and consumes the text. Returns MX_OK, or
+    /// MX_BAD_ATTRIBUTE; the list then has the attributes before the fault.
     int32 ParseString(MXString& text) { return ParseString(text, 0, nullptr); }
-    /// Does the same for a text with `behind` bytes behind it. What is no attribute, and a name
-    /// that is none, is told to `remarks` where there are any.
+    /// Does the same for a text that is followed by `behind` bytes in the document, from which the
+    /// places of remarks are computed. The fault and each invalid name add a remark to `remarks`,
+    /// unless it is null.
     int32 ParseString(MXString& text, std::size_t behind, Remarks* remarks);
 
     /// Returns each attribute with a space before it.
     MXString AssembleString() const;
-    /// Appends what AssembleString returns.
+    /// Appends the text that AssembleString returns.
     void AppendTo(MXString& text) const;
 
-    /// Returns the value of the first attribute of that name, "" if there is none.
+    /// Returns the value of the first attribute with that name, or "" if there is none.
     MXString GetValue(MXString name) const;
 
     int32 CountItems() const { return static_cast<int32>(attributes.size()); }

@@ -15,7 +15,7 @@ int32 MXDoctype::ParseString(MXString& text) {
     text.RemoveLeadingSpace();
     if (!text.BeginsWith(kOpening))
         return MX_NO_DOCTYPE;
-    // And the blank after it.
+    // The blank that follows is removed too.
     text.Remove(0, static_cast<int64>(kOpening.size()) + 1);
     name = text.RemoveLeadingSpace().SplitOffAtFirstNonNameChar();
     keyword = text.RemoveLeadingSpace().SplitOffAtFirstNonNameChar();

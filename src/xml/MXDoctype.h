@@ -6,24 +6,24 @@
 
 namespace vexa {
 
-/// Holds the three parts of a declaration as they stand in the document.
+/// Holds the three parts of a declaration exactly as in the document.
 class MXDoctype {
   public:
     MXDoctype() = default;
     MXDoctype(MXString name, MXString keyword, MXString literal)
         : name(std::move(name)), keyword(std::move(keyword)), literal(std::move(literal)) {}
 
-    /// Takes one declaration from the front of the text. Returns MX_OK, MX_NO_DOCTYPE (only blanks
-    /// were taken) or MX_BAD_DOCTYPE (name and keyword hold what was read).
+    /// Reads one declaration and removes it from the front of the text. Returns MX_OK,
+    /// MX_NO_DOCTYPE (only blanks were removed) or MX_BAD_DOCTYPE (`name` and `keyword` were read).
     int32 ParseString(MXString& text);
     /// Returns the declaration on one line, without a line feed.
     MXString AssembleString() const;
 
     /// The name of the document's root element.
     MXString name;
-    /// The word "SYSTEM" or the like; empty if the declaration has an internal subset instead.
+    /// A word such as "SYSTEM"; empty if the declaration has an internal subset instead.
     MXString keyword;
-    /// What stands between the first and the last double quote where there is a keyword, else the
+    /// The text between the first and the last double quote if there is a keyword, else the
     /// internal subset.
     MXString literal;
 };

@@ -9,7 +9,7 @@ namespace vexa {
 
 namespace {
 
-/// The mark that some editors put before a text in UTF-8.
+/// The byte order mark that some editors put at the front of a UTF-8 text.
 constexpr const char* kByteOrderMark = "\xEF\xBB\xBF";
 
 } // namespace

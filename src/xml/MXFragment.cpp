@@ -12,7 +12,8 @@ namespace vexa {
 
 namespace {
 
-/// The first reference in a text that stays as it is written.
+/// Adds a remark on the first reference in the text that is not resolved. `left` is the number of
+/// bytes from the text's beginning to the end of the document.
 void RemarkOnReferences(std::string_view text, std::size_t left, Remarks& remarks) {
     for (std::size_t at = text.find('&'); at != text.npos; at = text.find('&', at + 1)) {
         const std::string_view rest = text.substr(at);
@@ -28,8 +29,8 @@ void RemarkOnReferences(std::string_view text, std::size_t left, Remarks& remark
     }
 }
 
-/// How an element ended, unless by its own end tag: `next` is what could not be read there, and the
-/// text goes on with it.
+/// Adds a remark on the end of an element, unless it is the element's own end tag. `next` failed to
+/// be read there with `status`, and `text` is what remains of the document.
 void RemarkOnEnd(const MXFragment& element, const MXFragment& next, int32 status,
                  std::string_view text, Remarks& remarks) {
     const std::string expected = "expected </" + kits::Shown(element.name) + ">, found ";
@@ -57,8 +58,8 @@ MXFragment::MXFragment(MXString name, MXString attributeText, MXString text)
     Adopt(std::make_unique<MXFragment>(MX_TEXT, std::move(text)));
 }
 
-/// What is below the children comes up beside them first: a child that still had children of its
-/// own would recurse once for each level of the tree.
+/// Moves all descendants into the list of children before it destroys them. The destructor of a
+/// child that still had children would recurse once per level of the tree.
 void MXFragment::RemoveChildren() noexcept {
     for (const auto& child : children)
         children.splice(children.end(), child->children);
@@ -69,7 +70,7 @@ int32 MXFragment::ParseString(MXString& text, Remarks* remarks) {
     const int32 status = ParseHead(text, remarks);
     if (status != MX_OK || type != MX_ELEMENT)
         return status;
-    // The elements whose end is still to come, the innermost last.
+    // The elements that have not ended yet, the innermost last.
     std::vector<MXFragment*> open{this};
     auto next = std::make_unique<MXFragment>(MX_UNPARSED);
     bool hasEnded = false;
@@ -81,10 +82,10 @@ int32 MXFragment::ParseString(MXString& text, Remarks* remarks) {
                 open.push_back(&child);
             next = std::make_unique<MXFragment>(MX_UNPARSED);
         } else {
-            // The end tag, or whatever stands where none of the children can be read.
+            // The innermost element ends at its end tag, or at anything that cannot be read.
             if (remarks && !hasEnded)
                 RemarkOnEnd(*open.back(), *next, nextStatus, text, *remarks);
-            // One remark on the end of the text is enough for all that is open there.
+            // At the end of the text, one remark suffices for all open elements.
             hasEnded = text.Length() == 0;
             text.RemovePastFirst(">");
             open.pop_back();
@@ -93,7 +94,7 @@ int32 MXFragment::ParseString(MXString& text, Remarks* remarks) {
     return MX_OK;
 }
 
-/// Reads all but an element's children and end tag.
+/// Reads a fragment, but neither the children nor the end tag of an element.
 int32 MXFragment::ParseHead(MXString& text, Remarks* remarks) {
     type = MX_UNPARSED;
     attributes.MakeEmpty();
@@ -128,7 +129,8 @@ int32 MXFragment::ParseHead(MXString& text, Remarks* remarks) {
     }
 }
 
-/// A fragment that is kept as it stands between its marks.
+/// Reads a fragment of type `enclosed` whose content between its marks is kept unchanged. Returns
+/// `unclosed` if the closing mark is missing.
 int32 MXFragment::ParseEnclosed(MXString& text, const char* opening, const char* closing,
                                 int32 enclosed, int32 unclosed) {
     text.Remove(0, static_cast<int64>(std::string_view(opening).size()));
@@ -166,7 +168,7 @@ int32 MXFragment::ParseTag(MXString& text, Remarks* remarks) {
     }
     if (remarks && !IsName(name))
         remarks->Add(textLeft, "expected the name of an element, found " + kits::Quoted(name));
-    // The text goes on behind ">", and behind "/>" of an empty element.
+    // The attributes are followed by ">", or by "/>" of an empty element, and the remaining text.
     const int64 behind = text.Length() + (type == MX_EMPTY_ELEMENT ? 2 : 1);
     attributes.ParseString(tag, static_cast<std::size_t>(behind), remarks);
     return MX_OK;
@@ -218,14 +220,14 @@ void MXFragment::AppendTo(MXString& text, const MXString& indent, const MXString
         });
 }
 
-/// Whether the indented form is the compact one.
+/// Returns whether the indented form is the compact form on one line.
 bool MXFragment::IsOneLine() const {
     if (type != MX_ELEMENT || children.empty())
         return true;
     return children.size() == 1 && children.front()->type != MX_ELEMENT;
 }
 
-/// The start tag of an element, all of any other fragment.
+/// Appends the start tag of an element, or the whole of any other fragment.
 void MXFragment::AppendOpening(MXString& text) const {
     switch (type) {
     case MX_ELEMENT:

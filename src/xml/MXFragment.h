@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// One node of a document's tree, with everything below it.
+// One node of a document's tree, with its subtree.
 #pragma once
 
 #include "xml/MXAttributeList.h"
@@ -11,7 +11,7 @@
 
 namespace vexa {
 
-/// The kinds of fragments, of which a search takes several in one mask.
+/// The types of fragments. A search combines several of them in a mask.
 enum : long {
     MX_UNPARSED = -1,
     MX_ELEMENT = 1,
@@ -22,51 +22,51 @@ enum : long {
     MX_CDATA = 32,
 };
 
-/// Reads and writes this dialect: a tag ends at its first ">"; attributes stand in double quotes;
-/// blanks around a text are not kept; a comment and a CDATA section are as they stand; the name of
-/// an end tag is not looked at; and a fault inside an element ends the element instead of the
-/// reading.
+/// Reads and writes this dialect of XML: a tag ends at its first ">"; attribute values are in
+/// double quotes; blanks around a text are dropped; comments and CDATA sections are kept unchanged;
+/// the name of an end tag is ignored; and a fault inside an element ends that element, after which
+/// reading continues.
 ///
-/// A tree may be of any depth and size: no operation recurses, and each takes time in proportion to
-/// the text or the tree. A fragment owns its children. Any thread, one at a time for a tree.
+/// A tree may have any depth and size: no operation recurses, and each takes time proportional to
+/// the text or the tree. A fragment owns its children. Any thread, one at a time per tree.
 class MXFragment {
   public:
-    /// A list, as its entries can go over to another one without being copied or allocated.
+    /// A linked list, because its entries can be moved to another list without an allocation.
     using Children = std::list<std::unique_ptr<MXFragment>>;
 
     explicit MXFragment(long type) : type(type) {}
     MXFragment(long type, MXString name) : name(std::move(name)), type(type) {}
-    /// Makes a fragment with the attributes that are read from `attributeText`, as far as they are
-    /// valid.
+    /// Makes a fragment with the attributes in `attributeText` up to the first invalid one.
     MXFragment(long type, MXString name, MXString attributeText);
-    /// Makes an element that holds a text.
+    /// Makes an element with one text child.
     MXFragment(MXString name, MXString attributeText, MXString text);
     MXFragment(MXString name, MXString text) : MXFragment(std::move(name), {}, std::move(text)) {}
-    /// Reads the text, as ParseString does; without success the type is MX_UNPARSED.
+    /// Reads the text with ParseString; the type is MX_UNPARSED if that fails.
     explicit MXFragment(MXString& text) : type(MX_UNPARSED) { ParseString(text); }
     MXFragment(const MXFragment&) = delete;
     MXFragment& operator=(const MXFragment&) = delete;
     ~MXFragment() { RemoveChildren(); }
 
-    /// Becomes the fragment that it takes from the front of the text. Returns MX_OK, or
-    /// - MX_END_TAG, MX_DECLARATION: only blanks were taken,
-    /// - MX_NOTHING, MX_OPEN_...: all was taken.
+    /// Reads one fragment from the front of the text into this object and removes it from the text.
+    /// Returns MX_OK, or
+    /// - MX_END_TAG, MX_DECLARATION: only blanks were removed,
+    /// - MX_NOTHING, MX_OPEN_...: the whole text was removed.
     ///
-    /// What is read over is told to `remarks`, where there are any: attributes that cannot be read,
-    /// end tags of another name or none, names that are none, references that are not resolved, and
-    /// faults that end an element.
+    /// Everything that is ignored adds a remark to `remarks`, unless it is null: unreadable
+    /// attributes, end tags that are missing or have another name, invalid names, unresolved
+    /// references, and faults that end an element.
     int32 ParseString(MXString& text, Remarks* remarks = nullptr);
-    /// Returns how many bytes of the text that this was read from were left where it begins; 0 for
-    /// a fragment that was not read.
+    /// Returns the number of bytes from the beginning of this fragment to the end of the text that
+    /// it was read from; 0 if it was not read from a text.
     std::size_t TextLeft() const { return textLeft; }
 
-    /// Returns the compact form, on one line unless a text has several.
+    /// Returns the compact form, on one line unless a text contains line feeds.
     MXString AssembleString() const;
-    /// Returns the indented form: each tag has a line of its own, which begins with `indent` and
-    /// one `unit` for each level. An element with at most one child, and that no element, is on one
-    /// line.
+    /// Returns the indented form: each tag has its own line, which begins with `indent` and one
+    /// `unit` per level. An element without children, or whose only child is not an element, is on
+    /// one line.
     MXString AssembleString(MXString indent, MXString unit) const;
-    /// Append what the two AssembleString return.
+    /// Append the texts that the two AssembleString return.
     void AppendTo(MXString& text) const;
     void AppendTo(MXString& text, const MXString& indent, const MXString& unit) const;
 
@@ -74,21 +74,21 @@ class MXFragment {
     /// name is `name`, in document order.
     MXFragmentList FindFragment(long mask, MXString name);
 
-    /// Appends a child, which becomes this fragment's. Returns 0, or -1 (and a fragment given by
-    /// pointer stays the caller's) if there is no memory. The type stays, and only an element
-    /// writes its children.
+    /// Append a child and take ownership of it. Return 0, or -1 if the child is null or memory is
+    /// exhausted; the caller then keeps the ownership. The type remains unchanged, and only an
+    /// MX_ELEMENT writes its children.
     int32 Add(MXString text);
     int32 Add(MXFragment* child);
-    /// Does the same for building trees: returns the child, and throws bad_alloc if there is no
-    /// memory.
+    /// Does the same, but returns the child, which suits the building of trees, and throws
+    /// bad_alloc if memory is exhausted.
     MXFragment& Adopt(std::unique_ptr<MXFragment> child);
 
-    /// Returns the texts of this subtree, without those in comments and CDATA sections.
+    /// Returns the concatenated texts of this subtree, without comments and CDATA sections.
     MXString GetContainedText() const;
 
     long Type() const { return type; }
 
-    /// The name of an element or an instruction; the text of a text, a comment or a CDATA section.
+    /// The name of an element or instruction, or the content of a text, comment or CDATA section.
     MXString name;
     MXAttributeList attributes;
     Children children;

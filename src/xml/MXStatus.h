@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The numbers that the parsers of documents return, and what they mean in words.
+// The status codes that the parsers of documents return, and their texts.
 #pragma once
 
 #include "kits/support/SupportDefs.h"
@@ -16,14 +16,14 @@ enum : int32 {
     MX_OPEN_COMMENT = -5,
     MX_OPEN_CDATA = -6,
     MX_OPEN_TAG = -7,
-    /// "<!" of neither a comment nor a CDATA section.
+    /// A "<!" that begins neither a comment nor a CDATA section.
     MX_DECLARATION = -8,
     MX_NOTHING = -9,
     MX_NO_DOCTYPE = -10,
     MX_BAD_DOCTYPE = -11,
 };
 
-/// Returns what the status means in words, for a message that names the file before it.
+/// Returns a text for the status, for a message that begins with the name of the file.
 const char* StatusText(int32 status);
 
 } // namespace vexa

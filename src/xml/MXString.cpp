@@ -11,13 +11,13 @@ constexpr bool IsBlank(char byte) {
     return byte == ' ' || byte == '\t' || byte == '\n' || byte == '\r';
 }
 
-/// How many bytes of the text are blanks before the first other one.
+/// Returns the number of blanks at the front of the text.
 std::size_t LeadingBlanks(std::string_view text) {
     return static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), IsBlank) -
                                     text.begin());
 }
 
-/// The single bytes that end a name. "%" does so only in a pair.
+/// The bytes that end a name, "%" only as the first of a pair.
 constexpr std::string_view kNameSeparators = " \t\n\r/?\"$#;[%";
 
 } // namespace
@@ -76,7 +76,7 @@ MXString& MXString::RemoveTrailingSpace() {
 
 MXString& MXString::ResolveLtAmpRef() {
     ReplaceAll("&lt;", "<");
-    // Last, so that "&amp;lt;" becomes "&lt;".
+    // This comes last, so that "&amp;lt;" becomes "&lt;".
     ReplaceAll("&amp;", "&");
     return *this;
 }

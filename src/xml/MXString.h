@@ -6,41 +6,42 @@
 
 namespace vexa {
 
-/// Returns whether XML allows the byte in a name; all bytes of characters beyond ASCII count as
+/// Returns whether XML allows the byte in a name; each byte of a character beyond ASCII counts as
 /// allowed.
 bool IsNameByte(char byte);
-/// Returns whether other readers of XML take the text for a name too. The parsers here ask less.
+/// Returns whether the text is a name that other XML readers accept too. The parsers here accept
+/// more.
 bool IsName(std::string_view text);
 
-/// Holds a text of which the parsers take away what they recognise, piece by piece from its front.
-/// Blanks are the bytes space, tab, line feed and carriage return; no other byte is one.
+/// Holds a text from whose front the parsers remove each piece that they have recognised. Blanks
+/// are exactly the bytes space, tab, line feed and carriage return.
 class MXString : public BString {
   public:
     using BString::BString;
     MXString() = default;
 
-    /// Takes away and returns what stands before the first `separator`; everything if there is
-    /// none. The separator stays.
+    /// Removes and returns the text before the first `separator`, or the whole text if there is
+    /// none. The separator remains.
     MXString SplitOffAtFirst(MXString separator);
-    /// Takes away what stands before the first `separator`, and the separator too; everything if
-    /// there is none.
+    /// Removes the text up to and including the first `separator`, or the whole text if there is
+    /// none.
     void RemovePastFirst(const char* separator);
-    /// Takes away and returns the bytes before the first that ends a name: a blank, one of / ? " $
-    /// # ; [ or the pair %%. Everything if there is none.
+    /// Removes and returns the text before the first byte that ends a name: a blank, one of / ? " $
+    /// # ; [ or the pair %%. Without such a byte it is the whole text.
     MXString SplitOffAtFirstNonNameChar();
 
-    /// Returns whether "<" is the first byte that is not blank.
+    /// Returns whether the first byte that is not blank is "<".
     bool BeginsWithLt() const;
     bool BeginsWith(std::string_view text) const {
         return std::string_view(*this).starts_with(text);
     }
 
-    /// Takes the blanks away from the front, or from the end.
+    /// Remove the blanks at the front, or at the end.
     MXString& RemoveLeadingSpace();
     MXString& RemoveTrailingSpace();
-    /// Makes "<" and "&" of the references &lt; and &amp;, the only ones that are known.
+    /// Replaces the references &lt; and &amp;, the only known ones, by "<" and "&".
     MXString& ResolveLtAmpRef();
-    /// Makes these references of all "<" and "&".
+    /// Replaces all "<" and "&" by these references.
     MXString& MakeLtAmpRef();
 };
 

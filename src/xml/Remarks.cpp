@@ -9,7 +9,7 @@ namespace vexa {
 
 namespace {
 
-/// Goes on in the text from `from`, which is at `place`, to the byte `to`.
+/// Advances `place` from that of the byte `from` to that of the byte `to` of the text.
 void Advance(kits::Place& place, std::string_view text, std::size_t from, std::size_t to) {
     for (const char byte : text.substr(from, to - from)) {
         if (byte == '\n') {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What there is to say about places of a text that is being read.
+// Remarks about places in a text, which are collected while the text is read.
 #pragma once
 
 #include "kits/support/Error.h"
@@ -11,23 +11,23 @@
 
 namespace vexa {
 
-/// The place in the text of the file that has `left` bytes from it to the text's end. Its column
-/// counts characters in UTF-8. Any thread.
+/// Returns the place in the text of `file` from which `left` bytes remain to the end of the text.
+/// The column counts UTF-8 characters. Any thread.
 kits::Place PlaceOf(std::string_view file, std::string_view text, std::size_t left);
 
-/// Collects what there is to say about one text while it is read. Of the remarks the first kMost
-/// are kept and the others counted, so that a text that is nothing but faults costs no memory. A
-/// Remarks belongs to the one thread that reads.
+/// Collects the remarks about one text while it is read. Only the first kMost remarks are kept, and
+/// the others are counted, so that a text full of faults uses little memory. Only the reading
+/// thread may use it.
 class Remarks {
   public:
     static constexpr std::size_t kMost = 100;
 
-    /// Adds what is wrong and what was expected instead, in one line. As a text is read by taking
-    /// pieces off its front, its place is told by how many bytes were left.
+    /// Adds a remark of one line: the fault, and the expected content. Because a text is read by
+    /// removing pieces from its front, the place is given as the number of remaining bytes, `left`.
     void Add(std::size_t left, std::string text);
 
-    /// Returns the remarks on `text`, which was read from the file, in the order of their places;
-    /// the last one says how many more there are.
+    /// Returns the remarks on `text`, which was read from `file`, in the order of their places. If
+    /// some were only counted, a last entry gives their number.
     std::vector<kits::Error> Located(std::string_view file, std::string_view text) const;
 
   private:

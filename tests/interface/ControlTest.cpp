@@ -197,7 +197,11 @@ TEST_F(ControlTest, WhatIsPastedIsOneLine) {
     test::TypeKey(stage.Window(), Qt::Key_Right);
     test::TypeKey(stage.Window(), Qt::Key_V, Qt::ControlModifier);
     test::Type(stage.Window(), "3");
-    EXPECT_STREQ(first->Text(), "1+ 3 2");
+    EXPECT_STREQ(first->Text(), "1+3 2");
+    // What was pasted can be undone with the typing behind it.
+    for (int steps = 0; steps < 2; steps++)
+        test::TypeKey(stage.Window(), Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_STREQ(first->Text(), "1 2");
     // A text of several lines in a document stays unchanged.
     first->SetText("1\n2");
     EXPECT_STREQ(first->Text(), "1\n2");

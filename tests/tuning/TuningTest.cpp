@@ -229,7 +229,7 @@ TEST(Scale, TellsTheLineAndWhatWasExpectedThere) {
         {"d\n2.5\n", "s:2: expected the number of notes"},
         {"d\n99999999999999999999\n", "s:2: expected the number of notes"},
         {"d\n2\n3/2\n", "s:3: expected pitch 2 of 2, but the file ends here"},
-        {"d\n1\n2/1\n3/1\n", "s:4: expected no more than 1 pitches, not \"3/1\""},
+        {"d\n1\n2/1\n3/1\n", "s:4: expected no pitch after number 1, not \"3/1\""},
         {"d\n1\n! c\n0/1\n",
          "s:4: expected a ratio above 0 of numbers that are not 0, not \"0/1\""},
         {"d\n1\n0\n", "s:3: expected a ratio above 0"},
@@ -293,7 +293,7 @@ TEST(Keymap, TellsTheLineAndWhatWasExpectedThere) {
         {"0\n0\n127\n60\n69\n440\nx\n", "k:7: expected the degree of the octave"},
         {"2\n0\n127\n60\n69\n440\n12\n0\n5000\n", "k:9: expected a degree from 0 to 4096, or x"},
         {"2\n0\n127\n60\n69\n440\n12\n0\nxx\n", "k:9: expected a degree from 0 to 4096, or x"},
-        {"1\n0\n127\n60\n69\n440\n12\n0\n1\n", "k:9: expected no more than 1 entries, not \"1\""},
+        {"1\n0\n127\n60\n69\n440\n12\n0\n1\n", "k:9: expected no entry after number 1, not \"1\""},
         {"! c\n2\n0\n127\n60\n69\n440\n12\n0\nx\n",
          "k:6: expected a reference key that the map does not leave out, not 69"},
     };

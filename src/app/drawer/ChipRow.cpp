@@ -23,7 +23,7 @@ ChipRow::ChipRow(BRect frame, const char* name, std::vector<std::string> words,
                  std::function<void(std::size_t index)> choose)
     : BView(frame, name, B_FOLLOW_LEFT_RIGHT | B_FOLLOW_TOP, B_WILL_DRAW | B_NAVIGABLE),
       words(std::move(words)),
-      told(std::move(choose)) {
+      choose(std::move(choose)) {
     BFont font = *be_plain_font();
     font.SetSize(kChipFontSize);
     SetFont(&font);
@@ -54,7 +54,7 @@ void ChipRow::Choose(std::size_t index) {
     chosen = index;
     Invalidate();
     DescriptionChanged();
-    told(index);
+    choose(index);
 }
 
 void ChipRow::MouseDown(BPoint where) {

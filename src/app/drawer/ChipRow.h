@@ -38,7 +38,7 @@ class ChipRow : public BView {
     void Place();
 
     const std::vector<std::string> words;
-    const std::function<void(std::size_t index)> told;
+    const std::function<void(std::size_t index)> choose;
     std::vector<BRect> places;
     std::size_t chosen = 0;
 };

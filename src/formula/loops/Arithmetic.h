@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// These are the operations of C's arithmetic and the exact functions of its maths library, each for
-// one lane. Op tells what they give where C leaves it open.
+// The operations of C's arithmetic and the exact functions of its maths library, each for one lane.
+// Op (formula/Operations.h) defines the results that C leaves open.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,8 @@ namespace vexa::formula {
 
 namespace {
 
-/// The unsigned type of an integer's size, in which arithmetic wraps around; else the type itself.
+/// For a signed integer, the unsigned type of its size, in which arithmetic wraps around; for any
+/// other type the type itself.
 template<class T>
 struct WrappingOf {
     using U = T;
@@ -121,7 +122,7 @@ inline T ShiftedRight(T a, int b) {
     return T(a >> (unsigned(b) & (8 * sizeof(T) - 1)));
 }
 
-/// Converts a number as Op says of conversions.
+/// Converts a number as the conversions of Op do.
 template<class To, class From>
 inline To Converted(From value) {
     if constexpr (!kFloating<From> || kFloating<To>) {
@@ -157,7 +158,8 @@ template<class T>
 inline T Magnitude(T a) {
     return sizeof(T) == 4 ? T(__builtin_fabsf(float(a))) : T(__builtin_fabs(double(a)));
 }
-/// A NaN's sign differs between processors, so it has none.
+/// Returns `a` with the sign of `b`. A NaN's sign differs between processors, so a NaN counts as
+/// positive.
 template<class T>
 inline T WithSign(T a, T b) {
     const T sign = b == b ? b : T(1);
@@ -178,7 +180,7 @@ inline T Truncated(T a) {
 }
 template<class T>
 inline T Rounded(T a) {
-    // The largest number below a half, so that no sum is rounded up to the next whole number.
+    // The largest number below 0.5. Adding 0.5 itself could round up to the next whole number.
     const T half = sizeof(T) == 4 ? T(0x1.fffffep-2) : T(0x1.fffffffffffffp-2);
     return Truncated(T(a + WithSign(half, a)));
 }
@@ -226,7 +228,7 @@ inline T ProductOfThreeOf(T a, T b, T c) {
 inline float SumAsFloatOf(double a, double b, double c) {
     return static_cast<float>(a * b + c);
 }
-/// Returns fpclassify's number on Linux.
+/// Returns the number that fpclassify returns on Linux.
 template<class T>
 inline int ClassOf(T a) {
     const T size = Magnitude(a);
@@ -239,7 +241,7 @@ inline int SignOf(T a) {
     return WithSign(T(1), a) < 0;
 }
 
-// What the C library computes here is exact, and so the same everywhere.
+// The C library's results are exact here, and therefore the same on every machine.
 inline float Next(float a, double b) {
     const float up = __builtin_nextafterf(a, __builtin_inff());
     const float down = __builtin_nextafterf(a, -__builtin_inff());

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// These are Bessel's functions of whole orders, for one number. Far from 0 they are the sums of H.
-// Hankel's asymptotic expansion, whose terms fall below 1e-17 there; near 0 J. C. P. Miller's
-// backward recurrence gives all J at once, and Y_0 and Y_1 are Neumann's series in them (M.
+// Bessel functions of integer orders, for one number. Far from 0 they are the sums of H. Hankel's
+// asymptotic expansion, whose terms fall below 1e-17 there. Near 0 J. C. P. Miller's backward
+// recurrence gives J of all orders at once, and Y_0 and Y_1 are Neumann's series of these (M.
 // Abramowitz and I. Stegun, "Handbook of Mathematical Functions", 9.1.88, 9.2.5 ff., 9.12). The
 // error is below 1e-14 of the larger of the value and 1 / sqrt(1 + |x|).
 #pragma once
@@ -19,9 +19,10 @@ struct BesselPair {
 
 constexpr double kFar = 25;
 
-/// Computes both of order 0 or 1, for x >= kFar. `sine` and `cosine` are those of x.
+/// Returns J and Y of order 0 or 1, for x >= kFar. `sine` and `cosine` are those of x.
 inline BesselPair FarPair(int order, double x, double sine, double cosine) {
-    // Terms a_k / x^k with a_k = a_(k-1) (4 order^2 - (2k - 1)^2) / 8k, in turns to P and Q.
+    // The terms are a_k / x^k with a_k = a_(k-1) (4 order^2 - (2k - 1)^2) / 8k. They go alternately
+    // to the sums P and Q.
     double p = 1, q = 0, term = 1;
     for (int k = 1; k <= 44; k++) {
         const double odd = 2 * k - 1;
@@ -31,7 +32,7 @@ inline BesselPair FarPair(int order, double x, double sine, double cosine) {
         if (__builtin_fabs(term) < 1e-18)
             break;
     }
-    // The waves of x - pi / 4 - order pi / 2.
+    // The cosine and the sine of x - pi / 4 - order pi / 2.
     const double sum = (cosine + sine) * 0x1.6a09e667f3bcdp-1;
     const double difference = (sine - cosine) * 0x1.6a09e667f3bcdp-1;
     const double c = order == 0 ? sum : difference;
@@ -40,24 +41,25 @@ inline BesselPair FarPair(int order, double x, double sine, double cosine) {
     return {size * (p * c - q * s), size * (p * s + q * c)};
 }
 
-/// This computes J_order(x) for 0 < x and, where `second`, Y_0 and Y_1 for x < kFar.
+/// J_order(x) for x > 0, and Y_0(x) and Y_1(x), which are valid for x < kFar only.
 struct NearBessel {
     double j, y0, y1;
 };
 
 inline NearBessel NearOf(int order, double x) {
-    // This is Euler's constant.
+    // Euler's constant.
     constexpr double kGamma = 0x1.2788cfc6fb619p-1;
     const int top = order > static_cast<int>(x) ? order : static_cast<int>(x);
-    // J falls by more than 1e-17 from `top` to here.
+    // From order `top` to order `n`, J falls by a factor of more than 1e17.
     int n = (top + 24 + static_cast<int>(__builtin_sqrt(40.0 * (top + 1)))) & ~1;
     double above = 0, here = 1e-300, wanted = 0;
-    // 1 = J_0 + 2 (J_2 + J_4 ...), and the series' sums of (-1)^k J_2k / k and its derivative.
+    // `norm` sums J_0 + 2 (J_2 + J_4 ...), which is 1 for the true values. `series` sums (-1)^k
+    // J_2k / k, and `slope` the derivatives of these terms.
     double norm = 0, series = 0, slope = 0;
     for (; n > 0; n--) {
         if (n == order)
             wanted = here;
-        // `here` is J_n but for a factor.
+        // `here` is J_n times a factor that is the same for all n.
         const double below = 2 * n / x * here - above;
         if ((n & 1) == 0) {
             const int k = n / 2;
@@ -91,7 +93,8 @@ inline bool OddOf(int order) {
     return (order & 1) != 0;
 }
 
-/// J of an order up to 100 in size. `sine` and `cosine` are those of |x|.
+/// Returns J of `order`, -100..100. `sine` and `cosine` are those of |x|, and are used for |x| >=
+/// kFar only.
 inline double BesselJOf(int order, double x, double sine, double cosine) {
     if (x != x)
         return x;
@@ -104,7 +107,7 @@ inline double BesselJOf(int order, double x, double sine, double cosine) {
     else if (size == kInfinity)
         value = 0;
     else if (size < kFar || n > size)
-        // The first terms of the power series, where the recurrence's steps overflow.
+        // The first term of the power series, because the steps of the recurrence would overflow.
         value = size < 1e-8 ? (n == 0   ? 1
                                : n == 1 ? size / 2
                                : n == 2 ? size * size / 8
@@ -122,7 +125,8 @@ inline double BesselJOf(int order, double x, double sine, double cosine) {
     return negative ? -value : value;
 }
 
-/// Y of an order up to 100 in size. `sine` and `cosine` are those of x.
+/// Returns Y of `order`, -100..100. `sine` and `cosine` are those of x, and are used for x >= kFar
+/// only.
 inline double BesselYOf(int order, double x, double sine, double cosine) {
     if (x != x)
         return x;
@@ -140,7 +144,7 @@ inline double BesselYOf(int order, double x, double sine, double cosine) {
     if (x < kFar) {
         const bool tiny = x < 1e-8;
         const NearBessel near = NearOf(0, tiny ? 1e-8 : x);
-        // Euler's constant, without what halves x.
+        // log(x) - (log(2) - gamma) is log(x / 2) + gamma, without halving x.
         value = tiny ? (Logarithm(x) - 0x1.dadb014541eb2p-4) / kHalfPi : near.y0;
         next = tiny ? -1 / (kHalfPi * x) : near.y1;
     } else {

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Lanes are some vectors of numbers side by side. What is computed of one of them does not wait for
-// the others, so that a processor that does two operations at a time, each of which takes it four
-// steps, is busy all the time. A function that is written for a type T of numbers is one for Lanes
-// as well as for double.
+// Lanes are several vectors of doubles side by side. The vectors are computed independently of each
+// other, which keeps a processor busy that starts two operations per cycle and takes four cycles
+// for each. A function that is a template of a number type T works for Lanes as well as for double.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -36,7 +35,7 @@ template<class V>
 struct Several {
     V v[kVectors];
 
-    /// The values of a function of the vectors.
+    /// Returns the results of a function for each of the vectors.
     template<class R, class F, class... Others>
     static Several<R> Of(F f, Others... of) {
         Several<R> result;
@@ -49,7 +48,7 @@ struct Several {
 using Lanes = Several<NumberVector>;
 using Words = Several<WordVector>;
 using Truths = Several<TruthVector>;
-/// How many numbers there are in all vectors together.
+/// The number of doubles in all vectors together.
 constexpr std::size_t kNumbers = kVectors * kVectorBytes / sizeof(double);
 
 inline Lanes operator+(Lanes a, Lanes b) {
@@ -73,7 +72,7 @@ inline Lanes operator-(double a, Lanes b) {
 inline Lanes operator*(Lanes a, double b) {
     return Lanes::Of<NumberVector>([b](NumberVector x) { return x * b; }, a);
 }
-/// c - a b where a b is exact, so that a fused operation gives the same bits.
+/// Returns c - a b. The product must be exact, so that a fused operation gives the same bits.
 inline Lanes LessExact(Lanes c, Lanes a, double b) {
     return Lanes::Of<NumberVector>(
         [b](NumberVector z, NumberVector x) {
@@ -120,7 +119,7 @@ inline Words SignOfNumber(Lanes values) {
     return Lanes::Of<WordVector>([](NumberVector x) { return (WordVector)x & Word(1) << 63; },
                                  values);
 }
-/// 0 where the condition holds, else the value.
+/// Returns 0 where the condition holds, and the value elsewhere.
 inline Lanes ZeroWhere(Truths condition, Lanes value) {
     return Lanes::Of<NumberVector>(
         [](TruthVector c, NumberVector x) { return (NumberVector)((TruthVector)x & ~c); },
@@ -128,7 +127,7 @@ inline Lanes ZeroWhere(Truths condition, Lanes value) {
 }
 
 constexpr int kTable = 16;
-/// The words of a table at the indices' last four bits.
+/// Looks up the words of a table. The last four bits of each index count.
 inline Words Looked(const Word (&table)[kTable], Words indices) {
     return Words::Of<WordVector>(
         [&table](WordVector index) {
@@ -149,7 +148,7 @@ inline Words Looked(const Word (&table)[kTable], Words indices) {
         indices);
 }
 
-// The following do for one number what those above do for Lanes.
+// The same functions for one number.
 inline Word Looked(const Word (&table)[kTable], Word index) {
     return table[index % kTable];
 }
@@ -195,7 +194,7 @@ inline void Store(Lanes lanes, double* to) {
     for (std::size_t k = 0; k < kVectors; k++)
         __builtin_memcpy(to + k * kNumbers / kVectors, &lanes.v[k], kVectorBytes);
 }
-/// True where the highest bit of any word is set.
+/// Returns true if the highest bit of any word is set.
 inline bool AnyHigh(Words words) {
     WordVector vector = words.v[0];
 #pragma GCC unroll 4

@@ -55,8 +55,8 @@ void Library2(const void* a, const void* b, const void*, void* to, std::size_t c
     (kits::MATHS.*f)(Numbers(a), Numbers(b), static_cast<double*>(to), count);
 }
 
-/// What the library computes, but where that is infinite and should not be: there `lost` of |x|,
-/// with the sign of x.
+/// Computes a function of the library. Where its result is infinite for a finite |x| above 1,
+/// although the true one may be finite, the result is lost(|x|) with the sign of the infinity.
 template<VectorMaths::OfOne VectorMaths::*f, double (*lost)(double)>
 void Bounded(const void* a, const void*, const void*, void* to, std::size_t count) {
     const double* __restrict const x = Numbers(a);
@@ -68,17 +68,18 @@ void Bounded(const void* a, const void*, const void*, void* to, std::size_t coun
         values[i] = isLost ? __builtin_copysign(lost(size), values[i]) : values[i];
     }
 }
-/// asinh and acosh of what has an infinite square: log(2 x).
+/// Returns log(2 x), which is asinh and acosh of an x whose square is infinite.
 double Area(double x) {
     return Logarithm(x) + 0x1.62e42fefa39efp-1;
 }
-/// sinh and cosh from 710 on: exp(x) / 2, where exp(x) is too large.
+/// Returns exp(x) / 2, which is sinh and cosh of an x from 710 on, where exp(x) is infinite.
 double HalfExponential(double x) {
     const double root = Exponential(0.5 * x);
     return 0.5 * root * root;
 }
 
-/// What is so small that it is 0 has a sign all the same, which changes at each whole number.
+/// Computes tgamma. Even a result so small that it is 0 has a sign, which changes at each whole
+/// number.
 void Gamma(const void* a, const void*, const void*, void* to, std::size_t count) {
     const double* __restrict const x = Numbers(a);
     double* __restrict const values = static_cast<double*>(to);
@@ -90,7 +91,8 @@ void Gamma(const void* a, const void*, const void*, void* to, std::size_t count)
     }
 }
 
-/// pow, where the library takes what is just below the largest number for infinite.
+/// Computes pow. The library returns infinity for some results just below the largest number; these
+/// are computed here as the square of pow(|x|, y / 2).
 void Powers(const void* a, const void* b, const void*, void* to, std::size_t count) {
     const double* __restrict const x = Numbers(a);
     const double* __restrict const y = Numbers(b);
@@ -103,7 +105,7 @@ void Powers(const void* a, const void* b, const void*, void* to, std::size_t cou
         return;
     for (std::size_t i = 0; i < count; i++) {
         const double size = __builtin_fabs(x[i]);
-        // The logarithm of the largest number, and a little.
+        // Slightly more than the logarithm of the largest number.
         const bool fits = size < kInfinity && y[i] * Logarithm(size) < 709.78272;
         if (__builtin_fabs(values[i]) != kInfinity || !fits)
             continue;
@@ -115,7 +117,7 @@ void Powers(const void* a, const void* b, const void*, void* to, std::size_t cou
     }
 }
 
-/// What Wave does not give, one by one.
+/// Computes by the library, one by one, the values for which Wave is invalid.
 template<VectorMaths::OfOne VectorMaths::*f>
 double FarWave(double x) {
     alignas(64) double phases[VectorMaths::kGroup] = {x};
@@ -124,7 +126,7 @@ double FarWave(double x) {
     return values[0];
 }
 
-/// This is for numbers that are float or double.
+/// Computes sin or cos of floats or doubles.
 template<class From, bool cosine, VectorMaths::OfOne VectorMaths::*far>
 void Waves(const void* a, const void*, const void*, void* to, std::size_t count) {
     const From* __restrict const x = static_cast<const From*>(a);
@@ -183,7 +185,7 @@ void Modulo(const void* a, const void* b, const void*, void* to, std::size_t cou
     }
     if (beyond == 0)
         return;
-    // What the C library computes here is exact, and so the same everywhere.
+    // The C library's result is exact here, and therefore the same on every machine.
     for (std::size_t i = 0; i < count; i++) {
         if (!isNear(x[i], y[i]))
             values[i] = __builtin_fmod(x[i], y[i]);

@@ -21,7 +21,7 @@ void OfOne(const void* a, const void*, const void*, void* to, std::size_t count)
         values[i] = f(x[i]);
 }
 
-/// One number for all lanes.
+/// Fills all lanes with one number.
 template<class T>
 void Spread(const void* a, const void*, const void*, void* to, std::size_t count) {
     const T number = *static_cast<const T*>(a);
@@ -55,7 +55,7 @@ void OfThree(const void* a, const void* b, const void* c, void* to, std::size_t 
                       constants == Constants::Third ? third : z[i]);
 }
 
-/// The rows of the operations that lanes of one type have.
+/// Fills in the loops of all operations for one type of lanes.
 template<Type type>
 struct Column {
     using T = Lane<type>;

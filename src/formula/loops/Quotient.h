@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// c a / b of floats a and b and a double c, computed in double precision and rounded to a float.
+// The quotient c a / b of floats a and b and a double c, computed in double precision and rounded
+// to a float.
 //
-// Where a vector of doubles takes long to divide, the float is found without: as the sum of a float
-// and what it lacks, from b's rough reciprocal. The sum is nearer than 2^-42 to c a / b, and so is
-// what double precision gives. Both round to the same float unless a middle between two floats is
-// as near, which is found out (A. Ziv, "Fast evaluation of elementary mathematical functions with
-// correctly rounded last bit", 1991). Such vectors, one in some thousands, are divided after all.
+// Where the division of a vector of doubles takes long, the float is computed without it, from a
+// rough reciprocal of b, as the sum of a float and a correction. The relative error of the sum is
+// below 2^-42, and so is that of double precision. Both round to the same float unless the midpoint
+// of two floats is equally near, which is detected (A. Ziv, "Fast evaluation of elementary
+// mathematical functions with correctly rounded last bit", 1991). Such vectors, one in some
+// thousands, are divided after all, with the rest of their group.
 #pragma once
 
 #include <cstddef>
@@ -23,15 +25,17 @@ inline void Divide(const float* a, const float* b, double c, float* to, std::siz
 }
 
 #if defined(__AVX512F__)
-/// Quotients that are looked at together.
+/// The number of quotients that are checked together, and that are computed in one vector.
 constexpr std::size_t kGroup = 128, kQuotients = 16;
 
-/// The outcome of a group of quotients: their magnitudes, and the lanes whose float is not certain.
+/// The check of a group of quotients: the smallest and largest magnitudes of quotients and
+/// divisors, and the lanes whose float is uncertain.
 struct QuotientCheck {
     __m512 least = _mm512_set1_ps(1), most = _mm512_set1_ps(1);
     __mmask16 uncertain = 0;
 
-    /// True where all are certain, and far from all that could overflow or underflow.
+    /// Returns true if all quotients are certain, and all magnitudes are far from overflow and
+    /// underflow.
     bool Passed() const {
         const __mmask16 small = _mm512_cmp_ps_mask(least, _mm512_set1_ps(0x1p-30F), _CMP_LT_OQ);
         const __mmask16 large = _mm512_cmp_ps_mask(most, _mm512_set1_ps(0x1p30F), _CMP_GT_OQ);
@@ -44,7 +48,8 @@ struct QuotientCheck {
     }
 };
 
-/// Writes kQuotients of them; c + rest is the factor, at most 2^20 and at least 2^-20.
+/// Writes kQuotients quotients and checks them. The factor is `c` + `rest`; its magnitude is
+/// 2^-20..2^20.
 inline void NearQuotients(const float* above, const float* below, __m512 c, __m512 rest, float* to,
                           QuotientCheck& check) {
     const __m512 a = _mm512_loadu_ps(above), b = _mm512_loadu_ps(below);

@@ -11,14 +11,14 @@ extern const PictureLoops VEXA_LOOPS_TABLE;
 
 namespace {
 
-/// 0..last; 0 for NaN.
+/// Returns `place` limited to 0..last; 0 for NaN.
 inline float Bounded(float place, int last) {
     const float end = static_cast<float>(last);
     const float low = place > 0 ? place : 0.0F;
     return low < end ? low : end;
 }
 
-/// The formulas of PictureValue.
+/// Computes the formulas of PictureValue.
 void Values(const PicturePlane& plane, const float* __restrict x, const float* __restrict y,
             float* __restrict values, std::size_t count) {
     const float* const pixels = plane.values;

@@ -13,7 +13,7 @@ extern const SpiralLoops VEXA_LOOPS_TABLE;
 
 namespace {
 
-/// `index`, a whole number or NaN, limited to 0..last.
+/// Returns `index`, which is a whole number or NaN, limited to 0..last.
 inline int Limit(float index, int last) {
     const float end = static_cast<float>(last);
     const bool inside = index > 0 && index < end;
@@ -23,7 +23,7 @@ inline int Limit(float index, int last) {
 
 constexpr std::size_t kPiece = 64;
 
-/// The formulas of sampler2rfun, each as a loop of its own. count <= kPiece.
+/// Computes the formulas of sampler2rfun, each in a loop of its own. `count` is at most kPiece.
 void Piece(const SpiralTurns& turns, const float* __restrict x, const float* __restrict y,
            float* __restrict values, std::size_t count) {
     const float* const sample = turns.sample;

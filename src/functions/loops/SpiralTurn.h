@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This computes where on its turn of the spiral a point lies.
+// Computes the place of a point on its turn of the spiral.
 #pragma once
 
 #include "kits/maths/Functions.h"
@@ -9,13 +9,13 @@ namespace vexa {
 
 namespace {
 
-/// The angle of the point as part of a turn, which begins on the positive x axis: 0..1. The angle
-/// is rounded to float from double precision.
+/// Returns the angle of the point as a fraction of a turn, 0..1, from the positive x axis. The
+/// angle is computed in double precision and rounded to float.
 VEXA_REALTIME inline float TurnOf(float x, float y) {
     constexpr float kLargest = 0x1.fffffep127F;
     const float xsize = __builtin_fabsf(x);
     const float ysize = __builtin_fabsf(y);
-    // Infinity as the largest number, so that two of them have a quotient.
+    // Infinity counts as the largest number, so that two infinities have a quotient.
     const double across = xsize > kLargest ? kLargest : xsize;
     const double up = ysize > kLargest ? kLargest : ysize;
     const double first = kits::maths::Angle(up, across);

@@ -6,6 +6,7 @@
 #include "kits/interface/backends/ViewWidget.h"
 
 #include <QApplication>
+#include <QClipboard>
 #include <QDragEnterEvent>
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -78,20 +79,31 @@ class BTextControl::Line : public QLineEdit {
         setFont(kits::ToQt(font));
     }
 
-    /// Joins the lines of pasted or dropped text: the field shows only one line, and copied text
-    /// often ends with a line break.
-    void JoinLines() {
+    /// Returns the text with each line break, and the white space around it, replaced by a space.
+    static QString Joined(QString lines) {
         static const QRegularExpression breaks("\\s*[\n\r\u2028\u2029]\\s*");
-        if (!text().contains(breaks))
+        return lines.replace(breaks, " ");
+    }
+
+    /// Joins the lines of text that was dropped or that the context menu has pasted: the field
+    /// shows only one line, and copied text often ends with a line break. There is nothing to undo
+    /// afterwards, because an undo would bring the breaks back.
+    void JoinLines() {
+        if (Joined(text()) == text())
             return;
         QString before = text().left(cursorPosition());
-        QString after = text().mid(cursorPosition());
+        const QString after = Joined(text().mid(cursorPosition()));
         if (after.isEmpty())
             before = before.trimmed();
-        before.replace(breaks, " ");
-        after.replace(breaks, " ");
+        before = Joined(before);
         setText(before + after);
         setCursorPosition(int(before.size()));
+    }
+
+    /// Pastes the clipboard's text as one line, as a step that can be undone.
+    void PasteLine() {
+        const QString copied = QGuiApplication::clipboard()->text();
+        insert(Joined(copied) == copied ? copied : Joined(copied.trimmed()));
     }
 
     /// Returns the position of the character in pixels from the left edge of the field.
@@ -121,6 +133,8 @@ class BTextControl::Line : public QLineEdit {
                    (event->matches(QKeySequence::Redo) && !isRedoAvailable())) {
             // There is no typing to undo or redo, so the window gets the key.
             event->ignore();
+        } else if (event->matches(QKeySequence::Paste)) {
+            PasteLine();
         } else if (stepping && (event->key() == Qt::Key_Up || event->key() == Qt::Key_Down)) {
             Step(event->key() == Qt::Key_Up ? 1 : -1, event->modifiers());
         } else {

@@ -25,7 +25,7 @@ class Presses : public QObject {
     }
 
     Gesture present;
-    std::function<void()> told;
+    std::function<void()> notify;
 
   protected:
     bool eventFilter(QObject*, QEvent* event) override {
@@ -53,8 +53,8 @@ class Presses : public QObject {
         application->installEventFilter(this);
     }
     void Begin(bool another) {
-        if (told)
-            told();
+        if (notify)
+            notify();
         if (another)
             present.number++;
     }
@@ -70,8 +70,8 @@ Gesture PresentGesture() {
     return Presses::Instance().present;
 }
 
-void BeforeEachPress(std::function<void()> told) {
-    Presses::Instance().told = std::move(told);
+void BeforeEachPress(std::function<void()> notify) {
+    Presses::Instance().notify = std::move(notify);
 }
 
 } // namespace kits

@@ -22,6 +22,6 @@ Gesture PresentGesture();
 
 /// Sets a function that is called before each press of a mouse button or key in this program takes
 /// effect. It replaces the previous function; an empty one removes it. Window thread.
-void BeforeEachPress(std::function<void()> told);
+void BeforeEachPress(std::function<void()> notify);
 
 } // namespace kits

@@ -77,11 +77,11 @@ bigtime_t MixerInput::Write(std::span<const float> frames, bigtime_t start) noex
 bigtime_t MixerInput::LatencyChange(bigtime_t slack, double duration) noexcept {
     if (slack < 0) {
         inTime = 0;
-        const bigtime_t before = told;
-        told = std::max(told, std::min(-slack, clock.TimeOf(kMostLate)));
-        return told - before;
+        const bigtime_t before = reported;
+        reported = std::max(reported, std::min(-slack, clock.TimeOf(kMostLate)));
+        return reported - before;
     }
-    told = 0;
+    reported = 0;
     leastSlack = inTime > 0 ? std::min(leastSlack, slack) : slack;
     inTime += duration;
     if (inTime < kPatience)

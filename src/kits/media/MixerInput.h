@@ -93,7 +93,7 @@ class MixerInput {
     int64 nextFrame = 0;
     /// The lateness in microseconds that has been reported to the producer since it was last in
     /// time.
-    bigtime_t told = 0;
+    bigtime_t reported = 0;
     /// The microseconds of consecutive sound that arrived in time, and the smallest slack within
     /// it.
     double inTime = 0;

@@ -46,8 +46,8 @@ void EventGate::PlayAll() {
 }
 
 void EventGate::Take(const MidiEvent& event) {
-    if (EventWatcher* const told = watcher)
-        told->Came(event);
+    if (EventWatcher* const current = watcher)
+        current->Came(event);
     while (!ring.Write(&event, 1)) {
         Deliver();
         if (ring.Writable() == 0)

@@ -64,7 +64,7 @@ bool Plugin::Activate(double next) noexcept {
     TakeKnobs();
     active = true;
     const uint32_t latency = Latency();
-    if (told.exchange(latency) != latency) {
+    if (reported.exchange(latency) != latency) {
         if (const auto* hosts = Find<clap_host_latency>(host, CLAP_EXT_LATENCY))
             hosts->changed(&host);
     }
@@ -75,7 +75,7 @@ bool Plugin::Activate(double next) noexcept {
 /// has seen another latency, which a host accepts only between two activations.
 void Plugin::OnMainThread() noexcept {
     kits::CollectRetired();
-    if (active && told != Latency())
+    if (active && reported != Latency())
         host.request_restart(&host);
 }
 
@@ -152,7 +152,7 @@ clap_process_status Plugin::Process(const clap_process& process) noexcept {
     renderTo(count);
     TellEnded(process.out_events, last);
     if (const uint32_t latency = Latency(); std::exchange(asked, latency) != latency) {
-        if (latency != told)
+        if (latency != reported)
             host.request_callback(&host);
     }
     const bool isQuiet = !left || !right || (IsQuiet(left, count) && IsQuiet(right, count));

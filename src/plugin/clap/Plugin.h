@@ -56,9 +56,10 @@ class Plugin {
     clap_plugin face;
     std::array<std::atomic<double>, kControls> knobs;
     std::atomic<bool> active{false};
-    /// `told` is the latency that the host knows. `asked` belongs to the audio thread: the latency
-    /// of the last block, for which OnMainThread has been requested if it differs from `told`.
-    std::atomic<uint32_t> told{0};
+    /// `reported` is the latency that the host knows. `asked` belongs to the audio thread: the
+    /// latency of the last block, for which OnMainThread has been requested if it differs from
+    /// `reported`.
+    std::atomic<uint32_t> reported{0};
     uint32_t asked = 0;
     /// The number of frames since the output was last audible. Audio thread.
     uint64_t quiet = 0;

@@ -50,7 +50,7 @@ Plugin::Plugin(double rate, const char* bundle, LV2_URID_Map& map, LV2_Log_Log* 
       }) {
     controls.fill(std::numeric_limits<float>::quiet_NaN());
     for (std::size_t i = 0; i < kRequests; i++)
-        told[i] = instrument.Text(static_cast<Request>(i));
+        reported[i] = instrument.Text(static_cast<Request>(i));
     if (!schedule)
         thread.emplace([this] { Work(); });
 }
@@ -187,7 +187,7 @@ void Plugin::Tell(const std::string& text) {
     if (message.empty())
         return;
     // Forgets the last message, so that the same message is sent again.
-    told[kMessage].clear();
+    reported[kMessage].clear();
     if (log)
         log->printf(log->handle, urids.error, "vexa: %s\n", message.c_str());
     else
@@ -196,10 +196,10 @@ void Plugin::Tell(const std::string& text) {
 
 /// Sends the properties that have changed, and those whose bits are set in `wanted`.
 void Plugin::TellChanges(uint32_t wanted) {
-    for (std::size_t i = 0; i < told.size(); i++) {
+    for (std::size_t i = 0; i < reported.size(); i++) {
         std::string now = i == kMessage ? message : instrument.Text(static_cast<Request>(i));
-        if ((now != told[i] || wanted >> i & 1) && news.Put(i, now))
-            told[i] = std::move(now);
+        if ((now != reported[i] || wanted >> i & 1) && news.Put(i, now))
+            reported[i] = std::move(now);
     }
 }
 

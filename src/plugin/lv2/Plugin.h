@@ -69,7 +69,7 @@ class Plugin {
     /// The working thread holds this mutex. It guards the following: the values of the properties
     /// that the host knows.
     std::mutex working;
-    std::array<std::string, std::size(kProperties)> told;
+    std::array<std::string, std::size(kProperties)> reported;
     std::string message;
     Windows windows;
     /// The last member, so that it is destroyed, and thus ended, first.

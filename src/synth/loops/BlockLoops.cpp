@@ -18,17 +18,19 @@ extern const BlockLoops VEXA_LOOPS_TABLE;
 
 namespace {
 
-/// What the loops go on to: a multiple of kSlack, so that no part of a vector is left over.
+/// Returns the length to which the loops continue, a multiple of kSlack, so that every vector is
+/// whole.
 std::size_t Whole(std::size_t count) {
     return (count + kSlack - 1) & ~(kSlack - 1);
 }
 
-/// A loop's counter as a double; from a narrow integer, which every instruction set converts.
+/// Returns a loop's counter as a double. It is converted from a narrow integer, because every
+/// instruction set has that conversion.
 double Count(std::size_t i) {
     return static_cast<double>(static_cast<int>(i));
 }
 
-/// Writes the sums as numbers of that type.
+/// Writes the sums as values of the type `Number`.
 template<class Number>
 double AccumulateAs(double start, double step, double* __restrict sums, std::size_t count) {
     const double rounded = RoundedStep(start, step);
@@ -74,8 +76,8 @@ void Waves(const double* __restrict phase, double* __restrict sines, double* __r
 using EightDoubles = double __attribute__((vector_size(8 * sizeof(double))));
 using EightFloats = float __attribute__((vector_size(8 * sizeof(float))));
 
-/// The waves of a cell by the angle addition theorem: value and slope after each eight steps, and
-/// from there on after 0 to 7 more.
+/// Computes the waves of a cell with the angle addition theorem: value and slope after each eight
+/// steps, and from there the waves after 0 to 7 more.
 class SteppedWaves {
   public:
     explicit SteppedWaves(const StepWaves& steps) {
@@ -84,15 +86,16 @@ class SteppedWaves {
         Load(steps.eightSines, eightSines);
         Load(steps.eightCosines, eightCosines);
     }
-    /// Wave and slope after each eight steps in a cell that begins with these.
+    /// Writes value and slope after each eight steps of a cell that begins with `value` and
+    /// `slope`.
     void Begin(double value, double slope, double* values, double* slopes) const {
         const EightDoubles eightValues = value * eightCosines + slope * eightSines;
         const EightDoubles eightSlopes = slope * eightCosines - value * eightSines;
         __builtin_memcpy(values, &eightValues, sizeof eightValues);
         __builtin_memcpy(slopes, &eightSlopes, sizeof eightSlopes);
     }
-    /// The waves after 0 to 7 steps from there. (How a vector is returned depends on the
-    /// instruction set.)
+    /// Writes the waves after 0 to 7 steps from there. They are not returned, because the way in
+    /// which vectors are returned depends on the instruction set.
     void Take(double value, double slope, EightDoubles& waves) const {
         waves = value * cosines + slope * sines;
     }
@@ -105,14 +108,14 @@ class SteppedWaves {
     EightDoubles sines, cosines, eightSines, eightCosines;
 };
 
-/// For stepped waves from a whole eight on, with a constant radius round a centre that stays: the
-/// most usual.
+/// The most frequent case: stepped waves from a multiple of eight on, with a constant radius round
+/// a fixed centre.
 void StillPlaces(const Coordinate& c, std::size_t count) {
     const SteppedWaves waves(*c.steps);
     alignas(64) double values[8], slopes[8];
     waves.Begin(c.value, c.slope, values, slopes);
     const double radius = c.radius;
-    // As the sum with 0 drifts gives it, which may have another sign than the centre.
+    // Adding a drift of 0 keeps the bits of the general loop: -0 + 0 is +0.
     const double centre = c.centre + c.drift;
     float* const place = c.place;
     const std::size_t first = c.offset / 8;
@@ -162,7 +165,7 @@ void Places(const Coordinate* coordinates, std::size_t number, std::size_t count
     }
 }
 
-/// How the centre moves.
+/// How the centre moves: not at all, by equal steps, or along given places.
 enum class Centre { stays, drifts, wanders };
 
 template<bool enveloped, Centre centre>
@@ -171,8 +174,9 @@ void CellsOf(const Coordinate& coordinate, const CellWaves& begin, std::size_t c
     const Coordinate c = coordinate;
     const SteppedWaves waves(*c.steps);
     const EightDoubles moments = {0, 1, 2, 3, 4, 5, 6, 7};
-    // Those of all cells first: what is read from memory is in all lanes at once, while the
-    // compiler would copy what it still holds from lane to lane, which takes as long as a product.
+    // The waves of all cells are computed first. A value read from memory is then broadcast to all
+    // lanes, while the compiler would copy values still in registers from lane to lane, which takes
+    // as long as a multiplication.
     alignas(64) double values[kMostCells][8], slopes[kMostCells][8];
     for (std::size_t n = 0; n < cells; n++)
         waves.Begin(begin.values[n], begin.slopeSign * begin.slopes[n], values[n], slopes[n]);
@@ -251,12 +255,12 @@ void Drifts(const Drift* drifts, std::size_t number, std::size_t count) {
 }
 
 #if defined(__FMA__)
-/// Quotients by b, each with the bits of a / b, by one of Markstein's steps, which takes a third of
-/// a division's time. (P. Markstein, "Computation of elementary functions on the IBM RISC
-/// System/6000 processor", 1990: the step rounds as a division does where `reciprocal` is rounded
-/// so, and what it begins with is one of the two numbers around the quotient. That it is, as the
-/// reciprocal has twice as many digits there.) Where nothing overflows, and what is left over does
-/// not underflow; a 0 may come with the other sign.
+/// Divides by b with one of Markstein's steps, with the same bits as a / b and in a third of the
+/// time of a division. P. Markstein, "Computation of elementary functions on the IBM RISC
+/// System/6000 processor", 1990: the step rounds like a division if `reciprocal` is correctly
+/// rounded, and if the first approximation is one of the two numbers next to the quotient. It is,
+/// because the reciprocal has twice as many digits here. Valid unless something overflows or the
+/// remainder underflows; a 0 may have the other sign.
 struct Divisor {
     double b, reciprocal, rest;
 
@@ -269,7 +273,8 @@ struct Divisor {
     }
 };
 
-/// True where a magnitude is far from all that could overflow or underflow.
+/// Returns true if the magnitude is so far from both ends of the range that nothing can overflow or
+/// underflow.
 bool Moderate(double value) {
     return fabs(value) >= 0x1p-200 && fabs(value) <= 0x1p200;
 }
@@ -279,7 +284,7 @@ void Line(const EnvelopeLine& line, const double* __restrict t, float* __restric
           std::size_t count) {
     const EnvelopeLine l = line;
 #if defined(__FMA__)
-    // Only to a base of -0 a sign of 0 would matter.
+    // The sign of a 0 matters only if the base is -0.
     if (Moderate(l.rise) && Moderate(l.run) && (l.base != 0 || !__builtin_signbit(l.base))) {
         const Divisor run(l.run);
         for (std::size_t i = 0; i < count; i++)
@@ -318,7 +323,7 @@ void Scale(float* __restrict values, const double* __restrict factors, std::size
 
 using Sums = float __attribute__((vector_size(kSlack * sizeof(float))));
 
-/// Computes so many outputs at a time, which share their taps.
+/// Computes `side` outputs at a time, which share the filter's taps.
 template<std::size_t side>
 void FilterOf(const float* taps, std::size_t length, const float* frames, std::size_t step,
               float* out) {

@@ -31,8 +31,8 @@ inline float Fused(float a, float b, float c) {
 #if defined(__FMA__) || defined(__ARM_FEATURE_FMA)
     return __builtin_fmaf(a, b, c);
 #else
-    // The product is exact in double precision. If the sum is not, its last bit is set so that it
-    // lies on the right side of every middle between two floats.
+    // The product is exact in double precision. If the sum is not, its last bit is set, so that it
+    // lies on the correct side of every midpoint between two floats.
     using Bits = unsigned long long;
     const double product = double(a) * b;
     const double sum = product + c;
@@ -50,8 +50,7 @@ inline float Fused(float a, float b, float c) {
 using Four = float __attribute__((vector_size(4 * sizeof(float))));
 using Eight = float __attribute__((vector_size(8 * sizeof(float))));
 
-/// Advances filters with these poles and gains by one sample: computes their output and the next
-/// sums.
+/// Advances filters by one sample: computes their output and the next sums.
 template<class Lanes>
 inline void Step(const Lanes& hpa, const Lanes& hpb, const Lanes& gain, const Lanes& s,
                  Lanes& hpsum0, Lanes& hpsum1, Lanes& output) {
@@ -68,7 +67,8 @@ inline void Step(const Lanes& hpa, const Lanes& hpb, const Lanes& gain, const La
 }
 
 #if defined(__FMA__)
-// These do the same by whole vectors, where the compiler would now and then take lane after lane.
+// These overloads do the same with whole vectors, because the compiler sometimes treats the lanes
+// one by one.
 
 inline void Step(const Four& hpa, const Four& hpb, const Four& gain, const Four& s, Four& hpsum0,
                  Four& hpsum1, Four& output) {
@@ -82,8 +82,8 @@ inline void Step(const Four& hpa, const Four& hpb, const Four& gain, const Four&
 inline void Step(const Eight& hpa, const Eight& hpb, const Eight& gain, const Eight& s,
                  Eight& hpsum0, Eight& hpsum1, Eight& output) {
 #if defined(__AVX512F__)
-    // The form with a mask of all lanes is used, as the compiler warns of what the form without one
-    // leaves open.
+    // The forms with a mask of all lanes are used, because the compiler warns of an uninitialized
+    // value in the forms without a mask.
     const auto wide = [](Eight values) { return _mm512_maskz_cvtps_pd(0xFF, values); };
     const __m512d w = _mm512_fmsub_pd(wide(hpa), wide(hpsum0), wide(hpb) * wide(hpsum1));
     output = _mm512_maskz_cvtpd_ps(0xFF, wide(s) - wide(gain) * w);
@@ -102,7 +102,7 @@ inline void Step(const Eight& hpa, const Eight& hpb, const Eight& gain, const Ei
 }
 #endif
 
-/// Writes four columns of as many rows as a column has lanes, from `place` on in each row.
+/// Writes four columns, from `place` on in each row; a column has one row per lane.
 inline void Columns(const float* const* rows, int place, Four* columns) {
     Four four[4];
     for (int row = 0; row < 4; row++)
@@ -119,8 +119,9 @@ inline void Columns(const float* const* rows, int place, Four* columns) {
 
 inline void Columns(const float* const* rows, int place, Eight* columns) {
 #if defined(__FMA__)
-    // The same in both halves of the vectors, of which one has the first four rows. (The compiler
-    // would load the second half first, and shuffle it in where shuffles are waited for.)
+    // Does the same in both halves of the vectors; one half has the first four rows. If both halves
+    // were loaded separately, the compiler would insert the second one by shuffles, for which this
+    // code waits anyway.
     Eight four[4];
     for (int row = 0; row < 4; row++)
         four[row] = _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(rows[row] + place)),
@@ -145,7 +146,7 @@ inline void Columns(const float* const* rows, int place, Eight* columns) {
 #endif
 }
 
-/// True where all samples count as they are.
+/// Returns true if Heard would change none of the samples.
 bool AllHeard(const float* samples, std::size_t count) {
     int beyond = 0;
     for (std::size_t i = 0; i < count; i++)
@@ -153,12 +154,12 @@ bool AllHeard(const float* samples, std::size_t count) {
     return beyond == 0;
 }
 
-/// Bounds the samples as Heard says; true where one was beyond.
+/// Applies Heard to the samples. Returns true if one was out of bounds.
 bool Bound(float* samples, int count) {
     bool beyond = false;
     for (int i = 0; i < count; i++) {
         float& s = samples[i];
-        // A number that is not finite has no difference from itself.
+        // The difference of a non-finite number from itself is not 0.
         s = s - s == 0 ? s : 0;
         beyond = beyond || s > kMostHeard || s < -kMostHeard;
         s = s > kMostHeard ? kMostHeard : s < -kMostHeard ? -kMostHeard : s;
@@ -166,7 +167,7 @@ bool Bound(float* samples, int count) {
     return beyond;
 }
 
-/// Up to as many filters as Lanes is wide, which advance together.
+/// A group of filters that advance together, at most one per lane.
 template<class Lanes>
 class SideBySide {
   public:
@@ -181,9 +182,8 @@ class SideBySide {
         hpsum1 = sound ? hpsum1 : Lanes{};
     }
 
-    /// Takes so many samples of each as the input, whose lines stand `count` apart from `samples`
-    /// on, which it moves to the next group's. True where one that is not heard as it is has been
-    /// bounded.
+    /// Takes `count` samples of each voice as the input, and moves `samples` past them. The voices'
+    /// lines are `count` apart. Returns true if a sample was out of bounds.
     bool Take(const float*& samples, bool allHeard, int count) {
         alignas(64) static const float silence[kRoom]{};
         const float* lines[kWidth];
@@ -195,12 +195,12 @@ class SideBySide {
         return !allHeard && Bound(Row(0), count * kWidth);
     }
 
-    /// The filters on their way through the moments of an input.
+    /// The state of the filters while they advance through the input.
     class Walk {
       public:
         explicit Walk(SideBySide& of)
             : of(of), a(of.hpa), b(of.hpb), gain(of.gain), sum0(of.hpsum0), sum1(of.hpsum1) {}
-        /// Puts the output in place of the input.
+        /// Replaces the input of this moment by the output.
         void Advance(int moment) {
             Step(a, b, gain, of.moments[moment], sum0, sum1, output);
             of.moments[moment] = output;
@@ -234,7 +234,7 @@ class SideBySide {
         }
     }
 
-    /// Lets the filters go on from here.
+    /// Stores the state in the filters.
     void End() const {
         for (int k = 0; k < voices; k++) {
             filters[k]->hpsum0 = hpsum0[k];
@@ -258,11 +258,12 @@ class SideBySide {
     LowCutFilter* const* filters;
     int voices;
     Lanes hpa, hpb, gain, hpsum0, hpsum1, last{};
-    /// The voices' samples for each moment: first they are the input, then the output.
+    /// The voices' samples at each moment: first the input, then the output.
     alignas(64) Lanes moments[kRoom];
 };
 
-/// Advances groups of filters in one loop: while one waits for its sums, another has work.
+/// Advances groups of filters in one loop, so that one group is computed while another waits for
+/// its sums.
 template<class... Walks>
 void WalkTogether(int count, Walks... walks) {
     for (int i = 0; i < count; i++)
@@ -270,7 +271,8 @@ void WalkTogether(int count, Walks... walks) {
     (walks.End(), ...);
 }
 
-/// Filters the cells with groups that stand one after the other; true where a sample was bounded.
+/// Filters the cells with groups that follow one another. Returns true if a sample was out of
+/// bounds.
 template<class... Groups>
 bool LowCutOf(const float* samples, bool allHeard, int count, float* sum, std::size_t cells,
               std::size_t stride, Groups&&... groups) {

@@ -55,7 +55,7 @@ constexpr float kLegendHeight = 18;
 constexpr float kEarRadius = 3.5F;
 constexpr int kRingSides = 12;
 /// The number of pulses for which the message about a key's choice is shown.
-constexpr int kToldFor = 15;
+constexpr int kShownFor = 15;
 
 /// Returns true if the two figures differ by at most `most` plane units.
 bool AreClose(const Orbit& a, const Orbit& b, double most) {
@@ -277,7 +277,7 @@ void PlaneOverlay::Pulse() {
         Invalidate();
     if (!IsSilent(host.Records().voices) || (trace && !trace->IsDark()))
         StartAnimation();
-    if (toldFor > 0 && --toldFor == 0)
+    if (shownFor > 0 && --shownFor == 0)
         InvalidateLegend();
     PlaceHandles();
 }
@@ -429,8 +429,8 @@ void PlaneOverlay::Draw(BRect) {
 }
 
 void PlaneOverlay::Tell(const std::string& text) {
-    told = text;
-    toldFor = kToldFor;
+    shownText = text;
+    shownFor = kShownFor;
     InvalidateLegend();
 }
 
@@ -443,8 +443,8 @@ std::string PlaneOverlay::TextOf(const PlaneHandleRow& row) const {
 }
 
 std::string PlaneOverlay::Legend() const {
-    if (toldFor > 0)
-        return told;
+    if (shownFor > 0)
+        return shownText;
     if (noticed)
         return noticed->Row().name + (" = " + TextOf(noticed->Row()));
     if (!inside || relief)

@@ -199,8 +199,8 @@ class PlaneOverlay : public BView {
     BPoint pointer;
     const PlaneHandle* noticed = nullptr;
     /// The message that was shown last, and the number of pulses for which it still stays.
-    std::string told;
-    int toldFor = 0;
+    std::string shownText;
+    int shownFor = 0;
     std::vector<PlaneHandle*> handles;
     bool handlesShown = false;
     BMenuField* menuField = nullptr;

@@ -15,8 +15,13 @@ namespace kits {
 
 namespace {
 
-/// Ignores RtMidi's messages, which it would otherwise write to standard error.
-void Ignore(RtMidiError::Type, const std::string&, void*) {}
+/// Keeps a fault's text for the caller of RtMidi, which throws nothing once it has a callback. The
+/// warnings, which RtMidi would otherwise write to standard error, are dropped: one of them says
+/// that a port has vanished since the ports were counted.
+void KeepFault(RtMidiError::Type type, const std::string& text, void* fault) {
+    if (type != RtMidiError::WARNING && type != RtMidiError::DEBUG_WARNING)
+        *static_cast<std::string*>(fault) = text;
+}
 
 std::unique_ptr<RtMidiIn> OpenClient() {
     auto midi = std::make_unique<RtMidiIn>(RtMidi::LINUX_ALSA, ClientName());
@@ -67,7 +72,7 @@ class Sequencer {
 /// a lock that only these threads take.
 class AlsaMidi final : public MidiBackend {
   public:
-    AlsaMidi() : input(OpenClient()) { input->setErrorCallback(Ignore); }
+    AlsaMidi() : input(OpenClient()) { input->setErrorCallback(KeepFault, &fault); }
     ~AlsaMidi() override { CloseInput(); }
 
     std::vector<std::string> Sources() override {
@@ -84,12 +89,11 @@ class AlsaMidi final : public MidiBackend {
                            MidiThread::Inlet& chosen) override {
         port.inlet = &shared;
         sources.inlet = &chosen;
-        try {
-            input->setCallback(Receive, &port);
-            input->openVirtualPort(name);
-        } catch (const RtMidiError& fault) {
-            return Error{"ALSA has no port for \"" + name + "\": " + fault.getMessage()};
-        }
+        fault.clear();
+        input->setCallback(Receive, &port);
+        input->openVirtualPort(name);
+        if (!fault.empty())
+            return Error{"ALSA has no port for \"" + name + "\": " + fault};
         return {};
     }
 
@@ -152,6 +156,8 @@ class AlsaMidi final : public MidiBackend {
     Entrance port;
     Entrance sources;
     Sequencer sequencer;
+    /// The last fault of `input`. Empty if there is none.
+    std::string fault;
     std::unique_ptr<RtMidiIn> input;
     std::map<std::string, std::unique_ptr<RtMidiIn>> connections;
 };

@@ -124,11 +124,12 @@ JackClient::JackClient(_jack_client* client) : client(client) {
     jack_set_port_connect_callback(
         client,
         [](jack_port_id_t one, jack_port_id_t other, int connected, void* self) {
-            auto* const told = static_cast<JackClient*>(self);
+            auto* const watching = static_cast<JackClient*>(self);
             PartedPorts parted;
             if (!connected)
-                parted = {jack_port_by_id(told->client, one), jack_port_by_id(told->client, other)};
-            told->Notify(parted);
+                parted = {jack_port_by_id(watching->client, one),
+                          jack_port_by_id(watching->client, other)};
+            watching->Notify(parted);
         },
         this);
     jack_set_port_rename_callback(

@@ -34,7 +34,7 @@ class PlaneDrawing {
     /// values beyond +-1 carry into the next byte, and end at the largest float below 2^31. A value
     /// that is not finite is shown as 0.
     PlaneDrawing(const PlaneFunction& f, const PlaneArea& area, uint32* words);
-    /// Makes a drawing of the values as f gives them in place of the words.
+    /// Draws the values of f themselves instead of words.
     PlaneDrawing(const PlaneFunction& f, const PlaneArea& area, float* values);
 
     /// Computes for about `time`, from the top on, or until the picture is complete. Returns

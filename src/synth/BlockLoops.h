@@ -44,7 +44,7 @@ struct StepWaves {
 /// One coordinate of an orbit over a block: place[i] = radius[i] wave[i] + centre[i].
 struct Coordinate {
     /// If `steps` is not null, wave[i] is the value after offset + i steps of a sine of any phase:
-    /// at the beginning its value is `value`, and its derivative by the phase is `slope`; offset +
+    /// after 0 steps its value is `value`, and its derivative by the phase is `slope`; offset +
     /// count <= kMostSamples. If `steps` is null, `waves` contains the waves.
     const StepWaves* steps;
     double value, slope;

@@ -14,7 +14,8 @@ std::shared_ptr<const T> Share(const T& value, const std::shared_ptr<const T>& l
     return like && *like == value ? like : std::make_shared<const T>(value);
 }
 
-/// Puts the macros where `played` has them, but for those in which `from` and `to` differ.
+/// Sets the macros of `sound` to their values in `played`, except for those that differ between
+/// `from` and `to`.
 void KeepPlayed(Sound& sound, const Function& from, const Function& to, const Function& played) {
     for (std::size_t i = 0; i < kMacros; i++) {
         if (from.macros[i].value == to.macros[i].value)
@@ -61,14 +62,14 @@ void History::Take(const Sound& sound, const GestureMoment& moment) {
     step.after = present = std::move(after);
     step.last = moment;
     step.name = Difference(step.before.Get(), sound);
-    // It has come back to where it began.
+    // The gesture has returned to its start, so no step remains.
     if (step.name.empty()) {
         steps.pop_back();
         place--;
     }
 }
 
-/// True where the change is a part of the last step.
+/// Returns true if the change belongs to the last step.
 bool History::Grows(const Sound& from, const Sound& to, const GestureMoment& moment) const {
     if (place == 0 || CanRedo() || !steps.back().open || steps.back().last.number != moment.number)
         return false;
@@ -102,7 +103,8 @@ void History::Play(const Sound& sound) {
     present = Version(sound, present.file, &present);
     if (place == 0 || CanRedo() || !steps.back().open)
         return;
-    // A gesture under way is to hold no more than what it does.
+    // The step of a gesture under way must contain only the gesture's own changes, so the macros
+    // move at both ends of the step.
     Step& step = steps.back();
     const Version from = step.before, to = step.after;
     for (Version* version : {&step.before, &step.after}) {

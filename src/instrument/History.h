@@ -124,7 +124,7 @@ class History {
         std::string name;
         Version before, after;
         GestureMoment last;
-        /// True where the step began with a button held.
+        /// True if the step began while a button was held.
         bool held;
         /// True while the step may still grow.
         bool open;

@@ -8,7 +8,7 @@ namespace vexa {
 
 Sound InitialSound() {
     Sound sound;
-    // The radii. The envelopes of the drift are 0 as they are.
+    // The envelopes of the radii. Those of the drift are 0 by default.
     for (const std::size_t i : {2, 3})
         sound.envelopes[i] = {{0, false, 0}, {0.01F, false, 1}, {0.1F, true, 0}};
     constexpr std::pair<std::string_view, const char*> kSaid[] = {

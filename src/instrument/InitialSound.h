@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The sound to begin with for one who makes another.
+// The sound from which the making of a new one starts.
 #pragma once
 
 #include "documents/Sound.h"
@@ -8,8 +8,9 @@ namespace vexa {
 
 constexpr const char* kInitialSoundName = "new sound";
 
-/// A ring round the origin of the plane that a new window has: it begins and ends at once and
-/// without a click, stays where it is and as it is, and answers wheel and pedal.
+/// Returns a sound whose orbit is a circle round the origin of the plane that a new window shows.
+/// Notes begin and end at once and without a click, centre and radius are constant, and bend wheel
+/// and pedal have an effect.
 Sound InitialSound();
 
 } // namespace vexa

@@ -40,7 +40,7 @@ Instrument::Instrument(kits::ProgramFolders programFolders, Addons addons, Sound
       saidPlaying(apart ? apart->playing : engine.playing),
       saidMacros(apart ? apart->macros : engine.macros) {}
 
-/// While it lives, a function that is installed comes with the rest of its sound.
+/// During its lifetime, a function that is installed is part of the replacement of a whole sound.
 class Instrument::Replacing {
   public:
     explicit Replacing(Instrument& instrument) : instrument(instrument) {
@@ -94,7 +94,7 @@ bool Instrument::EditPlaying(const PlayingRow& row, const std::optional<std::str
         return false;
     PlayingTexts next = sound.playing.value_or(PlayingTexts());
     auto& present = next.texts[static_cast<std::size_t>(&row - PlayingRows().data())];
-    // A field may be confirmed as it is.
+    // A field may be confirmed without a change.
     if (present != text)
         sound.author = user;
     present = text;
@@ -105,14 +105,14 @@ bool Instrument::EditPlaying(const PlayingRow& row, const std::optional<std::str
     return true;
 }
 
-/// Plays the same sound on in another way.
+/// Changes the playing settings of the present sound, which plays on.
 void Instrument::SetPlaying(const std::optional<PlayingTexts>& next) {
     const bool given = saidPlaying.given, pedal = saidPlaying.Pedal();
     const float bend = saidPlaying.bend;
     const int32 limit = VoiceLimit();
     sound.playing = next;
     ApplyPlaying(sound, preferred, saidPlaying);
-    // What hands hold is looked at anew.
+    // The player's controls are then taken afresh.
     if (given != saidPlaying.given || pedal != saidPlaying.Pedal() || bend != saidPlaying.bend)
         saidPlaying.loads = saidPlaying.loads + 1;
     if (limit != VoiceLimit())
@@ -146,7 +146,7 @@ int32 Instrument::VoiceLimit() const {
 
 FunctionReport Instrument::SetFunction(const Function& function) {
     FunctionReport report = InstallKind(function);
-    // What fails without an alert plays all the same.
+    // A function that fails without an alert plays all the same.
     if (report || report.alerts.empty())
         Adopt(function);
     return report;
@@ -212,7 +212,7 @@ FunctionReport Instrument::InstallExpression(const std::string& expression) try 
     return FunctionCompiler(folders).Refusal("there is not enough memory");
 }
 
-/// Without a thread the formula plays on.
+/// Starts to compile the add-on. If the thread for it cannot be created, the formula plays on.
 FunctionReport Instrument::Follow(const std::string& expression) try {
     thread.Begin(expression);
     return {};
@@ -263,7 +263,8 @@ bool Instrument::SetSampleFrequency(const std::string& text) {
     return sound.function.kind == FunctionKind::Sample && Wind(text);
 }
 
-/// Installs the sample wound for a frequency; false where there is none.
+/// Installs the loaded sample with the winding for a frequency. Returns false if there is no sample
+/// or the text is no valid frequency.
 bool Instrument::Wind(const std::string& frequency) {
     if (!sample)
         return false;
@@ -302,7 +303,7 @@ FunctionReport Instrument::Change(const Sound& from, const Sound& to) {
     return report;
 }
 
-/// All of the function, and State says it.
+/// Changes all parts of the function, and adopts the result in State.
 FunctionReport Instrument::ChangeFunction(const Function& from, const Function& to) {
     FunctionReport report;
     Function next = to;
@@ -317,7 +318,8 @@ FunctionReport Instrument::ChangeFunction(const Function& from, const Function& 
             next.expression = sound.function.expression;
         }
     } else {
-        // An expression may have been left out before, and a file have another name here.
+        // The present sound may differ from both: an expression that could not be installed was
+        // left out, and the file may have another name.
         next.kind = sound.function.kind;
         next.expression = sound.function.expression;
         next.sampleFile = sound.function.sampleFile;

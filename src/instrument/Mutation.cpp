@@ -17,24 +17,27 @@ namespace vexa {
 
 namespace {
 
-// What is tried.
+// The notes by which loudness is measured.
 
 constexpr uchar kTriedKeys[] = {36, 60, 84};
 constexpr uchar kTriedVelocity = 100;
 constexpr double kHeld = 2, kReleased = 0.5;
-/// Samples per second. Loudness needs no treble, and few points are quickly computed.
+/// The limits of the sample rate in Hz. Loudness needs no treble, and fewer points are computed
+/// faster.
 constexpr double kMostRate = 8000, kLeastRate = 500;
-/// Nanoseconds that the points may take.
+/// The time, in nanoseconds, that the evaluation of all points may take.
 constexpr double kPatience = 2e7;
 
-// What is taken.
+// The mutations that are accepted.
 
 constexpr float kLouder = 1.41F, kQuieter = 0.5F;
-/// Below this a sound is silent, and its mutations may be as they like, but not beyond full scale.
+/// A sound whose mean is below this counts as silent. Its mutations may have any loudness up to
+/// full scale.
 constexpr float kSilent = 1e-4F;
 constexpr int kTries = 20, kTriesOfAStrength = 4;
 
-// How much the usual change is: of a value, of a time, of a macro, and of a ratio.
+// The standard deviations of the changes at strength 1: relative ones of a value, a time and a
+// ratio, and the absolute one of a macro.
 
 constexpr double kOfValue = 0.1, kOfTime = 0.15, kOfMacro = 0.08, kOfRatio = 0.002;
 
@@ -47,13 +50,14 @@ bool IsAcceptable(const Loudness& now, const Loudness& before) {
            now.mean >= kQuieter * before.mean && now.peak >= kQuieter * before.peak;
 }
 
-/// Throws dice for one mutation.
+/// The random numbers of one mutation.
 class Dice {
   public:
     Dice(std::uint64_t seed, double strength) : generator(seed), strength(strength) {}
 
     bool Coin() { return generator() >> 63 != 0; }
-    /// Returns a number by a bell's shape, within -3..3 strengths.
+    /// Returns a number that is about normally distributed, with `strength` as its standard
+    /// deviation and 3 times that as its limit.
     double Amount() {
         double sum = 0;
         for (int i = 0; i < 12; i++)
@@ -67,7 +71,7 @@ class Dice {
     double strength;
 };
 
-/// Replaces a number that is one and is not 0.
+/// Multiplies the number in a text, unless the text is no number or the number is 0.
 void Scale(std::string& text, double factor) {
     const double number = kits::NumberOf(text);
     if (!NumberDoubt(text, false).empty() || !std::isfinite(number) || number == 0)
@@ -83,7 +87,7 @@ void ScaleCoefficients(Sound& sound, Dice& dice) {
         if (!row.controller && !isRatio && dice.Coin())
             Scale(sound.texts[static_cast<std::size_t>(row.id)], dice.Factor(kOfValue));
     }
-    // Only one of the two changes, as both were another pitch.
+    // Only one of the two changes, because a change of both would be another pitch.
     if (dice.Coin()) {
         const ParameterId id = dice.Coin() ? ParameterId::Fx : ParameterId::Fy;
         Scale(sound.texts[static_cast<std::size_t>(id)], dice.Factor(kOfRatio));
@@ -108,7 +112,7 @@ void MovePoints(std::vector<EnvPoint>& points, const Envelope& range, Dice& dice
         const float end = released ? range.TimeRange() - range.Split() : range.Split();
         const float distance = point.t - before;
         before = point.t;
-        // One that lies outside in a document may stay there.
+        // A point that lies outside the range in the document may stay there.
         moved = std::clamp(moved + distance * float(dice.Factor(kOfTime)), moved,
                            std::max({end, point.t, moved}));
         point.t = moved;

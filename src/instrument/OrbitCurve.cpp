@@ -16,10 +16,11 @@ namespace vexa {
 namespace {
 
 constexpr double kTurn = 2 * std::numbers::pi;
-/// Seconds between the moments at which an orbit that nobody plays is looked at, and how many.
+/// The interval, in seconds, and the number of the moments at which the orbit of kShownNote is
+/// computed.
 constexpr float kStep = 0.01F;
 constexpr int kSteps = 101;
-/// Points computed at a time.
+/// The number of points that are computed at a time.
 constexpr std::size_t kPiece = 256;
 
 /// Envelopes in the order of EnvelopePlaces().
@@ -30,7 +31,7 @@ float ValueOf(const SoundRecords& records, Place place, float t, const VoiceView
     return envelope.Value(t, v.released, v.rellevel[place]);
 }
 
-/// The phase at which the period began that is under way.
+/// Returns the phase at which the present period began.
 double BeginOf(double phase, double turns) {
     const double period = kTurn * std::abs(turns);
     return period > 0 ? phase - std::fmod(phase, period) : phase;
@@ -51,7 +52,7 @@ OrbitPath PathOf(const SoundRecords& records, const VoiceView& v, const OrbitSum
             fy};
 }
 
-/// Returns the orbit of a note that nobody plays.
+/// Returns the widest orbit of kShownNote.
 OrbitPath UsualOrbit(const SoundRecords& records) {
     VoiceView v{};
     v.vel = kShownNote.vel;
@@ -86,7 +87,7 @@ OrbitPath NewestOrbit(const SoundRecords& records) {
     if (newest < 0)
         return UsualOrbit(records);
     const voice& slot = records.voices[static_cast<std::size_t>(newest)];
-    // What is over is a point.
+    // The orbit of a note that is over is a single point.
     if (IsOver(slot, slot.state.Look()))
         return UsualOrbit(records);
     const VoiceView v = Look(slot);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This computes the plane function along an orbit.
+// The values of the plane function along an orbit.
 #pragma once
 
 #include "synth/PlaneFunction.h"
@@ -19,13 +19,13 @@ struct OrbitPath {
     bool operator==(const OrbitPath&) const = default;
 };
 
-/// Returns the orbit of the newest note that sounds, as it is heard now, from where its period
-/// begins. Where none sounds it is that of a note of velocity 0.8 and key 60, at the moment of its
-/// first second at which it is widest. Window thread, or inside a section of a reader.
+/// Returns the present orbit of the newest sounding note, from the beginning of its period on. If
+/// none sounds, it returns the orbit of a note of velocity 0.8 and key 60 at the moment, within its
+/// first second, at which the orbit is widest. Window thread, or inside a section of a reader.
 OrbitPath NewestOrbit(const SoundRecords& records);
 
-/// values[i] is f, a function of x and y alone, at i / count of the revolution, as it is heard. The
-/// same threads as f.
+/// Computes the values of f, a function of x and y alone, as they are heard: values[i] is the one
+/// after the fraction i / values.size() of the revolution. Runs in the same threads as f.
 void FollowOrbit(const PlaneFunction& f, const OrbitPath& path, std::span<float> values);
 
 } // namespace vexa

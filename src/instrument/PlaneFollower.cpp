@@ -34,7 +34,7 @@ std::optional<PlaneFunction> PlaneFollower::Next() {
     const OwnControllers own(records.playing, records.macros);
     std::array<float, kMostInputs> next =
         InputsOf(f.Source(), note, records.macros, records.controllers, own);
-    // Where they are on their way to: while nothing is rendered they do not arrive.
+    // Macros are shown at their targets, because they do not reach them while nothing is rendered.
     for (std::size_t k = 0; k < heard.size(); k++) {
         const std::size_t number = heard[k].number;
         if (heard[k].kind == FunctionInput::Kind::Macro)

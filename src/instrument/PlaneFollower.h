@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The follower finds what the plane shows, from moment to moment, of a function that hears more
+// The function that the plane shows, from moment to moment, if the sound's function has more inputs
 // than x and y.
 #pragma once
 
@@ -13,25 +13,24 @@
 
 namespace vexa {
 
-/// The note that is shown where none sounds.
+/// The note that is shown if none sounds.
 inline constexpr NoteMoment kShownNote{0.8F, 60.0F / 127, 0};
 
-/// Returns the note of those that sound which has begun last; nothing where none sounds. Any
-/// thread.
+/// Returns the sounding note that began last; nothing if none sounds. Any thread.
 std::optional<NoteMoment> NewestNote(const VoiceTable& voices);
 
-/// Shows a function as the newest note hears it, with the controllers and the macros as they are;
-/// where none sounds, as one of velocity 0.8 and key 60 does when it begins. What is a function of
-/// x and y alone is shown as it is. Window thread.
+/// Provides a function of x and y for the view: the followed function with its other inputs as the
+/// newest note has them, with the present controllers and macros. If no note sounds, the inputs are
+/// those of kShownNote at its beginning. A function of x and y alone stays as it is. Window thread.
 class PlaneFollower {
   public:
     /// Follows the notes of `records`, which outlive it.
     explicit PlaneFollower(const SoundRecords& records) : records(records) {}
 
-    /// Shows this one from now on.
+    /// Follows this function from now on.
     void Take(const PlaneFunction& next);
-    /// Returns what is to be shown now, a function of x and y alone; nothing if that is what the
-    /// last call has given.
+    /// Returns the function of x and y to be shown now; nothing if it is still the one that an
+    /// earlier call returned.
     std::optional<PlaneFunction> Next();
     /// Returns the function that is followed.
     const PlaneFunction& Function() const { return f; }
@@ -40,7 +39,7 @@ class PlaneFollower {
     const SoundRecords& records;
     PlaneFunction f{nullfunc};
     bool changed = true;
-    /// The values of the function's inputs with which the last call has shown it.
+    /// The values of the function's inputs in the last result of Next.
     std::array<float, kMostInputs> inputs{};
 };
 

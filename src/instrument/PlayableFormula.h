@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This makes a formula that may play of an expression's text.
+// Makes a playable formula from an expression's text.
 #pragma once
 
 #include "formula/Formula.h"
@@ -12,17 +12,17 @@
 
 namespace vexa {
 
-/// A formula that is cheap enough to be played, or why there is none.
+/// A formula that is cheap enough to be played, or the reason why there is none.
 struct PlayableFormula {
     std::shared_ptr<const Formula> formula;
-    /// The reason why there is none, for a person, with the place in words and advice on a line of
-    /// its own; empty for a formula.
+    /// The reason, for a person, with the place in words, and with advice on a line of its own;
+    /// empty if there is a formula.
     std::string reason{};
-    /// The byte of the text at which the reason lies, where it has a place.
+    /// The index of the byte of the text to which the reason refers, if it refers to a place.
     std::optional<std::size_t> place{};
 };
 
-/// Reads the text, in about the time of CompileFormula. Any thread that may allocate.
+/// Parses the text; takes about as long as CompileFormula. Any thread that may allocate.
 PlayableFormula ReadPlayable(std::string_view text);
 
 } // namespace vexa

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Options that say how a sound is played, whatever it says itself: the same in all programs.
+// The options, common to all programs, that override a sound's playing settings.
 #pragma once
 
 #include "documents/Sound.h"
@@ -13,7 +13,8 @@
 
 namespace vexa {
 
-/// Sets the text of row `index` in the member `playing` of the options.
+/// Sets the text of row `index` in the member `playing` of the options. Returns false, without
+/// effect, if the row does not allow it.
 template<class Options, std::size_t index>
 bool SetPlaying(Options& options, std::string_view text) {
     const std::string value(text);
@@ -31,8 +32,8 @@ std::vector<kits::OptionRow<Options>> AllPlayingOptions(std::index_sequence<inde
     return {row(PlayingRows()[index], SetPlaying<Options, index>)...};
 }
 
-/// A program's own rows with those of PlayingRows() that are options after the one of that name.
-/// Options has a member `playing`, PlayingTexts.
+/// Returns a program's own rows, with those of PlayingRows() that are options inserted after the
+/// row named `after`. `Options` has a member `playing` of the type PlayingTexts.
 template<class Options>
 std::vector<kits::OptionRow<Options>>
 WithPlayingOptions(std::span<const kits::OptionRow<Options>> own, std::string_view after) {

@@ -13,15 +13,16 @@
 
 namespace vexa {
 
-/// Returns all sounds, in byte order of file names, a person's own and those that came with the
-/// program together; of two with one name it is the person's. Any thread.
+/// Returns the files of all sounds, the user's and the shipped ones together, in byte order of
+/// their names; of two with the same name only the user's. Any thread.
 std::vector<std::filesystem::path> Programs(const kits::ProgramFolders& folders);
 
-/// Returns the sound with that number, from 0 in that order. The error says how many there are.
+/// Returns the file of the sound with this number, counted from 0 in the order of Programs. Fails
+/// if there is none; the error states how many there are.
 kits::Result<std::filesystem::path> FindProgram(const kits::ProgramFolders& folders, int32 number);
 
-/// Reads a sound that the instrument will take whole: its function has been tried. `warnings` is as
-/// for ReadSound. Window thread.
+/// Reads a sound and tries its function; fails if the instrument could not install that.
+/// `warnings` is as for ReadSound. Window thread.
 kits::Result<Sound> ReadWhole(const std::filesystem::path& path, const Instrument& instrument,
                               Warnings& warnings);
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This is what the plane shows of a function that differs from note to note.
+// The function that the plane shows in place of one that differs from note to note.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -10,7 +10,7 @@
 
 namespace vexa {
 
-/// A function of x and y alone: another one whose inputs stay at some values.
+/// A function of x and y alone: another function with its inputs at fixed values.
 class VEXA_REALTIME ShownFunction final : public PlaneSource {
   public:
     ShownFunction(const PlaneFunction& f, const std::array<float, kMostInputs>& values);
@@ -24,7 +24,7 @@ class VEXA_REALTIME ShownFunction final : public PlaneSource {
 
     const PlaneFunction f;
     const std::array<float, kMostInputs> inputs;
-    /// Each input over a piece, and where they are.
+    /// The values of each input over a piece of kPiece points, and pointers to them.
     std::array<std::array<float, kPiece>, kMostInputs> pieces;
     std::array<const float*, kMostInputs> arrays;
 };

@@ -11,7 +11,7 @@ namespace {
 
 using Words = std::pair<std::string_view, const char*>;
 
-/// By the names of documents, which are those of the tables.
+/// Words by the element names of documents, which ParameterTable uses too.
 constexpr Words kGroups[] = {
     {"dcxdt", "drift of centre x"},
     {"dcydt", "drift of centre y"},
@@ -103,7 +103,7 @@ std::string Difference(const Sound& from, const Sound& to) {
         return names.size() == 1 ? names[0] : names[0] + " and " + names[1];
     if (from.info != to.info)
         return "description";
-    // Whose it is, and what is kept of a document.
+    // The remaining differences are in the authors and in unknown elements of the documents.
     return from == to ? "" : "author";
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The parts of a sound in words that a person understands, and in which of them two sounds differ.
+// Names of the parts of a sound, for a person, and the parts in which two sounds differ.
 #pragma once
 
 #include "documents/Sound.h"
@@ -15,13 +15,13 @@ std::string NameOf(const Parameter& row);
 /// EnvelopePlaces().
 std::string NameOfEnvelope(std::size_t envelope);
 
-/// Names the part of a sound that differs, such as "formula" or "envelope of radius x"; two of them
-/// as "the one and the other", and "several parts" for more. Empty where the two are the same. Any
-/// thread.
+/// Returns the name of the part in which two sounds differ, such as "formula" or "envelope of
+/// radius x"; both names, joined by "and", if there are two such parts; "several parts" if there
+/// are more. Empty if the sounds are equal. Any thread.
 std::string Difference(const Sound& from, const Sound& to);
 
-/// True where two sounds differ in nothing but whose they are, and what is not written of them: the
-/// texts of a function that are of another kind than it. Any thread.
+/// Returns true if two sounds differ at most in their authors and in data that documents do not
+/// contain: the texts that belong to other kinds of functions than theirs. Any thread.
 bool AreAlike(Sound a, const Sound& b);
 
 } // namespace vexa

@@ -13,15 +13,15 @@ namespace {
 
 using enum kits::ControllerNumber;
 
-/// The parameter that is none, in both bytes.
+/// Both bytes of the parameter number that selects no parameter.
 constexpr uchar kNone = 127;
-/// Registered parameters, with a most significant byte of 0.
+/// The least significant bytes of registered parameters whose most significant byte is 0.
 enum : uchar { kRangeParameter = 0, kZoneParameter = 6 };
-/// The widest range of the bend wheel, in semitones (MPE, MIDI Association 2018), and the most
-/// hundredths of one.
+/// The widest range of the bend wheel, in semitones (MPE, MIDI Association 2018), and the largest
+/// number of hundredths of a semitone.
 constexpr float kWidestRange = 96;
 constexpr uchar kMostHundredths = 99;
-/// A bend of 0, of 14 bits.
+/// The 14-bit value of a centred wheel.
 constexpr int kCentre = 0x2000;
 
 VEXA_REALTIME float Squared(uchar value) {
@@ -81,7 +81,7 @@ MidiChannel::Change MidiChannel::Control(uchar controller, uchar value, float us
             return Change::Zone;
         if (!IsFor(kRangeParameter))
             return Change::None;
-        // The most significant byte of a pair comes first, and alone it has no hundredths.
+        // The most significant byte comes first and clears the hundredths of an earlier range.
         if (controller == kDataMsb)
             range = {value, {}};
         else
@@ -115,7 +115,7 @@ void MidiChannel::Range::Step(int steps, float otherwise) {
 
 void MidiChannel::SetBend(uchar lsb, uchar msb) {
     const int value = (msb << 7 | lsb) - kCentre;
-    // Either end of the wheel is the whole range.
+    // Both ends of the wheel bend by the whole range, although the upper half has one step less.
     bend = static_cast<float>(value) / static_cast<float>(value > 0 ? kCentre - 1 : kCentre);
 }
 

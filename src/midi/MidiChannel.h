@@ -21,7 +21,7 @@ class VEXA_REALTIME HeldKeys {
         NoteName name;
         /// The velocity, 0..1.
         float velocity;
-        /// The pedal 66 was pressed while the key was down.
+        /// True if the pedal 66 (sostenuto) was pressed while the key was down.
         bool sostenuto = false;
     };
     /// A key that is already down moves to the end; if there are too many, the first is dropped.
@@ -41,7 +41,7 @@ class VEXA_REALTIME HeldKeys {
     /// Sets whether the pedal 66 holds the matching keys.
     void Hold(const NoteName& pattern, bool sostenuto);
     bool Has(const NoteName& name) const;
-    /// Returns the last key that is still down.
+    /// Returns the most recent key that is still down; nothing if there is none.
     std::optional<Key> Last() const;
 
   private:
@@ -54,11 +54,11 @@ class VEXA_REALTIME MidiChannel {
   public:
     /// The state that a control message has changed.
     enum class Change { None, Bend, Volume, Zone };
-    /// Volume, expression, and by registered parameters the range of the bend wheel (0: semitones
-    /// and hundredths, each of which may come alone, 96 semitones at most) and the MPE zone (6),
-    /// whose number of members is the value; other parameters have no effect. Data increment and
-    /// decrement, whatever their value, step the range by a semitone, starting from `usualRange` if
-    /// none was received.
+    /// Takes up volume, expression and two registered parameters: the range of the bend wheel (0),
+    /// of semitones and hundredths, each of which may come alone, at most 96 semitones; and the MPE
+    /// zone (6), whose number of members is the value. Other parameters have no effect. Data
+    /// increment and decrement, whatever their value, step the range by a semitone, starting from
+    /// `usualRange` if none was received.
     Change Control(uchar controller, uchar value, float usualRange);
     void SetBend(uchar lsb, uchar msb);
     /// Resets the controls that controller 121 resets by the MIDI Association's recommended
@@ -97,7 +97,7 @@ class VEXA_REALTIME MidiChannel {
         std::optional<uchar> semitones;
         std::optional<uchar> hundredths;
         VEXA_REALTIME float Of(float otherwise) const;
-        /// By so many semitones, as far as there are any.
+        /// Moves the range by `steps` semitones, within 0 to 96.
         VEXA_REALTIME void Step(int steps, float otherwise);
     };
 

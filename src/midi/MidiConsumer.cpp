@@ -13,7 +13,7 @@ namespace vexa {
 
 namespace {
 
-/// Returns where the orbit's centre starts in one direction.
+/// Returns one coordinate of the orbit's centre at note-on.
 VEXA_REALTIME float Centre(const CoefficientGroup& group, const sound_param& p,
                            const ControllerTable& controllers, const OwnControllers& own,
                            const NoteMoment& note) {
@@ -59,7 +59,7 @@ void VexaMidiConsumer::Begin(const NoteName& name, float velocity) {
         HandOf(from).keys.Press(struck);
 }
 
-/// What a voice of the note begins with.
+/// Returns the orbit's centre and the value of f with which a voice of the note begins.
 VexaMidiConsumer::Start VexaMidiConsumer::StartOf(const NoteMoment& note) const {
     const OwnControllers own(playing, macros);
     const float cx = Centre(kCx0, parameters, controllers, own, note);
@@ -70,8 +70,8 @@ VexaMidiConsumer::Start VexaMidiConsumer::StartOf(const NoteMoment& note) const 
     return {cx, cy, Heard(f.At(x, cy, inputs.data()))};
 }
 
-/// Gives the key a voice, or the one voice of its channel. False, and nothing changes, where it has
-/// no frequency or no voice is allowed.
+/// Gives the key a voice of its own or, in mono and legato mode, the single voice of its channel.
+/// Returns false, without effect, if the key has no frequency or no slot.
 bool VexaMidiConsumer::Strike(const HeldKeys::Key& struck) {
     const kits::Reader::Section reading(reader);
     const NoteName& name = struck.name;
@@ -99,7 +99,7 @@ bool VexaMidiConsumer::Strike(const HeldKeys::Key& struck) {
     const VoiceState::Seen before = slot.state.BeginChange();
     const bool attacks =
         !(takesOver && mode == PlayMode::legato && before.Active() && !slot.released);
-    // A key that is struck again under the pedal stays under it.
+    // If a key is struck again, the pedal 66 continues to hold it.
     const bool again = before.Active() && slot.key == key;
     AddEnded(holder.name);
     holder = {from, true, struck.sostenuto || (again && holder.sostenuto), false, name};
@@ -140,16 +140,16 @@ void VexaMidiConsumer::SetChannel(int32 next) {
     EndNotes();
 }
 
-/// Silences what is too much. A note that is being changed cannot be silenced; so both who has
-/// changed one and who sets the limit look afterwards, and of two who do it at the same time at
-/// least one sees what the other has done.
+/// Silences voices until the limit is met. A note that is being changed cannot be silenced, so both
+/// the thread that changes a note and the thread that sets the limit call this afterwards. If they
+/// do so at the same time, at least one of them sees the other's change.
 void VexaMidiConsumer::KeepToLimit() {
     while (CountVox() > Limit() && ReduceVoicesByOne(voices)) {
     }
 }
 
-/// The slot for a new note: the one that plays the same key, else a free one, else a stolen one;
-/// -1 with a voice limit below 1.
+/// Returns the slot for a new note: the one that plays the same key, else a free one, else a stolen
+/// one; -1 if nothing sounds and the voice limit is below 1.
 int VexaMidiConsumer::ChooseSlot(float key, const NoteName& name) {
     for (int i = 0; i < kVoiceSlots; i++) {
         if (voices[i].state.Look().Active() && !voices[i].released && voices[i].key == key &&
@@ -183,8 +183,9 @@ void VexaMidiConsumer::NoteOff(uchar from, uchar note, uchar, bigtime_t) {
     KeepToLimit();
 }
 
-/// A slot's key is up, as was heard on a channel: where there is one voice only it goes back to
-/// another key that is down, else it is released where no pedal holds it.
+/// Handles the release of a slot's key, which arrived on channel `from`. In mono and legato mode
+/// the single voice goes back to another key that is still down. Otherwise the note is released
+/// unless a pedal holds it.
 void VexaMidiConsumer::LetGo(std::size_t index, uchar from) {
     const MidiChannel& hand = HandOf(from);
     const std::optional<HeldKeys::Key> last = hand.keys.Last();
@@ -227,13 +228,14 @@ void VexaMidiConsumer::ReduceToMaxVox(int32 limit) {
 }
 
 void VexaMidiConsumer::LimitNewVox(int32 limit) {
-    // First, as the MIDI thread may look at any time.
+    // Written first, because the MIDI thread may read both at any time.
     spared = CountHeld();
     voiceLimit = limit;
     KeepToLimit();
 }
 
-/// The limit holds again for the voices of keys that have been let go since it was set.
+/// Reduces the number of spared voices to the number of held ones: those that were released since
+/// the limit was set count against it again.
 void VexaMidiConsumer::SpareHeldOnly() {
     const int32 held = CountHeld();
     int32 before = spared;

@@ -179,11 +179,12 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
         /// The channel on which the note arrived. Its note-off is accepted there even if the
         /// consumer's channel has changed.
         uchar channel = 0;
-        /// The key is down.
+        /// True while the key is down.
         bool key = false;
-        /// The pedal 66 holds the note.
+        /// True while the pedal 66 (sostenuto) holds the note.
         bool sostenuto = false;
-        /// True if its key was up before another note began on the same MPE member channel.
+        /// True if its key was up before another note began on the same channel. The controls of an
+        /// MPE member channel then no longer apply to the note.
         bool bygone = false;
         /// The note's name. Its id is kOfMidi for a MIDI note, and also after the note's end was
         /// reported to the host.

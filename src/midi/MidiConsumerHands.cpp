@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Wheel, pedals, pressure and controllers: what a player's hands and feet do besides striking keys.
+// Wheel, pedals, pressure and controllers: everything that a player's hands and feet do besides
+// striking keys. A channel concerns another one if it is the same or the master of its MPE zone.
 #include "kits/midi/ControllerNumbers.h"
 #include "kits/support/RealtimeMark.h"
 #include "midi/MidiConsumer.h"
@@ -12,12 +13,13 @@ namespace {
 
 using enum kits::ControllerNumber;
 
-/// A pedal is down from here on.
+/// The smallest controller value at which a pedal is down.
 constexpr uchar kDown = 64;
 
 } // namespace
 
-/// What other threads have done since the event before. MIDI thread.
+/// Takes up the changes that other threads have made since the previous event: panics, macro
+/// controllers and the loading of a sound. MIDI thread.
 void VexaMidiConsumer::TakeUpSound() {
     if (const uint32 now = panics; now != panicked) {
         panicked = now;
@@ -33,19 +35,19 @@ void VexaMidiConsumer::TakeUpSound() {
     if (const uint32 now = playing.loads; now != loads) {
         loads = now;
         for (uchar from = 0; from < channels.size(); from++) {
-            // What the members bend by is the controller's.
+            // The range of member channels belongs to the MPE controller, not to the sound.
             if (!zones.MasterOf(from))
                 channels[from].ForgetRange();
             ApplyBend(from);
             ApplyVolume(from);
-            // No pedal of this sound will end what the one before has sustained.
+            // A sound that ignores pedals ends the notes that they sustained in the previous one.
             if (!playing.Pedal())
                 LiftPedals(from);
         }
     }
 }
 
-/// True where a slot, which may be none, has a note of the channel's zone, or of the channel.
+/// Returns true if the slot sounds a note of the channel or of its zone; false for slot -1.
 bool VexaMidiConsumer::Plays(int index, uchar from) const {
     if (index < 0)
         return false;
@@ -54,14 +56,14 @@ bool VexaMidiConsumer::Plays(int index, uchar from) const {
            Concerns(MasterOf(from).value_or(from), holders[i].channel);
 }
 
-/// A pedal holds the slot's note, whose key is up.
+/// Returns true if a pedal holds the slot's note, whose key is up.
 bool VexaMidiConsumer::Sustains(std::size_t index) const {
     const uchar from = holders[index].channel;
     return channels[from].sustain || channels[MasterOf(from).value_or(from)].sustain ||
            holders[index].sostenuto;
 }
 
-/// Releases the channel's notes that neither a key nor a pedal holds any more.
+/// Releases the notes that the channel concerns and that neither a key nor a pedal holds any more.
 void VexaMidiConsumer::ReleaseUnheld(uchar from) {
     for (std::size_t i = 0; i < voices.size(); i++) {
         if (voices[i].state.Look().Active() && Concerns(from, holders[i].channel) &&
@@ -80,7 +82,8 @@ void VexaMidiConsumer::HoldSostenuto(uchar from) {
     HoldKeys(from, true);
 }
 
-/// Keys that do not sound, as another has their one voice, are held when they come back.
+/// Marks the keys that are down, also those that do not sound because another key has their single
+/// voice: the pedal 66 then holds them when they get it back.
 void VexaMidiConsumer::HoldKeys(uchar from, bool sostenuto) {
     for (uchar to = 0; to < channels.size(); to++) {
         if (Concerns(from, to))
@@ -93,7 +96,7 @@ void VexaMidiConsumer::LiftPedals(uchar from) {
     LiftSostenuto(from);
 }
 
-/// What the pedal 64 holds goes on.
+/// Lifts the pedal 66. Notes that the pedal 64 holds continue.
 void VexaMidiConsumer::LiftSostenuto(uchar from) {
     channels[from].sostenuto = false;
     for (Holder& holder : holders)
@@ -113,7 +116,8 @@ void VexaMidiConsumer::SetController(uchar controller, float value) {
 void VexaMidiConsumer::ControlChange(uchar from, uchar controller, uchar value, bigtime_t) {
     TakeUpSound();
     MidiChannel& channel = channels[from];
-    // Whatever is listened to by now, a pedal that goes up ends what it has held.
+    // A pedal that goes up ends the notes that it held, even if the consumer no longer listens to
+    // its channel.
     if (controller == kSustain && value < kDown) {
         channel.sustain = false;
         ReleaseUnheld(from);
@@ -125,7 +129,7 @@ void VexaMidiConsumer::ControlChange(uchar from, uchar controller, uchar value, 
     const OwnControllers own(playing, macros);
     if (!GiveOwn(from, own.Which(controller), Normalised(value)))
         SetController(controller, Normalised(value));
-    // What a channel is told is kept for sounds that heed it.
+    // The channel keeps all its controls, also those that the present sound ignores.
     if (controller == kResetControllers)
         return ResetControllers(from);
     if (playing.Pedal() && value >= kDown) {
@@ -137,7 +141,7 @@ void VexaMidiConsumer::ControlChange(uchar from, uchar controller, uchar value, 
     }
     switch (channel.Control(controller, value, UsualRange(from))) {
     case MidiChannel::Change::Bend:
-        // What one member is told holds for all.
+        // A range that one member receives applies to all members of its zone.
         for (uchar other = 0; IsOwn(from) && other < channels.size(); other++) {
             if (MasterOf(other) == MasterOf(from))
                 channels[other].TakeRange(channel);
@@ -146,7 +150,7 @@ void VexaMidiConsumer::ControlChange(uchar from, uchar controller, uchar value, 
     case MidiChannel::Change::Volume:
         return ApplyVolume(from);
     case MidiChannel::Change::Zone:
-        // Notes of a sound that heeds no zones go on.
+        // A sound without bend ignores zones, so its notes continue.
         if (playing.Bends())
             ConfigureZone(from, value);
         else
@@ -157,8 +161,8 @@ void VexaMidiConsumer::ControlChange(uchar from, uchar controller, uchar value, 
     }
 }
 
-/// Resets what the MIDI association's recommended practice (RP-015) says: volume and sound
-/// controllers stay.
+/// Resets the controls that the MIDI Association's recommended practice RP-015 names; volume and
+/// sound controllers keep their values.
 void VexaMidiConsumer::ResetControllers(uchar from) {
     for (uchar to = 0; to < channels.size(); to++) {
         if (Concerns(from, to))
@@ -189,7 +193,8 @@ void VexaMidiConsumer::PitchBend(uchar from, uchar lsb, uchar msb, bigtime_t) {
     ApplyBend(from);
 }
 
-/// Gives the channel's bend to all of its notes that sound, released ones too.
+/// Applies the channel's bend to the notes that it concerns, including released ones, but not to
+/// `bygone` notes of member channels.
 void VexaMidiConsumer::ApplyBend(uchar from) {
     for (std::size_t i = 0; i < voices.size(); i++) {
         const uchar to = holders[i].channel;

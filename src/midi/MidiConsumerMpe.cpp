@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Notes that have channels of their own.
+// Notes with channels of their own: MPE.
 #include "midi/MidiConsumer.h"
 
 #include <algorithm>
@@ -8,9 +8,10 @@ namespace vexa {
 
 namespace {
 
-/// Semitones, by MPE: of a member, and of a master where the sound has no range of its own.
+/// The bend ranges, in semitones, that MPE prescribes: of a member, and of a master if the sound
+/// has no range of its own.
 constexpr float kMemberRange = 48, kMasterRange = 2;
-/// As many as the lower zone may have.
+/// The largest number of members of the lower zone.
 constexpr uchar kAllMembers = 15;
 
 } // namespace
@@ -20,30 +21,31 @@ void VexaMidiConsumer::ExpectMpe(bool whether) {
     ConfigureZone(0, whether ? kAllMembers : 0);
 }
 
-/// The master of the zone that the channel is a member of. Where neither the sound nor an option
-/// lets the wheel bend there are no zones.
+/// Returns the master of the zone of which the channel is a member. Zones have no effect if neither
+/// the sound nor an option lets the wheel bend notes.
 std::optional<uchar> VexaMidiConsumer::MasterOf(uchar from) const {
     return playing.Bends() ? zones.MasterOf(from) : std::nullopt;
 }
 
-/// True where the channel is that of one note.
+/// Returns true if the channel is a member, which carries a single note.
 bool VexaMidiConsumer::IsOwn(uchar from) const {
     return MasterOf(from).has_value();
 }
 
-/// Where keys, glide and the one voice of the modes mono and legato are kept.
+/// Returns the channel that keeps the keys, the glide and the single voice of mono and legato mode.
+/// For a member this is its master.
 MidiChannel& VexaMidiConsumer::HandOf(uchar from) {
     return channels[MasterOf(from).value_or(from)];
 }
 
-/// True where what comes on a channel is for the notes of another, as a master's is for its
-/// members'.
+/// Returns true if messages on channel `from` apply to the notes of channel `to`, as those on a
+/// master apply to its members.
 bool VexaMidiConsumer::Concerns(uchar from, uchar to) const {
     return from == to || MasterOf(to) == from;
 }
 
-/// True where a key may be that of the slot's note. A host's key with another name is not, and a
-/// MIDI key on a channel of its own is another than on any other channel.
+/// Returns true if the name may be that of the slot's note. A host's note must have the same name.
+/// Between MIDI notes the channel matters only if one of them has a channel of its own.
 bool VexaMidiConsumer::IsThatNote(std::size_t index, const NoteName& name) const {
     const NoteName& own = holders[index].name;
     if (own.id != NoteName::kOfMidi || name.id != NoteName::kOfMidi)
@@ -56,7 +58,7 @@ OwnValues VexaMidiConsumer::OwnOf(uchar from) const {
     return IsOwn(from) ? channels[from].own : kNoOwnValues;
 }
 
-/// The range of the wheel where none is told, in semitones.
+/// Returns the range of the wheel, in semitones, that applies until the channel receives one.
 float VexaMidiConsumer::UsualRange(uchar from) const {
     if (IsOwn(from))
         return kMemberRange;
@@ -64,7 +66,7 @@ float VexaMidiConsumer::UsualRange(uchar from) const {
     return zones.IsMaster(from) && sounds == 0 ? kMasterRange : sounds;
 }
 
-/// Semitones. What a master bends comes on top.
+/// Returns the channel's bend in semitones; a master's bend is added to that of its members.
 float VexaMidiConsumer::BendOf(uchar from) const {
     if (!playing.Bends())
         return 0;
@@ -73,8 +75,7 @@ float VexaMidiConsumer::BendOf(uchar from) const {
     return master ? own + channels[*master].Bend(UsualRange(*master)) : own;
 }
 
-/// Sets the value for the notes of the channel, but for those that sounded out before another one
-/// began.
+/// Sets the value for the channel and its notes, except for `bygone` ones.
 void VexaMidiConsumer::SetOwn(uchar from, std::size_t which, float value) {
     channels[from].own[which] = value;
     for (std::size_t i = 0; i < voices.size(); i++) {
@@ -83,9 +84,9 @@ void VexaMidiConsumer::SetOwn(uchar from, std::size_t which, float value) {
     }
 }
 
-/// A member's controller is for its notes alone, and then the answer is true. A master's is for the
-/// notes of all members, whatever these have had: they follow a macro again, and have the value of
-/// what else is theirs.
+/// Applies one of OwnControllers to the notes of member channels. A member's value is for its own
+/// notes alone; the result is then true. A master's value replaces those of all members: they take
+/// its pressure or timbre, and follow the common macros again.
 bool VexaMidiConsumer::GiveOwn(uchar from, std::size_t which, float value) {
     for (uchar to = 0; which < kOwnControllers && to < channels.size(); to++) {
         if (IsOwn(to) && Concerns(from, to))
@@ -94,7 +95,8 @@ bool VexaMidiConsumer::GiveOwn(uchar from, std::size_t which, float value) {
     return which < kOwnControllers && IsOwn(from);
 }
 
-/// What notes have had of a macro's controller was another sound's, or meant for another macro.
+/// Clears the notes' own values of the macros' controllers, which belonged to the previous sound or
+/// to another macro.
 void VexaMidiConsumer::ForgetMacros() {
     for (MidiChannel& channel : channels)
         channel.ForgetMacros();
@@ -102,7 +104,8 @@ void VexaMidiConsumer::ForgetMacros() {
         std::fill(slot.own.begin() + kOwnMacros, slot.own.end(), kNoOwnValues.back());
 }
 
-/// The channels that come into a zone or leave one begin anew, and their notes end.
+/// Configures a zone. The master, its previous and new members and the channels that the other zone
+/// loses are reset, and their notes end.
 void VexaMidiConsumer::ConfigureZone(uchar master, uchar members) {
     const MpeZones before = zones;
     if (!zones.Configure(master, members))

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Notes that a host names.
+// Notes that a host identifies by names.
 #include "midi/MidiConsumer.h"
 
 #include <algorithm>
@@ -9,7 +9,7 @@ namespace vexa {
 
 namespace {
 
-/// Semitones, and the largest factor, that hosts may ask for.
+/// The largest tuning, in semitones, and the largest gain that a host may set.
 constexpr float kMostTuning = 120, kMostVolume = 4;
 
 } // namespace
@@ -36,8 +36,8 @@ void VexaMidiConsumer::Choke(const NoteName& pattern) {
     }
 }
 
-/// Changes what the notes that fit have for themselves. One that has not begun to sound begins
-/// with it.
+/// Calls `change` with the slot of each sounding note that matches, to change the note's own
+/// values. A note that has not been rendered yet begins with the new values.
 template<class Change>
 void VexaMidiConsumer::ChangeNotes(const NoteName& pattern, Change change) {
     for (std::size_t i = 0; i < voices.size(); i++) {
@@ -64,7 +64,8 @@ void VexaMidiConsumer::Charge(std::size_t index) {
     slot.state.EndChange(before.Active());
 }
 
-/// Beside the middle one ear hears less.
+/// Publishes the note's gains for the two ears. In the middle both ears have full gain; off the
+/// middle one ear has less.
 void VexaMidiConsumer::ShowGains(std::size_t index) {
     const Holder& holder = holders[index];
     const float level = holder.volume * holder.loudness;
@@ -137,8 +138,8 @@ void VexaMidiConsumer::FindEnded() {
     }
 }
 
-/// Not where a voice has the name, or a key that may have the one voice back, or where it has been
-/// told.
+/// Returns false if a slot still has the name, if a key has it that may get the single voice back,
+/// or if the same name is earlier in the list and so has been reported.
 bool VexaMidiConsumer::HasEnded(std::size_t which) const {
     const NoteName& name = ended[which];
     return std::ranges::none_of(holders, [&](const Holder& h) { return h.name == name; }) &&

@@ -43,17 +43,17 @@ struct StepWaves {
 
 /// One coordinate of an orbit over a block: place[i] = radius[i] wave[i] + centre[i].
 struct Coordinate {
-    /// Where `steps` is not null, wave[i] is the sine after offset + i steps, or any other wave of
-    /// that phase, whose value at the beginning is `value` and whose derivative by the phase is
-    /// `slope` there; offset + count <= kMostSamples. Where it is null the waves are given.
+    /// If `steps` is not null, wave[i] is the value after offset + i steps of a sine of any phase:
+    /// after 0 steps its value is `value`, and its derivative by the phase is `slope`; offset +
+    /// count <= kMostSamples. If `steps` is null, `waves` contains the waves.
     const StepWaves* steps;
     double value, slope;
     std::size_t offset;
     const double* waves;
-    /// radius[i] = envelope[i] radius, or just radius where there is no envelope.
+    /// radius[i] = envelope[i] radius, or just radius if `envelope` is null.
     double radius;
     const float* envelope;
-    /// centre[i] = centre + i drift, or centres[i] where these are given.
+    /// centre[i] = centre + i drift, or centres[i] if that is not null.
     double centre, drift;
     const double* centres;
     float* place;
@@ -66,8 +66,8 @@ struct CellWaves {
     double slopeSign;
 };
 
-/// A changing speed: envelope[i] weight + rest at moment i, or envelope[i] weights[i] + rests[i]
-/// where these are given, per sample of dt seconds.
+/// A changing speed in units per second: envelope[i] weight + rest at moment i, or envelope[i]
+/// weights[i] + rests[i] if these are not null. A sample lasts dt seconds.
 struct Speed {
     const float* envelope;
     double weight, rest, dt;

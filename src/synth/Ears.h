@@ -38,8 +38,9 @@ struct EarTurn {
 /// later: at phases less and more by Fx spread / 2 in x and Fy spread / 2 in y. Media thread.
 class VEXA_REALTIME Ears {
   public:
-    /// Begins a block of `count` samples, `offset` after its cell. The angles reach those of the
-    /// spread (degrees) within `ramp` samples; the first block starts there.
+    /// Begins a block of `count` samples, `offset` samples after the beginning of its cell. The
+    /// angles reach those of the spread (degrees) within `ramp` samples; the first block starts
+    /// with them.
     void Begin(const sound_param& p, double spread, std::size_t ramp, std::size_t offset,
                std::size_t count) noexcept;
 

@@ -67,7 +67,7 @@ class VEXA_REALTIME EnvelopeCurve {
     float empty;
     /// The first points[keyDown] are key-down points, the others release points.
     std::size_t keyDown;
-    /// True where key-down points come first, beginning at 0, and each kind is in increasing time.
+    /// True if key-down points come first, beginning at 0, and each kind is in increasing time.
     bool ordered;
 };
 

@@ -39,8 +39,9 @@ class VEXA_REALTIME EnvelopeTrack {
                 float* values, std::size_t count) const noexcept;
 
     /// Begins a block `offset` samples after the beginning of its cell; `first` is the curve's
-    /// first value. If another curve was in use before, the difference fades linearly within
-    /// `smooth` samples. Returns true if a difference must be added to the values of this block.
+    /// value at the block's first sample. If another curve was in use before, the difference from
+    /// its last value fades linearly within `smooth` samples. Returns true if a difference must be
+    /// added to the values of this block.
     bool Follow(const EnvelopeCurve& next, float first, std::size_t smooth,
                 std::size_t offset) noexcept;
     /// Adds the fading difference to the block's values.

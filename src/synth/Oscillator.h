@@ -16,7 +16,7 @@ namespace vexa {
 /// a block.
 ///
 /// If the rounded steps are equal too, sine and cosine come from the angle addition theorem: from
-/// those of the phase at the beginning of the cell and from kept ones of multiples of the step. A
+/// those of the phase at the beginning of the cell and from cached ones of multiples of the step. A
 /// cell is the aligned stretch of kMostSamples samples in which the block lies. Few sines are
 /// computed this way, and none depends on where blocks split a cell. Media thread.
 class VEXA_REALTIME Oscillator {
@@ -42,7 +42,7 @@ class VEXA_REALTIME Oscillator {
         if (factors)
             return phase;
         step = RoundedStep(phase, turn);
-        // Exact where the steps are even.
+        // This is exact if the steps are even.
         const double begin = phase - static_cast<double>(offset) * step;
         even = AddsTheSame(begin, turn, step, begin + static_cast<double>(kMostSamples) * step);
         return begin;

@@ -67,7 +67,7 @@ class VEXA_REALTIME OutputMix {
         std::size_t side;
     };
     /// Filters the voices' input and adds their output to the sums. Returns true if input exceeded
-    /// kMostHeard. Several blocks in a row have their inputs and sums in a row too.
+    /// kMostHeard. The inputs and sums of several blocks lie one block after the other.
     bool Add(std::span<RunningVoice* const> voices, std::span<const Ear> ears,
              std::size_t blocks = 1) noexcept;
 

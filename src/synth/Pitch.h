@@ -22,7 +22,7 @@ VEXA_REALTIME inline double SemitonesBetween(double from, double to) noexcept {
 
 /// Returns the factor of a level in decibels.
 VEXA_REALTIME inline double LevelOf(double decibels) noexcept {
-    // A decibel is so many semitones: 12 log2(10) / 20.
+    // As a factor, one decibel equals 12 log2(10) / 20 semitones.
     constexpr double kSemitonesInDecibel = 1.9931568569324174;
     return RatioOf(decibels * kSemitonesInDecibel);
 }

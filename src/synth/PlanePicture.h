@@ -30,11 +30,11 @@ struct PlaneArea {
 class PlaneDrawing {
   public:
     /// `words` has room for the pixels, one row after the other, and outlives this or the last
-    /// Continue. A pixel's word is v = f 255 without fraction where v > 0, else -v in the red byte;
+    /// Continue. A pixel's word is v = f 255 without fraction if v > 0, else -v in the red byte;
     /// values beyond +-1 carry into the next byte, and end at the largest float below 2^31. A value
     /// that is not finite is shown as 0.
     PlaneDrawing(const PlaneFunction& f, const PlaneArea& area, uint32* words);
-    /// Makes a drawing of the values as f gives them in place of the words.
+    /// Draws the values of f themselves instead of words.
     PlaneDrawing(const PlaneFunction& f, const PlaneArea& area, float* values);
 
     /// Computes for about `time`, from the top on, or until the picture is complete. Returns

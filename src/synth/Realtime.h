@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// This surrounds code that runs in the media thread.
+// Guards for code that runs in the media thread.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
@@ -22,17 +22,17 @@ class RealtimeSection {
     RealtimeSection(const RealtimeSection&) = delete;
     RealtimeSection& operator=(const RealtimeSection&) = delete;
 
-    /// The calling thread is inside a section.
+    /// Returns true if the calling thread is inside a section.
     static bool Inside() noexcept { return depth > 0; }
 
   private:
-    /// The model is named because in a shared object that is loaded late, as plug-ins are, the
-    /// usual way to a thread's variable allocates it at its first use.
+    /// The TLS model is given because in a shared object that is loaded at run time, such as a
+    /// plug-in, the default model allocates the variable when a thread first uses it.
     [[gnu::tls_model("initial-exec")]] static inline thread_local int depth = 0;
 };
 
-/// Treats denormal numbers as 0 while it lives: a filter that dies away would otherwise become a
-/// hundred times slower on its last way to 0.
+/// Treats denormal numbers as 0 during its lifetime. Otherwise the samples of a decaying filter
+/// would take a hundred times as long shortly before they reach 0.
 class FlushDenormals {
   public:
 #if defined(__SSE__)

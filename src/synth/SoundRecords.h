@@ -11,8 +11,8 @@
 
 namespace vexa {
 
-/// The shared records with envelopes of their own, for programs without a window; a window keeps
-/// the records among its members and has its envelope editors for the envelopes.
+/// The shared records of a sound. Initially the parameters refer to the record's own envelopes; a
+/// window makes them refer to its envelope editors.
 struct SoundRecords {
     SoundRecords() {
         for (std::size_t i = 0; i < envelopes.size(); i++)

@@ -3,7 +3,7 @@
 //
 // Every field has one writing thread, so no thread's store can undo another's. The MIDI thread
 // writes a note into a slot and records its release there; the media thread runs the note in a
-// private record (VoiceRenderer) and publishes its progress in the slot. Only `active` may be
+// private record (VoiceRenderer) and publishes its progress in the slot. Only `state` may be
 // written by all.
 #pragma once
 

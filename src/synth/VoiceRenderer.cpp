@@ -37,8 +37,9 @@ constexpr double kFilterRate = 44100;
 constexpr float kInaudible = 1e-7F;
 
 /// If f uses the time, its value may change although a note's point stands. A change of less than
-/// `kStill` per second is too slow to be heard, and its change within a cell, 63 dB below 1, too
-/// small. A released note that changes no faster for `kStillSeconds` counts as ended.
+/// `kStill` per second is too slow to be heard, and its change within a cell, 0.0015 at 44100
+/// samples per second, too small. A released note that changes no faster for `kStillSeconds` counts
+/// as ended.
 constexpr double kStill = 1;
 constexpr double kStillSeconds = 10;
 
@@ -162,8 +163,8 @@ void VoiceRenderer::Render(float* left, float* right, std::size_t count) noexcep
     const RealtimeSection realtime;
     const FlushDenormals flush;
     const kits::Reader::Section reading(reader);
-    // Read before the function, so that a function that arrives in between is not taken for the old
-    // one.
+    // Read before the function: IsReplaced() then notices a replacement that happens in between. In
+    // the other order, the old function would be taken for the new sound's.
     const uint32 now = replacing;
     const bool another = std::exchange(replaced, now) != now;
     for (RunningVoice& v : running)
@@ -301,8 +302,8 @@ bool VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
         v.rests = stood && v.stands && !v.arrives.Moves() && inputs.IsSteady(source, v) &&
                   !Lingers(v, hearsTime, 0) && Settles(v.filter, Heard(last(one))) &&
                   (!apart || Settles(v.rightFilter, Heard(last(other))));
-        // A filter may settle while its output is still audible, because rounding hides what its
-        // accumulators lack.
+        // A resting voice is over even if IsOver is false: its filter may settle short of its
+        // limits because rounding stops the accumulators there.
         v.over = v.rests || (v.stands && IsOver(v, last(one), apart ? last(other) : 0));
     }
     CloseEars();
@@ -343,7 +344,8 @@ void VoiceRenderer::CloseEars() noexcept {
 }
 
 /// Returns the value of f that an ear, on the side -1 or 1, hears at the start of a note's orbit.
-/// As for a single ear, the radii count as 1, whatever their formulas give.
+/// As in voice::start, the radii are the first values of their envelopes, whatever their formulas
+/// give.
 float VoiceRenderer::StartOf(const RunningVoice& v, const PlaneSource& f,
                              double side) const noexcept {
     const double x = parameters.EnvAx->Value(0, false, 0) * ears.X().cosine + v.cx;
@@ -422,8 +424,9 @@ std::size_t VoiceRenderer::Smooth() const noexcept {
     return seconds > 0 ? SamplesIn(seconds) : 0;
 }
 
-/// Applies bend, expression and controllers to a sounding note. If its slot meanwhile has a newer
-/// note that has not been taken up, these values are that note's.
+/// Applies bend, expression and controllers to a sounding note; one that was cut off keeps its
+/// values. If the slot meanwhile has a newer note that has not been taken up, these values are that
+/// note's.
 void VoiceRenderer::TakeUpHands(RunningVoice& v, const voice& slot) noexcept {
     v.glide.Aim(0, 0, offset);
     v.arrives.Aim(1, 0, offset);
@@ -449,7 +452,7 @@ void VoiceRenderer::TakeUpHands(RunningVoice& v, const voice& slot) noexcept {
     v.retuned = false;
 }
 
-/// Returns the bend of a note in semitones.
+/// Returns the bend and the tuning of a note together, in semitones.
 double VoiceRenderer::BendOf(const RunningVoice& v, const voice& slot) const noexcept {
     return (playing.Bends() ? double(slot.bend) : 0.0) + v.tuning;
 }
@@ -509,7 +512,8 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
         return;
 
     const bool begins = !v.sounds || notes != v.notes;
-    // A note that was cut off in this block still sounds if it is to fade.
+    // With `playing` settings a voice that is cut off fades, so the slot's previous note still
+    // sounds if it was replaced since the last block.
     const bool goesOn = v.sounds && (continues || v.ends || playing.given);
     if (begins || tunes != v.tunes) {
         const double from = glidesOn ? v.freq * v.glide.Factor() : double(glideFrom);

@@ -77,9 +77,9 @@ class VoiceRenderer {
     /// not be called while rendering.
     VEXA_REALTIME void Clear() noexcept;
 
-    /// Sets the sample rate, of which the output keeps one sample in `oversampling`; the low-cut
-    /// filters keep their corner frequency. Sounding voices continue. Must not be called while
-    /// rendering.
+    /// Sets the sample rate, which is `oversampling` times the rate of the output. The oversampling
+    /// leaves the low-cut filters' corner frequency unchanged. Sounding voices continue. Must not
+    /// be called while rendering.
     VEXA_REALTIME void SetSampleRate(double rate, int oversampling = 1) noexcept;
     /// Returns the oversampling factor that the sound asks for. Any thread.
     VEXA_REALTIME int Oversampling() const noexcept { return playing.Oversampling(); }

@@ -119,9 +119,9 @@ inline void Columns(const float* const* rows, int place, Four* columns) {
 
 inline void Columns(const float* const* rows, int place, Eight* columns) {
 #if defined(__FMA__)
-    // Does the same in both halves of the vectors; one half has the first four rows. If both halves
-    // were loaded separately, the compiler would insert the second one by shuffles, for which this
-    // code waits anyway.
+    // Does the same in both halves of the vectors; the lower half has the first four rows. Without
+    // intrinsics the compiler would insert the second half by a shuffle, and shuffles are what
+    // limits the speed here.
     Eight four[4];
     for (int row = 0; row < 4; row++)
         four[row] = _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(rows[row] + place)),

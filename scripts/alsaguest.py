@@ -26,7 +26,7 @@ def wait_for(what, is_so, seconds=60):
     end = time.monotonic() + seconds
     while not is_so():
         if time.monotonic() > end:
-            raise SystemExit(f"{what}: not after {seconds} s\n{LOG.read_text()}")
+            raise SystemExit(f"{what}: timed out after {seconds} s\n{LOG.read_text()}")
         time.sleep(0.1)
     print(what, flush=True)
 

@@ -207,7 +207,7 @@ def main():
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("-v", "--verbose", action="store_true", help="print the tree")
     parser.add_argument("build", nargs="?", type=pathlib.Path, default=ROOT / "build/release")
-    parser.add_argument("options", nargs=argparse.REMAINDER, help="of vexa, after the build")
+    parser.add_argument("options", nargs=argparse.REMAINDER, help="options for vexa, after the build")
     arguments = parser.parse_args()
     if "VEXA_WITHIN" not in os.environ:
         return within_a_desktop(sys.argv[1:])

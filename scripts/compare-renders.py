@@ -86,7 +86,7 @@ def main():
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("program", help="vexa-render")
     parser.add_argument("other", nargs=argparse.REMAINDER,
-                        help="vexa-render for another machine, after what runs it here")
+                        help="a command that runs vexa-render of another machine")
     arguments = parser.parse_args()
     program, other = arguments.program, arguments.other
     sets = machine_sets(program)

@@ -125,8 +125,8 @@ if __name__ == "__main__":
     parser = argparse.ArgumentParser(description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("folder", type=pathlib.Path, help="where the files are written")
-    parser.add_argument("seconds", type=int, help="the most")
-    parser.add_argument("ports", nargs=2, help="the left and the right one")
+    parser.add_argument("seconds", type=int, help="the longest recording")
+    parser.add_argument("ports", nargs=2, help="the left and the right port")
     arguments = parser.parse_args()
     signal.pthread_sigmask(signal.SIG_BLOCK, {signal.SIGTERM, signal.SIGINT})
     sys.exit(hear(arguments.folder, arguments.seconds, arguments.ports))

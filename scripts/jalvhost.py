@@ -17,7 +17,7 @@ def wait_for(what, is_so, seconds=60):
     end = time.monotonic() + seconds
     while not is_so():
         if time.monotonic() > end:
-            raise SystemExit(f"{what}: nothing after {seconds} s")
+            raise SystemExit(f"{what}: timed out after {seconds} s")
         time.sleep(0.02)
 
 

@@ -33,7 +33,7 @@ install_packages() {
     local wanted missing as_root=() apt
     mapfile -t wanted < <(packages_for "$@")
     if ! command -v dpkg-query >/dev/null; then
-        printf 'not a Debian system: scripts/packages.txt names what has to be there\n' >&2
+        printf 'not a Debian system: scripts/packages.txt lists the packages to install\n' >&2
         return
     fi
     # dpkg-query reports packages that it does not know on standard error and in its exit code.

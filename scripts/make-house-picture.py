@@ -64,7 +64,7 @@ def picture(used):
 def main():
     parser = argparse.ArgumentParser(description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--check", action="store_true", help="only look whether it is as it should be")
+    parser.add_argument("--check", action="store_true", help="only check, write nothing")
     check = parser.parse_args().check
     text = PAGE.read_text("utf-8")
     if BEGIN not in text or END not in text:

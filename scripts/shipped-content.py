@@ -117,7 +117,7 @@ def rescue(record, folder):
         if there == digest:
             continue
         if there and (there, name) not in known:
-            print(f"{path} is another one than your {place}; both stay as they are")
+            print(f"{path} differs from your {place}; both stay unchanged")
             continue
         # copy2 keeps the modification time and the extended attributes, which hold the file's type.
         replace(place, lambda beside, path=path: shutil.copy2(path, beside))

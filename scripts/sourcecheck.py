@@ -21,7 +21,7 @@ def run(description, check, self_test):
                         help="this tree's src/ if not given")
     arguments = parser.parse_args()
     if arguments.self_test:
-        faults, done = self_test(), "the check finds what it has to find"
+        faults, done = self_test(), "the check finds every planted fault"
     else:
         faults, done = check(arguments.source)
     for fault in faults:

@@ -28,7 +28,7 @@ def wait_for(what, condition, seconds=30):
         if found:
             return found
         if time.monotonic() > end:
-            raise SystemExit(f"waited in vain for {what}")
+            raise SystemExit(f"timed out waiting for {what}")
         time.sleep(0.02)
 
 
@@ -172,7 +172,7 @@ class Window:
             # Some names contain the control's value, so that the cache may be outdated.
             self.controls |= {node.name: node for node in nodes_below(self.frame) if node.name}
         if name not in self.controls:
-            raise SystemExit(f"the window has nothing called \"{name}\"")
+            raise SystemExit(f"the window has no control called \"{name}\"")
         return self.controls[name]
 
     def named(self, ending):

@@ -45,11 +45,11 @@ class FlushDenormals {
     }
 #elif defined(__aarch64__)
     // Bit 24 of FPCR (FZ) does both.
-    FlushDenormals() noexcept {
+    VEXA_REALTIME FlushDenormals() noexcept {
         asm volatile("mrs %0, fpcr" : "=r"(before));
         asm volatile("msr fpcr, %0" ::"r"(before | (1U << 24)));
     }
-    ~FlushDenormals() {
+    VEXA_REALTIME ~FlushDenormals() {
         asm volatile("msr fpcr, %0" ::"r"(before));
     }
 #else

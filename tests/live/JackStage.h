@@ -84,7 +84,7 @@ inline void WaitFor(const char* what, const std::function<bool()>& condition) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
     while (!condition()) {
         if (std::chrono::steady_clock::now() > end)
-            throw std::runtime_error(std::string("waited in vain for ") + what);
+            throw std::runtime_error(std::string("timed out waiting for ") + what);
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
 }

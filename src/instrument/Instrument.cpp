@@ -40,7 +40,8 @@ Instrument::Instrument(kits::ProgramFolders programFolders, Addons addons, Sound
       saidPlaying(apart ? apart->playing : engine.playing),
       saidMacros(apart ? apart->macros : engine.macros) {}
 
-/// During its lifetime, a function that is installed is part of the replacement of a whole sound.
+/// Marks the replacement of a sound for the renderer: a function that is installed while this
+/// exists begins the replacement, and the destructor ends it.
 class Instrument::Replacing {
   public:
     explicit Replacing(Instrument& instrument) : instrument(instrument) {
@@ -112,7 +113,8 @@ void Instrument::SetPlaying(const std::optional<PlayingTexts>& next) {
     const int32 limit = VoiceLimit();
     sound.playing = next;
     ApplyPlaying(sound, preferred, saidPlaying);
-    // The player's controls are then taken afresh.
+    // These settings change the effect of the player's controls, so the consumer applies the
+    // controls afresh.
     if (given != saidPlaying.given || pedal != saidPlaying.Pedal() || bend != saidPlaying.bend)
         saidPlaying.loads = saidPlaying.loads + 1;
     if (limit != VoiceLimit())
@@ -146,7 +148,7 @@ int32 Instrument::VoiceLimit() const {
 
 FunctionReport Instrument::SetFunction(const Function& function) {
     FunctionReport report = InstallKind(function);
-    // A function that fails without an alert plays all the same.
+    // A fault without an alert, such as an invalid sample frequency, leaves the function playing.
     if (report || report.alerts.empty())
         Adopt(function);
     return report;

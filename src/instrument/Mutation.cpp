@@ -17,7 +17,7 @@ namespace vexa {
 
 namespace {
 
-// The notes by which loudness is measured.
+// The notes by which loudness is measured, with their durations in seconds.
 
 constexpr uchar kTriedKeys[] = {36, 60, 84};
 constexpr uchar kTriedVelocity = 100;
@@ -28,7 +28,7 @@ constexpr double kMostRate = 8000, kLeastRate = 500;
 /// The time, in nanoseconds, that the evaluation of all points may take.
 constexpr double kPatience = 2e7;
 
-// The mutations that are accepted.
+// The limits of an accepted mutation, and the number of tries.
 
 constexpr float kLouder = 1.41F, kQuieter = 0.5F;
 /// A sound whose mean is below this counts as silent. Its mutations may have any loudness up to
@@ -71,7 +71,8 @@ class Dice {
     double strength;
 };
 
-/// Multiplies the number in a text, unless the text is no number or the number is 0.
+/// Multiplies the number in a text, unless the text is no finite number, or the number or the
+/// product is 0.
 void Scale(std::string& text, double factor) {
     const double number = kits::NumberOf(text);
     if (!NumberDoubt(text, false).empty() || !std::isfinite(number) || number == 0)
@@ -87,7 +88,7 @@ void ScaleCoefficients(Sound& sound, Dice& dice) {
         if (!row.controller && !isRatio && dice.Coin())
             Scale(sound.texts[static_cast<std::size_t>(row.id)], dice.Factor(kOfValue));
     }
-    // Only one of the two changes, because a change of both would be another pitch.
+    // Only one of the two ratios changes, because a change of both would change the pitch.
     if (dice.Coin()) {
         const ParameterId id = dice.Coin() ? ParameterId::Fx : ParameterId::Fy;
         Scale(sound.texts[static_cast<std::size_t>(id)], dice.Factor(kOfRatio));

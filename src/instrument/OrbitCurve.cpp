@@ -52,7 +52,7 @@ OrbitPath PathOf(const SoundRecords& records, const VoiceView& v, const OrbitSum
             fy};
 }
 
-/// Returns the widest orbit of kShownNote.
+/// Returns the widest orbit of kShownNote in its first second.
 OrbitPath UsualOrbit(const SoundRecords& records) {
     VoiceView v{};
     v.vel = kShownNote.vel;

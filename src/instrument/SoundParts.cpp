@@ -103,7 +103,8 @@ std::string Difference(const Sound& from, const Sound& to) {
         return names.size() == 1 ? names[0] : names[0] + " and " + names[1];
     if (from.info != to.info)
         return "description";
-    // The remaining differences are in the authors and in unknown elements of the documents.
+    // The remaining differences are in the authors, in unknown elements of the documents, and in
+    // texts that a function of this kind does not use.
     return from == to ? "" : "author";
 }
 

@@ -19,9 +19,12 @@ std::vector<std::filesystem::path> Programs(const kits::ProgramFolders& folders)
 kits::Result<std::filesystem::path> FindProgram(const kits::ProgramFolders& folders, int32 number) {
     const std::vector<std::string> names = folders.Documents(kSounds);
     const auto index = static_cast<std::size_t>(number);
-    if (number < 0 || index >= names.size())
-        return kits::Error{"there is no program " + std::to_string(number) + ": there are " +
-                           std::to_string(names.size()) + " sounds, the first is program 0"};
+    if (number < 0 || index >= names.size()) {
+        const std::string sounds =
+            names.empty() ? "there are no sounds"
+                          : "the sounds are programs 0 to " + std::to_string(names.size() - 1);
+        return kits::Error{"there is no program " + std::to_string(number) + ": " + sounds};
+    }
     return folders.Find(kSounds, names[index]);
 }
 

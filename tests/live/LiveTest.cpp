@@ -501,8 +501,8 @@ TEST(Live, ProgramChangesChooseSounds) {
                    {43000, {0x90, 81, 100}}});
         play.Listen(24000);
         play.WaitForLog("program 0: 0");
-        play.WaitForLog("there is no program 128: there are " + std::to_string(count) +
-                        " sounds, the first is program 0");
+        play.WaitForLog("there is no program 128: the sounds are programs 0 to " +
+                        std::to_string(count - 1));
         play.WaitForLog("sounds/1.xml");
         const auto level = [&play](std::uint32_t frame, double hertz) {
             const auto heard = std::span(play.Samples()).subspan(play.At(frame) + 480, 4800);

@@ -87,12 +87,12 @@ VexaView::VexaView(BRect frame, const char* name, const kits::ProgramFolders& fo
     else
         StartGraph();
     BeginHistory();
-    kits::BeforeEachPress([this] { NoteSteps(); });
+    kits::AtGestureEdges([this] { NoteSteps(); });
 }
 
 VexaView::~VexaView() {
     closing = true;
-    kits::BeforeEachPress(nullptr);
+    kits::AtGestureEdges(nullptr);
     keyboard.ReleaseAll();
     desk->LetGo();
     piano.ReleaseAll();

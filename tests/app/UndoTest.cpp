@@ -12,6 +12,7 @@
 #include "views/EnvView.h"
 
 #include <random>
+#include <thread>
 #include <utility>
 
 #include <gmock/gmock.h>
@@ -23,7 +24,13 @@ using vexa::FieldId;
 using vexa::FunctionField;
 using vexa::ParameterId;
 
-class UndoTest : public test::MainViewTest {
+/// There is no compiler, so that none is waited for. A base of the test, so that the window and its
+/// threads, which read the environment, are gone before it is restored.
+struct WithoutCompiler {
+    const test::EnvironmentVariable path{"PATH", "/none"};
+};
+
+class UndoTest : WithoutCompiler, public test::MainViewTest {
   protected:
     std::size_t Below(std::size_t count) { return random() % count; }
     float Between(float from, float to) {
@@ -113,8 +120,6 @@ class UndoTest : public test::MainViewTest {
         test::Settle();
     }
 
-    /// There is no compiler, so that none is waited for.
-    const test::EnvironmentVariable path{"PATH", "/none"};
     std::mt19937 random{11}; // NOLINT(cert-msc32-c,cert-msc51-cpp)
 };
 
@@ -235,6 +240,16 @@ TEST_F(UndoTest, AGestureIsOneStepWithAName) {
         Press(false);
     }
     EXPECT_FALSE(view->CanUndo());
+    EXPECT_EQ(std::as_const(editor).Points(), points);
+    // The end of a drag belongs to it, even if the machine stalls before the next pulse.
+    test::Press(editor, editor.EnvPoint2View(points[1]));
+    test::Drag(editor, {80, 30});
+    view->Pulse();
+    test::Drag(editor, {90, 20});
+    test::Release(editor, {90, 20});
+    std::this_thread::sleep_for(vexa::History::kDelay + std::chrono::milliseconds(1));
+    view->Pulse();
+    Press(false);
     EXPECT_EQ(std::as_const(editor).Points(), points);
 }
 

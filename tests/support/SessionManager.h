@@ -46,8 +46,12 @@ class SessionManager {
         return "osc.udp://localhost:" + std::to_string(lo_server_get_port(server)) + '/';
     }
     /// Sends to the program that was announced last.
-    void Send(const char* path) { lo_send_from(client, server, LO_TT_IMMEDIATE, path, ""); }
+    void Send(const char* path) {
+        const std::lock_guard lock(mutex);
+        lo_send_from(client, server, LO_TT_IMMEDIATE, path, "");
+    }
     void SendOpen() {
+        const std::lock_guard lock(mutex);
         lo_send_from(client, server, LO_TT_IMMEDIATE, "/nsm/client/open", "sss", project.c_str(),
                      "Tune", "Vexa.nTEST");
     }
@@ -72,18 +76,24 @@ class SessionManager {
     }
 
   private:
+    /// Answers a program that announces itself.
+    void Answer(lo_address source) {
+        const std::lock_guard lock(mutex);
+        lo_address_free(client);
+        client = lo_address_new(lo_address_get_hostname(source), lo_address_get_port(source));
+        if (refuses)
+            lo_send_from(client, server, LO_TT_IMMEDIATE, "/error", "sis", "/nsm/server/announce",
+                         -6, "No session is open");
+        else
+            lo_send_from(client, server, LO_TT_IMMEDIATE, "/reply", "ssss", "/nsm/server/announce",
+                         "hello", "test", ":server-control:");
+    }
+
     void Take(const std::string& line, lo_address source) {
         if (line == "/osc/ping")
             lo_send_from(source, server, LO_TT_IMMEDIATE, "/reply", "s", "/osc/ping");
         if (line.starts_with("/nsm/server/announce")) {
-            lo_address_free(client);
-            client = lo_address_new(lo_address_get_hostname(source), lo_address_get_port(source));
-            if (refuses)
-                lo_send_from(client, server, LO_TT_IMMEDIATE, "/error", "sis",
-                             "/nsm/server/announce", -6, "No session is open");
-            else
-                lo_send_from(client, server, LO_TT_IMMEDIATE, "/reply", "ssss",
-                             "/nsm/server/announce", "hello", "test", ":server-control:");
+            Answer(source);
             SendOpen();
         }
         const std::lock_guard lock(mutex);
@@ -95,6 +105,7 @@ class SessionManager {
     lo_server server;
     /// Never freed.
     lo_address client = nullptr;
+    /// Guards the address and the lines, which both threads use.
     std::mutex mutex;
     std::vector<std::string> lines;
     std::jthread thread;

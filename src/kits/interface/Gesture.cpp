@@ -25,7 +25,7 @@ class Presses : public QObject {
     }
 
     Gesture present;
-    std::function<void()> notify;
+    std::function<void()> atEdges;
 
   protected:
     bool eventFilter(QObject*, QEvent* event) override {
@@ -36,6 +36,9 @@ class Presses : public QObject {
             present.held = true;
             break;
         case QEvent::MouseButtonRelease:
+            if (atEdges)
+                atEdges();
+            [[fallthrough]];
         case QEvent::MouseMove:
             present.held = static_cast<QMouseEvent*>(event)->buttons() != Qt::NoButton;
             break;
@@ -53,8 +56,8 @@ class Presses : public QObject {
         application->installEventFilter(this);
     }
     void Begin(bool another) {
-        if (notify)
-            notify();
+        if (atEdges)
+            atEdges();
         if (another)
             present.number++;
     }
@@ -70,8 +73,8 @@ Gesture PresentGesture() {
     return Presses::Instance().present;
 }
 
-void BeforeEachPress(std::function<void()> notify) {
-    Presses::Instance().notify = std::move(notify);
+void AtGestureEdges(std::function<void()> notify) {
+    Presses::Instance().atEdges = std::move(notify);
 }
 
 } // namespace kits

@@ -20,8 +20,9 @@ struct Gesture {
 /// Returns the present gesture. Window thread, while there is an application.
 Gesture PresentGesture();
 
-/// Sets a function that is called before each press of a mouse button or key in this program takes
-/// effect. It replaces the previous function; an empty one removes it. Window thread.
-void BeforeEachPress(std::function<void()> notify);
+/// Sets a function that is called before each press of a mouse button or key in this program, and
+/// before each release of a mouse button, takes effect. It replaces the previous function; an empty
+/// one removes it. Window thread.
+void AtGestureEdges(std::function<void()> notify);
 
 } // namespace kits

@@ -23,8 +23,11 @@ class SessionTest : public test::MainViewTest {
     /// Opens the window in the manager's session as main does.
     void OpenInSession(const AppOptions& options = {}) {
         delete window;
-        const test::EnvironmentVariable url("NSM_URL", manager.Url().c_str());
-        auto joined = vexa::JoinSession(options);
+        // The variable has gone when the window's threads, which read the environment, begin.
+        auto joined = [&] {
+            const test::EnvironmentVariable url("NSM_URL", manager.Url().c_str());
+            return vexa::JoinSession(options);
+        }();
         ASSERT_TRUE(joined && *joined) << (joined ? "" : joined.Fault().text);
         project = (*joined)->project;
         window = new vexa::VexaWindow(
@@ -145,6 +148,7 @@ TEST_F(SessionTest, WhatGoesWrongIsAnsweredAndLeavesTheProjectAsItWas) {
     EXPECT_TRUE(ManagerHears("/reply /nsm/client/save"));
     choose("second.scl");
 
+    FinishAddon();
     const test::EnvironmentVariable url("NSM_URL", manager.Url().c_str());
     for (const auto& [name, content, fault] :
          {std::tuple{"session", "\nvoices = 77\n", "session:2: voices cannot be \"77\""},

@@ -100,6 +100,14 @@ void SilenceReleased(VoiceTable& voices) {
     }
 }
 
+void SilenceOver(VoiceTable& voices) {
+    for (voice& slot : voices) {
+        const VoiceState::Seen seen = slot.state.Look();
+        if (slot.released && IsOver(slot, seen))
+            slot.state.Silence(seen);
+    }
+}
+
 bool ReduceVoicesByOne(VoiceTable& voices) {
     for (int attempt = 0; attempt < kVoiceSlots; attempt++) {
         const Choice choice = LongestVoice(voices);

@@ -204,4 +204,8 @@ VEXA_REALTIME bool ReduceVoicesByOne(VoiceTable& voices);
 /// Silences all notes with released keys at once. Any thread, wait-free.
 void SilenceReleased(VoiceTable& voices);
 
+/// Silences the released notes that are over, which another sound could make audible again. Any
+/// thread, wait-free.
+void SilenceOver(VoiceTable& voices);
+
 } // namespace vexa

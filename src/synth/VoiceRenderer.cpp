@@ -167,6 +167,7 @@ void VoiceRenderer::Render(float* left, float* right, std::size_t count) noexcep
     // the other order, the old function would be taken for the new sound's.
     const uint32 now = replacing;
     const bool another = std::exchange(replaced, now) != now;
+    renewed = renewed || another;
     for (RunningVoice& v : running)
         v.fresh = v.fresh || another;
     const PlaneFunction& f = function.Get();
@@ -175,7 +176,7 @@ void VoiceRenderer::Render(float* left, float* right, std::size_t count) noexcep
         float* const rightPart = right ? right + done : nullptr;
         const std::size_t most = offset == 0 ? std::min(kMostCells, (count - done) / kBlock) : 0;
         // While sounds are joined, each change must be noticed in its own block.
-        const bool whole = most > 1 && !joins;
+        const bool whole = most > 1 && !joins && !renewed;
         const std::size_t cells = whole ? RenderCells(f, left + done, rightPart, most) : 0;
         if (cells > 0) {
             done += cells * kBlock;
@@ -212,7 +213,8 @@ bool VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
     inputs.Advance(sampleRate, Smooth(), offset, count);
     // A volume changes at once if nothing sounds, or if sounds are joined: the filters of the notes
     // then compensate for it.
-    const bool glides = !joins && std::ranges::any_of(running, &RunningVoice::sounds);
+    const bool join = joins || renewed;
+    const bool glides = !join && std::ranges::any_of(running, &RunningVoice::sounds);
     const std::size_t hand = SamplesIn(kHandSeconds);
     mix.Begin({hand, glides ? hand : 0, SamplesIn(kFadeSeconds)}, offset, count);
     OpenEars(right, count);
@@ -260,8 +262,9 @@ bool VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
             source.Evaluate(other.x.data(), other.y.data(), heard, other.s.data(),
                             voiceCount * count);
     }
-    if (joins && (changed || mix.Level() != levelBefore))
+    if (join && (changed || mix.Level() != levelBefore))
         Join(all, block, count, mix.Level() / levelBefore);
+    renewed = false;
     one.sum.fill(resting);
     if (apart)
         other.sum.fill(restingRight);
@@ -459,7 +462,7 @@ double VoiceRenderer::BendOf(const RunningVoice& v, const voice& slot) const noe
 
 /// Ends a voice. With `playing` settings it fades out, without them it stops at once.
 void VoiceRenderer::CutOff(RunningVoice& v) noexcept {
-    if (!v.ends && playing.given && !v.rests) {
+    if (!v.ends && playing.given && !v.rests && !v.over) {
         v.ends = true;
         v.left = SamplesIn(kFadeSeconds);
     }

@@ -64,7 +64,8 @@ class VoiceRenderer {
     /// with other coefficients and envelopes, EndReplacing() says that all of them are set.
     /// EndReplacing() without a replacement has no effect. The orbit of one sound may reach extreme
     /// values of another sound's terrain: in between the output is silent, and no value glides from
-    /// one sound to the other. Window thread.
+    /// one sound to the other. Sounding notes continue from their last output, as after SetJoins.
+    /// Window thread.
     void BeginReplacing() noexcept { replacing = replacing | 1U; }
     void EndReplacing() noexcept { replacing = replacing + (replacing & 1U); }
 
@@ -157,6 +158,8 @@ class VoiceRenderer {
     /// when the last Render began.
     kits::Shared<uint32> replacing{0};
     uint32 replaced = 0;
+    /// True until the first block of a sound that has replaced another is rendered.
+    bool renewed = false;
     kits::Reader reader;
 };
 

@@ -305,6 +305,34 @@ TEST(Instrument, NoOrbitGlidesFromOneTerrainOverAnother) {
     }
 }
 
+TEST(Instrument, AnotherSoundNeitherWakesEndedNotesNorJumps) {
+    const test::ProgramFolder folder;
+    vexa::Sound quick = WithCircles(), loud = WithCircles();
+    quick.playing.emplace();
+    quick.function.expression = "0.1*sin(x)";
+    loud.function.expression = "20*sin(x)+50";
+    loud.playing.emplace().texts[9] = "-40"; // volume
+    loud.envelopes[2].back().t = loud.envelopes[3].back().t = 20;
+    Instrument instrument(folder.Path(), Addons::None);
+    vexa::Engine& engine = instrument.Playing();
+    instrument.Load(quick);
+    engine.renderer.SetGain(1);
+    engine.consumer.NoteOn(0, 60, 127, 0);
+    test::Render(engine, 4410);
+    engine.consumer.NoteOff(0, 60, 127, 0);
+    test::Render(engine, 44100);
+    ASSERT_TRUE(IsSilent(engine.voices));
+    instrument.Load(loud);
+    EXPECT_EQ(test::Peak(test::Render(engine, 44100)), 0) << "the note had ended";
+
+    // The volume of a sound comes with it, and the centre of its terrain is no step.
+    instrument.Load(quick);
+    engine.consumer.NoteOn(0, 60, 127, 0);
+    test::Render(engine, 4410);
+    instrument.Load(loud);
+    EXPECT_LT(test::Peak(test::Render(engine, 4410)), 0.3F);
+}
+
 TEST(Instrument, WhatIsMissingForAnAddonIsNoFault) {
     const test::ProgramFolder folder;
     Instrument following(folder.Path(), Addons::Following);

@@ -144,8 +144,10 @@ void Drawer::Step(int places) {
 void Drawer::MessageReceived(BMessage* message) {
     if (message->what != kSearchCode)
         return BView::MessageReceived(message);
-    if (Query() != shownQuery)
-        ShowRows();
+    if (Query() == shownQuery)
+        return;
+    ShowRows();
+    list->ShowTop();
 }
 
 void Drawer::ColorsChanged() {

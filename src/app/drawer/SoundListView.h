@@ -33,6 +33,8 @@ class SoundListView : public BView {
     /// Shows these sounds. If the cursor's sound is among them, the cursor stays on it and its row
     /// stays at the same height in the view.
     void SetRows(SoundList next);
+    /// Scrolls to the first row.
+    void ShowTop() { ScrollTo(0); }
     const SoundList& Rows() const { return rows; }
     /// Sets which sound plays and whether it has changed since it was loaded. If it is another one,
     /// the cursor moves to it.

@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <cstdint>
 #include <mutex>
+#include <set>
+#include <utility>
 
 #include <jack/jack.h>
 #include <jack/midiport.h>
@@ -31,14 +33,19 @@ class JackMidi final : public MidiBackend, private JackProcessor {
         CloseInput();
     }
 
+    /// A source that has gone and is already back is left out once, so that it is listed as a new
+    /// one, which nobody has connected yet.
     std::vector<std::string> Sources() override {
         std::vector<std::string> names;
         if (client->IsDead())
             return names;
+        const std::set<std::string> left = TakeGone();
         const char** ports =
             jack_get_ports(client->Handle(), nullptr, JACK_DEFAULT_MIDI_TYPE, JackPortIsOutput);
-        for (const char** port = ports; port && *port; port++)
-            names.emplace_back(*port);
+        for (const char** port = ports; port && *port; port++) {
+            if (!left.contains(*port))
+                names.emplace_back(*port);
+        }
         jack_free(ports);
         return names;
     }
@@ -107,6 +114,11 @@ class JackMidi final : public MidiBackend, private JackProcessor {
         int connected = 0;
     };
 
+    std::set<std::string> TakeGone() {
+        const std::lock_guard lock(lossMutex);
+        return std::exchange(gone, {});
+    }
+
     Result<void> OpenPort(Input& input, const std::string& name, MidiThread::Inlet& inlet) {
         const auto request = client->Request();
         jack_port_t* const opened = jack_port_register(client->Handle(), name.c_str(),
@@ -158,6 +170,8 @@ class JackMidi final : public MidiBackend, private JackProcessor {
     /// already be connected instead. Runs in a thread of the JACK library.
     void NoteLosses(const PartedPorts& parted) {
         const std::lock_guard lock(lossMutex);
+        if (!parted.gone.empty())
+            gone.insert(parted.gone);
         for (Input* input : {&shared, &chosen}) {
             jack_port_t* const port = input->port;
             if (!port)
@@ -181,6 +195,8 @@ class JackMidi final : public MidiBackend, private JackProcessor {
     Input chosen;
     std::string chosenName;
     MidiThread::Inlet* chosenInlet = nullptr;
+    /// The names of the ports that have gone since the sources were listed. lossMutex guards them.
+    std::set<std::string> gone;
 };
 
 } // namespace

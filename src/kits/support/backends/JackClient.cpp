@@ -119,7 +119,17 @@ JackClient::JackClient(_jack_client* client) : client(client) {
         },
         this);
     jack_set_port_registration_callback(
-        client, [](jack_port_id_t, int, void* self) { static_cast<JackClient*>(self)->Notify(); },
+        client,
+        [](jack_port_id_t port, int registered, void* self) {
+            auto* const watching = static_cast<JackClient*>(self);
+            PartedPorts parted;
+            if (!registered) {
+                const jack_port_t* const gone = jack_port_by_id(watching->client, port);
+                const char* const name = gone ? jack_port_name(gone) : nullptr;
+                parted.gone = name ? name : "";
+            }
+            watching->Notify(parted);
+        },
         this);
     jack_set_port_connect_callback(
         client,
@@ -128,7 +138,8 @@ JackClient::JackClient(_jack_client* client) : client(client) {
             PartedPorts parted;
             if (!connected)
                 parted = {jack_port_by_id(watching->client, one),
-                          jack_port_by_id(watching->client, other)};
+                          jack_port_by_id(watching->client, other),
+                          {}};
             watching->Notify(parted);
         },
         this);

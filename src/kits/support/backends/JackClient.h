@@ -29,10 +29,12 @@ class JackProcessor {
     VEXA_REALTIME virtual void Process(uint32 frames) noexcept = 0;
 };
 
-/// Two ports that have been disconnected from each other; null if something else has happened.
+/// Two ports that have been disconnected from each other, or the name of one that has gone; null
+/// and empty if something else has happened.
 struct PartedPorts {
     _jack_port* one = nullptr;
     _jack_port* other = nullptr;
+    std::string gone{};
 };
 
 /// The program's connection to a JACK server, open as long as somebody holds it. When the server

@@ -101,7 +101,7 @@ AudioGraph::DeviceNews AudioGraph::Watch() {
         break;
     }
     // Notes that were released while there was no output have ended and do not fade out now.
-    SilenceReleased(engine.voices);
+    SilenceReleased(engine.voices, Released::All);
     return ConnectTo(search.Take()) ? DeviceNews::There : DeviceNews::None;
 }
 

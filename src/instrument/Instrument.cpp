@@ -45,7 +45,7 @@ Instrument::Instrument(kits::ProgramFolders programFolders, Addons addons, Sound
 class Instrument::Replacing {
   public:
     explicit Replacing(Instrument& instrument) : instrument(instrument) {
-        SilenceOver(instrument.engine.voices);
+        SilenceReleased(instrument.engine.voices, Released::Over);
         instrument.replaces = true;
     }
     ~Replacing() {

@@ -92,18 +92,10 @@ Choice LongestVoice(const VoiceTable& voices) {
     return {-1, VoiceState::Seen(0)};
 }
 
-void SilenceReleased(VoiceTable& voices) {
+void SilenceReleased(VoiceTable& voices, Released which) {
     for (voice& slot : voices) {
         const VoiceState::Seen seen = slot.state.Look();
-        if (slot.released)
-            slot.state.Silence(seen);
-    }
-}
-
-void SilenceOver(VoiceTable& voices) {
-    for (voice& slot : voices) {
-        const VoiceState::Seen seen = slot.state.Look();
-        if (slot.released && IsOver(slot, seen))
+        if (slot.released && (which == Released::All || IsOver(slot, seen)))
             slot.state.Silence(seen);
     }
 }

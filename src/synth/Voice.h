@@ -201,11 +201,11 @@ VEXA_REALTIME Choice LongestVoice(const VoiceTable& voices);
 /// slot. Returns false if nothing was silenced. Any thread, wait-free.
 VEXA_REALTIME bool ReduceVoicesByOne(VoiceTable& voices);
 
-/// Silences all notes with released keys at once. Any thread, wait-free.
-void SilenceReleased(VoiceTable& voices);
+/// All notes with released keys, or those of them that are over, which another sound could make
+/// audible again.
+enum class Released { All, Over };
 
-/// Silences the released notes that are over, which another sound could make audible again. Any
-/// thread, wait-free.
-void SilenceOver(VoiceTable& voices);
+/// Silences these notes at once. Any thread, wait-free.
+void SilenceReleased(VoiceTable& voices, Released which);
 
 } // namespace vexa

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <functional>
 #include <iterator>
 
 #include <gmock/gmock.h>
@@ -97,6 +98,17 @@ TEST_F(DrawerTest, FindsShowsAndLoadsSounds) {
         EXPECT_EQ(list.Rows().empty(), word == "★") << word;
         EXPECT_EQ(std::ranges::all_of(list.Rows(), isBass), word == "★" || word == "bass") << word;
     }
+    drawer->Categories().Choose(0);
+    // What is found is shown from the top, however far the list was scrolled.
+    for (const auto& find : {std::function<void()>([&] { LookFor("e"); }),
+                             std::function<void()>([&] { drawer->Categories().Choose(3); })}) {
+        LookFor("");
+        drawer->Categories().Choose(0);
+        list.MoveCursor(list.Rows().size() - 1);
+        find();
+        EXPECT_EQ(list.InSight().at(0), list.Rows().at(0)->path);
+    }
+    LookFor("");
     drawer->Categories().Choose(0);
     vexa::Favourites kept;
     drawer->SetFavourites({}, [&](const vexa::Favourites& next) { kept = next; });

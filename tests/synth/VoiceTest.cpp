@@ -39,7 +39,7 @@ TEST(Voice, OnlyWhatIsReleasedIsSilenced) {
     VoiceTable voices;
     Sound(voices, 1, 9, false);
     Sound(voices, 4, 1, true);
-    vexa::SilenceReleased(voices);
+    vexa::SilenceReleased(voices, vexa::Released::All);
     EXPECT_EQ(vexa::CountActive(voices), 1);
     EXPECT_EQ(vexa::LongestVoice(voices).slot, 1);
 }

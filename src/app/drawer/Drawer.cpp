@@ -98,6 +98,7 @@ SoundQuery Drawer::Query() const {
 }
 
 void Drawer::ShowRows() {
+    const bool another = Query() != shownQuery;
     shownQuery = Query();
     SoundList rows;
     if (shown) {
@@ -105,6 +106,9 @@ void Drawer::ShowRows() {
             rows.push_back(shown->sounds[place]);
     }
     list->SetRows(std::move(rows));
+    // What is found is read from the top. Otherwise the list stays where the person has scrolled.
+    if (another)
+        list->ShowTop();
     bank->Hurry(list->InSight());
 }
 
@@ -144,10 +148,8 @@ void Drawer::Step(int places) {
 void Drawer::MessageReceived(BMessage* message) {
     if (message->what != kSearchCode)
         return BView::MessageReceived(message);
-    if (Query() == shownQuery)
-        return;
-    ShowRows();
-    list->ShowTop();
+    if (Query() != shownQuery)
+        ShowRows();
 }
 
 void Drawer::ColorsChanged() {

@@ -22,8 +22,8 @@ class JackMidi final : public MidiBackend, private JackProcessor {
     JackMidi(std::shared_ptr<JackClient> opened, std::function<void()> changed)
         : client(std::move(opened)),
           bufferSize(jack_port_type_get_buffer_size(client->Handle(), JACK_DEFAULT_MIDI_TYPE)) {
-        client->Listen(this, [this, changed = std::move(changed)](const PartedPorts& parted) {
-            NoteLosses(parted);
+        client->Listen(this, [this, changed = std::move(changed)](const PortChange& change) {
+            NoteLosses(change);
             changed();
         });
     }
@@ -168,16 +168,16 @@ class JackMidi final : public MidiBackend, private JackProcessor {
     /// Ends the notes of a source that is no longer connected, or of a server that has gone:
     /// nothing else would release them. When the disconnection is reported, another source may
     /// already be connected instead. Runs in a thread of the JACK library.
-    void NoteLosses(const PartedPorts& parted) {
+    void NoteLosses(const PortChange& change) {
         const std::lock_guard lock(lossMutex);
-        if (!parted.gone.empty())
-            gone.insert(parted.gone);
+        if (!change.gone.empty())
+            gone.insert(change.gone);
         for (Input* input : {&shared, &chosen}) {
             jack_port_t* const port = input->port;
             if (!port)
                 continue;
             const int now = client->IsDead() ? 0 : jack_port_connected(port);
-            if (port == parted.one || port == parted.other || now < input->connected ||
+            if (port == change.one || port == change.other || now < input->connected ||
                 client->IsDead())
                 input->inlet->EndNotes();
             input->connected = now;

@@ -122,25 +122,25 @@ JackClient::JackClient(_jack_client* client) : client(client) {
         client,
         [](jack_port_id_t port, int registered, void* self) {
             auto* const watching = static_cast<JackClient*>(self);
-            PartedPorts parted;
+            PortChange change;
             if (!registered) {
                 const jack_port_t* const gone = jack_port_by_id(watching->client, port);
                 const char* const name = gone ? jack_port_name(gone) : nullptr;
-                parted.gone = name ? name : "";
+                change.gone = name ? name : "";
             }
-            watching->Notify(parted);
+            watching->Notify(change);
         },
         this);
     jack_set_port_connect_callback(
         client,
         [](jack_port_id_t one, jack_port_id_t other, int connected, void* self) {
             auto* const watching = static_cast<JackClient*>(self);
-            PartedPorts parted;
+            PortChange change;
             if (!connected)
-                parted = {jack_port_by_id(watching->client, one),
+                change = {jack_port_by_id(watching->client, one),
                           jack_port_by_id(watching->client, other),
                           {}};
-            watching->Notify(parted);
+            watching->Notify(change);
         },
         this);
     jack_set_port_rename_callback(
@@ -250,10 +250,10 @@ void JackClient::Shutdown(void* self) {
     client.Notify();
 }
 
-void JackClient::Notify(const PartedPorts& parted) {
+void JackClient::Notify(const PortChange& change) {
     const std::lock_guard lock(listenersMutex);
     for (const auto& [owner, listener] : listeners)
-        listener(parted);
+        listener(change);
 }
 
 } // namespace kits

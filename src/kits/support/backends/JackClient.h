@@ -31,7 +31,7 @@ class JackProcessor {
 
 /// Two ports that have been disconnected from each other, or the name of one that has gone; null
 /// and empty if something else has happened.
-struct PartedPorts {
+struct PortChange {
     _jack_port* one = nullptr;
     _jack_port* other = nullptr;
     std::string gone{};
@@ -83,7 +83,7 @@ class JackClient {
     /// before the call.
     void FinishPeriod();
 
-    using Listener = std::function<void(const PartedPorts&)>;
+    using Listener = std::function<void(const PortChange&)>;
     /// Adds the owner's listener. It is called, in a thread of the JACK library, when the server
     /// goes or when ports come, go, are renamed, connected or disconnected. It must not call the
     /// server.
@@ -95,7 +95,7 @@ class JackClient {
     explicit JackClient(_jack_client* client);
     VEXA_REALTIME static int Process(uint32 frames, void* self) noexcept;
     static void Shutdown(void* self);
-    void Notify(const PartedPorts& parted = {});
+    void Notify(const PortChange& change = {});
     void PassLatency(bool capture);
 
     static constexpr std::size_t kMostProcessors = 4;

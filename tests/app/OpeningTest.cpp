@@ -204,10 +204,13 @@ TEST_F(OpeningTest, TheManualAndTheOwnSoundsAreShownOrItTellsWhyNot) {
     };
     const auto shown = In("shown");
     const test::EnvironmentVariable path("PATH", (In("bin").string() + ":/bin").c_str());
-    // Libraries do not mark all of their descriptors close-on-exec.
-    const kits::Descriptor open(::open("/dev/null", O_RDONLY));
-    const std::string inherited = "/dev/fd/" + std::to_string(open.Number());
-    opener(("#!/bin/sh\n[ -e " + inherited + " ] && echo inherited > " + shown.string() +
+    // Libraries do not mark all of their descriptors close-on-exec. The shell may have a file of
+    // its own under the same number, so the script compares the files.
+    const auto openHere = folder.Write("open", "");
+    const kits::Descriptor open(::open(openHere.c_str(), O_RDONLY));
+    const std::string inherited =
+        "/dev/fd/" + std::to_string(open.Number()) + " -ef " + openHere.string();
+    opener(("#!/bin/sh\n[ " + inherited + " ] && echo inherited > " + shown.string() +
             ".new\necho \"$1\" >> " + shown.string() + ".new\nmv " + shown.string() + ".new " +
             shown.string())
                .c_str());

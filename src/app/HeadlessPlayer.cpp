@@ -63,7 +63,7 @@ class HeadlessPlayer : private SessionClient {
     bool ProjectHasChanged() override;
     void LoadProgram(int32 number);
     bool Load(const std::filesystem::path& path, bool whole);
-    bool Install(const Sound& sound, const Warnings& warnings);
+    bool Install(const std::filesystem::path& path, const Sound& sound, const Warnings& warnings);
     bool WatchSources();
     void ConnectSource();
     void TellOfDevice();
@@ -172,15 +172,16 @@ bool HeadlessPlayer::Load(const std::filesystem::path& path, bool whole) {
         Say(sound.Fault().text);
         return false;
     }
-    return Install(*sound, warnings);
+    return Install(path, *sound, warnings);
 }
 
-bool HeadlessPlayer::Install(const Sound& sound, const Warnings& warnings) {
+bool HeadlessPlayer::Install(const std::filesystem::path& path, const Sound& sound,
+                             const Warnings& warnings) {
     for (const kits::Error& warning : warnings)
         Say("warning: " + warning.text);
     const FunctionReport loaded = instrument.Load(sound);
-    if (const std::string text = Text(loaded); !text.empty())
-        Say(text);
+    if (!Text(loaded).empty())
+        Say(FaultIn(path, sound.function, loaded).text);
     return bool(loaded);
 }
 
@@ -192,7 +193,7 @@ bool HeadlessPlayer::LoadSound() {
     const DefaultSound read = ReadDefaultSound(folders);
     if (!read.fault.empty())
         Say(read.fault);
-    Install(read.sound, read.warnings);
+    Install(read.path, read.sound, read.warnings);
     return true;
 }
 

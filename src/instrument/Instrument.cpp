@@ -13,10 +13,18 @@
 namespace vexa {
 
 std::string Text(const FunctionReport& report) {
+    if (report.status == B_BAD_VALUE)
+        return report.text;
     std::string text;
     for (const std::string& alert : report.alerts)
         text += alert + '\n';
     return text + report.text;
+}
+
+kits::Error FaultIn(const std::filesystem::path& file, const Function& function,
+                    const FunctionReport& report) {
+    const bool isExpression = function.kind == FunctionKind::Expression;
+    return {file.string() + ": " + (isExpression ? "<expression>: " : "") + Text(report)};
 }
 
 std::optional<std::filesystem::path> FileOf(const Function& function,

@@ -51,7 +51,10 @@ class RenderJob {
   private:
     Result<void> Render();
     Result<Sound> SoundOf(const std::filesystem::path& path);
-    Result<Sound> MainSound();
+    Result<std::filesystem::path> MainFile() const;
+    Result<Sound> MainSound(const std::filesystem::path& path);
+    Error MainFault(const std::filesystem::path& path, const Function& function,
+                    const FunctionReport& report) const;
     Result<Arrangement> Arrange(MidiFile midi);
     Result<void> Write(Arrangement& arrangement, kits::SoundFileWriter& writer,
                        kits::SoundFileFormat format);
@@ -120,14 +123,18 @@ Result<Sound> RenderJob::SoundOf(const std::filesystem::path& path) {
     return sound;
 }
 
-/// Returns the sound that the options name, with the function that they replace.
-Result<Sound> RenderJob::MainSound() {
+Result<std::filesystem::path> RenderJob::MainFile() const {
     const Result<std::filesystem::path> path = options.sound
                                                    ? folders.FindDocument("sounds", *options.sound)
                                                    : folders.Find("sounds", "default.xml");
     if (!path)
         return Error{"--sound: " + path.Fault().text};
-    Result<Sound> sound = SoundOf(*path);
+    return path;
+}
+
+/// Returns the sound of that file, with the function that the options replace it by.
+Result<Sound> RenderJob::MainSound(const std::filesystem::path& path) {
+    Result<Sound> sound = SoundOf(path);
     if (!sound)
         return sound;
     Function& function = sound->function;
@@ -151,24 +158,43 @@ Result<Sound> RenderJob::MainSound() {
     if (options.sampleFrequency) {
         if (function.kind != FunctionKind::Sample)
             return EndWith(kUsageExitCode, "--sample-frequency is for a sound from a sample, and " +
-                                               path->string() + " is none");
+                                               path.string() + " is none");
         function.frequency = std::to_string(*options.sampleFrequency);
     }
     return sound;
 }
 
+/// Returns the fault of the main sound's function, which names the option that the function is
+/// from.
+Error RenderJob::MainFault(const std::filesystem::path& path, const Function& function,
+                           const FunctionReport& report) const {
+    if (options.function)
+        return {"--function: " + Text(report)};
+    return options.sample || options.picture ? Error{Text(report)}
+                                             : FaultIn(path, function, report);
+}
+
 /// Makes a part for the channels with the main sound and one for each of the other channels, in
 /// their order.
 Result<Arrangement> RenderJob::Arrange(MidiFile midi) {
+    const Result<std::filesystem::path> main = MainFile();
+    if (!main)
+        return main.Fault();
     std::list<Part> parts;
-    const auto add = [&](const Result<Sound>& sound, MidiFile events) -> Result<void> {
+    const auto add = [&](const Result<Sound>& sound, const std::filesystem::path& path,
+                         MidiFile events) -> Result<void> {
         if (!sound)
             return sound.Fault();
         const Result<Tuning> tuning = ReadTuning(options.tuning);
         if (!tuning)
             return tuning.Fault();
-        return parts.emplace_back(options, folders, std::move(events))
-            .SetUp(*sound, *tuning, outcome.warnings);
+        const bool isMain = parts.empty();
+        const FunctionReport report = parts.emplace_back(options, folders, std::move(events))
+                                          .SetUp(*sound, *tuning, outcome.warnings);
+        if (report)
+            return {};
+        return isMain ? MainFault(path, sound->function, report)
+                      : FaultIn(path, sound->function, report);
     };
     const auto& own = options.channelSounds;
     const auto eventsOf = [&](auto isThere) {
@@ -179,7 +205,7 @@ Result<Arrangement> RenderJob::Arrange(MidiFile midi) {
     MidiFile rest = HasChannelSounds(options)
                         ? eventsOf([&](std::size_t from) { return !own[from]; })
                         : std::move(midi);
-    if (const Result<void> added = add(MainSound(), std::move(rest)); !added)
+    if (const Result<void> added = add(MainSound(*main), *main, std::move(rest)); !added)
         return added.Fault();
     for (std::size_t channel = 0; channel < own.size(); channel++) {
         if (!own[channel])
@@ -192,7 +218,7 @@ Result<Arrangement> RenderJob::Arrange(MidiFile midi) {
         MidiFile events = eventsOf([&](std::size_t from) { return from == channel; });
         if (events.notes == 0 && options.channel == -1)
             Warn({option + "there is no note on that channel"});
-        if (const Result<void> added = add(SoundOf(*path), std::move(events)); !added)
+        if (const Result<void> added = add(SoundOf(*path), *path, std::move(events)); !added)
             return Error{option + added.Fault().text};
     }
     return Arrangement(std::move(parts));

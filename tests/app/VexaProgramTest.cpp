@@ -59,6 +59,13 @@ TEST(VexaProgram, ASoundAndATuningThatWereAskedForMustBeThere) {
         Vexa({"--no-window", "--audio", "none", "--sound", "/none/sound.xml"});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_THAT(result.text, HasSubstr("/none/sound.xml"));
+    const test::TemporaryFolder folder;
+    const std::string bad = folder.Write("bad.xml", "<vexasound><vexafunction><expression>2x"
+                                                    "</expression></vexafunction></vexasound>");
+    const CommandResult function = Vexa({"--no-window", "--audio", "none", "--sound", bad});
+    EXPECT_EQ(function.exitCode, 1);
+    EXPECT_THAT(function.text, HasSubstr("vexa: " + bad + ": <expression>: character 1: \"2x\""));
+    EXPECT_THAT(function.text, Not(HasSubstr("gcc")));
     const CommandResult tuning =
         Vexa({"--no-window", "--audio", "none", "--tuning", "/none/scale.scl"});
     EXPECT_EQ(tuning.exitCode, 1);

@@ -30,6 +30,7 @@ using test::CommandResult;
 using test::Contents;
 using test::kProgram;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 const std::string kDemo = VEXA_PROGRAM_FOLDER "/demo.mid";
 
@@ -291,19 +292,35 @@ TEST_F(RenderProgram, BadInputIsNamedAndNothingIsLost) {
                               "</vexafunction></vexasound>")
             .string();
     ExpectFailure({good, out, "--channel-sound", "2=" + bad},
-                  "--channel-sound 2=" + bad + ": There was an error while trying to compile");
+                  "vexa-render: --channel-sound 2=" + bad + ": " + bad + ": <expression>: ");
+    ExpectFailure({good, out, "--sound", bad},
+                  "vexa-render: " + bad + ": <expression>: character 3: ");
     EXPECT_THAT(Run({good, Path("on1.wav"), "--channel-sound", "2=bell"}).text,
                 HasSubstr("warning: --channel-sound 2=bell: there is no note on that channel"));
     ExpectFailure({good, out, "--sound", "/dev/random"}, "/dev/random: it is a device, not a file");
-    ExpectFailure({good, out, "--function", "x % 2.5"},
-                  "There was an error while trying to compile");
-    ExpectFailure({good, out, "--function", "system(1)"}, "system");
+    // Without words about a compiler that has not run.
+    std::string costly = "x";
+    for (int i = 0; i < 200; i++)
+        costly += "+jn(50,x+" + std::to_string(i) + ")";
+    for (const auto& more : {std::vector<std::string>{}, {"--compile"}}) {
+        const auto refusal = [&](const std::string& function) {
+            std::vector<std::string> arguments{good, out, "--function", function};
+            arguments.insert(arguments.end(), more.begin(), more.end());
+            const CommandResult result = Run(arguments);
+            EXPECT_EQ(result.exitCode, 1);
+            return result.text;
+        };
+        EXPECT_EQ(refusal("2x"), "vexa-render: --function: character 1: \"2x\" is not a number\n"
+                                 "to multiply write 2*x\n");
+        EXPECT_THAT(refusal(costly), StartsWith("vexa-render: --function: the function takes "));
+        EXPECT_THAT(refusal("system(1)"), HasSubstr("system"));
+    }
     ExpectFailure({good, out, "--sample", good}, "note.mid");
     ExpectFailure({good, out, "--voices", "21"}, "--voices", 2);
     ExpectFailure({good}, "no output", 2);
 
     const fs::path old = folder.Write("old.wav", "precious");
-    ExpectFailure({good, old.string(), "--function", "x+"}, "gcc");
+    ExpectFailure({good, old.string(), "--function", "x+"}, "character 3");
     EXPECT_EQ(Contents(old), "precious");
 }
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "instrument/Instrument.h"
 
-#include "functions/ExpressionCheck.h"
 #include "instrument/PlayableFormula.h"
 #include "kits/support/NumberText.h"
 #include "kits/support/Quoted.h"
@@ -203,8 +202,7 @@ FunctionReport Instrument::InstallExpression(const std::string& expression) try 
     const PlayableFormula read = ReadPlayable(expression);
     if (!read.formula)
         return compiler.Refusal(read.reason);
-    const bool mayBeAddon = addons != Addons::None && read.formula->Inputs().empty() &&
-                            read.formula->IsDefinedInC() && !CheckExpression(expression);
+    const bool mayBeAddon = addons != Addons::None && WhyNoAddon(*read.formula, expression).empty();
     PlaneFunction f = read.formula;
     FunctionReport report;
     if (mayBeAddon && addons == Addons::Awaited) {

@@ -40,7 +40,7 @@ constexpr kits::OptionRow<Options> kRows[] = {
      [](Options& o, std::string_view text) { return SetText(o.function.emplace(), text); }},
     {{"macro", "M=V", "a, b, c or d, \"=\" and a number from 0 to 1", "set a macro"},
      SetMacro},
-    {{"compile", nullptr, nullptr, "let gcc compile the function, for long pieces"},
+    {{"compile", nullptr, nullptr, "let gcc compile a function of x and y alone, for long pieces"},
      [](Options& o, std::string_view) { return o.compile = true; }},
     {{"sample", "FILE", nullptr, "play this sample instead of the sound's function"},
      [](Options& o, std::string_view text) { return SetText(o.sample.emplace(), text); }},

@@ -12,7 +12,7 @@ Part::Part(const Options& options, const kits::ProgramFolders& folders, MidiFile
     : options(options),
       events(std::move(events)),
       instrument(folders, options.compile ? Addons::Awaited : Addons::None),
-      programs(instrument, folders) {}
+      programs(instrument, folders, options.compile) {}
 
 FunctionReport Part::SetUp(const Sound& sound, const Tuning& tuning,
                            std::vector<std::string>& warnings) {

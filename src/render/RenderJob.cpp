@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <iterator>
 #include <list>
 #include <optional>
 #include <utility>
@@ -53,8 +52,7 @@ class RenderJob {
     Result<Sound> SoundOf(const std::filesystem::path& path);
     Result<std::filesystem::path> MainFile() const;
     Result<Sound> MainSound(const std::filesystem::path& path);
-    Error MainFault(const std::filesystem::path& path, const Function& function,
-                    const FunctionReport& report) const;
+    const char* FunctionOption() const;
     Result<Arrangement> Arrange(MidiFile midi);
     Result<void> Write(Arrangement& arrangement, kits::SoundFileWriter& writer,
                        kits::SoundFileFormat format);
@@ -69,9 +67,12 @@ class RenderJob {
         return EndWith(interrupt->ExitCode(),
                        "interrupted; " + options.output.string() + " was not written");
     }
+    /// Adds the warnings that are not there yet: several channels may have the same sound.
     void Warn(std::vector<std::string> more) {
-        outcome.warnings.insert(outcome.warnings.end(), std::make_move_iterator(more.begin()),
-                                std::make_move_iterator(more.end()));
+        for (std::string& warning : more) {
+            if (std::ranges::find(outcome.warnings, warning) == outcome.warnings.end())
+                outcome.warnings.push_back(std::move(warning));
+        }
     }
 
     const Options& options;
@@ -164,14 +165,12 @@ Result<Sound> RenderJob::MainSound(const std::filesystem::path& path) {
     return sound;
 }
 
-/// Returns the fault of the main sound's function, which names the option that the function is
-/// from.
-Error RenderJob::MainFault(const std::filesystem::path& path, const Function& function,
-                           const FunctionReport& report) const {
-    if (options.function)
-        return {"--function: " + Text(report)};
-    return options.sample || options.picture ? Error{Text(report)}
-                                             : FaultIn(path, function, report);
+/// Returns the option from which the main sound has its function; null if that is its own.
+const char* RenderJob::FunctionOption() const {
+    return options.function  ? "--function"
+           : options.sample  ? "--sample"
+           : options.picture ? "--picture"
+                             : nullptr;
 }
 
 /// Makes a part for the channels with the main sound and one for each of the other channels, in
@@ -188,13 +187,17 @@ Result<Arrangement> RenderJob::Arrange(MidiFile midi) {
         const Result<Tuning> tuning = ReadTuning(options.tuning);
         if (!tuning)
             return tuning.Fault();
-        const bool isMain = parts.empty();
-        const FunctionReport report = parts.emplace_back(options, folders, std::move(events))
-                                          .SetUp(*sound, *tuning, outcome.warnings);
-        if (report)
-            return {};
-        return isMain ? MainFault(path, sound->function, report)
-                      : FaultIn(path, sound->function, report);
+        const char* const option = parts.empty() ? FunctionOption() : nullptr;
+        std::vector<std::string> remarks;
+        const FunctionReport report =
+            parts.emplace_back(options, folders, std::move(events)).SetUp(*sound, *tuning, remarks);
+        if (!report)
+            return option ? Error{std::string(option) + ": " + Text(report)}
+                          : FaultIn(path, sound->function, report);
+        if (options.compile)
+            Warn(NotCompiled(option ? option : FunctionOf(path), sound->function));
+        Warn(std::move(remarks));
+        return {};
     };
     const auto& own = options.channelSounds;
     const auto eventsOf = [&](auto isThere) {

@@ -523,6 +523,42 @@ TEST_F(RenderProgram, NeedsTemplateAndCompilerOnlyWhereItIsToCompile) {
     EXPECT_TRUE(fs::exists(Path("b.wav")));
 }
 
+TEST_F(RenderProgram, SaysWhichFunctionsItDoesNotCompileThoughItIsAskedTo) {
+    std::string text = Contents(VEXA_PROGRAM_FOLDER "/sounds/default.xml");
+    const std::size_t begin = text.find("<expression>") + 12;
+    text.replace(begin, text.find("</expression>") - begin, "x*vel");
+    const std::string sound = folder.Write("sound.xml", text).string();
+    const auto warnings = [&](std::vector<std::string> more) {
+        more.insert(more.begin(), {OneNote(), Path("a.wav"), "--tail", "0", "--quiet"});
+        const CommandResult result = Run(std::move(more));
+        EXPECT_EQ(result.exitCode, 0) << result.text;
+        return result.text;
+    };
+    const std::string ofSound = "vexa-render: warning: --compile: the function of " + sound +
+                                " is not compiled: it uses more than x and y\n";
+    // Once, however many channels have the sound.
+    EXPECT_EQ(warnings({"--compile", "--sound", sound, "--channel-sound", "1=" + sound}), ofSound);
+    EXPECT_EQ(warnings({"--sound", sound}), "");
+    EXPECT_EQ(warnings({"--compile", "--function", "x*y"}), "");
+    EXPECT_EQ(warnings({"--compile", "--function", "a*x"}),
+              "vexa-render: warning: --compile: --function is not compiled: it uses more than x "
+              "and y\n");
+    EXPECT_THAT(warnings({"--compile", "--function", "1<<(int)x"}),
+                HasSubstr("--function is not compiled: C does not define all of its values\n"));
+    EXPECT_THAT(warnings({"--compile", "--sound", "voice"}),
+                HasSubstr("/voice.xml is not compiled: it is a sample\n"));
+    // Of the sounds that program changes choose too.
+    folder.Write("data/vexa/sounds/0.xml", text);
+    const test::EnvironmentVariable data("XDG_DATA_HOME", Path("data").c_str());
+    const std::string chosen =
+        folder.Write("chosen.mid", test::MidiFileOf({{0, {0xC0, 0}}, {1, {0x90, 69, 100}}}));
+    EXPECT_THAT(Run({chosen, Path("b.wav"), "--compile", "--function", "x", "--programs",
+                     "--user-folder", "--tail", "0"})
+                    .text,
+                HasSubstr("the function of " + Path("data/vexa/sounds/0.xml") +
+                          " is not compiled: it uses more than x and y\n"));
+}
+
 TEST_F(RenderProgram, CompilesWhereWhoeverStartsItIgnoresTheEndsOfChildren) {
     const CommandResult result =
         test::RunCommand({"/usr/bin/env", "--ignore-signal=CHLD", kProgram, OneNote(),

@@ -2,6 +2,7 @@
 #include "render/Options.h"
 
 #include "instrument/PlayingOptions.h"
+#include "kits/media/SoundFileWriter.h"
 
 #include <algorithm>
 
@@ -97,6 +98,8 @@ kits::Result<Options> Checked(Options options, std::span<const std::string> oper
         return kits::Error{'"' + operands[2] + "\" is one file too many"};
     if (!SetText(options.midi, operands[0]) || !SetText(options.output, operands[1]))
         return kits::Error{"a file name is empty"};
+    if (const auto format = kits::SoundFileFormatOf(options.output); !format)
+        return format.Fault();
     const struct {
         const char* first;
         const char* second;

@@ -84,7 +84,7 @@ class RenderJob {
 Result<void> RenderJob::Render() {
     const Result<kits::SoundFileFormat> format = kits::SoundFileFormatOf(options.output);
     if (!format)
-        return EndWith(kUsageExitCode, format.Fault().text);
+        return format.Fault();
     Result<MidiFile> midi = ReadMidiFile(options.midi);
     if (!midi)
         return midi.Fault();

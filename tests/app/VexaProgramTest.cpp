@@ -30,6 +30,7 @@ TEST(VexaProgram, SaysWhatIsWrongWithItsCommandLine) {
         {{"--channel", "17"}, "--channel"},
         {{"--audio", "oss"}, "jack, pulse, alsa or none"},
         {{"--midi", ""}, "--midi needs a value"},
+        {{"--record", "x.mp3"}, "--record takes a name ending in .wav, .flac or .ogg"},
         {{"a.xml", "b.xml"}, "one file can be opened, not 2"},
         {{"--no-window", "a.xml"}, "without a window a file is given as --sound a.xml"},
         {{"--attach", "2"}, "the number of a descriptor"},

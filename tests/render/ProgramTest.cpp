@@ -275,7 +275,12 @@ TEST_F(RenderProgram, BadInputIsNamedAndNothingIsLost) {
     const std::string cut =
         folder.Write("cut.mid", Contents(good).substr(0, Contents(good).size() - 6)).string();
     ExpectFailure({cut, out}, "cut.mid");
-    ExpectFailure({good, Path("out.mp3")}, "out.mp3", 2);
+    ExpectFailure({good, Path("out.mp3")},
+                  "out.mp3: the name of a sound file ends in one of .wav, .flac, .ogg\n"
+                  "Usage: ",
+                  2);
+    ExpectFailure({good, Path("out.ogg"), "--rate", "384000"},
+                  "out.ogg as .ogg at 384000 Hz with 1 channel: ");
     ExpectFailure({good, "/none/out.wav"}, "/none/out.wav");
     ExpectFailure({good, out, "--sound", Path("none.xml")}, "none.xml");
     ExpectFailure({good, out, "--channel-sound", "2=none"},

@@ -179,6 +179,11 @@ Result<Arrangement> RenderJob::Arrange(MidiFile midi) {
     const Result<std::filesystem::path> main = MainFile();
     if (!main)
         return main.Fault();
+    if (options.channel != -1 && std::ranges::none_of(midi.events, [&](const MidiEvent& event) {
+            return event.kind == MidiEvent::Kind::NoteOn && event.From() == options.channel;
+        }))
+        Warn({"--channel " + std::to_string(options.channel + 1) +
+              ": there is no note on that channel"});
     std::list<Part> parts;
     const auto add = [&](const Result<Sound>& sound, const std::filesystem::path& path,
                          MidiFile events) -> Result<void> {

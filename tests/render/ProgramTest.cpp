@@ -129,7 +129,11 @@ TEST_F(RenderProgram, PlaysByScalaFilesOrSaysWhichLineIsWrong) {
 }
 
 TEST_F(RenderProgram, ChannelVoicesAndNormalizeDoWhatTheySay) {
-    ASSERT_EQ(Run({OneNote(), Path("a.wav"), "--channel", "2", "--tail", "0"}).exitCode, 0);
+    const CommandResult silent =
+        Run({OneNote(), Path("a.wav"), "--channel", "2", "--tail", "0", "--quiet"});
+    EXPECT_EQ(silent.exitCode, 0);
+    EXPECT_EQ(silent.text, "vexa-render: warning: --channel 2: there is no note on that channel\n");
+    EXPECT_EQ(Run({OneNote(), Path("b.wav"), "--channel", "1", "--tail", "0", "--quiet"}).text, "");
     for (const float sample : Samples(Path("a.wav")))
         ASSERT_EQ(sample, 0) << "the note is on channel 1";
 

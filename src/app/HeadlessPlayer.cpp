@@ -79,10 +79,13 @@ class HeadlessPlayer : private SessionClient {
     Instrument instrument;
     std::shared_ptr<MidiWatch> watch = std::make_shared<MidiWatch>();
     ProgramSelector programs{instrument.Playing().consumer, BMessenger(watch), 0};
+    /// At the end the graph alerts of what it could not disconnect, which is no news if nothing was
+    /// ever connected.
     AudioGraph graph{instrument.Playing(), [this](const char* text) {
-                         Say(ending && !hadDevice
-                                 ? std::string(text) + ": no audio device was connected"
-                                 : text);
+                         if (!ending)
+                             Say(text);
+                         else if (hadDevice)
+                             Say("the audio device could not be disconnected");
                      }};
     /// The ID of the connected source; 0 for none.
     int32 connectedSource = 0;

@@ -276,4 +276,18 @@ TEST_F(BarTest, AFrequencyThatCannotBePlayedIsNotRemembered) {
     }
 }
 
+TEST_F(BarTest, AWordThatNoSettingHasIsReported) {
+    const auto file = folder.Write("settings", "colors = pink\nbrightness = dim\na4 = 0.5\n");
+    settings = std::make_shared<vexa::Settings>(file);
+    testing::internal::CaptureStderr();
+    Open(false);
+    window->Begin({}, nullptr);
+    Reopen();
+    EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                testing::AllOf(HasSubstr(":1: colors cannot be \"pink\"; it is light, dark or"),
+                               HasSubstr(":2: brightness cannot be \"dim\"; it is one of linear, "),
+                               HasSubstr(":3: a4 cannot be \"0.5\"; it is a frequency from")));
+    EXPECT_TRUE(view->Overlay().Curve() == Brightness::Linear);
+}
+
 } // namespace

@@ -545,7 +545,7 @@ void FilePanelWindow::Send(BMessage message) {
 }
 
 void FilePanelWindow::Complain(const std::string& text) {
-    (new BAlert("", text.c_str(), "OK", nullptr, nullptr, B_WIDTH_AS_USUAL, B_WARNING_ALERT))->Go();
+    (new BAlert("", text.c_str(), "Ok", nullptr, nullptr, B_WIDTH_AS_USUAL, B_WARNING_ALERT))->Go();
 }
 
 } // namespace kits

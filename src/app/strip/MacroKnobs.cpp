@@ -93,7 +93,10 @@ void MacroKnobs::AddCell(std::size_t macro) {
     const float height = BTextControl::PreferredHeight();
     cell.value = new BTextControl({left, top, right, top + height}, ("macro " + letter).c_str(),
                                   nullptr, "", MessageOf(kValueCode, macro));
-    cell.knob->OnType([field = cell.value] { field->MakeFocus(); });
+    cell.knob->OnType([field = cell.value] {
+        field->MakeFocus();
+        field->SelectAll();
+    });
     top += height + 1 + kKnobGap;
     cell.controller = new BTextControl({left + ControllerLabelWidth(), top, right, top + height},
                                        ("controller " + letter).c_str(), nullptr, "",

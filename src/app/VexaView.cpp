@@ -150,9 +150,14 @@ void VexaView::AddOverlay() {
     desk = std::make_unique<PlaneDesk>(*this);
     overlay = new PlaneOverlay(*plane, *desk);
     const std::string key = settings->Get(kBrightnessSetting);
-    for (const BrightnessRow& row : BrightnessCurves()) {
-        if (row.key == key)
-            overlay->SetBrightness(row.curve);
+    const auto curves = BrightnessCurves();
+    if (const auto row = std::ranges::find(curves, key, &BrightnessRow::key); row != curves.end()) {
+        overlay->SetBrightness(row->curve);
+    } else {
+        std::string keys = "one of";
+        for (const BrightnessRow& allowed : curves)
+            keys += (&allowed == curves.data() ? " " : ", ") + std::string(allowed.key);
+        settings->TellWrong(kBrightnessSetting, keys);
     }
     overlay->SetRelief(settings->Get(kLandscapeSetting));
     overlay->WatchLook([this] {

@@ -15,6 +15,7 @@
 #include <QToolButton>
 #include <cmath>
 #include <fstream>
+#include <functional>
 #include <utility>
 
 #include <gmock/gmock.h>
@@ -51,6 +52,23 @@ class BarTest : public test::MainViewTest {
         Pulse();
     }
 };
+
+/// Without a tip of its own a control would show that of the bar or panel around it.
+TEST_F(BarTest, EveryControlSaysWhatItIsFor) {
+    Open(false);
+    std::size_t count = 0;
+    const std::function<void(const BView&)> look = [&](const BView& view) {
+        if (view.Flags() & B_NAVIGABLE) {
+            count++;
+            EXPECT_FALSE(view.Widget().toolTip().isEmpty()) << view.Name();
+        }
+        for (const BView* child : view.Children())
+            look(*child);
+    };
+    for (std::size_t i = 0; const BView* child = window->ChildAt(i); i++)
+        look(*child);
+    EXPECT_GT(count, 80U);
+}
 
 TEST_F(BarTest, TheMeterShowsTheLevelAndItsLightStaysOnUntilItIsPutOut) {
     Open(false);

@@ -42,6 +42,9 @@ target_compile_options(vexa_options INTERFACE
     -pthread
     # A render is the same on every machine, so the compiler must not fuse multiplications and additions by itself.
     -ffp-contract=off
+    # Joined files make the compiler's heap so large that collecting its garbage would take a tenth of the time. Below this
+    # size, in kB, nothing is collected; the largest compiler process then takes 1.1 GB instead of 0.9.
+    $<$<CXX_COMPILER_ID:GNU>:--param=ggc-min-heapsize=1000000>
     # The linker leaves out functions of joined files that a program does not call, and libraries that only these need.
     -ffunction-sections -fdata-sections)
 target_link_options(vexa_options INTERFACE -Wl,--gc-sections,--as-needed)

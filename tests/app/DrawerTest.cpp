@@ -89,13 +89,22 @@ TEST_F(DrawerTest, FindsShowsAndLoadsSounds) {
     LookFor("glass rings");
     list.MouseMoved(second, B_INSIDE_VIEW, nullptr);
     EXPECT_STREQ(list.ToolTip(), "") << "there is no second row";
-    LookFor("");
+    // Down goes from the search to the list, and Escape shows all sounds again.
+    drawer->SearchField().MakeFocus();
+    test::TypeKey(*window, Qt::Key_Down);
+    EXPECT_TRUE(list.IsFocus());
+    drawer->SearchField().MakeFocus();
+    drawer->SearchField().Confirm();
+    test::TypeKey(*window, Qt::Key_Escape);
+    Settle();
+    EXPECT_EQ(Listed().size(), Files().size());
     // One category; then favourites, of which there are none before a star is pressed.
     for (std::size_t i = 0; i < drawer->Categories().CountParts(); i++) {
         const std::string word = drawer->Categories().DescribePart(i).name;
         drawer->Categories().Choose(i);
         const auto isBass = [](const auto& entry) { return entry->category == "bass"; };
         EXPECT_EQ(list.Rows().empty(), word == "★") << word;
+        EXPECT_EQ(list.Describe().description.find("no favourites yet") == 0, word == "★") << word;
         EXPECT_EQ(std::ranges::all_of(list.Rows(), isBass), word == "★" || word == "bass") << word;
     }
     drawer->Categories().Choose(0);

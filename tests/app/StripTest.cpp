@@ -86,7 +86,7 @@ TEST_F(StripTest, HowTheSoundIsPlayedIsEditedHeardAndSaved) {
     auto& glide = Find<NumberField>("glide, seconds");
     EXPECT_STREQ(spread.Text(), "0\u00b0");
     EXPECT_STREQ(pressure.Text(), "none");
-    EXPECT_THAT(spread.ToolTip(), HasSubstr("The sound does not say it"));
+    EXPECT_THAT(spread.Help(), HasSubstr("The sound does not say it"));
     EXPECT_FALSE(view->ConstructSound().playing) << "looking is no edit";
 
     Enter("spread, degrees", "42.5 \u00b0");
@@ -141,7 +141,7 @@ TEST_F(StripTest, HowTheSoundIsPlayedIsEditedHeardAndSaved) {
     Look();
     EXPECT_STREQ(glide.Text(), "0.25 s");
     EXPECT_FALSE(glide.IsEnabled());
-    EXPECT_THAT(glide.ToolTip(), StartsWith("--glide on the command line"));
+    EXPECT_THAT(glide.Help(), StartsWith("--glide on the command line"));
     EXPECT_FALSE(view->Changed());
 }
 
@@ -260,6 +260,17 @@ TEST_F(StripTest, AKnobTurnsByDragWheelAndKeys) {
     EXPECT_EQ(knob.Describe().number->value, 0.25);
     QTest::mouseDClick(&knob.Widget(), Qt::LeftButton, Qt::NoModifier, {17, 17});
     EXPECT_TRUE(Field("macro a").IsFocus());
+    // What is typed replaces the number. A drag in many parts there and back ends where it began.
+    test::Type(*window, "0.5");
+    test::TypeKey(*window, Qt::Key_Return);
+    EXPECT_EQ(Text("macro a"), "0.5");
+    test::Press(knob, {17, 97});
+    for (const float way : {-1.0F, 1.0F}) {
+        for (int i = 1; i <= 60; i++)
+            test::Drag(knob, {17, (way < 0 ? 97.0F : 37.0F) + way * float(i)});
+        EXPECT_EQ(Text("macro a"), way < 0 ? "0.9" : "0.5");
+    }
+    test::Release(knob, {17, 97});
 
     // While the number field has the focus, the next controller that moves is learned, and no
     // other.

@@ -155,6 +155,18 @@ TEST_F(ControlTest, EscapeTakesBackWhatWasNotConfirmed) {
     EXPECT_THAT(listener.codes, ElementsAre());
 }
 
+// Otherwise a long number would show only its last digits.
+TEST_F(ControlTest, AFieldThatIsLeftShowsTheBeginning) {
+    const auto* line = second->Widget().findChild<QLineEdit*>();
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Tab, Qt::Key_Escape}) {
+        second->MakeFocus();
+        test::Type(stage.Window(), "0.123456789123456789");
+        EXPECT_GT(line->cursorPosition(), 0);
+        test::TypeKey(stage.Window(), key);
+        EXPECT_EQ(line->cursorPosition(), 0) << key;
+    }
+}
+
 TEST_F(ControlTest, AProgramThatSetsATextSendsNothing) {
     first->SetText("three");
     second->MakeFocus();

@@ -34,6 +34,15 @@ std::vector<std::string> Chips() {
     return words;
 }
 
+/// Returns what the list says if the query finds nothing.
+const char* EmptyText(const SoundQuery& query) {
+    if (query.text.empty() && query.favourite)
+        return "no favourites yet: click a star";
+    if (query.text.empty() && query.own)
+        return "no sound of yours yet";
+    return "no sound is like that";
+}
+
 } // namespace
 
 Drawer::Drawer(BRect frame, VexaView& mainView)
@@ -48,10 +57,15 @@ Drawer::Drawer(BRect frame, VexaView& mainView)
     search->SetTarget(this);
     search->SetPlaceholder("search name, tag, formula");
     search->SetAccessibleName("search sounds by name, tag or formula");
+    search->SetHelp("Shows the sounds with these words in name, category, tags, author, comment "
+                    "or formula");
+    search->SetEscapeClears();
+    search->SetDownAction([this] { list->MakeFocus(); });
     AddChild(search);
     chips = new ChipRow({kDrawerMargin, 0, frame.Width() - kDrawerMargin, 0}, "categories", Chips(),
                         [this](std::size_t) { ShowRows(); });
     chips->SetAccessibleName("kinds of sounds");
+    chips->SetHelp("Which sounds are listed: all, your favourites, yours, or those of a kind");
     AddChild(chips);
     list = new SoundListView(
         {0, 0, frame.Width(), 0}, favourites,
@@ -105,7 +119,7 @@ void Drawer::ShowRows() {
         for (const std::size_t place : Search(shown->sounds, shownQuery, favourites))
             rows.push_back(shown->sounds[place]);
     }
-    list->SetRows(std::move(rows));
+    list->SetRows(std::move(rows), EmptyText(shownQuery));
     // What is found is read from the top. Otherwise the list stays where the person has scrolled.
     if (another)
         list->ShowTop();

@@ -50,9 +50,11 @@ SoundListView::SoundListView(BRect frame, const Favourites& favourites, Callback
       small(*be_plain_font()) {
     small.SetSize(kSmallFont);
     SetAccessibleName("sounds");
+    SetHelp("Click a sound to load it");
 }
 
-void SoundListView::SetRows(SoundList next) {
+void SoundListView::SetRows(SoundList next, std::string emptyText) {
+    ifEmpty = std::move(emptyText);
     const std::filesystem::path before = cursor < rows.size() ? rows[cursor]->path : loaded;
     const float place = cursor < rows.size() ? RowFrame(cursor).top : 0;
     rows = std::move(next);
@@ -239,7 +241,7 @@ void SoundListView::Draw(BRect update) {
     if (rows.empty()) {
         SetHighColor(Colors().quietText);
         SetFont(be_plain_font());
-        DrawString("no sound is like that", {kListMargin, kNameBaseline});
+        DrawString(ifEmpty, {kListMargin, kNameBaseline});
     }
     DrawScrollBar();
     if (IsFocus()) {
@@ -319,7 +321,7 @@ void SoundListView::DrawScrollBar() {
 kits::AccessibleThing SoundListView::Describe() const {
     kits::AccessibleThing thing;
     thing.role = kits::AccessibleRole::List;
-    thing.description = std::to_string(rows.size()) + " sounds";
+    thing.description = rows.empty() ? ifEmpty : std::to_string(rows.size()) + " sounds";
     return thing;
 }
 

@@ -31,8 +31,8 @@ class SoundListView : public BView {
     SoundListView(BRect frame, const Favourites& favourites, Callbacks callbacks);
 
     /// Shows these sounds. If the cursor's sound is among them, the cursor stays on it and its row
-    /// stays at the same height in the view.
-    void SetRows(SoundList next);
+    /// stays at the same height in the view. Without any, the list says `emptyText`.
+    void SetRows(SoundList next, std::string emptyText);
     /// Scrolls to the first row.
     void ShowTop() { ScrollTo(0); }
     const SoundList& Rows() const { return rows; }
@@ -80,6 +80,7 @@ class SoundListView : public BView {
     const Favourites& favourites;
     const Callbacks callbacks;
     SoundList rows;
+    std::string ifEmpty;
     std::filesystem::path loaded;
     bool loadedChanged = false;
     std::size_t cursor = 0;

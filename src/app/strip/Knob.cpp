@@ -20,6 +20,8 @@ constexpr float kTravel = 150;
 constexpr float kStep = 0.02F;
 constexpr float kFiner = 0.1F;
 constexpr float kCoarser = 5;
+/// Turning there and back leads to the same number, because numbers are multiples of 1 / kGrid.
+constexpr float kGrid = 10000;
 
 } // namespace
 
@@ -39,7 +41,7 @@ void Knob::SetValue(float next) {
 }
 
 void Knob::Turn(float next) {
-    const float bounded = std::clamp(next, 0.0F, 1.0F);
+    const float bounded = std::round(std::clamp(next, 0.0F, 1.0F) * kGrid) / kGrid;
     if (bounded == value)
         return;
     SetValue(bounded);
@@ -64,6 +66,7 @@ void Knob::MouseDown(BPoint where) {
     if (buttons != B_PRIMARY_MOUSE_BUTTON)
         return;
     dragged = where.y;
+    aim = value;
     if (Modifiers() & B_CONTROL_KEY)
         Turn(initial);
     else if (Clicks() == 2 && typing)
@@ -77,7 +80,8 @@ void Knob::MouseMoved(BPoint where, uint32, const BMessage*) {
         return;
     const float way = (dragged - where.y) / kTravel * (Modifiers() & B_SHIFT_KEY ? kFiner : 1);
     dragged = where.y;
-    Turn(value + way);
+    aim = std::clamp(aim + way, 0.0F, 1.0F);
+    Turn(aim);
 }
 
 bool Knob::WheelMoved(BPoint, BPoint steps) {

@@ -24,7 +24,8 @@ class Knob : public BView {
     float Value() const { return value; }
     /// Sets the number without calling the function of OnTurn.
     void SetValue(float next);
-    /// Turns the knob as the user does: clamps the number to 0..1 and reports a change.
+    /// Turns the knob as the user does: clamps the number to 0..1, rounds it to four decimals and
+    /// reports a change.
     void Turn(float next);
     /// Dims the knob, to show that it has no effect at present.
     void SetDimmed(bool next);
@@ -47,6 +48,8 @@ class Knob : public BView {
     bool dimmed = false;
     /// The vertical position of the pointer at the last event of the drag, in pixels.
     float dragged = 0;
+    /// The number to which the pointer has been dragged, before it is rounded.
+    float aim = 0;
     std::function<void(float)> turned;
     std::function<void()> typing;
 };

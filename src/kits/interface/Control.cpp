@@ -59,7 +59,9 @@ class BTextControl::Line : public QLineEdit {
     }
 
     Stepping stepping;
+    std::function<void()> down;
     std::optional<std::string> reset;
+    bool escapeClears = false;
     /// Drawn by paintEvent, because the toolkit's own placeholder is too pale to read.
     QString placeholder;
 
@@ -124,7 +126,7 @@ class BTextControl::Line : public QLineEdit {
     }
     void keyPressEvent(QKeyEvent* event) override {
         if (event->key() == Qt::Key_Escape) {
-            setText(QString::fromStdString(field->confirmed));
+            setText(escapeClears ? QString() : QString::fromStdString(field->confirmed));
             clearFocus();
             // The window may use the key too.
             event->ignore();
@@ -137,6 +139,8 @@ class BTextControl::Line : public QLineEdit {
             PasteLine();
         } else if (stepping && (event->key() == Qt::Key_Up || event->key() == Qt::Key_Down)) {
             Step(event->key() == Qt::Key_Up ? 1 : -1, event->modifiers());
+        } else if (down && event->key() == Qt::Key_Down) {
+            down();
         } else {
             QLineEdit::keyPressEvent(event);
         }
@@ -190,6 +194,10 @@ class BTextControl::Line : public QLineEdit {
     }
     void focusOutEvent(QFocusEvent* event) override {
         QLineEdit::focusOutEvent(event);
+        // A menu or another window takes the focus only for a time.
+        if (event->reason() != Qt::PopupFocusReason &&
+            event->reason() != Qt::ActiveWindowFocusReason)
+            setCursorPosition(0);
         if (field && field->end)
             field->Target().SendMessage(*field->end);
     }
@@ -397,6 +405,14 @@ void BTextControl::SetStepping(Stepping next) {
 
 void BTextControl::SetReset(std::string_view next) {
     line->reset = next;
+}
+
+void BTextControl::SetEscapeClears() {
+    line->escapeClears = true;
+}
+
+void BTextControl::SetDownAction(std::function<void()> next) {
+    line->down = std::move(next);
 }
 
 void BTextControl::SetEndMessage(BMessage* message) {

@@ -65,7 +65,8 @@ class BButton : public BControl {
 /// the user confirms the text, either by Enter or by leaving the field after a change. Enter and
 /// Escape give the keyboard back to the window. Escape restores the confirmed text, and then
 /// reaches the window as B_KEY_DOWN. Ctrl+Z and Ctrl+Shift+Z undo and redo typing; if there is no
-/// typing to undo or redo, the window gets them. A click or Tab into the field selects the text.
+/// typing to undo or redo, the window gets them. A click or Tab into the field selects the text. A
+/// field that is left shows the beginning of its text.
 class BTextControl : public BControl {
   public:
     /// The height follows from the font; the frame's height is ignored. An empty or missing label
@@ -110,6 +111,10 @@ class BTextControl : public BControl {
     void SetStepping(Stepping next);
     /// Sets the text that a click with Ctrl restores and confirms.
     void SetReset(std::string_view text);
+    /// Makes Escape empty the field instead of restoring the confirmed text.
+    void SetEscapeClears();
+    /// Sets what the Down key does in a field without stepping.
+    void SetDownAction(std::function<void()> next);
     /// Takes ownership of the message, which is sent to the target when the field loses the focus.
     void SetEndMessage(BMessage* message);
 

@@ -41,6 +41,7 @@ namespace vexa {
 
 class Attachment;
 class EnvView;
+struct DroppedFiles;
 class Formula;
 class FormulaHint;
 class PlaneDesk;
@@ -305,12 +306,16 @@ class VexaView : public BView {
     bool MayReplace(const BMessage& message, const char* folder, const std::string& name);
     bool TakeOpening(const BMessage& message);
     void TakeDrop(const BMessage& message);
+    void OpenBesideSound(const DroppedFiles& dropped);
     void Remember(const std::filesystem::path& file);
     void OpenAny(const std::string& path) { Open(path); }
     void OpenScale(const std::string& path);
     void OpenKeymap(const std::string& path);
     void OpenFunction(const std::string& path);
-    void OpenSound(const std::string& path);
+    void OpenSound(const std::string& path) {
+        OpenSound(path, [] {});
+    }
+    void OpenSound(const std::string& path, const std::function<void()>& then);
     void OpenSample(const std::string& path);
 
     // The plane's function, and the preview while an expression is typed.

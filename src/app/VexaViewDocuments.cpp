@@ -317,13 +317,17 @@ void VexaView::SaveAgain(const std::function<void()>& then) {
     SaveSound(path.filename().string());
 }
 
-void VexaView::OpenSound(const std::string& path) {
-    const auto load = [this, path] {
+/// Loads the sound unless the user wants to keep the present one, and then calls `then`. If the
+/// user chooses to save first, both happen once that is done.
+void VexaView::OpenSound(const std::string& path, const std::function<void()>& then) {
+    const auto load = [this, path, then] {
         Steps().GiveUp(true);
-        if (LoadSound(path))
+        if (LoadSound(path)) {
             Remember(path);
-        else
+            then();
+        } else {
             Steps().GiveUp(false);
+        }
     };
     if (MayGiveUp(load))
         load();

@@ -72,8 +72,15 @@ void VexaView::TakeDrop(const BMessage& message) {
     for (int32 i = 0; message.FindRef("refs", i, &ref) == B_OK; i++)
         files.push_back(std::filesystem::path(ref.directory) / ref.name);
     const DroppedFiles dropped = SortDropped(files);
+    // The rest belongs to the dropped sound, not to the one that the user may want to save or keep.
     if (dropped.sound)
-        Open(*dropped.sound);
+        OpenSound(*dropped.sound, [this, dropped] { OpenBesideSound(dropped); });
+    else
+        OpenBesideSound(dropped);
+}
+
+/// Opens all dropped files but the sound, and tells which are left.
+void VexaView::OpenBesideSound(const DroppedFiles& dropped) {
     if (dropped.terrain)
         Open(*dropped.terrain);
     if (dropped.scale || dropped.keymap) {

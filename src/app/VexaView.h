@@ -109,7 +109,8 @@ class VexaView : public BView {
     /// does the same for the function, in "functions".
     void SaveSound(const std::string& name);
     /// Saves to the user's own file that the sound belongs to. If there is none, shows the panel
-    /// that asks for a name. Calls `then` once the sound is saved.
+    /// that asks for a name. Asks before it replaces a file that has changed since it was read or
+    /// written here. Calls `then` once the sound is saved.
     void SaveAgain(const std::function<void()>& then = nullptr);
     void SaveFunction(const std::string& name);
 
@@ -304,6 +305,7 @@ class VexaView : public BView {
     static std::string ChosenPath(const BMessage& message);
     bool MaySave();
     bool MayReplace(const BMessage& message, const char* folder, const std::string& name);
+    bool MayReplaceOwn();
     bool TakeOpening(const BMessage& message);
     void TakeDrop(const BMessage& message);
     void OpenBesideSound(const DroppedFiles& dropped);
@@ -338,6 +340,8 @@ class VexaView : public BView {
     void InterpretFunction(const Function& function);
     void InterpretSound(const Sound& sound);
     void LoadAs(const Sound& sound, const std::string& name, const std::string& step);
+    static std::string DigestOf(const std::filesystem::path& path);
+    void LoadFrom(const std::filesystem::path& path, const std::string& digest, const Sound& sound);
     Sound ConfirmedSound() const;
     bool Put(FieldId field, const std::string& text);
     void PutPlaneFields(const Function& function);

@@ -12,6 +12,7 @@
 #include "kits/interface/Alert.h"
 #include "kits/interface/Control.h"
 #include "kits/interface/Menu.h"
+#include "kits/storage/Digest.h"
 #include "kits/storage/FileName.h"
 #include "kits/storage/UserFolders.h"
 #include "views/EnvView.h"
@@ -188,6 +189,22 @@ void VexaView::LoadAs(const Sound& sound, const std::string& name, const std::st
     TakeAsSaved();
 }
 
+/// Returns the digest of the file's content; empty if it cannot be read.
+std::string VexaView::DigestOf(const std::filesystem::path& path) {
+    const kits::Result<std::string> digest = kits::DigestOfFile(path);
+    return digest ? *digest : "";
+}
+
+/// Loads the sound of a file, whose usual path this is and whose digest was taken before the sound
+/// was read: whatever changes the file after that counts as a change made elsewhere.
+void VexaView::LoadFrom(const std::filesystem::path& path, const std::string& digest,
+                        const Sound& sound) {
+    const std::string name = path.stem().string();
+    LoadAs(sound, name, "sound " + name);
+    Steps().File().path = path;
+    Steps().File().digest = digest;
+}
+
 void VexaView::ShowVoiceLimit() {
     if (BMenuItem* item = voicesMenu->FindItem(VoicesCode(instrument.VoiceLimit())))
         item->SetMarked(true);
@@ -210,13 +227,13 @@ bool VexaView::LoadFunction(const std::filesystem::path& path) {
 
 bool VexaView::LoadSound(const std::filesystem::path& path) {
     Warnings warnings;
+    const std::string digest = DigestOf(path);
     const auto sound = ReadSound(path, &warnings);
     Tell(path, warnings);
     if (sound) {
         programFault.clear();
-        LoadAs(*sound, path.stem().string(), "sound " + path.stem().string());
         // Use the usual path of the file, as `path` may be relative or lead through links.
-        Steps().File().path = folders.Find("sounds", folders.NameOf("sounds", path));
+        LoadFrom(folders.Find("sounds", folders.NameOf("sounds", path)), digest, *sound);
     } else {
         ShowError(sound.Fault());
     }
@@ -231,6 +248,7 @@ void VexaView::LoadProgram() {
         return;
     Warnings warnings;
     const auto path = FindProgram(folders, *number);
+    const std::string digest = path ? DigestOf(*path) : "";
     const auto sound =
         path ? ReadWhole(*path, instrument, warnings) : kits::Result<Sound>(path.Fault());
     Warn(warnings);
@@ -240,8 +258,7 @@ void VexaView::LoadProgram() {
         Print(sound.Fault());
         return;
     }
-    LoadAs(*sound, path->stem().string(), "sound " + path->stem().string());
-    Steps().File().path = *path;
+    LoadFrom(*path, digest, *sound);
 }
 
 void VexaView::Open(const std::filesystem::path& path) {
@@ -262,14 +279,13 @@ void VexaView::Open(const std::filesystem::path& path) {
 void VexaView::LoadDefaultSound() {
     Warnings warnings;
     const std::filesystem::path path = folders.Find("sounds", "default.xml");
+    const std::string digest = DigestOf(path);
     const auto sound = ReadSound(path, &warnings);
     Tell(path, warnings);
-    if (sound) {
-        LoadAs(*sound, "default", "sound default");
-        Steps().File().path = path;
-    } else {
+    if (sound)
+        LoadFrom(path, digest, *sound);
+    else
         Print(sound.Fault());
-    }
     BeginHistory();
 }
 
@@ -284,10 +300,12 @@ void VexaView::SaveSound(const std::string& name) {
     FollowMacros();
     const std::string stem = std::filesystem::path(name).stem().string();
     const auto title = stem == SoundName() ? Steps().File().title : stem;
+    std::string digest;
     const auto write = [&](const std::filesystem::path& path) {
         Sound sound = ConstructSound();
         if (sound.info.name && title)
             sound.info.name = title;
+        digest = kits::Digest(SoundText(sound));
         return WriteSound(path, sound);
     };
     const std::function<void()> then = std::exchange(afterSaving, nullptr);
@@ -296,6 +314,7 @@ void VexaView::SaveSound(const std::string& name) {
     const std::filesystem::path path = folders.Own("sounds") / name;
     Steps().File().name = stem;
     Steps().File().path = path;
+    Steps().File().digest = digest;
     Steps().File().title = title;
     Remember(path);
     TakeAsSaved();
@@ -311,7 +330,7 @@ void VexaView::SaveAgain(const std::function<void()>& then) {
         afterSaving = then;
         return;
     }
-    if (!MaySave())
+    if (!MaySave() || !MayReplaceOwn())
         return;
     afterSaving = then;
     SaveSound(path.filename().string());

@@ -11,6 +11,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <fstream>
+#include <utility>
 
 #include <gmock/gmock.h>
 
@@ -224,6 +226,58 @@ TEST_F(OwnFolderTest, ControlSSavesToThePersonsOwnFileOfTheSoundAndToNoOther) {
     test::Type(*window, "6");
     EXPECT_EQ(Text("Fy"), "56");
     EXPECT_THAT(alerts.texts, ElementsAre());
+}
+
+TEST_F(OwnFolderTest, ControlSAsksBeforeItReplacesWhatWasChangedElsewhere) {
+    const auto mine = In("own/sounds/mine.xml");
+    std::filesystem::copy(In("sounds/bell.xml"), mine);
+    const auto changeElsewhere = [&] { std::ofstream(mine, std::ios::app) << "<!-- mine -->"; };
+    /// Edits and saves, and returns the questions.
+    int number = 2;
+    const auto save = [&] {
+        alerts.texts.clear();
+        Enter("Fy", std::to_string(number++).c_str());
+        test::TypeKey(*window, Qt::Key_S, Qt::ControlModifier);
+        test::Settle();
+        return std::exchange(alerts.texts, {});
+    };
+    const auto asks = ElementsAre(HasSubstr("has changed since it was opened"));
+    Choose(vexa::kSoundLoadedCode, mine);
+    changeElsewhere();
+    alerts.answer = 0;
+    EXPECT_THAT(save(), asks);
+    EXPECT_THAT(test::Contents(mine), HasSubstr("<!-- mine -->"));
+    EXPECT_TRUE(view->Changed());
+    alerts.answer = 1;
+    EXPECT_THAT(save(), asks);
+    EXPECT_THAT(test::Contents(mine), testing::Not(HasSubstr("<!-- mine -->")));
+    EXPECT_FALSE(view->Changed());
+    // There is no question about what was written here.
+    EXPECT_THAT(save(), ElementsAre());
+    // A copy in the other slot is of the same state of the file; each slot has its own after that.
+    Choose(vexa::kSoundLoadedCode, In("sounds/bell.xml"));
+    view->SwitchAB();
+    Choose(vexa::kSoundLoadedCode, mine);
+    view->CopyToOther();
+    view->SwitchAB();
+    EXPECT_THAT(save(), ElementsAre());
+    view->SwitchAB();
+    EXPECT_THAT(save(), asks);
+    // A file that has gone is written again.
+    changeElsewhere();
+    std::filesystem::remove(mine);
+    EXPECT_THAT(save(), ElementsAre());
+    EXPECT_TRUE(std::filesystem::exists(mine));
+    // A sound that a program change has chosen is of its file too.
+    view->FollowPrograms(true);
+    const std::vector<std::string> names = folders.Documents("sounds");
+    const auto program = std::ranges::find(names, "mine.xml") - names.begin();
+    view->Graph().Consumer().Gate()->ProgramChange(0, static_cast<uchar>(program), 0);
+    test::Settle();
+    EXPECT_FALSE(view->Changed());
+    EXPECT_THAT(save(), ElementsAre());
+    changeElsewhere();
+    EXPECT_THAT(save(), asks);
 }
 
 TEST_F(OwnFolderTest, WhatTheProgramIsStartedWithIsOfItsFile) {

@@ -140,6 +140,25 @@ TEST_F(OpeningTest, OfSeveralFilesTheFirstOfEachKindIsOpenedAndTheRestIsTold) {
     EXPECT_EQ(view->Tuned().scale, In("a.scl"));
 }
 
+TEST_F(OpeningTest, OfSeveralFilesTheUnusableTakeNoPlaceAndAreTold) {
+    Open();
+    const fs::path noise = folder.Write("noise.bin", "no sound"),
+                   page = folder.Write("page.xml", "<html></html>"),
+                   bad = folder.Write("bad.scl", "hello"), none = In("none.wav");
+    EXPECT_TRUE(DropFiles({noise, page, In("samples/pluck.wav"), bad, folder.Write("a.scl", kScale),
+                           none, In("sounds")}));
+    EXPECT_TRUE(view->SampleMode());
+    EXPECT_EQ(view->Tuned().scale, In("a.scl"));
+    EXPECT_THAT(alerts.texts, ElementsAre("Not all of these files can be opened."));
+    EXPECT_EQ(alerts.details,
+              "These cannot be opened:\nnoise.bin\npage.xml\nbad.scl\nnone.wav\nsounds");
+    alerts.texts.clear();
+    EXPECT_TRUE(DropFiles({page, Function("f.xml", "x-1"), In("samples/pluck.wav")}));
+    EXPECT_EQ(Text("Fxy"), "x-1");
+    EXPECT_THAT(alerts.texts, ElementsAre(HasSubstr("only the first")));
+    EXPECT_EQ(alerts.details, "These were not:\npluck.wav\nThese cannot be opened:\npage.xml");
+}
+
 TEST_F(OpeningTest, WhatIsDroppedWithASoundWaitsUntilTheSoundIsOpened) {
     Open();
     Enter("Fxy", "x*y");

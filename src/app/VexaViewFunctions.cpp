@@ -33,7 +33,9 @@ class Pause {
 
 } // namespace
 
-/// Installs the function. If that fails, shows the error and keeps the previous function.
+/// Installs the function. If that fails, shows the error and keeps the previous function. A sample
+/// whose frequency is none plays all the same; its field is marked, and the document's reader has
+/// told the place.
 bool VexaView::Install(const Function& function) {
     const bool isExpression = function.kind == FunctionKind::Expression;
     EndTyping();
@@ -45,7 +47,7 @@ bool VexaView::Install(const Function& function) {
     const bool installed = MarkInstalled(function, report);
     if (!installed)
         ShowError(report);
-    else
+    else if (isExpression)
         Print(report);
     return installed;
 }

@@ -2,6 +2,7 @@
 #include "documents/FunctionDocument.h"
 
 #include "documents/DocumentKind.h"
+#include "documents/NumberDoubt.h"
 #include "kits/support/NumberText.h"
 #include "kits/support/Quoted.h"
 
@@ -136,7 +137,10 @@ kits::Result<void> InterpretFunction(const MXFragment& root, Function& function,
     case FunctionKind::Sample: {
         const ElementScope sample(&root, {"samplefile", "frequency"}, remarks);
         sample.ReadText("samplefile", function.sampleFile);
-        sample.ReadNumber("frequency", function.frequency);
+        if (const MXFragment* element = sample.ReadText("frequency", function.frequency)) {
+            if (const std::string doubt = FrequencyDoubt(function.frequency); !doubt.empty())
+                remarks.Add(element->TextLeft(), Tag(element->name) + ": " + doubt);
+        }
         break;
     }
     case FunctionKind::Picture:

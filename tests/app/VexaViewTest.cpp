@@ -650,7 +650,13 @@ TEST_F(VexaViewTest, NothingOfASampleOrALongExpressionIsLostOnSaving) {
 
 TEST_F(VexaViewTest, AFieldThatIsNotWhollyANumberIsMarked) {
     Open(false);
+    view->LoadSample(In("samples/pluck.wav").c_str());
     for (const auto& [field, text, tip] : {std::tuple{"Ax1", "7,5", "counts as 7"},
+                                           {"SFreq", "0", "expected a frequency above 0"},
+                                           {"SFreq", "-3", "expected a frequency above 0"},
+                                           {"SFreq", "1e300", "expected a frequency above 0"},
+                                           {"SFreq", "220.5", ""},
+                                           {"SFreq", "220,5", "counts as 220"},
                                            {"Ax1", "nan", "not a number"},
                                            {"Cx4", "128", "between 0 and 127"},
                                            {"Sc", "0.90.7", "counts as 0.9"},

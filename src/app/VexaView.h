@@ -221,7 +221,7 @@ class VexaView : public BView {
     /// `details`, if not empty, gives the reason.
     static void ErrorAlert(const std::string& text, const std::string& details = "");
     /// Prints the error (see Print), then shows each of its alerts by ErrorAlert, the last with the
-    /// error's text as details. An error without alerts shows its text.
+    /// rest of the error's text as details. An error without alerts shows its text.
     static void ShowError(const kits::Error& error);
     /// Prints the error's text, if any, as a line on standard error.
     static void Print(const kits::Error& error);
@@ -333,6 +333,7 @@ class VexaView : public BView {
     bool MarkInstalled(const Function& function, const FunctionReport& report);
     void ShowKind();
     void ShowSource();
+    std::string FaultOfSource() const;
     void TakeSampleFrequency();
 
     // Documents.
@@ -399,8 +400,8 @@ class VexaView : public BView {
     mutable std::optional<uint64> comparedAt;
     /// Called once after the next saving of the sound, if set.
     std::function<void()> afterSaving;
-    /// The file of the sample or picture is missing: nothing sounds, and only its name can be
-    /// saved.
+    /// The file of the sample or picture is missing or unreadable: nothing sounds, and only its
+    /// name can be saved.
     bool fileMissing = false;
     /// The expression's field names the file of a sample or picture.
     bool namesSource = true;

@@ -390,7 +390,8 @@ std::string VexaView::SavingRemark() const {
     const std::string file =
         (SampleMode() ? "sample \"" : "picture \"") + SourceOf(instrument.State().function) + '"';
     if (fileMissing)
-        return "The " + file + " is missing, so that nothing sounds. Its name will be saved.";
+        return "The " + file + " is " + FaultOfSource() +
+               ", so that nothing sounds. Its name will be saved.";
     if (!expressionWrong)
         return "";
     return Kind() != FunctionKind::Expression

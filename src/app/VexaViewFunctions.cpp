@@ -81,6 +81,15 @@ void VexaView::ShowKind() {
     ShowSource();
 }
 
+/// Returns why the file of the sample or picture does not play; empty if it does.
+std::string VexaView::FaultOfSource() const {
+    if (!fileMissing)
+        return "";
+    const auto file = FileOf(instrument.State().function, folders);
+    std::error_code ignored;
+    return file && std::filesystem::is_regular_file(*file, ignored) ? "unreadable" : "missing";
+}
+
 /// Shows the file's name in the expression's field as long as that is empty.
 void VexaView::ShowSource() {
     BTextControl& expression = Field(FunctionField::Expression);
@@ -88,7 +97,8 @@ void VexaView::ShowSource() {
     if (namesSource && Kind() != FunctionKind::Expression) {
         const std::filesystem::path file = SourceOf(instrument.State().function);
         text = (SampleMode() ? "sample " : "picture ") + file.filename().string();
-        text += fileMissing ? " (missing)" : "";
+        if (const std::string fault = FaultOfSource(); !fault.empty())
+            text += " (" + fault + ")";
         expression.SetToolTip(("The terrain is the " + text + ". What is typed here is " +
                                "a formula that takes its place")
                                   .c_str());

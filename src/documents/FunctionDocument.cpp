@@ -3,6 +3,7 @@
 
 #include "documents/DocumentKind.h"
 #include "documents/NumberDoubt.h"
+#include "documents/SoundDocument.h"
 #include "kits/support/NumberText.h"
 #include "kits/support/Quoted.h"
 
@@ -126,9 +127,12 @@ std::unique_ptr<MXFragment> ConstructFunctionElement(const Function& function) {
 kits::Result<void> InterpretFunction(const MXFragment& root, Function& function, Remarks& remarks) {
     const auto row =
         std::ranges::find_if(kFunctionElements, [&](const auto& r) { return root.name == r.name; });
-    if (row == std::end(kFunctionElements))
-        return Refusal(kInvalidFunction, "(expected a root element " + FunctionTags() + ", found " +
-                                             Tag(root.name) + ")");
+    if (row == std::end(kFunctionElements)) {
+        const std::string sound =
+            root.name == kSoundElement ? "" : ", or " + Tag(kSoundElement) + " for a sound";
+        return Refusal(kInvalidFunction, "(expected a root element " + FunctionTags() + sound +
+                                             ", found " + Tag(root.name) + ")");
+    }
     function.kind = row->kind;
     switch (function.kind) {
     case FunctionKind::Expression:

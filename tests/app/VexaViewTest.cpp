@@ -671,6 +671,16 @@ TEST_F(VexaViewTest, AFieldThatIsNotWhollyANumberIsMarked) {
     }
 }
 
+TEST_F(VexaViewTest, WhoAsksForNoAudioSystemGetsNoAlertAboutIt) {
+    const auto ofSound = testing::AnyOf(HasSubstr("mixer"), HasSubstr("node"));
+    window = new vexa::VexaWindow({64, 100, 999, 610}, folders, {.settings = settings});
+    test::Settle();
+    EXPECT_THAT(alerts.texts, testing::Not(testing::Contains(ofSound)));
+    delete window;
+    window = nullptr;
+    EXPECT_THAT(alerts.texts, testing::Not(testing::Contains(ofSound)));
+}
+
 TEST_F(VexaViewTest, WhatCannotBeLoadedChangesNothing) {
     Open();
     const vexa::Sound before = view->ConstructSound();
@@ -685,6 +695,8 @@ TEST_F(VexaViewTest, WhatCannotBeLoadedChangesNothing) {
     ASSERT_EQ(alerts.texts.size(), 3U);
     EXPECT_EQ(alerts.texts[0], "Could not load \n" + (folder.Path() / "none.xml").string());
     EXPECT_EQ(alerts.texts[2], "This is not a valid function.");
+    EXPECT_THAT(alerts.details, testing::AllOf(HasSubstr("other.xml:1:1: (expected a root"),
+                                               HasSubstr("<vexasound> for a sound, found <foo>")));
     EXPECT_EQ(view->ConstructSound(), before);
 }
 

@@ -194,7 +194,8 @@ TEST(FunctionDocument, SaysWhyAFileIsNoFunction) {
          "utf16: expected a text in UTF-8, found UTF-16"},
         {folder.Write("sound", "<vexasound/><\xE9\x1Bther></other>"), kInvalidFunction,
          "sound:1:13: This is not a valid function. (expected a root element <vexafunction>, "
-         "<vexasamplefunction> or <vexapicturefunction>, found <??ther>)"},
+         "<vexasamplefunction> or <vexapicturefunction>, or <vexasound> for a sound, found "
+         "<??ther>)"},
     };
     for (const auto& [path, alert, reason] : cases) {
         const auto read = ReadFunction(path, {});

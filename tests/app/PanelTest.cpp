@@ -323,11 +323,12 @@ TEST_F(OwnFolderTest, WhatTheProgramIsStartedWithIsOfItsFile) {
     EXPECT_THAT(alerts.texts, ElementsAre());
 }
 
-TEST_F(PanelTest, NoNameLeavesTheFolder) {
-    for (const char* name : {"", "..", "../out.xml", "/tmp/out.xml", "a\nb"})
+TEST_F(PanelTest, NoNameLeavesTheFolderOrIsHidden) {
+    for (const char* name : {"", "..", "../out.xml", "/tmp/out.xml", "a\nb", ".out.xml"})
         SaveAs(vexa::kSoundSavedCode, name, In("sounds"));
-    EXPECT_EQ(alerts.texts.size(), 5U);
+    EXPECT_EQ(alerts.texts.size(), 6U);
     EXPECT_FALSE(std::filesystem::exists(In("out.xml")));
+    EXPECT_FALSE(std::filesystem::exists(In("sounds/.out.xml")));
 }
 
 TEST_F(PanelTest, BadDocumentsAreReportedAndChangeNothing) {

@@ -10,6 +10,7 @@ the loudest partial. Sounds without a pitch and samples are listed as not judged
 fails if any other sound has an alias above MOST.
 """
 import argparse
+import functools
 import pathlib
 import subprocess
 import tempfile
@@ -30,6 +31,11 @@ TOLERANCE = 1.12
 LOWEST = 200
 
 
+@functools.lru_cache(2)
+def window(length):
+    return numpy.kaiser(length, 24)
+
+
 def spectrum(program, sound, key, rate, oversample, folder):
     """Returns the amplitude of one note at each whole frequency from 0 to 18000 Hz, from 0.3 to 1.3 s
     after its beginning."""
@@ -41,7 +47,7 @@ def spectrum(program, sound, key, rate, oversample, folder):
     raw = subprocess.run(["sox", "-V1", wav, "-t", "f32", "-c", "1", "-"], check=True,
                          stdout=subprocess.PIPE).stdout
     samples = numpy.frombuffer(raw, "<f4").astype(float)[int(0.3 * rate):][:rate]
-    return abs(numpy.fft.rfft(samples * numpy.kaiser(rate, 24)))[:18001] / rate
+    return abs(numpy.fft.rfft(samples * window(rate)))[:18001] / rate
 
 
 def low_cut(key, rate):

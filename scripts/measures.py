@@ -3,6 +3,8 @@
 
 Samples are arrays with a row per channel, at RATE.
 """
+import functools
+
 import numpy
 
 RATE = 48000
@@ -16,14 +18,22 @@ def peak(samples):
     return 20 * numpy.log10(max(abs(samples).max(), 1e-10))
 
 
-def k_weighted(samples):
-    """Returns the samples behind the two filters of ITU-R BS.1770, whose coefficients are for 48000 Hz."""
-    size = 1 << (samples.shape[1] + RATE).bit_length()
+@functools.lru_cache(4)
+def k_weighting(size):
+    """Returns the response of the two filters of ITU-R BS.1770, whose coefficients are for 48000 Hz, at the
+    frequencies of a transform of `size` samples."""
     z = numpy.exp(-2j * numpy.pi * numpy.fft.rfftfreq(size))
     shelf = ((1.53512485958697 - 2.69169618940638 * z + 1.19839281085285 * z * z)
              / (1 - 1.69065929318241 * z + 0.73248077421585 * z * z))
     low_cut = (1 - 2 * z + z * z) / (1 - 1.99004745483398 * z + 0.99007225036621 * z * z)
-    return numpy.fft.irfft(numpy.fft.rfft(samples, size) * shelf * low_cut)[:, :samples.shape[1]]
+    return shelf * low_cut
+
+
+def k_weighted(samples):
+    """Returns the samples behind these filters."""
+    size = 1 << (samples.shape[1] + RATE).bit_length()
+    spectrum = numpy.fft.rfft(samples, size) * k_weighting(size)
+    return numpy.fft.irfft(spectrum)[:, :samples.shape[1]]
 
 
 def momentary(samples):

@@ -61,6 +61,18 @@ def end(process):
     process.wait(20)
 
 
+@contextlib.contextmanager
+def display(width, height):
+    """Runs an X server with one screen, on which programs that are started later have their windows."""
+    read, write = os.pipe()
+    with running("Xvfb", "-displayfd", write, "-screen", "0", f"{width}x{height}x24", "-nolisten", "tcp",
+                 pass_fds=(write,), stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL):
+        os.close(write)
+        with os.fdopen(read) as number:
+            os.environ["DISPLAY"] = ":" + number.readline().strip()
+        yield
+
+
 def on_a_stage(main, scale="1", period=1024):
     """Runs `main(folder)` on a display with a session bus and a JACK server, and returns its result or
     exits with it. `folder` is a new one for the files of programs. `scale` is the number of screen pixels
@@ -83,12 +95,7 @@ def on_a_stage(main, scale="1", period=1024):
             (folder / place).mkdir(mode=0o700)
             os.environ[variable] = str(folder / place)
         os.environ.update(JACK_DEFAULT_SERVER=name, JACK_NO_START_SERVER="1")
-        read, write = os.pipe()
-        stack.enter_context(running("Xvfb", "-displayfd", write, "-screen", "0", f"{side[0]}x{side[1]}x24", "-nolisten",
-                                    "tcp", pass_fds=(write,), **quiet))
-        os.close(write)
-        with os.fdopen(read) as number:
-            os.environ["DISPLAY"] = ":" + number.readline().strip()
+        stack.enter_context(display(*side))
         stack.enter_context(running("/usr/libexec/at-spi-bus-launcher", "--launch-immediately", **quiet))
         stack.enter_context(running("openbox", **quiet))
         jackd = "jackd", "-r", "-n", name, "-d", "dummy", "-r", RATE, "-p", period

@@ -58,4 +58,13 @@ inline const SettingKey<std::string> kColorsSetting{"colors"};
 constexpr const char* kLightColors = "light";
 constexpr const char* kDarkColors = "dark";
 
+/// The names of all settings above. A line of the file with another name is reported.
+inline const char* const kSettingNames[] = {
+    kAuthorSetting.name,      kSourceSetting.name,       kScaleSetting.name,
+    kKeymapSetting.name,      kA4Setting.name,           kRecentSetting.name,
+    kFavouritesSetting.name,  kClassicSetting.name,      kDrawerSetting.name,
+    kStripSetting.name,       kWindowLeftSetting.name,   kWindowTopSetting.name,
+    kWindowWidthSetting.name, kWindowHeightSetting.name, kBrightnessSetting.name,
+    kLandscapeSetting.name,   kColorsSetting.name};
+
 } // namespace vexa

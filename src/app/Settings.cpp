@@ -22,6 +22,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
+/// The most lines that are reported one by one.
+constexpr std::size_t kMostTold = 5;
+
 void Tell(const std::string& text) {
     std::fprintf(stderr, "vexa: %s\n", text.c_str());
 }
@@ -50,6 +53,24 @@ bool FromText(const std::string& text, double& value) {
     return length == text.size() && length > 0;
 }
 
+// What the values of such a setting can be.
+
+std::string AllowedFor(const std::string&) {
+    return "";
+}
+
+std::string AllowedFor(bool) {
+    return "true or false";
+}
+
+std::string AllowedFor(int) {
+    return "a whole number";
+}
+
+std::string AllowedFor(double) {
+    return "a number";
+}
+
 std::string ToText(const std::string& value) {
     return value;
 }
@@ -62,6 +83,10 @@ std::string ToText(int value) {
     return std::to_string(value);
 }
 
+bool IsKnown(const std::string& name) {
+    return std::ranges::find(kSettingNames, name) != std::end(kSettingNames);
+}
+
 /// Returns the shortest text that reads back as the same number.
 std::string ToText(double value) {
     char text[32];
@@ -71,19 +96,25 @@ std::string ToText(double value) {
 } // namespace
 
 Settings::Settings(fs::path path) : file(std::move(path)) {
-    const SettingFile content = ReadSettingFile(file);
+    SettingFile content = ReadSettingFile(file);
+    std::vector<kits::Error>& faults = content.faults;
     for (std::size_t i = 0; i < content.lines.size(); i++) {
         const SettingLine& line = content.lines[i];
-        if (!line.name.empty()) {
-            texts[line.name].push_back(line.value);
-            lines[line.name] = static_cast<int>(i) + 1;
-        }
+        if (line.name.empty())
+            continue;
+        texts[line.name].push_back(line.value);
+        lines[line.name] = static_cast<int>(i) + 1;
+        if (!IsKnown(line.name))
+            faults.push_back(
+                kits::At({file.string(), i + 1}, {"there is no setting " + line.name}));
     }
-    if (content.faults.empty())
-        return;
-    Tell("warning: " + content.faults.front().text);
-    if (const std::size_t others = content.faults.size() - 1; others > 0)
-        Tell("warning: " + file.string() + ": so are " + std::to_string(others) + " other lines");
+    std::ranges::stable_sort(faults, {}, [](const kits::Error& fault) { return fault.place.line; });
+    const std::size_t told = std::min(faults.size(), kMostTold);
+    for (std::size_t i = 0; i < told; i++)
+        Tell("warning: " + faults[i].text);
+    if (const std::size_t others = faults.size() - told; others > 0)
+        Tell("warning: " + file.string() + ": " + std::to_string(others) +
+             (others == 1 ? " other line is" : " other lines are") + " wrong too");
 }
 
 Settings::~Settings() {
@@ -101,10 +132,12 @@ const std::string* Settings::SingleText(const char* name) const {
     return found == texts.end() || found->second.empty() ? nullptr : &found->second.back();
 }
 
-void Settings::TellWrong(const char* name, const std::string& text) const {
-    if (reported.emplace(name).second)
-        Tell("warning: " + file.string() + ':' + std::to_string(lines.at(name)) + ": " + name +
-             " cannot be " + kits::Quoted(text));
+void Settings::TellWrong(const char* name, const std::string& text,
+                         const std::string& allowed) const {
+    const auto line = lines.find(std::string_view(name));
+    if (line != lines.end() && reported.emplace(name).second)
+        Tell("warning: " + file.string() + ':' + std::to_string(line->second) + ": " + name +
+             " cannot be " + kits::Quoted(text) + (allowed.empty() ? "" : "; it is " + allowed));
 }
 
 template<class T>
@@ -114,7 +147,7 @@ T Settings::Get(const SettingKey<T>& key) const {
     if (text && FromText(*text, value))
         return value;
     if (text)
-        TellWrong(key.name, *text);
+        TellWrong(key.name, *text, AllowedFor(key.initial));
     return key.initial;
 }
 
@@ -205,6 +238,7 @@ std::string Settings::Save(const fs::path& file, const Changes& changes) {
     ::flock(lock.Number(), LOCK_EX);
 
     const SettingFile before = ReadSettingFile(file);
+    const bool isRead = before.faults.empty() || !before.lines.empty();
     Changes left = changes;
     std::string bytes;
     const auto has = [](const TextList& list, const std::string& text) {
@@ -221,7 +255,7 @@ std::string Settings::Save(const fs::path& file, const Changes& changes) {
         }
     };
     for (const SettingLine& line : before.lines) {
-        if (!changes.contains(line.name) && !line.IsBroken())
+        if (!changes.contains(line.name))
             bytes += line.whole + '\n';
         // All lines of the setting are written in place of the first.
         if (const auto changed = left.find(line.name); changed != left.end()) {
@@ -234,14 +268,14 @@ std::string Settings::Save(const fs::path& file, const Changes& changes) {
 
     const fs::path aside = file.string() + ".broken";
     std::error_code error;
-    if (!before.faults.empty())
+    if (!isRead)
         fs::rename(file, aside, error);
     if (error)
         return "could not move " + file.string() + " aside: " + error.message();
     const kits::Result<void> saved = kits::ReplaceFile(file, bytes);
     if (saved)
         return "";
-    if (!before.faults.empty())
+    if (!isRead)
         fs::rename(aside, file, error);
     return saved.Fault().text;
 }

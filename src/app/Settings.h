@@ -16,14 +16,16 @@
 namespace vexa {
 
 /// The settings of SettingKeys.h, in a file of the form of SettingLines.h; a list has one line for
-/// each item. Losing the file loses nothing else. Lines with unknown names, and lines that begin
-/// with "#", stay in it. Instances of the program share the file: each reads it at its start and
-/// writes only the settings that were set in it, so the last instance that sets a setting wins.
-/// Items that another instance has added to a list since stay in it, behind those that are written.
+/// each item. Losing the file loses nothing else. Lines that begin with "#" stay in it. Instances
+/// of the program share the file: each reads it at its start and writes only the settings that were
+/// set in it, so the last instance that sets a setting wins. Items that another instance has added
+/// to a list since stay in it, behind those that are written.
 ///
-/// Faults are reported on standard error, with file and line. Broken lines and invalid values are
-/// ignored; a file that cannot be read counts as empty. If the file has broken lines or cannot be
-/// read, the next save keeps it beside the new one, as "settings.broken". Window thread.
+/// Faults are reported on standard error, with file and line: lines that are no settings or whose
+/// name is unknown when the file is read, an invalid value when it is used, each once. Such lines
+/// are ignored and stay in the file, an invalid value until the setting is set. A file that cannot
+/// be read counts as empty, and the next save keeps it beside the new one, as "settings.broken".
+/// Window thread.
 class Settings {
   public:
     using Clock = std::chrono::steady_clock;
@@ -45,6 +47,14 @@ class Settings {
     T Get(const SettingKey<T>& key) const;
     template<class T>
     void Set(const SettingKey<T>& key, const T& value);
+
+    /// Reports that the value in the file, which Get has returned, is none that the setting can
+    /// have. `allowed` says which it can.
+    template<class T>
+    void TellWrong(const SettingKey<T>& key, const std::string& allowed) const {
+        if (const std::string* const text = SingleText(key.name))
+            TellWrong(key.name, *text, allowed);
+    }
 
     /// Puts the item at the head of the list, removes its other occurrences, and keeps `most` items
     /// at most.
@@ -69,7 +79,7 @@ class Settings {
     static std::string Save(const std::filesystem::path& file, const Changes& changes);
     const std::string* SingleText(const char* name) const;
     void SetTexts(const char* name, TextList texts, bool isList);
-    void TellWrong(const char* name, const std::string& text) const;
+    void TellWrong(const char* name, const std::string& text, const std::string& allowed) const;
     void TakeSaved();
 
     const std::filesystem::path file;

@@ -113,6 +113,7 @@ void VexaView::AddField(FieldId id, std::string_view name, std::string_view text
     field = new BTextControl(frame, std::string(name).c_str(), nullptr, std::string(text).c_str(),
                              new BMessage(code), kLeftTop);
     field->SetAccessibleName(SpokenName(id));
+    field->SetHelp(SpokenName(id));
     AddChild(field);
 }
 
@@ -158,9 +159,14 @@ void VexaView::AddOverlay() {
     desk = std::make_unique<PlaneDesk>(*this);
     overlay = new PlaneOverlay(*plane, *desk);
     const std::string key = settings->Get(kBrightnessSetting);
-    for (const BrightnessRow& row : BrightnessCurves()) {
-        if (row.key == key)
-            overlay->SetBrightness(row.curve);
+    const auto curves = BrightnessCurves();
+    if (const auto row = std::ranges::find(curves, key, &BrightnessRow::key); row != curves.end()) {
+        overlay->SetBrightness(row->curve);
+    } else {
+        std::string keys = "one of";
+        for (const BrightnessRow& allowed : curves)
+            keys += (&allowed == curves.data() ? " " : ", ") + std::string(allowed.key);
+        settings->TellWrong(kBrightnessSetting, keys);
     }
     overlay->SetRelief(settings->Get(kLandscapeSetting));
     overlay->WatchLook([this] {
@@ -175,10 +181,11 @@ void VexaView::AddFileButtons() {
     const struct {
         const char* label;
         uint32 code;
-    } buttons[] = {{"Save f(x,y)", kSaveFunctionCode},
-                   {"Load f(x,y)", kLoadFunctionCode},
-                   {"Save Sound", kSaveSoundCode},
-                   {"Load Sound", kLoadSoundCode}};
+        const char* help;
+    } buttons[] = {{"Save f(x,y)", kSaveFunctionCode, "Saves the terrain alone, for other sounds"},
+                   {"Load f(x,y)", kLoadFunctionCode, "Puts another terrain below the orbits"},
+                   {"Save Sound", kSaveSoundCode, "Saves the sound under a name of your choice"},
+                   {"Load Sound", kLoadSoundCode, "Opens a sound from a file"}};
     BRect frame = {240, 345, 310, 370};
     // All labels have the font size that the widest one needs.
     float size = be_plain_font()->Size();
@@ -187,6 +194,7 @@ void VexaView::AddFileButtons() {
     for (const auto& row : buttons) {
         auto* button = new BButton(frame, row.label, row.label, new BMessage(row.code), kLeftTop);
         button->SetFontSize(size);
+        button->SetHelp(row.help);
         AddChild(button);
         frame = frame.OffsetByCopy(0, 30);
     }
@@ -194,6 +202,7 @@ void VexaView::AddFileButtons() {
     auto* sample = new BButton({kViewMargin, top, kViewMargin + 90, top + 25}, "Load Sample",
                                "Load Sample", new BMessage(kLoadSampleCode), kLeftTop);
     sample->SetFontSize(size);
+    sample->SetHelp("Winds a sound file into a spiral, or makes a terrain of a picture");
     AddChild(sample);
     AddField(FunctionField::Frequency, formulas.FieldFrame(FunctionField::Frequency));
     Field(FunctionField::Frequency).SetEnabled(false);
@@ -222,17 +231,22 @@ void VexaView::AddMenus() {
         const char* name;
         BMenu* menu;
         BRect frame;
+        const char* help;
     } bars[] = {
         // The source's menu is beside the sample's button, above the channel's.
-        {"Midi Source", deviceMenu, {108, frequency.top - 31, 230, frequency.top}},
-        {"Midi Device", voicesMenu, {10, top, 110, top}},
-        {"Midi Channel", channelMenu, {120, top, 220, top}},
+        {"Midi Source",
+         deviceMenu,
+         {108, frequency.top - 31, 230, frequency.top},
+         "What plays the notes"},
+        {"Midi Device", voicesMenu, {10, top, 110, top}, "How many notes sound at once"},
+        {"Midi Channel", channelMenu, {120, top, 220, top}, "The MIDI channel that is heard"},
     };
     for (const auto& row : bars) {
         auto* bar = new BMenuBar(row.frame, row.name, kLeftTop, B_ITEMS_IN_ROW, false);
         menuBars.push_back(bar);
         AddChild(bar);
         bar->AddItem(row.menu);
+        bar->Children().back()->SetHelp(row.help);
     }
 
     if (plugin)
@@ -251,6 +265,9 @@ void VexaView::AddEnvelopes() {
             new EnvView(frame, "EnvView", place.minimum, place.maximum, kEnvelopeTimeRange,
                         B_FOLLOW_LEFT_RIGHT, Colors().editor, Colors().envelopes[i]);
         envelopes[i]->SetAccessibleName(NameOfEnvelope(i));
+        envelopes[i]->SetHelp(NameOfEnvelope(i) +
+                              "\nA click adds a point, a drag moves it, the right button removes "
+                              "it; a double click on it lets you type its numbers");
         Playing().parameters.*place.target = envelopes[i];
         AddCoefficients(place.group);
         AddChild(envelopes[i]);

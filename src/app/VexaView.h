@@ -292,6 +292,7 @@ class VexaView : public BView {
     void Take(BMessage* message);
     bool TakeParameter(uint32 code);
     bool TakePlaneControl(uint32 code);
+    void RestorePlane();
     void MarkNumber(FieldId id, bool controller = false);
     bool TakeMenuChoice(uint32 code);
     void SetChannel(int32 channel);

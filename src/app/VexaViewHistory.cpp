@@ -86,6 +86,7 @@ void VexaView::Become(const Sound& next) {
         Put(FunctionField::Expression, function.expression);
     ShowKind();
     PutSound(next);
+    RestorePlane();
     notedAt = Edits();
 }
 

@@ -23,12 +23,28 @@ namespace {
 /// The width in pixels of the plane's view, which shows the display width.
 constexpr float kPlaneWidth = 300.0F;
 
-/// Returns the value of a float field's text; nothing if the text is not a number (NaN).
-std::optional<float> NumberIn(const std::string& text) {
+/// The fields that set how the plane is shown.
+constexpr struct {
+    FunctionField field;
+    void (R2RFView::*set)(float);
+} kPlaneControls[] = {
+    {FunctionField::Width, &R2RFView::SetScale},
+    {FunctionField::LinkFunctionX, &R2RFView::SetLinkFunctionX},
+    {FunctionField::LinkFunctionY, &R2RFView::SetLinkFunctionY},
+    {FunctionField::LinkScreenX, &R2RFView::SetLinkScreenX},
+    {FunctionField::LinkScreenY, &R2RFView::SetLinkScreenY},
+};
+
+/// Returns what the text sets in the plane's view; nothing if it changes nothing there.
+std::optional<float> SettingIn(FunctionField field, const std::string& text) {
     const auto number = static_cast<float>(kits::NumberOf(text));
     if (std::isnan(number))
         return std::nullopt;
-    return number;
+    if (field != FunctionField::Width)
+        return number;
+    if (number <= 0 || std::isinf(number))
+        return std::nullopt;
+    return number / kPlaneWidth;
 }
 
 } // namespace
@@ -110,36 +126,37 @@ void VexaView::MarkNumber(FieldId id, bool controller) {
 }
 
 bool VexaView::TakePlaneControl(uint32 code) {
-    static constexpr struct {
-        FunctionField field;
-        void (R2RFView::*set)(float);
-    } kControls[] = {
-        {FunctionField::LinkFunctionX, &R2RFView::SetLinkFunctionX},
-        {FunctionField::LinkFunctionY, &R2RFView::SetLinkFunctionY},
-        {FunctionField::LinkScreenX, &R2RFView::SetLinkScreenX},
-        {FunctionField::LinkScreenY, &R2RFView::SetLinkScreenY},
-    };
-    for (const auto& control : kControls) {
+    for (const auto& control : kPlaneControls) {
         if (RowOf(control.field).code != code)
             continue;
         MarkNumber(control.field);
-        if (const auto number = NumberIn(TextOf(control.field)))
-            (plane->*control.set)(*number);
+        const std::string text = TextOf(control.field);
+        if (const auto setting = SettingIn(control.field, text)) {
+            (plane->*control.set)(*setting);
+        } else if (control.field == FunctionField::Width) {
+            BTextControl& field = Field(control.field);
+            field.MarkWrong(true);
+            field.SetToolTip((kits::Quoted(text) + " is no width and changes nothing").c_str());
+        }
         return true;
     }
-    if (code != kScaleCode)
-        return false;
-    MarkNumber(FunctionField::Width);
-    const std::string text = TextOf(FunctionField::Width);
-    const std::optional<float> width = NumberIn(text);
-    if (width && *width > 0) {
-        plane->SetScale(*width / kPlaneWidth);
-    } else {
-        BTextControl& field = Field(FunctionField::Width);
-        field.MarkWrong(true);
-        field.SetToolTip((kits::Quoted(text) + " is no width and changes nothing").c_str());
+    return false;
+}
+
+/// Shows the plane as it was at the present step. A text that changes nothing there leaves what the
+/// last other one before it has set.
+void VexaView::RestorePlane() {
+    for (const auto& control : kPlaneControls) {
+        if (SettingIn(control.field, TextOf(control.field)))
+            continue;
+        for (Function function : Steps().Functions()) {
+            const auto setting = SettingIn(control.field, RowOf(control.field).text(function));
+            if (!setting)
+                continue;
+            (plane->*control.set)(*setting);
+            break;
+        }
     }
-    return true;
 }
 
 bool VexaView::TakeMenuChoice(uint32 code) {

@@ -84,8 +84,7 @@ TuningChoice RememberedTuning(const Settings& settings) {
     if (a4 >= kLeastA4 && a4 <= kMostA4)
         choice.a4 = a4;
     else if (a4 != 0)
-        std::fprintf(stderr, "vexa: warning: the setting %s is no frequency from %g to %g\n",
-                     kA4Setting.name, kLeastA4, kMostA4);
+        settings.TellWrong(kA4Setting, "a frequency from 1 to 20000, or 0");
     return choice;
 }
 
@@ -252,6 +251,8 @@ void VexaWindow::Remembered() {
     drawer.wanted = settings.Get(kDrawerSetting);
     strip.wanted = settings.Get(kStripSetting);
     const std::string colors = settings.Get(kColorsSetting);
+    if (!colors.empty() && colors != kLightColors && colors != kDarkColors)
+        settings.TellWrong(kColorsSetting, "light, dark or nothing");
     dark = colors == kDarkColors || (colors != kLightColors && kits::DesktopIsDark());
     ApplyColors();
     if (!sounds)

@@ -119,6 +119,13 @@ void History::End() {
         steps[place - 1].open = false;
 }
 
+std::vector<Function> History::Functions() const {
+    std::vector<Function> functions = {*present.function};
+    for (std::size_t i = place; i-- > 0;)
+        functions.push_back(*steps[i].before.function);
+    return functions;
+}
+
 Sound History::Undo() {
     place--;
     steps[place].open = false;

@@ -89,6 +89,9 @@ class History {
     SoundFile& File() { return *present.file; }
     const SoundFile& File() const { return *present.file; }
 
+    /// Returns the functions of the present sound and of all before it, the present one first.
+    std::vector<Function> Functions() const;
+
     std::size_t Steps() const { return steps.size(); }
 
     /// Sets whether the present sound may be lost although it has unsaved changes. Later sounds may

@@ -3,14 +3,19 @@
 #include "app/MainViewStage.h"
 #include "app/bar/BarView.h"
 #include "app/bar/LevelMeter.h"
+#include "app/bar/RecordButton.h"
 #include "documents/SoundDocument.h"
 #include "kits/interface/backends/ViewWidget.h"
+#include "views/Theme.h"
 #include "views/plane/PlaneOverlay.h"
 
 #include <QMenu>
+#include <QPaintEvent>
+#include <QPushButton>
 #include <QToolButton>
 #include <cmath>
 #include <fstream>
+#include <functional>
 #include <utility>
 
 #include <gmock/gmock.h>
@@ -47,6 +52,23 @@ class BarTest : public test::MainViewTest {
         Pulse();
     }
 };
+
+/// Without a tip of its own a control would show that of the bar or panel around it.
+TEST_F(BarTest, EveryControlSaysWhatItIsFor) {
+    Open(false);
+    std::size_t count = 0;
+    const std::function<void(const BView&)> look = [&](const BView& view) {
+        if (view.Flags() & B_NAVIGABLE) {
+            count++;
+            EXPECT_FALSE(view.Widget().toolTip().isEmpty()) << view.Name();
+        }
+        for (const BView* child : view.Children())
+            look(*child);
+    };
+    for (std::size_t i = 0; const BView* child = window->ChildAt(i); i++)
+        look(*child);
+    EXPECT_GT(count, 80U);
+}
 
 TEST_F(BarTest, TheMeterShowsTheLevelAndItsLightStaysOnUntilItIsPutOut) {
     Open(false);
@@ -111,6 +133,68 @@ TEST_F(BarTest, TellsWhyThereIsNoRecording) {
     EXPECT_TRUE(Bar().IsRecording());
     delete std::exchange(window, nullptr);
     EXPECT_TRUE(fs::is_empty(In("recordings")));
+}
+
+/// Records the parts of a view that are painted, by itself or by its children.
+class Painted : public QObject {
+  public:
+    explicit Painted(BView& view) : view(view.Widget()) { qApp->installEventFilter(this); }
+    QRegion region;
+
+  private:
+    bool eventFilter(QObject* object, QEvent* event) override {
+        const auto* widget = qobject_cast<QWidget*>(object);
+        if (event->type() == QEvent::Paint && widget &&
+            (widget == &view || view.isAncestorOf(widget)))
+            region += static_cast<QPaintEvent*>(event)->region().translated(
+                widget->mapTo(&view, QPoint(0, 0)));
+        return false;
+    }
+    QWidget& view;
+};
+
+TEST_F(BarTest, ARecordingIsSeenAndItsTimeIsRepaintedAlone) {
+    Open();
+    auto& record = dynamic_cast<vexa::RecordButton&>(*window->FindView("Record"));
+    auto& button = *record.Widget().findChild<QPushButton*>();
+    const QImage resting = test::Picture(record);
+    const auto colored = [&] {
+        const QImage picture = test::Picture(record);
+        const rgb_color running = vexa::Colors().controls.running;
+        int count = 0;
+        for (int y = 0; y < picture.height(); y++) {
+            for (int x = 0; x < picture.width(); x++)
+                count +=
+                    picture.pixelColor(x, y) == QColor(running.red, running.green, running.blue);
+        }
+        return double(count) / picture.width() / picture.height();
+    };
+    EXPECT_EQ(colored(), 0);
+    PressButton("Record");
+    EXPECT_GT(colored(), 0.6);
+    EXPECT_STREQ(record.Label(), "● 0:00");
+    EXPECT_EQ(button.accessibleName().toStdString(), "Recording; press to end it");
+    // Without a device no time passes in a recording.
+    const std::pair<double, const char*> times[] = {
+        {0.9, "0:00"}, {7.2, "0:07"}, {59.99, "0:59"}, {60, "1:00"}, {3661, "61:01"}};
+    for (const auto& [seconds, text] : times) {
+        record.Show(seconds);
+        EXPECT_EQ(record.Label(), std::string("● ") + text);
+        EXPECT_EQ(button.accessibleDescription().toStdString(), std::string(text) + " recorded");
+        EXPECT_LE(button.fontMetrics().horizontalAdvance(button.text()), button.width() - 4);
+    }
+    test::Settle();
+    Painted painted(Bar());
+    record.Show(8);
+    test::Settle();
+    const QRect own = kits::ToQt(record.Frame());
+    EXPECT_FALSE(painted.region.isEmpty());
+    EXPECT_TRUE(own.contains(painted.region.boundingRect()))
+        << painted.region.boundingRect().x() << ' ' << painted.region.boundingRect().width();
+    alerts.texts.clear();
+    PressButton("Record");
+    EXPECT_EQ(test::Picture(record), resting);
+    EXPECT_EQ(button.accessibleName().toStdString(), "Record what is heard");
 }
 
 TEST_F(BarTest, DeviceAndMidiSourceAreChosenInOneMenu) {
@@ -212,6 +296,20 @@ TEST_F(BarTest, AFrequencyThatCannotBePlayedIsNotRemembered) {
         window->Begin({}, nullptr);
         EXPECT_FLOAT_EQ(view->PresentTuning()[vexa::kA4], 440) << wrong;
     }
+}
+
+TEST_F(BarTest, AWordThatNoSettingHasIsReported) {
+    const auto file = folder.Write("settings", "colors = pink\nbrightness = dim\na4 = 0.5\n");
+    settings = std::make_shared<vexa::Settings>(file);
+    testing::internal::CaptureStderr();
+    Open(false);
+    window->Begin({}, nullptr);
+    Reopen();
+    EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                testing::AllOf(HasSubstr(":1: colors cannot be \"pink\"; it is light, dark or"),
+                               HasSubstr(":2: brightness cannot be \"dim\"; it is one of linear, "),
+                               HasSubstr(":3: a4 cannot be \"0.5\"; it is a frequency from")));
+    EXPECT_TRUE(view->Overlay().Curve() == Brightness::Linear);
 }
 
 } // namespace

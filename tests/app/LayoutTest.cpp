@@ -10,6 +10,7 @@
 #include <QRegularExpression>
 #include <QScrollBar>
 #include <algorithm>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -147,11 +148,17 @@ TEST_P(LayoutTest, TheBarKeepsTheNameOfTheSound) {
     EXPECT_EQ(before, bar.Children().size());
 }
 
-TEST_P(LayoutTest, TheStripStandsBelowTheMainViewAndNothingTouchesInIt) {
-    window->ShowPart(vexa::VexaWindow::Part::Drawer, false);
-    BView* strip = window->FindView("strip");
-    EXPECT_EQ(window->FindView("main pane")->Frame(), (BRect{0, 41, window->Bounds().right, 510}));
-    const auto expectApart = [&](std::size_t count) {
+class StripLayoutTest : public LayoutTest {
+  protected:
+    static constexpr std::size_t kScopeAndMacros = 1 + 4 * 3, kPlaying = 10, kTuning = 2;
+    static constexpr std::size_t kControls = kScopeAndMacros + kPlaying + kTuning;
+    static constexpr std::size_t kHands = 2 + 1 + 1; // wheels, hold, piano
+
+    StripLayoutTest() { window->ShowPart(vexa::VexaWindow::Part::Drawer, false); }
+
+    /// Checks that the strip's visible controls, which are `count`, lie in it and apart. Returns
+    /// their names.
+    std::set<std::string> ExpectApart(std::size_t count) {
         std::vector<Piece> pieces;
         const auto add = [&](const auto& self, const BView& parent, QPointF origin) -> void {
             for (const BView* child : parent.Children()) {
@@ -164,40 +171,85 @@ TEST_P(LayoutTest, TheStripStandsBelowTheMainViewAndNothingTouchesInIt) {
                 self(self, *child, origin + area.topLeft());
             }
         };
-        add(add, *strip, {});
-        EXPECT_EQ(pieces.size(), count);
+        add(add, Strip(), {});
+        EXPECT_EQ(pieces.size(), count) << window->Bounds().right;
+        std::set<std::string> names;
         for (std::size_t i = 0; i < pieces.size(); i++) {
+            names.insert(pieces[i].what);
             EXPECT_GE(pieces[i].area.width(), 18) << pieces[i].what;
             for (std::size_t j = 0; j < i; j++)
                 EXPECT_FALSE(pieces[i].area.intersects(pieces[j].area))
                     << pieces[j].what << " and " << pieces[i].what;
         }
-    };
-    constexpr std::size_t kControls = 1 + 4 * 3 + 12; // scope, macros, cells
-    constexpr std::size_t kHands = 2 + 1 + 1;         // wheels, hold, piano
+        return names;
+    }
+    void Size(float width, float height) {
+        window->ResizeTo(width, height);
+        test::Settle();
+    }
+    BView& Strip() { return *window->FindView("strip"); }
+    BView& More() { return *window->FindView("macros, playing and tuning"); }
+};
+
+TEST_P(StripLayoutTest, StandsBelowTheMainViewAndNothingTouchesInIt) {
+    EXPECT_EQ(window->FindView("main pane")->Frame(), (BRect{0, 41, window->Bounds().right, 510}));
     const float width = window->Bounds().right, height = window->Bounds().bottom;
     for (const float wider : {0.0F, 300.0F}) {
-        window->ResizeTo(width + wider, height);
-        test::Settle();
-        EXPECT_EQ(strip->Frame(), (BRect{0, 511, window->Bounds().right, height}));
-        expectApart(kControls + kHands);
+        Size(width + wider, height);
+        EXPECT_EQ(Strip().Frame(), (BRect{0, 511, window->Bounds().right, height}));
+        ExpectApart(kControls + kHands);
     }
     // In a low window the strip has one row, and the main view has the remaining height.
-    window->ResizeTo(width, 566);
-    test::Settle();
+    Size(width, 566);
     EXPECT_EQ(window->FindView("main pane")->Frame().bottom, 510);
-    expectApart(kHands + 1);
-    BView& other = *window->FindView("macros, playing and tuning");
-    other.MakeFocus();
+    ExpectApart(kHands + 1);
+    More().MakeFocus();
     for (const std::size_t count : {kControls, kHands}) {
         test::TypeKey(*window, Qt::Key_Space);
-        EXPECT_EQ(strip->Frame().bottom, 566);
-        expectApart(count + 1);
-        EXPECT_TRUE(other.IsFocus());
+        EXPECT_EQ(Strip().Frame().bottom, 566);
+        ExpectApart(count + 1);
+        EXPECT_TRUE(More().IsFocus());
     }
-    window->ResizeTo(width, height);
-    test::Settle();
-    expectApart(kControls + kHands);
+    Size(width, height);
+    ExpectApart(kControls + kHands);
+}
+
+/// Whatever the window's size, its pages together have every control, and after the last the first
+/// is back.
+TEST_P(StripLayoutTest, MoreReachesAllThatDoesNotFit) {
+    constexpr std::size_t kOthers = kScopeAndMacros + kTuning;
+    const float full = window->Bounds().bottom;
+    const std::set<std::string> all = ExpectApart(kControls + kHands);
+    const auto expectPages = [&](float width, float height, std::vector<std::size_t> counts) {
+        Size(width, height);
+        ASSERT_EQ(window->Bounds().right, width);
+        EXPECT_EQ(More().IsHidden(), counts.size() == 1);
+        std::set<std::string> seen;
+        for (const std::size_t count : counts) {
+            seen.merge(ExpectApart(count + (counts.size() > 1 ? 1 : 0)));
+            if (counts.size() > 1)
+                test::Click(More(), {5, 5});
+        }
+        seen.erase(More().Name());
+        EXPECT_EQ(seen, all) << width << ' ' << height;
+        ExpectApart(counts.front() + (counts.size() > 1 ? 1 : 0));
+    };
+    for (const float width : {785.0F, 800.0F, 935.0F})
+        expectPages(width, full, {kControls + kHands});
+    for (const float width : {480.0F, 500.0F, 640.0F, 784.0F})
+        expectPages(width, full, {kOthers + kHands, kPlaying + kHands});
+    for (const float width : {480.0F, 700.0F, 800.0F, 826.0F})
+        expectPages(width, 500, {kHands, kOthers, kPlaying});
+    for (const float width : {827.0F, 935.0F})
+        expectPages(width, 500, {kHands, kControls});
+    // A page that is gone in a wider window leaves the last one.
+    Size(480, 500);
+    for (int i = 0; i < 2; i++)
+        test::Click(More(), {5, 5});
+    Size(935, 500);
+    ExpectApart(kControls + 1);
+    test::Click(More(), {5, 5});
+    ExpectApart(kHands + 1);
 }
 
 TEST_P(LayoutTest, EveryFieldStandsInItsGapOnTheBaselineOfItsFormula) {
@@ -241,7 +293,9 @@ TEST_P(LayoutTest, AWiderWindowWidensTheEnvelopesOnly) {
     EXPECT_EQ(view->Plane().Frame(), (BRect{10, 10, 310, 310}));
 }
 
-INSTANTIATE_TEST_SUITE_P(Fonts, LayoutTest,
-                         testing::Values("Liberation Sans", "DejaVu Sans", "Open Sans"));
+const auto kFonts = testing::Values("Liberation Sans", "DejaVu Sans", "Open Sans");
+
+INSTANTIATE_TEST_SUITE_P(Fonts, LayoutTest, kFonts);
+INSTANTIATE_TEST_SUITE_P(Fonts, StripLayoutTest, kFonts);
 
 } // namespace

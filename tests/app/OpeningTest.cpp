@@ -288,13 +288,21 @@ TEST_F(OpeningTest, TheManualAndTheOwnSoundsAreShownOrItTellsWhyNot) {
     opener("#!/bin/sh\nexit 3");
     test::TypeKey(*window, Qt::Key_F1);
     ASSERT_TRUE(waitFor([&] { return !alerts.texts.empty(); }));
-    EXPECT_THAT(alerts.details, HasSubstr("(3)"));
+    EXPECT_EQ(alerts.details, "xdg-open found no program that shows it (3).");
+    // Its interpreter is missing.
+    alerts.texts.clear();
+    opener("#!/none/sh\n");
+    test::TypeKey(*window, Qt::Key_F1);
+    ASSERT_TRUE(waitFor([&] { return !alerts.texts.empty(); }));
+    EXPECT_EQ(alerts.details,
+              "xdg-open, which shows files, could not be started: No such file or directory.");
     alerts.texts.clear();
     fs::remove(In("bin/xdg-open"));
     const test::EnvironmentVariable nowhere("PATH", In("bin").c_str());
     Pick("Help (F1)");
     ASSERT_TRUE(waitFor([&] { return !alerts.texts.empty(); }));
     EXPECT_THAT(alerts.texts.back(), HasSubstr("docs/manual/README.md"));
+    EXPECT_EQ(alerts.details, "xdg-open, which shows files, was not found (package xdg-utils).");
 }
 
 TEST(About, NamesTheLibrariesThatTheDocumentNames) {

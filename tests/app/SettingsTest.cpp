@@ -5,7 +5,10 @@
 #include "kits/storage/ReadFile.h"
 #include "support/TemporaryFolder.h"
 
+#include <algorithm>
+#include <iterator>
 #include <optional>
+#include <regex>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -87,31 +90,56 @@ TEST_F(SettingsTest, KeepWhatOthersHaveWrittenInTheFile) {
     EXPECT_THAT(Content(), testing::Not(HasSubstr("favourite")));
 }
 
-TEST_F(SettingsTest, OfAFileThatIsWrongTheyTellTheLineAndKeepItBesideTheNextOne) {
-    const std::string before = "author = A\nclassic = perhaps\n\x01\x02\nand so on\n";
+TEST_F(SettingsTest, OfAFileThatIsWrongTheyTellTheLinesAndKeepThem) {
+    const std::string before = "author = A\nclassic = perhaps\n\x01\x02\nautor = B\nand so on\n";
+    const auto at = [this](int line, const std::string& fault) {
+        return "vexa: warning: " + file.string() + ':' + std::to_string(line) + ": " + fault + '\n';
+    };
     folder.Write("new/vexa/settings", before);
     EXPECT_THAT(Said([&](Settings& settings) {
                     EXPECT_EQ(settings.Get(vexa::kAuthorSetting), "A");
                     EXPECT_FALSE(settings.Get(vexa::kClassicSetting));
                     EXPECT_FALSE(settings.Get(vexa::kClassicSetting));
                 }),
-                testing::AllOf(HasSubstr(file.string() + ":3: \"??\" is no setting"),
-                               HasSubstr("1 other line"),
-                               HasSubstr(file.string() + ":2: classic cannot be \"perhaps\"\n")));
+                at(3, "\"??\" is no setting (name = value)") + at(4, "there is no setting autor") +
+                    at(5, "\"and so on\" is no setting (name = value)") +
+                    at(2, "classic cannot be \"perhaps\"; it is true or false"));
     EXPECT_EQ(Content(), before);
-    Said([&](Settings& settings) { settings.Set(number, 1); });
-    EXPECT_EQ(Content(), "author = A\nclassic = perhaps\na-number = 1\n");
-    EXPECT_EQ(*kits::ReadFile(file.string() + ".broken"), before);
+    Said([&](Settings& settings) { settings.Set(vexa::kStripSetting, false); });
+    EXPECT_EQ(Content(), before + "strip = false\n");
+    Said([&](Settings& settings) { settings.Set(vexa::kClassicSetting, true); });
+    EXPECT_THAT(Content(), HasSubstr("\nclassic = true\n\x01\x02\n"));
+    folder.Write("new/vexa/settings", "x=1\ny=1\nz=1\n1\n2\n3\nx=2\n");
+    EXPECT_THAT(Said([](Settings&) {}),
+                testing::AllOf(HasSubstr(at(5, "\"2\" is no setting (name = value)") +
+                                         "vexa: warning: " + file.string() +
+                                         ": 2 other lines are wrong too\n"),
+                               testing::Not(HasSubstr(":6:"))));
 
     // A file that cannot be read, and a place where nothing can be written.
     std::filesystem::remove(file);
     std::filesystem::create_directory(file);
     EXPECT_THAT(Said([&](Settings& settings) { EXPECT_EQ(settings.Get(number), 7); }),
                 HasSubstr("could not read " + file.string()));
+    Said([&](Settings& settings) { settings.Set(number, 1); });
+    EXPECT_EQ(Content(), "a-number = 1\n");
+    EXPECT_TRUE(std::filesystem::is_directory(file.string() + ".broken"));
     std::filesystem::remove_all(folder.Path() / "new");
     folder.Write("new", "");
     EXPECT_THAT(Said([&](Settings& settings) { settings.Set(number, 1); }),
                 HasSubstr("could not create the folder " + file.parent_path().string()));
+}
+
+/// A setting that is missing in the list of names would be reported when it is read again.
+TEST_F(SettingsTest, KnowTheNamesOfAllSettings) {
+    const std::string keys = *kits::ReadFile(VEXA_SOURCE_FOLDER "/src/app/SettingKeys.h");
+    const std::regex key("SettingKey<[^>]*> *k\\w*\\{\"([^\"]*)\"");
+    std::string lines;
+    for (std::sregex_iterator found(keys.begin(), keys.end(), key), end; found != end; ++found)
+        lines += found->str(1) + " = 1\n";
+    EXPECT_EQ(std::ranges::count(lines, '\n'), std::ssize(vexa::kSettingNames));
+    folder.Write("new/vexa/settings", lines);
+    EXPECT_EQ(Said([](Settings&) {}), "");
 }
 
 TEST_F(SettingsTest, AreSavedAtRestAndNotAtEachPixel) {

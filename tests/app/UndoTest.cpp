@@ -273,6 +273,41 @@ TEST_F(UndoTest, AFieldTakesItsTypingBackFirst) {
 }
 
 /// Undoing back to the saved state removes the unsaved mark, whatever was undone.
+/// An invalid text leaves the plane as it was, so it comes back with what the plane showed then.
+TEST_F(UndoTest, ThePlaneIsShownAsItWasAlsoWhereItsNumbersAreWrong) {
+    Open();
+    const auto width = [&] { return view->Plane().Scale() * 300; };
+    const auto link = [&] { return view->Plane().LinkFunction().x; };
+    const auto confirm = [&](const char* field, const char* text) { Confirm(Field(field), text); };
+    confirm("Sc", "8");
+    confirm("LFx", "2");
+    for (const char* wrong : {"0", "inf"}) {
+        confirm("Sc", wrong);
+        EXPECT_FLOAT_EQ(width(), 8) << wrong;
+    }
+    confirm("LFx", "nan");
+    confirm("Sc", "20");
+    confirm("LFx", "3");
+    Press(false);
+    EXPECT_EQ(link(), 2);
+    EXPECT_EQ(Text("LFx"), "nan");
+    Press(false);
+    EXPECT_EQ(Text("Sc"), "inf");
+    EXPECT_FLOAT_EQ(width(), 8);
+    EXPECT_EQ(link(), 2);
+    Press(true);
+    EXPECT_FLOAT_EQ(width(), 20);
+    Press(false);
+    ASSERT_TRUE(view->LoadSound(In("sounds/bell.xml")));
+    Press(false);
+    EXPECT_EQ(Text("Sc"), "inf");
+    EXPECT_FLOAT_EQ(width(), 8);
+    for (int i = 0; i < 3; i++)
+        Press(false);
+    EXPECT_EQ(Text("Sc"), "8");
+    EXPECT_FLOAT_EQ(width(), 8);
+}
+
 TEST_F(UndoTest, KnowsWhatIsSaved) {
     Open();
     Enter("Cx1", "3");

@@ -227,22 +227,69 @@ TEST_F(FilePanelTest, ShowsWhatHasHappenedToTheFolder) {
 TEST_F(FilePanelTest, ReportsAFolderThatCannotBeRead) {
     Panel panel(B_OPEN_PANEL, receiver, folder.Path());
     // A file stands for a folder without rights, which would not stop root.
-    panel.Key(Qt::Key_L, Qt::ControlModifier);
-    QTest::keyClicks(&panel.Path(), "Apple.txt");
-    panel.Key(Qt::Key_Return);
+    panel.SetPanelDirectory((folder.Path() / "Apple.txt").c_str());
     EXPECT_THAT(alerts.texts, ElementsAre("Could not read the folder \"" + folder.Path().string() +
                                           "/Apple.txt\": Not a directory."));
     EXPECT_EQ(panel.Folder(), folder.Path());
     EXPECT_EQ(panel.Names().size(), 4U);
-    EXPECT_EQ(panel.Path().text(), "Apple.txt") << "to be corrected";
-    panel.Key(Qt::Key_Tab);
-    EXPECT_EQ(panel.Path().text().toStdString(), folder.Path().string());
     if (::geteuid() == 0)
         return;
     ::chmod((folder.Path() / "zoo").c_str(), 0);
     panel.SetPanelDirectory((folder.Path() / "zoo").c_str());
     EXPECT_THAT(alerts.texts.back(), HasSubstr("Permission denied"));
     ::chmod((folder.Path() / "zoo").c_str(), 0700);
+}
+
+TEST_F(FilePanelTest, GoesToATypedFile) {
+    class TextFiles : public BRefFilter {
+      public:
+        bool Filter(const entry_ref* ref, const struct stat*) override {
+            return std::string(ref->name).ends_with(".txt");
+        }
+    } only;
+    Panel panel(B_OPEN_PANEL, receiver, folder.Path(), B_FILE_NODE, true, &only);
+    const auto go = [](const Panel& to, const std::string& path) {
+        to.Key(Qt::Key_L, Qt::ControlModifier);
+        QTest::keyClicks(&to.Path(), QString::fromStdString(path));
+        to.Key(Qt::Key_Return);
+    };
+    const auto opened = [this] {
+        entry_ref ref;
+        EXPECT_EQ(receiver.messages.back().FindRef("refs", &ref), B_OK);
+        return std::string(BPath(&ref).Path());
+    };
+    go(panel, "Apple.txt");
+    ASSERT_EQ(receiver.messages.size(), 1U);
+    EXPECT_EQ(opened(), folder.Path() / "Apple.txt");
+    EXPECT_FALSE(panel.IsShowing());
+    panel.Show();
+    go(panel, (folder.Path() / "zoo/../zoo/inside.txt").string());
+    ASSERT_EQ(receiver.messages.size(), 2U);
+    EXPECT_EQ(opened(), folder.Path() / "zoo/inside.txt");
+    EXPECT_TRUE(alerts.texts.empty());
+
+    // What is not there stays to be corrected, until the field is left.
+    panel.Show();
+    for (const char* none : {"insid.txt", "inside.txt/x"}) {
+        go(panel, none);
+        EXPECT_EQ(alerts.texts.back(), "There is no file or folder \"" +
+                                           (folder.Path() / "zoo" / none).string() + "\".");
+        EXPECT_EQ(panel.Path().text(), none);
+    }
+    panel.Key(Qt::Key_Tab);
+    EXPECT_EQ(panel.Path().text().toStdString(), (folder.Path() / "zoo").string());
+    // Nor is a file opened that the panel does not list.
+    go(panel, "../.secret");
+    EXPECT_THAT(alerts.texts.back(), HasSubstr("none that can be chosen here"));
+    EXPECT_TRUE(panel.Selected().empty());
+    EXPECT_EQ(receiver.messages.size(), 2U);
+
+    // Where a file is saved, its name is taken, and nothing is replaced yet.
+    Panel saving(B_SAVE_PANEL, receiver, folder.Path());
+    go(saving, "zoo/inside.txt");
+    EXPECT_EQ(saving.Folder(), folder.Path() / "zoo");
+    EXPECT_EQ(saving.Name().text(), "inside.txt");
+    EXPECT_EQ(receiver.messages.size(), 2U);
 }
 
 TEST_F(FilePanelTest, TellsANameThatLooksLikeMarkupAsItIs) {

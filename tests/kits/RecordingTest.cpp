@@ -33,6 +33,7 @@ class RecordingTest : public testing::Test {
 TEST_F(RecordingTest, KeepsWhatWasPutFromTheFirstDeviceOn) {
     const auto recording = Begin("a.wav");
     Put(*recording, 10, 1, 1); // no device yet
+    EXPECT_EQ(recording->Seconds(), 0);
     recording->TakeRate(48000);
     std::vector<float> all;
     for (int piece = 0; piece < 3000; piece++) {
@@ -42,6 +43,7 @@ TEST_F(RecordingTest, KeepsWhatWasPutFromTheFirstDeviceOn) {
         if (piece == 1500)
             recording->TakeRate(48000); // it was lost and came back
     }
+    EXPECT_EQ(recording->Seconds(), 4); // 192000 frames
     EXPECT_FALSE(std::filesystem::exists(folder.Path() / "a.wav")) << "it is not whole yet";
     EXPECT_EQ(Fault(*recording), "");
     const test::DecodedSound sound = test::ReadSound(folder.Path() / "a.wav", 0);

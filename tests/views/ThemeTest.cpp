@@ -17,6 +17,8 @@ using vexa::Theme;
 TEST(Theme, TextAndLinesCanBeSeen) {
     constexpr double kText = 4.5;
     constexpr double kLine = 3;
+    // The brightest colour of the logo bar.
+    constexpr rgb_color kBar = {43, 51, 80};
     for (const ColorSet set : {ColorSet::Light, ColorSet::Dark}) {
         vexa::ChooseColors(set);
         const Theme& c = vexa::Colors();
@@ -42,6 +44,8 @@ TEST(Theme, TextAndLinesCanBeSeen) {
             {"text in a field", c.controls.text, c.controls.field, kText},
             {"text of a button", c.controls.text, c.controls.buttonBottom, kText},
             {"text of a button that is pressed", c.controls.text, c.controls.buttonPressed, kText},
+            {"text of a button that records", c.controls.runningText, c.controls.running, kText},
+            {"a button that records, on the bar", c.controls.running, kBar, kLine},
             {"selected text", c.controls.selectedText, c.controls.selection, kText},
             {"text on a file panel", c.controls.text, c.controls.sheet, kText},
             {"text in its list", c.controls.text, c.controls.list, kText},

@@ -5,6 +5,7 @@
 #include "app/VexaView.h"
 #include "app/bar/BarColors.h"
 #include "app/bar/LevelMeter.h"
+#include "app/bar/RecordButton.h"
 #include "kits/interface/Control.h"
 #include "kits/interface/Menu.h"
 #include "kits/support/NumberText.h"
@@ -101,11 +102,8 @@ void BarView::AddDevice() {
     AddChild(device);
     meter = new LevelMeter(mainView.Graph().Producer().Tap());
     AddChild(meter);
-    record =
-        new BButton({0, 0, kRecordWidth, kBarHeight}, "Record", "● Rec", new BMessage(kRecordCode));
-    record->SetOnDark();
+    record = new RecordButton({0, 0, kRecordWidth, kBarHeight}, new BMessage(kRecordCode));
     record->SetTarget(this);
-    record->SetAccessibleName("Record what is heard");
     AddChild(record);
 }
 
@@ -153,11 +151,15 @@ void BarView::ToggleRecording() {
     } else if (const auto kept = recorder->End(); kept) {
         std::fprintf(stderr, "vexa: recorded %s\n", kept->c_str());
         Announce("recorded " + kept->filename().string());
-        record->SetToolTip(("The last recording is\n" + kept->string()).c_str());
+        record->SetRestingTip("The last recording is\n" + kept->string());
     } else {
         VexaView::ErrorAlert("The recording is not complete.", kept.Fault().text);
     }
-    record->SetDown(recorder->IsRecording());
+    ShowRecording();
+}
+
+void BarView::ShowRecording() {
+    record->Show(IsRecording() ? std::optional(recorder->Seconds()) : std::nullopt);
 }
 
 void BarView::Announce(const std::string& text) {
@@ -184,6 +186,7 @@ void BarView::Refresh() {
     meter->Refresh();
     if (recorder && recorder->HasEnded())
         ToggleRecording();
+    ShowRecording();
 }
 
 void BarView::ShowSteps() {

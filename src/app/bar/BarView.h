@@ -16,14 +16,15 @@ class BMenuField;
 namespace vexa {
 
 class LevelMeter;
+class RecordButton;
 class VexaView;
 
 /// From left to right the bar has: the caption of the sound (VexaView::Caption), between buttons
 /// for the previous and the next sound; buttons for undo and redo; the audio device, whose menu
 /// chooses it and the MIDI source; the number of voices and their share of the time; the level
-/// meter; the record button and the silence button. If a plug-in plays, the device, the meter and
-/// the record button are left out, as its host has them; a narrow bar leaves out what it has no
-/// room for. Window thread.
+/// meter; the record button, which shows how long it has recorded; and the silence button. If a
+/// plug-in plays, the device, the meter and the record button are left out, as its host has them; a
+/// narrow bar leaves out what it has no room for. Window thread.
 class BarView : public BView {
   public:
     /// Makes a bar for the main view, which outlives it, as wide as `frame`.
@@ -52,6 +53,7 @@ class BarView : public BView {
     void ShowDevice();
     void ShowSteps();
     void ShowVoices();
+    void ShowRecording();
     void Announce(const std::string& text);
     void Arrange();
 
@@ -62,7 +64,7 @@ class BarView : public BView {
     BButton* next = nullptr;
     BButton* undo = nullptr;
     BButton* redo = nullptr;
-    BButton* record = nullptr;
+    RecordButton* record = nullptr;
     BButton* silence = nullptr;
     LevelMeter* meter = nullptr;
     std::unique_ptr<WindowRecorder> recorder;

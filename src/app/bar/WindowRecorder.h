@@ -31,6 +31,8 @@ class WindowRecorder {
     /// that says what is missing in it.
     kits::Result<std::filesystem::path> End();
     bool IsRecording() const { return recording != nullptr; }
+    /// Returns the length of the recording, which must be in progress, in seconds.
+    double Seconds() const { return recording->Seconds(); }
     /// Returns whether the recording has stopped by itself and keeps nothing more; End reports why.
     bool HasEnded() const { return recording && recording->HasEnded(); }
 

@@ -57,12 +57,15 @@ Drawer::Drawer(BRect frame, VexaView& mainView)
     search->SetTarget(this);
     search->SetPlaceholder("search name, tag, formula");
     search->SetAccessibleName("search sounds by name, tag or formula");
+    search->SetHelp("Shows the sounds with these words in name, category, tags, author, comment "
+                    "or formula");
     search->SetEscapeClears();
     search->SetDownAction([this] { list->MakeFocus(); });
     AddChild(search);
     chips = new ChipRow({kDrawerMargin, 0, frame.Width() - kDrawerMargin, 0}, "categories", Chips(),
                         [this](std::size_t) { ShowRows(); });
     chips->SetAccessibleName("kinds of sounds");
+    chips->SetHelp("Which sounds are listed: all, your favourites, yours, or those of a kind");
     AddChild(chips);
     list = new SoundListView(
         {0, 0, frame.Width(), 0}, favourites,

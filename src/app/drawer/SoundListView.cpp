@@ -50,6 +50,7 @@ SoundListView::SoundListView(BRect frame, const Favourites& favourites, Callback
       small(*be_plain_font()) {
     small.SetSize(kSmallFont);
     SetAccessibleName("sounds");
+    SetHelp("Click a sound to load it");
 }
 
 void SoundListView::SetRows(SoundList next, std::string emptyText) {

@@ -190,15 +190,14 @@ void MacroKnobs::MarkFields(std::size_t macro) {
         doubt = "a macro is 0 to 1; this counts as " + std::string(number < 0 ? "0" : "1");
     cell.value->MarkWrong(!doubt.empty());
     const std::string help = "The macro " + letter + ", 0 to 1" + use;
-    cell.value->SetToolTip(doubt.empty() ? help.c_str() : doubt.c_str());
-    cell.knob->SetToolTip((help + "\nDrag, wheel or arrow keys; Ctrl+click resets it").c_str());
+    cell.value->SetHelp(help);
+    cell.value->SetToolTip(doubt.c_str());
+    cell.knob->SetHelp(help + "\nDrag, wheel or arrow keys; Ctrl click resets it");
     doubt = NumberDoubt(cell.controller->Text(), true);
     cell.controller->MarkWrong(!doubt.empty());
-    cell.controller->SetToolTip(doubt.empty()
-                                    ? ("The MIDI controller that moves " + letter + use +
-                                       "\nMove one while the keyboard is here, and it is taken")
-                                          .c_str()
-                                    : doubt.c_str());
+    cell.controller->SetHelp("The MIDI controller that moves " + letter + use +
+                             "\nMove one while the keyboard is here, and it is taken");
+    cell.controller->SetToolTip(doubt.c_str());
 }
 
 void MacroKnobs::MessageReceived(BMessage* message) {

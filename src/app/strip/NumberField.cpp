@@ -64,14 +64,7 @@ std::optional<std::string> NumberField::WithoutUnit(const std::string& shownText
 
 void NumberField::TellFault(const std::string& fault) {
     MarkWrong(!fault.empty());
-    SetToolTip(fault.empty() ? help.c_str() : fault.c_str());
-}
-
-void NumberField::SetHelp(const std::string& next) {
-    if (next == help)
-        return;
-    help = next;
-    SetToolTip(help.c_str());
+    SetToolTip(fault.c_str());
 }
 
 /// Steps from the typed text if that is a number, else from the shown one.

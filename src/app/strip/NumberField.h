@@ -37,8 +37,6 @@ class NumberField : public BTextControl {
     /// Marks the text as not accepted, with `fault` as the reason; an empty `fault` removes the
     /// mark.
     void TellFault(const std::string& fault);
-    /// Sets the tool tip that says what the field is for.
-    void SetHelp(const std::string& next);
 
   private:
     std::string Stepped(const std::string& text, int steps, uint32 modifiers) const;
@@ -47,7 +45,6 @@ class NumberField : public BTextControl {
 
     const Look look;
     double shown = 0;
-    std::string help;
 };
 
 } // namespace vexa

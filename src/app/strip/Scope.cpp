@@ -252,7 +252,8 @@ void Scope::Draw(BRect) {
     if (!isSpectrum)
         StrokeLine({left, middle}, {bounds.right - left, middle});
     SetHighColor(colors.barQuietText);
-    DrawString(caption, {left + 2, std::ceil(height.ascent) + 2});
+    DrawString(CutToFit(caption, bounds.right - 2 * left - 2),
+               {left + 2, std::ceil(height.ascent) + 2});
     std::vector<BPoint> points(curve.size());
     for (std::size_t i = 0; i < curve.size(); i++) {
         const float y =

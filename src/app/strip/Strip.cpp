@@ -33,6 +33,7 @@ constexpr float kRowGap = 7;
 constexpr float kPianoHeight = 44;
 constexpr float kLowPianoHeight = 34;
 constexpr float kScopeWidth = 204;
+constexpr float kLeastScope = 64;
 constexpr float kTuningWidth = 84;
 constexpr float kLeastPlaying = 340;
 constexpr float kWheelWidth = 20;
@@ -41,6 +42,12 @@ constexpr float kHandsGap = 4;
 
 float UpperHeight() {
     return std::max(MacroKnobs::PreferredHeight(), CellGrid::HeightOf(2));
+}
+
+/// Returns the width of all controls beside each other.
+float WidthWithScope(float scopeWidth) {
+    return scopeWidth + kStripGap + MacroKnobs::PreferredWidth() + 1 + kStripGap + kLeastPlaying +
+           kStripGap + kTuningWidth;
 }
 
 void ShowIf(BView& view, bool shown) {
@@ -70,10 +77,10 @@ Strip::Strip(BRect frame, VexaView& mainView, std::function<void()> turned)
     bend = new Wheel("pitch bend", true, [&hands](float value) { hands.Bend(value); });
     modulation = new Wheel("modulation", false, [&hands](float value) { hands.Modulate(value); });
     hold = new Latch("hold", "hold", [&hands](bool on) { hands.SetHold(on); });
-    other = new Latch("macros, playing and tuning", "more", [this](bool on) { Turn(on); });
+    other = new Latch("macros, playing and tuning", "more", [this](bool) { Turn(); });
     piano = new Piano(mainView);
     modulation->SetToolTip("The modulation wheel, controller 1");
-    other->SetToolTip("Scope, macros, how the sound is played and tuning instead of the piano");
+    other->SetToolTip("Goes on to what has no room here");
     hold->SetToolTip("Notes go on when their keys are let go, as with the sustain pedal");
     for (BView* view :
          {static_cast<BView*>(scope), static_cast<BView*>(macros), static_cast<BView*>(playing),
@@ -90,12 +97,11 @@ float Strip::PreferredHeight() {
 }
 
 float Strip::LeastHeight() const {
-    return kTop + (showsControls ? UpperHeight() + 1 : kLowPianoHeight) + kBottom;
+    return kTop + (Shown().hands ? kLowPianoHeight : UpperHeight() + 1) + kBottom;
 }
 
 float Strip::LeastWidth() {
-    return 2 * kStripMargin + kScopeWidth + kStripGap + MacroKnobs::PreferredWidth() + kStripGap +
-           kLeastPlaying + kStripGap + kTuningWidth;
+    return 2 * kStripMargin + WidthWithScope(kScopeWidth) - 1;
 }
 
 void Strip::AttachedToWindow() {
@@ -106,53 +112,83 @@ void Strip::SetLow(bool next) {
     if (next == low)
         return;
     low = next;
+    pageIndex = 0;
     Arrange();
 }
 
-void Strip::Turn(bool toControls) {
-    showsControls = toControls;
+std::vector<Strip::Page> Strip::Pages() const {
+    const float room = Bounds().Width() + 1 - 2 * kStripMargin - (low ? kHoldWidth + kHandsGap : 0);
+    std::vector<Page> pages;
+    if (low)
+        pages.push_back({.hands = true});
+    if (room >= WidthWithScope(kLeastScope)) {
+        pages.push_back({.hands = !low, .playing = true, .others = true});
+    } else {
+        pages.push_back({.hands = !low, .others = true});
+        pages.push_back({.hands = !low, .playing = true});
+    }
+    return pages;
+}
+
+Strip::Page Strip::Shown() const {
+    const std::vector<Page> pages = Pages();
+    return pages[std::min(pageIndex, pages.size() - 1)];
+}
+
+void Strip::Turn() {
+    const std::size_t pages = Pages().size();
+    pageIndex = (std::min(pageIndex, pages - 1) + 1) % pages;
     Arrange();
     turned();
 }
 
 void Strip::Arrange() {
-    const bool controls = !low || showsControls;
-    const bool hands = !low || !showsControls;
-    for (BView* view : {static_cast<BView*>(scope), static_cast<BView*>(macros),
-                        static_cast<BView*>(playing), static_cast<BView*>(tuning)})
-        ShowIf(*view, controls);
+    const bool several = Pages().size() > 1;
+    const Page page = Shown();
+    const bool controls = page.playing || page.others;
+    for (BView* view :
+         {static_cast<BView*>(scope), static_cast<BView*>(macros), static_cast<BView*>(tuning)})
+        ShowIf(*view, page.others);
+    ShowIf(*playing, page.playing);
     for (BView* view : {static_cast<BView*>(bend), static_cast<BView*>(modulation),
                         static_cast<BView*>(hold), static_cast<BView*>(piano)})
-        ShowIf(*view, hands);
-    ShowIf(*other, low);
+        ShowIf(*view, page.hands);
+    ShowIf(*other, several);
+    other->SetOn(several && pageIndex > 0);
     float left = kStripMargin;
     float below = kTop;
-    if (low && controls) {
+    if (several && controls) {
         Put(*other, left, kTop, left + kHoldWidth - 1, kTop + UpperHeight());
         left += kHoldWidth + kHandsGap;
     }
     if (controls) {
-        ArrangeControls(left, kTop, kTop + UpperHeight());
+        ArrangeControls(page, left, kTop, kTop + UpperHeight());
         below = kTop + UpperHeight() + 1 + kRowGap;
     }
-    if (hands)
+    if (page.hands)
         ArrangeHands(below, Bounds().bottom - kBottom);
 }
 
-void Strip::ArrangeControls(float left, float top, float bottom) {
+void Strip::ArrangeControls(const Page& page, float left, float top, float bottom) {
     const float right = Bounds().right - kStripMargin;
-    const auto place = [&](BView& view, float width, float gap) {
+    const auto place = [&](BView& view, float width) {
         Put(view, left, top, left + width - 1, bottom);
-        left += width + gap;
+        left += width + kStripGap;
     };
-    // The scope gets a third of any surplus width, and bears all of a shortage.
-    const float spare = Bounds().Width() - LeastWidth() - (left - kStripMargin);
-    const float scopeWidth =
-        kScopeWidth + std::floor(spare > 0 ? spare / 3 : std::max(spare, -kScopeWidth / 2));
-    place(*scope, scopeWidth, kStripGap);
-    place(*macros, MacroKnobs::PreferredWidth() + 1, kStripGap);
-    place(*playing, std::max(right - kTuningWidth - kStripGap - left, kLeastPlaying), kStripGap);
-    place(*tuning, kTuningWidth, 0);
+    // Only the scope and the controls for playing can have another width. Of a surplus the scope
+    // gets a third beside the controls for playing, else all; it bears all of a shortage.
+    const float fixed = WidthWithScope(0) - (page.playing ? 0 : kLeastPlaying + kStripGap);
+    const float spare = right - left + 1 - fixed - kScopeWidth;
+    if (page.others) {
+        const float more = std::floor(page.playing && spare > 0 ? spare / 3 : spare);
+        place(*scope, std::max(kScopeWidth + more, kLeastScope));
+        place(*macros, MacroKnobs::PreferredWidth() + 1);
+    }
+    if (page.playing)
+        place(*playing,
+              std::max(right - left - (page.others ? kStripGap + kTuningWidth : 0), kLeastPlaying));
+    if (page.others)
+        place(*tuning, kTuningWidth);
 }
 
 void Strip::ArrangeHands(float top, float bottom) {

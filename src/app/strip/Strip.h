@@ -5,7 +5,9 @@
 #include "kits/interface/Ticker.h"
 #include "kits/interface/View.h"
 
+#include <cstddef>
 #include <functional>
+#include <vector>
 
 namespace vexa {
 
@@ -25,7 +27,7 @@ class Wheel;
 class Strip : public BView {
   public:
     /// Makes a strip that shows and edits the sound of the main view, which outlives it. `turned`
-    /// is called when another row is shown, which may need another height.
+    /// is called when the button has been used, as another row may need another height.
     Strip(BRect frame, VexaView& mainView, std::function<void()> turned);
     ~Strip() override;
 
@@ -51,17 +53,28 @@ class Strip : public BView {
     void Pulse() override;
 
   private:
-    void Turn(bool toControls);
+    /// What is shown at the same time.
+    struct Page {
+        /// The lower row.
+        bool hands = false;
+        /// The upper row: the controls for playing, and the scope, the macros and the tuning.
+        bool playing = false;
+        bool others = false;
+    };
+
+    std::vector<Page> Pages() const;
+    Page Shown() const;
+    void Turn();
     void Arrange();
-    void ArrangeControls(float left, float top, float bottom);
+    void ArrangeControls(const Page& page, float left, float top, float bottom);
     void ArrangeHands(float top, float bottom);
     void ShowHands();
 
     VexaView& mainView;
     const std::function<void()> turned;
     bool low = false;
-    /// True if a low strip shows the upper row.
-    bool showsControls = false;
+    /// The index in Pages() of what is shown, or more if there are fewer now: then it is the last.
+    std::size_t pageIndex = 0;
     // Views, which the strip owns as its children.
     Scope* scope;
     MacroKnobs* macros;
@@ -70,7 +83,7 @@ class Strip : public BView {
     Wheel* bend;
     Wheel* modulation;
     Latch* hold;
-    /// The button of a low strip that switches to the other row.
+    /// The button that goes on to the next page, if there are several.
     Latch* other;
     Piano* piano;
     kits::Ticker ticker;

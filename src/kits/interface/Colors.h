@@ -30,6 +30,9 @@ struct ControlColors {
     rgb_color buttonHover = {248, 248, 248};
     rgb_color buttonPressed = {198, 204, 212};
     rgb_color buttonFrame = {134, 134, 134};
+    /// The background and the text of a button on a dark background whose action goes on.
+    rgb_color running = {255, 110, 100};
+    rgb_color runningText = {24, 24, 24};
     /// The frame of a button under the pointer, and that of the one that Enter presses; the text of
     /// a disabled button; the arrow of a button that opens a menu.
     rgb_color hoverFrame = {92, 92, 92};

@@ -2,6 +2,8 @@
 #include "kits/interface/Desktop.h"
 
 #include <QProcess>
+#include <QStandardPaths>
+#include <string>
 #include <utility>
 
 #include <linux/close_range.h>
@@ -13,6 +15,16 @@ namespace kits {
 namespace {
 
 constexpr const char* kOpener = "xdg-open";
+
+/// Returns why it did not start, as a sentence.
+std::string ReasonOf(const QProcess& process) {
+    const std::string opener = std::string(kOpener) + ", which shows files, ";
+    if (QStandardPaths::findExecutable(kOpener).isEmpty())
+        return opener + "was not found (package xdg-utils).";
+    // The toolkit puts the name of the system's function first.
+    const QString reason = process.errorString().section(": ", -1);
+    return opener + "could not be started: " + reason.toStdString() + '.';
+}
 
 } // namespace
 
@@ -31,14 +43,14 @@ void ShowFile(const std::filesystem::path& file,
                      [process, failed](QProcess::ProcessError error) {
                          if (error != QProcess::FailedToStart)
                              return;
-                         failed(std::string(kOpener) + ": " + process->errorString().toStdString());
+                         failed(ReasonOf(*process));
                          process->deleteLater();
                      });
     QObject::connect(process, &QProcess::finished, process,
                      [process, failed](int code, QProcess::ExitStatus) {
                          if (code != 0)
                              failed(std::string(kOpener) + " found no program that shows it (" +
-                                    std::to_string(code) + ")");
+                                    std::to_string(code) + ").");
                          process->deleteLater();
                      });
     process->start(kOpener, {QString::fromStdString(file.string())});

@@ -9,8 +9,8 @@
 namespace kits {
 
 /// Has the desktop show the file with the program that it has chosen for such files (by xdg-open).
-/// Returns at once; if there is no such program, `failed` is called later with the reason. The
-/// program inherits none of the caller's open files. Window thread.
+/// Returns at once; if there is no such program, `failed` is called later with the reason, a whole
+/// sentence. The program inherits none of the caller's open files. Window thread.
 void ShowFile(const std::filesystem::path& file,
               std::function<void(const std::string& reason)> failed);
 

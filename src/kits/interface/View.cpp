@@ -412,9 +412,22 @@ bool BView::IsFocusByKeys() const {
 
 void BView::SetToolTip(const char* text) {
     toolTip = text ? text : "";
-    widget->setToolTip(kits::TipText(kits::ToQt(toolTip)));
+    ShowTip();
+}
+
+void BView::SetHelp(std::string_view text) {
+    if (text == help)
+        return;
+    help = text;
+    ShowTip();
+}
+
+void BView::ShowTip() {
+    const QString shown = kits::ToQt(toolTip.empty() ? help : toolTip);
+    widget->setToolTip(kits::TipText(shown));
+    // Screen readers need not read out a name twice.
     if (QWidget* content = widget->Content())
-        content->setAccessibleDescription(kits::ToQt(toolTip));
+        content->setAccessibleDescription(shown == content->accessibleName() ? QString() : shown);
 }
 
 void BView::SetAccessibleName(std::string_view words) {

@@ -171,6 +171,9 @@ class BView : public BHandler {
     /// out. Empty or null removes it.
     virtual void SetToolTip(const char* text);
     const char* ToolTip() const { return toolTip.c_str(); }
+    /// Sets the text that is shown as long as there is no tool tip: what the view is for.
+    void SetHelp(std::string_view text);
+    const std::string& Help() const { return help; }
     /// Sets the view's name for screen readers, in words that the user understands. Without it a
     /// control has its label as its name.
     void SetAccessibleName(std::string_view words);
@@ -195,6 +198,7 @@ class BView : public BHandler {
     friend class kits::ViewWidget;
 
     void SetWindow(BWindow* next);
+    void ShowTip();
     void Place(BRect next);
     void FollowParent(float dx, float dy);
     rgb_color Color(pattern which) const { return which == B_SOLID_LOW ? lowColor : highColor; }
@@ -212,7 +216,7 @@ class BView : public BHandler {
     rgb_color lowColor = {255, 255, 255};
     BFont font = *be_plain_font();
     BPoint pen;
-    std::string toolTip;
+    std::string toolTip, help;
 
     std::unique_ptr<kits::ViewWidget> widget;
 

@@ -86,8 +86,8 @@ void Recording::Put(const float* left, const float* right, std::size_t frames) n
             interleaved[i * kChannels] = left[done + i];
             interleaved[i * kChannels + 1] = right[done + i];
         }
-        if (!waiting.Write(interleaved.data(), n * kChannels))
-            lostFrames += n;
+        const bool kept = waiting.Write(interleaved.data(), n * kChannels);
+        (kept ? keptFrames : lostFrames) += n;
         done += n;
     }
 }
@@ -127,6 +127,10 @@ void Recording::WriteWaiting() {
         if (fault || full)
             over = true;
     }
+}
+
+double Recording::Seconds() const {
+    return rate == 0 ? 0 : double(keptFrames) / rate;
 }
 
 Result<void> Recording::Finish() {

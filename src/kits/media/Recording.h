@@ -44,6 +44,9 @@ class Recording {
     /// Returns true once nothing more is kept, whoever puts it; Finish reports why. Any thread.
     bool HasEnded() const { return over; }
 
+    /// Returns the length of what was put so far and is kept, in seconds.
+    double Seconds() const;
+
     /// Completes the file. No thread may call Put any more. The error says why there is no file, or
     /// what is missing in it.
     Result<void> Finish();
@@ -66,6 +69,7 @@ class Recording {
     std::atomic<bool> takes{false};
     std::atomic<bool> quitting{false};
     std::atomic<bool> over{false};
+    std::atomic<std::size_t> keptFrames{0};
     std::atomic<std::size_t> lostFrames{0};
     /// The frames of a period, left and right interleaved. Belongs to the device's thread.
     std::vector<float> interleaved;

@@ -23,7 +23,7 @@ constexpr uint32 kReliefCode = FourCC("Reli");
 
 constexpr const char* kTip =
     "Blue is positive, red negative. Wheel: zoom. Middle button, or Space and drag: move. Double "
-    "click: fit. Ctrl+Shift+click: hear the place. Right button: save the picture. F6: brightness. "
+    "click: fit. Ctrl Shift click: hear the place. Right button: save the picture. F6: brightness. "
     "F7: landscape. Esc: silence.";
 
 /// The time for computing values before they are drawn, and at each pulse, in addition to that of

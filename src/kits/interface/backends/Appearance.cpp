@@ -17,7 +17,7 @@ namespace kits {
 
 namespace {
 
-/// The style sheet of the controls. %1 to %23 are the colours in the order in which StyleSheet()
+/// The style sheet of the controls. %1 to %25 are the colours in the order in which StyleSheet()
 /// fills them in.
 constexpr const char* kControls = R"(
 QLineEdit {
@@ -42,7 +42,8 @@ QPushButton[onDark="true"], QToolButton[onDark="true"] {
 QPushButton[onDark="true"]:hover, QToolButton[onDark="true"]:hover,
 QPushButton[onDark="true"]:focus, QToolButton[onDark="true"]:focus { border: 1px solid #7f8fb0; }
 QPushButton[onDark="true"]:pressed, QToolButton[onDark="true"]:pressed,
-QToolButton[onDark="true"]:open, QPushButton[onDark="true"]:checked { background: #3a4668; }
+QToolButton[onDark="true"]:open { background: #3a4668; }
+QPushButton[onDark="true"]:checked { color: %25; background: %24; }
 QPushButton[onDark="true"]:disabled { color: #68708a; }
 QToolButton::menu-indicator { image: none; }
 QTreeView { border: 1px solid %1; background: %20; alternate-background-color: %21; }
@@ -62,7 +63,8 @@ QString StyleSheet(const ControlColors& colors) {
           colors.wrongFrame,   colors.wrongField,   colors.buttonFrame,   colors.buttonTop,
           colors.buttonBottom, colors.buttonHover,  colors.buttonPressed, colors.disabledFrame,
           colors.hoverFrame,   colors.defaultFrame, colors.faintButton,   colors.list,
-          colors.otherRow,     colors.header,       colors.headerLine})
+          colors.otherRow,     colors.header,       colors.headerLine,    colors.running,
+          colors.runningText})
         sheet = sheet.arg(ToQt(color).name());
     return sheet;
 }

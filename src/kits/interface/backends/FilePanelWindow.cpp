@@ -180,10 +180,12 @@ void FilePanelWindow::AddNavigation(BView& background) {
     auto* hidden =
         new BButton({kRight - kMargin - 59, kMargin, kRight - kMargin, bottom}, "hidden button",
                     "Hidden", new BMessage(kHidden), B_FOLLOW_RIGHT | B_FOLLOW_TOP);
-    hidden->SetToolTip("Show or hide the files whose names begin with a dot (Ctrl+H)");
+    hidden->SetToolTip("Show or hide the files whose names begin with a dot (Ctrl H)");
     path = new CompletingField({left, kMargin, kRight - kMargin - 66, bottom}, "path view",
                                "Folder", 0, B_FOLLOW_LEFT_RIGHT | B_FOLLOW_TOP);
-    path->SetToolTip("The folder that is listed; another one can be typed here (Ctrl+L)");
+    path->SetToolTip(
+        "The folder that is listed; the path of another one, or of a file, can be typed here "
+        "(Ctrl L)");
     path->onConfirmed = [this] { PostMessage(kGoToPath); };
     // A typed path that could not be opened stays for correction until the field is left.
     QObject::connect(qApp, &QApplication::focusChanged, list,
@@ -413,8 +415,32 @@ void FilePanelWindow::GoToTypedPath() {
     if (text == "~" || text.startsWith("~/"))
         text.replace(0, 1, QDir::homePath());
     // A relative path starts in the listed folder.
-    if (Enter(folder / PathOf(text)))
-        list->setFocus();
+    const fs::path typed = BPath((folder / PathOf(text)).c_str()).Path();
+    std::error_code error;
+    const fs::file_status status = fs::status(typed, error);
+    if (status.type() == fs::file_type::not_found)
+        return Complain("There is no file or folder \"" + typed.string() + "\".");
+    if (fs::is_directory(status) || !fs::status_known(status)) {
+        if (Enter(typed))
+            list->setFocus();
+        return;
+    }
+    GoToFile(typed);
+}
+
+/// Selects the file in its folder and, in open mode, confirms it.
+void FilePanelWindow::GoToFile(const fs::path& file) {
+    const std::string entry = file.filename().string();
+    if (entry.starts_with('.'))
+        model.ShowHidden(true);
+    if (!Enter(file.parent_path(), entry))
+        return;
+    const std::vector<const FolderModel::Entry*> entries = list->Selected();
+    if (entries.size() != 1 || entries.front()->name != entry)
+        return Complain("The file \"" + file.string() + "\" is none that can be chosen here.");
+    list->setFocus();
+    if (!SaveMode())
+        Confirm();
 }
 
 QStringList FilePanelWindow::FoldersLike(const QString& text) const {
@@ -519,7 +545,7 @@ void FilePanelWindow::Send(BMessage message) {
 }
 
 void FilePanelWindow::Complain(const std::string& text) {
-    (new BAlert("", text.c_str(), "OK", nullptr, nullptr, B_WIDTH_AS_USUAL, B_WARNING_ALERT))->Go();
+    (new BAlert("", text.c_str(), "Ok", nullptr, nullptr, B_WIDTH_AS_USUAL, B_WARNING_ALERT))->Go();
 }
 
 } // namespace kits

@@ -62,6 +62,7 @@ class FilePanelWindow : public BWindow {
     void ToggleHidden();
     void EditPath();
     void GoToTypedPath();
+    void GoToFile(const std::filesystem::path& file);
     QStringList FoldersLike(const QString& text) const;
     QStringList NamesListed() const;
 

@@ -48,7 +48,8 @@ class AudioDevice {
     /// silence is played until the next Start.
     virtual void Stop() = 0;
     /// Takes the latency, in frames, from an event to the moment at which its effect is played. A
-    /// system that reports latencies to other programs stores it.
+    /// system that reports latencies to other programs stores it. It is to be called regularly,
+    /// even with the same latency.
     virtual void TellLatency(uint32 /*frames*/) {}
     /// Handles what may appear later than the device, such as ports to connect to. It is to be
     /// called regularly while the device plays.

@@ -12,6 +12,7 @@
 #include <optional>
 #include <string_view>
 
+#include <dlfcn.h>
 #include <jack/jack.h>
 
 namespace kits {
@@ -55,6 +56,15 @@ void SurviveAServersEnd() {
     struct sigaction now {};
     if (::sigaction(SIGPIPE, nullptr, &now) == 0 && now.sa_handler == SIG_DFL)
         std::signal(SIGPIPE, SIG_IGN);
+}
+
+/// Returns true if the library is PipeWire's, which says so in its version. jackd1's library does
+/// not have the function, so it is looked up.
+bool LibraryIsPipeWires() {
+    using Version = decltype(&jack_get_version_string);
+    const auto version =
+        reinterpret_cast<Version>(::dlsym(RTLD_DEFAULT, "jack_get_version_string"));
+    return version && std::string_view(version()).find("PipeWire") != std::string_view::npos;
 }
 
 /// Microseconds, in addition to two periods, that the beginning of a period can plausibly lie back.
@@ -106,7 +116,8 @@ Result<std::shared_ptr<JackClient>> JackClient::Open() {
     return client;
 }
 
-JackClient::JackClient(_jack_client* client) : client(client) {
+JackClient::JackClient(_jack_client* client)
+    : client(client), passesLatencyLater(LibraryIsPipeWires()) {
     jack_set_process_callback(client, Process, this);
     jack_on_shutdown(client, Shutdown, this);
     jack_set_freewheel_callback(
@@ -115,7 +126,11 @@ JackClient::JackClient(_jack_client* client) : client(client) {
     jack_set_latency_callback(
         client,
         [](jack_latency_callback_mode_t mode, void* self) {
-            static_cast<JackClient*>(self)->PassLatency(mode == JackCaptureLatency);
+            auto* const telling = static_cast<JackClient*>(self);
+            if (telling->passesLatencyLater)
+                telling->latencyIsOutdated = true;
+            else
+                telling->PassLatency(mode == JackCaptureLatency);
         },
         this);
     jack_set_port_registration_callback(
@@ -157,14 +172,21 @@ JackClient::~JackClient() {
 }
 
 void JackClient::SetLatency(uint32 frames) {
-    if (latency.exchange(frames) == frames || IsDead())
+    const bool changed = latency.exchange(frames) != frames;
+    const bool outdated = latencyIsOutdated.exchange(false);
+    if (!(changed || outdated) || IsDead())
         return;
     const auto request = Request();
-    jack_recompute_total_latencies(client);
+    if (!passesLatencyLater) {
+        jack_recompute_total_latencies(client);
+        return;
+    }
+    PassLatency(true);
+    PassLatency(false);
 }
 
 /// Adds this program's latency to that of the ports at one end, and reports the sum at the ports of
-/// the other end. Runs in a thread of the JACK library.
+/// the other end.
 void JackClient::PassLatency(bool capture) {
     const auto mode = capture ? JackCaptureLatency : JackPlaybackLatency;
     const unsigned long from = capture ? JackPortIsInput : JackPortIsOutput;

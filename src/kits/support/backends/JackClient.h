@@ -71,7 +71,8 @@ class JackClient {
     VEXA_REALTIME bigtime_t PeriodStart() const { return periodStart; }
 
     /// Sets the latency, in frames, from an input to the resulting output. If it has changed, the
-    /// server is told, which tells the connected programs.
+    /// server is told, which tells the connected programs. It is to be called regularly, even with
+    /// the same latency: under PipeWire only these calls pass on the latencies of others.
     void SetLatency(uint32 frames);
 
     /// Adds a processor, which is called from the next period on; returns false if there are
@@ -100,6 +101,15 @@ class JackClient {
 
     static constexpr std::size_t kMostProcessors = 4;
     _jack_client* client;
+    /// True under PipeWire, whose library (0.3.65, at least) must not be called from its latency
+    /// callback. It calls back in its loop's thread, with a lock held that is not recursive.
+    /// jack_port_set_latency_range then runs, inside of the call, whatever else waits for that
+    /// thread. If that is another change of the period, as a change of the rate brings several, the
+    /// thread takes the lock a second time and waits for itself for ever. Therefore the callback
+    /// only makes a note, and SetLatency, in another thread, does the work. The jackds in turn take
+    /// latencies only from the callback.
+    const bool passesLatencyLater;
+    std::atomic<bool> latencyIsOutdated{false};
     std::mutex requests;
     std::atomic<bool> dead{false};
     std::atomic<bool> freewheeling{false};

@@ -2,11 +2,27 @@
 #include "app/Dropped.h"
 
 #include "documents/DocumentKind.h"
+#include "tuning/Keymap.h"
+#include "tuning/Scale.h"
 
 #include <algorithm>
 #include <string>
 
 namespace vexa {
+
+namespace {
+
+constexpr const char* kScaleEnding = ".scl";
+constexpr const char* kKeymapEnding = ".kbm";
+
+bool IsUsable(const std::filesystem::path& file) {
+    const std::string ending = EndingOf(file);
+    if (ending == kScaleEnding)
+        return bool(ReadScale(file));
+    return ending == kKeymapEnding ? bool(ReadKeymap(file)) : IsOfAKind(file);
+}
+
+} // namespace
 
 std::string EndingOf(const std::filesystem::path& file) {
     std::string ending = file.extension();
@@ -18,9 +34,13 @@ std::string EndingOf(const std::filesystem::path& file) {
 DroppedFiles SortDropped(std::span<const std::filesystem::path> files) {
     DroppedFiles sorted;
     for (const std::filesystem::path& file : files) {
+        if (files.size() > 1 && !IsUsable(file)) {
+            sorted.unusable.push_back(file);
+            continue;
+        }
         const std::string ending = EndingOf(file);
-        auto& place = ending == ".scl"                      ? sorted.scale
-                      : ending == ".kbm"                    ? sorted.keymap
+        auto& place = ending == kScaleEnding                ? sorted.scale
+                      : ending == kKeymapEnding             ? sorted.keymap
                       : KindOf(file) == DocumentKind::Sound ? sorted.sound
                                                             : sorted.terrain;
         if (place)

@@ -9,18 +9,21 @@
 
 namespace vexa {
 
-/// The first file of each kind. A terrain is a function, a sample or a picture.
+/// The first usable file of each kind. A terrain is a function, a sample or a picture.
 struct DroppedFiles {
     std::optional<std::filesystem::path> sound;
     std::optional<std::filesystem::path> terrain;
     /// Scala files, which are recognised by their extensions ".scl" and ".kbm".
     std::optional<std::filesystem::path> scale;
     std::optional<std::filesystem::path> keymap;
-    /// All files but the first of each kind.
+    /// All usable files but the first of each kind.
     std::vector<std::filesystem::path> others;
+    /// The files that cannot be opened as anything.
+    std::vector<std::filesystem::path> unusable;
 };
 
-/// Sorts the files, and reads only as much of each as its kind requires.
+/// Sorts the files, and reads only as much of each as its kind requires. A file alone counts as
+/// usable, so that opening it tells what is wrong with it.
 DroppedFiles SortDropped(std::span<const std::filesystem::path> files);
 
 /// Returns the extension in lower case (ASCII letters only), with its dot.

@@ -11,6 +11,7 @@
 #include "kits/interface/Control.h"
 #include "kits/interface/Gesture.h"
 #include "kits/interface/Menu.h"
+#include "kits/media/AudioSystem.h"
 #include "kits/midi/MidiRoster.h"
 #include "kits/support/Published.h"
 #include "views/EnvView.h"
@@ -46,6 +47,14 @@ BAlert* NewErrorAlert(const std::string& text, const std::string& details = "") 
     return alert;
 }
 
+/// Returns the details below an alert, in which its own sentence is not repeated.
+std::string Without(const std::string& alert, std::string details) {
+    const std::string sentence = alert + ' ';
+    if (const std::size_t place = details.find(sentence); place != details.npos)
+        details.erase(place, sentence.size());
+    return details;
+}
+
 } // namespace
 
 void VexaView::ErrorAlert(const std::string& text, const std::string& details) {
@@ -57,7 +66,7 @@ void VexaView::ShowError(const kits::Error& error) {
     if (error.alerts.empty())
         ErrorAlert(error.text);
     for (const std::string& alert : error.alerts)
-        ErrorAlert(alert, &alert == &error.alerts.back() ? error.text : "");
+        ErrorAlert(alert, &alert == &error.alerts.back() ? Without(alert, error.text) : "");
 }
 
 void VexaView::Print(const kits::Error& error) {
@@ -288,7 +297,9 @@ void VexaView::AddHint() {
 void VexaView::StartGraph() {
     // When the view closes, a device that was never connected fails to disconnect.
     const auto alert = [this](const char* text) {
-        ErrorAlert(text, closing ? "No audio device was connected." : graph->DeviceFault());
+        // Whoever has asked for no sound knows that there is none.
+        if (kits::AudioSystemsToTry().front() != kits::AudioSystem::None)
+            ErrorAlert(text, closing ? "No audio device was connected." : graph->DeviceFault());
     };
     graph = std::make_unique<AudioGraph>(Playing(), alert);
     if (graph->Start())

@@ -41,6 +41,7 @@ namespace vexa {
 
 class Attachment;
 class EnvView;
+struct DroppedFiles;
 class Formula;
 class FormulaHint;
 class PlaneDesk;
@@ -109,7 +110,8 @@ class VexaView : public BView {
     /// does the same for the function, in "functions".
     void SaveSound(const std::string& name);
     /// Saves to the user's own file that the sound belongs to. If there is none, shows the panel
-    /// that asks for a name. Calls `then` once the sound is saved.
+    /// that asks for a name. Asks before it replaces a file that has changed since it was read or
+    /// written here. Calls `then` once the sound is saved.
     void SaveAgain(const std::function<void()>& then = nullptr);
     void SaveFunction(const std::string& name);
 
@@ -220,7 +222,7 @@ class VexaView : public BView {
     /// `details`, if not empty, gives the reason.
     static void ErrorAlert(const std::string& text, const std::string& details = "");
     /// Prints the error (see Print), then shows each of its alerts by ErrorAlert, the last with the
-    /// error's text as details. An error without alerts shows its text.
+    /// rest of the error's text as details. An error without alerts shows its text.
     static void ShowError(const kits::Error& error);
     /// Prints the error's text, if any, as a line on standard error.
     static void Print(const kits::Error& error);
@@ -305,14 +307,19 @@ class VexaView : public BView {
     static std::string ChosenPath(const BMessage& message);
     bool MaySave();
     bool MayReplace(const BMessage& message, const char* folder, const std::string& name);
+    bool MayReplaceOwn();
     bool TakeOpening(const BMessage& message);
     void TakeDrop(const BMessage& message);
+    void OpenBesideSound(const DroppedFiles& dropped);
     void Remember(const std::filesystem::path& file);
     void OpenAny(const std::string& path) { Open(path); }
     void OpenScale(const std::string& path);
     void OpenKeymap(const std::string& path);
     void OpenFunction(const std::string& path);
-    void OpenSound(const std::string& path);
+    void OpenSound(const std::string& path) {
+        OpenSound(path, [] {});
+    }
+    void OpenSound(const std::string& path, const std::function<void()>& then);
     void OpenSample(const std::string& path);
 
     // The plane's function, and the preview while an expression is typed.
@@ -328,6 +335,7 @@ class VexaView : public BView {
     bool MarkInstalled(const Function& function, const FunctionReport& report);
     void ShowKind();
     void ShowSource();
+    std::string FaultOfSource() const;
     void TakeSampleFrequency();
 
     // Documents.
@@ -335,6 +343,8 @@ class VexaView : public BView {
     void InterpretFunction(const Function& function);
     void InterpretSound(const Sound& sound);
     void LoadAs(const Sound& sound, const std::string& name, const std::string& step);
+    static std::string DigestOf(const std::filesystem::path& path);
+    void LoadFrom(const std::filesystem::path& path, const std::string& digest, const Sound& sound);
     Sound ConfirmedSound() const;
     bool Put(FieldId field, const std::string& text);
     void PutPlaneFields(const Function& function);
@@ -392,8 +402,8 @@ class VexaView : public BView {
     mutable std::optional<uint64> comparedAt;
     /// Called once after the next saving of the sound, if set.
     std::function<void()> afterSaving;
-    /// The file of the sample or picture is missing: nothing sounds, and only its name can be
-    /// saved.
+    /// The file of the sample or picture is missing or unreadable: nothing sounds, and only its
+    /// name can be saved.
     bool fileMissing = false;
     /// The expression's field names the file of a sample or picture.
     bool namesSource = true;

@@ -14,6 +14,7 @@
 #include "kits/interface/Alert.h"
 #include "kits/interface/Control.h"
 #include "kits/interface/Menu.h"
+#include "kits/storage/Digest.h"
 #include "kits/storage/FileName.h"
 #include "kits/storage/UserFolders.h"
 #include "views/EnvView.h"
@@ -193,6 +194,22 @@ void VexaView::LoadAs(const Sound& sound, const std::string& name, const std::st
     TakeAsSaved();
 }
 
+/// Returns the digest of the file's content; empty if it cannot be read.
+std::string VexaView::DigestOf(const std::filesystem::path& path) {
+    const kits::Result<std::string> digest = kits::DigestOfFile(path);
+    return digest ? *digest : "";
+}
+
+/// Loads the sound of a file, whose usual path this is and whose digest was taken before the sound
+/// was read: whatever changes the file after that counts as a change made elsewhere.
+void VexaView::LoadFrom(const std::filesystem::path& path, const std::string& digest,
+                        const Sound& sound) {
+    const std::string name = path.stem().string();
+    LoadAs(sound, name, "sound " + name);
+    Steps().File().path = path;
+    Steps().File().digest = digest;
+}
+
 void VexaView::ShowVoiceLimit() {
     if (BMenuItem* item = voicesMenu->FindItem(VoicesCode(instrument.VoiceLimit())))
         item->SetMarked(true);
@@ -215,13 +232,13 @@ bool VexaView::LoadFunction(const std::filesystem::path& path) {
 
 bool VexaView::LoadSound(const std::filesystem::path& path) {
     Warnings warnings;
+    const std::string digest = DigestOf(path);
     const auto sound = ReadSound(path, &warnings);
     Tell(path, warnings);
     if (sound) {
         programFault.clear();
-        LoadAs(*sound, path.stem().string(), "sound " + path.stem().string());
         // Use the usual path of the file, as `path` may be relative or lead through links.
-        Steps().File().path = folders.Find("sounds", folders.NameOf("sounds", path));
+        LoadFrom(folders.Find("sounds", folders.NameOf("sounds", path)), digest, *sound);
     } else {
         ShowError(sound.Fault());
     }
@@ -236,6 +253,7 @@ void VexaView::LoadProgram() {
         return;
     Warnings warnings;
     const auto path = FindProgram(folders, *number);
+    const std::string digest = path ? DigestOf(*path) : "";
     const auto sound =
         path ? ReadWhole(*path, instrument, warnings) : kits::Result<Sound>(path.Fault());
     Warn(warnings);
@@ -245,8 +263,7 @@ void VexaView::LoadProgram() {
         Print(sound.Fault());
         return;
     }
-    LoadAs(*sound, path->stem().string(), "sound " + path->stem().string());
-    Steps().File().path = *path;
+    LoadFrom(*path, digest, *sound);
 }
 
 void VexaView::Open(const std::filesystem::path& path) {
@@ -265,6 +282,8 @@ void VexaView::Open(const std::filesystem::path& path) {
 }
 
 void VexaView::LoadDefaultSound() {
+    const std::string file = std::string(kDefaultSoundName) + kits::kDocumentEnding;
+    const std::string digest = DigestOf(folders.Find("sounds", file));
     const DefaultSound read = ReadDefaultSound(folders);
     if (!read.fault.empty()) {
         Print({read.fault});
@@ -272,9 +291,10 @@ void VexaView::LoadDefaultSound() {
                     read.fault);
     }
     Tell(read.path, read.warnings);
-    const std::string name = read.path.empty() ? kInitialSoundName : kDefaultSoundName;
-    LoadAs(read.sound, name, "sound " + name);
-    Steps().File().path = read.path;
+    if (read.path.empty())
+        LoadAs(read.sound, kInitialSoundName, std::string("sound ") + kInitialSoundName);
+    else
+        LoadFrom(read.path, digest, read.sound);
     BeginHistory();
 }
 
@@ -289,10 +309,12 @@ void VexaView::SaveSound(const std::string& name) {
     FollowMacros();
     const std::string stem = std::filesystem::path(name).stem().string();
     const auto title = stem == SoundName() ? Steps().File().title : stem;
+    std::string digest;
     const auto write = [&](const std::filesystem::path& path) {
         Sound sound = ConstructSound();
         if (sound.info.name && title)
             sound.info.name = title;
+        digest = kits::Digest(SoundText(sound));
         return WriteSound(path, sound);
     };
     const std::function<void()> then = std::exchange(afterSaving, nullptr);
@@ -301,6 +323,7 @@ void VexaView::SaveSound(const std::string& name) {
     const std::filesystem::path path = folders.Own("sounds") / name;
     Steps().File().name = stem;
     Steps().File().path = path;
+    Steps().File().digest = digest;
     Steps().File().title = title;
     Remember(path);
     TakeAsSaved();
@@ -316,19 +339,23 @@ void VexaView::SaveAgain(const std::function<void()>& then) {
         afterSaving = then;
         return;
     }
-    if (!MaySave())
+    if (!MaySave() || !MayReplaceOwn())
         return;
     afterSaving = then;
     SaveSound(path.filename().string());
 }
 
-void VexaView::OpenSound(const std::string& path) {
-    const auto load = [this, path] {
+/// Loads the sound unless the user wants to keep the present one, and then calls `then`. If the
+/// user chooses to save first, both happen once that is done.
+void VexaView::OpenSound(const std::string& path, const std::function<void()>& then) {
+    const auto load = [this, path, then] {
         Steps().GiveUp(true);
-        if (LoadSound(path))
+        if (LoadSound(path)) {
             Remember(path);
-        else
+            then();
+        } else {
             Steps().GiveUp(false);
+        }
     };
     if (MayGiveUp(load))
         load();
@@ -372,7 +399,8 @@ std::string VexaView::SavingRemark() const {
     const std::string file =
         (SampleMode() ? "sample \"" : "picture \"") + SourceOf(instrument.State().function) + '"';
     if (fileMissing)
-        return "The " + file + " is missing, so that nothing sounds. Its name will be saved.";
+        return "The " + file + " is " + FaultOfSource() +
+               ", so that nothing sounds. Its name will be saved.";
     if (!expressionWrong)
         return "";
     return Kind() != FunctionKind::Expression

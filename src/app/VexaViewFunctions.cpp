@@ -33,7 +33,9 @@ class Pause {
 
 } // namespace
 
-/// Installs the function. If that fails, shows the error and keeps the previous function.
+/// Installs the function. If that fails, shows the error and keeps the previous function. A sample
+/// whose frequency is none plays all the same; its field is marked, and the document's reader has
+/// told the place.
 bool VexaView::Install(const Function& function) {
     const bool isExpression = function.kind == FunctionKind::Expression;
     EndTyping();
@@ -45,7 +47,7 @@ bool VexaView::Install(const Function& function) {
     const bool installed = MarkInstalled(function, report);
     if (!installed)
         ShowError(report);
-    else
+    else if (isExpression)
         Print(report);
     return installed;
 }
@@ -79,6 +81,15 @@ void VexaView::ShowKind() {
     ShowSource();
 }
 
+/// Returns why the file of the sample or picture does not play; empty if it does.
+std::string VexaView::FaultOfSource() const {
+    if (!fileMissing)
+        return "";
+    const auto file = FileOf(instrument.State().function, folders);
+    std::error_code ignored;
+    return file && std::filesystem::is_regular_file(*file, ignored) ? "unreadable" : "missing";
+}
+
 /// Shows the file's name in the expression's field as long as that is empty.
 void VexaView::ShowSource() {
     BTextControl& expression = Field(FunctionField::Expression);
@@ -86,7 +97,8 @@ void VexaView::ShowSource() {
     if (namesSource && Kind() != FunctionKind::Expression) {
         const std::filesystem::path file = SourceOf(instrument.State().function);
         text = (SampleMode() ? "sample " : "picture ") + file.filename().string();
-        text += fileMissing ? " (missing)" : "";
+        if (const std::string fault = FaultOfSource(); !fault.empty())
+            text += " (" + fault + ")";
         expression.SetToolTip(("The terrain is the " + text + ". What is typed here is " +
                                "a formula that takes its place")
                                   .c_str());

@@ -164,9 +164,7 @@ void VexaView::CopyToOther() {
     if (other.Present() == sound)
         return;
     other.Load(sound, SoundName(), std::string("copy of ") + PresentSlot());
-    other.File().saved = Steps().File().saved;
-    other.File().path = Steps().File().path;
-    other.File().title = Steps().File().title;
+    other.File() = Steps().File();
     other.GiveUp(true);
 }
 

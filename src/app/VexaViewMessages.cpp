@@ -119,7 +119,8 @@ bool VexaView::TakeParameter(uint32 code) {
 
 /// Marks a field if its text is not used completely; its tool tip says what was understood.
 void VexaView::MarkNumber(FieldId id, bool controller) {
-    const std::string doubt = NumberDoubt(TextOf(id), controller);
+    const std::string doubt = id == FunctionField::Frequency ? FrequencyDoubt(TextOf(id))
+                                                             : NumberDoubt(TextOf(id), controller);
     Field(id).MarkWrong(!doubt.empty());
     Field(id).SetToolTip(doubt.c_str());
 }

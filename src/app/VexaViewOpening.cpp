@@ -34,6 +34,32 @@ std::string WholePath(const std::optional<std::filesystem::path>& file) {
     return error ? file->string() : whole.string();
 }
 
+/// Returns the names, each on a line of its own, under a first line.
+std::string Listed(const std::string& first, const std::vector<std::filesystem::path>& files) {
+    std::string lines = first;
+    for (const auto& file : files)
+        lines += '\n' + file.filename().string();
+    return lines;
+}
+
+/// Tells in one alert which of the dropped files were not opened.
+void TellWhatIsLeft(const DroppedFiles& dropped) {
+    if (dropped.others.empty() && dropped.unusable.empty())
+        return;
+    std::string details;
+    if (!dropped.others.empty())
+        details = Listed("These were not:", dropped.others);
+    if (!dropped.unusable.empty())
+        details += Listed((details.empty() ? "" : "\n") + std::string("These cannot be opened:"),
+                          dropped.unusable);
+    const char* const text = dropped.others.empty()
+                                 ? "Not all of these files can be opened."
+                                 : "Of each kind only the first file was opened.";
+    auto* alert = new BAlert("Open", text, "Ok", nullptr, nullptr, B_WIDTH_AS_USUAL, B_INFO_ALERT);
+    alert->SetDetails(details);
+    alert->Show();
+}
+
 } // namespace
 
 bool VexaView::TakeOpening(const BMessage& message) {
@@ -72,8 +98,15 @@ void VexaView::TakeDrop(const BMessage& message) {
     for (int32 i = 0; message.FindRef("refs", i, &ref) == B_OK; i++)
         files.push_back(std::filesystem::path(ref.directory) / ref.name);
     const DroppedFiles dropped = SortDropped(files);
+    // The rest belongs to the dropped sound, not to the one that the user may want to save or keep.
     if (dropped.sound)
-        Open(*dropped.sound);
+        OpenSound(*dropped.sound, [this, dropped] { OpenBesideSound(dropped); });
+    else
+        OpenBesideSound(dropped);
+}
+
+/// Opens all dropped files but the sound, and tells which are left.
+void VexaView::OpenBesideSound(const DroppedFiles& dropped) {
     if (dropped.terrain)
         Open(*dropped.terrain);
     if (dropped.scale || dropped.keymap) {
@@ -84,15 +117,7 @@ void VexaView::TakeDrop(const BMessage& message) {
             next.keymap = dropped.keymap;
         ChooseTuning(next);
     }
-    if (dropped.others.empty())
-        return;
-    std::string names;
-    for (const auto& file : dropped.others)
-        names += '\n' + file.filename().string();
-    auto* alert = new BAlert("Open", "Of each kind only the first file was opened.", "Ok", nullptr,
-                             nullptr, B_WIDTH_AS_USUAL, B_INFO_ALERT);
-    alert->SetDetails("These were not:" + names);
-    alert->Show();
+    TellWhatIsLeft(dropped);
 }
 
 void VexaView::Remember(const std::filesystem::path& file) {

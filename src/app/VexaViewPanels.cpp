@@ -37,6 +37,15 @@ class NoCopies : public BRefFilter {
     const kits::ProgramFolders& folders;
 };
 
+/// Asks whether to write a file. If it replaces one, Enter keeps that.
+bool AskToWrite(const std::string& question, bool replaces) {
+    auto* alert = new BAlert("Save", question.c_str(), "Cancel", replaces ? "Replace" : "Save",
+                             nullptr, B_WIDTH_AS_USUAL, B_WARNING_ALERT);
+    if (replaces)
+        alert->SetDefaultButton(0);
+    return alert->Go() == 1;
+}
+
 } // namespace
 
 /// Shows a panel or takes the result of one. Returns false for any other message.
@@ -148,11 +157,19 @@ bool VexaView::MayReplace(const BMessage& message, const char* folder, const std
                                  home.string() +
                                  (replaces ? ",\nwhere there is one already. Replace it?"
                                            : ",\nnot in the one that the panel showed.");
-    auto* alert = new BAlert("Save", question.c_str(), "Cancel", replaces ? "Replace" : "Save",
-                             nullptr, B_WIDTH_AS_USUAL, B_WARNING_ALERT);
-    if (replaces)
-        alert->SetDefaultButton(0);
-    return alert->Go() == 1;
+    return AskToWrite(question, replaces);
+}
+
+/// Asks before the sound replaces a file in which another program, or another sound of this window,
+/// has left something else than what was read from it or written to it. Returns whether to save.
+bool VexaView::MayReplaceOwn() {
+    const SoundFile& file = Steps().File();
+    std::error_code ignored;
+    if (!std::filesystem::exists(file.path, ignored) || DigestOf(file.path) == file.digest)
+        return true;
+    return AskToWrite("The file \"" + file.path.filename().string() +
+                          "\" has changed since it was opened. Replace it?",
+                      true);
 }
 
 } // namespace vexa

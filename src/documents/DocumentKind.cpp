@@ -96,6 +96,23 @@ DocumentKind KindByContent(const std::filesystem::path& path) {
 
 } // namespace
 
+bool IsOfAKind(const std::filesystem::path& path) try {
+    switch (BeginningOf(path)) {
+    case Beginning::Xml:
+        return KindByRoot(path).has_value();
+    case Beginning::Picture:
+        return true;
+    case Beginning::Other:
+        return IsSoundFile(path);
+    case Beginning::OtherText:
+    case Beginning::Nothing:
+        break;
+    }
+    return false;
+} catch (const std::bad_alloc&) {
+    return true;
+}
+
 DocumentKind KindOf(const std::filesystem::path& path) {
     try {
         return KindByContent(path);

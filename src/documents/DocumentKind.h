@@ -19,6 +19,11 @@ enum class DocumentKind { Sound, Function, Sample, Picture };
 /// The code that loads the file reports its faults. Throws nothing. Any thread.
 DocumentKind KindOf(const std::filesystem::path& path);
 
+/// Returns whether the content itself is of one of the kinds, so far as its beginning tells. Only
+/// such a file can be opened. A document for which there is not enough memory counts as one. Throws
+/// nothing. Any thread.
+bool IsOfAKind(const std::filesystem::path& path);
+
 /// The MIME types of the files of saved documents.
 constexpr const char* kSoundFileType = "text/orvo-Vexa-sound";
 constexpr const char* kFunctionFileType = "text/orvo-Vexa-function";

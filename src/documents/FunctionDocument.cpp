@@ -2,6 +2,8 @@
 #include "documents/FunctionDocument.h"
 
 #include "documents/DocumentKind.h"
+#include "documents/NumberDoubt.h"
+#include "documents/SoundDocument.h"
 #include "kits/support/NumberText.h"
 #include "kits/support/Quoted.h"
 
@@ -125,9 +127,12 @@ std::unique_ptr<MXFragment> ConstructFunctionElement(const Function& function) {
 kits::Result<void> InterpretFunction(const MXFragment& root, Function& function, Remarks& remarks) {
     const auto row =
         std::ranges::find_if(kFunctionElements, [&](const auto& r) { return root.name == r.name; });
-    if (row == std::end(kFunctionElements))
-        return Refusal(kInvalidFunction, "(expected a root element " + FunctionTags() + ", found " +
-                                             Tag(root.name) + ")");
+    if (row == std::end(kFunctionElements)) {
+        const std::string sound =
+            root.name == kSoundElement ? "" : ", or " + Tag(kSoundElement) + " for a sound";
+        return Refusal(kInvalidFunction, "(expected a root element " + FunctionTags() + sound +
+                                             ", found " + Tag(root.name) + ")");
+    }
     function.kind = row->kind;
     switch (function.kind) {
     case FunctionKind::Expression:
@@ -136,7 +141,10 @@ kits::Result<void> InterpretFunction(const MXFragment& root, Function& function,
     case FunctionKind::Sample: {
         const ElementScope sample(&root, {"samplefile", "frequency"}, remarks);
         sample.ReadText("samplefile", function.sampleFile);
-        sample.ReadNumber("frequency", function.frequency);
+        if (const MXFragment* element = sample.ReadText("frequency", function.frequency)) {
+            if (const std::string doubt = FrequencyDoubt(function.frequency); !doubt.empty())
+                remarks.Add(element->TextLeft(), Tag(element->name) + ": " + doubt);
+        }
         break;
     }
     case FunctionKind::Picture:

@@ -34,4 +34,11 @@ std::string NumberDoubt(const std::string& text, bool controller) {
            (text[rest] == ',' ? " (the decimal point is \".\")" : "");
 }
 
+std::string FrequencyDoubt(const std::string& text) {
+    const auto number = static_cast<float>(kits::NumberOf(text));
+    if (!std::isnormal(number) || number < 0)
+        return "expected a frequency above 0, found " + kits::Quoted(text);
+    return NumberDoubt(text, false);
+}
+
 } // namespace vexa

@@ -14,4 +14,7 @@ constexpr const char* kInvalidController = "Controller number must be between 0 
 /// number; surrounding blanks are ignored. Any thread.
 std::string NumberDoubt(const std::string& text, bool controller);
 
+/// Does the same for a frequency in Hz, which must be above 0; any other text is not used.
+std::string FrequencyDoubt(const std::string& text);
+
 } // namespace vexa

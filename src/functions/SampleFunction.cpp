@@ -17,6 +17,9 @@ namespace vexa {
 
 namespace {
 
+/// What a person may have wanted to load who has chosen a file of another kind.
+constexpr const char* kKinds = " (what can be loaded are sound files, and pictures as PNG or JPEG)";
+
 /// The radius at which the sample ends.
 constexpr float kRadius = 5.0F;
 
@@ -76,7 +79,8 @@ kits::Result<std::unique_ptr<BMediaFile>> Open(const std::filesystem::path& path
         return Failure(path, "there is no such folder");
     auto file = std::make_unique<BMediaFile>(&ref);
     if (file->InitCheck() != B_OK)
-        return kits::Error{file->Fault(), {kSampleAlert}};
+        return kits::Error{file->Fault() + (file->InitCheck() == B_MEDIA_NO_HANDLER ? kKinds : ""),
+                           {kSampleAlert}};
     return file;
 }
 

@@ -23,6 +23,9 @@ struct SoundFile {
     Sound saved;
     /// The file's path; empty if the sound does not come from a file.
     std::filesystem::path path{};
+    /// The digest of the file's content when it was read or written here, to notice what other
+    /// programs make of it; empty if it could not be read.
+    std::string digest{};
     /// The name that the document was given when it was saved as another file, in place of the name
     /// that the sound came with.
     std::optional<std::string> title{};

@@ -39,6 +39,21 @@ std::optional<std::filesystem::path> FileOf(const Function& function,
     return std::nullopt;
 }
 
+namespace {
+
+/// Loads the file of a sample or picture by `load`, whose errors have the alert `alert`.
+template<class Loaded>
+kits::Result<Loaded> LoadFile(const Function& function, const kits::ProgramFolders& folders,
+                              kits::Result<Loaded> (*load)(const std::filesystem::path&),
+                              const char* alert) {
+    // The path of an empty name is that of the folder.
+    if (SourceOf(function).empty())
+        return kits::Error{"the sound names no file for its terrain", {alert}};
+    return load(*FileOf(function, folders));
+}
+
+} // namespace
+
 Instrument::Instrument(kits::ProgramFolders programFolders, Addons addons, SoundsSay* apart)
     : folders(std::move(programFolders)),
       isApart(apart),
@@ -180,9 +195,9 @@ FunctionReport Instrument::Try(const Function& function) const {
     };
     switch (function.kind) {
     case FunctionKind::Sample:
-        return outcome(LoadSample(*FileOf(function, folders)));
+        return outcome(LoadFile(function, folders, LoadSample, kSampleAlert));
     case FunctionKind::Picture:
-        return outcome(LoadPicture(*FileOf(function, folders)));
+        return outcome(LoadFile(function, folders, LoadPicture, kPictureAlert));
     case FunctionKind::Expression:
         break;
     }
@@ -240,7 +255,7 @@ FunctionReport Instrument::Collect() {
 
 FunctionReport Instrument::InstallSample(const Function& function) {
     const std::filesystem::path path = *FileOf(function, folders);
-    kits::Result<LoadedSample> loaded = LoadSample(path);
+    kits::Result<LoadedSample> loaded = LoadFile(function, folders, LoadSample, kSampleAlert);
     if (!loaded)
         return {loaded.Fault(), B_ERROR};
     thread.Drop();
@@ -256,7 +271,7 @@ FunctionReport Instrument::InstallSample(const Function& function) {
 
 FunctionReport Instrument::InstallPicture(const Function& function) {
     const std::filesystem::path path = *FileOf(function, folders);
-    kits::Result<Picture> loaded = LoadPicture(path);
+    kits::Result<Picture> loaded = LoadFile(function, folders, LoadPicture, kPictureAlert);
     if (!loaded)
         return {loaded.Fault(), B_ERROR};
     thread.Drop();

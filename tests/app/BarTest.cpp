@@ -242,6 +242,10 @@ TEST_F(BarTest, TheFileThatIsTheTerrainIsNamed) {
     ASSERT_TRUE(vexa::WriteSound(In("sounds/gone.xml"), sound));
     view->LoadSound(In("sounds/gone.xml"));
     EXPECT_EQ(named(), "sample gone.wav (missing)");
+    folder.Write("samples/gone.wav", "no sound");
+    view->LoadSound(In("sounds/gone.xml"));
+    EXPECT_EQ(named(), "sample gone.wav (unreadable)");
+    EXPECT_THAT(view->SavingRemark(), testing::HasSubstr("is unreadable, so that nothing sounds"));
 }
 
 TEST_F(BarTest, TheWindowComesUpAsItWasLeft) {

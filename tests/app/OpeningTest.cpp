@@ -3,6 +3,7 @@
 #include "app/About.h"
 #include "app/MainMenu.h"
 #include "app/MainViewStage.h"
+#include "app/MessageCodes.h"
 #include "documents/FunctionDocument.h"
 #include "kits/interface/backends/WindowWidget.h"
 #include "kits/storage/ReadFile.h"
@@ -137,6 +138,64 @@ TEST_F(OpeningTest, OfSeveralFilesTheFirstOfEachKindIsOpenedAndTheRestIsTold) {
     EXPECT_THAT(alerts.texts, ElementsAre("The tuning stays as it is."));
     EXPECT_THAT(alerts.details, HasSubstr("bad.scl:"));
     EXPECT_EQ(view->Tuned().scale, In("a.scl"));
+}
+
+TEST_F(OpeningTest, OfSeveralFilesTheUnusableTakeNoPlaceAndAreTold) {
+    Open();
+    const fs::path noise = folder.Write("noise.bin", "no sound"),
+                   page = folder.Write("page.xml", "<html></html>"),
+                   bad = folder.Write("bad.scl", "hello"), none = In("none.wav");
+    EXPECT_TRUE(DropFiles({noise, page, In("samples/pluck.wav"), bad, folder.Write("a.scl", kScale),
+                           none, In("sounds")}));
+    EXPECT_TRUE(view->SampleMode());
+    EXPECT_EQ(view->Tuned().scale, In("a.scl"));
+    EXPECT_THAT(alerts.texts, ElementsAre("Not all of these files can be opened."));
+    EXPECT_EQ(alerts.details,
+              "These cannot be opened:\nnoise.bin\npage.xml\nbad.scl\nnone.wav\nsounds");
+    alerts.texts.clear();
+    EXPECT_TRUE(DropFiles({page, Function("f.xml", "x-1"), In("samples/pluck.wav")}));
+    EXPECT_EQ(Text("Fxy"), "x-1");
+    EXPECT_THAT(alerts.texts, ElementsAre(HasSubstr("only the first")));
+    EXPECT_EQ(alerts.details, "These were not:\npluck.wav\nThese cannot be opened:\npage.xml");
+}
+
+TEST_F(OpeningTest, WhatIsDroppedWithASoundWaitsUntilTheSoundIsOpened) {
+    Open();
+    Enter("Fxy", "x*y");
+    const std::vector<fs::path> files{In("samples/pluck.wav"), folder.Write("s.scl", kScale),
+                                      In("sounds/bell.xml"), In("sounds/default.xml")};
+    const auto expectNothingOpened = [&] {
+        EXPECT_THAT(alerts.texts, ElementsAre(HasSubstr("changes that are not saved")));
+        EXPECT_EQ(Text("Fxy"), "x*y");
+        EXPECT_FALSE(view->SampleMode());
+        EXPECT_EQ(view->Tuned().scale, std::nullopt);
+        alerts.texts.clear();
+    };
+    alerts.answer = 0;
+    DropFiles(files);
+    expectNothingOpened();
+
+    alerts.answer = 2;
+    DropFiles(files);
+    EXPECT_THAT(OpenTitles(), ElementsAre("Save Sound"));
+    expectNothingOpened();
+    BMessage named(vexa::kSoundSavedCode);
+    const entry_ref sounds{folder.Path().string(), "sounds"};
+    named.AddRef("directory", &sounds);
+    named.AddString("name", "mine.xml");
+    alerts.answer = -1;
+    Send(*view, named);
+    EXPECT_THAT(test::Contents(In("sounds/mine.xml")), HasSubstr("<expression>x*y</expression>"));
+    EXPECT_EQ(view->SoundName(), "bell");
+    EXPECT_TRUE(view->SampleMode());
+    EXPECT_EQ(view->Tuned().scale, In("s.scl"));
+    EXPECT_THAT(alerts.texts, ElementsAre(HasSubstr("only the first")));
+
+    // Of a sound that cannot be opened there is nothing that the terrain could belong to.
+    view->TakeAsSaved();
+    DropFiles({folder.Write("empty.xml", "<vexasound></vexasound>"), Function("f.xml", "x-1")});
+    EXPECT_EQ(alerts.texts.back(), "This is not a valid sound.");
+    EXPECT_TRUE(view->SampleMode());
 }
 
 TEST_F(OpeningTest, WhatWasOpenedCanBeOpenedAgain) {

@@ -13,6 +13,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <fstream>
+#include <utility>
 
 #include <gmock/gmock.h>
 
@@ -236,8 +238,7 @@ TEST_F(OwnFolderTest, AnotherSoundStandsInForADefaultThatCannotBeRead) {
         window = new vexa::VexaWindow({64, 100, 999, 610}, folders, {.settings = settings});
         view = &window->MainView();
         test::Settle();
-        EXPECT_THAT(alerts.texts, ElementsAre("unable to get the system mixer",
-                                              "The sound \"default\" could not be read."));
+        EXPECT_THAT(alerts.texts, ElementsAre("The sound \"default\" could not be read."));
         EXPECT_THAT(alerts.details, HasSubstr(broken + ":1:1: "));
         EXPECT_FALSE(view->Changed());
     };
@@ -258,6 +259,58 @@ TEST_F(OwnFolderTest, AnotherSoundStandsInForADefaultThatCannotBeRead) {
     EXPECT_THAT(alerts.details, HasSubstr("sounds/default.xml: expected a root element"));
     EXPECT_EQ(view->SoundName(), vexa::kInitialSoundName);
     EXPECT_EQ(view->ConstructSound(), vexa::InitialSound());
+}
+
+TEST_F(OwnFolderTest, ControlSAsksBeforeItReplacesWhatWasChangedElsewhere) {
+    const auto mine = In("own/sounds/mine.xml");
+    std::filesystem::copy(In("sounds/bell.xml"), mine);
+    const auto changeElsewhere = [&] { std::ofstream(mine, std::ios::app) << "<!-- mine -->"; };
+    /// Edits and saves, and returns the questions.
+    int number = 2;
+    const auto save = [&] {
+        alerts.texts.clear();
+        Enter("Fy", std::to_string(number++).c_str());
+        test::TypeKey(*window, Qt::Key_S, Qt::ControlModifier);
+        test::Settle();
+        return std::exchange(alerts.texts, {});
+    };
+    const auto asks = ElementsAre(HasSubstr("has changed since it was opened"));
+    Choose(vexa::kSoundLoadedCode, mine);
+    changeElsewhere();
+    alerts.answer = 0;
+    EXPECT_THAT(save(), asks);
+    EXPECT_THAT(test::Contents(mine), HasSubstr("<!-- mine -->"));
+    EXPECT_TRUE(view->Changed());
+    alerts.answer = 1;
+    EXPECT_THAT(save(), asks);
+    EXPECT_THAT(test::Contents(mine), testing::Not(HasSubstr("<!-- mine -->")));
+    EXPECT_FALSE(view->Changed());
+    // There is no question about what was written here.
+    EXPECT_THAT(save(), ElementsAre());
+    // A copy in the other slot is of the same state of the file; each slot has its own after that.
+    Choose(vexa::kSoundLoadedCode, In("sounds/bell.xml"));
+    view->SwitchAB();
+    Choose(vexa::kSoundLoadedCode, mine);
+    view->CopyToOther();
+    view->SwitchAB();
+    EXPECT_THAT(save(), ElementsAre());
+    view->SwitchAB();
+    EXPECT_THAT(save(), asks);
+    // A file that has gone is written again.
+    changeElsewhere();
+    std::filesystem::remove(mine);
+    EXPECT_THAT(save(), ElementsAre());
+    EXPECT_TRUE(std::filesystem::exists(mine));
+    // A sound that a program change has chosen is of its file too.
+    view->FollowPrograms(true);
+    const std::vector<std::string> names = folders.Documents("sounds");
+    const auto program = std::ranges::find(names, "mine.xml") - names.begin();
+    view->Graph().Consumer().Gate()->ProgramChange(0, static_cast<uchar>(program), 0);
+    test::Settle();
+    EXPECT_FALSE(view->Changed());
+    EXPECT_THAT(save(), ElementsAre());
+    changeElsewhere();
+    EXPECT_THAT(save(), asks);
 }
 
 TEST_F(OwnFolderTest, WhatTheProgramIsStartedWithIsOfItsFile) {
@@ -303,11 +356,12 @@ TEST_F(OwnFolderTest, WhatTheProgramIsStartedWithIsOfItsFile) {
     EXPECT_THAT(alerts.texts, ElementsAre());
 }
 
-TEST_F(PanelTest, NoNameLeavesTheFolder) {
-    for (const char* name : {"", "..", "../out.xml", "/tmp/out.xml", "a\nb"})
+TEST_F(PanelTest, NoNameLeavesTheFolderOrIsHidden) {
+    for (const char* name : {"", "..", "../out.xml", "/tmp/out.xml", "a\nb", ".out.xml"})
         SaveAs(vexa::kSoundSavedCode, name, In("sounds"));
-    EXPECT_EQ(alerts.texts.size(), 5U);
+    EXPECT_EQ(alerts.texts.size(), 6U);
     EXPECT_FALSE(std::filesystem::exists(In("out.xml")));
+    EXPECT_FALSE(std::filesystem::exists(In("sounds/.out.xml")));
 }
 
 TEST_F(PanelTest, BadDocumentsAreReportedAndChangeNothing) {

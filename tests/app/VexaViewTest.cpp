@@ -650,7 +650,13 @@ TEST_F(VexaViewTest, NothingOfASampleOrALongExpressionIsLostOnSaving) {
 
 TEST_F(VexaViewTest, AFieldThatIsNotWhollyANumberIsMarked) {
     Open(false);
+    view->LoadSample(In("samples/pluck.wav").c_str());
     for (const auto& [field, text, tip] : {std::tuple{"Ax1", "7,5", "counts as 7"},
+                                           {"SFreq", "0", "expected a frequency above 0"},
+                                           {"SFreq", "-3", "expected a frequency above 0"},
+                                           {"SFreq", "1e300", "expected a frequency above 0"},
+                                           {"SFreq", "220.5", ""},
+                                           {"SFreq", "220,5", "counts as 220"},
                                            {"Ax1", "nan", "not a number"},
                                            {"Cx4", "128", "between 0 and 127"},
                                            {"Sc", "0.90.7", "counts as 0.9"},
@@ -663,6 +669,16 @@ TEST_F(VexaViewTest, AFieldThatIsNotWhollyANumberIsMarked) {
         EXPECT_THAT(Field(field).ToolTip(), HasSubstr(tip)) << text;
         EXPECT_EQ(*Field(field).ToolTip() == 0, *tip == 0) << text;
     }
+}
+
+TEST_F(VexaViewTest, WhoAsksForNoAudioSystemGetsNoAlertAboutIt) {
+    const auto ofSound = testing::AnyOf(HasSubstr("mixer"), HasSubstr("node"));
+    window = new vexa::VexaWindow({64, 100, 999, 610}, folders, {.settings = settings});
+    test::Settle();
+    EXPECT_THAT(alerts.texts, testing::Not(testing::Contains(ofSound)));
+    delete window;
+    window = nullptr;
+    EXPECT_THAT(alerts.texts, testing::Not(testing::Contains(ofSound)));
 }
 
 TEST_F(VexaViewTest, WhatCannotBeLoadedChangesNothing) {
@@ -679,6 +695,8 @@ TEST_F(VexaViewTest, WhatCannotBeLoadedChangesNothing) {
     ASSERT_EQ(alerts.texts.size(), 3U);
     EXPECT_EQ(alerts.texts[0], "Could not load \n" + (folder.Path() / "none.xml").string());
     EXPECT_EQ(alerts.texts[2], "This is not a valid function.");
+    EXPECT_THAT(alerts.details, testing::AllOf(HasSubstr("other.xml:1:1: (expected a root"),
+                                               HasSubstr("<vexasound> for a sound, found <foo>")));
     EXPECT_EQ(view->ConstructSound(), before);
 }
 

@@ -112,6 +112,34 @@ TEST(FunctionDocument, MacrosAreFreshUnlessTheDocumentHasThem) {
     EXPECT_EQ(macros[2].controller, 3);
 }
 
+TEST(FunctionDocument, AFrequencyThatIsNoneIsReportedWithItsPlace) {
+    const TemporaryFolder folder;
+    for (const auto& [text, told] : {std::pair{"440", ""},
+                                     {"0", "expected a frequency above 0, found \"0\""},
+                                     {"-3", "expected a frequency above 0, found \"-3\""},
+                                     {"nan", "expected a frequency above 0, found \"nan\""},
+                                     {"", "expected a frequency above 0, found \"\""},
+                                     {"220 Hz", "which counts as 220"}}) {
+        const auto path = folder.Write(
+            "f", "<vexasamplefunction><info><author></author></info><samplefile>a</"
+                 "samplefile>\n<frequency>" +
+                     std::string(text) +
+                     "</frequency><display><width>1</width><linkfunction><x>1</x><y>1</y>"
+                     "</linkfunction><linkscreenrel><x>1</x><y>1</y></linkscreenrel></display>"
+                     "</vexasamplefunction>");
+        Warnings warnings;
+        const auto read = ReadFunction(path, Function(), &warnings);
+        ASSERT_TRUE(read);
+        EXPECT_EQ(read->frequency, text);
+        if (*told)
+            EXPECT_THAT(
+                kits::Texts(warnings),
+                ElementsAre(testing::AllOf(HasSubstr("f:2:1: <frequency>: "), HasSubstr(told))));
+        else
+            EXPECT_THAT(kits::Texts(warnings), ElementsAre());
+    }
+}
+
 TEST(FunctionDocument, WhatIsMissingStaysAndIsReportedWithItsPlace) {
     const TemporaryFolder folder;
     const auto path = folder.Write("f", "<vexafunction><expression>  x </expression><display>\n"
@@ -166,7 +194,8 @@ TEST(FunctionDocument, SaysWhyAFileIsNoFunction) {
          "utf16: expected a text in UTF-8, found UTF-16"},
         {folder.Write("sound", "<vexasound/><\xE9\x1Bther></other>"), kInvalidFunction,
          "sound:1:13: This is not a valid function. (expected a root element <vexafunction>, "
-         "<vexasamplefunction> or <vexapicturefunction>, found <??ther>)"},
+         "<vexasamplefunction> or <vexapicturefunction>, or <vexasound> for a sound, found "
+         "<??ther>)"},
     };
     for (const auto& [path, alert, reason] : cases) {
         const auto read = ReadFunction(path, {});

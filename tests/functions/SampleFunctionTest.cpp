@@ -178,8 +178,10 @@ TEST(LoadSample, TellsWhyThereIsNone) {
     };
     folder.Write("text.txt", "This is a text.");
     folder.Write("empty.wav", "");
+    folder.Write("moving.gif", "GIF89a");
     folder.Write("headed.wav", test::ShortWav({}, 44100, 1));
-    refuse("text.txt", "");
+    for (const char* other : {"text.txt", "moving.gif"})
+        refuse(other, "are sound files, and pictures as PNG or JPEG");
     refuse("empty.wav", "");
     refuse("headed.wav", "no sound");
     refuse("missing.wav", "No such file");

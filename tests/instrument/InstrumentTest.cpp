@@ -403,6 +403,9 @@ TEST(Instrument, WhatCannotBePlayedLeavesAllAsItWas) {
     missing.pictureFile = "none.png";
     EXPECT_THAT(instrument.SetFunction(missing).alerts, ElementsAre(vexa::kPictureAlert));
     EXPECT_THAT(instrument.Try(missing).text, HasSubstr("pictures/none.png: No such file"));
+    missing.pictureFile = "";
+    EXPECT_THAT(instrument.Try(missing).text, HasSubstr("names no file"));
+    EXPECT_THAT(instrument.SetFunction(missing).text, HasSubstr("names no file"));
     EXPECT_EQ(instrument.State().function, Of("x"));
     EXPECT_EQ(shown, 0);
 }

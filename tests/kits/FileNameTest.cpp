@@ -23,6 +23,8 @@ TEST(FileName, RefusesWhatIsNoNameAndSaysWhy) {
              {"a/b", "slash"},
              {"../a", "slash"},
              {"a/", "slash"},
+             {".hidden", "begins with a dot"},
+             {"...", "begins with a dot"},
              {"a\nb", "cannot be shown"},
              {"\t", "cannot be shown"},
              {std::string("a\0b", 3), "cannot be shown"},
@@ -47,7 +49,7 @@ TEST(FileName, RefusesWhatIsNoNameAndSaysWhy) {
 TEST(FileName, WhatPassesCanBeWritten) {
     const test::TemporaryFolder folder;
     for (const std::string& name :
-         {std::string("a"), std::string(" "), std::string("..."), std::string("-rf"),
+         {std::string("a"), std::string(" "), std::string("a."), std::string("-rf"),
           std::string("a b.xml"), std::string("\xc3\xa4\xe2\x99\xab\xf0\x9f\x8e\xb9"),
           std::string("%s\\\"'`$(id)"), std::string(255, 'a')}) {
         EXPECT_TRUE(kits::CheckFileName(name)) << name;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/storage/ReadFile.h"
 
+#include "kits/storage/Digest.h"
 #include "support/TemporaryFolder.h"
 
 #include <fstream>
@@ -23,6 +24,7 @@ TEST(ReadFile, TakesRegularFilesUpToALengthAndRefusesTheRestAtOnce) {
         const auto read = kits::ReadFile(path, bytes.size());
         ASSERT_TRUE(read) << read.Fault().text;
         EXPECT_TRUE(*read == bytes);
+        EXPECT_EQ(*kits::DigestOfFile(path), kits::Digest(bytes));
     }
 
     const fs::path pipe = folder.Path() / "pipe";

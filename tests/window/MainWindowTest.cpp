@@ -276,7 +276,8 @@ TEST_F(MainWindow, EndsWithAFilePanelOpen) {
 }
 
 TEST_F(MainWindow, ASignalEndsItAtOnceThoughThereIsSomethingToSay) {
-    test::Companion silent({program.Path("vexa"), "--audio", "none"}, log);
+    const test::EnvironmentVariable noServer("JACK_DEFAULT_SERVER", "vexa-test-none");
+    test::Companion silent({program.Path("vexa"), "--audio", "jack"}, log);
     Answer("Error", 0);
     desktop.UseWindow("Vexa");
     ::kill(silent.Process(), SIGTERM);

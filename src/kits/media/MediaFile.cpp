@@ -85,7 +85,7 @@ BMediaFile::BMediaFile(const entry_ref* ref) {
     if (source->file) {
         track.reset(new BMediaTrack(std::move(source)));
     } else {
-        status = B_BAD_TYPE;
+        status = sf_error(nullptr) == SF_ERR_UNRECOGNISED_FORMAT ? B_MEDIA_NO_HANDLER : B_BAD_TYPE;
         fault = "could not read " + path + ": " + sf_strerror(nullptr);
     }
 }

@@ -14,6 +14,8 @@ struct media_header;
 enum : status_t {
     /// A track has no further frames.
     B_LAST_BUFFER_ERROR = -ENODATA,
+    /// The file is of no known format.
+    B_MEDIA_NO_HANDLER = -ENOTSUP,
 };
 
 /// The number of frames of a track whose file does not say how long it is.

@@ -49,6 +49,8 @@ Result<void> CheckFileName(std::string_view name) {
         return Error{Quoted(name) + " is the name of a folder."};
     if (name.find('/') != std::string_view::npos)
         return Error{Quoted(name) + " contains a slash, which separates folders."};
+    if (name.front() == '.')
+        return Error{Quoted(name) + " begins with a dot, by which files are hidden from lists."};
     if (std::any_of(name.begin(), name.end(), [](char character) {
             const auto byte = static_cast<unsigned char>(character);
             return byte < ' ' || byte == 0x7f;

@@ -12,9 +12,10 @@ namespace kits {
 constexpr std::size_t kLongestFileName = 255;
 
 /// Checks that a file can be created under `name`, a single component of a path. It rejects an
-/// empty name, "." and "..", a slash, control characters (a line feed among them), which would
-/// break the lines of lists and messages, text that is not UTF-8, and names longer than
-/// kLongestFileName. The error says why, for the user. The file system is not touched. Any thread.
+/// empty name, "." and "..", a slash, a dot at the beginning, which hides the file, control
+/// characters (a line feed among them), which would break the lines of lists and messages, text
+/// that is not UTF-8, and names longer than kLongestFileName. The error says why, for the user. The
+/// file system is not touched. Any thread.
 Result<void> CheckFileName(std::string_view name);
 
 } // namespace kits

@@ -1,17 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/storage/ProgramFolder.h"
 
+#include "kits/storage/Digest.h"
 #include "kits/storage/Entry.h"
 #include "kits/storage/Path.h"
 #include "kits/storage/ReadFile.h"
 #include "kits/storage/UserFolders.h"
 
-#include <array>
 #include <cstdint>
 #include <set>
-#include <string_view>
 
-#include <sha2.h>
 #include <unistd.h>
 
 namespace kits {
@@ -31,12 +29,6 @@ bool IsFile(const fs::path& path) {
     std::error_code ignored;
     const fs::file_status status = fs::status(path, ignored);
     return fs::exists(status) && !fs::is_directory(status);
-}
-
-std::string Digest(std::string_view bytes) {
-    std::array<char, SHA256_DIGEST_STRING_LENGTH> text{};
-    ::SHA256Data(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size(), text.data());
-    return text.data();
 }
 
 } // namespace
@@ -74,8 +66,8 @@ bool ProgramFolders::IsListed(const fs::path& file) const {
     // Most names are not in the list; their files need not be read.
     if (!list || list->find(entry) == std::string::npos)
         return false;
-    const Result<std::string> content = ReadFile(file);
-    return content && list->find(Digest(*content) + entry) != std::string::npos;
+    const Result<std::string> digest = DigestOfFile(file);
+    return digest && list->find(*digest + entry) != std::string::npos;
 }
 
 fs::path ProgramFolders::Find(const char* folder, const fs::path& name) const {

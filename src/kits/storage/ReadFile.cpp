@@ -3,6 +3,7 @@
 
 #include "kits/storage/FileKind.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -19,8 +20,8 @@ Error NotRead(const std::filesystem::path& path, const std::string& reason) {
     return {"could not read " + path.string() + ": " + reason};
 }
 
-Result<std::string> ReadAll(const Descriptor& file, const std::filesystem::path& path,
-                            std::size_t most) {
+Result<void> ReadPieces(const Descriptor& file, const std::filesystem::path& path, std::size_t most,
+                        const std::function<void(std::string_view)>& take) {
     const auto tooLong = [&] {
         return NotRead(path, "it is larger than " + std::to_string(most >> 20) + " MB");
     };
@@ -28,19 +29,30 @@ Result<std::string> ReadAll(const Descriptor& file, const std::filesystem::path&
     if (::fstat(file.Number(), &status) == 0 && static_cast<std::size_t>(status.st_size) > most)
         return tooLong();
 
-    std::string content;
+    std::size_t length = 0;
     std::array<char, 65536> buffer;
     while (true) {
         const ssize_t count = ::read(file.Number(), buffer.data(), buffer.size());
-        if (count > 0)
-            content.append(buffer.data(), static_cast<std::size_t>(count));
-        else if (count == 0)
-            return content;
-        else if (errno != EINTR)
+        if (count == 0)
+            return {};
+        if (count < 0 && errno != EINTR)
             return NotRead(path, std::strerror(errno));
-        if (content.size() > most)
+        const std::string_view piece(buffer.data(),
+                                     static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+        length += piece.size();
+        if (length > most)
             return tooLong();
+        take(piece);
     }
+}
+
+Result<std::string> ReadAll(const Descriptor& file, const std::filesystem::path& path,
+                            std::size_t most) {
+    std::string content;
+    const auto append = [&content](std::string_view piece) { content += piece; };
+    if (const auto read = ReadPieces(file, path, most, append); !read)
+        return read.Fault();
+    return content;
 }
 
 } // namespace
@@ -63,6 +75,12 @@ Result<Descriptor> OpenRegularFile(const std::filesystem::path& path) {
 Result<std::string> ReadFile(const std::filesystem::path& path, std::size_t most) {
     const Result<Descriptor> file = OpenRegularFile(path);
     return file ? ReadAll(*file, path, most) : file.Fault();
+}
+
+Result<void> ReadFileInPieces(const std::filesystem::path& path,
+                              const std::function<void(std::string_view)>& take) {
+    const Result<Descriptor> file = OpenRegularFile(path);
+    return file ? ReadPieces(*file, path, kMostFileBytes, take) : file.Fault();
 }
 
 Result<std::string> ReadStream(const std::filesystem::path& path, std::size_t most) {

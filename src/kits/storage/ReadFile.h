@@ -7,7 +7,9 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <functional>
 #include <string>
+#include <string_view>
 
 namespace kits {
 
@@ -23,6 +25,11 @@ Result<Descriptor> OpenRegularFile(const std::filesystem::path& path);
 /// is refused, whether by the size that the system reports or because it grows beyond that. The
 /// error names the path and the reason. Any thread.
 Result<std::string> ReadFile(const std::filesystem::path& path, std::size_t most = kMostFileBytes);
+
+/// Reads as ReadFile does, at most kMostFileBytes, but holds only a piece at a time, which it
+/// passes to `take`. An error may come after the first pieces. Any thread.
+Result<void> ReadFileInPieces(const std::filesystem::path& path,
+                              const std::function<void(std::string_view)>& take);
 
 /// Reads as ReadFile does, but also from a pipe or a device, and waits for its end. For files that
 /// a person names on a command line. Any thread that may wait.

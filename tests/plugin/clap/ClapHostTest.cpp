@@ -24,6 +24,7 @@ using test::Name;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::IsEmpty;
+using testing::StartsWith;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr uint16_t kOn = CLAP_EVENT_NOTE_ON, kOff = CLAP_EVENT_NOTE_OFF;
@@ -535,6 +536,47 @@ TEST_F(ClapPlugin, ActivationsAndLatenciesMayComeInAnyOrder) {
     const std::vector<float> expected = fresh.Run(8192);
     EXPECT_EQ(host.Run(8192), expected);
     EXPECT_GT(Level(expected), 1e-3);
+}
+
+TEST_F(ClapPlugin, HasAWindowWhereItsLibraryAndTheHostsTimersAre) {
+    const test::TemporaryFolder folder;
+    const std::string copy = folder.Write("vexa.clap", test::Contents(VEXA_CLAP)).string();
+    const auto supports = [](ClapHost& host, const char* api, bool isFloating) {
+        return host.Extension<clap_plugin_gui>(CLAP_EXT_GUI)
+            .is_api_supported(host.plugin, api, isFloating);
+    };
+    // A plug-in without its library, and one with a library that is none.
+    for (const char* said : {"", "vexa: "}) {
+        ClapHost host(48000, test::FactoryOf(copy.c_str()));
+        testing::internal::CaptureStderr();
+        EXPECT_FALSE(supports(host, CLAP_WINDOW_API_X11, false));
+        EXPECT_THAT(testing::internal::GetCapturedStderr(), StartsWith(said));
+        EXPECT_FALSE(host.timer);
+        folder.Write("vexa/vexa-window.so", "nothing");
+    }
+    ClapHost host;
+    const auto& gui = host.Extension<clap_plugin_gui>(CLAP_EXT_GUI);
+    EXPECT_EQ(supports(host, CLAP_WINDOW_API_X11, false), VEXA_HAS_WINDOW);
+    EXPECT_FALSE(supports(host, CLAP_WINDOW_API_X11, true));
+    EXPECT_FALSE(supports(host, CLAP_WINDOW_API_WAYLAND, false));
+    host.hasTimers = false;
+    EXPECT_EQ(supports(host, CLAP_WINDOW_API_X11, false), VEXA_HAS_WINDOW) << "as in a scan";
+    EXPECT_FALSE(gui.create(host.plugin, CLAP_WINDOW_API_X11, false));
+    host.hasTimers = true;
+    for (int i = 0; i < 2; i++) {
+        uint32_t width = 0, height = 0;
+        EXPECT_EQ(gui.create(host.plugin, CLAP_WINDOW_API_X11, false), VEXA_HAS_WINDOW);
+        EXPECT_EQ(host.timer.has_value(), VEXA_HAS_WINDOW);
+        EXPECT_FALSE(gui.create(host.plugin, CLAP_WINDOW_API_X11, false)) << "it exists";
+        EXPECT_EQ(gui.get_size(host.plugin, &width, &height), VEXA_HAS_WINDOW);
+        EXPECT_EQ(width > 0 && height > 0, VEXA_HAS_WINDOW);
+        EXPECT_FALSE(gui.show(host.plugin)) << "it has no parent";
+        host.Idle();
+        gui.destroy(host.plugin);
+        gui.destroy(host.plugin);
+        EXPECT_FALSE(host.timer);
+        EXPECT_FALSE(gui.get_size(host.plugin, &width, &height));
+    }
 }
 
 TEST_F(ClapPlugin, OthersPlayWhileInstancesComeAndGoAndStatesAreLoaded) {

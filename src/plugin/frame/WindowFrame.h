@@ -22,7 +22,7 @@ class WindowFrame {
   public:
     /// The size of the window in pixels until the program has reported its own: its size with the
     /// default font.
-    static constexpr std::uint16_t kWidth = 968, kHeight = 541;
+    static constexpr std::uint16_t kWidth = 1216, kHeight = 650;
 
     /// Makes the window inside `parent` and starts the program, which it looks for in `folder`.
     /// Throws if there is no X server.

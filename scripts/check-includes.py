@@ -48,7 +48,9 @@ ALLOWED = {
     "bank": ENGINE_KITS + ["kits/text", "synth", "formula", "functions", "documents", "instrument"],
     "attach": ["kits/support", "synth"],
     "render": ENGINE_KITS + ENGINE,
-    "plugin": ENGINE_KITS + ENGINE + ["attach"],
+    # It becomes a part of libraries that have nothing of the engine.
+    "plugin/frame": [],
+    "plugin": ENGINE_KITS + ENGINE + ["attach", "plugin/frame"],
     "views": ALL_KITS + ENGINE,
     "app": ALL_KITS + ENGINE + ["bank", "attach", "views"],
 }
@@ -125,7 +127,7 @@ def folder_of(path):
 
 def may_name_libraries(path):
     parts = path.split("/")
-    if path.startswith(("plugin/lv2/", "plugin/clap/")):
+    if path.startswith(("plugin/lv2/", "plugin/clap/", "plugin/frame/")):
         return True
     return parts[0] == "kits" and (path.endswith(".cpp") or "backends" in parts[:-1])
 

@@ -118,7 +118,7 @@ class HostedInstrument {
     /// Returns the records of the engine. Any thread may read those members that are open to any
     /// thread.
     const SoundRecords& Records() const { return instrument.Playing(); }
-    /// Returns true if a window has edited the sound since the last call. Audio side.
+    /// Returns true if a window has edited the sound since the last call. Any thread.
     VEXA_REALTIME bool TakeEdited() noexcept { return edited.exchange(false); }
 
   private:

@@ -9,10 +9,12 @@
 #include <utility>
 
 #include <clap/ext/audio-ports.h>
+#include <clap/ext/gui.h>
 #include <clap/ext/latency.h>
 #include <clap/ext/note-ports.h>
 #include <clap/ext/params.h>
 #include <clap/ext/state.h>
+#include <clap/ext/timer-support.h>
 
 namespace vexa::clap {
 
@@ -93,6 +95,47 @@ constexpr clap_plugin_state kState{
     [](const clap_plugin* face, const clap_ostream* stream) { return Of(face).Save(*stream); },
     [](const clap_plugin* face, const clap_istream* stream) { return Of(face).Load(*stream); }};
 
+constexpr clap_plugin_gui kGui{
+    [](const clap_plugin* face, const char* api, bool isFloating) {
+        return Of(face).Window().IsSupported(api, isFloating);
+    },
+    [](const clap_plugin*, const char** api, bool* isFloating) {
+        *api = CLAP_WINDOW_API_X11;
+        *isFloating = false;
+        return true;
+    },
+    [](const clap_plugin* face, const char* api, bool isFloating) {
+        return Of(face).Window().Create(api, isFloating);
+    },
+    [](const clap_plugin* face) { Of(face).DestroyWindow(); },
+    // The program takes its scale from the desktop.
+    [](const clap_plugin*, double) { return false; },
+    [](const clap_plugin* face, uint32_t* width, uint32_t* height) {
+        return Of(face).Window().GetSize(*width, *height);
+    },
+    [](const clap_plugin*) { return true; },
+    [](const clap_plugin*, clap_gui_resize_hints* hints) {
+        *hints = {};
+        hints->can_resize_horizontally = hints->can_resize_vertically = true;
+        return true;
+    },
+    // The program leaves free or hides what differs from the sizes that it can have.
+    [](const clap_plugin*, uint32_t*, uint32_t*) { return true; },
+    [](const clap_plugin* face, uint32_t width, uint32_t height) {
+        return Of(face).Window().SetSize(width, height);
+    },
+    [](const clap_plugin* face, const clap_window* parent) {
+        return Of(face).Window().SetParent(*parent);
+    },
+    // The next two are for floating windows.
+    [](const clap_plugin*, const clap_window*) { return false; },
+    [](const clap_plugin*, const char*) {},
+    [](const clap_plugin* face) { return Of(face).Window().Show(true); },
+    [](const clap_plugin* face) { return Of(face).Window().Show(false); }};
+
+constexpr clap_plugin_timer_support kTimer{
+    [](const clap_plugin* face, clap_id id) { Of(face).OnTimer(id); }};
+
 constexpr clap_plugin_latency kLatency{
     [](const clap_plugin* face) -> uint32_t { return Of(face).Latency(); }};
 
@@ -100,7 +143,8 @@ const void* Extension(const clap_plugin*, const char* id) {
     static constexpr std::pair<const char*, const void*> kExtensions[] = {
         {CLAP_EXT_AUDIO_PORTS, &kAudioPorts}, {CLAP_EXT_NOTE_PORTS, &kNotePorts},
         {CLAP_EXT_PARAMS, &kParams},          {CLAP_EXT_STATE, &kState},
-        {CLAP_EXT_LATENCY, &kLatency},
+        {CLAP_EXT_LATENCY, &kLatency},        {CLAP_EXT_GUI, &kGui},
+        {CLAP_EXT_TIMER_SUPPORT, &kTimer},
     };
     for (const auto& [name, extension] : kExtensions) {
         if (std::strcmp(id, name) == 0)

@@ -5,6 +5,7 @@
 #include "kits/support/RealtimeMark.h"
 #include "plugin/HostedFolders.h"
 #include "plugin/clap/Extensions.h"
+#include "plugin/clap/HostExtension.h"
 #include "plugin/clap/Parameters.h"
 #include "synth/Realtime.h"
 
@@ -16,15 +17,11 @@
 
 #include <clap/ext/latency.h>
 #include <clap/ext/params.h>
+#include <clap/ext/state.h>
 
 namespace vexa::clap {
 
 namespace {
-
-template<class Extension>
-const Extension* Find(const clap_host& host, const char* id) {
-    return static_cast<const Extension*>(host.get_extension(&host, id));
-}
 
 /// Returns the note that an event addresses; no value if the event is for another port.
 template<class Event>
@@ -50,7 +47,11 @@ VEXA_REALTIME bool IsQuiet(const float* samples, uint32_t count) noexcept {
 } // namespace
 
 Plugin::Plugin(const clap_host& host, const std::filesystem::path& content)
-    : host(host), instrument(HostedFolders(content), rate), face(FaceOf(*this)) {
+    : host(host),
+      instrument(HostedFolders(content), rate),
+      face(FaceOf(*this)),
+      windows(instrument, [](const std::string& line) { Tell(line); }),
+      gui(host, windows, content, [](const std::string& line) { Tell(line); }) {
     const Knobs untouched = UntouchedKnobs();
     std::copy(untouched.begin(), untouched.end(), knobs.begin());
     if (!instrument.StartFault().empty())
@@ -81,6 +82,25 @@ void Plugin::OnMainThread() noexcept {
         host.request_restart(&host);
 }
 
+void Plugin::OnTimer(clap_id id) noexcept {
+    gui.OnTimer(id);
+    TellEdits();
+}
+
+void Plugin::DestroyWindow() noexcept {
+    gui.Destroy();
+    TellEdits();
+}
+
+/// Tells the host that its session has unsaved changes. What was replaced may be free by now.
+void Plugin::TellEdits() noexcept {
+    if (!instrument.TakeEdited())
+        return;
+    kits::CollectRetired();
+    if (const auto* hosts = Find<clap_host_state>(host, CLAP_EXT_STATE))
+        hosts->mark_dirty(&host);
+}
+
 bool Plugin::Save(const clap_ostream& stream) noexcept try {
     Knobs held;
     std::copy(knobs.begin(), knobs.end(), held.begin());
@@ -99,7 +119,7 @@ bool Plugin::Load(const clap_istream& stream) noexcept try {
     bool taken = false;
     const std::string said = instrument.Restore(*state, "", taken);
     if (!said.empty())
-        Tell(said.c_str());
+        Tell(said);
     if (!taken)
         return false;
     const Knobs next = KnobsOf(*state);
@@ -268,8 +288,8 @@ void Plugin::TellEnded(const clap_output_events* out, uint32_t time) noexcept {
     });
 }
 
-void Plugin::Tell(const char* message) const noexcept {
-    std::fprintf(stderr, "vexa: %s\n", message);
+void Plugin::Tell(const std::string& message) {
+    std::fprintf(stderr, "vexa: %s\n", message.c_str());
 }
 
 } // namespace vexa::clap

@@ -4,9 +4,12 @@
 
 #include "kits/support/RealtimeMark.h"
 #include "plugin/HostedInstrument.h"
+#include "plugin/clap/Gui.h"
 #include "plugin/clap/State.h"
+#include "plugin/window/Windows.h"
 
 #include <atomic>
+#include <string>
 
 #include <clap/events.h>
 #include <clap/plugin.h>
@@ -33,6 +36,10 @@ class Plugin {
     double Knob(std::size_t index) const noexcept { return knobs[index]; }
     bool Save(const clap_ostream& stream) noexcept;
     bool Load(const clap_istream& stream) noexcept;
+    /// The window, apart from what the next two do.
+    Gui& Window() noexcept { return gui; }
+    void OnTimer(clap_id id) noexcept;
+    void DestroyWindow() noexcept;
 
     /// Audio thread; Flush is called on the main thread while the instance is inactive.
     VEXA_REALTIME void Reset() noexcept;
@@ -47,7 +54,8 @@ class Plugin {
     VEXA_REALTIME void TakeModulation(const clap_event_param_mod& event) noexcept;
     VEXA_REALTIME void TellEnded(const clap_output_events* out, uint32_t time) noexcept;
     VEXA_REALTIME void TakeKnobs() noexcept;
-    void Tell(const char* message) const noexcept;
+    void TellEdits() noexcept;
+    static void Tell(const std::string& message);
 
     const clap_host& host;
     /// The sample rate, Hz; this value until the host gives another.
@@ -63,6 +71,8 @@ class Plugin {
     uint32_t asked = 0;
     /// The number of frames since the output was last audible. Audio thread.
     uint64_t quiet = 0;
+    Windows windows;
+    Gui gui;
 };
 
 } // namespace vexa::clap

@@ -8,32 +8,39 @@
 #include <array>
 #include <cmath>
 #include <cstring>
+#include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <clap/entry.h>
 #include <clap/ext/audio-ports.h>
+#include <clap/ext/gui.h>
 #include <clap/ext/latency.h>
 #include <clap/ext/note-ports.h>
 #include <clap/ext/params.h>
 #include <clap/ext/state.h>
+#include <clap/ext/timer-support.h>
 #include <clap/plugin-factory.h>
 #include <dlfcn.h>
 
 namespace test {
 
+/// Loads a plug-in, which stays loaded.
+inline const clap_plugin_factory& FactoryOf(const char* path) {
+    void* file = dlopen(path, RTLD_NOW | RTLD_LOCAL);
+    if (!file)
+        throw std::runtime_error(dlerror());
+    const auto* entry = static_cast<const clap_plugin_entry*>(dlsym(file, "clap_entry"));
+    if (!entry || !entry->init(path))
+        throw std::runtime_error("no entry");
+    return *static_cast<const clap_plugin_factory*>(entry->get_factory(CLAP_PLUGIN_FACTORY_ID));
+}
+
 inline const clap_plugin_factory& Factory() {
-    static const auto* const factory = [] {
-        void* file = dlopen(VEXA_CLAP, RTLD_NOW | RTLD_LOCAL);
-        if (!file)
-            throw std::runtime_error(dlerror());
-        const auto* entry = static_cast<const clap_plugin_entry*>(dlsym(file, "clap_entry"));
-        if (!entry || !entry->init(VEXA_CLAP))
-            throw std::runtime_error("no entry");
-        return static_cast<const clap_plugin_factory*>(entry->get_factory(CLAP_PLUGIN_FACTORY_ID));
-    }();
-    return *factory;
+    static const clap_plugin_factory& factory = FactoryOf(VEXA_CLAP);
+    return factory;
 }
 
 /// Any event.
@@ -56,8 +63,8 @@ struct Name {
 /// otherwise.
 class ClapHost {
   public:
-    explicit ClapHost(double rate = 48000) {
-        plugin = Factory().create_plugin(&Factory(), &host, "vexa.instrument");
+    explicit ClapHost(double rate = 48000, const clap_plugin_factory& factory = Factory()) {
+        plugin = factory.create_plugin(&factory, &host, "vexa.instrument");
         if (!plugin || !plugin->init(plugin))
             throw std::runtime_error("no instance");
         Activate(rate);
@@ -160,6 +167,14 @@ class ClapHost {
         return Extension<clap_plugin_latency>(CLAP_EXT_LATENCY).get(plugin);
     }
 
+    /// Does what a host's main thread does all the time.
+    void Idle() {
+        if (std::exchange(callbacks, 0) > 0)
+            plugin->on_main_thread(plugin);
+        if (timer)
+            Extension<clap_plugin_timer_support>(CLAP_EXT_TIMER_SUPPORT).on_timer(plugin, *timer);
+    }
+
     /// Writes a few bytes at a time, as streams may.
     std::string Save() const {
         std::string text;
@@ -196,7 +211,13 @@ class ClapHost {
     clap_process_status status = CLAP_PROCESS_ERROR;
     /// True if the plug-in has written beyond a block.
     bool beyond = false;
-    int restarts = 0, callbacks = 0, rescans = 0, latencies = 0;
+    int restarts = 0, callbacks = 0, rescans = 0, latencies = 0, edits = 0;
+    /// Whether the host lends timers, of which Idle calls the one that is registered.
+    bool hasTimers = true;
+    std::optional<clap_id> timer;
+    /// The size that the plug-in has asked for last, and whether the host grants it.
+    std::pair<uint32_t, uint32_t> asked;
+    bool grants = true;
     /// The notes whose end the plug-in has reported.
     std::vector<Name> ended = [] {
         std::vector<Name> names;
@@ -232,14 +253,44 @@ class ClapHost {
         return true;
     }
     static ClapHost& Of(const clap_host* host) { return *static_cast<ClapHost*>(host->host_data); }
-    static const void* HostExtension(const clap_host*, const char* id) {
+    static const void* HostExtension(const clap_host* host, const char* id) {
         static const clap_host_params params{
             [](const clap_host* h, clap_param_rescan_flags) { Of(h).rescans++; },
             [](const clap_host*, clap_id, clap_param_clear_flags) {}, [](const clap_host*) {}};
         static const clap_host_latency latency{[](const clap_host* h) { Of(h).latencies++; }};
-        if (std::strcmp(id, CLAP_EXT_PARAMS) == 0)
-            return &params;
-        return std::strcmp(id, CLAP_EXT_LATENCY) == 0 ? &latency : nullptr;
+        static const clap_host_state state{[](const clap_host* h) { Of(h).edits++; }};
+        static const clap_host_gui gui{[](const clap_host*) {},
+                                       [](const clap_host* h, uint32_t width, uint32_t height) {
+                                           Of(h).asked = {width, height};
+                                           return Of(h).grants;
+                                       },
+                                       [](const clap_host*) { return false; },
+                                       [](const clap_host*) { return false; },
+                                       [](const clap_host*, bool) {}};
+        static const clap_host_timer_support timers{
+            [](const clap_host* h, uint32_t period, clap_id* timer) {
+                // A host of its own has one window, which needs one timer.
+                if (Of(h).timer || period < 10 || period > 100)
+                    return false;
+                Of(h).timer = *timer = 7;
+                return true;
+            },
+            [](const clap_host* h, clap_id timer) {
+                const bool isOurs = Of(h).timer == timer;
+                Of(h).timer.reset();
+                return isOurs;
+            }};
+        const std::pair<const char*, const void*> extensions[] = {
+            {CLAP_EXT_PARAMS, &params},
+            {CLAP_EXT_LATENCY, &latency},
+            {CLAP_EXT_STATE, &state},
+            {CLAP_EXT_GUI, &gui},
+            {CLAP_EXT_TIMER_SUPPORT, Of(host).hasTimers ? &timers : nullptr}};
+        for (const auto& [name, extension] : extensions) {
+            if (std::strcmp(id, name) == 0)
+                return extension;
+        }
+        return nullptr;
     }
 
     clap_host host{CLAP_VERSION,

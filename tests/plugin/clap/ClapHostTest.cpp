@@ -26,6 +26,7 @@ using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::StartsWith;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr uint16_t kOn = CLAP_EVENT_NOTE_ON, kOff = CLAP_EVENT_NOTE_OFF;
@@ -548,6 +549,47 @@ TEST_F(ClapPlugin, NamesTheFaultOfADefaultSoundForWhichAnotherPlays) {
     EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr(broken.string() + ":1:1: "));
     host.Note(kOn, 0, {1, 0, 60});
     EXPECT_GT(Level(host.Run(4800)), 1e-3);
+}
+
+TEST_F(ClapPlugin, HasAWindowWhereItsLibraryAndTheHostsTimersAre) {
+    const test::TemporaryFolder folder;
+    const std::string copy = folder.Write("vexa.clap", test::Contents(VEXA_CLAP)).string();
+    const auto supports = [](ClapHost& host, const char* api, bool isFloating) {
+        return host.Extension<clap_plugin_gui>(CLAP_EXT_GUI)
+            .is_api_supported(host.plugin, api, isFloating);
+    };
+    // A plug-in without its library, and one with a library that is none.
+    for (const char* said : {"", "vexa: "}) {
+        ClapHost host(48000, test::FactoryOf(copy.c_str()));
+        testing::internal::CaptureStderr();
+        EXPECT_FALSE(supports(host, CLAP_WINDOW_API_X11, false));
+        EXPECT_THAT(testing::internal::GetCapturedStderr(), StartsWith(said));
+        EXPECT_FALSE(host.timer);
+        folder.Write("vexa/vexa-window.so", "nothing");
+    }
+    ClapHost host;
+    const auto& gui = host.Extension<clap_plugin_gui>(CLAP_EXT_GUI);
+    EXPECT_EQ(supports(host, CLAP_WINDOW_API_X11, false), VEXA_HAS_WINDOW);
+    EXPECT_FALSE(supports(host, CLAP_WINDOW_API_X11, true));
+    EXPECT_FALSE(supports(host, CLAP_WINDOW_API_WAYLAND, false));
+    host.hasTimers = false;
+    EXPECT_EQ(supports(host, CLAP_WINDOW_API_X11, false), VEXA_HAS_WINDOW) << "as in a scan";
+    EXPECT_FALSE(gui.create(host.plugin, CLAP_WINDOW_API_X11, false));
+    host.hasTimers = true;
+    for (int i = 0; i < 2; i++) {
+        uint32_t width = 0, height = 0;
+        EXPECT_EQ(gui.create(host.plugin, CLAP_WINDOW_API_X11, false), VEXA_HAS_WINDOW);
+        EXPECT_EQ(host.timer.has_value(), VEXA_HAS_WINDOW);
+        EXPECT_FALSE(gui.create(host.plugin, CLAP_WINDOW_API_X11, false)) << "it exists";
+        EXPECT_EQ(gui.get_size(host.plugin, &width, &height), VEXA_HAS_WINDOW);
+        EXPECT_EQ(width > 0 && height > 0, VEXA_HAS_WINDOW);
+        EXPECT_FALSE(gui.show(host.plugin)) << "it has no parent";
+        host.Idle();
+        gui.destroy(host.plugin);
+        gui.destroy(host.plugin);
+        EXPECT_FALSE(host.timer);
+        EXPECT_FALSE(gui.get_size(host.plugin, &width, &height));
+    }
 }
 
 TEST_F(ClapPlugin, OthersPlayWhileInstancesComeAndGoAndStatesAreLoaded) {

@@ -5,10 +5,9 @@
 #include "plugin/lv2/WindowInterface.h"
 #include "plugin/window/Windows.h"
 #include "support/Environment.h"
-#include "window/Desktop.h"
+#include "window/PluginStage.h"
 
 #include <cstdint>
-#include <fstream>
 #include <functional>
 #include <thread>
 
@@ -17,7 +16,6 @@
 #include <lv2/data-access/data-access.h>
 #include <lv2/instance-access/instance-access.h>
 #include <lv2/ui/ui.h>
-#include <xcb/xcb.h>
 
 namespace {
 
@@ -25,10 +23,7 @@ using namespace vexa;
 
 constexpr const char* kBundle = VEXA_PROGRAM_FOLDER "/../lv2/vexa.lv2";
 const std::string kLibrary = std::string(kBundle) + "/vexa-ui.so";
-constexpr const char* kTitle = "Host";
 
-/// The position of the field in the window with the default font.
-constexpr int kFieldX = 150, kFieldY = 367;
 constexpr int kAttachedPlane = 10, kPlaneTop = 51, kAttachedPlaneSize = 301;
 
 const LV2UI_Descriptor* Descriptor(void* library) {
@@ -43,16 +38,6 @@ const LV2UI_Descriptor* Descriptor(void* library) {
 class Host {
   public:
     explicit Host(Windows& windows) {
-        server = ::xcb_connect(nullptr, nullptr);
-        window = ::xcb_generate_id(server);
-        const xcb_screen_t& screen = *::xcb_setup_roots_iterator(::xcb_get_setup(server)).data;
-        ::xcb_create_window(server, XCB_COPY_FROM_PARENT, window, screen.root, 0, 0, 1000, 560, 0,
-                            XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
-        ::xcb_change_property(server, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_NAME,
-                              XCB_ATOM_STRING, 8, 4, kTitle);
-        ::xcb_map_window(server, window);
-        ::xcb_flush(server);
-
         library = ::dlopen(kLibrary.c_str(), RTLD_NOW);
         descriptor = Descriptor(library);
         idle = static_cast<const LV2UI_Idle_Interface*>(
@@ -63,7 +48,7 @@ class Host {
             }};
             return &opener;
         }};
-        LV2_Feature parent{LV2_UI__parent, reinterpret_cast<void*>(std::uintptr_t(window))};
+        LV2_Feature parent{LV2_UI__parent, reinterpret_cast<void*>(std::uintptr_t(window.Id()))};
         LV2_Feature instance{LV2_INSTANCE_ACCESS_URI, &windows};
         LV2_Feature data{LV2_DATA_ACCESS_URI, &access};
         const LV2_Feature* const features[] = {&parent, &instance, &data, nullptr};
@@ -74,38 +59,18 @@ class Host {
     ~Host() {
         descriptor->cleanup(ui);
         ::dlclose(library);
-        ::xcb_disconnect(server);
     }
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 
     /// Runs until the condition holds; returns false if it does not within `seconds`.
     bool Await(const std::function<bool()>& what, double seconds = 20) {
-        const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
-        while (!what()) {
-            if (std::chrono::steady_clock::now() > end)
-                return false;
-            idle->idle(ui);
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        }
-        return true;
+        return test::AwaitInHost([this] { Idle(); }, what, seconds);
     }
-    /// Returns the id of the program's process; 0 if it does not run.
-    static pid_t Program() {
-        for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
-            std::ifstream file(task.path() / "children");
-            for (pid_t child = 0; file >> child;) {
-                std::ifstream name("/proc/" + std::to_string(child) + "/comm");
-                if (std::string text; name >> text && text == "vexa")
-                    return child;
-            }
-        }
-        return 0;
-    }
+    void Idle() { idle->idle(ui); }
 
   private:
-    xcb_connection_t* server;
-    std::uint32_t window;
+    test::HostWindow window;
     void* library;
     const LV2UI_Descriptor* descriptor;
     const LV2UI_Idle_Interface* idle;
@@ -155,20 +120,14 @@ TEST(AttachedWindow, EditsPlaysShowsOrbitsAndOutlivesNothing) {
     auto windows = std::make_unique<Windows>(
         instrument, [](const std::string& line) { ADD_FAILURE() << line; });
     auto host = std::make_unique<Host>(*windows);
-    desktop.UseWindow(kTitle);
+    desktop.UseWindow(test::kHostTitle);
 
     const auto type = [&](const char* expression) {
         const auto plays = [&] {
             return instrument.ShownSince(0)->sound.function.expression == expression;
         };
-        // The user interface takes time to appear.
-        return host->Await([&] {
-            desktop.Click(kFieldX, kFieldY);
-            desktop.Key("ctrl+a");
-            desktop.Type(expression);
-            desktop.Key("Return");
-            return host->Await(plays, 0.5);
-        });
+        return test::TypeInHost(
+            desktop, expression, [&] { host->Idle(); }, plays);
     };
     const auto held = [&] {
         int count = 0;
@@ -183,22 +142,22 @@ TEST(AttachedWindow, EditsPlaysShowsOrbitsAndOutlivesNothing) {
     EXPECT_TRUE(host->Await([&] { return Marks(desktop.Picture()) > 20; }));
 
     // The note of a held key ends when the program is killed, and a click starts the program again.
-    const pid_t first = Host::Program();
+    const pid_t first = test::WindowProgram();
     ::kill(first, SIGKILL);
-    EXPECT_TRUE(host->Await([&] { return held() == 0 && Host::Program() == 0; }));
+    EXPECT_TRUE(host->Await([&] { return held() == 0 && test::WindowProgram() == 0; }));
     desktop.Do({"keyup", "q"});
     desktop.Click(kAttachedPlane + 20, kPlaneTop + 20);
     ASSERT_TRUE(type("x+y/9"));
-    EXPECT_NE(Host::Program(), first);
+    EXPECT_NE(test::WindowProgram(), first);
 
     // The program ends with the plug-in, and when the host closes its window.
     windows.reset();
-    EXPECT_TRUE(host->Await([] { return Host::Program() == 0; }, 1));
+    EXPECT_TRUE(host->Await([] { return test::WindowProgram() == 0; }, 1));
     windows = std::make_unique<Windows>(instrument, [](const std::string&) {});
     host = std::make_unique<Host>(*windows);
-    ASSERT_NE(Host::Program(), 0);
+    ASSERT_NE(test::WindowProgram(), 0);
     host.reset();
-    EXPECT_EQ(Host::Program(), 0);
+    EXPECT_EQ(test::WindowProgram(), 0);
 }
 
 } // namespace

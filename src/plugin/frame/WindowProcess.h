@@ -8,7 +8,7 @@
 
 #include <sys/types.h>
 
-namespace vexa::lv2 {
+namespace vexa {
 
 /// Runs the program, which shows the instrument at the other end of a socket, inside a window of
 /// the X server. A failure of the program does not affect the host. One thread.
@@ -16,9 +16,9 @@ class WindowProcess {
   public:
     ~WindowProcess() { End(); }
 
-    /// Starts the program in the bundle, or else the one in PATH. The caller keeps the socket.
-    /// Returns a message for the user; empty if the program was started.
-    std::string Start(const std::string& bundle, int socket, std::uint32_t window);
+    /// Starts the program in the folder of the plug-in, or else the one in PATH. The caller keeps
+    /// the socket. Returns a message for the user; empty if the program was started.
+    std::string Start(const std::string& folder, int socket, std::uint32_t window);
     bool Runs() const { return child > 0; }
     /// Returns a message for the user, once after the program has ended. Does not wait.
     std::optional<std::string> Ended();
@@ -29,4 +29,4 @@ class WindowProcess {
     pid_t child = -1;
 };
 
-} // namespace vexa::lv2
+} // namespace vexa

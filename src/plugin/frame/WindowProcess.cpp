@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "plugin/lv2/ui/WindowProcess.h"
+#include "plugin/frame/WindowProcess.h"
 
 #include <cerrno>
 #include <csignal>
@@ -10,20 +10,20 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-namespace vexa::lv2 {
+namespace vexa {
 
 namespace {
 
 constexpr const char* kProgram = "vexa";
-/// The program's path relative to the bundle: inside it; if both are installed; if both are in the
+/// The program's path relative to the folder: inside it; if both are installed; if both are in the
 /// build folder.
 constexpr const char* kPlaces[] = {"vexa", "../../vexa/vexa", "../../bin/vexa"};
 /// The number of the socket's descriptor in the child.
 constexpr int kSocket = 3;
 
-std::string Program(const std::string& bundle) {
+std::string Program(const std::string& folder) {
     for (const char* place : kPlaces) {
-        const std::string path = bundle + '/' + place;
+        const std::string path = folder + '/' + place;
         if (::access(path.c_str(), X_OK) == 0)
             return path;
     }
@@ -37,7 +37,7 @@ void Rest() {
 
 } // namespace
 
-std::string WindowProcess::Start(const std::string& bundle, int socket, std::uint32_t window) {
+std::string WindowProcess::Start(const std::string& folder, int socket, std::uint32_t window) {
     std::string texts[] = {kProgram, "--user-folder",       "--attach", std::to_string(kSocket),
                            "--into", std::to_string(window)};
     char* arguments[std::size(texts) + 1] = {};
@@ -57,7 +57,7 @@ std::string WindowProcess::Start(const std::string& bundle, int socket, std::uin
     ::posix_spawnattr_setsigmask(&attributes, &signals);
     ::sigfillset(&signals);
     ::posix_spawnattr_setsigdefault(&attributes, &signals);
-    const std::string program = Program(bundle);
+    const std::string program = Program(folder);
     const int fault =
         ::posix_spawnp(&child, program.c_str(), &files, &attributes, arguments, environ);
     ::posix_spawnattr_destroy(&attributes);
@@ -68,7 +68,7 @@ std::string WindowProcess::Start(const std::string& bundle, int socket, std::uin
     if (fault == ENOENT)
         return "The program vexa, which shows this instrument, is neither in PATH nor beside the "
                "plug-in in " +
-               bundle + ". The instrument plays all the same.";
+               folder + ". The instrument plays all the same.";
     return "The program " + program + " cannot be started: " + std::strerror(fault);
 }
 
@@ -98,4 +98,4 @@ void WindowProcess::End() {
     child = -1;
 }
 
-} // namespace vexa::lv2
+} // namespace vexa

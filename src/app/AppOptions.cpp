@@ -2,6 +2,7 @@
 #include "app/AppOptions.h"
 
 #include "instrument/PlayingOptions.h"
+#include "kits/media/SoundFileWriter.h"
 
 #include <algorithm>
 
@@ -15,6 +16,10 @@ using kits::SetText;
 bool SetAudio(AppOptions& options, std::string_view text) {
     options.audio = kits::AudioSystemNamed(text);
     return options.audio.has_value();
+}
+
+bool SetRecord(AppOptions& options, std::string_view text) {
+    return SetText(options.record.emplace(), text) && kits::SoundFileFormatOf(*options.record);
 }
 
 // The columns are easier to compare than to wrap.
@@ -34,8 +39,8 @@ constexpr kits::OptionRow<AppOptions> kRows[] = {
      SetAudio},
     {{"midi", "PORT", nullptr, "connect this MIDI source, whenever it is there"},
      [](AppOptions& o, std::string_view text) { return SetText(o.midi.emplace(), text); }},
-    {{"record", "FILE", nullptr, "record what is heard into a file .wav, .flac or .ogg"},
-     [](AppOptions& o, std::string_view text) { return SetText(o.record.emplace(), text); }},
+    {{"record", "FILE", "a name ending in .wav, .flac or .ogg", "record what is heard"},
+     SetRecord},
     {{"mpe", nullptr, nullptr, "take channels for notes' own (MPE) from the start"},
      [](AppOptions& o, std::string_view) { return o.mpe = true; }},
     {{"programs", nullptr, nullptr, "let MIDI program changes choose sounds, by number"},

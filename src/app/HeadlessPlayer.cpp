@@ -3,6 +3,7 @@
 
 #include "audio/AudioGraph.h"
 #include "documents/SoundDocument.h"
+#include "instrument/DefaultSound.h"
 #include "instrument/Instrument.h"
 #include "instrument/Programs.h"
 #include "kits/midi/MidiRoster.h"
@@ -62,6 +63,7 @@ class HeadlessPlayer : private SessionClient {
     bool ProjectHasChanged() override;
     void LoadProgram(int32 number);
     bool Load(const std::filesystem::path& path, bool whole);
+    bool Install(const std::filesystem::path& path, const Sound& sound, const Warnings& warnings);
     bool WatchSources();
     void ConnectSource();
     void TellOfDevice();
@@ -77,10 +79,13 @@ class HeadlessPlayer : private SessionClient {
     Instrument instrument;
     std::shared_ptr<MidiWatch> watch = std::make_shared<MidiWatch>();
     ProgramSelector programs{instrument.Playing().consumer, BMessenger(watch), 0};
+    /// At the end the graph alerts of what it could not disconnect, which is no news if nothing was
+    /// ever connected.
     AudioGraph graph{instrument.Playing(), [this](const char* text) {
-                         Say(ending && !hadDevice
-                                 ? std::string(text) + ": no audio device was connected"
-                                 : text);
+                         if (!ending)
+                             Say(text);
+                         else if (hadDevice)
+                             Say("the audio device could not be disconnected");
                      }};
     /// The ID of the connected source; 0 for none.
     int32 connectedSource = 0;
@@ -166,23 +171,33 @@ bool HeadlessPlayer::Load(const std::filesystem::path& path, bool whole) {
     Warnings warnings;
     const kits::Result<Sound> sound =
         whole ? ReadWhole(path, instrument, warnings) : ReadSound(path, &warnings);
-    for (const kits::Error& warning : warnings)
-        Say("warning: " + warning.text);
     if (!sound) {
         Say(sound.Fault().text);
         return false;
     }
-    const FunctionReport loaded = instrument.Load(*sound);
-    if (const std::string text = Text(loaded); !text.empty())
-        Say(text);
+    return Install(path, *sound, warnings);
+}
+
+bool HeadlessPlayer::Install(const std::filesystem::path& path, const Sound& sound,
+                             const Warnings& warnings) {
+    for (const kits::Error& warning : warnings)
+        Say("warning: " + warning.text);
+    const FunctionReport loaded = instrument.Load(sound);
+    if (!Text(loaded).empty())
+        Say(FaultIn(path, sound.function, loaded).text);
     return bool(loaded);
 }
 
 /// Loads the sound that the options name, else the default one. Returns false only if a named sound
 /// fails.
 bool HeadlessPlayer::LoadSound() {
-    return Load(options.sound.value_or(folders.Find("sounds", "default.xml")), false) ||
-           !options.sound;
+    if (options.sound)
+        return Load(*options.sound, false);
+    const DefaultSound read = ReadDefaultSound(folders);
+    if (!read.fault.empty())
+        Say(read.fault);
+    Install(read.path, read.sound, read.warnings);
+    return true;
 }
 
 /// In a session, reports that the project is open; a new project is saved first.

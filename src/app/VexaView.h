@@ -89,7 +89,8 @@ class VexaView : public BView {
     // reason in alerts and on standard error. Parts of a document that were not understood are
     // reported in the same ways.
 
-    /// Loads "sounds/default.xml" and begins the history. Reports a failure on standard error only.
+    /// Loads the default sound and begins the history. If it cannot be read, prints the fault,
+    /// shows it in an alert, and loads the sound that stands in for it.
     void LoadDefaultSound();
     bool LoadSound(const std::filesystem::path& path);
     /// Loads a sound, function, sample or picture, depending on the file. Asks before it replaces a

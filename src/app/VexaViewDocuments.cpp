@@ -6,6 +6,8 @@
 #include "documents/FunctionDocument.h"
 #include "documents/SoundDocument.h"
 #include "functions/FunctionCost.h"
+#include "instrument/DefaultSound.h"
+#include "instrument/InitialSound.h"
 #include "instrument/PlayableFormula.h"
 #include "instrument/Programs.h"
 #include "instrument/SoundParts.h"
@@ -35,6 +37,14 @@ void Warn(const Warnings& warnings) {
         std::fprintf(stderr, "vexa: warning: %s\n", warning.text.c_str());
 }
 
+/// Shows an alert that does not block, so that what could be loaded is heard meanwhile.
+void ShowWarning(const std::string& text, const std::string& details) {
+    auto* alert = new BAlert("Warning", text.c_str(), "Ok", nullptr, nullptr, B_WIDTH_AS_USUAL,
+                             B_WARNING_ALERT);
+    alert->SetDetails(details);
+    alert->Show();
+}
+
 /// Prints the warnings and shows them in one alert.
 void Tell(const std::filesystem::path& path, const Warnings& warnings) {
     Warn(warnings);
@@ -43,12 +53,7 @@ void Tell(const std::filesystem::path& path, const Warnings& warnings) {
     std::string lines;
     for (const kits::Error& warning : warnings)
         lines += (lines.empty() ? "" : "\n") + warning.text;
-    const std::string text = "Not all of \"" + path.filename().string() + "\" was understood.";
-    auto* alert = new BAlert("Warning", text.c_str(), "Ok", nullptr, nullptr, B_WIDTH_AS_USUAL,
-                             B_WARNING_ALERT);
-    alert->SetDetails(lines);
-    // The alert does not block: the understood part is loaded and heard meanwhile.
-    alert->Show();
+    ShowWarning("Not all of \"" + path.filename().string() + "\" was understood.", lines);
 }
 
 enum class Answer { Cancel, Discard, Save };
@@ -260,16 +265,16 @@ void VexaView::Open(const std::filesystem::path& path) {
 }
 
 void VexaView::LoadDefaultSound() {
-    Warnings warnings;
-    const std::filesystem::path path = folders.Find("sounds", "default.xml");
-    const auto sound = ReadSound(path, &warnings);
-    Tell(path, warnings);
-    if (sound) {
-        LoadAs(*sound, "default", "sound default");
-        Steps().File().path = path;
-    } else {
-        Print(sound.Fault());
+    const DefaultSound read = ReadDefaultSound(folders);
+    if (!read.fault.empty()) {
+        Print({read.fault});
+        ShowWarning("The sound \"" + std::string(kDefaultSoundName) + "\" could not be read.",
+                    read.fault);
     }
+    Tell(read.path, read.warnings);
+    const std::string name = read.path.empty() ? kInitialSoundName : kDefaultSoundName;
+    LoadAs(read.sound, name, "sound " + name);
+    Steps().File().path = read.path;
     BeginHistory();
 }
 

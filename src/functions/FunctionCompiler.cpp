@@ -209,7 +209,7 @@ CompileOutcome FunctionCompiler::Build(std::string_view source, const fs::path& 
     if (!addon->Expression())
         return {Failure(B_NAME_NOT_FOUND, Alert(kNoText, {addonPath}), {}), {}};
     if (auto tooCostly = TooCostly(MeasureCost(addon)))
-        return {CompilerFailure(sourcePath, std::move(*tooCostly)), {}};
+        return {CompilerFailure(sourcePath, std::move(*tooCostly), B_BAD_VALUE), {}};
     return {std::move(compiled), std::move(addon)};
 }
 
@@ -224,17 +224,18 @@ CompileReport FunctionCompiler::RunCompiler(const fs::path& folder, const fs::pa
     const bool complete =
         result.end != kits::ChildResult::End::exited || HasHeaders(folder, limits);
     if (!complete)
-        details += "gcc has no headers of the C library; install them with: "
-                   "sudo apt install libc6-dev";
+        details = "gcc has no headers of the C library; install them with: "
+                  "sudo apt install libc6-dev\n" +
+                  details;
     CompileReport failure = CompilerFailure(sourcePath, std::move(details));
     if (result.end == kits::ChildResult::End::notFound || !complete)
         failure.status = B_ENTRY_NOT_FOUND;
     return failure;
 }
 
-CompileReport FunctionCompiler::CompilerFailure(const fs::path& sourcePath,
-                                                std::string details) const {
-    return Failure(B_ERROR, Alert(kNotCompiled, {sourcePath, addonPath}), std::move(details));
+CompileReport FunctionCompiler::CompilerFailure(const fs::path& sourcePath, std::string details,
+                                                status_t status) const {
+    return Failure(status, Alert(kNotCompiled, {sourcePath, addonPath}), std::move(details));
 }
 
 } // namespace vexa

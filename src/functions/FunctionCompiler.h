@@ -51,9 +51,10 @@ class FunctionCompiler {
     CompileOutcome Compile(std::string_view expression,
                            const std::function<bool()>& stop = nullptr) const;
 
-    /// Returns the report on an expression that is refused for the reason in `details`.
+    /// Returns the report on an expression that is refused for the reason in `details`, which says
+    /// all. Its status is B_BAD_VALUE.
     CompileReport Refusal(std::string details) const {
-        return CompilerFailure(SourcePath(), std::move(details));
+        return CompilerFailure(SourcePath(), std::move(details), B_BAD_VALUE);
     }
 
     /// Writes the source for an expression, without checking it: two macro definitions with the
@@ -81,8 +82,8 @@ class FunctionCompiler {
     CompileReport RunCompiler(const std::filesystem::path& folder,
                               const std::filesystem::path& sourcePath,
                               const std::function<bool()>& stop) const;
-    CompileReport CompilerFailure(const std::filesystem::path& sourcePath,
-                                  std::string details) const;
+    CompileReport CompilerFailure(const std::filesystem::path& sourcePath, std::string details,
+                                  status_t status = B_ERROR) const;
 
     std::filesystem::path functions;
     std::filesystem::path templatePath;

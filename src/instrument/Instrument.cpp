@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "instrument/Instrument.h"
 
-#include "functions/ExpressionCheck.h"
 #include "instrument/PlayableFormula.h"
 #include "kits/support/NumberText.h"
 #include "kits/support/Quoted.h"
@@ -13,10 +12,18 @@
 namespace vexa {
 
 std::string Text(const FunctionReport& report) {
+    if (report.status == B_BAD_VALUE)
+        return report.text;
     std::string text;
     for (const std::string& alert : report.alerts)
         text += alert + '\n';
     return text + report.text;
+}
+
+kits::Error FaultIn(const std::filesystem::path& file, const Function& function,
+                    const FunctionReport& report) {
+    const bool isExpression = function.kind == FunctionKind::Expression;
+    return {file.string() + ": " + (isExpression ? "<expression>: " : "") + Text(report)};
 }
 
 std::optional<std::filesystem::path> FileOf(const Function& function,
@@ -195,8 +202,7 @@ FunctionReport Instrument::InstallExpression(const std::string& expression) try 
     const PlayableFormula read = ReadPlayable(expression);
     if (!read.formula)
         return compiler.Refusal(read.reason);
-    const bool mayBeAddon = addons != Addons::None && read.formula->Inputs().empty() &&
-                            read.formula->IsDefinedInC() && !CheckExpression(expression);
+    const bool mayBeAddon = addons != Addons::None && WhyNoAddon(*read.formula, expression).empty();
     PlaneFunction f = read.formula;
     FunctionReport report;
     if (mayBeAddon && addons == Addons::Awaited) {

@@ -36,8 +36,12 @@ enum class Addons {
     Following,
 };
 
-/// Returns the alerts and the text, a line each.
+/// Returns the alerts and the text, a line each. An alert about the compiler is left out if the
+/// function itself is at fault, because then the text says all.
 std::string Text(const FunctionReport& report);
+/// Returns the same as the fault of a sound's file, in which the function is.
+kits::Error FaultIn(const std::filesystem::path& file, const Function& function,
+                    const FunctionReport& report);
 
 /// Returns the file that a sample or picture function names; nothing for an expression. A name that
 /// does not begin with "/" is looked up in the folder "samples" or "pictures", first the user's,

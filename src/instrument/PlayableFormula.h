@@ -2,6 +2,7 @@
 // Makes a playable formula from an expression's text.
 #pragma once
 
+#include "documents/Function.h"
 #include "formula/Formula.h"
 
 #include <cstddef>
@@ -24,5 +25,11 @@ struct PlayableFormula {
 
 /// Parses the text; takes about as long as CompileFormula. Any thread that may allocate.
 PlayableFormula ReadPlayable(std::string_view text);
+
+/// Returns why no add-on can take the place of the text's formula, whatever compiler there is;
+/// empty if one can. Any thread that may allocate.
+std::string WhyNoAddon(const Formula& formula, std::string_view text);
+/// Returns the same for any function that can be played.
+std::string WhyNoAddon(const Function& function);
 
 } // namespace vexa

@@ -34,7 +34,7 @@ kits::Result<Sound> ReadWhole(const std::filesystem::path& path, const Instrumen
     if (!sound)
         return sound;
     if (const FunctionReport tried = instrument.Try(sound->function); !tried)
-        return kits::Error{Text(tried)};
+        return FaultIn(path, sound->function, tried);
     return sound;
 }
 

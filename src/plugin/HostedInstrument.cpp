@@ -2,6 +2,8 @@
 #include "plugin/HostedInstrument.h"
 
 #include "documents/SoundDocument.h"
+#include "instrument/DefaultSound.h"
+#include "instrument/InitialSound.h"
 #include "kits/midi/ControllerNumbers.h"
 #include "kits/support/Published.h"
 
@@ -37,9 +39,15 @@ HostedInstrument::HostedInstrument(kits::ProgramFolders programFolders, double r
     : folders(std::move(programFolders)) {
     oversampler.SetFrameRate(rate);
     instrument.Playing().renderer.SetGain(VoiceRenderer::kUsualGain);
-    const kits::Result<Sound> sound = ReadSound(folders.Find("sounds", "default.xml"));
-    if (!sound || !instrument.Load(*sound))
-        instrument.Load(Sound());
+    const DefaultSound read = ReadDefaultSound(folders);
+    startFault = read.fault;
+    const FunctionReport loaded = instrument.Load(read.sound);
+    if (!loaded)
+        startFault += (startFault.empty() ? "" : "\n") + Fault(loaded, read.sound.function);
+    if (!loaded.alerts.empty()) {
+        startFault += "\ninstead a plain sound plays";
+        instrument.Load(InitialSound());
+    }
     ControlValues none;
     none.fill(std::numeric_limits<float>::quiet_NaN());
     TakeControls(none);

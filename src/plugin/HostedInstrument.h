@@ -44,9 +44,13 @@ constexpr std::size_t kRequests = 6;
 /// mutex.
 class HostedInstrument {
   public:
-    /// Makes an instrument at `rate` samples per second. It plays the sound "default", or the sound
-    /// of a new window if "default" does not exist.
+    /// Makes an instrument at `rate` samples per second. It plays the sound "default" or, if that
+    /// cannot be read, the one that stands in for it. If its function cannot be played, it plays
+    /// the initial sound, because hosts could not restore the former from their sessions.
     HostedInstrument(kits::ProgramFolders folders, double rate);
+    /// Returns what was wrong with the sound "default" of a new instrument, and what plays instead;
+    /// empty if nothing was.
+    const std::string& StartFault() const { return startFault; }
     /// Ends all notes, resets wheels, pedals and modulation, and continues at `rate` samples per
     /// second. Audio side, or any thread while the audio side is idle.
     VEXA_REALTIME void Restart(double rate) noexcept;
@@ -129,6 +133,7 @@ class HostedInstrument {
     Instrument instrument{folders, Addons::None, &said};
     /// The filter is that of an offline render, so that a session sounds exactly like its export.
     Oversampler oversampler{instrument.Playing().renderer, DecimationFilter::kWhole};
+    std::string startFault;
     std::mutex documents;
     kits::Ring<char> requests{2 * kMostText};
     /// The messages that windows play, and the mutex of their writers.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "render/FilePrograms.h"
 
+#include "instrument/PlayableFormula.h"
 #include "instrument/Programs.h"
 
 #include <algorithm>
@@ -8,6 +9,17 @@
 #include <utility>
 
 namespace vexa {
+
+std::vector<std::string> NotCompiled(const std::string& what, const Function& function) {
+    const std::string reason = WhyNoAddon(function);
+    if (reason.empty())
+        return {};
+    return {"--compile: " + what + " is not compiled: " + reason};
+}
+
+std::string FunctionOf(const std::filesystem::path& file) {
+    return "the function of " + file.string();
+}
 
 std::vector<std::string> FilePrograms::Read(const MidiFile& file) {
     std::vector<std::string> remarks;
@@ -40,6 +52,9 @@ std::optional<Sound> FilePrograms::Read(const std::filesystem::path& path,
     Warnings warnings;
     kits::Result<Sound> sound = ReadWhole(path, instrument, warnings);
     std::ranges::move(kits::Texts(warnings), std::back_inserter(remarks));
+    if (sound && compiles)
+        std::ranges::move(NotCompiled(FunctionOf(path), sound->function),
+                          std::back_inserter(remarks));
     if (sound)
         return *std::move(sound);
     remarks.push_back(sound.Fault().text);

@@ -15,17 +15,23 @@
 
 namespace vexa {
 
+/// Returns the warning that a function, which is `what`, is not compiled in spite of --compile;
+/// nothing if it is.
+std::vector<std::string> NotCompiled(const std::string& what, const Function& function);
+/// Returns what the function of a sound's file is called in that warning.
+std::string FunctionOf(const std::filesystem::path& file);
+
 /// Reads the sounds that a file's program changes choose, and loads each when its event comes.
 class FilePrograms : public kits::EventWatcher {
   public:
     /// Sounds are loaded into `instrument`, whose consumer decides which channels are heard. It
-    /// outlives this object.
-    FilePrograms(Instrument& instrument, const kits::ProgramFolders& folders)
-        : instrument(instrument), folders(folders) {}
+    /// outlives this object. `compiles` is true if it is to compile functions.
+    FilePrograms(Instrument& instrument, const kits::ProgramFolders& folders, bool compiles)
+        : instrument(instrument), folders(folders), compiles(compiles) {}
 
-    /// Reads all sounds that the file chooses. Returns one sentence for each fault, and for program
-    /// numbers without a sound only one, about the first. A program whose sound cannot be read is
-    /// ignored: the previous sound plays on.
+    /// Reads all sounds that the file chooses. Returns one sentence for each fault and each
+    /// function that is not compiled, and for program numbers without a sound only one, about the
+    /// first. A program whose sound cannot be read is ignored: the previous sound plays on.
     std::vector<std::string> Read(const MidiFile& file);
     /// Returns the sounds that play a note in the file, which may include the sound that was loaded
     /// before.
@@ -42,6 +48,7 @@ class FilePrograms : public kits::EventWatcher {
 
     Instrument& instrument;
     const kits::ProgramFolders& folders;
+    const bool compiles;
     ProgramSelector selector{instrument.Playing().consumer, BMessenger(), 0};
     /// The sounds by program number; no value if the sound cannot be read.
     std::map<int32, std::optional<Sound>> sounds;

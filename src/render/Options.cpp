@@ -2,6 +2,7 @@
 #include "render/Options.h"
 
 #include "instrument/PlayingOptions.h"
+#include "kits/media/SoundFileWriter.h"
 
 #include <algorithm>
 
@@ -40,7 +41,7 @@ constexpr kits::OptionRow<Options> kRows[] = {
      [](Options& o, std::string_view text) { return SetText(o.function.emplace(), text); }},
     {{"macro", "M=V", "a, b, c or d, \"=\" and a number from 0 to 1", "set a macro"},
      SetMacro},
-    {{"compile", nullptr, nullptr, "let gcc compile the function, for long pieces"},
+    {{"compile", nullptr, nullptr, "let gcc compile a function of x and y alone, for long pieces"},
      [](Options& o, std::string_view) { return o.compile = true; }},
     {{"sample", "FILE", nullptr, "play this sample instead of the sound's function"},
      [](Options& o, std::string_view text) { return SetText(o.sample.emplace(), text); }},
@@ -97,6 +98,8 @@ kits::Result<Options> Checked(Options options, std::span<const std::string> oper
         return kits::Error{'"' + operands[2] + "\" is one file too many"};
     if (!SetText(options.midi, operands[0]) || !SetText(options.output, operands[1]))
         return kits::Error{"a file name is empty"};
+    if (const auto format = kits::SoundFileFormatOf(options.output); !format)
+        return format.Fault();
     const struct {
         const char* first;
         const char* second;

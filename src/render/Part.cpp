@@ -12,16 +12,16 @@ Part::Part(const Options& options, const kits::ProgramFolders& folders, MidiFile
     : options(options),
       events(std::move(events)),
       instrument(folders, options.compile ? Addons::Awaited : Addons::None),
-      programs(instrument, folders) {}
+      programs(instrument, folders, options.compile) {}
 
-kits::Result<void> Part::SetUp(const Sound& sound, const Tuning& tuning,
-                               std::vector<std::string>& warnings) {
+FunctionReport Part::SetUp(const Sound& sound, const Tuning& tuning,
+                           std::vector<std::string>& warnings) {
     instrument.Prefer(options.playing);
     instrument.SetUsualVoices(kMostVoices);
     if (options.voices)
         instrument.ChooseVoices(*options.voices);
-    if (const FunctionReport report = instrument.Load(sound); !report)
-        return kits::Error{Text(report)};
+    if (FunctionReport report = instrument.Load(sound); !report)
+        return report;
     Engine& engine = instrument.Playing();
     engine.consumer.SetTuning(tuning);
     if (options.mpe)

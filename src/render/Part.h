@@ -25,9 +25,9 @@ class Part {
     Part(const Options& options, const kits::ProgramFolders& folders, MidiFile events);
 
     /// Loads the sound, and reads the sounds that program changes will choose. Faults of the latter
-    /// are added to `warnings`. An error is a fault of `sound`.
-    kits::Result<void> SetUp(const Sound& sound, const Tuning& tuning,
-                             std::vector<std::string>& warnings);
+    /// are added to `warnings`. The report is on the function of `sound`; without it nothing plays.
+    FunctionReport SetUp(const Sound& sound, const Tuning& tuning,
+                         std::vector<std::string>& warnings);
 
     bool HasNotes() const { return events.notes > 0; }
     /// Returns 2 if any sound that plays a note has a spread, else 1.

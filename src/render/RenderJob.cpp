@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <iterator>
 #include <list>
 #include <optional>
 #include <utility>
@@ -51,7 +50,9 @@ class RenderJob {
   private:
     Result<void> Render();
     Result<Sound> SoundOf(const std::filesystem::path& path);
-    Result<Sound> MainSound();
+    Result<std::filesystem::path> MainFile() const;
+    Result<Sound> MainSound(const std::filesystem::path& path);
+    const char* FunctionOption() const;
     Result<Arrangement> Arrange(MidiFile midi);
     Result<void> Write(Arrangement& arrangement, kits::SoundFileWriter& writer,
                        kits::SoundFileFormat format);
@@ -66,9 +67,12 @@ class RenderJob {
         return EndWith(interrupt->ExitCode(),
                        "interrupted; " + options.output.string() + " was not written");
     }
+    /// Adds the warnings that are not there yet: several channels may have the same sound.
     void Warn(std::vector<std::string> more) {
-        outcome.warnings.insert(outcome.warnings.end(), std::make_move_iterator(more.begin()),
-                                std::make_move_iterator(more.end()));
+        for (std::string& warning : more) {
+            if (std::ranges::find(outcome.warnings, warning) == outcome.warnings.end())
+                outcome.warnings.push_back(std::move(warning));
+        }
     }
 
     const Options& options;
@@ -80,7 +84,7 @@ class RenderJob {
 Result<void> RenderJob::Render() {
     const Result<kits::SoundFileFormat> format = kits::SoundFileFormatOf(options.output);
     if (!format)
-        return EndWith(kUsageExitCode, format.Fault().text);
+        return format.Fault();
     Result<MidiFile> midi = ReadMidiFile(options.midi);
     if (!midi)
         return midi.Fault();
@@ -120,14 +124,18 @@ Result<Sound> RenderJob::SoundOf(const std::filesystem::path& path) {
     return sound;
 }
 
-/// Returns the sound that the options name, with the function that they replace.
-Result<Sound> RenderJob::MainSound() {
+Result<std::filesystem::path> RenderJob::MainFile() const {
     const Result<std::filesystem::path> path = options.sound
                                                    ? folders.FindDocument("sounds", *options.sound)
                                                    : folders.Find("sounds", "default.xml");
     if (!path)
         return Error{"--sound: " + path.Fault().text};
-    Result<Sound> sound = SoundOf(*path);
+    return path;
+}
+
+/// Returns the sound of that file, with the function that the options replace it by.
+Result<Sound> RenderJob::MainSound(const std::filesystem::path& path) {
+    Result<Sound> sound = SoundOf(path);
     if (!sound)
         return sound;
     Function& function = sound->function;
@@ -151,24 +159,50 @@ Result<Sound> RenderJob::MainSound() {
     if (options.sampleFrequency) {
         if (function.kind != FunctionKind::Sample)
             return EndWith(kUsageExitCode, "--sample-frequency is for a sound from a sample, and " +
-                                               path->string() + " is none");
+                                               path.string() + " is none");
         function.frequency = std::to_string(*options.sampleFrequency);
     }
     return sound;
 }
 
+/// Returns the option from which the main sound has its function; null if that is its own.
+const char* RenderJob::FunctionOption() const {
+    return options.function  ? "--function"
+           : options.sample  ? "--sample"
+           : options.picture ? "--picture"
+                             : nullptr;
+}
+
 /// Makes a part for the channels with the main sound and one for each of the other channels, in
 /// their order.
 Result<Arrangement> RenderJob::Arrange(MidiFile midi) {
+    const Result<std::filesystem::path> main = MainFile();
+    if (!main)
+        return main.Fault();
+    if (options.channel != -1 && std::ranges::none_of(midi.events, [&](const MidiEvent& event) {
+            return event.kind == MidiEvent::Kind::NoteOn && event.From() == options.channel;
+        }))
+        Warn({"--channel " + std::to_string(options.channel + 1) +
+              ": there is no note on that channel"});
     std::list<Part> parts;
-    const auto add = [&](const Result<Sound>& sound, MidiFile events) -> Result<void> {
+    const auto add = [&](const Result<Sound>& sound, const std::filesystem::path& path,
+                         MidiFile events) -> Result<void> {
         if (!sound)
             return sound.Fault();
         const Result<Tuning> tuning = ReadTuning(options.tuning);
         if (!tuning)
             return tuning.Fault();
-        return parts.emplace_back(options, folders, std::move(events))
-            .SetUp(*sound, *tuning, outcome.warnings);
+        const char* const option = parts.empty() ? FunctionOption() : nullptr;
+        std::vector<std::string> remarks;
+        const FunctionReport report =
+            parts.emplace_back(options, folders, std::move(events)).SetUp(*sound, *tuning, remarks);
+        if (!report)
+            return option ? Error{std::string(option) + ": " + Text(report)}
+                          : FaultIn(path, sound->function, report);
+        if (options.compile)
+            Warn(NotCompiled(option ? option : FunctionOf(path), sound->function));
+        Warn(std::move(remarks));
+        return {};
     };
     const auto& own = options.channelSounds;
     const auto eventsOf = [&](auto isThere) {
@@ -179,7 +213,7 @@ Result<Arrangement> RenderJob::Arrange(MidiFile midi) {
     MidiFile rest = HasChannelSounds(options)
                         ? eventsOf([&](std::size_t from) { return !own[from]; })
                         : std::move(midi);
-    if (const Result<void> added = add(MainSound(), std::move(rest)); !added)
+    if (const Result<void> added = add(MainSound(*main), *main, std::move(rest)); !added)
         return added.Fault();
     for (std::size_t channel = 0; channel < own.size(); channel++) {
         if (!own[channel])
@@ -192,7 +226,7 @@ Result<Arrangement> RenderJob::Arrange(MidiFile midi) {
         MidiFile events = eventsOf([&](std::size_t from) { return from == channel; });
         if (events.notes == 0 && options.channel == -1)
             Warn({option + "there is no note on that channel"});
-        if (const Result<void> added = add(SoundOf(*path), std::move(events)); !added)
+        if (const Result<void> added = add(SoundOf(*path), *path, std::move(events)); !added)
             return Error{option + added.Fault().text};
     }
     return Arrangement(std::move(parts));

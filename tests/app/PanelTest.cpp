@@ -2,6 +2,8 @@
 // Catches faults in the main view's file panels: their content and the effect of their results.
 #include "app/MainViewStage.h"
 #include "app/MessageCodes.h"
+#include "documents/SoundDocument.h"
+#include "instrument/InitialSound.h"
 #include "kits/storage/NodeInfo.h"
 #include "support/Environment.h"
 #include "support/Limits.h"
@@ -224,6 +226,38 @@ TEST_F(OwnFolderTest, ControlSSavesToThePersonsOwnFileOfTheSoundAndToNoOther) {
     test::Type(*window, "6");
     EXPECT_EQ(Text("Fy"), "56");
     EXPECT_THAT(alerts.texts, ElementsAre());
+}
+
+TEST_F(OwnFolderTest, AnotherSoundStandsInForADefaultThatCannotBeRead) {
+    const std::string broken = folder.Write("own/sounds/default.xml", "<vexasound");
+    const auto open = [&] {
+        delete window;
+        alerts.texts.clear();
+        window = new vexa::VexaWindow({64, 100, 999, 610}, folders, {.settings = settings});
+        view = &window->MainView();
+        test::Settle();
+        EXPECT_THAT(alerts.texts, ElementsAre("unable to get the system mixer",
+                                              "The sound \"default\" could not be read."));
+        EXPECT_THAT(alerts.details, HasSubstr(broken + ":1:1: "));
+        EXPECT_FALSE(view->Changed());
+    };
+    open();
+    EXPECT_THAT(alerts.details, HasSubstr("instead the sound of " + folder.Path().string()));
+    EXPECT_EQ(view->SoundName(), "default");
+    EXPECT_EQ(view->ConstructSound(), *vexa::ReadSound(In("sounds/default.xml")));
+    // The broken file is left for its owner to mend.
+    Enter("Fy", "7");
+    test::TypeKey(*window, Qt::Key_S, Qt::ControlModifier);
+    test::Settle();
+    EXPECT_THAT(OpenTitles(), ElementsAre("Save Sound"));
+    EXPECT_EQ(test::Contents(broken), "<vexasound");
+
+    ClosePanels();
+    folder.Write("sounds/default.xml", "");
+    open();
+    EXPECT_THAT(alerts.details, HasSubstr("sounds/default.xml: expected a root element"));
+    EXPECT_EQ(view->SoundName(), vexa::kInitialSoundName);
+    EXPECT_EQ(view->ConstructSound(), vexa::InitialSound());
 }
 
 TEST_F(OwnFolderTest, WhatTheProgramIsStartedWithIsOfItsFile) {

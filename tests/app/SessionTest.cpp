@@ -2,6 +2,7 @@
 // Catches faults of the program in sessions of a session manager, which the tests provide.
 #include "app/JoinedSession.h"
 #include "app/MainViewStage.h"
+#include "documents/SoundDocument.h"
 #include "kits/storage/ReadFile.h"
 #include "support/Command.h"
 #include "support/Environment.h"
@@ -235,6 +236,25 @@ TEST_F(SessionTest, WithoutAWindowItIsTheSame) {
     EXPECT_EQ(read->options.voices, 3);
     EXPECT_THAT(*kits::ReadFile(folder.Path() / "session/Vexa.nTEST/session"),
                 HasSubstr("glide = 0.5\n"));
+}
+
+/// A new session saves the sound that plays.
+TEST_F(SessionTest, WithoutAWindowTheShippedDefaultStandsInForOneThatCannotBeRead) {
+    const std::string broken = folder.Write("data/vexa/sounds/default.xml", "<vexasound");
+    const test::EnvironmentVariable url("NSM_URL", manager.Url().c_str());
+    const test::EnvironmentVariable data("XDG_DATA_HOME", In("data").c_str());
+    const auto played = test::RunCommand(
+        {VEXA_PROGRAM_FOLDER "/vexa", "--no-window", "--audio", "none", "--user-folder"},
+        [&](pid_t child) {
+            EXPECT_TRUE(manager.Hears("/reply /nsm/client/open"));
+            ::kill(child, SIGTERM);
+        });
+    EXPECT_EQ(played.exitCode, 0);
+    EXPECT_THAT(played.text, HasSubstr("vexa: " + broken + ":1:1: "));
+    EXPECT_THAT(played.text, HasSubstr("instead the sound of " VEXA_PROGRAM_FOLDER));
+    const auto project = vexa::ReadProject(folder.Path() / "session/Vexa.nTEST", {});
+    ASSERT_TRUE(project) << project.Fault().text;
+    EXPECT_EQ(project->sound, *vexa::ReadSound(VEXA_SOURCE_FOLDER "/data/sounds/default.xml"));
 }
 
 } // namespace

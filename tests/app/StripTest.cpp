@@ -86,7 +86,7 @@ TEST_F(StripTest, HowTheSoundIsPlayedIsEditedHeardAndSaved) {
     auto& glide = Find<NumberField>("glide, seconds");
     EXPECT_STREQ(spread.Text(), "0\u00b0");
     EXPECT_STREQ(pressure.Text(), "none");
-    EXPECT_THAT(spread.ToolTip(), HasSubstr("The sound does not say it"));
+    EXPECT_THAT(spread.Help(), HasSubstr("The sound does not say it"));
     EXPECT_FALSE(view->ConstructSound().playing) << "looking is no edit";
 
     Enter("spread, degrees", "42.5 \u00b0");
@@ -141,7 +141,7 @@ TEST_F(StripTest, HowTheSoundIsPlayedIsEditedHeardAndSaved) {
     Look();
     EXPECT_STREQ(glide.Text(), "0.25 s");
     EXPECT_FALSE(glide.IsEnabled());
-    EXPECT_THAT(glide.ToolTip(), StartsWith("--glide on the command line"));
+    EXPECT_THAT(glide.Help(), StartsWith("--glide on the command line"));
     EXPECT_FALSE(view->Changed());
 }
 

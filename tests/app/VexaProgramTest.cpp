@@ -30,6 +30,7 @@ TEST(VexaProgram, SaysWhatIsWrongWithItsCommandLine) {
         {{"--channel", "17"}, "--channel"},
         {{"--audio", "oss"}, "jack, pulse, alsa or none"},
         {{"--midi", ""}, "--midi needs a value"},
+        {{"--record", "x.mp3"}, "--record takes a name ending in .wav, .flac or .ogg"},
         {{"a.xml", "b.xml"}, "one file can be opened, not 2"},
         {{"--no-window", "a.xml"}, "without a window a file is given as --sound a.xml"},
         {{"--attach", "2"}, "the number of a descriptor"},
@@ -59,6 +60,13 @@ TEST(VexaProgram, ASoundAndATuningThatWereAskedForMustBeThere) {
         Vexa({"--no-window", "--audio", "none", "--sound", "/none/sound.xml"});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_THAT(result.text, HasSubstr("/none/sound.xml"));
+    const test::TemporaryFolder folder;
+    const std::string bad = folder.Write("bad.xml", "<vexasound><vexafunction><expression>2x"
+                                                    "</expression></vexafunction></vexasound>");
+    const CommandResult function = Vexa({"--no-window", "--audio", "none", "--sound", bad});
+    EXPECT_EQ(function.exitCode, 1);
+    EXPECT_THAT(function.text, HasSubstr("vexa: " + bad + ": <expression>: character 1: \"2x\""));
+    EXPECT_THAT(function.text, Not(HasSubstr("gcc")));
     const CommandResult tuning =
         Vexa({"--no-window", "--audio", "none", "--tuning", "/none/scale.scl"});
     EXPECT_EQ(tuning.exitCode, 1);
@@ -76,6 +84,8 @@ TEST(VexaProgram, WithoutAnyDeviceOrCompilerItLivesAndEndsByItsSignal) {
     EXPECT_THAT(result.text, HasSubstr("unable to get the system mixer"));
     EXPECT_THAT(result.text, HasSubstr("there is no sound: no audio system was asked for"));
     EXPECT_THAT(result.text, HasSubstr("s without sound, 0 MIDI events lost"));
+    // What was never connected is not told to be hard to disconnect.
+    EXPECT_THAT(result.text, Not(HasSubstr("disconnect")));
 }
 
 TEST(VexaProgram, ASignalAtTheStartLeavesNoPartOfARecordingBehind) {

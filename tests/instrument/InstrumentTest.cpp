@@ -343,7 +343,7 @@ TEST(Instrument, WhatIsMissingForAnAddonIsNoFault) {
         EXPECT_GT(PeakOfANote(following), 0);
     }
     {
-        // A compiler without the C library's headers.
+        // A compiler without the C library's headers. How to mend that stands before its words.
         const std::filesystem::path compiler = folder.Path() / "gcc";
         std::ofstream(compiler) << "#!/bin/sh\nPATH=" << std::getenv("PATH")
                                 << " exec gcc -nostdinc \"$@\"\n";
@@ -353,7 +353,9 @@ TEST(Instrument, WhatIsMissingForAnAddonIsNoFault) {
         EXPECT_TRUE(Await(following));
         EXPECT_GT(PeakOfANote(following), 0);
         Instrument awaited(folder.Path(), Addons::Awaited);
-        EXPECT_THAT(Text(awaited.SetFunction(Of("x"))), HasSubstr("apt install libc6-dev"));
+        const std::string text = Text(awaited.SetFunction(Of("x")));
+        EXPECT_THAT(text, HasSubstr("#include <math.h>"));
+        EXPECT_LT(text.find("apt install libc6-dev"), text.find("#include <math.h>"));
     }
     std::filesystem::remove(folder.Function("addon.c"));
     ASSERT_TRUE(following.SetFunction(Of("x")));

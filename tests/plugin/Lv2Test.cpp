@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Catches faults of the plug-in as an LV2 host sees it.
 #include "documents/SoundDocument.h"
+#include "instrument/InitialSound.h"
 #include "plugin/HostedFolders.h"
 #include "plugin/Lv2Host.h"
 #include "support/Command.h"
@@ -555,6 +556,22 @@ TEST_F(Lv2, OthersPlayWhileInstancesComeAndGo) {
     maker.join();
     // Nothing is written into the user's folder.
     EXPECT_EQ(folder.Count(), 0U);
+}
+
+TEST_F(Lv2, AnotherSoundStandsInForADefaultThatCannotBePlayed) {
+    const test::EnvironmentVariable user("XDG_DATA_HOME", folder.Path().c_str());
+    const std::tuple<std::string, const char*, Sound> cases[] = {
+        {"<vexasound",
+         "default.xml:1:1: ", *ReadSound(VEXA_SOURCE_FOLDER "/data/sounds/default.xml")},
+        {TextOf("nonsense"), "\"nonsense\"", InitialSound()}};
+    for (const auto& [document, fault, playing] : cases) {
+        folder.Write("vexa/sounds/default.xml", document);
+        Lv2Host host;
+        EXPECT_THAT(host.logged, HasSubstr(fault));
+        EXPECT_EQ(host.Save()["document"], SoundText(playing));
+        host.Midi(0, {0x90, 60, 100});
+        EXPECT_GT(Peak(host.Run(4096)), 1e-3F);
+    }
 }
 
 /// Catches folders below the host's current folder if the environment names none of the user's.

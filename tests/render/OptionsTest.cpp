@@ -60,7 +60,7 @@ TEST(Options, ReadsEveryOptionWhereverItStands) {
     EXPECT_EQ(options->playing.texts[3], std::nullopt);
 
     const auto sample =
-        Parse(Words("--sample a.wav --sample-frequency 220.5 --channel all -- --in.mid -out"));
+        Parse(Words("--sample a.wav --sample-frequency 220.5 --channel all -- --in.mid -out.wav"));
     ASSERT_TRUE(sample) << sample.Fault().text;
     EXPECT_EQ(sample->sample, "a.wav");
     EXPECT_EQ(sample->sampleFrequency, 220.5);

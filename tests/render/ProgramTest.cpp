@@ -30,6 +30,7 @@ using test::CommandResult;
 using test::Contents;
 using test::kProgram;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 const std::string kDemo = VEXA_PROGRAM_FOLDER "/demo.mid";
 
@@ -128,7 +129,11 @@ TEST_F(RenderProgram, PlaysByScalaFilesOrSaysWhichLineIsWrong) {
 }
 
 TEST_F(RenderProgram, ChannelVoicesAndNormalizeDoWhatTheySay) {
-    ASSERT_EQ(Run({OneNote(), Path("a.wav"), "--channel", "2", "--tail", "0"}).exitCode, 0);
+    const CommandResult silent =
+        Run({OneNote(), Path("a.wav"), "--channel", "2", "--tail", "0", "--quiet"});
+    EXPECT_EQ(silent.exitCode, 0);
+    EXPECT_EQ(silent.text, "vexa-render: warning: --channel 2: there is no note on that channel\n");
+    EXPECT_EQ(Run({OneNote(), Path("b.wav"), "--channel", "1", "--tail", "0", "--quiet"}).text, "");
     for (const float sample : Samples(Path("a.wav")))
         ASSERT_EQ(sample, 0) << "the note is on channel 1";
 
@@ -274,7 +279,12 @@ TEST_F(RenderProgram, BadInputIsNamedAndNothingIsLost) {
     const std::string cut =
         folder.Write("cut.mid", Contents(good).substr(0, Contents(good).size() - 6)).string();
     ExpectFailure({cut, out}, "cut.mid");
-    ExpectFailure({good, Path("out.mp3")}, "out.mp3", 2);
+    ExpectFailure({good, Path("out.mp3")},
+                  "out.mp3: the name of a sound file ends in one of .wav, .flac, .ogg\n"
+                  "Usage: ",
+                  2);
+    ExpectFailure({good, Path("out.ogg"), "--rate", "384000"},
+                  "out.ogg as .ogg at 384000 Hz with 1 channel: ");
     ExpectFailure({good, "/none/out.wav"}, "/none/out.wav");
     ExpectFailure({good, out, "--sound", Path("none.xml")}, "none.xml");
     ExpectFailure({good, out, "--channel-sound", "2=none"},
@@ -291,19 +301,35 @@ TEST_F(RenderProgram, BadInputIsNamedAndNothingIsLost) {
                               "</vexafunction></vexasound>")
             .string();
     ExpectFailure({good, out, "--channel-sound", "2=" + bad},
-                  "--channel-sound 2=" + bad + ": There was an error while trying to compile");
+                  "vexa-render: --channel-sound 2=" + bad + ": " + bad + ": <expression>: ");
+    ExpectFailure({good, out, "--sound", bad},
+                  "vexa-render: " + bad + ": <expression>: character 3: ");
     EXPECT_THAT(Run({good, Path("on1.wav"), "--channel-sound", "2=bell"}).text,
                 HasSubstr("warning: --channel-sound 2=bell: there is no note on that channel"));
     ExpectFailure({good, out, "--sound", "/dev/random"}, "/dev/random: it is a device, not a file");
-    ExpectFailure({good, out, "--function", "x % 2.5"},
-                  "There was an error while trying to compile");
-    ExpectFailure({good, out, "--function", "system(1)"}, "system");
+    // Without words about a compiler that has not run.
+    std::string costly = "x";
+    for (int i = 0; i < 200; i++)
+        costly += "+jn(50,x+" + std::to_string(i) + ")";
+    for (const auto& more : {std::vector<std::string>{}, {"--compile"}}) {
+        const auto refusal = [&](const std::string& function) {
+            std::vector<std::string> arguments{good, out, "--function", function};
+            arguments.insert(arguments.end(), more.begin(), more.end());
+            const CommandResult result = Run(arguments);
+            EXPECT_EQ(result.exitCode, 1);
+            return result.text;
+        };
+        EXPECT_EQ(refusal("2x"), "vexa-render: --function: character 1: \"2x\" is not a number\n"
+                                 "to multiply write 2*x\n");
+        EXPECT_THAT(refusal(costly), StartsWith("vexa-render: --function: the function takes "));
+        EXPECT_THAT(refusal("system(1)"), HasSubstr("system"));
+    }
     ExpectFailure({good, out, "--sample", good}, "note.mid");
     ExpectFailure({good, out, "--voices", "21"}, "--voices", 2);
     ExpectFailure({good}, "no output", 2);
 
     const fs::path old = folder.Write("old.wav", "precious");
-    ExpectFailure({good, old.string(), "--function", "x+"}, "gcc");
+    ExpectFailure({good, old.string(), "--function", "x+"}, "character 3");
     EXPECT_EQ(Contents(old), "precious");
 }
 
@@ -504,6 +530,42 @@ TEST_F(RenderProgram, NeedsTemplateAndCompilerOnlyWhereItIsToCompile) {
     EXPECT_EQ(formula.exitCode, 0) << formula.text;
     EXPECT_EQ(Run({note, Path("b.wav"), "--compile", "--function", "x*y"}).exitCode, 0);
     EXPECT_TRUE(fs::exists(Path("b.wav")));
+}
+
+TEST_F(RenderProgram, SaysWhichFunctionsItDoesNotCompileThoughItIsAskedTo) {
+    std::string text = Contents(VEXA_PROGRAM_FOLDER "/sounds/default.xml");
+    const std::size_t begin = text.find("<expression>") + 12;
+    text.replace(begin, text.find("</expression>") - begin, "x*vel");
+    const std::string sound = folder.Write("sound.xml", text).string();
+    const auto warnings = [&](std::vector<std::string> more) {
+        more.insert(more.begin(), {OneNote(), Path("a.wav"), "--tail", "0", "--quiet"});
+        const CommandResult result = Run(std::move(more));
+        EXPECT_EQ(result.exitCode, 0) << result.text;
+        return result.text;
+    };
+    const std::string ofSound = "vexa-render: warning: --compile: the function of " + sound +
+                                " is not compiled: it uses more than x and y\n";
+    // Once, however many channels have the sound.
+    EXPECT_EQ(warnings({"--compile", "--sound", sound, "--channel-sound", "1=" + sound}), ofSound);
+    EXPECT_EQ(warnings({"--sound", sound}), "");
+    EXPECT_EQ(warnings({"--compile", "--function", "x*y"}), "");
+    EXPECT_EQ(warnings({"--compile", "--function", "a*x"}),
+              "vexa-render: warning: --compile: --function is not compiled: it uses more than x "
+              "and y\n");
+    EXPECT_THAT(warnings({"--compile", "--function", "1<<(int)x"}),
+                HasSubstr("--function is not compiled: C does not define all of its values\n"));
+    EXPECT_THAT(warnings({"--compile", "--sound", "voice"}),
+                HasSubstr("/voice.xml is not compiled: it is a sample\n"));
+    // Of the sounds that program changes choose too.
+    folder.Write("data/vexa/sounds/0.xml", text);
+    const test::EnvironmentVariable data("XDG_DATA_HOME", Path("data").c_str());
+    const std::string chosen =
+        folder.Write("chosen.mid", test::MidiFileOf({{0, {0xC0, 0}}, {1, {0x90, 69, 100}}}));
+    EXPECT_THAT(Run({chosen, Path("b.wav"), "--compile", "--function", "x", "--programs",
+                     "--user-folder", "--tail", "0"})
+                    .text,
+                HasSubstr("the function of " + Path("data/vexa/sounds/0.xml") +
+                          " is not compiled: it uses more than x and y\n"));
 }
 
 TEST_F(RenderProgram, CompilesWhereWhoeverStartsItIgnoresTheEndsOfChildren) {

@@ -80,14 +80,18 @@ TEST_F(Tune, ProgramChangesChooseSoundsAtTheirFrame) {
     WriteSine("0.xml", "<fx>2</fx>");
     WriteSine("1.xml", "<playing><spread>90</spread></playing>");
     folder.Write("vexa/sounds/2.xml", "no sound");
+    folder.Write("vexa/sounds/3.xml", "<vexasound><vexafunction><expression>2x</expression>"
+                                      "</vexafunction></vexasound>");
     const std::vector<MidiMessage> tune{
         {0, {0xC0, 0}},        {100, {0x90, 69, 100}},  // 880 Hz
         {600, {0xB0, 32, 1}},  {600, {0xC0, 0}},        // a bank that there is not
         {700, {0xB0, 32, 0}},  {700, {0xC0, 2}},        // broken
+        {800, {0xC0, 3}},                               // without a function
         {1000, {0xC0, 1}},     {1000, {0x91, 74, 100}}, // half as high
         {1500, {0x80, 69, 0}}, {1500, {0x81, 74, 0}}};
     EXPECT_THAT(Render(tune, {"--programs"}),
-                testing::AllOf(HasSubstr("there is no program 128"), HasSubstr("2.xml")));
+                testing::AllOf(HasSubstr("there is no program 128"), HasSubstr("2.xml"),
+                               HasSubstr("3.xml: <expression>: character 1: ")));
     EXPECT_EQ(channels, 2U) << "the second sound has a spread";
     EXPECT_GT(Level(0.55, 880), 0.2);
     EXPECT_LT(Level(0.55, 440), 0.01);

@@ -26,6 +26,7 @@ RecordButton::RecordButton(BRect frame, BMessage* message)
     : BButton(frame, "Record", kResting, message) {
     SetOnDark();
     SetAccessibleName(kRestingName);
+    SetHelp("Records what is heard into a WAV file");
 }
 
 void RecordButton::Show(std::optional<double> seconds) {

@@ -125,7 +125,7 @@ void PlayingControls::Show(std::size_t row) {
         control.number->Show(ValueOf(row));
         return;
     }
-    control.menu->SetToolTip(help.c_str());
+    control.menu->SetHelp(help);
     control.menu->SetEnabled(!preferred);
     BMenuItem* item = control.menu->Menu()->ItemAt(static_cast<std::size_t>(ValueOf(row)));
     if (item && !item->IsMarked())

@@ -173,6 +173,7 @@ class BView : public BHandler {
     const char* ToolTip() const { return toolTip.c_str(); }
     /// Sets the text that is shown as long as there is no tool tip: what the view is for.
     void SetHelp(std::string_view text);
+    const std::string& Help() const { return help; }
     /// Sets the view's name for screen readers, in words that the user understands. Without it a
     /// control has its label as its name.
     void SetAccessibleName(std::string_view words);

@@ -59,6 +59,8 @@ struct SoundFileWriter::State {
     int descriptor;
     SoundFileFormat format;
     std::string name;
+    /// The format, the rate and the number of channels, for a person.
+    std::string form;
     std::size_t channels;
     /// The capacity of the file and the amount written, in bytes of floats.
     std::uint64_t room = UINT64_MAX;
@@ -70,6 +72,11 @@ struct SoundFileWriter::State {
     Result<void> Flush();
     Error Failure(const std::string& reason) const {
         return {"could not write " + name + ": " + reason};
+    }
+    /// Returns the error of a format that does not have the rate or the channels, which the
+    /// library's own words do not name.
+    Error Unfit(const std::string& reason) const {
+        return {"could not write " + name + " as " + form + ": " + reason};
     }
 };
 
@@ -99,13 +106,12 @@ Result<SoundFileWriter> SoundFileWriter::Create(int descriptor, SoundFileFormat 
         else
             state->room = kMostWavBytes;
     }
-    if (!sf_format_check(&info))
-        return state->Failure("the format has no " + std::to_string(channels) + " channels at " +
-                              std::to_string(frameRate) + " Hz");
     state->file.reset(sf_open_fd(descriptor, SFM_WRITE, &info, SF_FALSE));
     SNDFILE* const file = state->file.get();
+    state->form = std::string(row->ending) + " at " + std::to_string(frameRate) + " Hz with " +
+                  std::to_string(channels) + (channels == 1 ? " channel" : " channels");
     if (!file)
-        return state->Failure(sf_strerror(nullptr));
+        return state->Unfit(sf_strerror(nullptr));
     // The peak chunk contains the time of writing.
     sf_command(file, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
     sf_command(file, SFC_SET_CLIPPING, nullptr, SF_TRUE);
@@ -142,8 +148,12 @@ Result<void> SoundFileWriter::Write(const float* frames, std::size_t count) {
 
 Result<void> SoundFileWriter::State::Flush() {
     const auto frames = static_cast<sf_count_t>(block.size() / channels);
-    if (sf_writef_float(file.get(), block.data(), frames) != frames)
-        return Failure(sf_strerror(file.get()));
+    if (sf_writef_float(file.get(), block.data(), frames) != frames) {
+        // The Vorbis encoder looks at the rate only when it gets samples.
+        const bool isUnfit = sf_error(file.get()) == SF_ERR_UNRECOGNISED_FORMAT;
+        const char* const reason = sf_strerror(file.get());
+        return isUnfit ? Unfit(reason) : Failure(reason);
+    }
     block.clear();
     return {};
 }

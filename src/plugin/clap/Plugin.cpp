@@ -53,6 +53,8 @@ Plugin::Plugin(const clap_host& host, const std::filesystem::path& content)
     : host(host), instrument(HostedFolders(content), rate), face(FaceOf(*this)) {
     const Knobs untouched = UntouchedKnobs();
     std::copy(untouched.begin(), untouched.end(), knobs.begin());
+    if (!instrument.StartFault().empty())
+        Tell(instrument.StartFault().c_str());
 }
 
 bool Plugin::Activate(double next) noexcept {

@@ -51,6 +51,7 @@ Plugin::Plugin(double rate, const char* bundle, LV2_URID_Map& map, LV2_Log_Log* 
     controls.fill(std::numeric_limits<float>::quiet_NaN());
     for (std::size_t i = 0; i < kRequests; i++)
         reported[i] = instrument.Text(static_cast<Request>(i));
+    Tell(instrument.StartFault());
     if (!schedule)
         thread.emplace([this] { Work(); });
 }

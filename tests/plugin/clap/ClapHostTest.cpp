@@ -3,6 +3,7 @@
 
 #include "documents/SoundDocument.h"
 #include "support/Command.h"
+#include "support/Environment.h"
 #include "support/RealtimeWatch.h"
 #include "support/TemporaryFolder.h"
 
@@ -23,6 +24,7 @@ using test::Factory;
 using test::Name;
 using testing::ElementsAre;
 using testing::EndsWith;
+using testing::HasSubstr;
 using testing::IsEmpty;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
@@ -535,6 +537,17 @@ TEST_F(ClapPlugin, ActivationsAndLatenciesMayComeInAnyOrder) {
     const std::vector<float> expected = fresh.Run(8192);
     EXPECT_EQ(host.Run(8192), expected);
     EXPECT_GT(Level(expected), 1e-3);
+}
+
+TEST_F(ClapPlugin, NamesTheFaultOfADefaultSoundForWhichAnotherPlays) {
+    const test::TemporaryFolder folder;
+    const auto broken = folder.Write("vexa/sounds/default.xml", "<vexasound");
+    const test::EnvironmentVariable user("XDG_DATA_HOME", folder.Path().c_str());
+    testing::internal::CaptureStderr();
+    ClapHost host;
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr(broken.string() + ":1:1: "));
+    host.Note(kOn, 0, {1, 0, 60});
+    EXPECT_GT(Level(host.Run(4800)), 1e-3);
 }
 
 TEST_F(ClapPlugin, OthersPlayWhileInstancesComeAndGoAndStatesAreLoaded) {

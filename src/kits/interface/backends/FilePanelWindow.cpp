@@ -180,12 +180,12 @@ void FilePanelWindow::AddNavigation(BView& background) {
     auto* hidden =
         new BButton({kRight - kMargin - 59, kMargin, kRight - kMargin, bottom}, "hidden button",
                     "Hidden", new BMessage(kHidden), B_FOLLOW_RIGHT | B_FOLLOW_TOP);
-    hidden->SetToolTip("Show or hide the files whose names begin with a dot (Ctrl+H)");
+    hidden->SetToolTip("Show or hide the files whose names begin with a dot (Ctrl H)");
     path = new CompletingField({left, kMargin, kRight - kMargin - 66, bottom}, "path view",
                                "Folder", 0, B_FOLLOW_LEFT_RIGHT | B_FOLLOW_TOP);
     path->SetToolTip(
         "The folder that is listed; the path of another one, or of a file, can be typed here "
-        "(Ctrl+L)");
+        "(Ctrl L)");
     path->onConfirmed = [this] { PostMessage(kGoToPath); };
     // A typed path that could not be opened stays for correction until the field is left.
     QObject::connect(qApp, &QApplication::focusChanged, list,

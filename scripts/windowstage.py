@@ -63,10 +63,11 @@ def end(process):
 
 @contextlib.contextmanager
 def display(width, height):
-    """Runs an X server with one screen, on which programs that are started later have their windows."""
+    """Runs an X server with one screen, on which programs that are started later have their windows. It must
+    not reset itself when its only client goes, as it refuses the next one meanwhile."""
     read, write = os.pipe()
     with running("Xvfb", "-displayfd", write, "-screen", "0", f"{width}x{height}x24", "-nolisten", "tcp",
-                 pass_fds=(write,), stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL):
+                 "-noreset", pass_fds=(write,), stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL):
         os.close(write)
         with os.fdopen(read) as number:
             os.environ["DISPLAY"] = ":" + number.readline().strip()

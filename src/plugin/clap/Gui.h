@@ -18,8 +18,8 @@ namespace vexa::clap {
 /// of the host keeps going. Main thread.
 class Gui {
   public:
-    /// `folder` has the library of the frame and, unless it is in PATH, the program. The host, the
-    /// windows and `tell` outlive it.
+    /// `folder` has the library of the frame, and the program is found from there
+    /// (frame/WindowProcess.h). The host, the windows and `tell` outlive it.
     Gui(const clap_host& host, Windows& windows, std::filesystem::path folder, Windows::Tell tell);
     ~Gui();
     Gui(const Gui&) = delete;

@@ -4,12 +4,14 @@
 #include "app/MessageCodes.h"
 #include "documents/SoundDocument.h"
 #include "instrument/InitialSound.h"
+#include "kits/interface/backends/WindowWidget.h"
 #include "kits/storage/NodeInfo.h"
 #include "support/Environment.h"
 #include "support/Limits.h"
 #include "support/Pictures.h"
 
 #include <QTreeView>
+#include <QWindow>
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -66,6 +68,16 @@ TEST_F(PanelTest, EveryButtonShowsItsPanel) {
                 testing::UnorderedElementsAre("Load f(x,y)", "Save f(x,y)", "Load Sound",
                                               "Save Sound", "Load Sample"));
     EXPECT_THAT(alerts.texts, ElementsAre());
+}
+
+TEST_F(PanelTest, APanelStaysAboveItsWindow) {
+    PressButton("Load Sound");
+    for (const QWidget* widget : QApplication::topLevelWidgets()) {
+        if (widget->isVisible() && widget->windowTitle() == "Load Sound") {
+            EXPECT_EQ(widget->windowHandle()->transientParent(), window->Widget().windowHandle());
+        }
+    }
+    ClosePanels();
 }
 
 TEST_F(PanelTest, WhatAnOpenPanelNamesIsLoaded) {

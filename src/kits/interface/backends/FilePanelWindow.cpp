@@ -18,6 +18,7 @@
 #include <QScreen>
 #include <QScrollBar>
 #include <QShortcut>
+#include <QWindow>
 #include <algorithm>
 
 namespace fs = std::filesystem;
@@ -323,8 +324,18 @@ std::vector<entry_ref> FilePanelWindow::SelectedRefs() const {
     return refs;
 }
 
+/// Makes the window one that window managers keep above the other.
+void FilePanelWindow::StayAbove(const BWindow& other) {
+    Widget().setWindowFlag(Qt::Dialog);
+    Widget().winId();
+    other.Widget().winId();
+    Widget().windowHandle()->setTransientParent(other.Widget().windowHandle());
+}
+
 void FilePanelWindow::Present() {
     if (IsHidden()) {
+        if (const BWindow* const asker = panel ? panel->Asker() : nullptr)
+            StayAbove(*asker);
         const QWidget* behind = QApplication::activeWindow();
         const QRect area =
             behind ? behind->frameGeometry() : QApplication::primaryScreen()->availableGeometry();

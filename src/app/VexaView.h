@@ -302,7 +302,9 @@ class VexaView : public BView {
     void LoadProgram();
 
     // File panels.
-    void ShowPanel(file_panel_mode mode, uint32 result, const char* folder, const char* title);
+    std::string NameToSaveAs() const;
+    void ShowPanel(file_panel_mode mode, uint32 result, const char* folder, const char* title,
+                   const std::string& name);
     void RemovePanel(const BMessage& message);
     static std::string ChosenPath(const BMessage& message);
     bool MaySave();

@@ -308,7 +308,16 @@ void FilePanelWindow::SetName(const QString& text) {
     if (!name)
         return;
     name->SetText(text);
-    name->SelectStem();
+    SelectName();
+}
+
+/// Selects the name, except an ending that is to stay. An ending that the panel appends is not
+/// there yet.
+void FilePanelWindow::SelectName() {
+    if (name->Text().ends_with(panel->Ending()))
+        name->SelectStem();
+    else
+        name->Line().selectAll();
 }
 
 std::string FilePanelWindow::NameText() const {
@@ -354,7 +363,7 @@ void FilePanelWindow::Present() {
     Activate();
     if (name) {
         name->Line().setFocus();
-        name->SelectStem();
+        SelectName();
     } else {
         list->setFocus();
     }

@@ -39,6 +39,7 @@ class FilePanelWindow : public BWindow {
     }
     void SetFolder(const std::filesystem::path& next);
     const std::filesystem::path& Folder() const { return folder; }
+    /// Sets the name and selects the part of it that typing replaces.
     void SetName(const QString& name);
     std::string NameText() const;
     std::vector<entry_ref> SelectedRefs() const;
@@ -69,6 +70,7 @@ class FilePanelWindow : public BWindow {
 
     void ListActivated();
     void SelectionChanged();
+    void SelectName();
     void ShowState();
     /// Has the effect of the default button.
     void Confirm();

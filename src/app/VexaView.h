@@ -282,6 +282,7 @@ class VexaView : public BView {
     // The sound of a plug-in, in place of the audio graph.
     void StartAttached();
     void TakeNews();
+    void OfferEdits();
     void WatchPlugin();
     static void Leave();
     void FollowMacros();

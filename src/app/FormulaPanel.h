@@ -50,7 +50,6 @@ class FormulaPanel {
 
     const BFont& Font() const { return font; }
     const std::vector<Text>& Texts() const { return texts; }
-    const std::vector<Bar>& Bars() const { return bars; }
     const std::vector<Gap>& Gaps() const { return gaps; }
     /// Returns the gap of a field, null if there is none.
     const Gap* FindGap(FieldId field) const;

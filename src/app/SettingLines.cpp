@@ -3,6 +3,7 @@
 
 #include "kits/storage/ReadFile.h"
 #include "kits/support/Quoted.h"
+#include "kits/support/Trimmed.h"
 
 #include <algorithm>
 #include <utility>
@@ -16,17 +17,11 @@ namespace {
 /// The largest size of a settings file, in bytes; a longer file is invalid.
 constexpr std::size_t kLongest = 1 << 20;
 constexpr std::string_view kNameCharacters = "abcdefghijklmnopqrstuvwxyz0123456789-";
-constexpr std::string_view kLineBlanks = " \t\r";
 
 /// The characters that are escaped in a value, and the letter after the backslash. A blank is
 /// escaped only at either end, where it would otherwise be taken as padding of the "=".
 constexpr std::pair<char, char> kEscapes[] = {
     {'\\', '\\'}, {'\n', 'n'}, {'\r', 'r'}, {'\t', 't'}, {' ', 's'}};
-
-std::string_view Trimmed(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of(kLineBlanks), text.size()));
-    return text.substr(0, text.find_last_not_of(kLineBlanks) + 1);
-}
 
 std::string Escaped(std::string_view text) {
     std::string escaped;
@@ -57,16 +52,16 @@ std::string Unescaped(std::string_view text) {
 
 SettingLine::SettingLine(std::string_view text) : whole(text) {
     const std::size_t sign = text.find('=');
-    const std::string_view before = Trimmed(text.substr(0, sign));
+    const std::string_view before = kits::Trimmed(text.substr(0, sign));
     if (sign == std::string_view::npos || before.starts_with('#') ||
         before.find_first_not_of(kNameCharacters) != std::string_view::npos)
         return;
     name = before;
-    value = Unescaped(Trimmed(text.substr(sign + 1)));
+    value = Unescaped(kits::Trimmed(text.substr(sign + 1)));
 }
 
 bool SettingLine::IsBroken() const {
-    const std::string_view text = Trimmed(whole);
+    const std::string_view text = kits::Trimmed(whole);
     return name.empty() && !text.empty() && !text.starts_with('#');
 }
 

@@ -38,8 +38,6 @@ constexpr float kLeastWidth = 480;
 constexpr float kLeastHeight = 240;
 
 constexpr float kMainTop = 41;
-/// The most room that the toolkit needs for a scroll bar, in pixels.
-constexpr float kScrollBar = 16;
 
 /// The gap between the logo bar's pictures and the views between them, in pixels.
 constexpr float kBarGap = 6;
@@ -222,7 +220,7 @@ void VexaWindow::Arrange() {
     strip.room = Strip::PreferredHeight() + 1;
     if (low) {
         const bool scrolls = bounds.Width() - left < mainView->LeastWidth();
-        const float main = mainHeight + (scrolls ? kScrollBar : 0);
+        const float main = mainHeight + (scrolls ? BScrollView::BarWidth() : 0);
         strip.room = std::clamp(bounds.Height() - main, playing->LeastHeight() + 1, strip.room);
     }
     const float bottom = bounds.bottom - RoomOf(strip);

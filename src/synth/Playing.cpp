@@ -2,6 +2,7 @@
 #include "synth/Playing.h"
 
 #include "kits/support/NumberText.h"
+#include "kits/support/Trimmed.h"
 
 #include <algorithm>
 #include <cmath>
@@ -44,13 +45,6 @@ constexpr PlayingRow kRows[kPlayingRows] = {
 };
 // clang-format on
 
-constexpr const char* kBlanks = " \t\n\r";
-
-std::string Trimmed(const std::string& text) {
-    const std::size_t first = text.find_first_not_of(kBlanks);
-    return first == text.npos ? "" : text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
-}
-
 } // namespace
 
 Playing::Playing() {
@@ -63,7 +57,7 @@ std::span<const PlayingRow, kPlayingRows> PlayingRows() {
 }
 
 std::optional<float> PlayingValue(const PlayingRow& row, const std::string& text) {
-    const std::string trimmed = Trimmed(text);
+    const std::string trimmed(kits::Trimmed(text));
     if (!row.words.empty()) {
         const auto word = std::find(row.words.begin(), row.words.end(), trimmed);
         if (word == row.words.end())

@@ -150,7 +150,8 @@ TEST_P(LayoutTest, TheBarKeepsTheNameOfTheSound) {
 
 class StripLayoutTest : public LayoutTest {
   protected:
-    static constexpr std::size_t kScopeAndMacros = 1 + 4 * 3, kPlaying = 10, kTuning = 2;
+    static constexpr std::size_t kScopeAndMacros = 1 + 4 * 3, kTuning = 2;
+    static constexpr std::size_t kPlaying = vexa::kPlayingRows;
     static constexpr std::size_t kControls = kScopeAndMacros + kPlaying + kTuning;
     static constexpr std::size_t kHands = 2 + 1 + 1; // wheels, hold, piano
 

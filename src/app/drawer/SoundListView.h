@@ -43,7 +43,6 @@ class SoundListView : public BView {
     std::optional<std::size_t> LoadedRow() const;
     /// Moves the cursor to the row and scrolls the row into view.
     void MoveCursor(std::size_t row);
-    std::size_t Cursor() const { return cursor; }
     /// Returns the files of the visible rows, whose pictures are needed first.
     std::vector<std::filesystem::path> InSight() const;
     /// Redraws the stars after a change of the favourites.

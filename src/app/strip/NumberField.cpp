@@ -2,6 +2,7 @@
 #include "app/strip/NumberField.h"
 
 #include "kits/support/NumberText.h"
+#include "kits/support/Trimmed.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,15 +12,8 @@ namespace vexa {
 
 namespace {
 
-constexpr const char* kBlanks = " \t";
 constexpr double kFinerStep = 0.1;
 constexpr double kCoarserStep = 10;
-
-/// Returns the text without blanks at its ends.
-std::string Trimmed(const std::string& text) {
-    const std::size_t first = text.find_first_not_of(kBlanks);
-    return first == text.npos ? "" : text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
-}
 
 } // namespace
 
@@ -53,13 +47,13 @@ std::optional<std::string> NumberField::Typed(const BMessage& message) const {
 }
 
 std::optional<std::string> NumberField::WithoutUnit(const std::string& shownText) const {
-    std::string text = Trimmed(shownText);
-    const std::string unit = Trimmed(look.unit);
+    std::string_view text = kits::Trimmed(shownText);
+    const std::string_view unit = kits::Trimmed(look.unit);
     if (!unit.empty() && text.ends_with(unit))
-        text = Trimmed(text.substr(0, text.size() - unit.size()));
+        text = kits::Trimmed(text.substr(0, text.size() - unit.size()));
     if (text.empty() || text == look.below)
         return std::nullopt;
-    return text;
+    return std::string(text);
 }
 
 void NumberField::TellFault(const std::string& fault) {

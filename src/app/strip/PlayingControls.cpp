@@ -12,7 +12,8 @@ namespace vexa {
 namespace {
 
 constexpr uint32 kEditCode = FourCC("PlyE");
-constexpr std::size_t kColumns = 5;
+/// The strip has room for two rows of cells.
+constexpr std::size_t kColumns = (kPlayingRows + 1) / 2;
 
 /// The appearance of a row's control, in the order of PlayingRows().
 struct Appearance {

@@ -96,16 +96,6 @@ void BMenu::AddItem(BMenuItem* item) {
     items.emplace_back(item);
 }
 
-BMenuItem* BMenu::RemoveItem(std::size_t index) {
-    if (index >= items.size())
-        return nullptr;
-    BMenuItem* item = items[index].release();
-    items.erase(items.begin() + static_cast<std::ptrdiff_t>(index));
-    item->menu = nullptr;
-    Changed();
-    return item;
-}
-
 void BMenu::RemoveAll() {
     items.clear();
     Changed();

@@ -65,8 +65,6 @@ class BMenu {
 
     /// Takes ownership of the item.
     void AddItem(BMenuItem* item);
-    /// Removes the item and gives it back to the caller, or returns null if there is no such item.
-    BMenuItem* RemoveItem(std::size_t index);
     void RemoveAll();
     std::size_t CountItems() const { return items.size(); }
     BMenuItem* ItemAt(std::size_t index) const;
@@ -123,7 +121,6 @@ class BMenuField : public BView {
     BMenu* Menu() const { return menu.get(); }
     /// Sets the start of the menu's button, in pixels from the field's left edge.
     void SetDivider(float position);
-    float Divider() const { return divider; }
     /// Adapts the field to a dark background, as BButton::SetOnDark does.
     void SetOnDark();
 

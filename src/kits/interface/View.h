@@ -71,7 +71,6 @@ class BView : public BHandler {
     bool RemoveChild(BView* child);
     const std::vector<BView*>& Children() const { return children; }
     BView* ChildAt(std::size_t index) const;
-    BView* Parent() const { return parent; }
     /// Returns the view with that name among this view and its descendants, or null.
     BView* FindView(std::string_view name);
     /// Returns the window that contains the view, or null before the view is attached.
@@ -86,7 +85,6 @@ class BView : public BHandler {
     void ResizeBy(float x, float y);
     void MoveTo(float x, float y);
     void MoveBy(float x, float y);
-    uint32 ResizingMode() const { return resizingMode; }
     uint32 Flags() const { return flags; }
     void Hide();
     void Show();
@@ -99,18 +97,14 @@ class BView : public BHandler {
     void SetViewColor(rgb_color color);
     rgb_color ViewColor() const { return viewColor; }
     void SetHighColor(rgb_color color) { highColor = color; }
-    rgb_color HighColor() const { return highColor; }
     void SetLowColor(rgb_color color) { lowColor = color; }
-    rgb_color LowColor() const { return lowColor; }
     void SetFont(const BFont* font, uint32 mask = B_FONT_ALL);
-    void GetFont(BFont* result) const { *result = font; }
     void GetFontHeight(font_height* height) const { font.GetHeight(height); }
     float StringWidth(std::string_view text) const { return font.StringWidth(text); }
     /// Returns the text. If it is wider than `room` pixels, its end is cut off and replaced by
     /// dots.
     std::string CutToFit(std::string text, float room) const;
     void MovePenTo(BPoint point) { pen = point; }
-    BPoint PenLocation() const { return pen; }
 
     // Drawing operations.
 

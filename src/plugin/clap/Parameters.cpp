@@ -3,6 +3,7 @@
 
 #include "kits/support/NumberText.h"
 #include "kits/support/RealtimeMark.h"
+#include "kits/support/Trimmed.h"
 
 #include <algorithm>
 #include <charconv>
@@ -53,14 +54,6 @@ VEXA_REALTIME clap_id NumberOf(std::string_view symbol) {
     return hash & 0x7FFFFFFFU;
 }
 
-std::string_view Trimmed(std::string_view text) {
-    constexpr const char* kBlanks = " \t\r\n";
-    const std::size_t first = text.find_first_not_of(kBlanks);
-    if (first == std::string_view::npos)
-        return {};
-    return text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
-}
-
 } // namespace
 
 clap_param_info InfoOf(std::size_t index) {
@@ -104,7 +97,7 @@ std::string TextOf(const Control& control, double value) {
 }
 
 std::optional<double> ValueOf(const Control& control, std::string_view text) {
-    text = Trimmed(text);
+    text = kits::Trimmed(text);
     if (text == kAsSound)
         return control.asSound;
     const auto words = WordsOf(control);
@@ -115,7 +108,7 @@ std::optional<double> ValueOf(const Control& control, std::string_view text) {
     if (read.ec != std::errc())
         return std::nullopt;
     const std::string_view rest =
-        Trimmed(text.substr(static_cast<std::size_t>(read.ptr - text.data())));
+        kits::Trimmed(text.substr(static_cast<std::size_t>(read.ptr - text.data())));
     const bool inside = value >= double(control.minimum) && value <= double(control.maximum);
     return inside && (rest.empty() || rest == UnitOf(control)) ? std::optional(value)
                                                                : std::nullopt;

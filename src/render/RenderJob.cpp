@@ -125,9 +125,9 @@ Result<Sound> RenderJob::SoundOf(const std::filesystem::path& path) {
 }
 
 Result<std::filesystem::path> RenderJob::MainFile() const {
-    const Result<std::filesystem::path> path = options.sound
-                                                   ? folders.FindDocument("sounds", *options.sound)
-                                                   : folders.Find("sounds", "default.xml");
+    Result<std::filesystem::path> path = options.sound
+                                             ? folders.FindDocument("sounds", *options.sound)
+                                             : folders.Find("sounds", "default.xml");
     if (!path)
         return Error{"--sound: " + path.Fault().text};
     return path;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "instrument/Instrument.h"
 
+#include "documents/NumberDoubt.h"
 #include "instrument/PlayableFormula.h"
 #include "kits/support/NumberText.h"
 #include "kits/support/Quoted.h"
@@ -10,6 +11,16 @@
 #include <utility>
 
 namespace vexa {
+
+bool Plays(const FunctionReport& report) {
+    return report.alerts.empty();
+}
+
+bool IsNews(const FunctionReport& report, const Function& function) {
+    const bool isTold = Plays(report) && function.kind == FunctionKind::Sample &&
+                        !FrequencyDoubt(function.frequency).empty();
+    return !isTold && !Text(report).empty();
+}
 
 std::string Text(const FunctionReport& report) {
     if (report.status == B_BAD_VALUE)
@@ -171,8 +182,7 @@ int32 Instrument::VoiceLimit() const {
 
 FunctionReport Instrument::SetFunction(const Function& function) {
     FunctionReport report = InstallKind(function);
-    // A fault without an alert, such as an invalid sample frequency, leaves the function playing.
-    if (report || report.alerts.empty())
+    if (Plays(report))
         Adopt(function);
     return report;
 }
@@ -263,10 +273,12 @@ FunctionReport Instrument::InstallSample(const Function& function) {
     sample = *std::move(loaded);
     if (Wind(function.frequency))
         return {};
+    // Never that of the sample before: a sound plays the same whatever was loaded before it.
+    winding = Winding();
     Install(std::make_shared<SampleSpiral>(sample->frames, winding));
-    return {
-        {"a sample frequency of " + kits::Quoted(function.frequency) + " Hz: it must be above 0"},
-        B_BAD_VALUE};
+    return {{"a sample frequency of " + kits::Quoted(function.frequency) +
+             " Hz: expected one above 0, which makes turns that the spiral can have"},
+            B_BAD_VALUE};
 }
 
 FunctionReport Instrument::InstallPicture(const Function& function) {
@@ -333,7 +345,7 @@ FunctionReport Instrument::ChangeFunction(const Function& from, const Function& 
     Function next = to;
     if (!HaveOneSource(from, to)) {
         report = SetFunction(to);
-        const bool failed = !report.alerts.empty();
+        const bool failed = !Plays(report);
         const bool isExpression = to.kind == FunctionKind::Expression;
         if (failed && !isExpression)
             Silence();

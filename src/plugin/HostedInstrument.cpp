@@ -44,7 +44,7 @@ HostedInstrument::HostedInstrument(kits::ProgramFolders programFolders, double r
     const FunctionReport loaded = instrument.Load(read.sound);
     if (!loaded)
         startFault += (startFault.empty() ? "" : "\n") + Fault(loaded, read.sound.function);
-    if (!loaded.alerts.empty()) {
+    if (!Plays(loaded)) {
         startFault += "\ninstead a plain sound plays";
         instrument.Load(InitialSound());
     }
@@ -246,7 +246,7 @@ std::string HostedInstrument::Install(Sound next, const std::string& file, bool&
     instrument.Playing().renderer.SetJoins(false);
     const FunctionReport report = instrument.Load(next);
     // A missing file plays silence, and the sound keeps its name.
-    if (!report.alerts.empty())
+    if (!Plays(report))
         instrument.Silence();
     instrument.Adopt(own);
     soundFile.clear();

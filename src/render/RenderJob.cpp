@@ -196,9 +196,12 @@ Result<Arrangement> RenderJob::Arrange(MidiFile midi) {
         std::vector<std::string> remarks;
         const FunctionReport report =
             parts.emplace_back(options, folders, std::move(events)).SetUp(*sound, *tuning, remarks);
-        if (!report)
-            return option ? Error{std::string(option) + ": " + Text(report)}
-                          : FaultIn(path, sound->function, report);
+        const Error fault = option ? Error{std::string(option) + ": " + Text(report)}
+                                   : FaultIn(path, sound->function, report);
+        if (!Plays(report))
+            return fault;
+        if (!report && IsNews(report, sound->function))
+            Warn({fault.text});
         if (options.compile)
             Warn(NotCompiled(option ? option : FunctionOf(path), sound->function));
         Warn(std::move(remarks));

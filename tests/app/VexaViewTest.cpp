@@ -690,11 +690,15 @@ TEST_F(VexaViewTest, WhatCannotBeLoadedChangesNothing) {
     };
     EXPECT_FALSE(view->LoadSound(folder.Path() / "none.xml"));
     EXPECT_FALSE(view->LoadSound(write("empty.xml", "")));
+    EXPECT_FALSE(
+        view->LoadSound(write("f.xml", "<vexafunction><expression>x</expression></vexafunction>")));
+    EXPECT_THAT(alerts.details, HasSubstr("f.xml:1:1: (expected a root element <vexasound>"));
     EXPECT_FALSE(view->LoadFunction(write("other.xml", "<foo></foo>")));
     test::Settle();
-    ASSERT_EQ(alerts.texts.size(), 3U);
+    ASSERT_EQ(alerts.texts.size(), 4U);
     EXPECT_EQ(alerts.texts[0], "Could not load \n" + (folder.Path() / "none.xml").string());
-    EXPECT_EQ(alerts.texts[2], "This is not a valid function.");
+    EXPECT_EQ(alerts.texts[2], "This is not a valid sound.");
+    EXPECT_EQ(alerts.texts[3], "This is not a valid function.");
     EXPECT_THAT(alerts.details, testing::AllOf(HasSubstr("other.xml:1:1: (expected a root"),
                                                HasSubstr("<vexasound> for a sound, found <foo>")));
     EXPECT_EQ(view->ConstructSound(), before);

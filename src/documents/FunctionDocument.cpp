@@ -146,10 +146,7 @@ kits::Result<void> InterpretFunction(const MXFragment& root, Function& function,
     case FunctionKind::Sample: {
         const ElementScope sample(&root, {"samplefile", "frequency"}, remarks);
         sample.ReadText("samplefile", function.sampleFile);
-        if (const MXFragment* element = sample.ReadText("frequency", function.frequency)) {
-            if (const std::string doubt = FrequencyDoubt(function.frequency); !doubt.empty())
-                remarks.Add(element->TextLeft(), Tag(element->name) + ": " + doubt);
-        }
+        sample.ReadNumber("frequency", function.frequency, FrequencyDoubt);
         break;
     }
     case FunctionKind::Picture:
@@ -161,7 +158,7 @@ kits::Result<void> InterpretFunction(const MXFragment& root, Function& function,
     InterpretInfoElement(parts.Element("info"), function.author, function.kept, remarks);
     const ElementScope display(parts.Element("display"), {"width", "linkfunction", "linkscreenrel"},
                                remarks);
-    display.ReadNumber("width", function.width);
+    display.ReadNumber("width", function.width, WidthDoubt);
     ReadPoint(display.Element("linkfunction"), function.linkFunction, remarks);
     ReadPoint(display.Element("linkscreenrel"), function.linkScreen, remarks);
     // Only a child of the root counts, because unknown elements may contain any element.

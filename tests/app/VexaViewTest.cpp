@@ -660,8 +660,8 @@ TEST_F(VexaViewTest, AFieldThatIsNotWhollyANumberIsMarked) {
                                            {"Ax1", "nan", "not a number"},
                                            {"Cx4", "128", "between 0 and 127"},
                                            {"Sc", "0.90.7", "counts as 0.9"},
-                                           {"Sc", "0", "no width"},
-                                           {"Sc", "-2", "no width"},
+                                           {"Sc", "0", "expected a width above 0"},
+                                           {"Sc", "nan", "expected a width above 0"},
                                            {"Ax1", " 7.5 ", ""},
                                            {"Cx4", "5", ""},
                                            {"Sc", "1e1", ""}}) {

@@ -184,7 +184,7 @@ bool HeadlessPlayer::Install(const std::filesystem::path& path, const Sound& sou
         Say("warning: " + warning.text);
     const FunctionReport loaded = instrument.Load(sound);
     if (IsNews(loaded, sound.function))
-        Say(FaultIn(path, sound.function, loaded).text);
+        Say((Plays(loaded) ? "warning: " : "") + FaultIn(path, sound.function, loaded).text);
     return Plays(loaded);
 }
 

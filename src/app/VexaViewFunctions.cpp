@@ -44,10 +44,14 @@ bool VexaView::Install(const Function& function) {
         pause.emplace(field);
     const FunctionReport report = instrument.SetFunction(function);
     const bool installed = MarkInstalled(function, report);
-    if (!installed)
+    sourceRemark.clear();
+    if (!installed) {
         ShowError(report);
-    else if (IsNews(report, function))
+    } else if (IsNews(report, function)) {
         Print(report);
+        if (!isExpression)
+            sourceRemark = report.text;
+    }
     return installed;
 }
 
@@ -132,6 +136,7 @@ bool VexaView::LoadSample(const char* path) {
     ShowKind();
     MarkNumber(FunctionField::Frequency);
     NoteStep("sample " + std::filesystem::path(path).stem().string());
+    TellOfSource();
     return true;
 }
 

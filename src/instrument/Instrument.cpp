@@ -16,9 +16,18 @@ bool Plays(const FunctionReport& report) {
     return report.alerts.empty();
 }
 
+namespace {
+
+std::string FrequencyFault(const Function& function) {
+    return "a sample frequency of " + kits::Quoted(function.frequency) +
+           " Hz: expected one above 0, which makes turns that the spiral can have";
+}
+
+} // namespace
+
 bool IsNews(const FunctionReport& report, const Function& function) {
-    const bool isTold = Plays(report) && function.kind == FunctionKind::Sample &&
-                        !FrequencyDoubt(function.frequency).empty();
+    const bool isTold =
+        report.text == FrequencyFault(function) && !FrequencyDoubt(function.frequency).empty();
     return !isTold && !Text(report).empty();
 }
 
@@ -270,15 +279,16 @@ FunctionReport Instrument::InstallSample(const Function& function) {
         return {loaded.Fault(), B_ERROR};
     thread.Drop();
     file = path;
+    FunctionReport report{{loaded->remark}};
     sample = *std::move(loaded);
     if (Wind(function.frequency))
-        return {};
+        return report;
     // Never that of the sample before: a sound plays the same whatever was loaded before it.
     winding = Winding();
     Install(std::make_shared<SampleSpiral>(sample->frames, winding));
-    return {{"a sample frequency of " + kits::Quoted(function.frequency) +
-             " Hz: expected one above 0, which makes turns that the spiral can have"},
-            B_BAD_VALUE};
+    report.status = B_BAD_VALUE;
+    report.text += (report.text.empty() ? "" : "\n") + FrequencyFault(function);
+    return report;
 }
 
 FunctionReport Instrument::InstallPicture(const Function& function) {

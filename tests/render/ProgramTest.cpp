@@ -208,7 +208,13 @@ TEST_F(RenderProgram, ASampleCanReplaceTheFunction) {
         Run({OneNote(), Path("a.wav"), "--sample", sample, "--sample-frequency", "220"});
     EXPECT_EQ(result.exitCode, 0) << result.text;
     EXPECT_THAT(result.text, testing::Not(HasSubstr("silence")));
+    EXPECT_THAT(result.text, testing::Not(HasSubstr("warning")));
     ExpectFailure({OneNote(), Path("b.wav"), "--sample-frequency", "220"}, "--sample-frequency", 2);
+    const std::string cut = folder.Write("cut.wav", Contents(sample).substr(0, 5000)).string();
+    const CommandResult part = Run({OneNote(), Path("c.wav"), "--sample", cut});
+    EXPECT_EQ(part.exitCode, 0) << part.text;
+    EXPECT_THAT(part.text,
+                HasSubstr("vexa-render: warning: --sample: " + cut + ": the file ends after "));
 }
 
 /// The names in the documents lack only the folder "pictures".

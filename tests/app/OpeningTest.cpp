@@ -159,6 +159,18 @@ TEST_F(OpeningTest, OfSeveralFilesTheUnusableTakeNoPlaceAndAreTold) {
     EXPECT_EQ(alerts.details, "These were not:\npluck.wav\nThese cannot be opened:\npage.xml");
 }
 
+TEST_F(OpeningTest, OfSeveralFilesADamagedOneTakesNoPlaceFromAWholeOne) {
+    Open();
+    std::string picture = test::Contents(In("pictures/island.png"));
+    picture.resize(picture.size() / 2);
+    EXPECT_TRUE(DropFiles(
+        {folder.Write("bad.png", picture), In("pictures/island.png"), In("sounds/bell.xml")}));
+    EXPECT_EQ(view->SoundName(), "bell");
+    EXPECT_EQ(view->Kind(), vexa::FunctionKind::Picture);
+    EXPECT_THAT(alerts.texts, ElementsAre("Not all of these files can be opened."));
+    EXPECT_EQ(alerts.details, "These cannot be opened:\nbad.png");
+}
+
 TEST_F(OpeningTest, WhatIsDroppedWithASoundWaitsUntilTheSoundIsOpened) {
     Open();
     Enter("Fxy", "x*y");

@@ -32,14 +32,16 @@ class OpeningTest : public test::MainViewTest {
     /// Drops at a point of the window as the desktop does; returns whether the drop was accepted.
     bool Drop(const QMimeData& data, QWidget* under = nullptr) {
         QWidget& to = under ? *under : window->Widget();
+        // With Shift the desktop proposes a move.
         QDragEnterEvent enter({50, 50}, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton,
-                              Qt::NoModifier);
+                              Qt::ShiftModifier);
         enter.ignore();
         QApplication::sendEvent(&to, &enter);
         if (!enter.isAccepted())
             return false;
+        EXPECT_EQ(enter.dropAction(), Qt::CopyAction);
         QDropEvent drop({50, 50}, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton,
-                        Qt::NoModifier);
+                        Qt::ShiftModifier);
         drop.setDropAction(Qt::MoveAction);
         QApplication::sendEvent(&to, &drop);
         // A move would make the other program delete its file.
@@ -118,6 +120,10 @@ TEST_F(OpeningTest, EachKindOfWhatIsDroppedIsOpened) {
     file.setUrls({QUrl::fromLocalFile("/x")});
     EXPECT_TRUE(Drop(file, line));
     EXPECT_FALSE(line->text().contains("file:"));
+    QMimeData words;
+    words.setText("cos(x)");
+    EXPECT_TRUE(Drop(words, line));
+    EXPECT_TRUE(line->text().contains("cos(x)"));
     EXPECT_FALSE(alerts.texts.empty());
 }
 

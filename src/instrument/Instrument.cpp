@@ -283,8 +283,6 @@ FunctionReport Instrument::InstallSample(const Function& function) {
     sample = *std::move(loaded);
     if (Wind(function.frequency))
         return report;
-    // Never that of the sample before: a sound plays the same whatever was loaded before it.
-    winding = Winding();
     Install(std::make_shared<SampleSpiral>(sample->frames, winding));
     report.status = B_BAD_VALUE;
     report.text += (report.text.empty() ? "" : "\n") + FrequencyFault(function);

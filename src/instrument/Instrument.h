@@ -22,7 +22,7 @@
 namespace vexa {
 
 /// Reports the installation of a function. Converts to true if it succeeded completely. A sample
-/// whose frequency is invalid plays with the initial Winding; that is reported without an alert. A
+/// whose frequency is invalid plays with the previous winding; that is reported without an alert. A
 /// sample whose file is cut short plays too; the text of a success says so.
 using FunctionReport = CompileReport;
 

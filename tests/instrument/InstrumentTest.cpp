@@ -493,33 +493,6 @@ TEST(Instrument, APictureIsTheTerrainAndOutlivesItsFileByName) {
     EXPECT_EQ((*f)(5, 0), 5);
 }
 
-TEST(Instrument, AnInvalidSampleFrequencyWindsAsInAFreshInstrument) {
-    const test::TemporaryFolder folder;
-    std::filesystem::create_directory(folder.Path() / "samples");
-    std::vector<float> ramp(2000);
-    for (std::size_t i = 0; i < ramp.size(); i++)
-        ramp[i] = static_cast<float>(i) / 2000;
-    ASSERT_TRUE(test::WriteSound(folder.Path() / "samples/a.wav", ramp, 8000));
-    vexa::Sound sound;
-    sound.function.kind = vexa::FunctionKind::Sample;
-    sound.function.sampleFile = "a.wav";
-    std::optional<vexa::PlaneFunction> f;
-    const auto load = [&](Instrument& instrument, const char* frequency) {
-        instrument.Watch([&](const vexa::PlaneFunction& next) { f = next; });
-        sound.function.frequency = frequency;
-        EXPECT_TRUE(Plays(instrument.Load(sound)));
-        return (*f)(1.3F, 0.4F);
-    };
-    Instrument first(folder.Path(), Addons::None), second(folder.Path(), Addons::None);
-    const float fresh = load(first, "none");
-    const float valid = load(second, "20");
-    EXPECT_NE(valid, fresh);
-    // A text that is typed while the sample plays leaves the spiral as it is.
-    EXPECT_FALSE(second.SetSampleFrequency("none"));
-    EXPECT_EQ((*f)(1.3F, 0.4F), valid);
-    EXPECT_EQ(load(second, "-1"), fresh);
-}
-
 /// With formulas and samples of their own, in turns and in four threads as alone.
 TEST(Instrument, AHundredPlaySideBySide) {
     const test::ProgramFolder folder;

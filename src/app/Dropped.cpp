@@ -2,6 +2,8 @@
 #include "app/Dropped.h"
 
 #include "documents/DocumentKind.h"
+#include "documents/FunctionDocument.h"
+#include "kits/pictures/PictureFile.h"
 #include "tuning/Keymap.h"
 #include "tuning/Scale.h"
 
@@ -20,6 +22,22 @@ bool IsUsable(const std::filesystem::path& file) {
     if (ending == kScaleEnding)
         return bool(ReadScale(file));
     return ending == kKeymapEnding ? bool(ReadKeymap(file)) : IsOfAKind(file);
+}
+
+/// Reads a function or a picture as a whole, and returns whether that succeeds. Of a sample the
+/// header has been read. A damaged sound keeps its place, because without it the terrain that was
+/// dropped with it belongs to no sound.
+bool CanBeRead(const std::filesystem::path& file) {
+    switch (KindOf(file)) {
+    case DocumentKind::Function:
+        return bool(ReadFunction(file, Function()));
+    case DocumentKind::Picture:
+        return bool(kits::ReadPicture(file));
+    case DocumentKind::Sound:
+    case DocumentKind::Sample:
+        break;
+    }
+    return true;
 }
 
 } // namespace
@@ -45,6 +63,8 @@ DroppedFiles SortDropped(std::span<const std::filesystem::path> files) {
                                                             : sorted.terrain;
         if (place)
             sorted.others.push_back(file);
+        else if (files.size() > 1 && !CanBeRead(file))
+            sorted.unusable.push_back(file);
         else
             place = file;
     }

@@ -22,8 +22,9 @@ struct DroppedFiles {
     std::vector<std::filesystem::path> unusable;
 };
 
-/// Sorts the files, and reads only as much of each as its kind requires. A file alone counts as
-/// usable, so that opening it tells what is wrong with it.
+/// Sorts the files. The function or picture that becomes the terrain has been read as a whole; of
+/// other files only as much is read as their kind requires. A file alone counts as usable, so that
+/// opening it tells what is wrong with it.
 DroppedFiles SortDropped(std::span<const std::filesystem::path> files);
 
 /// Returns the extension in lower case (ASCII letters only), with its dot.

@@ -183,9 +183,9 @@ bool HeadlessPlayer::Install(const std::filesystem::path& path, const Sound& sou
     for (const kits::Error& warning : warnings)
         Say("warning: " + warning.text);
     const FunctionReport loaded = instrument.Load(sound);
-    if (!Text(loaded).empty())
-        Say(FaultIn(path, sound.function, loaded).text);
-    return bool(loaded);
+    if (IsNews(loaded, sound.function))
+        Say((Plays(loaded) ? "warning: " : "") + FaultIn(path, sound.function, loaded).text);
+    return Plays(loaded);
 }
 
 /// Loads the sound that the options name, else the default one. Returns false only if a named sound

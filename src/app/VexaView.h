@@ -339,6 +339,7 @@ class VexaView : public BView {
     void ShowKind();
     void ShowSource();
     std::string FaultOfSource() const;
+    void TellOfSource();
     void TakeSampleFrequency();
 
     // Documents.
@@ -408,6 +409,8 @@ class VexaView : public BView {
     /// The file of the sample or picture is missing or unreadable: nothing sounds, and only its
     /// name can be saved.
     bool fileMissing = false;
+    /// What is wrong with the file of the sample although it plays, until TellOfSource shows it.
+    std::string sourceRemark;
     /// The expression's field names the file of a sample or picture.
     bool namesSource = true;
     /// The expression in the field is wrong and not installed, and the reason.

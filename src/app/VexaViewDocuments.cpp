@@ -210,6 +210,14 @@ void VexaView::LoadFrom(const std::filesystem::path& path, const std::string& di
     Steps().File().digest = digest;
 }
 
+/// Shows what is wrong with the file of a sample that plays. Program changes do not call it.
+void VexaView::TellOfSource() {
+    if (!sourceRemark.empty())
+        ShowWarning("The sample \"" + SourceOf(instrument.State().function) +
+                        "\" plays, but something is wrong with it.",
+                    std::exchange(sourceRemark, ""));
+}
+
 void VexaView::ShowVoiceLimit() {
     if (BMenuItem* item = voicesMenu->FindItem(VoicesCode(instrument.VoiceLimit())))
         item->SetMarked(true);
@@ -224,6 +232,7 @@ bool VexaView::LoadFunction(const std::filesystem::path& path) {
         const Busy now(busy);
         InterpretFunction(*function);
         NoteStep("function " + path.stem().string());
+        TellOfSource();
     } else {
         ShowError(function.Fault());
     }
@@ -239,6 +248,7 @@ bool VexaView::LoadSound(const std::filesystem::path& path) {
         programFault.clear();
         // Use the usual path of the file, as `path` may be relative or lead through links.
         LoadFrom(folders.Find("sounds", folders.NameOf("sounds", path)), digest, *sound);
+        TellOfSource();
     } else {
         ShowError(sound.Fault());
     }
@@ -295,6 +305,7 @@ void VexaView::LoadDefaultSound() {
         LoadAs(read.sound, kInitialSoundName, std::string("sound ") + kInitialSoundName);
     else
         LoadFrom(read.path, digest, read.sound);
+    TellOfSource();
     BeginHistory();
 }
 

@@ -34,8 +34,7 @@ class Pause {
 } // namespace
 
 /// Installs the function. If that fails, shows the error and keeps the previous function. A sample
-/// whose frequency is none plays all the same; its field is marked, and the document's reader has
-/// told the place.
+/// whose frequency is none plays all the same; its field is marked.
 bool VexaView::Install(const Function& function) {
     const bool isExpression = function.kind == FunctionKind::Expression;
     EndTyping();
@@ -45,17 +44,20 @@ bool VexaView::Install(const Function& function) {
         pause.emplace(field);
     const FunctionReport report = instrument.SetFunction(function);
     const bool installed = MarkInstalled(function, report);
-    if (!installed)
+    sourceRemark.clear();
+    if (!installed) {
         ShowError(report);
-    else if (isExpression)
+    } else if (IsNews(report, function)) {
         Print(report);
+        if (!isExpression)
+            sourceRemark = report.text;
+    }
     return installed;
 }
 
 /// Marks an expression that could not be installed. Returns whether the function was installed.
 bool VexaView::MarkInstalled(const Function& function, const FunctionReport& report) {
-    // A function with a fault but no alert plays all the same.
-    const bool installed = report.alerts.empty();
+    const bool installed = Plays(report);
     if (installed)
         fileMissing = false;
     if (function.kind == FunctionKind::Expression) {
@@ -134,6 +136,7 @@ bool VexaView::LoadSample(const char* path) {
     ShowKind();
     MarkNumber(FunctionField::Frequency);
     NoteStep("sample " + std::filesystem::path(path).stem().string());
+    TellOfSource();
     return true;
 }
 

@@ -9,7 +9,6 @@
 #include "kits/midi/ControllerNumbers.h"
 #include "kits/midi/MidiRoster.h"
 #include "kits/support/NumberText.h"
-#include "kits/support/Quoted.h"
 #include "views/R2RFView.h"
 
 #include <algorithm>
@@ -37,14 +36,12 @@ constexpr struct {
 
 /// Returns what the text sets in the plane's view; nothing if it changes nothing there.
 std::optional<float> SettingIn(FunctionField field, const std::string& text) {
+    if (field == FunctionField::Width) {
+        const std::optional<float> width = WidthIn(text);
+        return width ? std::optional(*width / kPlaneWidth) : std::nullopt;
+    }
     const auto number = static_cast<float>(kits::NumberOf(text));
-    if (std::isnan(number))
-        return std::nullopt;
-    if (field != FunctionField::Width)
-        return number;
-    if (number <= 0 || std::isinf(number))
-        return std::nullopt;
-    return number / kPlaneWidth;
+    return std::isnan(number) ? std::nullopt : std::optional(number);
 }
 
 } // namespace
@@ -119,8 +116,10 @@ bool VexaView::TakeParameter(uint32 code) {
 
 /// Marks a field if its text is not used completely; its tool tip says what was understood.
 void VexaView::MarkNumber(FieldId id, bool controller) {
-    const std::string doubt = id == FunctionField::Frequency ? FrequencyDoubt(TextOf(id))
-                                                             : NumberDoubt(TextOf(id), controller);
+    const std::string text = TextOf(id);
+    const std::string doubt = id == FunctionField::Frequency ? FrequencyDoubt(text)
+                              : id == FunctionField::Width   ? WidthDoubt(text)
+                                                             : NumberDoubt(text, controller);
     Field(id).MarkWrong(!doubt.empty());
     Field(id).SetToolTip(doubt.c_str());
 }
@@ -130,14 +129,8 @@ bool VexaView::TakePlaneControl(uint32 code) {
         if (RowOf(control.field).code != code)
             continue;
         MarkNumber(control.field);
-        const std::string text = TextOf(control.field);
-        if (const auto setting = SettingIn(control.field, text)) {
+        if (const auto setting = SettingIn(control.field, TextOf(control.field)))
             (plane->*control.set)(*setting);
-        } else if (control.field == FunctionField::Width) {
-            BTextControl& field = Field(control.field);
-            field.MarkWrong(true);
-            field.SetToolTip((kits::Quoted(text) + " is no width and changes nothing").c_str());
-        }
         return true;
     }
     return false;

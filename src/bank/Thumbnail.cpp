@@ -100,7 +100,8 @@ kits::Result<PlaneFunction> FunctionOf(const Sound& sound, const kits::ProgramFo
 /// units per pixel, and the coordinates of the left and the top edge.
 struct Area {
     Area(const Function& function, std::size_t size)
-        : scale(Number(function.width) / static_cast<float>(size)),
+        : scale(WidthIn(function.width).value_or(Number(Function().width)) /
+                static_cast<float>(size)),
           left(Number(function.linkFunction.x) - Number(function.linkScreen.x) * Extent(size)),
           top(Number(function.linkFunction.y) +
               (1 - Number(function.linkScreen.y)) * Extent(size)) {}

@@ -52,9 +52,7 @@ std::optional<DocumentKind> KindByRoot(const std::filesystem::path& path) {
     const std::string_view root = loaded ? std::string_view(loaded->document.root->name) : "";
     if (root == kSoundElement)
         return DocumentKind::Sound;
-    const bool isFunction =
-        std::ranges::any_of(kFunctionElements, [&](const auto& row) { return root == row.name; });
-    return isFunction ? std::optional(DocumentKind::Function) : std::nullopt;
+    return FunctionElementNamed(root) ? std::optional(DocumentKind::Function) : std::nullopt;
 }
 
 std::optional<DocumentKind> KindByType(const std::filesystem::path& path) {

@@ -77,10 +77,19 @@ const MXFragment* ElementScope::ReadText(std::string_view name, std::string& fie
 }
 
 void ElementScope::ReadNumber(std::string_view name, std::string& field, bool controller) const {
-    const MXFragment* element = ReadText(name, field);
-    const std::string doubt = element ? NumberDoubt(field, controller) : "";
+    if (const MXFragment* element = ReadText(name, field))
+        AddDoubt(*element, NumberDoubt(field, controller));
+}
+
+void ElementScope::ReadNumber(std::string_view name, std::string& field,
+                              std::string (*doubtOf)(const std::string&)) const {
+    if (const MXFragment* element = ReadText(name, field))
+        AddDoubt(*element, doubtOf(field));
+}
+
+void ElementScope::AddDoubt(const MXFragment& element, const std::string& doubt) const {
     if (!doubt.empty())
-        Add(*element, Tag(name) + ": " + doubt);
+        Add(element, Tag(element.name) + ": " + doubt);
 }
 
 } // namespace vexa

@@ -39,11 +39,15 @@ class ElementScope {
     /// Does the same for a field with a float, or with a controller number if `controller` is true,
     /// and adds a remark if NumberDoubt finds the text odd. The field gets the text unchanged.
     void ReadNumber(std::string_view name, std::string& field, bool controller = false) const;
+    /// Does the same with another judge of the text, which returns "" if the text is not odd.
+    void ReadNumber(std::string_view name, std::string& field,
+                    std::string (*doubtOf)(const std::string&)) const;
 
   private:
     void Add(const MXFragment& place, std::string text) const {
         remarks.Add(place.TextLeft(), std::move(text));
     }
+    void AddDoubt(const MXFragment& element, const std::string& doubt) const;
 
     const MXFragment* scope;
     std::vector<std::string_view> names;

@@ -87,6 +87,12 @@ void ReadMacros(const MXFragment* element, Function& function, Remarks& remarks)
 
 } // namespace
 
+const FunctionElement* FunctionElementNamed(std::string_view name) {
+    const auto* const row = std::ranges::find_if(
+        kFunctionElements, [&](const FunctionElement& each) { return name == each.name; });
+    return row == std::end(kFunctionElements) ? nullptr : row;
+}
+
 std::string FunctionTags() {
     std::string tags;
     for (const FunctionElement& row : kFunctionElements) {
@@ -125,9 +131,8 @@ std::unique_ptr<MXFragment> ConstructFunctionElement(const Function& function) {
 }
 
 kits::Result<void> InterpretFunction(const MXFragment& root, Function& function, Remarks& remarks) {
-    const auto row =
-        std::ranges::find_if(kFunctionElements, [&](const auto& r) { return root.name == r.name; });
-    if (row == std::end(kFunctionElements)) {
+    const FunctionElement* const row = FunctionElementNamed(root.name);
+    if (!row) {
         const std::string sound =
             root.name == kSoundElement ? "" : ", or " + Tag(kSoundElement) + " for a sound";
         return Refusal(kInvalidFunction, "(expected a root element " + FunctionTags() + sound +
@@ -141,10 +146,7 @@ kits::Result<void> InterpretFunction(const MXFragment& root, Function& function,
     case FunctionKind::Sample: {
         const ElementScope sample(&root, {"samplefile", "frequency"}, remarks);
         sample.ReadText("samplefile", function.sampleFile);
-        if (const MXFragment* element = sample.ReadText("frequency", function.frequency)) {
-            if (const std::string doubt = FrequencyDoubt(function.frequency); !doubt.empty())
-                remarks.Add(element->TextLeft(), Tag(element->name) + ": " + doubt);
-        }
+        sample.ReadNumber("frequency", function.frequency, FrequencyDoubt);
         break;
     }
     case FunctionKind::Picture:
@@ -156,7 +158,7 @@ kits::Result<void> InterpretFunction(const MXFragment& root, Function& function,
     InterpretInfoElement(parts.Element("info"), function.author, function.kept, remarks);
     const ElementScope display(parts.Element("display"), {"width", "linkfunction", "linkscreenrel"},
                                remarks);
-    display.ReadNumber("width", function.width);
+    display.ReadNumber("width", function.width, WidthDoubt);
     ReadPoint(display.Element("linkfunction"), function.linkFunction, remarks);
     ReadPoint(display.Element("linkscreenrel"), function.linkScreen, remarks);
     // Only a child of the root counts, because unknown elements may contain any element.

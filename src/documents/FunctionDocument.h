@@ -19,6 +19,8 @@ struct FunctionElement {
 constexpr FunctionElement kFunctionElements[] = {{FunctionKind::Expression, "vexafunction"},
                                                  {FunctionKind::Sample, "vexasamplefunction"},
                                                  {FunctionKind::Picture, "vexapicturefunction"}};
+/// Returns the row with that name; null if no function element has it.
+const FunctionElement* FunctionElementNamed(std::string_view name);
 /// Returns these names as tags, for a message that one of them was expected.
 std::string FunctionTags();
 

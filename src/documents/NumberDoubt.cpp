@@ -41,4 +41,15 @@ std::string FrequencyDoubt(const std::string& text) {
     return NumberDoubt(text, false);
 }
 
+std::optional<float> WidthIn(const std::string& text) {
+    const auto number = static_cast<float>(kits::NumberOf(text));
+    return number > 0 && std::isfinite(number) ? std::optional(number) : std::nullopt;
+}
+
+std::string WidthDoubt(const std::string& text) {
+    if (!WidthIn(text))
+        return "expected a width above 0, found " + kits::Quoted(text) + ", which changes nothing";
+    return NumberDoubt(text, false);
+}
+
 } // namespace vexa

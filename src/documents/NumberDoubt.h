@@ -2,6 +2,7 @@
 // Detects texts whose value as a number is probably not the intended one.
 #pragma once
 
+#include <optional>
 #include <string>
 
 namespace vexa {
@@ -16,5 +17,11 @@ std::string NumberDoubt(const std::string& text, bool controller);
 
 /// Does the same for a frequency in Hz, which must be above 0; any other text is not used.
 std::string FrequencyDoubt(const std::string& text);
+
+/// Returns the width of the shown part of the plane that the text gives; nothing if it is not above
+/// 0 or not finite. Any thread.
+std::optional<float> WidthIn(const std::string& text);
+/// Does the same as NumberDoubt for such a width.
+std::string WidthDoubt(const std::string& text);
 
 } // namespace vexa

@@ -158,6 +158,14 @@ std::unique_ptr<MXFragment> ConstructEnvdataElement(const std::vector<EnvPoint>&
 }
 
 kits::Result<void> InterpretSound(const MXFragment& root, Sound& sound, Remarks& remarks) {
+    // Read as a sound it would have neither radii nor envelopes, and so be silent.
+    if (FunctionElementNamed(root.name))
+        return Refusal(kInvalidSound,
+                       "(expected a root element " + Tag(kSoundElement) + ", found " +
+                           Tag(root.name) +
+                           ": the file is a function; it is opened by \"Load f(x,y)\" or by "
+                           "dropping it onto the window, and vexa-render takes what a function "
+                           "is made from by --function, --sample or --picture)");
     std::vector<std::string_view> names = Groups();
     names.emplace_back("info");
     for (const FunctionElement& row : kFunctionElements)
@@ -183,7 +191,6 @@ kits::Result<void> InterpretSound(const MXFragment& root, Sound& sound, Remarks&
     const MXFragment* info = parts.Element("info");
     InterpretInfoElement(info, sound.author, sound.kept, remarks, kSoundInfoNames);
     sound.info = info ? ReadSoundInfo(*info, remarks) : SoundInfo();
-    // If the root is a function element in place of a sound, its children belong to the function.
     sound.kept.root = "";
     sound.playing.reset();
     if (root.name != kSoundElement)

@@ -22,8 +22,8 @@ constexpr const char* kInvalidSound = "This is not a valid sound.";
 /// `sound`. The function, the groups of coefficients and "info" are each read from the first
 /// element of that name at any depth. A missing element leaves its values in `sound` unchanged and
 /// adds a remark; optional texts ("playing" and those of SoundInfo and the macros) are reset
-/// instead. A text that should be a number and is not adds a remark. An element without a function
-/// is refused with kInvalidSound, and `sound` remains unchanged.
+/// instead. A text that should be a number and is not adds a remark. An element without a function,
+/// or one that is itself a function, is refused with kInvalidSound, and `sound` remains unchanged.
 kits::Result<void> InterpretSound(const MXFragment& root, Sound& sound, Remarks& remarks);
 
 /// Replaces the points by those of an element "envdata", in document order. A time or value that is

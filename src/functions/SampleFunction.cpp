@@ -104,6 +104,7 @@ kits::Result<LoadedSample> Load(const std::filesystem::path& path) {
     if (track->CountFrames() > static_cast<int64>(kLongestSample))
         return tooLong();
     std::vector<float> frames = ReadTrack(*track, format);
+    const std::string shortfall = track->Shortfall();
     (*file)->ReleaseAllTracks();
     if (frames.empty())
         return Failure(path, "it contains no sound");
@@ -112,7 +113,8 @@ kits::Result<LoadedSample> Load(const std::filesystem::path& path) {
 
     Normalise(frames);
     return LoadedSample{std::make_shared<const std::vector<float>>(std::move(frames)),
-                        format.u.raw_audio.frame_rate, fullPath.Path()};
+                        format.u.raw_audio.frame_rate, fullPath.Path(),
+                        shortfall.empty() ? "" : path.string() + ": " + shortfall};
 }
 
 } // namespace

@@ -59,6 +59,8 @@ struct LoadedSample {
     float frameRate = 0;
     /// The absolute path of the file.
     std::string path;
+    /// What is wrong with the file although it plays; empty if nothing is. It names the file.
+    std::string remark{};
 };
 
 /// The text of the alert for a file that cannot be loaded.

@@ -14,13 +14,13 @@ DefaultSound ReadDefaultSound(const kits::ProgramFolders& folders) {
     DefaultSound found;
     const auto read = [&found](const std::filesystem::path& path) {
         kits::Result<Sound> sound = ReadSound(path, &found.warnings);
-        if (sound) {
-            found.sound = *std::move(sound);
-            found.path = path;
-        } else {
+        if (!sound) {
             found.fault += sound.Fault().text + '\n';
+            return false;
         }
-        return bool(sound);
+        found.sound = *std::move(sound);
+        found.path = path;
+        return true;
     };
     if (read(first))
         return found;

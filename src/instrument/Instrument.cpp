@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "instrument/Instrument.h"
 
+#include "documents/NumberDoubt.h"
 #include "instrument/PlayableFormula.h"
 #include "kits/support/NumberText.h"
 #include "kits/support/Quoted.h"
@@ -10,6 +11,25 @@
 #include <utility>
 
 namespace vexa {
+
+bool Plays(const FunctionReport& report) {
+    return report.alerts.empty();
+}
+
+namespace {
+
+std::string FrequencyFault(const Function& function) {
+    return "a sample frequency of " + kits::Quoted(function.frequency) +
+           " Hz: expected one above 0, which makes turns that the spiral can have";
+}
+
+} // namespace
+
+bool IsNews(const FunctionReport& report, const Function& function) {
+    const bool isTold =
+        report.text == FrequencyFault(function) && !FrequencyDoubt(function.frequency).empty();
+    return !isTold && !Text(report).empty();
+}
 
 std::string Text(const FunctionReport& report) {
     if (report.status == B_BAD_VALUE)
@@ -171,8 +191,7 @@ int32 Instrument::VoiceLimit() const {
 
 FunctionReport Instrument::SetFunction(const Function& function) {
     FunctionReport report = InstallKind(function);
-    // A fault without an alert, such as an invalid sample frequency, leaves the function playing.
-    if (report || report.alerts.empty())
+    if (Plays(report))
         Adopt(function);
     return report;
 }
@@ -260,13 +279,14 @@ FunctionReport Instrument::InstallSample(const Function& function) {
         return {loaded.Fault(), B_ERROR};
     thread.Drop();
     file = path;
+    FunctionReport report{{loaded->remark}};
     sample = *std::move(loaded);
     if (Wind(function.frequency))
-        return {};
+        return report;
     Install(std::make_shared<SampleSpiral>(sample->frames, winding));
-    return {
-        {"a sample frequency of " + kits::Quoted(function.frequency) + " Hz: it must be above 0"},
-        B_BAD_VALUE};
+    report.status = B_BAD_VALUE;
+    report.text += (report.text.empty() ? "" : "\n") + FrequencyFault(function);
+    return report;
 }
 
 FunctionReport Instrument::InstallPicture(const Function& function) {
@@ -333,7 +353,7 @@ FunctionReport Instrument::ChangeFunction(const Function& from, const Function& 
     Function next = to;
     if (!HaveOneSource(from, to)) {
         report = SetFunction(to);
-        const bool failed = !report.alerts.empty();
+        const bool failed = !Plays(report);
         const bool isExpression = to.kind == FunctionKind::Expression;
         if (failed && !isExpression)
             Silence();

@@ -22,8 +22,15 @@
 namespace vexa {
 
 /// Reports the installation of a function. Converts to true if it succeeded completely. A sample
-/// whose frequency is invalid plays with the previous winding; that is reported without an alert.
+/// whose frequency is invalid plays with the previous winding; that is reported without an alert. A
+/// sample whose file is cut short plays too; the text of a success says so.
 using FunctionReport = CompileReport;
+
+/// Returns whether the function plays, which a sample does even if its frequency is invalid.
+bool Plays(const FunctionReport& report);
+/// Returns whether the report has a text that is not among the warnings of the function's document,
+/// which name the line of a frequency that is none.
+bool IsNews(const FunctionReport& report, const Function& function);
 
 /// Selects how an expression is computed. An expression that uses notes or macros, or that is
 /// undefined in C, is always a formula (functions/ExpressionCheck.h).

@@ -26,10 +26,11 @@ FunctionKind KindOf(Request request) {
                                          : FunctionKind::Expression;
 }
 
-/// Returns the fault of a function in words for a plug-in, in which no compiler is involved.
+/// Returns the fault of a function, or what is wrong with a file that plays all the same, in words
+/// for a plug-in, in which no compiler is involved; empty if there is neither.
 std::string Fault(const FunctionReport& report, const Function& function) {
     if (report || function.kind != FunctionKind::Expression)
-        return report ? "" : Text(report);
+        return Text(report);
     return "The formula cannot be played: " + report.text;
 }
 
@@ -42,9 +43,9 @@ HostedInstrument::HostedInstrument(kits::ProgramFolders programFolders, double r
     const DefaultSound read = ReadDefaultSound(folders);
     startFault = read.fault;
     const FunctionReport loaded = instrument.Load(read.sound);
-    if (!loaded)
-        startFault += (startFault.empty() ? "" : "\n") + Fault(loaded, read.sound.function);
-    if (!loaded.alerts.empty()) {
+    if (const std::string fault = Fault(loaded, read.sound.function); !fault.empty())
+        startFault += (startFault.empty() ? "" : "\n") + fault;
+    if (!Plays(loaded)) {
         startFault += "\ninstead a plain sound plays";
         instrument.Load(InitialSound());
     }
@@ -246,7 +247,7 @@ std::string HostedInstrument::Install(Sound next, const std::string& file, bool&
     instrument.Playing().renderer.SetJoins(false);
     const FunctionReport report = instrument.Load(next);
     // A missing file plays silence, and the sound keeps its name.
-    if (!report.alerts.empty())
+    if (!Plays(report))
         instrument.Silence();
     instrument.Adopt(own);
     soundFile.clear();

@@ -66,7 +66,8 @@ void FilePrograms::Came(const kits::MidiEvent& event) {
     const std::optional<int32> number = selector.Take();
     if (!number || !sounds[*number])
         return;
-    if (const FunctionReport loaded = instrument.Load(*sounds[*number]); !loaded && fault.empty())
+    if (const FunctionReport loaded = instrument.Load(*sounds[*number]);
+        !Plays(loaded) && fault.empty())
         fault = Text(loaded);
 }
 

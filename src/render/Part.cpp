@@ -20,7 +20,8 @@ FunctionReport Part::SetUp(const Sound& sound, const Tuning& tuning,
     instrument.SetUsualVoices(kMostVoices);
     if (options.voices)
         instrument.ChooseVoices(*options.voices);
-    if (FunctionReport report = instrument.Load(sound); !report)
+    FunctionReport report = instrument.Load(sound);
+    if (!Plays(report))
         return report;
     Engine& engine = instrument.Playing();
     engine.consumer.SetTuning(tuning);
@@ -46,7 +47,7 @@ FunctionReport Part::SetUp(const Sound& sound, const Tuning& tuning,
     performance.emplace(engine, events, FullRate(), options.tail, oversampling);
     if (options.programs)
         performance->Watch(&programs);
-    return {};
+    return report;
 }
 
 kits::Result<void> Part::Render() {

@@ -125,9 +125,9 @@ Result<Sound> RenderJob::SoundOf(const std::filesystem::path& path) {
 }
 
 Result<std::filesystem::path> RenderJob::MainFile() const {
-    const Result<std::filesystem::path> path = options.sound
-                                                   ? folders.FindDocument("sounds", *options.sound)
-                                                   : folders.Find("sounds", "default.xml");
+    Result<std::filesystem::path> path = options.sound
+                                             ? folders.FindDocument("sounds", *options.sound)
+                                             : folders.Find("sounds", "default.xml");
     if (!path)
         return Error{"--sound: " + path.Fault().text};
     return path;
@@ -196,9 +196,13 @@ Result<Arrangement> RenderJob::Arrange(MidiFile midi) {
         std::vector<std::string> remarks;
         const FunctionReport report =
             parts.emplace_back(options, folders, std::move(events)).SetUp(*sound, *tuning, remarks);
-        if (!report)
-            return option ? Error{std::string(option) + ": " + Text(report)}
-                          : FaultIn(path, sound->function, report);
+        const Error fault = option ? Error{std::string(option) + ": " + Text(report)}
+                                   : FaultIn(path, sound->function, report);
+        if (!Plays(report))
+            return fault;
+        // The compiler's own warnings are for standard error of those who write formulas.
+        if (sound->function.kind != FunctionKind::Expression && IsNews(report, sound->function))
+            Warn({fault.text});
         if (options.compile)
             Warn(NotCompiled(option ? option : FunctionOf(path), sound->function));
         Warn(std::move(remarks));

@@ -32,14 +32,16 @@ class OpeningTest : public test::MainViewTest {
     /// Drops at a point of the window as the desktop does; returns whether the drop was accepted.
     bool Drop(const QMimeData& data, QWidget* under = nullptr) {
         QWidget& to = under ? *under : window->Widget();
+        // With Shift the desktop proposes a move.
         QDragEnterEvent enter({50, 50}, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton,
-                              Qt::NoModifier);
+                              Qt::ShiftModifier);
         enter.ignore();
         QApplication::sendEvent(&to, &enter);
         if (!enter.isAccepted())
             return false;
+        EXPECT_EQ(enter.dropAction(), Qt::CopyAction);
         QDropEvent drop({50, 50}, Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton,
-                        Qt::NoModifier);
+                        Qt::ShiftModifier);
         drop.setDropAction(Qt::MoveAction);
         QApplication::sendEvent(&to, &drop);
         // A move would make the other program delete its file.
@@ -118,6 +120,10 @@ TEST_F(OpeningTest, EachKindOfWhatIsDroppedIsOpened) {
     file.setUrls({QUrl::fromLocalFile("/x")});
     EXPECT_TRUE(Drop(file, line));
     EXPECT_FALSE(line->text().contains("file:"));
+    QMimeData words;
+    words.setText("cos(x)");
+    EXPECT_TRUE(Drop(words, line));
+    EXPECT_TRUE(line->text().contains("cos(x)"));
     EXPECT_FALSE(alerts.texts.empty());
 }
 
@@ -157,6 +163,18 @@ TEST_F(OpeningTest, OfSeveralFilesTheUnusableTakeNoPlaceAndAreTold) {
     EXPECT_EQ(Text("Fxy"), "x-1");
     EXPECT_THAT(alerts.texts, ElementsAre(HasSubstr("only the first")));
     EXPECT_EQ(alerts.details, "These were not:\npluck.wav\nThese cannot be opened:\npage.xml");
+}
+
+TEST_F(OpeningTest, OfSeveralFilesADamagedOneTakesNoPlaceFromAWholeOne) {
+    Open();
+    std::string picture = test::Contents(In("pictures/island.png"));
+    picture.resize(picture.size() / 2);
+    EXPECT_TRUE(DropFiles(
+        {folder.Write("bad.png", picture), In("pictures/island.png"), In("sounds/bell.xml")}));
+    EXPECT_EQ(view->SoundName(), "bell");
+    EXPECT_EQ(view->Kind(), vexa::FunctionKind::Picture);
+    EXPECT_THAT(alerts.texts, ElementsAre("Not all of these files can be opened."));
+    EXPECT_EQ(alerts.details, "These cannot be opened:\nbad.png");
 }
 
 TEST_F(OpeningTest, WhatIsDroppedWithASoundWaitsUntilTheSoundIsOpened) {

@@ -202,6 +202,23 @@ TEST_F(PanelTest, AllThatIsWrongWithAFileIsInOneAlertWithItsReasons) {
     EXPECT_THAT(alerts.details, HasSubstr("character 3"));
 }
 
+TEST_F(PanelTest, ASampleThatIsCutShortPlaysWithARemark) {
+    const std::string whole = test::Contents(In("samples/pluck.wav"));
+    const auto cut = folder.Write("samples/cut.wav", whole.substr(0, whole.size() - 100));
+    const auto remark =
+        ElementsAre("The sample \"cut.wav\" plays, but something is wrong with it.");
+    Choose(vexa::kSampleLoadedCode, cut);
+    EXPECT_TRUE(view->SampleMode());
+    EXPECT_THAT(std::exchange(alerts.texts, {}), remark);
+    EXPECT_THAT(alerts.details, HasSubstr("cut.wav: the file ends after "));
+    ASSERT_TRUE(vexa::WriteSound(In("cut.xml"), view->ConstructSound()));
+    Choose(vexa::kSampleLoadedCode, In("samples/pluck.wav"));
+    EXPECT_THAT(alerts.texts, ElementsAre());
+    view->TakeAsSaved();
+    Choose(vexa::kSoundLoadedCode, In("cut.xml"));
+    EXPECT_THAT(alerts.texts, remark);
+}
+
 /// With a user's folder beside the program's.
 class OwnFolderTest : public PanelTest {
   protected:

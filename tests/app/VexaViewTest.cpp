@@ -660,8 +660,8 @@ TEST_F(VexaViewTest, AFieldThatIsNotWhollyANumberIsMarked) {
                                            {"Ax1", "nan", "not a number"},
                                            {"Cx4", "128", "between 0 and 127"},
                                            {"Sc", "0.90.7", "counts as 0.9"},
-                                           {"Sc", "0", "no width"},
-                                           {"Sc", "-2", "no width"},
+                                           {"Sc", "0", "expected a width above 0"},
+                                           {"Sc", "nan", "expected a width above 0"},
                                            {"Ax1", " 7.5 ", ""},
                                            {"Cx4", "5", ""},
                                            {"Sc", "1e1", ""}}) {
@@ -690,11 +690,15 @@ TEST_F(VexaViewTest, WhatCannotBeLoadedChangesNothing) {
     };
     EXPECT_FALSE(view->LoadSound(folder.Path() / "none.xml"));
     EXPECT_FALSE(view->LoadSound(write("empty.xml", "")));
+    EXPECT_FALSE(
+        view->LoadSound(write("f.xml", "<vexafunction><expression>x</expression></vexafunction>")));
+    EXPECT_THAT(alerts.details, HasSubstr("f.xml:1:1: (expected a root element <vexasound>"));
     EXPECT_FALSE(view->LoadFunction(write("other.xml", "<foo></foo>")));
     test::Settle();
-    ASSERT_EQ(alerts.texts.size(), 3U);
+    ASSERT_EQ(alerts.texts.size(), 4U);
     EXPECT_EQ(alerts.texts[0], "Could not load \n" + (folder.Path() / "none.xml").string());
-    EXPECT_EQ(alerts.texts[2], "This is not a valid function.");
+    EXPECT_EQ(alerts.texts[2], "This is not a valid sound.");
+    EXPECT_EQ(alerts.texts[3], "This is not a valid function.");
     EXPECT_THAT(alerts.details, testing::AllOf(HasSubstr("other.xml:1:1: (expected a root"),
                                                HasSubstr("<vexasound> for a sound, found <foo>")));
     EXPECT_EQ(view->ConstructSound(), before);

@@ -242,6 +242,12 @@ TEST_F(BankTest, DrawsThePlaneAndTheOrbitInIt) {
     ASSERT_TRUE(drawn.picture) << drawn.fault;
     EXPECT_EQ(Pixel(*drawn.picture, 46, 2), (std::array{255, 0, 0}));
     EXPECT_EQ(Pixel(*drawn.picture, 1, 24), (std::array{0, 0, 110}));
+    // A width that is none is that of a new sound.
+    sound.function.width = "0";
+    const Thumbnail usual = DrawThumbnail(sound, folders, 48);
+    ASSERT_TRUE(usual.picture) << usual.fault;
+    EXPECT_EQ(Pixel(*usual.picture, 46, 2), (std::array{255, 0, 0}));
+    EXPECT_EQ(Pixel(*usual.picture, 1, 24), (std::array{0, 0, 110}));
     // The circle's right and left end, and its centre.
     const auto column = [](double x) { return static_cast<int>((x + 7.5) / 15 * 48); };
     for (const auto& [x, green] : {std::pair{6.0, true}, {-2.0, true}, {2.0, false}}) {

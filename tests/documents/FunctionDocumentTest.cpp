@@ -112,31 +112,41 @@ TEST(FunctionDocument, MacrosAreFreshUnlessTheDocumentHasThem) {
     EXPECT_EQ(macros[2].controller, 3);
 }
 
-TEST(FunctionDocument, AFrequencyThatIsNoneIsReportedWithItsPlace) {
+TEST(FunctionDocument, AFrequencyOrWidthThatIsNoneIsReportedWithItsPlace) {
     const TemporaryFolder folder;
-    for (const auto& [text, told] : {std::pair{"440", ""},
-                                     {"0", "expected a frequency above 0, found \"0\""},
-                                     {"-3", "expected a frequency above 0, found \"-3\""},
-                                     {"nan", "expected a frequency above 0, found \"nan\""},
-                                     {"", "expected a frequency above 0, found \"\""},
-                                     {"220 Hz", "which counts as 220"}}) {
-        const auto path = folder.Write(
-            "f", "<vexasamplefunction><info><author></author></info><samplefile>a</"
-                 "samplefile>\n<frequency>" +
-                     std::string(text) +
-                     "</frequency><display><width>1</width><linkfunction><x>1</x><y>1</y>"
-                     "</linkfunction><linkscreenrel><x>1</x><y>1</y></linkscreenrel></display>"
-                     "</vexasamplefunction>");
-        Warnings warnings;
-        const auto read = ReadFunction(path, Function(), &warnings);
-        ASSERT_TRUE(read);
-        EXPECT_EQ(read->frequency, text);
-        if (*told)
-            EXPECT_THAT(
-                kits::Texts(warnings),
-                ElementsAre(testing::AllOf(HasSubstr("f:2:1: <frequency>: "), HasSubstr(told))));
-        else
-            EXPECT_THAT(kits::Texts(warnings), ElementsAre());
+    constexpr struct {
+        const char* name;
+        const char* place;
+        std::string Function::*text;
+    } kRows[] = {{"frequency", "f:2:1: <frequency>: ", &Function::frequency},
+                 {"width", "f:3:1: <width>: ", &Function::width}};
+    for (const auto& [name, place, member] : kRows) {
+        const std::string expected = std::string("expected a ") + name + " above 0, found ";
+        for (const auto& [text, told] : {std::pair{"440", std::string()},
+                                         {"0", expected + "\"0\""},
+                                         {"-3", expected + "\"-3\""},
+                                         {"nan", expected + "\"nan\""},
+                                         {"1e99", expected + "\"1e99\""},
+                                         {"", expected + "\"\""},
+                                         {"220 Hz", "which counts as 220"}}) {
+            Function start;
+            start.*member = text;
+            const auto path = folder.Write(
+                "f", "<vexasamplefunction><info><author></author></info><samplefile>a</"
+                     "samplefile>\n<frequency>" +
+                         start.frequency + "</frequency><display>\n<width>" + start.width +
+                         "</width><linkfunction><x>1</x><y>1</y></linkfunction><linkscreenrel>"
+                         "<x>1</x><y>1</y></linkscreenrel></display></vexasamplefunction>");
+            Warnings warnings;
+            const auto read = ReadFunction(path, Function(), &warnings);
+            ASSERT_TRUE(read);
+            EXPECT_EQ((*read).*member, text);
+            const std::vector<std::string> lines = kits::Texts(warnings);
+            ASSERT_EQ(lines.size(), told.empty() ? 0U : 1U) << name << text;
+            if (!told.empty()) {
+                EXPECT_THAT(lines[0], testing::AllOf(HasSubstr(place), HasSubstr(told)));
+            }
+        }
     }
 }
 

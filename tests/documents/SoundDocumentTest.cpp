@@ -19,6 +19,8 @@ using test::TemporaryFolder;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::SizeIs;
+using testing::StartsWith;
 
 /// A sound in which no two texts are the same, and which keeps elements of others. Its points have
 /// times and values of at most three decimals, which survive being written.
@@ -296,21 +298,35 @@ TEST(SoundDocument, WithoutAFunctionNothingIsTaken) {
     EXPECT_EQ(sound, RandomSound(2));
 }
 
-TEST(SoundDocument, AFunctionDocumentIsASoundThatLacksTheRest) {
+TEST(SoundDocument, OfEachKindAFunctionDocumentIsRefusedWithAdvice) {
     const TemporaryFolder folder;
     const auto path = folder.Path() / "f";
-    Function function;
-    function.author = "F";
-    function.kept.root = "<later/>";
-    ASSERT_TRUE(WriteFunction(path, function));
-    Warnings warnings;
-    const auto read = ReadSound(path, &warnings);
-    ASSERT_TRUE(read);
+    for (const FunctionElement& row : kFunctionElements) {
+        Function function;
+        function.kind = row.kind;
+        ASSERT_TRUE(WriteFunction(path, function));
+        Warnings warnings;
+        const auto read = ReadSound(path, &warnings);
+        ASSERT_FALSE(read);
+        EXPECT_THAT(read.Fault().alerts, ElementsAre(kInvalidSound));
+        EXPECT_THAT(read.Fault().text,
+                    StartsWith(path.string() +
+                               ":4:1: This is not a valid sound. (expected a root "
+                               "element <vexasound>, found <" +
+                               row.name + ">: the file is a function; "));
+        EXPECT_THAT(kits::Texts(warnings), ElementsAre());
+    }
+}
+
+TEST(SoundDocument, WhatADocumentLacksIsThatOfANewSound) {
+    std::vector<std::string> lines;
     Sound expected;
-    expected.function = function;
-    expected.author = "F";
-    EXPECT_EQ(*read, expected) << "onto a fresh sound";
-    EXPECT_EQ(warnings.size(), 8U) << "one for each group";
+    expected.function.expression = "y";
+    EXPECT_EQ(Interpreted("<vexasound><vexafunction><expression>y</expression></vexafunction>"
+                          "</vexasound>",
+                          lines),
+              expected);
+    EXPECT_THAT(lines, SizeIs(11)) << "a remark on each part";
 }
 
 } // namespace

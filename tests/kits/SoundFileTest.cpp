@@ -8,6 +8,7 @@
 #include <cmath>
 #include <limits>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace {
@@ -141,6 +142,53 @@ TEST(MediaFile, MixesAnyNumberOfChannelsAndTakesAnySampleType) {
     const test::DecodedSound silent = ReadSound(folder.Path() / "silent.mp3", 1);
     EXPECT_EQ(silent.frameRate, 44100);
     EXPECT_GT(silent.values.size(), 15U * 1152U);
+}
+
+/// Returns the remark on the length of a sound file, after reading all of it.
+std::string Shortfall(const std::filesystem::path& path) {
+    const entry_ref ref{path.parent_path().string(), path.filename().string()};
+    BMediaFile file(&ref);
+    media_format format;
+    file.TrackAt(0)->DecodedFormat(&format);
+    std::vector<float> buffer(format.u.raw_audio.buffer_size / sizeof(float));
+    for (int64 count = 0; file.TrackAt(0)->ReadFrames(buffer.data(), &count) == B_OK;) {
+    }
+    return file.TrackAt(0)->Shortfall();
+}
+
+TEST(MediaFile, TellsOfAFileThatEndsBeforeTheLengthInItsHeader) {
+    const TemporaryFolder folder;
+    const std::string wav = test::ShortWav(std::vector<int>(1000, 5), 8000, 2);
+    // A header that is only one byte off means an odd length, and one near 2 or 4 GiB none.
+    const auto stating = [&](unsigned bytes) {
+        std::string content = wav;
+        return folder.Write("a.wav", content.replace(40, 4, test::LittleEndian(bytes, 4)));
+    };
+    EXPECT_EQ(Shortfall(stating(2000)), "");
+    EXPECT_EQ(Shortfall(stating(2001)), "");
+    EXPECT_EQ(Shortfall(stating(0x7ffff000)), "");
+    EXPECT_EQ(Shortfall(stating(0xffffffff)), "");
+    EXPECT_EQ(Shortfall(stating(5000)),
+              "the file ends after 2000 of the 5000 bytes of sound that its header states");
+    EXPECT_EQ(Shortfall(folder.Write("b.wav", wav.substr(0, wav.size() - 10))),
+              "the file ends after 1990 of the 2000 bytes of sound that its header states");
+
+    const std::string aiff("FORM\0\0\0\x32"
+                           "AIFFCOMM\0\0\0\x12\0\1\0\0\0\4\0\x08\x40\x0b\xfa\0\0\0\0\0\0\0"
+                           "SSND\0\0\0\x0c\0\0\0\0\0\0\0\0\x40\xc0\0\x20",
+                           58);
+    EXPECT_EQ(Shortfall(folder.Write("a.aiff", aiff)), "");
+    EXPECT_THAT(Shortfall(folder.Write("b.aiff", aiff.substr(0, 56))),
+                testing::StartsWith("the file ends after "));
+
+    const auto flac = folder.Path() / "a.flac";
+    std::vector<float> noise(20000);
+    for (std::size_t i = 0; i < noise.size(); i++)
+        noise[i] = static_cast<float>(i * i % 997) / 1000;
+    ASSERT_TRUE(WriteSound(flac, noise, 44100));
+    EXPECT_EQ(Shortfall(flac), "");
+    std::filesystem::resize_file(flac, std::filesystem::file_size(flac) / 2);
+    EXPECT_THAT(Shortfall(flac), testing::EndsWith(" of the 20000 frames that its header states"));
 }
 
 TEST(MediaFile, CountsValuesThatAreNotFiniteAsZero) {

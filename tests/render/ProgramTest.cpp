@@ -16,6 +16,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstring>
+#include <sstream>
 #include <thread>
 
 #include <fcntl.h>
@@ -29,6 +30,7 @@ namespace fs = std::filesystem;
 using test::CommandResult;
 using test::Contents;
 using test::kProgram;
+using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -206,7 +208,13 @@ TEST_F(RenderProgram, ASampleCanReplaceTheFunction) {
         Run({OneNote(), Path("a.wav"), "--sample", sample, "--sample-frequency", "220"});
     EXPECT_EQ(result.exitCode, 0) << result.text;
     EXPECT_THAT(result.text, testing::Not(HasSubstr("silence")));
+    EXPECT_THAT(result.text, testing::Not(HasSubstr("warning")));
     ExpectFailure({OneNote(), Path("b.wav"), "--sample-frequency", "220"}, "--sample-frequency", 2);
+    const std::string cut = folder.Write("cut.wav", Contents(sample).substr(0, 5000)).string();
+    const CommandResult part = Run({OneNote(), Path("c.wav"), "--sample", cut});
+    EXPECT_EQ(part.exitCode, 0) << part.text;
+    EXPECT_THAT(part.text,
+                HasSubstr("vexa-render: warning: --sample: " + cut + ": the file ends after "));
 }
 
 /// The names in the documents lack only the folder "pictures".
@@ -233,6 +241,32 @@ TEST_F(RenderProgram, APictureCanReplaceTheFunctionOrBeTheSounds) {
                   "bars.png: it is neither PNG nor JPEG");
     for (const char* other : {"--function=x", "--sample=a.wav", "--sample-frequency=1"})
         ExpectFailure({OneNote(), Path("c.wav"), "--picture", picture, other}, "exclude", 2);
+}
+
+/// What the document's reader tells with its line, the instrument does not tell again.
+TEST_F(RenderProgram, AnInvalidSampleFrequencyIsToldOnce) {
+    const auto warnings = [&](const std::string& frequency) {
+        const std::string sound =
+            folder
+                .Write("sound.xml",
+                       "<vexasound><vexasamplefunction><samplefile>" VEXA_PROGRAM_FOLDER
+                       "/samples/voice.wav</samplefile>\n<frequency>" +
+                           frequency + "</frequency></vexasamplefunction></vexasound>")
+                .string();
+        const CommandResult result = Run({OneNote(), Path("a.wav"), "--sound", sound});
+        EXPECT_EQ(result.exitCode, 0) << result.text;
+        std::vector<std::string> lines;
+        std::istringstream text(result.text);
+        for (std::string line; std::getline(text, line);) {
+            if (line.find("frequency") != line.npos)
+                lines.push_back(line.substr(line.find(sound) + sound.size()));
+        }
+        return lines;
+    };
+    EXPECT_THAT(warnings("none"),
+                ElementsAre(":2:1: <frequency>: expected a frequency above 0, found \"none\""));
+    EXPECT_THAT(warnings("1e-37"), ElementsAre(HasSubstr("a sample frequency of \"1e-37\" Hz")));
+    EXPECT_THAT(warnings("440"), ElementsAre());
 }
 
 TEST_F(RenderProgram, MacrosAreTheSoundsOrTheCommandLines) {

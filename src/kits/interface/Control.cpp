@@ -180,9 +180,17 @@ class BTextControl::Line : public QLineEdit {
     // the file.
     void dragEnterEvent(QDragEnterEvent* event) override {
         if (event->mimeData()->hasUrls())
-            event->ignore();
-        else
-            QLineEdit::dragEnterEvent(event);
+            return event->ignore();
+        QLineEdit::dragEnterEvent(event);
+        CopyFromElsewhere(*event);
+    }
+    void dragMoveEvent(QDragMoveEvent* event) override {
+        QLineEdit::dragMoveEvent(event);
+        CopyFromElsewhere(*event);
+    }
+    void dropEvent(QDropEvent* event) override {
+        QLineEdit::dropEvent(event);
+        CopyFromElsewhere(*event);
     }
     // The press that brings the focus arrives after focusInEvent and would place the cursor.
     void mousePressEvent(QMouseEvent* event) override {
@@ -203,6 +211,11 @@ class BTextControl::Line : public QLineEdit {
     }
 
   private:
+    /// Makes the drop of text from another program a copy: for a move that would delete its text.
+    static void CopyFromElsewhere(QDropEvent& event) {
+        if (event.isAccepted() && !event.source())
+            event.setDropAction(Qt::CopyAction);
+    }
     void Step(int steps, Qt::KeyboardModifiers modifiers) {
         field->Replace(stepping(text().toStdString(), steps, kits::FromQt(modifiers)));
     }

@@ -43,6 +43,11 @@ class BMediaTrack {
     /// B_LAST_BUFFER_ERROR at the end. `header` may be null and is not filled in.
     status_t ReadFrames(void* buffer, int64* frameCount, media_header* header = nullptr);
 
+    /// Returns a remark if the file ended before the sound was as long as its header states, with
+    /// both lengths; empty if it did not, or if the header states no length or one that cannot be
+    /// compared. To be called once all frames are read. WAV, AIFF, AU and FLAC are checked.
+    std::string Shortfall() const;
+
   private:
     friend class BMediaFile;
     struct Source;

@@ -482,6 +482,24 @@ TEST_F(RenderProgram, WhatIsTheUsersIsInTheUsersFolderAndShippedContentIsOnlyRea
     EXPECT_FALSE(fs::exists(own));
 }
 
+/// Neither one that cannot be made nor one that could be.
+TEST_F(RenderProgram, NeedsNoFolderOfTheUsers) {
+    const std::string note = OneNote();
+    folder.Write("taken", "");
+    for (const char* home : {"taken", "new"}) {
+        const test::EnvironmentVariable data("XDG_DATA_HOME", Path(home).c_str());
+        const CommandResult result =
+            Run({note, Path("out.wav"), "--user-folder", "--sound", "bell", "--tail", "0"});
+        EXPECT_EQ(result.exitCode, 0) << result.text;
+        EXPECT_THAT(result.text, Not(HasSubstr("warning")));
+        const CommandResult compiled =
+            Run({note, Path("out.wav"), "--user-folder", "--function", "x*y", "--compile"});
+        EXPECT_EQ(compiled.exitCode == 0, std::string(home) == "new") << compiled.text;
+        EXPECT_EQ(fs::exists(folder.Path() / "new/vexa/functions/recent"), compiled.exitCode == 0);
+        EXPECT_FALSE(fs::exists(folder.Path() / "new/vexa/sounds"));
+    }
+}
+
 /// Whatever the name by which the output leads to an input.
 TEST_F(RenderProgram, AnOutputThatIsAnInputIsRefusedAndTheInputStays) {
     const std::string note = OneNote();

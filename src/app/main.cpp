@@ -64,6 +64,8 @@ int Play(const vexa::AppOptions& options, const kits::ProgramFolders& folders,
     if (exitCode != 0 || !recording)
         return exitCode;
     const auto finished = recording->Finish();
+    if (const std::string remark = recording->Remark(); !remark.empty())
+        std::fprintf(stderr, "vexa: warning: %s\n", remark.c_str());
     return finished ? 0 : Fail("--record: " + finished.Fault().text, 1);
 }
 

@@ -140,6 +140,42 @@ TEST_F(RecordingTest, CanBeReadBeforeItIsFinished) {
     }
 }
 
+TEST_F(RecordingTest, SaysHowManySamplesAreClipped) {
+    for (const auto& [name, remark] :
+         {std::pair{"a.wav", ""},
+          std::pair{"a.flac",
+                    ": what goes beyond full volume is clipped (100 samples); a .wav file "
+                    "avoids it"}}) {
+        const auto recording = Begin(name);
+        recording->TakeRate(48000);
+        Put(*recording, 5000, 1, -1);
+        Put(*recording, 100, 1, -1.01F);
+        EXPECT_EQ(Fault(*recording), "");
+        EXPECT_EQ(recording->Remark(), *remark ? (folder.Path() / name).string() + remark : "");
+    }
+}
+
+TEST_F(RecordingTest, KeepsWhatWasPutFromTheFirstDeviceOn) {
+    const auto recording = Begin("a.wav");
+    Put(*recording, 10, 1, 1); // no device yet
+    EXPECT_EQ(recording->Seconds(), 0);
+    recording->TakeRate(48000);
+    std::vector<float> all;
+    for (int piece = 0; piece < 3000; piece++) {
+        Put(*recording, 64, float(piece), float(-piece));
+        for (int i = 0; i < 64; i++)
+            all.insert(all.end(), {float(piece), float(-piece)});
+        if (piece == 1500)
+            recording->TakeRate(48000); // it was lost and came back
+    }
+    EXPECT_EQ(recording->Seconds(), 4); // 192000 frames
+    EXPECT_FALSE(std::filesystem::exists(folder.Path() / "a.wav")) << "it is not whole yet";
+    EXPECT_EQ(Fault(*recording), "");
+    const test::DecodedSound sound = test::ReadSound(folder.Path() / "a.wav", 0);
+    EXPECT_EQ(sound.frameRate, 48000);
+    EXPECT_EQ(sound.values, all);
+}
+
 TEST_F(RecordingTest, SaysWhatIsMissing) {
     EXPECT_FALSE(kits::Recording::Begin(folder.Path() / "a.mp3"));
     EXPECT_FALSE(kits::Recording::Begin(folder.Path() / "none" / "a.wav"));

@@ -217,4 +217,11 @@ Result<void> Recording::Finish() {
     return kept(*place);
 }
 
+std::string Recording::Remark() const {
+    if (format == SoundFileFormat::wav || !writer || writer->Loud() == 0)
+        return "";
+    return path.string() + ": what goes beyond full volume is clipped (" +
+           std::to_string(writer->Loud()) + " samples); a .wav file avoids it";
+}
+
 } // namespace kits

@@ -58,6 +58,9 @@ class Recording {
     /// gets a name of its own, which the error tells.
     Result<void> Finish();
 
+    /// Returns what the listener of a finished recording should know; empty if there is nothing.
+    std::string Remark() const;
+
   private:
     Recording(std::filesystem::path path, SoundFileFormat format, FileReplacement file,
               std::size_t patience, std::uint64_t reserve);

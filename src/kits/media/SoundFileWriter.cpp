@@ -69,6 +69,7 @@ struct SoundFileWriter::State {
     /// The capacity of the file and the amount written, in bytes of floats.
     std::uint64_t room = UINT64_MAX;
     std::uint64_t written = 0;
+    std::uint64_t loud = 0;
     /// The number of frames in the calls to the library that succeeded, and the file's length in
     /// bytes after the last of them.
     std::uint64_t passed = 0;
@@ -143,8 +144,13 @@ Result<void> SoundFileWriter::Write(const float* frames, std::size_t count) {
         const std::size_t held = s.block.size(), more = now * s.channels;
         s.block.resize(held + more);
         // The difference of a value that is not finite from itself is NaN.
-        for (std::size_t i = 0; i < more; i++)
-            s.block[held + i] = frames[i] - frames[i] == 0 ? frames[i] : 0.0F;
+        std::uint64_t loud = 0;
+        for (std::size_t i = 0; i < more; i++) {
+            const float value = frames[i] - frames[i] == 0 ? frames[i] : 0.0F;
+            s.block[held + i] = value;
+            loud += std::abs(value) > 1 ? 1 : 0;
+        }
+        s.loud += loud;
         frames += now * s.channels;
         count -= now;
         if (now < room)
@@ -235,6 +241,10 @@ std::uint64_t SoundFileWriter::Salvage() {
 
 std::uint64_t SoundFileWriter::Frames() const {
     return state->written / sizeof(float) / state->channels;
+}
+
+std::uint64_t SoundFileWriter::Loud() const {
+    return state->loud;
 }
 
 Result<void> SoundFileWriter::Finish() {

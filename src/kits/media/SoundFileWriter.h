@@ -61,6 +61,9 @@ class SoundFileWriter {
 
     /// Returns the number of frames that were given to Write without a fault.
     std::uint64_t Frames() const;
+    /// Returns the number of values, of any channel, that were beyond -1..1. FLAC and most players
+    /// of Ogg Vorbis clip them.
+    std::uint64_t Loud() const;
 
   private:
     struct State;

@@ -95,8 +95,10 @@ TEST_F(RecordingTest, AnEmptyOrIncompleteOneReplacesNone) {
         const std::filesystem::path old = folder.Write("a" + ending, "a good one");
         const auto empty = *kits::Recording::Begin(old, 1U << 20, 1ULL << 60);
         empty->TakeRate(48000);
-        PutNoise(*empty, 0, 100);
-        EXPECT_NE(Fault(*empty).find("nearly full; nothing was recorded"), std::string::npos);
+        PutNoise(*empty, 0, 4800);
+        EXPECT_NE(
+            Fault(*empty).find("nearly full, and the last 0.10 s are missing; there is no file"),
+            std::string::npos);
         const auto silent = Begin(old.filename().c_str());
         silent->TakeRate(48000);
         EXPECT_NE(Fault(*silent).find("nothing was recorded"), std::string::npos);

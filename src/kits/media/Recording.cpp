@@ -188,14 +188,14 @@ Result<void> Recording::Finish() {
         thread.join();
     const std::uint64_t frames = writer ? Complete() : 0;
     std::string fault = ending ? ending->text : "";
+    if (keptFrames > frames)
+        fault += ", and the last " + InSeconds(keptFrames - frames, rate) + " are missing";
     if (frames == 0) {
         if (fault.empty())
             return Error{path.string() + ": nothing was recorded" +
                          (writer ? "" : ", as no audio device played")};
-        return Error{fault + "; nothing was recorded"};
+        return Error{fault + "; there is no file"};
     }
-    if (keptFrames > frames)
-        fault += ", and the last " + InSeconds(keptFrames - frames, rate) + " are missing";
     if (lostFrames > 0)
         fault += (fault.empty() ? path.string() + ": " : "; ") + std::to_string(lostFrames) +
                  " frames are missing, as the disk was too slow";

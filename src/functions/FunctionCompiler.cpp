@@ -156,7 +156,9 @@ CompileReport FunctionCompiler::MakeSource(std::string_view expression, std::str
     source.append("#define EXPRESSION\t  ").append(computed).append("\n");
     source.append("#define EXPRESSION_STR \"").append(expression).append("\"\n\n");
     source.append(*body);
-    kits::Result<void> written = kits::MakeUserFolder(sourcePath.parent_path());
+    kits::Result<void> written;
+    if (sourcePath.parent_path() == functions)
+        written = kits::MakeUserFolder(functions);
     if (written)
         written = kits::ReplaceFile(sourcePath, source);
     if (!written)

@@ -67,6 +67,7 @@ class HeadlessPlayer : private SessionClient {
     bool WatchSources();
     void ConnectSource();
     void TellOfDevice();
+    void TellOfRecording(const kits::Recording& recording);
     void Report(Clock::duration played) const;
 
     const AppOptions& options;
@@ -76,6 +77,8 @@ class HeadlessPlayer : private SessionClient {
     /// An audio device has been there at some time.
     bool hadDevice = false;
     bool ending = false;
+    /// True once it was said that the recording has ended by itself.
+    bool toldOfRecording = false;
     Instrument instrument;
     std::shared_ptr<MidiWatch> watch = std::make_shared<MidiWatch>();
     ProgramSelector programs{instrument.Playing().consumer, BMessenger(watch), 0};
@@ -133,6 +136,8 @@ int HeadlessPlayer::Run(const kits::Interrupt& interrupt, kits::Recording* recor
         if (const FunctionReport addon = instrument.Collect(); !addon && !interrupt.Requested())
             Say(Text(addon));
         TellOfDevice();
+        if (recording)
+            TellOfRecording(*recording);
         if (joined) {
             instrument.FollowMacros();
             joined->session->Pulse(*this);
@@ -163,6 +168,15 @@ void HeadlessPlayer::TellOfDevice() {
         Say("the audio device is there; playing through " + graph.DeviceName());
         break;
     }
+}
+
+/// Says at once, and once, that a recording has ended by itself: a person may play on for hours.
+void HeadlessPlayer::TellOfRecording(const kits::Recording& recording) {
+    if (toldOfRecording || !recording.HasEnded())
+        return;
+    toldOfRecording = true;
+    if (const std::optional<kits::Error> reason = recording.Ending())
+        Say("--record: " + reason->text);
 }
 
 /// Loads a sound and prints faults and warnings. If `whole`, loads nothing of a sound whose

@@ -78,7 +78,7 @@ int RunAttached(int descriptor, std::optional<uint32> into, const kits::ProgramF
 } // namespace
 
 int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders,
-              kits::Recording* recording, JoinedSession* joined) {
+              const std::string& warning, kits::Recording* recording, JoinedSession* joined) {
     if (options.into)
         kits::ChooseXServer();
     if (const auto display = kits::FindDisplay(); !display) {
@@ -95,6 +95,8 @@ int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders,
         application.Window().Begin(std::move(joined->session), joined->project, recording);
     else
         application.Window().Begin(options, recording);
+    if (!warning.empty())
+        VexaView::ErrorAlert(warning);
     application.Run();
     return 0;
 }

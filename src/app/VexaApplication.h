@@ -43,8 +43,8 @@ void ShowFault(const std::string& text);
 /// gone. Returns the program's exit code, which is 1, with a message, if there is no display or no
 /// plug-in, or if the connection to the plug-in has a fault. `recording`, which may be null, is
 /// left to the caller to finish. `joined` is null if there is no session; otherwise the options are
-/// those of its project.
+/// those of its project. `warning`, unless empty, is shown in an alert at the start.
 int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders,
-              kits::Recording* recording, JoinedSession* joined);
+              const std::string& warning, kits::Recording* recording, JoinedSession* joined);
 
 } // namespace vexa

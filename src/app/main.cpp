@@ -32,6 +32,19 @@ int Fail(const std::string& text, int exitCode) {
     return exitCode;
 }
 
+/// Makes the folders of what a person makes. Without them everything can be played, so a failure is
+/// a warning; returns its text for a person who sees no terminal, else an empty one.
+std::string MakeFolders(const vexa::AppOptions& options, const kits::ProgramFolders& folders) {
+    const auto made = folders.MakeOwn();
+    if (made)
+        return "";
+    const std::string text =
+        made.Fault().text + "; nothing can be saved, recorded in the window or compiled there";
+    std::fprintf(stderr, "vexa: warning: %s\n", text.c_str());
+    const bool hasWindow = !options.noWindow && !options.attach;
+    return hasWindow && ::isatty(STDERR_FILENO) == 0 ? text : "";
+}
+
 int Play(const vexa::AppOptions& options, const kits::ProgramFolders& folders,
          const vexa::Tuning& tuning, vexa::JoinedSession* joined) {
     // From here on a signal ends the program in order, so that no recording is left incomplete.
@@ -43,13 +56,16 @@ int Play(const vexa::AppOptions& options, const kits::ProgramFolders& folders,
             return Fail("--record: " + begun.Fault().text, 1);
         recording = *std::move(begun);
     }
+    const std::string warning = MakeFolders(options, folders);
     const int exitCode =
         options.noWindow
             ? vexa::PlayWithoutWindow(options, folders, tuning, interrupt, recording.get(), joined)
-            : vexa::RunWindow(options, folders, recording.get(), joined);
+            : vexa::RunWindow(options, folders, warning, recording.get(), joined);
     if (exitCode != 0 || !recording)
         return exitCode;
     const auto finished = recording->Finish();
+    if (const std::string remark = recording->Remark(); !remark.empty())
+        std::fprintf(stderr, "vexa: warning: %s\n", remark.c_str());
     return finished ? 0 : Fail("--record: " + finished.Fault().text, 1);
 }
 

@@ -8,6 +8,7 @@
 #include "kits/application/Interrupt.h"
 #include "kits/storage/FileReplacement.h"
 #include "kits/storage/ReadFile.h"
+#include "kits/storage/UserFolders.h"
 
 #include <cstring>
 #include <initializer_list>
@@ -155,7 +156,12 @@ CompileReport FunctionCompiler::MakeSource(std::string_view expression, std::str
     source.append("#define EXPRESSION\t  ").append(computed).append("\n");
     source.append("#define EXPRESSION_STR \"").append(expression).append("\"\n\n");
     source.append(*body);
-    if (const kits::Result<void> written = kits::ReplaceFile(sourcePath, source); !written)
+    kits::Result<void> written;
+    if (sourcePath.parent_path() == functions)
+        written = kits::MakeUserFolder(functions);
+    if (written)
+        written = kits::ReplaceFile(sourcePath, source);
+    if (!written)
         return Failure(B_IO_ERROR, Alert(kNotOpened, {sourcePath}), written.Fault().text);
     KeepToUser(sourcePath);
     return {};
@@ -165,7 +171,10 @@ CompileOutcome FunctionCompiler::IncludeFunction(const fs::path& sourcePath) con
     const kits::Result<std::string> source = kits::ReadFile(sourcePath);
     std::string fault = source ? "" : source.Fault().text;
     if (source && sourcePath.native() != SourcePath().native()) {
-        if (const auto copied = kits::ReplaceFile(SourcePath(), *source); !copied)
+        kits::Result<void> copied = kits::MakeUserFolder(functions);
+        if (copied)
+            copied = kits::ReplaceFile(SourcePath(), *source);
+        if (!copied)
             fault = copied.Fault().text;
         else
             KeepToUser(SourcePath());

@@ -49,6 +49,9 @@ class RenderJob {
 
   private:
     Result<void> Render();
+    bool IsOutput(const std::filesystem::path& path) const;
+    Result<void> CheckOutput();
+    Result<void> CheckOutputOf(const Sound& sound, const std::filesystem::path& path) const;
     Result<Sound> SoundOf(const std::filesystem::path& path);
     Result<std::filesystem::path> MainFile() const;
     Result<Sound> MainSound(const std::filesystem::path& path);
@@ -85,6 +88,8 @@ Result<void> RenderJob::Render() {
     const Result<kits::SoundFileFormat> format = kits::SoundFileFormatOf(options.output);
     if (!format)
         return format.Fault();
+    if (Result<void> checked = CheckOutput(); !checked)
+        return checked;
     Result<MidiFile> midi = ReadMidiFile(options.midi);
     if (!midi)
         return midi.Fault();
@@ -115,6 +120,53 @@ Result<void> RenderJob::Render() {
 
     arrangement->Summarize(outcome.summary);
     return file->Commit();
+}
+
+/// Returns true if the output would replace that file, by whatever name or link.
+bool RenderJob::IsOutput(const std::filesystem::path& path) const {
+    std::error_code ignored;
+    return std::filesystem::equivalent(options.output, path, ignored);
+}
+
+/// Fails if the output would replace a file that the command line names as an input.
+Result<void> RenderJob::CheckOutput() {
+    std::vector<std::pair<std::string, std::filesystem::path>> inputs{{"MIDI", options.midi}};
+    const auto add = [&](const char* option, const std::optional<std::filesystem::path>& path) {
+        if (path)
+            inputs.emplace_back(option, *path);
+    };
+    const auto addSound = [&](const std::string& option,
+                              const std::optional<std::filesystem::path>& name) {
+        // What cannot be found is told where it is read.
+        if (const auto path = folders.FindDocument("sounds", name.value_or("default")); path)
+            inputs.emplace_back(option, *path);
+    };
+    addSound("--sound", options.sound);
+    for (std::size_t channel = 0; channel < options.channelSounds.size(); channel++) {
+        if (options.channelSounds[channel])
+            addSound("--channel-sound " + std::to_string(channel + 1),
+                     options.channelSounds[channel]);
+    }
+    add("--sample", options.sample);
+    add("--picture", options.picture);
+    add("--tuning", options.tuning.scale);
+    add("--keymap", options.tuning.keymap);
+    for (const auto& [option, path] : inputs) {
+        if (IsOutput(path))
+            return EndWith(kUsageExitCode, option + ": " + path.string() +
+                                               " is the output's file too, which would be "
+                                               "overwritten");
+    }
+    return {};
+}
+
+/// Fails if the output would replace the sample or the picture of a sound.
+Result<void> RenderJob::CheckOutputOf(const Sound& sound, const std::filesystem::path& path) const {
+    const auto input = FileOf(sound.function, folders);
+    if (!input || !IsOutput(*input))
+        return {};
+    return Error{path.string() + " plays " + input->string() +
+                 ", which is the output's file too and would be overwritten"};
 }
 
 Result<Sound> RenderJob::SoundOf(const std::filesystem::path& path) {
@@ -189,6 +241,8 @@ Result<Arrangement> RenderJob::Arrange(MidiFile midi) {
                          MidiFile events) -> Result<void> {
         if (!sound)
             return sound.Fault();
+        if (Result<void> checked = CheckOutputOf(*sound, path); !checked)
+            return checked;
         const Result<Tuning> tuning = ReadTuning(options.tuning);
         if (!tuning)
             return tuning.Fault();

@@ -88,6 +88,18 @@ TEST(VexaProgram, WithoutAnyDeviceOrCompilerItLivesAndEndsByItsSignal) {
     EXPECT_THAT(result.text, Not(HasSubstr("disconnect")));
 }
 
+TEST(VexaProgram, PlaysWithAWarningWhereTheUsersFoldersCannotBeMade) {
+    const test::TemporaryFolder folder;
+    const test::EnvironmentVariable data("XDG_DATA_HOME", folder.Write("taken", "").c_str());
+    const CommandResult result = test::RunCommand(
+        {VEXA_PROGRAM_FOLDER "/vexa", "--no-window", "--audio", "none", "--user-folder"},
+        test::TerminateWhenHandled);
+    EXPECT_EQ(result.exitCode, 0) << result.text;
+    EXPECT_THAT(result.text, HasSubstr("vexa: warning: could not create the folder " +
+                                       (folder.Path() / "taken/vexa/functions").string()));
+    EXPECT_THAT(result.text, HasSubstr("nothing can be saved"));
+}
+
 TEST(VexaProgram, ASignalAtTheStartLeavesNoPartOfARecordingBehind) {
     const test::TemporaryFolder folder;
     const auto path = folder.Path() / "heard.wav";

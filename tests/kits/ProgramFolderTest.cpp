@@ -89,6 +89,8 @@ TEST_F(ProgramFoldersTest, TheUsersFolderIsMadeForTheUserAlone) {
     const auto found = kits::FindProgramFolders("vexa", true);
     ASSERT_TRUE(found);
     EXPECT_EQ(found->Own("samples"), folder.Path() / "new/data/vexa/samples");
+    EXPECT_FALSE(fs::exists(folder.Path() / "new")) << "finding a place makes nothing";
+    ASSERT_TRUE(found->MakeOwn());
     for (const char* made : {"new", "new/data/vexa/functions", "new/data/vexa/pictures"})
         EXPECT_EQ(fs::status(folder.Path() / made).permissions(), fs::perms::owner_all) << made;
     // A file panel, which gives paths without links, shows the same files.
@@ -97,7 +99,7 @@ TEST_F(ProgramFoldersTest, TheUsersFolderIsMadeForTheUserAlone) {
     EXPECT_EQ(kits::FindProgramFolders("vexa", true)->Own("samples"), found->Own("samples"));
     folder.Write("taken", "");
     const test::EnvironmentVariable taken("XDG_DATA_HOME", (folder.Path() / "taken").c_str());
-    const auto failed = kits::FindProgramFolders("vexa", true);
+    const auto failed = kits::FindProgramFolders("vexa", true)->MakeOwn();
     ASSERT_FALSE(failed);
     EXPECT_THAT(failed.Fault().text, HasSubstr("taken/vexa/functions: Not a directory"));
 }

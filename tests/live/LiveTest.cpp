@@ -215,6 +215,21 @@ TEST(Live, WhatIsHeardIsRecordedSampleBySample) {
     EXPECT_TRUE(test::SucceedsInTheEnd(allTheSame));
 }
 
+/// A limit of the file's size is to the writer what a full disk is.
+TEST(Live, ARecordingThatEndsByItselfIsToldAtOnceAndKept) {
+    const test::TemporaryFolder folder;
+    const auto path = folder.Path() / "heard.wav";
+    LivePlay play(512, 48000 * 20, test::kSineSound, {"--record", path.string()});
+    const rlimit limit{1 << 20, 1 << 20};
+    ASSERT_EQ(::prlimit(play.Vexa().Process(), RLIMIT_FSIZE, &limit, nullptr), 0);
+    play.WaitForLog("vexa: --record: could not write " + path.string());
+    play.Listen(48000);
+    EXPECT_EQ(play.CountInLog("the recording ends there"), 1);
+    EXPECT_EQ(play.Vexa().End(SIGTERM), 1);
+    EXPECT_EQ(play.CountInLog("the recording ends there, and the last "), 1) << play.Log();
+    EXPECT_GT(test::ReadSound(path, 0).values.size(), 200'000U);
+}
+
 /// Repeats the play until `sounds` accepts it, at most five times, as a busy machine makes the
 /// server lose periods, which is not the program's fault. The program must end properly each time.
 bool SoundsRight(const std::function<bool(LivePlay&)>& sounds,

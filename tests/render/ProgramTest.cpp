@@ -32,6 +32,7 @@ using test::Contents;
 using test::kProgram;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 const std::string kDemo = VEXA_PROGRAM_FOLDER "/demo.mid";
@@ -513,6 +514,66 @@ TEST_F(RenderProgram, WhatIsTheUsersIsInTheUsersFolderAndShippedContentIsOnlyRea
     ASSERT_EQ(render({"--sound", "bell", "--function", "x*y"}).exitCode, 0);
     EXPECT_TRUE(fs::exists(program / "functions/recent"));
     EXPECT_FALSE(fs::exists(own));
+}
+
+/// Neither one that cannot be made nor one that could be.
+TEST_F(RenderProgram, NeedsNoFolderOfTheUsers) {
+    const std::string note = OneNote();
+    folder.Write("taken", "");
+    for (const char* home : {"taken", "new"}) {
+        const test::EnvironmentVariable data("XDG_DATA_HOME", Path(home).c_str());
+        const CommandResult result =
+            Run({note, Path("out.wav"), "--user-folder", "--sound", "bell", "--tail", "0"});
+        EXPECT_EQ(result.exitCode, 0) << result.text;
+        EXPECT_THAT(result.text, Not(HasSubstr("warning")));
+        const CommandResult compiled =
+            Run({note, Path("out.wav"), "--user-folder", "--function", "x*y", "--compile"});
+        EXPECT_EQ(compiled.exitCode == 0, std::string(home) == "new") << compiled.text;
+        EXPECT_EQ(fs::exists(folder.Path() / "new/vexa/functions/recent"), compiled.exitCode == 0);
+        EXPECT_FALSE(fs::exists(folder.Path() / "new/vexa/sounds"));
+    }
+}
+
+/// Whatever the name by which the output leads to an input.
+TEST_F(RenderProgram, AnOutputThatIsAnInputIsRefusedAndTheInputStays) {
+    const std::string note = OneNote();
+    const std::string sound = Contents(VEXA_PROGRAM_FOLDER "/sounds/default.xml");
+    const std::string sample = test::ShortWav(std::vector<int>(2000, 9000), 44100, 1);
+    const std::string scale = "!\n\n 12\n!\n";
+    const struct {
+        const char* option;
+        std::string before, bytes, told;
+    } cases[] = {
+        {"", "", Contents(note), "MIDI: "},
+        {"--sound", "", sound, "--sound: "},
+        {"--channel-sound", "3=", sound, "--channel-sound 3: "},
+        {"--sample", "", sample, "--sample: "},
+        {"--picture", "", "no picture", "--picture: "},
+        {"--tuning", "", scale, "--tuning: "},
+        {"--keymap", "", scale, "--keymap: "},
+    };
+    for (const auto& [option, before, bytes, told] : cases) {
+        const fs::path input = folder.Write("in.wav", bytes);
+        fs::remove(Path("link.wav"));
+        fs::create_symlink(input, Path("link.wav"));
+        for (const char* output : {"in.wav", "link.wav"}) {
+            std::vector<std::string> arguments{*option ? note : input.string(), Path(output)};
+            if (*option)
+                arguments.insert(arguments.end(), {option, before + input.string()});
+            ExpectFailure(arguments, told + input.string() + " is the output's file too", 2);
+            EXPECT_TRUE(Contents(input) == bytes) << told;
+        }
+    }
+    // A sound names its sample where the command line does not.
+    const fs::path input = folder.Write("in.wav", sample);
+    const fs::path named = folder.Write(
+        "sound.xml",
+        "<vexasound><vexasamplefunction><samplefile>" + input.string() +
+            "</samplefile><frequency>440</frequency></vexasamplefunction></vexasound>");
+    ExpectFailure({note, input.string(), "--sound", named.string()},
+                  named.string() + " plays " + input.string());
+    EXPECT_TRUE(Contents(input) == sample);
+    EXPECT_EQ(Run({note, Path("other.wav"), "--sound", named.string()}).exitCode, 0);
 }
 
 TEST_F(RenderProgram, AnInterruptLeavesNothingBehind) {

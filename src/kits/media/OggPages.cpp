@@ -14,8 +14,11 @@ namespace kits {
 namespace {
 
 // A page (RFC 3533, section 6): a header of 27 bytes, then a table of up to 255 segment lengths
-// of one byte each, then the segments. The header's last byte is the number of segments.
+// of one byte each, then the segments. The header's last byte is the number of segments. The number
+// of frames up to the page's end is -1 if none ends in the page. Numbers begin with the lowest
+// byte.
 constexpr std::size_t kFixedHeader = 27;
+constexpr std::size_t kFramesPosition = 6;
 constexpr std::size_t kSerialPosition = 14;
 constexpr std::size_t kMostSegments = 255;
 constexpr std::size_t kLongestSegment = 255;
@@ -52,15 +55,16 @@ bool WriteAt(int descriptor, const unsigned char* bytes, std::size_t size, off_t
 
 } // namespace
 
-Result<void> SetOggSerial(int descriptor, int serial) {
+Result<std::uint64_t> SetOggSerial(int descriptor, int serial) {
     std::array<unsigned char, kFixedHeader + kMostSegments> header;
     std::array<unsigned char, kMostSegments * kLongestSegment> body;
+    std::uint64_t frames = 0;
     for (off_t offset = 0;;) {
         const ssize_t count = ReadAt(descriptor, header.data(), header.size(), offset);
         if (count < 0)
             return Error{std::strerror(errno)};
         if (count == 0)
-            return {};
+            return frames;
         const std::size_t segments = header[kFixedHeader - 1];
         const std::size_t headerSize = kFixedHeader + segments;
         if (static_cast<std::size_t>(count) < headerSize ||
@@ -81,6 +85,11 @@ Result<void> SetOggSerial(int descriptor, int serial) {
         ogg_page_checksum_set(&page);
         if (!WriteAt(descriptor, header.data(), headerSize, offset))
             return Error{std::strerror(errno)};
+        std::uint64_t end = 0;
+        for (std::size_t i = 0; i < sizeof end; i++)
+            end |= std::uint64_t(header[kFramesPosition + i]) << (8 * i);
+        if (end != UINT64_MAX)
+            frames = end;
         offset += static_cast<off_t>(headerSize + bodySize);
     }
 }

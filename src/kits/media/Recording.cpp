@@ -5,7 +5,9 @@
 #include <array>
 #include <chrono>
 #include <cmath>
+#include <cstdio>
 #include <string>
+#include <utility>
 
 #include <sys/statvfs.h>
 
@@ -22,6 +24,16 @@ constexpr std::chrono::milliseconds kWriterPause{20};
 
 /// Samples between two checks of the free space: a small part of the reserve.
 constexpr std::size_t kSamplesPerLook = 1U << 18;
+
+/// The time between two updates of what the file says of its length.
+constexpr std::chrono::seconds kReadableEvery{1};
+
+/// Returns a length for a person: "1.25 s".
+std::string InSeconds(std::uint64_t frames, int rate) {
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%.2f s", double(frames) / rate);
+    return text.data();
+}
 
 } // namespace
 
@@ -54,23 +66,18 @@ Recording::~Recording() {
 
 void Recording::TakeRate(double next) {
     const int rounded = static_cast<int>(std::lround(next));
-    if (ended)
-        return;
-    if (rate == rounded)
+    if (rate == rounded || over)
         return;
     takes = false;
     if (rate != 0) {
-        over = true;
-        ended =
-            Error{path.string() + ": the recording ends where the device changed its rate from " +
-                  std::to_string(rate) + " to " + std::to_string(rounded) + " Hz"};
+        EndBecause({path.string() + ": the recording ends where the device changed its rate from " +
+                    std::to_string(rate) + " to " + std::to_string(rounded) + " Hz"});
         return;
     }
     Result<SoundFileWriter> opened = SoundFileWriter::Create(
         file.Descriptor(), format, path, rounded, SoundFileWriter::kUnknownLength, kChannels);
     if (!opened) {
-        over = true;
-        ended = opened.Fault();
+        EndBecause(opened.Fault());
         return;
     }
     rate = rounded;
@@ -92,9 +99,27 @@ void Recording::Put(const float* left, const float* right, std::size_t frames) n
     }
 }
 
+std::optional<Error> Recording::Ending() const {
+    const std::lock_guard lock(endingGuard);
+    return ending;
+}
+
+void Recording::EndBecause(Error reason) {
+    const std::lock_guard lock(endingGuard);
+    if (!ending)
+        ending = std::move(reason);
+    over = true;
+}
+
 void Recording::Run() {
+    using Clock = std::chrono::steady_clock;
+    Clock::time_point next = Clock::now() + kReadableEvery;
     while (!quitting) {
         WriteWaiting();
+        if (Clock::now() >= next) {
+            KeepReadable();
+            next = Clock::now() + kReadableEvery;
+        }
         std::this_thread::sleep_for(kWriterPause);
     }
 }
@@ -110,27 +135,50 @@ bool Recording::IsDiskFull() const {
 void Recording::WriteWaiting() {
     std::array<float, 4096> samples;
     while (const std::size_t count = waiting.Read(samples.data(), samples.size())) {
-        if (fault || full)
+        if (failed || full)
             continue;
         if (untilLook < count) {
             untilLook = kSamplesPerLook;
-            if (IsDiskFull())
-                full = Error{path.string() + ": the recording ends where the disk was nearly full"};
+            if (IsDiskFull()) {
+                full = true;
+                EndBecause({path.string() + ": the recording ends where the disk was nearly full"});
+                continue;
+            }
         }
         untilLook -= count;
-        if (!full) {
-            const Result<void> written = writer->Write(samples.data(), count / kChannels);
-            if (!written)
-                fault = written.Fault();
-        }
-        // Never set to false, as the window thread may set it to true at the same moment.
-        if (fault || full)
-            over = true;
+        Heed(writer->Write(samples.data(), count / kChannels));
     }
+}
+
+void Recording::KeepReadable() {
+    if (!failed)
+        Heed(writer->KeepReadable());
+}
+
+/// Ends the recording if a call of the writer failed.
+void Recording::Heed(const Result<void>& done) {
+    if (done)
+        return;
+    failed = true;
+    std::string reason = done.Fault().text;
+    // The library's sentences end with a full stop.
+    if (reason.ends_with('.'))
+        reason.pop_back();
+    EndBecause({reason + "; the recording ends there"});
 }
 
 double Recording::Seconds() const {
     return rate == 0 ? 0 : double(keptFrames) / rate;
+}
+
+/// Completes the file as far as possible; returns the number of frames in it.
+std::uint64_t Recording::Complete() {
+    WriteWaiting();
+    const std::uint64_t frames = writer->Frames();
+    // An encoder makes no file of nothing.
+    if (!failed && frames > 0)
+        Heed(writer->Finish());
+    return failed ? writer->Salvage() : frames;
 }
 
 Result<void> Recording::Finish() {
@@ -138,22 +186,42 @@ Result<void> Recording::Finish() {
     quitting = true;
     if (thread.joinable())
         thread.join();
-    if (!writer) {
-        return ended ? *ended
-                     : Error{path.string() + ": nothing was recorded, as no audio device played"};
+    const std::uint64_t frames = writer ? Complete() : 0;
+    std::string fault = ending ? ending->text : "";
+    if (keptFrames > frames)
+        fault += ", and the last " + InSeconds(keptFrames - frames, rate) + " are missing";
+    if (frames == 0) {
+        if (fault.empty())
+            return Error{path.string() + ": nothing was recorded" +
+                         (writer ? "" : ", as no audio device played")};
+        return Error{fault + "; there is no file"};
     }
-    WriteWaiting();
-    if (fault)
-        return *fault;
-    if (Result<void> finished = writer->Finish(); !finished)
-        return finished;
-    if (Result<void> committed = file.Commit(); !committed)
-        return committed;
     if (lostFrames > 0)
-        return Error{path.string() + ": " + std::to_string(lostFrames) +
-                     " frames are missing, as the disk was too slow"};
-    const std::optional<Error>& reason = full ? full : ended;
-    return reason ? Result<void>(*reason) : Result<void>();
+        fault += (fault.empty() ? path.string() + ": " : "; ") + std::to_string(lostFrames) +
+                 " frames are missing, as the disk was too slow";
+    const auto kept = [&](const std::filesystem::path& place) {
+        return Error{fault + "; what was recorded is in " + place.string()};
+    };
+    if (fault.empty()) {
+        const Result<void> committed = file.Commit();
+        if (committed)
+            return {};
+        fault = committed.Fault().text;
+        return kept(file.Keep());
+    }
+    const Result<std::filesystem::path> place = file.CommitBeside();
+    if (!place) {
+        fault += "; " + place.Fault().text;
+        return kept(file.Keep());
+    }
+    return kept(*place);
+}
+
+std::string Recording::Remark() const {
+    if (format == SoundFileFormat::wav || !writer || writer->Loud() == 0)
+        return "";
+    return path.string() + ": what goes beyond full volume is clipped (" +
+           std::to_string(writer->Loud()) + " samples); a .wav file avoids it";
 }
 
 } // namespace kits

@@ -6,12 +6,16 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
+
+#include <unistd.h>
 
 namespace kits {
 
@@ -65,11 +69,17 @@ struct SoundFileWriter::State {
     /// The capacity of the file and the amount written, in bytes of floats.
     std::uint64_t room = UINT64_MAX;
     std::uint64_t written = 0;
+    std::uint64_t loud = 0;
+    /// The number of frames in the calls to the library that succeeded, and the file's length in
+    /// bytes after the last of them.
+    std::uint64_t passed = 0;
+    off_t length = 0;
     OpenSoundFile file;
     /// Values that do not fill a call to the library yet.
     std::vector<float> block;
 
     Result<void> Flush();
+    Result<std::uint64_t> AnnounceFlacFrames() const;
     Error Failure(const std::string& reason) const {
         return {"could not write " + name + ": " + reason};
     }
@@ -125,8 +135,8 @@ Result<SoundFileWriter> SoundFileWriter::Create(int descriptor, SoundFileFormat 
 
 Result<void> SoundFileWriter::Write(const float* frames, std::size_t count) {
     State& s = *state;
-    s.written += count * s.channels * sizeof(float);
-    if (s.written > s.room)
+    const std::uint64_t written = s.written + count * s.channels * sizeof(float);
+    if (written > s.room)
         return s.Failure("it is longer than was announced, and than 4 GiB");
     while (count > 0) {
         const std::size_t room = kFramesPerWrite - s.block.size() / s.channels;
@@ -134,8 +144,13 @@ Result<void> SoundFileWriter::Write(const float* frames, std::size_t count) {
         const std::size_t held = s.block.size(), more = now * s.channels;
         s.block.resize(held + more);
         // The difference of a value that is not finite from itself is NaN.
-        for (std::size_t i = 0; i < more; i++)
-            s.block[held + i] = frames[i] - frames[i] == 0 ? frames[i] : 0.0F;
+        std::uint64_t loud = 0;
+        for (std::size_t i = 0; i < more; i++) {
+            const float value = frames[i] - frames[i] == 0 ? frames[i] : 0.0F;
+            s.block[held + i] = value;
+            loud += std::abs(value) > 1 ? 1 : 0;
+        }
+        s.loud += loud;
         frames += now * s.channels;
         count -= now;
         if (now < room)
@@ -143,19 +158,93 @@ Result<void> SoundFileWriter::Write(const float* frames, std::size_t count) {
         if (Result<void> flushed = s.Flush(); !flushed)
             return flushed;
     }
+    s.written = written;
     return {};
 }
 
 Result<void> SoundFileWriter::State::Flush() {
     const auto frames = static_cast<sf_count_t>(block.size() / channels);
-    if (sf_writef_float(file.get(), block.data(), frames) != frames) {
+    // The Vorbis encoder reports a page that could not be written only as an error.
+    if (sf_writef_float(file.get(), block.data(), frames) != frames ||
+        sf_error(file.get()) != SF_ERR_NO_ERROR) {
         // The Vorbis encoder looks at the rate only when it gets samples.
         const bool isUnfit = sf_error(file.get()) == SF_ERR_UNRECOGNISED_FORMAT;
         const char* const reason = sf_strerror(file.get());
         return isUnfit ? Unfit(reason) : Failure(reason);
     }
     block.clear();
+    passed += static_cast<std::uint64_t>(frames);
+    length = ::lseek(descriptor, 0, SEEK_CUR);
     return {};
+}
+
+/// Writes the number of frames in the file into its first block (RFC 9639, section 8.2), which the
+/// encoder does only when it completes the file. Returns that number.
+Result<std::uint64_t> SoundFileWriter::State::AnnounceFlacFrames() const {
+    // Numbers begin with the highest byte; that of the frames has 36 bits.
+    constexpr off_t kBlockSize = 8;
+    constexpr off_t kTotal = 21;
+    std::array<unsigned char, 2> size{};
+    std::array<unsigned char, 5> total{};
+    if (::pread(descriptor, size.data(), size.size(), kBlockSize) != ssize_t(size.size()) ||
+        ::pread(descriptor, total.data(), total.size(), kTotal) != ssize_t(total.size()))
+        return Failure("its first block is missing");
+    const std::uint64_t block = size[0] * 256U + size[1];
+    // The encoder writes a block when it has the first frame of the next.
+    const std::uint64_t frames = passed == 0 || block == 0 ? 0 : (passed - 1) / block * block;
+    total[0] = static_cast<unsigned char>((total[0] & 0xf0U) | (frames >> 32 & 0xfU));
+    for (std::size_t i = 1; i < total.size(); i++)
+        total[i] = static_cast<unsigned char>(frames >> (8 * (total.size() - 1 - i)));
+    if (::pwrite(descriptor, total.data(), total.size(), kTotal) != ssize_t(total.size()))
+        return Failure(std::strerror(errno));
+    return frames;
+}
+
+Result<void> SoundFileWriter::KeepReadable() {
+    if (state->passed == 0)
+        return {};
+    switch (state->format) {
+    case SoundFileFormat::wav:
+        sf_command(state->file.get(), SFC_UPDATE_HEADER_NOW, nullptr, 0);
+        if (sf_error(state->file.get()) != SF_ERR_NO_ERROR)
+            return state->Failure(sf_strerror(state->file.get()));
+        break;
+    case SoundFileFormat::flac:
+        if (const auto announced = state->AnnounceFlacFrames(); !announced)
+            return announced.Fault();
+        break;
+    case SoundFileFormat::ogg:
+        // Each page says how far it reaches.
+        break;
+    }
+    return {};
+}
+
+std::uint64_t SoundFileWriter::Salvage() {
+    State& s = *state;
+    // What a failed call has left, now and while the file is closed, is cut off.
+    const auto cut = [&s] {
+        return ::ftruncate(s.descriptor, s.length) == 0 &&
+               ::lseek(s.descriptor, s.length, SEEK_SET) == s.length;
+    };
+    const bool wasCut = cut();
+    if (SNDFILE* const file = s.file.release())
+        sf_close(file);
+    if (!wasCut || s.passed == 0 || !cut())
+        return 0;
+    const Result<std::uint64_t> frames = s.format == SoundFileFormat::flac ? s.AnnounceFlacFrames()
+                                         : s.format == SoundFileFormat::ogg
+                                             ? SetOggSerial(s.descriptor, kOggSerial)
+                                             : s.passed;
+    return frames ? *frames : 0;
+}
+
+std::uint64_t SoundFileWriter::Frames() const {
+    return state->written / sizeof(float) / state->channels;
+}
+
+std::uint64_t SoundFileWriter::Loud() const {
+    return state->loud;
 }
 
 Result<void> SoundFileWriter::Finish() {
@@ -164,7 +253,7 @@ Result<void> SoundFileWriter::Finish() {
     if (const int error = sf_close(state->file.release()); error != SF_ERR_NO_ERROR)
         return state->Failure(sf_error_number(error));
     if (state->format == SoundFileFormat::ogg) {
-        if (const Result<void> set = SetOggSerial(state->descriptor, kOggSerial); !set)
+        if (const auto set = SetOggSerial(state->descriptor, kOggSerial); !set)
             return state->Failure(set.Fault().text);
     }
     return {};

@@ -47,8 +47,23 @@ class SoundFileWriter {
     /// Appends `count` frames of interleaved channels.
     Result<void> Write(const float* frames, std::size_t count);
 
-    /// Completes the file. It must be the last call.
+    /// Writes into the file how long it is so far, so that it can be read if the program ends here.
+    /// Up to 4096 frames that wait to be written, and of FLAC and Ogg Vorbis what their encoders
+    /// hold back, are not in it.
+    Result<void> KeepReadable();
+
+    /// Completes the file. It must be the last call, but for Salvage.
     Result<void> Finish();
+
+    /// Makes a valid file of what was written before Write, KeepReadable or Finish failed. It must
+    /// be the last call. Returns the number of frames in the file; 0 if there is none.
+    std::uint64_t Salvage();
+
+    /// Returns the number of frames that were given to Write without a fault.
+    std::uint64_t Frames() const;
+    /// Returns the number of values, of any channel, that were beyond -1..1. FLAC and most players
+    /// of Ogg Vorbis clip them.
+    std::uint64_t Loud() const;
 
   private:
     struct State;

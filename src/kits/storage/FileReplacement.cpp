@@ -153,6 +153,17 @@ Result<void> FileReplacement::Commit() {
     return {};
 }
 
+Result<fs::path> FileReplacement::CommitBeside() {
+    std::error_code ignored;
+    const fs::path named = target;
+    for (int number = 2; fs::exists(target, ignored); number++)
+        target = named.parent_path() / (named.stem().string() + " (" + std::to_string(number) +
+                                        ")" + named.extension().string());
+    if (const Result<void> committed = Commit(); !committed)
+        return committed.Fault();
+    return target;
+}
+
 Error FileReplacement::Failure(int number) const {
     return Failure(std::strerror(number));
 }

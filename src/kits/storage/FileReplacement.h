@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace kits {
 
@@ -32,6 +33,14 @@ class FileReplacement {
 
     /// Flushes the content to the disk and puts it in the file's place.
     Result<void> Commit();
+
+    /// Flushes the content to the disk and gives it the file's name if there is no file, else a
+    /// free name beside it: "tune (2).wav" for "tune.wav". Returns its path.
+    Result<std::filesystem::path> CommitBeside();
+
+    /// Leaves the content under the name that it has now, after a commit has failed. Returns its
+    /// path.
+    std::filesystem::path Keep() { return std::exchange(temporary, {}); }
 
   private:
     FileReplacement() = default;

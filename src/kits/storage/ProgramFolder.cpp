@@ -70,6 +70,14 @@ bool ProgramFolders::IsListed(const fs::path& file) const {
     return digest && list->find(*digest + entry) != std::string::npos;
 }
 
+Result<void> ProgramFolders::MakeOwn() const {
+    for (const char* folder : kFolders) {
+        if (Result<void> made = MakeUserFolder(Own(folder)); !made)
+            return made;
+    }
+    return {};
+}
+
 fs::path ProgramFolders::Find(const char* folder, const fs::path& name) const {
     const fs::path ownFile = Own(folder) / name;
     const fs::path shippedFile = Shipped(folder) / name;
@@ -136,16 +144,11 @@ Result<ProgramFolders> FindProgramFolders(const fs::path& name, bool inUserFolde
     if (!data)
         return data.Fault();
     const fs::path own = *data / name;
-    for (const char* folder : kFolders) {
-        if (const Result<void> made = MakeUserFolder(own / folder); !made)
-            return made.Fault();
-    }
-    // File panels return paths without links.
+    // File panels return paths without links. Where the user may not even look, nothing is found
+    // whatever its path.
     std::error_code error;
-    const fs::path direct = fs::canonical(own, error);
-    if (error)
-        return Error{"could not find the folder " + own.string() + ": " + error.message()};
-    return ProgramFolders(direct, shipped);
+    const fs::path direct = fs::weakly_canonical(own, error);
+    return ProgramFolders(error ? own : direct, shipped);
 }
 
 } // namespace kits

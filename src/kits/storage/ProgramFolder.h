@@ -33,7 +33,12 @@ class ProgramFolders {
     ProgramFolders(std::filesystem::path both); // NOLINT: a path is the simple case of this
     ProgramFolders(const std::filesystem::path& own, std::filesystem::path shipped);
 
-    /// Returns the folder into which a person's files are written.
+    /// Makes the four folders of a person's files, those that do not exist, for the person alone.
+    /// The error names the folder and the reason.
+    Result<void> MakeOwn() const;
+
+    /// Returns the folder into which a person's files are written. It may not exist yet: whoever
+    /// writes makes it.
     std::filesystem::path Own(const char* folder) const { return own / folder; }
     std::filesystem::path Shipped(const char* folder) const { return shipped / folder; }
 
@@ -69,9 +74,8 @@ class ProgramFolders {
 
 /// Returns the folders of the running program. What a person makes is kept beside the program. If
 /// that folder cannot be written, if the program is installed, or with `inUserFolder`, it is kept
-/// in the folder `name` of the user's data ($XDG_DATA_HOME, else ~/.local/share), which is made if
-/// it does not exist. The path of that folder contains no links. Fails if the folder cannot be made
-/// or found.
+/// in the folder `name` of the user's data ($XDG_DATA_HOME, else ~/.local/share), whose path
+/// contains no links. Nothing is made. Fails if the environment names no such folder.
 Result<ProgramFolders> FindProgramFolders(const std::filesystem::path& name, bool inUserFolder);
 
 } // namespace kits

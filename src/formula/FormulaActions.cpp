@@ -87,11 +87,21 @@ std::optional<FormulaActions::Part> FormulaActions::Name(const Token& word) {
 
 FormulaActions::Part FormulaActions::Input(const Token& word, FunctionInput input) {
     const std::optional<Value> value = graph.Input(input);
+    if (value && input.kind == FunctionInput::Kind::Time)
+        return {WithRest(*value)};
     if (value)
         return {*value};
-    refusals.At(word.position, "a formula may use " + std::to_string(kMostInputs) +
+    refusals.At(word.position, "a formula may use " + std::to_string(kMostNamedInputs) +
                                    " different macros, controllers and values of the note at most");
     return {};
+}
+
+/// Returns the time as a double. As a float it would move in audible steps after a minute: at a
+/// frequency of 100 Hz with an error of 0.2 %.
+Value FormulaActions::WithRest(Value time) {
+    const Value rest = *graph.Input({FunctionInput::Kind::TimeRest});
+    return graph.Apply(Op::Add, Type::Double, graph.Convert(time, Type::Double),
+                       graph.Convert(rest, Type::Double));
 }
 
 const MathFunction* FormulaActions::Function(std::string_view name) {

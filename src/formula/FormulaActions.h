@@ -43,6 +43,7 @@ class FormulaActions {
     /// Returns an Int that is 1 if the value is not 0, and otherwise 0.
     Value Truth(Value value);
     Part Input(const Token& word, FunctionInput input);
+    Value WithRest(Value time);
 
     Graph& graph;
     Refusals& refusals;

@@ -44,8 +44,10 @@ Value Graph::Constant(double number) {
 std::optional<Value> Graph::Input(FunctionInput input) {
     auto place = std::find(inputs.begin(), inputs.end(), input);
     if (place == inputs.end()) {
-        if (inputs.size() == kMostInputs)
+        const bool isNamed = input.kind != FunctionInput::Kind::TimeRest;
+        if (isNamed && named == kMostNamedInputs)
             return std::nullopt;
+        named += isNamed;
         inputs.push_back(input);
         place = inputs.end() - 1;
     }

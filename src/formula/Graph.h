@@ -48,7 +48,8 @@ class Graph {
     Value Constant(double number);
     Value X() { return Insert({Op::Input, Type::Float, 0}); }
     Value Y() { return Insert({Op::Input, Type::Float, 1}); }
-    /// Returns the value of an input; nothing if the graph has kMostInputs others already.
+    /// Returns the value of an input; nothing if the graph has kMostNamedInputs others already,
+    /// TimeRest not counted.
     std::optional<Value> Input(FunctionInput input);
     /// Returns the value of an operation. `type` is the type of the operands, as Op defines it.
     Value Apply(Op op, Type type, Value a, Value b = kNone, Value c = kNone);
@@ -89,6 +90,8 @@ class Graph {
     std::vector<std::uint64_t> constants;
     std::unordered_map<std::uint64_t, Value> constantOf;
     std::vector<FunctionInput> inputs;
+    /// The number of inputs other than TimeRest.
+    std::size_t named = 0;
     bool definedInC = true;
 };
 

@@ -16,7 +16,7 @@ std::optional<NoteMoment> NewestNote(const VoiceTable& voices) {
     const voice& slot = voices[static_cast<std::size_t>(newest)];
     const double heldFor = slot.released ? double(slot.heldfor) : 0.0;
     const double t = heldFor + Seconds(slot, slot.state.Look());
-    NoteMoment note{slot.vel, slot.key, static_cast<float>(t), OwnOf(slot), {}};
+    NoteMoment note{slot.vel, slot.key, t, OwnOf(slot), {}};
     std::copy(slot.macros.begin(), slot.macros.end(), note.macros.begin());
     return note;
 }

@@ -17,6 +17,11 @@ VEXA_REALTIME bool Glides(FunctionInput input) noexcept {
            input.kind == FunctionInput::Kind::Controller || input.kind == FunctionInput::Kind::Key;
 }
 
+/// Returns the time of a note `i` samples from here.
+VEXA_REALTIME double TimeOf(const RunningVoice& v, std::size_t i, double dt) noexcept {
+    return static_cast<double>(v.stopped ? v.age : v.age + i) * dt;
+}
+
 } // namespace
 
 void InputBlock::Advance(double rate, std::size_t newSmooth, std::size_t newOffset,
@@ -123,8 +128,11 @@ const float* const* InputBlock::Fill(const PlaneSource& f, std::span<RunningVoic
                 break;
             case FunctionInput::Kind::Time:
                 for (std::size_t i = 0; i < count; i++)
-                    to[i] =
-                        static_cast<float>(static_cast<double>(v.stopped ? v.age : v.age + i) * dt);
+                    to[i] = static_cast<float>(TimeOf(v, i, dt));
+                break;
+            case FunctionInput::Kind::TimeRest:
+                for (std::size_t i = 0; i < count; i++)
+                    to[i] = TimeRestOf(TimeOf(v, i, dt));
                 break;
             }
         }

@@ -31,7 +31,10 @@ std::array<float, kMostInputs> InputsOf(const PlaneSource& f, const NoteMoment& 
             value = note.key;
             break;
         case FunctionInput::Kind::Time:
-            value = note.t;
+            value = static_cast<float>(note.t);
+            break;
+        case FunctionInput::Kind::TimeRest:
+            value = TimeRestOf(note.t);
             break;
         case FunctionInput::Kind::Controller:
             value = static_cast<float>(

@@ -17,7 +17,7 @@ struct NoteMoment {
     /// Velocity and key, each divided by 127.
     float vel, key;
     /// Seconds since note-on.
-    float t;
+    double t;
     OwnValues own = kNoOwnValues;
     OwnMacros macros{};
 };

@@ -22,6 +22,9 @@ struct FunctionInput {
         Key,
         /// Seconds since note-on; the time continues after the release.
         Time,
+        /// What Time, a 32-bit number, lacks of the time. Their sum is exact enough for quick
+        /// motions in notes of any length.
+        TimeRest,
         /// The value of a controller, 0..1.
         Controller,
     };
@@ -32,8 +35,14 @@ struct FunctionInput {
     bool operator==(const FunctionInput&) const = default;
 };
 
-/// The most inputs that one function may have.
-constexpr std::size_t kMostInputs = 16;
+/// The most inputs that one function may have beside TimeRest, and with it.
+constexpr std::size_t kMostNamedInputs = 16;
+constexpr std::size_t kMostInputs = kMostNamedInputs + 1;
+
+/// Returns what the 32-bit number nearest to the time lacks of it.
+VEXA_REALTIME constexpr float TimeRestOf(double t) noexcept {
+    return static_cast<float>(t - static_cast<double>(static_cast<float>(t)));
+}
 
 /// A source computes a plane function: a compiled expression, a built-in function, a sample, a
 /// picture. It is immutable, so any number of threads and instruments may share it; it is destroyed

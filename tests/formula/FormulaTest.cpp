@@ -102,10 +102,11 @@ TEST(Formula, HearsTheNoteAndTheMacros) {
     using Kind = vexa::FunctionInput::Kind;
     const auto formula = Compiled("x + d*10 + ctl(74)*100 + vel*1e3 + key*1e4 + t*1e5 + ctl(74)");
     ASSERT_TRUE(formula);
-    const std::vector<vexa::FunctionInput> expected = {
-        {Kind::Macro, 3}, {Kind::Controller, 74}, {Kind::Velocity}, {Kind::Key}, {Kind::Time}};
+    const std::vector<vexa::FunctionInput> expected = {{Kind::Macro, 3}, {Kind::Controller, 74},
+                                                       {Kind::Velocity}, {Kind::Key},
+                                                       {Kind::Time},     {Kind::TimeRest}};
     EXPECT_TRUE(std::ranges::equal(formula->Inputs(), expected));
-    EXPECT_EQ(formula->At(1, 0, std::array{1.0F, 2.0F, 3.0F, 4.0F, 5.0F}.data()), 543213);
+    EXPECT_EQ(formula->At(1, 0, std::array{1.0F, 2.0F, 3.0F, 4.0F, 5.0F, 0.25F}.data()), 568213);
     EXPECT_TRUE(Compiled("x*y")->Inputs().empty());
     // An input without influence is not listed.
     EXPECT_TRUE(Compiled("(1 ? x : vel) + sin(x)")->Inputs().empty());

@@ -33,12 +33,12 @@ std::vector<Event> PieceWithLimits(std::size_t samples) {
 /// with the note that steals a voice.
 TEST(NoteFormula, EachVoiceIsTheScalarReference) {
     const auto opening = [](float x, float y, const Hearing& h) {
-        return float((0.2 + 0.8 * h.vel) * std::sin(double(3 * x + 2 * h.t)) * std::cos(double(y)));
+        return float((0.2 + 0.8 * h.vel) * std::sin(3 * x + 2 * h.t) * std::cos(double(y)));
     };
     const auto all = [](float x, float y, const Hearing& h) {
         const auto& [a, b, c, d] = h.macros;
-        return (x + h.t * y) / (1 + x * x + y * y + h.t) * h.key * h.vel +
-               a * b / (1 + x * x) * h.ctl[74] - c * d * h.ctl[1] / (2 + y * y);
+        return float((x + h.t * y) / (1 + x * x + y * y + h.t) * h.key * h.vel +
+                     a * b / (1 + x * x) * h.ctl[74] - c * d * h.ctl[1] / (2 + y * y));
     };
     const std::size_t samples = 441000;
     const std::vector<Event> events = PieceWithLimits(samples);
@@ -54,6 +54,20 @@ TEST(NoteFormula, EachVoiceIsTheScalarReference) {
     expect("(0.2+0.8*vel)*sin(3*x+2*t)*cos(y)", opening, samples);
     expect("(0.2+0.8*vel)*sin(3*x+2*t)*cos(y)", opening, 37);
     expect("(x+t*y)/(1+x*x+y*y+t)*key*vel+a*b/(1+x*x)*ctl(74)-c*d*ctl(1)/(2+y*y)", all, samples);
+}
+
+/// After half a minute the time as a float would be off by 2 microseconds.
+TEST(NoteFormula, TheTimeOfALongNoteMovesAsFinelyAsThatOfAShortOne) {
+    constexpr std::size_t kSamples = 36 * 44100;
+    vexa::Engine instrument;
+    test::MakeRich(instrument);
+    instrument.SetFunction(vexa::CompileFormula("0.1*x+0.4*sin(2000*t)").formula);
+    const auto plain = [](float x, float, const Hearing& h) {
+        return float(0.1 * x + 0.4 * std::sin(2000 * h.t));
+    };
+    test::ScalarReference reference(instrument.parameters, plain);
+    const std::vector<Event> events = {{0, Event::Kind::Note, 60, 100}};
+    EXPECT_LE(test::Difference(instrument, reference, events, kSamples, 441), 1e-6F);
 }
 
 /// With MPE a note's macros follow the controllers of its own channel, pressure and 74 included,
@@ -196,7 +210,7 @@ TEST(NoteFormula, ReleasedNotesThatAreSilentRestUntilAHandMoves) {
             vexa::Engine instrument;
             const auto counted = setUp(instrument, text + more);
             const auto whole = [&](float x, float y, const Hearing& h) {
-                return float(double(plain(x, y, h)) + moves(double(h.t)));
+                return float(double(plain(x, y, h)) + moves(h.t));
             };
             test::ScalarReference reference(instrument.parameters, whole);
             EXPECT_LE(

@@ -151,11 +151,11 @@ struct Read {
 
     const std::string& Text() const { return tree.Texts().back(); }
     /// The kind of node that the compiler computes; no value if the node is an input of the
-    /// formula.
+    /// formula, or the time, which is the sum of two.
     std::optional<test::NodeKind> KindOf(std::size_t k) const {
-        if (graph.Nodes()[std::size_t(values[k])].op == Op::Input)
-            return std::nullopt;
         const test::TreeNode& node = tree.Nodes()[k];
+        if (graph.Nodes()[std::size_t(values[k])].op == Op::Input || node.pattern == "t")
+            return std::nullopt;
         test::NodeKind kind{node.pattern, node.demand, {}, graph.TypeOf(values[k])};
         for (const std::size_t operand : node.operands)
             kind.operands.push_back(graph.TypeOf(values[operand]));

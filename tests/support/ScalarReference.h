@@ -21,7 +21,7 @@ namespace test {
 struct Hearing {
     float vel, key;
     /// Seconds since the note began.
-    float t;
+    double t;
     const std::array<float, 128>& ctl;
     /// The macros a to d.
     std::array<float, 4> macros;
@@ -233,7 +233,7 @@ class ScalarReference {
             return vexa::Heard(f(x, y,
                                  Hearing{v.vel,
                                          v.key,
-                                         float(v.age),
+                                         v.age,
                                          ctl,
                                          {v.macros[0].Now(), v.macros[1].Now(), v.macros[2].Now(),
                                           v.macros[3].Now()}}));

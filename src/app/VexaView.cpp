@@ -216,6 +216,7 @@ void VexaView::AddMenus() {
         voicesMenu->AddItem(new BMenuItem(label.c_str(), new BMessage(VoicesCode(n))));
     }
     channelMenu = new BPopUpMenu("midi channel");
+    channelMenu->SetUsual("all channels");
     channelMenu->AddItem(new BMenuItem("all channels", new BMessage(kAllChannelsCode)));
     channelMenu->AddItem(new BSeparatorItem);
     for (int32 n = 1; n <= 16; n++) {

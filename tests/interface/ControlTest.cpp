@@ -233,8 +233,11 @@ TEST(Menu, TellsWhatIsChosenToWhoCannotSeeIt) {
     QAccessibleInterface* told =
         QAccessible::queryAccessibleInterface(field->Widget().findChild<QToolButton*>());
     ASSERT_TRUE(told);
+    EXPECT_EQ(told->role(), QAccessible::ComboBox);
     EXPECT_EQ(told->text(QAccessible::Name), "voices");
     EXPECT_EQ(told->text(QAccessible::Description), "");
+    menu->SetUsual("as many as there are");
+    EXPECT_EQ(told->text(QAccessible::Value), "as many as there are");
     menu->FindItem(2)->Choose();
     EXPECT_EQ(told->text(QAccessible::Name), "voices");
     EXPECT_EQ(told->text(QAccessible::Description), "max. 2 voices");

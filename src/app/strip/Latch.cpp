@@ -52,9 +52,9 @@ bool Latch::KeyDown(const kits::KeyPress& press) {
 
 kits::AccessibleThing Latch::Describe() const {
     kits::AccessibleThing latch;
-    latch.role = kits::AccessibleRole::Button;
+    latch.role = kits::AccessibleRole::Switch;
     latch.name = Name();
-    latch.description = on ? "on" : "off";
+    latch.on = on;
     latch.action = "Press";
     return latch;
 }

@@ -46,6 +46,7 @@ class ViewWidget : public QWidget {
     explicit ViewWidget(BView& view);
 
     BView& View() { return view; }
+    const BView& View() const { return view; }
     /// Returns the painter while the view draws, otherwise null.
     QPainter* Painter() { return painter; }
     BPoint Pointer() const { return pointer; }

@@ -20,8 +20,9 @@ inline QString ToQt(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
-/// Returns the text to set as a tool tip so that it shows exactly `words`. Markup in them is
-/// escaped, because they may come from a stranger's comment or a file name.
+/// Returns the text to set as a tool tip so that it shows exactly `words`, in lines of readable
+/// length. Markup in them is escaped, because they may come from a stranger's comment or a file
+/// name.
 QString TipText(const QString& words);
 
 /// Returns the pixels that a BRect, whose edges are inclusive, covers.

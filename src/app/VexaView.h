@@ -130,9 +130,10 @@ class VexaView : public BView {
     /// Asks the same for the sounds of both slots, and for the unsaved ones that were left for
     /// another sound there.
     bool MayGiveUpAll(const std::function<void()>& then);
-    /// Returns the sound's name, with a mark if it has changed, and notices: that there is no audio
-    /// device, why the last program change failed, and the number of voices of the shown function
-    /// that there is time for, if that is less than kMostVoices.
+    /// Returns the sound's name, after that of its slot if both are in use, with a mark if it has
+    /// changed, and notices: that there is no audio device, why the last program change failed,
+    /// and the number of voices of the shown function that there is time for, if that is less than
+    /// kMostVoices.
     std::string Caption() const;
     /// Returns the file that the sound was loaded from or saved to. If there is none, returns the
     /// path in "sounds" that the sound's name leads to; empty without a name.

@@ -449,6 +449,8 @@ std::filesystem::path VexaView::SoundPath() const {
 
 std::string VexaView::Caption() const {
     std::string caption = SoundName() + (Changed() ? " *" : "");
+    if (slots[1 - slot])
+        caption = std::string{PresentSlot()} + ": " + caption;
     if (graph && !graph->IsConnected())
         caption += caption.empty() ? "no sound" : "  (no audio device: no sound)";
     if (!programFault.empty())

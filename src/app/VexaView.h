@@ -116,8 +116,11 @@ class VexaView : public BView {
     void SaveFunction(const std::string& name);
 
     /// Returns whether the sound differs, apart from authors, from the one that was last loaded or
-    /// saved.
+    /// saved, or its file has been deleted.
     bool Changed() const;
+    /// Notices whether the files of the sounds in both slots are still there. To be called after
+    /// changes in the folders.
+    void LookForFiles();
     /// Takes the present sound as the saved one, so that Changed returns false.
     void TakeAsSaved();
     /// Makes the present sound the unchanged start of a new history, so that Undo cannot go back

@@ -148,6 +148,7 @@ void VexaView::AddPlaneControls() {
 
     AddField(FunctionField::Expression, {6, 317, 310, 327});
     Field(FunctionField::Expression).SetModificationMessage(new BMessage(kExpressionTypedCode));
+    Field(FunctionField::Expression).SetEscapeAction([this] { return TakeBackSlip(); });
     AddField(FunctionField::Width, {formulas.ClearOf(formulas.WidthEnd()), 345, 230, 355});
     for (const auto id : {FunctionField::LinkFunctionX, FunctionField::LinkFunctionY,
                           FunctionField::LinkScreenX, FunctionField::LinkScreenY})

@@ -338,6 +338,7 @@ class VexaView : public BView {
     bool Install(const Function& function);
     bool MarkInstalled(const Function& function, const FunctionReport& report);
     void ShowKind();
+    bool TakeBackSlip();
     void ShowSource();
     std::string FaultOfSource() const;
     void TakeSampleFrequency();
@@ -414,6 +415,8 @@ class VexaView : public BView {
     /// The expression in the field is wrong and not installed, and the reason.
     bool expressionWrong = false;
     std::string refusal;
+    /// The expression before the refused one that the user has entered; empty if there is none.
+    std::optional<std::string> slip;
     /// The view is being destroyed.
     bool closing = false;
 

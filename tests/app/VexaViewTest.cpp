@@ -241,13 +241,27 @@ TEST_F(VexaViewTest, WhatIsTypedIsExplainedAndShownAndHeardWhenItIsConfirmed) {
     test::Settle();
     EXPECT_EQ(pixelAfterPulses(), kTyped);
     EXPECT_EQ(heard(), 0.5F);
-    // The alert says the same.
+    // The alert says the same. Then the field has the keyboard again, and Escape restores what was
+    // there before the first refused text.
     type("0.5+x^2");
     const std::string tip = field.ToolTip();
-    field.Confirm();
+    test::TypeKey(*window, Qt::Key_Return);
     test::Settle();
     EXPECT_EQ(alerts.details, tip);
     EXPECT_TRUE(view->Hint().IsHidden());
+    EXPECT_TRUE(field.IsFocus());
+    type("0.5+");
+    test::TypeKey(*window, Qt::Key_Return);
+    test::Settle();
+    EXPECT_NE(view->SavingRemark(), "");
+    test::TypeKey(*window, Qt::Key_Escape);
+    test::Settle();
+    EXPECT_STREQ(field.Text(), "0.5");
+    EXPECT_FALSE(field.IsFocus());
+    EXPECT_EQ(view->SavingRemark(), "");
+    type("0.5+x^2");
+    field.Confirm();
+    test::Settle();
     type("x");
     field.Type("0.5+x^2");
     test::Settle();

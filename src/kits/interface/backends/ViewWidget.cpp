@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/interface/backends/ViewWidget.h"
 
+#include "kits/interface/backends/WindowWidget.h"
+
 #include <QApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -166,6 +168,8 @@ void ViewWidget::Press(const QMouseEvent& event, int32 count) {
     QWidget* focused = QApplication::focusWidget();
     if (focused && focused != this)
         focused->clearFocus();
+    if (auto* around = dynamic_cast<WindowWidget*>(window()))
+        around->ForgetField();
     if (view.Flags() & B_NAVIGABLE)
         setFocus(Qt::MouseFocusReason);
     view.MouseDown(pointer);

@@ -14,6 +14,7 @@
 #include "views/EnvView.h"
 #include "views/R2RFView.h"
 
+#include <QApplication>
 #include <QKeyEvent>
 #include <cmath>
 #include <fstream>
@@ -563,6 +564,24 @@ TEST_F(VexaViewTest, TheAuthorIsTheDocumentsUntilSomethingIsEdited) {
     view->SaveAgain();
     test::Settle();
     EXPECT_EQ(vexa::ReadSound(path)->author, "Cleo");
+}
+
+TEST_F(VexaViewTest, TabGoesOnFromTheNumbersOfAPointAsFromItsEnvelope) {
+    Open(false);
+    vexa::EnvView& envelope = view->EnvelopeEditor(1);
+    envelope.MakeFocus();
+    test::TypeKey(*window, Qt::Key_Tab);
+    const QWidget* const next = QApplication::focusWidget();
+    ASSERT_TRUE(next);
+    envelope.MakeFocus();
+    test::TypeKey(*window, Qt::Key_Return);
+    ASSERT_TRUE(envelope.Entry());
+    test::Type(*window, "0 0.5");
+    test::TypeKey(*window, Qt::Key_Tab);
+    test::Settle();
+    EXPECT_FALSE(envelope.Entry());
+    EXPECT_EQ(QApplication::focusWidget(), next);
+    EXPECT_EQ(view->ConstructSound().envelopes[1][0].val, 0.5F);
 }
 
 TEST_F(VexaViewTest, WhatIsNotSavedIsMarkedAndAskedAbout) {

@@ -24,7 +24,7 @@ FormulaHint::FormulaHint(float left, float top, float right)
     small.SetSize(kHintFontSize);
     SetFont(&small);
     GetFontHeight(&height);
-    ColorsChanged();
+    SetViewColor(Colors().controls.tip);
     Hide();
 }
 

@@ -273,7 +273,7 @@ class ChoiceInterface : public QAccessibleWidget {
             return QAccessibleWidget::doAction(name);
         // Later, because the open menu has an event loop of its own, and the caller waits.
         if (auto* button = dynamic_cast<QToolButton*>(object()))
-            QMetaObject::invokeMethod(button, &QToolButton::click, Qt::QueuedConnection);
+            QMetaObject::invokeMethod(button, "click", Qt::QueuedConnection);
     }
 };
 

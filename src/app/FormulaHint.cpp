@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/FormulaHint.h"
 
+#include "views/Theme.h"
+
 #include <algorithm>
 #include <cmath>
 #include <sstream>
@@ -8,11 +10,6 @@
 namespace vexa {
 
 namespace {
-
-constexpr rgb_color kPaper = {255, 255, 224};
-constexpr rgb_color kEdge = {150, 140, 90};
-constexpr rgb_color kInk = {24, 24, 24};
-constexpr rgb_color kFaultColor = {176, 32, 32};
 
 constexpr float kHintFontSize = 11;
 constexpr float kHintMargin = 5;
@@ -27,8 +24,12 @@ FormulaHint::FormulaHint(float left, float top, float right)
     small.SetSize(kHintFontSize);
     SetFont(&small);
     GetFontHeight(&height);
-    SetViewColor(kPaper);
+    SetViewColor(Colors().controls.tip);
     Hide();
+}
+
+void FormulaHint::ColorsChanged() {
+    SetViewColor(Colors().controls.tip);
 }
 
 /// Breaks the line at blanks if it is too wide.
@@ -79,16 +80,17 @@ void FormulaHint::Withdraw() {
 }
 
 void FormulaHint::Draw(BRect) {
+    const kits::ControlColors& colors = Colors().controls;
     const BRect edge = Bounds();
-    SetHighColor(kEdge);
+    SetHighColor(colors.fieldFrame);
     StrokeLine({edge.left, edge.top}, {edge.right, edge.top});
     StrokeLine({edge.right, edge.top}, {edge.right, edge.bottom});
     StrokeLine({edge.right, edge.bottom}, {edge.left, edge.bottom});
     StrokeLine({edge.left, edge.bottom}, {edge.left, edge.top});
-    SetHighColor(kFaultColor);
+    SetHighColor(colors.wrongFrame);
     for (int row = 0; mark && row < kMarkRows; row++)
         StrokeLine({*mark - float(row), float(row)}, {*mark + float(row), float(row)});
-    SetHighColor(kInk);
+    SetHighColor(colors.tipText);
     float baseline = kMarkRows + std::ceil(height.ascent);
     for (const std::string& line : lines) {
         DrawString(line, {kHintMargin, baseline});

@@ -30,6 +30,7 @@ class FormulaHint : public BView {
     std::optional<float> Mark() const { return mark; }
 
     void Draw(BRect update) override;
+    void ColorsChanged() override;
 
   private:
     void Wrap(const std::string& line);

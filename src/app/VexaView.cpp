@@ -150,6 +150,7 @@ void VexaView::AddPlaneControls() {
 
     AddField(FunctionField::Expression, {6, 317, 310, 327});
     Field(FunctionField::Expression).SetModificationMessage(new BMessage(kExpressionTypedCode));
+    Field(FunctionField::Expression).SetEscapeAction([this] { return TakeBackSlip(); });
     AddField(FunctionField::Width, {formulas.ClearOf(formulas.WidthEnd()), 345, 230, 355});
     for (const auto id : {FunctionField::LinkFunctionX, FunctionField::LinkFunctionY,
                           FunctionField::LinkScreenX, FunctionField::LinkScreenY})
@@ -218,6 +219,7 @@ void VexaView::AddMenus() {
         voicesMenu->AddItem(new BMenuItem(label.c_str(), new BMessage(VoicesCode(n))));
     }
     channelMenu = new BPopUpMenu("midi channel");
+    channelMenu->SetUsual("all channels");
     channelMenu->AddItem(new BMenuItem("all channels", new BMessage(kAllChannelsCode)));
     channelMenu->AddItem(new BSeparatorItem);
     for (int32 n = 1; n <= 16; n++) {

@@ -116,8 +116,11 @@ class VexaView : public BView {
     void SaveFunction(const std::string& name);
 
     /// Returns whether the sound differs, apart from authors, from the one that was last loaded or
-    /// saved.
+    /// saved, or its file has been deleted.
     bool Changed() const;
+    /// Notices whether the files of the sounds in both slots are still there. To be called after
+    /// changes in the folders.
+    void LookForFiles();
     /// Takes the present sound as the saved one, so that Changed returns false.
     void TakeAsSaved();
     /// Makes the present sound the unchanged start of a new history, so that Undo cannot go back
@@ -130,9 +133,10 @@ class VexaView : public BView {
     /// Asks the same for the sounds of both slots, and for the unsaved ones that were left for
     /// another sound there.
     bool MayGiveUpAll(const std::function<void()>& then);
-    /// Returns the sound's name, with a mark if it has changed, and notices: that there is no audio
-    /// device, why the last program change failed, and the number of voices of the shown function
-    /// that there is time for, if that is less than kMostVoices.
+    /// Returns the sound's name, after that of its slot if both are in use, with a mark if it has
+    /// changed, and notices: that there is no audio device, why the last program change failed,
+    /// and the number of voices of the shown function that there is time for, if that is less than
+    /// kMostVoices.
     std::string Caption() const;
     /// Returns the file that the sound was loaded from or saved to. If there is none, returns the
     /// path in "sounds" that the sound's name leads to; empty without a name.
@@ -337,6 +341,7 @@ class VexaView : public BView {
     bool Install(const Function& function);
     bool MarkInstalled(const Function& function, const FunctionReport& report);
     void ShowKind();
+    bool TakeBackSlip();
     void ShowSource();
     std::string FaultOfSource() const;
     void TellOfSource();
@@ -416,6 +421,8 @@ class VexaView : public BView {
     /// The expression in the field is wrong and not installed, and the reason.
     bool expressionWrong = false;
     std::string refusal;
+    /// The expression before the refused one that the user has entered; empty if there is none.
+    std::optional<std::string> slip;
     /// The view is being destroyed.
     bool closing = false;
 

@@ -10,7 +10,6 @@
 #include "instrument/InitialSound.h"
 #include "instrument/PlayableFormula.h"
 #include "instrument/Programs.h"
-#include "instrument/SoundParts.h"
 #include "kits/interface/Alert.h"
 #include "kits/interface/Control.h"
 #include "kits/interface/Menu.h"
@@ -379,6 +378,7 @@ void VexaView::OpenFunction(const std::string& path) {
 
 void VexaView::TakeAsSaved() {
     Steps().File().saved = ConstructSound();
+    Steps().File().gone = false;
     comparedAt.reset();
 }
 
@@ -397,10 +397,21 @@ uint64 VexaView::Edits() const {
     return edits;
 }
 
+void VexaView::LookForFiles() {
+    for (std::optional<History>& each : slots) {
+        if (!each)
+            continue;
+        SoundFile& file = each->File();
+        std::error_code ignored;
+        file.gone = !file.path.empty() && !std::filesystem::exists(file.path, ignored);
+    }
+    comparedAt.reset();
+}
+
 bool VexaView::Changed() const {
     const uint64 edits = Edits();
     if (comparedAt != edits) {
-        changed = !AreAlike(ConstructSound(), Steps().File().saved);
+        changed = !Steps().File().Holds(ConstructSound());
         comparedAt = edits;
     }
     return changed;
@@ -423,10 +434,12 @@ std::string VexaView::SavingRemark() const {
 
 bool VexaView::MayGiveUp(const std::function<void()>& then) {
     FollowMacros();
+    LookForFiles();
     if (!Changed())
         return true;
-    const Answer answer =
-        AskToSave("The sound \"" + SoundName() + "\" has changes that are not saved.");
+    const Answer answer = AskToSave(
+        Steps().File().gone ? "The file of the sound \"" + SoundName() + "\" has been deleted."
+                            : "The sound \"" + SoundName() + "\" has changes that are not saved.");
     if (answer == Answer::Save)
         SaveAgain(then);
     return answer == Answer::Discard;
@@ -460,6 +473,8 @@ std::filesystem::path VexaView::SoundPath() const {
 
 std::string VexaView::Caption() const {
     std::string caption = SoundName() + (Changed() ? " *" : "");
+    if (slots[1 - slot])
+        caption = std::string{PresentSlot()} + ": " + caption;
     if (graph && !graph->IsConnected())
         caption += caption.empty() ? "no sound" : "  (no audio device: no sound)";
     if (!programFault.empty())

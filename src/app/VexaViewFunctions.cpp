@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The sources of the main view's plane function: an expression, a sample or a picture.
+#include "app/MessageCodes.h"
 #include "app/VexaView.h"
 #include "documents/DocumentKind.h"
 #include "kits/interface/Control.h"
@@ -58,6 +59,7 @@ bool VexaView::Install(const Function& function) {
 /// Marks an expression that could not be installed. Returns whether the function was installed.
 bool VexaView::MarkInstalled(const Function& function, const FunctionReport& report) {
     const bool installed = Plays(report);
+    slip.reset();
     if (installed)
         fileMissing = false;
     if (function.kind == FunctionKind::Expression) {
@@ -80,6 +82,7 @@ void VexaView::ShowKind() {
     expression.MarkWrong(false);
     expressionWrong = false;
     refusal.clear();
+    slip.reset();
     ShowSource();
 }
 
@@ -113,15 +116,33 @@ bool VexaView::Compile(const char* expression) {
     if (function.kind != FunctionKind::Expression ||
         instrument.State().function.expression != expression)
         function.author = instrument.User();
+    // Of several refused texts in a row, the first one has taken the place of a good one.
+    const std::optional<std::string> before =
+        expressionWrong ? slip : instrument.State().function.expression;
     function.kind = FunctionKind::Expression;
     function.expression = expression;
     const bool installed = Install(function);
+    if (!installed)
+        slip = before;
     // While the expression is wrong, a sample or picture that sounds remains the function to save.
     if (installed || Kind() == FunctionKind::Expression)
         instrument.Adopt(function);
     if (Kind() == FunctionKind::Expression)
         ShowKind();
     return installed;
+}
+
+/// Called for Escape in the expression's field. If its text was entered there and refused, restores
+/// the text before and returns true.
+bool VexaView::TakeBackSlip() {
+    if (!slip)
+        return false;
+    const std::string before = *slip;
+    if (Kind() == FunctionKind::Expression)
+        EnterNow(FunctionField::Expression, kExpressionCode, before);
+    else
+        ShowKind();
+    return true;
 }
 
 bool VexaView::LoadSample(const char* path) {

@@ -176,7 +176,7 @@ bool VexaView::MayGiveUpAll(const std::function<void()>& then) {
         return true;
     // The changes of a sound that both slots have are saved or given up by now.
     const Sound sound = other->Present();
-    const bool saved = AreAlike(sound, other->File().saved) || AreAlike(sound, Steps().Present());
+    const bool saved = other->File().Holds(sound) || AreAlike(sound, Steps().Present());
     if (saved && other->Left().empty())
         return true;
     SwitchAB();

@@ -59,7 +59,9 @@ void VexaView::Take(BMessage* message) {
         return;
     switch (code) {
     case kExpressionCode:
-        Compile(TextOf(FunctionField::Expression).c_str());
+        // A refused text is mended in its field.
+        if (!Compile(TextOf(FunctionField::Expression).c_str()))
+            Field(FunctionField::Expression).MakeFocus();
         break;
     case kExpressionTypedCode:
         TakeTyping();

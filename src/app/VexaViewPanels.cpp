@@ -153,9 +153,11 @@ bool VexaView::MaySave() {
     const std::string remark = SavingRemark();
     if (remark.empty())
         return true;
-    return (new BAlert("Save", remark.c_str(), "Cancel", "Save", nullptr, B_WIDTH_AS_USUAL,
-                       B_WARNING_ALERT))
-               ->Go() == 1;
+    auto* alert = new BAlert("Save", remark.c_str(), "Cancel", "Save", nullptr, B_WIDTH_AS_USUAL,
+                             B_WARNING_ALERT);
+    // So that Enter writes nothing.
+    alert->SetDefaultButton(0);
+    return alert->Go() == 1;
 }
 
 /// Documents are saved in their own folder, whichever one the panel showed. If it showed another

@@ -25,6 +25,10 @@ void KeepPlayed(Sound& sound, const Function& from, const Function& to, const Fu
 
 } // namespace
 
+bool SoundFile::Holds(const Sound& sound) const {
+    return !gone && AreAlike(sound, saved);
+}
+
 History::Version::Version(const Sound& sound, std::shared_ptr<SoundFile> file, const Version* like)
     : function(Share(sound.function, like ? like->function : nullptr)),
       texts(Share(sound.texts, like ? like->texts : nullptr)),
@@ -142,7 +146,7 @@ std::vector<History::LeftSound> History::Left() const {
     for (std::size_t i = place; i-- > 0;) {
         const Version& before = steps[i].before;
         if (before.file != steps[i].after.file && !before.givenUp &&
-            !AreAlike(before.Get(), before.file->saved))
+            !before.file->Holds(before.Get()))
             left.push_back({i, before.file->name});
     }
     return left;

@@ -29,6 +29,11 @@ struct SoundFile {
     /// The name that the document was given when it was saved as another file, in place of the name
     /// that the sound came with.
     std::optional<std::string> title{};
+    /// True if the file has been deleted, so that the sound is only here.
+    bool gone = false;
+
+    /// Returns true if the file has this sound, whoever its author is.
+    bool Holds(const Sound& sound) const;
 };
 
 /// The moment of a change, with the data that distinguish one gesture from the next.

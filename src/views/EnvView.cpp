@@ -3,6 +3,7 @@
 
 #include "kits/interface/Control.h"
 #include "kits/support/NumberText.h"
+#include "kits/support/Quoted.h"
 #include "views/Theme.h"
 
 #include <algorithm>
@@ -42,6 +43,11 @@ constexpr uint32 kEntryEndCode = FourCC("EnvE");
 
 bool DrawsHairlines() {
     return ChosenColors() == ColorSet::Classic;
+}
+
+/// Returns the number to three decimals.
+std::string Rounded(float number) {
+    return kits::ShortText(std::round(number * 1000.0) / 1000);
 }
 
 float Catch() {
@@ -315,29 +321,38 @@ void EnvView::AskForNumbers(std::size_t index) {
     const float left = std::clamp(at.x + kLabelGap, 0.0F, Bounds().right - kEntryWidth);
     const float top = std::clamp(at.y - BTextControl::PreferredHeight() / 2, 0.0F,
                                  Bounds().bottom - BTextControl::PreferredHeight());
-    const std::string text = kits::ShortText(point.t) + " " + kits::ShortText(point.val);
     entry = new BTextControl({left, top, left + kEntryWidth, top}, "time and value", nullptr,
-                             text.c_str(), new BMessage(kEntryCode));
+                             Numbers(index).c_str(), new BMessage(kEntryCode));
     entry->SetAccessibleName("time in seconds, and value");
     entry->SetTarget(this);
     entry->SetEndMessage(new BMessage(kEntryEndCode));
+    entry->SetKeyboardTo(*this);
     AddChild(entry);
+    entry->TabAfter(*this);
     entry->MakeFocus();
     entry->SelectAll();
 }
 
-/// Moves the point to the entered time and value. If one is missing or invalid, the point stays.
+/// Moves the point to the entered time and value. If one is missing or invalid, the point stays,
+/// and after Enter so does the field.
 void EnvView::TakeNumbers() {
     const std::string text = entry->Text();
+    if (entryPoint >= std::as_const(*this).Points().size() || text == Numbers(entryPoint))
+        return;
     std::size_t first = 0;
     std::size_t second = 0;
     const double t = kits::NumberOf(text, &first);
     const std::string rest =
         text.substr(std::min(text.find_first_not_of(" ,;\ts", first), text.size()));
     const double value = kits::NumberOf(rest, &second);
-    const bool complete = first > 0 && second > 0 && std::isfinite(t) && std::isfinite(value);
-    if (complete && entryPoint < std::as_const(*this).Points().size())
-        MovePoint(entryPoint, static_cast<float>(t), static_cast<float>(value));
+    if (first > 0 && second > 0 && std::isfinite(t) && std::isfinite(value))
+        return MovePoint(entryPoint, static_cast<float>(t), static_cast<float>(value));
+    if (!IsFocus())
+        return;
+    entry->MarkWrong(true);
+    entry->SetToolTip((kits::Quoted(text) + " is not a time and a value").c_str());
+    entry->MakeFocus();
+    entry->SelectAll();
 }
 
 void EnvView::CloseEntry() {
@@ -358,11 +373,14 @@ void EnvView::MessageReceived(BMessage* message) {
 
 std::string EnvView::Label(std::size_t index) const {
     const EnvPoint& point = Points()[index];
-    const auto rounded = [](float number) {
-        return kits::ShortText(std::round(number * 1000.0) / 1000);
-    };
     std::string text = point.fku ? "+" : "";
-    return text.append(rounded(point.t)).append(" s, ").append(rounded(point.val));
+    return text.append(Rounded(point.t)).append(" s, ").append(Rounded(point.val));
+}
+
+/// Returns the point's time and value as the field for them shows them.
+std::string EnvView::Numbers(std::size_t index) const {
+    const EnvPoint& point = Points()[index];
+    return Rounded(point.t) + ' ' + Rounded(point.val);
 }
 
 kits::AccessibleThing EnvView::Describe() const {

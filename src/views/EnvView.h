@@ -21,7 +21,8 @@ namespace vexa {
 /// A point under the pointer or being dragged shows its time and value; a double click on it opens
 /// a field for them. With the keyboard focus, the arrow keys move the chosen point, finely with
 /// Shift and coarsely with Ctrl. Alt with Left or Right chooses another point, Insert adds one
-/// after it, Delete deletes it, and Enter opens the field for its numbers. Window thread.
+/// after it, Delete deletes it, and Enter opens the field for its numbers. Enter in that field
+/// gives the keyboard back to the envelope. Window thread.
 class EnvView : public BView, public Envelope {
   public:
     EnvView(BRect frame, const char* name, float minimum, float maximum, float timeRange,
@@ -84,6 +85,7 @@ class EnvView : public BView, public Envelope {
     bool Nudge(const kits::KeyPress& press);
     void AddBehind(std::size_t index);
     void Remove(std::size_t index);
+    std::string Numbers(std::size_t index) const;
     void AskForNumbers(std::size_t index);
     void TakeNumbers();
     void CloseEntry();

@@ -38,6 +38,8 @@ struct Theme {
     rgb_color whiteKey;
     rgb_color blackKey;
     rgb_color soundingKey;
+    /// The text on what has the colour of sounding keys.
+    rgb_color soundingText;
     rgb_color scope;
     rgb_color scopeLine;
     /// The curves of the envelopes, in the order of EnvelopePlaces().

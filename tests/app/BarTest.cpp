@@ -9,6 +9,7 @@
 #include "views/Theme.h"
 #include "views/plane/PlaneOverlay.h"
 
+#include <QAccessible>
 #include <QMenu>
 #include <QPaintEvent>
 #include <QPushButton>
@@ -104,6 +105,18 @@ TEST_F(BarTest, TheMeterShowsTheLevelAndItsLightStaysOnUntilItIsPutOut) {
     window->SetClassic(true);
     Pulse();
     EXPECT_LT(tap.Listeners(), listeners);
+}
+
+TEST_F(BarTest, SaysTheVoicesToWhoCannotSeeThem) {
+    Open(false);
+    view->Graph().Consumer().NoteOn(0, 60, 100, 0);
+    Pulse();
+    QAccessibleInterface* bar = QAccessible::queryAccessibleInterface(&Bar().Widget());
+    ASSERT_TRUE(bar);
+    const QAccessibleInterface* said = bar->child(0);
+    EXPECT_EQ(said->role(), QAccessible::StaticText);
+    EXPECT_THAT(said->text(QAccessible::Name).toStdString(), StartsWith("voices: 1/"));
+    EXPECT_FALSE(said->state().focusable);
 }
 
 TEST_F(BarTest, TellsWhyThereIsNoRecording) {

@@ -128,6 +128,33 @@ TEST_F(DrawerTest, FindsShowsAndLoadsSounds) {
 }
 
 /// A document may name any category.
+TEST_F(DrawerTest, ASoundWhoseFileIsDeletedIsUnsavedAndIsShownWhenItComesBack) {
+    OpenDrawer();
+    vexa::SoundListView& list = drawer->List();
+    view->SaveSound("zz-mine.xml");
+    WaitFor([&] { return list.LoadedRow() == RowOf("zz-mine"); });
+    EXPECT_FALSE(view->Changed());
+    std::filesystem::remove(In("sounds/zz-mine.xml"));
+    WaitFor([&] { return !list.LoadedRow(); });
+    EXPECT_THAT(view->Caption(), testing::StartsWith("zz-mine *"));
+    alerts.answer = 0;
+    EXPECT_FALSE(view->MayGiveUpAll([] {}));
+    EXPECT_THAT(alerts.texts, ElementsAre(HasSubstr("\"zz-mine\" has been deleted")));
+    list.MoveCursor(0);
+    view->SaveAgain();
+    WaitFor([&] { return list.LoadedRow() == RowOf("zz-mine"); });
+    EXPECT_FALSE(view->Changed());
+    EXPECT_THAT(list.InSight(), testing::Contains(In("sounds/zz-mine.xml")));
+    // If it is left for another sound, closing asks about it too.
+    std::filesystem::remove(In("sounds/zz-mine.xml"));
+    WaitFor([&] { return !list.LoadedRow(); });
+    ASSERT_TRUE(view->LoadSound(In("sounds/bell.xml")));
+    Settle();
+    alerts.texts.clear();
+    EXPECT_FALSE(view->MayGiveUpAll([] {}));
+    EXPECT_THAT(alerts.texts, ElementsAre(HasSubstr("A sound that you have left")));
+}
+
 TEST_F(DrawerTest, AWordWithoutRoomDoesNotRunOverThePicture) {
     std::ifstream read(In("sounds/default.xml"));
     std::string text{std::istreambuf_iterator<char>(read), {}};

@@ -10,7 +10,11 @@
 #include "support/Limits.h"
 #include "support/Pictures.h"
 
+#include <QApplication>
 #include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTimer>
 #include <QTreeView>
 #include <QWindow>
 #include <algorithm>
@@ -181,6 +185,19 @@ TEST_F(PanelTest, WhatIsSavedButNotHeardIsSaidBefore) {
     SaveAs(vexa::kSoundSavedCode, "typed.xml", In("sounds"));
     EXPECT_EQ(view->ShownFunction()(2, 3), 3);
     EXPECT_EQ(alerts.texts.size(), 2U);
+    // Enter alone writes nothing.
+    Enter("Fxy", "x/");
+    BAlert::SetResponder(nullptr);
+    bool asked = false;
+    QTimer::singleShot(0, [&] {
+        auto* box = dynamic_cast<QMessageBox*>(QApplication::activeModalWidget());
+        ASSERT_TRUE(box);
+        asked = true;
+        box->defaultButton()->click();
+    });
+    SaveAs(vexa::kSoundSavedCode, "enter.xml", In("sounds"));
+    EXPECT_TRUE(asked);
+    EXPECT_FALSE(std::filesystem::exists(In("sounds/enter.xml")));
 }
 
 TEST_F(PanelTest, AllThatIsWrongWithAFileIsInOneAlertWithItsReasons) {

@@ -15,6 +15,7 @@
 #include "kits/interface/backends/ViewWidget.h"
 #include "support/Environment.h"
 
+#include <QAccessible>
 #include <QTest>
 #include <QWheelEvent>
 #include <cmath>
@@ -153,6 +154,12 @@ TEST_F(StripTest, ThePianoPlaysShowsWhatSoundsAndEndsEveryNote) {
     auto& piano = Find<Piano>("piano");
     auto& hold = Find<Latch>("hold");
     auto& bend = Find<Wheel>("pitch bend");
+    const QAccessibleInterface* told = QAccessible::queryAccessibleInterface(&hold.Widget());
+    EXPECT_EQ(told->role(), QAccessible::CheckBox);
+    EXPECT_FALSE(told->state().checked);
+    hold.SetOn(true);
+    EXPECT_TRUE(told->state().checked);
+    hold.SetOn(false);
     const auto at = [&](int key, float share) {
         const BRect frame = piano.Keys().FrameOf(key);
         return BPoint{(frame.left + frame.right) / 2, frame.top + frame.Height() * share};

@@ -339,10 +339,12 @@ TEST_F(UndoTest, KnowsWhatIsSaved) {
 
 TEST_F(UndoTest, EachSlotHasItsOwnSoundAndSteps) {
     Open();
+    EXPECT_THAT(view->Caption(), testing::StartsWith("default")) << "there is only one slot";
     Enter("Cx1", "3");
     const std::string a = Document();
     view->SwitchAB();
     EXPECT_EQ(view->PresentSlot(), 'B');
+    EXPECT_THAT(view->Caption(), testing::StartsWith("B: default *"));
     EXPECT_EQ(Document(), a) << "a copy at first";
     EXPECT_FALSE(view->CanUndo());
     view->LoadSound(In("sounds/bell.xml"));

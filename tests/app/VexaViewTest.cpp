@@ -14,6 +14,7 @@
 #include "views/EnvView.h"
 #include "views/R2RFView.h"
 
+#include <QApplication>
 #include <QKeyEvent>
 #include <cmath>
 #include <fstream>
@@ -241,13 +242,27 @@ TEST_F(VexaViewTest, WhatIsTypedIsExplainedAndShownAndHeardWhenItIsConfirmed) {
     test::Settle();
     EXPECT_EQ(pixelAfterPulses(), kTyped);
     EXPECT_EQ(heard(), 0.5F);
-    // The alert says the same.
+    // The alert says the same. Then the field has the keyboard again, and Escape restores what was
+    // there before the first refused text.
     type("0.5+x^2");
     const std::string tip = field.ToolTip();
-    field.Confirm();
+    test::TypeKey(*window, Qt::Key_Return);
     test::Settle();
     EXPECT_EQ(alerts.details, tip);
     EXPECT_TRUE(view->Hint().IsHidden());
+    EXPECT_TRUE(field.IsFocus());
+    type("0.5+");
+    test::TypeKey(*window, Qt::Key_Return);
+    test::Settle();
+    EXPECT_NE(view->SavingRemark(), "");
+    test::TypeKey(*window, Qt::Key_Escape);
+    test::Settle();
+    EXPECT_STREQ(field.Text(), "0.5");
+    EXPECT_FALSE(field.IsFocus());
+    EXPECT_EQ(view->SavingRemark(), "");
+    type("0.5+x^2");
+    field.Confirm();
+    test::Settle();
     type("x");
     field.Type("0.5+x^2");
     test::Settle();
@@ -549,6 +564,24 @@ TEST_F(VexaViewTest, TheAuthorIsTheDocumentsUntilSomethingIsEdited) {
     view->SaveAgain();
     test::Settle();
     EXPECT_EQ(vexa::ReadSound(path)->author, "Cleo");
+}
+
+TEST_F(VexaViewTest, TabGoesOnFromTheNumbersOfAPointAsFromItsEnvelope) {
+    Open(false);
+    vexa::EnvView& envelope = view->EnvelopeEditor(1);
+    envelope.MakeFocus();
+    test::TypeKey(*window, Qt::Key_Tab);
+    const QWidget* const next = QApplication::focusWidget();
+    ASSERT_TRUE(next);
+    envelope.MakeFocus();
+    test::TypeKey(*window, Qt::Key_Return);
+    ASSERT_TRUE(envelope.Entry());
+    test::Type(*window, "0 0.5");
+    test::TypeKey(*window, Qt::Key_Tab);
+    test::Settle();
+    EXPECT_FALSE(envelope.Entry());
+    EXPECT_EQ(QApplication::focusWidget(), next);
+    EXPECT_EQ(view->ConstructSound().envelopes[1][0].val, 0.5F);
 }
 
 TEST_F(VexaViewTest, WhatIsNotSavedIsMarkedAndAskedAbout) {

@@ -149,6 +149,33 @@ TEST_F(ControlTest, EnterConfirmsEveryTimeLeavingOnlyAChange) {
     EXPECT_THAT(listener.codes, ElementsAre(1, 1, 1, 3, 3));
 }
 
+TEST_F(ControlTest, TabGoesOnFromTheFieldThatGaveTheKeyboardBack) {
+    BWindow& window = stage.Window();
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape}) {
+        second->MakeFocus();
+        test::TypeKey(window, key);
+        EXPECT_FALSE(second->IsFocus());
+        test::TypeKey(window, Qt::Key_Tab);
+        EXPECT_TRUE(button->IsFocus()) << key;
+        second->MakeFocus();
+        test::TypeKey(window, key);
+        test::TypeKey(window, Qt::Key_Backtab, Qt::ShiftModifier);
+        EXPECT_TRUE(first->IsFocus()) << key;
+    }
+    // After a press elsewhere, or another control, it begins anew.
+    second->MakeFocus();
+    test::TypeKey(window, Qt::Key_Return);
+    test::Press(*panel, {150, 90});
+    test::TypeKey(window, Qt::Key_Tab);
+    EXPECT_TRUE(first->IsFocus());
+    second->MakeFocus();
+    test::TypeKey(window, Qt::Key_Return);
+    button->MakeFocus();
+    button->Hide();
+    test::TypeKey(window, Qt::Key_Tab);
+    EXPECT_TRUE(first->IsFocus());
+}
+
 TEST_F(ControlTest, EscapeTakesBackWhatWasNotConfirmed) {
     test::Type(stage.Window(), "x");
     test::TypeKey(stage.Window(), Qt::Key_Escape);
@@ -235,11 +262,15 @@ TEST(Menu, TellsWhatIsChosenToWhoCannotSeeIt) {
     QAccessibleInterface* told =
         QAccessible::queryAccessibleInterface(field->Widget().findChild<QToolButton*>());
     ASSERT_TRUE(told);
+    EXPECT_EQ(told->role(), QAccessible::ComboBox);
     EXPECT_EQ(told->text(QAccessible::Name), "voices");
     EXPECT_EQ(told->text(QAccessible::Description), "");
+    menu->SetUsual("as many as there are");
+    EXPECT_EQ(told->text(QAccessible::Value), "as many as there are");
     menu->FindItem(2)->Choose();
     EXPECT_EQ(told->text(QAccessible::Name), "voices");
     EXPECT_EQ(told->text(QAccessible::Description), "max. 2 voices");
+    EXPECT_EQ(told->text(QAccessible::Value), "max. 2 voices");
 }
 
 TEST(Menu, OpensForTheKeysAtTheMarkedItem) {

@@ -234,6 +234,18 @@ TEST(View, IsDescribedToWhoCannotSeeIt) {
     EXPECT_EQ(told->text(QAccessible::Description), "<b>holds</b> notes");
 }
 
+TEST(View, ATipIsInLinesThatCanBeRead) {
+    auto* view = new BView({0, 0, 50, 50}, "view", B_FOLLOW_NONE, B_WILL_DRAW);
+    const test::Stage stage(view);
+    const std::string word(80, 'w');
+    view->SetToolTip(
+        ("The first line says more than there is room for beside a pointer.\n\n" + word + " b")
+            .c_str());
+    EXPECT_EQ(view->Widget().toolTip().toStdString(),
+              "The first line says more than there is room for beside a\npointer.\n\n" + word +
+                  "\nb");
+}
+
 TEST(View, IsFoundByNameUntilItIsRemoved) {
     auto* parent = new BView({0, 0, 99, 99}, "parent", B_FOLLOW_NONE, 0);
     auto* child = new Witness({0, 0, 9, 9});

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "views/EnvView.h"
 
+#include "kits/interface/Control.h"
 #include "support/WindowStage.h"
 
 #include <gmock/gmock.h>
@@ -192,17 +193,38 @@ TEST_F(EnvViewTest, APointTakesNumbersAfterADoubleClick) {
     EXPECT_EQ(view->Points()[1], (vexa::EnvPoint{0.75F, false, -0.25F}));
     EXPECT_EQ(view->Label(1), "0.75 s, -0.25");
     EXPECT_EQ(view->Label(2), "+1 s, -0.5");
-    // A value beyond its neighbours or the bounds is limited to them; a text that is not a pair of
-    // numbers is ignored.
+    // The envelope has the keyboard again.
+    test::TypeKey(stage.Window(), Qt::Key_Down);
+    EXPECT_NEAR(view->Points()[1].val, -0.29, 1e-5);
+    // A value beyond its neighbours or the bounds is limited to them.
     for (const auto& [text, expected] : {std::pair{"99 7", vexa::EnvPoint{view->Split(), false, 1}},
-                                         std::pair{"-3 -7", vexa::EnvPoint{0, false, -1}},
-                                         std::pair{"0.5", vexa::EnvPoint{0, false, -1}},
-                                         std::pair{"nan inf", vexa::EnvPoint{0, false, -1}}}) {
+                                         std::pair{"-3 -7", vexa::EnvPoint{0, false, -1}}}) {
         test::DoubleClick(*view, PlaceOf(1));
         test::Type(stage.Window(), text);
         test::TypeKey(stage.Window(), Qt::Key_Return);
         EXPECT_EQ(view->Points()[1], expected) << text;
     }
+    // A text that is not a pair of numbers stays, and is marked.
+    for (const char* text : {"abc", "0.5", "nan inf"}) {
+        test::DoubleClick(*view, PlaceOf(1));
+        test::Type(stage.Window(), text);
+        test::TypeKey(stage.Window(), Qt::Key_Return);
+        ASSERT_TRUE(view->Entry());
+        EXPECT_TRUE(view->Entry()->IsFocus()) << text;
+        EXPECT_STREQ(view->Entry()->Text(), text);
+        EXPECT_STRNE(view->Entry()->ToolTip(), "");
+        EXPECT_EQ(view->Points()[1], (vexa::EnvPoint{0, false, -1}));
+        test::TypeKey(stage.Window(), Qt::Key_Escape);
+        EXPECT_FALSE(view->Entry());
+    }
+    // Long numbers are shown rounded, as beside the point, and stay as they are if nobody changes
+    // them.
+    view->MovePoint(1, 0.123456F, -0.654321F);
+    view->MakeFocus();
+    test::TypeKey(stage.Window(), Qt::Key_Return);
+    EXPECT_STREQ(view->Entry()->Text(), "0.123 -0.654");
+    test::TypeKey(stage.Window(), Qt::Key_Return);
+    EXPECT_EQ(view->Points()[1], (vexa::EnvPoint{0.123456F, false, -0.654321F}));
     test::DoubleClick(*view, PlaceOf(2));
     test::TypeKey(stage.Window(), Qt::Key_Escape);
     EXPECT_FALSE(view->Entry());

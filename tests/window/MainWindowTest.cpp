@@ -162,6 +162,19 @@ TEST_F(MainWindow, FieldsAreReachedAndConfirmedByTheKeyboard) {
     desktop.Key("Return");
     WaitFor("its end", [&] { return !desktop.HasWindow("Error"); });
     EXPECT_NEAR(Peak(), 0.125, 0.01);
+    // The field has the keyboard again, to be mended or taken back; then Tab goes on from there.
+    desktop.UseWindow("Vexa");
+    desktop.Key("End");
+    desktop.Type("4");
+    desktop.Key("Return");
+    HoldNote(0.06F, 0.065F);
+    desktop.Key("Tab");
+    desktop.Key("ctrl+a");
+    desktop.Type("7");
+    desktop.Key("Return");
+    SaveAs(kTop + 418, "Save Sound", "mended.xml");
+    EXPECT_THAT(test::Contents(program.Path("sounds/mended.xml")),
+                testing::AllOf(testing::HasSubstr(">x/4<"), testing::HasSubstr(">7<")));
     EXPECT_EQ(Close(), 0);
 }
 

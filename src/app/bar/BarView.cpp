@@ -218,6 +218,14 @@ void BarView::ShowVoices() {
     Invalidate(voicesBox);
 }
 
+kits::AccessibleThing BarView::DescribePart(std::size_t) const {
+    kits::AccessibleThing thing;
+    thing.role = kits::AccessibleRole::Text;
+    thing.name = "voices: " + voices + (load.empty() ? "" : ", load: " + load);
+    thing.frame = voicesBox;
+    return thing;
+}
+
 void BarView::ShowDevice() {
     AudioGraph& graph = mainView.Graph();
     std::string title = NameOf(graph.System());

@@ -34,6 +34,9 @@ class BarView : public BView {
     void Draw(BRect update) override;
     void FrameResized(float width, float height) override;
     void MessageReceived(BMessage* message) override;
+    /// The only part is the text about voices.
+    std::size_t CountParts() const override { return voicesFit ? 1 : 0; }
+    kits::AccessibleThing DescribePart(std::size_t index) const override;
     /// Shows changes of all this since the last call. To be called about ten times a second.
     void Refresh();
 

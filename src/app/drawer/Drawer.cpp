@@ -113,6 +113,7 @@ SoundQuery Drawer::Query() const {
 
 void Drawer::ShowRows() {
     const bool another = Query() != shownQuery;
+    const bool listed = list->LoadedRow().has_value();
     shownQuery = Query();
     SoundList rows;
     if (shown) {
@@ -121,8 +122,11 @@ void Drawer::ShowRows() {
     }
     list->SetRows(std::move(rows), EmptyText(shownQuery));
     // What is found is read from the top. Otherwise the list stays where the person has scrolled.
+    // But the sound that plays is shown when its file appears.
     if (another)
         list->ShowTop();
+    else if (const auto row = list->LoadedRow(); row && !listed)
+        list->MoveCursor(*row);
     bank->Hurry(list->InSight());
 }
 
@@ -130,6 +134,7 @@ void Drawer::Refresh() {
     const std::shared_ptr<const BankView> now = bank->View();
     if (now != shown) {
         shown = now;
+        mainView.LookForFiles();
         ShowRows();
     } else if (!shown->pictured) {
         bank->Hurry(list->InSight());

@@ -52,9 +52,9 @@ bool Latch::KeyDown(const kits::KeyPress& press) {
 
 kits::AccessibleThing Latch::Describe() const {
     kits::AccessibleThing latch;
-    latch.role = kits::AccessibleRole::Button;
+    latch.role = kits::AccessibleRole::Switch;
     latch.name = Name();
-    latch.description = on ? "on" : "off";
+    latch.on = on;
     latch.action = "Press";
     return latch;
 }
@@ -72,7 +72,7 @@ void Latch::Draw(BRect) {
     StrokeRoundRect(bounds.InsetByCopy(0.5F, 0.5F), kLatchRadius, IsFocus() ? 2 : 1);
     font_height height;
     GetFontHeight(&height);
-    SetHighColor(on ? rgb_color{24, 24, 24} : colors.text);
+    SetHighColor(on ? colors.soundingText : colors.text);
     DrawString(label, {std::round((bounds.right - StringWidth(label)) / 2),
                        std::round((bounds.bottom + height.ascent - height.descent) / 2)});
 }

@@ -10,8 +10,21 @@
 
 namespace kits {
 
-/// The kind of a view or of a part of one. Pane is a view without further meaning.
-enum class AccessibleRole { Pane, Group, Picture, Chart, List, ListItem, Button, Slider, Meter };
+/// The kind of a view or of a part of one. Pane is a view without further meaning, Text is one to
+/// be read only.
+enum class AccessibleRole {
+    Pane,
+    Group,
+    Picture,
+    Chart,
+    List,
+    ListItem,
+    Button,
+    Switch,
+    Slider,
+    Meter,
+    Text
+};
 
 /// A number that a screen reader can read, and set unless `fixed` is true.
 struct AccessibleNumber {
@@ -33,6 +46,8 @@ struct AccessibleThing {
     std::optional<AccessibleNumber> number;
     /// The place of a part in the coordinates of its view. It is not used for a view as a whole.
     BRect frame;
+    /// The state of a switch.
+    bool on = false;
     /// True for the chosen part.
     bool chosen = false;
     /// The word for the effect of Activate, such as "Press" or "Load"; empty if Activate does

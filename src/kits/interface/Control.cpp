@@ -4,6 +4,7 @@
 #include "kits/interface/Colors.h"
 #include "kits/interface/Window.h"
 #include "kits/interface/backends/ViewWidget.h"
+#include "kits/interface/backends/WindowWidget.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -60,6 +61,7 @@ class BTextControl::Line : public QLineEdit {
 
     Stepping stepping;
     std::function<void()> down;
+    std::function<bool()> escape;
     std::optional<std::string> reset;
     bool escapeClears = false;
     /// Drawn by paintEvent, because the toolkit's own placeholder is too pale to read.
@@ -108,6 +110,14 @@ class BTextControl::Line : public QLineEdit {
         insert(Joined(copied) == copied ? copied : Joined(copied.trimmed()));
     }
 
+    /// Gives the keyboard to whoever has it when the user is done with the field.
+    void GiveKeyboard() {
+        if (field->heir)
+            field->heir->MakeFocus();
+        else if (auto* around = dynamic_cast<kits::WindowWidget*>(window()))
+            around->TakeKeyboardFrom(*this);
+    }
+
     /// Returns the position of the character in pixels from the left edge of the field.
     float PositionOf(qsizetype index) const {
         // A layout like the editor's own, which rounds the widths of letters.
@@ -126,8 +136,9 @@ class BTextControl::Line : public QLineEdit {
     }
     void keyPressEvent(QKeyEvent* event) override {
         if (event->key() == Qt::Key_Escape) {
-            setText(escapeClears ? QString() : QString::fromStdString(field->confirmed));
-            clearFocus();
+            if (!escape || !escape())
+                setText(escapeClears ? QString() : QString::fromStdString(field->confirmed));
+            GiveKeyboard();
             // The window may use the key too.
             event->ignore();
         } else if ((event->matches(QKeySequence::Undo) &&
@@ -143,6 +154,9 @@ class BTextControl::Line : public QLineEdit {
             down();
         } else {
             QLineEdit::keyPressEvent(event);
+            // What has the keyboard now must not take the same key.
+            if (field->heir && field->heir->IsFocus())
+                event->accept();
         }
     }
     void paintEvent(QPaintEvent* event) override {
@@ -306,8 +320,7 @@ BTextControl::BTextControl(BRect frame, const char* name, const char* label, con
     line->setCursorPosition(0);
     QObject::connect(line, &QLineEdit::returnPressed, line, [this] {
         Confirm();
-        // Gives the keyboard back to the window.
-        line->clearFocus();
+        line->GiveKeyboard();
     });
     QObject::connect(line, &QLineEdit::editingFinished, line, [this] {
         if (Text() != confirmed)
@@ -422,6 +435,14 @@ void BTextControl::SetReset(std::string_view next) {
 
 void BTextControl::SetEscapeClears() {
     line->escapeClears = true;
+}
+
+void BTextControl::SetEscapeAction(std::function<bool()> next) {
+    line->escape = std::move(next);
+}
+
+void BTextControl::TabAfter(const BView& view) {
+    QWidget::setTabOrder(&view.Widget(), line);
 }
 
 void BTextControl::SetDownAction(std::function<void()> next) {

@@ -63,10 +63,10 @@ class BButton : public BControl {
 
 /// A line of text that can be edited. It sends its message, with the text as string "be:text", when
 /// the user confirms the text, either by Enter or by leaving the field after a change. Enter and
-/// Escape give the keyboard back to the window. Escape restores the confirmed text, and then
-/// reaches the window as B_KEY_DOWN. Ctrl+Z and Ctrl+Shift+Z undo and redo typing; if there is no
-/// typing to undo or redo, the window gets them. A click or Tab into the field selects the text. A
-/// field that is left shows the beginning of its text.
+/// Escape give the keyboard back to the window, where the next Tab goes on from the field. Escape
+/// restores the confirmed text, and then reaches the window as B_KEY_DOWN. Ctrl+Z and Ctrl+Shift+Z
+/// undo and redo typing; if there is no typing to undo or redo, the window gets them. A click or
+/// Tab into the field selects the text. A field that is left shows the beginning of its text.
 class BTextControl : public BControl {
   public:
     /// The height follows from the font; the frame's height is ignored. An empty or missing label
@@ -115,6 +115,12 @@ class BTextControl : public BControl {
     void SetEscapeClears();
     /// Sets what the Down key does in a field without stepping.
     void SetDownAction(std::function<void()> next);
+    /// Sets what Escape does in place of restoring the confirmed text, if it returns true.
+    void SetEscapeAction(std::function<bool()> next);
+    /// Makes Enter and Escape give the keyboard to this view instead of the window.
+    void SetKeyboardTo(BView& next) { heir = &next; }
+    /// Puts the field behind a view in the order of the Tab key. Both must be in one window.
+    void TabAfter(const BView& view);
     /// Takes ownership of the message, which is sent to the target when the field loses the focus.
     void SetEndMessage(BMessage* message);
 
@@ -137,6 +143,7 @@ class BTextControl : public BControl {
     std::string confirmed;
     std::unique_ptr<BMessage> modification;
     std::unique_ptr<BMessage> end;
+    BView* heir = nullptr;
     uint64 changes = 0;
     mutable std::string text;
 };

@@ -143,6 +143,11 @@ std::string BMenu::Title() const {
     return item ? item->Label() : name;
 }
 
+std::string BMenu::Choice() const {
+    const BMenuItem* item = FindMarked();
+    return item ? item->Label() : usual;
+}
+
 void BMenu::Changed() const {
     if (observer)
         observer();
@@ -197,6 +202,9 @@ BMenuField::BMenuField(BRect frame, const char* name, const char* label, BMenu* 
       label(label ? label : ""),
       button(new Opener) {
     auto* both = new QWidget;
+    Widget().SetContent(both);
+    // Before all else, because the toolkit describes the button to screen readers as what it
+    // belongs to at the first change.
     button->setParent(both);
     button->setPopupMode(QToolButton::InstantPopup);
     button->setFocusPolicy(flags & B_NAVIGABLE ? Qt::StrongFocus : Qt::NoFocus);
@@ -206,7 +214,6 @@ BMenuField::BMenuField(BRect frame, const char* name, const char* label, BMenu* 
                      [this, toolkit] { this->menu->Fill(*toolkit); });
     button->setMenu(toolkit);
     button->setAccessibleName(kits::ToQt(this->label.empty() ? Name() : this->label));
-    Widget().SetContent(both);
     both->setFocusProxy(button);
     if (!this->label.empty()) {
         auto* caption = new QLabel(kits::ToQt(this->label), both);
@@ -268,7 +275,9 @@ void BMenuField::ShowTitle() {
     const QString text = kits::ToQt(title);
     button->setText(QFontMetrics(button->font()).elidedText(text, Qt::ElideRight, int(room) + 1));
     button->setToolTip(font.StringWidth(title) > room ? kits::TipText(text) : QString());
-    button->setAccessibleDescription(text == button->accessibleName() ? QString() : text);
+    const std::string choice = menu->Choice();
+    const QString told = choice.empty() ? text : kits::ToQt(choice);
+    button->setAccessibleDescription(told == button->accessibleName() ? QString() : told);
 }
 
 BMenuBar::BMenuBar(BRect frame, const char* name, uint32 resizingMode, menu_layout, bool)

@@ -84,6 +84,12 @@ class BMenu {
     void SetLabelFromMarked(bool on) { labelFromMarked = on; }
     /// Returns the label for the button or item that opens the menu.
     std::string Title() const;
+    /// Returns the label of the marked item. While none is marked, returns the label set by
+    /// SetUsual, initially empty.
+    std::string Choice() const;
+    /// Sets the label of what holds until the user chooses an item. It is not shown, but screen
+    /// readers read it out.
+    void SetUsual(std::string_view label) { usual = label; }
 
     /// Fill a menu of the toolkit, and set a function that is called when the title may have
     /// changed. Only the kits call them.
@@ -97,6 +103,7 @@ class BMenu {
     std::string name;
     bool radio = false;
     bool labelFromMarked = false;
+    std::string usual;
     std::vector<std::unique_ptr<BMenuItem>> items;
     std::function<void()> observer;
     std::function<void(BMenu& menu)> opening;

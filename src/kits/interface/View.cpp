@@ -443,4 +443,10 @@ void BView::DescriptionChanged() {
         return;
     QAccessibleEvent event(widget.get(), QAccessible::DescriptionChanged);
     QAccessible::updateAccessibility(&event);
+    if (Describe().role != kits::AccessibleRole::Switch)
+        return;
+    QAccessible::State changed;
+    changed.checked = true;
+    QAccessibleStateChangeEvent turned(widget.get(), changed);
+    QAccessible::updateAccessibility(&turned);
 }

@@ -44,8 +44,34 @@ WindowWidget::WindowWidget(BWindow& window, Qt::WindowFlags flags)
     setFocusPolicy(Qt::StrongFocus);
     HeldKeys::Instance();
     connect(&pulse, &QTimer::timeout, this, [this] { Pulse(); });
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) {
+        if (now && isAncestorOf(now))
+            ForgetField();
+    });
     pulse.setTimerType(Qt::PreciseTimer);
     pulse.start(500);
+}
+
+void WindowWidget::TakeKeyboardFrom(QWidget& field) {
+    setFocus();
+    left = &field;
+}
+
+bool WindowWidget::focusNextPrevChild(bool next) {
+    const auto takesTab = [this](const QWidget& widget) {
+        return isAncestorOf(&widget) && widget.focusPolicy() & Qt::TabFocus &&
+               !widget.focusProxy() && widget.isEnabled() && widget.isVisibleTo(this);
+    };
+    const auto neighbour = [next](const QWidget& widget) {
+        return next ? widget.nextInFocusChain() : widget.previousInFocusChain();
+    };
+    if (!left || (focusWidget() && focusWidget() != this))
+        return QWidget::focusNextPrevChild(next);
+    QWidget* to = neighbour(*left);
+    while (to != left && !takesTab(*to))
+        to = neighbour(*to);
+    to->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+    return true;
 }
 
 void WindowWidget::Pulse() {

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/interface/backends/AccessibleView.h"
 
+#include "kits/interface/Menu.h"
 #include "kits/interface/View.h"
 #include "kits/interface/backends/ViewWidget.h"
 #include "kits/interface/backends/WindowWidget.h"
 
 #include <QAccessibleWidget>
 #include <QPointer>
+#include <QToolButton>
 #include <vector>
 
 namespace kits {
@@ -29,10 +31,14 @@ QAccessible::Role RoleOf(AccessibleRole role) {
         return QAccessible::ListItem;
     case AccessibleRole::Button:
         return QAccessible::Button;
+    case AccessibleRole::Switch:
+        return QAccessible::CheckBox;
     case AccessibleRole::Slider:
         return QAccessible::Slider;
     case AccessibleRole::Meter:
         return QAccessible::ProgressBar;
+    case AccessibleRole::Text:
+        return QAccessible::StaticText;
     }
     return QAccessible::Client;
 }
@@ -136,12 +142,15 @@ class PartInterface : public QAccessibleInterface, public Answers {
         state.invalid = !isValid();
         if (state.invalid)
             return state;
-        const bool chosen = Thing().chosen;
-        state.focusable = widget->View().Flags() & B_NAVIGABLE;
-        state.focused = chosen && widget->hasFocus();
-        state.selectable = true;
-        state.selected = chosen;
+        const AccessibleThing thing = Thing();
         state.invisible = !widget->isVisible();
+        state.readOnly = thing.role == AccessibleRole::Text;
+        if (state.readOnly)
+            return state;
+        state.focusable = widget->View().Flags() & B_NAVIGABLE;
+        state.focused = thing.chosen && widget->hasFocus();
+        state.selectable = true;
+        state.selected = thing.chosen;
         return state;
     }
     void* interface_cast(QAccessible::InterfaceType type) override {
@@ -169,6 +178,13 @@ class ViewInterface : public QAccessibleWidget, public Answers {
     std::optional<std::size_t> Part() const override { return std::nullopt; }
 
     QAccessible::Role role() const override { return RoleOf(Thing().role); }
+    QAccessible::State state() const override {
+        QAccessible::State state = QAccessibleWidget::state();
+        const AccessibleThing thing = Thing();
+        state.checkable = thing.role == AccessibleRole::Switch;
+        state.checked = state.checkable && thing.on;
+        return state;
+    }
     QString text(QAccessible::Text which) const override {
         const AccessibleThing thing = Thing();
         if (which == QAccessible::Name && !thing.name.empty())
@@ -220,9 +236,52 @@ class ViewInterface : public QAccessibleWidget, public Answers {
     mutable std::vector<QAccessible::Id> parts;
 };
 
+/// Returns the menu field to which a button of the toolkit belongs, if its menu offers choices,
+/// else null.
+const BMenuField* FieldOf(const QObject* button) {
+    const QObject* around = dynamic_cast<const QToolButton*>(button);
+    while (around && !dynamic_cast<const ViewWidget*>(around))
+        around = around->parent();
+    if (!around)
+        return nullptr;
+    const auto& view = static_cast<const ViewWidget*>(around)->View();
+    const auto* field = dynamic_cast<const BMenuField*>(&view);
+    return field && field->Menu()->IsRadioMode() ? field : nullptr;
+}
+
+/// The toolkit's interface of the button of a menu field. Its value is the chosen item.
+class ChoiceInterface : public QAccessibleWidget {
+  public:
+    explicit ChoiceInterface(QToolButton& button)
+        : QAccessibleWidget(&button, QAccessible::ComboBox) {}
+
+    QString text(QAccessible::Text which) const override {
+        if (const BMenuField* field = FieldOf(object()); field && which == QAccessible::Value)
+            return ToQt(field->Menu()->Choice());
+        return QAccessibleWidget::text(which);
+    }
+    QAccessible::State state() const override {
+        QAccessible::State state = QAccessibleWidget::state();
+        state.hasPopup = true;
+        return state;
+    }
+    QStringList actionNames() const override {
+        return QStringList{showMenuAction(), pressAction()} + QAccessibleWidget::actionNames();
+    }
+    void doAction(const QString& name) override {
+        if (name != showMenuAction() && name != pressAction())
+            return QAccessibleWidget::doAction(name);
+        // Later, because the open menu has an event loop of its own, and the caller waits.
+        if (auto* button = dynamic_cast<QToolButton*>(object()))
+            QMetaObject::invokeMethod(button, "click", Qt::QueuedConnection);
+    }
+};
+
 QAccessibleInterface* MakeInterface(const QString&, QObject* object) {
     if (auto* window = dynamic_cast<WindowWidget*>(object))
         return new QAccessibleWidget(window, QAccessible::Window);
+    if (FieldOf(object))
+        return new ChoiceInterface(*static_cast<QToolButton*>(object));
     auto* widget = dynamic_cast<ViewWidget*>(object);
     return widget && !widget->Content() ? new ViewInterface(*widget) : nullptr;
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/interface/backends/ViewWidget.h"
 
+#include "kits/interface/backends/WindowWidget.h"
+
 #include <QApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -18,9 +20,34 @@ QImage ToQt(const BBitmap& bitmap) {
             alpha ? QImage::Format_ARGB32 : QImage::Format_RGB32};
 }
 
+namespace {
+
+/// Returns the text with its lines broken at blanks so that none is longer than `length`
+/// characters, except for longer words.
+QString Broken(const QString& words, qsizetype length) {
+    QStringList lines;
+    for (const QString& line : words.split('\n')) {
+        lines << QString();
+        for (const QString& word : line.split(' ')) {
+            if (lines.back().isEmpty())
+                lines.back() = word;
+            else if (lines.back().size() + 1 + word.size() <= length)
+                lines.back() += ' ' + word;
+            else
+                lines << word;
+        }
+    }
+    return lines.join('\n');
+}
+
+} // namespace
+
 QString TipText(const QString& words) {
-    return Qt::mightBeRichText(words) ? Qt::convertFromPlainText(words, Qt::WhiteSpaceNormal)
-                                      : words;
+    /// In characters. The toolkit shows a plain text in lines as long as they come.
+    constexpr qsizetype kTipWidth = 60;
+    const QString lines = Broken(words, kTipWidth);
+    return Qt::mightBeRichText(lines) ? Qt::convertFromPlainText(lines, Qt::WhiteSpaceNormal)
+                                      : lines;
 }
 
 namespace {
@@ -141,6 +168,8 @@ void ViewWidget::Press(const QMouseEvent& event, int32 count) {
     QWidget* focused = QApplication::focusWidget();
     if (focused && focused != this)
         focused->clearFocus();
+    if (auto* around = dynamic_cast<WindowWidget*>(window()))
+        around->ForgetField();
     if (view.Flags() & B_NAVIGABLE)
         setFocus(Qt::MouseFocusReason);
     view.MouseDown(pointer);

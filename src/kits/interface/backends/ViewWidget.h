@@ -20,8 +20,9 @@ inline QString ToQt(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
-/// Returns the text to set as a tool tip so that it shows exactly `words`. Markup in them is
-/// escaped, because they may come from a stranger's comment or a file name.
+/// Returns the text to set as a tool tip so that it shows exactly `words`, in lines of readable
+/// length. Markup in them is escaped, because they may come from a stranger's comment or a file
+/// name.
 QString TipText(const QString& words);
 
 /// Returns the pixels that a BRect, whose edges are inclusive, covers.
@@ -46,6 +47,7 @@ class ViewWidget : public QWidget {
     explicit ViewWidget(BView& view);
 
     BView& View() { return view; }
+    const BView& View() const { return view; }
     /// Returns the painter while the view draws, otherwise null.
     QPainter* Painter() { return painter; }
     BPoint Pointer() const { return pointer; }

@@ -199,6 +199,8 @@ void Settings::PutFirst(const SettingKey<TextList>& key, const std::string& item
     list.insert(list.begin(), item);
     list.resize(std::min(list.size(), most));
     Set(key, list);
+    if (const auto change = changes.find(std::string_view(key.name)); change != changes.end())
+        std::erase(*change->second.before, item);
 }
 
 void Settings::Pulse(Clock::time_point now) {
@@ -239,14 +241,26 @@ std::string Settings::Save(const fs::path& file, const Changes& changes) {
 
     const SettingFile before = ReadSettingFile(file);
     const bool isRead = before.faults.empty() || !before.lines.empty();
+    // A file that is lost has not removed anything.
+    std::error_code ignored, error;
+    const bool isThere = isRead && fs::exists(file, ignored);
     Changes left = changes;
     std::string bytes;
     const auto has = [](const TextList& list, const std::string& text) {
         return std::ranges::find(list, text) != list.end();
     };
     const auto write = [&](const std::string& name, const Change& change) {
-        for (const std::string& text : change.next)
-            bytes += SettingText(name, text);
+        TextList present;
+        for (const SettingLine& line : before.lines) {
+            if (line.name == name)
+                present.push_back(line.value);
+        }
+        for (const std::string& text : change.next) {
+            const bool removedByOthers =
+                isThere && change.before && has(*change.before, text) && !has(present, text);
+            if (!removedByOthers)
+                bytes += SettingText(name, text);
+        }
         for (const SettingLine& line : before.lines) {
             const bool ofOthers = line.name == name && change.before &&
                                   !has(*change.before, line.value) && !has(change.next, line.value);
@@ -267,7 +281,6 @@ std::string Settings::Save(const fs::path& file, const Changes& changes) {
         write(name, change);
 
     const fs::path aside = file.string() + ".broken";
-    std::error_code error;
     if (!isRead)
         fs::rename(file, aside, error);
     if (error)

@@ -19,7 +19,8 @@ namespace vexa {
 /// each item. Losing the file loses nothing else. Lines that begin with "#" stay in it. Instances
 /// of the program share the file: each reads it at its start and writes only the settings that were
 /// set in it, so the last instance that sets a setting wins. Items that another instance has added
-/// to a list since stay in it, behind those that are written.
+/// to a list since stay in it, behind those that are written, and those that it has removed stay
+/// away, except one that is put first.
 ///
 /// Faults are reported on standard error, with file and line: lines that are no settings or whose
 /// name is unknown when the file is read, an invalid value when it is used, each once. Such lines
@@ -68,8 +69,9 @@ class Settings {
     using Texts = std::map<std::string, TextList, std::less<>>;
 
     /// The change of a setting. `next` are its texts from now on. Of a list, `before` are the texts
-    /// when it was last read or saved: only these may be removed from the file. Of other settings
-    /// all lines in the file are replaced.
+    /// when it was last read or saved, without those that were put first: only these may be removed
+    /// from the file, and those that the file has lost since are not written again. Of other
+    /// settings all lines in the file are replaced.
     struct Change {
         TextList next;
         std::optional<TextList> before;

@@ -71,6 +71,11 @@ void InterpretInfoElement(const MXFragment* info, std::string& author, KeptEleme
     scope.ReadText("author", author);
     names.insert(names.end(), more.begin(), more.end());
     kept.info = info ? ChildrenBut(*info, names) : "";
+    if (info) {
+        names.assign(std::begin(kKnownInInfo), std::end(kKnownInInfo));
+        names.insert(names.end(), std::begin(kSoundInfoNames), std::end(kSoundInfoNames));
+        TellUnknownChildren(*info, names, remarks);
+    }
     const MXFragment* element = scope.Find("vexaversion");
     if (!element)
         return;

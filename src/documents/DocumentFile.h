@@ -12,6 +12,7 @@
 #include <new>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vexa {
@@ -20,14 +21,18 @@ namespace vexa {
 /// text: at most Remarks::kMost entries, and a last one with the number of the others, if any.
 using Warnings = std::vector<kits::Error>;
 
+/// The children of "info" that only sounds use, in the order in which they are written. Those of a
+/// function are kept for its listeners.
+constexpr std::string_view kSoundInfoNames[] = {"name", "category", "tags", "comment"};
+
 /// Makes a document for writing, with the root element's name in its doctype and no root yet.
 MXDocument ConstructDocumentTemplate(const std::string& rootName);
 
 /// Makes the element "info" with the program's version and the author.
 std::unique_ptr<MXFragment> ConstructInfoElement(const std::string& author);
 /// Reads the author into `author`, and into `kept.info` all child elements except those known here
-/// and those named in `more`. A newer version than this program's adds a remark. A null `info`
-/// means that the element is missing: `author` then remains unchanged.
+/// and those named in `more`. A newer version than this program's and unknown elements add
+/// remarks. A null `info` means that the element is missing: `author` then remains unchanged.
 void InterpretInfoElement(const MXFragment* info, std::string& author, KeptElements& kept,
                           Remarks& remarks, std::span<const std::string_view> more = {});
 

@@ -13,6 +13,13 @@ std::string Tag(std::string_view name) {
     return '<' + kits::Shown(name) + '>';
 }
 
+std::string Tags(std::span<const std::string_view> names) {
+    std::string tags;
+    for (std::size_t i = 0; i < names.size(); i++)
+        tags += (i == 0 ? "" : i + 1 == names.size() ? " or " : ", ") + Tag(names[i]);
+    return tags;
+}
+
 const MXFragment* ChildNamed(const MXFragment& parent, std::string_view name) {
     for (const auto& child : parent.children) {
         const bool isElement = child->Type() == MX_ELEMENT || child->Type() == MX_EMPTY_ELEMENT;
@@ -20,6 +27,20 @@ const MXFragment* ChildNamed(const MXFragment& parent, std::string_view name) {
             return child.get();
     }
     return nullptr;
+}
+
+void TellUnknownChildren(const MXFragment& parent, std::span<const std::string_view> known,
+                         Remarks& remarks) {
+    const std::string expected =
+        "expected " + Tags(known) + " in " + Tag(parent.name) + ", found an element ";
+    for (const auto& child : parent.children) {
+        if (child->Type() != MX_ELEMENT && child->Type() != MX_EMPTY_ELEMENT)
+            continue;
+        if (std::ranges::find(known, std::string_view(child->name)) == known.end())
+            remarks.Add(child->TextLeft(), expected + Tag(child->name));
+        else if (child->attributes.CountItems() > 0)
+            remarks.Add(child->TextLeft(), Tag(child->name) + ": attributes are not read here");
+    }
 }
 
 ElementScope::ElementScope(const MXFragment* scope, std::vector<std::string_view> searched,
@@ -48,9 +69,17 @@ const MXFragment* ElementScope::Find(std::string_view name) const {
     return place == names.end() ? nullptr : found[static_cast<std::size_t>(place - names.begin())];
 }
 
-const MXFragment* ElementScope::Element(std::string_view name) const {
+const MXFragment* ElementScope::Optional(std::string_view name) const {
     const MXFragment* element = Find(name);
-    if (scope && !element)
+    if (const MXFragment* empty = scope && !element ? ChildNamed(*scope, name) : nullptr)
+        Add(*empty, Tag(name) + ": expected an element with an end tag; one that ends in \"/>\" "
+                                "counts as missing");
+    return element;
+}
+
+const MXFragment* ElementScope::Element(std::string_view name) const {
+    const MXFragment* element = Optional(name);
+    if (scope && !element && !ChildNamed(*scope, name))
         Add(*scope,
             "expected an element " + Tag(name) + " in " + Tag(scope->name) + ", found none");
     return element;

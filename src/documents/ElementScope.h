@@ -5,6 +5,7 @@
 #include "xml/MXFragment.h"
 #include "xml/Remarks.h"
 
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,10 +14,17 @@ namespace vexa {
 
 /// Returns "<NAME>", made fit for a message by kits::Shown.
 std::string Tag(std::string_view name);
+/// Returns the tags of the names, "<a>, <b> or <c>".
+std::string Tags(std::span<const std::string_view> names);
 
 /// Returns the first child element with that name, which may be an MX_EMPTY_ELEMENT; null if there
 /// is none.
 const MXFragment* ChildNamed(const MXFragment& parent, std::string_view name);
+
+/// Adds a remark for each child element whose name is not in `known`, and for attributes of the
+/// others, which are not read. `known` are all the names that a reader of the parent looks for.
+void TellUnknownChildren(const MXFragment& parent, std::span<const std::string_view> known,
+                         Remarks& remarks);
 
 /// Finds the first MX_ELEMENT with each of several names in the subtree of an element, itself
 /// included, in document order. One walk finds all of them, so the cost is at most proportional to
@@ -30,7 +38,10 @@ class ElementScope {
 
     /// Returns the element, or null if it is missing; `name` is one of the constructor's names.
     const MXFragment* Find(std::string_view name) const;
-    /// Does the same, and adds a remark if the element is missing.
+    /// Does the same, and adds a remark if the scope has only an empty element of that name, which
+    /// ends in "/>" and counts as missing.
+    const MXFragment* Optional(std::string_view name) const;
+    /// Does the same, and adds a remark also if the element is missing.
     const MXFragment* Element(std::string_view name) const;
     /// Sets the field to the element's text, and adds a remark if the element also contains
     /// elements or CDATA sections. A missing element adds a remark and leaves the field unchanged.

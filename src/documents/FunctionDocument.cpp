@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
+#include <utility>
 
 namespace vexa {
 
@@ -28,6 +29,27 @@ std::span<const std::string_view> Known(FunctionKind kind) {
     return kKnown;
 }
 
+/// Returns the names of the children that the reader of a function of that kind looks for.
+std::vector<std::string_view> Read(FunctionKind kind) {
+    switch (kind) {
+    case FunctionKind::Expression:
+        return {"info", "expression", "display", "macros"};
+    case FunctionKind::Sample:
+        return {"info", "samplefile", "frequency", "display", "macros"};
+    case FunctionKind::Picture:
+        break;
+    }
+    return {std::begin(kKnownOfPicture), std::end(kKnownOfPicture)};
+}
+
+/// Returns a scope for all the names that the element may have as children, and tells of others.
+ElementScope WholeScope(const MXFragment* element, std::vector<std::string_view> names,
+                        Remarks& remarks) {
+    if (element)
+        TellUnknownChildren(*element, names, remarks);
+    return {element, std::move(names), remarks};
+}
+
 std::unique_ptr<MXFragment> ConstructPoint(const char* name, const Function::Point& point) {
     auto element = std::make_unique<MXFragment>(MX_ELEMENT, name);
     element->Adopt(ConstructTextElement("x", point.x));
@@ -36,7 +58,7 @@ std::unique_ptr<MXFragment> ConstructPoint(const char* name, const Function::Poi
 }
 
 void ReadPoint(const MXFragment* element, Function::Point& point, Remarks& remarks) {
-    const ElementScope scope(element, {"x", "y"}, remarks);
+    const ElementScope scope = WholeScope(element, {"x", "y"}, remarks);
     scope.ReadNumber("x", point.x);
     scope.ReadNumber("y", point.y);
 }
@@ -70,9 +92,9 @@ void ReadMacros(const MXFragment* element, Function& function, Remarks& remarks)
     std::vector<std::string_view> names;
     for (const MacroNames& row : kMacroNames)
         names.insert(names.end(), {row.value, row.controller});
-    const ElementScope scope(element, names, remarks);
+    const ElementScope scope = WholeScope(element, names, remarks);
     for (std::size_t i = 0; i < kMacros; i++) {
-        if (const MXFragment* value = scope.Find(kMacroNames[i].value)) {
+        if (const MXFragment* value = scope.Optional(kMacroNames[i].value)) {
             std::string& text = function.macros[i].value;
             scope.ReadNumber(kMacroNames[i].value, text);
             const double number = kits::NumberOf(text);
@@ -80,7 +102,7 @@ void ReadMacros(const MXFragment* element, Function& function, Remarks& remarks)
                 remarks.Add(value->TextLeft(), Tag(value->name) + ": " + kits::Quoted(text) +
                                                    " counts as " + (number < 0 ? "0" : "1"));
         }
-        if (scope.Find(kMacroNames[i].controller))
+        if (scope.Optional(kMacroNames[i].controller))
             scope.ReadNumber(kMacroNames[i].controller, function.macros[i].controller, true);
     }
 }
@@ -94,12 +116,10 @@ const FunctionElement* FunctionElementNamed(std::string_view name) {
 }
 
 std::string FunctionTags() {
-    std::string tags;
-    for (const FunctionElement& row : kFunctionElements) {
-        const bool isLast = &row == std::end(kFunctionElements) - 1;
-        tags += (tags.empty() ? "" : isLast ? " or " : ", ") + Tag(row.name);
-    }
-    return tags;
+    std::vector<std::string_view> names;
+    for (const FunctionElement& row : kFunctionElements)
+        names.emplace_back(row.name);
+    return Tags(names);
 }
 
 const char* RootName(const Function& function) {
@@ -155,9 +175,10 @@ kits::Result<void> InterpretFunction(const MXFragment& root, Function& function,
     }
     const ElementScope parts(&root, {"info", "display"}, remarks);
     function.kept.root = ChildrenBut(root, Known(function.kind));
+    TellUnknownChildren(root, Read(function.kind), remarks);
     InterpretInfoElement(parts.Element("info"), function.author, function.kept, remarks);
-    const ElementScope display(parts.Element("display"), {"width", "linkfunction", "linkscreenrel"},
-                               remarks);
+    const ElementScope display =
+        WholeScope(parts.Element("display"), {"width", "linkfunction", "linkscreenrel"}, remarks);
     display.ReadNumber("width", function.width, WidthDoubt);
     ReadPoint(display.Element("linkfunction"), function.linkFunction, remarks);
     ReadPoint(display.Element("linkscreenrel"), function.linkScreen, remarks);

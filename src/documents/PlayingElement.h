@@ -10,15 +10,13 @@ namespace vexa {
 
 /// The name of the element with the settings of how a sound is played.
 constexpr const char* kPlaying = "playing";
-/// The children of "info" that only sounds have, in the order in which they are written.
-constexpr std::string_view kSoundInfoNames[] = {"name", "category", "tags", "comment"};
 
 // All functions below may be called in any thread.
 
 /// Makes the element "playing", with a child for each text that is not absent.
 std::unique_ptr<MXFragment> ConstructPlayingElement(const PlayingTexts& playing);
 /// Returns the texts of the children of an element "playing". An invalid text is kept and adds a
-/// remark.
+/// remark, and so does an unknown child.
 PlayingTexts ReadPlaying(const MXFragment& element, Remarks& remarks);
 
 /// Appends the children of kSoundInfoNames to an element "info", except absent ones.

@@ -57,6 +57,8 @@ void InterpretGroup(const MXFragment* element, std::string_view group, Sound& so
         names.push_back(row.element);
     if (points)
         names.emplace_back(kPoints);
+    if (element)
+        TellUnknownChildren(*element, names, remarks);
     const ElementScope scope(element, std::move(names), remarks);
     for (const Parameter& row : ParametersOf(group))
         scope.ReadNumber(row.element, sound.texts[IndexOf(row)], row.controller);
@@ -92,19 +94,21 @@ std::string ReleaseFault(const std::string& text) {
            ", which counts as \"false\"";
 }
 
-/// Returns the probable mistakes in a point, in the order t, val, fku; empty if there are none.
+/// Returns the probable mistakes in a point, in the order t, val, fku and other attributes; empty
+/// if there are none.
 std::string FaultsOf(const MXFragment& element) {
     if (element.Type() == MX_ELEMENT)
         return "expected an element that ends in \"/>\"; this one is not read";
     if (element.Type() != MX_EMPTY_ELEMENT)
         return "";
-    constexpr struct {
+    struct Attribute {
         const char* name;
         const char* form;
         std::string (*fault)(const std::string&);
-    } kAttributes[] = {{"t", "\"SECONDS\"", NumberFault},
-                       {"val", "\"VALUE\"", NumberFault},
-                       {"fku", "\"true\" or \"false\"", ReleaseFault}};
+    };
+    constexpr Attribute kAttributes[] = {{"t", "\"SECONDS\"", NumberFault},
+                                         {"val", "\"VALUE\"", NumberFault},
+                                         {"fku", "\"true\" or \"false\"", ReleaseFault}};
     std::string faults;
     for (const auto& [name, form, faultOf] : kAttributes) {
         const std::string text = AttributeOf(element, name);
@@ -115,6 +119,15 @@ std::string FaultsOf(const MXFragment& element) {
             fault = std::string(name) + ": " + fault;
         if (!fault.empty())
             faults += (faults.empty() ? "" : "; ") + fault;
+    }
+    for (const MXAttribute& attribute : element.attributes.All()) {
+        // A blank at its end has been told by the parser.
+        MXString name = attribute.name;
+        name.RemoveTrailingSpace();
+        if (std::ranges::find(kAttributes, std::string_view(name), &Attribute::name) ==
+            std::end(kAttributes))
+            faults += (faults.empty() ? "" : "; ") +
+                      ("expected t, val or fku, found " + kits::Quoted(std::string_view(name)));
     }
     return faults;
 }
@@ -197,6 +210,7 @@ kits::Result<void> InterpretSound(const MXFragment& root, Sound& sound, Remarks&
         return {};
     names.emplace_back(kPlaying);
     sound.kept.root = ChildrenBut(root, names);
+    TellUnknownChildren(root, names, remarks);
     if (const MXFragment* playing = ChildNamed(root, kPlaying))
         sound.playing = ReadPlaying(*playing, remarks);
     return {};
@@ -206,8 +220,15 @@ void InterpretEnvdataElement(const MXFragment& envdata, std::vector<EnvPoint>& p
                              Remarks& remarks) {
     points.clear();
     WalkFragments(envdata, [&](const MXFragment& fragment) {
-        if (fragment.name != kPoint)
+        if (fragment.name != kPoint) {
+            const bool isElement =
+                fragment.Type() == MX_ELEMENT || fragment.Type() == MX_EMPTY_ELEMENT;
+            if (isElement && &fragment != &envdata)
+                remarks.Add(fragment.TextLeft(), "expected " + Tag(kPoint) + " in " +
+                                                     Tag(envdata.name) + ", found an element " +
+                                                     Tag(fragment.name));
             return WalkStep::Into;
+        }
         if (fragment.Type() == MX_EMPTY_ELEMENT)
             points.push_back(PointOf(fragment));
         if (const std::string faults = FaultsOf(fragment); !faults.empty())

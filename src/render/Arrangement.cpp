@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <functional>
+#include <numeric>
 #include <utility>
 
 namespace vexa {
@@ -36,6 +37,12 @@ kits::Result<bool> Arrangement::Render(std::vector<float>& frames) {
 
 bool Arrangement::HasBounded() {
     return std::ranges::any_of(parts, [](Part& part) { return part.HasBounded(); });
+}
+
+std::size_t Arrangement::FadedNotes() const {
+    return std::accumulate(
+        parts.begin(), parts.end(), std::size_t(0),
+        [](std::size_t sum, const Part& part) { return sum + part.FadedNotes(); });
 }
 
 void Arrangement::Summarize(RenderSummary& summary) {

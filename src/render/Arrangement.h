@@ -33,6 +33,8 @@ class Arrangement {
 
     /// Returns true if a function has given a value beyond the bound that is heard (kMostHeard).
     bool HasBounded();
+    /// Returns the number of notes that were still held at the end and were faded out.
+    std::size_t FadedNotes() const;
     /// Writes the statistics of the render into `summary`. The parts' peak numbers of voices are
     /// added up, as if all parts had reached them at the same time.
     void Summarize(RenderSummary& summary);

@@ -4,6 +4,8 @@
 #include "kits/storage/ReadFile.h"
 
 #include <algorithm>
+#include <array>
+#include <bitset>
 #include <cstring>
 #include <optional>
 
@@ -12,9 +14,10 @@ namespace vexa {
 namespace {
 
 // The format's constants.
-constexpr std::size_t kChunkHeader = 8;  // four characters and a 32-bit length
-constexpr uint32 kHeaderLength = 6;      // type, number of tracks, division, 16 bits each
-constexpr int kMaxLengthBytes = 4;       // of a variable-length quantity, 7 bits each
+constexpr std::size_t kChunkHeader = 8; // four characters and a 32-bit length
+constexpr uint32 kHeaderLength = 6;     // type, number of tracks, division, 16 bits each
+constexpr int kMaxLengthBytes = 4;      // of a variable-length quantity, 7 bits each
+constexpr std::size_t kChannels = 16, kKeys = 128;
 constexpr uint32 kDefaultTempo = 500000; // microseconds per quarter note
 
 enum : uint8 {
@@ -30,8 +33,13 @@ struct ChannelEvent {
     /// The offset in the file at which the event begins.
     uint32 position;
     MidiEvent::Kind kind;
-    uint8 channel, number, value;
+    uint8 channel : 4;
+    /// True for a note-off that ends a note which its track began at an earlier tick. Shares a byte
+    /// with the channel, because a large file has millions of events.
+    uint8 endsEarlier : 1;
+    uint8 number, value;
 };
+static_assert(sizeof(ChannelEvent) == 16);
 
 struct TempoChange {
     uint64 tick;
@@ -40,11 +48,38 @@ struct TempoChange {
     uint32 tempo;
 };
 
-/// Sorts by tick; events at the same tick stay in the order of their tracks.
+/// Sorts by tick; what happens at the same tick stays in the order of the tracks.
 template<class Event>
 void SortByTick(std::vector<Event>& events) {
     std::stable_sort(events.begin(), events.end(),
                      [](const Event& a, const Event& b) { return a.tick < b.tick; });
+}
+
+/// Moves note-offs that end earlier notes to the front of the events at one tick, if a note on the
+/// same key begins before them there, as another track may have it: they would end the new note
+/// too, also on another channel, unless that is a member of an MPE zone.
+void PutEndsFirst(std::span<ChannelEvent> moment) {
+    std::bitset<kKeys> begun;
+    std::vector<ChannelEvent> ends, others;
+    for (const ChannelEvent& event : moment) {
+        const bool isLate = event.endsEarlier && begun[event.number];
+        (isLate ? ends : others).push_back(event);
+        if (event.kind == MidiEvent::Kind::NoteOn)
+            begun.set(event.number);
+    }
+    std::ranges::copy(others, std::ranges::copy(ends, moment.begin()).out);
+}
+
+/// Sorts by tick, and what happens at the same tick by its track, except as PutEndsFirst says.
+void SortInTime(std::vector<ChannelEvent>& events) {
+    SortByTick(events);
+    for (auto first = events.begin(); first != events.end();) {
+        const auto next = std::find_if(
+            first, events.end(), [&](const ChannelEvent& e) { return e.tick != first->tick; });
+        if (std::any_of(first, next, [](const ChannelEvent& e) { return e.endsEarlier; }))
+            PutEndsFirst({first, next});
+        first = next;
+    }
 }
 
 /// The unit of time into which ticks are converted: a tick lasts `tempo` units, a second has
@@ -70,6 +105,7 @@ class Parser {
     void ParseTrack();
     void ParseMeta(uint64 tick, std::size_t start, bool& ended);
     void ParseChannelEvent(uint8 status, uint64 tick, std::size_t start);
+    bool EndsEarlier(const kits::MidiEvent& end, uint64 tick);
     void PlaceInTime();
     void PassTo(uint64 tick, uint32 where);
 
@@ -110,6 +146,13 @@ class Parser {
     uint32 tracks = 0;
     TimeBase base;
     std::vector<ChannelEvent> events;
+    /// The notes of a key in the track that last began one there: the number of those without an
+    /// end, and the tick of the last.
+    struct Open {
+        uint32 track, count;
+        uint64 tick;
+    };
+    std::array<std::array<Open, kKeys>, kChannels> open{};
     std::vector<TempoChange> tempos;
     /// The tick at which the longest track ends.
     uint64 lastTick = 0;
@@ -342,8 +385,24 @@ void Parser::ParseChannelEvent(uint8 status, uint64 tick, std::size_t start) {
     const uint8 number = DataByte();
     const uint8 value = kits::DataBytesOf(status) > 1 ? DataByte() : 0;
     const kits::MidiEvent e = kits::EventOf(status, number, value, 0);
-    events.push_back({tick, static_cast<uint32>(start), e.hook, e.channel, e.data1, e.data2});
-    file.notes += e.hook == MidiEvent::Kind::NoteOn;
+    const bool endsEarlier = e.hook == MidiEvent::Kind::NoteOff && EndsEarlier(e, tick);
+    events.push_back(
+        {tick, static_cast<uint32>(start), e.hook, e.channel, endsEarlier, e.data1, e.data2});
+    if (e.hook == MidiEvent::Kind::NoteOn) {
+        file.notes++;
+        Open& key = open[e.channel][e.data1];
+        key = {tracks, key.track == tracks ? key.count + 1 : 1, tick};
+    }
+}
+
+/// Returns true if the note-off ends a note that its track began at an earlier tick. Counts it as
+/// ended.
+bool Parser::EndsEarlier(const kits::MidiEvent& end, uint64 tick) {
+    Open& key = open[end.channel][end.data1];
+    if (key.track != tracks || key.count == 0)
+        return false;
+    key.count--;
+    return key.tick < tick;
 }
 
 /// Advances the time to a tick; a fault is reported at the given offset of the file.
@@ -358,7 +417,7 @@ void Parser::PassTo(uint64 next, uint32 where) {
 
 /// Sorts the events of all tracks and gives each its time.
 void Parser::PlaceInTime() {
-    SortByTick(events);
+    SortInTime(events);
     SortByTick(tempos);
     std::size_t stopped = 0;
     auto change = tempos.begin();

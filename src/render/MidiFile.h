@@ -35,7 +35,9 @@ struct MidiEvent {
 };
 
 struct MidiFile {
-    /// The events by time; events at the same time are in the order of their tracks.
+    /// The events by time; events at the same time are in the order of their tracks. Only a
+    /// note-off that ends an earlier note comes before all others of its time, if a note on the
+    /// same key begins before it there.
     std::vector<MidiEvent> events;
     /// The seconds from the start to the last event of any kind, including the ends of the tracks.
     double duration = 0;

@@ -36,6 +36,7 @@ class Part {
     double Seconds() const { return double(performance->Length()) / FullRate(); }
     double SecondsDone() const { return double(performance->Position()) / FullRate(); }
     int32 MostVoices() const { return performance->MostVoices(); }
+    std::size_t FadedNotes() const { return performance->FadedNotes(); }
     int64 StolenVoices() { return instrument.Playing().consumer.StolenVox(); }
     bool HasBounded() { return instrument.Playing().renderer.HasBounded(); }
 

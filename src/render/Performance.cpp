@@ -6,9 +6,22 @@
 
 namespace vexa {
 
+namespace {
+
+/// The duration, in seconds, of the fade of notes that are still held at the end of the tail.
+constexpr double kFadeSeconds = 0.1;
+/// The last sample of a voice that counts as silent, which is -80 dB.
+constexpr float kFaint = 1e-4F;
+
+} // namespace
+
 Performance::Performance(Engine& instrument, const MidiFile& file, double rate, double tail,
                          int oversampling)
-    : instrument(instrument), file(file), rate(rate), length(SampleOf(file.duration + tail)) {
+    : instrument(instrument),
+      file(file),
+      rate(rate),
+      length(SampleOf(file.duration + tail)),
+      fadeStart(SampleOf(file.duration + std::max(tail - kFadeSeconds, 0.0))) {
     instrument.renderer.SetSampleRate(rate, oversampling);
 }
 
@@ -26,12 +39,34 @@ std::size_t Performance::Render(float* left, float* right, std::size_t count) {
         int64 next = end;
         if (nextEvent < file.events.size())
             next = std::min(next, SampleOf(file.events[nextEvent].seconds));
+        if (position < fadeStart)
+            next = std::min(next, fadeStart);
+        else if (position == fadeStart)
+            fadedNotes = HeldNotes();
         const int64 done = position - begin;
-        instrument.renderer.Render(left + done, right ? right + done : nullptr,
-                                   static_cast<std::size_t>(next - position));
+        float* const ears[] = {left + done, right ? right + done : nullptr};
+        instrument.renderer.Render(ears[0], ears[1], static_cast<std::size_t>(next - position));
+        if (fadedNotes > 0) {
+            for (float* const ear : ears)
+                FadeOut(ear, position, next);
+        }
         position = next;
     }
     return static_cast<std::size_t>(end - begin);
+}
+
+/// Returns the number of notes that a key or a pedal holds and that are heard.
+std::size_t Performance::HeldNotes() const {
+    return static_cast<std::size_t>(std::ranges::count_if(instrument.voices, [](const voice& slot) {
+        return slot.state.Look().Active() && !slot.released && std::abs(slot.out) > kFaint;
+    }));
+}
+
+/// Fades the samples of an ear from `first` to `next`, which lie in the fade; null is no ear.
+void Performance::FadeOut(float* samples, int64 first, int64 next) const {
+    const auto duration = static_cast<float>(length - fadeStart);
+    for (int64 i = first; samples && i < next; i++)
+        samples[i - first] *= static_cast<float>(length - i) / duration;
 }
 
 void Performance::Play(const MidiEvent& event) {

@@ -10,8 +10,9 @@
 
 namespace vexa {
 
-/// Plays the events of a file, each at the sample nearest to its time, and renders the result. The
-/// output does not depend on the number of samples rendered per call.
+/// Plays the events of a file, each at the sample nearest to its time, and renders the result. If a
+/// key or a pedal still holds a note that is heard, the end of the tail fades out. The output does
+/// not depend on the number of samples rendered per call.
 class Performance {
   public:
     /// Plays at `rate` samples per second, `oversampling` times the rate of the output, until
@@ -34,19 +35,26 @@ class Performance {
 
     /// Returns the greatest number of voices that have sounded at once so far.
     int32 MostVoices() const { return mostVoices; }
+    /// Returns the number of held notes that were faded out, once all is rendered.
+    std::size_t FadedNotes() const { return fadedNotes; }
 
   private:
     int64 SampleOf(double seconds) const;
     void Play(const MidiEvent& event);
+    std::size_t HeldNotes() const;
+    void FadeOut(float* samples, int64 first, int64 next) const;
 
     Engine& instrument;
     const MidiFile& file;
     double rate;
     int64 length;
+    /// The sample, after the last event, from which notes that are still held fade out.
+    int64 fadeStart;
     int64 position = 0;
     std::size_t nextEvent = 0;
     kits::EventWatcher* watcher = nullptr;
     int32 mostVoices = 0;
+    std::size_t fadedNotes = 0;
 };
 
 } // namespace vexa

@@ -84,6 +84,14 @@ class RenderJob {
     std::optional<kits::Interrupt> interrupt;
 };
 
+/// Returns the warning about notes that nothing in the file ends.
+std::string HeldText(std::size_t notes) {
+    return std::to_string(notes) + (notes == 1 ? " note is" : " notes are") +
+           " held at the end, by a key or a pedal that the file never lets go, and faded out "
+           "there; "
+           "--tail says how long they last";
+}
+
 Result<void> RenderJob::Render() {
     const Result<kits::SoundFileFormat> format = kits::SoundFileFormatOf(options.output);
     if (!format)
@@ -117,6 +125,8 @@ Result<void> RenderJob::Render() {
         return finished;
     if (arrangement->HasBounded())
         outcome.warnings.push_back("the function has values beyond 1e30, which count as that");
+    if (const std::size_t held = arrangement->FadedNotes(); held > 0)
+        outcome.warnings.push_back(HeldText(held));
 
     arrangement->Summarize(outcome.summary);
     return file->Commit();

@@ -28,6 +28,7 @@ class MXAttributeList {
     /// Returns the value of the first attribute with that name, or "" if there is none.
     MXString GetValue(MXString name) const;
 
+    const std::vector<MXAttribute>& All() const { return attributes; }
     int32 CountItems() const { return static_cast<int32>(attributes.size()); }
     void MakeEmpty() { attributes.clear(); }
 

@@ -34,8 +34,11 @@ kits::Place PlaceOf(std::string_view file, std::string_view text, std::size_t le
 }
 
 void Remarks::Add(std::size_t left, std::string text) {
+    const Remark remark{left, std::move(text)};
+    if (std::ranges::find(kept, remark) != kept.end())
+        return;
     if (kept.size() < kMost)
-        kept.push_back({left, std::move(text)});
+        kept.push_back(remark);
     else
         others++;
 }

@@ -24,6 +24,7 @@ class Remarks {
 
     /// Adds a remark of one line: the fault, and the expected content. Because a text is read by
     /// removing pieces from its front, the place is given as the number of remaining bytes, `left`.
+    /// The same remark again, by a second reader of the same part, is left out.
     void Add(std::size_t left, std::string text);
 
     /// Returns the remarks on `text`, which was read from `file`, in the order of their places. If
@@ -34,6 +35,7 @@ class Remarks {
     struct Remark {
         std::size_t left;
         std::string text;
+        bool operator==(const Remark&) const = default;
     };
 
     std::vector<Remark> kept;

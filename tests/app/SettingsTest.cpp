@@ -85,6 +85,23 @@ TEST_F(SettingsTest, KeepWhatOthersHaveWrittenInTheFile) {
     Settings(file).Set(vexa::kFavouritesSetting, {"x", "y", "w"});
     first.reset();
     EXPECT_THAT(Settings(file).Get(vexa::kFavouritesSetting), ElementsAre("y", "z", "w"));
+    // What another program removes does not come back, unless it is used again.
+    Settings(file).Set(vexa::kFavouritesSetting, {"a", "b", "c"});
+    Settings(file).Set(vexa::kRecentSetting, {"a", "b", "c"});
+    first.emplace(file);
+    Settings(file).Set(vexa::kFavouritesSetting, {"c"});
+    Settings(file).Set(vexa::kRecentSetting, {"c"});
+    first->Set(vexa::kFavouritesSetting, {"a", "b", "c", "d"});
+    first->PutFirst(vexa::kRecentSetting, "b", 3);
+    first.reset();
+    EXPECT_THAT(Settings(file).Get(vexa::kFavouritesSetting), ElementsAre("c", "d"));
+    EXPECT_THAT(Settings(file).Get(vexa::kRecentSetting), ElementsAre("b", "c"));
+    // A file that is lost has removed nothing.
+    first.emplace(file);
+    std::filesystem::remove(file);
+    first->Set(vexa::kFavouritesSetting, {"c", "d", "e"});
+    first.reset();
+    EXPECT_THAT(Settings(file).Get(vexa::kFavouritesSetting), ElementsAre("c", "d", "e"));
     // An empty list has no line.
     Settings(file).Set(vexa::kFavouritesSetting, {});
     EXPECT_THAT(Content(), testing::Not(HasSubstr("favourite")));

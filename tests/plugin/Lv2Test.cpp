@@ -98,7 +98,7 @@ std::vector<float> Rendered(const test::TemporaryFolder& folder, const std::stri
                                      "--rate",
                                      std::to_string(rate),
                                      "--tail",
-                                     "0.1",
+                                     "0.3", // the notes that are held fade out after those played
                                      "--quiet"};
     command.insert(command.end(), more.begin(), more.end());
     const test::CommandResult result = test::RunCommand(std::move(command));

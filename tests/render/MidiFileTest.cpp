@@ -115,6 +115,38 @@ TEST(MidiFile, MergesTracksByTimeThenOrderUnderOneTempoMap) {
     EXPECT_THAT(independent->warnings, ElementsAre(HasSubstr("only the first is read")));
 }
 
+/// Two hands on one keyboard: one leaves a key at the tick at which the other strikes it.
+TEST(MidiFile, TheEndOfANoteDoesNotEndTheOneThatAnotherTrackBeginsThen) {
+    const auto names = [](const MidiFile& file) {
+        std::string text;
+        for (const vexa::MidiEvent& event : file.events) {
+            text += event.kind == Kind::NoteOn ? '+' : event.kind == Kind::NoteOff ? '-' : '*';
+            text += std::to_string(event.number) + '@' + std::to_string(event.channel) + ' ';
+        }
+        return text;
+    };
+    const auto merged = [&](const std::string& first, const std::string& second) {
+        return names(Good(Header(1, 2, 100) + Track(first) + Track(second)));
+    };
+    const std::string right = "\x64\xB0\1\5\0\x90\x3C\x64\0\x90\x40\x64"s; // 60 and 64 at tick 100
+    EXPECT_EQ(merged(right, "\0\x90\x3C\x64\x64\x80\x3C\0"s), "+60@0 -60@0 *1@0 +60@0 +64@0 ");
+    EXPECT_EQ(merged(right, "\0\x91\x3C\x64\x64\x91\x3C\0\0\x91\x3C\x64"s),
+              "+60@1 -60@1 *1@0 +60@0 +64@0 +60@1 ")
+        << "on another channel too";
+    EXPECT_EQ(merged(right, "\0\x90\x3C\x64\1\x90\x3C\x64\1\x80\x3C\0\x62\x80\x3C\0"s),
+              "+60@0 +60@0 -60@0 -60@0 *1@0 +60@0 +64@0 ")
+        << "of two notes of a key, the second end";
+
+    // Elsewhere the order stays: another key, a note without length, an end without a beginning.
+    EXPECT_EQ(merged(right, "\0\x90\x3D\x64\x64\x80\x3D\0"s), "+61@0 *1@0 +60@0 +64@0 -61@0 ");
+    EXPECT_EQ(merged(right, "\x64\x90\x3C\x64\0\x80\x3C\0"s), "*1@0 +60@0 +64@0 +60@0 -60@0 ");
+    EXPECT_EQ(merged(right, "\0\x90\x3C\x64\1\x80\x3C\0\x63\x80\x3C\0"s),
+              "+60@0 -60@0 *1@0 +60@0 +64@0 -60@0 ");
+    EXPECT_EQ(names(Good(Song("\0\x90\x3C\x64\x64\x90\x3C\x64\0\x80\x3C\0"s))),
+              "+60@0 +60@0 -60@0 ")
+        << "in one track";
+}
+
 TEST(MidiFile, TimesDoNotDrift) {
     // A tempo that a double cannot represent exactly, over 100000 short steps.
     std::string events = "\0"s + Tempo(333333);

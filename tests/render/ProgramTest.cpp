@@ -306,6 +306,43 @@ TEST_F(RenderProgram, AFunctionThatOverflowsIsHeardWithAWarning) {
     }
 }
 
+/// Without a fade the file would end with a click, in the middle of a tone.
+TEST_F(RenderProgram, NotesThatTheFileNeverEndsFadeOutWithAWarning) {
+    const std::string sound = folder.Write("sine.xml", test::kSineSound).string();
+    const auto render = [&](const std::vector<test::MidiMessage>& events,
+                            std::vector<std::string> options) {
+        const std::string midi = folder.Write("held.mid", test::MidiFileOf(events)).string();
+        options.insert(options.begin(), {midi, Path("a.wav"), "--sound", sound, "--quiet"});
+        const CommandResult result = Run(options);
+        EXPECT_EQ(result.exitCode, 0);
+        return result.text;
+    };
+    const auto peak = [&](std::size_t from, std::size_t count) {
+        const std::vector<float> samples = Samples(Path("a.wav"));
+        return test::Peak(std::span(samples).last(from).first(count));
+    };
+    const auto warning = [](const std::string& notes) {
+        return HasSubstr("vexa-render: warning: " + notes +
+                         " held at the end, by a key or a pedal that the file never lets go, and "
+                         "faded out there; --tail says how long they last\n");
+    };
+    const auto none = testing::Not(HasSubstr("at the end"));
+    const test::MidiMessage on{0, {0x90, 69, 100}}, off{250, {0x80, 69, 0}};
+
+    EXPECT_THAT(render({on, {10, {0x91, 73, 100}}}, {}), warning("2 notes are"));
+    EXPECT_GT(peak(4900, 400), 0.8 * peak(10000, 4000)) << "not earlier than needed";
+    EXPECT_LT(peak(500, 500), 0.2 * peak(10000, 4000));
+    EXPECT_LT(peak(1, 1), 1e-3);
+
+    const std::vector<test::MidiMessage> pedalled = {{0, {0xB0, 64, 127}}, on, off};
+    EXPECT_THAT(render(pedalled, {"--pedal", "true", "--tail", "0.05", "--spread", "90"}),
+                warning("1 note is"));
+    EXPECT_LT(peak(2, 2), 1e-3) << "both ears";
+    EXPECT_THAT(render(pedalled, {}), none) << "the sound has no pedal";
+    EXPECT_THAT(render({on, {250, {0xB0, 123, 0}}}, {}), none) << "all notes off";
+    EXPECT_THAT(render({on, off}, {"--tail", "0"}), none);
+}
+
 TEST_F(RenderProgram, BadInputIsNamedAndNothingIsLost) {
     const std::string out = Path("out.wav");
     const std::string good = OneNote();

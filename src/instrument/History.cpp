@@ -3,6 +3,7 @@
 
 #include "instrument/SoundParts.h"
 
+#include <map>
 #include <utility>
 
 namespace vexa {
@@ -24,6 +25,12 @@ void KeepPlayed(Sound& sound, const Function& from, const Function& to, const Fu
 }
 
 } // namespace
+
+bool SoundFile::Match(const Sound& a, const Sound& b) const {
+    const bool entered =
+        author && a.author != b.author && (author == a.author || author == b.author);
+    return !entered && AreAlike(a, b);
+}
 
 History::Version::Version(const Sound& sound, std::shared_ptr<SoundFile> file, const Version* like)
     : function(Share(sound.function, like ? like->function : nullptr)),
@@ -114,6 +121,27 @@ void History::Play(const Sound& sound) {
     }
 }
 
+void History::Rename(const std::string& from, const std::string& to) {
+    // The sounds share their parts afterwards as before.
+    std::map<Part<Sound>, Part<Sound>> renamed;
+    const auto rename = [&](Version& version) {
+        if (version.file != present.file || version.rest->info.name != from)
+            return;
+        Part<Sound>& next = renamed[version.rest];
+        if (!next) {
+            Sound others = *version.rest;
+            others.info.name = to;
+            next = std::make_shared<const Sound>(std::move(others));
+        }
+        version.rest = next;
+    };
+    for (Step& step : steps) {
+        rename(step.before);
+        rename(step.after);
+    }
+    rename(present);
+}
+
 void History::End() {
     if (place > 0)
         steps[place - 1].open = false;
@@ -142,7 +170,7 @@ std::vector<History::LeftSound> History::Left() const {
     for (std::size_t i = place; i-- > 0;) {
         const Version& before = steps[i].before;
         if (before.file != steps[i].after.file && !before.givenUp &&
-            !AreAlike(before.Get(), before.file->saved))
+            !before.file->Match(before.Get(), before.file->saved))
             left.push_back({i, before.file->name});
     }
     return left;

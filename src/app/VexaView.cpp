@@ -100,6 +100,8 @@ VexaView::VexaView(BRect frame, const char* name, const kits::ProgramFolders& fo
 
 VexaView::~VexaView() {
     closing = true;
+    if (plugin)
+        OfferEdits();
     kits::AtGestureEdges(nullptr);
     keyboard.ReleaseAll();
     desk->LetGo();

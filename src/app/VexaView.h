@@ -291,6 +291,7 @@ class VexaView : public BView {
     // The sound of a plug-in, in place of the audio graph.
     void StartAttached();
     void TakeNews();
+    void OfferEdits();
     void WatchPlugin();
     static void Leave();
     void FollowMacros();
@@ -311,7 +312,9 @@ class VexaView : public BView {
     void LoadProgram();
 
     // File panels.
-    void ShowPanel(file_panel_mode mode, uint32 result, const char* folder, const char* title);
+    std::string NameToSaveAs() const;
+    void ShowPanel(file_panel_mode mode, uint32 result, const char* folder, const char* title,
+                   const std::string& name);
     void RemovePanel(const BMessage& message);
     static std::string ChosenPath(const BMessage& message);
     bool MaySave();

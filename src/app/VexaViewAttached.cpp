@@ -47,13 +47,17 @@ void VexaView::TakeNews() {
             BeginHistory();
         offeredAt = Edits();
     }
-    if (offeredAt != Edits()) {
-        offeredAt = Edits();
-        if (!plugin->Offer(ConfirmedSound()))
-            ErrorAlert("The sound is too large for the plug-in, which plays the one before.");
-    }
+    OfferEdits();
     if (plugin->IsOver())
         Leave();
+}
+
+void VexaView::OfferEdits() {
+    if (offeredAt == Edits())
+        return;
+    offeredAt = Edits();
+    if (!plugin->Offer(ConfirmedSound()))
+        ErrorAlert("The sound is too large for the plug-in, which plays the one before.");
 }
 
 void VexaView::WatchPlugin() {

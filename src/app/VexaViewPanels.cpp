@@ -2,10 +2,13 @@
 // The main view's file panels, and what they choose.
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
+#include "instrument/DefaultSound.h"
+#include "instrument/InitialSound.h"
 #include "kits/interface/Alert.h"
 #include "kits/interface/FilePanel.h"
 #include "kits/interface/Window.h"
 #include "kits/storage/Entry.h"
+#include "kits/storage/FileName.h"
 
 #include <filesystem>
 
@@ -70,7 +73,8 @@ bool VexaView::TakePanelCommand(const BMessage& message) {
     for (const PanelCommand& command : kCommands) {
         if (message.what == command.button) {
             afterSaving = nullptr;
-            ShowPanel(command.mode, command.result, command.folder, command.title);
+            ShowPanel(command.mode, command.result, command.folder, command.title,
+                      message.what == kSaveSoundCode ? NameToSaveAs() : "");
             return true;
         }
         if (message.what != command.result)
@@ -90,8 +94,18 @@ bool VexaView::TakePanelCommand(const BMessage& message) {
     return false;
 }
 
-void VexaView::ShowPanel(file_panel_mode mode, uint32 result, const char* folder,
-                         const char* title) {
+/// Returns the name that a panel proposes for the sound; empty if the sound has none that a file
+/// can have.
+std::string VexaView::NameToSaveAs() const {
+    const std::string& name = SoundName();
+    // Every start begins with the sound that the user has saved as "default", so nobody is to do
+    // that without typing the name.
+    const bool isOwn = name != kInitialSoundName && name != kDefaultSoundName;
+    return isOwn && kits::CheckFileName(name) ? name : "";
+}
+
+void VexaView::ShowPanel(file_panel_mode mode, uint32 result, const char* folder, const char* title,
+                         const std::string& name) {
     // Cancelled panels are no longer needed.
     std::erase_if(panels, [](const auto& panel) { return !panel->IsShowing(); });
     if (!panelFilter)
@@ -110,8 +124,10 @@ void VexaView::ShowPanel(file_panel_mode mode, uint32 result, const char* folder
     if (folder)
         panel->AskOnlyIn(folders.Own(folder));
     // The lists show only files with this ending.
-    if (mode == B_SAVE_PANEL)
+    if (mode == B_SAVE_PANEL) {
         panel->SetEnding(kits::kDocumentEnding);
+        panel->SetSaveText(name);
+    }
     panel->Show();
     panels.push_back(std::move(panel));
 }

@@ -119,6 +119,13 @@ TEST_F(AttachedView, ShowsWhatPlaysSendsWhatIsDoneAndNothingElse) {
     GoOn();
     instrument.Render(left.data(), right.data(), left.size());
     EXPECT_TRUE(slot.released);
+
+    // What was done last is sent even if the window closes at once.
+    instrument.TakeEdited();
+    view->Undo();
+    delete std::exchange(window, nullptr);
+    windows.Close();
+    EXPECT_TRUE(instrument.TakeEdited());
 }
 
 TEST(Attachment, PluginsThatAreNoneAreNamed) {

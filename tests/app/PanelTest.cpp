@@ -4,12 +4,15 @@
 #include "app/MessageCodes.h"
 #include "documents/SoundDocument.h"
 #include "instrument/InitialSound.h"
+#include "kits/interface/backends/WindowWidget.h"
 #include "kits/storage/NodeInfo.h"
 #include "support/Environment.h"
 #include "support/Limits.h"
 #include "support/Pictures.h"
 
+#include <QLineEdit>
 #include <QTreeView>
+#include <QWindow>
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -66,6 +69,41 @@ TEST_F(PanelTest, EveryButtonShowsItsPanel) {
                 testing::UnorderedElementsAre("Load f(x,y)", "Save f(x,y)", "Load Sound",
                                               "Save Sound", "Load Sample"));
     EXPECT_THAT(alerts.texts, ElementsAre());
+}
+
+TEST_F(PanelTest, ASavePanelProposesTheNameOfTheSound) {
+    /// Returns the name in the panel, and how much of it the next key replaces.
+    const auto proposed = [&] {
+        PressButton("Save Sound");
+        std::pair<std::string, std::string> name;
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
+            if (!widget->isVisible() || widget->windowTitle() != "Save Sound")
+                continue;
+            const auto* line = dynamic_cast<QLineEdit*>(widget->focusWidget());
+            name = {line->text().toStdString(), line->selectedText().toStdString()};
+        }
+        ClosePanels();
+        return name;
+    };
+    using testing::Pair;
+    EXPECT_THAT(proposed(), Pair("", "")) << "a new sound has no name";
+    Choose(vexa::kSoundLoadedCode, In("sounds/bell.xml"));
+    EXPECT_THAT(proposed(), Pair("bell", "bell"));
+    SaveAs(vexa::kSoundSavedCode, "v1.5.xml", In("sounds"));
+    EXPECT_THAT(proposed(), Pair("v1.5", "v1.5"));
+    // Saved under this name, a sound would become the one that every start begins with.
+    Choose(vexa::kSoundLoadedCode, In("sounds/default.xml"));
+    EXPECT_THAT(proposed(), Pair("", ""));
+}
+
+TEST_F(PanelTest, APanelStaysAboveItsWindow) {
+    PressButton("Load Sound");
+    for (const QWidget* widget : QApplication::topLevelWidgets()) {
+        if (widget->isVisible() && widget->windowTitle() == "Load Sound") {
+            EXPECT_EQ(widget->windowHandle()->transientParent(), window->Widget().windowHandle());
+        }
+    }
+    ClosePanels();
 }
 
 TEST_F(PanelTest, WhatAnOpenPanelNamesIsLoaded) {

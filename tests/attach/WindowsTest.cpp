@@ -184,6 +184,22 @@ TEST_F(WindowsOfAPlugin, EditsAreHeardAndWhatPlaysIsSeenWhileTheAudioSideNeverWa
     EXPECT_EQ(Lines(), "");
 }
 
+/// A host asks whether to save as soon as it has closed the window.
+TEST_F(WindowsOfAPlugin, WhatAWindowSentBeforeItIsClosedIsTaken) {
+    for (int i = 0; i < 100; i++) {
+        auto window = std::make_unique<Window>(windows);
+        Sound sound = window->ReadSound();
+        sound.texts[0] = std::to_string(i);
+        window->Edit(sound);
+        if (i % 2 == 0)
+            window.reset();
+        windows.Close();
+        ASSERT_EQ(instrument.State(), SoundText(sound)) << i;
+        ASSERT_TRUE(instrument.TakeEdited()) << i;
+    }
+    EXPECT_EQ(Lines(), "");
+}
+
 TEST_F(WindowsOfAPlugin, KeysStruckWhileTheHostStandsStillAreReleasedWhenItGoesOn) {
     for (int i = 0; i < 400; i++) {
         for (const uint8 status : {0x90, 0x80})

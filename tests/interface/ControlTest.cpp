@@ -15,6 +15,8 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QMenu>
+#include <QTest>
+#include <QTimer>
 #include <QToolButton>
 #include <QWindow>
 #include <utility>
@@ -278,6 +280,28 @@ TEST(Menu, TellsWhatIsChosenToWhoCannotSeeIt) {
     menu->FindItem(2)->Choose();
     EXPECT_EQ(told->text(QAccessible::Name), "voices");
     EXPECT_EQ(told->text(QAccessible::Description), "max. 2 voices");
+}
+
+TEST(Menu, OpensForTheKeysAtTheMarkedItem) {
+    Listener listener;
+    auto* menu = new BPopUpMenu("mode");
+    for (uint32 code = 1; code <= 3; code++)
+        menu->AddItem(new BMenuItem(std::to_string(code).c_str(), new BMessage(code)));
+    menu->SetTargetForItems(&listener);
+    auto* field = new BMenuField({0, 0, 99, 20}, "mode", nullptr, menu);
+    const test::Stage stage(field);
+    auto* button = field->Widget().findChild<QToolButton*>();
+    menu->FindItem(1)->SetMarked(true);
+    for (const Qt::Key key : {Qt::Key_Down, Qt::Key_Down, Qt::Key_Up, Qt::Key_Up}) {
+        // Runs in the loop of the open menu.
+        QTimer::singleShot(0, button, [button, key] {
+            QTest::keyClick(button->menu(), key);
+            QTest::keyClick(button->menu(), Qt::Key_Return);
+        });
+        button->showMenu();
+        test::Settle();
+    }
+    EXPECT_THAT(listener.codes, ElementsAre(2, 3, 2, 1));
 }
 
 /// Names of files occur among these texts.

@@ -18,6 +18,7 @@ class HandlerTarget : public MessageTarget, public std::enable_shared_from_this<
   public:
     explicit HandlerTarget(BHandler* handler) : handler(handler) {}
     void Post(const BMessage& message) override;
+    BHandler* Handler() const override { return handler; }
 
     /// The handler that takes the messages; null once it has been destroyed. Window thread.
     BHandler* handler;

@@ -7,6 +7,8 @@
 #include <memory>
 #include <utility>
 
+class BHandler;
+
 namespace kits {
 
 /// A receiver of messages.
@@ -15,11 +17,11 @@ class MessageTarget {
     virtual ~MessageTarget() = default;
     /// Takes a copy of the message, which the target handles later in its own thread. Any thread.
     virtual void Post(const BMessage& message) = 0;
+    /// Returns the handler that takes the messages, or null. Window thread.
+    virtual BHandler* Handler() const { return nullptr; }
 };
 
 } // namespace kits
-
-class BHandler;
 
 /// A reference to a target, which may be destroyed before the messenger. It is a value that can be
 /// copied. Any thread.
@@ -32,6 +34,11 @@ class BMessenger {
     explicit BMessenger(const BHandler* handler);
 
     bool IsValid() const { return !target.expired(); }
+    /// Returns the target if it is a handler that still exists, or null. Window thread.
+    BHandler* Target() const {
+        const std::shared_ptr<kits::MessageTarget> alive = target.lock();
+        return alive ? alive->Handler() : nullptr;
+    }
     /// Returns B_OK, or B_NO_INIT if the target does not exist any more.
     status_t SendMessage(const BMessage& message) const {
         const std::shared_ptr<kits::MessageTarget> alive = target.lock();

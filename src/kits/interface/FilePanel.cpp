@@ -49,6 +49,11 @@ void BFilePanel::SendMessage(const BMessenger* to, BMessage* result) {
     to->SendMessage(*result);
 }
 
+const BWindow* BFilePanel::Asker() const {
+    const BHandler* const handler = target.Target();
+    return dynamic_cast<const BWindow*>(handler ? handler->Looper() : nullptr);
+}
+
 bool BFilePanel::AsksIn(const std::filesystem::path& folder) const {
     std::error_code ignored;
     return askOnlyIn.empty() || std::filesystem::equivalent(askOnlyIn, folder, ignored);

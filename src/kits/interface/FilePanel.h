@@ -102,6 +102,7 @@ class BFilePanel : private kits::FilePanelOwner {
     status_t GetNextSelectedRef(entry_ref* ref);
 
   private:
+    const BWindow* Asker() const override;
     bool AsksIn(const std::filesystem::path& folder) const override;
     const std::string& Ending() const override { return ending; }
     BMessage NewResult() const override { return message; }

@@ -9,6 +9,7 @@
 #include <string>
 
 struct stat;
+class BWindow;
 
 enum file_panel_mode { B_OPEN_PANEL, B_SAVE_PANEL };
 
@@ -32,6 +33,8 @@ namespace kits {
 class FilePanelOwner {
   public:
     virtual ~FilePanelOwner() = default;
+    /// Returns the window that gets the results; null if another target gets them.
+    virtual const BWindow* Asker() const = 0;
     /// Returns true if the user must be asked before a file in that folder is replaced.
     virtual bool AsksIn(const std::filesystem::path& folder) const = 0;
     /// Returns the ending of all saved names; empty allows any.

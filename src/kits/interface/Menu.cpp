@@ -186,6 +186,9 @@ void BMenu::Fill(QMenu& toolkit) {
         action->setCheckable(radio || item->IsMarked());
         action->setActionGroup(group);
         action->setChecked(item->IsMarked());
+        // The keys go on from here.
+        if (radio && item->IsMarked())
+            toolkit.setActiveAction(action);
         QObject::connect(action, &QAction::triggered, action,
                          [chosen = item.get()] { chosen->Choose(); });
     }

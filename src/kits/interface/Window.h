@@ -63,8 +63,9 @@ class BWindow : public BLooper {
     BView* FindView(std::string_view name) const;
 
     /// Embeds the window into the window `host` of the X server, which may belong to another
-    /// program. The host is resized to this window's size; from then on this window follows the
-    /// host's size. It must be called before Show, and has no effect on another kind of display.
+    /// program. The host is resized to this window's size, and gets its limits as size hints; from
+    /// then on this window follows the host's size. It must be called before Show, and has no
+    /// effect on another kind of display.
     void EmbedInto(uint32 host);
     void Show();
     void Hide();

@@ -119,8 +119,9 @@ constexpr clap_plugin_gui kGui{
         hints->can_resize_horizontally = hints->can_resize_vertically = true;
         return true;
     },
-    // The program leaves free or hides what differs from the sizes that it can have.
-    [](const clap_plugin*, uint32_t*, uint32_t*) { return true; },
+    [](const clap_plugin* face, uint32_t* width, uint32_t* height) {
+        return Of(face).Window().Adjust(*width, *height);
+    },
     [](const clap_plugin* face, uint32_t width, uint32_t height) {
         return Of(face).Window().SetSize(width, height);
     },

@@ -63,6 +63,7 @@ bool Gui::Create(const char* api, bool isFloating) noexcept {
     exists = timers->register_timer(&host, kPeriod, &timer);
     width = library->width;
     height = library->height;
+    chosen = false;
     return exists;
 }
 
@@ -83,12 +84,25 @@ bool Gui::GetSize(uint32_t& toWidth, uint32_t& toHeight) const noexcept {
     return exists;
 }
 
+bool Gui::Adjust(uint32_t& toWidth, uint32_t& toHeight) const noexcept {
+    if (frame)
+        library->adjust(frame, toWidth, toHeight);
+    return exists;
+}
+
 bool Gui::SetSize(uint32_t nextWidth, uint32_t nextHeight) noexcept {
+    uint32_t possibleWidth = nextWidth, possibleHeight = nextHeight;
+    Adjust(possibleWidth, possibleHeight);
+    Choose(possibleWidth, possibleHeight);
+    return exists && possibleWidth == nextWidth && possibleHeight == nextHeight;
+}
+
+void Gui::Choose(uint32_t nextWidth, uint32_t nextHeight) noexcept {
+    chosen = true;
     width = nextWidth;
     height = nextHeight;
     if (frame)
         library->setSize(frame, width, height);
-    return exists;
 }
 
 bool Gui::SetParent(const clap_window& parent) noexcept {
@@ -97,7 +111,9 @@ bool Gui::SetParent(const clap_window& parent) noexcept {
     EndFrame();
     const FrameOwner owner{this, OpenConnection, TakeSize, Say};
     frame = library->make(static_cast<std::uint32_t>(parent.x11), folder.c_str(), &owner);
-    return frame && SetSize(width, height);
+    if (frame && chosen)
+        library->setSize(frame, width, height);
+    return frame;
 }
 
 bool Gui::Show(bool visible) noexcept {
@@ -125,7 +141,7 @@ void Gui::TakeSize(void* owner, std::uint32_t width, std::uint32_t height) {
     const uint32_t oldHeight = std::exchange(gui.height, height);
     const auto* hosts = Find<clap_host_gui>(gui.host, CLAP_EXT_GUI);
     if (!hosts || !hosts->request_resize(&gui.host, width, height))
-        gui.SetSize(oldWidth, oldHeight);
+        gui.Choose(oldWidth, oldHeight);
 }
 
 void Gui::Say(void* gui, const char* message) {

@@ -18,8 +18,8 @@ namespace vexa::clap {
 /// of the host keeps going. Main thread.
 class Gui {
   public:
-    /// `folder` has the library of the frame and, unless it is in PATH, the program. The host, the
-    /// windows and `tell` outlive it.
+    /// `folder` has the library of the frame, and the program is found from there
+    /// (frame/WindowProcess.h). The host, the windows and `tell` outlive it.
     Gui(const clap_host& host, Windows& windows, std::filesystem::path folder, Windows::Tell tell);
     ~Gui();
     Gui(const Gui&) = delete;
@@ -33,6 +33,12 @@ class Gui {
     bool Create(const char* api, bool isFloating) noexcept;
     void Destroy() noexcept;
     bool GetSize(uint32_t& toWidth, uint32_t& toHeight) const noexcept;
+    /// Makes the size the nearest one that the window can have. As long as the program has not
+    /// told its limits, which depend on the desktop's scale, that is any.
+    bool Adjust(uint32_t& toWidth, uint32_t& toHeight) const noexcept;
+    /// Sets the size that the host has chosen, or the nearest one, and returns true if it is the
+    /// chosen one. If the limits of the program forbid it once it runs, the host is asked for the
+    /// nearest one.
     bool SetSize(uint32_t nextWidth, uint32_t nextHeight) noexcept;
     bool SetParent(const clap_window& parent) noexcept;
     bool Show(bool visible) noexcept;
@@ -44,6 +50,7 @@ class Gui {
     static void Say(void* gui, const char* message);
     void Load();
     void EndFrame() noexcept;
+    void Choose(uint32_t nextWidth, uint32_t nextHeight) noexcept;
 
     const clap_host& host;
     Windows& windows;
@@ -56,6 +63,8 @@ class Gui {
     bool exists = false;
     clap_id timer = CLAP_INVALID_ID;
     uint32_t width = 0, height = 0;
+    /// True if the host has chosen this size.
+    bool chosen = false;
     WindowFrame* frame = nullptr;
 };
 

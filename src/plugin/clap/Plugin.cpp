@@ -89,6 +89,8 @@ void Plugin::OnTimer(clap_id id) noexcept {
 
 void Plugin::DestroyWindow() noexcept {
     gui.Destroy();
+    // The program has ended, but its last edits may still be in the socket.
+    windows.Close();
     TellEdits();
 }
 

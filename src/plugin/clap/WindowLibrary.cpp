@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <exception>
 #include <limits>
+#include <tuple>
 
 namespace vexa::clap {
 
@@ -28,7 +29,7 @@ std::uint16_t Length(std::uint32_t pixels) {
 
 } // namespace vexa::clap
 
-extern "C" __attribute__((visibility("default"))) const vexa::clap::WindowLibrary vexa_window_1{
+extern "C" __attribute__((visibility("default"))) const vexa::clap::WindowLibrary vexa_window_2{
     vexa::WindowFrame::kWidth,
     vexa::WindowFrame::kHeight,
     vexa::clap::Make,
@@ -36,5 +37,9 @@ extern "C" __attribute__((visibility("default"))) const vexa::clap::WindowLibrar
     [](vexa::WindowFrame* frame) { frame->Idle(); },
     [](vexa::WindowFrame* frame, std::uint32_t width, std::uint32_t height) {
         frame->SetSize(vexa::clap::Length(width), vexa::clap::Length(height));
+    },
+    [](const vexa::WindowFrame* frame, std::uint32_t& width, std::uint32_t& height) {
+        std::tie(width, height) =
+            frame->NearestSize(vexa::clap::Length(width), vexa::clap::Length(height));
     },
     [](vexa::WindowFrame* frame, bool visible) { frame->Show(visible); }};

@@ -22,12 +22,14 @@ struct WindowLibrary {
     void (*end)(WindowFrame* frame);
     void (*idle)(WindowFrame* frame);
     void (*setSize)(WindowFrame* frame, std::uint32_t width, std::uint32_t height);
+    /// Makes the size the nearest one.
+    void (*adjust)(const WindowFrame* frame, std::uint32_t& width, std::uint32_t& height);
     void (*show)(WindowFrame* frame, bool visible);
 };
 
 constexpr const char* kWindowLibrary = "vexa-window.so";
 /// The name of the table that the library exports. It ends with the version of this interface, so a
 /// library of another version has no such table.
-constexpr const char* kWindowTable = "vexa_window_1";
+constexpr const char* kWindowTable = "vexa_window_2";
 
 } // namespace vexa::clap

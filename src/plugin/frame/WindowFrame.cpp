@@ -115,13 +115,38 @@ void WindowFrame::PassOn(const xcb_generic_event_t& event, std::uint32_t mask) {
 }
 
 /// Handles the newest size that either the program has asked for or the host has set. Older ones
-/// are not reported: a host that sets what is reported would bring them back.
+/// are not reported: a host that sets what is reported would bring them back. The size that the
+/// host has chosen is restored, and changed only as far as the program's limits demand it.
 void WindowFrame::TakeOwnSize() {
     const auto size = std::exchange(placed, std::nullopt);
     if (!size || *size == std::pair(width, height))
         return;
-    std::tie(width, height) = *size;
+    const auto next = chosen ? NearestSize(width, height) : *size;
+    if (next != *size)
+        Configure(next.first, next.second);
+    if (next == std::pair(width, height))
+        return;
+    std::tie(width, height) = next;
     owner.takeSize(owner.owner, width, height);
+}
+
+/// The program tells its limits by the size hints of the window.
+std::pair<std::uint16_t, std::uint16_t> WindowFrame::NearestSize(std::uint16_t nextWidth,
+                                                                 std::uint16_t nextHeight) const {
+    constexpr std::uint32_t count = 18;
+    const std::unique_ptr<xcb_get_property_reply_t, decltype(&std::free)> hints(
+        ::xcb_get_property_reply(server,
+                                 ::xcb_get_property(server, 0, window, XCB_ATOM_WM_NORMAL_HINTS,
+                                                    XCB_ATOM_WM_SIZE_HINTS, 0, count),
+                                 nullptr),
+        &std::free);
+    if (!hints || ::xcb_get_property_value_length(hints.get()) != count * sizeof(std::uint32_t))
+        return {nextWidth, nextHeight};
+    const auto* values = static_cast<const std::uint32_t*>(::xcb_get_property_value(hints.get()));
+    const auto within = [](std::uint16_t length, std::uint32_t least, std::uint32_t most) {
+        return static_cast<std::uint16_t>(std::max(std::min<std::uint32_t>(length, most), least));
+    };
+    return {within(nextWidth, values[5], values[7]), within(nextHeight, values[6], values[8])};
 }
 
 void WindowFrame::Configure(std::uint32_t nextWidth, std::uint32_t nextHeight) {
@@ -132,6 +157,7 @@ void WindowFrame::Configure(std::uint32_t nextWidth, std::uint32_t nextHeight) {
 }
 
 void WindowFrame::SetSize(std::uint16_t nextWidth, std::uint16_t nextHeight) {
+    chosen = true;
     width = nextWidth;
     height = nextHeight;
     Configure(width, height);

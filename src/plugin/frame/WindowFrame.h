@@ -38,8 +38,13 @@ class WindowFrame {
     void FollowParent();
     /// Handles what has happened. The host is to call it about thirty times a second.
     void Idle();
-    /// Sets the size that the host has chosen, which is not reported to the owner.
+    /// Sets the size that the host has chosen, which is not reported to the owner. It takes
+    /// precedence over the sizes with which programs start.
     void SetSize(std::uint16_t nextWidth, std::uint16_t nextHeight);
+    /// Returns the nearest size that the program can fill; the given one if no program has told
+    /// its limits yet.
+    std::pair<std::uint16_t, std::uint16_t> NearestSize(std::uint16_t nextWidth,
+                                                        std::uint16_t nextHeight) const;
     void Show(bool visible);
 
   private:
@@ -58,6 +63,8 @@ class WindowFrame {
     xcb_connection_t* server = nullptr;
     std::uint32_t window = 0;
     std::uint16_t width = kWidth, height = kHeight;
+    /// True from the first SetSize.
+    bool chosen = false;
     /// The size that the server has reported and that is still to be compared with these.
     std::optional<std::pair<std::uint16_t, std::uint16_t>> placed;
     /// The text that is shown while the program does not run.

@@ -15,9 +15,11 @@ namespace vexa {
 namespace {
 
 constexpr const char* kProgram = "vexa";
-/// The program's path relative to the folder: inside it; if both are installed; if both are in the
-/// build folder.
-constexpr const char* kPlaces[] = {"vexa", "../../vexa/vexa", "../../bin/vexa"};
+/// The program's path relative to the folder: inside it; if both are in the build folder, which has
+/// lv2/vexa.lv2 and clap/vexa; if both are installed with one prefix, where these are in lib, or in
+/// lib and a folder of the machine's kind.
+constexpr const char* kPlaces[] = {"vexa", "../../bin/vexa", "../../../bin/vexa",
+                                   "../../../../bin/vexa"};
 /// The number of the socket's descriptor in the child.
 constexpr int kSocket = 3;
 
@@ -66,8 +68,8 @@ std::string WindowProcess::Start(const std::string& folder, int socket, std::uin
         return "";
     child = -1;
     if (fault == ENOENT)
-        return "The program vexa, which shows this instrument, is neither in PATH nor beside the "
-               "plug-in in " +
+        return "The program vexa, which shows this instrument, is neither in PATH nor installed "
+               "with the plug-in in " +
                folder + ". The instrument plays all the same.";
     return "The program " + program + " cannot be started: " + std::strerror(fault);
 }

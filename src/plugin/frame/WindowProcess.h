@@ -16,8 +16,9 @@ class WindowProcess {
   public:
     ~WindowProcess() { End(); }
 
-    /// Starts the program in the folder of the plug-in, or else the one in PATH. The caller keeps
-    /// the socket. Returns a message for the user; empty if the program was started.
+    /// Starts the program that is in the folder of the plug-in or was built or installed together
+    /// with it, or else the one in PATH. The caller keeps the socket. Returns a message for the
+    /// user; empty if the program was started.
     std::string Start(const std::string& folder, int socket, std::uint32_t window);
     bool Runs() const { return child > 0; }
     /// Returns a message for the user, once after the program has ended. Does not wait.

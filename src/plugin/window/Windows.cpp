@@ -46,21 +46,27 @@ class Conversation {
     Conversation(const Conversation&) = delete;
     Conversation& operator=(const Conversation&) = delete;
 
-    /// Returns why the window was given up; empty if it was closed or `stop` was requested.
+    /// Returns why the window was given up; empty if it was closed or `stop` was requested. What
+    /// the window sent before is taken.
     std::string Run(const std::stop_token& stop) {
         while (!stop.stop_requested() && link.IsOpen()) {
             link.Wait(kMomentInterval);
-            link.Pump();
-            while (const std::optional<attach::Letter> letter = link.Next())
-                Take(*letter);
+            TakeLetters();
             // Nothing is sent to a window that does not read.
             if (link.HasBegun() && link.IsIdle())
                 Show();
         }
+        TakeLetters();
         return link.Fault();
     }
 
   private:
+    void TakeLetters() {
+        link.Pump();
+        while (const std::optional<attach::Letter> letter = link.Next())
+            Take(*letter);
+    }
+
     void Take(const attach::Letter& letter) {
         if (letter.kind == attach::Kind::Midi)
             return Play({static_cast<uint8>(letter.body[0]), static_cast<uint8>(letter.body[1]),
@@ -127,7 +133,16 @@ struct Windows::Session {
 Windows::Windows(HostedInstrument& instrument, Tell tell)
     : instrument(instrument), tell(std::move(tell)) {}
 
-Windows::~Windows() = default;
+Windows::~Windows() {
+    Close();
+}
+
+void Windows::Close() {
+    const std::lock_guard lock(mutex);
+    for (Session& session : sessions)
+        session.thread.request_stop();
+    sessions.clear();
+}
 
 kits::Result<int> Windows::Open() try {
     const std::lock_guard lock(mutex);

@@ -29,6 +29,8 @@ class Windows {
     /// it on and closes it. The connection has no name, so no other process can join it. An error
     /// gives the reason. Not for the audio side.
     kits::Result<int> Open();
+    /// Closes the windows. Returns when all that they have sent has been taken.
+    void Close();
 
   private:
     struct Session;

@@ -7,4 +7,4 @@ shown=$(nm -D --defined-only "$@" | awk 'NF == 3 {print $3}' | xargs)
 needed=$(ldd "$1" | grep -iE 'qt|x11|xcb|jack|rtmidi|rtaudio|asound|pulse')
 [[ -z ${2:-} ]] || needed+=$(ldd "$2" | grep -iE "qt|x11[.]|jack|rtmidi|rtaudio|asound|pulse|sndfile")
 printf 'scanned: %s\nshown: %s\nneeded in vain: %s\n' "$scanned" "$shown" "$needed"
-[[ $scanned == "CLAP|Vexa|0:2|1:0|"*"|${2:+GUI,}EXT,RT|"* && $shown == "clap_entry${2:+ vexa_window_1}" && -z $needed ]]
+[[ $scanned == "CLAP|Vexa|0:2|1:0|"*"|${2:+GUI,}EXT,RT|"* && $shown == "clap_entry${2:+ vexa_window_2}" && -z $needed ]]

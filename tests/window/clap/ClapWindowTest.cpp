@@ -32,6 +32,10 @@ class Gui {
     bool SetSize(uint32_t width, uint32_t height) {
         return table.set_size(host.plugin, width, height);
     }
+    Size Adjusted(Size size) {
+        EXPECT_TRUE(table.adjust_size(host.plugin, &size.first, &size.second));
+        return size;
+    }
     bool SetParent(std::uint32_t window) {
         clap_window parent{CLAP_WINDOW_API_X11, {}};
         parent.x11 = window;
@@ -125,33 +129,75 @@ TEST_F(ShownClapWindow, EditsAreSavedAndTheProgramEndsWithTheGui) {
 TEST_F(ShownClapWindow, HasTheSizeThatHostAndProgramAgreeUpon) {
     Gui gui(*host);
     ASSERT_TRUE(gui.Create());
-    ASSERT_TRUE(gui.SetSize(700, 400));
     ASSERT_TRUE(gui.SetParent(window.Id()));
-    // The program asks for its own size.
+    // The program asks for its own size if the host has chosen none.
     EXPECT_TRUE(gui.Await([&] { return host->asked != Size() && Seen() == host->asked; }));
     EXPECT_EQ(gui.GetSize(), host->asked);
     const Size own = std::exchange(host->asked, {});
     EXPECT_NE(own, Size(700, 400));
     // It follows the host's.
-    EXPECT_TRUE(gui.SetSize(1150, 650));
-    EXPECT_TRUE(gui.Await([&] { return Seen() == Size(1150, 650); }));
-    EXPECT_EQ(gui.GetSize(), Size(1150, 650));
+    EXPECT_TRUE(gui.SetSize(1150, 620));
+    EXPECT_TRUE(gui.Await([&] { return Seen() == Size(1150, 620); }));
+    EXPECT_EQ(gui.GetSize(), Size(1150, 620));
     EXPECT_EQ(host->asked, Size()) << "nobody asks for what the host has chosen";
 
     EXPECT_TRUE(gui.Show(false));
     EXPECT_TRUE(gui.Await([&] { return Seen() == Size(); }));
     EXPECT_TRUE(gui.Show(true));
-    EXPECT_TRUE(gui.Await([&] { return Seen() == Size(1150, 650); }));
+    EXPECT_TRUE(gui.Await([&] { return Seen() == Size(1150, 620); }));
+
+    // It stays within its limits.
+    const Size least = gui.Adjusted({100, 50});
+    EXPECT_GT(least.first, 400U);
+    EXPECT_GT(least.second, 200U);
+    EXPECT_EQ(gui.Adjusted(least), least);
+    EXPECT_EQ(gui.Adjusted({900, 400}), Size(900, 400));
+    EXPECT_EQ(gui.Adjusted({900, 5000}), Size(900, own.second)) << "there is no more to show";
+    EXPECT_FALSE(gui.SetSize(100, 50));
+    EXPECT_EQ(gui.GetSize(), least);
+    EXPECT_TRUE(gui.Await([&] { return Seen() == least; }));
     gui.Destroy();
 
     // A host that refuses a size keeps its own.
     host->grants = false;
     ASSERT_TRUE(gui.Create());
-    ASSERT_TRUE(gui.SetSize(1150, 650));
+    ASSERT_TRUE(gui.SetSize(100, 50));
     ASSERT_TRUE(gui.SetParent(window.Id()));
-    EXPECT_TRUE(gui.Await([&] { return host->asked == own; }));
-    EXPECT_EQ(gui.GetSize(), Size(1150, 650));
-    EXPECT_TRUE(gui.Await([&] { return Seen() == Size(1150, 650); }));
+    EXPECT_TRUE(gui.Await([&] { return host->asked == least; }));
+    EXPECT_EQ(gui.GetSize(), Size(100, 50));
+}
+
+TEST_F(ShownClapWindow, OpensAtTheSizeThatTheHostRemembers) {
+    Gui gui(*host);
+    for (const bool before : {true, false}) {
+        ASSERT_TRUE(gui.Create());
+        if (before) {
+            EXPECT_TRUE(gui.SetSize(700, 400));
+        }
+        ASSERT_TRUE(gui.SetParent(window.Id()));
+        if (!before) {
+            EXPECT_TRUE(gui.SetSize(700, 400));
+        }
+        EXPECT_TRUE(gui.Await([&] { return Seen() == Size(700, 400); }));
+        // Also if it is started again.
+        const pid_t first = WindowProgram();
+        ::kill(first, SIGKILL);
+        EXPECT_TRUE(gui.Await([] { return WindowProgram() == 0; }));
+        desktop.UseWindow(test::kHostTitle);
+        desktop.Click(200, 200);
+        EXPECT_TRUE(gui.Await([&] { return WindowProgram() != 0 && Seen() != Size(); }));
+        EXPECT_TRUE(gui.Await([&] { return Seen() == Size(700, 400); }));
+        EXPECT_EQ(gui.GetSize(), Size(700, 400));
+        EXPECT_EQ(host->asked, Size());
+        gui.Destroy();
+    }
+    // The least size is known once the program runs.
+    ASSERT_TRUE(gui.Create());
+    EXPECT_TRUE(gui.SetSize(100, 50));
+    ASSERT_TRUE(gui.SetParent(window.Id()));
+    EXPECT_TRUE(gui.Await([&] { return Seen().first > 100 && Seen() == host->asked; }));
+    EXPECT_EQ(gui.GetSize(), host->asked);
+    EXPECT_EQ(gui.Adjusted({100, 50}), host->asked);
 }
 
 } // namespace

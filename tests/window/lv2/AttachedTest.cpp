@@ -2,12 +2,14 @@
 // The window of a plug-in as a user sees it in a host: the library of the user interface, the
 // program that it starts, and an instrument in this process, on a real display.
 #include "documents/SoundDocument.h"
+#include "plugin/frame/WindowProcess.h"
 #include "plugin/lv2/WindowInterface.h"
 #include "plugin/window/Windows.h"
 #include "support/Environment.h"
 #include "window/PluginStage.h"
 
 #include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <thread>
 
@@ -16,6 +18,8 @@
 #include <lv2/data-access/data-access.h>
 #include <lv2/instance-access/instance-access.h>
 #include <lv2/ui/ui.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 namespace {
 
@@ -99,6 +103,29 @@ TEST(AttachedWindow, IsNoneWhereThereIsNoServer) {
               nullptr);
     EXPECT_EQ(widget, nullptr);
     ::dlclose(library);
+}
+
+TEST(AttachedWindow, FindsTheProgramOfItsInstallation) {
+    const test::EnvironmentVariable path("PATH", "/nowhere");
+    for (const char* place : {"lib/lv2/vexa.lv2/", "lib/clap/vexa", "lib64/lv2/vexa.lv2",
+                              "lib/x86_64-linux-gnu/clap/vexa", "lv2/vexa.lv2"}) {
+        const test::TemporaryFolder prefix;
+        const std::filesystem::path folder = prefix.Path() / place;
+        std::filesystem::create_directories(folder);
+        int ends[2];
+        ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
+        WindowProcess process;
+        EXPECT_NE(process.Start(folder, ends[1], 1), "") << "there is no program";
+
+        const auto program = prefix.Write("bin/vexa", "#!/bin/sh\necho \"$*\" >&3\n");
+        std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+        EXPECT_EQ(process.Start(folder, ends[1], 1), "") << place;
+        ::close(ends[1]);
+        char said[100] = "";
+        EXPECT_GT(::read(ends[0], said, sizeof said - 1), 0) << place;
+        EXPECT_STREQ(said, "--user-folder --attach 3 --into 1\n");
+        ::close(ends[0]);
+    }
 }
 
 TEST(AttachedWindow, EditsPlaysShowsOrbitsAndOutlivesNothing) {

@@ -3,7 +3,9 @@
 
 #include <QGuiApplication>
 #include <QWindow>
+#include <cmath>
 #include <cstdlib>
+#include <iterator>
 #include <memory>
 
 #include <xcb/xcb.h>
@@ -28,11 +30,34 @@ Embedding::Embedding(QWidget& widget, uint32 host) : widget(widget), host(host) 
     widget.windowHandle()->setParent(QWindow::fromWinId(host));
     widget.windowHandle()->installEventFilter(this);
     widget.move(0, 0);
+    TellLimits();
     const double scale = widget.devicePixelRatio();
     const std::uint32_t size[] = {static_cast<std::uint32_t>(widget.width() * scale),
                                   static_cast<std::uint32_t>(widget.height() * scale)};
     ::xcb_configure_window(server, host, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, size);
     ::xcb_flush(server);
+}
+
+/// Sets the property of the window system's convention that has the limits of a window's size.
+void Embedding::TellLimits() {
+    told = {widget.minimumSize(), widget.maximumSize()};
+    const double scale = widget.devicePixelRatio();
+    const auto pixels = [scale](int length) {
+        return static_cast<std::uint32_t>(std::ceil(length * scale));
+    };
+    constexpr std::uint32_t hasLeast = 1U << 4, hasMost = 1U << 5;
+    const std::uint32_t hints[18] = {hasLeast | hasMost,
+                                     0,
+                                     0,
+                                     0,
+                                     0,
+                                     pixels(told.first.width()),
+                                     pixels(told.first.height()),
+                                     pixels(told.second.width()),
+                                     pixels(told.second.height())};
+    ::xcb_change_property(Server(), XCB_PROP_MODE_REPLACE, host, XCB_ATOM_WM_NORMAL_HINTS,
+                          XCB_ATOM_WM_SIZE_HINTS, 32, std::size(hints), hints);
+    ::xcb_flush(Server());
 }
 
 bool Embedding::eventFilter(QObject*, QEvent* event) {
@@ -48,6 +73,8 @@ void Embedding::Follow() {
     xcb_connection_t* const server = Server();
     if (!server)
         return;
+    if (told != std::pair(widget.minimumSize(), widget.maximumSize()))
+        TellLimits();
     const std::unique_ptr<xcb_get_geometry_reply_t, decltype(&std::free)> place(
         ::xcb_get_geometry_reply(server, ::xcb_get_geometry(server, host), nullptr), &std::free);
     if (!place)

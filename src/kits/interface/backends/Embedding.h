@@ -5,7 +5,9 @@
 #include "kits/support/SupportDefs.h"
 
 #include <QObject>
+#include <QSize>
 #include <QWidget>
+#include <utility>
 
 namespace kits {
 
@@ -13,7 +15,8 @@ namespace kits {
 /// size, and from then on resizes the widget to the host's size, within the widget's limits. A
 /// press of a mouse button in the widget gives it the keyboard focus: no window manager does that
 /// for an embedded window, and the toolkit leaves it to the owner of the host window, who does not
-/// know the widget. On another kind of display nothing happens. Window thread.
+/// know the widget. The widget's limits become the size hints of the host, which those who size
+/// that window may read. On another kind of display nothing happens. Window thread.
 class Embedding : public QObject {
   public:
     Embedding(QWidget& widget, uint32 host);
@@ -26,8 +29,12 @@ class Embedding : public QObject {
     bool eventFilter(QObject* receiver, QEvent* event) override;
 
   private:
+    void TellLimits();
+
     QWidget& widget;
     const uint32 host;
+    /// The limits that the host has, in pixels of the widget.
+    std::pair<QSize, QSize> told;
 };
 
 } // namespace kits

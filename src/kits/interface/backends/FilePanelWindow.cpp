@@ -18,6 +18,7 @@
 #include <QScreen>
 #include <QScrollBar>
 #include <QShortcut>
+#include <QWindow>
 #include <algorithm>
 
 namespace fs = std::filesystem;
@@ -307,7 +308,16 @@ void FilePanelWindow::SetName(const QString& text) {
     if (!name)
         return;
     name->SetText(text);
-    name->SelectStem();
+    SelectName();
+}
+
+/// Selects the name, except an ending that is to stay. An ending that the panel appends is not
+/// there yet.
+void FilePanelWindow::SelectName() {
+    if (name->Text().ends_with(panel->Ending()))
+        name->SelectStem();
+    else
+        name->Line().selectAll();
 }
 
 std::string FilePanelWindow::NameText() const {
@@ -323,8 +333,18 @@ std::vector<entry_ref> FilePanelWindow::SelectedRefs() const {
     return refs;
 }
 
+/// Makes the window one that window managers keep above the other.
+void FilePanelWindow::StayAbove(const BWindow& other) {
+    Widget().setWindowFlag(Qt::Dialog);
+    Widget().winId();
+    other.Widget().winId();
+    Widget().windowHandle()->setTransientParent(other.Widget().windowHandle());
+}
+
 void FilePanelWindow::Present() {
     if (IsHidden()) {
+        if (const BWindow* const asker = panel ? panel->Asker() : nullptr)
+            StayAbove(*asker);
         const QWidget* behind = QApplication::activeWindow();
         const QRect area =
             behind ? behind->frameGeometry() : QApplication::primaryScreen()->availableGeometry();
@@ -343,7 +363,7 @@ void FilePanelWindow::Present() {
     Activate();
     if (name) {
         name->Line().setFocus();
-        name->SelectStem();
+        SelectName();
     } else {
         list->setFocus();
     }

@@ -39,6 +39,7 @@ class FilePanelWindow : public BWindow {
     }
     void SetFolder(const std::filesystem::path& next);
     const std::filesystem::path& Folder() const { return folder; }
+    /// Sets the name and selects the part of it that typing replaces.
     void SetName(const QString& name);
     std::string NameText() const;
     std::vector<entry_ref> SelectedRefs() const;
@@ -53,6 +54,7 @@ class FilePanelWindow : public BWindow {
     void AddList(BView& background);
     void AddChoices(BView& background, file_panel_mode mode);
     void AddShortcuts();
+    void StayAbove(const BWindow& other);
 
     /// Lists the folder and selects the entry `select`. If the folder cannot be read, reports the
     /// reason in an alert and returns false.
@@ -68,6 +70,7 @@ class FilePanelWindow : public BWindow {
 
     void ListActivated();
     void SelectionChanged();
+    void SelectName();
     void ShowState();
     /// Has the effect of the default button.
     void Confirm();

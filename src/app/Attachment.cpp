@@ -99,7 +99,7 @@ void Attachment::Read(SoundRecords* records) {
 }
 
 bool Attachment::Offer(const Sound& sound) {
-    if (AreAlike(sound, known))
+    if (AreAlike(sound, known) && sound.author == known.author)
         return true;
     const std::string document = SoundText(sound);
     if (document.size() > attach::kMostSound)

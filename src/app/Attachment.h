@@ -33,8 +33,8 @@ class Attachment {
     /// the plug-in's sound if it has changed by other means than Offer.
     std::optional<Sound> Take(SoundRecords& records);
     /// Sends the plug-in this sound to play from now on. Returns true and sends nothing if the
-    /// plug-in's sound is already like it, apart from authors. Returns false and sends nothing if
-    /// the document is too large.
+    /// plug-in's sound is already like it, apart from the functions' authors. Returns false and
+    /// sends nothing if the document is too large.
     bool Offer(const Sound& sound);
     /// Sends the plug-in a MIDI message of three bytes, such as a note or a controller.
     void Play(uint8 status, uint8 first, uint8 second);

@@ -75,6 +75,7 @@ void FillMainMenu(BMenu& menu, VexaWindow& window) {
     AddRecent(menu, view);
     Add(menu, "Save Sound (Ctrl S)", kSaveAgainCode, view);
     Add(menu, "Save Sound As…", kSaveSoundCode, view);
+    Add(menu, "About This Sound (Ctrl I)", kDescribeCode, window);
     Add(menu, "Save Picture…", kSavePictureCode, view);
     Add(menu, "Show My Sounds", kShowSoundsCode, window);
     menu.AddItem(new BSeparatorItem);

@@ -46,6 +46,8 @@ constexpr uint32 kEqualStepsCode = FourCC("12EQ");
 /// Switches the classic look on or off.
 constexpr uint32 kClassicCode = FourCC("CLSC");
 constexpr uint32 kHelpCode = FourCC("HELP");
+/// Shows the window that describes the sound.
+constexpr uint32 kDescribeCode = FourCC("DSCR");
 constexpr uint32 kShowSoundsCode = FourCC("SHSN");
 constexpr uint32 kAboutCode = FourCC("ABOU");
 

@@ -82,8 +82,7 @@ VexaView::VexaView(BRect frame, const char* name, const kits::ProgramFolders& fo
       settings(std::move(remembered)),
       instrument(folders, plugin ? Addons::None : Addons::Following),
       formulas(*be_plain_font()) {
-    if (const std::string author = settings->Get(kAuthorSetting); !author.empty())
-        instrument.SetUser(author);
+    instrument.SetUser(UsualAuthor());
     AddPlaneControls();
     AddFileButtons();
     AddMenus();

@@ -115,8 +115,8 @@ class VexaView : public BView {
     void SaveAgain(const std::function<void()>& then = nullptr);
     void SaveFunction(const std::string& name);
 
-    /// Returns whether the sound differs, apart from authors, from the one that was last loaded or
-    /// saved, or its file has been deleted.
+    /// Returns whether the sound differs, apart from authors that edits have set, from the one that
+    /// was last loaded or saved, or its file has been deleted.
     bool Changed() const;
     /// Notices whether the files of the sounds in both slots are still there. To be called after
     /// changes in the folders.
@@ -144,6 +144,15 @@ class VexaView : public BView {
     /// Returns the name of the file, without its extension.
     const std::string& SoundName() const { return Steps().File().name; }
     const kits::ProgramFolders& Folders() const { return folders; }
+
+    /// Describes the sound anew, as one step that is named `step`. An author that differs is one
+    /// that the person has entered: later edits of this sound keep it.
+    void DescribeSound(const std::string& author, const SoundInfo& info, const std::string& step);
+    /// Sets a function that enters what is being typed about the sound outside of this view. It is
+    /// called before the sound is saved and before another one replaces it. Null removes it.
+    void SetEnterElsewhere(std::function<void()> next) { enterElsewhere = std::move(next); }
+    /// Returns the author of what is edited here, unless the person has entered another one.
+    std::string UsualAuthor() const;
 
     /// Sets the sound's name and detaches the sound from any file.
     void NameSound(const std::string& name);
@@ -355,6 +364,7 @@ class VexaView : public BView {
     static std::string DigestOf(const std::filesystem::path& path);
     void LoadFrom(const std::filesystem::path& path, const std::string& digest, const Sound& sound);
     Sound ConfirmedSound() const;
+    void ChooseUser();
     bool Put(FieldId field, const std::string& text);
     void PutPlaneFields(const Function& function);
     void PutSound(const Sound& sound);
@@ -409,6 +419,7 @@ class VexaView : public BView {
     /// was made.
     mutable bool changed = false;
     mutable std::optional<uint64> comparedAt;
+    std::function<void()> enterElsewhere;
     /// Called once after the next saving of the sound, if set.
     std::function<void()> afterSaving;
     /// The file of the sample or picture is missing or unreadable: nothing sounds, and only its

@@ -102,9 +102,11 @@ void VexaView::EnterTyped() {
     }
 }
 
-/// Enters a valid, unconfirmed expression before another sound replaces it, so that Undo can
-/// restore it and closing asks about it.
+/// Enters a valid, unconfirmed expression, and what is typed elsewhere, before another sound
+/// replaces it, so that Undo can restore it and closing asks about it.
 void VexaView::KeepTyped() {
+    if (enterElsewhere)
+        enterElsewhere();
     BTextControl& field = Field(FunctionField::Expression);
     if (field.IsEdited() && ReadPlayable(field.Text()).formula)
         Enter(field);
@@ -191,6 +193,7 @@ void VexaView::LoadAs(const Sound& sound, const std::string& name, const std::st
     Steps().Load(ConfirmedSound(), name, step);
     notedAt = Edits();
     TakeAsSaved();
+    ChooseUser();
 }
 
 /// Returns the digest of the file's content; empty if it cannot be read.
@@ -316,14 +319,19 @@ void VexaView::SaveFunction(const std::string& name) {
 }
 
 void VexaView::SaveSound(const std::string& name) {
+    if (enterElsewhere)
+        enterElsewhere();
     FollowMacros();
     const std::string stem = std::filesystem::path(name).stem().string();
-    const auto title = stem == SoundName() ? Steps().File().title : stem;
+    // Saved as another file, a sound gets that file's name in place of the one that it came with,
+    // but keeps a name that the person has entered since.
+    const std::optional<std::string> former =
+        stem == SoundName() ? std::nullopt : Steps().File().saved.info.name;
     std::string digest;
     const auto write = [&](const std::filesystem::path& path) {
         Sound sound = ConstructSound();
-        if (sound.info.name && title)
-            sound.info.name = title;
+        if (former && sound.info.name == former)
+            sound.info.name = stem;
         digest = kits::Digest(SoundText(sound));
         return WriteSound(path, sound);
     };
@@ -334,7 +342,13 @@ void VexaView::SaveSound(const std::string& name) {
     Steps().File().name = stem;
     Steps().File().path = path;
     Steps().File().digest = digest;
-    Steps().File().title = title;
+    if (former) {
+        NoteSteps();
+        Steps().Rename(*former, stem);
+        const Sound renamed = Steps().Present();
+        instrument.Describe(renamed.author, renamed.info);
+        notedAt = Edits();
+    }
     Remember(path);
     TakeAsSaved();
     if (then)
@@ -380,6 +394,29 @@ void VexaView::TakeAsSaved() {
     Steps().File().saved = ConstructSound();
     Steps().File().gone = false;
     comparedAt.reset();
+}
+
+void VexaView::DescribeSound(const std::string& author, const SoundInfo& info,
+                             const std::string& step) {
+    FollowMacros();
+    const Busy now(busy);
+    if (author != SoundAuthor())
+        Steps().File().author = author;
+    instrument.Describe(author, info);
+    NoteStep(step);
+    ChooseUser();
+}
+
+/// Sets the author of later edits: the one that the person has entered for the present sound, or
+/// else the one of the settings.
+void VexaView::ChooseUser() {
+    const std::optional<std::string>& entered = Steps().File().author;
+    instrument.SetUser(entered && SoundAuthor() == *entered ? *entered : UsualAuthor());
+}
+
+std::string VexaView::UsualAuthor() const {
+    const std::string author = settings->Get(kAuthorSetting);
+    return author.empty() ? kDefaultAuthor : author;
 }
 
 void VexaView::NameSound(const std::string& name) {
@@ -433,6 +470,8 @@ std::string VexaView::SavingRemark() const {
 }
 
 bool VexaView::MayGiveUp(const std::function<void()>& then) {
+    if (enterElsewhere)
+        enterElsewhere();
     FollowMacros();
     LookForFiles();
     if (!Changed())
@@ -472,7 +511,10 @@ std::filesystem::path VexaView::SoundPath() const {
 }
 
 std::string VexaView::Caption() const {
-    std::string caption = SoundName() + (Changed() ? " *" : "");
+    // A host's sound has no file, so its own name stands for it.
+    const std::optional<std::string>& own = instrument.State().info.name;
+    const bool isHosts = plugin && Steps().File().path.empty();
+    std::string caption = (isHosts && own ? *own : SoundName()) + (Changed() ? " *" : "");
     if (slots[1 - slot])
         caption = std::string{PresentSlot()} + ": " + caption;
     if (graph && !graph->IsConnected())

@@ -88,6 +88,7 @@ void VexaView::Become(const Sound& next) {
     PutSound(next);
     RestorePlane();
     notedAt = Edits();
+    ChooseUser();
 }
 
 /// Counts down the pulses of joining.
@@ -176,7 +177,8 @@ bool VexaView::MayGiveUpAll(const std::function<void()>& then) {
         return true;
     // The changes of a sound that both slots have are saved or given up by now.
     const Sound sound = other->Present();
-    const bool saved = other->File().Holds(sound) || AreAlike(sound, Steps().Present());
+    const SoundFile& file = other->File();
+    const bool saved = file.Holds(sound) || file.Match(sound, Steps().Present());
     if (saved && other->Left().empty())
         return true;
     SwitchAB();

@@ -2,6 +2,7 @@
 #include "app/VexaWindow.h"
 
 #include "app/About.h"
+#include "app/DescriptionWindow.h"
 #include "app/FieldId.h"
 #include "app/MainMenu.h"
 #include "app/MessageCodes.h"
@@ -141,6 +142,7 @@ VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders,
 }
 
 VexaWindow::~VexaWindow() {
+    delete Description();
     // The bar uses the main view, but would be destroyed after it.
     delete bar;
 }
@@ -336,6 +338,14 @@ void VexaWindow::ChooseDark(bool on) {
     mainView->Remembered().Set(kColorsSetting, std::string(on ? kDarkColors : kLightColors));
 }
 
+void VexaWindow::ShowDescription() {
+    if (!Description()) {
+        description = new DescriptionWindow(*this, *mainView);
+        descriptionWindow = BMessenger(description);
+    }
+    description->Open();
+}
+
 void VexaWindow::ShowManual() {
     const auto page = FindManual();
     if (!page)
@@ -361,6 +371,10 @@ bool VexaWindow::TakeShortcut(const kits::KeyPress& press) {
     }
     if (press.key == kits::Key::F1) {
         ShowManual();
+        return true;
+    }
+    if (press.character == U'I' && press.modifiers == B_CONTROL_KEY) {
+        ShowDescription();
         return true;
     }
     if (press.key == kits::Key::F11) {
@@ -416,6 +430,9 @@ void VexaWindow::MessageReceived(BMessage* message) {
         break;
     case kDarkCode:
         ChooseDark(!dark);
+        break;
+    case kDescribeCode:
+        ShowDescription();
         break;
     case kShowSoundsCode:
         ShowSounds();
@@ -483,7 +500,7 @@ void VexaWindow::Begin(const AppOptions& options, kits::Recording* recording) {
 bool VexaWindow::QuitRequested() {
     RememberFrame();
     if (session) {
-        Hide();
+        ShowWindow(false);
         return false;
     }
     // Once all is saved, the request is posted again and finds nothing unsaved.

@@ -5,6 +5,7 @@
 #include "app/Project.h"
 #include "app/Session.h"
 #include "app/Settings.h"
+#include "kits/application/Messenger.h"
 #include "kits/interface/Window.h"
 #include "kits/media/Recording.h"
 #include "kits/storage/ProgramFolder.h"
@@ -20,6 +21,7 @@ namespace vexa {
 class Attachment;
 class BarView;
 class BitmapBarView;
+class DescriptionWindow;
 class Drawer;
 class Strip;
 class VexaView;
@@ -55,6 +57,10 @@ class VexaWindow : public BWindow, private SessionClient {
     BarView& Bar() { return *bar; }
     Drawer* Sounds() { return sounds; }
     Strip& Playing() { return *playing; }
+    /// Returns the window that describes the sound; null until it is first shown.
+    DescriptionWindow* Description() const {
+        return descriptionWindow.IsValid() ? description : nullptr;
+    }
 
     /// The parts that can be hidden. ShowPart shrinks or enlarges the window by the part.
     enum class Part { Drawer, Strip };
@@ -112,6 +118,7 @@ class VexaWindow : public BWindow, private SessionClient {
     bool KeepsFrame() const { return !attached && !classic; }
     void AddBar();
     void AddDrawer();
+    void ShowDescription();
     void ShowManual();
     void ShowSounds();
     void ChooseClassic(bool on);
@@ -144,6 +151,10 @@ class VexaWindow : public BWindow, private SessionClient {
     /// The main view; null while it is being constructed, which may show an alert and so handle
     /// messages.
     VexaView* mainView = nullptr;
+    /// Valid as long as the window that describes the sound exists. It is deleted with this one, or
+    /// at the program's end before it.
+    BMessenger descriptionWindow;
+    DescriptionWindow* description = nullptr;
     std::unique_ptr<Session> session;
     /// The project as last opened or saved, with the parts that the window cannot change.
     Project savedProject;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The main window's part in a session.
+#include "app/DescriptionWindow.h"
 #include "app/VexaView.h"
 #include "app/VexaWindow.h"
 
@@ -65,6 +66,8 @@ void VexaWindow::ShowWindow(bool shown) {
         Show();
         Activate();
     } else {
+        if (DescriptionWindow* open = Description())
+            open->Close();
         Hide();
     }
 }

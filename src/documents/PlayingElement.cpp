@@ -61,6 +61,17 @@ PlayingTexts ReadPlaying(const MXFragment& element, Remarks& remarks) {
     return playing;
 }
 
+std::string InfoFault(std::string_view text) {
+    const auto isForbidden = [](char c) {
+        return static_cast<unsigned char>(c) < ' ' && c != '\t' && c != '\n' && c != '\r';
+    };
+    if (std::any_of(text.begin(), text.end(), isForbidden))
+        return "it contains a control character, which XML does not allow";
+    if (text.size() > kLongestInfo)
+        return "it is longer than " + std::to_string(kLongestInfo) + " bytes";
+    return "";
+}
+
 void AdoptSoundInfo(MXFragment& element, const SoundInfo& info) {
     for (std::size_t i = 0; i < std::size(kInfoTexts); i++) {
         if (const auto& text = info.*kInfoTexts[i])

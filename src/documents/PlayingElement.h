@@ -19,6 +19,14 @@ std::unique_ptr<MXFragment> ConstructPlayingElement(const PlayingTexts& playing)
 /// remark, and so does an unknown child.
 PlayingTexts ReadPlaying(const MXFragment& element, Remarks& remarks);
 
+/// The longest text in bytes that a person may enter as a part of a sound's description. Whatever
+/// its characters, a description of such texts leaves the sound small enough for lists and
+/// plug-ins, which refuse larger files than the reader does.
+constexpr std::size_t kLongestInfo = std::size_t{16} << 10;
+
+/// Returns why a text should not become a part of a sound's description; empty if it may.
+std::string InfoFault(std::string_view text);
+
 /// Appends the children of kSoundInfoNames to an element "info", except absent ones.
 void AdoptSoundInfo(MXFragment& element, const SoundInfo& info);
 /// Returns the texts of these children of an element "info". An unknown category is kept and adds a

@@ -3,6 +3,7 @@
 
 #include "instrument/SoundParts.h"
 
+#include <map>
 #include <utility>
 
 namespace vexa {
@@ -26,7 +27,13 @@ void KeepPlayed(Sound& sound, const Function& from, const Function& to, const Fu
 } // namespace
 
 bool SoundFile::Holds(const Sound& sound) const {
-    return !gone && AreAlike(sound, saved);
+    return !gone && Match(sound, saved);
+}
+
+bool SoundFile::Match(const Sound& a, const Sound& b) const {
+    const bool entered =
+        author && a.author != b.author && (author == a.author || author == b.author);
+    return !entered && AreAlike(a, b);
 }
 
 History::Version::Version(const Sound& sound, std::shared_ptr<SoundFile> file, const Version* like)
@@ -116,6 +123,27 @@ void History::Play(const Sound& sound) {
         KeepPlayed(moved, *from.function, *to.function, sound.function);
         *version = Version(moved, version->file, &present);
     }
+}
+
+void History::Rename(const std::string& from, const std::string& to) {
+    // The sounds share their parts afterwards as before.
+    std::map<Part<Sound>, Part<Sound>> renamed;
+    const auto rename = [&](Version& version) {
+        if (version.file != present.file || version.rest->info.name != from)
+            return;
+        Part<Sound>& next = renamed[version.rest];
+        if (!next) {
+            Sound others = *version.rest;
+            others.info.name = to;
+            next = std::make_shared<const Sound>(std::move(others));
+        }
+        version.rest = next;
+    };
+    for (Step& step : steps) {
+        rename(step.before);
+        rename(step.after);
+    }
+    rename(present);
 }
 
 void History::End() {

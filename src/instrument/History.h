@@ -26,14 +26,17 @@ struct SoundFile {
     /// The digest of the file's content when it was read or written here, to notice what other
     /// programs make of it; empty if it could not be read.
     std::string digest{};
-    /// The name that the document was given when it was saved as another file, in place of the name
-    /// that the sound came with.
-    std::optional<std::string> title{};
+    /// The author that the person has entered since the file was read, if any.
+    std::optional<std::string> author{};
     /// True if the file has been deleted, so that the sound is only here.
     bool gone = false;
 
-    /// Returns true if the file has this sound, whoever its author is.
+    /// Returns true if the file has this sound, whose author may be another unless the person has
+    /// entered it.
     bool Holds(const Sound& sound) const;
+    /// Returns whether two sounds of this file are alike (see AreAlike) and differ in their authors
+    /// at most by what edits have set, not by what the person has entered.
+    bool Match(const Sound& a, const Sound& b) const;
 };
 
 /// The moment of a change, with the data that distinguish one gesture from the next.
@@ -98,6 +101,10 @@ class History {
     std::vector<Function> Functions() const;
 
     std::size_t Steps() const { return steps.size(); }
+
+    /// Gives all sounds of the present file that are named `from` the name `to`, which is not a
+    /// step.
+    void Rename(const std::string& from, const std::string& to);
 
     /// Sets whether the present sound may be lost although it has unsaved changes. Later sounds may
     /// not.

@@ -381,6 +381,12 @@ FunctionReport Instrument::ChangeFunction(const Function& from, const Function& 
     return report;
 }
 
+void Instrument::Describe(const std::string& author, const SoundInfo& info) {
+    sound.author = author;
+    sound.info = info;
+    changes++;
+}
+
 void Instrument::SetMacros(const Function& function) {
     ApplyMacros(function, saidMacros);
     for (std::size_t i = 0; i < kMacros; i++)

@@ -137,6 +137,10 @@ class Instrument {
     /// allow the text.
     bool EditPlaying(const PlayingRow& row, const std::optional<std::string>& text);
 
+    /// Sets the sound's author and description. How it is played stays as it is, and it does not
+    /// get an element "playing" by this.
+    void Describe(const std::string& author, const SoundInfo& info);
+
     /// Sets a macro's value, by the rules of ApplyMacroValue, or its controller, by those of
     /// ApplyMacroController. If the text differs, the function's author becomes the user. A faulty
     /// text becomes part of the sound all the same, but the macro keeps its value.

@@ -77,6 +77,19 @@ TEST_F(AttachedView, ShowsWhatPlaysSendsWhatIsDoneAndNothingElse) {
     EXPECT_EQ(Playing().function.expression, "x*y+a");
     EXPECT_EQ(alerts.texts.size(), 1U);
 
+    // A description is sent too, even if it differs in the author alone, and its name is shown.
+    view->DescribeSound("Anna", view->Played().State().info, "author");
+    GoOn();
+    EXPECT_EQ(Playing().author, "Anna");
+    view->DescribeSound("Anna", {"Hills", {}, {}, {}}, "name");
+    GoOn();
+    EXPECT_EQ(Playing().info.name, "Hills");
+    EXPECT_THAT(view->Caption(), HasSubstr("Hills"));
+    view->Undo();
+    view->Undo();
+    GoOn();
+    EXPECT_EQ(Playing(), sound);
+
     // A macro moved by a host is shown, and does not become part of the sound.
     ControlValues knobs;
     knobs.fill(-100);

@@ -229,6 +229,54 @@ TEST(History, KnowsWhatIsSaved) {
     EXPECT_EQ(history.File().name, "mine");
 }
 
+TEST(History, AnAuthorCountsAsAChangeOnlyIfThePersonHasEnteredIt) {
+    Sound sound;
+    sound.author = "Vexa";
+    History history(sound, "default");
+    const auto isSaved = [&] {
+        return history.File().Match(history.Present(), history.File().saved);
+    };
+    sound.author = "set by an edit";
+    history.Do(sound, "edit");
+    EXPECT_TRUE(isSaved());
+    sound.author = "Anna";
+    history.File().author = "Anna";
+    history.Do(sound, "author");
+    EXPECT_FALSE(isSaved());
+    History another = history;
+    another.Load(Sound(), "bell", "sound bell");
+    EXPECT_EQ(another.Left().size(), 1U);
+    history.File().saved = sound;
+    EXPECT_TRUE(isSaved());
+    history.Undo();
+    EXPECT_FALSE(isSaved()) << "the file has the author that was entered";
+}
+
+TEST(History, RenamesTheSoundsOfAFileWhereverTheyAre) {
+    Sound sound;
+    sound.info.name = "Default";
+    sound.info.comment = "first";
+    History history(Sound(), "other");
+    const auto step = [&](const char* comment) {
+        sound.info.comment = comment;
+        history.Do(sound, comment);
+    };
+    history.Load(sound, "default", "sound default");
+    step("second");
+    sound.info.name = "Given";
+    history.Do(sound, "name");
+    sound.info.name = "Default";
+    step("third");
+    history.Undo();
+    history.Rename("Default", "mine");
+    EXPECT_EQ(history.Present().info.name, "Given");
+    EXPECT_EQ(history.Redo().info.name, "mine");
+    EXPECT_EQ(history.UndoTo(2).info.name, "mine");
+    EXPECT_EQ(history.Undo().info.name, "mine");
+    EXPECT_EQ(history.Present().info.comment, "first");
+    EXPECT_EQ(history.Undo(), Sound()) << "it belongs to another file";
+}
+
 /// Counts per file the unsaved changes that remain when another file's sound is loaded.
 TEST(History, KnowsWhichSoundsWereLeftWithChanges) {
     Sound sound;

@@ -3,6 +3,7 @@
 
 #include "kits/interface/Colors.h"
 #include "kits/interface/Menu.h"
+#include "kits/interface/TextBox.h"
 #include "kits/interface/backends/ViewWidget.h"
 #include "kits/interface/backends/WindowWidget.h"
 #include "support/WindowStage.h"
@@ -252,6 +253,45 @@ TEST_F(ControlTest, WhatIsPastedIsOneLine) {
 TEST_F(ControlTest, APressBesideAFieldLeavesIt) {
     test::Press(*panel, {150, 90});
     EXPECT_FALSE(first->IsFocus());
+}
+
+TEST_F(ControlTest, ABoxTakesLinesWhenItIsLeft) {
+    auto* box = new kits::TextBox({0, 30, 99, 49}, "box", new BMessage(4));
+    panel->AddChild(box);
+    box->SetTarget(&listener);
+    box->SetText("one");
+    const auto type = [this](int key, Qt::KeyboardModifiers held = Qt::NoModifier) {
+        test::TypeKey(stage.Window(), key, held);
+    };
+    box->MakeFocus();
+    type(Qt::Key_Tab);
+    EXPECT_THAT(listener.codes, ElementsAre()) << "nothing has changed";
+    box->MakeFocus();
+    type(Qt::Key_End, Qt::ControlModifier);
+    type(Qt::Key_Return);
+    test::Type(stage.Window(), "two");
+    EXPECT_EQ(box->Text(), "one\ntwo");
+    EXPECT_EQ(box->Confirmed(), "one");
+    type(Qt::Key_Tab);
+    EXPECT_EQ(box->Confirmed(), "one\ntwo");
+    EXPECT_THAT(listener.codes, ElementsAre(4));
+    // Escape takes back the typing, and Ctrl Z brings it back.
+    box->MakeFocus();
+    type(Qt::Key_End, Qt::ControlModifier);
+    test::Type(stage.Window(), "!");
+    type(Qt::Key_Escape);
+    EXPECT_EQ(box->Text(), "one\ntwo");
+    type(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(box->Text(), "one\ntwo!");
+    EXPECT_TRUE(box->IsFocus());
+    type(Qt::Key_Return, Qt::ControlModifier);
+    EXPECT_FALSE(box->IsFocus());
+    EXPECT_EQ(box->Confirmed(), "one\ntwo!");
+    // A program that sets the text sends nothing.
+    box->SetText("three");
+    test::Settle();
+    EXPECT_EQ(box->Text(), "three");
+    EXPECT_THAT(listener.codes, ElementsAre(4, 4));
 }
 
 TEST(Menu, TellsWhatIsChosenToWhoCannotSeeIt) {

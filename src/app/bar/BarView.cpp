@@ -173,7 +173,7 @@ void BarView::Refresh() {
     const std::string next = announcement.empty() ? mainView.Caption() : announcement;
     if (next != caption) {
         caption = next;
-        SetToolTip(caption.c_str());
+        SetToolTip((caption + "\nClick to say what the sound is (Ctrl I)").c_str());
         SetAccessibleName("sound: " + caption);
         Invalidate(nameBox);
     }
@@ -238,6 +238,11 @@ void BarView::ShowDevice() {
         deviceMenu->SetName(title);
         device->SetAccessibleName("audio device: " + title);
     }
+}
+
+void BarView::MouseDown(BPoint where) {
+    if (nameBox.Contains(where))
+        BMessenger(Window()).SendMessage(BMessage(kDescribeCode));
 }
 
 void BarView::FrameResized(float, float) {

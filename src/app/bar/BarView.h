@@ -32,6 +32,8 @@ class BarView : public BView {
     ~BarView() override;
 
     void Draw(BRect update) override;
+    /// A press on the caption asks the window to describe the sound.
+    void MouseDown(BPoint where) override;
     void FrameResized(float width, float height) override;
     void MessageReceived(BMessage* message) override;
     /// The only part is the text about voices.
@@ -47,6 +49,8 @@ class BarView : public BView {
 
     /// Returns the text in the name's place.
     const std::string& Caption() const { return caption; }
+    /// Returns where the text is.
+    BRect CaptionFrame() const { return nameBox; }
     BMenu& DeviceMenu() { return *deviceMenu; }
 
   private:

@@ -19,7 +19,6 @@
 #include <cstdlib>
 #include <new>
 #include <string>
-#include <vector>
 
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -139,14 +138,9 @@ class Toolkit {
     }
     ~Toolkit() {
         MessageQueue::Instance().SetWake(nullptr);
-        // Collected first, because menus are top-level widgets too and are deleted with their
-        // windows.
-        std::vector<BWindow*> windows;
-        for (QWidget* widget : QApplication::topLevelWidgets()) {
-            if (auto* window = dynamic_cast<WindowWidget*>(widget))
-                windows.push_back(&window->Window());
-        }
-        for (BWindow* window : windows)
+        // One at a time, because a window may delete others with itself, and its menus, which are
+        // top-level widgets too.
+        while (BWindow* window = FirstWindow())
             delete window;
     }
 
@@ -162,6 +156,14 @@ class Toolkit {
     }
 
   private:
+    static BWindow* FirstWindow() {
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
+            if (auto* window = dynamic_cast<WindowWidget*>(widget))
+                return &window->Window();
+        }
+        return nullptr;
+    }
+
     int count = 1;
     char name[5] = "vexa";
     char* arguments[2] = {name, nullptr};

@@ -20,13 +20,13 @@ namespace {
 /// The style sheet of the controls. %1 to %25 are the colours in the order in which StyleSheet()
 /// fills them in.
 constexpr const char* kControls = R"(
-QLineEdit {
+QLineEdit, QPlainTextEdit {
     border: 1px solid %1; border-radius: 2px; background: %2; color: %3;
     padding: 0px 1px 0px 1px; selection-background-color: %4; selection-color: %5;
 }
-QLineEdit:focus { border: 1px solid %6; }
+QLineEdit:focus, QPlainTextEdit:focus { border: 1px solid %6; }
 QLineEdit:disabled { background: %7; color: %8; border: 1px solid %16; }
-QLineEdit[wrong="true"] { border: 1px solid %9; background: %10; }
+QLineEdit[wrong="true"], QPlainTextEdit[wrong="true"] { border: 1px solid %9; background: %10; }
 QPushButton, QToolButton {
     border: 1px solid %11; border-radius: 3px; color: %3; padding: 0px 2px;
     background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 %12, stop:1 %13);

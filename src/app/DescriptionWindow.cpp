@@ -5,6 +5,7 @@
 #include "documents/PlayingElement.h"
 #include "kits/interface/Menu.h"
 #include "kits/interface/TextBox.h"
+#include "kits/support/Trimmed.h"
 #include "views/Theme.h"
 
 #include <algorithm>
@@ -36,15 +37,6 @@ constexpr float kLabelGap = 10;
 constexpr const char* kPartNames[] = {"name", "author", "category", "tags", "comment"};
 
 constexpr const char* kNoCategory = "none";
-
-/// Returns the text as a document gives it back, without the blanks around it.
-std::string Trimmed(const std::string& text) {
-    constexpr const char* kBlanks = " \t\r\n";
-    const std::size_t first = text.find_first_not_of(kBlanks);
-    if (first == text.npos)
-        return "";
-    return text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
-}
 
 /// The background of the window, with a label at the left of each control.
 class DescriptionSheet : public BView {
@@ -304,7 +296,8 @@ void DescriptionWindow::Enter(Part part) {
     const std::string typed = Typed(part);
     if (const std::string fault = InfoFault(typed); !fault.empty())
         return Mark(part, fault);
-    const std::string text = Trimmed(typed);
+    // A document gives the text back without the blanks around it.
+    const std::string text(kits::Trimmed(typed));
     if (text != TextOf(shown, part)) {
         const auto child = text.empty() ? std::nullopt : std::optional(text);
         Shown next = shown;

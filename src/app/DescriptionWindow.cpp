@@ -148,6 +148,7 @@ void DescriptionWindow::Open() {
             centered(below.left, below.right, size.Width(), room.left, room.right - size.Width()),
             centered(below.top, below.bottom, size.Height(), room.top,
                      room.bottom - size.Height()));
+        StayAbove(main);
         Show();
     }
     Activate();

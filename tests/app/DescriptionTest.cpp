@@ -9,9 +9,11 @@
 #include "documents/SoundDocument.h"
 #include "kits/interface/TextBox.h"
 #include "kits/interface/backends/ViewWidget.h"
+#include "kits/interface/backends/WindowWidget.h"
 
 #include <QMenu>
 #include <QToolButton>
+#include <QWindow>
 #include <algorithm>
 #include <utility>
 
@@ -81,6 +83,8 @@ TEST_F(DescriptionTest, WhatIsSaidIsUndoneSavedReadBackAndListed) {
     OpenBoth();
     ASSERT_TRUE(window->Description());
     EXPECT_THAT(OpenTitles(), ElementsAre("About This Sound"));
+    EXPECT_EQ(Described().Widget().windowHandle()->transientParent(),
+              window->Widget().windowHandle());
     const Sound before = view->ConstructSound();
     ASSERT_TRUE(before.info.name && before.info.comment);
     const std::vector<std::string> first = Shown();

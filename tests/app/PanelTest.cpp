@@ -102,11 +102,12 @@ TEST_F(PanelTest, ASavePanelProposesTheNameOfTheSound) {
 
 TEST_F(PanelTest, APanelStaysAboveItsWindow) {
     PressButton("Load Sound");
-    for (const QWidget* widget : QApplication::topLevelWidgets()) {
-        if (widget->isVisible() && widget->windowTitle() == "Load Sound") {
-            EXPECT_EQ(widget->windowHandle()->transientParent(), window->Widget().windowHandle());
-        }
-    }
+    const auto windows = QApplication::topLevelWidgets();
+    const auto panel = std::ranges::find_if(windows, [](const QWidget* widget) {
+        return widget->isVisible() && widget->windowTitle() == "Load Sound";
+    });
+    ASSERT_NE(panel, windows.end());
+    EXPECT_EQ((*panel)->windowHandle()->transientParent(), window->Widget().windowHandle());
     ClosePanels();
 }
 

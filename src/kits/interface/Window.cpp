@@ -252,6 +252,14 @@ void BWindow::EmbedInto(uint32 host) {
     embedding = std::make_unique<kits::Embedding>(*widget, host);
 }
 
+void BWindow::StayAbove(const BWindow& other) {
+    widget->setWindowFlag(Qt::Dialog);
+    // Both get their handles.
+    widget->winId();
+    other.widget->winId();
+    widget->windowHandle()->setTransientParent(other.widget->windowHandle());
+}
+
 void BWindow::Show() {
     widget->show();
     // The window itself has the keyboard, and no field, until the user chooses one.

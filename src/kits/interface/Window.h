@@ -67,6 +67,9 @@ class BWindow : public BLooper {
     /// then on this window follows the host's size. It must be called before Show, and has no
     /// effect on another kind of display.
     void EmbedInto(uint32 host);
+    /// Makes the window one that window managers keep above the other. It must be called while the
+    /// window is hidden.
+    void StayAbove(const BWindow& other);
     void Show();
     void Hide();
     bool IsHidden() const;

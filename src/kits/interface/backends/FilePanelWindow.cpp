@@ -18,7 +18,6 @@
 #include <QScreen>
 #include <QScrollBar>
 #include <QShortcut>
-#include <QWindow>
 #include <algorithm>
 
 namespace fs = std::filesystem;
@@ -331,14 +330,6 @@ std::vector<entry_ref> FilePanelWindow::SelectedRefs() const {
             refs.push_back({entry->home.string(), entry->name});
     }
     return refs;
-}
-
-/// Makes the window one that window managers keep above the other.
-void FilePanelWindow::StayAbove(const BWindow& other) {
-    Widget().setWindowFlag(Qt::Dialog);
-    Widget().winId();
-    other.Widget().winId();
-    Widget().windowHandle()->setTransientParent(other.Widget().windowHandle());
 }
 
 void FilePanelWindow::Present() {

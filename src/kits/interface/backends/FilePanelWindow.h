@@ -54,7 +54,6 @@ class FilePanelWindow : public BWindow {
     void AddList(BView& background);
     void AddChoices(BView& background, file_panel_mode mode);
     void AddShortcuts();
-    void StayAbove(const BWindow& other);
 
     /// Lists the folder and selects the entry `select`. If the folder cannot be read, reports the
     /// reason in an alert and returns false.

@@ -282,6 +282,8 @@ float ValueOf(const FunctionInput& input, const Settings& settings) {
         return settings.at("key")[0];
     case Kind::Time:
         return settings.at("t")[0];
+    case Kind::TimeRest:
+        return 0;
     case Kind::Controller:
         return settings.at("ctl")[0];
     }

@@ -384,6 +384,9 @@ void Parser::ParseMeta(uint64 tick, std::size_t start, bool& ended) {
 void Parser::ParseChannelEvent(uint8 status, uint64 tick, std::size_t start) {
     const uint8 number = DataByte();
     const uint8 value = kits::DataBytesOf(status) > 1 ? DataByte() : 0;
+    // The number may be none that a key has.
+    if (fault)
+        return;
     const kits::MidiEvent e = kits::EventOf(status, number, value, 0);
     const bool endsEarlier = e.hook == MidiEvent::Kind::NoteOff && EndsEarlier(e, tick);
     events.push_back(

@@ -232,6 +232,7 @@ TEST(MidiFile, NamesTheFaultAndItsPlace) {
         {header + "MTrk\0\0\0\1\x81"s, "the track ends inside an event, at byte 23"},
         {Song("\0\x3C\x64"s), "a data byte where a status byte is expected, at byte 23"},
         {Song("\0\x90\x3C\x80"s), "a status byte where a data byte is expected, at byte 25"},
+        {Song("\0\x90\xFF\x40"s), "a status byte where a data byte is expected, at byte 24"},
         {Song("\0\xF8"s), "a status byte that MIDI files do not have, at byte 23"},
         {Song("\x81\x81\x81\x81\1\x90\1\1"s), "a number of more than four bytes, at byte 22"},
         {Song("\0\xF0\xFF\xFF\xFF\x7F"s), "exclusive event of 268435455 bytes goes on after"},

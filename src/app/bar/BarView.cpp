@@ -8,6 +8,7 @@
 #include "app/bar/RecordButton.h"
 #include "kits/interface/Control.h"
 #include "kits/interface/Menu.h"
+#include "kits/interface/Window.h"
 #include "kits/support/NumberText.h"
 #include "views/Theme.h"
 

@@ -88,8 +88,7 @@ class RenderJob {
 std::string HeldText(std::size_t notes) {
     return std::to_string(notes) + (notes == 1 ? " note is" : " notes are") +
            " held at the end, by a key or a pedal that the file never lets go, and faded out "
-           "there; "
-           "--tail says how long they last";
+           "there; --tail says how long they last";
 }
 
 Result<void> RenderJob::Render() {

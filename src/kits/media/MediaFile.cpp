@@ -3,6 +3,7 @@
 
 #include "kits/media/backends/OpenSoundFile.h"
 #include "kits/storage/ReadFile.h"
+#include "kits/support/Trimmed.h"
 
 #include <algorithm>
 #include <array>
@@ -44,9 +45,7 @@ std::optional<std::pair<long long, long long>> CutBytes(SNDFILE* file) {
         const std::size_t colon = line.find(':'), found = line.find(kFound);
         if (colon == line.npos || found == line.npos || found < colon)
             continue;
-        std::string_view name = std::string_view(line).substr(0, colon);
-        name.remove_prefix(std::min(name.find_first_not_of(' '), name.size()));
-        name = name.substr(0, name.find_last_not_of(' ') + 1);
+        const std::string_view name = kits::Trimmed(std::string_view(line).substr(0, colon));
         const long long stated = std::strtoll(line.c_str() + colon + 1, nullptr, 10);
         const long long there = std::strtoll(line.c_str() + found + kFound.size(), nullptr, 10);
         if (std::ranges::find(kSoundLengths, name) != std::end(kSoundLengths) &&

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/VexaApplication.h"
 
+#include "app/Alerts.h"
 #include "app/Attachment.h"
-#include "app/VexaView.h"
 #include "app/VexaWindow.h"
 
 #include <cstdio>
@@ -57,7 +57,7 @@ void ShowFault(const std::string& text) {
     if (!kits::FindDisplay() || std::getenv("QT_QPA_PLATFORM"))
         return;
     const BApplication application(kSignature);
-    VexaView::ErrorAlert(text);
+    ErrorAlert(text);
 }
 
 namespace {
@@ -96,7 +96,7 @@ int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders,
     else
         application.Window().Begin(options, recording);
     if (!warning.empty())
-        VexaView::ErrorAlert(warning);
+        ErrorAlert(warning);
     application.Run();
     return 0;
 }

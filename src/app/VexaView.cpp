@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/VexaView.h"
 
+#include "app/Alerts.h"
 #include "app/Attachment.h"
 #include "app/FieldNames.h"
 #include "app/FormulaHint.h"
@@ -40,39 +41,7 @@ constexpr float kViewMargin = 10;
 constexpr const char* kDeviceGone =
     "The audio device has disappeared; there is no sound until it is back.";
 
-BAlert* NewErrorAlert(const std::string& text, const std::string& details = "") {
-    auto* alert =
-        new BAlert("Error", text.c_str(), "Ok", nullptr, nullptr, B_WIDTH_AS_USUAL, B_STOP_ALERT);
-    alert->SetDetails(details);
-    return alert;
-}
-
-/// Returns the details below an alert, in which its own sentence is not repeated.
-std::string Without(const std::string& alert, std::string details) {
-    const std::string sentence = alert + ' ';
-    if (const std::size_t place = details.find(sentence); place != details.npos)
-        details.erase(place, sentence.size());
-    return details;
-}
-
 } // namespace
-
-void VexaView::ErrorAlert(const std::string& text, const std::string& details) {
-    NewErrorAlert(text, details)->Go();
-}
-
-void VexaView::ShowError(const kits::Error& error) {
-    Print(error);
-    if (error.alerts.empty())
-        ErrorAlert(error.text);
-    for (const std::string& alert : error.alerts)
-        ErrorAlert(alert, &alert == &error.alerts.back() ? Without(alert, error.text) : "");
-}
-
-void VexaView::Print(const kits::Error& error) {
-    if (!error.text.empty())
-        std::fprintf(stderr, "vexa: %s\n", error.text.c_str());
-}
 
 VexaView::VexaView(BRect frame, const char* name, const kits::ProgramFolders& folders,
                    Attachment* plugin, std::shared_ptr<Settings> remembered)
@@ -366,7 +335,7 @@ void VexaView::Tend() {
     for (const std::string& alert : addon.alerts)
         text += (text.empty() ? "" : "\n\n") + alert;
     if (!text.empty())
-        NewErrorAlert(text, addon.text)->Show();
+        ShowErrorAlert(text, addon.text);
 }
 
 /// While the field of a controller number has the keyboard focus, takes the controller that moves.
@@ -399,7 +368,7 @@ void VexaView::WatchSound() {
         break;
     case AudioGraph::DeviceNews::Gone:
         // This alert must not wait for an answer: sound and MIDI sources come back without a user.
-        NewErrorAlert(kDeviceGone)->Show();
+        ShowErrorAlert(kDeviceGone);
         break;
     case AudioGraph::DeviceNews::There:
         std::fprintf(stderr, "vexa: the audio device is there; playing through %s\n",

@@ -231,15 +231,6 @@ class VexaView : public BView {
     /// Ends all notes at once, without their release.
     void SilenceAll();
 
-    /// Shows a modal stop alert titled "Error" with the button "Ok", and waits for the answer.
-    /// `details`, if not empty, gives the reason.
-    static void ErrorAlert(const std::string& text, const std::string& details = "");
-    /// Prints the error (see Print), then shows each of its alerts by ErrorAlert, the last with the
-    /// rest of the error's text as details. An error without alerts shows its text.
-    static void ShowError(const kits::Error& error);
-    /// Prints the error's text, if any, as a line on standard error.
-    static void Print(const kits::Error& error);
-
     /// Puts the text into the field and applies it at once, as if the user had confirmed it. `code`
     /// is the code of the field's message.
     void EnterNow(FieldId field, uint32 code, const std::string& text);

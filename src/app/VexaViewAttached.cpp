@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The main view of an instrument that plays in a plug-in.
+#include "app/Alerts.h"
 #include "app/Attachment.h"
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"

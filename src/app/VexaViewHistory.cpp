@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The main view's undo and redo, and the other operations that replace the whole sound.
+#include "app/Alerts.h"
 #include "app/VexaView.h"
 #include "instrument/InitialSound.h"
 #include "instrument/Mutation.h"

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The menu of MIDI sources, and the one that is connected.
+#include "app/Alerts.h"
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
 #include "kits/interface/Menu.h"

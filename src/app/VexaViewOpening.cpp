@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Opening by the menu or by dropping onto the window: documents, formulas and tunings.
+#include "app/Alerts.h"
 #include "app/Dropped.h"
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"

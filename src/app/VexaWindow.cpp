@@ -2,6 +2,7 @@
 #include "app/VexaWindow.h"
 
 #include "app/About.h"
+#include "app/Alerts.h"
 #include "app/DescriptionWindow.h"
 #include "app/FieldId.h"
 #include "app/MainMenu.h"
@@ -349,8 +350,7 @@ void VexaWindow::ShowDescription() {
 void VexaWindow::ShowManual() {
     const auto page = FindManual();
     if (!page)
-        return VexaView::ErrorAlert("The manual is not installed.",
-                                    "It is in docs/manual of the source.");
+        return ErrorAlert("The manual is not installed.", "It is in docs/manual of the source.");
     ShowOnDesktop(*page, "The manual cannot be shown. It is\n");
 }
 
@@ -359,7 +359,7 @@ void VexaWindow::ShowSounds() {
     std::error_code fault;
     std::filesystem::create_directories(folder, fault);
     if (fault)
-        return VexaView::ErrorAlert(folder.string(), fault.message());
+        return ErrorAlert(folder.string(), fault.message());
     ShowOnDesktop(folder, "The folder cannot be shown. It is\n");
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/bar/BarView.h"
 
+#include "app/Alerts.h"
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
 #include "app/bar/BarColors.h"
@@ -148,13 +149,13 @@ void BarView::ToggleRecording() {
         return;
     if (!recorder->IsRecording()) {
         if (const auto begun = recorder->Begin(mainView.SoundName()); !begun)
-            VexaView::ErrorAlert("The recording cannot begin.", begun.Fault().text);
+            ErrorAlert("The recording cannot begin.", begun.Fault().text);
     } else if (const auto kept = recorder->End(); kept) {
         std::fprintf(stderr, "vexa: recorded %s\n", kept->c_str());
         Announce("recorded " + kept->filename().string());
         record->SetRestingTip("The last recording is\n" + kept->string());
     } else {
-        VexaView::ErrorAlert("The recording is not complete.", kept.Fault().text);
+        ErrorAlert("The recording is not complete.", kept.Fault().text);
     }
     ShowRecording();
 }

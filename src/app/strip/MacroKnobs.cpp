@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/strip/MacroKnobs.h"
 
+#include "app/Alerts.h"
 #include "app/NumberStep.h"
 #include "app/VexaView.h"
 #include "app/strip/Knob.h"
@@ -214,7 +215,7 @@ void MacroKnobs::MessageReceived(BMessage* message) {
         break;
     case kControllerCode:
         if (instrument.EditMacroController(index, text) == TextFault::ControllerNumber)
-            VexaView::ErrorAlert(kInvalidController);
+            ErrorAlert(kInvalidController);
         break;
     default:
         return BView::MessageReceived(message);

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/Alerts.h"
+
+#include "kits/interface/Alert.h"
+
+#include <cstdio>
+
+namespace vexa {
+
+namespace {
+
+BAlert* NewErrorAlert(const std::string& text, const std::string& details) {
+    auto* alert =
+        new BAlert("Error", text.c_str(), "Ok", nullptr, nullptr, B_WIDTH_AS_USUAL, B_STOP_ALERT);
+    alert->SetDetails(details);
+    return alert;
+}
+
+/// Returns the details below an alert, in which its own sentence is not repeated.
+std::string Without(const std::string& alert, std::string details) {
+    const std::string sentence = alert + ' ';
+    if (const std::size_t place = details.find(sentence); place != details.npos)
+        details.erase(place, sentence.size());
+    return details;
+}
+
+} // namespace
+
+void ErrorAlert(const std::string& text, const std::string& details) {
+    NewErrorAlert(text, details)->Go();
+}
+
+void ShowErrorAlert(const std::string& text, const std::string& details) {
+    NewErrorAlert(text, details)->Show();
+}
+
+void ShowError(const kits::Error& error) {
+    Print(error);
+    if (error.alerts.empty())
+        ErrorAlert(error.text);
+    for (const std::string& alert : error.alerts)
+        ErrorAlert(alert, &alert == &error.alerts.back() ? Without(alert, error.text) : "");
+}
+
+void Print(const kits::Error& error) {
+    if (!error.text.empty())
+        std::fprintf(stderr, "vexa: %s\n", error.text.c_str());
+}
+
+} // namespace vexa

@@ -3,7 +3,6 @@
 
 #include "app/Alerts.h"
 #include "app/Attachment.h"
-#include "app/FieldNames.h"
 #include "app/FormulaHint.h"
 #include "app/MessageCodes.h"
 #include "app/plane/PlaneDesk.h"
@@ -77,36 +76,6 @@ VexaView::~VexaView() {
     piano.ReleaseAll();
 }
 
-void VexaView::AddField(FieldId id, std::string_view name, std::string_view text, uint32 code,
-                        BRect frame) {
-    BTextControl*& field = fields[id.Index()];
-    field = new BTextControl(frame, std::string(name).c_str(), nullptr, std::string(text).c_str(),
-                             new BMessage(code), kLeftTop);
-    field->SetAccessibleName(SpokenName(id));
-    field->SetHelp(SpokenName(id));
-    AddChild(field);
-}
-
-/// Makes the wheel and the arrow keys step the field's number, and a click with Ctrl reset its
-/// text.
-void VexaView::MakeTurn(FieldId id, std::string_view reset, const NumberRange& range) {
-    Field(id).SetStepping([range](const std::string& text, int steps, uint32 modifiers) {
-        return Stepped(text, steps, modifiers, range);
-    });
-    Field(id).SetReset(reset);
-}
-
-/// Adds a field with the initial text of a new window.
-void VexaView::AddField(FunctionField id, BRect frame) {
-    const FunctionFieldRow& row = RowOf(id);
-    Function initial;
-    AddField(id, row.name, row.text(initial), row.code, frame);
-    if (id == FunctionField::Expression)
-        return;
-    const bool positive = id == FunctionField::Width || id == FunctionField::Frequency;
-    MakeTurn(id, row.text(initial), {.least = positive ? 0.01 : -1e6});
-}
-
 void VexaView::AddPlaneControls() {
     plane = new R2RFView({10, 10, 310, 310}, "R2RFView", {0, 0}, {0.5F, 0.5F}, kPlaneUnitsPerPixel,
                          B_FOLLOW_NONE);
@@ -116,13 +85,13 @@ void VexaView::AddPlaneControls() {
     AddOverlay();
     instrument.Watch([this](const PlaneFunction& f) { ShowPlaying(f); });
 
-    AddField(FunctionField::Expression, {6, 317, 310, 327});
+    fields.Add(*this, FunctionField::Expression, {6, 317, 310, 327});
     Field(FunctionField::Expression).SetModificationMessage(new BMessage(kExpressionTypedCode));
     Field(FunctionField::Expression).SetEscapeAction([this] { return TakeBackSlip(); });
-    AddField(FunctionField::Width, {formulas.ClearOf(formulas.WidthEnd()), 345, 230, 355});
+    fields.Add(*this, FunctionField::Width, {formulas.ClearOf(formulas.WidthEnd()), 345, 230, 355});
     for (const auto id : {FunctionField::LinkFunctionX, FunctionField::LinkFunctionY,
                           FunctionField::LinkScreenX, FunctionField::LinkScreenY})
-        AddField(id, formulas.FieldFrame(id));
+        fields.Add(*this, id, formulas.FieldFrame(id));
 }
 
 /// Adds the overlay, with the look that the plane had last.
@@ -175,7 +144,7 @@ void VexaView::AddFileButtons() {
     sample->SetFontSize(size);
     sample->SetHelp("Winds a sound file into a spiral, or makes a terrain of a picture");
     AddChild(sample);
-    AddField(FunctionField::Frequency, formulas.FieldFrame(FunctionField::Frequency));
+    fields.Add(*this, FunctionField::Frequency, formulas.FieldFrame(FunctionField::Frequency));
     Field(FunctionField::Frequency).SetEnabled(false);
 }
 
@@ -250,13 +219,8 @@ void VexaView::AddEnvelopes() {
 }
 
 void VexaView::AddCoefficients(std::string_view group) {
-    for (const Parameter& row : ParametersOf(group)) {
-        AddField(row.id, row.field, row.initialText, row.code, formulas.FieldFrame(row.id));
-        if (row.controller)
-            MakeTurn(row.id, row.initialText, {.least = 0, .most = 127, .whole = true});
-        else
-            MakeTurn(row.id, row.initialText, {});
-    }
+    for (const Parameter& row : ParametersOf(group))
+        fields.Add(*this, row, formulas.FieldFrame(row.id));
 }
 
 /// Adds the hint as the last child, as it covers the others.

@@ -4,10 +4,9 @@
 
 #include "app/ComputerKeyboard.h"
 #include "app/ControllerLearn.h"
-#include "app/FieldId.h"
+#include "app/FieldSet.h"
 #include "app/FormulaPanel.h"
 #include "app/MessageCodes.h"
-#include "app/NumberStep.h"
 #include "app/ScreenPiano.h"
 #include "app/Settings.h"
 #include "audio/AudioGraph.h"
@@ -241,7 +240,7 @@ class VexaView : public BView {
     PlaneOverlay& Overlay() { return *overlay; }
     const FormulaHint& Hint() const { return *hint; }
     EnvView& EnvelopeEditor(std::size_t index) { return *envelopes[index]; }
-    BTextControl& Field(FieldId id) const { return *fields[id.Index()]; }
+    BTextControl& Field(FieldId id) const { return fields[id]; }
     BMenu& VoicesMenu() { return *voicesMenu; }
     BMenu& ChannelMenu() { return *channelMenu; }
     BMenu& DeviceMenu() { return *deviceMenu; }
@@ -275,10 +274,6 @@ class VexaView : public BView {
     void AddMenus();
     void AddEnvelopes();
     void AddCoefficients(std::string_view group);
-    void AddField(FieldId id, std::string_view name, std::string_view text, uint32 code,
-                  BRect frame);
-    void AddField(FunctionField id, BRect frame);
-    void MakeTurn(FieldId id, std::string_view reset, const NumberRange& range);
     void AddHint();
     void StartGraph();
     void ShowSound();
@@ -299,7 +294,6 @@ class VexaView : public BView {
     bool TakeParameter(uint32 code);
     bool TakePlaneControl(uint32 code);
     void RestorePlane();
-    void MarkNumber(FieldId id, bool controller = false);
     bool TakeMenuChoice(uint32 code);
     void SetChannel(int32 channel);
     bool TakePanelCommand(const BMessage& message);
@@ -356,12 +350,10 @@ class VexaView : public BView {
     void LoadFrom(const std::filesystem::path& path, const std::string& digest, const Sound& sound);
     Sound ConfirmedSound() const;
     void ChooseUser();
-    bool Put(FieldId field, const std::string& text);
     void PutPlaneFields(const Function& function);
     void PutSound(const Sound& sound);
     using Writer = std::function<kits::Result<void>(const std::filesystem::path&)>;
     bool Save(const std::string& name, const char* folder, const Writer& write);
-    std::string TextOf(FieldId field) const;
     bool MayGiveUpLeft(const std::function<void()>& then);
     void Enter(BTextControl& field);
     void EnterTyped();
@@ -457,7 +449,7 @@ class VexaView : public BView {
     PlaneOverlay* overlay = nullptr;
     FormulaHint* hint = nullptr;
     std::array<EnvView*, 4> envelopes{};
-    std::array<BTextControl*, FieldId::kCount> fields{};
+    FieldSet fields;
     BMenu* voicesMenu = nullptr;
     BMenu* channelMenu = nullptr;
     BMenu* deviceMenu = nullptr;

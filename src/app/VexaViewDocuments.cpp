@@ -69,19 +69,6 @@ Answer AskToSave(const std::string& text, const std::string& names = "") {
 
 } // namespace
 
-std::string VexaView::TextOf(FieldId field) const {
-    return Field(field).Text();
-}
-
-/// Puts the text into the field as confirmed. Returns false if it is there already.
-bool VexaView::Put(FieldId id, const std::string& text) {
-    BTextControl& field = Field(id);
-    if (field.Confirmed() == text && !field.IsEdited())
-        return false;
-    field.SetText(text.c_str());
-    return true;
-}
-
 void VexaView::EnterNow(FieldId field, uint32 code, const std::string& text) {
     Field(field).SetText(text.c_str());
     BMessage message(code);
@@ -116,7 +103,7 @@ void VexaView::KeepTyped() {
 Function VexaView::ConstructFunction() const {
     Function function = instrument.State().function;
     for (const FunctionFieldRow& row : FunctionFields())
-        row.text(function) = TextOf(row.id);
+        row.text(function) = fields.TextOf(row.id);
     return function;
 }
 
@@ -124,7 +111,7 @@ Sound VexaView::ConstructSound() const {
     Sound sound = instrument.State();
     sound.function = ConstructFunction();
     for (std::size_t i = 0; i < Parameters().size(); i++)
-        sound.texts[i] = TextOf(Parameters()[i].id);
+        sound.texts[i] = fields.TextOf(Parameters()[i].id);
     for (std::size_t i = 0; i < envelopes.size(); i++)
         sound.envelopes[i] = envelopes[i]->Points();
     return sound;
@@ -143,11 +130,12 @@ Sound VexaView::ConfirmedSound() const {
 void VexaView::PutPlaneFields(const Function& function) {
     Function shown = function;
     for (const FunctionField id : kPlaneFields) {
-        if (Put(id, RowOf(id).text(shown)))
+        if (fields.Put(id, RowOf(id).text(shown)))
             TakePlaneControl(RowOf(id).code);
     }
-    if (function.kind == FunctionKind::Sample && Put(FunctionField::Frequency, function.frequency))
-        MarkNumber(FunctionField::Frequency);
+    if (function.kind == FunctionKind::Sample &&
+        fields.Put(FunctionField::Frequency, function.frequency))
+        fields.MarkNumber(FunctionField::Frequency);
 }
 
 /// Shows the sound in all controls except the expression's field.
@@ -155,8 +143,8 @@ void VexaView::PutSound(const Sound& sound) {
     PutPlaneFields(sound.function);
     for (std::size_t i = 0; i < Parameters().size(); i++) {
         const Parameter& row = Parameters()[i];
-        if (Put(row.id, sound.texts[i]))
-            MarkNumber(row.id, row.controller);
+        if (fields.Put(row.id, sound.texts[i]))
+            fields.MarkNumber(row.id, row.controller);
     }
     for (std::size_t i = 0; i < envelopes.size(); i++)
         envelopes[i]->SetPoints(sound.envelopes[i]);
@@ -427,9 +415,7 @@ void VexaView::NameSound(const std::string& name) {
 
 /// Returns a count that grows with each possible change of ConstructSound's result.
 uint64 VexaView::Edits() const {
-    uint64 edits = instrument.Changes();
-    for (const BTextControl* field : fields)
-        edits += field->Changes();
+    uint64 edits = instrument.Changes() + fields.Changes();
     for (const EnvView* envelope : envelopes)
         edits += envelope->Changes();
     return edits;

@@ -156,7 +156,7 @@ bool VexaView::LoadSample(const char* path) {
     if (!Install(function))
         return false;
     ShowKind();
-    MarkNumber(FunctionField::Frequency);
+    fields.MarkNumber(FunctionField::Frequency);
     NoteStep("sample " + std::filesystem::path(path).stem().string());
     TellOfSource();
     return true;
@@ -184,13 +184,13 @@ void VexaView::OpenSample(const std::string& path) {
 }
 
 void VexaView::TakeSampleFrequency() {
-    MarkNumber(FunctionField::Frequency);
+    fields.MarkNumber(FunctionField::Frequency);
     Function function = instrument.State().function;
-    if (function.frequency != TextOf(FunctionField::Frequency))
+    if (function.frequency != fields.TextOf(FunctionField::Frequency))
         function.author = instrument.User();
     instrument.Adopt(function);
     // A text that is no frequency leaves the spiral as it is; the picture is shown all the same.
-    instrument.SetSampleFrequency(TextOf(FunctionField::Frequency));
+    instrument.SetSampleFrequency(fields.TextOf(FunctionField::Frequency));
     plane->SetupBitmap();
     plane->Invalidate();
 }

@@ -84,7 +84,7 @@ void VexaView::Become(const Sound& next) {
         }
     }
     if (isExpression)
-        Put(FunctionField::Expression, function.expression);
+        fields.Put(FunctionField::Expression, function.expression);
     ShowKind();
     PutSound(next);
     RestorePlane();

@@ -61,7 +61,7 @@ void VexaView::Take(BMessage* message) {
     switch (code) {
     case kExpressionCode:
         // A refused text is mended in its field.
-        if (!Compile(TextOf(FunctionField::Expression).c_str()))
+        if (!Compile(fields.TextOf(FunctionField::Expression).c_str()))
             Field(FunctionField::Expression).MakeFocus();
         break;
     case kExpressionTypedCode:
@@ -109,30 +109,20 @@ bool VexaView::TakeParameter(uint32 code) {
     for (const Parameter& row : Parameters()) {
         if (row.code != code)
             continue;
-        if (instrument.Edit(row, TextOf(row.id)) == TextFault::ControllerNumber)
+        if (instrument.Edit(row, fields.TextOf(row.id)) == TextFault::ControllerNumber)
             ErrorAlert(kInvalidController);
-        MarkNumber(row.id, row.controller);
+        fields.MarkNumber(row.id, row.controller);
         return true;
     }
     return false;
-}
-
-/// Marks a field if its text is not used completely; its tool tip says what was understood.
-void VexaView::MarkNumber(FieldId id, bool controller) {
-    const std::string text = TextOf(id);
-    const std::string doubt = id == FunctionField::Frequency ? FrequencyDoubt(text)
-                              : id == FunctionField::Width   ? WidthDoubt(text)
-                                                             : NumberDoubt(text, controller);
-    Field(id).MarkWrong(!doubt.empty());
-    Field(id).SetToolTip(doubt.c_str());
 }
 
 bool VexaView::TakePlaneControl(uint32 code) {
     for (const auto& control : kPlaneControls) {
         if (RowOf(control.field).code != code)
             continue;
-        MarkNumber(control.field);
-        if (const auto setting = SettingIn(control.field, TextOf(control.field)))
+        fields.MarkNumber(control.field);
+        if (const auto setting = SettingIn(control.field, fields.TextOf(control.field)))
             (plane->*control.set)(*setting);
         return true;
     }
@@ -143,7 +133,7 @@ bool VexaView::TakePlaneControl(uint32 code) {
 /// last other one before it has set.
 void VexaView::RestorePlane() {
     for (const auto& control : kPlaneControls) {
-        if (SettingIn(control.field, TextOf(control.field)))
+        if (SettingIn(control.field, fields.TextOf(control.field)))
             continue;
         for (Function function : Steps().Functions()) {
             const auto setting = SettingIn(control.field, RowOf(control.field).text(function));

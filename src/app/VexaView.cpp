@@ -3,7 +3,7 @@
 
 #include "app/Alerts.h"
 #include "app/Attachment.h"
-#include "app/FormulaHint.h"
+#include "app/ExpressionFeedback.h"
 #include "app/MessageCodes.h"
 #include "app/plane/PlaneDesk.h"
 #include "instrument/SoundParts.h"
@@ -55,7 +55,7 @@ VexaView::VexaView(BRect frame, const char* name, const kits::ProgramFolders& fo
     AddFileButtons();
     AddMenus();
     AddEnvelopes();
-    AddHint();
+    AddFeedback();
     ColorsChanged();
     slots[slot].emplace(ConfirmedSound(), "");
     if (plugin)
@@ -83,7 +83,6 @@ void VexaView::AddPlaneControls() {
                       "Esc: silence.");
     AddChild(plane);
     AddOverlay();
-    instrument.Watch([this](const PlaneFunction& f) { ShowPlaying(f); });
 
     fields.Add(*this, FunctionField::Expression, {6, 317, 310, 327});
     Field(FunctionField::Expression).SetModificationMessage(new BMessage(kExpressionTypedCode));
@@ -223,11 +222,19 @@ void VexaView::AddCoefficients(std::string_view group) {
         fields.Add(*this, row, formulas.FieldFrame(row.id));
 }
 
-/// Adds the hint as the last child, as it covers the others.
-void VexaView::AddHint() {
-    const BRect field = Field(FunctionField::Expression).Frame();
-    hint = new FormulaHint(field.left, field.bottom + 1, field.right);
-    AddChild(hint);
+/// Adds the feedback last, as its hint covers other views.
+void VexaView::AddFeedback() {
+    feedback = std::make_unique<ExpressionFeedback>(*this, Field(FunctionField::Expression), *plane,
+                                                    Playing());
+    instrument.Watch([this](const PlaneFunction& f) { feedback->ShowSounding(f); });
+}
+
+const FormulaHint& VexaView::Hint() const {
+    return feedback->Hint();
+}
+
+const PlaneFunction& VexaView::ShownFunction() const {
+    return feedback->Shown();
 }
 
 void VexaView::StartGraph() {
@@ -281,7 +288,7 @@ void VexaView::Draw(BRect) {
 void VexaView::Pulse() {
     EndJoining();
     Tend();
-    ShowWhatChanges();
+    feedback->Pulse();
     LearnController();
 }
 

@@ -12,7 +12,6 @@
 #include "audio/AudioGraph.h"
 #include "instrument/History.h"
 #include "instrument/Instrument.h"
-#include "instrument/PlaneFollower.h"
 #include "kits/interface/FilePanel.h"
 #include "kits/interface/View.h"
 #include "kits/storage/ProgramFolder.h"
@@ -40,8 +39,8 @@ namespace vexa {
 
 class Attachment;
 class EnvView;
+class ExpressionFeedback;
 struct DroppedFiles;
-class Formula;
 class FormulaHint;
 class PlaneDesk;
 class PlaneOverlay;
@@ -238,7 +237,7 @@ class VexaView : public BView {
 
     R2RFView& Plane() { return *plane; }
     PlaneOverlay& Overlay() { return *overlay; }
-    const FormulaHint& Hint() const { return *hint; }
+    const FormulaHint& Hint() const;
     EnvView& EnvelopeEditor(std::size_t index) { return *envelopes[index]; }
     BTextControl& Field(FieldId id) const { return fields[id]; }
     BMenu& VoicesMenu() { return *voicesMenu; }
@@ -252,7 +251,7 @@ class VexaView : public BView {
     Settings& Remembered() const { return *settings; }
     /// Returns the function that the plane shows: the one that plays or, in a preview, the one
     /// being typed.
-    const PlaneFunction& ShownFunction() const { return shown.Function(); }
+    const PlaneFunction& ShownFunction() const;
     Engine& Playing() { return instrument.Playing(); }
     const Engine& Playing() const { return instrument.Playing(); }
     const sound_param& SoundParam() const { return Playing().parameters; }
@@ -274,7 +273,7 @@ class VexaView : public BView {
     void AddMenus();
     void AddEnvelopes();
     void AddCoefficients(std::string_view group);
-    void AddHint();
+    void AddFeedback();
     void StartGraph();
     void ShowSound();
 
@@ -322,14 +321,6 @@ class VexaView : public BView {
     }
     void OpenSound(const std::string& path, const std::function<void()>& then);
     void OpenSample(const std::string& path);
-
-    // The plane's function, and the preview while an expression is typed.
-    void ShowFunction(const PlaneFunction& f);
-    void ShowPlaying(const PlaneFunction& f);
-    void TakeTyping();
-    std::optional<float> PlaceOfFault() const;
-    void EndTyping();
-    void ShowWhatChanges();
 
     // Functions.
     bool Install(const Function& function);
@@ -412,28 +403,12 @@ class VexaView : public BView {
     std::string sourceRemark;
     /// The expression's field names the file of a sample or picture.
     bool namesSource = true;
-    /// The expression in the field is wrong and not installed, and the reason.
-    bool expressionWrong = false;
-    std::string refusal;
     /// The expression before the refused one that the user has entered; empty if there is none.
     std::optional<std::string> slip;
     /// The view is being destroyed.
     bool closing = false;
 
     Instrument instrument;
-    /// The function that plays, apart from an add-on with the same values, and the one that the
-    /// plane shows.
-    PlaneFunction playing{nullfunc};
-    PlaneFollower shown{instrument.Playing()};
-    /// The plane shows the typed formula, not the function that plays.
-    bool previewing = false;
-    /// A typed formula that the plane does not show yet (null if there is none), and in
-    /// `pulsesOfRest` the pulses since it was typed.
-    std::shared_ptr<const Formula> typed;
-    /// The byte position of the fault in the typed text, if it has one.
-    std::optional<std::size_t> faultPlace;
-    int pulsesOfRest = 0;
-
     /// The controller field that has the keyboard focus, and the controllers at the moment when it
     /// got it.
     struct Learning {
@@ -447,13 +422,14 @@ class VexaView : public BView {
     // Views, which this view owns as its children.
     R2RFView* plane = nullptr;
     PlaneOverlay* overlay = nullptr;
-    FormulaHint* hint = nullptr;
     std::array<EnvView*, 4> envelopes{};
     FieldSet fields;
     BMenu* voicesMenu = nullptr;
     BMenu* channelMenu = nullptr;
     BMenu* deviceMenu = nullptr;
     std::vector<BView*> menuBars;
+
+    std::unique_ptr<ExpressionFeedback> feedback;
 
     ComputerKeyboard keyboard;
     std::unique_ptr<PlaneDesk> desk;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Function and sound documents into the main view, and out of it.
 #include "app/Alerts.h"
+#include "app/ExpressionFeedback.h"
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
 #include "documents/DocumentKind.h"
@@ -447,7 +448,7 @@ std::string VexaView::SavingRemark() const {
     if (fileMissing)
         return "The " + file + " is " + FaultOfSource() +
                ", so that nothing sounds. Its name will be saved.";
-    if (!expressionWrong)
+    if (!feedback->IsRefused())
         return "";
     return Kind() != FunctionKind::Expression
                ? "The expression is wrong and will not be saved: the " + file +

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The sources of the main view's plane function: an expression, a sample or a picture.
 #include "app/Alerts.h"
+#include "app/ExpressionFeedback.h"
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
 #include "documents/DocumentKind.h"
@@ -39,7 +40,7 @@ class Pause {
 /// whose frequency is none plays all the same; its field is marked.
 bool VexaView::Install(const Function& function) {
     const bool isExpression = function.kind == FunctionKind::Expression;
-    EndTyping();
+    feedback->EndTyping();
     BTextControl& field = Field(FunctionField::Expression);
     std::optional<Pause> pause;
     if (isExpression)
@@ -63,12 +64,8 @@ bool VexaView::MarkInstalled(const Function& function, const FunctionReport& rep
     slip.reset();
     if (installed)
         fileMissing = false;
-    if (function.kind == FunctionKind::Expression) {
-        expressionWrong = !installed;
-        refusal = installed ? "" : report.text;
-        Field(FunctionField::Expression).MarkWrong(!installed);
-        Field(FunctionField::Expression).SetToolTip(refusal.c_str());
-    }
+    if (function.kind == FunctionKind::Expression)
+        installed ? feedback->Accept() : feedback->Refuse(report.text);
     return installed;
 }
 
@@ -77,12 +74,8 @@ void VexaView::ShowKind() {
     Field(FunctionField::Frequency).SetEnabled(SampleMode());
     if (Kind() == FunctionKind::Expression)
         return ShowSource();
-    BTextControl& expression = Field(FunctionField::Expression);
-    expression.SetText("");
-    expression.SetToolTip(nullptr);
-    expression.MarkWrong(false);
-    expressionWrong = false;
-    refusal.clear();
+    Field(FunctionField::Expression).SetText("");
+    feedback->Accept();
     slip.reset();
     ShowSource();
 }
@@ -119,7 +112,7 @@ bool VexaView::Compile(const char* expression) {
         function.author = instrument.User();
     // Of several refused texts in a row, the first one has taken the place of a good one.
     const std::optional<std::string> before =
-        expressionWrong ? slip : instrument.State().function.expression;
+        feedback->IsRefused() ? slip : instrument.State().function.expression;
     function.kind = FunctionKind::Expression;
     function.expression = expression;
     const bool installed = Install(function);

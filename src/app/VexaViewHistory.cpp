@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The main view's undo and redo, and the other operations that replace the whole sound.
 #include "app/Alerts.h"
+#include "app/ExpressionFeedback.h"
 #include "app/VexaView.h"
 #include "instrument/InitialSound.h"
 #include "instrument/Mutation.h"
@@ -69,7 +70,7 @@ void VexaView::Become(const Sound& next) {
     const Busy now(busy);
     Playing().renderer.SetJoins(true);
     pulsesOfJoining = kPulsesOfJoining;
-    EndTyping();
+    feedback->EndTyping();
     const Function before = instrument.State().function;
     const Function& function = next.function;
     const bool isExpression = function.kind == FunctionKind::Expression;
@@ -130,7 +131,7 @@ void VexaView::MutateSound(uint64 seed) {
     KeepTyped();
     FollowMacros();
     const Sound before = ConfirmedSound();
-    Sound next = Mutate(before, playing, seed);
+    Sound next = Mutate(before, feedback->Sounding(), seed);
     if (next == before)
         return;
     next.author = next.function.author = instrument.User();

@@ -2,6 +2,7 @@
 // The effects of the main view's messages.
 #include "app/Alerts.h"
 #include "app/Attachment.h"
+#include "app/ExpressionFeedback.h"
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
 #include "documents/ApplySound.h"
@@ -65,7 +66,7 @@ void VexaView::Take(BMessage* message) {
             Field(FunctionField::Expression).MakeFocus();
         break;
     case kExpressionTypedCode:
-        TakeTyping();
+        feedback->TakeTyping();
         break;
     case kSampleFrequencyCode:
         TakeSampleFrequency();

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The main view's feedback on an expression while it is being typed.
-#include "app/FormulaHint.h"
-#include "app/VexaView.h"
+#include "app/ExpressionFeedback.h"
+
 #include "instrument/PlayableFormula.h"
 #include "kits/interface/Control.h"
 #include "views/R2RFView.h"
+
+#include <utility>
 
 namespace vexa {
 
@@ -15,33 +16,36 @@ constexpr int kPulsesOfRest = 2;
 
 } // namespace
 
+ExpressionFeedback::ExpressionFeedback(BView& view, BTextControl& field, R2RFView& plane,
+                                       const SoundRecords& records)
+    : field(field), plane(plane), shown(records) {
+    const BRect frame = field.Frame();
+    hint = new FormulaHint(frame.left, frame.bottom + 1, frame.right);
+    view.AddChild(hint);
+}
+
 /// Returns the x coordinate of the middle of the faulty character; nothing without a fault.
-std::optional<float> VexaView::PlaceOfFault() const {
+std::optional<float> ExpressionFeedback::PlaceOfFault() const {
     if (!faultPlace)
         return std::nullopt;
-    const BTextControl& field = Field(FunctionField::Expression);
     return field.Frame().left +
            (field.PositionOf(*faultPlace) + field.PositionOf(*faultPlace + 1)) / 2;
 }
 
 /// Makes the plane show the function.
-void VexaView::ShowFunction(const PlaneFunction& f) {
+void ExpressionFeedback::Show(const PlaneFunction& f) {
     shown.Take(f);
-    plane->SetFunction(*shown.Next());
+    plane.SetFunction(*shown.Next());
 }
 
-/// Takes a new playing function and shows it.
-void VexaView::ShowPlaying(const PlaneFunction& f) {
-    playing = f;
+void ExpressionFeedback::ShowSounding(const PlaneFunction& f) {
+    sounding = f;
     typed.reset();
     previewing = false;
-    ShowFunction(f);
+    Show(f);
 }
 
-/// Shows a fault at once. A valid formula appears on the plane when the user pauses, and stays
-/// there while later texts are wrong; it is heard once confirmed.
-void VexaView::TakeTyping() {
-    BTextControl& field = Field(FunctionField::Expression);
+void ExpressionFeedback::TakeTyping() {
     if (!field.IsEdited())
         return EndTyping();
     const PlayableFormula read = ReadPlayable(field.Text());
@@ -55,28 +59,36 @@ void VexaView::TakeTyping() {
         hint->Explain(read.reason, PlaceOfFault());
 }
 
-/// Ends the preview: the field's tool tip and the plane return to the function that plays.
-void VexaView::EndTyping() {
+void ExpressionFeedback::EndTyping() {
     hint->Withdraw();
     typed.reset();
-    Field(FunctionField::Expression).SetToolTip(refusal.c_str());
+    ShowRefusal();
     if (previewing)
-        ShowPlaying(playing);
+        ShowSounding(sounding);
 }
 
-/// Called at a pulse. Shows the typed formula, or the playing function with changed inputs, once
-/// the last picture has been visible for a while.
-void VexaView::ShowWhatChanges() {
+void ExpressionFeedback::Pulse() {
     // The field scrolls on painting and with the cursor, so the mark is moved here.
     if (!hint->IsHidden())
         hint->MoveMark(PlaceOfFault());
     if (typed && ++pulsesOfRest >= kPulsesOfRest) {
         previewing = true;
-        ShowFunction(std::exchange(typed, nullptr));
-    } else if (plane->IsRested()) {
+        Show(std::exchange(typed, nullptr));
+    } else if (plane.IsRested()) {
         if (const std::optional<PlaneFunction> next = shown.Next())
-            plane->SetFunction(*next);
+            plane.SetFunction(*next);
     }
+}
+
+void ExpressionFeedback::SetRefusal(const std::optional<std::string>& next) {
+    refusal = next;
+    field.MarkWrong(refusal.has_value());
+    ShowRefusal();
+}
+
+/// Makes the field's tool tip the reason of the refusal, if there is one.
+void ExpressionFeedback::ShowRefusal() {
+    field.SetToolTip(refusal.value_or("").c_str());
 }
 
 } // namespace vexa

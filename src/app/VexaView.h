@@ -4,6 +4,7 @@
 
 #include "app/ComputerKeyboard.h"
 #include "app/ControllerLearn.h"
+#include "app/DocumentPanels.h"
 #include "app/FieldSet.h"
 #include "app/FormulaPanel.h"
 #include "app/MessageCodes.h"
@@ -12,7 +13,6 @@
 #include "audio/AudioGraph.h"
 #include "instrument/History.h"
 #include "instrument/Instrument.h"
-#include "kits/interface/FilePanel.h"
 #include "kits/interface/View.h"
 #include "kits/storage/ProgramFolder.h"
 #include "midi/ProgramSelector.h"
@@ -300,11 +300,6 @@ class VexaView : public BView {
     void LoadProgram();
 
     // File panels.
-    std::string NameToSaveAs() const;
-    void ShowPanel(file_panel_mode mode, uint32 result, const char* folder, const char* title,
-                   const std::string& name);
-    void RemovePanel(const BMessage& message);
-    static std::string ChosenPath(const BMessage& message);
     bool MaySave();
     bool MayReplace(const BMessage& message, const char* folder, const std::string& name);
     bool MayReplaceOwn();
@@ -449,9 +444,7 @@ class VexaView : public BView {
 
     std::unique_ptr<AudioGraph> graph;
 
-    /// Declared before the panels, which use it.
-    std::unique_ptr<BRefFilter> panelFilter;
-    std::vector<std::unique_ptr<BFilePanel>> panels;
+    DocumentPanels panels{folders, BMessenger(this)};
 };
 
 } // namespace vexa

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The main view's file panels, and what they choose.
+// What the main view's file panels are for, and what they choose.
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
 #include "instrument/DefaultSound.h"
 #include "instrument/InitialSound.h"
 #include "kits/interface/Alert.h"
-#include "kits/interface/FilePanel.h"
-#include "kits/interface/Window.h"
+#include "kits/interface/FilePanelDefs.h"
 #include "kits/storage/Entry.h"
 #include "kits/storage/FileName.h"
 
@@ -28,17 +27,23 @@ struct PanelCommand {
     void (VexaView::*save)(const std::string& name);
 };
 
-/// Hides the user's files that are mere copies of shipped ones.
-class NoCopies : public BRefFilter {
-  public:
-    explicit NoCopies(const kits::ProgramFolders& folders) : folders(folders) {}
-    bool Filter(const entry_ref* ref, const struct stat*) override {
-        return !folders.IsCopy(std::filesystem::path(ref->directory) / ref->name);
-    }
+/// Returns the path of the first entry in an open panel's message; empty if there is none.
+std::string ChosenPath(const BMessage& message) {
+    entry_ref ref;
+    BPath path;
+    if (message.FindRef("refs", &ref) != B_OK || BEntry(&ref, false).GetPath(&path) != B_OK)
+        return "";
+    return path.Path();
+}
 
-  private:
-    const kits::ProgramFolders& folders;
-};
+/// Returns the name that a panel proposes for a sound of this name; empty if the program has given
+/// the name or no file can have it.
+std::string NameToSaveAs(const std::string& name) {
+    // Every start begins with the sound that the user has saved as "default", so nobody is to do
+    // that without typing the name.
+    const bool isOwn = name != kInitialSoundName && name != kDefaultSoundName;
+    return isOwn && kits::CheckFileName(name) ? name : "";
+}
 
 /// Asks whether to write a file. If it replaces one, Enter keeps that.
 bool AskToWrite(const std::string& question, bool replaces) {
@@ -73,8 +78,8 @@ bool VexaView::TakePanelCommand(const BMessage& message) {
     for (const PanelCommand& command : kCommands) {
         if (message.what == command.button) {
             afterSaving = nullptr;
-            ShowPanel(command.mode, command.result, command.folder, command.title,
-                      message.what == kSaveSoundCode ? NameToSaveAs() : "");
+            panels.Show(command.mode, command.result, command.folder, command.title,
+                        message.what == kSaveSoundCode ? NameToSaveAs(SoundName()) : "");
             return true;
         }
         if (message.what != command.result)
@@ -88,62 +93,10 @@ bool VexaView::TakePanelCommand(const BMessage& message) {
             if (MaySave() && MayReplace(message, command.folder, name))
                 (this->*command.save)(name);
         }
-        RemovePanel(message);
+        panels.Remove(message);
         return true;
     }
     return false;
-}
-
-/// Returns the name that a panel proposes for the sound; empty if the sound has none that a file
-/// can have.
-std::string VexaView::NameToSaveAs() const {
-    const std::string& name = SoundName();
-    // Every start begins with the sound that the user has saved as "default", so nobody is to do
-    // that without typing the name.
-    const bool isOwn = name != kInitialSoundName && name != kDefaultSoundName;
-    return isOwn && kits::CheckFileName(name) ? name : "";
-}
-
-void VexaView::ShowPanel(file_panel_mode mode, uint32 result, const char* folder, const char* title,
-                         const std::string& name) {
-    // Cancelled panels are no longer needed.
-    std::erase_if(panels, [](const auto& panel) { return !panel->IsShowing(); });
-    if (!panelFilter)
-        panelFilter = std::make_unique<NoCopies>(folders);
-    const BMessenger self(this);
-    auto panel = std::make_unique<BFilePanel>(mode, &self, nullptr, B_FILE_NODE, false,
-                                              new BMessage(result), panelFilter.get(), false, true);
-    if (folder)
-        panel->SetPanelDirectory(folders.Own(folder).c_str());
-    // The user's and the shipped files can be loaded; only the user's can be replaced.
-    if (folder && mode == B_OPEN_PANEL)
-        panel->SetBeneath(folders.Own(folder).c_str(), folders.Shipped(folder).c_str());
-    panel->Window()->SetTitle(title);
-    // In other folders the panel would ask about a file that is not written; MayReplace asks
-    // instead.
-    if (folder)
-        panel->AskOnlyIn(folders.Own(folder));
-    // The lists show only files with this ending.
-    if (mode == B_SAVE_PANEL) {
-        panel->SetEnding(kits::kDocumentEnding);
-        panel->SetSaveText(name);
-    }
-    panel->Show();
-    panels.push_back(std::move(panel));
-}
-
-void VexaView::RemovePanel(const BMessage& message) {
-    const BFilePanel* sender = BFilePanel::SenderOf(message);
-    std::erase_if(panels, [sender](const auto& panel) { return panel.get() == sender; });
-}
-
-/// Returns the path of the first entry in an open panel's message; empty if there is none.
-std::string VexaView::ChosenPath(const BMessage& message) {
-    entry_ref ref;
-    BPath path;
-    if (message.FindRef("refs", &ref) != B_OK || BEntry(&ref, false).GetPath(&path) != B_OK)
-        return "";
-    return path.Path();
 }
 
 /// Applies typed texts, so that the saved sound is the heard one. Asks the user if they differ

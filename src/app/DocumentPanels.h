@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The file panels in which the user chooses documents, and samples, pictures and tunings.
+#pragma once
+
+#include "kits/application/Messenger.h"
+#include "kits/interface/FilePanel.h"
+#include "kits/storage/ProgramFolder.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vexa {
+
+/// The panels that are open. Window thread.
+class DocumentPanels {
+  public:
+    /// The panels send their results to `target`. `folders` outlives the object.
+    DocumentPanels(const kits::ProgramFolders& folders, const BMessenger& target);
+
+    /// Shows a panel for files of one of the program's folders, or, if `folder` is null, for those
+    /// that the user keeps elsewhere. `result` is the code of the result's message, and `name` the
+    /// name that the panel proposes to save as.
+    void Show(file_panel_mode mode, uint32 result, const char* folder, const char* title,
+              const std::string& name);
+    /// Removes the panel that has sent the result.
+    void Remove(const BMessage& result);
+
+  private:
+    const kits::ProgramFolders& folders;
+    const BMessenger target;
+    /// Declared before the panels, which use it.
+    std::unique_ptr<BRefFilter> filter;
+    std::vector<std::unique_ptr<BFilePanel>> panels;
+};
+
+} // namespace vexa

@@ -163,7 +163,6 @@ void VexaView::AddMenus() {
         channelMenu->AddItem(new BMenuItem(label.c_str(), new BMessage(ChannelCode(n))));
     }
     channelMenu->SetTargetForItems(this);
-    deviceMenu = new BPopUpMenu("midi source");
 
     const BRect frequency = formulas.FieldFrame(FunctionField::Frequency);
     const float top = frequency.bottom + 5;
@@ -175,7 +174,7 @@ void VexaView::AddMenus() {
     } bars[] = {
         // The source's menu is beside the sample's button, above the channel's.
         {"Midi Source",
-         deviceMenu,
+         &sources.Menu(),
          {108, frequency.top - 31, 230, frequency.top},
          "What plays the notes"},
         {"Midi Device", voicesMenu, {10, top, 110, top}, "How many notes sound at once"},
@@ -193,7 +192,7 @@ void VexaView::AddMenus() {
         return;
     if (BMidiRoster* roster = BMidiRoster::MidiRoster())
         roster->StartWatching(BMessenger(this));
-    SetupMidiMenu();
+    sources.Fill(followsPrograms);
 }
 
 void VexaView::AddEnvelopes() {
@@ -249,7 +248,7 @@ void VexaView::StartGraph() {
         ShowSound();
     else
         std::fprintf(stderr, "vexa: there is no sound: %s\n", graph->DeviceFault().c_str());
-    ConnectChosenSource();
+    sources.ConnectTo(graph->Consumer());
 }
 
 /// Makes the plane show the orbits of the sounding notes.

@@ -10,6 +10,7 @@
 #include "app/MessageCodes.h"
 #include "app/ScreenPiano.h"
 #include "app/Settings.h"
+#include "app/SourceMenu.h"
 #include "audio/AudioGraph.h"
 #include "instrument/History.h"
 #include "instrument/Instrument.h"
@@ -28,11 +29,7 @@
 #include <string_view>
 #include <vector>
 
-class BButton;
 class BMenu;
-class BMenuBar;
-class BMidiRoster;
-class BPopUpMenu;
 class BTextControl;
 
 namespace vexa {
@@ -212,11 +209,9 @@ class VexaView : public BView {
 
     // MIDI.
 
-    /// Rebuilds the list of sources, and reconnects the chosen source if it is there again.
-    void SetupMidiMenu();
     /// Chooses a source by its name, to be connected now or when it appears; empty for none.
-    void ChooseSource(const std::string& name);
-    const std::string& ChosenSource() const { return chosenSource; }
+    void ChooseSource(const std::string& name) { sources.Choose(name); }
+    const std::string& ChosenSource() const { return sources.Chosen(); }
     /// Sets whether program changes load sounds. They load without a question, because nobody could
     /// answer it while playing; Undo restores unsaved changes of the previous sound.
     void FollowPrograms(bool on);
@@ -242,7 +237,7 @@ class VexaView : public BView {
     BTextControl& Field(FieldId id) const { return fields[id]; }
     BMenu& VoicesMenu() { return *voicesMenu; }
     BMenu& ChannelMenu() { return *channelMenu; }
-    BMenu& DeviceMenu() { return *deviceMenu; }
+    BMenu& DeviceMenu() { return sources.Menu(); }
     /// Returns whether there is an audio graph, which is so unless a plug-in plays.
     bool HasGraph() const { return graph != nullptr; }
     AudioGraph& Graph() { return *graph; }
@@ -344,7 +339,6 @@ class VexaView : public BView {
     void Enter(BTextControl& field);
     void EnterTyped();
     void KeepTyped();
-    void ConnectChosenSource();
 
     // Undo and redo.
 
@@ -421,7 +415,6 @@ class VexaView : public BView {
     FieldSet fields;
     BMenu* voicesMenu = nullptr;
     BMenu* channelMenu = nullptr;
-    BMenu* deviceMenu = nullptr;
     std::vector<BView*> menuBars;
 
     std::unique_ptr<ExpressionFeedback> feedback;
@@ -429,10 +422,7 @@ class VexaView : public BView {
     ComputerKeyboard keyboard;
     std::unique_ptr<PlaneDesk> desk;
     ScreenPiano piano;
-    /// The name of the source that the user has chosen, and the ID of the connected one (0 for
-    /// none).
-    std::string chosenSource;
-    int32 connectedSource = 0;
+    SourceMenu sources{BMessenger(this), keyboard};
 
     TuningChoice tuned;
     Tuning tuning = EqualTemperament();

@@ -99,7 +99,7 @@ void VexaView::Take(BMessage* message) {
         CopyToOther();
         break;
     case B_MIDI_EVENT:
-        SetupMidiMenu();
+        sources.Fill(followsPrograms);
         break;
     default:
         BView::MessageReceived(message);
@@ -171,6 +171,24 @@ void VexaView::SetChannel(int32 channel) {
     keyboard.SetChannel(static_cast<uchar>(std::max(channel, 0)));
     piano.SetChannel(static_cast<uchar>(std::max(channel, 0)));
     graph->Consumer().SetChannel(channel);
+}
+
+bool VexaView::TakeSource(uint32 code) {
+    if (code == kFollowProgramsCode) {
+        FollowPrograms(!followsPrograms);
+        return true;
+    }
+    if (!sources.Take(code))
+        return false;
+    settings->Set(kSourceSetting, sources.Chosen());
+    return true;
+}
+
+void VexaView::FollowPrograms(bool on) {
+    followsPrograms = on;
+    graph->Consumer().Gate()->Watch(on ? &programs : nullptr);
+    programs.Take();
+    sources.Fill(followsPrograms);
 }
 
 void VexaView::SilenceAll() {

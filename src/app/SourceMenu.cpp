@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/SourceMenu.h"
+
+#include "app/Alerts.h"
+#include "app/ComputerKeyboard.h"
+#include "app/MessageCodes.h"
+#include "kits/interface/Menu.h"
+#include "kits/midi/MidiRoster.h"
+
+#include <cstdio>
+
+namespace vexa {
+
+SourceMenu::SourceMenu(const BMessenger& target, ComputerKeyboard& keyboard)
+    : target(target), keyboard(keyboard), menu(new BPopUpMenu("midi source")) {}
+
+void SourceMenu::Fill(bool followsPrograms) {
+    menu->RemoveAll();
+    menu->AddItem(new BMenuItem("none", new BMessage(kNoSourceCode)));
+    std::string reason;
+    BMidiRoster* roster = BMidiRoster::MidiRoster(&reason);
+    if (!roster) {
+        std::fprintf(stderr, "vexa: there are no MIDI sources: %s\n", reason.c_str());
+        ErrorAlert("Where is the MIDI roster?!?", reason);
+        return;
+    }
+    int32 id = 0;
+    while (BMidiProducer* source = roster->NextProducer(&id)) {
+        const uint32 code = kFirstSourceCode + static_cast<uint32>(id);
+        menu->AddItem(new BMenuItem(source->Name().c_str(), new BMessage(code)));
+        source->Release();
+    }
+    menu->AddItem(new BSeparatorItem);
+    menu->AddItem(new BMenuItem(followsPrograms ? "Ignore program changes"
+                                                : "Let program changes choose sounds",
+                                new BMessage(kFollowProgramsCode)));
+    menu->SetTargetForItems(target);
+    Connect();
+}
+
+void SourceMenu::Choose(const std::string& name) {
+    chosen = name;
+    Connect();
+}
+
+void SourceMenu::ConnectTo(BMidiLocalConsumer& next) {
+    consumer = &next;
+    Connect();
+}
+
+bool SourceMenu::Take(uint32 code) {
+    if (code == kNoSourceCode) {
+        Choose("");
+        return true;
+    }
+    // Source numbers are small; codes far above belong to other messages.
+    constexpr uint32 kMostSources = 1U << 16;
+    if (code <= kFirstSourceCode || code - kFirstSourceCode > kMostSources)
+        return false;
+    const BMenuItem* item = menu->FindItem(code);
+    if (item)
+        Choose(item->Label());
+    return item != nullptr;
+}
+
+/// Connects the chosen source if it is there, disconnects another one, and marks the connected one
+/// in the menu.
+void SourceMenu::Connect() {
+    BMidiRoster* roster = BMidiRoster::MidiRoster();
+    if (!roster || !consumer)
+        return;
+    BMidiProducer* source = chosen.empty() ? nullptr : roster->FindProducer(chosen);
+    const int32 wanted = source ? source->ID() : 0;
+    if (wanted != connected) {
+        keyboard.ReleaseAll();
+        if (BMidiProducer* before = connected ? roster->FindProducer(connected) : nullptr) {
+            before->Disconnect(consumer);
+            before->Release();
+        }
+        connected = wanted;
+        const status_t status = source ? source->Connect(consumer) : B_OK;
+        if (status != B_OK)
+            connected = 0;
+        if (status != B_OK && status != B_WOULD_BLOCK) {
+            ErrorAlert("Could not connect the MIDI source\n" + chosen);
+            chosen.clear();
+        }
+    }
+    if (source)
+        source->Release();
+    const uint32 code =
+        connected ? kFirstSourceCode + static_cast<uint32>(connected) : kNoSourceCode;
+    if (BMenuItem* item = menu->FindItem(code))
+        item->SetMarked(true);
+}
+
+} // namespace vexa

@@ -57,7 +57,7 @@ VexaView::VexaView(BRect frame, const char* name, const kits::ProgramFolders& fo
     AddEnvelopes();
     AddFeedback();
     ColorsChanged();
-    slots[slot].emplace(ConfirmedSound(), "");
+    slots.Begin(ConfirmedSound(), {.name = "", .saved = ConfirmedSound()});
     if (plugin)
         StartAttached();
     else

@@ -10,9 +10,9 @@
 #include "app/MessageCodes.h"
 #include "app/ScreenPiano.h"
 #include "app/Settings.h"
+#include "app/SoundSlots.h"
 #include "app/SourceMenu.h"
 #include "audio/AudioGraph.h"
-#include "instrument/History.h"
 #include "instrument/Instrument.h"
 #include "kits/interface/View.h"
 #include "kits/storage/ProgramFolder.h"
@@ -112,12 +112,14 @@ class VexaView : public BView {
 
     /// Returns whether the sound differs, apart from authors that edits have set, from the one that
     /// was last loaded or saved, or its file has been deleted.
-    bool Changed() const;
+    bool Changed() const {
+        return slots.Differs(Edits(), [this] { return ConstructSound(); });
+    }
     /// Notices whether the files of the sounds in both slots are still there. To be called after
     /// changes in the folders.
-    void LookForFiles();
+    void LookForFiles() { slots.LookForFiles(); }
     /// Takes the present sound as the saved one, so that Changed returns false.
-    void TakeAsSaved();
+    void TakeAsSaved() { slots.TakeAsSaved(ConstructSound()); }
     /// Makes the present sound the unchanged start of a new history, so that Undo cannot go back
     /// beyond it, and discards the other slot. If the sound has changed, it no longer belongs to
     /// its file.
@@ -187,7 +189,7 @@ class VexaView : public BView {
 
     /// There are two slots, A and B, each with a sound, its steps, file and name. The present one
     /// is played and edited; the other starts as a copy of it when it is first chosen.
-    char PresentSlot() const { return static_cast<char>('A' + slot); }
+    char PresentSlot() const { return slots.Letter(); }
     /// Makes the other slot the present one.
     void SwitchAB();
     /// Copies the present sound and its file to the other slot, as one step there.
@@ -353,12 +355,11 @@ class VexaView : public BView {
       private:
         int& count;
     };
-    History& Steps() { return *slots[slot]; }
-    const History& Steps() const { return *slots[slot]; }
+    History& Steps() { return slots.Present(); }
+    const History& Steps() const { return slots.Present(); }
     void NoteStep(const std::string& name);
     void Become(const Sound& next);
     void EndJoining();
-    void OpenOtherSlot();
 
     kits::ProgramFolders folders;
     Attachment* const plugin;
@@ -369,19 +370,13 @@ class VexaView : public BView {
     int pulsesAlone = 0;
     /// The plug-in has sent a sound.
     bool hasPluginSound = false;
-    /// The histories of both slots. The present slot always has one.
-    std::array<std::optional<History>, 2> slots;
-    std::size_t slot = 0;
+    SoundSlots slots;
     /// The number of edits up to which steps have been noted.
     uint64 notedAt = 0;
     /// The pulses for which sounding notes still carry over from the previous sound without a jump.
     int pulsesOfJoining = 0;
     /// The number of existing Busy objects.
     int busy = 0;
-    /// The result of the last comparison with the saved sound, and the number of edits at which it
-    /// was made.
-    mutable bool changed = false;
-    mutable std::optional<uint64> comparedAt;
     std::function<void()> enterElsewhere;
     /// Called once after the next saving of the sound, if set.
     std::function<void()> afterSaving;

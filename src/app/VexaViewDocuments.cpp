@@ -380,12 +380,6 @@ void VexaView::OpenFunction(const std::string& path) {
         Remember(path);
 }
 
-void VexaView::TakeAsSaved() {
-    Steps().File().saved = ConstructSound();
-    Steps().File().gone = false;
-    comparedAt.reset();
-}
-
 void VexaView::DescribeSound(const std::string& author, const SoundInfo& info,
                              const std::string& step) {
     FollowMacros();
@@ -420,26 +414,6 @@ uint64 VexaView::Edits() const {
     for (const EnvView* envelope : envelopes)
         edits += envelope->Changes();
     return edits;
-}
-
-void VexaView::LookForFiles() {
-    for (std::optional<History>& each : slots) {
-        if (!each)
-            continue;
-        SoundFile& file = each->File();
-        std::error_code ignored;
-        file.gone = !file.path.empty() && !std::filesystem::exists(file.path, ignored);
-    }
-    comparedAt.reset();
-}
-
-bool VexaView::Changed() const {
-    const uint64 edits = Edits();
-    if (comparedAt != edits) {
-        changed = !Steps().File().Holds(ConstructSound());
-        comparedAt = edits;
-    }
-    return changed;
 }
 
 std::string VexaView::SavingRemark() const {
@@ -503,7 +477,7 @@ std::string VexaView::Caption() const {
     const std::optional<std::string>& own = instrument.State().info.name;
     const bool isHosts = plugin && Steps().File().path.empty();
     std::string caption = (isHosts && own ? *own : SoundName()) + (Changed() ? " *" : "");
-    if (slots[1 - slot])
+    if (slots.Other())
         caption = std::string{PresentSlot()} + ": " + caption;
     if (graph && !graph->IsConnected())
         caption += caption.empty() ? "no sound" : "  (no audio device: no sound)";

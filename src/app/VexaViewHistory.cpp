@@ -26,9 +26,7 @@ void VexaView::BeginHistory() {
     // A changed sound is written to a file only at the user's request.
     if (Changed())
         file.path.clear();
-    slots[slot].emplace(ConfirmedSound(), file.name);
-    Steps().File() = std::move(file);
-    slots[1 - slot].reset();
+    slots.Begin(ConfirmedSound(), std::move(file));
     notedAt = Edits();
     TakeAsSaved();
 }
@@ -139,42 +137,22 @@ void VexaView::MutateSound(uint64 seed) {
     NoteStep("mutation");
 }
 
-/// Ends the gesture. If the other slot is empty, copies the present sound into it, with its file.
-void VexaView::OpenOtherSlot() {
-    FollowMacros();
-    Steps().End();
-    std::optional<History>& other = slots[1 - slot];
-    if (other)
-        return;
-    other.emplace(ConfirmedSound(), "");
-    other->File() = Steps().File();
-    // Losing the copy needs no question: the original is still in its slot.
-    other->GiveUp(true);
-}
-
 void VexaView::SwitchAB() {
     KeepTyped();
-    OpenOtherSlot();
-    slot = 1 - slot;
-    comparedAt.reset();
+    FollowMacros();
+    slots.Switch(ConfirmedSound());
     Become(Steps().Present());
 }
 
 void VexaView::CopyToOther() {
-    OpenOtherSlot();
-    History& other = *slots[1 - slot];
-    const Sound sound = ConfirmedSound();
-    if (other.Present() == sound)
-        return;
-    other.Load(sound, SoundName(), std::string("copy of ") + PresentSlot());
-    other.File() = Steps().File();
-    other.GiveUp(true);
+    FollowMacros();
+    slots.CopyToOther(ConfirmedSound());
 }
 
 bool VexaView::MayGiveUpAll(const std::function<void()>& then) {
     if (!MayGiveUp(then) || !MayGiveUpLeft(then))
         return false;
-    const std::optional<History>& other = slots[1 - slot];
+    const History* const other = slots.Other();
     if (!other)
         return true;
     // The changes of a sound that both slots have are saved or given up by now.

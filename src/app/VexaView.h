@@ -279,7 +279,6 @@ class VexaView : public BView {
     void TakeNews();
     void OfferEdits();
     void WatchPlugin();
-    static void Leave();
     void FollowMacros();
     void LearnController();
 
@@ -368,8 +367,6 @@ class VexaView : public BView {
     /// the plug-in has gone.
     uint64 offeredAt = 0;
     int pulsesAlone = 0;
-    /// The plug-in has sent a sound.
-    bool hasPluginSound = false;
     SoundSlots slots;
     /// The number of edits up to which steps have been noted.
     uint64 notedAt = 0;

@@ -9,8 +9,6 @@
 #include "kits/interface/Control.h"
 #include "views/EnvView.h"
 
-#include <utility>
-
 namespace vexa {
 
 namespace {
@@ -18,6 +16,12 @@ namespace {
 /// The pulses after which a plug-in that has gone ends the program even if its last news has not
 /// been read: an open alert may hold up TakeNews.
 constexpr int kPulsesOfGrace = 3;
+
+/// Ends the program at once, even if an alert is open.
+void Leave() {
+    BMessage quit(B_QUIT_REQUESTED);
+    be_app->MessageReceived(&quit);
+}
 
 } // namespace
 
@@ -43,9 +47,6 @@ void VexaView::TakeNews() {
         NoteSteps();
         const std::string name = next->info.name.value_or("the host's sound");
         LoadAs(*next, name, name);
-        // The view's initial sound never was the plug-in's, so it is not part of the history.
-        if (!std::exchange(hasPluginSound, true))
-            BeginHistory();
         offeredAt = Edits();
     }
     OfferEdits();
@@ -65,12 +66,6 @@ void VexaView::WatchPlugin() {
     pulsesAlone = plugin->IsOver() ? pulsesAlone + 1 : 0;
     if (pulsesAlone > kPulsesOfGrace)
         Leave();
-}
-
-/// Ends the program at once, even if an alert is open.
-void VexaView::Leave() {
-    BMessage quit(B_QUIT_REQUESTED);
-    be_app->MessageReceived(&quit);
 }
 
 } // namespace vexa

@@ -289,7 +289,7 @@ void VexaView::Pulse() {
     EndJoining();
     Tend();
     feedback->Pulse();
-    LearnController();
+    learn.Pulse(fields, Playing().controllers);
 }
 
 /// Does the periodic work that continues in a hidden window.
@@ -307,27 +307,6 @@ void VexaView::Tend() {
         text += (text.empty() ? "" : "\n\n") + alert;
     if (!text.empty())
         ShowErrorAlert(text, addon.text);
-}
-
-/// While the field of a controller number has the keyboard focus, takes the controller that moves.
-void VexaView::LearnController() {
-    const auto focused = std::ranges::find_if(Parameters(), [this](const Parameter& row) {
-        return row.controller && Field(row.id).IsFocus();
-    });
-    if (focused == Parameters().end()) {
-        learning.reset();
-        return;
-    }
-    if (!learning || learning->field != FieldId(focused->id))
-        learning = Learning{focused->id, ControllerLearn(Playing().controllers)};
-    const std::optional<int> moved = learning->from.Moved();
-    if (!moved)
-        return;
-    learning.reset();
-    if (std::to_string(*moved) == Field(focused->id).Text())
-        return;
-    Field(focused->id).Type(std::to_string(*moved).c_str());
-    Field(focused->id).Confirm();
 }
 
 void VexaView::WatchSound() {

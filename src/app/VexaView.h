@@ -3,8 +3,8 @@
 #pragma once
 
 #include "app/ComputerKeyboard.h"
-#include "app/ControllerLearn.h"
 #include "app/DocumentPanels.h"
+#include "app/FieldLearn.h"
 #include "app/FieldSet.h"
 #include "app/FormulaPanel.h"
 #include "app/MessageCodes.h"
@@ -280,7 +280,6 @@ class VexaView : public BView {
     void OfferEdits();
     void WatchPlugin();
     void FollowMacros();
-    void LearnController();
 
     void Tend();
 
@@ -390,14 +389,6 @@ class VexaView : public BView {
     bool closing = false;
 
     Instrument instrument;
-    /// The controller field that has the keyboard focus, and the controllers at the moment when it
-    /// got it.
-    struct Learning {
-        FieldId field;
-        ControllerLearn from;
-    };
-    std::optional<Learning> learning;
-
     FormulaPanel formulas;
 
     // Views, which this view owns as its children.
@@ -405,6 +396,7 @@ class VexaView : public BView {
     PlaneOverlay* overlay = nullptr;
     std::array<EnvView*, 4> envelopes{};
     FieldSet fields;
+    FieldLearn learn;
     BMenu* voicesMenu = nullptr;
     BMenu* channelMenu = nullptr;
     std::vector<BView*> menuBars;

@@ -5,6 +5,7 @@
 #include "app/Attachment.h"
 #include "app/ExpressionFeedback.h"
 #include "app/MessageCodes.h"
+#include "app/PlaneControls.h"
 #include "app/plane/PlaneDesk.h"
 #include "instrument/SoundParts.h"
 #include "kits/interface/Alert.h"
@@ -92,6 +93,7 @@ void VexaView::AddPlaneControls() {
     for (const auto id : {FunctionField::LinkFunctionX, FunctionField::LinkFunctionY,
                           FunctionField::LinkScreenX, FunctionField::LinkScreenY})
         fields.Add(*this, id, formulas.FieldFrame(id));
+    planeControls = std::make_unique<PlaneControls>(fields, *plane);
 }
 
 /// Adds the overlay, with the look that the plane had last.

@@ -39,6 +39,7 @@ class EnvView;
 class ExpressionFeedback;
 struct DroppedFiles;
 class FormulaHint;
+class PlaneControls;
 class PlaneDesk;
 class PlaneOverlay;
 class R2RFView;
@@ -286,8 +287,6 @@ class VexaView : public BView {
     // Messages.
     void Take(BMessage* message);
     bool TakeParameter(uint32 code);
-    bool TakePlaneControl(uint32 code);
-    void RestorePlane();
     bool TakeMenuChoice(uint32 code);
     void SetChannel(int32 channel);
     bool TakePanelCommand(const BMessage& message);
@@ -331,7 +330,7 @@ class VexaView : public BView {
     void LoadFrom(const std::filesystem::path& path, const std::string& digest, const Sound& sound);
     Sound ConfirmedSound() const;
     void ChooseUser();
-    void PutPlaneFields(const Function& function);
+    void PutFunction(const Function& function);
     void PutSound(const Sound& sound);
     using Writer = std::function<kits::Result<void>(const std::filesystem::path&)>;
     bool Save(const std::string& name, const char* folder, const Writer& write);
@@ -401,6 +400,7 @@ class VexaView : public BView {
     BMenu* channelMenu = nullptr;
     std::vector<BView*> menuBars;
 
+    std::unique_ptr<PlaneControls> planeControls;
     std::unique_ptr<ExpressionFeedback> feedback;
 
     ComputerKeyboard keyboard;

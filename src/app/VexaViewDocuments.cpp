@@ -3,6 +3,7 @@
 #include "app/Alerts.h"
 #include "app/ExpressionFeedback.h"
 #include "app/MessageCodes.h"
+#include "app/PlaneControls.h"
 #include "app/VexaView.h"
 #include "documents/DocumentKind.h"
 #include "documents/FunctionDocument.h"
@@ -27,11 +28,6 @@
 namespace vexa {
 
 namespace {
-
-/// The fields that determine the plane's display.
-constexpr FunctionField kPlaneFields[] = {FunctionField::Width, FunctionField::LinkFunctionX,
-                                          FunctionField::LinkFunctionY, FunctionField::LinkScreenX,
-                                          FunctionField::LinkScreenY};
 
 /// Prints the warnings on standard error.
 void Warn(const Warnings& warnings) {
@@ -123,17 +119,13 @@ Sound VexaView::ConfirmedSound() const {
     Sound sound = instrument.State();
     for (std::size_t i = 0; i < envelopes.size(); i++)
         sound.envelopes[i] = std::as_const(*envelopes[i]).Points();
-    for (const FunctionField id : kPlaneFields)
-        RowOf(id).text(sound.function) = Field(id).Confirmed();
+    planeControls->GetConfirmed(sound.function);
     return sound;
 }
 
-void VexaView::PutPlaneFields(const Function& function) {
-    Function shown = function;
-    for (const FunctionField id : kPlaneFields) {
-        if (fields.Put(id, RowOf(id).text(shown)))
-            TakePlaneControl(RowOf(id).code);
-    }
+/// Shows the function in all controls except the expression's field.
+void VexaView::PutFunction(const Function& function) {
+    planeControls->Put(function);
     if (function.kind == FunctionKind::Sample &&
         fields.Put(FunctionField::Frequency, function.frequency))
         fields.MarkNumber(FunctionField::Frequency);
@@ -141,7 +133,7 @@ void VexaView::PutPlaneFields(const Function& function) {
 
 /// Shows the sound in all controls except the expression's field.
 void VexaView::PutSound(const Sound& sound) {
-    PutPlaneFields(sound.function);
+    PutFunction(sound.function);
     for (std::size_t i = 0; i < Parameters().size(); i++) {
         const Parameter& row = Parameters()[i];
         if (fields.Put(row.id, sound.texts[i]))
@@ -164,7 +156,7 @@ void VexaView::InterpretFunction(const Function& function) {
     // only for a while, and saving must not lose its name.
     instrument.Adopt(function);
     ShowKind();
-    PutPlaneFields(function);
+    PutFunction(function);
 }
 
 void VexaView::InterpretSound(const Sound& sound) {

@@ -2,6 +2,7 @@
 // The main view's undo and redo, and the other operations that replace the whole sound.
 #include "app/Alerts.h"
 #include "app/ExpressionFeedback.h"
+#include "app/PlaneControls.h"
 #include "app/VexaView.h"
 #include "instrument/InitialSound.h"
 #include "instrument/Mutation.h"
@@ -86,7 +87,7 @@ void VexaView::Become(const Sound& next) {
         fields.Put(FunctionField::Expression, function.expression);
     ShowKind();
     PutSound(next);
-    RestorePlane();
+    planeControls->Restore(Steps());
     notedAt = Edits();
     ChooseUser();
 }

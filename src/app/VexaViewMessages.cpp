@@ -4,49 +4,17 @@
 #include "app/Attachment.h"
 #include "app/ExpressionFeedback.h"
 #include "app/MessageCodes.h"
+#include "app/PlaneControls.h"
 #include "app/VexaView.h"
 #include "documents/ApplySound.h"
 #include "documents/NumberDoubt.h"
 #include "kits/interface/Control.h"
 #include "kits/midi/ControllerNumbers.h"
 #include "kits/midi/MidiRoster.h"
-#include "kits/support/NumberText.h"
-#include "views/R2RFView.h"
 
 #include <algorithm>
-#include <cmath>
-#include <optional>
 
 namespace vexa {
-
-namespace {
-
-/// The width in pixels of the plane's view, which shows the display width.
-constexpr float kPlaneWidth = 300.0F;
-
-/// The fields that set how the plane is shown.
-constexpr struct {
-    FunctionField field;
-    void (R2RFView::*set)(float);
-} kPlaneControls[] = {
-    {FunctionField::Width, &R2RFView::SetScale},
-    {FunctionField::LinkFunctionX, &R2RFView::SetLinkFunctionX},
-    {FunctionField::LinkFunctionY, &R2RFView::SetLinkFunctionY},
-    {FunctionField::LinkScreenX, &R2RFView::SetLinkScreenX},
-    {FunctionField::LinkScreenY, &R2RFView::SetLinkScreenY},
-};
-
-/// Returns what the text sets in the plane's view; nothing if it changes nothing there.
-std::optional<float> SettingIn(FunctionField field, const std::string& text) {
-    if (field == FunctionField::Width) {
-        const std::optional<float> width = WidthIn(text);
-        return width ? std::optional(*width / kPlaneWidth) : std::nullopt;
-    }
-    const auto number = static_cast<float>(kits::NumberOf(text));
-    return std::isnan(number) ? std::nullopt : std::optional(number);
-}
-
-} // namespace
 
 void VexaView::MessageReceived(BMessage* message) {
     NoteSteps();
@@ -56,7 +24,7 @@ void VexaView::MessageReceived(BMessage* message) {
 
 void VexaView::Take(BMessage* message) {
     const uint32 code = message->what;
-    if (TakeParameter(code) || TakePlaneControl(code) || TakeMenuChoice(code) ||
+    if (TakeParameter(code) || planeControls->Take(code) || TakeMenuChoice(code) ||
         TakePanelCommand(*message) || TakeSource(code) || TakeOpening(*message))
         return;
     switch (code) {
@@ -116,34 +84,6 @@ bool VexaView::TakeParameter(uint32 code) {
         return true;
     }
     return false;
-}
-
-bool VexaView::TakePlaneControl(uint32 code) {
-    for (const auto& control : kPlaneControls) {
-        if (RowOf(control.field).code != code)
-            continue;
-        fields.MarkNumber(control.field);
-        if (const auto setting = SettingIn(control.field, fields.TextOf(control.field)))
-            (plane->*control.set)(*setting);
-        return true;
-    }
-    return false;
-}
-
-/// Shows the plane as it was at the present step. A text that changes nothing there leaves what the
-/// last other one before it has set.
-void VexaView::RestorePlane() {
-    for (const auto& control : kPlaneControls) {
-        if (SettingIn(control.field, fields.TextOf(control.field)))
-            continue;
-        for (Function function : Steps().Functions()) {
-            const auto setting = SettingIn(control.field, RowOf(control.field).text(function));
-            if (!setting)
-                continue;
-            (plane->*control.set)(*setting);
-            break;
-        }
-    }
 }
 
 bool VexaView::TakeMenuChoice(uint32 code) {

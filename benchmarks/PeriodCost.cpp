@@ -43,7 +43,7 @@ double Cost(const vexa::Sound& sound, const Way& way, std::size_t seconds, std::
     vexa::Instrument instrument(folder.Path(), vexa::Addons::Awaited);
     if (const vexa::FunctionReport report = instrument.Load(sound); !report)
         throw std::runtime_error(report.text);
-    vexa::Engine& engine = instrument.Playing();
+    vexa::Engine& engine = instrument.Engine();
     engine.playing.given = true;
     engine.playing.spread = way.spread;
     engine.playing.oversample = way.oversample;

@@ -124,7 +124,7 @@ class Tour {
 
     std::vector<fs::path> sounds;
     vexa::Instrument whole{fs::path(VEXA_PROGRAM_FOLDER), vexa::Addons::Awaited};
-    vexa::Engine& instrument = whole.Playing();
+    vexa::Engine& instrument = whole.Engine();
     std::vector<float> buffer = std::vector<float>(kPiece);
     std::mt19937 random{1};
 };

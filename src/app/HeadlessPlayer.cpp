@@ -48,9 +48,9 @@ class HeadlessPlayer : private SessionClient {
           folders(folders),
           joined(joined),
           instrument(folders, Addons::Following) {
-        instrument.Playing().consumer.SetTuning(tuning);
+        instrument.Engine().consumer.SetTuning(tuning);
         if (options.mpe)
-            instrument.Playing().consumer.ExpectMpe();
+            instrument.Engine().consumer.ExpectMpe();
     }
 
     int Run(const kits::Interrupt& interrupt, kits::Recording* recording);
@@ -81,10 +81,10 @@ class HeadlessPlayer : private SessionClient {
     bool toldOfRecording = false;
     Instrument instrument;
     std::shared_ptr<MidiWatch> watch = std::make_shared<MidiWatch>();
-    ProgramSelector programs{instrument.Playing().consumer, BMessenger(watch), 0};
+    ProgramSelector programs{instrument.Engine().consumer, BMessenger(watch), 0};
     /// At the end the graph alerts of what it could not disconnect, which is no news if nothing was
     /// ever connected.
-    AudioGraph graph{instrument.Playing(), [this](const char* text) {
+    AudioGraph graph{instrument.Engine(), [this](const char* text) {
                          if (!ending)
                              Say(text);
                          else if (hadDevice)

@@ -210,7 +210,7 @@ void VexaView::AddEnvelopes() {
         envelopes[i]->SetHelp(NameOfEnvelope(i) +
                               "\nA click adds a point, a drag moves it, the right button removes "
                               "it; a double click on it lets you type its numbers");
-        Playing().parameters.*place.target = envelopes[i];
+        Engine().parameters.*place.target = envelopes[i];
         AddCoefficients(place.group);
         AddChild(envelopes[i]);
     }
@@ -227,7 +227,7 @@ void VexaView::AddCoefficients(std::string_view group) {
 /// Adds the feedback last, as its hint covers other views.
 void VexaView::AddFeedback() {
     feedback = std::make_unique<ExpressionFeedback>(*this, Field(FunctionField::Expression), *plane,
-                                                    Playing());
+                                                    Engine());
     instrument.Watch([this](const PlaneFunction& f) { feedback->ShowSounding(f); });
 }
 
@@ -246,7 +246,7 @@ void VexaView::StartGraph() {
         if (kits::AudioSystemsToTry().front() != kits::AudioSystem::None)
             ErrorAlert(text, closing ? "No audio device was connected." : graph->DeviceFault());
     };
-    graph = std::make_unique<AudioGraph>(Playing(), alert);
+    graph = std::make_unique<AudioGraph>(Engine(), alert);
     if (graph->Start())
         ShowSound();
     else
@@ -256,7 +256,7 @@ void VexaView::StartGraph() {
 
 /// Makes the plane show the orbits of the sounding notes.
 void VexaView::ShowSound() {
-    plane->SetSoundParam(&Playing().controllers, &Playing().parameters, &Playing().voices);
+    plane->SetSoundParam(&Engine().controllers, &Engine().parameters, &Engine().voices);
 }
 
 float VexaView::PreferredWidth() const {
@@ -291,7 +291,7 @@ void VexaView::Pulse() {
     EndJoining();
     Tend();
     feedback->Pulse();
-    learn.Pulse(fields, Playing().controllers);
+    learn.Pulse(fields, Engine().controllers);
 }
 
 /// Does the periodic work that continues in a hidden window.

@@ -250,9 +250,9 @@ class VexaView : public BView {
     /// Returns the function that the plane shows: the one that plays or, in a preview, the one
     /// being typed.
     const PlaneFunction& ShownFunction() const;
-    Engine& Playing() { return instrument.Playing(); }
-    const Engine& Playing() const { return instrument.Playing(); }
-    const sound_param& SoundParam() const { return Playing().parameters; }
+    vexa::Engine& Engine() { return instrument.Engine(); }
+    const vexa::Engine& Engine() const { return instrument.Engine(); }
+    const sound_param& SoundParam() const { return Engine().parameters; }
     const FormulaPanel& Formulas() const { return formulas; }
     /// Returns a warning of one or two sentences if the document saved now would differ from what
     /// is heard; else an empty text.
@@ -412,7 +412,7 @@ class VexaView : public BView {
     Tuning tuning = EqualTemperament();
 
     bool followsPrograms = false;
-    ProgramSelector programs{Playing().consumer, BMessenger(this), kProgramCode};
+    ProgramSelector programs{Engine().consumer, BMessenger(this), kProgramCode};
     /// The reason why the last program change loaded no sound; empty if it did.
     std::string programFault;
 

@@ -43,7 +43,7 @@ void VexaView::StartAttached() {
 
 /// Takes the news of the plug-in, and offers it the user's changes.
 void VexaView::TakeNews() {
-    if (const std::optional<Sound> next = plugin->Take(Playing())) {
+    if (const std::optional<Sound> next = plugin->Take(Engine())) {
         NoteSteps();
         const std::string name = next->info.name.value_or("the host's sound");
         LoadAs(*next, name, name);

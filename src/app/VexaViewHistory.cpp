@@ -67,7 +67,7 @@ void VexaView::FollowMacros() {
 /// share play on, and sounding notes change over without a jump.
 void VexaView::Become(const Sound& next) {
     const Busy now(busy);
-    Playing().renderer.SetJoins(true);
+    Engine().renderer.SetJoins(true);
     pulsesOfJoining = kPulsesOfJoining;
     feedback->EndTyping();
     const Function before = instrument.State().function;
@@ -95,7 +95,7 @@ void VexaView::Become(const Sound& next) {
 /// Counts down the pulses of joining.
 void VexaView::EndJoining() {
     if (pulsesOfJoining > 0 && --pulsesOfJoining == 0)
-        Playing().renderer.SetJoins(false);
+        Engine().renderer.SetJoins(false);
 }
 
 void VexaView::Undo() {

@@ -139,7 +139,7 @@ bool VexaView::Tune(const TuningChoice& choice) {
         return false;
     }
     tuning = *read;
-    Playing().consumer.SetTuning(tuning);
+    Engine().consumer.SetTuning(tuning);
     tuned = choice;
     return true;
 }

@@ -476,7 +476,7 @@ void VexaWindow::Begin(const AppOptions& options, kits::Recording* recording) {
     const bool asks = options.tuning.scale || options.tuning.keymap || options.tuning.a4;
     view.Tune(asks || session ? options.tuning : RememberedTuning(view.Remembered()));
     if (options.mpe)
-        view.Playing().consumer.ExpectMpe();
+        view.Engine().consumer.ExpectMpe();
     view.FollowPrograms(options.programs);
     view.Prefer(options.playing);
     if (savedProject.windowShown)

@@ -166,8 +166,8 @@ class Instrument {
     /// more inputs than x and y.
     void Watch(Watcher next) { watcher = std::move(next); }
 
-    VEXA_REALTIME Engine& Playing() { return engine; }
-    const Engine& Playing() const { return engine; }
+    VEXA_REALTIME vexa::Engine& Engine() { return engine; }
+    const vexa::Engine& Engine() const { return engine; }
 
   private:
     class Replacing;
@@ -185,7 +185,7 @@ class Instrument {
     bool Wind(const std::string& frequency);
     void Install(const PlaneFunction& f);
 
-    Engine engine;
+    vexa::Engine engine;
     const kits::ProgramFolders folders;
     std::string user = kDefaultAuthor;
     Sound sound;
@@ -204,7 +204,7 @@ class Instrument {
     Winding winding;
     Watcher watcher;
     AddonThread thread;
-    vexa::Playing& saidPlaying;
+    Playing& saidPlaying;
     Macros& saidMacros;
     /// The file from which the playing sample or picture was read.
     std::filesystem::path file;

@@ -22,7 +22,7 @@ std::optional<HostedInstrument::Shown> HostedInstrument::Edit(const Shown& befor
         return std::nullopt;
     // A failure is not reported here: the window found and reported it before it sent the edit.
     // Sounding notes pass to the edited sound without a click, as in the program's own window.
-    instrument.Playing().renderer.SetJoins(true);
+    instrument.Engine().renderer.SetJoins(true);
     instrument.Change(before.sound, next);
     edited = true;
     return Shown{next, instrument.Changes()};

@@ -39,7 +39,7 @@ std::string Fault(const FunctionReport& report, const Function& function) {
 HostedInstrument::HostedInstrument(kits::ProgramFolders programFolders, double rate)
     : folders(std::move(programFolders)) {
     oversampler.SetFrameRate(rate);
-    instrument.Playing().renderer.SetGain(VoiceRenderer::kUsualGain);
+    instrument.Engine().renderer.SetGain(VoiceRenderer::kUsualGain);
     const DefaultSound read = ReadDefaultSound(folders);
     startFault = read.fault;
     const FunctionReport loaded = instrument.Load(read.sound);
@@ -55,7 +55,7 @@ HostedInstrument::HostedInstrument(kits::ProgramFolders programFolders, double r
 }
 
 void HostedInstrument::Restart(double rate) noexcept {
-    Engine& engine = instrument.Playing();
+    Engine& engine = instrument.Engine();
     for (uchar channel = 0; channel < 16; channel++)
         engine.consumer.ControlChange(channel, kits::kResetControllers, 0, 0);
     engine.consumer.AllNotesOff(false, 0);
@@ -68,7 +68,7 @@ void HostedInstrument::Restart(double rate) noexcept {
 }
 
 void HostedInstrument::TakeControls(const ControlValues& values) noexcept {
-    Engine& engine = instrument.Playing();
+    Engine& engine = instrument.Engine();
     const uint32 loaded = said.playing.loads;
     for (const PlayingRow& row : PlayingRows())
         engine.playing.*row.target = float(said.playing.*row.target);
@@ -112,7 +112,7 @@ void HostedInstrument::TakeControls(const ControlValues& values) noexcept {
 void HostedInstrument::Midi(std::span<const uint8> message) noexcept {
     if (message.empty() || message[0] < 0x80 || message[0] >= 0xF0)
         return;
-    VexaMidiConsumer& consumer = instrument.Playing().consumer;
+    VexaMidiConsumer& consumer = instrument.Engine().consumer;
     const uint8 kind = message[0] & 0xF0, channel = message[0] & 0x0F;
     const bool isShort = kind == 0xC0 || kind == 0xD0;
     if (message.size() < (isShort ? 2U : 3U))
@@ -197,7 +197,7 @@ std::string HostedInstrument::Tune(const TuningChoice& choice, bool anyway) {
         return tuning.Fault().text;
     tunedBy = choice;
     tuned = bool(tuning);
-    instrument.Playing().consumer.SetTuning(tuning ? *tuning : EqualTemperament());
+    instrument.Engine().consumer.SetTuning(tuning ? *tuning : EqualTemperament());
     return tuning ? "" : tuning.Fault().text;
 }
 
@@ -244,7 +244,7 @@ std::string HostedInstrument::Install(Sound next, const std::string& file, bool&
             return Fault(tried, own);
     }
     installed = true;
-    instrument.Playing().renderer.SetJoins(false);
+    instrument.Engine().renderer.SetJoins(false);
     const FunctionReport report = instrument.Load(next);
     // A missing file plays silence, and the sound keeps its name.
     if (!Plays(report))

@@ -62,7 +62,7 @@ class HostedInstrument {
     /// ignored.
     VEXA_REALTIME void Midi(std::span<const uint8> message) noexcept;
     /// Returns the engine that plays, for events that MIDI cannot express.
-    VEXA_REALTIME Engine& Audio() noexcept { return instrument.Playing(); }
+    VEXA_REALTIME Engine& Audio() noexcept { return instrument.Engine(); }
     /// Renders the next `count` samples of both ears.
     VEXA_REALTIME void Render(float* left, float* right, std::size_t count) noexcept;
     /// Returns the latency of Render in samples.
@@ -117,7 +117,7 @@ class HostedInstrument {
     void PostMidi(const std::array<uint8, 3>& message);
     /// Returns the records of the engine. Any thread may read those members that are open to any
     /// thread.
-    const SoundRecords& Records() const { return instrument.Playing(); }
+    const SoundRecords& Records() const { return instrument.Engine(); }
     /// Returns true if a window has edited the sound since the last call. Any thread.
     VEXA_REALTIME bool TakeEdited() noexcept { return edited.exchange(false); }
 
@@ -132,7 +132,7 @@ class HostedInstrument {
     SoundsSay said;
     Instrument instrument{folders, Addons::None, &said};
     /// The filter is that of an offline render, so that a session sounds exactly like its export.
-    Oversampler oversampler{instrument.Playing().renderer, DecimationFilter::kWhole};
+    Oversampler oversampler{instrument.Engine().renderer, DecimationFilter::kWhole};
     std::string startFault;
     std::mutex documents;
     kits::Ring<char> requests{2 * kMostText};

@@ -23,7 +23,7 @@ std::string FunctionOf(const std::filesystem::path& file) {
 
 std::vector<std::string> FilePrograms::Read(const MidiFile& file) {
     std::vector<std::string> remarks;
-    ProgramSelector chosen(instrument.Playing().consumer, BMessenger(), 0);
+    ProgramSelector chosen(instrument.Engine().consumer, BMessenger(), 0);
     const Sound* sound = &instrument.State();
     bool missed = false;
     for (const MidiEvent& event : file.events) {

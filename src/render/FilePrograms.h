@@ -49,7 +49,7 @@ class FilePrograms : public kits::EventWatcher {
     Instrument& instrument;
     const kits::ProgramFolders& folders;
     const bool compiles;
-    ProgramSelector selector{instrument.Playing().consumer, BMessenger(), 0};
+    ProgramSelector selector{instrument.Engine().consumer, BMessenger(), 0};
     /// The sounds by program number; no value if the sound cannot be read.
     std::map<int32, std::optional<Sound>> sounds;
     std::set<const Sound*> struck;

@@ -23,7 +23,7 @@ FunctionReport Part::SetUp(const Sound& sound, const Tuning& tuning,
     FunctionReport report = instrument.Load(sound);
     if (!Plays(report))
         return report;
-    Engine& engine = instrument.Playing();
+    Engine& engine = instrument.Engine();
     engine.consumer.SetTuning(tuning);
     if (options.mpe)
         engine.consumer.ExpectMpe();

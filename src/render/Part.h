@@ -37,8 +37,8 @@ class Part {
     double SecondsDone() const { return double(performance->Position()) / FullRate(); }
     int32 MostVoices() const { return performance->MostVoices(); }
     std::size_t FadedNotes() const { return performance->FadedNotes(); }
-    int64 StolenVoices() { return instrument.Playing().consumer.StolenVox(); }
-    bool HasBounded() { return instrument.Playing().renderer.HasBounded(); }
+    int64 StolenVoices() { return instrument.Engine().consumer.StolenVox(); }
+    bool HasBounded() { return instrument.Engine().renderer.HasBounded(); }
 
     /// Renders a block (Options::block frames), or the rest. The decimators delay the last frames.
     /// An error is the compiler's, for a sound that a program change has chosen.

@@ -99,7 +99,7 @@ TEST_F(AttachedView, ShowsWhatPlaysSendsWhatIsDoneAndNothingElse) {
     GoOn();
     view->Pulse();
     GoOn();
-    EXPECT_EQ(float(view->Playing().macros[0].value), 0.25F);
+    EXPECT_EQ(float(view->Engine().macros[0].value), 0.25F);
     EXPECT_FALSE(instrument.TakeEdited());
     EXPECT_EQ(Playing().function.macros[0].value, "0.75");
 

@@ -186,7 +186,7 @@ TEST_F(DescriptionTest, ASoundWithoutSettingsOfPlayingPlaysAsItDid) {
     Say("tags", "plain");
     EXPECT_EQ(Shown()[1], "A") << "who says what a sound is has not made it";
     EXPECT_FALSE(view->ConstructSound().playing);
-    EXPECT_FALSE(view->Playing().playing.given);
+    EXPECT_FALSE(view->Engine().playing.given);
     SaveAs("bare.xml");
     EXPECT_THAT(test::Contents(In("sounds/bare.xml")),
                 testing::AllOf(HasSubstr("<tags>plain</tags>"), Not(HasSubstr("<playing>"))));

@@ -17,7 +17,7 @@ namespace {
 std::vector<float> Play(vexa::VexaView& view, const vexa::MidiFile& file, std::size_t length) {
     vexa::VexaMidiConsumer& consumer = view.Graph().Consumer();
     // The window's producer would drop voices when a few samples take longer than real time.
-    vexa::Engine& engine = view.Playing();
+    vexa::Engine& engine = view.Engine();
     vexa::VoiceRenderer renderer(engine.controllers, engine.macros, engine.parameters,
                                  engine.playing, engine.volumes, engine.voices);
     renderer.SetFunction(view.Plane().Function());

@@ -106,7 +106,7 @@ TEST_F(SessionTest, RemembersAll) {
     EXPECT_TRUE(window->IsHidden());
     EXPECT_EQ(Text("Fxy"), "x*y+0.25");
     EXPECT_TRUE(view->ConstructSound() == saved);
-    EXPECT_EQ(view->Playing().consumer.Channel(), 2);
+    EXPECT_EQ(view->Engine().consumer.Channel(), 2);
     EXPECT_EQ(view->Played().VoiceLimit(), 7);
     EXPECT_EQ(view->ChosenSource(), "");
     EXPECT_TRUE(view->FollowsPrograms());

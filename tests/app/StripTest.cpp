@@ -37,7 +37,7 @@ class StripTest : public test::MainViewTest {
         return dynamic_cast<View&>(*window->FindView(name));
     }
     VexaMidiConsumer& Consumer() { return view->Graph().Consumer(); }
-    const Playing& Heard() { return view->Playing().playing; }
+    const Playing& Heard() { return view->Engine().playing; }
     /// Returns the text of that row in the sound's document.
     std::optional<std::string> Said(std::string_view row) {
         const auto playing = view->ConstructSound().playing;
@@ -168,11 +168,11 @@ TEST_F(StripTest, ThePianoPlaysShowsWhatSoundsAndEndsEveryNote) {
     EXPECT_EQ(piano.Keys().KeyAt(at(62, 0.9F)), 62);
     test::Press(piano, at(60, 1));
     ASSERT_TRUE(Comes([&] { return Held() == 1 && piano.IsLit(60); }));
-    EXPECT_EQ(view->Playing().voices[0].vel, 1);
+    EXPECT_EQ(view->Engine().voices[0].vel, 1);
     // The pointer slides on, out of the view and back.
     test::Drag(piano, at(61, 0));
     ASSERT_TRUE(Comes([&] { return piano.IsLit(61) && !piano.IsLit(60); }));
-    EXPECT_NEAR(view->Playing().voices[1].vel, 20 / 127.0, 1e-6);
+    EXPECT_NEAR(view->Engine().voices[1].vel, 20 / 127.0, 1e-6);
     test::Drag(piano, {at(64, 0).x, -40});
     ASSERT_TRUE(Comes([&] { return piano.IsLit(64) && Held() == 1; }));
     test::Release(piano, {at(64, 0).x, -40});
@@ -190,9 +190,9 @@ TEST_F(StripTest, ThePianoPlaysShowsWhatSoundsAndEndsEveryNote) {
         test::Press(piano, at(key, 0.9F));
         test::Release(piano, at(key, 0.9F));
     }
-    ASSERT_TRUE(Comes([&] { return Held() == 2 && view->Playing().controllers[64] == 1; }));
+    ASSERT_TRUE(Comes([&] { return Held() == 2 && view->Engine().controllers[64] == 1; }));
     test::Click(hold, {5, 5});
-    ASSERT_TRUE(Comes([&] { return Held() == 0 && view->Playing().controllers[64] == 0; }));
+    ASSERT_TRUE(Comes([&] { return Held() == 0 && view->Engine().controllers[64] == 0; }));
     // Space starts and ends a note, and losing the focus ends it.
     piano.MakeFocus();
     Key(piano, Qt::Key_Right);
@@ -218,7 +218,7 @@ TEST_F(StripTest, ThePianoPlaysShowsWhatSoundsAndEndsEveryNote) {
     test::Drag(bend, {5, -100});
     const auto semitones = [&] {
         float most = 0;
-        for (const voice& slot : view->Playing().voices)
+        for (const voice& slot : view->Engine().voices)
             most = std::max(most, slot.state.Look().Active() ? float(slot.bend) : 0.0F);
         return most;
     };
@@ -226,7 +226,7 @@ TEST_F(StripTest, ThePianoPlaysShowsWhatSoundsAndEndsEveryNote) {
     test::Release(bend, {5, -100});
     ASSERT_TRUE(Comes([&] { return semitones() == 0; }));
     Turn(Find<Wheel>("modulation"), 5);
-    ASSERT_TRUE(Comes([&] { return std::abs(view->Playing().controllers[1] - 0.5F) < 0.01F; }));
+    ASSERT_TRUE(Comes([&] { return std::abs(view->Engine().controllers[1] - 0.5F) < 0.01F; }));
     view->SilenceAll();
     ASSERT_TRUE(Comes([&] { return Consumer().CountVox() == 0 && !hold.IsOn(); }));
     EXPECT_EQ(bend.Value(), 0);
@@ -238,7 +238,7 @@ TEST_F(StripTest, ThePianoPlaysShowsWhatSoundsAndEndsEveryNote) {
     EXPECT_EQ(piano.Keys().First(), before - 7);
     test::Press(piano, at(36, 0.9F));
     ASSERT_TRUE(Comes([&] { return Held() == 1; }));
-    EXPECT_EQ(view->Playing().voices[0].channel, 5);
+    EXPECT_EQ(view->Engine().voices[0].channel, 5);
     EXPECT_EQ(view->DeviceMenu().FindItem("Piano in the window"), nullptr);
 }
 
@@ -247,7 +247,7 @@ TEST_F(StripTest, AKnobTurnsByDragWheelAndKeys) {
     Enter("Fxy", "a*x");
     Look();
     auto& knob = Find<Knob>("knob a");
-    const auto value = [&] { return std::lround(view->Playing().macros[0].value * 1000); };
+    const auto value = [&] { return std::lround(view->Engine().macros[0].value * 1000); };
     test::Press(knob, {17, 17});
     test::Drag(knob, {17, 2});
     test::Release(knob, {17, 2});
@@ -284,11 +284,11 @@ TEST_F(StripTest, AKnobTurnsByDragWheelAndKeys) {
     Consumer().ControlChange(0, 40, 1, 0);
     Field("controller a").MakeFocus();
     Look();
-    EXPECT_EQ(view->Playing().macros[0].controller, 16);
+    EXPECT_EQ(view->Engine().macros[0].controller, 16);
     Consumer().ControlChange(0, 41, 90, 0);
     EXPECT_TRUE(Field("controller a").IsFocus());
     Look();
-    EXPECT_EQ(view->Playing().macros[0].controller, 41);
+    EXPECT_EQ(view->Engine().macros[0].controller, 41);
     Consumer().ControlChange(0, 42, 90, 0);
     Look();
     EXPECT_EQ(Text("controller a"), "41");
@@ -305,7 +305,7 @@ TEST_F(StripTest, TheTuningIsChosenAndAFaultLeavesTheOneBefore) {
     const auto hertz = [&](uchar key) {
         Consumer().AllNotesOff(false, 0);
         Consumer().NoteOn(0, key, 100, 0);
-        return float(view->Playing().voices[0].freq);
+        return float(view->Engine().voices[0].freq);
     };
     Enter("A4, hertz", "400");
     EXPECT_NEAR(hertz(69), 400, 1e-3);

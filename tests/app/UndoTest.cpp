@@ -206,7 +206,7 @@ TEST_F(UndoTest, AGestureIsOneStepWithAName) {
     undoes("macro a");
     window->Playing().Refresh();
     EXPECT_EQ(Text("macro a"), "0.5");
-    EXPECT_EQ(view->Playing().macros[0].value, 0.5F);
+    EXPECT_EQ(view->Engine().macros[0].value, 0.5F);
     for (const char* text : {"2", "2.1", "2.2"})
         Enter("C0x1", text);
     undoes("start of centre x, velocity");
@@ -478,8 +478,8 @@ TEST_F(UndoTest, ControllersArePlayedNotEdited) {
     view->Undo();
     EXPECT_FALSE(view->CanUndo());
     EXPECT_EQ(Text("Cx1"), "0");
-    EXPECT_EQ(float(view->Playing().macros[1].value), 1);
-    EXPECT_EQ(float(view->Playing().macros[2].value), 1);
+    EXPECT_EQ(float(view->Engine().macros[1].value), 1);
+    EXPECT_EQ(float(view->Engine().macros[2].value), 1);
     view->Redo();
     EXPECT_EQ(view->ConstructSound().function.macros[2].value, "1");
 }

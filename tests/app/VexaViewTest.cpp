@@ -122,14 +122,14 @@ TEST_F(VexaViewTest, WheelAndArrowsTurnNumbersAndAMovedControllerIsLearned) {
         EXPECT_EQ(Field(field).Text(), std::string(to)) << field;
     }
     // No controller is learned while no number field has the focus.
-    view->Playing().controllers[7] = 0.5F;
+    view->Engine().controllers[7] = 0.5F;
     view->Pulse();
     Field("Ax4").MakeFocus();
     view->Pulse();
-    view->Playing().controllers[74] = 0.01F;
+    view->Engine().controllers[74] = 0.01F;
     view->Pulse();
     EXPECT_EQ(sound.Ax4, 127);
-    view->Playing().controllers[74] = 0.4F;
+    view->Engine().controllers[74] = 0.4F;
     view->Pulse();
     test::Settle();
     EXPECT_EQ(sound.Ax4, 74);
@@ -212,7 +212,7 @@ TEST_F(VexaViewTest, WhatIsTypedIsExplainedAndShownAndHeardWhenItIsConfirmed) {
     };
     const auto heard = [&] {
         view->Graph().Consumer().NoteOn(0, 60, 100, 0);
-        return float(view->Playing().voices[0].start);
+        return float(view->Engine().voices[0].start);
     };
     constexpr uint32 kPlaying = 63;
     constexpr uint32 kTyped = 127;
@@ -286,7 +286,7 @@ TEST_F(VexaViewTest, MacrosAreEditedFollowedAndSaved) {
         window->Playing().Refresh();
         test::Settle();
     };
-    const vexa::Macro& a = view->Playing().macros[0];
+    const vexa::Macro& a = view->Engine().macros[0];
     Enter("Fxy", "x");
     pulse();
     EXPECT_FALSE(Field("macro a").IsEnabled());
@@ -504,9 +504,9 @@ TEST_F(VexaViewTest, AnotherChannelReleasesWhatIsHeldAndTheKeysPlayOnIt) {
         std::this_thread::yield();
     view->ChannelMenu().FindItem(vexa::ChannelCode(6))->Choose();
     test::Settle();
-    for (int i = 0; i < 1000 && !view->Playing().voices[0].released; i++)
+    for (int i = 0; i < 1000 && !view->Engine().voices[0].released; i++)
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    EXPECT_TRUE(view->Playing().voices[0].released);
+    EXPECT_TRUE(view->Engine().voices[0].released);
     view->ChooseSource(vexa::ComputerKeyboard::kName);
     BMessage press(B_KEY_DOWN);
     press.AddInt32("key", 24);
@@ -514,8 +514,8 @@ TEST_F(VexaViewTest, AnotherChannelReleasesWhatIsHeldAndTheKeysPlayOnIt) {
     // Ends the MIDI thread after it has handled all sent events.
     view->Graph().Consumer().Unregister();
     EXPECT_EQ(view->Graph().Consumer().CountVox(), 2) << "released, not silenced";
-    EXPECT_TRUE(view->Playing().voices[0].released);
-    EXPECT_FALSE(view->Playing().voices[1].released);
+    EXPECT_TRUE(view->Engine().voices[0].released);
+    EXPECT_FALSE(view->Engine().voices[1].released);
     PressButton("Silence");
     EXPECT_EQ(view->Graph().Consumer().CountVox(), 0);
 }

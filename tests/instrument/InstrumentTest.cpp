@@ -50,7 +50,7 @@ FunctionReport Await(Instrument& instrument) {
 
 /// Returns the level of a note with the function that plays.
 float PeakOfANote(Instrument& instrument) {
-    vexa::Engine& engine = instrument.Playing();
+    vexa::Engine& engine = instrument.Engine();
     instrument.LoadRest(WithCircles());
     engine.renderer.SetGain(1);
     engine.consumer.AllNotesOff(false, 0);
@@ -76,11 +76,11 @@ TEST(Instrument, IsPlayedAsTheSoundSaysUnlessAPersonHasChosen) {
     instrument.Load(many);
     EXPECT_EQ(instrument.VoiceLimit(), 12);
     for (uchar note = 40; note < 52; note++)
-        instrument.Playing().consumer.NoteOn(0, note, 100, 0);
+        instrument.Engine().consumer.NoteOn(0, note, 100, 0);
     vexa::Sound few;
     few.playing.emplace().texts[0] = "8";
     instrument.Load(few);
-    vexa::VexaMidiConsumer& consumer = instrument.Playing().consumer;
+    vexa::VexaMidiConsumer& consumer = instrument.Engine().consumer;
     EXPECT_EQ(consumer.CountHeld(), 12) << "nobody has let them go";
     for (uchar note = 40; note < 50; note++)
         consumer.NoteOff(0, note, 0, 0);
@@ -92,14 +92,14 @@ TEST(Instrument, IsPlayedAsTheSoundSaysUnlessAPersonHasChosen) {
     vexa::PlayingTexts options;
     options.texts[3] = "7"; // bend
     instrument.Prefer(options);
-    EXPECT_EQ(instrument.Playing().playing.bend, 7);
+    EXPECT_EQ(instrument.Engine().playing.bend, 7);
     instrument.ChooseVoices(3);
     instrument.Load(many);
-    EXPECT_EQ(instrument.Playing().playing.bend, 7);
+    EXPECT_EQ(instrument.Engine().playing.bend, 7);
     EXPECT_EQ(instrument.State(), many) << "what is chosen does not get into the sound";
     for (uchar note = 40; note < 60; note++)
-        instrument.Playing().consumer.NoteOn(0, note, 100, 0);
-    EXPECT_EQ(instrument.Playing().consumer.CountVox(), 3);
+        instrument.Engine().consumer.NoteOn(0, note, 100, 0);
+    EXPECT_EQ(instrument.Engine().consumer.CountVox(), 3);
 }
 
 TEST(Instrument, HowItIsPlayedIsEditedWhileItPlays) {
@@ -108,7 +108,7 @@ TEST(Instrument, HowItIsPlayedIsEditedWhileItPlays) {
     vexa::Sound plain;
     plain.author = "somebody";
     instrument.Load(plain);
-    vexa::Engine& engine = instrument.Playing();
+    vexa::Engine& engine = instrument.Engine();
     const auto edit = [&](std::size_t row, const char* text) {
         const uint64 before = instrument.Changes();
         const bool taken = instrument.EditPlaying(vexa::PlayingRows()[row], text);
@@ -232,8 +232,8 @@ TEST(Instrument, TheAddonTakesOverWithoutAClick) {
     };
     float difference = 0, peak = 0;
     const auto play = [&](std::size_t count) {
-        const std::vector<float> should = test::Render(formula.Playing(), count);
-        const std::vector<float> is = test::Render(following.Playing(), count);
+        const std::vector<float> should = test::Render(formula.Engine(), count);
+        const std::vector<float> is = test::Render(following.Engine(), count);
         for (std::size_t i = 0; i < count; i++)
             difference = std::max(difference, std::abs(is[i] - should[i]));
         peak = test::Peak(should);
@@ -241,7 +241,7 @@ TEST(Instrument, TheAddonTakesOverWithoutAClick) {
     inBoth([](Instrument& instrument) {
         ASSERT_TRUE(instrument.SetFunction(Of("sinf(3*x)*cosf(2*y)+expf(-x*x-y*y)")));
         instrument.LoadRest(WithCircles());
-        vexa::Engine& engine = instrument.Playing();
+        vexa::Engine& engine = instrument.Engine();
         engine.renderer.SetGain(1);
         engine.consumer.ReduceToMaxVox(20);
         engine.consumer.NoteOn(0, 30, 127, 0);
@@ -250,7 +250,7 @@ TEST(Instrument, TheAddonTakesOverWithoutAClick) {
     play(44100);
     inBoth([](Instrument& instrument) {
         for (uchar note = 40; note < 59; note++)
-            instrument.Playing().consumer.NoteOn(0, note, uchar(2 * note), 0);
+            instrument.Engine().consumer.NoteOn(0, note, uchar(2 * note), 0);
     });
     play(10007);
     EXPECT_EQ(difference, 0) << "the same formula so far";
@@ -280,7 +280,7 @@ TEST(Instrument, NoOrbitGlidesFromOneTerrainOverAnother) {
     const vexa::Sound wide = soundOf("sin(x)", "100"), high = soundOf("pow(x,8)", "1");
     for (const bool loads : {true, false}) {
         Instrument instrument(folder.Path(), Addons::None);
-        vexa::Engine& engine = instrument.Playing();
+        vexa::Engine& engine = instrument.Engine();
         instrument.Load(wide);
         engine.renderer.SetGain(1);
         engine.renderer.SetJoins(!loads);
@@ -314,7 +314,7 @@ TEST(Instrument, AnotherSoundNeitherWakesEndedNotesNorJumps) {
     loud.playing.emplace().texts[9] = "-40"; // volume
     loud.envelopes[2].back().t = loud.envelopes[3].back().t = 20;
     Instrument instrument(folder.Path(), Addons::None);
-    vexa::Engine& engine = instrument.Playing();
+    vexa::Engine& engine = instrument.Engine();
     instrument.Load(quick);
     engine.renderer.SetGain(1);
     engine.consumer.NoteOn(0, 60, 127, 0);
@@ -412,7 +412,7 @@ TEST(Instrument, WhatCannotBePlayedLeavesAllAsItWas) {
 
 TEST(Instrument, ThePlaneIsShownAsTheNewestNoteHearsIt) {
     Instrument instrument(std::filesystem::path("/none"), Addons::Following);
-    vexa::Engine& engine = instrument.Playing();
+    vexa::Engine& engine = instrument.Engine();
     engine.consumer.ReduceToMaxVox(20);
     vexa::PlaneFollower follower(engine);
     instrument.Watch([&](const vexa::PlaneFunction& f) { follower.Take(f); });
@@ -514,8 +514,8 @@ TEST(Instrument, AHundredPlaySideBySide) {
             sound.function.frequency = std::to_string(100 + number);
         }
         EXPECT_TRUE(instrument->Load(sound));
-        instrument->Playing().renderer.SetGain(1);
-        instrument->Playing().consumer.NoteOn(0, uchar(40 + number % 50), 100, 0);
+        instrument->Engine().renderer.SetGain(1);
+        instrument->Engine().consumer.NoteOn(0, uchar(40 + number % 50), 100, 0);
         return instrument;
     };
     std::vector<std::unique_ptr<Instrument>> all;
@@ -528,7 +528,7 @@ TEST(Instrument, AHundredPlaySideBySide) {
             threads.emplace_back([&, first] {
                 for (int turn = 0; turn < 20; turn++) {
                     for (std::size_t i = first; i < all.size(); i += 4) {
-                        const std::vector<float> piece = test::Render(all[i]->Playing(), 200);
+                        const std::vector<float> piece = test::Render(all[i]->Engine(), 200);
                         turns[i].insert(turns[i].end(), piece.begin(), piece.end());
                     }
                 }
@@ -539,7 +539,7 @@ TEST(Instrument, AHundredPlaySideBySide) {
         const auto alone = make(i);
         std::vector<float> samples;
         for (int turn = 0; turn < 20; turn++) {
-            const std::vector<float> piece = test::Render(alone->Playing(), 200);
+            const std::vector<float> piece = test::Render(alone->Engine(), 200);
             samples.insert(samples.end(), piece.begin(), piece.end());
         }
         EXPECT_EQ(samples, turns[std::size_t(i)]) << i;

@@ -39,7 +39,7 @@ std::vector<float> PlayOneNote(const Sound& sound) {
     vexa::Instrument whole(kFolder, vexa::Addons::None);
     const vexa::FunctionReport report = whole.Load(sound);
     EXPECT_TRUE(report) << vexa::Text(report);
-    vexa::Engine& instrument = whole.Playing();
+    vexa::Engine& instrument = whole.Engine();
     instrument.renderer.SetGain(0.25F);
     instrument.consumer.NoteOn(0, 57, 100, 0);
     std::vector<float> samples = test::Render(instrument, 88200);
@@ -82,7 +82,7 @@ TEST(Content, EverySoundIsHeardCleanAndEnds) {
 std::array<std::vector<float>, 3> Hear(const Sound& sound, uchar note, float spread) {
     vexa::Instrument whole(kFolder, vexa::Addons::None);
     EXPECT_TRUE(whole.Load(sound));
-    vexa::Engine& instrument = whole.Playing();
+    vexa::Engine& instrument = whole.Engine();
     instrument.playing.given = true;
     instrument.playing.spread = spread;
     instrument.renderer.SetGain(0.25F);

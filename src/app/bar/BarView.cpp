@@ -206,7 +206,7 @@ void BarView::ShowSteps() {
 }
 
 void BarView::ShowVoices() {
-    const std::string next = std::to_string(CountHeard(mainView.Playing().voices)) + "/" +
+    const std::string next = std::to_string(CountHeard(mainView.Engine().voices)) + "/" +
                              std::to_string(mainView.Played().VoiceLimit());
     std::string share;
     if (mainView.HasGraph() && mainView.Graph().IsConnected()) {

@@ -5,10 +5,10 @@
 
 namespace vexa {
 
-PlaneDesk::PlaneDesk(VexaView& mainView) : mainView(mainView), preview(mainView.Playing()) {}
+PlaneDesk::PlaneDesk(VexaView& mainView) : mainView(mainView), preview(mainView.Engine()) {}
 
 const SoundRecords& PlaneDesk::Records() const {
-    return mainView.Playing();
+    return mainView.Engine();
 }
 
 void PlaneDesk::SetCoefficient(ParameterId id, const std::string& text) {

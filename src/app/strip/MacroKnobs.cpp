@@ -133,7 +133,7 @@ void MacroKnobs::Learn() {
         learner = asking;
         learn.reset();
         if (asking < kMacros)
-            learn.emplace(mainView.Playing().controllers);
+            learn.emplace(mainView.Engine().controllers);
     }
     const std::optional<int> number = learn ? learn->Moved() : std::nullopt;
     if (!number)
@@ -168,7 +168,7 @@ void MacroKnobs::ShowValues() {
     for (std::size_t i = 0; i < kMacros; i++) {
         Cell& cell = cells[i];
         const Function::MacroTexts& texts = instrument.State().function.macros[i];
-        cell.knob->SetValue(instrument.Playing().macros[i].value);
+        cell.knob->SetValue(instrument.Engine().macros[i].value);
         if (cell.value->IsEdited() || cell.controller->IsEdited() ||
             (cell.value->Text() == texts.value && cell.controller->Text() == texts.controller))
             continue;

@@ -84,7 +84,7 @@ void Piano::Scroll(int octaves) {
 
 void Piano::Refresh() {
     std::bitset<kKeys> next;
-    for (const voice& slot : mainView.Playing().voices) {
+    for (const voice& slot : mainView.Engine().voices) {
         const VoiceState::Seen seen = slot.state.Look();
         const long key = std::lround(slot.key * 127);
         if (seen.Active() && !slot.released && key >= 0 && key < kKeys)

@@ -103,7 +103,7 @@ double PlayingControls::ValueOf(std::size_t row) const {
     const PlayingRow& what = PlayingRows()[row];
     if (what.target == &Playing::polyphony)
         return mainView.Played().VoiceLimit();
-    return mainView.Playing().playing.*what.target;
+    return mainView.Engine().playing.*what.target;
 }
 
 void PlayingControls::Show(std::size_t row) {

@@ -52,7 +52,7 @@ Scope::Scope(VexaView& mainView, OutputTap* tap)
       mainView(mainView),
       tap(tap),
       spectrum(kSpectrumSize),
-      follower(mainView.Playing()) {
+      follower(mainView.Engine()) {
     SetViewColor(Colors().scope);
     BFont font = *be_plain_font();
     font.SetSize(kScopeLabelSize);
@@ -125,7 +125,7 @@ void Scope::LookAtOrbit() {
         follower.Take(shown);
     }
     const std::optional<PlaneFunction> next = follower.Next();
-    const OrbitPath now = NewestOrbit(mainView.Playing());
+    const OrbitPath now = NewestOrbit(mainView.Engine());
     if (!next && now == path && curve.size() == Columns())
         return;
     heard = next.value_or(heard);
@@ -149,7 +149,7 @@ bool Scope::Newest(std::size_t count) {
 }
 
 void Scope::LookAtOutput() {
-    const VoiceTable& voices = mainView.Playing().voices;
+    const VoiceTable& voices = mainView.Engine().voices;
     const int newest = NewestSlot(voices);
     const float rate = listener ? listener->Rate() : 0;
     const float pitch = newest >= 0 ? float(voices[static_cast<std::size_t>(newest)].pitch) : 0;

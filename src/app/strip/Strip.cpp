@@ -218,10 +218,10 @@ void Strip::Refresh() {
 /// Shows changes from elsewhere: by a controller, or by silencing all.
 void Strip::ShowHands() {
     const ScreenPiano& hands = mainView.Piano();
-    modulation->SetValue(mainView.Playing().controllers[kits::kModulation]);
+    modulation->SetValue(mainView.Engine().controllers[kits::kModulation]);
     bend->SetValue(hands.Bent());
     hold->SetOn(hands.Holds());
-    const bool bends = mainView.Playing().playing.Bends();
+    const bool bends = mainView.Engine().playing.Bends();
     bend->SetToolTip(bends ? "The pitch wheel; springs back"
                            : "The pitch wheel, for a sound that says how it is played");
 }

@@ -126,9 +126,9 @@ VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders,
     logoBar->AddChild(bar);
     AddDrawer();
     const float bottom = frame.Height() + 1;
-    playing = new Strip({0, bottom, frame.Width(), bottom + Strip::PreferredHeight()}, *mainView,
-                        [this] { Arrange(); });
-    strip.view = playing;
+    stripView = new vexa::Strip({0, bottom, frame.Width(), bottom + Strip::PreferredHeight()},
+                                *mainView, [this] { Arrange(); });
+    strip.view = stripView;
     AddChild(strip.view);
     Remembered();
     FoldWhatDoesNotFit();
@@ -219,12 +219,12 @@ void VexaWindow::Arrange() {
     const BRect bounds = Bounds();
     const float left = RoomOf(drawer);
     const bool low = bounds.Height() < FullHeight();
-    playing->SetLow(low);
+    stripView->SetLow(low);
     strip.room = Strip::PreferredHeight() + 1;
     if (low) {
         const bool scrolls = bounds.Width() - left < mainView->LeastWidth();
         const float main = mainHeight + (scrolls ? BScrollView::BarWidth() : 0);
-        strip.room = std::clamp(bounds.Height() - main, playing->LeastHeight() + 1, strip.room);
+        strip.room = std::clamp(bounds.Height() - main, stripView->LeastHeight() + 1, strip.room);
     }
     const float bottom = bounds.bottom - RoomOf(strip);
     const auto place = [](BView& view, float x, float y, float width, float height) {
@@ -285,7 +285,7 @@ void VexaWindow::RememberFrame() {
 /// Hides the parts that leave too little of the screen for the main view.
 void VexaWindow::FoldWhatDoesNotFit() {
     const BRect room = Room();
-    if (Takes(strip) && mainHeight + playing->LeastHeight() + 1 > room.Height())
+    if (Takes(strip) && mainHeight + stripView->LeastHeight() + 1 > room.Height())
         strip.wanted = false;
     if (Takes(drawer) && NeededWidth() > room.Width())
         drawer.wanted = false;

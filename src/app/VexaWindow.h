@@ -56,7 +56,7 @@ class VexaWindow : public BWindow, private SessionClient {
     VexaView& MainView() { return *mainView; }
     BarView& Bar() { return *bar; }
     Drawer* Sounds() { return sounds; }
-    Strip& Playing() { return *playing; }
+    vexa::Strip& Strip() { return *stripView; }
     /// Returns the window that describes the sound; null until it is first shown.
     DescriptionWindow* Description() const {
         return descriptionWindow.IsValid() ? description : nullptr;
@@ -164,7 +164,7 @@ class VexaWindow : public BWindow, private SessionClient {
     Drawer* sounds = nullptr;
     Pane drawer;
     Pane strip;
-    Strip* playing = nullptr;
+    vexa::Strip* stripView = nullptr;
 };
 
 } // namespace vexa

@@ -27,7 +27,7 @@ class AttachedView : public test::MainViewTest {
             test::Settle();
         }
     }
-    Sound Playing() { return instrument.ShownSince(0)->sound; }
+    Sound HostsSound() { return instrument.ShownSince(0)->sound; }
 
     HostedInstrument instrument{folders, 48000};
     Windows windows{instrument, [](const std::string& line) { ADD_FAILURE() << line; }};
@@ -52,7 +52,7 @@ TEST_F(AttachedView, ShowsWhatPlaysSendsWhatIsDoneAndNothingElse) {
     EXPECT_EQ(Text("Sc"), "7");
     EXPECT_EQ(view->EnvelopeEditor(2).Points(), sound.envelopes[2]);
     EXPECT_FALSE(instrument.TakeEdited()) << "what was shown came back";
-    EXPECT_EQ(Playing(), sound);
+    EXPECT_EQ(HostsSound(), sound);
 
     // A typed text is sent when it is confirmed, and never if it is invalid.
     Field("Fxy").Type("x-y");
@@ -60,35 +60,35 @@ TEST_F(AttachedView, ShowsWhatPlaysSendsWhatIsDoneAndNothingElse) {
     EXPECT_FALSE(instrument.TakeEdited());
     Field("Fxy").Confirm();
     GoOn();
-    EXPECT_EQ(Playing().function.expression, "x-y");
+    EXPECT_EQ(HostsSound().function.expression, "x-y");
     Enter("Fxy", "x-");
     Enter("Sc", "9");
     GoOn();
     EXPECT_EQ(alerts.texts.size(), 1U);
-    EXPECT_EQ(Playing().function.expression, "x-y");
-    EXPECT_EQ(Playing().function.width, "9");
+    EXPECT_EQ(HostsSound().function.expression, "x-y");
+    EXPECT_EQ(HostsSound().function.width, "9");
 
     // An edit that is undone here is undone in the plug-in.
     view->Undo();
     GoOn();
-    EXPECT_EQ(Playing().function.width, "7");
+    EXPECT_EQ(HostsSound().function.width, "7");
     view->Undo();
     GoOn();
-    EXPECT_EQ(Playing().function.expression, "x*y+a");
+    EXPECT_EQ(HostsSound().function.expression, "x*y+a");
     EXPECT_EQ(alerts.texts.size(), 1U);
 
     // A description is sent too, even if it differs in the author alone, and its name is shown.
     view->DescribeSound("Anna", view->Played().State().info, "author");
     GoOn();
-    EXPECT_EQ(Playing().author, "Anna");
+    EXPECT_EQ(HostsSound().author, "Anna");
     view->DescribeSound("Anna", {"Hills", {}, {}, {}}, "name");
     GoOn();
-    EXPECT_EQ(Playing().info.name, "Hills");
+    EXPECT_EQ(HostsSound().info.name, "Hills");
     EXPECT_THAT(view->Caption(), HasSubstr("Hills"));
     view->Undo();
     view->Undo();
     GoOn();
-    EXPECT_EQ(Playing(), sound);
+    EXPECT_EQ(HostsSound(), sound);
 
     // A macro moved by a host is shown, and does not become part of the sound.
     ControlValues knobs;
@@ -101,13 +101,13 @@ TEST_F(AttachedView, ShowsWhatPlaysSendsWhatIsDoneAndNothingElse) {
     GoOn();
     EXPECT_EQ(float(view->Engine().macros[0].value), 0.25F);
     EXPECT_FALSE(instrument.TakeEdited());
-    EXPECT_EQ(Playing().function.macros[0].value, "0.75");
+    EXPECT_EQ(HostsSound().function.macros[0].value, "0.75");
 
     // Edits in the strip and notes of its piano are played by the plug-in.
     Enter("volume, decibels", "-3");
     GoOn();
-    ASSERT_TRUE(Playing().playing);
-    EXPECT_EQ(Playing().playing->texts.back(), "-3");
+    ASSERT_TRUE(HostsSound().playing);
+    EXPECT_EQ(HostsSound().playing->texts.back(), "-3");
     std::array<float, 64> left, right;
     BView& piano = *window->FindView("piano");
     test::Press(piano, {200, 40});

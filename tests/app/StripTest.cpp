@@ -48,7 +48,7 @@ class StripTest : public test::MainViewTest {
         return std::nullopt;
     }
     void Look() {
-        window->Playing().Refresh();
+        window->Strip().Refresh();
         test::Settle();
     }
     /// Turns the mouse wheel over a view.
@@ -297,7 +297,7 @@ TEST_F(StripTest, AKnobTurnsByDragWheelAndKeys) {
 
 TEST_F(StripTest, TheTuningIsChosenAndAFaultLeavesTheOneBefore) {
     Open(false);
-    auto& tuning = window->Playing().Tuning();
+    auto& tuning = window->Strip().Tuning();
     auto& menu = *Find<BMenuField>("tuning").Menu();
     std::ofstream(In("five.scl")) << "! five.scl\nfive\n2\n240.\n480.\n";
     std::ofstream(In("bad.scl")) << "bad\n2\n240.\nhigh\n";
@@ -400,7 +400,7 @@ TEST_F(StripTest, TheScopeShowsOrbitOutputAndSpectrum) {
     // Nothing is recorded for an invisible scope.
     const int32 listeners = tap.Listeners();
     window->ShowPart(VexaWindow::Part::Strip, false);
-    window->Playing().Pulse();
+    window->Strip().Pulse();
     EXPECT_EQ(tap.Listeners(), listeners - 1);
 }
 

@@ -39,7 +39,7 @@ class UndoTest : WithoutCompiler, public test::MainViewTest {
 
     /// Types into a field and presses Enter, as a user does; a disabled field ignores it.
     void Confirm(BTextControl& field, const std::string& text) {
-        window->Playing().Refresh();
+        window->Strip().Refresh();
         if (!field.IsEnabled())
             return;
         field.Type(text.c_str());
@@ -204,7 +204,7 @@ TEST_F(UndoTest, AGestureIsOneStepWithAName) {
         view->Pulse();
     }
     undoes("macro a");
-    window->Playing().Refresh();
+    window->Strip().Refresh();
     EXPECT_EQ(Text("macro a"), "0.5");
     EXPECT_EQ(view->Engine().macros[0].value, 0.5F);
     for (const char* text : {"2", "2.1", "2.2"})

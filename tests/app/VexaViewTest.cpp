@@ -283,7 +283,7 @@ TEST_F(VexaViewTest, MacrosAreEditedFollowedAndSaved) {
     auto& knob = dynamic_cast<vexa::Knob&>(*window->FindView("knob a"));
     const auto pulse = [&] {
         view->Pulse();
-        window->Playing().Refresh();
+        window->Strip().Refresh();
         test::Settle();
     };
     const vexa::Macro& a = view->Engine().macros[0];

@@ -72,7 +72,7 @@ Strip::Strip(BRect frame, VexaView& mainView, std::function<void()> turned)
     ScreenPiano& hands = mainView.Piano();
     scope = new Scope(mainView, tap);
     macros = new MacroKnobs(mainView);
-    playing = new PlayingControls(mainView);
+    playingControls = new PlayingControls(mainView);
     tuning = new TuningControls(mainView);
     bend = new Wheel("pitch bend", true, [&hands](float value) { hands.Bend(value); });
     modulation = new Wheel("modulation", false, [&hands](float value) { hands.Modulate(value); });
@@ -83,9 +83,10 @@ Strip::Strip(BRect frame, VexaView& mainView, std::function<void()> turned)
     other->SetToolTip("Goes on to what has no room here");
     hold->SetToolTip("Notes go on when their keys are let go, as with the sustain pedal");
     for (BView* view :
-         {static_cast<BView*>(scope), static_cast<BView*>(macros), static_cast<BView*>(playing),
-          static_cast<BView*>(tuning), static_cast<BView*>(bend), static_cast<BView*>(modulation),
-          static_cast<BView*>(hold), static_cast<BView*>(other), static_cast<BView*>(piano)})
+         {static_cast<BView*>(scope), static_cast<BView*>(macros),
+          static_cast<BView*>(playingControls), static_cast<BView*>(tuning),
+          static_cast<BView*>(bend), static_cast<BView*>(modulation), static_cast<BView*>(hold),
+          static_cast<BView*>(other), static_cast<BView*>(piano)})
         AddChild(view);
     Arrange();
 }
@@ -149,7 +150,7 @@ void Strip::Arrange() {
     for (BView* view :
          {static_cast<BView*>(scope), static_cast<BView*>(macros), static_cast<BView*>(tuning)})
         ShowIf(*view, page.others);
-    ShowIf(*playing, page.playing);
+    ShowIf(*playingControls, page.playing);
     for (BView* view : {static_cast<BView*>(bend), static_cast<BView*>(modulation),
                         static_cast<BView*>(hold), static_cast<BView*>(piano)})
         ShowIf(*view, page.hands);
@@ -185,7 +186,7 @@ void Strip::ArrangeControls(const Page& page, float left, float top, float botto
         place(*macros, MacroKnobs::PreferredWidth() + 1);
     }
     if (page.playing)
-        place(*playing,
+        place(*playingControls,
               std::max(right - left - (page.others ? kStripGap + kTuningWidth : 0), kLeastPlaying));
     if (page.others)
         place(*tuning, kTuningWidth);
@@ -209,7 +210,7 @@ void Strip::Refresh() {
     scope->Listen(!scope->IsHidden());
     scope->Refresh();
     macros->Refresh();
-    playing->Refresh();
+    playingControls->Refresh();
     tuning->Refresh();
     piano->Refresh();
     ShowHands();

@@ -78,7 +78,7 @@ class Strip : public BView {
     // Views, which the strip owns as its children.
     Scope* scope;
     MacroKnobs* macros;
-    PlayingControls* playing;
+    PlayingControls* playingControls;
     TuningControls* tuning;
     Wheel* bend;
     Wheel* modulation;

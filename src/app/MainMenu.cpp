@@ -44,7 +44,7 @@ void AddRecent(BMenu& menu, const VexaView& view) {
 
 /// Adds the tuning menu: the present scale and keyboard map by file name, and the choices.
 void AddTuning(BMenu& menu, const VexaView& view) {
-    const TuningChoice& tuning = view.Tuned();
+    const TuningChoice& tuning = view.KeyTuning().Chosen();
     const auto named = [](const char* label, const std::optional<std::filesystem::path>& file) {
         return file ? std::string(label) + " (" + file->filename().string() + ")…"
                     : std::string(label) + "…";

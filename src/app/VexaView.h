@@ -7,6 +7,7 @@
 #include "app/FieldLearn.h"
 #include "app/FieldSet.h"
 #include "app/FormulaPanel.h"
+#include "app/KeyTuning.h"
 #include "app/MessageCodes.h"
 #include "app/ScreenPiano.h"
 #include "app/Settings.h"
@@ -18,7 +19,6 @@
 #include "kits/storage/ProgramFolder.h"
 #include "midi/ProgramSelector.h"
 #include "synth/ParameterTable.h"
-#include "tuning/TuningChoice.h"
 
 #include <array>
 #include <filesystem>
@@ -94,14 +94,6 @@ class VexaView : public BView {
     /// changed sound.
     void Open(const std::filesystem::path& path);
     bool LoadFunction(const std::filesystem::path& path);
-    /// Tunes the keys. Returns false, and keeps the tuning, if that fails, with an alert, or if a
-    /// plug-in plays, which its host tunes.
-    bool Tune(const TuningChoice& choice);
-    /// Does the same and remembers the choice for the next start.
-    bool ChooseTuning(const TuningChoice& choice);
-    const TuningChoice& Tuned() const { return tuned; }
-    /// Returns the tuning that plays.
-    const Tuning& PresentTuning() const { return tuning; }
     /// Saves the sound in the user's folder "sounds"; `name` is a plain file name. SaveFunction
     /// does the same for the function, in "functions".
     void SaveSound(const std::string& name);
@@ -245,6 +237,8 @@ class VexaView : public BView {
     bool HasGraph() const { return graph != nullptr; }
     AudioGraph& Graph() { return *graph; }
     Instrument& Played() { return instrument; }
+    vexa::KeyTuning& KeyTuning() { return keyTuning; }
+    const vexa::KeyTuning& KeyTuning() const { return keyTuning; }
     /// Returns the settings, which last from one start to the next.
     Settings& Remembered() const { return *settings; }
     /// Returns the function that the plane shows: the one that plays or, in a preview, the one
@@ -408,8 +402,7 @@ class VexaView : public BView {
     ScreenPiano piano;
     SourceMenu sources{BMessenger(this), keyboard};
 
-    TuningChoice tuned;
-    Tuning tuning = EqualTemperament();
+    vexa::KeyTuning keyTuning{Engine().consumer, *settings, plugin != nullptr};
 
     bool followsPrograms = false;
     ProgramSelector programs{Engine().consumer, BMessenger(this), kProgramCode};

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Opening by the menu or by dropping onto the window: documents, formulas and tunings.
-#include "app/Alerts.h"
 #include "app/Dropped.h"
 #include "app/MessageCodes.h"
 #include "app/VexaView.h"
@@ -24,15 +23,6 @@ std::string OneLine(std::string text) {
     text.erase(0, std::min(text.find_first_not_of(' '), text.size()));
     text.erase(text.find_last_not_of(' ') + 1);
     return text;
-}
-
-/// Returns the absolute path, as the next start may be from another folder; empty without a file.
-std::string WholePath(const std::optional<std::filesystem::path>& file) {
-    if (!file)
-        return "";
-    std::error_code error;
-    const auto whole = std::filesystem::absolute(*file, error);
-    return error ? file->string() : whole.string();
 }
 
 /// Returns the names, each on a line of its own, under a first line.
@@ -74,7 +64,7 @@ bool VexaView::TakeOpening(const BMessage& message) {
         plane->SavePanel().Show();
         return true;
     case kEqualStepsCode:
-        ChooseTuning({{}, {}, tuned.a4});
+        keyTuning.Choose({{}, {}, keyTuning.Chosen().a4});
         return true;
     case B_SIMPLE_DATA:
         TakeDrop(message);
@@ -111,12 +101,12 @@ void VexaView::OpenBesideSound(const DroppedFiles& dropped) {
     if (dropped.terrain)
         Open(*dropped.terrain);
     if (dropped.scale || dropped.keymap) {
-        TuningChoice next = tuned;
+        TuningChoice next = keyTuning.Chosen();
         if (dropped.scale)
             next.scale = dropped.scale;
         if (dropped.keymap)
             next.keymap = dropped.keymap;
-        ChooseTuning(next);
+        keyTuning.Choose(next);
     }
     TellWhatIsLeft(dropped);
 }
@@ -128,37 +118,16 @@ void VexaView::Remember(const std::filesystem::path& file) {
         settings->PutFirst(kRecentSetting, whole.lexically_normal().string(), kMostRecent);
 }
 
-bool VexaView::Tune(const TuningChoice& choice) {
-    // The plug-in's host tunes the keys.
-    if (plugin)
-        return false;
-    const kits::Result<Tuning> read = ReadTuning(choice);
-    if (!read) {
-        std::fprintf(stderr, "vexa: %s\n", read.Fault().text.c_str());
-        ErrorAlert("The tuning stays as it is.", read.Fault().text);
-        return false;
-    }
-    tuning = *read;
-    Engine().consumer.SetTuning(tuning);
-    tuned = choice;
-    return true;
-}
-
 void VexaView::OpenScale(const std::string& path) {
-    ChooseTuning({path, tuned.keymap, tuned.a4});
+    TuningChoice next = keyTuning.Chosen();
+    next.scale = path;
+    keyTuning.Choose(next);
 }
 
 void VexaView::OpenKeymap(const std::string& path) {
-    ChooseTuning({tuned.scale, path, tuned.a4});
-}
-
-bool VexaView::ChooseTuning(const TuningChoice& choice) {
-    if (!Tune(choice))
-        return false;
-    settings->Set(kScaleSetting, WholePath(choice.scale));
-    settings->Set(kKeymapSetting, WholePath(choice.keymap));
-    settings->Set(kA4Setting, choice.a4.value_or(0));
-    return true;
+    TuningChoice next = keyTuning.Chosen();
+    next.keymap = path;
+    keyTuning.Choose(next);
 }
 
 } // namespace vexa

@@ -474,7 +474,7 @@ void VexaWindow::MessageReceived(BMessage* message) {
 void VexaWindow::Begin(const AppOptions& options, kits::Recording* recording) {
     VexaView& view = *mainView;
     const bool asks = options.tuning.scale || options.tuning.keymap || options.tuning.a4;
-    view.Tune(asks || session ? options.tuning : RememberedTuning(view.Remembered()));
+    view.KeyTuning().Tune(asks || session ? options.tuning : RememberedTuning(view.Remembered()));
     if (options.mpe)
         view.Engine().consumer.ExpectMpe();
     view.FollowPrograms(options.programs);

@@ -38,7 +38,7 @@ Project VexaWindow::PresentProject() {
     project.options.voices = mainView->Played().ChosenVoices();
     project.options.channel = mainView->Graph().Consumer().Channel();
     project.options.midi = mainView->ChosenSource();
-    project.options.tuning = mainView->Tuned();
+    project.options.tuning = mainView->KeyTuning().Chosen();
     project.options.programs = mainView->FollowsPrograms();
     project.options.playing = mainView->Played().Preferred();
     return project;

@@ -302,12 +302,12 @@ TEST_F(BarTest, AFrequencyThatCannotBePlayedIsNotRemembered) {
     settings->Set(vexa::kA4Setting, 442.0);
     Open(false);
     window->Begin({}, nullptr);
-    EXPECT_FLOAT_EQ(view->PresentTuning()[vexa::kA4], 442);
+    EXPECT_FLOAT_EQ(view->KeyTuning().Present()[vexa::kA4], 442);
     for (const double wrong : {1e300, -440.0, double(INFINITY), 20001.0}) {
         settings->Set(vexa::kA4Setting, wrong);
         Reopen();
         window->Begin({}, nullptr);
-        EXPECT_FLOAT_EQ(view->PresentTuning()[vexa::kA4], 440) << wrong;
+        EXPECT_FLOAT_EQ(view->KeyTuning().Present()[vexa::kA4], 440) << wrong;
     }
 }
 

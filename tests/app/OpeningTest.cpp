@@ -105,7 +105,7 @@ TEST_F(OpeningTest, EachKindOfWhatIsDroppedIsOpened) {
     EXPECT_TRUE(DropFiles({In("pictures/island.png")}));
     EXPECT_EQ(view->Kind(), vexa::FunctionKind::Picture);
     EXPECT_TRUE(DropFiles({folder.Write("s.SCL", kScale)}));
-    EXPECT_EQ(view->Tuned().scale, In("s.SCL"));
+    EXPECT_EQ(view->KeyTuning().Chosen().scale, In("s.SCL"));
     EXPECT_EQ(settings->Get(vexa::kScaleSetting), In("s.SCL").string());
     EXPECT_TRUE(alerts.texts.empty());
 
@@ -135,7 +135,7 @@ TEST_F(OpeningTest, OfSeveralFilesTheFirstOfEachKindIsOpenedAndTheRestIsTold) {
                            folder.Write("b.scl", kScale)}));
     EXPECT_EQ(view->SoundName(), "bell");
     EXPECT_EQ(Text("Fxy"), "x-1");
-    EXPECT_EQ(view->Tuned().scale, In("a.scl"));
+    EXPECT_EQ(view->KeyTuning().Chosen().scale, In("a.scl"));
     EXPECT_THAT(alerts.texts, ElementsAre(HasSubstr("only the first")));
     EXPECT_EQ(alerts.details, "These were not:\npluck.wav\ndefault.xml\nb.scl");
 
@@ -143,7 +143,7 @@ TEST_F(OpeningTest, OfSeveralFilesTheFirstOfEachKindIsOpenedAndTheRestIsTold) {
     EXPECT_TRUE(DropFiles({folder.Write("bad.scl", "hello")}));
     EXPECT_THAT(alerts.texts, ElementsAre("The tuning stays as it is."));
     EXPECT_THAT(alerts.details, HasSubstr("bad.scl:"));
-    EXPECT_EQ(view->Tuned().scale, In("a.scl"));
+    EXPECT_EQ(view->KeyTuning().Chosen().scale, In("a.scl"));
 }
 
 TEST_F(OpeningTest, OfSeveralFilesTheUnusableTakeNoPlaceAndAreTold) {
@@ -154,7 +154,7 @@ TEST_F(OpeningTest, OfSeveralFilesTheUnusableTakeNoPlaceAndAreTold) {
     EXPECT_TRUE(DropFiles({noise, page, In("samples/pluck.wav"), bad, folder.Write("a.scl", kScale),
                            none, In("sounds")}));
     EXPECT_TRUE(view->SampleMode());
-    EXPECT_EQ(view->Tuned().scale, In("a.scl"));
+    EXPECT_EQ(view->KeyTuning().Chosen().scale, In("a.scl"));
     EXPECT_THAT(alerts.texts, ElementsAre("Not all of these files can be opened."));
     EXPECT_EQ(alerts.details,
               "These cannot be opened:\nnoise.bin\npage.xml\nbad.scl\nnone.wav\nsounds");
@@ -186,7 +186,7 @@ TEST_F(OpeningTest, WhatIsDroppedWithASoundWaitsUntilTheSoundIsOpened) {
         EXPECT_THAT(alerts.texts, ElementsAre(HasSubstr("changes that are not saved")));
         EXPECT_EQ(Text("Fxy"), "x*y");
         EXPECT_FALSE(view->SampleMode());
-        EXPECT_EQ(view->Tuned().scale, std::nullopt);
+        EXPECT_EQ(view->KeyTuning().Chosen().scale, std::nullopt);
         alerts.texts.clear();
     };
     alerts.answer = 0;
@@ -206,7 +206,7 @@ TEST_F(OpeningTest, WhatIsDroppedWithASoundWaitsUntilTheSoundIsOpened) {
     EXPECT_THAT(test::Contents(In("sounds/mine.xml")), HasSubstr("<expression>x*y</expression>"));
     EXPECT_EQ(view->SoundName(), "bell");
     EXPECT_TRUE(view->SampleMode());
-    EXPECT_EQ(view->Tuned().scale, In("s.scl"));
+    EXPECT_EQ(view->KeyTuning().Chosen().scale, In("s.scl"));
     EXPECT_THAT(alerts.texts, ElementsAre(HasSubstr("only the first")));
 
     // Of a sound that cannot be opened there is nothing that the terrain could belong to.
@@ -251,7 +251,7 @@ TEST_F(OpeningTest, TheMenuDoesWhatItSays) {
     EXPECT_FALSE(Item("Twelve Equal Steps").IsMarked());
     EXPECT_TRUE(Item("Scala Scale (s.scl)…").IsMarked());
     Pick("Twelve Equal Steps");
-    EXPECT_EQ(view->Tuned().scale, std::nullopt);
+    EXPECT_EQ(view->KeyTuning().Chosen().scale, std::nullopt);
     EXPECT_EQ(settings->Get(vexa::kScaleSetting), "");
 
     Pick("Classic Look (F11)");

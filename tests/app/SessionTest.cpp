@@ -137,7 +137,7 @@ TEST_F(SessionTest, WhatGoesWrongIsAnsweredAndLeavesTheProjectAsItWas) {
     std::filesystem::remove(place / "session");
     // The copy of another scale does not replace a scale that disappeared before it was saved.
     const auto choose = [&](const char* scale) {
-        view->ChooseTuning({folder.Write(scale, kScale), {}, {}});
+        view->KeyTuning().Choose({folder.Write(scale, kScale), {}, {}});
         std::filesystem::remove(folder.Path() / scale);
         manager.Send("/nsm/client/save");
         EXPECT_TRUE(

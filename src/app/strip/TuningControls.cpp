@@ -62,10 +62,10 @@ TuningControls::TuningControls(VexaView& mainView)
 TuningControls::~TuningControls() = default;
 
 void TuningControls::Refresh() {
-    if (choice == mainView.Tuned())
+    if (choice == mainView.KeyTuning().Chosen())
         return;
-    choice = mainView.Tuned();
-    a4->Show(mainView.PresentTuning()[kA4]);
+    choice = mainView.KeyTuning().Chosen();
+    a4->Show(mainView.KeyTuning().Present()[kA4]);
     FillMenu();
 }
 
@@ -95,7 +95,7 @@ void TuningControls::FillMenu() {
 }
 
 bool TuningControls::Choose(const TuningChoice& next) {
-    const bool chosen = mainView.ChooseTuning(next);
+    const bool chosen = mainView.KeyTuning().Choose(next);
     Refresh();
     return chosen;
 }

@@ -53,6 +53,7 @@ TEST_F(AttachedView, ShowsWhatPlaysSendsWhatIsDoneAndNothingElse) {
     EXPECT_EQ(view->EnvelopeEditor(2).Points(), sound.envelopes[2]);
     EXPECT_FALSE(instrument.TakeEdited()) << "what was shown came back";
     EXPECT_EQ(HostsSound(), sound);
+    EXPECT_FALSE(view->CanUndo()) << "the first sound of the view never was the plug-in's";
 
     // A typed text is sent when it is confirmed, and never if it is invalid.
     Field("Fxy").Type("x-y");

@@ -61,6 +61,10 @@ void VexaView::ErrorAlert(const std::string& text, const std::string& details) {
     NewErrorAlert(text, details)->Go();
 }
 
+void VexaView::ShowErrorAlert(const std::string& text, const std::string& details) {
+    NewErrorAlert(text, details)->Show();
+}
+
 void VexaView::ShowError(const kits::Error& error) {
     Print(error);
     if (error.alerts.empty())
@@ -366,7 +370,7 @@ void VexaView::Tend() {
     for (const std::string& alert : addon.alerts)
         text += (text.empty() ? "" : "\n\n") + alert;
     if (!text.empty())
-        NewErrorAlert(text, addon.text)->Show();
+        ShowErrorAlert(text, addon.text);
 }
 
 /// While the field of a controller number has the keyboard focus, takes the controller that moves.
@@ -399,7 +403,7 @@ void VexaView::WatchSound() {
         break;
     case AudioGraph::DeviceNews::Gone:
         // This alert must not wait for an answer: sound and MIDI sources come back without a user.
-        NewErrorAlert(kDeviceGone)->Show();
+        ShowErrorAlert(kDeviceGone);
         break;
     case AudioGraph::DeviceNews::There:
         std::fprintf(stderr, "vexa: the audio device is there; playing through %s\n",

@@ -102,11 +102,15 @@ void VexaView::EnterTyped() {
     }
 }
 
+void VexaView::EnterElsewhere() {
+    if (enterElsewhere && busy == 0)
+        enterElsewhere();
+}
+
 /// Enters a valid, unconfirmed expression, and what is typed elsewhere, before another sound
 /// replaces it, so that Undo can restore it and closing asks about it.
 void VexaView::KeepTyped() {
-    if (enterElsewhere)
-        enterElsewhere();
+    EnterElsewhere();
     BTextControl& field = Field(FunctionField::Expression);
     if (field.IsEdited() && ReadPlayable(field.Text()).formula)
         Enter(field);
@@ -126,6 +130,16 @@ Sound VexaView::ConstructSound() const {
         sound.texts[i] = TextOf(Parameters()[i].id);
     for (std::size_t i = 0; i < envelopes.size(); i++)
         sound.envelopes[i] = envelopes[i]->Points();
+    return sound;
+}
+
+Sound VexaView::SoundToKeep() const {
+    if (busy > 0)
+        return Steps().Present();
+    Sound sound = ConstructSound();
+    const BTextControl& field = Field(FunctionField::Expression);
+    if (field.IsEdited() && !ReadPlayable(field.Text()).formula)
+        sound.function.expression = field.Confirmed();
     return sound;
 }
 
@@ -319,8 +333,7 @@ void VexaView::SaveFunction(const std::string& name) {
 }
 
 void VexaView::SaveSound(const std::string& name) {
-    if (enterElsewhere)
-        enterElsewhere();
+    EnterElsewhere();
     FollowMacros();
     const std::string stem = std::filesystem::path(name).stem().string();
     // Saved as another file, a sound gets that file's name in place of the one that it came with,
@@ -351,6 +364,9 @@ void VexaView::SaveSound(const std::string& name) {
     }
     Remember(path);
     TakeAsSaved();
+    // A sound of the same file in the other slot is no longer the one in the file.
+    if (std::optional<History>& other = slots[1 - slot]; other && other->File().path == path)
+        other->File().saved = Steps().File().saved;
     if (then)
         then();
 }
@@ -361,6 +377,7 @@ void VexaView::SaveAgain(const std::function<void()>& then) {
         BMessage show(kSaveSoundCode);
         MessageReceived(&show);
         afterSaving = then;
+        savingPanel = panels.back().get();
         return;
     }
     if (!MaySave() || !MayReplaceOwn())
@@ -373,6 +390,9 @@ void VexaView::SaveAgain(const std::function<void()>& then) {
 /// user chooses to save first, both happen once that is done.
 void VexaView::OpenSound(const std::string& path, const std::function<void()>& then) {
     const auto load = [this, path, then] {
+        // What has been typed is given up too.
+        KeepTyped();
+        NoteSteps();
         Steps().GiveUp(true);
         if (LoadSound(path)) {
             Remember(path);
@@ -390,8 +410,8 @@ void VexaView::OpenFunction(const std::string& path) {
         Remember(path);
 }
 
-void VexaView::TakeAsSaved() {
-    Steps().File().saved = ConstructSound();
+void VexaView::TakeAsSaved(Sound sound) {
+    Steps().File().saved = std::move(sound);
     Steps().File().gone = false;
     comparedAt.reset();
 }
@@ -470,8 +490,7 @@ std::string VexaView::SavingRemark() const {
 }
 
 bool VexaView::MayGiveUp(const std::function<void()>& then) {
-    if (enterElsewhere)
-        enterElsewhere();
+    EnterElsewhere();
     FollowMacros();
     LookForFiles();
     if (!Changed())

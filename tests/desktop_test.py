@@ -29,7 +29,7 @@ def completions(program, *words):
         COMP_WORDS=("$@") COMP_CWORD=$(($# - 1))
         _{program.replace("-", "_")}
         printf '%s\\n' "${{COMPREPLY[@]}}\""""
-    return output("bash", "-c", script, "-", program, *words).split()
+    return [line for line in output("bash", "-c", script, "-", program, *words).splitlines() if line]
 
 
 class Pages(unittest.TestCase):
@@ -57,11 +57,14 @@ class Pages(unittest.TestCase):
         with tempfile.TemporaryDirectory() as folder:
             sounds = pathlib.Path(folder) / "vexa/sounds"
             sounds.mkdir(parents=True)
-            (sounds / "mine.xml").touch()
+            for name in ("mine", "warm pad", "warm$(touch run)"):
+                (sounds / f"{name}.xml").touch()
             before = os.environ.get("XDG_DATA_HOME")
             os.environ["XDG_DATA_HOME"] = folder
             self.assertEqual(completions("vexa", "--sound", "mi"), ["mine"])
             self.assertEqual(completions("vexa", "--sound", "=", "mi"), ["mine"])
+            self.assertEqual(completions("vexa", "--sound", "warm"), ["warm pad", "warm$(touch run)"])
+            self.assertFalse(pathlib.Path("run").exists())
             self.assertEqual(completions("vexa-render", "--channel-sound", "2", "=", "mi"), ["mine"])
             self.assertIn("mine", completions("vexa-render", "a.mid", "--channel-sound", "2", "="))
             self.assertEqual(completions("vexa-render", f"{sounds}/m"), [f"{sounds}/mine.xml"])

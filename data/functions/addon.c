@@ -9,6 +9,10 @@
 #include <math.h>
 #include <stddef.h>
 
+/* gcc's own gives another nonzero number in vectors than for one point. */
+#undef signbit
+#define signbit(x) (__builtin_signbit(x) != 0)
+
 #if defined(__x86_64__) && defined(__GLIBC_PREREQ)
 #if __GLIBC_PREREQ(2, 35)
 /* The C library has these for whole vectors too, within 4 ulp. */

@@ -58,6 +58,9 @@ Attachment::~Attachment() {
 }
 
 void Attachment::Watch(const BMessenger& target, uint32 code) {
+    // Take may have released it before.
+    (void)taken.try_acquire();
+    taken.release();
     thread = std::jthread(
         [this, target, code](const std::stop_token& stop) { WatchUntil(stop, target, code); });
 }

@@ -57,7 +57,8 @@ class Attachment {
     Sound known;
     /// True if `known` has been received and Take has not returned it yet.
     bool fresh = false;
-    std::binary_semaphore taken{1};
+    /// Released by Watch and Take, for one message.
+    std::binary_semaphore taken{0};
     std::jthread thread;
 };
 

@@ -23,6 +23,8 @@ class DocumentPanels {
     /// name that the panel proposes to save as.
     void Show(file_panel_mode mode, uint32 result, const char* folder, const char* title,
               const std::string& name);
+    /// Returns the panel that was shown last.
+    const BFilePanel* Newest() const { return panels.back().get(); }
     /// Removes the panel that has sent the result.
     void Remove(const BMessage& result);
 

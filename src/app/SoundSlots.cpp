@@ -49,6 +49,13 @@ void SoundSlots::TakeAsSaved(const Sound& sound) {
     comparedAt.reset();
 }
 
+void SoundSlots::ShareSaved() {
+    const SoundFile& file = Present().File();
+    if (std::optional<History>& other = slots[1 - present];
+        other && other->File().path == file.path)
+        other->File().saved = file.saved;
+}
+
 void SoundSlots::LookForFiles() {
     for (std::optional<History>& each : slots) {
         if (!each)

@@ -36,6 +36,8 @@ class SoundSlots {
 
     /// Takes the sound as the one that the file of the present slot holds.
     void TakeAsSaved(const Sound& sound);
+    /// Notices that a sound of the same file in the other slot is no longer the one in the file.
+    void ShareSaved();
     /// Notices whether the files of both slots are still there.
     void LookForFiles();
     /// Returns whether the present slot's file does not hold `sound()`. `edits` is a count that

@@ -111,8 +111,10 @@ class VexaView : public BView {
     /// Notices whether the files of the sounds in both slots are still there. To be called after
     /// changes in the folders.
     void LookForFiles() { slots.LookForFiles(); }
+    /// Takes this sound as the saved one.
+    void TakeAsSaved(const Sound& sound) { slots.TakeAsSaved(sound); }
     /// Takes the present sound as the saved one, so that Changed returns false.
-    void TakeAsSaved() { slots.TakeAsSaved(ConstructSound()); }
+    void TakeAsSaved() { TakeAsSaved(ConstructSound()); }
     /// Makes the present sound the unchanged start of a new history, so that Undo cannot go back
     /// beyond it, and discards the other slot. If the sound has changed, it no longer belongs to
     /// its file.
@@ -141,6 +143,8 @@ class VexaView : public BView {
     /// Sets a function that enters what is being typed about the sound outside of this view. It is
     /// called before the sound is saved and before another one replaces it. Null removes it.
     void SetEnterElsewhere(std::function<void()> next) { enterElsewhere = std::move(next); }
+    /// Calls that function, unless the sound is just being replaced.
+    void EnterElsewhere();
     /// Returns the author of what is edited here, unless the person has entered another one.
     std::string UsualAuthor() const;
 
@@ -156,6 +160,10 @@ class VexaView : public BView {
     /// the points of the envelopes, and the rest from the instrument.
     Function ConstructFunction() const;
     Sound ConstructSound() const;
+    /// Returns the sound to be saved without asking anybody: not a formula that is being typed and
+    /// cannot be played yet and, while an alert holds up the change to another sound, not a part of
+    /// that one.
+    Sound SoundToKeep() const;
 
     // The following undo and redo all changes of the sound; History defines a step. Another sound
     // takes effect at once, and the parts that both sounds share play on.
@@ -367,8 +375,9 @@ class VexaView : public BView {
     /// The number of existing Busy objects.
     int busy = 0;
     std::function<void()> enterElsewhere;
-    /// Called once after the next saving of the sound, if set.
+    /// Called once the sound is saved, if set: through this panel, or without one if it is null.
     std::function<void()> afterSaving;
+    const BFilePanel* savingPanel = nullptr;
     /// The file of the sample or picture is missing or unreadable: nothing sounds, and only its
     /// name can be saved.
     bool fileMissing = false;

@@ -87,11 +87,15 @@ void VexaView::EnterTyped() {
     }
 }
 
+void VexaView::EnterElsewhere() {
+    if (enterElsewhere && busy == 0)
+        enterElsewhere();
+}
+
 /// Enters a valid, unconfirmed expression, and what is typed elsewhere, before another sound
 /// replaces it, so that Undo can restore it and closing asks about it.
 void VexaView::KeepTyped() {
-    if (enterElsewhere)
-        enterElsewhere();
+    EnterElsewhere();
     BTextControl& field = Field(FunctionField::Expression);
     if (field.IsEdited() && ReadPlayable(field.Text()).formula)
         Enter(field);
@@ -111,6 +115,16 @@ Sound VexaView::ConstructSound() const {
         sound.texts[i] = fields.TextOf(Parameters()[i].id);
     for (std::size_t i = 0; i < envelopes.size(); i++)
         sound.envelopes[i] = envelopes[i]->Points();
+    return sound;
+}
+
+Sound VexaView::SoundToKeep() const {
+    if (busy > 0)
+        return Steps().Present();
+    Sound sound = ConstructSound();
+    const BTextControl& field = Field(FunctionField::Expression);
+    if (field.IsEdited() && !ReadPlayable(field.Text()).formula)
+        sound.function.expression = field.Confirmed();
     return sound;
 }
 
@@ -301,8 +315,7 @@ void VexaView::SaveFunction(const std::string& name) {
 }
 
 void VexaView::SaveSound(const std::string& name) {
-    if (enterElsewhere)
-        enterElsewhere();
+    EnterElsewhere();
     FollowMacros();
     const std::string stem = std::filesystem::path(name).stem().string();
     // Saved as another file, a sound gets that file's name in place of the one that it came with,
@@ -333,6 +346,7 @@ void VexaView::SaveSound(const std::string& name) {
     }
     Remember(path);
     TakeAsSaved();
+    slots.ShareSaved();
     if (then)
         then();
 }
@@ -343,6 +357,7 @@ void VexaView::SaveAgain(const std::function<void()>& then) {
         BMessage show(kSaveSoundCode);
         MessageReceived(&show);
         afterSaving = then;
+        savingPanel = panels.Newest();
         return;
     }
     if (!MaySave() || !MayReplaceOwn())
@@ -355,6 +370,9 @@ void VexaView::SaveAgain(const std::function<void()>& then) {
 /// user chooses to save first, both happen once that is done.
 void VexaView::OpenSound(const std::string& path, const std::function<void()>& then) {
     const auto load = [this, path, then] {
+        // What has been typed is given up too.
+        KeepTyped();
+        NoteSteps();
         Steps().GiveUp(true);
         if (LoadSound(path)) {
             Remember(path);
@@ -424,8 +442,7 @@ std::string VexaView::SavingRemark() const {
 }
 
 bool VexaView::MayGiveUp(const std::function<void()>& then) {
-    if (enterElsewhere)
-        enterElsewhere();
+    EnterElsewhere();
     FollowMacros();
     LookForFiles();
     if (!Changed())

@@ -158,6 +158,8 @@ class VexaWindow : public BWindow, private SessionClient {
     std::unique_ptr<Session> session;
     /// The project as last opened or saved, with the parts that the window cannot change.
     Project savedProject;
+    /// The session's project is being opened.
+    bool opening = false;
     /// Scrolls the main view if the window is too small for all of it.
     BScrollView* mainPane = nullptr;
     /// The drawer; null if no thread could be had for it.

@@ -18,7 +18,9 @@ void VexaWindow::Begin(std::unique_ptr<Session> joined, const Project& project,
     if (!isNew)
         session->TellOpened({}, false);
     savedProject = project;
+    opening = true;
     Begin(project.options, recording);
+    opening = false;
     if (!isNew)
         mainView->NameSound(project.soundName);
     savedProject = PresentProject();
@@ -32,7 +34,7 @@ void VexaWindow::Begin(std::unique_ptr<Session> joined, const Project& project,
 /// Returns the project as it would be saved now.
 Project VexaWindow::PresentProject() {
     Project project = savedProject;
-    project.sound = mainView->ConstructSound();
+    project.sound = mainView->SoundToKeep();
     project.soundName = mainView->SoundName();
     project.windowShown = !IsHidden();
     project.options.voices = mainView->Played().ChosenVoices();
@@ -45,20 +47,23 @@ Project VexaWindow::PresentProject() {
 }
 
 kits::Result<void> VexaWindow::SaveProject() {
-    mainView->Played().FollowMacros();
+    // Until its sound is loaded, the project is what its files say. An alert may hold that up.
+    if (opening)
+        return {};
+    mainView->EnterElsewhere();
     Project project = PresentProject();
     const TuningChoice& copied = savedProject.options.tuning;
     if (auto written = WriteProject(session->Project(), project, copied); !written) {
         std::fprintf(stderr, "vexa: %s\n", written.Fault().text.c_str());
         return written;
     }
+    mainView->TakeAsSaved(project.sound);
     savedProject = std::move(project);
-    mainView->TakeAsSaved();
     return {};
 }
 
 bool VexaWindow::ProjectHasChanged() {
-    return !AreAlike(PresentProject(), savedProject);
+    return !opening && !AreAlike(PresentProject(), savedProject);
 }
 
 void VexaWindow::ShowWindow(bool shown) {

@@ -71,6 +71,8 @@ class Graph {
     /// integer, which may be out of range, or a shift by a count that is not known to be below the
     /// number of bits.
     bool IsDefinedInC() const { return definedInC; }
+    /// Says that the formula uses something else that compilers treat in different ways.
+    void LeaveC() { definedInC = false; }
 
     const std::vector<Node>& Nodes() const { return nodes; }
     const std::vector<std::uint64_t>& Constants() const { return constants; }

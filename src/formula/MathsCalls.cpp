@@ -235,8 +235,9 @@ auto Find(const Rows& rows, std::string_view name) {
 }
 
 /// Returns the type in which a call computes. For a macro it is the common type of the arguments,
-/// where integers count as double.
-Type TypeOfCall(const Graph& graph, const MathFunction& function, std::string_view name,
+/// where integers count as double, as C says. gcc refuses them, or compares in the other argument's
+/// type.
+Type TypeOfCall(Graph& graph, const MathFunction& function, std::string_view name,
                 std::span<const Value> arguments) {
     const auto macros = MathMacros();
     if (Find(macros, function.name) == macros.end())
@@ -245,6 +246,8 @@ Type TypeOfCall(const Graph& graph, const MathFunction& function, std::string_vi
     Type type = Type::Float;
     for (const Value argument : arguments) {
         const Type one = graph.TypeOf(argument);
+        if (!IsFloating(one))
+            graph.LeaveC();
         type = Common(type, IsFloating(one) ? one : Type::Double);
     }
     return type;

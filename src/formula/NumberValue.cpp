@@ -28,34 +28,18 @@ bool IsHexadecimal(std::string_view text) {
     return text.starts_with("0x") || text.starts_with("0X");
 }
 
-NumberValue Whole(std::string_view text) {
-    const bool hexadecimal = IsHexadecimal(text);
-    const std::size_t end = text.find_first_of("uUlL");
-    const std::string_view suffix = end == std::string_view::npos ? "" : text.substr(end);
-    const std::string_view digits = text.substr(0, end).substr(hexadecimal ? 2 : 0);
-    const bool octal = !hexadecimal && digits.starts_with('0');
-    const std::uint64_t base = hexadecimal ? 16 : octal ? 8 : 10;
-    std::uint64_t value = 0;
-    bool large = false;
-    for (const char digit : digits) {
-        const char lower = static_cast<char>(digit | 0x20);
-        const auto number =
-            static_cast<std::uint64_t>(digit <= '9' ? digit - '0' : lower - 'a' + 10);
-        std::uint64_t product = 0;
-        large = __builtin_mul_overflow(value, base, &product) || large;
-        large = __builtin_add_overflow(product, number, &value) || large;
-    }
-    const bool isUnsigned = suffix.find_first_of("uU") != std::string_view::npos;
-    const bool isLong = suffix.find_first_of("lL") != std::string_view::npos;
+NumberValue Whole(std::string_view text, std::uint64_t value) {
+    const bool isUnsigned = text.find_first_of("uU") != std::string_view::npos;
+    const bool isLong = text.find_first_of("lL") != std::string_view::npos;
     // A decimal number without the suffix u is unsigned only if no signed type holds it.
-    const bool mayBeUnsigned = isUnsigned || base != 10;
+    const bool mayBeUnsigned = isUnsigned || text.starts_with('0');
     const std::uint64_t half = std::uint64_t(1) << 63;
     Type type = Type::UnsignedLong;
-    if (!isUnsigned && !isLong && value < half >> 32 && !large)
+    if (!isUnsigned && !isLong && value < half >> 32)
         type = Type::Int;
-    else if (mayBeUnsigned && !isLong && value < half >> 31 && !large)
+    else if (mayBeUnsigned && !isLong && value < half >> 31)
         type = Type::Unsigned;
-    else if (!isUnsigned && value < half && !large)
+    else if (!isUnsigned && value < half)
         type = Type::Long;
     return {type, value};
 }
@@ -112,7 +96,7 @@ const std::array kRows = {
 } // namespace
 
 NumberValue ValueOf(const Token& number) {
-    return number.integer ? Whole(number.text) : Fractional(number.text);
+    return number.integer ? Whole(number.text, *number.written) : Fractional(number.text);
 }
 
 NumberValue ConstantValue(std::string_view name) {

@@ -16,8 +16,7 @@ struct NumberValue {
     std::uint64_t bits;
 };
 
-/// Returns the value of a number token, with its type in C. A whole number that no type of C holds
-/// keeps its lowest 64 bits.
+/// Returns the value of a number token that a type of C holds, with that type.
 NumberValue ValueOf(const Token& number);
 
 /// Returns the value of a constant that FindMathConstant knows. Integer constants have their x86-64

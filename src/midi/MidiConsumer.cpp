@@ -13,15 +13,6 @@ namespace vexa {
 
 namespace {
 
-/// Returns one coordinate of the orbit's centre at note-on.
-VEXA_REALTIME float Centre(const CoefficientGroup& group, const sound_param& p,
-                           const ControllerTable& controllers, const OwnControllers& own,
-                           const NoteMoment& note) {
-    const Coefficients now = group.Now(p, controllers);
-    const Weights weights = now.For(note.vel, note.key, own.Of(now.number, note.own, now.control));
-    return static_cast<float>(weights.c0 + weights.rest);
-}
-
 void PutIcon(BMessage* message, const char* name, type_code type, const BBitmap& icon) {
     const auto size = static_cast<std::size_t>(icon.BitsLength());
     if (message->ReplaceData(name, type, 0, icon.Bits(), size) != B_OK)
@@ -62,8 +53,8 @@ void VexaMidiConsumer::Begin(const NoteName& name, float velocity) {
 /// Returns the orbit's centre and the value of f with which a voice of the note begins.
 VexaMidiConsumer::Start VexaMidiConsumer::StartOf(const NoteMoment& note) const {
     const OwnControllers own(playing, macros);
-    const float cx = Centre(kCx0, parameters, controllers, own, note);
-    const float cy = Centre(kCy0, parameters, controllers, own, note);
+    const float cx = CentreOf(kCx0, parameters, controllers, own, note);
+    const float cy = CentreOf(kCy0, parameters, controllers, own, note);
     const auto x = static_cast<float>(double(parameters.EnvAx->Value(0, false, 0)) + cx);
     const PlaneSource& f = function.Get().Source();
     const std::array<float, kMostInputs> inputs = InputsOf(f, note, macros, controllers, own);

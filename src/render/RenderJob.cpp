@@ -5,6 +5,7 @@
 #include "kits/application/Interrupt.h"
 #include "kits/media/SoundFileWriter.h"
 #include "kits/storage/FileReplacement.h"
+#include "kits/support/NumberText.h"
 #include "render/Arrangement.h"
 #include "render/FloatStore.h"
 
@@ -215,13 +216,13 @@ Result<Sound> RenderJob::MainSound(const std::filesystem::path& path) {
     }
     for (std::size_t i = 0; i < kMacros; i++) {
         if (options.macros[i])
-            function.macros[i].value = std::to_string(*options.macros[i]);
+            function.macros[i].value = kits::RoundedText(*options.macros[i], 17);
     }
     if (options.sampleFrequency) {
         if (function.kind != FunctionKind::Sample)
             return EndWith(kUsageExitCode, "--sample-frequency is for a sound from a sample, and " +
                                                path.string() + " is none");
-        function.frequency = std::to_string(*options.sampleFrequency);
+        function.frequency = kits::RoundedText(*options.sampleFrequency, 17);
     }
     return sound;
 }

@@ -13,6 +13,14 @@ VEXA_REALTIME float Now(const Macro& macro, const OwnMacro& own) noexcept {
 
 } // namespace
 
+float CentreOf(const CoefficientGroup& group, const sound_param& p,
+               const ControllerTable& controllers, const OwnControllers& own,
+               const NoteMoment& note) noexcept {
+    const Coefficients now = group.Now(p, controllers);
+    const Weights weights = now.For(note.vel, note.key, own.Of(now.number, note.own, now.control));
+    return static_cast<float>(weights.c0 + weights.rest);
+}
+
 std::array<float, kMostInputs> InputsOf(const PlaneSource& f, const NoteMoment& note,
                                         const Macros& macros, const ControllerTable& controllers,
                                         const OwnControllers& own) noexcept {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "kits/support/RealtimeMark.h"
+#include "synth/Coefficients.h"
 #include "synth/Macros.h"
 #include "synth/OwnControllers.h"
 #include "synth/PlaneFunction.h"
@@ -21,6 +22,11 @@ struct NoteMoment {
     OwnValues own = kNoOwnValues;
     OwnMacros macros{};
 };
+
+/// Returns one coordinate of the orbit's centre at note-on. Any thread, real-time safe.
+VEXA_REALTIME float CentreOf(const CoefficientGroup& group, const sound_param& p,
+                             const ControllerTable& controllers, const OwnControllers& own,
+                             const NoteMoment& note) noexcept;
 
 /// Returns the values of f.Inputs() for the note, with the macros and controllers as they are now.
 /// Any thread, real-time safe.

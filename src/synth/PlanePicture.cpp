@@ -63,11 +63,11 @@ class PlaneDrawing::Bands {
     /// that pace.
     std::chrono::duration<double> Try() {
         const auto start = Clock::now();
-        const std::size_t first = next;
+        double done = 0;
         std::chrono::duration<double> passed{};
-        while (passed < kTrial && DrawNext())
+        for (; passed < kTrial && DrawNext(); done++)
             passed = Clock::now() - start;
-        const auto done = static_cast<double>(next - first);
+        const std::lock_guard lock(mutex);
         return passed * (static_cast<double>(bands - next) / std::max(done, 1.0));
     }
 

@@ -189,7 +189,8 @@ int CountHeard(const VoiceTable& voices);
 VEXA_REALTIME int CountActive(const VoiceTable& voices);
 
 /// The voice to steal first: of the sounding released voices the longest released, else the longest
-/// held; of equal ones the highest slot. `seen` is the state by which it was chosen.
+/// held. Of times that are equal as floats the highest slot is chosen, whichever time is longer by
+/// less. `seen` is the state by which it was chosen.
 struct Choice {
     int slot;
     VoiceState::Seen seen;

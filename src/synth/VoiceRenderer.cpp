@@ -203,6 +203,8 @@ bool VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
     const VoiceMotion motion(parameters, controllers, own, 1.0 / sampleRate, offset, count);
     if (IsReplaced())
         return false;
+    if (renewed)
+        Recentre(own);
     const bool changed = WakeIfChanged(motion, f);
     const float levelBefore = mix.Level();
     std::array<RunningVoice*, kVoiceSlots> sounding;
@@ -311,6 +313,16 @@ bool VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
     }
     CloseEars();
     return true;
+}
+
+/// Moves the notes to where notes of this sound begin: their orbits have drifted over the terrain
+/// of another sound, and there this one may be beyond all bounds.
+void VoiceRenderer::Recentre(const OwnControllers& own) noexcept {
+    for (RunningVoice& v : running) {
+        const NoteMoment note{v.vel, v.key, 0, v.own, v.macros};
+        v.cx = CentreOf(kCx0, parameters, controllers, own, note);
+        v.cy = CentreOf(kCy0, parameters, controllers, own, note);
+    }
 }
 
 /// Parts the ears if the sound has a spread or a note is panned. The right ear begins with the

@@ -109,6 +109,7 @@ class VoiceRenderer {
     }
     VEXA_REALTIME bool RenderBlock(const PlaneFunction& f, Block& block, float* left, float* right,
                                    std::size_t count) noexcept;
+    VEXA_REALTIME void Recentre(const OwnControllers& own) noexcept;
     VEXA_REALTIME void OpenEars(bool both, std::size_t count) noexcept;
     VEXA_REALTIME void CloseEars() noexcept;
     VEXA_REALTIME LowCutFilter LowCutFor(float freq) const noexcept;

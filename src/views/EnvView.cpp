@@ -92,6 +92,7 @@ EnvPoint EnvView::View2EnvPoint(BPoint where) const {
 void EnvView::SetPoints(const std::vector<EnvPoint>& next) {
     Points() = next;
     hovered.reset();
+    asking = false;
     chosen = 0;
     CloseEntry();
     Publish();

@@ -47,6 +47,15 @@ class PanelTest : public test::MainViewTest {
         return names;
     }
 
+    static std::vector<QWidget*> PanelsOf(const char* title) {
+        std::vector<QWidget*> panels;
+        std::ranges::copy_if(QApplication::topLevelWidgets(), std::back_inserter(panels),
+                             [title](const QWidget* widget) {
+                                 return widget->isVisible() && widget->windowTitle() == title;
+                             });
+        return panels;
+    }
+
     /// Sends the message of an open panel in which a file was chosen.
     void Choose(uint32 result, const std::filesystem::path& path) {
         BMessage message(result);
@@ -79,13 +88,8 @@ TEST_F(PanelTest, ASavePanelProposesTheNameOfTheSound) {
     /// Returns the name in the panel, and how much of it the next key replaces.
     const auto proposed = [&] {
         PressButton("Save Sound");
-        std::pair<std::string, std::string> name;
-        for (QWidget* widget : QApplication::topLevelWidgets()) {
-            if (!widget->isVisible() || widget->windowTitle() != "Save Sound")
-                continue;
-            const auto* line = dynamic_cast<QLineEdit*>(widget->focusWidget());
-            name = {line->text().toStdString(), line->selectedText().toStdString()};
-        }
+        const auto* line = dynamic_cast<QLineEdit*>(PanelsOf("Save Sound").at(0)->focusWidget());
+        const std::pair name(line->text().toStdString(), line->selectedText().toStdString());
         ClosePanels();
         return name;
     };
@@ -102,13 +106,38 @@ TEST_F(PanelTest, ASavePanelProposesTheNameOfTheSound) {
 
 TEST_F(PanelTest, APanelStaysAboveItsWindow) {
     PressButton("Load Sound");
-    const auto windows = QApplication::topLevelWidgets();
-    const auto panel = std::ranges::find_if(windows, [](const QWidget* widget) {
-        return widget->isVisible() && widget->windowTitle() == "Load Sound";
-    });
-    ASSERT_NE(panel, windows.end());
-    EXPECT_EQ((*panel)->windowHandle()->transientParent(), window->Widget().windowHandle());
+    EXPECT_EQ(PanelsOf("Load Sound").at(0)->windowHandle()->transientParent(),
+              window->Widget().windowHandle());
     ClosePanels();
+}
+
+/// As when the window is closed, the panel for the name is cancelled, and the sound is saved later.
+TEST_F(PanelTest, WhatWasToFollowACancelledPanelDoesNotFollowAnother) {
+    Choose(vexa::kSoundLoadedCode, In("sounds/bell.xml"));
+    view->NameSound("mine");
+    PressButton("Save Sound");
+    QWidget* const first = PanelsOf("Save Sound").at(0);
+    bool followed = false;
+    const auto save = [&] { view->SaveAgain([&] { followed = true; }); };
+    save();
+    for (QWidget* panel : PanelsOf("Save Sound")) {
+        if (panel != first)
+            panel->close();
+    }
+    const auto confirm = [](QWidget* panel) {
+        QKeyEvent key(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
+        QApplication::sendEvent(panel->focusWidget(), &key);
+        test::Settle();
+    };
+    confirm(first);
+    EXPECT_TRUE(std::filesystem::exists(In("sounds/mine.xml")));
+    EXPECT_FALSE(followed);
+
+    view->NameSound("other");
+    save();
+    confirm(PanelsOf("Save Sound").at(0));
+    EXPECT_TRUE(std::filesystem::exists(In("sounds/other.xml")));
+    EXPECT_TRUE(followed);
 }
 
 TEST_F(PanelTest, WhatAnOpenPanelNamesIsLoaded) {
@@ -368,6 +397,7 @@ TEST_F(OwnFolderTest, ControlSAsksBeforeItReplacesWhatWasChangedElsewhere) {
     view->SwitchAB();
     EXPECT_THAT(save(), ElementsAre());
     view->SwitchAB();
+    EXPECT_TRUE(view->Changed()) << "the file now has the other slot's sound";
     EXPECT_THAT(save(), asks);
     // A file that has gone is written again.
     changeElsewhere();

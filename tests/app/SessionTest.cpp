@@ -166,6 +166,50 @@ TEST_F(SessionTest, WhatGoesWrongIsAnsweredAndLeavesTheProjectAsItWas) {
     }
 }
 
+/// An alert at the start waits for a person; the manager does not.
+TEST_F(SessionTest, WhatCannotPlayYetIsNotSaved) {
+    const auto place = folder.Path() / "session/Vexa.nTEST";
+    const auto save = [&] {
+        manager.Send("/nsm/client/save");
+        EXPECT_TRUE(ManagerHears("/reply /nsm/client/save"));
+    };
+    OpenInSession();
+    Enter("Fxy", "x*y+0.25");
+    save();
+    Field("Fxy").Type("0.5*sin(");
+    save();
+    EXPECT_THAT(*kits::ReadFile(place / "sound.xml"), HasSubstr("x*y+0.25"));
+    Field("Fxy").Type("0.5*x");
+    save();
+    std::string sound = *kits::ReadFile(place / "sound.xml");
+    EXPECT_THAT(sound, HasSubstr("<expression>0.5*x<"));
+
+    sound.replace(sound.find("0.5*x"), 5, "0.5*sin(");
+    folder.Write(place / "sound.xml", sound);
+    const std::string session = *kits::ReadFile(place / "session");
+    alerts.meanwhile = [&] {
+        save();
+        EXPECT_EQ(*kits::ReadFile(place / "sound.xml"), sound);
+        EXPECT_EQ(*kits::ReadFile(place / "session"), session);
+    };
+    alerts.texts.clear();
+    OpenInSession();
+    EXPECT_FALSE(alerts.texts.empty());
+    // Nor is half of another sound.
+    view->LoadSound(In("sounds/bell.xml"));
+    save();
+    sound = *kits::ReadFile(place / "sound.xml");
+    alerts.meanwhile = [&] {
+        save();
+        EXPECT_EQ(*kits::ReadFile(place / "sound.xml"), sound);
+    };
+    alerts.texts.clear();
+    view->LoadSound(folder.Write("wrong.xml", "<vexasound><vexafunction><expression>0.5*cos("
+                                              "</expression></vexafunction></vexasound>"));
+    EXPECT_FALSE(alerts.texts.empty());
+    alerts.meanwhile = nullptr;
+}
+
 TEST_F(SessionTest, WithoutAManagerThereIsNone) {
     std::string nobody;
     {

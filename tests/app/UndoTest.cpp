@@ -446,6 +446,11 @@ TEST_F(UndoTest, ClosingAsksAboutWhatWasLeftForAnotherSound) {
     view->Open(In("sounds/bell.xml"));
     EXPECT_TRUE(mayClose(0));
     view->Undo();
+    Field("Fxy").Type("0.5*x");
+    alerts.answer = 1;
+    view->Open(In("sounds/bell.xml"));
+    EXPECT_TRUE(mayClose(0)) << "what was typed is discarded too";
+    view->Undo();
     EXPECT_FALSE(mayClose(0));
     alerts.answer = 1;
     view->InitialSound();

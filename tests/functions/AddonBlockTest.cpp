@@ -33,7 +33,8 @@ TEST(AddonBlock, IsThePointFormWithinFourLastDigits) {
             y.push_back(0.0791F * float(k));
         }
     }
-    std::vector<std::string> expressions{"sqrt(x)", "x>y ? sin(x)*y : (x<-1 ? x*x : y-x)"};
+    std::vector<std::string> expressions{"sqrt(x)", "x>y ? sin(x)*y : (x<-1 ? x*x : y-x)",
+                                         "signbit(x)", "isnan(x/y)+isless(x,y)"};
     for (const std::string name :
          {"acos",  "acosh", "asin", "asinh", "atan", "atanh", "cbrt", "cos",
           "cosh",  "erf",   "erfc", "exp",   "exp2", "expm1", "log",  "log10",

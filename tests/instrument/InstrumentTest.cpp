@@ -263,10 +263,11 @@ TEST(Instrument, TheAddonTakesOverWithoutAClick) {
     RecordProperty("difference", std::to_string(1e9 * double(difference)) + "e-9");
 }
 
-/// An orbit near 0 on one terrain may lie high on another.
-TEST(Instrument, NoOrbitGlidesFromOneTerrainOverAnother) {
+/// An orbit near 0 on one terrain, or one that has drifted far over it, may lie high on another.
+TEST(Instrument, NoOrbitOfOneTerrainIsHeardOnAnother) {
     const test::ProgramFolder folder;
-    const auto soundOf = [](const std::string& expression, const std::string& radius) {
+    const auto soundOf = [](const std::string& expression, const std::string& radius,
+                            const std::string& drift) {
         vexa::Sound sound = WithCircles();
         sound.function.expression = expression;
         sound.playing.emplace().texts[8] = "20"; // smooth
@@ -274,10 +275,12 @@ TEST(Instrument, NoOrbitGlidesFromOneTerrainOverAnother) {
             const std::string_view field = vexa::Parameters()[i].field;
             if (field == "Ax0" || field == "Ay0")
                 sound.texts[i] = radius;
+            if (field == "Cx1")
+                sound.texts[i] = drift;
         }
         return sound;
     };
-    const vexa::Sound wide = soundOf("sin(x)", "100"), high = soundOf("pow(x,8)", "1");
+    const vexa::Sound wide = soundOf("sin(x)", "100", "100"), high = soundOf("pow(x,8)", "1", "0");
     for (const bool loads : {true, false}) {
         Instrument instrument(folder.Path(), Addons::None);
         vexa::Engine& engine = instrument.Engine();

@@ -55,6 +55,20 @@ TEST(MessageQueue, AHandlerWithoutMemoryIsReportedAndTheNextMessageComes) {
     EXPECT_THAT(listener.codes, ElementsAre(3, 2));
 }
 
+/// A key or a pulse may have opened it.
+TEST(MessageQueue, NothingIsDeliveredWhileAnAlertWaits) {
+    test::AlertLog alerts;
+    MessageListener listener;
+    alerts.meanwhile = [&] {
+        BMessenger(&listener).SendMessage(BMessage(2));
+        test::Settle();
+        EXPECT_THAT(listener.codes, ElementsAre());
+    };
+    (new BAlert("Vexa", "Well?", "Ok"))->Go();
+    test::Settle();
+    EXPECT_THAT(listener.codes, ElementsAre(2));
+}
+
 TEST(MessageQueue, WhatIsForAHandlerThatHasGoneIsDropped) {
     auto listener = std::make_unique<MessageListener>();
     const BMessenger messenger(listener.get());

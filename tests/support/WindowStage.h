@@ -7,6 +7,7 @@
 #include "kits/interface/Window.h"
 
 #include <QImage>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -51,6 +52,8 @@ class AlertLog {
     std::string details;
     /// The button that is pressed; -1 for the last.
     int32 answer = -1;
+    /// Called while an alert waits for its answer, if set.
+    std::function<void()> meanwhile;
 };
 
 /// A window on the stage that holds one view and destroys it.

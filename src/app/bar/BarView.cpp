@@ -155,7 +155,8 @@ void BarView::ToggleRecording() {
         Announce("recorded " + kept->filename().string());
         record->SetRestingTip("The last recording is\n" + kept->string());
     } else {
-        ErrorAlert("The recording is not complete.", kept.Fault().text);
+        // A pulse may have noticed the end, and there are no further pulses before it returns.
+        ShowErrorAlert("The recording is not complete.", kept.Fault().text);
     }
     ShowRecording();
 }

@@ -44,14 +44,19 @@ void MessageQueue::Deliver() {
             if (target && target->handler)
                 target->handler->MessageReceived(&entry.message);
         } catch (...) {
-            delivering = false;
-            const std::lock_guard lock(mutex);
-            if (!entries.empty() && wake)
-                wake();
+            Resume(false);
             throw;
         }
     }
     delivering = false;
+}
+
+/// Sets `delivering` back, and has the event loop deliver what has been posted meanwhile.
+void MessageQueue::Resume(bool before) {
+    delivering = before;
+    const std::lock_guard lock(mutex);
+    if (!delivering && !entries.empty() && wake)
+        wake();
 }
 
 } // namespace kits

@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <utility>
 
 class BHandler;
 
@@ -41,7 +42,22 @@ class MessageQueue {
     /// through; the messages behind it come with the next call. Window thread.
     void Deliver();
 
+    /// While an object exists, nothing is delivered, whatever began it: a message, a key or a
+    /// pulse. Window thread.
+    class Pause {
+      public:
+        Pause() : before(std::exchange(Instance().delivering, true)) {}
+        ~Pause() { Instance().Resume(before); }
+        Pause(const Pause&) = delete;
+        Pause& operator=(const Pause&) = delete;
+
+      private:
+        const bool before;
+    };
+
   private:
+    void Resume(bool before);
+
     struct Entry {
         std::weak_ptr<HandlerTarget> target;
         BMessage message;

@@ -2,6 +2,7 @@
 #include "kits/interface/Alert.h"
 
 #include "kits/application/Interrupt.h"
+#include "kits/application/MessageQueue.h"
 #include "kits/interface/backends/ViewWidget.h"
 #include "kits/interface/backends/WindowWidget.h"
 
@@ -115,6 +116,7 @@ int32 BAlert::Go() {
     const std::unique_ptr<BAlert> self(this);
     if (SaidToNobody())
         return 0;
+    const kits::MessageQueue::Pause pause;
     if (const Responder& responder = CurrentResponder())
         return responder(*this);
     const auto [box, choices] = MakeBox();

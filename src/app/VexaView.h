@@ -429,8 +429,9 @@ class VexaView : public BView {
     std::string sourceRemark;
     /// The expression's field names the file of a sample or picture.
     bool namesSource = true;
-    /// The expression in the field is wrong and not installed, and the reason.
+    /// The expression in the field is wrong and not installed.
     bool expressionWrong = false;
+    /// The reason for that, or what is doubtful in the expression that plays.
     std::string refusal;
     /// The expression before the refused one that the user has entered; empty if there is none.
     std::optional<std::string> slip;
@@ -447,7 +448,7 @@ class VexaView : public BView {
     /// A typed formula that the plane does not show yet (null if there is none), and in
     /// `pulsesOfRest` the pulses since it was typed.
     std::shared_ptr<const Formula> typed;
-    /// The byte position of the fault in the typed text, if it has one.
+    /// The byte position of the fault or doubt in the typed text, if it has one.
     std::optional<std::size_t> faultPlace;
     int pulsesOfRest = 0;
 

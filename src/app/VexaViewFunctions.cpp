@@ -56,7 +56,8 @@ bool VexaView::Install(const Function& function) {
     return installed;
 }
 
-/// Marks an expression that could not be installed. Returns whether the function was installed.
+/// Marks an expression that could not be installed, and shows what is said about it. Returns
+/// whether the function was installed.
 bool VexaView::MarkInstalled(const Function& function, const FunctionReport& report) {
     const bool installed = Plays(report);
     slip.reset();
@@ -64,7 +65,7 @@ bool VexaView::MarkInstalled(const Function& function, const FunctionReport& rep
         fileMissing = false;
     if (function.kind == FunctionKind::Expression) {
         expressionWrong = !installed;
-        refusal = installed ? "" : report.text;
+        refusal = report.text;
         Field(FunctionField::Expression).MarkWrong(!installed);
         Field(FunctionField::Expression).SetToolTip(refusal.c_str());
     }

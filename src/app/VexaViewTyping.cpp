@@ -38,8 +38,8 @@ void VexaView::ShowPlaying(const PlaneFunction& f) {
     ShowFunction(f);
 }
 
-/// Shows a fault at once. A valid formula appears on the plane when the user pauses, and stays
-/// there while later texts are wrong; it is heard once confirmed.
+/// Shows a fault or a doubt at once. A valid formula appears on the plane when the user pauses, and
+/// stays there while later texts are wrong; it is heard once confirmed.
 void VexaView::TakeTyping() {
     BTextControl& field = Field(FunctionField::Expression);
     if (!field.IsEdited())
@@ -49,7 +49,7 @@ void VexaView::TakeTyping() {
     faultPlace = read.place;
     pulsesOfRest = 0;
     field.SetToolTip(read.reason.c_str());
-    if (typed)
+    if (read.reason.empty())
         hint->Withdraw();
     else
         hint->Explain(read.reason, PlaceOfFault());

@@ -224,6 +224,14 @@ TEST_F(VexaViewTest, WhatIsTypedIsExplainedAndShownAndHeardWhenItIsConfirmed) {
     type("0.5+x+x^2");
     EXPECT_GT(*view->Hint().Mark(), mark + 5);
     EXPECT_EQ(pixelAfterPulses(), kPlaying);
+    // A formula may be doubtful too; what is said about it stays once it plays.
+    type("1/3*x");
+    EXPECT_THAT(view->Hint().Lines(), Contains("write 1.0/3"));
+    EXPECT_EQ(pixelAfterPulses(), 0U);
+    Enter("Fxy", "1/3*x");
+    EXPECT_TRUE(view->Hint().IsHidden());
+    EXPECT_THAT(field.ToolTip(), HasSubstr("1/3 is 0"));
+    Enter("Fxy", "0.25");
     type("0.5");
     EXPECT_TRUE(view->Hint().IsHidden());
     EXPECT_STREQ(field.ToolTip(), "");

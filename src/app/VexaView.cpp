@@ -40,10 +40,16 @@ constexpr float kViewMargin = 10;
 constexpr const char* kDeviceGone =
     "The audio device has disappeared; there is no sound until it is back.";
 
-BAlert* NewErrorAlert(const std::string& text, const std::string& details = "") {
+/// What it means to the author of a formula that there is no add-on of it.
+constexpr const char* kPlaysWithoutAddon =
+    "The formula plays all the same. Only its faster form, which gcc makes, is missing.";
+
+BAlert* NewErrorAlert(const std::string& text, const std::string& details = "",
+                      const std::string& heading = "") {
     auto* alert =
         new BAlert("Error", text.c_str(), "Ok", nullptr, nullptr, B_WIDTH_AS_USUAL, B_STOP_ALERT);
     alert->SetDetails(details);
+    alert->SetHeading(heading);
     return alert;
 }
 
@@ -61,12 +67,14 @@ void VexaView::ErrorAlert(const std::string& text, const std::string& details) {
     NewErrorAlert(text, details)->Go();
 }
 
-void VexaView::ShowError(const kits::Error& error) {
+void VexaView::ShowError(const kits::Error& error, const std::string& heading) {
     Print(error);
     if (error.alerts.empty())
         ErrorAlert(error.text);
-    for (const std::string& alert : error.alerts)
-        ErrorAlert(alert, &alert == &error.alerts.back() ? Without(alert, error.text) : "");
+    for (const std::string& alert : error.alerts) {
+        const bool isLast = &alert == &error.alerts.back();
+        NewErrorAlert(alert, isLast ? Without(alert, error.text) : "", isLast ? heading : "")->Go();
+    }
 }
 
 void VexaView::Print(const kits::Error& error) {
@@ -366,7 +374,7 @@ void VexaView::Tend() {
     for (const std::string& alert : addon.alerts)
         text += (text.empty() ? "" : "\n\n") + alert;
     if (!text.empty())
-        NewErrorAlert(text, addon.text)->Show();
+        NewErrorAlert(text, addon.text, kPlaysWithoutAddon)->Show();
 }
 
 /// While the field of a controller number has the keyboard focus, takes the controller that moves.

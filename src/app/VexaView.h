@@ -235,8 +235,9 @@ class VexaView : public BView {
     /// `details`, if not empty, gives the reason.
     static void ErrorAlert(const std::string& text, const std::string& details = "");
     /// Prints the error (see Print), then shows each of its alerts by ErrorAlert, the last with the
-    /// rest of the error's text as details. An error without alerts shows its text.
-    static void ShowError(const kits::Error& error);
+    /// rest of the error's text as details and with `heading`. An error without alerts shows its
+    /// text.
+    static void ShowError(const kits::Error& error, const std::string& heading = "");
     /// Prints the error's text, if any, as a line on standard error.
     static void Print(const kits::Error& error);
 

@@ -13,6 +13,9 @@ namespace vexa {
 
 namespace {
 
+constexpr const char* kNotPlayable =
+    "The formula cannot be played: mend it in its field. What played before plays on.";
+
 /// Disables the field during its lifetime.
 class Pause {
   public:
@@ -47,7 +50,7 @@ bool VexaView::Install(const Function& function) {
     const bool installed = MarkInstalled(function, report);
     sourceRemark.clear();
     if (!installed) {
-        ShowError(report);
+        ShowError(report, isExpression ? kNotPlayable : "");
     } else if (IsNews(report, function)) {
         Print(report);
         if (!isExpression)

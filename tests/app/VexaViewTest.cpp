@@ -170,6 +170,7 @@ TEST_F(VexaViewTest, AnExpressionIsCompiledAndShown) {
     FinishAddon();
     ASSERT_EQ(alerts.texts.size(), 1U);
     EXPECT_THAT(alerts.texts[0], HasSubstr("There was an error while trying to compile"));
+    EXPECT_THAT(alerts.heading, HasSubstr("The formula plays"));
     EXPECT_EQ(PixelAt(10, 10), 127U);
     alerts.texts.clear();
     {
@@ -185,6 +186,8 @@ TEST_F(VexaViewTest, AnExpressionIsCompiledAndShown) {
     Enter("Fxy", "0.5 + fopen(x)");
     ASSERT_EQ(alerts.texts.size(), 1U);
     EXPECT_THAT(alerts.texts[0], HasSubstr("There was an error while trying to compile"));
+    EXPECT_THAT(alerts.heading, HasSubstr("mend it in its field"));
+    EXPECT_THAT(alerts.details, HasSubstr("character 7: "));
     EXPECT_EQ(PixelAt(10, 10), 127U);
     EXPECT_EQ(Text("Fxy"), "0.5 + fopen(x)");
     EXPECT_THAT(Field("Fxy").ToolTip(), HasSubstr("fopen"));

@@ -593,6 +593,22 @@ TEST_F(VexaViewTest, TabGoesOnFromTheNumbersOfAPointAsFromItsEnvelope) {
     EXPECT_FALSE(envelope.Entry());
     EXPECT_EQ(QApplication::focusWidget(), next);
     EXPECT_EQ(view->ConstructSound().envelopes[1][0].val, 0.5F);
+    // A text that is no number stays, to be mended later.
+    envelope.MakeFocus();
+    test::TypeKey(*window, Qt::Key_Return);
+    test::Type(*window, "half");
+    test::TypeKey(*window, Qt::Key_Tab);
+    test::Settle();
+    EXPECT_EQ(QApplication::focusWidget(), next);
+    ASSERT_TRUE(envelope.Entry());
+    EXPECT_STREQ(envelope.Entry()->Text(), "half");
+    EXPECT_THAT(envelope.Entry()->ToolTip(), HasSubstr("not a time and a value"));
+    envelope.Entry()->MakeFocus();
+    envelope.Entry()->Type("0 0.75");
+    test::TypeKey(*window, Qt::Key_Tab);
+    test::Settle();
+    EXPECT_FALSE(envelope.Entry());
+    EXPECT_EQ(view->ConstructSound().envelopes[1][0].val, 0.75F);
 }
 
 TEST_F(VexaViewTest, WhatIsNotSavedIsMarkedAndAskedAbout) {

@@ -118,6 +118,8 @@ class VexaView : public BView {
     /// Returns whether the sound differs, apart from authors that edits have set, from the one that
     /// was last loaded or saved, or its file has been deleted.
     bool Changed() const;
+    /// Returns whether two states of the present sound differ as little as Changed overlooks.
+    bool Match(const Sound& a, const Sound& b) const { return Steps().File().Match(a, b); }
     /// Notices whether the files of the sounds in both slots are still there. To be called after
     /// changes in the folders.
     void LookForFiles();

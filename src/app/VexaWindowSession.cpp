@@ -58,7 +58,8 @@ kits::Result<void> VexaWindow::SaveProject() {
 }
 
 bool VexaWindow::ProjectHasChanged() {
-    return !AreAlike(PresentProject(), savedProject);
+    const Project present = PresentProject();
+    return !AreAlike(present, savedProject) || !mainView->Match(present.sound, savedProject.sound);
 }
 
 void VexaWindow::ShowWindow(bool shown) {

@@ -399,6 +399,7 @@ class VexaView : public BView {
     void Become(const Sound& next);
     void EndJoining();
     void OpenOtherSlot();
+    bool OtherHas(const std::filesystem::path& path) const;
 
     kits::ProgramFolders folders;
     Attachment* const plugin;

@@ -336,9 +336,10 @@ void VexaView::SaveSound(const std::string& name) {
         return WriteSound(path, sound);
     };
     const std::function<void()> then = std::exchange(afterSaving, nullptr);
+    const std::filesystem::path path = folders.Own("sounds") / name;
+    const bool replacesOther = OtherHas(path);
     if (!Save(name, "sounds", write))
         return;
-    const std::filesystem::path path = folders.Own("sounds") / name;
     Steps().File().name = stem;
     Steps().File().path = path;
     Steps().File().digest = digest;
@@ -351,6 +352,9 @@ void VexaView::SaveSound(const std::string& name) {
     }
     Remember(path);
     TakeAsSaved();
+    // The other slot's sound is now nowhere but there.
+    if (replacesOther)
+        slots[1 - slot]->File().saved = Steps().File().saved;
     if (then)
         then();
 }

@@ -169,6 +169,17 @@ void VexaView::CopyToOther() {
     other.GiveUp(true);
 }
 
+/// Returns whether the file has what the other slot has read from it or written to it, and the
+/// present one has not.
+bool VexaView::OtherHas(const std::filesystem::path& path) const {
+    const std::optional<History>& other = slots[1 - slot];
+    if (!other || other->File().path != path)
+        return false;
+    const std::string digest = DigestOf(path);
+    const SoundFile& own = Steps().File();
+    return other->File().digest == digest && !(own.path == path && own.digest == digest);
+}
+
 bool VexaView::MayGiveUpAll(const std::function<void()>& then) {
     if (!MayGiveUp(then) || !MayGiveUpLeft(then))
         return false;

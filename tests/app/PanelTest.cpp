@@ -360,7 +360,7 @@ TEST_F(OwnFolderTest, ControlSAsksBeforeItReplacesWhatWasChangedElsewhere) {
     EXPECT_FALSE(view->Changed());
     // There is no question about what was written here.
     EXPECT_THAT(save(), ElementsAre());
-    // A copy in the other slot is of the same state of the file; each slot has its own after that.
+    // What one slot has saved the other may replace: the first slot's sound is there unsaved.
     Choose(vexa::kSoundLoadedCode, In("sounds/bell.xml"));
     view->SwitchAB();
     Choose(vexa::kSoundLoadedCode, mine);
@@ -368,6 +368,14 @@ TEST_F(OwnFolderTest, ControlSAsksBeforeItReplacesWhatWasChangedElsewhere) {
     view->SwitchAB();
     EXPECT_THAT(save(), ElementsAre());
     view->SwitchAB();
+    EXPECT_FALSE(view->Changed()) << "what the file had before";
+    for (int turn = 0; turn < 2; turn++) {
+        EXPECT_THAT(save(), ElementsAre());
+        EXPECT_FALSE(view->Changed());
+        view->SwitchAB();
+        EXPECT_TRUE(view->Changed());
+    }
+    changeElsewhere();
     EXPECT_THAT(save(), asks);
     // A file that has gone is written again.
     changeElsewhere();

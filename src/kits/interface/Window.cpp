@@ -41,7 +41,8 @@ void PulseTree(BView& view) {
 
 WindowWidget::WindowWidget(BWindow& window, Qt::WindowFlags flags)
     : QWidget(nullptr, flags), window(window) {
-    setFocusPolicy(Qt::StrongFocus);
+    // Not by Tab, because nothing would show where the keyboard is.
+    setFocusPolicy(Qt::ClickFocus);
     HeldKeys::Instance();
     connect(&pulse, &QTimer::timeout, this, [this] { Pulse(); });
     connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) {

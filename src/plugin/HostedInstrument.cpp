@@ -26,12 +26,13 @@ FunctionKind KindOf(Request request) {
                                          : FunctionKind::Expression;
 }
 
-/// Returns the fault of a function, or what is wrong with a file that plays all the same, in words
-/// for a plug-in, in which no compiler is involved; empty if there is neither.
+/// Returns the fault of a function, or what is wrong with a file or doubtful in a formula that
+/// plays all the same, in words for a plug-in, in which no compiler is involved; empty if there is
+/// neither.
 std::string Fault(const FunctionReport& report, const Function& function) {
-    if (report || function.kind != FunctionKind::Expression)
+    if (report.text.empty() || function.kind != FunctionKind::Expression)
         return Text(report);
-    return "The formula cannot be played: " + report.text;
+    return (report ? "In the formula, " : "The formula cannot be played: ") + report.text;
 }
 
 } // namespace

@@ -264,8 +264,7 @@ Result<Arrangement> RenderJob::Arrange(MidiFile midi) {
                                    : FaultIn(path, sound->function, report);
         if (!Plays(report))
             return fault;
-        // The compiler's own warnings are for standard error of those who write formulas.
-        if (sound->function.kind != FunctionKind::Expression && IsNews(report, sound->function))
+        if (IsNews(report, sound->function))
             Warn({fault.text});
         if (options.compile)
             Warn(NotCompiled(option ? option : FunctionOf(path), sound->function));

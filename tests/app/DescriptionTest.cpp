@@ -90,7 +90,7 @@ TEST_F(DescriptionTest, WhatIsSaidIsUndoneSavedReadBackAndListed) {
     const std::vector<std::string> first = Shown();
     EXPECT_EQ(first[0], *before.info.name);
     EXPECT_EQ(first[4], *before.info.comment);
-    EXPECT_TRUE(Line("name").IsFocus());
+    EXPECT_EQ(Described().Widget().focusWidget(), Line("name").Widget().Content());
 
     // Each is a step of its own, however soon it follows.
     Say("name", " Rolling hills ");
@@ -289,9 +289,13 @@ TEST_F(DescriptionTest, IsOpenedAndClosedInManyWaysAndLeavesNothingBehind) {
     EXPECT_EQ(Info().name, "typed") << "closing is leaving";
     auto& menu = dynamic_cast<BMenuField&>(*window->FindView("main menu"));
     emit menu.Widget().findChild<QToolButton*>()->menu()->aboutToShow();
-    menu.Menu()->FindItem("About This Sound (Ctrl I)")->Choose();
+    menu.Menu()->FindItem("About This Sound")->Choose();
     test::Settle();
     EXPECT_TRUE(isOpen());
+    // Behind the last control comes the first.
+    Comment().MakeFocus();
+    test::TypeKey(Described(), Qt::Key_Tab);
+    EXPECT_EQ(Described().Widget().focusWidget(), Line("name").Widget().Content());
     // The first Escape in a comment takes back the typing.
     Comment().MakeFocus();
     test::Type(Described(), "abc");

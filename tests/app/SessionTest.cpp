@@ -76,6 +76,7 @@ TEST_F(SessionTest, RemembersAll) {
         [&] { Pick(view->VoicesMenu(), vexa::VoicesCode(7)); },
         [&] { Pick(view->ChannelMenu(), vexa::ChannelCode(3)); },
         [&] { view->ChooseSource(""); },
+        [&] { view->DescribeSound("Anna", view->Played().State().info, "author"); },
         [&] { view->FollowPrograms(true); },
         [&] { view->NameSound("Zoë = 1"); },
     };

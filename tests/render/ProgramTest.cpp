@@ -686,6 +686,10 @@ TEST_F(RenderProgram, SaysWhichFunctionsItDoesNotCompileThoughItIsAskedTo) {
               "and y\n");
     EXPECT_THAT(warnings({"--compile", "--function", "1<<(int)x"}),
                 HasSubstr("--function is not compiled: C does not define all of its values\n"));
+    // Of what is compiled and what is not.
+    for (const char* product : {"1/3*x", "1/3*vel"})
+        EXPECT_THAT(warnings({"--compile", "--function", product}),
+                    HasSubstr("warning: --function: character 2: 1/3 is 0, "));
     EXPECT_THAT(warnings({"--compile", "--sound", "voice"}),
                 HasSubstr("/voice.xml is not compiled: it is a sample\n"));
     // Of the sounds that program changes choose too.

@@ -41,7 +41,7 @@ constexpr float kVoicesWidth = 92;
 constexpr float kMeterWidth = 64;
 constexpr float kRecordWidth = 44;
 constexpr float kSilenceWidth = 56;
-constexpr float kLeastName = 110;
+constexpr float kLeastName = 150;
 constexpr float kWidestName = 330;
 constexpr float kArrowButtonWidth = 20;
 constexpr float kArrowHeight = kBarHeight - 6;
@@ -251,6 +251,14 @@ void BarView::MouseDown(BPoint where) {
 void BarView::FrameResized(float, float) {
     Arrange();
     Invalidate();
+}
+
+float BarView::PreferredWidth() const {
+    float width =
+        kLeastName + 2 * kArrowButtonWidth + 3 * kButtonGap + kSilenceWidth + kVoicesWidth;
+    if (device)
+        width += kRecordWidth + kDeviceWidth + kMeterWidth + 3 * kButtonGap;
+    return width;
 }
 
 /// Places the views from the right; the name has the rest at the left, up to a maximum width. If

@@ -31,6 +31,9 @@ class BarView : public BView {
     BarView(BRect frame, VexaView& mainView);
     ~BarView() override;
 
+    /// Returns the width, as BRect::Width counts it, at which all of it has room.
+    float PreferredWidth() const;
+
     void Draw(BRect update) override;
     /// A press on the caption asks the window to describe the sound.
     void MouseDown(BPoint where) override;

@@ -340,7 +340,12 @@ TEST_F(RenderProgram, NotesThatTheFileNeverEndsFadeOutWithAWarning) {
     EXPECT_LT(peak(2, 2), 1e-3) << "both ears";
     EXPECT_THAT(render(pedalled, {}), none) << "the sound has no pedal";
     EXPECT_THAT(render({on, {250, {0xB0, 123, 0}}}, {}), none) << "all notes off";
+    // Where there is no tail, or one that is too short for the fade, the tune's own end fades.
     EXPECT_THAT(render({on, off}, {"--tail", "0"}), none);
+    EXPECT_GT(peak(900, 400), 0.8 * peak(5000, 4000));
+    EXPECT_LT(peak(1, 1), 0.01 * peak(5000, 4000)) << "in the middle of a tone";
+    EXPECT_THAT(render({on, {250, {0x80, 73, 0}}}, {"--tail", "0"}), warning("1 note is"));
+    EXPECT_LT(peak(1, 1), 0.01 * peak(5000, 4000));
 }
 
 TEST_F(RenderProgram, BadInputIsNamedAndNothingIsLost) {

@@ -350,7 +350,9 @@ TEST_F(ClapPlugin, EightInstancesPlayWhatVexaRenderPlays) {
             Play(host, expected.size() / channels - ears[0].size(), ears);
             EXPECT_GT(Level(ears[0]), 1e-3);
             EXPECT_FALSE(host.beyond);
-            for (std::size_t s = 0; s < expected.size(); s++) {
+            // The end of the file fades.
+            const std::size_t faded = channels * static_cast<std::size_t>(rate / 100);
+            for (std::size_t s = 0; s < expected.size() - faded; s++) {
                 const double difference =
                     std::abs(double(expected[s]) - ears[s % channels][s / channels]);
                 worst = std::max(worst, difference);

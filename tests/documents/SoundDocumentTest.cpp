@@ -288,7 +288,7 @@ TEST(SoundDocument, WhatIsNotReadIsToldOnceWithItsPlaceAndWhatWasExpected) {
             "s:10:1: " + root + "an element <playing2>"));
     EXPECT_EQ(sound.texts[30], "1");
     EXPECT_EQ(sound.texts[31], "3");
-    EXPECT_EQ(sound.playing->texts[3], "3");
+    EXPECT_EQ(sound.playing->Of("bend"), "3");
 }
 
 TEST(SoundDocument, PlayingBelongsToTheSoundAloneAndMayBeEmpty) {
@@ -304,14 +304,14 @@ TEST(SoundDocument, PlayingBelongsToTheSoundAloneAndMayBeEmpty) {
     ApplyPlaying(empty, {}, playing);
     EXPECT_TRUE(playing.given);
     PlayingTexts choice;
-    choice.texts[3] = "7";
+    choice.Of("bend") = "7";
     ApplyPlaying(sound, choice, playing);
     EXPECT_TRUE(playing.given) << "a choice is as if the sound had it";
     EXPECT_EQ(playing.bend, 7);
     ApplyPlaying(sound, {}, playing);
     EXPECT_FALSE(playing.given);
     PlayingTexts finer;
-    finer.texts[7] = "4";
+    finer.Of("oversample") = "4";
     ApplyPlaying(sound, finer, playing);
     EXPECT_EQ(playing.Oversampling(), 4);
     EXPECT_FALSE(playing.given) << "how finely is not how";

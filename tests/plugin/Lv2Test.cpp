@@ -450,7 +450,7 @@ TEST_F(Lv2, KnobsStayOutOfTheDocumentAndAboveTheSound) {
     EXPECT_EQ(host.Save(), before);
     // A sound may set the oversampling, and a control may override it; the latency is reported.
     Sound fine = WithFormula("sin(x)*cos(y)");
-    fine.playing.emplace().texts[7] = "4";
+    fine.playing.emplace().Of("oversample") = "4";
     host.Restore({{"document", SoundText(fine)}});
     const std::pair<float, float> told[] = {{0, 96}, {1, 0}, {2, 96}, {0, 96}, {16, 96}, {-3, 96}};
     for (const auto& [knob, delay] : told) {
@@ -472,7 +472,7 @@ TEST_F(Lv2, ALowerVoiceLimitSparesTheKeysThatAreHeldAndNoOthers) {
     host.Restore({{"document", TextOf("sin(x)")}});
     const float three = play(0x90);
     Sound one = WithFormula("sin(x)");
-    one.playing.emplace().texts[0] = "1";
+    one.playing.emplace().Of("polyphony") = "1";
     host.Restore({{"document", SoundText(one)}});
     host.Run(8192);
     EXPECT_GT(Peak(host.Run(8192)), 0.9F * three);

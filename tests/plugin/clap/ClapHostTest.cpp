@@ -36,11 +36,7 @@ std::string Circle(const std::string& expression) {
     Sound sound;
     sound.function.expression = expression;
     sound.envelopes[2] = sound.envelopes[3] = {{0, false, 0}, {0.01F, false, 1}, {0.05F, true, 0}};
-    sound.playing.emplace();
-    for (std::size_t i = 0; i < kPlayingRows; i++) {
-        if (PlayingRows()[i].name == "pressure")
-            sound.playing->texts[i] = "2";
-    }
+    sound.playing.emplace().Of("pressure") = "2";
     return SoundText(sound);
 }
 

@@ -116,7 +116,7 @@ std::string FaultsOf(const MXFragment& element) {
         if (text.empty())
             fault = std::string("expected ") + name + "=" + form;
         else if (fault = faultOf(text); !fault.empty())
-            fault = std::string(name) + ": " + fault;
+            fault.insert(0, std::string(name) + ": ");
         if (!fault.empty())
             faults += (faults.empty() ? "" : "; ") + fault;
     }

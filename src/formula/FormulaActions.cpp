@@ -130,6 +130,7 @@ FormulaActions::Part FormulaActions::Call(const MathFunction& function, const To
         return Input(name, {FunctionInput::Kind::Controller, number});
     }
     std::vector<Value> values;
+    values.reserve(arguments.size());
     for (const Part& argument : arguments)
         values.push_back(argument.value);
     return {CallMaths(graph, function, name.text, values)};

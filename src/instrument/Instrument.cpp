@@ -137,7 +137,7 @@ bool Instrument::EditPlaying(const PlayingRow& row, const std::optional<std::str
     if (text && !PlayingValue(row, *text))
         return false;
     PlayingTexts next = sound.playing.value_or(PlayingTexts());
-    auto& present = next.texts[static_cast<std::size_t>(&row - PlayingRows().data())];
+    std::optional<std::string>& present = next.Of(row.name);
     // A field may be confirmed without a change.
     if (present != text)
         sound.author = user;

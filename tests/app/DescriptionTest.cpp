@@ -157,6 +157,7 @@ TEST_F(DescriptionTest, ANameThatNobodyHasGivenFollowsTheFile) {
     Enter("Fy", "3");
     SaveAs("first.xml");
     EXPECT_EQ(Info().name, "first");
+    EXPECT_EQ(vexa::ReadSound(In("sounds/first.xml"))->info.name, "first");
     Pulse();
     EXPECT_EQ(Shown()[0], "first");
     EXPECT_FALSE(view->Changed());
@@ -255,6 +256,16 @@ TEST_F(DescriptionTest, WhatIsTypedBelongsToTheSoundThatItWasTypedFor) {
     view->Undo();
     EXPECT_EQ(Info().tags, "for the first");
     Pulse();
+    // What is entered changes no other part, which may have changed meanwhile.
+    const std::optional<std::string> name = Info().name;
+    Say("name", "Taken back");
+    Line("tags").MakeFocus();
+    Line("tags").Type("late");
+    Comment().MakeFocus();
+    view->Undo();
+    test::Settle();
+    EXPECT_EQ(Info().name, name);
+    EXPECT_EQ(Info().tags, "late");
     // A change of another part leaves what is being typed.
     Line("tags").MakeFocus();
     Line("tags").Type("half");

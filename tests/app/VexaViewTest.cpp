@@ -6,6 +6,7 @@
 #include "app/strip/Knob.h"
 #include "app/strip/Strip.h"
 #include "documents/SoundDocument.h"
+#include "kits/interface/backends/ViewWidget.h"
 #include "kits/midi/MidiLocalProducer.h"
 #include "kits/midi/MidiRoster.h"
 #include "support/Environment.h"
@@ -728,6 +729,7 @@ TEST_F(VexaViewTest, AFieldThatIsNotWhollyANumberIsMarked) {
         Enter(field, text);
         EXPECT_THAT(Field(field).ToolTip(), HasSubstr(tip)) << text;
         EXPECT_EQ(*Field(field).ToolTip() == 0, *tip == 0) << text;
+        EXPECT_EQ(Field(field).Widget().Content()->property("wrong").toBool(), *tip != 0) << text;
     }
 }
 

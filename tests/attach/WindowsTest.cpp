@@ -146,7 +146,7 @@ TEST_F(WindowsOfAPlugin, EditsAreHeardAndWhatPlaysIsSeenWhileTheAudioSideNeverWa
     window->Edit(sound);
     sound.envelopes[2][0].val = 0.5F;
     window->Edit(sound);
-    sound.playing.emplace().texts[0] = "3";
+    sound.playing.emplace().Of("polyphony") = "3";
     window->Edit(sound);
     Await([&] { return instrument.State() == SoundText(sound); });
     Await([&] { return peak > 0.3F; });

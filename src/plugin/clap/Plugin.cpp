@@ -55,7 +55,7 @@ Plugin::Plugin(const clap_host& host, const std::filesystem::path& content)
     const Knobs untouched = UntouchedKnobs();
     std::copy(untouched.begin(), untouched.end(), knobs.begin());
     if (!instrument.StartFault().empty())
-        Tell(instrument.StartFault().c_str());
+        Tell(instrument.StartFault());
 }
 
 bool Plugin::Activate(double next) noexcept {

@@ -36,8 +36,9 @@ std::string Fault(const FunctionReport& report, const Function& function) {
 
 } // namespace
 
-HostedInstrument::HostedInstrument(kits::ProgramFolders programFolders, double rate)
-    : folders(std::move(programFolders)) {
+HostedInstrument::HostedInstrument(kits::ProgramFolders programFolders, double rate,
+                                   std::function<void()> wake)
+    : folders(std::move(programFolders)), wake(std::move(wake)) {
     oversampler.SetFrameRate(rate);
     instrument.Playing().renderer.SetGain(VoiceRenderer::kUsualGain);
     const DefaultSound read = ReadDefaultSound(folders);

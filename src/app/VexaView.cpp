@@ -102,6 +102,8 @@ VexaView::~VexaView() {
     closing = true;
     if (plugin)
         OfferEdits();
+    else
+        graph->CloseRecording();
     kits::AtGestureEdges(nullptr);
     keyboard.ReleaseAll();
     desk->LetGo();

@@ -94,12 +94,19 @@ class HostedInstrument {
     /// becomes false, and nothing changes, if the document cannot be used. Returns a message as
     /// Work does.
     std::string Restore(const std::string& document, const std::string& file, bool& taken);
-    /// Returns the file of the sound's sample or picture; no value for an expression.
-    std::optional<std::filesystem::path> FunctionFile();
-    /// Returns the files of the tuning, which belongs to the player and not to the sound.
-    TuningChoice TunedBy();
+    /// What a session keeps.
+    struct Kept {
+        /// The whole sound.
+        std::string document;
+        /// The file of its sample or picture; no value for an expression.
+        std::optional<std::filesystem::path> file;
+        /// The files of the tuning, which belongs to the player and not to the sound.
+        TuningChoice tuning;
+    };
+    /// Returns what plays at one moment.
+    Kept Keep();
     /// Restores the tuning of a session. If the files cannot be read equal temperament plays, and
-    /// TunedBy still returns them. Returns a message as Work does.
+    /// Keep still returns them. Returns a message as Work does.
     std::string RestoreTuning(const TuningChoice& choice);
 
     // The following are for windows, each of which shows the sound and edits it (window/Windows.h).

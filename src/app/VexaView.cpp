@@ -76,6 +76,8 @@ VexaView::~VexaView() {
     closing = true;
     if (plugin)
         OfferEdits();
+    else
+        graph->CloseRecording();
     kits::AtGestureEdges(nullptr);
     keyboard.ReleaseAll();
     desk->LetGo();

@@ -37,8 +37,9 @@ std::string Fault(const FunctionReport& report, const Function& function) {
 
 } // namespace
 
-HostedInstrument::HostedInstrument(kits::ProgramFolders programFolders, double rate)
-    : folders(std::move(programFolders)) {
+HostedInstrument::HostedInstrument(kits::ProgramFolders programFolders, double rate,
+                                   std::function<void()> wake)
+    : folders(std::move(programFolders)), wake(std::move(wake)) {
     oversampler.SetFrameRate(rate);
     instrument.Engine().renderer.SetGain(VoiceRenderer::kUsualGain);
     const DefaultSound read = ReadDefaultSound(folders);
@@ -255,9 +256,9 @@ std::string HostedInstrument::Install(Sound next, const std::string& file, bool&
     return Fault(report, own);
 }
 
-std::optional<std::filesystem::path> HostedInstrument::FunctionFile() {
+HostedInstrument::Kept HostedInstrument::Keep() {
     const std::lock_guard lock(documents);
-    return PresentFile();
+    return {SoundText(instrument.State()), PresentFile(), tunedBy};
 }
 
 /// Returns the file that plays, which the document may name by a path of another machine; a missing
@@ -265,11 +266,6 @@ std::optional<std::filesystem::path> HostedInstrument::FunctionFile() {
 std::optional<std::filesystem::path> HostedInstrument::PresentFile() const {
     const auto named = FileOf(instrument.State().function, folders);
     return named && !instrument.File().empty() ? instrument.File() : named;
-}
-
-TuningChoice HostedInstrument::TunedBy() {
-    const std::lock_guard lock(documents);
-    return tunedBy;
 }
 
 std::string HostedInstrument::RestoreTuning(const TuningChoice& choice) {

@@ -47,6 +47,9 @@ constexpr float kArrowButtonWidth = 20;
 constexpr float kArrowHeight = kBarHeight - 6;
 constexpr float kBarInset = 8;
 
+constexpr const char* kElsewhereTip =
+    "What is heard is recorded already, into the file that --record names, until Vexa ends";
+
 /// The time for which an announcement is shown, in pulses.
 constexpr int kAnnouncementPulses = 60;
 
@@ -145,7 +148,7 @@ void BarView::MessageReceived(BMessage* message) {
 }
 
 void BarView::ToggleRecording() {
-    if (!recorder)
+    if (!recorder || RecordsElsewhere())
         return;
     if (!recorder->IsRecording()) {
         if (const auto begun = recorder->Begin(mainView.SoundName()); !begun)
@@ -161,7 +164,16 @@ void BarView::ToggleRecording() {
     ShowRecording();
 }
 
+/// Returns whether the recording of the command line is in progress.
+bool BarView::RecordsElsewhere() const {
+    return !IsRecording() && mainView.Graph().Records();
+}
+
 void BarView::ShowRecording() {
+    if (const bool can = !RecordsElsewhere(); record->IsEnabled() != can) {
+        record->SetEnabled(can);
+        record->SetRestingTip(can ? "" : kElsewhereTip);
+    }
     record->Show(IsRecording() ? std::optional(recorder->Seconds()) : std::nullopt);
 }
 

@@ -134,7 +134,7 @@ TEST_F(AttachedView, ShowsWhatPlaysSendsWhatIsDoneAndNothingElse) {
     }
     plugin.reset();
     windows.Close();
-    EXPECT_TRUE(Playing() == sound);
+    EXPECT_TRUE(HostsSound() == sound);
 }
 
 TEST(Attachment, PluginsThatAreNoneAreNamed) {

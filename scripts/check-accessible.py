@@ -4,8 +4,9 @@
 
 Starts an X server, a session bus, a JACK server without a device and vexa with all its parts shown,
 and reads the window's tree of accessible objects over AT-SPI. The exit code is 1 if a control or a
-part of one has no name, if two controls that are shown in one view have the same name, or if Tab does
-not reach every control that takes the keyboard and then return to the first.
+part of one has no name, if two controls that are shown in one view have the same name, if Tab does
+not reach every control that takes the keyboard and then return to the first, or if a view that draws
+itself does not tell what its keys choose and change.
 """
 import argparse
 import os
@@ -26,6 +27,19 @@ MOST_TABS = 400
 WINDOW_ROLES = ("window", "frame")
 # Roles of views that draw their parts themselves and have keys to move among them.
 PARTED_ROLES = ("chart", "list", "image", "grouping", "panel")
+FOCUS, VALUE, DESCRIPTION = ("object:state-changed:focused", "object:property-change:accessible-value",
+                             "object:property-change:accessible-description")
+# Views that draw themselves, a key for each, and the event and the role of what that key chooses or changes.
+KEYS = (("list", "sounds", "Down", FOCUS, "list item"),
+        ("list", "kinds of sounds", "Right", FOCUS, "list item"),
+        ("panel", "piano", "Right", FOCUS, "push button"),
+        ("panel", "piano", "space", DESCRIPTION, "push button"),
+        ("chart", "envelope of radius x", "alt+Right", FOCUS, "slider"),
+        ("chart", "envelope of radius x", "Down", VALUE, "slider"),
+        ("panel", "radius x", "Right", DESCRIPTION, "panel"),
+        ("slider", "knob a", "Up", VALUE, "slider"),
+        ("slider", "modulation", "Up", VALUE, "slider"),
+        ("check box", "hold", "space", "object:state-changed:checked", "check box"))
 SILENT_ROLES = {"filler", "frame", "application", "panel", "scroll pane", "layered pane", "viewport",
                 "separator", "scroll bar", "unknown", "window", "internal frame", "root pane"}
 
@@ -183,6 +197,38 @@ def faults_of_tabs(window, nodes):
     print(f"Tab: {len(reached)} places, {len(wanted)} that take the keyboard")
 
 
+def faults_of_keys(window):
+    """Presses the keys of KEYS, and yields those after which nothing is told."""
+    import pyatspi
+    from gi.repository import GLib
+    told = []
+    def listen(event):
+        told.append((event.type, event.source.getRoleName(), event.source.name))
+    def heard(found, seconds):
+        """Takes the events of so many seconds, or until `found` is true of one; returns the first such."""
+        end = time.monotonic() + seconds
+        while time.monotonic() < end and not any(map(found, told)):
+            GLib.MainContext.default().iteration(False)
+            time.sleep(0.01)
+        return next(filter(found, told), None)
+    for kind in (FOCUS, VALUE, DESCRIPTION, "object:state-changed:checked"):
+        pyatspi.Registry.registerEventListener(listen, kind)
+    views = {(node.getRoleName(), node.name): node for node, _ in tree(window)}
+    for role, name, key, kind, of in KEYS:
+        view = views.get((role, name))
+        if view is None:
+            yield f"there is no {role} \"{name}\""
+            continue
+        view.queryComponent().grabFocus()
+        # Getting the focus is told too, and lasts.
+        heard(lambda _: False, 0.5)
+        told.clear()
+        subprocess.run(["xdotool", "key", key], check=True)
+        event = heard(lambda event: event[:2] == (kind, of), 3)
+        if not event or not event[2]:
+            yield f"{key} in the {role} \"{name}\" tells no {kind} of a {of}, only {told}"
+
+
 def walk(verbose):
     import pyatspi
     window = wait_for(lambda: next(
@@ -195,7 +241,7 @@ def walk(verbose):
         for node, path in nodes:
             if shown(node):
                 print("  " * len(path) + describe(node))
-    faults = list(faults_of_names(nodes)) + list(faults_of_tabs(window, nodes))
+    faults = list(faults_of_names(nodes)) + list(faults_of_tabs(window, nodes)) + list(faults_of_keys(window))
     print(f"{len(nodes)} things in the window, {len(faults)} faults")
     for fault in faults:
         print("check-accessible: " + fault)

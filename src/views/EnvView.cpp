@@ -108,6 +108,7 @@ void EnvView::SetColors(rgb_color behind, rgb_color line) {
 void EnvView::Publish() {
     selected.reset();
     ProduceCalcPts();
+    DescriptionChanged();
 }
 
 EnvView::Drag EnvView::DragOf(std::size_t index) const {
@@ -267,6 +268,7 @@ bool EnvView::KeyDown(const kits::KeyPress& press) {
     } else if (!Nudge(press)) {
         return false;
     }
+    DescriptionChanged();
     Invalidate();
     return true;
 }
@@ -415,6 +417,7 @@ void EnvView::Activate(std::optional<std::size_t> part) {
         return;
     chosen = *part;
     MakeFocus();
+    DescriptionChanged();
     Invalidate();
 }
 

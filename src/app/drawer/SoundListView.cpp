@@ -67,6 +67,7 @@ void SoundListView::SetRows(SoundList next, std::string emptyText) {
         }
     }
     ScrollTo(scroll);
+    DescriptionChanged();
     Invalidate();
 }
 

@@ -45,8 +45,11 @@ class SoundListView : public BView {
     void MoveCursor(std::size_t row);
     /// Returns the files of the visible rows, whose pictures are needed first.
     std::vector<std::filesystem::path> InSight() const;
-    /// Redraws the stars after a change of the favourites.
-    void FavouritesChanged() { Invalidate(); }
+    /// Shows the stars after a change of the favourites.
+    void FavouritesChanged() {
+        DescriptionChanged();
+        Invalidate();
+    }
 
     void Draw(BRect update) override;
     void MouseDown(BPoint where) override;

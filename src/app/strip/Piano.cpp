@@ -96,6 +96,8 @@ void Piano::Refresh() {
         if (changed[static_cast<std::size_t>(key)] && keys.Has(key))
             Invalidate(keys.FrameOf(key));
     }
+    if (changed[static_cast<std::size_t>(chosen)])
+        DescriptionChanged();
 }
 
 /// Releases the held key and plays `key`, if there is one.
@@ -127,6 +129,7 @@ void Piano::MouseDown(BPoint where) {
     if (const std::optional<int> key = keys.KeyAt(where)) {
         Play(key, VelocityAt(where, *key));
         chosen = *key;
+        DescriptionChanged();
     }
 }
 
@@ -161,6 +164,7 @@ void Piano::Choose(int key) {
         Scroll(-1);
     while (!keys.Has(chosen) && keys.First() + keys.Count() < PianoKeys::kWhiteKeys)
         Scroll(1);
+    DescriptionChanged();
     Invalidate();
 }
 
@@ -217,6 +221,7 @@ kits::AccessibleThing Piano::DescribePart(std::size_t index) const {
 void Piano::Activate(std::optional<std::size_t> part) {
     const int key = part && *part < seen.size() ? seen[*part] : chosen;
     chosen = key;
+    DescriptionChanged();
     Play(played == key ? std::nullopt : std::optional(key), kUsualVelocity);
 }
 

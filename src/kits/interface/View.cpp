@@ -5,7 +5,6 @@
 #include "kits/interface/backends/HeldKeys.h"
 #include "kits/interface/backends/ViewWidget.h"
 
-#include <QAccessible>
 #include <algorithm>
 #include <cmath>
 
@@ -439,14 +438,5 @@ void BView::SetAccessibleName(std::string_view words) {
 }
 
 void BView::DescriptionChanged() {
-    if (!QAccessible::isActive())
-        return;
-    QAccessibleEvent event(widget.get(), QAccessible::DescriptionChanged);
-    QAccessible::updateAccessibility(&event);
-    if (Describe().role != kits::AccessibleRole::Switch)
-        return;
-    QAccessible::State changed;
-    changed.checked = true;
-    QAccessibleStateChangeEvent turned(widget.get(), changed);
-    QAccessible::updateAccessibility(&turned);
+    widget->TellChanges();
 }

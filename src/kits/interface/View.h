@@ -183,8 +183,8 @@ class BView : public BHandler {
     virtual void Activate(std::optional<std::size_t> /*part*/) {}
     /// Sets the number of a part, or of the view if `part` is empty.
     virtual void SetNumber(std::optional<std::size_t> /*part*/, double /*value*/) {}
-    /// To be called by the view when its description has changed, so that screen readers are
-    /// notified.
+    /// To be called by the view when what it describes may have changed: itself, which part is the
+    /// chosen one, or that part. Screen readers are told the differences.
     void DescriptionChanged();
 
   private:

@@ -299,7 +299,6 @@ void PlaneOverlay::MoveNumber(OrbitNumber id, double value, double tidy) {
         anew = true;
     PlaceHandles();
     InvalidateLegend();
-    DescriptionChanged();
 }
 
 void PlaneOverlay::StepNumber(OrbitNumber id, int way, uint32 modifiers) {
@@ -373,6 +372,7 @@ void PlaneOverlay::PlaceHandles() {
             break;
         }
         moved |= handle->CenterAt({start.x + by.x, start.y + by.y});
+        handle->DescriptionChanged();
     }
     // Redraws the whole view, because of the lines between the handles.
     if (moved && ShowsHandles())

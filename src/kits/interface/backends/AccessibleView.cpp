@@ -200,6 +200,16 @@ class ViewInterface : public QAccessibleWidget, public Answers {
         }
         return QAccessibleWidget::text(which);
     }
+    /// The view's own actions, and the toolkit's to give it the keyboard.
+    QStringList actionNames() const override {
+        return Answers::actionNames() + QAccessibleWidget::actionNames();
+    }
+    void doAction(const QString& name) override {
+        if (name == setFocusAction())
+            QAccessibleWidget::doAction(name);
+        else
+            Answers::doAction(name);
+    }
     int childCount() const override { return Parts() + QAccessibleWidget::childCount(); }
     QAccessibleInterface* child(int index) const override {
         if (index < 0 || index >= Parts())

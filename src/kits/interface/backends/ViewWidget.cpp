@@ -224,6 +224,9 @@ void ViewWidget::focusInEvent(QFocusEvent* event) {
         focusCameByKeys =
             reason != Qt::MouseFocusReason && QApplication::mouseButtons() == Qt::NoButton;
     view.FocusChanged();
+    // Later, because the toolkit tells only after this event that the view has the keyboard.
+    QMetaObject::invokeMethod(
+        this, [this] { TellChosen(); }, Qt::QueuedConnection);
 }
 
 void ViewWidget::focusOutEvent(QFocusEvent* event) {

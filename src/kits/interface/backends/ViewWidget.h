@@ -59,6 +59,9 @@ class ViewWidget : public QWidget {
     void SetContent(QWidget* next);
     QWidget* Content() const { return content; }
     void StartAnimation();
+    /// Tells screen readers, if there are any, how the view and its chosen part differ from what
+    /// they were told last.
+    void TellChanges();
 
   protected:
     void paintEvent(QPaintEvent* event) override;
@@ -82,6 +85,8 @@ class ViewWidget : public QWidget {
     bool Contains(BPoint point) const;
     void Leave();
     void Animate();
+    /// Tells screen readers which part is the chosen one if the view still has the keyboard.
+    void TellChosen();
 
     BView& view;
     QWidget* content = nullptr;
@@ -96,6 +101,11 @@ class ViewWidget : public QWidget {
     QElapsedTimer sinceFrame;
     /// True if the pointer was inside at the last event.
     bool inside = false;
+    /// What screen readers were told last. `chosen` is the index of `part`, -1 if there was none.
+    struct {
+        AccessibleThing whole, part;
+        int chosen = -1;
+    } told;
 };
 
 } // namespace kits

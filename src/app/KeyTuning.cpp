@@ -38,7 +38,7 @@ std::string KeyTuning::Told() const {
     std::string text = scale ? scale->filename().string() : "twelve equal steps";
     if (keymap)
         text += " by " + keymap->filename().string();
-    if (const float hertz = present[kA4]; hertz > 0)
+    if (const double hertz = A4(); hertz > 0)
         text += ", with A4 at " + kits::ShortText(hertz) + " Hz";
     return text;
 }

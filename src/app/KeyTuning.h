@@ -31,6 +31,8 @@ class KeyTuning {
     const TuningChoice& Chosen() const { return parts.choice; }
     /// Returns the tuning that plays.
     const Tuning& Present() const { return present; }
+    /// Returns the frequency of A4 in Hz as it was chosen, else as it plays; 0 if it is silent.
+    double A4() const { return parts.choice.a4.value_or(present[kA4]); }
 
   private:
     void Play(TuningParts next, const Tuning& tuning);

@@ -319,8 +319,9 @@ TEST_F(StripTest, TheTuningIsChosenAndAFaultLeavesTheOneBefore) {
     EXPECT_NEAR(hertz(69), 400, 1e-3);
     // A file that was read need not be there any more.
     std::filesystem::rename(In("five.scl"), In("moved.scl"));
-    Enter("A4, hertz", "432");
-    EXPECT_NEAR(hertz(69), 432, 1e-3);
+    Enter("A4, hertz", "432.1");
+    EXPECT_EQ(Text("A4, hertz"), "432.1 Hz");
+    EXPECT_NEAR(hertz(69), 432.1, 1e-3);
     EXPECT_NEAR(hertz(71) / hertz(69), std::exp2(0.4), 1e-5);
     std::filesystem::rename(In("moved.scl"), In("five.scl"));
     for (int times = 0; times < 2; times++) {

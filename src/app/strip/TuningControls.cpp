@@ -65,7 +65,7 @@ void TuningControls::Refresh() {
     if (choice == mainView.KeyTuning().Chosen())
         return;
     choice = mainView.KeyTuning().Chosen();
-    a4->Show(mainView.KeyTuning().Present()[kA4]);
+    a4->Show(mainView.KeyTuning().A4());
     FillMenu();
 }
 
@@ -147,7 +147,7 @@ void TuningControls::MessageReceived(BMessage* message) {
         change.a4 = text ? hertz : 0;
         Choose(change);
         // Also if the tuning is still the one before.
-        return a4->Show(mainView.KeyTuning().Present()[kA4]);
+        return a4->Show(mainView.KeyTuning().A4());
     }
     default:
         return CellGrid::MessageReceived(message);

@@ -64,7 +64,7 @@ bool VexaView::TakeOpening(const BMessage& message) {
         plane->SavePanel().Show();
         return true;
     case kEqualStepsCode:
-        keyTuning.Choose({{}, {}, keyTuning.Chosen().a4});
+        keyTuning.Choose({"", "", {}});
         return true;
     case B_SIMPLE_DATA:
         TakeDrop(message);
@@ -100,14 +100,8 @@ void VexaView::TakeDrop(const BMessage& message) {
 void VexaView::OpenBesideSound(const DroppedFiles& dropped) {
     if (dropped.terrain)
         Open(*dropped.terrain);
-    if (dropped.scale || dropped.keymap) {
-        TuningChoice next = keyTuning.Chosen();
-        if (dropped.scale)
-            next.scale = dropped.scale;
-        if (dropped.keymap)
-            next.keymap = dropped.keymap;
-        keyTuning.Choose(next);
-    }
+    if (dropped.scale || dropped.keymap)
+        keyTuning.Choose({dropped.scale, dropped.keymap, {}});
     TellWhatIsLeft(dropped);
 }
 
@@ -119,15 +113,11 @@ void VexaView::Remember(const std::filesystem::path& file) {
 }
 
 void VexaView::OpenScale(const std::string& path) {
-    TuningChoice next = keyTuning.Chosen();
-    next.scale = path;
-    keyTuning.Choose(next);
+    keyTuning.Choose({path, {}, {}});
 }
 
 void VexaView::OpenKeymap(const std::string& path) {
-    TuningChoice next = keyTuning.Chosen();
-    next.keymap = path;
-    keyTuning.Choose(next);
+    keyTuning.Choose({{}, path, {}});
 }
 
 } // namespace vexa

@@ -485,14 +485,16 @@ void VexaWindow::MessageReceived(BMessage* message) {
 
 void VexaWindow::Begin(const AppOptions& options, kits::Recording* recording) {
     VexaView& view = *mainView;
-    const bool asks = options.tuning.scale || options.tuning.keymap || options.tuning.a4;
-    view.KeyTuning().Tune(asks || session ? options.tuning : RememberedTuning(view.Remembered()));
     if (options.mpe)
         view.Engine().consumer.ExpectMpe();
     view.FollowPrograms(options.programs);
     view.Prefer(options.playing);
     if (savedProject.windowShown)
         Show();
+    // What a remembered tuning lacks is told above the window.
+    const bool asks = options.tuning.scale || options.tuning.keymap || options.tuning.a4;
+    view.KeyTuning().Restore(asks || session ? options.tuning
+                                             : RememberedTuning(view.Remembered()));
     view.Record(recording);
     if (options.sound)
         view.LoadSound(*options.sound);

@@ -164,6 +164,9 @@ void Bank::Publish(bool listed) {
         next->sounds.push_back(each.entry);
         next->pictured = next->pictured && !each.sound;
     }
+    std::ranges::stable_sort(next->sounds, {}, [](const auto& entry) -> const std::string& {
+        return entry->alphabetical;
+    });
     std::shared_ptr<const BankView> last = std::move(next);
     {
         const std::lock_guard lock(mutex);

@@ -21,6 +21,7 @@ namespace vexa {
 
 /// A snapshot of a bank; immutable.
 struct BankView {
+    /// In the order of their names, regardless of case and accents.
     SoundList sounds;
     /// True once all sounds have been read.
     bool listed = false;

@@ -71,6 +71,7 @@ ReadEntry ReadSoundEntry(const std::filesystem::path& path, bool own) {
         entry.fault = OneLine(sound.Fault().text, path);
     }
     entry.searched = Searched(entry);
+    entry.alphabetical = kits::Folded(entry.name);
     return read;
 }
 

@@ -31,6 +31,8 @@ struct SoundEntry {
     std::string fault;
     /// All texts above that are shown, folded by FoldedText, for searches.
     std::string searched;
+    /// The name, folded too, for the order of a list.
+    std::string alphabetical;
     /// The picture; null until it is drawn, and for a sound that cannot be loaded.
     std::shared_ptr<const BBitmap> picture;
 };

@@ -13,7 +13,7 @@
 
 namespace vexa {
 
-/// Sounds in the order of their numbers. Entries are immutable: a changed sound has a new entry.
+/// Sounds in the order of a list. Entries are immutable: a changed sound has a new entry.
 using SoundList = std::vector<std::shared_ptr<const SoundEntry>>;
 
 /// The file names of the favourite sounds.

@@ -57,6 +57,9 @@ constexpr auto kNames = std::to_array<Slip>({
     {"theta", "write atan2(y, x)"},
 });
 
+/// Those of the names that other languages put between two operands.
+constexpr std::string_view kBetween[] = {"and", "or", "mod", "rem", "power", "if"};
+
 /// Signs of other notations. The refused token holds only the first byte of a sign.
 constexpr auto kSigns = std::to_array<Slip>({
     {"\xc3\x97", "to multiply write *"},
@@ -89,6 +92,39 @@ std::vector<std::string_view> KnownNames() {
     return names;
 }
 
+bool IsKnown(std::string_view name) {
+    const std::vector<std::string_view> known = KnownNames();
+    return std::ranges::find(known, name) != known.end() || FindMathFunction(name) || name == "ctl";
+}
+
+/// Returns the word in small letters.
+std::string Lowered(std::string_view word) {
+    std::string lower(word);
+    std::ranges::transform(lower, lower.begin(), [](char letter) {
+        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter | 0x20) : letter;
+    });
+    return lower;
+}
+
+/// Returns the known name that a word stands for, such as "x" for "X" or "M_PI" for "pi"; the word
+/// itself if there is none.
+std::string Meant(std::string_view word) {
+    const std::string lower = Lowered(word);
+    if (IsKnown(word))
+        return std::string(word);
+    if (IsKnown(lower))
+        return lower;
+    constexpr std::string_view kWrite = "write ";
+    for (const Slip& slip : kNames) {
+        if (slip.written != lower || !slip.advice.starts_with(kWrite))
+            continue;
+        const std::string_view advised = slip.advice.substr(kWrite.size());
+        if (const auto name = advised.substr(0, advised.find(',')); IsKnown(name))
+            return std::string(name);
+    }
+    return std::string(word);
+}
+
 /// Returns the number of edits that turn one name into the other, ignoring case: a character is
 /// inserted, deleted or replaced, or two neighbours are exchanged.
 std::size_t Distance(std::string_view a, std::string_view b) {
@@ -110,16 +146,15 @@ std::size_t Distance(std::string_view a, std::string_view b) {
 
 /// Returns the advice for a word that is not a known name, or an empty text.
 std::string NameAdvice(std::string_view word) {
-    std::string lower(word);
-    std::transform(lower.begin(), lower.end(), lower.begin(), [](char letter) {
-        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter | 0x20) : letter;
-    });
+    const std::string lower = Lowered(word);
     for (const Slip& slip : kNames) {
         if (slip.written == lower)
             return std::string(slip.advice);
     }
-    // There is no advice for a single letter, a word longer than any name, or a misplaced word of a
-    // type.
+    if (IsKnown(lower))
+        return "did you mean " + lower + "?";
+    // There is no advice for another single letter, a word longer than any name, or a misplaced
+    // word of a type.
     if (word.size() < 2 || word.size() > 20 || IsTypeWord(word))
         return "";
     // "xy" is the product of two names.
@@ -160,7 +195,7 @@ std::string ProductAdvice(std::string_view number) {
     if (number.size() > 40)
         return "";
     return "to multiply write " + std::string(number.substr(0, digits)) + "*" +
-           std::string(number.substr(digits));
+           Meant(number.substr(digits));
 }
 
 bool HasMoreClosing(std::string_view text) {
@@ -227,10 +262,8 @@ std::string AdviceFor(std::string_view formula, const ExpressionFault& fault) {
         return "for a magnitude write fabs(x)";
     // Either a name stands where one may, or an operator is missing before it.
     if (IsWord(here, name) && !EndsOperand(before)) {
-        const std::vector<std::string_view> known = KnownNames();
-        const bool isKnown = std::find(known.begin(), known.end(), name) != known.end();
         const bool isFunction = FindMathFunction(name) || name == "ctl";
-        if (!isKnown && !isFunction)
+        if (!IsKnown(name))
             return NameAdvice(name);
         if (!isFunction || after.text == "(")
             return "";
@@ -238,11 +271,12 @@ std::string AdviceFor(std::string_view formula, const ExpressionFault& fault) {
         const std::string_view argument = follows ? after.text : name == "ctl" ? "1" : "x";
         return "write " + std::string(name) + "(" + std::string(argument) + ")";
     }
+    if (IsWord(here, name) && std::ranges::find(kBetween, Lowered(name)) != std::end(kBetween))
+        return NameAdvice(name);
     if (EndsOperand(before) && (number || IsWord(here, name) || here.text == "(")) {
         const bool isShort = before.text.size() + here.text.size() < 40;
         return "to multiply write *" +
-               (isShort ? ": " + std::string(before.text) + "*" + std::string(here.text)
-                        : std::string());
+               (isShort ? ": " + std::string(before.text) + "*" + Meant(here.text) : std::string());
     }
     return "";
 }

@@ -13,6 +13,8 @@ namespace {
 constexpr std::string_view kBlanks = " \t";
 /// Some editors put this mark at the front of a UTF-8 text.
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+/// Editors of DOS put it, once or more often, at the end of a text.
+constexpr char kEndMark = '\x1A';
 
 } // namespace
 
@@ -20,6 +22,7 @@ ScalaLines::ScalaLines(std::string_view bytes, std::string name)
     : rest(bytes), name(std::move(name)) {
     if (rest.starts_with(kByteOrderMark))
         rest.remove_prefix(kByteOrderMark.size());
+    rest = rest.substr(0, rest.find_last_not_of(kEndMark) + 1);
 }
 
 bool ScalaLines::Next() {

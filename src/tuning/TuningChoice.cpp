@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tuning/TuningChoice.h"
 
-#include "tuning/Keymap.h"
-#include "tuning/Scale.h"
-
 #include <algorithm>
 
 namespace vexa {
@@ -11,26 +8,55 @@ namespace vexa {
 using kits::Error;
 using kits::Result;
 
-Result<Tuning> ReadTuning(const TuningChoice& choice) {
-    if (!choice.scale && !choice.keymap)
-        return EqualTemperament(choice.a4.value_or(kA4Hertz));
-    const Result<Scale> scale = choice.scale ? ReadScale(*choice.scale) : Scale();
-    if (!scale)
-        return scale.Fault();
-    Result<Keymap> keymap = choice.keymap ? ReadKeymap(*choice.keymap) : Keymap();
-    if (!keymap)
-        return keymap.Fault();
-    if (choice.a4) {
-        if (!keymap->PlaceOf(kA4))
-            return Error{choice.keymap->string() + ": the map leaves out key 69, which --a4 tunes"};
-        keymap->reference = kA4;
-        keymap->hertz = *choice.a4;
+namespace {
+
+/// Returns what the parts tune the keys to.
+Result<Tuning> TuningBy(const TuningParts& parts) {
+    const auto& [scaleFile, keymapFile, a4] = parts.choice;
+    if (!scaleFile && !keymapFile)
+        return EqualTemperament(a4.value_or(kA4Hertz));
+    Keymap keymap = parts.keymap;
+    if (a4) {
+        if (!keymap.PlaceOf(kA4))
+            return Error{keymapFile->string() +
+                         ": the map leaves out key 69, the A4 whose frequency is given"};
+        keymap.reference = kA4;
+        keymap.hertz = *a4;
     }
-    const Tuning tuning = TuningOf(*scale, *keymap);
+    const Tuning tuning = TuningOf(parts.scale, keymap);
     if (std::all_of(tuning.begin(), tuning.end(), [](float hertz) { return hertz == 0; }))
-        return Error{choice.keymap.value_or(choice.scale.value_or("")).string() +
+        return Error{keymapFile.value_or(scaleFile.value_or("")).string() +
                      ": no key would sound between 0.1 and 100000 Hz"};
     return tuning;
+}
+
+} // namespace
+
+Result<Tuning> TuningParts::Change(const TuningChoice& change) {
+    const auto chosen = [](const auto& path) {
+        return path->empty() ? std::nullopt : std::optional(*path);
+    };
+    if (change.scale) {
+        choice.scale = chosen(change.scale);
+        const Result<Scale> read = choice.scale ? ReadScale(*choice.scale) : Scale();
+        if (!read)
+            return read.Fault();
+        scale = *read;
+    }
+    if (change.keymap) {
+        choice.keymap = chosen(change.keymap);
+        const Result<Keymap> read = choice.keymap ? ReadKeymap(*choice.keymap) : Keymap();
+        if (!read)
+            return read.Fault();
+        keymap = *read;
+    }
+    if (change.a4)
+        choice.a4 = *change.a4 > 0 ? change.a4 : std::nullopt;
+    return TuningBy(*this);
+}
+
+Result<Tuning> ReadTuning(const TuningChoice& choice) {
+    return TuningParts().Change(choice);
 }
 
 } // namespace vexa

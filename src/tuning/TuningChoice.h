@@ -3,6 +3,8 @@
 #pragma once
 
 #include "kits/support/Result.h"
+#include "tuning/Keymap.h"
+#include "tuning/Scale.h"
 #include "tuning/Tuning.h"
 
 #include <filesystem>
@@ -25,8 +27,20 @@ struct TuningChoice {
     bool operator==(const TuningChoice&) const = default;
 };
 
-/// Reads the files. The error is that of a reader, or says that no key would sound, or that the map
-/// omits key 69 although its frequency is given. Any thread.
+/// A choice with its files as they were read, which need not be there any more. Any thread.
+struct TuningParts {
+    TuningChoice choice;
+    Scale scale;
+    Keymap keymap;
+
+    /// Takes over the parts that `change` holds, reading only their files; an empty path, or 0 for
+    /// the frequency, stands for the default. Returns the tuning. The error is that of a reader, or
+    /// says that no key would sound, or that the map omits key 69 although its frequency is given;
+    /// some of the parts may have changed then.
+    kits::Result<Tuning> Change(const TuningChoice& change);
+};
+
+/// Reads the files of a choice. The errors are those of TuningParts::Change. Any thread.
 kits::Result<Tuning> ReadTuning(const TuningChoice& choice);
 
 } // namespace vexa

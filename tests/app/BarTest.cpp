@@ -322,6 +322,23 @@ TEST_F(BarTest, AFrequencyThatCannotBePlayedIsNotRemembered) {
     }
 }
 
+TEST_F(BarTest, OfARememberedTuningAllThatCanBeReadHolds) {
+    const std::string gone = In("gone.scl").string();
+    settings->Set(vexa::kScaleSetting, gone);
+    settings->Set(vexa::kKeymapSetting,
+                  folder.Write("c.kbm", "0\n0\n100\n60\n60\n260\n0\n").string());
+    settings->Set(vexa::kA4Setting, 432.5);
+    Open(false);
+    window->Begin({}, nullptr);
+    EXPECT_FLOAT_EQ(view->KeyTuning().Present()[vexa::kA4], 432.5);
+    EXPECT_EQ(view->KeyTuning().Present()[101], 0) << "by the map";
+    EXPECT_THAT(alerts.texts,
+                ElementsAre(HasSubstr("twelve equal steps by c.kbm, with A4 at 432.5 Hz")));
+    EXPECT_THAT(alerts.details, HasSubstr(gone));
+    view->KeyTuning().Choose({{}, {}, 430});
+    EXPECT_EQ(settings->Get(vexa::kScaleSetting), gone) << "for when it is back";
+}
+
 TEST_F(BarTest, AWordThatNoSettingHasIsReported) {
     const auto file = folder.Write("settings", "colors = pink\nbrightness = dim\na4 = 0.5\n");
     settings = std::make_shared<vexa::Settings>(file);

@@ -317,8 +317,24 @@ TEST_F(StripTest, TheTuningIsChosenAndAFaultLeavesTheOneBefore) {
     Enter("A4, hertz", "0");
     EXPECT_THAT(Field("A4, hertz").ToolTip(), HasSubstr("1 to 20000"));
     EXPECT_NEAR(hertz(69), 400, 1e-3);
-    Enter("A4, hertz", "");
-    EXPECT_NEAR(hertz(69), 440, 1e-3);
+    // A file that was read need not be there any more.
+    std::filesystem::rename(In("five.scl"), In("moved.scl"));
+    Enter("A4, hertz", "432.1");
+    EXPECT_EQ(Text("A4, hertz"), "432.1 Hz");
+    EXPECT_NEAR(hertz(69), 432.1, 1e-3);
+    EXPECT_NEAR(hertz(71) / hertz(69), std::exp2(0.4), 1e-5);
+    std::filesystem::rename(In("moved.scl"), In("five.scl"));
+    for (int times = 0; times < 2; times++) {
+        Enter("A4, hertz", "");
+        EXPECT_NEAR(hertz(69), 440, 1e-3);
+        EXPECT_EQ(Text("A4, hertz"), "440 Hz");
+    }
+    std::ofstream(In("without.kbm")) << "2\n0\n127\n60\n60\n260\n12\n0\nx\n";
+    EXPECT_TRUE(tuning.Choose({"", In("without.kbm"), {}}));
+    const std::string before = Text("A4, hertz");
+    Enter("A4, hertz", "415");
+    EXPECT_EQ(Text("A4, hertz"), before) << "the map leaves it out";
+    EXPECT_EQ(alerts.texts.size(), 2U);
     {
         const test::CurrentFolder current(folder.Path());
         EXPECT_TRUE(tuning.Choose({"five.scl", "map.kbm", std::nullopt}));

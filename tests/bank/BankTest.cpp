@@ -4,11 +4,11 @@
 #include "bank/Bank.h"
 
 #include "bank/Thumbnail.h"
-#include "instrument/Programs.h"
 #include "support/Content.h"
 #include "support/Pictures.h"
 #include "support/SoundFiles.h"
 #include "support/TemporaryFolder.h"
+#include "synth/ParameterTable.h"
 
 #include <algorithm>
 #include <chrono>
@@ -95,8 +95,8 @@ std::array<int, 3> Pixel(const BBitmap& picture, int column, int row) {
     return {at[0], at[1], at[2]};
 }
 
-TEST_F(BankTest, TellsOfEachSoundInTheOrderOfPrograms) {
-    const fs::path own = Save("own/sounds/bass.xml", Named("My bass", "bass", "", "y"));
+TEST_F(BankTest, TellsOfEachSoundInTheOrderOfNamesAsPeopleRead) {
+    const fs::path own = Save("own/sounds/bass.xml", Named("Öl bass", "bass", "", "y"));
     Sound sampled;
     sampled.function.kind = FunctionKind::Sample;
     sampled.function.sampleFile = "tone.wav";
@@ -109,16 +109,12 @@ TEST_F(BankTest, TellsOfEachSoundInTheOrderOfPrograms) {
     // White on the left, black on the right.
     folder.Write("shipped/pictures/slope.png", test::Png(2, 1, {}, {255, 0}));
     const auto view = AwaitSounds(4);
-    std::vector<fs::path> paths;
-    for (const auto& entry : view->sounds)
-        paths.push_back(entry->path);
-    EXPECT_EQ(paths, Programs(folders));
+    EXPECT_THAT(Names(*view, {}), ElementsAre("Bell", "Öl bass", "pictured", "sampled"));
 
-    const SoundEntry& bass = *view->sounds[0];
+    const SoundEntry& bass = *view->sounds[1];
     EXPECT_EQ(bass.path, own);
     EXPECT_TRUE(bass.own);
-    EXPECT_EQ(bass.name, "My bass");
-    const SoundEntry& bell = *view->sounds[1];
+    const SoundEntry& bell = *view->sounds[0];
     EXPECT_FALSE(bell.own);
     EXPECT_EQ(bell.category, "bell");
     EXPECT_EQ(bell.tags, "bright");

@@ -31,6 +31,8 @@ TEST(FormulaFault, TellsThePlaceTheReasonAndWhatMayBeMeant) {
              {"1+min(x, y)", 2, "\"min\"", "fmin(x, y)"}, {"max(x,y)", 0, "\"max\"", "fmax(x, y)"},
              {"mod(x,2)", 0, "\"mod\"", "fmod"}, {"ln(x)", 0, "\"ln\"", "log(x)"},
              {"2x", 0, "not a number", "2*x"}, {"x+2.5sin(x)", 2, "not a number", "2.5*sin"},
+             {"2X", 0, "not a number", "2*x"}, {"2 pi", 2, "an operator", "2*M_PI"}, {"X", 0, "\"X\"", "mean x"},
+             {"x and y", 2, "an operator", "write &&"}, {"(x)Or y", 3, "an operator", "write ||"},
              {"2 x", 2, "an operator is expected", "2*x"}, {"x y", 2, "an operator", "x*y"},
              {"2(x+1)", 1, "an operator is expected", "write *"},
              {"(x)(y)", 3, "an operator is expected", "write *"}, {"xy", 0, "\"xy\"", "x*y"},

@@ -313,7 +313,7 @@ TEST(Menu, TellsWhatIsChosenToWhoCannotSeeIt) {
     EXPECT_EQ(told->text(QAccessible::Value), "max. 2 voices");
 }
 
-TEST(Menu, OpensForTheKeysAtTheMarkedItem) {
+TEST(Menu, OpensForTheKeysAtTheUsualOrTheMarkedItem) {
     Listener listener;
     auto* menu = new BPopUpMenu("mode");
     for (uint32 code = 1; code <= 3; code++)
@@ -322,7 +322,7 @@ TEST(Menu, OpensForTheKeysAtTheMarkedItem) {
     auto* field = new BMenuField({0, 0, 99, 20}, "mode", nullptr, menu);
     const test::Stage stage(field);
     auto* button = field->Widget().findChild<QToolButton*>();
-    menu->FindItem(1)->SetMarked(true);
+    menu->SetUsual("1");
     for (const Qt::Key key : {Qt::Key_Down, Qt::Key_Down, Qt::Key_Up, Qt::Key_Up}) {
         // Runs in the loop of the open menu.
         QTimer::singleShot(0, button, [button, key] {

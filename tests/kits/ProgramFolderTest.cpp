@@ -76,6 +76,10 @@ TEST_F(ProgramFoldersTest, AWordIsAPathThenAPersonsThenAShippedName) {
     EXPECT_EQ(Meant("bell"), "own/sounds/bell.xml");
     folder.Write("own/sounds/plain.xml", "mine");
     EXPECT_EQ(Meant("plain"), "own/sounds/plain.xml") << "a person's, under whichever name";
+    EXPECT_EQ(Meant("Bell"), "own/sounds/bell.xml");
+    folder.Write("shipped/sounds/glass-rings.xml", "newest");
+    EXPECT_EQ(Meant("Glass rings"), "shipped/sounds/glass-rings.xml") << "as lists show it";
+    EXPECT_EQ(Meant("Glassrings.xml"), "shipped/sounds/glass-rings.xml");
     folder.Write("here/bass", "at hand");
     fs::create_directory(folder.Path() / "here/bell");
     const test::CurrentFolder current(folder.Path() / "here");

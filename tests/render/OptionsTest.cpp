@@ -111,7 +111,8 @@ TEST(Options, RefusesValuesOutsideTheirRange) {
 TEST(Options, RefusesWrongUsage) {
     EXPECT_EQ(FaultOfLine({"--loud"}), "unknown or ambiguous option --loud");
     EXPECT_EQ(FaultOfLine({"--sam", "a"}), "unknown or ambiguous option --sam");
-    EXPECT_EQ(FaultOfLine({"-vx"}), "unknown option -v");
+    EXPECT_EQ(FaultOfLine({"-vx"}),
+              "unknown option -v; put -- before a file whose name begins with -");
     EXPECT_EQ(FaultOfLine({"--quiet=1"}), "--quiet takes no value");
     EXPECT_EQ(FaultOfLine({"--sound", ""}), "--sound needs a value");
     EXPECT_EQ(FaultOfLine({"--tuning", ""}), "--tuning needs a value");

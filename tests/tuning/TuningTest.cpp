@@ -259,7 +259,8 @@ TEST(Scale, TellsTheLineAndWhatWasExpectedThere) {
 }
 
 TEST(Keymap, ReadsShortAndLinearMaps) {
-    const auto keymap = ParseKeymap("! k\n4 ! size\n10\n20\n12\n13\n100.5\n7\n0\n3\nX\n\n", "k");
+    const auto keymap =
+        ParseKeymap("! k\n4 ! size\n10\n20\n12\n13\n100.5\n7\n0\n3\nX\n\n\x1A", "k");
     ASSERT_TRUE(keymap) << keymap.Fault().text;
     const Tuning tuning = vexa::TuningOf({}, *keymap);
     EXPECT_EQ(tuning[9], 0);
@@ -311,7 +312,7 @@ TEST(Tuning, SaysWhatCannotBeTunedOrHeard) {
     };
     const auto without = folder.Write("c.kbm", "2\n0\n127\n60\n60\n260\n12\n0\nx\n");
     EXPECT_EQ(fault({{}, without, 440}),
-              without.string() + ": the map leaves out key 69, which --a4 tunes");
+              without.string() + ": the map leaves out key 69, the A4 whose frequency is given");
     const auto far = folder.Write("far.scl", "d\n1\n100000.\n");
     const auto ends = folder.Write("ends.kbm", "0\n0\n10\n60\n60\n260\n0\n");
     EXPECT_EQ(fault({far, ends, {}}),

@@ -65,7 +65,7 @@ void TuningControls::Refresh() {
     if (choice == mainView.KeyTuning().Chosen())
         return;
     choice = mainView.KeyTuning().Chosen();
-    a4->Show(mainView.KeyTuning().Present()[kA4]);
+    a4->Show(mainView.KeyTuning().A4());
     FillMenu();
 }
 
@@ -94,8 +94,8 @@ void TuningControls::FillMenu() {
     (map ? map : usual)->SetMarked(true);
 }
 
-bool TuningControls::Choose(const TuningChoice& next) {
-    const bool chosen = mainView.KeyTuning().Choose(next);
+bool TuningControls::Choose(const TuningChoice& change) {
+    const bool chosen = mainView.KeyTuning().Choose(change);
     Refresh();
     return chosen;
 }
@@ -113,15 +113,15 @@ void TuningControls::OpenPanel(uint32 result, const char* title, const char* ext
 }
 
 void TuningControls::MessageReceived(BMessage* message) {
-    TuningChoice next = choice;
+    TuningChoice change;
     entry_ref ref;
     BPath path;
     switch (message->what) {
     case kEqualCode:
-        next.scale.reset();
+        change.scale = "";
         break;
     case kUsualMapCode:
-        next.keymap.reset();
+        change.keymap = "";
         break;
     case kSameScaleCode:
         return;
@@ -133,7 +133,7 @@ void TuningControls::MessageReceived(BMessage* message) {
     case kMapOpenedCode:
         if (message->FindRef("refs", &ref) != B_OK || BEntry(&ref, false).GetPath(&path) != B_OK)
             return;
-        (message->what == kScaleOpenedCode ? next.scale : next.keymap) = path.Path();
+        (message->what == kScaleOpenedCode ? change.scale : change.keymap) = path.Path();
         break;
     case kA4Code: {
         const std::optional<std::string> text = a4->Typed(*message);
@@ -144,13 +144,15 @@ void TuningControls::MessageReceived(BMessage* message) {
         a4->TellFault(text && !allowed ? "This must be a number from 1 to 20000" : "");
         if (text && !allowed)
             return;
-        next.a4 = text ? std::optional(hertz) : std::nullopt;
-        break;
+        change.a4 = text ? hertz : 0;
+        Choose(change);
+        // Also if the tuning is still the one before.
+        return a4->Show(mainView.KeyTuning().A4());
     }
     default:
         return CellGrid::MessageReceived(message);
     }
-    Choose(next);
+    Choose(change);
 }
 
 } // namespace vexa

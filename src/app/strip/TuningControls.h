@@ -28,9 +28,8 @@ class TuningControls : public CellGrid {
     /// Shows the main view's tuning.
     void Refresh();
     const TuningChoice& Choice() const { return choice; }
-    /// Reads the files of the choice and tunes the keys. Returns false if that fails, after an
-    /// alert, or if a plug-in plays.
-    bool Choose(const TuningChoice& next);
+    /// Changes the tuning and shows it (KeyTuning::Choose).
+    bool Choose(const TuningChoice& change);
 
     void MessageReceived(BMessage* message) override;
 

@@ -168,6 +168,7 @@ void BMenu::Fill(QMenu& toolkit) {
         group = new QActionGroup(&toolkit);
         group->setExclusive(true);
     }
+    const BMenuItem* usualItem = FindMarked() ? nullptr : FindItem(usual);
     for (const std::unique_ptr<BMenuItem>& item : items) {
         if (dynamic_cast<const BSeparatorItem*>(item.get())) {
             toolkit.addSeparator();
@@ -180,11 +181,12 @@ void BMenu::Fill(QMenu& toolkit) {
             continue;
         }
         QAction* action = toolkit.addAction(ShownLabel(*item, toolkit));
-        action->setCheckable(radio || item->IsMarked());
+        const bool isMarked = item->IsMarked() || item.get() == usualItem;
+        action->setCheckable(radio || isMarked);
         action->setActionGroup(group);
-        action->setChecked(item->IsMarked());
+        action->setChecked(isMarked);
         // The keys go on from here.
-        if (radio && item->IsMarked())
+        if (radio && isMarked)
             toolkit.setActiveAction(action);
         QObject::connect(action, &QAction::triggered, action,
                          [chosen = item.get()] { chosen->Choose(); });

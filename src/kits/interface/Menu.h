@@ -92,8 +92,8 @@ class BMenu {
     /// Returns the label of the marked item. While none is marked, returns the label set by
     /// SetUsual, initially empty.
     std::string Choice() const;
-    /// Sets the label of what holds until the user chooses an item. It is not shown, but screen
-    /// readers read it out.
+    /// Sets the label of what holds until the user chooses an item. It is not the menu's title, but
+    /// screen readers read it out, and the item of that label has the mark.
     void SetUsual(std::string_view label) { usual = label; }
 
     /// Fill a menu of the toolkit, and set a function that is called when the title may have

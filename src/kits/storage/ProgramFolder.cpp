@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <set>
+#include <string_view>
 
 #include <unistd.h>
 
@@ -29,6 +30,21 @@ bool IsFile(const fs::path& path) {
     std::error_code ignored;
     const fs::file_status status = fs::status(path, ignored);
     return fs::exists(status) && !fs::is_directory(status);
+}
+
+/// Returns a name without its ending, and without differences of case (ASCII), blanks, dashes and
+/// underscores.
+std::string Plain(std::string_view name) {
+    if (name.ends_with(kDocumentEnding))
+        name.remove_suffix(std::string_view(kDocumentEnding).size());
+    std::string plain;
+    for (const char c : name) {
+        if (c >= 'A' && c <= 'Z')
+            plain += static_cast<char>(c | 0x20);
+        else if (c != ' ' && c != '-' && c != '_')
+            plain += c;
+    }
+    return plain;
 }
 
 } // namespace
@@ -122,6 +138,11 @@ Result<fs::path> ProgramFolders::FindDocument(const char* folder, const fs::path
             if (const fs::path found = Find(folder, name); IsFile(found) && found == place / name)
                 return found;
         }
+    }
+    // Lists show "Wood block", whose file is woodblock.xml.
+    for (const std::string& name : Documents(folder)) {
+        if (Plain(name) == Plain(word.string()))
+            return Find(folder, name);
     }
     std::string text = "there is no file " + word.string();
     if (word.is_relative()) {

@@ -52,7 +52,8 @@ class ProgramFolders {
     /// Returns the names of all documents, a person's and the program's, each once, in byte order.
     std::vector<std::string> Documents(const char* folder) const;
     /// Finds the file that a word on a command line means: the file at that path, else the file of
-    /// that name, with or without ".xml". The error says where it was looked for.
+    /// that name, with or without ".xml", else the first document whose name differs only in case,
+    /// blanks, dashes and underscores. The error says where it was looked for.
     Result<std::filesystem::path> FindDocument(const char* folder,
                                                const std::filesystem::path& word) const;
     /// Returns true if a file, given by its normal path, counts as absent from the person's folder

@@ -467,14 +467,27 @@ TEST_F(ClapPlugin, KnobsHaveTextsAndNoOtherValues) {
         host.Set(0, info.name, info.min_value);
     }
     const std::pair<const char*, std::pair<double, const char*>> texts[] = {
-        {"Volume", {-6, "-6 dB"}},  {"Volume", {-41, "as the sound"}},  {"Mode", {2, "legato"}},
-        {"Oversampling", {4, "4"}}, {"Bend range", {2, "2 semitones"}}, {"Macro a", {0.25, "0.25"}},
+        {"Volume", {-6, "-6 dB"}},
+        {"Volume", {-41, "as the sound"}},
+        {"Mode", {2, "legato"}},
+        {"Oversampling", {4, "4"}},
+        {"Bend range", {2, "2 semitones"}},
+        {"Macro a", {0.25, "0.25"}},
+        {"MPE", {1, "on"}},
+        {"MPE", {0, "as configured by its message"}},
     };
     for (const auto& [name, row] : texts) {
         char text[64];
         params.value_to_text(host.plugin, host.Info(name).id, row.first, text, sizeof text);
         EXPECT_STREQ(text, row.second);
     }
+    double typed = 0;
+    const clap_id volume = host.Info("Volume").id;
+    for (const auto& [text, value] : {std::pair{"+3 dB", 3}, {"-6 db", -6}, {" +0.0 ", 0}}) {
+        EXPECT_TRUE(params.text_to_value(host.plugin, volume, text, &typed)) << text;
+        EXPECT_EQ(typed, value) << text;
+    }
+    EXPECT_FALSE(params.text_to_value(host.plugin, volume, "+-3", &typed));
     double ignored = 0;
     EXPECT_FALSE(params.get_value(host.plugin, 12345, &ignored));
     EXPECT_FALSE(params.get_info(host.plugin, params.count(host.plugin), &info));

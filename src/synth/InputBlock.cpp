@@ -24,6 +24,12 @@ VEXA_REALTIME double TimeOf(const RunningVoice& v, std::size_t i, double dt) noe
 
 } // namespace
 
+void InputBlock::Restart() noexcept {
+    ramps.fill(Ramp<float>());
+    source = nullptr;
+    begun = false;
+}
+
 void InputBlock::Advance(double rate, std::size_t newSmooth, std::size_t newOffset,
                          std::size_t count) noexcept {
     smooth = newSmooth;

@@ -152,6 +152,9 @@ void VoiceRenderer::Clear() noexcept {
         v = RunningVoice();
     offset = 0;
     apart = false;
+    ears.Restart();
+    mix.Restart();
+    inputs.Restart();
 }
 
 void VoiceRenderer::SetGain(float next) noexcept {

@@ -74,7 +74,8 @@ class VoiceRenderer {
     /// thread.
     void SetJoins(bool whether) noexcept { joins = whether; }
 
-    /// Drops all notes and their tails at once; notes that are still in the table begin again. Must
+    /// Drops all notes and their tails at once; notes that are still in the table begin again.
+    /// Volumes, macros and ears continue from the values that are then set, without a ramp. Must
     /// not be called while rendering.
     VEXA_REALTIME void Clear() noexcept;
 

@@ -11,6 +11,7 @@
 #include <limits>
 #include <memory>
 #include <thread>
+#include <tuple>
 #include <utility>
 
 #include <gmock/gmock.h>
@@ -526,31 +527,63 @@ TEST_F(ClapPlugin, ActivationsAndLatenciesMayComeInAnyOrder) {
     EXPECT_EQ(Level(host.Run(64)), 0) << "nothing is left of the note";
     // Behaves like a new instance, whatever happened before.
     host.Set(0, "Oversampling", 0);
+    for (ClapHost* each : {&host, &fresh}) {
+        ASSERT_TRUE(each->Load(Circle("x*(0.2+a+b+ctl(2)+ctl(7)+ctl(20))")));
+        each->Set(0, "Glide", 0.3);
+        each->Set(0, "Bend range", 2);
+    }
     fresh.Run(64);
     for (const double rate : {kNaN, 0.0, -1.0})
         EXPECT_FALSE(host.Activate(rate));
+    // Channel 0 receives a range of its wheel, and channel 15 a zone of MPE.
+    const auto live = [&] {
+        host.Modulate(0, "Macro b", 0.4);
+        for (const auto& [channel, controller, value] : {std::tuple{0, 7, 30},
+                                                         {0, 11, 50},
+                                                         {0, 16, 127},
+                                                         {0, 20, 5},
+                                                         {0, 64, 127},
+                                                         {0, 66, 127},
+                                                         {0, 101, 0},
+                                                         {0, 100, 0},
+                                                         {0, 6, 24},
+                                                         {15, 101, 0},
+                                                         {15, 100, 6},
+                                                         {15, 6, 3}})
+            host.Midi(0, {uint8_t(0xB0 + channel), uint8_t(controller), uint8_t(value)});
+        host.Midi(0, {0xE0, 0, 0x70});
+        host.Midi(0, {0xD0, 90, 0});
+        host.Note(kOn, 0, {1, 0, 84});
+        host.Note(kOn, 0, {2, 13, 84});
+        host.Run(333);
+    };
     for (const double rate : {384000.0, 8000.0, 8000.0, 48000.0}) {
         host.Activate(rate);
         host.Reset();
         host.Run(1);
-        host.Note(kOn, 0, {1, 0, 60});
-        host.Midi(0, {0xB0, 64, 127});
-        host.Run(333);
+        live();
         if (rate > 10000)
             host.plugin->deactivate(host.plugin);
         host.plugin->start_processing(host.plugin);
         host.plugin->stop_processing(host.plugin);
     }
+    const auto played = [](ClapHost& each) {
+        for (const int channel : {0, 13})
+            each.Note(kOn, 5, {1, channel, 60});
+        for (const int channel : {0, 13})
+            each.Midi(700, {uint8_t(0xE0 + channel), 0, 0x50});
+        each.Note(kOff, 1000, {});
+        return each.Run(8192);
+    };
+    const std::vector<float> expected = played(fresh);
+    EXPECT_GT(Level(expected), 1e-3);
     host.plugin->deactivate(host.plugin);
     host.plugin->deactivate(host.plugin);
     host.Activate(48000);
-    for (ClapHost* each : {&host, &fresh}) {
-        each->Note(kOn, 5, {1, 0, 60});
-        each->Note(kOff, 1000, {1, 0, 60});
-    }
-    const std::vector<float> expected = fresh.Run(8192);
-    EXPECT_EQ(host.Run(8192), expected);
-    EXPECT_GT(Level(expected), 1e-3);
+    EXPECT_EQ(played(host), expected);
+    live();
+    host.Reset();
+    EXPECT_EQ(played(host), expected);
 }
 
 TEST_F(ClapPlugin, NamesTheFaultOfADefaultSoundForWhichAnotherPlays) {

@@ -9,10 +9,12 @@ namespace vexa {
 
 namespace {
 
-BAlert* NewErrorAlert(const std::string& text, const std::string& details) {
+BAlert* NewErrorAlert(const std::string& text, const std::string& details,
+                      const std::string& heading = "") {
     auto* alert =
         new BAlert("Error", text.c_str(), "Ok", nullptr, nullptr, B_WIDTH_AS_USUAL, B_STOP_ALERT);
     alert->SetDetails(details);
+    alert->SetHeading(heading);
     return alert;
 }
 
@@ -30,16 +32,19 @@ void ErrorAlert(const std::string& text, const std::string& details) {
     NewErrorAlert(text, details)->Go();
 }
 
-void ShowErrorAlert(const std::string& text, const std::string& details) {
-    NewErrorAlert(text, details)->Show();
+void ShowErrorAlert(const std::string& text, const std::string& details,
+                    const std::string& heading) {
+    NewErrorAlert(text, details, heading)->Show();
 }
 
-void ShowError(const kits::Error& error) {
+void ShowError(const kits::Error& error, const std::string& heading) {
     Print(error);
     if (error.alerts.empty())
         ErrorAlert(error.text);
-    for (const std::string& alert : error.alerts)
-        ErrorAlert(alert, &alert == &error.alerts.back() ? Without(alert, error.text) : "");
+    for (const std::string& alert : error.alerts) {
+        const bool isLast = &alert == &error.alerts.back();
+        NewErrorAlert(alert, isLast ? Without(alert, error.text) : "", isLast ? heading : "")->Go();
+    }
 }
 
 void Print(const kits::Error& error) {

@@ -21,6 +21,8 @@ using std::chrono::milliseconds;
 
 /// The longest time that a plug-in may take to send its sound.
 constexpr std::chrono::seconds kPatience{5};
+/// The longest time in which the plug-in may take what is still to be sent when the window closes.
+constexpr std::chrono::seconds kFarewell{1};
 /// The longest wait before the window looks again whether it has something to offer.
 constexpr milliseconds kLook{15};
 
@@ -54,6 +56,12 @@ Attachment::Attachment(int descriptor)
 
 Attachment::~Attachment() {
     thread = {};
+    // A document may be longer than what the socket holds.
+    const auto end = std::chrono::steady_clock::now() + kFarewell;
+    while (link.IsOpen() && !link.IsIdle() && std::chrono::steady_clock::now() < end) {
+        link.Wait(kLook);
+        link.Pump();
+    }
     ::close(watched);
 }
 

@@ -23,6 +23,7 @@ class Attachment {
     /// Takes ownership of the descriptor of a connected socket and waits until the plug-in has sent
     /// its sound. The error says what is wrong with the other end.
     static kits::Result<std::unique_ptr<Attachment>> Begin(int descriptor);
+    /// Waits up to a second for the plug-in to take all that was sent.
     ~Attachment();
 
     /// From now on sends the message `code` to `target` when data has arrived, and about sixty

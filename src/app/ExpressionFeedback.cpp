@@ -53,7 +53,7 @@ void ExpressionFeedback::TakeTyping() {
     faultPlace = read.place;
     pulsesOfRest = 0;
     field.SetToolTip(read.reason.c_str());
-    if (typed)
+    if (read.reason.empty())
         hint->Withdraw();
     else
         hint->Explain(read.reason, PlaceOfFault());
@@ -62,7 +62,7 @@ void ExpressionFeedback::TakeTyping() {
 void ExpressionFeedback::EndTyping() {
     hint->Withdraw();
     typed.reset();
-    ShowRefusal();
+    ShowRemark();
     if (previewing)
         ShowSounding(sounding);
 }
@@ -80,15 +80,15 @@ void ExpressionFeedback::Pulse() {
     }
 }
 
-void ExpressionFeedback::SetRefusal(const std::optional<std::string>& next) {
-    refusal = next;
-    field.MarkWrong(refusal.has_value());
-    ShowRefusal();
+void ExpressionFeedback::SetRemark(const std::string& next, bool refuses) {
+    remark = next;
+    refused = refuses;
+    field.MarkWrong(refused);
+    ShowRemark();
 }
 
-/// Makes the field's tool tip the reason of the refusal, if there is one.
-void ExpressionFeedback::ShowRefusal() {
-    field.SetToolTip(refusal.value_or("").c_str());
+void ExpressionFeedback::ShowRemark() {
+    field.SetToolTip(remark.c_str());
 }
 
 } // namespace vexa

@@ -19,9 +19,9 @@ namespace vexa {
 class Formula;
 class R2RFView;
 
-/// While an expression is typed, shows its fault at once. A valid formula appears on the plane when
-/// the user pauses, and stays there while later texts are wrong; it is heard once confirmed. Tells
-/// in the field why a confirmed expression was refused. Window thread.
+/// While an expression is typed, shows its fault or doubt at once. A valid formula appears on the
+/// plane when the user pauses, and stays there while later texts are wrong; it is heard once
+/// confirmed. Tells in the field why a confirmed expression was refused. Window thread.
 class ExpressionFeedback {
   public:
     /// Adds the hint to `view`, below the field there, in front of all views that it has by now.
@@ -46,14 +46,14 @@ class ExpressionFeedback {
     void Pulse();
 
     /// Marks the expression in the field as wrong and not installed, for this reason.
-    void Refuse(const std::string& reason) { SetRefusal(reason); }
-    /// Takes the mark away.
-    void Accept() { SetRefusal(std::nullopt); }
-    bool IsRefused() const { return refusal.has_value(); }
+    void Refuse(const std::string& reason) { SetRemark(reason, true); }
+    /// Takes the mark away. `doubt`, if not empty, is what the author has probably not meant.
+    void Accept(const std::string& doubt) { SetRemark(doubt, false); }
+    bool IsRefused() const { return refused; }
 
   private:
-    void SetRefusal(const std::optional<std::string>& next);
-    void ShowRefusal();
+    void SetRemark(const std::string& next, bool refuses);
+    void ShowRemark();
     std::optional<float> PlaceOfFault() const;
     void Show(const PlaneFunction& f);
 
@@ -67,11 +67,13 @@ class ExpressionFeedback {
     /// A typed formula that the plane does not show yet (null if there is none), and in
     /// `pulsesOfRest` the pulses since it was typed.
     std::shared_ptr<const Formula> typed;
-    /// The byte position of the fault in the typed text, if it has one.
+    /// The byte position of the fault or doubt in the typed text, if it has one.
     std::optional<std::size_t> faultPlace;
     int pulsesOfRest = 0;
-    /// The reason why the confirmed expression was refused, if it was.
-    std::optional<std::string> refusal;
+    /// The confirmed expression was refused.
+    bool refused = false;
+    /// The reason for that, or what is doubtful in the expression that plays.
+    std::string remark;
 };
 
 } // namespace vexa

@@ -143,6 +143,7 @@ int HeadlessPlayer::Run(const kits::Interrupt& interrupt, kits::Recording* recor
             joined->session->Pulse(*this);
         }
     }
+    graph.CloseRecording();
     ending = true;
     Report(Clock::now() - start);
     return 0;

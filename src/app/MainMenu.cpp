@@ -15,8 +15,10 @@ namespace vexa {
 
 namespace {
 
-BMenuItem* Add(BMenu& menu, const std::string& label, uint32 code, const BHandler& target) {
+BMenuItem* Add(BMenu& menu, const std::string& label, uint32 code, const BHandler& target,
+               const char* keys = "") {
     auto* item = new BMenuItem(label.c_str(), new BMessage(code));
+    item->SetKeys(keys);
     menu.AddItem(item);
     item->SetTarget(&target);
     return item;
@@ -61,7 +63,7 @@ void AddTuning(BMenu& menu, const VexaView& view) {
 }
 
 void AddPlane(BMenu& menu, const PlaneOverlay& plane) {
-    auto* looks = new BMenu("Plane (F6, F7)");
+    auto* looks = new BMenu("Plane");
     plane.AddLooks(*looks);
     menu.AddItem(new BMenuItem(looks));
 }
@@ -73,9 +75,9 @@ void FillMainMenu(BMenu& menu, VexaWindow& window) {
     menu.RemoveAll();
     Add(menu, "Open…", kOpenCode, view);
     AddRecent(menu, view);
-    Add(menu, "Save Sound (Ctrl S)", kSaveAgainCode, view);
+    Add(menu, "Save Sound", kSaveAgainCode, view, "Ctrl+S");
     Add(menu, "Save Sound As…", kSaveSoundCode, view);
-    Add(menu, "About This Sound (Ctrl I)", kDescribeCode, window);
+    Add(menu, "About This Sound", kDescribeCode, window, "Ctrl+I");
     Add(menu, "Save Picture…", kSavePictureCode, view);
     Add(menu, "Show My Sounds", kShowSoundsCode, window);
     menu.AddItem(new BSeparatorItem);
@@ -91,15 +93,15 @@ void FillMainMenu(BMenu& menu, VexaWindow& window) {
             ->SetMarked(view.FollowsPrograms());
         menu.AddItem(new BSeparatorItem);
     }
-    Add(menu, "Sounds (F9)", kShowDrawerCode, window)
+    Add(menu, "Sounds", kShowDrawerCode, window, "F9")
         ->SetMarked(window.IsShown(VexaWindow::Part::Drawer));
-    Add(menu, "Strip for Playing (F10)", kShowStripCode, window)
+    Add(menu, "Strip for Playing", kShowStripCode, window, "F10")
         ->SetMarked(window.IsShown(VexaWindow::Part::Strip));
     AddPlane(menu, view.Overlay());
     Add(menu, "Dark Colours", kDarkCode, window)->SetMarked(window.IsDark());
-    Add(menu, "Classic Look (F11)", kClassicCode, window)->SetMarked(window.IsClassic());
+    Add(menu, "Classic Look", kClassicCode, window, "F11")->SetMarked(window.IsClassic());
     menu.AddItem(new BSeparatorItem);
-    Add(menu, "Help (F1)", kHelpCode, window);
+    Add(menu, "Help", kHelpCode, window, "F1");
     Add(menu, "About Vexa", kAboutCode, window);
 }
 

@@ -42,8 +42,9 @@ void ShowFault(const std::string& text);
 /// Runs the window until it is closed, a signal is noted, or the plug-in that it is attached to has
 /// gone. Returns the program's exit code, which is 1, with a message, if there is no display or no
 /// plug-in, or if the connection to the plug-in has a fault. `recording`, which may be null, is
-/// left to the caller to finish. `joined` is null if there is no session; otherwise the options are
-/// those of its project. `warning`, unless empty, is shown in an alert at the start.
+/// closed by then; what is to be told of it is left to the caller. `joined` is null if there is no
+/// session; otherwise the options are those of its project. `warning`, unless empty, is shown in an
+/// alert at the start.
 int RunWindow(const AppOptions& options, const kits::ProgramFolders& folders,
               const std::string& warning, kits::Recording* recording, JoinedSession* joined);
 

@@ -41,6 +41,10 @@ constexpr float kViewMargin = 10;
 constexpr const char* kDeviceGone =
     "The audio device has disappeared; there is no sound until it is back.";
 
+/// What it means to the author of a formula that there is no add-on of it.
+constexpr const char* kPlaysWithoutAddon =
+    "The formula plays all the same. Only its faster form, which gcc makes, is missing.";
+
 } // namespace
 
 VexaView::VexaView(BRect frame, const char* name, const kits::ProgramFolders& folders,
@@ -72,6 +76,8 @@ VexaView::~VexaView() {
     closing = true;
     if (plugin)
         OfferEdits();
+    else
+        graph->CloseRecording();
     kits::AtGestureEdges(nullptr);
     keyboard.ReleaseAll();
     desk->LetGo();
@@ -308,7 +314,7 @@ void VexaView::Tend() {
     for (const std::string& alert : addon.alerts)
         text += (text.empty() ? "" : "\n\n") + alert;
     if (!text.empty())
-        ShowErrorAlert(text, addon.text);
+        ShowErrorAlert(text, addon.text, kPlaysWithoutAddon);
 }
 
 void VexaView::WatchSound() {

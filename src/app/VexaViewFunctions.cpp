@@ -15,6 +15,9 @@ namespace vexa {
 
 namespace {
 
+constexpr const char* kNotPlayable =
+    "The formula cannot be played: mend it in its field. What played before plays on.";
+
 /// Disables the field during its lifetime.
 class Pause {
   public:
@@ -49,7 +52,7 @@ bool VexaView::Install(const Function& function) {
     const bool installed = MarkInstalled(function, report);
     sourceRemark.clear();
     if (!installed) {
-        ShowError(report);
+        ShowError(report, isExpression ? kNotPlayable : "");
     } else if (IsNews(report, function)) {
         Print(report);
         if (!isExpression)
@@ -58,14 +61,15 @@ bool VexaView::Install(const Function& function) {
     return installed;
 }
 
-/// Marks an expression that could not be installed. Returns whether the function was installed.
+/// Marks an expression that could not be installed, and shows what is said about it. Returns
+/// whether the function was installed.
 bool VexaView::MarkInstalled(const Function& function, const FunctionReport& report) {
     const bool installed = Plays(report);
     slip.reset();
     if (installed)
         fileMissing = false;
     if (function.kind == FunctionKind::Expression)
-        installed ? feedback->Accept() : feedback->Refuse(report.text);
+        installed ? feedback->Accept(report.text) : feedback->Refuse(report.text);
     return installed;
 }
 
@@ -75,7 +79,7 @@ void VexaView::ShowKind() {
     if (Kind() == FunctionKind::Expression)
         return ShowSource();
     Field(FunctionField::Expression).SetText("");
-    feedback->Accept();
+    feedback->Accept("");
     slip.reset();
     ShowSource();
 }

@@ -136,12 +136,18 @@ bool VexaView::MayReplace(const BMessage& message, const char* folder, const std
     return AskToWrite(question, replaces);
 }
 
-/// Asks before the sound replaces a file in which another program, or another sound of this window,
-/// has left something else than what was read from it or written to it. Returns whether to save.
+/// Asks before the sound replaces a file in which another program, or a sound that is no longer in
+/// a slot, has left something else than what was read from it or written to it. Returns whether to
+/// save.
 bool VexaView::MayReplaceOwn() {
     const SoundFile& file = Steps().File();
     std::error_code ignored;
-    if (!std::filesystem::exists(file.path, ignored) || DigestOf(file.path) == file.digest)
+    if (!std::filesystem::exists(file.path, ignored))
+        return true;
+    const std::string digest = DigestOf(file.path);
+    const History* const other = slots.Other();
+    if (digest == file.digest ||
+        (other && other->File().path == file.path && other->File().digest == digest))
         return true;
     return AskToWrite("The file \"" + file.path.filename().string() +
                           "\" has changed since it was opened. Replace it?",

@@ -121,8 +121,7 @@ VexaWindow::VexaWindow(BRect frame, const kits::ProgramFolders& folders,
     mainPane = new BScrollView(mainView->Frame(), "main pane");
     AddChild(mainPane);
     mainPane->SetTarget(mainView, mainView->LeastWidth(), mainView->Frame().Height());
-    const BRect logo = logoBar->Bounds();
-    bar = new BarView({barLeft, 2, logo.right - barRight, logo.bottom - 5}, *mainView);
+    bar = new BarView({0, 2, frame.Width(), logoBar->Bounds().bottom - 5}, *mainView);
     logoBar->AddChild(bar);
     AddDrawer();
     const float bottom = frame.Height() + 1;
@@ -158,18 +157,30 @@ void VexaWindow::AddBar() {
     logoBar = new BitmapBarView(left, middle, right, bar, "orvo logo", B_FOLLOW_LEFT_RIGHT,
                                 B_WILL_DRAW | B_FRAME_EVENTS);
     AddChild(logoBar);
-    barLeft = (left ? left->Bounds().Width() : 0) + kBarGap;
     auto* items = new BPopUpMenu("☰", false, false);
     items->SetOpening([this](BMenu& opened) { FillMainMenu(opened, *this); });
-    menu = new BMenuField({barLeft, 0, barLeft + kMenuWidth, BMenuField::PreferredHeight()},
-                          "main menu", nullptr, items);
-    menu->MoveTo(barLeft, std::floor((logoBar->Bounds().Height() - menu->Bounds().Height()) / 2));
+    menu = new BMenuField({0, 0, kMenuWidth, BMenuField::PreferredHeight()}, "main menu", nullptr,
+                          items);
     menu->SetOnDark();
     menu->SetAccessibleName("main menu");
     menu->SetToolTip("Files, tuning, help");
     logoBar->AddChild(menu);
-    barLeft += kMenuWidth + kBarGap;
-    barRight = (right ? right->Bounds().Width() : 0) + kBarGap;
+}
+
+/// Places the menu and the bar between the logos, which give way to what is in the bar: first the
+/// left one, then the other.
+void VexaWindow::ArrangeBar() {
+    const float room = Bounds().Width() - kMenuWidth - 3 * kBarGap - bar->PreferredWidth();
+    const float leftLogo = logoBar->LeftWidth(), rightLogo = logoBar->RightWidth();
+    const bool hasLeft = classic || room >= leftLogo + rightLogo;
+    const bool hasRight = classic || room >= rightLogo;
+    logoBar->ShowEnds(hasLeft, hasRight);
+    float left = (hasLeft ? leftLogo : 0) + kBarGap;
+    menu->MoveTo(left, std::floor((logoBar->Bounds().Height() - menu->Bounds().Height()) / 2));
+    left += kMenuWidth + kBarGap;
+    bar->MoveTo(left, bar->Frame().top);
+    bar->ResizeTo(Bounds().right - (hasRight ? rightLogo : 0) - kBarGap - left,
+                  bar->Bounds().Height());
 }
 
 /// Adds the drawer, or none if the system has no thread left to read sounds.
@@ -240,6 +251,7 @@ void VexaWindow::Arrange() {
         place(*drawer.view, 0, kMainTop, drawer.room - 1, bottom - kMainTop);
     if (strip.view)
         place(*strip.view, 0, bottom + 1, bounds.right, strip.room - 1);
+    ArrangeBar();
     if (classic != bar->IsHidden())
         classic ? bar->Hide() : bar->Show();
     if (classic != menu->IsHidden())

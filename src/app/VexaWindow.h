@@ -128,6 +128,7 @@ class VexaWindow : public BWindow, private SessionClient {
     float FullHeight() const;
     void Fit(float mainWidth, float wantedHeight = kHighest);
     void Arrange();
+    void ArrangeBar();
     void Remembered();
     void RememberFrame();
     void FoldWhatDoesNotFit();
@@ -142,12 +143,9 @@ class VexaWindow : public BWindow, private SessionClient {
     /// The frame that was last remembered, or the one at first.
     std::optional<BRect> knownFrame;
     BitmapBarView* logoBar = nullptr;
-    /// The views in the logo bar between its pictures, and the pixels to leave free at its left and
-    /// right.
+    /// The views in the logo bar between its pictures.
     BarView* bar = nullptr;
     BMenuField* menu = nullptr;
-    float barLeft = 0;
-    float barRight = 0;
     /// The main view; null while it is being constructed, which may show an alert and so handle
     /// messages.
     VexaView* mainView = nullptr;

@@ -63,7 +63,10 @@ kits::Result<void> VexaWindow::SaveProject() {
 }
 
 bool VexaWindow::ProjectHasChanged() {
-    return !opening && !AreAlike(PresentProject(), savedProject);
+    if (opening)
+        return false;
+    const Project present = PresentProject();
+    return !AreAlike(present, savedProject) || !mainView->Match(present.sound, savedProject.sound);
 }
 
 void VexaWindow::ShowWindow(bool shown) {

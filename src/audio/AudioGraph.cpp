@@ -153,6 +153,13 @@ void AudioGraph::Record(kits::Recording* next) {
         mixer->Record(next);
 }
 
+void AudioGraph::CloseRecording() {
+    kits::Recording* const last = recording;
+    Record(nullptr);
+    if (last)
+        last->Close();
+}
+
 kits::MixerCounts AudioGraph::Counts() const {
     kits::MixerCounts sum = past;
     if (const kits::SystemMixer* mixer = Mixer()) {

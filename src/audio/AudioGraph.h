@@ -59,6 +59,11 @@ class AudioGraph {
     /// Sends the output to a recording too from now on, on whatever device; null ends that. The
     /// recording must outlive the graph or be ended before.
     void Record(kits::Recording* next);
+    /// Returns true while a recording gets the output and keeps it.
+    bool Records() const { return recording && !recording->HasEnded(); }
+    /// Ends the recording, if there is one, and closes it. To be called before the graph's own end,
+    /// which may have to wait for an audio server that hangs.
+    void CloseRecording();
 
     /// Returns the counts of all mixers so far about the producer's buffers.
     kits::MixerCounts Counts() const;

@@ -246,7 +246,7 @@ Thumbnail DrawThumbnail(const Sound& sound, const kits::ProgramFolders& folders,
     if (!f)
         return {nullptr, f.Fault().text};
     const auto side = static_cast<float>(size - 1);
-    auto picture = std::make_shared<BBitmap>(BRect(0, 0, side, side), B_RGB32);
+    auto picture = std::make_shared<BBitmap>(BRect{0, 0, side, side}, B_RGB32);
     if (!picture->IsValid())
         return {};
     const auto pixels = static_cast<std::size_t>(size);

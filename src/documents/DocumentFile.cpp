@@ -74,7 +74,7 @@ void InterpretInfoElement(const MXFragment* info, std::string& author, KeptEleme
     if (info) {
         names.assign(std::begin(kKnownInInfo), std::end(kKnownInInfo));
         names.insert(names.end(), std::begin(kSoundInfoNames), std::end(kSoundInfoNames));
-        TellUnknownChildren(*info, names, remarks);
+        TellUnreadChildren(*info, names, remarks);
     }
     const MXFragment* element = scope.Find("vexaversion");
     if (!element)
@@ -89,8 +89,7 @@ void InterpretInfoElement(const MXFragment* info, std::string& author, KeptEleme
 std::string ChildrenBut(const MXFragment& parent, std::span<const std::string_view> known) {
     MXString elements;
     for (const auto& child : parent.children) {
-        const bool isElement = child->Type() == MX_ELEMENT || child->Type() == MX_EMPTY_ELEMENT;
-        if (isElement &&
+        if (IsElement(*child) &&
             std::find(known.begin(), known.end(), std::string_view(child->name)) == known.end())
             child->AppendTo(elements);
     }

@@ -20,26 +20,46 @@ std::string Tags(std::span<const std::string_view> names) {
     return tags;
 }
 
+bool IsElement(const MXFragment& fragment) {
+    return fragment.Type() == MX_ELEMENT || fragment.Type() == MX_EMPTY_ELEMENT;
+}
+
 const MXFragment* ChildNamed(const MXFragment& parent, std::string_view name) {
     for (const auto& child : parent.children) {
-        const bool isElement = child->Type() == MX_ELEMENT || child->Type() == MX_EMPTY_ELEMENT;
-        if (isElement && child->name == name)
+        if (IsElement(*child) && child->name == name)
             return child.get();
     }
     return nullptr;
 }
 
-void TellUnknownChildren(const MXFragment& parent, std::span<const std::string_view> known,
-                         Remarks& remarks) {
-    const std::string expected =
-        "expected " + Tags(known) + " in " + Tag(parent.name) + ", found an element ";
+void TellUnreadChildren(const MXFragment& parent, std::span<const std::string_view> known,
+                        Remarks& remarks) {
+    const std::string expected = "expected " + Tags(known) + " in " + Tag(parent.name) + ", found ";
+    std::vector<const MXFragment*> firsts(known.size());
     for (const auto& child : parent.children) {
-        if (child->Type() != MX_ELEMENT && child->Type() != MX_EMPTY_ELEMENT)
+        const auto tell = [&](const std::string& text) { remarks.Add(child->TextLeft(), text); };
+        if (child->Type() == MX_TEXT)
+            tell(expected + "the text " + kits::Quoted(child->name));
+        else if (child->Type() == MX_CDATA)
+            tell(expected + "a CDATA section");
+        if (!IsElement(*child))
             continue;
-        if (std::ranges::find(known, std::string_view(child->name)) == known.end())
-            remarks.Add(child->TextLeft(), expected + Tag(child->name));
+        const auto place = std::ranges::find(known, std::string_view(child->name));
+        if (place == known.end()) {
+            tell(expected + "an element " + Tag(child->name));
+            continue;
+        }
+        const MXFragment*& first = firsts[static_cast<std::size_t>(place - known.begin())];
+        // Most readers pass over an element that ends in "/>".
+        const bool mayBeRead =
+            first && first->Type() == MX_EMPTY_ELEMENT && child->Type() == MX_ELEMENT;
+        if (first)
+            tell("expected one element " + Tag(child->name) + " in " + Tag(parent.name) +
+                 ", found another" + (mayBeRead ? "" : ", which is not read"));
         else if (child->attributes.CountItems() > 0)
-            remarks.Add(child->TextLeft(), Tag(child->name) + ": attributes are not read here");
+            tell(Tag(child->name) + ": attributes are not read here");
+        if (!first || mayBeRead)
+            first = child.get();
     }
 }
 
@@ -93,7 +113,7 @@ const MXFragment* ElementScope::ReadText(std::string_view name, std::string& fie
     WalkFragments(*element, [&](const MXFragment& fragment) {
         if (&fragment == element)
             return WalkStep::Into;
-        const bool isElement = fragment.Type() == MX_ELEMENT || fragment.Type() == MX_EMPTY_ELEMENT;
+        const bool isElement = IsElement(fragment);
         if (isElement)
             Add(fragment, "expected a text in " + Tag(name) + ", found an element " +
                               Tag(fragment.name) + "; an end tag may be missing");

@@ -17,14 +17,18 @@ std::string Tag(std::string_view name);
 /// Returns the tags of the names, "<a>, <b> or <c>".
 std::string Tags(std::span<const std::string_view> names);
 
+/// Returns true for an MX_ELEMENT and an MX_EMPTY_ELEMENT.
+bool IsElement(const MXFragment& fragment);
+
 /// Returns the first child element with that name, which may be an MX_EMPTY_ELEMENT; null if there
 /// is none.
 const MXFragment* ChildNamed(const MXFragment& parent, std::string_view name);
 
-/// Adds a remark for each child element whose name is not in `known`, and for attributes of the
-/// others, which are not read. `known` are all the names that a reader of the parent looks for.
-void TellUnknownChildren(const MXFragment& parent, std::span<const std::string_view> known,
-                         Remarks& remarks);
+/// Adds a remark for each child that is not read: an element whose name is not in `known`, another
+/// element of a known name, a text between the elements; and for attributes of the known elements.
+/// `known` are all the names that a reader of the parent looks for.
+void TellUnreadChildren(const MXFragment& parent, std::span<const std::string_view> known,
+                        Remarks& remarks);
 
 /// Finds the first MX_ELEMENT with each of several names in the subtree of an element, itself
 /// included, in document order. One walk finds all of them, so the cost is at most proportional to

@@ -46,7 +46,7 @@ std::vector<std::string_view> Read(FunctionKind kind) {
 ElementScope WholeScope(const MXFragment* element, std::vector<std::string_view> names,
                         Remarks& remarks) {
     if (element)
-        TellUnknownChildren(*element, names, remarks);
+        TellUnreadChildren(*element, names, remarks);
     return {element, std::move(names), remarks};
 }
 
@@ -175,7 +175,7 @@ kits::Result<void> InterpretFunction(const MXFragment& root, Function& function,
     }
     const ElementScope parts(&root, {"info", "display"}, remarks);
     function.kept.root = ChildrenBut(root, Known(function.kind));
-    TellUnknownChildren(root, Read(function.kind), remarks);
+    TellUnreadChildren(root, Read(function.kind), remarks);
     InterpretInfoElement(parts.Element("info"), function.author, function.kept, remarks);
     const ElementScope display =
         WholeScope(parts.Element("display"), {"width", "linkfunction", "linkscreenrel"}, remarks);

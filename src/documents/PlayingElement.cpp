@@ -56,7 +56,7 @@ PlayingTexts ReadPlaying(const MXFragment& element, Remarks& remarks) {
         if (text && !PlayingValue(row, *text))
             RemarkUnknown(element, row.name, row.allowed, *text, remarks);
     }
-    TellUnknownChildren(element, names, remarks);
+    TellUnreadChildren(element, names, remarks);
     playing.kept = ChildrenBut(element, names);
     return playing;
 }

@@ -38,6 +38,9 @@ struct PlayingTexts {
 
     /// A text for each row of PlayingRows(); std::nullopt if the element lacks the row.
     std::vector<std::optional<std::string>> texts;
+    /// Returns the text of the row with that name, which must be one of them.
+    std::optional<std::string>& Of(std::string_view name);
+    const std::optional<std::string>& Of(std::string_view name) const;
     /// The children that this version does not know, as XML.
     std::string kept;
 

@@ -58,7 +58,7 @@ void InterpretGroup(const MXFragment* element, std::string_view group, Sound& so
     if (points)
         names.emplace_back(kPoints);
     if (element)
-        TellUnknownChildren(*element, names, remarks);
+        TellUnreadChildren(*element, names, remarks);
     const ElementScope scope(element, std::move(names), remarks);
     for (const Parameter& row : ParametersOf(group))
         scope.ReadNumber(row.element, sound.texts[IndexOf(row)], row.controller);
@@ -116,7 +116,7 @@ std::string FaultsOf(const MXFragment& element) {
         if (text.empty())
             fault = std::string("expected ") + name + "=" + form;
         else if (fault = faultOf(text); !fault.empty())
-            fault = std::string(name) + ": " + fault;
+            fault.insert(0, std::string(name) + ": ");
         if (!fault.empty())
             faults += (faults.empty() ? "" : "; ") + fault;
     }
@@ -193,6 +193,13 @@ kits::Result<void> InterpretSound(const MXFragment& root, Sound& sound, Remarks&
                        "(expected an element " + FunctionTags() + " in " + Tag(root.name) + ")");
     if (auto taken = InterpretFunction(*function, sound.function, remarks); !taken)
         return taken;
+    for (const FunctionElement& row : kFunctionElements) {
+        const MXFragment* const other = ChildNamed(root, row.name);
+        if (other && row.name != function->name)
+            remarks.Add(other->TextLeft(), "expected one element " + FunctionTags() + " in " +
+                                               Tag(root.name) + ", found also " + Tag(row.name) +
+                                               ", which is not read");
+    }
 
     for (const std::string_view group : Groups()) {
         const Parameter& row = ParametersOf(group).front();
@@ -210,7 +217,7 @@ kits::Result<void> InterpretSound(const MXFragment& root, Sound& sound, Remarks&
         return {};
     names.emplace_back(kPlaying);
     sound.kept.root = ChildrenBut(root, names);
-    TellUnknownChildren(root, names, remarks);
+    TellUnreadChildren(root, names, remarks);
     if (const MXFragment* playing = ChildNamed(root, kPlaying))
         sound.playing = ReadPlaying(*playing, remarks);
     return {};
@@ -219,14 +226,16 @@ kits::Result<void> InterpretSound(const MXFragment& root, Sound& sound, Remarks&
 void InterpretEnvdataElement(const MXFragment& envdata, std::vector<EnvPoint>& points,
                              Remarks& remarks) {
     points.clear();
+    const std::string expected =
+        "expected " + Tag(kPoint) + " in " + Tag(envdata.name) + ", found ";
+    for (const auto& child : envdata.children) {
+        if (child->Type() == MX_TEXT)
+            remarks.Add(child->TextLeft(), expected + "the text " + kits::Quoted(child->name));
+    }
     WalkFragments(envdata, [&](const MXFragment& fragment) {
         if (fragment.name != kPoint) {
-            const bool isElement =
-                fragment.Type() == MX_ELEMENT || fragment.Type() == MX_EMPTY_ELEMENT;
-            if (isElement && &fragment != &envdata)
-                remarks.Add(fragment.TextLeft(), "expected " + Tag(kPoint) + " in " +
-                                                     Tag(envdata.name) + ", found an element " +
-                                                     Tag(fragment.name));
+            if (IsElement(fragment) && &fragment != &envdata)
+                remarks.Add(fragment.TextLeft(), expected + "an element " + Tag(fragment.name));
             return WalkStep::Into;
         }
         if (fragment.Type() == MX_EMPTY_ELEMENT)

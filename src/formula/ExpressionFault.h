@@ -9,7 +9,8 @@
 
 namespace vexa {
 
-/// The reason for which an expression is refused, in words, and the index of the byte at fault.
+/// The reason for which an expression is refused, or what is doubtful in it, in words, and the
+/// index of the byte at fault.
 struct ExpressionFault {
     std::size_t position = 0;
     std::string reason;

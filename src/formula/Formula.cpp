@@ -48,7 +48,8 @@ FormulaOutcome CompileFormula(std::string_view text, const formula::FormulaLoops
             fault->advice = AdviceFor(text, *fault);
         return {nullptr, std::move(*fault)};
     }
-    return {std::make_shared<const Formula>(std::move(*program), graph.IsDefinedInC()), {}};
+    return {std::make_shared<const Formula>(std::move(*program), graph.IsDefinedInC()),
+            actions.Doubt().value_or(ExpressionFault())};
 }
 
 } // namespace vexa

@@ -59,6 +59,8 @@ class Formula final : public PlaneSource {
 /// A formula, or the fault of its text.
 struct FormulaOutcome {
     std::shared_ptr<const Formula> formula;
+    /// The fault or, if there is a formula, what its author has probably not meant; then the reason
+    /// is often empty.
     ExpressionFault fault;
 
     explicit operator bool() const { return formula != nullptr; }

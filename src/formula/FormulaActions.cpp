@@ -130,6 +130,7 @@ FormulaActions::Part FormulaActions::Call(const MathFunction& function, const To
         return Input(name, {FunctionInput::Kind::Controller, number});
     }
     std::vector<Value> values;
+    values.reserve(arguments.size());
     for (const Part& argument : arguments)
         values.push_back(argument.value);
     return {CallMaths(graph, function, name.text, values)};
@@ -195,7 +196,28 @@ FormulaActions::Part FormulaActions::Binary(const BinaryOperator& row, const Par
     }
     const Value a = graph.Convert(left.value, common);
     const Value b = graph.Convert(right.value, common);
+    if (found->op == Op::Divide)
+        DoubtQuotient(common, a, b, position);
     return {graph.Apply(found->op, common, swapped ? b : a, swapped ? a : b)};
+}
+
+/// Doubts a division of constants if it drops a fraction.
+void FormulaActions::DoubtQuotient(Type type, Value dividend, Value divisor, std::size_t position) {
+    const auto whole = [&](Value value) -> std::int64_t {
+        const std::uint64_t bits = graph.Known(value).value_or(0);
+        return type == Type::Int        ? static_cast<std::int32_t>(bits)
+               : type == Type::Unsigned ? static_cast<std::uint32_t>(bits)
+                                        : static_cast<std::int64_t>(bits);
+    };
+    const std::int64_t over = whole(dividend), under = whole(divisor);
+    // The least number cannot be divided by -1.
+    if (IsFloating(type) || under == 0 || under == -1 || over % under == 0)
+        return;
+    const std::string above = std::to_string(over), below = std::to_string(under);
+    doubts.At(position,
+              above + "/" + below + " is " + std::to_string(over / under) +
+                  ", because whole numbers divide to a whole number",
+              "write " + above + ".0/" + below);
 }
 
 FormulaActions::Part FormulaActions::Choice(const Part& condition, const Part& ifTrue,

@@ -39,14 +39,19 @@ class FormulaActions {
     Part Cast(const ArithmeticType& type, const Part& operand);
     std::string NameFault(const Token& word);
 
+    /// Returns what the author of the formula so far has probably not meant, if there is anything.
+    std::optional<ExpressionFault> Doubt() const { return Refusals(doubts).First(); }
+
   private:
     /// Returns an Int that is 1 if the value is not 0, and otherwise 0.
     Value Truth(Value value);
     Part Input(const Token& word, FunctionInput input);
     Value WithRest(Value time);
+    void DoubtQuotient(Type type, Value dividend, Value divisor, std::size_t position);
 
     Graph& graph;
     Refusals& refusals;
+    Refusals doubts;
 };
 
 /// Returns the names of all inputs of a formula, including x and y.

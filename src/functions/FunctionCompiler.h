@@ -20,7 +20,7 @@ namespace vexa {
 /// The report on a step. It converts to true if the step succeeded. The error's text, for standard
 /// error and the tool tip of the expression's field, holds the details that the alerts do not give:
 /// the compiler's diagnostics, or why and where the expression was refused. After a success it
-/// holds the compiler's warnings.
+/// holds the compiler's warnings, or what is doubtful in the expression.
 struct CompileReport : kits::Error {
     status_t status = B_OK;
 

@@ -68,7 +68,7 @@ void History::Take(const Sound& sound, const GestureMoment& moment) {
         return;
     Version after(sound, present.file, &present);
     if (!Grows(before, sound, moment))
-        return Push(Difference(before, sound), std::move(after), moment, true);
+        return Push(Difference(before, sound), after, moment, true);
     Step& step = steps.back();
     step.after = present = std::move(after);
     step.last = moment;
@@ -91,7 +91,8 @@ bool History::Grows(const Sound& from, const Sound& to, const GestureMoment& mom
     return since < kPause && Difference(from, to) == step.name;
 }
 
-void History::Push(const std::string& name, Version after, const GestureMoment& moment, bool open) {
+void History::Push(const std::string& name, const Version& after, const GestureMoment& moment,
+                   bool open) {
     steps.erase(steps.begin() + static_cast<std::ptrdiff_t>(place), steps.end());
     End();
     steps.push_back({name, std::exchange(present, after), after, moment, moment.held, open});

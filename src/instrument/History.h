@@ -149,7 +149,8 @@ class History {
     };
 
     bool Grows(const Sound& from, const Sound& to, const GestureMoment& moment) const;
-    void Push(const std::string& name, Version after, const GestureMoment& moment, bool open);
+    void Push(const std::string& name, const Version& after, const GestureMoment& moment,
+              bool open);
     Sound Move(const Version& from, const Version& to);
 
     Version present;

@@ -14,12 +14,8 @@ Sound InitialSound() {
     constexpr std::pair<std::string_view, const char*> kSaid[] = {
         {"polyphony", "16"}, {"bend", "2"}, {"pedal", "true"}, {"smooth", "10"}};
     sound.playing.emplace();
-    for (std::size_t i = 0; i < PlayingRows().size(); i++) {
-        for (const auto& [name, text] : kSaid) {
-            if (PlayingRows()[i].name == name)
-                sound.playing->texts[i] = text;
-        }
-    }
+    for (const auto& [name, text] : kSaid)
+        sound.playing->Of(name) = text;
     return sound;
 }
 

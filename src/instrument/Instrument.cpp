@@ -137,7 +137,7 @@ bool Instrument::EditPlaying(const PlayingRow& row, const std::optional<std::str
     if (text && !PlayingValue(row, *text))
         return false;
     PlayingTexts next = sound.playing.value_or(PlayingTexts());
-    auto& present = next.texts[static_cast<std::size_t>(&row - PlayingRows().data())];
+    std::optional<std::string>& present = next.Of(row.name);
     // A field may be confirmed without a change.
     if (present != text)
         sound.author = user;
@@ -238,19 +238,22 @@ FunctionReport Instrument::InstallExpression(const std::string& expression) try 
         return compiler.Refusal(read.reason);
     const bool mayBeAddon = addons != Addons::None && WhyNoAddon(*read.formula, expression).empty();
     PlaneFunction f = read.formula;
-    FunctionReport report;
     if (mayBeAddon && addons == Addons::Awaited) {
         CompileOutcome compiled = compiler.Compile(expression);
         if (!compiled)
             return compiled;
         f = std::move(compiled.addon);
-        report = std::move(compiled);
     }
     thread.Drop();
     file.clear();
     sample.reset();
     Install(f);
-    return mayBeAddon && addons == Addons::Following ? Follow(expression) : report;
+    FunctionReport report;
+    if (mayBeAddon && addons == Addons::Following)
+        report = Follow(expression);
+    if (report.text.empty())
+        report.text = read.reason;
+    return report;
 } catch (const std::bad_alloc&) {
     return FunctionCompiler(folders).Refusal("there is not enough memory");
 }

@@ -15,7 +15,9 @@ PlayableFormula ReadPlayable(std::string_view text) try {
         return {nullptr, Text(outcome.fault), outcome.fault.position};
     if (auto tooCostly = TooCostly(outcome.formula->Cost()))
         return {nullptr, *std::move(tooCostly)};
-    return {std::move(outcome.formula)};
+    if (outcome.fault.reason.empty())
+        return {std::move(outcome.formula)};
+    return {std::move(outcome.formula), Text(outcome.fault), outcome.fault.position};
 } catch (const std::bad_alloc&) {
     return {nullptr, "there is not enough memory"};
 }

@@ -16,8 +16,8 @@ namespace vexa {
 /// A formula that is cheap enough to be played, or the reason why there is none.
 struct PlayableFormula {
     std::shared_ptr<const Formula> formula;
-    /// The reason, for a person, with the place in words, and with advice on a line of its own;
-    /// empty if there is a formula.
+    /// The reason, for a person, with the place in words, and with advice on a line of its own. If
+    /// there is a formula, what its author has probably not meant; often empty.
     std::string reason{};
     /// The index of the byte of the text to which the reason refers, if it refers to a place.
     std::optional<std::size_t> place{};

@@ -16,9 +16,8 @@ struct Engine : SoundRecords {
         consumer.SetFunction(f);
     }
 
-    VexaMidiConsumer consumer{"Vexa midi in", controllers, macros, parameters,
-                              playing,        volumes,     voices};
-    VoiceRenderer renderer{controllers, macros, parameters, playing, volumes, voices};
+    VexaMidiConsumer consumer{"Vexa midi in", *this};
+    VoiceRenderer renderer{*this};
 };
 
 } // namespace vexa

@@ -21,16 +21,14 @@ void PutIcon(BMessage* message, const char* name, type_code type, const BBitmap&
 
 } // namespace
 
-VexaMidiConsumer::VexaMidiConsumer(const char* name, ControllerTable& controllers, Macros& macros,
-                                   const sound_param& parameters, Playing& playing,
-                                   ChannelVolumes& volumes, VoiceTable& voices)
+VexaMidiConsumer::VexaMidiConsumer(const char* name, SoundRecords& records)
     : BMidiLocalConsumer(name),
-      controllers(controllers),
-      macros(macros),
-      parameters(parameters),
-      playing(playing),
-      volumes(volumes),
-      voices(voices) {
+      controllers(records.controllers),
+      macros(records.macros),
+      parameters(records.parameters),
+      playing(records.playing),
+      volumes(records.volumes),
+      voices(records.voices) {
     PublishIcons();
 }
 

@@ -14,6 +14,7 @@
 #include "synth/PlaneFunction.h"
 #include "synth/Playing.h"
 #include "synth/SoundParam.h"
+#include "synth/SoundRecords.h"
 #include "synth/Voice.h"
 #include "tuning/Tuning.h"
 
@@ -30,9 +31,7 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
   public:
     /// Makes a consumer that listens to all channels, with a voice limit of 1, dummyfunction and
     /// equal temperament. The records are shared and must outlive it. Window thread.
-    VexaMidiConsumer(const char* name, ControllerTable& controllers, Macros& macros,
-                     const sound_param& parameters, Playing& playing, ChannelVolumes& volumes,
-                     VoiceTable& voices);
+    VexaMidiConsumer(const char* name, SoundRecords& records);
     ~VexaMidiConsumer() override { Unregister(); }
 
     /// A velocity of 0 starts a note like any other; only NoteOff releases. MIDI thread, like all

@@ -10,9 +10,7 @@ namespace vexa {
 namespace {
 
 Control OfPlaying(const char* name, const char* label, const char* unit, float asSound) {
-    const auto rows = PlayingRows();
-    const PlayingRow& row = *std::find_if(rows.begin(), rows.end(),
-                                          [&](const PlayingRow& r) { return r.name == name; });
+    const PlayingRow& row = PlayingRowNamed(name);
     return {name,
             label,
             unit,

@@ -39,6 +39,8 @@ void HostedInstrument::PostMidi(const std::array<uint8, 3>& message) {
         return;
     posted.Write(&message, 1);
     notesOn = next;
+    if (wake)
+        wake();
 }
 
 void HostedInstrument::PlayPosted() noexcept {

@@ -7,7 +7,7 @@
 namespace vexa {
 
 /// Returns the user's own content, as the program `vexa` keeps it, followed by `content`, which is
-/// shipped with the plug-in; only `content` if the environment names no folder of the user.
+/// shipped with the plug-in; only `content` if the user has no home.
 kits::ProgramFolders HostedFolders(const std::filesystem::path& content);
 
 } // namespace vexa

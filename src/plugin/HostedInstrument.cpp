@@ -25,18 +25,20 @@ FunctionKind KindOf(Request request) {
                                          : FunctionKind::Expression;
 }
 
-/// Returns the fault of a function, or what is wrong with a file that plays all the same, in words
-/// for a plug-in, in which no compiler is involved; empty if there is neither.
+/// Returns the fault of a function, or what is wrong with a file or doubtful in a formula that
+/// plays all the same, in words for a plug-in, in which no compiler is involved; empty if there is
+/// neither.
 std::string Fault(const FunctionReport& report, const Function& function) {
-    if (report || function.kind != FunctionKind::Expression)
+    if (report.text.empty() || function.kind != FunctionKind::Expression)
         return Text(report);
-    return "The formula cannot be played: " + report.text;
+    return (report ? "In the formula, " : "The formula cannot be played: ") + report.text;
 }
 
 } // namespace
 
-HostedInstrument::HostedInstrument(kits::ProgramFolders programFolders, double rate)
-    : folders(std::move(programFolders)) {
+HostedInstrument::HostedInstrument(kits::ProgramFolders programFolders, double rate,
+                                   std::function<void()> wake)
+    : folders(std::move(programFolders)), wake(std::move(wake)) {
     oversampler.SetFrameRate(rate);
     instrument.Engine().renderer.SetGain(VoiceRenderer::kUsualGain);
     const DefaultSound read = ReadDefaultSound(folders);
@@ -253,9 +255,9 @@ std::string HostedInstrument::Install(Sound next, const std::string& file, bool&
     return Fault(report, own);
 }
 
-std::optional<std::filesystem::path> HostedInstrument::FunctionFile() {
+HostedInstrument::Kept HostedInstrument::Keep() {
     const std::lock_guard lock(documents);
-    return PresentFile();
+    return {SoundText(instrument.State()), PresentFile(), tunedBy};
 }
 
 /// Returns the file that plays, which the document may name by a path of another machine; a missing
@@ -263,11 +265,6 @@ std::optional<std::filesystem::path> HostedInstrument::FunctionFile() {
 std::optional<std::filesystem::path> HostedInstrument::PresentFile() const {
     const auto named = FileOf(instrument.State().function, folders);
     return named && !instrument.File().empty() ? instrument.File() : named;
-}
-
-TuningChoice HostedInstrument::TunedBy() {
-    const std::lock_guard lock(documents);
-    return tunedBy;
 }
 
 std::string HostedInstrument::RestoreTuning(const TuningChoice& choice) {

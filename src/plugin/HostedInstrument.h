@@ -13,6 +13,7 @@
 #include <array>
 #include <atomic>
 #include <bitset>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <span>
@@ -46,8 +47,10 @@ class HostedInstrument {
   public:
     /// Makes an instrument at `rate` samples per second. It plays the sound "default" or, if that
     /// cannot be read, the one that stands in for it. If its function cannot be played, it plays
-    /// the initial sound, because hosts could not restore the former from their sessions.
-    HostedInstrument(kits::ProgramFolders folders, double rate);
+    /// the initial sound, because hosts could not restore the former from their sessions. `wake`,
+    /// unless empty, asks a host that may have stopped to render to go on, as there is something to
+    /// hear; any thread calls it.
+    HostedInstrument(kits::ProgramFolders folders, double rate, std::function<void()> wake = {});
     /// Returns what was wrong with the sound "default" of a new instrument, and what plays instead;
     /// empty if nothing was.
     const std::string& StartFault() const { return startFault; }
@@ -71,6 +74,8 @@ class HostedInstrument {
     /// Queues a request for Work; returns false if it is longer than kMostText or the queue is
     /// full.
     VEXA_REALTIME bool Post(Request request, std::string_view text) noexcept;
+    /// Returns true if the next Render plays messages of PostMidi.
+    VEXA_REALTIME bool HasPosted() const noexcept { return posted.Readable() > 0; }
 
     static constexpr std::size_t kMostText = kLongestExpression;
 
@@ -90,12 +95,19 @@ class HostedInstrument {
     /// becomes false, and nothing changes, if the document cannot be used. Returns a message as
     /// Work does.
     std::string Restore(const std::string& document, const std::string& file, bool& taken);
-    /// Returns the file of the sound's sample or picture; no value for an expression.
-    std::optional<std::filesystem::path> FunctionFile();
-    /// Returns the files of the tuning, which belongs to the player and not to the sound.
-    TuningChoice TunedBy();
+    /// What a session keeps.
+    struct Kept {
+        /// The whole sound.
+        std::string document;
+        /// The file of its sample or picture; no value for an expression.
+        std::optional<std::filesystem::path> file;
+        /// The files of the tuning, which belongs to the player and not to the sound.
+        TuningChoice tuning;
+    };
+    /// Returns what plays at one moment.
+    Kept Keep();
     /// Restores the tuning of a session. If the files cannot be read equal temperament plays, and
-    /// TunedBy still returns them. Returns a message as Work does.
+    /// Keep still returns them. Returns a message as Work does.
     std::string RestoreTuning(const TuningChoice& choice);
 
     // The following are for windows, each of which shows the sound and edits it (window/Windows.h).
@@ -112,9 +124,9 @@ class HostedInstrument {
     /// Applies an edit as Instrument::Change does, where `before` is the sound that the window was
     /// shown. If the sound has changed since, it does nothing and returns no value.
     std::optional<Shown> Edit(const Shown& before, const Sound& next);
-    /// Queues a message that takes effect with the next samples. While the host does not render,
-    /// the queue may fill up; further messages are then lost, but never the note-off of a note
-    /// whose note-on was queued.
+    /// Queues a message that takes effect with the next samples, and wakes the host. As long as the
+    /// host does not render, the queue may fill up; further messages are then lost, but never the
+    /// note-off of a note whose note-on was queued.
     void PostMidi(const std::array<uint8, 3>& message);
     /// Returns the records of the engine. Any thread may read those members that are open to any
     /// thread.
@@ -130,6 +142,7 @@ class HostedInstrument {
     VEXA_REALTIME void PlayPosted() noexcept;
 
     const kits::ProgramFolders folders;
+    const std::function<void()> wake;
     SoundsSay said;
     Instrument instrument{folders, Addons::None, &said};
     /// The filter is that of an offline render, so that a session sounds exactly like its export.

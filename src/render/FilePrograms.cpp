@@ -37,12 +37,12 @@ std::vector<std::string> FilePrograms::Read(const MidiFile& file) {
         if (isNew) {
             const auto path = FindProgram(folders, *number);
             if (path)
-                place->second = Read(*path, remarks);
+                place->second = {*path, Read(*path, remarks)};
             else if (!std::exchange(missed, true))
                 remarks.push_back(path.Fault().text);
         }
-        if (place->second)
-            sound = &*place->second;
+        if (place->second.sound)
+            sound = &*place->second.sound;
     }
     return remarks;
 }
@@ -64,9 +64,9 @@ std::optional<Sound> FilePrograms::Read(const std::filesystem::path& path,
 void FilePrograms::Came(const kits::MidiEvent& event) {
     selector.Came(event);
     const std::optional<int32> number = selector.Take();
-    if (!number || !sounds[*number])
+    if (!number || !sounds[*number].sound)
         return;
-    if (const FunctionReport loaded = instrument.Load(*sounds[*number]);
+    if (const FunctionReport loaded = instrument.Load(*sounds[*number].sound);
         !Plays(loaded) && fault.empty())
         fault = Text(loaded);
 }

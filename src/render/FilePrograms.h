@@ -7,6 +7,7 @@
 #include "midi/ProgramSelector.h"
 #include "render/MidiFile.h"
 
+#include <filesystem>
 #include <map>
 #include <optional>
 #include <set>
@@ -33,6 +34,14 @@ class FilePrograms : public kits::EventWatcher {
     /// function that is not compiled, and for program numbers without a sound only one, about the
     /// first. A program whose sound cannot be read is ignored: the previous sound plays on.
     std::vector<std::string> Read(const MidiFile& file);
+    /// A sound that the file chooses: the path of its document, and what it holds, if it can be
+    /// read.
+    struct Chosen {
+        std::filesystem::path path;
+        std::optional<Sound> sound;
+    };
+    /// Returns these sounds by program number; a number without a sound has an empty path.
+    const std::map<int32, Chosen>& All() const { return sounds; }
     /// Returns the sounds that play a note in the file, which may include the sound that was loaded
     /// before.
     const std::set<const Sound*>& Struck() const { return struck; }
@@ -50,8 +59,7 @@ class FilePrograms : public kits::EventWatcher {
     const kits::ProgramFolders& folders;
     const bool compiles;
     ProgramSelector selector{instrument.Engine().consumer, BMessenger(), 0};
-    /// The sounds by program number; no value if the sound cannot be read.
-    std::map<int32, std::optional<Sound>> sounds;
+    std::map<int32, Chosen> sounds;
     std::set<const Sound*> struck;
     std::string fault;
 };

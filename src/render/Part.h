@@ -10,6 +10,7 @@
 #include "synth/Decimator.h"
 
 #include <cstddef>
+#include <map>
 #include <optional>
 #include <span>
 #include <string>
@@ -29,6 +30,8 @@ class Part {
     FunctionReport SetUp(const Sound& sound, const Tuning& tuning,
                          std::vector<std::string>& warnings);
 
+    /// Returns the sounds that program changes will choose.
+    const std::map<int32, FilePrograms::Chosen>& Programs() const { return programs.All(); }
     bool HasNotes() const { return events.notes > 0; }
     /// Returns 2 if any sound that plays a note has a spread, else 1.
     std::size_t Ears() const { return ears.size(); }

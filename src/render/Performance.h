@@ -10,9 +10,10 @@
 
 namespace vexa {
 
-/// Plays the events of a file, each at the sample nearest to its time, and renders the result. If a
-/// key or a pedal still holds a note that is heard, the end of the tail fades out. The output does
-/// not depend on the number of samples rendered per call.
+/// Plays the events of a file, each at the sample nearest to its time, and renders the result. If
+/// any note has not ended by then, the last 0.01 s fade out; if a key or a pedal still holds a note
+/// that is heard, the last 0.1 s of the tail do. The output does not depend on the number of
+/// samples rendered per call.
 class Performance {
   public:
     /// Plays at `rate` samples per second, `oversampling` times the rate of the output, until
@@ -42,6 +43,7 @@ class Performance {
     int64 SampleOf(double seconds) const;
     void Play(const MidiEvent& event);
     std::size_t HeldNotes() const;
+    bool Sounds() const;
     void FadeOut(float* samples, int64 first, int64 next) const;
 
     Engine& instrument;
@@ -50,11 +52,15 @@ class Performance {
     int64 length;
     /// The sample, after the last event, from which notes that are still held fade out.
     int64 fadeStart;
+    /// The sample from which notes that have not ended fade out.
+    int64 cutStart;
     int64 position = 0;
     std::size_t nextEvent = 0;
     kits::EventWatcher* watcher = nullptr;
     int32 mostVoices = 0;
     std::size_t fadedNotes = 0;
+    /// True if the end cuts a note off.
+    bool isCut = false;
 };
 
 } // namespace vexa

@@ -51,6 +51,7 @@ class RenderJob {
   private:
     Result<void> Render();
     bool IsOutput(const std::filesystem::path& path) const;
+    Result<void> CheckInput(const std::string& option, const std::filesystem::path& path);
     Result<void> CheckOutput();
     Result<void> CheckOutputOf(const Sound& sound, const std::filesystem::path& path) const;
     Result<Sound> SoundOf(const std::filesystem::path& path);
@@ -138,6 +139,14 @@ bool RenderJob::IsOutput(const std::filesystem::path& path) const {
     return std::filesystem::equivalent(options.output, path, ignored);
 }
 
+/// Fails if the output would replace that file, which the option has as an input.
+Result<void> RenderJob::CheckInput(const std::string& option, const std::filesystem::path& path) {
+    if (!IsOutput(path))
+        return {};
+    return EndWith(kUsageExitCode, option + ": " + path.string() +
+                                       " is the output's file too, which would be overwritten");
+}
+
 /// Fails if the output would replace a file that the command line names as an input.
 Result<void> RenderJob::CheckOutput() {
     std::vector<std::pair<std::string, std::filesystem::path>> inputs{{"MIDI", options.midi}};
@@ -162,10 +171,8 @@ Result<void> RenderJob::CheckOutput() {
     add("--tuning", options.tuning.scale);
     add("--keymap", options.tuning.keymap);
     for (const auto& [option, path] : inputs) {
-        if (IsOutput(path))
-            return EndWith(kUsageExitCode, option + ": " + path.string() +
-                                               " is the output's file too, which would be "
-                                               "overwritten");
+        if (Result<void> checked = CheckInput(option, path); !checked)
+            return checked;
     }
     return {};
 }
@@ -258,14 +265,21 @@ Result<Arrangement> RenderJob::Arrange(MidiFile midi) {
             return tuning.Fault();
         const char* const option = parts.empty() ? FunctionOption() : nullptr;
         std::vector<std::string> remarks;
-        const FunctionReport report =
-            parts.emplace_back(options, folders, std::move(events)).SetUp(*sound, *tuning, remarks);
+        Part& part = parts.emplace_back(options, folders, std::move(events));
+        const FunctionReport report = part.SetUp(*sound, *tuning, remarks);
+        for (const auto& [number, chosen] : part.Programs()) {
+            if (Result<void> checked = CheckInput("--programs", chosen.path); !checked)
+                return checked;
+            if (!chosen.sound)
+                continue;
+            if (Result<void> checked = CheckOutputOf(*chosen.sound, chosen.path); !checked)
+                return checked;
+        }
         const Error fault = option ? Error{std::string(option) + ": " + Text(report)}
                                    : FaultIn(path, sound->function, report);
         if (!Plays(report))
             return fault;
-        // The compiler's own warnings are for standard error of those who write formulas.
-        if (sound->function.kind != FunctionKind::Expression && IsNews(report, sound->function))
+        if (IsNews(report, sound->function))
             Warn({fault.text});
         if (options.compile)
             Warn(NotCompiled(option ? option : FunctionOf(path), sound->function));

@@ -17,9 +17,15 @@ VEXA_REALTIME bool Glides(FunctionInput input) noexcept {
            input.kind == FunctionInput::Kind::Controller || input.kind == FunctionInput::Kind::Key;
 }
 
-/// Returns the time of a note `i` samples from here.
-VEXA_REALTIME double TimeOf(const RunningVoice& v, std::size_t i, double dt) noexcept {
-    return static_cast<double>(v.stopped ? v.age : v.age + i) * dt;
+/// Writes the times of a note from here on, and what they lack, unless `rests` is null.
+VEXA_REALTIME void WriteTimes(const RunningVoice& v, double dt, float* to, float* rests,
+                              std::size_t count) noexcept {
+    for (std::size_t i = 0; i < count; i++) {
+        const double t = static_cast<double>(v.stopped ? v.age : v.age + i) * dt;
+        to[i] = static_cast<float>(t);
+        if (rests)
+            rests[i] = TimeRestOf(t);
+    }
 }
 
 } // namespace
@@ -114,6 +120,9 @@ const float* const* InputBlock::Fill(const PlaneSource& f, std::span<RunningVoic
         const FunctionInput input = inputs[n];
         float* to = space->values[n].data();
         arrays[n] = to;
+        const bool hasRest =
+            n + 1 < inputs.size() && inputs[n + 1].kind == FunctionInput::Kind::TimeRest;
+        float* rests = hasRest ? space->values[n + 1].data() : nullptr;
         const float wanted = CommonOf(input, controllers);
         for (std::size_t k = 0; k < voices.size(); k++, to += count) {
             RunningVoice& v = *voices[k];
@@ -133,12 +142,10 @@ const float* const* InputBlock::Fill(const PlaneSource& f, std::span<RunningVoic
                 std::fill_n(to, count, v.vel);
                 break;
             case FunctionInput::Kind::Time:
-                for (std::size_t i = 0; i < count; i++)
-                    to[i] = static_cast<float>(TimeOf(v, i, dt));
+                WriteTimes(v, dt, to, rests ? rests + k * count : nullptr, count);
                 break;
             case FunctionInput::Kind::TimeRest:
-                for (std::size_t i = 0; i < count; i++)
-                    to[i] = TimeRestOf(TimeOf(v, i, dt));
+                // Written with the time.
                 break;
             }
         }

@@ -23,7 +23,7 @@ struct FunctionInput {
         /// Seconds since note-on; the time continues after the release.
         Time,
         /// What Time, a 32-bit number, lacks of the time. Their sum is exact enough for quick
-        /// motions in notes of any length.
+        /// motions in notes of any length. Directly follows Time among a function's inputs.
         TimeRest,
         /// The value of a controller, 0..1.
         Controller,

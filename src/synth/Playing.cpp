@@ -56,6 +56,10 @@ std::span<const PlayingRow, kPlayingRows> PlayingRows() {
     return kRows;
 }
 
+const PlayingRow& PlayingRowNamed(std::string_view name) {
+    return *std::ranges::find(kRows, name, &PlayingRow::name);
+}
+
 std::optional<float> PlayingValue(const PlayingRow& row, const std::string& text) {
     const std::string trimmed(kits::Trimmed(text));
     if (!row.words.empty()) {

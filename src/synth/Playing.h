@@ -91,6 +91,8 @@ constexpr std::size_t kPlayingRows = 10;
 
 /// Returns the rows in the order of their elements in a document.
 VEXA_REALTIME std::span<const PlayingRow, kPlayingRows> PlayingRows();
+/// Returns the row with that name, which must be one of them.
+const PlayingRow& PlayingRowNamed(std::string_view name);
 
 /// Parses `text` as a value of the row. Returns nothing if the text is anything but one valid
 /// value. Surrounding blanks are ignored. The result does not depend on the locale.

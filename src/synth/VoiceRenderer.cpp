@@ -101,16 +101,14 @@ VEXA_REALTIME void Refilter(RunningVoice& v, const LowCutFilter& next) noexcept 
 
 } // namespace
 
-VoiceRenderer::VoiceRenderer(const ControllerTable& controllers, Macros& macros,
-                             const sound_param& parameters, const Playing& playing,
-                             const ChannelVolumes& volumes, VoiceTable& voices)
-    : inputs(macros),
-      macros(macros),
-      controllers(controllers),
-      parameters(parameters),
-      playing(playing),
-      mix(playing, volumes),
-      voices(voices),
+VoiceRenderer::VoiceRenderer(SoundRecords& records)
+    : inputs(records.macros),
+      macros(records.macros),
+      controllers(records.controllers),
+      parameters(records.parameters),
+      playing(records.playing),
+      mix(records.playing, records.volumes),
+      voices(records.voices),
       filterRate(kFilterRate) {}
 
 std::size_t VoiceRenderer::SamplesIn(double seconds) const noexcept {

@@ -12,6 +12,7 @@
 #include "synth/Playing.h"
 #include "synth/RunningVoice.h"
 #include "synth/SoundParam.h"
+#include "synth/SoundRecords.h"
 #include "synth/Voice.h"
 #include "synth/VoiceMotion.h"
 
@@ -38,8 +39,7 @@ class VoiceRenderer {
 
     /// Makes a renderer with gain 0, dummyfunction and 44100 samples per second. The records are
     /// shared and must outlive the renderer. Allocates.
-    VoiceRenderer(const ControllerTable& controllers, Macros& macros, const sound_param& parameters,
-                  const Playing& playing, const ChannelVolumes& volumes, VoiceTable& voices);
+    explicit VoiceRenderer(SoundRecords& records);
 
     /// Writes the next `count` samples of the sum of all voices, times the gain, unclipped.
     /// Media thread: no allocation, lock, wait or system call.

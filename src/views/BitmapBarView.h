@@ -15,6 +15,13 @@ class BitmapBarView : public BView {
     BitmapBarView(BBitmap* left, BBitmap* middle, BBitmap* right, BRect frame, const char* name,
                   uint32 resizingMode, uint32 flags);
 
+    /// Shows or leaves out the images at the ends; the middle one takes the place of what is left
+    /// out.
+    void ShowEnds(bool left, bool right);
+    /// Return the widths of the images at the ends, whether they are shown or not, in pixels.
+    float LeftWidth() const;
+    float RightWidth() const;
+
     void Draw(BRect update) override;
     void FrameResized(float width, float height) override;
 
@@ -22,6 +29,8 @@ class BitmapBarView : public BView {
     std::unique_ptr<BBitmap> leftBitmap;
     std::unique_ptr<BBitmap> middleBitmap;
     std::unique_ptr<BBitmap> rightBitmap;
+    bool showsLeft = true;
+    bool showsRight = true;
 };
 
 } // namespace vexa

@@ -317,6 +317,7 @@ void EnvView::AskForNumbers(std::size_t index) {
     CloseEntry();
     selected.reset();
     entryPoint = index;
+    entryWrong = false;
     const EnvPoint& point = std::as_const(*this).Points()[index];
     const BPoint at = EnvPoint2View(point);
     const float left = std::clamp(at.x + kLabelGap, 0.0F, Bounds().right - kEntryWidth);
@@ -335,9 +336,10 @@ void EnvView::AskForNumbers(std::size_t index) {
 }
 
 /// Moves the point to the entered time and value. If one is missing or invalid, the point stays,
-/// and after Enter so does the field.
+/// and the field is marked; after Enter it keeps the keyboard.
 void EnvView::TakeNumbers() {
     const std::string text = entry->Text();
+    entryWrong = false;
     if (entryPoint >= std::as_const(*this).Points().size() || text == Numbers(entryPoint))
         return;
     std::size_t first = 0;
@@ -348,10 +350,11 @@ void EnvView::TakeNumbers() {
     const double value = kits::NumberOf(rest, &second);
     if (first > 0 && second > 0 && std::isfinite(t) && std::isfinite(value))
         return MovePoint(entryPoint, static_cast<float>(t), static_cast<float>(value));
-    if (!IsFocus())
-        return;
+    entryWrong = true;
     entry->MarkWrong(true);
     entry->SetToolTip((kits::Quoted(text) + " is not a time and a value").c_str());
+    if (!IsFocus())
+        return;
     entry->MakeFocus();
     entry->SelectAll();
 }
@@ -366,7 +369,8 @@ void EnvView::CloseEntry() {
 void EnvView::MessageReceived(BMessage* message) {
     if (message->what == kEntryCode && entry)
         TakeNumbers();
-    else if (message->what == kEntryEndCode && entry && !entry->IsFocus())
+    else if (message->what == kEntryEndCode && entry && !entry->IsFocus() &&
+             (!entryWrong || IsFocus()))
         CloseEntry();
     else
         BView::MessageReceived(message);

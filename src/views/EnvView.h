@@ -22,7 +22,8 @@ namespace vexa {
 /// a field for them. With the keyboard focus, the arrow keys move the chosen point, finely with
 /// Shift and coarsely with Ctrl. Alt with Left or Right chooses another point, Insert adds one
 /// after it, Delete deletes it, and Enter opens the field for its numbers. Enter in that field
-/// gives the keyboard back to the envelope. Window thread.
+/// gives the keyboard back to the envelope. A text there that is no time and value is marked and
+/// stays until it is mended, or given up with Escape or by a press in the envelope. Window thread.
 class EnvView : public BView, public Envelope {
   public:
     EnvView(BRect frame, const char* name, float minimum, float maximum, float timeRange,
@@ -104,6 +105,8 @@ class EnvView : public BView, public Envelope {
     bool asking = false;
     BTextControl* entry = nullptr;
     std::size_t entryPoint = 0;
+    /// The text in the field is not a time and a value: it stays when the keyboard goes elsewhere.
+    bool entryWrong = false;
     rgb_color lineColor;
 };
 

@@ -121,12 +121,20 @@ TEST_F(AttachedView, ShowsWhatPlaysSendsWhatIsDoneAndNothingElse) {
     instrument.Render(left.data(), right.data(), left.size());
     EXPECT_TRUE(slot.released);
 
-    // What was done last is sent even if the window closes at once.
+    // What was done last is sent even if the window closes at once, and if it is more than a socket
+    // holds.
     instrument.TakeEdited();
     view->Undo();
     delete std::exchange(window, nullptr);
-    windows.Close();
+    GoOn();
     EXPECT_TRUE(instrument.TakeEdited());
+    for (const char letter : {'a', 'b', 'c'}) {
+        sound.info.comment = std::string(400'000, letter);
+        EXPECT_TRUE(plugin->Offer(sound));
+    }
+    plugin.reset();
+    windows.Close();
+    EXPECT_TRUE(HostsSound() == sound);
 }
 
 TEST(Attachment, PluginsThatAreNoneAreNamed) {

@@ -140,8 +140,19 @@ TEST_F(BarTest, TellsWhyThereIsNoRecording) {
     EXPECT_THAT(alerts.texts, ElementsAre("The recording cannot begin."));
     EXPECT_THAT(alerts.details, HasSubstr("recordings"));
 
-    // The window ends the recording when it closes.
+    // That of the command line is not cut off. The button waits until it has ended.
     fs::remove(In("recordings"));
+    const auto named = *kits::Recording::Begin(In("named.wav"));
+    view->Record(named.get());
+    Pulse();
+    PressButton("Record");
+    EXPECT_FALSE(Bar().IsRecording());
+    EXPECT_THAT(window->FindView("Record")->ToolTip(), HasSubstr("--record"));
+    named->TakeRate(48000);
+    named->TakeRate(44100);
+    Pulse();
+
+    // The window ends the recording when it closes.
     PressButton("Record");
     EXPECT_TRUE(Bar().IsRecording());
     delete std::exchange(window, nullptr);

@@ -90,7 +90,7 @@ TEST_F(DescriptionTest, WhatIsSaidIsUndoneSavedReadBackAndListed) {
     const std::vector<std::string> first = Shown();
     EXPECT_EQ(first[0], *before.info.name);
     EXPECT_EQ(first[4], *before.info.comment);
-    EXPECT_TRUE(Line("name").IsFocus());
+    EXPECT_EQ(Described().Widget().focusWidget(), Line("name").Widget().Content());
 
     // Each is a step of its own, however soon it follows.
     Say("name", " Rolling hills ");
@@ -157,6 +157,7 @@ TEST_F(DescriptionTest, ANameThatNobodyHasGivenFollowsTheFile) {
     Enter("Fy", "3");
     SaveAs("first.xml");
     EXPECT_EQ(Info().name, "first");
+    EXPECT_EQ(vexa::ReadSound(In("sounds/first.xml"))->info.name, "first");
     Pulse();
     EXPECT_EQ(Shown()[0], "first");
     EXPECT_FALSE(view->Changed());
@@ -255,6 +256,16 @@ TEST_F(DescriptionTest, WhatIsTypedBelongsToTheSoundThatItWasTypedFor) {
     view->Undo();
     EXPECT_EQ(Info().tags, "for the first");
     Pulse();
+    // What is entered changes no other part, which may have changed meanwhile.
+    const std::optional<std::string> name = Info().name;
+    Say("name", "Taken back");
+    Line("tags").MakeFocus();
+    Line("tags").Type("late");
+    Comment().MakeFocus();
+    view->Undo();
+    test::Settle();
+    EXPECT_EQ(Info().name, name);
+    EXPECT_EQ(Info().tags, "late");
     // A change of another part leaves what is being typed.
     Line("tags").MakeFocus();
     Line("tags").Type("half");
@@ -289,9 +300,13 @@ TEST_F(DescriptionTest, IsOpenedAndClosedInManyWaysAndLeavesNothingBehind) {
     EXPECT_EQ(Info().name, "typed") << "closing is leaving";
     auto& menu = dynamic_cast<BMenuField&>(*window->FindView("main menu"));
     emit menu.Widget().findChild<QToolButton*>()->menu()->aboutToShow();
-    menu.Menu()->FindItem("About This Sound (Ctrl I)")->Choose();
+    menu.Menu()->FindItem("About This Sound")->Choose();
     test::Settle();
     EXPECT_TRUE(isOpen());
+    // Behind the last control comes the first.
+    Comment().MakeFocus();
+    test::TypeKey(Described(), Qt::Key_Tab);
+    EXPECT_EQ(Described().Widget().focusWidget(), Line("name").Widget().Content());
     // The first Escape in a comment takes back the typing.
     Comment().MakeFocus();
     test::Type(Described(), "abc");

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Catches controls and texts that cover or cut each other, with any font.
 #include "app/MainViewStage.h"
+#include "app/bar/BarView.h"
 #include "kits/interface/backends/ViewWidget.h"
 #include "views/EnvView.h"
 #include "views/R2RFView.h"
@@ -122,10 +123,10 @@ TEST_P(LayoutTest, AWindowThatIsOnlyLowScrollsInOneDirection) {
     }
 }
 
-/// In a narrow window, items without room are hidden instead of covering others.
+/// In a narrow window, logos and items without room are hidden instead of covering others.
 TEST_P(LayoutTest, TheBarKeepsTheNameOfTheSound) {
     window->ShowPart(vexa::VexaWindow::Part::Drawer, false);
-    const BView& bar = *window->FindView("bar");
+    const vexa::BarView& bar = window->Bar();
     std::size_t before = 0;
     for (const float width : {480.0F, 560.0F, 640.0F, 800.0F, 935.0F}) {
         window->ResizeTo(width, 500);
@@ -136,6 +137,7 @@ TEST_P(LayoutTest, TheBarKeepsTheNameOfTheSound) {
                 pieces.push_back({child->Name(), AreaOf(child->Frame())});
         }
         EXPECT_GE(pieces.size(), std::max<std::size_t>(before, 4));
+        EXPECT_GE(bar.CaptionFrame().Width(), 150) << width;
         before = pieces.size();
         for (std::size_t i = 0; i < pieces.size(); i++) {
             EXPECT_TRUE(AreaOf(bar.Bounds()).contains(pieces[i].area)) << pieces[i].what << width;

@@ -18,8 +18,7 @@ std::vector<float> Play(vexa::VexaView& view, const vexa::MidiFile& file, std::s
     vexa::VexaMidiConsumer& consumer = view.Graph().Consumer();
     // The window's producer would drop voices when a few samples take longer than real time.
     vexa::Engine& engine = view.Engine();
-    vexa::VoiceRenderer renderer(engine.controllers, engine.macros, engine.parameters,
-                                 engine.playing, engine.volumes, engine.voices);
+    vexa::VoiceRenderer renderer(engine);
     renderer.SetFunction(view.Plane().Function());
     renderer.SetGain(0.25F);
     std::vector<float> samples(length);

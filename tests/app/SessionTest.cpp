@@ -58,7 +58,7 @@ class SessionTest : public test::MainViewTest {
 TEST_F(SessionTest, RemembersAll) {
     AppOptions options;
     options.tuning = {folder.Write("s.scl", kScale), std::nullopt, 432.1};
-    options.playing.texts[1] = "legato";
+    options.playing.Of("mode") = "legato";
     options.mpe = true;
     OpenInSession(options);
     EXPECT_TRUE(ManagerHears("/nsm/server/announce Vexa :dirty:optional-gui: test_app 1 0 " +
@@ -76,6 +76,7 @@ TEST_F(SessionTest, RemembersAll) {
         [&] { Pick(view->VoicesMenu(), vexa::VoicesCode(7)); },
         [&] { Pick(view->ChannelMenu(), vexa::ChannelCode(3)); },
         [&] { view->ChooseSource(""); },
+        [&] { view->DescribeSound("Anna", view->Played().State().info, "author"); },
         [&] { view->FollowPrograms(true); },
         [&] { view->NameSound("Zoë = 1"); },
     };
@@ -111,7 +112,7 @@ TEST_F(SessionTest, RemembersAll) {
     EXPECT_EQ(view->ChosenSource(), "");
     EXPECT_TRUE(view->FollowsPrograms());
     EXPECT_EQ(view->SoundName(), "Zoë = 1");
-    EXPECT_EQ(view->Played().Preferred().texts[1], "legato");
+    EXPECT_EQ(view->Played().Preferred().Of("mode"), "legato");
     EXPECT_TRUE(project.options.mpe);
     EXPECT_EQ(project.options.tuning.a4, 432.1);
     EXPECT_EQ(project.options.tuning.scale, folder.Path() / "session/Vexa.nTEST/scale.scl");

@@ -41,11 +41,7 @@ class StripTest : public test::MainViewTest {
     /// Returns the text of that row in the sound's document.
     std::optional<std::string> Said(std::string_view row) {
         const auto playing = view->ConstructSound().playing;
-        for (std::size_t i = 0; playing && i < kPlayingRows; i++) {
-            if (PlayingRows()[i].name == row)
-                return playing->texts[i];
-        }
-        return std::nullopt;
+        return playing ? playing->Of(row) : std::nullopt;
     }
     void Look() {
         window->Strip().Refresh();
@@ -136,7 +132,7 @@ TEST_F(StripTest, HowTheSoundIsPlayedIsEditedHeardAndSaved) {
 
     // Another sound is shown, but the command line's settings take precedence.
     PlayingTexts options;
-    options.texts[2] = "0.25";
+    options.Of("glide") = "0.25";
     view->Prefer(options);
     view->LoadSound(In("sounds/bell.xml"));
     Look();

@@ -6,6 +6,7 @@
 #include "app/strip/Knob.h"
 #include "app/strip/Strip.h"
 #include "documents/SoundDocument.h"
+#include "kits/interface/backends/ViewWidget.h"
 #include "kits/midi/MidiLocalProducer.h"
 #include "kits/midi/MidiRoster.h"
 #include "support/Environment.h"
@@ -170,6 +171,7 @@ TEST_F(VexaViewTest, AnExpressionIsCompiledAndShown) {
     FinishAddon();
     ASSERT_EQ(alerts.texts.size(), 1U);
     EXPECT_THAT(alerts.texts[0], HasSubstr("There was an error while trying to compile"));
+    EXPECT_THAT(alerts.heading, HasSubstr("The formula plays"));
     EXPECT_EQ(PixelAt(10, 10), 127U);
     alerts.texts.clear();
     {
@@ -185,6 +187,8 @@ TEST_F(VexaViewTest, AnExpressionIsCompiledAndShown) {
     Enter("Fxy", "0.5 + fopen(x)");
     ASSERT_EQ(alerts.texts.size(), 1U);
     EXPECT_THAT(alerts.texts[0], HasSubstr("There was an error while trying to compile"));
+    EXPECT_THAT(alerts.heading, HasSubstr("mend it in its field"));
+    EXPECT_THAT(alerts.details, HasSubstr("character 7: "));
     EXPECT_EQ(PixelAt(10, 10), 127U);
     EXPECT_EQ(Text("Fxy"), "0.5 + fopen(x)");
     EXPECT_THAT(Field("Fxy").ToolTip(), HasSubstr("fopen"));
@@ -224,6 +228,14 @@ TEST_F(VexaViewTest, WhatIsTypedIsExplainedAndShownAndHeardWhenItIsConfirmed) {
     type("0.5+x+x^2");
     EXPECT_GT(*view->Hint().Mark(), mark + 5);
     EXPECT_EQ(pixelAfterPulses(), kPlaying);
+    // A formula may be doubtful too; what is said about it stays once it plays.
+    type("1/3*x");
+    EXPECT_THAT(view->Hint().Lines(), Contains("write 1.0/3"));
+    EXPECT_EQ(pixelAfterPulses(), 0U);
+    Enter("Fxy", "1/3*x");
+    EXPECT_TRUE(view->Hint().IsHidden());
+    EXPECT_THAT(field.ToolTip(), HasSubstr("1/3 is 0"));
+    Enter("Fxy", "0.25");
     type("0.5");
     EXPECT_TRUE(view->Hint().IsHidden());
     EXPECT_STREQ(field.ToolTip(), "");
@@ -582,6 +594,22 @@ TEST_F(VexaViewTest, TabGoesOnFromTheNumbersOfAPointAsFromItsEnvelope) {
     EXPECT_FALSE(envelope.Entry());
     EXPECT_EQ(QApplication::focusWidget(), next);
     EXPECT_EQ(view->ConstructSound().envelopes[1][0].val, 0.5F);
+    // A text that is no number stays, to be mended later.
+    envelope.MakeFocus();
+    test::TypeKey(*window, Qt::Key_Return);
+    test::Type(*window, "half");
+    test::TypeKey(*window, Qt::Key_Tab);
+    test::Settle();
+    EXPECT_EQ(QApplication::focusWidget(), next);
+    ASSERT_TRUE(envelope.Entry());
+    EXPECT_STREQ(envelope.Entry()->Text(), "half");
+    EXPECT_THAT(envelope.Entry()->ToolTip(), HasSubstr("not a time and a value"));
+    envelope.Entry()->MakeFocus();
+    envelope.Entry()->Type("0 0.75");
+    test::TypeKey(*window, Qt::Key_Tab);
+    test::Settle();
+    EXPECT_FALSE(envelope.Entry());
+    EXPECT_EQ(view->ConstructSound().envelopes[1][0].val, 0.75F);
 }
 
 TEST_F(VexaViewTest, WhatIsNotSavedIsMarkedAndAskedAbout) {
@@ -701,6 +729,7 @@ TEST_F(VexaViewTest, AFieldThatIsNotWhollyANumberIsMarked) {
         Enter(field, text);
         EXPECT_THAT(Field(field).ToolTip(), HasSubstr(tip)) << text;
         EXPECT_EQ(*Field(field).ToolTip() == 0, *tip == 0) << text;
+        EXPECT_EQ(Field(field).Widget().Content()->property("wrong").toBool(), *tip != 0) << text;
     }
 }
 

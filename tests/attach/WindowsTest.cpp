@@ -146,7 +146,7 @@ TEST_F(WindowsOfAPlugin, EditsAreHeardAndWhatPlaysIsSeenWhileTheAudioSideNeverWa
     window->Edit(sound);
     sound.envelopes[2][0].val = 0.5F;
     window->Edit(sound);
-    sound.playing.emplace().texts[0] = "3";
+    sound.playing.emplace().Of("polyphony") = "3";
     window->Edit(sound);
     Await([&] { return instrument.State() == SoundText(sound); });
     Await([&] { return peak > 0.3F; });
@@ -231,14 +231,26 @@ TEST_F(WindowsOfAPlugin, AFileThatIsOnlyInTheSessionIsFoundByAWindowAndKeptByIt)
     sound.texts[0] = restored.texts[0] = "3.5";
     window.Edit(sound);
     Await([&] { return instrument.State() == SoundText(restored); });
-    EXPECT_EQ(instrument.FunctionFile(), here);
+    EXPECT_EQ(instrument.Keep().file, here);
     // Files that the user chooses, or restores by Undo, are found here too.
     Sound other = sound;
     other.function.kind = FunctionKind::Expression;
     window.Edit(other);
-    Await([&] { return !instrument.FunctionFile(); });
+    Await([&] { return !instrument.Keep().file; });
     window.Edit(sound);
-    Await([&] { return instrument.FunctionFile() == here; });
+    Await([&] { return instrument.Keep().file == here; });
+    // A session keeps what belongs together, whatever else happens meanwhile.
+    std::jthread loading([&](const std::stop_token& stop) {
+        while (!stop.stop_requested()) {
+            instrument.Restore(SoundText(Sound()), "", taken);
+            instrument.Restore(SoundText(restored), here, taken);
+        }
+    });
+    for (int i = 0; i < 1000; i++) {
+        const HostedInstrument::Kept kept = instrument.Keep();
+        const FunctionKind kind = SoundOfText(kept.document)->function.kind;
+        ASSERT_EQ(kept.file.has_value(), kind == FunctionKind::Picture);
+    }
 }
 
 std::string Raw(uint32 kind, uint32 size, const std::string& body) {

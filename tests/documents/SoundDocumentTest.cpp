@@ -171,9 +171,10 @@ TEST(SoundDocument, TellsTheLineAndColumnOfWhatIsMalformed) {
         {"<ctlnum>200</ctlnum><env>nan</env>",
          {"s:2:3: <ctlnum>: \"200\": Controller number must be between 0 and 127.",
           "s:2:23: <env>: \"nan\" is not a number and changes nothing"}},
-        {"<envdata><envpoint t=\"0\" val=\"1\" fku=\"true\" curve=\"2\"/><evnpoint/></envdata>",
+        {"<envdata><envpoint t=\"0\" val=\"1\" fku=\"true\" curve=\"2\"/><evnpoint/>no</envdata>",
          {"s:2:12: <envpoint>: expected t, val or fku, found \"curve\"",
-          "s:2:58: expected <envpoint> in <envdata>, found an element <evnpoint>"}},
+          "s:2:58: expected <envpoint> in <envdata>, found an element <evnpoint>",
+          "s:2:69: expected <envpoint> in <envdata>, found the text \"no\""}},
         {"<env/>",
          {"s:2:3: <env>: expected an element with an end tag; one that ends in \"/>\" counts as "
           "missing"}},
@@ -235,8 +236,9 @@ TEST(SoundDocument, WhatPlayingCannotBeIsToldWithItsPlaceAndCountsAsAbsent) {
     }
 }
 
-/// A misspelt name would otherwise be a setting that changes nothing, without a word.
-TEST(SoundDocument, EachUnknownElementIsToldOnceWithItsPlaceAndWhatWasExpected) {
+/// A misspelt name would otherwise be a setting that changes nothing, without a word; so would one
+/// that is there already.
+TEST(SoundDocument, WhatIsNotReadIsToldOnceWithItsPlaceAndWhatWasExpected) {
     std::vector<std::string> lines;
     const Sound sound = Interpreted("<vexasound>\n"
                                     "<info><autor>A</autor><tags>x</tags></info>\n"
@@ -245,7 +247,8 @@ TEST(SoundDocument, EachUnknownElementIsToldOnceWithItsPlaceAndWhatWasExpected) 
                                     "<display><with>1</with><linkfunction><X>1</X></linkfunction>"
                                     "</display>\n<macros><a>1</a><e>1</e><b/></macros>"
                                     "</vexafunction>\n"
-                                    "<cx0><env>1</env></cx0>\n<az/>\n"
+                                    "<cx0><env>1</env></cx0>\n<az/>no<!-- text --><fx>1</fx>\n"
+                                    "<fx>2</fx><fy/><fy>3</fy><vexasamplefunction/><![CDATA[x]]>\n"
                                     "<playing><Bend>2</Bend><bend>3</bend></playing>\n"
                                     "<playing2></playing2></vexasound>",
                                     lines);
@@ -254,28 +257,38 @@ TEST(SoundDocument, EachUnknownElementIsToldOnceWithItsPlaceAndWhatWasExpected) 
                              "<comment> in <info>, found an element ";
     const std::string root =
         "expected <dcxdt>, <dcydt>, <ax>, <ay>, <cx0>, <cy0>, <fx>, <fy>, <info>, <vexafunction>, "
-        "<vexasamplefunction>, <vexapicturefunction> or <playing> in <vexasound>, found an "
-        "element ";
+        "<vexasamplefunction>, <vexapicturefunction> or <playing> in <vexasound>, found ";
+    const std::string another = "expected one element <";
     EXPECT_THAT(
         lines,
-        ElementsAre("s:2:7: " + info + "<autor>", "s:3:41: " + info + "<Name>",
-                    "s:3:88: expected <info>, <expression>, <display> or <macros> in "
-                    "<vexafunction>, found an element <samplefile>",
-                    "s:4:10: expected <width>, <linkfunction> or <linkscreenrel> in <display>, "
-                    "found an element <with>",
-                    "s:4:38: expected <x> or <y> in <linkfunction>, found an element <X>",
-                    "s:5:17: expected <a>, <actl>, <b>, <bctl>, <c>, <cctl>, <d> or <dctl> in "
-                    "<macros>, found an element <e>",
-                    "s:5:25: <b>: expected an element with an end tag; one that ends in \"/>\" "
-                    "counts as missing",
-                    "s:6:6: expected <one>, <vel>, <key>, <ctl> or <ctlnum> in <cx0>, found an "
-                    "element <env>",
-                    "s:7:1: " + root + "<az>",
-                    "s:8:10: expected <polyphony>, <mode>, <glide>, <bend>, <pedal>, <pressure>, "
-                    "<spread>, <oversample>, <smooth> or <volume> in <playing>, found an element "
-                    "<Bend>",
-                    "s:9:1: " + root + "<playing2>"));
-    EXPECT_EQ(sound.playing->texts[3], "3");
+        ElementsAre(
+            "s:2:7: " + info + "<autor>", "s:3:41: " + info + "<Name>",
+            "s:3:88: expected <info>, <expression>, <display> or <macros> in "
+            "<vexafunction>, found an element <samplefile>",
+            "s:4:10: expected <width>, <linkfunction> or <linkscreenrel> in <display>, "
+            "found an element <with>",
+            "s:4:38: expected <x> or <y> in <linkfunction>, found an element <X>",
+            "s:5:17: expected <a>, <actl>, <b>, <bctl>, <c>, <cctl>, <d> or <dctl> in "
+            "<macros>, found an element <e>",
+            "s:5:25: <b>: expected an element with an end tag; one that ends in \"/>\" "
+            "counts as missing",
+            "s:6:6: expected <one>, <vel>, <key>, <ctl> or <ctlnum> in <cx0>, found an "
+            "element <env>",
+            "s:7:1: " + root + "an element <az>", "s:7:6: " + root + "the text \"no\"",
+            "s:8:1: " + another + "fx> in <vexasound>, found another, which is not read",
+            "s:8:16: " + another + "fy> in <vexasound>, found another",
+            "s:8:26: " + another +
+                "vexafunction>, <vexasamplefunction> or "
+                "<vexapicturefunction> in <vexasound>, found also <vexasamplefunction>, which "
+                "is not read",
+            "s:8:47: " + root + "a CDATA section",
+            "s:9:10: expected <polyphony>, <mode>, <glide>, <bend>, <pedal>, <pressure>, "
+            "<spread>, <oversample>, <smooth> or <volume> in <playing>, found an element "
+            "<Bend>",
+            "s:10:1: " + root + "an element <playing2>"));
+    EXPECT_EQ(sound.texts[30], "1");
+    EXPECT_EQ(sound.texts[31], "3");
+    EXPECT_EQ(sound.playing->Of("bend"), "3");
 }
 
 TEST(SoundDocument, PlayingBelongsToTheSoundAloneAndMayBeEmpty) {
@@ -291,14 +304,14 @@ TEST(SoundDocument, PlayingBelongsToTheSoundAloneAndMayBeEmpty) {
     ApplyPlaying(empty, {}, playing);
     EXPECT_TRUE(playing.given);
     PlayingTexts choice;
-    choice.texts[3] = "7";
+    choice.Of("bend") = "7";
     ApplyPlaying(sound, choice, playing);
     EXPECT_TRUE(playing.given) << "a choice is as if the sound had it";
     EXPECT_EQ(playing.bend, 7);
     ApplyPlaying(sound, {}, playing);
     EXPECT_FALSE(playing.given);
     PlayingTexts finer;
-    finer.texts[7] = "4";
+    finer.Of("oversample") = "4";
     ApplyPlaying(sound, finer, playing);
     EXPECT_EQ(playing.Oversampling(), 4);
     EXPECT_FALSE(playing.given) << "how finely is not how";

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Catches wrong or missing messages about invalid formulas.
+// Catches wrong or missing messages about invalid and doubtful formulas.
 
 #include "formula/Formula.h"
 
@@ -14,9 +14,16 @@ struct Faulty {
     std::string_view reason, advice;
 };
 
+void Expect(const Faulty& row, const vexa::ExpressionFault& fault) {
+    EXPECT_EQ(fault.position, row.position) << row.text << "\n" << fault.reason;
+    EXPECT_NE(fault.reason.find(row.reason), std::string::npos) << row.text << "\n" << fault.reason;
+    EXPECT_NE(fault.advice.find(row.advice), std::string::npos) << row.text << "\n" << fault.advice;
+    EXPECT_EQ(row.advice.empty(), fault.advice.empty()) << row.text << "\n" << fault.advice;
+}
+
 TEST(FormulaFault, TellsThePlaceTheReasonAndWhatMayBeMeant) {
     // clang-format off
-    for (const auto& [text, position, reason, advice] : std::initializer_list<Faulty>{
+    for (const Faulty& row : std::initializer_list<Faulty>{
              {"x^2", 1, "whole numbers only", "pow(x, 2)"},
              {"x**2", 2, "before \"*\"", "pow(x, 2)"}, {"x%2", 1, "whole numbers only", "fmod(x, 2)"},
              {"x<<2", 1, "whole numbers only", ""}, {"~x", 0, "whole numbers only", "write -"},
@@ -48,13 +55,20 @@ TEST(FormulaFault, TellsThePlaceTheReasonAndWhatMayBeMeant) {
              {"ctl(0)+ctl(1)+ctl(2)+ctl(3)+ctl(4)+ctl(5)+ctl(6)+ctl(7)+ctl(8)+a+b+c+d+vel+key+t+"
               "ctl(10)", 81, "16 different", ""},
          }) {
-        const vexa::FormulaOutcome outcome = vexa::CompileFormula(text);
-        ASSERT_FALSE(outcome) << text;
-        const vexa::ExpressionFault& fault = outcome.fault;
-        EXPECT_EQ(fault.position, position) << text << "\n" << fault.reason;
-        EXPECT_NE(fault.reason.find(reason), std::string::npos) << text << "\n" << fault.reason;
-        EXPECT_NE(fault.advice.find(advice), std::string::npos) << text << "\n" << fault.advice;
-        EXPECT_EQ(advice.empty(), fault.advice.empty()) << text << "\n" << fault.advice;
+        const vexa::FormulaOutcome outcome = vexa::CompileFormula(row.text);
+        EXPECT_FALSE(outcome) << row.text;
+        Expect(row, outcome.fault);
+    }
+    // Formulas, but not what was meant.
+    for (const Faulty& row : std::initializer_list<Faulty>{
+             {"1/3*x", 1, "1/3 is 0, because", "write 1.0/3"}, {"-7/2*x+1/3", 2, "-7/2 is -3,", "-7.0/2"},
+             {"x+(1+2)/4u", 7, "3/4 is 0,", "3.0/4"}, {"1/-3L", 1, "1/-3 is 0,", "1.0/-3"},
+             {"4294967295u/2", 11, "/2 is 2147483647", "4294967295.0/2"},
+             {"x*1/3+1.0/3+6/3+1/(int)x+(-2147483647-1)/-1", 0, "", ""},
+         }) {
+        const vexa::FormulaOutcome outcome = vexa::CompileFormula(row.text);
+        EXPECT_TRUE(outcome) << row.text;
+        Expect(row, outcome.fault);
     }
     // clang-format on
 }

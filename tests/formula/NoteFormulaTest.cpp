@@ -66,7 +66,8 @@ TEST(NoteFormula, TheTimeOfALongNoteMovesAsFinelyAsThatOfAShortOne) {
         return float(0.1 * x + 0.4 * std::sin(2000 * h.t));
     };
     test::ScalarReference reference(instrument.parameters, plain);
-    const std::vector<Event> events = {{0, Event::Kind::Note, 60, 100}};
+    const std::vector<Event> events = {{0, Event::Kind::Note, 60, 100},
+                                       {9999, Event::Kind::Note, 67, 100}};
     EXPECT_LE(test::Difference(instrument, reference, events, kSamples, 441), 1e-6F);
 }
 

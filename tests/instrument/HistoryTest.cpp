@@ -67,7 +67,7 @@ const struct {
     {"bend",
      [](Sound& s, int v) {
          if (s.playing)
-             s.playing->texts[3] = std::to_string(v);
+             s.playing->Of("bend") = std::to_string(v);
      }},
     {"description", [](Sound& s, int v) { s.info.comment = std::to_string(v); }},
     {"author", [](Sound& s, int v) { s.author = std::to_string(v); }},

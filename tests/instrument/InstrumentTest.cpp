@@ -66,7 +66,7 @@ TEST(Instrument, IsPlayedAsTheSoundSaysUnlessAPersonHasChosen) {
     const test::ProgramFolder folder;
     Instrument instrument(folder.Path(), Addons::None);
     vexa::Sound many;
-    many.playing.emplace().texts[0] = "12";
+    many.playing.emplace().Of("polyphony") = "12";
     instrument.Load(many);
     EXPECT_EQ(instrument.VoiceLimit(), 12);
     instrument.Load(vexa::Sound());
@@ -78,7 +78,7 @@ TEST(Instrument, IsPlayedAsTheSoundSaysUnlessAPersonHasChosen) {
     for (uchar note = 40; note < 52; note++)
         instrument.Engine().consumer.NoteOn(0, note, 100, 0);
     vexa::Sound few;
-    few.playing.emplace().texts[0] = "8";
+    few.playing.emplace().Of("polyphony") = "8";
     instrument.Load(few);
     vexa::VexaMidiConsumer& consumer = instrument.Engine().consumer;
     EXPECT_EQ(consumer.CountHeld(), 12) << "nobody has let them go";
@@ -90,7 +90,7 @@ TEST(Instrument, IsPlayedAsTheSoundSaysUnlessAPersonHasChosen) {
     EXPECT_EQ(consumer.CountVox(), 8);
     consumer.AllNotesOff(false, 0);
     vexa::PlayingTexts options;
-    options.texts[3] = "7"; // bend
+    options.Of("bend") = "7";
     instrument.Prefer(options);
     EXPECT_EQ(instrument.Engine().playing.bend, 7);
     instrument.ChooseVoices(3);
@@ -109,53 +109,52 @@ TEST(Instrument, HowItIsPlayedIsEditedWhileItPlays) {
     plain.author = "somebody";
     instrument.Load(plain);
     vexa::Engine& engine = instrument.Engine();
-    const auto edit = [&](std::size_t row, const char* text) {
+    const auto edit = [&](const char* row, const char* text) {
         const uint64 before = instrument.Changes();
-        const bool taken = instrument.EditPlaying(vexa::PlayingRows()[row], text);
+        const bool taken = instrument.EditPlaying(vexa::PlayingRowNamed(row), text);
         EXPECT_EQ(instrument.Changes() != before, taken);
         return taken;
     };
-    enum : std::size_t { polyphony, mode, glide, bend, pedal, pressure, spread };
     engine.consumer.NoteOn(0, 60, 100, 0);
     engine.consumer.PitchBend(0, 0, 96, 0);
     EXPECT_EQ(engine.voices[0].bend, 0);
-    EXPECT_FALSE(edit(bend, "49"));
-    EXPECT_FALSE(edit(mode, "both"));
+    EXPECT_FALSE(edit("bend", "49"));
+    EXPECT_FALSE(edit("mode", "both"));
     EXPECT_EQ(instrument.State(), plain);
-    EXPECT_TRUE(edit(bend, "12"));
+    EXPECT_TRUE(edit("bend", "12"));
     engine.consumer.NoteOn(0, 61, 100, 0);
     engine.consumer.PitchBend(0, 0, 96, 0);
     EXPECT_NEAR(engine.voices[0].bend, 6, 0.001) << "the wheel, from now on";
     ASSERT_TRUE(instrument.State().playing);
-    EXPECT_EQ(instrument.State().playing->texts[bend], "12");
-    EXPECT_EQ(instrument.State().playing->texts[spread], std::nullopt);
+    EXPECT_EQ(instrument.State().playing->Of("bend"), "12");
+    EXPECT_EQ(instrument.State().playing->Of("spread"), std::nullopt);
     EXPECT_EQ(instrument.State().author, vexa::kDefaultAuthor);
     instrument.SetUser("Anna");
-    EXPECT_TRUE(edit(bend, "12"));
+    EXPECT_TRUE(edit("bend", "12"));
     EXPECT_EQ(instrument.State().author, vexa::kDefaultAuthor) << "confirmed as it is";
 
-    EXPECT_TRUE(edit(pedal, "true"));
+    EXPECT_TRUE(edit("pedal", "true"));
     EXPECT_EQ(instrument.State().author, "Anna");
     engine.consumer.ControlChange(0, 64, 127, 0);
     engine.consumer.NoteOff(0, 61, 0, 0);
     EXPECT_EQ(engine.consumer.CountHeld(), 1);
     const uint32 loads = engine.playing.loads;
-    EXPECT_TRUE(edit(spread, " 40 "));
+    EXPECT_TRUE(edit("spread", " 40 "));
     EXPECT_EQ(engine.playing.spread, 40);
     EXPECT_EQ(engine.playing.loads, loads) << "hands go on as they were";
     vexa::Sound next = instrument.State();
-    next.playing->texts[pedal] = "false";
+    next.playing->Of("pedal") = "false";
     instrument.Change(instrument.State(), next);
     EXPECT_EQ(instrument.State(), next);
     engine.consumer.PitchBend(0, 0, 64, 0);
     EXPECT_EQ(engine.consumer.CountHeld(), 0) << "no pedal will let it go";
 
     instrument.ChooseVoices(3);
-    EXPECT_TRUE(edit(polyphony, "5"));
+    EXPECT_TRUE(edit("polyphony", "5"));
     for (uchar note = 40; note < 60; note++)
         engine.consumer.NoteOn(0, note, 100, 0);
     EXPECT_EQ(engine.consumer.CountVox(), 5);
-    EXPECT_TRUE(edit(polyphony, "2"));
+    EXPECT_TRUE(edit("polyphony", "2"));
     EXPECT_EQ(engine.consumer.CountHeld(), 5) << "nobody has let them go";
     engine.consumer.NoteOn(0, 70, 100, 0);
     EXPECT_EQ(engine.consumer.CountHeld(), 5);
@@ -166,14 +165,14 @@ TEST(Instrument, HowItIsPlayedIsEditedWhileItPlays) {
         engine.consumer.NoteOn(0, note, 100, 0);
     EXPECT_EQ(engine.consumer.CountVox(), 2);
     vexa::PlayingTexts options;
-    options.texts[glide] = "0.5";
+    options.Of("glide") = "0.5";
     instrument.Prefer(options);
-    EXPECT_TRUE(edit(glide, "2"));
+    EXPECT_TRUE(edit("glide", "2"));
     EXPECT_EQ(engine.playing.glide, 0.5F) << "the player's stands before";
-    EXPECT_EQ(instrument.State().playing->texts[glide], "2");
-    EXPECT_TRUE(instrument.EditPlaying(vexa::PlayingRows()[spread], std::nullopt));
+    EXPECT_EQ(instrument.State().playing->Of("glide"), "2");
+    EXPECT_TRUE(instrument.EditPlaying(vexa::PlayingRowNamed("spread"), std::nullopt));
     EXPECT_EQ(engine.playing.spread, 0);
-    EXPECT_EQ(instrument.State().playing->texts[spread], std::nullopt);
+    EXPECT_EQ(instrument.State().playing->Of("spread"), std::nullopt);
 }
 
 TEST(Instrument, AFormulaPlaysAtOnceAndAnAddonFollows) {
@@ -270,7 +269,7 @@ TEST(Instrument, NoOrbitOfOneTerrainIsHeardOnAnother) {
                             const std::string& drift) {
         vexa::Sound sound = WithCircles();
         sound.function.expression = expression;
-        sound.playing.emplace().texts[8] = "20"; // smooth
+        sound.playing.emplace().Of("smooth") = "20";
         for (std::size_t i = 0; i < sound.texts.size(); i++) {
             const std::string_view field = vexa::Parameters()[i].field;
             if (field == "Ax0" || field == "Ay0")
@@ -314,7 +313,7 @@ TEST(Instrument, AnotherSoundNeitherWakesEndedNotesNorJumps) {
     quick.playing.emplace();
     quick.function.expression = "0.1*sin(x)";
     loud.function.expression = "20*sin(x)+50";
-    loud.playing.emplace().texts[9] = "-40"; // volume
+    loud.playing.emplace().Of("volume") = "-40";
     loud.envelopes[2].back().t = loud.envelopes[3].back().t = 20;
     Instrument instrument(folder.Path(), Addons::None);
     vexa::Engine& engine = instrument.Engine();

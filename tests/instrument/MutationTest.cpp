@@ -32,7 +32,7 @@ Sound Ring() {
     Text(sound, ParameterId::Ax3) = "0.25";
     Text(sound, ParameterId::Ax4) = "7";
     sound.function.macros[2].value = "1";
-    sound.playing.emplace().texts[0] = "3";
+    sound.playing.emplace().Of("polyphony") = "3";
     return sound;
 }
 

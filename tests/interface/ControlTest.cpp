@@ -341,6 +341,7 @@ TEST(Menu, HasRoomOnTheScreenWhateverItsItemsSay) {
     auto* menu = new BPopUpMenu("names");
     menu->AddItem(new BMenuItem((std::string(250, 'm') + " & folder").c_str(), new BMessage(7)));
     menu->AddItem(new BMenuItem("short & sweet", new BMessage(8)));
+    menu->ItemAt(1)->SetKeys("Ctrl+S");
     menu->SetTargetForItems(&listener);
     auto* field = new BMenuField({0, 0, 99, 20}, "names", nullptr, menu);
     const test::Stage stage(field);
@@ -350,7 +351,7 @@ TEST(Menu, HasRoomOnTheScreenWhateverItsItemsSay) {
     QAction* const item = shown->actions().first();
     EXPECT_TRUE(item->text().startsWith("mmm")) << item->text().toStdString();
     EXPECT_TRUE(item->text().endsWith("m && folder")) << item->text().toStdString();
-    EXPECT_EQ(shown->actions().last()->text(), "short && sweet");
+    EXPECT_EQ(shown->actions().last()->text(), "short && sweet\tCtrl+S");
     item->trigger();
     shown->hide();
     test::Settle();

@@ -7,6 +7,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pwd.h>
+#include <unistd.h>
 
 namespace {
 
@@ -102,6 +104,12 @@ TEST_F(ProgramFoldersTest, TheUsersFolderIsMadeForTheUserAlone) {
     const auto failed = kits::FindProgramFolders("vexa", true)->MakeOwn();
     ASSERT_FALSE(failed);
     EXPECT_THAT(failed.Fault().text, HasSubstr("taken/vexa/functions: Not a directory"));
+    // A service may run without any of the variables.
+    const test::EnvironmentVariable none("XDG_DATA_HOME", ""), homeless("HOME", "");
+    const auto inHome = kits::FindProgramFolders("vexa", true);
+    ASSERT_TRUE(inHome) << inHome.Fault().text;
+    const fs::path home = ::getpwuid(::getuid())->pw_dir;
+    EXPECT_EQ(inHome->Own("samples"), fs::weakly_canonical(home / ".local/share/vexa") / "samples");
 }
 
 TEST(ProgramFoldersNames, AFileIsNamedByItsLeafWhereThatFindsItAgain) {

@@ -156,7 +156,7 @@ std::string Shortfall(const std::filesystem::path& path) {
     return file.TrackAt(0)->Shortfall();
 }
 
-TEST(MediaFile, TellsOfAFileThatEndsBeforeTheLengthInItsHeader) {
+TEST(MediaFile, TellsOfAFileThatIsCutShort) {
     const TemporaryFolder folder;
     const std::string wav = test::ShortWav(std::vector<int>(1000, 5), 8000, 2);
     // A header that is only one byte off means an odd length, and one near 2 or 4 GiB none.
@@ -189,6 +189,12 @@ TEST(MediaFile, TellsOfAFileThatEndsBeforeTheLengthInItsHeader) {
     EXPECT_EQ(Shortfall(flac), "");
     std::filesystem::resize_file(flac, std::filesystem::file_size(flac) / 2);
     EXPECT_THAT(Shortfall(flac), testing::EndsWith(" of the 20000 frames that its header states"));
+
+    const auto ogg = folder.Path() / "a.ogg";
+    ASSERT_TRUE(WriteSound(ogg, noise, 44100));
+    EXPECT_EQ(Shortfall(ogg), "");
+    std::filesystem::resize_file(ogg, std::filesystem::file_size(ogg) - 1);
+    EXPECT_THAT(Shortfall(ogg), testing::EndsWith(" frames, before the end of its stream"));
 }
 
 TEST(MediaFile, CountsValuesThatAreNotFiniteAsZero) {

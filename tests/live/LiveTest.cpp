@@ -230,6 +230,18 @@ TEST(Live, ARecordingThatEndsByItselfIsToldAtOnceAndKept) {
     EXPECT_GT(test::ReadSound(path, 0).values.size(), 200'000U);
 }
 
+/// The program may have to wait for such a server before it can end.
+TEST(Live, AServerThatHangsHoldsBackNoRecording) {
+    const test::TemporaryFolder folder;
+    const auto path = folder.Path() / "heard.wav";
+    LivePlay play(512, 48000 * 20, test::kSineSound, {"--record", path.string()});
+    play.Listen(9600);
+    const std::jthread hanging([&] { play.Server().Stall(4000); });
+    play.Vexa().AskToEnd();
+    ASSERT_TRUE(std::filesystem::exists(path));
+    EXPECT_GT(test::ReadSound(path, 0).values.size(), 9600U);
+}
+
 /// Repeats the play until `sounds` accepts it, at most five times, as a busy machine makes the
 /// server lose periods, which is not the program's fault. The program must end properly each time.
 bool SoundsRight(const std::function<bool(LivePlay&)>& sounds,

@@ -16,6 +16,8 @@
 #include <memory>
 
 #include <gmock/gmock.h>
+#include <pwd.h>
+#include <unistd.h>
 
 namespace {
 
@@ -448,7 +450,7 @@ TEST_F(Lv2, KnobsStayOutOfTheDocumentAndAboveTheSound) {
     EXPECT_EQ(host.Save(), before);
     // A sound may set the oversampling, and a control may override it; the latency is reported.
     Sound fine = WithFormula("sin(x)*cos(y)");
-    fine.playing.emplace().texts[7] = "4";
+    fine.playing.emplace().Of("oversample") = "4";
     host.Restore({{"document", SoundText(fine)}});
     const std::pair<float, float> told[] = {{0, 96}, {1, 0}, {2, 96}, {0, 96}, {16, 96}, {-3, 96}};
     for (const auto& [knob, delay] : told) {
@@ -470,7 +472,7 @@ TEST_F(Lv2, ALowerVoiceLimitSparesTheKeysThatAreHeldAndNoOthers) {
     host.Restore({{"document", TextOf("sin(x)")}});
     const float three = play(0x90);
     Sound one = WithFormula("sin(x)");
-    one.playing.emplace().texts[0] = "1";
+    one.playing.emplace().Of("polyphony") = "1";
     host.Restore({{"document", SoundText(one)}});
     host.Run(8192);
     EXPECT_GT(Peak(host.Run(8192)), 0.9F * three);
@@ -574,12 +576,13 @@ TEST_F(Lv2, AnotherSoundStandsInForADefaultThatCannotBePlayed) {
 }
 
 /// Catches folders below the host's current folder if the environment names none of the user's.
-TEST(HostedFolders, AreThePersonsOnlyWhereTheEnvironmentNamesThem) {
+TEST(HostedFolders, AreThePersonsEvenWhereTheEnvironmentNamesNone) {
     const test::EnvironmentVariable data("XDG_DATA_HOME", "");
-    for (const auto& [home, own] : {std::pair{"", "/bundle"}, {"/me", "/me/.local/share/vexa"}}) {
-        const test::EnvironmentVariable set("HOME", home);
+    for (const std::string home : {"", "/me"}) {
+        const test::EnvironmentVariable set("HOME", home.c_str());
         const kits::ProgramFolders folders = HostedFolders("/bundle");
-        EXPECT_EQ(folders.Own("sounds"), std::filesystem::path(own) / "sounds");
+        const std::filesystem::path own = home.empty() ? ::getpwuid(::getuid())->pw_dir : home;
+        EXPECT_EQ(folders.Own("sounds"), own / ".local/share/vexa/sounds");
         EXPECT_EQ(folders.Shipped("sounds"), "/bundle/sounds");
     }
 }

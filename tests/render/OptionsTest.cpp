@@ -45,7 +45,7 @@ TEST(Options, ReadsEveryOptionWhereverItStands) {
     EXPECT_EQ(options->voices, 3);
     EXPECT_EQ(options->channel, 15) << "channel 1 is 0";
     EXPECT_EQ(options->rate, 48000);
-    EXPECT_EQ(options->playing.texts[7], "4") << "oversample";
+    EXPECT_EQ(options->playing.Of("oversample"), "4");
     EXPECT_EQ(options->tuning.scale, "a.scl");
     EXPECT_EQ(options->tuning.keymap, "b.kbm");
     EXPECT_EQ(options->tuning.a4, 442.5);
@@ -55,9 +55,9 @@ TEST(Options, ReadsEveryOptionWhereverItStands) {
     EXPECT_TRUE(options->normalize);
     EXPECT_TRUE(options->programs);
     EXPECT_TRUE(options->quiet);
-    EXPECT_EQ(options->playing.texts[1], "legato");
-    EXPECT_EQ(options->playing.texts[9], "-3.5");
-    EXPECT_EQ(options->playing.texts[3], std::nullopt);
+    EXPECT_EQ(options->playing.Of("mode"), "legato");
+    EXPECT_EQ(options->playing.Of("volume"), "-3.5");
+    EXPECT_EQ(options->playing.Of("bend"), std::nullopt);
 
     const auto sample =
         Parse(Words("--sample a.wav --sample-frequency 220.5 --channel all -- --in.mid -out.wav"));

@@ -340,7 +340,12 @@ TEST_F(RenderProgram, NotesThatTheFileNeverEndsFadeOutWithAWarning) {
     EXPECT_LT(peak(2, 2), 1e-3) << "both ears";
     EXPECT_THAT(render(pedalled, {}), none) << "the sound has no pedal";
     EXPECT_THAT(render({on, {250, {0xB0, 123, 0}}}, {}), none) << "all notes off";
+    // Where there is no tail, or one that is too short for the fade, the tune's own end fades.
     EXPECT_THAT(render({on, off}, {"--tail", "0"}), none);
+    EXPECT_GT(peak(900, 400), 0.8 * peak(5000, 4000));
+    EXPECT_LT(peak(1, 1), 0.01 * peak(5000, 4000)) << "in the middle of a tone";
+    EXPECT_THAT(render({on, {250, {0x80, 73, 0}}}, {"--tail", "0"}), warning("1 note is"));
+    EXPECT_LT(peak(1, 1), 0.01 * peak(5000, 4000));
 }
 
 TEST_F(RenderProgram, BadInputIsNamedAndNothingIsLost) {
@@ -611,6 +616,22 @@ TEST_F(RenderProgram, AnOutputThatIsAnInputIsRefusedAndTheInputStays) {
                   named.string() + " plays " + input.string());
     EXPECT_TRUE(Contents(input) == sample);
     EXPECT_EQ(Run({note, Path("other.wav"), "--sound", named.string()}).exitCode, 0);
+
+    // So do the sounds that program changes choose, which are inputs themselves.
+    const fs::path chosen = folder.Write("data/vexa/sounds/0.xml", Contents(named));
+    const test::EnvironmentVariable data("XDG_DATA_HOME", Path("data").c_str());
+    const std::string tune =
+        folder.Write("tune.mid", test::MidiFileOf({{0, {0xC0, 0}}, {1, {0x90, 69, 100}}}));
+    ExpectFailure({tune, input.string(), "--programs", "--user-folder"},
+                  chosen.string() + " plays " + input.string());
+    for (const std::string& bytes : {sound, std::string("no sound")}) {
+        folder.Write("data/vexa/sounds/0.xml", bytes);
+        fs::remove(Path("link.wav"));
+        fs::create_symlink(chosen, Path("link.wav"));
+        ExpectFailure({tune, Path("link.wav"), "--programs", "--user-folder"},
+                      "--programs: " + chosen.string() + " is the output's file too", 2);
+        EXPECT_TRUE(Contents(chosen) == bytes);
+    }
 }
 
 TEST_F(RenderProgram, AnInterruptLeavesNothingBehind) {
@@ -686,6 +707,10 @@ TEST_F(RenderProgram, SaysWhichFunctionsItDoesNotCompileThoughItIsAskedTo) {
               "and y\n");
     EXPECT_THAT(warnings({"--compile", "--function", "1<<(int)x"}),
                 HasSubstr("--function is not compiled: C does not define all of its values\n"));
+    // Of what is compiled and what is not.
+    for (const char* product : {"1/3*x", "1/3*vel"})
+        EXPECT_THAT(warnings({"--compile", "--function", product}),
+                    HasSubstr("warning: --function: character 2: 1/3 is 0, "));
     EXPECT_THAT(warnings({"--compile", "--sound", "voice"}),
                 HasSubstr("/voice.xml is not compiled: it is a sample\n"));
     // Of the sounds that program changes choose too.

@@ -121,6 +121,7 @@ AlertLog::AlertLog() {
     BAlert::SetResponder([this](const BAlert& alert) {
         texts.push_back(alert.Text());
         details = alert.Details();
+        heading = alert.Heading();
         if (meanwhile)
             meanwhile();
         return answer < 0 ? static_cast<int32>(alert.Buttons().size()) - 1 : answer;

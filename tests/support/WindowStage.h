@@ -48,8 +48,8 @@ class AlertLog {
     AlertLog& operator=(const AlertLog&) = delete;
 
     std::vector<std::string> texts;
-    /// The details of the last alert.
-    std::string details;
+    /// The details and the heading of the last alert.
+    std::string details, heading;
     /// The button that is pressed; -1 for the last.
     int32 answer = -1;
     /// Called while an alert waits for its answer, if set.

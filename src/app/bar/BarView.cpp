@@ -41,11 +41,14 @@ constexpr float kVoicesWidth = 92;
 constexpr float kMeterWidth = 64;
 constexpr float kRecordWidth = 44;
 constexpr float kSilenceWidth = 56;
-constexpr float kLeastName = 110;
+constexpr float kLeastName = 150;
 constexpr float kWidestName = 330;
 constexpr float kArrowButtonWidth = 20;
 constexpr float kArrowHeight = kBarHeight - 6;
 constexpr float kBarInset = 8;
+
+constexpr const char* kElsewhereTip =
+    "What is heard is recorded already, into the file that --record names, until Vexa ends";
 
 /// The time for which an announcement is shown, in pulses.
 constexpr int kAnnouncementPulses = 60;
@@ -145,7 +148,7 @@ void BarView::MessageReceived(BMessage* message) {
 }
 
 void BarView::ToggleRecording() {
-    if (!recorder)
+    if (!recorder || RecordsElsewhere())
         return;
     if (!recorder->IsRecording()) {
         if (const auto begun = recorder->Begin(mainView.SoundName()); !begun)
@@ -161,7 +164,16 @@ void BarView::ToggleRecording() {
     ShowRecording();
 }
 
+/// Returns whether the recording of the command line is in progress.
+bool BarView::RecordsElsewhere() const {
+    return !IsRecording() && mainView.Graph().Records();
+}
+
 void BarView::ShowRecording() {
+    if (const bool can = !RecordsElsewhere(); record->IsEnabled() != can) {
+        record->SetEnabled(can);
+        record->SetRestingTip(can ? "" : kElsewhereTip);
+    }
     record->Show(IsRecording() ? std::optional(recorder->Seconds()) : std::nullopt);
 }
 
@@ -251,6 +263,14 @@ void BarView::MouseDown(BPoint where) {
 void BarView::FrameResized(float, float) {
     Arrange();
     Invalidate();
+}
+
+float BarView::PreferredWidth() const {
+    float width =
+        kLeastName + 2 * kArrowButtonWidth + 3 * kButtonGap + kSilenceWidth + kVoicesWidth;
+    if (device)
+        width += kRecordWidth + kDeviceWidth + kMeterWidth + 3 * kButtonGap;
+    return width;
 }
 
 /// Places the views from the right; the name has the rest at the left, up to a maximum width. If

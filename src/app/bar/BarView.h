@@ -31,6 +31,9 @@ class BarView : public BView {
     BarView(BRect frame, VexaView& mainView);
     ~BarView() override;
 
+    /// Returns the width, as BRect::Width counts it, at which all of it has room.
+    float PreferredWidth() const;
+
     void Draw(BRect update) override;
     /// A press on the caption asks the window to describe the sound.
     void MouseDown(BPoint where) override;
@@ -42,8 +45,9 @@ class BarView : public BView {
     /// Shows changes of all this since the last call. To be called about ten times a second.
     void Refresh();
 
-    /// Begins a recording or ends the present one. The bar shows the name of the finished file in
-    /// place of the sound's name for a while; an alert reports a failure.
+    /// Begins a recording or ends the present one; does nothing during one of the command line,
+    /// which is not interrupted. The bar shows the name of the finished file in place of the
+    /// sound's name for a while; an alert reports a failure.
     void ToggleRecording();
     bool IsRecording() const { return recorder && recorder->IsRecording(); }
 
@@ -60,6 +64,7 @@ class BarView : public BView {
     void ShowDevice();
     void ShowSteps();
     void ShowVoices();
+    bool RecordsElsewhere() const;
     void ShowRecording();
     void Announce(const std::string& text);
     void Arrange();

@@ -83,15 +83,17 @@ BAlert::Box BAlert::MakeBox() const {
     box->setIcon(kIcons[type]);
     // Plain, because messages of a compiler or contents of a file may look like markup.
     box->setTextFormat(Qt::PlainText);
-    box->setText(BoxText(text));
-    if (std::count(details.begin(), details.end(), '\n') < kShortDetails) {
-        box->setInformativeText(kits::ToQt(details));
-        // setTextFormat() applies only to the main text, not to the informative text.
-        for (QLabel* label : box->findChildren<QLabel*>())
-            label->setTextFormat(Qt::PlainText);
-    } else {
+    box->setText(BoxText(First()));
+    const bool isShort = std::count(details.begin(), details.end(), '\n') < kShortDetails;
+    std::string below = isShort ? details : "";
+    if (!heading.empty())
+        below += (below.empty() ? "" : "\n\n") + text;
+    box->setInformativeText(kits::ToQt(below));
+    if (!isShort)
         box->setDetailedText(kits::ToQt(details));
-    }
+    // setTextFormat() applies only to the main text, not to the informative text.
+    for (QLabel* label : box->findChildren<QLabel*>())
+        label->setTextFormat(Qt::PlainText);
     box->setTextInteractionFlags(Qt::TextSelectableByMouse);
     std::vector<QPushButton*> choices;
     for (const std::string& button : buttons) {
@@ -108,7 +110,10 @@ BAlert::Box BAlert::MakeBox() const {
 bool BAlert::SaidToNobody() const {
     if (!kits::Interrupt::Pending())
         return false;
-    std::fprintf(stderr, "%s\n%s", text.c_str(), details.empty() ? "" : (details + '\n').c_str());
+    for (const std::string& part : {heading, text, details}) {
+        if (!part.empty())
+            std::fprintf(stderr, "%s\n", part.c_str());
+    }
     return true;
 }
 
@@ -136,7 +141,7 @@ void BAlert::Show() {
         responder(*this);
         return;
     }
-    if (ShownBox(BoxText(text)))
+    if (ShownBox(BoxText(First())))
         return;
     QMessageBox* box = MakeBox().box.release();
     box->setAttribute(Qt::WA_DeleteOnClose);

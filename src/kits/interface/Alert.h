@@ -26,8 +26,12 @@ class BAlert {
     const std::vector<std::string>& Buttons() const { return buttons; }
     alert_type Type() const { return type; }
 
-    /// Sets further text. A short one is shown below the alert's text, a long one in a box that the
-    /// user can open.
+    /// Sets a sentence that is shown before the alert's text: what the alert means to the user.
+    void SetHeading(const std::string& next) { heading = next; }
+    const std::string& Heading() const { return heading; }
+
+    /// Sets further text. A short one is shown below the alert's text, or between its heading and
+    /// its text; a long one in a box that the user can open.
     void SetDetails(const std::string& next) { details = next; }
     const std::string& Details() const { return details; }
 
@@ -54,9 +58,11 @@ class BAlert {
     struct Box;
     Box MakeBox() const;
     bool SaidToNobody() const;
+    const std::string& First() const { return heading.empty() ? text : heading; }
 
     std::string title;
     std::string text;
+    std::string heading;
     std::string details;
     std::vector<std::string> buttons;
     std::size_t defaultButton = 0;

@@ -49,12 +49,14 @@ class Opener : public QToolButton {
 };
 
 /// Returns an item's label for the toolkit's menu. A label that is too long, such as a file name,
-/// is shortened in the middle.
+/// is shortened in the middle. The item's keys follow in a column of their own.
 QString ShownLabel(const BMenuItem& item, const QMenu& toolkit) {
     const QFontMetrics metrics(toolkit.font());
     // Escaped, because a single & would mark the next letter as a shortcut.
-    return metrics.elidedText(kits::ToQt(item.Label()), Qt::ElideMiddle, kWidestLabel)
-        .replace("&", "&&");
+    const QString label =
+        metrics.elidedText(kits::ToQt(item.Label()), Qt::ElideMiddle, kWidestLabel)
+            .replace("&", "&&");
+    return item.Keys().empty() ? label : label + '\t' + kits::ToQt(item.Keys());
 }
 
 } // namespace

@@ -24,6 +24,10 @@ class BMenuItem : public BInvoker {
     ~BMenuItem() override;
 
     const char* Label() const { return label.c_str(); }
+    /// Sets the keys, such as "Ctrl+S", that do the same without the menu. The item only shows
+    /// them.
+    void SetKeys(std::string_view next) { keys = next; }
+    const std::string& Keys() const { return keys; }
     bool IsMarked() const { return marked; }
     /// Sets or removes the mark. In a menu in radio mode, marking an item unmarks the others.
     void SetMarked(bool mark);
@@ -37,6 +41,7 @@ class BMenuItem : public BInvoker {
   private:
     friend class BMenu;
     std::string label;
+    std::string keys;
     bool marked = false;
     BMenu* menu = nullptr;
     std::unique_ptr<BMenu> submenu;

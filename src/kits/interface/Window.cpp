@@ -41,7 +41,8 @@ void PulseTree(BView& view) {
 
 WindowWidget::WindowWidget(BWindow& window, Qt::WindowFlags flags)
     : QWidget(nullptr, flags), window(window) {
-    setFocusPolicy(Qt::StrongFocus);
+    // Not by Tab, because nothing would show where the keyboard is.
+    setFocusPolicy(Qt::ClickFocus);
     HeldKeys::Instance();
     connect(&pulse, &QTimer::timeout, this, [this] { Pulse(); });
     connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) {
@@ -303,9 +304,10 @@ void BWindow::SetSizeLimits(float minWidth, float maxWidth, float minHeight, flo
 }
 
 BRect BWindow::Room() const {
-    /// The assumed height of the title bar in pixels, until the window manager has reported the
-    /// real one.
+    /// The assumed height of the title bar and width of the other edges in pixels, until the window
+    /// manager has reported the real ones.
     constexpr int kUsualTitle = 24;
+    constexpr int kUsualEdge = 1;
     // Before the window is shown, QWidget::screen() is always the first screen.
     const QScreen* const there = QGuiApplication::screenAt(widget->geometry().center());
     const QRect free = (there ? there : widget->screen())->availableGeometry();
@@ -313,8 +315,8 @@ BRect BWindow::Room() const {
     const QRect inside = widget->geometry();
     const bool decorated = outside != inside;
     const int above = decorated ? inside.top() - outside.top() : kUsualTitle;
-    const int below = decorated ? outside.bottom() - inside.bottom() : 0;
-    const int beside = decorated ? inside.left() - outside.left() : 0;
+    const int below = decorated ? outside.bottom() - inside.bottom() : kUsualEdge;
+    const int beside = decorated ? inside.left() - outside.left() : kUsualEdge;
     return {float(free.left() + beside), float(free.top() + above), float(free.right() - beside),
             float(free.bottom() - below)};
 }

@@ -24,6 +24,9 @@ constexpr sf_count_t kFramesPerBuffer = 4096;
 constexpr long long kUnknownBytes = 0x7fff0000;
 /// The lengths of the sound as the library's log names them, in WAV, AIFF and AU.
 constexpr std::string_view kSoundLengths[] = {"data", "SSND", "Data Size"};
+/// What the log says of an Ogg file, once it is read, whose last page is not marked as the last. No
+/// part of an Ogg file states its length.
+constexpr std::string_view kWithoutEnd = "without an End-Of-Stream flag";
 
 /// Returns the mean of one frame's values.
 float Mix(const float* values, int channels) {
@@ -33,14 +36,19 @@ float Mix(const float* values, int channels) {
     return static_cast<float>(sum / channels);
 }
 
+/// Returns what the library has noted about the file.
+std::string LogOf(SNDFILE* file) {
+    std::array<char, 16384> log{};
+    sf_command(file, SFC_GET_LOG_INFO, log.data(), static_cast<int>(log.size()));
+    return log.data();
+}
+
 /// Returns the numbers of bytes of sound in the file and according to its header, if they differ by
 /// more than the byte that makes an odd length even. Only the library's log tells this, in a line
 /// such as "data : 88200 (should be 44078)".
-std::optional<std::pair<long long, long long>> CutBytes(SNDFILE* file) {
+std::optional<std::pair<long long, long long>> CutBytes(const std::string& log) {
     constexpr std::string_view kFound = " (should be ";
-    std::array<char, 16384> log{};
-    sf_command(file, SFC_GET_LOG_INFO, log.data(), static_cast<int>(log.size()));
-    std::istringstream lines(log.data());
+    std::istringstream lines(log);
     for (std::string line; std::getline(lines, line);) {
         const std::size_t colon = line.find(':'), found = line.find(kFound);
         if (colon == line.npos || found == line.npos || found < colon)
@@ -113,8 +121,12 @@ status_t BMediaTrack::ReadFrames(void* buffer, int64* frameCount, media_header*)
 }
 
 std::string BMediaTrack::Shortfall() const {
-    if (const auto cut = CutBytes(source->file.get()))
+    const std::string log = LogOf(source->file.get());
+    if (const auto cut = CutBytes(log))
         return CutText(cut->first, cut->second, "bytes of sound");
+    if (log.find(kWithoutEnd) != log.npos)
+        return "the file ends after " + std::to_string(source->read) +
+               " frames, before the end of its stream";
     // Of the formats whose frames the library counts by the header, FLAC alone states them exactly.
     const bool isFlac = (source->info.format & SF_FORMAT_TYPEMASK) == SF_FORMAT_FLAC;
     const int64 frames = CountFrames();

@@ -44,8 +44,9 @@ class BMediaTrack {
     status_t ReadFrames(void* buffer, int64* frameCount, media_header* header = nullptr);
 
     /// Returns a remark if the file ended before the sound was as long as its header states, with
-    /// both lengths; empty if it did not, or if the header states no length or one that cannot be
-    /// compared. To be called once all frames are read. WAV, AIFF, AU and FLAC are checked.
+    /// both lengths, or if an Ogg file ended before its stream; empty if it did not, or if the
+    /// header states no length or one that cannot be compared. To be called once all frames are
+    /// read. WAV, AIFF, AU, FLAC and Ogg are checked.
     std::string Shortfall() const;
 
   private:

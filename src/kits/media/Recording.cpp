@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <exception>
 #include <string>
 #include <utility>
 
@@ -62,6 +63,15 @@ Recording::~Recording() {
     quitting = true;
     if (thread.joinable())
         thread.join();
+    if (outcome)
+        return;
+    try {
+        EndBecause({path.string() + ": the recording was not finished"});
+        if (const Result<void> kept = Finish(); keptFrames > 0)
+            std::fprintf(stderr, "vexa: %s\n", kept.Fault().text.c_str());
+    } catch (const std::exception& fault) {
+        std::fprintf(stderr, "vexa: the recording is lost: %s\n", fault.what());
+    }
 }
 
 void Recording::TakeRate(double next) {
@@ -181,7 +191,17 @@ std::uint64_t Recording::Complete() {
     return failed ? writer->Salvage() : frames;
 }
 
+void Recording::Close() {
+    if (!outcome)
+        outcome = Conclude();
+}
+
 Result<void> Recording::Finish() {
+    Close();
+    return *outcome;
+}
+
+Result<void> Recording::Conclude() {
     takes = false;
     quitting = true;
     if (thread.joinable())

@@ -32,7 +32,8 @@ class Recording {
     static Result<std::unique_ptr<Recording>> Begin(const std::filesystem::path& path,
                                                     std::size_t patience = kPatience,
                                                     std::uint64_t reserve = kReserve);
-    /// Ends the recording. Unless Finish was called, no file is left.
+    /// Unless the recording was closed, as where an exception ends the program, what was recorded
+    /// is kept as an incomplete file, and standard error gets its path.
     ~Recording();
     Recording(const Recording&) = delete;
     Recording& operator=(const Recording&) = delete;
@@ -53,9 +54,11 @@ class Recording {
     /// Returns the length of what was put so far and is kept, in seconds.
     double Seconds() const;
 
-    /// Completes the file. No thread may call Put any more. The error says why there is no file, or
-    /// what is missing in it. An incomplete file replaces none: if there is one of its name, it
-    /// gets a name of its own, which the error tells.
+    /// Completes the file. No thread may call Put any more.
+    void Close();
+    /// Closes the recording if it is still open. The error says why there is no file, or what is
+    /// missing in it. An incomplete file replaces none: if there is one of its name, it gets a name
+    /// of its own, which the error tells.
     Result<void> Finish();
 
     /// Returns what the listener of a finished recording should know; empty if there is nothing.
@@ -71,6 +74,7 @@ class Recording {
     void KeepReadable();
     void Heed(const Result<void>& done);
     std::uint64_t Complete();
+    Result<void> Conclude();
 
     std::filesystem::path path;
     SoundFileFormat format;
@@ -99,6 +103,8 @@ class Recording {
     bool full = false;
     /// The number of samples until the free space is checked again.
     std::size_t untilLook = 0;
+    /// How the end of the file went, once it is closed.
+    std::optional<Result<void>> outcome;
 };
 
 } // namespace kits

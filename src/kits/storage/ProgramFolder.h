@@ -75,7 +75,7 @@ class ProgramFolders {
 /// Returns the folders of the running program. What a person makes is kept beside the program. If
 /// that folder cannot be written, if the program is installed, or with `inUserFolder`, it is kept
 /// in the folder `name` of the user's data ($XDG_DATA_HOME, else ~/.local/share), whose path
-/// contains no links. Nothing is made. Fails if the environment names no such folder.
+/// contains no links. Nothing is made. Fails if the user has no home.
 Result<ProgramFolders> FindProgramFolders(const std::filesystem::path& name, bool inUserFolder);
 
 } // namespace kits

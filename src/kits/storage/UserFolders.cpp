@@ -4,8 +4,11 @@
 #include <cerrno>
 #include <cstdlib>
 #include <string>
+#include <vector>
 
+#include <pwd.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace kits {
 
@@ -13,14 +16,27 @@ namespace fs = std::filesystem;
 
 namespace {
 
+/// Returns the user's home folder: $HOME or, where it is not set, as in some services, that of the
+/// user database; empty if there is none.
+fs::path Home() {
+    if (const char* home = std::getenv("HOME"); home && *home)
+        return home;
+    constexpr std::size_t kLongestEntry = 16384;
+    std::vector<char> texts(kLongestEntry);
+    passwd entry{};
+    passwd* found = nullptr;
+    const int error = ::getpwuid_r(::getuid(), &entry, texts.data(), texts.size(), &found);
+    return error == 0 && found && found->pw_dir ? found->pw_dir : "";
+}
+
 Result<fs::path> UserFolder(const char* variable, const char* belowHome, const char* what) {
     // An empty or relative path is ignored.
     if (const char* folder = std::getenv(variable); folder && fs::path(folder).is_absolute())
         return fs::path(folder);
-    if (const char* home = std::getenv("HOME"); home && *home)
-        return fs::path(home) / belowHome;
+    if (const fs::path home = Home(); !home.empty())
+        return home / belowHome;
     return Error{std::string("no folder for the program's ") + what + ": neither " + variable +
-                 " nor HOME is set"};
+                 " nor HOME is set, and the user database names no home"};
 }
 
 void MakeFolder(const fs::path& folder, std::error_code& error) {

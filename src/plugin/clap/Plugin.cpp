@@ -49,14 +49,14 @@ VEXA_REALTIME bool IsQuiet(const float* samples, uint32_t count) noexcept {
 
 Plugin::Plugin(const clap_host& host, const std::filesystem::path& content)
     : host(host),
-      instrument(HostedFolders(content), rate),
+      instrument(HostedFolders(content), rate, [&host] { host.request_process(&host); }),
       face(FaceOf(*this)),
       windows(instrument, [](const std::string& line) { Tell(line); }),
       gui(host, windows, content, [](const std::string& line) { Tell(line); }) {
     const Knobs untouched = UntouchedKnobs();
     std::copy(untouched.begin(), untouched.end(), knobs.begin());
     if (!instrument.StartFault().empty())
-        Tell(instrument.StartFault().c_str());
+        Tell(instrument.StartFault());
 }
 
 bool Plugin::Activate(double next) noexcept {
@@ -181,7 +181,8 @@ clap_process_status Plugin::Process(const clap_process& process) noexcept {
             host.request_callback(&host);
     }
     const bool isQuiet = !left || !right || (IsQuiet(left, count) && IsQuiet(right, count));
-    quiet = isQuiet && instrument.Audio().consumer.IsSilent() ? quiet + count : 0;
+    const bool rests = isQuiet && instrument.Audio().consumer.IsSilent() && !instrument.HasPosted();
+    quiet = rests ? quiet + count : 0;
     return static_cast<double>(quiet) > rate * kFadeSeconds ? CLAP_PROCESS_SLEEP
                                                             : CLAP_PROCESS_CONTINUE;
 }

@@ -25,7 +25,7 @@ constexpr int kSocket = 3;
 
 std::string Program(const std::string& folder) {
     for (const char* place : kPlaces) {
-        const std::string path = folder + '/' + place;
+        std::string path = folder + '/' + place;
         if (::access(path.c_str(), X_OK) == 0)
             return path;
     }

@@ -56,10 +56,10 @@ LV2_State_Status Plugin::Save(LV2_State_Store_Function store, LV2_State_Handle h
         const std::optional<std::string> mapped = paths.InSession(path->string());
         return mapped ? put(key, urids.path, *mapped) : LV2_STATE_ERR_UNKNOWN;
     };
-    LV2_State_Status status = put(urids.soundState, urids.string, instrument.State());
-    if (const auto file = instrument.FunctionFile(); file && status == LV2_STATE_SUCCESS)
+    const auto [document, file, tuning] = instrument.Keep();
+    LV2_State_Status status = put(urids.soundState, urids.string, document);
+    if (file && status == LV2_STATE_SUCCESS)
         status = putPath(urids.fileState, file);
-    const TuningChoice tuning = instrument.TunedBy();
     for (const auto& [request, path] :
          {std::pair{Request::Tuning, tuning.scale}, {Request::Keymap, tuning.keymap}}) {
         if (status == LV2_STATE_SUCCESS)

@@ -81,6 +81,12 @@ struct Wave {
     double stepCosine, stepSine;
 };
 
+/// Returns the brightness that F6 chooses after this one.
+Brightness After(Brightness present) {
+    return static_cast<Brightness>((static_cast<std::size_t>(present) + 1) %
+                                   BrightnessCurves().size());
+}
+
 uint32* Words(BBitmap& picture) {
     return static_cast<uint32*>(picture.Bits());
 }
@@ -126,16 +132,18 @@ void PlaneOverlay::AddMenu() {
 }
 
 void PlaneOverlay::AddLooks(BMenu& into) const {
-    const auto add = [&](std::string_view label, uint32 code, bool marked) {
+    const auto add = [&](std::string_view label, uint32 code, bool marked, const char* keys) {
         auto* item = new BMenuItem(std::string(label).c_str(), new BMessage(code));
         into.AddItem(item);
         item->SetTarget(this);
         item->SetMarked(marked);
+        item->SetKeys(keys);
     };
     for (const BrightnessRow& row : BrightnessCurves())
-        add(row.label, kBrightnessCode + static_cast<uint32>(row.curve), row.curve == brightness);
+        add(row.label, kBrightnessCode + static_cast<uint32>(row.curve), row.curve == brightness,
+            row.curve == After(brightness) ? "F6" : "");
     into.AddItem(new BSeparatorItem);
-    add("Landscape", kReliefCode, relief);
+    add("Landscape", kReliefCode, relief, "F7");
 }
 
 void PlaneOverlay::MessageReceived(BMessage* message) {
@@ -171,8 +179,7 @@ bool PlaneOverlay::TakeShortcut(const kits::KeyPress& press) {
     if (press.modifiers != 0 || IsHidden())
         return false;
     if (press.key == kits::Key::F6) {
-        SetBrightness(static_cast<Brightness>((static_cast<std::size_t>(brightness) + 1) %
-                                              BrightnessCurves().size()));
+        SetBrightness(After(brightness));
         Tell("brightness: " +
              std::string(BrightnessCurves()[static_cast<std::size_t>(brightness)].label));
         return true;

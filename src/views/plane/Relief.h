@@ -52,7 +52,8 @@ class Relief {
     Corner Project(float u, float v, float h) const;
     void Fill(const Corner& a, const Corner& b, const Corner& c, uint32 color, uint32* words);
     float HeightAt(int column, int row) const {
-        return heights[static_cast<std::size_t>(row * (kCells + 1) + column)];
+        const int place = row * (kCells + 1) + column;
+        return heights[static_cast<std::size_t>(place)];
     }
 
     PlaneArea area{};

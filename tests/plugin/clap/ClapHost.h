@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cmath>
 #include <cstring>
 #include <optional>
@@ -211,6 +212,7 @@ class ClapHost {
     clap_process_status status = CLAP_PROCESS_ERROR;
     /// True if the plug-in has written beyond a block.
     bool beyond = false;
+    std::atomic<int> wakings{0};
     int restarts = 0, callbacks = 0, rescans = 0, latencies = 0, edits = 0;
     /// Whether the host lends timers, of which Idle calls the one that is registered.
     bool hasTimers = true;
@@ -301,7 +303,7 @@ class ClapHost {
                    "1",
                    HostExtension,
                    [](const clap_host* h) { Of(h).restarts++; },
-                   [](const clap_host*) {},
+                   [](const clap_host* h) { Of(h).wakings++; },
                    [](const clap_host* h) { Of(h).callbacks++; }};
     std::vector<Event> events;
 };

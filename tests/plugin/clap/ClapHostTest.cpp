@@ -39,11 +39,7 @@ std::string Circle(const std::string& expression, float end = 0) {
     sound.function.expression = expression;
     sound.envelopes[2] =
         sound.envelopes[3] = {{0, false, 0}, {0.01F, false, 1}, {0.05F, true, end}};
-    sound.playing.emplace();
-    for (std::size_t i = 0; i < kPlayingRows; i++) {
-        if (PlayingRows()[i].name == "pressure")
-            sound.playing->texts[i] = "2";
-    }
+    sound.playing.emplace().Of("pressure") = "2";
     return SoundText(sound);
 }
 
@@ -355,7 +351,9 @@ TEST_F(ClapPlugin, EightInstancesPlayWhatVexaRenderPlays) {
             Play(host, expected.size() / channels - ears[0].size(), ears);
             EXPECT_GT(Level(ears[0]), 1e-3);
             EXPECT_FALSE(host.beyond);
-            for (std::size_t s = 0; s < expected.size(); s++) {
+            // The end of the file fades.
+            const std::size_t faded = channels * static_cast<std::size_t>(rate / 100);
+            for (std::size_t s = 0; s < expected.size() - faded; s++) {
                 const double difference =
                     std::abs(double(expected[s]) - ears[s % channels][s / channels]);
                 worst = std::max(worst, difference);

@@ -94,6 +94,17 @@ TEST_F(ShownClapWindow, EditsAreSavedAndTheProgramEndsWithTheGui) {
     ASSERT_TRUE(Type("x*y/9"));
     EXPECT_TRUE(gui.Await([&] { return host->edits > 0; })) << "the host knows of the edit";
 
+    // A host that lets the instrument sleep is woken for a note of the window, whose keys are free
+    // of the field after a click on the plane.
+    desktop.Click(30, 71);
+    while (host->Run(512), host->status != CLAP_PROCESS_SLEEP) {
+    }
+    host->wakings = 0;
+    desktop.Key("q");
+    EXPECT_TRUE(gui.Await([&] { return host->wakings > 0; }));
+    host->Run(512);
+    EXPECT_EQ(host->status, CLAP_PROCESS_CONTINUE);
+
     // A text stands in the place of a program that is killed, and a click starts it again.
     const pid_t first = WindowProgram();
     ::kill(first, SIGKILL);

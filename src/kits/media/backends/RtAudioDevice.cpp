@@ -106,9 +106,10 @@ class RtAudioDevice : public AudioDevice {
     }
 
     /// An error in the stream's thread means that the device takes no more samples and must be left
-    /// at once; a mere underrun is not reported as one.
-    static void TakeError(rtaudio::ErrorType, const std::string&) {
-        if (playing)
+    /// at once. ALSA's underruns come here too, with a text that ends with this word; the library
+    /// has recovered by then. Where it could not, the text ends with the reason.
+    static void TakeError(rtaudio::ErrorType, const std::string& text) {
+        if (playing && !text.ends_with("underrun."))
             playing->gone = true;
     }
 

@@ -56,8 +56,8 @@ inline bool Plays(const RtAudio::DeviceInfo& info) {
 
 #endif
 
-/// Opens a stream of floats for playback. `takeError` is called in the stream's thread with errors
-/// that end the stream. Throws a std::runtime_error.
+/// Opens a stream of floats for playback. `takeError` is called in the stream's thread with its
+/// errors, ALSA's underruns among them. Throws a std::runtime_error.
 inline void Open(RtAudio& audio, RtAudio::StreamParameters output, unsigned rate, unsigned& period,
                  RtAudioCallback callback, void* user, RtAudio::StreamOptions options,
                  void (*takeError)(ErrorType, const std::string&)) {

@@ -12,7 +12,6 @@
 
 #include <lv2/data-access/data-access.h>
 #include <lv2/instance-access/instance-access.h>
-#include <lv2/log/log.h>
 #include <lv2/ui/ui.h>
 
 namespace vexa::lv2 {
@@ -23,7 +22,6 @@ class Ui {
   public:
     Ui(const char* bundle, const LV2_Feature* const* features)
         : resize(Find<LV2UI_Resize>(features, LV2_UI__resize)),
-          log(Find<LV2_Log_Log>(features, LV2_LOG__log)),
           instance(Find<void>(features, LV2_INSTANCE_ACCESS_URI)),
           plugin(PluginOf(features)),
           frame(static_cast<std::uint32_t>(
@@ -54,13 +52,9 @@ class Ui {
             ui.resize->ui_resize(ui.resize->handle, static_cast<int>(width),
                                  static_cast<int>(height));
     }
-    static void Say(void* owner, const char* message) {
-        if (Of(owner).log)
-            std::fprintf(stderr, "vexa: %s\n", message);
-    }
+    static void Say(void*, const char* message) { std::fprintf(stderr, "vexa: %s\n", message); }
 
     LV2UI_Resize* const resize;
-    LV2_Log_Log* const log;
     const LV2_Handle instance;
     const WindowInterface* const plugin;
     WindowFrame frame;

@@ -20,7 +20,7 @@ class VEXA_REALTIME HeldKeys {
     struct Key {
         NoteName name;
         /// The velocity, 0..1.
-        float velocity;
+        float velocity = 0;
         /// True if the pedal 66 (sostenuto) was pressed while the key was down.
         bool sostenuto = false;
     };
@@ -45,7 +45,7 @@ class VEXA_REALTIME HeldKeys {
     std::optional<Key> Last() const;
 
   private:
-    std::array<Key, 128> keys;
+    std::array<Key, 128> keys{};
     std::size_t count = 0;
 };
 

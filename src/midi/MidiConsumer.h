@@ -47,6 +47,10 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
     VEXA_REALTIME void SourceEnded(uchar channel, bigtime_t time) override;
     /// Silences every slot at once, on all channels. Any thread.
     VEXA_REALTIME void AllNotesOff(bool justChannel, bigtime_t time) override;
+    /// Silences every slot at once and forgets all events: keys, glides, wheels, pedals,
+    /// controllers and the zones of MPE, except those of ExpectMpe. The names of the notes that end
+    /// are still reported.
+    VEXA_REALTIME void Restart();
 
     /// Notes that a host identifies by names; notes with different names are different even on the
     /// same key. Real-time safe, MIDI thread, like all functions here that take names.

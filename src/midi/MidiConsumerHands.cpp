@@ -229,6 +229,17 @@ void VexaMidiConsumer::KeyPressure(uchar from, uchar note, uchar pressure, bigti
     }
 }
 
+void VexaMidiConsumer::Restart() {
+    AllNotesOff(false, 0);
+    TakeUpSound();
+    channels.fill({});
+    zones = {};
+    if (playing.mpe)
+        ExpectMpe();
+    std::fill(controllers.begin(), controllers.end(), 0.0F);
+    std::fill(volumes.begin(), volumes.end(), 1.0F);
+}
+
 void VexaMidiConsumer::SourceEnded(uchar from, bigtime_t) {
     TakeUpSound();
     LiftPedals(from);

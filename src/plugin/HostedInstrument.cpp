@@ -4,7 +4,6 @@
 #include "documents/SoundDocument.h"
 #include "instrument/DefaultSound.h"
 #include "instrument/InitialSound.h"
-#include "kits/midi/ControllerNumbers.h"
 #include "kits/support/Published.h"
 
 #include <filesystem>
@@ -58,13 +57,13 @@ HostedInstrument::HostedInstrument(kits::ProgramFolders programFolders, double r
 
 void HostedInstrument::Restart(double rate) noexcept {
     Engine& engine = instrument.Engine();
-    for (uchar channel = 0; channel < 16; channel++)
-        engine.consumer.ControlChange(channel, kits::kResetControllers, 0, 0);
-    engine.consumer.AllNotesOff(false, 0);
-    for (uchar channel = 0; channel < 16; channel++)
-        engine.consumer.SourceEnded(channel, 0);
-    for (Macro& macro : engine.macros)
-        macro.modulation = 0;
+    posted.Skip(posted.Readable());
+    engine.consumer.Restart();
+    for (std::size_t i = 0; i < kMacros; i++) {
+        // A controller may have moved the macro.
+        engine.macros[i].value = macros[i];
+        engine.macros[i].modulation = 0;
+    }
     engine.renderer.Clear();
     oversampler.SetFrameRate(rate);
 }

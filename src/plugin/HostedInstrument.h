@@ -54,8 +54,9 @@ class HostedInstrument {
     /// Returns what was wrong with the sound "default" of a new instrument, and what plays instead;
     /// empty if nothing was.
     const std::string& StartFault() const { return startFault; }
-    /// Ends all notes, resets wheels, pedals and modulation, and continues at `rate` samples per
-    /// second. Audio side, or any thread while the audio side is idle.
+    /// Ends all notes and forgets every event, and continues at `rate` samples per second: from
+    /// here on the instrument sounds like a new one with the same sound, controls and tuning. Audio
+    /// side, or any thread while the audio side is idle.
     VEXA_REALTIME void Restart(double rate) noexcept;
 
     /// The audio side: no allocation, lock, wait or system call.

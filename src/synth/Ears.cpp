@@ -21,6 +21,12 @@ void Ears::Begin(const sound_param& p, double spread, std::size_t ramp, std::siz
     begun = true;
 }
 
+void Ears::Restart() noexcept {
+    x.angle.Set(0);
+    y.angle.Set(0);
+    begun = false;
+}
+
 bool Ears::StayAt(const sound_param& p, double spread) const noexcept {
     return begun && x.angle.StaysAt(p.Fx * Half(spread)) && y.angle.StaysAt(p.Fy * Half(spread));
 }

@@ -44,6 +44,9 @@ class VEXA_REALTIME Ears {
     void Begin(const sound_param& p, double spread, std::size_t ramp, std::size_t offset,
                std::size_t count) noexcept;
 
+    /// Forgets the past: the next block begins with its spread's angles.
+    void Restart() noexcept;
+
     /// Returns true if a block with this spread, in degrees, leaves the angles unchanged.
     bool StayAt(const sound_param& p, double spread) const noexcept;
 

@@ -30,6 +30,12 @@ VEXA_REALTIME void WriteTimes(const RunningVoice& v, double dt, float* to, float
 
 } // namespace
 
+void InputBlock::Restart() noexcept {
+    ramps.fill(Ramp<float>());
+    source = nullptr;
+    begun = false;
+}
+
 void InputBlock::Advance(double rate, std::size_t newSmooth, std::size_t newOffset,
                          std::size_t count) noexcept {
     smooth = newSmooth;

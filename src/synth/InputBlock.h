@@ -24,6 +24,9 @@ class VEXA_REALTIME InputBlock {
   public:
     explicit InputBlock(Macros& macros) : macros(macros), space(std::make_unique<Space>()) {}
 
+    /// Forgets the past: the next block begins with the values that are set then.
+    void Restart() noexcept;
+
     /// Returns true if all macros, controllers and the key that the voice uses have reached their
     /// targets.
     bool IsSteady(const PlaneSource& f, const RunningVoice& v) const noexcept;

@@ -8,6 +8,14 @@
 
 namespace vexa {
 
+void OutputMix::Restart() noexcept {
+    channels.fill(Ramp<float>());
+    level.Set(1);
+    decibels = 0;
+    count = 0;
+    begun = false;
+}
+
 void OutputMix::Begin(const Times& times, std::size_t offset, std::size_t newCount) noexcept {
     // Until here the ramps have the volumes of the previous block.
     for (Ramp<float>& channel : channels)

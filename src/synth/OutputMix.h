@@ -26,6 +26,8 @@ class VEXA_REALTIME OutputMix {
     struct Times {
         std::size_t channel, sum, fade;
     };
+    /// Forgets the past: the next block begins with the volumes that are set then.
+    void Restart() noexcept;
     /// Begins a block of `count` samples, `offset` samples after the beginning of its cell.
     void Begin(const Times& times, std::size_t offset, std::size_t count) noexcept;
 

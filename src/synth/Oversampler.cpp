@@ -27,6 +27,7 @@ VEXA_REALTIME bool IsSilent(std::span<const float> samples) noexcept {
 void Oversampler::SetFrameRate(double rate) {
     frameRate = rate;
     begun = false;
+    filtered.Set(0);
     for (Line& line : lines)
         std::ranges::fill(line, 0.0F);
     renderer.SetSampleRate(rate * static_cast<double>(factor), static_cast<int>(factor));

@@ -16,6 +16,16 @@
 
 namespace vexa {
 
+/// A time without a movement of the function's value.
+struct Stillness {
+    /// True if the value has moved since the end of the last cell.
+    bool stirs = false;
+    /// The value at that end.
+    float level = 0;
+    /// The number of samples up to that end without a movement in any cell.
+    std::size_t lasts = 0;
+};
+
 /// The running state of one voice. Its slot in the voice table publishes the part that other
 /// threads may read.
 struct RunningVoice {
@@ -65,12 +75,10 @@ struct RunningVoice {
     bool rests = false;
     /// True if the voice stays silent as long as nothing changes.
     bool over = false;
-    /// Used while the point stands. `stirs`: the function's value has moved since the end of the
-    /// last cell. `level`: the value at that end. `stillFor`: the number of samples up to that end
-    /// without a movement in any cell.
-    bool stirs = false;
-    float level = 0;
-    std::size_t stillFor = 0;
+    /// How long the function's value has not moved: while the point stands, and for each ear since
+    /// the release, whether the point stands or not.
+    Stillness still;
+    std::array<Stillness, 2> calm;
     /// The remaining samples of the fade after the voice was cut off (`ends`).
     std::size_t left = 0;
     bool ends = false;

@@ -142,7 +142,8 @@ struct voice {
     std::array<kits::Shared<double>, kOrbitSums> sums;
     /// The last sample, after the filter.
     kits::Shared<float> out;
-    /// True if the note is released, its point has stopped for good, and it stays silent.
+    /// True if the note is released and will not be heard any more: its point has stopped for good
+    /// and it stays silent, or the value of f has long changed too slowly to be heard.
     kits::Shared<bool> over;
 };
 

@@ -36,10 +36,10 @@ constexpr double kFilterRate = 44100;
 /// A voice below this level is inaudible. Full volume is 1.
 constexpr float kInaudible = 1e-7F;
 
-/// If f uses the time, its value may change although a note's point stands. A change of less than
-/// `kStill` per second is too slow to be heard, and its change within a cell, 0.0015 at 44100
-/// samples per second, too small. A released note that changes no faster for `kStillSeconds` counts
-/// as ended.
+/// The value of f may change although a note's point stands, if it uses the time, and a point may
+/// move for ever where f does not change. A change of less than `kStill` per second is too slow to
+/// be heard, and its change within a cell, 0.0015 at 44100 samples per second, too small. A
+/// released note that changes no faster for `kStillSeconds` counts as ended.
 constexpr double kStill = 1;
 constexpr double kStillSeconds = 10;
 
@@ -122,7 +122,8 @@ void VoiceRenderer::SetSampleRate(double rate, int oversampling) noexcept {
     filterRate = kFilterRate * oversampling;
     inputs.ShowMacros();
     for (RunningVoice& v : running) {
-        for (std::size_t* samples : {&v.age, &v.left, &v.stillFor})
+        for (std::size_t* samples :
+             {&v.age, &v.left, &v.still.lasts, &v.calm[0].lasts, &v.calm[1].lasts})
             *samples = Rescaled(*samples, ratio);
         const auto rescale = [ratio](auto&... lines) { (lines.Rescale(ratio), ...); };
         rescale(v.glide, v.bend, v.arrives, v.gains[0], v.gains[1]);
@@ -150,6 +151,9 @@ void VoiceRenderer::Clear() noexcept {
         v = RunningVoice();
     offset = 0;
     apart = false;
+    ears.Restart();
+    mix.Restart();
+    inputs.Restart();
 }
 
 void VoiceRenderer::SetGain(float next) noexcept {
@@ -285,10 +289,8 @@ bool VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
         mix.Write(apart ? other.sum.data() : one.sum.data(), gain, right, count);
     const bool hearsTime = HearsTime(source);
     const bool cellEnds = offset + count == kBlock;
-    for (std::size_t k = 0; k < voiceCount && hearsTime; k++) {
-        if (sounding[k]->stands)
-            Watch(*sounding[k], {&one.s[k * count], count}, cellEnds);
-    }
+    for (std::size_t k = 0; k < voiceCount; k++)
+        Watch(*sounding[k], &one.s[k * count], &other.s[k * count], count, hearsTime, cellEnds);
     // Only at the end of a cell, so that the result does not depend on how blocks are cut; and only
     // for points that already stood when the cell began, so that the last value is the final one.
     if (!cellEnds)
@@ -299,7 +301,7 @@ bool VoiceRenderer::RenderBlock(const PlaneFunction& f, Block& block, float* lef
         const auto last = [at = (k + 1) * count - 1](const Block::Ear& ear) { return ear.s[at]; };
         v.stands = motion.Stands(v);
         if (!v.stands) {
-            v.stillFor = 0;
+            v.still.lasts = 0;
             v.stopped = false;
         }
         v.rests = stood && v.stands && !v.arrives.Moves() && inputs.IsSteady(source, v) &&
@@ -375,19 +377,39 @@ bool VoiceRenderer::HearsTime(const PlaneSource& f) noexcept {
     });
 }
 
-/// Watches the values of f of a voice whose point stands, and stops the voice's time once the voice
-/// counts as ended.
-void VoiceRenderer::Watch(RunningVoice& v, std::span<const float> samples,
-                          bool cellEnds) const noexcept {
-    const auto most = static_cast<float>(kStill * double(kBlock) / sampleRate);
-    for (const float sample : samples)
-        v.stirs = v.stirs || !(std::abs(sample - v.level) <= most);
-    if (!cellEnds)
+/// Watches the values of f of a released voice. If its point stands, stops the voice's time once
+/// the voice counts as ended.
+void VoiceRenderer::Watch(RunningVoice& v, const float* left, const float* right, std::size_t count,
+                          bool hearsTime, bool cellEnds) const noexcept {
+    if (!v.released)
         return;
-    v.stillFor = v.stirs ? 0 : v.stillFor + kBlock;
-    v.stirs = false;
-    v.level = samples.back();
-    v.stopped = v.stopped || v.stillFor >= SamplesIn(kStillSeconds);
+    const auto most = static_cast<float>(kStill * double(kBlock) / sampleRate);
+    const auto watch = [=](Stillness& still, const float* samples) {
+        still.stirs = still.stirs || std::any_of(samples, samples + count, [&](float sample) {
+                          return !(std::abs(sample - still.level) <= most);
+                      });
+        if (!cellEnds)
+            return;
+        still.lasts = still.stirs ? 0 : still.lasts + kBlock;
+        still.stirs = false;
+        still.level = samples[count - 1];
+    };
+    watch(v.calm[0], left);
+    if (apart)
+        watch(v.calm[1], right);
+    else
+        v.calm[1] = v.calm[0];
+    if (!v.stands || !hearsTime)
+        return;
+    watch(v.still, left);
+    v.stopped = v.stopped || (cellEnds && v.still.lasts >= SamplesIn(kStillSeconds));
+}
+
+/// Returns true if a released voice counts as ended although its point may still move.
+bool VoiceRenderer::IsCalm(const RunningVoice& v) const noexcept {
+    return v.released && std::ranges::all_of(v.calm, [&](const Stillness& ear) {
+               return ear.lasts >= SamplesIn(kStillSeconds);
+           });
 }
 
 /// Sets the filters so that the first samples of a block continue from the last output. `louder` is
@@ -409,7 +431,7 @@ void VoiceRenderer::Join(std::span<RunningVoice* const> sounding, const Block& b
 /// `cells` cells.
 bool VoiceRenderer::Lingers(const RunningVoice& v, bool hearsTime,
                             std::size_t cells) const noexcept {
-    return hearsTime && !v.stopped && v.stillFor + cells * kBlock < SamplesIn(kStillSeconds);
+    return hearsTime && !v.stopped && v.still.lasts + cells * kBlock < SamplesIn(kStillSeconds);
 }
 
 /// Returns true if the voice stays inaudible as long as the input of its filters keeps these
@@ -589,7 +611,8 @@ void VoiceRenderer::TakeUpChange(RunningVoice& v, const voice& slot,
         envelope.Restart();
     v.sounds = true;
     v.stands = v.rests = v.over = false;
-    v.stillFor = 0;
+    v.still.lasts = 0;
+    v.calm = {};
     v.changes = seen.Changes();
 }
 
@@ -607,7 +630,7 @@ void VoiceRenderer::ShowProgress() noexcept {
         slot.pitch = static_cast<float>(v.freq * (v.glide.Factor() * v.bend.Factor()));
         std::ranges::transform(v.sums, slot.sums.begin(), &Ramp<double>::Now);
         slot.out = v.filter.out;
-        slot.over = v.over;
+        slot.over = v.over || IsCalm(v);
         slot.renderednotes = v.notes;
         slot.rendered = v.changes;
     }

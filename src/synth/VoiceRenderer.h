@@ -74,7 +74,8 @@ class VoiceRenderer {
     /// thread.
     void SetJoins(bool whether) noexcept { joins = whether; }
 
-    /// Drops all notes and their tails at once; notes that are still in the table begin again. Must
+    /// Drops all notes and their tails at once; notes that are still in the table begin again.
+    /// Volumes, macros and ears continue from the values that are then set, without a ramp. Must
     /// not be called while rendering.
     VEXA_REALTIME void Clear() noexcept;
 
@@ -121,8 +122,9 @@ class VoiceRenderer {
     VEXA_REALTIME std::size_t RenderCells(const PlaneFunction& f, float* left, float* right,
                                           std::size_t most) noexcept;
     VEXA_REALTIME static bool HearsTime(const PlaneSource& f) noexcept;
-    VEXA_REALTIME void Watch(RunningVoice& running, std::span<const float> samples,
-                             bool cellEnds) const noexcept;
+    VEXA_REALTIME void Watch(RunningVoice& running, const float* left, const float* right,
+                             std::size_t count, bool hearsTime, bool cellEnds) const noexcept;
+    VEXA_REALTIME bool IsCalm(const RunningVoice& running) const noexcept;
     VEXA_REALTIME bool Lingers(const RunningVoice& running, bool hearsTime,
                                std::size_t cells) const noexcept;
     VEXA_REALTIME bool IsOver(const RunningVoice& running, float left, float right) const noexcept;

@@ -130,8 +130,10 @@ std::size_t VoiceRenderer::RenderCells(const PlaneFunction& f, float* left, floa
             evaluate(other);
     }
     for (std::size_t k = 0; k < voiceCount; k++) {
-        for (std::size_t i = 0; i < cells && all[k]->stands; i++)
-            Watch(*all[k], {&one.s[i * points + k * kBlock], kBlock}, true);
+        for (std::size_t i = 0; i < cells; i++) {
+            const std::size_t at = i * points + k * kBlock;
+            Watch(*all[k], &one.s[at], &other.s[at], kBlock, hearsTime, true);
+        }
     }
     std::fill_n(one.sum.data(), cells * kBlock, resting);
     if (apart)

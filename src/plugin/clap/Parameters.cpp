@@ -9,14 +9,12 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
-#include <span>
 #include <utility>
 
 namespace vexa::clap {
 
 namespace {
 
-constexpr std::string_view kAsSound = "as the sound";
 /// The number of significant digits shown to the user.
 constexpr int kDigits = 6;
 
@@ -32,13 +30,10 @@ std::string_view UnitOf(const Control& control) {
     return {};
 }
 
-/// Returns the words for the values from 0 on; empty for most controls.
-std::span<const std::string_view> WordsOf(const Control& control) {
-    for (const PlayingRow& row : PlayingRows()) {
-        if (control.target && row.target == control.target && control.target == &Playing::mode)
-            return row.words;
-    }
-    return {};
+/// Returns true if the texts are equal but for the case of ASCII letters.
+bool Same(std::string_view a, std::string_view b) {
+    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
+    return std::ranges::equal(a, b, {}, lower, lower);
 }
 
 bool IsStepped(const Control& control) {
@@ -85,12 +80,14 @@ std::optional<std::size_t> IndexOf(clap_id id) {
 
 std::string TextOf(const Control& control, double value) {
     const auto given = static_cast<float>(value);
-    if (control.LeavesToSound(given))
-        return std::string(kAsSound);
-    const float bounded = control.Bounded(given);
-    if (const auto words = WordsOf(control); !words.empty())
-        return std::string(words[static_cast<std::size_t>(bounded)]);
-    const float number = control.target == &Playing::oversample ? std::exp2(bounded) : bounded;
+    const bool toSound = control.LeavesToSound(given);
+    const float bounded = toSound ? control.asSound : control.Bounded(given);
+    const bool isPower = !toSound && control.target == &Playing::oversample;
+    const float number = isPower ? std::exp2(bounded) : bounded;
+    for (const ControlPoint& point : Points(control)) {
+        if (point.value == number)
+            return point.label;
+    }
     std::string text = kits::RoundedText(double(number), kDigits);
     const std::string_view unit = UnitOf(control);
     return unit.empty() ? text : text.append(" ").append(unit);
@@ -98,11 +95,12 @@ std::string TextOf(const Control& control, double value) {
 
 std::optional<double> ValueOf(const Control& control, std::string_view text) {
     text = kits::Trimmed(text);
-    if (text == kAsSound)
-        return control.asSound;
-    const auto words = WordsOf(control);
-    if (const auto word = std::ranges::find(words, text); word != words.end())
-        return static_cast<double>(word - words.begin());
+    for (const ControlPoint& point : Points(control)) {
+        if (Same(text, point.label))
+            return point.value;
+    }
+    if (text.starts_with('+') && !text.starts_with("+-"))
+        text.remove_prefix(1);
     double value = 0;
     const auto read = std::from_chars(text.data(), text.data() + text.size(), value);
     if (read.ec != std::errc())
@@ -110,8 +108,8 @@ std::optional<double> ValueOf(const Control& control, std::string_view text) {
     const std::string_view rest =
         kits::Trimmed(text.substr(static_cast<std::size_t>(read.ptr - text.data())));
     const bool inside = value >= double(control.minimum) && value <= double(control.maximum);
-    return inside && (rest.empty() || rest == UnitOf(control)) ? std::optional(value)
-                                                               : std::nullopt;
+    return inside && (rest.empty() || Same(rest, UnitOf(control))) ? std::optional(value)
+                                                                   : std::nullopt;
 }
 
 double Held(const Control& control, double value) {

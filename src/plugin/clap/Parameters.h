@@ -28,10 +28,10 @@ clap_param_info InfoOf(std::size_t index);
 /// Returns the index of the parameter with that id; no value if there is none.
 VEXA_REALTIME std::optional<std::size_t> IndexOf(clap_id id);
 
-/// Returns a value as a user reads it: "as the sound", a word, or a number with its unit.
+/// Returns a value as a user reads it: the word for it (Points), or a number with its unit.
 std::string TextOf(const Control& control, double value);
-/// Returns the value of such a text, with or without the unit; no value if the text is not valid or
-/// out of range. The result is independent of the locale.
+/// Returns the value of such a text, with or without the unit, in capitals or not; no value if the
+/// text is not valid or out of range. The result is independent of the locale.
 std::optional<double> ValueOf(const Control& control, std::string_view text);
 /// Returns a host's value as the control stores it: limited to the range. A value that leaves the
 /// setting to the sound, including NaN, becomes the lowest value.

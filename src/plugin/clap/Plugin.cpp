@@ -34,14 +34,15 @@ VEXA_REALTIME std::optional<NoteName> NameOf(const Event& event) noexcept {
     return name;
 }
 
-/// The level below which the output is inaudible, relative to full volume (1).
-constexpr float kInaudible = 1e-7F;
+/// The level below which the host may let the plug-in sleep, relative to full volume (1): half a
+/// step of 16 bits. Where f is not 0, rounding leaves a constant of a note that is over.
+constexpr float kQuiet = 1.0F / 65536;
 /// The time after which all fades and the tail of the filter have ended.
 constexpr double kFadeSeconds = 0.02;
 
 VEXA_REALTIME bool IsQuiet(const float* samples, uint32_t count) noexcept {
     return std::all_of(samples, samples + count,
-                       [](float sample) { return std::abs(sample) < kInaudible; });
+                       [](float sample) { return std::abs(sample) < kQuiet; });
 }
 
 } // namespace

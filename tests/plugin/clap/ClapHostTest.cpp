@@ -11,6 +11,7 @@
 #include <limits>
 #include <memory>
 #include <thread>
+#include <tuple>
 #include <utility>
 
 #include <gmock/gmock.h>
@@ -32,10 +33,12 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr uint16_t kOn = CLAP_EVENT_NOTE_ON, kOff = CLAP_EVENT_NOTE_OFF;
 
 /// A circle of radius 1 with quick ends, so that f = x is a sine; pressure drives controller 2.
-std::string Circle(const std::string& expression) {
+/// After the release it has the radius `end`.
+std::string Circle(const std::string& expression, float end = 0) {
     Sound sound;
     sound.function.expression = expression;
-    sound.envelopes[2] = sound.envelopes[3] = {{0, false, 0}, {0.01F, false, 1}, {0.05F, true, 0}};
+    sound.envelopes[2] =
+        sound.envelopes[3] = {{0, false, 0}, {0.01F, false, 1}, {0.05F, true, end}};
     sound.playing.emplace().Of("pressure") = "2";
     return SoundText(sound);
 }
@@ -218,9 +221,11 @@ TEST_F(ClapPlugin, TheHostIsToldOnceThatANoteHasEnded) {
         host.Set(0, "Polyphony", voices);
         host.Set(0, "Mode", mode);
     };
-    // If f is not 0 where a note comes to rest, the filter settles slightly beside 0.
-    for (const char* formula : {"x", "x*(1+0*t)", "x+0.4"}) {
-        host.Load(Circle(formula));
+    // The first note never comes to rest. If f is not 0 where a note does, its filter settles
+    // slightly beside 0.
+    for (const auto& [formula, end] :
+         {std::pair{"x*exp(-99*t)", 1}, {"x", 0}, {"x*(1+0*t)", 0}, {"x+9", 0}}) {
+        host.Load(Circle(formula, static_cast<float>(end)));
         polyphony(0, -1);
         host.ended.clear();
         host.Note(kOn, 0, {5, 2, 60});
@@ -230,14 +235,14 @@ TEST_F(ClapPlugin, TheHostIsToldOnceThatANoteHasEnded) {
         host.Run(64);
         EXPECT_THAT(host.ended, IsEmpty()) << "it is released and heard still";
         EXPECT_EQ(host.status, CLAP_PROCESS_CONTINUE);
-        for (int i = 0; i < 100; i++)
+        for (int i = 0; i < 101; i++)
             host.Run(4800);
         EXPECT_THAT(host.ended, ElementsAre(Name{5, 2, 60})) << formula;
-        host.Note(CLAP_EVENT_NOTE_CHOKE, 0, {-1, 2, -1});
-        host.Run(4800);
-        host.Run(4800);
+        host.Note(kOff, 0, {-1, 2, -1});
+        for (int i = 0; i < 101; i++)
+            host.Run(4800);
         EXPECT_THAT(host.ended, ElementsAre(Name{5, 2, 60}, Name{6, 2, 60})) << formula;
-        EXPECT_EQ(host.status, CLAP_PROCESS_SLEEP);
+        EXPECT_EQ(host.status, CLAP_PROCESS_SLEEP) << formula;
     }
     // A voice that is stolen by another note.
     host.ended.clear();
@@ -465,14 +470,27 @@ TEST_F(ClapPlugin, KnobsHaveTextsAndNoOtherValues) {
         host.Set(0, info.name, info.min_value);
     }
     const std::pair<const char*, std::pair<double, const char*>> texts[] = {
-        {"Volume", {-6, "-6 dB"}},  {"Volume", {-41, "as the sound"}},  {"Mode", {2, "legato"}},
-        {"Oversampling", {4, "4"}}, {"Bend range", {2, "2 semitones"}}, {"Macro a", {0.25, "0.25"}},
+        {"Volume", {-6, "-6 dB"}},
+        {"Volume", {-41, "as the sound"}},
+        {"Mode", {2, "legato"}},
+        {"Oversampling", {4, "4"}},
+        {"Bend range", {2, "2 semitones"}},
+        {"Macro a", {0.25, "0.25"}},
+        {"MPE", {1, "on"}},
+        {"MPE", {0, "as configured by its message"}},
     };
     for (const auto& [name, row] : texts) {
         char text[64];
         params.value_to_text(host.plugin, host.Info(name).id, row.first, text, sizeof text);
         EXPECT_STREQ(text, row.second);
     }
+    double typed = 0;
+    const clap_id volume = host.Info("Volume").id;
+    for (const auto& [text, value] : {std::pair{"+3 dB", 3}, {"-6 db", -6}, {" +0.0 ", 0}}) {
+        EXPECT_TRUE(params.text_to_value(host.plugin, volume, text, &typed)) << text;
+        EXPECT_EQ(typed, value) << text;
+    }
+    EXPECT_FALSE(params.text_to_value(host.plugin, volume, "+-3", &typed));
     double ignored = 0;
     EXPECT_FALSE(params.get_value(host.plugin, 12345, &ignored));
     EXPECT_FALSE(params.get_info(host.plugin, params.count(host.plugin), &info));
@@ -511,31 +529,63 @@ TEST_F(ClapPlugin, ActivationsAndLatenciesMayComeInAnyOrder) {
     EXPECT_EQ(Level(host.Run(64)), 0) << "nothing is left of the note";
     // Behaves like a new instance, whatever happened before.
     host.Set(0, "Oversampling", 0);
+    for (ClapHost* each : {&host, &fresh}) {
+        ASSERT_TRUE(each->Load(Circle("x*(0.2+a+b+ctl(2)+ctl(7)+ctl(20))")));
+        each->Set(0, "Glide", 0.3);
+        each->Set(0, "Bend range", 2);
+    }
     fresh.Run(64);
     for (const double rate : {kNaN, 0.0, -1.0})
         EXPECT_FALSE(host.Activate(rate));
+    // Channel 0 receives a range of its wheel, and channel 15 a zone of MPE.
+    const auto live = [&] {
+        host.Modulate(0, "Macro b", 0.4);
+        for (const auto& [channel, controller, value] : {std::tuple{0, 7, 30},
+                                                         {0, 11, 50},
+                                                         {0, 16, 127},
+                                                         {0, 20, 5},
+                                                         {0, 64, 127},
+                                                         {0, 66, 127},
+                                                         {0, 101, 0},
+                                                         {0, 100, 0},
+                                                         {0, 6, 24},
+                                                         {15, 101, 0},
+                                                         {15, 100, 6},
+                                                         {15, 6, 3}})
+            host.Midi(0, {uint8_t(0xB0 + channel), uint8_t(controller), uint8_t(value)});
+        host.Midi(0, {0xE0, 0, 0x70});
+        host.Midi(0, {0xD0, 90, 0});
+        host.Note(kOn, 0, {1, 0, 84});
+        host.Note(kOn, 0, {2, 13, 84});
+        host.Run(333);
+    };
     for (const double rate : {384000.0, 8000.0, 8000.0, 48000.0}) {
         host.Activate(rate);
         host.Reset();
         host.Run(1);
-        host.Note(kOn, 0, {1, 0, 60});
-        host.Midi(0, {0xB0, 64, 127});
-        host.Run(333);
+        live();
         if (rate > 10000)
             host.plugin->deactivate(host.plugin);
         host.plugin->start_processing(host.plugin);
         host.plugin->stop_processing(host.plugin);
     }
+    const auto played = [](ClapHost& each) {
+        for (const int channel : {0, 13})
+            each.Note(kOn, 5, {1, channel, 60});
+        for (const int channel : {0, 13})
+            each.Midi(700, {uint8_t(0xE0 + channel), 0, 0x50});
+        each.Note(kOff, 1000, {});
+        return each.Run(8192);
+    };
+    const std::vector<float> expected = played(fresh);
+    EXPECT_GT(Level(expected), 1e-3);
     host.plugin->deactivate(host.plugin);
     host.plugin->deactivate(host.plugin);
     host.Activate(48000);
-    for (ClapHost* each : {&host, &fresh}) {
-        each->Note(kOn, 5, {1, 0, 60});
-        each->Note(kOff, 1000, {1, 0, 60});
-    }
-    const std::vector<float> expected = fresh.Run(8192);
-    EXPECT_EQ(host.Run(8192), expected);
-    EXPECT_GT(Level(expected), 1e-3);
+    EXPECT_EQ(played(host), expected);
+    live();
+    host.Reset();
+    EXPECT_EQ(played(host), expected);
 }
 
 TEST_F(ClapPlugin, NamesTheFaultOfADefaultSoundForWhichAnotherPlays) {

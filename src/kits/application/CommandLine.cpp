@@ -38,7 +38,7 @@ Error Misuse(std::span<const OptionText> rows, int found, const char* argument) 
         return {std::string("--") + rows[static_cast<std::size_t>(::optopt - kFirstRow)].name +
                 " takes no value"};
     if (::optopt > 0)
-        return {std::string("unknown option -") + static_cast<char>(::optopt) +
+        return {"unknown option -" + std::string(1, static_cast<char>(::optopt)) +
                 "; put -- before a file whose name begins with -"};
     return {std::string("unknown or ambiguous option ") + argument};
 }

@@ -64,8 +64,8 @@ class VoiceRenderer {
     /// with other coefficients and envelopes, EndReplacing() says that all of them are set.
     /// EndReplacing() without a replacement has no effect. The orbit of one sound may reach extreme
     /// values of another sound's terrain: in between the output is silent, and no value glides from
-    /// one sound to the other. Sounding notes continue from their last output, as after SetJoins.
-    /// Window thread.
+    /// one sound to the other. Sounding notes continue from their last output, as after SetJoins,
+    /// and round the centre where notes of the new sound begin. Window thread.
     void BeginReplacing() noexcept { replacing = replacing | 1U; }
     void EndReplacing() noexcept { replacing = replacing + (replacing & 1U); }
 

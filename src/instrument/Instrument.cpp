@@ -238,21 +238,22 @@ FunctionReport Instrument::InstallExpression(const std::string& expression) try 
         return compiler.Refusal(read.reason);
     const bool mayBeAddon = addons != Addons::None && WhyNoAddon(*read.formula, expression).empty();
     PlaneFunction f = read.formula;
+    FunctionReport report;
     if (mayBeAddon && addons == Addons::Awaited) {
         CompileOutcome compiled = compiler.Compile(expression);
         if (!compiled)
             return compiled;
         f = std::move(compiled.addon);
+        report = std::move(compiled);
     }
     thread.Drop();
     file.clear();
     sample.reset();
     Install(f);
-    FunctionReport report;
     if (mayBeAddon && addons == Addons::Following)
         report = Follow(expression);
-    if (report.text.empty())
-        report.text = read.reason;
+    if (!read.reason.empty())
+        report.text = read.reason + (report.text.empty() ? "" : '\n' + report.text);
     return report;
 } catch (const std::bad_alloc&) {
     return FunctionCompiler(folders).Refusal("there is not enough memory");

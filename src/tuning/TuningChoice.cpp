@@ -30,26 +30,28 @@ Result<Tuning> TuningBy(const TuningParts& parts) {
     return tuning;
 }
 
+using ChosenFile = std::optional<std::filesystem::path>;
+
+/// Takes over a file, if one is given, and what `read` finds in it.
+template<class Part, class Read>
+Result<void> Take(const ChosenFile& given, Read read, ChosenFile& chosen, Part& part) {
+    if (!given)
+        return {};
+    chosen = given->empty() ? std::nullopt : given;
+    const Result<Part> found = chosen ? read(*chosen) : Part();
+    if (!found)
+        return found.Fault();
+    part = *found;
+    return {};
+}
+
 } // namespace
 
 Result<Tuning> TuningParts::Change(const TuningChoice& change) {
-    const auto chosen = [](const auto& path) {
-        return path->empty() ? std::nullopt : std::optional(*path);
-    };
-    if (change.scale) {
-        choice.scale = chosen(change.scale);
-        const Result<Scale> read = choice.scale ? ReadScale(*choice.scale) : Scale();
-        if (!read)
-            return read.Fault();
-        scale = *read;
-    }
-    if (change.keymap) {
-        choice.keymap = chosen(change.keymap);
-        const Result<Keymap> read = choice.keymap ? ReadKeymap(*choice.keymap) : Keymap();
-        if (!read)
-            return read.Fault();
-        keymap = *read;
-    }
+    if (const auto taken = Take(change.scale, ReadScale, choice.scale, scale); !taken)
+        return taken.Fault();
+    if (const auto taken = Take(change.keymap, ReadKeymap, choice.keymap, keymap); !taken)
+        return taken.Fault();
     if (change.a4)
         choice.a4 = *change.a4 > 0 ? change.a4 : std::nullopt;
     return TuningBy(*this);

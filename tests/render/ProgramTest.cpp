@@ -708,9 +708,12 @@ TEST_F(RenderProgram, SaysWhichFunctionsItDoesNotCompileThoughItIsAskedTo) {
     EXPECT_THAT(warnings({"--compile", "--function", "1<<(int)x"}),
                 HasSubstr("--function is not compiled: C does not define all of its values\n"));
     // Of what is compiled and what is not.
-    for (const char* product : {"1/3*x", "1/3*vel"})
-        EXPECT_THAT(warnings({"--compile", "--function", product}),
-                    HasSubstr("warning: --function: character 2: 1/3 is 0, "));
+    for (const char* product : {"1/3*vel", "1/3*x+1e999"}) {
+        const std::string told = warnings({"--compile", "--function", product});
+        EXPECT_THAT(told, HasSubstr("warning: --function: character 2: 1/3 is 0, "));
+        // What the compiler says follows.
+        EXPECT_EQ(told.find("[-Woverflow]") != told.npos, std::string(product).ends_with("1e999"));
+    }
     EXPECT_THAT(warnings({"--compile", "--sound", "voice"}),
                 HasSubstr("/voice.xml is not compiled: it is a sample\n"));
     // Of the sounds that program changes choose too.

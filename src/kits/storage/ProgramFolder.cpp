@@ -140,8 +140,9 @@ Result<fs::path> ProgramFolders::FindDocument(const char* folder, const fs::path
         }
     }
     // Lists show "Wood block", whose file is woodblock.xml.
+    const std::string plain = Plain(word.string());
     for (const std::string& name : Documents(folder)) {
-        if (Plain(name) == Plain(word.string()))
+        if (Plain(name) == plain)
             return Find(folder, name);
     }
     std::string text = "there is no file " + word.string();

@@ -44,6 +44,8 @@ TEST_F(AttachedView, ShowsWhatPlaysSendsWhatIsDoneAndNothingElse) {
     sound.envelopes[2] = {{0, false, 0.5F}, {1, true, 0}};
     bool taken = false;
     instrument.Restore(SoundText(sound), "", taken);
+    // Attached anew, so that this is the first sound that the window hears of.
+    plugin = *Attachment::Begin(*windows.Open());
     window = new VexaWindow({64, 100, 999, 610}, folders, {.plugin = plugin.get()});
     view = &window->MainView();
     window->Show();

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <string>
 #include <utility>
 
 namespace vexa {
@@ -68,6 +69,20 @@ void AddPlane(BMenu& menu, const PlaneOverlay& plane) {
     menu.AddItem(new BMenuItem(looks));
 }
 
+void AddSizes(BMenu& menu, VexaWindow& window) {
+    const int present = window.MainView().Remembered().Get(kSizeSetting);
+    auto* sizes = new BMenu("Size");
+    for (const int percent : {100, 125, 150, 175, 200}) {
+        auto* message = new BMessage(kSizeCode);
+        message->AddInt32("percent", percent);
+        auto* item = new BMenuItem((std::to_string(percent) + " %").c_str(), message);
+        sizes->AddItem(item);
+        item->SetTarget(&window);
+        item->SetMarked(percent == present);
+    }
+    menu.AddItem(new BMenuItem(sizes));
+}
+
 } // namespace
 
 void FillMainMenu(BMenu& menu, VexaWindow& window) {
@@ -98,6 +113,7 @@ void FillMainMenu(BMenu& menu, VexaWindow& window) {
     Add(menu, "Strip for Playing", kShowStripCode, window, "F10")
         ->SetMarked(window.IsShown(VexaWindow::Part::Strip));
     AddPlane(menu, view.Overlay());
+    AddSizes(menu, window);
     Add(menu, "Dark Colours", kDarkCode, window)->SetMarked(window.IsDark());
     Add(menu, "Classic Look", kClassicCode, window, "F11")->SetMarked(window.IsClassic());
     menu.AddItem(new BSeparatorItem);

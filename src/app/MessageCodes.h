@@ -45,6 +45,8 @@ constexpr uint32 kSavePictureCode = FourCC("PICS");
 constexpr uint32 kEqualStepsCode = FourCC("12EQ");
 /// Switches the classic look on or off.
 constexpr uint32 kClassicCode = FourCC("CLSC");
+/// Chooses the size of windows: the number "percent", a value of kSizeSetting.
+constexpr uint32 kSizeCode = FourCC("SIZE");
 constexpr uint32 kHelpCode = FourCC("HELP");
 /// Shows the window that describes the sound.
 constexpr uint32 kDescribeCode = FourCC("DSCR");

@@ -49,6 +49,10 @@ inline const SettingKey<int> kWindowLeftSetting{"window-left"};
 inline const SettingKey<int> kWindowTopSetting{"window-top"};
 inline const SettingKey<int> kWindowWidthSetting{"window-width"};
 inline const SettingKey<int> kWindowHeightSetting{"window-height"};
+/// The size of all that windows show, in percent of the size that the desktop asks for.
+inline const SettingKey<int> kSizeSetting{"size", 100};
+constexpr int kLeastSize = 50;
+constexpr int kMostSize = 400;
 /// The brightness of the plane, by its key in BrightnessCurves(), and whether the plane is shown as
 /// a landscape.
 inline const SettingKey<std::string> kBrightnessSetting{"brightness", "linear"};
@@ -65,6 +69,6 @@ inline const char* const kSettingNames[] = {
     kFavouritesSetting.name,  kClassicSetting.name,      kDrawerSetting.name,
     kStripSetting.name,       kWindowLeftSetting.name,   kWindowTopSetting.name,
     kWindowWidthSetting.name, kWindowHeightSetting.name, kBrightnessSetting.name,
-    kLandscapeSetting.name,   kColorsSetting.name};
+    kLandscapeSetting.name,   kColorsSetting.name,       kSizeSetting.name};
 
 } // namespace vexa

@@ -26,23 +26,41 @@ WindowChoices Remembering() {
     return choices;
 }
 
-} // namespace
-
-VexaApplication::VexaApplication(const AppOptions& options, const kits::ProgramFolders& folders)
-    : BApplication(kSignature) {
+WindowChoices ChoicesOf(const AppOptions& options) {
     WindowChoices choices = Remembering();
     choices.withDefaultSound = !options.sound;
     choices.classic |= options.classic;
-    window = new VexaWindow(kFrame, folders, choices);
+    return choices;
 }
 
-VexaApplication::VexaApplication(const kits::ProgramFolders& folders, Attachment& plugin,
-                                 std::optional<uint32> into)
-    : BApplication(kSignature) {
+WindowChoices ChoicesOf(Attachment& plugin) {
     WindowChoices choices = Remembering();
     choices.withDefaultSound = false;
     choices.plugin = &plugin;
-    window = new VexaWindow(kFrame, folders, choices);
+    return choices;
+}
+
+/// Returns the factor by which everything in the windows is enlarged.
+double WindowScale(const Settings& settings) {
+    const int percent = settings.Get(kSizeSetting);
+    if (percent >= kLeastSize && percent <= kMostSize)
+        return percent / 100.0;
+    settings.TellWrong(kSizeSetting, "a whole number from 50 to 400");
+    return 1;
+}
+
+} // namespace
+
+VexaApplication::VexaApplication(const kits::ProgramFolders& folders, const WindowChoices& choices)
+    : BApplication(kSignature, WindowScale(*choices.settings)),
+      window(new VexaWindow(kFrame, folders, choices)) {}
+
+VexaApplication::VexaApplication(const AppOptions& options, const kits::ProgramFolders& folders)
+    : VexaApplication(folders, ChoicesOf(options)) {}
+
+VexaApplication::VexaApplication(const kits::ProgramFolders& folders, Attachment& plugin,
+                                 std::optional<uint32> into)
+    : VexaApplication(folders, ChoicesOf(plugin)) {
     if (into)
         window->EmbedInto(*into);
     window->Show();

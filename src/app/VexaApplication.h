@@ -16,6 +16,7 @@ namespace vexa {
 
 class Attachment;
 class VexaWindow;
+struct WindowChoices;
 
 /// The application and its main window. Window thread.
 class VexaApplication : public BApplication {
@@ -31,8 +32,10 @@ class VexaApplication : public BApplication {
     VexaWindow& Window() { return *window; }
 
   private:
+    VexaApplication(const kits::ProgramFolders& folders, const WindowChoices& choices);
+
     /// The window deletes itself when it is closed.
-    VexaWindow* window = nullptr;
+    VexaWindow* const window;
 };
 
 /// Shows an alert with the reason why the program cannot start, and waits for the answer. Does

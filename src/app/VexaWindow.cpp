@@ -229,9 +229,10 @@ void VexaWindow::Fit(float mainWidth, float wantedHeight) {
 void VexaWindow::Arrange() {
     const BRect bounds = Bounds();
     const float left = RoomOf(drawer);
-    const bool low = bounds.Height() < FullHeight();
+    const float missing = std::max(FullHeight() - bounds.Height(), 0.0F);
+    const bool low = missing > kRounding;
     stripView->SetLow(low);
-    strip.room = Strip::PreferredHeight() + 1;
+    strip.room = Strip::PreferredHeight() + 1 - (low ? 0 : missing);
     if (low) {
         const bool scrolls = bounds.Width() - left < mainView->LeastWidth();
         const float main = mainHeight + (scrolls ? BScrollView::BarWidth() : 0);
@@ -351,6 +352,19 @@ void VexaWindow::ChooseDark(bool on) {
     mainView->Remembered().Set(kColorsSetting, std::string(on ? kDarkColors : kLightColors));
 }
 
+/// Remembers the size in the message for the next start, because the toolkit keeps the size with
+/// which it has begun.
+void VexaWindow::ChooseSize(const BMessage& message) {
+    int32 percent = 0;
+    Settings& settings = mainView->Remembered();
+    if (message.FindInt32("percent", &percent) != B_OK || percent == settings.Get(kSizeSetting))
+        return;
+    settings.Set(kSizeSetting, int(percent));
+    const std::string text = "The size is " + std::to_string(percent) + " % when " +
+                             (attached ? "this window is opened" : "Vexa is started") + " again.";
+    (new BAlert("Size", text.c_str(), "Ok"))->Show();
+}
+
 void VexaWindow::ShowDescription() {
     if (!Description()) {
         description = new DescriptionWindow(*this, *mainView);
@@ -442,6 +456,9 @@ void VexaWindow::MessageReceived(BMessage* message) {
         break;
     case kDarkCode:
         ChooseDark(!dark);
+        break;
+    case kSizeCode:
+        ChooseSize(*message);
         break;
     case kDescribeCode:
         ShowDescription();

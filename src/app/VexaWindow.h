@@ -124,6 +124,7 @@ class VexaWindow : public BWindow, private SessionClient {
     void ChooseClassic(bool on);
     void ChoosePart(Part part, bool show);
     void ChooseDark(bool on);
+    void ChooseSize(const BMessage& message);
     float NeededWidth() const;
     float FullHeight() const;
     void Fit(float mainWidth, float wantedHeight = kHighest);

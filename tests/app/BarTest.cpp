@@ -308,6 +308,16 @@ TEST_F(BarTest, TheWindowComesUpAsItWasLeft) {
     EXPECT_LE(window->Frame().bottom, room.bottom);
 }
 
+TEST_F(BarTest, ASizeHoldsFromTheNextStart) {
+    Open(false);
+    BMessage choice(vexa::kSizeCode);
+    choice.AddInt32("percent", 150);
+    for (int times = 0; times < 2; times++)
+        window->MessageReceived(&choice);
+    EXPECT_EQ(settings->Get(vexa::kSizeSetting), 150);
+    EXPECT_THAT(alerts.texts, ElementsAre("The size is 150 % when Vexa is started again."));
+}
+
 /// The user may have edited the settings file. At such a frequency no key would sound.
 TEST_F(BarTest, AFrequencyThatCannotBePlayedIsNotRemembered) {
     settings->Set(vexa::kA4Setting, 442.0);

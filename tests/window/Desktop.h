@@ -61,6 +61,11 @@ class Desktop {
     }
     bool HasWindow(const std::string& title) const { return !WindowOf(title).empty(); }
 
+    /// Adds a line to the settings of programs that are started later.
+    void Remember(const std::string& line) const {
+        std::ofstream(folder.Path() / "vexa/settings", std::ios::app) << line << '\n';
+    }
+
     /// Runs an xdotool command.
     void Do(std::vector<std::string> command) const { Run(std::move(command)); }
     void Move(int x, int y) const {

@@ -336,6 +336,16 @@ TEST_F(MainWindow, ClosingAsksWhereSomethingHasChangedAndEnterReplacesNothing) {
     EXPECT_EQ(vexa->End(SIGTERM), 0);
 }
 
+TEST_F(MainWindow, IsAsLargeAsChosen) {
+    Start();
+    const int width = desktop.Picture().width();
+    EXPECT_EQ(vexa->End(SIGTERM), 0);
+    desktop.Remember("size = 150");
+    Start();
+    EXPECT_NEAR(desktop.Picture().width(), width * 1.5, 2);
+    EXPECT_EQ(vexa->End(SIGTERM), 0);
+}
+
 TEST_F(MainWindow, WithoutAFolderToWriteInItSaysSoAndPlays) {
     const test::TemporaryFolder bare;
     std::filesystem::copy(program.Path("vexa"), bare.Path() / "vexa");

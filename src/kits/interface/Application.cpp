@@ -173,12 +173,20 @@ class Toolkit {
 
 } // namespace kits
 
-BApplication::BApplication(const char* signature) : BLooper(signature) {
+BApplication::BApplication(const char* signature, double scale) : BLooper(signature) {
     // With shared memory the X server sends a file descriptor, and if the process has no room for
     // one, the connection breaks and the program ends. Without it, images are sent over the
     // connection.
     ::setenv("QT_XCB_NO_MITSHM", "1", 0);
+    // The toolkit takes the factor from the environment alone. Programs that this one starts must
+    // not find it there.
+    constexpr const char* kFactor = "QT_SCALE_FACTOR";
+    const bool scales = scale != 1 && !std::getenv(kFactor);
+    if (scales)
+        ::setenv(kFactor, QByteArray::number(scale).constData(), 1);
     toolkit = std::make_unique<kits::Toolkit>();
+    if (scales)
+        ::unsetenv(kFactor);
     // Qt converts large images in threads of its pool, and waits for ever for a thread that the
     // system refuses to create. Therefore one thread is created here, kept, and does all of that
     // work.

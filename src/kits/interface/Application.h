@@ -26,7 +26,9 @@ class BApplication : public BLooper {
   public:
     /// The signature is the application's MIME type, "application/x-vnd.<vendor>-<name>". From it
     /// follows the name of the application's desktop entry, org.<vendor>.<name>.
-    explicit BApplication(const char* signature);
+    /// Everything in the windows is `scale` times as large as the desktop asks for, unless the
+    /// variable QT_SCALE_FACTOR of the environment has another factor.
+    explicit BApplication(const char* signature, double scale = 1);
     /// Deletes the windows that are still open.
     ~BApplication() override;
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/interface/ScrollView.h"
 
+#include "kits/interface/Window.h"
 #include "kits/interface/backends/ViewWidget.h"
 
 #include <QApplication>
@@ -83,12 +84,15 @@ void BScrollView::Fit() {
         return;
     float width = Bounds().Width();
     float height = Bounds().Height();
-    const bool isTooLow = height < leastHeight;
-    if (width - (isTooLow ? kBarWidth : 0) < leastWidth)
+    const auto isTooSmall = [](float size, float least) {
+        return size < least - BWindow::kRounding;
+    };
+    if (isTooSmall(width - (isTooSmall(height, leastHeight) ? kBarWidth : 0), leastWidth))
         height -= kBarWidth;
-    if (height < leastHeight)
+    if (isTooSmall(height, leastHeight))
         width -= kBarWidth;
-    target->ResizeTo(std::max(width, leastWidth), std::max(height, leastHeight));
+    target->ResizeTo(isTooSmall(width, leastWidth) ? leastWidth : width,
+                     isTooSmall(height, leastHeight) ? leastHeight : height);
     // Restores the scroll position, which a view's frame does not include.
     target->Widget().move(-area->horizontalScrollBar()->value(),
                           -area->verticalScrollBar()->value());

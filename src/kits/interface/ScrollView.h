@@ -16,7 +16,7 @@ class BScrollView : public BView {
 
     /// Sets the target and takes ownership of it; it can be called once. The target always fills
     /// the visible area, but is never smaller than `leastWidth` and `leastHeight`, which count as
-    /// BRect::Width and Height do.
+    /// BRect::Width and Height do, by more than BWindow::kRounding.
     void SetTarget(BView* view, float leastWidth, float leastHeight);
     /// Changes the target's least size, counted as in SetTarget.
     void SetLeastSize(float width, float height);

@@ -80,6 +80,9 @@ class BWindow : public BLooper {
     /// Returns the content area in screen coordinates, in pixels.
     BRect Frame() const { return frame; }
     BRect Bounds() const { return frame.OffsetToCopy(0, 0); }
+    /// A window may be smaller than it has asked for by this many pixels, because it consists of
+    /// whole pixels of the screen, also where the screen's scale is no whole number.
+    static constexpr float kRounding = 1;
     void ResizeTo(float width, float height);
     void MoveTo(float x, float y);
     /// Sets the limits of width and height, in pixels as BRect::Width counts them.

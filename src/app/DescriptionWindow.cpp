@@ -2,6 +2,7 @@
 #include "app/DescriptionWindow.h"
 
 #include "app/VexaView.h"
+#include "app/VexaWindow.h"
 #include "documents/PlayingElement.h"
 #include "kits/interface/Menu.h"
 #include "kits/interface/TextBox.h"
@@ -172,7 +173,9 @@ bool DescriptionWindow::TakeShortcut(const kits::KeyPress& press) {
         Close();
         return true;
     }
-    EnterTyped();
+    // Any other key, such as Shift, leaves alone what is being typed.
+    if (VexaWindow::IsShortcut(press))
+        EnterTyped();
     return main.TakeShortcut(press);
 }
 

@@ -342,9 +342,19 @@ void VexaWindow::ChooseClassic(bool on) {
     mainView->Remembered().Set(kClassicSetting, on);
 }
 
-void VexaWindow::ChoosePart(Part part, bool show) {
+/// Shows or hides a part, and remembers the choice. A classic window has no parts.
+void VexaWindow::TogglePart(Part part) {
+    if (classic)
+        return;
+    const bool show = !IsShown(part);
     ShowPart(part, show);
     mainView->Remembered().Set(part == Part::Drawer ? kDrawerSetting : kStripSetting, show);
+}
+
+/// Loads the sound that many places further in the drawer's list.
+void VexaWindow::Step(int places) {
+    if (sounds)
+        sounds->Step(places);
 }
 
 void VexaWindow::ChooseDark(bool on) {
@@ -389,42 +399,41 @@ void VexaWindow::ShowSounds() {
     ShowOnDesktop(folder, "The folder cannot be shown. It is\n");
 }
 
+/// A key with a function in the window and in that which describes the sound.
+struct VexaWindow::Shortcut {
+    kits::Key key;
+    /// The character of a key of kind Character, else 0.
+    char32_t character;
+    uint32 modifiers;
+    void (*act)(VexaWindow& window);
+};
+
+/// Returns null if the press is no shortcut.
+const VexaWindow::Shortcut* VexaWindow::Find(const kits::KeyPress& press) {
+    using kits::Key;
+    static constexpr Shortcut kShortcuts[] = {
+        {Key::Character, U'I', B_CONTROL_KEY, [](VexaWindow& w) { w.ShowDescription(); }},
+        {Key::Character, U'S', B_CONTROL_KEY, [](VexaWindow& w) { w.mainView->SaveAgain(); }},
+        {Key::Character, U'Z', B_CONTROL_KEY, [](VexaWindow& w) { w.mainView->Undo(); }},
+        {Key::Character, U'Z', B_CONTROL_KEY | B_SHIFT_KEY,
+         [](VexaWindow& w) { w.mainView->Redo(); }},
+        {Key::PageUp, 0, 0, [](VexaWindow& w) { w.Step(-1); }},
+        {Key::PageDown, 0, 0, [](VexaWindow& w) { w.Step(1); }},
+        {Key::F1, 0, 0, [](VexaWindow& w) { w.ShowManual(); }},
+        {Key::F9, 0, 0, [](VexaWindow& w) { w.TogglePart(Part::Drawer); }},
+        {Key::F10, 0, 0, [](VexaWindow& w) { w.TogglePart(Part::Strip); }},
+        {Key::F11, 0, 0, [](VexaWindow& w) { w.ChooseClassic(!w.classic); }},
+    };
+    const auto* const found = std::ranges::find_if(kShortcuts, [&](const Shortcut& shortcut) {
+        return shortcut.key == press.key && shortcut.modifiers == press.modifiers &&
+               (shortcut.character == 0 || shortcut.character == press.character);
+    });
+    return found == std::end(kShortcuts) ? nullptr : found;
+}
+
 bool VexaWindow::TakeShortcut(const kits::KeyPress& press) {
-    const bool pages = press.key == kits::Key::PageUp || press.key == kits::Key::PageDown;
-    if (pages && press.modifiers == 0 && sounds) {
-        sounds->Step(press.key == kits::Key::PageUp ? -1 : 1);
-        return true;
-    }
-    if (press.key == kits::Key::F1) {
-        ShowManual();
-        return true;
-    }
-    if (press.character == U'I' && press.modifiers == B_CONTROL_KEY) {
-        ShowDescription();
-        return true;
-    }
-    if (press.key == kits::Key::F11) {
-        ChooseClassic(!classic);
-        return true;
-    }
-    if (press.character == U'Z' && press.modifiers == B_CONTROL_KEY) {
-        mainView->Undo();
-        return true;
-    }
-    if (press.character == U'S' && press.modifiers == B_CONTROL_KEY) {
-        mainView->SaveAgain();
-        return true;
-    }
-    if (press.character == U'Z' && press.modifiers == (B_CONTROL_KEY | B_SHIFT_KEY)) {
-        mainView->Redo();
-        return true;
-    }
-    if (press.key == kits::Key::F9 && !classic) {
-        ChoosePart(Part::Drawer, !IsShown(Part::Drawer));
-        return true;
-    }
-    if (press.key == kits::Key::F10 && !classic) {
-        ChoosePart(Part::Strip, !IsShown(Part::Strip));
+    if (const Shortcut* const shortcut = Find(press)) {
+        shortcut->act(*this);
         return true;
     }
     return mainView->Overlay().TakeShortcut(press);
@@ -449,10 +458,10 @@ void VexaWindow::MessageReceived(BMessage* message) {
         ChooseClassic(!classic);
         break;
     case kShowDrawerCode:
-        ChoosePart(Part::Drawer, !IsShown(Part::Drawer));
+        TogglePart(Part::Drawer);
         break;
     case kShowStripCode:
-        ChoosePart(Part::Strip, !IsShown(Part::Strip));
+        TogglePart(Part::Strip);
         break;
     case kDarkCode:
         ChooseDark(!dark);
@@ -489,8 +498,7 @@ void VexaWindow::MessageReceived(BMessage* message) {
         break;
     case kPreviousSoundCode:
     case kNextSoundCode:
-        if (sounds)
-            sounds->Step(message->what == kNextSoundCode ? 1 : -1);
+        Step(message->what == kNextSoundCode ? 1 : -1);
         break;
     default:
         if (IsCommand(message->what))

@@ -87,6 +87,8 @@ class VexaWindow : public BWindow, private SessionClient {
 
     void MessageReceived(BMessage* message) override;
     bool TakeShortcut(const kits::KeyPress& press) override;
+    /// Returns whether the press is one of the window's shortcuts; those of the plane do not count.
+    static bool IsShortcut(const kits::KeyPress& press) { return Find(press) != nullptr; }
     void FrameResized(float width, float height) override;
     bool QuitRequested() override;
 
@@ -110,6 +112,8 @@ class VexaWindow : public BWindow, private SessionClient {
         bool wanted = true;
     };
 
+    struct Shortcut;
+    static const Shortcut* Find(const kits::KeyPress& press);
     Pane& PaneOf(Part part) { return part == Part::Drawer ? drawer : strip; }
     const Pane& PaneOf(Part part) const { return part == Part::Drawer ? drawer : strip; }
     bool Takes(const Pane& pane) const { return pane.view && pane.wanted && !classic; }
@@ -122,7 +126,8 @@ class VexaWindow : public BWindow, private SessionClient {
     void ShowManual();
     void ShowSounds();
     void ChooseClassic(bool on);
-    void ChoosePart(Part part, bool show);
+    void TogglePart(Part part);
+    void Step(int places);
     void ChooseDark(bool on);
     void ChooseSize(const BMessage& message);
     float NeededWidth() const;

@@ -93,7 +93,12 @@ TEST_F(DescriptionTest, WhatIsSaidIsUndoneSavedReadBackAndListed) {
     EXPECT_EQ(Described().Widget().focusWidget(), Line("name").Widget().Content());
 
     // Each is a step of its own, however soon it follows.
-    Say("name", " Rolling hills ");
+    // The Shift of a capital is no reason to enter what has been typed so far.
+    Line("name").MakeFocus();
+    Line("name").Type(" Rolling ");
+    test::TypeKey(Described(), Qt::Key_Shift);
+    test::Type(Described(), "hills ");
+    test::TypeKey(Described(), Qt::Key_Return);
     Say("author", "Anna");
     ChooseCategory("lead");
     Say("tags", "soft, mine");

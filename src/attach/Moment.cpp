@@ -37,7 +37,7 @@ Moment MomentOf(const SoundRecords& records) {
             continue;
         const VoiceView view = Look(slot);
         v.active = 1;
-        v.released = view.released;
+        v.released = IsOver(slot, slot.state.Look()) ? 2 : int32(view.released);
         v.channel = slot.channel;
         v.notes = slot.notes;
         v.freq = slot.freq;
@@ -67,6 +67,7 @@ void Show(const Moment& moment, SoundRecords& records) {
         voice& slot = records.voices[i];
         slot.state.BeginChange();
         slot.released = v.released != 0;
+        slot.over = v.released == 2;
         slot.channel = v.channel & 15;
         slot.notes = v.notes;
         const uint32 behind = v.rendered != 0 ? 0 : 1;

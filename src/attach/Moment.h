@@ -12,7 +12,10 @@ namespace vexa::attach {
 
 /// One slot of the voice table, with the fields that views need; see synth/Voice.h for the units.
 struct VoiceMoment {
-    int32 active, released, channel;
+    int32 active;
+    /// 0 while the key is held, 1 after the release, 2 once the note is over.
+    int32 released;
+    int32 channel;
     /// Not 0 if the rendered state of the note is known, including `sums`.
     int32 rendered;
     uint32 notes;

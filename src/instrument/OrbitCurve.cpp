@@ -86,11 +86,7 @@ OrbitPath NewestOrbit(const SoundRecords& records) {
     const int newest = NewestSlot(records.voices);
     if (newest < 0)
         return UsualOrbit(records);
-    const voice& slot = records.voices[static_cast<std::size_t>(newest)];
-    // The orbit of a note that is over is a single point.
-    if (IsOver(slot, slot.state.Look()))
-        return UsualOrbit(records);
-    const VoiceView v = Look(slot);
+    const VoiceView v = Look(records.voices[static_cast<std::size_t>(newest)]);
     return PathOf(records, v, SumsOf(v, records.parameters, records.controllers));
 }
 

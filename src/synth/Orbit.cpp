@@ -39,7 +39,7 @@ int NewestSlot(const VoiceTable& voices) {
     for (int i = 0; i < kVoiceSlots; i++) {
         const voice& slot = voices[static_cast<std::size_t>(i)];
         const VoiceState::Seen seen = slot.state.Look();
-        if (!seen.Active())
+        if (IsOver(slot, seen))
             continue;
         const double t = (slot.released ? double(slot.heldfor) : 0.0) + Seconds(slot, seen);
         if (t >= least)

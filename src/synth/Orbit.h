@@ -25,7 +25,7 @@ struct Orbit {
 /// too small to be seen. Window thread.
 Orbit OrbitOf(const VoiceView& v, const sound_param& p, const ControllerTable& controllers);
 
-/// Returns the slot of the newest note; -1 if none sounds. Any thread.
+/// Returns the slot of the newest note that is not over; -1 if there is none. Any thread.
 int NewestSlot(const VoiceTable& voices);
 
 } // namespace vexa

@@ -136,7 +136,12 @@ TEST_F(WindowsOfAPlugin, EditsAreHeardAndWhatPlaysIsSeenWhileTheAudioSideNeverWa
     SoundRecords shown;
     attach::Show(later, shown);
     EXPECT_EQ(attach::MomentOf(shown), later);
-    EXPECT_EQ(CountActive(shown.voices), 1);
+    EXPECT_EQ(CountHeard(shown.voices), 1);
+    attach::Moment over = later;
+    over.voices[0].released = 2;
+    attach::Show(over, shown);
+    EXPECT_EQ(attach::MomentOf(shown), over);
+    EXPECT_EQ(CountHeard(shown.voices), 0);
 
     // Edits the numbers, the formula, the macros and the points one by one; all edits are kept.
     sound.texts[0] = "3.5";

@@ -457,6 +457,13 @@ TEST(Instrument, ThePlaneIsShownAsTheNewestNoteHearsIt) {
     engine.consumer.NoteOn(0, 30, 100, 0);
     pass(0.25);
     EXPECT_FALSE(follower.Next());
+    // Notes that are over are not shown, although they keep their slots.
+    ASSERT_TRUE(instrument.SetFunction(Of("x*exp(-t)")));
+    for (const uint8 key : {30, 50})
+        engine.consumer.NoteOff(0, key, 0, 0);
+    pass(30);
+    EXPECT_EQ(vexa::CountActive(engine.voices), 3);
+    expectNext(1, 0);
 }
 
 TEST(Instrument, APictureIsTheTerrainAndOutlivesItsFileByName) {

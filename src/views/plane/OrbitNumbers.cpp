@@ -32,7 +32,7 @@ std::span<const OrbitNumberRow> OrbitNumbers() {
 
 OrbitNote NoteInHand(const SoundRecords& records) {
     const int slot = NewestSlot(records.voices);
-    if (slot < 0 || IsSilent(records.voices))
+    if (slot < 0)
         return {kPreviewVelocity / 127.0F, kPreviewKey / 127.0F};
     const voice& note = records.voices[static_cast<std::size_t>(slot)];
     return {note.vel, note.key};

@@ -9,15 +9,17 @@
 #include "support/WindowStage.h"
 
 #include <QAccessible>
+#include <QApplication>
 #include <QClipboard>
-#include <QCoreApplication>
 #include <QGuiApplication>
+#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QMenu>
 #include <QTest>
 #include <QTimer>
 #include <QToolButton>
+#include <QToolTip>
 #include <QWindow>
 #include <utility>
 #include <vector>
@@ -186,8 +188,8 @@ TEST_F(ControlTest, EscapeTakesBackWhatWasNotConfirmed) {
 }
 
 // Otherwise a long number would show only its last digits.
-TEST_F(ControlTest, AFieldThatIsLeftShowsTheBeginning) {
-    const auto* line = second->Widget().findChild<QLineEdit*>();
+TEST_F(ControlTest, AFieldThatIsLeftShowsTheBeginningAndTheTipTheWhole) {
+    auto* line = second->Widget().findChild<QLineEdit*>();
     for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Tab, Qt::Key_Escape}) {
         second->MakeFocus();
         test::Type(stage.Window(), "0.123456789123456789");
@@ -195,6 +197,16 @@ TEST_F(ControlTest, AFieldThatIsLeftShowsTheBeginning) {
         test::TypeKey(stage.Window(), key);
         EXPECT_EQ(line->cursorPosition(), 0) << key;
     }
+    second->SetHelp("how far");
+    const auto tip = [&] {
+        const QPoint place(2, 2);
+        QHelpEvent rests(QEvent::ToolTip, place, line->mapToGlobal(place));
+        QApplication::sendEvent(line, &rests);
+        return QToolTip::text().toStdString();
+    };
+    EXPECT_EQ(tip(), std::string(second->Text()) + "\nhow far");
+    second->SetText("0.12");
+    EXPECT_EQ(tip(), "how far");
 }
 
 TEST_F(ControlTest, AProgramThatSetsATextSendsNothing) {

@@ -243,8 +243,8 @@ TEST(View, ATipIsInLinesThatCanBeRead) {
         ("The first line says more than there is room for beside a pointer.\n\n" + word + " b")
             .c_str());
     EXPECT_EQ(view->Widget().toolTip().toStdString(),
-              "The first line says more than there is room for beside a\npointer.\n\n" + word +
-                  "\nb");
+              "The first line says more than there is room for beside a\npointer.\n\n" +
+                  word.substr(0, 60) + '\n' + word.substr(60) + " b");
 }
 
 TEST(View, IsFoundByNameUntilItIsRemoved) {

@@ -9,7 +9,9 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QDragEnterEvent>
+#include <QFontMetricsF>
 #include <QHBoxLayout>
+#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -19,7 +21,9 @@
 #include <QRegularExpression>
 #include <QSignalBlocker>
 #include <QStyle>
+#include <QStyleOptionFrame>
 #include <QTextLayout>
+#include <QToolTip>
 #include <QWheelEvent>
 #include <cmath>
 #include <limits>
@@ -129,7 +133,28 @@ class BTextControl::Line : public QLineEdit {
         return static_cast<float>(cursorRect().center().x() + shift);
     }
 
+    /// Returns true if the field is too narrow for its text.
+    bool IsCut() const {
+        /// The toolkit's own margins at both sides of the text, in pixels.
+        constexpr double kMargins = 4;
+        QStyleOptionFrame option;
+        initStyleOption(&option);
+        const QRect inside = style()->subElementRect(QStyle::SE_LineEditContents, &option, this);
+        const double room = inside.marginsRemoved(textMargins()).width() - kMargins;
+        return QFontMetricsF(font()).horizontalAdvance(text()) > room;
+    }
+
   protected:
+    /// The tip over a text that is cut begins with the whole text.
+    bool event(QEvent* event) override {
+        if (event->type() != QEvent::ToolTip || !field || !IsCut())
+            return QLineEdit::event(event);
+        const std::string tip = *field->ToolTip() ? field->ToolTip() : field->Help();
+        const QString whole = text() + (tip.empty() ? "" : "\n") + kits::ToQt(tip);
+        QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), kits::TipText(whole),
+                           this);
+        return true;
+    }
     void resizeEvent(QResizeEvent* event) override {
         QLineEdit::resizeEvent(event);
         FitText();

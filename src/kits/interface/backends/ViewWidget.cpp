@@ -22,19 +22,24 @@ QImage ToQt(const BBitmap& bitmap) {
 
 namespace {
 
-/// Returns the text with its lines broken at blanks so that none is longer than `length`
-/// characters, except for longer words.
+/// Returns the text with its lines broken so that none is longer than `length` characters: at
+/// blanks, and within words, such as formulas, that are longer.
 QString Broken(const QString& words, qsizetype length) {
     QStringList lines;
+    const auto add = [&](const QString& word) {
+        if (lines.back().isEmpty())
+            lines.back() = word;
+        else if (lines.back().size() + 1 + word.size() <= length)
+            lines.back() += ' ' + word;
+        else
+            lines << word;
+    };
     for (const QString& line : words.split('\n')) {
         lines << QString();
-        for (const QString& word : line.split(' ')) {
-            if (lines.back().isEmpty())
-                lines.back() = word;
-            else if (lines.back().size() + 1 + word.size() <= length)
-                lines.back() += ' ' + word;
-            else
-                lines << word;
+        for (QString word : line.split(' ')) {
+            for (; word.size() > length; word.remove(0, length))
+                add(word.left(length));
+            add(word);
         }
     }
     return lines.join('\n');

@@ -16,6 +16,7 @@
 namespace {
 
 using test::Settle;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -119,6 +120,8 @@ TEST_F(DrawerTest, FindsShowsAndLoadsSounds) {
     }
     LookFor("");
     drawer->Categories().Choose(0);
+    const auto loaded = view->SoundPath();
+    EXPECT_THAT(list.InSight(), Contains(loaded)) << "all are shown again, and this one plays";
     vexa::Favourites kept;
     drawer->SetFavourites({}, [&](const vexa::Favourites& next) { kept = next; });
     list.MoveCursor(0);

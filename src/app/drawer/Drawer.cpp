@@ -122,10 +122,11 @@ void Drawer::ShowRows() {
     }
     list->SetRows(std::move(rows), EmptyText(shownQuery));
     // What is found is read from the top. Otherwise the list stays where the person has scrolled.
-    // But the sound that plays is shown when its file appears.
+    // But the sound that plays is shown when its file appears, and when all sounds are shown again.
     if (another)
         list->ShowTop();
-    else if (const auto row = list->LoadedRow(); row && !listed)
+    const bool shows = another ? shownQuery == SoundQuery() : !listed;
+    if (const auto row = list->LoadedRow(); row && shows)
         list->MoveCursor(*row);
     bank->Hurry(list->InSight());
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The hint that explains what is wrong with the expression that is being typed.
+// The hint that explains what is wrong or doubtful in the expression that is being typed.
 #pragma once
 
 #include "kits/interface/View.h"
@@ -10,8 +10,8 @@
 
 namespace vexa {
 
-/// A note below the expression's field, in front of the views there, while the text has a fault. A
-/// mark at its top points to the fault. Hidden at first. Window thread.
+/// A note below the expression's field, in front of the views there, while the text has a fault or
+/// a doubt. A mark at its top points to the place. Hidden at first. Window thread.
 class FormulaHint : public BView {
   public:
     /// `top` is the first row of pixels below the field.

@@ -63,8 +63,8 @@ class OutputTap {
   private:
     /// The frame of each number stands at the number modulo the size, a power of two.
     std::vector<kits::Shared<OutputFrame>> frames;
-    /// The number of the first frame that is not being written, and not written. Whoever sees a
-    /// frame sees the first of them as it was when that was written, or later.
+    /// Frames below `ended` are complete, and those from `begun` on are untouched. Whoever sees a
+    /// frame sees `begun` as it was when that frame was written, or later.
     kits::Shared<uint64> begun{0};
     kits::Shared<uint64> ended{0};
     kits::Shared<float> rate{0};

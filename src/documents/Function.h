@@ -13,7 +13,7 @@ namespace vexa {
 /// The source that a plane function is made from.
 enum class FunctionKind { Expression, Sample, Picture };
 
-/// The author of a new document, and of one that was edited after loading.
+/// The author of what is made or edited here by a person whose settings name no author.
 constexpr const char* kDefaultAuthor = "Beta User";
 
 /// The elements of a document that this version does not know, as XML. They are written back after

@@ -8,7 +8,7 @@ namespace vexa {
 
 constexpr const char* kInitialSoundName = "new sound";
 
-/// Returns a sound whose orbit is a circle round the origin of the plane that a new window shows.
+/// Returns a sound whose function is a new `Function` and whose orbit is a circle round the origin.
 /// Notes begin and end at once and without a click, centre and radius are constant, and bend wheel
 /// and pedal have an effect.
 Sound InitialSound();

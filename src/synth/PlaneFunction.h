@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A sound: a real function of the plane.
+// A plane function gives the height of the terrain at each point of the plane.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"

@@ -190,8 +190,8 @@ int CountHeard(const VoiceTable& voices);
 VEXA_REALTIME int CountActive(const VoiceTable& voices);
 
 /// The voice to steal first: of the sounding released voices the longest released, else the longest
-/// held. Of times that are equal as floats the highest slot is chosen, whichever time is longer by
-/// less. `seen` is the state by which it was chosen.
+/// held. Of times that are equal when rounded to floats the highest slot is chosen. `seen` is the
+/// state by which it was chosen.
 struct Choice {
     int slot;
     VoiceState::Seen seen;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A curve of the sound that is heard.
+// The scope in the strip: the wave along an orbit, the output, or its spectrum.
 #pragma once
 
 #include "audio/OutputTap.h"

@@ -2,12 +2,12 @@
 // The functions of the maths library that rendering calls most, for one number each, with the same
 // bits on every machine.
 //
-// They have no branches, so a loop over them becomes vector instructions, and no fused operations.
-// Phases may be large here; formulas have their own forms for whole vectors (formula/loops). They
-// are compiled into the loops of each instruction set, so every file that includes them has its own
-// copy. The reductions are the usual ones (W. J. Cody and W. Waite, "Software Manual for the
-// Elementary Functions"; FDLIBM for log); each table of coefficients says what it approximates and
-// with what error.
+// They have neither branches, so a loop over them becomes vector instructions, nor fused
+// operations. Phases may be large here; formulas have their own forms for whole vectors
+// (formula/loops). They are compiled into the loops of each instruction set, so every file that
+// includes them has its own copy. The reductions are the usual ones (W. J. Cody and W. Waite,
+// "Software Manual for the Elementary Functions"; FDLIBM for log); each table of coefficients says
+// what it approximates and with what error.
 #pragma once
 
 #include "kits/support/RealtimeMark.h"

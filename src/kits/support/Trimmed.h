@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Texts without what surrounds them.
+// Removes the blanks at both ends of a text.
 #pragma once
 
 #include <algorithm>

@@ -3,7 +3,7 @@
 //
 // The formula is
 //
-//     w0 = hpa hpsum0 + s,  hpsum0 = w0 rounded to float, the same for 1 and b,
+//     w0 = hpa hpsum0 + s,  hpsum0 = w0 rounded to float, w1 and hpsum1 likewise from hpb,
 //     output = s - hpgain (w0 - w1).
 //
 // Of w0 - w1 there remains hpa hpsum0 - hpb hpsum1, whose products are exact in double precision.

@@ -2,12 +2,11 @@
 #include "kits/storage/FileReplacement.h"
 
 #include "kits/storage/FileKind.h"
-#include "kits/storage/ReadFile.h"
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
+#include <random>
 #include <utility>
 
 #include <fcntl.h>
@@ -21,16 +20,24 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Returns the permissions that open(2) would give a new file: everybody's, less the process's
-/// mask. Reading the mask by umask(2) sets it, which would race with other threads, so the kernel's
-/// report of it is read instead; without one, only the owner may use the file.
-mode_t NewFileMode() {
-    constexpr std::string_view kLine = "\nUmask:";
-    const Result<std::string> status = ReadFile("/proc/self/status");
-    const std::size_t at = status ? status->find(kLine) : std::string::npos;
-    const unsigned long mask =
-        at == std::string::npos ? 0077 : std::strtoul(&(*status)[at + kLine.size()], nullptr, 8);
-    return 0666 & ~static_cast<mode_t>(mask);
+/// Creates a file of a random name in the folder and opens it. Returns the descriptor, or a number
+/// below 0 and the reason in errno. In contrast to mkostemp, whose files are their owner's alone,
+/// the system takes from `mode` what the process's mask or the folder's own access list withholds.
+int CreateIn(const fs::path& folder, mode_t mode, fs::path& path) {
+    constexpr std::string_view kCharacters = "abcdefghijklmnopqrstuvwxyz0123456789";
+    constexpr int kMostTries = 100;
+    std::random_device random;
+    int descriptor = -1;
+    for (int i = 0; i < kMostTries; i++) {
+        std::string name = ".vexa-";
+        for (int n = 0; n < 6; n++)
+            name += kCharacters[random() % kCharacters.size()];
+        path = folder / name;
+        descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+        if (descriptor >= 0 || errno != EEXIST)
+            break;
+    }
+    return descriptor;
 }
 
 /// Returns the file that a link at `path` leads to; a path that is no link is returned as it is.
@@ -81,8 +88,11 @@ int TakeOver(const char* old, const struct stat& status, int descriptor) {
         giveTo(static_cast<uid_t>(-1));
         rights &= 0777;
     }
-    // Set before the access lists, which are attributes and refine the permissions.
-    if (::fchmod(descriptor, rights) != 0)
+    // The folder may have given the new file an access list, which the old one need not have.
+    ::fremovexattr(descriptor, "system.posix_acl_access");
+    // Set before the access lists, which are attributes and refine the permissions. Network folders
+    // and file systems without permissions refuse it, though their files can be written.
+    if (::fchmod(descriptor, rights) != 0 && !IsWithheld(errno))
         return errno;
     return TakeOverAttributes(old, descriptor);
 }
@@ -104,13 +114,12 @@ Result<FileReplacement> FileReplacement::Create(const fs::path& path) {
     if (exists && ::access(file.target.c_str(), W_OK) != 0)
         return file.Failure(errno);
 
-    std::string pattern = (file.target.parent_path() / ".vexa-XXXXXX").string();
-    file.descriptor = ::mkostemp(pattern.data(), O_CLOEXEC);
+    // In the place of an existing file, nobody else may open it before it has that file's rights.
+    fs::path created;
+    file.descriptor = CreateIn(file.target.parent_path(), exists ? 0600 : 0666, created);
     if (file.descriptor < 0)
         return file.Failure(errno);
-    file.temporary = pattern;
-    if (!exists && ::fchmod(file.descriptor, NewFileMode()) != 0)
-        return file.Failure(errno);
+    file.temporary = created;
     if (exists) {
         if (const int fault = TakeOver(file.target.c_str(), existing, file.descriptor); fault != 0)
             return file.Failure(fault);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/media/Recording.h"
 
+#include "kits/application/Interrupt.h"
+
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -192,6 +194,8 @@ std::uint64_t Recording::Complete() {
 }
 
 void Recording::Close() {
+    // The disk may be slow, and the person who has asked the program to end impatient.
+    const Interrupt::Completion completing;
     if (!outcome)
         outcome = Conclude();
 }

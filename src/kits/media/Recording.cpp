@@ -80,7 +80,6 @@ void Recording::TakeRate(double next) {
     const int rounded = static_cast<int>(std::lround(next));
     if (rate == rounded || over)
         return;
-    takes = false;
     if (rate != 0) {
         EndBecause({path.string() + ": the recording ends where the device changed its rate from " +
                     std::to_string(rate) + " to " + std::to_string(rounded) + " Hz"});
@@ -94,8 +93,9 @@ void Recording::TakeRate(double next) {
     }
     rate = rounded;
     writer.emplace(*std::move(opened));
-    thread = std::thread([this] { Run(); });
+    // Before the thread, which may end the recording.
     takes = true;
+    thread = std::thread([this] { Run(); });
 }
 
 void Recording::Put(const float* left, const float* right, std::size_t frames) noexcept {
@@ -120,6 +120,7 @@ void Recording::EndBecause(Error reason) {
     const std::lock_guard lock(endingGuard);
     if (!ending)
         ending = std::move(reason);
+    takes = false;
     over = true;
 }
 

@@ -20,24 +20,24 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Creates a file of a random name in the folder and opens it. Returns the descriptor, or a number
-/// below 0 and the reason in errno. In contrast to mkostemp, whose files are their owner's alone,
-/// the system takes from `mode` what the process's mask or the folder's own access list withholds.
-int CreateIn(const fs::path& folder, mode_t mode, fs::path& path) {
+/// Creates a file of a random name in the folder and opens it. Returns no descriptor, and the
+/// reason in errno, if it cannot be made. In contrast to mkostemp, whose files are their owner's
+/// alone, the system takes from `mode` what the process's mask or the folder's own access list
+/// withholds.
+Descriptor CreateIn(const fs::path& folder, mode_t mode, fs::path& path) {
     constexpr std::string_view kCharacters = "abcdefghijklmnopqrstuvwxyz0123456789";
     constexpr int kMostTries = 100;
     std::random_device random;
-    int descriptor = -1;
     for (int i = 0; i < kMostTries; i++) {
         std::string name = ".vexa-";
         for (int n = 0; n < 6; n++)
             name += kCharacters[random() % kCharacters.size()];
         path = folder / name;
-        descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode);
-        if (descriptor >= 0 || errno != EEXIST)
-            break;
+        Descriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+        if (file || errno != EEXIST)
+            return file;
     }
-    return descriptor;
+    return Descriptor();
 }
 
 /// Returns the file that a link at `path` leads to; a path that is no link is returned as it is.
@@ -117,11 +117,12 @@ Result<FileReplacement> FileReplacement::Create(const fs::path& path) {
     // In the place of an existing file, nobody else may open it before it has that file's rights.
     fs::path created;
     file.descriptor = CreateIn(file.target.parent_path(), exists ? 0600 : 0666, created);
-    if (file.descriptor < 0)
+    if (!file.descriptor)
         return file.Failure(errno);
     file.temporary = created;
     if (exists) {
-        if (const int fault = TakeOver(file.target.c_str(), existing, file.descriptor); fault != 0)
+        if (const int fault = TakeOver(file.target.c_str(), existing, file.Descriptor());
+            fault != 0)
             return file.Failure(fault);
     }
     return Result<FileReplacement>(std::move(file));
@@ -130,18 +131,16 @@ Result<FileReplacement> FileReplacement::Create(const fs::path& path) {
 FileReplacement::FileReplacement(FileReplacement&& other) noexcept
     : target(std::move(other.target)),
       temporary(std::exchange(other.temporary, {})),
-      descriptor(std::exchange(other.descriptor, -1)) {}
+      descriptor(std::move(other.descriptor)) {}
 
 FileReplacement::~FileReplacement() {
-    if (descriptor >= 0)
-        ::close(descriptor);
     if (!temporary.empty())
         ::unlink(temporary.c_str());
 }
 
 Result<void> FileReplacement::Write(std::string_view bytes) {
     while (!bytes.empty()) {
-        const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
+        const ssize_t written = ::write(Descriptor(), bytes.data(), bytes.size());
         if (written >= 0)
             bytes.remove_prefix(static_cast<std::size_t>(written));
         else if (errno != EINTR)
@@ -152,9 +151,9 @@ Result<void> FileReplacement::Write(std::string_view bytes) {
 
 Result<void> FileReplacement::Commit() {
     // EINVAL: the file system has no fsync, so there is nothing to wait for.
-    if (::fsync(descriptor) != 0 && errno != EINVAL)
+    if (::fsync(Descriptor()) != 0 && errno != EINVAL)
         return Failure(errno);
-    if (::close(std::exchange(descriptor, -1)) != 0)
+    if (!descriptor.Close())
         return Failure(errno);
     if (::rename(temporary.c_str(), target.c_str()) != 0)
         return Failure(errno);

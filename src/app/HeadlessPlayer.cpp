@@ -146,6 +146,8 @@ int HeadlessPlayer::Run(const kits::Interrupt& interrupt, kits::Recording* recor
     graph.CloseRecording();
     ending = true;
     Report(Clock::now() - start);
+    // A server that hangs may hold the program until another signal ends it.
+    std::fflush(stdout);
     return 0;
 }
 

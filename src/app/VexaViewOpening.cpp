@@ -5,6 +5,7 @@
 #include "app/VexaView.h"
 #include "kits/interface/Alert.h"
 #include "kits/interface/Control.h"
+#include "kits/storage/Path.h"
 #include "kits/support/EntryRef.h"
 #include "views/R2RFVTranslatorSavePanel.h"
 #include "views/R2RFView.h"
@@ -106,10 +107,9 @@ void VexaView::OpenBesideSound(const DroppedFiles& dropped) {
 }
 
 void VexaView::Remember(const std::filesystem::path& file) {
-    std::error_code error;
-    const auto whole = std::filesystem::absolute(file, error);
-    if (!error)
-        settings->PutFirst(kRecentSetting, whole.lexically_normal().string(), kMostRecent);
+    const BPath whole(file.c_str());
+    if (whole.InitCheck() == B_OK)
+        settings->PutFirst(kRecentSetting, whole.Path(), kMostRecent);
 }
 
 void VexaView::OpenScale(const std::string& path) {

@@ -221,7 +221,9 @@ TEST_F(SessionTest, WithoutAManagerThereIsNone) {
     for (const auto& [url, fault] : {std::pair{nobody, "does not answer"},
                                      {refusing.Url(), "No session is open"},
                                      {lost.Url(), "does not say what to open"},
-                                     {std::string("nowhere"), "is no address"}}) {
+                                     {"nowhere", "is no address"},
+                                     {"osc.unix:///tmp/x", "names no port of UDP or TCP"},
+                                     {"osc.udp://localhost/", "names no port of UDP or TCP"}}) {
         const auto joined = Session::Join(url, true, {milliseconds(200), milliseconds(200)});
         ASSERT_FALSE(joined);
         EXPECT_THAT(joined.Fault().text, HasSubstr(fault));

@@ -38,6 +38,13 @@ TEST(Entry, HasOnePathAndFollowsItsOwnLinkOnRequest) {
     fs::create_directory_symlink("real", real / "link");
     fs::create_symlink("file", real / "real/alias");
 
+    fs::create_directories(real / "deep/inner");
+    fs::create_directory_symlink("deep/inner", real / "into");
+    EXPECT_EQ(BPath((real / "into/../none/./../file").c_str()).Path(),
+              (real / "deep/file").string())
+        << "\"..\" is the parent of the folder to which a link leads";
+    EXPECT_EQ(BPath((real / "into/file").c_str()).Path(), (real / "into/file").string());
+
     const BEntry alias((real / "link/alias").c_str());
     BPath path;
     EXPECT_EQ(alias.GetPath(&path), B_OK);

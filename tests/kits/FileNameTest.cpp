@@ -37,6 +37,7 @@ TEST(FileName, RefusesWhatIsNoNameAndSaysWhy) {
              {"\xc0\xaf", "not a text in UTF-8"},
              {"\xed\xa0\x80", "not a text in UTF-8"},
              {"\xf4\x90\x80\x80", "not a text in UTF-8"},
+             {"\xf8\x90\x80\x80", "not a text in UTF-8"},
          }) {
         const auto checked = kits::CheckFileName(name);
         ASSERT_FALSE(checked) << name;

@@ -3,10 +3,24 @@
 
 #include "support/TemporaryFolder.h"
 
+#include <cerrno>
+
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/xattr.h>
 #include <unistd.h>
+
+/// The reason for which fchmod fails; 0 if it does not.
+static int chmodFails = 0;
+
+/// Stands before the system's.
+extern "C" int fchmod(int descriptor, mode_t mode) noexcept {
+    if (chmodFails == 0)
+        return int(::syscall(SYS_fchmod, descriptor, mode));
+    errno = chmodFails;
+    return -1;
+}
 
 namespace {
 
@@ -44,8 +58,34 @@ TEST(FileReplacement, KeepsLinksAndPermissions) {
 
     const mode_t mask = ::umask(027);
     ASSERT_TRUE(kits::ReplaceFile(folder.Path() / "fresh", ""));
-    ::umask(mask);
     EXPECT_EQ(fs::status(folder.Path() / "fresh").permissions(), fs::perms(0640));
+    // The folder's access list for what is made in it, which replaces the mask: everything for
+    // user 9 and the group, nothing for others.
+    const unsigned list[] = {2, 0x70001, ~0U, 0x70002, 9, 0x70004, ~0U, 0x70010, ~0U, 0x20, ~0U};
+    const bool hasLists =
+        ::setxattr(folder.Path().c_str(), "system.posix_acl_default", list, sizeof list, 0) == 0;
+    ASSERT_TRUE(kits::ReplaceFile(folder.Path() / "listed", ""));
+    ASSERT_TRUE(kits::ReplaceFile(file, "newer"));
+    ::umask(mask);
+    EXPECT_EQ(fs::status(file).permissions(), fs::perms(0640));
+    if (!hasLists)
+        GTEST_SKIP() << "the file system has no access lists";
+    EXPECT_EQ(fs::status(folder.Path() / "listed").permissions(), fs::perms(0660));
+    EXPECT_EQ(::getxattr(file.c_str(), "system.posix_acl_access", nullptr, 0), -1)
+        << "the old one had no list";
+}
+
+TEST(FileReplacement, SavesWherePermissionsCannotBeSet) {
+    const TemporaryFolder folder;
+    const fs::path file = folder.Write("a.txt", "old");
+    for (const int reason : {EPERM, EACCES, ENOTSUP, EIO}) {
+        chmodFails = reason;
+        EXPECT_TRUE(kits::ReplaceFile(folder.Path() / std::to_string(reason), "new"));
+        EXPECT_EQ(bool(kits::ReplaceFile(file, "new")), reason != EIO) << "a fault of the disk";
+    }
+    chmodFails = 0;
+    EXPECT_EQ(Contents(file), "new");
+    EXPECT_EQ(fs::status(file).permissions(), fs::perms(0600)) << "no wider than it was";
 }
 
 TEST(FileReplacement, KeepsOwnerRightsAndAttributesAndPartsAHardLink) {

@@ -2,6 +2,8 @@
 #include "kits/application/Interrupt.h"
 
 #include <csignal>
+#include <cstdio>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -30,6 +32,22 @@ TEST(Interrupt, NotesASignalAndGivesTheHandlersBack) {
         EXPECT_EQ(earlier, number);
         std::signal(number, SIG_DFL);
     }
+}
+
+TEST(Interrupt, EndsAProgramThatDoesNotStopUnlessItCompletesSomething) {
+    const auto hang = [] {
+        const kits::Interrupt interrupt;
+        std::raise(SIGINT);
+        std::raise(SIGTERM);
+        std::this_thread::sleep_for(kits::Interrupt::kPatience);
+        {
+            const kits::Interrupt::Completion completing;
+            std::raise(SIGTERM);
+        }
+        std::fputs("completed", stderr);
+        std::raise(SIGHUP);
+    };
+    EXPECT_EXIT(hang(), testing::KilledBySignal(SIGHUP), "completed");
 }
 
 TEST(Interrupt, LeavesAnIgnoredSignalIgnored) {

@@ -48,11 +48,8 @@ TEST(MidiThread, DeliversEachInletInOrderByOneThread) {
     std::vector<std::thread> writers;
     for (int i = 0; i < kInlets; i++) {
         writers.emplace_back([&inlet = *inlets[std::size_t(i)], i] {
-            inlet.Put(Bytes{uint8(0x90 + i)}, 0);
-            for (int n = 0; n < kNotes; n++) { // numbered, by the status that ran before
-                inlet.Put(Bytes{uint8(n & 127)}, n);
-                inlet.Put(Bytes{uint8(1 + (n >> 7))}, n);
-            }
+            for (int n = 0; n < kNotes; n++)
+                inlet.Put(Bytes{uint8(0x90 + i), uint8(n & 127), uint8(1 + (n >> 7))}, n);
         });
     }
     for (std::thread& writer : writers)
@@ -108,7 +105,7 @@ TEST(MidiThread, AFloodEndsTheNotesInsteadOfLeavingThemOn) {
     EXPECT_EQ(lost, 101 - kept / 20000);
 }
 
-TEST(MidiThread, NoMessageIsJoinedAcrossALostPiece) {
+TEST(MidiThread, OnlySystemExclusiveDataGoOnInTheNextPiece) {
     Slow log;
     log.holdUp = true;
     auto thread = std::make_unique<kits::MidiThread>(log);
@@ -116,15 +113,21 @@ TEST(MidiThread, NoMessageIsJoinedAcrossALostPiece) {
     thread->Start();
     inlet.Put(Bytes{0xFE}, 1);
     ASSERT_TRUE(log.entered.try_acquire_for(kLimit));
-    inlet.Put(Bytes{0x90, 60}, 1);
+    inlet.Put(Bytes{0xF0, 1}, 1);
     inlet.Put(Bytes(2000000, 0xFE), 1); // never fits
-    inlet.Put(Bytes{5, 0x80, 61, 9}, 1);
-    inlet.Put(Bytes{0x90, 60}, 1);
+    inlet.Put(Bytes{2, 0xF7, 0x80, 61, 9}, 1);
+    inlet.Put(Bytes{0xF0, 1}, 1);
     inlet.Lose(); // as for bytes that cannot be put
-    inlet.Put(Bytes{5, 0x80, 62, 9}, 1);
+    inlet.Put(Bytes{2, 0xF7, 0x80, 62, 9}, 1);
+    for (const Bytes& piece : {Bytes{0xF0, 3}, Bytes{0xFE}, Bytes{4}, Bytes{5, 0xF7}})
+        inlet.Put(piece, 1);
+    // Another source's note comes in between.
+    for (const Bytes& piece : {Bytes{0xF0, 6}, Bytes{0x80, 63, 9}, Bytes{7, 8, 9, 10, 0xF7}})
+        inlet.Put(piece, 1);
     log.goOn.release();
     thread.reset();
-    EXPECT_EQ(log.calls, (std::vector<std::string>{"realtime 254", "off 0 61 9", "off 0 62 9"}));
+    EXPECT_EQ(log.calls, (std::vector<std::string>{"realtime 254", "off 0 61 9", "off 0 62 9",
+                                                   "realtime 254", "sysex 3 4 5", "off 0 63 9"}));
 }
 
 TEST(MidiThread, AVanishedSourceEndsItsOwnNotesOnly) {

@@ -2,6 +2,7 @@
 #include "kits/application/Interrupt.h"
 
 #include <atomic>
+#include <ctime>
 #include <iterator>
 #include <type_traits>
 
@@ -10,10 +11,23 @@ namespace kits {
 namespace {
 
 std::atomic<int> received{0};
-static_assert(std::atomic<int>::is_always_lock_free, "a signal handler must not wait");
+/// The second, by the system's clock, at which the first signal was received; below 0 if none was.
+std::atomic<std::time_t> since{-1};
+std::atomic<int> completions{0};
+static_assert(std::atomic<int>::is_always_lock_free &&
+                  std::atomic<std::time_t>::is_always_lock_free,
+              "a signal handler must not wait");
 
 extern "C" void NoteSignal(int number) {
     received.store(number);
+    timespec now{};
+    ::clock_gettime(CLOCK_MONOTONIC, &now);
+    std::time_t first = -1;
+    if (since.compare_exchange_strong(first, now.tv_sec) ||
+        now.tv_sec - first < Interrupt::kPatience.count() || completions.load() > 0)
+        return;
+    std::signal(number, SIG_DFL);
+    std::raise(number);
 }
 
 } // namespace
@@ -21,6 +35,7 @@ extern "C" void NoteSignal(int number) {
 Interrupt::Interrupt() {
     static_assert(std::size(kSignals) == std::extent_v<decltype(before)>);
     received.store(0);
+    since.store(-1);
     struct sigaction noting {};
     noting.sa_handler = NoteSignal;
     // SA_RESTART, for libraries that do not expect their system calls to be interrupted.
@@ -44,6 +59,14 @@ bool Interrupt::Pending() {
 
 int Interrupt::Signal() const {
     return received.load();
+}
+
+Interrupt::Completion::Completion() {
+    completions.fetch_add(1);
+}
+
+Interrupt::Completion::~Completion() {
+    completions.fetch_sub(1);
 }
 
 } // namespace kits

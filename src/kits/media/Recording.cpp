@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/media/Recording.h"
 
+#include "kits/application/Interrupt.h"
+
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -78,7 +80,6 @@ void Recording::TakeRate(double next) {
     const int rounded = static_cast<int>(std::lround(next));
     if (rate == rounded || over)
         return;
-    takes = false;
     if (rate != 0) {
         EndBecause({path.string() + ": the recording ends where the device changed its rate from " +
                     std::to_string(rate) + " to " + std::to_string(rounded) + " Hz"});
@@ -92,8 +93,9 @@ void Recording::TakeRate(double next) {
     }
     rate = rounded;
     writer.emplace(*std::move(opened));
-    thread = std::thread([this] { Run(); });
+    // Before the thread, which may end the recording.
     takes = true;
+    thread = std::thread([this] { Run(); });
 }
 
 void Recording::Put(const float* left, const float* right, std::size_t frames) noexcept {
@@ -118,6 +120,7 @@ void Recording::EndBecause(Error reason) {
     const std::lock_guard lock(endingGuard);
     if (!ending)
         ending = std::move(reason);
+    takes = false;
     over = true;
 }
 
@@ -192,6 +195,8 @@ std::uint64_t Recording::Complete() {
 }
 
 void Recording::Close() {
+    // The disk may be slow, and the person who has asked the program to end impatient.
+    const Interrupt::Completion completing;
     if (!outcome)
         outcome = Conclude();
 }

@@ -20,6 +20,9 @@ constexpr int kPollInterval = 1;
 
 /// The time for which an existing source may refuse to be connected.
 constexpr std::chrono::seconds kPatience{5};
+/// The pause after which the next attempt counts as the first: a source that refuses is listed
+/// anew, and tried again, at each poll.
+constexpr std::chrono::seconds kLongestPause{3 * kPollInterval};
 
 } // namespace
 
@@ -201,17 +204,19 @@ status_t MidiSystems::Connect(int32 number, bool connected) {
         return B_OK;
     }
     if (system.Connect(source->second.name)) {
-        failingSince.reset();
+        failing.reset();
         return B_OK;
     }
     const auto now = std::chrono::steady_clock::now();
-    if (now - failingSince.value_or(now) >= kPatience) {
-        failingSince.reset();
+    if (!failing || failing->source != source->second.name || now - failing->latest > kLongestPause)
+        failing = {source->second.name, now, now};
+    failing->latest = now;
+    if (now - failing->since >= kPatience) {
+        failing.reset();
         return B_ERROR;
     }
     // A JACK program shows its ports a moment before it becomes active, and nothing shows when it
     // does.
-    failingSince = failingSince.value_or(now);
     sources.erase(source);
     untold = true;
     return B_WOULD_BLOCK;

@@ -87,8 +87,14 @@ class MidiSystems {
     /// Sources have come or gone, of which the watchers have not been told.
     bool untold = false;
     std::vector<BMessenger> watchers;
-    /// The moment since which connecting a source has failed.
-    std::optional<std::chrono::steady_clock::time_point> failingSince;
+    /// The source that could not be connected at the last attempt, and the moments of the first and
+    /// the last attempt that failed without a longer pause in between.
+    struct Failing {
+        std::string source;
+        std::chrono::steady_clock::time_point since;
+        std::chrono::steady_clock::time_point latest;
+    };
+    std::optional<Failing> failing;
 
     sem_t changed;
     std::atomic<bool> quitting{false};

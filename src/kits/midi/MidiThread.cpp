@@ -67,6 +67,7 @@ void MidiThread::Inlet::Drain() {
         std::memcpy(&header, head.data(), sizeof header);
         if (header.gap)
             decoder.Reset();
+        decoder.BeginMessage();
         if (header.time != 0)
             header.time = latest = std::max(latest, header.time);
         for (std::size_t left = header.size; left > 0;) {

@@ -25,10 +25,13 @@ class MidiThread {
         explicit Inlet(MidiThread& thread, BMidiLocalConsumer& consumer);
 
         /// Puts in a piece of the stream that arrived at `time`, in microseconds of the system's
-        /// clock; 0 if unknown. If a server's clock goes back, the events get the latest time so
-        /// far, so that they stay in order. It is wait-free and does not allocate, for a server's
-        /// real-time thread. If more arrives than the MIDI thread can process, pieces are lost and
-        /// the inlet's notes, which might hang, are ended. One thread writes into an inlet.
+        /// clock; 0 if unknown. A piece has whole messages, as the systems deliver them, or a part
+        /// of system exclusive data: where sources are mixed, data bytes without a status may be
+        /// the rest of one source's after another's message, which they do not continue. If a
+        /// server's clock goes back, the events get the latest time so far, so that they stay in
+        /// order. It is wait-free and does not allocate, for a server's real-time thread. If more
+        /// arrives than the MIDI thread can process, pieces are lost and the inlet's notes, which
+        /// might hang, are ended. One thread writes into an inlet.
         VEXA_REALTIME void Put(std::span<const uint8> bytes, bigtime_t time) noexcept;
 
         /// Notes that a piece of the stream could not be read: it is lost as in Put. The writing

@@ -46,6 +46,11 @@ void WireDecoder::Decode(std::span<const uint8> bytes, bigtime_t time) {
     }
 }
 
+void WireDecoder::BeginMessage() {
+    if (status != kSysex)
+        status = 0;
+}
+
 void WireDecoder::Status(uint8 byte, bigtime_t time) {
     if (status == kSysex && byte == kSysexEnd)
         EndSysex(time);

@@ -31,6 +31,10 @@ class WireDecoder {
     /// whose wheel or pedals it has moved.
     void EndNotes(bigtime_t time);
 
+    /// Discards what is unfinished but system exclusive data, and the running status: what follows
+    /// begins with a status, or goes on with those data.
+    void BeginMessage();
+
     /// Discards the unfinished message and the running status: part of the stream is missing.
     void Reset() { status = 0; }
 

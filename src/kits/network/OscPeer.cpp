@@ -59,8 +59,12 @@ Result<std::unique_ptr<OscPeer>> OscPeer::Open(const std::string& url) {
     handles->peer = lo_address_new_from_url(url.c_str());
     if (!handles->peer)
         return Error{"\"" + url + "\" is no address of Open Sound Control"};
-    handles->own =
-        lo_server_new_with_proto(nullptr, lo_address_get_protocol(handles->peer), Ignore);
+    // The library also knows local sockets, for which it needs a path of our own, and addresses
+    // without a port.
+    const int protocol = lo_address_get_protocol(handles->peer);
+    if ((protocol != LO_UDP && protocol != LO_TCP) || !lo_address_get_port(handles->peer))
+        return Error{"\"" + url + "\" names no port of UDP or TCP"};
+    handles->own = lo_server_new_with_proto(nullptr, protocol, Ignore);
     if (!handles->own)
         return Error{"the system has no port for Open Sound Control"};
     // Messages are delivered at once, even if their time stamps are in the future.

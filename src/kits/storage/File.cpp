@@ -15,19 +15,12 @@ BFile::BFile(const BDirectory* directory, const std::string& name, uint32 mode) 
         SetTo(BPath(directory->Path().Path(), name.c_str()).Path(), mode);
 }
 
-BFile::~BFile() {
-    if (descriptor >= 0)
-        ::close(descriptor);
-}
-
 status_t BFile::SetTo(const char* path, uint32 mode) {
-    if (descriptor >= 0)
-        ::close(descriptor);
-    descriptor = -1;
+    descriptor.Close();
     replacement.reset();
     if (mode == B_READ_ONLY) {
-        descriptor = ::open(path, O_RDONLY | O_CLOEXEC);
-        return status = descriptor < 0 ? -errno : B_OK;
+        descriptor = kits::Descriptor(::open(path, O_RDONLY | O_CLOEXEC));
+        return status = descriptor ? B_OK : -errno;
     }
     if (mode != (B_WRITE_ONLY | B_CREATE_FILE | B_ERASE_FILE))
         return status = B_BAD_VALUE;
@@ -47,10 +40,10 @@ ssize_t BFile::Write(const void* data, std::size_t size) {
 }
 
 ssize_t BFile::Read(void* data, std::size_t size) {
-    if (descriptor < 0)
+    if (!descriptor)
         return B_NO_INIT;
     while (true) {
-        const ssize_t count = ::read(descriptor, data, size);
+        const ssize_t count = ::read(descriptor.Number(), data, size);
         if (count >= 0)
             return count;
         if (errno != EINTR)

@@ -5,6 +5,7 @@
 #include "kits/storage/Directory.h"
 #include "kits/storage/FileReplacement.h"
 #include "kits/support/DataIO.h"
+#include "kits/support/Descriptor.h"
 
 #include <optional>
 #include <string>
@@ -23,7 +24,6 @@ class BFile : public BDataIO {
     BFile(const char* path, uint32 mode) { SetTo(path, mode); }
     /// Sets B_BAD_VALUE for a name that no file can have.
     BFile(const BDirectory* directory, const std::string& name, uint32 mode);
-    ~BFile() override;
     BFile(const BFile&) = delete;
     BFile& operator=(const BFile&) = delete;
 
@@ -39,7 +39,7 @@ class BFile : public BDataIO {
     status_t Commit();
 
   private:
-    int descriptor = -1;
+    kits::Descriptor descriptor;
     std::optional<kits::FileReplacement> replacement;
     status_t status = B_NO_INIT;
 };

@@ -2,12 +2,11 @@
 #include "kits/storage/FileReplacement.h"
 
 #include "kits/storage/FileKind.h"
-#include "kits/storage/ReadFile.h"
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
+#include <random>
 #include <utility>
 
 #include <fcntl.h>
@@ -21,16 +20,24 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Returns the permissions that open(2) would give a new file: everybody's, less the process's
-/// mask. Reading the mask by umask(2) sets it, which would race with other threads, so the kernel's
-/// report of it is read instead; without one, only the owner may use the file.
-mode_t NewFileMode() {
-    constexpr std::string_view kLine = "\nUmask:";
-    const Result<std::string> status = ReadFile("/proc/self/status");
-    const std::size_t at = status ? status->find(kLine) : std::string::npos;
-    const unsigned long mask =
-        at == std::string::npos ? 0077 : std::strtoul(&(*status)[at + kLine.size()], nullptr, 8);
-    return 0666 & ~static_cast<mode_t>(mask);
+/// Creates a file of a random name in the folder and opens it. Returns no descriptor, and the
+/// reason in errno, if it cannot be made. In contrast to mkostemp, whose files are their owner's
+/// alone, the system takes from `mode` what the process's mask or the folder's own access list
+/// withholds.
+Descriptor CreateIn(const fs::path& folder, mode_t mode, fs::path& path) {
+    constexpr std::string_view kCharacters = "abcdefghijklmnopqrstuvwxyz0123456789";
+    constexpr int kMostTries = 100;
+    std::random_device random;
+    for (int i = 0; i < kMostTries; i++) {
+        std::string name = ".vexa-";
+        for (int n = 0; n < 6; n++)
+            name += kCharacters[random() % kCharacters.size()];
+        path = folder / name;
+        Descriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+        if (file || errno != EEXIST)
+            return file;
+    }
+    return Descriptor();
 }
 
 /// Returns the file that a link at `path` leads to; a path that is no link is returned as it is.
@@ -81,8 +88,11 @@ int TakeOver(const char* old, const struct stat& status, int descriptor) {
         giveTo(static_cast<uid_t>(-1));
         rights &= 0777;
     }
-    // Set before the access lists, which are attributes and refine the permissions.
-    if (::fchmod(descriptor, rights) != 0)
+    // The folder may have given the new file an access list, which the old one need not have.
+    ::fremovexattr(descriptor, "system.posix_acl_access");
+    // Set before the access lists, which are attributes and refine the permissions. Network folders
+    // and file systems without permissions refuse it, though their files can be written.
+    if (::fchmod(descriptor, rights) != 0 && !IsWithheld(errno))
         return errno;
     return TakeOverAttributes(old, descriptor);
 }
@@ -104,15 +114,15 @@ Result<FileReplacement> FileReplacement::Create(const fs::path& path) {
     if (exists && ::access(file.target.c_str(), W_OK) != 0)
         return file.Failure(errno);
 
-    std::string pattern = (file.target.parent_path() / ".vexa-XXXXXX").string();
-    file.descriptor = ::mkostemp(pattern.data(), O_CLOEXEC);
-    if (file.descriptor < 0)
+    // In the place of an existing file, nobody else may open it before it has that file's rights.
+    fs::path created;
+    file.descriptor = CreateIn(file.target.parent_path(), exists ? 0600 : 0666, created);
+    if (!file.descriptor)
         return file.Failure(errno);
-    file.temporary = pattern;
-    if (!exists && ::fchmod(file.descriptor, NewFileMode()) != 0)
-        return file.Failure(errno);
+    file.temporary = created;
     if (exists) {
-        if (const int fault = TakeOver(file.target.c_str(), existing, file.descriptor); fault != 0)
+        if (const int fault = TakeOver(file.target.c_str(), existing, file.Descriptor());
+            fault != 0)
             return file.Failure(fault);
     }
     return Result<FileReplacement>(std::move(file));
@@ -121,18 +131,16 @@ Result<FileReplacement> FileReplacement::Create(const fs::path& path) {
 FileReplacement::FileReplacement(FileReplacement&& other) noexcept
     : target(std::move(other.target)),
       temporary(std::exchange(other.temporary, {})),
-      descriptor(std::exchange(other.descriptor, -1)) {}
+      descriptor(std::move(other.descriptor)) {}
 
 FileReplacement::~FileReplacement() {
-    if (descriptor >= 0)
-        ::close(descriptor);
     if (!temporary.empty())
         ::unlink(temporary.c_str());
 }
 
 Result<void> FileReplacement::Write(std::string_view bytes) {
     while (!bytes.empty()) {
-        const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
+        const ssize_t written = ::write(Descriptor(), bytes.data(), bytes.size());
         if (written >= 0)
             bytes.remove_prefix(static_cast<std::size_t>(written));
         else if (errno != EINTR)
@@ -143,9 +151,9 @@ Result<void> FileReplacement::Write(std::string_view bytes) {
 
 Result<void> FileReplacement::Commit() {
     // EINVAL: the file system has no fsync, so there is nothing to wait for.
-    if (::fsync(descriptor) != 0 && errno != EINVAL)
+    if (::fsync(Descriptor()) != 0 && errno != EINVAL)
         return Failure(errno);
-    if (::close(std::exchange(descriptor, -1)) != 0)
+    if (!descriptor.Close())
         return Failure(errno);
     if (::rename(temporary.c_str(), target.c_str()) != 0)
         return Failure(errno);

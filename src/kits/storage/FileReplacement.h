@@ -2,6 +2,7 @@
 // Writing a file so that it is either replaced as a whole or not touched.
 #pragma once
 
+#include "kits/support/Descriptor.h"
 #include "kits/support/Result.h"
 
 #include <filesystem>
@@ -27,7 +28,7 @@ class FileReplacement {
     ~FileReplacement();
 
     /// Returns the descriptor, which is open for reading and writing and remains the replacement's.
-    int Descriptor() const { return descriptor; }
+    int Descriptor() const { return descriptor.Number(); }
 
     Result<void> Write(std::string_view bytes);
 
@@ -49,7 +50,7 @@ class FileReplacement {
 
     std::filesystem::path target;
     std::filesystem::path temporary;
-    int descriptor = -1;
+    kits::Descriptor descriptor;
 };
 
 /// Makes the whole of `bytes` the new content of the file at `path`.

@@ -45,16 +45,15 @@ void FolderWatch::Wake() const {
 bool FolderWatch::Wait(std::chrono::milliseconds atMost) {
     const auto end = std::chrono::steady_clock::now() + atMost;
     for (;;) {
-        if (Observe())
-            return true;
         const auto now = std::chrono::steady_clock::now();
+        const bool due = now - looked >= kInterval;
+        if (due)
+            looked = now;
         const bool all = std::all_of(places.begin(), places.end(),
                                      [](const Place& place) { return place.watch >= 0; });
-        if (!all && now - looked >= kUnwatched) {
-            looked = now;
+        if (Observe(due) || (due && !all))
             return true;
-        }
-        const auto until = all ? end : std::min(end, looked + kUnwatched);
+        const auto until = std::min(end, looked + kInterval);
         // Rounded up, so that the end has been reached afterwards.
         const auto wait = std::chrono::ceil<std::chrono::milliseconds>(until - now);
         if (Poll(events.Number(), waking.Number(), std::max(wait, wait.zero()))) {
@@ -69,14 +68,21 @@ bool FolderWatch::Wait(std::chrono::milliseconds atMost) {
     }
 }
 
-/// Watches the folders that are not watched yet. Returns true if any of them now is.
-bool FolderWatch::Observe() {
+/// Watches the folders that are not watched yet, and with `again` those whose path names another
+/// folder since a parent was moved, which no event tells. Returns true if any is watched anew.
+bool FolderWatch::Observe(bool again) {
     bool found = false;
     for (Place& place : places) {
-        if (place.watch >= 0)
+        if (place.watch >= 0 && !again)
             continue;
-        place.watch = ::inotify_add_watch(events.Number(), place.path.c_str(), kEvents);
-        found = found || place.watch >= 0;
+        // The system has one number for a folder, however often it is added.
+        const int watch = ::inotify_add_watch(events.Number(), place.path.c_str(), kEvents);
+        if (watch == place.watch)
+            continue;
+        if (place.watch >= 0)
+            ::inotify_rm_watch(events.Number(), place.watch);
+        place.watch = watch;
+        found = true;
     }
     return found;
 }

@@ -11,13 +11,13 @@
 namespace kits {
 
 /// Watches the files directly in some folders for being made, written to, moved or removed. A
-/// folder may be absent, and may appear or disappear. All functions but Wake are for one thread at
-/// a time.
+/// folder may be absent, may appear or disappear, and its path may come to name another one. All
+/// functions but Wake are for one thread at a time.
 class FolderWatch {
   public:
-    /// The interval at which a folder that cannot be watched, such as an absent one, is assumed to
-    /// have changed.
-    static constexpr auto kUnwatched = std::chrono::milliseconds(1000);
+    /// The interval at which paths are looked up again, and at which a folder that cannot be
+    /// watched, such as an absent one, is assumed to have changed.
+    static constexpr auto kInterval = std::chrono::milliseconds(1000);
     /// How long Wait continues after a change, so that changes that follow closely are noticed
     /// together with it.
     static constexpr auto kGathering = std::chrono::milliseconds(30);
@@ -37,7 +37,7 @@ class FolderWatch {
         int watch = -1;
     };
 
-    bool Observe();
+    bool Observe(bool again);
     void Drain();
 
     std::vector<Place> places;

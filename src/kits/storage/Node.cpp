@@ -5,7 +5,6 @@
 
 #include <fcntl.h>
 #include <sys/xattr.h>
-#include <unistd.h>
 
 namespace {
 
@@ -17,22 +16,15 @@ std::string UserAttribute(const char* name) {
 
 BNode::BNode(const char* path)
     // O_NONBLOCK: opening a pipe does not wait for its writer.
-    : descriptor(::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {
-    if (descriptor < 0)
-        status = -errno;
-}
-
-BNode::~BNode() {
-    if (descriptor >= 0)
-        ::close(descriptor);
-}
+    : descriptor(::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK)),
+      status(descriptor ? B_OK : -errno) {}
 
 status_t BNode::WriteAttrString(const char* name, const BString* data) {
     if (status != B_OK)
         return status;
     const auto size = static_cast<std::size_t>(data->Length());
     const int result =
-        ::fsetxattr(descriptor, UserAttribute(name).c_str(), data->String(), size, 0);
+        ::fsetxattr(descriptor.Number(), UserAttribute(name).c_str(), data->String(), size, 0);
     return result == 0 ? B_OK : -errno;
 }
 
@@ -42,7 +34,7 @@ status_t BNode::ReadAttrString(const char* name, BString* result) const {
     // The longest value that Linux allows.
     std::string value(64 * 1024, '\0');
     const ssize_t size =
-        ::fgetxattr(descriptor, UserAttribute(name).c_str(), value.data(), value.size());
+        ::fgetxattr(descriptor.Number(), UserAttribute(name).c_str(), value.data(), value.size());
     if (size < 0)
         return errno == ENODATA ? B_ENTRY_NOT_FOUND : -errno;
     value.resize(static_cast<std::size_t>(size));

@@ -2,6 +2,7 @@
 // A file or folder as a holder of attributes.
 #pragma once
 
+#include "kits/support/Descriptor.h"
 #include "kits/support/String.h"
 #include "kits/support/SupportDefs.h"
 
@@ -10,7 +11,6 @@
 class BNode {
   public:
     explicit BNode(const char* path);
-    ~BNode();
     BNode(const BNode&) = delete;
     BNode& operator=(const BNode&) = delete;
 
@@ -22,6 +22,6 @@ class BNode {
     status_t ReadAttrString(const char* name, BString* result) const;
 
   private:
-    int descriptor = -1;
-    status_t status = B_OK;
+    kits::Descriptor descriptor;
+    status_t status;
 };

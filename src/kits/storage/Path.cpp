@@ -2,8 +2,28 @@
 #include "kits/storage/Path.h"
 
 #include <filesystem>
+#include <utility>
 
 namespace fs = std::filesystem;
+
+namespace {
+
+/// Resolves the path up to its last "..": behind a symbolic link, the parent is that of the folder
+/// to which the link leads. What does not exist is taken as it reads.
+fs::path WithoutParents(const fs::path& path) {
+    fs::path resolved;
+    for (const fs::path& name : path) {
+        resolved /= name;
+        std::error_code error;
+        if (name != "..")
+            continue;
+        if (fs::path parent = fs::weakly_canonical(resolved, error); !error)
+            resolved = std::move(parent);
+    }
+    return resolved.lexically_normal();
+}
+
+} // namespace
 
 status_t BPath::SetTo(const char* newPath, const char* leaf) {
     fs::path joined = newPath ? newPath : "";
@@ -12,7 +32,7 @@ status_t BPath::SetTo(const char* newPath, const char* leaf) {
     if (leaf)
         joined /= leaf;
     std::error_code error;
-    joined = fs::absolute(joined, error).lexically_normal();
+    joined = WithoutParents(fs::absolute(joined, error));
     if (error)
         return -error.value();
     // The normal form of "a/b/" has an empty file name after the last slash.

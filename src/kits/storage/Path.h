@@ -8,7 +8,8 @@
 #include <string>
 
 /// An absolute path without ".", "..", double or trailing slashes; empty until it is set. A
-/// relative path is resolved against the current folder. The path need not exist. Any thread.
+/// relative path is resolved against the current folder, and ".." as the system does, through
+/// symbolic links. The path need not exist. Any thread.
 class BPath {
   public:
     BPath() = default;

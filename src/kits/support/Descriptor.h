@@ -21,10 +21,8 @@ class Descriptor {
 
     int Number() const { return number; }
     explicit operator bool() const { return number >= 0; }
-    void Close() {
-        if (number >= 0)
-            ::close(std::exchange(number, -1));
-    }
+    /// Returns false if the system reports a fault, such as that of a late write, in errno.
+    bool Close() { return number < 0 || ::close(std::exchange(number, -1)) == 0; }
 
   private:
     int number;

@@ -23,6 +23,13 @@ void KeepFault(RtMidiError::Type type, const std::string& text, void* fault) {
         *static_cast<std::string*>(fault) = text;
 }
 
+/// Returns the name of the port that is connected to the source. ALSA cuts names to 63 bytes, so
+/// it is the end of a longer one, which has the address, by which it differs from all others.
+std::string PortName(const std::string& source) {
+    constexpr std::size_t kLongest = 63;
+    return source.substr(source.size() - std::min(source.size(), kLongest));
+}
+
 std::unique_ptr<RtMidiIn> OpenClient() {
     auto midi = std::make_unique<RtMidiIn>(RtMidi::LINUX_ALSA, ClientName());
     // Takes system exclusive data and real-time bytes too: the decoder handles them.
@@ -110,7 +117,7 @@ class AlsaMidi final : public MidiBackend {
                 if (connection->getPortName(i) != source)
                     continue;
                 connection->setCallback(Receive, &sources);
-                connection->openPort(i, source);
+                connection->openPort(i, PortName(source));
                 connections[source] = std::move(connection);
                 return {};
             }
@@ -132,7 +139,7 @@ class AlsaMidi final : public MidiBackend {
     /// listed as a new one.
     void EndThoseThatHaveGone(std::vector<std::string>& present) {
         std::erase_if(present, [this](const std::string& name) {
-            return connections.contains(name) && sequencer.IsUnused(name);
+            return connections.contains(name) && sequencer.IsUnused(PortName(name));
         });
         const auto gone = std::erase_if(connections, [&present](const auto& connection) {
             return std::ranges::find(present, connection.first) == present.end();

@@ -232,8 +232,7 @@ Project HeadlessPlayer::PresentProject() const {
 
 kits::Result<void> HeadlessPlayer::SaveProject() {
     Project project = PresentProject();
-    const TuningChoice& copied = joined->project.options.tuning;
-    if (auto written = WriteProject(joined->session->Project(), project, copied); !written) {
+    if (auto written = WriteProject(joined->session->Project(), project); !written) {
         Say(written.Fault().text);
         return written;
     }

@@ -134,7 +134,7 @@ bool TakeLine(const SettingLine& line, const fs::path& folder, Project& project)
 
 bool ProjectExists(const fs::path& folder) {
     std::error_code ignored;
-    return fs::exists(fs::symlink_status(folder, ignored));
+    return fs::exists(fs::symlink_status(folder / kSoundFile, ignored));
 }
 
 kits::Result<Project> ReadProject(const fs::path& folder, const AppOptions& options) {

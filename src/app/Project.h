@@ -26,14 +26,15 @@ struct Project {
     TuningFiles tuningFiles;
 };
 
-/// True if the folder exists, which means that it holds a project.
+/// True if the folder holds a project: it has the sound, which is the last file that WriteProject
+/// puts there. What is left of a first save that failed is none.
 bool ProjectExists(const std::filesystem::path& folder);
 /// Reads a project. Options that the project does not say are taken from `options`. In the result
 /// the option `sound` is the project's sound file, and `file` is not set. The files of the tuning
 /// are named but not read. The error names file, line and fault.
 kits::Result<Project> ReadProject(const std::filesystem::path& folder, const AppOptions& options);
 /// Writes a project and creates its folder if there is none. If anything fails, the files are as
-/// before.
+/// before; the folder may be there.
 kits::Result<void> WriteProject(const std::filesystem::path& folder, const Project& project);
 
 /// True if WriteProject would write the same for both, apart from authors and from whether the

@@ -102,13 +102,15 @@ void Session::Answer(const std::string& request, const Result<void>& done, int32
 }
 
 void Session::TellOpened(const Result<void>& opened, bool isNew) {
+    kept = bool(opened);
     Answer(kOpen, opened, isNew ? kNotCreated : kBadProject);
 }
 
 void Session::Pulse(SessionClient& client) {
     while (const auto message = manager->Receive(std::chrono::milliseconds(0)))
         Take(*message, client);
-    Tell(toldChanged, client.ProjectHasChanged(), "/nsm/client/is_dirty", "/nsm/client/is_clean");
+    Tell(toldChanged, !kept || client.ProjectHasChanged(), "/nsm/client/is_dirty",
+         "/nsm/client/is_clean");
     if (hasWindow)
         Tell(toldShown, client.WindowIsShown(), "/nsm/client/gui_is_shown",
              "/nsm/client/gui_is_hidden");
@@ -117,9 +119,11 @@ void Session::Pulse(SessionClient& client) {
 
 void Session::Take(const OscMessage& message, SessionClient& client) {
     const std::string& path = message.path;
-    if (path == kSave)
-        Answer(path, client.SaveProject(), kNotCreated);
-    else if (path == kOpen)
+    if (path == kSave) {
+        const Result<void> saved = client.SaveProject();
+        kept = kept || saved;
+        Answer(path, saved, kNotCreated);
+    } else if (path == kOpen)
         Answer(path, kits::Error{"Vexa keeps to one project until it ends"}, kNotNow);
     else if (hasWindow && (path == kShow || path == kHide))
         client.ShowWindow(path == kShow);

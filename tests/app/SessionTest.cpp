@@ -252,28 +252,35 @@ TEST_F(SessionTest, AWindowWhoseManagerHasGoneIsShownAndIsAsAnyOther) {
 }
 
 TEST_F(SessionTest, WithoutAWindowItIsTheSame) {
-    const auto play = [&](std::vector<std::string> arguments) {
+    const auto place = folder.Path() / "session/Vexa.nTEST";
+    const auto play = [&](std::vector<std::string> arguments, const std::string& answer,
+                          const char* state) {
         arguments.insert(arguments.begin(),
                          {VEXA_PROGRAM_FOLDER "/vexa", "--no-window", "--audio", "none"});
         const test::EnvironmentVariable url("NSM_URL", manager.Url().c_str());
         return test::RunCommand(arguments, [&](pid_t child) {
             EXPECT_TRUE(manager.Hears("/nsm/server/announce Vexa :dirty: vexa 1 0 "));
-            EXPECT_TRUE(manager.Hears("/reply /nsm/client/open"));
-            EXPECT_TRUE(manager.Hears("/nsm/client/is_clean"));
+            EXPECT_TRUE(manager.Hears(answer + " /nsm/client/open"));
+            EXPECT_TRUE(manager.Hears(state));
             folder.Write("s.scl", "! s.scl\n!\n");
             manager.Send("/nsm/client/save");
-            EXPECT_TRUE(manager.Hears("/reply /nsm/client/save"));
+            EXPECT_TRUE(manager.Hears(answer + " /nsm/client/save"));
             ::kill(child, SIGTERM);
         });
     };
+    // What is left of a first save that failed is no project.
+    std::filesystem::create_directories(place / "session");
+    EXPECT_EQ(play({}, "/error", "is_dirty").exitCode, 0);
+    std::filesystem::remove(place / "session");
     const std::string scale = folder.Write("s.scl", kScale);
-    EXPECT_EQ(play({"--voices", "3", "--glide", "0.5", "--tuning", scale}).exitCode, 0);
-    EXPECT_EQ(play({}).exitCode, 0);
-    const auto read = vexa::ReadProject(folder.Path() / "session/Vexa.nTEST", {});
+    const auto played =
+        play({"--voices", "3", "--glide", "0.5", "--tuning", scale}, "/reply", "is_clean");
+    EXPECT_EQ(played.exitCode, 0);
+    EXPECT_EQ(play({}, "/reply", "is_clean").exitCode, 0);
+    const auto read = vexa::ReadProject(place, {});
     ASSERT_TRUE(read) << read.Fault().text;
     EXPECT_EQ(read->options.voices, 3);
-    EXPECT_THAT(*kits::ReadFile(folder.Path() / "session/Vexa.nTEST/session"),
-                HasSubstr("glide = 0.5\n"));
+    EXPECT_THAT(*kits::ReadFile(place / "session"), HasSubstr("glide = 0.5\n"));
 }
 
 /// A new session saves the sound that plays.

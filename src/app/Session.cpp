@@ -128,8 +128,10 @@ void Session::Take(const OscMessage& message, SessionClient& client) {
     else if (hasWindow && (path == kShow || path == kHide))
         client.ShowWindow(path == kShow);
     else if (const std::string* request = message.Text(0);
-             path == kReply && request && *request == kPing)
-        answered = Clock::now();
+             path == kReply && request && *request == kPing) {
+        answersPings = true;
+        unanswered.reset();
+    }
 }
 
 void Session::Tell(std::optional<bool>& reported, bool now, const char* ifTrue,
@@ -141,14 +143,16 @@ void Session::Tell(std::optional<bool>& reported, bool now, const char* ifTrue,
 }
 
 /// Pings the manager, as nothing else shows whether it still runs. Not every manager answers a
-/// ping, so only one that has answered before counts as gone when it is silent.
+/// ping, so only one that has answered before counts as gone when it is silent. Silence counts from
+/// a ping, as this program may have stood still and asked nothing.
 void Session::Ping() {
     const auto now = Clock::now();
     if (now - pinged >= patience.ping) {
         pinged = now;
+        unanswered = unanswered.value_or(now);
         manager->Send({kPing, {}});
     }
-    gone = answered && now - *answered > patience.silence;
+    gone = answersPings && unanswered && now - *unanswered > patience.silence;
 }
 
 } // namespace vexa

@@ -35,8 +35,8 @@ class Session {
     struct Patience {
         std::chrono::milliseconds welcome{3000};
         std::chrono::milliseconds project{10000};
-        /// The time between pings. A manager that has answered a ping, but none for `silence`, has
-        /// gone.
+        /// The time between pings. A manager that has answered a ping, but none since one that was
+        /// sent `silence` ago, has gone.
         std::chrono::milliseconds ping{5000};
         std::chrono::milliseconds silence{20000};
     };
@@ -87,8 +87,9 @@ class Session {
     /// The states that the manager was told last.
     std::optional<bool> toldChanged, toldShown;
     Clock::time_point pinged;
-    /// The moment at which it last answered a ping.
-    std::optional<Clock::time_point> answered;
+    bool answersPings = false;
+    /// The moment of the first ping since its last answer.
+    std::optional<Clock::time_point> unanswered;
     bool gone = false;
 };
 

@@ -225,7 +225,7 @@ TEST_F(SessionTest, AWindowWhoseManagerHasGoneIsShownAndIsAsAnyOther) {
     auto other = std::make_unique<test::SessionManager>(folder.Path() / "other");
     auto joined = Session::Join(
         other->Url(), true,
-        {milliseconds(5000), milliseconds(5000), milliseconds(10), milliseconds(300)});
+        {milliseconds(5000), milliseconds(5000), milliseconds(200), milliseconds(1000)});
     ASSERT_TRUE(joined);
     window = new vexa::VexaWindow({64, 100, 999, 610}, folders);
     vexa::Project hidden;
@@ -239,12 +239,20 @@ TEST_F(SessionTest, AWindowWhoseManagerHasGoneIsShownAndIsAsAnyOther) {
     EXPECT_TRUE(other->Hears("/osc/ping", pulse));
     EXPECT_TRUE(other->Hears("/osc/ping", pulse));
     EXPECT_TRUE(window->InSession());
+    // A window that stood still has not asked.
+    const auto pulseFor = [&](int atMost) {
+        for (int i = 0; i < atMost && window->InSession(); i++) {
+            pulse();
+            std::this_thread::sleep_for(milliseconds(5));
+        }
+    };
+    pulseFor(10);
+    std::this_thread::sleep_for(milliseconds(1100));
+    pulseFor(1);
+    EXPECT_TRUE(window->InSession());
     other.reset();
     testing::internal::CaptureStderr();
-    for (int i = 0; i < 1000 && window->InSession(); i++) {
-        pulse();
-        std::this_thread::sleep_for(milliseconds(5));
-    }
+    pulseFor(1000);
     EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("session manager has gone"));
     EXPECT_FALSE(window->InSession());
     EXPECT_FALSE(window->IsHidden());

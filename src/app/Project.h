@@ -16,7 +16,7 @@ namespace vexa {
 /// "option = value" of the file "session", and copies of the Scala files that tune the keys.
 struct Project {
     Sound sound;
-    /// The name of the sound.
+    /// The name of the file that the sound came from, without the ending.
     std::string soundName;
     bool windowShown = true;
     /// The options that are kept: the MIDI source and channel, the voices, the tuning, `mpe`,

@@ -284,9 +284,17 @@ TEST_F(SessionTest, WithoutAWindowItIsTheSame) {
     const auto played =
         play({"--voices", "3", "--glide", "0.5", "--tuning", scale}, "/reply", "is_clean");
     EXPECT_EQ(played.exitCode, 0);
-    EXPECT_EQ(play({}, "/reply", "is_clean").exitCode, 0);
+    // A sample may be missing for a while.
+    folder.Write(place / "sound.xml",
+                 "<vexasound><vexasamplefunction><samplefile>gone.wav</samplefile>"
+                 "</vexasamplefunction></vexasound>");
+    const auto silent = play({}, "/reply", "is_clean");
+    EXPECT_EQ(silent.exitCode, 0);
+    EXPECT_THAT(silent.text, HasSubstr("gone.wav"));
     const auto read = vexa::ReadProject(place, {});
     ASSERT_TRUE(read) << read.Fault().text;
+    EXPECT_EQ(read->sound.function.sampleFile, "gone.wav");
+    EXPECT_EQ(read->soundName, "default");
     EXPECT_EQ(read->options.voices, 3);
     EXPECT_THAT(*kits::ReadFile(place / "session"), HasSubstr("glide = 0.5\n"));
 }

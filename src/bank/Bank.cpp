@@ -69,28 +69,33 @@ void Bank::Work(const std::stop_token& stop) {
     }
 }
 
-/// Lists the sounds again, and reads those that are new or have changed.
+/// Lists the sounds again, and reads those that are new or have changed. Publishes the list if it
+/// differs from the last one.
 void Bank::Scan(const std::stop_token& stop) {
     std::unordered_map<std::string, Known> before;
     for (Known& each : known)
         before.emplace(each.entry->path.string(), std::move(each));
     known.clear();
+    std::size_t kept = 0;
     auto published = Clock::now();
     for (const std::filesystem::path& path : Programs(folders)) {
         if (stop.stop_requested())
             return;
         const auto found = before.find(path.string());
-        if (found != before.end() && IsSame(found->second, path))
+        if (found != before.end() && IsSame(found->second, path)) {
             known.push_back(std::move(found->second));
-        else
+            kept++;
+        } else {
             known.push_back(Read(path));
+        }
         // Only the first scan publishes parts; later the last complete list is shown meanwhile.
         if (before.empty() && Clock::now() - published > kPart) {
             Publish(false);
             published = Clock::now();
         }
     }
-    Publish(true);
+    if (!View()->listed || kept < known.size() || kept < before.size())
+        Publish(true);
 }
 
 Bank::Stamp Bank::StampOf(const std::optional<Function>& filed) const {

@@ -211,6 +211,11 @@ TEST_F(BankTest, FollowsTheFilesAndReadsOnlyWhatHasChanged) {
     const auto third =
         Await([](const BankView& view) { return view.sounds.at(2)->name == "Mine too"; });
     EXPECT_NE(third->sounds[2]->picture, second->sounds[2]->picture);
+    // A scan that finds nothing new is not news.
+    const int before = changes;
+    folder.Write("own/sounds/notes.txt", "");
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    EXPECT_EQ(changes, before);
     fs::remove(mine);
     AwaitSounds(2);
     // The whole folder disappears and comes back.

@@ -67,6 +67,8 @@ void SoundListView::SetRows(SoundList next, std::string emptyText) {
         }
     }
     ScrollTo(scroll);
+    if (pointer)
+        Hover(RowAt(*pointer));
     DescriptionChanged();
     Invalidate();
 }
@@ -165,7 +167,8 @@ void SoundListView::MouseDown(BPoint where) {
 }
 
 void SoundListView::MouseMoved(BPoint where, uint32 transit, const BMessage*) {
-    Hover(transit == B_EXITED_VIEW ? std::nullopt : RowAt(where));
+    pointer = transit == B_EXITED_VIEW ? std::nullopt : std::optional(where);
+    Hover(pointer ? RowAt(where) : std::nullopt);
 }
 
 void SoundListView::Hover(std::optional<std::size_t> row) {

@@ -86,6 +86,8 @@ class SoundListView : public BView {
     std::filesystem::path loaded;
     bool loadedChanged = false;
     std::size_t cursor = 0;
+    /// The pointer while it is over the view, and the row under it.
+    std::optional<BPoint> pointer;
     std::optional<std::size_t> hovered;
     /// The height of the rows above the top of the view, in pixels.
     float scroll = 0;

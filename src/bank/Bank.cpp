@@ -56,7 +56,7 @@ Bank::Stamp Bank::StampOf(const std::filesystem::path& path) {
     struct stat status {};
     if (path.empty() || ::stat(path.c_str(), &status) != 0)
         return {};
-    return {status.st_ino, status.st_mtim.tv_sec * 1'000'000'000LL + status.st_mtim.tv_nsec,
+    return {status.st_ino, status.st_ctim.tv_sec * 1'000'000'000LL + status.st_ctim.tv_nsec,
             status.st_size};
 }
 

@@ -10,9 +10,9 @@
 
 namespace kits {
 
-/// Watches the files directly in some folders for being made, written to, moved or removed. A
-/// folder may be absent, and may appear or disappear. All functions but Wake are for one thread at
-/// a time.
+/// Watches the files directly in some folders for being made, written to, moved or removed, and for
+/// other rights and times. A folder may be absent, and may appear or disappear. All functions but
+/// Wake are for one thread at a time.
 class FolderWatch {
   public:
     /// The interval at which a folder that cannot be watched, such as an absent one, is assumed to

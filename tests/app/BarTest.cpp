@@ -121,12 +121,17 @@ TEST_F(BarTest, SaysTheVoicesToWhoCannotSeeThem) {
 
 TEST_F(BarTest, TellsWhyThereIsNoRecording) {
     Open();
+    // A name as long as those of sounds' files may be, which is cut at a character.
+    std::string name = "n";
+    while (name.size() < 251)
+        name += "ä";
+    view->NameSound(name);
     PressButton("Record");
     EXPECT_TRUE(Bar().IsRecording());
     PressButton("Record");
     EXPECT_FALSE(Bar().IsRecording());
     EXPECT_THAT(alerts.texts, ElementsAre("The recording is not complete."));
-    EXPECT_THAT(alerts.details, HasSubstr("default "));
+    EXPECT_THAT(alerts.details, HasSubstr("ä 20"));
     EXPECT_THAT(alerts.details, HasSubstr("no audio device played"));
     EXPECT_TRUE(fs::is_empty(In("recordings")));
     Pulse();

@@ -44,6 +44,7 @@ class FileReplacement {
 
   private:
     FileReplacement() = default;
+    Result<void> Complete();
     Error Failure(int number) const;
     Error Failure(const char* reason) const;
 

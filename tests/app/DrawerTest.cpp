@@ -184,6 +184,14 @@ TEST_F(DrawerTest, PreviousAndNextGoThroughWhatIsListedAndPassBrokenOnesOver) {
     list.Activate(broken);
     Settle();
     EXPECT_EQ(view->SoundName(), "default");
+    // Nor does it become a favourite, as it shows no star.
+    int stars = 0;
+    drawer->SetFavourites({}, [&](const vexa::Favourites&) { stars++; });
+    list.MakeFocus();
+    test::TypeKey(*window, Qt::Key_D, Qt::ControlModifier);
+    const BRect row = list.DescribePart(broken).frame;
+    test::Click(list, {row.right - 12, row.top + 16});
+    EXPECT_EQ(stars, 0);
     list.Activate(broken - 1);
     Settle();
     test::TypeKey(*window, Qt::Key_PageDown);

@@ -6,6 +6,7 @@
 #include "app/bar/RecordButton.h"
 #include "documents/SoundDocument.h"
 #include "kits/interface/backends/ViewWidget.h"
+#include "kits/midi/MidiLocalProducer.h"
 #include "views/Theme.h"
 #include "views/plane/PlaneOverlay.h"
 
@@ -242,7 +243,20 @@ TEST_F(BarTest, DeviceAndMidiSourceAreChosenInOneMenu) {
     Bar().Refresh();
     EXPECT_EQ(Bar().DeviceMenu().Title(), "no sound");
 
+    // A source may come later.
+    view->ChooseSource("other");
+    EXPECT_EQ(view->DeviceMenu().Title(), "waiting for other");
+    Device("waiting for other").Choose();
+    test::Settle();
+    EXPECT_TRUE(Device("waiting for other").IsMarked());
+    {
+        BMidiLocalProducer other("other");
+        other.Register();
+        view->ChooseSource("other");
+        EXPECT_EQ(view->DeviceMenu().Title(), "other");
+    }
     view->ChooseSource("");
+    EXPECT_EQ(view->DeviceMenu().Title(), "none");
     EXPECT_FALSE(Device("Computer keyboard").IsMarked());
     Device("Computer keyboard").Choose();
     test::Settle();

@@ -77,6 +77,13 @@ class DescriptionSheet : public BView {
     std::vector<float> baselines;
 };
 
+/// Returns the category of an item; it is empty for none.
+std::string WordOf(const BMenuItem& item) {
+    std::string word;
+    item.Message()->FindString("category", &word);
+    return word;
+}
+
 } // namespace
 
 DescriptionWindow::DescriptionWindow(BWindow& main, VexaView& view)
@@ -244,12 +251,16 @@ void DescriptionWindow::AddCategory(const std::string& label, const std::string&
     category->Menu()->AddItem(item);
 }
 
-/// Returns the item of a category. A word that this version does not know gets an item of its own.
+/// Returns the item of a category. A word that this version does not know gets an item of its own;
+/// it may read as the label of no category does.
 BMenuItem& DescriptionWindow::ItemOf(const std::string& word) {
-    const std::string label = word.empty() ? kNoCategory : word;
-    if (!category->Menu()->FindItem(label))
-        AddCategory(label, word);
-    return *category->Menu()->FindItem(label);
+    BMenu& menu = *category->Menu();
+    std::size_t i = 0;
+    while (i < menu.CountItems() && WordOf(*menu.ItemAt(i)) != word)
+        i++;
+    if (i == menu.CountItems())
+        AddCategory(word, word);
+    return *menu.ItemAt(i);
 }
 
 std::string DescriptionWindow::Typed(Part part) const {
@@ -257,9 +268,7 @@ std::string DescriptionWindow::Typed(Part part) const {
         return comment->Text();
     if (part != Part::Category)
         return Line(part).Text();
-    std::string word;
-    category->Menu()->FindMarked()->Message()->FindString("category", &word);
-    return word;
+    return WordOf(*category->Menu()->FindMarked());
 }
 
 void DescriptionWindow::ShowText(Part part, const std::string& text) {

@@ -4,6 +4,7 @@
 #include "audio/AudioGraph.h"
 #include "documents/SoundDocument.h"
 #include "instrument/DefaultSound.h"
+#include "instrument/InitialSound.h"
 #include "instrument/Instrument.h"
 #include "instrument/Programs.h"
 #include "kits/midi/MidiRoster.h"
@@ -56,14 +57,14 @@ class HeadlessPlayer : private SessionClient {
     int Run(const kits::Interrupt& interrupt, kits::Recording* recording);
 
   private:
-    bool LoadSound();
-    void OpenProject();
+    kits::Result<void> LoadSound();
+    void OpenProject(bool isNew);
     Project PresentProject() const;
     kits::Result<void> SaveProject() override;
     bool ProjectHasChanged() override;
     void LoadProgram(int32 number);
-    bool Load(const std::filesystem::path& path, bool whole);
-    bool Install(const std::filesystem::path& path, const Sound& sound, const Warnings& warnings);
+    kits::Result<void> Install(const std::filesystem::path& path, const Sound& sound,
+                               const Warnings& warnings);
     bool WatchSources();
     void ConnectSource();
     void TellOfDevice();
@@ -80,6 +81,8 @@ class HeadlessPlayer : private SessionClient {
     /// True once it was said that the recording has ended by itself.
     bool toldOfRecording = false;
     Instrument instrument;
+    /// The name of the sound's file without its ending.
+    std::string soundName;
     std::shared_ptr<MidiWatch> watch = std::make_shared<MidiWatch>();
     ProgramSelector programs{instrument.Engine().consumer, BMessenger(watch), 0};
     /// At the end the graph alerts of what it could not disconnect, which is no news if nothing was
@@ -100,8 +103,13 @@ int HeadlessPlayer::Run(const kits::Interrupt& interrupt, kits::Recording* recor
     instrument.SetUsualVoices(kMostVoices);
     if (options.voices)
         instrument.ChooseVoices(*options.voices);
-    if (!LoadSound())
+    const bool isNew = joined && !ProjectExists(joined->session->Project());
+    if (const auto loaded = LoadSound(); !loaded) {
+        Say(loaded.Fault().text);
+        if (joined)
+            joined->session->TellOpened(loaded.Fault(), isNew);
         return 1;
+    }
     graph.Consumer().SetChannel(options.channel.value_or(-1));
     graph.Record(recording);
     if (options.programs)
@@ -120,7 +128,7 @@ int HeadlessPlayer::Run(const kits::Interrupt& interrupt, kits::Recording* recor
         std::printf("playing through %s\n", graph.DeviceName().c_str());
     std::fflush(stdout);
     ConnectSource();
-    OpenProject();
+    OpenProject(isNew);
 
     const Clock::time_point start = Clock::now();
     while (!interrupt.Requested()) {
@@ -182,46 +190,50 @@ void HeadlessPlayer::TellOfRecording(const kits::Recording& recording) {
         Say("--record: " + reason->text);
 }
 
-/// Loads a sound and prints faults and warnings. If `whole`, loads nothing of a sound whose
-/// function fails. Returns whether it loaded without a fault.
-bool HeadlessPlayer::Load(const std::filesystem::path& path, bool whole) {
-    Warnings warnings;
-    const kits::Result<Sound> sound =
-        whole ? ReadWhole(path, instrument, warnings) : ReadSound(path, &warnings);
-    if (!sound) {
-        Say(sound.Fault().text);
-        return false;
-    }
-    return Install(path, *sound, warnings);
-}
-
-bool HeadlessPlayer::Install(const std::filesystem::path& path, const Sound& sound,
-                             const Warnings& warnings) {
+/// Loads a sound and prints warnings. The error says why its function does not play.
+kits::Result<void> HeadlessPlayer::Install(const std::filesystem::path& path, const Sound& sound,
+                                           const Warnings& warnings) {
     for (const kits::Error& warning : warnings)
         Say("warning: " + warning.text);
+    soundName = path.empty() ? kInitialSoundName : path.stem().string();
     const FunctionReport loaded = instrument.Load(sound);
+    if (!Plays(loaded))
+        return FaultIn(path, sound.function, loaded);
     if (IsNews(loaded, sound.function))
-        Say((Plays(loaded) ? "warning: " : "") + FaultIn(path, sound.function, loaded).text);
-    return Plays(loaded);
+        Say("warning: " + FaultIn(path, sound.function, loaded).text);
+    return {};
 }
 
-/// Loads the sound that the options name, else the default one. Returns false only if a named sound
-/// fails.
-bool HeadlessPlayer::LoadSound() {
-    if (options.sound)
-        return Load(*options.sound, false);
-    const DefaultSound read = ReadDefaultSound(folders);
-    if (!read.fault.empty())
-        Say(read.fault);
-    Install(read.path, read.sound, read.warnings);
-    return true;
+/// Loads the sound that the options name, else the default one. The error says why a named sound
+/// does not play. A session, which must not lose a sound whose sample is missing for a while, has
+/// it with silence instead.
+kits::Result<void> HeadlessPlayer::LoadSound() {
+    if (!options.sound) {
+        const DefaultSound read = ReadDefaultSound(folders);
+        if (!read.fault.empty())
+            Say(read.fault);
+        if (const auto installed = Install(read.path, read.sound, read.warnings); !installed)
+            Say(installed.Fault().text);
+        return {};
+    }
+    Warnings warnings;
+    const kits::Result<Sound> sound = ReadSound(*options.sound, &warnings);
+    if (!sound)
+        return sound.Fault();
+    auto installed = Install(*options.sound, *sound, warnings);
+    if (installed || !joined)
+        return installed;
+    Say(installed.Fault().text);
+    instrument.Silence();
+    return {};
 }
 
 /// In a session, reports that the project is open; a new project is saved first.
-void HeadlessPlayer::OpenProject() {
+void HeadlessPlayer::OpenProject(bool isNew) {
     if (!joined)
         return;
-    const bool isNew = !ProjectExists(joined->session->Project());
+    if (!isNew)
+        soundName = joined->project.soundName;
     joined->project = PresentProject();
     joined->session->TellOpened(isNew ? SaveProject() : kits::Result<void>(), isNew);
 }
@@ -229,13 +241,13 @@ void HeadlessPlayer::OpenProject() {
 Project HeadlessPlayer::PresentProject() const {
     Project project = joined->project;
     project.sound = instrument.State();
+    project.soundName = soundName;
     return project;
 }
 
 kits::Result<void> HeadlessPlayer::SaveProject() {
     Project project = PresentProject();
-    const TuningChoice& copied = joined->project.options.tuning;
-    if (auto written = WriteProject(joined->session->Project(), project, copied); !written) {
+    if (auto written = WriteProject(joined->session->Project(), project); !written) {
         Say(written.Fault().text);
         return written;
     }
@@ -249,10 +261,15 @@ bool HeadlessPlayer::ProjectHasChanged() {
 
 /// Loads the sound of a program change. If that fails, the previous sound plays on.
 void HeadlessPlayer::LoadProgram(int32 number) {
+    Warnings warnings;
     const auto path = FindProgram(folders, number);
-    if (!path)
-        Say(path.Fault().text);
-    else if (Load(*path, true))
+    const auto sound =
+        path ? ReadWhole(*path, instrument, warnings) : kits::Result<Sound>(path.Fault());
+    if (!sound)
+        Say(sound.Fault().text);
+    else if (const auto installed = Install(*path, *sound, warnings); !installed)
+        Say(installed.Fault().text);
+    else
         Say("program " + std::to_string(number) + ": " + path->stem().string());
 }
 

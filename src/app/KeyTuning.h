@@ -29,6 +29,8 @@ class KeyTuning {
     /// or if a host tunes the keys.
     bool Choose(const TuningChoice& change);
     const TuningChoice& Chosen() const { return parts.choice; }
+    /// Returns the files of the choice as they were read.
+    const TuningFiles& Files() const { return parts.files; }
     /// Returns the tuning that plays.
     const Tuning& Present() const { return present; }
     /// Returns the frequency of A4 in Hz as it was chosen, else as it plays; 0 if it is silent.

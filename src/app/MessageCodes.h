@@ -88,8 +88,8 @@ constexpr uint32 kNewsCode = FourCC("NEWS");
 constexpr uint32 kFollowProgramsCode = FourCC("PRGF");
 
 constexpr uint32 kAllChannelsCode = FourCC("MC_A");
-/// kNoSourceCode chooses no MIDI source. kFirstSourceCode plus the number of a source chooses that
-/// source.
+/// kNoSourceCode chooses no MIDI source. kFirstSourceCode plus the number of a source, from 1,
+/// chooses that source; kFirstSourceCode itself is the one that is waited for.
 constexpr uint32 kNoSourceCode = FourCC("MidO");
 constexpr uint32 kFirstSourceCode = FourCC("MD00");
 

@@ -5,7 +5,6 @@
 #include "documents/SoundDocument.h"
 #include "instrument/SoundParts.h"
 #include "kits/storage/FileReplacement.h"
-#include "kits/storage/ReadFile.h"
 #include "kits/storage/UserFolders.h"
 #include "kits/support/Quoted.h"
 
@@ -13,6 +12,7 @@
 #include <iterator>
 #include <set>
 #include <string_view>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -99,20 +99,6 @@ class Replacements {
         files.push_back(*std::move(file));
         return {};
     }
-    /// Adds the content of `from` as the new content of `to`, unless both are the same file. If
-    /// `from` cannot be read but is the file `copied`, its existing copy stays.
-    kits::Result<void> AddCopy(const std::optional<fs::path>& from, const fs::path& to,
-                               const std::optional<fs::path>& copied) {
-        std::error_code ignored;
-        if (!from || fs::equivalent(*from, to, ignored))
-            return {};
-        const kits::Result<std::string> content = kits::ReadFile(*from);
-        if (content)
-            return Add(to, *content);
-        if (from == copied && fs::exists(to, ignored))
-            return {};
-        return content.Fault();
-    }
     kits::Result<void> Commit() {
         for (kits::FileReplacement& file : files) {
             if (auto done = file.Commit(); !done)
@@ -148,7 +134,7 @@ bool TakeLine(const SettingLine& line, const fs::path& folder, Project& project)
 
 bool ProjectExists(const fs::path& folder) {
     std::error_code ignored;
-    return fs::exists(fs::symlink_status(folder, ignored));
+    return fs::exists(fs::symlink_status(folder / kSoundFile, ignored));
 }
 
 kits::Result<Project> ReadProject(const fs::path& folder, const AppOptions& options) {
@@ -173,26 +159,28 @@ kits::Result<Project> ReadProject(const fs::path& folder, const AppOptions& opti
     return project;
 }
 
-kits::Result<void> WriteProject(const fs::path& folder, const Project& project,
-                                const TuningChoice& copied) {
+kits::Result<void> WriteProject(const fs::path& folder, const Project& project) {
     if (auto made = kits::MakeUserFolder(folder); !made)
         return made;
     const TuningChoice& tuning = project.options.tuning;
     Replacements files;
-    if (auto added = files.AddCopy(tuning.scale, folder / kScaleFile, copied.scale); !added)
-        return added;
-    if (auto added = files.AddCopy(tuning.keymap, folder / kKeymapFile, copied.keymap); !added)
-        return added;
-    if (auto written = files.Add(folder / kSessionFile, SessionText(project)); !written)
-        return written;
-    if (auto written = files.Add(folder / kSoundFile, SoundText(project.sound)); !written)
-        return written;
+    for (const auto& [name, isThere, text] :
+         {std::tuple(kScaleFile, tuning.scale.has_value(), project.tuningFiles.scale),
+          std::tuple(kKeymapFile, tuning.keymap.has_value(), project.tuningFiles.keymap),
+          std::tuple(kSessionFile, true, SessionText(project)),
+          std::tuple(kSoundFile, true, SoundText(project.sound))}) {
+        if (!isThere)
+            continue;
+        if (auto added = files.Add(folder / name, text); !added)
+            return added;
+    }
     return files.Commit();
 }
 
 bool AreAlike(Project a, const Project& b) {
     a.windowShown = b.windowShown;
-    return SessionText(a) == SessionText(b) && AreAlike(a.sound, b.sound);
+    return SessionText(a) == SessionText(b) && a.tuningFiles == b.tuningFiles &&
+           AreAlike(a.sound, b.sound);
 }
 
 } // namespace vexa

@@ -21,6 +21,7 @@ class ScreenPiano {
 
     void Press(uchar key, uchar velocity);
     void Release(uchar key);
+    bool IsDown(uchar key) const { return down.contains(key); }
     /// Sets the hold. While it is on, released keys sound on: keys of this piano with every sound,
     /// other keys on its channel with sounds that have a pedal.
     void SetHold(bool on);

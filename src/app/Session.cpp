@@ -102,13 +102,15 @@ void Session::Answer(const std::string& request, const Result<void>& done, int32
 }
 
 void Session::TellOpened(const Result<void>& opened, bool isNew) {
+    kept = bool(opened);
     Answer(kOpen, opened, isNew ? kNotCreated : kBadProject);
 }
 
 void Session::Pulse(SessionClient& client) {
     while (const auto message = manager->Receive(std::chrono::milliseconds(0)))
         Take(*message, client);
-    Tell(toldChanged, client.ProjectHasChanged(), "/nsm/client/is_dirty", "/nsm/client/is_clean");
+    Tell(toldChanged, !kept || client.ProjectHasChanged(), "/nsm/client/is_dirty",
+         "/nsm/client/is_clean");
     if (hasWindow)
         Tell(toldShown, client.WindowIsShown(), "/nsm/client/gui_is_shown",
              "/nsm/client/gui_is_hidden");
@@ -117,15 +119,19 @@ void Session::Pulse(SessionClient& client) {
 
 void Session::Take(const OscMessage& message, SessionClient& client) {
     const std::string& path = message.path;
-    if (path == kSave)
-        Answer(path, client.SaveProject(), kNotCreated);
-    else if (path == kOpen)
+    if (path == kSave) {
+        const Result<void> saved = client.SaveProject();
+        kept = kept || saved;
+        Answer(path, saved, kNotCreated);
+    } else if (path == kOpen)
         Answer(path, kits::Error{"Vexa keeps to one project until it ends"}, kNotNow);
     else if (hasWindow && (path == kShow || path == kHide))
         client.ShowWindow(path == kShow);
     else if (const std::string* request = message.Text(0);
-             path == kReply && request && *request == kPing)
-        answered = Clock::now();
+             path == kReply && request && *request == kPing) {
+        answersPings = true;
+        unanswered.reset();
+    }
 }
 
 void Session::Tell(std::optional<bool>& reported, bool now, const char* ifTrue,
@@ -137,14 +143,16 @@ void Session::Tell(std::optional<bool>& reported, bool now, const char* ifTrue,
 }
 
 /// Pings the manager, as nothing else shows whether it still runs. Not every manager answers a
-/// ping, so only one that has answered before counts as gone when it is silent.
+/// ping, so only one that has answered before counts as gone when it is silent. Silence counts from
+/// a ping, as this program may have stood still and asked nothing.
 void Session::Ping() {
     const auto now = Clock::now();
     if (now - pinged >= patience.ping) {
         pinged = now;
+        unanswered = unanswered.value_or(now);
         manager->Send({kPing, {}});
     }
-    gone = answered && now - *answered > patience.silence;
+    gone = answersPings && unanswered && now - *unanswered > patience.silence;
 }
 
 } // namespace vexa

@@ -35,8 +35,8 @@ class Session {
     struct Patience {
         std::chrono::milliseconds welcome{3000};
         std::chrono::milliseconds project{10000};
-        /// The time between pings. A manager that has answered a ping, but none for `silence`, has
-        /// gone.
+        /// The time between pings. A manager that has answered a ping, but none since one that was
+        /// sent `silence` ago, has gone.
         std::chrono::milliseconds ping{5000};
         std::chrono::milliseconds silence{20000};
     };
@@ -50,13 +50,13 @@ class Session {
         return Join(url, hasWindow, Patience());
     }
 
-    /// The folder of the project, which does not exist yet if the project is new.
+    /// The folder of the project, which may be absent if the project is new.
     const std::filesystem::path& Project() const { return project; }
     /// The program's name in the session, which is to be its name in JACK too.
     const std::string& Name() const { return name; }
 
     /// Answers the request to open the project: that it is open, or why it cannot be opened or, if
-    /// `isNew`, created.
+    /// `isNew`, created. After that fault it counts as changed until it is saved.
     void TellOpened(const kits::Result<void>& opened, bool isNew);
 
     /// Fulfils the requests that the manager has sent since the last call, and tells it when the
@@ -82,11 +82,14 @@ class Session {
     const Patience patience;
     std::filesystem::path project;
     std::string name;
+    /// True once the project is in its folder.
+    bool kept = false;
     /// The states that the manager was told last.
     std::optional<bool> toldChanged, toldShown;
     Clock::time_point pinged;
-    /// The moment at which it last answered a ping.
-    std::optional<Clock::time_point> answered;
+    bool answersPings = false;
+    /// The moment of the first ping since its last answer.
+    std::optional<Clock::time_point> unanswered;
     bool gone = false;
 };
 

@@ -14,18 +14,30 @@ namespace vexa {
 SourceMenu::SourceMenu(const BMessenger& target, ComputerKeyboard& keyboard)
     : target(target), keyboard(keyboard), menu(new BPopUpMenu("midi source")) {}
 
-void SourceMenu::Fill(bool followsPrograms) {
-    menu->RemoveAll();
-    menu->AddItem(new BMenuItem("none", new BMessage(kNoSourceCode)));
+void SourceMenu::Fill(bool follows) {
+    followsPrograms = follows;
     std::string reason;
-    BMidiRoster* roster = BMidiRoster::MidiRoster(&reason);
-    if (!roster) {
-        std::fprintf(stderr, "vexa: there are no MIDI sources: %s\n", reason.c_str());
-        ErrorAlert("Where is the MIDI roster?!?", reason);
+    if (BMidiRoster* roster = BMidiRoster::MidiRoster(&reason)) {
+        List(*roster);
         return;
     }
+    menu->RemoveAll();
+    menu->AddItem(new BMenuItem("none", new BMessage(kNoSourceCode)));
+    std::fprintf(stderr, "vexa: there are no MIDI sources: %s\n", reason.c_str());
+    ErrorAlert("Where is the MIDI roster?!?", reason);
+}
+
+void SourceMenu::List(BMidiRoster& roster) {
+    menu->RemoveAll();
+    menu->AddItem(new BMenuItem("none", new BMessage(kNoSourceCode)));
+    BMidiProducer* const found = chosen.empty() ? nullptr : roster.FindProducer(chosen);
+    if (found)
+        found->Release();
+    else if (!chosen.empty())
+        menu->AddItem(
+            new BMenuItem(("waiting for " + chosen).c_str(), new BMessage(kFirstSourceCode)));
     int32 id = 0;
-    while (BMidiProducer* source = roster->NextProducer(&id)) {
+    while (BMidiProducer* source = roster.NextProducer(&id)) {
         const uint32 code = kFirstSourceCode + static_cast<uint32>(id);
         menu->AddItem(new BMenuItem(source->Name().c_str(), new BMessage(code)));
         source->Release();
@@ -40,7 +52,8 @@ void SourceMenu::Fill(bool followsPrograms) {
 
 void SourceMenu::Choose(const std::string& name) {
     chosen = name;
-    Connect();
+    if (BMidiRoster* roster = BMidiRoster::MidiRoster())
+        List(*roster);
 }
 
 void SourceMenu::ConnectTo(BMidiLocalConsumer& next) {
@@ -55,12 +68,15 @@ bool SourceMenu::Take(uint32 code) {
     }
     // Source numbers are small; codes far above belong to other messages.
     constexpr uint32 kMostSources = 1U << 16;
-    if (code <= kFirstSourceCode || code - kFirstSourceCode > kMostSources)
+    if (code < kFirstSourceCode || code - kFirstSourceCode > kMostSources)
         return false;
     const BMenuItem* item = menu->FindItem(code);
-    if (item)
+    if (!item)
+        return false;
+    // Who waits for a source goes on waiting.
+    if (code != kFirstSourceCode)
         Choose(item->Label());
-    return item != nullptr;
+    return true;
 }
 
 /// Connects the chosen source if it is there, disconnects another one, and marks the connected one
@@ -89,7 +105,7 @@ void SourceMenu::Connect() {
     if (source)
         source->Release();
     const uint32 code =
-        connected ? kFirstSourceCode + static_cast<uint32>(connected) : kNoSourceCode;
+        chosen.empty() ? kNoSourceCode : kFirstSourceCode + static_cast<uint32>(connected);
     if (BMenuItem* item = menu->FindItem(code))
         item->SetMarked(true);
 }

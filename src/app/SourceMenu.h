@@ -9,13 +9,14 @@
 
 class BMenu;
 class BMidiLocalConsumer;
+class BMidiRoster;
 
 namespace vexa {
 
 class ComputerKeyboard;
 
-/// Lists the sources, and keeps the one that the user has chosen connected to a consumer. Window
-/// thread.
+/// Lists the sources, and keeps the one that the user has chosen connected to a consumer. A chosen
+/// source that is not there has an item of its own, which says so. Window thread.
 class SourceMenu {
   public:
     /// Makes the menu, whose items send their messages to `target`. The keys of `keyboard`, which
@@ -38,12 +39,14 @@ class SourceMenu {
     bool Take(uint32 code);
 
   private:
+    void List(BMidiRoster& roster);
     void Connect();
 
     const BMessenger target;
     ComputerKeyboard& keyboard;
     BMenu* const menu;
     BMidiLocalConsumer* consumer = nullptr;
+    bool followsPrograms = false;
     /// The name of the source that the user has chosen, and the ID of the connected one (0 for
     /// none).
     std::string chosen;

@@ -28,7 +28,7 @@ void VexaWindow::Begin(std::unique_ptr<Session> joined, const Project& project,
     savedProject.options.voices = project.options.voices;
     savedProject.options.channel = project.options.channel.value_or(-1);
     if (isNew)
-        session->TellOpened(WriteProject(session->Project(), savedProject, {}), true);
+        session->TellOpened(WriteProject(session->Project(), savedProject), true);
 }
 
 /// Returns the project as it would be saved now.
@@ -41,6 +41,7 @@ Project VexaWindow::PresentProject() {
     project.options.channel = mainView->Graph().Consumer().Channel();
     project.options.midi = mainView->ChosenSource();
     project.options.tuning = mainView->KeyTuning().Chosen();
+    project.tuningFiles = mainView->KeyTuning().Files();
     project.options.programs = mainView->FollowsPrograms();
     project.options.playing = mainView->Played().Preferred();
     return project;
@@ -52,8 +53,7 @@ kits::Result<void> VexaWindow::SaveProject() {
         return {};
     mainView->EnterElsewhere();
     Project project = PresentProject();
-    const TuningChoice& copied = savedProject.options.tuning;
-    if (auto written = WriteProject(session->Project(), project, copied); !written) {
+    if (auto written = WriteProject(session->Project(), project); !written) {
         std::fprintf(stderr, "vexa: %s\n", written.Fault().text.c_str());
         return written;
     }

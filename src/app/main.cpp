@@ -112,12 +112,15 @@ int Run(const std::vector<std::string>& texts) {
         if (session)
             *options = session->project.options;
     }
-    const auto tuning = vexa::ReadTuning(options->tuning);
+    vexa::TuningParts parts;
+    const auto tuning = parts.Change(options->tuning);
     if (!tuning) {
         if (session)
             session->session->TellOpened(tuning.Fault(), false);
         return Fail(tuning.Fault().text, 1);
     }
+    if (session)
+        session->project.tuningFiles = parts.files;
     return Play(*options, *folders, *tuning, session ? &*session : nullptr);
 }
 

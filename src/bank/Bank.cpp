@@ -56,7 +56,7 @@ Bank::Stamp Bank::StampOf(const std::filesystem::path& path) {
     struct stat status {};
     if (path.empty() || ::stat(path.c_str(), &status) != 0)
         return {};
-    return {status.st_ino, status.st_mtim.tv_sec * 1'000'000'000LL + status.st_mtim.tv_nsec,
+    return {status.st_ino, status.st_ctim.tv_sec * 1'000'000'000LL + status.st_ctim.tv_nsec,
             status.st_size};
 }
 
@@ -69,28 +69,33 @@ void Bank::Work(const std::stop_token& stop) {
     }
 }
 
-/// Lists the sounds again, and reads those that are new or have changed.
+/// Lists the sounds again, and reads those that are new or have changed. Publishes the list if it
+/// differs from the last one.
 void Bank::Scan(const std::stop_token& stop) {
     std::unordered_map<std::string, Known> before;
     for (Known& each : known)
         before.emplace(each.entry->path.string(), std::move(each));
     known.clear();
+    std::size_t kept = 0;
     auto published = Clock::now();
     for (const std::filesystem::path& path : Programs(folders)) {
         if (stop.stop_requested())
             return;
         const auto found = before.find(path.string());
-        if (found != before.end() && IsSame(found->second, path))
+        if (found != before.end() && IsSame(found->second, path)) {
             known.push_back(std::move(found->second));
-        else
+            kept++;
+        } else {
             known.push_back(Read(path));
+        }
         // Only the first scan publishes parts; later the last complete list is shown meanwhile.
         if (before.empty() && Clock::now() - published > kPart) {
             Publish(false);
             published = Clock::now();
         }
     }
-    Publish(true);
+    if (!View()->listed || kept < known.size() || kept < before.size())
+        Publish(true);
 }
 
 Bank::Stamp Bank::StampOf(const std::optional<Function>& filed) const {

@@ -46,8 +46,9 @@ class Bank {
     void Hurry(std::vector<std::filesystem::path> paths);
 
   private:
-    /// Identifies a version of a file: its inode, modification time (ns) and length. A file with
-    /// another stamp is read again.
+    /// Identifies a version of a file: its inode, change time (ns) and length. A file with another
+    /// stamp is read again. The change time is the system's own; programs set the modification time
+    /// back, and it does not tell of new rights to read.
     struct Stamp {
         unsigned long inode = 0;
         long long time = 0;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tuning/TuningChoice.h"
 
+#include "kits/storage/ReadFile.h"
+
 #include <algorithm>
 
 namespace vexa {
@@ -33,14 +35,19 @@ Result<Tuning> TuningBy(const TuningParts& parts) {
 using ChosenFile = std::optional<std::filesystem::path>;
 
 /// Takes over a file, if one is given, and what `read` finds in it.
-template<class Part, class Read>
-Result<void> Take(const ChosenFile& given, Read read, ChosenFile& chosen, Part& part) {
+template<class Part, class Parse>
+Result<void> Take(const ChosenFile& given, Parse parse, ChosenFile& chosen, std::string& bytes,
+                  Part& part) {
     if (!given)
         return {};
     chosen = given->empty() ? std::nullopt : given;
-    const Result<Part> found = chosen ? read(*chosen) : Part();
+    const Result<std::string> content = chosen ? kits::ReadFile(*chosen) : std::string();
+    if (!content)
+        return content.Fault();
+    const Result<Part> found = chosen ? parse(*content, chosen->string()) : Part();
     if (!found)
         return found.Fault();
+    bytes = *content;
     part = *found;
     return {};
 }
@@ -48,9 +55,10 @@ Result<void> Take(const ChosenFile& given, Read read, ChosenFile& chosen, Part& 
 } // namespace
 
 Result<Tuning> TuningParts::Change(const TuningChoice& change) {
-    if (const auto taken = Take(change.scale, ReadScale, choice.scale, scale); !taken)
+    if (const auto taken = Take(change.scale, ParseScale, choice.scale, files.scale, scale); !taken)
         return taken.Fault();
-    if (const auto taken = Take(change.keymap, ReadKeymap, choice.keymap, keymap); !taken)
+    if (const auto taken = Take(change.keymap, ParseKeymap, choice.keymap, files.keymap, keymap);
+        !taken)
         return taken.Fault();
     if (change.a4)
         choice.a4 = *change.a4 > 0 ? change.a4 : std::nullopt;

@@ -9,6 +9,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <string>
 
 namespace vexa {
 
@@ -27,9 +28,18 @@ struct TuningChoice {
     bool operator==(const TuningChoice&) const = default;
 };
 
+/// The bytes of the Scala files of a choice; empty without a file.
+struct TuningFiles {
+    std::string scale;
+    std::string keymap;
+
+    bool operator==(const TuningFiles&) const = default;
+};
+
 /// A choice with its files as they were read, which need not be there any more. Any thread.
 struct TuningParts {
     TuningChoice choice;
+    TuningFiles files;
     Scale scale;
     Keymap keymap;
 

@@ -6,6 +6,7 @@
 #include "app/bar/RecordButton.h"
 #include "documents/SoundDocument.h"
 #include "kits/interface/backends/ViewWidget.h"
+#include "kits/midi/MidiLocalProducer.h"
 #include "views/Theme.h"
 #include "views/plane/PlaneOverlay.h"
 
@@ -121,12 +122,17 @@ TEST_F(BarTest, SaysTheVoicesToWhoCannotSeeThem) {
 
 TEST_F(BarTest, TellsWhyThereIsNoRecording) {
     Open();
+    // A name as long as those of sounds' files may be, which is cut at a character.
+    std::string name = "n";
+    while (name.size() < 251)
+        name += "ä";
+    view->NameSound(name);
     PressButton("Record");
     EXPECT_TRUE(Bar().IsRecording());
     PressButton("Record");
     EXPECT_FALSE(Bar().IsRecording());
     EXPECT_THAT(alerts.texts, ElementsAre("The recording is not complete."));
-    EXPECT_THAT(alerts.details, HasSubstr("default "));
+    EXPECT_THAT(alerts.details, HasSubstr("ä 20"));
     EXPECT_THAT(alerts.details, HasSubstr("no audio device played"));
     EXPECT_TRUE(fs::is_empty(In("recordings")));
     Pulse();
@@ -237,7 +243,20 @@ TEST_F(BarTest, DeviceAndMidiSourceAreChosenInOneMenu) {
     Bar().Refresh();
     EXPECT_EQ(Bar().DeviceMenu().Title(), "no sound");
 
+    // A source may come later.
+    view->ChooseSource("other");
+    EXPECT_EQ(view->DeviceMenu().Title(), "waiting for other");
+    Device("waiting for other").Choose();
+    test::Settle();
+    EXPECT_TRUE(Device("waiting for other").IsMarked());
+    {
+        BMidiLocalProducer other("other");
+        other.Register();
+        view->ChooseSource("other");
+        EXPECT_EQ(view->DeviceMenu().Title(), "other");
+    }
     view->ChooseSource("");
+    EXPECT_EQ(view->DeviceMenu().Title(), "none");
     EXPECT_FALSE(Device("Computer keyboard").IsMarked());
     Device("Computer keyboard").Choose();
     test::Settle();

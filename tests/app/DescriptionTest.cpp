@@ -349,17 +349,34 @@ TEST_F(DescriptionTest, SaysWhatItsControlsAreFor) {
         EXPECT_THAT(control->accessibleName().toStdString(), HasSubstr("the sound"));
     }
     EXPECT_EQ(count, 5U);
-    // A category that only a later version knows can be kept and chosen.
+}
+
+/// A category that only a later version knows can be kept and chosen.
+TEST_F(DescriptionTest, WhatIsOnlyLookedAtStaysAsItIs) {
+    OpenBoth();
     Sound later = view->ConstructSound();
-    later.info.category = "drone";
+    later.info.category = "none";
+    later.info.comment = "Loud\u00a0!\u2028Turn\u2029it\rdown";
     ASSERT_TRUE(vexa::WriteSound(In("sounds/later.xml"), later));
     view->LoadSound(In("sounds/later.xml"));
     Pulse();
-    EXPECT_EQ(Categories().Title(), "drone");
-    ChooseCategory("pad");
-    EXPECT_EQ(Info().category, "pad");
-    ChooseCategory("drone");
-    EXPECT_EQ(Info().category, "drone");
+    Described().Close();
+    Press(*window, Qt::Key_I);
+    EXPECT_EQ(Info(), later.info);
+    EXPECT_FALSE(view->Changed());
+    ChooseCategory("none");
+    EXPECT_EQ(Info().category, std::nullopt);
+    Categories().ItemAt(Categories().CountItems() - 1)->Choose();
+    test::Settle();
+    EXPECT_EQ(Info().category, "none");
+    // What is typed changes nothing beside it; the box ends its lines as others do.
+    Comment().MakeFocus();
+    Press(Described(), Qt::Key_End);
+    test::TypeKey(Described(), Qt::Key_Return, Qt::ShiftModifier);
+    test::Type(Described(), "!");
+    EXPECT_EQ(Comment().Text(), "Loud\u00a0!\u2028Turn\nit\ndown\n!");
+    test::TypeKey(Described(), Qt::Key_Escape);
+    EXPECT_EQ(Comment().Text(), later.info.comment);
 }
 
 } // namespace

@@ -85,11 +85,13 @@ TEST_F(DrawerTest, FindsShowsAndLoadsSounds) {
     LookFor("");
     // The name under the pointer is shown, also after other rows have moved there.
     const BPoint second = {100, 80};
-    list.MouseMoved(second, B_INSIDE_VIEW, nullptr);
-    EXPECT_STRNE(list.ToolTip(), "");
     LookFor("glass rings");
     list.MouseMoved(second, B_INSIDE_VIEW, nullptr);
     EXPECT_STREQ(list.ToolTip(), "") << "there is no second row";
+    LookFor("");
+    EXPECT_STRNE(list.ToolTip(), "");
+    LookFor("glass rings");
+    EXPECT_STREQ(list.ToolTip(), "");
     // Down goes from the search to the list, and Escape shows all sounds again.
     drawer->SearchField().MakeFocus();
     test::TypeKey(*window, Qt::Key_Down);
@@ -185,6 +187,14 @@ TEST_F(DrawerTest, PreviousAndNextGoThroughWhatIsListedAndPassBrokenOnesOver) {
     list.Activate(broken);
     Settle();
     EXPECT_EQ(view->SoundName(), "default");
+    // Nor does it become a favourite, as it shows no star.
+    int stars = 0;
+    drawer->SetFavourites({}, [&](const vexa::Favourites&) { stars++; });
+    list.MakeFocus();
+    test::TypeKey(*window, Qt::Key_D, Qt::ControlModifier);
+    const BRect row = list.DescribePart(broken).frame;
+    test::Click(list, {row.right - 12, row.top + 16});
+    EXPECT_EQ(stars, 0);
     list.Activate(broken - 1);
     Settle();
     test::TypeKey(*window, Qt::Key_PageDown);

@@ -7,7 +7,6 @@
 #include "support/Command.h"
 #include "support/Environment.h"
 #include "support/SessionManager.h"
-#include "tuning/TuningChoice.h"
 
 #include <gmock/gmock.h>
 
@@ -18,6 +17,8 @@ using test::kScale;
 using testing::HasSubstr;
 using vexa::AppOptions;
 using vexa::Session;
+
+constexpr const char* kOtherScale = "! t.scl\n!\nthird\n 2\n!\n 5/4\n 2/1\n";
 
 class SessionTest : public test::MainViewTest {
   protected:
@@ -79,6 +80,11 @@ TEST_F(SessionTest, RemembersAll) {
         [&] { view->DescribeSound("Anna", view->Played().State().info, "author"); },
         [&] { view->FollowPrograms(true); },
         [&] { view->NameSound("Zoë = 1"); },
+        [&] {
+            // What plays is saved, whatever has become of its file.
+            view->KeyTuning().Choose({folder.Write("t.scl", kOtherScale), {}, {}});
+            folder.Write("t.scl", "! t.scl\n!\n");
+        },
     };
     for (const auto& change : changes) {
         change();
@@ -88,7 +94,7 @@ TEST_F(SessionTest, RemembersAll) {
         EXPECT_TRUE(ManagerHears("/nsm/client/is_clean"));
     }
     EXPECT_FALSE(view->Changed());
-    EXPECT_EQ(*kits::ReadFile(folder.Path() / "session/Vexa.nTEST/scale.scl"), kScale);
+    EXPECT_EQ(*kits::ReadFile(folder.Path() / "session/Vexa.nTEST/scale.scl"), kOtherScale);
 
     manager.Send("/nsm/client/hide_optional_gui");
     EXPECT_TRUE(ManagerHears("/nsm/client/gui_is_hidden"));
@@ -136,19 +142,6 @@ TEST_F(SessionTest, WhatGoesWrongIsAnsweredAndLeavesTheProjectAsItWas) {
     EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("could not write"));
     EXPECT_EQ(*kits::ReadFile(place / "sound.xml"), sound);
     std::filesystem::remove(place / "session");
-    // The copy of another scale does not replace a scale that disappeared before it was saved.
-    const auto choose = [&](const char* scale) {
-        view->KeyTuning().Choose({folder.Write(scale, kScale), {}, {}});
-        std::filesystem::remove(folder.Path() / scale);
-        manager.Send("/nsm/client/save");
-        EXPECT_TRUE(
-            ManagerHears("/error /nsm/client/save -10 could not read " + In(scale).string()));
-    };
-    choose("first.scl");
-    folder.Write("first.scl", kScale);
-    manager.Send("/nsm/client/save");
-    EXPECT_TRUE(ManagerHears("/reply /nsm/client/save"));
-    choose("second.scl");
 
     FinishAddon();
     const test::EnvironmentVariable url("NSM_URL", manager.Url().c_str());
@@ -234,7 +227,7 @@ TEST_F(SessionTest, AWindowWhoseManagerHasGoneIsShownAndIsAsAnyOther) {
     auto other = std::make_unique<test::SessionManager>(folder.Path() / "other");
     auto joined = Session::Join(
         other->Url(), true,
-        {milliseconds(5000), milliseconds(5000), milliseconds(10), milliseconds(300)});
+        {milliseconds(5000), milliseconds(5000), milliseconds(200), milliseconds(1000)});
     ASSERT_TRUE(joined);
     window = new vexa::VexaWindow({64, 100, 999, 610}, folders);
     vexa::Project hidden;
@@ -248,12 +241,20 @@ TEST_F(SessionTest, AWindowWhoseManagerHasGoneIsShownAndIsAsAnyOther) {
     EXPECT_TRUE(other->Hears("/osc/ping", pulse));
     EXPECT_TRUE(other->Hears("/osc/ping", pulse));
     EXPECT_TRUE(window->InSession());
+    // A window that stood still has not asked.
+    const auto pulseFor = [&](int atMost) {
+        for (int i = 0; i < atMost && window->InSession(); i++) {
+            pulse();
+            std::this_thread::sleep_for(milliseconds(5));
+        }
+    };
+    pulseFor(10);
+    std::this_thread::sleep_for(milliseconds(1100));
+    pulseFor(1);
+    EXPECT_TRUE(window->InSession());
     other.reset();
     testing::internal::CaptureStderr();
-    for (int i = 0; i < 1000 && window->InSession(); i++) {
-        pulse();
-        std::this_thread::sleep_for(milliseconds(5));
-    }
+    pulseFor(1000);
     EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("session manager has gone"));
     EXPECT_FALSE(window->InSession());
     EXPECT_FALSE(window->IsHidden());
@@ -261,28 +262,43 @@ TEST_F(SessionTest, AWindowWhoseManagerHasGoneIsShownAndIsAsAnyOther) {
 }
 
 TEST_F(SessionTest, WithoutAWindowItIsTheSame) {
-    const auto play = [&](std::vector<std::string> arguments) {
+    const auto place = folder.Path() / "session/Vexa.nTEST";
+    const auto play = [&](std::vector<std::string> arguments, const std::string& answer,
+                          const char* state) {
         arguments.insert(arguments.begin(),
                          {VEXA_PROGRAM_FOLDER "/vexa", "--no-window", "--audio", "none"});
         const test::EnvironmentVariable url("NSM_URL", manager.Url().c_str());
         return test::RunCommand(arguments, [&](pid_t child) {
             EXPECT_TRUE(manager.Hears("/nsm/server/announce Vexa :dirty: vexa 1 0 "));
-            EXPECT_TRUE(manager.Hears("/reply /nsm/client/open"));
-            EXPECT_TRUE(manager.Hears("/nsm/client/is_clean"));
-            std::filesystem::remove(In("s.scl"));
+            EXPECT_TRUE(manager.Hears(answer + " /nsm/client/open"));
+            EXPECT_TRUE(manager.Hears(state));
+            folder.Write("s.scl", "! s.scl\n!\n");
             manager.Send("/nsm/client/save");
-            EXPECT_TRUE(manager.Hears("/reply /nsm/client/save"));
+            EXPECT_TRUE(manager.Hears(answer + " /nsm/client/save"));
             ::kill(child, SIGTERM);
         });
     };
+    // What is left of a first save that failed is no project.
+    std::filesystem::create_directories(place / "session");
+    EXPECT_EQ(play({}, "/error", "is_dirty").exitCode, 0);
+    std::filesystem::remove(place / "session");
     const std::string scale = folder.Write("s.scl", kScale);
-    EXPECT_EQ(play({"--voices", "3", "--glide", "0.5", "--tuning", scale}).exitCode, 0);
-    EXPECT_EQ(play({}).exitCode, 0);
-    const auto read = vexa::ReadProject(folder.Path() / "session/Vexa.nTEST", {});
+    const auto played =
+        play({"--voices", "3", "--glide", "0.5", "--tuning", scale}, "/reply", "is_clean");
+    EXPECT_EQ(played.exitCode, 0);
+    // A sample may be missing for a while.
+    folder.Write(place / "sound.xml",
+                 "<vexasound><vexasamplefunction><samplefile>gone.wav</samplefile>"
+                 "</vexasamplefunction></vexasound>");
+    const auto silent = play({}, "/reply", "is_clean");
+    EXPECT_EQ(silent.exitCode, 0);
+    EXPECT_THAT(silent.text, HasSubstr("gone.wav"));
+    const auto read = vexa::ReadProject(place, {});
     ASSERT_TRUE(read) << read.Fault().text;
+    EXPECT_EQ(read->sound.function.sampleFile, "gone.wav");
+    EXPECT_EQ(read->soundName, "default");
     EXPECT_EQ(read->options.voices, 3);
-    EXPECT_THAT(*kits::ReadFile(folder.Path() / "session/Vexa.nTEST/session"),
-                HasSubstr("glide = 0.5\n"));
+    EXPECT_THAT(*kits::ReadFile(place / "session"), HasSubstr("glide = 0.5\n"));
 }
 
 /// A new session saves the sound that plays.

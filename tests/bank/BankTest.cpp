@@ -11,6 +11,7 @@
 #include "synth/ParameterTable.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdlib>
@@ -84,7 +85,7 @@ class BankTest : public testing::Test {
     const kits::ProgramFolders folders{folder.Path() / "own", folder.Path() / "shipped"};
     std::mutex mutex;
     std::condition_variable changed;
-    int changes = 0;
+    std::atomic<int> changes = 0;
     std::unique_ptr<Bank> bank;
 };
 
@@ -211,6 +212,19 @@ TEST_F(BankTest, FollowsTheFilesAndReadsOnlyWhatHasChanged) {
     const auto third =
         Await([](const BankView& view) { return view.sounds.at(2)->name == "Mine too"; });
     EXPECT_NE(third->sounds[2]->picture, second->sounds[2]->picture);
+    // A scan that finds nothing new is not news.
+    const int before = changes;
+    folder.Write("own/sounds/notes.txt", "");
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    EXPECT_EQ(changes, before);
+    // Neither the length nor the time of writing tells of a change in place, nor of new rights.
+    const auto written = fs::last_write_time(mine);
+    folder.Write(mine, SoundText(Named("Mine two", "pad", "", "x")));
+    fs::last_write_time(mine, written);
+    const auto fourth =
+        Await([](const BankView& view) { return view.sounds.at(2)->name == "Mine two"; });
+    fs::permissions(mine, fs::perms::owner_read);
+    Await([&](const BankView& view) { return view.sounds.at(2) != fourth->sounds[2]; });
     fs::remove(mine);
     AwaitSounds(2);
     // The whole folder disappears and comes back.

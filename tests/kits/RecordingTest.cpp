@@ -125,6 +125,13 @@ TEST_F(RecordingTest, AnEmptyOrIncompleteOneReplacesNone) {
         const std::filesystem::path third = folder.Path() / ("a (3)" + ending);
         EXPECT_NE(testing::internal::GetCapturedStderr().find(third.string()), std::string::npos);
         EXPECT_EQ(test::ReadSound(third, 0).values.size(), 10'000U);
+        const auto careful = Begin(old.filename().c_str());
+        careful->LeaveOthers();
+        careful->TakeRate(48000);
+        PutNoise(*careful, 0, 5000);
+        EXPECT_EQ(Fault(*careful), "");
+        EXPECT_EQ(careful->Path(), folder.Path() / ("a (4)" + ending));
+        EXPECT_EQ(test::ReadSound(careful->Path(), 0).values.size(), 10'000U);
         EXPECT_EQ(test::Contents(old), "a good one");
         const auto whole = Begin(old.filename().c_str());
         whole->TakeRate(48000);
@@ -132,7 +139,7 @@ TEST_F(RecordingTest, AnEmptyOrIncompleteOneReplacesNone) {
         EXPECT_EQ(Fault(*whole), "");
         EXPECT_EQ(test::ReadSound(old, 0).values.size(), 10'000U);
     }
-    EXPECT_EQ(Files(), 9U);
+    EXPECT_EQ(Files(), 12U);
 }
 
 TEST_F(RecordingTest, CanBeReadBeforeItIsFinished) {

@@ -2,6 +2,7 @@
 #include "app/bar/WindowRecorder.h"
 
 #include "audio/AudioGraph.h"
+#include "kits/storage/FileName.h"
 
 #include <array>
 #include <cstdio>
@@ -23,6 +24,19 @@ std::string Now() {
     return {text.data(), length};
 }
 
+/// Room in a file's name for a number such as " (99)", in bytes.
+constexpr std::size_t kNumberRoom = 5;
+
+/// Returns the characters of a text in UTF-8 that fit into `most` bytes.
+std::string FirstOf(const std::string& text, std::size_t most) {
+    if (text.size() <= most)
+        return text;
+    // The bytes of a character after its first one are 10xxxxxx.
+    while (most > 0 && (static_cast<unsigned char>(text[most]) & 0xC0) == 0x80)
+        most--;
+    return text.substr(0, most);
+}
+
 } // namespace
 
 WindowRecorder::WindowRecorder(AudioGraph& graph, kits::ProgramFolders folders)
@@ -41,16 +55,16 @@ kits::Result<void> WindowRecorder::Begin(const std::string& soundName) {
     std::filesystem::create_directories(folder, fault);
     if (fault)
         return kits::Error{folder.string() + ": " + fault.message()};
-    const std::string stem = (soundName.empty() ? "sound" : soundName) + " " + Now();
-    path = folder / (stem + ".wav");
-    // The name can exist already: from the same second, or after the clock was set back, as in
-    // autumn.
-    for (int number = 2; std::filesystem::exists(path, fault); number++)
-        path = folder / (stem + " (" + std::to_string(number) + ").wav");
-    auto begun = kits::Recording::Begin(path);
+    const std::string ending = " " + Now() + ".wav";
+    const std::string stem = FirstOf(soundName.empty() ? "sound" : soundName,
+                                     kits::kLongestFileName - kNumberRoom - ending.size());
+    auto begun = kits::Recording::Begin(folder / (stem + ending));
     if (!begun)
         return begun.Fault();
     recording = *std::move(begun);
+    // The name can exist by the end: from the same second, by another program too, or after the
+    // clock was set back, as in autumn.
+    recording->LeaveOthers();
     graph.Record(recording.get());
     return {};
 }
@@ -60,7 +74,7 @@ kits::Result<std::filesystem::path> WindowRecorder::End() {
     const std::unique_ptr<kits::Recording> ended = std::move(recording);
     if (const auto finished = ended->Finish(); !finished)
         return finished.Fault();
-    return path;
+    return ended->Path();
 }
 
 } // namespace vexa

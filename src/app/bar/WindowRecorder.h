@@ -39,7 +39,6 @@ class WindowRecorder {
   private:
     AudioGraph& graph;
     const kits::ProgramFolders folders;
-    std::filesystem::path path;
     std::unique_ptr<kits::Recording> recording;
 };
 

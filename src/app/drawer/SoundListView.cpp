@@ -67,6 +67,8 @@ void SoundListView::SetRows(SoundList next, std::string emptyText) {
         }
     }
     ScrollTo(scroll);
+    if (pointer)
+        Hover(RowAt(*pointer));
     DescriptionChanged();
     Invalidate();
 }
@@ -155,7 +157,7 @@ void SoundListView::MouseDown(BPoint where) {
     const std::optional<std::size_t> row = RowAt(where);
     if (!row)
         return;
-    if (StarFrame(*row).InsetByCopy(-4, -4).Contains(where)) {
+    if (HasStar(*row) && StarFrame(*row).InsetByCopy(-4, -4).Contains(where)) {
         callbacks.toggleFavourite(*rows[*row]);
         return;
     }
@@ -165,7 +167,8 @@ void SoundListView::MouseDown(BPoint where) {
 }
 
 void SoundListView::MouseMoved(BPoint where, uint32 transit, const BMessage*) {
-    Hover(transit == B_EXITED_VIEW ? std::nullopt : RowAt(where));
+    pointer = transit == B_EXITED_VIEW ? std::nullopt : std::optional(where);
+    Hover(pointer ? RowAt(where) : std::nullopt);
 }
 
 void SoundListView::Hover(std::optional<std::size_t> row) {
@@ -192,7 +195,7 @@ bool SoundListView::WheelMoved(BPoint where, BPoint steps) {
 bool SoundListView::KeyDown(const kits::KeyPress& press) {
     using kits::Key;
     if (press.modifiers & B_CONTROL_KEY && press.character == U'D') {
-        if (cursor < rows.size())
+        if (cursor < rows.size() && HasStar(cursor))
             callbacks.toggleFavourite(*rows[cursor]);
         return true;
     }

@@ -15,9 +15,9 @@
 namespace vexa {
 
 /// The list has a row for each sound: its picture, name, tags and category, and a star for
-/// favourites. A sound that cannot be loaded is dim and shows the reason. A click, or Enter on the
-/// cursor's row, loads the sound; a click on the star, or Ctrl+D, adds it to the favourites or
-/// removes it. Only visible rows are drawn. Window thread.
+/// favourites. A sound that cannot be loaded is dim and shows the reason, without a star. A click,
+/// or Enter on the cursor's row, loads the sound; a click on the star, or Ctrl+D, adds it to the
+/// favourites or removes it. Only visible rows are drawn. Window thread.
 class SoundListView : public BView {
   public:
     /// The functions of the owner that the list calls.
@@ -69,6 +69,7 @@ class SoundListView : public BView {
 
   private:
     BRect RowFrame(std::size_t row) const;
+    bool HasStar(std::size_t row) const { return rows[row]->fault.empty(); }
     BRect StarFrame(std::size_t row) const;
     std::optional<std::size_t> RowAt(BPoint where) const;
     float Content() const;
@@ -86,6 +87,8 @@ class SoundListView : public BView {
     std::filesystem::path loaded;
     bool loadedChanged = false;
     std::size_t cursor = 0;
+    /// The pointer while it is over the view, and the row under it.
+    std::optional<BPoint> pointer;
     std::optional<std::size_t> hovered;
     /// The height of the rows above the top of the view, in pixels.
     float scroll = 0;

@@ -222,6 +222,9 @@ void Piano::Activate(std::optional<std::size_t> part) {
     const int key = part && *part < seen.size() ? seen[*part] : chosen;
     chosen = key;
     DescriptionChanged();
+    // What silences all has released the key too.
+    if (played && !mainView.Piano().IsDown(static_cast<uchar>(*played)))
+        played.reset();
     Play(played == key ? std::nullopt : std::optional(key), kUsualVelocity);
 }
 

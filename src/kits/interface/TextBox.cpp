@@ -44,6 +44,8 @@ class TextBox::Lines : public QPlainTextEdit {
                    (undoes && !(mayUndo && document()->isUndoAvailable())) ||
                    (event->matches(QKeySequence::Redo) && !document()->isRedoAvailable())) {
             event->ignore();
+        } else if (event->matches(QKeySequence::InsertLineSeparator)) {
+            insertPlainText("\n");
         } else {
             QPlainTextEdit::keyPressEvent(event);
         }
@@ -83,19 +85,24 @@ TextBox::~TextBox() {
     lines->Retire();
 }
 
-std::string TextBox::Text() const {
-    return lines->toPlainText().toStdString();
+/// Returns the text of the lines. toPlainText would make other characters of some, such as spaces
+/// of those that do not break.
+std::string TextBox::Shown() const {
+    QString text = lines->document()->toRawText();
+    return text.replace(QChar::ParagraphSeparator, '\n').toStdString();
 }
 
 void TextBox::SetText(std::string_view text) {
-    confirmed = text;
     // If the box already shows this text, the cursor and the typing to undo stay.
-    if (IsEdited())
+    if (Text() != text)
         lines->setPlainText(ToQt(text));
+    confirmed = text;
+    shown = Shown();
 }
 
 void TextBox::Confirm() {
     confirmed = Text();
+    shown = Shown();
     if (!Message())
         return;
     BMessage message = *Message();

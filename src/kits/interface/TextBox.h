@@ -22,11 +22,12 @@ class TextBox : public BControl {
 
     /// Returns the text that was last confirmed or set.
     const std::string& Confirmed() const { return confirmed; }
-    /// Returns the text that the box shows, confirmed or not.
-    std::string Text() const;
+    /// Returns the text that the box shows, confirmed or not. Lines end with '\n', but a text that
+    /// was set and not edited is returned as it is, whatever ends its lines.
+    std::string Text() const { return IsEdited() ? Shown() : confirmed; }
     /// Sets the text, which counts as confirmed, without sending a message.
     void SetText(std::string_view text);
-    bool IsEdited() const { return Text() != confirmed; }
+    bool IsEdited() const { return Shown() != shown; }
     /// Confirms the text and sends the message.
     void Confirm();
     /// Shows the box as invalid, or as valid again.
@@ -35,8 +36,12 @@ class TextBox : public BControl {
   private:
     class Lines;
 
+    std::string Shown() const;
+
     Lines* lines;
     std::string confirmed;
+    /// What Shown returns while the confirmed text is shown.
+    std::string shown;
 };
 
 } // namespace kits

@@ -224,22 +224,18 @@ Result<void> Recording::Conclude() {
     if (lostFrames > 0)
         fault += (fault.empty() ? path.string() + ": " : "; ") + std::to_string(lostFrames) +
                  " frames are missing, as the disk was too slow";
-    const auto kept = [&](const std::filesystem::path& place) {
-        return Error{fault + "; what was recorded is in " + place.string()};
-    };
-    if (fault.empty()) {
-        const Result<void> committed = file.Commit();
-        if (committed)
-            return {};
-        fault = committed.Fault().text;
-        return kept(file.Keep());
+    Result<std::filesystem::path> place = path;
+    if (!fault.empty() || leavesOthers)
+        place = file.CommitBeside();
+    else if (const Result<void> committed = file.Commit(); !committed)
+        place = committed.Fault();
+    if (place && fault.empty()) {
+        path = *place;
+        return {};
     }
-    const Result<std::filesystem::path> place = file.CommitBeside();
-    if (!place) {
-        fault += "; " + place.Fault().text;
-        return kept(file.Keep());
-    }
-    return kept(*place);
+    if (!place)
+        fault += (fault.empty() ? "" : "; ") + place.Fault().text;
+    return Error{fault + "; what was recorded is in " + (place ? *place : file.Keep()).string()};
 }
 
 std::string Recording::Remark() const {

@@ -38,6 +38,10 @@ class Recording {
     Recording(const Recording&) = delete;
     Recording& operator=(const Recording&) = delete;
 
+    /// Leaves a file that has the recording's name by its end, and gives it a free name beside that
+    /// file. Before Close.
+    void LeaveOthers() { leavesOthers = true; }
+
     /// Announces that a device of this rate, in frames per second, is about to play. The first call
     /// begins the file; a later one with another rate ends the recording, which Finish reports.
     void TakeRate(double rate);
@@ -60,6 +64,8 @@ class Recording {
     /// missing in it. An incomplete file replaces none: if there is one of its name, it gets a name
     /// of its own, which the error tells.
     Result<void> Finish();
+    /// Returns the path of the file, which LeaveOthers may change with the end.
+    const std::filesystem::path& Path() const { return path; }
 
     /// Returns what the listener of a finished recording should know; empty if there is nothing.
     std::string Remark() const;
@@ -80,6 +86,7 @@ class Recording {
     SoundFileFormat format;
     FileReplacement file;
     const std::uint64_t reserve;
+    bool leavesOthers = false;
     int rate = 0;
     /// The reason why nothing more is kept, whichever came first, and its guard, which no real-time
     /// thread takes.

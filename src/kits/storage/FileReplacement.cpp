@@ -97,6 +97,20 @@ int TakeOver(const char* old, const struct stat& status, int descriptor) {
     return TakeOverAttributes(old, descriptor);
 }
 
+/// Renames a file unless there is another one of the new name, even one that has come just now;
+/// errno is EEXIST then. Not every file system can do that in one step.
+bool RenameBeside(const fs::path& from, const fs::path& to) {
+    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0)
+        return true;
+    if (errno != EINVAL && errno != ENOSYS)
+        return false;
+    if (::access(to.c_str(), F_OK) == 0) {
+        errno = EEXIST;
+        return false;
+    }
+    return ::rename(from.c_str(), to.c_str()) == 0;
+}
+
 } // namespace
 
 Result<FileReplacement> FileReplacement::Create(const fs::path& path) {
@@ -149,12 +163,19 @@ Result<void> FileReplacement::Write(std::string_view bytes) {
     return {};
 }
 
-Result<void> FileReplacement::Commit() {
+/// Flushes the content to the disk and closes the file.
+Result<void> FileReplacement::Complete() {
     // EINVAL: the file system has no fsync, so there is nothing to wait for.
     if (::fsync(Descriptor()) != 0 && errno != EINVAL)
         return Failure(errno);
     if (!descriptor.Close())
         return Failure(errno);
+    return {};
+}
+
+Result<void> FileReplacement::Commit() {
+    if (auto completed = Complete(); !completed)
+        return completed;
     if (::rename(temporary.c_str(), target.c_str()) != 0)
         return Failure(errno);
     temporary.clear();
@@ -162,13 +183,16 @@ Result<void> FileReplacement::Commit() {
 }
 
 Result<fs::path> FileReplacement::CommitBeside() {
-    std::error_code ignored;
+    if (const auto completed = Complete(); !completed)
+        return completed.Fault();
     const fs::path named = target;
-    for (int number = 2; fs::exists(target, ignored); number++)
+    for (int number = 2; !RenameBeside(temporary, target); number++) {
+        if (errno != EEXIST)
+            return Failure(errno);
         target = named.parent_path() / (named.stem().string() + " (" + std::to_string(number) +
                                         ")" + named.extension().string());
-    if (const Result<void> committed = Commit(); !committed)
-        return committed.Fault();
+    }
+    temporary.clear();
     return target;
 }
 

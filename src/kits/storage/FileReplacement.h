@@ -45,6 +45,7 @@ class FileReplacement {
 
   private:
     FileReplacement() = default;
+    Result<void> Complete();
     Error Failure(int number) const;
     Error Failure(const char* reason) const;
 

@@ -17,7 +17,8 @@ namespace kits {
 namespace {
 
 constexpr std::uint32_t kEvents = IN_CREATE | IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM |
-                                  IN_DELETE | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
+                                  IN_DELETE | IN_DELETE_SELF | IN_MOVE_SELF | IN_ATTRIB |
+                                  IN_ONLYDIR;
 
 /// Waits until one of the descriptors is readable, without reading it; returns false after
 /// `atMost`.

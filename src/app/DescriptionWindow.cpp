@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/DescriptionWindow.h"
 
+#include "app/Shortcuts.h"
 #include "app/VexaView.h"
-#include "app/VexaWindow.h"
 #include "documents/PlayingElement.h"
 #include "kits/interface/Menu.h"
 #include "kits/interface/TextBox.h"
@@ -181,7 +181,7 @@ bool DescriptionWindow::TakeShortcut(const kits::KeyPress& press) {
         return true;
     }
     // Any other key, such as Shift, leaves alone what is being typed.
-    if (VexaWindow::IsShortcut(press))
+    if (ShortcutCode(press))
         EnterTyped();
     return main.TakeShortcut(press);
 }

@@ -7,6 +7,7 @@
 #include "app/FieldId.h"
 #include "app/MainMenu.h"
 #include "app/MessageCodes.h"
+#include "app/Shortcuts.h"
 #include "app/VexaView.h"
 #include "app/bar/BarView.h"
 #include "app/drawer/Drawer.h"
@@ -351,12 +352,6 @@ void VexaWindow::TogglePart(Part part) {
     mainView->Remembered().Set(part == Part::Drawer ? kDrawerSetting : kStripSetting, show);
 }
 
-/// Loads the sound that many places further in the drawer's list.
-void VexaWindow::Step(int places) {
-    if (sounds)
-        sounds->Step(places);
-}
-
 void VexaWindow::ChooseDark(bool on) {
     SetDark(on);
     mainView->Remembered().Set(kColorsSetting, std::string(on ? kDarkColors : kLightColors));
@@ -399,41 +394,10 @@ void VexaWindow::ShowSounds() {
     ShowOnDesktop(folder, "The folder cannot be shown. It is\n");
 }
 
-/// A key with a function in the window and in that which describes the sound.
-struct VexaWindow::Shortcut {
-    kits::Key key;
-    /// The character of a key of kind Character, else 0.
-    char32_t character;
-    uint32 modifiers;
-    void (*act)(VexaWindow& window);
-};
-
-/// Returns null if the press is no shortcut.
-const VexaWindow::Shortcut* VexaWindow::Find(const kits::KeyPress& press) {
-    using kits::Key;
-    static constexpr Shortcut kShortcuts[] = {
-        {Key::Character, U'I', B_CONTROL_KEY, [](VexaWindow& w) { w.ShowDescription(); }},
-        {Key::Character, U'S', B_CONTROL_KEY, [](VexaWindow& w) { w.mainView->SaveAgain(); }},
-        {Key::Character, U'Z', B_CONTROL_KEY, [](VexaWindow& w) { w.mainView->Undo(); }},
-        {Key::Character, U'Z', B_CONTROL_KEY | B_SHIFT_KEY,
-         [](VexaWindow& w) { w.mainView->Redo(); }},
-        {Key::PageUp, 0, 0, [](VexaWindow& w) { w.Step(-1); }},
-        {Key::PageDown, 0, 0, [](VexaWindow& w) { w.Step(1); }},
-        {Key::F1, 0, 0, [](VexaWindow& w) { w.ShowManual(); }},
-        {Key::F9, 0, 0, [](VexaWindow& w) { w.TogglePart(Part::Drawer); }},
-        {Key::F10, 0, 0, [](VexaWindow& w) { w.TogglePart(Part::Strip); }},
-        {Key::F11, 0, 0, [](VexaWindow& w) { w.ChooseClassic(!w.classic); }},
-    };
-    const auto* const found = std::ranges::find_if(kShortcuts, [&](const Shortcut& shortcut) {
-        return shortcut.key == press.key && shortcut.modifiers == press.modifiers &&
-               (shortcut.character == 0 || shortcut.character == press.character);
-    });
-    return found == std::end(kShortcuts) ? nullptr : found;
-}
-
 bool VexaWindow::TakeShortcut(const kits::KeyPress& press) {
-    if (const Shortcut* const shortcut = Find(press)) {
-        shortcut->act(*this);
+    if (const auto code = ShortcutCode(press)) {
+        BMessage message(*code);
+        MessageReceived(&message);
         return true;
     }
     return mainView->Overlay().TakeShortcut(press);
@@ -498,7 +462,8 @@ void VexaWindow::MessageReceived(BMessage* message) {
         break;
     case kPreviousSoundCode:
     case kNextSoundCode:
-        Step(message->what == kNextSoundCode ? 1 : -1);
+        if (sounds)
+            sounds->Step(message->what == kNextSoundCode ? 1 : -1);
         break;
     default:
         if (IsCommand(message->what))

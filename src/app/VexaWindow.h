@@ -87,8 +87,6 @@ class VexaWindow : public BWindow, private SessionClient {
 
     void MessageReceived(BMessage* message) override;
     bool TakeShortcut(const kits::KeyPress& press) override;
-    /// Returns whether the press is one of the window's shortcuts; those of the plane do not count.
-    static bool IsShortcut(const kits::KeyPress& press) { return Find(press) != nullptr; }
     void FrameResized(float width, float height) override;
     bool QuitRequested() override;
 
@@ -112,8 +110,6 @@ class VexaWindow : public BWindow, private SessionClient {
         bool wanted = true;
     };
 
-    struct Shortcut;
-    static const Shortcut* Find(const kits::KeyPress& press);
     Pane& PaneOf(Part part) { return part == Part::Drawer ? drawer : strip; }
     const Pane& PaneOf(Part part) const { return part == Part::Drawer ? drawer : strip; }
     bool Takes(const Pane& pane) const { return pane.view && pane.wanted && !classic; }
@@ -127,7 +123,6 @@ class VexaWindow : public BWindow, private SessionClient {
     void ShowSounds();
     void ChooseClassic(bool on);
     void TogglePart(Part part);
-    void Step(int places);
     void ChooseDark(bool on);
     void ChooseSize(const BMessage& message);
     float NeededWidth() const;

@@ -11,8 +11,8 @@
 namespace kits {
 
 /// Watches the files directly in some folders for being made, written to, moved or removed, and for
-/// other rights and times. A folder may be absent, may appear or disappear, and its path may come to
-/// name another one. All functions but Wake are for one thread at a time.
+/// other rights and times. A folder may be absent, may appear or disappear, and its path may come
+/// to name another one. All functions but Wake are for one thread at a time.
 class FolderWatch {
   public:
     /// The interval at which paths are looked up again, and at which a folder that cannot be

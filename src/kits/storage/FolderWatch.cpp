@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <utility>
@@ -50,9 +51,7 @@ bool FolderWatch::Wait(std::chrono::milliseconds atMost) {
         const bool due = now - looked >= kInterval;
         if (due)
             looked = now;
-        const bool all = std::all_of(places.begin(), places.end(),
-                                     [](const Place& place) { return place.watch >= 0; });
-        if (Observe(due) || (due && !all))
+        if (Observe(due))
             return true;
         const auto until = std::min(end, looked + kInterval);
         // Rounded up, so that the end has been reached afterwards.
@@ -70,15 +69,18 @@ bool FolderWatch::Wait(std::chrono::milliseconds atMost) {
 }
 
 /// Watches the folders that are not watched yet, and with `again` those whose path names another
-/// folder since a parent was moved, which no event tells. Returns true if any is watched anew.
+/// folder since a parent was moved, which no event tells. Returns true if any has come or gone, and
+/// with `again` if any is there that cannot be watched.
 bool FolderWatch::Observe(bool again) {
     bool found = false;
     for (Place& place : places) {
         if (place.watch >= 0 && !again)
             continue;
         // The system has one number for a folder, however often it is added.
-        const int watch = ::inotify_add_watch(events.Number(), place.path.c_str(), kEvents);
-        if (watch == place.watch)
+        int watch = ::inotify_add_watch(events.Number(), place.path.c_str(), kEvents);
+        if (watch < 0)
+            watch = errno == ENOENT || errno == ENOTDIR ? kAbsent : kUnwatched;
+        if (watch == place.watch && !(again && watch == kUnwatched))
             continue;
         if (place.watch >= 0)
             ::inotify_rm_watch(events.Number(), place.watch);
@@ -102,7 +104,7 @@ void FolderWatch::Drain() {
                     continue;
                 if (event.mask & IN_MOVE_SELF)
                     ::inotify_rm_watch(events.Number(), place.watch);
-                place.watch = -1;
+                place.watch = kAbsent;
             }
         }
     }

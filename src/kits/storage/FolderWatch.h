@@ -15,8 +15,8 @@ namespace kits {
 /// to name another one. All functions but Wake are for one thread at a time.
 class FolderWatch {
   public:
-    /// The interval at which paths are looked up again, and at which a folder that cannot be
-    /// watched, such as an absent one, is assumed to have changed.
+    /// The interval at which paths are looked up again, and at which a folder that is there but
+    /// cannot be watched is assumed to have changed.
     static constexpr auto kInterval = std::chrono::milliseconds(1000);
     /// How long Wait continues after a change, so that changes that follow closely are noticed
     /// together with it.
@@ -33,9 +33,12 @@ class FolderWatch {
   private:
     struct Place {
         std::filesystem::path path;
-        /// The system's number of the watch; below 0 if the folder is not watched.
-        int watch = -1;
+        /// The system's number of the watch, or one of the following.
+        int watch = kNew;
     };
+    /// No folder has these as its watch: before the first look, if there is none, and if it cannot
+    /// be watched.
+    static constexpr int kNew = -1, kAbsent = -2, kUnwatched = -3;
 
     bool Observe(bool again);
     void Drain();

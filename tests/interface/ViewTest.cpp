@@ -262,3 +262,25 @@ TEST(View, IsFoundByNameUntilItIsRemoved) {
 }
 
 } // namespace
+TEST(Window, EndsOnceHoweverOftenItIsAsked) {
+    static int asked, ends;
+    class Counted : public BWindow {
+      public:
+        Counted() : BWindow({0, 0, 99, 99}, "counted", B_TITLED_WINDOW, 0) {}
+        ~Counted() override { ends++; }
+        bool QuitRequested() override { return ++asked > 1; }
+    };
+    auto* window = new Counted;
+    for (int i = 0; i < 4; i++)
+        window->PostMessage(B_QUIT_REQUESTED);
+    test::Settle();
+    EXPECT_EQ(asked, 2) << "once more than it refused";
+    EXPECT_EQ(ends, 1);
+    window = new Counted;
+    window->Quit();
+    window->Quit();
+    delete window;
+    test::Settle();
+    EXPECT_EQ(ends, 2);
+}
+

@@ -62,6 +62,8 @@ class BView : public BHandler {
     /// the view is visible. `seconds` is the time since the last frame. Returns false to end the
     /// animation.
     virtual bool Animate(float /*seconds*/) { return false; }
+    /// Called in place of Animate if the animation ends because the view is no longer visible.
+    virtual void AnimationStopped() {}
     /// Called with the new size in pixels, if the view has B_FRAME_EVENTS.
     virtual void FrameResized(float width, float height);
 

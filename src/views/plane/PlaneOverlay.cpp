@@ -290,8 +290,6 @@ void PlaneOverlay::Pulse() {
 }
 
 bool PlaneOverlay::Animate(float seconds) {
-    if (IsHidden())
-        return false;
     AnimatePreview(seconds);
     if (moving)
         PlaceHandles();

@@ -273,8 +273,12 @@ void ViewWidget::StartAnimation() {
 
 void ViewWidget::Animate() {
     const float seconds = static_cast<float>(sinceFrame.restart()) / 1000;
-    if (!isVisible() || window()->isMinimized() || !view.Animate(seconds))
-        frames->stop();
+    const bool seen = isVisible() && !window()->isMinimized();
+    if (seen && view.Animate(seconds))
+        return;
+    frames->stop();
+    if (!seen)
+        view.AnimationStopped();
 }
 
 void ViewWidget::resizeEvent(QResizeEvent*) {

@@ -119,6 +119,23 @@ TEST(View, APressEndsWithTheLastButton) {
                 ElementsAre("down 1 1", "up 2 1", "inside 2 1", "down 3 1", "up 4 1", "down 4 1"));
 }
 
+TEST(View, ATextIsCutBetweenCharactersToWhatFits) {
+    BView view({0, 0, 99, 49}, "view", B_FOLLOW_NONE, B_WILL_DRAW);
+    std::string text;
+    while (text.size() < 4000)
+        text += "größer, ";
+    for (const float room : {40.0F, 150.0F}) {
+        const std::string cut = view.CutToFit(text, room);
+        EXPECT_LE(view.StringWidth(cut), room);
+        const std::size_t kept = cut.size() - std::string("…").size();
+        EXPECT_EQ(cut, text.substr(0, kept) + "…");
+        const std::size_t next = kept + ((text[kept] & 0x80) != 0 ? 2 : 1);
+        EXPECT_GT(view.StringWidth(text.substr(0, next) + "…"), room);
+    }
+    EXPECT_EQ(view.CutToFit("größer", 150), "größer");
+    EXPECT_EQ(view.CutToFit("größer", 1), "…");
+}
+
 /// Draws a figure whose pixels are known.
 class Figure : public BView {
   public:

@@ -32,6 +32,14 @@ void DocumentPanels::Show(file_panel_mode mode, uint32 result, const char* folde
                           const char* title, const std::string& name) {
     // Cancelled panels are no longer needed.
     std::erase_if(panels, [](const auto& panel) { return !panel->IsShowing(); });
+    for (const auto& open : panels) {
+        if (open->Message().what != result)
+            continue;
+        // The sound may have another name by now.
+        if (!name.empty())
+            open->SetSaveText(name);
+        return open->Show();
+    }
     auto panel = std::make_unique<BFilePanel>(mode, &target, nullptr, B_FILE_NODE, false,
                                               new BMessage(result), filter.get(), false, true);
     if (folder)

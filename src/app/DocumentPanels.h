@@ -20,11 +20,10 @@ class DocumentPanels {
 
     /// Shows a panel for files of one of the program's folders, or, if `folder` is null, for those
     /// that the user keeps elsewhere. `result` is the code of the result's message, and `name` the
-    /// name that the panel proposes to save as.
+    /// name that the panel proposes to save as. If a panel with that result is open, it is brought
+    /// to the front instead.
     void Show(file_panel_mode mode, uint32 result, const char* folder, const char* title,
               const std::string& name);
-    /// Returns the panel that was shown last.
-    const BFilePanel* Newest() const { return panels.back().get(); }
     /// Removes the panel that has sent the result.
     void Remove(const BMessage& result);
 

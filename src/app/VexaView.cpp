@@ -246,11 +246,16 @@ const PlaneFunction& VexaView::ShownFunction() const {
 }
 
 void VexaView::StartGraph() {
-    // When the view closes, a device that was never connected fails to disconnect.
     const auto alert = [this](const char* text) {
         // Whoever has asked for no sound knows that there is none.
-        if (kits::AudioSystemsToTry().front() != kits::AudioSystem::None)
-            ErrorAlert(text, closing ? "No audio device was connected." : graph->DeviceFault());
+        if (kits::AudioSystemsToTry().front() == kits::AudioSystem::None)
+            return;
+        // When the view closes, a device that was never connected fails to disconnect. There is
+        // nothing that a person could do about it.
+        if (closing)
+            std::fprintf(stderr, "vexa: %s\n", text);
+        else
+            ErrorAlert(text, graph->DeviceFault());
     };
     graph = std::make_unique<AudioGraph>(Engine(), alert);
     if (graph->Start())

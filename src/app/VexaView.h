@@ -377,9 +377,8 @@ class VexaView : public BView {
     /// The number of existing Busy objects.
     int busy = 0;
     std::function<void()> enterElsewhere;
-    /// Called once the sound is saved, if set: through this panel, or without one if it is null.
+    /// Called once the sound is saved, if set.
     std::function<void()> afterSaving;
-    const BFilePanel* savingPanel = nullptr;
     /// The file of the sample or picture is missing or unreadable: nothing sounds, and only its
     /// name can be saved.
     bool fileMissing = false;

@@ -357,7 +357,6 @@ void VexaView::SaveAgain(const std::function<void()>& then) {
         BMessage show(kSaveSoundCode);
         MessageReceived(&show);
         afterSaving = then;
-        savingPanel = panels.Newest();
         return;
     }
     if (!MaySave() || !MayReplaceOwn())

@@ -88,11 +88,6 @@ bool VexaView::TakePanelCommand(const BMessage& message) {
             if (const std::string path = ChosenPath(message); !path.empty())
                 (this->*command.open)(path);
         } else {
-            // What was to follow belongs to the panel that was shown for it, which may have been
-            // cancelled.
-            const BFilePanel* sender = BFilePanel::SenderOf(message);
-            if (sender && sender != savingPanel)
-                afterSaving = nullptr;
             std::string name;
             message.FindString("name", &name);
             if (MaySave() && MayReplace(message, command.folder, name))

@@ -125,7 +125,8 @@ void R2RFView::Change() {
 void R2RFView::SetupBitmap() {
     stale = true;
     changes++;
-    // The drawing calls the old function, which may be about to be unloaded.
+    // The next one begins anew: this one would go on with the new function below what it has drawn
+    // of the old one.
     drawing.reset();
 }
 

@@ -108,7 +108,7 @@ TEST_F(BarTest, TheMeterShowsTheLevelAndItsLightStaysOnUntilItIsPutOut) {
     EXPECT_LT(tap.Listeners(), listeners);
 }
 
-TEST_F(BarTest, SaysTheVoicesToWhoCannotSeeThem) {
+TEST_F(BarTest, SaysWhatTheVoicesAre) {
     Open(false);
     view->Graph().Consumer().NoteOn(0, 60, 100, 0);
     Pulse();
@@ -118,6 +118,14 @@ TEST_F(BarTest, SaysTheVoicesToWhoCannotSeeThem) {
     EXPECT_EQ(said->role(), QAccessible::StaticText);
     EXPECT_THAT(said->text(QAccessible::Name).toStdString(), StartsWith("voices: 1/"));
     EXPECT_FALSE(said->state().focusable);
+    // To who sees them, and where a press has an effect.
+    for (const auto& [frame, tip] :
+         {std::pair(Bar().VoicesFrame(), "voices that sound"), {Bar().CaptionFrame(), "Click"}}) {
+        test::Drag(Bar(), {frame.left + 30, frame.top + 5}, 0);
+        EXPECT_THAT(Bar().ToolTip(), HasSubstr(tip));
+    }
+    test::Drag(Bar(), {Bar().CaptionFrame().right + 1, 5}, 0);
+    EXPECT_STREQ(Bar().ToolTip(), "");
 }
 
 TEST_F(BarTest, TellsWhyThereIsNoRecording) {

@@ -77,6 +77,7 @@ TEST_F(PanelTest, EveryButtonShowsItsPanel) {
     for (const char* label :
          {"Load f(x,y)", "Save f(x,y)", "Load Sound", "Save Sound", "Load Sample"}) {
         PressButton(label);
+        PressButton(label);
     }
     EXPECT_THAT(OpenTitles(),
                 testing::UnorderedElementsAre("Load f(x,y)", "Save f(x,y)", "Load Sound",
@@ -115,21 +116,17 @@ TEST_F(PanelTest, APanelStaysAboveItsWindow) {
 TEST_F(PanelTest, WhatWasToFollowACancelledPanelDoesNotFollowAnother) {
     Choose(vexa::kSoundLoadedCode, In("sounds/bell.xml"));
     view->NameSound("mine");
-    PressButton("Save Sound");
-    QWidget* const first = PanelsOf("Save Sound").at(0);
     bool followed = false;
     const auto save = [&] { view->SaveAgain([&] { followed = true; }); };
     save();
-    for (QWidget* panel : PanelsOf("Save Sound")) {
-        if (panel != first)
-            panel->close();
-    }
+    ClosePanels();
+    PressButton("Save Sound");
     const auto confirm = [](QWidget* panel) {
         QKeyEvent key(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
         QApplication::sendEvent(panel->focusWidget(), &key);
         test::Settle();
     };
-    confirm(first);
+    confirm(PanelsOf("Save Sound").at(0));
     EXPECT_TRUE(std::filesystem::exists(In("sounds/mine.xml")));
     EXPECT_FALSE(followed);
 

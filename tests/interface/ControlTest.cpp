@@ -347,6 +347,32 @@ TEST(Menu, OpensForTheKeysAtTheUsualOrTheMarkedItem) {
     EXPECT_THAT(listener.codes, ElementsAre(2, 3, 2, 1));
 }
 
+/// A device that is plugged in while a person looks for it in the menu is such a change.
+TEST(Menu, FollowsItsItemsWhileItIsOpen) {
+    Listener listener;
+    auto* menu = new BPopUpMenu("source");
+    const auto fill = [&](uint32 first) {
+        menu->RemoveAll();
+        for (const uint32 code : {first, first + 1})
+            menu->AddItem(new BMenuItem(std::to_string(code).c_str(), new BMessage(code)));
+        menu->SetTargetForItems(&listener);
+    };
+    fill(1);
+    auto* field = new BMenuField({0, 0, 99, 20}, "source", nullptr, menu);
+    const test::Stage stage(field);
+    QMenu* shown = field->Widget().findChild<QToolButton*>()->menu();
+    shown->popup({});
+    fill(3);
+    shown->actions().first()->trigger();
+    test::Settle();
+    EXPECT_THAT(listener.codes, ElementsAre()) << "that item is gone";
+    EXPECT_EQ(shown->actions().last()->text(), "4");
+    shown->actions().last()->trigger();
+    shown->hide();
+    test::Settle();
+    EXPECT_THAT(listener.codes, ElementsAre(4));
+}
+
 /// Names of files occur among these texts.
 TEST(Menu, HasRoomOnTheScreenWhateverItsItemsSay) {
     Listener listener;

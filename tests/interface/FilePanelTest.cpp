@@ -212,6 +212,29 @@ TEST_F(FilePanelTest, SortsByEachColumnAndKeepsTheSelection) {
 }
 
 TEST_F(FilePanelTest, ShowsWhatHasHappenedToTheFolder) {
+    /// Removes all other files while the folder is read.
+    class Only : public BRefFilter {
+      public:
+        bool Filter(const entry_ref* ref, const struct stat*) override {
+            if (!std::string(ref->directory).ends_with("/zoo"))
+                return true;
+            for (const auto& entry : fs::directory_iterator(ref->directory)) {
+                if (entry.path().filename() != ref->name)
+                    fs::remove(entry);
+            }
+            return true;
+        }
+    } only;
+    for (const char* name : {"zoo/1", "zoo/2"})
+        folder.Write(name, "x");
+    EXPECT_EQ(Panel(B_OPEN_PANEL, receiver, folder.Path() / "zoo", B_FILE_NODE, true, &only)
+                  .Names()
+                  .size(),
+              1U);
+    EXPECT_THAT(alerts.texts, ElementsAre());
+    fs::remove_all(folder.Path() / "zoo");
+    folder.Write("zoo/inside.txt", "x");
+
     Panel panel(B_OPEN_PANEL, receiver, folder.Path() / "zoo");
     folder.Write("zoo/new.txt", "x");
     panel.Key(Qt::Key_F5);

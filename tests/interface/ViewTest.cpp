@@ -25,8 +25,8 @@ using testing::ElementsAre;
 /// Records the calls that it receives.
 class Witness : public BView {
   public:
-    explicit Witness(BRect frame, uint32 mode = B_FOLLOW_NONE)
-        : BView(frame, "witness", mode, B_WILL_DRAW | B_FRAME_EVENTS | B_PULSE_NEEDED) {}
+    explicit Witness(BRect frame, uint32 mode = B_FOLLOW_NONE, uint32 flags = 0)
+        : BView(frame, "witness", mode, flags | B_WILL_DRAW | B_FRAME_EVENTS | B_PULSE_NEEDED) {}
 
     void Draw(BRect) override { draws++; }
     void MouseDown(BPoint where) override { Note("down", where); }
@@ -87,7 +87,8 @@ TEST(View, PointerEndsItsVisitWhenItLeavesEvenWithAButtonDown) {
     view->events.clear();
     test::Press(*view, {5, 6});
     EXPECT_EQ(view->buttons, B_PRIMARY_MOUSE_BUTTON);
-    test::Drag(*view, {99, 49});
+    // The last quarter of a pixel, as on a dense screen.
+    test::Drag(*view, {99.75F, 49});
     test::Drag(*view, {101, 49});
     test::Drag(*view, {120, 49});
     test::Drag(*view, {50, 40});
@@ -95,8 +96,44 @@ TEST(View, PointerEndsItsVisitWhenItLeavesEvenWithAButtonDown) {
     test::Release(*view, {50, 60});
     EXPECT_THAT(view->events, ElementsAre("down 5 6", "inside 99 49", "exited 101 49",
                                           "entered 50 40", "exited 50 60"));
-    test::PressChord(*view, {1, 1});
+}
+
+TEST(View, APressEndsWithTheLastButton) {
+    auto* view = new Witness({0, 0, 99, 49}, B_FOLLOW_NONE, B_KEEPS_POINTER);
+    test::Stage stage(view);
+    view->events.clear();
+    test::Press(*view, {1, 1});
+    test::PressChord(*view, {2, 1});
     EXPECT_EQ(view->buttons, B_PRIMARY_MOUSE_BUTTON | B_SECONDARY_MOUSE_BUTTON);
+    test::Release(*view, {3, 1}, B_SECONDARY_MOUSE_BUTTON, B_PRIMARY_MOUSE_BUTTON);
+    test::Release(*view, {4, 99});
+    EXPECT_THAT(view->events, ElementsAre("down 1 1", "down 2 1", "up 4 99"));
+
+    // Two releases go elsewhere, as to an alert.
+    view->events.clear();
+    test::Press(*view, {1, 1});
+    test::Drag(*view, {2, 1}, 0);
+    test::Press(*view, {3, 1});
+    test::Press(*view, {4, 1});
+    EXPECT_THAT(view->events,
+                ElementsAre("down 1 1", "up 2 1", "inside 2 1", "down 3 1", "up 4 1", "down 4 1"));
+}
+
+TEST(View, ATextIsCutBetweenCharactersToWhatFits) {
+    BView view({0, 0, 99, 49}, "view", B_FOLLOW_NONE, B_WILL_DRAW);
+    std::string text;
+    while (text.size() < 4000)
+        text += "größer, ";
+    for (const float room : {40.0F, 150.0F}) {
+        const std::string cut = view.CutToFit(text, room);
+        EXPECT_LE(view.StringWidth(cut), room);
+        const std::size_t kept = cut.size() - std::string("…").size();
+        EXPECT_EQ(cut, text.substr(0, kept) + "…");
+        const std::size_t next = kept + ((text[kept] & 0x80) != 0 ? 2 : 1);
+        EXPECT_GT(view.StringWidth(text.substr(0, next) + "…"), room);
+    }
+    EXPECT_EQ(view.CutToFit("größer", 150), "größer");
+    EXPECT_EQ(view.CutToFit("größer", 1), "…");
 }
 
 /// Draws a figure whose pixels are known.
@@ -245,6 +282,28 @@ TEST(View, ATipIsInLinesThatCanBeRead) {
     EXPECT_EQ(view->Widget().toolTip().toStdString(),
               "The first line says more than there is room for beside a\npointer.\n\n" +
                   word.substr(0, 60) + '\n' + word.substr(60) + " b");
+}
+
+TEST(Window, EndsOnceHoweverOftenItIsAsked) {
+    static int asked, ends;
+    class Counted : public BWindow {
+      public:
+        Counted() : BWindow({0, 0, 99, 99}, "counted", B_TITLED_WINDOW, 0) {}
+        ~Counted() override { ends++; }
+        bool QuitRequested() override { return ++asked > 1; }
+    };
+    auto* window = new Counted;
+    for (int i = 0; i < 4; i++)
+        window->PostMessage(B_QUIT_REQUESTED);
+    test::Settle();
+    EXPECT_EQ(asked, 2) << "once more than it refused";
+    EXPECT_EQ(ends, 1);
+    window = new Counted;
+    window->Quit();
+    window->Quit();
+    delete window;
+    test::Settle();
+    EXPECT_EQ(ends, 2);
 }
 
 TEST(View, IsFoundByNameUntilItIsRemoved) {

@@ -37,6 +37,8 @@ class ApplicationEnvironment : public testing::Environment {
 const auto* const kEnvironment = testing::AddGlobalTestEnvironment(new ApplicationEnvironment);
 
 Qt::MouseButton ToQt(uint32 button) {
+    if (!button)
+        return Qt::NoButton;
     if (button == B_SECONDARY_MOUSE_BUTTON)
         return Qt::RightButton;
     return button == B_TERTIARY_MOUSE_BUTTON ? Qt::MiddleButton : Qt::LeftButton;
@@ -70,8 +72,8 @@ void Drag(BView& view, BPoint where, uint32 button) {
     Send(view, QEvent::MouseMove, where, Qt::NoButton, ToQt(button));
 }
 
-void Release(BView& view, BPoint where, uint32 button) {
-    Send(view, QEvent::MouseButtonRelease, where, ToQt(button), Qt::NoButton);
+void Release(BView& view, BPoint where, uint32 button, uint32 held) {
+    Send(view, QEvent::MouseButtonRelease, where, ToQt(button), ToQt(held));
 }
 
 void Click(BView& view, BPoint where, uint32 button) {

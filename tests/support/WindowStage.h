@@ -17,11 +17,12 @@ namespace test {
 void Settle();
 
 // Actions of a mouse at a point of the view, with one of the buttons of InterfaceDefs.h. The button
-// stays down between Press and Release; Drag moves the mouse while it is down.
+// stays down between Press and Release; Drag moves the mouse while it is down, or none if it is 0.
 
 void Press(BView& view, BPoint where, uint32 button = B_PRIMARY_MOUSE_BUTTON);
 void Drag(BView& view, BPoint where, uint32 button = B_PRIMARY_MOUSE_BUTTON);
-void Release(BView& view, BPoint where, uint32 button = B_PRIMARY_MOUSE_BUTTON);
+/// `held` stays down.
+void Release(BView& view, BPoint where, uint32 button = B_PRIMARY_MOUSE_BUTTON, uint32 held = 0);
 void Click(BView& view, BPoint where, uint32 button = B_PRIMARY_MOUSE_BUTTON);
 /// The second press of a double click.
 void DoubleClick(BView& view, BPoint where);

@@ -9,6 +9,7 @@
 #include "views/R2RFView.h"
 #include "views/plane/OrbitColors.h"
 
+#include <QTest>
 #include <cmath>
 #include <limits>
 #include <numeric>
@@ -395,6 +396,23 @@ TEST_F(OverlayTest, HandlesMoveTheOrbitsNumbersAndSoundMeanwhile) {
     EXPECT_NEAR(overlay->DescribePart(2).number->value, 2.5, 0.002);
     EXPECT_NEAR(Value(vexa::ParameterId::Ax0), 1.5, 0.002);
     EXPECT_TRUE(overlay->DescribePart(2).frame.Contains(Handle(1).Center()));
+}
+
+TEST_F(OverlayTest, APreviewEndsWhateverComesBetween) {
+    vexa::PlaneHandle& handle = Handle(1);
+    test::Press(handle, {10, 10});
+    test::PressChord(handle, {10, 10});
+    test::Release(handle, {10, 10}, B_SECONDARY_MOUSE_BUTTON, B_PRIMARY_MOUSE_BUTTON);
+    test::Drag(handle, {30, 10});
+    EXPECT_NEAR(Value(vexa::ParameterId::Ax0), 3, 0.011);
+    EXPECT_EQ(host.ends, 0);
+    test::Release(handle, {10, 10});
+    EXPECT_EQ(host.ends, 1);
+    // One that a key has begun, on a plane that is hidden before its end.
+    handle.KeyDown({kits::Key::Right, 0, "", 0, false});
+    EXPECT_EQ(host.strikes.size(), 2U);
+    overlay->Hide();
+    EXPECT_TRUE(QTest::qWaitFor([this] { return host.ends == 2; }));
 }
 
 TEST_F(OverlayTest, APlaceIsHeardWhileItIsHeld) {

@@ -288,8 +288,15 @@ TEST_F(MainWindow, EndsWithAFilePanelOpen) {
     }
 }
 
-TEST_F(MainWindow, ASignalEndsItAtOnceThoughThereIsSomethingToSay) {
+TEST_F(MainWindow, EndsAtOnceThoughThereIsSomethingToSay) {
     const test::EnvironmentVariable noServer("JACK_DEFAULT_SERVER", "vexa-test-none");
+    {
+        test::Companion closed({program.Path("vexa"), "--audio", "jack"}, log);
+        Answer("Error", 0);
+        desktop.UseWindow("Vexa");
+        desktop.Close();
+        EXPECT_EQ(closed.Wait(), 0) << "nobody is asked";
+    }
     test::Companion silent({program.Path("vexa"), "--audio", "jack"}, log);
     Answer("Error", 0);
     desktop.UseWindow("Vexa");

@@ -47,6 +47,8 @@ constexpr float kArrowButtonWidth = 20;
 constexpr float kArrowHeight = kBarHeight - 6;
 constexpr float kBarInset = 8;
 
+constexpr const char* kVoicesTip = "The voices that sound, of those allowed";
+constexpr const char* kLoadTip = ", and the share of the time that computing them takes";
 constexpr const char* kElsewhereTip =
     "What is heard is recorded already, into the file that --record names, until Vexa ends";
 
@@ -188,7 +190,7 @@ void BarView::Refresh() {
     const std::string next = announcement.empty() ? mainView.Caption() : announcement;
     if (next != caption) {
         caption = next;
-        SetToolTip((caption + "\nClick to say what the sound is (Ctrl I)").c_str());
+        TellPointed();
         SetAccessibleName("sound: " + caption);
         Invalidate(nameBox);
     }
@@ -230,6 +232,7 @@ void BarView::ShowVoices() {
         return;
     voices = next;
     load = share;
+    TellPointed();
     Invalidate(voicesBox);
 }
 
@@ -258,6 +261,23 @@ void BarView::ShowDevice() {
 void BarView::MouseDown(BPoint where) {
     if (nameBox.Contains(where))
         BMessenger(Window()).SendMessage(BMessage(kDescribeCode));
+}
+
+void BarView::MouseMoved(BPoint where, uint32 transit, const BMessage*) {
+    pointer = transit == B_EXITED_VIEW ? std::nullopt : std::optional(where);
+    TellPointed();
+}
+
+/// Makes the tool tip tell what the pointer is on. Without a pointer, as for screen readers, it is
+/// that of the sound's name.
+void BarView::TellPointed() {
+    std::string tip;
+    if (!pointer || nameBox.Contains(*pointer))
+        tip = caption + "\nClick to say what the sound is (Ctrl I)";
+    else if (voicesFit && voicesBox.Contains(*pointer))
+        tip = load.empty() ? kVoicesTip : std::string(kVoicesTip) + kLoadTip;
+    if (tip != ToolTip())
+        SetToolTip(tip.c_str());
 }
 
 void BarView::FrameResized(float, float) {

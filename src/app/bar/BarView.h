@@ -37,6 +37,7 @@ class BarView : public BView {
     void Draw(BRect update) override;
     /// A press on the caption asks the window to describe the sound.
     void MouseDown(BPoint where) override;
+    void MouseMoved(BPoint where, uint32 transit, const BMessage* dragged) override;
     void FrameResized(float width, float height) override;
     void MessageReceived(BMessage* message) override;
     /// The only part is the text about voices.
@@ -55,6 +56,7 @@ class BarView : public BView {
     const std::string& Caption() const { return caption; }
     /// Returns where the text is.
     BRect CaptionFrame() const { return nameBox; }
+    BRect VoicesFrame() const { return voicesBox; }
     BMenu& DeviceMenu() { return *deviceMenu; }
 
   private:
@@ -64,6 +66,7 @@ class BarView : public BView {
     void ShowDevice();
     void ShowSteps();
     void ShowVoices();
+    void TellPointed();
     bool RecordsElsewhere() const;
     void ShowRecording();
     void Announce(const std::string& text);
@@ -84,6 +87,8 @@ class BarView : public BView {
     BRect nameBox;
     BRect voicesBox;
     bool voicesFit = true;
+    /// Where the pointer is, if it is on the bar.
+    std::optional<BPoint> pointer;
     std::string caption;
     std::string voices;
     std::string load;

@@ -70,7 +70,7 @@ BMenuItem::~BMenuItem() = default;
 
 void BMenuItem::SetMarked(bool mark) {
     if (mark && menu && menu->IsRadioMode()) {
-        for (const std::unique_ptr<BMenuItem>& item : menu->items)
+        for (const std::shared_ptr<BMenuItem>& item : menu->items)
             item->marked = false;
     }
     marked = mark;
@@ -108,7 +108,7 @@ BMenuItem* BMenu::ItemAt(std::size_t index) const {
 }
 
 BMenuItem* BMenu::FindItem(std::string_view label) const {
-    for (const std::unique_ptr<BMenuItem>& item : items) {
+    for (const std::shared_ptr<BMenuItem>& item : items) {
         if (item->Label() == label)
             return item.get();
     }
@@ -116,7 +116,7 @@ BMenuItem* BMenu::FindItem(std::string_view label) const {
 }
 
 BMenuItem* BMenu::FindItem(uint32 command) const {
-    for (const std::unique_ptr<BMenuItem>& item : items) {
+    for (const std::shared_ptr<BMenuItem>& item : items) {
         if (item->Message() && item->Message()->what == command)
             return item.get();
     }
@@ -124,7 +124,7 @@ BMenuItem* BMenu::FindItem(uint32 command) const {
 }
 
 BMenuItem* BMenu::FindMarked() const {
-    for (const std::unique_ptr<BMenuItem>& item : items) {
+    for (const std::shared_ptr<BMenuItem>& item : items) {
         if (item->IsMarked())
             return item.get();
     }
@@ -136,7 +136,7 @@ void BMenu::SetTargetForItems(const BHandler* handler) {
 }
 
 void BMenu::SetTargetForItems(const BMessenger& messenger) {
-    for (const std::unique_ptr<BMenuItem>& item : items)
+    for (const std::shared_ptr<BMenuItem>& item : items)
         item->SetTarget(messenger);
 }
 
@@ -169,7 +169,7 @@ void BMenu::Fill(QMenu& toolkit) {
         group->setExclusive(true);
     }
     const BMenuItem* usualItem = FindMarked() ? nullptr : FindItem(usual);
-    for (const std::unique_ptr<BMenuItem>& item : items) {
+    for (const std::shared_ptr<BMenuItem>& item : items) {
         if (dynamic_cast<const BSeparatorItem*>(item.get())) {
             toolkit.addSeparator();
             continue;
@@ -188,8 +188,11 @@ void BMenu::Fill(QMenu& toolkit) {
         // The keys go on from here.
         if (radio && isMarked)
             toolkit.setActiveAction(action);
-        QObject::connect(action, &QAction::triggered, action,
-                         [chosen = item.get()] { chosen->Choose(); });
+        // The item may be removed while the toolkit's menu is open.
+        QObject::connect(action, &QAction::triggered, action, [item = std::weak_ptr(item)] {
+            if (const auto chosen = item.lock())
+                chosen->Choose();
+        });
     }
 }
 
@@ -214,8 +217,7 @@ BMenuField::BMenuField(BRect frame, const char* name, const char* label, BMenu* 
     button->setFocusPolicy(flags & B_NAVIGABLE ? Qt::StrongFocus : Qt::NoFocus);
     auto* toolkit = new QMenu(button);
     toolkit->setFont(kits::ToQt(*be_plain_font()));
-    QObject::connect(toolkit, &QMenu::aboutToShow, toolkit,
-                     [this, toolkit] { this->menu->Fill(*toolkit); });
+    QObject::connect(toolkit, &QMenu::aboutToShow, toolkit, [this] { Fill(); });
     button->setMenu(toolkit);
     button->setAccessibleName(kits::ToQt(this->label.empty() ? Name() : this->label));
     both->setFocusProxy(button);
@@ -226,7 +228,10 @@ BMenuField::BMenuField(BRect frame, const char* name, const char* label, BMenu* 
         caption->move(0, static_cast<int>((PreferredHeight() - caption->sizeHint().height()) / 2));
         divider = be_plain_font()->StringWidth(this->label) + 7;
     }
-    menu->SetObserver([this] { ShowTitle(); });
+    menu->SetObserver([this] {
+        ShowTitle();
+        FillIfOpen();
+    });
     ResizeTo(frame.Width(), PreferredHeight());
     SetDivider(divider);
 }
@@ -238,6 +243,23 @@ void BMenuField::SetDivider(float position) {
     const BRect bounds = Bounds();
     button->setGeometry(kits::ToQt(BRect{divider, 0, bounds.right, bounds.bottom}));
     ShowTitle();
+}
+
+/// Fills the toolkit's menu.
+void BMenuField::Fill() {
+    // Whoever fills a menu that opens changes it, which is no reason to fill it again.
+    filling = true;
+    menu->Fill(*button->menu());
+    filling = false;
+}
+
+/// Has an open menu show the present items, once these are complete.
+void BMenuField::FillIfOpen() {
+    if (filling || !button->menu() || !button->menu()->isVisible())
+        return;
+    filling = true;
+    QMetaObject::invokeMethod(
+        button, [this] { Fill(); }, Qt::QueuedConnection);
 }
 
 std::string BMenuField::ShownTitle() const {

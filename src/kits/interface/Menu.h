@@ -109,7 +109,9 @@ class BMenu {
     bool radio = false;
     bool labelFromMarked = false;
     std::string usual;
-    std::vector<std::unique_ptr<BMenuItem>> items;
+    /// Shared only while one of them acts: an item of the toolkit's menu asks whether its own still
+    /// exists.
+    std::vector<std::shared_ptr<BMenuItem>> items;
     std::function<void()> observer;
     std::function<void(BMenu& menu)> opening;
 };
@@ -121,7 +123,8 @@ class BPopUpMenu : public BMenu {
                         menu_layout layout = B_ITEMS_IN_COLUMN);
 };
 
-/// A view that shows the title of a menu with an arrow, and opens the menu when pressed.
+/// A view that shows the title of a menu with an arrow, and opens the menu when pressed. An open
+/// menu follows changes of its items.
 class BMenuField : public BView {
   public:
     /// Takes ownership of the menu. The label, which may be empty, is shown left of the menu.
@@ -149,8 +152,12 @@ class BMenuField : public BView {
 
   private:
     void ShowTitle();
+    void Fill();
+    void FillIfOpen();
 
     std::unique_ptr<BMenu> menu;
+    /// True while the toolkit's menu is filled, or will be once the present event is handled.
+    bool filling = false;
     std::string label;
     float divider = 0;
     QToolButton* button;

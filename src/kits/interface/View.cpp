@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 BView::BView(BRect frame, const char* name, uint32 resizingMode, uint32 flags)
     : BHandler(name),
@@ -177,13 +178,17 @@ std::string BView::CutToFit(std::string text, float room) const {
     if (StringWidth(text) <= room)
         return text;
     const std::string dots = "…";
-    while (!text.empty() && StringWidth(text + dots) > room) {
-        // Removes a UTF-8 character as a whole.
-        while (text.size() > 1 && (static_cast<unsigned char>(text.back()) & 0xC0U) == 0x80U)
-            text.pop_back();
-        text.pop_back();
+    /// Where the text can be cut: before each of its UTF-8 characters.
+    std::vector<std::size_t> starts;
+    for (std::size_t i = 0; i < text.size(); i++) {
+        if ((static_cast<unsigned char>(text[i]) & 0xC0U) != 0x80U)
+            starts.push_back(i);
     }
-    return text + dots;
+    const auto fits = [&](std::size_t end) {
+        return StringWidth(text.substr(0, end) + dots) <= room;
+    };
+    const auto first = std::partition_point(starts.begin(), starts.end(), fits);
+    return text.substr(0, first == starts.begin() ? 0 : *std::prev(first)) + dots;
 }
 
 void BView::StrokeLine(BPoint from, BPoint to, pattern which) {

@@ -36,8 +36,10 @@ class BView : public BHandler {
     /// Paints at least the rectangle `update`; the system clips the rest. The drawing operations
     /// below have an effect only while this hook runs.
     virtual void Draw(BRect update);
+    /// Called for each button that is pressed, even while others are held.
     virtual void MouseDown(BPoint where);
-    /// Called when a button is released inside the view.
+    /// Called when all buttons have been released, the last one inside the view. If that happened
+    /// unnoticed, it is called before the next MouseMoved or MouseDown.
     virtual void MouseUp(BPoint where);
     /// Called when the pointer moves inside the view (`transit` is B_INSIDE_VIEW), into it
     /// (B_ENTERED_VIEW) or out of it (B_EXITED_VIEW). `dragged` is always null.
@@ -60,6 +62,8 @@ class BView : public BHandler {
     /// the view is visible. `seconds` is the time since the last frame. Returns false to end the
     /// animation.
     virtual bool Animate(float /*seconds*/) { return false; }
+    /// Called in place of Animate if the animation ends because the view is no longer visible.
+    virtual void AnimationStopped() {}
     /// Called with the new size in pixels, if the view has B_FRAME_EVENTS.
     virtual void FrameResized(float width, float height);
 

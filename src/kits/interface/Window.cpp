@@ -193,20 +193,25 @@ BWindow::BWindow(BRect frame, const char* title, window_type type, uint32 flags,
 }
 
 BWindow::~BWindow() {
+    // A deletion that is still to come must not begin again in here: what ends with the window may
+    // let the toolkit handle events.
+    leaving.reset();
     while (!children.empty())
         delete children.back();
 }
 
 void BWindow::Quit() {
     Hide();
-    // Deferred, because the call may come from a hook of one of the window's own views.
+    // Deferred, because the call may come from a hook of one of the window's own views. The toolkit
+    // drops the call with its object: if the window is deleted otherwise, or if it quits again.
+    leaving = std::make_unique<QObject>();
     QMetaObject::invokeMethod(
-        qApp, [this] { delete this; }, Qt::QueuedConnection);
+        leaving.get(), [this] { delete this; }, Qt::QueuedConnection);
 }
 
 void BWindow::MessageReceived(BMessage* message) {
     if (message->what == B_QUIT_REQUESTED) {
-        if (QuitRequested())
+        if (!leaving && QuitRequested())
             Quit();
     } else {
         BLooper::MessageReceived(message);

@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+class QObject;
+
 namespace kits {
 class Embedding;
 class WindowWidget;
@@ -54,7 +56,8 @@ class BWindow : public BLooper {
     /// Hides the window at once, and deletes it as soon as none of its code is running.
     virtual void Quit();
 
-    /// Handles B_QUIT_REQUESTED: calls QuitRequested and, if that returns true, Quit.
+    /// Handles B_QUIT_REQUESTED: calls QuitRequested and, if that returns true, Quit. Further
+    /// requests have no effect then.
     void MessageReceived(BMessage* message) override;
 
     void AddChild(BView* child);
@@ -110,4 +113,6 @@ class BWindow : public BLooper {
     std::vector<BView*> children;
     std::unique_ptr<kits::WindowWidget> widget;
     std::unique_ptr<kits::Embedding> embedding;
+    /// To this the deletion is posted once the window quits.
+    std::unique_ptr<QObject> leaving;
 };

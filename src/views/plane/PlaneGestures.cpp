@@ -136,11 +136,11 @@ void PlaneOverlay::MouseDown(BPoint where) {
 
 void PlaneOverlay::Press(const PlanePress& press) {
     ShowFocus(false);
+    if (gesture != Gesture::None)
+        return;
     pressed = press.where;
     pressedView = {plane.Scale(), plane.LinkFunction(), plane.LinkScreen()};
     last = press.where;
-    if (gesture != Gesture::None)
-        return;
     if (press.buttons == B_SECONDARY_MOUSE_BUTTON) {
         plane.ShowSavePanel();
     } else if (press.buttons == B_TERTIARY_MOUSE_BUTTON ||

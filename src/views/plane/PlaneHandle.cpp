@@ -122,6 +122,9 @@ void PlaneHandle::Draw(BRect) {
 }
 
 void PlaneHandle::MouseDown(BPoint where) {
+    // Another button during a gesture.
+    if (held || passed)
+        return;
     uint32 buttons = 0;
     GetMouse(&where, &buttons, true);
     const PlanePress press{InOverlay(where), buttons, Modifiers(), Clicks()};

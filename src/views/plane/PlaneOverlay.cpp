@@ -87,6 +87,15 @@ Brightness After(Brightness present) {
                                    BrightnessCurves().size());
 }
 
+/// Returns a value of the function as a text for the user.
+std::string ValueText(double value) {
+    if (std::isnan(value))
+        return "no value";
+    if (std::isinf(value))
+        return value < 0 ? "-infinite" : "infinite";
+    return kits::RoundedText(value, 4);
+}
+
 uint32* Words(BBitmap& picture) {
     return static_cast<uint32*>(picture.Bits());
 }
@@ -290,8 +299,6 @@ void PlaneOverlay::Pulse() {
 }
 
 bool PlaneOverlay::Animate(float seconds) {
-    if (IsHidden())
-        return false;
     AnimatePreview(seconds);
     if (moving)
         PlaceHandles();
@@ -461,7 +468,7 @@ std::string PlaneOverlay::Legend() const {
     std::string text = "x ";
     text += TidyText(double(point.x), step);
     text += "   y " + TidyText(double(point.y), step);
-    text += "   f " + kits::RoundedText(double(plane.Function()(point.x, point.y)), 4);
+    text += "   f " + ValueText(double(plane.Function()(point.x, point.y)));
     return text;
 }
 

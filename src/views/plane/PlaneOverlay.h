@@ -125,6 +125,7 @@ class PlaneOverlay : public BView {
     void FocusChanged() override;
     void Pulse() override;
     bool Animate(float seconds) override;
+    void AnimationStopped() override { EndPreview(); }
 
   private:
     enum class Gesture { None, Move, Turn, Audition };

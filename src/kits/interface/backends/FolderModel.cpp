@@ -45,8 +45,8 @@ FolderModel::EntriesOf(const std::filesystem::path& place) const {
     if (!open)
         return Error{std::strerror(errno)};
     std::vector<Entry> found;
-    errno = 0;
-    while (const dirent* item = ::readdir(open.get())) {
+    // An entry may vanish before it is looked at, which sets errno too.
+    for (errno = 0; const dirent* item = ::readdir(open.get()); errno = 0) {
         const std::string name = item->d_name;
         if (name == "." || name == "..")
             continue;
@@ -59,7 +59,6 @@ FolderModel::EntriesOf(const std::filesystem::path& place) const {
         if (isFolder || filter({place.string(), name}, status))
             found.push_back({name, place, QFile::decodeName(name.c_str()), isFolder, status.st_size,
                              QDateTime::fromSecsSinceEpoch(status.st_mtime)});
-        errno = 0;
     }
     if (errno != 0)
         return Error{std::strerror(errno)};

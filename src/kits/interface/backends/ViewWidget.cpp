@@ -10,6 +10,7 @@
 #include <QScopedValueRollback>
 #include <QTextDocument>
 #include <QWheelEvent>
+#include <utility>
 
 namespace kits {
 
@@ -154,7 +155,7 @@ void ViewWidget::Note(const QMouseEvent& event) {
 }
 
 bool ViewWidget::Contains(BPoint point) const {
-    return rect().contains(QPointF(point.x, point.y).toPoint());
+    return point.x >= 0 && point.y >= 0 && point.x < float(width()) && point.y < float(height());
 }
 
 void ViewWidget::mousePressEvent(QMouseEvent* event) {
@@ -167,8 +168,10 @@ void ViewWidget::mouseDoubleClickEvent(QMouseEvent* event) {
 
 void ViewWidget::Press(const QMouseEvent& event, int32 count) {
     Note(event);
+    if (event.buttons() == event.button())
+        EndPress();
     clicks = count;
-    inside = true;
+    inside = pressed = true;
     // A press outside the text fields gives the keyboard back to the window.
     QWidget* focused = QApplication::focusWidget();
     if (focused && focused != this)
@@ -186,7 +189,14 @@ bool ViewWidget::Keeps() const {
 
 void ViewWidget::mouseReleaseEvent(QMouseEvent* event) {
     Note(*event);
-    if (Keeps() || Contains(pointer))
+    if (!buttons)
+        EndPress();
+}
+
+/// Tells the view that all buttons are released, unless it knows. Also called when an event shows
+/// that their release went elsewhere, for example to an alert.
+void ViewWidget::EndPress() {
+    if (std::exchange(pressed, false) && (Keeps() || Contains(pointer)))
         view.MouseUp(pointer);
 }
 
@@ -194,6 +204,8 @@ void ViewWidget::mouseReleaseEvent(QMouseEvent* event) {
 // to views with B_KEEPS_POINTER.
 void ViewWidget::mouseMoveEvent(QMouseEvent* event) {
     Note(*event);
+    if (!buttons)
+        EndPress();
     if (!Contains(pointer) && !(Keeps() && buttons)) {
         Leave();
         return;
@@ -266,8 +278,12 @@ void ViewWidget::StartAnimation() {
 
 void ViewWidget::Animate() {
     const float seconds = static_cast<float>(sinceFrame.restart()) / 1000;
-    if (!isVisible() || window()->isMinimized() || !view.Animate(seconds))
-        frames->stop();
+    const bool seen = isVisible() && !window()->isMinimized();
+    if (seen && view.Animate(seconds))
+        return;
+    frames->stop();
+    if (!seen)
+        view.AnimationStopped();
 }
 
 void ViewWidget::resizeEvent(QResizeEvent*) {

@@ -79,6 +79,7 @@ class ViewWidget : public QWidget {
   private:
     void Note(const QMouseEvent& event);
     void Press(const QMouseEvent& event, int32 count);
+    void EndPress();
     /// Returns true if the view gets all moves of the pointer while a button is held
     /// (B_KEEPS_POINTER).
     bool Keeps() const;
@@ -101,6 +102,8 @@ class ViewWidget : public QWidget {
     QElapsedTimer sinceFrame;
     /// True if the pointer was inside at the last event.
     bool inside = false;
+    /// True from the press of a button until all are released.
+    bool pressed = false;
     /// What screen readers were told last. `chosen` is the index of `part`, -1 if there was none.
     struct {
         AccessibleThing whole, part;

@@ -78,14 +78,21 @@ def on_a_stage(main, scale="1", period=1024):
     """Runs `main(folder)` on a display with a session bus and a JACK server, and returns its result or
     exits with it. `folder` is a new one for the files of programs. `scale` is the number of screen pixels
     per window pixel, `period` that of frames in a period of JACK."""
+    # On SIGTERM the script exits as usual, so that all started processes are ended.
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))
     if "VEXA_STAGE" not in os.environ:
         environment = dict(os.environ, VEXA_STAGE="1", QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1",
                            QT_SCALE_FACTOR=scale)
-        for name in ("WAYLAND_DISPLAY", "QT_QPA_PLATFORM"):
+        for name in ("WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "NSM_URL"):
             environment.pop(name, None)
-        sys.exit(subprocess.run(["dbus-run-session", "--", sys.executable, *sys.argv], env=environment).returncode)
-    # On SIGTERM the script exits as usual, so that all started processes are ended.
-    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))
+        # The bus's program passes no signal on; it has a process group of its own for that.
+        with subprocess.Popen(["dbus-run-session", "--", sys.executable, *sys.argv], env=environment,
+                              start_new_session=True) as session:
+            try:
+                sys.exit(session.wait())
+            finally:
+                with contextlib.suppress(ProcessLookupError):
+                    os.killpg(session.pid, signal.SIGTERM)
     quiet = {"stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
     # A screen on which the window has room for all its parts.
     side = [int(pixels * float(scale)) for pixels in (1920, 1200)]

@@ -442,7 +442,14 @@ TEST_F(VexaViewTest, TheSourceMenuListsEachSourceOnceAndConnectsTheChosenOne) {
     BMessenger(view).SendMessage(BMessage(B_MIDI_EVENT));
     BMessenger(view).SendMessage(BMessage(B_MIDI_EVENT));
     test::Settle();
-    ASSERT_EQ(view->DeviceMenu().CountItems(), 4U) << "with what lets programs choose";
+    // The machine may have sources of its own.
+    for (const std::string_view label :
+         {"none", vexa::ComputerKeyboard::kName, "Let program changes choose sounds"}) {
+        int count = 0;
+        for (std::size_t i = 0; i < view->DeviceMenu().CountItems(); i++)
+            count += view->DeviceMenu().ItemAt(i)->Label() == label;
+        EXPECT_EQ(count, 1) << label;
+    }
     EXPECT_EQ(view->DeviceMenu().Title(), "none");
     BMessage press(B_KEY_DOWN);
     press.AddInt32("key", 24);

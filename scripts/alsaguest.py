@@ -11,11 +11,9 @@ import pathlib
 import subprocess
 import time
 
+from windowstage import SINE
+
 RATE = 48000
-SINE = """<vexasound><vexafunction><expression>x</expression></vexafunction>
-<dcxdt><env>0</env></dcxdt><dcydt><env>0</env></dcydt>
-<ax><env>1</env><envdata><envpoint t="0" val="1" fku="false"/><envpoint t="0.02" val="0" fku="true"/></envdata></ax>
-<ay><env>0</env></ay></vexasound>"""
 FOLDER = pathlib.Path("/run/vexa-alsa")
 LOG = FOLDER / "log"
 # The name lacks ALSA's address (client and port), which another boot may give to another device.

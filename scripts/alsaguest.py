@@ -48,9 +48,10 @@ class Ear:
 
     def __init__(self):
         self.path = FOLDER / "heard"
-        self.path.write_bytes(b"")
-        self.process = subprocess.Popen(["arecord", "-q", "-D", "hw:0,1", "-t", "raw", "-f", "S32_LE", "-r", str(RATE),
-                                         "-c", "2", self.path])
+        # To the standard output: arecord would remove a file and make it anew, so that meanwhile there were none.
+        with open(self.path, "wb") as heard:
+            self.process = subprocess.Popen(["arecord", "-q", "-D", "hw:0,1", "-t", "raw", "-f", "S32_LE",
+                                             "-r", str(RATE), "-c", "2"], stdout=heard)
 
     def loud(self):
         """Returns whether a note sounds: some sample of the next half second exceeds 1 % of full scale."""

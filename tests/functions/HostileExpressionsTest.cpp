@@ -35,13 +35,6 @@ constexpr std::string_view kHostile[] = {
 };
 // clang-format on
 
-std::string Repeated(std::string_view text, std::size_t count) {
-    std::string all;
-    for (std::size_t i = 0; i < count; i++)
-        all += text;
-    return all;
-}
-
 TEST(HostileExpressions, NoneReachesTheCompiler) {
     const test::ProgramFolder folder;
     // A compiler that reports that it was started.
@@ -65,15 +58,6 @@ TEST(HostileExpressions, NoneReachesTheCompiler) {
 
     EXPECT_FALSE(functions.Compile("x")) << "this compiler makes no add-on";
     EXPECT_TRUE(fs::exists(started)) << "but it is the one that is started";
-}
-
-/// Some are harmless except for their size.
-TEST(HostileExpressions, SizeCostsNothing) {
-    constexpr std::size_t kSize = 2'000'000;
-    for (const std::string_view text : {"(", ")", "-", "- ", "x+", "1", "sin(", "(int)", "x?",
-                                        "x?x:", "x,", " ", "\t", "\\", "\n", "?\?/", "a"})
-        EXPECT_TRUE(vexa::CheckExpression(Repeated(text, kSize / text.size()))) << text;
-    EXPECT_TRUE(vexa::CheckExpression(std::string(kSize, '\0')));
 }
 
 } // namespace

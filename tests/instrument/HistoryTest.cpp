@@ -153,33 +153,6 @@ TEST(History, WhatControllersMoveStays) {
     EXPECT_EQ(history.Redo().function.expression, "y");
 }
 
-/// All sounds since a file was read belong to the file, under the name of the last save.
-TEST(History, KnowsWhatIsSaved) {
-    Sound sound;
-    History history(sound, "default");
-    Text(sound, ParameterId::Ax0) = "2";
-    history.Take(sound, At(0));
-    history.File() = {"mine", sound};
-    const auto isSaved = [&] { return history.Present() == history.File().saved; };
-    history.Undo();
-    EXPECT_FALSE(isSaved());
-    EXPECT_EQ(history.File().name, "mine");
-    history.Redo();
-    EXPECT_TRUE(isSaved());
-    history.Load(Sound(), "bell", "sound bell");
-    EXPECT_EQ(history.File().name, "bell");
-    EXPECT_TRUE(isSaved());
-    history.Undo();
-    EXPECT_TRUE(isSaved());
-    EXPECT_EQ(history.File().name, "mine");
-    history.Load(history.Present(), "mine", "sound mine");
-    history.Do(history.Present(), "mutation");
-    EXPECT_EQ(history.UndoName(), "radius x, times the envelope");
-    history.Do(Sound(), "mutation");
-    EXPECT_EQ(history.UndoName(), "mutation");
-    EXPECT_EQ(history.File().name, "mine");
-}
-
 TEST(History, AnAuthorCountsAsAChangeOnlyIfThePersonHasEnteredIt) {
     Sound sound;
     sound.author = "Vexa";

@@ -445,6 +445,9 @@ TEST_F(UndoTest, ClosingAsksAboutWhatWasLeftForAnotherSound) {
     view->SaveSound("another.xml");
     EXPECT_TRUE(mayClose(0));
     EXPECT_TRUE(alerts.texts.empty());
+    view->LoadSound(In("sounds/pad.xml"));
+    EXPECT_TRUE(mayClose(0)) << "what was left is saved";
+    view->Undo();
     // Discarded changes are not asked about again, unless the user returns to them.
     Enter("Cx1", "6");
     alerts.answer = 1;

@@ -451,13 +451,11 @@ TEST_F(VexaViewTest, TheSourceMenuListsEachSourceOnceAndConnectsTheChosenOne) {
         EXPECT_EQ(count, 1) << label;
     }
     EXPECT_EQ(view->DeviceMenu().Title(), "none");
-    const auto press = [&](int32 key) {
-        BMessage message(B_KEY_DOWN);
-        message.AddInt32("key", key);
-        BMessenger(window).SendMessage(message);
-        test::Settle();
-    };
     const auto sounds = [&] {
+        BMessage press(B_KEY_DOWN);
+        press.AddInt32("key", 24);
+        BMessenger(window).SendMessage(press);
+        test::Settle();
         // Unregistering ends the MIDI thread after it has handled all sent events.
         view->Graph().Consumer().Unregister();
         return view->Graph().Consumer().CountVox();
@@ -465,12 +463,22 @@ TEST_F(VexaViewTest, TheSourceMenuListsEachSourceOnceAndConnectsTheChosenOne) {
     view->DeviceMenu().FindItem(vexa::ComputerKeyboard::kName)->Choose();
     test::Settle();
     EXPECT_EQ(view->DeviceMenu().Title(), vexa::ComputerKeyboard::kName);
-    press(24);
-    // Without a source the keys are silent.
+    EXPECT_EQ(sounds(), 1);
+}
+
+TEST_F(VexaViewTest, WithoutASourceKeysAreSilent) {
+    Open(false);
+    view->DeviceMenu().FindItem(vexa::ComputerKeyboard::kName)->Choose();
+    test::Settle();
     view->DeviceMenu().FindItem("none")->Choose();
     test::Settle();
-    press(25);
-    EXPECT_EQ(sounds(), 1);
+    EXPECT_EQ(view->DeviceMenu().Title(), "none");
+    BMessage press(B_KEY_DOWN);
+    press.AddInt32("key", 24);
+    BMessenger(window).SendMessage(press);
+    test::Settle();
+    view->Graph().Consumer().Unregister();
+    EXPECT_EQ(view->Graph().Consumer().CountVox(), 0);
 }
 
 TEST_F(VexaViewTest, ProgramChangesChooseSoundsWhereTheyAreLetTo) {

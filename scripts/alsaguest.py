@@ -11,11 +11,9 @@ import pathlib
 import subprocess
 import time
 
+from windowstage import SINE
+
 RATE = 48000
-SINE = """<vexasound><vexafunction><expression>x</expression></vexafunction>
-<dcxdt><env>0</env></dcxdt><dcydt><env>0</env></dcydt>
-<ax><env>1</env><envdata><envpoint t="0" val="1" fku="false"/><envpoint t="0.02" val="0" fku="true"/></envdata></ax>
-<ay><env>0</env></ay></vexasound>"""
 FOLDER = pathlib.Path("/run/vexa-alsa")
 LOG = FOLDER / "log"
 # The name lacks ALSA's address (client and port), which another boot may give to another device.
@@ -50,9 +48,10 @@ class Ear:
 
     def __init__(self):
         self.path = FOLDER / "heard"
-        self.path.write_bytes(b"")
-        self.process = subprocess.Popen(["arecord", "-q", "-D", "hw:0,1", "-t", "raw", "-f", "S32_LE", "-r", str(RATE),
-                                         "-c", "2", self.path])
+        # To the standard output: arecord would remove a file and make it anew, so that meanwhile there were none.
+        with open(self.path, "wb") as heard:
+            self.process = subprocess.Popen(["arecord", "-q", "-D", "hw:0,1", "-t", "raw", "-f", "S32_LE",
+                                             "-r", str(RATE), "-c", "2"], stdout=heard)
 
     def loud(self):
         """Returns whether a note sounds: some sample of the next half second exceeds 1 % of full scale."""

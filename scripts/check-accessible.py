@@ -9,17 +9,14 @@ not reach every control that takes the keyboard and then return to the first, or
 itself does not tell what its keys choose and change.
 """
 import argparse
-import os
 import pathlib
 import subprocess
 import sys
-import tempfile
 import time
 
-from windowstage import end
+from windowstage import children, on_a_stage, running, wait_for
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-JACK = "vexa-accessible"
 # The longest wait for the window, in seconds.
 START = 60
 # An upper bound of the number of controls.
@@ -42,42 +39,6 @@ KEYS = (("list", "sounds", "Down", FOCUS, "list item"),
         ("check box", "hold", "space", "object:state-changed:checked", "check box"))
 SILENT_ROLES = {"filler", "frame", "application", "panel", "scroll pane", "layered pane", "viewport",
                 "separator", "scroll bar", "unknown", "window", "internal frame", "root pane"}
-
-
-def within_a_desktop(arguments):
-    """Runs this script again under an X server and a session bus of its own, and returns its exit code."""
-    folder = tempfile.TemporaryDirectory()
-    os.chmod(folder.name, 0o700)
-    environment = dict(os.environ, XDG_RUNTIME_DIR=folder.name, XDG_DATA_HOME=folder.name + "/data",
-                       XDG_CONFIG_HOME=folder.name + "/config", QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1",
-                       VEXA_WITHIN="1")
-    environment.pop("WAYLAND_DISPLAY", None)
-    server = subprocess.Popen(["Xvfb", "-displayfd", "1", "-screen", "0", "1920x1200x24", "-nolisten", "tcp"],
-                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
-    environment["DISPLAY"] = ":" + server.stdout.readline().strip()
-    command = ["dbus-run-session", "--", sys.executable, __file__, *arguments]
-    code = subprocess.run(command, env=environment).returncode
-    end(server)
-    folder.cleanup()
-    return code
-
-
-def wait_for(what, seconds=START):
-    """Calls `what` until it returns a true value, and returns that; ends the script after `seconds`."""
-    end = time.monotonic() + seconds
-    while time.monotonic() < end:
-        found = what()
-        if found:
-            return found
-        time.sleep(0.1)
-    sys.exit("check-accessible: the window does not answer")
-
-
-def children(node):
-    for index in range(node.childCount):
-        child = node.getChildAtIndex(index)
-        if child is not None:
-            yield child
 
 
 def tree(node, path=()):
@@ -231,10 +192,10 @@ def faults_of_keys(window):
 
 def walk(verbose):
     import pyatspi
-    window = wait_for(lambda: next(
+    window = wait_for("the window", lambda: next(
         (child for application in children(pyatspi.Registry.getDesktop(0))
          if application.name.lower() == "vexa" for child in children(application)
-         if child.getRoleName() in WINDOW_ROLES), None))
+         if child.getRoleName() in WINDOW_ROLES), None), START)
     time.sleep(2)
     nodes = list(tree(window))
     if verbose:
@@ -255,21 +216,11 @@ def main():
     parser.add_argument("build", nargs="?", type=pathlib.Path, default=ROOT / "build/release")
     parser.add_argument("options", nargs=argparse.REMAINDER, help="options for vexa, after the build")
     arguments = parser.parse_args()
-    if "VEXA_WITHIN" not in os.environ:
-        return within_a_desktop(sys.argv[1:])
-    launcher = subprocess.Popen(["/usr/libexec/at-spi-bus-launcher", "--launch-immediately"],
-                                stderr=subprocess.DEVNULL)
-    jack = subprocess.Popen(["jackd", "-r", "-n", JACK, "-d", "dummy", "-r", "48000", "-p", "256"],
-                            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-    manager = subprocess.Popen(["openbox"], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-    time.sleep(1)
-    vexa = subprocess.Popen([arguments.build / "bin" / "vexa", "--user-folder", *arguments.options],
-                            env=dict(os.environ, JACK_DEFAULT_SERVER=JACK))
-    try:
-        return walk(arguments.verbose)
-    finally:
-        for process in (vexa, manager, jack, launcher):
-            end(process)
+
+    def check(_):
+        with running(arguments.build / "bin/vexa", "--user-folder", *arguments.options):
+            return walk(arguments.verbose)
+    return on_a_stage(check)
 
 
 if __name__ == "__main__":

@@ -5,43 +5,22 @@ import os
 import pathlib
 import subprocess
 import threading
-import time
 
 import numpy
 
-RATE = 48000
+from windowstage import RATE, jack_server, wait_for
+
 PERIOD = 256
-
-
-def wait_for(what, is_so, seconds=60):
-    end = time.monotonic() + seconds
-    while not is_so():
-        if time.monotonic() > end:
-            raise SystemExit(f"{what}: timed out after {seconds} s")
-        time.sleep(0.02)
 
 
 @contextlib.contextmanager
 def server():
     """Runs a JACK server, which meanwhile is the default of this process and its children."""
-    name = f"vexa-jalv-{os.getpid()}"
-    os.environ.update(JACK_DEFAULT_SERVER=name, JACK_NO_START_SERVER="1")
-    with subprocess.Popen(["jackd", "-r", "-n", name, "-d", "dummy", "-r", str(RATE), "-p", str(PERIOD)],
-                          stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) as process:
-        try:
-            import jack
-            jack.set_error_function(lambda text: None)
-            jack.set_info_function(lambda text: None)
-
-            def is_there():
-                with contextlib.suppress(jack.JackError):
-                    jack.Client("probe", no_start_server=True).close()
-                    return True
-                return False
-            wait_for("jackd", is_there)
-            yield
-        finally:
-            process.terminate()
+    import jack
+    jack.set_error_function(lambda text: None)
+    jack.set_info_function(lambda text: None)
+    with jack_server(PERIOD):
+        yield
 
 
 class Jalv:

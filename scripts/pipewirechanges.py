@@ -14,12 +14,8 @@ import time
 import jack
 import numpy
 
-from windowstage import display, run, running, wait_for
+from windowstage import SINE, display, run, running, wait_for
 
-SINE = """<vexasound><vexafunction><expression>x</expression></vexafunction>
-<dcxdt><env>0</env></dcxdt><dcydt><env>0</env></dcydt>
-<ax><env>1</env><envdata><envpoint t="0" val="1" fku="false"/><envpoint t="0.02" val="0" fku="true"/></envdata></ax>
-<ay><env>0</env></ay></vexasound>"""
 KEY, PITCH = 69, 440
 # Seconds after most changes by which the note must be back; of the stretch that shows it; after the slowest change.
 MOST, STRETCH, LIMIT = 0.5, 0.1, 5

@@ -16,6 +16,11 @@ import time
 import xml.etree.ElementTree
 
 RATE = 48000
+# The plane f = x with a circle: each note is a pure sine, at its full size until 20 ms after its end.
+SINE = """<vexasound><vexafunction><expression>x</expression></vexafunction>
+<dcxdt><env>0</env></dcxdt><dcydt><env>0</env></dcydt>
+<ax><env>1</env><envdata><envpoint t="0" val="1" fku="false"/><envpoint t="0.02" val="0" fku="true"/></envdata></ax>
+<ay><env>0</env></ay></vexasound>"""
 UNSAVED = "Unsaved changes"
 UNDO, REDO = "undo (Ctrl Z)", "redo (Ctrl Shift Z)"
 
@@ -74,42 +79,55 @@ def display(width, height):
         yield
 
 
+@contextlib.contextmanager
+def jack_server(period):
+    """Runs a JACK server without a device, which meanwhile is the default of this process and its children."""
+    name = f"vexa-stage-{os.getpid()}"
+    os.environ.update(JACK_DEFAULT_SERVER=name, JACK_NO_START_SERVER="1")
+    for _ in range(30):
+        # A server gives up if JACK's list of servers is full.
+        with running("jackd", "-r", "-n", name, "-d", "dummy", "-r", RATE, "-p", period,
+                     stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) as server:
+            if wait_for("the JACK server", lambda: server.poll() is not None or "system:playback_1" in run("jack_lsp")) \
+                    and server.poll() is None:
+                yield
+                return
+        run(pathlib.Path(__file__).with_name("forget-jack-servers"))
+        time.sleep(1)
+    raise SystemExit("no JACK server starts")
+
+
 def on_a_stage(main, scale="1", period=1024):
     """Runs `main(folder)` on a display with a session bus and a JACK server, and returns its result or
     exits with it. `folder` is a new one for the files of programs. `scale` is the number of screen pixels
     per window pixel, `period` that of frames in a period of JACK."""
+    # On SIGTERM the script exits as usual, so that all started processes are ended.
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))
     if "VEXA_STAGE" not in os.environ:
         environment = dict(os.environ, VEXA_STAGE="1", QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1",
                            QT_SCALE_FACTOR=scale)
-        for name in ("WAYLAND_DISPLAY", "QT_QPA_PLATFORM"):
+        for name in ("WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "NSM_URL"):
             environment.pop(name, None)
-        sys.exit(subprocess.run(["dbus-run-session", "--", sys.executable, *sys.argv], env=environment).returncode)
-    # On SIGTERM the script exits as usual, so that all started processes are ended.
-    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))
+        # The bus's program passes no signal on; it has a process group of its own for that.
+        with subprocess.Popen(["dbus-run-session", "--", sys.executable, *sys.argv], env=environment,
+                              start_new_session=True) as session:
+            try:
+                sys.exit(session.wait())
+            finally:
+                with contextlib.suppress(ProcessLookupError):
+                    os.killpg(session.pid, signal.SIGTERM)
     quiet = {"stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
     # A screen on which the window has room for all its parts.
     side = [int(pixels * float(scale)) for pixels in (1920, 1200)]
     with contextlib.ExitStack() as stack:
         folder = pathlib.Path(stack.enter_context(tempfile.TemporaryDirectory()))
-        name = f"vexa-stage-{os.getpid()}"
         for variable, place in (("XDG_RUNTIME_DIR", "run"), ("XDG_DATA_HOME", "data"), ("XDG_CONFIG_HOME", "config")):
             (folder / place).mkdir(mode=0o700)
             os.environ[variable] = str(folder / place)
-        os.environ.update(JACK_DEFAULT_SERVER=name, JACK_NO_START_SERVER="1")
         stack.enter_context(display(*side))
         stack.enter_context(running("/usr/libexec/at-spi-bus-launcher", "--launch-immediately", **quiet))
         stack.enter_context(running("openbox", **quiet))
-        jackd = "jackd", "-r", "-n", name, "-d", "dummy", "-r", RATE, "-p", period
-        for _ in range(30):
-            # A server gives up if JACK's list of servers is full.
-            server = stack.enter_context(running(*jackd, **quiet))
-            if wait_for("the JACK server", lambda: server.poll() is not None or "system:playback_1" in run("jack_lsp")) \
-                    and server.poll() is None:
-                break
-            run(pathlib.Path(__file__).with_name("forget-jack-servers"))
-            time.sleep(1)
-        else:
-            raise SystemExit("no JACK server starts")
+        stack.enter_context(jack_server(period))
         return main(folder)
 
 

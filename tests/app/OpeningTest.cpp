@@ -283,13 +283,9 @@ TEST_F(OpeningTest, TheManualAndTheOwnSoundsAreShownOrItTellsWhyNot) {
     const test::EnvironmentVariable path("PATH", (In("bin").string() + ":/bin").c_str());
     // Libraries do not mark all of their descriptors close-on-exec. The shell may have a file of
     // its own under the same number, so the script compares the files.
-    const auto openHere = folder.Write("open", "");
-    const kits::Descriptor open(::open(openHere.c_str(), O_RDONLY));
-    const std::string inherited =
-        "/dev/fd/" + std::to_string(open.Number()) + " -ef " + openHere.string();
-    opener(("#!/bin/sh\n[ " + inherited + " ] && echo inherited > " + shown.string() +
-            ".new\necho \"$1\" >> " + shown.string() + ".new\nmv " + shown.string() + ".new " +
-            shown.string())
+    const kits::Descriptor open(::open(folder.Write("open", "").c_str(), O_RDONLY));
+    opener(("#!/bin/sh\ncd \"${0%/*}/..\"\n[ /dev/fd/" + std::to_string(open.Number()) +
+            " -ef open ] && echo inherited > new\necho \"$1\" >> new\nmv new shown")
                .c_str());
     Pick("Help");
     ASSERT_TRUE(waitFor([&] { return fs::exists(shown); }));

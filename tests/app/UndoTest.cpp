@@ -127,7 +127,7 @@ TEST_F(UndoTest, ComesBackToTheFirstSoundAndForthToTheLast) {
     Open();
     alerts.answer = 1; // discards the unsaved changes
     std::vector<std::string> documents{Document()};
-    std::vector<std::string> names;
+    std::vector<std::string> names{view->SoundName()};
     const float first = Plays(1, 0.5F);
     for (int i = 0; i < 500; i++) {
         Gesture();
@@ -136,11 +136,13 @@ TEST_F(UndoTest, ComesBackToTheFirstSoundAndForthToTheLast) {
             ASSERT_TRUE(view->CanUndo());
             ASSERT_NE(view->UndoName(), "");
             documents.push_back(std::move(now));
+            names.push_back(view->SoundName());
         }
     }
     EXPECT_GT(documents.size(), 350U);
     view->LoadSound(In("sounds/bell.xml"));
     documents.push_back(Document());
+    names.push_back("bell");
     const float last = Plays(1, 0.5F);
     alerts.texts.clear();
     // At least one step for each document, and no step that changes nothing but the file to which
@@ -151,6 +153,7 @@ TEST_F(UndoTest, ComesBackToTheFirstSoundAndForthToTheLast) {
         test::Settle();
         if (i > 0 && Document() != documents[i]) {
             ASSERT_EQ(Document(), documents[--i]) << i;
+            EXPECT_EQ(view->SoundName(), names[i]) << i;
         }
     }
     EXPECT_EQ(Document(), documents.front());
@@ -158,10 +161,12 @@ TEST_F(UndoTest, ComesBackToTheFirstSoundAndForthToTheLast) {
     EXPECT_EQ(Plays(1, 0.5F), first);
     EXPECT_FALSE(view->Changed());
     EXPECT_EQ(view->SoundName(), "default");
-    while (view->CanRedo())
+    for (std::size_t i = 1; view->CanRedo(); i++) {
         view->Redo();
+        ASSERT_EQ(Document(), documents[i]) << i;
+        EXPECT_EQ(view->SoundName(), names[i]) << i;
+    }
     test::Settle();
-    EXPECT_EQ(Document(), documents.back());
     EXPECT_EQ(Plays(1, 0.5F), last);
     EXPECT_FALSE(view->Changed());
     EXPECT_EQ(alerts.texts.size(), 0U) << alerts.texts[0];
@@ -440,6 +445,9 @@ TEST_F(UndoTest, ClosingAsksAboutWhatWasLeftForAnotherSound) {
     view->SaveSound("another.xml");
     EXPECT_TRUE(mayClose(0));
     EXPECT_TRUE(alerts.texts.empty());
+    view->LoadSound(In("sounds/pad.xml"));
+    EXPECT_TRUE(mayClose(0)) << "what was left is saved";
+    view->Undo();
     // Discarded changes are not asked about again, unless the user returns to them.
     Enter("Cx1", "6");
     alerts.answer = 1;

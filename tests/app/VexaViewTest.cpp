@@ -442,11 +442,20 @@ TEST_F(VexaViewTest, TheSourceMenuListsEachSourceOnceAndConnectsTheChosenOne) {
     BMessenger(view).SendMessage(BMessage(B_MIDI_EVENT));
     BMessenger(view).SendMessage(BMessage(B_MIDI_EVENT));
     test::Settle();
-    ASSERT_EQ(view->DeviceMenu().CountItems(), 4U) << "with what lets programs choose";
+    // The machine may have sources of its own.
+    for (const std::string_view label :
+         {"none", vexa::ComputerKeyboard::kName, "Let program changes choose sounds"}) {
+        int count = 0;
+        for (std::size_t i = 0; i < view->DeviceMenu().CountItems(); i++)
+            count += view->DeviceMenu().ItemAt(i)->Label() == label;
+        EXPECT_EQ(count, 1) << label;
+    }
     EXPECT_EQ(view->DeviceMenu().Title(), "none");
-    BMessage press(B_KEY_DOWN);
-    press.AddInt32("key", 24);
     const auto sounds = [&] {
+        BMessage press(B_KEY_DOWN);
+        press.AddInt32("key", 24);
+        BMessenger(window).SendMessage(press);
+        test::Settle();
         // Unregistering ends the MIDI thread after it has handled all sent events.
         view->Graph().Consumer().Unregister();
         return view->Graph().Consumer().CountVox();
@@ -454,9 +463,22 @@ TEST_F(VexaViewTest, TheSourceMenuListsEachSourceOnceAndConnectsTheChosenOne) {
     view->DeviceMenu().FindItem(vexa::ComputerKeyboard::kName)->Choose();
     test::Settle();
     EXPECT_EQ(view->DeviceMenu().Title(), vexa::ComputerKeyboard::kName);
+    EXPECT_EQ(sounds(), 1);
+}
+
+TEST_F(VexaViewTest, WithoutASourceKeysAreSilent) {
+    Open(false);
+    view->DeviceMenu().FindItem(vexa::ComputerKeyboard::kName)->Choose();
+    test::Settle();
+    view->DeviceMenu().FindItem("none")->Choose();
+    test::Settle();
+    EXPECT_EQ(view->DeviceMenu().Title(), "none");
+    BMessage press(B_KEY_DOWN);
+    press.AddInt32("key", 24);
     BMessenger(window).SendMessage(press);
     test::Settle();
-    EXPECT_EQ(sounds(), 1);
+    view->Graph().Consumer().Unregister();
+    EXPECT_EQ(view->Graph().Consumer().CountVox(), 0);
 }
 
 TEST_F(VexaViewTest, ProgramChangesChooseSoundsWhereTheyAreLetTo) {
@@ -529,20 +551,6 @@ TEST_F(VexaViewTest, AnotherChannelReleasesWhatIsHeldAndTheKeysPlayOnIt) {
     EXPECT_TRUE(view->Engine().voices[0].released);
     EXPECT_FALSE(view->Engine().voices[1].released);
     PressButton("Silence");
-    EXPECT_EQ(view->Graph().Consumer().CountVox(), 0);
-}
-
-TEST_F(VexaViewTest, WithoutASourceKeysAreSilent) {
-    Open(false);
-    view->DeviceMenu().FindItem(vexa::ComputerKeyboard::kName)->Choose();
-    test::Settle();
-    view->DeviceMenu().FindItem("none")->Choose();
-    test::Settle();
-    BMessage press(B_KEY_DOWN);
-    press.AddInt32("key", 24);
-    BMessenger(window).SendMessage(press);
-    test::Settle();
-    view->Graph().Consumer().Unregister();
     EXPECT_EQ(view->Graph().Consumer().CountVox(), 0);
 }
 

@@ -103,17 +103,6 @@ TEST(FunctionCompiler, CopiesTheTemplateByteForByteAndTheTextUnescaped) {
                   bytes);
 }
 
-TEST(FunctionCompiler, RefusedExpressionsReachNoFile) {
-    const Folder folder;
-    const CompileOutcome outcome =
-        FunctionCompiler(folder.Path()).Compile("x + system(\"touch /tmp/x\")");
-    EXPECT_FALSE(outcome);
-    EXPECT_FALSE(outcome.addon);
-    EXPECT_THAT(outcome.alerts, ElementsAre(CompilerAlert(folder)));
-    EXPECT_THAT(outcome.text, HasSubstr("character 5: \"system\" is neither"));
-    EXPECT_EQ(folder.Files(), Files{"addon.c"});
-}
-
 TEST(FunctionCompiler, ReportsWhatTheCompilerSays) {
     const Folder folder;
     const CompileOutcome outcome = FunctionCompiler(folder.Path()).Compile("x % 2");

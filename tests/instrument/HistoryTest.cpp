@@ -6,8 +6,6 @@
 #include "instrument/SoundText.h"
 #include "synth/ParameterTable.h"
 
-#include <random>
-
 #include <gtest/gtest.h>
 
 namespace {
@@ -94,53 +92,6 @@ TEST(History, NamesWhatASoundDiffersIn) {
     EXPECT_EQ(vexa::Difference({}, three), "several parts");
 }
 
-/// Undoes and redoes all of five hundred sounds, with documents read in between.
-TEST(History, GoesBackToTheFirstSoundAndForthToTheLast) {
-    std::mt19937 random(7); // NOLINT(cert-msc32-c,cert-msc51-cpp)
-    Sound sound;
-    History history(sound, "first");
-    std::vector<std::string> documents{vexa::SoundText(sound)};
-    std::vector<std::string> files{"first"};
-    for (int i = 1; i <= 500; i++) {
-        const auto& [name, change] = kChanges[random() % std::size(kChanges)];
-        change(sound, i);
-        if (sound == history.Present())
-            continue;
-        if (random() % 20 == 0) {
-            files.push_back(std::to_string(i));
-            history.Load(sound, files.back(), "sound " + files.back());
-        } else {
-            files.push_back(files.back());
-            history.Take(sound, At(i, std::uint64_t(i)));
-        }
-        const bool loaded = files.back() != files[files.size() - 2];
-        EXPECT_EQ(history.UndoName(), loaded ? "sound " + files.back() : name);
-        documents.push_back(vexa::SoundText(sound));
-    }
-    ASSERT_EQ(history.Steps(), documents.size() - 1);
-    EXPECT_FALSE(history.CanRedo());
-    for (int pass = 0; pass < 2; pass++) {
-        for (std::size_t i = documents.size() - 1; i-- > 0;) {
-            ASSERT_EQ(vexa::SoundText(history.Undo()), documents[i]) << i;
-            EXPECT_EQ(history.File().name, files[i]);
-        }
-        EXPECT_FALSE(history.CanUndo());
-        EXPECT_EQ(history.UndoName(), "");
-        for (std::size_t i = 1; i < documents.size(); i++) {
-            ASSERT_EQ(vexa::SoundText(history.Redo()), documents[i]) << i;
-            EXPECT_EQ(history.File().name, files[i]);
-        }
-    }
-    // An edit after Undo discards the undone sounds.
-    for (int i = 0; i < 10; i++)
-        history.Undo();
-    sound = history.Present();
-    sound.author = "another";
-    history.Take(sound, At(0, 1000));
-    EXPECT_FALSE(history.CanRedo());
-    EXPECT_EQ(history.Steps(), documents.size() - 10);
-}
-
 TEST(History, AGestureIsOneStep) {
     Sound sound;
     History history(sound, "");
@@ -202,33 +153,6 @@ TEST(History, WhatControllersMoveStays) {
     EXPECT_EQ(history.Redo().function.expression, "y");
 }
 
-/// All sounds since a file was read belong to the file, under the name of the last save.
-TEST(History, KnowsWhatIsSaved) {
-    Sound sound;
-    History history(sound, "default");
-    Text(sound, ParameterId::Ax0) = "2";
-    history.Take(sound, At(0));
-    history.File() = {"mine", sound};
-    const auto isSaved = [&] { return history.Present() == history.File().saved; };
-    history.Undo();
-    EXPECT_FALSE(isSaved());
-    EXPECT_EQ(history.File().name, "mine");
-    history.Redo();
-    EXPECT_TRUE(isSaved());
-    history.Load(Sound(), "bell", "sound bell");
-    EXPECT_EQ(history.File().name, "bell");
-    EXPECT_TRUE(isSaved());
-    history.Undo();
-    EXPECT_TRUE(isSaved());
-    EXPECT_EQ(history.File().name, "mine");
-    history.Load(history.Present(), "mine", "sound mine");
-    history.Do(history.Present(), "mutation");
-    EXPECT_EQ(history.UndoName(), "radius x, times the envelope");
-    history.Do(Sound(), "mutation");
-    EXPECT_EQ(history.UndoName(), "mutation");
-    EXPECT_EQ(history.File().name, "mine");
-}
-
 TEST(History, AnAuthorCountsAsAChangeOnlyIfThePersonHasEnteredIt) {
     Sound sound;
     sound.author = "Vexa";
@@ -275,50 +199,6 @@ TEST(History, RenamesTheSoundsOfAFileWhereverTheyAre) {
     EXPECT_EQ(history.Undo().info.name, "mine");
     EXPECT_EQ(history.Present().info.comment, "first");
     EXPECT_EQ(history.Undo(), Sound()) << "it belongs to another file";
-}
-
-/// Counts per file the unsaved changes that remain when another file's sound is loaded.
-TEST(History, KnowsWhichSoundsWereLeftWithChanges) {
-    Sound sound;
-    History history(sound, "first");
-    std::uint64_t gestures = 0;
-    const auto edit = [&](const char* text) {
-        Text(sound, ParameterId::Ax0) = text;
-        history.Take(sound, At(0, ++gestures));
-    };
-    const auto left = [&] {
-        std::string names;
-        for (const History::LeftSound& known : history.Left())
-            names += known.name + ' ';
-        return names;
-    };
-    history.Load(sound = Sound(), "as it was", "");
-    edit("2");
-    edit("3");
-    EXPECT_EQ(left(), "") << "it is the present one";
-    history.Load(sound = Sound(), "second", "");
-    EXPECT_EQ(left(), "as it was ");
-    edit("4");
-    history.Load(sound = Sound(), "third", "");
-    EXPECT_EQ(left(), "second as it was ");
-    // Changes of one file are discarded, and only in their present state.
-    edit("5");
-    history.GiveUp(true);
-    history.Load(sound = Sound(), "fourth", "");
-    EXPECT_EQ(left(), "second as it was ");
-    history.Undo();
-    history.Load(sound = Sound(), "fourth", "");
-    EXPECT_EQ(left(), "third second as it was ");
-    // A sound reached again by Undo can be saved.
-    sound = history.UndoTo(history.Left()[1].place);
-    EXPECT_EQ(history.File().name, "second");
-    EXPECT_EQ(Text(sound, ParameterId::Ax0), "4");
-    EXPECT_EQ(left(), "as it was ");
-    history.File().saved = sound;
-    for (int i = 0; i < 3; i++)
-        history.Redo();
-    EXPECT_EQ(history.File().name, "fourth");
-    EXPECT_EQ(left(), "third as it was ");
 }
 
 } // namespace

@@ -51,8 +51,10 @@ TEST(AlsaDevice, PlaysOnAfterAnUnderrunAndHasGoneAfterAnError) {
         void Await(uint32) noexcept override {}
     } silence;
     const test::TemporaryFolder folder;
-    const std::string config = folder.Write("alsa.conf", "pcm.default { type null }");
-    const test::EnvironmentVariable path("ALSA_CONFIG_PATH", config.c_str());
+    folder.Write("alsa.conf", "pcm.default { type null }");
+    // The path is relative because ALSA splits the variable at blanks.
+    const test::CurrentFolder inside(folder.Path());
+    const test::EnvironmentVariable path("ALSA_CONFIG_PATH", "alsa.conf");
     const auto device = kits::OpenRtAudioDevice(kits::AudioSystem::Alsa);
     ASSERT_TRUE(device) << device.Fault().text;
     ASSERT_TRUE((*device)->Start(silence));

@@ -28,23 +28,6 @@ namespace fs = std::filesystem;
 using test::Contents;
 using test::TemporaryFolder;
 
-TEST(FileReplacement, TakesThePlaceOnlyWhenCommitted) {
-    const TemporaryFolder folder;
-    const fs::path file = folder.Write("a.txt", "old");
-    {
-        auto replacement = kits::FileReplacement::Create(file);
-        ASSERT_TRUE(replacement);
-        ASSERT_TRUE(replacement->Write("new"));
-        EXPECT_EQ(Contents(file), "old");
-    }
-    EXPECT_EQ(Contents(file), "old");
-    EXPECT_EQ(folder.Count(), 1U) << "an abandoned replacement leaves nothing";
-
-    ASSERT_TRUE(kits::ReplaceFile(file, "new"));
-    EXPECT_EQ(Contents(file), "new");
-    EXPECT_EQ(folder.Count(), 1U);
-}
-
 TEST(FileReplacement, KeepsLinksAndPermissions) {
     const TemporaryFolder folder;
     const fs::path file = folder.Write("a.txt", "old");

@@ -86,6 +86,8 @@ TEST(Ring, PartsComeTogether) {
 }
 
 TEST(TraceLater, TellsWhatWasPutDownAndHowMuchFoundNoRoom) {
+    // In a process of its own, which has not looked at the variable yet.
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(
         {
             ::setenv("VEXA_TRACE", "1", 1);

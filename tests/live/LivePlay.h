@@ -114,7 +114,11 @@ class LivePlay {
   private:
     static std::vector<std::string> Arguments(const std::filesystem::path& sound,
                                               const std::vector<std::string>& options) {
-        std::vector<std::string> arguments{VEXA_PROGRAM_FOLDER "/vexa", "--no-window", "--sound",
+        std::vector<std::string> arguments{VEXA_PROGRAM_FOLDER "/vexa",
+                                           "--no-window",
+                                           "--audio",
+                                           "jack",
+                                           "--sound",
                                            sound.string()};
         arguments.insert(arguments.end(), options.begin(), options.end());
         return arguments;

@@ -3,6 +3,7 @@
 #include "kits/support/ClientName.h"
 #include "kits/support/backends/JackClient.h"
 #include "live/LivePlay.h"
+#include "support/Environment.h"
 #include "support/SoundFiles.h"
 #include "support/Spectrum.h"
 
@@ -523,7 +524,7 @@ TEST(Live, ProgramChangesChooseSounds) {
     // File names that sort before and after those of the shipped sounds.
     data.Write("vexa/sounds/0.xml", sine.substr(0, sine.rfind('<')) + octave);
     data.Write("vexa/sounds/1.xml", "no sound");
-    ::setenv("XDG_DATA_HOME", data.Path().c_str(), 1);
+    const test::EnvironmentVariable home("XDG_DATA_HOME", data.Path().c_str());
     namespace fs = std::filesystem;
     const auto count = 2 + std::distance(fs::directory_iterator(VEXA_PROGRAM_FOLDER "/sounds"), {});
     const auto sounds = [count](LivePlay& play) {
@@ -551,7 +552,6 @@ TEST(Live, ProgramChangesChooseSounds) {
                level(26400, 440) > 0.2 && level(26400, 220) > 0.2 && level(43000, 1760) > 0.2;
     };
     EXPECT_TRUE(SoundsRight(sounds, {"--user-folder", "--programs"}, 512));
-    ::unsetenv("XDG_DATA_HOME");
 }
 
 /// Runs without other clients in this process: their sockets, numbered next to the program's, may

@@ -2,6 +2,7 @@
 // A locale with a decimal comma, independent of the machine's locales.
 #pragma once
 
+#include "support/Command.h"
 #include "support/TemporaryFolder.h"
 
 #include <clocale>
@@ -17,8 +18,7 @@ class DecimalComma {
     DecimalComma() : before(std::setlocale(LC_ALL, nullptr)) {
         const std::string locale = (folder.Path() / "de_DE.UTF-8").string();
         // localedef warns, and exits with 1, about parts that the source leaves to other locales.
-        if (std::system(("localedef -i de_DE -f UTF-8 " + locale + " >/dev/null 2>&1").c_str()) < 0)
-            throw std::runtime_error("localedef cannot be run");
+        RunCommand({"localedef", "-i", "de_DE", "-f", "UTF-8", locale});
         ::setenv("LOCPATH", folder.Path().c_str(), 1);
         if (!std::setlocale(LC_ALL, "de_DE.UTF-8") || *std::localeconv()->decimal_point != ',')
             throw std::runtime_error("no German locale: is the package locales installed?");

@@ -95,8 +95,9 @@ inline void WithReadOnlyFolders(const std::vector<std::filesystem::path>& folder
         ::chmod(folder.c_str(), 0555);
     // Permissions do not restrict root, so the work runs as another user.
     const uid_t user = ::geteuid();
-    if (::seteuid(user == 0 ? kNobody : user) == 0)
-        work();
+    if (::seteuid(user == 0 ? kNobody : user) != 0)
+        std::abort();
+    work();
     if (::seteuid(user) != 0)
         std::abort();
     for (const auto& folder : folders)

@@ -10,6 +10,8 @@
 #include <string>
 #include <string_view>
 
+#include <sys/xattr.h>
+
 namespace test {
 
 class TemporaryFolder {
@@ -42,6 +44,9 @@ class TemporaryFolder {
         return static_cast<std::size_t>(
             std::distance(std::filesystem::directory_iterator(path), {}));
     }
+
+    /// Returns whether the file system stores attributes of files, such as their types.
+    bool KeepsAttributes() const { return ::setxattr(path.c_str(), "user.probe", "", 0, 0) == 0; }
 
   private:
     std::filesystem::path path;

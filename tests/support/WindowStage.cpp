@@ -13,7 +13,9 @@
 #include <cstdlib>
 #include <memory>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 namespace test {
 
@@ -23,10 +25,15 @@ namespace {
 class ApplicationEnvironment : public testing::Environment {
   public:
     void SetUp() override {
-        // The toolkit's default screen is smaller than usual screens.
-        ::setenv("QT_QPA_PLATFORM",
-                 "offscreen:configfile=" VEXA_SOURCE_FOLDER "/tests/support/screen.json", 0);
+        // The toolkit's default screen is smaller than usual screens. It would read a path in the
+        // variable as Latin-1, hence the descriptor, which the programs of tests do not inherit.
+        const int screen =
+            ::open(VEXA_SOURCE_FOLDER "/tests/support/screen.json", O_RDONLY | O_CLOEXEC);
+        const std::string file = "/dev/fd/" + std::to_string(screen);
+        ::setenv("QT_QPA_PLATFORM", ("offscreen:configfile=" + file).c_str(), 1);
         application = std::make_unique<BApplication>("application/x-vnd.test-Test");
+        ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+        ::close(screen);
     }
     void TearDown() override { application.reset(); }
 

@@ -162,43 +162,6 @@ TEST(VoiceRenderer, IsTheScalarReferenceOverTenMinutesOfOneVoice) {
     EXPECT_LE(Difference({note}, 600 * 44100, 44100, 4410, stay), 1e-5F);
 }
 
-TEST(VoiceRenderer, PlaysNote69At440HertzForTenMinutes) {
-    Engine instrument;
-    test::MakeSine(instrument);
-    instrument.consumer.NoteOn(0, 69, 127, 0);
-    // The times of the first and the last upward zero crossing, after the attack.
-    const std::size_t minutes10 = 600 * 44100;
-    double first = 0;
-    double last = 0;
-    int crossings = 0;
-    float before = 1;
-    for (std::size_t done = 0; done < minutes10; done += 44100) {
-        const std::vector<float> samples = Render(instrument, 44100);
-        for (std::size_t i = 0; i < samples.size(); i++) {
-            if (done > 0 && before < 0 && samples[i] >= 0) {
-                last = double(done + i) - samples[i] / (double(samples[i]) - before);
-                if (crossings++ == 0)
-                    first = last;
-            }
-            before = samples[i];
-        }
-    }
-    const double hertz = 44100.0 * (crossings - 1) / (last - first);
-    EXPECT_NEAR(1200 * std::log2(hertz / 440.0), 0, 0.01) << hertz;
-}
-
-TEST(VoiceRenderer, TakesTheSampleRateThatItIsTold) {
-    Engine instrument;
-    test::MakeSine(instrument);
-    instrument.renderer.SetSampleRate(48000);
-    instrument.consumer.NoteOn(0, 81, 127, 0);
-    const std::vector<float> samples = Render(instrument, 48000);
-    int crossings = 0;
-    for (std::size_t i = 1; i < samples.size(); i++)
-        crossings += samples[i - 1] < 0 && samples[i] >= 0;
-    EXPECT_NEAR(crossings, 880, 1);
-}
-
 TEST(VoiceRenderer, RemovesTheConstantPartWhateverItIs) {
     Engine instrument;
     test::MakeSine(instrument);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/Sounds.h"
+#include "support/Spectrum.h"
 #include "support/TemporaryFolder.h"
 #include "tuning/Keymap.h"
 #include "tuning/Scale.h"
@@ -24,21 +25,6 @@ double CentsBetween(double hertz, double other) {
     return 1200 * std::log2(hertz / other);
 }
 
-/// Returns a frequency's component in the samples, with a Hann window.
-std::complex<double> PartAt(double hertz, std::span<const float> samples) {
-    const std::complex<double> turn = std::polar(1.0, -2 * M_PI * hertz / kRate);
-    const std::complex<double> slow = std::polar(1.0, 2 * M_PI / double(samples.size()));
-    std::complex<double> carrier = 1;
-    std::complex<double> window = 1;
-    std::complex<double> sum = 0;
-    for (const float sample : samples) {
-        sum += double(sample) * (1 - window.real()) * carrier;
-        carrier *= turn;
-        window *= slow;
-    }
-    return 2.0 * sum / double(samples.size());
-}
-
 /// Returns the difference in cents between the pitch of the key and the expected frequency, from
 /// the phase between two stretches of at least forty periods or half a second; NaN if the note is
 /// not found.
@@ -51,13 +37,12 @@ double CentsOff(const Tuning& tuning, int key, double hertz) {
     test::Render(instrument, window);
     const std::vector<float> samples = test::Render(instrument, window * 3 / 2);
     const std::size_t lag = window / 2;
-    const auto first = PartAt(hertz, std::span(samples).first(window));
-    const auto second = PartAt(hertz, std::span(samples).subspan(lag, window));
+    const auto first = test::Component(std::span(samples).first(window), hertz, kRate);
+    const auto second = test::Component(std::span(samples).subspan(lag, window), hertz, kRate);
     if (std::abs(first) < 0.1)
         return std::nan("");
-    const double turned = std::polar(1.0, 2 * M_PI * hertz * double(lag) / kRate).real();
-    const double lifted = std::polar(1.0, 2 * M_PI * hertz * double(lag) / kRate).imag();
-    const double phase = std::arg(second / first / std::complex(turned, lifted));
+    const double phase =
+        std::arg(second / first / std::polar(1.0, 2 * M_PI * hertz * double(lag) / kRate));
     return CentsBetween(hertz + phase * kRate / (2 * M_PI * double(lag)), hertz);
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "views/plane/PlaneOverlay.h"
 
+#include "kits/interface/backends/ViewWidget.h"
 #include "kits/support/NumberText.h"
 #include "midi/Engine.h"
 #include "support/Sounds.h"
@@ -9,7 +10,10 @@
 #include "views/R2RFView.h"
 #include "views/plane/OrbitColors.h"
 
+#include <QApplication>
+#include <QKeyEvent>
 #include <QTest>
+#include <QWindow>
 #include <cmath>
 #include <limits>
 #include <numeric>
@@ -325,6 +329,18 @@ TEST_F(OverlayTest, WheelMiddleButtonAndDoubleClickChangeTheView) {
     EXPECT_NEAR(view->ToView(grip.x, grip.y).x, 150, 0.2);
     EXPECT_NEAR(view->ToView(grip.x, grip.y).y, 80, 0.2);
     EXPECT_EQ(host.texts[0], "15");
+    // The first button does that too while Space is held.
+    const auto space = [&](QEvent::Type type) {
+        QKeyEvent event(type, Qt::Key_Space, {}, 65, 0, 0, " ");
+        QApplication::sendEvent(overlay->Widget().window()->windowHandle(), &event);
+    };
+    space(QEvent::KeyPress);
+    test::Press(*overlay, {150, 80});
+    test::Drag(*overlay, {110, 120});
+    test::Release(*overlay, {110, 120});
+    space(QEvent::KeyRelease);
+    EXPECT_NEAR(view->ToView(grip.x, grip.y).x, 110, 0.2);
+    EXPECT_NEAR(view->ToView(grip.x, grip.y).y, 120, 0.2);
 
     // The whole area of the orbit: it starts at 3 and drifts to the left for 20/3 seconds.
     engine.parameters.C0x0 = 3;

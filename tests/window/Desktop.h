@@ -27,7 +27,8 @@ class Desktop {
         : number(folder.Path() / "display"),
           server({"sh", "-c",
                   "exec Xvfb -displayfd 3 -screen 0 " + std::to_string(width) + 'x' +
-                      std::to_string(height) + "x24 -nolisten tcp 3>" + number.string()}) {
+                      std::to_string(height) + "x24 -nolisten tcp 3>\"$0\"",
+                  number.string()}) {
         std::string display;
         WaitFor("Xvfb", [&] {
             std::ifstream(number) >> display;

@@ -31,14 +31,13 @@ DocumentPanels::DocumentPanels(const kits::ProgramFolders& folders, const BMesse
 void DocumentPanels::Show(file_panel_mode mode, uint32 result, const char* folder,
                           const char* title, const std::string& name) {
     // Cancelled panels are no longer needed.
-    std::erase_if(panels, [](const auto& panel) { return !panel->IsShowing(); });
-    for (const auto& open : panels) {
-        if (open->Message().what != result)
+    std::erase_if(panels, [](const Open& open) { return !open.panel->IsShowing(); });
+    for (Open& open : panels) {
+        if (open.panel->Message().what != result)
             continue;
-        // The sound may have another name by now.
-        if (!name.empty())
-            open->SetSaveText(name);
-        return open->Show();
+        if (open.name != name)
+            open.panel->SetSaveText(open.name = name);
+        return open.panel->Show();
     }
     auto panel = std::make_unique<BFilePanel>(mode, &target, nullptr, B_FILE_NODE, false,
                                               new BMessage(result), filter.get(), false, true);
@@ -58,12 +57,12 @@ void DocumentPanels::Show(file_panel_mode mode, uint32 result, const char* folde
         panel->SetSaveText(name);
     }
     panel->Show();
-    panels.push_back(std::move(panel));
+    panels.push_back({std::move(panel), name});
 }
 
 void DocumentPanels::Remove(const BMessage& result) {
     const BFilePanel* sender = BFilePanel::SenderOf(result);
-    std::erase_if(panels, [sender](const auto& panel) { return panel.get() == sender; });
+    std::erase_if(panels, [sender](const Open& open) { return open.panel.get() == sender; });
 }
 
 } // namespace vexa

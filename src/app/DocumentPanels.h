@@ -21,7 +21,7 @@ class DocumentPanels {
     /// Shows a panel for files of one of the program's folders, or, if `folder` is null, for those
     /// that the user keeps elsewhere. `result` is the code of the result's message, and `name` the
     /// name that the panel proposes to save as. If a panel with that result is open, it is brought
-    /// to the front instead.
+    /// to the front instead; a name that is typed there stays, unless another one is proposed now.
     void Show(file_panel_mode mode, uint32 result, const char* folder, const char* title,
               const std::string& name);
     /// Removes the panel that has sent the result.
@@ -32,7 +32,12 @@ class DocumentPanels {
     const BMessenger target;
     /// Declared before the panels, which use it.
     std::unique_ptr<BRefFilter> filter;
-    std::vector<std::unique_ptr<BFilePanel>> panels;
+    struct Open {
+        std::unique_ptr<BFilePanel> panel;
+        /// The name that was proposed last.
+        std::string name;
+    };
+    std::vector<Open> panels;
 };
 
 } // namespace vexa

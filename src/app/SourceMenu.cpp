@@ -8,6 +8,7 @@
 #include "kits/midi/MidiRoster.h"
 
 #include <cstdio>
+#include <utility>
 
 namespace vexa {
 
@@ -18,7 +19,7 @@ void SourceMenu::Fill(bool follows) {
     followsPrograms = follows;
     std::string reason;
     if (BMidiRoster* roster = BMidiRoster::MidiRoster(&reason)) {
-        List(*roster);
+        Show(*roster);
         return;
     }
     menu->RemoveAll();
@@ -27,13 +28,12 @@ void SourceMenu::Fill(bool follows) {
     ErrorAlert("Where is the MIDI roster?!?", reason);
 }
 
-void SourceMenu::List(BMidiRoster& roster) {
+/// Connects the chosen source, and fills the menu.
+void SourceMenu::Show(BMidiRoster& roster) {
+    const std::string refused = Connect(roster) ? "" : std::exchange(chosen, {});
     menu->RemoveAll();
     menu->AddItem(new BMenuItem("none", new BMessage(kNoSourceCode)));
-    BMidiProducer* const found = chosen.empty() ? nullptr : roster.FindProducer(chosen);
-    if (found)
-        found->Release();
-    else if (!chosen.empty())
+    if (!chosen.empty() && !connected)
         menu->AddItem(
             new BMenuItem(("waiting for " + chosen).c_str(), new BMessage(kFirstSourceCode)));
     int32 id = 0;
@@ -47,18 +47,24 @@ void SourceMenu::List(BMidiRoster& roster) {
                                                 : "Let program changes choose sounds",
                                 new BMessage(kFollowProgramsCode)));
     menu->SetTargetForItems(target);
-    Connect();
+    const uint32 code =
+        chosen.empty() ? kNoSourceCode : kFirstSourceCode + static_cast<uint32>(connected);
+    if (BMenuItem* item = menu->FindItem(code))
+        item->SetMarked(true);
+    if (!refused.empty())
+        ErrorAlert("Could not connect the MIDI source\n" + refused);
 }
 
 void SourceMenu::Choose(const std::string& name) {
     chosen = name;
     if (BMidiRoster* roster = BMidiRoster::MidiRoster())
-        List(*roster);
+        Show(*roster);
 }
 
 void SourceMenu::ConnectTo(BMidiLocalConsumer& next) {
     consumer = &next;
-    Connect();
+    if (BMidiRoster* roster = BMidiRoster::MidiRoster())
+        Show(*roster);
 }
 
 bool SourceMenu::Take(uint32 code) {
@@ -79,35 +85,26 @@ bool SourceMenu::Take(uint32 code) {
     return true;
 }
 
-/// Connects the chosen source if it is there, disconnects another one, and marks the connected one
-/// in the menu.
-void SourceMenu::Connect() {
-    BMidiRoster* roster = BMidiRoster::MidiRoster();
-    if (!roster || !consumer)
-        return;
-    BMidiProducer* source = chosen.empty() ? nullptr : roster->FindProducer(chosen);
+/// Connects the chosen source if it is there, and disconnects another one. Returns false if it is
+/// there and refuses for good.
+bool SourceMenu::Connect(BMidiRoster& roster) {
+    if (!consumer)
+        return true;
+    BMidiProducer* source = chosen.empty() ? nullptr : roster.FindProducer(chosen);
     const int32 wanted = source ? source->ID() : 0;
+    status_t status = B_OK;
     if (wanted != connected) {
         keyboard.ReleaseAll();
-        if (BMidiProducer* before = connected ? roster->FindProducer(connected) : nullptr) {
+        if (BMidiProducer* before = connected ? roster.FindProducer(connected) : nullptr) {
             before->Disconnect(consumer);
             before->Release();
         }
-        connected = wanted;
-        const status_t status = source ? source->Connect(consumer) : B_OK;
-        if (status != B_OK)
-            connected = 0;
-        if (status != B_OK && status != B_WOULD_BLOCK) {
-            ErrorAlert("Could not connect the MIDI source\n" + chosen);
-            chosen.clear();
-        }
+        status = source ? source->Connect(consumer) : B_OK;
+        connected = status == B_OK ? wanted : 0;
     }
     if (source)
         source->Release();
-    const uint32 code =
-        chosen.empty() ? kNoSourceCode : kFirstSourceCode + static_cast<uint32>(connected);
-    if (BMenuItem* item = menu->FindItem(code))
-        item->SetMarked(true);
+    return status == B_OK || status == B_WOULD_BLOCK;
 }
 
 } // namespace vexa

@@ -39,8 +39,8 @@ class SourceMenu {
     bool Take(uint32 code);
 
   private:
-    void List(BMidiRoster& roster);
-    void Connect();
+    void Show(BMidiRoster& roster);
+    bool Connect(BMidiRoster& roster);
 
     const BMessenger target;
     ComputerKeyboard& keyboard;

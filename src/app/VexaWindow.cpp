@@ -235,7 +235,7 @@ void VexaWindow::Arrange() {
     stripView->SetLow(low);
     strip.room = Strip::PreferredHeight() + 1 - (low ? 0 : missing);
     if (low) {
-        const bool scrolls = bounds.Width() - left < mainView->LeastWidth();
+        const bool scrolls = bounds.Width() - left < mainView->LeastWidth() - kRounding;
         const float main = mainHeight + (scrolls ? BScrollView::BarWidth() : 0);
         strip.room = std::clamp(bounds.Height() - main, stripView->LeastHeight() + 1, strip.room);
     }

@@ -122,6 +122,7 @@ Result<void> RenderJob::Render() {
         return writer.Fault();
     if (Result<void> written = Write(*arrangement, *writer, *format); !written)
         return written;
+    const kits::Interrupt::Completion completing;
     if (Result<void> finished = writer->Finish(); !finished)
         return finished;
     if (arrangement->HasBounded())

@@ -100,6 +100,16 @@ TEST_F(PanelTest, ASavePanelProposesTheNameOfTheSound) {
     EXPECT_THAT(proposed(), Pair("bell", "bell"));
     SaveAs(vexa::kSoundSavedCode, "v1.5.xml", In("sounds"));
     EXPECT_THAT(proposed(), Pair("v1.5", "v1.5"));
+    // What is typed in an open panel stays until the sound has another name.
+    PressButton("Save Sound");
+    auto* line = dynamic_cast<QLineEdit*>(PanelsOf("Save Sound").at(0)->focusWidget());
+    line->setText("mine");
+    PressButton("Save Sound");
+    EXPECT_EQ(line->text(), "mine");
+    Choose(vexa::kSoundLoadedCode, In("sounds/bell.xml"));
+    PressButton("Save Sound");
+    EXPECT_EQ(line->text(), "bell");
+    ClosePanels();
     // Saved under this name, a sound would become the one that every start begins with.
     Choose(vexa::kSoundLoadedCode, In("sounds/default.xml"));
     EXPECT_THAT(proposed(), Pair("", ""));

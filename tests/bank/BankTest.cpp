@@ -213,7 +213,8 @@ TEST_F(BankTest, FollowsTheFilesAndReadsOnlyWhatHasChanged) {
     const auto third =
         Await([](const BankView& view) { return view.sounds.at(2)->name == "Mine too"; });
     EXPECT_NE(third->sounds[2]->picture, second->sounds[2]->picture);
-    // A scan that finds nothing new is not news.
+    // A scan that finds nothing new is not news. What was new is told just after it can be seen.
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
     const int before = changes;
     folder.Write("own/sounds/notes.txt", "");
     std::this_thread::sleep_for(std::chrono::milliseconds(300));

@@ -46,6 +46,7 @@ class TextBox::Lines : public QPlainTextEdit {
             event->ignore();
         } else if (event->matches(QKeySequence::InsertLineSeparator)) {
             insertPlainText("\n");
+            ensureCursorVisible();
         } else {
             QPlainTextEdit::keyPressEvent(event);
         }

@@ -62,6 +62,7 @@ Recording::Recording(std::filesystem::path path, SoundFileFormat format, FileRep
       interleaved(kWritten * kChannels) {}
 
 Recording::~Recording() {
+    const Interrupt::Completion completing;
     quitting = true;
     if (thread.joinable())
         thread.join();

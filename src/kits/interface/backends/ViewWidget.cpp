@@ -38,8 +38,11 @@ QString Broken(const QString& words, qsizetype length) {
     for (const QString& line : words.split('\n')) {
         lines << QString();
         for (QString word : line.split(' ')) {
-            for (; word.size() > length; word.remove(0, length))
-                add(word.left(length));
+            while (word.size() > length) {
+                const qsizetype end = length - (word[length - 1].isHighSurrogate() ? 1 : 0);
+                add(word.left(end));
+                word.remove(0, end);
+            }
             add(word);
         }
     }

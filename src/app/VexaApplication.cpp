@@ -45,7 +45,8 @@ double WindowScale(const Settings& settings) {
     const int percent = settings.Get(kSizeSetting);
     if (percent >= kLeastSize && percent <= kMostSize)
         return percent / 100.0;
-    settings.TellWrong(kSizeSetting, "a whole number from 50 to 400");
+    settings.TellWrong(kSizeSetting, "a whole number from " + std::to_string(kLeastSize) + " to " +
+                                         std::to_string(kMostSize));
     return 1;
 }
 

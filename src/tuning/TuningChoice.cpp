@@ -34,7 +34,7 @@ Result<Tuning> TuningBy(const TuningParts& parts) {
 
 using ChosenFile = std::optional<std::filesystem::path>;
 
-/// Takes over a file, if one is given, and what `read` finds in it.
+/// Takes over a file, if one is given, with its bytes and what `parse` finds in them.
 template<class Part, class Parse>
 Result<void> Take(const ChosenFile& given, Parse parse, ChosenFile& chosen, std::string& bytes,
                   Part& part) {

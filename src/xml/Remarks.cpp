@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "xml/Remarks.h"
 
+#include "kits/support/Utf8.h"
+
 #include <algorithm>
 #include <functional>
 #include <utility>
@@ -15,7 +17,7 @@ void Advance(kits::Place& place, std::string_view text, std::size_t from, std::s
         if (byte == '\n') {
             place.line++;
             place.column = 1;
-        } else if ((static_cast<unsigned char>(byte) & 0xC0) != 0x80) {
+        } else if (kits::BeginsCharacter(byte)) {
             place.column++;
         }
     }

@@ -92,8 +92,8 @@ TEST_F(DescriptionTest, WhatIsSaidIsUndoneSavedReadBackAndListed) {
     EXPECT_EQ(first[4], *before.info.comment);
     EXPECT_EQ(Described().Widget().focusWidget(), Line("name").Widget().Content());
 
-    // Each is a step of its own, however soon it follows.
-    // The Shift of a capital is no reason to enter what has been typed so far.
+    // Each is a step of its own, however soon it follows. The Shift of a capital is no reason to
+    // enter what has been typed so far.
     Line("name").MakeFocus();
     Line("name").Type(" Rolling ");
     test::TypeKey(Described(), Qt::Key_Shift);

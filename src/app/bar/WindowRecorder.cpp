@@ -3,6 +3,7 @@
 
 #include "audio/AudioGraph.h"
 #include "kits/storage/FileName.h"
+#include "kits/support/Utf8.h"
 
 #include <array>
 #include <cstdio>
@@ -31,8 +32,7 @@ constexpr std::size_t kNumberRoom = 5;
 std::string FirstOf(const std::string& text, std::size_t most) {
     if (text.size() <= most)
         return text;
-    // The bytes of a character after its first one are 10xxxxxx.
-    while (most > 0 && (static_cast<unsigned char>(text[most]) & 0xC0) == 0x80)
+    while (most > 0 && !kits::BeginsCharacter(text[most]))
         most--;
     return text.substr(0, most);
 }

@@ -4,6 +4,7 @@
 #include "kits/interface/Window.h"
 #include "kits/interface/backends/HeldKeys.h"
 #include "kits/interface/backends/ViewWidget.h"
+#include "kits/support/Utf8.h"
 
 #include <algorithm>
 #include <cmath>
@@ -181,7 +182,7 @@ std::string BView::CutToFit(std::string text, float room) const {
     /// Where the text can be cut: before each of its UTF-8 characters.
     std::vector<std::size_t> starts;
     for (std::size_t i = 0; i < text.size(); i++) {
-        if ((static_cast<unsigned char>(text[i]) & 0xC0U) != 0x80U)
+        if (kits::BeginsCharacter(text[i]))
             starts.push_back(i);
     }
     const auto fits = [&](std::size_t end) {

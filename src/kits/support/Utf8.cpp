@@ -4,8 +4,8 @@
 namespace kits {
 
 Utf8Character FirstCharacter(std::string_view text) {
-    const auto byte = [text](std::size_t i) {
-        return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
+    const auto byte = [text](std::size_t i) -> unsigned {
+        return static_cast<unsigned char>(text[i]);
     };
     const unsigned first = byte(0);
     if (first < 0x80)
@@ -13,7 +13,7 @@ Utf8Character FirstCharacter(std::string_view text) {
     const std::size_t length = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
     char32_t code = first & (0x7FU >> length);
     for (std::size_t i = 1; i < length; i++) {
-        if ((byte(i) & 0xC0U) != 0x80)
+        if (i >= text.size() || BeginsCharacter(text[i]))
             return {};
         code = code << 6 | (byte(i) & 0x3FU);
     }

@@ -17,4 +17,9 @@ struct Utf8Character {
 /// Returns the character at the front of `text`, which is not empty.
 Utf8Character FirstCharacter(std::string_view text);
 
+/// Returns whether a byte begins a character; a character's other bytes are 10xxxxxx in binary.
+constexpr bool BeginsCharacter(char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0) != 0x80;
+}
+
 } // namespace kits

@@ -104,6 +104,12 @@ TEST(SoundFileWriter, ReportsWhatCannotBeWritten) {
         fs::remove(folder.Path() / name);
     }
 
+    for (const char* name : {"a.wav", "a.flac", "a.ogg"}) {
+        const auto empty = WriteSound(folder.Path() / name, {}, 44100);
+        ASSERT_FALSE(empty) << name;
+        EXPECT_NE(empty.Fault().text.find(": the sound has no length"), std::string::npos);
+    }
+
     std::vector<float> noise(400'000);
     unsigned state = 1;
     for (float& value : noise)

@@ -257,6 +257,9 @@ std::uint64_t SoundFileWriter::Loud() const {
 }
 
 Result<void> SoundFileWriter::Finish() {
+    // An encoder makes no file of nothing, or one that cannot be read.
+    if (Frames() == 0)
+        return state->Failure("the sound has no length");
     if (Result<void> flushed = state->Flush(); !flushed)
         return flushed;
     if (const int error = sf_close(state->file.release()); error != SF_ERR_NO_ERROR)

@@ -53,7 +53,7 @@ class SoundFileWriter {
     /// hold back, are not in it.
     Result<void> KeepReadable();
 
-    /// Completes the file. It must be the last call, but for Salvage.
+    /// Completes the file, which fails without a frame. It must be the last call, but for Salvage.
     Result<void> Finish();
 
     /// Makes a valid file of what was written before Write, KeepReadable or Finish failed. It must

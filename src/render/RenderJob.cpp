@@ -25,6 +25,8 @@ using kits::Error;
 using kits::Result;
 
 constexpr int kFailed = 1;
+/// The error of work that ends early because a signal asks for it.
+constexpr const char* kStopped = "interrupted";
 
 /// Returns the greatest magnitude among `least` and the samples, none of which is NaN. Magnitudes
 /// compare like their bit patterns as integers, and compilers vectorize integer comparisons.
@@ -41,7 +43,13 @@ class RenderJob {
         : options(options), folders(folders) {}
 
     RenderOutcome Run() {
-        if (const Result<void> done = Render(); !done) {
+        Result<void> done = Render();
+        // A signal makes other work fail too, such as that of the compiler, whose words would
+        // mislead. What is to be completed all the same fails for a reason of its own.
+        if (!done && interrupt && interrupt->Requested() && !completing)
+            done = EndWith(interrupt->ExitCode(),
+                           "interrupted; " + options.output.string() + " was not written");
+        if (!done) {
             outcome.exitCode = std::max(outcome.exitCode, kFailed);
             outcome.fault = done.Fault().text;
         }
@@ -68,10 +76,6 @@ class RenderJob {
         outcome.exitCode = exitCode;
         return {std::move(text)};
     }
-    Error Interrupted() {
-        return EndWith(interrupt->ExitCode(),
-                       "interrupted; " + options.output.string() + " was not written");
-    }
     /// Adds the warnings that are not there yet: several channels may have the same sound.
     void Warn(std::vector<std::string> more) {
         for (std::string& warning : more) {
@@ -84,6 +88,7 @@ class RenderJob {
     const kits::ProgramFolders& folders;
     RenderOutcome outcome;
     std::optional<kits::Interrupt> interrupt;
+    std::optional<kits::Interrupt::Completion> completing;
 };
 
 /// Returns the warning about notes that nothing in the file ends.
@@ -122,7 +127,7 @@ Result<void> RenderJob::Render() {
         return writer.Fault();
     if (Result<void> written = Write(*arrangement, *writer, *format); !written)
         return written;
-    const kits::Interrupt::Completion completing;
+    completing.emplace();
     if (Result<void> finished = writer->Finish(); !finished)
         return finished;
     if (arrangement->HasBounded())
@@ -348,7 +353,7 @@ Result<void> RenderJob::Write(Arrangement& arrangement, kits::SoundFileWriter& w
     std::vector<float> scaled;
     return store->Replay([&](std::span<const float> samples) -> Result<void> {
         if (interrupt->Requested())
-            return Interrupted();
+            return Error{kStopped};
         scaled.assign(samples.begin(), samples.end());
         for (float& sample : scaled)
             sample *= scale;
@@ -363,7 +368,7 @@ Result<double> RenderJob::RenderInto(Arrangement& arrangement, const FloatStore:
     float peak = 0;
     while (true) {
         if (interrupt->Requested())
-            return Interrupted();
+            return Error{kStopped};
         const Result<bool> more = arrangement.Render(frames);
         if (!more)
             return more.Fault();

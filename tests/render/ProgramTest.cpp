@@ -626,6 +626,22 @@ TEST_F(RenderProgram, AnInterruptLeavesNothingBehind) {
     EXPECT_THAT(result.text, HasSubstr("interrupted"));
     EXPECT_EQ(folder.Count(), 1U);
     EXPECT_EQ(Contents(old), "precious");
+
+    // While a compiler runs, which the signal stops too.
+    const fs::path compiler = folder.Write("gcc", "#!/bin/sh\n: >" + Path("runs") + "\nsleep 60\n");
+    fs::permissions(compiler, fs::perms::owner_all);
+    const CommandResult stopped =
+        test::RunCommand({"/usr/bin/env", "PATH=" + folder.Path().string() + ":/usr/bin:/bin",
+                          kProgram, kDemo, old.string(), "--compile", "--function", "x*y"},
+                         [this](pid_t child) {
+                             while (!fs::exists(Path("runs")) &&
+                                    !test::EndsWithin(child, std::chrono::milliseconds(1))) {
+                             }
+                             ::kill(child, SIGTERM);
+                         });
+    EXPECT_EQ(stopped.exitCode, 128 + SIGTERM);
+    EXPECT_EQ(stopped.text, "vexa-render: interrupted; " + old.string() + " was not written\n");
+    EXPECT_EQ(Contents(old), "precious");
 }
 
 TEST_F(RenderProgram, AFullDiskIsReported) {

@@ -652,6 +652,16 @@ TEST_F(RenderProgram, AFullDiskIsReported) {
         ExpectFailure({note, old.string(), "--normalize"}, "out.wav");
     });
     EXPECT_EQ(Contents(old), "precious");
+    // Of standard output too.
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"--help"}, {note, Path("a.wav")}}) {
+        std::vector<std::string> command{"/bin/sh", "-c", "\"$0\" \"$@\" >/dev/full", kProgram};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        const CommandResult result = test::RunCommand(command);
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_EQ(result.text, "vexa-render: could not write to standard output: No space left on "
+                               "device\n");
+    }
 }
 
 TEST_F(RenderProgram, NeedsTemplateAndCompilerOnlyWhereItIsToCompile) {

@@ -322,6 +322,8 @@ TEST_F(RenderProgram, NotesThatTheFileNeverEndsFadeOutWithAWarning) {
     EXPECT_THAT(render({on, off}, {"--tail", "0"}), none);
     EXPECT_GT(peak(900, 400), 0.8 * peak(5000, 4000));
     EXPECT_LT(peak(1, 1), 0.01 * peak(5000, 4000)) << "in the middle of a tone";
+    EXPECT_THAT(render({{250, {0x90, 73, 100}}}, {"--tail", "0.1"}), warning("1 note is"))
+        << "begun where the fade begins";
     EXPECT_THAT(render({on, {250, {0x80, 73, 0}}}, {"--tail", "0"}), warning("1 note is"));
     EXPECT_LT(peak(1, 1), 0.01 * peak(5000, 4000));
 }

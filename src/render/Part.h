@@ -38,6 +38,7 @@ class Part {
     /// Returns the length of the part in seconds, including the tail.
     double Seconds() const { return double(performance->Length()) / FullRate(); }
     double SecondsDone() const { return double(performance->Position()) / FullRate(); }
+    std::size_t Notes() const { return performance->Notes(); }
     int32 MostVoices() const { return performance->MostVoices(); }
     std::size_t FadedNotes() const { return performance->FadedNotes(); }
     int64 StolenVoices() { return instrument.Engine().consumer.StolenVox(); }

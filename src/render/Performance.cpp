@@ -97,6 +97,7 @@ void Performance::Play(const MidiEvent& event) {
     if (event.kind != MidiEvent::Kind::NoteOn)
         return;
     isCut = isCut || position >= cutStart;
+    notes += consumer.Accepts(event.channel) ? 1 : 0;
     mostVoices = std::max(mostVoices, consumer.CountVox());
 }
 

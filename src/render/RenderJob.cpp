@@ -111,7 +111,6 @@ Result<void> RenderJob::Render() {
     // Signals are caught only from here on: before, a signal ends the program even if it reads a
     // pipe that never ends.
     interrupt.emplace();
-    outcome.summary.notes = midi->notes;
     Result<Arrangement> arrangement = Arrange(std::move(*midi));
     if (!arrangement)
         return arrangement.Fault();
@@ -136,6 +135,9 @@ Result<void> RenderJob::Render() {
         outcome.warnings.push_back(HeldText(held));
 
     arrangement->Summarize(outcome.summary);
+    if (options.channel != -1 && outcome.summary.notes == 0)
+        Warn({"--channel " + std::to_string(options.channel + 1) +
+              ": there is no note on that channel"});
     return file->Commit();
 }
 
@@ -254,11 +256,6 @@ Result<Arrangement> RenderJob::Arrange(MidiFile midi) {
     const Result<std::filesystem::path> main = MainFile();
     if (!main)
         return main.Fault();
-    if (options.channel != -1 && std::ranges::none_of(midi.events, [&](const MidiEvent& event) {
-            return event.kind == MidiEvent::Kind::NoteOn && event.From() == options.channel;
-        }))
-        Warn({"--channel " + std::to_string(options.channel + 1) +
-              ": there is no note on that channel"});
     std::list<Part> parts;
     const auto add = [&](const Result<Sound>& sound, const std::filesystem::path& path,
                          MidiFile events) -> Result<void> {

@@ -98,6 +98,11 @@ TEST_F(Tune, ProgramChangesChooseSoundsAtTheirFrame) {
     EXPECT_GT(Level(1.05, 440), 0.2);
     EXPECT_GT(Level(1.05, 587.3295), 0.2);
     const std::vector<float> changed = left;
+    // Nothing of a sound matters that plays only notes which are not heard.
+    EXPECT_THAT(Render(tune, {"--programs", "--channel", "1"}), HasSubstr(" 1 note, "));
+    EXPECT_EQ(channels, 1U);
+    EXPECT_THAT(Render(tune, {"--programs", "--channel", "1", "--mpe"}), HasSubstr(" 2 notes, "));
+    EXPECT_EQ(channels, 2U) << "channel 2 is a member";
     // Up to that frame the output is the same as without the change.
     std::vector<MidiMessage> unchanged(tune.begin(), tune.begin() + 2);
     unchanged.push_back({1500, {0x80, 69, 0}});

@@ -2,6 +2,7 @@
 #include "render/RenderJob.h"
 
 #include "documents/SoundDocument.h"
+#include "instrument/FunctionSources.h"
 #include "kits/application/Interrupt.h"
 #include "kits/media/SoundFileWriter.h"
 #include "kits/storage/FileReplacement.h"
@@ -87,6 +88,7 @@ class RenderJob {
     const Options& options;
     const kits::ProgramFolders& folders;
     RenderOutcome outcome;
+    FunctionSources sources;
     std::optional<kits::Interrupt> interrupt;
     std::optional<kits::Interrupt::Completion> completing;
 };
@@ -268,7 +270,7 @@ Result<Arrangement> RenderJob::Arrange(MidiFile midi) {
             return tuning.Fault();
         const char* const option = parts.empty() ? FunctionOption() : nullptr;
         std::vector<std::string> remarks;
-        Part& part = parts.emplace_back(options, folders, std::move(events));
+        Part& part = parts.emplace_back(options, folders, sources, std::move(events));
         const FunctionReport report = part.SetUp(*sound, *tuning, remarks);
         for (const auto& [number, chosen] : part.Programs()) {
             if (Result<void> checked = CheckInput("--programs", chosen.path); !checked)

@@ -116,6 +116,16 @@ TEST_F(Tune, ProgramChangesChooseSoundsAtTheirFrame) {
     EXPECT_EQ(left, chosen) << "the same bytes as with the sound that was loaded before";
     Render(tune, {"--sound", "0"});
     EXPECT_GT(Level(1.05, 880), 0.2) << "otherwise they mean nothing";
+
+    // All these sounds have one expression, for which the compiler runs once.
+    const std::string runs = (folder.Path() / "runs").string();
+    const auto compiler = folder.Write("bin/gcc", "#!/bin/sh\necho >>'" + runs +
+                                                      "'\nPATH=${PATH#*:} exec gcc \"$@\"\n");
+    std::filesystem::permissions(compiler, std::filesystem::perms::owner_all);
+    const test::EnvironmentVariable path(
+        "PATH", (compiler.parent_path().string() + ':' + std::getenv("PATH")).c_str());
+    Render(tune, {"--programs", "--compile", "--sound", "0", "--channel-sound", "2=1"});
+    EXPECT_EQ(test::Contents(runs), "\n");
 }
 
 /// The channels rendered alone must add up to the whole, bit for bit, whether stereo, oversampled,

@@ -524,7 +524,6 @@ TEST(Instrument, SourcesThatAreKeptAreCompiledAndReadOnce) {
         EXPECT_TRUE(second.SetFunction(function));
         EXPECT_GT(PeakOfANote(second), 0);
     }
-    EXPECT_EQ(test::LoadedAddOns(), 1);
 }
 
 /// With formulas and samples of their own, in turns and in four threads as alone.

@@ -11,6 +11,10 @@
 int main(int count, char** arguments) {
     const int period = count > 1 ? std::atoi(arguments[1]) : 128;
     const int notes = count > 2 ? std::atoi(arguments[2]) : 1000;
+    if (notes < 1) {
+        std::fprintf(stderr, "LiveLatency: NOTES is a number from 1\n");
+        return 2;
+    }
     test::LivePlay play(period, std::size_t(notes + 10) * 3200 + 48000);
     std::vector<std::uint32_t> noteOns;
     play.Play(test::ShortNotes(notes, noteOns));

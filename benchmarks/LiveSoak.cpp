@@ -55,5 +55,8 @@ int main(int count, char** arguments) {
     Print("before", before);
     Print("after", after);
     const std::string log = play.Log();
-    std::printf("%s", log.substr(log.rfind("played")).c_str());
+    const std::size_t closing = log.rfind("played");
+    // A program that has ended without its closing line may have said why.
+    std::printf("%s", log.substr(closing == log.npos ? 0 : closing).c_str());
+    return closing == log.npos ? 1 : 0;
 }

@@ -75,9 +75,11 @@ int Run(const std::vector<std::string>& texts) {
         return Fail(options.Fault().text + "\n" + vexa::kAppUsageHint, vexa::kAppUsageExitCode);
     switch (options->action) {
     case vexa::AppOptions::Action::Help:
-        return std::fputs(vexa::AppHelpText().c_str(), stdout) < 0;
+        std::fputs(vexa::AppHelpText().c_str(), stdout);
+        return 0;
     case vexa::AppOptions::Action::Version:
-        return std::fputs(vexa::AppVersionText().c_str(), stdout) < 0;
+        std::fputs(vexa::AppVersionText().c_str(), stdout);
+        return 0;
     case vexa::AppOptions::Action::List:
     case vexa::AppOptions::Action::Play:
         break;

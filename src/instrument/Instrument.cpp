@@ -62,10 +62,9 @@ std::optional<std::filesystem::path> FileOf(const Function& function,
 namespace {
 
 /// Loads the file of a sample or picture by `load`, whose errors have the alert `alert`.
-template<class Loaded>
-kits::Result<Loaded> LoadFile(const Function& function, const kits::ProgramFolders& folders,
-                              kits::Result<Loaded> (*load)(const std::filesystem::path&),
-                              const char* alert) {
+template<class Load>
+auto LoadFile(const Function& function, const kits::ProgramFolders& folders, const Load& load,
+              const char* alert) -> decltype(load(std::filesystem::path())) {
     // The path of an empty name is that of the folder.
     if (SourceOf(function).empty())
         return kits::Error{"the sound names no file for its terrain", {alert}};
@@ -214,9 +213,9 @@ FunctionReport Instrument::Try(const Function& function) const {
     };
     switch (function.kind) {
     case FunctionKind::Sample:
-        return outcome(LoadFile(function, folders, LoadSample, kSampleAlert));
+        return outcome(SampleOf(function));
     case FunctionKind::Picture:
-        return outcome(LoadFile(function, folders, LoadPicture, kPictureAlert));
+        return outcome(PictureOf(function));
     case FunctionKind::Expression:
         break;
     }
@@ -240,7 +239,8 @@ FunctionReport Instrument::InstallExpression(const std::string& expression) try 
     PlaneFunction f = read.formula;
     FunctionReport report;
     if (mayBeAddon && addons == Addons::Awaited) {
-        CompileOutcome compiled = compiler.Compile(expression);
+        CompileOutcome compiled =
+            kept ? kept->Compile(compiler, expression) : compiler.Compile(expression);
         if (!compiled)
             return compiled;
         f = std::move(compiled.addon);
@@ -276,9 +276,23 @@ FunctionReport Instrument::Collect() {
     return *std::move(outcome);
 }
 
+kits::Result<LoadedSample> Instrument::SampleOf(const Function& function) const {
+    const auto load = [this](const std::filesystem::path& path) {
+        return kept ? kept->ReadSample(path) : LoadSample(path);
+    };
+    return LoadFile(function, folders, load, kSampleAlert);
+}
+
+kits::Result<Picture> Instrument::PictureOf(const Function& function) const {
+    const auto load = [this](const std::filesystem::path& path) {
+        return kept ? kept->ReadPicture(path) : LoadPicture(path);
+    };
+    return LoadFile(function, folders, load, kPictureAlert);
+}
+
 FunctionReport Instrument::InstallSample(const Function& function) {
     const std::filesystem::path path = *FileOf(function, folders);
-    kits::Result<LoadedSample> loaded = LoadFile(function, folders, LoadSample, kSampleAlert);
+    kits::Result<LoadedSample> loaded = SampleOf(function);
     if (!loaded)
         return {loaded.Fault(), B_ERROR};
     thread.Drop();
@@ -295,7 +309,7 @@ FunctionReport Instrument::InstallSample(const Function& function) {
 
 FunctionReport Instrument::InstallPicture(const Function& function) {
     const std::filesystem::path path = *FileOf(function, folders);
-    kits::Result<Picture> loaded = LoadFile(function, folders, LoadPicture, kPictureAlert);
+    kits::Result<Picture> loaded = PictureOf(function);
     if (!loaded)
         return {loaded.Fault(), B_ERROR};
     thread.Drop();

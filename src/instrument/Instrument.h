@@ -8,6 +8,7 @@
 #include "functions/FunctionCompiler.h"
 #include "functions/PictureFunction.h"
 #include "functions/SampleFunction.h"
+#include "instrument/FunctionSources.h"
 #include "kits/storage/ProgramFolder.h"
 #include "kits/support/RealtimeMark.h"
 #include "midi/Engine.h"
@@ -63,8 +64,8 @@ struct SoundsSay {
 };
 
 /// The sound as the user edits it, and the engine that plays it. Instruments in one process share
-/// nothing. All calls come from one thread, the window thread, except for those that the engine's
-/// consumer and renderer allow to the MIDI and the media thread.
+/// nothing but what KeepSources says. All calls come from one thread, the window thread, except for
+/// those that the engine's consumer and renderer allow to the MIDI and the media thread.
 class Instrument {
   public:
     /// Receives the function that is to be shown from now on.
@@ -75,6 +76,11 @@ class Instrument {
     /// in `apart`, which outlives the instrument, and its owner sets the records and the voice
     /// limit from there; this is for hosts, which also set these values.
     Instrument(kits::ProgramFolders folders, Addons addons, SoundsSay* apart = nullptr);
+
+    /// From now on takes add-ons that it awaits, samples and pictures from `sources`, which
+    /// outlives the instrument and may be that of several. Without this each is compiled or read
+    /// anew.
+    void KeepSources(FunctionSources& sources) { kept = &sources; }
 
     /// Replaces the present sound. If its function fails, the previous function plays on with the
     /// rest of the new sound. Waits for the compiler or the disk.
@@ -182,6 +188,8 @@ class Instrument {
     FunctionReport Follow(const std::string& expression);
     FunctionReport InstallSample(const Function& function);
     FunctionReport InstallPicture(const Function& function);
+    kits::Result<LoadedSample> SampleOf(const Function& function) const;
+    kits::Result<Picture> PictureOf(const Function& function) const;
     bool Wind(const std::string& frequency);
     void Install(const PlaneFunction& f);
 
@@ -199,6 +207,7 @@ class Instrument {
     std::optional<int32> chosenVoices;
     int32 usualVoices = 1;
     const Addons addons;
+    FunctionSources* kept = nullptr;
     /// The sample that was loaded last.
     std::optional<LoadedSample> sample;
     Winding winding;

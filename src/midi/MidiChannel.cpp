@@ -12,11 +12,10 @@ namespace vexa {
 namespace {
 
 using enum kits::ControllerNumber;
+using enum kits::RegisteredParameter;
 
 /// Both bytes of the parameter number that selects no parameter.
 constexpr uchar kNone = 127;
-/// The least significant bytes of registered parameters whose most significant byte is 0.
-enum : uchar { kRangeParameter = 0, kZoneParameter = 6 };
 /// The widest range of the bend wheel, in semitones (MPE, MIDI Association 2018), and the largest
 /// number of hundredths of a semitone.
 constexpr float kWidestRange = 96;

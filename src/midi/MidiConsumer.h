@@ -82,6 +82,11 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
 
     /// Returns the channel to which the consumer listens, 0..15, or -1 for all. Any thread.
     int32 Channel() const { return channel; }
+    /// Returns true if the consumer listens to the channel, or to that of its MPE zone's master.
+    /// MIDI thread.
+    VEXA_REALTIME bool Accepts(uchar from) const {
+        return channel == -1 || channel == from || channel == MasterOf(from);
+    }
     /// Sets the channel to which the consumer listens. A change releases the held notes that
     /// arrived by the endpoint's connections. Window thread.
     void SetChannel(int32 next);
@@ -122,9 +127,6 @@ class VexaMidiConsumer : public BMidiLocalConsumer {
   private:
     /// Converts a data byte to 0..1.
     VEXA_REALTIME static float Normalised(uchar value) { return static_cast<float>(value / 127.0); }
-    VEXA_REALTIME bool Accepts(uchar from) const {
-        return channel == -1 || channel == from || channel == MasterOf(from);
-    }
     VEXA_REALTIME int ChooseSlot(float key, const NoteName& name);
     VEXA_REALTIME int32 Limit() const { return std::max(int32(voiceLimit), int32(spared)); }
     VEXA_REALTIME void KeepToLimit();

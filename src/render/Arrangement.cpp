@@ -48,6 +48,7 @@ std::size_t Arrangement::FadedNotes() const {
 void Arrangement::Summarize(RenderSummary& summary) {
     summary.seconds = Seconds();
     for (Part& part : parts) {
+        summary.notes += part.Notes();
         summary.mostVoices += static_cast<std::size_t>(part.MostVoices());
         summary.stolenVoices += static_cast<std::size_t>(part.StolenVoices());
     }

@@ -3,6 +3,7 @@
 
 #include "instrument/PlayableFormula.h"
 #include "instrument/Programs.h"
+#include "kits/midi/ControllerNumbers.h"
 
 #include <algorithm>
 #include <iterator>
@@ -23,11 +24,17 @@ std::string FunctionOf(const std::filesystem::path& file) {
 
 std::vector<std::string> FilePrograms::Read(const MidiFile& file) {
     std::vector<std::string> remarks;
-    ProgramSelector chosen(instrument.Engine().consumer, BMessenger(), 0);
+    const VexaMidiConsumer& consumer = instrument.Engine().consumer;
+    ProgramSelector chosen(consumer, BMessenger(), 0);
+    // The consumer may hear any channel once the file has made a zone of MPE.
+    const bool makesZone = std::ranges::any_of(file.events, [](const MidiEvent& event) {
+        return event.kind == MidiEvent::Kind::ControlChange &&
+               event.number == kits::kParameterLsb && event.value == kits::kZoneParameter;
+    });
     const Sound* sound = &instrument.State();
     bool missed = false;
     for (const MidiEvent& event : file.events) {
-        if (event.kind == MidiEvent::Kind::NoteOn)
+        if (event.kind == MidiEvent::Kind::NoteOn && (makesZone || consumer.Accepts(event.channel)))
             struck.insert(sound);
         chosen.Came(event.ForConsumer());
         const std::optional<int32> number = chosen.Take();

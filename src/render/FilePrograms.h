@@ -42,8 +42,8 @@ class FilePrograms : public kits::EventWatcher {
     };
     /// Returns these sounds by program number; a number without a sound has an empty path.
     const std::map<int32, Chosen>& All() const { return sounds; }
-    /// Returns the sounds that play a note in the file, which may include the sound that was loaded
-    /// before.
+    /// Returns the sounds that play a note of the file that is heard, which may include the sound
+    /// that was loaded before. If the file makes a zone of MPE, every note counts as heard.
     const std::set<const Sound*>& Struck() const { return struck; }
 
     /// Loads the sound that the event chooses, if any.

@@ -41,6 +41,11 @@ struct ChannelEvent {
 };
 static_assert(sizeof(ChannelEvent) == 16);
 
+/// Returns true if a message that begins with this byte is for a synthesizer.
+bool IsChannelMessage(uint8 status) {
+    return status > 127 && status < kSystemExclusive;
+}
+
 struct TempoChange {
     uint64 tick;
     uint32 position;
@@ -107,6 +112,7 @@ class Parser {
     void ParseChannelEvent(uint8 status, uint64 tick, std::size_t start);
     bool EndsEarlier(const kits::MidiEvent& end, uint64 tick);
     void PlaceInTime();
+    bool IsInTime(uint64 tick) const;
     void PassTo(uint64 tick, uint32 where);
 
     std::size_t Left() const { return end - position; }
@@ -118,20 +124,14 @@ class Parser {
     uint32 BigEndian(int count);
     uint32 VariableLength();
     void Skip(uint32 count, const char* what);
-    void EndTrack(uint64 tick, std::size_t where) {
-        if (tick >= lastTick) {
-            lastTick = tick;
-            lastPosition = static_cast<uint32>(where);
-        }
-    }
     void Fail(std::string text, std::size_t where) {
         if (!fault)
             fault = std::move(text) + ", at byte " + std::to_string(where);
         position = end;
     }
-    void WarnIf(std::size_t count, const char* text) {
+    void WarnIf(std::size_t count, const char* one, const char* many) {
         if (count > 0)
-            file.warnings.push_back(std::to_string(count) + text);
+            file.warnings.push_back(std::to_string(count) + (count == 1 ? one : many));
     }
 
     std::span<const uint8> bytes;
@@ -156,11 +156,11 @@ class Parser {
     std::vector<TempoChange> tempos;
     /// The tick at which the longest track ends.
     uint64 lastTick = 0;
-    uint32 lastPosition = 0;
     /// The position up to which events have their times, in ticks and in units of the time base.
     uint64 tick = 0, units = 0;
     std::size_t tracksWithoutEnd = 0;
     std::size_t tracksWithRest = 0;
+    std::size_t escapedMessages = 0;
     MidiFile file;
 };
 
@@ -290,7 +290,8 @@ void Parser::ParseTracks() {
         const std::size_t start = position;
         const bool isTrack = NextIs("MTrk");
         if (!isTrack && tracks >= declaredTracks) {
-            WarnIf(Left(), " bytes after the last track are left out");
+            WarnIf(Left(), " byte after the last track is left out",
+                   " bytes after the last track are left out");
             break;
         }
         if (Left() < kChunkHeader)
@@ -313,16 +314,21 @@ void Parser::ParseTracks() {
         end = fault ? position : fileEnd;
         part = "file";
         if (type == 2 && declaredTracks > 1) {
-            WarnIf(declaredTracks, " independent tracks (type 2), only the first is read");
+            file.warnings.push_back(std::to_string(declaredTracks) +
+                                    " independent tracks (type 2), only the first is read");
             declaredTracks = tracks;
             break;
         }
     }
     if (tracks != declaredTracks)
-        file.warnings.push_back("the header counts " + std::to_string(declaredTracks) +
-                                " tracks, there are " + std::to_string(tracks));
-    WarnIf(tracksWithoutEnd, " tracks have no end-of-track event");
-    WarnIf(tracksWithRest, " tracks go on after their end-of-track event, which is left out");
+        file.warnings.push_back("the number of tracks is " + std::to_string(tracks) + ", not " +
+                                std::to_string(declaredTracks) + " as the header says");
+    WarnIf(tracksWithoutEnd, " track has no end-of-track event",
+           " tracks have no end-of-track event");
+    WarnIf(tracksWithRest, " track goes on after its end-of-track event; the rest is left out",
+           " tracks go on after their end-of-track events; the rest is left out");
+    WarnIf(escapedMessages, " escape event with a channel message is left out",
+           " escape events with channel messages are left out");
 }
 
 void Parser::ParseTrack() {
@@ -341,10 +347,14 @@ void Parser::ParseTrack() {
         if (status == kMeta) {
             ParseMeta(tick, start, ended);
         } else if (status == kSystemExclusive || status == kEscape) {
-            Skip(VariableLength(), "a system exclusive event");
+            const uint32 length = VariableLength();
+            // Other data is meant for a device that this program is not.
+            if (status == kEscape && length > 0 && Left() > 0 && IsChannelMessage(bytes[position]))
+                escapedMessages++;
+            Skip(length, "a system exclusive event");
         } else if (status > kSystemExclusive) {
             Fail("a status byte that MIDI files do not have", statusPosition);
-        } else if (status > 127) {
+        } else if (IsChannelMessage(status)) {
             running = status;
             ParseChannelEvent(running, tick, start);
         } else if (running == 0) {
@@ -354,10 +364,9 @@ void Parser::ParseTrack() {
             ParseChannelEvent(running, tick, start);
         }
     }
-    if (!ended) {
-        EndTrack(tick, position);
+    lastTick = std::max(lastTick, tick);
+    if (!ended)
         tracksWithoutEnd++;
-    }
     if (Left() > 0)
         tracksWithRest++;
 }
@@ -371,7 +380,6 @@ void Parser::ParseMeta(uint64 tick, std::size_t start, bool& ended) {
         return;
     if (kind == kEndOfTrack) {
         ended = true;
-        EndTrack(tick, start);
     } else if (kind == kSetTempo) {
         if (length < 3)
             return Fail("a tempo of less than three bytes", data);
@@ -408,12 +416,17 @@ bool Parser::EndsEarlier(const kits::MidiEvent& end, uint64 tick) {
     return key.tick < tick;
 }
 
+/// Returns true if the tick, which is not before the present one, is not too late.
+bool Parser::IsInTime(uint64 next) const {
+    return base.tempo == 0 ||
+           next - tick <= (base.unitsPerSecond * kMaxMidiSeconds - units) / base.tempo;
+}
+
 /// Advances the time to a tick; a fault is reported at the given offset of the file.
 void Parser::PassTo(uint64 next, uint32 where) {
-    const uint64 ticks = next - tick;
-    if (base.tempo > 0 && ticks > (base.unitsPerSecond * kMaxMidiSeconds - units) / base.tempo)
+    if (!IsInTime(next))
         return Fail("the music lasts longer than 24 hours", where);
-    units += ticks * base.tempo;
+    units += (next - tick) * base.tempo;
     tick = next;
     file.duration = static_cast<double>(units) / static_cast<double>(base.unitsPerSecond);
 }
@@ -442,8 +455,12 @@ void Parser::PlaceInTime() {
             {file.duration, event.kind, event.channel, event.number, event.value});
     }
     passTempos(lastTick);
-    PassTo(lastTick, lastPosition);
-    WarnIf(stopped, " tempo events of 0 microseconds are left out");
+    if (IsInTime(lastTick))
+        PassTo(lastTick, 0);
+    else
+        file.warnings.emplace_back("the end lies beyond 24 hours, so the last event is the end");
+    WarnIf(stopped, " tempo event of 0 microseconds is left out",
+           " tempo events of 0 microseconds are left out");
     if (file.notes == 0)
         file.warnings.emplace_back("there is no note");
 }

@@ -63,7 +63,8 @@ struct MidiFile {
 /// size in memory.
 constexpr std::size_t kMaxMidiFileSize = 64U << 20;
 
-/// A file that lasts longer, in seconds, is refused.
+/// A file with an event after this time, in seconds, is refused. If only its end lies after it, the
+/// file ends with its last event.
 constexpr int kMaxMidiSeconds = 24 * 60 * 60;
 
 /// Reads types 0 and 1 and the first track of type 2, plain or in a RIFF wrapper (RMID). Slight

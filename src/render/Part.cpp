@@ -8,11 +8,14 @@
 
 namespace vexa {
 
-Part::Part(const Options& options, const kits::ProgramFolders& folders, MidiFile events)
+Part::Part(const Options& options, const kits::ProgramFolders& folders, FunctionSources& sources,
+           MidiFile events)
     : options(options),
       events(std::move(events)),
       instrument(folders, options.compile ? Addons::Awaited : Addons::None),
-      programs(instrument, folders, options.compile) {}
+      programs(instrument, folders, options.compile) {
+    instrument.KeepSources(sources);
+}
 
 FunctionReport Part::SetUp(const Sound& sound, const Tuning& tuning,
                            std::vector<std::string>& warnings) {

@@ -22,8 +22,9 @@ namespace vexa {
 /// the result to frames at the sample rate of the output file. One thread.
 class Part {
   public:
-    /// Takes the events of the part. `options` and `folders` outlive it.
-    Part(const Options& options, const kits::ProgramFolders& folders, MidiFile events);
+    /// Takes the events of the part. All else outlives it; parts may share `sources`.
+    Part(const Options& options, const kits::ProgramFolders& folders, FunctionSources& sources,
+         MidiFile events);
 
     /// Loads the sound, and reads the sounds that program changes will choose. Faults of the latter
     /// are added to `warnings`. The report is on the function of `sound`; without it nothing plays.
@@ -38,6 +39,7 @@ class Part {
     /// Returns the length of the part in seconds, including the tail.
     double Seconds() const { return double(performance->Length()) / FullRate(); }
     double SecondsDone() const { return double(performance->Position()) / FullRate(); }
+    std::size_t Notes() const { return performance->Notes(); }
     int32 MostVoices() const { return performance->MostVoices(); }
     std::size_t FadedNotes() const { return performance->FadedNotes(); }
     int64 StolenVoices() { return instrument.Engine().consumer.StolenVox(); }

@@ -64,10 +64,13 @@ std::size_t Performance::Render(float* left, float* right, std::size_t count) {
     }
 }
 
-/// Returns the number of notes that a key or a pedal holds and that are heard.
+/// Returns the number of notes that a key or a pedal holds and that are heard. A note that has just
+/// begun has no sample yet, and is going to be heard.
 std::size_t Performance::HeldNotes() const {
     return static_cast<std::size_t>(std::ranges::count_if(instrument.voices, [](const voice& slot) {
-        return slot.state.Look().Active() && !slot.released && std::abs(slot.out) > kFaint;
+        const VoiceState::Seen seen = slot.state.Look();
+        const bool isHeard = Seconds(slot, seen) == 0 || std::abs(slot.out) > kFaint;
+        return seen.Active() && !slot.released && isHeard;
     }));
 }
 
@@ -94,6 +97,7 @@ void Performance::Play(const MidiEvent& event) {
     if (event.kind != MidiEvent::Kind::NoteOn)
         return;
     isCut = isCut || position >= cutStart;
+    notes += consumer.Accepts(event.channel) ? 1 : 0;
     mostVoices = std::max(mostVoices, consumer.CountVox());
 }
 

@@ -34,6 +34,8 @@ class Performance {
     /// `right` is null only one ear is rendered.
     std::size_t Render(float* left, float* right, std::size_t count);
 
+    /// Returns the number of notes so far that began on channels that are heard.
+    std::size_t Notes() const { return notes; }
     /// Returns the greatest number of voices that have sounded at once so far.
     int32 MostVoices() const { return mostVoices; }
     /// Returns the number of held notes that were faded out, once all is rendered.
@@ -57,6 +59,7 @@ class Performance {
     int64 position = 0;
     std::size_t nextEvent = 0;
     kits::EventWatcher* watcher = nullptr;
+    std::size_t notes = 0;
     int32 mostVoices = 0;
     std::size_t fadedNotes = 0;
     /// True if the end cuts a note off.

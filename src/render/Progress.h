@@ -46,6 +46,7 @@ struct RenderSummary {
     double seconds = 0;
     /// Largest absolute value of a sample; 1 is full scale.
     double peak = 0;
+    /// The notes on channels that are heard.
     std::size_t notes = 0;
     std::size_t mostVoices = 0;
     std::size_t stolenVoices = 0;

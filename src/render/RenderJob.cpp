@@ -2,6 +2,7 @@
 #include "render/RenderJob.h"
 
 #include "documents/SoundDocument.h"
+#include "instrument/FunctionSources.h"
 #include "kits/application/Interrupt.h"
 #include "kits/media/SoundFileWriter.h"
 #include "kits/storage/FileReplacement.h"
@@ -25,6 +26,8 @@ using kits::Error;
 using kits::Result;
 
 constexpr int kFailed = 1;
+/// The error of work that ends early because a signal asks for it.
+constexpr const char* kStopped = "interrupted";
 
 /// Returns the greatest magnitude among `least` and the samples, none of which is NaN. Magnitudes
 /// compare like their bit patterns as integers, and compilers vectorize integer comparisons.
@@ -41,7 +44,13 @@ class RenderJob {
         : options(options), folders(folders) {}
 
     RenderOutcome Run() {
-        if (const Result<void> done = Render(); !done) {
+        Result<void> done = Render();
+        // A signal makes other work fail too, such as that of the compiler, whose words would
+        // mislead. What is to be completed all the same fails for a reason of its own.
+        if (!done && interrupt && interrupt->Requested() && !completing)
+            done = EndWith(interrupt->ExitCode(),
+                           "interrupted; " + options.output.string() + " was not written");
+        if (!done) {
             outcome.exitCode = std::max(outcome.exitCode, kFailed);
             outcome.fault = done.Fault().text;
         }
@@ -68,10 +77,6 @@ class RenderJob {
         outcome.exitCode = exitCode;
         return {std::move(text)};
     }
-    Error Interrupted() {
-        return EndWith(interrupt->ExitCode(),
-                       "interrupted; " + options.output.string() + " was not written");
-    }
     /// Adds the warnings that are not there yet: several channels may have the same sound.
     void Warn(std::vector<std::string> more) {
         for (std::string& warning : more) {
@@ -83,7 +88,9 @@ class RenderJob {
     const Options& options;
     const kits::ProgramFolders& folders;
     RenderOutcome outcome;
+    FunctionSources sources;
     std::optional<kits::Interrupt> interrupt;
+    std::optional<kits::Interrupt::Completion> completing;
 };
 
 /// Returns the warning about notes that nothing in the file ends.
@@ -106,7 +113,6 @@ Result<void> RenderJob::Render() {
     // Signals are caught only from here on: before, a signal ends the program even if it reads a
     // pipe that never ends.
     interrupt.emplace();
-    outcome.summary.notes = midi->notes;
     Result<Arrangement> arrangement = Arrange(std::move(*midi));
     if (!arrangement)
         return arrangement.Fault();
@@ -122,7 +128,7 @@ Result<void> RenderJob::Render() {
         return writer.Fault();
     if (Result<void> written = Write(*arrangement, *writer, *format); !written)
         return written;
-    const kits::Interrupt::Completion completing;
+    completing.emplace();
     if (Result<void> finished = writer->Finish(); !finished)
         return finished;
     if (arrangement->HasBounded())
@@ -131,6 +137,9 @@ Result<void> RenderJob::Render() {
         outcome.warnings.push_back(HeldText(held));
 
     arrangement->Summarize(outcome.summary);
+    if (options.channel != -1 && outcome.summary.notes == 0)
+        Warn({"--channel " + std::to_string(options.channel + 1) +
+              ": there is no note on that channel"});
     return file->Commit();
 }
 
@@ -249,11 +258,6 @@ Result<Arrangement> RenderJob::Arrange(MidiFile midi) {
     const Result<std::filesystem::path> main = MainFile();
     if (!main)
         return main.Fault();
-    if (options.channel != -1 && std::ranges::none_of(midi.events, [&](const MidiEvent& event) {
-            return event.kind == MidiEvent::Kind::NoteOn && event.From() == options.channel;
-        }))
-        Warn({"--channel " + std::to_string(options.channel + 1) +
-              ": there is no note on that channel"});
     std::list<Part> parts;
     const auto add = [&](const Result<Sound>& sound, const std::filesystem::path& path,
                          MidiFile events) -> Result<void> {
@@ -266,7 +270,7 @@ Result<Arrangement> RenderJob::Arrange(MidiFile midi) {
             return tuning.Fault();
         const char* const option = parts.empty() ? FunctionOption() : nullptr;
         std::vector<std::string> remarks;
-        Part& part = parts.emplace_back(options, folders, std::move(events));
+        Part& part = parts.emplace_back(options, folders, sources, std::move(events));
         const FunctionReport report = part.SetUp(*sound, *tuning, remarks);
         for (const auto& [number, chosen] : part.Programs()) {
             if (Result<void> checked = CheckInput("--programs", chosen.path); !checked)
@@ -348,7 +352,7 @@ Result<void> RenderJob::Write(Arrangement& arrangement, kits::SoundFileWriter& w
     std::vector<float> scaled;
     return store->Replay([&](std::span<const float> samples) -> Result<void> {
         if (interrupt->Requested())
-            return Interrupted();
+            return Error{kStopped};
         scaled.assign(samples.begin(), samples.end());
         for (float& sample : scaled)
             sample *= scale;
@@ -363,7 +367,7 @@ Result<double> RenderJob::RenderInto(Arrangement& arrangement, const FloatStore:
     float peak = 0;
     while (true) {
         if (interrupt->Requested())
-            return Interrupted();
+            return Error{kStopped};
         const Result<bool> more = arrangement.Render(frames);
         if (!more)
             return more.Fault();

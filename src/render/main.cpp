@@ -22,14 +22,20 @@ int Fail(const std::string& text, int exitCode) {
     return exitCode;
 }
 
+/// Prints to standard output. GuardedMain tells whether the system has taken it.
+int Print(const std::string& text) {
+    std::fputs(text.c_str(), stdout);
+    return 0;
+}
+
 int Run(const std::vector<std::string>& texts) {
     const auto options = vexa::ParseOptions(texts);
     if (!options)
         return Fail(options.Fault().text + "\n" + vexa::kUsageHint, vexa::kUsageExitCode);
     if (options->action == vexa::Options::Action::Help)
-        return std::fputs(vexa::HelpText().c_str(), stdout) < 0;
+        return Print(vexa::HelpText());
     if (options->action == vexa::Options::Action::Version)
-        return std::fputs(vexa::VersionText().c_str(), stdout) < 0;
+        return Print(vexa::VersionText());
 
     if (const auto set = vexa::CheckInstructionSet(); !set)
         return Fail(set.Fault().text, 1);
@@ -42,7 +48,7 @@ int Run(const std::vector<std::string>& texts) {
     if (outcome.exitCode != 0)
         return Fail(outcome.fault, outcome.exitCode);
     if (!options->quiet)
-        std::printf("%s\n", vexa::SummaryLine(outcome.summary).c_str());
+        return Print(vexa::SummaryLine(outcome.summary) + '\n');
     return 0;
 }
 

@@ -502,6 +502,30 @@ TEST(Instrument, APictureIsTheTerrainAndOutlivesItsFileByName) {
     EXPECT_EQ((*f)(5, 0), 5);
 }
 
+TEST(Instrument, SourcesThatAreKeptAreCompiledAndReadOnce) {
+    const test::ProgramFolder folder;
+    vexa::FunctionSources sources;
+    Instrument first(folder.Path(), Addons::Awaited), second(folder.Path(), Addons::Awaited);
+    first.KeepSources(sources);
+    second.KeepSources(sources);
+    Function sample, picture;
+    sample.kind = vexa::FunctionKind::Sample;
+    sample.sampleFile = folder.Path() / "a.wav";
+    picture.kind = vexa::FunctionKind::Picture;
+    picture.pictureFile = folder.Path() / "a.png";
+    EXPECT_FALSE(first.Try(sample)) << "there is no file yet, which is not kept";
+    std::ofstream(sample.sampleFile) << test::ShortWav(std::vector<int>(2000, 9000), 44100, 1);
+    std::ofstream(picture.pictureFile) << test::Png(2, 1, {}, {0, 255});
+    ASSERT_TRUE(first.SetFunction(Of("x")));
+    EXPECT_TRUE(first.Try(sample));
+    EXPECT_TRUE(first.Try(picture));
+    std::filesystem::remove_all(folder.Path());
+    for (const Function& function : {sample, picture, Of("x")}) {
+        EXPECT_TRUE(second.SetFunction(function));
+        EXPECT_GT(PeakOfANote(second), 0);
+    }
+}
+
 /// With formulas and samples of their own, in turns and in four threads as alone.
 TEST(Instrument, AHundredPlaySideBySide) {
     const test::ProgramFolder folder;

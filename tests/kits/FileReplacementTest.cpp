@@ -39,6 +39,18 @@ TEST(FileReplacement, KeepsLinksAndPermissions) {
     EXPECT_EQ(Contents(file), "new");
     EXPECT_EQ(fs::status(file).permissions(), fs::perms(0640));
 
+    // A link to a link in another folder, which leads to no file yet, and one in a circle.
+    fs::create_directory(folder.Path() / "b");
+    fs::create_symlink("b/second", folder.Path() / "first");
+    fs::create_symlink("../c.txt", folder.Path() / "b/second");
+    ASSERT_TRUE(kits::ReplaceFile(folder.Path() / "first", "made"));
+    EXPECT_TRUE(fs::is_symlink(folder.Path() / "first"));
+    EXPECT_TRUE(fs::is_symlink(folder.Path() / "b/second"));
+    EXPECT_EQ(Contents(folder.Path() / "c.txt"), "made");
+    fs::create_symlink("circle", folder.Path() / "circle");
+    EXPECT_FALSE(kits::ReplaceFile(folder.Path() / "circle", "lost"));
+    EXPECT_TRUE(fs::is_symlink(folder.Path() / "circle"));
+
     const mode_t mask = ::umask(027);
     ASSERT_TRUE(kits::ReplaceFile(folder.Path() / "fresh", ""));
     EXPECT_EQ(fs::status(folder.Path() / "fresh").permissions(), fs::perms(0640));

@@ -91,6 +91,24 @@ TEST(SoundFileWriter, ReportsWhatCannotBeWritten) {
     ASSERT_FALSE(channels);
     EXPECT_NE(channels.Fault().text.find("a.flac as .flac at 44100 Hz with 9 channels: "),
               std::string::npos);
+    // At once, not when the encoder gets samples. The next lower rates are written.
+    for (const auto& [name, rate, most, why] :
+         {std::tuple{"a.ogg", 200001, 200000, "the highest rate is 200000 Hz"},
+          std::tuple{"a.flac", 655360, 655350, "655350 Hz, and above 65535 Hz it is a mul"},
+          std::tuple{"a.flac", 65536, 65535, "the highest rate is 655350 Hz, and above 65535"}}) {
+        const auto begun =
+            kits::SoundFileWriter::Create(-1, *kits::SoundFileFormatOf(name), name, rate, 1);
+        ASSERT_FALSE(begun) << name;
+        EXPECT_NE(begun.Fault().text.find(why), std::string::npos) << begun.Fault().text;
+        EXPECT_TRUE(WriteSound(folder.Path() / name, {0.5F}, most)) << most;
+        fs::remove(folder.Path() / name);
+    }
+
+    for (const char* name : {"a.wav", "a.flac", "a.ogg"}) {
+        const auto empty = WriteSound(folder.Path() / name, {}, 44100);
+        ASSERT_FALSE(empty) << name;
+        EXPECT_NE(empty.Fault().text.find(": the sound has no length"), std::string::npos);
+    }
 
     std::vector<float> noise(400'000);
     unsigned state = 1;

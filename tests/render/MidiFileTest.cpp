@@ -188,21 +188,26 @@ TEST(MidiFile, UnwrapsRiffAndStepsOverUnknownChunks) {
 TEST(MidiFile, ReadsOverSlightFaultsWithAWarning) {
     const std::string note = "\0\x90\1\1"s;
     const std::string endless = "MTrk\0\0\0\4"s + note;
+    const std::string late = "MTrk\0\0\0\xB"s + note + "\xFF\xFF\xFF\x7F\xFF\x2F\0"s;
     const struct {
         std::string bytes;
         const char* warning;
     } faults[] = {
         {Song(note) + "\0\0\0"s, "3 bytes after the last track are left out"},
-        {Header(1, 1, 100) + endless, "1 tracks have no end-of-track event"},
-        {Header(1, 3, 100) + Track(note), "the header counts 3 tracks, there are 1"},
-        {Header(1, 0, 100) + Track(note), "the header counts 0 tracks, there are 1"},
-        {Song(note + kEnd + "\xFF\xFF\xFF"), "1 tracks go on after their end-of-track event"},
-        {Song("\0"s + Tempo(0) + note), "1 tempo events of 0 microseconds are left out"},
+        {Header(1, 1, 100) + endless, "1 track has no end-of-track event"},
+        {Header(1, 1, 100) + late, "the end lies beyond 24 hours, so the last event is the end"},
+        {Header(1, 3, 100) + Track(note), "the number of tracks is 1, not 3 as the header says"},
+        {Header(1, 0, 100) + Track(note), "the number of tracks is 1, not 0 as the header says"},
+        {Song(note + kEnd + "\xFF\xFF\xFF"), "1 track goes on after its end-of-track event; "},
+        {Song("\0"s + Tempo(0) + note), "1 tempo event of 0 microseconds is left out"},
+        {Song(note + "\0\xF7\3\x90\3\1\0\xF7\3\x80\3\1"s),
+         "2 escape events with channel messages are left out"},
     };
     for (const auto& fault : faults) {
         const auto file = Read(fault.bytes);
         ASSERT_TRUE(file) << fault.warning << ": " << file.Fault().text;
         EXPECT_EQ(file->notes, 1U) << fault.warning;
+        EXPECT_EQ(file->duration, 0) << fault.warning;
         EXPECT_THAT(file->warnings, ElementsAre(HasSubstr(fault.warning)));
     }
     const auto silent = Read(Song(""));

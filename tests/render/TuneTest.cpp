@@ -98,6 +98,11 @@ TEST_F(Tune, ProgramChangesChooseSoundsAtTheirFrame) {
     EXPECT_GT(Level(1.05, 440), 0.2);
     EXPECT_GT(Level(1.05, 587.3295), 0.2);
     const std::vector<float> changed = left;
+    // Nothing of a sound matters that plays only notes which are not heard.
+    EXPECT_THAT(Render(tune, {"--programs", "--channel", "1"}), HasSubstr(" 1 note, "));
+    EXPECT_EQ(channels, 1U);
+    EXPECT_THAT(Render(tune, {"--programs", "--channel", "1", "--mpe"}), HasSubstr(" 2 notes, "));
+    EXPECT_EQ(channels, 2U) << "channel 2 is a member";
     // Up to that frame the output is the same as without the change.
     std::vector<MidiMessage> unchanged(tune.begin(), tune.begin() + 2);
     unchanged.push_back({1500, {0x80, 69, 0}});
@@ -111,6 +116,16 @@ TEST_F(Tune, ProgramChangesChooseSoundsAtTheirFrame) {
     EXPECT_EQ(left, chosen) << "the same bytes as with the sound that was loaded before";
     Render(tune, {"--sound", "0"});
     EXPECT_GT(Level(1.05, 880), 0.2) << "otherwise they mean nothing";
+
+    // All these sounds have one expression, for which the compiler runs once.
+    const std::string runs = (folder.Path() / "runs").string();
+    const auto compiler = folder.Write("bin/gcc", "#!/bin/sh\necho >>'" + runs +
+                                                      "'\nPATH=${PATH#*:} exec gcc \"$@\"\n");
+    std::filesystem::permissions(compiler, std::filesystem::perms::owner_all);
+    const test::EnvironmentVariable path(
+        "PATH", (compiler.parent_path().string() + ':' + std::getenv("PATH")).c_str());
+    Render(tune, {"--programs", "--compile", "--sound", "0", "--channel-sound", "2=1"});
+    EXPECT_EQ(test::Contents(runs), "\n");
 }
 
 /// The channels rendered alone must add up to the whole, bit for bit, whether stereo, oversampled,

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "kits/application/GuardedMain.h"
 
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <exception>
 #include <new>
 
@@ -33,6 +35,17 @@ void SayNoMemory() {
     std::abort();
 }
 
+/// Returns the exit code, which is 1 instead of 0 if the system has not taken all that the program
+/// has printed, as on a full disk.
+int WithOutputWritten(int exitCode) {
+    errno = 0;
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0)
+        return exitCode;
+    std::fprintf(stderr, "%s: could not write to standard output%s%s\n", guarded,
+                 errno != 0 ? ": " : "", errno != 0 ? std::strerror(errno) : "");
+    return exitCode != 0 ? exitCode : 1;
+}
+
 } // namespace
 
 int GuardedMain(const char* program, const std::function<int()>& work) {
@@ -45,7 +58,7 @@ int GuardedMain(const char* program, const std::function<int()>& work) {
     guarded = program;
     std::set_terminate(End);
     try {
-        return work();
+        return WithOutputWritten(work());
     } catch (const std::bad_alloc&) {
         SayNoMemory();
     } catch (const std::exception& fault) {

@@ -189,7 +189,7 @@ double Recording::Seconds() const {
 std::uint64_t Recording::Complete() {
     WriteWaiting();
     const std::uint64_t frames = writer->Frames();
-    // An encoder makes no file of nothing.
+    // Conclude has its own words for a recording without a frame.
     if (!failed && frames > 0)
         Heed(writer->Finish());
     return failed ? writer->Salvage() : frames;

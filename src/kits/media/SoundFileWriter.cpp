@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <climits>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -34,13 +35,28 @@ struct Format {
     std::string_view ending;
     SoundFileFormat format;
     int libraryFormat;
+    /// The highest frame rate, and the highest that need not be a multiple of 10 (Hz).
+    int mostRate, mostOddRate;
 };
 
+constexpr int kAny = INT_MAX;
+
 constexpr auto kFormats = std::to_array<Format>({
-    {".wav", SoundFileFormat::wav, SF_FORMAT_WAV | SF_FORMAT_FLOAT},
-    {".flac", SoundFileFormat::flac, SF_FORMAT_FLAC | SF_FORMAT_PCM_24},
-    {".ogg", SoundFileFormat::ogg, SF_FORMAT_OGG | SF_FORMAT_VORBIS},
+    {".wav", SoundFileFormat::wav, SF_FORMAT_WAV | SF_FORMAT_FLOAT, kAny, kAny},
+    {".flac", SoundFileFormat::flac, SF_FORMAT_FLAC | SF_FORMAT_PCM_24, 655350, 65535},
+    {".ogg", SoundFileFormat::ogg, SF_FORMAT_OGG | SF_FORMAT_VORBIS, 200000, 200000},
 });
+
+/// Returns why the format does not have the rate; nothing if it has it. The encoders look at the
+/// rate only when they get samples, and their own words do not name it.
+std::string RateFault(const Format& row, int rate) {
+    if (rate <= row.mostOddRate || (rate <= row.mostRate && rate % 10 == 0))
+        return "";
+    std::string text = "the highest rate is " + std::to_string(row.mostRate) + " Hz";
+    if (row.mostOddRate < row.mostRate)
+        text += ", and above " + std::to_string(row.mostOddRate) + " Hz it is a multiple of 10";
+    return text;
+}
 
 } // namespace
 
@@ -63,8 +79,6 @@ struct SoundFileWriter::State {
     int descriptor;
     SoundFileFormat format;
     std::string name;
-    /// The format, the rate and the number of channels, for a person.
-    std::string form;
     std::size_t channels;
     /// The capacity of the file and the amount written, in bytes of floats.
     std::uint64_t room = UINT64_MAX;
@@ -82,11 +96,6 @@ struct SoundFileWriter::State {
     Result<std::uint64_t> AnnounceFlacFrames() const;
     Error Failure(const std::string& reason) const {
         return {"could not write " + name + ": " + reason};
-    }
-    /// Returns the error of a format that does not have the rate or the channels, which the
-    /// library's own words do not name.
-    Error Unfit(const std::string& reason) const {
-        return {"could not write " + name + " as " + form + ": " + reason};
     }
 };
 
@@ -116,12 +125,16 @@ Result<SoundFileWriter> SoundFileWriter::Create(int descriptor, SoundFileFormat 
         else
             state->room = kMostWavBytes;
     }
-    state->file.reset(sf_open_fd(descriptor, SFM_WRITE, &info, SF_FALSE));
+    std::string unfit = RateFault(*row, frameRate);
+    if (unfit.empty()) {
+        state->file.reset(sf_open_fd(descriptor, SFM_WRITE, &info, SF_FALSE));
+        unfit = state->file ? "" : sf_strerror(nullptr);
+    }
+    if (!unfit.empty())
+        return Error{"could not write " + state->name + " as " + std::string(row->ending) + " at " +
+                     std::to_string(frameRate) + " Hz with " + std::to_string(channels) +
+                     (channels == 1 ? " channel: " : " channels: ") + unfit};
     SNDFILE* const file = state->file.get();
-    state->form = std::string(row->ending) + " at " + std::to_string(frameRate) + " Hz with " +
-                  std::to_string(channels) + (channels == 1 ? " channel" : " channels");
-    if (!file)
-        return state->Unfit(sf_strerror(nullptr));
     // The peak chunk contains the time of writing.
     sf_command(file, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
     sf_command(file, SFC_SET_CLIPPING, nullptr, SF_TRUE);
@@ -166,12 +179,8 @@ Result<void> SoundFileWriter::State::Flush() {
     const auto frames = static_cast<sf_count_t>(block.size() / channels);
     // The Vorbis encoder reports a page that could not be written only as an error.
     if (sf_writef_float(file.get(), block.data(), frames) != frames ||
-        sf_error(file.get()) != SF_ERR_NO_ERROR) {
-        // The Vorbis encoder looks at the rate only when it gets samples.
-        const bool isUnfit = sf_error(file.get()) == SF_ERR_UNRECOGNISED_FORMAT;
-        const char* const reason = sf_strerror(file.get());
-        return isUnfit ? Unfit(reason) : Failure(reason);
-    }
+        sf_error(file.get()) != SF_ERR_NO_ERROR)
+        return Failure(sf_strerror(file.get()));
     block.clear();
     passed += static_cast<std::uint64_t>(frames);
     length = ::lseek(descriptor, 0, SEEK_CUR);
@@ -248,6 +257,9 @@ std::uint64_t SoundFileWriter::Loud() const {
 }
 
 Result<void> SoundFileWriter::Finish() {
+    // An encoder makes no file of nothing, or one that cannot be read.
+    if (Frames() == 0)
+        return state->Failure("the sound has no length");
     if (Result<void> flushed = state->Flush(); !flushed)
         return flushed;
     if (const int error = sf_close(state->file.release()); error != SF_ERR_NO_ERROR)

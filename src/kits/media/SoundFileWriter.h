@@ -34,7 +34,8 @@ class SoundFileWriter {
 
     /// Writes to an open descriptor of an empty file, which stays the caller's and is open for
     /// reading too. `name` is the file's name in errors; `frameRate` is in frames per second;
-    /// `frames` is an upper bound of the number of frames.
+    /// `frames` is an upper bound of the number of frames. The error names what the format does not
+    /// have.
     static Result<SoundFileWriter> Create(int descriptor, SoundFileFormat format,
                                           const std::filesystem::path& name, int frameRate,
                                           std::uint64_t frames, int channels = 1);
@@ -52,7 +53,7 @@ class SoundFileWriter {
     /// hold back, are not in it.
     Result<void> KeepReadable();
 
-    /// Completes the file. It must be the last call, but for Salvage.
+    /// Completes the file, which fails without a frame. It must be the last call, but for Salvage.
     Result<void> Finish();
 
     /// Makes a valid file of what was written before Write, KeepReadable or Finish failed. It must

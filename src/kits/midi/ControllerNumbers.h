@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The numbers that the MIDI 1.0 standard gives to controllers, those that this program knows.
+// The numbers that the MIDI 1.0 standard gives to controllers and parameters, those that this
+// program knows.
 #pragma once
 
 #include "kits/support/SupportDefs.h"
@@ -32,5 +33,9 @@ enum ControllerNumber : uint8 {
     /// The mode messages that follow, up to 127, also mean this.
     kAllNotesOff = 123,
 };
+
+/// The least significant bytes of registered parameters whose most significant byte is 0: the range
+/// of the bend wheel, and the number of members of an MPE zone.
+enum RegisteredParameter : uint8 { kRangeParameter = 0, kZoneParameter = 6 };
 
 } // namespace kits

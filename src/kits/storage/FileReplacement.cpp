@@ -40,11 +40,19 @@ Descriptor CreateIn(const fs::path& folder, mode_t mode, fs::path& path) {
     return Descriptor();
 }
 
-/// Returns the file that a link at `path` leads to; a path that is no link is returned as it is.
-fs::path Resolved(const fs::path& path) {
-    std::error_code error;
-    fs::path resolved = fs::is_symlink(path, error) ? fs::weakly_canonical(path, error) : path;
-    return error ? path : resolved;
+/// Returns the path to which a link at `path` leads, over further links, whether there is a file or
+/// not; a path that is no link is returned as it is.
+fs::path Resolved(fs::path path) {
+    // The kernel's limit. Links that go round in a circle remain links, which it refuses to open.
+    constexpr int kMostLinks = 40;
+    for (int i = 0; i < kMostLinks; i++) {
+        std::error_code isNoLink;
+        const fs::path next = fs::read_symlink(path, isNoLink);
+        if (isNoLink)
+            break;
+        path = path.parent_path() / next;
+    }
+    return path;
 }
 
 /// Returns true if the error means that the system withholds the attribute, or does not support

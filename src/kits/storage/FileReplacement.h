@@ -14,10 +14,10 @@ namespace kits {
 
 /// The new content of a file. It is written beside the file under a name of its own and takes the
 /// file's place in one step; destroyed before that, it leaves nothing behind and the file as it
-/// was. A symbolic link is followed, so the file that it names is replaced. An existing file's
-/// extended attributes and permissions are kept, and its owner and group as far as the system
-/// allows giving a file away. If a file has several names (hard links), only this name gets the new
-/// content.
+/// was. A symbolic link is followed, so the file that it names is replaced or made. An existing
+/// file's extended attributes and permissions are kept, and its owner and group as far as the
+/// system allows giving a file away. If a file has several names (hard links), only this name gets
+/// the new content.
 class FileReplacement {
   public:
     /// Creates the file beside `path`. The error names the path and the system's reason.

@@ -41,9 +41,11 @@ constexpr float kViewMargin = 10;
 constexpr const char* kDeviceGone =
     "The audio device has disappeared; there is no sound until it is back.";
 
-/// What it means to the author of a formula that there is no add-on of it.
+/// What it means to the author of a formula that there is no add-on of it. The add-on may have been
+/// refused because, unlike most, it is slower than the formula.
 constexpr const char* kPlaysWithoutAddon =
-    "The formula plays all the same. Only its faster form, which gcc makes, is missing.";
+    "The formula plays all the same. Only the form that gcc makes of it, which is faster as a rule, "
+    "is missing.";
 
 } // namespace
 

@@ -5,8 +5,9 @@
 Starts an X server, a session bus, a JACK server without a device and vexa with all its parts shown,
 and reads the window's tree of accessible objects over AT-SPI. The exit code is 1 if a control or a
 part of one has no name, if two controls that are shown in one view have the same name, if Tab does
-not reach every control that takes the keyboard and then return to the first, or if a view that draws
-itself does not tell what its keys choose and change.
+not reach every control that takes the keyboard and then return to the first, if a view that draws
+itself does not tell what its keys choose and change, or if the window does not survive a question about
+the text at the end of a field or about a child that is no longer there.
 """
 import argparse
 import pathlib
@@ -190,6 +191,26 @@ def faults_of_keys(window):
             yield f"{key} in the {role} \"{name}\" tells no {kind} of a {of}, only {told}"
 
 
+def faults_of_questions(nodes):
+    """Asks what a screen reader asks when the cursor reaches the end of a text, and when a child vanishes
+    between two questions, and yields those that are not answered."""
+    import pyatspi
+    from gi.repository import GLib
+    for node, _ in nodes:
+        # A node that is gone by now, such as one of a list, has no answers, and no faults.
+        try:
+            text = node.queryText()
+        except (NotImplementedError, GLib.Error):
+            text = None
+        try:
+            node.getChildAtIndex(node.childCount)
+            for kind in (pyatspi.TEXT_BOUNDARY_WORD_START, pyatspi.TEXT_BOUNDARY_SENTENCE_START):
+                text and text.getTextAtOffset(text.characterCount, kind)
+        except GLib.Error as fault:
+            yield f"no answer from {node.path}: {fault}"
+            return
+
+
 def walk(verbose):
     import pyatspi
     window = wait_for("the window", lambda: next(
@@ -202,7 +223,8 @@ def walk(verbose):
         for node, path in nodes:
             if shown(node):
                 print("  " * len(path) + describe(node))
-    faults = list(faults_of_names(nodes)) + list(faults_of_tabs(window, nodes)) + list(faults_of_keys(window))
+    faults = [*faults_of_names(nodes), *faults_of_tabs(window, nodes), *faults_of_keys(window),
+              *faults_of_questions(nodes)]
     print(f"{len(nodes)} things in the window, {len(faults)} faults")
     for fault in faults:
         print("check-accessible: " + fault)

@@ -239,6 +239,13 @@ TEST_F(FilePanelTest, ShowsWhatHasHappenedToTheFolder) {
     folder.Write("zoo/new.txt", "x");
     panel.Key(Qt::Key_F5);
     EXPECT_THAT(panel.Names(), ElementsAre("inside.txt", "new.txt"));
+    for (const char* name : {"zoo/inside.txt", "zoo/new.txt"})
+        fs::remove(folder.Path() / name);
+    panel.Key(Qt::Key_F5);
+    // In an empty list there is nothing to copy.
+    panel.Key(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_FALSE(panel.List().model()->headerData(99, Qt::Horizontal).isValid());
+    EXPECT_THAT(panel.Names(), ElementsAre());
     fs::remove_all(folder.Path() / "zoo");
     panel.Key(Qt::Key_F5);
     EXPECT_EQ(panel.Folder(), folder.Path());

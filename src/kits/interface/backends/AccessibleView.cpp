@@ -3,11 +3,14 @@
 
 #include "kits/interface/Menu.h"
 #include "kits/interface/View.h"
+#include "kits/interface/backends/AccessibleLine.h"
 #include "kits/interface/backends/ViewWidget.h"
 #include "kits/interface/backends/WindowWidget.h"
 
 #include <QAccessibleWidget>
+#include <QLineEdit>
 #include <QPointer>
+#include <QScrollArea>
 #include <QToolButton>
 #include <vector>
 
@@ -292,6 +295,12 @@ QAccessibleInterface* MakeInterface(const QString&, QObject* object) {
         return new QAccessibleWidget(window, QAccessible::Window);
     if (FieldOf(object))
         return new ChoiceInterface(*static_cast<QToolButton*>(object));
+    // The toolkit's own interface of an area that scrolls reads past its children if a screen
+    // reader counts them before a scroll bar vanishes and asks for the last one afterwards.
+    if (auto* area = dynamic_cast<QScrollArea*>(object))
+        return new QAccessibleWidget(area, QAccessible::Client);
+    if (auto* line = dynamic_cast<QLineEdit*>(object))
+        return new AccessibleLine(*line);
     auto* widget = dynamic_cast<ViewWidget*>(object);
     return widget && !widget->Content() ? new ViewInterface(*widget) : nullptr;
 }

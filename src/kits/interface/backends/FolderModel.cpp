@@ -154,6 +154,9 @@ int FolderModel::columnCount(const QModelIndex& parent) const {
 }
 
 QVariant FolderModel::data(const QModelIndex& index, int role) const {
+    // The view asks for the current entry when a key is to copy it, and there may be none.
+    if (!index.isValid())
+        return {};
     const Entry& entry = At(index.row());
     if (role == Qt::DecorationRole && index.column() == kName)
         return QApplication::style()->standardIcon(entry.folder ? QStyle::SP_DirIcon
@@ -175,7 +178,8 @@ QVariant FolderModel::data(const QModelIndex& index, int role) const {
 }
 
 QVariant FolderModel::headerData(int section, Qt::Orientation orientation, int role) const {
-    if (orientation != Qt::Horizontal)
+    // Screen readers ask for any section.
+    if (orientation != Qt::Horizontal || section < 0 || section >= columnCount())
         return {};
     if (role == Qt::DisplayRole)
         return kTitles[section];

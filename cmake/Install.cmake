@@ -15,6 +15,9 @@ install(FILES data/demo.mid data/shipped-content DESTINATION ${VEXA_INSTALLED_CO
 
 if(VEXA_WINDOW)
     install(DIRECTORY docs/manual DESTINATION ${VEXA_INSTALLED_CONTENT} PATTERN tools EXCLUDE)
+    # What the manual's pages lead to, at the same place relative to them.
+    install(FILES docs/HEADLESS.md docs/LV2.md docs/TUNING.md DESTINATION ${VEXA_INSTALLED_CONTENT})
+    install(FILES docs/figures/window.png DESTINATION ${VEXA_INSTALLED_CONTENT}/figures)
     install(FILES ${VEXA_ARTWORK} DESTINATION ${VEXA_INSTALLED_CONTENT})
     set(id org.orvo.Vexa)
     install(FILES data/desktop/${id}.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)

@@ -3,7 +3,7 @@
 """Checks that every source file states its licence in its first two lines.
 
 Prints each file without the line; the exit code is 1 if there is any. Source files are C++, scripts,
-CMake files and templates of pages. Content (data/), seeds and pictures are not checked; README.md puts
+CMake files and templates of pages. Content, seeds and pictures are not checked; README.md puts
 them under the same licence.
 """
 
@@ -18,7 +18,7 @@ LINE = "SPDX-License-Identifier: GPL-3.0-or-later"
 # their first line.
 COMMENTS = {".cpp": "//", ".h": "//", ".py": "#", ".sh": "#", ".cmake": "#", "CMakeLists.txt": "#", ".bash.in": "#", ".zsh.in": "#",
             ".1.in": '.\\"', "debian/rules": "#"}
-SKIPPED = {"build", "__pycache__", "data", "seeds"}
+SKIPPED = {"build", "__pycache__", "seeds"}
 # Beginnings of lines that must stay the first of their file.
 FIRST = ("#!", "#compdef")
 

@@ -33,6 +33,9 @@ file(GLOB_RECURSE formatted CONFIGURE_DEPENDS
     ${CMAKE_SOURCE_DIR}/packaging/*.cpp ${CMAKE_SOURCE_DIR}/docs/manual/tools/*.cpp)
 add_test(NAME format COMMAND ${CLANG_FORMAT} --dry-run -Werror ${formatted})
 
+# What documents point to is there: files, headings, tests.
+add_test(NAME links COMMAND ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/scripts/check-documents.py)
+
 # Every source says its licence.
 add_test(NAME licence COMMAND ${Python3_EXECUTABLE} ${CMAKE_SOURCE_DIR}/scripts/licence-lines.py)
 

@@ -42,7 +42,7 @@ class Pages(unittest.TestCase):
             shown = output("man", "-l", page, env=os.environ | {"MANWIDTH": "100", "LC_ALL": "C"})
             self.assertEqual(re.findall(r"^ {7}(--[a-z0-9-]+)(?: ([A-Z=]+)$)?", shown, re.M), options)
             zsh = (BUILD / f"pages/zsh/_{program}").read_text("utf-8")
-            self.assertEqual(re.findall(r"^    '(--[a-z0-9-]+)\[.*?\](?::([A-Z=]+):.*)?' \\$", zsh, re.M), options)
+            self.assertEqual(re.findall(r"^    '(--[a-z0-9-]+)(?:=\[.*?\]:([A-Z=]+):.*|\[.*\])' \\$", zsh, re.M), options)
             names = [name for name, _ in options]
             self.assertEqual(completions(program, "--"), names)
             for name, value in options:

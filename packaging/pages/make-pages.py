@@ -56,7 +56,8 @@ def zsh_spec(option):
     def plain(text):
         return re.sub(r"([\\:\[\]])", r"\\\1", text).replace("'", "'\\''")
 
-    spec = f"--{option.name}[{plain(option.help)}]"
+    # With "=" in the specification, zsh takes a value both after "=" and as the next word.
+    spec = f"--{option.name}{'=' if option.value else ''}[{plain(option.help)}]"
     if option.value:
         action = {"FILE": "_files", "SOUND": "_vexa_sounds", "N=SOUND": "_vexa_channel_sounds"}.get(
             option.value, f"({' '.join(words(option))})")

@@ -77,7 +77,8 @@ class HeadlessPlayer : private SessionClient {
     JoinedSession* const joined;
     /// An audio device has been there at some time.
     bool hadDevice = false;
-    bool ending = false;
+    /// The graph is being started: what it alerts of is why there is no sound.
+    bool starting = false;
     /// True once it was said that the recording has ended by itself.
     bool toldOfRecording = false;
     Instrument instrument;
@@ -85,10 +86,10 @@ class HeadlessPlayer : private SessionClient {
     std::string soundName;
     std::shared_ptr<MidiWatch> watch = std::make_shared<MidiWatch>();
     ProgramSelector programs{instrument.Engine().consumer, BMessenger(watch), 0};
-    /// At the end the graph alerts of what it could not disconnect, which is no news if nothing was
-    /// ever connected.
+    /// At the end, whether it was started or not, the graph alerts of what it could not disconnect,
+    /// which is no news if nothing was ever connected.
     AudioGraph graph{instrument.Engine(), [this](const char* text) {
-                         if (!ending)
+                         if (starting)
                              Say(text);
                          else if (hadDevice)
                              Say("the audio device could not be disconnected");
@@ -114,7 +115,9 @@ int HeadlessPlayer::Run(const kits::Interrupt& interrupt, kits::Recording* recor
     graph.Record(recording);
     if (options.programs)
         graph.Consumer().Gate()->Watch(&programs);
+    starting = true;
     const bool sounds = graph.Start();
+    starting = false;
     hadDevice = sounds;
     bool watching = WatchSources();
     if (!watching) {
@@ -152,7 +155,6 @@ int HeadlessPlayer::Run(const kits::Interrupt& interrupt, kits::Recording* recor
         }
     }
     graph.CloseRecording();
-    ending = true;
     Report(Clock::now() - start);
     // A server that hangs may hold the program until another signal ends it.
     std::fflush(stdout);

@@ -67,6 +67,7 @@ TEST(VexaProgram, ASoundAndATuningThatWereAskedForMustBeThere) {
     EXPECT_EQ(function.exitCode, 1);
     EXPECT_THAT(function.text, HasSubstr("vexa: " + bad + ": <expression>: character 1: \"2x\""));
     EXPECT_THAT(function.text, Not(HasSubstr("gcc")));
+    EXPECT_THAT(function.text, Not(HasSubstr("disconnect"))) << "nothing was connected";
     const CommandResult tuning =
         Vexa({"--no-window", "--audio", "none", "--tuning", "/none/scale.scl"});
     EXPECT_EQ(tuning.exitCode, 1);

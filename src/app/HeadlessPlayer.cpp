@@ -15,6 +15,7 @@
 #include <cstdio>
 #include <memory>
 #include <semaphore>
+#include <utility>
 
 namespace vexa {
 
@@ -275,18 +276,26 @@ void HeadlessPlayer::LoadProgram(int32 number) {
         Say("program " + std::to_string(number) + ": " + path->stem().string());
 }
 
-/// Connects the source that the options name, if it is there and not connected yet.
+/// Connects the source that the options name, if it is there and not connected yet. Says once that
+/// it is waited for, and then when it has come.
 void HeadlessPlayer::ConnectSource() {
     if (!options.midi || options.midi->empty())
         return;
     BMidiRoster* roster = BMidiRoster::MidiRoster();
     BMidiProducer* source = roster ? roster->FindProducer(*options.midi) : nullptr;
-    if (!source && !waitsForSource)
-        Say("waiting for the MIDI source \"" + *options.midi + "\"");
-    waitsForSource = !source;
+    const std::string named = "the MIDI source \"" + *options.midi + "\"";
+    if (!source && !std::exchange(waitsForSource, true))
+        Say("waiting for " + named);
     const int32 number = source ? source->ID() : 0;
-    if (source && number != connectedSource && source->Connect(&graph.Consumer()) == B_ERROR)
-        Say("could not connect the MIDI source \"" + *options.midi + "\"");
+    if (source && number != connectedSource) {
+        const status_t status = source->Connect(&graph.Consumer());
+        if (status == B_ERROR)
+            Say("could not connect " + named);
+        else if (status == B_OK && waitsForSource)
+            Say(named + " is there");
+        if (status == B_OK || status == B_ERROR)
+            waitsForSource = false;
+    }
     connectedSource = number;
     if (source)
         source->Release();

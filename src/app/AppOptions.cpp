@@ -83,7 +83,7 @@ kits::Result<AppOptions> ParseAppOptions(std::span<const std::string> arguments)
     if (!operands->empty())
         options.file = operands->front();
     if (options.file && options.noWindow)
-        return kits::Error{"without a window a file is given as --sound " + operands->front()};
+        return kits::Error{"without a window only a sound plays, given as --sound SOUND"};
     if (options.classic && options.noWindow)
         return kits::Error{"--classic is about the window, --no-window has none"};
     const bool isOwnInstrument = options.file || options.noWindow || options.sound ||

@@ -15,6 +15,7 @@
 #include <cstdio>
 #include <memory>
 #include <semaphore>
+#include <utility>
 
 namespace vexa {
 
@@ -77,7 +78,8 @@ class HeadlessPlayer : private SessionClient {
     JoinedSession* const joined;
     /// An audio device has been there at some time.
     bool hadDevice = false;
-    bool ending = false;
+    /// The graph is being started: what it alerts of is why there is no sound.
+    bool starting = false;
     /// True once it was said that the recording has ended by itself.
     bool toldOfRecording = false;
     Instrument instrument;
@@ -85,10 +87,10 @@ class HeadlessPlayer : private SessionClient {
     std::string soundName;
     std::shared_ptr<MidiWatch> watch = std::make_shared<MidiWatch>();
     ProgramSelector programs{instrument.Engine().consumer, BMessenger(watch), 0};
-    /// At the end the graph alerts of what it could not disconnect, which is no news if nothing was
-    /// ever connected.
+    /// At the end, whether it was started or not, the graph alerts of what it could not disconnect,
+    /// which is no news if nothing was ever connected.
     AudioGraph graph{instrument.Engine(), [this](const char* text) {
-                         if (!ending)
+                         if (starting)
                              Say(text);
                          else if (hadDevice)
                              Say("the audio device could not be disconnected");
@@ -114,7 +116,9 @@ int HeadlessPlayer::Run(const kits::Interrupt& interrupt, kits::Recording* recor
     graph.Record(recording);
     if (options.programs)
         graph.Consumer().Gate()->Watch(&programs);
+    starting = true;
     const bool sounds = graph.Start();
+    starting = false;
     hadDevice = sounds;
     bool watching = WatchSources();
     if (!watching) {
@@ -152,7 +156,6 @@ int HeadlessPlayer::Run(const kits::Interrupt& interrupt, kits::Recording* recor
         }
     }
     graph.CloseRecording();
-    ending = true;
     Report(Clock::now() - start);
     // A server that hangs may hold the program until another signal ends it.
     std::fflush(stdout);
@@ -273,18 +276,26 @@ void HeadlessPlayer::LoadProgram(int32 number) {
         Say("program " + std::to_string(number) + ": " + path->stem().string());
 }
 
-/// Connects the source that the options name, if it is there and not connected yet.
+/// Connects the source that the options name, if it is there and not connected yet. Says once that
+/// it is waited for, and then when it has come.
 void HeadlessPlayer::ConnectSource() {
     if (!options.midi || options.midi->empty())
         return;
     BMidiRoster* roster = BMidiRoster::MidiRoster();
     BMidiProducer* source = roster ? roster->FindProducer(*options.midi) : nullptr;
-    if (!source && !waitsForSource)
-        Say("waiting for the MIDI source \"" + *options.midi + "\"");
-    waitsForSource = !source;
+    const std::string named = "the MIDI source \"" + *options.midi + "\"";
+    if (!source && !std::exchange(waitsForSource, true))
+        Say("waiting for " + named);
     const int32 number = source ? source->ID() : 0;
-    if (source && number != connectedSource && source->Connect(&graph.Consumer()) == B_ERROR)
-        Say("could not connect the MIDI source \"" + *options.midi + "\"");
+    if (source && number != connectedSource) {
+        const status_t status = source->Connect(&graph.Consumer());
+        if (status == B_ERROR)
+            Say("could not connect " + named);
+        else if (status == B_OK && waitsForSource)
+            Say(named + " is there");
+        if (status == B_OK || status == B_ERROR)
+            waitsForSource = false;
+    }
     connectedSource = number;
     if (source)
         source->Release();

@@ -132,6 +132,15 @@ std::string FaultsOf(const MXFragment& element) {
     return faults;
 }
 
+/// Returns what a file that is no document is instead, by the name of the option that takes it;
+/// empty for a document and for what cannot be opened at all.
+std::string OtherKind(const std::filesystem::path& path) {
+    const DocumentKind kind = IsOfAKind(path) ? KindOf(path) : DocumentKind::Sound;
+    if (kind == DocumentKind::Sample)
+        return "sample";
+    return kind == DocumentKind::Picture ? "picture" : "";
+}
+
 } // namespace
 
 std::unique_ptr<MXFragment> ConstructSoundElement(const Sound& sound) {
@@ -247,7 +256,15 @@ void InterpretEnvdataElement(const MXFragment& envdata, std::vector<EnvPoint>& p
 }
 
 kits::Result<Sound> ReadSound(const std::filesystem::path& path, Warnings* warnings) {
-    return ReadValue(path, Sound(), InterpretSound, warnings);
+    kits::Result<Sound> read = ReadValue(path, Sound(), InterpretSound, warnings);
+    const std::string other = read ? "" : OtherKind(path);
+    if (other.empty())
+        return read;
+    return kits::At({path.string()},
+                    Refusal(kInvalidSound, "(the file is a " + other +
+                                               "; it is opened by \"vexa FILE\" or by dropping it "
+                                               "onto the window, and vexa-render takes it by --" +
+                                               other + ")"));
 }
 
 kits::Result<void> WriteSound(const std::filesystem::path& path, const Sound& sound) {

@@ -33,7 +33,8 @@ void InterpretEnvdataElement(const MXFragment& envdata, std::vector<EnvPoint>& p
                              Remarks& remarks);
 
 /// Reads the sound at `path`. Texts and points that it lacks are those of a new Sound, regardless
-/// of any sound that was loaded before. `warnings` is that of ReadValue. Any thread.
+/// of any sound that was loaded before. `warnings` is that of ReadValue. A sample or a picture is
+/// refused by that name, whatever the bytes look like as a text. Any thread.
 kits::Result<Sound> ReadSound(const std::filesystem::path& path, Warnings* warnings = nullptr);
 
 /// Writes the sound as the document at `path`; an error leaves the file unchanged. Any thread.

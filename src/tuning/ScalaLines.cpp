@@ -27,12 +27,10 @@ ScalaLines::ScalaLines(std::string_view bytes, std::string name)
 
 bool ScalaLines::Next() {
     while (!rest.empty()) {
-        const std::size_t length = std::min(rest.find('\n'), rest.size());
-        text = rest.substr(0, length);
-        rest.remove_prefix(std::min(length + 1, rest.size()));
+        text = rest.substr(0, rest.find_first_of("\r\n"));
+        rest.remove_prefix(text.size());
+        rest.remove_prefix(rest.starts_with("\r\n") ? 2 : std::min<std::size_t>(rest.size(), 1));
         number++;
-        if (text.ends_with('\r'))
-            text.remove_suffix(1);
         if (!text.starts_with('!'))
             return true;
     }

@@ -12,8 +12,8 @@
 
 namespace vexa {
 
-/// Iterates over a file's lines, which may end with a carriage return too; lines that begin with
-/// "!" are comments and are skipped. It starts before the first line.
+/// Iterates over a file's lines, which end with a newline, a carriage return or both; lines that
+/// begin with "!" are comments and are skipped. It starts before the first line.
 class ScalaLines {
   public:
     /// `name` is the file's name for messages; the bytes must outlive this object.

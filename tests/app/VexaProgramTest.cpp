@@ -32,7 +32,7 @@ TEST(VexaProgram, SaysWhatIsWrongWithItsCommandLine) {
         {{"--midi", ""}, "--midi needs a value"},
         {{"--record", "x.mp3"}, "--record takes a name ending in .wav, .flac or .ogg"},
         {{"a.xml", "b.xml"}, "one file can be opened, not 2"},
-        {{"--no-window", "a.xml"}, "without a window a file is given as --sound a.xml"},
+        {{"--no-window", "a.xml"}, "without a window only a sound plays, given as --sound"},
         {{"--attach", "2"}, "the number of a descriptor"},
         {{"--attach", "5", "a.xml"}, "with --attach the plug-in has the sound"},
         {{"--into", "77"}, "--into goes with --attach"},
@@ -67,6 +67,7 @@ TEST(VexaProgram, ASoundAndATuningThatWereAskedForMustBeThere) {
     EXPECT_EQ(function.exitCode, 1);
     EXPECT_THAT(function.text, HasSubstr("vexa: " + bad + ": <expression>: character 1: \"2x\""));
     EXPECT_THAT(function.text, Not(HasSubstr("gcc")));
+    EXPECT_THAT(function.text, Not(HasSubstr("disconnect"))) << "nothing was connected";
     const CommandResult tuning =
         Vexa({"--no-window", "--audio", "none", "--tuning", "/none/scale.scl"});
     EXPECT_EQ(tuning.exitCode, 1);

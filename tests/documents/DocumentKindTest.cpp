@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "documents/DocumentKind.h"
 
+#include "documents/SoundDocument.h"
 #include "support/Limits.h"
 #include "support/SoundFiles.h"
 #include "support/TemporaryFolder.h"
@@ -8,6 +9,7 @@
 #include <array>
 #include <cstring>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
@@ -16,6 +18,8 @@ namespace {
 
 using namespace vexa;
 using test::TemporaryFolder;
+using testing::HasSubstr;
+using testing::Not;
 
 TEST(DocumentKind, ContentDecidesAndTheTypeOnlyWhereThatTellsNothing) {
     const std::string wav = test::ShortWav({1, 2, 3}, 8000, 1);
@@ -59,8 +63,20 @@ TEST(DocumentKind, ContentDecidesAndTheTypeOnlyWhereThatTellsNothing) {
         if (*type)
             ::setxattr(path.c_str(), "user.mime_type", type, std::strlen(type), 0);
         EXPECT_EQ(KindOf(path), kind) << name;
-        EXPECT_EQ(IsOfAKind(path), std::string("abcdefqrs").find(name[0]) != std::string::npos)
-            << name;
+        const bool isOfAKind = std::string("abcdefqrs").find(name[0]) != std::string::npos;
+        EXPECT_EQ(IsOfAKind(path), isOfAKind) << name;
+        // Who takes another kind for a sound is told what the file is instead.
+        const char* const other = kind == function ? "function"
+                                  : kind == sample ? "sample"
+                                                   : "picture";
+        const auto read = ReadSound(path);
+        if (isOfAKind && kind != sound) {
+            ASSERT_FALSE(read) << name;
+            EXPECT_THAT(read.Fault().alerts, testing::ElementsAre(kInvalidSound)) << name;
+            EXPECT_THAT(read.Fault().text, HasSubstr(std::string("the file is a ") + other + "; "));
+        } else if (!read) {
+            EXPECT_THAT(read.Fault().text, Not(HasSubstr("the file is"))) << name;
+        }
     }
 }
 

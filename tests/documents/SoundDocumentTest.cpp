@@ -21,7 +21,6 @@ using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::SizeIs;
-using testing::StartsWith;
 
 /// A sound in which no two texts are the same, and which keeps elements of others. Its points have
 /// times and values of at most three decimals, which survive being written.
@@ -362,26 +361,6 @@ TEST(SoundDocument, WithoutAFunctionNothingIsTaken) {
     Remarks remarks;
     EXPECT_FALSE(InterpretSound(*document.root, sound, remarks));
     EXPECT_EQ(sound, RandomSound(2));
-}
-
-TEST(SoundDocument, OfEachKindAFunctionDocumentIsRefusedWithAdvice) {
-    const TemporaryFolder folder;
-    const auto path = folder.Path() / "f";
-    for (const FunctionElement& row : kFunctionElements) {
-        Function function;
-        function.kind = row.kind;
-        ASSERT_TRUE(WriteFunction(path, function));
-        Warnings warnings;
-        const auto read = ReadSound(path, &warnings);
-        ASSERT_FALSE(read);
-        EXPECT_THAT(read.Fault().alerts, ElementsAre(kInvalidSound));
-        EXPECT_THAT(read.Fault().text,
-                    StartsWith(path.string() +
-                               ":4:1: This is not a valid sound. (expected a root "
-                               "element <vexasound>, found <" +
-                               row.name + ">: the file is a function; "));
-        EXPECT_THAT(kits::Texts(warnings), ElementsAre());
-    }
 }
 
 TEST(SoundDocument, WhatADocumentLacksIsThatOfANewSound) {

@@ -333,6 +333,7 @@ TEST(Live, ASourceThatVanishesEndsItsOwnNotesOnly) {
             auto chosen = std::make_unique<test::Player>();
             EXPECT_EQ(chosen->Name(), "player-01:out");
             chosen->Connect(chosen->Name(), "Vexa:Vexa midi in (chosen)");
+            play.WaitForLog("the MIDI source \"player-01:out\" is there");
             play.Play(NoteOn(chosenVanishes ? 69 : 81));
             chosen->Play(NoteOn(chosenVanishes ? 81 : 69));
             play.Listen(24000);

@@ -217,7 +217,7 @@ TEST(Scale, TellsTheLineAndWhatWasExpectedThere) {
         {"d\n1\n2/1\n3/1\n", "s:4: expected no pitch after number 1, not \"3/1\""},
         {"d\n1\n! c\n0/1\n",
          "s:4: expected a ratio above 0 of numbers that are not 0, not \"0/1\""},
-        {"d\n1\n0\n", "s:3: expected a ratio above 0"},
+        {"! c\rd\r1\r\r\n0\r", "s:5: expected a ratio above 0"},
         {"d\n1\n1/0\n", "s:3: expected a ratio above 0"},
         {"d\n1\n-3/2\n", "s:3: expected a ratio above 0"},
         {"d\n1\n3/-2\n", "s:3: expected a ratio above 0"},

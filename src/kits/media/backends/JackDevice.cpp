@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 
 #include <jack/jack.h>
@@ -81,7 +83,9 @@ class JackDevice : public AudioDevice, private JackProcessor {
     }
 
   private:
-    /// Connects each port once only: a connection that a person removes stays removed.
+    /// Connects each port once only: a connection that a person removes stays removed. A server may
+    /// be set to refuse what its clients connect themselves; the first refusal is told, as the
+    /// sound would be missing without a word.
     void ConnectToLoudspeakers() {
         const auto request = client->Request();
         const char** speakers = jack_get_ports(client->Handle(), nullptr, JACK_DEFAULT_AUDIO_TYPE,
@@ -89,7 +93,13 @@ class JackDevice : public AudioDevice, private JackProcessor {
         for (std::size_t i = 0; speakers && i < ports.size() && speakers[i]; i++) {
             if (i < connected)
                 continue;
-            jack_connect(client->Handle(), jack_port_name(ports[i]), speakers[i]);
+            const int status =
+                jack_connect(client->Handle(), jack_port_name(ports[i]), speakers[i]);
+            if (status != 0 && status != EEXIST && i == 0)
+                std::fprintf(stderr,
+                             "vexa: JACK did not connect \"%s\" to \"%s\"; there is no sound "
+                             "until another program does\n",
+                             jack_port_name(ports[i]), speakers[i]);
             connected = i + 1;
         }
         jack_free(speakers);

@@ -63,6 +63,8 @@ inline bool TypeInHost(const Desktop& desktop, const char* expression,
     });
 }
 
+using Size = std::pair<std::uint32_t, std::uint32_t>;
+
 /// A host's empty window.
 class HostWindow {
   public:
@@ -81,12 +83,25 @@ class HostWindow {
     HostWindow& operator=(const HostWindow&) = delete;
 
     std::uint32_t Id() const { return window; }
+    void SetSize(std::uint32_t width, std::uint32_t height) const {
+        const std::uint32_t size[] = {width, height};
+        ::xcb_configure_window(server, window, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
+                               size);
+        ::xcb_flush(server);
+    }
+    /// Returns the size of the program's window, which is inside the frame, which is inside this
+    /// one; 0 if it is not to be seen.
+    Size Seen() const {
+        const auto program = At(At(At(window).child).child);
+        return program.isSeen ? program.size : Size();
+    }
 
+  private:
     /// What is known of a window: its first child, 0 if there is none; its size; whether it can be
     /// seen.
     struct Look {
         std::uint32_t child = 0;
-        std::pair<std::uint32_t, std::uint32_t> size;
+        Size size;
         bool isSeen = false;
     };
     Look At(std::uint32_t id) const {
@@ -107,7 +122,6 @@ class HostWindow {
         return look;
     }
 
-  private:
     xcb_connection_t* server;
     std::uint32_t window;
 };

@@ -55,7 +55,8 @@ class Host {
         LV2_Feature parent{LV2_UI__parent, reinterpret_cast<void*>(std::uintptr_t(window.Id()))};
         LV2_Feature instance{LV2_INSTANCE_ACCESS_URI, &windows};
         LV2_Feature data{LV2_DATA_ACCESS_URI, &access};
-        const LV2_Feature* const features[] = {&parent, &instance, &data, nullptr};
+        LV2_Feature sizes{LV2_UI__resize, &resize};
+        const LV2_Feature* const features[] = {&parent, &instance, &data, &sizes, nullptr};
         LV2UI_Widget widget = nullptr;
         ui = descriptor->instantiate(descriptor, "urn:vexa:instrument", kBundle, nullptr, nullptr,
                                      &widget, features);
@@ -73,8 +74,21 @@ class Host {
     }
     void Idle() { idle->idle(ui); }
 
+    const test::HostWindow window;
+    /// The size that the user interface has asked for last.
+    test::Size asked;
+
   private:
-    test::HostWindow window;
+    static int Resize(LV2UI_Feature_Handle host, int width, int height) {
+        static_cast<Host*>(host)->Ask(width, height);
+        return 0;
+    }
+    void Ask(int width, int height) {
+        asked = test::Size(width, height);
+        window.SetSize(asked.first, asked.second);
+    }
+
+    LV2UI_Resize resize{this, Resize};
     void* library;
     const LV2UI_Descriptor* descriptor;
     const LV2UI_Idle_Interface* idle;
@@ -163,6 +177,16 @@ TEST(AttachedWindow, EditsPlaysShowsOrbitsAndOutlivesNothing) {
         return count;
     };
     ASSERT_TRUE(type("x*y/9"));
+
+    // The window follows its host's size, and asks for nothing but the size of its beginning.
+    const test::Size own = host->asked;
+    EXPECT_NE(own, test::Size());
+    for (const test::Size& next : {test::Size(1090, 640), test::Size(1000, 600)}) {
+        host->window.SetSize(next.first, next.second);
+        EXPECT_TRUE(host->Await([&] { return host->window.Seen() == next; }));
+        EXPECT_FALSE(host->Await([&] { return host->asked != own; }, 0.3));
+    }
+
     desktop.Click(kAttachedPlane + 20, kPlaneTop + 20);
     desktop.Do({"keydown", "q"});
     EXPECT_TRUE(host->Await([&] { return held() == 1; }));

@@ -111,7 +111,9 @@ void WindowWidget::SendKey(uint32 what, const QKeyEvent& event) {
 }
 
 void WindowWidget::keyPressEvent(QKeyEvent* event) {
-    if (event->matches(QKeySequence::Quit) || event->matches(QKeySequence::Close)) {
+    // Part of another program's window, the widget leaves it to that program what these keys do.
+    if (!window.embedding &&
+        (event->matches(QKeySequence::Quit) || event->matches(QKeySequence::Close))) {
         window.PostMessage(B_QUIT_REQUESTED);
         return;
     }

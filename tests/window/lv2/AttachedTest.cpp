@@ -187,19 +187,25 @@ TEST(AttachedWindow, EditsPlaysShowsOrbitsAndOutlivesNothing) {
         EXPECT_FALSE(host->Await([&] { return host->asked != own; }, 0.3));
     }
 
+    // Its host is not left by the keys that end a program.
+    const pid_t program = test::WindowProgram();
+    desktop.Click(kAttachedPlane + 20, kPlaneTop + 20);
+    desktop.Key("ctrl+q");
+    desktop.Key("ctrl+w");
+    EXPECT_FALSE(host->Await([&] { return test::WindowProgram() != program; }, 0.5));
+
     desktop.Click(kAttachedPlane + 20, kPlaneTop + 20);
     desktop.Do({"keydown", "q"});
     EXPECT_TRUE(host->Await([&] { return held() == 1; }));
     EXPECT_TRUE(host->Await([&] { return Marks(desktop.Picture()) > 20; }));
 
     // The note of a held key ends when the program is killed, and a click starts the program again.
-    const pid_t first = test::WindowProgram();
-    ::kill(first, SIGKILL);
+    ::kill(program, SIGKILL);
     EXPECT_TRUE(host->Await([&] { return held() == 0 && test::WindowProgram() == 0; }));
     desktop.Do({"keyup", "q"});
     desktop.Click(kAttachedPlane + 20, kPlaneTop + 20);
     ASSERT_TRUE(type("x+y/9"));
-    EXPECT_NE(test::WindowProgram(), first);
+    EXPECT_NE(test::WindowProgram(), program);
 
     // The program ends with the plug-in, and when the host closes its window.
     windows.reset();

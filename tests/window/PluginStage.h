@@ -89,6 +89,17 @@ class HostWindow {
                                size);
         ::xcb_flush(server);
     }
+    /// Returns true if a window manager keeps the dialog `id` above this window.
+    bool IsBelow(std::uint32_t id) const {
+        const std::unique_ptr<xcb_get_property_reply_t, decltype(&std::free)> below(
+            ::xcb_get_property_reply(
+                server,
+                ::xcb_get_property(server, 0, id, XCB_ATOM_WM_TRANSIENT_FOR, XCB_ATOM_WINDOW, 0, 1),
+                nullptr),
+            &std::free);
+        return below && ::xcb_get_property_value_length(below.get()) == sizeof(std::uint32_t) &&
+               *static_cast<const std::uint32_t*>(::xcb_get_property_value(below.get())) == window;
+    }
     /// Returns the size of the program's window, which is inside the frame, which is inside this
     /// one; 0 if it is not to be seen.
     Size Seen() const {

@@ -262,6 +262,9 @@ void BWindow::EmbedInto(uint32 host) {
 
 void BWindow::StayAbove(const BWindow& other) {
     widget->setWindowFlag(Qt::Dialog);
+    // The embedding puts dialogs above the host's window.
+    if (other.embedding)
+        return;
     // Both get their handles.
     widget->winId();
     other.widget->winId();

@@ -207,11 +207,19 @@ TEST(AttachedWindow, EditsPlaysShowsOrbitsAndOutlivesNothing) {
     ASSERT_TRUE(type("x+y/9"));
     EXPECT_NE(test::WindowProgram(), program);
 
-    // The program ends with the plug-in, and when the host closes its window.
+    // The program ends with the plug-in, and when the host closes its window. A sound that lacks
+    // its file is told of once the window is shown, by an alert above the host.
     windows.reset();
     EXPECT_TRUE(host->Await([] { return test::WindowProgram() == 0; }, 1));
+    sound.function.kind = FunctionKind::Sample;
+    sound.function.sampleFile = "/nowhere/a.wav";
+    instrument.Restore(SoundText(sound), "", taken);
     windows = std::make_unique<Windows>(instrument, [](const std::string&) {});
     host = std::make_unique<Host>(*windows);
+    ASSERT_TRUE(host->Await([&] { return desktop.HasWindow("Error"); }));
+    EXPECT_NE(host->window.Seen(), test::Size());
+    desktop.UseWindow("Error");
+    EXPECT_TRUE(host->window.IsBelow(desktop.WindowId()));
     ASSERT_NE(test::WindowProgram(), 0);
     host.reset();
     EXPECT_EQ(test::WindowProgram(), 0);

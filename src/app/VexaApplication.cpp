@@ -64,7 +64,7 @@ VexaApplication::VexaApplication(const kits::ProgramFolders& folders, Attachment
     : VexaApplication(folders, ChoicesOf(plugin)) {
     if (into)
         window->EmbedInto(*into);
-    window->Show();
+    window->BeginAttached();
 }
 
 void VexaApplication::MessageReceived(BMessage* message) {

@@ -69,7 +69,6 @@ VexaView::VexaView(BRect frame, const char* name, const kits::ProgramFolders& fo
         StartAttached();
     else
         StartGraph();
-    // With a plug-in the sound is the plug-in's by now, which never had the view's initial one.
     BeginHistory();
     kits::AtGestureEdges([this] { NoteSteps(); });
 }

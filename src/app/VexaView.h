@@ -66,6 +66,10 @@ class VexaView : public BView {
     /// See AudioGraph::Record.
     void Record(kits::Recording* recording) { graph->Record(recording); }
 
+    /// With a plug-in, takes over its sound, and its news from then on. To be called once the
+    /// window is shown, because alerts say what the sound lacks.
+    void FollowPlugin();
+
     /// Calls AudioGraph::Watch and shows its news; with a plug-in, ends the program once the
     /// plug-in has gone. Also does the periodic work that a hidden window needs. To be called about
     /// ten times a second, like Pulse, whether the window is shown or not.

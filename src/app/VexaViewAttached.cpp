@@ -37,7 +37,12 @@ void VexaView::StartAttached() {
     piano.SendTo(play);
     desk->SendTo(play);
     ShowSound();
+}
+
+void VexaView::FollowPlugin() {
     TakeNews();
+    // The sound is the plug-in's by now, which never had the view's initial one.
+    BeginHistory();
     plugin->Watch(BMessenger(this), kNewsCode);
 }
 

@@ -501,6 +501,11 @@ void VexaWindow::Begin(const AppOptions& options, kits::Recording* recording) {
     view.ChooseSource(options.midi.value_or(view.Remembered().Get(kSourceSetting)));
 }
 
+void VexaWindow::BeginAttached() {
+    Show();
+    mainView->FollowPlugin();
+}
+
 bool VexaWindow::QuitRequested() {
     RememberFrame();
     if (session) {

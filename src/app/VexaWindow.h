@@ -83,6 +83,8 @@ class VexaWindow : public BWindow, private SessionClient {
     /// the window hides it, and SaveProject saves to the place that the manager has set.
     void Begin(std::unique_ptr<Session> session, const Project& project,
                kits::Recording* recording);
+    /// Shows the window of a plug-in, and then the plug-in's sound.
+    void BeginAttached();
     bool InSession() const { return session != nullptr; }
 
     void MessageReceived(BMessage* message) override;

@@ -48,7 +48,7 @@ TEST_F(AttachedView, ShowsWhatPlaysSendsWhatIsDoneAndNothingElse) {
     plugin = *Attachment::Begin(*windows.Open());
     window = new VexaWindow({64, 100, 999, 610}, folders, {.plugin = plugin.get()});
     view = &window->MainView();
-    window->Show();
+    window->BeginAttached();
     GoOn();
     EXPECT_EQ(Text("Fxy"), "x*y+a");
     EXPECT_EQ(Text("Sc"), "7");

@@ -8,6 +8,7 @@
 
 #include <QImage>
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -60,6 +61,8 @@ class Desktop {
         });
         Do({"windowactivate", "--sync", window});
     }
+    /// Returns the id of the selected window.
+    std::uint32_t WindowId() const { return std::uint32_t(std::stoul(window)); }
     bool HasWindow(const std::string& title) const { return !WindowOf(title).empty(); }
 
     /// Adds a line to the settings of programs that are started later.
@@ -101,7 +104,7 @@ class Desktop {
         xcb_client_message_event_t message{};
         message.response_type = XCB_CLIENT_MESSAGE;
         message.format = 32;
-        message.window = xcb_window_t(std::stoul(window));
+        message.window = WindowId();
         message.type = atom->atom;
         const xcb_window_t root =
             ::xcb_setup_roots_iterator(::xcb_get_setup(display.get())).data->root;

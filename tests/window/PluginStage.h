@@ -63,6 +63,8 @@ inline bool TypeInHost(const Desktop& desktop, const char* expression,
     });
 }
 
+using Size = std::pair<std::uint32_t, std::uint32_t>;
+
 /// A host's empty window.
 class HostWindow {
   public:
@@ -81,12 +83,36 @@ class HostWindow {
     HostWindow& operator=(const HostWindow&) = delete;
 
     std::uint32_t Id() const { return window; }
+    void SetSize(std::uint32_t width, std::uint32_t height) const {
+        const std::uint32_t size[] = {width, height};
+        ::xcb_configure_window(server, window, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
+                               size);
+        ::xcb_flush(server);
+    }
+    /// Returns true if a window manager keeps the dialog `id` above this window.
+    bool IsBelow(std::uint32_t id) const {
+        const std::unique_ptr<xcb_get_property_reply_t, decltype(&std::free)> below(
+            ::xcb_get_property_reply(
+                server,
+                ::xcb_get_property(server, 0, id, XCB_ATOM_WM_TRANSIENT_FOR, XCB_ATOM_WINDOW, 0, 1),
+                nullptr),
+            &std::free);
+        return below && ::xcb_get_property_value_length(below.get()) == sizeof(std::uint32_t) &&
+               *static_cast<const std::uint32_t*>(::xcb_get_property_value(below.get())) == window;
+    }
+    /// Returns the size of the program's window, which is inside the frame, which is inside this
+    /// one; 0 if it is not to be seen.
+    Size Seen() const {
+        const auto program = At(At(At(window).child).child);
+        return program.isSeen ? program.size : Size();
+    }
 
+  private:
     /// What is known of a window: its first child, 0 if there is none; its size; whether it can be
     /// seen.
     struct Look {
         std::uint32_t child = 0;
-        std::pair<std::uint32_t, std::uint32_t> size;
+        Size size;
         bool isSeen = false;
     };
     Look At(std::uint32_t id) const {
@@ -107,7 +133,6 @@ class HostWindow {
         return look;
     }
 
-  private:
     xcb_connection_t* server;
     std::uint32_t window;
 };

@@ -111,7 +111,9 @@ void WindowWidget::SendKey(uint32 what, const QKeyEvent& event) {
 }
 
 void WindowWidget::keyPressEvent(QKeyEvent* event) {
-    if (event->matches(QKeySequence::Quit) || event->matches(QKeySequence::Close)) {
+    // Part of another program's window, the widget leaves it to that program what these keys do.
+    if (!window.embedding &&
+        (event->matches(QKeySequence::Quit) || event->matches(QKeySequence::Close))) {
         window.PostMessage(B_QUIT_REQUESTED);
         return;
     }
@@ -260,6 +262,9 @@ void BWindow::EmbedInto(uint32 host) {
 
 void BWindow::StayAbove(const BWindow& other) {
     widget->setWindowFlag(Qt::Dialog);
+    // The embedding puts dialogs above the host's window.
+    if (other.embedding)
+        return;
     // Both get their handles.
     widget->winId();
     other.widget->winId();

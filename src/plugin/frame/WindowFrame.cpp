@@ -92,7 +92,7 @@ void WindowFrame::Take(const xcb_generic_event_t& event) {
     case XCB_CONFIGURE_NOTIFY: {
         const auto& place = reinterpret_cast<const xcb_configure_notify_event_t&>(event);
         if (place.window != window)
-            return Configure(place.width, place.height);
+            return FollowTo(place.width, place.height);
         placed = {place.width, place.height};
         return;
     }
@@ -156,11 +156,17 @@ void WindowFrame::Configure(std::uint32_t nextWidth, std::uint32_t nextHeight) {
     ::xcb_flush(server);
 }
 
-void WindowFrame::SetSize(std::uint16_t nextWidth, std::uint16_t nextHeight) {
-    chosen = true;
+/// Takes over a size that the host has set. It is not reported: a host would take a report for a
+/// wish of the program, and for the least size from then on.
+void WindowFrame::FollowTo(std::uint16_t nextWidth, std::uint16_t nextHeight) {
     width = nextWidth;
     height = nextHeight;
     Configure(width, height);
+}
+
+void WindowFrame::SetSize(std::uint16_t nextWidth, std::uint16_t nextHeight) {
+    chosen = true;
+    FollowTo(nextWidth, nextHeight);
 }
 
 void WindowFrame::Show(bool visible) {

@@ -53,6 +53,7 @@ class WindowFrame {
     void Take(const xcb_generic_event_t& event);
     void PassOn(const xcb_generic_event_t& event, std::uint32_t mask);
     void TakeOwnSize();
+    void FollowTo(std::uint16_t nextWidth, std::uint16_t nextHeight);
     void Configure(std::uint32_t nextWidth, std::uint32_t nextHeight);
     void Say(const std::string& said);
     void Draw();

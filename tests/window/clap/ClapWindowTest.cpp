@@ -13,9 +13,9 @@
 namespace {
 
 using test::ClapHost;
+using test::Size;
 using test::WindowProgram;
 using testing::HasSubstr;
-using Size = std::pair<uint32_t, uint32_t>;
 
 /// The functions of an instance's gui, and what its host's user does with it.
 class Gui {
@@ -71,12 +71,7 @@ class ShownClapWindow : public testing::Test {
             desktop, expression.c_str(), [this] { host->Idle(); },
             [&] { return host->Save().find(">" + expression + "<") != std::string::npos; });
     }
-    /// Returns the size of the program's window, which is inside the frame, which is inside the
-    /// host's window; 0 if it is not to be seen.
-    Size Seen() const {
-        const auto program = window.At(window.At(window.At(window.Id()).child).child);
-        return program.isSeen ? program.size : Size();
-    }
+    Size Seen() const { return window.Seen(); }
 
     const test::TemporaryFolder folder;
     const test::EnvironmentVariable data{"XDG_DATA_HOME", folder.Path().c_str()};

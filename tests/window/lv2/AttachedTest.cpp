@@ -55,7 +55,8 @@ class Host {
         LV2_Feature parent{LV2_UI__parent, reinterpret_cast<void*>(std::uintptr_t(window.Id()))};
         LV2_Feature instance{LV2_INSTANCE_ACCESS_URI, &windows};
         LV2_Feature data{LV2_DATA_ACCESS_URI, &access};
-        const LV2_Feature* const features[] = {&parent, &instance, &data, nullptr};
+        LV2_Feature sizes{LV2_UI__resize, &resize};
+        const LV2_Feature* const features[] = {&parent, &instance, &data, &sizes, nullptr};
         LV2UI_Widget widget = nullptr;
         ui = descriptor->instantiate(descriptor, "urn:vexa:instrument", kBundle, nullptr, nullptr,
                                      &widget, features);
@@ -73,8 +74,21 @@ class Host {
     }
     void Idle() { idle->idle(ui); }
 
+    const test::HostWindow window;
+    /// The size that the user interface has asked for last.
+    test::Size asked;
+
   private:
-    test::HostWindow window;
+    static int Resize(LV2UI_Feature_Handle host, int width, int height) {
+        static_cast<Host*>(host)->Ask(width, height);
+        return 0;
+    }
+    void Ask(int width, int height) {
+        asked = test::Size(width, height);
+        window.SetSize(asked.first, asked.second);
+    }
+
+    LV2UI_Resize resize{this, Resize};
     void* library;
     const LV2UI_Descriptor* descriptor;
     const LV2UI_Idle_Interface* idle;
@@ -163,25 +177,49 @@ TEST(AttachedWindow, EditsPlaysShowsOrbitsAndOutlivesNothing) {
         return count;
     };
     ASSERT_TRUE(type("x*y/9"));
+
+    // The window follows its host's size, and asks for nothing but the size of its beginning.
+    const test::Size own = host->asked;
+    EXPECT_NE(own, test::Size());
+    for (const test::Size& next : {test::Size(1090, 640), test::Size(1000, 600)}) {
+        host->window.SetSize(next.first, next.second);
+        EXPECT_TRUE(host->Await([&] { return host->window.Seen() == next; }));
+        EXPECT_FALSE(host->Await([&] { return host->asked != own; }, 0.3));
+    }
+
+    // Its host is not left by the keys that end a program.
+    const pid_t program = test::WindowProgram();
+    desktop.Click(kAttachedPlane + 20, kPlaneTop + 20);
+    desktop.Key("ctrl+q");
+    desktop.Key("ctrl+w");
+    EXPECT_FALSE(host->Await([&] { return test::WindowProgram() != program; }, 0.5));
+
     desktop.Click(kAttachedPlane + 20, kPlaneTop + 20);
     desktop.Do({"keydown", "q"});
     EXPECT_TRUE(host->Await([&] { return held() == 1; }));
     EXPECT_TRUE(host->Await([&] { return Marks(desktop.Picture()) > 20; }));
 
     // The note of a held key ends when the program is killed, and a click starts the program again.
-    const pid_t first = test::WindowProgram();
-    ::kill(first, SIGKILL);
+    ::kill(program, SIGKILL);
     EXPECT_TRUE(host->Await([&] { return held() == 0 && test::WindowProgram() == 0; }));
     desktop.Do({"keyup", "q"});
     desktop.Click(kAttachedPlane + 20, kPlaneTop + 20);
     ASSERT_TRUE(type("x+y/9"));
-    EXPECT_NE(test::WindowProgram(), first);
+    EXPECT_NE(test::WindowProgram(), program);
 
-    // The program ends with the plug-in, and when the host closes its window.
+    // The program ends with the plug-in, and when the host closes its window. A sound that lacks
+    // its file is told of once the window is shown, by an alert above the host.
     windows.reset();
     EXPECT_TRUE(host->Await([] { return test::WindowProgram() == 0; }, 1));
+    sound.function.kind = FunctionKind::Sample;
+    sound.function.sampleFile = "/nowhere/a.wav";
+    instrument.Restore(SoundText(sound), "", taken);
     windows = std::make_unique<Windows>(instrument, [](const std::string&) {});
     host = std::make_unique<Host>(*windows);
+    ASSERT_TRUE(host->Await([&] { return desktop.HasWindow("Error"); }));
+    EXPECT_NE(host->window.Seen(), test::Size());
+    desktop.UseWindow("Error");
+    EXPECT_TRUE(host->window.IsBelow(desktop.WindowId()));
     ASSERT_NE(test::WindowProgram(), 0);
     host.reset();
     EXPECT_EQ(test::WindowProgram(), 0);

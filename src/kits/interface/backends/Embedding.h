@@ -7,6 +7,8 @@
 #include <QObject>
 #include <QSize>
 #include <QWidget>
+#include <QWindow>
+#include <memory>
 #include <utility>
 
 namespace kits {
@@ -15,8 +17,9 @@ namespace kits {
 /// size, and from then on resizes the widget to the host's size, within the widget's limits. A
 /// press of a mouse button in the widget gives it the keyboard focus: no window manager does that
 /// for an embedded window, and the toolkit leaves it to the owner of the host window, who does not
-/// know the widget. The widget's limits become the size hints of the host, which those who size
-/// that window may read. On another kind of display nothing happens. Window thread.
+/// know the widget. The program's dialogs stay above the host's window. The widget's limits become
+/// the size hints of the host, which those who size that window may read. On another kind of
+/// display nothing happens. Window thread.
 class Embedding : public QObject {
   public:
     Embedding(QWidget& widget, uint32 host);
@@ -30,11 +33,14 @@ class Embedding : public QObject {
 
   private:
     void TellLimits();
+    void PutAboveHost(QWindow& dialog);
 
     QWidget& widget;
     const uint32 host;
     /// The limits that the host has, in pixels of the widget.
     std::pair<QSize, QSize> told;
+    /// The window of the other program that the host is in; null until a dialog is shown.
+    std::unique_ptr<QWindow> hostTop;
 };
 
 } // namespace kits

@@ -497,6 +497,9 @@ TEST_F(ClapPlugin, KnobsHaveTextsAndNoOtherValues) {
 }
 
 TEST_F(ClapPlugin, ActivationsAndLatenciesMayComeInAnyOrder) {
+    const test::TemporaryFolder folder;
+    folder.Write("vexa/sounds/default.xml", Circle("x"));
+    const test::EnvironmentVariable user("XDG_DATA_HOME", folder.Path().c_str());
     ClapHost host, fresh;
     for (ClapHost* each : {&host, &fresh})
         ASSERT_TRUE(each->Load(Circle("x")));

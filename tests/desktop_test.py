@@ -114,6 +114,14 @@ class Desktop(unittest.TestCase):
         for name in re.findall(r"-D(VEXA_\w+)=", " ".join(vexa["config-opts"])):
             self.assertIn(f"option({name} ", options)
 
+    def test_all_is_installed_below_the_prefix(self):
+        with tempfile.TemporaryDirectory() as stage:
+            output("cmake", "--install", BUILD, "--prefix", "/opt/vexa", env=os.environ | {"DESTDIR": stage})
+            files = [path for path in pathlib.Path(stage).rglob("*") if path.is_file()]
+            prefix = pathlib.Path(stage) / "opt/vexa"
+            self.assertIn(prefix / "share/vexa/shipped/sounds/default.xml", files)
+            self.assertEqual([path for path in files if not path.is_relative_to(prefix)], [])
+
     def test_content_decides_which_xml_is_ours(self):
         own = (DESKTOP / "org.orvo.Vexa.xml").read_text("utf-8")
         types = re.findall(r'<mime-type type="(text/[^"]*)"', own)

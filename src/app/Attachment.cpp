@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/Attachment.h"
 
-#include "attach/Moment.h"
 #include "documents/SoundDocument.h"
 #include "instrument/SoundParts.h"
+#include "kits/support/NumberText.h"
 
 #include <chrono>
-#include <string_view>
+#include <utility>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -38,7 +38,7 @@ kits::Result<std::unique_ptr<Attachment>> Attachment::Begin(int descriptor) {
     attach::Link& link = attachment->link;
     const auto end = std::chrono::steady_clock::now() + kPatience;
     while (!attachment->fresh) {
-        attachment->Read(nullptr);
+        attachment->Read();
         if (!link.Fault().empty())
             return kits::Error{place + ": " + link.Fault()};
         if (!link.IsOpen())
@@ -83,20 +83,43 @@ void Attachment::WatchUntil(const std::stop_token& stop, const BMessenger& targe
     }
 }
 
-std::optional<Sound> Attachment::Take(SoundRecords& records) {
-    Read(&records);
+std::optional<Sound> Attachment::Take() {
+    Read();
     taken.release();
     if (!std::exchange(fresh, false))
         return std::nullopt;
     return known;
 }
 
-void Attachment::Read(SoundRecords* records) {
+void Attachment::Show(SoundRecords& records) {
+    if (std::exchange(moved, false))
+        attach::Show(moment, records);
+    for (std::size_t i = 0; i < kMacros; i++) {
+        const float value = moment.macros[i];
+        if (HostSetsMacro(i) && value >= 0 && value <= 1)
+            records.macros[i].value = value;
+    }
+}
+
+PlayingTexts Attachment::HostsPlaying() const {
+    PlayingTexts playing;
+    for (std::size_t i = 0; i < kPlayingRows; i++) {
+        const PlayingRow& row = PlayingRows()[i];
+        const double value = moment.playing[i];
+        if ((moment.hostsPlaying >> i & 1) == 0 || !(value >= row.minimum && value <= row.maximum))
+            continue;
+        playing.texts[i] =
+            row.words.empty() ? kits::ShortText(value) : std::string(row.words[std::size_t(value)]);
+    }
+    return playing;
+}
+
+void Attachment::Read() {
     link.Pump();
     while (const std::optional<attach::Letter> letter = link.Next()) {
         if (letter->kind == attach::Kind::Moment) {
-            if (records)
-                attach::Show(attach::ReadMoment(letter->body), *records);
+            moment = attach::ReadMoment(letter->body);
+            moved = true;
             continue;
         }
         const attach::SoundLetter news = attach::ReadSoundLetter(*letter);

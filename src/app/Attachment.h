@@ -3,6 +3,7 @@
 #pragma once
 
 #include "attach/Link.h"
+#include "attach/Moment.h"
 #include "documents/Sound.h"
 #include "kits/application/Messenger.h"
 #include "kits/support/Result.h"
@@ -15,6 +16,9 @@
 #include <thread>
 
 namespace vexa {
+
+/// What tells that a control is disabled because the host sets its value in place of the sound.
+constexpr const char* kHostSetsIt = "A knob of the host stands before the sound's\n";
 
 /// Keeps the sound here and the one that plays in a plug-in the same, over a socket. Window thread;
 /// a thread of its own only waits for the socket.
@@ -30,9 +34,16 @@ class Attachment {
     /// times a second in any case. After each message it waits for a call of Take before it sends
     /// the next.
     void Watch(const BMessenger& target, uint32 code);
-    /// Reads what has arrived and makes `records` show the notes that play in the plug-in. Returns
-    /// the plug-in's sound if it has changed by other means than Offer.
-    std::optional<Sound> Take(SoundRecords& records);
+    /// Reads what has arrived. Returns the plug-in's sound if it has changed by other means than
+    /// Offer.
+    std::optional<Sound> Take();
+    /// Makes `records` show the notes that play in the plug-in, the controllers and the macros. A
+    /// macro that the host sets is shown as it plays, whatever was done here since.
+    void Show(SoundRecords& records);
+    /// Returns the settings of playing that the host sets in place of the sound.
+    PlayingTexts HostsPlaying() const;
+    /// Returns true if the host sets the macro in place of the sound.
+    bool HostSetsMacro(std::size_t macro) const { return moment.hostsMacros >> macro & 1; }
     /// Sends the plug-in this sound to play from now on. Returns true and sends nothing if the
     /// plug-in's sound is already like it, apart from the functions' authors. Returns false and
     /// sends nothing if the document is too large.
@@ -47,7 +58,7 @@ class Attachment {
 
   private:
     explicit Attachment(int descriptor);
-    void Read(SoundRecords* records);
+    void Read();
     void WatchUntil(const std::stop_token& stop, const BMessenger& target, uint32 code);
 
     attach::Link link;
@@ -58,6 +69,9 @@ class Attachment {
     Sound known;
     /// True if `known` has been received and Take has not returned it yet.
     bool fresh = false;
+    /// What was received last, and true if Show has not shown it yet.
+    attach::Moment moment{};
+    bool moved = false;
     /// Released by Watch and Take, for one message.
     std::binary_semaphore taken{0};
     std::jthread thread;

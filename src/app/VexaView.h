@@ -249,6 +249,8 @@ class VexaView : public BView {
     BMenu& DeviceMenu() { return sources.Menu(); }
     /// Returns whether there is an audio graph, which is so unless a plug-in plays.
     bool HasGraph() const { return graph != nullptr; }
+    /// Returns true if a host sets the macro in place of the sound.
+    bool HostSetsMacro(std::size_t macro) const;
     AudioGraph& Graph() { return *graph; }
     Instrument& Played() { return instrument; }
     vexa::KeyTuning& KeyTuning() { return keyTuning; }

@@ -48,15 +48,22 @@ void VexaView::FollowPlugin() {
 
 /// Takes the news of the plug-in, and offers it the user's changes.
 void VexaView::TakeNews() {
-    if (const std::optional<Sound> next = plugin->Take(Engine())) {
+    if (const std::optional<Sound> next = plugin->Take()) {
         NoteSteps();
         const std::string name = next->info.name.value_or("the host's sound");
         LoadAs(*next, name, name);
         offeredAt = Edits();
     }
+    plugin->Show(Engine());
+    if (const PlayingTexts hosts = plugin->HostsPlaying(); hosts != instrument.Preferred())
+        instrument.Prefer(hosts);
     OfferEdits();
     if (plugin->IsOver())
         Leave();
+}
+
+bool VexaView::HostSetsMacro(std::size_t macro) const {
+    return plugin && plugin->HostSetsMacro(macro);
 }
 
 void VexaView::OfferEdits() {

@@ -481,10 +481,9 @@ std::filesystem::path VexaView::SoundPath() const {
 }
 
 std::string VexaView::Caption() const {
-    // A host's sound has no file, so its own name stands for it.
+    // A host keeps a sound without its file, so in a plug-in the sound's own name stands for it.
     const std::optional<std::string>& own = instrument.State().info.name;
-    const bool isHosts = plugin && Steps().File().path.empty();
-    std::string caption = (isHosts && own ? *own : SoundName()) + (Changed() ? " *" : "");
+    std::string caption = (plugin && own ? *own : SoundName()) + (Changed() ? " *" : "");
     if (slots.Other())
         caption = std::string{PresentSlot()} + ": " + caption;
     if (graph && !graph->IsConnected())

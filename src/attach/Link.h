@@ -14,7 +14,7 @@
 namespace vexa::attach {
 
 /// The protocol version that both ends send first. An end with another version is refused.
-constexpr uint32 kVersion = 1;
+constexpr uint32 kVersion = 2;
 /// The maximum size of a sound's document in bytes.
 constexpr std::size_t kMostSound = std::size_t{512} << 10;
 

@@ -9,7 +9,7 @@ namespace vexa::attach {
 static_assert(std::is_trivially_copyable_v<Moment>);
 // There is no padding, which would send unrelated memory of the process over the wire.
 static_assert(sizeof(VoiceMoment) == 20 * sizeof(float) + 11 * sizeof(double) &&
-              sizeof(Moment) == kVoiceSlots * sizeof(VoiceMoment) + 132 * sizeof(float));
+              sizeof(Moment) == kVoiceSlots * sizeof(VoiceMoment) + 144 * sizeof(float));
 
 namespace {
 

@@ -28,11 +28,17 @@ struct VoiceMoment {
     bool operator==(const VoiceMoment&) const = default;
 };
 
-/// All voices, controllers and macros at one moment. Sent over the wire as it is in memory.
+/// All voices, controllers and macros at one moment, and what a host sets in place of the sound.
+/// Sent over the wire as it is in memory.
 struct Moment {
     std::array<VoiceMoment, kVoiceSlots> voices;
     std::array<float, 128> controllers;
     std::array<float, kMacros> macros;
+    /// The settings of playing and the macros that a host sets: a bit for each, by its row of
+    /// PlayingRows() or its place in `macros`. The settings have their values in `playing`, whose
+    /// other elements are 0. MomentOf knows of no host and leaves all three 0.
+    uint32 hostsPlaying, hostsMacros;
+    std::array<float, kPlayingRows> playing;
 
     bool operator==(const Moment&) const = default;
 };
@@ -45,8 +51,8 @@ Moment MomentOf(const SoundRecords& records);
 
 /// Writes the state of another instrument into records that no engine plays. Velocities, keys,
 /// controllers and macros outside 0..1 become 0, and a frequency or pitch that is not positive
-/// becomes 1. Everything else is copied: the window draws any place of a voice. Window thread, in
-/// place of the MIDI and the media thread.
+/// becomes 1. Everything else is copied: the window draws any place of a voice. What a host sets is
+/// not looked at. Window thread, in place of the MIDI and the media thread.
 void Show(const Moment& moment, SoundRecords& records);
 
 } // namespace vexa::attach

@@ -71,30 +71,38 @@ void HostedInstrument::Restart(double rate) noexcept {
 void HostedInstrument::TakeControls(const ControlValues& values) noexcept {
     Engine& engine = instrument.Engine();
     const uint32 loaded = said.playing.loads;
-    for (const PlayingRow& row : PlayingRows())
-        engine.playing.*row.target = float(said.playing.*row.target);
     bool given = said.playing.given;
-    for (std::size_t i = 0; i < kControls; i++) {
-        const Control& control = Controls()[i];
-        if (!control.target || control.LeavesToSound(values[i]))
-            continue;
-        engine.playing.*control.target = control.Bounded(values[i]);
-        // The oversampling factor does not count as a setting of how the sound is played.
-        given = given || control.target != &Playing::oversample;
+    uint32 ownPlaying = 0, ownMacros = 0;
+    for (std::size_t row = 0; row < kPlayingRows; row++) {
+        const auto target = PlayingRows()[row].target;
+        float value = said.playing.*target;
+        for (std::size_t i = 0; i < kControls; i++) {
+            const Control& control = Controls()[i];
+            if (control.target != target || control.LeavesToSound(values[i]))
+                continue;
+            value = control.Bounded(values[i]);
+            ownPlaying |= 1U << row;
+            // The oversampling factor does not count as a setting of how the sound is played.
+            given = given || target != &Playing::oversample;
+        }
+        engine.playing.*target = value;
     }
     engine.playing.given = given;
+    hostsPlaying = ownPlaying;
     engine.playing.loads = loaded;
     // A controller may move a macro away from the value of the sound or the control.
     for (std::size_t i = 0; i < kMacros; i++) {
         const std::size_t at = kFirstMacroControl + i;
         const Control& control = Controls()[at];
-        const float value = control.LeavesToSound(values[at]) ? float(said.macros[i].value)
-                                                              : control.Bounded(values[at]);
+        const bool isHosts = !control.LeavesToSound(values[at]);
+        const float value = isHosts ? control.Bounded(values[at]) : float(said.macros[i].value);
+        ownMacros |= uint32(isHosts) << i;
         if (macros[i] != value || loaded != loads)
             engine.macros[i].value = value;
         engine.macros[i].controller = int32(said.macros[i].controller);
         macros[i] = value;
     }
+    hostsMacros = ownMacros;
     const bool mpe = !Controls()[kMpeControl].LeavesToSound(values[kMpeControl]);
     if (mpe != expectsMpe)
         engine.consumer.ExpectMpe(mpe);

@@ -131,6 +131,10 @@ class HostedInstrument {
     /// Returns the records of the engine. Any thread may read those members that are open to any
     /// thread.
     const SoundRecords& Records() const { return instrument.Engine(); }
+    /// Return the settings of playing and the macros that the controls set in place of the sound: a
+    /// bit for each, by its row of PlayingRows() or its number. Any thread.
+    uint32 HostsPlaying() const { return hostsPlaying; }
+    uint32 HostsMacros() const { return hostsMacros; }
     /// Returns true if a window has edited the sound since the last call. Any thread.
     VEXA_REALTIME bool TakeEdited() noexcept { return edited.exchange(false); }
 
@@ -164,6 +168,7 @@ class HostedInstrument {
     std::array<float, kMacros> macros{};
     int32 limit = 0;
     bool expectsMpe = false;
+    kits::Shared<uint32> hostsPlaying{0}, hostsMacros{0};
     uint32 loads = 0;
 };
 

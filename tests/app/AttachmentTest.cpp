@@ -4,6 +4,7 @@
 #include "app/Attachment.h"
 
 #include "app/MainViewStage.h"
+#include "app/strip/Knob.h"
 #include "documents/SoundDocument.h"
 #include "plugin/window/Windows.h"
 #include "views/EnvView.h"
@@ -93,18 +94,42 @@ TEST_F(AttachedView, ShowsWhatPlaysSendsWhatIsDoneAndNothingElse) {
     GoOn();
     EXPECT_EQ(HostsSound(), sound);
 
-    // A macro moved by a host is shown, and does not become part of the sound.
+    // What a host's knobs set is shown, cannot be changed here, and does not become part of the
+    // sound.
     ControlValues knobs;
     knobs.fill(-100);
+    knobs[0] = -20;
     knobs[kFirstMacroControl] = 0.25F;
     instrument.TakeControls(knobs);
     instrument.TakeEdited();
     GoOn();
     view->Pulse();
     GoOn();
-    EXPECT_EQ(float(view->Engine().macros[0].value), 0.25F);
+    auto& knob = dynamic_cast<Knob&>(*window->FindView("knob a"));
+    EXPECT_EQ(Text("volume, decibels"), "-20 dB");
+    EXPECT_FALSE(Field("volume, decibels").IsEnabled());
+    EXPECT_THAT(Field("volume, decibels").Help(), HasSubstr("host"));
+    knob.Turn(0.5F);
+    GoOn();
+    EXPECT_EQ(knob.Value(), 0.25F);
+    EXPECT_FALSE(Field("macro a").IsEnabled());
     EXPECT_FALSE(instrument.TakeEdited());
     EXPECT_EQ(HostsSound().function.macros[0].value, "0.75");
+    // Nor does another sound, which is called by its own name here and in the host alike.
+    Sound other = sound;
+    other.info.name = "Own name";
+    ASSERT_TRUE(WriteSound(In("other.xml"), other));
+    ASSERT_TRUE(view->LoadSound(In("other.xml")));
+    GoOn();
+    EXPECT_EQ(HostsSound().info.name, "Own name");
+    EXPECT_THAT(view->Caption(), testing::StartsWith("Own name"));
+    EXPECT_EQ(float(view->Engine().macros[0].value), 0.25F);
+    knobs.fill(-100);
+    instrument.TakeControls(knobs);
+    GoOn();
+    EXPECT_TRUE(Field("volume, decibels").IsEnabled());
+    EXPECT_EQ(knob.Value(), 0.75F);
+    EXPECT_EQ(Text("A4, hertz"), "") << "the host tunes";
 
     // Edits in the strip and notes of its piano are played by the plug-in.
     Enter("volume, decibels", "-3");
@@ -142,8 +167,8 @@ TEST_F(AttachedView, ShowsWhatPlaysSendsWhatIsDoneAndNothingElse) {
 TEST(Attachment, PluginsThatAreNoneAreNamed) {
     const std::pair<std::string, const char*> peers[] = {
         {std::string(1 << 20, '<'), "does not say Hello"},
-        {std::string("\1\0\0\0\x8\0\0\0vexa\2\0\0\0", 16), "different versions"},
-        {std::string("\1\0\0\0\x8\0\0\0vexa\1\0\0\0\3\0\0\0\6\0\0\0\1\0\0\0<a", 30), "sound:1:1"},
+        {std::string("\1\0\0\0\x8\0\0\0vexa\1\0\0\0", 16), "different versions"},
+        {std::string("\1\0\0\0\x8\0\0\0vexa\2\0\0\0\3\0\0\0\6\0\0\0\1\0\0\0<a", 30), "sound:1:1"},
         {std::string("\2\0\0\0\3\0\0\0why", 11), ": why"},
         {std::string("\1\0\0", 3), "in the middle of a letter"},
         {"", "the plug-in has gone"},

@@ -267,11 +267,11 @@ std::string Raw(uint32 kind, uint32 size, const std::string& body) {
 
 TEST_F(WindowsOfAPlugin, PeersThatAreNoWindowsAreToldWhyAndNothingChanges) {
     const std::string before = instrument.State();
-    const std::string hello = Raw(1, 8, std::string("vexa\1\0\0\0", 8));
+    const std::string hello = Raw(1, 8, std::string("vexa\2\0\0\0", 8));
     const std::pair<std::string, const char*> peers[] = {
         {std::string(1 << 20, 'x'), "does not say Hello"},
         {Raw(6, 3, "\x90\x3C\x64"), "does not say Hello"},
-        {Raw(1, 8, std::string("vexa\2\0\0\0", 8)), "different versions"},
+        {Raw(1, 8, std::string("vexa\1\0\0\0", 8)), "different versions"},
         {Raw(1, 8, std::string("asap\1\0\0\0", 8)), "does not say Hello"},
         {hello + hello, "not for this side"},
         {hello + Raw(3, 8, std::string(8, 'x')), "not for this side"},

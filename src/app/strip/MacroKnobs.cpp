@@ -2,6 +2,7 @@
 #include "app/strip/MacroKnobs.h"
 
 #include "app/Alerts.h"
+#include "app/Attachment.h"
 #include "app/NumberStep.h"
 #include "app/VexaView.h"
 #include "app/strip/Knob.h"
@@ -87,7 +88,8 @@ void MacroKnobs::AddCell(std::size_t macro) {
     cell.knob = new Knob({right - kKnobSize, 0, right, kKnobSize}, ("knob " + letter).c_str(),
                          kInitialMacro);
     cell.knob->OnTurn([this, macro](float value) {
-        mainView.Played().EditMacroValue(macro, kits::ShortText(value));
+        if (!cells[macro].isHosts)
+            mainView.Played().EditMacroValue(macro, kits::ShortText(value));
         ShowValues();
     });
     float top = kKnobSize + 1 + kKnobGap;
@@ -143,23 +145,25 @@ void MacroKnobs::Learn() {
     cells[asking].controller->Confirm();
 }
 
-/// Dims the macros that the function does not use.
+/// Dims the macros that the function does not use, and those that the host sets.
 void MacroKnobs::ShowUse() {
     const PlaneFunction& shown = mainView.ShownFunction();
-    if (&shown.Source() == &function.Source())
-        return;
+    const bool isSame = &shown.Source() == &function.Source();
     function = shown;
     const std::span<const FunctionInput> inputs = function.Source().Inputs();
     for (std::size_t i = 0; i < kMacros; i++) {
         const FunctionInput macro{FunctionInput::Kind::Macro, static_cast<unsigned char>(i)};
         Cell& cell = cells[i];
+        if (isSame && cell.isHosts == mainView.HostSetsMacro(i))
+            continue;
+        cell.isHosts = mainView.HostSetsMacro(i);
         cell.used = std::find(inputs.begin(), inputs.end(), macro) != inputs.end();
-        cell.knob->SetDimmed(!cell.used);
-        cell.value->SetEnabled(cell.used);
+        cell.knob->SetDimmed(!cell.used || cell.isHosts);
+        cell.value->SetEnabled(cell.used && !cell.isHosts);
         cell.controller->SetEnabled(cell.used);
         MarkFields(i);
+        Invalidate();
     }
-    Invalidate();
 }
 
 /// Shows the sound's macro values and controllers, but keeps text that is being typed.
@@ -190,7 +194,8 @@ void MacroKnobs::MarkFields(std::size_t macro) {
     if (doubt.empty() && !(number >= 0 && number <= 1))
         doubt = "a macro is 0 to 1; this counts as " + std::string(number < 0 ? "0" : "1");
     cell.value->MarkWrong(!doubt.empty());
-    const std::string help = "The macro " + letter + ", 0 to 1" + use;
+    const std::string help =
+        (cell.isHosts ? kHostSetsIt : "") + ("The macro " + letter) + ", 0 to 1" + use;
     cell.value->SetHelp(help);
     cell.value->SetToolTip(doubt.c_str());
     cell.knob->SetHelp(help + "\nDrag, wheel or arrow keys; Ctrl click resets it");

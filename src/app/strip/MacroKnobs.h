@@ -21,7 +21,8 @@ class VexaView;
 
 /// Each macro has a knob, its value as a number, and the number of the controller that moves it.
 /// While the controller's field has the keyboard focus, the next controller that moves is taken.
-/// Macros that the function on the plane does not use are dimmed. Window thread.
+/// Macros that the function on the plane does not use are dimmed, and so are those that a host
+/// sets, which cannot be changed here. Window thread.
 class MacroKnobs : public BView {
   public:
     /// Edits the instrument of the main view, which outlives it.
@@ -44,6 +45,7 @@ class MacroKnobs : public BView {
         BTextControl* value = nullptr;
         BTextControl* controller = nullptr;
         bool used = true;
+        bool isHosts = false;
     };
 
     void AddCell(std::size_t macro);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/strip/PlayingControls.h"
 
+#include "app/Attachment.h"
 #include "app/VexaView.h"
 #include "app/strip/NumberField.h"
 #include "kits/interface/Menu.h"
@@ -90,10 +91,12 @@ PlayingControls::Control PlayingControls::NewControl(std::size_t row) {
 
 void PlayingControls::Refresh() {
     const Instrument& instrument = mainView.Played();
-    if (shown == instrument.Changes() && shownLimit == instrument.VoiceLimit())
+    if (shown == instrument.Changes() && shownLimit == instrument.VoiceLimit() &&
+        shownPreferred == instrument.Preferred())
         return;
     shown = instrument.Changes();
     shownLimit = instrument.VoiceLimit();
+    shownPreferred = instrument.Preferred();
     for (std::size_t row = 0; row < kPlayingRows; row++)
         Show(row);
 }
@@ -114,7 +117,9 @@ void PlayingControls::Show(std::size_t row) {
     const bool said = playing && playing->texts[row];
     std::string help = HelpOf(what);
     if (preferred)
-        help = "--" + std::string(what.name) + " on the command line stands before the sound's\n" +
+        help = (mainView.HasGraph() ? "--" + std::string(what.name) +
+                                          " on the command line stands before the sound's\n"
+                                    : kHostSetsIt) +
                help;
     else if (!said)
         help += "\nThe sound does not say it.";

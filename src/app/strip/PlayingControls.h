@@ -3,6 +3,7 @@
 #pragma once
 
 #include "app/strip/CellGrid.h"
+#include "documents/Sound.h"
 #include "synth/Playing.h"
 
 #include <array>
@@ -16,8 +17,8 @@ class NumberField;
 class VexaView;
 
 /// Each row of PlayingRows() has a menu or a number field. A value that the sound does not set is
-/// shown all the same, with a quiet label. A value from the command line takes precedence and
-/// cannot be changed here. Window thread.
+/// shown all the same, with a quiet label. A value from the command line or from a host's
+/// knob takes precedence and cannot be changed here. Window thread.
 class PlayingControls : public CellGrid {
   public:
     /// Edits the instrument of the main view, which outlives it.
@@ -40,9 +41,11 @@ class PlayingControls : public CellGrid {
 
     VexaView& mainView;
     std::array<Control, kPlayingRows> controls;
-    /// The instrument's count of changes, and its voice limit, that the controls show.
+    /// The instrument's count of changes, its voice limit, and the values that take precedence, as
+    /// the controls show them.
     uint64 shown = ~uint64{0};
     int32 shownLimit = 0;
+    PlayingTexts shownPreferred;
 };
 
 } // namespace vexa

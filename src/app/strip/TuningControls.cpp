@@ -55,7 +55,8 @@ TuningControls::TuningControls(VexaView& mainView)
                            : "The host tunes what plays in it");
     a4->SetHelp(here ? "The frequency of the A above the middle C, 1 to 20000 Hz"
                      : "The host tunes what plays in it");
-    a4->Show(EqualTemperament()[kA4]);
+    if (here)
+        a4->Show(EqualTemperament()[kA4]);
     FillMenu();
 }
 
@@ -71,6 +72,12 @@ void TuningControls::Refresh() {
 
 void TuningControls::FillMenu() {
     menu->RemoveAll();
+    if (!mainView.HasGraph()) {
+        auto* unknown = new BMenuItem("the host's", nullptr);
+        menu->AddItem(unknown);
+        unknown->SetMarked(true);
+        return;
+    }
     auto* equal = new BMenuItem("12 equal", new BMessage(kEqualCode));
     menu->AddItem(equal);
     BMenuItem* scale = nullptr;

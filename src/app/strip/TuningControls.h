@@ -21,7 +21,8 @@ class VexaView;
 class TuningControls : public CellGrid {
   public:
     /// Makes controls that tune the MIDI consumer of the main view, which outlives them. If a
-    /// plug-in plays, they are disabled, as the host tunes.
+    /// plug-in plays, they are disabled and show no tuning, as the host tunes and tells it only to
+    /// the plug-in.
     explicit TuningControls(VexaView& mainView);
     ~TuningControls() override;
 

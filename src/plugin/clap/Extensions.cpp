@@ -170,7 +170,7 @@ const clap_plugin_descriptor kDescriptor{CLAP_VERSION,
 clap_plugin FaceOf(Plugin& plugin) {
     return {&kDescriptor,
             &plugin,
-            [](const clap_plugin*) { return true; },
+            [](const clap_plugin* face) { return Of(face).Init(); },
             [](const clap_plugin* face) { delete &Of(face); },
             [](const clap_plugin* face, double rate, uint32_t, uint32_t) {
                 return Of(face).Activate(rate);

@@ -6,6 +6,7 @@
 #include "plugin/HostedFolders.h"
 #include "plugin/clap/Extensions.h"
 #include "plugin/clap/HostExtension.h"
+#include "plugin/clap/HostLog.h"
 #include "plugin/clap/Parameters.h"
 #include "synth/Realtime.h"
 
@@ -51,12 +52,16 @@ Plugin::Plugin(const clap_host& host, const std::filesystem::path& content)
     : host(host),
       instrument(HostedFolders(content), rate, [&host] { host.request_process(&host); }),
       face(FaceOf(*this)),
-      windows(instrument, [](const std::string& line) { Tell(line); }),
-      gui(host, windows, content, [](const std::string& line) { Tell(line); }) {
+      windows(instrument, [this](const std::string& line) { Tell(line); }),
+      gui(host, windows, content, [this](const std::string& line) { Tell(line); }) {
     const Knobs untouched = UntouchedKnobs();
     std::copy(untouched.begin(), untouched.end(), knobs.begin());
+}
+
+bool Plugin::Init() noexcept {
     if (!instrument.StartFault().empty())
         Tell(instrument.StartFault());
+    return true;
 }
 
 bool Plugin::Activate(double next) noexcept {
@@ -292,8 +297,12 @@ void Plugin::TellEnded(const clap_output_events* out, uint32_t time) noexcept {
     });
 }
 
-void Plugin::Tell(const std::string& message) {
-    std::fprintf(stderr, "vexa: %s\n", message.c_str());
+/// Writes a message into the host's log or, if it has none, to standard error. Any thread.
+void Plugin::Tell(const std::string& message) noexcept {
+    if (const auto* hosts = Find<HostLog>(host, kHostLogId))
+        hosts->log(&host, kLogError, message.c_str());
+    else
+        std::fprintf(stderr, "vexa: %s\n", message.c_str());
 }
 
 } // namespace vexa::clap

@@ -26,7 +26,8 @@ class Plugin {
     /// Returns the `clap_plugin` that the host holds for the instance.
     const clap_plugin* Face() const { return &face; }
 
-    /// Main thread.
+    /// Main thread. Init is the first call after which the host may be asked for its extensions.
+    bool Init() noexcept;
     bool Activate(double rate) noexcept;
     void Deactivate() noexcept { active = false; }
     void OnMainThread() noexcept;
@@ -55,7 +56,7 @@ class Plugin {
     VEXA_REALTIME void TellEnded(const clap_output_events* out, uint32_t time) noexcept;
     VEXA_REALTIME void TakeKnobs() noexcept;
     void TellEdits() noexcept;
-    static void Tell(const std::string& message);
+    void Tell(const std::string& message) noexcept;
 
     const clap_host& host;
     /// The sample rate, Hz; this value until the host gives another.

@@ -20,6 +20,7 @@ namespace {
 
 constexpr const char* kPrefixes = R"(@prefix atom: <http://lv2plug.in/ns/ext/atom#> .
 @prefix doap: <http://usefulinc.com/ns/doap#> .
+@prefix foaf: <http://xmlns.com/foaf/0.1/> .
 @prefix lv2: <http://lv2plug.in/ns/lv2core#> .
 @prefix midi: <http://lv2plug.in/ns/ext/midi#> .
 @prefix patch: <http://lv2plug.in/ns/ext/patch#> .
@@ -94,6 +95,7 @@ void WritePlugin(std::ostream& out) {
   a lv2:Plugin , lv2:InstrumentPlugin , doap:Project ;
   doap:name "Vexa" ;
   doap:shortdesc "Polyphonic wave-terrain synthesizer" ;
+  doap:maintainer [ foaf:name "Vexa maintainers" ] ;
   lv2:minorVersion 2 ;
   lv2:microVersion 0 ;
   lv2:requiredFeature urid:map ;

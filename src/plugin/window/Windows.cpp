@@ -103,7 +103,13 @@ class Conversation {
         }
         if (Clock::now() < next)
             return;
-        const attach::Moment moment = attach::MomentOf(instrument.Records());
+        attach::Moment moment = attach::MomentOf(instrument.Records());
+        moment.hostsPlaying = instrument.HostsPlaying();
+        moment.hostsMacros = instrument.HostsMacros();
+        for (std::size_t i = 0; i < kPlayingRows; i++) {
+            if ((moment.hostsPlaying >> i & 1) != 0)
+                moment.playing[i] = instrument.Records().playing.*PlayingRows()[i].target;
+        }
         if (moment == last)
             return;
         last = moment;

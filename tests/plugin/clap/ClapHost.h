@@ -2,6 +2,7 @@
 // A small host built on CLAP's headers.
 #pragma once
 
+#include "plugin/clap/HostLog.h"
 #include "synth/Realtime.h"
 
 #include <algorithm>
@@ -64,7 +65,9 @@ struct Name {
 /// otherwise.
 class ClapHost {
   public:
-    explicit ClapHost(double rate = 48000, const clap_plugin_factory& factory = Factory()) {
+    explicit ClapHost(double rate = 48000, const clap_plugin_factory& factory = Factory(),
+                      bool hasLog = false)
+        : hasLog(hasLog) {
         plugin = factory.create_plugin(&factory, &host, "vexa.instrument");
         if (!plugin || !plugin->init(plugin))
             throw std::runtime_error("no instance");
@@ -220,6 +223,9 @@ class ClapHost {
     /// The size that the plug-in has asked for last, and whether the host grants it.
     std::pair<uint32_t, uint32_t> asked;
     bool grants = true;
+    /// Whether the host has a log, and what is in it.
+    const bool hasLog;
+    std::string log;
     /// The notes whose end the plug-in has reported.
     std::vector<Name> ended = [] {
         std::vector<Name> names;
@@ -282,7 +288,10 @@ class ClapHost {
                 Of(h).timer.reset();
                 return isOurs;
             }};
+        static const vexa::clap::HostLog log{
+            [](const clap_host* h, int32_t, const char* message) { Of(h).log += message; }};
         const std::pair<const char*, const void*> extensions[] = {
+            {vexa::clap::kHostLogId, Of(host).hasLog ? &log : nullptr},
             {CLAP_EXT_PARAMS, &params},
             {CLAP_EXT_LATENCY, &latency},
             {CLAP_EXT_STATE, &state},

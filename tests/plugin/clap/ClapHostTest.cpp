@@ -497,6 +497,9 @@ TEST_F(ClapPlugin, KnobsHaveTextsAndNoOtherValues) {
 }
 
 TEST_F(ClapPlugin, ActivationsAndLatenciesMayComeInAnyOrder) {
+    const test::TemporaryFolder folder;
+    folder.Write("vexa/sounds/default.xml", Circle("x"));
+    const test::EnvironmentVariable user("XDG_DATA_HOME", folder.Path().c_str());
     ClapHost host, fresh;
     for (ClapHost* each : {&host, &fresh})
         ASSERT_TRUE(each->Load(Circle("x")));
@@ -590,11 +593,16 @@ TEST_F(ClapPlugin, ActivationsAndLatenciesMayComeInAnyOrder) {
 
 TEST_F(ClapPlugin, NamesTheFaultOfADefaultSoundForWhichAnotherPlays) {
     const test::TemporaryFolder folder;
-    const auto broken = folder.Write("vexa/sounds/default.xml", "<vexasound");
     const test::EnvironmentVariable user("XDG_DATA_HOME", folder.Path().c_str());
+    EXPECT_EQ(ClapHost(48000, test::Factory(), true).log, "") << "the shipped one has no fault";
+    const auto broken = folder.Write("vexa/sounds/default.xml", "<vexasound");
+    testing::internal::CaptureStderr();
+    const ClapHost logging(48000, test::Factory(), true);
+    EXPECT_THAT(logging.log, HasSubstr(broken.string() + ":1:1: "));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     testing::internal::CaptureStderr();
     ClapHost host;
-    EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr(broken.string() + ":1:1: "));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "vexa: " + logging.log + "\n");
     host.Note(kOn, 0, {1, 0, 60});
     EXPECT_GT(Level(host.Run(4800)), 1e-3);
 }

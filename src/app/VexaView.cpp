@@ -43,9 +43,9 @@ constexpr const char* kDeviceGone =
 
 /// What it means to the author of a formula that there is no add-on of it. The add-on may have been
 /// refused because, unlike most, it is slower than the formula.
-constexpr const char* kPlaysWithoutAddon =
-    "The formula plays all the same. Only the form that gcc makes of it, which is faster as a rule, "
-    "is missing.";
+constexpr const char* kPlaysWithoutAddon = "The formula plays all the same. Only the form that gcc "
+                                           "makes of it, which is faster as a rule, "
+                                           "is missing.";
 
 } // namespace
 

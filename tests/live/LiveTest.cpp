@@ -8,9 +8,12 @@
 #include "support/Spectrum.h"
 
 #include <array>
+#include <atomic>
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <random>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -553,6 +556,42 @@ TEST(Live, ProgramChangesChooseSounds) {
                level(26400, 440) > 0.2 && level(26400, 220) > 0.2 && level(43000, 1760) > 0.2;
     };
     EXPECT_TRUE(SoundsRight(sounds, {"--user-folder", "--programs"}, 512));
+}
+
+/// The client is closed, which cancels the threads of jackd2's library, while one of them is in a
+/// function that it has called, where a cancelled thread would end this process.
+TEST(Live, AServersEndInterruptsNothingThatTheServerHasCalled) {
+    struct Slow : kits::JackProcessor {
+        void Process(uint32) noexcept override {
+            if (!wanted.exchange(false))
+                return;
+            begun = true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(500));
+            ended = true;
+        }
+        std::atomic<bool> wanted{false};
+        std::atomic<bool> begun{false};
+        std::atomic<bool> ended{false};
+    };
+    for (const bool inPeriod : {false, true}) {
+        Slow slow;
+        test::JackServer server(1024);
+        auto client = *kits::JackClient::Open();
+        ASSERT_TRUE(client->Add(slow));
+        if (inPeriod) {
+            slow.wanted = true;
+            test::WaitFor("a period", [&] { return slow.begun.load(); });
+        } else {
+            client->Listen(&slow, [&, told = client.get()](const kits::PortChange&) {
+                slow.wanted = told->IsDead();
+                slow.Process(0);
+            });
+        }
+        server.Kill();
+        test::WaitFor("the server's end", [&] { return client->IsDead() && slow.begun; });
+        client.reset();
+        EXPECT_TRUE(slow.ended);
+    }
 }
 
 /// Runs without other clients in this process: their sockets, numbered next to the program's, may

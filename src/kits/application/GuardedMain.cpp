@@ -31,7 +31,11 @@ void SayNoMemory() {
         std::_Exit(1);
     } catch (const std::exception& fault) {
         std::fprintf(stderr, "%s: %s\n", guarded, fault.what());
+        std::abort();
+    } catch (...) {
     }
+    // For example a library has cancelled a thread where it could not end.
+    std::fprintf(stderr, "%s: ended by a fault of which nothing is known\n", guarded);
     std::abort();
 }
 

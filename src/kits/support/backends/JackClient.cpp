@@ -11,6 +11,8 @@
 #include <csignal>
 #include <optional>
 #include <string_view>
+#include <thread>
+#include <type_traits>
 
 #include <dlfcn.h>
 #include <jack/jack.h>
@@ -45,6 +47,53 @@ TheClient& One() {
     static TheClient one;
     return one;
 }
+
+/// The number of calls from the library's threads that are under way, and whether further ones do
+/// nothing because the client is being closed.
+constinit std::atomic<int> calls{0};
+constinit std::atomic<bool> closing{false};
+
+/// Makes a callback for the library of a function without state. jackd2's library cancels its
+/// threads, asynchronously, when the client is closed, and the unwinding of a stack ends the
+/// program at the first function that is noexcept, as destructors are. Therefore no function is
+/// under way then.
+template<typename Function>
+class Callback {
+  public:
+    explicit Callback(Function) {}
+
+    template<typename Result, typename... Arguments>
+    using Pointer = Result (*)(Arguments...);
+
+    template<typename Result, typename... Arguments>
+    operator Pointer<Result, Arguments...>() const {
+        return Call<Result, Arguments...>;
+    }
+
+  private:
+    /// Here the thread may be cancelled: it is not noexcept and has no object with a destructor.
+    template<typename Result, typename... Arguments>
+    static Result Call(Arguments... arguments) {
+        calls++;
+        if constexpr (std::is_void_v<Result>) {
+            if (!closing)
+                Run<Result>(arguments...);
+            calls--;
+        } else {
+            Result result{};
+            if (!closing)
+                result = Run<Result>(arguments...);
+            calls--;
+            return result;
+        }
+    }
+
+    /// Not inlined, so that Call has no destructors of the function's objects either.
+    template<typename Result, typename... Arguments>
+    [[gnu::noinline]] static Result Run(Arguments... arguments) noexcept {
+        return Function{}(arguments...);
+    }
+};
 
 /// The library writes to standard error on its own; the program's messages say what matters.
 void Quiet(const char*) {}
@@ -109,6 +158,9 @@ Result<std::shared_ptr<JackClient>> JackClient::Open() {
     if (!handle)
         return Error{Reason(status)};
     one.exists = true;
+    // A thread that was cancelled may have left its call counted.
+    calls = 0;
+    closing = false;
     std::shared_ptr<JackClient> client(new JackClient(handle));
     if (jack_activate(handle) != 0)
         return Error{"the JACK server did not activate the client"};
@@ -118,36 +170,38 @@ Result<std::shared_ptr<JackClient>> JackClient::Open() {
 
 JackClient::JackClient(_jack_client* client)
     : client(client), passesLatencyLater(LibraryIsPipeWires()) {
-    jack_set_process_callback(client, Process, this);
-    jack_on_shutdown(client, Shutdown, this);
-    jack_set_freewheel_callback(
-        client, [](int on, void* self) { static_cast<JackClient*>(self)->freewheeling = on != 0; },
-        this);
-    jack_set_latency_callback(
-        client,
-        [](jack_latency_callback_mode_t mode, void* self) {
-            auto* const telling = static_cast<JackClient*>(self);
-            if (telling->passesLatencyLater)
-                telling->latencyIsOutdated = true;
-            else
-                telling->PassLatency(mode == JackCaptureLatency);
-        },
-        this);
-    jack_set_port_registration_callback(
-        client,
-        [](jack_port_id_t port, int registered, void* self) {
-            auto* const watching = static_cast<JackClient*>(self);
-            PortChange change;
-            if (!registered) {
-                const jack_port_t* const gone = jack_port_by_id(watching->client, port);
-                const char* const name = gone ? jack_port_name(gone) : nullptr;
-                change.gone = name ? name : "";
-            }
-            watching->Notify(change);
-        },
-        this);
-    jack_set_port_connect_callback(
-        client,
+    const auto set = [this](auto* setCallback, auto callback) {
+        setCallback(this->client, Callback(callback), this);
+    };
+    set(jack_set_process_callback, [](jack_nframes_t frames, void* self) {
+        static_cast<JackClient*>(self)->Process(frames);
+        return 0;
+    });
+    set(jack_on_shutdown, [](void* self) {
+        auto* const ending = static_cast<JackClient*>(self);
+        ending->dead = true;
+        ending->Notify();
+    });
+    set(jack_set_freewheel_callback,
+        [](int on, void* self) { static_cast<JackClient*>(self)->freewheeling = on != 0; });
+    set(jack_set_latency_callback, [](jack_latency_callback_mode_t mode, void* self) {
+        auto* const telling = static_cast<JackClient*>(self);
+        if (telling->passesLatencyLater)
+            telling->latencyIsOutdated = true;
+        else
+            telling->PassLatency(mode == JackCaptureLatency);
+    });
+    set(jack_set_port_registration_callback, [](jack_port_id_t port, int registered, void* self) {
+        auto* const watching = static_cast<JackClient*>(self);
+        PortChange change;
+        if (!registered) {
+            const jack_port_t* const gone = jack_port_by_id(watching->client, port);
+            const char* const name = gone ? jack_port_name(gone) : nullptr;
+            change.gone = name ? name : "";
+        }
+        watching->Notify(change);
+    });
+    set(jack_set_port_connect_callback,
         [](jack_port_id_t one, jack_port_id_t other, int connected, void* self) {
             auto* const watching = static_cast<JackClient*>(self);
             PortChange change;
@@ -156,17 +210,16 @@ JackClient::JackClient(_jack_client* client)
                           jack_port_by_id(watching->client, other),
                           {}};
             watching->Notify(change);
-        },
-        this);
-    jack_set_port_rename_callback(
-        client,
-        [](jack_port_id_t, const char*, const char*, void* self) {
-            static_cast<JackClient*>(self)->Notify();
-        },
-        this);
+        });
+    set(jack_set_port_rename_callback, [](jack_port_id_t, const char*, const char*, void* self) {
+        static_cast<JackClient*>(self)->Notify();
+    });
 }
 
 JackClient::~JackClient() {
+    closing = true;
+    while (calls > 0)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     jack_client_close(client);
     One().exists = false;
 }
@@ -255,21 +308,13 @@ void JackClient::Unlisten(const void* owner) {
     listeners.erase(owner);
 }
 
-int JackClient::Process(uint32 frames, void* self) noexcept {
-    auto& client = *static_cast<JackClient*>(self);
-    const Reader::Section section(client.reader);
-    client.periodStart = client.freewheeling ? 0 : StartOfPeriod(client.client);
-    for (std::atomic<JackProcessor*>& slot : client.processors) {
+void JackClient::Process(uint32 frames) noexcept {
+    const Reader::Section section(reader);
+    periodStart = freewheeling ? 0 : StartOfPeriod(client);
+    for (std::atomic<JackProcessor*>& slot : processors) {
         if (JackProcessor* processor = slot.load())
             processor->Process(frames);
     }
-    return 0;
-}
-
-void JackClient::Shutdown(void* self) {
-    auto& client = *static_cast<JackClient*>(self);
-    client.dead = true;
-    client.Notify();
 }
 
 void JackClient::Notify(const PortChange& change) {

@@ -94,8 +94,7 @@ class JackClient {
 
   private:
     explicit JackClient(_jack_client* client);
-    VEXA_REALTIME static int Process(uint32 frames, void* self) noexcept;
-    static void Shutdown(void* self);
+    VEXA_REALTIME void Process(uint32 frames) noexcept;
     void Notify(const PortChange& change = {});
     void PassLatency(bool capture);
 

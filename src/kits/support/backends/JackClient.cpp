@@ -217,6 +217,7 @@ JackClient::JackClient(_jack_client* client)
 }
 
 JackClient::~JackClient() {
+    // What is under way (see Callback) ends soon: it waits for no more than a freewheeling period.
     closing = true;
     while (calls > 0)
         std::this_thread::sleep_for(std::chrono::milliseconds(1));

@@ -173,7 +173,7 @@ class ClapHost {
 
     /// Does what a host's main thread does all the time.
     void Idle() {
-        if (std::exchange(callbacks, 0) > 0)
+        if (callbacks.exchange(0) > 0)
             plugin->on_main_thread(plugin);
         if (timer)
             Extension<clap_plugin_timer_support>(CLAP_EXT_TIMER_SUPPORT).on_timer(plugin, *timer);
@@ -215,8 +215,8 @@ class ClapHost {
     clap_process_status status = CLAP_PROCESS_ERROR;
     /// True if the plug-in has written beyond a block.
     bool beyond = false;
-    std::atomic<int> wakings{0};
-    int restarts = 0, callbacks = 0, rescans = 0, latencies = 0, edits = 0;
+    std::atomic<int> restarts{0}, wakings{0}, callbacks{0};
+    int rescans = 0, latencies = 0, edits = 0;
     /// Whether the host lends timers, of which Idle calls the one that is registered.
     bool hasTimers = true;
     std::optional<clap_id> timer;

@@ -505,7 +505,7 @@ TEST_F(ClapPlugin, ActivationsAndLatenciesMayComeInAnyOrder) {
         ASSERT_TRUE(each->Load(Circle("x")));
     const auto latency = [&] { return host.Latency(); };
     EXPECT_EQ(latency(), 0);
-    EXPECT_EQ(std::exchange(host.callbacks, 0), 1) << "what was before the sound is let go";
+    EXPECT_EQ(host.callbacks.exchange(0), 1) << "what was before the sound is let go";
     host.Note(kOn, 0, {1, 0, 60});
     host.Set(0, "Oversampling", 4);
     host.Run(64);
